@@ -1,0 +1,80 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# Short names for the common runs. The build itself is CMake's; see CMakePresets.json.
+
+SHELL := /bin/bash
+.SHELLFLAGS := -euo pipefail -c
+.DEFAULT_GOAL := help
+.NOTPARALLEL:
+
+JOBS ?= $(shell nproc)
+# Extra options for ctest, e.g. CTEST_OPTIONS="-R Halo"
+CTEST_OPTIONS ?=
+
+.PHONY: help
+help: ## Show this list
+	@echo "Trovik: make TARGET, with one of"
+	@sed -nE 's/^([a-z-]+):.*## (.*)$$/  \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
+
+.PHONY: packages
+packages: ## Install the Debian packages that the build needs (root or sudo)
+	@scripts/install-packages.sh
+
+# The demo builds the products alone: no tests, no benchmarks.
+.PHONY: demo
+demo: packages ## Build the release and sculpt the example; results in demo-output/
+	@echo "== Configuring (preset release)"
+	@cmake --preset release -DTROVIK_BUILD_TESTS=OFF -DTROVIK_BUILD_BENCH=OFF
+	@echo "== Building"
+	@cmake --build --preset release --parallel $(JOBS)
+	@echo "== Running the demo"
+	@scripts/demo.sh build/release demo-output
+
+.PHONY: test
+test: packages ## Build with warnings as errors and run all tests
+	@echo "== Configuring (preset ci)"
+	@cmake --preset ci
+	@echo "== Building"
+	@cmake --build --preset ci --parallel $(JOBS)
+	@echo "== Testing"
+	@ctest --preset ci --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
+
+.PHONY: asan
+asan: packages ## Build with address and undefined-behaviour sanitizers and run all tests
+	@cmake --preset asan-ubsan
+	@cmake --build --preset asan-ubsan --parallel $(JOBS)
+	@ctest --preset asan-ubsan --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
+
+.PHONY: bench
+bench: packages ## Build the release and run the benchmarks; figures in build/release/bench-results/
+	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
+	@cmake --build --preset release --parallel $(JOBS)
+	@mkdir -p build/release/bench-results
+	@shopt -s nullglob; for program in build/release/bin/*-bench; do \
+	    echo "== $$program"; \
+	    TROVIK_PLUGIN_PATH=$(CURDIR)/build/release/plugins TROVIK_DATA=$(CURDIR)/examples "$$program" \
+	        --benchmark_out_format=json \
+	        --benchmark_out="build/release/bench-results/$$(basename "$$program").json"; \
+	done
+
+.PHONY: coverage
+coverage: packages ## Run all tests and summarise what they reached (needs gcovr)
+	@cmake --workflow --preset coverage
+	@scripts/coverage.sh build/coverage
+
+.PHONY: format
+format: ## Format the C++ sources in place
+	@scripts/format.sh
+
+.PHONY: format-check
+format-check: ## Tell which C++ sources are not formatted
+	@scripts/format.sh --check
+
+.PHONY: tidy
+tidy: ## Run clang-tidy over all sources
+	@cmake --preset dev
+	@scripts/tidy.sh build/dev
+
+.PHONY: clean
+clean: ## Remove what was built
+	@rm -rf build demo-output

@@ -1,0 +1,13 @@
+# SPDX-License-Identifier: Apache-2.0
+
+# Compiles through ccache where it is found. Paths below the source tree are hashed relative to
+# it, so that two checkouts share their results.
+if(NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(TROVIK_CCACHE ccache)
+    mark_as_advanced(TROVIK_CCACHE)
+    if(TROVIK_CCACHE)
+        set(CMAKE_CXX_COMPILER_LAUNCHER
+            "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}" CCACHE_NOHASHDIR=1
+            "${TROVIK_CCACHE}")
+    endif()
+endif()

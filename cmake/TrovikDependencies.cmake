@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: Apache-2.0
+
+# Everything comes from the system's packages (scripts/install-packages.sh installs them).
+
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
+find_package(Threads REQUIRED)
+find_package(TBB REQUIRED COMPONENTS tbb)
+find_package(embree 3.12 REQUIRED)
+find_package(tinyobjloader REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(valijson REQUIRED)
+find_package(CLI11 2.1 REQUIRED)
+find_package(zstd REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(LZ4 REQUIRED IMPORTED_TARGET liblz4)
+# Through pkg-config, since Debian's CMake package of OpenImageIO refuses to load unless the image
+# viewers and the Python bindings are installed as well.
+pkg_check_modules(OPENIMAGEIO REQUIRED IMPORTED_TARGET GLOBAL OpenImageIO>=2.4)
+add_library(OpenImageIO::OpenImageIO ALIAS PkgConfig::OPENIMAGEIO)
+
+# SIMDe is headers only and ships no package file; it serves machines other than x86.
+find_path(TROVIK_SIMDE_INCLUDE_DIR simde/x86/sse2.h REQUIRED)
+mark_as_advanced(TROVIK_SIMDE_INCLUDE_DIR)
+add_library(TrovikSimde INTERFACE)
+target_include_directories(
+    TrovikSimde SYSTEM INTERFACE "$<BUILD_INTERFACE:${TROVIK_SIMDE_INCLUDE_DIR}>")
+
+if(TROVIK_BUILD_TESTS)
+    find_package(GTest 1.12 REQUIRED)
+    # OpenSubdiv is what refined positions are tested against; no product links it.
+    # Found by hand, since Debian's CMake package of it names static libraries that Debian leaves out.
+    find_path(TROVIK_OPENSUBDIV_INCLUDE_DIR opensubdiv/far/topologyRefiner.h REQUIRED)
+    find_library(TROVIK_OPENSUBDIV_LIBRARY osdCPU REQUIRED)
+    mark_as_advanced(TROVIK_OPENSUBDIV_INCLUDE_DIR TROVIK_OPENSUBDIV_LIBRARY)
+    add_library(OpenSubdiv::osdCPU UNKNOWN IMPORTED GLOBAL)
+    set_target_properties(
+        OpenSubdiv::osdCPU
+        PROPERTIES IMPORTED_LOCATION "${TROVIK_OPENSUBDIV_LIBRARY}"
+                   INTERFACE_INCLUDE_DIRECTORIES "${TROVIK_OPENSUBDIV_INCLUDE_DIR}")
+endif()
+if(TROVIK_BUILD_BENCH)
+    find_package(benchmark 1.7 REQUIRED)
+endif()

@@ -1,0 +1,62 @@
+# SPDX-License-Identifier: Apache-2.0
+
+# What `cmake --install` lays down: libraries, the plug-in, the command, the headers, and a CMake
+# package with the targets Trovik::HostContract, Trovik::Framework and Trovik::DetailBrush.
+
+include(CMakePackageConfigHelpers)
+
+# --- Libraries and headers ---
+
+set(exportedTargets TrovikHostContract TrovikFramework)
+if(TARGET DetailBrush)
+    list(APPEND exportedTargets DetailBrush)
+endif()
+install(
+    TARGETS ${exportedTargets}
+    EXPORT TrovikTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+
+install(
+    DIRECTORY "${PROJECT_SOURCE_DIR}/plugins/SwiftStroke/host"
+              "${PROJECT_SOURCE_DIR}/framework"
+    DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}"
+    FILES_MATCHING
+    PATTERN "*.h")
+if(TARGET DetailBrush)
+    install(FILES "${PROJECT_SOURCE_DIR}/plugins/DetailBrush/DetailBrush.h"
+            DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}")
+endif()
+
+# --- The plug-in and the command ---
+
+if(TARGET SwiftStroke)
+    install(TARGETS SwiftStroke LIBRARY DESTINATION "${TROVIK_INSTALL_PLUGIN_DIR}")
+endif()
+if(TARGET trovik)
+    install(TARGETS trovik RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endif()
+foreach(page IN ITEMS docs/trovik.1 docs/man/trovik.1 apps/trovik/trovik.1)
+    if(EXISTS "${PROJECT_SOURCE_DIR}/${page}")
+        install(FILES "${PROJECT_SOURCE_DIR}/${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+    endif()
+endforeach()
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE"
+              "${PROJECT_SOURCE_DIR}/docs/third-party.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+
+# --- The CMake package ---
+
+install(
+    EXPORT TrovikTargets
+    NAMESPACE Trovik::
+    DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}")
+configure_package_config_file(
+    "${PROJECT_SOURCE_DIR}/cmake/TrovikConfig.cmake.in" "${PROJECT_BINARY_DIR}/TrovikConfig.cmake"
+    INSTALL_DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}"
+    PATH_VARS TROVIK_INSTALL_PLUGIN_DIR)
+# Before 1.0 a new minor version may change the contract.
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/TrovikConfigVersion.cmake"
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/TrovikConfig.cmake"
+              "${PROJECT_BINARY_DIR}/TrovikConfigVersion.cmake"
+        DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}")

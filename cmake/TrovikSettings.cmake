@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: Apache-2.0
+
+# Two interface targets that every target of this tree links privately: what the compiler warns
+# of, and how it may treat floating-point numbers.
+
+add_library(TrovikWarnings INTERFACE)
+add_library(Trovik::Warnings ALIAS TrovikWarnings)
+# Errors are made of these only by CMAKE_COMPILE_WARNING_AS_ERROR (preset `ci`): a newer compiler
+# brings newer warnings, and those must not stop who only wants to build.
+target_compile_options(
+    TrovikWarnings
+    INTERFACE -Wall
+              -Wextra
+              -Wshadow
+              -Wconversion
+              -Wsign-conversion
+              -Wnon-virtual-dtor
+              -Wcast-align)
+
+add_library(TrovikNumbers INTERFACE)
+add_library(Trovik::Numbers ALIAS TrovikNumbers)
+# The same script gives the same bits on every machine: no fused multiply-add, no reassociation,
+# and no -march. The last two flags only drop errno and trap bookkeeping; no result changes by
+# them, while square roots become single instructions.
+target_compile_options(
+    TrovikNumbers
+    INTERFACE -ffp-contract=off
+              -fno-fast-math
+              -fno-math-errno
+              -fno-trapping-math)
+
+if(TROVIK_ASSERTS)
+    # Comes after the -DNDEBUG of the optimised build types on the command line.
+    add_compile_options(-UNDEBUG)
+endif()
+
+if(TROVIK_SANITIZE)
+    # Set for the whole tree, the plug-in module included: an uninstrumented module would hide the
+    # very accesses that go through the host's arrays.
+    add_compile_options(
+        "-fsanitize=${TROVIK_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options("-fsanitize=${TROVIK_SANITIZE}")
+endif()

@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: Apache-2.0
+
+include(GoogleTest)
+
+# trovik_add_test(NAME <name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...])
+#
+# Makes the GoogleTest executable <name> and registers each of its tests with ctest.
+#
+# Each test runs with TROVIK_PLUGIN_PATH set to the built plug-ins and TROVIK_DATA to the examples
+# folder; TROVIK_SOURCE_DIR is the source tree, as a string literal. Label: `unit` if none is given.
+function(trovik_add_test)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES;LABELS")
+    if(NOT arg_NAME OR NOT arg_SOURCES)
+        message(FATAL_ERROR "trovik_add_test needs NAME and SOURCES")
+    endif()
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "trovik_add_test(${arg_NAME}): unknown ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    if(NOT arg_LABELS)
+        set(arg_LABELS unit)
+    endif()
+
+    add_executable(${arg_NAME} ${arg_SOURCES})
+    target_compile_definitions(
+        ${arg_NAME} PRIVATE TROVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    target_link_libraries(
+        ${arg_NAME}
+        PRIVATE ${arg_LIBRARIES}
+                Trovik::Framework
+                Trovik::Warnings
+                Trovik::Numbers
+                GTest::gmock
+                GTest::gtest_main)
+    # Nothing links the plug-in, but many tests open it.
+    if(TARGET SwiftStroke)
+        add_dependencies(${arg_NAME} SwiftStroke)
+    endif()
+
+    # gtest_discover_tests passes properties through several lists; a list value has to have its
+    # separators escaped to arrive in one piece.
+    list(JOIN arg_LABELS "\\;" labels)
+    set(environment "TROVIK_PLUGIN_PATH=${TROVIK_BUILD_PLUGIN_DIR}"
+                    "TROVIK_DATA=${PROJECT_SOURCE_DIR}/examples")
+    list(JOIN environment "\\;" environment)
+    gtest_discover_tests(
+        ${arg_NAME}
+        DISCOVERY_MODE PRE_TEST
+        DISCOVERY_TIMEOUT 60
+        PROPERTIES LABELS "${labels}" ENVIRONMENT "${environment}")
+endfunction()

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/BrushOperation.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// The host's side of a brush: everything that a stroke script or a panel can set and that has no
+/// attribute of its own.
+struct BrushOperation::Private {
+    float size = 25.0f;      ///< 0 to 100
+    float strength = 15.0f;  ///< 0 to 100, in percent
+    float sizeBias = 0.0f;   ///< percent that does not depend on pressure
+    float strengthBias = 0.0f;
+    bool pressureControlsStrength = true;
+    bool pressureControlsSize = false;
+    bool orientedToSurface = true;
+    bool screenSpace = false;
+
+    int falloffIndex = 2;
+    Store<float> falloffSamples{"brush falloff"};
+
+    // The stamp (mask -1).
+    StampConfiguration stamp;
+    QString stampName;
+    std::shared_ptr<Image> stampImage;  ///< null: none
+    bool stampTiled = false;
+    bool stampInverted = false;
+    bool stampBuildUp = false;
+    float stampFactor = 1.0f;
+    float stampOffset = 0.0f;
+    Matrix stampMatrix;  ///< set by the stroke loop for each dab
+    bool mirroredStampRead = false;  ///< mask 1
+
+    Vector directionVector;  ///< last SetDirectionVector, for the cursor
+    bool directionVectorSet = false;
+
+    BrushConfiguration* active = nullptr;
+    /// Stored settings by tool, as bytes of a stream.
+    std::map<const BrushConfiguration*, std::vector<uint8_t>> stored;
+};
+
+}  // namespace trovik

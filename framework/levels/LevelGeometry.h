@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/edits/UndoHistory.h"
+#include "framework/files/PolygonMesh.h"
+#include "framework/levels/LevelMesh.h"
+#include "framework/levels/Placement.h"
+
+#include <memory>
+#include <vector>
+
+namespace trovik {
+
+/// A mesh with all its subdivision levels, under one transformation. One level is bound at a time:
+/// the one that is shown and sculpted.
+class TROVIK_API LevelGeometry : public Geometry {
+public:
+    /// Level 0 is what was imported, quads or triangles; a mesh with other faces (or with both)
+    /// gets one Catmull-Clark step, and that result is level 0. The faces must form oriented
+    /// manifolds, possibly open (MakeOrientedManifold). \throw HostError naming what is wrong.
+    explicit LevelGeometry(const PolygonMesh& polygons);
+    ~LevelGeometry() override;
+
+    SubdivisionLevel* LowestLevel() const override;
+    SubdivisionLevel* HighestLevel() const override;
+    SubdivisionLevel* LevelByIndex(uint32_t index) const override;
+    trovik::Transformation* Transformation() const override;
+
+    uint32_t LevelCount() const { return static_cast<uint32_t>(levels.size()); }
+    LevelMesh* Level(uint32_t index) const { return levels[index].get(); }
+    LevelMesh* Bound() const { return levels[bound].get(); }
+    uint32_t BoundIndex() const { return bound; }
+    Placement& Place() { return placement; }
+    const Placement& Place() const { return placement; }
+
+    /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
+    /// it. Freeze amounts are carried up. \throw HostError when the level would pass 2^32 - 2
+    /// vertices or faces, or when the accounted memory refuses; nothing has changed then.
+    void Subdivide();
+
+    /// Binds another level. What was changed on a lower level since the levels above last saw it
+    /// is carried up: a fine vertex moves by the difference of its refined place. With no change
+    /// in between, no bit of any level changes. \return the vertices of the newly bound level that
+    /// moved, with their positions before (for undo).
+    struct Moved {
+        uint32_t level;
+        std::vector<uint32_t> vertices;
+        std::vector<Vector> positionsBefore;
+    };
+    std::vector<Moved> BindLevel(uint32_t index);
+
+    /// One Catmull-Clark refinement of level `index`'s present positions: the positions that the
+    /// level above would have with no detail of its own.
+    std::vector<Vector> RefinedPositions(uint32_t index) const;
+
+    /// The bound level as polygons, for export. Positions are mesh-local; with `world` they are
+    /// taken through the transformation.
+    PolygonMesh ToPolygons(bool world) const;
+
+    UndoHistory& History() { return history; }
+
+private:
+    std::vector<std::unique_ptr<LevelMesh>> levels;
+    uint32_t bound = 0;
+    Placement placement;
+    UndoHistory history;
+    /// Per level but the highest: positions as the level above last saw them; empty while unchanged
+    /// since.
+    std::vector<std::vector<Vector>> seenPositions;
+};
+
+}  // namespace trovik

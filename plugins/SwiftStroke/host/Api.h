@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+
+/// Marks what crosses a library border: visible by name, with one type identity everywhere, so
+/// that run-time casts and thrown pointers work between the host and its plug-ins.
+#define TROVIK_API __attribute__((visibility("default")))
+
+/// The stages of the vertex step must melt into the loop of each kernel; left to themselves the
+/// compilers keep most of them out of line.
+#define TROVIK_FORCE_INLINE inline __attribute__((always_inline))
+
+namespace trovik {
+
+using std::int16_t;
+using std::int32_t;
+using std::int64_t;
+using std::uint16_t;
+using std::uint32_t;
+using std::uint64_t;
+using std::uint8_t;
+
+}  // namespace trovik

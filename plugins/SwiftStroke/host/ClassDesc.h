@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Api.h"
+
+#include <QString>
+
+namespace trovik {
+
+class Node;
+
+/// Describes one class of scene nodes. Constructing one enters it in the host's registry; it is
+/// meant for objects that live as long as their library.
+class TROVIK_API ClassDesc {
+public:
+    /// \param parent, displayParent  descriptor of the class above, for casts and for lists.
+    /// \param factory  makes one node (count below 2) or an array of `count`; answers the first.
+    /// \param flags  0: an ordinary class; 1: hidden from lists of creatable classes.
+    /// \param version  class version written into scenes.
+    ClassDesc(const ClassDesc* parent, const ClassDesc* displayParent, const QString& name,
+              const QString& displayName, Node* (*factory)(unsigned), int flags, int version);
+    ~ClassDesc();
+    ClassDesc(const ClassDesc&) = delete;
+    ClassDesc& operator=(const ClassDesc&) = delete;
+
+    const ClassDesc* Parent() const { return parent; }
+    const ClassDesc* DisplayParent() const { return displayParent; }
+    const QString& Name() const { return name; }
+    const QString& DisplayName() const { return displayName; }
+    int Flags() const { return flags; }
+    int Version() const { return version; }
+    /// \return the new node, owned by the caller; null for an abstract class.
+    Node* Create(unsigned count = 1) const { return factory == nullptr ? nullptr : factory(count); }
+    /// True for the class itself and for every class below `base`.
+    bool IsDerivedFrom(const ClassDesc* base) const;
+
+    /// Registry, in order of construction. \return null for an unknown name.
+    static const ClassDesc* ByName(const QString& name);
+    static unsigned Count();
+    static const ClassDesc* At(unsigned index);
+
+private:
+    const ClassDesc* parent;
+    const ClassDesc* displayParent;
+    QString name;
+    QString displayName;
+    Node* (*factory)(unsigned);
+    int flags;
+    int version;
+};
+
+}  // namespace trovik

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Attribute.h"
+
+namespace trovik {
+
+/// Settings of the user rather than of a scene. Constructing one registers it with the host, which
+/// owns the attribute and keeps its stored value; a key registered twice shares one attribute.
+namespace Preferences {
+
+class TROVIK_API Bool {
+public:
+    /// \param advanced  listed only in the advanced panel.
+    Bool(const QString& key, const QString& category, const QString& label,
+         const QString& categoryLabel, bool value, bool advanced);
+    operator bool() const { return attribute->Value(); }
+
+    AttributeInstance<bool>* attribute;
+};
+
+class TROVIK_API Float {
+public:
+    Float(const QString& key, const QString& category, const QString& label,
+          const QString& categoryLabel, float value, float minimum, float maximum, bool advanced);
+    operator float() const { return attribute->Value(); }
+
+    AttributeFloatRange* attribute;
+};
+
+}  // namespace Preferences
+
+}  // namespace trovik

@@ -1,0 +1,14 @@
+# SPDX-License-Identifier: Apache-2.0
+
+# The test of the built plug-in file. Its own executable, since it opens nothing and links no
+# part of the plug-in.
+if(TARGET SwiftStroke)
+    trovik_add_test(NAME plugin-file-tests SOURCES plugin/BuiltFileTest.cpp LABELS codegen)
+    target_compile_definitions(
+        plugin-file-tests
+        PRIVATE TROVIK_MODULE_FILE="$<TARGET_FILE:SwiftStroke>"
+                TROVIK_FRAMEWORK_FILE="$<TARGET_FILE:TrovikFramework>"
+                TROVIK_DETAIL_BRUSH_FILE="$<TARGET_FILE:DetailBrush>"
+                TROVIK_NM="${CMAKE_NM}"
+                TROVIK_READELF="${CMAKE_READELF}")
+endif()

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Looks at the plug-in as it came out of the linker: rules that no source file shows.
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::Contains;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+/// The standard output of a command, line by line. Fails the test if the command fails.
+std::vector<std::string> LinesOf(const std::string& command) {
+    struct ClosePipe {
+        void operator()(std::FILE* pipe) const { pclose(pipe); }
+    };
+    std::unique_ptr<std::FILE, ClosePipe> pipe(popen(command.c_str(), "r"));
+    if (pipe == nullptr) {
+        ADD_FAILURE() << "cannot run: " << command;
+        return {};
+    }
+
+    std::string output;
+    std::array<char, 4096> piece{};
+    std::size_t count = 0;
+    while ((count = std::fread(piece.data(), 1, piece.size(), pipe.get())) > 0) {
+        output.append(piece.data(), count);
+    }
+    EXPECT_EQ(pclose(pipe.release()), 0) << "failed: " << command;
+
+    std::vector<std::string> lines;
+    std::istringstream stream(output);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string Quoted(const char* path) {
+    return "'" + std::string(path) + "'";
+}
+
+/// Names that the tool chain itself may put into the dynamic symbol table of any module.
+bool IsOfToolchain(const std::string& name) {
+    static const std::array<const char*, 8> names = {
+        "_init", "_fini", "__bss_start", "_edata", "_end", "__end__", "edata", "end"};
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// What `nm` prints per symbol is an address, a type letter and a name.
+std::string SymbolName(const std::string& line) {
+    return line.substr(line.find_last_of(' ') + 1);
+}
+
+/// The libraries that the module asks the loader for, by the name in its dynamic section.
+std::vector<std::string> NeededLibraries(const char* path) {
+    std::vector<std::string> needed;
+    for (const std::string& line : LinesOf("LC_ALL=C " TROVIK_READELF " -dW " + Quoted(path))) {
+        const std::size_t open = line.find('[');
+        const std::size_t close = line.find(']');
+        if (line.find("(NEEDED)") != std::string::npos && open < close) {
+            needed.push_back(line.substr(open + 1, close - open - 1));
+        }
+    }
+    return needed;
+}
+
+TEST(BuiltFile, ModuleIsNamedWithoutLibraryPrefix) {
+    const std::string path = TROVIK_MODULE_FILE;
+    EXPECT_EQ(path.substr(path.find_last_of('/') + 1), "SwiftStroke.so");
+}
+
+TEST(BuiltFile, ModuleExportsNothingByName) {
+    std::vector<std::string> exported;
+    for (const std::string& line :
+         LinesOf(TROVIK_NM " -D --defined-only " + Quoted(TROVIK_MODULE_FILE))) {
+        if (!IsOfToolchain(SymbolName(line))) {
+            exported.push_back(line);
+        }
+    }
+    EXPECT_THAT(exported, IsEmpty());
+}
+
+// Guards the test above: the same look at a library that does export finds its symbols.
+TEST(BuiltFile, HostLibraryExportsItsErrorType) {
+    std::vector<std::string> exported;
+    for (const std::string& line :
+         LinesOf(TROVIK_NM " -D --defined-only " + Quoted(TROVIK_FRAMEWORK_FILE))) {
+        exported.push_back(SymbolName(line));
+    }
+    EXPECT_THAT(exported, Contains("_ZTIN6trovik9HostErrorE"));
+}
+
+TEST(BuiltFile, ModuleNeedsHostLibraryAndDetailBrush) {
+    const std::vector<std::string> needed = NeededLibraries(TROVIK_MODULE_FILE);
+    EXPECT_THAT(needed, Contains(StartsWith("libTrovikFramework.so")));
+    EXPECT_THAT(needed, Contains(StartsWith("libDetailBrush.so")));
+}
+
+TEST(BuiltFile, ModuleNeedsNoGuiLibrary) {
+    for (const std::string& library : NeededLibraries(TROVIK_MODULE_FILE)) {
+        EXPECT_FALSE(library.starts_with("libQt6Gui") || library.starts_with("libQt6Widgets"))
+            << library;
+    }
+}
+
+TEST(BuiltFile, DetailBrushNeedsHostLibrary) {
+    EXPECT_THAT(NeededLibraries(TROVIK_DETAIL_BRUSH_FILE),
+                Contains(StartsWith("libTrovikFramework.so")));
+}
+
+// The other direction would close a circle: the host finds plug-ins at run time.
+TEST(BuiltFile, HostLibraryNeedsNoBrush) {
+    for (const std::string& library : NeededLibraries(TROVIK_FRAMEWORK_FILE)) {
+        EXPECT_FALSE(library.starts_with("libDetailBrush") || library.starts_with("SwiftStroke"))
+            << library;
+    }
+}
+
+}  // namespace
