@@ -11,6 +11,13 @@ JOBS ?= $(shell nproc)
 # Extra options for ctest, e.g. CTEST_OPTIONS="-R Halo"
 CTEST_OPTIONS ?=
 
+# Without a home folder to write to, ccache keeps its files with the build.
+ifneq ($(shell test -n "$$HOME" -a -d "$$HOME" -a -w "$$HOME" && echo yes),yes)
+ifndef CCACHE_DIR
+export CCACHE_DIR := $(CURDIR)/build/ccache
+endif
+endif
+
 .PHONY: help
 help: ## Show this list
 	@echo "Trovik: make TARGET, with one of"

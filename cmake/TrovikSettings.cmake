@@ -29,6 +29,9 @@ target_compile_options(
               -fno-math-errno
               -fno-trapping-math)
 
+# Qt's lower-case macros (`emit`, `slots`) would rewrite names in oneTBB's headers and in our own.
+add_compile_definitions(QT_NO_KEYWORDS)
+
 if(TROVIK_ASSERTS)
     # Comes after the -DNDEBUG of the optimised build types on the command line.
     add_compile_options(-UNDEBUG)

@@ -36,15 +36,29 @@ function(trovik_add_test)
         add_dependencies(${arg_NAME} SwiftStroke)
     endif()
 
-    # gtest_discover_tests passes properties through several lists; a list value has to have its
-    # separators escaped to arrive in one piece.
-    list(JOIN arg_LABELS "\\;" labels)
-    set(environment "TROVIK_PLUGIN_PATH=${TROVIK_BUILD_PLUGIN_DIR}"
-                    "TROVIK_DATA=${PROJECT_SOURCE_DIR}/examples")
-    list(JOIN environment "\\;" environment)
     gtest_discover_tests(
         ${arg_NAME}
         DISCOVERY_MODE PRE_TEST
-        DISCOVERY_TIMEOUT 60
-        PROPERTIES LABELS "${labels}" ENVIRONMENT "${environment}")
+        DISCOVERY_TIMEOUT 60)
+    # gtest_discover_tests splits properties that are lists, so these are set by a script of our
+    # own, which ctest reads right after it has discovered the tests; none are where the executable
+    # is not built.
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${arg_NAME}-properties.cmake")
+    file(
+        CONFIGURE
+        OUTPUT "${script}"
+        CONTENT
+            [=[
+if(@arg_NAME@_TESTS)
+    set_tests_properties(
+        ${@arg_NAME@_TESTS}
+        PROPERTIES LABELS "@arg_LABELS@"
+                   ENVIRONMENT "TROVIK_PLUGIN_PATH=@TROVIK_BUILD_PLUGIN_DIR@;TROVIK_DATA=@PROJECT_SOURCE_DIR@/examples")
+endif()
+]=]
+        @ONLY)
+    set_property(
+        DIRECTORY
+        APPEND
+        PROPERTY TEST_INCLUDE_FILES "${script}")
 endfunction()

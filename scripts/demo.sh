@@ -7,8 +7,8 @@
 set -euo pipefail
 
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-build=${1:-$source/build/release}
-output=${2:-$source/demo-output}
+build=$(realpath -m "${1:-$source/build/release}")
+output=$(realpath -m "${2:-$source/demo-output}")
 trovik=$build/bin/trovik
 
 if [[ ! -x $trovik ]]; then

@@ -2,6 +2,9 @@
 
 // Looks at the plug-in as it came out of the linker: rules that no source file shows.
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -9,9 +12,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -46,9 +46,7 @@ std::vector<std::string> LinesOf(const std::string& command) {
     return lines;
 }
 
-std::string Quoted(const char* path) {
-    return "'" + std::string(path) + "'";
-}
+std::string Quoted(const char* path) { return "'" + std::string(path) + "'"; }
 
 /// Names that the tool chain itself may put into the dynamic symbol table of any module.
 bool IsOfToolchain(const std::string& name) {
@@ -58,9 +56,7 @@ bool IsOfToolchain(const std::string& name) {
 }
 
 /// What `nm` prints per symbol is an address, a type letter and a name.
-std::string SymbolName(const std::string& line) {
-    return line.substr(line.find_last_of(' ') + 1);
-}
+std::string SymbolName(const std::string& line) { return line.substr(line.find_last_of(' ') + 1); }
 
 /// The libraries that the module asks the loader for, by the name in its dynamic section.
 std::vector<std::string> NeededLibraries(const char* path) {

@@ -121,8 +121,8 @@ TROVIK_API QWidget* CreateNewBoolWidget(QWidget* parent, int width,
 template <typename T>
 class TROVIK_API AttributeInstance : public Attribute {
 public:
-    AttributeInstance(Node* owner, const QString& name, const T& initial = T())
-        : Attribute(owner, name), value(initial) {
+    AttributeInstance(Node* holder, const QString& key, const T& initial = T())
+        : Attribute(holder, key), value(initial) {
         size = static_cast<uint32_t>(sizeof(T));
     }
 

@@ -22,7 +22,7 @@ public:
     /// Moves a child so that it stands behind `after`; null makes it the first.
     virtual void MoveChild(TreeNode* child, TreeNode* after);
     /// \return the child number `index` among those of the class or below it, or null.
-    virtual TreeNode* ChildByClass(const ClassDesc* classDesc, uint32_t index) const;
+    virtual TreeNode* ChildByClass(const ClassDesc* classDesc, uint32_t index);
     /// \return the first child of the class; with `create` a missing one is made and linked.
     virtual TreeNode* ChildByClass(const ClassDesc* classDesc, bool create);
     virtual void DeleteChildByClass(const ClassDesc* classDesc);

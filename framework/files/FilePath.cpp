@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/files/FilePath.h"
+
+#include "framework/errors/HostError.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace trovik {
+
+namespace {
+
+/// A name of its own for each new file of this process, in the folder of `target`.
+std::string NewNameBeside(const std::string& target) {
+    static std::atomic<unsigned> counter{0};
+    const std::filesystem::path path(target);
+    const std::string extension = path.extension().string();
+    const std::string mark =
+        "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".part";
+    // Most file systems end names at 255 bytes; a target of such a name still gets its new file.
+    constexpr std::size_t MaxNameBytes = 255;
+    std::string stem = path.stem().string();
+    if (stem.size() + mark.size() + extension.size() > MaxNameBytes) {
+        const std::size_t rest = mark.size() + extension.size();
+        stem.resize(rest < MaxNameBytes ? MaxNameBytes - rest : 0);
+    }
+    return (path.parent_path() / (stem + mark + extension)).string();
+}
+
+std::string FollowLinks(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::is_symlink(path, error)) {
+        const std::filesystem::path target = std::filesystem::weakly_canonical(path, error);
+        if (!error) {
+            return target.string();
+        }
+    }
+    return path;
+}
+
+/// Opens, syncs and closes; a folder is synced for the names in it.
+void SyncToDisk(const std::string& what, const std::string& path) {
+    const int file = open(what.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) {
+        ThrowFileError("write", path, errno);
+    }
+    const int result = fsync(file);
+    const int systemError = errno;
+    close(file);
+    // Some file systems cannot sync a folder, or anything, and say so; that is no failed write.
+    if (result != 0 && systemError != EINVAL && systemError != EROFS) {
+        ThrowFileError("write", path, systemError);
+    }
+}
+
+}  // namespace
+
+void ThrowFileError(const char* doing, const std::string& path, int systemError) {
+    throw HostError(std::string("cannot ") + doing + " " + path + ": " +
+                    std::generic_category().message(systemError));
+}
+
+std::string LowerExtension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& letter : extension) {
+        // Not tolower, which asks the locale.
+        if (letter >= 'A' && letter <= 'Z') {
+            letter = static_cast<char>(letter - 'A' + 'a');
+        }
+    }
+    return extension;
+}
+
+std::uint64_t RegularFileSize(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        ThrowFileError("read", path, errno);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        ThrowFileError("read", path, EISDIR);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw HostError("cannot read " + path + ": not a regular file");
+    }
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+FileReplacement::FileReplacement(const std::string& path_)
+    : path(path_), targetPath(FollowLinks(path_)) {
+    std::optional<mode_t> presentMode;
+    struct stat status = {};
+    if (stat(targetPath.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) {
+            ThrowFileError("write", path, EISDIR);
+        }
+        if (!S_ISREG(status.st_mode)) {
+            throw HostError("cannot write " + path + ": not a regular file");
+        }
+        presentMode = status.st_mode & 07777;
+    }
+
+    constexpr mode_t AnyNewFile = 0666;
+    int file = -1;
+    do {
+        temporaryPath = NewNameBeside(targetPath);
+        file = open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, AnyNewFile);
+    } while (file < 0 && errno == EEXIST);
+    if (file < 0) {
+        ThrowFileError("write", path, errno);
+    }
+    // Best effort: a file of other rights is better than none.
+    if (presentMode && fchmod(file, *presentMode | S_IRUSR | S_IWUSR) != 0) {
+        errno = 0;
+    }
+    close(file);
+}
+
+FileReplacement::~FileReplacement() {
+    if (!temporaryPath.empty()) {
+        unlink(temporaryPath.c_str());
+    }
+}
+
+void FileReplacement::Commit() {
+    SyncToDisk(temporaryPath, path);
+    if (std::rename(temporaryPath.c_str(), targetPath.c_str()) != 0) {
+        ThrowFileError("write", path, errno);
+    }
+    temporaryPath.clear();
+    const std::filesystem::path folder = std::filesystem::path(targetPath).parent_path();
+    SyncToDisk(folder.empty() ? std::string(".") : folder.string(), path);
+}
+
+}  // namespace trovik

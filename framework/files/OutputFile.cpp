@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/files/OutputFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace trovik {
+
+OutputFile::OutputFile(const std::string& path)
+    : replacement(path), buffer(new char[BufferBytes]), next(buffer.get()) {
+    file = open(replacement.TemporaryPath().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    if (file < 0) {
+        ThrowFileError("write", path, errno);
+    }
+}
+
+OutputFile::~OutputFile() {
+    if (file >= 0) {
+        close(file);
+    }
+}
+
+void OutputFile::Write(const void* data, std::size_t sizeBytes) {
+    if (sizeBytes > BufferBytes) {
+        Flush();
+        WriteThrough(static_cast<const char*>(data), sizeBytes);
+        return;
+    }
+    Room(sizeBytes);
+    if (sizeBytes > 0) {
+        std::memcpy(next, data, sizeBytes);
+        next += sizeBytes;
+    }
+}
+
+void OutputFile::Flush() {
+    WriteThrough(buffer.get(), static_cast<std::size_t>(next - buffer.get()));
+    next = buffer.get();
+}
+
+void OutputFile::WriteThrough(const char* data, std::size_t sizeBytes) {
+    while (sizeBytes > 0) {
+        const ssize_t written = write(file, data, sizeBytes);
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            ThrowFileError("write", replacement.Path(), errno);
+        }
+        data += written;
+        sizeBytes -= static_cast<std::size_t>(written);
+    }
+}
+
+void OutputFile::Commit() {
+    Flush();
+    // Network file systems tell of a full disk as late as here.
+    const int result = close(file);
+    file = -1;
+    if (result != 0) {
+        ThrowFileError("write", replacement.Path(), errno);
+    }
+    replacement.Commit();
+}
+
+}  // namespace trovik

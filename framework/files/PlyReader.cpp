@@ -1,0 +1,382 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
+#include "framework/files/FaceCorners.h"
+#include "framework/files/InputFile.h"
+#include "framework/files/NumberText.h"
+#include "framework/files/PlyHeader.h"
+#include "framework/files/PolygonMesh.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace trovik {
+
+namespace {
+
+/// Where in the file the reader stands, for its messages.
+struct Row {
+    const PlyElement* element = nullptr;
+    std::uint64_t number = 0;
+};
+
+[[noreturn]] void Refuse(const InputFile& file,
+                         const std::string& place,
+                         const Row& row,
+                         const std::string& reason) {
+    throw HostError(file.Path() + ", " + place + ": element '" + row.element->name + "', row " +
+                    std::to_string(row.number) + " of " + std::to_string(row.element->count) +
+                    " (counted from 0): " + reason);
+}
+
+/// Numbers in words, separated by white space.
+class TextBody {
+public:
+    TextBody(InputFile& file_, const PlyHeader& header) : file(file_), line(header.lineCount) {}
+
+    float Float(PlyType, const Row& row) {
+        const std::string_view word = Word(row);
+        float value = 0.0f;
+        if (!ParseFloat(word, value)) {
+            RefuseWord(word, "a number", row);
+        }
+        return value;
+    }
+
+    std::int64_t Whole(PlyType, const Row& row) {
+        const std::string_view word = Word(row);
+        std::int64_t value = 0;
+        const char* const end = word.data() + word.size();
+        const auto [used, error] = std::from_chars(word.data(), end, value);
+        if (used != end || error != std::errc()) {
+            RefuseWord(word, "a whole number", row);
+        }
+        return value;
+    }
+
+    void Skip(PlyType, std::uint64_t count, const Row& row) {
+        for (std::uint64_t i = 0; i < count; ++i) {
+            Word(row);
+        }
+    }
+
+    /// Lets a list of so many numbers be read, or throws.
+    void CheckLength(PlyType, std::uint64_t count, const Row& row) {
+        // A digit and a blank each, but for the last of the file.
+        if (count > (rest.size() + file.Remaining() + 1) / 2) {
+            RefuseEnd(row);
+        }
+    }
+
+    std::string Place() const { return "line " + std::to_string(line); }
+
+private:
+    static constexpr std::string_view Blanks = " \t\r\v\f";
+    /// A line may hold the longest face that is read, in numbers of ten digits.
+    static constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
+
+    std::string_view Word(const Row& row) {
+        for (;;) {
+            rest.remove_prefix(std::min(rest.find_first_not_of(Blanks), rest.size()));
+            if (!rest.empty()) {
+                break;
+            }
+            if (!file.NextLine(rest, MaxLineBytes)) {
+                RefuseEnd(row);
+            }
+            ++line;
+        }
+        const std::string_view word = rest.substr(0, rest.find_first_of(Blanks));
+        rest.remove_prefix(word.size());
+        return word;
+    }
+
+    [[noreturn]] void RefuseEnd(const Row& row) const {
+        Refuse(file, Place(), row, "the file ends too early");
+    }
+
+    [[noreturn]] void RefuseWord(std::string_view word, const char* wanted, const Row& row) const {
+        std::string quoted;
+        for (const char letter : word.substr(0, 40)) {
+            quoted += letter >= ' ' && letter <= '~' ? letter : '?';
+        }
+        Refuse(file, Place(), row, "'" + quoted + "' is not " + wanted);
+    }
+
+    InputFile& file;
+    std::uint64_t line;
+    std::string_view rest;
+};
+
+/// Numbers as bytes, in either order.
+template <std::endian order>
+class BinaryBody {
+public:
+    BinaryBody(InputFile& file_, const PlyHeader&) : file(file_) {}
+
+    float Float(PlyType type, const Row& row) {
+        return Convert<float>(type, Bytes(SizeOf(type), row));
+    }
+
+    std::int64_t Whole(PlyType type, const Row& row) {
+        return Convert<std::int64_t>(type, Bytes(SizeOf(type), row));
+    }
+
+    void Skip(PlyType type, std::uint64_t count, const Row& row) {
+        // The count has 32 bits at most, so that the product cannot wrap.
+        if (!file.Skip(SizeOf(type) * count)) {
+            RefuseEnd(row);
+        }
+    }
+
+    void CheckLength(PlyType type, std::uint64_t count, const Row& row) {
+        if (count > file.Remaining() / SizeOf(type)) {
+            RefuseEnd(row);
+        }
+    }
+
+    std::string Place() const { return "byte " + std::to_string(file.Position()); }
+
+private:
+    const unsigned char* Bytes(std::size_t size, const Row& row) {
+        const unsigned char* bytes = file.Take(size);
+        if (bytes == nullptr) {
+            RefuseEnd(row);
+        }
+        return bytes;
+    }
+
+    [[noreturn]] void RefuseEnd(const Row& row) const {
+        Refuse(file, Place(), row, "the file ends too early");
+    }
+
+    template <class Number>
+    static Number Load(const unsigned char* bytes) {
+        std::array<unsigned char, sizeof(Number)> ordered;
+        std::memcpy(ordered.data(), bytes, sizeof(Number));
+        if constexpr (order != std::endian::native) {
+            std::reverse(ordered.begin(), ordered.end());
+        }
+        return std::bit_cast<Number>(ordered);
+    }
+
+    template <class Result>
+    static Result Convert(PlyType type, const unsigned char* bytes) {
+        switch (type) {
+            case PlyType::Int8:
+                return static_cast<Result>(Load<std::int8_t>(bytes));
+            case PlyType::UInt8:
+                return static_cast<Result>(Load<std::uint8_t>(bytes));
+            case PlyType::Int16:
+                return static_cast<Result>(Load<std::int16_t>(bytes));
+            case PlyType::UInt16:
+                return static_cast<Result>(Load<std::uint16_t>(bytes));
+            case PlyType::Int32:
+                return static_cast<Result>(Load<std::int32_t>(bytes));
+            case PlyType::UInt32:
+                return static_cast<Result>(Load<std::uint32_t>(bytes));
+            // Only positions and normals are read from these types, as floats.
+            case PlyType::Float32:
+                return static_cast<Result>(Load<float>(bytes));
+            case PlyType::Float64:
+                return static_cast<Result>(Load<double>(bytes));
+        }
+        return Result{};
+    }
+
+    InputFile& file;
+};
+
+/// Which numbers of a vertex row go where: 0 to 2 the position, 3 to 5 the normal, -1 nowhere.
+std::vector<int> VertexTargets(const InputFile& file, const PlyElement& element, bool& hasNormals) {
+    constexpr std::string_view Names[] = {"x", "y", "z", "nx", "ny", "nz"};
+    std::vector<int> targets;
+    std::array<bool, 6> found = {};
+    for (const PlyProperty& property : element.properties) {
+        const auto* name = std::find(std::begin(Names), std::end(Names), property.name);
+        const bool isWanted = name != std::end(Names) && !property.isList;
+        targets.push_back(isWanted ? static_cast<int>(name - std::begin(Names)) : -1);
+        if (isWanted) {
+            found[static_cast<std::size_t>(targets.back())] = true;
+        }
+    }
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (!found[i]) {
+            throw HostError(file.Path() + ": element 'vertex' has no number '" +
+                            std::string(Names[i]) + "'");
+        }
+    }
+    hasNormals = found[3] && found[4] && found[5];
+    return targets;
+}
+
+template <class Body>
+class BodyReader {
+public:
+    BodyReader(InputFile& file_, const PlyHeader& header_)
+        : file(file_), header(header_), body(file_, header_) {}
+
+    PolygonMesh Read() {
+        for (const PlyElement& element : header.elements) {
+            if (element.name == "vertex") {
+                ReadVertices(element);
+            } else if (element.name == "face") {
+                ReadFaces(element);
+            } else {
+                SkipElement(element);
+            }
+        }
+        mesh.name = header.name;
+        return std::move(mesh);
+    }
+
+private:
+    void ReadVertices(const PlyElement& element) {
+        bool hasNormals = false;
+        const std::vector<int> targets = VertexTargets(file, element, hasNormals);
+        mesh.positions.reserve(static_cast<std::size_t>(element.count));
+        mesh.normals.reserve(hasNormals ? static_cast<std::size_t>(element.count) : 0);
+        std::array<float, 6> values = {};
+        for (Row row{&element, 0}; row.number < element.count; ++row.number) {
+            for (std::size_t i = 0; i < targets.size(); ++i) {
+                const PlyProperty& property = element.properties[i];
+                if (targets[i] >= 0) {
+                    values[static_cast<std::size_t>(targets[i])] = body.Float(property.type, row);
+                } else {
+                    SkipProperty(property, row);
+                }
+            }
+            mesh.positions.push_back({values[0], values[1], values[2]});
+            if (hasNormals) {
+                mesh.normals.push_back({values[3], values[4], values[5]});
+            }
+        }
+    }
+
+    void ReadFaces(const PlyElement& element) {
+        std::size_t list = element.properties.size();
+        for (std::size_t i = 0; i < element.properties.size(); ++i) {
+            const PlyProperty& property = element.properties[i];
+            if (property.name == "vertex_indices" || property.name == "vertex_index") {
+                if (!property.isList || !IsWhole(property.type)) {
+                    throw HostError(file.Path() + ": property '" + property.name +
+                                    "' of element 'face' is no list of whole numbers");
+                }
+                if (list != element.properties.size()) {
+                    throw HostError(file.Path() +
+                                    ": element 'face' has both vertex_indices and vertex_index");
+                }
+                list = i;
+            }
+        }
+        if (list == element.properties.size()) {
+            throw HostError(file.Path() +
+                            ": element 'face' has no list 'vertex_indices' or 'vertex_index'");
+        }
+        mesh.faceSizes.reserve(static_cast<std::size_t>(element.count));
+        for (Row row{&element, 0}; row.number < element.count; ++row.number) {
+            for (std::size_t i = 0; i < element.properties.size(); ++i) {
+                if (i == list) {
+                    ReadFace(element.properties[i], row);
+                } else {
+                    SkipProperty(element.properties[i], row);
+                }
+            }
+        }
+    }
+
+    /// The checked length of a list whose numbers come next.
+    std::uint64_t ReadLength(const PlyProperty& property, const Row& row) {
+        const std::int64_t length = body.Whole(property.countType, row);
+        if (length < 0 || length > std::int64_t{0xFFFFFFFF}) {
+            Refuse(file,
+                   body.Place(),
+                   row,
+                   "a list of " + std::to_string(length) + " entries is impossible");
+        }
+        body.CheckLength(property.type, static_cast<std::uint64_t>(length), row);
+        return static_cast<std::uint64_t>(length);
+    }
+
+    void ReadFace(const PlyProperty& property, const Row& row) {
+        const std::uint64_t length = ReadLength(property, row);
+        if (length < 3 || length > MaxFaceCorners) {
+            Refuse(file,
+                   body.Place(),
+                   row,
+                   "a face of " + std::to_string(length) + " corners is outside 3 to " +
+                       std::to_string(MaxFaceCorners));
+        }
+        for (std::uint64_t i = 0; i < length; ++i) {
+            const std::int64_t vertex = body.Whole(property.type, row);
+            if (vertex < 0 || vertex > std::int64_t{0xFFFFFFFF}) {
+                Refuse(file,
+                       body.Place(),
+                       row,
+                       "the vertex number " + std::to_string(vertex) + " is impossible");
+            }
+            mesh.faceVertices.push_back(static_cast<std::uint32_t>(vertex));
+        }
+        mesh.faceSizes.push_back(static_cast<std::uint32_t>(length));
+    }
+
+    void SkipProperty(const PlyProperty& property, const Row& row) {
+        body.Skip(property.type, property.isList ? ReadLength(property, row) : 1, row);
+    }
+
+    void SkipElement(const PlyElement& element) {
+        // Rows of nothing take no room, and their count may be any number.
+        if (element.properties.empty()) {
+            return;
+        }
+        for (Row row{&element, 0}; row.number < element.count; ++row.number) {
+            for (const PlyProperty& property : element.properties) {
+                SkipProperty(property, row);
+            }
+        }
+    }
+
+    InputFile& file;
+    const PlyHeader& header;
+    Body body;
+    PolygonMesh mesh;
+};
+
+PolygonMesh ReadBody(InputFile& file, const PlyHeader& header) {
+    switch (header.encoding) {
+        case PlyEncoding::Text:
+            return BodyReader<TextBody>(file, header).Read();
+        case PlyEncoding::BinaryLittleEndian:
+            return BodyReader<BinaryBody<std::endian::little>>(file, header).Read();
+        case PlyEncoding::BinaryBigEndian:
+            return BodyReader<BinaryBody<std::endian::big>>(file, header).Read();
+    }
+    return {};
+}
+
+}  // namespace
+
+PolygonMesh ReadPly(const std::string& path) {
+    InputFile file(path);
+    const PlyHeader header = ReadPlyHeader(file);
+    for (const char* const name : {"vertex", "face"}) {
+        if (std::none_of(header.elements.begin(),
+                         header.elements.end(),
+                         [name](const PlyElement& element) { return element.name == name; })) {
+            throw HostError(path + ": the header has no element '" + name + "'");
+        }
+    }
+    PolygonMesh mesh = ReadBody(file, header);
+    CheckPolygonMesh(mesh, path);
+    return mesh;
+}
+
+}  // namespace trovik

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/files/PolygonMesh.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/files/FaceCorners.h"
+#include "framework/files/FilePath.h"
+
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace trovik {
+
+namespace {
+
+// Leaves the two highest numbers free as marks for "none" in what indexes vertices and faces.
+constexpr std::uint64_t MaxCount = 0xFFFFFFFEu;
+
+void CheckCount(std::uint64_t count, const char* what, const std::string& source) {
+    if (count > MaxCount) {
+        throw HostError(source + ": " + std::to_string(count) + " " + what + ", but at most " +
+                        std::to_string(MaxCount) + " can be numbered");
+    }
+}
+
+void CheckPositions(const PolygonMesh& mesh, const std::string& source) {
+    for (std::size_t vertex = 0; vertex < mesh.positions.size(); ++vertex) {
+        for (const float coordinate : mesh.positions[vertex]) {
+            if (!std::isfinite(coordinate)) {
+                throw HostError(source + ": the position of vertex " + std::to_string(vertex) +
+                                " (counted from 0) is not finite");
+            }
+        }
+    }
+}
+
+void CheckFaces(const PolygonMesh& mesh, const std::string& source) {
+    const auto refuse = [&source](std::size_t face, const std::string& reason) {
+        throw HostError(source + ": face " + std::to_string(face) + " (counted from 0) " + reason);
+    };
+    std::size_t first = 0;
+    for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) {
+        const std::size_t size = mesh.faceSizes[face];
+        if (size < 3) {
+            refuse(face, "has " + std::to_string(size) + " corners, but 3 are needed");
+        }
+        if (mesh.faceVertices.size() - first < size) {
+            refuse(face, "has more corners than the list of corners holds");
+        }
+        const std::span<const std::uint32_t> corners(mesh.faceVertices.data() + first, size);
+        for (const std::uint32_t vertex : corners) {
+            if (vertex >= mesh.positions.size()) {
+                refuse(face,
+                       "names vertex " + std::to_string(vertex) + ", but there are only " +
+                           std::to_string(mesh.positions.size()) + " vertices");
+            }
+        }
+        if (const std::optional<std::uint32_t> repeated = RepeatedVertex(corners)) {
+            refuse(face, "names vertex " + std::to_string(*repeated) + " twice");
+        }
+        first += size;
+    }
+    if (first != mesh.faceVertices.size()) {
+        throw HostError(source + ": the list of corners is longer than the faces add up to");
+    }
+}
+
+}  // namespace
+
+void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
+    CheckCount(mesh.positions.size(), "vertices", source);
+    CheckCount(mesh.faceSizes.size(), "faces", source);
+    CheckCount(mesh.faceVertices.size(), "face corners", source);
+    if (mesh.faceSizes.empty()) {
+        throw HostError(source + ": the mesh has no faces");
+    }
+    if (!mesh.normals.empty() && mesh.normals.size() != mesh.positions.size()) {
+        throw HostError(source + ": " + std::to_string(mesh.normals.size()) + " normals for " +
+                        std::to_string(mesh.positions.size()) + " vertices");
+    }
+    CheckPositions(mesh, source);
+    CheckFaces(mesh, source);
+}
+
+PolygonMesh ReadMeshFile(const std::string& path) {
+    const std::string extension = LowerExtension(path);
+    if (extension == ".obj") {
+        return ReadObj(path);
+    }
+    if (extension == ".ply") {
+        return ReadPly(path);
+    }
+    throw HostError(path + ": cannot be read as a mesh, since its name ends in none of .obj, .ply");
+}
+
+void WriteMeshFile(const std::string& path, const PolygonMesh& mesh) {
+    const std::string extension = LowerExtension(path);
+    if (extension == ".obj") {
+        WriteObj(path, mesh);
+    } else if (extension == ".ply") {
+        WritePly(path, mesh, PlyEncoding::BinaryLittleEndian);
+    } else {
+        throw HostError(path +
+                        ": cannot be written as a mesh, since its name ends in none of .obj, .ply");
+    }
+}
+
+}  // namespace trovik

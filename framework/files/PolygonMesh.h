@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Api.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// Polygons as read from or written to a file: mesh-local positions, faces in file order.
+struct PolygonMesh {
+    std::vector<std::array<float, 3>> positions;
+    /// Corners per face, each at least 3.
+    std::vector<std::uint32_t> faceSizes;
+    /// Corner by corner; as many entries as faceSizes add up to.
+    std::vector<std::uint32_t> faceVertices;
+    /// Per vertex; empty or as many as positions. Written when present.
+    std::vector<std::array<float, 3>> normals;
+    std::string name;
+};
+
+/// Reads a mesh file, its format chosen by the extension: `.obj` or `.ply`, in any case.
+///
+/// Vertices, also those that no face uses, faces and corners keep the order of the file; what the
+/// result holds has passed CheckPolygonMesh.
+/// \throw HostError for another extension, and whatever ReadObj or ReadPly throws.
+TROVIK_API PolygonMesh ReadMeshFile(const std::string& path);
+
+/// Writes a mesh file, its format chosen by the extension: `.obj`, or `.ply` in binary little
+/// endian; in any case.
+/// \throw HostError for another extension, and whatever WriteObj or WritePly throws.
+TROVIK_API void WriteMeshFile(const std::string& path, const PolygonMesh& mesh);
+
+/// How the numbers of a PLY file are stored.
+enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
+
+/// Reads the polygons of an OBJ file.
+///
+/// All groups and objects make one mesh, in file order; `name` is that of the first object, or of
+/// the first group where there is no object. Coordinates are the floats nearest to their text,
+/// whatever the locale; a fourth coordinate and vertex colours are skipped. Corners may name
+/// vertices counted from the end, and vertices that come later in the file. Normals are taken
+/// where the file has them per vertex: as many as positions, and each corner naming the same
+/// number for both. Lines, points, curves, texture coordinates and materials are skipped.
+/// Memory: the result and a buffer as long as the longest line (at most 64 MiB).
+/// \throw HostError naming the file, the line and the reason.
+TROVIK_API PolygonMesh ReadObj(const std::string& path);
+
+/// Writes an OBJ file. Each coordinate gets as many digits as bring its float back bit for bit
+/// (never more than nine). The file is complete or not there: see OutputFile.
+/// \throw HostError naming the file and the system's reason.
+TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
+
+/// Reads the polygons of a PLY file in any of its three encodings.
+///
+/// Wanted are the elements `vertex` (scalar x, y, z; nx, ny, nz where all three are there) and
+/// `face` (list `vertex_indices` or `vertex_index`); they and their properties may come in any
+/// order and number type, and everything else is skipped. `name` is the `obj_info name` that
+/// WritePly leaves in the header.
+/// Memory: in proportion to the file's size, whatever its header promises.
+/// \throw HostError naming the file, the line or byte, the element with its row, and the reason.
+TROVIK_API PolygonMesh ReadPly(const std::string& path);
+
+/// Writes a PLY file: positions and normals as floats, faces as lists. Binary encodings keep every
+/// bit; text has as many digits as WriteObj. The file is complete or not there: see OutputFile.
+/// \throw HostError naming the file and the system's reason.
+TROVIK_API void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding);
+
+/// What MakeOrientedManifold had to do. All zero and empty for an oriented manifold.
+struct ManifoldReport {
+    /// Edges of more than two faces.
+    std::size_t crowdedEdges = 0;
+    /// Edges whose two faces run along it in the same sense.
+    std::size_t misorientedEdges = 0;
+    /// Vertices that were given copies, because their faces are not one fan.
+    std::size_t splitVertices = 0;
+    /// Vertices appended to the mesh.
+    std::size_t addedVertices = 0;
+    /// Crowded edges of which two faces still have both ends in common, as ends of the result.
+    ///
+    /// The faces beside such an edge hang together around both of its ends, and opposite in sense,
+    /// as where a fin stands on one inner edge of a surface: the fin comes off, while a cut as
+    /// short as this one edge opens nothing that vertex numbers could tell. Who finds neighbours
+    /// by vertex pairs meets an ordinary edge of two faces there.
+    std::vector<std::array<std::uint32_t, 2>> closedCuts;
+
+    /// True where the mesh was not touched.
+    bool Untouched() const { return addedVertices == 0 && closedCuts.empty(); }
+};
+
+/// Makes the faces an oriented manifold, possibly open.
+///
+/// Edges of more than two faces, and edges whose two faces run along it in the same sense, are
+/// split into open borders; a vertex whose faces then are not one fan gets a copy for each further
+/// fan. The fan with the lowest face keeps the vertex; copies are appended, ordered by vertex and
+/// then by the fan's lowest face, and repeat its position and normal. Faces, their order and their
+/// orientation stay. Afterwards each pair of vertices is an edge of at most two faces, which run
+/// along it in opposite senses, and the faces of each vertex are one fan.
+///
+/// \param mesh  one that CheckPolygonMesh accepts.
+/// \throw HostError when the copies would be too many vertices to number.
+/// Cost: linear in corners (and the sort of each vertex's edges); about 24 bytes a corner.
+TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh);
+
+/// Checks that a mesh can be sculpted at all, as far as its lists tell.
+///
+/// Refused are: no faces; faces of fewer than three corners, naming a vertex twice, or naming one
+/// that is not there; positions that are not finite; lists that do not fit each other; more than
+/// 2^32 - 2 vertices, faces or corners. Faces and vertices are counted from 0 in the messages.
+/// \param source  what the message begins with, such as the file's path.
+/// \throw HostError naming the first trouble.
+TROVIK_API void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source);
+
+}  // namespace trovik

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/SwiftStroke.h"
+
+#include "brush/Registration.h"
+#include "brush/Translation.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+// Whoever writes this word to the kernel's command attribute switches rendering during strokes off.
+constexpr const char* noRenderCommand = "swiftstroke_norender";
+
+constexpr std::size_t brushSpaceBytes = 255;
+
+}  // namespace
+
+SwiftStroke::SwiftStroke()
+    : bilinearSample(this, QString::fromLatin1("bilinearsample")),
+      globalPlane(this, QString::fromLatin1("globalplane"), false),
+      updatePlane(this, QString::fromLatin1("updateplane"), true),
+      affectAllLayers(this, QString::fromLatin1("affectalllayers"), true),
+      drawFromCenter(this, QString::fromLatin1("drawfromcenter"), true),
+      falloffName(this, QString::fromLatin1("")),
+      buildUpRate(this, QString::fromLatin1("builduprate"), 0.0f, 1.0f, 1.0f, 2) {
+    const TVCrashReporterFlag flag(4, 1);
+    falloffName.SetCategory(Translate("Falloff"), false);
+    falloffName.SetVisible(false);
+    SetBrushStrengthScale(1.0f);
+    globalPlane.SetValue(false, true);
+    updatePlane.SetValue(true, true);
+    radius = 1.0f;
+    radiusSquared = 1.0f;
+    inverseRadius = 1.0f;
+    falloffLastFloat = 1.0f;
+
+    // The kernels load the block as whole aligned vectors.
+    brushSpaceAllocation = std::malloc(brushSpaceBytes);
+    std::memset(brushSpaceAllocation, 0, brushSpaceBytes);
+    const auto address = reinterpret_cast<uintptr_t>(brushSpaceAllocation);
+    const uintptr_t misalignment = address & 15u;
+    brushSpace = reinterpret_cast<BrushSpace*>(
+        misalignment == 0 ? address : address + (16u - misalignment));
+    brushSpace->inverseScale = HWVector(Vector(1.0f, 1.0f, 1.0f));
+
+    const bool testMode = g_pKernel->IsTestModeOn();
+    renderSwiftStroke.attribute->SetVisible(testMode);
+    swiftStrokeLevelFactor.attribute->SetVisible(testMode);
+    useOriginalDataForFlatten.attribute->SetVisible(testMode);
+    useVertexWeightsForFlatten.attribute->SetVisible(testMode);
+    waxFillsOnly.attribute->SetVisible(testMode);
+    waxScrapesOnly.attribute->SetVisible(testMode);
+
+    falloffName.Connect(g_pKernel->kernelCommandAttribute, false);
+    LoadTemplate(QString::fromLatin1(""), false);
+    // Behind the template, whose stored rate does not count.
+    buildUpRate.SetValue(0.5f, true);
+    strokeOptionE.SetVisible(true);
+    alternateBehavior.modifier = ModifierSmooth;
+    alternateBehavior.name = QString::fromLatin1("Smooth");
+}
+
+SwiftStroke::~SwiftStroke() {
+    const TVCrashReporterFlag flag(4, 2);
+    ReleaseScratch();
+    std::free(brushSpaceAllocation);
+    delete[] stampPixels;
+}
+
+void SwiftStroke::ReleaseScratch() {
+    std::free(patchVertexList);
+    patchVertexList = nullptr;
+    patchVertexListCapacity = 0;
+    std::free(spareScratch);
+    spareScratch = nullptr;
+    spareScratchSize = 0;
+}
+
+Node* SwiftStroke::Create(unsigned count) {
+    if (count < 2) {
+        auto* brush = new SwiftStroke;
+        brush->Initialize();
+        return brush;
+    }
+    auto* brushes = new SwiftStroke[count];
+    for (unsigned i = 0; i < count; ++i) brushes[i].Initialize();
+    return brushes;
+}
+
+const ClassDesc* SwiftStroke::StaticClass() { return &swiftStrokeClass; }
+const ClassDesc* SwiftStroke::RuntimeClass() const { return &swiftStrokeClass; }
+
+const BrushOperation& SwiftStroke::operator=(const BrushOperation& other) {
+    const TVCrashReporterFlag flag(4, 262144);
+    DetailBrush::operator=(other);
+    if (const auto* brush = dynamic_cast<const SwiftStroke*>(&other)) {
+        buildUpRate = brush->buildUpRate;
+        bilinearSample.SetValue(brush->bilinearSample.Value(), true);
+        affectAllLayers.SetValue(brush->affectAllLayers.Value(), true);
+        globalPlane.SetValue(brush->globalPlane.Value(), true);
+        updatePlane.SetValue(brush->updatePlane.Value(), true);
+    }
+    return *this;
+}
+
+void SwiftStroke::Serialize(Stream& stream) {
+    const TVCrashReporterFlag flag(4, 131072);
+    DetailBrush::Serialize(stream);
+    stream << buildUpRate;
+    bilinearSample.Serialize(stream);
+    // Scenes of class version 0 end here; the three keep the values that they have.
+    if (stream.ClassVersion(StaticClass()) > 0) {
+        affectAllLayers.Serialize(stream);
+        globalPlane.Serialize(stream);
+        updatePlane.Serialize(stream);
+    }
+}
+
+void SwiftStroke::OnNodeEvent(const Attribute& attribute, NodeEventType type) {
+    const TVCrashReporterFlag flag(4, 8);
+    if (type == NodeEventValueChanged && &attribute == &falloffName &&
+        falloffName.Value() == QString::fromLatin1(noRenderCommand)) {
+        renderSwiftStroke.attribute->SetValue(false, true);
+    }
+    // Outside test mode the tessellating base is passed over on purpose.
+    if (g_pKernel->IsTestModeOn())
+        DetailBrush::OnNodeEvent(attribute, type);
+    else
+        BrushOperation::OnNodeEvent(attribute, type);
+}
+
+float SwiftStroke::BuildUpRate() const { return buildUpRate.Value(); }
+bool SwiftStroke::AlwaysTrueQuery() const { return true; }
+bool SwiftStroke::IsStrokeFree() { return !strokeActive; }
+
+void SwiftStroke::Operator(Mesh*, uint32_t, uint32_t) {}
+
+void SwiftStroke::setRadius(float value) {
+    radius = value;
+    radiusSquared = radius * radius;
+    inverseRadius = 1.0f / radius;
+    falloffScale = falloffLastFloat / radius;
+}
+
+void SwiftStroke::setFalloffLast(float value) {
+    falloffLastFloat = value;
+    falloffScale = value * inverseRadius;
+    falloffLast = static_cast<int32_t>(value);
+}
+
+void SwiftStroke::setVertexNormal(uint32_t vertex, const HWVector& normal) {
+    int integers[4];
+    normal.StoreNormalAsInt(integers);
+    PackedNormal& packed = mesh->vertexNormals[vertex];
+    packed.x = static_cast<int16_t>(integers[3]);
+    packed.y = static_cast<int16_t>(integers[2]);
+    packed.z = static_cast<int16_t>(integers[1]);
+}
+
+}  // namespace trovik

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/BrushOperation.h"
+
+namespace trovik {
+
+/// IDs of the tools in the catalogue.
+enum class Tool : uint32_t {
+    Sculpt = 0,
+    Smear,
+    Pinch,
+    Smooth,
+    Amplify,
+    Flatten,
+    Scrape,
+    Fill,
+    Wax,
+    Bulge,
+    Spray,
+    Repeat,
+    Knife,
+    Foamy,
+    Imprint,
+};
+
+/// Registers the fifteen tools with the host, in the order of their IDs. Called once, by the host,
+/// after the library is loaded.
+void RegisterTools();
+
+/// The row of Smooth, to which a stroke with the Smooth modifier switches. Null before
+/// RegisterTools.
+extern BrushConfiguration* smoothConfiguration;
+
+}  // namespace trovik

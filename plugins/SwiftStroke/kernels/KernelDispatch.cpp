@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/Registration.h"
+#include "brush/SwiftStroke.h"
+#include "kernels/PatchKernelTable.h"
+#include "topology/PatchMap.h"
+
+namespace trovik {
+
+KernelSwitches SwiftStroke::DabSwitches() const {
+    KernelSwitches switches;
+    switches.withStamp = stampEnabled;
+    switches.withoutRadius = wholeMesh;
+    switches.alongVertexNormal =
+        followVertexNormal || (isSmooth && (affectAllLayers.Value() || layer == nullptr));
+    switches.throughLayer = meshHasLayer;
+    switches.averageBit = isSmooth || isPlaneTool;
+    switches.tiledStamp = stampTiled && stampEnabled;
+    switches.pullBit = isPinch || isPlaneTool;
+    switches.notifyPerVertex = !rendererTakesFaces;
+    switches.inWorldSpace = nonUniformScale;
+    return switches;
+}
+
+KernelSwitches SwiftStroke::PatchSwitches() const {
+    KernelSwitches switches = DabSwitches();
+    switches.withFreeze = mesh->FreezeQuery() != 0;
+    return switches;
+}
+
+bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
+    const TVCrashReporterFlag flag(4, 16384);
+    if (mesh == nullptr) return false;
+    const uint32_t faceBase = facesPerPatch * face;
+    if (faceBase >= mesh->faceCount) return false;
+    // The first face of a patch decides for all of it.
+    if ((mesh->faceFlags[faceBase] & faceIsLive) == 0) return false;
+    if (useTessellator && CurrentMeshEditable()) return DetailBrush::Tester(walked, face);
+    if (planeSampling) return SamplePlanePatch(face);
+
+    Vector bentCells[8];
+    if (isSmooth) {
+        FillPatchHalo(walked, face);
+        CorrectCorners(face, bentCells);
+    }
+
+    const PatchKernelPointer kernel = patchKernels[PatchSwitches().Index()];
+    const bool reached = (this->*kernel)(face);
+
+    // The ring must hold the neighbours' true positions for the normals. Smooth on positions has
+    // read it already and only bent eight cells of it.
+    if (isSmooth && affectAllLayers.Value())
+        RestoreCorners(bentCells);
+    else
+        FillPatchHalo(walked, face);
+
+    // Also when nothing was reached: the patch next to a moved one shares its seam.
+    RefreshPatchNormals(PatchSlice(face));
+    if (!reached) return false;
+    NotifyRenderersOfPatch(face, faceBase);
+    return true;
+}
+
+void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
+    const uint32_t points = (1u << patchLevel) + 1;
+    const uint32_t* vertexTable =
+        SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(patchLevel)).array;
+    PackedNormal* normals = mesh->vertexNormals.array;
+    const HWVector scaleSquared = brushSpace->inverseScale * brushSpace->inverseScale;
+    for (uint32_t row = 0; row < points; ++row) {
+        const HWVector* cell = positionGrid + (row + 1) * gridStride + 1;
+        for (uint32_t column = 0; column < points; ++column, ++cell) {
+            const HWVector across = cell[-1] - cell[1];
+            const HWVector along = *(cell - gridStride) - *(cell + gridStride);
+            HWVector normal = (across & along) * scaleSquared;
+            normal.Normalize();
+            int integers[4];
+            normal.StoreNormalAsInt(integers);
+            PackedNormal& packed = normals[slice[*vertexTable++]];
+            packed.x = static_cast<int16_t>(integers[3]);
+            packed.y = static_cast<int16_t>(integers[2]);
+            packed.z = static_cast<int16_t>(integers[1]);
+        }
+    }
+}
+
+void SwiftStroke::NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase) {
+    if (!renderSwiftStroke || !rendererTakesFaces) return;
+    if (patchMesh == nullptr || patchMapMesh == nullptr) return;
+    const auto patchIndex = static_cast<uint32_t>(patchMesh->Index());
+    const auto depth = static_cast<uint32_t>(mesh->Index() - patchMapMesh->Index());
+    const uint32_t facesPerMapFace = (1u << depth) * (1u << depth);
+    const uint32_t baseFace = patch / (1u << patchIndex) / (1u << patchIndex);
+
+    const auto notify = [this](MeshRenderer* renderer, uint32_t face) {
+        renderer->rendererVertexChanged(mesh->faceVertexIndices[face * 4], face);
+    };
+    for (uint32_t i = 0; i < renderers.fill; ++i) {
+        MeshRenderer* renderer = renderers.array[i];
+        notify(renderer, faceBase);
+        if (patchMap == nullptr) continue;
+        for (uint32_t k = 0; k < PatchMap::rowLength; ++k) {
+            const uint32_t neighbour =
+                patchMap->neighbourFaces[baseFace * PatchMap::rowLength + k];
+            if (neighbour != PatchMap::emptySlot) notify(renderer, neighbour * facesPerMapFace);
+        }
+    }
+}
+
+}  // namespace trovik

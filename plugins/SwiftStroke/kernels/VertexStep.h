@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "kernels/stages/Displacement.h"
+#include "kernels/stages/StampSampling.h"
+#include "kernels/stages/Weight.h"
+#include "kernels/stages/WriteBack.h"
+
+/// \file
+/// The one algorithm of the brush, for one vertex: touch its record, mark it, weigh, stamp,
+/// strengthen, displace, write. The patch kernels run it with switches that the compiler knows, the
+/// path over vertices with the same switches as values, so that the two cannot drift apart.
+namespace trovik {
+
+/// Leaves the vertex as it is, but keeps the grid true.
+template <class Switches>
+TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw, const DabConstants& dab,
+                                     const VertexState& v, bool reached) {
+    if (sw.withGrid) dab.positionGrid[v.cell] = v.current;
+    return reached;
+}
+
+/// One vertex's turn. \return whether the dab reached it.
+template <class Switches>
+TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw, DabConstants& dab,
+                                    const PatchVertexEntry& entry) {
+    VertexState v;
+    v.vertex = entry.vertex;
+    v.face = entry.face;
+    v.cell = entry.cell;
+    v.vertexRecord = dab.vertices + v.vertex;
+    v.current = PositionOf(*v.vertexRecord);
+    v.record = &TouchRecord(dab.change, v.vertex, v.face, *v.vertexRecord, sw.throughLayer);
+    const float* start = v.record->originalPosition;
+    v.startPosition = HWVector(start[0], start[1], start[2], 0.0f);
+    v.measured = sw.inWorldSpace ? ToWorld(dab.space, v.startPosition) : v.startPosition;
+
+    // A vertex on a seam belongs to several patches; the first that reaches it moves it.
+    const bool marked = v.record->visitStampWord == dab.dabStamp;
+    v.record->visitStampWord = dab.dabStamp;
+    if (marked) {
+        bool reached = false;
+        if (dab.mesh.meshType == 0) {
+            const HWVector toCenter = dab.center - v.measured;
+            reached = (toCenter | toCenter).First() <= dab.radiusSquared;
+        }
+        return LeaveVertex(sw, dab, v, reached);
+    }
+
+    if (Weigh(sw, dab, v) == StageResult::OutOfReach) return LeaveVertex(sw, dab, v, false);
+    if (sw.withStamp) {
+        v.weightVector = HWVector::Splat(v.weight);
+        if (ApplyStamp(sw, dab, v) == StageResult::OutOfReach)
+            return LeaveVertex(sw, dab, v, sw.withoutRadius);
+    }
+    Strengthen(sw, dab, v);
+    Displace(sw, dab, v);
+    WriteBack(sw, dab, v);
+    return true;
+}
+
+}  // namespace trovik

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/SwiftStroke.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace trovik {
+
+uint32_t strokeVertexCount = 0;
+
+uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
+    const uint32_t side = 1u << patchLevel;
+    const uint32_t points = side + 1;
+    const uint32_t count = points * points;
+    const uint32_t faceBase = facesPerPatch * patch;
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    const uint32_t* faceTable = SubdivisionLevel::QuadIndexTable(level).array;
+    const uint32_t* slice = PatchSlice(patch);
+
+    if (static_cast<int64_t>(count) > patchVertexListCapacity) {
+        std::free(patchVertexList);
+        patchVertexList =
+            static_cast<PatchVertexEntry*>(std::malloc(count * sizeof(PatchVertexEntry)));
+        patchVertexListCapacity = static_cast<int32_t>(count);
+    }
+
+    // Each vertex takes the face to its upper left, or the nearest one that the patch has.
+    PatchVertexEntry* entry = patchVertexList;
+    for (uint32_t row = 0; row < points; ++row) {
+        const uint32_t* faces = faceTable + std::min(row, side - 1) * side;
+        const uint32_t firstCell = (row + 1) * gridStride + 1;
+        for (uint32_t column = 0; column < points; ++column, ++entry, ++vertexTable) {
+            entry->vertex = slice[*vertexTable];
+            entry->face = faces[column == 0 ? 0 : column - 1] + faceBase;
+            entry->cell = firstCell + column;
+        }
+    }
+    return count;
+}
+
+bool SwiftStroke::WantsMirroredStampRead() {
+    return IsMaskEnabled(1) && mirrorPass != 0 &&
+           MirrorConfig().MirrorMode() == MirrorConfiguration::Topological;
+}
+
+}  // namespace trovik

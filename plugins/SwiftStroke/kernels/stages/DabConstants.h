@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "brush/SwiftStroke.h"
+#include "host/BrushOperation.h"
+
+namespace trovik {
+
+/// ID of Wax in the catalogue: the one tool that a kernel knows by number.
+inline constexpr uint32_t waxToolId = 8;
+
+/// What stays the same for all vertices of a patch, gathered once so that the loop reads it from
+/// registers and the stack, and the bounds that the loop widens.
+struct DabConstants {
+    DabConstants(SwiftStroke& swiftStroke, bool mirroredStampRead)
+        : brush(swiftStroke),
+          mesh(*swiftStroke.mesh),
+          change(*swiftStroke.CurrentChange()),
+          space(*swiftStroke.brushSpace),
+          vertices(mesh.vertices.array),
+          normals(mesh.vertexNormals.array),
+          positionGrid(swiftStroke.positionGrid),
+          center(space.center),
+          direction(space.direction),
+          boundsMin(space.boundsMin),
+          boundsMax(space.boundsMax),
+          radiusSquared(swiftStroke.radiusSquared),
+          falloffTable(swiftStroke.falloffTable),
+          falloffLast(static_cast<uint32_t>(swiftStroke.falloffLast)),
+          falloffScale(swiftStroke.falloffScale),
+          buildUpRateCubed(swiftStroke.buildUpRateCubed),
+          dabPressure(swiftStroke.dabPressure),
+          dabStrength(swiftStroke.dabStrength),
+          dabStamp(swiftStroke.dabStamp),
+          facingActive(CheckableFloatArray::s_bActive),
+          mirroredStamp(mirroredStampRead) {
+        const BrushConfiguration* tool = swiftStroke.ActiveConfiguration();
+        if (tool != nullptr && tool->ID() == waxToolId) {
+            const float bias = swiftStroke.BrushStrengthBias() * 0.01f;
+            scaleAsWax = true;
+            waxScale = (1.0f - bias) * dabPressure + bias;
+        }
+    }
+
+    /// Gives the widened bounds back to the brush.
+    void StoreBounds() {
+        space.boundsMin = boundsMin;
+        space.boundsMax = boundsMax;
+    }
+
+    SwiftStroke& brush;
+    Mesh& mesh;
+    MeshChange& change;
+    BrushSpace& space;
+    Vertex* vertices;
+    const PackedNormal* normals;
+    HWVector* positionGrid;
+    HWVector center;
+    HWVector direction;
+    HWVector boundsMin;
+    HWVector boundsMax;
+    float radiusSquared;
+    const float* falloffTable;
+    uint32_t falloffLast;
+    float falloffScale;
+    float buildUpRateCubed;
+    float dabPressure;
+    float dabStrength;
+    uint32_t dabStamp;
+    bool facingActive;
+    /// Read the stamp where the vertex's topological mirror image lies.
+    bool mirroredStamp;
+    bool scaleAsWax = false;
+    float waxScale = 1.0f;
+};
+
+/// One vertex on its way through the stages.
+struct VertexState {
+    uint32_t vertex;
+    uint32_t face;
+    uint32_t cell;
+    Vertex* vertexRecord;
+    StoredVertexInfo* record;
+    /// Present position; moving starts here.
+    HWVector current;
+    /// Position at first touch in the stroke; measuring starts here.
+    HWVector startPosition;
+    /// The start position in the space of the distances.
+    HWVector measured;
+    float weight;
+    /// The weight per stamp channel, used by vector stamps.
+    HWVector weightVector;
+    HWVector displacement;
+};
+
+enum class StageResult { Continue, OutOfReach };
+
+/// A packed normal's components as floats; not normalised further.
+TROVIK_FORCE_INLINE Vector UnpackNormal(const PackedNormal& normal) {
+    return {static_cast<float>(normal.x) * packedNormalToFloat,
+            static_cast<float>(normal.y) * packedNormalToFloat,
+            static_cast<float>(normal.z) * packedNormalToFloat};
+}
+
+TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) { return {v.x, v.y, v.z, 0.0f}; }
+
+/// World position of a mesh-local point as a position, w 0: the 1 of the matrix's last row must not
+/// enter distances.
+TROVIK_FORCE_INLINE HWVector ToWorld(const BrushSpace& space, const HWVector& local) {
+    const HWVector* rows = space.meshToWorld;
+    const HWVector world = ((rows[2] * local.Z() + rows[3] * 1.0f) + rows[1] * local.Y()) +
+                           rows[0] * local.X();
+    return {world.X(), world.Y(), world.Z(), 0.0f};
+}
+
+}  // namespace trovik

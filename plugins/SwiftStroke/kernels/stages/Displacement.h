@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/RecordLookup.h"
+
+namespace trovik {
+
+/// Sum of a cell and its four neighbours, centre first, then left, right, below, above; the order
+/// of the additions is part of the result.
+TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid, uint32_t cell, uint32_t stride) {
+    return (((grid[cell] + grid[cell - 1]) + grid[cell + 1]) + grid[cell + stride]) +
+           grid[cell - stride];
+}
+
+/// Towards the mean of the vertex and its neighbours: of positions, or of the layer's own offsets.
+/// The position grid is read while the loop writes it, so positions are smoothed in place; the
+/// layer grid is not written by the loop.
+template <class Switches>
+TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw, const DabConstants& dab,
+                                                   VertexState& v) {
+    SwiftStroke& brush = dab.brush;
+    HWVector mean;
+    if (sw.withGrid) {
+        const HWVector* grid = sw.alongVertexNormal ? dab.positionGrid : brush.layerGrid;
+        mean = FiveCellSum(grid, v.cell, brush.gridStride) * 0.2f;
+    } else {
+        Vector ring;
+        brush.RingAverage(ring, v.vertex, v.face);
+        mean = HWVector(ring);
+    }
+    if (sw.alongVertexNormal) {
+        if (!sw.withGrid) v.record = FindRecord(dab.change, v.vertex, v.vertexRecord->changeLink);
+        return mean - v.current;
+    }
+
+    v.record = &TouchRecord(dab.change, v.vertex, v.face, *v.vertexRecord, true);
+    Vector own;
+    brush.layer->get(&own, v.record->layerSlot);
+    return mean - HWVector(own);
+}
+
+/// Along dir to the plane, within the clamps; the upper limit is tested first.
+TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab, const VertexState& v,
+                                                 const HWVector& dir) {
+    const SwiftStroke& brush = dab.brush;
+    const float height = (dir | v.current).First();
+    float move = (brush.planeOffset * brush.strokePlaneSign) + (brush.planeDistance - height);
+    move = move * brush.planeDirectionSign;
+    if (move > brush.planeClampMax) move = brush.planeClampMax;
+    if (brush.planeClampMin > move) move = brush.planeClampMin;
+    return dir * move;
+}
+
+/// The part of a stamp axis that lies across dir, of unit length.
+TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector& dir) {
+    HWVector tangent = dir & (axis & dir);
+    tangent.Normalize();
+    return tangent;
+}
+
+/// A vector stamp's channels are tangent U, height and tangent V, each in hundredths of the stamp's
+/// side, the height in the geometric mean of the two.
+TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab, const VertexState& v,
+                                          const HWVector& dir, const HWVector& displacement) {
+    const SwiftStroke& brush = dab.brush;
+    const HWVector tangentU = TangentAcross(dab.space.stampAxisU, dir);
+    const HWVector tangentV = TangentAcross(dab.space.stampAxisV, dir);
+    return ((displacement * v.weightVector.X() * brush.stampScaleHeight) +
+            (tangentU * v.weightVector.Y() * brush.stampScaleU)) +
+           (tangentV * v.weightVector.Z() * brush.stampScaleV);
+}
+
+/// Turns the weight into a displacement, mesh-local.
+template <class Switches>
+TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, VertexState& v) {
+    const HWVector dir = sw.alongVertexNormal ? HWVector(UnpackNormal(v.record->originalNormal))
+                                              : dab.direction;
+    const bool byVectorStamp = sw.withStamp && dab.brush.stampIsVector;
+    HWVector displacement;
+    switch (sw.family) {
+        case Family::Pushing:
+            displacement = dir;
+            break;
+        case Family::Averaging:
+            displacement = AveragingDisplacement(sw, dab, v);
+            break;
+        case Family::Pulling:
+            displacement = (dab.center - v.current) * 0.1f;
+            break;
+        case Family::Planing:
+            displacement = PlaningDisplacement(dab, v, dir);
+            // Planes are approached in steps of one hundredth; a vector stamp's tangents are not.
+            if (byVectorStamp)
+                v.weightVector = v.weightVector * HWVector(0.01f, 1.0f, 1.0f, 0.0f);
+            else
+                v.weight = v.weight * 0.01f;
+            break;
+    }
+
+    if (byVectorStamp)
+        displacement = FrameByStamp(dab, v, dir, displacement);
+    else
+        displacement = displacement * v.weight;
+    if (sw.inWorldSpace) displacement = displacement * dab.space.inverseScale;
+    v.displacement = displacement;
+}
+
+}  // namespace trovik

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Mesh.h"
+
+namespace trovik {
+
+/// The vertex's record in the change, or null. Two loads and two compares, no call.
+TROVIK_FORCE_INLINE StoredVertexInfo* FindRecord(const MeshChange& change, uint32_t vertex,
+                                                 uint32_t changeLink) {
+    if (changeLink >= *change.recordCount) return nullptr;
+    StoredVertexInfo* record = change.records->array + changeLink;
+    return record->vertexIndex == vertex ? record : nullptr;
+}
+
+/// The vertex's record, made at first touch. Holds until the next record is made.
+TROVIK_FORCE_INLINE StoredVertexInfo& TouchRecord(MeshChange& change, uint32_t vertex,
+                                                  uint32_t face, Vertex& vertexRecord,
+                                                  bool withLayerSlot) {
+    StoredVertexInfo* record = FindRecord(change, vertex, vertexRecord.changeLink);
+    if (record != nullptr) [[likely]] return *record;
+    return change.Add_uncached(vertex, face, vertexRecord, withLayerSlot);
+}
+
+}  // namespace trovik

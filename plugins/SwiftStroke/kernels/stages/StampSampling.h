@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/RecordLookup.h"
+
+namespace trovik {
+
+/// A place on the stamp image: exact coordinates and the nearest pixel.
+struct StampPlace {
+    float u;
+    float v;
+    int32_t column;
+    int32_t row;
+};
+
+/// The nearest integer, ties to even; what 32 bits cannot hold becomes the most negative integer,
+/// which no image reaches.
+TROVIK_FORCE_INLINE int32_t RoundToPixel(float coordinate) {
+    return _mm_cvtss_si32(_mm_set_ss(coordinate));
+}
+
+/// Projects a mesh-local position onto the stamp. The divide takes place for affine matrices too.
+TROVIK_FORCE_INLINE StampPlace PlaceOnStamp(const BrushSpace& space, const HWVector& position) {
+    const auto row = [&space](int i) { return _mm_loadu_ps(space.stampMatrix[i]); };
+    const auto scaled = [](__m128 r, float f) { return _mm_mul_ps(r, _mm_set1_ps(f)); };
+    __m128 s = _mm_add_ps(scaled(row(2), position.Z()), scaled(row(3), 1.0f));
+    s = _mm_add_ps(s, scaled(row(1), position.Y()));
+    s = _mm_add_ps(s, scaled(row(0), position.X()));
+    s = _mm_div_ps(s, _mm_shuffle_ps(s, s, _MM_SHUFFLE(3, 3, 3, 3)));
+    const float u = _mm_cvtss_f32(s);
+    const float v = _mm_cvtss_f32(_mm_shuffle_ps(s, s, _MM_SHUFFLE(1, 1, 1, 1)));
+    return {u, v, RoundToPixel(u), RoundToPixel(v)};
+}
+
+/// First-touch position of the vertex across the topological mirror, so that a stamp looks the same
+/// on both sides of a mesh whose halves are not mirror images in space. A vertex with no mirror
+/// image keeps its own. May make a record, so the state's record is looked up again.
+inline HWVector MirroredStartPosition(const DabConstants& dab, VertexState& v, bool throughLayer) {
+    const uint32_t corners = dab.mesh.CornersPerFace();
+    int32_t mirrored = -1;
+    uint32_t mirrorFace = 0;
+    uint32_t mirrorCorner = 0;
+    for (uint32_t corner = 0; corner < corners; ++corner) {
+        if (dab.mesh.faceVertexIndices[v.face * corners + corner] != v.vertex) continue;
+        mirrored = dab.mesh.MirrorVertex(v.face, corner, &mirrorFace, &mirrorCorner);
+        break;
+    }
+    if (mirrored < 0) return v.startPosition;
+    const auto vertex = static_cast<uint32_t>(mirrored);
+    const StoredVertexInfo& other =
+        TouchRecord(dab.change, vertex, mirrorFace, dab.vertices[vertex], throughLayer);
+    const HWVector position(other.originalPosition[0], other.originalPosition[1],
+                            other.originalPosition[2], 0.0f);
+    v.record = FindRecord(dab.change, v.vertex, v.vertexRecord->changeLink);
+    return position;
+}
+
+/// Brings a coordinate into [0, size) as repeated additions of the size would, in one step.
+TROVIK_FORCE_INLINE int32_t WrapPixel(int32_t coordinate, uint32_t size) {
+    const int64_t wrapped = coordinate % static_cast<int64_t>(size);
+    return static_cast<int32_t>(wrapped < 0 ? wrapped + size : wrapped);
+}
+
+/// One pixel of a vector stamp with the factor multiplied in: the first channel becomes y, the
+/// second x, the third z.
+TROVIK_FORCE_INLINE HWVector VectorPixel(const SwiftStroke& brush, uint32_t column, uint32_t row) {
+    const float* pixel =
+        brush.stampPixels + (static_cast<std::size_t>(row) * brush.stampWidth + column) * 3;
+    const float factor = brush.stampFactor;
+    return {factor * pixel[1], factor * pixel[0], factor * pixel[2], 0.0f};
+}
+
+TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, uint32_t row) {
+    return brush.stampPixels[static_cast<std::size_t>(row) * brush.stampWidth + column] *
+           brush.stampFactor;
+}
+
+/// The four pixels and weights of a bilinear read. The base pixel is the rounded one, while the
+/// fractions are those of the coordinate less one half: one pixel further on than the usual
+/// convention, and a stamp's placement depends on it.
+struct BilinearRead {
+    BilinearRead(const SwiftStroke& brush, const StampPlace& place, bool tiled) {
+        const float du = static_cast<float>(static_cast<double>(place.u) - 0.5);
+        const float dv = static_cast<float>(static_cast<double>(place.v) - 0.5);
+        const float fu = du - std::floor(du);
+        const float fv = dv - std::floor(dv);
+        const float uv = fv * fu;
+        w11 = uv;
+        w01 = fv - uv;
+        w10 = fu - uv;
+        w00 = ((1.0f - uv) - w01) - w10;
+
+        const auto column = static_cast<uint32_t>(place.column);
+        const auto row = static_cast<uint32_t>(place.row);
+        x0 = column % brush.stampWidth;
+        x1 = (column + 1) % brush.stampWidth;
+        y0 = row % brush.stampHeight;
+        y1 = (row + 1) % brush.stampHeight;
+        // A stamp that is not tiled fades to black beyond its last pixels.
+        below = tiled || row != brush.stampHeight - 1;
+        right = tiled || column != brush.stampWidth - 1;
+    }
+
+    float w00, w10, w01, w11;
+    uint32_t x0, x1, y0, y1;
+    bool below, right;
+};
+
+/// Multiplies the weight by the stamp's value, or tells that the vertex lies outside the stamp.
+template <class Switches>
+TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw, const DabConstants& dab,
+                                            VertexState& v) {
+    const SwiftStroke& brush = dab.brush;
+    // A stamp without pixels covers nothing, tiled or not.
+    if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
+
+    StampPlace place = PlaceOnStamp(dab.space, v.startPosition);
+    if (dab.mirroredStamp)
+        place = PlaceOnStamp(dab.space, MirroredStartPosition(dab, v, sw.throughLayer));
+
+    if (sw.tiledStamp) {
+        place.column = WrapPixel(place.column, brush.stampWidth);
+        place.row = WrapPixel(place.row, brush.stampHeight);
+    } else if (place.column < 0 || place.row < 0 ||
+               static_cast<uint32_t>(place.column) >= brush.stampWidth ||
+               static_cast<uint32_t>(place.row) >= brush.stampHeight) {
+        return StageResult::OutOfReach;
+    }
+
+    const auto column = static_cast<uint32_t>(place.column);
+    const auto row = static_cast<uint32_t>(place.row);
+    if (!brush.bilinearSample.Value()) {
+        if (brush.stampIsVector)
+            v.weightVector = v.weightVector * VectorPixel(brush, column, row);
+        else
+            v.weight = v.weight * PlainPixel(brush, column, row);
+        return StageResult::Continue;
+    }
+
+    const BilinearRead read(brush, place, sw.tiledStamp);
+    if (brush.stampIsVector) {
+        const HWVector zero = HWVector::Zero();
+        const HWVector p00 = VectorPixel(brush, read.x0, read.y0);
+        const HWVector p10 = read.right ? VectorPixel(brush, read.x1, read.y0) : zero;
+        const HWVector p01 = read.below ? VectorPixel(brush, read.x0, read.y1) : zero;
+        const HWVector p11 =
+            read.right && read.below ? VectorPixel(brush, read.x1, read.y1) : zero;
+        const HWVector sample =
+            ((p00 * read.w00 + p10 * read.w10) + p01 * read.w01) + p11 * read.w11;
+        v.weightVector = v.weightVector * sample;
+    } else {
+        const float p00 = PlainPixel(brush, read.x0, read.y0);
+        const float p10 = read.right ? PlainPixel(brush, read.x1, read.y0) : 0.0f;
+        const float p01 = read.below ? PlainPixel(brush, read.x0, read.y1) : 0.0f;
+        const float p11 = read.right && read.below ? PlainPixel(brush, read.x1, read.y1) : 0.0f;
+        const float value =
+            ((p00 * read.w00 + p10 * read.w10) + p01 * read.w01) + p11 * read.w11;
+        v.weight = v.weight * value;
+    }
+    return StageResult::Continue;
+}
+
+/// The stamp with its build-up: counted before the read, so that it grows outside the stamp too, or
+/// behind it, so that the stamp's value counts. The lowest lane of a vector stamp's weight is 0
+/// after the read, so there the later count adds nothing.
+template <class Switches>
+TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw, const DabConstants& dab,
+                                           VertexState& v) {
+    if (!dab.brush.stampBuildUp)
+        v.record->buildUp = v.weight * dab.dabPressure + v.record->buildUp;
+    if (SampleStamp(sw, dab, v) == StageResult::OutOfReach) return StageResult::OutOfReach;
+    if (dab.brush.stampBuildUp) {
+        const float value = dab.brush.stampIsVector ? v.weightVector.First() : v.weight;
+        v.record->buildUp = value * dab.dabPressure + v.record->buildUp;
+    }
+    return StageResult::Continue;
+}
+
+}  // namespace trovik

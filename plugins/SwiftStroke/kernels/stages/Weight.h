@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/RecordLookup.h"
+
+namespace trovik {
+
+/// How much of the tool a surface takes by its angle to the view, 0 to 1: full below
+/// facingAngleStart, none beyond start + range. The camera is asked for each vertex; the path
+/// stands behind one flag.
+inline float FacingFactor(const DabConstants& dab, const VertexState& v) {
+    const Vector normal = UnpackNormal(v.record->originalNormal);
+    const Vector origin;
+    Vector eyeWorld, eye;
+    g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&eyeWorld, &origin, 1.0f);
+    dab.mesh.Geometry()->Transformation()->WorldToLocal(&eye, &eyeWorld, 1.0f);
+    Vector toEye = eye - static_cast<Vector>(v.startPosition);
+    toEye.Normalize();
+    const float cosine = (toEye.y * normal.y + toEye.x * normal.x) + toEye.z * normal.z;
+    float angle = acosf(cosine) * 57.29578f;
+    // Rounding can bring the cosine past 1; such a surface faces the view fully.
+    if (std::isnan(angle)) angle = 0.0f;
+
+    const float start = dab.brush.facingAngleStart;
+    const float range = dab.brush.facingAngleRange;
+    if (start > angle) return 1.0f;
+    if (angle > start + range) return 0.0f;
+    // A range of 0 leaves only the angle that is exactly the start: it still counts as facing.
+    if (range == 0.0f) return 1.0f;
+    return 1.0f - (angle - start) / range;
+}
+
+/// From distance to weight: distance test, falloff, the Wax scale and the build-up damping. The
+/// facing factor is worked out even where it goes unused.
+template <class Switches>
+TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& dab,
+                                      VertexState& v) {
+    float facing = 1.0f;
+    if (dab.facingActive) facing = FacingFactor(dab, v);
+
+    if (!sw.withoutRadius) {
+        const HWVector toCenter = dab.center - v.measured;
+        const float distanceSquared = (toCenter | toCenter).First();
+        if (distanceSquared > dab.radiusSquared) return StageResult::OutOfReach;
+        const float distance = std::sqrt(distanceSquared);
+        // Truncation by the processor: what no integer can hold, NaN too, becomes the most
+        // negative one, which is above every last index when taken as unsigned.
+        const auto index = static_cast<uint32_t>(
+            _mm_cvttss_si32(_mm_set_ss(distance * dab.falloffScale)));
+        v.weight = index > dab.falloffLast ? 0.0f : facing * dab.falloffTable[index];
+    } else if (dab.brush.wholeMeshFacing) {
+        const Vector normal = UnpackNormal(dab.normals[v.vertex]);
+        const Vector& view = dab.brush.wholeMeshView;
+        v.weight = (normal.y * view.y + normal.x * view.x) + normal.z * view.z;
+        if (v.weight < 0.0f) v.weight = 0.0f;
+    } else {
+        v.weight = 1.0f;
+    }
+
+    if (dab.scaleAsWax) v.weight = v.weight * dab.waxScale;
+
+    if (sw.family == Family::Pushing && !sw.withoutRadius) {
+        v.weight = v.weight * dab.buildUpRateCubed * (1.0f - v.record->buildUp);
+        if (!sw.withStamp)
+            v.record->buildUp = v.weight * dab.dabPressure + v.record->buildUp;
+    }
+    return StageResult::Continue;
+}
+
+/// Dab strength and freeze, on the weight or, for a vector stamp, on its three channels.
+template <class Switches>
+TROVIK_FORCE_INLINE void Strengthen(const Switches& sw, const DabConstants& dab, VertexState& v) {
+    const bool onVector = sw.withStamp && dab.brush.stampIsVector;
+    if (onVector)
+        v.weightVector *= dab.dabStrength;
+    else
+        v.weight = v.weight * dab.dabStrength;
+    if (sw.withFreeze) {
+        const float freeze =
+            static_cast<float>(v.vertexRecord->freeze & freezeAmountMask) * freezeAmountToWeight;
+        if (onVector)
+            v.weightVector *= 1.0f - freeze;
+        else
+            v.weight = v.weight * (1.0f - freeze);
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "kernels/stages/DabConstants.h"
+
+namespace trovik {
+
+/// Moves the vertex, straight or through the layer, and keeps grid, bounds and renderers true.
+/// Through the layer the new position is the one that the mesh holds afterwards.
+template <class Switches>
+TROVIK_FORCE_INLINE void WriteBack(const Switches& sw, DabConstants& dab, VertexState& v) {
+    SwiftStroke& brush = dab.brush;
+    HWVector moved;
+    if (sw.throughLayer) {
+        const Vector step = static_cast<Vector>(v.displacement);
+        Vector old;
+        brush.layer->get(&old, v.record->layerSlot);
+        const Vector offset = step + old;
+        brush.layer->set(nullptr, v.record->layerSlot, v.vertex, &offset, true);
+        moved = PositionOf(*v.vertexRecord);
+    } else {
+        moved = v.current + v.displacement;
+        v.vertexRecord->x = moved.X();
+        v.vertexRecord->y = moved.Y();
+        v.vertexRecord->z = moved.Z();
+    }
+    if (sw.withGrid) dab.positionGrid[v.cell] = moved;
+
+    dab.boundsMin = HWVector::Minimum(dab.boundsMin, moved);
+    dab.boundsMax = HWVector::Maximum(dab.boundsMax, moved);
+    dab.boundsMin = HWVector::Minimum(dab.boundsMin, v.current);
+    dab.boundsMax = HWVector::Maximum(dab.boundsMax, v.current);
+
+    if (sw.notifyPerVertex) {
+        for (uint32_t i = 0; i < brush.renderers.fill; ++i)
+            brush.renderers.array[i]->rendererVertexChanged(v.vertex, v.face);
+    }
+}
+
+}  // namespace trovik

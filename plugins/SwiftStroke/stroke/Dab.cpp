@@ -1,0 +1,258 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/Registration.h"
+#include "brush/SwiftStroke.h"
+#include "brush/Translation.h"
+
+#include <cmath>
+#include <new>
+
+namespace trovik {
+
+namespace {
+
+constexpr int stampMask = -1;
+constexpr float unlimited = 100000000.0f;
+
+constexpr const char* coarseMeshText =
+    "The mesh you are trying to sculpt is too coarse<br>\t\t\t\t\tfor the size of your "
+    "brush.<p>\t\t\t\t\tPress <b>%%Subdivide faces%%</b> to subdivide the mesh into finer "
+    "polygons.<p>\t\t\t\t\tPress <b>%%Toggle wireframe%%</b> to show/hide the wireframe.";
+
+/// A stretch of the face of the hit: the diagonal of a quad, one side of a triangle.
+float FaceMeasure(const SurfacePoint& hit) {
+    const Mesh& mesh = *hit.mesh;
+    const uint32_t first = hit.face * mesh.CornersPerFace();
+    const Vertex& a = mesh.vertices[mesh.faceVertexIndices[first]];
+    const Vertex& b = mesh.vertices[mesh.faceVertexIndices[first + 2]];
+    return (Vector(a.x, a.y, a.z) - Vector(b.x, b.y, b.z)).Length();
+}
+
+/// A grid of side x side vectors at the next 16-byte boundary. `allocation` is what to free.
+HWVector* AllocateGrid(uint32_t side, void** allocation) {
+    const std::size_t bytes = static_cast<std::size_t>(side) * side * sizeof(HWVector) + 15;
+    *allocation = ::operator new(bytes);
+    const auto address = reinterpret_cast<uintptr_t>(*allocation);
+    return reinterpret_cast<HWVector*>((address + 15) & ~uintptr_t{15});
+}
+
+/// Frees the grids on every way out of the walk; refused memory for undo records leaves by throw.
+template <class Release>
+class AtScopeEnd {
+public:
+    explicit AtScopeEnd(Release action) : release(action) {}
+    ~AtScopeEnd() { release(); }
+    AtScopeEnd(const AtScopeEnd&) = delete;
+    AtScopeEnd& operator=(const AtScopeEnd&) = delete;
+
+private:
+    Release release;
+};
+
+}  // namespace
+
+void SwiftStroke::ApplyDab(const SurfacePoint& hit, const Vector& position, float size,
+                           float pressure, float strength, AxisAlignedBoundingBox& box) {
+    const TVCrashReporterFlag flag(4, 0x400);
+    if (!wholeMesh && falloffTable == nullptr) return;
+    mirrorPass = hit.mirror ? 1 : 0;
+    dabReserved = 0;
+    if (mirrorPass == 0) ++planeDabCount;
+
+    if (mesh == nullptr || static_cast<Mesh*>(mesh) != hit.mesh) {
+        if (strokeMeshLocked != 0) return;
+        // The mesh must see no stroke while it changes hands.
+        strokeActive = false;
+        SetMesh(hit.mesh);
+        strokeActive = true;
+    }
+    if (mesh == nullptr) return;
+
+    const float edge = FaceMeasure(hit);
+    const int32_t wanted = WantedPatchLevel(size, edge);
+    WarnOfCoarseMesh(size, edge);
+    SplitPatchLevel(wanted);
+
+    float scaledStrength = strength * (strokeStrengthScale * brushStrengthScale);
+    if (isSmooth) {
+        scaledStrength = scaledStrength * 0.01f;
+        if (scaledStrength > 1.0f) scaledStrength = 1.0f;
+    }
+    if (static_cast<Mesh*>(mesh) != hit.mesh) return;
+    dabStrength = scaledStrength;
+    dabPressure = pressure;
+    SetUpRadius(position, size);
+    SetUpPlaneStep(scaledStrength);
+
+    dirtyBox = &box;
+    brushSpace->boundsMax = HWVector(hit.position);
+    brushSpace->boundsMin = brushSpace->boundsMax;
+    if (!PrepareDab(hit)) return;
+    dabStamp = mesh->visitStamp;
+    if (stampEnabled) SetUpStampFrame(position);
+
+    {
+        AllocateGrids();
+        const AtScopeEnd releaseGrids([this] { ReleaseGrids(); });
+        planeDistance = planeDistances[mirrorPass];
+        brushSpace->direction = HWVector(directions[mirrorPass]);
+        if (useTessellator) RefineUnderBrush(hit);
+
+        if (hit.mesh->meshType == 1) {
+            patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
+            ++mesh->visitStamp;
+        } else {
+            mesh->EnumerateVertices(hit.face, this);
+        }
+
+        if (renderSwiftStroke) MergeDirtyBox(box);
+        if (!wholeMesh) {
+            const float margin = edge * 2.0f;
+            box.minX -= margin;
+            box.minY -= margin;
+            box.minZ -= margin;
+            box.maxX += margin;
+            box.maxY += margin;
+            box.maxZ += margin;
+        }
+    }
+    FlushDeferredNormals();
+}
+
+/// How deep a patch should be for this brush: its side then measures about half the radius.
+int32_t SwiftStroke::WantedPatchLevel(float size, float edge) const {
+    const float factor = swiftStrokeLevelFactor;
+    const float wanted = std::trunc(factor * (logf(size * 0.5f / edge) / logf(2.0f)));
+    // Minus infinity (size 0), NaN (0/0) and what no integer holds count as 0.
+    if (!(wanted > 0.0f) || wanted >= 2147483648.0f) return 0;
+    return static_cast<int32_t>(wanted);
+}
+
+void SwiftStroke::WarnOfCoarseMesh(float size, float edge) {
+    if (coarseMeshWarned || !(size > 0.0f) || !(edge / size > 4.0f)) return;
+    const Geometry* geometry = mesh->Geometry();
+    if (geometry->HighestLevel() != geometry->LowestLevel()) return;
+    g_pKernel->Interface()->HUDMessageShow(Translate(coarseMeshText), HUDMessageWarning);
+    coarseMeshWarned = true;
+}
+
+void SwiftStroke::SplitPatchLevel(int32_t wanted) {
+    const int32_t level = mesh->Index();
+    patchLevel = level;
+    patchMeshLevel = 0;
+    if (wanted < level) {
+        patchMeshLevel = static_cast<uint32_t>(level - wanted);
+        patchLevel = wanted;
+    }
+    // A patch has to be a quad; over a base of triangles level 1 is the coarsest that has them.
+    const Geometry* geometry = mesh->Geometry();
+    if (patchMeshLevel == 0 && geometry->LowestLevel()->meshType != 1 && patchLevel != 0) {
+        ++patchMeshLevel;
+        --patchLevel;
+    }
+    facesPerPatch = (1u << patchLevel) * (1u << patchLevel);
+    patchMesh = geometry->LevelByIndex(patchMeshLevel);
+}
+
+void SwiftStroke::SetUpRadius(const Vector& position, float size) {
+    const Transformation* placement = mesh->Geometry()->Transformation();
+    placement->WorldToLocal(&localCenter, &position, 1.0f);
+    if (nonUniformScale) {
+        brushSpace->center = HWVector(position);
+        radius = size;
+    } else {
+        brushSpace->center = HWVector(localCenter);
+        const Vector reach(size, 0.0f, 0.0f);
+        Vector localReach;
+        placement->WorldToLocal(&localReach, &reach, 0.0f);
+        radius = localReach.Length();
+    }
+    radiusSquared = radius * radius;
+    inverseRadius = 1.0f / radius;
+    falloffScale = inverseRadius * falloffLastFloat;
+}
+
+void SwiftStroke::SetUpPlaneStep(float strength) {
+    planeOffset = planeOffsetFactor * radius;
+    if (!isWax) return;
+    // Wax always pushes at full force; its strength decides how far the plane stands above the
+    // surface.
+    planeOffset = strength * 0.1f;
+    dabStrength = 100.0f;
+    if (!g_pKernel->IsTestModeOn()) return;
+    planeClampMin = waxFillsOnly ? 0.0f : -unlimited;
+    planeClampMax = waxScrapesOnly ? 0.0f : unlimited;
+}
+
+void SwiftStroke::SetUpStampFrame(const Vector& position) {
+    Matrix matrix = MaskMatrix(stampMask);
+    static_assert(sizeof(brushSpace->stampMatrix) == sizeof(matrix.m));
+    for (int row = 0; row < 4; ++row)
+        for (int column = 0; column < 4; ++column)
+            brushSpace->stampMatrix[row][column] = matrix.m[row][column];
+    const float depth = matrix.ProjectedTransform(position, 1.0f).z;
+    matrix.Invert(nullptr);
+
+    const Image* image = MaskImage(stampMask);
+    const auto width = static_cast<float>(image->Width());
+    const auto height = static_cast<float>(image->Height());
+    const Vector origin = matrix.ProjectedTransform({0.0f, 0.0f, depth}, 1.0f);
+    const Vector right = matrix.ProjectedTransform({width, 0.0f, depth}, 1.0f);
+    const Vector below = matrix.ProjectedTransform({0.0f, height, depth}, 1.0f);
+    brushSpace->stampAxisU = HWVector(right - origin);
+    brushSpace->stampAxisV = HWVector(below - origin);
+    stampScaleU = (right - origin).Length() / 100.0f;
+    stampScaleV = (origin - below).Length() / 100.0f;
+    stampScaleHeight = std::sqrt(stampScaleV * stampScaleU);
+    // Read anew at every dab, so that the factor can change within a stroke.
+    stampFactor = MaskFactor(stampMask);
+}
+
+void SwiftStroke::AllocateGrids() {
+    gridStride = (1u << patchLevel) + 3;
+    positionGrid = AllocateGrid(gridStride, &positionGridAllocation);
+    if (isSmooth && !affectAllLayers.Value()) {
+        try {
+            layerGrid = AllocateGrid(gridStride, &layerGridAllocation);
+        } catch (const std::bad_alloc&) {
+            ReleaseGrids();
+            throw;
+        }
+    }
+}
+
+void SwiftStroke::ReleaseGrids() {
+    ::operator delete(positionGridAllocation);
+    positionGridAllocation = nullptr;
+    if (layerGridAllocation != nullptr) {
+        ::operator delete(layerGridAllocation);
+        layerGridAllocation = nullptr;
+    }
+}
+
+void SwiftStroke::RefineUnderBrush(const SurfacePoint& hit) {
+    InitializeTessellator(&hit, CurrentChange(), 1.1f, true, false);
+    if (!CurrentMeshEditable()) ShowTessellationHUD();
+    if (!useTessellator || !CurrentMeshEditable()) return;
+    const bool skipThisDab = refineAtIntervals && strokeSmoothingAttribute.Value().checked &&
+                             refineDabCount % refineInterval != 0;
+    if (!skipThisDab) {
+        CollectFaces();
+        DoRefineReduce(true, true, 3, true);
+    }
+    // A mirrored pair counts as one dab.
+    if (MirrorConfig().MirrorMode() == MirrorConfiguration::Off || mirrorPass == 1)
+        ++refineDabCount;
+    dabStamp = mesh->visitStamp;
+}
+
+void SwiftStroke::MergeDirtyBox(AxisAlignedBoundingBox& box) const {
+    const Transformation* placement = mesh->Geometry()->Transformation();
+    for (const HWVector& corner : {brushSpace->boundsMin, brushSpace->boundsMax}) {
+        const Vector local = static_cast<Vector>(corner);
+        Vector world;
+        placement->LocalToWorld(&world, &local, 1.0f);
+        box.Extend(world);
+    }
+}
+
+}  // namespace trovik

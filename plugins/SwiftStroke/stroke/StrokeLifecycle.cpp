@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/SwiftStroke.h"
+#include "brush/ToolCatalogue.h"
+
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+/// Dabs between two refinements, by the stroke smoothing distance. 0.15f and 0.1f lie above the
+/// double-precision thresholds.
+uint32_t RefineIntervalFor(float distance) {
+    if (distance > 0.25f) return 1;
+    if (static_cast<double>(distance) > 0.15) return 3;
+    if (static_cast<double>(distance) > 0.1) return 4;
+    if (distance > 0.0f) return 8;
+    return 16;
+}
+
+}  // namespace
+
+void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) {
+    const TVCrashReporterFlag flag(4, 0x20);
+    if (useTessellator) {
+        DetailBrush::BeginStroke(strokeMesh, modifier, trigger);
+        refineDabCount = 0;
+        const CheckableFloat smoothing = strokeSmoothingAttribute.Value();
+        if (smoothing.checked) refineInterval = RefineIntervalFor(smoothing.value);
+    } else {
+        BrushOperation::BeginStroke(strokeMesh, modifier, trigger);
+    }
+    ReleaseScratch();
+    const float rate = buildUpRate.Value();
+    buildUpRateCubed = rate * rate * rate;
+
+    // Before everything that depends on the tool.
+    if (modifier == ModifierSmooth && ActiveConfiguration()->ID() != smoothConfiguration->ID()) {
+        inTemporarySmooth = true;
+        configurationBeforeSmooth = ActiveConfiguration();
+        SetActiveConfiguration(smoothConfiguration);
+        inTemporarySmooth = false;
+    }
+    if (trigger != TriggerStroke) {
+        mesh = nullptr;
+        return;
+    }
+
+    planeDabCount = 0xffffffffu;
+    for (int pass = 0; pass < 2; ++pass) {
+        planeDistances[pass] = 0.0f;
+        directions[pass] = Vector();
+        planePoints[pass] = Vector();
+    }
+
+    // Strength is told in world units; a mesh scaled up needs smaller steps of its own.
+    strokeStrengthScale = 1.0f;
+    if (strokeMesh != nullptr) {
+        Vector scale;
+        strokeMesh->Geometry()->Transformation()->Scale(&scale);
+        const float volume = scale.y * scale.x * scale.z;
+        brushSpace->inverseScale =
+            volume == 0.0f
+                ? HWVector(Vector(1.0f, 1.0f, 1.0f))
+                : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
+        const float side = powf(volume, 0.33333334f);
+        strokeStrengthScale = side;
+        if (side != 0.0f) strokeStrengthScale = 1.0f / side;
+    }
+
+    strokePlaneSign = 1.0f;
+    if (modifier == ModifierInvert) {
+        if (isPlaneTool)
+            strokePlaneSign = -1.0f;
+        else if (!isSmooth)
+            strokeStrengthScale *= -1.0f;
+    }
+
+    const Store<float>& falloff = FalloffData();
+    falloffTable = falloff.fill == 0 ? nullptr : falloff.array;
+    setFalloffLast(falloff.fill == 0 ? 0.0f : static_cast<float>(falloff.fill - 1));
+
+    PrepareStamp();
+    if (strokeMesh != nullptr) SetMesh(strokeMesh);
+    strokeVertexCount = 0;
+    strokeActive = true;
+}
+
+void SwiftStroke::EndStroke() {
+    const TVCrashReporterFlag flag(4, 0x40);
+    if (useTessellator) DetailBrush::EndStroke();
+    ReleaseScratch();
+    if (configurationBeforeSmooth != nullptr) {
+        SetActiveConfiguration(configurationBeforeSmooth);
+        configurationBeforeSmooth = nullptr;
+    }
+    if (mesh == nullptr) return;
+
+    bool anyEditable = false;
+    for (uint32_t i = 0; useTessellator && i < meshChanges.fill && !anyEditable; ++i)
+        anyEditable = MeshEditable(meshChanges.array[i].mesh);
+    for (uint32_t i = 0; i < meshChanges.fill; ++i) {
+        const MeshChangePair& pair = meshChanges.array[i];
+        const bool keepTopology = !(useTessellator && MeshEditable(pair.mesh));
+        const bool joinPrevious = !(i == 0 && !anyEditable);
+        pair.change->Finish(keepTopology, joinPrevious);
+        delete pair.change;
+    }
+    meshChanges.Clear();
+    strokeActive = false;
+    FinishMesh();
+    coarseMeshWarned = false;
+}
+
+void SwiftStroke::FinishMesh() {
+    const TVCrashReporterFlag flag(4, 0x80);
+    if (mesh == nullptr) return;
+    mesh->Unlock();
+    mesh->ContentChanged();
+    mesh = nullptr;
+}
+
+}  // namespace trovik

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/SwiftStroke.h"
+#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/RecordLookup.h"
+#include "topology/Grid.h"
+
+namespace trovik {
+
+namespace {
+
+/// Below this a sum of weights counts as nothing sampled.
+constexpr float leastSampleWeight = 0.0001f;
+
+/// Cells to walk along one arm: about one brush radius, at least one, at most a patch side.
+uint32_t ArmSteps(float radius, float diagonalLength, uint32_t size) {
+    const float reach = (radius / diagonalLength) * static_cast<float>(size);
+    if (!(reach >= 1.0f)) return 1;
+    return reach >= static_cast<float>(size) ? size : static_cast<uint32_t>(reach);
+}
+
+}  // namespace
+
+void SwiftStroke::SamplePlane(const SurfacePoint& hit) {
+    const TVCrashReporterFlag flag(4, 0x200);
+    Vector sampledNormal;
+    Vector sampledPosition;
+    if (usePatchNormal && patchMesh->meshType == 1)
+        SampleCross(hit, sampledNormal, sampledPosition);
+    else
+        SampleArea(hit, sampledNormal, sampledPosition);
+
+    // Only a plane tool with a global plane averages over the stroke: every dab's sample then
+    // weighs the same.
+    if (!isPlaneTool || !globalPlane.Value()) planeDabCount = 0;
+    const auto earlier = static_cast<float>(planeDabCount);
+    const float share = 1.0f / (earlier + 1.0f);
+    HWVector direction =
+        (HWVector(sampledNormal) + HWVector(directions[mirrorPass]) * earlier) * share;
+    direction.Normalize();
+    const HWVector point =
+        (HWVector(sampledPosition) + HWVector(planePoints[mirrorPass]) * earlier) * share;
+    directions[mirrorPass] = static_cast<Vector>(direction);
+    planePoints[mirrorPass] = static_cast<Vector>(point);
+    planeDistances[mirrorPass] = (direction | point).First();
+}
+
+/// Walks four arms out from the hit cell. Measures in mesh-local space from localCenter, whatever
+/// space the radius is in. Opens the undo records of the vertices it reads.
+void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& position) {
+    const uint32_t patch = hit.face / facesPerPatch;
+    const uint32_t faceInPatch = hit.face - patch * facesPerPatch;
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t cell = SubdivisionLevel::InvertedQuadIndexTable(level)[faceInPatch];
+    const uint32_t size = 1u << level;
+    const uint32_t row = cell / size;
+    const uint32_t column = cell % size;
+
+    const Store<Vertex>& patchVertices = patchMesh->vertices;
+    const Vertex& corner0 = patchVertices[patchMesh->faceVertexIndices[patch * 4]];
+    const Vertex& corner2 = patchVertices[patchMesh->faceVertexIndices[patch * 4 + 2]];
+    const float diagonalLength =
+        (Vector(corner0.x, corner0.y, corner0.z) - Vector(corner2.x, corner2.y, corner2.z))
+            .Length();
+    const uint32_t steps = ArmSteps(radius, diagonalLength, size);
+
+    MeshChange& change = *CurrentChange();
+    const bool withLayerSlot = mesh->Layer() != nullptr;
+    HWVector normalSum = HWVector::Zero();
+    HWVector positionSum = HWVector::Zero();
+    float weightSum = 0.0f;
+    uint32_t samples = 0;
+    for (uint32_t rotation = 0; rotation < 4; ++rotation) {
+        GridFace cursor(mesh, patch, patchMeshLevel, column, row, rotation);
+        for (uint32_t step = 0; step < steps; ++step) {
+            const uint32_t vertex = cursor.Corner(0);
+            const StoredVertexInfo& record = TouchRecord(
+                change, vertex, cursor.Face(), mesh->vertices[vertex], withLayerSlot);
+            const Vector p(record.originalPosition[0], record.originalPosition[1],
+                           record.originalPosition[2]);
+            const float weight = 1.0f - inverseRadius * (p - localCenter).Length();
+            if (weight < 0.0f) break;
+            normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;
+            positionSum = positionSum + HWVector(p) * weight;
+            weightSum += weight;
+            ++samples;
+            // At an open border the cursor stays and the cell counts again, which gives a border
+            // a greater say.
+            cursor.Step(0);
+        }
+    }
+
+    if (samples == 0) {
+        normal = hit.normal;
+        position = Vector();
+        return;
+    }
+    normalSum.Normalize();
+    normal = static_cast<Vector>(normalSum);
+    position = static_cast<Vector>(positionSum * (1.0f / weightSum));
+}
+
+/// A dry run of the dab's own walk that only adds up what lies inside the brush.
+void SwiftStroke::SampleArea(const SurfacePoint& hit, Vector& normal, Vector& position) {
+    planeSampleNormalSum = Vector();
+    planeSamplePositionSum = Vector();
+    planeSampleWeight = 0.0f;
+    planeSampling = true;
+    const uint32_t start = hit.face / facesPerPatch;
+    if (patchMesh->meshType == 1)
+        patchMesh->EnumerateFaces(start, this, 0);
+    else
+        patchMesh->EnumerateVertices(start, this);
+    ++mesh->visitStamp;
+    planeSampling = false;
+
+    normal = planeSampleNormalSum.Normalized();
+    position = planeSampleWeight > leastSampleWeight
+                   ? planeSamplePositionSum * (1.0f / planeSampleWeight)
+                   : planePoints[mirrorPass];
+}
+
+}  // namespace trovik

@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/SwiftStroke.h"
+#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/RecordLookup.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+namespace {
+
+/// The ring read-in takes only values below this for neighbours; the grid cursor is one kinder.
+constexpr uint32_t firstOpen = 0x80000000u;
+
+struct Walk {
+    uint32_t start;
+    int32_t step;
+};
+
+/// Where a patch's row next to its side `side` lies in the vertex table, walked along the side.
+///   side 0: row 1, left to right       side 2: row size - 1, right to left
+///   side 1: column size - 1, downward  side 3: column 1, upward
+Walk NeighbourWalk(uint32_t side, uint32_t size) {
+    const uint32_t points = size + 1;
+    const auto row = static_cast<int32_t>(points);
+    switch (side) {
+        case 0:
+            return {points, 1};
+        case 1:
+            return {size - 1, row};
+        case 2:
+            return {size * points - 1, -1};
+        default:
+            return {size * points + 1, -row};
+    }
+}
+
+/// The ring cells along a side of the patch, and the way from such a cell to the patch's edge.
+struct RingSide {
+    uint32_t start;
+    int32_t step;
+    int32_t inward;
+};
+
+RingSide RingSideOf(uint32_t side, uint32_t stride) {
+    const auto row = static_cast<int32_t>(stride);
+    switch (side) {
+        case 0:
+            return {1, 1, row};
+        case 1:
+            return {2 * stride - 1, row, -1};
+        case 2:
+            return {stride * stride - 2, -1, -row};
+        default:
+            return {(stride - 2) * stride, -row, 1};
+    }
+}
+
+uint32_t Along(uint32_t start, uint32_t count, int32_t step) {
+    return start + static_cast<uint32_t>(static_cast<int32_t>(count) * step);
+}
+
+/// A corner of the patch: its place in the index tables, its cell, and the way into the patch.
+struct Corner {
+    uint32_t vertexIndex;
+    uint32_t faceCell;
+    uint32_t cell;
+    int32_t dx;
+    int32_t dy;
+
+    uint32_t Outward(int32_t way) const { return cell - static_cast<uint32_t>(way); }
+    uint32_t Inward(int32_t way) const { return cell + static_cast<uint32_t>(way); }
+};
+
+/// Corners in the order top left, top right, bottom left, bottom right.
+Corner CornerOf(uint32_t i, uint32_t size, uint32_t stride) {
+    const auto row = static_cast<int32_t>(stride);
+    switch (i) {
+        case 0:
+            return {0, 0, size + 4, 1, row};
+        case 1:
+            return {size, size - 1, 2 * stride - 2, -1, row};
+        case 2:
+            return {(size + 1) * size, (size - 1) * size, (stride - 2) * stride + 1, 1, -row};
+        default:
+            return {(size + 1) * (size + 1) - 1, size * size - 1, (stride - 1) * stride - 2, -1,
+                    -row};
+    }
+}
+
+}  // namespace
+
+void SwiftStroke::ReadLayerValue(Vector& out, uint32_t vertex, uint32_t face) {
+    const StoredVertexInfo& record =
+        TouchRecord(*CurrentChange(), vertex, face, mesh->vertices.array[vertex], true);
+    layer->get(&out, record.layerSlot);
+}
+
+void SwiftStroke::ReadPatchPositions(const uint32_t* slice) {
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t points = (1u << level) + 1;
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    const Vertex* vertices = mesh->vertices.array;
+    for (uint32_t row = 0; row < points; ++row) {
+        HWVector* cell = positionGrid + (row + 1) * gridStride + 1;
+        for (uint32_t column = 0; column < points; ++column)
+            *cell++ = PositionOf(vertices[slice[*vertexTable++]]);
+    }
+}
+
+void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
+    const TVCrashReporterFlag flag(4, 0x1000);
+    const uint32_t* slice = PatchSlice(patch);
+    if (isSmooth) {
+        const bool readsLayer = !affectAllLayers.Value() && layer != nullptr;
+        if (readsLayer) ReadPatchLayerValues(slice, patch);
+        // Smoothing along vertex normals averages positions even where the layer was asked for.
+        if (!readsLayer || followVertexNormal) ReadPatchPositions(slice);
+    }
+    for (uint32_t side = 0; side < 4; ++side) {
+        const uint32_t neighbour = walked->QuadEdgeNeighbour(patch, side);
+        if (neighbour < firstOpen)
+            ReadRingSide(PatchSlice(neighbour >> 2), side, neighbour & 3u);
+        else
+            RepeatOpenSide(side);
+    }
+}
+
+void SwiftStroke::ReadPatchLayerValues(const uint32_t* slice, uint32_t patch) {
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t size = 1u << level;
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    const uint32_t* faceTable = SubdivisionLevel::QuadIndexTable(level).array;
+    for (uint32_t row = 0; row <= size; ++row) {
+        HWVector* cell = layerGrid + (row + 1) * gridStride + 1;
+        for (uint32_t column = 0; column <= size; ++column) {
+            const uint32_t face =
+                facesPerPatch * patch +
+                faceTable[std::min(column, size - 1) + std::min(row, size - 1) * size];
+            Vector value;
+            ReadLayerValue(value, slice[*vertexTable++], face);
+            *cell++ = HWVector(value);
+        }
+    }
+}
+
+/// The neighbour's vertices one step in from the shared edge. An edge runs opposite ways in its two
+/// patches, so the walk is put in reversed.
+void SwiftStroke::ReadRingSide(const uint32_t* slice, uint32_t side, uint32_t neighbourSide) {
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t size = 1u << level;
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    const Vertex* vertices = mesh->vertices.array;
+    const Walk walk = NeighbourWalk(neighbourSide, size);
+    const RingSide ring = RingSideOf(side, gridStride);
+    const bool readsLayer = isSmooth && !affectAllLayers.Value() && layer != nullptr;
+    for (uint32_t i = 0; i <= size; ++i) {
+        const uint32_t vertex = slice[vertexTable[Along(walk.start, i, walk.step)]];
+        const uint32_t cell = Along(ring.start, size - i, ring.step);
+        positionGrid[cell] = PositionOf(vertices[vertex]);
+        if (readsLayer) {
+            Vector value;
+            ReadLayerValue(value, vertex, 0);
+            layerGrid[cell] = HWVector(value);
+        }
+    }
+}
+
+void SwiftStroke::RepeatOpenSide(uint32_t side) {
+    const uint32_t size = 1u << patchLevel;
+    const RingSide ring = RingSideOf(side, gridStride);
+    const bool layerToo = isSmooth && !affectAllLayers.Value();
+    for (uint32_t i = 0; i <= size; ++i) {
+        const uint32_t cell = Along(ring.start, i, ring.step);
+        const uint32_t edge = cell + static_cast<uint32_t>(ring.inward);
+        positionGrid[cell] = positionGrid[edge];
+        if (layerToo) layerGrid[cell] = layerGrid[edge];
+    }
+}
+
+void SwiftStroke::RingAverage(Vector& out, uint32_t vertex, uint32_t face) {
+    ringSum = Vector();
+    ringCount = 0;
+    // The vertex's own value first, then its neighbours'.
+    Operator(vertex, face);
+    mesh->EnumerateAdjacentVertices(this, vertex, face);
+    out = ringSum * (1.0f / static_cast<float>(ringCount));
+}
+
+void SwiftStroke::Operator(uint32_t vertex, uint32_t face) {
+    Vector value;
+    if (!affectAllLayers.Value() && layer != nullptr) {
+        ReadLayerValue(value, vertex, face);
+    } else {
+        const Vertex& v = mesh->vertices.array[vertex];
+        value = Vector(v.x, v.y, v.z);
+    }
+    ++ringCount;
+    // The first value starts the sum, so that a zero keeps its sign.
+    ringSum = ringCount == 1 ? value : ringSum + value;
+}
+
+void SwiftStroke::CorrectCorners(uint32_t patch, Vector (&saved)[8]) {
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t size = 1u << level;
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    const uint32_t* faceTable = SubdivisionLevel::QuadIndexTable(level).array;
+    const uint32_t* slice = PatchSlice(patch);
+    HWVector* grid = affectAllLayers.Value() ? positionGrid : layerGrid;
+    for (uint32_t i = 0; i < 4; ++i) {
+        const Corner corner = CornerOf(i, size, gridStride);
+        Vector mean;
+        RingAverage(mean, slice[vertexTable[corner.vertexIndex]],
+                    facesPerPatch * patch + faceTable[corner.faceCell]);
+        const HWVector kept =
+            (grid[corner.Inward(corner.dy)] + grid[corner.Inward(corner.dx)]) + grid[corner.cell];
+        HWVector& outwardY = grid[corner.Outward(corner.dy)];
+        HWVector& outwardX = grid[corner.Outward(corner.dx)];
+        saved[2 * i] = static_cast<Vector>(outwardY);
+        saved[2 * i + 1] = static_cast<Vector>(outwardX);
+        // The five cells around the corner now add up to five times the true mean.
+        outwardY = HWVector::Zero();
+        outwardX = HWVector(mean * 5.0f - static_cast<Vector>(kept));
+    }
+}
+
+void SwiftStroke::RestoreCorners(const Vector (&saved)[8]) {
+    for (uint32_t i = 0; i < 4; ++i) {
+        const Corner corner = CornerOf(i, 1u << patchLevel, gridStride);
+        positionGrid[corner.Outward(corner.dy)] = HWVector(saved[2 * i]);
+        positionGrid[corner.Outward(corner.dx)] = HWVector(saved[2 * i + 1]);
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "brush/Registration.h"
+#include "brush/SwiftStroke.h"
+#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/RecordLookup.h"
+
+namespace trovik {
+
+namespace {
+
+/// The word that holds the vertex's visit stamp: in its record, or in the vertex without one.
+uint32_t& StampWord(Mesh& mesh, uint32_t vertex) {
+    Vertex& v = mesh.vertices.array[vertex];
+    if (v.changeLink < mesh.changeRecordCount) {
+        StoredVertexInfo& record = mesh.changeRecords[v.changeLink];
+        if (record.vertexIndex == vertex) return record.visitStampWord;
+    }
+    return v.changeLink;
+}
+
+}  // namespace
+
+bool SwiftStroke::SamplePlaneVertex(uint32_t vertex) {
+    if (StampWord(*mesh, vertex) == mesh->visitStamp) return false;
+    return SamplePlaneVertexUnchecked(vertex);
+}
+
+bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
+    StampWord(*mesh, vertex) = mesh->visitStamp;
+
+    // Distances are measured on the surface as it was at first touch. This reader makes no record.
+    const MeshChange& change = *CurrentChange();
+    const Vertex& changed = change.mesh->vertices.array[vertex];
+    const StoredVertexInfo* record = FindRecord(change, vertex, changed.changeLink);
+    const Vector measured =
+        record != nullptr ? Vector(record->originalPosition[0], record->originalPosition[1],
+                                   record->originalPosition[2])
+                          : Vector(changed.x, changed.y, changed.z);
+    HWVector place(measured);
+    if (nonUniformScale) place = ToWorld(*brushSpace, place);
+    const HWVector toCenter = brushSpace->center - place;
+    const float distanceSquared = (toCenter | toCenter).First();
+    if (distanceSquared > radiusSquared) return false;
+
+    float weight = 1.0f;
+    if (useVertexWeightsForFlatten) weight = 1.0f - std::sqrt(distanceSquared) / radius;
+    PackedNormal normal;
+    Vector position;
+    if (useOriginalDataForFlatten) {
+        normal = record != nullptr ? record->originalNormal
+                                   : change.mesh->vertexNormals.array[vertex];
+        position = measured;
+    } else {
+        const Vertex& present = mesh->vertices.array[vertex];
+        normal = mesh->vertexNormals.array[vertex];
+        position = Vector(present.x, present.y, present.z);
+    }
+    planeSampleNormalSum += UnpackNormal(normal) * weight;
+    planeSamplePositionSum += position * weight;
+    planeSampleWeight += weight;
+    return true;
+}
+
+bool SwiftStroke::SamplePlanePatch(uint32_t patch) {
+    const TVCrashReporterFlag flag(4, 0x2000);
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t points = (1u << level) + 1;
+    const Store<uint32_t>& vertexTable = SubdivisionLevel::QuadVertexIndexTable(level);
+    const uint32_t* slice = PatchSlice(patch);
+    bool counted = false;
+    for (uint32_t i = 0; i < points * points; ++i) {
+        if (SamplePlaneVertex(slice[vertexTable.array[i]])) counted = true;
+    }
+    return counted;
+}
+
+}  // namespace trovik

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "kernels/VertexStep.h"
+
+namespace trovik {
+
+namespace {
+
+/// Record of the original data: position, auxiliary item, vertex index, freeze weight.
+struct OriginalDataRecord {
+    float position[3];
+    VertexAuxiliary auxiliary;
+    uint32_t vertexIndex;
+    float freezeWeight;
+};
+static_assert(sizeof(OriginalDataRecord) == 28);
+
+}  // namespace
+
+// Meshes without quads have no grid to run kernels on; the walk comes here vertex by vertex. The
+// same step runs with its switches as values.
+bool SwiftStroke::Tester(Mesh*, uint32_t vertex, uint32_t face) {
+    const TVCrashReporterFlag flag(4, 0x800);
+    if (planeSampling) return SamplePlaneVertex(vertex);
+
+    // Before all tests: the normal of a vertex out of reach changes with its neighbours.
+    deferredNormals.Append({face, vertex});
+    const bool mirroredStamp = WantsMirroredStampRead();
+    if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
+    if (useTessellator) RecordOriginalData(vertex);
+
+    KernelSwitches switches = DabSwitches();
+    switches.withoutRadius = false;
+    switches.alongVertexNormal =
+        isSmooth ? affectAllLayers.Value() || layer == nullptr : followVertexNormal;
+    switches.withFreeze = meshHasFreeze;
+    switches.notifyPerVertex = true;
+    const RunTimeSwitches sw(switches, false);
+    DabConstants dab(*this, mirroredStamp);
+    const bool reached = StepVertex(sw, dab, {vertex, face, 0});
+    dab.StoreBounds();
+    return reached;
+}
+
+void SwiftStroke::RecordOriginalData(uint32_t vertex) {
+    if (originalData == nullptr || vertex >= originalData->vertexLimit) return;
+    OriginalData& data = *originalData;
+    if (data.recordOfVertex[vertex] != -1) return;
+    const uint32_t index = data.recordCount;
+    const uint32_t page = index >> data.pageShift;
+    if (data.recordCount + 1 > data.recordCount) ++data.recordCount;
+    while (page >= data.pages.fill) {
+        data.pages.Append(Block::AlignedAlloc(
+            static_cast<uint64_t>(data.recordsPerPage) * sizeof(OriginalDataRecord),
+            data.pageAlignment));
+    }
+    const Vertex& v = data.sourceMesh->vertices[vertex];
+    auto* records = static_cast<OriginalDataRecord*>(data.pages[page]);
+    OriginalDataRecord& record = records[index & data.pageMask];
+    record.position[0] = v.x;
+    record.position[1] = v.y;
+    record.position[2] = v.z;
+    record.auxiliary = data.sourceMesh->vertexAuxiliary[vertex];
+    record.vertexIndex = vertex;
+    record.freezeWeight = static_cast<float>(v.freeze & freezeAmountMask) * freezeAmountToWeight;
+    data.recordOfVertex[vertex] = static_cast<int32_t>(data.recordCount - 1);
+}
+
+}  // namespace trovik
