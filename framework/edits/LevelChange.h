@@ -1,12 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/edits/SculptLayer.h"
 #include "framework/edits/UndoHistory.h"
 #include "framework/levels/LevelMesh.h"
 
+#include <memory>
+#include <vector>
+
 namespace trovik {
 
+class StrokeStep;
+
 /// The change of a LevelMesh: the records of a stroke, and on Finish one step of the undo history.
+///
+/// A stroke that leaves a mesh and comes back holds two changes of it. Only the later one is
+/// linked; what the earlier one did is taken down when it is unlinked, so that the two steps undo
+/// one after the other to the bit, also where the second brought a vertex back.
 class TROVIK_API LevelChange : public MeshChange {
 public:
     /// Opens and links the change. A change still open on the level is unlinked first.
@@ -16,7 +26,11 @@ public:
 
     /// Puts visitStampWord back into the changeLink of every vertex whose link still names its
     /// record, and pushes the step: for each touched vertex the position, normal and layer offset
-    /// before the stroke. Vertices that ended with the bits they had are left out.
+    /// before the stroke. Vertices that ended with the bits they had are left out; a change without
+    /// any other pushes nothing.
+    ///
+    /// Finish without `joinPrevious` begins a stroke in the eyes of the histories: steps of further
+    /// meshes join only steps of that stroke, each in the history of its own geometry.
     void Finish(bool keepTopology, bool joinPrevious) override;
 
     /// Puts the stamps back; the records stay for undo. The change is no longer the level's open
@@ -26,15 +40,29 @@ public:
     const Store<StoredVertexInfo>& Records() const { return recordStore; }
 
 protected:
+    /// Slot of the vertex in the layer that was active when the change was opened; noSlot without
+    /// one.
     uint32_t ReserveLayerSlot(uint32_t vertex) override;
 
 private:
+    friend class StrokeStep;
+    /// What the layer knew of a vertex when record `record` was made.
+    struct LayerBefore {
+        uint32_t record;
+        SculptLayer::State state;
+    };
+    void RestoreStamps();
+
     LevelMesh* level;
     Store<StoredVertexInfo> recordStore;
-    /// Layer offset at first touch, by record; only for records that hold a slot.
-    std::vector<Vector> offsetsBefore;
-    SculptLayer* layer;
-    bool linked = false;
+    /// In the order of the records; only for records that hold a slot.
+    std::vector<LayerBefore> layerBefore;
+    /// Layer of the stroke, which may be deleted before the change is; null without one.
+    std::shared_ptr<SculptLayer*> layer;
+    float layerStrength = 0.0f;
+    /// Made when the change is unlinked; null when nothing changed.
+    std::unique_ptr<StrokeStep> step;
+    bool linked = true;
     bool finished = false;
 };
 

@@ -3,8 +3,8 @@
 
 #include "framework/levels/LevelMesh.h"
 
+#include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace trovik {
@@ -12,13 +12,31 @@ namespace trovik {
 /// A sculpt layer of one level: offsets for touched vertices only. The composite position of a
 /// vertex is rest + strength x offset, rest being the position without this layer; it is kept
 /// beside the offset, so that turning the layer away and back gives the same bits.
+///
+/// A vertex may also be moved past its layer: by a stroke without or with another active layer, or
+/// by a change carried up from a coarser level. The layer notices at its next access (the position
+/// is not the one that it wrote) and takes the difference into the rest.
+///
+/// Memory follows the touched vertices: 40 bytes each, and 4 KiB for each run of 1024 vertices that
+/// holds one.
 class TROVIK_API SculptLayer : public trovik::Layer {
 public:
+    /// Borrows the level, which must outlive the layer.
     SculptLayer(LevelMesh* level, const std::string& name);
+    /// The level then has no active layer if it was this one. Positions stay.
     ~SculptLayer() override;
+    SculptLayer(const SculptLayer&) = delete;
+    SculptLayer& operator=(const SculptLayer&) = delete;
 
+    /// The zero vector for a slot that is not there.
     Vector* get(Vector* out, uint32_t layerSlot) const override;
-    void set(Vector* out, uint32_t layerSlot, uint32_t vertex, const Vector* offset,
+    /// Per component rest + strength * offset, in that order. `out` receives that position with or
+    /// without `updateComposite`. A slot that is not there is looked up by `vertex`, and made at
+    /// need. Writable is for the caller to ask.
+    void set(Vector* out,
+             uint32_t layerSlot,
+             uint32_t vertex,
+             const Vector* offset,
              bool updateComposite) override;
     bool Writable() const override { return writable; }
 
@@ -41,18 +59,41 @@ public:
     const std::string& Name() const { return name; }
     LevelMesh* Level() const { return level; }
 
-private:
-    struct Entry {
-        uint32_t vertex;
+    /// All that the layer knows of a vertex.
+    struct State {
         Vector rest;
         Vector offset;
+        /// The vertex's position when the layer last saw it.
+        Vector seen;
     };
+    const State& StateOfSlot(uint32_t slot) const { return entries[slot].state; }
+    /// Exchanges the slot's state with `state`; the mesh stays as it is.
+    void SwapState(uint32_t slot, State& state);
+    /// Brings the composite of one vertex up to date with the strength.
+    void Compose(uint32_t slot);
+    /// Points at this layer while it lives, and at null afterwards: for who may outlive it.
+    const std::shared_ptr<SculptLayer*>& Handle() const { return handle; }
+    /// Bytes held for the touched vertices.
+    uint64_t Bytes() const;
+
+private:
+    static constexpr uint32_t pageBits = 10;
+    static constexpr uint32_t pageSize = 1u << pageBits;
+    struct Entry {
+        uint32_t vertex;
+        State state;
+    };
+    Vector PresentRest(const Entry& entry) const;
+    void TakeForeignMove(Entry& entry);
+
     LevelMesh* level;
     std::string name;
     float strength = 1.0f;
     bool writable = true;
     std::vector<Entry> entries;
-    std::unordered_map<uint32_t, uint32_t> slotOfVertex;
+    /// Slot by vertex, in pages that are made when a vertex of theirs is touched.
+    std::vector<std::unique_ptr<uint32_t[]>> slotPages;
+    std::shared_ptr<SculptLayer*> handle;
 };
 
 }  // namespace trovik

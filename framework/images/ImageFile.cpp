@@ -106,8 +106,10 @@ void ReadRows(OIIO::ImageInput& input,
                                    block.data())
                 : input.read_scanlines(
                       0, 0, first, last, spec.z, 0, spec.nchannels, type, block.data());
-        if (!done) {
-            ThrowImageError("read", path, input.geterror());
+        // Some formats fill in zeros for what they cannot read, and call that done.
+        std::string error = input.geterror();
+        if (!done || !error.empty()) {
+            ThrowImageError("read", path, std::move(error));
         }
         std::transform(block.begin(),
                        block.begin() + static_cast<std::ptrdiff_t>(rows * rowValues),
@@ -170,6 +172,8 @@ FloatImage ReadImageFile(const std::string& path, std::size_t maxBytes) {
     if (!input) {
         ThrowImageError("read", path, OIIO::geterror());
     }
+    // Errors are kept by thread, and those of helping threads would be lost.
+    input->threads(1);
     const OIIO::ImageSpec spec = input->spec();
     CheckSize(path, spec, maxBytes);
 
@@ -179,9 +183,8 @@ FloatImage ReadImageFile(const std::string& path, std::size_t maxBytes) {
     image.channels = static_cast<std::uint32_t>(spec.nchannels);
     image.pixels.resize(std::size_t{image.width} * image.height * image.channels);
     // Channels of several types, as EXR has them, are read as the floats that hold them all.
-    const auto baseType = static_cast<OIIO::TypeDesc::BASETYPE>(
-        spec.channelformats.empty() ? spec.format.basetype : OIIO::TypeDesc::FLOAT);
-    switch (baseType) {
+    const OIIO::TypeDesc type = spec.channelformats.empty() ? spec.format : OIIO::TypeFloat;
+    switch (type.basetype) {
         case OIIO::TypeDesc::UINT8:
             ReadRows<std::uint8_t>(*input, OIIO::TypeUInt8, path, image);
             break;

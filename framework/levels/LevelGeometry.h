@@ -60,6 +60,13 @@ public:
     UndoHistory& History() { return history; }
 
 private:
+    static void CarryFreeze(LevelMesh& coarse, LevelMesh& fine);
+    static void RefreshNormalsAround(LevelMesh& level, const std::vector<uint32_t>& vertices);
+    /// Takes down what the level above knows of level `index`, before it can change.
+    void KeepSeen(uint32_t index);
+    /// Brings level `index` + 1 up to date with what was changed below it.
+    Moved CarryUp(uint32_t index);
+
     std::vector<std::unique_ptr<LevelMesh>> levels;
     uint32_t bound = 0;
     Placement placement;

@@ -99,10 +99,20 @@ public:
     /// Vertices handed to the visitor's Tester in the last EnumerateVertices, in order.
     const std::vector<FaceVisit>& LastVertexWalk() const { return lastVertexWalk; }
 
+    /// The same for some vertices only; gives the bits that ComputeNormals would.
+    void ComputeNormalsOf(const std::vector<uint32_t>& which);
+    /// Appends the faces around a vertex, turning from `face`, which must hold it.
+    void FacesAround(uint32_t vertex, uint32_t face, std::vector<uint32_t>& faces);
+
 private:
     friend class LevelGeometry;
     friend class LevelRefiner;
-    LevelMesh(LevelGeometry* owner, int index);
+    LevelMesh(LevelGeometry* geometry, int number);
+    void AllocateFaces(uint32_t faces, int32_t type);
+    void AllocateVertices(uint32_t count);
+    /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
+    template <typename Report>
+    uint32_t ForEachAdjacent(uint32_t vertex, uint32_t face, Report report);
 
     LevelGeometry* owner;
     int index;
@@ -126,6 +136,7 @@ private:
     std::vector<FaceVisit> lastFaceWalk;
     std::vector<FaceVisit> lastVertexWalk;
     std::vector<uint32_t> walkQueue;
+    bool walking = false;
 };
 
 }  // namespace trovik

@@ -249,8 +249,12 @@ public:
 protected:
     AlternateBehaviorRecord alternateBehavior;
 
-private:
+public:
     struct Private;
+
+private:
+    /// Reads or writes the settings that belong to one tool.
+    void TransferToolSettings(Stream& stream);
     std::unique_ptr<Private> d;
     MirrorConfiguration mirrorConfig;
     Vector previousPatchPosition;

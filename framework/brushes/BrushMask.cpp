@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// The brush's masks: -1 is its stamp, 1 the mirrored read of it.
+#include "framework/brushes/BrushSettings.h"
+
+namespace trovik {
+
+namespace {
+
+constexpr int stampMask = -1;
+constexpr int mirroredStampMask = 1;
+
+/// Stands for no image.
+class EmptyImage : public Image {
+public:
+    uint32_t Width() const override { return 0; }
+    uint32_t Height() const override { return 0; }
+    int ImageKind() const override { return 0; }
+    void getTile(int, int, int, int, void*, const PixelDescriptor*) override {}
+};
+
+Image* NoImage() {
+    static EmptyImage image;
+    return &image;
+}
+
+}  // namespace
+
+bool BrushOperation::IsMaskEnabled(int mask) const {
+    if (mask == stampMask) return d->stamp.enabled;
+    return mask == mirroredStampMask && d->mirroredStampRead;
+}
+Image* BrushOperation::MaskImage(int mask) const {
+    const bool has = mask == stampMask && d->stampImage != nullptr;
+    return has ? d->stampImage.get() : NoImage();
+}
+Matrix BrushOperation::MaskMatrix(int) const { return d->stampMatrix; }
+bool BrushOperation::IsMaskInverted(int mask) const {
+    return mask == stampMask && d->stampInverted;
+}
+float BrushOperation::MaskFactor(int mask) const {
+    return mask == stampMask ? d->stampFactor : 1.0f;
+}
+bool BrushOperation::IsMaskTiled(int mask) const { return mask == stampMask && d->stampTiled; }
+QString BrushOperation::MaskName(int mask) const {
+    return mask == stampMask ? d->stampName : QString();
+}
+bool BrushOperation::MaskBuildUp(int mask) const { return mask == stampMask && d->stampBuildUp; }
+Image* BrushOperation::MaskOpacityImage(int) const { return NoImage(); }
+float BrushOperation::MaskOffset(int mask) const {
+    return mask == stampMask ? d->stampOffset : 0.0f;
+}
+
+void BrushOperation::OnMaskChanged(int mask) {
+    if (mask != stampMask) return;
+    if (d->stampName != d->stamp.path) d->stampImage.reset();
+    d->stampName = d->stamp.path;
+}
+
+void BrushOperation::SetStamp(bool enabled, const QString& path) {
+    d->stamp.enabled = enabled;
+    d->stamp.path = path;
+    OnMaskChanged(stampMask);
+}
+
+void BrushOperation::SetStampConfig(StampConfiguration& config) {
+    d->stamp = config;
+    OnMaskChanged(stampMask);
+}
+
+bool BrushOperation::UsesStampRandomize() const { return d->stamp.randomize; }
+void BrushOperation::SetStampRandomize(bool on) { d->stamp.randomize = on; }
+void BrushOperation::SetStampSizingMode(int) {}
+
+}  // namespace trovik

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Store.h"
+
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// Names of the falloff curves, by index. 2, "smooth", is what most tools start with; 7,
+/// "plateau", is Imprint's.
+TROVIK_API const std::vector<std::string>& FalloffNames();
+/// \return -1 for an unknown name.
+TROVIK_API int FalloffIndexOf(const std::string& name);
+
+/// Samples per curve.
+inline constexpr unsigned falloffSampleCount = 256;
+
+/// Value of a curve at distance x, 0 at the centre to 1 at the rim. Additions, multiplications and
+/// square roots only, so that every machine makes the same table.
+TROVIK_API float FalloffValue(int index, float x);
+
+/// Fills `samples` with the curve, centre first. An index beyond the table takes "smooth".
+TROVIK_API void FillFalloff(Store<float>& samples, int index);
+/// Fills `samples` with values of the user's own.
+TROVIK_API void FillFalloff(Store<float>& samples, const std::vector<float>& values);
+
+}  // namespace trovik

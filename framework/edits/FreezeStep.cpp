@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/Steps.h"
+
+#include <cassert>
+
+namespace trovik {
+
+namespace {
+
+/// The other freeze amount of some vertices of a level, which need not be bound.
+class FreezeStep : public UndoStep {
+public:
+    explicit FreezeStep(uint32_t ofLevel) : level(ofLevel) { label = "Freeze"; }
+
+    void Apply(LevelGeometry& geometry) override {
+        LevelMesh& mesh = *geometry.Level(level);
+        for (std::size_t i = 0; i < vertices.size(); ++i) {
+            const uint8_t amount = mesh.Freeze(vertices[i]);
+            mesh.SetFreeze(vertices[i], amounts[i]);
+            amounts[i] = amount;
+        }
+        mesh.ContentChanged();
+    }
+
+    uint64_t Bytes() const override {
+        return sizeof(FreezeStep) + vertices.capacity() * sizeof(uint32_t) + amounts.capacity();
+    }
+
+    uint32_t level;
+    std::vector<uint32_t> vertices;
+    std::vector<uint8_t> amounts;
+};
+
+}  // namespace
+
+std::vector<uint8_t> FreezeAmounts(const LevelMesh& level) {
+    std::vector<uint8_t> amounts(level.VertexCount());
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) amounts[v] = level.Freeze(v);
+    return amounts;
+}
+
+std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
+                                         const std::vector<uint8_t>& amountsBefore) {
+    assert(amountsBefore.size() == level.VertexCount());
+    auto step = std::make_unique<FreezeStep>(static_cast<uint32_t>(level.Index()));
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        if (level.Freeze(v) == amountsBefore[v]) continue;
+        step->vertices.push_back(v);
+        step->amounts.push_back(amountsBefore[v]);
+    }
+    if (step->vertices.empty()) return nullptr;
+    step->vertices.shrink_to_fit();
+    step->amounts.shrink_to_fit();
+    return step;
+}
+
+}  // namespace trovik

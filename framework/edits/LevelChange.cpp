@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/LevelChange.h"
+
+#include "framework/edits/StrokeStep.h"
+#include "framework/levels/LevelGeometry.h"
+
+#include <cassert>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Counts the strokes of all geometries, so that no step joins one of an earlier stroke. Touched on
+/// the host's main thread only, as every change is.
+uint64_t currentStroke = 1;
+
+}  // namespace
+
+LevelChange::LevelChange(LevelMesh* ofLevel)
+    : MeshChange(ofLevel), level(ofLevel), recordStore("mesh change records") {
+    records = &recordStore;
+    recordCount = &recordStore.fill;
+    if (const SculptLayer* active = level->ActiveLayer()) {
+        layer = active->Handle();
+        layerStrength = active->Strength();
+    }
+    if (LevelChange* open = level->OpenChange()) open->Unlink();
+    level->SetOpenChange(this);
+    level->changeRecords = nullptr;
+    level->changeRecordCount = 0;
+}
+
+LevelChange::~LevelChange() {
+    if (linked) RestoreStamps();
+}
+
+void LevelChange::Finish(bool /*keepTopology*/, bool joinPrevious) {
+    assert(!finished && "a change is finished once");
+    if (linked) Unlink();
+    finished = true;
+    if (!joinPrevious) ++currentStroke;
+    if (step == nullptr) return;
+    UndoHistory& history = level->Owner()->History();
+    step->label = history.NextLabel();
+    history.PushOfStroke(std::move(step), currentStroke);
+}
+
+void LevelChange::Unlink() {
+    if (!linked) return;
+    RestoreStamps();
+    step = StrokeStep::FromChange(*this);
+}
+
+uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {
+    SculptLayer* active = layer == nullptr ? nullptr : *layer;
+    if (active == nullptr) return SculptLayer::noSlot;
+    const uint32_t slot = active->SlotOf(vertex);
+    layerBefore.push_back({recordStore.fill, active->StateOfSlot(slot)});
+    return slot;
+}
+
+void LevelChange::RestoreStamps() {
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        Vertex& vertex = level->vertices.array[record.vertexIndex];
+        if (vertex.changeLink == i) vertex.changeLink = record.visitStampWord;
+    }
+    linked = false;
+    if (level->OpenChange() != this) return;
+    level->SetOpenChange(nullptr);
+    level->changeRecords = nullptr;
+    level->changeRecordCount = 0;
+}
+
+}  // namespace trovik

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/files/PolygonMesh.h"
+#include "host/Store.h"
+
+namespace trovik {
+
+/// Polygons as level 0 can hold them: all quads or all triangles. Other faces are split by one
+/// Catmull-Clark step: face f of n corners gives n quads in a row, quad k having as corners corner
+/// k, the point on edge k, the face point, the point on edge k - 1.
+PolygonMesh ToUniformFaces(const PolygonMesh& polygons);
+
+/// Across each side of each face the neighbour as face * 4 + side, or openBorder. An edge that is
+/// not shared by exactly two faces in opposite senses is open.
+void FindNeighbours(const Store<uint32_t>& faceVertexIndices, uint32_t faceCount, uint32_t corners,
+                    Store<uint32_t>& neighbours);
+
+}  // namespace trovik

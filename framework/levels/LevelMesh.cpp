@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/levels/LevelMesh.h"
+
+#include "framework/edits/LevelChange.h"
+#include "framework/edits/SculptLayer.h"
+#include "framework/levels/LevelGeometry.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+LevelMesh::LevelMesh(LevelGeometry* geometry, int number) : owner(geometry), index(number) {}
+LevelMesh::~LevelMesh() = default;
+
+void LevelMesh::AllocateFaces(uint32_t faces, int32_t type) {
+    meshType = type;
+    faceCount = faces;
+    faceVertexIndices.SetFill(faces * CornersPerFace(), false);
+    faceFlagStore.SetFill(faces, false);
+    std::fill_n(faceFlagStore.array, faces, faceIsLive);
+    faceFlags = faceFlagStore.array;
+    faceWalkStamps.SetFill(faces, false);
+    std::fill_n(faceWalkStamps.array, faces, 0u);
+}
+
+void LevelMesh::AllocateVertices(uint32_t count) {
+    vertexCount = count;
+    vertices.SetFill(count, false);
+    std::fill_n(vertices.array, count, Vertex{});
+}
+
+MeshChange* LevelMesh::StartChange() { return new LevelChange(this); }
+
+int32_t LevelMesh::MirrorVertex(uint32_t, uint32_t, uint32_t*, uint32_t*) { return -1; }
+trovik::Geometry* LevelMesh::Geometry() { return owner; }
+int LevelMesh::Index() const { return index; }
+int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 ? 1 : 0; }
+trovik::Layer* LevelMesh::Layer() { return activeLayer; }
+
+bool LevelMesh::Lock(MeshUnlocker* unlocker) {
+    if (!lockable) return false;
+    if (lockHolder != nullptr && lockHolder != unlocker && !lockHolder->IsStrokeFree())
+        return false;
+    lockHolder = unlocker;
+    return true;
+}
+
+void LevelMesh::Unlock() { lockHolder = nullptr; }
+
+void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
+    uint8_t& byte = vertices.array[vertex].freeze;
+    const uint8_t before = byte & freezeAmountMask;
+    const uint8_t after = std::min(amount, freezeAmountMask);
+    if (before == 0 && after != 0) ++frozenVertexCount;
+    if (before != 0 && after == 0) --frozenVertexCount;
+    byte = static_cast<uint8_t>((byte & ~freezeAmountMask) | after);
+}
+
+}  // namespace trovik

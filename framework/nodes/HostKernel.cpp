@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/nodes/HostKernel.h"
+
+namespace trovik {
+
+HostKernel::HostKernel() { g_pKernel = this; }
+
+HostKernel& HostKernel::Instance() {
+    // Never destroyed: brushes with static lifetime open their guards up to the very end.
+    static auto* kernel = new HostKernel;
+    return *kernel;
+}
+
+void HostKernel::HUDMessageShow(const QString& text, HUDMessageType) {
+    messages.push_back(text.toStdString());
+    if (listener) listener(messages.back());
+}
+
+// A host without panels has no layer panel to switch.
+void HostKernel::ActivateLayerSystem(LayerUIType) {}
+
+}  // namespace trovik

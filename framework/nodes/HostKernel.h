@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/nodes/HostScene.h"
+#include "host/Kernel.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// The kernel of a host without windows: messages are kept and handed on as text.
+class TROVIK_API HostKernel : public Kernel, private Interface {
+public:
+    /// The one instance, made at first use and reachable as g_pKernel from then on.
+    static HostKernel& Instance();
+
+    trovik::Interface* Interface() override { return this; }
+    HostScene* Scene() override { return &scene; }
+    bool IsTestModeOn() const override { return testMode; }
+
+    void SetTestMode(bool on) { testMode = on; }
+    /// Messages shown since the last clearing.
+    const std::vector<std::string>& HUDMessages() const { return messages; }
+    void ClearHUDMessages() { messages.clear(); }
+    /// Called with each message as it is shown; null for nobody.
+    void SetHUDListener(std::function<void(const std::string&)> newListener) {
+        listener = std::move(newListener);
+    }
+
+private:
+    HostKernel();
+    void HUDMessageShow(const QString& text, HUDMessageType type) override;
+    void ActivateLayerSystem(LayerUIType type) override;
+
+    HostScene scene;
+    bool testMode = false;
+    std::vector<std::string> messages;
+    std::function<void(const std::string&)> listener;
+};
+
+}  // namespace trovik

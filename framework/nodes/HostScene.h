@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/levels/Placement.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace trovik {
+
+/// A viewer with a place of its own; it looks along its local -z axis with +y up.
+class HostCamera : public Camera {
+public:
+    trovik::Transformation* Transformation() const override {
+        return const_cast<Placement*>(&placement);
+    }
+    Placement& Place() { return placement; }
+
+private:
+    Placement placement;
+};
+
+/// The geometries at hand, borrowed, and the active camera, never null.
+class HostScene : public Scene {
+public:
+    unsigned GeometryCount() const override { return static_cast<unsigned>(geometries.size()); }
+    Geometry* GeometryAt(unsigned index) const override { return geometries[index]; }
+    /// Null brings the scene's own camera back.
+    void SetActiveCamera(Camera* camera) override {
+        active = camera == nullptr ? &ownCamera : camera;
+    }
+    Camera* ActiveCamera() const override { return active; }
+
+    HostCamera& OwnCamera() { return ownCamera; }
+    void AddGeometry(Geometry* geometry) { geometries.push_back(geometry); }
+    void RemoveGeometry(Geometry* geometry) { std::erase(geometries, geometry); }
+
+private:
+    std::vector<Geometry*> geometries;
+    HostCamera ownCamera;
+    Camera* active = &ownCamera;
+};
+
+}  // namespace trovik

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/plugins/PluginLoader.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/nodes/HostKernel.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+#include <sstream>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* pathVariable = "TROVIK_PLUGIN_PATH";
+
+}  // namespace
+
+std::vector<std::string> PluginFolders() {
+    std::vector<std::string> folders;
+    if (const char* path = std::getenv(pathVariable); path != nullptr && *path != '\0') {
+        std::istringstream parts(path);
+        for (std::string folder; std::getline(parts, folder, ':');)
+            if (!folder.empty()) folders.push_back(folder);
+        return folders;
+    }
+    std::error_code failed;
+    const fs::path program = fs::read_symlink("/proc/self/exe", failed);
+    if (failed) return folders;
+    for (const char* relative :
+         {TROVIK_INSTALLED_PLUGIN_DIR_FROM_BIN, TROVIK_BUILD_PLUGIN_DIR_FROM_BIN}) {
+        const fs::path folder = (program.parent_path() / relative).lexically_normal();
+        if (fs::is_directory(folder, failed)) folders.push_back(folder.string());
+    }
+    return folders;
+}
+
+void LoadPlugin(const std::string& path, bool initialise) {
+    static std::set<std::string> opened;
+    std::error_code failed;
+    const fs::path canonical = fs::canonical(path, failed);
+    if (failed) throw HostError(path + ": cannot open the plug-in: " + failed.message());
+    if (!opened.count(canonical.string())) {
+        // Plug-ins reach the kernel while their static objects are made.
+        HostKernel::Instance();
+        if (dlopen(canonical.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr)
+            throw HostError(path + ": cannot open the plug-in: " + dlerror());
+        opened.insert(canonical.string());
+    }
+    if (!initialise) return;
+    for (unsigned i = 0; i < Plugin::Count(); ++i) Plugin::At(i)->Initialise();
+}
+
+void LoadPlugins() {
+    for (const std::string& folder : PluginFolders()) {
+        std::error_code failed;
+        std::vector<std::string> files;
+        for (const auto& entry : fs::directory_iterator(folder, failed))
+            if (entry.path().extension() == ".so") files.push_back(entry.path().string());
+        if (failed) throw HostError(folder + ": cannot read the plug-in folder: " + failed.message());
+        std::sort(files.begin(), files.end());
+        for (const std::string& file : files) LoadPlugin(file);
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/scene/SceneStream.h"
+
+#include <bit>
+#include <cstring>
+
+namespace trovik {
+
+static_assert(std::endian::native == std::endian::little,
+              "scene files are little-endian and are moved as they stand");
+
+namespace {
+
+constexpr char magic[8] = {'T', 'R', 'O', 'V', 'I', 'K', 'S', 'C'};
+
+[[noreturn]] void Fail(const QString& reason, int line) {
+    throw(new Error(QString(), Error::InvalidUse, "SceneStream", __FILE__, line))->Format(reason);
+}
+
+}  // namespace
+
+SceneStream::SceneStream(uint32_t formatNumber) : storing(true), format(formatNumber) {
+    for (unsigned i = 0; i < ClassDesc::Count(); ++i) {
+        const ClassDesc* desc = ClassDesc::At(i);
+        versions[desc->Name().toStdString()] = desc->Version();
+    }
+}
+
+SceneStream::SceneStream(std::vector<uint8_t> bytes)
+    : storing(false), format(0), data(std::move(bytes)) {
+    char found[8] = {};
+    if (data.size() < sizeof(magic)) Fail(QStringLiteral("not a scene: shorter than its header"),
+                                          __LINE__);
+    ReadElements(found, 1, sizeof(found));
+    if (std::memcmp(found, magic, sizeof(magic)) != 0)
+        Fail(QStringLiteral("not a scene: the first eight bytes are not TROVIKSC"), __LINE__);
+    Transfer(format);
+    uint32_t classes = 0;
+    Transfer(classes);
+    for (uint32_t i = 0; i < classes; ++i) {
+        QString name;
+        int32_t version = 0;
+        Stream::Transfer(name);
+        Transfer(version);
+        versions[name.toStdString()] = version;
+    }
+}
+
+void SceneStream::SetClassVersion(const ClassDesc* classDesc, int version) {
+    versions[classDesc->Name().toStdString()] = version;
+}
+
+std::vector<uint8_t> SceneStream::ToBytes() const {
+    SceneStream header(format);
+    header.WriteElements(magic, 1, sizeof(magic));
+    uint32_t value = format;
+    header.Transfer(value);
+    auto classes = static_cast<uint32_t>(versions.size());
+    header.Transfer(classes);
+    for (const auto& [name, version] : versions) {
+        QString text = QString::fromStdString(name);
+        int32_t number = version;
+        static_cast<Stream&>(header).Transfer(text);
+        header.Transfer(number);
+    }
+    std::vector<uint8_t> bytes = std::move(header.data);
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return bytes;
+}
+
+int SceneStream::ClassVersion(const ClassDesc* classDesc) const {
+    const auto found = versions.find(classDesc->Name().toStdString());
+    return found == versions.end() ? 0 : found->second;
+}
+
+void SceneStream::ReadElements(void* elements, uint32_t elementSize, uint64_t count) {
+    const uint64_t left = Remaining();
+    if (elementSize != 0 && count > left / elementSize) {
+        Fail(QStringLiteral("the scene ends at byte %1, where %2 more bytes were expected")
+                 .arg(data.size())
+                 .arg(static_cast<double>(count) * elementSize - static_cast<double>(left), 0,
+                      'f', 0),
+             __LINE__);
+    }
+    const std::size_t bytes = static_cast<std::size_t>(count) * elementSize;
+    if (bytes != 0) std::memcpy(elements, data.data() + position, bytes);
+    position += bytes;
+}
+
+void SceneStream::WriteElements(const void* elements, uint32_t elementSize, uint64_t count) {
+    const auto* bytes = static_cast<const uint8_t*>(elements);
+    data.insert(data.end(), bytes, bytes + static_cast<std::size_t>(count) * elementSize);
+}
+
+void SceneStream::ReadStore(Store<uint32_t>& store) {
+    uint32_t count = 0;
+    Transfer(count);
+    if (count > Remaining() / sizeof(uint32_t)) {
+        Fail(QStringLiteral("an array of %1 entries does not fit into the %2 bytes left")
+                 .arg(count)
+                 .arg(Remaining()),
+             __LINE__);
+    }
+    store.Clear();
+    if (count == 0) return;
+    if (!store.SetFill(count, false)) throw Error::s_cBadAlloc;
+    ReadElements(store.array, sizeof(uint32_t), count);
+}
+
+void SceneStream::WriteStore(const Store<uint32_t>& store) {
+    uint32_t count = store.fill;
+    Transfer(count);
+    WriteElements(store.array, sizeof(uint32_t), count);
+}
+
+}  // namespace trovik

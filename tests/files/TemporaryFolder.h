@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace trovik {
+
+/// An empty folder of its own, removed at the end of the scope.
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "trovik-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("cannot make a temporary folder");
+        }
+        folder = pattern;
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    std::string Path(std::string_view name) const { return (folder / name).string(); }
+
+    /// Writes a file of this content; \return its path.
+    std::string Fill(std::string_view name, std::string_view content) const {
+        std::ofstream(Path(name), std::ios::binary) << content;
+        return Path(name);
+    }
+
+    std::size_t FileCount() const {
+        return static_cast<std::size_t>(
+            std::distance(std::filesystem::directory_iterator(folder), {}));
+    }
+
+    static std::string Content(const std::string& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+private:
+    std::filesystem::path folder;
+};
+
+/// The message of the HostError that `action` throws; a failure and empty where it throws none.
+template <class Error, class Action>
+std::string MessageOf(const Action& action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.what();
+    }
+    ADD_FAILURE() << "nothing was refused";
+    return {};
+}
+
+}  // namespace trovik
