@@ -85,8 +85,8 @@ QString BrushOperation::Falloff() const {
     return QString::fromStdString(
         FalloffNames()[static_cast<std::size_t>(d->falloffIndex)]);
 }
-void BrushOperation::SetFalloff(const QString& name) {
-    const int index = FalloffIndexOf(name.toStdString());
+void BrushOperation::SetFalloff(const QString& curve) {
+    const int index = FalloffIndexOf(curve.toStdString());
     if (index >= 0) SetFalloffIndex(index);
 }
 const Store<float>& BrushOperation::FalloffData() const { return d->falloffSamples; }

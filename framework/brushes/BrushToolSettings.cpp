@@ -7,10 +7,10 @@
 
 namespace trovik {
 
-bool BrushOperation::SetActiveConfiguration(const QString& name) {
+bool BrushOperation::SetActiveConfiguration(const QString& tool) {
     for (uint32_t i = 0; i < ConfigurationCount(); ++i) {
         BrushConfiguration* row = Configuration(i);
-        if (row->Name() == name && row->BrushClass() == RuntimeClass()) {
+        if (row->Name() == tool && row->BrushClass() == RuntimeClass()) {
             SetActiveConfiguration(row);
             return true;
         }

@@ -72,17 +72,17 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
             neighbour = base.baseNeighbours.array[face * base.CornersPerFace() + side];
             break;
         }
-        const uint32_t children = level == 1 && triangleBase ? 3 : 4;
-        const uint32_t parent = face / children;
-        const uint32_t child = face % children;
+        const uint32_t childCount = level == 1 && triangleBase ? 3 : 4;
+        const uint32_t above = face / childCount;
+        const uint32_t child = face % childCount;
         const ChildSide place =
-            children == 3 ? TriangleChildSide(child, side) : QuadChildSide(child, side);
+            childCount == 3 ? TriangleChildSide(child, side) : QuadChildSide(child, side);
         if (place.inside) {
-            neighbour = (parent * children + place.sibling) * 4 + place.siblingSide;
+            neighbour = (above * childCount + place.sibling) * 4 + place.siblingSide;
             break;
         }
         halves = halves << 1 | (place.firstHalf ? 1u : 0u);
-        face = parent;
+        face = above;
         side = place.parentSide;
         --level;
     }
@@ -122,9 +122,9 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
     } else {
         // New vertices are numbered face by face of the level below, a face's point last.
         const LevelMesh& born = *owner->Level(level);
-        const uint32_t children = level == 1 && triangleBase ? 3 : 4;
-        const auto facePoint = [&born, children](uint32_t parent) {
-            return born.faceVertexIndices.array[parent * children * 4 + 2];
+        const uint32_t childCount = level == 1 && triangleBase ? 3 : 4;
+        const auto facePoint = [&born, childCount](uint32_t above) {
+            return born.faceVertexIndices.array[above * childCount * 4 + 2];
         };
         uint32_t low = 0;
         uint32_t high = owner->Level(level - 1)->faceCount - 1;
@@ -135,13 +135,13 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
             else
                 high = middle;
         }
-        face = low * children;
+        face = low * childCount;
         while (born.CornerOf(face, vertex) < 0) ++face;
     }
     // Upwards a corner of a face belongs to the child at that corner.
     for (; level < static_cast<uint32_t>(index); ++level) {
-        const uint32_t children = level == 0 && triangleBase ? 3 : 4;
-        face = face * children +
+        const uint32_t childCount = level == 0 && triangleBase ? 3 : 4;
+        face = face * childCount +
                static_cast<uint32_t>(owner->Level(level)->CornerOf(face, vertex));
     }
     return face;

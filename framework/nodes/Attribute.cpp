@@ -57,9 +57,9 @@ Attribute* Attribute::Target(uint32_t index) const {
 
 QWidget* CreateNewBoolWidget(QWidget*, int, AttributeInstance<bool>*) { return nullptr; }
 
-AttributeFloatRange::AttributeFloatRange(Node* owner, const QString& name, float low, float high,
-                                         float value, int shownDecimals)
-    : AttributeInstance<float>(owner, name, value),
+AttributeFloatRange::AttributeFloatRange(Node* holder, const QString& key, float low, float high,
+                                         float initial, int shownDecimals)
+    : AttributeInstance<float>(holder, key, initial),
       minimum(low),
       maximum(high),
       decimals(shownDecimals) {}

@@ -3,6 +3,7 @@
 
 #include "framework/levels/LevelGeometry.h"
 
+#include <array>
 #include <optional>
 
 namespace trovik {
@@ -18,8 +19,10 @@ struct PickHit {
     uint32_t face = 0;
     /// Mesh-local.
     Vector position;
-    /// Mesh-local, unit length: the packed vertex normals, interpolated.
+    /// Mesh-local, unit length: the packed vertex normals, interpolated. Where those say nothing,
+    /// the normal of the hit triangle.
     Vector normal;
+    /// Of a ray: origin + t x direction is the position. Of Nearest: the distance.
     float t = 0.0f;
 };
 
@@ -27,44 +30,101 @@ struct PickHit {
 /// already: this keeps a box per patch, from leaf patches of a few faces up to the faces of level
 /// 0, and a tree of boxes over those. Cost of a pick: logarithmic in the mesh; of a refit: what the
 /// dab touched.
+///
+///        top nodes      halves of the faces of level 0, by place
+///        level 0        one box a face
+///        ...            four (above a triangle: three) boxes under each
+///        leaf level     two levels below the bound one, so 16 faces under a box; level 0 where
+///                       there are fewer levels
+///
+/// A quad is the triangles (0, 1, 2) and (0, 2, 3). No ray slips through between two faces that
+/// share an edge. Faces with a vertex that is not finite are not there. Of hits at equal distance
+/// the one with the lowest face number is told, so answers do not hang on the tree's shape.
+///
+/// Borrows the level, which must not be subdivided away below it; queries may run beside each
+/// other, refits may not run beside anything.
 class TROVIK_API PatchTree {
 public:
-    /// Borrows the level. Cost: O(faces).
+    /// Cost: O(faces), and O(n log n) in the faces of level 0.
     explicit PatchTree(LevelMesh* level);
 
-    /// The nearest front or back face hit.
+    /// The nearest front or back face hit. Nothing for a ray whose numbers are not finite or whose
+    /// direction is zero.
     std::optional<PickHit> Pick(const Ray& ray) const;
-    /// The point of the surface nearest to `p` (mesh-local).
+    /// The point of the surface nearest to `p` (mesh-local). Nothing when `p` is not finite.
     std::optional<PickHit> Nearest(const Vector& p) const;
 
     /// Boxes of everything.
     void RefitAll();
-    /// Boxes below and above the faces of level `patchLevelIndex` that a walk visited.
+    /// Boxes below and above the faces of level `patchLevelIndex` that a walk visited, whatever the
+    /// visitor answered: a face beside one that was changed shares its moved border.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
+    /// Boxes of all faces that hold one of the vertices, as after a walk over vertices or an undo.
+    void RefitVertices(const std::vector<uint32_t>& vertices);
 
     AxisAlignedBoundingBox Bounds() const;
     uint64_t Bytes() const;
+    /// Boxes recomputed since the tree was made.
+    uint64_t BoxesRefitted() const { return boxesRefitted; }
 
 private:
-    LevelMesh* level;
+    /// Empty while low exceeds high.
     struct Box {
-        float low[3];
-        float high[3];
+        std::array<float, 3> low;
+        std::array<float, 3> high;
     };
-    /// Boxes by level of the patch, from level 0 to the leaf level.
-    std::vector<std::vector<Box>> patchBoxes;
     struct TopNode {
         Box box;
         /// Inner node: the two children are `first` and `first + 1`; leaf: faces of level 0 at
         /// order[first .. first + count).
         uint32_t first;
+        /// 0 in an inner node.
         uint32_t count;
     };
+    static constexpr uint32_t facesPerTopLeaf = 4;
+    static constexpr uint32_t noParent = 0xffffffffu;
+
+    static Box EmptyBox();
+    static void Extend(Box& box, const Box& other);
+    /// Children of a face of this level, in the next one.
+    uint32_t ChildCount(uint32_t levelIndex) const { return levelIndex == 0 ? baseChildren : 4; }
+    /// Faces of the bound level under a face of this one.
+    uint32_t FacesUnder(uint32_t levelIndex) const;
+
+    void BuildTop();
+    void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
+    void NextRefit();
+    /// Enters a patch into `touched` unless this refit has it already.
+    void Touch(uint32_t levelIndex, uint32_t patch);
+    /// Recomputes the touched boxes of the leaf level and all above them.
+    void RefitTouched();
+    void RefitLeaf(uint32_t patch);
+    void RefitInner(uint32_t levelIndex, uint32_t patch);
+    void RefitTopNode(uint32_t node);
+
+    template <class Query>
+    void Walk(Query& query) const;
+    template <class Query>
+    void VisitFaces(Query& query, uint32_t leaf) const;
+
+    LevelMesh* level;
+    uint32_t boundLevel;
+    uint32_t leafLevel;
+    uint32_t baseChildren;
+    /// Boxes by level of the patch, from level 0 to the leaf level.
+    std::vector<std::vector<Box>> patchBoxes;
     std::vector<TopNode> topNodes;
+    std::vector<uint32_t> topParent;
     std::vector<uint32_t> order;
     std::vector<uint32_t> topLeafOfBaseFace;
-    std::vector<uint32_t> topParent;
-    uint32_t leafLevel = 0;
+
+    /// Number of the refit that last touched a patch or node, so that each is done once.
+    std::vector<std::vector<uint32_t>> patchStamps;
+    std::vector<uint32_t> topStamps;
+    uint32_t refit = 0;
+    std::vector<uint32_t> touched;
+    std::vector<uint32_t> touchedAbove;
+    uint64_t boxesRefitted = 0;
 };
 
 }  // namespace trovik

@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/picking/PatchTree.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+namespace trovik {
+
+PatchTree::PatchTree(LevelMesh* ofLevel)
+    : level(ofLevel),
+      boundLevel(static_cast<uint32_t>(ofLevel->Index())),
+      leafLevel(boundLevel > 2 ? boundLevel - 2 : 0),
+      baseChildren(ofLevel->Owner()->Level(0)->CornersPerFace()) {
+    for (uint32_t l = 0; l <= leafLevel; ++l) {
+        const uint32_t patches = level->Owner()->Level(l)->faceCount;
+        patchBoxes.emplace_back(patches, EmptyBox());
+        patchStamps.emplace_back(patches, 0u);
+    }
+    for (uint32_t patch = 0; patch < patchBoxes[leafLevel].size(); ++patch) RefitLeaf(patch);
+    for (uint32_t l = leafLevel; l-- > 0;)
+        for (uint32_t patch = 0; patch < patchBoxes[l].size(); ++patch) RefitInner(l, patch);
+    BuildTop();
+}
+
+PatchTree::Box PatchTree::EmptyBox() {
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    return {{infinity, infinity, infinity}, {-infinity, -infinity, -infinity}};
+}
+
+void PatchTree::Extend(Box& box, const Box& other) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        box.low[axis] = std::min(box.low[axis], other.low[axis]);
+        box.high[axis] = std::max(box.high[axis], other.high[axis]);
+    }
+}
+
+uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
+    uint32_t faces = 1;
+    for (uint32_t l = levelIndex; l < boundLevel; ++l) faces *= ChildCount(l);
+    return faces;
+}
+
+void PatchTree::BuildTop() {
+    const std::vector<Box>& boxes = patchBoxes[0];
+    std::vector<std::array<float, 3>> centres(boxes.size());
+    order.resize(boxes.size());
+    for (uint32_t face = 0; face < boxes.size(); ++face) {
+        order[face] = face;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const float centre = 0.5f * boxes[face].low[axis] + 0.5f * boxes[face].high[axis];
+            // A face without a finite place stands anywhere, but the sort needs an order.
+            centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
+        }
+    }
+    topLeafOfBaseFace.resize(boxes.size());
+    topNodes.push_back({EmptyBox(), 0, static_cast<uint32_t>(boxes.size())});
+    topParent.push_back(noParent);
+    // Children are appended behind their parent, so one pass splits everything.
+    for (uint32_t node = 0; node < topNodes.size(); ++node) SplitTop(node, centres);
+    topStamps.assign(topNodes.size(), 0u);
+    for (uint32_t node = static_cast<uint32_t>(topNodes.size()); node-- > 0;) RefitTopNode(node);
+}
+
+void PatchTree::SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres) {
+    const uint32_t first = topNodes[node].first;
+    const uint32_t count = topNodes[node].count;
+    if (count <= facesPerTopLeaf) {
+        for (uint32_t i = first; i < first + count; ++i) topLeafOfBaseFace[order[i]] = node;
+        return;
+    }
+    Box spread = EmptyBox();
+    for (uint32_t i = first; i < first + count; ++i)
+        Extend(spread, {centres[order[i]], centres[order[i]]});
+    std::size_t axis = 0;
+    for (std::size_t a = 1; a < 3; ++a)
+        if (spread.high[a] - spread.low[a] > spread.high[axis] - spread.low[axis]) axis = a;
+
+    const uint32_t half = count / 2;
+    const auto begin = order.begin() + first;
+    std::nth_element(begin, begin + half, begin + count, [&](uint32_t a, uint32_t b) {
+        const float ca = centres[a][axis];
+        const float cb = centres[b][axis];
+        return ca != cb ? ca < cb : a < b;
+    });
+    // nth_element leaves each half in an order that is the library's own affair.
+    std::sort(begin, begin + half);
+    std::sort(begin + half, begin + count);
+
+    topNodes[node].first = static_cast<uint32_t>(topNodes.size());
+    topNodes[node].count = 0;
+    topNodes.push_back({EmptyBox(), first, half});
+    topNodes.push_back({EmptyBox(), first + half, count - half});
+    topParent.insert(topParent.end(), 2, node);
+}
+
+void PatchTree::RefitAll() {
+    NextRefit();
+    for (uint32_t patch = 0; patch < patchBoxes[leafLevel].size(); ++patch) Touch(leafLevel, patch);
+    RefitTouched();
+}
+
+void PatchTree::Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited) {
+    assert(patchLevelIndex <= boundLevel);
+    NextRefit();
+    uint32_t shrink = 1;
+    for (uint32_t l = leafLevel; l < patchLevelIndex; ++l) shrink *= ChildCount(l);
+    uint32_t grow = 1;
+    for (uint32_t l = patchLevelIndex; l < leafLevel; ++l) grow *= ChildCount(l);
+    for (const FaceVisit& visit : visited) {
+        const uint32_t first = visit.face / shrink * grow;
+        for (uint32_t patch = first; patch < first + grow; ++patch) Touch(leafLevel, patch);
+    }
+    RefitTouched();
+}
+
+void PatchTree::RefitVertices(const std::vector<uint32_t>& vertices) {
+    class Toucher final : public AdjacentVertexEnumerator {
+    public:
+        explicit Toucher(PatchTree& ofTree)
+            : tree(ofTree), facesPerLeaf(ofTree.FacesUnder(ofTree.leafLevel)) {}
+        void Operator(uint32_t, uint32_t face) override {
+            tree.Touch(tree.leafLevel, face / facesPerLeaf);
+        }
+        PatchTree& tree;
+        uint32_t facesPerLeaf;
+    };
+    NextRefit();
+    Toucher toucher(*this);
+    for (const uint32_t vertex : vertices) {
+        const uint32_t face = level->LowestFaceOf(vertex);
+        if (face != openBorder) level->EnumerateAdjacentVertices(&toucher, vertex, face);
+    }
+    RefitTouched();
+}
+
+void PatchTree::NextRefit() {
+    touched.clear();
+    if (++refit != 0) return;
+    // After 2^32 refits old numbers would come round again.
+    for (std::vector<uint32_t>& stamps : patchStamps) std::fill(stamps.begin(), stamps.end(), 0u);
+    std::fill(topStamps.begin(), topStamps.end(), 0u);
+    refit = 1;
+}
+
+void PatchTree::Touch(uint32_t levelIndex, uint32_t patch) {
+    uint32_t& stamp = patchStamps[levelIndex][patch];
+    if (stamp == refit) return;
+    stamp = refit;
+    touched.push_back(patch);
+}
+
+void PatchTree::RefitTouched() {
+    for (const uint32_t patch : touched) RefitLeaf(patch);
+    for (uint32_t l = leafLevel; l-- > 0;) {
+        touchedAbove.swap(touched);
+        touched.clear();
+        for (const uint32_t patch : touchedAbove) Touch(l, patch / ChildCount(l));
+        for (const uint32_t patch : touched) RefitInner(l, patch);
+    }
+
+    touchedAbove.clear();
+    for (const uint32_t face : touched) {
+        for (uint32_t node = topLeafOfBaseFace[face]; node != noParent && topStamps[node] != refit;
+             node = topParent[node]) {
+            topStamps[node] = refit;
+            touchedAbove.push_back(node);
+        }
+    }
+    // Children have higher numbers than their parents.
+    std::sort(touchedAbove.begin(), touchedAbove.end(), std::greater<>());
+    for (const uint32_t node : touchedAbove) RefitTopNode(node);
+}
+
+void PatchTree::RefitLeaf(uint32_t patch) {
+    const uint32_t corners = FacesUnder(leafLevel) * level->CornersPerFace();
+    const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{patch} * corners;
+    Box box = EmptyBox();
+    for (uint32_t i = 0; i < corners; ++i) {
+        const Vertex& v = level->vertices.array[vertex[i]];
+        const std::array<float, 3> position = {v.x, v.y, v.z};
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            // Comparisons that a number which is none fails, so that it leaves the box alone.
+            if (position[axis] < box.low[axis]) box.low[axis] = position[axis];
+            if (position[axis] > box.high[axis]) box.high[axis] = position[axis];
+        }
+    }
+    patchBoxes[leafLevel][patch] = box;
+    ++boxesRefitted;
+}
+
+void PatchTree::RefitInner(uint32_t levelIndex, uint32_t patch) {
+    const uint32_t children = ChildCount(levelIndex);
+    Box box = EmptyBox();
+    for (uint32_t child = patch * children; child < (patch + 1) * children; ++child)
+        Extend(box, patchBoxes[levelIndex + 1][child]);
+    patchBoxes[levelIndex][patch] = box;
+    ++boxesRefitted;
+}
+
+void PatchTree::RefitTopNode(uint32_t node) {
+    TopNode& top = topNodes[node];
+    top.box = EmptyBox();
+    if (top.count == 0 && node + 1 < topNodes.size()) {
+        Extend(top.box, topNodes[top.first].box);
+        Extend(top.box, topNodes[top.first + 1].box);
+    }
+    for (uint32_t i = top.first; i < top.first + top.count; ++i)
+        Extend(top.box, patchBoxes[0][order[i]]);
+    ++boxesRefitted;
+}
+
+AxisAlignedBoundingBox PatchTree::Bounds() const {
+    const Box& box = topNodes[0].box;
+    AxisAlignedBoundingBox bounds;
+    if (box.low[0] > box.high[0]) return bounds;
+    bounds.Extend({box.low[0], box.low[1], box.low[2]});
+    bounds.Extend({box.high[0], box.high[1], box.high[2]});
+    return bounds;
+}
+
+uint64_t PatchTree::Bytes() const {
+    uint64_t bytes = sizeof(PatchTree) + topNodes.capacity() * sizeof(TopNode);
+    for (const std::vector<Box>& boxes : patchBoxes) bytes += boxes.capacity() * sizeof(Box);
+    for (const std::vector<uint32_t>& stamps : patchStamps)
+        bytes += stamps.capacity() * sizeof(uint32_t);
+    const std::size_t words = topParent.capacity() + order.capacity() +
+                              topLeafOfBaseFace.capacity() + topStamps.capacity() +
+                              touched.capacity() + touchedAbove.capacity();
+    return bytes + words * sizeof(uint32_t);
+}
+
+}  // namespace trovik

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Vector.h"
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace trovik {
+
+using Vector3d = std::array<double, 3>;
+
+inline Vector3d ToDouble(const Vector& v) {
+    return {static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z)};
+}
+inline Vector3d operator-(const Vector3d& a, const Vector3d& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+inline double Dot(const Vector3d& a, const Vector3d& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+inline double Square(double a) { return a * a; }
+
+/// A point of a triangle by the shares of its corners, which add up to 1; `t` is the ray's
+/// parameter, or the squared distance.
+struct TrianglePoint {
+    std::array<double, 3> shares;
+    double t;
+};
+
+/// A ray turned into a frame of its own, in which it runs along the third axis through the origin.
+///
+/// Whether a triangle is hit then hangs on the signs of three 2D edge functions. An edge that two
+/// triangles share gives both of them the same products, and since rounding is monotone the sign of
+/// a difference of products is never the wrong one, at most zero; zero counts as hit. So a ray that
+/// meets an edge hits at least one of its sides.
+class RayFrame {
+public:
+    RayFrame(const Vector& rayOrigin, const Vector& direction) : origin(ToDouble(rayOrigin)) {
+        const Vector3d d = ToDouble(direction);
+        for (std::size_t a = 1; a < 3; ++a)
+            if (std::fabs(d[a]) > std::fabs(d[alongAxis])) alongAxis = a;
+        firstAxis = (alongAxis + 1) % 3;
+        secondAxis = (alongAxis + 2) % 3;
+        firstShear = d[firstAxis] / d[alongAxis];
+        secondShear = d[secondAxis] / d[alongAxis];
+        along = d[alongAxis];
+    }
+
+    Vector3d Place(const Vector& point) const {
+        const Vector3d p = ToDouble(point) - origin;
+        return {p[firstAxis] - firstShear * p[alongAxis],
+                p[secondAxis] - secondShear * p[alongAxis],
+                p[alongAxis]};
+    }
+
+    /// Corners are placed in the frame. \return false without a hit, as for a triangle seen edge
+    /// on.
+    bool Hit(const Vector3d& a, const Vector3d& b, const Vector3d& c, TrianglePoint& out) const {
+        const double u = Edge(b, c);
+        const double v = Edge(c, a);
+        const double w = Edge(a, b);
+        const bool front = u >= 0.0 && v >= 0.0 && w >= 0.0;
+        const bool back = u <= 0.0 && v <= 0.0 && w <= 0.0;
+        if (!front && !back) return false;
+        const double sum = u + v + w;
+        if (sum == 0.0) return false;
+        out.shares = {u / sum, v / sum, w / sum};
+        out.t = (out.shares[0] * a[2] + out.shares[1] * b[2] + out.shares[2] * c[2]) / along;
+        return true;
+    }
+
+private:
+    static double Edge(const Vector3d& p, const Vector3d& q) { return p[0] * q[1] - p[1] * q[0]; }
+
+    Vector3d origin;
+    std::size_t alongAxis = 0;
+    std::size_t firstAxis = 1;
+    std::size_t secondAxis = 2;
+    double firstShear;
+    double secondShear;
+    double along;
+};
+
+/// The point of a triangle nearest to `p`: the corner, the edge or the inside whose region `p` lies
+/// in. A triangle without area is its edges.
+inline TrianglePoint NearestOfTriangle(const Vector3d& p,
+                                       const Vector3d& a,
+                                       const Vector3d& b,
+                                       const Vector3d& c) {
+    const auto point = [&](double v, double w) {
+        const double u = 1.0 - v - w;
+        double squared = 0.0;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            squared += Square(u * a[axis] + v * b[axis] + w * c[axis] - p[axis]);
+        return TrianglePoint{{u, v, w}, squared};
+    };
+    const Vector3d ab = b - a;
+    const Vector3d ac = c - a;
+    const double abA = Dot(ab, p - a);
+    const double acA = Dot(ac, p - a);
+    if (abA <= 0.0 && acA <= 0.0) return point(0.0, 0.0);
+    const double abB = Dot(ab, p - b);
+    const double acB = Dot(ac, p - b);
+    if (abB >= 0.0 && acB <= abB) return point(1.0, 0.0);
+    const double abC = Dot(ab, p - c);
+    const double acC = Dot(ac, p - c);
+    if (acC >= 0.0 && abC <= acC) return point(0.0, 1.0);
+
+    const double areaC = abA * acB - abB * acA;
+    if (areaC <= 0.0 && abA >= 0.0 && abB <= 0.0 && abA - abB > 0.0)
+        return point(abA / (abA - abB), 0.0);
+    const double areaB = abC * acA - abA * acC;
+    if (areaB <= 0.0 && acA >= 0.0 && acC <= 0.0 && acA - acC > 0.0)
+        return point(0.0, acA / (acA - acC));
+    const double areaA = abB * acC - abC * acB;
+    const double towardsC = acB - abB;
+    const double towardsB = abC - acC;
+    if (areaA <= 0.0 && towardsC >= 0.0 && towardsB >= 0.0 && towardsC + towardsB > 0.0) {
+        const double w = towardsC / (towardsC + towardsB);
+        return point(1.0 - w, w);
+    }
+    const double area = areaA + areaB + areaC;
+    if (area <= 0.0) return point(0.0, 0.0);
+    return point(areaB / area, areaC / area);
+}
+
+}  // namespace trovik

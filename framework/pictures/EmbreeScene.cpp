@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/pictures/EmbreeScene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace trovik {
+
+namespace {
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+const float* At(const float* first, std::size_t stride, uint32_t index) {
+    return reinterpret_cast<const float*>(reinterpret_cast<const char*>(first) + stride * index);
+}
+
+const int16_t* NormalAt(const PictureMesh& mesh, uint32_t index) {
+    return reinterpret_cast<const int16_t*>(reinterpret_cast<const char*>(mesh.normals) +
+                                            mesh.normalStride * index);
+}
+
+/// Normals go by the inverse of the matrix, transposed; its cofactors do as well up to length.
+Vector NormalToWorld(const PictureMesh& mesh, const Vector& n) {
+    const float* m = mesh.localToWorld;
+    const Vector x(m[0], m[1], m[2]);
+    const Vector y(m[4], m[5], m[6]);
+    const Vector z(m[8], m[9], m[10]);
+    const float side = ((x & y) | z) < 0.0f ? -1.0f : 1.0f;
+    return ((y & z) * n.x + (z & x) * n.y + (x & y) * n.z) * side;
+}
+
+float DistanceToLine(const Vector& p, const Vector& a, const Vector& b) {
+    const Vector way = b - a;
+    const float length = way.Length();
+    return length == 0.0f ? (p - a).Length() : (way & (p - a)).Length() / length;
+}
+
+RTCRay MakeRay(const Vector& origin, const Vector& direction, float distance) {
+    RTCRay ray{};
+    ray.org_x = origin.x;
+    ray.org_y = origin.y;
+    ray.org_z = origin.z;
+    ray.dir_x = direction.x;
+    ray.dir_y = direction.y;
+    ray.dir_z = direction.z;
+    ray.tfar = distance;
+    ray.mask = 0xffffffffu;
+    return ray;
+}
+
+}  // namespace
+
+EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
+    : meshes(shown),
+      positions(shown.size()),
+      device(rtcNewDevice("set_affinity=0")),
+      scene(rtcNewScene(device)) {
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+        const PictureMesh& mesh = meshes[i];
+        std::vector<float>& world = positions[i];
+        // The ray library reads vertices in groups of four floats.
+        world.resize(static_cast<std::size_t>(mesh.vertexCount) * 3 + 4);
+        const float* m = mesh.localToWorld;
+        for (uint32_t v = 0; v < mesh.vertexCount; ++v) {
+            const float* p = At(mesh.positions, mesh.positionStride, v);
+            for (std::size_t k = 0; k < 3; ++k)
+                world[v * std::size_t{3} + k] =
+                    p[0] * m[k] + p[1] * m[4 + k] + p[2] * m[8 + k] + m[12 + k];
+        }
+        const bool quads = mesh.cornersPerFace == 4;
+        RTCGeometry geometry = rtcNewGeometry(
+            device, quads ? RTC_GEOMETRY_TYPE_QUAD : RTC_GEOMETRY_TYPE_TRIANGLE);
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
+                                   world.data(), 0, 12, mesh.vertexCount);
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0,
+                                   quads ? RTC_FORMAT_UINT4 : RTC_FORMAT_UINT3,
+                                   mesh.faceVertexIndices, 0, mesh.cornersPerFace * std::size_t{4},
+                                   mesh.faceCount);
+        rtcCommitGeometry(geometry);
+        rtcAttachGeometryByID(scene, geometry, static_cast<unsigned>(i));
+        rtcReleaseGeometry(geometry);
+    }
+    rtcSetSceneFlags(scene, RTC_SCENE_FLAG_ROBUST);
+    rtcCommitScene(scene);
+}
+
+EmbreeScene::~EmbreeScene() {
+    rtcReleaseScene(scene);
+    rtcReleaseDevice(device);
+}
+
+float EmbreeScene::Extent() const {
+    RTCBounds bounds;
+    rtcGetSceneBounds(scene, &bounds);
+    const Vector way(bounds.upper_x - bounds.lower_x, bounds.upper_y - bounds.lower_y,
+                     bounds.upper_z - bounds.lower_z);
+    return way.x >= 0.0f && std::isfinite(way.Length()) ? way.Length() : 0.0f;
+}
+
+bool EmbreeScene::Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const {
+    RTCRayHit hit{};
+    hit.ray = MakeRay(origin, direction, infinity);
+    hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+    rtcIntersect1(scene, &context, &hit);
+    if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
+    sample = Describe(hit);
+    return true;
+}
+
+bool EmbreeScene::IsBlocked(const Vector& origin, const Vector& direction, float distance) const {
+    RTCRay ray = MakeRay(origin, direction, distance);
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+    rtcOccluded1(scene, &context, &ray);
+    return ray.tfar < 0.0f;
+}
+
+SurfaceSample EmbreeScene::Describe(const RTCRayHit& hit) const {
+    const PictureMesh& mesh = meshes[hit.hit.geomID];
+    const std::vector<float>& world = positions[hit.hit.geomID];
+    const uint32_t corners = mesh.cornersPerFace;
+    const uint32_t* v = mesh.faceVertexIndices + std::size_t{hit.hit.primID} * corners;
+    const float u = hit.hit.u;
+    const float w = hit.hit.v;
+    // A quad is taken over its whole square, so that shading has no diagonal.
+    const float share[4] = {corners == 4 ? (1 - u) * (1 - w) : 1 - u - w,
+                            corners == 4 ? u * (1 - w) : u, corners == 4 ? u * w : w,
+                            (1 - u) * w};
+
+    SurfaceSample sample;
+    const Vector direction(hit.ray.dir_x, hit.ray.dir_y, hit.ray.dir_z);
+    const Vector origin(hit.ray.org_x, hit.ray.org_y, hit.ray.org_z);
+    sample.distance = hit.ray.tfar;
+    sample.position = origin + direction * hit.ray.tfar;
+    sample.faceNormal = Vector(hit.hit.Ng_x, hit.hit.Ng_y, hit.hit.Ng_z).Normalized();
+    if ((sample.faceNormal | direction) > 0.0f) sample.faceNormal = -sample.faceNormal;
+    sample.shadingNormal = sample.faceNormal;
+    if (mesh.normals != nullptr) {
+        Vector sum;
+        for (uint32_t k = 0; k < corners; ++k) {
+            const int16_t* n = NormalAt(mesh, v[k]);
+            sum += Vector(n[0], n[1], n[2]) * share[k];
+        }
+        Vector normal = NormalToWorld(mesh, sum).Normalized();
+        if ((normal | sample.faceNormal) < 0.0f) normal = -normal;
+        if (normal.Length() > 0.5f) sample.shadingNormal = normal;
+    }
+
+    float frozen = 0.0f;
+    for (uint32_t k = 0; mesh.freeze != nullptr && k < corners; ++k)
+        frozen += static_cast<float>(mesh.freeze[mesh.freezeStride * v[k]] & 127) * share[k] /
+                  127.0f;
+    const float ice[3] = {0.12f, 0.24f, 0.5f};
+    for (int k = 0; k < 3; ++k)
+        sample.color[k] = mesh.color[k] + (ice[k] - mesh.color[k]) * 0.75f * frozen;
+
+    sample.edgeDistance = infinity;
+    for (uint32_t k = 0; k < corners; ++k) {
+        const float* a = world.data() + v[k] * std::size_t{3};
+        const float* b = world.data() + v[(k + 1) % corners] * std::size_t{3};
+        sample.edgeDistance =
+            std::min(sample.edgeDistance, DistanceToLine(sample.position, {a[0], a[1], a[2]},
+                                                         {b[0], b[1], b[2]}));
+    }
+    return sample;
+}
+
+}  // namespace trovik

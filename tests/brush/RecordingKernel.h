@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/nodes/HostKernel.h"
+
+#include <vector>
+
+namespace trovik::test {
+
+/// Stands in for the host's kernel while it lives and writes down what a brush asks of it.
+class RecordingKernel : public Kernel, private Interface {
+public:
+    RecordingKernel() : before(&HostKernel::Instance()) { g_pKernel = this; }
+    ~RecordingKernel() override { g_pKernel = before; }
+
+    trovik::Interface* Interface() override { return this; }
+    trovik::Scene* Scene() override { return HostKernel::Instance().Scene(); }
+    bool IsTestModeOn() const override { return testMode; }
+
+    struct Message {
+        QString text;
+        HUDMessageType type;
+    };
+    struct LayerPanelSwitch {
+        LayerUIType type;
+        /// Crash flags at the call.
+        uint32_t flags;
+    };
+    std::vector<Message> messages;
+    std::vector<LayerPanelSwitch> layerPanelSwitches;
+    bool testMode = false;
+
+private:
+    void HUDMessageShow(const QString& text, HUDMessageType type) override {
+        messages.push_back({text, type});
+    }
+    void ActivateLayerSystem(LayerUIType type) override {
+        layerPanelSwitches.push_back({type, crashFlags});
+    }
+
+    Kernel* before;
+};
+
+}  // namespace trovik::test
