@@ -11,6 +11,10 @@ Mesh::Mesh() = default;
 Mesh::~Mesh() = default;
 SubdivisionLevel::~SubdivisionLevel() = default;
 
+MeshChange::MeshChange(Mesh* changedMesh)
+    : mesh(changedMesh), records(nullptr), recordCount(nullptr) {}
+MeshChange::~MeshChange() = default;
+
 SurfacePoint::SurfacePoint(Mesh* onMesh, uint32_t, uint32_t faceIndex)
     : mesh(onMesh), face(faceIndex) {
     const Vertex& v =

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <limits>
 #include <map>
+#include <string>
 
 namespace trovik {
 
@@ -33,7 +34,7 @@ void Log(const std::string& line) {
     if (account.sink)
         account.sink(line);
     else
-        std::cerr << line << '\n';
+        std::clog << line << '\n';
 }
 
 }  // namespace
@@ -56,7 +57,7 @@ Block::~Block() {
 
 bool Block::RegisterMemoryBlock(int64_t bytes) {
     Account& account = TheAccount();
-    if (bytes > account.limit - account.total) return false;
+    if (bytes > 0 && bytes > account.limit - account.total) return false;
     account.total += bytes;
     return true;
 }
@@ -75,6 +76,7 @@ void* Block::AlignedAlloc(uint64_t size, uint64_t alignment) {
 
 void Block::AlignedFree(void* memory) { std::free(memory); }
 
+// The account knows one total; what it can tell of each name is how many arrays bear it.
 void Block::LogAll(float share, bool everyBlock) {
     const Account& account = TheAccount();
     std::map<std::string, int64_t> blocksByName;

@@ -16,7 +16,7 @@ public:
     static void SetLimit(int64_t bytes);
     static int64_t Limit();
     static int64_t Total();
-    /// Where Block::LogAll writes, one line a call; null for the standard error stream.
+    /// Where Block::LogAll writes, one line a call; null for the standard log stream.
     static void SetLogSink(std::function<void(const std::string&)> sink);
 };
 

@@ -6,6 +6,16 @@
 
 namespace trovik {
 
+namespace {
+
+/// NaN becomes the lower limit.
+float WithinRange(float value, float low, float high) {
+    if (!(value >= low)) return low;
+    return value > high ? high : value;
+}
+
+}  // namespace
+
 Attribute::Attribute(Node* holder, const QString& key) : owner(holder), name(key) {
     if (owner != nullptr) owner->attributes.push_back(this);
 }
@@ -17,6 +27,9 @@ Attribute::~Attribute() {
 }
 
 void Attribute::AddTarget(Attribute& target, bool) {
+    // A ring of attributes would hand a value round for ever, so it is never closed.
+    for (const Attribute* above = this; above != nullptr; above = above->source)
+        if (above == &target) return;
     target.Disconnect();
     targets.push_back(&target);
     target.source = this;
@@ -59,16 +72,13 @@ QWidget* CreateNewBoolWidget(QWidget*, int, AttributeInstance<bool>*) { return n
 
 AttributeFloatRange::AttributeFloatRange(Node* holder, const QString& key, float low, float high,
                                          float initial, int shownDecimals)
-    : AttributeInstance<float>(holder, key, initial),
+    : AttributeInstance<float>(holder, key, WithinRange(initial, low, high)),
       minimum(low),
       maximum(high),
       decimals(shownDecimals) {}
 
 void AttributeFloatRange::SetValue(const float& newValue, bool silent) {
-    float kept = newValue;
-    if (!(kept >= minimum)) kept = minimum;
-    if (kept > maximum) kept = maximum;
-    AttributeInstance<float>::SetValue(kept, silent);
+    AttributeInstance<float>::SetValue(WithinRange(newValue, minimum, maximum), silent);
 }
 
 uint32_t AttributeFloatRange::ParameterCount() const { return 2; }
@@ -93,6 +103,8 @@ const AttributeFloatRange& AttributeFloatRange::operator=(const AttributeFloatRa
 
 Stream& operator<<(Stream& stream, AttributeFloatRange& attribute) {
     attribute.Serialize(stream);
+    // A file may hold any number.
+    if (!stream.IsStoring()) attribute.SetValue(attribute.Value(), true);
     return stream;
 }
 

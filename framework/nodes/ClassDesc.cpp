@@ -44,6 +44,8 @@ const ClassDesc* ClassDesc::ByName(const QString& name) {
 }
 
 unsigned ClassDesc::Count() { return static_cast<unsigned>(Registry().size()); }
-const ClassDesc* ClassDesc::At(unsigned index) { return Registry()[index]; }
+const ClassDesc* ClassDesc::At(unsigned index) {
+    return index < Registry().size() ? Registry()[index] : nullptr;
+}
 
 }  // namespace trovik

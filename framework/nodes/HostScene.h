@@ -24,7 +24,9 @@ private:
 class HostScene : public Scene {
 public:
     unsigned GeometryCount() const override { return static_cast<unsigned>(geometries.size()); }
-    Geometry* GeometryAt(unsigned index) const override { return geometries[index]; }
+    Geometry* GeometryAt(unsigned index) const override {
+        return index < geometries.size() ? geometries[index] : nullptr;
+    }
     /// Null brings the scene's own camera back.
     void SetActiveCamera(Camera* camera) override {
         active = camera == nullptr ? &ownCamera : camera;

@@ -2,6 +2,7 @@
 #include "host/Matrix.h"
 
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace trovik {
@@ -21,13 +22,19 @@ Homogeneous Times(const Matrix& m, const Vector& p, float w) {
 
 }  // namespace
 
-// Gauss and Jordan with the largest pivot of each column.
+// Gauss and Jordan with the largest pivot of each column. Beside each number stands the sum of the
+// sizes of what was added up in it: a pivot that is no more than rounding left of that sum is a
+// zero, so that a singular matrix is known as one although its numbers do not cancel exactly.
 void Matrix::Invert(bool* ok) {
+    constexpr double rounding = 16.0 * std::numeric_limits<double>::epsilon();
+    if (ok != nullptr) *ok = false;
     double rows[4][8];
+    double sizes[4][4];
     for (int r = 0; r < 4; ++r) {
         for (int c = 0; c < 4; ++c) {
             rows[r][c] = static_cast<double>(m[r][c]);
             rows[r][4 + c] = r == c ? 1.0 : 0.0;
+            sizes[r][c] = std::fabs(rows[r][c]);
         }
     }
     for (int column = 0; column < 4; ++column) {
@@ -35,22 +42,27 @@ void Matrix::Invert(bool* ok) {
         for (int r = column + 1; r < 4; ++r)
             if (std::fabs(rows[r][column]) > std::fabs(rows[pivot][column])) pivot = r;
         const double value = rows[pivot][column];
-        if (!(std::fabs(value) > 0.0) || !std::isfinite(value)) {
-            if (ok != nullptr) *ok = false;
-            return;
-        }
-        if (pivot != column)
-            for (int c = 0; c < 8; ++c) std::swap(rows[pivot][c], rows[column][c]);
+        if (!std::isfinite(value) || !(std::fabs(value) > rounding * sizes[pivot][column])) return;
+        std::swap(rows[pivot], rows[column]);
+        std::swap(sizes[pivot], sizes[column]);
         for (int c = 0; c < 8; ++c) rows[column][c] /= value;
+        for (int c = 0; c < 4; ++c) sizes[column][c] /= std::fabs(value);
         for (int r = 0; r < 4; ++r) {
             if (r == column) continue;
             const double factor = rows[r][column];
             if (factor == 0.0) continue;
             for (int c = 0; c < 8; ++c) rows[r][c] -= factor * rows[column][c];
+            for (int c = 0; c < 4; ++c) sizes[r][c] += std::fabs(factor) * sizes[column][c];
         }
     }
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) m[r][c] = static_cast<float>(rows[r][4 + c]);
+    Matrix inverse;
+    for (int r = 0; r < 4; ++r) {
+        for (int c = 0; c < 4; ++c) {
+            inverse.m[r][c] = static_cast<float>(rows[r][4 + c]);
+            if (!std::isfinite(inverse.m[r][c])) return;
+        }
+    }
+    *this = inverse;
     if (ok != nullptr) *ok = true;
 }
 

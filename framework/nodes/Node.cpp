@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Node.h"
 
-#include "host/Attribute.h"
+#include "framework/nodes/AttributeAccess.h"
 
 #include <algorithm>
 
@@ -41,8 +41,7 @@ void Node::CopyTo(Node& target) const {
     target.helpId = helpId;
     for (const Attribute* attribute : attributes) {
         Attribute* other = target.AttributeByName(attribute->Name());
-        if (other != nullptr && other->attributeType() == attribute->attributeType())
-            other->SetFromString(attribute->AsString());
+        if (other != nullptr) CopyAttributeValue(*attribute, *other, true);
     }
 }
 
@@ -62,14 +61,12 @@ const ClassDesc* Node::RuntimeClass() const { return StaticClass(); }
 
 void Node::ContentChanged() {
     ++version;
-    // A listener may leave while it is told.
+    // A listener may leave, or end, while another one is told.
     const std::vector<Node*> told = listeners;
-    for (Node* listener : told) listener->OnEvent(*this, NodeEventValueChanged);
-}
-
-void Node::LoadTemplate(const QString&, bool) {
-    // A class has a template once the user has saved one; without it the attributes keep the
-    // values that they were made with.
+    for (Node* listener : told) {
+        if (std::find(listeners.begin(), listeners.end(), listener) != listeners.end())
+            listener->OnEvent(*this, NodeEventValueChanged);
+    }
 }
 
 Attribute* Node::AttributeByName(const QString& wanted) const {
@@ -79,6 +76,7 @@ Attribute* Node::AttributeByName(const QString& wanted) const {
 }
 
 void Node::AddListener(Node* listener) {
+    if (std::find(listeners.begin(), listeners.end(), listener) != listeners.end()) return;
     listeners.push_back(listener);
     listener->heard.push_back(this);
 }

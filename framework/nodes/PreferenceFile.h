@@ -3,20 +3,34 @@
 
 #include "host/Attribute.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
 namespace trovik {
 
+/// What a panel shows of a preference.
+struct PreferenceInfo {
+    QString category;
+    QString label;
+    QString categoryLabel;
+    bool advanced = false;
+};
+
 /// The attribute behind a preference, or null for a key that nothing registered.
 TROVIK_API Attribute* FindPreference(const std::string& key);
+/// Null for a key that nothing registered.
+TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
 /// All registered keys, sorted.
 TROVIK_API std::vector<std::string> PreferenceKeys();
+/// Stored values, as texts, of keys that nothing registered so far. Registering takes its value out.
+TROVIK_API std::map<std::string, std::string>& UnclaimedPreferences();
 
-/// Reads stored values, a JSON object of texts by key. Keys that nothing registered are kept for
-/// the next saving. \throw HostError naming the file and the reason.
+/// Reads stored values: a JSON object of texts, numbers and truth values by key. Keys that nothing
+/// registered are kept, for a library that registers them later and for the next saving. Either all
+/// values are taken or, on an error, none. \throw HostError naming the file, the key and the reason.
 TROVIK_API void LoadPreferences(const std::string& path);
-/// Writes all values beside the old file and renames. \throw HostError.
+/// Writes all values, as texts, beside the old file and renames. \throw HostError.
 TROVIK_API void SavePreferences(const std::string& path);
 
 }  // namespace trovik

@@ -4,6 +4,7 @@
 #include "host/Stream.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace trovik {
 
@@ -11,13 +12,19 @@ TreeNode::TreeNode() = default;
 
 TreeNode::~TreeNode() {
     if (parent != nullptr) std::erase(parent->children, this);
-    for (TreeNode* child : children) {
+    // One at a time: what a child does at its end may reach its siblings.
+    while (!children.empty()) {
+        TreeNode* child = children.front();
+        children.erase(children.begin());
         child->parent = nullptr;
         delete child;
     }
 }
 
 void TreeNode::AddChild(TreeNode* child) {
+    assert(child != nullptr);
+    for ([[maybe_unused]] const TreeNode* above = this; above != nullptr; above = above->parent)
+        assert(above != child && "a node cannot stand below itself");
     if (child->parent != nullptr) std::erase(child->parent->children, child);
     child->parent = this;
     children.push_back(child);
@@ -47,6 +54,7 @@ TreeNode* TreeNode::PrevSibling() const {
 
 void TreeNode::MoveChild(TreeNode* child, TreeNode* after) {
     if (child->parent != this || child == after) return;
+    if (after != nullptr && after->parent != this) return;
     std::erase(children, child);
     const auto at = after == nullptr
                         ? children.begin()

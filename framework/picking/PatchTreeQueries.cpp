@@ -203,9 +203,13 @@ void PatchTree::Walk(Query& query) const {
     std::size_t size = 0;
     std::array<Item, 4> fan;
     std::size_t fanSize = 0;
+    // Keeps the fan in falling order of distance, so that the nearest comes off the stack first.
     const auto consider = [&](const Box& box, uint32_t levelIndex, uint32_t index) {
         double nearest;
-        if (query.Reaches(box, nearest)) fan[fanSize++] = {nearest, levelIndex, index};
+        if (!query.Reaches(box, nearest)) return;
+        std::size_t place = fanSize++;
+        for (; place > 0 && fan[place - 1].nearest < nearest; --place) fan[place] = fan[place - 1];
+        fan[place] = {nearest, levelIndex, index};
     };
 
     consider(topNodes[0].box, top, 0);
@@ -230,10 +234,6 @@ void PatchTree::Walk(Query& query) const {
             for (uint32_t child = first; child < first + children; ++child)
                 consider(patchBoxes[item.levelIndex + 1][child], item.levelIndex + 1, child);
         }
-        // The nearest comes off the stack first.
-        std::sort(fan.begin(),
-                  fan.begin() + static_cast<std::ptrdiff_t>(fanSize),
-                  [](const Item& a, const Item& b) { return a.nearest > b.nearest; });
         for (std::size_t i = 0; i < fanSize; ++i) stack[size++] = fan[i];
     }
 }

@@ -34,6 +34,8 @@ void Plugin::Initialise() {
 }
 
 unsigned Plugin::Count() { return static_cast<unsigned>(Registry().size()); }
-Plugin* Plugin::At(unsigned index) { return Registry()[index]; }
+Plugin* Plugin::At(unsigned index) {
+    return index < Registry().size() ? Registry()[index] : nullptr;
+}
 
 }  // namespace trovik

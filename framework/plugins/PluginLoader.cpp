@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <set>
+#include <map>
 #include <sstream>
 
 namespace trovik {
@@ -42,19 +42,24 @@ std::vector<std::string> PluginFolders() {
 }
 
 void LoadPlugin(const std::string& path, bool initialise) {
-    static std::set<std::string> opened;
+    /// Records that each opened file brought along.
+    static std::map<std::string, std::vector<Plugin*>> opened;
     std::error_code failed;
     const fs::path canonical = fs::canonical(path, failed);
     if (failed) throw HostError(path + ": cannot open the plug-in: " + failed.message());
-    if (!opened.count(canonical.string())) {
+    auto found = opened.find(canonical.string());
+    if (found == opened.end()) {
         // Plug-ins reach the kernel while their static objects are made.
         HostKernel::Instance();
+        const unsigned known = Plugin::Count();
         if (dlopen(canonical.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr)
             throw HostError(path + ": cannot open the plug-in: " + dlerror());
-        opened.insert(canonical.string());
+        std::vector<Plugin*> records;
+        for (unsigned i = known; i < Plugin::Count(); ++i) records.push_back(Plugin::At(i));
+        found = opened.emplace(canonical.string(), std::move(records)).first;
     }
     if (!initialise) return;
-    for (unsigned i = 0; i < Plugin::Count(); ++i) Plugin::At(i)->Initialise();
+    for (Plugin* record : found->second) record->Initialise();
 }
 
 void LoadPlugins() {

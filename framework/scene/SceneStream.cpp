@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/SceneStream.h"
 
+#include "framework/errors/HostError.h"
+#include "framework/files/InputFile.h"
+#include "framework/files/OutputFile.h"
+
 #include <bit>
+#include <cassert>
 #include <cstring>
 
 namespace trovik {
@@ -68,12 +73,33 @@ std::vector<uint8_t> SceneStream::ToBytes() const {
     return bytes;
 }
 
+void SceneStream::ToFile(const std::string& path) const {
+    const std::vector<uint8_t> bytes = ToBytes();
+    OutputFile file(path);
+    file.Write(bytes.data(), bytes.size());
+    file.Commit();
+}
+
+SceneStream SceneStream::FromFile(const std::string& path) {
+    InputFile file(path);
+    std::vector<uint8_t> bytes(file.SizeBytes());
+    if (!bytes.empty()) std::memcpy(bytes.data(), file.Bytes(bytes.size()), bytes.size());
+    try {
+        return SceneStream(std::move(bytes));
+    } catch (Error* error) {
+        const std::string reason = error->Message().toStdString();
+        Error::Dispose(error);
+        throw HostError(path + ": " + reason);
+    }
+}
+
 int SceneStream::ClassVersion(const ClassDesc* classDesc) const {
     const auto found = versions.find(classDesc->Name().toStdString());
     return found == versions.end() ? 0 : found->second;
 }
 
 void SceneStream::ReadElements(void* elements, uint32_t elementSize, uint64_t count) {
+    assert(!storing);
     const uint64_t left = Remaining();
     if (elementSize != 0 && count > left / elementSize) {
         Fail(QStringLiteral("the scene ends at byte %1, where %2 more bytes were expected")
@@ -88,6 +114,7 @@ void SceneStream::ReadElements(void* elements, uint32_t elementSize, uint64_t co
 }
 
 void SceneStream::WriteElements(const void* elements, uint32_t elementSize, uint64_t count) {
+    assert(storing);
     const auto* bytes = static_cast<const uint8_t*>(elements);
     data.insert(data.end(), bytes, bytes + static_cast<std::size_t>(count) * elementSize);
 }

@@ -28,6 +28,11 @@ public:
     void SetClassVersion(const ClassDesc* classDesc, int version);
     /// Header and data of a written stream.
     std::vector<uint8_t> ToBytes() const;
+    /// Writes the scene beside the old file and renames. \throw HostError naming the file.
+    void ToFile(const std::string& path) const;
+    /// Opens a scene for reading. \throw HostError naming the file, when it cannot be read or is no
+    /// scene.
+    static SceneStream FromFile(const std::string& path);
 
     int ClassVersion(const ClassDesc* classDesc) const override;
     bool IsFormatAtLeast(uint32_t number) const override { return format >= number; }

@@ -65,9 +65,9 @@ TEST_F(FlatPatches, FourDirectionsWalkStraightAcrossTheSeam) {
 TEST_F(FlatPatches, OppositeStepsComeBack) {
     GridFace cursor(mesh, middle, 0, 2, 1, 3);
     const uint32_t face = cursor.Face();
-    for (int i = 0; i < 6; ++i) cursor.Step(1);
+    for (int i = 0; i < 5; ++i) cursor.Step(1);
     EXPECT_NE(cursor.Face(), face);
-    for (int i = 0; i < 6; ++i) cursor.Step(3);
+    for (int i = 0; i < 5; ++i) cursor.Step(3);
     EXPECT_EQ(cursor.Face(), face);
     EXPECT_EQ(cursor.patch, middle);
     for (int i = 0; i < 3; ++i) cursor.Step(2);

@@ -1,0 +1,352 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/BrushSettings.h"
+#include "tests/fixture/StrokeBench.h"
+#include "tests/stroke/FakeMesh.h"
+
+#include <gtest/gtest.h>
+
+namespace trovik::test {
+namespace {
+
+/// A brush that counts activations.
+class CountingBrush : public SwiftStroke {
+public:
+    using SwiftStroke::SetActiveConfiguration;
+    void SetActiveConfiguration(BrushConfiguration* configuration) override {
+        ++activations;
+        SwiftStroke::SetActiveConfiguration(configuration);
+    }
+    int activations = 0;
+};
+
+TEST(StrokeBegin, CubesTheBuildUpRate) {
+    StrokeBench bench(FlatGrid(2));
+    for (const auto& [rate, cube] : {std::pair{0.5f, 0.125f}, {1.0f, 1.0f}, {0.0f, 0.0f}}) {
+        bench.brush->buildUpRate.SetValue(rate, true);
+        bench.Begin();
+        EXPECT_EQ(bench.brush->buildUpRateCubed, cube);
+        // A change in mid-stroke waits for the next one.
+        bench.brush->buildUpRate.SetValue(0.75f, true);
+        bench.Dab(bench.HitFace(0), 0.5f);
+        EXPECT_EQ(bench.brush->buildUpRateCubed, cube);
+        bench.End();
+    }
+}
+
+TEST(StrokeBegin, SmoothModifierTurnsTheWholeStrokeIntoSmooth) {
+    StrokeBench bench(FlatGrid(2));
+    bench.Activate(Tool::Flatten);
+    BrushConfiguration* const flatten = bench.brush->ActiveConfiguration();
+    bench.Begin(BrushOperation::ModifierSmooth);
+    EXPECT_EQ(bench.brush->ActiveConfiguration(), smoothConfiguration);
+    EXPECT_EQ(bench.brush->configurationBeforeSmooth, flatten);
+    EXPECT_FALSE(bench.brush->inTemporarySmooth);
+    EXPECT_TRUE(bench.brush->isSmooth);
+    EXPECT_FALSE(bench.brush->isPlaneTool);
+    bench.Dab(bench.HitFace(0), 0.5f);
+    EXPECT_EQ(bench.brush->planeDabCount, 0u);
+    bench.End();
+    EXPECT_EQ(bench.brush->ActiveConfiguration(), flatten);
+    EXPECT_EQ(bench.brush->configurationBeforeSmooth, nullptr);
+    EXPECT_FALSE(bench.brush->isSmooth);
+    EXPECT_TRUE(bench.brush->isPlaneTool);
+}
+
+TEST(StrokeBegin, SmoothModifierOnSmoothActivatesNothing) {
+    StrokeBench bench(FlatGrid(2));
+    auto counting = std::make_unique<CountingBrush>();
+    CountingBrush& brush = *counting;
+    bench.brush = std::move(counting);
+    bench.Activate(Tool::Smooth);
+    brush.activations = 0;
+    bench.Begin(BrushOperation::ModifierSmooth);
+    EXPECT_EQ(brush.configurationBeforeSmooth, nullptr);
+    bench.Dab(bench.HitFace(0), 0.5f);
+    bench.End();
+    EXPECT_EQ(brush.activations, 0);
+    EXPECT_EQ(brush.ActiveConfiguration(), smoothConfiguration);
+}
+
+TEST(StrokeBegin, ActivationByTheHostInMidStrokeDropsTheReturn) {
+    StrokeBench bench(FlatGrid(2));
+    bench.Activate(Tool::Flatten);
+    bench.Begin(BrushOperation::ModifierSmooth);
+    bench.brush->SetActiveConfiguration(QStringLiteral("Wax"));
+    bench.End();
+    EXPECT_EQ(bench.brush->ActiveConfiguration()->ID(), static_cast<uint32_t>(Tool::Wax));
+}
+
+TEST(StrokeBegin, InversionTurnsStrengthOrPlaneOrNothing) {
+    StrokeBench bench(FlatGrid(2));
+    struct Case {
+        Tool tool;
+        float strength, plane;
+    };
+    for (const Case& c : {Case{Tool::Sculpt, -1.0f, 1.0f}, Case{Tool::Smear, -1.0f, 1.0f},
+                          Case{Tool::Pinch, -1.0f, 1.0f}, Case{Tool::Smooth, 1.0f, 1.0f},
+                          Case{Tool::Amplify, 1.0f, -1.0f}, Case{Tool::Flatten, 1.0f, -1.0f},
+                          Case{Tool::Scrape, 1.0f, -1.0f}, Case{Tool::Fill, 1.0f, -1.0f},
+                          Case{Tool::Wax, 1.0f, -1.0f}, Case{Tool::Bulge, -1.0f, 1.0f},
+                          Case{Tool::Imprint, -1.0f, 1.0f}}) {
+        bench.Activate(c.tool);
+        bench.Begin(BrushOperation::ModifierInvert);
+        EXPECT_EQ(bench.brush->strokeStrengthScale, c.strength);
+        EXPECT_EQ(bench.brush->strokePlaneSign, c.plane);
+        bench.End();
+        bench.Begin();
+        EXPECT_EQ(bench.brush->strokeStrengthScale, 1.0f);
+        EXPECT_EQ(bench.brush->strokePlaneSign, 1.0f);
+        bench.End();
+    }
+}
+
+TEST(StrokeBegin, OtherTriggersDropTheMeshAndSculptNothing) {
+    CallLog log;
+    FakeGeometry geometry("A", log);
+    StrokeBench bench(FlatGrid(2));
+    bench.Activate(Tool::Flatten);
+    SwiftStroke& brush = *bench.brush;
+    // A binding that nobody ended is dropped without being unlocked.
+    brush.SetMesh(&geometry.level);
+    ASSERT_NE(brush.mesh, nullptr);
+    log.clear();
+    brush.planeDabCount = 5;
+    brush.BeginStroke(&bench.Mesh(), BrushOperation::ModifierSmooth, BrushOperation::TriggerOther);
+    EXPECT_EQ(brush.mesh, nullptr);
+    EXPECT_FALSE(brush.strokeActive);
+    EXPECT_EQ(brush.planeDabCount, 5u);
+    EXPECT_TRUE(log.empty());
+    EXPECT_TRUE(brush.isSmooth);
+    brush.EndStroke();
+    EXPECT_TRUE(brush.isPlaneTool);
+    EXPECT_FALSE(brush.isSmooth);
+    EXPECT_TRUE(log.empty());
+    // The pair waits for a stroke that closes it.
+    EXPECT_EQ(brush.meshChanges.fill, 1u);
+    bench.Begin();
+    bench.End();
+    EXPECT_EQ(log, (CallLog{"finish A0 keep alone", "delete A0"}));
+}
+
+TEST(StrokeBegin, MeshScaleGivesStrengthAndInverseScale) {
+    CallLog log;
+    FakeGeometry geometry("A", log);
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    const auto begin = [&](const Vector& scale) {
+        geometry.place.scale = scale;
+        brush.BeginStroke(&geometry.level, BrushOperation::ModifierNone,
+                          BrushOperation::TriggerStroke);
+        brush.EndStroke();
+        return static_cast<Vector>(brush.brushSpace->inverseScale);
+    };
+    EXPECT_EQ(begin({2.0f, 2.0f, 2.0f}), Vector(0.5f, 0.5f, 0.5f));
+    EXPECT_NEAR(brush.strokeStrengthScale, 0.5f, 1e-6f);
+    EXPECT_EQ(brush.strokeStrengthScale, 1.0f / powf(8.0f, 0.33333334f));
+    EXPECT_EQ(brush.brushSpace->inverseScale.W(), 0.0f);
+    EXPECT_EQ(begin({1.0f, 2.0f, 4.0f}), Vector(1.0f, 0.5f, 0.25f));
+    EXPECT_NEAR(brush.strokeStrengthScale, 0.5f, 1e-6f);
+    EXPECT_EQ(begin({0.0f, 1.0f, 1.0f}), Vector(1.0f, 1.0f, 1.0f));
+    EXPECT_EQ(brush.strokeStrengthScale, 0.0f);
+    EXPECT_EQ(begin({1.0f, 1.0f, 1.0f}), Vector(1.0f, 1.0f, 1.0f));
+    EXPECT_EQ(brush.strokeStrengthScale, 1.0f);
+}
+
+TEST(StrokeBegin, WithoutAMeshTheFirstDabBinds) {
+    StrokeBench bench(FlatGrid(2));
+    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {});
+    bench.Stroke(bench.HitFace(0), 0.5f);
+    SwiftStroke& brush = *bench.brush;
+    EXPECT_NEAR(brush.strokeStrengthScale, 0.5f, 1e-6f);
+    brush.BeginStroke(nullptr, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+    EXPECT_EQ(brush.strokeStrengthScale, 1.0f);
+    EXPECT_EQ(static_cast<Vector>(brush.brushSpace->inverseScale), Vector(0.5f, 0.5f, 0.5f));
+    EXPECT_EQ(brush.mesh, nullptr);
+    EXPECT_TRUE(brush.strokeActive);
+    bench.Dab(bench.HitFace(0), 0.5f);
+    EXPECT_EQ(static_cast<Mesh*>(brush.mesh), &bench.Mesh());
+    EXPECT_EQ(brush.meshChanges.fill, 1u);
+    EXPECT_TRUE(brush.strokeActive);
+    brush.EndStroke();
+    EXPECT_FALSE(brush.strokeActive);
+}
+
+TEST(StrokeBegin, MeshWithoutExtentAlongAnAxisMovesNothing) {
+    StrokeBench bench(FlatGrid(4));
+    bench.geometry->Place().Set({0.0f, 1.0f, 1.0f}, {}, {});
+    const auto before = BitsOf(bench.Mesh());
+    bench.Begin();
+    EXPECT_EQ(bench.brush->strokeStrengthScale, 0.0f);
+    SurfacePoint hit = bench.HitFace(5);
+    bench.Dab(hit, 1.0f);
+    EXPECT_GT(*bench.brush->CurrentChange()->recordCount, 0u);
+    bench.End();
+    EXPECT_EQ(BitsOf(bench.Mesh()), before);
+}
+
+TEST(StrokeBegin, SmoothingDistanceGivesTheRefinementInterval) {
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    brush.useTessellator = true;
+    const auto interval = [&](bool on, float distance) {
+        brush.SetStrokeSmoothing(on, distance);
+        brush.refineDabCount = 7;
+        bench.Begin();
+        EXPECT_EQ(brush.refineDabCount, 0u);
+        bench.End();
+        return brush.refineInterval;
+    };
+    EXPECT_EQ(interval(true, 0.3f), 1u);
+    EXPECT_EQ(interval(true, 0.25f), 3u);
+    EXPECT_EQ(interval(true, 0.2f), 3u);
+    EXPECT_EQ(interval(true, 0.15f), 3u);
+    EXPECT_EQ(interval(true, 0.12f), 4u);
+    EXPECT_EQ(interval(true, 0.1f), 4u);
+    EXPECT_EQ(interval(true, 0.0625f), 8u);
+    EXPECT_EQ(interval(true, 0.0f), 16u);
+    EXPECT_EQ(interval(true, -1.0f), 16u);
+    EXPECT_EQ(interval(true, 0.3f), 1u);
+    EXPECT_EQ(interval(false, 0.0625f), 1u);
+    brush.useTessellator = false;
+    brush.SetStrokeSmoothing(true, 0.0625f);
+    brush.refineDabCount = 7;
+    bench.Begin();
+    bench.End();
+    EXPECT_EQ(brush.refineInterval, 1u);
+    EXPECT_EQ(brush.refineDabCount, 7u);
+}
+
+TEST(StrokeBegin, BorrowsTheFalloffTable) {
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    brush.setRadius(4.0f);
+    bench.Begin();
+    const Store<float>& samples = brush.FalloffData();
+    EXPECT_EQ(brush.falloffTable, samples.array);
+    EXPECT_EQ(brush.falloffLast, static_cast<int32_t>(samples.fill) - 1);
+    EXPECT_EQ(brush.falloffLastFloat, static_cast<float>(samples.fill - 1));
+    EXPECT_EQ(brush.falloffScale, brush.falloffLastFloat * 0.25f);
+    bench.End();
+    EXPECT_EQ(brush.falloffTable, samples.array);
+}
+
+TEST(StrokeBegin, EmptyFalloffCountsAsNone) {
+    StrokeBench bench(FlatGrid(2));
+    bench.brush->Settings().falloffSamples.Clear();
+    const auto before = BitsOf(bench.Mesh());
+    bench.Begin();
+    EXPECT_EQ(bench.brush->falloffTable, nullptr);
+    const AxisAlignedBoundingBox box = bench.Dab(bench.HitFace(0), 1.0f);
+    EXPECT_TRUE(box.IsEmpty());
+    EXPECT_EQ(bench.brush->planeDabCount, 0xffffffffu);
+    bench.End();
+    EXPECT_EQ(BitsOf(bench.Mesh()), before);
+}
+
+TEST(StrokeBegin, ClearsPlaneStateScratchAndCounter) {
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    bench.Begin();
+    bench.Dab(bench.HitFace(0), 1.0f);
+    EXPECT_NE(brush.patchVertexList, nullptr);
+    EXPECT_GE(brush.patchVertexListCapacity, 4);
+    EXPECT_NE(strokeVertexCount, 0u);
+    bench.End();
+    EXPECT_EQ(brush.patchVertexList, nullptr);
+    EXPECT_EQ(brush.patchVertexListCapacity, 0);
+    for (int pass = 0; pass < 2; ++pass) {
+        brush.planeDistances[pass] = 3.0f;
+        brush.directions[pass] = Vector(1.0f, 2.0f, 3.0f);
+        brush.planePoints[pass] = Vector(1.0f, 2.0f, 3.0f);
+    }
+    bench.Begin();
+    EXPECT_EQ(strokeVertexCount, 0u);
+    EXPECT_EQ(brush.planeDabCount, 0xffffffffu);
+    for (int pass = 0; pass < 2; ++pass) {
+        EXPECT_EQ(brush.planeDistances[pass], 0.0f);
+        EXPECT_EQ(brush.directions[pass], Vector());
+        EXPECT_EQ(brush.planePoints[pass], Vector());
+    }
+    EXPECT_EQ(brush.spareScratch, nullptr);
+    EXPECT_EQ(brush.spareScratchSize, 0u);
+    bench.End();
+}
+
+TEST(StrokeEnd, FinishesChangesInTheOrderOfTheirBinding) {
+    CallLog log;
+    FakeGeometry a("A", log);
+    FakeGeometry b("B", log);
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    const uint32_t versionOfA = a.level.Version();
+    brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+    bench.Dab(a.Hit(), 1.0f);
+    bench.Dab(b.Hit(), 1.0f);
+    EXPECT_EQ(a.level.Version(), versionOfA + 1);
+    EXPECT_EQ(log, (CallLog{"lock A", "unlock A at version " + std::to_string(versionOfA),
+                            "lock B"}));
+    log.clear();
+    const uint32_t versionOfB = b.level.Version();
+    brush.coarseMeshWarned = true;
+    brush.EndStroke();
+    EXPECT_EQ(log, (CallLog{"finish A0 keep alone", "delete A0", "finish B0 keep join",
+                            "delete B0", "unlock B at version " + std::to_string(versionOfB)}));
+    EXPECT_EQ(b.level.Version(), versionOfB + 1);
+    EXPECT_EQ(brush.meshChanges.array, nullptr);
+    EXPECT_EQ(brush.meshChanges.capacity, 0u);
+    EXPECT_EQ(brush.meshChanges.fill, 0u);
+    EXPECT_EQ(brush.mesh, nullptr);
+    EXPECT_FALSE(brush.strokeActive);
+    EXPECT_FALSE(brush.coarseMeshWarned);
+}
+
+TEST(StrokeEnd, UnboundStrokeLeavesItsPairsToALaterOne) {
+    CallLog log;
+    FakeGeometry a("A", log);
+    FakeGeometry b("B", log);
+    b.level.lockable = false;
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+    bench.Dab(b.Hit(), 1.0f);
+    EXPECT_EQ(brush.mesh, nullptr);
+    brush.coarseMeshWarned = true;
+    log.clear();
+    brush.EndStroke();
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(brush.meshChanges.fill, 1u);
+    EXPECT_TRUE(brush.coarseMeshWarned);
+    bench.Begin();
+    bench.End();
+    EXPECT_EQ(log, (CallLog{"finish A0 keep alone", "delete A0"}));
+    EXPECT_EQ(brush.meshChanges.fill, 0u);
+}
+
+TEST(StrokeEnd, MeshSeesAStrokeExactlyBetweenBeginAndEnd) {
+    CallLog log;
+    FakeGeometry a("A", log);
+    FakeGeometry b("B", log);
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    EXPECT_TRUE(brush.IsStrokeFree());
+    brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+    EXPECT_EQ(a.level.lastUnlocker, static_cast<MeshUnlocker*>(&brush));
+    EXPECT_TRUE(a.level.freeAtLock);
+    EXPECT_FALSE(brush.IsStrokeFree());
+    bench.Dab(b.Hit(), 1.0f);
+    EXPECT_TRUE(b.level.freeAtLock);
+    EXPECT_FALSE(brush.IsStrokeFree());
+    brush.EndStroke();
+    EXPECT_TRUE(brush.IsStrokeFree());
+}
+
+TEST(StrokeEnd, WithoutABindingFinishDoesNothing) {
+    StrokeBench bench(FlatGrid(2));
+    const uint32_t version = bench.Mesh().Version();
+    bench.brush->FinishMesh();
+    EXPECT_EQ(bench.Mesh().Version(), version);
+    EXPECT_EQ(bench.brush->mesh, nullptr);
+}
+
+}  // namespace
+}  // namespace trovik::test
