@@ -18,9 +18,12 @@ std::vector<std::unique_ptr<BrushConfiguration>>& Catalogue() {
 
 bool CheckableFloatArray::s_bActive = false;
 
-BrushConfiguration::BrushConfiguration(const ClassDesc* ownerClass, uint32_t number,
-                                       const QString& rowName, const QString& shownName,
-                                       PredefinedCategory rowCategory, const QString& tip,
+BrushConfiguration::BrushConfiguration(const ClassDesc* ownerClass,
+                                       uint32_t number,
+                                       const QString& rowName,
+                                       const QString& shownName,
+                                       PredefinedCategory rowCategory,
+                                       const QString& tip,
                                        int rowFlags)
     : brushClass(ownerClass),
       id(number),
@@ -44,8 +47,6 @@ void BrushOperation::AddConfiguration(BrushConfiguration* configuration) {
 BrushConfiguration* BrushOperation::Configuration(uint32_t index) {
     return index < Catalogue().size() ? Catalogue()[index].get() : nullptr;
 }
-uint32_t BrushOperation::ConfigurationCount() {
-    return static_cast<uint32_t>(Catalogue().size());
-}
+uint32_t BrushOperation::ConfigurationCount() { return static_cast<uint32_t>(Catalogue().size()); }
 
 }  // namespace trovik

@@ -5,6 +5,7 @@
 #include "framework/brushes/Falloff.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 namespace trovik {
 
@@ -18,9 +19,11 @@ float UnderPressure(float setting, float bias, float pressure) {
     return setting * ((1.0f - fixed) * pressure + fixed);
 }
 
-float Within(float value, float limit) {
-    return value > 0.0f ? std::min(value, limit) : 0.0f;
+std::vector<float> SamplesOf(const Store<float>& samples) {
+    return {samples.array, samples.array + samples.fill};
 }
+
+float Within(float value, float limit) { return value > 0.0f ? std::min(value, limit) : 0.0f; }
 
 }  // namespace
 
@@ -53,12 +56,11 @@ void BrushOperation::SetBrushStrength(float strength) {
     d->strength = Within(strength, MaxBrushStrength());
 }
 float BrushOperation::EffectiveBrushSize(float pressure) const {
-    return d->pressureControlsSize ? UnderPressure(d->size, d->sizeBias, pressure) : d->size;
+    return strokeOptionD.Value() ? UnderPressure(d->size, d->sizeBias, pressure) : d->size;
 }
 float BrushOperation::EffectiveBrushStrength(float pressure) const {
-    return PressureControlsBrushStrength()
-               ? UnderPressure(d->strength, d->strengthBias, pressure)
-               : d->strength;
+    return PressureControlsBrushStrength() ? UnderPressure(d->strength, d->strengthBias, pressure)
+                                           : d->strength;
 }
 float BrushOperation::BrushSizeBias() const { return d->sizeBias; }
 float BrushOperation::BrushStrengthBias() const { return d->strengthBias; }
@@ -82,8 +84,7 @@ void BrushOperation::SetSteadyStroke(bool on, float distance) {
 }
 
 QString BrushOperation::Falloff() const {
-    return QString::fromStdString(
-        FalloffNames()[static_cast<std::size_t>(d->falloffIndex)]);
+    return QString::fromStdString(FalloffName(d->falloffIndex));
 }
 void BrushOperation::SetFalloff(const QString& curve) {
     const int index = FalloffIndexOf(curve.toStdString());
@@ -91,8 +92,9 @@ void BrushOperation::SetFalloff(const QString& curve) {
 }
 const Store<float>& BrushOperation::FalloffData() const { return d->falloffSamples; }
 void BrushOperation::SetFalloffIndex(int index) {
-    const auto count = static_cast<int>(FalloffNames().size());
-    d->falloffIndex = index >= 0 && index < count ? index : 2;
+    // The user's own curve has no table to come from: it stays as it is, if it is in force.
+    if (index == customFalloffIndex && d->falloffIndex == customFalloffIndex) return;
+    d->falloffIndex = IsFalloffIndex(index) ? index : smoothFalloffIndex;
     FillFalloff(d->falloffSamples, d->falloffIndex);
 }
 int BrushOperation::FalloffIndex() const { return d->falloffIndex; }
@@ -110,10 +112,8 @@ float BrushOperation::BuildUpRate() const { return 1.0f; }
 bool BrushOperation::IsImprintTool() const { return false; }
 bool BrushOperation::NonImprintQueryA() const { return true; }
 bool BrushOperation::NonImprintQueryB() const { return true; }
-bool BrushOperation::PressureControlsBrushStrength() const {
-    return d->pressureControlsStrength;
-}
-bool BrushOperation::IsInverted() const { return false; }
+bool BrushOperation::PressureControlsBrushStrength() const { return strokeOptionC.Value(); }
+bool BrushOperation::IsInverted() const { return d->inverted; }
 bool BrushOperation::IsOrientedToSurface() const { return d->orientedToSurface; }
 void BrushOperation::SetOrientedToSurface(bool on) { d->orientedToSurface = on; }
 void BrushOperation::SetDirectionVector(const Vector& direction) {
@@ -121,11 +121,15 @@ void BrushOperation::SetDirectionVector(const Vector& direction) {
     d->directionVectorSet = true;
 }
 
-void BrushOperation::BeginStroke(trovik::Mesh*, Modifier, TriggerType) {}
-void BrushOperation::EndStroke() {}
+void BrushOperation::BeginStroke(trovik::Mesh*, Modifier modifier, TriggerType) {
+    d->inverted = modifier == ModifierInvert;
+    previousPatchPosition = Vector();
+    d->directionVectorSet = false;
+}
+void BrushOperation::EndStroke() { d->inverted = false; }
 void BrushOperation::MouseMove() {}
-void BrushOperation::ApplyDab(const SurfacePoint&, const Vector&, float, float, float,
-                              AxisAlignedBoundingBox&) {}
+void BrushOperation::ApplyDab(
+    const SurfacePoint&, const Vector&, float, float, float, AxisAlignedBoundingBox&) {}
 void BrushOperation::ApplyToWholeMesh(trovik::Mesh*, float, bool) {}
 void BrushOperation::SetMirrorConfig(const MirrorConfiguration& config) { mirrorConfig = config; }
 QString BrushOperation::OverlayIcon() const { return {}; }
@@ -139,14 +143,10 @@ const BrushOperation& BrushOperation::operator=(const BrushOperation& other) {
     SetBrushStrength(o.strength);
     s.sizeBias = o.sizeBias;
     s.strengthBias = o.strengthBias;
-    s.pressureControlsStrength = o.pressureControlsStrength;
-    s.pressureControlsSize = o.pressureControlsSize;
     s.orientedToSurface = o.orientedToSurface;
     s.screenSpace = o.screenSpace;
-    SetFalloffIndex(o.falloffIndex);
-    FillFalloff(s.falloffSamples, std::vector<float>(o.falloffSamples.array,
-                                                     o.falloffSamples.array +
-                                                         o.falloffSamples.fill));
+    s.falloffIndex = o.falloffIndex;
+    FillFalloff(s.falloffSamples, SamplesOf(o.falloffSamples));
     s.stamp = o.stamp;
     s.stampName = o.stampName;
     s.stampImage = o.stampImage;
@@ -195,18 +195,30 @@ Vector BrushOperation::VertexOriginalPosition(trovik::Mesh* mesh, uint32_t verte
 void BrushOperation::Serialize(Stream& stream) {
     Operation::Serialize(stream);
     stream.Transfer(d->size);
-    stream.Transfer(d->strength);
-    stream.Transfer(d->falloffIndex);
-    strokeSmoothingAttribute.Serialize(stream);
-    steadyStrokeAttribute.Serialize(stream);
-    directionAttribute.Serialize(stream);
-    if (!stream.IsStoring()) SetFalloffIndex(d->falloffIndex);
+    for (Attribute* attribute : std::initializer_list<Attribute*>{&directionAttribute,
+                                                                  &strokeSmoothingAttribute,
+                                                                  &steadyStrokeAttribute,
+                                                                  &strokeFloatA,
+                                                                  &strokeFloatB,
+                                                                  &strokeOptionC,
+                                                                  &strokeOptionD,
+                                                                  &strokeOptionE,
+                                                                  &resetOptionA,
+                                                                  &separatorOption,
+                                                                  &imprintPairAttribute})
+        attribute->Serialize(stream);
+    TransferPlainSettings(*this, stream);
+    if (!stream.IsStoring()) SetBrushSize(d->size);
 }
 
 const ClassDesc* BrushOperation::StaticClass() {
-    static const ClassDesc desc(Node::StaticClass(), Node::StaticClass(),
-                                QStringLiteral("BrushOperation"), QStringLiteral("Brush"), nullptr,
-                                1, 0);
+    static const ClassDesc desc(Node::StaticClass(),
+                                Node::StaticClass(),
+                                QStringLiteral("BrushOperation"),
+                                QStringLiteral("Brush"),
+                                nullptr,
+                                1,
+                                0);
     return &desc;
 }
 const ClassDesc* BrushOperation::RuntimeClass() const { return StaticClass(); }

@@ -17,12 +17,11 @@ struct BrushOperation::Private {
     float strength = 15.0f;  ///< 0 to 100, in percent
     float sizeBias = 0.0f;   ///< percent that does not depend on pressure
     float strengthBias = 0.0f;
-    bool pressureControlsStrength = true;
-    bool pressureControlsSize = false;
     bool orientedToSurface = true;
     bool screenSpace = false;
+    bool inverted = false;  ///< the stroke under way began with ModifierInvert
 
-    int falloffIndex = 2;
+    int falloffIndex = 2;  ///< customFalloffIndex: samples of the user's own
     Store<float> falloffSamples{"brush falloff"};
 
     // The stamp (mask -1).
@@ -34,7 +33,7 @@ struct BrushOperation::Private {
     bool stampBuildUp = false;
     float stampFactor = 1.0f;
     float stampOffset = 0.0f;
-    Matrix stampMatrix;  ///< set by the stroke loop for each dab
+    Matrix stampMatrix;              ///< set by the stroke loop for each dab
     bool mirroredStampRead = false;  ///< mask 1
 
     Vector directionVector;  ///< last SetDirectionVector, for the cursor
@@ -44,5 +43,9 @@ struct BrushOperation::Private {
     /// Stored settings by tool, as bytes of a stream.
     std::map<const BrushConfiguration*, std::vector<uint8_t>> stored;
 };
+
+/// Reads or writes the settings that have no attribute, but for the size, which is common to all
+/// tools. What was read is brought into its limits.
+void TransferPlainSettings(BrushOperation& brush, Stream& stream);
 
 }  // namespace trovik

@@ -56,28 +56,15 @@ void BrushOperation::RestoreConfiguration(const BrushConfiguration* configuratio
 // Everything that a tool sets or its user may change; the brush's size is common to all tools.
 void BrushOperation::TransferToolSettings(Stream& stream) {
     for (Attribute* attribute : Attributes()) {
-        // An attribute that follows another one has no value of its own.
-        if (attribute->Source() == nullptr) attribute->Serialize(stream);
+        // An attribute that follows another one has no value of its own. What followed one when it
+        // was stored may not do so any more, so that is told with it.
+        uint8_t own = attribute->Source() == nullptr ? 1 : 0;
+        stream.Transfer(own);
+        if (own == 0) continue;
+        attribute->Serialize(stream);
+        if (!stream.IsStoring()) attribute->UpdateTargets();
     }
-    Private& s = *d;
-    stream.Transfer(s.strength);
-    stream.Transfer(s.strengthBias);
-    stream.Transfer(s.sizeBias);
-    stream.Transfer(s.falloffIndex);
-    stream.Transfer(s.stamp.path);
-    stream.Transfer(s.stamp.randomTurn);
-    for (bool* flag : {&s.pressureControlsStrength, &s.pressureControlsSize, &s.orientedToSurface,
-                       &s.stamp.enabled, &s.stamp.randomize, &s.stampTiled, &s.stampInverted,
-                       &s.stampBuildUp}) {
-        uint8_t byte = *flag ? 1 : 0;
-        stream.Transfer(byte);
-        *flag = byte != 0;
-    }
-    stream.Transfer(s.stampFactor);
-    stream.Transfer(s.stampOffset);
-    if (stream.IsStoring()) return;
-    SetFalloffIndex(s.falloffIndex);
-    OnMaskChanged(-1);
+    TransferPlainSettings(*this, stream);
 }
 
 }  // namespace trovik

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/Falloff.h"
 
+#include "framework/brushes/BrushSettings.h"
+#include "framework/errors/HostError.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -13,8 +16,8 @@ float SmoothStep(float t) { return t * t * (3.0f - 2.0f * t); }
 }  // namespace
 
 const std::vector<std::string>& FalloffNames() {
-    static const std::vector<std::string> names = {"constant", "linear", "smooth", "spherical",
-                                                   "sharp",    "cone",   "bell",   "plateau"};
+    static const std::vector<std::string> names = {
+        "constant", "linear", "smooth", "spherical", "sharp", "cone", "bell", "plateau"};
     return names;
 }
 
@@ -22,6 +25,14 @@ int FalloffIndexOf(const std::string& name) {
     const auto& names = FalloffNames();
     const auto found = std::find(names.begin(), names.end(), name);
     return found == names.end() ? -1 : static_cast<int>(found - names.begin());
+}
+
+bool IsFalloffIndex(int index) {
+    return index >= 0 && index < static_cast<int>(FalloffNames().size());
+}
+
+std::string FalloffName(int index) {
+    return IsFalloffIndex(index) ? FalloffNames()[static_cast<std::size_t>(index)] : "custom";
 }
 
 float FalloffValue(int index, float x) {
@@ -51,8 +62,8 @@ float FalloffValue(int index, float x) {
 void FillFalloff(Store<float>& samples, int index) {
     samples.SetFill(falloffSampleCount, false);
     for (unsigned i = 0; i < falloffSampleCount; ++i) {
-        samples.array[i] = FalloffValue(
-            index, static_cast<float>(i) / static_cast<float>(falloffSampleCount - 1));
+        samples.array[i] =
+            FalloffValue(index, static_cast<float>(i) / static_cast<float>(falloffSampleCount - 1));
     }
 }
 
@@ -61,6 +72,40 @@ void FillFalloff(Store<float>& samples, const std::vector<float>& values) {
     if (values.empty()) return;
     samples.SetFill(static_cast<uint32_t>(values.size()), false);
     std::copy(values.begin(), values.end(), samples.array);
+}
+
+void SetFalloffSamples(BrushOperation& brush, const std::vector<float>& samples) {
+    FillFalloff(brush.Settings().falloffSamples, samples);
+    brush.Settings().falloffIndex = customFalloffIndex;
+}
+
+std::vector<float> FalloffFromCurve(const std::vector<FalloffPoint>& points) {
+    if (points.empty()) throw HostError("falloff curve: it has no points");
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const FalloffPoint& p = points[i];
+        const std::string place = "falloff curve: point " + std::to_string(i);
+        if (!std::isfinite(p.y)) throw HostError(place + ": its value is not a number");
+        if (!(p.x >= 0.0f && p.x <= 1.0f))
+            throw HostError(place + ": its distance is not within 0 to 1");
+        if (i > 0 && !(p.x > points[i - 1].x))
+            throw HostError(place + ": its distance does not lie beyond that of the one before");
+    }
+    std::vector<float> samples(falloffSampleCount);
+    std::size_t next = 0;
+    for (unsigned i = 0; i < falloffSampleCount; ++i) {
+        const float x = static_cast<float>(i) / static_cast<float>(falloffSampleCount - 1);
+        while (next < points.size() && points[next].x <= x) ++next;
+        if (next == 0) {
+            samples[i] = points.front().y;
+        } else if (next == points.size()) {
+            samples[i] = points.back().y;
+        } else {
+            const FalloffPoint& a = points[next - 1];
+            const FalloffPoint& b = points[next];
+            samples[i] = a.y + (b.y - a.y) * ((x - a.x) / (b.x - a.x));
+        }
+    }
+    return samples;
 }
 
 }  // namespace trovik

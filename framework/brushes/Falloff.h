@@ -8,11 +8,23 @@
 
 namespace trovik {
 
-/// Names of the falloff curves, by index. 2, "smooth", is what most tools start with; 7,
-/// "plateau", is Imprint's.
+class BrushOperation;
+
+/// What most tools start with, and what stands in for an unknown curve.
+inline constexpr int smoothFalloffIndex = 2;
+/// Imprint's: full nearly to the rim.
+inline constexpr int plateauFalloffIndex = 7;
+/// Stands for samples of the user's own, under the name "custom".
+inline constexpr int customFalloffIndex = -1;
+
+/// Names of the falloff curves, by index.
 TROVIK_API const std::vector<std::string>& FalloffNames();
 /// \return -1 for an unknown name.
 TROVIK_API int FalloffIndexOf(const std::string& name);
+/// Whether the table has a curve of this index.
+TROVIK_API bool IsFalloffIndex(int index);
+/// Name of a curve of the table, or "custom".
+TROVIK_API std::string FalloffName(int index);
 
 /// Samples per curve.
 inline constexpr unsigned falloffSampleCount = 256;
@@ -25,5 +37,19 @@ TROVIK_API float FalloffValue(int index, float x);
 TROVIK_API void FillFalloff(Store<float>& samples, int index);
 /// Fills `samples` with values of the user's own.
 TROVIK_API void FillFalloff(Store<float>& samples, const std::vector<float>& values);
+
+/// Gives the brush a curve of the user's own, samples from the centre to the rim. It is kept with
+/// the tool like the other settings.
+TROVIK_API void SetFalloffSamples(BrushOperation& brush, const std::vector<float>& samples);
+
+/// A point of a curve: value `y` at distance `x`, 0 at the centre to 1 at the rim.
+struct FalloffPoint {
+    float x = 0.0f;
+    float y = 0.0f;
+};
+/// Samples of the curve that joins the points by straight lines; before the first and after the
+/// last point it stays level. \throw HostError when there are none, one is not finite or not within
+/// 0 to 1 in x, or the x do not rise.
+TROVIK_API std::vector<float> FalloffFromCurve(const std::vector<FalloffPoint>& points);
 
 }  // namespace trovik

@@ -98,6 +98,11 @@ public:
     const std::vector<FaceVisit>& LastFaceWalk() const { return lastFaceWalk; }
     /// Vertices handed to the visitor's Tester in the last EnumerateVertices, in order.
     const std::vector<FaceVisit>& LastVertexWalk() const { return lastVertexWalk; }
+    /// Empties both lists, so that who comes after sees whether a walk ran.
+    void ForgetLastWalks() {
+        lastFaceWalk.clear();
+        lastVertexWalk.clear();
+    }
 
     /// The same for some vertices only; gives the bits that ComputeNormals would.
     void ComputeNormalsOf(const std::vector<uint32_t>& which);

@@ -83,8 +83,7 @@ void Block::LogAll(float share, bool everyBlock) {
     for (const Block* block = s_pHead; block != nullptr; block = block->next)
         ++blocksByName[block->allocatorName == nullptr ? "unnamed" : block->allocatorName];
     Log("memory: " + std::to_string(account.total) + " bytes accounted" +
-        (account.limit == unlimited ? std::string()
-                                    : ", limit " + std::to_string(account.limit)) +
+        (account.limit == unlimited ? std::string() : ", limit " + std::to_string(account.limit)) +
         (account.allocator == nullptr ? std::string()
                                       : std::string(", allocating for ") + account.allocator));
     int64_t blocks = 0;

@@ -8,7 +8,10 @@ namespace {
 Error* OutOfMemoryError() {
     static auto* error =
         new Error(QString::fromLatin1("Out of memory: the memory limit does not allow more"),
-                  Error::OutOfMemory, "Block::RegisterMemoryBlock", __FILE__, __LINE__);
+                  Error::OutOfMemory,
+                  "Block::RegisterMemoryBlock",
+                  __FILE__,
+                  __LINE__);
     return error;
 }
 
@@ -16,8 +19,8 @@ Error* OutOfMemoryError() {
 
 Error* const Error::s_cBadAlloc = OutOfMemoryError();
 
-Error::Error(const QString& text, Code errorCode, const char* inFunction, const char* inFile,
-             int atLine)
+Error::Error(
+    const QString& text, Code errorCode, const char* inFunction, const char* inFile, int atLine)
     : message(text), code(errorCode), function(inFunction), file(inFile), line(atLine) {}
 
 Error* Error::Format(const QString& text) {

@@ -70,8 +70,8 @@ Attribute* Attribute::Target(uint32_t index) const {
 
 QWidget* CreateNewBoolWidget(QWidget*, int, AttributeInstance<bool>*) { return nullptr; }
 
-AttributeFloatRange::AttributeFloatRange(Node* holder, const QString& key, float low, float high,
-                                         float initial, int shownDecimals)
+AttributeFloatRange::AttributeFloatRange(
+    Node* holder, const QString& key, float low, float high, float initial, int shownDecimals)
     : AttributeInstance<float>(holder, key, WithinRange(initial, low, high)),
       minimum(low),
       maximum(high),

@@ -16,9 +16,13 @@ std::vector<const ClassDesc*>& Registry() {
 
 }  // namespace
 
-ClassDesc::ClassDesc(const ClassDesc* above, const ClassDesc* aboveInLists,
-                     const QString& className, const QString& shownName,
-                     Node* (*make)(unsigned), int classFlags, int classVersion)
+ClassDesc::ClassDesc(const ClassDesc* above,
+                     const ClassDesc* aboveInLists,
+                     const QString& className,
+                     const QString& shownName,
+                     Node* (*make)(unsigned),
+                     int classFlags,
+                     int classVersion)
     : parent(above),
       displayParent(aboveInLists),
       name(className),

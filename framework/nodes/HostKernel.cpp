@@ -1,9 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/nodes/HostKernel.h"
 
+#include "host/BrushOperation.h"
+
 namespace trovik {
 
-HostKernel::HostKernel() { g_pKernel = this; }
+HostKernel::HostKernel() {
+    g_pKernel = this;
+    SetName(QStringLiteral("Kernel"));
+    // Descriptors register when they are first asked for; the registry is to know the host's own
+    // ones from the start.
+    Node::StaticClass();
+    TreeNode::StaticClass();
+    Mesh::StaticClass();
+    SubdivisionLevel::StaticClass();
+    Geometry::StaticClass();
+    MeshRenderer::StaticClass();
+    BrushOperation::StaticClass();
+}
 
 HostKernel& HostKernel::Instance() {
     // Never destroyed: brushes with static lifetime open their guards up to the very end.

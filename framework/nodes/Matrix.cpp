@@ -80,9 +80,9 @@ Matrix Matrix::operator*(const Matrix& right) const {
     Matrix product;
     for (int r = 0; r < 4; ++r)
         for (int c = 0; c < 4; ++c)
-            product.m[r][c] = ((m[r][0] * right.m[0][c] + m[r][1] * right.m[1][c]) +
-                               m[r][2] * right.m[2][c]) +
-                              m[r][3] * right.m[3][c];
+            product.m[r][c] =
+                ((m[r][0] * right.m[0][c] + m[r][1] * right.m[1][c]) + m[r][2] * right.m[2][c]) +
+                m[r][3] * right.m[3][c];
     return product;
 }
 

@@ -52,8 +52,8 @@ Node* Node::Duplicate() const {
 }
 
 const ClassDesc* Node::StaticClass() {
-    static const ClassDesc desc(nullptr, nullptr, QStringLiteral("Node"), QStringLiteral("Node"),
-                                nullptr, 1, 0);
+    static const ClassDesc desc(
+        nullptr, nullptr, QStringLiteral("Node"), QStringLiteral("Node"), nullptr, 1, 0);
     return &desc;
 }
 

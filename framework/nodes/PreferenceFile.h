@@ -23,12 +23,14 @@ TROVIK_API Attribute* FindPreference(const std::string& key);
 TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
 /// All registered keys, sorted.
 TROVIK_API std::vector<std::string> PreferenceKeys();
-/// Stored values, as texts, of keys that nothing registered so far. Registering takes its value out.
+/// Stored values, as texts, of keys that nothing registered so far. Registering takes its value
+/// out.
 TROVIK_API std::map<std::string, std::string>& UnclaimedPreferences();
 
 /// Reads stored values: a JSON object of texts, numbers and truth values by key. Keys that nothing
 /// registered are kept, for a library that registers them later and for the next saving. Either all
-/// values are taken or, on an error, none. \throw HostError naming the file, the key and the reason.
+/// values are taken or, on an error, none. \throw HostError naming the file, the key and the
+/// reason.
 TROVIK_API void LoadPreferences(const std::string& path);
 /// Writes all values, as texts, beside the old file and renames. \throw HostError.
 TROVIK_API void SavePreferences(const std::string& path);

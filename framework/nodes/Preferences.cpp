@@ -17,8 +17,8 @@ struct Entry {
     PreferenceInfo info;
 };
 
-/// Owner of all preference attributes. A key stands for one preference of each kind of value; should
-/// two libraries disagree on the kind, each keeps an attribute of its own.
+/// Owner of all preference attributes. A key stands for one preference of each kind of value;
+/// should two libraries disagree on the kind, each keeps an attribute of its own.
 class PreferenceNode : public Node {
 public:
     PreferenceNode() { SetName(QStringLiteral("Preferences")); }
@@ -61,20 +61,29 @@ A* Register(const QString& key, PreferenceInfo info, Make make) {
 
 namespace Preferences {
 
-Bool::Bool(const QString& key, const QString& category, const QString& label,
-           const QString& categoryLabel, bool value, bool advanced)
+Bool::Bool(const QString& key,
+           const QString& category,
+           const QString& label,
+           const QString& categoryLabel,
+           bool value,
+           bool advanced)
     : attribute(Register<AttributeInstance<bool>, bool>(
           key, {category, label, categoryLabel, advanced}, [&] {
               return std::make_unique<AttributeInstance<bool>>(&TheNode(), key, value);
           })) {}
 
-Float::Float(const QString& key, const QString& category, const QString& label,
-             const QString& categoryLabel, float value, float minimum, float maximum,
+Float::Float(const QString& key,
+             const QString& category,
+             const QString& label,
+             const QString& categoryLabel,
+             float value,
+             float minimum,
+             float maximum,
              bool advanced)
     : attribute(Register<AttributeFloatRange, float>(
           key, {category, label, categoryLabel, advanced}, [&] {
-              return std::make_unique<AttributeFloatRange>(&TheNode(), key, minimum, maximum,
-                                                           value, 2);
+              return std::make_unique<AttributeFloatRange>(
+                  &TheNode(), key, minimum, maximum, value, 2);
           })) {}
 
 }  // namespace Preferences

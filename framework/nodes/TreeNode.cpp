@@ -56,9 +56,8 @@ void TreeNode::MoveChild(TreeNode* child, TreeNode* after) {
     if (child->parent != this || child == after) return;
     if (after != nullptr && after->parent != this) return;
     std::erase(children, child);
-    const auto at = after == nullptr
-                        ? children.begin()
-                        : std::find(children.begin(), children.end(), after) + 1;
+    const auto at = after == nullptr ? children.begin()
+                                     : std::find(children.begin(), children.end(), after) + 1;
     children.insert(at, child);
 }
 
@@ -127,9 +126,13 @@ void TreeNode::CopyTo(Node& target) const {
 }
 
 const ClassDesc* TreeNode::StaticClass() {
-    static const ClassDesc desc(Node::StaticClass(), Node::StaticClass(),
-                                QStringLiteral("TreeNode"), QStringLiteral("Tree node"),
-                                nullptr, 1, 0);
+    static const ClassDesc desc(Node::StaticClass(),
+                                Node::StaticClass(),
+                                QStringLiteral("TreeNode"),
+                                QStringLiteral("Tree node"),
+                                nullptr,
+                                1,
+                                0);
     return &desc;
 }
 

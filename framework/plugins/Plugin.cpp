@@ -14,8 +14,12 @@ std::vector<Plugin*>& Registry() {
 
 }  // namespace
 
-Plugin::Plugin(const QString& pluginName, const QString& about, const QString& maker,
-               const QString& web, const QString& built, void (*start)())
+Plugin::Plugin(const QString& pluginName,
+               const QString& about,
+               const QString& maker,
+               const QString& web,
+               const QString& built,
+               void (*start)())
     : name(pluginName),
       description(about),
       author(maker),

@@ -4,10 +4,9 @@
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -68,7 +67,8 @@ void LoadPlugins() {
         std::vector<std::string> files;
         for (const auto& entry : fs::directory_iterator(folder, failed))
             if (entry.path().extension() == ".so") files.push_back(entry.path().string());
-        if (failed) throw HostError(folder + ": cannot read the plug-in folder: " + failed.message());
+        if (failed)
+            throw HostError(folder + ": cannot read the plug-in folder: " + failed.message());
         std::sort(files.begin(), files.end());
         for (const std::string& file : files) LoadPlugin(file);
     }

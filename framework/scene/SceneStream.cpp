@@ -34,8 +34,8 @@ SceneStream::SceneStream(uint32_t formatNumber) : storing(true), format(formatNu
 SceneStream::SceneStream(std::vector<uint8_t> bytes)
     : storing(false), format(0), data(std::move(bytes)) {
     char found[8] = {};
-    if (data.size() < sizeof(magic)) Fail(QStringLiteral("not a scene: shorter than its header"),
-                                          __LINE__);
+    if (data.size() < sizeof(magic))
+        Fail(QStringLiteral("not a scene: shorter than its header"), __LINE__);
     ReadElements(found, 1, sizeof(found));
     if (std::memcmp(found, magic, sizeof(magic)) != 0)
         Fail(QStringLiteral("not a scene: the first eight bytes are not TROVIKSC"), __LINE__);
@@ -82,8 +82,10 @@ void SceneStream::ToFile(const std::string& path) const {
 
 SceneStream SceneStream::FromFile(const std::string& path) {
     InputFile file(path);
-    std::vector<uint8_t> bytes(file.SizeBytes());
-    if (!bytes.empty()) std::memcpy(bytes.data(), file.Bytes(bytes.size()), bytes.size());
+    const auto size = static_cast<std::size_t>(file.Remaining());
+    const unsigned char* begin = file.Take(size);
+    if (begin == nullptr) throw HostError(path + ": the file became shorter while it was read");
+    std::vector<uint8_t> bytes(begin, begin + size);
     try {
         return SceneStream(std::move(bytes));
     } catch (Error* error) {
@@ -104,8 +106,10 @@ void SceneStream::ReadElements(void* elements, uint32_t elementSize, uint64_t co
     if (elementSize != 0 && count > left / elementSize) {
         Fail(QStringLiteral("the scene ends at byte %1, where %2 more bytes were expected")
                  .arg(data.size())
-                 .arg(static_cast<double>(count) * elementSize - static_cast<double>(left), 0,
-                      'f', 0),
+                 .arg(static_cast<double>(count) * elementSize - static_cast<double>(left),
+                      0,
+                      'f',
+                      0),
              __LINE__);
     }
     const std::size_t bytes = static_cast<std::size_t>(count) * elementSize;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/LevelChange.h"
+#include "framework/memory/MemoryAccount.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -40,6 +41,20 @@ TEST_F(LevelChangeTest, RecordTakesOverTheVertex) {
     EXPECT_EQ(*change->recordCount, 2u);
     EXPECT_EQ(mesh.changeRecords, change->records->array);
     EXPECT_EQ(change->mesh, static_cast<Mesh*>(&mesh));
+}
+
+TEST_F(LevelChangeTest, RefusedMemoryLeavesTheVertexAlone) {
+    const std::unique_ptr<MeshChange> change(mesh.StartChange());
+    TouchRecord(*change, 0);
+    const Vertex before = mesh.vertices.array[1];
+    const int64_t limit = MemoryAccount::Limit();
+    MemoryAccount::SetLimit(MemoryAccount::Total());
+    EXPECT_THROW(TouchRecord(*change, 1), Error*);
+    MemoryAccount::SetLimit(limit);
+    EXPECT_EQ(mesh.vertices.array[1].changeLink, before.changeLink);
+    EXPECT_EQ(mesh.changeRecordCount, 1u);
+    EXPECT_EQ(TouchRecord(*change, 1).vertexIndex, 1u);
+    EXPECT_EQ(mesh.changeRecordCount, 2u);
 }
 
 TEST_F(LevelChangeTest, StampThatLooksLikeARecordOfAnotherVertexIsAMiss) {

@@ -156,9 +156,9 @@ TEST_F(CoarseMesh, IsToldOnceAStroke) {
     EXPECT_EQ(Messages(), 2u);
     EXPECT_EQ(
         HostKernel::Instance().HUDMessages()[0],
-        "The mesh you are trying to sculpt is too coarse<br>\n\t\t\t\t\tfor the size of your "
-        "brush.<p>\n\t\t\t\t\tPress <b>%%Subdivide faces%%</b> to subdivide the mesh into finer "
-        "polygons.<p>\n\t\t\t\t\tPress <b>%%Toggle wireframe%%</b> to show/hide the wireframe.");
+        "The mesh you are trying to sculpt is too coarse<br>\t\t\t\t\tfor the size of your "
+        "brush.<p>\t\t\t\t\tPress <b>%%Subdivide faces%%</b> to subdivide the mesh into finer "
+        "polygons.<p>\t\t\t\t\tPress <b>%%Toggle wireframe%%</b> to show/hide the wireframe.");
 }
 
 TEST_F(CoarseMesh, IsOneWhoseFaceMeasuresMoreThanFourRadii) {

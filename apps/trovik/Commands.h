@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace trovik {
+
+/// Each adds one verb to the program. A verb does its work in its callback and reports failure by
+/// throwing HostError.
+void AddSculptCommand(CLI::App& program);
+void AddInfoCommand(CLI::App& program);
+void AddConvertCommand(CLI::App& program);
+void AddRenderCommand(CLI::App& program);
+void AddToolsCommand(CLI::App& program);
+
+}  // namespace trovik

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Commands.h"
+#include "framework/errors/HostError.h"
+#include "framework/images/ImageFile.h"
+#include "framework/levels/LevelGeometry.h"
+#include "framework/pictures/Picture.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <memory>
+
+namespace trovik {
+
+namespace {
+
+std::unique_ptr<LevelGeometry> OpenRefined(const std::string& path, unsigned levels) {
+    PolygonMesh polygons = ReadMeshFile(path);
+    MakeOrientedManifold(polygons);
+    auto geometry = std::make_unique<LevelGeometry>(polygons);
+    for (unsigned i = 0; i < levels; ++i) geometry->Subdivide();
+    return geometry;
+}
+
+struct InfoOptions {
+    std::string mesh;
+    bool json = false;
+};
+
+void Info(const InfoOptions& options) {
+    PolygonMesh polygons = ReadMeshFile(options.mesh);
+    std::map<uint32_t, std::size_t> sizes;
+    for (const uint32_t size : polygons.faceSizes) ++sizes[size];
+    AxisAlignedBoundingBox box;
+    for (const auto& p : polygons.positions) box.Extend({p[0], p[1], p[2]});
+    const std::size_t vertices = polygons.positions.size();
+    const std::size_t faces = polygons.faceSizes.size();
+    const ManifoldReport report = MakeOrientedManifold(polygons);
+    LevelGeometry geometry(polygons);
+    std::size_t borderEdges = 0;
+    LevelMesh& base = *geometry.Level(0);
+    for (uint32_t face = 0; face < base.faceCount; ++face)
+        for (uint32_t side = 0; side < base.CornersPerFace(); ++side)
+            if (base.QuadEdgeNeighbour(face, side) == openBorder) ++borderEdges;
+
+    if (options.json) {
+        nlohmann::json bySize = nlohmann::json::object();
+        for (const auto& [size, count] : sizes) bySize[std::to_string(size)] = count;
+        const nlohmann::json info = {
+            {"file", options.mesh},
+            {"vertices", vertices},
+            {"faces", faces},
+            {"facesByCorners", bySize},
+            {"low", {box.minX, box.minY, box.minZ}},
+            {"high", {box.maxX, box.maxY, box.maxZ}},
+            {"verticesAddedBySplitting", report.addedVertices},
+            {"level0", {{"type", base.meshType == 1 ? "quads" : "triangles"},
+                        {"vertices", base.VertexCount()},
+                        {"faces", base.faceCount},
+                        {"borderEdges", borderEdges}}}};
+        std::printf("%s\n", info.dump(2).c_str());
+        return;
+    }
+    std::printf("%s\n", options.mesh.c_str());
+    std::printf("  vertices  %zu\n  faces     %zu", vertices, faces);
+    const char* separator = "  (";
+    for (const auto& [size, count] : sizes) {
+        std::printf("%s%zu of %u corners", separator, count, size);
+        separator = ", ";
+    }
+    std::printf(")\n  box       %g %g %g  to  %g %g %g\n", static_cast<double>(box.minX),
+                static_cast<double>(box.minY), static_cast<double>(box.minZ),
+                static_cast<double>(box.maxX), static_cast<double>(box.maxY),
+                static_cast<double>(box.maxZ));
+    if (!report.Untouched())
+        std::printf("  split     %zu vertices added where the mesh is no oriented manifold\n",
+                    report.addedVertices);
+    std::printf("  level 0   %u %s, %u vertices, %zu border edges\n", base.faceCount,
+                base.meshType == 1 ? "quads" : "triangles", base.VertexCount(), borderEdges);
+}
+
+struct ConvertOptions {
+    std::string from;
+    std::string to;
+    unsigned levels = 0;
+};
+
+void Convert(const ConvertOptions& options) {
+    // Without refinement the polygons pass as they are, n-gons included.
+    if (options.levels == 0)
+        WriteMeshFile(options.to, ReadMeshFile(options.from));
+    else
+        WriteMeshFile(options.to, OpenRefined(options.from, options.levels)->ToPolygons(false));
+}
+
+struct RenderOptions {
+    std::string mesh;
+    std::string picture;
+    unsigned levels = 0;
+    std::vector<float> from = {0.35f, 0.2f, 1.0f};
+    PictureOptions options;
+};
+
+void Render(const RenderOptions& wanted) {
+    const Vector from(wanted.from[0], wanted.from[1], wanted.from[2]);
+    if (!(from.Length() > 0.0f)) throw HostError("--from: the direction has no length");
+    const auto geometry = OpenRefined(wanted.mesh, wanted.levels);
+    const LevelMesh& level = *geometry->Bound();
+    PictureMesh shown;
+    shown.positions = &level.vertices.array->x;
+    shown.positionStride = sizeof(Vertex);
+    shown.vertexCount = level.VertexCount();
+    shown.normals = &level.vertexNormals.array->x;
+    shown.faceVertexIndices = level.faceVertexIndices.array;
+    shown.faceCount = level.faceCount;
+    shown.cornersPerFace = level.CornersPerFace();
+    constexpr float fieldOfView = 35.0f;
+    const PictureCamera camera =
+        FrameMeshes({shown}, -from, fieldOfView,
+                    static_cast<float>(wanted.options.width) /
+                        static_cast<float>(wanted.options.height));
+    const Picture picture = RenderPicture({shown}, camera, wanted.options);
+    WriteImageFile(wanted.picture, picture.rgb.data(), static_cast<uint32_t>(picture.width),
+                   static_cast<uint32_t>(picture.height), 3);
+}
+
+}  // namespace
+
+void AddInfoCommand(CLI::App& program) {
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* verb = program.add_subcommand("info", "Tells what is in a mesh file (OBJ, PLY)");
+    verb->add_option("mesh", options->mesh, "Mesh file")->required();
+    verb->add_flag("--json", options->json, "As JSON");
+    verb->callback([options] { Info(*options); });
+}
+
+void AddConvertCommand(CLI::App& program) {
+    auto options = std::make_shared<ConvertOptions>();
+    CLI::App* verb = program.add_subcommand(
+        "convert", "Writes a mesh in another format, refined if wanted (OBJ, PLY)");
+    verb->add_option("from", options->from, "Mesh file to read")->required();
+    verb->add_option("to", options->to, "Mesh file to write")->required();
+    verb->add_option("--levels", options->levels, "Subdivision levels to add")
+        ->check(CLI::Range(0u, 12u));
+    verb->callback([options] { Convert(*options); });
+}
+
+void AddRenderCommand(CLI::App& program) {
+    auto options = std::make_shared<RenderOptions>();
+    CLI::App* verb = program.add_subcommand("render", "Makes a picture of a mesh");
+    verb->add_option("mesh", options->mesh, "Mesh file")->required();
+    verb->add_option("picture", options->picture, "Picture file (PNG, JPEG, TIFF)")->required();
+    verb->add_option("--levels", options->levels, "Subdivision levels to add")
+        ->check(CLI::Range(0u, 12u));
+    verb->add_option("--from", options->from, "Direction from the mesh to the eye, three numbers")
+        ->expected(3);
+    verb->add_option("--width", options->options.width, "Pixels")->check(CLI::Range(1, 16384));
+    verb->add_option("--height", options->options.height, "Pixels")->check(CLI::Range(1, 16384));
+    verb->add_option("--samples", options->options.samples, "Rays through each pixel")
+        ->check(CLI::Range(1, 4096));
+    verb->add_flag("--wireframe", options->options.wireframe, "With the edges of the faces");
+    verb->callback([options] { Render(*options); });
+}
+
+}  // namespace trovik

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ProgressLine.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace trovik {
+
+namespace {
+
+constexpr std::size_t barWidth = 30;
+constexpr auto redrawEvery = std::chrono::milliseconds(50);
+
+}  // namespace
+
+ProgressLine::ProgressLine(bool beQuiet) : quiet(beQuiet), terminal(isatty(STDERR_FILENO) == 1) {}
+ProgressLine::~ProgressLine() { Finish(); }
+
+void ProgressLine::Step(std::size_t stepsDone, std::size_t stepCount, const std::string& name) {
+    done = stepsDone;
+    count = stepCount;
+    what = name;
+    if (quiet) return;
+    if (terminal)
+        Draw();
+    else if (!name.empty())
+        std::fprintf(stderr, "[%zu/%zu] %s\n", done + (done < count ? 1 : 0), count, name.c_str());
+}
+
+void ProgressLine::Dab() {
+    ++dabs;
+    const auto now = std::chrono::steady_clock::now();
+    if (quiet || !terminal || now - lastDrawn < redrawEvery) return;
+    Draw();
+}
+
+void ProgressLine::Message(const std::string& text) {
+    if (quiet) return;
+    if (drawn) std::fputs("\r\033[K", stderr);
+    std::fprintf(stderr, "note: %s\n", text.c_str());
+    if (terminal) Draw();
+}
+
+void ProgressLine::Draw() {
+    lastDrawn = std::chrono::steady_clock::now();
+    const std::size_t filled = count == 0 ? 0 : barWidth * done / count;
+    const std::string bar = std::string(filled, '#') + std::string(barWidth - filled, '.');
+    std::fprintf(stderr, "\r\033[K[%s] %zu/%zu %s, %llu dabs", bar.c_str(), done, count,
+                 what.c_str(), static_cast<unsigned long long>(dabs));
+    std::fflush(stderr);
+    drawn = true;
+}
+
+void ProgressLine::Finish() {
+    if (drawn) std::fputs("\r\033[K", stderr);
+    drawn = false;
+}
+
+}  // namespace trovik

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace trovik {
+
+/// Progress on standard error: one bar that is drawn over on a terminal, a plain line per step
+/// elsewhere.
+class ProgressLine {
+public:
+    explicit ProgressLine(bool quiet);
+    ~ProgressLine();
+
+    void Step(std::size_t done, std::size_t count, const std::string& what);
+    void Dab();
+    /// A line of its own, between the progress.
+    void Message(const std::string& text);
+    void Finish();
+
+private:
+    void Draw();
+
+    bool quiet;
+    bool terminal;
+    bool drawn = false;
+    std::size_t done = 0;
+    std::size_t count = 0;
+    uint64_t dabs = 0;
+    std::string what;
+    std::chrono::steady_clock::time_point lastDrawn;
+};
+
+}  // namespace trovik

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Commands.h"
+#include "ProgressLine.h"
+#include "framework/script/ScriptRunner.h"
+
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace trovik {
+
+namespace {
+
+struct SculptOptions {
+    std::string script;
+    std::string output = ".";
+    bool quiet = false;
+    bool json = false;
+};
+
+/// Peak resident memory in MiB.
+double PeakMemory() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.0;
+}
+
+void PrintSummary(const ScriptResult& result) {
+    const double seconds = result.totals.seconds;
+    std::printf("mesh            %llu vertices, %llu faces, %u levels\n",
+                static_cast<unsigned long long>(result.vertices),
+                static_cast<unsigned long long>(result.faces), result.levels);
+    std::printf("dabs            %llu\n", static_cast<unsigned long long>(result.totals.dabs));
+    std::printf("vertices moved  %llu\n",
+                static_cast<unsigned long long>(result.totals.verticesMoved));
+    std::printf("time in brush   %.3f s\n", seconds);
+    std::printf("peak memory     %.0f MiB\n", PeakMemory());
+    for (const std::string& file : result.files) std::printf("wrote           %s\n", file.c_str());
+}
+
+void PrintJson(const ScriptResult& result) {
+    const nlohmann::json summary = {{"vertices", result.vertices},
+                                    {"faces", result.faces},
+                                    {"levels", result.levels},
+                                    {"dabs", result.totals.dabs},
+                                    {"verticesMoved", result.totals.verticesMoved},
+                                    {"secondsInBrush", result.totals.seconds},
+                                    {"peakMemoryMiB", PeakMemory()},
+                                    {"files", result.files}};
+    std::printf("%s\n", summary.dump(2).c_str());
+}
+
+void Sculpt(const SculptOptions& options) {
+    ProgressLine line(options.quiet);
+    ScriptProgress progress;
+    progress.step = [&line](std::size_t done, std::size_t count, const std::string& what) {
+        line.Step(done, count, what);
+    };
+    progress.dab = [&line] { line.Dab(); };
+    progress.message = [&line](const std::string& text) { line.Message(text); };
+    const ScriptResult result = ScriptRunner(options.script, options.output, progress).Run();
+    line.Finish();
+    if (options.json)
+        PrintJson(result);
+    else if (!options.quiet)
+        PrintSummary(result);
+}
+
+}  // namespace
+
+void AddSculptCommand(CLI::App& program) {
+    auto options = std::make_shared<SculptOptions>();
+    CLI::App* verb = program.add_subcommand(
+        "sculpt", "Runs a stroke script: opens a mesh, strokes over it, writes meshes and pictures");
+    verb->add_option("script", options->script, "Stroke script (JSON; see docs/stroke-script.md)")
+        ->required();
+    verb->add_option("-o,--output", options->output,
+                     "Folder for the files that the script writes (default: this one)");
+    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
+    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->callback([options] { Sculpt(*options); });
+}
+
+}  // namespace trovik

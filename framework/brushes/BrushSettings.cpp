@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/BrushSettings.h"
+
+#include "framework/brushes/Falloff.h"
+
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+/// The samples of a curve of the user's own; a curve of the table is told by its index alone.
+void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
+    int32_t index = settings.falloffIndex;
+    stream.Transfer(index);
+    Store<float>& samples = settings.falloffSamples;
+    if (index != customFalloffIndex) {
+        if (stream.IsStoring()) return;
+        settings.falloffIndex = IsFalloffIndex(index) ? index : smoothFalloffIndex;
+        FillFalloff(samples, settings.falloffIndex);
+        return;
+    }
+    uint32_t count = samples.fill;
+    stream.Transfer(count);
+    if (stream.IsStoring()) {
+        stream.WriteElements(samples.array, sizeof(float), count);
+        return;
+    }
+    // One by one, so that a false count fails at the end of the file and not at an allocation.
+    std::vector<float> values;
+    for (uint32_t i = 0; i < count; ++i) {
+        float value = 0.0f;
+        stream.Transfer(value);
+        values.push_back(value);
+    }
+    settings.falloffIndex = customFalloffIndex;
+    FillFalloff(samples, values);
+}
+
+/// A file may hold any number: what is none becomes `otherwise`.
+void Finite(float& value, float otherwise) {
+    if (!std::isfinite(value)) value = otherwise;
+}
+
+void Percent(float& value) {
+    if (!(value >= 0.0f)) value = 0.0f;
+    if (value > 100.0f) value = 100.0f;
+}
+
+}  // namespace
+
+void TransferPlainSettings(BrushOperation& brush, Stream& stream) {
+    BrushOperation::Private& s = brush.Settings();
+    for (float* number : {&s.strength,
+                          &s.strengthBias,
+                          &s.sizeBias,
+                          &s.stamp.randomTurn,
+                          &s.stampFactor,
+                          &s.stampOffset})
+        stream.Transfer(*number);
+    stream.Transfer(s.stamp.path);
+    for (bool* flag : {&s.orientedToSurface,
+                       &s.stamp.enabled,
+                       &s.stamp.randomize,
+                       &s.stampTiled,
+                       &s.stampInverted,
+                       &s.stampBuildUp}) {
+        uint8_t byte = *flag ? 1 : 0;
+        stream.Transfer(byte);
+        *flag = byte != 0;
+    }
+    TransferFalloff(s, stream);
+    if (stream.IsStoring()) return;
+    brush.SetBrushStrength(s.strength);
+    Percent(s.strengthBias);
+    Percent(s.sizeBias);
+    Finite(s.stamp.randomTurn, 0.0f);
+    Finite(s.stampFactor, 1.0f);
+    Finite(s.stampOffset, 0.0f);
+    brush.OnMaskChanged(-1);
+}
+
+}  // namespace trovik

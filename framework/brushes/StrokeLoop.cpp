@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/StrokeLoop.h"
+
+#include "framework/edits/LevelChange.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+}  // namespace
+
+StrokeLoop::StrokeLoop(BrushOperation& strokeBrush, LevelGeometry& strokeGeometry,
+                       PatchTree& strokeTree)
+    : brush(strokeBrush), geometry(strokeGeometry), tree(strokeTree) {}
+
+void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
+    brush.MirrorConfig().SetMirrorMode(mode);
+    mirrors = std::move(pointMaps);
+}
+
+void StrokeLoop::Begin(BrushOperation::Modifier modifier) {
+    previousHits.assign(mirrors.size() + 1, Vector());
+    dirtyBox = AxisAlignedBoundingBox();
+    const Clock::time_point start = Clock::now();
+    brush.BeginStroke(geometry.Bound(), modifier, BrushOperation::TriggerStroke);
+    totals.seconds += SecondsSince(start);
+    active = true;
+}
+
+void StrokeLoop::Dab(const StrokeDab& dab) {
+    try {
+        Apply(dab, 0);
+        for (std::size_t side = 1; side <= mirrors.size(); ++side) {
+            const Matrix& map = mirrors[side - 1];
+            StrokeDab mirrored = dab;
+            mirrored.hit.mirror = true;
+            mirrored.hit.position = map.AffineTransform(dab.hit.position, 1.0f);
+            mirrored.hit.normal = map.AffineTransform(dab.hit.normal, 0.0f);
+            const auto nearest = tree.Nearest(mirrored.hit.position);
+            if (!nearest) continue;
+            mirrored.hit.face = nearest->face;
+            const Placement& place = geometry.Place();
+            Vector local;
+            place.WorldToLocal(&local, &dab.position, 1.0f);
+            local = map.AffineTransform(local, 1.0f);
+            place.LocalToWorld(&mirrored.position, &local, 1.0f);
+            brush.MirrorConfig().SetPointMap(map);
+            Apply(mirrored, side);
+        }
+    } catch (...) {
+        End();
+        throw;
+    }
+}
+
+void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
+        geometry.Level(level)->ForgetLastWalks();
+    brush.SetPreviousPatchPosition(previousHits[side]);
+    AxisAlignedBoundingBox box;
+    const Clock::time_point start = Clock::now();
+    brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
+    totals.seconds += SecondsSince(start);
+    ++totals.dabs;
+    previousHits[side] = dab.hit.position;
+    if (!box.IsEmpty()) {
+        dirtyBox.Extend({box.minX, box.minY, box.minZ});
+        dirtyBox.Extend({box.maxX, box.maxY, box.maxZ});
+    }
+    Refit();
+}
+
+// The level that was walked is the one whose faces were the patches of the dab.
+void StrokeLoop::Refit() {
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
+        const LevelMesh& mesh = *geometry.Level(level);
+        if (!mesh.LastFaceWalk().empty()) tree.Refit(level, mesh.LastFaceWalk());
+        if (mesh.LastVertexWalk().empty()) continue;
+        std::vector<uint32_t> vertices;
+        for (const FaceVisit& visit : mesh.LastVertexWalk()) vertices.push_back(visit.face);
+        tree.RefitVertices(vertices);
+    }
+}
+
+uint64_t StrokeLoop::CountMoved() const {
+    const LevelMesh& mesh = *geometry.Bound();
+    uint64_t moved = 0;
+    for (uint32_t i = 0; i < mesh.changeRecordCount; ++i) {
+        const StoredVertexInfo& record = mesh.changeRecords[i];
+        const float* p = record.originalPosition;
+        if (mesh.Position(record.vertexIndex) != Vector(p[0], p[1], p[2])) ++moved;
+    }
+    return moved;
+}
+
+void StrokeLoop::End() {
+    if (!active) return;
+    active = false;
+    totals.verticesMoved += CountMoved();
+    const Clock::time_point start = Clock::now();
+    brush.EndStroke();
+    totals.seconds += SecondsSince(start);
+}
+
+}  // namespace trovik

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/StrokeLoop.h"
+
+#include <functional>
+
+namespace trovik {
+
+/// A viewport: where it is seen from, and its size in pixels.
+struct StrokeView {
+    Vector eye{0.0f, 0.0f, 5.0f};
+    Vector target;
+    Vector up{0.0f, 1.0f, 0.0f};
+    float verticalFieldOfView = 35.0f;
+    int width = 960;
+    int height = 720;
+
+    /// Ray from the eye through a place on the viewport, (0, 0) at its upper left corner. World.
+    Ray Through(float x, float y) const;
+    /// Camera to world: it looks along its local -z axis with +y up.
+    Matrix ToWorld() const;
+};
+
+/// A sample of a path: a place on the viewport in pixels (z unused), or on the surface in world
+/// space.
+struct PathSample {
+    Vector place;
+    float pressure = 1.0f;
+};
+
+/// How dabs are laid along a path.
+struct PathOptions {
+    /// Brush radius in world units.
+    float radius = 1.0f;
+    /// Distance of dabs as a share of the radius.
+    float spacing = 0.25f;
+    /// Strength of a dab under a pressure.
+    std::function<float(float pressure)> strength;
+    /// Called after each dab.
+    std::function<void()> progress;
+};
+
+/// Lays dabs along samples seen by the camera. The surface is hit anew for each dab, as it is then;
+/// where the path leaves the mesh there are no dabs. \return the number of main dabs.
+TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop, LevelGeometry& geometry,
+                                    const PatchTree& tree, const StrokeView& view,
+                                    const std::vector<PathSample>& samples,
+                                    const PathOptions& options);
+
+/// Lays dabs along points on the surface (world; the nearest point of the mesh counts).
+TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop, LevelGeometry& geometry,
+                                       const PatchTree& tree,
+                                       const std::vector<PathSample>& samples,
+                                       const PathOptions& options);
+
+}  // namespace trovik

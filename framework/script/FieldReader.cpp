@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/FieldReader.h"
+
+#include "framework/errors/HostError.h"
+
+#include <cmath>
+#include <limits>
+
+namespace trovik {
+
+FieldReader::FieldReader(const nlohmann::json& json, std::string scriptFile, std::string place)
+    : value(json), file(std::move(scriptFile)), pointer(std::move(place)) {}
+
+FieldReader FieldReader::At(const char* key) const {
+    return {value.at(key), file, pointer + "/" + key};
+}
+FieldReader FieldReader::At(std::size_t index) const {
+    return {value.at(index), file, pointer + "/" + std::to_string(index)};
+}
+
+float FieldReader::Number() const {
+    const auto number = static_cast<float>(value.get<double>());
+    if (!std::isfinite(number)) Fail("the number is not finite in single precision");
+    return number;
+}
+
+Vector FieldReader::ThreeNumbers() const {
+    return {At(std::size_t{0}).Number(), At(1).Number(), At(2).Number()};
+}
+
+int FieldReader::Integer() const {
+    const auto number = value.get<double>();
+    if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
+        Fail("the number is out of range");
+    return static_cast<int>(number);
+}
+
+float FieldReader::NumberOr(const char* key, float otherwise) const {
+    return Has(key) ? At(key).Number() : otherwise;
+}
+int FieldReader::IntegerOr(const char* key, int otherwise) const {
+    return Has(key) ? At(key).Integer() : otherwise;
+}
+bool FieldReader::FlagOr(const char* key, bool otherwise) const {
+    return Has(key) ? At(key).Flag() : otherwise;
+}
+std::string FieldReader::TextOr(const char* key, const std::string& otherwise) const {
+    return Has(key) ? At(key).Text() : otherwise;
+}
+
+void FieldReader::Fail(const std::string& reason) const {
+    throw HostError(file + ": " + (pointer.empty() ? "/" : pointer) + ": " + reason);
+}
+
+}  // namespace trovik

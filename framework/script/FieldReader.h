@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Vector.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace trovik {
+
+/// A value of a script with its place in it, for messages. The schema has settled names and types;
+/// this settles what a schema cannot say.
+class FieldReader {
+public:
+    FieldReader(const nlohmann::json& value, std::string file, std::string pointer);
+
+    bool Has(const char* key) const { return value.contains(key); }
+    FieldReader At(const char* key) const;
+    FieldReader At(std::size_t index) const;
+    std::size_t Size() const { return value.size(); }
+    const nlohmann::json& Json() const { return value; }
+
+    /// A finite float. \throw HostError for a number that single precision cannot hold.
+    float Number() const;
+    Vector ThreeNumbers() const;
+    int Integer() const;
+    bool Flag() const { return value.get<bool>(); }
+    std::string Text() const { return value.get<std::string>(); }
+
+    float NumberOr(const char* key, float otherwise) const;
+    int IntegerOr(const char* key, int otherwise) const;
+    bool FlagOr(const char* key, bool otherwise) const;
+    std::string TextOr(const char* key, const std::string& otherwise) const;
+
+    /// \throw HostError "FILE: POINTER: reason".
+    [[noreturn]] void Fail(const std::string& reason) const;
+
+private:
+    const nlohmann::json& value;
+    std::string file;
+    std::string pointer;
+};
+
+}  // namespace trovik

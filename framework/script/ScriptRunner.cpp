@@ -1,0 +1,310 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/ScriptRunner.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/Falloff.h"
+#include "framework/errors/HostError.h"
+#include "framework/memory/MemoryAccount.h"
+#include "framework/nodes/HostKernel.h"
+#include "framework/nodes/PreferenceFile.h"
+#include "framework/script/ScriptDocument.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::vector<std::string>& DirectionNames() {
+    static const std::vector<std::string> names = {
+        "surfaceNormal", "average", "vertexNormal", "forward", "sideways", "x", "y",
+        "z",             "camera",  "cameraToo",    "xy",      "xz",       "yz"};
+    return names;
+}
+
+std::string Listed(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+/// What the brush throws becomes the one line that users see.
+std::string TextOf(Error* error) {
+    const std::string text = error->Message().toStdString();
+    Error::Dispose(error);
+    return text;
+}
+
+template <typename T>
+AttributeInstance<T>& BrushAttribute(BrushOperation& brush, const char* name) {
+    Attribute* attribute = brush.AttributeByName(QString::fromLatin1(name));
+    if (attribute == nullptr || attribute->attributeType() != AttributeValue<T>::type)
+        throw HostError(std::string("the brush has no setting ") + name);
+    return static_cast<AttributeInstance<T>&>(*attribute);
+}
+
+}  // namespace
+
+ScriptRunner::ScriptRunner(std::string scriptPath, std::string outputFolder,
+                           ScriptProgress listener)
+    : path(std::move(scriptPath)),
+      output(std::move(outputFolder)),
+      progress(std::move(listener)) {}
+
+ScriptResult ScriptRunner::Run() {
+    const nlohmann::json json = ReadStrokeScript(path);
+    const FieldReader script(json, path, "");
+    for (const auto& step : json.at("steps")) {
+        const auto picture = step.find("picture");
+        if (picture != step.end() && picture->value("beforeAfter", false)) wantsBefore = true;
+    }
+    HostKernel::Instance().SetHUDListener(progress.message);
+    SetUp(script);
+    const FieldReader steps = script.At("steps");
+    for (std::size_t i = 0; i < steps.Size(); ++i) {
+        const FieldReader step = steps.At(i);
+        if (progress.step) progress.step(i, steps.Size(), step.Json().begin().key());
+        try {
+            RunStep(step);
+        } catch (Error* error) {
+            step.Fail(TextOf(error));
+        }
+    }
+    if (progress.step) progress.step(steps.Size(), steps.Size(), "");
+    HostKernel::Instance().SetHUDListener(nullptr);
+    result.totals = session->Totals();
+    result.vertices = session->Geometry().Bound()->VertexCount();
+    result.faces = session->Geometry().Bound()->faceCount;
+    result.levels = session->Geometry().LevelCount();
+    return result;
+}
+
+void ScriptRunner::SetUp(const FieldReader& script) {
+    HostKernel::Instance().SetTestMode(script.FlagOr("testMode", false));
+    if (script.Has("memoryLimit"))
+        MemoryAccount::SetLimit(script.At("memoryLimit").Json().get<int64_t>());
+    const fs::path mesh = fs::path(path).parent_path() / script.At("mesh").Text();
+    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh.string());
+    session = std::make_unique<SculptSession>(mesh.string());
+    if (script.Has("undoBudget"))
+        session->Geometry().History().SetBudget(
+            script.At("undoBudget").Json().get<uint64_t>());
+    if (script.Has("preferences")) RunPreferences(script.At("preferences"));
+    if (script.Has("transform")) RunTransform(script.At("transform"));
+    if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
+    session->Geometry().History().Clear();
+    session->View() = ReadView(
+        script.Has("camera") ? script.At("camera") : FieldReader(nlohmann::json::object(), path, "/camera"),
+        session->View());
+    session->UpdateCamera();
+    if (script.Has("mirror")) RunMirror(script.At("mirror"));
+    if (!session->SelectTool("Sculpt")) throw HostError(path + ": the brush has no tool Sculpt");
+}
+
+void ScriptRunner::RunStep(const FieldReader& step) {
+    struct Verb {
+        const char* name;
+        StepFunction run;
+    };
+    // A tool may come with its settings; any other step is one thing.
+    static constexpr Verb verbs[] = {
+        {"tool", &ScriptRunner::RunTool},           {"set", &ScriptRunner::RunSettings},
+        {"stroke", &ScriptRunner::RunStroke},       {"undo", &ScriptRunner::RunUndo},
+        {"redo", &ScriptRunner::RunRedo},           {"subdivide", &ScriptRunner::RunSubdivide},
+        {"level", &ScriptRunner::RunLevel},         {"layer", &ScriptRunner::RunLayer},
+        {"freeze", &ScriptRunner::RunFreeze},       {"transform", &ScriptRunner::RunTransform},
+        {"mirror", &ScriptRunner::RunMirror},       {"camera", &ScriptRunner::RunCamera},
+        {"picture", &ScriptRunner::RunPicture},     {"sheet", &ScriptRunner::RunSheet},
+        {"export", &ScriptRunner::RunExport},       {"reset", &ScriptRunner::RunReset}};
+    if (step.Size() == 2 && !(step.Has("tool") && step.Has("set")))
+        step.Fail("a step is one thing; only \"tool\" takes \"set\" beside it");
+    for (const Verb& verb : verbs)
+        if (step.Has(verb.name)) (this->*verb.run)(step.At(verb.name));
+}
+
+void ScriptRunner::RunTool(const FieldReader& name) {
+    if (!session->SelectTool(name.Text()))
+        name.Fail("unknown tool \"" + name.Text() + "\"; there are " +
+                  Listed(session->ToolNames()));
+}
+
+void ScriptRunner::RunSettings(const FieldReader& settings) {
+    BrushOperation& brush = session->Brush();
+    BrushOperation::Private& host = brush.Settings();
+    radius = settings.NumberOr("radius", radius);
+    if (settings.Has("spacing")) spacing = settings.At("spacing").Number() * 0.01f;
+    if (settings.Has("strength")) brush.SetBrushStrength(settings.At("strength").Number());
+    if (settings.Has("falloff")) SetFalloff(settings.At("falloff"));
+    if (settings.Has("direction")) SetDirection(settings.At("direction"));
+    if (settings.Has("buildUpRate"))
+        BrushAttribute<float>(brush, "builduprate")
+            .SetValue(settings.At("buildUpRate").Number(), true);
+    const std::pair<const char*, const char*> flags[] = {{"globalPlane", "globalplane"},
+                                                         {"updatePlane", "updateplane"},
+                                                         {"affectAllLayers", "affectalllayers"}};
+    for (const auto& [field, attribute] : flags)
+        if (settings.Has(field))
+            BrushAttribute<bool>(brush, attribute).SetValue(settings.At(field).Flag(), true);
+    host.strengthBias = settings.NumberOr("strengthBias", host.strengthBias);
+    if (settings.Has("pressureControlsStrength"))
+        brush.strokeOptionC.SetValue(settings.At("pressureControlsStrength").Flag(), true);
+    if (settings.Has("facing")) {
+        const FieldReader facing = settings.At("facing");
+        brush.SetFalloffBasedOnFacingAngle(facing.FlagOr("on", true),
+                                           facing.NumberOr("start", brush.facingAngleStart),
+                                           facing.NumberOr("range", brush.facingAngleRange));
+    }
+    if (settings.Has("stamp")) brush.SetStamp(false, QString());
+}
+
+void ScriptRunner::SetFalloff(const FieldReader& falloff) {
+    BrushOperation& brush = session->Brush();
+    if (falloff.Json().is_array()) {
+        std::vector<float> samples;
+        for (std::size_t i = 0; i < falloff.Size(); ++i) samples.push_back(falloff.At(i).Number());
+        FillFalloff(brush.Settings().falloffSamples, samples);
+        return;
+    }
+    const int index = falloff.Json().is_string() ? FalloffIndexOf(falloff.Text())
+                                                 : falloff.Integer();
+    if (index < 0 || index >= static_cast<int>(FalloffNames().size()))
+        falloff.Fail("unknown falloff; there are " + Listed(FalloffNames()));
+    brush.SetFalloffIndex(index);
+}
+
+void ScriptRunner::SetDirection(const FieldReader& direction) {
+    const auto& names = DirectionNames();
+    int mode = -1;
+    if (direction.Json().is_string()) {
+        const auto found = std::find(names.begin(), names.end(), direction.Text());
+        if (found != names.end()) mode = static_cast<int>(found - names.begin());
+    } else {
+        mode = direction.Integer();
+    }
+    if (mode < 0 || mode >= static_cast<int>(names.size()))
+        direction.Fail("unknown direction; there are " + Listed(names));
+    session->Brush().directionAttribute.SetValue(mode, true);
+}
+
+void ScriptRunner::RunUndo(const FieldReader& count) {
+    for (int i = 0; i < count.Integer(); ++i)
+        if (!session->Undo()) count.Fail("there is nothing more to undo");
+}
+
+void ScriptRunner::RunRedo(const FieldReader& count) {
+    for (int i = 0; i < count.Integer(); ++i)
+        if (!session->Redo()) count.Fail("there is nothing more to redo");
+}
+
+void ScriptRunner::Subdivide(const FieldReader& where, int count) {
+    for (int i = 0; i < count; ++i) {
+        try {
+            session->Subdivide();
+        } catch (const HostError& error) {
+            where.Fail(error.what());
+        }
+    }
+}
+
+void ScriptRunner::RunSubdivide(const FieldReader& count) { Subdivide(count, count.Integer()); }
+
+void ScriptRunner::RunLevel(const FieldReader& level) {
+    if (!session->BindLevel(static_cast<uint32_t>(level.Integer()))) {
+        level.Fail("there is no level " + std::to_string(level.Integer()) + "; the highest is " +
+                   std::to_string(session->Geometry().LevelCount() - 1));
+    }
+}
+
+void ScriptRunner::RunLayer(const FieldReader& layer) {
+    if (layer.Has("add")) session->AddLayer(layer.At("add").Text());
+    if (layer.Has("select")) {
+        const FieldReader name = layer.At("select");
+        if (!session->SelectLayer(name.Json().is_null() ? std::string() : name.Text()))
+            name.Fail("the bound level has no layer \"" + name.Text() + "\"");
+    }
+    if (!layer.Has("strength") && !layer.Has("writable")) return;
+    if (session->ActiveLayer() == nullptr) layer.Fail("no layer is active on the bound level");
+    if (layer.Has("strength")) session->SetLayerStrength(layer.At("strength").Number());
+    if (layer.Has("writable"))
+        session->ActiveLayer()->SetWritable(layer.At("writable").Flag());
+}
+
+void ScriptRunner::RunTransform(const FieldReader& transform) {
+    Placement& place = session->Geometry().Place();
+    if (transform.Has("matrix")) {
+        Matrix matrix;
+        const FieldReader numbers = transform.At("matrix");
+        for (std::size_t i = 0; i < 16; ++i) matrix.m[i / 4][i % 4] = numbers.At(i).Number();
+        Matrix inverse = matrix;
+        bool invertible = false;
+        inverse.Invert(&invertible);
+        if (!invertible) numbers.Fail("the matrix has no inverse");
+        place.SetMatrix(matrix);
+        return;
+    }
+    Vector scale(1.0f, 1.0f, 1.0f);
+    if (transform.Has("scale")) {
+        const FieldReader factor = transform.At("scale");
+        if (factor.Json().is_array()) {
+            scale = factor.ThreeNumbers();
+        } else {
+            scale = Vector(factor.Number(), factor.Number(), factor.Number());
+        }
+        if (scale.x == 0.0f || scale.y == 0.0f || scale.z == 0.0f)
+            factor.Fail("a scale of 0 leaves nothing to sculpt");
+    }
+    const Vector turn =
+        transform.Has("rotate") ? transform.At("rotate").ThreeNumbers() : Vector();
+    const Vector move =
+        transform.Has("translate") ? transform.At("translate").ThreeNumbers() : Vector();
+    place.Set(scale, turn, move);
+}
+
+void ScriptRunner::RunMirror(const FieldReader& axes) {
+    std::vector<int> numbers;
+    for (std::size_t i = 0; i < axes.Size(); ++i) {
+        const int axis = axes.At(i).Text()[0] - 'x';
+        if (std::find(numbers.begin(), numbers.end(), axis) != numbers.end())
+            axes.At(i).Fail("the axis is named twice");
+        numbers.push_back(axis);
+    }
+    session->SetMirrors(numbers);
+}
+
+void ScriptRunner::RunPreferences(const FieldReader& preferences) {
+    for (const auto& [key, value] : preferences.Json().items()) {
+        Attribute* attribute = FindPreference(key);
+        const FieldReader field = preferences.At(key.c_str());
+        if (attribute == nullptr)
+            field.Fail("unknown preference; there are " + Listed(PreferenceKeys()));
+        else if (!attribute->SetFromString(QString::fromStdString(value.dump())))
+            field.Fail("a value of another kind is needed");
+    }
+}
+
+void ScriptRunner::RunExport(const FieldReader& options) {
+    PolygonMesh polygons = session->Geometry().ToPolygons(options.FlagOr("world", false));
+    const std::string file = OutputPath(options.At("file"));
+    WriteMeshFile(file, polygons);
+    result.files.push_back(file);
+}
+
+void ScriptRunner::RunReset(const FieldReader& flag) {
+    const uint32_t levels = session->Geometry().LevelCount() - 1;
+    session->Reset();
+    Subdivide(flag, static_cast<int>(levels));
+    session->Geometry().History().Clear();
+}
+
+std::string ScriptRunner::OutputPath(const FieldReader& file) {
+    const fs::path target = fs::path(output) / file.Text();
+    std::error_code failed;
+    if (target.has_parent_path()) fs::create_directories(target.parent_path(), failed);
+    if (failed) file.Fail("cannot make the folder: " + failed.message());
+    return target.lexically_normal().string();
+}
+
+}  // namespace trovik

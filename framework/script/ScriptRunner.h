@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/script/FieldReader.h"
+#include "framework/script/SculptSession.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// What the runner tells whoever started it.
+struct ScriptProgress {
+    /// Steps finished and their number, and the words for the one at work.
+    std::function<void(std::size_t done, std::size_t count, const std::string& what)> step;
+    /// A dab was made; for progress within a long stroke.
+    std::function<void()> dab;
+    /// A message of the brush to its user.
+    std::function<void(const std::string&)> message;
+};
+
+/// What a script left behind.
+struct ScriptResult {
+    StrokeTotals totals;
+    uint64_t vertices = 0;
+    uint64_t faces = 0;
+    uint32_t levels = 0;
+    /// Files written, in order.
+    std::vector<std::string> files;
+};
+
+/// Runs a stroke script: its meaning is told in docs/stroke-script.md. Mesh paths are relative to
+/// the script, output files to the output folder.
+/// \throw HostError of one line: file, JSON pointer, reason. Files written before stay.
+class TROVIK_API ScriptRunner {
+public:
+    ScriptRunner(std::string scriptPath, std::string outputFolder, ScriptProgress progress);
+    ScriptResult Run();
+
+private:
+    using StepFunction = void (ScriptRunner::*)(const FieldReader&);
+
+    void SetUp(const FieldReader& script);
+    void RunStep(const FieldReader& step);
+    void RunTool(const FieldReader& name);
+    void RunSettings(const FieldReader& settings);
+    void RunStroke(const FieldReader& stroke);
+    void RunUndo(const FieldReader& count);
+    void RunRedo(const FieldReader& count);
+    void RunSubdivide(const FieldReader& count);
+    void RunLevel(const FieldReader& level);
+    void RunLayer(const FieldReader& layer);
+    void RunFreeze(const FieldReader& freeze);
+    void RunTransform(const FieldReader& transform);
+    void RunMirror(const FieldReader& axes);
+    void RunCamera(const FieldReader& camera);
+    void RunPicture(const FieldReader& picture);
+    void RunSheet(const FieldReader& sheet);
+    void RunExport(const FieldReader& options);
+    void RunReset(const FieldReader& flag);
+    void RunPreferences(const FieldReader& preferences);
+
+    void SetFalloff(const FieldReader& falloff);
+    void SetDirection(const FieldReader& direction);
+    void StrokeDabs(const FieldReader& dabs);
+    std::vector<PathSample> Samples(const FieldReader& list, std::size_t placeNumbers) const;
+    PathOptions PathSettings();
+    StrokeView ReadView(const FieldReader& camera, StrokeView view);
+    Picture MakePicture(const FieldReader& options);
+    void Subdivide(const FieldReader& where, int count);
+    std::string OutputPath(const FieldReader& file);
+    void KeepBefore();
+
+    std::string path;
+    std::string output;
+    ScriptProgress progress;
+    std::unique_ptr<SculptSession> session;
+    ScriptResult result;
+    float radius = 0.1f;
+    float spacing = 0.25f;
+    std::map<std::string, Picture> kept;
+    /// The surface before the first stroke, for pictures of before and after.
+    std::vector<Vector> positionsBefore;
+    std::vector<PackedNormal> normalsBefore;
+    bool wantsBefore = false;
+};
+
+}  // namespace trovik

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/SculptSession.h"
+
+#include "framework/edits/Steps.h"
+#include "framework/errors/HostError.h"
+#include "framework/nodes/HostKernel.h"
+#include "framework/plugins/PluginLoader.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+namespace {
+
+constexpr const char* brushClassName = "SwiftStroke";
+
+/// Combinations of plane mirrors have no mode of their own; any value but 0 to 3 and 7 will do.
+constexpr int severalPlanes = 4;
+
+std::unique_ptr<BrushOperation> MakeBrush() {
+    LoadPlugins();
+    const ClassDesc* desc = ClassDesc::ByName(QString::fromLatin1(brushClassName));
+    if (desc == nullptr) {
+        std::string folders;
+        for (const std::string& folder : PluginFolders()) folders += " " + folder;
+        throw HostError("no plug-in brings the brush " + std::string(brushClassName) +
+                        "; searched:" + (folders.empty() ? " no folder" : folders));
+    }
+    Node* node = desc->Create();
+    std::unique_ptr<BrushOperation> brush(dynamic_cast<BrushOperation*>(node));
+    if (brush == nullptr) {
+        delete node;
+        throw HostError(std::string(brushClassName) + " is no brush");
+    }
+    return brush;
+}
+
+}  // namespace
+
+SculptSession::SculptSession(const std::string& meshPath)
+    : path(meshPath), loaded(ReadMeshFile(meshPath)) {
+    HostKernel::Instance();
+    MakeOrientedManifold(loaded);
+    brush = MakeBrush();
+    BuildGeometry();
+}
+
+SculptSession::~SculptSession() {
+    if (loop != nullptr && loop->IsActive()) loop->End();
+    HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
+}
+
+void SculptSession::BuildGeometry() {
+    if (geometry != nullptr) HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
+    earlierTotals = Totals();
+    loop.reset();
+    tree.reset();
+    layers.clear();
+    geometry = std::make_unique<LevelGeometry>(loaded);
+    HostKernel::Instance().Scene()->AddGeometry(geometry.get());
+    RebuildLoop();
+}
+
+void SculptSession::RebuildLoop() {
+    earlierTotals = Totals();
+    tree = std::make_unique<PatchTree>(geometry->Bound());
+    loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
+    loop->SetMirrors(mirrorMode, mirrorMaps);
+}
+
+void SculptSession::Reset() {
+    const Placement place = geometry->Place();
+    BuildGeometry();
+    geometry->Place() = place;
+}
+
+void SculptSession::Subdivide() {
+    geometry->History().Push(SubdivideAsStep(*geometry));
+    RebuildLoop();
+}
+
+bool SculptSession::BindLevel(uint32_t level) {
+    if (level >= geometry->LevelCount()) return false;
+    if (level == geometry->BoundIndex()) return true;
+    geometry->History().Push(BindLevelAsStep(*geometry, level));
+    RebuildLoop();
+    return true;
+}
+
+bool SculptSession::Undo() {
+    if (!geometry->History().Undo(*geometry)) return false;
+    RebuildLoop();
+    return true;
+}
+
+bool SculptSession::Redo() {
+    if (!geometry->History().Redo(*geometry)) return false;
+    RebuildLoop();
+    return true;
+}
+
+bool SculptSession::SelectTool(const std::string& name) {
+    return brush->SetActiveConfiguration(QString::fromStdString(name));
+}
+
+std::vector<std::string> SculptSession::ToolNames() const {
+    std::vector<std::string> names;
+    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+        const BrushConfiguration* row = BrushOperation::Configuration(i);
+        if (row->BrushClass() == brush->RuntimeClass()) names.push_back(row->Name().toStdString());
+    }
+    return names;
+}
+
+// Every combination of the planes: two planes give three mirrored dabs.
+void SculptSession::SetMirrors(const std::vector<int>& axes) {
+    mirrorMaps.clear();
+    for (unsigned chosen = 1; chosen < 1u << axes.size(); ++chosen) {
+        Matrix map;
+        for (std::size_t k = 0; k < axes.size(); ++k)
+            if ((chosen >> k & 1u) != 0) map.m[axes[k]][axes[k]] = -1.0f;
+        mirrorMaps.push_back(map);
+    }
+    mirrorMode = axes.empty()       ? static_cast<int>(MirrorConfiguration::Off)
+                 : axes.size() == 1 ? axes[0] + 1
+                                    : severalPlanes;
+    loop->SetMirrors(mirrorMode, mirrorMaps);
+}
+
+void SculptSession::UpdateCamera() {
+    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(view.ToWorld());
+}
+
+void SculptSession::AddLayer(const std::string& name) {
+    layers.push_back(std::make_unique<SculptLayer>(geometry->Bound(), name));
+    geometry->Bound()->SetActiveLayer(layers.back().get());
+}
+
+bool SculptSession::SelectLayer(const std::string& name) {
+    if (name.empty()) {
+        geometry->Bound()->SetActiveLayer(nullptr);
+        return true;
+    }
+    for (const auto& layer : layers) {
+        if (layer->Level() != geometry->Bound() || layer->Name() != name) continue;
+        geometry->Bound()->SetActiveLayer(layer.get());
+        return true;
+    }
+    return false;
+}
+
+void SculptSession::SetLayerStrength(float strength) {
+    ActiveLayer()->SetStrength(strength);
+    RefreshSurface();
+}
+
+void SculptSession::Freeze(const std::function<uint8_t(uint32_t vertex)>& amount) {
+    LevelMesh& level = *geometry->Bound();
+    const std::vector<uint8_t> before = FreezeAmounts(level);
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) level.SetFreeze(v, amount(v));
+    if (auto step = MakeFreezeStep(level, before)) geometry->History().Push(std::move(step));
+}
+
+void SculptSession::RefreshSurface() {
+    geometry->Bound()->ComputeNormals();
+    tree->RefitAll();
+}
+
+PictureMesh SculptSession::ShownMesh() const {
+    const LevelMesh& level = *geometry->Bound();
+    PictureMesh shown;
+    shown.positions = &level.vertices.array->x;
+    shown.positionStride = sizeof(Vertex);
+    shown.vertexCount = level.VertexCount();
+    shown.normals = &level.vertexNormals.array->x;
+    shown.normalStride = sizeof(PackedNormal);
+    shown.faceVertexIndices = level.faceVertexIndices.array;
+    shown.faceCount = level.faceCount;
+    shown.cornersPerFace = level.CornersPerFace();
+    const Matrix& matrix = geometry->Place().ToWorld();
+    std::copy(&matrix.m[0][0], &matrix.m[0][0] + 16, shown.localToWorld);
+    if (level.FrozenVertexCount() != 0) {
+        shown.freeze = &level.vertices.array->freeze;
+        shown.freezeStride = sizeof(Vertex);
+    }
+    return shown;
+}
+
+StrokeTotals SculptSession::Totals() const {
+    StrokeTotals sum = earlierTotals;
+    if (loop == nullptr) return sum;
+    sum.dabs += loop->Totals().dabs;
+    sum.verticesMoved += loop->Totals().verticesMoved;
+    sum.seconds += loop->Totals().seconds;
+    return sum;
+}
+
+}  // namespace trovik

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/StrokePath.h"
+#include "framework/edits/SculptLayer.h"
+#include "framework/pictures/Picture.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// One mesh being sculpted: its geometry, the brush with its tools, layers, mirrors, undo and the
+/// view. What the command and every other application drive. Everything reports by HostError.
+class TROVIK_API SculptSession {
+public:
+    /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.
+    explicit SculptSession(const std::string& meshPath);
+    ~SculptSession();
+    SculptSession(const SculptSession&) = delete;
+    SculptSession& operator=(const SculptSession&) = delete;
+
+    LevelGeometry& Geometry() { return *geometry; }
+    BrushOperation& Brush() { return *brush; }
+    StrokeLoop& Loop() { return *loop; }
+    PatchTree& Tree() { return *tree; }
+    StrokeView& View() { return view; }
+
+    /// Puts the mesh back as it was loaded: level 0, no layers, no freeze, no undo.
+    void Reset();
+    void Subdivide();
+    /// \return false for a level that does not exist.
+    bool BindLevel(uint32_t level);
+    /// \return false when there is nothing to take back.
+    bool Undo();
+    bool Redo();
+    /// \return false for a name that is no tool.
+    bool SelectTool(const std::string& name);
+    std::vector<std::string> ToolNames() const;
+
+    /// Mirrors the next strokes over planes of the mesh's own axes: 0 x, 1 y, 2 z.
+    void SetMirrors(const std::vector<int>& axes);
+    /// Brings the kernel's camera to the view's place.
+    void UpdateCamera();
+
+    /// Adds a layer on the bound level and makes it active.
+    void AddLayer(const std::string& name);
+    /// By name among the bound level's; empty: none active. \return false for an unknown name.
+    bool SelectLayer(const std::string& name);
+    SculptLayer* ActiveLayer() const { return geometry->Bound()->ActiveLayer(); }
+    void SetLayerStrength(float strength);
+
+    /// Freezes vertices of the bound level: amount(vertex) from 0 to 127. One step of undo.
+    void Freeze(const std::function<uint8_t(uint32_t vertex)>& amount);
+
+    /// The bound level for a picture; borrows its arrays.
+    PictureMesh ShownMesh() const;
+    /// After the surface changed otherwise than by a stroke.
+    void RefreshSurface();
+
+    /// Totals of all strokes of the session.
+    StrokeTotals Totals() const;
+    const std::string& MeshPath() const { return path; }
+
+private:
+    void BuildGeometry();
+    void RebuildLoop();
+
+    std::string path;
+    PolygonMesh loaded;
+    std::unique_ptr<LevelGeometry> geometry;
+    std::unique_ptr<BrushOperation> brush;
+    std::unique_ptr<PatchTree> tree;
+    std::unique_ptr<StrokeLoop> loop;
+    std::vector<std::unique_ptr<SculptLayer>> layers;
+    StrokeTotals earlierTotals;
+    StrokeView view;
+    int mirrorMode = 0;
+    std::vector<Matrix> mirrorMaps;
+};
+
+}  // namespace trovik

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/ScriptRunner.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+namespace {
+
+BrushOperation::Modifier ModifierOf(const std::string& name) {
+    if (name == "smooth") return BrushOperation::ModifierSmooth;
+    return name == "invert" ? BrushOperation::ModifierInvert : BrushOperation::ModifierNone;
+}
+
+/// Ends the stroke on every way out.
+class OpenStroke {
+public:
+    OpenStroke(StrokeLoop& strokeLoop, BrushOperation::Modifier modifier) : loop(strokeLoop) {
+        loop.Begin(modifier);
+    }
+    ~OpenStroke() { loop.End(); }
+    OpenStroke(const OpenStroke&) = delete;
+    OpenStroke& operator=(const OpenStroke&) = delete;
+
+private:
+    StrokeLoop& loop;
+};
+
+}  // namespace
+
+PathOptions ScriptRunner::PathSettings() {
+    PathOptions options;
+    options.radius = radius;
+    options.spacing = spacing;
+    options.strength = [this](float pressure) {
+        return session->Brush().EffectiveBrushStrength(pressure);
+    };
+    options.progress = progress.dab;
+    return options;
+}
+
+std::vector<PathSample> ScriptRunner::Samples(const FieldReader& list,
+                                              std::size_t placeNumbers) const {
+    std::vector<PathSample> samples;
+    for (std::size_t i = 0; i < list.Size(); ++i) {
+        const FieldReader numbers = list.At(i);
+        PathSample sample;
+        float* place[3] = {&sample.place.x, &sample.place.y, &sample.place.z};
+        for (std::size_t k = 0; k < placeNumbers; ++k) *place[k] = numbers.At(k).Number();
+        if (numbers.Size() > placeNumbers) {
+            sample.pressure = numbers.At(placeNumbers).Number();
+            if (sample.pressure < 0.0f || sample.pressure > 1.0f)
+                numbers.At(placeNumbers).Fail("pressure lies between 0 and 1");
+        }
+        samples.push_back(sample);
+    }
+    return samples;
+}
+
+void ScriptRunner::RunStroke(const FieldReader& stroke) {
+    const int kinds = static_cast<int>(stroke.Has("dabs")) +
+                      static_cast<int>(stroke.Has("surface")) +
+                      static_cast<int>(stroke.Has("pointer"));
+    if (kinds != 1) stroke.Fail("a stroke needs one of \"dabs\", \"surface\", \"pointer\"");
+    KeepBefore();
+    session->Geometry().History().SetNextLabel(
+        session->Brush().ActiveConfiguration()->Name().toStdString());
+    const OpenStroke open(session->Loop(), ModifierOf(stroke.TextOr("modifier", "none")));
+    if (stroke.Has("dabs")) {
+        StrokeDabs(stroke.At("dabs"));
+    } else if (stroke.Has("surface")) {
+        StrokeAlongSurface(session->Loop(), session->Geometry(), session->Tree(),
+                           Samples(stroke.At("surface"), 3), PathSettings());
+    } else {
+        StrokeAlongView(session->Loop(), session->Geometry(), session->Tree(), session->View(),
+                        Samples(stroke.At("pointer"), 2), PathSettings());
+    }
+}
+
+void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
+    LevelMesh& mesh = *session->Geometry().Bound();
+    for (std::size_t i = 0; i < dabs.Size(); ++i) {
+        const FieldReader fields = dabs.At(i);
+        const auto face = fields.At("face").Json().get<uint64_t>();
+        if (face >= mesh.faceCount) {
+            fields.At("face").Fail("there is no face " + std::to_string(face) +
+                                   "; the level has " + std::to_string(mesh.faceCount));
+        }
+        StrokeDab dab;
+        dab.hit = SurfacePoint(&mesh, 0, static_cast<uint32_t>(face));
+        if (fields.Has("point")) {
+            dab.hit.position = fields.At("point").ThreeNumbers();
+        } else {
+            // The middle of the face.
+            const uint32_t corners = mesh.CornersPerFace();
+            Vector sum;
+            for (uint32_t k = 0; k < corners; ++k)
+                sum += mesh.Position(mesh.faceVertexIndices.array[dab.hit.face * corners + k]);
+            dab.hit.position = sum * (1.0f / static_cast<float>(corners));
+        }
+        if (fields.Has("normal")) {
+            dab.hit.normal = fields.At("normal").ThreeNumbers().Normalized();
+            if (dab.hit.normal == Vector()) fields.At("normal").Fail("the normal has no length");
+        }
+        session->Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
+        if (fields.Has("position")) dab.position = fields.At("position").ThreeNumbers();
+        dab.size = fields.NumberOr("radius", radius);
+        dab.pressure = fields.NumberOr("pressure", 1.0f);
+        dab.strength = fields.NumberOr(
+            "strength", session->Brush().EffectiveBrushStrength(dab.pressure));
+        session->Loop().Dab(dab);
+        if (progress.dab) progress.dab();
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/Falloff.h"
+
+#include "framework/errors/HostError.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace trovik {
+namespace {
+
+std::vector<float> CurveOf(int index) {
+    Store<float> samples;
+    FillFalloff(samples, index);
+    return {samples.array, samples.array + samples.fill};
+}
+
+TEST(Falloff, EachCurveFallsFromOneToTheRim) {
+    for (int index = 0; index < static_cast<int>(FalloffNames().size()); ++index) {
+        SCOPED_TRACE(FalloffNames()[static_cast<std::size_t>(index)]);
+        const std::vector<float> curve = CurveOf(index);
+        ASSERT_EQ(curve.size(), 256u);
+        EXPECT_EQ(curve.front(), 1.0f);
+        EXPECT_EQ(curve.back(), index == 0 ? 1.0f : 0.0f);
+        for (std::size_t i = 1; i < curve.size(); ++i) ASSERT_LE(curve[i], curve[i - 1]) << i;
+    }
+}
+
+TEST(Falloff, IndexAndNameAgree) {
+    EXPECT_EQ(FalloffNames().size(), 8u);
+    EXPECT_EQ(FalloffIndexOf("constant"), 0);
+    EXPECT_EQ(FalloffIndexOf("smooth"), smoothFalloffIndex);
+    EXPECT_EQ(FalloffIndexOf("plateau"), plateauFalloffIndex);
+    EXPECT_EQ(FalloffIndexOf("Smooth"), -1);
+    EXPECT_EQ(FalloffName(1), "linear");
+    EXPECT_EQ(FalloffName(customFalloffIndex), "custom");
+    EXPECT_FALSE(IsFalloffIndex(8));
+    EXPECT_FALSE(IsFalloffIndex(-1));
+}
+
+TEST(Falloff, CurvesHaveTheirValuesHalfWay) {
+    EXPECT_EQ(FalloffValue(0, 0.5f), 1.0f);
+    EXPECT_EQ(FalloffValue(1, 0.5f), 0.5f);
+    EXPECT_EQ(FalloffValue(2, 0.5f), 0.5f);
+    EXPECT_EQ(FalloffValue(2, 0.25f), 0.84375f);
+    EXPECT_EQ(FalloffValue(3, 0.5f), std::sqrt(0.75f));
+    EXPECT_EQ(FalloffValue(4, 0.5f), 0.125f);
+    EXPECT_EQ(FalloffValue(5, 0.5f), 0.5f * (1.0f / 0.75f));
+    EXPECT_EQ(FalloffValue(5, 0.125f), 1.0f);
+    EXPECT_EQ(FalloffValue(6, 0.5f), 0.421875f);
+    EXPECT_EQ(FalloffValue(7, 0.5f), 1.0f);
+    EXPECT_EQ(FalloffValue(7, 0.875f), 0.5f);
+}
+
+TEST(Falloff, AnUnknownIndexIsSmooth) {
+    EXPECT_EQ(CurveOf(99), CurveOf(smoothFalloffIndex));
+    EXPECT_EQ(CurveOf(-7), CurveOf(smoothFalloffIndex));
+}
+
+TEST(Falloff, ACurveJoinsItsPointsByStraightLines) {
+    const std::vector<float> curve = FalloffFromCurve({{0.0f, 1.0f}, {0.2f, 0.5f}, {0.6f, 0.0f}});
+    ASSERT_EQ(curve.size(), 256u);
+    EXPECT_EQ(curve[0], 1.0f);
+    EXPECT_NEAR(curve[51], 0.5f, 1e-6f);
+    EXPECT_NEAR(curve[102], 0.25f, 1e-6f);
+    EXPECT_EQ(curve[200], 0.0f);
+    EXPECT_EQ(curve[255], 0.0f);
+    EXPECT_EQ(FalloffFromCurve({{0.5f, 0.7f}})[0], 0.7f);
+}
+
+TEST(Falloff, ACurveThatIsNoneNamesItsPoint) {
+    const auto reasonOf = [](const std::vector<FalloffPoint>& points) -> std::string {
+        try {
+            FalloffFromCurve(points);
+        } catch (const HostError& error) {
+            return error.what();
+        }
+        return "";
+    };
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(reasonOf({}), "falloff curve: it has no points");
+    EXPECT_THAT(reasonOf({{0.0f, 1.0f}, {1.5f, 0.0f}}), testing::HasSubstr("point 1"));
+    EXPECT_THAT(reasonOf({{0.0f, 1.0f}, {0.5f, nan}}), testing::HasSubstr("point 1"));
+    EXPECT_THAT(reasonOf({{nan, 1.0f}}), testing::HasSubstr("point 0"));
+    EXPECT_THAT(reasonOf({{0.5f, 1.0f}, {0.5f, 0.0f}}), testing::HasSubstr("point 1"));
+}
+
+}  // namespace
+}  // namespace trovik

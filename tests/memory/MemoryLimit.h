@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/memory/MemoryAccount.h"
+
+namespace trovik::test {
+
+/// Lets the accounted memory grow by so many bytes and no more, until the end of the scope.
+class MemoryLimit {
+public:
+    explicit MemoryLimit(int64_t moreBytes) : before(MemoryAccount::Limit()) {
+        MemoryAccount::SetLimit(MemoryAccount::Total() + moreBytes);
+    }
+    ~MemoryLimit() { MemoryAccount::SetLimit(before); }
+    MemoryLimit(const MemoryLimit&) = delete;
+    MemoryLimit& operator=(const MemoryLimit&) = delete;
+
+private:
+    int64_t before;
+};
+
+}  // namespace trovik::test
