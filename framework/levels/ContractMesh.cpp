@@ -25,31 +25,48 @@ SurfacePoint::SurfacePoint(Mesh* onMesh, uint32_t, uint32_t faceIndex)
 }
 
 const ClassDesc* MeshRenderer::StaticClass() {
-    static const ClassDesc desc(TreeNode::StaticClass(), TreeNode::StaticClass(),
-                                QStringLiteral("MeshRenderer"), QStringLiteral("Mesh renderer"),
-                                nullptr, 1, 0);
+    static const ClassDesc desc(TreeNode::StaticClass(),
+                                TreeNode::StaticClass(),
+                                QStringLiteral("MeshRenderer"),
+                                QStringLiteral("Mesh renderer"),
+                                nullptr,
+                                1,
+                                0);
     return &desc;
 }
 const ClassDesc* MeshRenderer::RuntimeClass() const { return StaticClass(); }
 
 const ClassDesc* Mesh::StaticClass() {
-    static const ClassDesc desc(TreeNode::StaticClass(), TreeNode::StaticClass(),
-                                QStringLiteral("Mesh"), QStringLiteral("Mesh"), nullptr, 1, 0);
+    static const ClassDesc desc(TreeNode::StaticClass(),
+                                TreeNode::StaticClass(),
+                                QStringLiteral("Mesh"),
+                                QStringLiteral("Mesh"),
+                                nullptr,
+                                1,
+                                0);
     return &desc;
 }
 const ClassDesc* Mesh::RuntimeClass() const { return StaticClass(); }
 
 const ClassDesc* SubdivisionLevel::StaticClass() {
-    static const ClassDesc desc(Mesh::StaticClass(), Mesh::StaticClass(),
+    static const ClassDesc desc(Mesh::StaticClass(),
+                                Mesh::StaticClass(),
                                 QStringLiteral("SubdivisionLevel"),
-                                QStringLiteral("Subdivision level"), nullptr, 1, 0);
+                                QStringLiteral("Subdivision level"),
+                                nullptr,
+                                1,
+                                0);
     return &desc;
 }
 const ClassDesc* SubdivisionLevel::RuntimeClass() const { return StaticClass(); }
 
 const ClassDesc* Geometry::StaticClass() {
-    static const ClassDesc desc(TreeNode::StaticClass(), TreeNode::StaticClass(),
-                                QStringLiteral("Geometry"), QStringLiteral("Geometry"), nullptr, 1,
+    static const ClassDesc desc(TreeNode::StaticClass(),
+                                TreeNode::StaticClass(),
+                                QStringLiteral("Geometry"),
+                                QStringLiteral("Geometry"),
+                                nullptr,
+                                1,
                                 0);
     return &desc;
 }

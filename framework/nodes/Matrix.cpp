@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <limits>
-#include <utility>
 
 namespace trovik {
 
@@ -22,43 +21,58 @@ Homogeneous Times(const Matrix& m, const Vector& p, float w) {
 
 }  // namespace
 
-// Gauss and Jordan with the largest pivot of each column. Beside each number stands the sum of the
-// sizes of what was added up in it: a pivot that is no more than rounding left of that sum is a
-// zero, so that a singular matrix is known as one although its numbers do not cancel exactly.
+// By cofactors, which keep the zeros of an affine matrix exact. Beside each sum of products stands
+// the sum of their sizes: a determinant that is no more than rounding left of it is a zero, so that
+// a singular matrix is known as one although its numbers do not cancel exactly.
 void Matrix::Invert(bool* ok) {
     constexpr double rounding = 16.0 * std::numeric_limits<double>::epsilon();
     if (ok != nullptr) *ok = false;
-    double rows[4][8];
-    double sizes[4][4];
-    for (int r = 0; r < 4; ++r) {
-        for (int c = 0; c < 4; ++c) {
-            rows[r][c] = static_cast<double>(m[r][c]);
-            rows[r][4 + c] = r == c ? 1.0 : 0.0;
-            sizes[r][c] = std::fabs(rows[r][c]);
-        }
+    double a[4][4];
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c) a[r][c] = static_cast<double>(m[r][c]);
+
+    // Minors of the upper two rows and of the lower two, by pairs of columns.
+    constexpr int pairs[6][2] = {{0, 1}, {0, 2}, {0, 3}, {1, 2}, {1, 3}, {2, 3}};
+    constexpr double signs[6] = {1.0, -1.0, 1.0, 1.0, -1.0, 1.0};
+    double s[6];
+    double t[6];
+    double determinant = 0.0;
+    double size = 0.0;
+    for (int k = 0; k < 6; ++k) {
+        const auto [p, q] = pairs[k];
+        s[k] = a[0][p] * a[1][q] - a[1][p] * a[0][q];
+        t[k] = a[2][p] * a[3][q] - a[3][p] * a[2][q];
     }
-    for (int column = 0; column < 4; ++column) {
-        int pivot = column;
-        for (int r = column + 1; r < 4; ++r)
-            if (std::fabs(rows[r][column]) > std::fabs(rows[pivot][column])) pivot = r;
-        const double value = rows[pivot][column];
-        if (!std::isfinite(value) || !(std::fabs(value) > rounding * sizes[pivot][column])) return;
-        std::swap(rows[pivot], rows[column]);
-        std::swap(sizes[pivot], sizes[column]);
-        for (int c = 0; c < 8; ++c) rows[column][c] /= value;
-        for (int c = 0; c < 4; ++c) sizes[column][c] /= std::fabs(value);
-        for (int r = 0; r < 4; ++r) {
-            if (r == column) continue;
-            const double factor = rows[r][column];
-            if (factor == 0.0) continue;
-            for (int c = 0; c < 8; ++c) rows[r][c] -= factor * rows[column][c];
-            for (int c = 0; c < 4; ++c) sizes[r][c] += std::fabs(factor) * sizes[column][c];
-        }
+    for (int k = 0; k < 6; ++k) {
+        const auto [p, q] = pairs[k];
+        const auto [u, v] = pairs[5 - k];
+        determinant += signs[k] * s[k] * t[5 - k];
+        size += (std::fabs(a[0][p] * a[1][q]) + std::fabs(a[1][p] * a[0][q])) *
+                (std::fabs(a[2][u] * a[3][v]) + std::fabs(a[3][u] * a[2][v]));
     }
+    if (!std::isfinite(determinant) || !(std::fabs(determinant) > rounding * size)) return;
+
+    const double adjugate[4][4] = {{a[1][1] * t[5] - a[1][2] * t[4] + a[1][3] * t[3],
+                                    -a[0][1] * t[5] + a[0][2] * t[4] - a[0][3] * t[3],
+                                    a[3][1] * s[5] - a[3][2] * s[4] + a[3][3] * s[3],
+                                    -a[2][1] * s[5] + a[2][2] * s[4] - a[2][3] * s[3]},
+                                   {-a[1][0] * t[5] + a[1][2] * t[2] - a[1][3] * t[1],
+                                    a[0][0] * t[5] - a[0][2] * t[2] + a[0][3] * t[1],
+                                    -a[3][0] * s[5] + a[3][2] * s[2] - a[3][3] * s[1],
+                                    a[2][0] * s[5] - a[2][2] * s[2] + a[2][3] * s[1]},
+                                   {a[1][0] * t[4] - a[1][1] * t[2] + a[1][3] * t[0],
+                                    -a[0][0] * t[4] + a[0][1] * t[2] - a[0][3] * t[0],
+                                    a[3][0] * s[4] - a[3][1] * s[2] + a[3][3] * s[0],
+                                    -a[2][0] * s[4] + a[2][1] * s[2] - a[2][3] * s[0]},
+                                   {-a[1][0] * t[3] + a[1][1] * t[1] - a[1][2] * t[0],
+                                    a[0][0] * t[3] - a[0][1] * t[1] + a[0][2] * t[0],
+                                    -a[3][0] * s[3] + a[3][1] * s[1] - a[3][2] * s[0],
+                                    a[2][0] * s[3] - a[2][1] * s[1] + a[2][2] * s[0]}};
     Matrix inverse;
     for (int r = 0; r < 4; ++r) {
         for (int c = 0; c < 4; ++c) {
-            inverse.m[r][c] = static_cast<float>(rows[r][4 + c]);
+            // Adding 0 makes a negative zero a plain one.
+            inverse.m[r][c] = static_cast<float>(adjugate[r][c] / determinant) + 0.0f;
             if (!std::isfinite(inverse.m[r][c])) return;
         }
     }

@@ -41,7 +41,8 @@ bool Fits(const Attribute& attribute, const QString& text) {
 
 void LoadPreferences(const std::string& path) {
     std::map<std::string, std::string> texts;
-    for (const auto& [key, value] : ParseObject(path).items()) {
+    const nlohmann::json values = ParseObject(path);
+    for (const auto& [key, value] : values.items()) {
         if (!value.is_string() && !value.is_number() && !value.is_boolean())
             throw HostError(path + ": " + key + ": the value is no text, number or truth value");
         std::string text = value.is_string() ? value.get<std::string>() : value.dump();

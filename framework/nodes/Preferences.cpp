@@ -17,13 +17,14 @@ struct Entry {
     PreferenceInfo info;
 };
 
-/// Owner of all preference attributes. A key stands for one preference of each kind of value;
-/// should two libraries disagree on the kind, each keeps an attribute of its own.
+/// Owner of all preference attributes. Should two libraries disagree on the kind of a key's value,
+/// each keeps an attribute of its own, and the file keeps that of the first.
 class PreferenceNode : public Node {
 public:
     PreferenceNode() { SetName(QStringLiteral("Preferences")); }
 
-    std::map<std::pair<std::string, int>, Entry> byKey;
+    /// By key, in the order of registering.
+    std::map<std::string, std::vector<Entry>> byKey;
     std::map<std::string, std::string> unclaimed;
 };
 
@@ -34,21 +35,21 @@ PreferenceNode& TheNode() {
 }
 
 const Entry* FindEntry(const std::string& key) {
-    const auto found = TheNode().byKey.lower_bound({key, 0});
-    return found == TheNode().byKey.end() || found->first.first != key ? nullptr : &found->second;
+    const auto found = TheNode().byKey.find(key);
+    return found == TheNode().byKey.end() ? nullptr : &found->second.front();
 }
 
 /// The attribute of the key, made with `make` when the key is new. A value that was loaded before
 /// the key was known is taken up now.
-template <typename A, typename T, typename Make>
+template <typename A, typename Make>
 A* Register(const QString& key, PreferenceInfo info, Make make) {
-    Entry& entry = TheNode().byKey[{key.toStdString(), AttributeValue<T>::type}];
-    if (entry.attribute != nullptr) return static_cast<A*>(entry.attribute.get());
+    std::vector<Entry>& entries = TheNode().byKey[key.toStdString()];
+    for (const Entry& entry : entries)
+        if (auto* known = dynamic_cast<A*>(entry.attribute.get())) return known;
     auto made = make();
     made->SetCategory(info.categoryLabel, false);
     A* attribute = made.get();
-    entry.attribute = std::move(made);
-    entry.info = std::move(info);
+    entries.push_back({std::move(made), std::move(info)});
     const auto stored = TheNode().unclaimed.find(key.toStdString());
     if (stored != TheNode().unclaimed.end()) {
         SetAttributeText(*attribute, QString::fromStdString(stored->second), true);
@@ -67,8 +68,8 @@ Bool::Bool(const QString& key,
            const QString& categoryLabel,
            bool value,
            bool advanced)
-    : attribute(Register<AttributeInstance<bool>, bool>(
-          key, {category, label, categoryLabel, advanced}, [&] {
+    : attribute(
+          Register<AttributeInstance<bool>>(key, {category, label, categoryLabel, advanced}, [&] {
               return std::make_unique<AttributeInstance<bool>>(&TheNode(), key, value);
           })) {}
 
@@ -80,11 +81,9 @@ Float::Float(const QString& key,
              float minimum,
              float maximum,
              bool advanced)
-    : attribute(Register<AttributeFloatRange, float>(
-          key, {category, label, categoryLabel, advanced}, [&] {
-              return std::make_unique<AttributeFloatRange>(
-                  &TheNode(), key, minimum, maximum, value, 2);
-          })) {}
+    : attribute(Register<AttributeFloatRange>(key, {category, label, categoryLabel, advanced}, [&] {
+          return std::make_unique<AttributeFloatRange>(&TheNode(), key, minimum, maximum, value, 2);
+      })) {}
 
 }  // namespace Preferences
 
@@ -100,9 +99,7 @@ const PreferenceInfo* FindPreferenceInfo(const std::string& key) {
 
 std::vector<std::string> PreferenceKeys() {
     std::vector<std::string> keys;
-    for (const auto& [key, entry] : TheNode().byKey) {
-        if (keys.empty() || keys.back() != key.first) keys.push_back(key.first);
-    }
+    for (const auto& [key, entries] : TheNode().byKey) keys.push_back(key);
     return keys;
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/DabStrength.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ PathOptions ScriptRunner::PathSettings() {
     options.radius = radius;
     options.spacing = spacing;
     options.strength = [this](float pressure) {
-        return session->Brush().EffectiveBrushStrength(pressure);
+        return DabStrength(session->Brush(), pressure, radius);
     };
     options.progress = progress.dab;
     return options;
@@ -107,7 +108,7 @@ void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
         dab.size = fields.NumberOr("radius", radius);
         dab.pressure = fields.NumberOr("pressure", 1.0f);
         dab.strength = fields.NumberOr(
-            "strength", session->Brush().EffectiveBrushStrength(dab.pressure));
+            "strength", DabStrength(session->Brush(), dab.pressure, dab.size));
         session->Loop().Dab(dab);
         if (progress.dab) progress.dab();
     }

@@ -28,8 +28,8 @@ Vector DetailBrush::VertexOriginalPosition(Mesh* mesh, uint32_t vertex) {
     if (v.changeLink < mesh->changeRecordCount) {
         const StoredVertexInfo& record = mesh->changeRecords[v.changeLink];
         if (record.vertexIndex == vertex) {
-            return {record.originalPosition[0], record.originalPosition[1],
-                    record.originalPosition[2]};
+            return {
+                record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]};
         }
     }
     return {v.x, v.y, v.z};

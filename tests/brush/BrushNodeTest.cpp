@@ -16,14 +16,22 @@ namespace {
 TEST(BrushNode, AttributesStandInOrderOfCreation) {
     NeedTools();
     SwiftStroke brush;
-    const std::vector<Attribute*> own = {
-        &brush.bilinearSample, &brush.globalPlane,    &brush.updatePlane, &brush.affectAllLayers,
-        &brush.drawFromCenter, &brush.falloffName, &brush.buildUpRate};
+    const std::vector<Attribute*> own = {&brush.bilinearSample,
+                                         &brush.globalPlane,
+                                         &brush.updatePlane,
+                                         &brush.affectAllLayers,
+                                         &brush.drawFromCenter,
+                                         &brush.falloffName,
+                                         &brush.buildUpRate};
     const std::vector<Attribute*>& all = brush.Attributes();
     ASSERT_GE(all.size(), own.size());
     EXPECT_EQ(std::vector<Attribute*>(all.end() - 7, all.end()), own);
-    const char* names[] = {"bilinearsample",  "globalplane",    "updateplane",
-                           "affectalllayers", "drawfromcenter", "",
+    const char* names[] = {"bilinearsample",
+                           "globalplane",
+                           "updateplane",
+                           "affectalllayers",
+                           "drawfromcenter",
+                           "",
                            "builduprate"};
     for (std::size_t i = 0; i < own.size(); ++i) {
         EXPECT_EQ(own[i]->Name().toStdString(), names[i]);
@@ -113,10 +121,12 @@ TEST(BrushNode, BlockOfVectorsIsAlignedAndStartsWithUnitScale) {
 
 TEST(BrushNode, PreferencesAreShownInTestModeOnly) {
     HostKernel& kernel = HostKernel::Instance();
-    const Attribute* const preferences[] = {
-        renderSwiftStroke.attribute,          swiftStrokeLevelFactor.attribute,
-        useOriginalDataForFlatten.attribute,  useVertexWeightsForFlatten.attribute,
-        waxFillsOnly.attribute,               waxScrapesOnly.attribute};
+    const Attribute* const preferences[] = {renderSwiftStroke.attribute,
+                                            swiftStrokeLevelFactor.attribute,
+                                            useOriginalDataForFlatten.attribute,
+                                            useVertexWeightsForFlatten.attribute,
+                                            waxFillsOnly.attribute,
+                                            waxScrapesOnly.attribute};
     for (const bool on : {true, false}) {
         kernel.SetTestMode(on);
         const SwiftStroke brush;
@@ -210,8 +220,8 @@ TEST_F(BoolAttribute, ConnectingBringsTheTargetAlongAndTellsBothEnds) {
     source.SetValue(true, true);
     source.AddTarget(target, true);
     EXPECT_TRUE(target.Value());
-    EXPECT_EQ(node.heard, (Heard{{"source", NodeEventSourceConnected},
-                                 {"target", NodeEventTargetConnected}}));
+    EXPECT_EQ(node.heard,
+              (Heard{{"source", NodeEventSourceConnected}, {"target", NodeEventTargetConnected}}));
 }
 
 TEST_F(BoolAttribute, TargetOfAnotherSizeOnlyHearsOfTheChange) {

@@ -36,8 +36,8 @@ TEST_F(CommandWord, SwitchesRenderingOffWhoeverWritesIt) {
 
 TEST_F(CommandWord, AnotherWordChangesNothing) {
     SwiftStroke brush;
-    for (const char* other : {"", "swiftstroke_norende", "swiftstroke_norender ",
-                              "Swiftstroke_norender"}) {
+    for (const char* other :
+         {"", "swiftstroke_norende", "swiftstroke_norender ", "Swiftstroke_norender"}) {
         HostKernel::Instance().kernelCommandAttribute.SetValue(QString::fromLatin1(other), false);
         EXPECT_TRUE(renderSwiftStroke) << other;
     }

@@ -52,8 +52,7 @@ TEST(Registration, PluginRecord) {
     for (unsigned i = 0; i < Plugin::Count(); ++i)
         if (Plugin::At(i)->Name() == QStringLiteral("Swift Stroke")) record = Plugin::At(i);
     ASSERT_NE(record, nullptr);
-    EXPECT_EQ(record->Description(),
-              QStringLiteral("Hardware accelerated simple sculptor brush"));
+    EXPECT_EQ(record->Description(), QStringLiteral("Hardware accelerated simple sculptor brush"));
     EXPECT_FALSE(record->Author().isEmpty());
     EXPECT_FALSE(record->Address().isEmpty());
     // As the compiler writes date and time: "Mmm dd yyyy hh:mm:ss".
@@ -62,9 +61,10 @@ TEST(Registration, PluginRecord) {
 }
 
 TEST(Registration, SixPreferencesWithDefaultsAndRange) {
-    for (const char* key :
-         {"Use Original Data For Flatten", "Use Vertex Weights For Flatten", "Wax Fills Only",
-          "Wax Scrapes Only"}) {
+    for (const char* key : {"Use Original Data For Flatten",
+                            "Use Vertex Weights For Flatten",
+                            "Wax Fills Only",
+                            "Wax Scrapes Only"}) {
         const auto* found = dynamic_cast<AttributeInstance<bool>*>(FindPreference(key));
         ASSERT_NE(found, nullptr) << key;
         EXPECT_FALSE(found->Value()) << key;

@@ -30,36 +30,48 @@ struct Expected {
 constexpr float far = 100000000.0f;
 constexpr CheckableFloat usual{true, 0.0625f};
 constexpr Expected expectations[] = {
-    {Tool::Sculpt, false, false, false, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Smear, false, false, true, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Pinch, false, true, false, false, false, false, true, -far, far, 0.0f, 1.0f, 0.01f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Smooth, true, false, false, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     100.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Amplify, false, false, false, false, false, true, true, -far, far, 0.0f, -1.0f, 0.2f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Flatten, false, false, false, false, false, true, false, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Scrape, false, false, false, false, false, true, false, -far, 0.0f, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Fill, false, false, false, false, false, true, false, 0.0f, far, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Wax, false, false, false, false, true, true, false, -far, far, 0.1f, 1.0f, 0.5f, 15.0f,
-     {true, 0.1f}, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Bulge, false, false, false, true, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, -1.0f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Spray, false, false, false, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, 0.125f, "Stamps/bw_brickTile.tif", true, 2, 25.0f, 0.0f},
-    {Tool::Repeat, false, false, false, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, usual, 0.5f, 0.125f, "Stamps/bw_scale.tif", true, 2, 25.0f, 0.0f},
-    {Tool::Knife, false, false, false, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, {true, 0.2625f}, 0.5f, 0.125f, "Stamps/knife.tif", true, 2, 25.0f, 0.0f},
-    {Tool::Foamy, false, false, false, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, {false, 0.1125f}, 0.25f, 0.015625f, "", false, 2, 25.0f, 0.0f},
-    {Tool::Imprint, false, false, false, false, false, false, true, -far, far, 0.0f, 1.0f, 1.0f,
-     15.0f, {false, 0.1125f}, 1.0f, 1.0f, "Stamps/rubble.tif", true, 7, 100.0f, 100.0f},
+    {Tool::Sculpt, false, false, false, false, false, false, true,  -far, far,   0.0f,
+     1.0f,         1.0f,  15.0f, usual, 0.5f,  -1.0f, "",    false, 2,    25.0f, 0.0f},
+    {Tool::Smear, false, false, true,  false, false, false, true,  -far, far,   0.0f,
+     1.0f,        1.0f,  15.0f, usual, 0.5f,  -1.0f, "",    false, 2,    25.0f, 0.0f},
+    {Tool::Pinch, false, true,  false, false, false, false, true,  -far, far,   0.0f,
+     1.0f,        0.01f, 15.0f, usual, 0.5f,  -1.0f, "",    false, 2,    25.0f, 0.0f},
+    {Tool::Smooth, true, false,  false, false, false, false, true,  -far, far,   0.0f,
+     1.0f,         1.0f, 100.0f, usual, 0.5f,  -1.0f, "",    false, 2,    25.0f, 0.0f},
+    {Tool::Amplify, false, false, false, false, false, true, true,  -far, far,   0.0f,
+     -1.0f,         0.2f,  15.0f, usual, 0.5f,  -1.0f, "",   false, 2,    25.0f, 0.0f},
+    {Tool::Flatten, false, false, false, false, false, true, false, -far, far,   0.0f,
+     1.0f,          1.0f,  15.0f, usual, 0.5f,  -1.0f, "",   false, 2,    25.0f, 0.0f},
+    {Tool::Scrape, false, false, false, false, false, true, false, -far, 0.0f,  0.0f,
+     1.0f,         1.0f,  15.0f, usual, 0.5f,  -1.0f, "",   false, 2,    25.0f, 0.0f},
+    {Tool::Fill, false, false, false, false, false, true, false, 0.0f, far,   0.0f,
+     1.0f,       1.0f,  15.0f, usual, 0.5f,  -1.0f, "",   false, 2,    25.0f, 0.0f},
+    {Tool::Wax, false, false, false,        false, true,  true, false, -far, far,   0.1f,
+     1.0f,      0.5f,  15.0f, {true, 0.1f}, 0.5f,  -1.0f, "",   false, 2,    25.0f, 0.0f},
+    {Tool::Bulge, false, false, false, true, false, false, true,  -far, far,   0.0f,
+     1.0f,        1.0f,  15.0f, usual, 0.5f, -1.0f, "",    false, 2,    25.0f, 0.0f},
+    {Tool::Spray, false, false, false, false, false, false, true,   -far,
+     far,         0.0f,  1.0f,  1.0f,  15.0f, usual, 0.5f,  0.125f, "Stamps/bw_brickTile.tif",
+     true,        2,     25.0f, 0.0f},
+    {Tool::Repeat, false, false, false, false, false, false, true,   -far,
+     far,          0.0f,  1.0f,  1.0f,  15.0f, usual, 0.5f,  0.125f, "Stamps/bw_scale.tif",
+     true,         2,     25.0f, 0.0f},
+    {Tool::Knife, false, false, false, false, false,           false, true,   -far,
+     far,         0.0f,  1.0f,  1.0f,  15.0f, {true, 0.2625f}, 0.5f,  0.125f, "Stamps/knife.tif",
+     true,        2,     25.0f, 0.0f},
+    {Tool::Foamy, false,     false, false, false,
+     false,       false,     true,  -far,  far,
+     0.0f,        1.0f,      1.0f,  15.0f, {false, 0.1125f},
+     0.25f,       0.015625f, "",    false, 2,
+     25.0f,       0.0f},
+    {Tool::Imprint, false, false,
+     false,         false, false,
+     false,         true,  -far,
+     far,           0.0f,  1.0f,
+     1.0f,          15.0f, {false, 0.1125f},
+     1.0f,          1.0f,  "Stamps/rubble.tif",
+     true,          7,     100.0f,
+     100.0f},
 };
 static_assert(std::size(expectations) == 15);
 
@@ -82,7 +94,9 @@ class EachTool : public ::testing::TestWithParam<std::size_t> {
 protected:
     const Expected& e = expectations[GetParam()];
 };
-INSTANTIATE_TEST_SUITE_P(Tools, EachTool, ::testing::Range(std::size_t{0}, std::size_t{15}),
+INSTANTIATE_TEST_SUITE_P(Tools,
+                         EachTool,
+                         ::testing::Range(std::size_t{0}, std::size_t{15}),
                          [](const auto& tested) { return std::string(toolNames[tested.param]); });
 
 TEST_P(EachTool, SetsItsFlagsPlaneAndStrengthScale) {
@@ -258,8 +272,12 @@ TEST_P(EachTool, ResetEndsWithABrushSizeOf25AndTheDefaults) {
 
 TEST(ToolActivation, UnknownIdEndsWithTheBaseValues) {
     NeedTools();
-    BrushConfiguration unknown(SwiftStroke::StaticClass(), 15, QStringLiteral("Unknown"),
-                               QStringLiteral("Unknown"), PredefinedCategory::Sculpt, QString(),
+    BrushConfiguration unknown(SwiftStroke::StaticClass(),
+                               15,
+                               QStringLiteral("Unknown"),
+                               QStringLiteral("Unknown"),
+                               PredefinedCategory::Sculpt,
+                               QString(),
                                0);
     SwiftStroke brush;
     brush.SetActiveConfiguration(RowOf(Tool::Wax));

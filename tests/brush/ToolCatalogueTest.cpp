@@ -67,7 +67,9 @@ constexpr Row expectedRows[] = {
 class MarkingTranslator : public QTranslator {
 public:
     bool isEmpty() const override { return false; }
-    QString translate(const char* context, const char* text, const char* comment,
+    QString translate(const char* context,
+                      const char* text,
+                      const char* comment,
                       int) const override {
         if (QString::fromLatin1(context) != QLatin1String("SwiftStroke")) return {};
         // Qt hands a missing comment on as null or as an empty text.

@@ -9,14 +9,37 @@
 
 namespace trovik::test {
 
-inline constexpr std::array<Tool, 15> allTools = {
-    Tool::Sculpt, Tool::Smear,  Tool::Pinch, Tool::Smooth, Tool::Amplify,
-    Tool::Flatten, Tool::Scrape, Tool::Fill,  Tool::Wax,    Tool::Bulge,
-    Tool::Spray,  Tool::Repeat, Tool::Knife, Tool::Foamy,  Tool::Imprint};
+inline constexpr std::array<Tool, 15> allTools = {Tool::Sculpt,
+                                                  Tool::Smear,
+                                                  Tool::Pinch,
+                                                  Tool::Smooth,
+                                                  Tool::Amplify,
+                                                  Tool::Flatten,
+                                                  Tool::Scrape,
+                                                  Tool::Fill,
+                                                  Tool::Wax,
+                                                  Tool::Bulge,
+                                                  Tool::Spray,
+                                                  Tool::Repeat,
+                                                  Tool::Knife,
+                                                  Tool::Foamy,
+                                                  Tool::Imprint};
 
-inline constexpr std::array<const char*, 15> toolNames = {
-    "Sculpt", "Smear", "Pinch", "Smooth", "Amplify", "Flatten", "Scrape", "Fill",
-    "Wax",    "Bulge", "Spray", "Repeat", "Knife",   "Foamy",   "Imprint"};
+inline constexpr std::array<const char*, 15> toolNames = {"Sculpt",
+                                                          "Smear",
+                                                          "Pinch",
+                                                          "Smooth",
+                                                          "Amplify",
+                                                          "Flatten",
+                                                          "Scrape",
+                                                          "Fill",
+                                                          "Wax",
+                                                          "Bulge",
+                                                          "Spray",
+                                                          "Repeat",
+                                                          "Knife",
+                                                          "Foamy",
+                                                          "Imprint"};
 
 /// Registers the tools unless some test did so before.
 inline void NeedTools() {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/Falloff.h"
-
 #include "framework/errors/HostError.h"
 
 #include <gmock/gmock.h>

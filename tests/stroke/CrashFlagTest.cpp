@@ -28,8 +28,7 @@ TEST(CrashFlags, NameTheFunctionsAroundABinding) {
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
     StrokeBench bench(FlatGrid(2));
-    bench.brush->BeginStroke(&a.level, BrushOperation::ModifierNone,
-                             BrushOperation::TriggerStroke);
+    bench.brush->BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     EXPECT_EQ(a.level.flagsAtLock, 0x20u + 0x100u);
     EXPECT_EQ(Flags(), 0u);
     bench.Dab(b.Hit(), 1.0f);
@@ -58,7 +57,7 @@ TEST(CrashFlags, NameTheVertexWalk) {
     StrokeBench bench(Icosahedron());
     auto* renderer = new FlagRenderer(0.0f);
     bench.Mesh().AddChild(renderer);
-    bench.Stroke(bench.HitFace(0), 0.8f);
+    bench.Stroke(bench.HitVertex(0), 0.5f);
     ASSERT_FALSE(renderer->flags.empty());
     for (const uint32_t flags : renderer->flags) EXPECT_EQ(flags, 0x400u + 2048u);
 }

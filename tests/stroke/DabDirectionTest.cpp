@@ -20,7 +20,6 @@ protected:
         hit.face = 4;
         hit.position = Vector(1.5f, 1.25f, 0.5f);
         hit.normal = Vector(0.6f, 0.0f, 0.8f);
-        brush.SetPreviousPatchPosition({0.5f, 1.25f, 0.5f});
     }
     ~DabDirection() override {
         bench.End();
@@ -31,6 +30,8 @@ protected:
         if (!brush.strokeActive) bench.Begin();
         brush.directionAttribute.SetValue(mode, true);
         brush.mirrorPass = pass;
+        // The beginning of a stroke has forgotten the hits of the one before.
+        brush.SetPreviousPatchPosition(previous);
         brush.Settings().directionVectorSet = false;
         return brush.PrepareDab(hit);
     }
@@ -43,6 +44,7 @@ protected:
     StrokeBench bench{FlatGrid(3)};
     SwiftStroke& brush = *bench.brush;
     SurfacePoint hit;
+    Vector previous{0.5f, 1.25f, 0.5f};
 };
 
 TEST_F(DabDirection, SurfaceNormalIsThatOfTheHit) {
@@ -56,9 +58,12 @@ TEST_F(DabDirection, SurfaceNormalIsThatOfTheHit) {
 
 TEST_F(DabDirection, FixedDirections) {
     const float d = 0.70710677f;
-    const std::pair<int, Vector> table[] = {
-        {5, {1.0f, 0.0f, 0.0f}}, {6, {0.0f, 1.0f, 0.0f}}, {7, {0.0f, 0.0f, 1.0f}},
-        {10, {d, d, 0.0f}},      {11, {d, 0.0f, d}},      {12, {0.0f, d, d}}};
+    const std::pair<int, Vector> table[] = {{5, {1.0f, 0.0f, 0.0f}},
+                                            {6, {0.0f, 1.0f, 0.0f}},
+                                            {7, {0.0f, 0.0f, 1.0f}},
+                                            {10, {d, d, 0.0f}},
+                                            {11, {d, 0.0f, d}},
+                                            {12, {0.0f, d, d}}};
     for (const auto& [mode, expected] : table) {
         EXPECT_TRUE(Prepare(mode));
         EXPECT_EQ(brush.directions[0], expected) << mode;
@@ -68,7 +73,6 @@ TEST_F(DabDirection, FixedDirections) {
 }
 
 TEST_F(DabDirection, VertexNormalNeedsNoDirection) {
-    brush.directions[0] = Vector(7.0f, 7.0f, 7.0f);
     bench.Begin();
     brush.directions[0] = Vector(7.0f, 7.0f, 7.0f);
     EXPECT_TRUE(Prepare(2));
@@ -85,7 +89,7 @@ TEST_F(DabDirection, ForwardIsTheMotionBetweenHits) {
     EXPECT_TRUE(Prepare(3));
     EXPECT_EQ(brush.directions[0], Vector(1.0f, 0.0f, 0.0f));
     ExpectPlaneAtHit(0);
-    brush.SetPreviousPatchPosition({1.5f, -1.75f, -3.5f});
+    previous = Vector{1.5f, -1.75f, -3.5f};
     EXPECT_TRUE(Prepare(3));
     ExpectNear(brush.directions[0], {0.0f, 0.6f, 0.8f});
 }
@@ -102,7 +106,7 @@ TEST_F(DabDirection, SidewaysLiesAcrossTheStrokeInTheSurface) {
 }
 
 TEST_F(DabDirection, StrokeRelativeModesNeedAnEarlierHit) {
-    brush.SetPreviousPatchPosition({});
+    previous = Vector{};
     for (const int mode : {3, 4}) {
         bench.Begin();
         brush.directions[0] = Vector(7.0f, 7.0f, 7.0f);
@@ -111,14 +115,14 @@ TEST_F(DabDirection, StrokeRelativeModesNeedAnEarlierHit) {
         EXPECT_FALSE(Told());
         bench.End();
     }
-    brush.SetPreviousPatchPosition({0.0f, 0.0f, 1e-20f});
+    previous = Vector{0.0f, 0.0f, 1e-20f};
     EXPECT_TRUE(Prepare(3));
 }
 
 TEST_F(DabDirection, CameraDirectionIsMeshLocal) {
     bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {1.0f, 0.0f, 0.0f});
-    HostKernel::Instance().Scene()->OwnCamera().Place().Set({1.0f, 1.0f, 1.0f}, {},
-                                                            {10.0f, 2.5f, 9.0f});
+    HostKernel::Instance().Scene()->OwnCamera().Place().Set(
+        {1.0f, 1.0f, 1.0f}, {}, {10.0f, 2.5f, 9.0f});
     for (const int mode : {8, 9}) {
         EXPECT_TRUE(Prepare(mode));
         // The camera stands at (4.5, 1.25, 4.5) of the mesh: (3, 0, 4) from the hit.
@@ -197,7 +201,7 @@ TEST_F(DabDirection, WholeMeshSmearGoesForward) {
     EXPECT_TRUE(Prepare(5));
     EXPECT_FALSE(brush.followVertexNormal);
     EXPECT_EQ(brush.directions[0], Vector(1.0f, 0.0f, 0.0f));
-    brush.SetPreviousPatchPosition({});
+    previous = Vector{};
     EXPECT_FALSE(Prepare(5));
     brush.wholeMesh = false;
 }
@@ -239,13 +243,12 @@ protected:
 
 TEST_F(MirroredDirection, AxisIsTheMirrorImageOfTheMainPass) {
     const float d = 0.70710677f;
-    for (const auto& [mode, main, image] :
-         {std::tuple{5, Vector(1, 0, 0), Vector(-1, 0, 0)},
-          {6, Vector(0, 1, 0), Vector(0, 1, 0)},
-          {7, Vector(0, 0, 1), Vector(0, 0, 1)},
-          {10, Vector(d, d, 0), Vector(-d, d, 0)},
-          {11, Vector(d, 0, d), Vector(-d, 0, d)},
-          {12, Vector(0, d, d), Vector(0, d, d)}}) {
+    for (const auto& [mode, main, image] : {std::tuple{5, Vector(1, 0, 0), Vector(-1, 0, 0)},
+                                            {6, Vector(0, 1, 0), Vector(0, 1, 0)},
+                                            {7, Vector(0, 0, 1), Vector(0, 0, 1)},
+                                            {10, Vector(d, d, 0), Vector(-d, d, 0)},
+                                            {11, Vector(d, 0, d), Vector(-d, 0, d)},
+                                            {12, Vector(0, d, d), Vector(0, d, d)}}) {
         bench.Begin();
         brush.directions[0] = main;
         brush.planePoints[0] = Vector(1.5f, 1.25f, 0.5f);
@@ -260,8 +263,8 @@ TEST_F(MirroredDirection, AxisIsTheMirrorImageOfTheMainPass) {
 }
 
 TEST_F(MirroredDirection, CameraDirectionIsMirroredToo) {
-    HostKernel::Instance().Scene()->OwnCamera().Place().Set({1.0f, 1.0f, 1.0f}, {},
-                                                            {50.0f, 0.0f, 0.0f});
+    HostKernel::Instance().Scene()->OwnCamera().Place().Set(
+        {1.0f, 1.0f, 1.0f}, {}, {50.0f, 0.0f, 0.0f});
     bench.Begin();
     brush.directions[0] = Vector(0.6f, 0.0f, 0.8f);
     EXPECT_TRUE(Prepare(8, 1));
@@ -272,14 +275,14 @@ TEST_F(MirroredDirection, SurfaceNormalAndForwardKeepTheirOwn) {
     EXPECT_TRUE(Prepare(0, 1));
     EXPECT_EQ(brush.directions[1], hit.normal);
     ExpectPlaneAtHit(1);
-    brush.SetPreviousPatchPosition({-0.5f, 1.25f, 0.5f});
+    previous = Vector{-0.5f, 1.25f, 0.5f};
     EXPECT_TRUE(Prepare(3, 1));
     EXPECT_EQ(brush.directions[1], Vector(-1.0f, 0.0f, 0.0f));
     ExpectPlaneAtHit(1);
 }
 
 TEST_F(MirroredDirection, SidewaysIsReversed) {
-    brush.SetPreviousPatchPosition({-0.5f, 1.25f, 0.5f});
+    previous = Vector{-0.5f, 1.25f, 0.5f};
     EXPECT_TRUE(Prepare(4, 1));
     // (-1, 0, 0) x (-0.6, 0, 0.8) = (0, 0.8, 0), and back to the main pass's side.
     ExpectNear(brush.directions[1], {0.0f, -1.0f, 0.0f});
@@ -307,7 +310,7 @@ TEST_F(PlaneReuse, KeepsThePlaneFoundEarlier) {
     EXPECT_FALSE(Told());
     EXPECT_TRUE(brush.followVertexNormal);
     // Not even a missing heading ends such a dab.
-    brush.SetPreviousPatchPosition({});
+    previous = Vector{};
     EXPECT_TRUE(Prepare(3));
 }
 

@@ -47,8 +47,8 @@ private:
     Store<StoredVertexInfo> store;
 };
 
-/// The questions that a brush asks of a mesh, answered as a test sets them and logged. One triangle;
-/// its walks visit nothing. `Base` is Mesh or SubdivisionLevel.
+/// The questions that a brush asks of a mesh, answered as a test sets them and logged. One
+/// triangle; its walks visit nothing. `Base` is Mesh or SubdivisionLevel.
 template <typename Base>
 class FakeOf : public Base {
 public:
@@ -57,8 +57,8 @@ public:
         this->faceCount = 1;
         for (uint32_t i = 0; i < 3; ++i) {
             this->faceVertexIndices.Append(i);
-            this->vertices.Append({static_cast<float>(i), static_cast<float>(i * i), 0.0f, 0, 0,
-                                   {0, 0, 0}});
+            this->vertices.Append(
+                {static_cast<float>(i), static_cast<float>(i * i), 0.0f, 0, 0, {0, 0, 0}});
             this->vertexNormals.Append({0, 0, 32767, 0});
         }
     }

@@ -98,8 +98,7 @@ TEST_F(FakeBinding, RefusedLockLeavesTheBrushUnboundInSilence) {
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 
     // In a stroke the dabs end without a word.
-    brush.BeginStroke(&geometry.level, BrushOperation::ModifierNone,
-                      BrushOperation::TriggerStroke);
+    brush.BeginStroke(&geometry.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     EXPECT_TRUE(brush.strokeActive);
     const AxisAlignedBoundingBox box = bench.Dab(geometry.Hit(), 1.0f);
     EXPECT_TRUE(box.IsEmpty());

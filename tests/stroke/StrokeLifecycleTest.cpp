@@ -82,11 +82,16 @@ TEST(StrokeBegin, InversionTurnsStrengthOrPlaneOrNothing) {
         Tool tool;
         float strength, plane;
     };
-    for (const Case& c : {Case{Tool::Sculpt, -1.0f, 1.0f}, Case{Tool::Smear, -1.0f, 1.0f},
-                          Case{Tool::Pinch, -1.0f, 1.0f}, Case{Tool::Smooth, 1.0f, 1.0f},
-                          Case{Tool::Amplify, 1.0f, -1.0f}, Case{Tool::Flatten, 1.0f, -1.0f},
-                          Case{Tool::Scrape, 1.0f, -1.0f}, Case{Tool::Fill, 1.0f, -1.0f},
-                          Case{Tool::Wax, 1.0f, -1.0f}, Case{Tool::Bulge, -1.0f, 1.0f},
+    for (const Case& c : {Case{Tool::Sculpt, -1.0f, 1.0f},
+                          Case{Tool::Smear, -1.0f, 1.0f},
+                          Case{Tool::Pinch, -1.0f, 1.0f},
+                          Case{Tool::Smooth, 1.0f, 1.0f},
+                          Case{Tool::Amplify, 1.0f, -1.0f},
+                          Case{Tool::Flatten, 1.0f, -1.0f},
+                          Case{Tool::Scrape, 1.0f, -1.0f},
+                          Case{Tool::Fill, 1.0f, -1.0f},
+                          Case{Tool::Wax, 1.0f, -1.0f},
+                          Case{Tool::Bulge, -1.0f, 1.0f},
                           Case{Tool::Imprint, -1.0f, 1.0f}}) {
         bench.Activate(c.tool);
         bench.Begin(BrushOperation::ModifierInvert);
@@ -135,8 +140,8 @@ TEST(StrokeBegin, MeshScaleGivesStrengthAndInverseScale) {
     SwiftStroke& brush = *bench.brush;
     const auto begin = [&](const Vector& scale) {
         geometry.place.scale = scale;
-        brush.BeginStroke(&geometry.level, BrushOperation::ModifierNone,
-                          BrushOperation::TriggerStroke);
+        brush.BeginStroke(
+            &geometry.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
         brush.EndStroke();
         return static_cast<Vector>(brush.brushSpace->inverseScale);
     };
@@ -283,14 +288,18 @@ TEST(StrokeEnd, FinishesChangesInTheOrderOfTheirBinding) {
     bench.Dab(a.Hit(), 1.0f);
     bench.Dab(b.Hit(), 1.0f);
     EXPECT_EQ(a.level.Version(), versionOfA + 1);
-    EXPECT_EQ(log, (CallLog{"lock A", "unlock A at version " + std::to_string(versionOfA),
-                            "lock B"}));
+    EXPECT_EQ(log,
+              (CallLog{"lock A", "unlock A at version " + std::to_string(versionOfA), "lock B"}));
     log.clear();
     const uint32_t versionOfB = b.level.Version();
     brush.coarseMeshWarned = true;
     brush.EndStroke();
-    EXPECT_EQ(log, (CallLog{"finish A0 keep alone", "delete A0", "finish B0 keep join",
-                            "delete B0", "unlock B at version " + std::to_string(versionOfB)}));
+    EXPECT_EQ(log,
+              (CallLog{"finish A0 keep alone",
+                       "delete A0",
+                       "finish B0 keep join",
+                       "delete B0",
+                       "unlock B at version " + std::to_string(versionOfB)}));
     EXPECT_EQ(b.level.Version(), versionOfB + 1);
     EXPECT_EQ(brush.meshChanges.array, nullptr);
     EXPECT_EQ(brush.meshChanges.capacity, 0u);

@@ -50,8 +50,8 @@ protected:
         return 0;
     }
     /// The hit in a cell, and the brush as a dab there would have set it.
-    SurfacePoint HitCell(uint32_t column, uint32_t row, uint32_t patchLevel, float radius,
-                         const Vector& centre) {
+    SurfacePoint HitCell(
+        uint32_t column, uint32_t row, uint32_t patchLevel, float radius, const Vector& centre) {
         SurfacePoint hit = bench->HitFace(FaceAt(column, row));
         SwiftStroke& b = Brush();
         b.patchLevel = static_cast<int32_t>(patchLevel);
@@ -69,15 +69,15 @@ protected:
         const MeshChange& change = *Brush().CurrentChange();
         for (uint32_t i = 0; i < *change.recordCount; ++i) {
             const float* p = change.records->array[i].originalPosition;
-            touched.insert({static_cast<int>(std::lround(p[0] / h)),
-                            static_cast<int>(std::lround(p[1] / h))});
+            touched.insert(
+                {static_cast<int>(std::lround(p[0] / h)), static_cast<int>(std::lround(p[1] / h))});
         }
         return touched;
     }
     /// Mean position of a cross walk over a flat grid, worked out by itself.
     Vector CrossMean(int column, int row, unsigned steps, float radius, const Vector& centre) {
-        const int starts[4][2] = {{column, row}, {column + 1, row}, {column + 1, row + 1},
-                                  {column, row + 1}};
+        const int starts[4][2] = {
+            {column, row}, {column + 1, row}, {column + 1, row + 1}, {column, row + 1}};
         const int moves[4][2] = {{0, -1}, {1, 0}, {0, 1}, {-1, 0}};
         double x = 0, y = 0, weights = 0;
         for (int arm = 0; arm < 4; ++arm) {
@@ -132,12 +132,12 @@ TEST_F(Sampling, NormalsWeighByDistance) {
     const double z = 0.75 + 0.75 + diagonal;
     const double length = std::hypot(1.0, z);
     ExpectNear(Brush().directions[0],
-               {static_cast<float>(1.0 / length), 0.0f, static_cast<float>(z / length)}, 1e-6f);
+               {static_cast<float>(1.0 / length), 0.0f, static_cast<float>(z / length)},
+               1e-6f);
     const double weights = 1.0 + z;
     const auto x = static_cast<float>((1.5 + 0.75 * 1.75 + diagonal * 1.75 + 0.75 * 1.5) / weights);
     ExpectNear(Brush().planePoints[0], {x, x - 0.25f, 0.0f}, 1e-6f);
-    EXPECT_FLOAT_EQ(Brush().planeDistances[0],
-                    Brush().planePoints[0].x * Brush().directions[0].x);
+    EXPECT_FLOAT_EQ(Brush().planeDistances[0], Brush().planePoints[0].x * Brush().directions[0].x);
 }
 
 TEST_F(Sampling, ArmsReachAboutOneRadius) {
@@ -146,8 +146,9 @@ TEST_F(Sampling, ArmsReachAboutOneRadius) {
     const Vector centre(1.6f, 1.4f, 0.0f);
     const SurfacePoint hit = HitCell(6, 5, 2, 0.9f, centre);
     Brush().SamplePlane(hit);
-    EXPECT_EQ(Touched(), (std::set<std::pair<int, int>>{
-                             {6, 5}, {6, 4}, {7, 5}, {8, 5}, {7, 6}, {7, 7}, {6, 6}, {5, 6}}));
+    EXPECT_EQ(Touched(),
+              (std::set<std::pair<int, int>>{
+                  {6, 5}, {6, 4}, {7, 5}, {8, 5}, {7, 6}, {7, 7}, {6, 6}, {5, 6}}));
     ExpectNear(Brush().planePoints[0], CrossMean(6, 5, 2, 0.9f, centre), 1e-5f);
 }
 
@@ -188,8 +189,9 @@ TEST_F(Sampling, OpenBorderIsSampledAgainAndAgain) {
     const SurfacePoint hit = HitCell(0, 0, 2, 1.3f, centre);
     Brush().SamplePlane(hit);
     // Three steps: the arms to the border stay at (0, 0) and (0, 1).
-    EXPECT_EQ(Touched(), (std::set<std::pair<int, int>>{
-                             {0, 0}, {1, 0}, {2, 0}, {3, 0}, {1, 1}, {1, 2}, {1, 3}, {0, 1}}));
+    EXPECT_EQ(Touched(),
+              (std::set<std::pair<int, int>>{
+                  {0, 0}, {1, 0}, {2, 0}, {3, 0}, {1, 1}, {1, 2}, {1, 3}, {0, 1}}));
     ExpectNear(Brush().planePoints[0], CrossMean(0, 0, 3, 1.3f, centre), 1e-5f);
 }
 
@@ -282,7 +284,8 @@ TEST_F(Sampling, AreaIsTheMeanOfAllVerticesInReach) {
         }
         EXPECT_EQ(Brush().planeSampleWeight, static_cast<float>(count));
         ExpectNear(Brush().planePoints[0],
-                   {static_cast<float>(x / count), static_cast<float>(y / count), 0.0f}, 1e-5f);
+                   {static_cast<float>(x / count), static_cast<float>(y / count), 0.0f},
+                   1e-5f);
         ExpectNear(Brush().directions[0], {0.0f, 0.0f, 1.0f}, 1e-6f);
         EXPECT_FALSE(Brush().planeSampling);
     }
@@ -366,10 +369,10 @@ TEST_F(RunningMean, FourthSampleWeighsAQuarter) {
     EXPECT_EQ(Brush().planeDabCount, 3u);
     const float length = std::sqrt(10.0f);
     ExpectNear(Brush().directions[0], {3.0f / length, 0.0f, 1.0f / length}, 1e-6f);
-    ExpectNear(Brush().planePoints[0],
-               {(1.625f + 15.0f) / 4.0f, (1.375f + 18.0f) / 4.0f, 6.0f}, 1e-5f);
-    EXPECT_NEAR(Brush().planeDistances[0],
-                (Brush().planePoints[0].x * 3.0f + 6.0f) / length, 1e-4f);
+    ExpectNear(
+        Brush().planePoints[0], {(1.625f + 15.0f) / 4.0f, (1.375f + 18.0f) / 4.0f, 6.0f}, 1e-5f);
+    EXPECT_NEAR(
+        Brush().planeDistances[0], (Brush().planePoints[0].x * 3.0f + 6.0f) / length, 1e-4f);
 }
 
 TEST_F(RunningMean, FirstSampleStandsAlone) {

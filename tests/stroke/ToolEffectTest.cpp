@@ -35,14 +35,16 @@ protected:
         return all;
     }
     /// One dab with the tool in the middle; `direction` as the modes are numbered.
-    void Dab(Tool tool, float strength, int direction = 0,
+    void Dab(Tool tool,
+             float strength,
+             int direction = 0,
              BrushOperation::Modifier modifier = BrushOperation::ModifierNone) {
         bench.Activate(tool);
         bench.brush->directionAttribute.SetValue(direction, true);
         hit = bench.HitVertex(middle);
         hit.normal = Vector(0.0f, 0.0f, 1.0f);
-        bench.brush->SetPreviousPatchPosition(hit.position - Vector(0.5f, 0.0f, 0.0f));
         bench.Begin(modifier);
+        bench.brush->SetPreviousPatchPosition(hit.position - Vector(0.5f, 0.0f, 0.0f));
         bench.Dab(hit, radius, strength);
         normal = bench.brush->directions[0];
         distance = bench.brush->planeDistances[0];
@@ -116,8 +118,8 @@ protected:
 };
 
 TEST_F(ToolEffect, PushingToolsLiftEveryVertexInReachByTheirWeight) {
-    for (const Tool tool : {Tool::Sculpt, Tool::Spray, Tool::Repeat, Tool::Knife, Tool::Foamy,
-                            Tool::Imprint}) {
+    for (const Tool tool :
+         {Tool::Sculpt, Tool::Spray, Tool::Repeat, Tool::Knife, Tool::Foamy, Tool::Imprint}) {
         before = Positions();
         Dab(tool, 0.25f);
         const Moves moves = Along(up);
@@ -233,7 +235,9 @@ TEST_F(ToolEffect, ScrapeOnlyLowersWhatStandsAboveThePlane) {
     EXPECT_LT(moves.least, -0.01f);
     EXPECT_LE(moves.most, 0.0f);
     for (std::size_t v = 0; v < before.size(); ++v)
-        if ((before[v] | normal) < distance) EXPECT_EQ(after[v], before[v]);
+        if ((before[v] | normal) < distance) {
+            EXPECT_EQ(after[v], before[v]);
+        }
 }
 
 TEST_F(ToolEffect, FillOnlyRaisesWhatLiesBelowThePlane) {
@@ -242,7 +246,9 @@ TEST_F(ToolEffect, FillOnlyRaisesWhatLiesBelowThePlane) {
     EXPECT_GT(moves.most, 0.01f);
     EXPECT_GE(moves.least, 0.0f);
     for (std::size_t v = 0; v < before.size(); ++v)
-        if ((before[v] | normal) > distance) EXPECT_EQ(after[v], before[v]);
+        if ((before[v] | normal) > distance) {
+            EXPECT_EQ(after[v], before[v]);
+        }
 }
 
 TEST_F(ToolEffect, AmplifyDrivesAwayFromThePlane) {
@@ -256,16 +262,18 @@ TEST_F(ToolEffect, WaxBuildsUpToAPlaneAboveTheSurface) {
     Dab(Tool::Wax, 10.0f, 1);
     // 10 x 0.5 x 0.1 above the sampled plane, at full force.
     for (std::size_t v = 0; v < before.size(); ++v)
-        if ((before[v] - hit.position).Length() < 0.9999f * radius)
+        if ((before[v] - hit.position).Length() < 0.9999f * radius) {
             EXPECT_NEAR((after[v] | normal) - distance, 0.5f, 1e-5f);
+        }
     EXPECT_GT(Along(normal).least, 0.0f);
 }
 
 TEST_F(ToolEffect, InvertedWaxDigs) {
     Dab(Tool::Wax, 10.0f, 1, BrushOperation::ModifierInvert);
     for (std::size_t v = 0; v < before.size(); ++v)
-        if ((before[v] - hit.position).Length() < 0.9999f * radius)
+        if ((before[v] - hit.position).Length() < 0.9999f * radius) {
             EXPECT_NEAR((after[v] | normal) - distance, -0.5f, 1e-5f);
+        }
     EXPECT_LT(Along(normal).most, 0.0f);
 }
 
@@ -276,10 +284,14 @@ TEST_F(ToolEffect, InvertedFlattenStillFlattens) {
 
 TEST_F(ToolEffect, DirectionModesMoveAlongTheirVectors) {
     const float d = 0.70710677f;
-    for (const auto& [mode, axis] :
-         {std::pair{5, Vector(1, 0, 0)}, {6, Vector(0, 1, 0)}, {7, Vector(0, 0, 1)},
-          {10, Vector(d, d, 0)}, {11, Vector(d, 0, d)}, {12, Vector(0, d, d)},
-          {3, Vector(1, 0, 0)}, {4, Vector(0, -1, 0)}}) {
+    for (const auto& [mode, axis] : {std::pair{5, Vector(1, 0, 0)},
+                                     {6, Vector(0, 1, 0)},
+                                     {7, Vector(0, 0, 1)},
+                                     {10, Vector(d, d, 0)},
+                                     {11, Vector(d, 0, d)},
+                                     {12, Vector(0, d, d)},
+                                     {3, Vector(1, 0, 0)},
+                                     {4, Vector(0, -1, 0)}}) {
         before = Positions();
         Dab(Tool::Sculpt, 0.125f, mode);
         const Moves moves = Along(axis);
@@ -307,8 +319,8 @@ TEST_F(ToolEffect, VertexNormalModeMovesEachAlongItsOwn) {
 }
 
 TEST_F(ToolEffect, BulgeInflatesASphere) {
-    for (const auto& [modifier, sign] : {std::pair{BrushOperation::ModifierNone, 1.0f},
-                                         {BrushOperation::ModifierInvert, -1.0f}}) {
+    for (const auto& [modifier, sign] :
+         {std::pair{BrushOperation::ModifierNone, 1.0f}, {BrushOperation::ModifierInvert, -1.0f}}) {
         StrokeBench sphere(SphereQuads(3));
         sphere.Activate(Tool::Bulge);
         const SurfacePoint point = sphere.HitFace(17);

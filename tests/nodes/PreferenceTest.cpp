@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
+#include "framework/nodes/PreferenceFile.h"
+#include "host/Preferences.h"
+#include "tests/files/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace trovik {
+namespace {
+
+using testing::HasSubstr;
+
+Preferences::Bool Switch(const char* key, bool value = false) {
+    return {QString::fromLatin1(key),
+            QStringLiteral("Category"),
+            QStringLiteral("Shown"),
+            QStringLiteral("Shown category"),
+            value,
+            true};
+}
+Preferences::Float Factor(const char* key, float value) {
+    return {QString::fromLatin1(key),
+            QStringLiteral("Category"),
+            QStringLiteral("Shown"),
+            QStringLiteral("Shown category"),
+            value,
+            0.25f,
+            4.0f,
+            false};
+}
+
+std::string ReasonOf(const std::string& path) {
+    try {
+        LoadPreferences(path);
+    } catch (const HostError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+class PreferenceTest : public testing::Test {
+protected:
+    PreferenceTest() {
+        UnclaimedPreferences().clear();
+        flag.attribute->SetValue(false, true);
+        factor.attribute->SetValue(1.0f, true);
+    }
+    ~PreferenceTest() override { UnclaimedPreferences().clear(); }
+
+    TemporaryFolder folder;
+    Preferences::Bool flag = Switch("test flag");
+    Preferences::Float factor = Factor("test factor", 1.0f);
+};
+
+TEST_F(PreferenceTest, AKeyRegisteredTwiceSharesItsAttribute) {
+    const Preferences::Bool again = Switch("test flag", true);
+    EXPECT_EQ(again.attribute, flag.attribute);
+    EXPECT_FALSE(again) << "the first registration gave the value";
+    flag.attribute->SetValue(true);
+    EXPECT_TRUE(again);
+    EXPECT_EQ(Factor("test factor", 3.0f).attribute, factor.attribute);
+}
+
+TEST_F(PreferenceTest, AKeyOfTwoKindsKeepsBoth) {
+    const Preferences::Float other = Factor("test flag", 2.0f);
+    EXPECT_EQ(static_cast<float>(other), 2.0f);
+    flag.attribute->SetValue(true);
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(static_cast<float>(other), 2.0f);
+}
+
+TEST_F(PreferenceTest, TheHostKnowsThemByTheirKeys) {
+    EXPECT_EQ(FindPreference("test factor"), factor.attribute);
+    EXPECT_EQ(FindPreference("test"), nullptr);
+    EXPECT_EQ(FindPreference("test factor "), nullptr);
+    EXPECT_THAT(PreferenceKeys(), testing::Contains("test flag").Times(1));
+    const PreferenceInfo* info = FindPreferenceInfo("test factor");
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->category, QStringLiteral("Category"));
+    EXPECT_EQ(info->label, QStringLiteral("Shown"));
+    EXPECT_FALSE(info->advanced);
+    EXPECT_TRUE(FindPreferenceInfo("test flag")->advanced);
+    EXPECT_EQ(factor.attribute->Category(), QStringLiteral("Shown category"));
+    EXPECT_EQ(factor.attribute->Owner()->Name(), QStringLiteral("Preferences"));
+}
+
+TEST_F(PreferenceTest, TheRangeLimitsTheValue) {
+    factor.attribute->SetValue(100.0f);
+    EXPECT_EQ(static_cast<float>(factor), 4.0f);
+}
+
+TEST_F(PreferenceTest, ValuesComeBackFromTheFile) {
+    flag.attribute->SetValue(true, true);
+    factor.attribute->SetValue(1.1f, true);
+    const std::string path = folder.Path("preferences.json");
+    SavePreferences(path);
+    EXPECT_EQ(folder.FileCount(), 1u) << "nothing is left beside the file";
+    flag.attribute->SetValue(false, true);
+    factor.attribute->SetValue(2.0f, true);
+    LoadPreferences(path);
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(static_cast<float>(factor), 1.1f);
+}
+
+TEST_F(PreferenceTest, TheFileMayHoldPlainNumbersAndTruthValues) {
+    LoadPreferences(folder.Fill("p", R"({"test flag": true, "test factor": 0.5})"));
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(static_cast<float>(factor), 0.5f);
+}
+
+TEST_F(PreferenceTest, UnknownKeysAreKept) {
+    LoadPreferences(folder.Fill("p", R"({"of another program": "7"})"));
+    SavePreferences(folder.Path("q"));
+    const auto values = nlohmann::json::parse(TemporaryFolder::Content(folder.Path("q")));
+    EXPECT_EQ(values.at("of another program"), "7");
+    EXPECT_EQ(values.at("test flag"), "false");
+}
+
+TEST_F(PreferenceTest, AKeyRegisteredLaterTakesItsStoredValue) {
+    LoadPreferences(folder.Fill("p", R"({"late flag": "true", "late factor": "x"})"));
+    EXPECT_TRUE(Switch("late flag", false));
+    EXPECT_EQ(static_cast<float>(Factor("late factor", 3.0f)), 3.0f)
+        << "a text that is no value leaves the default";
+    EXPECT_TRUE(UnclaimedPreferences().empty());
+}
+
+TEST_F(PreferenceTest, AnErrorNamesFileAndReasonAndChangesNothing) {
+    const std::string missing = folder.Path("missing");
+    EXPECT_THAT(ReasonOf(missing), HasSubstr(missing + ": cannot open"));
+    const std::string broken = folder.Fill("broken", R"({"test flag": )");
+    EXPECT_THAT(ReasonOf(broken), HasSubstr(broken + ": byte "));
+    const std::string list = folder.Fill("list", "[1]");
+    EXPECT_EQ(ReasonOf(list), list + ": not a JSON object of preferences");
+    const std::string nested = folder.Fill("nested", R"({"test flag": {}})");
+    EXPECT_EQ(ReasonOf(nested),
+              nested + ": test flag: the value is no text, number or truth value");
+    const std::string wrong =
+        folder.Fill("wrong", R"({"a": "1", "test factor": "3", "test flag": "maybe"})");
+    EXPECT_EQ(ReasonOf(wrong), wrong + ": test flag: \"maybe\" is no value of this preference");
+    EXPECT_EQ(static_cast<float>(factor), 1.0f);
+    EXPECT_TRUE(UnclaimedPreferences().empty());
+}
+
+TEST_F(PreferenceTest, SavingIntoNoFolderIsAnError) {
+    EXPECT_THROW(SavePreferences(folder.Path("no/such/folder")), HostError);
+}
+
+}  // namespace
+}  // namespace trovik
