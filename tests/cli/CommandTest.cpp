@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// The command as its users meet it: exit status, one clear line on failure, files that it writes.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace trovik::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReadAll(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string error;
+};
+
+class Command : public ::testing::Test {
+protected:
+    Command() {
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        folder = fs::temp_directory_path() /
+                 ("trovik-cli-" + std::string(info->name()) + "-" + std::to_string(getpid()));
+        fs::create_directories(folder);
+        WriteFile("cube.obj",
+                  "v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\nv -1 -1 1\nv 1 -1 1\nv -1 1 1\n"
+                  "v 1 1 1\nf 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n");
+    }
+    ~Command() override { fs::remove_all(folder); }
+
+    void WriteFile(const std::string& name, const std::string& text) {
+        std::ofstream(folder / name, std::ios::binary) << text;
+    }
+
+    Outcome Run(const std::string& arguments) {
+        const std::string line = "cd '" + folder.string() + "' && '" + TROVIK_COMMAND + "' " +
+                                 arguments + " > out.txt 2> error.txt";
+        const int result = std::system(line.c_str());
+        return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
+    }
+
+    /// Runs a script and expects that it fails with this one line on standard error.
+    void ExpectScriptError(const std::string& script, const std::string& reason) {
+        SCOPED_TRACE(script);
+        WriteFile("bad.json", script);
+        const Outcome outcome = Run("sculpt bad.json -q");
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        ASSERT_FALSE(outcome.error.empty());
+        EXPECT_EQ(outcome.error.find('\n'), outcome.error.size() - 1) << outcome.error;
+        EXPECT_NE(outcome.error.find("trovik: bad.json: "), std::string::npos) << outcome.error;
+        EXPECT_NE(outcome.error.find(reason), std::string::npos) << outcome.error;
+    }
+
+    fs::path folder;
+};
+
+constexpr const char* sculptScript =
+    R"({"mesh": "cube.obj", "levels": 4, "mirror": ["x"], "steps": [
+        {"tool": "Sculpt", "set": {"radius": 0.5, "strength": 40}},
+        {"stroke": {"surface": [[0.2, 0.1, 1], [0.6, 0.3, 1]]}},
+        {"tool": "Flatten"}, {"stroke": {"surface": [[0.4, 0.2, 1]]}},
+        {"freeze": {"center": [0, 0, 1], "radius": 0.3}},
+        {"tool": "Smooth"}, {"stroke": {"modifier": "none", "surface": [[0.4, 0.2, 1]]}},
+        {"picture": {"file": "p.png", "width": 64, "height": 48, "samples": 1}},
+        {"export": {"file": "OUT.ply"}}]})";
+
+TEST_F(Command, SculptsAndWritesWhatTheScriptAsks) {
+    WriteFile("s.json", sculptScript);
+    const Outcome outcome = Run("sculpt s.json");
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_NE(outcome.out.find("1538 vertices"), std::string::npos) << outcome.out;
+    EXPECT_GT(fs::file_size(folder / "OUT.ply"), 1538u * 12u);
+    EXPECT_EQ(ReadAll(folder / "p.png").substr(1, 3), "PNG");
+}
+
+TEST_F(Command, SameScriptGivesTheSameBytesTwice) {
+    WriteFile("s.json", sculptScript);
+    ASSERT_EQ(Run("sculpt s.json -q").status, 0);
+    const std::string mesh = ReadAll(folder / "OUT.ply");
+    const std::string picture = ReadAll(folder / "p.png");
+    ASSERT_EQ(Run("sculpt s.json -q").status, 0);
+    EXPECT_EQ(ReadAll(folder / "OUT.ply"), mesh);
+    EXPECT_EQ(ReadAll(folder / "p.png"), picture);
+}
+
+TEST_F(Command, UndoBringsTheMeshBackToTheBit) {
+    WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 3, "steps": [
+        {"export": {"file": "before.ply"}},
+        {"tool": "Sculpt", "set": {"radius": 0.6, "strength": 80}},
+        {"stroke": {"surface": [[0, 0, 1], [0.5, 0.2, 1]]}},
+        {"tool": "Pinch"}, {"stroke": {"surface": [[0.2, 0, 1]]}},
+        {"export": {"file": "after.ply"}},
+        {"undo": 2}, {"export": {"file": "undone.ply"}},
+        {"redo": 2}, {"export": {"file": "redone.ply"}}]})");
+    const Outcome outcome = Run("sculpt s.json -q");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_NE(ReadAll(folder / "before.ply"), ReadAll(folder / "after.ply"));
+    EXPECT_EQ(ReadAll(folder / "undone.ply"), ReadAll(folder / "before.ply"));
+    EXPECT_EQ(ReadAll(folder / "redone.ply"), ReadAll(folder / "after.ply"));
+}
+
+TEST_F(Command, SummaryCanBeJson) {
+    WriteFile("s.json", sculptScript);
+    const Outcome outcome = Run("sculpt s.json --json -q");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("\"faces\": 1536"), std::string::npos) << outcome.out;
+}
+
+TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
+    ExpectScriptError("{\"mesh\": ", "not valid JSON");
+    ExpectScriptError(R"({"steps": []})", "mesh");
+    ExpectScriptError(R"({"mesh": "cube.obj", "stepps": [], "steps": []})", "stepps");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"tool": "Sculpd"}]})",
+                      "/steps/0/tool: unknown tool \"Sculpd\"");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"set": {"radius": -1}}]})",
+                      "/steps/0/set/radius");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"set": {"radius": 1e200}}]})",
+                      "/steps/0/set/radius: the number is not finite");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"set": {"radius": 1e999}}]})",
+                      "not valid JSON");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"stroke": {"dabs": [{"face": 6}]}}]})",
+                      "/steps/0/stroke/dabs/0/face: there is no face 6; the level has 6");
+    ExpectScriptError(
+        R"({"mesh": "cube.obj", "steps": [{"stroke": {"dabs": [{"face": 0, "normal": [0, 0, 0]}]}}]})",
+        "/steps/0/stroke/dabs/0/normal: the normal has no length");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"stroke": {}}]})",
+                      "/steps/0/stroke: a stroke needs one of");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"level": 3}]})",
+                      "/steps/0/level: there is no level 3; the highest is 0");
+    ExpectScriptError(R"({"mesh": "cube.obj", "transform": {"scale": [1, 0, 1]}, "steps": []})",
+                      "/transform/scale: a scale of 0");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"undo": 1}]})",
+                      "/steps/0/undo: there is nothing more to undo");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"layer": {"strength": 1}}]})",
+                      "/steps/0/layer: no layer is active");
+    ExpectScriptError(
+        R"({"mesh": "cube.obj", "memoryLimit": 30000, "levels": 6, "steps": []})",
+        "/levels: subdividing to ");
+}
+
+TEST_F(Command, UnreadableMeshIsOneLineThatNamesIt) {
+    WriteFile("s.json", R"({"mesh": "nowhere.obj", "steps": []})");
+    Outcome outcome = Run("sculpt s.json -q");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.error.find("nowhere.obj"), std::string::npos) << outcome.error;
+    WriteFile("broken.obj", "v 0 0 0\nf 1 2 3\n");
+    outcome = Run("info broken.obj");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.error.find("broken.obj"), std::string::npos) << outcome.error;
+    EXPECT_EQ(outcome.error.find('\n'), outcome.error.size() - 1);
+}
+
+TEST_F(Command, FailedExportLeavesNoHalfWrittenFile) {
+    WriteFile("s.json",
+              R"({"mesh": "cube.obj", "steps": [{"export": {"file": "mesh.unknown"}}]})");
+    EXPECT_EQ(Run("sculpt s.json -q").status, 1);
+    EXPECT_FALSE(fs::exists(folder / "mesh.unknown"));
+}
+
+TEST_F(Command, WrongUsageIsStatusTwo) {
+    EXPECT_EQ(Run("").status, 2);
+    EXPECT_EQ(Run("sculpt").status, 2);
+    EXPECT_EQ(Run("carve s.json").status, 2);
+    EXPECT_EQ(Run("render cube.obj p.png --samples 0").status, 2);
+}
+
+TEST_F(Command, HelpAndVersionAreStatusZero) {
+    EXPECT_EQ(Run("--help").status, 0);
+    const Outcome version = Run("--version");
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.out.find("trovik "), 0u);
+}
+
+TEST_F(Command, ListsTheFifteenTools) {
+    const Outcome outcome = Run("tools");
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    std::istringstream lines(outcome.out);
+    std::string line, last;
+    int count = 0;
+    for (; std::getline(lines, line); ++count) last = line;
+    EXPECT_EQ(count, 15);
+    EXPECT_EQ(last.find("Imprint"), 0u);
+    EXPECT_EQ(outcome.out.find('<'), std::string::npos);
+}
+
+TEST_F(Command, InfoConvertAndRenderWork) {
+    const Outcome info = Run("info cube.obj --json");
+    EXPECT_EQ(info.status, 0);
+    EXPECT_NE(info.out.find("\"borderEdges\": 0"), std::string::npos) << info.out;
+    EXPECT_EQ(Run("convert cube.obj cube.ply --levels 2").status, 0);
+    EXPECT_NE(Run("info cube.ply").out.find("98"), std::string::npos);
+    EXPECT_EQ(Run("render cube.ply cube.png --width 40 --height 30 --samples 1").status, 0);
+    EXPECT_GT(fs::file_size(folder / "cube.png"), 100u);
+}
+
+TEST_F(Command, PluginThatIsMissingIsNamed) {
+    WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
+    setenv("TROVIK_PLUGIN_PATH", folder.c_str(), 1);
+    const Outcome outcome = Run("sculpt s.json -q");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.error.find("SwiftStroke"), std::string::npos) << outcome.error;
+    EXPECT_NE(outcome.error.find(folder.string()), std::string::npos) << outcome.error;
+}
+
+}  // namespace
+}  // namespace trovik::test
