@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/pictures/Picture.h"
+
+#include "framework/levels/LevelGeometry.h"
+#include "tests/meshes/MeshZoo.h"
+
+#include <gtest/gtest.h>
+#include <tbb/global_control.h>
+
+#include <cmath>
+#include <limits>
+
+namespace trovik::test {
+namespace {
+
+/// A sphere of radius 1 seen from five units away.
+class SpherePicture : public ::testing::Test {
+protected:
+    SpherePicture() {
+        const LevelMesh& mesh = *geometry.Bound();
+        shown.positions = &mesh.vertices.array->x;
+        shown.positionStride = sizeof(Vertex);
+        shown.vertexCount = mesh.VertexCount();
+        shown.normals = &mesh.vertexNormals.array->x;
+        shown.faceVertexIndices = mesh.faceVertexIndices.array;
+        shown.faceCount = mesh.faceCount;
+        options.width = 120;
+        options.height = 90;
+        options.samples = 4;
+    }
+
+    Picture Make() { return RenderPicture({shown}, camera, options); }
+
+    static int Brightness(const Picture& p, int x, int y) {
+        const std::size_t at = static_cast<std::size_t>(y * p.width + x) * 3;
+        return p.rgb[at] + p.rgb[at + 1] + p.rgb[at + 2];
+    }
+
+    LevelGeometry geometry{SphereQuads(4)};
+    PictureMesh shown;
+    PictureCamera camera{{0, 0, 5}, {0, 0, 0}, {0, 1, 0}, 35.0f};
+    PictureOptions options;
+};
+
+TEST_F(SpherePicture, CoversTheDiscOfTheSphere) {
+    const Picture with = Make();
+    const Picture without = RenderPicture({}, camera, options);
+    int covered = 0;
+    for (std::size_t i = 0; i < with.rgb.size(); i += 3)
+        if (with.rgb[i] != without.rgb[i] || with.rgb[i + 2] != without.rgb[i + 2]) ++covered;
+    // The rim is seen at asin(1/5) from the middle.
+    const double pixels = 45.0 / std::tan(17.5 * 3.14159265 / 180.0);
+    const double radius = std::tan(std::asin(0.2)) * pixels;
+    const double disc = 3.14159265 * radius * radius;
+    EXPECT_NEAR(covered, disc + 3.14159265 * radius, disc * 0.04);
+}
+
+TEST_F(SpherePicture, IsLitFromTheUpperLeft) {
+    const Picture picture = Make();
+    EXPECT_GT(Brightness(picture, 50, 35), 300);
+    EXPECT_GT(Brightness(picture, 50, 35), Brightness(picture, 72, 57) + 60);
+}
+
+TEST_F(SpherePicture, GivesTheSameBytesWithOneThread) {
+    const Picture several = Make();
+    const tbb::global_control one(tbb::global_control::max_allowed_parallelism, 1);
+    EXPECT_EQ(Make().rgb, several.rgb);
+}
+
+TEST_F(SpherePicture, WireframeDarkensEdges) {
+    const Picture plain = Make();
+    options.wireframe = true;
+    const Picture wired = Make();
+    long sumPlain = 0, sumWired = 0;
+    for (int y = 30; y < 60; ++y) {
+        for (int x = 45; x < 75; ++x) {
+            sumPlain += Brightness(plain, x, y);
+            sumWired += Brightness(wired, x, y);
+        }
+    }
+    EXPECT_LT(sumWired, sumPlain * 9 / 10);
+    EXPECT_EQ(Brightness(plain, 2, 2), Brightness(wired, 2, 2));
+}
+
+TEST_F(SpherePicture, FrozenAreasAreBluer) {
+    const Picture clay = Make();
+    LevelMesh& mesh = *geometry.Bound();
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) mesh.SetFreeze(v, 127);
+    shown.freeze = &mesh.vertices.array->freeze;
+    shown.freezeStride = sizeof(Vertex);
+    const Picture ice = Make();
+    const std::size_t middle = (45 * 120 + 60) * 3;
+    EXPECT_GT(clay.rgb[middle], clay.rgb[middle + 2]);
+    EXPECT_LT(ice.rgb[middle], ice.rgb[middle + 2]);
+}
+
+TEST_F(SpherePicture, VertexThatIsNoNumberTakesOnlyItsFacesAway) {
+    geometry.Bound()->SetPosition(0, {std::numeric_limits<float>::quiet_NaN(), 0, 0});
+    const Picture picture = Make();
+    EXPECT_GT(Brightness(picture, 60, 45), 150);
+}
+
+TEST_F(SpherePicture, FramedMeshTouchesNoBorder) {
+    camera = FrameMeshes({shown}, {0, -0.3f, -1}, 35.0f, 120.0f / 90.0f);
+    const Picture with = Make();
+    const Picture without = RenderPicture({}, camera, options);
+    for (int x = 0; x < 120; ++x) {
+        EXPECT_EQ(Brightness(with, x, 0), Brightness(without, x, 0));
+        EXPECT_EQ(Brightness(with, x, 89), Brightness(without, x, 89));
+    }
+    EXPECT_NE(Brightness(with, 60, 45), Brightness(without, 60, 45));
+}
+
+TEST(PictureSheet, HasAPlaceAndACaptionForEachPicture) {
+    Picture white{20, 10, std::vector<uint8_t>(600, 255)};
+    const Picture plain = PlaceInRows({white, white, white}, 2, 4, {});
+    EXPECT_EQ(plain.width, 2 * 20 + 3 * 4);
+    EXPECT_EQ(plain.height, 2 * 10 + 3 * 4);
+    const Picture captioned = PlaceInRows({white}, 1, 4, {"I"});
+    EXPECT_GT(captioned.height, 10 + 2 * 4);
+    int lit = 0;
+    for (std::size_t i = static_cast<std::size_t>(captioned.width) * 14 * 3;
+         i < captioned.rgb.size(); i += 3)
+        if (captioned.rgb[i] == 220) ++lit;
+    // The letter I: a stem of seven dots with two bars of three, each dot two pixels wide and high.
+    EXPECT_EQ(lit, (5 + 3 + 3) * 4);
+}
+
+}  // namespace
+}  // namespace trovik::test
