@@ -48,18 +48,18 @@ void Info(const InfoOptions& options) {
     if (options.json) {
         nlohmann::json bySize = nlohmann::json::object();
         for (const auto& [size, count] : sizes) bySize[std::to_string(size)] = count;
-        const nlohmann::json info = {
-            {"file", options.mesh},
-            {"vertices", vertices},
-            {"faces", faces},
-            {"facesByCorners", bySize},
-            {"low", {box.minX, box.minY, box.minZ}},
-            {"high", {box.maxX, box.maxY, box.maxZ}},
-            {"verticesAddedBySplitting", report.addedVertices},
-            {"level0", {{"type", base.meshType == 1 ? "quads" : "triangles"},
-                        {"vertices", base.VertexCount()},
-                        {"faces", base.faceCount},
-                        {"borderEdges", borderEdges}}}};
+        const nlohmann::json info = {{"file", options.mesh},
+                                     {"vertices", vertices},
+                                     {"faces", faces},
+                                     {"facesByCorners", bySize},
+                                     {"low", {box.minX, box.minY, box.minZ}},
+                                     {"high", {box.maxX, box.maxY, box.maxZ}},
+                                     {"verticesAddedBySplitting", report.addedVertices},
+                                     {"level0",
+                                      {{"type", base.meshType == 1 ? "quads" : "triangles"},
+                                       {"vertices", base.VertexCount()},
+                                       {"faces", base.faceCount},
+                                       {"borderEdges", borderEdges}}}};
         std::printf("%s\n", info.dump(2).c_str());
         return;
     }
@@ -70,15 +70,21 @@ void Info(const InfoOptions& options) {
         std::printf("%s%zu of %u corners", separator, count, size);
         separator = ", ";
     }
-    std::printf(")\n  box       %g %g %g  to  %g %g %g\n", static_cast<double>(box.minX),
-                static_cast<double>(box.minY), static_cast<double>(box.minZ),
-                static_cast<double>(box.maxX), static_cast<double>(box.maxY),
+    std::printf(")\n  box       %g %g %g  to  %g %g %g\n",
+                static_cast<double>(box.minX),
+                static_cast<double>(box.minY),
+                static_cast<double>(box.minZ),
+                static_cast<double>(box.maxX),
+                static_cast<double>(box.maxY),
                 static_cast<double>(box.maxZ));
     if (!report.Untouched())
         std::printf("  split     %zu vertices added where the mesh is no oriented manifold\n",
                     report.addedVertices);
-    std::printf("  level 0   %u %s, %u vertices, %zu border edges\n", base.faceCount,
-                base.meshType == 1 ? "quads" : "triangles", base.VertexCount(), borderEdges);
+    std::printf("  level 0   %u %s, %u vertices, %zu border edges\n",
+                base.faceCount,
+                base.meshType == 1 ? "quads" : "triangles",
+                base.VertexCount(),
+                borderEdges);
 }
 
 struct ConvertOptions {
@@ -117,13 +123,17 @@ void Render(const RenderOptions& wanted) {
     shown.faceCount = level.faceCount;
     shown.cornersPerFace = level.CornersPerFace();
     constexpr float fieldOfView = 35.0f;
-    const PictureCamera camera =
-        FrameMeshes({shown}, -from, fieldOfView,
-                    static_cast<float>(wanted.options.width) /
-                        static_cast<float>(wanted.options.height));
+    const PictureCamera camera = FrameMeshes(
+        {shown},
+        -from,
+        fieldOfView,
+        static_cast<float>(wanted.options.width) / static_cast<float>(wanted.options.height));
     const Picture picture = RenderPicture({shown}, camera, wanted.options);
-    WriteImageFile(wanted.picture, picture.rgb.data(), static_cast<uint32_t>(picture.width),
-                   static_cast<uint32_t>(picture.height), 3);
+    WriteImageFile(wanted.picture,
+                   picture.rgb.data(),
+                   static_cast<uint32_t>(picture.width),
+                   static_cast<uint32_t>(picture.height),
+                   3);
 }
 
 }  // namespace

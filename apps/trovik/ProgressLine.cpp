@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ProgressLine.h"
 
-#include <unistd.h>
-
 #include <cstdio>
+#include <unistd.h>
 
 namespace trovik {
 
@@ -46,8 +45,13 @@ void ProgressLine::Draw() {
     lastDrawn = std::chrono::steady_clock::now();
     const std::size_t filled = count == 0 ? 0 : barWidth * done / count;
     const std::string bar = std::string(filled, '#') + std::string(barWidth - filled, '.');
-    std::fprintf(stderr, "\r\033[K[%s] %zu/%zu %s, %llu dabs", bar.c_str(), done, count,
-                 what.c_str(), static_cast<unsigned long long>(dabs));
+    std::fprintf(stderr,
+                 "\r\033[K[%s] %zu/%zu %s, %llu dabs",
+                 bar.c_str(),
+                 done,
+                 count,
+                 what.c_str(),
+                 static_cast<unsigned long long>(dabs));
     std::fflush(stderr);
     drawn = true;
 }

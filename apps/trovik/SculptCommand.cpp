@@ -3,10 +3,9 @@
 #include "ProgressLine.h"
 #include "framework/script/ScriptRunner.h"
 
-#include <sys/resource.h>
-
 #include <cstdio>
 #include <memory>
+#include <sys/resource.h>
 
 namespace trovik {
 
@@ -30,7 +29,8 @@ void PrintSummary(const ScriptResult& result) {
     const double seconds = result.totals.seconds;
     std::printf("mesh            %llu vertices, %llu faces, %u levels\n",
                 static_cast<unsigned long long>(result.vertices),
-                static_cast<unsigned long long>(result.faces), result.levels);
+                static_cast<unsigned long long>(result.faces),
+                result.levels);
     std::printf("dabs            %llu\n", static_cast<unsigned long long>(result.totals.dabs));
     std::printf("vertices moved  %llu\n",
                 static_cast<unsigned long long>(result.totals.verticesMoved));
@@ -72,10 +72,12 @@ void Sculpt(const SculptOptions& options) {
 void AddSculptCommand(CLI::App& program) {
     auto options = std::make_shared<SculptOptions>();
     CLI::App* verb = program.add_subcommand(
-        "sculpt", "Runs a stroke script: opens a mesh, strokes over it, writes meshes and pictures");
+        "sculpt",
+        "Runs a stroke script: opens a mesh, strokes over it, writes meshes and pictures");
     verb->add_option("script", options->script, "Stroke script (JSON; see docs/stroke-script.md)")
         ->required();
-    verb->add_option("-o,--output", options->output,
+    verb->add_option("-o,--output",
+                     options->output,
                      "Folder for the files that the script writes (default: this one)");
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");

@@ -19,7 +19,8 @@ double SecondsSince(Clock::time_point start) {
 
 }  // namespace
 
-StrokeLoop::StrokeLoop(BrushOperation& strokeBrush, LevelGeometry& strokeGeometry,
+StrokeLoop::StrokeLoop(BrushOperation& strokeBrush,
+                       LevelGeometry& strokeGeometry,
                        PatchTree& strokeTree)
     : brush(strokeBrush), geometry(strokeGeometry), tree(strokeTree) {}
 

@@ -97,8 +97,11 @@ Matrix StrokeView::ToWorld() const {
     return matrix;
 }
 
-unsigned StrokeAlongView(StrokeLoop& loop, LevelGeometry& geometry, const PatchTree& tree,
-                         const StrokeView& view, const std::vector<PathSample>& samples,
+unsigned StrokeAlongView(StrokeLoop& loop,
+                         LevelGeometry& geometry,
+                         const PatchTree& tree,
+                         const StrokeView& view,
+                         const std::vector<PathSample>& samples,
                          const PathOptions& options) {
     DabSpacer spacer(loop, geometry, options);
     // Finer than a pixel, so that the spacing and not the sampling decides where dabs lie.
@@ -113,8 +116,11 @@ unsigned StrokeAlongView(StrokeLoop& loop, LevelGeometry& geometry, const PatchT
     return spacer.Count();
 }
 
-unsigned StrokeAlongSurface(StrokeLoop& loop, LevelGeometry& geometry, const PatchTree& tree,
-                            const std::vector<PathSample>& samples, const PathOptions& options) {
+unsigned StrokeAlongSurface(StrokeLoop& loop,
+                            LevelGeometry& geometry,
+                            const PatchTree& tree,
+                            const std::vector<PathSample>& samples,
+                            const PathOptions& options) {
     DabSpacer spacer(loop, geometry, options);
     const float step = options.radius * options.spacing * 0.25f;
     AlongPath(samples, step, [&](const Vector& place, float pressure) {

@@ -43,13 +43,16 @@ struct PathOptions {
 
 /// Lays dabs along samples seen by the camera. The surface is hit anew for each dab, as it is then;
 /// where the path leaves the mesh there are no dabs. \return the number of main dabs.
-TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop, LevelGeometry& geometry,
-                                    const PatchTree& tree, const StrokeView& view,
+TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
+                                    LevelGeometry& geometry,
+                                    const PatchTree& tree,
+                                    const StrokeView& view,
                                     const std::vector<PathSample>& samples,
                                     const PathOptions& options);
 
 /// Lays dabs along points on the surface (world; the nearest point of the mesh counts).
-TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop, LevelGeometry& geometry,
+TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
+                                       LevelGeometry& geometry,
                                        const PatchTree& tree,
                                        const std::vector<PathSample>& samples,
                                        const PathOptions& options);

@@ -50,7 +50,8 @@ struct EdgePoint {
 
 PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
     const auto all = [&polygons](uint32_t corners) {
-        return std::all_of(polygons.faceSizes.begin(), polygons.faceSizes.end(),
+        return std::all_of(polygons.faceSizes.begin(),
+                           polygons.faceSizes.end(),
                            [corners](uint32_t size) { return size == corners; });
     };
     if (all(3) || all(4)) return polygons;
@@ -102,8 +103,8 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
         quads.positions[edge.vertex] =
             Plain(edge.faces == 2 ? (ends + edge.sum) * 0.25f : ends * 0.5f);
         if (edge.faces == 2) continue;
-        for (const auto& [end, other] : {std::pair{edge.firstEnd, edge.secondEnd},
-                                         {edge.secondEnd, edge.firstEnd}}) {
+        for (const auto& [end, other] :
+             {std::pair{edge.firstEnd, edge.secondEnd}, {edge.secondEnd, edge.firstEnd}}) {
             around[end].onBorder = true;
             around[end].borderEnds += At(polygons, other);
         }
@@ -128,7 +129,9 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
     return quads;
 }
 
-void FindNeighbours(const Store<uint32_t>& faceVertexIndices, uint32_t faceCount, uint32_t corners,
+void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
+                    uint32_t faceCount,
+                    uint32_t corners,
                     Store<uint32_t>& neighbours) {
     std::vector<HalfEdge> edges;
     edges.reserve(static_cast<std::size_t>(faceCount) * corners);

@@ -13,7 +13,9 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons);
 
 /// Across each side of each face the neighbour as face * 4 + side, or openBorder. An edge that is
 /// not shared by exactly two faces in opposite senses is open.
-void FindNeighbours(const Store<uint32_t>& faceVertexIndices, uint32_t faceCount, uint32_t corners,
+void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
+                    uint32_t faceCount,
+                    uint32_t corners,
                     Store<uint32_t>& neighbours);
 
 }  // namespace trovik

@@ -2,8 +2,8 @@
 
 /// \file
 /// Tables of a patch: where its grid points and cells stand among its faces. A face's number within
-/// the patch has one digit in base 4 per level, the topmost first; digit k is the child at corner k:
-/// 0 top left, 1 top right, 2 bottom right, 3 bottom left, none of them turned.
+/// the patch has one digit in base 4 per level, the topmost first; digit k is the child at corner
+/// k: 0 top left, 1 top right, 2 bottom right, 3 bottom left, none of them turned.
 #include "host/Mesh.h"
 
 #include <array>

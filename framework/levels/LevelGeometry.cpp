@@ -25,8 +25,8 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons) {
     auto base = std::unique_ptr<LevelMesh>(new LevelMesh(this, 0));
     const auto faces = static_cast<uint32_t>(uniform.faceSizes.size());
     base->AllocateFaces(faces, uniform.faceSizes[0] == 4 ? 1 : 0);
-    std::copy(uniform.faceVertices.begin(), uniform.faceVertices.end(),
-              base->faceVertexIndices.array);
+    std::copy(
+        uniform.faceVertices.begin(), uniform.faceVertices.end(), base->faceVertexIndices.array);
     base->AllocateVertices(static_cast<uint32_t>(uniform.positions.size()));
     for (uint32_t v = 0; v < base->vertexCount; ++v) {
         const auto& p = uniform.positions[v];
@@ -121,8 +121,9 @@ void LevelGeometry::CarryFreeze(LevelMesh& coarse, LevelMesh& fine) {
 std::vector<Vector> LevelGeometry::RefinedPositions(uint32_t index) const {
     const LevelMesh& fine = *levels[index + 1];
     std::vector<Vector> positions(fine.VertexCount());
-    LevelRefiner(*levels[index]).RefinePositions(
-        fine, [&positions](uint32_t vertex, const Vector& p) { positions[vertex] = p; });
+    LevelRefiner(*levels[index])
+        .RefinePositions(fine,
+                         [&positions](uint32_t vertex, const Vector& p) { positions[vertex] = p; });
     return positions;
 }
 
@@ -205,19 +206,18 @@ PolygonMesh LevelGeometry::ToPolygons(bool world) const {
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         Vector p = level.Position(v);
         const PackedNormal& n = level.vertexNormals.array[v];
-        Vector normal = Vector(static_cast<float>(n.x), static_cast<float>(n.y),
-                               static_cast<float>(n.z)).Normalized();
+        Vector normal =
+            Vector(static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z))
+                .Normalized();
         if (world) {
             p = placement.ToWorld().AffineTransform(p, 1.0f);
             // Normals go by the inverse, transposed.
             const Matrix& back = placement.ToLocal();
-            normal = Vector(back.m[0][0] * normal.x + back.m[0][1] * normal.y +
-                                back.m[0][2] * normal.z,
-                            back.m[1][0] * normal.x + back.m[1][1] * normal.y +
-                                back.m[1][2] * normal.z,
-                            back.m[2][0] * normal.x + back.m[2][1] * normal.y +
-                                back.m[2][2] * normal.z)
-                         .Normalized();
+            normal =
+                Vector(back.m[0][0] * normal.x + back.m[0][1] * normal.y + back.m[0][2] * normal.z,
+                       back.m[1][0] * normal.x + back.m[1][1] * normal.y + back.m[1][2] * normal.z,
+                       back.m[2][0] * normal.x + back.m[2][1] * normal.y + back.m[2][2] * normal.z)
+                    .Normalized();
         }
         polygons.positions[v] = {p.x, p.y, p.z};
         polygons.normals[v] = {normal.x, normal.y, normal.z};

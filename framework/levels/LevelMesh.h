@@ -36,12 +36,15 @@ public:
     ~LevelMesh() override;
 
     MeshChange* StartChange() override;
-    uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator, uint32_t vertex,
+    uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator,
+                                       uint32_t vertex,
                                        uint32_t face) override;
     void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) override;
     void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) override;
     /// Answers -1: no topological mirror is known.
-    int32_t MirrorVertex(uint32_t face, uint32_t corner, uint32_t* outFace,
+    int32_t MirrorVertex(uint32_t face,
+                         uint32_t corner,
+                         uint32_t* outFace,
                          uint32_t* outCorner) override;
     uint32_t QuadEdgeNeighbour(uint32_t face, uint32_t side) override;
     void FaceNormal(Vector* out, uint32_t face) override;
@@ -80,7 +83,9 @@ public:
 
     /// Freeze amount 0 to 127; keeps the count behind FreezeQuery.
     void SetFreeze(uint32_t vertex, uint8_t amount);
-    uint8_t Freeze(uint32_t vertex) const { return vertices.array[vertex].freeze & freezeAmountMask; }
+    uint8_t Freeze(uint32_t vertex) const {
+        return vertices.array[vertex].freeze & freezeAmountMask;
+    }
     uint32_t FrozenVertexCount() const { return frozenVertexCount; }
 
     void SetLockable(bool on) { lockable = on; }

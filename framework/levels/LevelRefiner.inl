@@ -43,8 +43,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place) {
 
             const uint32_t neighbour = coarse.QuadEdgeNeighbour(face, side);
             if (!OwnsEdge(face, side, neighbour)) continue;
-            const uint32_t edgePoint =
-                children[side * 4 + (corners == 4 ? (side + 1) & 3u : 1u)];
+            const uint32_t edgePoint = children[side * 4 + (corners == 4 ? (side + 1) & 3u : 1u)];
             if (neighbour == openBorder) {
                 borders[a].ends += pb;
                 borders[b].ends += pa;

@@ -2,7 +2,8 @@
 
 /// \file
 /// Implicit topology: who lies across a side follows from the base mesh and the digits of the face
-/// number. The four children of a quad meet at its face point; child k keeps the quad's orientation:
+/// number. The four children of a quad meet at its face point; child k keeps the quad's
+/// orientation:
 ///
 ///      corner 0 ---- e0 ---- corner 1        child 0: corners  c0 e0 fp e3
 ///         |  child 0 | child 1  |            child 1: corners  e0 c1 e1 fp
@@ -93,8 +94,8 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
         const uint32_t otherSide = neighbour & 3u;
         const bool first = (halves & 1u) != 0;
         if (level == 0 && triangleBase) {
-            neighbour = first ? (other * 3 + (otherSide + 1) % 3u) * 4 + 3
-                              : (other * 3 + otherSide) * 4;
+            neighbour =
+                first ? (other * 3 + (otherSide + 1) % 3u) * 4 + 3 : (other * 3 + otherSide) * 4;
         } else {
             neighbour = (other * 4 + (first ? (otherSide + 1) & 3u : otherSide)) * 4 + otherSide;
         }
@@ -141,8 +142,8 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
     // Upwards a corner of a face belongs to the child at that corner.
     for (; level < static_cast<uint32_t>(index); ++level) {
         const uint32_t childCount = level == 0 && triangleBase ? 3 : 4;
-        face = face * childCount +
-               static_cast<uint32_t>(owner->Level(level)->CornerOf(face, vertex));
+        face =
+            face * childCount + static_cast<uint32_t>(owner->Level(level)->CornerOf(face, vertex));
     }
     return face;
 }

@@ -90,7 +90,8 @@ uint32_t LevelMesh::ForEachAdjacent(uint32_t vertex, uint32_t face, Report repor
 }
 
 uint32_t LevelMesh::EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator,
-                                              uint32_t vertex, uint32_t face) {
+                                              uint32_t vertex,
+                                              uint32_t face) {
     return ForEachAdjacent(vertex, face, [enumerator](uint32_t adjacent, uint32_t inFace) {
         enumerator->Operator(adjacent, inFace);
     });

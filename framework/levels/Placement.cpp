@@ -35,7 +35,8 @@ void Placement::WorldToLocal(Vector* out, const Vector* in, float w) const {
 void Placement::LocalToWorldMatrix(Matrix* out) const { *out = toWorld; }
 void Placement::Scale(Vector* out) const { *out = scale; }
 
-void Placement::Set(const Vector& newScale, const Vector& rotationDegrees,
+void Placement::Set(const Vector& newScale,
+                    const Vector& rotationDegrees,
                     const Vector& translation) {
     scale = newScale;
     const float factors[3] = {scale.x, scale.y, scale.z};

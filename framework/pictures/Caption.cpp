@@ -56,8 +56,8 @@ int CaptionWidth(const std::string& text, int scale) {
     return text.empty() ? 0 : (static_cast<int>(text.size()) * advance - 1) * scale;
 }
 
-void DrawCaption(Picture& picture, int x, int y, int scale, const std::string& text,
-                 uint8_t brightness) {
+void DrawCaption(
+    Picture& picture, int x, int y, int scale, const std::string& text, uint8_t brightness) {
     for (const char letter : text) {
         const Glyph* glyph = GlyphOf(letter);
         for (int dot = 0; glyph != nullptr && dot < glyphWidth * glyphHeight; ++dot) {

@@ -69,13 +69,23 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
                     p[0] * m[k] + p[1] * m[4 + k] + p[2] * m[8 + k] + m[12 + k];
         }
         const bool quads = mesh.cornersPerFace == 4;
-        RTCGeometry geometry = rtcNewGeometry(
-            device, quads ? RTC_GEOMETRY_TYPE_QUAD : RTC_GEOMETRY_TYPE_TRIANGLE);
-        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
-                                   world.data(), 0, 12, mesh.vertexCount);
-        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0,
+        RTCGeometry geometry =
+            rtcNewGeometry(device, quads ? RTC_GEOMETRY_TYPE_QUAD : RTC_GEOMETRY_TYPE_TRIANGLE);
+        rtcSetSharedGeometryBuffer(geometry,
+                                   RTC_BUFFER_TYPE_VERTEX,
+                                   0,
+                                   RTC_FORMAT_FLOAT3,
+                                   world.data(),
+                                   0,
+                                   12,
+                                   mesh.vertexCount);
+        rtcSetSharedGeometryBuffer(geometry,
+                                   RTC_BUFFER_TYPE_INDEX,
+                                   0,
                                    quads ? RTC_FORMAT_UINT4 : RTC_FORMAT_UINT3,
-                                   mesh.faceVertexIndices, 0, mesh.cornersPerFace * std::size_t{4},
+                                   mesh.faceVertexIndices,
+                                   0,
+                                   mesh.cornersPerFace * std::size_t{4},
                                    mesh.faceCount);
         rtcCommitGeometry(geometry);
         rtcAttachGeometryByID(scene, geometry, static_cast<unsigned>(i));
@@ -93,7 +103,8 @@ EmbreeScene::~EmbreeScene() {
 float EmbreeScene::Extent() const {
     RTCBounds bounds;
     rtcGetSceneBounds(scene, &bounds);
-    const Vector way(bounds.upper_x - bounds.lower_x, bounds.upper_y - bounds.lower_y,
+    const Vector way(bounds.upper_x - bounds.lower_x,
+                     bounds.upper_y - bounds.lower_y,
                      bounds.upper_z - bounds.lower_z);
     return way.x >= 0.0f && std::isfinite(way.Length()) ? way.Length() : 0.0f;
 }
@@ -127,7 +138,8 @@ SurfaceSample EmbreeScene::Describe(const RTCRayHit& hit) const {
     const float w = hit.hit.v;
     // A quad is taken over its whole square, so that shading has no diagonal.
     const float share[4] = {corners == 4 ? (1 - u) * (1 - w) : 1 - u - w,
-                            corners == 4 ? u * (1 - w) : u, corners == 4 ? u * w : w,
+                            corners == 4 ? u * (1 - w) : u,
+                            corners == 4 ? u * w : w,
                             (1 - u) * w};
 
     SurfaceSample sample;
@@ -151,8 +163,8 @@ SurfaceSample EmbreeScene::Describe(const RTCRayHit& hit) const {
 
     float frozen = 0.0f;
     for (uint32_t k = 0; mesh.freeze != nullptr && k < corners; ++k)
-        frozen += static_cast<float>(mesh.freeze[mesh.freezeStride * v[k]] & 127) * share[k] /
-                  127.0f;
+        frozen +=
+            static_cast<float>(mesh.freeze[mesh.freezeStride * v[k]] & 127) * share[k] / 127.0f;
     const float ice[3] = {0.12f, 0.24f, 0.5f};
     for (int k = 0; k < 3; ++k)
         sample.color[k] = mesh.color[k] + (ice[k] - mesh.color[k]) * 0.75f * frozen;
@@ -162,8 +174,8 @@ SurfaceSample EmbreeScene::Describe(const RTCRayHit& hit) const {
         const float* a = world.data() + v[k] * std::size_t{3};
         const float* b = world.data() + v[(k + 1) % corners] * std::size_t{3};
         sample.edgeDistance =
-            std::min(sample.edgeDistance, DistanceToLine(sample.position, {a[0], a[1], a[2]},
-                                                         {b[0], b[1], b[2]}));
+            std::min(sample.edgeDistance,
+                     DistanceToLine(sample.position, {a[0], a[1], a[2]}, {b[0], b[1], b[2]}));
     }
     return sample;
 }

@@ -17,16 +17,18 @@ namespace {
 /// Linear to sRGB bytes, with a soft shoulder so that highlights keep their shape.
 uint8_t ToByte(float linear) {
     const float clean = linear > 0.0f ? linear : 0.0f;
-    const float soft = clean < 0.6f ? clean : 0.6f + 0.4f * (1.0f - std::exp((0.6f - clean) / 0.4f));
-    const float coded = soft <= 0.0031308f ? soft * 12.92f
-                                           : 1.055f * std::pow(soft, 1.0f / 2.4f) - 0.055f;
+    const float soft =
+        clean < 0.6f ? clean : 0.6f + 0.4f * (1.0f - std::exp((0.6f - clean) / 0.4f));
+    const float coded =
+        soft <= 0.0031308f ? soft * 12.92f : 1.055f * std::pow(soft, 1.0f / 2.4f) - 0.055f;
     return static_cast<uint8_t>(std::clamp(coded, 0.0f, 1.0f) * 255.0f + 0.5f);
 }
 
 /// Rays of a picture; each pixel has random numbers of its own, whichever thread works on it.
 class Renderer {
 public:
-    Renderer(const EmbreeScene& shownScene, const PictureCamera& view,
+    Renderer(const EmbreeScene& shownScene,
+             const PictureCamera& view,
              const PictureOptions& pictureOptions)
         : scene(shownScene),
           camera(view),
@@ -83,7 +85,8 @@ private:
 
 }  // namespace
 
-Picture RenderPicture(const std::vector<PictureMesh>& meshes, const PictureCamera& camera,
+Picture RenderPicture(const std::vector<PictureMesh>& meshes,
+                      const PictureCamera& camera,
                       const PictureOptions& options) {
     Picture picture{options.width, options.height, {}};
     picture.rgb.resize(static_cast<std::size_t>(options.width) *
@@ -103,7 +106,9 @@ Picture RenderPicture(const std::vector<PictureMesh>& meshes, const PictureCamer
     return picture;
 }
 
-Picture PlaceInRows(const std::vector<Picture>& pictures, int columns, int gap,
+Picture PlaceInRows(const std::vector<Picture>& pictures,
+                    int columns,
+                    int gap,
                     const std::vector<std::string>& captions) {
     if (pictures.empty()) return {};
     constexpr int scale = 2;
@@ -115,25 +120,29 @@ Picture PlaceInRows(const std::vector<Picture>& pictures, int columns, int gap,
     sheet.width = columns * cellWidth + (columns + 1) * gap;
     sheet.height = rows * cellHeight + (rows + 1) * gap;
     constexpr uint8_t ground = 24;
-    sheet.rgb.assign(static_cast<std::size_t>(sheet.width) *
-                         static_cast<std::size_t>(sheet.height) * 3,
-                     ground);
+    sheet.rgb.assign(
+        static_cast<std::size_t>(sheet.width) * static_cast<std::size_t>(sheet.height) * 3, ground);
     for (std::size_t i = 0; i < pictures.size(); ++i) {
         const Picture& picture = pictures[i];
         const int left = gap + static_cast<int>(i) % columns * (cellWidth + gap);
         const int top = gap + static_cast<int>(i) / columns * (cellHeight + gap);
         for (int y = 0; y < picture.height && y < cellHeight; ++y) {
             const auto bytes = static_cast<std::ptrdiff_t>(std::min(picture.width, cellWidth)) * 3;
-            const auto from = picture.rgb.begin() + static_cast<std::ptrdiff_t>(y) *
-                                                        picture.width * 3;
-            std::copy(from, from + bytes,
+            const auto from =
+                picture.rgb.begin() + static_cast<std::ptrdiff_t>(y) * picture.width * 3;
+            std::copy(from,
+                      from + bytes,
                       sheet.rgb.begin() +
                           (static_cast<std::ptrdiff_t>(top + y) * sheet.width + left) * 3);
         }
         if (withCaptions) {
             const int width = CaptionWidth(captions[i], scale);
-            DrawCaption(sheet, left + (cellWidth - width) / 2,
-                        top + pictures[i].height + gap / 2, scale, captions[i], 220);
+            DrawCaption(sheet,
+                        left + (cellWidth - width) / 2,
+                        top + pictures[i].height + gap / 2,
+                        scale,
+                        captions[i],
+                        220);
         }
     }
     return sheet;

@@ -32,8 +32,8 @@ struct PictureMesh {
     uint32_t cornersPerFace = 4;
     /// Local to world, row by row, row-vector convention.
     float localToWorld[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    /// Freeze byte of each vertex (amount in the low 7 bits), `freezeStride` bytes apart; null: none.
-    /// Frozen areas are tinted.
+    /// Freeze byte of each vertex (amount in the low 7 bits), `freezeStride` bytes apart; null:
+    /// none. Frozen areas are tinted.
     const uint8_t* freeze = nullptr;
     std::size_t freezeStride = 1;
     /// Linear red, green, blue.
@@ -58,16 +58,21 @@ struct Picture {
 /// Clay under a warm key light with a cool fill, a rim light, soft shadows and ambient occlusion,
 /// shaded smoothly by the packed normals. The same input gives the same bytes whatever the number
 /// of threads. Vertices that are not finite take their faces out of the picture.
-Picture RenderPicture(const std::vector<PictureMesh>& meshes, const PictureCamera& camera,
+Picture RenderPicture(const std::vector<PictureMesh>& meshes,
+                      const PictureCamera& camera,
                       const PictureOptions& options);
 
 /// A camera that shows all of the meshes with a small margin, looking along `direction` (world).
-PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes, const Vector& direction,
-                          float verticalFieldOfView, float aspect);
+PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
+                          const Vector& direction,
+                          float verticalFieldOfView,
+                          float aspect);
 
 /// Pictures of one size in rows of `columns`, `gap` pixels apart. A caption is written under each
 /// picture when `captions` has as many entries as there are pictures.
-Picture PlaceInRows(const std::vector<Picture>& pictures, int columns, int gap,
+Picture PlaceInRows(const std::vector<Picture>& pictures,
+                    int columns,
+                    int gap,
                     const std::vector<std::string>& captions);
 
 }  // namespace trovik

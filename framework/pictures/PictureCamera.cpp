@@ -6,8 +6,10 @@
 
 namespace trovik {
 
-PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes, const Vector& direction,
-                          float verticalFieldOfView, float aspect) {
+PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
+                          const Vector& direction,
+                          float verticalFieldOfView,
+                          float aspect) {
     PictureCamera camera;
     camera.verticalFieldOfView = verticalFieldOfView;
     const Vector forward = direction.Normalized();

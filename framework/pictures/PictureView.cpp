@@ -47,8 +47,8 @@ PictureView::PictureView(const PictureCamera& camera, int width, int height)
 }
 
 ViewRay PictureView::RayThrough(float pixelX, float pixelY) const {
-    const Vector across = right * ((pixelX - halfWidth) * pixelSize) +
-                          up * ((halfHeight - pixelY) * pixelSize);
+    const Vector across =
+        right * ((pixelX - halfWidth) * pixelSize) + up * ((halfHeight - pixelY) * pixelSize);
     if (isParallel) return {eye + across, -back};
     return {eye, (across - back).Normalized()};
 }

@@ -30,7 +30,9 @@ float HashSampler::Next() {
     return static_cast<float>(word >> 8) * (1.0f / 16777216.0f);
 }
 
-Shading::Shading(const EmbreeScene& litScene, const Vector& right, const Vector& up,
+Shading::Shading(const EmbreeScene& litScene,
+                 const Vector& right,
+                 const Vector& up,
                  const Vector& back)
     : scene(litScene), extent(litScene.Extent()) {
     const auto from = [&](float r, float u, float b) {
@@ -47,8 +49,7 @@ Vector Shading::Backdrop(float height) {
     return low + (high - low) * height;
 }
 
-float Shading::Visible(const SurfaceSample& sample, const Light& light,
-                       HashSampler& random) const {
+float Shading::Visible(const SurfaceSample& sample, const Light& light, HashSampler& random) const {
     if (light.softness == 0.0f) return 1.0f;
     Vector a, b;
     Frame(light.direction, a, b);
@@ -77,8 +78,7 @@ float Shading::Openness(const SurfaceSample& sample, HashSampler& random) const 
     return scene.IsBlocked(start, towards, extent * 0.25f) ? 0.0f : 1.0f;
 }
 
-Vector Shading::Shade(const SurfaceSample& sample, const Vector& toEye,
-                      HashSampler& random) const {
+Vector Shading::Shade(const SurfaceSample& sample, const Vector& toEye, HashSampler& random) const {
     const Vector& n = sample.shadingNormal;
     const Vector clay(sample.color[0], sample.color[1], sample.color[2]);
     const float sky = 0.5f + 0.5f * n.y;

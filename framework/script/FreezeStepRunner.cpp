@@ -26,9 +26,8 @@ void ScriptRunner::RunFreeze(const FieldReader& freeze) {
         else if (what == "all")
             session->Freeze([](uint32_t) { return uint8_t{127}; });
         else if (what == "invert")
-            session->Freeze([&mesh](uint32_t v) {
-                return static_cast<uint8_t>(127 - mesh.Freeze(v));
-            });
+            session->Freeze(
+                [&mesh](uint32_t v) { return static_cast<uint8_t>(127 - mesh.Freeze(v)); });
         else
             freeze.Fail("unknown word \"" + what + "\"; there are clear, all, invert");
         return;

@@ -9,8 +9,11 @@ namespace {
 constexpr int gap = 12;
 
 void WritePicture(const std::string& file, const Picture& picture) {
-    WriteImageFile(file, picture.rgb.data(), static_cast<uint32_t>(picture.width),
-                   static_cast<uint32_t>(picture.height), 3);
+    WriteImageFile(file,
+                   picture.rgb.data(),
+                   static_cast<uint32_t>(picture.width),
+                   static_cast<uint32_t>(picture.height),
+                   3);
 }
 
 }  // namespace
@@ -32,7 +35,9 @@ StrokeView ScriptRunner::ReadView(const FieldReader& camera, StrokeView view) {
         camera.Has("from") ? camera.At("from").ThreeNumbers() : Vector(0.35f, 0.2f, 1.0f);
     if (from.Length() == 0.0f) camera.At("from").Fail("the direction has no length");
     const PictureCamera framed =
-        FrameMeshes({session->ShownMesh()}, -from, view.verticalFieldOfView,
+        FrameMeshes({session->ShownMesh()},
+                    -from,
+                    view.verticalFieldOfView,
                     static_cast<float>(view.width) / static_cast<float>(view.height));
     view.eye = framed.eye;
     view.target = framed.target;
@@ -48,8 +53,7 @@ void ScriptRunner::RunCamera(const FieldReader& camera) {
 void ScriptRunner::KeepBefore() {
     if (!wantsBefore || !positionsBefore.empty()) return;
     const LevelMesh& mesh = *session->Geometry().Bound();
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
-        positionsBefore.push_back(mesh.Position(v));
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positionsBefore.push_back(mesh.Position(v));
     normalsBefore.assign(mesh.vertexNormals.array, mesh.vertexNormals.array + mesh.VertexCount());
 }
 

@@ -19,9 +19,19 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::vector<std::string>& DirectionNames() {
-    static const std::vector<std::string> names = {
-        "surfaceNormal", "average", "vertexNormal", "forward", "sideways", "x", "y",
-        "z",             "camera",  "cameraToo",    "xy",      "xz",       "yz"};
+    static const std::vector<std::string> names = {"surfaceNormal",
+                                                   "average",
+                                                   "vertexNormal",
+                                                   "forward",
+                                                   "sideways",
+                                                   "x",
+                                                   "y",
+                                                   "z",
+                                                   "camera",
+                                                   "cameraToo",
+                                                   "xy",
+                                                   "xz",
+                                                   "yz"};
     return names;
 }
 
@@ -48,11 +58,10 @@ AttributeInstance<T>& BrushAttribute(BrushOperation& brush, const char* name) {
 
 }  // namespace
 
-ScriptRunner::ScriptRunner(std::string scriptPath, std::string outputFolder,
+ScriptRunner::ScriptRunner(std::string scriptPath,
+                           std::string outputFolder,
                            ScriptProgress listener)
-    : path(std::move(scriptPath)),
-      output(std::move(outputFolder)),
-      progress(std::move(listener)) {}
+    : path(std::move(scriptPath)), output(std::move(outputFolder)), progress(std::move(listener)) {}
 
 ScriptResult ScriptRunner::Run() {
     const nlohmann::json json = ReadStrokeScript(path);
@@ -90,15 +99,15 @@ void ScriptRunner::SetUp(const FieldReader& script) {
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh.string());
     session = std::make_unique<SculptSession>(mesh.string());
     if (script.Has("undoBudget"))
-        session->Geometry().History().SetBudget(
-            script.At("undoBudget").Json().get<uint64_t>());
+        session->Geometry().History().SetBudget(script.At("undoBudget").Json().get<uint64_t>());
     if (script.Has("preferences")) RunPreferences(script.At("preferences"));
     if (script.Has("transform")) RunTransform(script.At("transform"));
     if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
     session->Geometry().History().Clear();
-    session->View() = ReadView(
-        script.Has("camera") ? script.At("camera") : FieldReader(nlohmann::json::object(), path, "/camera"),
-        session->View());
+    session->View() =
+        ReadView(script.Has("camera") ? script.At("camera")
+                                      : FieldReader(nlohmann::json::object(), path, "/camera"),
+                 session->View());
     session->UpdateCamera();
     if (script.Has("mirror")) RunMirror(script.At("mirror"));
     if (!session->SelectTool("Sculpt")) throw HostError(path + ": the brush has no tool Sculpt");
@@ -110,15 +119,22 @@ void ScriptRunner::RunStep(const FieldReader& step) {
         StepFunction run;
     };
     // A tool may come with its settings; any other step is one thing.
-    static constexpr Verb verbs[] = {
-        {"tool", &ScriptRunner::RunTool},           {"set", &ScriptRunner::RunSettings},
-        {"stroke", &ScriptRunner::RunStroke},       {"undo", &ScriptRunner::RunUndo},
-        {"redo", &ScriptRunner::RunRedo},           {"subdivide", &ScriptRunner::RunSubdivide},
-        {"level", &ScriptRunner::RunLevel},         {"layer", &ScriptRunner::RunLayer},
-        {"freeze", &ScriptRunner::RunFreeze},       {"transform", &ScriptRunner::RunTransform},
-        {"mirror", &ScriptRunner::RunMirror},       {"camera", &ScriptRunner::RunCamera},
-        {"picture", &ScriptRunner::RunPicture},     {"sheet", &ScriptRunner::RunSheet},
-        {"export", &ScriptRunner::RunExport},       {"reset", &ScriptRunner::RunReset}};
+    static constexpr Verb verbs[] = {{"tool", &ScriptRunner::RunTool},
+                                     {"set", &ScriptRunner::RunSettings},
+                                     {"stroke", &ScriptRunner::RunStroke},
+                                     {"undo", &ScriptRunner::RunUndo},
+                                     {"redo", &ScriptRunner::RunRedo},
+                                     {"subdivide", &ScriptRunner::RunSubdivide},
+                                     {"level", &ScriptRunner::RunLevel},
+                                     {"layer", &ScriptRunner::RunLayer},
+                                     {"freeze", &ScriptRunner::RunFreeze},
+                                     {"transform", &ScriptRunner::RunTransform},
+                                     {"mirror", &ScriptRunner::RunMirror},
+                                     {"camera", &ScriptRunner::RunCamera},
+                                     {"picture", &ScriptRunner::RunPicture},
+                                     {"sheet", &ScriptRunner::RunSheet},
+                                     {"export", &ScriptRunner::RunExport},
+                                     {"reset", &ScriptRunner::RunReset}};
     if (step.Size() == 2 && !(step.Has("tool") && step.Has("set")))
         step.Fail("a step is one thing; only \"tool\" takes \"set\" beside it");
     for (const Verb& verb : verbs)
@@ -168,8 +184,8 @@ void ScriptRunner::SetFalloff(const FieldReader& falloff) {
         FillFalloff(brush.Settings().falloffSamples, samples);
         return;
     }
-    const int index = falloff.Json().is_string() ? FalloffIndexOf(falloff.Text())
-                                                 : falloff.Integer();
+    const int index =
+        falloff.Json().is_string() ? FalloffIndexOf(falloff.Text()) : falloff.Integer();
     if (index < 0 || index >= static_cast<int>(FalloffNames().size()))
         falloff.Fail("unknown falloff; there are " + Listed(FalloffNames()));
     brush.SetFalloffIndex(index);
@@ -228,8 +244,7 @@ void ScriptRunner::RunLayer(const FieldReader& layer) {
     if (!layer.Has("strength") && !layer.Has("writable")) return;
     if (session->ActiveLayer() == nullptr) layer.Fail("no layer is active on the bound level");
     if (layer.Has("strength")) session->SetLayerStrength(layer.At("strength").Number());
-    if (layer.Has("writable"))
-        session->ActiveLayer()->SetWritable(layer.At("writable").Flag());
+    if (layer.Has("writable")) session->ActiveLayer()->SetWritable(layer.At("writable").Flag());
 }
 
 void ScriptRunner::RunTransform(const FieldReader& transform) {
@@ -256,8 +271,7 @@ void ScriptRunner::RunTransform(const FieldReader& transform) {
         if (scale.x == 0.0f || scale.y == 0.0f || scale.z == 0.0f)
             factor.Fail("a scale of 0 leaves nothing to sculpt");
     }
-    const Vector turn =
-        transform.Has("rotate") ? transform.At("rotate").ThreeNumbers() : Vector();
+    const Vector turn = transform.Has("rotate") ? transform.At("rotate").ThreeNumbers() : Vector();
     const Vector move =
         transform.Has("translate") ? transform.At("translate").ThreeNumbers() : Vector();
     place.Set(scale, turn, move);

@@ -70,11 +70,18 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
     if (stroke.Has("dabs")) {
         StrokeDabs(stroke.At("dabs"));
     } else if (stroke.Has("surface")) {
-        StrokeAlongSurface(session->Loop(), session->Geometry(), session->Tree(),
-                           Samples(stroke.At("surface"), 3), PathSettings());
+        StrokeAlongSurface(session->Loop(),
+                           session->Geometry(),
+                           session->Tree(),
+                           Samples(stroke.At("surface"), 3),
+                           PathSettings());
     } else {
-        StrokeAlongView(session->Loop(), session->Geometry(), session->Tree(), session->View(),
-                        Samples(stroke.At("pointer"), 2), PathSettings());
+        StrokeAlongView(session->Loop(),
+                        session->Geometry(),
+                        session->Tree(),
+                        session->View(),
+                        Samples(stroke.At("pointer"), 2),
+                        PathSettings());
     }
 }
 
@@ -84,8 +91,8 @@ void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
         const FieldReader fields = dabs.At(i);
         const auto face = fields.At("face").Json().get<uint64_t>();
         if (face >= mesh.faceCount) {
-            fields.At("face").Fail("there is no face " + std::to_string(face) +
-                                   "; the level has " + std::to_string(mesh.faceCount));
+            fields.At("face").Fail("there is no face " + std::to_string(face) + "; the level has " +
+                                   std::to_string(mesh.faceCount));
         }
         StrokeDab dab;
         dab.hit = SurfacePoint(&mesh, 0, static_cast<uint32_t>(face));
@@ -107,8 +114,8 @@ void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
         if (fields.Has("position")) dab.position = fields.At("position").ThreeNumbers();
         dab.size = fields.NumberOr("radius", radius);
         dab.pressure = fields.NumberOr("pressure", 1.0f);
-        dab.strength = fields.NumberOr(
-            "strength", DabStrength(session->Brush(), dab.pressure, dab.size));
+        dab.strength =
+            fields.NumberOr("strength", DabStrength(session->Brush(), dab.pressure, dab.size));
         session->Loop().Dab(dab);
         if (progress.dab) progress.dab();
     }

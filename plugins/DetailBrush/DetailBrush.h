@@ -51,8 +51,8 @@ public:
     /// Splits long edges and joins short ones among the collected faces.
     /// \return the number of changes to the mesh.
     int DoRefineReduce(bool refine, bool reduce, int passes, bool relax);
-    void InitializeTessellator(const SurfacePoint* hit, MeshChange* change, float reach,
-                               bool refine, bool reduce);
+    void InitializeTessellator(
+        const SurfacePoint* hit, MeshChange* change, float reach, bool refine, bool reduce);
     /// Tells the user why the mesh cannot be refined.
     void ShowTessellationHUD();
 

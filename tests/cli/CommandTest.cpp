@@ -3,14 +3,14 @@
 /// \file
 /// The command as its users meet it: exit status, one clear line on failure, files that it writes.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace trovik::test {
 namespace {
@@ -149,9 +149,8 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
                       "/steps/0/undo: there is nothing more to undo");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"layer": {"strength": 1}}]})",
                       "/steps/0/layer: no layer is active");
-    ExpectScriptError(
-        R"({"mesh": "cube.obj", "memoryLimit": 30000, "levels": 6, "steps": []})",
-        "/levels: subdividing to ");
+    ExpectScriptError(R"({"mesh": "cube.obj", "memoryLimit": 30000, "levels": 6, "steps": []})",
+                      "/levels: subdividing to ");
 }
 
 TEST_F(Command, UnreadableMeshIsOneLineThatNamesIt) {
@@ -167,8 +166,7 @@ TEST_F(Command, UnreadableMeshIsOneLineThatNamesIt) {
 }
 
 TEST_F(Command, FailedExportLeavesNoHalfWrittenFile) {
-    WriteFile("s.json",
-              R"({"mesh": "cube.obj", "steps": [{"export": {"file": "mesh.unknown"}}]})");
+    WriteFile("s.json", R"({"mesh": "cube.obj", "steps": [{"export": {"file": "mesh.unknown"}}]})");
     EXPECT_EQ(Run("sculpt s.json -q").status, 1);
     EXPECT_FALSE(fs::exists(folder / "mesh.unknown"));
 }

@@ -31,7 +31,10 @@ void Add(std::vector<uint8_t>& bytes, const T* first, std::size_t count) {
 
 /// A brush in the middle of a dab, its members set by hand so that any switches are legal.
 struct KernelState {
-    KernelState(const KernelSwitches& s, bool vectorStamp, int32_t patchLevel, float radius,
+    KernelState(const KernelSwitches& s,
+                bool vectorStamp,
+                int32_t patchLevel,
+                float radius,
                 uint8_t freezeAmount)
         : bench(SteppedBox(), 2), brush(*bench.brush), mesh(bench.Mesh()) {
         renderer = &bench.AddRenderer(s.notifyPerVertex ? 0.0f : 1.0f);
@@ -72,8 +75,10 @@ struct KernelState {
         space.inverseScale = HWVector(Vector(0.5f, 1.0f, 1.25f));
         for (int row = 0; row < 4; ++row) {
             const auto r = static_cast<float>(row);
-            space.meshToWorld[row] = HWVector(row == 0 ? 2.0f : 0.1f * r, row == 1 ? 1.0f : 0.0f,
-                                              row == 2 ? 0.8f : 0.05f, row == 3 ? 1.0f : 0.0f);
+            space.meshToWorld[row] = HWVector(row == 0 ? 2.0f : 0.1f * r,
+                                              row == 1 ? 1.0f : 0.0f,
+                                              row == 2 ? 0.8f : 0.05f,
+                                              row == 3 ? 1.0f : 0.0f);
             for (int column = 0; column < 4; ++column)
                 space.stampMatrix[row][column] =
                     row == column ? 1.5f : (row == 3 && column < 2 ? 1.2f : 0.0f);
@@ -137,8 +142,12 @@ struct KernelState {
 };
 
 /// Two dabs on a patch and its neighbour, so that build-up and seams take part.
-std::vector<uint8_t> Run(const KernelSwitches& s, bool specialised, bool vectorStamp,
-                         int32_t patchLevel, float radius, uint8_t freezeAmount) {
+std::vector<uint8_t> Run(const KernelSwitches& s,
+                         bool specialised,
+                         bool vectorStamp,
+                         int32_t patchLevel,
+                         float radius,
+                         uint8_t freezeAmount) {
     KernelState state(s, vectorStamp, patchLevel, radius, freezeAmount);
     bool reached = false;
     for (int dab = 0; dab < 2; ++dab) {

@@ -22,8 +22,7 @@ protected:
 TEST_F(Dispatch, PushingToolSetsNoBit) { EXPECT_EQ(IndexOf(Tool::Sculpt), 0u); }
 TEST_F(Dispatch, PinchSetsThePullBit) { EXPECT_EQ(IndexOf(Tool::Pinch), 128u); }
 TEST_F(Dispatch, PlaneToolSetsBothFamilyBits) {
-    for (const Tool tool :
-         {Tool::Amplify, Tool::Flatten, Tool::Scrape, Tool::Fill, Tool::Wax})
+    for (const Tool tool : {Tool::Amplify, Tool::Flatten, Tool::Scrape, Tool::Fill, Tool::Wax})
         EXPECT_EQ(IndexOf(tool), 128u + 32u);
 }
 

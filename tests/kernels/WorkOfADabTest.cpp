@@ -54,7 +54,9 @@ DabWork SecondDab(unsigned n, Tool tool) {
     const std::size_t allocationsBefore = allocations;
     const std::size_t bytesBefore = allocatedBytes;
     bench.Dab(hit, 1.2f, 0.1f);
-    DabWork work{allocations - allocationsBefore, allocatedBytes - bytesBefore, 0,
+    DabWork work{allocations - allocationsBefore,
+                 allocatedBytes - bytesBefore,
+                 0,
                  bench.Mesh().changeRecordCount};
     for (uint32_t level = 0; level < bench.geometry->LevelCount(); ++level)
         work.facesTested += bench.geometry->Level(level)->LastFaceWalk().size();

@@ -56,8 +56,10 @@ Refiner MakeRefiner(const PolygonMesh& mesh, int levels) {
 /// Largest distance, over all faces of our level, between our corners and those of the face that
 /// stands for it there. `theirs` maps our faces to theirs. `turns` receives how far our corner 0
 /// lies on in theirs: the start of a face may differ, its sense may not.
-float LargestDistance(const LevelMesh& ours, const Osd::Far::TopologyLevel& level,
-                      const std::vector<int>& theirs, const std::vector<Point>& points,
+float LargestDistance(const LevelMesh& ours,
+                      const Osd::Far::TopologyLevel& level,
+                      const std::vector<int>& theirs,
+                      const std::vector<Point>& points,
                       std::vector<uint32_t>& turns) {
     float largest = 0.0f;
     const uint32_t n = ours.CornersPerFace();
@@ -68,8 +70,8 @@ float LargestDistance(const LevelMesh& ours, const Osd::Far::TopologyLevel& leve
             float worst = 0.0f;
             for (uint32_t k = 0; k < n; ++k) {
                 const Vector p = ours.Position(ours.faceVertexIndices[face * n + k]);
-                const Point& q = points[static_cast<std::size_t>(
-                    corners[static_cast<int>((k + turn) % n)])];
+                const Point& q =
+                    points[static_cast<std::size_t>(corners[static_cast<int>((k + turn) % n)])];
                 worst = std::max(worst, (p - Vector(q.x, q.y, q.z)).Length());
             }
             if (worst < best) turns[face] = turn;

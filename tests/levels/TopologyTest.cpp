@@ -101,7 +101,8 @@ TEST(Levels, GoingDownAndUpChangesNoBit) {
         LevelGeometry geometry(entry.mesh);
         for (int level = 0; level < 3; ++level) geometry.Subdivide();
         const PolygonMesh before = geometry.ToPolygons(false);
-        for (const uint32_t level : {0u, 2u, 1u, 3u}) EXPECT_TRUE(geometry.BindLevel(level).empty());
+        for (const uint32_t level : {0u, 2u, 1u, 3u})
+            EXPECT_TRUE(geometry.BindLevel(level).empty());
         const PolygonMesh after = geometry.ToPolygons(false);
         EXPECT_EQ(after.positions, before.positions);
         EXPECT_EQ(after.normals, before.normals);

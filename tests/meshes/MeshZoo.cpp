@@ -19,8 +19,7 @@ void AddFace(PolygonMesh& mesh, std::initializer_list<uint32_t> corners) {
 }
 
 void AddPoint(PolygonMesh& mesh, double x, double y, double z) {
-    mesh.positions.push_back(
-        {static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)});
+    mesh.positions.push_back({static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)});
 }
 
 }  // namespace
@@ -79,8 +78,11 @@ PolygonMesh Torus(unsigned n, unsigned m) {
     }
     for (unsigned i = 0; i < n; ++i)
         for (unsigned j = 0; j < m; ++j)
-            AddFace(mesh, {i * m + j, (i + 1) % n * m + j, (i + 1) % n * m + (j + 1) % m,
-                           i * m + (j + 1) % m});
+            AddFace(mesh,
+                    {i * m + j,
+                     (i + 1) % n * m + j,
+                     (i + 1) % n * m + (j + 1) % m,
+                     i * m + (j + 1) % m});
     return mesh;
 }
 
@@ -92,8 +94,11 @@ PolygonMesh OpenCylinder(unsigned n, unsigned m) {
             AddPoint(mesh, std::cos(2 * pi * i / n), std::sin(2 * pi * i / n), row);
     for (unsigned row = 0; row < m; ++row)
         for (unsigned i = 0; i < n; ++i)
-            AddFace(mesh, {row * n + i, row * n + (i + 1) % n, (row + 1) * n + (i + 1) % n,
-                           (row + 1) * n + i});
+            AddFace(mesh,
+                    {row * n + i,
+                     row * n + (i + 1) % n,
+                     (row + 1) * n + (i + 1) % n,
+                     (row + 1) * n + i});
     return mesh;
 }
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "topology/Grid.h"
-
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
+#include "topology/Grid.h"
 
 #include <gtest/gtest.h>
 

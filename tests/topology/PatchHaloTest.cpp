@@ -146,8 +146,10 @@ TEST(PatchHalo, RingVerticesAreNeighboursAcrossTheSideOnEveryMesh) {
                     const Vector p = state.mesh.Position(other);
                     expected.insert({p.x, p.y, p.z});
                 }
-                for (const auto& [r, c] : {std::pair{0u, column + 1}, {2u, column + 1},
-                                           {1u, column}, {1u, column + 2}}) {
+                for (const auto& [r, c] : {std::pair{0u, column + 1},
+                                           {2u, column + 1},
+                                           {1u, column},
+                                           {1u, column + 2}}) {
                     const Vector p = state.Cell(r, c);
                     seen.insert({p.x, p.y, p.z});
                 }

@@ -104,9 +104,10 @@ TEST_F(Sampling, OriginalDataSumsFirstTouch) {
 TEST_F(Sampling, WorldDistancesWithLocalSums) {
     brush.nonUniformScale = true;
     for (int row = 0; row < 4; ++row)
-        brush.brushSpace->meshToWorld[row] =
-            HWVector(row == 0 ? 10.0f : 0.0f, row == 1 ? 1.0f : 0.0f, row == 2 ? 1.0f : 0.0f,
-                     row == 3 ? 1.0f : 0.0f);
+        brush.brushSpace->meshToWorld[row] = HWVector(row == 0 ? 10.0f : 0.0f,
+                                                      row == 1 ? 1.0f : 0.0f,
+                                                      row == 2 ? 1.0f : 0.0f,
+                                                      row == 3 ? 1.0f : 0.0f);
     brush.brushSpace->center = HWVector(Vector(20.0f, 2.0f, 0.0f));
     EXPECT_TRUE(brush.SamplePlaneVertex(At(2, 3)));
     EXPECT_FALSE(brush.SamplePlaneVertex(At(3, 2)));

@@ -15,30 +15,42 @@ namespace {
 QString Ascii(const char* text) { return QString::fromLatin1(text); }
 
 Preferences::Bool MakeBoolPreference(const char* key, const char* label) {
-    return {Ascii(key), Ascii("Sculpting"), Translate(label), Translate("Sculpting"),
-            false,      true};
+    return {Ascii(key), Ascii("Sculpting"), Translate(label), Translate("Sculpting"), false, true};
 }
 
 }  // namespace
 
 // All in this one file: within a file the language fixes the order of construction.
 
-const ClassDesc swiftStrokeClass(BrushOperation::StaticClass(), BrushOperation::StaticClass(),
-                                 Ascii("SwiftStroke"), Ascii("Swift Sculpt Stroke"),
-                                 &SwiftStroke::Create, 0, 1);
+const ClassDesc swiftStrokeClass(BrushOperation::StaticClass(),
+                                 BrushOperation::StaticClass(),
+                                 Ascii("SwiftStroke"),
+                                 Ascii("Swift Sculpt Stroke"),
+                                 &SwiftStroke::Create,
+                                 0,
+                                 1);
 
 static const Plugin pluginRecord(Ascii("Swift Stroke"),
                                  Ascii("Hardware accelerated simple sculptor brush"),
-                                 Ascii("The Trovik developers"), Ascii("https://trovik.invalid"),
-                                 Ascii(__DATE__ " " __TIME__), &RegisterTools);
+                                 Ascii("The Trovik developers"),
+                                 Ascii("https://trovik.invalid"),
+                                 Ascii(__DATE__ " " __TIME__),
+                                 &RegisterTools);
 
-const Preferences::Bool renderSwiftStroke(Ascii("Render Swift Stroke"), Ascii("Sculpting"),
+const Preferences::Bool renderSwiftStroke(Ascii("Render Swift Stroke"),
+                                          Ascii("Sculpting"),
                                           Translate("Render Swift Stroke"),
-                                          Translate("Sculpting"), true, true);
+                                          Translate("Sculpting"),
+                                          true,
+                                          true);
 const Preferences::Float swiftStrokeLevelFactor(Ascii("Swift Stroke Level Factor"),
                                                 Ascii("Sculpting"),
                                                 Translate("Swift Stroke Level Factor"),
-                                                Translate("Sculpting"), 1.0f, 0.25f, 4.0f, true);
+                                                Translate("Sculpting"),
+                                                1.0f,
+                                                0.25f,
+                                                4.0f,
+                                                true);
 const Preferences::Bool useOriginalDataForFlatten =
     MakeBoolPreference("Use Original Data For Flatten", "Use Original Data For Flatten");
 const Preferences::Bool useVertexWeightsForFlatten =
@@ -49,7 +61,12 @@ const Preferences::Bool waxScrapesOnly = MakeBoolPreference("Wax Scrapes Only", 
 
 const PatchKernelTable patchKernels;
 
-const ClassDesc patchMapClass(TreeNode::StaticClass(), TreeNode::StaticClass(), Ascii("PatchMap"),
-                              Ascii("Patchmap"), &PatchMap::Create, 0, 0);
+const ClassDesc patchMapClass(TreeNode::StaticClass(),
+                              TreeNode::StaticClass(),
+                              Ascii("PatchMap"),
+                              Ascii("Patchmap"),
+                              &PatchMap::Create,
+                              0,
+                              0);
 
 }  // namespace trovik

@@ -42,8 +42,8 @@ SwiftStroke::SwiftStroke()
     std::memset(brushSpaceAllocation, 0, brushSpaceBytes);
     const auto address = reinterpret_cast<uintptr_t>(brushSpaceAllocation);
     const uintptr_t misalignment = address & 15u;
-    brushSpace = reinterpret_cast<BrushSpace*>(
-        misalignment == 0 ? address : address + (16u - misalignment));
+    brushSpace =
+        reinterpret_cast<BrushSpace*>(misalignment == 0 ? address : address + (16u - misalignment));
     brushSpace->inverseScale = HWVector(Vector(1.0f, 1.0f, 1.0f));
 
     const bool testMode = g_pKernel->IsTestModeOn();

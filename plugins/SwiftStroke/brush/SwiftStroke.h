@@ -82,12 +82,16 @@ public:
     void EndStroke() override;
     /// One application of the tool at one point of the surface. A dab that cannot run (no falloff,
     /// no mesh, no direction yet) ends silently and leaves `box` as it is.
-    /// \param hit  mesh-local. \param position  dab centre, world. \param size  radius, world units.
-    /// \param pressure  0 to 1, weighs the build-up. \param strength  effective strength before the
-    /// tool's and the stroke's factors. \param box  world; leaves with the dab merged in.
-    /// Errors: those of SetMesh.
-    void ApplyDab(const SurfacePoint& hit, const Vector& position, float size, float pressure,
-                  float strength, AxisAlignedBoundingBox& box) override;
+    /// \param hit  mesh-local. \param position  dab centre, world. \param size  radius, world
+    /// units. \param pressure  0 to 1, weighs the build-up. \param strength  effective strength
+    /// before the tool's and the stroke's factors. \param box  world; leaves with the dab merged
+    /// in. Errors: those of SetMesh.
+    void ApplyDab(const SurfacePoint& hit,
+                  const Vector& position,
+                  float size,
+                  float pressure,
+                  float strength,
+                  AxisAlignedBoundingBox& box) override;
     /// Applies the tool to a whole mesh at once, with no radius: every vertex weighs the same, or
     /// by how far it faces the camera. Runs inside a stroke or in place of one.
     void ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) override;

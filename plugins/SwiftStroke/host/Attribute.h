@@ -114,7 +114,8 @@ TROVIK_ATTRIBUTE_VALUE(CheckableFloat, 5);
 #undef TROVIK_ATTRIBUTE_VALUE
 
 /// Panel widget of a bool attribute; null where no window system is present.
-TROVIK_API QWidget* CreateNewBoolWidget(QWidget* parent, int width,
+TROVIK_API QWidget* CreateNewBoolWidget(QWidget* parent,
+                                        int width,
                                         AttributeInstance<bool>* attribute);
 
 /// An attribute that holds a value of type T.
@@ -193,8 +194,8 @@ private:
 class TROVIK_API AttributeFloatRange : public AttributeInstance<float> {
 public:
     /// \param decimals  shown in the panel.
-    AttributeFloatRange(Node* owner, const QString& name, float minimum, float maximum, float value,
-                        int decimals);
+    AttributeFloatRange(
+        Node* owner, const QString& name, float minimum, float maximum, float value, int decimals);
 
     using AttributeInstance<float>::SetValue;
     void SetValue(const float& newValue, bool silent = false) override;

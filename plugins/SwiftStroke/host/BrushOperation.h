@@ -22,9 +22,13 @@ enum class PredefinedCategory : int { Paint = 0, Sculpt = 1 };
 /// One tool of the tray: a brush class and a number by which it knows what to do.
 class TROVIK_API BrushConfiguration {
 public:
-    BrushConfiguration(const ClassDesc* brushClass, uint32_t id, const QString& name,
-                       const QString& displayName, PredefinedCategory category,
-                       const QString& toolTip, int flags);
+    BrushConfiguration(const ClassDesc* brushClass,
+                       uint32_t id,
+                       const QString& name,
+                       const QString& displayName,
+                       PredefinedCategory category,
+                       const QString& toolTip,
+                       int flags);
     ~BrushConfiguration();
 
     const ClassDesc* BrushClass() const { return brushClass; }
@@ -161,8 +165,12 @@ public:
     virtual void EndStroke();
     virtual void MouseMove();
     /// One application of the tool. See the brush for the meaning of each argument.
-    virtual void ApplyDab(const SurfacePoint& hit, const Vector& position, float size,
-                          float pressure, float strength, AxisAlignedBoundingBox& box);
+    virtual void ApplyDab(const SurfacePoint& hit,
+                          const Vector& position,
+                          float size,
+                          float pressure,
+                          float strength,
+                          AxisAlignedBoundingBox& box);
     virtual void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing);
     /// By name. \return false for a name that no row of this brush's class bears.
     virtual bool SetActiveConfiguration(const QString& name);

@@ -17,8 +17,13 @@ public:
     /// \param factory  makes one node (count below 2) or an array of `count`; answers the first.
     /// \param flags  0: an ordinary class; 1: hidden from lists of creatable classes.
     /// \param version  class version written into scenes.
-    ClassDesc(const ClassDesc* parent, const ClassDesc* displayParent, const QString& name,
-              const QString& displayName, Node* (*factory)(unsigned), int flags, int version);
+    ClassDesc(const ClassDesc* parent,
+              const ClassDesc* displayParent,
+              const QString& name,
+              const QString& displayName,
+              Node* (*factory)(unsigned),
+              int flags,
+              int version);
     ~ClassDesc();
     ClassDesc(const ClassDesc&) = delete;
     ClassDesc& operator=(const ClassDesc&) = delete;

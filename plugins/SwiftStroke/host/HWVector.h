@@ -86,8 +86,7 @@ public:
 private:
     template <int lane>
     float Lane() const {
-        return _mm_cvtss_f32(
-            _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(lane, lane, lane, lane)));
+        return _mm_cvtss_f32(_mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(lane, lane, lane, lane)));
     }
 };
 static_assert(sizeof(HWVector) == 16 && alignof(HWVector) == 16);

@@ -25,8 +25,8 @@ public:
     virtual int ImageKind() const = 0;
     /// Copies pixels out, row by row from the top, the channels of a pixel together. The rectangle
     /// must lie inside the image.
-    virtual void getTile(int x, int y, int width, int height, void* buffer,
-                         const PixelDescriptor* descriptor) = 0;
+    virtual void getTile(
+        int x, int y, int width, int height, void* buffer, const PixelDescriptor* descriptor) = 0;
 };
 
 }  // namespace trovik

@@ -85,7 +85,10 @@ public:
     /// Stores the offset. With `updateComposite` the vertex's position in the mesh becomes
     /// rest + strength x offset, rest being the composite without this layer. `out`, when not
     /// null, receives that position.
-    virtual void set(Vector* out, uint32_t layerSlot, uint32_t vertex, const Vector* offset,
+    virtual void set(Vector* out,
+                     uint32_t layerSlot,
+                     uint32_t vertex,
+                     const Vector* offset,
                      bool updateComposite) = 0;
     /// False: the layer refuses changes.
     virtual bool Writable() const = 0;
@@ -117,7 +120,9 @@ public:
     /// over, and the vertex's link then names the record. The reference holds until the next call.
     /// \param face  one that holds the vertex. \param withLayerSlot  reserve a slot in the active
     /// layer. Errors: throws Error::s_cBadAlloc when memory is refused.
-    StoredVertexInfo& Add_uncached(uint32_t vertex, uint32_t face, Vertex& vertexRecord,
+    StoredVertexInfo& Add_uncached(uint32_t vertex,
+                                   uint32_t face,
+                                   Vertex& vertexRecord,
                                    bool withLayerSlot);
     /// Closes the change at the end of a stroke and gives it to the undo history.
     /// \param keepTopology  the mesh's faces are as they were. \param joinPrevious  the step
@@ -164,14 +169,17 @@ public:
     /// Reports every vertex that shares an edge with `vertex`, once, turning from `face`.
     /// \return the number of reports.
     virtual uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator,
-                                               uint32_t vertex, uint32_t face) = 0;
+                                               uint32_t vertex,
+                                               uint32_t face) = 0;
     /// Breadth-first flood over faces from `face`: Tester once a face; where it answers true,
     /// Operator, and on across sides 0 to 3. Costs what it reaches. visitStamp stays.
     virtual void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) = 0;
     /// The same over vertices, from the corners of `face`. Adds 1 to visitStamp at the end.
     virtual void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) = 0;
     /// Topological mirror of a corner. \return the mirror vertex or -1.
-    virtual int32_t MirrorVertex(uint32_t face, uint32_t corner, uint32_t* outFace,
+    virtual int32_t MirrorVertex(uint32_t face,
+                                 uint32_t corner,
+                                 uint32_t* outFace,
                                  uint32_t* outCorner) = 0;
     /// Neighbour across a side as face * 4 + side; an open border answers openBorder.
     virtual uint32_t QuadEdgeNeighbour(uint32_t face, uint32_t side) = 0;

@@ -11,8 +11,12 @@ namespace trovik {
 /// of the library, enters it in the host's list; the host calls `initialise` after loading.
 class TROVIK_API Plugin {
 public:
-    Plugin(const QString& name, const QString& description, const QString& author,
-           const QString& address, const QString& date, void (*initialise)());
+    Plugin(const QString& name,
+           const QString& description,
+           const QString& author,
+           const QString& address,
+           const QString& date,
+           void (*initialise)());
     ~Plugin();
     Plugin(const Plugin&) = delete;
     Plugin& operator=(const Plugin&) = delete;

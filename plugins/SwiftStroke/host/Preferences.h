@@ -12,8 +12,12 @@ namespace Preferences {
 class TROVIK_API Bool {
 public:
     /// \param advanced  listed only in the advanced panel.
-    Bool(const QString& key, const QString& category, const QString& label,
-         const QString& categoryLabel, bool value, bool advanced);
+    Bool(const QString& key,
+         const QString& category,
+         const QString& label,
+         const QString& categoryLabel,
+         bool value,
+         bool advanced);
     operator bool() const { return attribute->Value(); }
 
     AttributeInstance<bool>* attribute;
@@ -21,8 +25,14 @@ public:
 
 class TROVIK_API Float {
 public:
-    Float(const QString& key, const QString& category, const QString& label,
-          const QString& categoryLabel, float value, float minimum, float maximum, bool advanced);
+    Float(const QString& key,
+          const QString& category,
+          const QString& label,
+          const QString& categoryLabel,
+          float value,
+          float minimum,
+          float maximum,
+          bool advanced);
     operator float() const { return attribute->Value(); }
 
     AttributeFloatRange* attribute;

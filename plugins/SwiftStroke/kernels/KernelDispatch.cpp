@@ -99,8 +99,7 @@ void SwiftStroke::NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase) {
         notify(renderer, faceBase);
         if (patchMap == nullptr) continue;
         for (uint32_t k = 0; k < PatchMap::rowLength; ++k) {
-            const uint32_t neighbour =
-                patchMap->neighbourFaces[baseFace * PatchMap::rowLength + k];
+            const uint32_t neighbour = patchMap->neighbourFaces[baseFace * PatchMap::rowLength + k];
             if (neighbour != PatchMap::emptySlot) notify(renderer, neighbour * facesPerMapFace);
         }
     }

@@ -26,9 +26,16 @@ struct KernelSwitches {
         return {bit(0), bit(1), bit(2), bit(3), bit(4), bit(5), bit(6), bit(7), bit(8), bit(9)};
     }
     constexpr unsigned Index() const {
-        const bool bits[] = {withStamp,  withoutRadius, alongVertexNormal, withFreeze,
-                             throughLayer, averageBit,  tiledStamp,        pullBit,
-                             notifyPerVertex, inWorldSpace};
+        const bool bits[] = {withStamp,
+                             withoutRadius,
+                             alongVertexNormal,
+                             withFreeze,
+                             throughLayer,
+                             averageBit,
+                             tiledStamp,
+                             pullBit,
+                             notifyPerVertex,
+                             inWorldSpace};
         unsigned index = 0;
         for (unsigned k = 0; k < 10; ++k) index |= bits[k] ? 1u << k : 0u;
         return index;

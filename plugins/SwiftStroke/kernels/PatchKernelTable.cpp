@@ -8,7 +8,8 @@ namespace trovik {
 PatchKernelTable::PatchKernelTable() {
     [this]<unsigned... shards>(std::integer_sequence<unsigned, shards...>) {
         (FillPatchKernelShard<shards>(entries.data() + shards * shardSize), ...);
-    }(std::make_integer_sequence<unsigned, shardCount>{});
+    }
+    (std::make_integer_sequence<unsigned, shardCount>{});
 }
 
 }  // namespace trovik

@@ -14,15 +14,18 @@ namespace trovik {
 
 /// Leaves the vertex as it is, but keeps the grid true.
 template <class Switches>
-TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw, const DabConstants& dab,
-                                     const VertexState& v, bool reached) {
+TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
+                                     const DabConstants& dab,
+                                     const VertexState& v,
+                                     bool reached) {
     if (sw.withGrid) dab.positionGrid[v.cell] = v.current;
     return reached;
 }
 
 /// One vertex's turn. \return whether the dab reached it.
 template <class Switches>
-TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw, DabConstants& dab,
+TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw,
+                                    DabConstants& dab,
                                     const PatchVertexEntry& entry) {
     VertexState v;
     v.vertex = entry.vertex;

@@ -50,8 +50,12 @@ private:
 
 }  // namespace
 
-void SwiftStroke::ApplyDab(const SurfacePoint& hit, const Vector& position, float size,
-                           float pressure, float strength, AxisAlignedBoundingBox& box) {
+void SwiftStroke::ApplyDab(const SurfacePoint& hit,
+                           const Vector& position,
+                           float size,
+                           float pressure,
+                           float strength,
+                           AxisAlignedBoundingBox& box) {
     const TVCrashReporterFlag flag(4, 0x400);
     if (!wholeMesh && falloffTable == nullptr) return;
     mirrorPass = hit.mirror ? 1 : 0;

@@ -33,10 +33,10 @@ void SwiftStroke::PrepareStamp() {
     if (!stampEnabled || image == nullptr) return;
 
     // The factor is no part of the pixels but takes part in the comparison.
-    const bool current =
-        image == stampImage && IsMaskInverted(stampMask) == stampInverted &&
-        MaskFactor(stampMask) == stampFactor && MaskOffset(stampMask) == stampOffset &&
-        image->Version() == stampImageVersion && MaskName(stampMask) == stampName;
+    const bool current = image == stampImage && IsMaskInverted(stampMask) == stampInverted &&
+                         MaskFactor(stampMask) == stampFactor &&
+                         MaskOffset(stampMask) == stampOffset &&
+                         image->Version() == stampImageVersion && MaskName(stampMask) == stampName;
     if (!current) RebuildStamp();
 }
 
@@ -58,14 +58,17 @@ void SwiftStroke::RebuildStamp() {
     const uint32_t count = stampHeight * channels * stampWidth;
     stampPixels = new float[count];
     const PixelDescriptor descriptor{static_cast<uint8_t>(channels), 3, 5, 0};
-    stampImage->getTile(0, 0, static_cast<int>(stampWidth), static_cast<int>(stampHeight),
-                        stampPixels, &descriptor);
+    stampImage->getTile(0,
+                        0,
+                        static_cast<int>(stampWidth),
+                        static_cast<int>(stampHeight),
+                        stampPixels,
+                        &descriptor);
 
     // The offset is added to an inverted stamp and taken from a plain one.
     const float offset = MaskOffset(stampMask);
     for (uint32_t i = 0; i < count; ++i) {
-        stampPixels[i] =
-            stampInverted ? (1.0f - stampPixels[i]) + offset : stampPixels[i] - offset;
+        stampPixels[i] = stampInverted ? (1.0f - stampPixels[i]) + offset : stampPixels[i] - offset;
     }
 }
 

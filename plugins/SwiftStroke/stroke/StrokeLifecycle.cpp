@@ -60,9 +60,8 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         strokeMesh->Geometry()->Transformation()->Scale(&scale);
         const float volume = scale.y * scale.x * scale.z;
         brushSpace->inverseScale =
-            volume == 0.0f
-                ? HWVector(Vector(1.0f, 1.0f, 1.0f))
-                : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
+            volume == 0.0f ? HWVector(Vector(1.0f, 1.0f, 1.0f))
+                           : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
         const float side = powf(volume, 0.33333334f);
         strokeStrengthScale = side;
         if (side != 0.0f) strokeStrengthScale = 1.0f / side;

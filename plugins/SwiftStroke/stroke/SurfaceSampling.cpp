@@ -73,10 +73,10 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
         GridFace cursor(mesh, patch, patchMeshLevel, column, row, rotation);
         for (uint32_t step = 0; step < steps; ++step) {
             const uint32_t vertex = cursor.Corner(0);
-            const StoredVertexInfo& record = TouchRecord(
-                change, vertex, cursor.Face(), mesh->vertices[vertex], withLayerSlot);
-            const Vector p(record.originalPosition[0], record.originalPosition[1],
-                           record.originalPosition[2]);
+            const StoredVertexInfo& record =
+                TouchRecord(change, vertex, cursor.Face(), mesh->vertices[vertex], withLayerSlot);
+            const Vector p(
+                record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]);
             const float weight = 1.0f - inverseRadius * (p - localCenter).Length();
             if (weight < 0.0f) break;
             normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;

@@ -11,8 +11,8 @@ void SwiftStroke::ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool b
         // One direction for the whole mesh: the camera as seen from the mesh's own origin.
         const Vector origin;
         Vector eyeWorld, eye;
-        g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&eyeWorld, &origin,
-                                                                           1.0f);
+        g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(
+            &eyeWorld, &origin, 1.0f);
         wholeMeshTarget->Geometry()->Transformation()->WorldToLocal(&eye, &eyeWorld, 1.0f);
         eye.Normalize();
         wholeMeshView = eye;

@@ -45,8 +45,12 @@ uint32_t Grid::Face(uint32_t x, uint32_t y) const {
     return cells * patch + SubdivisionLevel::QuadIndexTable(level)[cell];
 }
 
-GridFace::GridFace(Mesh* workingMesh, uint32_t patchFace, uint32_t patchMeshLevel, uint32_t column,
-                   uint32_t row, uint32_t viewRotation)
+GridFace::GridFace(Mesh* workingMesh,
+                   uint32_t patchFace,
+                   uint32_t patchMeshLevel,
+                   uint32_t column,
+                   uint32_t row,
+                   uint32_t viewRotation)
     : Grid(workingMesh, patchFace, patchMeshLevel, viewRotation) {
     switch (viewRotation) {
         case 0:

@@ -35,7 +35,11 @@ public:
 class GridFace : public Grid {
 public:
     /// \param column, row  cell in the patch's own frame.
-    GridFace(Mesh* mesh, uint32_t patch, uint32_t patchMeshLevel, uint32_t column, uint32_t row,
+    GridFace(Mesh* mesh,
+             uint32_t patch,
+             uint32_t patchMeshLevel,
+             uint32_t column,
+             uint32_t row,
              uint32_t rotation);
 
     uint32_t Face() const { return Grid::Face(x, y); }

@@ -83,8 +83,8 @@ Corner CornerOf(uint32_t i, uint32_t size, uint32_t stride) {
         case 2:
             return {(size + 1) * size, (size - 1) * size, (stride - 2) * stride + 1, 1, -row};
         default:
-            return {(size + 1) * (size + 1) - 1, size * size - 1, (stride - 1) * stride - 2, -1,
-                    -row};
+            return {
+                (size + 1) * (size + 1) - 1, size * size - 1, (stride - 1) * stride - 2, -1, -row};
     }
 }
 
@@ -210,7 +210,8 @@ void SwiftStroke::CorrectCorners(uint32_t patch, Vector (&saved)[8]) {
     for (uint32_t i = 0; i < 4; ++i) {
         const Corner corner = CornerOf(i, size, gridStride);
         Vector mean;
-        RingAverage(mean, slice[vertexTable[corner.vertexIndex]],
+        RingAverage(mean,
+                    slice[vertexTable[corner.vertexIndex]],
                     facesPerPatch * patch + faceTable[corner.faceCell]);
         const HWVector kept =
             (grid[corner.Inward(corner.dy)] + grid[corner.Inward(corner.dx)]) + grid[corner.cell];

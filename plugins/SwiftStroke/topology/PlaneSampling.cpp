@@ -32,10 +32,10 @@ bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
     const MeshChange& change = *CurrentChange();
     const Vertex& changed = change.mesh->vertices.array[vertex];
     const StoredVertexInfo* record = FindRecord(change, vertex, changed.changeLink);
-    const Vector measured =
-        record != nullptr ? Vector(record->originalPosition[0], record->originalPosition[1],
-                                   record->originalPosition[2])
-                          : Vector(changed.x, changed.y, changed.z);
+    const Vector measured = record != nullptr ? Vector(record->originalPosition[0],
+                                                       record->originalPosition[1],
+                                                       record->originalPosition[2])
+                                              : Vector(changed.x, changed.y, changed.z);
     HWVector place(measured);
     if (nonUniformScale) place = ToWorld(*brushSpace, place);
     const HWVector toCenter = brushSpace->center - place;
@@ -47,8 +47,8 @@ bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
     PackedNormal normal;
     Vector position;
     if (useOriginalDataForFlatten) {
-        normal = record != nullptr ? record->originalNormal
-                                   : change.mesh->vertexNormals.array[vertex];
+        normal =
+            record != nullptr ? record->originalNormal : change.mesh->vertexNormals.array[vertex];
         position = measured;
     } else {
         const Vertex& present = mesh->vertices.array[vertex];

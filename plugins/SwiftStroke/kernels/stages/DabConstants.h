@@ -108,8 +108,8 @@ TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) { return {v.x, v.y, v.z
 /// enter distances.
 TROVIK_FORCE_INLINE HWVector ToWorld(const BrushSpace& space, const HWVector& local) {
     const HWVector* rows = space.meshToWorld;
-    const HWVector world = ((rows[2] * local.Z() + rows[3] * 1.0f) + rows[1] * local.Y()) +
-                           rows[0] * local.X();
+    const HWVector world =
+        ((rows[2] * local.Z() + rows[3] * 1.0f) + rows[1] * local.Y()) + rows[0] * local.X();
     return {world.X(), world.Y(), world.Z(), 0.0f};
 }
 

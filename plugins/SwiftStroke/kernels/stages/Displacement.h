@@ -17,7 +17,8 @@ TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid, uint32_t cell, ui
 /// The position grid is read while the loop writes it, so positions are smoothed in place; the
 /// layer grid is not written by the loop.
 template <class Switches>
-TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw, const DabConstants& dab,
+TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
+                                                   const DabConstants& dab,
                                                    VertexState& v) {
     SwiftStroke& brush = dab.brush;
     HWVector mean;
@@ -41,7 +42,8 @@ TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw, const Dab
 }
 
 /// Along dir to the plane, within the clamps; the upper limit is tested first.
-TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab, const VertexState& v,
+TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
+                                                 const VertexState& v,
                                                  const HWVector& dir) {
     const SwiftStroke& brush = dab.brush;
     const float height = (dir | v.current).First();
@@ -61,8 +63,10 @@ TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector&
 
 /// A vector stamp's channels are tangent U, height and tangent V, each in hundredths of the stamp's
 /// side, the height in the geometric mean of the two.
-TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab, const VertexState& v,
-                                          const HWVector& dir, const HWVector& displacement) {
+TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
+                                          const VertexState& v,
+                                          const HWVector& dir,
+                                          const HWVector& displacement) {
     const SwiftStroke& brush = dab.brush;
     const HWVector tangentU = TangentAcross(dab.space.stampAxisU, dir);
     const HWVector tangentV = TangentAcross(dab.space.stampAxisV, dir);
@@ -74,8 +78,8 @@ TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab, const VertexS
 /// Turns the weight into a displacement, mesh-local.
 template <class Switches>
 TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, VertexState& v) {
-    const HWVector dir = sw.alongVertexNormal ? HWVector(UnpackNormal(v.record->originalNormal))
-                                              : dab.direction;
+    const HWVector dir =
+        sw.alongVertexNormal ? HWVector(UnpackNormal(v.record->originalNormal)) : dab.direction;
     const bool byVectorStamp = sw.withStamp && dab.brush.stampIsVector;
     HWVector displacement;
     switch (sw.family) {

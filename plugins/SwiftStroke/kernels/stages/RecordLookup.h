@@ -6,7 +6,8 @@
 namespace trovik {
 
 /// The vertex's record in the change, or null. Two loads and two compares, no call.
-TROVIK_FORCE_INLINE StoredVertexInfo* FindRecord(const MeshChange& change, uint32_t vertex,
+TROVIK_FORCE_INLINE StoredVertexInfo* FindRecord(const MeshChange& change,
+                                                 uint32_t vertex,
                                                  uint32_t changeLink) {
     if (changeLink >= *change.recordCount) return nullptr;
     StoredVertexInfo* record = change.records->array + changeLink;
@@ -14,11 +15,11 @@ TROVIK_FORCE_INLINE StoredVertexInfo* FindRecord(const MeshChange& change, uint3
 }
 
 /// The vertex's record, made at first touch. Holds until the next record is made.
-TROVIK_FORCE_INLINE StoredVertexInfo& TouchRecord(MeshChange& change, uint32_t vertex,
-                                                  uint32_t face, Vertex& vertexRecord,
-                                                  bool withLayerSlot) {
+TROVIK_FORCE_INLINE StoredVertexInfo& TouchRecord(
+    MeshChange& change, uint32_t vertex, uint32_t face, Vertex& vertexRecord, bool withLayerSlot) {
     StoredVertexInfo* record = FindRecord(change, vertex, vertexRecord.changeLink);
-    if (record != nullptr) [[likely]] return *record;
+    if (record != nullptr) [[likely]]
+        return *record;
     return change.Add_uncached(vertex, face, vertexRecord, withLayerSlot);
 }
 

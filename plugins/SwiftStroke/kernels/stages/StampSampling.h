@@ -50,8 +50,8 @@ inline HWVector MirroredStartPosition(const DabConstants& dab, VertexState& v, b
     const auto vertex = static_cast<uint32_t>(mirrored);
     const StoredVertexInfo& other =
         TouchRecord(dab.change, vertex, mirrorFace, dab.vertices[vertex], throughLayer);
-    const HWVector position(other.originalPosition[0], other.originalPosition[1],
-                            other.originalPosition[2], 0.0f);
+    const HWVector position(
+        other.originalPosition[0], other.originalPosition[1], other.originalPosition[2], 0.0f);
     v.record = FindRecord(dab.change, v.vertex, v.vertexRecord->changeLink);
     return position;
 }
@@ -109,7 +109,8 @@ struct BilinearRead {
 
 /// Multiplies the weight by the stamp's value, or tells that the vertex lies outside the stamp.
 template <class Switches>
-TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw, const DabConstants& dab,
+TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
+                                            const DabConstants& dab,
                                             VertexState& v) {
     const SwiftStroke& brush = dab.brush;
     // A stamp without pixels covers nothing, tiled or not.
@@ -144,8 +145,7 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw, const DabConstan
         const HWVector p00 = VectorPixel(brush, read.x0, read.y0);
         const HWVector p10 = read.right ? VectorPixel(brush, read.x1, read.y0) : zero;
         const HWVector p01 = read.below ? VectorPixel(brush, read.x0, read.y1) : zero;
-        const HWVector p11 =
-            read.right && read.below ? VectorPixel(brush, read.x1, read.y1) : zero;
+        const HWVector p11 = read.right && read.below ? VectorPixel(brush, read.x1, read.y1) : zero;
         const HWVector sample =
             ((p00 * read.w00 + p10 * read.w10) + p01 * read.w01) + p11 * read.w11;
         v.weightVector = v.weightVector * sample;
@@ -154,8 +154,7 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw, const DabConstan
         const float p10 = read.right ? PlainPixel(brush, read.x1, read.y0) : 0.0f;
         const float p01 = read.below ? PlainPixel(brush, read.x0, read.y1) : 0.0f;
         const float p11 = read.right && read.below ? PlainPixel(brush, read.x1, read.y1) : 0.0f;
-        const float value =
-            ((p00 * read.w00 + p10 * read.w10) + p01 * read.w01) + p11 * read.w11;
+        const float value = ((p00 * read.w00 + p10 * read.w10) + p01 * read.w01) + p11 * read.w11;
         v.weight = v.weight * value;
     }
     return StageResult::Continue;
@@ -165,10 +164,10 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw, const DabConstan
 /// behind it, so that the stamp's value counts. The lowest lane of a vector stamp's weight is 0
 /// after the read, so there the later count adds nothing.
 template <class Switches>
-TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw, const DabConstants& dab,
+TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw,
+                                           const DabConstants& dab,
                                            VertexState& v) {
-    if (!dab.brush.stampBuildUp)
-        v.record->buildUp = v.weight * dab.dabPressure + v.record->buildUp;
+    if (!dab.brush.stampBuildUp) v.record->buildUp = v.weight * dab.dabPressure + v.record->buildUp;
     if (SampleStamp(sw, dab, v) == StageResult::OutOfReach) return StageResult::OutOfReach;
     if (dab.brush.stampBuildUp) {
         const float value = dab.brush.stampIsVector ? v.weightVector.First() : v.weight;

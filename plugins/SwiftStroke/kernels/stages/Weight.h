@@ -34,8 +34,7 @@ inline float FacingFactor(const DabConstants& dab, const VertexState& v) {
 /// From distance to weight: distance test, falloff, the Wax scale and the build-up damping. The
 /// facing factor is worked out even where it goes unused.
 template <class Switches>
-TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& dab,
-                                      VertexState& v) {
+TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& dab, VertexState& v) {
     float facing = 1.0f;
     if (dab.facingActive) facing = FacingFactor(dab, v);
 
@@ -46,8 +45,8 @@ TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& da
         const float distance = std::sqrt(distanceSquared);
         // Truncation by the processor: what no integer can hold, NaN too, becomes the most
         // negative one, which is above every last index when taken as unsigned.
-        const auto index = static_cast<uint32_t>(
-            _mm_cvttss_si32(_mm_set_ss(distance * dab.falloffScale)));
+        const auto index =
+            static_cast<uint32_t>(_mm_cvttss_si32(_mm_set_ss(distance * dab.falloffScale)));
         v.weight = index > dab.falloffLast ? 0.0f : facing * dab.falloffTable[index];
     } else if (dab.brush.wholeMeshFacing) {
         const Vector normal = UnpackNormal(dab.normals[v.vertex]);
@@ -62,8 +61,7 @@ TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& da
 
     if (sw.family == Family::Pushing && !sw.withoutRadius) {
         v.weight = v.weight * dab.buildUpRateCubed * (1.0f - v.record->buildUp);
-        if (!sw.withStamp)
-            v.record->buildUp = v.weight * dab.dabPressure + v.record->buildUp;
+        if (!sw.withStamp) v.record->buildUp = v.weight * dab.dabPressure + v.record->buildUp;
     }
     return StageResult::Continue;
 }
