@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/pictures/Picture.h"
-
 #include "framework/levels/LevelGeometry.h"
+#include "framework/pictures/Picture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -120,7 +119,8 @@ TEST(PictureSheet, HasAPlaceAndACaptionForEachPicture) {
     EXPECT_GT(captioned.height, 10 + 2 * 4);
     int lit = 0;
     for (std::size_t i = static_cast<std::size_t>(captioned.width) * 14 * 3;
-         i < captioned.rgb.size(); i += 3)
+         i < captioned.rgb.size();
+         i += 3)
         if (captioned.rgb[i] == 220) ++lit;
     // The letter I: a stem of seven dots with two bars of three, each dot two pixels wide and high.
     EXPECT_EQ(lit, (5 + 3 + 3) * 4);
