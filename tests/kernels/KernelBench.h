@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "tests/fixture/StrokeBench.h"
+
+#include <vector>
+
+namespace trovik::test {
+
+/// A brush in the middle of a dab, its members set by hand: no walk and no preparation of a dab
+/// stands between a test and a kernel.
+///
+/// Set up the mesh through `stroke` (layer, renderers, freeze, placement), then Start. A dab has
+/// full pressure, strength 1, direction +z and an empty dirty box at its centre, unless a test sets
+/// the brush's members otherwise. The grids start out full of NaN, so that a cell that nobody
+/// wrote shows.
+class KernelBench {
+public:
+    KernelBench(const PolygonMesh& polygons, unsigned subdivisions, int32_t patchLevelOfDabs);
+    ~KernelBench();
+
+    /// Begins a stroke with the tool and puts the brush into its first dab.
+    void Start(Tool tool, int falloffIndex = 0);
+    /// Centre and radius, in the space of the distances; empties the dirty box into the centre.
+    void Aim(const Vector& center, float radius);
+    /// The next dab of the stroke at the same place.
+    void NextDab();
+    /// Ends the stroke and begins one with the same tool and a new dab.
+    void Restart(Tool tool, int falloffIndex = 0);
+
+    /// The kernel that the brush's members ask for.
+    bool RunKernel(uint32_t patch);
+    /// The whole callback of the walk: halo, kernel, normals, notices.
+    bool RunTester(uint32_t patch) { return brush.Tester(brush.patchMesh, patch); }
+
+    uint32_t Points() const { return (1u << patchLevel) + 1; }
+    uint32_t VertexAt(uint32_t patch, uint32_t row, uint32_t column) const;
+    uint32_t CellAt(uint32_t row, uint32_t column) const;
+    Vector GridAt(uint32_t row, uint32_t column) const;
+    /// The vertex nearest to a point.
+    uint32_t VertexNear(const Vector& point) const;
+    float Height(uint32_t vertex) const { return mesh.Position(vertex).z; }
+    /// The record of the vertex in the stroke's change, or null.
+    const StoredVertexInfo* Record(uint32_t vertex) const;
+    Vector BoxMin() const { return static_cast<Vector>(brush.brushSpace->boundsMin); }
+    Vector BoxMax() const { return static_cast<Vector>(brush.brushSpace->boundsMax); }
+
+    /// A stamp of the given pixels (one float each, or three for a vector stamp), laid on the mesh
+    /// by `x` and `y` times `scale`, the pixels' centres at whole numbers.
+    void SetStamp(uint32_t width,
+                  uint32_t height,
+                  const std::vector<float>& pixels,
+                  bool isVector,
+                  float scale = 1.0f);
+
+    StrokeBench stroke;
+    SwiftStroke& brush;
+    LevelMesh& mesh;
+    const int32_t patchLevel;
+    std::vector<HWVector> positionCells;
+    std::vector<HWVector> layerCells;
+
+private:
+    bool running = false;
+};
+
+/// The fall-off by facing angle and a camera for it, while it lives.
+class FacingAngle {
+public:
+    /// Angles in degrees; the camera stands at `eye`, in the world.
+    FacingAngle(SwiftStroke& brush, const Vector& eye, float start, float range);
+    ~FacingAngle();
+    FacingAngle(const FacingAngle&) = delete;
+    FacingAngle& operator=(const FacingAngle&) = delete;
+};
+
+}  // namespace trovik::test
