@@ -8,7 +8,7 @@ SHELL := /bin/bash
 .NOTPARALLEL:
 
 JOBS ?= $(shell nproc)
-# Extra options for ctest, e.g. CTEST_OPTIONS="-R Halo"
+# Extra options for ctest, e.g. CTEST_OPTIONS="-R topology"
 CTEST_OPTIONS ?=
 
 # Without a home folder to write to, ccache keeps its files with the build.
