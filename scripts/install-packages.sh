@@ -15,7 +15,7 @@ packages=(
     qt6-base-dev libembree-dev libtbb-dev libopenimageio-dev libimath-dev libtinyobjloader-dev
     nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
     # What the tests and benchmarks link.
-    libosd-dev libgtest-dev libgmock-dev libbenchmark-dev
+    libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )
 
 usage() { sed -n '4,8s/^# \{0,1\}//p' "$0"; }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/Steps.h"
+#include "framework/levels/SameBits.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace trovik {
@@ -79,8 +79,7 @@ private:
             const Vector position = mesh.Position(v);
             const PackedNormal normal =
                 v < mesh.vertexNormals.fill ? mesh.vertexNormals.array[v] : copy.normals[v];
-            if (std::memcmp(&position, &copy.positions[v], sizeof position) == 0 &&
-                std::memcmp(&normal, &copy.normals[v], sizeof normal) == 0)
+            if (SameBits(position, copy.positions[v]) && SameBits(normal, copy.normals[v]))
                 continue;
             const std::size_t kept = copy.vertices.size();
             copy.vertices.push_back(v);

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/SculptLayer.h"
 
+#include "framework/levels/SameBits.h"
+
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 #include <utility>
 
 namespace trovik {
 
 namespace {
-
-bool SameBits(const Vector& a, const Vector& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 /// The layer has no offset for the vertex, and the vertex lies at its rest.
 bool IsAtRest(const SculptLayer::State& state) {

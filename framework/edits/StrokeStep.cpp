@@ -2,6 +2,7 @@
 #include "framework/edits/StrokeStep.h"
 
 #include "framework/levels/LevelGeometry.h"
+#include "framework/levels/SameBits.h"
 
 #include <cassert>
 #include <cstring>
@@ -10,17 +11,14 @@ namespace trovik {
 
 namespace {
 
-bool SameBits(const void* a, const void* b, std::size_t size) {
-    return std::memcmp(a, b, size) == 0;
-}
-
 /// Position and normal differ in some bit from those of the record.
 bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
     const Vertex& vertex = mesh.vertices.array[record.vertexIndex];
-    if (!SameBits(&vertex.x, record.originalPosition, sizeof record.originalPosition)) return true;
+    if (std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
+        return true;
     if (record.vertexIndex >= mesh.vertexNormals.fill) return false;
     const PackedNormal& normal = mesh.vertexNormals.array[record.vertexIndex];
-    return !SameBits(&normal.x, &record.originalNormal.x, 3 * sizeof normal.x);
+    return std::memcmp(&normal.x, &record.originalNormal.x, 3 * sizeof normal.x) != 0;
 }
 
 }  // namespace
@@ -40,7 +38,7 @@ std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
             if (layer != nullptr) {
                 const SculptLayer::State& now = layer->StateOfSlot(record.layerSlot);
                 // What was only seen is no change of the layer.
-                changed = changed || !SameBits(&now.offset, &before->state.offset, sizeof(Vector));
+                changed = changed || !SameBits(now.offset, before->state.offset);
                 if (changed) step->layerEntries.push_back({record.layerSlot, before->state});
             }
             // A record whose making failed after its slot was reserved leaves a second entry.
@@ -90,7 +88,7 @@ void StrokeStep::Apply(LevelGeometry& geometry) {
 
     if (SculptLayer* alive = layer == nullptr ? nullptr : *layer) {
         const float strength = alive->Strength();
-        const bool sameStrength = SameBits(&strength, &layerStrength, sizeof strength);
+        const bool sameStrength = SameBits(strength, layerStrength);
         for (LayerEntry& entry : layerEntries) {
             alive->SwapState(entry.slot, entry.state);
             if (!sameStrength) alive->Compose(entry.slot);

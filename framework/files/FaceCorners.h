@@ -11,12 +11,12 @@
 namespace trovik {
 
 /// A face of more corners than this is taken for damage: no modeller makes one.
-inline constexpr std::size_t MaxFaceCorners = 1'000'000;
+inline constexpr std::size_t maxFaceCorners = 1'000'000;
 
 /// The vertex that a face names twice, if there is one.
 inline std::optional<std::uint32_t> RepeatedVertex(std::span<const std::uint32_t> corners) {
-    constexpr std::size_t FewCorners = 16;
-    if (corners.size() <= FewCorners) {
+    constexpr std::size_t fewCorners = 16;
+    if (corners.size() <= fewCorners) {
         for (std::size_t i = 1; i < corners.size(); ++i) {
             for (std::size_t j = 0; j < i; ++j) {
                 if (corners[i] == corners[j]) {

@@ -26,11 +26,11 @@ std::string NewNameBeside(const std::string& target) {
     const std::string mark =
         "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".part";
     // Most file systems end names at 255 bytes; a target of such a name still gets its new file.
-    constexpr std::size_t MaxNameBytes = 255;
+    constexpr std::size_t maxNameBytes = 255;
     std::string stem = path.stem().string();
-    if (stem.size() + mark.size() + extension.size() > MaxNameBytes) {
+    if (stem.size() + mark.size() + extension.size() > maxNameBytes) {
         const std::size_t rest = mark.size() + extension.size();
-        stem.resize(rest < MaxNameBytes ? MaxNameBytes - rest : 0);
+        stem.resize(rest < maxNameBytes ? maxNameBytes - rest : 0);
     }
     return (path.parent_path() / (stem + mark + extension)).string();
 }
@@ -93,8 +93,8 @@ std::uint64_t RegularFileSize(const std::string& path) {
     return static_cast<std::uint64_t>(status.st_size);
 }
 
-FileReplacement::FileReplacement(const std::string& path_)
-    : path(path_), targetPath(FollowLinks(path_)) {
+FileReplacement::FileReplacement(const std::string& filePath)
+    : path(filePath), targetPath(FollowLinks(filePath)) {
     std::optional<mode_t> presentMode;
     struct stat status = {};
     if (stat(targetPath.c_str(), &status) == 0) {
@@ -107,11 +107,11 @@ FileReplacement::FileReplacement(const std::string& path_)
         presentMode = status.st_mode & 07777;
     }
 
-    constexpr mode_t AnyNewFile = 0666;
+    constexpr mode_t anyNewFile = 0666;
     int file = -1;
     do {
         temporaryPath = NewNameBeside(targetPath);
-        file = open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, AnyNewFile);
+        file = open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anyNewFile);
     } while (file < 0 && errno == EEXIST);
     if (file < 0) {
         ThrowFileError("write", path, errno);

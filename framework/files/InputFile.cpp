@@ -18,7 +18,8 @@ constexpr std::size_t ReadBytes = std::size_t{1} << 20;
 
 }  // namespace
 
-InputFile::InputFile(const std::string& path_) : path(path_), size(RegularFileSize(path_)) {
+InputFile::InputFile(const std::string& filePath)
+    : path(filePath), size(RegularFileSize(filePath)) {
     file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
         ThrowFileError("read", path, errno);

@@ -120,9 +120,8 @@ protected:
                     AddVector(rest, "vertex", mesh.positions);
                 } else if (keyword == "vn") {
                     AddVector(rest, "normal", mesh.normals);
-                } else if (keyword == "o" || keyword == "g") {
-                    return HandOut();
-                } else if (keyword == "f" && CheckFaceText(rest)) {
+                } else if (keyword == "o" || keyword == "g" ||
+                           (keyword == "f" && CheckFaceText(rest))) {
                     return HandOut();
                 }
             }
@@ -219,9 +218,9 @@ private:
         }
         if (corners < 3) {
             Refuse("face has " + std::to_string(corners) + " corners, but 3 are needed");
-        } else if (corners > MaxFaceCorners) {
+        } else if (corners > maxFaceCorners) {
             Refuse("face has " + std::to_string(corners) + " corners, but at most " +
-                   std::to_string(MaxFaceCorners) + " are read");
+                   std::to_string(maxFaceCorners) + " are read");
         }
         return trouble.empty();
     }

@@ -308,12 +308,12 @@ private:
 
     void ReadFace(const PlyProperty& property, const Row& row) {
         const std::uint64_t length = ReadLength(property, row);
-        if (length < 3 || length > MaxFaceCorners) {
+        if (length < 3 || length > maxFaceCorners) {
             Refuse(file,
                    body.Place(),
                    row,
                    "a face of " + std::to_string(length) + " corners is outside 3 to " +
-                       std::to_string(MaxFaceCorners));
+                       std::to_string(maxFaceCorners));
         }
         for (std::uint64_t i = 0; i < length; ++i) {
             const std::int64_t vertex = body.Whole(property.type, row);

@@ -4,18 +4,16 @@
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelRefiner.h"
+#include "framework/levels/SameBits.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace trovik {
 
 namespace {
 
 constexpr uint64_t mostElements = 0xfffffffeu;
-
-bool SameBits(const Vector& a, const Vector& b) { return std::memcmp(&a, &b, sizeof(a)) == 0; }
 
 }  // namespace
 

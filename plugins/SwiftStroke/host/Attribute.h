@@ -98,6 +98,7 @@ private:
 template <typename T>
 struct AttributeValue {};
 
+// T is a type, which cannot stand in parentheses. NOLINTBEGIN(bugprone-macro-parentheses)
 #define TROVIK_ATTRIBUTE_VALUE(T, number)                \
     template <>                                          \
     struct TROVIK_API AttributeValue<T> {                \
@@ -106,6 +107,7 @@ struct AttributeValue {};
         static bool FromText(const QString& text, T& v); \
         static void Transfer(Stream& stream, T& value);  \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 TROVIK_ATTRIBUTE_VALUE(int, 1);
 TROVIK_ATTRIBUTE_VALUE(float, 2);
 TROVIK_ATTRIBUTE_VALUE(bool, 3);

@@ -18,6 +18,7 @@ namespace trovik {
 template <typename T>
 class Store : public Block {
 public:
+    // T may be a pointer. NOLINTNEXTLINE(bugprone-sizeof-expression)
     explicit Store(const char* name = "unknown")
         : Block(name, static_cast<uint32_t>(sizeof(T))), self(this) {}
     ~Store() { Clear(); }
@@ -58,7 +59,7 @@ public:
             Block::UnregisterMemoryBlock(bytes);
             return false;
         }
-        if (capacity != 0) {
+        if (array != nullptr) {
             Block::UnregisterMemoryBlock(static_cast<int64_t>(capacity) * elementSize);
             const uint32_t kept = n < capacity ? n : capacity;
             if (plainCopy) {
