@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Vector.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <random>
+
+namespace trovik::test {
+
+/// Numbers that are the same on every machine: the generator is fixed by the language, and its
+/// words are turned into floats here.
+class RandomNumbers {
+public:
+    explicit RandomNumbers(uint32_t seed) : words(seed) {}
+
+    /// 0 to count - 1.
+    uint32_t Below(uint32_t count) { return Word() % count; }
+    /// From `low` up to but not including `high`.
+    float Between(float low, float high) {
+        return low + (high - low) * (static_cast<float>(Word() >> 8) / 16777216.0f);
+    }
+    bool Chance(float share) { return Between(0.0f, 1.0f) < share; }
+    Vector In(float low, float high) {
+        const float x = Between(low, high);
+        const float y = Between(low, high);
+        return {x, y, Between(low, high)};
+    }
+    template <typename T>
+    T OneOf(std::initializer_list<T> values) {
+        return values.begin()[Below(static_cast<uint32_t>(values.size()))];
+    }
+
+private:
+    uint32_t Word() { return static_cast<uint32_t>(words()); }
+    std::mt19937 words;
+};
+
+}  // namespace trovik::test

@@ -1,0 +1,321 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/random/RandomStroke.h"
+
+#include "brush/Registration.h"
+#include "framework/brushes/Falloff.h"
+#include "framework/nodes/HostScene.h"
+#include "tests/brush/ToolRows.h"
+#include "tests/meshes/MeshZoo.h"
+#include "tests/stamps/StampBench.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+
+namespace trovik::test {
+
+namespace {
+
+const std::vector<ZooMesh>& Meshes() {
+    static const std::vector<ZooMesh> meshes = [] {
+        std::vector<ZooMesh> all = AllMeshes();
+        all.push_back({"sphere", SphereQuads(1)});
+        // Often enough that the path over vertices is run as much as that over patches.
+        for (int i = 0; i < 4; ++i)
+            for (ZooMesh& mesh : TriangleMeshes()) all.push_back(std::move(mesh));
+        return all;
+    }();
+    return meshes;
+}
+
+Placement& CameraPlace() {
+    auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
+    scene->SetActiveCamera(nullptr);
+    return scene->OwnCamera().Place();
+}
+
+void DrawPlace(RandomNumbers& random, Placement& place) {
+    const Vector turn = random.In(-180.0f, 180.0f);
+    const Vector move = random.In(-10.0f, 10.0f);
+    switch (random.Below(6)) {
+        case 0:
+        case 1:
+            return;
+        case 2: {
+            const float scale = random.OneOf({0.01f, 0.5f, 2.0f, 30.0f});
+            place.Set({scale, scale, scale}, turn, move);
+            return;
+        }
+        case 3:
+            // Half a turn by two mirrored axes.
+            place.Set({-1.0f, -2.0f, 1.0f}, turn, move);
+            return;
+        case 4:
+            place.Set({random.OneOf({0.0f, 1.0f}), 1.0f, random.Between(0.5f, 2.0f)}, turn, move);
+            return;
+        default:
+            place.Set(random.In(0.1f, 4.0f), turn, move);
+            return;
+    }
+}
+
+}  // namespace
+
+HostSwitches::HostSwitches() { HostKernel::Instance(); }
+
+HostSwitches::~HostSwitches() {
+    HostKernel::Instance().SetTestMode(false);
+    for (const Preferences::Bool* off :
+         {&useOriginalDataForFlatten, &useVertexWeightsForFlatten, &waxFillsOnly, &waxScrapesOnly})
+        off->attribute->SetValue(false, true);
+    renderSwiftStroke.attribute->SetValue(true, true);
+    CheckableFloatArray::s_bActive = false;
+    CameraPlace().Set({1.0f, 1.0f, 1.0f}, {}, {});
+}
+
+void HostSwitches::Draw(RandomNumbers& random) {
+    HostKernel::Instance().SetTestMode(random.Chance(0.2f));
+    for (const Preferences::Bool* preference :
+         {&useOriginalDataForFlatten, &useVertexWeightsForFlatten, &waxFillsOnly, &waxScrapesOnly})
+        preference->attribute->SetValue(random.Chance(0.3f), true);
+    renderSwiftStroke.attribute->SetValue(random.Chance(0.8f), true);
+    CameraPlace().Set({1.0f, 1.0f, 1.0f}, {}, random.In(-6.0f, 6.0f));
+}
+
+RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
+    const ZooMesh& zoo = Meshes()[random.Below(static_cast<uint32_t>(Meshes().size()))];
+    const uint32_t levels = random.Below(4);
+    bench = std::make_unique<StrokeBench>(zoo.mesh, levels);
+    if (random.Chance(0.2f)) bench->geometry->BindLevel(random.Below(levels + 1));
+    LevelMesh& mesh = bench->Mesh();
+
+    AxisAlignedBoundingBox box;
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) box.Extend(mesh.Position(v));
+    const Vector low(box.minX, box.minY, box.minZ);
+    const Vector high(box.maxX, box.maxY, box.maxZ);
+    extent = (high - low).Length();
+    middle = (low + high) * 0.5f;
+    if (random.Chance(0.7f)) {
+        for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
+            mesh.SetPosition(v, mesh.Position(v) + random.In(-0.02f, 0.02f) * extent);
+        mesh.ComputeNormals();
+    }
+    if (random.Chance(0.3f)) {
+        for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
+            if (random.Chance(0.5f)) mesh.SetFreeze(v, static_cast<uint8_t>(random.Below(128)));
+    }
+    DrawPlace(random, bench->geometry->Place());
+    if (random.Chance(0.4f)) {
+        SculptLayer& layer = bench->AddLayer();
+        if (random.Chance(0.4f)) layer.SetStrength(random.OneOf({0.0f, 0.5f, -1.0f, 2.0f}));
+    }
+    for (uint32_t i = random.Below(3); i > 0; --i) bench->AddRenderer(random.OneOf({0.0f, 1.0f}));
+
+    std::ostringstream text;
+    text << zoo.name << ", level " << bench->geometry->BoundIndex() << " of " << levels
+         << (bench->layer != nullptr ? ", layer" : "");
+    story = text.str();
+}
+
+void RandomBench::DrawTool() {
+    SwiftStroke& brush = *bench->brush;
+    tool = allTools[random.Below(allTools.size())];
+    bench->Activate(tool, static_cast<int>(random.Below(9)));
+    if (random.Chance(0.15f)) {
+        std::vector<float> samples;
+        for (uint32_t i = random.Below(6); i > 0; --i)
+            samples.push_back(random.Between(0.0f, 1.0f));
+        SetFalloffSamples(brush, samples);
+    }
+    brush.directionAttribute.SetValue(static_cast<int>(random.Below(13)), true);
+    brush.buildUpRate.SetValue(random.OneOf({0.0f, 0.25f, 0.5f, 1.0f}), true);
+    brush.bilinearSample.SetValue(random.Chance(0.5f), true);
+    brush.globalPlane.SetValue(random.Chance(0.3f), true);
+    brush.updatePlane.SetValue(random.Chance(0.7f), true);
+    brush.affectAllLayers.SetValue(random.Chance(0.6f), true);
+    brush.Settings().strengthBias = random.OneOf({0.0f, 50.0f, 100.0f});
+    const bool byAngle = random.Chance(0.2f);
+    const float angle = random.Between(0.0f, 120.0f);
+    brush.SetFalloffBasedOnFacingAngle(byAngle, angle, random.OneOf({0.0f, 20.0f, 90.0f}));
+}
+
+Matrix RandomBench::DrawStampMatrix() {
+    Matrix m;
+    switch (random.Below(5)) {
+        case 0:
+            return m;
+        case 1:
+            // All of the mesh on one pixel: no inverse.
+            for (int k = 0; k < 3; ++k) m.m[k][k] = 0.0f;
+            return m;
+        default:
+            break;
+    }
+    const float pixels = random.OneOf({1.0f, 8.0f, 300.0f}) / extent;
+    for (auto& row : m.m) {
+        const Vector v = random.In(-pixels, pixels);
+        row[0] = v.x;
+        row[1] = v.y;
+        row[2] = v.z;
+    }
+    const Vector start = random.In(-4.0f, 4.0f);
+    m.m[3][0] = start.x;
+    m.m[3][1] = start.y;
+    m.m[3][2] = start.z;
+    if (random.Chance(0.3f)) {
+        // A perspective whose vanishing plane stays clear of the mesh.
+        const Vector tilt = random.In(-0.05f, 0.05f) * (1.0f / extent);
+        m.m[0][3] = tilt.x;
+        m.m[1][3] = tilt.y;
+        m.m[2][3] = tilt.z;
+        m.m[3][3] = 1.0f - (middle | tilt);
+    }
+    return m;
+}
+
+void RandomBench::DrawStamp() {
+    SwiftStroke& brush = *bench->brush;
+    const uint32_t kind = random.Below(6);
+    if (kind < 3) return;
+    if (kind == 3) {
+        brush.SetStamp(true, QStringLiteral("not loaded"));
+        return;
+    }
+    const uint32_t width = 1 + random.Below(9);
+    const uint32_t height = random.Below(7);
+    std::vector<float> pixels;
+    for (uint32_t i = 0; i < width * height * 3; ++i) pixels.push_back(random.Between(-1.0f, 1.0f));
+    TestImage& image = GiveStamp(brush,
+                                 kind == 4 ? QStringLiteral("plain") : QStringLiteral("ear_vdm"),
+                                 width,
+                                 height,
+                                 pixels);
+    image.kind = static_cast<int>(random.Below(2));
+    BrushOperation::Private& settings = brush.Settings();
+    settings.stampMatrix = DrawStampMatrix();
+    settings.stampTiled = random.Chance(0.5f);
+    settings.stampInverted = random.Chance(0.4f);
+    settings.stampBuildUp = random.Chance(0.5f);
+    settings.stampFactor = random.OneOf({0.0f, -1.0f, 0.5f, 1.0f});
+    settings.stampOffset = random.OneOf({0.0f, 0.25f, -0.5f});
+    settings.mirroredStampRead = random.Chance(0.5f);
+}
+
+void RandomBench::DrawMirror() {
+    mirrored = random.Chance(0.3f);
+    MirrorConfiguration mirror;
+    if (mirrored) {
+        mirror.SetMirrorMode(
+            random.OneOf({MirrorConfiguration::PlaneX, MirrorConfiguration::Topological}));
+        Matrix map;
+        map.m[0][0] = -1.0f;
+        map.m[3][0] = 2.0f * middle.x;
+        mirror.SetPointMap(map);
+    }
+    bench->brush->SetMirrorConfig(mirror);
+}
+
+SurfacePoint RandomBench::DrawHit() {
+    LevelMesh& mesh = bench->Mesh();
+    switch (random.Below(4)) {
+        case 0:
+            return bench->HitVertex(random.Below(mesh.VertexCount()));
+        case 1: {
+            // A hit that the surface has left since.
+            SurfacePoint hit = bench->HitFace(random.Below(mesh.faceCount));
+            hit.position += random.In(-0.1f, 0.1f) * extent;
+            return hit;
+        }
+        default:
+            return bench->HitFace(random.Below(mesh.faceCount));
+    }
+}
+
+float RandomBench::DrawRadius() {
+    switch (random.Below(8)) {
+        case 0:
+            return 0.0f;
+        case 1:
+            return extent * 1e-6f;
+        case 2:
+            return extent * random.OneOf({3.0f, 1e6f});
+        default:
+            return extent * random.Between(0.05f, 0.8f);
+    }
+}
+
+float RandomBench::DrawStrength() {
+    if (random.Chance(0.05f)) return 0.0f;
+    switch (tool) {
+        case Tool::Pinch:
+        case Tool::Smooth:
+        case Tool::Amplify:
+        case Tool::Flatten:
+        case Tool::Scrape:
+        case Tool::Fill:
+            return random.Between(1.0f, 100.0f);
+        default:
+            return random.Between(0.0f, 0.3f) * extent;
+    }
+}
+
+void RandomBench::Dab(const SurfacePoint& hit) {
+    AxisAlignedBoundingBox box;
+    const Vector center = random.Chance(0.9f)
+                              ? bench->WorldOf(hit.position)
+                              : bench->WorldOf(hit.position + random.In(-1.0f, 1.0f));
+    const float radius = DrawRadius();
+    const float pressure = random.Between(0.0f, 1.0f);
+    bench->brush->ApplyDab(hit, center, radius, pressure, DrawStrength(), box);
+}
+
+void RandomBench::DabWithMirror() {
+    SwiftStroke& brush = *bench->brush;
+    SurfacePoint hit = DrawHit();
+    if (random.Chance(0.8f))
+        brush.SetPreviousPatchPosition(hit.position + random.In(-0.1f, 0.1f) * extent);
+    else
+        brush.SetPreviousPatchPosition({});
+    Dab(hit);
+    if (!mirrored) return;
+    hit = DrawHit();
+    hit.mirror = true;
+    Dab(hit);
+}
+
+void RandomBench::ApplyToAll() {
+    const float strength = DrawStrength();
+    bench->brush->ApplyToWholeMesh(&bench->Mesh(), strength, random.Chance(0.5f));
+}
+
+void RandomBench::Stroke() {
+    DrawTool();
+    DrawStamp();
+    DrawMirror();
+    const auto modifier = random.OneOf({BrushOperation::ModifierNone,
+                                        BrushOperation::ModifierNone,
+                                        BrushOperation::ModifierSmooth,
+                                        BrushOperation::ModifierInvert});
+    const bool withoutBegin = random.Chance(0.05f);
+    SwiftStroke& brush = *bench->brush;
+    std::ostringstream text;
+    text << "; " << toolNames[static_cast<std::size_t>(tool)] << " direction " << brush.Direction()
+         << " modifier " << modifier << (brush.IsMaskEnabled(-1) ? " stamp" : "")
+         << (mirrored ? " mirror" : "");
+    story += text.str();
+
+    if (withoutBegin) {
+        ApplyToAll();
+    } else {
+        bench->Begin(modifier);
+        for (uint32_t dabs = 1 + random.Below(4); dabs > 0; --dabs) {
+            if (random.Chance(0.1f))
+                ApplyToAll();
+            else
+                DabWithMirror();
+        }
+    }
+    bench->End();
+}
+
+}  // namespace trovik::test
