@@ -238,6 +238,16 @@ TEST_F(Sampling, BrushWithoutARadiusTakesOneStep) {
     EXPECT_EQ(Touched().size(), 16u);
 }
 
+TEST_F(Sampling, VertexAtTheCentreOfABrushWithoutARadiusIsNoSample) {
+    Open(3, 0);
+    SurfacePoint hit = HitCell(1, 1, 0, 0.0f, {1.0f, 1.0f, 0.0f});
+    hit.normal = Vector(0.6f, 0.0f, 0.8f);
+    Brush().SamplePlane(hit);
+    ExpectNear(Brush().directions[0], hit.normal, 1e-6f);
+    EXPECT_EQ(Brush().planePoints[0], Vector());
+    EXPECT_EQ(Brush().planeDistances[0], 0.0f);
+}
+
 TEST_F(Sampling, CrossReadsFirstTouchAndNotThePresent) {
     Open(3);
     const Vector centre(1.6f, 1.4f, 0.0f);

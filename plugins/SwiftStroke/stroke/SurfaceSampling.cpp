@@ -78,7 +78,9 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
             const Vector p(
                 record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]);
             const float weight = 1.0f - inverseRadius * (p - localCenter).Length();
-            if (weight < 0.0f) break;
+            // Of no radius even the vertex at the centre has no weight: zero times infinity is no
+            // number, and must not become the direction.
+            if (!(weight >= 0.0f)) break;
             normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;
             positionSum = positionSum + HWVector(p) * weight;
             weightSum += weight;
