@@ -58,6 +58,15 @@ TEST_F(Sampling, VertexWeightsGiveTheRimZeroAndItStillCounts) {
     EXPECT_EQ(brush.planeSampleWeight, 1.0f);
 }
 
+TEST_F(Sampling, VertexAtTheCentreOfABrushWithoutARadiusWeighsOne) {
+    const PreferenceGuard guard(useVertexWeightsForFlatten, true);
+    brush.setRadius(0.0f);
+    EXPECT_TRUE(brush.SamplePlaneVertex(At(2, 2)));
+    EXPECT_EQ(brush.planeSampleWeight, 1.0f);
+    EXPECT_EQ(brush.planeSamplePositionSum, Vector(2.0f, 2.0f, 0.0f));
+    EXPECT_FALSE(brush.SamplePlaneVertex(At(3, 2)));
+}
+
 TEST_F(Sampling, VertexOutOfReachIsMarkedAllTheSame) {
     EXPECT_FALSE(brush.SamplePlaneVertex(At(4, 4)));
     EXPECT_EQ(mesh.vertices.array[At(4, 4)].changeLink, mesh.visitStamp);

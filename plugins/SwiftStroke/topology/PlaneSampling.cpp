@@ -43,7 +43,9 @@ bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
     if (distanceSquared > radiusSquared) return false;
 
     float weight = 1.0f;
-    if (useVertexWeightsForFlatten) weight = 1.0f - std::sqrt(distanceSquared) / radius;
+    // Of no radius only a vertex at the centre comes here, and 0 / 0 would be no number.
+    if (useVertexWeightsForFlatten && radius != 0.0f)
+        weight = 1.0f - std::sqrt(distanceSquared) / radius;
     PackedNormal normal;
     Vector position;
     if (useOriginalDataForFlatten) {
