@@ -46,12 +46,15 @@ void DrawPlace(RandomNumbers& random, Placement& place) {
             place.Set({scale, scale, scale}, turn, move);
             return;
         }
-        case 3:
-            // Half a turn by two mirrored axes.
-            place.Set({-1.0f, -2.0f, 1.0f}, turn, move);
+        case 3: {
+            const float x = random.OneOf({-1.0f, 1.0f});
+            const float y = random.OneOf({-2.0f, -1.0f, 1.0f});
+            place.Set({x, y, random.OneOf({-1.0f, 1.0f})}, turn, move);
             return;
+        }
         case 4:
-            place.Set({random.OneOf({0.0f, 1.0f}), 1.0f, random.Between(0.5f, 2.0f)}, turn, move);
+            // Flat in the world.
+            place.Set({random.OneOf({0.0f, 1.0f}), 1.0f, 0.0f}, turn, move);
             return;
         default:
             place.Set(random.In(0.1f, 4.0f), turn, move);

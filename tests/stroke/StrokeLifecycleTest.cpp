@@ -157,6 +157,17 @@ TEST(StrokeBegin, MeshScaleGivesStrengthAndInverseScale) {
     EXPECT_EQ(brush.strokeStrengthScale, 1.0f);
 }
 
+TEST(StrokeBegin, MirroredMeshTakesTheStepsOfOneThatIsNot) {
+    StrokeBench bench(FlatGrid(2));
+    for (const Vector& scale :
+         {Vector(-2.0f, 2.0f, 2.0f), Vector(-2.0f, -2.0f, 2.0f), Vector(-2.0f, -2.0f, -2.0f)}) {
+        bench.geometry->Place().Set(scale, {}, {});
+        bench.Begin();
+        EXPECT_NEAR(bench.brush->strokeStrengthScale, 0.5f, 1e-6f);
+        bench.End();
+    }
+}
+
 TEST(StrokeBegin, WithoutAMeshTheFirstDabBinds) {
     StrokeBench bench(FlatGrid(2));
     bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {});

@@ -302,12 +302,16 @@ TEST_P(WholeStroke, UnderNonUniformScale) {
 }
 
 TEST_P(WholeStroke, UnderAMirroringTransformation) {
-    StrokeBench bench(Cube(), 3);
-    bench.geometry->Place().Set({-1.0f, -1.0f, -1.0f}, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
-    const float extent = Extent(bench.Mesh());
-    Roughen(bench.Mesh(), 0.02f * extent);
-    StrokeOver(bench, tool, 0, 0.4f * extent);
-    EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
+    for (const Vector& scale : {Vector(-1.0f, -1.0f, -1.0f),
+                                Vector(-2.0f, 2.0f, 2.0f),
+                                Vector(-1.0f, -0.5f, -2.0f),
+                                Vector(1.0f, -1.0f, -1.0f)}) {
+        StrokeBench bench(Cube(), 3);
+        bench.geometry->Place().Set(scale, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
+        const float extent = Extent(bench.Mesh());
+        Roughen(bench.Mesh(), 0.02f * extent);
+        EXPECT_FALSE(CheckedStroke(bench, tool, 0, 0.4f * extent).empty());
+    }
 }
 
 TEST_P(WholeStroke, WithModifiers) {

@@ -62,7 +62,8 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         brushSpace->inverseScale =
             volume == 0.0f ? HWVector(Vector(1.0f, 1.0f, 1.0f))
                            : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
-        const float side = powf(volume, 0.33333334f);
+        // A mirrored mesh takes the same steps: no power of a negative volume is a number.
+        const float side = powf(std::fabs(volume), 0.33333334f);
         strokeStrengthScale = side;
         if (side != 0.0f) strokeStrengthScale = 1.0f / side;
     }
