@@ -56,8 +56,11 @@ trovik::Transformation* LevelGeometry::Transformation() const {
     return const_cast<Placement*>(&placement);
 }
 
-void LevelGeometry::Subdivide() {
-    if (bound + 1 != levels.size()) BindLevel(LevelCount() - 1);
+uint64_t LevelGeometry::CountNextLevelVertices() const {
+    return LevelRefiner(*levels.back()).CountFineVertices();
+}
+
+LevelMesh& LevelGeometry::AddLevel() {
     LevelMesh& coarse = *levels.back();
     LevelRefiner refiner(coarse);
     const uint64_t faces = static_cast<uint64_t>(coarse.faceCount) * coarse.CornersPerFace();
@@ -85,15 +88,28 @@ void LevelGeometry::Subdivide() {
     }
     std::fill_n(fine->vertexNormals.array, fine->vertexCount, PackedNormal{0, 0, 0, 0});
     refiner.RefineTopology(*fine);
-    LevelMesh& target = *fine;
-    refiner.RefinePositions(target, [&target](uint32_t vertex, const Vector& position) {
-        target.SetPosition(vertex, position);
-    });
-    CarryFreeze(coarse, target);
     levels.push_back(std::move(fine));
     seenPositions.emplace_back();
+    return *levels.back();
+}
+
+void LevelGeometry::Subdivide() {
+    if (bound + 1 != levels.size()) BindLevel(LevelCount() - 1);
+    LevelMesh& coarse = *levels.back();
+    LevelMesh& target = AddLevel();
+    LevelRefiner(coarse).RefinePositions(target,
+                                         [&target](uint32_t vertex, const Vector& position) {
+                                             target.SetPosition(vertex, position);
+                                         });
+    CarryFreeze(coarse, target);
     bound = LevelCount() - 1;
     target.ComputeNormals();
+}
+
+void LevelGeometry::Restore(uint32_t boundIndex, std::vector<std::vector<Vector>> seen) {
+    bound = boundIndex;
+    seenPositions = std::move(seen);
+    seenPositions.resize(levels.size());
 }
 
 // A new vertex takes the rounded mean of those it lies between.

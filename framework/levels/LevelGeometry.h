@@ -49,6 +49,17 @@ public:
     };
     std::vector<Moved> BindLevel(uint32_t index);
 
+    /// Number of vertices that one more level would have. Cost: O(faces).
+    uint64_t CountNextLevelVertices() const;
+    /// Adds a level on top with its topology alone, for who brings its content: positions, normals
+    /// and freeze amounts are zero, and no other level is bound. \throw HostError as Subdivide.
+    LevelMesh& AddLevel();
+    /// Positions of level `index` as the level above last saw them; empty while unchanged since.
+    const std::vector<Vector>& SeenPositions(uint32_t index) const { return seenPositions[index]; }
+    /// For who brings a geometry's content: binds the level, carries nothing up, and takes over
+    /// what the levels above last saw. \param seen  per level empty, or one a vertex.
+    void Restore(uint32_t boundIndex, std::vector<std::vector<Vector>> seen);
+
     /// One Catmull-Clark refinement of level `index`'s present positions: the positions that the
     /// level above would have with no detail of its own.
     std::vector<Vector> RefinedPositions(uint32_t index) const;

@@ -73,4 +73,12 @@ void Placement::SetMatrix(const Matrix& matrix) {
     if (((row(0) & row(1)) | row(2)) < 0.0f) scale.x = -scale.x;
 }
 
+void Placement::Restore(const Matrix& localToWorld,
+                        const Matrix& worldToLocal,
+                        const Vector& factors) {
+    toWorld = localToWorld;
+    toLocal = worldToLocal;
+    scale = factors;
+}
+
 }  // namespace trovik

@@ -22,6 +22,8 @@ public:
     /// Any affine matrix; the scale is told by the lengths of rows 0 to 2, negative for row 0 when
     /// the determinant is negative.
     void SetMatrix(const Matrix& matrix);
+    /// Takes over what another one holds, bit for bit; for who stored its three parts.
+    void Restore(const Matrix& localToWorld, const Matrix& worldToLocal, const Vector& factors);
 
 private:
     Matrix toWorld;

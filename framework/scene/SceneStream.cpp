@@ -32,7 +32,7 @@ SceneStream::SceneStream(uint32_t formatNumber) : storing(true), format(formatNu
 }
 
 SceneStream::SceneStream(std::vector<uint8_t> bytes)
-    : storing(false), format(0), data(std::move(bytes)) {
+    : storing(false), format(0), data(std::move(bytes)), size(data.size()) {
     char found[8] = {};
     if (data.size() < sizeof(magic))
         Fail(QStringLiteral("not a scene: shorter than its header"), __LINE__);
@@ -49,6 +49,25 @@ SceneStream::SceneStream(std::vector<uint8_t> bytes)
         Transfer(version);
         versions[name.toStdString()] = version;
     }
+}
+
+SceneStream SceneStream::Section() const {
+    SceneStream section(format);
+    section.versions = versions;
+    return section;
+}
+
+SceneStream SceneStream::Section(const uint8_t* bytes,
+                                 uint64_t sizeBytes,
+                                 uint64_t place,
+                                 QString what) const {
+    SceneStream section = Section();
+    section.storing = false;
+    section.borrowed = bytes;
+    section.size = sizeBytes;
+    section.origin = place;
+    section.title = std::move(what);
+    return section;
 }
 
 void SceneStream::SetClassVersion(const ClassDesc* classDesc, int version) {
@@ -100,20 +119,37 @@ int SceneStream::ClassVersion(const ClassDesc* classDesc) const {
     return found == versions.end() ? 0 : found->second;
 }
 
+void SceneStream::Expect(uint64_t count, uint64_t elementSize) const {
+    const uint64_t left = Remaining();
+    if (elementSize == 0 || count <= left / elementSize) return;
+    Fail(QStringLiteral("%1 ends at byte %2, where %3 more bytes were expected")
+             .arg(title)
+             .arg(origin + size)
+             .arg(static_cast<double>(count) * static_cast<double>(elementSize) -
+                      static_cast<double>(left),
+                  0,
+                  'f',
+                  0),
+         __LINE__);
+}
+
+void SceneStream::Skip(uint64_t bytes) {
+    Expect(bytes, 1);
+    position += bytes;
+}
+
+void SceneStream::ExpectEnd() const {
+    if (Remaining() != 0)
+        Fail(QStringLiteral("%1 holds %2 bytes too many").arg(title).arg(Remaining()), __LINE__);
+}
+
+void SceneStream::Refuse(const QString& reason) { Fail(reason, __LINE__); }
+
 void SceneStream::ReadElements(void* elements, uint32_t elementSize, uint64_t count) {
     assert(!storing);
-    const uint64_t left = Remaining();
-    if (elementSize != 0 && count > left / elementSize) {
-        Fail(QStringLiteral("the scene ends at byte %1, where %2 more bytes were expected")
-                 .arg(data.size())
-                 .arg(static_cast<double>(count) * elementSize - static_cast<double>(left),
-                      0,
-                      'f',
-                      0),
-             __LINE__);
-    }
+    Expect(count, elementSize);
     const std::size_t bytes = static_cast<std::size_t>(count) * elementSize;
-    if (bytes != 0) std::memcpy(elements, data.data() + position, bytes);
+    if (bytes != 0) std::memcpy(elements, Next(), bytes);
     position += bytes;
 }
 

@@ -92,25 +92,58 @@ ScriptResult ScriptRunner::Run() {
 }
 
 void ScriptRunner::SetUp(const FieldReader& script) {
+    if (script.Has("mesh") == script.Has("scene"))
+        throw HostError(path + ": /: a script opens one of \"mesh\" and \"scene\"");
+    if (script.Has("scene") && script.Has("levels"))
+        script.At("levels").Fail("a scene has its levels; the step \"subdivide\" adds more");
     HostKernel::Instance().SetTestMode(script.FlagOr("testMode", false));
     if (script.Has("memoryLimit"))
         MemoryAccount::SetLimit(script.At("memoryLimit").Json().get<int64_t>());
-    const fs::path mesh = fs::path(path).parent_path() / script.At("mesh").Text();
-    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh.string());
-    session = std::make_unique<SculptSession>(mesh.string());
+    if (script.Has("scene"))
+        OpenScene(script);
+    else
+        OpenMesh(script);
     if (script.Has("undoBudget"))
         session->Geometry().History().SetBudget(script.At("undoBudget").Json().get<uint64_t>());
     if (script.Has("preferences")) RunPreferences(script.At("preferences"));
     if (script.Has("transform")) RunTransform(script.At("transform"));
     if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
     session->Geometry().History().Clear();
-    session->View() =
-        ReadView(script.Has("camera") ? script.At("camera")
-                                      : FieldReader(nlohmann::json::object(), path, "/camera"),
-                 session->View());
-    session->UpdateCamera();
+    if (script.Has("camera") || !script.Has("scene")) {
+        session->View() =
+            ReadView(script.Has("camera") ? script.At("camera")
+                                          : FieldReader(nlohmann::json::object(), path, "/camera"),
+                     session->View());
+        session->UpdateCamera();
+    }
     if (script.Has("mirror")) RunMirror(script.At("mirror"));
-    if (!session->SelectTool("Sculpt")) throw HostError(path + ": the brush has no tool Sculpt");
+    if (session->Brush().ActiveConfiguration() == nullptr && !session->SelectTool("Sculpt"))
+        throw HostError(path + ": the brush has no tool Sculpt");
+}
+
+void ScriptRunner::OpenMesh(const FieldReader& script) {
+    const fs::path mesh = fs::path(path).parent_path() / script.At("mesh").Text();
+    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh.string());
+    session = std::make_unique<SculptSession>(mesh.string());
+}
+
+void ScriptRunner::OpenScene(const FieldReader& script) {
+    const fs::path scene = fs::path(path).parent_path() / script.At("scene").Text();
+    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + scene.string());
+    session = SculptSession::OpenScene(scene.string());
+    radius = session->Settings().radius;
+    spacing = session->Settings().spacing;
+    if (!progress.message) return;
+    for (const std::string& note : session->Notes()) progress.message(scene.string() + ": " + note);
+}
+
+void ScriptRunner::RunSave(const FieldReader& file) {
+    if (!IsScenePath(file.Text())) file.Fail("a scene file's name ends in .trovik");
+    session->Settings().radius = radius;
+    session->Settings().spacing = spacing;
+    const std::string target = OutputPath(file);
+    session->Save(target);
+    result.files.push_back(target);
 }
 
 void ScriptRunner::RunStep(const FieldReader& step) {
@@ -134,6 +167,7 @@ void ScriptRunner::RunStep(const FieldReader& step) {
                                      {"picture", &ScriptRunner::RunPicture},
                                      {"sheet", &ScriptRunner::RunSheet},
                                      {"export", &ScriptRunner::RunExport},
+                                     {"save", &ScriptRunner::RunSave},
                                      {"reset", &ScriptRunner::RunReset}};
     if (step.Size() == 2 && !(step.Has("tool") && step.Has("set")))
         step.Fail("a step is one thing; only \"tool\" takes \"set\" beside it");

@@ -44,6 +44,8 @@ private:
     using StepFunction = void (ScriptRunner::*)(const FieldReader&);
 
     void SetUp(const FieldReader& script);
+    void OpenMesh(const FieldReader& script);
+    void OpenScene(const FieldReader& script);
     void RunStep(const FieldReader& step);
     void RunTool(const FieldReader& name);
     void RunSettings(const FieldReader& settings);
@@ -61,6 +63,7 @@ private:
     void RunSheet(const FieldReader& sheet);
     void RunExport(const FieldReader& options);
     void RunReset(const FieldReader& flag);
+    void RunSave(const FieldReader& file);
     void RunPreferences(const FieldReader& preferences);
 
     void SetFalloff(const FieldReader& falloff);

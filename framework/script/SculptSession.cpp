@@ -45,6 +45,29 @@ SculptSession::SculptSession(const std::string& meshPath)
     BuildGeometry();
 }
 
+SculptSession::SculptSession(const std::string& scenePath,
+                             std::unique_ptr<BrushOperation> sceneBrush)
+    : path(scenePath), brush(std::move(sceneBrush)) {
+    LoadedScene scene = LoadScene(scenePath, brush.get());
+    loaded = std::move(scene.imported);
+    geometry = std::move(scene.geometry);
+    layers = std::move(scene.layers);
+    settings = std::move(scene.settings);
+    notes = std::move(scene.notes);
+    HostKernel::Instance().Scene()->AddGeometry(geometry.get());
+    RebuildLoop();
+    UpdateCamera();
+}
+
+std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scenePath) {
+    HostKernel::Instance();
+    return std::unique_ptr<SculptSession>(new SculptSession(scenePath, MakeBrush()));
+}
+
+void SculptSession::Save(const std::string& scenePath) {
+    SaveScene(scenePath, {*geometry, loaded, layers, *brush, settings});
+}
+
 SculptSession::~SculptSession() {
     if (loop != nullptr && loop->IsActive()) loop->End();
     HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
@@ -65,7 +88,7 @@ void SculptSession::RebuildLoop() {
     earlierTotals = Totals();
     tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
-    loop->SetMirrors(mirrorMode, mirrorMaps);
+    loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
 }
 
 void SculptSession::Reset() {
@@ -114,21 +137,21 @@ std::vector<std::string> SculptSession::ToolNames() const {
 
 // Every combination of the planes: two planes give three mirrored dabs.
 void SculptSession::SetMirrors(const std::vector<int>& axes) {
-    mirrorMaps.clear();
+    settings.mirrorMaps.clear();
     for (unsigned chosen = 1; chosen < 1u << axes.size(); ++chosen) {
         Matrix map;
         for (std::size_t k = 0; k < axes.size(); ++k)
             if ((chosen >> k & 1u) != 0) map.m[axes[k]][axes[k]] = -1.0f;
-        mirrorMaps.push_back(map);
+        settings.mirrorMaps.push_back(map);
     }
-    mirrorMode = axes.empty()       ? static_cast<int>(MirrorConfiguration::Off)
-                 : axes.size() == 1 ? axes[0] + 1
-                                    : severalPlanes;
-    loop->SetMirrors(mirrorMode, mirrorMaps);
+    settings.mirrorMode = axes.empty()       ? static_cast<int>(MirrorConfiguration::Off)
+                          : axes.size() == 1 ? axes[0] + 1
+                                             : severalPlanes;
+    loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
 }
 
 void SculptSession::UpdateCamera() {
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(view.ToWorld());
+    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(settings.view.ToWorld());
 }
 
 void SculptSession::AddLayer(const std::string& name) {

@@ -4,6 +4,7 @@
 #include "framework/brushes/StrokePath.h"
 #include "framework/edits/SculptLayer.h"
 #include "framework/pictures/Picture.h"
+#include "framework/scene/SceneFile.h"
 
 #include <memory>
 #include <string>
@@ -17,6 +18,8 @@ class TROVIK_API SculptSession {
 public:
     /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.
     explicit SculptSession(const std::string& meshPath);
+    /// Opens a scene file and goes on where it was saved; see SaveScene for what it holds.
+    static std::unique_ptr<SculptSession> OpenScene(const std::string& scenePath);
     ~SculptSession();
     SculptSession(const SculptSession&) = delete;
     SculptSession& operator=(const SculptSession&) = delete;
@@ -25,9 +28,17 @@ public:
     BrushOperation& Brush() { return *brush; }
     StrokeLoop& Loop() { return *loop; }
     PatchTree& Tree() { return *tree; }
-    StrokeView& View() { return view; }
+    StrokeView& View() { return settings.view; }
+    /// Radius and spacing of the strokes to come are whoever strokes' to read and to keep here.
+    SceneSettings& Settings() { return settings; }
 
-    /// Puts the mesh back as it was loaded: level 0, no layers, no freeze, no undo.
+    /// Writes all but the undo history into a scene file. \throw HostError; the old file then is as
+    /// it was.
+    void Save(const std::string& scenePath);
+    /// What OpenScene had to leave out, one line each.
+    const std::vector<std::string>& Notes() const { return notes; }
+
+    /// Puts the mesh back as it was imported: level 0, no layers, no freeze, no undo.
     void Reset();
     void Subdivide();
     /// \return false for a level that does not exist.
@@ -64,6 +75,7 @@ public:
     const std::string& MeshPath() const { return path; }
 
 private:
+    SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
     void BuildGeometry();
     void RebuildLoop();
 
@@ -75,9 +87,8 @@ private:
     std::unique_ptr<StrokeLoop> loop;
     std::vector<std::unique_ptr<SculptLayer>> layers;
     StrokeTotals earlierTotals;
-    StrokeView view;
-    int mirrorMode = 0;
-    std::vector<Matrix> mirrorMaps;
+    SceneSettings settings;
+    std::vector<std::string> notes;
 };
 
 }  // namespace trovik

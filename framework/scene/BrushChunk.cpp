@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/scene/BrushChunk.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/scene/NodeChunk.h"
+#include "framework/scene/SceneChunks.h"
+
+#include <cmath>
+#include <memory>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Keeps the settings of the active tool while the brush is lent those of others.
+class KeptSettings {
+public:
+    explicit KeptSettings(BrushOperation& lentBrush)
+        : brush(lentBrush),
+          active(brush.ActiveConfiguration()),
+          image(brush.Settings().stampImage),
+          imageName(brush.Settings().stampName) {
+        if (active == nullptr) return;
+        std::vector<uint8_t> before = std::move(brush.Settings().stored[active]);
+        brush.StoreConfiguration(active);
+        present = std::exchange(brush.Settings().stored[active], std::move(before));
+        if (brush.Settings().stored[active].empty()) brush.Settings().stored.erase(active);
+    }
+    ~KeptSettings() { Restore(); }
+    KeptSettings(const KeptSettings&) = delete;
+    KeptSettings& operator=(const KeptSettings&) = delete;
+
+    /// Gives the brush the settings of the active tool back.
+    void Restore() {
+        if (active == nullptr) return;
+        auto& stored = brush.Settings().stored;
+        const auto found = stored.find(active);
+        const bool had = found != stored.end();
+        std::vector<uint8_t> before = had ? std::move(found->second) : std::vector<uint8_t>();
+        stored[active] = present;
+        brush.RestoreConfiguration(active);
+        if (had)
+            stored[active] = std::move(before);
+        else
+            stored.erase(active);
+        brush.Settings().stampImage = image;
+        brush.Settings().stampName = imageName;
+    }
+
+private:
+    BrushOperation& brush;
+    BrushConfiguration* active;
+    std::shared_ptr<Image> image;
+    QString imageName;
+    std::vector<uint8_t> present;
+};
+
+void WriteTool(SceneStream& stream, BrushOperation& brush, const BrushConfiguration& tool) {
+    QString name = tool.Name();
+    static_cast<Stream&>(stream).Transfer(name);
+    SceneStream own = stream.Section();
+    brush.Serialize(own);
+    WriteList(stream, own.Data());
+}
+
+/// What belongs to no tool and is not in the brush's own data.
+struct CommonSettings {
+    uint8_t facing = 0;
+    float facingStart = 0.0f;
+    float facingRange = 0.0f;
+    uint8_t screenSpace = 0;
+    int32_t meshLocked = 0;
+
+    void Transfer(SceneStream& stream) {
+        stream.Transfer(facing);
+        stream.Transfer(facingStart);
+        stream.Transfer(facingRange);
+        stream.Transfer(screenSpace);
+        stream.Transfer(meshLocked);
+    }
+};
+
+void CheckBrush(const BrushOperation& brush) {
+    if (brush.FalloffData().fill == 0)
+        SceneStream::Refuse(QStringLiteral("a falloff curve has no samples"));
+}
+
+}  // namespace
+
+void WriteBrushChunk(SceneStream& stream, BrushOperation& brush) {
+    QString className = brush.RuntimeClass()->Name();
+    static_cast<Stream&>(stream).Transfer(className);
+    const BrushConfiguration* active = brush.ActiveConfiguration();
+    std::vector<const BrushConfiguration*> others;
+    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+        const BrushConfiguration* tool = BrushOperation::Configuration(i);
+        if (tool != active && brush.IsConfigurationInited(tool)) others.push_back(tool);
+    }
+    uint32_t count = static_cast<uint32_t>(others.size()) + (active == nullptr ? 0u : 1u);
+    stream.Transfer(count);
+    if (!others.empty()) {
+        KeptSettings kept(brush);
+        for (const BrushConfiguration* tool : others) {
+            brush.RestoreConfiguration(tool);
+            WriteTool(stream, brush, *tool);
+        }
+    }
+    if (active != nullptr) WriteTool(stream, brush, *active);
+    CommonSettings common;
+    common.facing = CheckableFloatArray::s_bActive ? 1 : 0;
+    common.facingStart = brush.facingAngleStart;
+    common.facingRange = brush.facingAngleRange;
+    common.screenSpace = brush.Settings().screenSpace ? 1 : 0;
+    common.meshLocked = brush.strokeMeshLocked;
+    common.Transfer(stream);
+}
+
+void ReadBrushChunk(SceneStream& stream,
+                    BrushOperation* brush,
+                    std::vector<std::string>& tools,
+                    std::vector<std::string>& notes) {
+    QString className;
+    static_cast<Stream&>(stream).Transfer(className);
+    if (brush != nullptr && className != brush->RuntimeClass()->Name()) {
+        notes.push_back("settings of the brush " + className.toStdString() +
+                        ", which is not the one at hand, were left out");
+        brush = nullptr;
+    }
+    if (brush != nullptr) RefuseNewerClass(stream, *brush->RuntimeClass());
+    uint32_t count = 0;
+    stream.Transfer(count);
+    for (uint32_t i = 0; i < count; ++i) {
+        QString tool;
+        static_cast<Stream&>(stream).Transfer(tool);
+        uint32_t bytes = 0;
+        stream.Transfer(bytes);
+        stream.Expect(bytes, 1);
+        tools.push_back(tool.toStdString());
+        if (brush != nullptr && brush->SetActiveConfiguration(tool)) {
+            SceneStream own = stream.Section(
+                stream.Next(), bytes, stream.Place(), QStringLiteral("tool ") + tool);
+            brush->Serialize(own);
+            own.ExpectEnd();
+            CheckBrush(*brush);
+        } else if (brush != nullptr) {
+            notes.push_back("settings of the tool " + tool.toStdString() +
+                            ", which the brush does not have, were left out");
+        }
+        stream.Skip(bytes);
+    }
+    CommonSettings common;
+    common.Transfer(stream);
+    if (!std::isfinite(common.facingStart) || !std::isfinite(common.facingRange))
+        SceneStream::Refuse(QStringLiteral("an angle of the facing fall-off is no number"));
+    if (brush == nullptr) return;
+    brush->Settings().screenSpace = common.screenSpace != 0;
+    brush->strokeMeshLocked = common.meshLocked;
+    brush->facingAngleStart = common.facingStart;
+    brush->facingAngleRange = common.facingRange;
+    CheckableFloatArray::s_bActive = common.facing != 0;
+}
+
+}  // namespace trovik

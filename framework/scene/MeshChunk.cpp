@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/scene/MeshChunk.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/levels/BaseLevel.h"
+#include "framework/scene/SceneChunks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Parts of a level that only some have.
+enum LevelParts : uint32_t {
+    HasFreeze = 1,
+    HasFaceFlags = 2,
+    HasSeen = 4,
+    IsNotLockable = 8,
+    AllParts = 15
+};
+
+struct PlacedVertex {
+    uint32_t vertex;
+    Vector position;
+};
+static_assert(sizeof(PlacedVertex) == 16);
+
+bool IsFinite(const Vector& p) {
+    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+bool SameBits(const Vector& a, const Vector& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+std::vector<Vector> PositionsOf(const LevelMesh& level) {
+    std::vector<Vector> positions(level.VertexCount());
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);
+    return positions;
+}
+
+/// The vertices that lie elsewhere than in the level.
+template <typename PositionOf>
+std::vector<PlacedVertex> Differences(const LevelMesh& level, PositionOf positionOf) {
+    std::vector<PlacedVertex> list;
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        const Vector position = positionOf(v);
+        if (!SameBits(position, level.Position(v))) list.push_back({v, position});
+    }
+    return list;
+}
+
+/// Positions of the level but for those in the list that follows.
+std::vector<Vector> ReadDifferences(SceneStream& stream, const LevelMesh& level) {
+    std::vector<Vector> positions = PositionsOf(level);
+    for (const PlacedVertex& entry : ReadList<PlacedVertex>(stream)) {
+        if (entry.vertex >= positions.size())
+            SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(entry.vertex));
+        if (!IsFinite(entry.position))
+            SceneStream::Refuse(QStringLiteral("vertex %1 lies at no number").arg(entry.vertex));
+        positions[entry.vertex] = entry.position;
+    }
+    return positions;
+}
+
+QString LevelText(uint64_t index) { return QStringLiteral("level %1").arg(index); }
+
+}  // namespace
+
+void WriteGeometryChunk(SceneStream& stream,
+                        const LevelGeometry& geometry,
+                        const std::string& name) {
+    const LevelMesh& base = *geometry.Level(0);
+    QString text = QString::fromStdString(name);
+    static_cast<Stream&>(stream).Transfer(text);
+    for (uint32_t number : {base.CornersPerFace(),
+                            base.faceCount,
+                            base.VertexCount(),
+                            geometry.LevelCount(),
+                            geometry.BoundIndex()})
+        stream.Transfer(number);
+    stream.WriteElements(
+        base.faceVertexIndices.array, sizeof(uint32_t), base.faceVertexIndices.fill);
+    Matrix toWorld = geometry.Place().ToWorld();
+    Matrix toLocal = geometry.Place().ToLocal();
+    Vector scale;
+    geometry.Place().Scale(&scale);
+    stream.Transfer(toWorld);
+    stream.Transfer(toLocal);
+    stream.Transfer(scale);
+}
+
+GeometryChunk ReadGeometryChunk(SceneStream& stream) {
+    GeometryChunk chunk;
+    QString name;
+    static_cast<Stream&>(stream).Transfer(name);
+    chunk.base.name = name.toStdString();
+    uint32_t corners = 0;
+    uint32_t faces = 0;
+    for (uint32_t* number : {&corners, &faces, &chunk.vertexCount, &chunk.levelCount, &chunk.bound})
+        stream.Transfer(*number);
+    if (corners != 3 && corners != 4)
+        SceneStream::Refuse(QStringLiteral("level 0 has faces of %1 corners").arg(corners));
+    if (chunk.levelCount == 0 || chunk.bound >= chunk.levelCount) {
+        SceneStream::Refuse(QStringLiteral("of %1 levels number %2 is bound")
+                                .arg(chunk.levelCount)
+                                .arg(chunk.bound));
+    }
+    chunk.base.faceVertices = ReadValues<uint32_t>(stream, uint64_t{faces} * corners);
+    chunk.base.faceSizes.assign(faces, corners);
+    stream.Transfer(chunk.toWorld);
+    stream.Transfer(chunk.toLocal);
+    stream.Transfer(chunk.scale);
+    return chunk;
+}
+
+void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index) {
+    LevelMesh& level = *geometry.Level(index);
+    const uint32_t vertices = level.VertexCount();
+    const std::vector<Vector> positions = PositionsOf(level);
+    for (uint32_t v = 0; v < vertices; ++v) {
+        if (IsFinite(positions[v])) continue;
+        throw HostError("vertex " + std::to_string(v) + " of level " + std::to_string(index) +
+                        " lies at no number; such a mesh cannot be saved");
+    }
+    std::vector<uint8_t> freeze(vertices);
+    for (uint32_t v = 0; v < vertices; ++v) freeze[v] = level.vertices.array[v].freeze;
+    const auto isSet = [](uint8_t byte) { return byte != 0; };
+    const auto isOther = [](uint8_t flags) { return flags != faceIsLive; };
+    const std::vector<Vector>& seen = geometry.SeenPositions(index);
+
+    uint32_t parts = 0;
+    if (std::any_of(freeze.begin(), freeze.end(), isSet)) parts |= HasFreeze;
+    if (std::any_of(level.faceFlags, level.faceFlags + level.faceCount, isOther))
+        parts |= HasFaceFlags;
+    if (!seen.empty()) parts |= HasSeen;
+    if (!level.IsLockable()) parts |= IsNotLockable;
+    uint32_t number = index;
+    uint32_t count = vertices;
+    stream.Transfer(number);
+    stream.Transfer(count);
+    stream.Transfer(parts);
+    stream.WriteElements(positions.data(), sizeof(Vector), vertices);
+    stream.WriteElements(level.vertexNormals.array, sizeof(PackedNormal), vertices);
+    if ((parts & HasFreeze) != 0) stream.WriteElements(freeze.data(), 1, vertices);
+    if ((parts & HasFaceFlags) != 0) stream.WriteElements(level.faceFlags, 1, level.faceCount);
+    if ((parts & HasSeen) != 0)
+        WriteList(stream, Differences(level, [&seen](uint32_t v) { return seen[v]; }));
+    level.Serialize(stream);
+}
+
+LevelMesh& LevelChunkReader::NextLevel(const std::vector<Vector>& positions) {
+    if (geometry != nullptr) return geometry->AddLevel();
+    PolygonMesh base = head.base;
+    base.positions.resize(positions.size());
+    for (std::size_t v = 0; v < positions.size(); ++v)
+        base.positions[v] = {positions[v].x, positions[v].y, positions[v].z};
+    CheckPolygonMesh(base, "level 0");
+    if (!MakeOrientedManifold(base).Untouched())
+        throw HostError("the faces of level 0 are no oriented manifold");
+    geometry = std::make_unique<LevelGeometry>(base);
+    return *geometry->Level(0);
+}
+
+void LevelChunkReader::Read(SceneStream& stream) {
+    const uint64_t next = geometry == nullptr ? 0 : geometry->LevelCount();
+    uint32_t index = 0;
+    uint32_t vertices = 0;
+    uint32_t parts = 0;
+    stream.Transfer(index);
+    stream.Transfer(vertices);
+    stream.Transfer(parts);
+    if (index != next || index >= head.levelCount) {
+        SceneStream::Refuse(LevelText(index) +
+                            QStringLiteral(" is not the next of %1 levels").arg(head.levelCount));
+    }
+    // Before the level takes memory: its file content must be all there, and be as much as follows
+    // from the level below.
+    const uint64_t expected =
+        geometry == nullptr ? head.vertexCount : geometry->CountNextLevelVertices();
+    if (vertices != expected) {
+        SceneStream::Refuse(
+            LevelText(index) +
+            QStringLiteral(" has %1 vertices in place of %2").arg(vertices).arg(expected));
+    }
+    if ((parts & ~uint32_t{AllParts}) != 0)
+        SceneStream::Refuse(LevelText(index) + QStringLiteral(" has unknown parts"));
+    stream.Expect(vertices, sizeof(Vector) + sizeof(PackedNormal));
+    const auto positions = ReadValues<Vector>(stream, vertices);
+    for (uint32_t v = 0; v < vertices; ++v) {
+        if (!IsFinite(positions[v]))
+            SceneStream::Refuse(QStringLiteral("vertex %1 lies at no number").arg(v));
+    }
+    LevelMesh& level = NextLevel(positions);
+    for (uint32_t v = 0; v < vertices; ++v) level.SetPosition(v, positions[v]);
+    stream.ReadElements(level.vertexNormals.array, sizeof(PackedNormal), vertices);
+    if ((parts & HasFreeze) != 0) {
+        const auto freeze = ReadValues<uint8_t>(stream, vertices);
+        for (uint32_t v = 0; v < vertices; ++v) {
+            level.vertices.array[v].freeze = freeze[v] & static_cast<uint8_t>(~freezeAmountMask);
+            level.SetFreeze(v, freeze[v] & freezeAmountMask);
+        }
+    }
+    if ((parts & HasFaceFlags) != 0) stream.ReadElements(level.faceFlags, 1, level.faceCount);
+    seen.emplace_back();
+    if ((parts & HasSeen) != 0) seen.back() = ReadDifferences(stream, level);
+    level.SetLockable((parts & IsNotLockable) == 0);
+    level.Serialize(stream);
+}
+
+std::unique_ptr<LevelGeometry> LevelChunkReader::Take() {
+    geometry->Restore(head.bound, std::move(seen));
+    geometry->Place().Restore(head.toWorld, head.toLocal, head.scale);
+    return std::move(geometry);
+}
+
+void WriteImportChunk(SceneStream& stream,
+                      const LevelGeometry& geometry,
+                      const PolygonMesh& imported) {
+    const PolygonMesh uniform = ToUniformFaces(imported);
+    WriteList(stream, Differences(*geometry.Level(0), [&uniform](uint32_t v) {
+                  const auto& p = uniform.positions[v];
+                  return Vector(p[0], p[1], p[2]);
+              }));
+}
+
+PolygonMesh ReadImportChunk(SceneStream& stream,
+                            const LevelGeometry& geometry,
+                            const std::string& name) {
+    const LevelMesh& base = *geometry.Level(0);
+    const std::vector<Vector> positions = ReadDifferences(stream, base);
+    PolygonMesh mesh;
+    mesh.name = name;
+    mesh.positions.reserve(positions.size());
+    for (const Vector& p : positions) mesh.positions.push_back({p.x, p.y, p.z});
+    mesh.faceSizes.assign(base.faceCount, base.CornersPerFace());
+    mesh.faceVertices.assign(base.faceVertexIndices.array,
+                             base.faceVertexIndices.array + base.faceVertexIndices.fill);
+    return mesh;
+}
+
+}  // namespace trovik

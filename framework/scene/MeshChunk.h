@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/levels/LevelGeometry.h"
+#include "framework/scene/SceneStream.h"
+
+namespace trovik {
+
+/// What chunk GEOM tells beside level 0 itself, which needs its positions (chunk LEVL) first.
+struct GeometryChunk {
+    PolygonMesh base;  ///< without positions
+    uint32_t vertexCount = 0;
+    uint32_t levelCount = 0;
+    uint32_t bound = 0;
+    Matrix toWorld;
+    Matrix toLocal;
+    Vector scale;
+};
+
+/// Chunk GEOM: faces of level 0, number of levels, which is bound, transformation.
+void WriteGeometryChunk(SceneStream& stream,
+                        const LevelGeometry& geometry,
+                        const std::string& name);
+GeometryChunk ReadGeometryChunk(SceneStream& stream);
+
+/// Chunk LEVL: positions, normals, freeze bytes, face flags of one level, and what the level above
+/// last saw of it.
+void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index);
+
+/// Reads level after level and makes the geometry from them.
+class LevelChunkReader {
+public:
+    explicit LevelChunkReader(GeometryChunk chunk) : head(std::move(chunk)) {}
+    void Read(SceneStream& stream);
+    /// Whether all levels were read.
+    bool IsComplete() const {
+        return geometry != nullptr && geometry->LevelCount() == head.levelCount;
+    }
+    /// Null before the first level.
+    LevelGeometry* Geometry() const { return geometry.get(); }
+    /// Binds the level that was bound and hands the geometry out. Only when complete.
+    std::unique_ptr<LevelGeometry> Take();
+    const GeometryChunk& Head() const { return head; }
+
+private:
+    LevelMesh& NextLevel(const std::vector<Vector>& positions);
+
+    GeometryChunk head;
+    std::unique_ptr<LevelGeometry> geometry;
+    std::vector<std::vector<Vector>> seen;
+};
+
+/// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is.
+void WriteImportChunk(SceneStream& stream,
+                      const LevelGeometry& geometry,
+                      const PolygonMesh& imported);
+/// The imported mesh, of this name, with the faces of level 0.
+PolygonMesh ReadImportChunk(SceneStream& stream,
+                            const LevelGeometry& geometry,
+                            const std::string& name);
+
+}  // namespace trovik

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/scene/SceneChunks.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/scene/Crc32.h"
+
+#include <cassert>
+#include <cctype>
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+constexpr const char* firstChunk = "HEAD";
+constexpr const char* lastChunk = "TEND";
+constexpr std::size_t fixedHeaderBytes = 16;
+/// Far beyond what any program registers.
+constexpr uint32_t mostClasses = 4096;
+constexpr uint32_t longestClassName = 1024;
+
+uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t place) {
+    uint32_t number = 0;
+    std::memcpy(&number, bytes.data() + place, sizeof number);
+    return number;
+}
+
+/// The name as it can stand in a message, whatever bytes a damaged file has there.
+std::string Printable(const std::string& name) {
+    std::string text;
+    for (const char letter : name) {
+        const bool plain = letter > ' ' && letter <= '~';
+        text += plain ? letter : '?';
+    }
+    return text;
+}
+
+}  // namespace
+
+SceneWriter::SceneWriter(const std::string& path, const SceneStream& header)
+    : file(path), prototype(header.Section()) {
+    const std::vector<uint8_t> bytes = prototype.ToBytes();
+    Put(bytes.data(), bytes.size());
+    SceneStream check = Section();
+    uint32_t checksum = Crc32(bytes.data(), bytes.size());
+    check.Transfer(checksum);
+    Write(firstChunk, check);
+}
+
+void SceneWriter::Put(const void* bytes, std::size_t size) {
+    file.Write(bytes, size);
+    written += size;
+}
+
+void SceneWriter::Write(std::string_view name, const SceneStream& content) {
+    assert(name.size() == chunkNameBytes);
+    const std::vector<uint8_t>& bytes = content.Data();
+    const uint64_t length = bytes.size();
+    uint32_t checksum = Crc32(name.data(), name.size());
+    checksum = Crc32(&length, sizeof length, checksum);
+    checksum = Crc32(bytes.data(), bytes.size(), checksum);
+    Put(name.data(), name.size());
+    Put(&checksum, sizeof checksum);
+    Put(&length, sizeof length);
+    Put(bytes.data(), bytes.size());
+}
+
+void SceneWriter::Commit() {
+    SceneStream end = Section();
+    uint64_t length = written + chunkHeaderBytes + sizeof length;
+    end.Transfer(length);
+    Write(lastChunk, end);
+    file.Commit();
+}
+
+SceneReader::SceneReader(const std::string& path) : file(path), header(ReadHeader()) {
+    uint32_t checksum = 0;
+    if (!Next() || name != firstChunk)
+        Fail(contentPlace, "chunk HEAD is not where it should be; the file is damaged");
+    Read([&checksum](SceneStream& stream) { stream.Transfer(checksum); });
+    if (checksum != headerChecksum)
+        Fail(0, "the header does not fit its checksum; the file is damaged");
+}
+
+void SceneReader::Fail(uint64_t byte, const std::string& reason) const {
+    throw HostError(file.Path() + ": byte " + std::to_string(byte) + ": " + reason);
+}
+
+void SceneReader::TakeHeader(std::vector<uint8_t>& bytes, std::size_t count) {
+    const unsigned char* taken = file.Take(count);
+    if (taken == nullptr)
+        Fail(file.Position() + file.Remaining(), "the file ends within the header of a scene");
+    bytes.insert(bytes.end(), taken, taken + count);
+}
+
+// Piece by piece, since only its own numbers tell how long it is.
+SceneStream SceneReader::ReadHeader() {
+    std::vector<uint8_t> bytes;
+    TakeHeader(bytes, fixedHeaderBytes);
+    const std::vector<uint8_t> sample = SceneStream().ToBytes();
+    if (std::memcmp(bytes.data(), sample.data(), 8) != 0)
+        Fail(0, "not a scene: the first eight bytes are not TROVIKSC");
+    const uint32_t format = NumberAt(bytes, 8);
+    if (format > SceneStream::currentFormat) {
+        Fail(8,
+             "the file is of format " + std::to_string(format) +
+                 ", or damaged; this program reads formats up to " +
+                 std::to_string(SceneStream::currentFormat));
+    }
+    const uint32_t classes = NumberAt(bytes, 12);
+    if (classes > mostClasses)
+        Fail(12, std::to_string(classes) + " classes are too many; the file is damaged");
+    for (uint32_t i = 0; i < classes; ++i) {
+        const uint64_t place = file.Position();
+        TakeHeader(bytes, sizeof(uint32_t));
+        const uint32_t length = NumberAt(bytes, bytes.size() - sizeof(uint32_t));
+        if (length > longestClassName)
+            Fail(place, "the name of a class is too long; the file is damaged");
+        TakeHeader(bytes, length + sizeof(int32_t));
+    }
+    headerChecksum = Crc32(bytes.data(), bytes.size());
+    return SceneStream(std::move(bytes));
+}
+
+bool SceneReader::Next() {
+    if (ended) return false;
+    const uint64_t place = file.Position();
+    contentPlace = place;
+    if (file.Remaining() == 0) Fail(place, "the file is cut off: chunk TEND is missing");
+    const unsigned char* head = file.Take(chunkHeaderBytes);
+    if (head == nullptr) Fail(place, "the file is cut off within the head of a chunk");
+    name.assign(reinterpret_cast<const char*>(head), chunkNameBytes);
+    uint32_t expected = 0;
+    std::memcpy(&expected, head + chunkNameBytes, sizeof expected);
+    std::memcpy(&contentBytes, head + chunkNameBytes + sizeof expected, sizeof contentBytes);
+    const std::string what = "chunk " + Printable(name);
+    if (contentBytes > file.Remaining()) {
+        Fail(place,
+             what + " is said to hold " + std::to_string(contentBytes) +
+                 " bytes, and the file has " + std::to_string(file.Remaining()) +
+                 " more: it is cut off or damaged");
+    }
+    contentPlace = file.Position();
+    content = contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes));
+    if (contentBytes != 0 && content == nullptr)
+        Fail(contentPlace, "the file became shorter while it was read");
+    uint32_t checksum = Crc32(name.data(), name.size());
+    checksum = Crc32(&contentBytes, sizeof contentBytes, checksum);
+    checksum = Crc32(content, static_cast<std::size_t>(contentBytes), checksum);
+    if (checksum != expected) Fail(place, what + " does not fit its checksum; the file is damaged");
+    if (name != lastChunk) return true;
+    ended = true;
+    uint64_t length = 0;
+    Read([&length](SceneStream& stream) { stream.Transfer(length); });
+    if (file.Remaining() != 0)
+        Fail(file.Position(), "bytes follow the end of the scene; the file is damaged");
+    if (length != file.Position()) {
+        Fail(file.Position(),
+             "the scene was " + std::to_string(length) + " bytes long; parts of it are missing");
+    }
+    return false;
+}
+
+void SceneReader::Read(const std::function<void(SceneStream&)>& read) {
+    const std::string what = "chunk " + Printable(name);
+    // Not null even for an empty chunk: null stands for no borrowed bytes.
+    static constexpr uint8_t none = 0;
+    SceneStream stream = header.Section(content == nullptr ? &none : content,
+                                        contentBytes,
+                                        contentPlace,
+                                        QString::fromStdString(what));
+    try {
+        read(stream);
+        stream.ExpectEnd();
+    } catch (Error* error) {
+        const std::string reason = error->Message().toStdString();
+        Error::Dispose(error);
+        Fail(stream.Place(), what + ": " + reason);
+    } catch (const HostError& error) {
+        Fail(stream.Place(), what + ": " + error.what());
+    }
+}
+
+}  // namespace trovik

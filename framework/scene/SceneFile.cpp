@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/scene/SceneFile.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/nodes/HostKernel.h"
+#include "framework/plugins/PluginLoader.h"
+#include "framework/scene/BrushChunk.h"
+#include "framework/scene/LayerChunk.h"
+#include "framework/scene/MeshChunk.h"
+#include "framework/scene/NodeChunk.h"
+#include "framework/scene/SceneChunks.h"
+#include "framework/scene/SettingsChunk.h"
+
+#include <algorithm>
+#include <cctype>
+#include <optional>
+
+namespace trovik {
+
+namespace {
+
+/// Puts the pieces of a scene together as its chunks come.
+class SceneBuilder {
+public:
+    SceneBuilder(SceneReader& sceneReader, BrushOperation* sceneBrush)
+        : reader(sceneReader), brush(sceneBrush) {}
+
+    void Take() {
+        const std::string& name = reader.Name();
+        if (name == "GEOM") {
+            if (levels) Refuse("comes twice");
+            reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s)); });
+            return;
+        }
+        if (name == "LEVL") {
+            if (!levels || scene.geometry != nullptr) Refuse("is out of place");
+            reader.Read([this](SceneStream& s) { levels->Read(s); });
+            if (levels->IsComplete()) scene.geometry = levels->Take();
+            return;
+        }
+        if (name == "SETT") {
+            reader.Read([this](SceneStream& s) { scene.settings = ReadSettingsChunk(s); });
+            return;
+        }
+        if (name == "BRSH") {
+            if (!scene.tools.empty()) Refuse("comes twice");
+            reader.Read(
+                [this](SceneStream& s) { ReadBrushChunk(s, brush, scene.tools, scene.notes); });
+            return;
+        }
+        if (name != "IMPT" && name != "LAYR" && name != "NODE") {
+            scene.notes.push_back("chunk " + name + ", which is unknown, was left out");
+            return;
+        }
+        if (scene.geometry == nullptr) Refuse("comes before the mesh that it belongs to");
+        reader.Read([this, &name](SceneStream& s) { TakeOfMesh(name, s); });
+    }
+
+    LoadedScene Finish() {
+        if (scene.geometry == nullptr) {
+            throw HostError(reader.Path() + ": the scene has " +
+                            (levels ? "fewer levels than it tells" : "no mesh"));
+        }
+        if (scene.imported.positions.empty()) {
+            throw HostError(reader.Path() + ": the scene lacks chunk IMPT");
+        }
+        scene.format = reader.Header().Format();
+        return std::move(scene);
+    }
+
+private:
+    void TakeOfMesh(const std::string& name, SceneStream& stream) {
+        if (name == "IMPT")
+            scene.imported = ReadImportChunk(stream, *scene.geometry, levels->Head().base.name);
+        else if (name == "LAYR")
+            scene.layers.push_back(ReadLayerChunk(stream, *scene.geometry));
+        else
+            ReadNodeChunk(stream, *scene.geometry, scene.notes);
+    }
+
+    [[noreturn]] void Refuse(const char* what) {
+        const QString text = QStringLiteral("it %1; the file is damaged").arg(QLatin1String(what));
+        reader.Read([&text](SceneStream&) { SceneStream::Refuse(text); });
+        throw HostError(text.toStdString());
+    }
+
+    SceneReader& reader;
+    BrushOperation* brush;
+    std::optional<LevelChunkReader> levels;
+    LoadedScene scene;
+};
+
+}  // namespace
+
+void SaveScene(const std::string& path, const SceneParts& parts, const SceneStream& header) {
+    SceneWriter writer(path, header);
+    const auto write = [&writer](const char* name, const auto& fill) {
+        SceneStream content = writer.Section();
+        fill(content);
+        writer.Write(name, content);
+    };
+    try {
+        write("GEOM",
+              [&](SceneStream& s) { WriteGeometryChunk(s, parts.geometry, parts.imported.name); });
+        for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level)
+            write("LEVL", [&](SceneStream& s) { WriteLevelChunk(s, parts.geometry, level); });
+        write("IMPT", [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported); });
+        for (const auto& layer : parts.layers)
+            write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
+        write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });
+        write("SETT", [&](SceneStream& s) { WriteSettingsChunk(s, parts.settings); });
+        write("BRSH", [&](SceneStream& s) { WriteBrushChunk(s, parts.brush); });
+    } catch (const HostError& error) {
+        const std::string reason = error.what();
+        if (reason.rfind(path, 0) == 0) throw;
+        throw HostError(path + ": " + reason);
+    }
+    writer.Commit();
+}
+
+LoadedScene LoadScene(const std::string& path, BrushOperation* brush) {
+    HostKernel::Instance();
+    LoadPlugins();
+    SceneReader reader(path);
+    SceneBuilder builder(reader, brush);
+    // The one setting that is the whole process's.
+    const bool facing = CheckableFloatArray::s_bActive;
+    try {
+        while (reader.Next()) builder.Take();
+        return builder.Finish();
+    } catch (...) {
+        CheckableFloatArray::s_bActive = facing;
+        throw;
+    }
+}
+
+bool IsScenePath(const std::string& path) {
+    constexpr std::string_view ending = ".trovik";
+    if (path.size() < ending.size()) return false;
+    return std::equal(
+        ending.begin(),
+        ending.end(),
+        path.end() - static_cast<std::ptrdiff_t>(ending.size()),
+        [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+}
+
+}  // namespace trovik

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/StrokePath.h"
+#include "framework/edits/SculptLayer.h"
+#include "framework/levels/LevelGeometry.h"
+#include "framework/scene/SceneStream.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+/// \file
+/// Scene files (*.trovik): a mesh with all its levels, layers and nodes, the settings of all tools,
+/// mirrors and view, so that work goes on to the bit where it was left. docs/scene-format.md tells
+/// every byte. Not in them: the undo history, preferences, stroke totals.
+namespace trovik {
+
+/// What a scene holds beside mesh and brush.
+struct SceneSettings {
+    StrokeView view;
+    /// Of the strokes to come: world units, and a share of the radius.
+    float radius = 0.1f;
+    float spacing = 0.25f;
+    /// Mode and point maps as StrokeLoop::SetMirrors takes them.
+    int mirrorMode = 0;
+    std::vector<Matrix> mirrorMaps;
+};
+
+/// The things that make a scene, borrowed for the length of SaveScene. None is changed; the brush
+/// is lent its tools' settings one after the other, and has its own back at the end.
+struct SceneParts {
+    LevelGeometry& geometry;
+    /// The mesh as it was imported; its faces are those of level 0, or were split into them.
+    const PolygonMesh& imported;
+    /// Of all levels, in the order in which they are looked up by name.
+    const std::vector<std::unique_ptr<SculptLayer>>& layers;
+    BrushOperation& brush;
+    const SceneSettings& settings;
+};
+
+/// Writes the scene beside the old file and renames. No stroke may be under way.
+/// \param header  format and class versions to write under; older ones leave out what they lack.
+/// \throw HostError naming the file and the reason, also for positions that are no numbers. The old
+/// file then is as it was.
+TROVIK_API void SaveScene(const std::string& path,
+                          const SceneParts& parts,
+                          const SceneStream& header = SceneStream());
+
+/// A scene as read. The layers end before the geometry that they borrow.
+struct LoadedScene {
+    uint32_t format = 0;
+    std::unique_ptr<LevelGeometry> geometry;
+    std::vector<std::unique_ptr<SculptLayer>> layers;
+    /// Level 0 as it was imported.
+    PolygonMesh imported;
+    SceneSettings settings;
+    /// What was left out, one line each: nodes and chunks that this program does not know.
+    std::vector<std::string> notes;
+    /// Names of the tools with settings, the active one last.
+    std::vector<std::string> tools;
+};
+
+/// Reads a scene, loading the plug-ins for the classes of its nodes. Everything or nothing: a scene
+/// that throws leaves nothing behind.
+/// \param brush  a new brush, which receives the tools' settings, at last those of the active tool;
+/// null passes over them. After an error it is only good for being thrown away.
+/// \throw HostError "FILE: byte N: reason".
+TROVIK_API LoadedScene LoadScene(const std::string& path, BrushOperation* brush);
+
+/// Whether the file name ends in ".trovik", in any case.
+TROVIK_API bool IsScenePath(const std::string& path);
+
+}  // namespace trovik

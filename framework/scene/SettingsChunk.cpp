@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/scene/SettingsChunk.h"
+
+#include "framework/scene/SceneChunks.h"
+
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+/// As many pixels a side as a picture may have.
+constexpr int32_t largestSide = 16384;
+/// All combinations of three planes are seven.
+constexpr std::size_t mostMirrors = 64;
+
+bool IsFinite(const Vector& p) {
+    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+void TransferView(SceneStream& stream, StrokeView& view) {
+    stream.Transfer(view.eye);
+    stream.Transfer(view.target);
+    stream.Transfer(view.up);
+    stream.Transfer(view.verticalFieldOfView);
+    int32_t width = view.width;
+    int32_t height = view.height;
+    stream.Transfer(width);
+    stream.Transfer(height);
+    view.width = width;
+    view.height = height;
+}
+
+void CheckView(const StrokeView& view) {
+    if (!IsFinite(view.eye) || !IsFinite(view.target) || !IsFinite(view.up))
+        SceneStream::Refuse(QStringLiteral("the view has no place"));
+    if (!(view.verticalFieldOfView > 0.0f && view.verticalFieldOfView < 180.0f))
+        SceneStream::Refuse(QStringLiteral("the view's angle is not within 0 to 180"));
+    for (const int side : {view.width, view.height})
+        if (side < 1 || side > largestSide)
+            SceneStream::Refuse(QStringLiteral("the view is %1 pixels large").arg(side));
+}
+
+}  // namespace
+
+void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings) {
+    SceneSettings copy = settings;
+    TransferView(stream, copy.view);
+    stream.Transfer(copy.radius);
+    stream.Transfer(copy.spacing);
+    int32_t mode = copy.mirrorMode;
+    stream.Transfer(mode);
+    WriteList(stream, copy.mirrorMaps);
+}
+
+SceneSettings ReadSettingsChunk(SceneStream& stream) {
+    SceneSettings settings;
+    TransferView(stream, settings.view);
+    CheckView(settings.view);
+    stream.Transfer(settings.radius);
+    stream.Transfer(settings.spacing);
+    if (!(settings.radius > 0.0f) || !std::isfinite(settings.radius))
+        SceneStream::Refuse(QStringLiteral("the radius is not above 0"));
+    if (!(settings.spacing > 0.0f) || !std::isfinite(settings.spacing))
+        SceneStream::Refuse(QStringLiteral("the spacing is not above 0"));
+    int32_t mode = 0;
+    stream.Transfer(mode);
+    settings.mirrorMode = mode;
+    settings.mirrorMaps = ReadList<Matrix>(stream);
+    if (settings.mirrorMaps.size() > mostMirrors) {
+        SceneStream::Refuse(
+            QStringLiteral("%1 mirrors are too many").arg(settings.mirrorMaps.size()));
+    }
+    for (const Matrix& map : settings.mirrorMaps)
+        for (const auto& row : map.m)
+            for (const float number : row)
+                if (!std::isfinite(number))
+                    SceneStream::Refuse(QStringLiteral("a mirror's map is no numbers"));
+    return settings;
+}
+
+}  // namespace trovik

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/scene/SceneFile.h"
+
+namespace trovik {
+
+/// Chunk SETT: view, radius and spacing of the strokes to come, mirrors.
+void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings);
+SceneSettings ReadSettingsChunk(SceneStream& stream);
+
+}  // namespace trovik
