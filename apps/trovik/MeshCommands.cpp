@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "SceneInfo.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
-#include "framework/levels/LevelGeometry.h"
 #include "framework/pictures/Picture.h"
+#include "framework/scene/SceneFile.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,12 +17,18 @@ namespace trovik {
 
 namespace {
 
-std::unique_ptr<LevelGeometry> OpenRefined(const std::string& path, unsigned levels) {
-    PolygonMesh polygons = ReadMeshFile(path);
-    MakeOrientedManifold(polygons);
-    auto geometry = std::make_unique<LevelGeometry>(polygons);
-    for (unsigned i = 0; i < levels; ++i) geometry->Subdivide();
-    return geometry;
+/// A mesh file's geometry, or all of a scene but its tools.
+LoadedScene OpenRefined(const std::string& path, unsigned levels) {
+    LoadedScene scene;
+    if (IsScenePath(path)) {
+        scene = LoadScene(path, nullptr);
+    } else {
+        PolygonMesh polygons = ReadMeshFile(path);
+        MakeOrientedManifold(polygons);
+        scene.geometry = std::make_unique<LevelGeometry>(polygons);
+    }
+    for (unsigned i = 0; i < levels; ++i) scene.geometry->Subdivide();
+    return scene;
 }
 
 struct InfoOptions {
@@ -30,6 +37,10 @@ struct InfoOptions {
 };
 
 void Info(const InfoOptions& options) {
+    if (IsScenePath(options.mesh)) {
+        TellScene(options.mesh, options.json);
+        return;
+    }
     PolygonMesh polygons = ReadMeshFile(options.mesh);
     std::map<uint32_t, std::size_t> sizes;
     for (const uint32_t size : polygons.faceSizes) ++sizes[size];
@@ -95,25 +106,37 @@ struct ConvertOptions {
 
 void Convert(const ConvertOptions& options) {
     // Without refinement the polygons pass as they are, n-gons included.
-    if (options.levels == 0)
+    if (options.levels == 0 && !IsScenePath(options.from))
         WriteMeshFile(options.to, ReadMeshFile(options.from));
     else
-        WriteMeshFile(options.to, OpenRefined(options.from, options.levels)->ToPolygons(false));
+        WriteMeshFile(options.to,
+                      OpenRefined(options.from, options.levels).geometry->ToPolygons(false));
 }
 
 struct RenderOptions {
     std::string mesh;
     std::string picture;
     unsigned levels = 0;
-    std::vector<float> from = {0.35f, 0.2f, 1.0f};
+    /// Empty: as a scene was last seen, a mesh from a little above and beside its front.
+    std::vector<float> from;
     PictureOptions options;
 };
 
+/// The whole mesh, seen from a direction.
+PictureCamera Framed(const PictureMesh& shown, const Vector& from, const PictureOptions& options) {
+    constexpr float fieldOfView = 35.0f;
+    return FrameMeshes({shown},
+                       -from,
+                       fieldOfView,
+                       static_cast<float>(options.width) / static_cast<float>(options.height));
+}
+
 void Render(const RenderOptions& wanted) {
-    const Vector from(wanted.from[0], wanted.from[1], wanted.from[2]);
+    Vector from(0.35f, 0.2f, 1.0f);
+    if (!wanted.from.empty()) from = Vector(wanted.from[0], wanted.from[1], wanted.from[2]);
     if (!(from.Length() > 0.0f)) throw HostError("--from: the direction has no length");
-    const auto geometry = OpenRefined(wanted.mesh, wanted.levels);
-    const LevelMesh& level = *geometry->Bound();
+    const LoadedScene scene = OpenRefined(wanted.mesh, wanted.levels);
+    const LevelMesh& level = *scene.geometry->Bound();
     PictureMesh shown;
     shown.positions = &level.vertices.array->x;
     shown.positionStride = sizeof(Vertex);
@@ -122,12 +145,17 @@ void Render(const RenderOptions& wanted) {
     shown.faceVertexIndices = level.faceVertexIndices.array;
     shown.faceCount = level.faceCount;
     shown.cornersPerFace = level.CornersPerFace();
-    constexpr float fieldOfView = 35.0f;
-    const PictureCamera camera = FrameMeshes(
-        {shown},
-        -from,
-        fieldOfView,
-        static_cast<float>(wanted.options.width) / static_cast<float>(wanted.options.height));
+    const Matrix& matrix = scene.geometry->Place().ToWorld();
+    std::copy(&matrix.m[0][0], &matrix.m[0][0] + 16, shown.localToWorld);
+    if (level.FrozenVertexCount() != 0) {
+        shown.freeze = &level.vertices.array->freeze;
+        shown.freezeStride = sizeof(Vertex);
+    }
+    const StrokeView& view = scene.settings.view;
+    const PictureCamera camera =
+        IsScenePath(wanted.mesh) && wanted.from.empty()
+            ? PictureCamera{view.eye, view.target, view.up, view.verticalFieldOfView}
+            : Framed(shown, from, wanted.options);
     const Picture picture = RenderPicture({shown}, camera, wanted.options);
     WriteImageFile(wanted.picture,
                    picture.rgb.data(),
@@ -140,8 +168,9 @@ void Render(const RenderOptions& wanted) {
 
 void AddInfoCommand(CLI::App& program) {
     auto options = std::make_shared<InfoOptions>();
-    CLI::App* verb = program.add_subcommand("info", "Tells what is in a mesh file (OBJ, PLY)");
-    verb->add_option("mesh", options->mesh, "Mesh file")->required();
+    CLI::App* verb =
+        program.add_subcommand("info", "Tells what is in a mesh file (OBJ, PLY) or a scene");
+    verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
     verb->add_flag("--json", options->json, "As JSON");
     verb->callback([options] { Info(*options); });
 }
@@ -150,7 +179,7 @@ void AddConvertCommand(CLI::App& program) {
     auto options = std::make_shared<ConvertOptions>();
     CLI::App* verb = program.add_subcommand(
         "convert", "Writes a mesh in another format, refined if wanted (OBJ, PLY)");
-    verb->add_option("from", options->from, "Mesh file to read")->required();
+    verb->add_option("from", options->from, "Mesh file or scene to read")->required();
     verb->add_option("to", options->to, "Mesh file to write")->required();
     verb->add_option("--levels", options->levels, "Subdivision levels to add")
         ->check(CLI::Range(0u, 12u));
@@ -159,8 +188,8 @@ void AddConvertCommand(CLI::App& program) {
 
 void AddRenderCommand(CLI::App& program) {
     auto options = std::make_shared<RenderOptions>();
-    CLI::App* verb = program.add_subcommand("render", "Makes a picture of a mesh");
-    verb->add_option("mesh", options->mesh, "Mesh file")->required();
+    CLI::App* verb = program.add_subcommand("render", "Makes a picture of a mesh or a scene");
+    verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
     verb->add_option("picture", options->picture, "Picture file (PNG, JPEG, TIFF)")->required();
     verb->add_option("--levels", options->levels, "Subdivision levels to add")
         ->check(CLI::Range(0u, 12u));

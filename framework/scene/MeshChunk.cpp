@@ -113,6 +113,11 @@ GeometryChunk ReadGeometryChunk(SceneStream& stream) {
     stream.Transfer(chunk.toWorld);
     stream.Transfer(chunk.toLocal);
     stream.Transfer(chunk.scale);
+    bool finite = IsFinite(chunk.scale);
+    for (const Matrix* matrix : {&chunk.toWorld, &chunk.toLocal})
+        for (const auto& row : matrix->m)
+            for (const float number : row) finite = finite && std::isfinite(number);
+    if (!finite) SceneStream::Refuse(QStringLiteral("the transformation is no numbers"));
     return chunk;
 }
 

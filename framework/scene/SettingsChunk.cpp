@@ -34,6 +34,8 @@ void TransferView(SceneStream& stream, StrokeView& view) {
 void CheckView(const StrokeView& view) {
     if (!IsFinite(view.eye) || !IsFinite(view.target) || !IsFinite(view.up))
         SceneStream::Refuse(QStringLiteral("the view has no place"));
+    if (!((view.up & (view.eye - view.target)).Length() > 0.0f))
+        SceneStream::Refuse(QStringLiteral("the view has no direction"));
     if (!(view.verticalFieldOfView > 0.0f && view.verticalFieldOfView < 180.0f))
         SceneStream::Refuse(QStringLiteral("the view's angle is not within 0 to 180"));
     for (const int side : {view.width, view.height})
