@@ -64,8 +64,8 @@ std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scene
     return std::unique_ptr<SculptSession>(new SculptSession(scenePath, MakeBrush()));
 }
 
-void SculptSession::Save(const std::string& scenePath) {
-    SaveScene(scenePath, {*geometry, loaded, layers, *brush, settings});
+void SculptSession::Save(const std::string& scenePath, const SceneStream& header) {
+    SaveScene(scenePath, {*geometry, loaded, layers, *brush, settings}, header);
 }
 
 SculptSession::~SculptSession() {

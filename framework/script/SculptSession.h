@@ -34,7 +34,8 @@ public:
 
     /// Writes all but the undo history into a scene file. \throw HostError; the old file then is as
     /// it was.
-    void Save(const std::string& scenePath);
+    /// \param header  see SaveScene.
+    void Save(const std::string& scenePath, const SceneStream& header = SceneStream());
     /// What OpenScene had to leave out, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 

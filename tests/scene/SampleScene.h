@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/script/SculptSession.h"
+#include "tests/files/TemporaryFolder.h"
+
+#include <memory>
+#include <string>
+
+namespace trovik::test {
+
+/// A session on a mesh of the zoo.
+std::unique_ptr<SculptSession> SessionOn(const TemporaryFolder& folder, const PolygonMesh& mesh);
+
+/// Dabs of the active tool on some faces of the bound level.
+void StrokeOver(SculptSession& session, const std::vector<uint32_t>& faces, float radius);
+
+/// One of everything on a few faces: three levels with the middle one bound, layers of two levels,
+/// freezing, four tools with settings of their own, mirrors, a view, a transformation.
+std::unique_ptr<SculptSession> RichSession(const TemporaryFolder& folder);
+
+/// Everything that work goes on from, as the bytes of a scene file.
+std::string StateOf(SculptSession& session, const TemporaryFolder& folder);
+
+/// A new brush without a tool.
+std::unique_ptr<BrushOperation> NewBrush();
+
+/// Table of the patch map below a level; empty where there is no map.
+std::vector<uint32_t> PatchTable(LevelMesh& level);
+bool HasPatchMap(LevelMesh& level);
+
+}  // namespace trovik::test

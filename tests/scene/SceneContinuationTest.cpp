@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// A scene goes on exactly where it was: the same steps give the same bits, whether the work is
+/// saved and opened again somewhere among them or not.
+#include "framework/script/ScriptRunner.h"
+#include "tests/meshes/MeshZoo.h"
+#include "tests/scene/SampleScene.h"
+
+namespace trovik::test {
+namespace {
+
+class SceneContinuation : public ::testing::Test {
+protected:
+    void Run(const std::string& head, const std::vector<std::string>& steps) {
+        std::string list;
+        for (const std::string& step : steps) list += (list.empty() ? "" : ",\n") + step;
+        const std::string script =
+            folder.Fill("script.json", "{" + head + ", \"steps\": [" + list + "]}");
+        ScriptRunner(script, folder.Path("."), {}).Run();
+    }
+
+    /// Runs all steps at once, and with a break at each place; the scenes at the end must be equal
+    /// byte for byte. They hold positions, normals and freezing of all levels, what is still to be
+    /// carried up, layers with rests and offsets, nodes, tools, mirrors and view.
+    void ExpectNoDifference(const PolygonMesh& mesh,
+                            const std::string& head,
+                            const std::vector<std::string>& steps) {
+        WriteMeshFile(folder.Path("mesh.ply"), mesh);
+        const std::string opening = "\"mesh\": \"mesh.ply\"" + head;
+        std::vector<std::string> all = steps;
+        all.push_back(R"({"save": "end.trovik"})");
+        Run(opening, all);
+        const std::string expected = TemporaryFolder::Content(folder.Path("end.trovik"));
+        ASSERT_FALSE(expected.empty());
+        for (std::size_t cut = 0; cut <= steps.size(); ++cut) {
+            SCOPED_TRACE("saved before step " + std::to_string(cut));
+            const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(cut);
+            std::vector<std::string> first(steps.begin(), middle);
+            first.push_back(R"({"save": "middle.trovik"})");
+            std::vector<std::string> second(middle, steps.end());
+            second.push_back(R"({"save": "end.trovik"})");
+            Run(opening, first);
+            std::filesystem::remove(folder.Path("end.trovik"));
+            Run(R"("scene": "middle.trovik")", second);
+            // Not EXPECT_EQ, which would print both files.
+            EXPECT_TRUE(TemporaryFolder::Content(folder.Path("end.trovik")) == expected);
+        }
+    }
+
+    TemporaryFolder folder;
+};
+
+const std::vector<std::string>& ManySteps() {
+    static const std::vector<std::string> steps = {
+        R"({"tool": "Sculpt", "set": {"radius": 0.9, "strength": 35, "direction": "x"}})",
+        R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
+        R"({"layer": {"add": "first"}})",
+        R"({"tool": "Wax", "set": {"strength": 60, "buildUpRate": 0.8}})",
+        R"({"stroke": {"surface": [[0.1, 0.8, 0.7], [0.8, 0.4, 0.6]], "modifier": "invert"}})",
+        R"({"layer": {"strength": 0.4}})",
+        R"({"freeze": {"center": [0.5, 0.4, 0.9], "radius": 0.6, "soft": 0.5, "amount": 0.9}})",
+        R"({"tool": "Smooth", "set": {"affectAllLayers": false}})",
+        R"({"stroke": {"surface": [[0.2, 0.3, 1], [0.9, 0.4, 1]]}})",
+        R"({"level": 1})",
+        R"({"layer": {"add": "below"}})",
+        R"({"tool": "Flatten", "set": {"falloff": [1, 0.9, 0.5, 0.2, 0], "globalPlane": true}})",
+        R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.4, 0.4, 1]]}})",
+        R"({"tool": "Bulge", "set": {"facing": {"on": true, "start": 30, "range": 50}}})",
+        R"({"stroke": {"pointer": [[120, 110], [150, 130, 0.5]]}})",
+        R"({"level": 2})",
+        R"({"mirror": ["x", "y"]})",
+        R"({"layer": {"strength": 0.9}})",
+        R"({"tool": "Wax"})",
+        R"({"stroke": {"surface": [[0.2, 0.1, 0.9], [0.7, 0.2, 0.9]]}})",
+        R"({"layer": {"select": null}})",
+        R"({"tool": "Pinch", "set": {"spacing": 40}})",
+        R"({"stroke": {"surface": [[0.4, 0.3, 0.9], [0.7, 0.2, 0.9]]}})",
+        R"({"subdivide": 1})",
+        R"({"tool": "Smear"})",
+        R"({"stroke": {"surface": [[0.4, 0.3, 0.9], [0.9, 0.1, 0.9]]}})",
+        R"({"layer": {"add": "top"}})",
+        R"({"tool": "Foamy"})",
+        R"({"stroke": {"surface": [[0.1, 0.3, 0.9], [0.5, 0.1, 0.9]]}})",
+        R"({"set": {"facing": {"on": false}}})"};
+    return steps;
+}
+
+TEST_F(SceneContinuation, GivesTheSameBitsOnQuadsWithMirrorAndTransformation) {
+    ExpectNoDifference(
+        SteppedBox(),
+        R"(, "levels": 2, "mirror": ["z"], "camera": {"from": [0.2, 0.3, 1], "width": 256,
+            "height": 256}, "transform": {"scale": [1, 1.2, 0.9], "rotate": [5, 10, 15]})",
+        ManySteps());
+}
+
+TEST_F(SceneContinuation, GivesTheSameBitsOverABaseOfTriangles) {
+    ExpectNoDifference(
+        Icosahedron(), R"(, "levels": 2, "camera": {"width": 256, "height": 256})", ManySteps());
+}
+
+TEST_F(SceneContinuation, GivesTheSameBitsOnTrianglesThemselves) {
+    ExpectNoDifference(Icosahedron(),
+                       "",
+                       {R"({"tool": "Sculpt", "set": {"radius": 1.2, "strength": 20}})",
+                        R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.4, 0.9, 0.2]]}})",
+                        R"({"layer": {"add": "one"}})",
+                        R"({"tool": "Smooth"})",
+                        R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
+                        R"({"freeze": {"center": [0, 1, 0], "radius": 1.1}})",
+                        R"({"tool": "Bulge"})",
+                        R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})"});
+}
+
+TEST_F(SceneContinuation, GivesTheSameBitsOverAMeshThatWasSplitOnImport) {
+    ExpectNoDifference(NgonMix(),
+                       R"(, "levels": 2, "camera": {"width": 64, "height": 64})",
+                       {R"({"tool": "Sculpt", "set": {"radius": 0.8, "strength": 40}})",
+                        R"({"stroke": {"surface": [[0.3, 0.2, 0], [1.5, 0.4, 0]]}})",
+                        R"({"reset": true})",
+                        R"({"tool": "Amplify"})",
+                        R"({"stroke": {"surface": [[0.3, 0.2, 0], [1.5, 0.4, 0]]}})"});
+}
+
+TEST_F(SceneContinuation, UndoWithinTheSecondHalfIsAsExactAsWithoutABreak) {
+    auto session = RichSession(folder);
+    session->Save(folder.Path("break.trovik"));
+    auto read = SculptSession::OpenScene(folder.Path("break.trovik"));
+    const std::string before = StateOf(*read, folder);
+    for (SculptSession* each : {session.get(), read.get()}) {
+        StrokeOver(*each, {2, 9}, 1.5f);
+        each->BindLevel(2);
+        StrokeOver(*each, {40}, 1.0f);
+    }
+    EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder));
+    ASSERT_TRUE(read->Undo());
+    ASSERT_TRUE(read->Undo());
+    ASSERT_TRUE(read->Undo());
+    EXPECT_FALSE(read->Undo());
+    EXPECT_TRUE(StateOf(*read, folder) == before);
+}
+
+}  // namespace
+}  // namespace trovik::test

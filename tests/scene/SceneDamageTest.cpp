@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Files that are cut off, damaged, or made with ill intent: one clear error or a good scene, and
+/// no more memory than the file can account for.
+#include "framework/errors/HostError.h"
+#include "framework/nodes/HostKernel.h"
+#include "tests/scene/AllocationCount.h"
+#include "tests/scene/SampleScene.h"
+#include "tests/scene/SceneBytes.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+namespace trovik::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr unsigned flips = 2000;
+/// Buffers of files take a mebibyte; everything else follows the few kilobytes of the scene.
+constexpr uint64_t mostMemory = uint64_t{8} << 20;
+
+class DamagedScene : public ::testing::Test {
+protected:
+    DamagedScene() {
+        auto session = RichSession(folder);
+        session->Save(path);
+        whole = TemporaryFolder::Content(path);
+        SculptSession::OpenScene(path);
+    }
+
+    /// The message of the error, or nothing when the scene was read; in both cases within bounds.
+    std::string Read(const std::string& bytes) {
+        folder.Fill("scene.trovik", bytes);
+        ForgetPeak();
+        const uint64_t before = BytesHeld();
+        const unsigned geometries = HostKernel::Instance().Scene()->GeometryCount();
+        std::string message;
+        try {
+            const auto brush = NewBrush();
+            const LoadedScene scene = LoadScene(path, brush.get());
+            EXPECT_NE(scene.geometry, nullptr);
+        } catch (const HostError& error) {
+            message = error.what();
+            EXPECT_THAT(message, StartsWith(path + ": "));
+            EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+        }
+        EXPECT_LT(PeakBytes() - before, mostMemory) << message;
+        EXPECT_EQ(HostKernel::Instance().Scene()->GeometryCount(), geometries);
+        EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
+        return message;
+    }
+
+    TemporaryFolder folder;
+    std::string path = folder.Path("scene.trovik");
+    std::string whole;
+};
+
+TEST_F(DamagedScene, EveryCutIsAnError) {
+    ASSERT_EQ(Read(whole), "");
+    for (std::size_t size = 0; size < whole.size(); size += size < 400 ? 1 : 7)
+        EXPECT_THAT(Read(whole.substr(0, size)), HasSubstr("byte ")) << "cut at " << size;
+    for (std::size_t size = whole.size() - 64; size < whole.size(); ++size)
+        EXPECT_NE(Read(whole.substr(0, size)), "") << "cut at " << size;
+}
+
+TEST_F(DamagedScene, EveryFlippedByteIsAnError) {
+    std::mt19937 random(1);
+    for (unsigned i = 0; i < flips; ++i) {
+        std::string bytes = whole;
+        const std::size_t place = random() % bytes.size();
+        const auto mask = static_cast<char>(1 + random() % 255);
+        bytes[place] = static_cast<char>(bytes[place] ^ mask);
+        EXPECT_THAT(Read(bytes), HasSubstr("byte ")) << "flipped at " << place;
+    }
+}
+
+// Checksums only keep out accidents; the numbers behind them are looked at all the same.
+TEST_F(DamagedScene, FlipsUnderMendedChecksumsAreErrorsOrScenesThatCanBeSculpted) {
+    const RawScene scene = SplitScene(whole);
+    std::mt19937 random(2);
+    unsigned read = 0;
+    for (unsigned i = 0; i < flips; ++i) {
+        std::vector<RawChunk> chunks = scene.chunks;
+        // Chunk by chunk, so that the small ones get their share.
+        std::string& content = chunks[1 + i % (chunks.size() - 2)].content;
+        if (content.empty()) continue;
+        const std::size_t place = random() % content.size();
+        const auto mask = static_cast<char>(1 + random() % 255);
+        content[place] = static_cast<char>(content[place] ^ mask);
+        const std::string bytes = JoinScene(whole.substr(0, scene.headerBytes), chunks);
+        SCOPED_TRACE("flip " + std::to_string(i) + " at " + std::to_string(place) + " of " +
+                     chunks[1 + i % (chunks.size() - 2)].name);
+        if (!Read(bytes).empty()) continue;
+        ++read;
+        auto session = SculptSession::OpenScene(path);
+        if (session->Brush().ActiveConfiguration() == nullptr) session->SelectTool("Sculpt");
+        StrokeOver(*session, {0, 13}, 1.0f);
+        session->BindLevel(session->Geometry().LevelCount() - 1);
+        StrokeOver(*session, {3}, 1.0f);
+    }
+    EXPECT_GT(read, flips / 10);
+    EXPECT_LT(read, flips);
+}
+
+TEST_F(DamagedScene, CountsBeyondTheFileTakeNoMemory) {
+    const RawScene scene = SplitScene(whole);
+    const std::string header = whole.substr(0, scene.headerBytes);
+    for (std::size_t i = 1; i + 1 < scene.chunks.size(); ++i) {
+        for (std::size_t place = 0; place + 4 <= scene.chunks[i].content.size() && place < 200;
+             ++place) {
+            for (const uint32_t number : {0xffffffffu, 0x7fffffffu, 0x10000000u}) {
+                std::vector<RawChunk> chunks = scene.chunks;
+                chunks[i].content.replace(place, 4, BytesOf(number));
+                Read(JoinScene(header, chunks));
+            }
+        }
+    }
+}
+
+TEST_F(DamagedScene, OtherFilesAreNoScenes) {
+    EXPECT_EQ(Read("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"),
+              path + ": byte 0: not a scene: the first eight bytes are not TROVIKSC");
+    EXPECT_EQ(Read(""), path + ": byte 0: the file ends within the header of a scene");
+    EXPECT_EQ(Read("TROVIKSC"), path + ": byte 8: the file ends within the header of a scene");
+    EXPECT_THAT(Read(whole + "x"), HasSubstr("bytes follow the end of the scene"));
+    EXPECT_THAT(MessageOf<HostError>([&] { LoadScene(folder.Path("none.trovik"), nullptr); }),
+                StartsWith(folder.Path("none.trovik")));
+}
+
+TEST_F(DamagedScene, AMissingChunkIsAnError) {
+    const RawScene scene = SplitScene(whole);
+    const std::string header = whole.substr(0, scene.headerBytes);
+    for (std::size_t i = 0; i < scene.chunks.size(); ++i) {
+        std::vector<RawChunk> chunks = scene.chunks;
+        const std::string name = chunks[i].name;
+        chunks.erase(chunks.begin() + static_cast<std::ptrdiff_t>(i));
+        const bool mayLack = name == "LAYR" || name == "NODE" || name == "SETT" || name == "BRSH";
+        EXPECT_EQ(Read(JoinScene(header, chunks)).empty(), mayLack) << name;
+    }
+}
+
+TEST_F(DamagedScene, ABaseThatIsNoOrientedManifoldIsRefused) {
+    RawScene scene = SplitScene(whole);
+    std::string& content = scene.chunks[1].content;
+    ASSERT_EQ(scene.chunks[1].name, "GEOM");
+    // Name, five numbers, then the faces: the first face is turned over.
+    const std::size_t faces = 4 + NumberAt<uint32_t>(content, 0) + 20;
+    const auto second = NumberAt<uint32_t>(content, faces + 4);
+    const auto fourth = NumberAt<uint32_t>(content, faces + 12);
+    content.replace(faces + 4, 4, BytesOf(fourth));
+    content.replace(faces + 12, 4, BytesOf(second));
+    EXPECT_THAT(Read(JoinScene(whole.substr(0, scene.headerBytes), scene.chunks)),
+                HasSubstr("the faces of level 0 are no oriented manifold"));
+}
+
+}  // namespace
+}  // namespace trovik::test

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// The bytes of scene files as docs/scene-format.md tells them.
+#include "framework/scene/Crc32.h"
+#include "tests/meshes/MeshZoo.h"
+#include "tests/scene/SampleScene.h"
+#include "tests/scene/SceneBytes.h"
+
+#include <gmock/gmock.h>
+
+namespace trovik::test {
+namespace {
+
+/// Takes a chunk's content from start to end.
+class Taker {
+public:
+    explicit Taker(const std::string& content) : bytes(content) {}
+    template <typename T>
+    T Take() {
+        at += sizeof(T);
+        return NumberAt<T>(bytes, at - sizeof(T));
+    }
+    std::string Text() {
+        const auto length = Take<uint32_t>();
+        at += length;
+        return bytes.substr(at - length, length);
+    }
+    void Skip(std::size_t count) { at += count; }
+    std::size_t Left() const { return bytes.size() - at; }
+
+private:
+    const std::string& bytes;
+    std::size_t at = 0;
+};
+
+class SceneLayout : public ::testing::Test {
+protected:
+    SceneLayout() : session(RichSession(folder)), scene(SplitScene(StateOf(*session, folder))) {}
+    TemporaryFolder folder;
+    std::unique_ptr<SculptSession> session;
+    RawScene scene;
+};
+
+TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
+    const std::string text = "123456789";
+    EXPECT_EQ(Crc32(text.data(), text.size()), 0xcbf43926u);
+    EXPECT_EQ(Crc32(text.data() + 4, 5, Crc32(text.data(), 4)), 0xcbf43926u);
+    EXPECT_EQ(Crc32(nullptr, 0), 0u);
+    std::string longer;
+    for (int i = 0; i < 1000; ++i) longer += static_cast<char>(i * 7);
+    for (std::size_t size = 0; size < 40; ++size)
+        EXPECT_EQ(Crc32(longer.data() + size, 900 + size),
+                  SlowCrc32(longer.substr(size, 900 + size)));
+}
+
+TEST_F(SceneLayout, HeaderNamesFormatAndClasses) {
+    EXPECT_EQ(scene.format, 330u);
+    EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("SwiftStroke"), 1)));
+    EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("PatchMap"), 0)));
+}
+
+TEST_F(SceneLayout, ChunksStandInTheirOrder) {
+    std::vector<std::string> names;
+    for (const RawChunk& chunk : scene.chunks) names.push_back(chunk.name);
+    EXPECT_THAT(names,
+                testing::ElementsAre("HEAD",
+                                     "GEOM",
+                                     "LEVL",
+                                     "LEVL",
+                                     "LEVL",
+                                     "IMPT",
+                                     "LAYR",
+                                     "LAYR",
+                                     "LAYR",
+                                     "NODE",
+                                     "SETT",
+                                     "BRSH",
+                                     "TEND"));
+    const RawChunk& end = scene.chunks.back();
+    EXPECT_EQ(NumberAt<uint64_t>(end.content, 0), end.contentPlace + 8);
+}
+
+TEST_F(SceneLayout, GeometryHoldsNameCountsFacesAndTransformation) {
+    Taker geom(scene.Chunk("GEOM").content);
+    EXPECT_EQ(geom.Text(), "Würfel");
+    EXPECT_EQ(geom.Take<uint32_t>(), 4u) << "corners";
+    EXPECT_EQ(geom.Take<uint32_t>(), 6u) << "faces";
+    EXPECT_EQ(geom.Take<uint32_t>(), 8u) << "vertices";
+    EXPECT_EQ(geom.Take<uint32_t>(), 3u) << "levels";
+    EXPECT_EQ(geom.Take<uint32_t>(), 1u) << "bound";
+    const LevelMesh& base = *session->Geometry().Level(0);
+    for (uint32_t i = 0; i < 24; ++i)
+        EXPECT_EQ(geom.Take<uint32_t>(), base.faceVertexIndices.array[i]);
+    for (const auto& row : session->Geometry().Place().ToWorld().m)
+        for (const float number : row) EXPECT_EQ(geom.Take<float>(), number);
+    geom.Skip(64);
+    EXPECT_EQ(geom.Take<float>(), 2.0f);
+    EXPECT_EQ(geom.Take<float>(), 1.5f);
+    EXPECT_EQ(geom.Take<float>(), 1.0f);
+    EXPECT_EQ(geom.Left(), 0u);
+}
+
+TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
+    Taker levl(scene.chunks[3].content);
+    const LevelMesh& level = *session->Geometry().Level(1);
+    EXPECT_EQ(levl.Take<uint32_t>(), 1u);
+    ASSERT_EQ(levl.Take<uint32_t>(), 26u);
+    EXPECT_EQ(levl.Take<uint32_t>(), 1u | 4u) << "freeze bytes, seen positions";
+    for (uint32_t v = 0; v < 26; ++v) {
+        EXPECT_EQ(levl.Take<float>(), level.Position(v).x);
+        EXPECT_EQ(levl.Take<float>(), level.Position(v).y);
+        EXPECT_EQ(levl.Take<float>(), level.Position(v).z);
+    }
+    for (uint32_t v = 0; v < 26; ++v) {
+        EXPECT_EQ(levl.Take<int16_t>(), level.vertexNormals.array[v].x);
+        EXPECT_EQ(levl.Take<int16_t>(), level.vertexNormals.array[v].y);
+        EXPECT_EQ(levl.Take<int16_t>(), level.vertexNormals.array[v].z);
+        EXPECT_EQ(levl.Take<int16_t>(), 0);
+    }
+    for (uint32_t v = 0; v < 26; ++v) EXPECT_EQ(levl.Take<uint8_t>(), v * 5 % 128);
+    const auto seen = levl.Take<uint32_t>();
+    EXPECT_GT(seen, 0u);
+    levl.Skip(seen * 16);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(levl.Text(), "") << "the node's texts";
+    EXPECT_EQ(levl.Take<uint8_t>(), 1u) << "visible";
+    EXPECT_EQ(levl.Take<uint8_t>(), 0u) << "locked";
+    EXPECT_EQ(levl.Take<uint8_t>(), 0u) << "hidden";
+    EXPECT_EQ(levl.Left(), 0u);
+}
+
+TEST_F(SceneLayout, ALayerHoldsItsTouchedVertices) {
+    Taker layr(scene.Chunk("LAYR").content);
+    EXPECT_EQ(layr.Take<uint32_t>(), 2u);
+    EXPECT_EQ(layr.Text(), "fine");
+    EXPECT_EQ(layr.Take<float>(), 0.5f);
+    EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "writable";
+    EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "active";
+    const auto count = layr.Take<uint32_t>();
+    EXPECT_GT(count, 10u);
+    EXPECT_EQ(layr.Left(), count * 40u);
+}
+
+TEST_F(SceneLayout, TheBrushHoldsItsToolsTheActiveOneLast) {
+    Taker brsh(scene.Chunk("BRSH").content);
+    EXPECT_EQ(brsh.Text(), "SwiftStroke");
+    const auto count = brsh.Take<uint32_t>();
+    std::vector<std::string> tools;
+    for (uint32_t i = 0; i < count; ++i) {
+        tools.push_back(brsh.Text());
+        brsh.Skip(brsh.Take<uint32_t>());
+    }
+    EXPECT_THAT(tools, testing::ElementsAre("Sculpt", "Flatten", "Wax", "Bulge"));
+    EXPECT_EQ(brsh.Take<uint8_t>(), 0u) << "facing";
+    EXPECT_EQ(brsh.Take<float>(), 0.0f);
+    EXPECT_EQ(brsh.Take<float>(), 90.0f);
+    EXPECT_EQ(brsh.Take<uint8_t>(), 0u) << "screen space";
+    EXPECT_EQ(brsh.Take<int32_t>(), 0) << "kept to its mesh";
+    EXPECT_EQ(brsh.Left(), 0u);
+}
+
+TEST_F(SceneLayout, SettingsHoldViewStrokesAndMirrors) {
+    Taker sett(scene.Chunk("SETT").content);
+    EXPECT_EQ(sett.Take<float>(), 4.0f);
+    sett.Skip(32);
+    EXPECT_EQ(sett.Take<float>(), 50.0f);
+    EXPECT_EQ(sett.Take<int32_t>(), 320);
+    EXPECT_EQ(sett.Take<int32_t>(), 720);
+    EXPECT_EQ(sett.Take<float>(), 0.75f);
+    EXPECT_EQ(sett.Take<float>(), 0.125f);
+    EXPECT_EQ(sett.Take<int32_t>(), session->Settings().mirrorMode);
+    ASSERT_EQ(sett.Take<uint32_t>(), 3u);
+    EXPECT_EQ(sett.Take<float>(), -1.0f) << "x is mirrored first";
+    EXPECT_EQ(sett.Left(), 3u * 64u - 4u);
+}
+
+}  // namespace
+}  // namespace trovik::test

@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Scenes of older formats and classes, and scenes with what this program does not know.
+#include "framework/errors/HostError.h"
+#include "tests/meshes/MeshZoo.h"
+#include "tests/scene/SampleScene.h"
+#include "tests/scene/SceneBytes.h"
+
+#include <gmock/gmock.h>
+
+namespace trovik::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class OldScene : public ::testing::Test {
+protected:
+    OldScene() : session(RichSession(folder)) {}
+
+    std::unique_ptr<SculptSession> ReopenUnder(const SceneStream& header) {
+        session->Save(path, header);
+        return SculptSession::OpenScene(path);
+    }
+    bool Flag(SculptSession& of, const char* name) {
+        return of.Brush().AttributeByName(QString::fromLatin1(name))->AsString() ==
+               QStringLiteral("true");
+    }
+    void SetFlag(const char* name, bool on) {
+        dynamic_cast<AttributeInstance<bool>*>(
+            session->Brush().AttributeByName(QString::fromLatin1(name)))
+            ->SetValue(on, true);
+    }
+    /// Replaces a text of the same length in a chunk, and mends the checksums.
+    void Replace(const std::string& chunkName, const std::string& from, const std::string& to) {
+        const std::string bytes = TemporaryFolder::Content(path);
+        RawScene scene = SplitScene(bytes);
+        std::string header = bytes.substr(0, scene.headerBytes);
+        bool found = false;
+        const auto exchange = [&](std::string& text) {
+            for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; ++at) {
+                text.replace(at, from.size(), to);
+                found = true;
+            }
+        };
+        if (chunkName == "header") exchange(header);
+        for (RawChunk& chunk : scene.chunks)
+            if (chunk.name == chunkName) exchange(chunk.content);
+        ASSERT_TRUE(found);
+        folder.Fill("scene.trovik", JoinScene(header, scene.chunks));
+    }
+
+    TemporaryFolder folder;
+    std::string path = folder.Path("scene.trovik");
+    std::unique_ptr<SculptSession> session;
+};
+
+TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapAndTheNextStrokeMakesOne) {
+    const auto table = PatchTable(*session->Geometry().Level(0));
+    ASSERT_EQ(table.size(), 60u);
+    auto read = ReopenUnder(SceneStream(327));
+    LevelMesh& base = *read->Geometry().Level(0);
+    EXPECT_EQ(SplitScene(TemporaryFolder::Content(path)).format, 327u);
+    ASSERT_TRUE(HasPatchMap(base));
+    EXPECT_TRUE(PatchTable(base).empty());
+    StrokeOver(*read, {1}, 1.0f);
+    EXPECT_EQ(PatchTable(base), table);
+    EXPECT_EQ(base.FirstChild()->NextSibling(), nullptr) << "the empty map is gone";
+}
+
+TEST_F(OldScene, BeforeFormat328GoesOnToTheSameBits) {
+    auto read = ReopenUnder(SceneStream(327));
+    for (SculptSession* each : {session.get(), read.get()}) StrokeOver(*each, {1, 7}, 1.5f);
+    EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder));
+}
+
+TEST_F(OldScene, FromFormat328OnTheTableOfTheFileIsTrusted) {
+    for (const uint32_t format : {328u, SceneStream::currentFormat}) {
+        session->Save(path, SceneStream(format));
+        // Another order within the first row is as good a table, and not what a new map would hold.
+        const auto table = PatchTable(*session->Geometry().Level(0));
+        auto other = table;
+        std::swap(other[0], other[1]);
+        const auto bytesOf = [](const std::vector<uint32_t>& row) {
+            return BytesOf(row[0]) + BytesOf(row[1]) + BytesOf(row[2]) + BytesOf(row[3]);
+        };
+        Replace(
+            "NODE", BytesOf(uint32_t{60}) + bytesOf(table), BytesOf(uint32_t{60}) + bytesOf(other));
+        auto read = SculptSession::OpenScene(path);
+        EXPECT_EQ(PatchTable(*read->Geometry().Level(0)), other);
+        StrokeOver(*read, {1}, 1.0f);
+        EXPECT_EQ(PatchTable(*read->Geometry().Level(0)), other);
+    }
+}
+
+TEST_F(OldScene, ATableThatDoesNotFitTheMeshIsRefused) {
+    session->Save(path);
+    const auto table = PatchTable(*session->Geometry().Level(0));
+    const std::string row = BytesOf(uint32_t{60}) + BytesOf(table[0]);
+    Replace("NODE", row, BytesOf(uint32_t{60}) + BytesOf(uint32_t{6}));
+    EXPECT_THAT(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+                HasSubstr("chunk NODE: there is no face 6"));
+    session->Save(path);
+    Replace("NODE",
+            BytesOf(uint32_t{60}) + BytesOf(table[0]),
+            BytesOf(uint32_t{59}) + BytesOf(table[0]));
+    EXPECT_THAT(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+                HasSubstr("a table of 59 entries is not that of 6 faces"));
+}
+
+TEST_F(OldScene, ClassVersionZeroOfTheBrushKeepsTheDefaultsOfWhatItLacks) {
+    session->SelectTool("Flatten");
+    SetFlag("affectalllayers", false);
+    SetFlag("globalplane", true);
+    SetFlag("updateplane", false);
+    SetFlag("bilinearsample", true);
+    SceneStream header;
+    header.SetClassVersion(session->Brush().RuntimeClass(), 0);
+    auto read = ReopenUnder(header);
+    EXPECT_EQ(read->Brush().ActiveConfiguration()->Name(), QStringLiteral("Flatten"));
+    EXPECT_TRUE(Flag(*read, "affectalllayers"));
+    EXPECT_FALSE(Flag(*read, "globalplane"));
+    EXPECT_TRUE(Flag(*read, "updateplane"));
+    EXPECT_TRUE(Flag(*read, "bilinearsample"));
+    EXPECT_EQ(read->Brush().BrushStrengthBias(), 12.0f);
+    // Under its present version all are there.
+    read = ReopenUnder(SceneStream());
+    EXPECT_FALSE(Flag(*read, "affectalllayers"));
+    EXPECT_TRUE(Flag(*read, "globalplane"));
+    EXPECT_FALSE(Flag(*read, "updateplane"));
+}
+
+TEST_F(OldScene, ANewerFormatIsRefused) {
+    session->Save(path, SceneStream(SceneStream::currentFormat + 1));
+    EXPECT_EQ(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+              path +
+                  ": byte 8: the file is of format 331, or damaged; this program reads formats "
+                  "up to 330");
+}
+
+TEST_F(OldScene, ANewerClassIsRefused) {
+    SceneStream header;
+    header.SetClassVersion(session->Brush().RuntimeClass(), 2);
+    session->Save(path, header);
+    EXPECT_THAT(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+                HasSubstr("chunk BRSH: class SwiftStroke was written in version 2; this program "
+                          "knows versions up to 1"));
+}
+
+/// A node with a number, for scenes of programs that have more classes than this one.
+class Numbered : public TreeNode {
+public:
+    uint32_t number = 0;
+    void Serialize(Stream& stream) override {
+        TreeNode::Serialize(stream);
+        stream.Transfer(number);
+    }
+    static const ClassDesc* registered;
+    const ClassDesc* RuntimeClass() const override { return registered; }
+};
+const ClassDesc* Numbered::registered = nullptr;
+
+TEST_F(OldScene, NodesOfAnyClassAreKeptAndThoseOfAnAbsentOneLeftOut) {
+    {
+        const ClassDesc desc(
+            TreeNode::StaticClass(),
+            TreeNode::StaticClass(),
+            QStringLiteral("Numbered"),
+            QString(),
+            [](unsigned) -> Node* { return new Numbered; },
+            0,
+            3);
+        Numbered::registered = &desc;
+        auto* outer = new Numbered;
+        outer->number = 41;
+        auto* inner = new Numbered;
+        inner->number = 42;
+        outer->AddChild(inner);
+        session->Geometry().Level(1)->AddChild(outer);
+        auto* ofGeometry = new Numbered;
+        ofGeometry->number = 43;
+        session->Geometry().AddChild(ofGeometry);
+        auto read = ReopenUnder(SceneStream());
+        auto* child = dynamic_cast<Numbered*>(read->Geometry().Level(1)->FirstChild());
+        ASSERT_NE(child, nullptr);
+        EXPECT_EQ(child->number, 41u);
+        ASSERT_NE(child->FirstChild(), nullptr);
+        EXPECT_EQ(dynamic_cast<Numbered*>(child->FirstChild())->number, 42u);
+        EXPECT_EQ(dynamic_cast<Numbered*>(read->Geometry().FirstChild())->number, 43u);
+        EXPECT_TRUE(read->Notes().empty());
+        delete outer;
+        delete ofGeometry;
+    }
+    auto read = SculptSession::OpenScene(path);
+    EXPECT_EQ(read->Geometry().Level(1)->FirstChild(), nullptr);
+    EXPECT_TRUE(HasPatchMap(*read->Geometry().Level(0)));
+    const std::string note = "a node of class Numbered, which no plug-in brings, was left out";
+    EXPECT_THAT(read->Notes(), ElementsAre(note, note));
+}
+
+TEST_F(OldScene, ARenamedClassOfTheBrushLeavesItsSettingsOutAndTheMeshIn) {
+    session->Save(path);
+    Replace("BRSH", "SwiftStroke", "QuickStroke");
+    auto read = SculptSession::OpenScene(path);
+    EXPECT_EQ(read->Brush().ActiveConfiguration(), nullptr);
+    EXPECT_EQ(read->Geometry().LevelCount(), 3u);
+    EXPECT_THAT(read->Notes(),
+                ElementsAre("settings of the brush QuickStroke, which is not the one at hand, "
+                            "were left out"));
+}
+
+TEST_F(OldScene, AToolThatTheBrushDoesNotHaveIsLeftOut) {
+    session->Save(path);
+    Replace("BRSH", "Flatten", "Flattem");
+    auto read = SculptSession::OpenScene(path);
+    EXPECT_EQ(read->Brush().ActiveConfiguration()->Name(), QStringLiteral("Bulge"));
+    EXPECT_THAT(
+        read->Notes(),
+        ElementsAre("settings of the tool Flattem, which the brush does not have, were left out"));
+}
+
+TEST_F(OldScene, AnUnknownChunkIsLeftOut) {
+    session->Save(path);
+    const std::string bytes = TemporaryFolder::Content(path);
+    RawScene scene = SplitScene(bytes);
+    scene.chunks.insert(scene.chunks.begin() + 1, RawChunk{"ANIM", 0, 0, "whatever"});
+    folder.Fill("scene.trovik", JoinScene(bytes.substr(0, scene.headerBytes), scene.chunks));
+    auto read = SculptSession::OpenScene(path);
+    EXPECT_THAT(read->Notes(), ElementsAre("chunk ANIM, which is unknown, was left out"));
+    EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder));
+}
+
+}  // namespace
+}  // namespace trovik::test
