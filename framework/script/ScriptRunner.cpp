@@ -215,7 +215,7 @@ void ScriptRunner::SetFalloff(const FieldReader& falloff) {
     if (falloff.Json().is_array()) {
         std::vector<float> samples;
         for (std::size_t i = 0; i < falloff.Size(); ++i) samples.push_back(falloff.At(i).Number());
-        FillFalloff(brush.Settings().falloffSamples, samples);
+        SetFalloffSamples(brush, samples);
         return;
     }
     const int index =
