@@ -10,6 +10,13 @@
 namespace trovik::test {
 namespace {
 
+std::vector<Vector> PositionsOf(SculptSession& session) {
+    const LevelMesh& level = *session.Geometry().Bound();
+    std::vector<Vector> positions;
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions.push_back(level.Position(v));
+    return positions;
+}
+
 class SceneContinuation : public ::testing::Test {
 protected:
     void Run(const std::string& head, const std::vector<std::string>& steps) {
@@ -126,18 +133,20 @@ TEST_F(SceneContinuation, UndoWithinTheSecondHalfIsAsExactAsWithoutABreak) {
     auto session = RichSession(folder);
     session->Save(folder.Path("break.trovik"));
     auto read = SculptSession::OpenScene(folder.Path("break.trovik"));
-    const std::string before = StateOf(*read, folder);
+    const std::vector<Vector> before = PositionsOf(*read);
     for (SculptSession* each : {session.get(), read.get()}) {
         StrokeOver(*each, {2, 9}, 1.5f);
         each->BindLevel(2);
         StrokeOver(*each, {40}, 1.0f);
     }
     EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder));
-    ASSERT_TRUE(read->Undo());
-    ASSERT_TRUE(read->Undo());
-    ASSERT_TRUE(read->Undo());
+    for (int step = 0; step < 3; ++step) {
+        ASSERT_TRUE(session->Undo());
+        ASSERT_TRUE(read->Undo());
+        EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder)) << step;
+    }
     EXPECT_FALSE(read->Undo());
-    EXPECT_TRUE(StateOf(*read, folder) == before);
+    EXPECT_EQ(PositionsOf(*read), before);
 }
 
 }  // namespace
