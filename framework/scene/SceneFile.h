@@ -22,6 +22,9 @@ struct SceneSettings {
     /// Of the strokes to come: world units, and a share of the radius.
     float radius = 0.1f;
     float spacing = 0.25f;
+    /// What the strokes to come leave to chance follows from these two.
+    uint64_t seed = 0;
+    uint64_t strokesBegun = 0;
     /// Mode and point maps as StrokeLoop::SetMirrors takes them.
     int mirrorMode = 0;
     std::vector<Matrix> mirrorMaps;

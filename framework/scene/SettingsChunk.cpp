@@ -50,6 +50,8 @@ void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings) {
     TransferView(stream, copy.view);
     stream.Transfer(copy.radius);
     stream.Transfer(copy.spacing);
+    stream.Transfer(copy.seed);
+    stream.Transfer(copy.strokesBegun);
     int32_t mode = copy.mirrorMode;
     stream.Transfer(mode);
     WriteList(stream, copy.mirrorMaps);
@@ -61,6 +63,8 @@ SceneSettings ReadSettingsChunk(SceneStream& stream) {
     CheckView(settings.view);
     stream.Transfer(settings.radius);
     stream.Transfer(settings.spacing);
+    stream.Transfer(settings.seed);
+    stream.Transfer(settings.strokesBegun);
     if (!(settings.radius > 0.0f) || !std::isfinite(settings.radius))
         SceneStream::Refuse(QStringLiteral("the radius is not above 0"));
     if (!(settings.spacing > 0.0f) || !std::isfinite(settings.spacing))

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Chunk SETT: view, radius and spacing of the strokes to come, mirrors.
+/// Chunk SETT: view, radius, spacing and chance of the strokes to come, mirrors.
 void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings);
 SceneSettings ReadSettingsChunk(SceneStream& stream);
 

@@ -117,7 +117,9 @@ void ScriptRunner::SetUp(const FieldReader& script) {
         session->UpdateCamera();
     }
     if (script.Has("mirror")) RunMirror(script.At("mirror"));
-    if (session->Brush().ActiveConfiguration() == nullptr && !session->SelectTool("Sculpt"))
+    // A scene comes with its tool; choosing it again changes nothing.
+    const BrushConfiguration* tool = session->Brush().ActiveConfiguration();
+    if (!session->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))
         throw HostError(path + ": the brush has no tool Sculpt");
 }
 

@@ -216,5 +216,58 @@ TEST_F(Command, PluginThatIsMissingIsNamed) {
     EXPECT_NE(outcome.error.find(folder.string()), std::string::npos) << outcome.error;
 }
 
+TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
+    const std::string first = R"({"tool": "Wax", "set": {"radius": 0.5, "strength": 40}},
+        {"layer": {"add": "skin"}}, {"stroke": {"surface": [[0.2, 0.1, 1], [0.6, 0.3, 1]]}})";
+    const std::string second = R"({"stroke": {"surface": [[0.4, 0.6, 1], [0.1, 0.3, 1]]}})";
+    const std::string head = R"({"mesh": "cube.obj", "levels": 3, "mirror": ["x"], "steps": [)";
+    WriteFile("whole.json",
+              head + first + "," + second + R"(, {"export": {"file": "whole.ply"}}]})");
+    WriteFile("first.json", head + first + R"(, {"save": "scenes/cube.trovik"}]})");
+    WriteFile("second.json",
+              R"({"scene": "scenes/cube.trovik", "steps": [)" + second +
+                  R"(, {"export": {"file": "parts.ply"}}]})");
+    for (const char* script : {"whole", "first", "second"})
+        ASSERT_EQ(Run("sculpt -q " + std::string(script) + ".json").status, 0) << script;
+    EXPECT_TRUE(ReadAll(folder / "whole.ply") == ReadAll(folder / "parts.ply"));
+
+    const Outcome info = Run("info scenes/cube.trovik");
+    EXPECT_EQ(info.status, 0);
+    EXPECT_NE(info.out.find("level 3   384 quads, 386 vertices, at work"), std::string::npos)
+        << info.out;
+    EXPECT_NE(info.out.find("layer     \"skin\" of level 3, strength 1"), std::string::npos)
+        << info.out;
+    const Outcome json = Run("info --json scenes/cube.trovik");
+    EXPECT_NE(json.out.find("\"activeTool\": \"Wax\""), std::string::npos) << json.out;
+    EXPECT_NE(json.out.find("\"format\": 330"), std::string::npos) << json.out;
+    EXPECT_EQ(Run("render scenes/cube.trovik seen.png --width 64 --height 48 --samples 1").status,
+              0);
+    EXPECT_TRUE(fs::exists(folder / "seen.png"));
+    EXPECT_EQ(Run("convert scenes/cube.trovik level.ply").status, 0);
+    WriteFile("same.json",
+              R"({"scene": "scenes/cube.trovik", "steps": [{"export": {"file": "same.ply"}}]})");
+    ASSERT_EQ(Run("sculpt -q same.json").status, 0);
+    EXPECT_TRUE(ReadAll(folder / "level.ply") == ReadAll(folder / "same.ply"));
+}
+
+TEST_F(Command, WhatIsWrongWithASceneIsOneLine) {
+    ExpectScriptError(R"({"mesh": "cube.obj", "scene": "a.trovik", "steps": []})",
+                      "/: a script opens one of \"mesh\" and \"scene\"");
+    ExpectScriptError(R"({"scene": "a.trovik", "levels": 2, "steps": []})", "/levels: ");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"save": "a.scene"}]})",
+                      "/steps/0/save: a scene file's name ends in .trovik");
+    WriteFile("cut.json", R"({"mesh": "cube.obj", "steps": [{"save": "cut.trovik"}]})");
+    ASSERT_EQ(Run("sculpt -q cut.json").status, 0);
+    const std::string whole = ReadAll(folder / "cut.trovik");
+    WriteFile("cut.trovik", whole.substr(0, whole.size() - 30));
+    for (const char* verb :
+         {"info cut.trovik", "render cut.trovik x.png", "convert cut.trovik x.ply"}) {
+        const Outcome outcome = Run(verb);
+        EXPECT_EQ(outcome.status, 1) << verb;
+        EXPECT_EQ(outcome.error.rfind("trovik: cut.trovik: byte ", 0), 0u) << outcome.error;
+        EXPECT_EQ(outcome.error.find('\n'), outcome.error.size() - 1) << outcome.error;
+    }
+}
+
 }  // namespace
 }  // namespace trovik::test

@@ -43,6 +43,8 @@ std::unique_ptr<SculptSession> RichSession(const TemporaryFolder& folder) {
     session->View().width = 320;
     session->Settings().radius = 0.75f;
     session->Settings().spacing = 0.125f;
+    session->Settings().seed = 77;
+    session->Settings().strokesBegun = 5;
     BrushOperation& brush = session->Brush();
     brush.SetBrushSize(33.0f);
 

@@ -42,6 +42,42 @@ protected:
     RawScene scene;
 };
 
+/// The brush's data under the tool Wax, value by value.
+void ExpectWax(const std::string& data) {
+    Taker wax(data);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(wax.Text(), "") << "the node's texts";
+    EXPECT_EQ(wax.Take<float>(), 33.0f) << "size";
+    EXPECT_EQ(wax.Take<int32_t>(), 1) << "direction";
+    EXPECT_EQ(wax.Take<uint8_t>(), 1u) << "stroke smoothing";
+    EXPECT_EQ(wax.Take<float>(), 0.1f);
+    EXPECT_EQ(wax.Take<uint8_t>(), 0u) << "steady stroke";
+    EXPECT_EQ(wax.Take<float>(), 0.04f);
+    EXPECT_EQ(wax.Take<float>(), 25.0f) << "stamp spacing";
+    EXPECT_EQ(wax.Take<float>(), 0.0f);
+    EXPECT_EQ(wax.Take<uint8_t>(), 1u) << "pressure scales the strength";
+    EXPECT_EQ(wax.Take<uint8_t>(), 0u);
+    EXPECT_EQ(wax.Take<uint8_t>(), 0u);
+    EXPECT_EQ(wax.Take<int32_t>(), 0) << "stamp positioning";
+    EXPECT_EQ(wax.Take<int32_t>(), 0) << "stamp rotation";
+    EXPECT_EQ(wax.Take<uint8_t>(), 0u) << "imprint fade";
+    EXPECT_EQ(wax.Take<float>(), 0.6f);
+    EXPECT_EQ(wax.Take<float>(), 15.0f) << "strength";
+    EXPECT_EQ(wax.Take<float>(), 12.0f) << "its share without pressure";
+    EXPECT_EQ(wax.Take<float>(), 0.0f);
+    EXPECT_EQ(wax.Take<float>(), 0.0f) << "random turn";
+    EXPECT_EQ(wax.Take<float>(), 1.0f) << "stamp factor";
+    EXPECT_EQ(wax.Take<float>(), 0.0f);
+    EXPECT_EQ(wax.Text(), "") << "stamp";
+    for (const unsigned flag : {1u, 0u, 0u, 0u, 0u, 0u}) EXPECT_EQ(wax.Take<uint8_t>(), flag);
+    EXPECT_EQ(wax.Take<int32_t>(), -1) << "falloff";
+    ASSERT_EQ(wax.Take<uint32_t>(), 4u);
+    for (const float sample : {1.0f, 0.75f, 0.25f, 0.0f}) EXPECT_EQ(wax.Take<float>(), sample);
+    EXPECT_EQ(wax.Take<float>(), 0.5f) << "build-up rate";
+    wax.Take<uint8_t>();
+    for (const unsigned flag : {1u, 0u, 1u}) EXPECT_EQ(wax.Take<uint8_t>(), flag);
+    EXPECT_EQ(wax.Left(), 0u);
+}
+
 TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
     const std::string text = "123456789";
     EXPECT_EQ(Crc32(text.data(), text.size()), 0xcbf43926u);
@@ -146,9 +182,11 @@ TEST_F(SceneLayout, TheBrushHoldsItsToolsTheActiveOneLast) {
     EXPECT_EQ(brsh.Text(), "SwiftStroke");
     const auto count = brsh.Take<uint32_t>();
     std::vector<std::string> tools;
+    std::string data;
     for (uint32_t i = 0; i < count; ++i) {
         tools.push_back(brsh.Text());
-        brsh.Skip(brsh.Take<uint32_t>());
+        data = brsh.Text();
+        if (tools.back() == "Wax") ExpectWax(data);
     }
     EXPECT_THAT(tools, testing::ElementsAre("Sculpt", "Flatten", "Wax", "Bulge"));
     EXPECT_EQ(brsh.Take<uint8_t>(), 0u) << "facing";
@@ -168,6 +206,8 @@ TEST_F(SceneLayout, SettingsHoldViewStrokesAndMirrors) {
     EXPECT_EQ(sett.Take<int32_t>(), 720);
     EXPECT_EQ(sett.Take<float>(), 0.75f);
     EXPECT_EQ(sett.Take<float>(), 0.125f);
+    EXPECT_EQ(sett.Take<uint64_t>(), 77u) << "seed";
+    EXPECT_EQ(sett.Take<uint64_t>(), 5u) << "strokes begun";
     EXPECT_EQ(sett.Take<int32_t>(), session->Settings().mirrorMode);
     ASSERT_EQ(sett.Take<uint32_t>(), 3u);
     EXPECT_EQ(sett.Take<float>(), -1.0f) << "x is mirrored first";

@@ -243,6 +243,8 @@ TEST_F(SceneRoundTrip, BringsViewMirrorsRadiusAndSpacing) {
     EXPECT_EQ(b.view.height, 720);
     EXPECT_EQ(b.radius, 0.75f);
     EXPECT_EQ(b.spacing, 0.125f);
+    EXPECT_EQ(b.seed, 77u);
+    EXPECT_EQ(b.strokesBegun, 5u);
     EXPECT_EQ(b.mirrorMode, a.mirrorMode);
     ASSERT_EQ(b.mirrorMaps.size(), 3u);
     for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(b.mirrorMaps[i], a.mirrorMaps[i]);
