@@ -14,6 +14,7 @@ namespace {
 struct SculptOptions {
     std::string script;
     std::string output = ".";
+    TraceOptions trace;
     bool quiet = false;
     bool json = false;
 };
@@ -59,7 +60,9 @@ void Sculpt(const SculptOptions& options) {
     };
     progress.dab = [&line] { line.Dab(); };
     progress.message = [&line](const std::string& text) { line.Message(text); };
-    const ScriptResult result = ScriptRunner(options.script, options.output, progress).Run();
+    ScriptRunner runner(options.script, options.output, progress);
+    runner.SetTrace(options.trace);
+    const ScriptResult result = runner.Run();
     line.Finish();
     if (options.json)
         PrintJson(result);
@@ -79,6 +82,17 @@ void AddSculptCommand(CLI::App& program) {
     verb->add_option("-o,--output",
                      options->output,
                      "Folder for the files that the script writes (default: this one)");
+    CLI::Option* trace =
+        verb->add_option("--trace",
+                         options->trace.folder,
+                         "Folder for a trace: everything that the brush was given and did, for "
+                         "tools/trovik_trace.py and NumPy (see docs/trace.md). An earlier trace in "
+                         "it is replaced");
+    verb->add_option("--trace-every",
+                     options->trace.every,
+                     "With --trace: the state of the mesh after every Nth dab too")
+        ->check(CLI::Range(1u, 1000000000u))
+        ->needs(trace);
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Sculpt(*options); });

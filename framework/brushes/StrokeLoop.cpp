@@ -32,9 +32,14 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
 void StrokeLoop::Begin(BrushOperation::Modifier modifier) {
     previousHits.assign(mirrors.size() + 1, Vector());
     dirtyBox = AxisAlignedBoundingBox();
-    const Clock::time_point start = Clock::now();
-    brush.BeginStroke(geometry.Bound(), modifier, BrushOperation::TriggerStroke);
-    totals.seconds += SecondsSince(start);
+    BrushCall call(BrushCall::BeginStroke, brush);
+    call.mesh = geometry.Bound();
+    call.modifier = modifier;
+    Observed(observer, call, [&] {
+        const Clock::time_point start = Clock::now();
+        brush.BeginStroke(call.mesh, modifier, call.trigger);
+        totals.seconds += SecondsSince(start);
+    });
     active = true;
 }
 
@@ -65,13 +70,21 @@ void StrokeLoop::Dab(const StrokeDab& dab) {
 }
 
 void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
-    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
-        geometry.Level(level)->ForgetLastWalks();
+    ForgetLastWalks();
     brush.SetPreviousPatchPosition(previousHits[side]);
     AxisAlignedBoundingBox box;
-    const Clock::time_point start = Clock::now();
-    brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
-    totals.seconds += SecondsSince(start);
+    BrushCall call(BrushCall::ApplyDab, brush);
+    call.hit = &dab.hit;
+    call.position = dab.position;
+    call.size = dab.size;
+    call.pressure = dab.pressure;
+    call.strength = dab.strength;
+    call.box = &box;
+    Observed(observer, call, [&] {
+        const Clock::time_point start = Clock::now();
+        brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
+        totals.seconds += SecondsSince(start);
+    });
     ++totals.dabs;
     previousHits[side] = dab.hit.position;
     if (!box.IsEmpty()) {
@@ -79,6 +92,30 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
         dirtyBox.Extend({box.maxX, box.maxY, box.maxZ});
     }
     Refit();
+}
+
+void StrokeLoop::WholeMesh(float strength, bool byFacing) {
+    try {
+        ForgetLastWalks();
+        BrushCall call(BrushCall::ApplyToWholeMesh, brush);
+        call.mesh = geometry.Bound();
+        call.strength = strength;
+        call.byFacing = byFacing;
+        Observed(observer, call, [&] {
+            const Clock::time_point start = Clock::now();
+            brush.ApplyToWholeMesh(call.mesh, strength, byFacing);
+            totals.seconds += SecondsSince(start);
+        });
+        tree.RefitAll();
+    } catch (...) {
+        End();
+        throw;
+    }
+}
+
+void StrokeLoop::ForgetLastWalks() {
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
+        geometry.Level(level)->ForgetLastWalks();
 }
 
 // The level that was walked is the one whose faces were the patches of the dab.
@@ -108,9 +145,11 @@ void StrokeLoop::End() {
     if (!active) return;
     active = false;
     totals.verticesMoved += CountMoved();
-    const Clock::time_point start = Clock::now();
-    brush.EndStroke();
-    totals.seconds += SecondsSince(start);
+    Observed(observer, BrushCall(BrushCall::EndStroke, brush), [&] {
+        const Clock::time_point start = Clock::now();
+        brush.EndStroke();
+        totals.seconds += SecondsSince(start);
+    });
 }
 
 }  // namespace trovik

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/StrokeObserver.h"
 #include "framework/picking/PatchTree.h"
 #include "host/BrushOperation.h"
 
@@ -43,8 +44,14 @@ public:
     /// \param mode  what MirrorConfiguration::MirrorMode answers from now on.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
+    /// Who hears of every call into the brush; null for nobody. Borrowed.
+    void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
+
     void Begin(BrushOperation::Modifier modifier);
     void Dab(const StrokeDab& dab);
+    /// The tool on the whole bound level at once, inside a stroke. \param strength  as in
+    /// StrokeDab. \param byFacing  less effect where the surface turns away from the camera.
+    void WholeMesh(float strength, bool byFacing);
     void End();
     bool IsActive() const { return active; }
 
@@ -54,12 +61,14 @@ public:
 
 private:
     void Apply(const StrokeDab& dab, std::size_t side);
+    void ForgetLastWalks();
     void Refit();
     uint64_t CountMoved() const;
 
     BrushOperation& brush;
     LevelGeometry& geometry;
     PatchTree& tree;
+    StrokeObserver* observer = nullptr;
     std::vector<Matrix> mirrors;
     /// Last hit of the main side and of each mirror; zero before the first.
     std::vector<Vector> previousHits;

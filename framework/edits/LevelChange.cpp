@@ -35,8 +35,10 @@ LevelChange::~LevelChange() {
     if (linked) RestoreStamps();
 }
 
-void LevelChange::Finish(bool /*keepTopology*/, bool joinPrevious) {
+void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
     assert(!finished && "a change is finished once");
+    if (GeometryObserver* observer = level->Owner()->Observer())
+        observer->ChangeFinished(*level, keepTopology, joinPrevious);
     if (linked) Unlink();
     finished = true;
     if (!joinPrevious) ++currentStroke;

@@ -3,6 +3,7 @@
 
 #include "framework/edits/UndoHistory.h"
 #include "framework/files/PolygonMesh.h"
+#include "framework/levels/GeometryObserver.h"
 #include "framework/levels/LevelMesh.h"
 #include "framework/levels/Placement.h"
 
@@ -70,6 +71,10 @@ public:
 
     UndoHistory& History() { return history; }
 
+    /// Who hears of walks and changes on all levels; null for nobody. Borrowed.
+    void SetObserver(GeometryObserver* newObserver) { observer = newObserver; }
+    GeometryObserver* Observer() const { return observer; }
+
 private:
     static void CarryFreeze(LevelMesh& coarse, LevelMesh& fine);
     static void RefreshNormalsAround(LevelMesh& level, const std::vector<uint32_t>& vertices);
@@ -82,6 +87,7 @@ private:
     uint32_t bound = 0;
     Placement placement;
     UndoHistory history;
+    GeometryObserver* observer = nullptr;
     /// Per level but the highest: positions as the level above last saw them; empty while unchanged
     /// since.
     std::vector<std::vector<Vector>> seenPositions;

@@ -38,11 +38,14 @@ int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 ? 1 : 0; }
 trovik::Layer* LevelMesh::Layer() { return activeLayer; }
 
 bool LevelMesh::Lock(MeshUnlocker* unlocker) {
-    if (!lockable) return false;
-    if (lockHolder != nullptr && lockHolder != unlocker && !lockHolder->IsStrokeFree())
-        return false;
+    if (!WouldLock(unlocker)) return false;
     lockHolder = unlocker;
     return true;
+}
+
+bool LevelMesh::WouldLock(const MeshUnlocker* unlocker) const {
+    return lockable &&
+           (lockHolder == nullptr || lockHolder == unlocker || lockHolder->IsStrokeFree());
 }
 
 void LevelMesh::Unlock() { lockHolder = nullptr; }

@@ -90,6 +90,10 @@ public:
 
     void SetLockable(bool on) { lockable = on; }
     bool IsLockable() const { return lockable; }
+    /// What Lock would answer, taking nothing.
+    bool WouldLock(const MeshUnlocker* unlocker) const;
+    /// Who locked the mesh last and has not unlocked it; null for nobody.
+    MeshUnlocker* LockHolder() const { return lockHolder; }
 
     /// Active layer of this level or null. Not owned.
     void SetActiveLayer(SculptLayer* layer) { activeLayer = layer; }
@@ -120,6 +124,8 @@ private:
     LevelMesh(LevelGeometry* geometry, int number);
     void AllocateFaces(uint32_t faces, int32_t type);
     void AllocateVertices(uint32_t count);
+    /// Marks a walk; at its end, by return or exception, the observer hears of it.
+    class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
     template <typename Report>
     uint32_t ForEachAdjacent(uint32_t vertex, uint32_t face, Report report);

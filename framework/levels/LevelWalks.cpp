@@ -3,7 +3,7 @@
 /// \file
 /// Walks over faces and vertices. What a walk has seen is remembered by stamps that live with the
 /// mesh, so that a walk costs what it reaches.
-#include "framework/levels/LevelMesh.h"
+#include "framework/levels/LevelGeometry.h"
 
 #include <algorithm>
 #include <cassert>
@@ -24,11 +24,29 @@ uint32_t NextWalk(uint32_t& walk, Store<uint32_t>& stamps) {
 
 }  // namespace
 
+class LevelMesh::WalkScope {
+public:
+    WalkScope(LevelMesh& walkedMesh, const std::vector<FaceVisit>& walkVisits)
+        : mesh(walkedMesh), visits(walkVisits) {
+        assert(!mesh.walking && "a walk may not start inside another on the same level");
+        mesh.walking = true;
+    }
+    ~WalkScope() {
+        mesh.walking = false;
+        if (GeometryObserver* observer = mesh.owner->Observer()) observer->WalkEnded(mesh, visits);
+    }
+    WalkScope(const WalkScope&) = delete;
+    WalkScope& operator=(const WalkScope&) = delete;
+
+private:
+    LevelMesh& mesh;
+    const std::vector<FaceVisit>& visits;
+};
+
 void LevelMesh::EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int) {
-    assert(!walking && "a walk may not start inside another on the same level");
+    const WalkScope scope(*this, lastFaceWalk);
     lastFaceWalk.clear();
     if (face >= faceCount) return;
-    walking = true;
     const uint32_t walk = NextWalk(faceWalk, faceWalkStamps);
     const uint32_t sides = CornersPerFace();
     walkQueue.clear();
@@ -47,7 +65,6 @@ void LevelMesh::EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int) {
             walkQueue.push_back(neighbour >> 2);
         }
     }
-    walking = false;
 }
 
 template <typename Report>
@@ -98,10 +115,9 @@ uint32_t LevelMesh::EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerat
 }
 
 void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
-    assert(!walking && "a walk may not start inside another on the same level");
+    const WalkScope scope(*this, lastVertexWalk);
     lastVertexWalk.clear();
     if (face < faceCount) {
-        walking = true;
         if (vertexWalkStamps.fill != vertexCount) {
             vertexWalkStamps.SetFill(vertexCount, false);
             std::fill_n(vertexWalkStamps.array, vertexCount, 0u);
@@ -127,7 +143,6 @@ void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
             enumerator->Operator(this, vertex, inFace);
             ForEachAdjacent(vertex, inFace, queue);
         }
-        walking = false;
     }
     ++visitStamp;
 }

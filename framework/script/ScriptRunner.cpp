@@ -71,17 +71,27 @@ ScriptResult ScriptRunner::Run() {
         if (picture != step.end() && picture->value("beforeAfter", false)) wantsBefore = true;
     }
     HostKernel::Instance().SetHUDListener(progress.message);
+    if (!traceOptions.folder.empty()) StartTrace(script);
     SetUp(script);
     const FieldReader steps = script.At("steps");
+    // The trace ends with the last call into the brush.
+    std::size_t lastCall = steps.Size();
+    for (std::size_t i = 0; i < steps.Size(); ++i)
+        if (steps.At(i).Has("stroke") || steps.At(i).Has("tool")) lastCall = i;
+    if (lastCall == steps.Size()) FinishTrace();
     for (std::size_t i = 0; i < steps.Size(); ++i) {
         const FieldReader step = steps.At(i);
         if (progress.step) progress.step(i, steps.Size(), step.Json().begin().key());
         try {
+            CheckOpenStroke(step);
             RunStep(step);
         } catch (Error* error) {
             step.Fail(TextOf(error));
         }
+        if (trace != nullptr) trace->ThrowIfFailed();
+        if (i == lastCall) FinishTrace();
     }
+    session->Loop().End();
     if (progress.step) progress.step(steps.Size(), steps.Size(), "");
     HostKernel::Instance().SetHUDListener(nullptr);
     result.totals = session->Totals();
@@ -117,6 +127,13 @@ void ScriptRunner::SetUp(const FieldReader& script) {
         session->UpdateCamera();
     }
     if (script.Has("mirror")) RunMirror(script.At("mirror"));
+    if (script.Has("renderers")) {
+        std::vector<float> factors;
+        const FieldReader numbers = script.At("renderers");
+        for (std::size_t i = 0; i < numbers.Size(); ++i) factors.push_back(numbers.At(i).Number());
+        session->SetRenderers(factors);
+    }
+    session->SetObserver(trace.get());
     // A scene comes with its tool; choosing it again changes nothing.
     const BrushConfiguration* tool = session->Brush().ActiveConfiguration();
     if (!session->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))

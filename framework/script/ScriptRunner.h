@@ -3,6 +3,7 @@
 
 #include "framework/script/FieldReader.h"
 #include "framework/script/SculptSession.h"
+#include "framework/trace/TraceRecorder.h"
 
 #include <functional>
 #include <map>
@@ -38,6 +39,8 @@ struct ScriptResult {
 class TROVIK_API ScriptRunner {
 public:
     ScriptRunner(std::string scriptPath, std::string outputFolder, ScriptProgress progress);
+    /// Writes a trace of the run; see docs/trace.md. To be called before Run.
+    void SetTrace(const TraceOptions& options) { traceOptions = options; }
     ScriptResult Run();
 
 private:
@@ -47,6 +50,9 @@ private:
     void OpenMesh(const FieldReader& script);
     void OpenScene(const FieldReader& script);
     void RunStep(const FieldReader& step);
+    void StartTrace(const FieldReader& script);
+    void FinishTrace();
+    void CheckOpenStroke(const FieldReader& step) const;
     void RunTool(const FieldReader& name);
     void RunSettings(const FieldReader& settings);
     void RunStroke(const FieldReader& stroke);
@@ -69,6 +75,7 @@ private:
     void SetFalloff(const FieldReader& falloff);
     void SetDirection(const FieldReader& direction);
     void StrokeDabs(const FieldReader& dabs);
+    void LayDabs(const FieldReader& stroke);
     std::vector<PathSample> Samples(const FieldReader& list, std::size_t placeNumbers) const;
     PathOptions PathSettings();
     StrokeView ReadView(const FieldReader& camera, StrokeView view);
@@ -80,6 +87,9 @@ private:
     std::string path;
     std::string output;
     ScriptProgress progress;
+    TraceOptions traceOptions;
+    /// Outlives the session, whose brush it hears.
+    std::unique_ptr<TraceRecorder> trace;
     std::unique_ptr<SculptSession> session;
     ScriptResult result;
     float radius = 0.1f;

@@ -3,6 +3,7 @@
 
 #include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
+#include "framework/levels/NoticeRenderer.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/plugins/PluginLoader.h"
 
@@ -89,6 +90,35 @@ void SculptSession::RebuildLoop() {
     tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+    loop->SetObserver(observer);
+    PlaceRenderers();
+}
+
+void SculptSession::SetObserver(StrokeObserver* newObserver) {
+    observer = newObserver;
+    loop->SetObserver(observer);
+}
+
+void SculptSession::SetRenderers(const std::vector<float>& updateFactors) {
+    rendererFactors = updateFactors;
+    PlaceRenderers();
+}
+
+void SculptSession::PlaceRenderers() {
+    for (uint32_t i = 0; i < geometry->LevelCount(); ++i) {
+        LevelMesh& level = *geometry->Level(i);
+        uint32_t kept = 0;
+        while (TreeNode* child = level.ChildByClass(MeshRenderer::StaticClass(), kept)) {
+            if (dynamic_cast<NoticeRenderer*>(child) == nullptr) {
+                ++kept;
+                continue;
+            }
+            level.RemoveChild(child);
+            delete child;
+        }
+    }
+    for (const float factor : rendererFactors)
+        geometry->Bound()->AddChild(new NoticeRenderer(factor));
 }
 
 void SculptSession::Reset() {
@@ -123,7 +153,16 @@ bool SculptSession::Redo() {
 }
 
 bool SculptSession::SelectTool(const std::string& name) {
-    return brush->SetActiveConfiguration(QString::fromStdString(name));
+    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+        BrushConfiguration* row = BrushOperation::Configuration(i);
+        if (row->BrushClass() != brush->RuntimeClass() || row->Name().toStdString() != name)
+            continue;
+        BrushCall call(BrushCall::SetActiveConfiguration, *brush);
+        call.configuration = row;
+        Observed(observer, call, [&] { brush->SetActiveConfiguration(row); });
+        return true;
+    }
+    return false;
 }
 
 std::vector<std::string> SculptSession::ToolNames() const {

@@ -47,12 +47,17 @@ public:
     /// \return false when there is nothing to take back.
     bool Undo();
     bool Redo();
+    /// Who hears of every call into the brush; null for nobody. Borrowed.
+    void SetObserver(StrokeObserver* newObserver);
     /// \return false for a name that is no tool.
     bool SelectTool(const std::string& name);
     std::vector<std::string> ToolNames() const;
 
     /// Mirrors the next strokes over planes of the mesh's own axes: 0 x, 1 y, 2 z.
     void SetMirrors(const std::vector<int>& axes);
+    /// Puts renderers under the bound level, whichever that is: they show nothing and are there to
+    /// be told of changes. \param updateFactors  one for each; see MeshRenderer.
+    void SetRenderers(const std::vector<float>& updateFactors);
     /// Brings the kernel's camera to the view's place.
     void UpdateCamera();
 
@@ -79,6 +84,7 @@ private:
     SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
     void BuildGeometry();
     void RebuildLoop();
+    void PlaceRenderers();
 
     std::string path;
     PolygonMesh loaded;
@@ -90,6 +96,8 @@ private:
     StrokeTotals earlierTotals;
     SceneSettings settings;
     std::vector<std::string> notes;
+    std::vector<float> rendererFactors;
+    StrokeObserver* observer = nullptr;
 };
 
 }  // namespace trovik

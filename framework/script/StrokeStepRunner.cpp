@@ -13,19 +13,25 @@ BrushOperation::Modifier ModifierOf(const std::string& name) {
     return name == "invert" ? BrushOperation::ModifierInvert : BrushOperation::ModifierNone;
 }
 
-/// Ends the stroke on every way out.
-class OpenStroke {
+/// Ends the stroke when it is left by an exception.
+class StrokeGuard {
 public:
-    OpenStroke(StrokeLoop& strokeLoop, BrushOperation::Modifier modifier) : loop(strokeLoop) {
-        loop.Begin(modifier);
+    explicit StrokeGuard(StrokeLoop& strokeLoop) : loop(strokeLoop) {}
+    ~StrokeGuard() {
+        if (armed) loop.End();
     }
-    ~OpenStroke() { loop.End(); }
-    OpenStroke(const OpenStroke&) = delete;
-    OpenStroke& operator=(const OpenStroke&) = delete;
+    StrokeGuard(const StrokeGuard&) = delete;
+    StrokeGuard& operator=(const StrokeGuard&) = delete;
+    void Disarm() { armed = false; }
 
 private:
     StrokeLoop& loop;
+    bool armed = true;
 };
+
+/// Steps that would pull the ground from under a stroke.
+constexpr const char* notInStroke[] = {
+    "tool", "undo", "redo", "subdivide", "level", "layer", "transform", "mirror", "reset"};
 
 }  // namespace
 
@@ -59,14 +65,42 @@ std::vector<PathSample> ScriptRunner::Samples(const FieldReader& list,
 }
 
 void ScriptRunner::RunStroke(const FieldReader& stroke) {
-    const int kinds = static_cast<int>(stroke.Has("dabs")) +
-                      static_cast<int>(stroke.Has("surface")) +
-                      static_cast<int>(stroke.Has("pointer"));
-    if (kinds != 1) stroke.Fail("a stroke needs one of \"dabs\", \"surface\", \"pointer\"");
+    StrokeLoop& loop = session->Loop();
+    const bool staysOpen = stroke.FlagOr("open", false);
+    const bool goesOn = stroke.FlagOr("continue", false);
+    const int kinds =
+        static_cast<int>(stroke.Has("dabs")) + static_cast<int>(stroke.Has("surface")) +
+        static_cast<int>(stroke.Has("pointer")) + static_cast<int>(stroke.Has("wholeMesh"));
+    if (kinds > 1 || (kinds == 0 && !staysOpen && !goesOn)) {
+        stroke.Fail("a stroke needs one of \"dabs\", \"surface\", \"pointer\", \"wholeMesh\"");
+    }
+    if (goesOn && !loop.IsActive()) stroke.At("continue").Fail("no stroke is open");
+    if (goesOn && stroke.Has("modifier"))
+        stroke.At("modifier").Fail("the modifier of a stroke is told where it begins");
+    if (!goesOn && loop.IsActive())
+        stroke.Fail("a stroke is open; go on with it by \"continue\", or end it so first");
     KeepBefore();
-    session->Geometry().History().SetNextLabel(
-        session->Brush().ActiveConfiguration()->Name().toStdString());
-    const OpenStroke open(session->Loop(), ModifierOf(stroke.TextOr("modifier", "none")));
+    if (!goesOn) {
+        session->Geometry().History().SetNextLabel(
+            session->Brush().ActiveConfiguration()->Name().toStdString());
+        loop.Begin(ModifierOf(stroke.TextOr("modifier", "none")));
+    }
+    StrokeGuard guard(loop);
+    LayDabs(stroke);
+    guard.Disarm();
+    if (!staysOpen) loop.End();
+}
+
+void ScriptRunner::CheckOpenStroke(const FieldReader& step) const {
+    if (!session->Loop().IsActive()) return;
+    for (const char* name : notInStroke) {
+        if (!step.Has(name)) continue;
+        step.At(name).Fail(
+            "a stroke is open; end it first with {\"stroke\": {\"continue\": true}}");
+    }
+}
+
+void ScriptRunner::LayDabs(const FieldReader& stroke) {
     if (stroke.Has("dabs")) {
         StrokeDabs(stroke.At("dabs"));
     } else if (stroke.Has("surface")) {
@@ -75,7 +109,11 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
                            session->Tree(),
                            Samples(stroke.At("surface"), 3),
                            PathSettings());
-    } else {
+    } else if (stroke.Has("wholeMesh")) {
+        const FieldReader whole = stroke.At("wholeMesh");
+        session->Loop().WholeMesh(whole.At("strength").Number(), whole.FlagOr("byFacing", false));
+        if (progress.dab) progress.dab();
+    } else if (stroke.Has("pointer")) {
         StrokeAlongView(session->Loop(),
                         session->Geometry(),
                         session->Tree(),

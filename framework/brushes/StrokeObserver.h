@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/BrushOperation.h"
+#include "host/Error.h"
+
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace trovik {
+
+/// One call of the host into a brush. Which members count follows from `kind`; the rest keep their
+/// initial values.
+struct BrushCall {
+    enum Kind : int { SetActiveConfiguration, BeginStroke, ApplyDab, ApplyToWholeMesh, EndStroke };
+
+    BrushCall(Kind callKind, BrushOperation& calledBrush) : kind(callKind), brush(calledBrush) {}
+
+    Kind kind;
+    BrushOperation& brush;
+    /// SetActiveConfiguration: the tool.
+    const BrushConfiguration* configuration = nullptr;
+    /// BeginStroke, ApplyToWholeMesh; null where the brush is given none.
+    Mesh* mesh = nullptr;
+    BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
+    BrushOperation::TriggerType trigger = BrushOperation::TriggerStroke;
+    /// ApplyDab: the arguments as they are given. `box` is read before and after the call.
+    const SurfacePoint* hit = nullptr;
+    Vector position;
+    float size = 0.0f;
+    float pressure = 0.0f;
+    /// ApplyDab, ApplyToWholeMesh.
+    float strength = 0.0f;
+    const AxisAlignedBoundingBox* box = nullptr;
+    /// ApplyToWholeMesh.
+    bool byFacing = false;
+};
+
+/// Hears of every call into a brush, right before and right after it. It changes nothing that the
+/// brush could see and throws nothing.
+class TROVIK_API StrokeObserver {
+public:
+    virtual void BeforeCall(const BrushCall& call) = 0;
+    /// \param error  what the brush threw, which goes on to the caller; null when it returned.
+    virtual void AfterCall(const BrushCall& call, const std::string* error) = 0;
+
+protected:
+    ~StrokeObserver() = default;
+};
+
+/// Runs `run`, which makes the call that `call` tells of, between the two words to the observer.
+/// \param observer  null: nobody listens, and nothing but `run` is done.
+template <typename Run>
+void Observed(StrokeObserver* observer, const BrushCall& call, Run&& run) {
+    if (observer == nullptr) {
+        std::forward<Run>(run)();
+        return;
+    }
+    observer->BeforeCall(call);
+    std::string reason;
+    try {
+        std::forward<Run>(run)();
+    } catch (Error* error) {
+        reason = error->Message().toStdString();
+        observer->AfterCall(call, &reason);
+        throw;
+    } catch (const std::exception& error) {
+        reason = error.what();
+        observer->AfterCall(call, &reason);
+        throw;
+    }
+    observer->AfterCall(call, nullptr);
+}
+
+}  // namespace trovik

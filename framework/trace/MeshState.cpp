@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/trace/MeshState.h"
+
+#include "framework/edits/LevelChange.h"
+#include "framework/edits/SculptLayer.h"
+#include "framework/errors/HostError.h"
+#include "framework/files/FilePath.h"
+#include "framework/trace/JsonFields.h"
+#include "framework/trace/NpyFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+namespace trovik {
+
+namespace {
+
+void MakeFolder(const std::string& folder) {
+    std::error_code failed;
+    std::filesystem::create_directories(folder, failed);
+    if (failed) throw HostError("cannot make the folder " + folder + ": " + failed.message());
+}
+
+template <typename T, typename Of>
+void WriteByVertex(const std::string& path,
+                   const char* elementType,
+                   const LevelMesh& mesh,
+                   Of valueOf) {
+    std::vector<T> values(mesh.VertexCount());
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) values[v] = valueOf(v);
+    std::vector<uint64_t> shape = {mesh.VertexCount()};
+    if constexpr (std::is_same_v<T, Vector>) shape.push_back(3);
+    WriteNpyFile(path, elementType, shape, values.data(), values.size() * sizeof(T));
+}
+
+void WriteLevel(const std::string& folder, const LevelMesh& mesh) {
+    MakeFolder(folder);
+    const uint32_t corners = mesh.CornersPerFace();
+    const std::size_t slots = static_cast<std::size_t>(mesh.faceCount) * corners;
+    WriteNpyFile(folder + "/face_vertex_indices.npy",
+                 npyUint32,
+                 {mesh.faceCount, corners},
+                 mesh.faceVertexIndices.array,
+                 slots * sizeof(uint32_t));
+    WriteByVertex<Vector>(folder + "/positions.npy", npyFloat32, mesh, [&mesh](uint32_t v) {
+        return mesh.Position(v);
+    });
+    WriteNpyFile(
+        folder + "/face_flags.npy", npyUint8, {mesh.faceCount}, mesh.faceFlags, mesh.faceCount);
+}
+
+void WriteBoundLevel(const std::string& folder, LevelMesh& mesh) {
+    static_assert(sizeof(PackedNormal) == 4 * sizeof(int16_t));
+    WriteNpyFile(folder + "/normals.npy",
+                 npyInt16,
+                 {mesh.VertexCount(), 4},
+                 mesh.vertexNormals.array,
+                 mesh.VertexCount() * sizeof(PackedNormal));
+    WriteByVertex<uint8_t>(folder + "/freeze.npy", npyUint8, mesh, [&mesh](uint32_t v) {
+        return mesh.vertices.array[v].freeze;
+    });
+    WriteByVertex<uint32_t>(folder + "/change_link.npy", npyUint32, mesh, [&mesh](uint32_t v) {
+        return mesh.vertices.array[v].changeLink;
+    });
+    if (const LevelChange* change = mesh.OpenChange()) {
+        const Store<StoredVertexInfo>& records = change->Records();
+        WriteNpyFile(folder + "/records.npy",
+                     npyRecord,
+                     {records.fill},
+                     records.array,
+                     records.fill * sizeof(StoredVertexInfo));
+    }
+    if (const SculptLayer* layer = mesh.ActiveLayer()) {
+        WriteByVertex<Vector>(folder + "/layer.npy", npyFloat32, mesh, [layer](uint32_t v) {
+            return layer->Offset(v);
+        });
+        WriteByVertex<Vector>(folder + "/layer_rest.npy", npyFloat32, mesh, [layer](uint32_t v) {
+            return layer->Rest(v);
+        });
+    }
+}
+
+void WriteMirrorCorners(const std::string& path, LevelMesh& mesh) {
+    const uint32_t corners = mesh.CornersPerFace();
+    std::vector<int32_t> answers;
+    answers.reserve(static_cast<std::size_t>(mesh.faceCount) * corners * 3);
+    for (uint32_t face = 0; face < mesh.faceCount; ++face) {
+        for (uint32_t corner = 0; corner < corners; ++corner) {
+            uint32_t mirrorFace = 0;
+            uint32_t mirrorCorner = 0;
+            const int32_t vertex = mesh.MirrorVertex(face, corner, &mirrorFace, &mirrorCorner);
+            const bool none = vertex < 0;
+            answers.push_back(none ? -1 : vertex);
+            answers.push_back(none ? -1 : static_cast<int32_t>(mirrorFace));
+            answers.push_back(none ? -1 : static_cast<int32_t>(mirrorCorner));
+        }
+    }
+    WriteNpyFile(path,
+                 npyInt32,
+                 {mesh.faceCount, corners, 3},
+                 answers.data(),
+                 answers.size() * sizeof(int32_t));
+}
+
+std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
+    LevelMesh& mesh = *geometry.Bound();
+    const Mesh* plain = &mesh;
+    const Placement& place = geometry.Place();
+    const SculptLayer* layer = mesh.ActiveLayer();
+    Vector scale;
+    place.Scale(&scale);
+    std::vector<std::string> types;
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
+        types.push_back(std::to_string(geometry.Level(level)->meshType));
+    JsonFields meta;
+    meta.Set("meshType", std::to_string(mesh.meshType));
+    meta.Set("level", std::to_string(mesh.Index()));
+    meta.Set("lowestLevel", std::to_string(geometry.LowestLevel()->Index()));
+    meta.Set("highestLevel", std::to_string(geometry.HighestLevel()->Index()));
+    meta.Set("levelMeshTypes", JsonList(types));
+    meta.Set("visitStamp", std::to_string(mesh.visitStamp));
+    meta.Set("vertexCount", std::to_string(mesh.VertexCount()));
+    meta.Set("faceCount", std::to_string(mesh.faceCount));
+    meta.Set("localToWorld", JsonMatrix(place.ToWorld()));
+    meta.Set("worldToLocal", JsonMatrix(place.ToLocal()));
+    meta.Set("scale", JsonVector(scale));
+    meta.Set("freezeQuery", std::to_string(mesh.FreezeQuery()));
+    meta.Set("hasLayer", JsonBool(layer != nullptr));
+    meta.Set("layerWritable", JsonBool(layer != nullptr && layer->Writable()));
+    meta.Set("layerStrength", JsonFloat(layer == nullptr ? 1.0f : layer->Strength()));
+    meta.Set("lockable", JsonBool(mesh.WouldLock(unlocker)));
+    meta.Set("isSubdivisionLevel", JsonBool(dynamic_cast<const SubdivisionLevel*>(plain) != nullptr));
+    return meta.Text();
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) ThrowFileError("write", path, errno);
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    const int reason = errno;
+    if (std::fclose(file) != 0 || !written) ThrowFileError("write", path, reason);
+}
+
+}  // namespace
+
+void WriteMeshState(const std::string& folder,
+                    LevelGeometry& geometry,
+                    const MeshUnlocker* unlocker,
+                    bool mirrorCorners) {
+    MakeFolder(folder);
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
+        WriteLevel(folder + "/level-" + std::to_string(level), *geometry.Level(level));
+    WriteBoundLevel(folder, *geometry.Bound());
+    if (mirrorCorners) WriteMirrorCorners(folder + "/mirror_corners.npy", *geometry.Bound());
+    WriteText(folder + "/meta.json", MetaText(geometry, unlocker) + "\n");
+}
+
+}  // namespace trovik

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/trace/TraceArrays.h"
+
+#include "framework/trace/NpyFile.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <string_view>
+
+namespace trovik {
+
+namespace {
+
+/// Floating point, 32 bits a channel.
+constexpr uint32_t floatFormat = 3;
+constexpr uint32_t floatDepth = 5;
+
+/// 64-bit FNV-1a.
+uint64_t Hash(std::string_view bytes) {
+    uint64_t hash = 0xcbf29ce484222325u;
+    for (const char byte : bytes) hash = (hash ^ static_cast<uint8_t>(byte)) * 0x100000001b3u;
+    return hash;
+}
+
+/// Stands for a content: stamps are too large to be kept for comparing. Two hashes of different
+/// making and the shape.
+std::string Fingerprint(const std::string& header, std::string_view bytes) {
+    return header + std::to_string(Hash(bytes)) + "/" +
+           std::to_string(std::hash<std::string_view>()(bytes));
+}
+
+}  // namespace
+
+TraceArrays::TraceArrays(std::string arrayFolder) : folder(std::move(arrayFolder)) {}
+
+std::string TraceArrays::Put(const char* kind,
+                             const std::vector<uint64_t>& shape,
+                             const float* values) {
+    std::size_t sizeBytes = sizeof(float);
+    for (const uint64_t extent : shape) sizeBytes *= extent;
+    const std::string_view bytes(reinterpret_cast<const char*>(values), sizeBytes);
+    std::string& file = fileOfContent[Fingerprint(NpyHeader(npyFloat32, shape), bytes)];
+    if (file.empty()) {
+        char name[64];
+        std::snprintf(name, sizeof name, "%s-%04u.npy", kind, ++countOfKind[kind]);
+        WriteNpyFile(folder + "/" + name, npyFloat32, shape, values, sizeBytes);
+        file = name;
+    }
+    return file;
+}
+
+std::string TraceArrays::Falloff(const Store<float>& samples) {
+    return Put("falloff", {samples.fill}, samples.array);
+}
+
+std::string TraceArrays::Pixels(Image& image, uint8_t channels) {
+    const PixelsRead read{&image, image.Version(), image.Width(), image.Height(), channels};
+    if (read == lastRead) return lastFile;
+    std::vector<float> pixels(static_cast<std::size_t>(read.width) * read.height * channels);
+    const PixelDescriptor descriptor{channels, floatFormat, floatDepth, 0};
+    image.getTile(0,
+                  0,
+                  static_cast<int>(read.width),
+                  static_cast<int>(read.height),
+                  pixels.data(),
+                  &descriptor);
+    lastFile = Put("stamp", {read.height, read.width, channels}, pixels.data());
+    lastRead = read;
+    return lastFile;
+}
+
+unsigned TraceArrays::ImageNumber(const Image* image) {
+    const auto found = std::find(images.begin(), images.end(), image);
+    const auto number = static_cast<unsigned>(found - images.begin());
+    if (found == images.end()) images.push_back(image);
+    return number;
+}
+
+}  // namespace trovik

@@ -1,0 +1,379 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/trace/TraceRecorder.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/errors/HostError.h"
+#include "framework/files/FilePath.h"
+#include "framework/levels/NoticeRenderer.h"
+#include "framework/nodes/HostKernel.h"
+#include "framework/trace/BrushSettingsText.h"
+#include "framework/trace/MeshState.h"
+
+#include <cerrno>
+#include <filesystem>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int stampMask = -1;
+constexpr const char* lineFile = "trace.jsonl";
+
+const char* NameOf(BrushCall::Kind kind) {
+    static constexpr const char* names[] = {
+        "SetActiveConfiguration", "BeginStroke", "ApplyDab", "ApplyToWholeMesh", "EndStroke"};
+    return names[kind];
+}
+
+bool IsPartOfATrace(const std::string& name) {
+    return name == lineFile || name == "arrays" || name == "before" || name == "after" ||
+           name.rfind("dab-", 0) == 0;
+}
+
+/// An empty folder; the parts of an earlier trace go, so that none of them is taken for this one's.
+void PrepareFolder(const std::string& folder) {
+    std::error_code failed;
+    fs::create_directories(folder, failed);
+    if (failed) throw HostError("cannot make the folder " + folder + ": " + failed.message());
+    std::vector<fs::path> parts;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        if (!IsPartOfATrace(entry.path().filename().string())) {
+            throw HostError(folder + ": the folder holds files that are no trace, such as " +
+                            entry.path().filename().string());
+        }
+        parts.push_back(entry.path());
+    }
+    for (const fs::path& part : parts) {
+        fs::remove_all(part, failed);
+        if (failed) throw HostError("cannot remove " + part.string() + ": " + failed.message());
+    }
+    fs::create_directories(fs::path(folder) / "arrays", failed);
+    if (failed)
+        throw HostError("cannot make the folder " + folder + "/arrays: " + failed.message());
+}
+
+std::vector<LevelGeometry*> Geometries() {
+    const HostScene& scene = *HostKernel::Instance().Scene();
+    std::vector<LevelGeometry*> geometries;
+    for (unsigned i = 0; i < scene.GeometryCount(); ++i)
+        if (auto* geometry = dynamic_cast<LevelGeometry*>(scene.GeometryAt(i)))
+            geometries.push_back(geometry);
+    return geometries;
+}
+
+const MeshUnlocker* UnlockerOf(const BrushOperation& brush) {
+    return dynamic_cast<const MeshUnlocker*>(&brush);
+}
+
+/// What a brush works on it holds the lock of.
+LevelMesh* BoundMesh(const BrushOperation& brush) {
+    const MeshUnlocker* unlocker = UnlockerOf(brush);
+    if (unlocker == nullptr) return nullptr;
+    for (const LevelGeometry* geometry : Geometries())
+        for (uint32_t level = 0; level < geometry->LevelCount(); ++level)
+            if (geometry->Level(level)->LockHolder() == unlocker) return geometry->Level(level);
+    return nullptr;
+}
+
+std::vector<MeshRenderer*> RenderersOf(LevelMesh& mesh) {
+    std::vector<MeshRenderer*> renderers;
+    for (uint32_t i = 0;; ++i) {
+        auto* renderer =
+            dynamic_cast<MeshRenderer*>(mesh.ChildByClass(MeshRenderer::StaticClass(), i));
+        if (renderer == nullptr) return renderers;
+        renderers.push_back(renderer);
+    }
+}
+
+std::string HitText(const SurfacePoint& hit) {
+    JsonFields fields;
+    fields.Set("mesh", MeshIdText(hit.mesh));
+    fields.Set("face", std::to_string(hit.face));
+    fields.Set("position", JsonVector(hit.position));
+    fields.Set("normal", JsonVector(hit.normal));
+    fields.Set("mirror", JsonBool(hit.mirror));
+    return fields.Text();
+}
+
+std::string ToolText(const BrushConfiguration* tool) {
+    return tool == nullptr ? JsonNull() : std::to_string(tool->ID());
+}
+
+}  // namespace
+
+TraceRecorder::TraceRecorder(const TraceOptions& traceOptions) : options(traceOptions) {
+    PrepareFolder(options.folder);
+    arrays = std::make_unique<TraceArrays>(options.folder + "/arrays");
+    const std::string path = options.folder + "/" + lineFile;
+    lines = std::fopen(path.c_str(), "wb");
+    if (lines == nullptr) ThrowFileError("write", path, errno);
+}
+
+TraceRecorder::~TraceRecorder() { std::fclose(lines); }
+
+void TraceRecorder::ThrowIfFailed() const {
+    if (!failure.empty()) throw HostError(failure);
+}
+
+void TraceRecorder::BeforeCall(const BrushCall& call) {
+    if (!failure.empty()) return;
+    try {
+        Prepare(call);
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+}
+
+void TraceRecorder::AfterCall(const BrushCall& call, const std::string* error) {
+    Watch(false);
+    if (!failure.empty()) return;
+    try {
+        Record(call, error);
+    } catch (const std::exception& failed) {
+        failure = failed.what();
+    }
+}
+
+void TraceRecorder::Prepare(const BrushCall& call) {
+    const bool onMesh = call.kind == BrushCall::BeginStroke || call.kind == BrushCall::ApplyDab ||
+                        call.kind == BrushCall::ApplyToWholeMesh;
+    if (onMesh && !begun) {
+        for (const LevelGeometry* geometry : Geometries()) {
+            boundLevels.push_back(geometry->BoundIndex());
+            freezeQueries[geometry->Bound()] = geometry->Bound()->FreezeQuery();
+        }
+        begun = true;
+        WriteStates("before", call.brush);
+    }
+    if (onMesh) CheckLevels();
+    FillInput(call);
+    buildUpRateBefore = BuildUpRateText(call.brush);
+    messagesBefore = HostKernel::Instance().HUDMessages().size();
+    walked = false;
+    lastWalk.clear();
+    finished.clear();
+    BrushOperation::Private& host = call.brush.Settings();
+    directionWasSet = host.directionVectorSet;
+    host.directionVectorSet = false;
+    Watch(true);
+}
+
+void TraceRecorder::FillInput(const BrushCall& call) {
+    const BrushOperation& brush = call.brush;
+    input = JsonFields();
+    switch (call.kind) {
+        case BrushCall::SetActiveConfiguration:
+            input.Set("tool", ToolText(call.configuration));
+            input.Set("inited", JsonBool(brush.IsConfigurationInited(call.configuration)));
+            return;
+        case BrushCall::BeginStroke:
+            input.Set("mesh", MeshIdText(call.mesh));
+            input.Set("modifier", std::to_string(call.modifier));
+            input.Set("trigger", std::to_string(call.trigger));
+            input.Append(BrushSettingsFields(brush, *arrays));
+            AddFreezeQuery(call.mesh, true);
+            return;
+        case BrushCall::ApplyDab: {
+            input.Set("hit", HitText(*call.hit));
+            input.Set("position", JsonVector(call.position));
+            input.Set("size", JsonFloat(call.size));
+            input.Set("pressure", JsonFloat(call.pressure));
+            input.Set("strength", JsonFloat(call.strength));
+            input.Set("box", JsonBox(*call.box));
+            input.Set("previousPatchPosition", JsonVector(brush.PreviousPatchPosition()));
+            input.Set("direction", std::to_string(brush.Direction()));
+            if (brush.IsMaskEnabled(stampMask))
+                input.Set("stampMatrix", JsonMatrix(brush.MaskMatrix(stampMask)));
+            input.Set("stampFactor", JsonFloat(brush.MaskFactor(stampMask)));
+            if (call.hit->mirror)
+                input.Set("mirrorTransform", JsonMatrix(call.brush.MirrorConfig().PointMap()));
+            input.Set("camera", CameraText());
+            input.Append(BrushSettingsFields(brush, *arrays).ChangedSince(settings));
+            AddFreezeQuery(call.hit->mesh, false);
+            return;
+        }
+        case BrushCall::ApplyToWholeMesh:
+            input.Set("mesh", MeshIdText(call.mesh));
+            input.Set("strength", JsonFloat(call.strength));
+            input.Set("byFacing", JsonBool(call.byFacing));
+            input.Set("hit", HitText(SurfacePoint(call.mesh, call.mesh->faceVertexIndices[0], 0)));
+            input.Append(BrushSettingsFields(brush, *arrays));
+            // The dab inside reads these two as any dab does.
+            input.Set("previousPatchPosition", JsonVector(brush.PreviousPatchPosition()));
+            if (brush.IsMaskEnabled(stampMask))
+                input.Set("stampMatrix", JsonMatrix(brush.MaskMatrix(stampMask)));
+            AddFreezeQuery(call.mesh, true);
+            return;
+        case BrushCall::EndStroke:
+            return;
+    }
+}
+
+void TraceRecorder::AddFreezeQuery(Mesh* mesh, bool always) {
+    if (mesh == nullptr) return;
+    const int answer = mesh->FreezeQuery();
+    const auto [told, isNew] = freezeQueries.try_emplace(mesh, answer);
+    if (!always && !isNew && told->second == answer) return;
+    told->second = answer;
+    input.Set("freezeQuery", std::to_string(answer));
+}
+
+void TraceRecorder::Record(const BrushCall& call, const std::string* error) {
+    BrushOperation& brush = call.brush;
+    BrushOperation::Private& host = brush.Settings();
+    JsonFields out;
+    switch (call.kind) {
+        case BrushCall::SetActiveConfiguration:
+            out.Set("strengthScale", JsonFloat(brush.brushStrengthScale));
+            break;
+        case BrushCall::BeginStroke: {
+            settings = BrushSettingsFields(brush, *arrays);
+            if (call.modifier == BrushOperation::ModifierSmooth) {
+                // The brush took its build-up rate before it turned to Smooth, and read all the
+                // rest afterwards.
+                JsonFields asRead = settings;
+                for (const char* name : {"tool", "strengthScale"})
+                    asRead.Set(name, *input.Find(name));
+                asRead.Set("attributes", BrushAttributesText(brush, buildUpRateBefore));
+                input.Append(asRead);
+            }
+            AddOutcome(out, call, error);
+            break;
+        }
+        case BrushCall::ApplyDab:
+            settings = BrushSettingsFields(brush, *arrays);
+            out.Set("box", JsonBox(*call.box));
+            AddOutcome(out, call, error);
+            AddTouched(out, call);
+            break;
+        case BrushCall::ApplyToWholeMesh:
+            settings = BrushSettingsFields(brush, *arrays);
+            AddOutcome(out, call, error);
+            AddTouched(out, call);
+            break;
+        case BrushCall::EndStroke:
+            out.Set("finished", JsonList(finished));
+            out.Set("tool", ToolText(brush.ActiveConfiguration()));
+            break;
+    }
+    const bool hasErrorField = out.Find("error") != nullptr;
+    if (!hasErrorField && error != nullptr) out.Set("error", JsonString(*error));
+    host.directionVectorSet = host.directionVectorSet || directionWasSet;
+
+    JsonFields line;
+    line.Set("call", JsonString(std::string(NameOf(call.kind))));
+    line.Set("in", input.Text());
+    line.Set("out", out.Text());
+    WriteLine(line);
+    if (call.kind != BrushCall::ApplyDab) return;
+    ++dabCount;
+    if (options.every == 0 || dabCount % options.every != 0) return;
+    char name[32];
+    std::snprintf(name, sizeof name, "dab-%06u", dabCount);
+    WriteStates(name, brush);
+}
+
+void TraceRecorder::AddOutcome(JsonFields& out,
+                               const BrushCall& call,
+                               const std::string* error) const {
+    out.Set("messages", MessagesSince());
+    out.Set("error", error == nullptr ? JsonNull() : JsonString(*error));
+    out.Set("bound", MeshIdText(BoundMesh(call.brush)));
+}
+
+void TraceRecorder::AddTouched(JsonFields& out, const BrushCall& call) const {
+    const BrushOperation::Private& host = call.brush.Settings();
+    LevelMesh* bound = BoundMesh(call.brush);
+    out.Set("directionVector",
+            host.directionVectorSet ? JsonVector(host.directionVector) : JsonNull());
+    out.Set("visitStamp", bound == nullptr ? JsonNull() : std::to_string(bound->visitStamp));
+    out.Set("recordCount", std::to_string(bound == nullptr ? 0u : bound->changeRecordCount));
+    std::vector<std::string> tested;
+    for (const FaceVisit& visit : lastWalk)
+        tested.push_back("[" + std::to_string(visit.face) + (visit.answer ? ",1]" : ",0]"));
+    out.Set("facesTested", JsonList(tested));
+    std::vector<std::string> notices;
+    if (walked && bound != nullptr) {
+        for (const MeshRenderer* renderer : RenderersOf(*bound)) {
+            std::vector<std::string> heard;
+            if (const auto* listener = dynamic_cast<const NoticeRenderer*>(renderer))
+                for (const NoticeRenderer::Notice& notice : listener->Notices())
+                    heard.push_back("[" + std::to_string(notice.vertex) + "," +
+                                    std::to_string(notice.face) + "]");
+            notices.push_back(JsonList(heard));
+        }
+    }
+    out.Set("notices", JsonList(notices));
+}
+
+std::string TraceRecorder::MessagesSince() const {
+    const std::vector<std::string>& all = HostKernel::Instance().HUDMessages();
+    std::vector<std::string> messages;
+    for (std::size_t i = messagesBefore; i < all.size(); ++i)
+        messages.push_back(JsonString(all[i]));
+    return JsonList(messages);
+}
+
+void TraceRecorder::WalkEnded(const LevelMesh&, const std::vector<FaceVisit>& visits) {
+    walked = true;
+    lastWalk = visits;
+}
+
+void TraceRecorder::ChangeFinished(const LevelMesh& level, bool keepTopology, bool joinPrevious) {
+    finished.push_back(
+        JsonList({MeshIdText(&level), JsonBool(keepTopology), JsonBool(joinPrevious)}));
+}
+
+void TraceRecorder::Watch(bool on) {
+    for (LevelGeometry* geometry : Geometries()) {
+        geometry->SetObserver(on ? this : nullptr);
+        for (MeshRenderer* renderer : RenderersOf(*geometry->Bound())) {
+            auto* listener = dynamic_cast<NoticeRenderer*>(renderer);
+            if (listener == nullptr) continue;
+            if (on)
+                listener->StartListening();
+            else
+                listener->StopListening();
+        }
+    }
+}
+
+void TraceRecorder::CheckLevels() {
+    const std::vector<LevelGeometry*> geometries = Geometries();
+    for (std::size_t i = 0; i < geometries.size(); ++i) {
+        if (i >= boundLevels.size()) throw HostError("a trace keeps its meshes: one was added");
+        if (geometries[i]->BoundIndex() == boundLevels[i]) continue;
+        throw HostError("a trace keeps one bound level per mesh: m" + std::to_string(i) +
+                        " was traced on level " + std::to_string(boundLevels[i]) +
+                        " and is on level " + std::to_string(geometries[i]->BoundIndex()) + " now");
+    }
+}
+
+void TraceRecorder::WriteStates(const std::string& name, const BrushOperation& brush) {
+    const std::vector<LevelGeometry*> geometries = Geometries();
+    for (std::size_t i = 0; i < geometries.size(); ++i) {
+        WriteMeshState(options.folder + "/" + name + "/m" + std::to_string(i),
+                       *geometries[i],
+                       UnlockerOf(brush),
+                       options.mirrorCorners);
+    }
+}
+
+void TraceRecorder::WriteAfter(const BrushOperation& brush) {
+    ThrowIfFailed();
+    if (!begun)
+        WriteStates("before", brush);
+    else
+        CheckLevels();
+    WriteStates("after", brush);
+}
+
+void TraceRecorder::WriteLine(const JsonFields& line) {
+    const std::string text = line.Text() + "\n";
+    if (std::fwrite(text.data(), 1, text.size(), lines) != text.size() || std::fflush(lines) != 0)
+        ThrowFileError("write", options.folder + "/" + lineFile, errno);
+}
+
+}  // namespace trovik

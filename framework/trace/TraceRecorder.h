@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/StrokeObserver.h"
+#include "framework/levels/LevelGeometry.h"
+#include "framework/trace/JsonFields.h"
+#include "framework/trace/TraceArrays.h"
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+struct TraceOptions {
+    /// Where the trace goes. The folder is made; an earlier trace in it is replaced.
+    std::string folder;
+    /// State of every mesh after each dab whose number is a multiple of this; 0: none.
+    unsigned every = 0;
+    /// States hold the topological mirror of every corner.
+    bool mirrorCorners = false;
+};
+
+/// Writes a trace: what a brush was given at every call and what it did that the host can see. The
+/// format is told in docs/trace.md.
+///
+/// The state `before` is written when the first stroke begins, so that it holds what was set up by
+/// then. The recorder watches all geometries of the scene, and only while a call is under way.
+/// Lines are on disk when a call is over, so a crash leaves the trace up to it.
+///
+/// Errors: within a call nothing is thrown; after a failure nothing more is written, and
+/// ThrowIfFailed tells it.
+class TROVIK_API TraceRecorder final : public StrokeObserver, private GeometryObserver {
+public:
+    /// Prepares the folder. \throw HostError when it cannot be made, or holds files that are no
+    /// trace.
+    explicit TraceRecorder(const TraceOptions& options);
+    ~TraceRecorder();
+    TraceRecorder(const TraceRecorder&) = delete;
+    TraceRecorder& operator=(const TraceRecorder&) = delete;
+
+    void BeforeCall(const BrushCall& call) override;
+    void AfterCall(const BrushCall& call, const std::string* error) override;
+
+    /// \throw HostError with the first failure, if there was one.
+    void ThrowIfFailed() const;
+    /// Writes the state `after`, to be called when the last call is over; where no stroke has begun
+    /// `before` too. \throw HostError.
+    void WriteAfter(const BrushOperation& brush);
+    /// Lines of ApplyDab so far.
+    unsigned DabCount() const { return dabCount; }
+
+private:
+    void WalkEnded(const LevelMesh& level, const std::vector<FaceVisit>& visits) override;
+    void ChangeFinished(const LevelMesh& level, bool keepTopology, bool joinPrevious) override;
+
+    void Prepare(const BrushCall& call);
+    void Record(const BrushCall& call, const std::string* error);
+    void FillInput(const BrushCall& call);
+    void AddFreezeQuery(Mesh* mesh, bool always);
+    void AddOutcome(JsonFields& out, const BrushCall& call, const std::string* error) const;
+    void AddTouched(JsonFields& out, const BrushCall& call) const;
+    std::string MessagesSince() const;
+    void Watch(bool on);
+    void CheckLevels();
+    void WriteStates(const std::string& name, const BrushOperation& brush);
+    void WriteLine(const JsonFields& line);
+
+    TraceOptions options;
+    std::FILE* lines = nullptr;
+    std::unique_ptr<TraceArrays> arrays;
+    std::string failure;
+    bool begun = false;
+    unsigned dabCount = 0;
+    /// Bound level of each geometry in the state `before`.
+    std::vector<uint32_t> boundLevels;
+    /// Settings after the last call, for telling what the host changed since.
+    JsonFields settings;
+    std::map<const Mesh*, int> freezeQueries;
+
+    // The call under way.
+    JsonFields input;
+    std::size_t messagesBefore = 0;
+    /// "builduprate" when a stroke began, as JSON text.
+    std::string buildUpRateBefore;
+    bool directionWasSet = false;
+    bool walked = false;
+    std::vector<FaceVisit> lastWalk;
+    std::vector<std::string> finished;
+};
+
+}  // namespace trovik
