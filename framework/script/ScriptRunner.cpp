@@ -306,6 +306,9 @@ void ScriptRunner::RunTransform(const FieldReader& transform) {
         Matrix matrix;
         const FieldReader numbers = transform.At("matrix");
         for (std::size_t i = 0; i < 16; ++i) matrix.m[i / 4][i % 4] = numbers.At(i).Number();
+        const bool isAffine = matrix.m[0][3] == 0.0f && matrix.m[1][3] == 0.0f &&
+                              matrix.m[2][3] == 0.0f && matrix.m[3][3] == 1.0f;
+        if (!isAffine) numbers.Fail("the last column of the matrix is not 0, 0, 0, 1");
         Matrix inverse = matrix;
         bool invertible = false;
         inverse.Invert(&invertible);

@@ -145,6 +145,10 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
                       "/steps/0/level: there is no level 3; the highest is 0");
     ExpectScriptError(R"({"mesh": "cube.obj", "transform": {"scale": [1, 0, 1]}, "steps": []})",
                       "/transform/scale: a scale of 0");
+    ExpectScriptError(
+        R"({"mesh": "cube.obj", "transform": {"matrix": [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2]},
+            "steps": []})",
+        "/transform/matrix: the last column of the matrix is not 0, 0, 0, 1");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"undo": 1}]})",
                       "/steps/0/undo: there is nothing more to undo");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"layer": {"strength": 1}}]})",
@@ -176,6 +180,21 @@ TEST_F(Command, WrongUsageIsStatusTwo) {
     EXPECT_EQ(Run("sculpt").status, 2);
     EXPECT_EQ(Run("carve s.json").status, 2);
     EXPECT_EQ(Run("render cube.obj p.png --samples 0").status, 2);
+}
+
+TEST_F(Command, TraceIsWrittenIntoItsFolder) {
+    WriteFile("s.json", sculptScript);
+    const Outcome outcome = Run("sculpt s.json -q --trace t --trace-every 2");
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_GT(fs::file_size(folder / "t/trace.jsonl"), 1000u);
+    EXPECT_TRUE(fs::exists(folder / "t/dab-000002/m0/records.npy"));
+    EXPECT_TRUE(fs::exists(folder / "t/after/m0/meta.json"));
+    EXPECT_EQ(Run("sculpt s.json -q --trace-every 2").status, 2);
+    EXPECT_EQ(Run("sculpt s.json -q --trace t --trace-every 0").status, 2);
+    const Outcome refused = Run("sculpt s.json -q --trace .");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.error.find("the folder holds files that are no trace"), std::string::npos)
+        << refused.error;
 }
 
 TEST_F(Command, HelpAndVersionAreStatusZero) {
