@@ -87,7 +87,10 @@ void AddSculptCommand(CLI::App& program) {
                          options->trace.folder,
                          "Folder for a trace: everything that the brush was given and did, for "
                          "tools/trovik_trace.py and NumPy (see docs/trace.md). An earlier trace in "
-                         "it is replaced");
+                         "it is replaced")
+            ->check([](const std::string& folder) {
+                return folder.empty() ? std::string("the folder needs a name") : std::string();
+            });
     verb->add_option("--trace-every",
                      options->trace.every,
                      "With --trace: the state of the mesh after every Nth dab too")

@@ -69,6 +69,10 @@ void Observed(StrokeObserver* observer, const BrushCall& call, Run&& run) {
         reason = error.what();
         observer->AfterCall(call, &reason);
         throw;
+    } catch (...) {
+        reason = "unknown exception";
+        observer->AfterCall(call, &reason);
+        throw;
     }
     observer->AfterCall(call, nullptr);
 }

@@ -57,9 +57,9 @@ std::string StampText(const BrushOperation& brush, TraceArrays& arrays) {
     stamp.Set("height", std::to_string(image.Height()));
     stamp.Set("version", std::to_string(image.Version()));
     stamp.Set("image", std::to_string(arrays.ImageNumber(&image)));
-    stamp.Set(
-        "pixels",
-        hasPixels ? JsonString(arrays.Pixels(image, IsVectorStamp(name) ? 3 : 1)) : JsonNull());
+    stamp.Set("pixels",
+              hasPixels ? JsonString(arrays.Pixels(image, name, IsVectorStamp(name) ? 3 : 1))
+                        : JsonNull());
     return stamp.Text();
 }
 

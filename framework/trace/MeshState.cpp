@@ -130,7 +130,8 @@ std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
     meta.Set("layerWritable", JsonBool(layer != nullptr && layer->Writable()));
     meta.Set("layerStrength", JsonFloat(layer == nullptr ? 1.0f : layer->Strength()));
     meta.Set("lockable", JsonBool(mesh.WouldLock(unlocker)));
-    meta.Set("isSubdivisionLevel", JsonBool(dynamic_cast<const SubdivisionLevel*>(plain) != nullptr));
+    meta.Set("isSubdivisionLevel",
+             JsonBool(dynamic_cast<const SubdivisionLevel*>(plain) != nullptr));
     return meta.Text();
 }
 

@@ -54,8 +54,8 @@ std::string TraceArrays::Falloff(const Store<float>& samples) {
     return Put("falloff", {samples.fill}, samples.array);
 }
 
-std::string TraceArrays::Pixels(Image& image, uint8_t channels) {
-    const PixelsRead read{&image, image.Version(), image.Width(), image.Height(), channels};
+std::string TraceArrays::Pixels(Image& image, const QString& name, uint8_t channels) {
+    const PixelsRead read{&image, name, image.Version(), image.Width(), image.Height(), channels};
     if (read == lastRead) return lastFile;
     std::vector<float> pixels(static_cast<std::size_t>(read.width) * read.height * channels);
     const PixelDescriptor descriptor{channels, floatFormat, floatDepth, 0};

@@ -19,9 +19,12 @@ public:
     /// File of a falloff table: float32 [n]. \throw HostError of the file.
     std::string Falloff(const Store<float>& samples);
     /// File of a stamp's pixels as Image::getTile gives them: float32 [height, width, channels].
-    /// They are read again only when the image object, its version or its size is another than the
-    /// last time. \throw HostError of the file.
-    std::string Pixels(Image& image, uint8_t channels);
+    /// They are read again only when the image object, its version, its size or `name` is another
+    /// than the last time, or after ForgetPixels. \throw HostError of the file.
+    std::string Pixels(Image& image, const QString& name, uint8_t channels);
+    /// An image that is gone may leave its address to another; a stroke begins with pixels read
+    /// anew.
+    void ForgetPixels() { lastRead = {}; }
     /// A number for the image object: 0 for the first one that is asked for, and so on.
     unsigned ImageNumber(const Image* image);
 
@@ -29,18 +32,19 @@ private:
     std::string Put(const char* kind, const std::vector<uint64_t>& shape, const float* values);
 
     struct PixelsRead {
-        const Image* image;
-        uint32_t version;
-        uint32_t width;
-        uint32_t height;
-        uint8_t channels;
+        const Image* image = nullptr;
+        QString name;
+        uint32_t version = 0;
+        uint32_t width = 0;
+        uint32_t height = 0;
+        uint8_t channels = 0;
         bool operator==(const PixelsRead&) const = default;
     };
     std::string folder;
     std::map<std::string, std::string> fileOfContent;
     std::map<std::string, unsigned> countOfKind;
     std::vector<const Image*> images;
-    PixelsRead lastRead{nullptr, 0, 0, 0, 0};
+    PixelsRead lastRead;
     std::string lastFile;
 };
 

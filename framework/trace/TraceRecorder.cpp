@@ -170,6 +170,7 @@ void TraceRecorder::FillInput(const BrushCall& call) {
             return;
         case BrushCall::BeginStroke:
             input.Set("mesh", MeshIdText(call.mesh));
+            arrays->ForgetPixels();
             input.Set("modifier", std::to_string(call.modifier));
             input.Set("trigger", std::to_string(call.trigger));
             input.Append(BrushSettingsFields(brush, *arrays));

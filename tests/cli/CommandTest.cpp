@@ -190,6 +190,7 @@ TEST_F(Command, TraceIsWrittenIntoItsFolder) {
     EXPECT_TRUE(fs::exists(folder / "t/dab-000002/m0/records.npy"));
     EXPECT_TRUE(fs::exists(folder / "t/after/m0/meta.json"));
     EXPECT_EQ(Run("sculpt s.json -q --trace-every 2").status, 2);
+    EXPECT_EQ(Run("sculpt s.json -q --trace ''").status, 2);
     EXPECT_EQ(Run("sculpt s.json -q --trace t --trace-every 0").status, 2);
     const Outcome refused = Run("sculpt s.json -q --trace .");
     EXPECT_EQ(refused.status, 1);

@@ -350,6 +350,8 @@ TEST_F(TraceRecorderTest, StampComesWithItsPixelsAndMatrix) {
     EXPECT_EQ(in["stampMatrix"][13], 9.0);
     EXPECT_FALSE(in.contains("stamp"));
     EXPECT_EQ(image.reads, 1) << "pixels are read again only for another image";
+    Begin(first.Bound());
+    EXPECT_EQ(image.reads, 2) << "or in another stroke";
 
     // A stamp of directions by its name; then another image object with the same pixels.
     brush.SetStamp(true, QStringLiteral("horn_VDM.exr"));
