@@ -54,8 +54,14 @@ float BrushOperation::MaskOffset(int mask) const {
 
 void BrushOperation::OnMaskChanged(int mask) {
     if (mask != stampMask) return;
-    if (d->stampName != d->stamp.path) d->stampImage.reset();
-    d->stampName = d->stamp.path;
+    if (d->stampImagePath != d->stamp.path) {
+        const auto known = d->knownStampImages.find(d->stamp.path);
+        d->stampImage = known == d->knownStampImages.end() ? nullptr : known->second.lock();
+    }
+    d->stampImagePath = d->stamp.path;
+    // The folders of a file elsewhere must not make it a vector stamp by their names.
+    const QString& path = d->stamp.path;
+    d->stampName = path.startsWith(u'/') ? path.mid(path.lastIndexOf(u'/') + 1) : path;
 }
 
 void BrushOperation::SetStamp(bool enabled, const QString& path) {
@@ -64,8 +70,15 @@ void BrushOperation::SetStamp(bool enabled, const QString& path) {
     OnMaskChanged(stampMask);
 }
 
+// A configuration tells all of a tool's stamp; nothing of the tool before it stays.
 void BrushOperation::SetStampConfig(StampConfiguration& config) {
     d->stamp = config;
+    d->stampTiled = false;
+    d->stampInverted = false;
+    d->stampBuildUp = false;
+    d->stampFactor = 1.0f;
+    d->stampOffset = 0.0f;
+    d->orientedToSurface = true;
     OnMaskChanged(stampMask);
 }
 

@@ -149,6 +149,7 @@ const BrushOperation& BrushOperation::operator=(const BrushOperation& other) {
     FillFalloff(s.falloffSamples, SamplesOf(o.falloffSamples));
     s.stamp = o.stamp;
     s.stampName = o.stampName;
+    s.stampImagePath = o.stampImagePath;
     s.stampImage = o.stampImage;
     s.stampTiled = o.stampTiled;
     s.stampInverted = o.stampInverted;

@@ -26,8 +26,11 @@ struct BrushOperation::Private {
 
     // The stamp (mask -1).
     StampConfiguration stamp;
-    QString stampName;
+    QString stampName;                  ///< what MaskName answers
+    QString stampImagePath;             ///< StampConfiguration::path for which the image stands
     std::shared_ptr<Image> stampImage;  ///< null: none
+    /// Images of the stamps of other tools, by path, as long as somebody keeps them.
+    std::map<QString, std::weak_ptr<Image>> knownStampImages;
     bool stampTiled = false;
     bool stampInverted = false;
     bool stampBuildUp = false;

@@ -13,16 +13,29 @@ constexpr const char* percentTools[] = {"Pinch", "Smooth", "Amplify", "Flatten",
 /// Wax takes one tenth of its strength, scaled by one half, for the offset of its plane.
 constexpr float waxLift = 0.25f / (0.1f * 0.5f);
 
+std::string ToolName(const BrushOperation& brush) {
+    const BrushConfiguration* tool = brush.ActiveConfiguration();
+    return tool == nullptr ? std::string() : tool->Name().toStdString();
+}
+
+bool TakesPercent(const std::string& tool) {
+    return std::find(std::begin(percentTools), std::end(percentTools), tool) !=
+           std::end(percentTools);
+}
+
 }  // namespace
 
 float DabStrength(const BrushOperation& brush, float pressure, float radius) {
     const float percent = brush.EffectiveBrushStrength(pressure);
-    const BrushConfiguration* tool = brush.ActiveConfiguration();
-    const std::string name = tool == nullptr ? std::string() : tool->Name().toStdString();
-    if (std::find(std::begin(percentTools), std::end(percentTools), name) != std::end(percentTools))
-        return percent;
+    const std::string tool = ToolName(brush);
+    if (TakesPercent(tool)) return percent;
     const float length = percent * 0.01f * radius;
-    return name == "Wax" ? length * waxLift : length;
+    return tool == "Wax" ? length * waxLift : length;
+}
+
+float StrengthAtRadius(const BrushOperation& brush, float strength, float radius, float newRadius) {
+    if (newRadius == radius || TakesPercent(ToolName(brush))) return strength;
+    return strength * (newRadius / radius);
 }
 
 }  // namespace trovik

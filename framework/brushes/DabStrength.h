@@ -13,4 +13,10 @@ namespace trovik {
 /// \param radius  world units.
 TROVIK_API float DabStrength(const BrushOperation& brush, float pressure, float radius);
 
+/// A dab's strength at another radius: strengths that are a length grow with it, percent stay.
+TROVIK_API float StrengthAtRadius(const BrushOperation& brush,
+                                  float strength,
+                                  float radius,
+                                  float newRadius);
+
 }  // namespace trovik

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/StrokeLoop.h"
 
+#include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/StampFiles.h"
 #include "framework/edits/LevelChange.h"
 
 #include <algorithm>
@@ -29,7 +31,8 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
     mirrors = std::move(pointMaps);
 }
 
-void StrokeLoop::Begin(BrushOperation::Modifier modifier) {
+void StrokeLoop::Begin(BrushOperation::Modifier modifier, uint64_t seed) {
+    RefreshStamp(brush);
     previousHits.assign(mirrors.size() + 1, Vector());
     dirtyBox = AxisAlignedBoundingBox();
     BrushCall call(BrushCall::BeginStroke, brush);
@@ -40,11 +43,15 @@ void StrokeLoop::Begin(BrushOperation::Modifier modifier) {
         brush.BeginStroke(call.mesh, modifier, call.trigger);
         totals.seconds += SecondsSince(start);
     });
+    // A modifier key can have brought another tool.
+    stamps.Begin(brush, geometry, tree, seed);
     active = true;
 }
 
-void StrokeLoop::Dab(const StrokeDab& dab) {
+void StrokeLoop::Dab(const StrokeDab& pathDab) {
     try {
+        StrokeDab dab = pathDab;
+        stamps.Lay(dab);
         Apply(dab, 0);
         for (std::size_t side = 1; side <= mirrors.size(); ++side) {
             const Matrix& map = mirrors[side - 1];
@@ -55,6 +62,7 @@ void StrokeLoop::Dab(const StrokeDab& dab) {
             const auto nearest = tree.Nearest(mirrored.hit.position);
             if (!nearest) continue;
             mirrored.hit.face = nearest->face;
+            mirrored.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, map);
             const Placement& place = geometry.Place();
             Vector local;
             place.WorldToLocal(&local, &dab.position, 1.0f);
@@ -72,6 +80,7 @@ void StrokeLoop::Dab(const StrokeDab& dab) {
 void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
     ForgetLastWalks();
     brush.SetPreviousPatchPosition(previousHits[side]);
+    brush.Settings().stampMatrix = dab.stampMatrix;
     AxisAlignedBoundingBox box;
     BrushCall call(BrushCall::ApplyDab, brush);
     call.hit = &dab.hit;
@@ -128,6 +137,22 @@ void StrokeLoop::Refit() {
         for (const FaceVisit& visit : mesh.LastVertexWalk()) vertices.push_back(visit.face);
         tree.RefitVertices(vertices);
     }
+}
+
+void StrokeLoop::PutBack() {
+    LevelMesh& mesh = *geometry.Bound();
+    LevelChange* change = mesh.OpenChange();
+    if (!active || change == nullptr) return;
+    const std::vector<uint32_t> vertices = change->PutBack();
+    tree.RefitVertices(vertices);
+    for (uint32_t i = 0;; ++i) {
+        auto* renderer =
+            dynamic_cast<MeshRenderer*>(mesh.ChildByClass(MeshRenderer::StaticClass(), i));
+        if (renderer == nullptr) break;
+        for (const uint32_t v : vertices) renderer->rendererVertexChanged(v, mesh.LowestFaceOf(v));
+    }
+    previousHits.assign(previousHits.size(), Vector());
+    stamps.Restart();
 }
 
 uint64_t StrokeLoop::CountMoved() const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/StampStroke.h"
 #include "framework/brushes/StrokeObserver.h"
 #include "framework/picking/PatchTree.h"
 #include "host/BrushOperation.h"
@@ -19,6 +20,12 @@ struct StrokeDab {
     float size = 0.0f;
     float pressure = 1.0f;
     float strength = 0.0f;
+    /// Direction of the stroke here, world, of any length; zero: that from the dab before.
+    Vector heading;
+    /// The dab stays where it is whatever the stamp's settings are.
+    bool keepPlace = false;
+    /// Mesh-local position to stamp pixel. Set by the loop.
+    Matrix stampMatrix;
 };
 
 /// What the strokes did, added up.
@@ -47,12 +54,21 @@ public:
     /// Who hears of every call into the brush; null for nobody. Borrowed.
     void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
 
-    void Begin(BrushOperation::Modifier modifier);
+    /// \param seed  of everything that the stroke leaves to chance. The stamp's file is read where
+    /// it was not yet. \throw HostError when it cannot be read; nothing has begun then.
+    void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
     void Dab(const StrokeDab& dab);
     /// The tool on the whole bound level at once, inside a stroke. \param strength  as in
     /// StrokeDab. \param byFacing  less effect where the surface turns away from the camera.
     void WholeMesh(float strength, bool byFacing);
     void End();
+    /// Puts the bound mesh back to the bits of before the stroke, which goes on as if no dab had
+    /// been made: for tools that place one dab anew at each motion. Cost: what the stroke touched.
+    void PutBack();
+    /// Distance from the dab just made to the next one along a path, world units.
+    /// \param share  of the radius, for tools that have no spacing of their own.
+    float Spacing(float radius, float share) { return stamps.Spacing(radius, share); }
+    const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
 
     const StrokeTotals& Totals() const { return totals; }
@@ -72,6 +88,7 @@ private:
     std::vector<Matrix> mirrors;
     /// Last hit of the main side and of each mirror; zero before the first.
     std::vector<Vector> previousHits;
+    StampStroke stamps;
     StrokeTotals totals;
     AxisAlignedBoundingBox dirtyBox;
     bool active = false;

@@ -18,57 +18,117 @@ Axes AxesOf(const StrokeView& view) {
     return {right, back & right, back};
 }
 
-/// Lays a dab where the path has come far enough from the one before.
+/// Lays dabs where the path has come far enough from the one before.
 class DabSpacer {
 public:
     DabSpacer(StrokeLoop& strokeLoop, LevelGeometry& strokeGeometry, const PathOptions& pathOptions)
         : loop(strokeLoop), geometry(strokeGeometry), options(pathOptions) {}
 
-    void Offer(const PickHit& hit, float pressure) {
-        Vector world;
-        geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
-        // A little less than the spacing will do, or rounding would leave out every other dab.
-        const float least = options.radius * options.spacing * 0.999f;
-        if (count != 0 && (world - last).Length() < least) return;
-        last = world;
+    /// Whether a hit is due for a dab.
+    bool IsDue(const PickHit& hit) const {
+        // A little less will do, or rounding would leave out every other dab.
+        return count == 0 || (WorldOf(hit) - last).Length() >= distance * 0.9999f;
+    }
+
+    void Lay(const PickHit& hit, float pressure, const Vector& heading) {
         StrokeDab dab;
         dab.hit.mesh = geometry.Bound();
         dab.hit.face = hit.face;
         dab.hit.position = hit.position;
         dab.hit.normal = hit.normal;
-        dab.position = world;
+        dab.position = WorldOf(hit);
         dab.size = options.radius;
         dab.pressure = pressure;
         dab.strength = options.strength(pressure);
+        dab.heading = heading;
+        last = dab.position;
         loop.Dab(dab);
         ++count;
+        // Never so close that a path would not come to its end.
+        distance = std::max(loop.Spacing(options.radius, options.spacing), options.radius * 1e-3f);
         if (options.progress) options.progress();
     }
 
     unsigned Count() const { return count; }
 
 private:
+    Vector WorldOf(const PickHit& hit) const {
+        Vector world;
+        geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
+        return world;
+    }
+
     StrokeLoop& loop;
     LevelGeometry& geometry;
     const PathOptions& options;
     Vector last;
+    float distance = 0.0f;
     unsigned count = 0;
 };
 
-/// Calls visit(place, pressure) at the first sample and then every `step` along the path.
-template <typename Visit>
-void AlongPath(const std::vector<PathSample>& samples, float step, Visit visit) {
+/// A place on the path.
+struct PathPlace {
+    Vector place;
+    float pressure;
+};
+
+PathPlace Between(const PathSample& from, const PathSample& to, float share) {
+    return {from.place + (to.place - from.place) * share,
+            from.pressure + (to.pressure - from.pressure) * share};
+}
+
+/// Halvings of a step in search of the place where a dab is due: to a few thousandths of a step.
+constexpr int halvings = 10;
+
+/// Walks from sample to sample in steps of at most `step`. `probe(place)` answers the hit there,
+/// `heading(hit, along)` the stroke's direction on the surface from that of the segment. Where a
+/// step comes too far, the place in it is searched that is just far enough.
+template <typename Probe, typename Heading>
+void LayAlong(const std::vector<PathSample>& samples,
+              float step,
+              DabSpacer& spacer,
+              Probe probe,
+              Heading heading) {
     if (samples.empty()) return;
-    visit(samples[0].place, samples[0].pressure);
+    Vector along;
+    for (std::size_t i = 1; i < samples.size() && along == Vector(); ++i)
+        along = samples[i].place - samples[0].place;
+    std::optional<PickHit> before = probe(samples[0].place);
+    if (before) spacer.Lay(*before, samples[0].pressure, heading(*before, along));
+
     for (std::size_t i = 1; i < samples.size(); ++i) {
         const PathSample& from = samples[i - 1];
         const PathSample& to = samples[i];
         const float length = (to.place - from.place).Length();
+        if (length != 0.0f) along = to.place - from.place;
         const auto parts = static_cast<unsigned>(std::max(1.0f, std::ceil(length / step)));
+        float reached = 0.0f;
         for (unsigned k = 1; k <= parts; ++k) {
             const float share = static_cast<float>(k) / static_cast<float>(parts);
-            visit(from.place + (to.place - from.place) * share,
-                  from.pressure + (to.pressure - from.pressure) * share);
+            std::optional<PickHit> hit = probe(Between(from, to, share).place);
+            while (hit && spacer.IsDue(*hit)) {
+                float near = reached;
+                float far = share;
+                PickHit due = *hit;
+                // On coming back to the mesh there is nothing to measure from on this side of it.
+                for (int n = 0; before && n < halvings; ++n) {
+                    const float middle = (near + far) * 0.5f;
+                    const auto there = probe(Between(from, to, middle).place);
+                    if (there && spacer.IsDue(*there)) {
+                        far = middle;
+                        due = *there;
+                    } else {
+                        near = middle;
+                    }
+                }
+                spacer.Lay(due, Between(from, to, far).pressure, heading(due, along));
+                before = due;
+                if (far == share) break;
+                reached = far;
+                hit = probe(Between(from, to, share).place);
+            }
+            before = hit;
+            reached = share;
         }
     }
 }
@@ -106,13 +166,14 @@ unsigned StrokeAlongView(StrokeLoop& loop,
     DabSpacer spacer(loop, geometry, options);
     // Finer than a pixel, so that the spacing and not the sampling decides where dabs lie.
     constexpr float step = 0.5f;
-    AlongPath(samples, step, [&](const Vector& place, float pressure) {
-        const Ray world = view.Through(place.x, place.y);
-        Ray local;
-        geometry.Place().WorldToLocal(&local.origin, &world.origin, 1.0f);
-        geometry.Place().WorldToLocal(&local.direction, &world.direction, 0.0f);
-        if (const auto hit = tree.Pick(local)) spacer.Offer(*hit, pressure);
-    });
+    LayAlong(
+        samples,
+        step,
+        spacer,
+        [&](const Vector& place) { return HitThrough(geometry, tree, view, place); },
+        [&](const PickHit& hit, const Vector& along) {
+            return HeadingInView(geometry, view, hit, along);
+        });
     return spacer.Count();
 }
 
@@ -122,13 +183,56 @@ unsigned StrokeAlongSurface(StrokeLoop& loop,
                             const std::vector<PathSample>& samples,
                             const PathOptions& options) {
     DabSpacer spacer(loop, geometry, options);
-    const float step = options.radius * options.spacing * 0.25f;
-    AlongPath(samples, step, [&](const Vector& place, float pressure) {
-        Vector local;
-        geometry.Place().WorldToLocal(&local, &place, 1.0f);
-        if (const auto hit = tree.Nearest(local)) spacer.Offer(*hit, pressure);
-    });
+    const float step = options.radius * std::min(options.spacing, 1.0f) * 0.25f;
+    LayAlong(
+        samples,
+        step,
+        spacer,
+        [&](const Vector& place) { return HitNear(geometry, tree, place); },
+        [](const PickHit&, const Vector& along) { return along; });
     return spacer.Count();
+}
+
+std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
+                                  const PatchTree& tree,
+                                  const StrokeView& view,
+                                  const Vector& place) {
+    const Ray world = view.Through(place.x, place.y);
+    Ray local;
+    geometry.Place().WorldToLocal(&local.origin, &world.origin, 1.0f);
+    geometry.Place().WorldToLocal(&local.direction, &world.direction, 0.0f);
+    return tree.Pick(local);
+}
+
+std::optional<PickHit> HitNear(const LevelGeometry& geometry,
+                               const PatchTree& tree,
+                               const Vector& place) {
+    Vector local;
+    geometry.Place().WorldToLocal(&local, &place, 1.0f);
+    return tree.Nearest(local);
+}
+
+// The motion in the view plane, slid along the line of sight until it lies in the surface; where
+// the surface is seen nearly from its side, as it is.
+Vector HeadingInView(const LevelGeometry& geometry,
+                     const StrokeView& view,
+                     const PickHit& hit,
+                     const Vector& along) {
+    const Axes axes = AxesOf(view);
+    const Vector motion = axes.right * along.x - axes.up * along.y;
+    Vector position;
+    geometry.Place().LocalToWorld(&position, &hit.position, 1.0f);
+    const Matrix& inverse = geometry.Place().ToLocal();
+    const auto row = [&](int r) {
+        return (inverse.m[r][0] * hit.normal.x + inverse.m[r][1] * hit.normal.y) +
+               inverse.m[r][2] * hit.normal.z;
+    };
+    const Vector normal = Vector(row(0), row(1), row(2)).Normalized();
+    const Vector sight = (position - view.eye).Normalized();
+    const float facing = sight | normal;
+    constexpr float leastFacing = 0.05f;
+    if (std::fabs(facing) < leastFacing) return motion;
+    return motion - sight * ((motion | normal) / facing);
 }
 
 }  // namespace trovik

@@ -4,6 +4,8 @@
 #include "framework/brushes/StrokeLoop.h"
 
 #include <functional>
+#include <optional>
+#include <vector>
 
 namespace trovik {
 
@@ -41,8 +43,9 @@ struct PathOptions {
     std::function<void()> progress;
 };
 
-/// Lays dabs along samples seen by the camera. The surface is hit anew for each dab, as it is then;
-/// where the path leaves the mesh there are no dabs. \return the number of main dabs.
+/// Lays dabs along samples seen by the camera, at the spacing's distance in a straight line from
+/// one to the next. The surface is hit anew for each dab, as it is then; where the path leaves the
+/// mesh there are no dabs. Pressure is interpolated. \return the number of main dabs.
 TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     LevelGeometry& geometry,
                                     const PatchTree& tree,
@@ -56,5 +59,21 @@ TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
                                        const PatchTree& tree,
                                        const std::vector<PathSample>& samples,
                                        const PathOptions& options);
+
+/// The surface under a place on the viewport.
+TROVIK_API std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
+                                             const PatchTree& tree,
+                                             const StrokeView& view,
+                                             const Vector& place);
+/// The place of the surface nearest to a point, world.
+TROVIK_API std::optional<PickHit> HitNear(const LevelGeometry& geometry,
+                                          const PatchTree& tree,
+                                          const Vector& place);
+/// A motion on the viewport, in pixels, as a direction on the surface at the hit. World, any
+/// length.
+TROVIK_API Vector HeadingInView(const LevelGeometry& geometry,
+                                const StrokeView& view,
+                                const PickHit& hit,
+                                const Vector& along);
 
 }  // namespace trovik

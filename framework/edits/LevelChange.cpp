@@ -54,6 +54,34 @@ void LevelChange::Unlink() {
     step = StrokeStep::FromChange(*this);
 }
 
+std::vector<uint32_t> LevelChange::PutBack() {
+    assert(linked && "only an open change puts back");
+    std::vector<uint32_t> vertices;
+    vertices.reserve(recordStore.fill);
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        StoredVertexInfo& record = recordStore.array[i];
+        const float* p = record.originalPosition;
+        level->SetPosition(record.vertexIndex, {p[0], p[1], p[2]});
+        if (record.vertexIndex < level->vertexNormals.fill) {
+            PackedNormal& normal = level->vertexNormals.array[record.vertexIndex];
+            normal.x = record.originalNormal.x;
+            normal.y = record.originalNormal.y;
+            normal.z = record.originalNormal.z;
+        }
+        record.buildUp = 0.0f;
+        vertices.push_back(record.vertexIndex);
+    }
+    if (SculptLayer* active = layer == nullptr ? nullptr : *layer) {
+        // Backwards: of two entries for one record the first is the state before the stroke.
+        for (auto before = layerBefore.rbegin(); before != layerBefore.rend(); ++before) {
+            if (before->record >= recordStore.fill) continue;
+            SculptLayer::State state = before->state;
+            active->SwapState(recordStore.array[before->record].layerSlot, state);
+        }
+    }
+    return vertices;
+}
+
 uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {
     SculptLayer* active = layer == nullptr ? nullptr : *layer;
     if (active == nullptr) return SculptLayer::noSlot;

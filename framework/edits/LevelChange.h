@@ -37,6 +37,10 @@ public:
     /// one.
     void Unlink();
 
+    /// Puts every vertex of the open change back to its bits of before the stroke, with its layer
+    /// offset, and forgets its build-up; the change stays open. \return the vertices.
+    std::vector<uint32_t> PutBack();
+
     const Store<StoredVertexInfo>& Records() const { return recordStore; }
 
 protected:

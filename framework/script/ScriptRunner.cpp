@@ -127,6 +127,7 @@ void ScriptRunner::SetUp(const FieldReader& script) {
         session->UpdateCamera();
     }
     if (script.Has("mirror")) RunMirror(script.At("mirror"));
+    if (script.Has("seed")) session->Settings().seed = script.At("seed").Json().get<uint64_t>();
     if (script.Has("renderers")) {
         std::vector<float> factors;
         const FieldReader numbers = script.At("renderers");
@@ -226,7 +227,10 @@ void ScriptRunner::RunSettings(const FieldReader& settings) {
                                            facing.NumberOr("start", brush.facingAngleStart),
                                            facing.NumberOr("range", brush.facingAngleRange));
     }
-    if (settings.Has("stamp")) brush.SetStamp(false, QString());
+    if (settings.Has("drawFromCenter"))
+        BrushAttribute<bool>(brush, "drawfromcenter")
+            .SetValue(settings.At("drawFromCenter").Flag(), true);
+    if (settings.Has("stamp")) SetStamp(settings.At("stamp"));
 }
 
 void ScriptRunner::SetFalloff(const FieldReader& falloff) {

@@ -33,8 +33,8 @@ struct ScriptResult {
     std::vector<std::string> files;
 };
 
-/// Runs a stroke script: its meaning is told in docs/stroke-script.md. Mesh paths are relative to
-/// the script, output files to the output folder.
+/// Runs a stroke script: its meaning is told in docs/stroke-script.md. Paths of meshes and stamps
+/// are relative to the script, output files to the output folder.
 /// \throw HostError of one line: file, JSON pointer, reason. Files written before stay.
 class TROVIK_API ScriptRunner {
 public:
@@ -74,8 +74,11 @@ private:
 
     void SetFalloff(const FieldReader& falloff);
     void SetDirection(const FieldReader& direction);
+    void SetStamp(const FieldReader& stamp);
+    std::string StampPath(const FieldReader& name) const;
     void StrokeDabs(const FieldReader& dabs);
     void LayDabs(const FieldReader& stroke);
+    uint64_t StrokeSeed(const FieldReader& stroke);
     std::vector<PathSample> Samples(const FieldReader& list, std::size_t placeNumbers) const;
     PathOptions PathSettings();
     StrokeView ReadView(const FieldReader& camera, StrokeView view);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/script/SculptSession.h"
 
+#include "framework/brushes/StampFiles.h"
 #include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
 #include "framework/levels/NoticeRenderer.h"
@@ -160,6 +161,7 @@ bool SculptSession::SelectTool(const std::string& name) {
         BrushCall call(BrushCall::SetActiveConfiguration, *brush);
         call.configuration = row;
         Observed(observer, call, [&] { brush->SetActiveConfiguration(row); });
+        RefreshStamp(*brush);
         return true;
     }
     return false;

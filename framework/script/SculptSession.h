@@ -49,7 +49,8 @@ public:
     bool Redo();
     /// Who hears of every call into the brush; null for nobody. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
-    /// \return false for a name that is no tool.
+    /// Reads the tool's stamp where it names one that is there. \return false for a name that is no
+    /// tool.
     bool SelectTool(const std::string& name);
     std::vector<std::string> ToolNames() const;
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/DabStrength.h"
+#include "framework/brushes/ImprintStroke.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
@@ -83,7 +84,7 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
     if (!goesOn) {
         session->Geometry().History().SetNextLabel(
             session->Brush().ActiveConfiguration()->Name().toStdString());
-        loop.Begin(ModifierOf(stroke.TextOr("modifier", "none")));
+        loop.Begin(ModifierOf(stroke.TextOr("modifier", "none")), StrokeSeed(stroke));
     }
     StrokeGuard guard(loop);
     LayDabs(stroke);
@@ -103,24 +104,39 @@ void ScriptRunner::CheckOpenStroke(const FieldReader& step) const {
 void ScriptRunner::LayDabs(const FieldReader& stroke) {
     if (stroke.Has("dabs")) {
         StrokeDabs(stroke.At("dabs"));
-    } else if (stroke.Has("surface")) {
-        StrokeAlongSurface(session->Loop(),
-                           session->Geometry(),
-                           session->Tree(),
-                           Samples(stroke.At("surface"), 3),
-                           PathSettings());
-    } else if (stroke.Has("wholeMesh")) {
+        return;
+    }
+    if (stroke.Has("wholeMesh")) {
         const FieldReader whole = stroke.At("wholeMesh");
         session->Loop().WholeMesh(whole.At("strength").Number(), whole.FlagOr("byFacing", false));
         if (progress.dab) progress.dab();
-    } else if (stroke.Has("pointer")) {
-        StrokeAlongView(session->Loop(),
-                        session->Geometry(),
-                        session->Tree(),
-                        session->View(),
-                        Samples(stroke.At("pointer"), 2),
-                        PathSettings());
+        return;
     }
+    const bool onSurface = stroke.Has("surface");
+    if (!onSurface && !stroke.Has("pointer")) return;
+    const std::vector<PathSample> samples =
+        onSurface ? Samples(stroke.At("surface"), 3) : Samples(stroke.At("pointer"), 2);
+    StrokeLoop& loop = session->Loop();
+    LevelGeometry& geometry = session->Geometry();
+    const StrokeView& view = session->View();
+    const auto mode = static_cast<DrawMode>(session->Brush().StrokeDrawMode());
+    const PathOptions options = PathSettings();
+    if (mode != DrawMode::AlongPath)
+        ImprintAlong(
+            loop, geometry, session->Tree(), onSurface ? nullptr : &view, mode, samples, options);
+    else if (onSurface)
+        StrokeAlongSurface(loop, geometry, session->Tree(), samples, options);
+    else
+        StrokeAlongView(loop, geometry, session->Tree(), view, samples, options);
+}
+
+// Strokes without a seed of their own differ, as those of a hand do.
+uint64_t ScriptRunner::StrokeSeed(const FieldReader& stroke) {
+    SceneSettings& settings = session->Settings();
+    ++settings.strokesBegun;
+    if (stroke.Has("seed")) return stroke.At("seed").Json().get<uint64_t>();
+    StrokeRandom ofScript(settings.seed + settings.strokesBegun);
+    return ofScript.Next();
 }
 
 void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
@@ -150,6 +166,7 @@ void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
         }
         session->Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
         if (fields.Has("position")) dab.position = fields.At("position").ThreeNumbers();
+        dab.keepPlace = true;
         dab.size = fields.NumberOr("radius", radius);
         dab.pressure = fields.NumberOr("pressure", 1.0f);
         dab.strength =

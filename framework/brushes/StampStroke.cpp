@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/StampStroke.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/DabStrength.h"
+#include "framework/brushes/StrokeLoop.h"
+
+namespace trovik {
+
+namespace {
+
+constexpr int stampMask = -1;
+/// The smallest copy of a scattered stamp, as a share of the brush.
+constexpr float smallestCopy = 0.5f;
+/// Tells the numbers for distances from those for places.
+constexpr uint64_t spacingSalt = 0x5bf03635d1c27a89u;
+
+bool IsTool(const BrushOperation& brush, const char* name) {
+    const BrushConfiguration* tool = brush.ActiveConfiguration();
+    return tool != nullptr && tool->Name() == QLatin1String(name);
+}
+
+StampPositioning PositioningOf(const BrushOperation& brush) {
+    const int value = brush.resetOptionA.Value();
+    if (value < 0 || value > static_cast<int>(StampPositioning::Start))
+        return StampPositioning::Upright;
+    const auto positioning = static_cast<StampPositioning>(value);
+    if (positioning != StampPositioning::Tool) return positioning;
+    const bool follows =
+        IsTool(brush, "Repeat") || IsTool(brush, "Knife") || brush.StrokeDrawMode() != 0;
+    return follows ? StampPositioning::Stroke : StampPositioning::Upright;
+}
+
+Matrix CameraToWorld() {
+    Matrix matrix;
+    g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorldMatrix(&matrix);
+    return matrix;
+}
+
+}  // namespace
+
+void StampStroke::Begin(const BrushOperation& strokeBrush,
+                        const LevelGeometry& strokeGeometry,
+                        const PatchTree& strokeTree,
+                        uint64_t strokeSeed) {
+    brush = &strokeBrush;
+    geometry = &strokeGeometry;
+    tree = &strokeTree;
+    seed = strokeSeed;
+    Restart();
+}
+
+void StampStroke::Restart() {
+    random = StrokeRandom(seed);
+    spacingRandom = StrokeRandom(seed ^ spacingSalt);
+    hasPrevious = false;
+    hasStart = false;
+}
+
+bool StampStroke::HasStamp() const {
+    return brush->IsMaskEnabled(stampMask) && brush->MaskImage(stampMask)->Width() != 0 &&
+           brush->MaskImage(stampMask)->Height() != 0;
+}
+
+void StampStroke::Lay(StrokeDab& dab) {
+    if (!HasStamp() || !(dab.size > 0.0f)) return;
+    const StampPositioning positioning = PositioningOf(*brush);
+    Vector toward;
+    if (positioning == StampPositioning::Stroke) {
+        toward = dab.heading;
+        if (toward == Vector() && hasPrevious) toward = dab.position - previous;
+    }
+    previous = dab.position;
+    hasPrevious = true;
+
+    const BrushOperation::Private& settings = brush->Settings();
+    float turns = static_cast<float>(brush->separatorOption.Value()) / 360.0f;
+    if (brush->UsesStampRandomize()) {
+        if (!dab.keepPlace && brush->StrokeDrawMode() == 0) Scatter(dab);
+        turns += random.Share();
+    } else if (settings.stamp.randomTurn > 0.0f) {
+        turns += settings.stamp.randomTurn * 0.5f * random.Signed();
+    }
+
+    if (positioning == StampPositioning::Start && hasStart) {
+        dab.stampMatrix = startMatrix;
+        return;
+    }
+    StampPlacement placement = Place(dab, toward);
+    placement.Turn(turns);
+    const Image* image = brush->MaskImage(stampMask);
+    dab.stampMatrix =
+        placement.ToPixels(image->Width(), image->Height(), geometry->Place().ToWorld());
+    startMatrix = dab.stampMatrix;
+    hasStart = true;
+}
+
+StampPlacement StampStroke::Place(const StrokeDab& dab, const Vector& toward) const {
+    const Matrix camera = CameraToWorld();
+    const Vector normal = WorldNormal(dab.hit.normal);
+    if (brush->IsOrientedToSurface() && normal != Vector())
+        return StampPlacement::OnSurface(dab.position, normal, dab.size, toward, camera);
+    return StampPlacement::ByCamera(dab.position, dab.size, toward, camera);
+}
+
+// By the transpose of the inverse, so that it stays square to a surface that is scaled unevenly.
+Vector StampStroke::WorldNormal(const Vector& local) const {
+    const Matrix& inverse = geometry->Place().ToLocal();
+    const auto along = [&](int row) {
+        return (inverse.m[row][0] * local.x + inverse.m[row][1] * local.y) +
+               inverse.m[row][2] * local.z;
+    };
+    return Vector(along(0), along(1), along(2)).Normalized();
+}
+
+// Somewhere in the disc of the brush on the surface, and from there to the nearest place of the
+// mesh. Points of the square around the disc are thrown until one lies in it, which needs no
+// angles.
+void StampStroke::Scatter(StrokeDab& dab) {
+    float x = 0.0f;
+    float y = 0.0f;
+    do {
+        x = random.Signed();
+        y = random.Signed();
+    } while (x * x + y * y > 1.0f);
+    const float share = smallestCopy + (1.0f - smallestCopy) * random.Share();
+
+    const StampPlacement placement = Place(dab, Vector());
+    const Vector target =
+        dab.position + placement.Right() * (x * dab.size) + placement.Up() * (y * dab.size);
+    Vector local;
+    geometry->Place().WorldToLocal(&local, &target, 1.0f);
+    if (const auto hit = tree->Nearest(local)) {
+        dab.hit.face = hit->face;
+        dab.hit.position = hit->position;
+        dab.hit.normal = hit->normal;
+        geometry->Place().LocalToWorld(&dab.position, &hit->position, 1.0f);
+    }
+    const float size = dab.size * share;
+    dab.strength = StrengthAtRadius(*brush, dab.strength, dab.size, size);
+    dab.size = size;
+}
+
+float StampStroke::Spacing(float radius, float share) {
+    if (!IsTool(*brush, "Repeat") || !HasStamp()) return radius * share;
+    const float room = brush->strokeFloatA.Value() * 0.01f;
+    const float randomRoom = brush->strokeFloatB.Value() * 0.01f * spacingRandom.Share();
+    return radius * ((2.0f + room) + randomRoom);
+}
+
+}  // namespace trovik

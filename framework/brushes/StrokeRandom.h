@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+
+namespace trovik {
+
+/// Numbers that look random and are the same on every machine for the same seed. Integer
+/// arithmetic alone, and one exact product at the end.
+class StrokeRandom {
+public:
+    explicit StrokeRandom(uint64_t seed = 0) : state(seed) {}
+
+    /// The next 64 bits: the state moves on by an odd constant and is mixed.
+    uint64_t Next() {
+        state += 0x9e3779b97f4a7c15u;
+        uint64_t z = state;
+        z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
+        z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
+        return z ^ (z >> 31);
+    }
+    /// From 0 to less than 1, in steps of 2^-24.
+    float Share() { return static_cast<float>(Next() >> 40) * 0x1p-24f; }
+    /// From -1 to less than 1.
+    float Signed() { return Share() * 2.0f - 1.0f; }
+
+private:
+    uint64_t state;
+};
+
+}  // namespace trovik
