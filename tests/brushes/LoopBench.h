@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/StrokePath.h"
+#include "framework/images/StampImage.h"
+#include "framework/nodes/HostKernel.h"
+#include "tests/fixture/StrokeBench.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik::test {
+
+/// A brush that moves nothing and writes down what the stroke loop asks of it.
+class RecordingBrush : public BrushOperation {
+public:
+    struct Dab {
+        SurfacePoint hit;
+        Vector position;
+        float size;
+        float pressure;
+        float strength;
+        Vector previous;
+        Matrix stampMatrix;
+        Matrix pointMap;
+    };
+    using BrushOperation::SetActiveConfiguration;
+
+    void BeginStroke(trovik::Mesh* mesh, Modifier modifier, TriggerType trigger) override;
+    void EndStroke() override;
+    void ApplyDab(const SurfacePoint& hit,
+                  const Vector& position,
+                  float size,
+                  float pressure,
+                  float strength,
+                  AxisAlignedBoundingBox& box) override;
+    int StrokeDrawMode() const override { return drawMode; }
+
+    /// Makes a tool of this name active; it changes nothing but the name.
+    void BeTool(const char* tool);
+    /// A stamp of so many pixels, switched on.
+    void TakeStamp(uint32_t width, uint32_t height);
+
+    std::vector<Dab> dabs;
+    std::vector<std::string> calls;
+    int drawMode = 0;
+    /// ApplyDab throws when so many dabs have been made; 0: never.
+    std::size_t throwAfter = 0;
+};
+
+/// A geometry, its tree and a loop with a brush that is not owned.
+class LoopBench {
+public:
+    LoopBench(BrushOperation& brush, const PolygonMesh& polygons, unsigned subdivisions = 0);
+    LoopBench(BrushOperation& brush, LevelGeometry& geometry);
+    ~LoopBench();
+
+    /// A dab at a place of the surface, world.
+    StrokeDab At(const Vector& place, float radius = 1.0f, float strength = 1.0f) const;
+    PathOptions Options(float radius, float spacing) const;
+
+    std::unique_ptr<LevelGeometry> own;
+    LevelGeometry& geometry;
+    PatchTree tree;
+    StrokeLoop loop;
+};
+
+/// A grey image of these values, row by row.
+FloatImage GreyImage(uint32_t width, uint32_t height, const std::vector<float>& values);
+/// An image whose pixels all differ: (1 + number of the pixel) / 64.
+FloatImage NumberedImage(uint32_t width, uint32_t height);
+/// Switches a stamp on that comes from no file.
+void SetStampImage(BrushOperation& brush, const FloatImage& image);
+
+/// The pixel of a mesh-local place.
+Vector PixelOf(const Matrix& stampMatrix, const Vector& place);
+
+}  // namespace trovik::test

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// The whole road of a stamp: image, placement, loop, kernels. A flat grid under Sculpt with a flat
+/// falloff shows the image itself: each vertex rises by its pixel.
+#include "tests/brushes/LoopBench.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace trovik::test {
+namespace {
+
+class StampedSurface : public testing::Test {
+protected:
+    StampedSurface() : bench(FlatGrid(16)), loop(*bench.brush, *bench.geometry) {
+        SetStampImage(*bench.brush, NumberedImage(8, 8));
+    }
+
+    void Dabs(const std::vector<StrokeDab>& dabs) {
+        loop.loop.Begin(BrushOperation::ModifierNone);
+        for (const StrokeDab& dab : dabs) loop.loop.Dab(dab);
+        loop.loop.End();
+    }
+    float HeightAt(uint32_t column, uint32_t row) {
+        return bench.Mesh().Position(row * 17 + column).z;
+    }
+    /// Value of the numbered image at the pixel nearest to these coordinates, as the brush rounds.
+    static float Pixel(float u, float v) {
+        const long column = std::lrint(u);
+        const long row = std::lrint(v);
+        if (column < 0 || row < 0 || column > 7 || row > 7) return 0.0f;
+        return static_cast<float>(1 + row * 8 + column) / 64.0f;
+    }
+
+    StrokeBench bench;
+    LoopBench loop;
+};
+
+TEST_F(StampedSurface, EachVertexRisesByItsPixel) {
+    // A quarter beside the vertices, so that no coordinate is a tie.
+    Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 2.0f)});
+    int moved = 0;
+    for (uint32_t row = 0; row <= 16; ++row) {
+        for (uint32_t column = 0; column <= 16; ++column) {
+            const float x = static_cast<float>(column) - 8.25f;
+            const float y = static_cast<float>(row) - 8.25f;
+            const bool inside = x * x + y * y <= 16.0f;
+            const float expected = inside ? 2.0f * Pixel(3.5f + x, 3.5f - y) : 0.0f;
+            EXPECT_EQ(HeightAt(column, row), expected) << column << " " << row;
+            if (expected != 0.0f) ++moved;
+        }
+    }
+    EXPECT_GT(moved, 40);
+}
+
+TEST_F(StampedSurface, ByCameraTheSameSurfaceTakesTheSamePixels) {
+    bench.brush->SetOrientedToSurface(false);
+    Matrix camera;
+    camera.m[3][0] = 8.25f;
+    camera.m[3][1] = 8.25f;
+    camera.m[3][2] = 16.0f;
+    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(camera);
+    Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 2.0f)});
+    EXPECT_EQ(HeightAt(7, 6), 2.0f * Pixel(3.5f - 1.25f, 3.5f + 2.25f));
+    EXPECT_EQ(HeightAt(10, 9), 2.0f * Pixel(3.5f + 1.75f, 3.5f - 0.75f));
+}
+
+TEST_F(StampedSurface, RotationTurnsThePatternClockwise) {
+    bench.brush->separatorOption.SetValue(90, true);
+    Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 1.0f)});
+    // What lay above lies to the right: the image's rows run downwards along x no more.
+    for (uint32_t column = 6; column <= 10; ++column) {
+        const float x = static_cast<float>(column) - 8.25f;
+        const float y = 9.0f - 8.25f;
+        EXPECT_EQ(HeightAt(column, 9), Pixel(3.5f - y, 3.5f - x)) << column;
+    }
+}
+
+TEST_F(StampedSurface, AMirroredDabLaysTheMirroredPattern) {
+    Matrix map;
+    map.m[0][0] = -1.0f;
+    map.m[3][0] = 16.0f;
+    loop.loop.SetMirrors(MirrorConfiguration::PlaneX, {map});
+    Dabs({loop.At({3.75f, 8.25f, 0.0f}, 3.0f, 1.0f)});
+    int moved = 0;
+    for (uint32_t row = 0; row <= 16; ++row) {
+        for (uint32_t column = 0; column < 8; ++column) {
+            EXPECT_EQ(HeightAt(column, row), HeightAt(16 - column, row)) << column << " " << row;
+            if (HeightAt(column, row) != 0.0f) ++moved;
+        }
+    }
+    EXPECT_GT(moved, 20);
+    EXPECT_NE(HeightAt(2, 8), HeightAt(5, 8)) << "the stamp itself is lopsided";
+}
+
+TEST_F(StampedSurface, ATiledStampThatStaysAtTheStartIsOnePattern) {
+    // Two pixels to a unit square: image of 2 x 2, dab of radius 1.
+    SetStampImage(*bench.brush, GreyImage(2, 2, {0.25f, 0.5f, 0.75f, 1.0f}));
+    bench.brush->Settings().stampTiled = true;
+    bench.brush->resetOptionA.SetValue(static_cast<int>(StampPositioning::Start), true);
+    StrokeDab first = loop.At({4.5f, 8.5f, 0.0f}, 1.0f, 1.0f);
+    StrokeDab second = loop.At({12.0f, 8.0f, 0.0f}, 3.0f, 1.0f);
+    Dabs({first, second});
+    // Around the first dab: pixel (0, 0) to the upper left of the middle, one unit a pixel.
+    EXPECT_EQ(HeightAt(4, 9), 0.25f);
+    EXPECT_EQ(HeightAt(5, 9), 0.5f);
+    EXPECT_EQ(HeightAt(4, 8), 0.75f);
+    EXPECT_EQ(HeightAt(5, 8), 1.0f);
+    // Under the second the same pattern, although its own middle and radius differ.
+    for (uint32_t row = 6; row <= 10; ++row) {
+        for (uint32_t column = 10; column <= 14; ++column) {
+            const float left = column % 2 == 0 ? 0.0f : 0.25f;
+            const float expected = (row % 2 == 1 ? 0.25f : 0.75f) + left;
+            EXPECT_EQ(HeightAt(column, row), expected) << column << " " << row;
+        }
+    }
+}
+
+TEST_F(StampedSurface, WithoutTilesNothingMovesOutsideTheImage) {
+    // A narrow image: two pixels wide, eight high, so a quarter of the dab's width.
+    SetStampImage(*bench.brush, GreyImage(2, 8, std::vector<float>(16, 1.0f)));
+    Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 1.0f)});
+    for (uint32_t column = 0; column <= 16; ++column) {
+        const bool within = column == 8 || column == 9;
+        EXPECT_EQ(HeightAt(column, 8), within ? 1.0f : 0.0f) << column;
+    }
+}
+
+TEST_F(StampedSurface, InvertedAndOffsetValuesReachTheSurface) {
+    SetStampImage(*bench.brush, GreyImage(1, 1, {0.25f}));
+    bench.brush->Settings().stampInverted = true;
+    bench.brush->Settings().stampOffset = 0.5f;
+    bench.brush->Settings().stampFactor = 2.0f;
+    Dabs({loop.At({8.0f, 8.0f, 0.0f}, 2.0f, 1.0f)});
+    EXPECT_EQ(HeightAt(8, 8), 2.5f);
+}
+
+TEST_F(StampedSurface, AStampWithoutAnImageTouchesNothing) {
+    bench.brush->Settings().stampImage.reset();
+    ASSERT_NE(bench.brush->MaskImage(-1), nullptr);
+    EXPECT_EQ(bench.brush->MaskImage(-1)->Width(), 0u);
+    const auto before = BitsOf(bench.Mesh());
+    Dabs({loop.At({8.0f, 8.0f, 0.0f}, 4.0f, 1.0f)});
+    EXPECT_EQ(BitsOf(bench.Mesh()), before);
+}
+
+TEST_F(StampedSurface, AScaledMeshTakesTheStampInTheWorldsMeasure) {
+    // Twice as wide as high: the stamp is square in the world.
+    bench.geometry->Place().Set({2.0f, 1.0f, 1.0f}, {}, {});
+    Dabs({loop.At({16.5f, 8.25f, 0.0f}, 4.0f, 1.0f)});
+    const float beside = HeightAt(9, 8);
+    const float next = HeightAt(10, 8);
+    // One vertex further is two units, so two pixels further.
+    EXPECT_NEAR(next / beside, Pixel(7.0f, 4.0f) / Pixel(5.0f, 4.0f), 1e-3f);
+    EXPECT_GT(beside, 0.0f);
+}
+
+}  // namespace
+}  // namespace trovik::test

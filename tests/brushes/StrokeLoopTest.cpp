@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/brushes/LoopBench.h"
+#include "tests/meshes/MeshZoo.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace trovik::test {
+namespace {
+
+/// A grid of 16 x 16 quads from (0, 0) to (16, 16), with its middle line x = 8 as the mirror.
+class StrokeLoopTest : public testing::Test {
+protected:
+    StrokeLoopTest() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {}
+
+    static Matrix MirrorAt8() {
+        Matrix map;
+        map.m[0][0] = -1.0f;
+        map.m[3][0] = 16.0f;
+        return map;
+    }
+
+    RecordingBrush brush;
+    LoopBench bench;
+};
+
+TEST_F(StrokeLoopTest, AStrokeIsOneBeginItsDabsAndOneEnd) {
+    EXPECT_FALSE(bench.loop.IsActive());
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    EXPECT_TRUE(bench.loop.IsActive());
+    bench.loop.Dab(bench.At({3.0f, 3.0f, 0.0f}));
+    bench.loop.Dab(bench.At({4.0f, 3.0f, 0.0f}));
+    bench.loop.End();
+    bench.loop.End();
+    EXPECT_FALSE(bench.loop.IsActive());
+    EXPECT_EQ(brush.calls, (std::vector<std::string>{"begin", "dab", "dab", "end"}));
+    EXPECT_EQ(bench.loop.Totals().dabs, 2u);
+}
+
+TEST_F(StrokeLoopTest, TheBrushGetsWhatTheDabTells) {
+    StrokeDab dab = bench.At({3.25f, 5.5f, 0.0f}, 0.75f, 12.0f);
+    dab.pressure = 0.5f;
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.Dab(dab);
+    bench.loop.End();
+    ASSERT_EQ(brush.dabs.size(), 1u);
+    const RecordingBrush::Dab& seen = brush.dabs[0];
+    EXPECT_EQ(seen.hit.mesh, bench.geometry.Bound());
+    EXPECT_EQ(seen.hit.face, 5u * 16u + 3u);
+    EXPECT_EQ(seen.hit.position, Vector(3.25f, 5.5f, 0.0f));
+    EXPECT_EQ(seen.position, Vector(3.25f, 5.5f, 0.0f));
+    EXPECT_FALSE(seen.hit.mirror);
+    EXPECT_EQ(seen.size, 0.75f);
+    EXPECT_EQ(seen.pressure, 0.5f);
+    EXPECT_EQ(seen.strength, 12.0f);
+    EXPECT_EQ(bench.loop.DirtyBox().minX, 3.25f);
+    EXPECT_EQ(bench.loop.DirtyBox().maxY, 5.5f);
+}
+
+TEST_F(StrokeLoopTest, AMirroredDabFollowsEachDabOnTheOtherSide) {
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    EXPECT_EQ(brush.MirrorConfig().MirrorMode(), MirrorConfiguration::PlaneX);
+    StrokeDab dab = bench.At({3.25f, 5.5f, 0.0f});
+    dab.hit.normal = {0.6f, 0.0f, 0.8f};
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.Dab(dab);
+    bench.loop.End();
+    EXPECT_EQ(brush.calls, (std::vector<std::string>{"begin", "dab", "mirrored", "end"}));
+    const RecordingBrush::Dab& mirrored = brush.dabs[1];
+    EXPECT_TRUE(mirrored.hit.mirror);
+    EXPECT_EQ(mirrored.hit.position, Vector(12.75f, 5.5f, 0.0f));
+    EXPECT_EQ(mirrored.position, Vector(12.75f, 5.5f, 0.0f));
+    EXPECT_EQ(mirrored.hit.normal, Vector(-0.6f, 0.0f, 0.8f));
+    EXPECT_EQ(mirrored.hit.face, 5u * 16u + 12u);
+    EXPECT_EQ(mirrored.pointMap, MirrorAt8());
+    EXPECT_EQ(bench.loop.Totals().dabs, 2u);
+}
+
+TEST_F(StrokeLoopTest, EachSideOfAMirrorHasItsOwnPreviousHit) {
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    for (int stroke = 0; stroke < 2; ++stroke) {
+        brush.dabs.clear();
+        bench.loop.Begin(BrushOperation::ModifierNone);
+        bench.loop.Dab(bench.At({2.0f, 5.0f, 0.0f}));
+        bench.loop.Dab(bench.At({3.0f, 6.0f, 0.0f}));
+        bench.loop.End();
+        ASSERT_EQ(brush.dabs.size(), 4u);
+        EXPECT_EQ(brush.dabs[0].previous, Vector());
+        EXPECT_EQ(brush.dabs[1].previous, Vector());
+        EXPECT_EQ(brush.dabs[2].previous, Vector(2.0f, 5.0f, 0.0f));
+        EXPECT_EQ(brush.dabs[3].previous, Vector(14.0f, 5.0f, 0.0f));
+    }
+}
+
+TEST_F(StrokeLoopTest, EveryMirrorMakesADab) {
+    Matrix other;
+    other.m[1][1] = -1.0f;
+    other.m[3][1] = 16.0f;
+    bench.loop.SetMirrors(4, {MirrorAt8(), other, MirrorAt8() * other});
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.Dab(bench.At({2.0f, 5.0f, 0.0f}));
+    bench.loop.End();
+    ASSERT_EQ(brush.dabs.size(), 4u);
+    EXPECT_EQ(brush.dabs[1].position, Vector(14.0f, 5.0f, 0.0f));
+    EXPECT_EQ(brush.dabs[2].position, Vector(2.0f, 11.0f, 0.0f));
+    EXPECT_EQ(brush.dabs[3].position, Vector(14.0f, 11.0f, 0.0f));
+}
+
+TEST_F(StrokeLoopTest, AMirroredDabLaysTheMirroredStamp) {
+    brush.TakeStamp(8, 8);
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.Dab(bench.At({3.0f, 5.0f, 0.0f}, 2.0f));
+    bench.loop.End();
+    ASSERT_EQ(brush.dabs.size(), 2u);
+    // Two units a radius, eight pixels: two pixels a unit.
+    const Vector right = PixelOf(brush.dabs[0].stampMatrix, {4.0f, 5.5f, 0.0f});
+    EXPECT_EQ(right.x, 5.5f);
+    EXPECT_EQ(right.y, 2.5f);
+    const Vector left = PixelOf(brush.dabs[1].stampMatrix, {12.0f, 5.5f, 0.0f});
+    EXPECT_EQ(left.x, right.x);
+    EXPECT_EQ(left.y, right.y);
+}
+
+TEST_F(StrokeLoopTest, WhatTheBrushThrowsEndsTheStroke) {
+    brush.throwAfter = 1;
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.Dab(bench.At({2.0f, 5.0f, 0.0f}));
+    EXPECT_THROW(bench.loop.Dab(bench.At({3.0f, 5.0f, 0.0f})), std::runtime_error);
+    EXPECT_FALSE(bench.loop.IsActive());
+    EXPECT_EQ(brush.calls, (std::vector<std::string>{"begin", "dab", "dab", "end"}));
+}
+
+TEST_F(StrokeLoopTest, AMovedMeshIsMirroredOverItsOwnPlane) {
+    bench.geometry.Place().Set({2.0f, 2.0f, 2.0f}, {}, {100.0f, 0.0f, 0.0f});
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.Dab(bench.At({106.0f, 10.0f, 0.0f}));
+    bench.loop.End();
+    ASSERT_EQ(brush.dabs.size(), 2u);
+    EXPECT_EQ(brush.dabs[0].hit.position, Vector(3.0f, 5.0f, 0.0f));
+    EXPECT_EQ(brush.dabs[1].hit.position, Vector(13.0f, 5.0f, 0.0f));
+    EXPECT_EQ(brush.dabs[1].position, Vector(126.0f, 10.0f, 0.0f));
+}
+
+}  // namespace
+}  // namespace trovik::test
