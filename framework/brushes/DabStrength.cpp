@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/DabStrength.h"
 
+#include "framework/images/StampImage.h"
+
 #include <algorithm>
 #include <string>
 
@@ -18,7 +20,13 @@ std::string ToolName(const BrushOperation& brush) {
     return tool == nullptr ? std::string() : tool->Name().toStdString();
 }
 
-bool TakesPercent(const std::string& tool) {
+/// Vector stamps tell their moves in shares of the stamp's side, whatever the tool; Wax turns its
+/// strength into the height of its plane all the same.
+bool TakesPercent(const BrushOperation& brush, const std::string& tool) {
+    constexpr int stampMask = -1;
+    if (tool != "Wax" && brush.IsMaskEnabled(stampMask) &&
+        IsVectorStampName(brush.MaskName(stampMask).toStdString()))
+        return true;
     return std::find(std::begin(percentTools), std::end(percentTools), tool) !=
            std::end(percentTools);
 }
@@ -28,13 +36,13 @@ bool TakesPercent(const std::string& tool) {
 float DabStrength(const BrushOperation& brush, float pressure, float radius) {
     const float percent = brush.EffectiveBrushStrength(pressure);
     const std::string tool = ToolName(brush);
-    if (TakesPercent(tool)) return percent;
+    if (TakesPercent(brush, tool)) return percent;
     const float length = percent * 0.01f * radius;
     return tool == "Wax" ? length * waxLift : length;
 }
 
 float StrengthAtRadius(const BrushOperation& brush, float strength, float radius, float newRadius) {
-    if (newRadius == radius || TakesPercent(ToolName(brush))) return strength;
+    if (newRadius == radius || TakesPercent(brush, ToolName(brush))) return strength;
     return strength * (newRadius / radius);
 }
 

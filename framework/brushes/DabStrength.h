@@ -9,7 +9,8 @@ namespace trovik {
 /// that average, pull or work in shares of the way to a plane take the percent as they are. Tools
 /// whose strength is a length (those that push, and Wax, which lifts its plane by it) take it in
 /// world units: at 100 percent a pushing dab moves its centre by one radius before build-up, and
-/// Wax stands its plane a quarter of a radius above the surface.
+/// Wax stands its plane a quarter of a radius above the surface. With a vector stamp all but Wax
+/// take the percent: at 100 a value of 1 moves by one side of the stamp.
 /// \param radius  world units.
 TROVIK_API float DabStrength(const BrushOperation& brush, float pressure, float radius);
 

@@ -3,6 +3,7 @@
 /// \file
 /// The whole road of a stamp: image, placement, loop, kernels. A flat grid under Sculpt with a flat
 /// falloff shows the image itself: each vertex rises by its pixel.
+#include "framework/brushes/DabStrength.h"
 #include "tests/brushes/LoopBench.h"
 
 #include <gtest/gtest.h>
@@ -155,6 +156,28 @@ TEST_F(StampedSurface, AScaledMeshTakesTheStampInTheWorldsMeasure) {
     // One vertex further is two units, so two pixels further.
     EXPECT_NEAR(next / beside, Pixel(7.0f, 4.0f) / Pixel(5.0f, 4.0f), 1e-3f);
     EXPECT_GT(beside, 0.0f);
+}
+
+TEST_F(StampedSurface, AVectorStampMovesInSidesOfTheStamp) {
+    // One pixel: half a side to the right, a quarter out of the surface, an eighth to the bottom.
+    FloatImage image;
+    image.width = image.height = 1;
+    image.channels = 3;
+    image.isFloat = true;
+    image.pixels = {0.5f, 0.25f, 0.125f};
+    bench.brush->SetStamp(true, QStringLiteral("move_vdm.exr"));
+    bench.brush->Settings().stampImage = std::make_shared<StampImage>(image, 1);
+    bench.brush->SetBrushStrength(100.0f);
+    StrokeDab dab = loop.At({8.25f, 8.25f, 0.0f}, 2.0f);
+    dab.strength = DabStrength(*bench.brush, 1.0f, 2.0f);
+    EXPECT_EQ(dab.strength, 100.0f);
+    EXPECT_EQ(StrengthAtRadius(*bench.brush, 100.0f, 2.0f, 5.0f), 100.0f);
+    Dabs({dab});
+    // The stamp measures four units.
+    const Vector moved = bench.Mesh().Position(8 * 17 + 8);
+    EXPECT_NEAR(moved.x, 8.0f + 2.0f, 1e-4f);
+    EXPECT_NEAR(moved.y, 8.0f - 0.5f, 1e-4f);
+    EXPECT_NEAR(moved.z, 1.0f, 1e-4f);
 }
 
 }  // namespace
