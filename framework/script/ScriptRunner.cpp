@@ -86,7 +86,11 @@ ScriptResult ScriptRunner::Run() {
             CheckOpenStroke(step);
             RunStep(step);
         } catch (Error* error) {
+            FinishTraceAfterError();
             step.Fail(TextOf(error));
+        } catch (...) {
+            FinishTraceAfterError();
+            throw;
         }
         if (trace != nullptr) trace->ThrowIfFailed();
         if (i == lastCall) FinishTrace();

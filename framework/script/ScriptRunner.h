@@ -52,6 +52,7 @@ private:
     void RunStep(const FieldReader& step);
     void StartTrace(const FieldReader& script);
     void FinishTrace();
+    void FinishTraceAfterError();
     void CheckOpenStroke(const FieldReader& step) const;
     void RunTool(const FieldReader& name);
     void RunSettings(const FieldReader& settings);

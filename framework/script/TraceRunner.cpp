@@ -42,4 +42,13 @@ void ScriptRunner::FinishTrace() {
     trace.reset();
 }
 
+// What stopped the script is what its user is to hear of, whatever else goes wrong now.
+void ScriptRunner::FinishTraceAfterError() {
+    try {
+        FinishTrace();
+    } catch (const std::exception&) {
+        trace.reset();
+    }
+}
+
 }  // namespace trovik

@@ -3,11 +3,13 @@
 /// \file
 /// Traces of small scripts with the brush itself.
 #include "framework/errors/HostError.h"
+#include "framework/memory/MemoryAccount.h"
 #include "tests/trace/NpyArray.h"
 #include "tests/trace/TraceBench.h"
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <set>
 
 namespace trovik::test {
@@ -263,6 +265,23 @@ TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsOneClearError) {
     EXPECT_EQ(reason,
               "a trace keeps one bound level per mesh: m0 was traced on level 2 and is on level 1 "
               "now");
+}
+
+TEST_F(ScriptTrace, ErrorOfTheBrushIsToldAndLeavesTheStateAfterTheLastCall) {
+    // Enough for the levels, and for some of the records.
+    const std::string limit = std::to_string(MemoryAccount::Total() + 160000);
+    const std::string reason = MessageOf<HostError>([&] {
+        Run(R"({"set": {"radius": 2}}, {"stroke": {"dabs": [{"face": 0}]}}, {"tool": "Wax"})",
+            "\"levels\": 4, \"memoryLimit\": " + limit + ", ");
+    });
+    MemoryAccount::SetLimit(std::numeric_limits<int64_t>::max());
+    EXPECT_NE(reason.find("s.json: /steps/1: Out of memory"), std::string::npos) << reason;
+    trace = ReadTrace(folder.Path("trace"));
+    EXPECT_EQ(Line("ApplyDab")["out"]["error"],
+              "Out of memory: the memory limit does not allow more");
+    EXPECT_EQ(Calls().back(), "EndStroke");
+    EXPECT_TRUE(Has("after/m0/meta.json"));
+    EXPECT_FALSE(Has("after/m0/records.npy"));
 }
 
 TEST_F(ScriptTrace, MirrorCornersComeWithATopologicalMirrorOnly) {
