@@ -64,6 +64,12 @@ bench: packages ## Build the release and run the benchmarks; figures in build/re
 	        --benchmark_out="build/release/bench-results/$$(basename "$$program").json"; \
 	done
 
+.PHONY: stamps
+stamps: packages ## Paint the shipped stamps anew into stamps/
+	@cmake --preset release
+	@cmake --build --preset release --parallel $(JOBS) --target trovik-stamps
+	@build/release/bin/trovik-stamps stamps
+
 .PHONY: coverage
 coverage: packages ## Run all tests and summarise what they reached (needs gcovr)
 	@cmake --workflow --preset coverage

@@ -44,6 +44,15 @@ endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE"
               "${PROJECT_SOURCE_DIR}/docs/third-party.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
+# The tools name their stamps by paths such as "Stamps/knife.tif" below this folder.
+install(
+    DIRECTORY "${PROJECT_SOURCE_DIR}/stamps/"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/trovik/stamps"
+    FILES_MATCHING
+    PATTERN "*.tif"
+    PATTERN "*.exr"
+    PATTERN "README.md")
+
 # --- The CMake package ---
 
 install(

@@ -18,7 +18,7 @@ if ! command -v clang-format >/dev/null; then
 fi
 
 roots=()
-for root in apps bench examples framework fuzz plugins python tests; do
+for root in apps bench examples framework fuzz plugins python tests tools; do
     [[ -d $root ]] && roots+=("$root")
 done
 find "${roots[@]}" \( -name '*.h' -o -name '*.cpp' \) -print0 |

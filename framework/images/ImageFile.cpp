@@ -161,6 +161,17 @@ void WriteThroughLibrary(const std::string& path,
     replacement.Commit();
 }
 
+void WriteSamples(const std::string& path,
+                  OIIO::TypeDesc type,
+                  const void* pixels,
+                  std::uint32_t width,
+                  std::uint32_t height,
+                  std::uint32_t channels) {
+    OIIO::ImageSpec spec(
+        static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), type);
+    WriteThroughLibrary(path, std::move(spec), type, pixels);
+}
+
 }  // namespace
 
 FloatImage ReadImageFile(const std::string& path, std::size_t maxBytes) {
@@ -223,11 +234,28 @@ void WriteImageFile(const std::string& path,
                     std::uint32_t width,
                     std::uint32_t height,
                     std::uint32_t channels) {
-    OIIO::ImageSpec spec(static_cast<int>(width),
-                         static_cast<int>(height),
-                         static_cast<int>(channels),
-                         OIIO::TypeUInt8);
-    WriteThroughLibrary(path, std::move(spec), OIIO::TypeUInt8, pixels);
+    WriteSamples(path, OIIO::TypeUInt8, pixels, width, height, channels);
+}
+
+void WriteImageFile(const std::string& path,
+                    const std::uint16_t* pixels,
+                    std::uint32_t width,
+                    std::uint32_t height,
+                    std::uint32_t channels) {
+    WriteSamples(path, OIIO::TypeUInt16, pixels, width, height, channels);
+}
+
+void WriteImageFile(const std::string& path,
+                    const std::int16_t* pixels,
+                    std::uint32_t width,
+                    std::uint32_t height,
+                    std::uint32_t channels) {
+    const std::string extension = LowerExtension(path);
+    if (extension != ".tif" && extension != ".tiff") {
+        ThrowImageError(
+            "write", path, "signed values are written to files that end in .tif or .tiff only");
+    }
+    WriteSamples(path, OIIO::TypeInt16, pixels, width, height, channels);
 }
 
 void WriteFloatImageFile(const std::string& path, const FloatImage& image) {

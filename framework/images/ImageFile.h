@@ -49,6 +49,21 @@ TROVIK_API void WriteImageFile(const std::string& path,
                                std::uint32_t height,
                                std::uint32_t channels);
 
+/// The same for 16-bit values, into formats that hold them (`.tif`, `.png`).
+TROVIK_API void WriteImageFile(const std::string& path,
+                               const std::uint16_t* pixels,
+                               std::uint32_t width,
+                               std::uint32_t height,
+                               std::uint32_t channels);
+
+/// The same for signed 16-bit values, which `.tif` and `.tiff` alone hold: any other extension is
+/// refused. ReadImageFile gives value / 32767.
+TROVIK_API void WriteImageFile(const std::string& path,
+                               const std::int16_t* pixels,
+                               std::uint32_t width,
+                               std::uint32_t height,
+                               std::uint32_t channels);
+
 /// Writes floats bit for bit; the extension is one of `.exr`, `.tif`, `.tiff`.
 ///
 /// The file is complete or not there: see FileReplacement.

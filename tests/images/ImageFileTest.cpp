@@ -141,6 +141,30 @@ TEST(ImageFile, ColoursAreNotMultipliedByAlpha) {
     }
 }
 
+TEST(ImageFile, SixteenBitsAreWrittenAsTheyStand) {
+    const TemporaryFolder folder;
+    const std::vector<std::uint16_t> plain{0, 1, 32768, 65535};
+    for (const char* name : {"plain.tif", "plain.png"}) {
+        WriteImageFile(folder.Path(name), plain.data(), 2, 2, 1);
+        const FloatImage read = ReadImageFile(folder.Path(name));
+        EXPECT_FALSE(read.isFloat);
+        EXPECT_EQ(Bits({0.0f, 1.0f / 65535.0f, 32768.0f / 65535.0f, 1.0f}), Bits(read.pixels));
+    }
+    const std::vector<std::int16_t> withSigns{-32767, -1, 0, 32767};
+    WriteImageFile(folder.Path("signed.tif"), withSigns.data(), 4, 1, 1);
+    EXPECT_EQ(Bits({-1.0f, -1.0f / 32767.0f, 0.0f, 1.0f}),
+              Bits(ReadImageFile(folder.Path("signed.tif")).pixels));
+}
+
+TEST(ImageFile, SignedValuesAreRefusedWhereTheFormatHasNone) {
+    const TemporaryFolder folder;
+    const std::int16_t value = -5;
+    EXPECT_THAT(
+        MessageOf<HostError>([&] { WriteImageFile(folder.Path("signed.png"), &value, 1, 1, 1); }),
+        HasSubstr("signed.png: signed values"));
+    EXPECT_EQ(0u, folder.FileCount());
+}
+
 TEST(ImageFile, TiledAndTallImagesKeepTheirRows) {
     const TemporaryFolder folder;
     constexpr int Width = 1024;

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/stamps/LatticeNoise.h"
+#include "tools/stamps/ShippedStamps.h"
+#include "tools/stamps/VectorPainting.h"
+
+#include <array>
+
+namespace trovik::stamps {
+
+namespace {
+
+constexpr int SpineSteps = 256;
+/// Places within this distance of the middle make the horn, the ring around them its root.
+constexpr double RootEdge = 0.62;
+constexpr double NeckRadius = 0.27;
+constexpr double SpineLength = 1.45;
+
+/// The horn's middle line in the upright plane along `right`, and where it is heading there.
+struct SpinePoint {
+    double right;
+    double up;
+    Point2 heading;
+};
+
+/// Straight up at first, then over and down again: a bend of more than half a turn.
+const std::array<SpinePoint, SpineSteps + 1>& Spine() {
+    static const auto spine = [] {
+        std::array<SpinePoint, SpineSteps + 1> points{};
+        double right = -0.22;
+        double up = 0.13;
+        for (int i = 0; i <= SpineSteps; ++i) {
+            const double s = static_cast<double>(i) / SpineSteps;
+            const Point2 heading = Heading(0.29 - 0.66 * s * (0.35 + 0.65 * s));
+            points[static_cast<std::size_t>(i)] = {right, up, heading};
+            right += heading.x * SpineLength / SpineSteps;
+            up += heading.y * SpineLength / SpineSteps;
+        }
+        return points;
+    }();
+    return spine;
+}
+
+SpinePoint OnSpine(double s) {
+    const double step = Clamp01(s) * SpineSteps;
+    const int i = std::min(static_cast<int>(step), SpineSteps - 1);
+    const double t = step - i;
+    const SpinePoint& a = Spine()[static_cast<std::size_t>(i)];
+    const SpinePoint& b = Spine()[static_cast<std::size_t>(i) + 1];
+    return {Mix(a.right, b.right, t), Mix(a.up, b.up, t), Mix(a.heading, b.heading, t)};
+}
+
+/// The horn proper; `far` is 0 at its tip and 1 at its neck, `heading` goes around it.
+Place3 HornPlace(double far, Point2 heading) {
+    const double s = 1.0 - far;
+    const SpinePoint spine = OnSpine(s);
+    // A round tip, a body that thins evenly, rings of growth that fade towards the tip.
+    const double tip = far * (2.0 - far);
+    const double taper = 0.12 + 0.88 * far;
+    const double ring = SineOfTurns(s * 13.0 + 0.04 * heading.y);
+    const double rings = 0.045 * ring * SmoothStep(0.02, 0.16, s) * SmoothStep(0.80, 0.45, s);
+    const double grain =
+        0.03 * Noise({heading.x * 3.0 + 40.0, heading.y * 3.0 + s * 2.0 + 40.0}, 4096, 21u);
+    const double radius =
+        NeckRadius * std::sqrt(tip) * taper * (1.0 + rings + grain * SmoothStep(0.0, 0.2, s));
+    // Across the spine within its plane, and across the plane.
+    const Point2 across{spine.heading.y, -spine.heading.x};
+    return {spine.right + radius * heading.x * across.x,
+            spine.up + radius * heading.x * across.y,
+            radius * heading.y};
+}
+
+Place3 HookShape(Point2 p) {
+    const double far = Length(p);
+    const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
+    if (far <= RootEdge) return HornPlace(far / RootEdge, heading);
+
+    // The root: a cubic from the flat to the neck that goes on in the neck's own direction.
+    const double t = (far - RootEdge) / (1.0 - RootEdge);
+    constexpr double Reach = 1e-3;
+    const Place3 neck = HornPlace(1.0, heading);
+    const Place3 above = HornPlace(1.0 - Reach, heading);
+    const Place3 slope = (neck + above * -1.0) * ((1.0 - RootEdge) / RootEdge / Reach);
+    const Place3 rim{heading.x, 0.0, heading.y};
+    const Place3 flat = rim * (1.0 - RootEdge);
+    const double t2 = t * t;
+    const double t3 = t2 * t;
+    return neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
+           rim * (3.0 * t2 - 2.0 * t3) + flat * (t3 - t2);
+}
+
+}  // namespace
+
+FloatImage PaintHook() { return PaintVectors(512, HookShape); }
+
+}  // namespace trovik::stamps
