@@ -60,6 +60,11 @@ uint64_t LevelGeometry::CountNextLevelVertices() const {
     return LevelRefiner(*levels.back()).CountFineVertices();
 }
 
+bool LevelGeometry::FindMirror() {
+    mirror = TopologicalMirror::Find(*levels.front());
+    return mirror != nullptr;
+}
+
 LevelMesh& LevelGeometry::AddLevel() {
     LevelMesh& coarse = *levels.back();
     LevelRefiner refiner(coarse);

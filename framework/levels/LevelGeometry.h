@@ -6,6 +6,7 @@
 #include "framework/levels/GeometryObserver.h"
 #include "framework/levels/LevelMesh.h"
 #include "framework/levels/Placement.h"
+#include "framework/levels/TopologicalMirror.h"
 
 #include <memory>
 #include <vector>
@@ -69,6 +70,13 @@ public:
     /// taken through the transformation.
     PolygonMesh ToPolygons(bool world) const;
 
+    /// Finds the topological mirror by level 0 as it is now; the levels' MirrorVertex then answers
+    /// by it. \return false, and no mirror is known, when the mesh has none.
+    bool FindMirror();
+    void ForgetMirror() { mirror.reset(); }
+    /// Null until FindMirror has found one.
+    const TopologicalMirror* Mirror() const { return mirror.get(); }
+
     UndoHistory& History() { return history; }
 
     /// Who hears of walks and changes on all levels; null for nobody. Borrowed.
@@ -88,6 +96,7 @@ private:
     Placement placement;
     UndoHistory history;
     GeometryObserver* observer = nullptr;
+    std::unique_ptr<TopologicalMirror> mirror;
     /// Per level but the highest: positions as the level above last saw them; empty while unchanged
     /// since.
     std::vector<std::vector<Vector>> seenPositions;

@@ -31,7 +31,19 @@ void LevelMesh::AllocateVertices(uint32_t count) {
 
 MeshChange* LevelMesh::StartChange() { return new LevelChange(this); }
 
-int32_t LevelMesh::MirrorVertex(uint32_t, uint32_t, uint32_t*, uint32_t*) { return -1; }
+int32_t LevelMesh::MirrorVertex(uint32_t face,
+                                uint32_t corner,
+                                uint32_t* outFace,
+                                uint32_t* outCorner) {
+    const TopologicalMirror* mirror = owner->Mirror();
+    if (mirror == nullptr) return -1;
+    const auto across = mirror->Across(static_cast<uint32_t>(index), face, corner);
+    if (!across) return -1;
+    *outFace = across->face;
+    *outCorner = across->corner;
+    return static_cast<int32_t>(
+        faceVertexIndices.array[across->face * CornersPerFace() + across->corner]);
+}
 trovik::Geometry* LevelMesh::Geometry() { return owner; }
 int LevelMesh::Index() const { return index; }
 int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 ? 1 : 0; }

@@ -41,7 +41,8 @@ public:
                                        uint32_t face) override;
     void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) override;
     void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) override;
-    /// Answers -1: no topological mirror is known.
+    /// By the geometry's mirror, if one was asked for (LevelGeometry::FindMirror); -1 and nothing
+    /// written where a corner has no mirror image. Cost: O(level).
     int32_t MirrorVertex(uint32_t face,
                          uint32_t corner,
                          uint32_t* outFace,
