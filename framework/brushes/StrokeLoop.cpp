@@ -3,6 +3,7 @@
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/StampFiles.h"
+#include "framework/brushes/TopologicalHit.h"
 #include "framework/edits/LevelChange.h"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
 
 void StrokeLoop::Begin(BrushOperation::Modifier modifier, uint64_t seed) {
     RefreshStamp(brush);
-    previousHits.assign(mirrors.size() + 1, Vector());
+    previousHits.assign(mirrors.size() + 2, Vector());
     dirtyBox = AxisAlignedBoundingBox();
     BrushCall call(BrushCall::BeginStroke, brush);
     call.mesh = geometry.Bound();
@@ -52,6 +53,8 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
     try {
         StrokeDab dab = pathDab;
         stamps.Lay(dab);
+        // Looked up before the dab moves the face under it.
+        const auto across = AcrossTopology(dab);
         Apply(dab, 0);
         for (std::size_t side = 1; side <= mirrors.size(); ++side) {
             const Matrix& map = mirrors[side - 1];
@@ -71,10 +74,28 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
             brush.MirrorConfig().SetPointMap(map);
             Apply(mirrored, side);
         }
+        if (across) {
+            brush.MirrorConfig().SetPointMap(across->pointMap);
+            Apply(across->dab, mirrors.size() + 1);
+        }
     } catch (...) {
         End();
         throw;
     }
+}
+
+std::optional<StrokeLoop::DabAcross> StrokeLoop::AcrossTopology(const StrokeDab& dab) const {
+    if (brush.MirrorConfig().MirrorMode() != MirrorConfiguration::Topological) return std::nullopt;
+    const auto across = AcrossTopologicalMirror(dab.hit);
+    if (!across) return std::nullopt;
+    DabAcross mirrored{dab, across->pointMap};
+    mirrored.dab.hit = across->hit;
+    const Placement& place = geometry.Place();
+    Vector local;
+    place.WorldToLocal(&local, &dab.position, 1.0f);
+    local = across->pointMap.AffineTransform(local, 1.0f);
+    place.LocalToWorld(&mirrored.dab.position, &local, 1.0f);
+    return mirrored;
 }
 
 void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {

@@ -6,6 +6,7 @@
 #include "framework/picking/PatchTree.h"
 #include "host/BrushOperation.h"
 
+#include <optional>
 #include <vector>
 
 namespace trovik {
@@ -48,7 +49,9 @@ public:
     StrokeLoop(BrushOperation& brush, LevelGeometry& geometry, PatchTree& tree);
 
     /// Maps of points (mesh-local) to their mirrored places, one dab each; empty for no mirror.
-    /// \param mode  what MirrorConfiguration::MirrorMode answers from now on.
+    /// \param mode  what MirrorConfiguration::MirrorMode answers from now on. With Topological the
+    /// mirrored dab of each dab comes from the mesh's MirrorVertex, whatever the maps; none where
+    /// it answers -1.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
     /// Who hears of every call into the brush; null for nobody. Borrowed.
@@ -78,6 +81,12 @@ public:
 private:
     void Apply(const StrokeDab& dab, std::size_t side);
     void ForgetLastWalks();
+    struct DabAcross {
+        StrokeDab dab;
+        Matrix pointMap;
+    };
+    /// The dab's image in the topological mirror; none where there is none, and in other modes.
+    std::optional<DabAcross> AcrossTopology(const StrokeDab& dab) const;
     void Refit();
     uint64_t CountMoved() const;
 
@@ -86,7 +95,7 @@ private:
     PatchTree& tree;
     StrokeObserver* observer = nullptr;
     std::vector<Matrix> mirrors;
-    /// Last hit of the main side and of each mirror; zero before the first.
+    /// Last hit of the main side, of each mirror and of the topological one; zero before the first.
     std::vector<Vector> previousHits;
     StampStroke stamps;
     StrokeTotals totals;

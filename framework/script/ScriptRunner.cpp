@@ -342,6 +342,10 @@ void ScriptRunner::RunTransform(const FieldReader& transform) {
 }
 
 void ScriptRunner::RunMirror(const FieldReader& axes) {
+    if (axes.Json().is_string()) {
+        session->SetTopologicalMirror();
+        return;
+    }
     std::vector<int> numbers;
     for (std::size_t i = 0; i < axes.Size(); ++i) {
         const int axis = axes.At(i).Text()[0] - 'x';

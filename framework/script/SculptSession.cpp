@@ -90,6 +90,9 @@ void SculptSession::RebuildLoop() {
     earlierTotals = Totals();
     tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
+    // A geometry that was built anew or came with a scene.
+    if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
+        geometry->FindMirror();
     loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
     loop->SetObserver(observer);
     PlaceRenderers();
@@ -178,6 +181,7 @@ std::vector<std::string> SculptSession::ToolNames() const {
 
 // Every combination of the planes: two planes give three mirrored dabs.
 void SculptSession::SetMirrors(const std::vector<int>& axes) {
+    geometry->ForgetMirror();
     settings.mirrorMaps.clear();
     for (unsigned chosen = 1; chosen < 1u << axes.size(); ++chosen) {
         Matrix map;
@@ -188,6 +192,16 @@ void SculptSession::SetMirrors(const std::vector<int>& axes) {
     settings.mirrorMode = axes.empty()       ? static_cast<int>(MirrorConfiguration::Off)
                           : axes.size() == 1 ? axes[0] + 1
                                              : severalPlanes;
+    loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+}
+
+void SculptSession::SetTopologicalMirror() {
+    if (!geometry->FindMirror())
+        throw HostError(path +
+                        ": the mesh has no topological mirror: its faces do not hang "
+                        "together alike left and right");
+    settings.mirrorMaps.clear();
+    settings.mirrorMode = MirrorConfiguration::Topological;
     loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
 }
 

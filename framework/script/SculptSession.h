@@ -59,6 +59,9 @@ public:
     /// Puts renderers under the bound level, whichever that is: they show nothing and are there to
     /// be told of changes. \param updateFactors  one for each; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
+    /// Mirrors the next strokes by how the mesh's faces hang together, whatever its pose.
+    /// \throw HostError when the mesh has no topological mirror; the mirrors stay as they were.
+    void SetTopologicalMirror();
     /// Brings the kernel's camera to the view's place.
     void UpdateCamera();
 

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
+#include "framework/script/SculptSession.h"
+#include "tests/files/TemporaryFolder.h"
+#include "tests/meshes/MeshZoo.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace trovik::test {
+namespace {
+
+/// A plane of 16 x 16 faces, 4 wide, its right half lifted and bent forward in `posed`.
+PolygonMesh Plane(bool posed) {
+    PolygonMesh mesh = GridMesh(16, 16);
+    for (auto& p : mesh.positions) {
+        p = {(p[0] - 8.0f) * 0.25f, (p[1] - 8.0f) * 0.25f, 0.0f};
+        if (posed && p[0] > 0.0f) p = {p[0] * 0.8f, p[1] + 0.1f * p[0], 0.6f * p[0]};
+    }
+    return mesh;
+}
+
+std::vector<Vector> Positions(const LevelMesh& mesh) {
+    std::vector<Vector> positions;
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positions.push_back(mesh.Position(v));
+    return positions;
+}
+
+/// How far each vertex moved in one dab on the left half.
+std::vector<float> MovesOfADab(SculptSession& session) {
+    EXPECT_TRUE(session.SelectTool("Sculpt"));
+    session.Brush().SetBrushStrength(4.0f);
+    LevelMesh& mesh = *session.Geometry().Bound();
+    const std::vector<Vector> before = Positions(mesh);
+    StrokeDab dab;
+    const auto nearest = session.Tree().Nearest({-1.1f, 0.3f, 0.0f});
+    dab.hit.mesh = &mesh;
+    dab.hit.face = nearest->face;
+    dab.hit.position = nearest->position;
+    dab.hit.normal = nearest->normal;
+    dab.position = nearest->position;
+    dab.size = 0.6f;
+    dab.strength = 4.0f;
+    session.Loop().Begin(BrushOperation::ModifierNone);
+    session.Loop().Dab(dab);
+    session.Loop().End();
+    std::vector<float> moves;
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
+        moves.push_back((mesh.Position(v) - before[v]).Length());
+    return moves;
+}
+
+std::string MeshFile(const TemporaryFolder& folder, const PolygonMesh& mesh) {
+    const std::string path = folder.Path("mesh.obj");
+    WriteMeshFile(path, mesh);
+    return path;
+}
+
+TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
+    const TemporaryFolder folder;
+    const std::string path = MeshFile(folder, Plane(false));
+    SculptSession byPlane(path);
+    byPlane.SetMirrors({0});
+    SculptSession byFaces(path);
+    byFaces.SetTopologicalMirror();
+    const std::vector<float> planeMoves = MovesOfADab(byPlane);
+    const std::vector<float> faceMoves = MovesOfADab(byFaces);
+    EXPECT_EQ(planeMoves, faceMoves);
+    EXPECT_GT(*std::max_element(faceMoves.begin(), faceMoves.end()), 0.01f);
+    EXPECT_EQ(2u, byFaces.Totals().dabs);
+}
+
+TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
+    const TemporaryFolder folder;
+    SculptSession session(MeshFile(folder, Plane(true)));
+    session.SetTopologicalMirror();
+    const std::vector<float> moves = MovesOfADab(session);
+    // Rows of 17 vertices; the one across stands in the same row.
+    std::size_t movedLeft = 0;
+    std::size_t movedRight = 0;
+    for (std::size_t row = 0; row < 17; ++row) {
+        for (std::size_t column = 0; column < 8; ++column) {
+            if (moves[row * 17 + column] > 0.0f) ++movedLeft;
+            if (moves[row * 17 + 16 - column] > 0.0f) ++movedRight;
+        }
+    }
+    EXPECT_GT(movedLeft, 10u);
+    EXPECT_GT(movedRight, 10u);
+    // The dab's own middle and its image move alike; the faces there are of about one size.
+    std::size_t top = 0;
+    for (std::size_t v = 0; v < moves.size(); ++v)
+        if (v % 17 < 8 && moves[v] > moves[top]) top = v;
+    const std::size_t across = top - top % 17 + 16 - top % 17;
+    EXPECT_NEAR(moves[top], moves[across], 0.1f * moves[top]);
+}
+
+TEST(TopologicalStroke, IsKeptAcrossRefinementAndReset) {
+    const TemporaryFolder folder;
+    SculptSession session(MeshFile(folder, Plane(true)));
+    session.SetTopologicalMirror();
+    session.Subdivide();
+    MovesOfADab(session);
+    EXPECT_EQ(2u, session.Totals().dabs);
+    session.Reset();
+    MovesOfADab(session);
+    EXPECT_EQ(4u, session.Totals().dabs);
+    session.SetMirrors({});
+    MovesOfADab(session);
+    EXPECT_EQ(5u, session.Totals().dabs);
+}
+
+TEST(TopologicalStroke, IsRefusedOnAMeshWithoutAMirror) {
+    PolygonMesh mesh = Plane(false);
+    mesh.faceSizes.pop_back();
+    mesh.faceVertices.resize(mesh.faceVertices.size() - 4);
+    const TemporaryFolder folder;
+    SculptSession session(MeshFile(folder, mesh));
+    EXPECT_THAT(MessageOf<HostError>([&] { session.SetTopologicalMirror(); }),
+                testing::HasSubstr("mesh.obj: the mesh has no topological mirror"));
+    MovesOfADab(session);
+    EXPECT_EQ(1u, session.Totals().dabs);
+}
+
+}  // namespace
+}  // namespace trovik::test
