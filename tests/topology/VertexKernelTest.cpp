@@ -4,6 +4,7 @@
 /// The step of one vertex on meshes that have no patches: what it answers, what it leaves behind,
 /// and what it moves, against calculations of the tests' own.
 #include "tests/fixture/StrokeBench.h"
+#include "tests/memory/MemoryLimit.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -410,6 +411,19 @@ TEST_F(OriginalRecords, AreMadeBeforeTheVertexIsTestedButBehindARefusingLayer) {
     Brush().meshHasLayer = true;
     EXPECT_FALSE(Step(4));
     EXPECT_EQ(records[4], -1);
+}
+
+TEST_F(OriginalRecords, RefusedPageLeavesTheRecordsAsTheyWere) {
+    Open(9);
+    {
+        const MemoryLimit limit(0);
+        EXPECT_THROW(Step(0), Error*);
+    }
+    EXPECT_EQ(data.recordCount, 0u);
+    EXPECT_EQ(data.pages.fill, 0u);
+    EXPECT_EQ(records[0], -1);
+    EXPECT_TRUE(Step(0));
+    EXPECT_EQ(records[0], 0);
 }
 
 TEST_F(OriginalRecords, AreNotMadeWithoutATessellatingStroke) {

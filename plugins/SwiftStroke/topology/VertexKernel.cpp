@@ -47,12 +47,20 @@ void SwiftStroke::RecordOriginalData(uint32_t vertex) {
     if (data.recordOfVertex[vertex] != -1) return;
     const uint32_t index = data.recordCount;
     const uint32_t page = index >> data.pageShift;
-    if (data.recordCount + 1 > data.recordCount) ++data.recordCount;
     while (page >= data.pages.fill) {
-        data.pages.Append(Block::AlignedAlloc(
+        const uint32_t last = data.pages.fill;
+        data.pages.Append(nullptr);
+        if (data.pages.fill == last) return;
+        data.pages[last] = Block::AlignedAlloc(
             static_cast<uint64_t>(data.recordsPerPage) * sizeof(OriginalDataRecord),
-            data.pageAlignment));
+            data.pageAlignment);
+        if (data.pages[last] == nullptr) {
+            // Without memory the vertex has no record.
+            data.pages.fill = last;
+            return;
+        }
     }
+    if (data.recordCount + 1 > data.recordCount) ++data.recordCount;
     const Vertex& v = data.sourceMesh->vertices[vertex];
     auto* records = static_cast<OriginalDataRecord*>(data.pages[page]);
     OriginalDataRecord& record = records[index & data.pageMask];
