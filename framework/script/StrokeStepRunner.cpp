@@ -76,8 +76,10 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
         stroke.Fail("a stroke needs one of \"dabs\", \"surface\", \"pointer\", \"wholeMesh\"");
     }
     if (goesOn && !loop.IsActive()) stroke.At("continue").Fail("no stroke is open");
-    if (goesOn && stroke.Has("modifier"))
-        stroke.At("modifier").Fail("the modifier of a stroke is told where it begins");
+    for (const char* name : {"modifier", "seed"}) {
+        if (!goesOn || !stroke.Has(name)) continue;
+        stroke.At(name).Fail(std::string("the ") + name + " of a stroke is told where it begins");
+    }
     if (!goesOn && loop.IsActive())
         stroke.Fail("a stroke is open; go on with it by \"continue\", or end it so first");
     KeepBefore();

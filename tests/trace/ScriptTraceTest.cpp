@@ -3,6 +3,7 @@
 /// \file
 /// Traces of small scripts with the brush itself.
 #include "framework/errors/HostError.h"
+#include "framework/images/ImageFile.h"
 #include "framework/memory/MemoryAccount.h"
 #include "tests/trace/NpyArray.h"
 #include "tests/trace/TraceBench.h"
@@ -121,6 +122,35 @@ TEST_F(ScriptTrace, SmoothStrokeTellsTheToolAsItWasAndTheRestAsTheBrushReadsIt) 
     EXPECT_EQ(pinch["tool"], 2);
     EXPECT_EQ(pinch["strengthBias"], 10.0);
     EXPECT_NE(pinch["falloff"], smooth["falloff"]);
+}
+
+TEST_F(ScriptTrace, StampOfAScriptComesWithItsPixelsAndEachDabsMatrix) {
+    FloatImage image;
+    image.width = 2;
+    image.height = 3;
+    image.channels = 1;
+    image.pixels = {0.0f, 0.25f, 0.5f, 0.75f, 1.0f, -2.0f};
+    WriteFloatImageFile(folder.Path("wedge.tif"), image);
+    Run(R"({"set": {"radius": 0.5, "stamp": {"path": "wedge.tif", "factor": 0.5}}},
+           {"stroke": {"dabs": [{"face": 0}, {"face": 40}]}})",
+        "\"levels\": 3, \"mirror\": [\"x\"], ");
+    const nlohmann::json stamp = Line("BeginStroke")["in"]["stamp"];
+    EXPECT_EQ(stamp["enabled"], true);
+    EXPECT_EQ(stamp["name"], "wedge.tif");
+    EXPECT_EQ(stamp["factor"], 0.5);
+    EXPECT_EQ(stamp["width"], 2);
+    EXPECT_EQ(stamp["height"], 3);
+    const NpyArray pixels(At("arrays/" + stamp["pixels"].get<std::string>()));
+    EXPECT_EQ(pixels.Shape(), "(3, 2, 1)");
+    EXPECT_EQ(pixels.Values<float>(), image.pixels);
+    std::set<std::string> matrices;
+    for (const nlohmann::json& dab : LinesOf(trace, "ApplyDab")) {
+        EXPECT_EQ(dab["in"]["stampMatrix"].size(), 16u);
+        EXPECT_EQ(dab["in"]["stampFactor"], 0.5);
+        EXPECT_FALSE(dab["in"].contains("stamp"));
+        matrices.insert(dab["in"]["stampMatrix"].dump());
+    }
+    EXPECT_EQ(matrices.size(), 4u) << "two dabs, each on both sides, and each its own place";
 }
 
 TEST_F(ScriptTrace, DabTellsWhatItDid) {
