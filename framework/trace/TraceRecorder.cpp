@@ -352,17 +352,19 @@ void TraceRecorder::CheckLevels() {
     }
 }
 
-void TraceRecorder::WriteStates(const std::string& name, const BrushOperation& brush) {
+void TraceRecorder::WriteStates(const std::string& name, BrushOperation& brush) {
+    const bool mirrorCorners = options.mirrorCorners || brush.MirrorConfig().MirrorMode() ==
+                                                            MirrorConfiguration::Topological;
     const std::vector<LevelGeometry*> geometries = Geometries();
     for (std::size_t i = 0; i < geometries.size(); ++i) {
         WriteMeshState(options.folder + "/" + name + "/m" + std::to_string(i),
                        *geometries[i],
                        UnlockerOf(brush),
-                       options.mirrorCorners);
+                       mirrorCorners);
     }
 }
 
-void TraceRecorder::WriteAfter(const BrushOperation& brush) {
+void TraceRecorder::WriteAfter(BrushOperation& brush) {
     ThrowIfFailed();
     if (!begun)
         WriteStates("before", brush);

@@ -19,7 +19,7 @@ struct TraceOptions {
     std::string folder;
     /// State of every mesh after each dab whose number is a multiple of this; 0: none.
     unsigned every = 0;
-    /// States hold the topological mirror of every corner.
+    /// States hold the topological mirror of every corner, also while strokes are not mirrored so.
     bool mirrorCorners = false;
 };
 
@@ -48,7 +48,7 @@ public:
     void ThrowIfFailed() const;
     /// Writes the state `after`, to be called when the last call is over; where no stroke has begun
     /// `before` too. \throw HostError.
-    void WriteAfter(const BrushOperation& brush);
+    void WriteAfter(BrushOperation& brush);
     /// Lines of ApplyDab so far.
     unsigned DabCount() const { return dabCount; }
 
@@ -65,7 +65,7 @@ private:
     std::string MessagesSince() const;
     void Watch(bool on);
     void CheckLevels();
-    void WriteStates(const std::string& name, const BrushOperation& brush);
+    void WriteStates(const std::string& name, BrushOperation& brush);
     void WriteLine(const JsonFields& line);
 
     TraceOptions options;

@@ -314,6 +314,30 @@ TEST_F(ScriptTrace, ErrorOfTheBrushIsToldAndLeavesTheStateAfterTheLastCall) {
     EXPECT_FALSE(Has("after/m0/records.npy"));
 }
 
+TEST_F(ScriptTrace, MirrorCornersLeadAcrossATopologicalMirror) {
+    Run(R"({"stroke": {"dabs": [{"face": 20, "radius": 0.5}]}})",
+        "\"levels\": 1, \"mirror\": \"topological\", ");
+    EXPECT_EQ(Line("BeginStroke")["in"]["mirrorMode"], 7);
+    const std::vector<nlohmann::json> dabs = LinesOf(trace, "ApplyDab");
+    ASSERT_EQ(dabs.size(), 2u);
+    EXPECT_EQ(dabs[1]["in"]["hit"]["mirror"], true);
+    EXPECT_EQ(dabs[1]["in"]["mirrorTransform"].size(), 16u);
+    const NpyArray corners(At("before/m0/mirror_corners.npy"));
+    EXPECT_EQ(corners.Shape(), "(24, 4, 3)");
+    const auto answers = corners.Values<int32_t>();
+    const auto faces = NpyArray(At("before/m0/level-1/face_vertex_indices.npy")).Values<uint32_t>();
+    const auto places = NpyArray(At("before/m0/level-1/positions.npy")).Values<Vector>();
+    for (std::size_t slot = 0; slot < faces.size(); ++slot) {
+        const auto vertex = static_cast<std::size_t>(answers[slot * 3]);
+        const auto face = static_cast<std::size_t>(answers[slot * 3 + 1]);
+        const auto corner = static_cast<std::size_t>(answers[slot * 3 + 2]);
+        ASSERT_LT(vertex, places.size());
+        EXPECT_EQ(faces.at(face * 4 + corner), vertex);
+        const Vector& here = places[faces[slot]];
+        EXPECT_EQ(places[vertex], Vector(-here.x, here.y, here.z));
+    }
+}
+
 TEST_F(ScriptTrace, MirrorCornersComeWithATopologicalMirrorOnly) {
     Run(oneDab, "\"mirror\": [\"x\", \"y\"], ");
     EXPECT_FALSE(Has("before/m0/mirror_corners.npy"));
