@@ -38,7 +38,7 @@ ImprintStroke::ImprintStroke(StrokeLoop& strokeLoop,
       options(pathOptions) {}
 
 void ImprintStroke::Press(const PathSample& sample) {
-    press = sample.place;
+    Start(sample.place);
     Drag(sample);
 }
 
@@ -97,12 +97,9 @@ unsigned ImprintAlong(StrokeLoop& loop,
                       const std::vector<PathSample>& samples,
                       const PathOptions& options) {
     ImprintStroke imprint(loop, geometry, tree, view, mode, options);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (i == 0)
-            imprint.Press(samples[i]);
-        else
-            imprint.Drag(samples[i]);
-    }
+    if (samples.empty()) return 0;
+    imprint.Start(samples.front().place);
+    imprint.Drag(samples.back());
     return imprint.Count();
 }
 

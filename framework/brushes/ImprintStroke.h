@@ -35,6 +35,8 @@ public:
                   const PathOptions& options);
 
     void Press(const PathSample& sample);
+    /// Takes the place of the press and lays nothing yet.
+    void Start(const Vector& place) { press = place; }
     /// The release is the last of them.
     void Drag(const PathSample& sample);
     /// Main dabs made, those that were put back included.
@@ -61,7 +63,8 @@ private:
     unsigned count = 0;
 };
 
-/// The first sample is the press, the others are drags. \return the number of main dabs made.
+/// The first sample is the press and the last one the release. Since the way between leaves
+/// nothing, only the copy that stays is laid. \return the number of main dabs made, 0 or 1.
 TROVIK_API unsigned ImprintAlong(StrokeLoop& loop,
                                  LevelGeometry& geometry,
                                  const PatchTree& tree,

@@ -5,6 +5,8 @@
 #include "framework/brushes/DabStrength.h"
 #include "framework/brushes/StrokeLoop.h"
 
+#include <algorithm>
+
 namespace trovik {
 
 namespace {
@@ -58,8 +60,8 @@ void StampStroke::Restart() {
 }
 
 bool StampStroke::HasStamp() const {
-    return brush->IsMaskEnabled(stampMask) && brush->MaskImage(stampMask)->Width() != 0 &&
-           brush->MaskImage(stampMask)->Height() != 0;
+    return brush != nullptr && brush->IsMaskEnabled(stampMask) &&
+           brush->MaskImage(stampMask)->Width() != 0 && brush->MaskImage(stampMask)->Height() != 0;
 }
 
 void StampStroke::Lay(StrokeDab& dab) {
@@ -103,6 +105,26 @@ StampPlacement StampStroke::Place(const StrokeDab& dab, const Vector& toward) co
     return StampPlacement::ByCamera(dab.position, dab.size, toward, camera);
 }
 
+Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
+    if (!HasStamp() || box.IsEmpty()) return {};
+    const Matrix& toWorld = geometry->Place().ToWorld();
+    const Vector low(box.minX, box.minY, box.minZ);
+    const Vector high(box.maxX, box.maxY, box.maxZ);
+    const Vector middle = toWorld.AffineTransform((low + high) * 0.5f, 1.0f);
+    float radius = 0.0f;
+    for (int corner = 0; corner < 8; ++corner) {
+        const Vector local((corner & 1) != 0 ? high.x : low.x,
+                           (corner & 2) != 0 ? high.y : low.y,
+                           (corner & 4) != 0 ? high.z : low.z);
+        radius = std::max(radius, (toWorld.AffineTransform(local, 1.0f) - middle).Length());
+    }
+    if (!(radius > 0.0f)) return {};
+    StampPlacement placement = StampPlacement::ByCamera(middle, radius, Vector(), CameraToWorld());
+    placement.Turn(static_cast<float>(brush->separatorOption.Value()) / 360.0f);
+    const Image* image = brush->MaskImage(stampMask);
+    return placement.ToPixels(image->Width(), image->Height(), toWorld);
+}
+
 // By the transpose of the inverse, so that it stays square to a surface that is scaled unevenly.
 Vector StampStroke::WorldNormal(const Vector& local) const {
     const Matrix& inverse = geometry->Place().ToLocal();
@@ -142,7 +164,7 @@ void StampStroke::Scatter(StrokeDab& dab) {
 }
 
 float StampStroke::Spacing(float radius, float share) {
-    if (!IsTool(*brush, "Repeat") || !HasStamp()) return radius * share;
+    if (!HasStamp() || !IsTool(*brush, "Repeat")) return radius * share;
     const float room = brush->strokeFloatA.Value() * 0.01f;
     const float randomRoom = brush->strokeFloatB.Value() * 0.01f * spacingRandom.Share();
     return radius * ((2.0f + room) + randomRoom);

@@ -43,6 +43,10 @@ public:
     /// own, unless the dab keeps its place. Sets the dab's stamp matrix.
     void Lay(StrokeDab& dab);
 
+    /// Stamp matrix for a tool that is applied to the whole mesh: projected from the camera, over
+    /// the ball around this box (mesh-local).
+    Matrix OverAll(const AxisAlignedBoundingBox& box) const;
+
     /// Distance to the next dab, world units: `share` of the radius. Repeat with a stamp lays its
     /// copies side by side instead: two radii and the brush's stamp spacing, percent of the radius,
     /// with a random part on top. To be asked once for each dab.

@@ -127,6 +127,7 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
 void StrokeLoop::WholeMesh(float strength, bool byFacing) {
     try {
         ForgetLastWalks();
+        brush.Settings().stampMatrix = stamps.OverAll(tree.Bounds());
         BrushCall call(BrushCall::ApplyToWholeMesh, brush);
         call.mesh = geometry.Bound();
         call.strength = strength;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/images/StampImage.h"
 
+#include "framework/errors/HostError.h"
 #include "framework/files/FilePath.h"
 
 #include <algorithm>
@@ -94,6 +95,25 @@ StampCache::FileState StampCache::StateOf(const std::string& path) {
             static_cast<int64_t>(status.st_mtim.tv_nsec)};
 }
 
+namespace {
+
+/// Reads a stamp within the limit, also for what the brush makes of it: the name of a vector stamp
+/// asks for three values a pixel, whatever the file has.
+FloatImage ReadStamp(const std::string& path, std::size_t maxBytes) {
+    FloatImage image = ReadImageFile(path, maxBytes);
+    const std::size_t values = std::size_t{image.width} * image.height * 3;
+    const bool isVector = IsVectorStampName(std::filesystem::path(path).filename().string());
+    if (isVector && values > maxBytes / sizeof(float)) {
+        throw HostError("cannot read image " + path + ": as a vector stamp it has " +
+                        std::to_string(image.width) + " x " + std::to_string(image.height) +
+                        " x 3 values, which take more than the limit of " +
+                        std::to_string(maxBytes) + " bytes as floats");
+    }
+    return image;
+}
+
+}  // namespace
+
 std::shared_ptr<StampImage> StampCache::Get(const std::string& path, std::size_t maxBytes) {
     // Taken before the read: a file that changes while it is read is read again the next time.
     const FileState state = StateOf(path);
@@ -104,7 +124,7 @@ std::shared_ptr<StampImage> StampCache::Get(const std::string& path, std::size_t
         entries.begin(), entries.end(), [&name](const Entry& entry) { return entry.path == name; });
     if (found != entries.end()) {
         if (found->state != state) {
-            found->image->Replace(ReadImageFile(path, maxBytes));
+            found->image->Replace(ReadStamp(path, maxBytes));
             ++reads;
             found->state = state;
         }
@@ -112,7 +132,7 @@ std::shared_ptr<StampImage> StampCache::Get(const std::string& path, std::size_t
         return entries.front().image;
     }
 
-    FloatImage pixels = ReadImageFile(path, maxBytes);
+    FloatImage pixels = ReadStamp(path, maxBytes);
     ++reads;
     const std::string file = std::filesystem::path(path).filename().string();
     auto image = std::make_shared<StampImage>(

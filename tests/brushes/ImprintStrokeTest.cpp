@@ -30,7 +30,9 @@ protected:
         const PathOptions options = bench.Options(0.5f, 0.25f);
         brush.dabs.clear();
         bench.loop.Begin(BrushOperation::ModifierNone);
-        ImprintAlong(bench.loop, bench.geometry, bench.tree, view, mode, samples, options);
+        ImprintStroke imprint(bench.loop, bench.geometry, bench.tree, view, mode, options);
+        imprint.Press(samples.front());
+        for (std::size_t i = 1; i < samples.size(); ++i) imprint.Drag(samples[i]);
         bench.loop.End();
     }
 
@@ -103,6 +105,28 @@ TEST_F(ImprintPlacing, ThePointerMayLeaveTheMeshButTheMiddleMayNot) {
     EXPECT_TRUE(brush.dabs.empty());
 }
 
+TEST_F(ImprintPlacing, AWholeDragAtOnceLaysTheLastCopyAlone) {
+    const std::vector<PathSample> samples = {
+        {{4.0f, 4.0f, 0.0f}}, {{12.0f, 1.0f, 0.0f}}, {{7.0f, 8.0f, 0.0f}, 0.5f}};
+    for (const DrawMode mode : {DrawMode::FromCenter, DrawMode::AcrossPoints}) {
+        Imprint(nullptr, mode, samples);
+        ASSERT_EQ(brush.dabs.size(), 3u);
+        const RecordingBrush::Dab last = brush.dabs[2];
+        brush.dabs.clear();
+        const PathOptions options = bench.Options(0.5f, 0.25f);
+        bench.loop.Begin(BrushOperation::ModifierNone);
+        EXPECT_EQ(
+            ImprintAlong(bench.loop, bench.geometry, bench.tree, nullptr, mode, samples, options),
+            1u);
+        bench.loop.End();
+        ASSERT_EQ(brush.dabs.size(), 1u);
+        EXPECT_EQ(brush.dabs[0].position, last.position);
+        EXPECT_EQ(brush.dabs[0].size, last.size);
+        EXPECT_EQ(brush.dabs[0].strength, last.strength);
+        EXPECT_EQ(brush.dabs[0].stampMatrix, last.stampMatrix);
+    }
+}
+
 /// With the brush itself, on a sphere with two levels.
 class ImprintedSurface : public testing::Test {
 protected:
@@ -115,7 +139,9 @@ protected:
     void Imprint(DrawMode mode, const std::vector<PathSample>& samples) {
         const PathOptions options = loop->Options(0.2f, 0.25f);
         loop->loop.Begin(BrushOperation::ModifierNone, 5);
-        ImprintAlong(loop->loop, *bench.geometry, loop->tree, nullptr, mode, samples, options);
+        ImprintStroke imprint(loop->loop, *bench.geometry, loop->tree, nullptr, mode, options);
+        imprint.Press(samples.front());
+        for (std::size_t i = 1; i < samples.size(); ++i) imprint.Drag(samples[i]);
         loop->loop.End();
     }
 

@@ -277,6 +277,11 @@ TEST_F(StampImageTest, TheLimitIsToldBeforeAnythingIsAllocated) {
     EXPECT_THAT(MessageOf<HostError>([&] { StampCache::Instance().Get(small, 255); }),
                 HasSubstr("limit of 255 bytes"));
     EXPECT_EQ(StampCache::Instance().Get(small, 256)->Width(), 32u);
+    // The brush takes three values a pixel of a vector stamp.
+    const std::string grey = WriteFile(folder.Path("s_vdm.tif"), OIIO::TypeUInt8, 1, bytes);
+    EXPECT_THAT(MessageOf<HostError>([&] { StampCache::Instance().Get(grey, 767); }),
+                HasSubstr("32 x 2 x 3 values"));
+    EXPECT_EQ(StampCache::Instance().Get(grey, 768)->Width(), 32u);
 }
 
 TEST_F(StampImageTest, AFileIsReadOnceUntilItChanges) {

@@ -153,6 +153,47 @@ TEST_F(StampScript, ImprintPlacesOneCopyInBothWays) {
         HasSubstr("nothing more to undo"));
 }
 
+TEST_F(StampScript, AStampOverTheWholeMeshComesFromTheCamera) {
+    // Seen from the front the left half of the image is over the left half of the square.
+    FloatImage image;
+    image.width = image.height = 2;
+    image.channels = 1;
+    image.pixels = {0.0f, 1.0f, 0.0f, 1.0f};
+    WriteFloatImageFile(folder.Path("right.tif"), image);
+    const std::string whole = R"({"stroke": {"wholeMesh": {"strength": 0.5}}})";
+    Run(std::string(sculpt) + "," + whole, R"("camera": {"from": [0, 0, 1]}, )");
+    const uint64_t all = result.totals.verticesMoved;
+    EXPECT_EQ(all, 33u * 33u);
+    Run(std::string(sculpt) + R"(, {"set": {"stamp": "right.tif"}},)" + whole,
+        R"("camera": {"from": [0, 0, 1]}, )");
+    EXPECT_GE(result.totals.verticesMoved, 16u * 33u);
+    EXPECT_LE(result.totals.verticesMoved, 17u * 33u);
+}
+
+TEST_F(StampScript, AnOpenStrokeKeepsItsStamp) {
+    const std::string open =
+        std::string(sculpt) + R"(, {"stroke": {"surface": [[0, 0, 0]], "open": true}},)";
+    EXPECT_THAT(ErrorOf(open + R"({"set": {"stamp": "half.tif"}})"),
+                HasSubstr("/steps/2/set/stamp: a stroke is open"));
+    EXPECT_THAT(ErrorOf(open + R"({"stroke": {"continue": true, "seed": 4}})"),
+                HasSubstr("/steps/2/stroke/seed: the seed of a stroke is told where it begins"));
+    // Other settings of the stamp may change.
+    Run(open + R"({"set": {"stamp": {"factor": 2}}}, {"stroke": {"continue": true}})");
+}
+
+TEST_F(StampScript, ASceneGoesOnWithItsStampAndItsSeeds) {
+    const std::string tool =
+        R"({"tool": "Spray", "set": {"radius": 0.2, "strength": 50, "stamp": {"path": "half.tif", "randomize": true}}})";
+    const std::string stroke = R"({"stroke": {"surface": [[-0.5, 0, 0], [0.5, 0, 0]]}})";
+    const std::string atOnce = Run(tool + "," + stroke + "," + stroke, R"("seed": 5, )");
+    Run(tool + "," + stroke + R"(, {"save": "half.trovik"})", R"("seed": 5, )");
+    const std::string script = folder.Fill("later.json",
+                                           R"({"scene": "out/half.trovik", "steps": [)" + stroke +
+                                               R"(, {"export": {"file": "out.ply"}}]})");
+    ScriptRunner(script, folder.Path("later"), {}).Run();
+    EXPECT_EQ(TemporaryFolder::Content(folder.Path("later/out.ply")), atOnce);
+}
+
 TEST_F(StampScript, MistakesAreNamedWithTheirPlace) {
     const auto set = [](const std::string& stamp) {
         return R"({"set": {"stamp": )" + stamp + "}}";
