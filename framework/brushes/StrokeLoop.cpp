@@ -5,6 +5,7 @@
 #include "framework/brushes/StampFiles.h"
 #include "framework/brushes/TopologicalHit.h"
 #include "framework/edits/LevelChange.h"
+#include "framework/images/StampImage.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,6 +14,9 @@
 namespace trovik {
 
 namespace {
+
+constexpr int stampMask = -1;
+constexpr int mirroredStampMask = 1;
 
 using Clock = std::chrono::steady_clock;
 
@@ -34,6 +38,12 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
 
 void StrokeLoop::Begin(BrushOperation::Modifier modifier, uint64_t seed) {
     RefreshStamp(brush);
+    // Across the topology a stamp is read where the vertex across lies, so that it looks alike on
+    // halves in different poses. A vector stamp moves vertices along its own axes, which must be
+    // mirrored themselves.
+    if (brush.MirrorConfig().MirrorMode() == MirrorConfiguration::Topological)
+        brush.Settings().mirroredStampRead =
+            !IsVectorStampName(brush.MaskName(stampMask).toStdString());
     previousHits.assign(mirrors.size() + 2, Vector());
     dirtyBox = AxisAlignedBoundingBox();
     BrushCall call(BrushCall::BeginStroke, brush);
@@ -95,6 +105,8 @@ std::optional<StrokeLoop::DabAcross> StrokeLoop::AcrossTopology(const StrokeDab&
     place.WorldToLocal(&local, &dab.position, 1.0f);
     local = across->pointMap.AffineTransform(local, 1.0f);
     place.LocalToWorld(&mirrored.dab.position, &local, 1.0f);
+    if (!brush.IsMaskEnabled(mirroredStampMask))
+        mirrored.dab.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, across->pointMap);
     return mirrored;
 }
 

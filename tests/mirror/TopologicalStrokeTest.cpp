@@ -72,6 +72,87 @@ TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
     EXPECT_EQ(2u, byFaces.Totals().dabs);
 }
 
+/// The finer plane, sculpted with a stamp of these settings; what each vertex moved.
+std::vector<Vector> StampedMoves(SculptSession& session, const char* stamp) {
+    session.Subdivide();
+    session.Subdivide();
+    EXPECT_TRUE(session.SelectTool("Sculpt"));
+    session.Brush().SetStamp(true, QString::fromLatin1(stamp));
+    LevelMesh& mesh = *session.Geometry().Bound();
+    const std::vector<Vector> before = Positions(mesh);
+    const auto nearest = session.Tree().Nearest({-1.1f, 0.3f, 0.0f});
+    StrokeDab dab;
+    dab.hit.mesh = &mesh;
+    dab.hit.face = nearest->face;
+    dab.hit.position = nearest->position;
+    dab.hit.normal = nearest->normal;
+    dab.position = nearest->position;
+    dab.size = 0.7f;
+    dab.strength = 4.0f;
+    session.Loop().Begin(BrushOperation::ModifierNone);
+    session.Loop().Dab(dab);
+    session.Loop().End();
+    std::vector<Vector> moves;
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) moves.push_back(mesh.Position(v) - before[v]);
+    return moves;
+}
+
+class TopologicalStamp : public testing::TestWithParam<const char*> {};
+
+TEST_P(TopologicalStamp, OnASymmetricMeshIsTheStampMirroredInThePlane) {
+    const TemporaryFolder folder;
+    const std::string path = MeshFile(folder, Plane(false));
+    SculptSession byPlane(path);
+    byPlane.SetMirrors({0});
+    SculptSession byFaces(path);
+    byFaces.SetTopologicalMirror();
+    const std::vector<Vector> planeMoves = StampedMoves(byPlane, GetParam());
+    const std::vector<Vector> faceMoves = StampedMoves(byFaces, GetParam());
+    float largest = 0.0f;
+    for (std::size_t v = 0; v < planeMoves.size(); ++v) {
+        ASSERT_NEAR(0.0f, (planeMoves[v] - faceMoves[v]).Length(), 1e-5f) << v;
+        largest = std::max(largest, faceMoves[v].Length());
+    }
+    EXPECT_GT(largest, 1e-3f);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shipped,
+                         TopologicalStamp,
+                         testing::Values("Stamps/rubble.tif", "Stamps/hook_vdm.exr"),
+                         [](const auto& stamp) {
+                             return std::string(stamp.index == 0 ? "Heights" : "Vectors");
+                         });
+
+TEST(TopologicalStroke, StampsAHeightImageAlikeOnBothHalvesOfAPose) {
+    const TemporaryFolder folder;
+    SculptSession session(MeshFile(folder, Plane(true)));
+    session.SetTopologicalMirror();
+    const std::vector<Vector> moves = StampedMoves(session, "Stamps/rubble.tif");
+    LevelMesh& mesh = *session.Geometry().Bound();
+    // The right half is another shape, so the falloff differs; what the image leaves out on the
+    // left is left out on the right.
+    std::size_t moved = 0;
+    std::size_t both = 0;
+    for (uint32_t face = 0; face < mesh.faceCount; ++face) {
+        for (uint32_t k = 0; k < 4; ++k) {
+            const uint32_t v = mesh.faceVertexIndices[face * 4 + k];
+            uint32_t faceAcross = 0;
+            uint32_t corner = 0;
+            const auto across =
+                static_cast<uint32_t>(mesh.MirrorVertex(face, k, &faceAcross, &corner));
+            if (mesh.Position(v).x >= 0.0f) continue;
+            if (moves[v] == Vector()) {
+                EXPECT_EQ(Vector(), moves[across]) << "vertex " << v;
+            } else {
+                ++moved;
+                if (moves[across] != Vector()) ++both;
+            }
+        }
+    }
+    EXPECT_GT(moved, 400u);
+    EXPECT_GT(both, moved * 9 / 10);
+}
+
 TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
     const TemporaryFolder folder;
     SculptSession session(MeshFile(folder, Plane(true)));
