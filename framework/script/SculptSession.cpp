@@ -67,6 +67,7 @@ std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scene
 }
 
 void SculptSession::Save(const std::string& scenePath, const SceneStream& header) {
+    if (loop->IsActive()) throw HostError(scenePath + ": a stroke is under way; end it first");
     SaveScene(scenePath, {*geometry, loaded, layers, *brush, settings}, header);
 }
 

@@ -32,7 +32,7 @@ private:
 
 /// Steps that would pull the ground from under a stroke.
 constexpr const char* notInStroke[] = {
-    "tool", "undo", "redo", "subdivide", "level", "layer", "transform", "mirror", "reset"};
+    "tool", "undo", "redo", "subdivide", "level", "layer", "transform", "mirror", "reset", "save"};
 
 }  // namespace
 

@@ -3,6 +3,8 @@
 /// \file
 /// A scene goes on exactly where it was: the same steps give the same bits, whether the work is
 /// saved and opened again somewhere among them or not.
+#include "framework/errors/HostError.h"
+#include "framework/images/ImageFile.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
@@ -127,6 +129,55 @@ TEST_F(SceneContinuation, GivesTheSameBitsOverAMeshThatWasSplitOnImport) {
                         R"({"reset": true})",
                         R"({"tool": "Amplify"})",
                         R"({"stroke": {"surface": [[0.3, 0.2, 0], [1.5, 0.4, 0]]}})"});
+}
+
+TEST_F(SceneContinuation, GivesTheSameBitsWithStampsAndChance) {
+    std::vector<uint8_t> pixels(16 * 16);
+    for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<uint8_t>(i * 37 % 256);
+    WriteImageFile(folder.Path("rough.png"), pixels.data(), 16, 16, 1);
+    WriteImageFile(folder.Path("half.png"), pixels.data(), 8, 32, 1);
+    ExpectNoDifference(
+        SteppedBox(),
+        R"(, "levels": 4, "seed": 9, "camera": {"width": 256, "height": 256})",
+        {R"({"tool": "Spray", "set": {"radius": 0.7, "strength": 30, "stamp": "rough.png"}})",
+         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
+         R"({"tool": "Repeat", "set": {"radius": 0.2, "stamp": {"path": "half.png",
+             "spacing": 10, "spacingRandom": 20, "randomTurn": 0.5, "bilinear": true}}})",
+         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
+         R"({"tool": "Sculpt", "set": {"radius": 0.5, "stamp": {"path": "rough.png",
+             "tiled": true, "positioning": "start", "rotation": 30, "inverted": true}}})",
+         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
+         R"({"tool": "Imprint", "set": {"stamp": "half.png"}})",
+         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.6, 0.4, 1]]}})",
+         R"({"tool": "Spray"})",
+         R"({"stroke": {"pointer": [[120, 110], [150, 130]]}})",
+         R"({"tool": "Sculpt"})",
+         R"({"stroke": {"surface": [[0.1, 0.2, 1], [0.3, 0.4, 1]]}})"});
+}
+
+TEST_F(SceneContinuation, AStampsImageStaysWithTheBrushWhileItIsSaved) {
+    auto session = RichSession(folder);
+    const std::vector<uint8_t> grey(64, 200);
+    WriteImageFile(folder.Path("grey.png"), grey.data(), 8, 8, 1);
+    session->SelectTool("Sculpt");
+    session->Brush().SetStamp(true, QString::fromStdString(folder.Path("grey.png")));
+    StrokeOver(*session, {0}, 1.0f);
+    Image* image = session->Brush().MaskImage(-1);
+    ASSERT_EQ(image->Width(), 8u);
+    session->Save(folder.Path("one.trovik"));
+    EXPECT_EQ(session->Brush().MaskImage(-1), image);
+    EXPECT_EQ(session->Brush().MaskName(-1), QStringLiteral("grey.png"));
+}
+
+TEST_F(SceneContinuation, ASceneIsNotSavedWithinAStroke) {
+    auto session = RichSession(folder);
+    session->Loop().Begin(BrushOperation::ModifierNone);
+    const std::string file = folder.Path("open.trovik");
+    EXPECT_EQ(MessageOf<HostError>([&] { session->Save(file); }),
+              file + ": a stroke is under way; end it first");
+    session->Loop().End();
+    session->Save(file);
+    EXPECT_TRUE(std::filesystem::exists(file));
 }
 
 TEST_F(SceneContinuation, UndoWithinTheSecondHalfIsAsExactAsWithoutABreak) {
