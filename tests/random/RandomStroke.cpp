@@ -91,6 +91,11 @@ RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
     bench = std::make_unique<StrokeBench>(zoo.mesh, levels);
     if (random.Chance(0.2f)) bench->geometry->BindLevel(random.Below(levels + 1));
     LevelMesh& mesh = bench->Mesh();
+    if (random.Chance(0.1f)) {
+        const float size = random.OneOf({1e-5f, 1e5f});
+        for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
+            mesh.SetPosition(v, mesh.Position(v) * size);
+    }
 
     AxisAlignedBoundingBox box;
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) box.Extend(mesh.Position(v));
@@ -101,6 +106,14 @@ RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
     if (random.Chance(0.7f)) {
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
             mesh.SetPosition(v, mesh.Position(v) + random.In(-0.02f, 0.02f) * extent);
+        mesh.ComputeNormals();
+    }
+    if (random.Chance(0.15f)) {
+        // Faces without area: some vertices lie on others.
+        for (uint32_t i = 0; i < 4; ++i) {
+            const Vector place = mesh.Position(random.Below(mesh.VertexCount()));
+            mesh.SetPosition(random.Below(mesh.VertexCount()), place);
+        }
         mesh.ComputeNormals();
     }
     if (random.Chance(0.3f)) {
