@@ -26,6 +26,8 @@ private:
     void DrawStamp();
     void DrawMirror();
     Matrix DrawStampMatrix();
+    bool MovesByDistance() const;
+    bool LayerIsMild() const;
     SurfacePoint DrawHit();
     float DrawRadius();
     float DrawStrength();
