@@ -151,6 +151,8 @@ void WriteThroughLibrary(const std::string& path,
     }
     // Otherwise colours are divided by alpha on their way into some formats.
     spec.attribute("oiio:UnassociatedAlpha", 1);
+    // Formats that note a time would note the present one, and no two files would be alike.
+    spec.attribute("DateTime", "1970:01:01 00:00:00");
     const bool done = output->open(replacement.TemporaryPath(), spec) &&
                       output->write_image(type, pixels) && output->close();
     if (!done) {

@@ -64,7 +64,8 @@ TROVIK_API void WriteImageFile(const std::string& path,
                                std::uint32_t height,
                                std::uint32_t channels);
 
-/// Writes floats bit for bit; the extension is one of `.exr`, `.tif`, `.tiff`.
+/// Writes floats bit for bit; the extension is one of `.exr`, `.tif`, `.tiff`. The same values give
+/// the same bytes.
 ///
 /// The file is complete or not there: see FileReplacement.
 /// \param image  isFloat is not used.

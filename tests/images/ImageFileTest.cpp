@@ -156,6 +156,18 @@ TEST(ImageFile, SixteenBitsAreWrittenAsTheyStand) {
               Bits(ReadImageFile(folder.Path("signed.tif")).pixels));
 }
 
+TEST(ImageFile, NoFileNotesTheTimeOfItsWriting) {
+    const TemporaryFolder folder;
+    const std::vector<std::uint8_t> pixels{1, 2, 3, 4};
+    WriteImageFile(folder.Path("a.tif"), pixels.data(), 2, 2, 1);
+    WriteFloatImageFile(folder.Path("a.exr"), {2, 2, 1, {1.0f, 2.0f, 3.0f, 4.0f}, true});
+    for (const char* name : {"a.tif", "a.exr"}) {
+        const auto input = OIIO::ImageInput::open(folder.Path(name));
+        ASSERT_TRUE(input) << name;
+        EXPECT_EQ("1970:01:01 00:00:00", input->spec().get_string_attribute("DateTime")) << name;
+    }
+}
+
 TEST(ImageFile, SignedValuesAreRefusedWhereTheFormatHasNone) {
     const TemporaryFolder folder;
     const std::int16_t value = -5;
