@@ -84,8 +84,11 @@ Place3 HookShape(Point2 p) {
     const Place3 flat = rim * (1.0 - RootEdge);
     const double t2 = t * t;
     const double t3 = t2 * t;
-    return neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
-           rim * (3.0 * t2 - 2.0 * t3) + flat * (t3 - t2);
+    const Place3 place = neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
+                         rim * (3.0 * t2 - 2.0 * t3) + flat * (t3 - t2);
+    // Light shows where a curvature ends; it runs out before the rim does.
+    const Place3 here{p.x, 0.0, p.y};
+    return here + (place + here * -1.0) * SmoothStep(1.0, 0.35, t);
 }
 
 }  // namespace
