@@ -74,6 +74,8 @@ public:
     /// by it. \return false, and no mirror is known, when the mesh has none.
     bool FindMirror();
     void ForgetMirror() { mirror.reset(); }
+    /// For who brings a geometry's content.
+    void RestoreMirror(std::unique_ptr<TopologicalMirror> found) { mirror = std::move(found); }
     /// Null until FindMirror has found one.
     const TopologicalMirror* Mirror() const { return mirror.get(); }
 

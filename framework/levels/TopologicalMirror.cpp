@@ -4,6 +4,7 @@
 #include "framework/levels/LevelMesh.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace trovik {
 
@@ -33,6 +34,22 @@ std::optional<TopologicalMirror::Corner> TopologicalMirror::Across(uint32_t leve
 
 bool TopologicalMirror::IsWhole() const {
     return std::find(images.begin(), images.end(), openBorder) == images.end();
+}
+
+std::unique_ptr<TopologicalMirror> TopologicalMirror::FromImages(const LevelMesh& base,
+                                                                 std::vector<uint32_t> images) {
+    if (images.size() != base.faceCount) return nullptr;
+    for (uint32_t face = 0; face < base.faceCount; ++face) {
+        const uint32_t image = images[face];
+        if (image == openBorder) continue;
+        const uint32_t shift = image & 3u;
+        if (image >> 2 >= base.faceCount || shift >= base.CornersPerFace()) return nullptr;
+        if (images[image >> 2] != face * 4 + shift) return nullptr;
+    }
+    auto mirror = std::make_unique<TopologicalMirror>();
+    mirror->baseCorners = base.CornersPerFace();
+    mirror->images = std::move(images);
+    return mirror;
 }
 
 }  // namespace trovik

@@ -45,6 +45,13 @@ public:
     /// has no mirror image. Cost: O(level).
     std::optional<Corner> Across(uint32_t level, uint32_t face, uint32_t corner) const;
 
+    /// Per face of level 0: the face across * 4 + shift, or openBorder; for who stores a mirror.
+    const std::vector<uint32_t>& Images() const { return images; }
+    /// The mirror that such a list told. \return null when it is none of this base: another number
+    /// of faces, or faces that are not each other's image.
+    static std::unique_ptr<TopologicalMirror> FromImages(const LevelMesh& base,
+                                                         std::vector<uint32_t> images);
+
     /// True when every face has a mirror image.
     bool IsWhole() const;
 

@@ -246,4 +246,14 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
     return mesh;
 }
 
+void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry) {
+    WriteList(stream, geometry.Mirror()->Images());
+}
+
+void ReadMirrorChunk(SceneStream& stream, LevelGeometry& geometry) {
+    auto mirror = TopologicalMirror::FromImages(*geometry.Level(0), ReadList<uint32_t>(stream));
+    if (mirror == nullptr) SceneStream::Refuse(QStringLiteral("this is no mirror of level 0"));
+    geometry.RestoreMirror(std::move(mirror));
+}
+
 }  // namespace trovik

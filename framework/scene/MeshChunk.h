@@ -59,4 +59,9 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name);
 
+/// Chunk TMIR: the topological mirror, which was found by where level 0 was at that time. Written
+/// only where there is one.
+void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry);
+void ReadMirrorChunk(SceneStream& stream, LevelGeometry& geometry);
+
 }  // namespace trovik

@@ -48,7 +48,7 @@ public:
                 [this](SceneStream& s) { ReadBrushChunk(s, brush, scene.tools, scene.notes); });
             return;
         }
-        if (name != "IMPT" && name != "LAYR" && name != "NODE") {
+        if (name != "IMPT" && name != "TMIR" && name != "LAYR" && name != "NODE") {
             scene.notes.push_back("chunk " + name + ", which is unknown, was left out");
             return;
         }
@@ -72,6 +72,8 @@ private:
     void TakeOfMesh(const std::string& name, SceneStream& stream) {
         if (name == "IMPT")
             scene.imported = ReadImportChunk(stream, *scene.geometry, levels->Head().base.name);
+        else if (name == "TMIR")
+            ReadMirrorChunk(stream, *scene.geometry);
         else if (name == "LAYR")
             scene.layers.push_back(ReadLayerChunk(stream, *scene.geometry));
         else
@@ -105,6 +107,8 @@ void SaveScene(const std::string& path, const SceneParts& parts, const SceneStre
         for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level)
             write("LEVL", [&](SceneStream& s) { WriteLevelChunk(s, parts.geometry, level); });
         write("IMPT", [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported); });
+        if (parts.geometry.Mirror() != nullptr)
+            write("TMIR", [&](SceneStream& s) { WriteMirrorChunk(s, parts.geometry); });
         for (const auto& layer : parts.layers)
             write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });

@@ -229,8 +229,15 @@ TEST_F(Command, InfoConvertAndRenderWork) {
 
 TEST_F(Command, PluginThatIsMissingIsNamed) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
+    // The tests after this one need the path as it was.
+    const char* present = std::getenv("TROVIK_PLUGIN_PATH");
+    const std::string before = present == nullptr ? "" : present;
     setenv("TROVIK_PLUGIN_PATH", folder.c_str(), 1);
     const Outcome outcome = Run("sculpt s.json -q");
+    if (present == nullptr)
+        unsetenv("TROVIK_PLUGIN_PATH");
+    else
+        setenv("TROVIK_PLUGIN_PATH", before.c_str(), 1);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.error.find("SwiftStroke"), std::string::npos) << outcome.error;
     EXPECT_NE(outcome.error.find(folder.string()), std::string::npos) << outcome.error;

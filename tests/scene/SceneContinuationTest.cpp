@@ -155,6 +155,36 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithStampsAndChance) {
          R"({"stroke": {"surface": [[0.1, 0.2, 1], [0.3, 0.4, 1]]}})"});
 }
 
+// What was found on the imported mesh must not be sought anew on a sculpted one.
+TEST_F(SceneContinuation, GivesTheSameBitsWithTheTopologicalMirror) {
+    ExpectNoDifference(SphereQuads(1),
+                       R"(, "levels": 2, "mirror": "topological")",
+                       {R"({"level": 0})",
+                        R"({"tool": "Sculpt", "set": {"radius": 0.6, "strength": 90}})",
+                        R"({"stroke": {"surface": [[0.6, 0.5, 0.6], [0.2, 0.9, 0.3]]}})",
+                        R"({"level": 2})",
+                        R"({"tool": "Wax"})",
+                        R"({"stroke": {"surface": [[0.6, 0.2, 0.6], [0.2, 0.8, 0.3]]}})"});
+}
+
+TEST_F(SceneContinuation, TheTopologicalMirrorIsTheOneThatWasFound) {
+    auto session = SessionOn(folder, SphereQuads(1));
+    session->SetTopologicalMirror();
+    const std::vector<uint32_t> images = session->Geometry().Mirror()->Images();
+    LevelMesh& base = *session->Geometry().Level(0);
+    // Turned by a quarter about y: front and back now lie left and right.
+    for (uint32_t v = 0; v < base.VertexCount(); ++v) {
+        const Vector p = base.Position(v);
+        base.SetPosition(v, {p.z, p.y, -p.x});
+    }
+    session->Save(folder.Path("turned.trovik"));
+    auto read = SculptSession::OpenScene(folder.Path("turned.trovik"));
+    ASSERT_NE(read->Geometry().Mirror(), nullptr);
+    EXPECT_EQ(read->Geometry().Mirror()->Images(), images);
+    ASSERT_TRUE(read->Geometry().FindMirror());
+    EXPECT_NE(read->Geometry().Mirror()->Images(), images) << "sought anew it is another";
+}
+
 TEST_F(SceneContinuation, AStampsImageStaysWithTheBrushWhileItIsSaved) {
     auto session = RichSession(folder);
     const std::vector<uint8_t> grey(64, 200);
