@@ -180,5 +180,35 @@ TEST_F(StampedSurface, AVectorStampMovesInSidesOfTheStamp) {
     EXPECT_NEAR(moved.z, 1.0f, 1e-4f);
 }
 
+TEST(StampAcrossTheTopology, EachVertexTakesThePixelOfItsMirrorImage) {
+    PolygonMesh grid = FlatGrid(16);
+    for (auto& p : grid.positions) p[0] -= 8.0f;
+    StrokeBench bench(grid);
+    ASSERT_TRUE(bench.geometry->FindMirror());
+    // The right half stands elsewhere, so that no reflection takes one half to the other.
+    LevelMesh& mesh = bench.Mesh();
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
+        const Vector p = mesh.Position(v);
+        if (p.x > 0.0f) mesh.SetPosition(v, p + Vector(3.0f, 2.0f, 0.0f));
+    }
+    mesh.ComputeNormals();
+    SetStampImage(*bench.brush, NumberedImage(8, 8));
+    LoopBench loop(*bench.brush, *bench.geometry);
+    loop.loop.SetMirrors(MirrorConfiguration::Topological, {});
+    loop.loop.Begin(BrushOperation::ModifierNone);
+    EXPECT_TRUE(bench.brush->IsMaskEnabled(1));
+    loop.loop.Dab(loop.At({-4.25f, 8.25f, 0.0f}, 3.0f, 1.0f));
+    loop.loop.End();
+    int moved = 0;
+    for (uint32_t row = 0; row <= 16; ++row) {
+        for (uint32_t column = 0; column < 8; ++column) {
+            const float left = mesh.Position(row * 17 + column).z;
+            EXPECT_EQ(left, mesh.Position(row * 17 + 16 - column).z) << column << " " << row;
+            if (left != 0.0f) ++moved;
+        }
+    }
+    EXPECT_GT(moved, 20);
+}
+
 }  // namespace
 }  // namespace trovik::test
