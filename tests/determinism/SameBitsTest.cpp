@@ -122,7 +122,7 @@ TEST_F(SameBits, TwiceInOneProcessAndOnceInAnother) {
 TEST_F(SameBits, InEveryBuild) {
     // The value that every build has given so far: optimised or not, with sanitizers or without. A
     // change of it is a change of what strokes do, which the change log tells.
-    EXPECT_EQ(HashOf(RunHere()), 4565016399096525568ull);
+    EXPECT_EQ(HashOf(RunHere()), 13070916277470558026ull);
 }
 
 TEST_F(SameBits, WithDecimalCommas) {
