@@ -166,7 +166,10 @@ void TraceRecorder::FillInput(const BrushCall& call) {
     switch (call.kind) {
         case BrushCall::SetActiveConfiguration:
             input.Set("tool", ToolText(call.configuration));
-            input.Set("inited", JsonBool(brush.IsConfigurationInited(call.configuration)));
+            // Leaving a tool stores its settings, also for itself, before the brush asks.
+            input.Set("inited",
+                      JsonBool(brush.IsConfigurationInited(call.configuration) ||
+                               brush.ActiveConfiguration() == call.configuration));
             return;
         case BrushCall::BeginStroke:
             input.Set("mesh", MeshIdText(call.mesh));

@@ -80,6 +80,15 @@ protected:
         AxisAlignedBoundingBox box;
         brush.ApplyDab(hit, {}, 100.0f, 0.0f, 1.0f, box);
     }
+    /// Into a mirrored pass, with nothing between the test and the step of one vertex.
+    void EnterMirroredPass() {
+        brush.mirrorPass = 1;
+        brush.dabStamp = level.visitStamp;
+        brush.setRadius(100.0f);
+        brush.dabStrength = 1.0f;
+        brush.brushSpace->direction = HWVector(Vector(0.0f, 0.0f, 1.0f));
+        for (int k = 0; k < 4; ++k) brush.brushSpace->stampMatrix[k][k] = k == 1 ? 0.0f : 1.0f;
+    }
     std::vector<float> HeightsAfter(bool mirroredPass) {
         Begin();
         Dab(mirroredPass);
@@ -139,13 +148,7 @@ TEST_F(MirroredStamp, MirrorImageIsReadAtItsFirstTouch) {
 
 TEST_F(MirroredStamp, MirrorImageGetsARecordThoughNobodyTouchedIt) {
     Begin();
-    // A mirrored pass with nothing between the test and the step of one vertex.
-    brush.mirrorPass = 1;
-    brush.dabStamp = level.visitStamp;
-    brush.setRadius(100.0f);
-    brush.dabStrength = 1.0f;
-    brush.brushSpace->direction = HWVector(Vector(0.0f, 0.0f, 1.0f));
-    for (int k = 0; k < 4; ++k) brush.brushSpace->stampMatrix[k][k] = k == 1 ? 0.0f : 1.0f;
+    EnterMirroredPass();
     VertexEnumerator& steps = brush;
     EXPECT_TRUE(steps.Tester(&level, 0, 0));
     EXPECT_EQ(Heights(), (std::vector<float>{4.0f, 0.0f, 0.0f}));
@@ -160,6 +163,18 @@ TEST_F(MirroredStamp, MirrorImageGetsARecordThoughNobodyTouchedIt) {
     EXPECT_EQ(Heights(), (std::vector<float>{4.0f, 0.0f, 1.0f}));
     EXPECT_EQ(level.changeRecordCount, 2u);
     brush.deferredNormals.Clear();
+    brush.EndStroke();
+}
+
+TEST_F(MirroredStamp, MirrorImageGetsARecordUnderAStampWithoutPixelsToo) {
+    GiveStamp(brush, QStringLiteral("none"), 0, 0, {});
+    Begin();
+    EnterMirroredPass();
+    VertexEnumerator& steps = brush;
+    EXPECT_FALSE(steps.Tester(&level, 0, 0));
+    EXPECT_EQ(Heights(), (std::vector<float>{0.0f, 0.0f, 0.0f}));
+    ASSERT_EQ(level.changeRecordCount, 2u);
+    EXPECT_EQ(level.changeRecords[1].vertexIndex, 2u);
     brush.EndStroke();
 }
 

@@ -45,6 +45,14 @@ TEST_F(ScriptTrace, ToolThatWasLeftOnceIsInited) {
     EXPECT_EQ(trace[3]["in"], R"({"tool": 2, "inited": true})"_json);
 }
 
+TEST_F(ScriptTrace, ToolThatIsChosenAgainIsInited) {
+    // The settings of the tool at hand are stored before it is chosen anew.
+    Run(R"({"tool": "Sculpt"})");
+    ASSERT_EQ(trace.size(), 2u);
+    EXPECT_EQ(trace[0]["in"], R"({"tool": 0, "inited": false})"_json);
+    EXPECT_EQ(trace[1]["in"], R"({"tool": 0, "inited": true})"_json);
+}
+
 TEST_F(ScriptTrace, StrokeBeginsWithEverySettingOfTheBrush) {
     Run(std::string(R"({"set": {"buildUpRate": 0.25, "direction": "y", "strengthBias": 12.5,
             "facing": {"on": true, "start": 30, "range": 45}, "falloff": [1, 0.5, 0]}}, )") +

@@ -238,7 +238,7 @@ void SwiftStroke::RefineUnderBrush(const SurfacePoint& hit) {
     if (!CurrentMeshEditable()) ShowTessellationHUD();
     if (!useTessellator || !CurrentMeshEditable()) return;
     const bool skipThisDab = refineAtIntervals && strokeSmoothingAttribute.Value().checked &&
-                             refineDabCount % refineInterval != 0;
+                             refineInterval != 0 && refineDabCount % refineInterval != 0;
     if (!skipThisDab) {
         CollectFaces();
         DoRefineReduce(true, true, 3, true);

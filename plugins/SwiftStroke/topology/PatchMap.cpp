@@ -32,7 +32,8 @@ void PatchMap::OnLinked() {
         throw(new Error(QString(), Error::InvalidUse, "PatchMap::OnLinked", __FILE__, __LINE__))
             ->Format(QString::fromLatin1("Wrong parrent for PatchMap class"));
     }
-    neighbourFaces.SetFill(mesh->faceCount * rowLength, false);
+    // Without memory for its rows the map stays empty and is replaced by the next stroke.
+    if (!neighbourFaces.SetFill(mesh->faceCount * rowLength, false)) return;
     std::fill_n(neighbourFaces.array, neighbourFaces.fill, emptySlot);
     for (currentFace = 0; currentFace < mesh->faceCount; ++currentFace) {
         for (uint32_t corner = 0; corner < 4; ++corner) {

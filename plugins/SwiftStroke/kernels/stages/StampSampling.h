@@ -113,14 +113,13 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
                                             const DabConstants& dab,
                                             VertexState& v) {
     const SwiftStroke& brush = dab.brush;
-    // A stamp without pixels covers nothing, tiled or not.
-    if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
-
     StampPlace place = PlaceOnStamp(dab.space, v.startPosition);
     if (dab.mirroredStamp)
         place = PlaceOnStamp(dab.space, MirroredStartPosition(dab, v, sw.throughLayer));
 
     if (sw.tiledStamp) {
+        // A stamp without pixels covers nothing; where it is not tiled, the range says so.
+        if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
         place.column = WrapPixel(place.column, brush.stampWidth);
         place.row = WrapPixel(place.row, brush.stampHeight);
     } else if (place.column < 0 || place.row < 0 ||
