@@ -2,11 +2,10 @@
 #include "framework/brushes/StampFiles.h"
 
 #include "framework/brushes/BrushSettings.h"
+#include "framework/files/ResourceFolders.h"
 #include "framework/images/StampImage.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <sstream>
 
 namespace trovik {
 
@@ -14,7 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* pathVariable = "TROVIK_STAMP_PATH";
 /// The folder that the tools' own stamp names begin with.
 constexpr const char* toolFolder = "Stamps";
 constexpr const char* extensions[] = {".tif", ".tiff", ".png", ".exr", ".jpg", ".jpeg"};
@@ -34,21 +32,8 @@ std::optional<std::string> FileAt(const fs::path& path) {
 }  // namespace
 
 std::vector<std::string> StampFolders() {
-    std::vector<std::string> folders;
-    if (const char* path = std::getenv(pathVariable); path != nullptr && *path != '\0') {
-        std::istringstream parts(path);
-        for (std::string folder; std::getline(parts, folder, ':');)
-            if (!folder.empty()) folders.push_back(folder);
-        return folders;
-    }
-    std::error_code failed;
-    const fs::path program = fs::read_symlink("/proc/self/exe", failed);
-    if (failed) return folders;
-    for (const char* relative : {TROVIK_INSTALLED_STAMP_DIR_FROM_BIN, TROVIK_STAMP_DIR_FROM_BIN}) {
-        const fs::path folder = (program.parent_path() / relative).lexically_normal();
-        if (fs::is_directory(folder, failed)) folders.push_back(folder.string());
-    }
-    return folders;
+    return ResourceFolders("TROVIK_STAMP_PATH",
+                           {TROVIK_INSTALLED_STAMP_DIR_FROM_BIN, TROVIK_STAMP_DIR_FROM_BIN});
 }
 
 std::optional<std::string> FindStampFile(const std::string& name) {

@@ -2,42 +2,22 @@
 #include "framework/plugins/PluginLoader.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/files/ResourceFolders.h"
 #include "framework/nodes/HostKernel.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <map>
-#include <sstream>
 
 namespace trovik {
 
-namespace {
-
 namespace fs = std::filesystem;
 
-constexpr const char* pathVariable = "TROVIK_PLUGIN_PATH";
-
-}  // namespace
-
 std::vector<std::string> PluginFolders() {
-    std::vector<std::string> folders;
-    if (const char* path = std::getenv(pathVariable); path != nullptr && *path != '\0') {
-        std::istringstream parts(path);
-        for (std::string folder; std::getline(parts, folder, ':');)
-            if (!folder.empty()) folders.push_back(folder);
-        return folders;
-    }
-    std::error_code failed;
-    const fs::path program = fs::read_symlink("/proc/self/exe", failed);
-    if (failed) return folders;
-    for (const char* relative :
-         {TROVIK_INSTALLED_PLUGIN_DIR_FROM_BIN, TROVIK_BUILD_PLUGIN_DIR_FROM_BIN}) {
-        const fs::path folder = (program.parent_path() / relative).lexically_normal();
-        if (fs::is_directory(folder, failed)) folders.push_back(folder.string());
-    }
-    return folders;
+    return ResourceFolders(
+        "TROVIK_PLUGIN_PATH",
+        {TROVIK_INSTALLED_PLUGIN_DIR_FROM_BIN, TROVIK_BUILD_PLUGIN_DIR_FROM_BIN});
 }
 
 void LoadPlugin(const std::string& path, bool initialise) {
