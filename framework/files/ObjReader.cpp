@@ -24,6 +24,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -54,7 +55,10 @@ std::string Trimmed(std::string_view text) {
 
 /// True for `v`, `v/t`, `v//n` and `v/t/n` of whole numbers that tinyobjloader's int can hold,
 /// with v other than 0. A number after a slash may be missing, as some exporters leave it.
-bool IsCorner(std::string_view word) {
+/// \param uv  receives t, or 0 where it is missing; tinyobjloader would then take the next corner's
+/// number for it.
+bool IsCorner(std::string_view word, std::int32_t& uv) {
+    uv = 0;
     for (int part = 0; part < 3; ++part) {
         const std::string_view number = word.substr(0, word.find('/'));
         if (!number.empty() || part == 0) {
@@ -63,6 +67,9 @@ bool IsCorner(std::string_view word) {
             const auto [used, error] = std::from_chars(number.data(), end, index);
             if (used != end || error != std::errc() || (part == 0 && index == 0)) {
                 return false;
+            }
+            if (part == 1) {
+                uv = index;
             }
         }
         word.remove_prefix(number.size());
@@ -84,14 +91,6 @@ public:
         callbacks.index_cb = [](void* source, tinyobj::index_t* corners, int count) {
             static_cast<ObjSource*>(source)->AddFace(corners, static_cast<std::size_t>(count));
         };
-        callbacks.object_cb = [](void* source, const char* name) {
-            static_cast<ObjSource*>(source)->NameBy(name, true);
-        };
-        callbacks.group_cb = [](void* source, const char** names, int count) {
-            if (count > 0) {
-                static_cast<ObjSource*>(source)->NameBy(names[0], false);
-            }
-        };
         std::istream stream(this);
         tinyobj::LoadObjWithCallback(stream, callbacks, this);
         if (!trouble.empty()) {
@@ -102,6 +101,12 @@ public:
             Refuse(OutOfRange(static_cast<std::int64_t>(*farthestIndex) + 1));
             throw HostError(trouble);
         }
+        if (farthestUv && *farthestUv >= mesh.attributes.uvs.size()) {
+            line = farthestUvLine;
+            Refuse(UvOutOfRange(static_cast<std::int64_t>(*farthestUv) + 1));
+            throw HostError(trouble);
+        }
+        FinishAttributes();
         if (!normalsFit || mesh.normals.size() != mesh.positions.size()) {
             mesh.normals.clear();
         }
@@ -118,10 +123,20 @@ protected:
                 const std::string_view keyword = TakeWord(rest);
                 if (keyword == "v") {
                     AddVector(rest, "vertex", mesh.positions);
+                    AddColor(rest);
+                } else if (keyword == "vt") {
+                    AddUv(rest);
                 } else if (keyword == "vn") {
                     AddVector(rest, "normal", mesh.normals);
-                } else if (keyword == "o" || keyword == "g" ||
-                           (keyword == "f" && CheckFaceText(rest))) {
+                } else if (keyword == "o" || keyword == "g") {
+                    groups.Choose(Trimmed(rest));
+                    // Of several groups in one line the first is the name.
+                    NameBy(keyword == "g" ? TakeWord(rest) : rest, keyword == "o");
+                } else if (keyword == "usemtl") {
+                    materials.Choose(Trimmed(rest));
+                } else if (keyword == "#") {
+                    TakeComment(rest);
+                } else if (keyword == "f" && CheckFaceText(rest)) {
                     return HandOut();
                 }
             }
@@ -185,7 +200,7 @@ private:
         }
     }
 
-    void AddVector(std::string_view text,
+    void AddVector(std::string_view& text,
                    const char* what,
                    std::vector<std::array<float, 3>>& vectors) {
         std::array<float, 3> vector = {};
@@ -206,10 +221,85 @@ private:
         vectors.push_back(vector);
     }
 
+    /// Three numbers behind a position are its colour, four its colour with alpha; else there is
+    /// none, and then the mesh has none.
+    void AddColor(std::string_view text) {
+        if (!allColored) {
+            return;
+        }
+        std::array<float, 4> color = {0.0f, 0.0f, 0.0f, 1.0f};
+        std::size_t count = 0;
+        for (std::string_view word = TakeWord(text); !word.empty() && count < 5 && word[0] != '#';
+             word = TakeWord(text)) {
+            if (count == 4 || !ParseFloat(word, color[count]) || !std::isfinite(color[count])) {
+                count = 0;
+                break;
+            }
+            ++count;
+        }
+        allColored = count >= 3;
+        mesh.attributes.hasAlpha = mesh.attributes.hasAlpha || count == 4;
+        if (allColored) {
+            mesh.attributes.colors.push_back(color);
+        } else {
+            mesh.attributes.colors = {};
+        }
+    }
+
+    void AddUv(std::string_view text) {
+        std::array<float, 2> uv = {};
+        for (std::size_t i = 0; i < 2; ++i) {
+            const std::string_view word = TakeWord(text);
+            if (word.empty() && i == 1) {
+                break;
+            }
+            if (!ParseFloat(word, uv[i]) || !std::isfinite(uv[i])) {
+                return Refuse("texture coordinate '" + std::string(word.substr(0, 40)) +
+                              "' is no finite number");
+            }
+        }
+        mesh.attributes.uvs.push_back(uv);
+    }
+
+    void TakeComment(std::string_view text) {
+        const std::string_view what = TakeWord(text);
+        const std::string value = Trimmed(text);
+        if (what == "units") {
+            mesh.attributes.space.metersPerUnit = MetersPerUnit(value);
+        } else if (what == "up") {
+            mesh.attributes.space.up = UpAxisOf(value);
+        }
+    }
+
+    /// Drops what tells nothing: UVs that no corner names, and a single group of all faces that is
+    /// called as the mesh is.
+    void FinishAttributes() {
+        SurfaceAttributes& attributes = mesh.attributes;
+        attributes.hasAlpha = attributes.hasAlpha && allColored;
+        if (attributes.cornerUvs.empty()) {
+            attributes.uvs.clear();
+        }
+        attributes.groupNames = std::move(groups.names);
+        attributes.materialNames = std::move(materials.names);
+        const bool saysNothing = attributes.groupNames.size() == 1 &&
+                                 attributes.groupNames[0] == mesh.name &&
+                                 std::find(attributes.faceGroups.begin(),
+                                           attributes.faceGroups.end(),
+                                           SurfaceAttributes::none) == attributes.faceGroups.end();
+        if (saysNothing || attributes.faceGroups.empty()) {
+            attributes.groupNames.clear();
+            attributes.faceGroups.clear();
+        }
+        if (attributes.faceMaterials.empty()) {
+            attributes.materialNames.clear();
+        }
+    }
+
     bool CheckFaceText(std::string_view text) {
         std::size_t corners = 0;
+        writtenUvs.clear();
         for (std::string_view word = TakeWord(text); !word.empty(); word = TakeWord(text)) {
-            if (!IsCorner(word)) {
+            if (!IsCorner(word, writtenUvs.emplace_back())) {
                 Refuse("face corner '" + std::string(word.substr(0, 40)) +
                        "' is none of v, v/vt, v//vn, v/vt/vn with whole numbers other than 0");
                 return false;
@@ -230,8 +320,53 @@ private:
                std::to_string(mesh.positions.size()) + " vertices are defined";
     }
 
+    std::string UvOutOfRange(std::int64_t index) const {
+        return "face names texture coordinate " + std::to_string(index) + ", but only " +
+               std::to_string(mesh.attributes.uvs.size()) + " are defined";
+    }
+
+    /// \return false where the number is refused.
+    bool AddCornerUv(std::int64_t written) {
+        std::vector<std::uint32_t>& cornerUvs = mesh.attributes.cornerUvs;
+        if (written == 0) {
+            if (!cornerUvs.empty()) {
+                cornerUvs.push_back(SurfaceAttributes::none);
+            }
+            return true;
+        }
+        const std::int64_t uv = FromStart(written, mesh.attributes.uvs.size());
+        if (uv < 0) {
+            Refuse(UvOutOfRange(written));
+            return false;
+        }
+        // All corners before this one had none.
+        if (cornerUvs.empty()) {
+            cornerUvs.resize(mesh.faceVertices.size(), SurfaceAttributes::none);
+        }
+        const auto index = static_cast<std::uint32_t>(uv);
+        if (!farthestUv || index > *farthestUv) {
+            farthestUv = index;
+            farthestUvLine = line;
+        }
+        cornerUvs.push_back(index);
+        return true;
+    }
+
+    /// Of each face, once the first face has a name of the kind.
+    void AddFaceName(std::uint32_t number, std::vector<std::uint32_t>& numbers) const {
+        if (number != SurfaceAttributes::none || !numbers.empty()) {
+            numbers.resize(mesh.faceSizes.size(), SurfaceAttributes::none);
+            numbers.push_back(number);
+        }
+    }
+
     void AddFace(const tinyobj::index_t* corners, std::size_t count) {
+        if (count != writtenUvs.size()) {
+            return Refuse("face has corners that cannot be told apart");
+        }
         const std::size_t first = mesh.faceVertices.size();
+        AddFaceName(groups.Number(), mesh.attributes.faceGroups);
+        AddFaceName(materials.Number(), mesh.attributes.faceMaterials);
         for (std::size_t corner = 0; corner < count; ++corner) {
             const std::int64_t written = corners[corner].vertex_index;
             const std::int64_t vertex = FromStart(written, mesh.positions.size());
@@ -246,6 +381,9 @@ private:
             }
             normalsFit = normalsFit &&
                          FromStart(corners[corner].normal_index, mesh.normals.size()) == vertex;
+            if (!AddCornerUv(writtenUvs[corner])) {
+                return;
+            }
             mesh.faceVertices.push_back(index);
         }
         mesh.faceSizes.push_back(static_cast<std::uint32_t>(count));
@@ -281,6 +419,38 @@ private:
     std::uint64_t farthestLine = 0;
     bool normalsFit = true;
     bool namedByObject = false;
+
+    /// Names of what faces belong to, in the order in which faces first do.
+    struct NameList {
+        std::vector<std::string> names;
+        std::unordered_map<std::string, std::uint32_t> numbers;
+        std::string chosen;
+        std::uint32_t number = SurfaceAttributes::none;
+
+        void Choose(const std::string& name) {
+            chosen = name;
+            number = SurfaceAttributes::none;
+        }
+        /// Of the name that was chosen last.
+        std::uint32_t Number() {
+            if (number == SurfaceAttributes::none && !chosen.empty()) {
+                const auto [entry, isNew] =
+                    numbers.try_emplace(chosen, static_cast<std::uint32_t>(names.size()));
+                if (isNew) {
+                    names.push_back(chosen);
+                }
+                number = entry->second;
+            }
+            return number;
+        }
+    };
+    NameList groups;
+    NameList materials;
+    bool allColored = true;
+    /// Of the face at hand, as its corners name them.
+    std::vector<std::int32_t> writtenUvs;
+    std::optional<std::uint32_t> farthestUv;
+    std::uint64_t farthestUvLine = 0;
 };
 
 }  // namespace

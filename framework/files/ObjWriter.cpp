@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/files/MeshWriters.h"
 #include "framework/files/OutputFile.h"
-#include "framework/files/PolygonMesh.h"
+#include "framework/files/ProgressCount.h"
 
 #include <array>
-#include <cassert>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,52 +12,129 @@ namespace trovik {
 
 namespace {
 
-void WriteVectors(OutputFile& file,
-                  const char* keyword,
-                  const std::vector<std::array<float, 3>>& vectors) {
-    for (const std::array<float, 3>& vector : vectors) {
-        file.Write(keyword);
-        for (const float coordinate : vector) {
-            file.Put(' ');
-            file.Number(coordinate);
-        }
-        file.Put('\n');
+/// A name must not begin a line of its own, nor tie the next line to this one.
+void WriteNameLine(OutputFile& file, std::string_view keyword, const std::string& name) {
+    file.Write(keyword);
+    for (const char letter : name) {
+        const bool isBreak = letter == '\n' || letter == '\r' || letter == '\0';
+        file.Put(isBreak || letter == '\\' ? '_' : letter);
+    }
+    file.Put('\n');
+}
+
+void WriteSpace(OutputFile& file, const MeshSpace& space) {
+    if (const std::string units = UnitName(space.metersPerUnit); !units.empty()) {
+        file.Write("# units " + units + "\n");
+    }
+    if (const std::string up = UpAxisName(space.up); !up.empty()) {
+        file.Write("# up " + up + "\n");
     }
 }
 
+template <std::size_t count>
+void WriteNumbers(OutputFile& file, const std::array<float, count>& numbers, std::size_t wanted) {
+    for (std::size_t i = 0; i < wanted; ++i) {
+        file.Put(' ');
+        file.Number(numbers[i]);
+    }
+}
+
+void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& progress) {
+    source.ReadVertices(MeshSource::Positions | MeshSource::Colors, [&](const VertexBlock& block) {
+        for (std::size_t i = 0; i < block.positions.size(); ++i) {
+            file.Put('v');
+            WriteNumbers(file, block.positions[i], 3);
+            if (!block.colors.empty()) {
+                WriteNumbers(file, block.colors[i], source.HasAlpha() ? 4 : 3);
+            }
+            file.Put('\n');
+        }
+        progress.Add(block.positions.size());
+    });
+    source.ReadUvs([&file](const std::vector<std::array<float, 2>>& uvs) {
+        for (const std::array<float, 2>& uv : uvs) {
+            file.Write("vt");
+            WriteNumbers(file, uv, 2);
+            file.Put('\n');
+        }
+    });
+    if (!source.HasNormals()) {
+        return;
+    }
+    source.ReadVertices(MeshSource::Normals, [&file](const VertexBlock& block) {
+        for (const std::array<float, 3>& normal : block.normals) {
+            file.Write("vn");
+            WriteNumbers(file, normal, 3);
+            file.Put('\n');
+        }
+    });
+}
+
+/// Writes a line where faces of another group or material begin.
+class NameChange {
+public:
+    NameChange(std::string_view lineKeyword, const std::vector<std::string>& listOfNames)
+        : keyword(lineKeyword), names(listOfNames) {}
+
+    void Write(OutputFile& file, const std::vector<std::uint32_t>& numbers, std::size_t face) {
+        if (numbers.empty() || numbers[face] == present) {
+            return;
+        }
+        present = numbers[face];
+        const bool isNone = present == SurfaceAttributes::none;
+        WriteNameLine(file, keyword, isNone ? std::string() : names[present]);
+    }
+
+private:
+    std::string_view keyword;
+    const std::vector<std::string>& names;
+    std::uint32_t present = SurfaceAttributes::none;
+};
+
 }  // namespace
 
-void WriteObj(const std::string& path, const PolygonMesh& mesh) {
-    assert(mesh.normals.empty() || mesh.normals.size() == mesh.positions.size());
+void WriteObj(const std::string& path, const MeshSource& source, const WriteProgress& listener) {
     OutputFile file(path);
-    if (!mesh.name.empty()) {
-        file.Write("o ");
-        for (const char letter : mesh.name) {
-            // A name must not begin a line of its own, nor tie the next line to this one.
-            const bool isBreak = letter == '\n' || letter == '\r' || letter == '\0';
-            file.Put(isBreak || letter == '\\' ? '_' : letter);
-        }
-        file.Put('\n');
+    ProgressCount progress(listener, source.VertexCount() + source.FaceCount());
+    WriteSpace(file, source.Space());
+    if (!source.Name().empty()) {
+        WriteNameLine(file, "o ", source.Name());
     }
-    WriteVectors(file, "v", mesh.positions);
-    WriteVectors(file, "vn", mesh.normals);
+    WriteVertices(file, source, progress);
 
-    std::size_t corner = 0;
-    for (const std::uint32_t size : mesh.faceSizes) {
-        assert(mesh.faceVertices.size() - corner >= size);
-        file.Put('f');
-        for (const std::size_t end = corner + size; corner < end; ++corner) {
-            const std::uint64_t index = std::uint64_t{mesh.faceVertices[corner]} + 1;
-            file.Put(' ');
-            file.Number(index);
-            if (!mesh.normals.empty()) {
-                file.Write("//");
-                file.Number(index);
+    NameChange groupLine("g ", source.GroupNames());
+    NameChange materialLine("usemtl ", source.MaterialNames());
+    const bool hasNormals = source.HasNormals();
+    source.ReadFaces(MeshSource::Uvs, [&](const FaceBlock& block) {
+        std::size_t corner = 0;
+        for (std::size_t face = 0; face < block.sizes.size(); ++face) {
+            groupLine.Write(file, block.groups, face);
+            materialLine.Write(file, block.materials, face);
+            file.Put('f');
+            for (const std::size_t end = corner + block.sizes[face]; corner < end; ++corner) {
+                const std::uint64_t vertex = std::uint64_t{block.vertices[corner]} + 1;
+                file.Put(' ');
+                file.Number(vertex);
+                const bool hasUv =
+                    !block.uvIndices.empty() && block.uvIndices[corner] != SurfaceAttributes::none;
+                if (hasUv) {
+                    file.Put('/');
+                    file.Number(std::uint64_t{block.uvIndices[corner]} + 1);
+                }
+                if (hasNormals) {
+                    file.Write(hasUv ? "/" : "//");
+                    file.Number(vertex);
+                }
             }
+            file.Put('\n');
         }
-        file.Put('\n');
-    }
+        progress.Add(block.sizes.size());
+    });
     file.Commit();
+}
+
+void WriteObj(const std::string& path, const PolygonMesh& mesh) {
+    WriteObj(path, PolygonSource(mesh), {});
 }
 
 }  // namespace trovik

@@ -226,6 +226,10 @@ ManifoldReport MakeOrientedManifold(PolygonMesh& mesh) {
             const std::array<float, 3> normal = mesh.normals[fan.vertex];
             mesh.normals.push_back(normal);
         }
+        if (std::vector<std::array<float, 4>>& colors = mesh.attributes.colors; !colors.empty()) {
+            const std::array<float, 4> color = colors[fan.vertex];
+            colors.push_back(color);
+        }
         WalkFan(ring, twins, fan.corner, [&](std::uint32_t corner) {
             mesh.faceVertices[corner] = copy;
         });

@@ -87,8 +87,13 @@ public:
             } else if (keyword == "property") {
                 ReadProperty(rest);
             } else if (keyword == "obj_info") {
-                if (TakeWord(rest) == "name" && rest.size() > 1) {
+                const std::string_view what = TakeWord(rest);
+                if (what == "name" && rest.size() > 1) {
                     header.name = rest.substr(1);
+                } else if (what == "units") {
+                    header.space.metersPerUnit = MetersPerUnit(std::string(TakeWord(rest)));
+                } else if (what == "up") {
+                    header.space.up = UpAxisOf(std::string(TakeWord(rest)));
                 }
             } else if (!keyword.empty() && keyword != "comment") {
                 Refuse(Quoted(keyword) + " is no keyword of a PLY header");

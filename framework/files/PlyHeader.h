@@ -43,6 +43,8 @@ struct PlyHeader {
     std::vector<PlyElement> elements;
     /// What `obj_info name` says.
     std::string name;
+    /// What `obj_info units` and `obj_info up` say.
+    MeshSpace space;
     /// Lines of the header; the body begins in the line after them.
     std::uint64_t lineCount = 0;
 };

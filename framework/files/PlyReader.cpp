@@ -10,6 +10,7 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -183,7 +184,7 @@ private:
                 return static_cast<Result>(Load<std::int32_t>(bytes));
             case PlyType::UInt32:
                 return static_cast<Result>(Load<std::uint32_t>(bytes));
-            // Only positions and normals are read from these types, as floats.
+            // Only what is wanted as floats is read from these types.
             case PlyType::Float32:
                 return static_cast<Result>(Load<float>(bytes));
             case PlyType::Float64:
@@ -195,27 +196,77 @@ private:
     InputFile& file;
 };
 
-/// Which numbers of a vertex row go where: 0 to 2 the position, 3 to 5 the normal, -1 nowhere.
-std::vector<int> VertexTargets(const InputFile& file, const PlyElement& element, bool& hasNormals) {
-    constexpr std::string_view Names[] = {"x", "y", "z", "nx", "ny", "nz"};
-    std::vector<int> targets;
-    std::array<bool, 6> found = {};
+/// Numbers of a vertex row that are taken, in this order.
+constexpr std::size_t FirstNormal = 3;
+constexpr std::size_t FirstUv = 6;
+constexpr std::size_t FirstColor = 8;
+constexpr std::size_t Alpha = 11;
+constexpr std::size_t VertexNumbers = 12;
+
+struct VertexTargets {
+    /// Per property its place among the numbers that are taken, -1 for none.
+    std::vector<int> places;
+    bool hasNormals = false;
+    bool hasUvs = false;
+    bool hasColors = false;
+    bool hasAlpha = false;
+};
+
+VertexTargets FindVertexTargets(const InputFile& file, const PlyElement& element) {
+    constexpr std::pair<std::string_view, int> Names[] = {{"x", 0},
+                                                          {"y", 1},
+                                                          {"z", 2},
+                                                          {"nx", 3},
+                                                          {"ny", 4},
+                                                          {"nz", 5},
+                                                          {"s", 6},
+                                                          {"t", 7},
+                                                          {"u", 6},
+                                                          {"v", 7},
+                                                          {"texture_u", 6},
+                                                          {"texture_v", 7},
+                                                          {"red", 8},
+                                                          {"green", 9},
+                                                          {"blue", 10},
+                                                          {"alpha", 11}};
+    VertexTargets targets;
+    std::array<bool, VertexNumbers> found = {};
     for (const PlyProperty& property : element.properties) {
-        const auto* name = std::find(std::begin(Names), std::end(Names), property.name);
-        const bool isWanted = name != std::end(Names) && !property.isList;
-        targets.push_back(isWanted ? static_cast<int>(name - std::begin(Names)) : -1);
-        if (isWanted) {
-            found[static_cast<std::size_t>(targets.back())] = true;
+        const auto* name =
+            std::find_if(std::begin(Names), std::end(Names), [&property](const auto& entry) {
+                return entry.first == property.name;
+            });
+        int place = name == std::end(Names) || property.isList ? -1 : name->second;
+        // Of several names for the same number the first counts.
+        if (place >= 0 && found[static_cast<std::size_t>(place)]) {
+            place = -1;
+        }
+        targets.places.push_back(place);
+        if (place >= 0) {
+            found[static_cast<std::size_t>(place)] = true;
         }
     }
-    for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < FirstNormal; ++i) {
         if (!found[i]) {
             throw HostError(file.Path() + ": element 'vertex' has no number '" +
-                            std::string(Names[i]) + "'");
+                            std::string(Names[i].first) + "'");
         }
     }
-    hasNormals = found[3] && found[4] && found[5];
+    const auto all = [&found](std::size_t first, std::size_t count) {
+        return std::all_of(found.begin() + static_cast<std::ptrdiff_t>(first),
+                           found.begin() + static_cast<std::ptrdiff_t>(first + count),
+                           [](bool one) { return one; });
+    };
+    targets.hasNormals = all(FirstNormal, 3);
+    targets.hasUvs = all(FirstUv, 2);
+    targets.hasColors = all(FirstColor, 3);
+    targets.hasAlpha = targets.hasColors && found[Alpha];
     return targets;
+}
+
+/// Whole numbers of colours are shares of the largest number that their type holds.
+float ColorScale(PlyType type) {
+    return !IsWhole(type) ? 1.0f : type == PlyType::UInt16 ? 65535.0f : 255.0f;
 }
 
 template <class Body>
@@ -235,34 +286,78 @@ public:
             }
         }
         mesh.name = header.name;
+        mesh.attributes.space = header.space;
+        FinishUvs();
         return std::move(mesh);
     }
 
 private:
     void ReadVertices(const PlyElement& element) {
-        bool hasNormals = false;
-        const std::vector<int> targets = VertexTargets(file, element, hasNormals);
-        mesh.positions.reserve(static_cast<std::size_t>(element.count));
-        mesh.normals.reserve(hasNormals ? static_cast<std::size_t>(element.count) : 0);
-        std::array<float, 6> values = {};
+        const VertexTargets targets = FindVertexTargets(file, element);
+        SurfaceAttributes& attributes = mesh.attributes;
+        const auto count = static_cast<std::size_t>(element.count);
+        mesh.positions.reserve(count);
+        mesh.normals.reserve(targets.hasNormals ? count : 0);
+        attributes.uvs.reserve(targets.hasUvs ? count : 0);
+        attributes.colors.reserve(targets.hasColors ? count : 0);
+        attributes.hasAlpha = targets.hasAlpha;
+        std::array<float, VertexNumbers> values = {};
+        values[Alpha] = 1.0f;
         for (Row row{&element, 0}; row.number < element.count; ++row.number) {
-            for (std::size_t i = 0; i < targets.size(); ++i) {
+            for (std::size_t i = 0; i < targets.places.size(); ++i) {
                 const PlyProperty& property = element.properties[i];
-                if (targets[i] >= 0) {
-                    values[static_cast<std::size_t>(targets[i])] = body.Float(property.type, row);
-                } else {
+                if (targets.places[i] < 0) {
                     SkipProperty(property, row);
+                    continue;
+                }
+                const auto place = static_cast<std::size_t>(targets.places[i]);
+                values[place] = body.Float(property.type, row);
+                if (place >= FirstColor) {
+                    values[place] /= ColorScale(property.type);
+                }
+                if (place >= FirstUv && !std::isfinite(values[place])) {
+                    Refuse(file, body.Place(), row, "'" + property.name + "' is not finite");
                 }
             }
             mesh.positions.push_back({values[0], values[1], values[2]});
-            if (hasNormals) {
+            if (targets.hasNormals) {
                 mesh.normals.push_back({values[3], values[4], values[5]});
             }
+            if (targets.hasUvs) {
+                attributes.uvs.push_back({values[6], values[7]});
+            }
+            if (targets.hasColors) {
+                attributes.colors.push_back({values[8], values[9], values[10], values[11]});
+            }
+        }
+        uvsOfVertices = targets.hasUvs;
+    }
+
+    /// UVs of vertices become those of their corners.
+    void FinishUvs() {
+        SurfaceAttributes& attributes = mesh.attributes;
+        if (uvsOfVertices) {
+            attributes.cornerUvs = mesh.faceVertices;
+            // A corner whose vertex is not there is refused with the mesh.
+            return;
+        }
+        attributes.uvs = std::move(faceUvs);
+        if (!attributes.uvs.empty()) {
+            attributes.cornerUvs = std::move(faceCornerUvs);
         }
     }
 
     void ReadFaces(const PlyElement& element) {
         std::size_t list = element.properties.size();
+        const std::size_t texcoord =
+            static_cast<std::size_t>(std::find_if(element.properties.begin(),
+                                                  element.properties.end(),
+                                                  [](const PlyProperty& property) {
+                                                      return property.name == "texcoord" &&
+                                                             property.isList &&
+                                                             !IsWhole(property.type);
+                                                  }) -
+                                     element.properties.begin());
         for (std::size_t i = 0; i < element.properties.size(); ++i) {
             const PlyProperty& property = element.properties[i];
             if (property.name == "vertex_indices" || property.name == "vertex_index") {
@@ -283,12 +378,18 @@ private:
         }
         mesh.faceSizes.reserve(static_cast<std::size_t>(element.count));
         for (Row row{&element, 0}; row.number < element.count; ++row.number) {
+            rowUvs.clear();
             for (std::size_t i = 0; i < element.properties.size(); ++i) {
                 if (i == list) {
                     ReadFace(element.properties[i], row);
+                } else if (i == texcoord) {
+                    ReadTexcoord(element.properties[i], row);
                 } else {
                     SkipProperty(element.properties[i], row);
                 }
+            }
+            if (texcoord != element.properties.size()) {
+                TakeRowUvs();
             }
         }
     }
@@ -328,6 +429,30 @@ private:
         mesh.faceSizes.push_back(static_cast<std::uint32_t>(length));
     }
 
+    void ReadTexcoord(const PlyProperty& property, const Row& row) {
+        const std::uint64_t length = ReadLength(property, row);
+        for (std::uint64_t i = 0; i < length; ++i) {
+            rowUvs.push_back(body.Float(property.type, row));
+            if (!std::isfinite(rowUvs.back())) {
+                Refuse(file, body.Place(), row, "a texture coordinate is not finite");
+            }
+        }
+    }
+
+    /// Two numbers a corner; with another count the face has none.
+    void TakeRowUvs() {
+        const std::size_t corners = mesh.faceSizes.back();
+        const bool fits = rowUvs.size() == corners * 2;
+        for (std::size_t corner = 0; corner < corners; ++corner) {
+            if (fits) {
+                faceCornerUvs.push_back(static_cast<std::uint32_t>(faceUvs.size()));
+                faceUvs.push_back({rowUvs[corner * 2], rowUvs[corner * 2 + 1]});
+            } else {
+                faceCornerUvs.push_back(SurfaceAttributes::none);
+            }
+        }
+    }
+
     void SkipProperty(const PlyProperty& property, const Row& row) {
         body.Skip(property.type, property.isList ? ReadLength(property, row) : 1, row);
     }
@@ -348,6 +473,11 @@ private:
     const PlyHeader& header;
     Body body;
     PolygonMesh mesh;
+    bool uvsOfVertices = false;
+    /// Of the face at hand.
+    std::vector<float> rowUvs;
+    std::vector<std::array<float, 2>> faceUvs;
+    std::vector<std::uint32_t> faceCornerUvs;
 };
 
 PolygonMesh ReadBody(InputFile& file, const PlyHeader& header) {

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/files/MeshWriters.h"
 #include "framework/files/OutputFile.h"
-#include "framework/files/PolygonMesh.h"
+#include "framework/files/ProgressCount.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cassert>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -14,128 +15,238 @@ namespace trovik {
 
 namespace {
 
-/// Old readers know `uchar` lengths and `int` indices only, so wider types are last resorts.
-struct FaceTypes {
+/// What rows consist of. Old readers know `uchar` lengths and `int` indices only, so wider types
+/// are last resorts.
+struct PlyLayout {
+    explicit PlyLayout(const MeshSource& source)
+        : wideLength(source.LargestFace() > std::numeric_limits<std::uint8_t>::max()),
+          wideIndex(source.VertexCount() > std::size_t{std::numeric_limits<std::int32_t>::max()}),
+          wideUvLength(source.LargestFace() * std::uint64_t{2} >
+                       std::numeric_limits<std::uint8_t>::max()),
+          vertexUvs(source.UvCount() > 0 && source.UvsFollowVertices()),
+          faceUvs(source.UvCount() > 0 && !source.UvsFollowVertices()),
+          byteColors(source.ColorsAreBytes()),
+          colorNumbers(source.HasAlpha()    ? 4
+                       : source.HasColors() ? 3
+                                            : 0) {}
+
     bool wideLength;
     bool wideIndex;
+    bool wideUvLength;
+    bool vertexUvs;
+    bool faceUvs;
+    bool byteColors;
+    std::size_t colorNumbers;
 };
 
-FaceTypes ChooseTypes(const PolygonMesh& mesh) {
-    const auto longest = std::max_element(mesh.faceSizes.begin(), mesh.faceSizes.end());
-    return {longest != mesh.faceSizes.end() && *longest > std::numeric_limits<std::uint8_t>::max(),
-            mesh.positions.size() > std::size_t{std::numeric_limits<std::int32_t>::max()}};
-}
-
 void WriteHeader(OutputFile& file,
-                 const PolygonMesh& mesh,
+                 const MeshSource& source,
                  PlyEncoding encoding,
-                 const FaceTypes& types) {
+                 const PlyLayout& layout) {
     file.Write("ply\nformat ");
     file.Write(encoding == PlyEncoding::Text                 ? "ascii"
                : encoding == PlyEncoding::BinaryLittleEndian ? "binary_little_endian"
                                                              : "binary_big_endian");
     file.Write(" 1.0\n");
-    if (!mesh.name.empty()) {
+    if (!source.Name().empty()) {
         file.Write("obj_info name ");
-        for (const char letter : mesh.name) {
+        for (const char letter : source.Name()) {
             // A name must not begin a header line of its own.
             file.Put(letter == '\n' || letter == '\r' ? '_' : letter);
         }
         file.Put('\n');
     }
+    if (const std::string units = UnitName(source.Space().metersPerUnit); !units.empty()) {
+        file.Write("obj_info units " + units + "\n");
+    }
+    if (const std::string up = UpAxisName(source.Space().up); !up.empty()) {
+        file.Write("obj_info up " + up + "\n");
+    }
     file.Write("element vertex ");
-    file.Number(std::uint64_t{mesh.positions.size()});
+    file.Number(source.VertexCount());
     file.Write("\nproperty float x\nproperty float y\nproperty float z\n");
-    if (!mesh.normals.empty()) {
+    if (source.HasNormals()) {
         file.Write("property float nx\nproperty float ny\nproperty float nz\n");
     }
+    if (layout.vertexUvs) {
+        file.Write("property float s\nproperty float t\n");
+    }
+    constexpr const char* ColorNames[] = {"red", "green", "blue", "alpha"};
+    for (std::size_t i = 0; i < layout.colorNumbers; ++i) {
+        file.Write(layout.byteColors ? "property uchar " : "property float ");
+        file.Write(ColorNames[i]);
+        file.Put('\n');
+    }
     file.Write("element face ");
-    file.Number(std::uint64_t{mesh.faceSizes.size()});
-    file.Write(types.wideLength ? "\nproperty list uint " : "\nproperty list uchar ");
-    file.Write(types.wideIndex ? "uint" : "int");
-    file.Write(" vertex_indices\nend_header\n");
+    file.Number(source.FaceCount());
+    file.Write(layout.wideLength ? "\nproperty list uint " : "\nproperty list uchar ");
+    file.Write(layout.wideIndex ? "uint" : "int");
+    file.Write(" vertex_indices\n");
+    if (layout.faceUvs) {
+        file.Write(layout.wideUvLength ? "property list uint float texcoord\n"
+                                       : "property list uchar float texcoord\n");
+    }
+    file.Write("end_header\n");
 }
 
-void WriteTextBody(OutputFile& file, const PolygonMesh& mesh) {
-    for (std::size_t vertex = 0; vertex < mesh.positions.size(); ++vertex) {
-        const auto [x, y, z] = mesh.positions[vertex];
-        file.Number(x);
-        file.Put(' ');
-        file.Number(y);
-        file.Put(' ');
-        file.Number(z);
-        if (!mesh.normals.empty()) {
-            for (const float coordinate : mesh.normals[vertex]) {
-                file.Put(' ');
-                file.Number(coordinate);
-            }
-        }
-        file.Put('\n');
+/// Rows of words.
+class TextRows {
+public:
+    explicit TextRows(OutputFile& target) : file(target) {}
+    void Float(float value) {
+        Blank();
+        file.Number(value);
     }
-    std::size_t corner = 0;
-    for (const std::uint32_t size : mesh.faceSizes) {
-        file.Number(std::uint64_t{size});
-        for (const std::size_t end = corner + size; corner < end; ++corner) {
+    void Byte(std::uint32_t value) { Whole(value); }
+    void Whole(std::uint32_t value) {
+        Blank();
+        file.Number(std::uint64_t{value});
+    }
+    void End() {
+        file.Put('\n');
+        isFirst = true;
+    }
+
+private:
+    void Blank() {
+        if (!isFirst) {
             file.Put(' ');
-            file.Number(std::uint64_t{mesh.faceVertices[corner]});
         }
-        file.Put('\n');
+        isFirst = false;
     }
-}
+
+    OutputFile& file;
+    bool isFirst = true;
+};
 
 template <std::endian order>
-void WriteWord(OutputFile& file, std::uint32_t word) {
-    auto bytes = std::bit_cast<std::array<unsigned char, sizeof(word)>>(word);
-    if constexpr (order != std::endian::native) {
-        std::reverse(bytes.begin(), bytes.end());
-    }
-    file.Write(bytes.data(), bytes.size());
-}
-
-template <std::endian order>
-void WriteBinaryBody(OutputFile& file, const PolygonMesh& mesh, const FaceTypes& types) {
-    for (std::size_t vertex = 0; vertex < mesh.positions.size(); ++vertex) {
-        for (const float coordinate : mesh.positions[vertex]) {
-            WriteWord<order>(file, std::bit_cast<std::uint32_t>(coordinate));
+class BinaryRows {
+public:
+    explicit BinaryRows(OutputFile& target) : file(target) {}
+    void Float(float value) { Whole(std::bit_cast<std::uint32_t>(value)); }
+    void Byte(std::uint32_t value) { file.Put(static_cast<char>(value)); }
+    void Whole(std::uint32_t value) {
+        auto bytes = std::bit_cast<std::array<unsigned char, sizeof(value)>>(value);
+        if constexpr (order != std::endian::native) {
+            std::reverse(bytes.begin(), bytes.end());
         }
-        if (!mesh.normals.empty()) {
-            for (const float coordinate : mesh.normals[vertex]) {
-                WriteWord<order>(file, std::bit_cast<std::uint32_t>(coordinate));
+        file.Write(bytes.data(), bytes.size());
+    }
+    void End() {}
+
+private:
+    OutputFile& file;
+};
+
+template <class Rows>
+void WriteVertices(Rows rows,
+                   const MeshSource& source,
+                   const PlyLayout& layout,
+                   ProgressCount& progress) {
+    constexpr unsigned Everything =
+        MeshSource::Positions | MeshSource::Normals | MeshSource::Uvs | MeshSource::Colors;
+    source.ReadVertices(Everything, [&](const VertexBlock& block) {
+        for (std::size_t vertex = 0; vertex < block.positions.size(); ++vertex) {
+            for (const float number : block.positions[vertex]) {
+                rows.Float(number);
             }
+            if (!block.normals.empty()) {
+                for (const float number : block.normals[vertex]) {
+                    rows.Float(number);
+                }
+            }
+            if (layout.vertexUvs) {
+                rows.Float(block.uvs[vertex][0]);
+                rows.Float(block.uvs[vertex][1]);
+            }
+            for (std::size_t i = 0; i < layout.colorNumbers; ++i) {
+                const float number = block.colors[vertex][i];
+                if (layout.byteColors) {
+                    rows.Byte(static_cast<std::uint32_t>(std::lround(number * 255.0f)));
+                } else {
+                    rows.Float(number);
+                }
+            }
+            rows.End();
         }
-    }
-    std::size_t corner = 0;
-    for (const std::uint32_t size : mesh.faceSizes) {
-        if (types.wideLength) {
-            WriteWord<order>(file, size);
+        progress.Add(block.positions.size());
+    });
+}
+
+template <class Rows>
+void WriteFaces(Rows rows,
+                const MeshSource& source,
+                const PlyLayout& layout,
+                ProgressCount& progress) {
+    const auto length = [&rows](std::uint32_t count, bool wide) {
+        if (wide) {
+            rows.Whole(count);
         } else {
-            file.Put(static_cast<char>(size));
+            rows.Byte(count);
         }
-        for (const std::size_t end = corner + size; corner < end; ++corner) {
-            WriteWord<order>(file, mesh.faceVertices[corner]);
+    };
+    source.ReadFaces(layout.faceUvs ? MeshSource::Uvs : 0u, [&](const FaceBlock& block) {
+        std::size_t first = 0;
+        for (const std::uint32_t size : block.sizes) {
+            const std::size_t end = first + size;
+            length(size, layout.wideLength);
+            for (std::size_t corner = first; corner < end; ++corner) {
+                rows.Whole(block.vertices[corner]);
+            }
+            if (layout.faceUvs) {
+                const auto begin = block.uvIndices.begin();
+                const bool hasUvs =
+                    std::find(begin + static_cast<std::ptrdiff_t>(first),
+                              begin + static_cast<std::ptrdiff_t>(end),
+                              SurfaceAttributes::none) == begin + static_cast<std::ptrdiff_t>(end);
+                length(hasUvs ? size * 2 : 0, layout.wideUvLength);
+                for (std::size_t corner = first; corner < end && hasUvs; ++corner) {
+                    rows.Float(block.uvs[corner][0]);
+                    rows.Float(block.uvs[corner][1]);
+                }
+            }
+            rows.End();
+            first = end;
         }
-    }
+        progress.Add(block.sizes.size());
+    });
+}
+
+template <class Rows>
+void WriteBody(OutputFile& file,
+               const MeshSource& source,
+               const PlyLayout& layout,
+               ProgressCount& progress) {
+    WriteVertices(Rows(file), source, layout, progress);
+    WriteFaces(Rows(file), source, layout, progress);
 }
 
 }  // namespace
 
-void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding) {
-    assert(mesh.normals.empty() || mesh.normals.size() == mesh.positions.size());
+void WritePly(const std::string& path,
+              const MeshSource& source,
+              PlyEncoding encoding,
+              const WriteProgress& listener) {
     OutputFile file(path);
-    const FaceTypes types = ChooseTypes(mesh);
-    WriteHeader(file, mesh, encoding, types);
+    const PlyLayout layout(source);
+    ProgressCount progress(listener, source.VertexCount() + source.FaceCount());
+    WriteHeader(file, source, encoding, layout);
     switch (encoding) {
         case PlyEncoding::Text:
-            WriteTextBody(file, mesh);
+            WriteBody<TextRows>(file, source, layout, progress);
             break;
         case PlyEncoding::BinaryLittleEndian:
-            WriteBinaryBody<std::endian::little>(file, mesh, types);
+            WriteBody<BinaryRows<std::endian::little>>(file, source, layout, progress);
             break;
         case PlyEncoding::BinaryBigEndian:
-            WriteBinaryBody<std::endian::big>(file, mesh, types);
+            WriteBody<BinaryRows<std::endian::big>>(file, source, layout, progress);
             break;
     }
     file.Commit();
+}
+
+void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding) {
+    WritePly(path, PolygonSource(mesh), encoding, {});
 }
 
 }  // namespace trovik

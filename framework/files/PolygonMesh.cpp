@@ -3,7 +3,6 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/files/FaceCorners.h"
-#include "framework/files/FilePath.h"
 
 #include <cmath>
 #include <cstdint>
@@ -67,6 +66,67 @@ void CheckFaces(const PolygonMesh& mesh, const std::string& source) {
     }
 }
 
+void CheckIndices(const std::vector<std::uint32_t>& indices,
+                  std::size_t wantedLength,
+                  std::size_t listLength,
+                  const char* what,
+                  const std::string& source) {
+    if (indices.empty()) {
+        return;
+    }
+    if (indices.size() != wantedLength) {
+        throw HostError(source + ": the list of " + what + " has " +
+                        std::to_string(indices.size()) + " entries in place of " +
+                        std::to_string(wantedLength));
+    }
+    for (const std::uint32_t index : indices) {
+        if (index != SurfaceAttributes::none && index >= listLength) {
+            throw HostError(source + ": the list of " + what + " names number " +
+                            std::to_string(index) + " of " + std::to_string(listLength));
+        }
+    }
+}
+
+void CheckAttributes(const PolygonMesh& mesh, const std::string& source) {
+    const SurfaceAttributes& attributes = mesh.attributes;
+    CheckCount(attributes.uvs.size(), "texture coordinates", source);
+    CheckIndices(attributes.cornerUvs,
+                 mesh.faceVertices.size(),
+                 attributes.uvs.size(),
+                 "texture coordinates of corners",
+                 source);
+    CheckIndices(attributes.faceGroups,
+                 mesh.faceSizes.size(),
+                 attributes.groupNames.size(),
+                 "groups of faces",
+                 source);
+    CheckIndices(attributes.faceMaterials,
+                 mesh.faceSizes.size(),
+                 attributes.materialNames.size(),
+                 "materials of faces",
+                 source);
+    if (!attributes.colors.empty() && attributes.colors.size() != mesh.positions.size()) {
+        throw HostError(source + ": " + std::to_string(attributes.colors.size()) + " colours for " +
+                        std::to_string(mesh.positions.size()) + " vertices");
+    }
+    const auto finite = [](const auto& list) {
+        for (const auto& entry : list) {
+            for (const float number : entry) {
+                if (!std::isfinite(number)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    };
+    if (!finite(attributes.uvs)) {
+        throw HostError(source + ": a texture coordinate is not finite");
+    }
+    if (!finite(attributes.colors)) {
+        throw HostError(source + ": a colour is not finite");
+    }
+}
+
 }  // namespace
 
 void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
@@ -82,29 +142,7 @@ void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
     }
     CheckPositions(mesh, source);
     CheckFaces(mesh, source);
-}
-
-PolygonMesh ReadMeshFile(const std::string& path) {
-    const std::string extension = LowerExtension(path);
-    if (extension == ".obj") {
-        return ReadObj(path);
-    }
-    if (extension == ".ply") {
-        return ReadPly(path);
-    }
-    throw HostError(path + ": cannot be read as a mesh, since its name ends in none of .obj, .ply");
-}
-
-void WriteMeshFile(const std::string& path, const PolygonMesh& mesh) {
-    const std::string extension = LowerExtension(path);
-    if (extension == ".obj") {
-        WriteObj(path, mesh);
-    } else if (extension == ".ply") {
-        WritePly(path, mesh, PlyEncoding::BinaryLittleEndian);
-    } else {
-        throw HostError(path +
-                        ": cannot be written as a mesh, since its name ends in none of .obj, .ply");
-    }
+    CheckAttributes(mesh, source);
 }
 
 }  // namespace trovik

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/files/SurfaceAttributes.h"
 #include "host/Api.h"
 
 #include <array>
@@ -21,18 +22,21 @@ struct PolygonMesh {
     /// Per vertex; empty or as many as positions. Written when present.
     std::vector<std::array<float, 3>> normals;
     std::string name;
+    /// UVs, colours, groups, and what the numbers mean.
+    SurfaceAttributes attributes;
 };
 
-/// Reads a mesh file, its format chosen by the extension: `.obj` or `.ply`, in any case.
+/// Reads a mesh file, its format chosen by the extension in any case: `.obj`, `.ply`, `.stl`,
+/// `.gltf`, `.glb`. What each format keeps is told in docs/mesh-files.md.
 ///
 /// Vertices, also those that no face uses, faces and corners keep the order of the file; what the
 /// result holds has passed CheckPolygonMesh.
-/// \throw HostError for another extension, and whatever ReadObj or ReadPly throws.
+/// \throw HostError for another extension, and whatever the format's reader throws.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path);
 
-/// Writes a mesh file, its format chosen by the extension: `.obj`, or `.ply` in binary little
-/// endian; in any case.
-/// \throw HostError for another extension, and whatever WriteObj or WritePly throws.
+/// Writes a mesh file, its format chosen by the extension in any case: `.obj`, `.ply` in binary
+/// little endian, `.stl` in binary, `.gltf`, `.glb`, `.usda`.
+/// \throw HostError for another extension, and naming the file and the system's reason.
 TROVIK_API void WriteMeshFile(const std::string& path, const PolygonMesh& mesh);
 
 /// How the numbers of a PLY file are stored.
@@ -42,10 +46,13 @@ enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 ///
 /// All groups and objects make one mesh, in file order; `name` is that of the first object, or of
 /// the first group where there is no object. Coordinates are the floats nearest to their text,
-/// whatever the locale; a fourth coordinate and vertex colours are skipped. Corners may name
-/// vertices counted from the end, and vertices that come later in the file. Normals are taken
+/// whatever the locale; a fourth coordinate is skipped. Corners may name vertices and texture
+/// coordinates counted from the end, and those that come later in the file. Normals are taken
 /// where the file has them per vertex: as many as positions, and each corner naming the same
-/// number for both. Lines, points, curves, texture coordinates and materials are skipped.
+/// number for both. Colours are taken where all vertices have three or four numbers behind their
+/// coordinates. Group names are those of `g`, or of `o` where no `g` follows it; material names
+/// those of `usemtl`. Comments `# units mm` and `# up z`, as WriteObj leaves them, tell what the
+/// numbers mean. Lines, points, curves and material files are skipped.
 /// Memory: the result and a buffer as long as the longest line (at most 64 MiB).
 /// \throw HostError naming the file, the line and the reason.
 TROVIK_API PolygonMesh ReadObj(const std::string& path);
@@ -59,13 +66,17 @@ TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 ///
 /// Wanted are the elements `vertex` (scalar x, y, z; nx, ny, nz where all three are there) and
 /// `face` (list `vertex_indices` or `vertex_index`); they and their properties may come in any
-/// order and number type, and everything else is skipped. `name` is the `obj_info name` that
-/// WritePly leaves in the header.
+/// order and number type. Taken as well are UVs (s and t, u and v, or texture_u and texture_v of
+/// vertices; else the list `texcoord` of faces) and colours of vertices (red, green, blue, alpha:
+/// whole numbers are 255ths, of 16 bits 65535ths). Everything else is skipped. `obj_info name`,
+/// `obj_info units` and `obj_info up` are those that WritePly leaves in the header.
 /// Memory: in proportion to the file's size, whatever its header promises.
 /// \throw HostError naming the file, the line or byte, the element with its row, and the reason.
 TROVIK_API PolygonMesh ReadPly(const std::string& path);
 
-/// Writes a PLY file: positions and normals as floats, faces as lists. Binary encodings keep every
+/// Writes a PLY file: positions and normals as floats, faces as lists; UVs as s and t of vertices
+/// where the mesh has no seams, else as the list `texcoord` of faces; colours as bytes where bytes
+/// hold them, else as floats. Binary encodings keep every
 /// bit; text has as many digits as WriteObj. The file is complete or not there: see OutputFile.
 /// \throw HostError naming the file and the system's reason.
 TROVIK_API void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding);
@@ -97,9 +108,9 @@ struct ManifoldReport {
 /// Edges of more than two faces, and edges whose two faces run along it in the same sense, are
 /// split into open borders; a vertex whose faces then are not one fan gets a copy for each further
 /// fan. The fan with the lowest face keeps the vertex; copies are appended, ordered by vertex and
-/// then by the fan's lowest face, and repeat its position and normal. Faces, their order and their
-/// orientation stay. Afterwards each pair of vertices is an edge of at most two faces, which run
-/// along it in opposite senses, and the faces of each vertex are one fan.
+/// then by the fan's lowest face, and repeat its position, normal and colour. Faces, their order
+/// and their orientation stay. Afterwards each pair of vertices is an edge of at most two faces,
+/// which run along it in opposite senses, and the faces of each vertex are one fan.
 ///
 /// \param mesh  one that CheckPolygonMesh accepts.
 /// \throw HostError when the copies would be too many vertices to number.
@@ -109,7 +120,8 @@ TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh);
 /// Checks that a mesh can be sculpted at all, as far as its lists tell.
 ///
 /// Refused are: no faces; faces of fewer than three corners, naming a vertex twice, or naming one
-/// that is not there; positions that are not finite; lists that do not fit each other; more than
+/// that is not there; positions that are not finite; lists that do not fit each other, attributes
+/// included; more than
 /// 2^32 - 2 vertices, faces or corners. Faces and vertices are counted from 0 in the messages.
 /// \param source  what the message begins with, such as the file's path.
 /// \throw HostError naming the first trouble.

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/files/MeshSpace.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// What a surface carries beside its shape. Each list is empty where the surface has none of it.
+struct SurfaceAttributes {
+    /// In cornerUvs, faceGroups and faceMaterials: this one has none.
+    static constexpr std::uint32_t none = 0xFFFFFFFFu;
+
+    /// Places on the texture, v upwards.
+    std::vector<std::array<float, 2>> uvs;
+    /// Per corner a number into uvs or `none`. Corners of one vertex that name different values lie
+    /// on a seam of the texture.
+    std::vector<std::uint32_t> cornerUvs;
+    /// Per vertex: red, green, blue, alpha from 0 to 1.
+    std::vector<std::array<float, 4>> colors;
+    /// Whether the fourth number of colors came from outside; otherwise it is 1.
+    bool hasAlpha = false;
+    /// Names of parts and of materials, and per face a number into them or `none`.
+    std::vector<std::string> groupNames;
+    std::vector<std::uint32_t> faceGroups;
+    std::vector<std::string> materialNames;
+    std::vector<std::uint32_t> faceMaterials;
+    /// What the numbers of positions mean.
+    MeshSpace space;
+};
+
+}  // namespace trovik
