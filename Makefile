@@ -64,6 +64,22 @@ bench: packages ## Build the release and run the benchmarks; figures in build/re
 	        --benchmark_out="build/release/bench-results/$$(basename "$$program").json"; \
 	done
 
+# How long each reader is fed.
+SECONDS ?= 60
+
+.PHONY: fuzz
+fuzz: ## Feed damaged files to the readers, SECONDS=60 each (clang); findings in build/fuzz/
+	@scripts/install-packages.sh --fuzz
+	@cmake --preset fuzz
+	@cmake --build --preset fuzz --parallel $(JOBS)
+	@for reader in obj ply stl gltf; do \
+	    echo "== $$reader"; \
+	    mkdir -p build/fuzz/found/$$reader; \
+	    build/fuzz/bin/$$reader-fuzzer -max_total_time=$(SECONDS) -max_len=65536 -timeout=20 \
+	        -rss_limit_mb=2048 -artifact_prefix=build/fuzz/$$reader- \
+	        build/fuzz/found/$$reader fuzz/corpus/$$reader; \
+	done
+
 .PHONY: stamps
 stamps: packages ## Paint the shipped stamps anew into stamps/
 	@cmake --preset release

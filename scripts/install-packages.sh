@@ -6,6 +6,7 @@
 #
 #   scripts/install-packages.sh          build, tests, benchmarks
 #   scripts/install-packages.sh --lint   clang-format and clang-tidy as well
+#   scripts/install-packages.sh --fuzz   clang and its fuzzer as well
 set -euo pipefail
 
 packages=(
@@ -13,16 +14,17 @@ packages=(
     g++ cmake ninja-build make pkg-config ccache binutils git python3 python3-numpy
     # What the products link.
     qt6-base-dev libembree-dev libtbb-dev libopenimageio-dev libimath-dev libtinyobjloader-dev
-    nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
+    libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
     # What the tests and benchmarks link.
     libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )
 
-usage() { sed -n '4,8s/^# \{0,1\}//p' "$0"; }
+usage() { sed -n '4,9s/^# \{0,1\}//p' "$0"; }
 
 for argument in "$@"; do
     case "$argument" in
         --lint) packages+=(clang-format clang-tidy) ;;
+        --fuzz) packages+=(clang libclang-rt-dev) ;;
         -h | --help) usage; exit 0 ;;
         *) echo "install-packages: unknown argument '$argument'" >&2; usage >&2; exit 2 ;;
     esac

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "ProgressLine.h"
 #include "SceneInfo.h"
 #include "framework/errors/HostError.h"
+#include "framework/files/MeshSource.h"
 #include "framework/images/ImageFile.h"
+#include "framework/levels/LevelSource.h"
 #include "framework/pictures/Picture.h"
 #include "framework/scene/SceneFile.h"
 
@@ -18,17 +21,57 @@ namespace trovik {
 namespace {
 
 /// A mesh file's geometry, or all of a scene but its tools.
-LoadedScene OpenRefined(const std::string& path, unsigned levels) {
+LoadedScene OpenRefined(const std::string& path, unsigned levels, const MeshSpace& given = {}) {
     LoadedScene scene;
     if (IsScenePath(path)) {
         scene = LoadScene(path, nullptr);
     } else {
         PolygonMesh polygons = ReadMeshFile(path);
+        polygons.attributes.space = Overlaid(polygons.attributes.space, given);
         MakeOrientedManifold(polygons);
         scene.geometry = std::make_unique<LevelGeometry>(polygons);
     }
     for (unsigned i = 0; i < levels; ++i) scene.geometry->Subdivide();
     return scene;
+}
+
+/// What a mesh has beside its shape, in words, one line each.
+std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMesh& polygons) {
+    const SurfaceAttributes& attributes = polygons.attributes;
+    std::vector<std::pair<std::string, std::string>> lines;
+    if (!polygons.normals.empty()) lines.push_back({"normals", "one a vertex"});
+    if (!attributes.cornerUvs.empty()) {
+        const PolygonSource source(polygons);
+        lines.push_back({"texture",
+                         std::to_string(attributes.uvs.size()) + " coordinates, " +
+                             (source.UvsFollowVertices() ? "no seams" : "with seams")});
+    }
+    if (!attributes.colors.empty())
+        lines.push_back({"colours", attributes.hasAlpha ? "with alpha" : "without alpha"});
+    if (!attributes.groupNames.empty())
+        lines.push_back({"groups", std::to_string(attributes.groupNames.size())});
+    if (!attributes.materialNames.empty())
+        lines.push_back({"materials", std::to_string(attributes.materialNames.size())});
+    if (attributes.space.metersPerUnit > 0.0)
+        lines.push_back({"units", UnitName(attributes.space.metersPerUnit)});
+    if (attributes.space.up != UpAxis::Unknown)
+        lines.push_back({"up", UpAxisName(attributes.space.up)});
+    return lines;
+}
+
+/// The same for programs.
+nlohmann::json AttributeJson(const PolygonMesh& polygons) {
+    const SurfaceAttributes& attributes = polygons.attributes;
+    return {{"normals", !polygons.normals.empty()},
+            {"textureCoordinates", attributes.uvs.size()},
+            {"textureSeams",
+             !attributes.cornerUvs.empty() && !PolygonSource(polygons).UvsFollowVertices()},
+            {"colors", !attributes.colors.empty()},
+            {"alpha", attributes.hasAlpha},
+            {"groups", attributes.groupNames},
+            {"materials", attributes.materialNames},
+            {"units", UnitName(attributes.space.metersPerUnit)},
+            {"up", UpAxisName(attributes.space.up)}};
 }
 
 struct InfoOptions {
@@ -46,6 +89,8 @@ void Info(const InfoOptions& options) {
     for (const uint32_t size : polygons.faceSizes) ++sizes[size];
     AxisAlignedBoundingBox box;
     for (const auto& p : polygons.positions) box.Extend({p[0], p[1], p[2]});
+    const auto lines = AttributeLines(polygons);
+    const nlohmann::json carried = AttributeJson(polygons);
     const std::size_t vertices = polygons.positions.size();
     const std::size_t faces = polygons.faceSizes.size();
     const ManifoldReport report = MakeOrientedManifold(polygons);
@@ -65,6 +110,7 @@ void Info(const InfoOptions& options) {
                                      {"facesByCorners", bySize},
                                      {"low", {box.minX, box.minY, box.minZ}},
                                      {"high", {box.maxX, box.maxY, box.maxZ}},
+                                     {"carries", carried},
                                      {"verticesAddedBySplitting", report.addedVertices},
                                      {"level0",
                                       {{"type", base.meshType == 1 ? "quads" : "triangles"},
@@ -88,6 +134,7 @@ void Info(const InfoOptions& options) {
                 static_cast<double>(box.maxX),
                 static_cast<double>(box.maxY),
                 static_cast<double>(box.maxZ));
+    for (const auto& [what, text] : lines) std::printf("  %-9s %s\n", what.c_str(), text.c_str());
     if (!report.Untouched())
         std::printf("  split     %zu vertices added where the mesh is no oriented manifold\n",
                     report.addedVertices);
@@ -102,15 +149,35 @@ struct ConvertOptions {
     std::string from;
     std::string to;
     unsigned levels = 0;
+    std::string fromUnits;
+    std::string fromUp;
+    std::string units;
+    std::string up;
+    bool quiet = false;
 };
 
 void Convert(const ConvertOptions& options) {
+    const MeshSpace given = {MetersPerUnit(options.fromUnits), UpAxisOf(options.fromUp)};
+    const MeshSpace asked = {MetersPerUnit(options.units), UpAxisOf(options.up)};
+    const bool isScene = IsScenePath(options.from);
+    if (isScene && given != MeshSpace())
+        throw HostError(options.from + ": a scene knows what its numbers mean");
+    // What cannot be asked of the format is told before the work is done.
+    SpaceForFile(options.to, given, asked);
+    ProgressLine line(options.quiet);
+    const auto progress = [&line](uint64_t done, uint64_t total) { line.File(done, total); };
     // Without refinement the polygons pass as they are, n-gons included.
-    if (options.levels == 0 && !IsScenePath(options.from))
-        WriteMeshFile(options.to, ReadMeshFile(options.from));
-    else
-        WriteMeshFile(options.to,
-                      OpenRefined(options.from, options.levels).geometry->ToPolygons(false));
+    if (options.levels == 0 && !isScene) {
+        PolygonMesh polygons = ReadMeshFile(options.from);
+        MeshSpace& space = polygons.attributes.space;
+        space = Overlaid(space, given);
+        WriteMeshFile(
+            options.to, PolygonSource(polygons, SpaceForFile(options.to, space, asked)), progress);
+        return;
+    }
+    const LoadedScene scene = OpenRefined(options.from, options.levels, given);
+    const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
+    WriteMeshFile(options.to, LevelSource(*scene.geometry, scene.layers, {false, space}), progress);
 }
 
 struct RenderOptions {
@@ -168,8 +235,8 @@ void Render(const RenderOptions& wanted) {
 
 void AddInfoCommand(CLI::App& program) {
     auto options = std::make_shared<InfoOptions>();
-    CLI::App* verb =
-        program.add_subcommand("info", "Tells what is in a mesh file (OBJ, PLY) or a scene");
+    CLI::App* verb = program.add_subcommand(
+        "info", "Tells what is in a mesh file (OBJ, PLY, STL, glTF, GLB) or a scene");
     verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
     verb->add_flag("--json", options->json, "As JSON");
     verb->callback([options] { Info(*options); });
@@ -178,11 +245,23 @@ void AddInfoCommand(CLI::App& program) {
 void AddConvertCommand(CLI::App& program) {
     auto options = std::make_shared<ConvertOptions>();
     CLI::App* verb = program.add_subcommand(
-        "convert", "Writes a mesh in another format, refined if wanted (OBJ, PLY)");
+        "convert",
+        "Writes a mesh in another format, refined if wanted. Reads OBJ, PLY, STL, glTF, GLB and "
+        "scenes; writes OBJ, PLY, STL, glTF, GLB, USDA (see docs/mesh-files.md)");
     verb->add_option("from", options->from, "Mesh file or scene to read")->required();
     verb->add_option("to", options->to, "Mesh file to write")->required();
     verb->add_option("--levels", options->levels, "Subdivision levels to add")
         ->check(CLI::Range(0u, 12u));
+    const CLI::IsMember isUnit({"mm", "cm", "dm", "m", "km", "in", "ft", "yd"});
+    const CLI::IsMember isAxis({"y", "z"});
+    verb->add_option("--from-units", options->fromUnits, "Unit of the file that is read")
+        ->check(isUnit);
+    verb->add_option("--from-up", options->fromUp, "Axis that points up in the file that is read")
+        ->check(isAxis);
+    verb->add_option("--units", options->units, "Unit of the file that is written")->check(isUnit);
+    verb->add_option("--up", options->up, "Axis that points up in the file that is written")
+        ->check(isAxis);
+    verb->add_flag("-q,--quiet", options->quiet, "No progress");
     verb->callback([options] { Convert(*options); });
 }
 

@@ -34,6 +34,15 @@ void ProgressLine::Dab() {
     Draw();
 }
 
+void ProgressLine::File(uint64_t written, uint64_t total) {
+    const uint64_t percent = total == 0 ? 100 : written * 100 / total;
+    const auto now = std::chrono::steady_clock::now();
+    const bool ends = percent >= 100;
+    share = static_cast<unsigned>(percent);
+    if (quiet || !terminal || (!ends && now - lastDrawn < redrawEvery)) return;
+    Draw();
+}
+
 void ProgressLine::Message(const std::string& text) {
     if (quiet) return;
     if (drawn) std::fputs("\r\033[K", stderr);
@@ -45,13 +54,9 @@ void ProgressLine::Draw() {
     lastDrawn = std::chrono::steady_clock::now();
     const std::size_t filled = count == 0 ? 0 : barWidth * done / count;
     const std::string bar = std::string(filled, '#') + std::string(barWidth - filled, '.');
-    std::fprintf(stderr,
-                 "\r\033[K[%s] %zu/%zu %s, %llu dabs",
-                 bar.c_str(),
-                 done,
-                 count,
-                 what.c_str(),
-                 static_cast<unsigned long long>(dabs));
+    std::fprintf(stderr, "\r\033[K[%s] %zu/%zu %s", bar.c_str(), done, count, what.c_str());
+    if (dabs != 0) std::fprintf(stderr, ", %llu dabs", static_cast<unsigned long long>(dabs));
+    if (share < 100) std::fprintf(stderr, ", %u %% of the file", share);
     std::fflush(stderr);
     drawn = true;
 }

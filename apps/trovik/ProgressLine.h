@@ -16,6 +16,8 @@ public:
 
     void Step(std::size_t done, std::size_t count, const std::string& what);
     void Dab();
+    /// Elements of a file that were written, and how many there will be. Shown on terminals only.
+    void File(uint64_t written, uint64_t total);
     /// A line of its own, between the progress.
     void Message(const std::string& text);
     void Finish();
@@ -29,6 +31,8 @@ private:
     std::size_t done = 0;
     std::size_t count = 0;
     uint64_t dabs = 0;
+    /// Of the file being written, in percent; 100 while there is none.
+    unsigned share = 100;
     std::string what;
     std::chrono::steady_clock::time_point lastDrawn;
 };

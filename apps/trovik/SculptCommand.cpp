@@ -59,6 +59,7 @@ void Sculpt(const SculptOptions& options) {
         line.Step(done, count, what);
     };
     progress.dab = [&line] { line.Dab(); };
+    progress.file = [&line](uint64_t written, uint64_t total) { line.File(written, total); };
     progress.message = [&line](const std::string& text) { line.Message(text); };
     ScriptRunner runner(options.script, options.output, progress);
     runner.SetTrace(options.trace);

@@ -7,6 +7,12 @@
 
 namespace trovik {
 
+namespace {
+
+bool IsGltf(const std::string& extension) { return extension == ".gltf" || extension == ".glb"; }
+
+}  // namespace
+
 PolygonMesh ReadMeshFile(const std::string& path) {
     const std::string extension = LowerExtension(path);
     if (extension == ".obj") {
@@ -15,7 +21,15 @@ PolygonMesh ReadMeshFile(const std::string& path) {
     if (extension == ".ply") {
         return ReadPly(path);
     }
-    throw HostError(path + ": cannot be read as a mesh, since its name ends in none of .obj, .ply");
+    if (extension == ".stl") {
+        return ReadStl(path);
+    }
+    if (IsGltf(extension)) {
+        return ReadGltf(path);
+    }
+    throw HostError(path +
+                    ": cannot be read as a mesh, since its name ends in none of .obj, .ply, .stl, "
+                    ".gltf, .glb");
 }
 
 void WriteMeshFile(const std::string& path,
@@ -26,9 +40,16 @@ void WriteMeshFile(const std::string& path,
         WriteObj(path, source, progress);
     } else if (extension == ".ply") {
         WritePly(path, source, PlyEncoding::BinaryLittleEndian, progress);
+    } else if (extension == ".stl") {
+        WriteStl(path, source, StlEncoding::Binary, progress);
+    } else if (IsGltf(extension)) {
+        WriteGltf(path, source, extension == ".glb", progress);
+    } else if (extension == ".usda") {
+        WriteUsd(path, source, progress);
     } else {
         throw HostError(path +
-                        ": cannot be written as a mesh, since its name ends in none of .obj, .ply");
+                        ": cannot be written as a mesh, since its name ends in none of .obj, .ply, "
+                        ".stl, .gltf, .glb, .usda");
     }
 }
 
@@ -38,8 +59,14 @@ void WriteMeshFile(const std::string& path, const PolygonMesh& mesh) {
 }
 
 MeshSpace SpaceForFile(const std::string& path, const MeshSpace& present, const MeshSpace& asked) {
-    (void)path;
-    return Overlaid(present, asked);
+    if (!IsGltf(LowerExtension(path))) {
+        return Overlaid(present, asked);
+    }
+    const MeshSpace gltf = {1.0, UpAxis::Y};
+    if (Overlaid(gltf, asked) != gltf) {
+        throw HostError(path + ": a glTF file is in metres with y up, and in nothing else");
+    }
+    return gltf;
 }
 
 }  // namespace trovik

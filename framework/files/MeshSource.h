@@ -75,7 +75,8 @@ public:
     bool HasNormals() const { return hasNormals; }
     bool HasColors() const { return hasColors; }
     bool HasAlpha() const { return hasAlpha; }
-    /// Whether every colour is a whole number of 255ths, so that a byte holds it.
+    /// Whether every colour was a whole number of 255ths as it came in, so that bytes hold colours;
+    /// refined ones are then rounded.
     bool ColorsAreBytes() const { return colorsAreBytes; }
     const std::vector<std::string>& GroupNames() const { return *groupNames; }
     const std::vector<std::string>& MaterialNames() const { return *materialNames; }

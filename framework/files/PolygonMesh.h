@@ -81,6 +81,36 @@ TROVIK_API PolygonMesh ReadPly(const std::string& path);
 /// \throw HostError naming the file and the system's reason.
 TROVIK_API void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding);
 
+/// How the numbers of an STL file are stored.
+enum class StlEncoding { Text, Binary };
+
+/// Reads the triangles of an STL file, text or binary: what begins with `solid` and is not as long
+/// as a binary file of its count is text.
+///
+/// Corners of the same position become one vertex: by exact bits, a zero counting as zero with
+/// either sign. Triangles with two corners of one position are left out. Normals are not read;
+/// several solids become groups.
+/// Memory: in proportion to the file's size.
+/// \throw HostError naming the file, the line or byte, and the reason.
+TROVIK_API PolygonMesh ReadStl(const std::string& path);
+
+/// Writes an STL file. Faces of more than three corners become fans around their first corner.
+/// The file is complete or not there: see OutputFile.
+/// \throw HostError naming the file and the system's reason.
+TROVIK_API void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEncoding encoding);
+
+/// Reads the triangles of a glTF 2.0 file, text or binary.
+///
+/// Everything that the scene shows becomes one mesh in the order of its nodes: transformations are
+/// applied, morph targets are blended by their weights, skins and animations are passed over.
+/// Vertices of one mesh of the file that have the same position, by exact bits, become one vertex,
+/// so that seams of a texture do not tear the surface. Taken are normals, TEXCOORD_0, COLOR_0 and
+/// names of materials; several meshes become groups. Triangles with two corners of one position
+/// are left out. Files that the document names are read where they lie in its folder or below.
+/// Memory: in proportion to the file's size, and to what its nodes show.
+/// \throw HostError naming the file, the part of the document, and the reason.
+TROVIK_API PolygonMesh ReadGltf(const std::string& path);
+
 /// What MakeOrientedManifold had to do. All zero and empty for an oriented manifold.
 struct ManifoldReport {
     /// Edges of more than two faces.

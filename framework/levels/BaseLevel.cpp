@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/BaseLevel.h"
 
+#include "framework/levels/AttributeRefinement.h"
 #include "host/Mesh.h"
 
 #include <algorithm>
@@ -126,6 +127,7 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
                 Plain(p * ((n - 2.0f) / n) + (s.facePoints + s.nextCorners) * (1.0f / (n * n)));
         }
     }
+    quads.attributes = SplitIntoQuads(polygons, quads);
     return quads;
 }
 

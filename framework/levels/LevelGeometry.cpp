@@ -19,7 +19,8 @@ constexpr uint64_t mostElements = 0xfffffffeu;
 
 LevelGeometry::LevelGeometry(const PolygonMesh& polygons) {
     CheckPolygonMesh(polygons, polygons.name.empty() ? "mesh" : polygons.name);
-    const PolygonMesh uniform = ToUniformFaces(polygons);
+    PolygonMesh uniform = ToUniformFaces(polygons);
+    attributes = std::move(uniform.attributes);
     auto base = std::unique_ptr<LevelMesh>(new LevelMesh(this, 0));
     const auto faces = static_cast<uint32_t>(uniform.faceSizes.size());
     base->AllocateFaces(faces, uniform.faceSizes[0] == 4 ? 1 : 0);

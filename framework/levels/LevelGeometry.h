@@ -66,6 +66,11 @@ public:
     /// level above would have with no detail of its own.
     std::vector<Vector> RefinedPositions(uint32_t index) const;
 
+    /// What level 0 carries beside its shape; LevelSource refines it for export.
+    const SurfaceAttributes& Attributes() const { return attributes; }
+    /// For who brings a geometry's content; the lists fit the faces and vertices of level 0.
+    void RestoreAttributes(SurfaceAttributes carried) { attributes = std::move(carried); }
+
     /// The bound level as polygons, for export. Positions are mesh-local; with `world` they are
     /// taken through the transformation.
     PolygonMesh ToPolygons(bool world) const;
@@ -96,6 +101,7 @@ private:
     std::vector<std::unique_ptr<LevelMesh>> levels;
     uint32_t bound = 0;
     Placement placement;
+    SurfaceAttributes attributes;
     UndoHistory history;
     GeometryObserver* observer = nullptr;
     std::unique_ptr<TopologicalMirror> mirror;

@@ -110,6 +110,9 @@ void ScriptRunner::SetUp(const FieldReader& script) {
         throw HostError(path + ": /: a script opens one of \"mesh\" and \"scene\"");
     if (script.Has("scene") && script.Has("levels"))
         script.At("levels").Fail("a scene has its levels; the step \"subdivide\" adds more");
+    for (const char* field : {"units", "up"})
+        if (script.Has("scene") && script.Has(field))
+            script.At(field).Fail("a scene knows what its numbers mean");
     HostKernel::Instance().SetTestMode(script.FlagOr("testMode", false));
     if (script.Has("memoryLimit"))
         MemoryAccount::SetLimit(script.At("memoryLimit").Json().get<int64_t>());
@@ -148,7 +151,7 @@ void ScriptRunner::SetUp(const FieldReader& script) {
 void ScriptRunner::OpenMesh(const FieldReader& script) {
     const fs::path mesh = fs::path(path).parent_path() / script.At("mesh").Text();
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh.string());
-    session = std::make_unique<SculptSession>(mesh.string());
+    session = std::make_unique<SculptSession>(mesh.string(), ImportSpace(script));
 }
 
 void ScriptRunner::OpenScene(const FieldReader& script) {
@@ -365,13 +368,6 @@ void ScriptRunner::RunPreferences(const FieldReader& preferences) {
         else if (!attribute->SetFromString(QString::fromStdString(value.dump())))
             field.Fail("a value of another kind is needed");
     }
-}
-
-void ScriptRunner::RunExport(const FieldReader& options) {
-    PolygonMesh polygons = session->Geometry().ToPolygons(options.FlagOr("world", false));
-    const std::string file = OutputPath(options.At("file"));
-    WriteMeshFile(file, polygons);
-    result.files.push_back(file);
 }
 
 void ScriptRunner::RunReset(const FieldReader& flag) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/files/MeshSource.h"
 #include "framework/script/FieldReader.h"
 #include "framework/script/SculptSession.h"
 #include "framework/trace/TraceRecorder.h"
@@ -19,6 +20,8 @@ struct ScriptProgress {
     std::function<void(std::size_t done, std::size_t count, const std::string& what)> step;
     /// A dab was made; for progress within a long stroke.
     std::function<void()> dab;
+    /// Elements of a mesh file that were written, and how many there will be.
+    WriteProgress file;
     /// A message of the brush to its user.
     std::function<void(const std::string&)> message;
 };
@@ -85,6 +88,8 @@ private:
     StrokeView ReadView(const FieldReader& camera, StrokeView view);
     Picture MakePicture(const FieldReader& options);
     void Subdivide(const FieldReader& where, int count);
+    /// What the script says that the mesh file's numbers mean.
+    MeshSpace ImportSpace(const FieldReader& script) const;
     std::string OutputPath(const FieldReader& file);
     void KeepBefore();
 

@@ -39,8 +39,9 @@ std::unique_ptr<BrushOperation> MakeBrush() {
 
 }  // namespace
 
-SculptSession::SculptSession(const std::string& meshPath)
+SculptSession::SculptSession(const std::string& meshPath, const MeshSpace& given)
     : path(meshPath), loaded(ReadMeshFile(meshPath)) {
+    loaded.attributes.space = Overlaid(loaded.attributes.space, given);
     HostKernel::Instance();
     MakeOrientedManifold(loaded);
     brush = MakeBrush();

@@ -17,7 +17,8 @@ namespace trovik {
 class TROVIK_API SculptSession {
 public:
     /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.
-    explicit SculptSession(const std::string& meshPath);
+    /// \param given  what the file's numbers mean, before what the file itself says.
+    explicit SculptSession(const std::string& meshPath, const MeshSpace& given = {});
     /// Opens a scene file and goes on where it was saved; see SaveScene for what it holds.
     static std::unique_ptr<SculptSession> OpenScene(const std::string& scenePath);
     ~SculptSession();
@@ -71,6 +72,8 @@ public:
     bool SelectLayer(const std::string& name);
     SculptLayer* ActiveLayer() const { return geometry->Bound()->ActiveLayer(); }
     void SetLayerStrength(float strength);
+    /// Of all levels.
+    const std::vector<std::unique_ptr<SculptLayer>>& Layers() const { return layers; }
 
     /// Freezes vertices of the bound level: amount(vertex) from 0 to 127. One step of undo.
     void Freeze(const std::function<uint8_t(uint32_t vertex)>& amount);

@@ -92,7 +92,7 @@ TEST(MeshFile, ExtensionChoosesTheFormatInAnyCase) {
               "ply\nformat binary_little_endian");
     ExpectSame(ReadMeshFile(folder.Path("a.OBJ")), mesh);
     ExpectSame(ReadMeshFile(folder.Path("b.Ply")), mesh);
-    for (const char* name : {"mesh.stl", "obj", "mesh.", "folder.obj/mesh"}) {
+    for (const char* name : {"mesh.off", "obj", "mesh.", "folder.obj/mesh"}) {
         SCOPED_TRACE(name);
         EXPECT_THAT(MessageOf<HostError>([&] { ReadMeshFile(name); }),
                     HasSubstr("none of .obj, .ply"));

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/files/GltfDocument.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace trovik {
+
+/// Reads the lists of numbers of a glTF file, of any number type, strided, normalised, sparse.
+///
+/// Nothing is allocated that the file's bytes do not back: a list without bytes of its own must be
+/// as long as the one that it belongs to.
+/// Errors: HostError naming the file, the part at hand, the accessor and the reason.
+class GltfAccessors {
+public:
+    explicit GltfAccessors(const GltfDocument& opened) : document(opened) {}
+
+    /// Vectors of `count` numbers, all finite.
+    /// \param length  how many there must be; without it the list needs bytes of its own.
+    template <std::size_t count>
+    std::vector<std::array<float, count>> Read(int accessor,
+                                               std::optional<std::size_t> length,
+                                               const GltfPlace& place) const {
+        std::vector<std::array<float, count>> list;
+        ReadNumbers(
+            accessor,
+            count,
+            length,
+            place,
+            [&list](const float* numbers) {
+                list.emplace_back();
+                std::copy(numbers, numbers + count, list.back().begin());
+            },
+            [&list](std::size_t entry, const float* numbers) {
+                std::copy(numbers, numbers + count, list[entry].begin());
+            });
+        return list;
+    }
+
+    /// Vectors of three or four numbers; a missing alpha is 1.
+    /// \param hasAlpha  set where there are four.
+    std::vector<std::array<float, 4>> ReadColors(int accessor,
+                                                 std::size_t length,
+                                                 const GltfPlace& place,
+                                                 bool& hasAlpha) const;
+
+    /// Whole numbers below `limit`.
+    std::vector<std::uint32_t> ReadIndices(int accessor,
+                                           std::size_t limit,
+                                           const GltfPlace& place) const;
+
+private:
+    struct Span;
+    using Append = std::function<void(const float*)>;
+    using Replace = std::function<void(std::size_t, const float*)>;
+
+    void ReadNumbers(int accessor,
+                     std::size_t components,
+                     std::optional<std::size_t> length,
+                     const GltfPlace& place,
+                     const Append& append,
+                     const Replace& replace) const;
+    Span Bytes(int view,
+               std::size_t offset,
+               std::size_t count,
+               std::size_t elementBytes,
+               bool isStrided,
+               const std::string& what,
+               const GltfPlace& place) const;
+
+    const GltfDocument& document;
+};
+
+}  // namespace trovik

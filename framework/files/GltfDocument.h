@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <tiny_gltf.h>
+
+namespace trovik {
+
+/// A glTF file taken apart, text (.gltf) or binary (.glb); which of the two its first bytes tell.
+///
+/// Files that it names are read where they are regular files in its own folder or below; pictures
+/// are not read.
+/// \throw HostError naming the file and the reason.
+class GltfDocument {
+public:
+    explicit GltfDocument(const std::string& path);
+
+    const std::string& Path() const { return path; }
+    const tinygltf::Model& Model() const { return model; }
+
+private:
+    std::string path;
+    tinygltf::Model model;
+};
+
+/// A part of the file, for messages.
+class GltfPlace {
+public:
+    GltfPlace(const GltfDocument& document, const char* what, std::size_t number)
+        : text(document.Path() + ": " + what + " " + std::to_string(number)) {}
+    GltfPlace(const GltfDocument& document,
+              const char* what,
+              std::size_t number,
+              const char* inner,
+              std::size_t innerNumber)
+        : text(document.Path() + ": " + what + " " + std::to_string(number) + ", " + inner + " " +
+               std::to_string(innerNumber)) {}
+
+    /// \throw HostError "FILE: WHAT N: reason".
+    [[noreturn]] void Refuse(const std::string& reason) const;
+    /// A number that names one of `count` things.
+    std::size_t Checked(int number, std::size_t count, const char* what) const;
+
+private:
+    std::string text;
+};
+
+}  // namespace trovik

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/files/GltfSink.h"
+#include "framework/files/MeshSource.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace trovik {
+
+/// A vertex once more, with another texture coordinate.
+struct GltfCopy {
+    std::uint32_t vertex;
+    std::array<float, 2> uv;
+};
+
+struct GltfBox {
+    std::array<float, 3> low = {};
+    std::array<float, 3> high = {};
+};
+
+/// Which vertices a glTF file has: those of the mesh, in order, and behind them a copy for each
+/// further texture coordinate of a vertex, in the order in which faces name them.
+class GltfLayout {
+public:
+    /// \throw HostError naming the path when there are more vertices than can be numbered.
+    GltfLayout(const MeshSource& source, const std::string& path);
+
+    std::uint64_t VertexCount() const { return source.VertexCount() + copies.size(); }
+    std::uint64_t TriangleCount() const { return source.CornerCount() - 2 * source.FaceCount(); }
+    bool HasCopies() const { return !copies.empty(); }
+    const std::vector<GltfCopy>& Copies() const { return copies; }
+    /// The mesh's vertex that a vertex of the file is, or is a copy of.
+    std::uint32_t Original(std::uint32_t vertex) const {
+        return vertex < source.VertexCount() ? vertex
+                                             : copies[vertex - source.VertexCount()].vertex;
+    }
+    /// Calls `take(number of the copy)` for the copies of a vertex of the mesh.
+    template <class Take>
+    void ForEachCopyOf(std::uint32_t vertex, Take take) const {
+        const auto first = copiesOf.find(vertex);
+        for (std::uint32_t copy = first == copiesOf.end() ? none : first->second; copy != none;
+             copy = nextCopy[copy]) {
+            take(std::size_t{copy});
+        }
+    }
+    /// The vertex of a corner of a block that has UVs, where there are copies.
+    std::uint32_t VertexOf(const FaceBlock& block, std::size_t corner) const;
+    /// UVs of all vertices; files count v downwards.
+    void WriteUvs(GltfSink& sink) const;
+
+    GltfBox PositionBox() const;
+    /// The vertices of the file that a morph target moves, rising.
+    const std::vector<std::uint32_t>& MorphVertices(std::size_t target) const {
+        return morphVertices[target];
+    }
+    GltfBox MorphBox(std::size_t target) const;
+
+private:
+    static constexpr std::uint32_t none = SurfaceAttributes::none;
+
+    void FindCopies(const std::string& path);
+    std::uint32_t CopyOf(std::uint32_t vertex, const std::array<float, 2>& uv) const;
+
+    const MeshSource& source;
+    /// Of each vertex the UV that a face first names; only where UVs do not follow vertices.
+    std::vector<std::array<float, 2>> firstUvs;
+    std::vector<GltfCopy> copies;
+    /// The copies of a vertex: the first, and of each copy the next.
+    std::unordered_map<std::uint32_t, std::uint32_t> copiesOf;
+    std::vector<std::uint32_t> nextCopy;
+    std::vector<std::vector<std::uint32_t>> morphVertices;
+};
+
+}  // namespace trovik

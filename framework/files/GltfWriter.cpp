@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
+#include "framework/files/GltfLayout.h"
+#include "framework/files/GltfSink.h"
+#include "framework/files/MeshWriters.h"
+#include "framework/files/ProgressCount.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace trovik {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr int FloatType = 5126;
+constexpr int IndexType = 5125;
+
+/// Describes the parts of the buffer, in the order in which they are written.
+class GltfDescription {
+public:
+    GltfDescription(const MeshSource& source, const GltfLayout& layout) {
+        const std::uint64_t vertices = layout.VertexCount();
+        json attributes;
+        attributes["POSITION"] =
+            AddAccessor(AddView(vertices * 12), FloatType, vertices, "VEC3", layout.PositionBox());
+        if (source.HasNormals()) {
+            attributes["NORMAL"] =
+                AddAccessor(AddView(vertices * 12), FloatType, vertices, "VEC3", {});
+        }
+        if (source.UvCount() > 0) {
+            attributes["TEXCOORD_0"] =
+                AddAccessor(AddView(vertices * 8), FloatType, vertices, "VEC2", {});
+        }
+        if (source.HasColors()) {
+            attributes["COLOR_0"] = AddAccessor(AddView(vertices * (source.HasAlpha() ? 16 : 12)),
+                                                FloatType,
+                                                vertices,
+                                                source.HasAlpha() ? "VEC4" : "VEC3",
+                                                {});
+        }
+        const std::uint64_t corners = layout.TriangleCount() * 3;
+        json primitive = {{"attributes", attributes}, {"mode", 4}};
+        primitive["indices"] = AddAccessor(AddView(corners * 4), IndexType, corners, "SCALAR", {});
+        json mesh = json::object();
+        if (!source.Name().empty()) {
+            mesh["name"] = source.Name();
+        }
+        AddMorphTargets(source, layout, primitive, mesh);
+        mesh["primitives"] = json::array({primitive});
+        document["asset"] = {{"version", "2.0"}, {"generator", "trovik"}};
+        document["scene"] = 0;
+        document["scenes"] = json::array({{{"nodes", json::array({0})}}});
+        json node = {{"mesh", 0}};
+        if (!source.Name().empty()) {
+            node["name"] = source.Name();
+        }
+        document["nodes"] = json::array({node});
+        document["meshes"] = json::array({mesh});
+        document["accessors"] = accessors;
+        document["bufferViews"] = views;
+    }
+
+    std::uint64_t BufferBytes() const { return bytes; }
+
+    /// The text without its buffers, which come behind it; so it ends before the closing brace.
+    std::string OpenText() const {
+        std::string text = document.dump(-1, ' ', false, json::error_handler_t::replace);
+        text.pop_back();
+        return text + ",\"buffers\":[{\"byteLength\":" + std::to_string(bytes);
+    }
+
+private:
+    std::size_t AddView(std::uint64_t length) {
+        views.push_back({{"buffer", 0}, {"byteOffset", bytes}, {"byteLength", length}});
+        bytes += length;
+        return views.size() - 1;
+    }
+
+    std::size_t AddAccessor(std::size_t view,
+                            int type,
+                            std::uint64_t count,
+                            const char* shape,
+                            const std::optional<GltfBox>& box) {
+        json accessor = {
+            {"bufferView", view}, {"componentType", type}, {"count", count}, {"type", shape}};
+        if (box) {
+            accessor["min"] = box->low;
+            accessor["max"] = box->high;
+        }
+        accessors.push_back(accessor);
+        return accessors.size() - 1;
+    }
+
+    /// Layers touch a part of the vertices, so their offsets are sparse.
+    void AddMorphTargets(const MeshSource& source,
+                         const GltfLayout& layout,
+                         json& primitive,
+                         json& mesh) {
+        if (source.MorphTargets().empty()) {
+            return;
+        }
+        json targets = json::array();
+        json names = json::array();
+        json weights = json::array();
+        for (std::size_t number = 0; number < source.MorphTargets().size(); ++number) {
+            const MorphTarget& target = source.MorphTargets()[number];
+            const std::uint64_t count = layout.MorphVertices(number).size();
+            const std::size_t indices = AddView(count * 4);
+            const std::size_t values = AddView(count * 12);
+            const GltfBox box = layout.MorphBox(number);
+            accessors.push_back(
+                {{"componentType", FloatType},
+                 {"count", layout.VertexCount()},
+                 {"type", "VEC3"},
+                 {"min", box.low},
+                 {"max", box.high},
+                 {"sparse",
+                  {{"count", count},
+                   {"indices", {{"bufferView", indices}, {"componentType", IndexType}}},
+                   {"values", {{"bufferView", values}}}}}});
+            targets.push_back({{"POSITION", accessors.size() - 1}});
+            names.push_back(target.name);
+            weights.push_back(target.weight);
+        }
+        primitive["targets"] = targets;
+        mesh["weights"] = weights;
+        mesh["extras"] = {{"targetNames", names}};
+    }
+
+    json document;
+    json accessors = json::array();
+    json views = json::array();
+    std::uint64_t bytes = 0;
+};
+
+/// Vertices first, then the copies that seams of the texture need.
+void WriteVertices(GltfSink& sink,
+                   const MeshSource& source,
+                   const GltfLayout& layout,
+                   ProgressCount& progress) {
+    for (std::uint32_t vertex = 0; vertex < source.VertexCount(); ++vertex) {
+        sink.Floats(source.BasePosition(vertex));
+    }
+    for (const GltfCopy& copy : layout.Copies()) {
+        sink.Floats(source.BasePosition(copy.vertex));
+    }
+    progress.Add(source.VertexCount());
+    // What a copy repeats is kept on the way past its vertex.
+    const auto repeated = [&](unsigned part, auto list, auto& kept) {
+        source.ReadVertices(part, [&, first = std::uint32_t{0}](const VertexBlock& block) mutable {
+            for (const auto& entry : block.*list) {
+                sink.Floats(entry);
+                layout.ForEachCopyOf(first,
+                                     [&kept, &entry](std::size_t copy) { kept[copy] = entry; });
+                ++first;
+            }
+        });
+        for (const auto& entry : kept) {
+            sink.Floats(entry);
+        }
+        progress.Add(source.VertexCount());
+    };
+    if (source.HasNormals()) {
+        std::vector<std::array<float, 3>> kept(layout.Copies().size());
+        repeated(MeshSource::Normals, &VertexBlock::normals, kept);
+    }
+    if (source.UvCount() > 0) {
+        layout.WriteUvs(sink);
+        progress.Add(source.VertexCount());
+    }
+    if (source.HasColors()) {
+        std::vector<std::array<float, 4>> kept(layout.Copies().size());
+        const bool hasAlpha = source.HasAlpha();
+        const auto write = [&sink, hasAlpha](const std::array<float, 4>& color) {
+            sink.Floats(std::array<float, 3>{color[0], color[1], color[2]});
+            if (hasAlpha) {
+                sink.Floats(std::array<float, 1>{color[3]});
+            }
+        };
+        std::uint32_t vertex = 0;
+        source.ReadVertices(MeshSource::Colors, [&](const VertexBlock& block) {
+            for (const std::array<float, 4>& color : block.colors) {
+                write(color);
+                layout.ForEachCopyOf(vertex,
+                                     [&kept, &color](std::size_t copy) { kept[copy] = color; });
+                ++vertex;
+            }
+        });
+        for (const std::array<float, 4>& color : kept) {
+            write(color);
+        }
+        progress.Add(source.VertexCount());
+    }
+}
+
+void WriteTriangles(GltfSink& sink,
+                    const MeshSource& source,
+                    const GltfLayout& layout,
+                    ProgressCount& progress) {
+    source.ReadFaces(layout.HasCopies() ? MeshSource::Uvs : 0u, [&](const FaceBlock& block) {
+        std::size_t first = 0;
+        for (const std::uint32_t size : block.sizes) {
+            const auto number = [&](std::size_t corner) {
+                return layout.VertexOf(block, first + corner);
+            };
+            for (std::size_t corner = 2; corner < size; ++corner) {
+                sink.Word(number(0));
+                sink.Word(number(corner - 1));
+                sink.Word(number(corner));
+            }
+            first += size;
+        }
+        progress.Add(block.sizes.size());
+    });
+}
+
+void WriteMorphTargets(GltfSink& sink, const MeshSource& source, const GltfLayout& layout) {
+    for (std::size_t number = 0; number < source.MorphTargets().size(); ++number) {
+        const std::vector<std::uint32_t>& vertices = layout.MorphVertices(number);
+        for (const std::uint32_t vertex : vertices) {
+            sink.Word(vertex);
+        }
+        for (const std::uint32_t vertex : vertices) {
+            sink.Floats(source.MorphTargets()[number].offset(layout.Original(vertex)));
+        }
+    }
+}
+
+}  // namespace
+
+void WriteGltf(const std::string& path,
+               const MeshSource& source,
+               bool isBinary,
+               const WriteProgress& listener) {
+    const GltfLayout layout(source, path);
+    const GltfDescription description(source, layout);
+    std::string text = description.OpenText();
+    constexpr std::uint64_t ChunkHeader = 8;
+    constexpr std::uint64_t FileHeader = 12;
+    if (isBinary) {
+        text += "}]}";
+        text.resize((text.size() + 3) / 4 * 4, ' ');
+        const std::uint64_t total =
+            FileHeader + ChunkHeader * 2 + text.size() + description.BufferBytes();
+        if (total > std::numeric_limits<std::uint32_t>::max()) {
+            throw HostError(path +
+                            ": a binary glTF file holds at most 4 GiB, and this mesh needs " +
+                            std::to_string(total) + " bytes");
+        }
+    }
+    OutputFile file(path);
+    const int passes = 1 + (source.HasNormals() ? 1 : 0) + (source.UvCount() > 0 ? 1 : 0) +
+                       (source.HasColors() ? 1 : 0);
+    ProgressCount progress(
+        listener, source.VertexCount() * static_cast<std::uint64_t>(passes) + source.FaceCount());
+    GltfSink sink(file, !isBinary);
+    if (isBinary) {
+        GltfSink plain(file, false);
+        file.Write("glTF");
+        plain.Word(2);
+        plain.Word(static_cast<std::uint32_t>(FileHeader + ChunkHeader * 2 + text.size() +
+                                              description.BufferBytes()));
+        plain.Word(static_cast<std::uint32_t>(text.size()));
+        file.Write("JSON");
+        file.Write(text);
+        plain.Word(static_cast<std::uint32_t>(description.BufferBytes()));
+        file.Write(std::string_view("BIN\0", 4));
+    } else {
+        file.Write(text);
+        file.Write(",\"uri\":\"data:application/octet-stream;base64,");
+    }
+    WriteVertices(sink, source, layout, progress);
+    WriteTriangles(sink, source, layout, progress);
+    WriteMorphTargets(sink, source, layout);
+    sink.End();
+    if (!isBinary) {
+        file.Write("\"}]}\n");
+    }
+    file.Commit();
+}
+
+}  // namespace trovik

@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
+#include "framework/files/InputFile.h"
+#include "framework/files/NumberText.h"
+#include "framework/files/PolygonMesh.h"
+#include "framework/files/StlFile.h"
+#include "framework/files/VertexWeld.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <string_view>
+
+namespace trovik {
+
+namespace {
+
+constexpr std::size_t MaxLineBytes = 64 * 1024;
+
+using Triangle = std::array<std::array<float, 3>, 3>;
+
+/// Gathers triangles that share their vertices.
+class TriangleList {
+public:
+    void Add(const Triangle& triangle) {
+        // What has shrunk to a line or a point is no surface.
+        if (VertexWeld::AreSame(triangle[0], triangle[1]) ||
+            VertexWeld::AreSame(triangle[1], triangle[2]) ||
+            VertexWeld::AreSame(triangle[2], triangle[0])) {
+            return;
+        }
+        for (const std::array<float, 3>& position : triangle) {
+            const auto [vertex, isNew] =
+                weld.Number(position, static_cast<std::uint32_t>(mesh.positions.size()));
+            if (isNew) {
+                mesh.positions.push_back(position);
+            }
+            mesh.faceVertices.push_back(vertex);
+        }
+        mesh.faceSizes.push_back(3);
+        mesh.attributes.faceGroups.push_back(group);
+    }
+
+    void BeginSolid(std::string name) {
+        if (mesh.name.empty()) {
+            mesh.name = name;
+        }
+        std::vector<std::string>& names = mesh.attributes.groupNames;
+        const auto known = std::find(names.begin(), names.end(), name);
+        group = static_cast<std::uint32_t>(known - names.begin());
+        if (known == names.end()) {
+            names.push_back(std::move(name));
+        }
+    }
+
+    PolygonMesh Finish(const std::string& path) {
+        if (mesh.attributes.groupNames.size() < 2) {
+            mesh.attributes.groupNames.clear();
+            mesh.attributes.faceGroups.clear();
+        }
+        CheckPolygonMesh(mesh, path);
+        return std::move(mesh);
+    }
+
+private:
+    PolygonMesh mesh;
+    VertexWeld weld;
+    std::uint32_t group = 0;
+};
+
+PolygonMesh ReadBinary(InputFile& file, std::uint32_t count) {
+    TriangleList triangles;
+    const unsigned char* header = file.Take(StlFile::headerBytes);
+    std::string name(reinterpret_cast<const char*>(header), StlFile::headerBytes);
+    name.resize(std::min(name.size(), name.find('\0')));
+    triangles.BeginSolid(name.starts_with(StlFile::nameMark) ? name.substr(StlFile::nameMark.size())
+                                                             : std::string());
+    file.Take(sizeof(std::uint32_t));
+    for (std::uint32_t number = 0; number < count; ++number) {
+        const unsigned char* row = file.Take(StlFile::triangleBytes);
+        if (row == nullptr) {
+            throw HostError(file.Path() + ", byte " + std::to_string(file.Position()) +
+                            ": the file ends within triangle " + std::to_string(number) + " of " +
+                            std::to_string(count) + " (counted from 0)");
+        }
+        Triangle triangle;
+        for (std::size_t corner = 0; corner < 3; ++corner) {
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                // Behind the normal of three numbers.
+                const unsigned char* bytes = row + (3 + corner * 3 + axis) * sizeof(float);
+                const float number_ = StlFile::LoadFloat(bytes);
+                if (!std::isfinite(number_)) {
+                    throw HostError(file.Path() + ", byte " +
+                                    std::to_string(file.Position() - StlFile::triangleBytes) +
+                                    ": triangle " + std::to_string(number) +
+                                    " (counted from 0) has a corner that is not finite");
+                }
+                triangle[corner][axis] = number_;
+            }
+        }
+        triangles.Add(triangle);
+    }
+    return triangles.Finish(file.Path());
+}
+
+/// Whether the word is this keyword, in any case.
+bool IsWord(std::string_view word, std::string_view keyword) {
+    return word.size() == keyword.size() &&
+           std::equal(word.begin(), word.end(), keyword.begin(), [](char a, char b) {
+               return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
+           });
+}
+
+/// Words of a text, with the line that each stands in.
+class StlText {
+public:
+    explicit StlText(InputFile& input) : file(input) {}
+
+    PolygonMesh Read() {
+        for (std::string_view word = Word(); !word.empty(); word = Word()) {
+            if (IsWord(word, "solid")) {
+                triangles.BeginSolid(RestOfLine());
+                inSolid = true;
+            } else if (IsWord(word, "endsolid") && inSolid) {
+                RestOfLine();
+                inSolid = false;
+            } else if (IsWord(word, "facet") && inSolid) {
+                ReadFacet();
+            } else {
+                Refuse(inSolid ? "'facet' or 'endsolid'" : "'solid'", word);
+            }
+        }
+        if (inSolid) {
+            throw HostError(Place() + ": the file ends without 'endsolid'");
+        }
+        return triangles.Finish(file.Path());
+    }
+
+private:
+    /// The next word, and empty at the end of the file.
+    std::string_view Word() {
+        for (;;) {
+            rest.remove_prefix(std::min(rest.find_first_not_of(" \t\r\v\f"), rest.size()));
+            if (!rest.empty()) {
+                const std::string_view word = rest.substr(0, rest.find_first_of(" \t\r\v\f"));
+                rest.remove_prefix(word.size());
+                return word;
+            }
+            if (!file.NextLine(rest, MaxLineBytes)) {
+                rest = {};
+                return {};
+            }
+            ++line;
+        }
+    }
+
+    std::string RestOfLine() {
+        const std::size_t first = std::min(rest.find_first_not_of(" \t\r"), rest.size());
+        std::string text(rest.substr(first));
+        text.resize(text.find_last_not_of(" \t\r") + 1);
+        rest = {};
+        return text;
+    }
+
+    std::string Place() const { return file.Path() + ", line " + std::to_string(line); }
+
+    [[noreturn]] void Refuse(const std::string& expected, std::string_view word) const {
+        std::string quoted;
+        for (const char letter : word.substr(0, 40)) {
+            quoted += letter >= ' ' && letter <= '~' ? letter : '?';
+        }
+        throw HostError(Place() + ": " + expected + " is expected, but " +
+                        (word.empty() ? "the file ends" : "there is '" + quoted + "'"));
+    }
+
+    void Expect(std::string_view keyword) {
+        const std::string_view word = Word();
+        if (!IsWord(word, keyword)) {
+            Refuse("'" + std::string(keyword) + "'", word);
+        }
+    }
+
+    void ReadFacet() {
+        Expect("normal");
+        // Normals follow from the corners, and some programs write none that are numbers.
+        for (int axis = 0; axis < 3; ++axis) {
+            if (Word().empty()) {
+                Refuse("a normal", {});
+            }
+        }
+        Expect("outer");
+        Expect("loop");
+        Triangle triangle;
+        for (std::array<float, 3>& corner : triangle) {
+            Expect("vertex");
+            for (float& coordinate : corner) {
+                const std::string_view word = Word();
+                if (word.empty() || !ParseFloat(word, coordinate) || !std::isfinite(coordinate)) {
+                    Refuse("a finite number", word);
+                }
+            }
+        }
+        Expect("endloop");
+        Expect("endfacet");
+        triangles.Add(triangle);
+    }
+
+    InputFile& file;
+    TriangleList triangles;
+    std::string_view rest;
+    std::uint64_t line = 0;
+    bool inSolid = false;
+};
+
+}  // namespace
+
+PolygonMesh ReadStl(const std::string& path) {
+    constexpr std::size_t Lead = StlFile::headerBytes + sizeof(std::uint32_t);
+    bool beginsAsText = false;
+    std::uint32_t count = 0;
+    std::uint64_t wanted = 0;
+    std::uint64_t size = 0;
+    {
+        InputFile probe(path);
+        size = probe.Remaining();
+        const unsigned char* start = probe.Take(std::min<std::size_t>(Lead, size));
+        beginsAsText = size >= 5 && IsWord({reinterpret_cast<const char*>(start), 5}, "solid");
+        if (size >= Lead) {
+            count = StlFile::LoadWord(start + StlFile::headerBytes);
+            wanted = Lead + std::uint64_t{count} * StlFile::triangleBytes;
+        }
+    }
+    InputFile file(path);
+    // Some programs begin binary files like texts; the length tells them apart.
+    if (beginsAsText && size != wanted) {
+        return StlText(file).Read();
+    }
+    if (size < Lead) {
+        throw HostError(path + ", byte " + std::to_string(size) +
+                        ": the file ends within its header, and it does not begin with 'solid'");
+    }
+    if (size < wanted) {
+        throw HostError(path + ", byte " + std::to_string(StlFile::headerBytes) + ": " +
+                        std::to_string(count) +
+                        " triangles are announced, but the file is too short for them");
+    }
+    return ReadBinary(file, count);
+}
+
+}  // namespace trovik

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <unordered_map>
+
+namespace trovik {
+
+/// Numbers positions so that those of the same bits get the same number, in the order in which they
+/// first come. A zero is the same with either sign.
+class VertexWeld {
+public:
+    /// \param next  what a position gets that has not come before.
+    /// \return its number, and whether it is new.
+    std::pair<std::uint32_t, bool> Number(const std::array<float, 3>& position,
+                                          std::uint32_t next) {
+        const auto [entry, isNew] = numbers.try_emplace(BitsOf(position), next);
+        return {entry->second, isNew};
+    }
+
+    static bool AreSame(const std::array<float, 3>& a, const std::array<float, 3>& b) {
+        return BitsOf(a) == BitsOf(b);
+    }
+
+private:
+    using Bits = std::array<std::uint32_t, 3>;
+
+    static Bits BitsOf(const std::array<float, 3>& position) {
+        // Adding zero makes a negative zero positive and changes nothing else.
+        return {std::bit_cast<std::uint32_t>(position[0] + 0.0f),
+                std::bit_cast<std::uint32_t>(position[1] + 0.0f),
+                std::bit_cast<std::uint32_t>(position[2] + 0.0f)};
+    }
+
+    struct Hash {
+        std::size_t operator()(const Bits& bits) const {
+            std::uint64_t hash = 0x9E3779B97F4A7C15u;
+            for (const std::uint32_t word : bits) {
+                hash = (hash ^ word) * 0xFF51AFD7ED558CCDu;
+                hash ^= hash >> 32;
+            }
+            return static_cast<std::size_t>(hash);
+        }
+    };
+
+    std::unordered_map<Bits, std::uint32_t, Hash> numbers;
+};
+
+}  // namespace trovik

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/files/MeshSource.h"
+#include "framework/levels/LevelSource.h"
+#include "framework/script/ScriptRunner.h"
+
+namespace trovik {
+
+namespace {
+
+/// The fields "units" and "up"; the schema has settled what may stand in them.
+MeshSpace SpaceOf(const FieldReader& fields) {
+    return {MetersPerUnit(fields.TextOr("units", "")), UpAxisOf(fields.TextOr("up", ""))};
+}
+
+}  // namespace
+
+MeshSpace ScriptRunner::ImportSpace(const FieldReader& script) const { return SpaceOf(script); }
+
+void ScriptRunner::RunExport(const FieldReader& options) {
+    const LevelGeometry& geometry = session->Geometry();
+    const std::string file = OutputPath(options.At("file"));
+    const MeshSpace space = SpaceForFile(file, geometry.Attributes().space, SpaceOf(options));
+    const LevelSource source(geometry, session->Layers(), {options.FlagOr("world", false), space});
+    WriteMeshFile(file, source, progress.file);
+    result.files.push_back(file);
+}
+
+}  // namespace trovik

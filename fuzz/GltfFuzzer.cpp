@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fuzz/ReaderFuzzer.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    trovik::FuzzReader(bytes, size, trovik::ReadGltf);
+    return 0;
+}
