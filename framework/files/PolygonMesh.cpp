@@ -87,27 +87,30 @@ void CheckIndices(const std::vector<std::uint32_t>& indices,
     }
 }
 
-void CheckAttributes(const PolygonMesh& mesh, const std::string& source) {
-    const SurfaceAttributes& attributes = mesh.attributes;
+}  // namespace
+
+void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
+                            const SurfaceCounts& counts,
+                            const std::string& source) {
     CheckCount(attributes.uvs.size(), "texture coordinates", source);
     CheckIndices(attributes.cornerUvs,
-                 mesh.faceVertices.size(),
+                 counts.corners,
                  attributes.uvs.size(),
                  "texture coordinates of corners",
                  source);
     CheckIndices(attributes.faceGroups,
-                 mesh.faceSizes.size(),
+                 counts.faces,
                  attributes.groupNames.size(),
                  "groups of faces",
                  source);
     CheckIndices(attributes.faceMaterials,
-                 mesh.faceSizes.size(),
+                 counts.faces,
                  attributes.materialNames.size(),
                  "materials of faces",
                  source);
-    if (!attributes.colors.empty() && attributes.colors.size() != mesh.positions.size()) {
+    if (!attributes.colors.empty() && attributes.colors.size() != counts.vertices) {
         throw HostError(source + ": " + std::to_string(attributes.colors.size()) + " colours for " +
-                        std::to_string(mesh.positions.size()) + " vertices");
+                        std::to_string(counts.vertices) + " vertices");
     }
     const auto finite = [](const auto& list) {
         for (const auto& entry : list) {
@@ -127,8 +130,6 @@ void CheckAttributes(const PolygonMesh& mesh, const std::string& source) {
     }
 }
 
-}  // namespace
-
 void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
     CheckCount(mesh.positions.size(), "vertices", source);
     CheckCount(mesh.faceSizes.size(), "faces", source);
@@ -142,7 +143,9 @@ void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
     }
     CheckPositions(mesh, source);
     CheckFaces(mesh, source);
-    CheckAttributes(mesh, source);
+    CheckSurfaceAttributes(mesh.attributes,
+                           {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},
+                           source);
 }
 
 }  // namespace trovik

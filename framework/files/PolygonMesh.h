@@ -157,4 +157,17 @@ TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh);
 /// \throw HostError naming the first trouble.
 TROVIK_API void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source);
 
+/// How much there is of a surface.
+struct SurfaceCounts {
+    std::size_t vertices;
+    std::size_t faces;
+    std::size_t corners;
+};
+
+/// Checks that the lists of a surface's attributes fit it and each other, and hold finite numbers.
+/// \throw HostError naming the first trouble.
+TROVIK_API void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
+                                       const SurfaceCounts& counts,
+                                       const std::string& source);
+
 }  // namespace trovik

@@ -4,6 +4,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/plugins/PluginLoader.h"
+#include "framework/scene/AttributeChunk.h"
 #include "framework/scene/BrushChunk.h"
 #include "framework/scene/LayerChunk.h"
 #include "framework/scene/MeshChunk.h"
@@ -48,7 +49,8 @@ public:
                 [this](SceneStream& s) { ReadBrushChunk(s, brush, scene.tools, scene.notes); });
             return;
         }
-        if (name != "IMPT" && name != "TMIR" && name != "LAYR" && name != "NODE") {
+        if (name != "IMPT" && name != "TMIR" && name != "LAYR" && name != "NODE" &&
+            name != "SURF") {
             scene.notes.push_back("chunk " + name + ", which is unknown, was left out");
             return;
         }
@@ -64,6 +66,8 @@ public:
         if (scene.imported.positions.empty()) {
             throw HostError(reader.Path() + ": the scene lacks chunk IMPT");
         }
+        // The faces of what was imported are those of level 0, and so is all that they carry.
+        scene.imported.attributes = scene.geometry->Attributes();
         scene.format = reader.Header().Format();
         return std::move(scene);
     }
@@ -74,6 +78,8 @@ private:
             scene.imported = ReadImportChunk(stream, *scene.geometry, levels->Head().base.name);
         else if (name == "TMIR")
             ReadMirrorChunk(stream, *scene.geometry);
+        else if (name == "SURF")
+            ReadAttributeChunk(stream, *scene.geometry);
         else if (name == "LAYR")
             scene.layers.push_back(ReadLayerChunk(stream, *scene.geometry));
         else
@@ -109,6 +115,8 @@ void SaveScene(const std::string& path, const SceneParts& parts, const SceneStre
         write("IMPT", [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported); });
         if (parts.geometry.Mirror() != nullptr)
             write("TMIR", [&](SceneStream& s) { WriteMirrorChunk(s, parts.geometry); });
+        if (HasAttributes(parts.geometry))
+            write("SURF", [&](SceneStream& s) { WriteAttributeChunk(s, parts.geometry); });
         for (const auto& layer : parts.layers)
             write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/scene/AttributeChunk.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/files/PolygonMesh.h"
+#include "framework/scene/SceneChunks.h"
+
+namespace trovik {
+
+namespace {
+
+using Uv = std::array<float, 2>;
+using Color = std::array<float, 4>;
+
+/// The bytes of a text's count.
+constexpr uint64_t shortestText = sizeof(uint32_t);
+
+void WriteText(SceneStream& stream, const std::string& text) {
+    QString shown = QString::fromStdString(text);
+    static_cast<Stream&>(stream).Transfer(shown);
+}
+
+std::string ReadText(SceneStream& stream) {
+    QString text;
+    static_cast<Stream&>(stream).Transfer(text);
+    return text.toStdString();
+}
+
+void WriteNames(SceneStream& stream, const std::vector<std::string>& names) {
+    auto count = static_cast<uint32_t>(names.size());
+    stream.Transfer(count);
+    for (const std::string& name : names) WriteText(stream, name);
+}
+
+std::vector<std::string> ReadNames(SceneStream& stream) {
+    uint32_t count = 0;
+    stream.Transfer(count);
+    stream.Expect(count, shortestText);
+    std::vector<std::string> names;
+    for (uint32_t i = 0; i < count; ++i) names.push_back(ReadText(stream));
+    return names;
+}
+
+}  // namespace
+
+bool HasAttributes(const LevelGeometry& geometry) {
+    const SurfaceAttributes& attributes = geometry.Attributes();
+    return !attributes.cornerUvs.empty() || !attributes.colors.empty() ||
+           !attributes.faceGroups.empty() || !attributes.faceMaterials.empty() ||
+           attributes.space != MeshSpace();
+}
+
+void WriteAttributeChunk(SceneStream& stream, const LevelGeometry& geometry) {
+    const SurfaceAttributes& attributes = geometry.Attributes();
+    WriteText(stream, UnitName(attributes.space.metersPerUnit));
+    WriteText(stream, UpAxisName(attributes.space.up));
+    WriteList(stream, attributes.uvs);
+    WriteList(stream, attributes.cornerUvs);
+    uint8_t hasAlpha = attributes.hasAlpha ? 1 : 0;
+    stream.Transfer(hasAlpha);
+    WriteList(stream, attributes.colors);
+    WriteNames(stream, attributes.groupNames);
+    WriteList(stream, attributes.faceGroups);
+    WriteNames(stream, attributes.materialNames);
+    WriteList(stream, attributes.faceMaterials);
+}
+
+void ReadAttributeChunk(SceneStream& stream, LevelGeometry& geometry) {
+    SurfaceAttributes attributes;
+    attributes.space.metersPerUnit = MetersPerUnit(ReadText(stream));
+    attributes.space.up = UpAxisOf(ReadText(stream));
+    attributes.uvs = ReadList<Uv>(stream);
+    attributes.cornerUvs = ReadList<uint32_t>(stream);
+    uint8_t hasAlpha = 0;
+    stream.Transfer(hasAlpha);
+    attributes.hasAlpha = hasAlpha != 0;
+    attributes.colors = ReadList<Color>(stream);
+    attributes.groupNames = ReadNames(stream);
+    attributes.faceGroups = ReadList<uint32_t>(stream);
+    attributes.materialNames = ReadNames(stream);
+    attributes.faceMaterials = ReadList<uint32_t>(stream);
+    const LevelMesh& base = *geometry.Level(0);
+    try {
+        CheckSurfaceAttributes(attributes,
+                               {base.VertexCount(), base.faceCount, base.faceVertexIndices.fill},
+                               "level 0");
+    } catch (const HostError& error) {
+        SceneStream::Refuse(QString::fromStdString(error.what()));
+    }
+    geometry.RestoreAttributes(std::move(attributes));
+}
+
+}  // namespace trovik
