@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
 #include "framework/files/MeshSource.h"
 #include "framework/levels/LevelSource.h"
 #include "framework/script/ScriptRunner.h"
@@ -19,7 +20,12 @@ MeshSpace ScriptRunner::ImportSpace(const FieldReader& script) const { return Sp
 void ScriptRunner::RunExport(const FieldReader& options) {
     const LevelGeometry& geometry = session->Geometry();
     const std::string file = OutputPath(options.At("file"));
-    const MeshSpace space = SpaceForFile(file, geometry.Attributes().space, SpaceOf(options));
+    MeshSpace space;
+    try {
+        space = SpaceForFile(file, geometry.Attributes().space, SpaceOf(options));
+    } catch (const HostError& refused) {
+        options.Fail(refused.what());
+    }
     const LevelSource source(geometry, session->Layers(), {options.FlagOr("world", false), space});
     WriteMeshFile(file, source, progress.file);
     result.files.push_back(file);

@@ -296,5 +296,41 @@ TEST_F(Command, WhatIsWrongWithASceneIsOneLine) {
     }
 }
 
+TEST_F(Command, ConvertKeepsWhatTheMeshCarriesAndConvertsUnits) {
+    WriteFile("sheet.obj",
+              "v 0 0 0 1 0 0\nv 10 0 0 0 1 0\nv 10 10 0 0 0 1\nv 0 10 0 1 1 1\nvt 0 0\nvt 1 0\n"
+              "vt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
+    EXPECT_EQ(Run("convert sheet.obj sheet.glb --from-units cm --from-up z").status, 0);
+    const Outcome glb = Run("info sheet.glb --json");
+    EXPECT_NE(glb.out.find("\"colors\": true"), std::string::npos);
+    EXPECT_NE(glb.out.find("\"textureCoordinates\": 4"), std::string::npos);
+    EXPECT_NE(glb.out.find("\"units\": \"m\""), std::string::npos);
+    EXPECT_EQ(Run("convert sheet.glb sheet.ply --units mm --up z").status, 0);
+    EXPECT_NE(Run("info sheet.ply").out.find("0 0 0  to  100 100 0"), std::string::npos);
+    EXPECT_EQ(Run("convert sheet.obj fine.obj --levels 1").status, 0);
+    EXPECT_NE(ReadAll(folder / "fine.obj").find("\nvt 0.5 0.5\n"), std::string::npos);
+    const Outcome refused = Run("convert sheet.obj sheet.gltf --units mm");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.error,
+              "trovik: sheet.gltf: a glTF file is in metres with y up, and in nothing else\n");
+    EXPECT_EQ(Run("convert sheet.obj x.ply --units parsec").status, 2);
+}
+
+TEST_F(Command, ExportsConvertFromTheUnitsThatTheScriptTells) {
+    WriteFile("s.json",
+              R"({"mesh": "cube.obj", "units": "m", "up": "y", "steps": [
+                  {"export": {"file": "as-is.ply"}}, {"export": {"file": "cube.usda"}},
+                  {"export": {"file": "cm.stl", "units": "cm"}}]})");
+    const Outcome outcome = Run("sculpt s.json -q");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_NE(Run("info as-is.ply").out.find("-1 -1 -1  to  1 1 1"), std::string::npos);
+    EXPECT_NE(Run("info cm.stl").out.find("-100 -100 -100  to  100 100 100"), std::string::npos);
+    EXPECT_NE(ReadAll(folder / "cube.usda").find("metersPerUnit = 1\n    upAxis = \"Y\""),
+              std::string::npos);
+    ExpectScriptError(
+        R"({"mesh": "cube.obj", "steps": [{"export": {"file": "x.glb", "up": "z"}}]})",
+        "a glTF file is in metres with y up");
+}
+
 }  // namespace
 }  // namespace trovik::test
