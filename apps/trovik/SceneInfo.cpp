@@ -24,7 +24,7 @@ nlohmann::json Describe(const std::string& path, const LoadedScene& scene) {
                           {"frozen", level.FrozenVertexCount()}});
     }
     nlohmann::json layers = nlohmann::json::array();
-    for (const auto& layer : scene.layers) {
+    for (const auto& layer : scene.geometry->Layers().All()) {
         layers.push_back({{"name", layer->Name()},
                           {"level", layer->Level()->Index()},
                           {"strength", layer->Strength()},
@@ -69,7 +69,7 @@ void Print(const std::string& path, const LoadedScene& scene) {
         if (level.FrozenVertexCount() != 0) std::printf(", %u frozen", level.FrozenVertexCount());
         std::printf("\n");
     }
-    for (const auto& layer : scene.layers) {
+    for (const auto& layer : scene.geometry->Layers().All()) {
         std::printf("  layer     \"%s\" of level %d, strength %g, %u vertices%s%s\n",
                     layer->Name().c_str(),
                     layer->Level()->Index(),

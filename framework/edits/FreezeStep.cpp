@@ -26,6 +26,8 @@ public:
         return sizeof(FreezeStep) + vertices.capacity() * sizeof(uint32_t) + amounts.capacity();
     }
 
+    std::vector<StepArray> Arrays() override { return {StepArray(vertices), StepArray(amounts)}; }
+
     uint32_t level;
     std::vector<uint32_t> vertices;
     std::vector<uint8_t> amounts;

@@ -23,7 +23,7 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
     recordCount = &recordStore.fill;
     if (const SculptLayer* active = level->ActiveLayer()) {
         layer = active->Handle();
-        layerStrength = active->Strength();
+        layerStrength = active->PresentStrength();
     }
     if (LevelChange* open = level->OpenChange()) open->Unlink();
     level->SetOpenChange(this);

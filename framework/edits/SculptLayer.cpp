@@ -16,7 +16,7 @@ bool IsAtRest(const SculptLayer::State& state) {
     return state.offset == Vector() && state.seen == state.rest;
 }
 
-Vector Composite(const Vector& rest, float strength, const Vector& offset) {
+Vector Composed(const Vector& rest, float strength, const Vector& offset) {
     return {
         rest.x + strength * offset.x, rest.y + strength * offset.y, rest.z + strength * offset.z};
 }
@@ -24,7 +24,9 @@ Vector Composite(const Vector& rest, float strength, const Vector& offset) {
 }  // namespace
 
 SculptLayer::SculptLayer(LevelMesh* ofLevel, const std::string& layerName)
-    : level(ofLevel), name(layerName), handle(std::make_shared<SculptLayer*>(this)) {}
+    : level(ofLevel),
+      given{layerName, 1.0f, true, true},
+      handle(std::make_shared<SculptLayer*>(this)) {}
 
 SculptLayer::~SculptLayer() {
     if (level->ActiveLayer() == this) level->SetActiveLayer(nullptr);
@@ -43,7 +45,7 @@ void SculptLayer::set(
     assert(entry.vertex == vertex);
     TakeForeignMove(entry);
     entry.state.offset = *offset;
-    const Vector composite = Composite(entry.state.rest, strength, entry.state.offset);
+    const Vector composite = Composed(entry.state.rest, PresentStrength(), entry.state.offset);
     if (updateComposite) {
         level->SetPosition(vertex, composite);
         entry.state.seen = composite;
@@ -85,18 +87,23 @@ Vector SculptLayer::Offset(uint32_t vertex) const {
 
 void SculptLayer::SetStrength(float newStrength) {
     for (Entry& entry : entries) TakeForeignMove(entry);
-    strength = newStrength;
+    given.strength = newStrength;
     for (uint32_t slot = 0; slot < SlotCount(); ++slot) Compose(slot);
 }
 
 void SculptLayer::SwapState(uint32_t slot, State& state) { std::swap(entries[slot].state, state); }
+
+Vector SculptLayer::Composite(uint32_t slot) const {
+    const State& state = entries[slot].state;
+    return Composed(state.rest, PresentStrength(), state.offset);
+}
 
 void SculptLayer::Compose(uint32_t slot) {
     Entry& entry = entries[slot];
     TakeForeignMove(entry);
     // Without an offset the strength says nothing, and adding zero could turn a -0 into +0.
     if (IsAtRest(entry.state)) return;
-    const Vector composite = Composite(entry.state.rest, strength, entry.state.offset);
+    const Vector composite = Composed(entry.state.rest, PresentStrength(), entry.state.offset);
     level->SetPosition(entry.vertex, composite);
     entry.state.seen = composite;
 }

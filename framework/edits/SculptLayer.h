@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/edits/StepArray.h"
 #include "framework/levels/LevelMesh.h"
 
 #include <memory>
@@ -16,6 +17,9 @@ namespace trovik {
 /// A vertex may also be moved past its layer: by a stroke without or with another active layer, or
 /// by a change carried up from a coarser level. The layer notices at its next access (the position
 /// is not the one that it wrote) and takes the difference into the rest.
+///
+/// A layer of several on its level belongs to a LayerStack, which composes them all; what this
+/// class composes by itself sees the other layers as part of the rest.
 ///
 /// Memory follows the touched vertices: 40 bytes each, and 4 KiB for each run of 1024 vertices that
 /// holds one.
@@ -38,7 +42,8 @@ public:
              uint32_t vertex,
              const Vector* offset,
              bool updateComposite) override;
-    bool Writable() const override { return writable; }
+    /// Neither locked nor hidden: what cannot be seen is not sculpted.
+    bool Writable() const override { return given.writable && given.visible; }
 
     /// Slot of the vertex; a new one takes the vertex's present position as its rest and offset 0.
     uint32_t SlotOf(uint32_t vertex);
@@ -52,11 +57,25 @@ public:
     Vector Rest(uint32_t vertex) const;
     Vector Offset(uint32_t vertex) const;
 
-    float Strength() const { return strength; }
+    /// What the user gives a layer.
+    struct Properties {
+        std::string name;
+        float strength = 1.0f;
+        bool visible = true;
+        /// False: locked against sculpting.
+        bool writable = true;
+    };
+    const Properties& Given() const { return given; }
+    /// Positions stay as they are.
+    void Give(const Properties& properties) { given = properties; }
+
+    float Strength() const { return given.strength; }
+    /// The strength that counts: 0 while the layer is hidden.
+    float PresentStrength() const { return given.visible ? given.strength : 0.0f; }
     /// Brings the composite of every vertex of the layer up to date. Normals are the caller's.
     void SetStrength(float newStrength);
-    void SetWritable(bool on) { writable = on; }
-    const std::string& Name() const { return name; }
+    void SetWritable(bool on) { given.writable = on; }
+    const std::string& Name() const { return given.name; }
     LevelMesh* Level() const { return level; }
 
     /// All that the layer knows of a vertex.
@@ -69,12 +88,17 @@ public:
     const State& StateOfSlot(uint32_t slot) const { return entries[slot].state; }
     /// Exchanges the slot's state with `state`; the mesh stays as it is.
     void SwapState(uint32_t slot, State& state);
+    /// Where rest, present strength and offset put the vertex.
+    Vector Composite(uint32_t slot) const;
     /// Brings the composite of one vertex up to date with the strength.
     void Compose(uint32_t slot);
     /// Points at this layer while it lives, and at null afterwards: for who may outlive it.
     const std::shared_ptr<SculptLayer*>& Handle() const { return handle; }
     /// Bytes held for the touched vertices.
     uint64_t Bytes() const;
+    /// Vertices and states, for who keeps a layer that is out of use in compressed form. While they
+    /// are not there, nothing else may be asked of the layer.
+    StepArray Content() { return StepArray(entries); }
 
 private:
     static constexpr uint32_t pageBits = 10;
@@ -87,9 +111,7 @@ private:
     void TakeForeignMove(Entry& entry);
 
     LevelMesh* level;
-    std::string name;
-    float strength = 1.0f;
-    bool writable = true;
+    Properties given;
     std::vector<Entry> entries;
     /// Slot by vertex, in pages that are made when a vertex of theirs is touched.
     std::vector<std::unique_ptr<uint32_t[]>> slotPages;

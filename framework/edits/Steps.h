@@ -37,4 +37,8 @@ TROVIK_API std::vector<uint8_t> FreezeAmounts(const LevelMesh& level);
 TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
                                                     const std::vector<uint8_t>& amountsBefore);
 
+/// The step of another transformation of the geometry. \return null when it is the same to the bit.
+TROVIK_API std::unique_ptr<UndoStep> MakeTransformStep(const LevelGeometry& geometry,
+                                                       const Placement& placementBefore);
+
 }  // namespace trovik

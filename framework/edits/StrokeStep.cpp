@@ -87,7 +87,7 @@ void StrokeStep::Apply(LevelGeometry& geometry) {
     }
 
     if (SculptLayer* alive = layer == nullptr ? nullptr : *layer) {
-        const float strength = alive->Strength();
+        const float strength = alive->PresentStrength();
         const bool sameStrength = SameBits(strength, layerStrength);
         for (LayerEntry& entry : layerEntries) {
             alive->SwapState(entry.slot, entry.state);
@@ -102,6 +102,10 @@ uint64_t StrokeStep::Bytes() const {
     return sizeof(StrokeStep) + vertices.capacity() * sizeof(uint32_t) +
            positions.capacity() * sizeof(Vector) + normals.capacity() * sizeof(NormalWords) +
            layerEntries.capacity() * sizeof(LayerEntry) + label.capacity();
+}
+
+std::vector<StepArray> StrokeStep::Arrays() {
+    return {StepArray(vertices), StepArray(positions), StepArray(normals), StepArray(layerEntries)};
 }
 
 }  // namespace trovik

@@ -30,6 +30,7 @@ public:
     /// layer is gone, positions and normals alone are exchanged.
     void Apply(LevelGeometry& geometry) override;
     uint64_t Bytes() const override;
+    std::vector<StepArray> Arrays() override;
 
     /// Number of the level that the stroke was made on.
     uint32_t Level() const { return level; }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/LevelGeometry.h"
 
+#include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelRefiner.h"
@@ -17,7 +18,7 @@ constexpr uint64_t mostElements = 0xfffffffeu;
 
 }  // namespace
 
-LevelGeometry::LevelGeometry(const PolygonMesh& polygons) {
+LevelGeometry::LevelGeometry(const PolygonMesh& polygons) : layers(std::make_unique<LayerStack>()) {
     CheckPolygonMesh(polygons, polygons.name.empty() ? "mesh" : polygons.name);
     PolygonMesh uniform = ToUniformFaces(polygons);
     attributes = std::move(uniform.attributes);

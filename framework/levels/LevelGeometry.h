@@ -13,6 +13,8 @@
 
 namespace trovik {
 
+class LayerStack;
+
 /// A mesh with all its subdivision levels, under one transformation. One level is bound at a time:
 /// the one that is shown and sculpted.
 class TROVIK_API LevelGeometry : public Geometry {
@@ -86,6 +88,10 @@ public:
 
     UndoHistory& History() { return history; }
 
+    /// The sculpt layers of all levels.
+    LayerStack& Layers() { return *layers; }
+    const LayerStack& Layers() const { return *layers; }
+
     /// Who hears of walks and changes on all levels; null for nobody. Borrowed.
     void SetObserver(GeometryObserver* newObserver) { observer = newObserver; }
     GeometryObserver* Observer() const { return observer; }
@@ -102,6 +108,8 @@ private:
     uint32_t bound = 0;
     Placement placement;
     SurfaceAttributes attributes;
+    /// Ends before the levels that its layers borrow, as the steps do that hold layers.
+    std::unique_ptr<LayerStack> layers;
     UndoHistory history;
     GeometryObserver* observer = nullptr;
     std::unique_ptr<TopologicalMirror> mirror;

@@ -49,8 +49,8 @@ public:
                 [this](SceneStream& s) { ReadBrushChunk(s, brush, scene.tools, scene.notes); });
             return;
         }
-        if (name != "IMPT" && name != "TMIR" && name != "LAYR" && name != "NODE" &&
-            name != "SURF") {
+        if (name != "IMPT" && name != "TMIR" && name != "SURF" && name != "LAYR" &&
+            name != "LGND" && name != "NODE") {
             scene.notes.push_back("chunk " + name + ", which is unknown, was left out");
             return;
         }
@@ -81,7 +81,9 @@ private:
         else if (name == "SURF")
             ReadAttributeChunk(stream, *scene.geometry);
         else if (name == "LAYR")
-            scene.layers.push_back(ReadLayerChunk(stream, *scene.geometry));
+            scene.geometry->Layers().Insert(ReadLayerChunk(stream, *scene.geometry));
+        else if (name == "LGND")
+            ReadGroundChunk(stream, *scene.geometry);
         else
             ReadNodeChunk(stream, *scene.geometry, scene.notes);
     }
@@ -117,8 +119,14 @@ void SaveScene(const std::string& path, const SceneParts& parts, const SceneStre
             write("TMIR", [&](SceneStream& s) { WriteMirrorChunk(s, parts.geometry); });
         if (HasAttributes(parts.geometry))
             write("SURF", [&](SceneStream& s) { WriteAttributeChunk(s, parts.geometry); });
-        for (const auto& layer : parts.layers)
+        const LayerStack& layers = parts.geometry.Layers();
+        for (const auto& layer : layers.All())
             write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
+        for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level) {
+            const LayerGround* ground = layers.FindGround(level);
+            if (ground == nullptr || layers.OfLevel(level).empty()) continue;
+            write("LGND", [&](SceneStream& s) { WriteGroundChunk(s, level, *ground); });
+        }
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });
         write("SETT", [&](SceneStream& s) { WriteSettingsChunk(s, parts.settings); });
         write("BRSH", [&](SceneStream& s) { WriteBrushChunk(s, parts.brush); });

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/brushes/StrokePath.h"
-#include "framework/edits/SculptLayer.h"
+#include "framework/edits/LayerStack.h"
 #include "framework/levels/LevelGeometry.h"
 #include "framework/scene/SceneStream.h"
 
@@ -36,8 +36,6 @@ struct SceneParts {
     LevelGeometry& geometry;
     /// The mesh as it was imported; its faces are those of level 0, or were split into them.
     const PolygonMesh& imported;
-    /// Of all levels, in the order in which they are looked up by name.
-    const std::vector<std::unique_ptr<SculptLayer>>& layers;
     BrushOperation& brush;
     const SceneSettings& settings;
 };
@@ -50,11 +48,10 @@ TROVIK_API void SaveScene(const std::string& path,
                           const SceneParts& parts,
                           const SceneStream& header = SceneStream());
 
-/// A scene as read. The layers end before the geometry that they borrow.
+/// A scene as read.
 struct LoadedScene {
     uint32_t format = 0;
     std::unique_ptr<LevelGeometry> geometry;
-    std::vector<std::unique_ptr<SculptLayer>> layers;
     /// Level 0 as it was imported.
     PolygonMesh imported;
     SceneSettings settings;

@@ -3,6 +3,8 @@
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
+#include "framework/edits/Steps.h"
+#include "framework/edits/UndoPreferences.h"
 #include "framework/errors/HostError.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/nodes/HostKernel.h"
@@ -92,6 +94,8 @@ ScriptResult ScriptRunner::Run() {
             FinishTraceAfterError();
             throw;
         }
+        const std::string problem = session->Geometry().History().TakeProblem();
+        if (!problem.empty() && progress.message) progress.message(problem);
         if (trace != nullptr) trace->ThrowIfFailed();
         if (i == lastCall) FinishTrace();
     }
@@ -113,6 +117,7 @@ void ScriptRunner::SetUp(const FieldReader& script) {
     for (const char* field : {"units", "up"})
         if (script.Has("scene") && script.Has(field))
             script.At(field).Fail("a scene knows what its numbers mean");
+    RegisterUndoPreferences();
     HostKernel::Instance().SetTestMode(script.FlagOr("testMode", false));
     if (script.Has("memoryLimit"))
         MemoryAccount::SetLimit(script.At("memoryLimit").Json().get<int64_t>());
@@ -121,7 +126,7 @@ void ScriptRunner::SetUp(const FieldReader& script) {
     else
         OpenMesh(script);
     if (script.Has("undoBudget"))
-        session->Geometry().History().SetBudget(script.At("undoBudget").Json().get<uint64_t>());
+        session->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
     if (script.Has("preferences")) RunPreferences(script.At("preferences"));
     if (script.Has("transform")) RunTransform(script.At("transform"));
     if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
@@ -298,20 +303,13 @@ void ScriptRunner::RunLevel(const FieldReader& level) {
     }
 }
 
-void ScriptRunner::RunLayer(const FieldReader& layer) {
-    if (layer.Has("add")) session->AddLayer(layer.At("add").Text());
-    if (layer.Has("select")) {
-        const FieldReader name = layer.At("select");
-        if (!session->SelectLayer(name.Json().is_null() ? std::string() : name.Text()))
-            name.Fail("the bound level has no layer \"" + name.Text() + "\"");
-    }
-    if (!layer.Has("strength") && !layer.Has("writable")) return;
-    if (session->ActiveLayer() == nullptr) layer.Fail("no layer is active on the bound level");
-    if (layer.Has("strength")) session->SetLayerStrength(layer.At("strength").Number());
-    if (layer.Has("writable")) session->ActiveLayer()->SetWritable(layer.At("writable").Flag());
+void ScriptRunner::RunTransform(const FieldReader& transform) {
+    const Placement before = session->Geometry().Place();
+    Place(transform);
+    session->Push(MakeTransformStep(session->Geometry(), before));
 }
 
-void ScriptRunner::RunTransform(const FieldReader& transform) {
+void ScriptRunner::Place(const FieldReader& transform) {
     Placement& place = session->Geometry().Place();
     if (transform.Has("matrix")) {
         Matrix matrix;
@@ -368,6 +366,7 @@ void ScriptRunner::RunPreferences(const FieldReader& preferences) {
         else if (!attribute->SetFromString(QString::fromStdString(value.dump())))
             field.Fail("a value of another kind is needed");
     }
+    session->ApplyUndoSettings();
 }
 
 void ScriptRunner::RunReset(const FieldReader& flag) {

@@ -66,7 +66,11 @@ private:
     void RunLevel(const FieldReader& level);
     void RunLayer(const FieldReader& layer);
     void RunFreeze(const FieldReader& freeze);
+    void ChangeLayer(const FieldReader& layer,
+                     std::shared_ptr<SculptLayer> changed,
+                     const std::function<void(std::unique_ptr<UndoStep>)>& push);
     void RunTransform(const FieldReader& transform);
+    void Place(const FieldReader& transform);
     void RunMirror(const FieldReader& axes);
     void RunCamera(const FieldReader& camera);
     void RunPicture(const FieldReader& picture);

@@ -3,6 +3,7 @@
 
 #include "framework/brushes/StampFiles.h"
 #include "framework/edits/Steps.h"
+#include "framework/edits/UndoPreferences.h"
 #include "framework/errors/HostError.h"
 #include "framework/levels/NoticeRenderer.h"
 #include "framework/nodes/HostKernel.h"
@@ -54,9 +55,9 @@ SculptSession::SculptSession(const std::string& scenePath,
     LoadedScene scene = LoadScene(scenePath, brush.get());
     loaded = std::move(scene.imported);
     geometry = std::move(scene.geometry);
-    layers = std::move(scene.layers);
     settings = std::move(scene.settings);
     notes = std::move(scene.notes);
+    ApplyUndoSettings();
     HostKernel::Instance().Scene()->AddGeometry(geometry.get());
     RebuildLoop();
     UpdateCamera();
@@ -69,7 +70,7 @@ std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scene
 
 void SculptSession::Save(const std::string& scenePath, const SceneStream& header) {
     if (loop->IsActive()) throw HostError(scenePath + ": a stroke is under way; end it first");
-    SaveScene(scenePath, {*geometry, loaded, layers, *brush, settings}, header);
+    SaveScene(scenePath, {*geometry, loaded, *brush, settings}, header);
 }
 
 SculptSession::~SculptSession() {
@@ -82,8 +83,8 @@ void SculptSession::BuildGeometry() {
     earlierTotals = Totals();
     loop.reset();
     tree.reset();
-    layers.clear();
     geometry = std::make_unique<LevelGeometry>(loaded);
+    ApplyUndoSettings();
     HostKernel::Instance().Scene()->AddGeometry(geometry.get());
     RebuildLoop();
 }
@@ -158,6 +159,23 @@ bool SculptSession::Redo() {
     return true;
 }
 
+void SculptSession::Push(std::unique_ptr<UndoStep> step, bool join) {
+    if (step == nullptr) return;
+    step->joinPrevious = join;
+    geometry->History().Push(std::move(step));
+    tree->RefitAll();
+}
+
+void SculptSession::SetUndoBudget(std::optional<uint64_t> bytes) {
+    undoBudget = bytes;
+    ApplyUndoSettings();
+}
+
+void SculptSession::ApplyUndoSettings() {
+    ApplyUndoPreferences(geometry->History());
+    if (undoBudget) geometry->History().SetBudget(*undoBudget);
+}
+
 bool SculptSession::SelectTool(const std::string& name) {
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
         BrushConfiguration* row = BrushOperation::Configuration(i);
@@ -211,34 +229,26 @@ void SculptSession::UpdateCamera() {
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(settings.view.ToWorld());
 }
 
-void SculptSession::AddLayer(const std::string& name) {
-    layers.push_back(std::make_unique<SculptLayer>(geometry->Bound(), name));
-    geometry->Bound()->SetActiveLayer(layers.back().get());
-}
+void SculptSession::AddLayer(const std::string& name) { Push(AddLayerAsStep(*geometry, name)); }
 
 bool SculptSession::SelectLayer(const std::string& name) {
-    if (name.empty()) {
-        geometry->Bound()->SetActiveLayer(nullptr);
-        return true;
-    }
-    for (const auto& layer : layers) {
-        if (layer->Level() != geometry->Bound() || layer->Name() != name) continue;
-        geometry->Bound()->SetActiveLayer(layer.get());
-        return true;
-    }
-    return false;
+    const auto layer = geometry->Layers().Find(geometry->BoundIndex(), name);
+    if (layer == nullptr && !name.empty()) return false;
+    Push(SelectLayerAsStep(*geometry, layer.get()));
+    return true;
 }
 
 void SculptSession::SetLayerStrength(float strength) {
-    ActiveLayer()->SetStrength(strength);
-    RefreshSurface();
+    SculptLayer::Properties given = ActiveLayer()->Given();
+    given.strength = strength;
+    Push(GiveLayerAsStep(*geometry, *ActiveLayer(), given));
 }
 
 void SculptSession::Freeze(const std::function<uint8_t(uint32_t vertex)>& amount) {
     LevelMesh& level = *geometry->Bound();
     const std::vector<uint8_t> before = FreezeAmounts(level);
     for (uint32_t v = 0; v < level.VertexCount(); ++v) level.SetFreeze(v, amount(v));
-    if (auto step = MakeFreezeStep(level, before)) geometry->History().Push(std::move(step));
+    Push(MakeFreezeStep(level, before));
 }
 
 void SculptSession::RefreshSurface() {

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "framework/brushes/StrokePath.h"
-#include "framework/edits/SculptLayer.h"
+#include "framework/edits/LayerStack.h"
 #include "framework/pictures/Picture.h"
 #include "framework/scene/SceneFile.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,14 @@ public:
     /// \return false when there is nothing to take back.
     bool Undo();
     bool Redo();
+    /// Takes the step of something that was done to the geometry, and brings what follows from the
+    /// surface up to date; null for nothing done. \param join  undone together with the step
+    /// before.
+    void Push(std::unique_ptr<UndoStep> step, bool join = false);
+    /// Bytes for the undo history, also after a reset; without, the preference counts.
+    void SetUndoBudget(std::optional<uint64_t> bytes);
+    /// To be called when preferences of the undo history have changed.
+    void ApplyUndoSettings();
     /// Who hears of every call into the brush; null for nobody. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
     /// Reads the tool's stamp where it names one that is there. \return false for a name that is no
@@ -66,11 +75,12 @@ public:
     /// Brings the kernel's camera to the view's place.
     void UpdateCamera();
 
-    /// Adds a layer on the bound level and makes it active.
+    /// Adds a layer on the bound level and makes it active. One step of undo, like the next two.
     void AddLayer(const std::string& name);
     /// By name among the bound level's; empty: none active. \return false for an unknown name.
     bool SelectLayer(const std::string& name);
     SculptLayer* ActiveLayer() const { return geometry->Bound()->ActiveLayer(); }
+    /// Of the active layer.
     void SetLayerStrength(float strength);
     /// Of all levels.
     const std::vector<std::unique_ptr<SculptLayer>>& Layers() const { return layers; }
@@ -99,11 +109,11 @@ private:
     std::unique_ptr<BrushOperation> brush;
     std::unique_ptr<PatchTree> tree;
     std::unique_ptr<StrokeLoop> loop;
-    std::vector<std::unique_ptr<SculptLayer>> layers;
     StrokeTotals earlierTotals;
     SceneSettings settings;
     std::vector<std::string> notes;
     std::vector<float> rendererFactors;
+    std::optional<uint64_t> undoBudget;
     StrokeObserver* observer = nullptr;
 };
 

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/LayerEdit.h"
+
+#include "framework/levels/LevelGeometry.h"
+#include "framework/levels/SameBits.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+bool SameState(const SculptLayer::State& a, const SculptLayer::State& b) {
+    return SameBits(a.rest, b.rest) && SameBits(a.offset, b.offset) && SameBits(a.seen, b.seen);
+}
+
+bool SameProperties(const SculptLayer::Properties& a, const SculptLayer::Properties& b) {
+    return a.name == b.name && SameBits(a.strength, b.strength) && a.visible == b.visible &&
+           a.writable == b.writable;
+}
+
+std::vector<SculptLayer::State> StatesOf(const SculptLayer& layer) {
+    std::vector<SculptLayer::State> states;
+    states.reserve(layer.SlotCount());
+    for (uint32_t slot = 0; slot < layer.SlotCount(); ++slot)
+        states.push_back(layer.StateOfSlot(slot));
+    return states;
+}
+
+}  // namespace
+
+LayerEdit::LayerEdit(LevelGeometry& ofGeometry, uint32_t ofLevel, Reach ofReach)
+    : geometry(ofGeometry),
+      level(ofLevel),
+      mesh(*geometry.Level(level)),
+      reach(ofReach),
+      layers(geometry.Layers().OfLevel(level)),
+      rowsBefore(LayerStep::RowsOf(geometry, level)) {
+    if (const SculptLayer* active = mesh.ActiveLayer()) activeBefore = active->Handle();
+    if (reach == Reach::Properties) return;
+    for (const auto& layer : layers) statesBefore.push_back(StatesOf(*layer));
+    geometry.Layers().Ground(level).Settle(mesh, layers);
+    if (reach != Reach::Surface) return;
+    positionsBefore.resize(mesh.VertexCount());
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positionsBefore[v] = mesh.Position(v);
+    normalsBefore.assign(mesh.vertexNormals.array,
+                         mesh.vertexNormals.array + mesh.vertexNormals.fill);
+}
+
+std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
+    auto step = std::make_unique<LayerStep>();
+    step->label = label;
+    step->level = level;
+    geometry.Layers().SetOfLevel(level, layers);
+    LayerGround& ground = geometry.Layers().Ground(level);
+    if (reach == Reach::Surface)
+        TakeVertices(*step, ground.Compose(mesh, layers));
+    else if (reach == Reach::HiddenFromSurface)
+        ground.Keep(mesh, layers);
+    if (reach != Reach::Properties) TakeEntries(*step);
+    const SculptLayer* active = mesh.ActiveLayer();
+    const bool sameActive = (activeBefore == nullptr ? nullptr : *activeBefore) == active;
+    step->active = std::move(activeBefore);
+    step->rows = std::move(rowsBefore);
+    if (sameActive && step->vertices.empty() && step->entries.empty() && SameRows(*step))
+        return nullptr;
+    step->FindKept(LayerStep::RowsOf(geometry, level));
+    if (!step->vertices.empty()) mesh.ContentChanged();
+    return step;
+}
+
+bool LayerEdit::SameRows(const LayerStep& step) const {
+    return std::equal(step.rows.begin(),
+                      step.rows.end(),
+                      layers.begin(),
+                      layers.end(),
+                      [](const LayerStep::Row& row, const std::shared_ptr<SculptLayer>& layer) {
+                          return row.layer == layer && SameProperties(row.given, layer->Given());
+                      });
+}
+
+void LayerEdit::TakeVertices(LayerStep& step, const std::vector<uint32_t>& around) const {
+    for (const uint32_t vertex : around) {
+        const PackedNormal& normal = normalsBefore[vertex];
+        if (SameBits(mesh.Position(vertex), positionsBefore[vertex]) &&
+            SameBits(mesh.vertexNormals.array[vertex], normal))
+            continue;
+        step.vertices.push_back(vertex);
+        step.positions.push_back(positionsBefore[vertex]);
+        step.normals.push_back({normal.x, normal.y, normal.z});
+    }
+    step.vertices.shrink_to_fit();
+    step.positions.shrink_to_fit();
+    step.normals.shrink_to_fit();
+}
+
+void LayerEdit::TakeEntries(LayerStep& step) const {
+    const auto add = [&step](const std::shared_ptr<SculptLayer>& layer,
+                             const std::vector<SculptLayer::State>& before) {
+        LayerStep::Entries list{layer, {}, {}};
+        for (uint32_t slot = 0; slot < layer->SlotCount(); ++slot) {
+            const SculptLayer::State& now = layer->StateOfSlot(slot);
+            // An entry that was made meanwhile had no offset before.
+            const SculptLayer::State old = slot < before.size()
+                                               ? before[slot]
+                                               : SculptLayer::State{now.seen, Vector(), now.seen};
+            if (SameState(old, now)) continue;
+            list.slots.push_back(slot);
+            list.states.push_back(old);
+        }
+        if (list.slots.empty()) return;
+        list.slots.shrink_to_fit();
+        list.states.shrink_to_fit();
+        step.entries.push_back(std::move(list));
+    };
+    for (std::size_t i = 0; i < rowsBefore.size(); ++i) add(rowsBefore[i].layer, statesBefore[i]);
+}
+
+}  // namespace trovik

@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/LayerGround.h"
+
+#include "framework/levels/SameBits.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+/// Ground plus layers, `without` being left out. `first` to `last` are the layers that touched the
+/// vertex, lowest first.
+template <typename Touch>
+Vector Sum(const Vector& base,
+           const LayerGround::Layers& layers,
+           const Touch* first,
+           const Touch* last,
+           const Touch* without = nullptr) {
+    Vector sum = base;
+    for (const Touch* touch = first; touch != last; ++touch) {
+        if (touch == without) continue;
+        const SculptLayer& layer = *layers[touch->layer];
+        const float strength = layer.PresentStrength();
+        const Vector& offset = layer.StateOfSlot(touch->slot).offset;
+        // Adding zero could turn a -0 into +0.
+        if (strength == 0.0f || offset == Vector()) continue;
+        sum = {
+            sum.x + strength * offset.x, sum.y + strength * offset.y, sum.z + strength * offset.z};
+    }
+    return sum;
+}
+
+Vector PlaceOf(const LayerGround::Knot& knot, const Vector& sum) {
+    return SameBits(sum, knot.sum) ? knot.place : sum;
+}
+
+void Note(LayerGround::Knot& knot, const Vector& sum, const Vector& place) {
+    knot.sum = sum;
+    knot.place = place;
+}
+
+uint64_t Mix(uint64_t hash, float value) {
+    uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    hash = (hash ^ bits) * 0x9e3779b97f4a7c15u;
+    return hash ^ (hash >> 29);
+}
+
+/// Of the positions of all faces around the vertex.
+uint64_t RingHash(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces) {
+    faces.clear();
+    const uint32_t lowest = level.LowestFaceOf(vertex);
+    if (lowest != openBorder) level.FacesAround(vertex, lowest, faces);
+    const uint32_t corners = level.CornersPerFace();
+    uint64_t hash = 0;
+    for (const uint32_t face : faces) {
+        for (uint32_t k = 0; k < corners; ++k) {
+            const Vector p = level.Position(level.faceVertexIndices.array[face * corners + k]);
+            hash = Mix(Mix(Mix(hash, p.x), p.y), p.z);
+        }
+    }
+    return hash;
+}
+
+std::vector<uint32_t> WithNeighbours(LevelMesh& level, const std::vector<uint32_t>& vertices) {
+    std::vector<uint32_t> around = vertices;
+    std::vector<uint32_t> faces;
+    const uint32_t corners = level.CornersPerFace();
+    for (const uint32_t vertex : vertices) {
+        const uint32_t lowest = level.LowestFaceOf(vertex);
+        if (lowest == openBorder) continue;
+        faces.clear();
+        level.FacesAround(vertex, lowest, faces);
+        for (const uint32_t face : faces)
+            for (uint32_t k = 0; k < corners; ++k)
+                around.push_back(level.faceVertexIndices.array[face * corners + k]);
+    }
+    std::sort(around.begin(), around.end());
+    around.erase(std::unique(around.begin(), around.end()), around.end());
+    return around;
+}
+
+bool SameWords(const LayerGround::NotedNormal& noted, const PackedNormal& normal) {
+    return noted.words[0] == normal.x && noted.words[1] == normal.y && noted.words[2] == normal.z;
+}
+
+}  // namespace
+
+std::vector<LayerGround::Touched> LayerGround::TouchedBy(const Layers& layers) {
+    std::vector<Touched> touched;
+    std::size_t count = 0;
+    for (const auto& layer : layers) count += layer->SlotCount();
+    touched.reserve(count);
+    for (uint32_t i = 0; i < layers.size(); ++i)
+        for (uint32_t slot = 0; slot < layers[i]->SlotCount(); ++slot)
+            touched.push_back({layers[i]->VertexOfSlot(slot), i, slot});
+    std::sort(touched.begin(), touched.end(), [](const Touched& a, const Touched& b) {
+        return a.vertex != b.vertex ? a.vertex < b.vertex : a.layer < b.layer;
+    });
+    return touched;
+}
+
+void LayerGround::TakeMove(Knot& knot,
+                           const Layers& layers,
+                           const Touched* first,
+                           const Touched* last,
+                           const Vector& present,
+                           const Vector& expected) {
+    for (const Touched* touch = first; touch != last; ++touch) {
+        const SculptLayer& layer = *layers[touch->layer];
+        const SculptLayer::State& state = layer.StateOfSlot(touch->slot);
+        if (!SameBits(state.seen, present) ||
+            !SameBits(state.rest, Sum(knot.base, layers, first, last, touch)))
+            continue;
+        // A stroke in this layer was the last to move the vertex, so the ground is as it was. Its
+        // sum may be rounded otherwise; or it left the position for later, and there is none yet.
+        if (SameBits(present, layer.Composite(touch->slot)))
+            Note(knot, Sum(knot.base, layers, first, last), present);
+        return;
+    }
+    knot.base = last - first == 1 ? layers[first->layer]->Rest(knot.vertex)
+                                  : knot.base + (present - expected);
+    Note(knot, Sum(knot.base, layers, first, last), present);
+}
+
+void LayerGround::Settle(const LevelMesh& level, const Layers& layers) {
+    const std::vector<Touched> touched = TouchedBy(layers);
+    std::vector<Knot> settled;
+    const Touched* const end = touched.data() + touched.size();
+    std::size_t old = 0;
+    for (const Touched* first = touched.data(); first != end;) {
+        const Touched* last = first + 1;
+        while (last != end && last->vertex == first->vertex) ++last;
+        const uint32_t vertex = first->vertex;
+        const Vector present = level.Position(vertex);
+        while (old < knots.size() && knots[old].vertex < vertex) ++old;
+        Knot knot;
+        knot.vertex = vertex;
+        if (old < knots.size() && knots[old].vertex == vertex) {
+            knot = knots[old];
+            const Vector sum = Sum(knot.base, layers, first, last);
+            const Vector expected = PlaceOf(knot, sum);
+            if (!SameBits(expected, present))
+                TakeMove(knot, layers, first, last, present, expected);
+        } else {
+            knot.base = present;
+            if (last - first == 1) {
+                knot.base = layers[first->layer]->Rest(vertex);
+            } else {
+                knot.base = present + (present - Sum(present, layers, first, last));
+            }
+            Note(knot, Sum(knot.base, layers, first, last), present);
+        }
+        settled.push_back(knot);
+        first = last;
+    }
+    settled.shrink_to_fit();
+    knots = std::move(settled);
+}
+
+std::vector<uint32_t> LayerGround::Compose(LevelMesh& level, const Layers& layers) {
+    const std::vector<Touched> touched = TouchedBy(layers);
+    std::vector<std::pair<uint32_t, Vector>> moves;
+    std::vector<Knot> composed;
+    const Touched* const end = touched.data() + touched.size();
+    const Touched* first = touched.data();
+    const auto compose = [&](Knot& knot, const Touched* last) {
+        const Vector place = PlaceOf(knot, Sum(knot.base, layers, first, last));
+        if (!SameBits(place, level.Position(knot.vertex))) moves.emplace_back(knot.vertex, place);
+        for (const Touched* touch = first; touch != last; ++touch) {
+            SculptLayer& layer = *layers[touch->layer];
+            SculptLayer::State state = layer.StateOfSlot(touch->slot);
+            state.rest = Sum(knot.base, layers, first, last, touch);
+            state.seen = place;
+            layer.SwapState(touch->slot, state);
+        }
+    };
+    std::size_t next = 0;
+    while (first != end || next < knots.size()) {
+        if (next < knots.size() && (first == end || knots[next].vertex < first->vertex)) {
+            // No layer that is left touched this one: it lies on the ground.
+            compose(knots[next], first);
+            composed.push_back(knots[next++]);
+            continue;
+        }
+        const Touched* last = first + 1;
+        while (last != end && last->vertex == first->vertex) ++last;
+        Knot knot;
+        if (next < knots.size() && knots[next].vertex == first->vertex) {
+            knot = knots[next++];
+        } else {
+            knot.vertex = first->vertex;
+            knot.base = knot.sum = knot.place = level.Position(first->vertex);
+        }
+        compose(knot, last);
+        composed.push_back(knot);
+        first = last;
+    }
+    knots = std::move(composed);
+
+    std::vector<uint32_t> vertices;
+    vertices.reserve(moves.size());
+    for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
+    const std::vector<uint32_t> around = WithNeighbours(level, vertices);
+    NoteNormals(level, around);
+    for (const auto& [vertex, place] : moves) level.SetPosition(vertex, place);
+    level.ComputeNormalsOf(around);
+    TakeNotedNormals(level, around);
+    return around;
+}
+
+void LayerGround::Keep(const LevelMesh& level, const Layers& layers) {
+    const std::vector<Touched> touched = TouchedBy(layers);
+    const Touched* const end = touched.data() + touched.size();
+    std::vector<Knot> kept;
+    std::size_t next = 0;
+    for (const Touched* first = touched.data(); first != end;) {
+        const Touched* last = first + 1;
+        while (last != end && last->vertex == first->vertex) ++last;
+        const Vector present = level.Position(first->vertex);
+        while (next < knots.size() && knots[next].vertex < first->vertex) ++next;
+        Knot knot;
+        knot.vertex = first->vertex;
+        knot.base = present;
+        if (next < knots.size() && knots[next].vertex == first->vertex) knot = knots[next];
+        Note(knot, Sum(knot.base, layers, first, last), present);
+        for (const Touched* touch = first; touch != last; ++touch) {
+            SculptLayer& layer = *layers[touch->layer];
+            SculptLayer::State state = layer.StateOfSlot(touch->slot);
+            state.rest = Sum(knot.base, layers, first, last, touch);
+            state.seen = present;
+            layer.SwapState(touch->slot, state);
+        }
+        kept.push_back(knot);
+        first = last;
+    }
+    knots = std::move(kept);
+}
+
+void LayerGround::NoteNormals(LevelMesh& level, const std::vector<uint32_t>& around) {
+    std::vector<PackedNormal> present;
+    present.reserve(around.size());
+    for (const uint32_t vertex : around) present.push_back(level.vertexNormals.array[vertex]);
+    level.ComputeNormalsOf(around);
+    std::vector<NotedNormal> noted;
+    std::vector<uint32_t> faces;
+    std::size_t old = 0;
+    for (std::size_t i = 0; i < around.size(); ++i) {
+        const uint32_t vertex = around[i];
+        while (old < normals.size() && normals[old].vertex < vertex)
+            noted.push_back(normals[old++]);
+        const NotedNormal* before =
+            old < normals.size() && normals[old].vertex == vertex ? &normals[old++] : nullptr;
+        NotedNormal now;
+        now.vertex = vertex;
+        now.words[0] = present[i].x;
+        now.words[1] = present[i].y;
+        now.words[2] = present[i].z;
+        if (!SameWords(now, level.vertexNormals.array[vertex])) {
+            now.ring = RingHash(level, vertex, faces);
+            noted.push_back(now);
+        } else if (before != nullptr && before->ring != RingHash(level, vertex, faces)) {
+            noted.push_back(*before);
+        }
+    }
+    noted.insert(noted.end(), normals.begin() + static_cast<std::ptrdiff_t>(old), normals.end());
+    noted.shrink_to_fit();
+    normals = std::move(noted);
+}
+
+void LayerGround::TakeNotedNormals(LevelMesh& level, const std::vector<uint32_t>& around) const {
+    std::vector<uint32_t> faces;
+    auto noted = normals.begin();
+    for (const uint32_t vertex : around) {
+        while (noted != normals.end() && noted->vertex < vertex) ++noted;
+        if (noted == normals.end()) return;
+        if (noted->vertex != vertex || noted->ring != RingHash(level, vertex, faces)) continue;
+        PackedNormal& normal = level.vertexNormals.array[vertex];
+        normal.x = noted->words[0];
+        normal.y = noted->words[1];
+        normal.z = noted->words[2];
+    }
+}
+
+void LayerGround::Restore(std::vector<Knot> newKnots, std::vector<NotedNormal> newNormals) {
+    knots = std::move(newKnots);
+    normals = std::move(newNormals);
+}
+
+uint64_t LayerGround::Bytes() const {
+    return knots.capacity() * sizeof(Knot) + normals.capacity() * sizeof(NotedNormal);
+}
+
+}  // namespace trovik

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/Steps.h"
+#include "framework/levels/SameBits.h"
+
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+class TransformStep : public UndoStep {
+public:
+    explicit TransformStep(const Placement& placementBefore) : other(placementBefore) {
+        label = "Transform";
+    }
+
+    void Apply(LevelGeometry& geometry) override {
+        const Placement present = geometry.Place();
+        geometry.Place() = other;
+        other = present;
+    }
+
+    uint64_t Bytes() const override { return sizeof(TransformStep) + label.capacity(); }
+
+private:
+    Placement other;
+};
+
+bool Same(const Placement& a, const Placement& b) {
+    Vector scaleA;
+    Vector scaleB;
+    a.Scale(&scaleA);
+    b.Scale(&scaleB);
+    return std::memcmp(&a.ToWorld(), &b.ToWorld(), sizeof(Matrix)) == 0 &&
+           std::memcmp(&a.ToLocal(), &b.ToLocal(), sizeof(Matrix)) == 0 && SameBits(scaleA, scaleB);
+}
+
+}  // namespace
+
+std::unique_ptr<UndoStep> MakeTransformStep(const LevelGeometry& geometry,
+                                            const Placement& placementBefore) {
+    if (Same(geometry.Place(), placementBefore)) return nullptr;
+    return std::make_unique<TransformStep>(placementBefore);
+}
+
+}  // namespace trovik
