@@ -51,7 +51,9 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
     if (keeper->Bytes() <= budget) return;
     // A long way back could open steps faster than they are packed.
     keeper->PackNow(record, keeping.leastPackedBytes);
-    if (keeper->CanSpill()) SpillFarthest();
+    if (!keeper->CanSpill() || keeper->Bytes() <= budget) return;
+    SpillFarthest();
+    keeper->Settle();
 }
 
 bool UndoHistory::Undo(LevelGeometry& geometry) {

@@ -50,10 +50,11 @@ class StepRecord;
 /// A finished step is compressed by a thread of the history's own, quickly at first, and tightly
 /// when enough newer ones lie on it. What is dropped does not depend on how far that thread has
 /// come: where the budget is passed, it is waited for first. Undo and redo wait only for the step
-/// at hand.
+/// at hand; a long way back through the file waits now and then for what goes into it instead.
 ///
-/// Memory: within the budget, but for the newest step if that alone is larger, and for one step at
-/// a time in two forms while it changes from one to the other.
+/// Memory: within the budget, but for the newest step if that alone is larger. While a step is
+/// taken or applied it counts beside the budget, and so does one that changes from one form to
+/// another.
 ///
 /// For one thread. Nothing of this runs during a stroke.
 class TROVIK_API UndoHistory {

@@ -140,8 +140,8 @@ bool RandomBench::MovesByDistance() const {
 }
 
 bool RandomBench::LayerIsMild() const {
-    if (bench->layer == nullptr) return true;
-    return bench->layer->Strength() >= 0.0f && bench->layer->Strength() <= 1.0f;
+    const SculptLayer* layer = bench->Mesh().ActiveLayer();
+    return layer == nullptr || (layer->Strength() >= 0.0f && layer->Strength() <= 1.0f);
 }
 
 void RandomBench::DrawTool() {
