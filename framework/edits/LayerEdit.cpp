@@ -36,12 +36,12 @@ LayerEdit::LayerEdit(LevelGeometry& ofGeometry, uint32_t ofLevel, Reach ofReach)
       level(ofLevel),
       mesh(*geometry.Level(level)),
       reach(ofReach),
-      layers(geometry.Layers().OfLevel(level)),
+      layers(geometry.Layers().OfLevel(mesh)),
       rowsBefore(LayerStep::RowsOf(geometry, level)) {
     if (const SculptLayer* active = mesh.ActiveLayer()) activeBefore = active->Handle();
     if (reach == Reach::Properties) return;
     for (const auto& layer : layers) statesBefore.push_back(StatesOf(*layer));
-    geometry.Layers().Ground(level).Settle(mesh, layers);
+    geometry.Layers().Ground(mesh).Settle(mesh, layers);
     if (reach != Reach::Surface) return;
     positionsBefore.resize(mesh.VertexCount());
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positionsBefore[v] = mesh.Position(v);
@@ -53,8 +53,8 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
     auto step = std::make_unique<LayerStep>();
     step->label = label;
     step->level = level;
-    geometry.Layers().SetOfLevel(level, layers);
-    LayerGround& ground = geometry.Layers().Ground(level);
+    geometry.Layers().SetOfLevel(mesh, layers);
+    LayerGround& ground = geometry.Layers().Ground(mesh);
     if (reach == Reach::Surface)
         TakeVertices(*step, ground.Compose(mesh, layers));
     else if (reach == Reach::HiddenFromSurface)

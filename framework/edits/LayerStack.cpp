@@ -38,16 +38,17 @@ Vector Scaled(float factor, const Vector& v) { return {factor * v.x, factor * v.
 
 }  // namespace
 
-LayerStack::Layers LayerStack::OfLevel(uint32_t level) const {
+LayerStack::Layers LayerStack::OfLevel(const LevelMesh& level) const {
     Layers found;
     for (const auto& layer : layers)
-        if (LevelOf(*layer) == level) found.push_back(layer);
+        if (layer->Level() == &level) found.push_back(layer);
     return found;
 }
 
-std::shared_ptr<SculptLayer> LayerStack::Find(uint32_t level, const std::string& name) const {
+std::shared_ptr<SculptLayer> LayerStack::Find(const LevelMesh& level,
+                                              const std::string& name) const {
     for (auto layer = layers.rbegin(); layer != layers.rend(); ++layer)
-        if (LevelOf(**layer) == level && (*layer)->Name() == name) return *layer;
+        if ((*layer)->Level() == &level && (*layer)->Name() == name) return *layer;
     return nullptr;
 }
 
@@ -57,20 +58,15 @@ std::shared_ptr<SculptLayer> LayerStack::Shared(const SculptLayer* layer) const 
     return nullptr;
 }
 
-void LayerStack::Insert(std::shared_ptr<SculptLayer> layer) {
-    const uint32_t level = LevelOf(*layer);
-    const auto place = std::find_if(
-        layers.begin(), layers.end(), [level](const auto& one) { return LevelOf(*one) > level; });
-    layers.insert(place, std::move(layer));
+void LayerStack::Insert(std::shared_ptr<SculptLayer> layer) { layers.push_back(std::move(layer)); }
+
+void LayerStack::SetOfLevel(const LevelMesh& level, const Layers& newLayers) {
+    std::erase_if(layers, [&level](const auto& one) { return one->Level() == &level; });
+    layers.insert(layers.end(), newLayers.begin(), newLayers.end());
 }
 
-void LayerStack::SetOfLevel(uint32_t level, const Layers& newLayers) {
-    std::erase_if(layers, [level](const auto& one) { return LevelOf(*one) == level; });
-    for (const auto& layer : newLayers) Insert(layer);
-}
-
-const LayerGround* LayerStack::FindGround(uint32_t level) const {
-    const auto found = grounds.find(level);
+const LayerGround* LayerStack::FindGround(const LevelMesh& level) const {
+    const auto found = grounds.find(&level);
     return found == grounds.end() ? nullptr : &found->second;
 }
 
@@ -141,7 +137,7 @@ std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
 }
 
 std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry, SculptLayer& layer) {
-    LayerGround::Layers present = geometry.Layers().OfLevel(LevelOf(layer));
+    LayerGround::Layers present = geometry.Layers().OfLevel(*layer.Level());
     const std::size_t place = PlaceIn(present, layer);
     if (place == 0) throw HostError(Quoted(layer) + " has none below to be merged into");
     SculptLayer& below = *present[place - 1];

@@ -20,26 +20,26 @@ class TROVIK_API LayerStack {
 public:
     using Layers = LayerGround::Layers;
 
-    /// All layers, level by level.
+    /// All layers; those of one level in their order.
     const Layers& All() const { return layers; }
     /// Those of one level, lowest first.
-    Layers OfLevel(uint32_t level) const;
+    Layers OfLevel(const LevelMesh& level) const;
     /// The highest of that name on the level, or null.
-    std::shared_ptr<SculptLayer> Find(uint32_t level, const std::string& name) const;
+    std::shared_ptr<SculptLayer> Find(const LevelMesh& level, const std::string& name) const;
     /// The layer as the stack holds it; null for one of another owner.
     std::shared_ptr<SculptLayer> Shared(const SculptLayer* layer) const;
 
     /// Puts a layer on top of those of its level, for who brings a geometry's content.
     void Insert(std::shared_ptr<SculptLayer> layer);
     /// Replaces the layers of a level.
-    void SetOfLevel(uint32_t level, const Layers& newLayers);
-    LayerGround& Ground(uint32_t level) { return grounds[level]; }
+    void SetOfLevel(const LevelMesh& level, const Layers& newLayers);
+    LayerGround& Ground(const LevelMesh& level) { return grounds[&level]; }
     /// Null where the level has none yet.
-    const LayerGround* FindGround(uint32_t level) const;
+    const LayerGround* FindGround(const LevelMesh& level) const;
 
 private:
     Layers layers;
-    std::map<uint32_t, LayerGround> grounds;
+    std::map<const LevelMesh*, LayerGround> grounds;
 };
 
 /// \name Operations

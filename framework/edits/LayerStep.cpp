@@ -11,7 +11,7 @@ namespace trovik {
 
 std::vector<LayerStep::Row> LayerStep::RowsOf(const LevelGeometry& geometry, uint32_t level) {
     std::vector<Row> rows;
-    for (const auto& layer : geometry.Layers().OfLevel(level))
+    for (const auto& layer : geometry.Layers().OfLevel(*geometry.Level(level)))
         rows.push_back({layer, layer->Given()});
     return rows;
 }
@@ -40,7 +40,7 @@ void LayerStep::Apply(LevelGeometry& geometry) {
         row.layer->Give(row.given);
         layers.push_back(row.layer);
     }
-    geometry.Layers().SetOfLevel(level, layers);
+    geometry.Layers().SetOfLevel(mesh, layers);
     rows.swap(now);
     FindKept(now);
 

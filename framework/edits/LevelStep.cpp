@@ -63,16 +63,6 @@ public:
         return bytes;
     }
 
-    std::vector<StepArray> Arrays() override {
-        std::vector<StepArray> arrays;
-        for (Carried& one : carried) {
-            arrays.emplace_back(one.vertices);
-            arrays.emplace_back(one.positions);
-            arrays.emplace_back(one.normals);
-        }
-        return arrays;
-    }
-
 private:
     static Carried CopyOf(const LevelMesh& mesh) {
         Carried copy{static_cast<uint32_t>(mesh.Index()), {}, {}, {}};
@@ -109,13 +99,12 @@ private:
     static void RestoreBits(LevelGeometry& geometry, uint32_t level) {
         const UndoHistory& history = geometry.History();
         for (std::size_t i = history.Position(); i < history.StepCount(); ++i) {
-            const auto* later = dynamic_cast<const LevelStep*>(&history.Shell(i));
+            const auto* later = dynamic_cast<const LevelStep*>(&history.Step(i));
             if (later == nullptr) continue;
             const auto list = std::find_if(later->carried.begin(),
                                            later->carried.end(),
                                            [&](const Carried& one) { return one.level == level; });
             if (list == later->carried.end()) continue;
-            history.Step(i);  // brings the list's content
             LevelMesh& mesh = *geometry.Level(level);
             for (std::size_t k = 0; k < list->vertices.size(); ++k) {
                 const uint32_t vertex = list->vertices[k];

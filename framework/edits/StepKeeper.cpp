@@ -106,7 +106,7 @@ void StepKeeper::PackNow(const Handle& record, uint64_t leastBytes) {
     if (record->state != StepRecord::State::Open) return;
     const uint64_t arrays = ArrayBytes(record->step->Arrays());
     if (arrays == 0 || arrays < leastBytes) return;
-    Do({record, Task::Pack, record->asking}, lock);
+    Do({record, Task::PackTightly, record->asking}, lock);
 }
 
 void StepKeeper::Tighten(const Handle& record) { Ask(record, Task::Tighten); }
@@ -230,7 +230,10 @@ void StepKeeper::Do(const Job& job, std::unique_lock<std::mutex>& lock) {
     try {
         switch (job.task) {
             case Task::Pack:
-                DoPack(record, lock);
+                DoPack(record, PackMethod::Quick, lock);
+                break;
+            case Task::PackTightly:
+                DoPack(record, PackMethod::Tight, lock);
                 break;
             case Task::Tighten:
                 DoTighten(record, lock);
@@ -246,19 +249,19 @@ void StepKeeper::Do(const Job& job, std::unique_lock<std::mutex>& lock) {
     }
 }
 
-void StepKeeper::DoPack(StepRecord& record, std::unique_lock<std::mutex>& lock) {
+void StepKeeper::DoPack(StepRecord& record, PackMethod method, std::unique_lock<std::mutex>& lock) {
     if (record.state != StepRecord::State::Open) return;
     record.busy = true;
     lock.unlock();
     const std::vector<StepArray> arrays = record.step->Arrays();
     const uint64_t open = ArrayBytes(arrays);
-    std::vector<uint8_t> packed = PackArrays(arrays, PackMethod::Quick);
+    std::vector<uint8_t> packed = PackArrays(arrays, method);
     lock.lock();
     NotePeak(packed.capacity());
     if (packed.capacity() < open) {
         Empty(arrays);
         record.packed = std::move(packed);
-        record.method = PackMethod::Quick;
+        record.method = method;
         record.state = StepRecord::State::Packed;
         SetBytes(record, record.step->Bytes() + record.packed.capacity());
     }

@@ -40,7 +40,7 @@ public:
     /// Asks for the arrays to be packed; nothing happens to a step that has fewer than
     /// `leastBytes` in arrays.
     void Pack(const Handle& record, uint64_t leastBytes);
-    /// The same on this thread, at once.
+    /// The same on this thread, at once and tightly.
     void PackNow(const Handle& record, uint64_t leastBytes);
     /// Asks for a packed step to be packed tightly.
     void Tighten(const Handle& record);
@@ -80,7 +80,7 @@ public:
     std::string SpillPath() const;
 
 private:
-    enum class Task { Pack, Tighten, Spill };
+    enum class Task { Pack, PackTightly, Tighten, Spill };
     struct Job {
         Handle record;
         Task task;
@@ -90,7 +90,7 @@ private:
     void Ask(const Handle& record, Task task);
     void Run(std::stop_token stop);
     void Do(const Job& job, std::unique_lock<std::mutex>& lock);
-    void DoPack(StepRecord& record, std::unique_lock<std::mutex>& lock);
+    void DoPack(StepRecord& record, PackMethod method, std::unique_lock<std::mutex>& lock);
     void DoTighten(StepRecord& record, std::unique_lock<std::mutex>& lock);
     void DoSpill(StepRecord& record, std::unique_lock<std::mutex>& lock);
     /// Withdraws what waits for the record and waits for what is being done to it.

@@ -49,7 +49,8 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
     keeper->Open(record).Apply(geometry);
     keeper->Remeasure(record);
     if (keeper->Bytes() <= budget) return;
-    // A long way back could open steps faster than they are packed.
+    // A long way back could open steps faster than they are packed, and leave them larger than they
+    // were when they lay tightly.
     keeper->PackNow(record, keeping.leastPackedBytes);
     if (!keeper->CanSpill() || keeper->Bytes() <= budget) return;
     SpillFarthest();

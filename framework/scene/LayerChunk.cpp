@@ -122,7 +122,7 @@ void ReadGroundChunk(SceneStream& stream, LevelGeometry& geometry) {
     }
     auto normals = ReadList<LayerGround::NotedNormal>(stream);
     check(normals);
-    geometry.Layers().Ground(level).Restore(std::move(knots), std::move(normals));
+    geometry.Layers().Ground(*geometry.Level(level)).Restore(std::move(knots), std::move(normals));
 }
 
 }  // namespace trovik

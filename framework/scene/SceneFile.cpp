@@ -120,11 +120,13 @@ void SaveScene(const std::string& path, const SceneParts& parts, const SceneStre
         if (HasAttributes(parts.geometry))
             write("SURF", [&](SceneStream& s) { WriteAttributeChunk(s, parts.geometry); });
         const LayerStack& layers = parts.geometry.Layers();
-        for (const auto& layer : layers.All())
-            write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
         for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level) {
-            const LayerGround* ground = layers.FindGround(level);
-            if (ground == nullptr || layers.OfLevel(level).empty()) continue;
+            const LevelMesh& mesh = *parts.geometry.Level(level);
+            const LayerStack::Layers ofLevel = layers.OfLevel(mesh);
+            for (const auto& layer : ofLevel)
+                write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
+            const LayerGround* ground = layers.FindGround(mesh);
+            if (ground == nullptr || ofLevel.empty()) continue;
             write("LGND", [&](SceneStream& s) { WriteGroundChunk(s, level, *ground); });
         }
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });

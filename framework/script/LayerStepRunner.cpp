@@ -13,7 +13,7 @@ void ScriptRunner::RunLayer(const FieldReader& layer) {
         session->Push(std::move(step), geometry.History().Position() != stepsBefore);
     };
     const auto named = [&](const FieldReader& name) {
-        auto found = stack.Find(geometry.BoundIndex(), name.Text());
+        auto found = stack.Find(*geometry.Bound(), name.Text());
         if (found == nullptr) name.Fail("the bound level has no layer \"" + name.Text() + "\"");
         return found;
     };

@@ -232,7 +232,7 @@ void SculptSession::UpdateCamera() {
 void SculptSession::AddLayer(const std::string& name) { Push(AddLayerAsStep(*geometry, name)); }
 
 bool SculptSession::SelectLayer(const std::string& name) {
-    const auto layer = geometry->Layers().Find(geometry->BoundIndex(), name);
+    const auto layer = geometry->Layers().Find(*geometry->Bound(), name);
     if (layer == nullptr && !name.empty()) return false;
     Push(SelectLayerAsStep(*geometry, layer.get()));
     return true;

@@ -169,16 +169,22 @@ TEST_F(LayerStackTest, RemovedLayerCountsOnceAndIsCompressed) {
     Stroke(5000);
     SculptLayer& a = *mesh.ActiveLayer();
     Give(a, 0.5f, true);
-    geometry.History().Settle();
-    const uint64_t before = geometry.History().Bytes();
+    UndoHistory& history = geometry.History();
+    history.SetKeeping({uint64_t{1} << 40, 16});
+    history.Settle();
+    const uint64_t before = history.Bytes();
     const uint64_t layerBytes = a.Bytes();
     Push(RemoveLayerAsStep(geometry, a));
-    const uint64_t atOnce = geometry.History().Bytes();
+    const uint64_t atOnce = history.Bytes();
     EXPECT_GT(atOnce, before + layerBytes);
     EXPECT_LT(atOnce, before + layerBytes + 441 * 22 + 1000);
-    geometry.History().Settle();
-    EXPECT_LT(geometry.History().Bytes(), atOnce);
-    geometry.History().Undo(geometry);
+    history.SetKeeping({});
+    history.Undo(geometry);
+    EXPECT_EQ(a.SlotCount(), 441u);
+    history.Redo(geometry);
+    history.Settle();
+    EXPECT_LT(history.Bytes(), atOnce - layerBytes / 4);
+    history.Undo(geometry);
     EXPECT_EQ(a.SlotCount(), 441u);
 }
 
@@ -189,7 +195,7 @@ TEST_F(LayerStackTest, CopyDisplacesOnceMore) {
     Add("top");
     Push(DuplicateLayerAsStep(geometry, a, "copy"));
     EXPECT_EQ(mesh.Position(7), ground + Vector(0, 0, 2));
-    const auto layers = geometry.Layers().OfLevel(0);
+    const auto layers = geometry.Layers().OfLevel(*geometry.Level(0));
     ASSERT_EQ(layers.size(), 3u);
     EXPECT_EQ(layers[1]->Name(), "copy");
     EXPECT_EQ(mesh.ActiveLayer(), layers[1].get());
@@ -289,8 +295,8 @@ TEST_F(LayerStackTest, OrderNameAndLockAreTakenBack) {
     EXPECT_EQ(names(), "bac");
     geometry.History().Undo(geometry);
     EXPECT_EQ(names(), "abc");
-    EXPECT_EQ(geometry.Layers().Find(0, "b").get(), &b);
-    EXPECT_EQ(geometry.Layers().Find(1, "b"), nullptr);
+    EXPECT_EQ(geometry.Layers().Find(mesh, "b").get(), &b);
+    EXPECT_EQ(geometry.Layers().Find(mesh, "gone"), nullptr);
 }
 
 TEST_F(LayerStackTest, NothingDoneIsNoStep) {
@@ -304,10 +310,10 @@ TEST_F(LayerStackTest, LayersBelongToTheirLevels) {
     Add("coarse");
     geometry.History().Push(SubdivideAsStep(geometry));
     Push(AddLayerAsStep(geometry, "fine"));
-    EXPECT_EQ(geometry.Layers().OfLevel(0).size(), 1u);
-    EXPECT_EQ(geometry.Layers().OfLevel(1).size(), 1u);
+    EXPECT_EQ(geometry.Layers().OfLevel(*geometry.Level(0)).size(), 1u);
+    EXPECT_EQ(geometry.Layers().OfLevel(*geometry.Level(1)).size(), 1u);
     EXPECT_EQ(geometry.Layers().All()[1]->Name(), "fine");
-    EXPECT_EQ(geometry.Layers().Find(0, "fine"), nullptr);
+    EXPECT_EQ(geometry.Layers().Find(*geometry.Level(0), "fine"), nullptr);
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ public:
             const PackedNormal& normal = mesh.vertexNormals.array[v];
             for (const int16_t word : {normal.x, normal.y, normal.z}) Put(word);
         }
-        for (const auto& layer : geometry.Layers().OfLevel(geometry.BoundIndex())) {
+        for (const auto& layer : geometry.Layers().OfLevel(*geometry.Bound())) {
             const SculptLayer::Properties& given = layer->Given();
             bytes.insert(bytes.end(), given.name.begin(), given.name.end());
             Put(given.strength);
@@ -81,7 +81,8 @@ public:
     }
 
     void Edit() {
-        switch (random.Below(10)) {
+        kind = random.Below(10);
+        switch (kind) {
             case 0:
                 Freeze();
                 break;
@@ -97,14 +98,16 @@ public:
                 Layer();
                 break;
             default:
-                // What has been driven apart goes on doing so, up to what is no number.
-                if (Reach() < 100.0f * reach) drawn.Stroke();
+                if (MayStroke()) drawn.Stroke();
                 break;
         }
     }
 
     LevelGeometry& Geometry() { return geometry; }
-    const std::string& Story() const { return drawn.Story(); }
+    std::string Story() const {
+        return drawn.Story() + "; edit of kind " + std::to_string(kind) + ", " +
+               std::to_string(layerKind);
+    }
 
 private:
     float Reach() const {
@@ -116,6 +119,15 @@ private:
             if (!(far <= most)) most = far;
         }
         return most;
+    }
+
+    bool MayStroke() const {
+        // A layer that refuses changes keeps every vertex in place, but the brush makes the normals
+        // under it anew, for which it keeps no records.
+        const SculptLayer* layer = geometry.Bound()->ActiveLayer();
+        if (layer != nullptr && !layer->Writable()) return false;
+        // What has been driven apart goes on doing so, up to what is no number.
+        return Reach() < 100.0f * reach;
     }
 
     void Push(std::unique_ptr<UndoStep> step) {
@@ -134,13 +146,14 @@ private:
     }
 
     void Level() {
-        if (random.Chance(0.3f) && geometry.LevelCount() < 4 &&
-            geometry.Level(geometry.LevelCount() - 1)->faceCount < 3000) {
+        const uint32_t bound = geometry.BoundIndex();
+        const bool isHighest = bound + 1 == geometry.LevelCount();
+        if (isHighest && bound < 3 && geometry.Bound()->faceCount < 3000 && random.Chance(0.3f))
             Push(SubdivideAsStep(geometry));
-            return;
-        }
-        const uint32_t level = random.Below(geometry.LevelCount());
-        if (level != geometry.BoundIndex()) Push(BindLevelAsStep(geometry, level));
+        else if (!isHighest && (bound == 0 || random.Chance(0.5f)))
+            Push(BindLevelAsStep(geometry, bound + 1));
+        else if (bound > 0)
+            Push(BindLevelAsStep(geometry, bound - 1));
     }
 
     void Transform() {
@@ -152,8 +165,8 @@ private:
     }
 
     void Layer() {
-        const auto layers = geometry.Layers().OfLevel(geometry.BoundIndex());
-        const uint32_t what = random.Below(12);
+        const auto layers = geometry.Layers().OfLevel(*geometry.Bound());
+        const uint32_t what = layerKind = random.Below(12);
         if (layers.empty() || what < 2) {
             Push(AddLayerAsStep(geometry, "layer " + std::to_string(++named)));
             return;
@@ -209,6 +222,9 @@ private:
     LevelGeometry& geometry;
     float reach = 0.0f;
     int named = 0;
+    /// Of the edit at hand, for the trace.
+    uint32_t kind = 0;
+    uint32_t layerKind = 0;
 };
 
 TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
@@ -238,7 +254,8 @@ TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
             const UndoStep* before = Newest(history);
             edits.Edit();
             if (Newest(history) != before) states.emplace_back(geometry);
-            ASSERT_TRUE(State(geometry) == states.back()) << "an edit without a step";
+            ASSERT_TRUE(State(geometry) == states.back())
+                << "an edit without a step: " << edits.Story();
             if (random.Chance(0.1f)) {
                 // Back and on from there: what was undone is dropped.
                 for (uint32_t n = random.Below(4); n > 0 && history.Undo(geometry); --n)
