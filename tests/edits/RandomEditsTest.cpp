@@ -263,7 +263,9 @@ TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
                 ASSERT_TRUE(State(geometry) == states.back());
             }
         }
-        SCOPED_TRACE("edits of " + std::to_string(edit) + ": " + edits.Story());
+        std::string labels;
+        for (std::size_t i = 0; i < history.StepCount(); ++i) labels += history.Label(i) + ", ";
+        SCOPED_TRACE("edits of " + std::to_string(edit) + ": " + edits.Story() + ": " + labels);
         while (history.Redo(geometry)) states.emplace_back(geometry);
         steps += states.size() - 1;
         std::size_t now = states.size() - 1;

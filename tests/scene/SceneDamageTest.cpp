@@ -140,7 +140,8 @@ TEST_F(DamagedScene, AMissingChunkIsAnError) {
         std::vector<RawChunk> chunks = scene.chunks;
         const std::string name = chunks[i].name;
         chunks.erase(chunks.begin() + static_cast<std::ptrdiff_t>(i));
-        const bool mayLack = name == "LAYR" || name == "NODE" || name == "SETT" || name == "BRSH";
+        const bool mayLack =
+            name == "LAYR" || name == "LGND" || name == "NODE" || name == "SETT" || name == "BRSH";
         EXPECT_EQ(Read(JoinScene(header, chunks)).empty(), mayLack) << name;
     }
 }

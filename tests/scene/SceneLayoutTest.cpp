@@ -107,8 +107,10 @@ TEST_F(SceneLayout, ChunksStandInTheirOrder) {
                                      "LEVL",
                                      "IMPT",
                                      "LAYR",
+                                     "LGND",
                                      "LAYR",
                                      "LAYR",
+                                     "LGND",
                                      "NODE",
                                      "SETT",
                                      "BRSH",
@@ -166,15 +168,29 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
 }
 
 TEST_F(SceneLayout, ALayerHoldsItsTouchedVertices) {
-    Taker layr(scene.Chunk("LAYR").content);
+    const auto chunk = std::find_if(scene.chunks.begin(), scene.chunks.end(), [](const auto& one) {
+        return one.name == "LAYR" && NumberAt<uint32_t>(one.content, 0) == 2;
+    });
+    ASSERT_NE(chunk, scene.chunks.end());
+    Taker layr(chunk->content);
     EXPECT_EQ(layr.Take<uint32_t>(), 2u);
     EXPECT_EQ(layr.Text(), "fine");
     EXPECT_EQ(layr.Take<float>(), 0.5f);
     EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "writable";
     EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "active";
+    EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "visible";
     const auto count = layr.Take<uint32_t>();
     EXPECT_GT(count, 10u);
     EXPECT_EQ(layr.Left(), count * 40u);
+}
+
+TEST_F(SceneLayout, TheGroundHoldsWhatLiesUnderTheLayers) {
+    Taker ground(scene.Chunk("LGND").content);
+    ground.Take<uint32_t>();
+    const auto knots = ground.Take<uint32_t>();
+    ground.Skip(knots * 40u);
+    const auto normals = ground.Take<uint32_t>();
+    EXPECT_EQ(ground.Left(), normals * 24u);
 }
 
 TEST_F(SceneLayout, TheBrushHoldsItsToolsTheActiveOneLast) {
