@@ -243,6 +243,35 @@ TEST_F(Command, PluginThatIsMissingIsNamed) {
     EXPECT_NE(outcome.error.find(folder.string()), std::string::npos) << outcome.error;
 }
 
+TEST_F(Command, LayerStepsAreTakenBackOneByOne) {
+    WriteFile("s.json",
+              R"({"mesh": "cube.obj", "levels": 3, "preferences": {"Undo File": true}, "steps": [
+        {"layer": {"add": "a"}}, {"tool": "Sculpt", "set": {"radius": 0.5, "strength": 40}},
+        {"stroke": {"surface": [[0.2, 0.1, 1], [0.6, 0.3, 1]]}},
+        {"export": {"file": "1.ply", "world": true}},
+        {"layer": {"duplicate": "b", "strength": -2, "order": 0}},
+        {"layer": {"of": "a", "visible": false}},
+        {"transform": {"scale": 2}},
+        {"export": {"file": "2.ply", "world": true}},
+        {"undo": 3}, {"export": {"file": "3.ply", "world": true}},
+        {"redo": 3}, {"export": {"file": "4.ply", "world": true}},
+        {"save": "s.trovik"},
+        {"layer": {"of": "a", "visible": true, "name": "c"}}, {"layer": {"of": "b", "remove": true}},
+        {"undo": 1}, {"layer": {"of": "c", "mergeDown": true}}, {"undo": 7},
+        {"save": "empty.trovik"}]})");
+    const Outcome outcome = Run("sculpt -q s.json");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_FALSE(ReadAll(folder / "1.ply") == ReadAll(folder / "2.ply"));
+    EXPECT_TRUE(ReadAll(folder / "1.ply") == ReadAll(folder / "3.ply"));
+    EXPECT_TRUE(ReadAll(folder / "2.ply") == ReadAll(folder / "4.ply"));
+    const std::string layers = Run("info s.trovik --json").out;
+    EXPECT_LT(layers.find("\"name\": \"b\""), layers.find("\"name\": \"a\"")) << layers;
+    EXPECT_EQ(Run("info empty.trovik --json").out.find("\"name\": \"a\""), std::string::npos);
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [
+        {"layer": {"add": "a"}}, {"layer": {"mergeDown": true}}]})",
+                      "/steps/1/layer: layer \"a\" has none below to be merged into");
+}
+
 TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
     const std::string first = R"({"tool": "Wax", "set": {"radius": 0.5, "strength": 40}},
         {"layer": {"add": "skin"}}, {"stroke": {"surface": [[0.2, 0.1, 1], [0.6, 0.3, 1]]}})";

@@ -135,7 +135,7 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
     session->Save(path, SceneStream(SceneStream::currentFormat + 1));
     EXPECT_EQ(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
               path +
-                  ": byte 8: the file is of format 331, or damaged; this program reads formats "
+                  ": byte 8: the file is of format 332, or damaged; this program reads formats "
                   "up to 331");
 }
 
