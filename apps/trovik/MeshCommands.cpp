@@ -177,7 +177,7 @@ void Convert(const ConvertOptions& options) {
     }
     const LoadedScene scene = OpenRefined(options.from, options.levels, given);
     const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
-    WriteMeshFile(options.to, LevelSource(*scene.geometry, scene.layers, {false, space}), progress);
+    WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), progress);
 }
 
 struct RenderOptions {

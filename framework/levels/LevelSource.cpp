@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/LevelSource.h"
 
+#include "framework/edits/LayerStack.h"
+
 #include <algorithm>
 
 namespace trovik {
@@ -38,9 +40,7 @@ std::uint32_t FaceAt(const GridCell& cell, std::uint32_t depth) {
 
 }  // namespace
 
-LevelSource::LevelSource(const LevelGeometry& of,
-                         const std::vector<std::unique_ptr<SculptLayer>>& layers,
-                         const Options& options)
+LevelSource::LevelSource(const LevelGeometry& of, const Options& options)
     : geometry(of),
       level(*of.Bound()),
       number(of.BoundIndex()),
@@ -66,19 +66,16 @@ LevelSource::LevelSource(const LevelGeometry& of,
         uvsFollowVertices = !vertexUvs.empty();
     }
     Describe(attributes);
-    AddLayers(layers);
+    AddLayers();
 }
 
-void LevelSource::AddLayers(const std::vector<std::unique_ptr<SculptLayer>>& layers) {
-    for (const auto& layer : layers) {
-        if (layer->Level() == &level && layer->SlotCount() > 0) {
-            blended.push_back(layer.get());
-        }
-    }
+void LevelSource::AddLayers() {
+    for (const auto& layer : geometry.Layers().OfLevel(level))
+        if (layer->SlotCount() > 0) blended.push_back(layer.get());
     for (const SculptLayer* layer : blended) {
         MorphTarget target;
         target.name = layer->Name();
-        target.weight = layer->Strength();
+        target.weight = layer->PresentStrength();
         target.vertices.reserve(layer->SlotCount());
         for (std::uint32_t slot = 0; slot < layer->SlotCount(); ++slot) {
             target.vertices.push_back(layer->VertexOfSlot(slot));
@@ -127,7 +124,7 @@ std::array<float, 3> LevelSource::BasePosition(std::uint32_t vertex) const {
     int touching = 0;
     for (const SculptLayer* layer : blended) {
         if (layer->FindSlot(vertex) != SculptLayer::noSlot) {
-            base = base - layer->Offset(vertex) * layer->Strength();
+            base = base - layer->Offset(vertex) * layer->PresentStrength();
             only = layer;
             ++touching;
         }

@@ -26,11 +26,9 @@ public:
         MeshSpace space;
     };
 
-    /// \param layers  those of the bound level become morph targets, with their strengths as
-    /// weights.
-    LevelSource(const LevelGeometry& geometry,
-                const std::vector<std::unique_ptr<SculptLayer>>& layers,
-                const Options& options);
+    /// The layers of the bound level become morph targets, with their strengths as weights, 0 while
+    /// they are hidden.
+    LevelSource(const LevelGeometry& geometry, const Options& options);
 
     std::array<float, 3> Position(std::uint32_t vertex) const override;
     std::array<float, 3> BasePosition(std::uint32_t vertex) const override;
@@ -48,7 +46,7 @@ private:
 
     std::array<float, 3> Placed(const Vector& position) const;
     std::array<float, 3> PlacedNormal(std::uint32_t vertex) const;
-    void AddLayers(const std::vector<std::unique_ptr<SculptLayer>>& layers);
+    void AddLayers();
     Values BaseValues(std::uint32_t vertex) const;
     /// Calls `take(values)` for each vertex of the level, in order.
     template <typename Take>

@@ -26,7 +26,7 @@ void ScriptRunner::RunExport(const FieldReader& options) {
     } catch (const HostError& refused) {
         options.Fail(refused.what());
     }
-    const LevelSource source(geometry, session->Layers(), {options.FlagOr("world", false), space});
+    const LevelSource source(geometry, {options.FlagOr("world", false), space});
     WriteMeshFile(file, source, progress.file);
     result.files.push_back(file);
 }

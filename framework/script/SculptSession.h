@@ -82,8 +82,6 @@ public:
     SculptLayer* ActiveLayer() const { return geometry->Bound()->ActiveLayer(); }
     /// Of the active layer.
     void SetLayerStrength(float strength);
-    /// Of all levels.
-    const std::vector<std::unique_ptr<SculptLayer>>& Layers() const { return layers; }
 
     /// Freezes vertices of the bound level: amount(vertex) from 0 to 127. One step of undo.
     void Freeze(const std::function<uint8_t(uint32_t vertex)>& amount);

@@ -122,7 +122,7 @@ TEST_F(SameBits, TwiceInOneProcessAndOnceInAnother) {
 TEST_F(SameBits, InEveryBuild) {
     // The value that every build has given so far: optimised or not, with sanitizers or without. A
     // change of it is a change of what strokes do, which the change log tells.
-    EXPECT_EQ(HashOf(RunHere()), 13070916277470558026ull);
+    EXPECT_EQ(HashOf(RunHere()), 16399812658330065399ull);
 }
 
 TEST_F(SameBits, WithDecimalCommas) {
@@ -142,7 +142,9 @@ TEST_F(SameBits, WithDecimalCommas) {
     const std::string here = RunHere();
     std::setlocale(LC_ALL, "C");
     EXPECT_TRUE(here == expected);
-    EXPECT_TRUE(RunElsewhere("LC_ALL=de_DE.UTF-8 LANG=de_DE.UTF-8") == expected);
+    // The C library keeps what it makes of LOCPATH, which a leak check would count.
+    EXPECT_TRUE(RunElsewhere("ASAN_OPTIONS=detect_leaks=0 LC_ALL=de_DE.UTF-8 LANG=de_DE.UTF-8") ==
+                expected);
     unsetenv("LOCPATH");
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshSource.h"
 #include "framework/levels/LevelSource.h"
@@ -129,12 +130,11 @@ TEST(GltfFile, LayersBecomeMorphTargets) {
     LevelGeometry geometry(mesh);
     geometry.Subdivide();
     LevelMesh& level = *geometry.Bound();
-    std::vector<std::unique_ptr<SculptLayer>> layers;
-    layers.push_back(std::make_unique<SculptLayer>(&level, "wrinkles"));
-    layers.push_back(std::make_unique<SculptLayer>(geometry.Level(0), "elsewhere"));
+    geometry.Layers().Insert(std::make_shared<SculptLayer>(&level, "wrinkles"));
+    geometry.Layers().Insert(std::make_shared<SculptLayer>(geometry.Level(0), "elsewhere"));
     const Vector before = level.Position(7);
     const Vector untouched = level.Position(3);
-    SculptLayer& layer = *layers.front();
+    SculptLayer& layer = *geometry.Layers().OfLevel(level).front();
     layer.SetStrength(0.5f);
     Vector out;
     const Vector offsets[] = {{0, 0, 2}, {0.25f, -1, 0}};
@@ -144,7 +144,7 @@ TEST(GltfFile, LayersBecomeMorphTargets) {
 
     const TemporaryFolder folder;
     const std::string path = folder.Path("mesh.glb");
-    WriteMeshFile(path, LevelSource(geometry, layers, {}));
+    WriteMeshFile(path, LevelSource(geometry, {}));
     const std::string content = TemporaryFolder::Content(path);
     const json document = DocumentOf(content);
     const json& shown = document["meshes"][0];

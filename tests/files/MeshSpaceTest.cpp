@@ -106,14 +106,14 @@ TEST(MeshSpace, LevelsConvertBehindTheirTransformation) {
     mesh.attributes.space = {0.01, UpAxis::Z};
     LevelGeometry geometry(mesh);
     geometry.Place().Set({2, 2, 2}, {0, 0, 0}, {0, 0, 100});
-    const LevelSource source(geometry, {}, {true, {1.0, UpAxis::Y}});
+    const LevelSource source(geometry, {true, {1.0, UpAxis::Y}});
     // 1 2 3 doubled and lifted: 2 4 106 in centimetres with z up.
     const Point p = source.Position(4);
     EXPECT_FLOAT_EQ(p[0], 0.02f);
     EXPECT_FLOAT_EQ(p[1], 1.06f);
     EXPECT_FLOAT_EQ(p[2], -0.04f);
     EXPECT_EQ(source.Space(), (MeshSpace{1.0, UpAxis::Y}));
-    EXPECT_EQ(LevelSource(geometry, {}, {}).Position(4), (Point{1, 2, 3}));
+    EXPECT_EQ(LevelSource(geometry, {}).Position(4), (Point{1, 2, 3}));
 }
 
 TEST(UsdFile, EveryPartIsWrittenAsTheFormatAsks) {

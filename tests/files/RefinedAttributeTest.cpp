@@ -35,7 +35,7 @@ PolygonMesh Refined(const PolygonMesh& mesh, int levels) {
     for (int i = 0; i < levels; ++i) {
         geometry.Subdivide();
     }
-    return GatherPolygons(LevelSource(geometry, {}, {}));
+    return GatherPolygons(LevelSource(geometry, {}));
 }
 
 Uvs FaceUvs(const PolygonMesh& mesh, std::size_t face) {
@@ -171,7 +171,7 @@ TEST(RefinedAttributes, TrianglesRefineIntoQuads) {
     LevelGeometry geometry(mesh);
     geometry.Subdivide();
     geometry.Subdivide();
-    const LevelSource source(geometry, {}, {});
+    const LevelSource source(geometry, {});
     ASSERT_TRUE(source.UvsFollowVertices());
     source.ReadVertices(MeshSource::Uvs, [&byVertex](const VertexBlock& block) {
         byVertex.insert(byVertex.end(), block.uvs.begin(), block.uvs.end());
@@ -187,7 +187,7 @@ TEST(RefinedAttributes, FilesOfRefinedLevelsKeepSeamsAndValues) {
     LevelGeometry geometry(TwoQuads());
     geometry.Subdivide();
     geometry.Subdivide();
-    const LevelSource source(geometry, {}, {});
+    const LevelSource source(geometry, {});
     const PolygonMesh gathered = GatherPolygons(source);
     const TemporaryFolder folder;
     for (const char* name : {"fine.obj", "fine.ply"}) {
@@ -225,7 +225,7 @@ TEST(RefinedAttributes, BlocksAreWholeAndInOrder) {
     for (int level = 0; level < 7; ++level) {
         geometry.Subdivide();
     }
-    const LevelSource source(geometry, {}, {});
+    const LevelSource source(geometry, {});
     std::size_t vertices = 0;
     std::size_t largest = 0;
     source.ReadVertices(MeshSource::Positions | MeshSource::Colors, [&](const VertexBlock& block) {

@@ -12,7 +12,7 @@ namespace trovik::test {
 namespace {
 
 PolygonMesh Shown(SculptSession& session) {
-    return GatherPolygons(LevelSource(session.Geometry(), session.Layers(), {}));
+    return GatherPolygons(LevelSource(session.Geometry(), {}));
 }
 
 TEST(SceneAttributes, WhatTheMeshCarriesComesBackWithTheScene) {

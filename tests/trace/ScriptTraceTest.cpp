@@ -247,7 +247,8 @@ TEST_F(ScriptTrace, WholeMeshTellsItsArgumentsAndAllSettings) {
     const auto faces = NpyArray(At("before/m0/level-1/face_vertex_indices.npy")).Values<uint32_t>();
     const auto places = NpyArray(At("before/m0/level-1/positions.npy")).Values<Vector>();
     EXPECT_EQ(static_cast<float>(in["hit"]["position"][0].get<double>()), places[faces[0]].x);
-    for (const auto& [name, value] : Line("BeginStroke")["in"].items()) {
+    const nlohmann::json atBegin = Line("BeginStroke")["in"];
+    for (const auto& [name, value] : atBegin.items()) {
         if (name == "modifier" || name == "trigger") continue;
         EXPECT_EQ(in.value(name, nlohmann::json("absent")), value) << name;
     }
