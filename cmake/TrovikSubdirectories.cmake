@@ -6,9 +6,6 @@
 # the tests of the command, so still configures.
 function(trovik_add_subdirectories)
     foreach(directory IN LISTS ARGN)
-        if(directory IN_LIST TROVIK_SKIP_FOLDERS)
-            continue()
-        endif()
         if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${directory}/CMakeLists.txt")
             add_subdirectory(${directory})
         endif()
