@@ -23,8 +23,8 @@ void WriteGeometryChunk(SceneStream& stream,
                         const std::string& name);
 GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
-/// Chunk LEVL: positions, normals, freeze bytes, face flags of one level, and what the level above
-/// last saw of it.
+/// Chunk LEVL: positions, normals, freeze bytes, face flags of one level, and what the levels above
+/// and below last saw of it.
 void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index);
 
 /// Reads level after level and makes the geometry from them.
@@ -47,14 +47,15 @@ private:
 
     GeometryChunk head;
     std::unique_ptr<LevelGeometry> geometry;
-    std::vector<std::vector<Vector>> seen;
+    std::vector<LevelGeometry::SeenLevel> seen;
 };
 
-/// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is.
+/// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is; or the
+/// whole imported mesh, where level 0 is another by now.
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported);
-/// The imported mesh, of this name, with the faces of level 0.
+/// The imported mesh, of this name.
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name);

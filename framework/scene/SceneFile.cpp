@@ -109,8 +109,11 @@ void SaveScene(const std::string& path, const SceneParts& parts, const SceneStre
         write("IMPT", [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported); });
         if (parts.geometry.Mirror() != nullptr)
             write("TMIR", [&](SceneStream& s) { WriteMirrorChunk(s, parts.geometry); });
-        for (const auto& layer : parts.layers)
-            write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
+        for (const auto& layer : parts.layers) {
+            // Layers of levels that only the undo history holds are no part of the scene.
+            if (parts.geometry.Holds(layer->Level()))
+                write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
+        }
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });
         write("SETT", [&](SceneStream& s) { WriteSettingsChunk(s, parts.settings); });
         write("BRSH", [&](SceneStream& s) { WriteBrushChunk(s, parts.brush); });

@@ -88,6 +88,8 @@ void SculptSession::BuildGeometry() {
 }
 
 void SculptSession::RebuildLoop() {
+    // Layers of levels that nobody can bring back any more.
+    std::erase_if(layers, [](const auto& layer) { return layer->Level() == nullptr; });
     earlierTotals = Totals();
     tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
@@ -132,16 +134,38 @@ void SculptSession::Reset() {
     geometry->Place() = place;
 }
 
-void SculptSession::Subdivide() {
-    geometry->History().Push(SubdivideAsStep(*geometry));
+void SculptSession::PushLevels(std::unique_ptr<UndoStep> step) {
+    geometry->History().Push(std::move(step));
     RebuildLoop();
+}
+
+bool SculptSession::Subdivide(const SubdivideOptions& options) {
+    auto step = SubdivideAsStep(*geometry, options);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
+}
+
+bool SculptSession::DeleteLevels(bool lower) {
+    auto step = DeleteLevelsAsStep(*geometry, lower);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
+}
+
+void SculptSession::Unsubdivide() { PushLevels(UnsubdivideAsStep(*geometry)); }
+
+bool SculptSession::ApplyToBase() {
+    auto step = ApplyToBaseAsStep(*geometry);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
 }
 
 bool SculptSession::BindLevel(uint32_t level) {
     if (level >= geometry->LevelCount()) return false;
     if (level == geometry->BoundIndex()) return true;
-    geometry->History().Push(BindLevelAsStep(*geometry, level));
-    RebuildLoop();
+    PushLevels(BindLevelAsStep(*geometry, level));
     return true;
 }
 

@@ -136,7 +136,7 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
     EXPECT_EQ(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
               path +
                   ": byte 8: the file is of format 331, or damaged; this program reads formats "
-                  "up to 330");
+                  "up to 331");
 }
 
 TEST_F(OldScene, ANewerClassIsRefused) {
