@@ -9,6 +9,8 @@ namespace {
 
 /// Closer than this to opposite, the shortest way is not told by the normals any more.
 constexpr double oppositeMargin = 1e-6;
+/// Normals whose sum falls below this share of the area around cancel, and their sum is noise.
+constexpr double cancelMargin = 1e-2;
 /// Edges whose sums fall below this share of what they could be do not tell an angle.
 constexpr double angleMargin = 1e-9;
 
@@ -25,12 +27,26 @@ bool SurfaceTurn::MakeUnit(Double3& v) {
 }
 
 void SurfaceTurn::AddNormal(const Vector& before, const Vector& after) {
-    normalBefore = {
-        normalBefore.x + before.x, normalBefore.y + before.y, normalBefore.z + before.z};
-    normalAfter = {normalAfter.x + after.x, normalAfter.y + after.y, normalAfter.z + after.z};
+    const Double3 b = Double(before);
+    const Double3 a = Double(after);
+    normalBefore = {normalBefore.x + b.x, normalBefore.y + b.y, normalBefore.z + b.z};
+    normalAfter = {normalAfter.x + a.x, normalAfter.y + a.y, normalAfter.z + a.z};
+    const double lengthBefore = std::sqrt(Dot(b, b));
+    const double lengthAfter = std::sqrt(Dot(a, a));
+    areaBefore += lengthBefore;
+    areaAfter += lengthAfter;
+    if (!(lengthBefore * lengthAfter > largest)) return;
+    largest = lengthBefore * lengthAfter;
+    largestBefore = b;
+    largestAfter = a;
 }
 
 void SurfaceTurn::CloseNormals() {
+    if (std::sqrt(Dot(normalBefore, normalBefore)) < areaBefore * cancelMargin ||
+        std::sqrt(Dot(normalAfter, normalAfter)) < areaAfter * cancelMargin) {
+        normalBefore = largestBefore;
+        normalAfter = largestAfter;
+    }
     const bool hasBefore = MakeUnit(normalBefore);
     const bool hasAfter = MakeUnit(normalAfter);
     turns = hasBefore && hasAfter;

@@ -12,8 +12,10 @@ namespace trovik {
 /// squares over all edges of the ring, so that no edge is preferred and poles of any valence and
 /// borders are treated alike).
 ///
-/// A turn never changes a length, whatever the surface did. Where a state has no normal (no area),
-/// the turn is none; where the edges say nothing about the angle, it is the shortest way alone.
+/// A turn never changes a length, whatever the surface did. Where the normals of the ring's faces
+/// cancel, as where two sheets lie on each other, the face that is largest in both states stands
+/// for them, and noise does not; where there is no area, the turn is none; where the edges say
+/// nothing about the angle, it is the shortest way alone.
 ///
 /// Inside it calculates in double precision: squares of lengths then neither vanish nor overflow.
 class SurfaceTurn {
@@ -54,6 +56,12 @@ private:
 
     Double3 normalBefore;
     Double3 normalAfter;
+    /// Sums of the lengths of what was added, and the normals of the largest face.
+    double areaBefore = 0.0;
+    double areaAfter = 0.0;
+    Double3 largestBefore;
+    Double3 largestAfter;
+    double largest = 0.0;
     /// Cross and dot product of the two normals.
     Double3 axis;
     double cosine = 1.0;

@@ -92,7 +92,6 @@ TEST(LevelRow, LowerLevelsTakeTheShapeVertexForVertex) {
     geometry.BindLevel(2);
     Roughen(*geometry.Bound(), 0.2f, 1);
     const std::vector<Vector> shape = PositionsOf(*geometry.Bound());
-    const std::string before = StateOfAll(geometry);
     geometry.History().Push(ApplyToBaseAsStep(geometry));
     for (uint32_t level = 0; level < 3; ++level) {
         const LevelMesh& mesh = *geometry.Level(level);
@@ -131,7 +130,7 @@ TEST(LevelRow, TheMirrorGoesOnByTheFacesThatAreLeft) {
         ASSERT_TRUE(geometry.FindMirror());
         const auto answers = [&geometry] {
             std::vector<uint32_t> list;
-            LevelMesh& level = *geometry.HighestLevel();
+            LevelMesh& level = *geometry.Level(geometry.LevelCount() - 1);
             for (uint32_t face = 0; face < level.faceCount; ++face) {
                 for (uint32_t k = 0; k < 4; ++k) {
                     uint32_t otherFace = openBorder;

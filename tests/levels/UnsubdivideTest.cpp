@@ -45,10 +45,6 @@ Shuffled Shuffle(const PolygonMesh& mesh, unsigned seed) {
     return result;
 }
 
-Vector At(const PolygonMesh& mesh, uint32_t v) {
-    return {mesh.positions[v][0], mesh.positions[v][1], mesh.positions[v][2]};
-}
-
 /// Each face as its corners' places, beginning with the least, in order.
 std::vector<std::vector<std::array<float, 3>>> FacesInSpace(const PolygonMesh& mesh) {
     std::vector<std::vector<std::array<float, 3>>> faces;
@@ -84,8 +80,6 @@ TEST(Unsubdivide, FindsTheCoarseMeshOfAShuffledRefinement) {
         EXPECT_EQ(FacesInSpace(geometry.ToPolygons(false)), FacesInSpace(shuffled.mesh));
         // On a torus the faces of the refinement do not tell vertices from face points.
         if (IsTorusLike(zoo)) continue;
-        std::vector<std::array<float, 3>> found;
-        std::vector<std::array<float, 3>> expected;
         for (uint32_t v = 0; v < base.VertexCount(); ++v) {
             const Vector fine = geometry.Level(1)->Position(v);
             float nearest = 1e9f;
@@ -189,7 +183,7 @@ TEST(Unsubdivide, TakesFreezeFlagsAndLayersAlongAndUndoBringsTheNumbersBack) {
         EXPECT_EQ(layer.Offset(moved), offset);
         EXPECT_EQ(std::count(oldBase.faceFlags, oldBase.faceFlags + oldBase.faceCount, 0), 1);
         for (uint32_t v = 0; v < top.VertexCount(); ++v)
-            if (top.Freeze(v) == 55) EXPECT_TRUE(SameBits(top.Position(v), topPlace));
+            EXPECT_EQ(top.Freeze(v) == 55, SameBits(top.Position(v), topPlace)) << v;
 
         for (int i = 0; i < 2; ++i) {
             ASSERT_TRUE(geometry.History().Undo(geometry));
