@@ -6,9 +6,8 @@
 #include "framework/memory/MemoryAccount.h"
 #include "framework/script/ScriptRunner.h"
 
-#include <unistd.h>
-
 #include <algorithm>
+#include <unistd.h>
 
 namespace trovik {
 
