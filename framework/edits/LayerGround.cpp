@@ -284,6 +284,14 @@ void LayerGround::TakeNotedNormals(LevelMesh& level, const std::vector<uint32_t>
     }
 }
 
+void LayerGround::Renumber(const std::vector<uint32_t>& map) {
+    for (Knot& knot : knots) knot.vertex = map[knot.vertex];
+    std::sort(knots.begin(), knots.end(), [](const Knot& a, const Knot& b) {
+        return a.vertex < b.vertex;
+    });
+    normals.clear();
+}
+
 void LayerGround::Restore(std::vector<Knot> newKnots, std::vector<NotedNormal> newNormals) {
     knots = std::move(newKnots);
     normals = std::move(newNormals);

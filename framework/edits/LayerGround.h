@@ -50,6 +50,10 @@ public:
     /// positions belong to them as they are now.
     void Keep(const LevelMesh& level, const Layers& layers);
 
+    /// Vertex v of the level has become vertex map[v]. Noted normals go: what they were noted for
+    /// is a sum over faces in the order of the old numbers.
+    void Renumber(const std::vector<uint32_t>& map);
+
     /// For scenes, in order of vertices.
     const std::vector<Knot>& Knots() const { return knots; }
     const std::vector<NotedNormal>& Normals() const { return normals; }

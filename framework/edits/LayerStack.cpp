@@ -70,6 +70,18 @@ const LayerGround* LayerStack::FindGround(const LevelMesh& level) const {
     return found == grounds.end() ? nullptr : &found->second;
 }
 
+void LayerStack::Renumber(const LevelMesh& level, const std::vector<uint32_t>& map) {
+    for (const auto& layer : layers)
+        if (layer->Level() == &level) layer->Renumber(map);
+    const auto ground = grounds.find(&level);
+    if (ground != grounds.end()) ground->second.Renumber(map);
+}
+
+void LayerStack::Forget(const LevelMesh& level) {
+    std::erase_if(layers, [&level](const auto& one) { return one->Level() == &level; });
+    grounds.erase(&level);
+}
+
 std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry, const std::string& name) {
     LayerEdit edit(geometry, geometry.BoundIndex(), LayerEdit::Reach::Properties);
     edit.Layers().push_back(std::make_shared<SculptLayer>(&edit.Mesh(), name));

@@ -36,6 +36,10 @@ public:
     LayerGround& Ground(const LevelMesh& level) { return grounds[&level]; }
     /// Null where the level has none yet.
     const LayerGround* FindGround(const LevelMesh& level) const;
+    /// Vertex v of the level has become vertex map[v].
+    void Renumber(const LevelMesh& level, const std::vector<uint32_t>& map);
+    /// For the level, when it goes: its layers and their ground go with it.
+    void Forget(const LevelMesh& level);
 
 private:
     Layers layers;

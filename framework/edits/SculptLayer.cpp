@@ -26,11 +26,15 @@ Vector Composed(const Vector& rest, float strength, const Vector& offset) {
 SculptLayer::SculptLayer(LevelMesh* ofLevel, const std::string& layerName)
     : level(ofLevel),
       given{layerName, 1.0f, true, true},
-      handle(std::make_shared<SculptLayer*>(this)) {}
+      handle(std::make_shared<SculptLayer*>(this)) {
+    level->Layers().push_back(this);
+}
 
 SculptLayer::~SculptLayer() {
-    if (level->ActiveLayer() == this) level->SetActiveLayer(nullptr);
     *handle = nullptr;
+    if (level == nullptr) return;
+    std::erase(level->Layers(), this);
+    if (level->ActiveLayer() == this) level->SetActiveLayer(nullptr);
 }
 
 Vector* SculptLayer::get(Vector* out, uint32_t layerSlot) const {
@@ -53,14 +57,18 @@ void SculptLayer::set(
     if (out != nullptr) *out = composite;
 }
 
-uint32_t SculptLayer::SlotOf(uint32_t vertex) {
+uint32_t& SculptLayer::PlaceFor(uint32_t vertex) {
     const uint32_t page = vertex >> pageBits;
     if (page >= slotPages.size()) slotPages.resize(page + 1);
     if (slotPages[page] == nullptr) {
         slotPages[page] = std::make_unique_for_overwrite<uint32_t[]>(pageSize);
         std::fill_n(slotPages[page].get(), pageSize, noSlot);
     }
-    uint32_t& slot = slotPages[page][vertex & (pageSize - 1)];
+    return slotPages[page][vertex & (pageSize - 1)];
+}
+
+uint32_t SculptLayer::SlotOf(uint32_t vertex) {
+    uint32_t& slot = PlaceFor(vertex);
     if (slot == noSlot) {
         const Vector position = level->Position(vertex);
         entries.push_back({vertex, {position, Vector(), position}});
@@ -89,6 +97,14 @@ void SculptLayer::SetStrength(float newStrength) {
     for (Entry& entry : entries) TakeForeignMove(entry);
     given.strength = newStrength;
     for (uint32_t slot = 0; slot < SlotCount(); ++slot) Compose(slot);
+}
+
+void SculptLayer::Renumber(const std::vector<uint32_t>& map) {
+    slotPages.clear();
+    for (uint32_t slot = 0; slot < SlotCount(); ++slot) {
+        entries[slot].vertex = map[entries[slot].vertex];
+        PlaceFor(entries[slot].vertex) = slot;
+    }
 }
 
 void SculptLayer::SwapState(uint32_t slot, State& state) { std::swap(entries[slot].state, state); }

@@ -25,7 +25,7 @@ namespace trovik {
 /// holds one.
 class TROVIK_API SculptLayer : public trovik::Layer {
 public:
-    /// Borrows the level, which must outlive the layer.
+    /// Borrows the level. A layer that outlives it must not be used any more.
     SculptLayer(LevelMesh* level, const std::string& name);
     /// The level then has no active layer if it was this one. Positions stay.
     ~SculptLayer() override;
@@ -76,7 +76,12 @@ public:
     void SetStrength(float newStrength);
     void SetWritable(bool on) { given.writable = on; }
     const std::string& Name() const { return given.name; }
+    /// Null when the level is gone: the layer then holds nothing that could be shown again.
     LevelMesh* Level() const { return level; }
+    /// For the level, when it goes.
+    void ForgetLevel() { level = nullptr; }
+    /// Vertex v of the level has become vertex map[v].
+    void Renumber(const std::vector<uint32_t>& map);
 
     /// All that the layer knows of a vertex.
     struct State {
@@ -107,6 +112,8 @@ private:
         uint32_t vertex;
         State state;
     };
+    /// Where the slot of the vertex is told; its page is made at need.
+    uint32_t& PlaceFor(uint32_t vertex);
     Vector PresentRest(const Entry& entry) const;
     void TakeForeignMove(Entry& entry);
 

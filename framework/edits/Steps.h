@@ -13,21 +13,31 @@
 namespace trovik {
 
 /// Binds another level and answers the step of it, not yet pushed. Undo binds the level that was
-/// bound before.
+/// bound before, and every vertex and normal of every level that was carried along gets the bits
+/// that it had; redo brings back those that the carrying gave. So does undo of all steps below.
 ///
-/// Finer levels keep what was carried up into them while a coarser level is bound again: they are
-/// not seen then, and BindLevel carries every further change, taking back included, relative to
-/// it. Only on the way back up past the step that went down, when all coarse changes in between are
-/// taken back, the vertices get the very positions and normals they had, from the steps that
-/// carried. So undo to any point gives the bound level of that point bit for bit. Redo repeats the
-/// carrying from the same numbers.
-///
-/// Cost: that of BindLevel, and 20 bytes a vertex of the levels in between for its time.
+/// Memory: 32 bytes a vertex that was carried, and 16 for each that still waits to be.
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry, uint32_t index);
 
-/// Subdivides and answers the step of it, not yet pushed. Undo binds the level that was bound
-/// before; the new level stays in the geometry, for redo. \throw HostError as Subdivide does.
-TROVIK_API std::unique_ptr<UndoStep> SubdivideAsStep(LevelGeometry& geometry);
+/// Subdivides and answers the step of it, not yet pushed. Undo takes the new level out again and
+/// binds the level that was bound before; the step keeps the level for redo.
+/// \return null when `options.stop` stopped it. \throw HostError as Subdivide does.
+TROVIK_API std::unique_ptr<UndoStep> SubdivideAsStep(LevelGeometry& geometry,
+                                                     const SubdivideOptions& options = {});
+
+/// Deletes the levels above the bound one, or with `lower` those below it: the bound one then is
+/// the base. The step keeps them, with their freeze amounts; layers of a deleted level wait for it
+/// and go when the step goes.
+/// \return null when there is none.
+TROVIK_API std::unique_ptr<UndoStep> DeleteLevelsAsStep(LevelGeometry& geometry, bool lower);
+
+/// Puts a coarser level below the base, of which the base is the refinement; see CoarseFaces.h.
+/// Vertices and faces get new numbers. \throw HostError when the base is no refinement.
+TROVIK_API std::unique_ptr<UndoStep> UnsubdivideAsStep(LevelGeometry& geometry);
+
+/// All levels below the bound one take its shape; see LevelGeometry::ApplyToLowerLevels.
+/// \return null when the bound level is the base, or no vertex moved.
+TROVIK_API std::unique_ptr<UndoStep> ApplyToBaseAsStep(LevelGeometry& geometry);
 
 /// Freeze amounts of all vertices of a level, 0 to 127, for MakeFreezeStep.
 TROVIK_API std::vector<uint8_t> FreezeAmounts(const LevelMesh& level);

@@ -25,7 +25,7 @@ bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
 
 std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
     const LevelMesh& mesh = *change.level;
-    const SculptLayer* layer = change.layer == nullptr ? nullptr : *change.layer;
+    SculptLayer* layer = change.layer == nullptr ? nullptr : *change.layer;
     std::unique_ptr<StrokeStep> step(new StrokeStep());
     step->level = static_cast<uint32_t>(mesh.Index());
     step->layerStrength = change.layerStrength;
@@ -37,9 +37,15 @@ std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
         if (before != change.layerBefore.end() && before->record == i) {
             if (layer != nullptr) {
                 const SculptLayer::State& now = layer->StateOfSlot(record.layerSlot);
-                // What was only seen is no change of the layer.
                 changed = changed || !SameBits(now.offset, before->state.offset);
-                if (changed) step->layerEntries.push_back({record.layerSlot, before->state});
+                if (changed) {
+                    step->layerEntries.push_back({record.layerSlot, before->state});
+                } else {
+                    // What was only seen is no change of the layer; had it taken a move of before
+                    // the stroke into its rest, undoing that move could not bring the rest back.
+                    SculptLayer::State seen = before->state;
+                    layer->SwapState(record.layerSlot, seen);
+                }
             }
             // A record whose making failed after its slot was reserved leaves a second entry.
             while (before != change.layerBefore.end() && before->record == i) ++before;

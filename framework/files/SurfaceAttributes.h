@@ -31,6 +31,13 @@ struct SurfaceAttributes {
     std::vector<std::uint32_t> faceMaterials;
     /// What the numbers of positions mean.
     MeshSpace space;
+
+    /// Bytes held by the lists, names aside.
+    std::uint64_t Bytes() const {
+        return uvs.capacity() * sizeof uvs[0] + colors.capacity() * sizeof colors[0] +
+               (cornerUvs.capacity() + faceGroups.capacity() + faceMaterials.capacity()) *
+                   sizeof(std::uint32_t);
+    }
 };
 
 }  // namespace trovik

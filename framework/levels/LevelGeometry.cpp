@@ -5,10 +5,10 @@
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelRefiner.h"
-#include "framework/levels/SameBits.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace trovik {
 
@@ -32,22 +32,17 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons) : layers(std::make_uni
         const auto& p = uniform.positions[v];
         base->SetPosition(v, {p[0], p[1], p[2]});
     }
-    const uint32_t corners = base->CornersPerFace();
-    FindNeighbours(base->faceVertexIndices, faces, corners, base->baseNeighbours);
-    base->baseVertexFace.SetFill(base->vertexCount, false);
-    std::fill_n(base->baseVertexFace.array, base->vertexCount, openBorder);
-    for (uint32_t slot = faces * corners; slot-- > 0;)
-        base->baseVertexFace.array[base->faceVertexIndices.array[slot]] = slot / corners;
-    // Walks over the vertices of level 0 belong to strokes, which must not allocate by mesh size.
-    base->vertexWalkStamps.SetFill(base->vertexCount, false);
-    std::fill_n(base->vertexWalkStamps.array, base->vertexCount, 0u);
+    base->MakeBaseTables();
     base->ComputeNormals();
     base->SetName(QString::fromStdString(polygons.name));
     levels.push_back(std::move(base));
-    seenPositions.emplace_back();
+    seen.emplace_back();
 }
 
-LevelGeometry::~LevelGeometry() = default;
+LevelGeometry::~LevelGeometry() {
+    // Each tells the stack of layers that it goes, as do those that the history holds.
+    levels.clear();
+}
 
 SubdivisionLevel* LevelGeometry::LowestLevel() const { return levels.front().get(); }
 SubdivisionLevel* LevelGeometry::HighestLevel() const { return levels.back().get(); }
@@ -67,18 +62,15 @@ bool LevelGeometry::FindMirror() {
     return mirror != nullptr;
 }
 
-LevelMesh& LevelGeometry::AddLevel() {
+std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(const std::function<bool()>* stop) const {
     LevelMesh& coarse = *levels.back();
     LevelRefiner refiner(coarse);
+    refiner.SetStop(stop);
     const uint64_t faces = static_cast<uint64_t>(coarse.faceCount) * coarse.CornersPerFace();
     const uint64_t vertices = refiner.CountFineVertices();
-    // Four indices a face must be countable too.
-    if (vertices > mostElements || faces * 4 > mostElements) {
-        throw HostError("subdividing to level " + std::to_string(levels.size()) + " would give " +
-                        std::to_string(faces) + " faces; a level holds at most " +
-                        std::to_string(mostElements / 4));
-    }
-    auto fine = std::unique_ptr<LevelMesh>(new LevelMesh(this, static_cast<int>(levels.size())));
+    CheckForecast(1, std::numeric_limits<uint64_t>::max());
+    auto* owner = const_cast<LevelGeometry*>(this);
+    auto fine = std::unique_ptr<LevelMesh>(new LevelMesh(owner, static_cast<int>(levels.size())));
     try {
         fine->AllocateFaces(static_cast<uint32_t>(faces), 1);
         fine->AllocateVertices(static_cast<uint32_t>(vertices));
@@ -95,28 +87,84 @@ LevelMesh& LevelGeometry::AddLevel() {
     }
     std::fill_n(fine->vertexNormals.array, fine->vertexCount, PackedNormal{0, 0, 0, 0});
     refiner.RefineTopology(*fine);
-    levels.push_back(std::move(fine));
-    seenPositions.emplace_back();
+    return fine;
+}
+
+LevelMesh& LevelGeometry::AddLevel() {
+    levels.push_back(MakeLevel(nullptr));
+    seen.emplace_back();
     return *levels.back();
 }
 
-void LevelGeometry::Subdivide() {
-    if (bound + 1 != levels.size()) BindLevel(LevelCount() - 1);
+bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
+    CheckForecast(1, options.byteBudget);
+    LevelSwitch before = SwitchLevel(LevelCount() - 1);
     LevelMesh& coarse = *levels.back();
-    LevelMesh& target = AddLevel();
-    LevelRefiner(coarse).RefinePositions(target,
-                                         [&target](uint32_t vertex, const Vector& position) {
-                                             target.SetPosition(vertex, position);
-                                         });
-    CarryFreeze(coarse, target);
+    std::unique_ptr<LevelMesh> made;
+    try {
+        const std::function<bool()>* stop = options.stop ? &options.stop : nullptr;
+        made = MakeLevel(stop);
+        LevelMesh& target = *made;
+        LevelRefiner refiner(coarse);
+        refiner.SetStop(stop);
+        refiner.RefinePositions(target, [&target](uint32_t vertex, const Vector& position) {
+            target.SetPosition(vertex, position);
+        });
+        CarryFreeze(coarse, target);
+        target.ComputeNormals();
+    } catch (const LevelRefiner::Stopped&) {
+        Exchange(before);
+        return false;
+    } catch (...) {
+        Exchange(before);
+        throw;
+    }
+    levels.push_back(std::move(made));
+    seen.emplace_back();
+    DropUnchanged(bound);
+    // The new level is what the present positions give: it has seen them.
+    seen[bound].fromAbove.clear();
     bound = LevelCount() - 1;
-    target.ComputeNormals();
+    KeepSeen(bound);
+    return true;
 }
 
-void LevelGeometry::Restore(uint32_t boundIndex, std::vector<std::vector<Vector>> seen) {
-    bound = boundIndex;
-    seenPositions = std::move(seen);
-    seenPositions.resize(levels.size());
+LevelForecast LevelGeometry::Forecast(uint32_t times) const {
+    const LevelMesh& top = *levels.back();
+    uint64_t corners = top.CornersPerFace();
+    uint64_t faces = top.faceCount;
+    uint64_t vertices = top.VertexCount();
+    uint64_t edges = LevelRefiner(*levels.back()).CountFineVertices() - vertices - faces;
+    LevelForecast forecast;
+    for (uint32_t i = 0; i < times && faces <= mostElements; ++i) {
+        vertices += edges + faces;
+        edges = 2 * edges + corners * faces;
+        faces *= corners;
+        corners = 4;
+        forecast.bytes += faces * LevelForecast::bytesPerFace +
+                          vertices * (LevelForecast::bytesPerVertex + sizeof(Vector));
+        ++forecast.levels;
+    }
+    forecast.faces = faces;
+    forecast.vertices = vertices;
+    return forecast;
+}
+
+void LevelGeometry::CheckForecast(uint32_t times, uint64_t byteBudget) const {
+    const LevelForecast forecast = Forecast(times);
+    const std::string level = std::to_string(levels.size() - 1 + forecast.levels);
+    // Four indices a face must be countable too.
+    if (forecast.vertices > mostElements || forecast.faces > mostElements / 4) {
+        throw HostError("subdividing to level " + level + " would give " +
+                        std::to_string(forecast.faces) + " faces; a level holds at most " +
+                        std::to_string(mostElements / 4));
+    }
+    if (forecast.bytes > byteBudget) {
+        throw HostError(
+            "subdividing to level " + level + " would give " + std::to_string(forecast.faces) +
+            " faces and " + std::to_string(forecast.vertices) + " vertices and take " +
+            std::to_string(forecast.bytes) + " bytes; the budget is " + std::to_string(byteBudget));
+    }
 }
 
 // A new vertex takes the rounded mean of those it lies between.
@@ -146,76 +194,6 @@ std::vector<Vector> LevelGeometry::RefinedPositions(uint32_t index) const {
         .RefinePositions(fine,
                          [&positions](uint32_t vertex, const Vector& p) { positions[vertex] = p; });
     return positions;
-}
-
-void LevelGeometry::KeepSeen(uint32_t index) {
-    if (index + 1 >= levels.size() || !seenPositions[index].empty()) return;
-    const LevelMesh& level = *levels[index];
-    seenPositions[index].resize(level.VertexCount());
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) seenPositions[index][v] = level.Position(v);
-}
-
-LevelGeometry::Moved LevelGeometry::CarryUp(uint32_t index) {
-    LevelMesh& coarse = *levels[index];
-    LevelMesh& fine = *levels[index + 1];
-    Moved moved{index + 1, {}, {}};
-    std::vector<Vector> seen = std::move(seenPositions[index]);
-    seenPositions[index].clear();
-    bool changed = false;
-    for (uint32_t v = 0; v < coarse.VertexCount() && !changed; ++v)
-        changed = !SameBits(seen[v], coarse.Position(v));
-    if (!changed) return moved;
-
-    // Both refinements by the same code, so that where nothing changed they agree to the bit.
-    const std::vector<Vector> after = RefinedPositions(index);
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
-        const Vector present = coarse.Position(v);
-        coarse.SetPosition(v, seen[v]);
-        seen[v] = present;
-    }
-    const std::vector<Vector> before = RefinedPositions(index);
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) coarse.SetPosition(v, seen[v]);
-
-    KeepSeen(index + 1);
-    for (uint32_t v = 0; v < fine.VertexCount(); ++v) {
-        if (SameBits(before[v], after[v])) continue;
-        const Vector place = fine.Position(v);
-        moved.vertices.push_back(v);
-        moved.positionsBefore.push_back(place);
-        fine.SetPosition(v, place + (after[v] - before[v]));
-    }
-    RefreshNormalsAround(fine, moved.vertices);
-    return moved;
-}
-
-void LevelGeometry::RefreshNormalsAround(LevelMesh& level, const std::vector<uint32_t>& vertices) {
-    std::vector<uint32_t> faces;
-    std::vector<uint32_t> touched;
-    const uint32_t corners = level.CornersPerFace();
-    for (const uint32_t vertex : vertices) {
-        const uint32_t lowest = level.LowestFaceOf(vertex);
-        if (lowest == openBorder) continue;
-        faces.clear();
-        level.FacesAround(vertex, lowest, faces);
-        for (const uint32_t face : faces)
-            for (uint32_t k = 0; k < corners; ++k)
-                touched.push_back(level.faceVertexIndices.array[face * corners + k]);
-    }
-    std::sort(touched.begin(), touched.end());
-    touched.erase(std::unique(touched.begin(), touched.end()), touched.end());
-    level.ComputeNormalsOf(touched);
-}
-
-std::vector<LevelGeometry::Moved> LevelGeometry::BindLevel(uint32_t index) {
-    std::vector<Moved> moved;
-    for (uint32_t level = bound; level < index; ++level) {
-        if (seenPositions[level].empty()) continue;
-        Moved carried = CarryUp(level);
-        if (!carried.vertices.empty()) moved.push_back(std::move(carried));
-    }
-    bound = index;
-    KeepSeen(index);
-    return moved;
 }
 
 PolygonMesh LevelGeometry::ToPolygons(bool world) const {

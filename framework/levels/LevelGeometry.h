@@ -3,11 +3,15 @@
 
 #include "framework/edits/UndoHistory.h"
 #include "framework/files/PolygonMesh.h"
+#include "framework/levels/CoarseFaces.h"
 #include "framework/levels/GeometryObserver.h"
 #include "framework/levels/LevelMesh.h"
+#include "framework/levels/LevelSwitch.h"
 #include "framework/levels/Placement.h"
+#include "framework/levels/SubdivideOptions.h"
 #include "framework/levels/TopologicalMirror.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -32,26 +36,75 @@ public:
 
     uint32_t LevelCount() const { return static_cast<uint32_t>(levels.size()); }
     LevelMesh* Level(uint32_t index) const { return levels[index].get(); }
+    /// Whether the level is one of the row now, and not taken out.
+    bool Holds(const LevelMesh* level) const;
     LevelMesh* Bound() const { return levels[bound].get(); }
     uint32_t BoundIndex() const { return bound; }
     Placement& Place() { return placement; }
     const Placement& Place() const { return placement; }
 
     /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
-    /// it. Freeze amounts are carried up. \throw HostError when the level would pass 2^32 - 2
-    /// vertices or faces, or when the accounted memory refuses; nothing has changed then.
-    void Subdivide();
+    /// it. Freeze amounts are carried up.
+    /// \return false when `options.stop` answered true; nothing has changed then.
+    /// \throw HostError when the level would pass 2^32 - 2 vertices or faces or the byte budget, or
+    /// when the accounted memory refuses; nothing has changed then.
+    bool Subdivide(const SubdivideOptions& options = {});
+    /// What `times` more levels would hold. Cost: O(faces) of the highest level.
+    LevelForecast Forecast(uint32_t times = 1) const;
+    /// \throw HostError "subdividing to level L would give F faces and V vertices and take B bytes;
+    /// the budget is N" when `times` more levels would take more, or when the highest of them could
+    /// not be counted.
+    void CheckForecast(uint32_t times, uint64_t byteBudget) const;
 
-    /// Binds another level. What was changed on a lower level since the levels above last saw it
-    /// is carried up: a fine vertex moves by the difference of its refined place. With no change
-    /// in between, no bit of any level changes. \return the vertices of the newly bound level that
-    /// moved, with their positions before (for undo).
-    struct Moved {
-        uint32_t level;
-        std::vector<uint32_t> vertices;
-        std::vector<Vector> positionsBefore;
+    /// Binds another level. What was changed since on the levels in between is carried along: to
+    /// coarser levels by fitting, to finer ones by turning their detail with the surface; see
+    /// DetailCarrier. With no change, no bit of any level changes.
+    /// \return what happened to levels on the way.
+    std::vector<CarriedLevel> BindLevel(uint32_t index);
+    /// The same, and answers what Exchange needs to go back.
+    LevelSwitch SwitchLevel(uint32_t index);
+    /// Each level below the bound one takes the bound level's shape: a vertex goes to where the
+    /// bound level has it. The bound level and those above keep their bits; what the refinement of
+    /// the new shape cannot show is their detail.
+    LevelSwitch ApplyToLowerLevels();
+    /// Swaps the present state of the levels with the one that `other` tells, bit for bit. The
+    /// state must be that which came from it, or the one before.
+    void Exchange(LevelSwitch& other);
+    /// How the levels know each other now, and which is bound; for Exchange.
+    LevelSwitch StateOfSwitch() const;
+    const CarryCounts& CarryWork() const { return carryWork; }
+
+    /// Levels that were taken out of the geometry, which still owns all else.
+    struct TakenLevels {
+        bool lower = false;
+        std::vector<std::unique_ptr<LevelMesh>> levels;
+        std::unique_ptr<TopologicalMirror> mirror;
+        SurfaceAttributes attributes;
     };
-    std::vector<Moved> BindLevel(uint32_t index);
+    /// Takes out the levels above level `kept`, or with `lower` those below it, which then is level
+    /// 0; a mirror that was found goes on by its faces, and what the old level 0 carried is refined
+    /// to it. The bound level must stay. No stroke may be
+    /// open.
+    TakenLevels TakeLevels(bool lower, uint32_t kept);
+    /// Puts back what TakeLevels took, when the rest is as it was then.
+    void PutLevels(TakenLevels taken);
+
+    /// What belonged to a level 0 that has become another level.
+    struct OfOldBase {
+        std::unique_ptr<TopologicalMirror> mirror;
+        SurfaceAttributes attributes;
+    };
+    /// Makes a new level 0 of which the present one is the Catmull-Clark refinement by its faces,
+    /// and renumbers faces and vertices of all levels by it; the bound level stays bound.
+    /// Positions, normals, freeze amounts and face flags go with their vertices and faces, to the
+    /// bit; so do the layers. A mirror that was found goes on by the new faces, and so does what
+    /// the surface carries (AttributesOfCoarse). No stroke may be open. \param coarse  found for
+    /// the present level 0 by FindCoarseFaces; is completed. \param known  what TakeCoarserBase
+    /// answered; null for a level fitted to the present one. \return what was before.
+    OfOldBase PutCoarserBase(CoarseFaces& coarse, std::unique_ptr<LevelMesh> known = nullptr);
+    /// Takes level 0 out again and numbers the levels as they were. Where there is a mirror, the
+    /// old one takes its place.
+    std::unique_ptr<LevelMesh> TakeCoarserBase(const CoarseFaces& coarse, OfOldBase old);
 
     /// Number of vertices that one more level would have. Cost: O(faces).
     uint64_t CountNextLevelVertices() const;
@@ -59,10 +112,17 @@ public:
     /// and freeze amounts are zero, and no other level is bound. \throw HostError as Subdivide.
     LevelMesh& AddLevel();
     /// Positions of level `index` as the level above last saw them; empty while unchanged since.
-    const std::vector<Vector>& SeenPositions(uint32_t index) const { return seenPositions[index]; }
-    /// For who brings a geometry's content: binds the level, carries nothing up, and takes over
-    /// what the levels above last saw. \param seen  per level empty, or one a vertex.
-    void Restore(uint32_t boundIndex, std::vector<std::vector<Vector>> seen);
+    const std::vector<Vector>& SeenPositions(uint32_t index) const { return seen[index].fromAbove; }
+    /// Positions of level `index` as the level below last saw them; empty while unchanged since.
+    const std::vector<Vector>& SeenFromBelow(uint32_t index) const { return seen[index].fromBelow; }
+    /// Positions of one level as its neighbours know them; empty, or one a vertex.
+    struct SeenLevel {
+        std::vector<Vector> fromAbove;
+        std::vector<Vector> fromBelow;
+    };
+    /// For who brings a geometry's content: binds the level, carries nothing, and takes over what
+    /// the levels know of each other. \param seenLevels  per level.
+    void Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLevels);
 
     /// One Catmull-Clark refinement of level `index`'s present positions: the positions that the
     /// level above would have with no detail of its own.
@@ -98,24 +158,33 @@ public:
 
 private:
     static void CarryFreeze(LevelMesh& coarse, LevelMesh& fine);
-    static void RefreshNormalsAround(LevelMesh& level, const std::vector<uint32_t>& vertices);
-    /// Takes down what the level above knows of level `index`, before it can change.
+    std::unique_ptr<LevelMesh> MakeLevel(const std::function<bool()>* stop) const;
+    /// Takes down what the neighbours know of level `index`, before it can change.
     void KeepSeen(uint32_t index);
-    /// Brings level `index` + 1 up to date with what was changed below it.
-    Moved CarryUp(uint32_t index);
+    /// Forgets what was taken down of a level that did not change.
+    void DropUnchanged(uint32_t index);
+    void CarryUp(uint32_t index, std::vector<CarriedLevel>& carried);
+    void CarryDown(uint32_t index, std::vector<CarriedLevel>& carried);
+    void Renumber(uint32_t index,
+                  const std::vector<uint32_t>& vertexMap,
+                  const std::vector<uint32_t>& faceMap);
+    /// Numbers the levels from `first` on by the one below it. \return the first's new numbers.
+    std::vector<uint32_t> RenumberLevels(uint32_t first,
+                                         FaceRenumbering faces,
+                                         std::vector<uint32_t> lowerMap);
+    void NumberLevels();
 
     std::vector<std::unique_ptr<LevelMesh>> levels;
     uint32_t bound = 0;
     Placement placement;
     SurfaceAttributes attributes;
-    /// Ends before the levels that its layers borrow, as the steps do that hold layers.
+    /// Outlives the history and all levels, which tell it when they go.
     std::unique_ptr<LayerStack> layers;
     UndoHistory history;
     GeometryObserver* observer = nullptr;
     std::unique_ptr<TopologicalMirror> mirror;
-    /// Per level but the highest: positions as the level above last saw them; empty while unchanged
-    /// since.
-    std::vector<std::vector<Vector>> seenPositions;
+    std::vector<SeenLevel> seen;
+    CarryCounts carryWork;
 };
 
 }  // namespace trovik

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/LevelMesh.h"
 
+#include "framework/edits/LayerStack.h"
 #include "framework/edits/LevelChange.h"
-#include "framework/edits/SculptLayer.h"
+#include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelGeometry.h"
 
 #include <algorithm>
@@ -10,7 +11,10 @@
 namespace trovik {
 
 LevelMesh::LevelMesh(LevelGeometry* geometry, int number) : owner(geometry), index(number) {}
-LevelMesh::~LevelMesh() = default;
+LevelMesh::~LevelMesh() {
+    owner->Layers().Forget(*this);
+    for (SculptLayer* layer : layers) layer->ForgetLevel();
+}
 
 void LevelMesh::AllocateFaces(uint32_t faces, int32_t type) {
     meshType = type;
@@ -27,6 +31,24 @@ void LevelMesh::AllocateVertices(uint32_t count) {
     vertexCount = count;
     vertices.SetFill(count, false);
     std::fill_n(vertices.array, count, Vertex{});
+}
+
+void LevelMesh::MakeBaseTables() {
+    const uint32_t corners = CornersPerFace();
+    FindNeighbours(faceVertexIndices, faceCount, corners, baseNeighbours);
+    baseVertexFace.SetFill(vertexCount, false);
+    std::fill_n(baseVertexFace.array, vertexCount, openBorder);
+    for (uint32_t slot = faceCount * corners; slot-- > 0;)
+        baseVertexFace.array[faceVertexIndices.array[slot]] = slot / corners;
+    // Walks over the vertices of level 0 belong to strokes, which must not allocate by mesh size.
+    vertexWalkStamps.SetFill(vertexCount, false);
+    std::fill_n(vertexWalkStamps.array, vertexCount, 0u);
+    vertexWalk = 0;
+}
+
+void LevelMesh::DropBaseTables() {
+    baseNeighbours.Clear();
+    baseVertexFace.Clear();
 }
 
 MeshChange* LevelMesh::StartChange() { return new LevelChange(this); }

@@ -99,6 +99,9 @@ public:
     /// Active layer of this level or null. Not owned.
     void SetActiveLayer(SculptLayer* layer) { activeLayer = layer; }
     SculptLayer* ActiveLayer() const { return activeLayer; }
+    /// Every layer that borrows this level, in a stack or in an undo step, each of which registers
+    /// itself. Not owned. A layer that outlives its level is told so (SculptLayer::Level).
+    std::vector<SculptLayer*>& Layers() { return layers; }
 
     /// The change that is linked now, or null.
     LevelChange* OpenChange() const { return openChange; }
@@ -125,6 +128,10 @@ private:
     LevelMesh(LevelGeometry* geometry, int number);
     void AllocateFaces(uint32_t faces, int32_t type);
     void AllocateVertices(uint32_t count);
+    /// What level 0 stores beside its faces: who lies across their sides, and a face of each
+    /// vertex.
+    void MakeBaseTables();
+    void DropBaseTables();
     /// Marks a walk; at its end, by return or exception, the observer hears of it.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
@@ -139,6 +146,7 @@ private:
     bool lockable = true;
     MeshUnlocker* lockHolder = nullptr;
     SculptLayer* activeLayer = nullptr;
+    std::vector<SculptLayer*> layers;
     LevelChange* openChange = nullptr;
     Store<uint8_t> faceFlagStore;
     /// Level 0 only: for each corner slot of a face the packed neighbour across that side.

@@ -32,6 +32,7 @@ void LevelRefiner::RefineTopology(LevelMesh& fine) {
         return side * 4 + (corners == 4 ? (side + 1) & 3u : 1u);
     };
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
+        AskStop(face);
         uint32_t edge[4];
         for (uint32_t side = 0; side < corners; ++side) {
             const uint32_t neighbour = coarse.QuadEdgeNeighbour(face, side);

@@ -3,6 +3,8 @@
 
 #include "framework/levels/LevelMesh.h"
 
+#include <functional>
+
 namespace trovik {
 
 /// One Catmull-Clark step (Catmull and Clark, "Recursively generated B-spline surfaces on arbitrary
@@ -11,6 +13,11 @@ namespace trovik {
 class LevelRefiner {
 public:
     explicit LevelRefiner(LevelMesh& coarseLevel);
+
+    /// Thrown out of the refining when whoever waits for it asked to stop.
+    struct Stopped {};
+    /// Asked now and then during the refining; null for nobody. Borrowed.
+    void SetStop(const std::function<bool()>* askedToStop) { stop = askedToStop; }
 
     uint32_t FineFaceCount() const;
     /// Vertices of the level above. Cost: O(faces).
@@ -26,6 +33,12 @@ public:
 private:
     bool OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const;
 
+    void AskStop(uint32_t at) const {
+        if (stop != nullptr && at % stopInterval == 0 && (*stop)()) throw Stopped();
+    }
+
+    static constexpr uint32_t stopInterval = 1u << 14;
+    const std::function<bool()>* stop = nullptr;
     LevelMesh& coarse;
     uint32_t corners;
 };

@@ -26,6 +26,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place) {
         return centre * share;
     };
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
+        AskStop(face);
         const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
         const Vector centre = centreOf(face);
         const uint32_t* children = fine.faceVertexIndices.array + face * corners * 4;
@@ -54,6 +55,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place) {
         }
     }
     for (uint32_t vertex = 0; vertex < coarse.VertexCount(); ++vertex) {
+        AskStop(vertex);
         const Sum& sum = sums[vertex];
         const Vector p = coarse.Position(vertex);
         if (sum.faces == 0) {

@@ -42,8 +42,8 @@ std::uint32_t FaceAt(const GridCell& cell, std::uint32_t depth) {
 
 LevelSource::LevelSource(const LevelGeometry& of, const Options& options)
     : geometry(of),
-      level(*of.Bound()),
-      number(of.BoundIndex()),
+      level(*of.Level(options.level.value_or(of.BoundIndex()))),
+      number(static_cast<std::uint32_t>(level.Index())),
       baseCorners(of.Level(0)->CornersPerFace()),
       world(options.world),
       conversion(of.Attributes().space, options.space) {

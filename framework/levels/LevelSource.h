@@ -7,11 +7,12 @@
 #include "framework/levels/LevelGeometry.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace trovik {
 
-/// The bound level of a geometry as a source for files, straight from the level's arrays, with what
+/// A level of a geometry as a source for files, straight from the level's arrays, with what
 /// level 0 carries refined to it (AttributeRefinement.h). Borrows the geometry and the layers.
 ///
 /// The list of UVs of a level above 0 has, for each quad of the lowest quad level (level 0, or
@@ -24,9 +25,11 @@ public:
         bool world = false;
         /// The space to hand numbers out in, where the mesh knows its own.
         MeshSpace space;
+        /// Which level; without, the bound one.
+        std::optional<std::uint32_t> level = {};
     };
 
-    /// The layers of the bound level become morph targets, with their strengths as weights, 0 while
+    /// The layers of the level become morph targets, with their strengths as weights, 0 while
     /// they are hidden.
     LevelSource(const LevelGeometry& geometry, const Options& options);
 

@@ -2,7 +2,6 @@
 #include "framework/scene/AttributeChunk.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/PolygonMesh.h"
 #include "framework/scene/SceneChunks.h"
 
 namespace trovik {
@@ -43,15 +42,13 @@ std::vector<std::string> ReadNames(SceneStream& stream) {
 
 }  // namespace
 
-bool HasAttributes(const LevelGeometry& geometry) {
-    const SurfaceAttributes& attributes = geometry.Attributes();
+bool HasAttributes(const SurfaceAttributes& attributes) {
     return !attributes.cornerUvs.empty() || !attributes.colors.empty() ||
            !attributes.faceGroups.empty() || !attributes.faceMaterials.empty() ||
            attributes.space != MeshSpace();
 }
 
-void WriteAttributeChunk(SceneStream& stream, const LevelGeometry& geometry) {
-    const SurfaceAttributes& attributes = geometry.Attributes();
+void WriteAttributes(SceneStream& stream, const SurfaceAttributes& attributes) {
     WriteText(stream, UnitName(attributes.space.metersPerUnit));
     WriteText(stream, UpAxisName(attributes.space.up));
     WriteList(stream, attributes.uvs);
@@ -65,7 +62,9 @@ void WriteAttributeChunk(SceneStream& stream, const LevelGeometry& geometry) {
     WriteList(stream, attributes.faceMaterials);
 }
 
-void ReadAttributeChunk(SceneStream& stream, LevelGeometry& geometry) {
+SurfaceAttributes ReadAttributes(SceneStream& stream,
+                                 const SurfaceCounts& counts,
+                                 const std::string& name) {
     SurfaceAttributes attributes;
     attributes.space.metersPerUnit = MetersPerUnit(ReadText(stream));
     attributes.space.up = UpAxisOf(ReadText(stream));
@@ -79,15 +78,12 @@ void ReadAttributeChunk(SceneStream& stream, LevelGeometry& geometry) {
     attributes.faceGroups = ReadList<uint32_t>(stream);
     attributes.materialNames = ReadNames(stream);
     attributes.faceMaterials = ReadList<uint32_t>(stream);
-    const LevelMesh& base = *geometry.Level(0);
     try {
-        CheckSurfaceAttributes(attributes,
-                               {base.VertexCount(), base.faceCount, base.faceVertexIndices.fill},
-                               "level 0");
+        CheckSurfaceAttributes(attributes, counts, name);
     } catch (const HostError& error) {
         SceneStream::Refuse(QString::fromStdString(error.what()));
     }
-    geometry.RestoreAttributes(std::move(attributes));
+    return attributes;
 }
 
 }  // namespace trovik

@@ -1,17 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/LevelGeometry.h"
+#include "framework/files/PolygonMesh.h"
 #include "framework/scene/SceneStream.h"
+
+#include <string>
 
 namespace trovik {
 
-/// Whether level 0 carries anything that chunk SURF would hold.
-bool HasAttributes(const LevelGeometry& geometry);
+/// Whether a surface carries anything that chunk SURF would hold.
+bool HasAttributes(const SurfaceAttributes& attributes);
 
 /// Chunk SURF: what level 0 carries beside its shape. Written only where there is something.
-void WriteAttributeChunk(SceneStream& stream, const LevelGeometry& geometry);
-/// Gives the geometry what the chunk holds. \throw Error* for lists that do not fit level 0.
-void ReadAttributeChunk(SceneStream& stream, LevelGeometry& geometry);
+void WriteAttributes(SceneStream& stream, const SurfaceAttributes& attributes);
+/// \param counts  of the surface that the attributes belong to, \param name  what to call it.
+/// \throw Error* for lists that do not fit it.
+SurfaceAttributes ReadAttributes(SceneStream& stream,
+                                 const SurfaceCounts& counts,
+                                 const std::string& name);
 
 }  // namespace trovik

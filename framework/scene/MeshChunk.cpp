@@ -3,9 +3,11 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
+#include "framework/scene/AttributeChunk.h"
 #include "framework/scene/SceneChunks.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <utility>
@@ -20,8 +22,13 @@ enum LevelParts : uint32_t {
     HasFaceFlags = 2,
     HasSeen = 4,
     IsNotLockable = 8,
-    AllParts = 15
+    HasSeenFromBelow = 16,
+    AllParts = 31
 };
+
+/// From this format on a level tells what the level below saw, and the imported mesh may be
+/// another.
+constexpr uint32_t carriedDownFormat = 331;
 
 struct PlacedVertex {
     uint32_t vertex;
@@ -135,6 +142,7 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
     const auto isSet = [](uint8_t byte) { return byte != 0; };
     const auto isOther = [](uint8_t flags) { return flags != faceIsLive; };
     const std::vector<Vector>& seen = geometry.SeenPositions(index);
+    const std::vector<Vector>& seenFromBelow = geometry.SeenFromBelow(index);
 
     uint32_t parts = 0;
     if (std::any_of(freeze.begin(), freeze.end(), isSet)) parts |= HasFreeze;
@@ -142,6 +150,8 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
         parts |= HasFaceFlags;
     if (!seen.empty()) parts |= HasSeen;
     if (!level.IsLockable()) parts |= IsNotLockable;
+    if (!seenFromBelow.empty() && stream.IsFormatAtLeast(carriedDownFormat))
+        parts |= HasSeenFromBelow;
     uint32_t number = index;
     uint32_t count = vertices;
     stream.Transfer(number);
@@ -153,6 +163,10 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
     if ((parts & HasFaceFlags) != 0) stream.WriteElements(level.faceFlags, 1, level.faceCount);
     if ((parts & HasSeen) != 0)
         WriteList(stream, Differences(level, [&seen](uint32_t v) { return seen[v]; }));
+    if ((parts & HasSeenFromBelow) != 0) {
+        WriteList(stream,
+                  Differences(level, [&seenFromBelow](uint32_t v) { return seenFromBelow[v]; }));
+    }
     level.Serialize(stream);
 }
 
@@ -210,7 +224,8 @@ void LevelChunkReader::Read(SceneStream& stream) {
     }
     if ((parts & HasFaceFlags) != 0) stream.ReadElements(level.faceFlags, 1, level.faceCount);
     seen.emplace_back();
-    if ((parts & HasSeen) != 0) seen.back() = ReadDifferences(stream, level);
+    if ((parts & HasSeen) != 0) seen.back().fromAbove = ReadDifferences(stream, level);
+    if ((parts & HasSeenFromBelow) != 0) seen.back().fromBelow = ReadDifferences(stream, level);
     level.SetLockable((parts & IsNotLockable) == 0);
     level.Serialize(stream);
 }
@@ -225,19 +240,63 @@ void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported) {
     const PolygonMesh uniform = ToUniformFaces(imported);
-    WriteList(stream, Differences(*geometry.Level(0), [&uniform](uint32_t v) {
-                  const auto& p = uniform.positions[v];
-                  return Vector(p[0], p[1], p[2]);
-              }));
+    const LevelMesh& base = *geometry.Level(0);
+    const bool sameFaces = uniform.positions.size() == base.VertexCount() &&
+                           std::equal(uniform.faceVertices.begin(),
+                                      uniform.faceVertices.end(),
+                                      base.faceVertexIndices.array,
+                                      base.faceVertexIndices.array + base.faceVertexIndices.fill);
+    if (stream.IsFormatAtLeast(carriedDownFormat)) {
+        uint8_t isOther = sameFaces ? 0 : 1;
+        stream.Transfer(isOther);
+    } else if (!sameFaces) {
+        throw HostError("level 0 is not what was imported, which this format cannot tell");
+    }
+    if (sameFaces) {
+        WriteList(stream, Differences(base, [&uniform](uint32_t v) {
+                      const auto& p = uniform.positions[v];
+                      return Vector(p[0], p[1], p[2]);
+                  }));
+        return;
+    }
+    uint32_t corners = uniform.faceSizes[0];
+    stream.Transfer(corners);
+    WriteList(stream, uniform.faceVertices);
+    WriteList(stream, uniform.positions);
+    WriteAttributes(stream, uniform.attributes);
 }
 
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
-                            const std::string& name) {
-    const LevelMesh& base = *geometry.Level(0);
-    const std::vector<Vector> positions = ReadDifferences(stream, base);
+                            const std::string& name,
+                            bool& isOther) {
     PolygonMesh mesh;
     mesh.name = name;
+    uint8_t otherFaces = 0;
+    if (stream.IsFormatAtLeast(carriedDownFormat)) stream.Transfer(otherFaces);
+    isOther = otherFaces != 0;
+    if (isOther) {
+        uint32_t corners = 0;
+        stream.Transfer(corners);
+        if (corners != 3 && corners != 4)
+            SceneStream::Refuse(
+                QStringLiteral("the imported mesh has faces of %1 corners").arg(corners));
+        mesh.faceVertices = ReadList<uint32_t>(stream);
+        mesh.faceSizes.assign(mesh.faceVertices.size() / corners, corners);
+        mesh.positions = ReadList<std::array<float, 3>>(stream);
+        if (mesh.faceVertices.size() % corners != 0)
+            SceneStream::Refuse(QStringLiteral("the imported mesh ends within a face"));
+        mesh.attributes =
+            ReadAttributes(stream,
+                           {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},
+                           "the imported mesh");
+        CheckPolygonMesh(mesh, "the imported mesh");
+        if (!MakeOrientedManifold(mesh).Untouched())
+            SceneStream::Refuse(QStringLiteral("the imported mesh is no oriented manifold"));
+        return mesh;
+    }
+    const LevelMesh& base = *geometry.Level(0);
+    const std::vector<Vector> positions = ReadDifferences(stream, base);
     mesh.positions.reserve(positions.size());
     for (const Vector& p : positions) mesh.positions.push_back({p.x, p.y, p.z});
     mesh.faceSizes.assign(base.faceCount, base.CornersPerFace());

@@ -23,8 +23,8 @@ void WriteGeometryChunk(SceneStream& stream,
                         const std::string& name);
 GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
-/// Chunk LEVL: positions, normals, freeze bytes, face flags of one level, and what the level above
-/// last saw of it.
+/// Chunk LEVL: positions, normals, freeze bytes, face flags of one level, and what the levels above
+/// and below last saw of it.
 void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index);
 
 /// Reads level after level and makes the geometry from them.
@@ -47,17 +47,20 @@ private:
 
     GeometryChunk head;
     std::unique_ptr<LevelGeometry> geometry;
-    std::vector<std::vector<Vector>> seen;
+    std::vector<LevelGeometry::SeenLevel> seen;
 };
 
-/// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is.
+/// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is; or the
+/// whole imported mesh, where level 0 is another by now.
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported);
-/// The imported mesh, of this name, with the faces of level 0.
+/// The imported mesh, of this name. \param isOther  is set where its faces are not those of level
+/// 0; it then brings what it carries, which otherwise level 0 has.
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
-                            const std::string& name);
+                            const std::string& name,
+                            bool& isOther);
 
 /// Chunk TMIR: the topological mirror, which was found by where level 0 was at that time. Written
 /// only where there is one.

@@ -66,8 +66,8 @@ public:
         if (scene.imported.positions.empty()) {
             throw HostError(reader.Path() + ": the scene lacks chunk IMPT");
         }
-        // The faces of what was imported are those of level 0, and so is all that they carry.
-        scene.imported.attributes = scene.geometry->Attributes();
+        // Where the faces of what was imported are those of level 0, so is all that they carry.
+        if (!importedIsOther) scene.imported.attributes = scene.geometry->Attributes();
         scene.format = reader.Header().Format();
         return std::move(scene);
     }
@@ -75,17 +75,24 @@ public:
 private:
     void TakeOfMesh(const std::string& name, SceneStream& stream) {
         if (name == "IMPT")
-            scene.imported = ReadImportChunk(stream, *scene.geometry, levels->Head().base.name);
+            scene.imported =
+                ReadImportChunk(stream, *scene.geometry, levels->Head().base.name, importedIsOther);
         else if (name == "TMIR")
             ReadMirrorChunk(stream, *scene.geometry);
         else if (name == "SURF")
-            ReadAttributeChunk(stream, *scene.geometry);
+            ReadSurface(stream);
         else if (name == "LAYR")
             scene.geometry->Layers().Insert(ReadLayerChunk(stream, *scene.geometry));
         else if (name == "LGND")
             ReadGroundChunk(stream, *scene.geometry);
         else
             ReadNodeChunk(stream, *scene.geometry, scene.notes);
+    }
+
+    void ReadSurface(SceneStream& stream) {
+        const LevelMesh& base = *scene.geometry->Level(0);
+        const SurfaceCounts counts{base.VertexCount(), base.faceCount, base.faceVertexIndices.fill};
+        scene.geometry->RestoreAttributes(ReadAttributes(stream, counts, "level 0"));
     }
 
     [[noreturn]] void Refuse(const char* what) {
@@ -98,6 +105,7 @@ private:
     BrushOperation* brush;
     std::optional<LevelChunkReader> levels;
     LoadedScene scene;
+    bool importedIsOther = false;
 };
 
 }  // namespace
@@ -117,8 +125,9 @@ void SaveScene(const std::string& path, const SceneParts& parts, const SceneStre
         write("IMPT", [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported); });
         if (parts.geometry.Mirror() != nullptr)
             write("TMIR", [&](SceneStream& s) { WriteMirrorChunk(s, parts.geometry); });
-        if (HasAttributes(parts.geometry))
-            write("SURF", [&](SceneStream& s) { WriteAttributeChunk(s, parts.geometry); });
+        const SurfaceAttributes& attributes = parts.geometry.Attributes();
+        if (HasAttributes(attributes))
+            write("SURF", [&](SceneStream& s) { WriteAttributes(s, attributes); });
         const LayerStack& layers = parts.geometry.Layers();
         for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level) {
             const LevelMesh& mesh = *parts.geometry.Level(level);

@@ -127,6 +127,8 @@ void ScriptRunner::SetUp(const FieldReader& script) {
         OpenMesh(script);
     if (script.Has("undoBudget"))
         session->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
+    if (script.Has("subdivideBudget"))
+        subdivideBudget = script.At("subdivideBudget").Json().get<uint64_t>();
     if (script.Has("preferences")) RunPreferences(script.At("preferences"));
     if (script.Has("transform")) RunTransform(script.At("transform"));
     if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
@@ -190,6 +192,9 @@ void ScriptRunner::RunStep(const FieldReader& step) {
                                      {"undo", &ScriptRunner::RunUndo},
                                      {"redo", &ScriptRunner::RunRedo},
                                      {"subdivide", &ScriptRunner::RunSubdivide},
+                                     {"unsubdivide", &ScriptRunner::RunUnsubdivide},
+                                     {"deleteLevels", &ScriptRunner::RunDeleteLevels},
+                                     {"applyToBase", &ScriptRunner::RunApplyToBase},
                                      {"level", &ScriptRunner::RunLevel},
                                      {"layer", &ScriptRunner::RunLayer},
                                      {"freeze", &ScriptRunner::RunFreeze},
@@ -282,25 +287,6 @@ void ScriptRunner::RunUndo(const FieldReader& count) {
 void ScriptRunner::RunRedo(const FieldReader& count) {
     for (int i = 0; i < count.Integer(); ++i)
         if (!session->Redo()) count.Fail("there is nothing more to redo");
-}
-
-void ScriptRunner::Subdivide(const FieldReader& where, int count) {
-    for (int i = 0; i < count; ++i) {
-        try {
-            session->Subdivide();
-        } catch (const HostError& error) {
-            where.Fail(error.what());
-        }
-    }
-}
-
-void ScriptRunner::RunSubdivide(const FieldReader& count) { Subdivide(count, count.Integer()); }
-
-void ScriptRunner::RunLevel(const FieldReader& level) {
-    if (!session->BindLevel(static_cast<uint32_t>(level.Integer()))) {
-        level.Fail("there is no level " + std::to_string(level.Integer()) + "; the highest is " +
-                   std::to_string(session->Geometry().LevelCount() - 1));
-    }
 }
 
 void ScriptRunner::RunTransform(const FieldReader& transform) {

@@ -7,6 +7,7 @@
 #include "framework/trace/TraceRecorder.h"
 
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -64,6 +65,9 @@ private:
     void RunRedo(const FieldReader& count);
     void RunSubdivide(const FieldReader& count);
     void RunLevel(const FieldReader& level);
+    void RunDeleteLevels(const FieldReader& which);
+    void RunUnsubdivide(const FieldReader& count);
+    void RunApplyToBase(const FieldReader& flag);
     void RunLayer(const FieldReader& layer);
     void RunFreeze(const FieldReader& freeze);
     void ChangeLayer(const FieldReader& layer,
@@ -107,6 +111,8 @@ private:
     ScriptResult result;
     float radius = 0.1f;
     float spacing = 0.25f;
+    /// Bytes that the levels of one step may take together.
+    uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
     std::map<std::string, Picture> kept;
     /// The surface before the first stroke, for pictures of before and after.
     std::vector<Vector> positionsBefore;

@@ -134,16 +134,38 @@ void SculptSession::Reset() {
     geometry->Place() = place;
 }
 
-void SculptSession::Subdivide() {
-    geometry->History().Push(SubdivideAsStep(*geometry));
+void SculptSession::PushLevels(std::unique_ptr<UndoStep> step) {
+    geometry->History().Push(std::move(step));
     RebuildLoop();
+}
+
+bool SculptSession::Subdivide(const SubdivideOptions& options) {
+    auto step = SubdivideAsStep(*geometry, options);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
+}
+
+bool SculptSession::DeleteLevels(bool lower) {
+    auto step = DeleteLevelsAsStep(*geometry, lower);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
+}
+
+void SculptSession::Unsubdivide() { PushLevels(UnsubdivideAsStep(*geometry)); }
+
+bool SculptSession::ApplyToBase() {
+    auto step = ApplyToBaseAsStep(*geometry);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
 }
 
 bool SculptSession::BindLevel(uint32_t level) {
     if (level >= geometry->LevelCount()) return false;
     if (level == geometry->BoundIndex()) return true;
-    geometry->History().Push(BindLevelAsStep(*geometry, level));
-    RebuildLoop();
+    PushLevels(BindLevelAsStep(*geometry, level));
     return true;
 }
 

@@ -43,7 +43,14 @@ public:
 
     /// Puts the mesh back as it was imported: level 0, no layers, no freeze, no undo.
     void Reset();
-    void Subdivide();
+    /// See LevelGeometry::Subdivide. \return false when `options.stop` stopped it.
+    bool Subdivide(const SubdivideOptions& options = {});
+    /// Deletes the levels above the bound one, or those below it. \return false when there is none.
+    bool DeleteLevels(bool lower);
+    /// Puts a coarser level below the base. \throw HostError when the base is no refinement.
+    void Unsubdivide();
+    /// Gives the shape of the bound level to those below it. \return false when nothing moved.
+    bool ApplyToBase();
     /// \return false for a level that does not exist.
     bool BindLevel(uint32_t level);
     /// \return false when there is nothing to take back.
@@ -99,6 +106,7 @@ private:
     SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
     void BuildGeometry();
     void RebuildLoop();
+    void PushLevels(std::unique_ptr<UndoStep> step);
     void PlaceRenderers();
 
     std::string path;

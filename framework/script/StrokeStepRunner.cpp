@@ -31,8 +31,19 @@ private:
 };
 
 /// Steps that would pull the ground from under a stroke.
-constexpr const char* notInStroke[] = {
-    "tool", "undo", "redo", "subdivide", "level", "layer", "transform", "mirror", "reset", "save"};
+constexpr const char* notInStroke[] = {"tool",
+                                       "undo",
+                                       "redo",
+                                       "subdivide",
+                                       "unsubdivide",
+                                       "deleteLevels",
+                                       "applyToBase",
+                                       "level",
+                                       "layer",
+                                       "transform",
+                                       "mirror",
+                                       "reset",
+                                       "save"};
 
 }  // namespace
 

@@ -155,6 +155,43 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
                       "/steps/0/layer: no layer is active");
     ExpectScriptError(R"({"mesh": "cube.obj", "memoryLimit": 30000, "levels": 6, "steps": []})",
                       "/levels: subdividing to ");
+    ExpectScriptError(R"({"mesh": "cube.obj", "subdivideBudget": 99999, "steps": [
+                          {"subdivide": 4}]})",
+                      "/steps/0/subdivide: subdividing to level 4 would give 1536 faces and 1538 "
+                      "vertices and take 124760 bytes; the budget is 99999");
+    ExpectScriptError(R"({"mesh": "cube.obj", "levels": 1, "steps": [{"deleteLevels": "higher"}]})",
+                      "/steps/0/deleteLevels: level 1 is the highest");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"deleteLevels": "lower"}]})",
+                      "/steps/0/deleteLevels: level 0 is the lowest");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"applyToBase": true}]})",
+                      "/steps/0/applyToBase: the level at hand is the base");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"unsubdivide": 1}]})",
+                      "/steps/0/unsubdivide: the faces of level 0 do not hang together as");
+    ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"stroke": {"open": true}},
+                          {"deleteLevels": "lower"}]})",
+                      "/steps/1/deleteLevels: a stroke is open");
+}
+
+TEST_F(Command, ScriptDeletesRebuildsAndAppliesLevels) {
+    WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 3, "steps": [
+        {"tool": "Sculpt", "set": {"radius": 0.8, "strength": 30}},
+        {"stroke": {"surface": [[0, 0, 1], [0.5, 0.5, 1]]}},
+        {"applyToBase": true}, {"level": 2}, {"deleteLevels": "higher"}, {"deleteLevels": "lower"},
+        {"export": {"file": "alone.obj"}},
+        {"unsubdivide": 2}, {"export": {"file": "rebuilt.obj"}}, {"save": "s.trovik"}]})");
+    Outcome outcome = Run("sculpt s.json -q");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(ReadAll(folder / "rebuilt.obj"), ReadAll(folder / "alone.obj"));
+    WriteFile("t.json", R"({"scene": "s.trovik", "steps": [
+        {"level": 0}, {"export": {"file": "base.obj"}}, {"level": 2},
+        {"export": {"file": "again.obj"}}]})");
+    outcome = Run("sculpt t.json -q");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(ReadAll(folder / "again.obj"), ReadAll(folder / "alone.obj"));
+    const std::string base = ReadAll(folder / "base.obj");
+    std::size_t faces = 0;
+    for (std::size_t at = 0; (at = base.find("\nf ", at)) != std::string::npos; ++at) ++faces;
+    EXPECT_EQ(faces, 6u);
 }
 
 TEST_F(Command, UnreadableMeshIsOneLineThatNamesIt) {

@@ -7,6 +7,7 @@
 /// number of edits.
 #include "framework/edits/LayerStack.h"
 #include "framework/edits/Steps.h"
+#include "framework/errors/HostError.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/random/RandomStroke.h"
 
@@ -148,12 +149,28 @@ private:
     void Level() {
         const uint32_t bound = geometry.BoundIndex();
         const bool isHighest = bound + 1 == geometry.LevelCount();
-        if (isHighest && bound < 3 && geometry.Bound()->faceCount < 3000 && random.Chance(0.3f))
+        const uint32_t rare = random.Below(8);
+        if (rare == 0)
+            Push(DeleteLevelsAsStep(geometry, random.Chance(0.5f)));
+        else if (rare == 1)
+            Push(ApplyToBaseAsStep(geometry));
+        else if (rare == 2)
+            Unsubdivide();
+        else if (isHighest && bound < 3 && geometry.Bound()->faceCount < 3000 &&
+                 random.Chance(0.3f))
             Push(SubdivideAsStep(geometry));
         else if (!isHighest && (bound == 0 || random.Chance(0.5f)))
             Push(BindLevelAsStep(geometry, bound + 1));
         else if (bound > 0)
             Push(BindLevelAsStep(geometry, bound - 1));
+    }
+
+    void Unsubdivide() {
+        try {
+            Push(UnsubdivideAsStep(geometry));
+        } catch (const HostError&) {
+            // Not every base is the refinement of another mesh.
+        }
     }
 
     void Transform() {

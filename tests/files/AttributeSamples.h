@@ -58,6 +58,19 @@ inline PolygonMesh AttributedMesh() {
     return mesh;
 }
 
+/// Its two quads alone, with the seam of the texture between them.
+inline PolygonMesh TwoQuads() {
+    PolygonMesh mesh = AttributedMesh();
+    mesh.positions.resize(6);
+    mesh.faceSizes = {4, 4};
+    mesh.faceVertices.resize(8);
+    mesh.attributes.cornerUvs.resize(8);
+    mesh.attributes.colors.resize(6);
+    mesh.attributes.faceGroups.resize(2);
+    mesh.attributes.faceMaterials = {1, SurfaceAttributes::none};
+    return mesh;
+}
+
 /// The UV of each corner, by value.
 inline std::vector<std::array<float, 2>> CornerUvValues(const PolygonMesh& mesh) {
     std::vector<std::array<float, 2>> values;

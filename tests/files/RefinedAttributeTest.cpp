@@ -17,19 +17,6 @@ namespace {
 using Uvs = std::vector<std::array<float, 2>>;
 using Color = std::array<float, 4>;
 
-/// Two quads with a seam of the texture between them; see AttributedMesh.
-PolygonMesh TwoQuads() {
-    PolygonMesh mesh = AttributedMesh();
-    mesh.positions.resize(6);
-    mesh.faceSizes = {4, 4};
-    mesh.faceVertices.resize(8);
-    mesh.attributes.cornerUvs.resize(8);
-    mesh.attributes.colors.resize(6);
-    mesh.attributes.faceGroups.resize(2);
-    mesh.attributes.faceMaterials = {1, SurfaceAttributes::none};
-    return mesh;
-}
-
 PolygonMesh Refined(const PolygonMesh& mesh, int levels) {
     LevelGeometry geometry(mesh);
     for (int i = 0; i < levels; ++i) {

@@ -144,7 +144,7 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     const LevelMesh& level = *session->Geometry().Level(1);
     EXPECT_EQ(levl.Take<uint32_t>(), 1u);
     ASSERT_EQ(levl.Take<uint32_t>(), 26u);
-    EXPECT_EQ(levl.Take<uint32_t>(), 1u | 4u) << "freeze bytes, seen positions";
+    EXPECT_EQ(levl.Take<uint32_t>(), 1u | 4u | 16u) << "freeze bytes, seen positions";
     for (uint32_t v = 0; v < 26; ++v) {
         EXPECT_EQ(levl.Take<float>(), level.Position(v).x);
         EXPECT_EQ(levl.Take<float>(), level.Position(v).y);
@@ -160,6 +160,11 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     const auto seen = levl.Take<uint32_t>();
     EXPECT_GT(seen, 0u);
     levl.Skip(seen * 16);
+    // The finer level's strokes reached this one, which level 0 has not heard of.
+    EXPECT_EQ(levl.Take<uint32_t>(), 26u) << "seen from below";
+    EXPECT_EQ(levl.Take<uint32_t>(), 0u);
+    EXPECT_EQ(levl.Take<float>(), session->Geometry().SeenFromBelow(1)[0].x);
+    levl.Skip(26 * 16 - 8);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(levl.Text(), "") << "the node's texts";
     EXPECT_EQ(levl.Take<uint8_t>(), 1u) << "visible";
     EXPECT_EQ(levl.Take<uint8_t>(), 0u) << "locked";

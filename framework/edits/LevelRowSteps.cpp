@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Steps that put levels into the row of a geometry or take them out.
+#include "framework/edits/Steps.h"
+
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+uint64_t BytesOf(const LevelMesh& level) {
+    return level.faceCount * LevelForecast::bytesPerFace +
+           level.VertexCount() * LevelForecast::bytesPerVertex;
+}
+
+uint64_t BytesOf(const LevelGeometry::TakenLevels& taken) {
+    uint64_t bytes = taken.attributes.Bytes();
+    for (const auto& level : taken.levels) bytes += BytesOf(*level);
+    return bytes;
+}
+
+void BindAgain(LevelGeometry& geometry, uint32_t bound) {
+    // Where a host bound another level in between.
+    if (geometry.BoundIndex() != bound) geometry.BindLevel(bound);
+}
+
+class SubdivideStep : public UndoStep {
+public:
+    SubdivideStep(LevelSwitch way, uint32_t newLevel) : change(std::move(way)), added(newLevel) {
+        label = "Level " + std::to_string(added);
+    }
+
+    void Apply(LevelGeometry& geometry) override {
+        if (isDone) {
+            BindAgain(geometry, added);
+            geometry.Exchange(change);
+            taken = geometry.TakeLevels(false, added - 1);
+        } else {
+            geometry.PutLevels(std::move(taken));
+            taken = {};
+            geometry.Exchange(change);
+        }
+        isDone = !isDone;
+        geometry.Bound()->ContentChanged();
+    }
+
+    uint64_t Bytes() const override {
+        return sizeof(SubdivideStep) + change.Bytes() + BytesOf(taken) + label.capacity();
+    }
+
+private:
+    LevelSwitch change;
+    LevelGeometry::TakenLevels taken;
+    uint32_t added;
+    bool isDone = true;
+};
+
+class DeleteLevelsStep : public UndoStep {
+public:
+    DeleteLevelsStep(LevelGeometry& geometry, bool isLower)
+        : before(geometry.StateOfSwitch()), lower(isLower) {
+        label = lower ? "Delete lower levels" : "Delete higher levels";
+        Delete(geometry);
+    }
+
+    void Apply(LevelGeometry& geometry) override {
+        if (isDone) {
+            BindAgain(geometry, boundAfter);
+            geometry.PutLevels(std::move(taken));
+            taken = {};
+            LevelSwitch state = before;
+            geometry.Exchange(state);
+        } else {
+            Delete(geometry);
+        }
+        isDone = !isDone;
+        geometry.Bound()->ContentChanged();
+    }
+
+    uint64_t Bytes() const override {
+        return sizeof(DeleteLevelsStep) + before.Bytes() + BytesOf(taken) + label.capacity();
+    }
+
+private:
+    void Delete(LevelGeometry& geometry) {
+        BindAgain(geometry, before.bound);
+        taken = geometry.TakeLevels(lower, before.bound);
+        boundAfter = geometry.BoundIndex();
+    }
+
+    LevelSwitch before;
+    LevelGeometry::TakenLevels taken;
+    bool lower;
+    uint32_t boundAfter = 0;
+    bool isDone = true;
+};
+
+class UnsubdivideStep : public UndoStep {
+public:
+    explicit UnsubdivideStep(LevelGeometry& geometry)
+        : before(geometry.StateOfSwitch()), coarse(FindCoarseFaces(*geometry.Level(0))) {
+        label = "Unsubdivide";
+        old = geometry.PutCoarserBase(coarse);
+    }
+
+    void Apply(LevelGeometry& geometry) override {
+        if (isDone) {
+            BindAgain(geometry, before.bound + 1);
+            level = geometry.TakeCoarserBase(coarse, std::move(old));
+            old = {};
+            LevelSwitch state = before;
+            geometry.Exchange(state);
+        } else {
+            BindAgain(geometry, before.bound);
+            old = geometry.PutCoarserBase(coarse, std::move(level));
+        }
+        isDone = !isDone;
+        geometry.Bound()->ContentChanged();
+    }
+
+    uint64_t Bytes() const override {
+        return sizeof(UnsubdivideStep) + before.Bytes() + coarse.Bytes() + old.attributes.Bytes() +
+               (level == nullptr ? 0 : BytesOf(*level)) + label.capacity();
+    }
+
+private:
+    LevelSwitch before;
+    CoarseFaces coarse;
+    std::unique_ptr<LevelMesh> level;
+    LevelGeometry::OfOldBase old;
+    bool isDone = true;
+};
+
+}  // namespace
+
+std::unique_ptr<UndoStep> SubdivideAsStep(LevelGeometry& geometry,
+                                          const SubdivideOptions& options) {
+    geometry.CheckForecast(1, options.byteBudget);
+    // Subdivide starts from the highest level, and what the way there carries belongs to the step.
+    LevelSwitch way = geometry.SwitchLevel(geometry.LevelCount() - 1);
+    bool done = false;
+    try {
+        done = geometry.Subdivide(options);
+    } catch (...) {
+        geometry.Exchange(way);
+        throw;
+    }
+    if (!done) {
+        geometry.Exchange(way);
+        return nullptr;
+    }
+    return std::make_unique<SubdivideStep>(std::move(way), geometry.BoundIndex());
+}
+
+std::unique_ptr<UndoStep> DeleteLevelsAsStep(LevelGeometry& geometry, bool lower) {
+    const uint32_t bound = geometry.BoundIndex();
+    if (lower ? bound == 0 : bound + 1 == geometry.LevelCount()) return nullptr;
+    return std::make_unique<DeleteLevelsStep>(geometry, lower);
+}
+
+std::unique_ptr<UndoStep> UnsubdivideAsStep(LevelGeometry& geometry) {
+    return std::make_unique<UnsubdivideStep>(geometry);
+}
+
+}  // namespace trovik

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// How changes travel between the levels of a geometry when another one is bound.
+///
+/// Of a level that was or may have been changed two older states are kept: as the level above and
+/// as the level below last saw it. Each is dropped when that neighbour has taken the change over,
+/// or when there is none. Only the bound level can change, so going to another level passes every
+/// pair of neighbours that has something to tell each other in the direction of the way.
+#include "framework/levels/DetailCarrier.h"
+#include "framework/levels/LevelGeometry.h"
+#include "framework/levels/SameBits.h"
+
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+std::vector<Vector> PositionsOf(const LevelMesh& level) {
+    std::vector<Vector> positions(level.VertexCount());
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);
+    return positions;
+}
+
+bool IsUnchanged(const LevelMesh& level, const std::vector<Vector>& positions) {
+    for (uint32_t v = 0; v < level.VertexCount(); ++v)
+        if (!SameBits(positions[v], level.Position(v))) return false;
+    return true;
+}
+
+SeenDifferences DifferencesOf(const LevelMesh& level, const std::vector<Vector>& positions) {
+    SeenDifferences differences;
+    differences.kept = !positions.empty();
+    if (!differences.kept) return differences;
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        if (SameBits(positions[v], level.Position(v))) continue;
+        differences.vertices.push_back(v);
+        differences.positions.push_back(positions[v]);
+    }
+    return differences;
+}
+
+std::vector<Vector> Restored(const LevelMesh& level, const SeenDifferences& differences) {
+    if (!differences.kept) return {};
+    std::vector<Vector> positions = PositionsOf(level);
+    for (std::size_t i = 0; i < differences.vertices.size(); ++i)
+        positions[differences.vertices[i]] = differences.positions[i];
+    return positions;
+}
+
+}  // namespace
+
+void LevelGeometry::KeepSeen(uint32_t index) {
+    const LevelMesh& level = *levels[index];
+    SeenLevel& one = seen[index];
+    if (index + 1 < levels.size() && one.fromAbove.empty()) one.fromAbove = PositionsOf(level);
+    if (index > 0 && one.fromBelow.empty()) one.fromBelow = PositionsOf(level);
+}
+
+void LevelGeometry::DropUnchanged(uint32_t index) {
+    for (std::vector<Vector>* one : {&seen[index].fromAbove, &seen[index].fromBelow})
+        if (!one->empty() && IsUnchanged(*levels[index], *one)) std::vector<Vector>().swap(*one);
+}
+
+void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried) {
+    const std::vector<Vector> known = std::exchange(seen[index].fromAbove, {});
+    if (known.empty() || IsUnchanged(*levels[index], known)) return;
+    std::vector<Vector>& older = seen[index + 1].fromAbove;
+    if (index + 2 < levels.size() && older.empty()) older = PositionsOf(*levels[index + 1]);
+    CarriedLevel one = DetailCarrier(*levels[index], *levels[index + 1], carryWork).Up(known);
+    // The level below knows what it told itself.
+    std::vector<Vector>().swap(seen[index + 1].fromBelow);
+    if (!one.vertices.empty()) carried.push_back(std::move(one));
+}
+
+void LevelGeometry::CarryDown(uint32_t index, std::vector<CarriedLevel>& carried) {
+    const std::vector<Vector> known = std::exchange(seen[index].fromBelow, {});
+    if (known.empty() || IsUnchanged(*levels[index], known)) return;
+    std::vector<Vector>& older = seen[index - 1].fromBelow;
+    if (index > 1 && older.empty()) older = PositionsOf(*levels[index - 1]);
+    CarriedLevel one = DetailCarrier(*levels[index - 1], *levels[index], carryWork).Down(known);
+    std::vector<Vector>().swap(seen[index - 1].fromAbove);
+    if (!one.vertices.empty()) carried.push_back(std::move(one));
+}
+
+std::vector<CarriedLevel> LevelGeometry::BindLevel(uint32_t index) {
+    std::vector<CarriedLevel> carried;
+    const uint32_t before = bound;
+    for (uint32_t level = before; level < index; ++level) CarryUp(level, carried);
+    for (uint32_t level = before; level > index; --level) CarryDown(level, carried);
+    bound = index;
+    if (index != before) DropUnchanged(before);
+    KeepSeen(index);
+    return carried;
+}
+
+LevelSwitch LevelGeometry::StateOfSwitch() const {
+    LevelSwitch state;
+    state.bound = bound;
+    for (uint32_t i = 0; i < LevelCount(); ++i) {
+        state.seen.push_back({DifferencesOf(*levels[i], seen[i].fromAbove),
+                              DifferencesOf(*levels[i], seen[i].fromBelow)});
+    }
+    return state;
+}
+
+LevelSwitch LevelGeometry::SwitchLevel(uint32_t index) {
+    LevelSwitch before = StateOfSwitch();
+    before.carried = BindLevel(index);
+    return before;
+}
+
+LevelSwitch LevelGeometry::ApplyToLowerLevels() {
+    LevelSwitch before = StateOfSwitch();
+    const LevelMesh& shape = *levels[bound];
+    for (uint32_t index = 0; index < bound; ++index) {
+        LevelMesh& level = *levels[index];
+        CarriedLevel carried;
+        carried.level = index;
+        for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+            const Vector present = level.Position(v);
+            const Vector place = shape.Position(v);
+            if (SameBits(present, place)) continue;
+            carried.vertices.push_back(v);
+            carried.positionsBefore.push_back(present);
+            level.SetPosition(v, place);
+        }
+        DetailCarrier::RefreshNormals(level, carried);
+        // From level 0 to the bound one all agree now.
+        seen[index] = {};
+        if (!carried.vertices.empty()) before.carried.push_back(std::move(carried));
+    }
+    seen[bound].fromBelow.clear();
+    KeepSeen(bound);
+    return before;
+}
+
+void LevelGeometry::Exchange(LevelSwitch& other) {
+    LevelSwitch present = StateOfSwitch();
+    present.carried = std::move(other.carried);
+    for (CarriedLevel& one : present.carried) {
+        LevelMesh& level = *levels[one.level];
+        for (std::size_t i = 0; i < one.vertices.size(); ++i) {
+            const Vector position = level.Position(one.vertices[i]);
+            level.SetPosition(one.vertices[i], one.positionsBefore[i]);
+            one.positionsBefore[i] = position;
+        }
+        for (std::size_t i = 0; i < one.normalVertices.size(); ++i)
+            std::swap(level.vertexNormals.array[one.normalVertices[i]], one.normalsBefore[i]);
+    }
+    for (std::size_t i = 0; i < other.seen.size() && i < levels.size(); ++i) {
+        seen[i] = {Restored(*levels[i], other.seen[i].fromAbove),
+                   Restored(*levels[i], other.seen[i].fromBelow)};
+    }
+    bound = other.bound;
+    KeepSeen(bound);
+    other = std::move(present);
+}
+
+void LevelGeometry::Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLevels) {
+    bound = boundIndex;
+    seen = std::move(seenLevels);
+    seen.resize(levels.size());
+    KeepSeen(bound);
+}
+
+}  // namespace trovik

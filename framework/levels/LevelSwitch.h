@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Mesh.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace trovik {
+
+/// What a carrying did to one level: where the vertices that it moved were, and the normals that
+/// it refreshed.
+struct CarriedLevel {
+    uint32_t level = 0;
+    std::vector<uint32_t> vertices;
+    std::vector<Vector> positionsBefore;
+    std::vector<uint32_t> normalVertices;
+    std::vector<PackedNormal> normalsBefore;
+
+    uint64_t Bytes() const {
+        return sizeof(CarriedLevel) + vertices.capacity() * sizeof(uint32_t) +
+               positionsBefore.capacity() * sizeof(Vector) +
+               normalVertices.capacity() * sizeof(uint32_t) +
+               normalsBefore.capacity() * sizeof(PackedNormal);
+    }
+};
+
+/// An older state of a level, told by the vertices that lie elsewhere now.
+struct SeenDifferences {
+    /// False: nothing is kept, since nothing changed.
+    bool kept = false;
+    std::vector<uint32_t> vertices;
+    std::vector<Vector> positions;
+
+    uint64_t Bytes() const {
+        return vertices.capacity() * sizeof(uint32_t) + positions.capacity() * sizeof(Vector);
+    }
+};
+
+/// As what the neighbouring levels know a level.
+struct SeenByNeighbours {
+    SeenDifferences fromAbove;
+    SeenDifferences fromBelow;
+};
+
+/// All that a change of levels did besides adding or removing some: enough to go back to the bit.
+struct LevelSwitch {
+    uint32_t bound = 0;
+    std::vector<SeenByNeighbours> seen;
+    std::vector<CarriedLevel> carried;
+
+    uint64_t Bytes() const {
+        uint64_t bytes = sizeof(LevelSwitch);
+        for (const SeenByNeighbours& one : seen)
+            bytes += sizeof one + one.fromAbove.Bytes() + one.fromBelow.Bytes();
+        for (const CarriedLevel& one : carried) bytes += one.Bytes();
+        return bytes;
+    }
+};
+
+/// What carrying cost since the count began: it follows what was changed, not the level's size.
+struct CarryCounts {
+    /// Points that were refined, each in two states.
+    uint64_t refined = 0;
+    /// Vertices for which the turn of the surface was found.
+    uint64_t turned = 0;
+    /// Coarse vertices that were fitted to a changed finer level.
+    uint64_t fitted = 0;
+};
+
+}  // namespace trovik

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Steps of a script that add, delete and choose levels.
+#include "framework/errors/HostError.h"
+#include "framework/memory/MemoryAccount.h"
+#include "framework/script/ScriptRunner.h"
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace trovik {
+
+namespace {
+
+/// What the machine could ever hold; without an answer, anything.
+uint64_t PhysicalMemory() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageBytes = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageBytes <= 0) return std::numeric_limits<uint64_t>::max();
+    return static_cast<uint64_t>(pages) * static_cast<uint64_t>(pageBytes);
+}
+
+/// What the account of memory still gives.
+uint64_t AccountedRoom() {
+    const int64_t limit = MemoryAccount::Limit();
+    if (limit <= 0) return std::numeric_limits<uint64_t>::max();
+    return static_cast<uint64_t>(std::max<int64_t>(limit - MemoryAccount::Total(), 0));
+}
+
+}  // namespace
+
+void ScriptRunner::Subdivide(const FieldReader& where, int count) {
+    if (count <= 0) return;
+    const uint64_t budget = std::min({subdivideBudget, PhysicalMemory(), AccountedRoom()});
+    try {
+        // All of them first, so that a step that cannot be done leaves the mesh as it was.
+        session->Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
+        for (int i = 0; i < count; ++i) session->Subdivide();
+    } catch (const HostError& error) {
+        where.Fail(error.what());
+    }
+}
+
+void ScriptRunner::RunSubdivide(const FieldReader& count) { Subdivide(count, count.Integer()); }
+
+void ScriptRunner::RunLevel(const FieldReader& level) {
+    if (!session->BindLevel(static_cast<uint32_t>(level.Integer()))) {
+        level.Fail("there is no level " + std::to_string(level.Integer()) + "; the highest is " +
+                   std::to_string(session->Geometry().LevelCount() - 1));
+    }
+}
+
+void ScriptRunner::RunDeleteLevels(const FieldReader& which) {
+    const bool lower = which.Text() == "lower";
+    if (session->DeleteLevels(lower)) return;
+    which.Fail("level " + std::to_string(session->Geometry().BoundIndex()) + " is the " +
+               (lower ? "lowest" : "highest"));
+}
+
+void ScriptRunner::RunUnsubdivide(const FieldReader& count) {
+    for (int i = 0; i < count.Integer(); ++i) {
+        try {
+            session->Unsubdivide();
+        } catch (const HostError& error) {
+            count.Fail(error.what());
+        }
+    }
+}
+
+void ScriptRunner::RunApplyToBase(const FieldReader& flag) {
+    if (session->Geometry().BoundIndex() == 0) flag.Fail("the level at hand is the base");
+    session->ApplyToBase();
+}
+
+}  // namespace trovik

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/edits/Steps.h"
+#include "framework/levels/SameBits.h"
+
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace trovik::test {
+
+/// Everything that a geometry holds, as bytes: what undo must bring back.
+inline std::string StateOfAll(const LevelGeometry& geometry) {
+    std::string state;
+    const auto put = [&state](const void* bytes, std::size_t size) {
+        if (size != 0) state.append(static_cast<const char*>(bytes), size);
+    };
+    const uint32_t numbers[] = {geometry.LevelCount(), geometry.BoundIndex()};
+    put(numbers, sizeof numbers);
+    for (uint32_t i = 0; i < geometry.LevelCount(); ++i) {
+        LevelMesh& level = *geometry.Level(i);
+        const uint32_t counts[] = {level.VertexCount(),
+                                   level.faceCount,
+                                   level.CoarserVertexCount(),
+                                   level.CornersPerFace(),
+                                   level.FrozenVertexCount(),
+                                   static_cast<uint32_t>(level.Index())};
+        put(counts, sizeof counts);
+        put(level.vertices.array, level.VertexCount() * sizeof(Vertex));
+        put(level.vertexNormals.array, level.VertexCount() * sizeof(PackedNormal));
+        put(level.faceVertexIndices.array, level.faceVertexIndices.fill * sizeof(uint32_t));
+        put(level.faceFlags, level.faceCount);
+        for (uint32_t face = 0; face < level.faceCount; ++face) {
+            for (uint32_t side = 0; side < level.CornersPerFace(); ++side) {
+                const uint32_t neighbour = level.QuadEdgeNeighbour(face, side);
+                put(&neighbour, sizeof neighbour);
+            }
+        }
+        for (const auto* seen : {&geometry.SeenPositions(i), &geometry.SeenFromBelow(i)})
+            put(seen->data(), seen->size() * sizeof(Vector));
+    }
+    return state;
+}
+
+inline std::vector<Vector> PositionsOf(const LevelMesh& level) {
+    std::vector<Vector> positions(level.VertexCount());
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);
+    return positions;
+}
+
+/// Moves every vertex of the level by up to `size` along each axis.
+inline void Roughen(LevelMesh& level, float size, unsigned seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> step(-size, size);
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        const float x = step(random);
+        const float y = step(random);
+        level.SetPosition(v, level.Position(v) + Vector(x, y, step(random)));
+    }
+}
+
+/// Moves the level's vertices where `place` says.
+template <typename Place>
+void Deform(LevelMesh& level, Place place) {
+    for (uint32_t v = 0; v < level.VertexCount(); ++v)
+        level.SetPosition(v, place(level.Position(v)));
+}
+
+}  // namespace trovik::test

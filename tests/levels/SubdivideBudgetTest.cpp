@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
+#include "tests/levels/GeometryState.h"
+#include "tests/meshes/MeshZoo.h"
+
+#include <gtest/gtest.h>
+
+namespace trovik::test {
+namespace {
+
+template <typename Act>
+std::string RefusalOf(Act act) {
+    try {
+        act();
+    } catch (const HostError& error) {
+        return error.what();
+    }
+    return "nothing was refused";
+}
+
+TEST(SubdivideBudget, ForecastIsWhatTheLevelsThenHold) {
+    for (const ZooMesh& zoo : AllMeshes()) {
+        SCOPED_TRACE(zoo.name);
+        LevelGeometry geometry(zoo.mesh);
+        const LevelForecast three = geometry.Forecast(3);
+        uint64_t bytes = 0;
+        for (int i = 0; i < 3; ++i) {
+            const LevelForecast one = geometry.Forecast();
+            geometry.Subdivide();
+            EXPECT_EQ(one.faces, geometry.Bound()->faceCount);
+            EXPECT_EQ(one.vertices, geometry.Bound()->VertexCount());
+            EXPECT_EQ(one.levels, 1u);
+            EXPECT_EQ(one.bytes, one.faces * 21 + one.vertices * 40);
+            bytes += one.bytes;
+        }
+        EXPECT_EQ(three.faces, geometry.Bound()->faceCount);
+        EXPECT_EQ(three.vertices, geometry.Bound()->VertexCount());
+        EXPECT_EQ(three.levels, 3u);
+        EXPECT_EQ(three.bytes, bytes);
+    }
+}
+
+TEST(SubdivideBudget, RefusalTellsWhatItWouldTakeAndLeavesAllAsItWas) {
+    LevelGeometry geometry(Cube());
+    geometry.Subdivide();
+    geometry.BindLevel(0);
+    geometry.Bound()->SetPosition(0, {-2, -2, -2});
+    const std::string before = StateOfAll(geometry);
+    const std::string reason =
+        "subdividing to level 2 would give 96 faces and 98 vertices and "
+        "take 5936 bytes; the budget is 5935";
+    EXPECT_EQ(RefusalOf([&] { geometry.Subdivide({5935, {}}); }), reason);
+    EXPECT_EQ(RefusalOf([&] { SubdivideAsStep(geometry, {5935, {}}); }), reason);
+    EXPECT_TRUE(StateOfAll(geometry) == before);
+    EXPECT_TRUE(geometry.Subdivide({5936, {}}));
+    EXPECT_EQ(geometry.LevelCount(), 3u);
+}
+
+TEST(SubdivideBudget, LevelsThatCannotBeCountedAreRefusedBeforeAnyIsMade) {
+    const LevelGeometry geometry(Cube());
+    EXPECT_EQ(RefusalOf([&] { geometry.CheckForecast(30, ~uint64_t{0}); }),
+              "subdividing to level 15 would give 6442450944 faces; a level holds at most "
+              "1073741823");
+}
+
+TEST(SubdivideBudget, StoppingHalfWayLeavesNothingChanged) {
+    LevelGeometry geometry(GridMesh(200, 200));
+    geometry.Subdivide();
+    geometry.BindLevel(0);
+    // Something that the way to the highest level carries along.
+    geometry.Bound()->SetPosition(7, {7, 0, 1});
+    const std::string before = StateOfAll(geometry);
+    int asked = 0;
+    for (int lastAnswer = 0;; ++lastAnswer) {
+        asked = 0;
+        const SubdivideOptions options{~uint64_t{0}, [&] { return asked++ == lastAnswer; }};
+        const bool done = lastAnswer % 2 == 0 ? geometry.Subdivide(options)
+                                              : SubdivideAsStep(geometry, options) != nullptr;
+        if (done) break;
+        ASSERT_EQ(asked, lastAnswer + 1) << "stopped at once";
+        ASSERT_TRUE(StateOfAll(geometry) == before) << lastAnswer;
+    }
+    EXPECT_GT(asked, 10) << "in topology and positions";
+    EXPECT_EQ(geometry.LevelCount(), 3u);
+    EXPECT_EQ(geometry.Bound()->faceCount, 640000u);
+}
+
+}  // namespace
+}  // namespace trovik::test
