@@ -72,6 +72,7 @@ void StampStroke::Lay(StrokeDab& dab) {
         toward = dab.heading;
         if (toward == Vector() && hasPrevious) toward = dab.position - previous;
     }
+    if (dab.stampTop != Vector()) toward = dab.stampTop;
     previous = dab.position;
     hasPrevious = true;
 

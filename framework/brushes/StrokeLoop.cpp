@@ -17,6 +17,8 @@ namespace {
 
 constexpr int stampMask = -1;
 constexpr int mirroredStampMask = 1;
+/// Tells the numbers for sizes from those that the stamp takes.
+constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
 using Clock = std::chrono::steady_clock;
 
@@ -56,6 +58,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier modifier, uint64_t seed) {
     });
     // A modifier key can have brought another tool.
     stamps.Begin(brush, geometry, tree, seed);
+    sizeRandom = StrokeRandom(seed ^ sizeSalt);
     active = true;
 }
 

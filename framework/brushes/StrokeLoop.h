@@ -3,6 +3,7 @@
 
 #include "framework/brushes/StampStroke.h"
 #include "framework/brushes/StrokeObserver.h"
+#include "framework/brushes/StrokeRandom.h"
 #include "framework/picking/PatchTree.h"
 #include "host/BrushOperation.h"
 
@@ -23,6 +24,8 @@ struct StrokeDab {
     float strength = 0.0f;
     /// Direction of the stroke here, world, of any length; zero: that from the dab before.
     Vector heading;
+    /// Where the stamp's top points, world, of any length; zero: where its positioning says.
+    Vector stampTop;
     /// The dab stays where it is whatever the stamp's settings are.
     bool keepPlace = false;
     /// Mesh-local position to stamp pixel. Set by the loop.
@@ -71,6 +74,8 @@ public:
     /// Distance from the dab just made to the next one along a path, world units.
     /// \param share  of the radius, for tools that have no spacing of their own.
     float Spacing(float radius, float share) { return stamps.Spacing(radius, share); }
+    /// The next number of the stroke's chance for a dab's size, 0 to less than 1.
+    float RandomShare() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
 
@@ -98,6 +103,7 @@ private:
     /// Last hit of the main side, of each mirror and of the topological one; zero before the first.
     std::vector<Vector> previousHits;
     StampStroke stamps;
+    StrokeRandom sizeRandom;
     StrokeTotals totals;
     AxisAlignedBoundingBox dirtyBox;
     bool active = false;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/PathSample.h"
 #include "framework/brushes/StrokeLoop.h"
 
 #include <functional>
@@ -22,13 +23,6 @@ struct StrokeView {
     Ray Through(float x, float y) const;
     /// Camera to world: it looks along its local -z axis with +y up.
     Matrix ToWorld() const;
-};
-
-/// A sample of a path: a place on the viewport in pixels (z unused), or on the surface in world
-/// space.
-struct PathSample {
-    Vector place;
-    float pressure = 1.0f;
 };
 
 /// How dabs are laid along a path.
