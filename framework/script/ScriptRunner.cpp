@@ -248,6 +248,7 @@ void ScriptRunner::RunSettings(const FieldReader& settings) {
         BrushAttribute<bool>(brush, "drawfromcenter")
             .SetValue(settings.At("drawFromCenter").Flag(), true);
     if (settings.Has("stamp")) SetStamp(settings.At("stamp"));
+    SetPen(settings);
 }
 
 void ScriptRunner::SetFalloff(const FieldReader& falloff) {

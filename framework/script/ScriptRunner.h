@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/DabDynamics.h"
+#include "framework/brushes/PathShape.h"
 #include "framework/files/MeshSource.h"
 #include "framework/script/FieldReader.h"
 #include "framework/script/SculptSession.h"
@@ -90,6 +92,11 @@ private:
     std::string StampPath(const FieldReader& name) const;
     void StrokeDabs(const FieldReader& dabs);
     void LayDabs(const FieldReader& stroke);
+    void LayPath(const FieldReader& stroke);
+    void SetPen(const FieldReader& settings);
+    PathShape ShapeOf(const FieldReader& given, std::size_t placeNumbers) const;
+    std::vector<PathSample> PenOf(const FieldReader& pen) const;
+    float RadiusAt(const Vector& place) const;
     uint64_t StrokeSeed(const FieldReader& stroke);
     std::vector<PathSample> Samples(const FieldReader& list, std::size_t placeNumbers) const;
     PathOptions PathSettings();
@@ -113,6 +120,7 @@ private:
     float spacing = 0.25f;
     /// Bytes that the levels of one step may take together.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
+    DabDynamics dynamics;
     std::map<std::string, Picture> kept;
     /// The surface before the first stroke, for pictures of before and after.
     std::vector<Vector> positionsBefore;

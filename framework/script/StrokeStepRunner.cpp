@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/DabStrength.h"
-#include "framework/brushes/ImprintStroke.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
@@ -82,9 +81,11 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
     const bool goesOn = stroke.FlagOr("continue", false);
     const int kinds =
         static_cast<int>(stroke.Has("dabs")) + static_cast<int>(stroke.Has("surface")) +
-        static_cast<int>(stroke.Has("pointer")) + static_cast<int>(stroke.Has("wholeMesh"));
+        static_cast<int>(stroke.Has("pointer")) + static_cast<int>(stroke.Has("pen")) +
+        static_cast<int>(stroke.Has("wholeMesh"));
     if (kinds > 1 || (kinds == 0 && !staysOpen && !goesOn)) {
-        stroke.Fail("a stroke needs one of \"dabs\", \"surface\", \"pointer\", \"wholeMesh\"");
+        stroke.Fail(
+            "a stroke needs one of \"dabs\", \"surface\", \"pointer\", \"pen\", \"wholeMesh\"");
     }
     if (goesOn && !loop.IsActive()) stroke.At("continue").Fail("no stroke is open");
     for (const char* name : {"modifier", "seed"}) {
@@ -115,6 +116,8 @@ void ScriptRunner::CheckOpenStroke(const FieldReader& step) const {
 }
 
 void ScriptRunner::LayDabs(const FieldReader& stroke) {
+    const bool hasPath = !stroke.Has("dabs") && !stroke.Has("wholeMesh");
+    if (!hasPath && stroke.Has("path")) stroke.At("path").Fail("this stroke has no path");
     if (stroke.Has("dabs")) {
         StrokeDabs(stroke.At("dabs"));
         return;
@@ -125,22 +128,7 @@ void ScriptRunner::LayDabs(const FieldReader& stroke) {
         if (progress.dab) progress.dab();
         return;
     }
-    const bool onSurface = stroke.Has("surface");
-    if (!onSurface && !stroke.Has("pointer")) return;
-    const std::vector<PathSample> samples =
-        onSurface ? Samples(stroke.At("surface"), 3) : Samples(stroke.At("pointer"), 2);
-    StrokeLoop& loop = session->Loop();
-    LevelGeometry& geometry = session->Geometry();
-    const StrokeView& view = session->View();
-    const auto mode = static_cast<DrawMode>(session->Brush().StrokeDrawMode());
-    const PathOptions options = PathSettings();
-    if (mode != DrawMode::AlongPath)
-        ImprintAlong(
-            loop, geometry, session->Tree(), onSurface ? nullptr : &view, mode, samples, options);
-    else if (onSurface)
-        StrokeAlongSurface(loop, geometry, session->Tree(), samples, options);
-    else
-        StrokeAlongView(loop, geometry, session->Tree(), view, samples, options);
+    LayPath(stroke);
 }
 
 // Strokes without a seed of their own differ, as those of a hand do.
@@ -180,7 +168,7 @@ void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
         session->Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
         if (fields.Has("position")) dab.position = fields.At("position").ThreeNumbers();
         dab.keepPlace = true;
-        dab.size = fields.NumberOr("radius", radius);
+        dab.size = fields.NumberOr("radius", RadiusAt(dab.position));
         dab.pressure = fields.NumberOr("pressure", 1.0f);
         dab.strength =
             fields.NumberOr("strength", DabStrength(session->Brush(), dab.pressure, dab.size));

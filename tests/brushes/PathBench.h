@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/PathDabs.h"
+#include "tests/brushes/LoopBench.h"
+
+#include <vector>
+
+namespace trovik::test {
+
+/// A grid of 16 x 16 units seen from above, along which paths lay dabs that move nothing.
+class PathBench {
+public:
+    PathBench();
+
+    /// \return the dabs.
+    std::vector<RecordingBrush::Dab> InView(const std::vector<PathSample>& samples,
+                                            const DabDynamics& dynamics = {},
+                                            uint64_t seed = 0);
+    std::vector<RecordingBrush::Dab> OnSurface(const std::vector<PathSample>& samples,
+                                               const DabDynamics& dynamics = {},
+                                               uint64_t seed = 0);
+
+    /// Over the middle of the grid; 20 pixels are one unit, (400, 300) is the middle (8, 8).
+    static StrokeView FromAbove();
+
+    RecordingBrush brush;
+    LoopBench bench;
+    StrokeView view = FromAbove();
+    float radius = 0.5f;
+    float spacing = 0.5f;
+
+private:
+    std::vector<RecordingBrush::Dab> Run(PathSpace space,
+                                         const std::vector<PathSample>& samples,
+                                         const DabDynamics& dynamics,
+                                         uint64_t seed);
+};
+
+PathSample Sample(float x, float y, float pressure = 1.0f, double time = 0.0);
+/// Each segment of a path in so many parts of equal length.
+std::vector<PathSample> Finer(const std::vector<PathSample>& samples, int parts);
+
+}  // namespace trovik::test

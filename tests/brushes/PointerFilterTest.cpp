@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Recorded pointer streams with the faults of pens and drivers. A stroke is clean when it has the
+/// dabs of the stroke without faults: as many but for one, each within a quarter of the spacing of
+/// its place and within 0.06 of its pressure.
+#include "framework/brushes/PointerFilter.h"
+#include "framework/script/PenStream.h"
+#include "tests/brushes/PathBench.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace trovik::test {
+namespace {
+
+using Dabs = std::vector<RecordingBrush::Dab>;
+
+std::vector<PathSample> Stream(const std::string& name) {
+    return ReadPenStream(std::string(TROVIK_SOURCE_DIR) + "/tests/data/pointer/" + name + ".json");
+}
+
+class PointerFilterTest : public testing::Test, protected PathBench {
+protected:
+    PointerFilterTest() { expected = InView(Stream("clean")); }
+
+    struct Faults {
+        float place = 0.0f;
+        float pressure = 0.0f;
+        std::size_t count = 0;
+    };
+    /// How far the stroke is from the one without faults, dab by dab.
+    Faults FaultsOf(const std::vector<PathSample>& samples) {
+        const Dabs dabs = InView(samples);
+        Faults faults;
+        faults.count = dabs.size() > expected.size() ? dabs.size() - expected.size()
+                                                     : expected.size() - dabs.size();
+        for (std::size_t i = 0; i < std::min(dabs.size(), expected.size()); ++i) {
+            faults.place =
+                std::max(faults.place, (dabs[i].position - expected[i].position).Length());
+            faults.pressure =
+                std::max(faults.pressure, std::fabs(dabs[i].pressure - expected[i].pressure));
+        }
+        return faults;
+    }
+    void ExpectClean(const std::vector<PathSample>& samples) {
+        const Faults faults = FaultsOf(samples);
+        EXPECT_LE(faults.count, 1u);
+        EXPECT_LE(faults.place, 0.25f * 0.25f);
+        EXPECT_LE(faults.pressure, 0.06f);
+    }
+
+    Dabs expected;
+};
+
+TEST_F(PointerFilterTest, AStreamWithoutFaultsKeepsItsBits) {
+    ASSERT_GT(expected.size(), 80u);
+    const auto samples = Stream("clean");
+    const auto filtered = Filtered(samples);
+    ASSERT_EQ(filtered.size(), samples.size());
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        EXPECT_EQ(filtered[i].place, samples[i].place) << i;
+        EXPECT_EQ(filtered[i].pressure, samples[i].pressure) << i;
+        EXPECT_EQ(filtered[i].time, samples[i].time) << i;
+    }
+}
+
+TEST_F(PointerFilterTest, TheBlotOfThePressGoes) {
+    const auto raw = Stream("blot");
+    EXPECT_GT(FaultsOf(raw).pressure, 0.5f);
+    ExpectClean(Filtered(raw));
+    EXPECT_LT(InView(Filtered(raw))[0].pressure, 0.2f);
+}
+
+TEST_F(PointerFilterTest, TheSpikeOfTheReleaseGoes) {
+    const auto raw = Stream("spike");
+    EXPECT_GT(FaultsOf(raw).count, 10u) << "a tail of dabs to where the pen was in the air";
+    EXPECT_GT(FaultsOf(raw).pressure, 0.1f);
+    ExpectClean(Filtered(raw));
+}
+
+TEST_F(PointerFilterTest, TimesThatFallAreMadeToAscend) {
+    const auto raw = Stream("jitter");
+    const auto clean = Stream("clean");
+    std::size_t falls = 0;
+    for (std::size_t i = 1; i < raw.size(); ++i) falls += raw[i].time < raw[i - 1].time ? 1 : 0;
+    EXPECT_GT(falls, 30u);
+    const auto filtered = Filtered(raw);
+    ASSERT_EQ(filtered.size(), clean.size());
+    for (std::size_t i = 0; i < clean.size(); ++i) {
+        EXPECT_EQ(filtered[i].place, clean[i].place) << "the order in which they came is right";
+        EXPECT_NEAR(filtered[i].time, clean[i].time + 0.0275, 0.0275) << i;
+        if (i > 0) EXPECT_GE(filtered[i].time, filtered[i - 1].time);
+    }
+    ExpectClean(filtered);
+}
+
+TEST_F(PointerFilterTest, TheAirbrushNeedsTimesThatAscend) {
+    DabDynamics dynamics;
+    dynamics.airbrush = 100.0f;
+    const auto count = [&](const std::vector<PathSample>& samples) {
+        return static_cast<int>(InView(samples, dynamics).size());
+    };
+    const int clean = count(Stream("clean"));
+    EXPECT_GT(clean, 130);
+    EXPECT_GT(std::abs(count(Stream("jitter")) - clean), 10);
+    EXPECT_LE(std::abs(count(Filtered(Stream("jitter"))) - clean), 5);
+}
+
+TEST_F(PointerFilterTest, DoubledSamplesCountOnce) {
+    const auto raw = Stream("doubled");
+    EXPECT_GT(FaultsOf(raw).pressure, 0.25f);
+    const auto filtered = Filtered(raw);
+    EXPECT_EQ(filtered.size(), Stream("clean").size());
+    ExpectClean(filtered);
+    EXPECT_EQ(FaultsOf(filtered).place, 0.0f);
+    EXPECT_EQ(FaultsOf(filtered).pressure, 0.0f);
+}
+
+TEST_F(PointerFilterTest, SamplesThatCameTooLateArePutInTheirPlace) {
+    const auto raw = Stream("late");
+    EXPECT_GT(FaultsOf(raw).count, 20u) << "the brush runs back and forth";
+    const auto filtered = Filtered(raw);
+    const auto clean = Stream("clean");
+    ASSERT_EQ(filtered.size(), clean.size());
+    ExpectClean(filtered);
+}
+
+TEST_F(PointerFilterTest, EverythingAtOnceIsCleanToo) {
+    const auto raw = Stream("everything");
+    EXPECT_GT(FaultsOf(raw).count, 20u);
+    ExpectClean(Filtered(raw));
+}
+
+TEST_F(PointerFilterTest, WhatAHandDoesIsNoFault) {
+    // A press that softens, and a flick at the end that gains on itself.
+    std::vector<PathSample> samples;
+    for (int i = 0; i < 12; ++i) {
+        const auto t = static_cast<float>(i);
+        samples.push_back(Sample(300 + 1.5f * t * t, 300, 0.9f - 0.05f * t, 0.008 * i));
+    }
+    const auto filtered = Filtered(samples);
+    ASSERT_EQ(filtered.size(), samples.size());
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        EXPECT_EQ(filtered[i].place, samples[i].place);
+        EXPECT_EQ(filtered[i].pressure, samples[i].pressure);
+    }
+    // A tap and a short straight stroke of two samples.
+    EXPECT_EQ(Filtered({Sample(1, 1)}).size(), 1u);
+    EXPECT_EQ(Filtered({Sample(1, 1), Sample(200, 1, 1, 0.5)}).size(), 2u);
+    EXPECT_TRUE(Filtered({}).empty());
+}
+
+TEST_F(PointerFilterTest, LateInTheStrokePressureMayJump) {
+    std::vector<PathSample> samples;
+    for (int i = 0; i < 40; ++i)
+        samples.push_back(
+            Sample(300 + 4.0f * static_cast<float>(i), 300, i < 20 ? 0.2f : 0.9f, 0.008 * i));
+    const auto filtered = Filtered(samples);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        EXPECT_EQ(filtered[i].pressure, samples[i].pressure) << i;
+}
+
+}  // namespace
+}  // namespace trovik::test
