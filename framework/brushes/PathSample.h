@@ -8,6 +8,10 @@ namespace trovik {
 /// A sample of a path: a place on the viewport in pixels (z unused), or on the surface in world
 /// space.
 struct PathSample {
+    PathSample() = default;
+    /// Of an upright pen.
+    PathSample(const Vector& at, float pressed = 1.0f) : place(at), pressure(pressed) {}
+
     Vector place;
     /// 0 to 1.
     float pressure = 1.0f;

@@ -55,16 +55,21 @@ void Order(Samples& samples) {
     }
 }
 
-/// Neighbours whose times fall share their mean, until none falls.
+/// Neighbours whose times fall share their mean, until none falls; these means stand in the middle
+/// of those that share them, and times run evenly from one to the next.
 void MakeTimesAscend(Samples& samples) {
     struct Pool {
         double sum;
+        std::size_t first;
         std::size_t count;
         double Mean() const { return sum / static_cast<double>(count); }
+        double Middle() const {
+            return static_cast<double>(first) + 0.5 * static_cast<double>(count - 1);
+        }
     };
     std::vector<Pool> pools;
-    for (const PathSample& sample : samples) {
-        pools.push_back({sample.time, 1});
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        pools.push_back({samples[i].time, i, 1});
         while (pools.size() > 1 && pools[pools.size() - 2].Mean() > pools.back().Mean()) {
             const Pool last = pools.back();
             pools.pop_back();
@@ -72,10 +77,27 @@ void MakeTimesAscend(Samples& samples) {
             pools.back().count += last.count;
         }
     }
-    std::size_t i = 0;
-    for (const Pool& pool : pools) {
-        for (std::size_t k = 0; k < pool.count; ++k, ++i)
-            if (pool.count > 1) samples[i].time = pool.Mean();
+    if (pools.size() == samples.size()) return;
+    const Pool& front = pools.front();
+    const Pool& back = pools.back();
+    const double pace =
+        pools.size() == 1 ? 0.0 : (back.Mean() - front.Mean()) / (back.Middle() - front.Middle());
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const auto at = static_cast<double>(i);
+        while (next < pools.size() && pools[next].Middle() < at) ++next;
+        if (next == 0) {
+            samples[i].time = front.Mean() - pace * (front.Middle() - at);
+        } else if (next == pools.size()) {
+            samples[i].time = back.Mean() + pace * (at - back.Middle());
+        } else if (pools[next].Middle() == at) {
+            samples[i].time = pools[next].Mean();
+        } else {
+            const Pool& from = pools[next - 1];
+            const Pool& to = pools[next];
+            const double share = (at - from.Middle()) / (to.Middle() - from.Middle());
+            samples[i].time = from.Mean() + (to.Mean() - from.Mean()) * share;
+        }
     }
 }
 
@@ -85,7 +107,13 @@ void TakeBlot(Samples& samples, const PointerLimits& limits) {
         if (samples[i].time - samples[0].time > limits.settleTime) break;
         if (samples[i - 1].pressure - samples[i].pressure > limits.pressureJump) blot = i;
     }
-    for (std::size_t i = 0; i < blot; ++i) samples[i].pressure = samples[blot].pressure;
+    if (blot == 0) return;
+    // Pressure rises to the fall's foot as it rises behind it.
+    const float rise = blot + 1 < samples.size()
+                           ? std::max(0.0f, samples[blot + 1].pressure - samples[blot].pressure)
+                           : 0.0f;
+    for (std::size_t i = blot; i > 0; --i)
+        samples[i - 1].pressure = std::max(0.0f, samples[i].pressure - rise);
 }
 
 /// The first sample that can belong to a spike.

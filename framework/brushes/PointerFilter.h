@@ -30,9 +30,10 @@ struct PointerLimits {
 /// 2. Samples that come too late: one whose time lies before that of samples that came before it is
 ///    put where its time belongs if the path becomes shorter by that, or else stays, because only
 ///    its time is wrong.
-/// 3. Times that still fall: the ascending times that are nearest to them by least squares.
+/// 3. Times that still fall: neighbours share their mean until none falls (the ascending times that
+///    are nearest by least squares), and between the middles of such groups times run evenly.
 /// 4. The blot: where pressure falls by a jump right after the press, the samples before the fall
-///    take the pressure behind it.
+///    get the pressures of a ramp, as steep as from the two samples behind it, and not below 0.
 /// 5. The spike: where pressure rises by a jump right before the release, the samples from there on
 ///    take the pressure before it; samples behind a jump of place there are left out.
 ///

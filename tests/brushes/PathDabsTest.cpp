@@ -87,17 +87,17 @@ TEST_F(PathDabsTest, DabsDependOnThePathAndNotOnItsSamples) {
     dynamics.randomSize = 0.3f;
     dynamics.tiltToSize = 0.5f;
     for (int k = 0; k < 12; ++k) {
-        const bool view = k % 2 == 0;
+        const bool seen = k % 2 == 0;
         std::vector<PathSample> samples;
         for (int i = 0; i < 6; ++i) {
             const float x = 0.5f + 15.0f * share();
             const float y = 0.5f + 15.0f * share();
-            samples.push_back(view ? Sample(240 + 20 * x, 140 + 20 * y, 0.2f + 0.8f * share())
+            samples.push_back(seen ? Sample(240 + 20 * x, 140 + 20 * y, 0.2f + 0.8f * share())
                                    : Sample(x, y, 0.2f + 0.8f * share()));
             samples.back().tilt = {share() * 0.5f, share() * 0.5f, 0.0f};
         }
         const auto run = [&](const std::vector<PathSample>& path) {
-            return view ? InView(path, dynamics, 5) : OnSurface(path, dynamics, 5);
+            return seen ? InView(path, dynamics, 5) : OnSurface(path, dynamics, 5);
         };
         const Dabs expected = run(samples);
         ASSERT_GT(expected.size(), 50u);
@@ -163,16 +163,17 @@ TEST_F(PathDabsTest, TheStampsTopPointsWhereThePenLeansTo) {
     brush.TakeStamp(64, 64);
     DabDynamics dynamics;
     dynamics.tiltTurnsStamp = true;
-    // To the right of the viewport, which is the grid's x: the image's top row is row 0.
+    // To the right of the viewport, which is the grid's x: the image's top row is
+    // row 0, and pixels have their middles at whole numbers.
     const Dabs right = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);
     const Vector place = right[0].hit.position;
     const Vector ahead = PixelOf(right[0].stampMatrix, place + Vector(0.25f, 0.0f, 0.0f));
-    EXPECT_NEAR(ahead.x, 32.0f, 1e-2f);
-    EXPECT_NEAR(ahead.y, 16.0f, 1e-2f);
+    EXPECT_NEAR(ahead.x, 31.5f, 1e-2f);
+    EXPECT_NEAR(ahead.y, 15.5f, 1e-2f);
     // To the bottom of the viewport, which is against the grid's y.
     const Dabs down = InView({Leaning(Sample(400, 300), 0.0f, 0.6f)}, dynamics);
     const Vector below = PixelOf(down[0].stampMatrix, place + Vector(0.0f, -0.25f, 0.0f));
-    EXPECT_NEAR(below.y, 16.0f, 1e-2f);
+    EXPECT_NEAR(below.y, 15.5f, 1e-2f);
     const Dabs upright = InView({Sample(400, 300)}, dynamics);
     dynamics.tiltTurnsStamp = false;
     const Dabs plain = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);

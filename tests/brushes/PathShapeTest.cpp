@@ -60,8 +60,9 @@ TEST(SmoothedPath, AZigzagOfTheHandShrinks) {
         zigzag.emplace_back(static_cast<float>(i), i % 2 == 0 ? 1.0f : -1.0f, 0.0f);
     const auto path = Smoothed(Through(zigzag), 24.0f);
     for (const PathSample& sample : path)
-        if (sample.place.x > 15.0f && sample.place.x < 185.0f)
+        if (sample.place.x > 15.0f && sample.place.x < 185.0f) {
             EXPECT_LT(std::fabs(sample.place.y), 0.1f);
+        }
 }
 
 TEST(SmoothedPath, DoesNotDependOnTheNumberOfSamples) {
@@ -155,12 +156,15 @@ TEST(SnapToCurve, HoldsThePenOnTheCurveWhereItComesNear) {
     // A hand that wavers along y = 50, and leaves.
     std::vector<Vector> hand;
     for (int i = 0; i <= 100; ++i)
-        hand.emplace_back(static_cast<float>(2 * i), 50.0f + 6.0f * std::sin(0.4f * i), 0.0f);
+        hand.emplace_back(
+            static_cast<float>(2 * i), 50.0f + 6.0f * std::sin(0.4f * static_cast<float>(i)), 0.0f);
     hand.emplace_back(200.0f, 100.0f, 0.0f);
     const auto path = Snapped(Through(hand), {{0, 50, 0}, {300, 50, 0}}, 8.0f);
     std::size_t held = 0;
     for (const PathSample& sample : path) {
-        if (sample.place.x < 199.0f) EXPECT_EQ(sample.place.y, 50.0f);
+        if (sample.place.x < 199.0f) {
+            EXPECT_EQ(sample.place.y, 50.0f);
+        }
         if (sample.place.y == 50.0f) ++held;
         EXPECT_FALSE(sample.place.y > 50.0f && sample.place.y <= 57.9f) << "on the curve, or free";
     }

@@ -78,41 +78,50 @@ TEST_F(PointerFilterTest, TheBlotOfThePressGoes) {
 TEST_F(PointerFilterTest, TheSpikeOfTheReleaseGoes) {
     const auto raw = Stream("spike");
     EXPECT_GT(FaultsOf(raw).count, 10u) << "a tail of dabs to where the pen was in the air";
-    EXPECT_GT(FaultsOf(raw).pressure, 0.1f);
+    EXPECT_GT(InView(raw).back().pressure, 0.9f);
+    EXPECT_LT(expected.back().pressure, 0.5f);
     ExpectClean(Filtered(raw));
+    EXPECT_LT(InView(Filtered(raw)).back().pressure, 0.5f);
 }
 
 TEST_F(PointerFilterTest, TimesThatFallAreMadeToAscend) {
     const auto raw = Stream("jitter");
     const auto clean = Stream("clean");
     std::size_t falls = 0;
-    for (std::size_t i = 1; i < raw.size(); ++i) falls += raw[i].time < raw[i - 1].time ? 1 : 0;
+    for (std::size_t i = 1; i < raw.size(); ++i) falls += raw[i].time < raw[i - 1].time ? 1u : 0u;
     EXPECT_GT(falls, 30u);
     const auto filtered = Filtered(raw);
-    ASSERT_EQ(filtered.size(), clean.size());
-    for (std::size_t i = 0; i < clean.size(); ++i) {
-        EXPECT_EQ(filtered[i].place, clean[i].place) << "the order in which they came is right";
-        EXPECT_NEAR(filtered[i].time, clean[i].time + 0.0275, 0.0275) << i;
-        if (i > 0) EXPECT_GE(filtered[i].time, filtered[i - 1].time);
+    std::size_t k = 0;
+    for (std::size_t i = 0; i < filtered.size(); ++i) {
+        // While the pen rests samples with equal times have become one.
+        while (k < clean.size() && clean[k].place != filtered[i].place) ++k;
+        ASSERT_LT(k, clean.size()) << "the order in which they came is right";
+        if (i > 0) {
+            EXPECT_GE(filtered[i].time, filtered[i - 1].time);
+        }
+        if (clean[k].place == Vector(400.0f, 300.0f, 0.0f)) continue;
+        EXPECT_NEAR(filtered[i].time, clean[k].time + 0.0275, 0.0275) << i;
     }
+    EXPECT_EQ(filtered.back().place, clean.back().place);
+    EXPECT_GE(filtered.size() + 4, clean.size());
     ExpectClean(filtered);
 }
 
 TEST_F(PointerFilterTest, TheAirbrushNeedsTimesThatAscend) {
     DabDynamics dynamics;
-    dynamics.airbrush = 100.0f;
+    dynamics.airbrush = 50.0f;
     const auto count = [&](const std::vector<PathSample>& samples) {
         return static_cast<int>(InView(samples, dynamics).size());
     };
     const int clean = count(Stream("clean"));
-    EXPECT_GT(clean, 130);
-    EXPECT_GT(std::abs(count(Stream("jitter")) - clean), 10);
-    EXPECT_LE(std::abs(count(Filtered(Stream("jitter"))) - clean), 5);
+    EXPECT_GT(clean, 110);
+    EXPECT_GT(std::abs(count(Stream("jitter")) - clean), 5);
+    EXPECT_LE(std::abs(count(Filtered(Stream("jitter"))) - clean), 3);
 }
 
 TEST_F(PointerFilterTest, DoubledSamplesCountOnce) {
     const auto raw = Stream("doubled");
-    EXPECT_GT(FaultsOf(raw).pressure, 0.25f);
+    EXPECT_GT(FaultsOf(raw).pressure, 0.2f);
     const auto filtered = Filtered(raw);
     EXPECT_EQ(filtered.size(), Stream("clean").size());
     ExpectClean(filtered);

@@ -45,8 +45,12 @@ TEST(PressureCurve, RisesAndFallsOnlyWhereItsPointsDo) {
         const float p = static_cast<float>(i) * 0.001f;
         const float value = curve.At(p);
         EXPECT_LE(value, 1.0f) << p;
-        if (p <= 0.8f) EXPECT_GE(value, before - 1e-6f) << p;
-        if (p > 0.801f) EXPECT_LE(value, before + 1e-6f) << p;
+        if (p <= 0.8f) {
+            EXPECT_GE(value, before - 1e-6f) << p;
+        }
+        if (p > 0.801f) {
+            EXPECT_LE(value, before + 1e-6f) << p;
+        }
         widest = std::max(widest, std::abs(value - before));
         before = value;
     }

@@ -48,7 +48,7 @@ def spike(samples):
     """At the release the tip springs back: full pressure, and the place of a pen in the air."""
     samples[-2][2] = 1.0
     x, y = samples[-1][:2]
-    samples[-1] = [round(x + 60, 1), round(y - 35, 1), 1.0, samples[-1][3]]
+    samples[-1] = [round(x - 60, 1), round(y - 35, 1), 1.0, samples[-1][3]]
 
 
 def jitter(samples, rng):

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Pens and the paths of strokes as stroke scripts tell them.
+#include "framework/errors/HostError.h"
+#include "framework/script/PenStream.h"
+#include "framework/script/ScriptRunner.h"
+#include "tests/files/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+namespace trovik::test {
+namespace {
+
+using testing::HasSubstr;
+
+class PenScript : public testing::Test {
+protected:
+    PenScript() { folder.Fill("quad.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n"); }
+
+    /// Runs steps on a square of 32 x 32 quads; 200 pixels are one unit, (300, 300) is its middle.
+    /// \return a number that tells the exported bits.
+    std::size_t Run(const std::string& steps) {
+        const std::string script =
+            folder.Fill("script.json",
+                        R"({"mesh": "quad.obj", "levels": 5,
+                "camera": {"eye": [0, 0, 10], "target": [0, 0, 0], "fieldOfView": 17.061518,
+                           "width": 600, "height": 600},
+                "steps": [{"tool": "Sculpt", "set": {"radius": 0.2, "strength": 20}}, )" +
+                            steps + R"(, {"export": {"file": "out.ply"}}]})");
+        result = ScriptRunner(script, folder.Path("out"), {}).Run();
+        return std::hash<std::string>()(TemporaryFolder::Content(folder.Path("out/out.ply")));
+    }
+    /// The dabs of a brush that leaves the square flat.
+    uint64_t DabsOf(const std::string& steps) {
+        Run(Set(R"("strength": 0)") + steps);
+        return result.totals.dabs;
+    }
+    std::string ErrorOf(const std::string& steps) {
+        return MessageOf<HostError>([&] { Run(steps); });
+    }
+    static std::string Set(const std::string& settings) {
+        return "{\"set\": {" + settings + "}}, ";
+    }
+    static std::string Stroke(const std::string& fields) {
+        return "{\"stroke\": {" + fields + "}}";
+    }
+
+    TemporaryFolder folder;
+    ScriptResult result;
+};
+
+constexpr const char* pen =
+    R"("pen": [[200, 300, 0.1, 0], [250, 310, 0.6, 40], [300, 290, 0.7, 90], [400, 300, 0.2, 160]])";
+constexpr const char* pointer = R"("pointer": [[200, 300], [300, 200], [400, 300]])";
+
+TEST_F(PenScript, APenMayStandInAFile) {
+    const std::size_t inlined = Run(Stroke(pen));
+    folder.Fill("stroke.json",
+                R"({"description": "a hand", "samples": [[200, 300, 0.1, 0], [250, 310, 0.6, 40],
+                    [300, 290, 0.7, 90], [400, 300, 0.2, 160]]})");
+    EXPECT_EQ(Run(Stroke(R"("pen": "stroke.json")")), inlined);
+    EXPECT_GT(result.totals.verticesMoved, 100u);
+}
+
+TEST_F(PenScript, APensStrokeIsSmoothedByTheToolAndPlacesOfScriptsAreNot) {
+    const std::size_t smooth = Run(Stroke(pen));
+    const std::size_t plain = Run(Stroke(std::string(pen) + R"(, "path": {"smoothing": 0})"));
+    EXPECT_NE(smooth, plain);
+    EXPECT_EQ(Run(Set(R"("smoothing": false)") + Stroke(pen)), plain);
+    EXPECT_EQ(Run(Set(R"("smoothing": false)") + Set(R"("smoothing": true)") + Stroke(pen)),
+              smooth);
+    // 0.0625 of 600 pixels.
+    EXPECT_EQ(Run(Stroke(std::string(pen) + R"(, "path": {"smoothing": 37.5})")), smooth);
+    const std::size_t exact = Run(Stroke(pointer));
+    EXPECT_EQ(Run(Set(R"("smoothing": 0.3, "steady": 0.1)") + Stroke(pointer)), exact);
+}
+
+TEST_F(PenScript, TheStringOfTheToolIsTheOneOfThePath) {
+    const std::size_t held = Run(Set(R"("steady": 0.1)") + Stroke(pen));
+    EXPECT_NE(held, Run(Stroke(pen)));
+    EXPECT_EQ(Run(Stroke(std::string(pen) + R"(, "path": {"steady": 60})")), held);
+}
+
+TEST_F(PenScript, TheFilterIsOnUnlessItIsTurnedOff) {
+    const std::string blot =
+        R"("pen": [[200, 300, 1, 0], [204, 300, 0.125, 8], [208, 300, 0.1875, 16],
+        [300, 300, 0.5, 160]])";
+    const std::string without =
+        R"("pen": [[200, 300, 0.0625, 0], [204, 300, 0.125, 8], [208, 300, 0.1875, 16],
+        [300, 300, 0.5, 160]])";
+    const std::string off = R"(, "path": {"filter": false})";
+    EXPECT_EQ(Run(Stroke(blot)), Run(Stroke(without)));
+    EXPECT_NE(Run(Stroke(blot + off)), Run(Stroke(without + off)));
+    EXPECT_THAT(ErrorOf(Stroke(pointer + off)),
+                HasSubstr("/steps/1/stroke/path/filter: only a pen's samples are filtered"));
+}
+
+TEST_F(PenScript, AnEmptyPathMeasuresRoundCorners) {
+    // 282.8 pixels are 1.414 units; a dab each 0.05.
+    EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {})")), 29u);
+    EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {"line": true})")), 21u);
+    EXPECT_GT(DabsOf(Stroke(std::string(pointer) + R"(, "path": {"curve": true})")), 29u);
+    const std::string surface = R"("surface": [[-0.5, 0, 0], [0, 0.5, 0], [0.5, 0, 0]], "path": {)";
+    EXPECT_EQ(DabsOf(Stroke(surface + "}")), 29u);
+    EXPECT_EQ(DabsOf(Stroke(surface + R"("steady": 0.2071068})")), 25u);
+    EXPECT_EQ(DabsOf(Stroke(surface + R"("snap": {"curve": [[-1, 0, 0], [1, 0, 0]],
+                                                  "distance": 2}})")),
+              21u);
+}
+
+TEST_F(PenScript, PressureCurvesRandomSizesAndPixelsShapeDabs) {
+    const std::size_t plain = Run(Stroke(pen));
+    for (const char* setting : {R"("strengthCurve": [[0, 0], [0.5, 0.1], [1, 1]])",
+                                R"("sizeCurve": [[0, 0.2], [1, 1]])",
+                                R"("pressureControlsSize": true, "sizeBias": 30)",
+                                R"("randomSize": 0.5)",
+                                R"("radiusPixels": 50)"})
+        EXPECT_NE(Run(Set(setting) + Stroke(pen)), plain) << setting;
+    EXPECT_EQ(Run(Set(R"("strengthCurve": [[0, 0], [0.5, 0.1], [1, 1]])") +
+                  Set(R"("strengthCurve": null)") + Stroke(pen)),
+              plain);
+    EXPECT_EQ(Run(Set(R"("radiusPixels": 50)") + Set(R"("radius": 0.2)") + Stroke(pen)), plain);
+    // 40 pixels are 0.2 units in the plane through the middle of the view: a fifth more dabs under
+    // a brush smaller by a fifth.
+    EXPECT_EQ(DabsOf(Set(R"("radiusPixels": 40)") + Stroke(pointer)), 29u);
+    EXPECT_EQ(DabsOf(Set(R"("radiusPixels": 32)") + Stroke(pointer)), 36u);
+}
+
+TEST_F(PenScript, TheAirbrushGoesByTheTimesOfThePen) {
+    const std::string rest =
+        R"("pen": [[300, 300, 0.5, 100], [300, 300, 0.5, 500], [300, 300, 0.5, 1150]])";
+    EXPECT_EQ(DabsOf(Stroke(rest)), 1u);
+    EXPECT_EQ(DabsOf(Set(R"("airbrush": 10)") + Stroke(rest)), 11u);
+    const std::size_t once = Run(Set(R"("airbrush": 10)") + Stroke(rest));
+    EXPECT_EQ(Run(Set(R"("airbrush": 10)") + Stroke(rest)), once);
+}
+
+TEST_F(PenScript, TiltMakesDabsLarger) {
+    const std::string leaning = R"("pen": [[300, 300, 0.5, 0, 0.3, 0.4]])";
+    const std::string upright = R"("pen": [[300, 300, 0.5, 0, 0, 0]])";
+    EXPECT_EQ(Run(Stroke(leaning)), Run(Stroke(upright)));
+    const std::string tilt = Set(R"("tilt": {"size": 0.5, "strength": 0.2, "turn": true})");
+    EXPECT_NE(Run(tilt + Stroke(leaning)), Run(tilt + Stroke(upright)));
+    EXPECT_EQ(Run(tilt + Stroke(upright)), Run(Stroke(upright)));
+}
+
+TEST_F(PenScript, ErrorsNameThePlace) {
+    const std::string path = pointer + std::string(R"(, "path": )");
+    EXPECT_THAT(ErrorOf(Stroke(path + R"({"line": true, "curve": true})")),
+                HasSubstr("/steps/1/stroke/path: a path is one of \"line\" and \"curve\""));
+    EXPECT_THAT(ErrorOf(Stroke(path + R"({"snap": {"curve": [[1, 2, 3], [1, 2, 4]],
+                                                   "distance": 4}})")),
+                HasSubstr("/steps/1/stroke/path/snap/curve/0: places of this stroke have 2"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("dabs": [{"face": 0}], "path": {})")),
+                HasSubstr("/steps/1/stroke/path: this stroke has no path"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, 0], [1, 2, 1.5, 8]])")),
+                HasSubstr("/steps/1/stroke/pen/1/2: pressure lies between 0 and 1"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, 0, 0.9, 0.9]])")),
+                HasSubstr("/steps/1/stroke/pen/0/4: the tilt is no longer than 1"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, 0, 0.9]])")),
+                HasSubstr("/steps/1/stroke/pen/0: a sample is"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, -1]])")),
+                HasSubstr("/steps/1/stroke/pen/0/3: times lie between"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pen": "none.json")")), HasSubstr("none.json: cannot read"));
+    EXPECT_THAT(ErrorOf(Set(R"("sizeCurve": [[0, 0], [0.5, 0.5], [0.4, 1]])") + Stroke(pen)),
+                HasSubstr("/steps/1/set/sizeCurve/2: the pressures of a curve's points ascend"));
+    EXPECT_THAT(ErrorOf(Set(R"("sizeCurve": [[0, 0]])") + Stroke(pen)),
+                HasSubstr("/steps/1/set/sizeCurve: a pressure curve has 2 to 32 points"));
+    EXPECT_THAT(ErrorOf(Set(R"("radius": 1, "radiusPixels": 9)") + Stroke(pen)),
+                HasSubstr("/steps/1/set/radiusPixels: a brush has one of"));
+}
+
+TEST(PenStream, FilesThatAreNoneAreRefusedWithThePlace) {
+    const auto error = [](const std::string& text) {
+        return MessageOf<HostError>([&] { ParsePenStream(text, "pen.json"); });
+    };
+    EXPECT_THAT(error(""), HasSubstr("pen.json: not valid JSON"));
+    EXPECT_THAT(error("{\"samples\": [[1, 2"), HasSubstr("pen.json: not valid JSON"));
+    EXPECT_EQ(error("[]"), "pen.json: /: a pointer stream is an object with \"samples\"");
+    EXPECT_EQ(error(R"({"samples": []})"), "pen.json: /samples: a pointer stream has samples");
+    EXPECT_EQ(error(R"({"samples": 7})"), "pen.json: /samples: a pointer stream has samples");
+    EXPECT_EQ(error(R"({"samples": [[1, 2, 0, 0]], "sample": 1})"),
+              "pen.json: /sample: unknown field; there are samples, description");
+    EXPECT_EQ(error(R"({"samples": [[1, 2, 0, 0], [1, "2", 0, 0]]})"),
+              "pen.json: /samples/1/1: a number is needed");
+    EXPECT_THAT(error(R"({"samples": [{"x": 1}]})"),
+                HasSubstr("pen.json: /samples/0: a sample is"));
+    EXPECT_THAT(error(R"({"samples": [[1e300, 2, 0, 0]]})"), HasSubstr("/samples/0/0: the number"));
+    EXPECT_EQ(ParsePenStream(R"({"samples": [[1.5, 2, 0.25, 40, 0, -1]]})", "pen.json")[0].time,
+              0.04);
+}
+
+}  // namespace
+}  // namespace trovik::test
