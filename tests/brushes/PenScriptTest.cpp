@@ -116,6 +116,19 @@ TEST_F(PenScript, AnEmptyPathMeasuresRoundCorners) {
               21u);
 }
 
+TEST_F(PenScript, MoreSamplesOnTheSameWayGiveTheSameBits) {
+    const std::string more = R"(, "path": {})";
+    const std::size_t few =
+        Run(Stroke(R"("pointer": [[120, 460, 0.25], [376, 204, 0.75]])" + more));
+    EXPECT_EQ(Run(Stroke(R"("pointer": [[120, 460, 0.25], [184, 396, 0.375], [248, 332, 0.5],
+                                        [249, 331, 0.501953125], [376, 204, 0.75]])" +
+                         more)),
+              few);
+    EXPECT_NE(
+        Run(Stroke(R"("pointer": [[120, 460, 0.25], [184, 396, 0.5], [376, 204, 0.75]])" + more)),
+        few);
+}
+
 TEST_F(PenScript, PressureCurvesRandomSizesAndPixelsShapeDabs) {
     const std::size_t plain = Run(Stroke(pen));
     for (const char* setting : {R"("strengthCurve": [[0, 0], [0.5, 0.1], [1, 1]])",
