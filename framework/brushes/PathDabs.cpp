@@ -3,6 +3,7 @@
 
 #include "framework/brushes/ArcPath.h"
 #include "framework/brushes/DabStrength.h"
+#include "framework/errors/HostError.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,6 +14,8 @@ namespace {
 
 /// The smallest dab, as a share of the brush.
 constexpr float smallestDab = 0.01f;
+/// More steps than these are no stroke but a mistake in its places.
+constexpr double mostSteps = 1e8;
 /// A little less than the spacing will do, or rounding would decide whether a path whose length is
 /// a multiple of the spacing has a dab at its end.
 constexpr double nearEnough = 1.0 - 1e-4;
@@ -38,6 +41,8 @@ public:
 
     unsigned Run() {
         if (path.IsEmpty()) return 0;
+        if (!(path.Length() / Step() < mostSteps))
+            throw HostError("the path is too long for the brush");
         Arrive(0.0);
         RestAt(0.0);
         std::size_t corner = 0;
@@ -57,7 +62,8 @@ private:
     /// Fine enough for the spacing, and not the steps, to decide where dabs lie.
     double Step() const {
         if (space == PathSpace::View) return 0.5;
-        return 0.25 * std::min(options.spacing, 1.0f) * options.radius;
+        const float radius = here ? RadiusAt(*here) : options.radius;
+        return 0.25 * std::min(options.spacing, 1.0f) * radius;
     }
 
     std::optional<PickHit> HitAt(const Vector& place) const {
@@ -184,10 +190,13 @@ private:
         if (options.progress) options.progress();
     }
 
+    /// Of the whole brush.
+    float RadiusAt(const Vector& place) const {
+        return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, place)
+                                            : options.radius;
+    }
+
     float SizeOf(const Vector& place, const PathSample& sample) {
-        const float whole = dynamics.radiusPixels > 0.0f
-                                ? WorldLength(view, dynamics.radiusPixels, place)
-                                : options.radius;
         const BrushOperation& brush = loop.Brush();
         float share = 1.0f;
         if (brush.strokeOptionD.Value() && brush.BrushSize() > 0.0f)
@@ -196,7 +205,7 @@ private:
         const float lean = std::min(sample.tilt.Length(), 1.0f);
         share *= 1.0f + dynamics.tiltToSize * lean;
         if (dynamics.randomSize > 0.0f) share *= 1.0f - dynamics.randomSize * loop.RandomShare();
-        return whole * std::max(share, smallestDab);
+        return RadiusAt(place) * std::max(share, smallestDab);
     }
 
     StrokeLoop& loop;

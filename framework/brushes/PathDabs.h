@@ -24,7 +24,8 @@ enum class PathSpace { View, Surface };
 /// with the radius where the tool's strength is a length. Chance follows from the loop's seed and
 /// the number of the dab.
 ///
-/// \param view  the camera, in either space. \return the number of main dabs.
+/// \param view  the camera, in either space. \return the number of main dabs. \throw HostError for
+/// a path that is too long, by some hundred million dabs, before the first dab.
 TROVIK_API unsigned StrokeAlongPath(StrokeLoop& loop,
                                     LevelGeometry& geometry,
                                     const PatchTree& tree,

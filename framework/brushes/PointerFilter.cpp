@@ -30,12 +30,15 @@ float StepTo(const Samples& samples, std::size_t a, std::size_t b) {
     return (samples[b].place - samples[a].place).Length();
 }
 
+/// By so many places a sample can be late; one that is later has a wrong time.
+constexpr std::size_t latest = 32;
+
 /// Puts a sample that came too late where its time belongs, if that makes the path shorter.
 void Order(Samples& samples) {
     for (std::size_t i = 1; i < samples.size(); ++i) {
         std::size_t to = i;
-        while (to > 0 && samples[to - 1].time > samples[i].time) --to;
-        if (to == i) continue;
+        while (to > 0 && i - to <= latest && samples[to - 1].time > samples[i].time) --to;
+        if (to == i || i - to > latest) continue;
         float asItCame = StepTo(samples, i - 1, i);
         float moved = StepTo(samples, i, to);
         if (i + 1 < samples.size()) {

@@ -28,8 +28,8 @@ struct PointerLimits {
 /// 1. Doubled samples (same place and time): the one stays whose pressure is nearest to that of the
 ///    sample before them; of those at the press the one with the least.
 /// 2. Samples that come too late: one whose time lies before that of samples that came before it is
-///    put where its time belongs if the path becomes shorter by that, or else stays, because only
-///    its time is wrong.
+///    put where its time belongs, up to 32 places ahead, if the path becomes shorter by that, or
+///    else stays, because only its time is wrong.
 /// 3. Times that still fall: neighbours share their mean until none falls (the ascending times that
 ///    are nearest by least squares), and between the middles of such groups times run evenly.
 /// 4. The blot: where pressure falls by a jump right after the press, the samples before the fall
@@ -37,8 +37,7 @@ struct PointerLimits {
 /// 5. The spike: where pressure rises by a jump right before the release, the samples from there on
 ///    take the pressure before it; samples behind a jump of place there are left out.
 ///
-/// A stream without faults keeps all samples and bits, except that doubled samples go. Cost: what
-/// sorting by insertion costs, so next to nothing where few samples come late.
+/// A stream without faults keeps its samples and their bits. Cost: O(samples).
 TROVIK_API std::vector<PathSample> Filtered(const std::vector<PathSample>& samples,
                                             const PointerLimits& limits = {});
 

@@ -7,6 +7,7 @@
 #include "framework/brushes/PathDabs.h"
 #include "framework/brushes/PathShape.h"
 #include "framework/brushes/PointerFilter.h"
+#include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -157,14 +158,13 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     }
     DabDynamics used = dynamics;
     if (!isPen) used.airbrush = 0.0f;
-    StrokeAlongPath(loop,
-                    geometry,
-                    session->Tree(),
-                    view,
-                    onSurface ? PathSpace::Surface : PathSpace::View,
-                    Shaped(std::move(samples), shape, used.airbrush > 0.0f),
-                    options,
-                    used);
+    const PathSpace space = onSurface ? PathSpace::Surface : PathSpace::View;
+    samples = Shaped(std::move(samples), shape, used.airbrush > 0.0f);
+    try {
+        StrokeAlongPath(loop, geometry, session->Tree(), view, space, samples, options, used);
+    } catch (const HostError& error) {
+        list.Fail(error.what());
+    }
 }
 
 }  // namespace trovik

@@ -182,6 +182,10 @@ TEST_F(PenScript, ErrorsNameThePlace) {
                 HasSubstr("/steps/1/stroke/pen/0: a sample is"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, -1]])")),
                 HasSubstr("/steps/1/stroke/pen/0/3: times lie between"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {})")),
+                HasSubstr("/steps/1/stroke/pointer: the path is too long for the brush"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("surface": [[0, 0, 0], [1e30, 0, 0]], "path": {})")),
+                HasSubstr("/steps/1/stroke/surface: the path is too long for the brush"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "none.json")")), HasSubstr("none.json: cannot read"));
     EXPECT_THAT(ErrorOf(Set(R"("sizeCurve": [[0, 0], [0.5, 0.5], [0.4, 1]])") + Stroke(pen)),
                 HasSubstr("/steps/1/set/sizeCurve/2: the pressures of a curve's points ascend"));

@@ -163,6 +163,19 @@ TEST_F(PointerFilterTest, WhatAHandDoesIsNoFault) {
     EXPECT_TRUE(Filtered({}).empty());
 }
 
+TEST_F(PointerFilterTest, ASampleThatIsTooLateByFarHasAWrongTime) {
+    std::vector<PathSample> samples;
+    for (int i = 0; i < 60; ++i)
+        samples.push_back(Sample(300 + static_cast<float>(i), 300, 0.5f, 1.0 + 0.008 * i));
+    samples[50].time = 0.0;
+    const auto filtered = Filtered(samples);
+    ASSERT_EQ(filtered.size(), samples.size());
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        EXPECT_EQ(filtered[i].place, samples[i].place) << i;
+    for (std::size_t i = 1; i < samples.size(); ++i)
+        EXPECT_GE(filtered[i].time, filtered[i - 1].time) << i;
+}
+
 TEST_F(PointerFilterTest, LateInTheStrokePressureMayJump) {
     std::vector<PathSample> samples;
     for (int i = 0; i < 40; ++i)
