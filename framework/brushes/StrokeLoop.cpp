@@ -5,6 +5,7 @@
 #include "framework/brushes/StampFiles.h"
 #include "framework/brushes/TopologicalHit.h"
 #include "framework/edits/LevelChange.h"
+#include "framework/edits/Symmetry.h"
 #include "framework/images/StampImage.h"
 
 #include <algorithm>
@@ -26,6 +27,21 @@ double SecondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
+/// The axis of the mesh across whose plane the map reflects, and that alone; -1 for another map.
+int PlaneAxis(const Matrix& map) {
+    int axis = -1;
+    for (int row = 0; row < 4; ++row) {
+        for (int column = 0; column < 4; ++column) {
+            const float value = map.m[row][column];
+            if (row != column && value != 0.0f) return -1;
+            if (row != column || value == 1.0f) continue;
+            if (value != -1.0f || axis >= 0 || row == 3) return -1;
+            axis = row;
+        }
+    }
+    return axis;
+}
+
 }  // namespace
 
 StrokeLoop::StrokeLoop(BrushOperation& strokeBrush,
@@ -38,7 +54,8 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
     mirrors = std::move(pointMaps);
 }
 
-void StrokeLoop::Begin(BrushOperation::Modifier modifier, uint64_t seed) {
+void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
+    modifier = strokeModifier;
     RefreshStamp(brush);
     // Across the topology a stamp is read where the vertex across lies, so that it looks alike on
     // halves in different poses. A vector stamp moves vertices along its own axes, which must be
@@ -48,6 +65,16 @@ void StrokeLoop::Begin(BrushOperation::Modifier modifier, uint64_t seed) {
             !IsVectorStampName(brush.MaskName(stampMask).toStdString());
     previousHits.assign(mirrors.size() + 2, Vector());
     dirtyBox = AxisAlignedBoundingBox();
+    laid.clear();
+    BeginStroke();
+    // A modifier key can have brought another tool.
+    stamps.Begin(brush, geometry, tree, seed);
+    sizeRandom = StrokeRandom(seed ^ sizeSalt);
+    inPairs = mirrors.size() > 1 && KeepsPlane();
+    active = true;
+}
+
+void StrokeLoop::BeginStroke() {
     BrushCall call(BrushCall::BeginStroke, brush);
     call.mesh = geometry.Bound();
     call.modifier = modifier;
@@ -56,10 +83,6 @@ void StrokeLoop::Begin(BrushOperation::Modifier modifier, uint64_t seed) {
         brush.BeginStroke(call.mesh, modifier, call.trigger);
         totals.seconds += SecondsSince(start);
     });
-    // A modifier key can have brought another tool.
-    stamps.Begin(brush, geometry, tree, seed);
-    sizeRandom = StrokeRandom(seed ^ sizeSalt);
-    active = true;
 }
 
 void StrokeLoop::Dab(const StrokeDab& pathDab) {
@@ -69,31 +92,101 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
         // Looked up before the dab moves the face under it.
         const auto across = AcrossTopology(dab);
         Apply(dab, 0);
-        for (std::size_t side = 1; side <= mirrors.size(); ++side) {
-            const Matrix& map = mirrors[side - 1];
-            StrokeDab mirrored = dab;
-            mirrored.hit.mirror = true;
-            mirrored.hit.position = map.AffineTransform(dab.hit.position, 1.0f);
-            mirrored.hit.normal = map.AffineTransform(dab.hit.normal, 0.0f);
-            const auto nearest = tree.Nearest(mirrored.hit.position);
-            if (!nearest) continue;
-            mirrored.hit.face = nearest->face;
-            mirrored.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, map);
-            const Placement& place = geometry.Place();
-            Vector local;
-            place.WorldToLocal(&local, &dab.position, 1.0f);
-            local = map.AffineTransform(local, 1.0f);
-            place.LocalToWorld(&mirrored.position, &local, 1.0f);
-            brush.MirrorConfig().SetPointMap(map);
-            Apply(mirrored, side);
+        const std::size_t sides = inPairs ? 1 : mirrors.size();
+        for (std::size_t side = 1; side <= sides; ++side) {
+            const auto mirrored = Mapped(dab, mirrors[side - 1], true);
+            if (!mirrored) continue;
+            brush.MirrorConfig().SetPointMap(mirrors[side - 1]);
+            Apply(*mirrored, side);
         }
+        if (inPairs) laid.push_back(dab);
         if (across) {
             brush.MirrorConfig().SetPointMap(across->pointMap);
             Apply(across->dab, mirrors.size() + 1);
         }
     } catch (...) {
+        laid.clear();
         End();
         throw;
+    }
+}
+
+std::optional<StrokeDab> StrokeLoop::Mapped(const StrokeDab& dab,
+                                            const Matrix& map,
+                                            bool asMirror) const {
+    StrokeDab mapped = dab;
+    mapped.hit.mirror = asMirror;
+    mapped.hit.position = map.AffineTransform(dab.hit.position, 1.0f);
+    mapped.hit.normal = map.AffineTransform(dab.hit.normal, 0.0f);
+    const auto nearest = tree.Nearest(mapped.hit.position);
+    if (!nearest) return std::nullopt;
+    mapped.hit.face = nearest->face;
+    mapped.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, map);
+    const Placement& place = geometry.Place();
+    Vector local;
+    place.WorldToLocal(&local, &dab.position, 1.0f);
+    local = map.AffineTransform(local, 1.0f);
+    place.LocalToWorld(&mapped.position, &local, 1.0f);
+    return mapped;
+}
+
+bool StrokeLoop::KeepsPlane() const {
+    // The brush shows these two settings for the tools that work by a plane.
+    const Attribute* global = brush.AttributeByName(QStringLiteral("globalplane"));
+    const Attribute* update = brush.AttributeByName(QStringLiteral("updateplane"));
+    const auto isOn = [](const Attribute* attribute) {
+        const auto* flag = dynamic_cast<const AttributeInstance<bool>*>(attribute);
+        return flag != nullptr && flag->Value();
+    };
+    return update != nullptr && update->IsVisible() && (isOn(global) || !isOn(update));
+}
+
+// Two copies of the stroke that no dab was laid for yet are each other's pair as the main side and
+// its mirror are, by another map.
+void StrokeLoop::LayOtherPairs() {
+    UndoHistory& history = geometry.History();
+    for (std::size_t first = 1; first < mirrors.size(); first += 2) {
+        const bool isPair = first + 1 < mirrors.size();
+        Matrix between;
+        if (isPair) {
+            Matrix back = mirrors[first];
+            back.Invert(nullptr);
+            between = back * mirrors[first + 1];
+        }
+        history.JoinNext(true);
+        BeginStroke();
+        try {
+            for (const StrokeDab& dab : laid) {
+                if (const auto main = Mapped(dab, mirrors[first], false)) Apply(*main, first + 1);
+                if (!isPair) continue;
+                const auto other = Mapped(dab, mirrors[first + 1], true);
+                if (!other) continue;
+                brush.MirrorConfig().SetPointMap(between);
+                Apply(*other, first + 2);
+            }
+        } catch (...) {
+            EndStroke();
+            history.JoinNext(false);
+            throw;
+        }
+        EndStroke();
+        history.JoinNext(false);
+    }
+}
+
+void StrokeLoop::SettleSides() {
+    // A dab that follows the camera is meant to be another on the far side.
+    LevelChange* change = geometry.Bound()->OpenChange();
+    if (change == nullptr || CheckableFloatArray::s_bActive) return;
+    std::vector<int> axes;
+    for (const Matrix& map : mirrors)
+        if (const int axis = PlaneAxis(map); axis >= 0) axes.push_back(axis);
+    try {
+        Announce(SettleSymmetry(*geometry.Bound(), *change, axes));
+    } catch (Error* error) {
+        // Without the memory for it the sides stay as the brush left them, as alike as rounding
+        // lets them be.
+        Error::Dispose(error);
     }
 }
 
@@ -181,6 +274,15 @@ void StrokeLoop::PutBack() {
     LevelChange* change = mesh.OpenChange();
     if (!active || change == nullptr) return;
     const std::vector<uint32_t> vertices = change->PutBack();
+    Announce(vertices);
+    laid.clear();
+    previousHits.assign(previousHits.size(), Vector());
+    stamps.Restart();
+}
+
+void StrokeLoop::Announce(const std::vector<uint32_t>& vertices) {
+    if (vertices.empty()) return;
+    LevelMesh& mesh = *geometry.Bound();
     tree.RefitVertices(vertices);
     for (uint32_t i = 0;; ++i) {
         auto* renderer =
@@ -188,8 +290,6 @@ void StrokeLoop::PutBack() {
         if (renderer == nullptr) break;
         for (const uint32_t v : vertices) renderer->rendererVertexChanged(v, mesh.LowestFaceOf(v));
     }
-    previousHits.assign(previousHits.size(), Vector());
-    stamps.Restart();
 }
 
 uint64_t StrokeLoop::CountMoved() const {
@@ -203,15 +303,23 @@ uint64_t StrokeLoop::CountMoved() const {
     return moved;
 }
 
-void StrokeLoop::End() {
-    if (!active) return;
-    active = false;
+void StrokeLoop::EndStroke() {
     totals.verticesMoved += CountMoved();
     Observed(observer, BrushCall(BrushCall::EndStroke, brush), [&] {
         const Clock::time_point start = Clock::now();
         brush.EndStroke();
         totals.seconds += SecondsSince(start);
     });
+}
+
+void StrokeLoop::End() {
+    if (!active) return;
+    active = false;
+    if (!inPairs) SettleSides();
+    EndStroke();
+    if (!inPairs) return;
+    LayOtherPairs();
+    laid.clear();
 }
 
 }  // namespace trovik

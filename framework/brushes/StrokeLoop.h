@@ -52,6 +52,13 @@ public:
     StrokeLoop(BrushOperation& brush, LevelGeometry& geometry, PatchTree& tree);
 
     /// Maps of points (mesh-local) to their mirrored places, one dab each; empty for no mirror.
+    /// Each is a reflection, a rotation or both, about the mesh's origin. In the planes among them
+    /// that are the mesh's own a stroke keeps a symmetric surface symmetric to the bit; see
+    /// SettleSymmetry.
+    ///
+    /// A brush keeps the plane of a stroke for one mirrored side only. Where it works by such a
+    /// plane and there are more sides, they are laid in pairs, each with a stroke of its own after
+    /// the first, which is undone with it.
     /// \param mode  what MirrorConfiguration::MirrorMode answers from now on. With Topological the
     /// mirrored dab of each dab comes from the mesh's MirrorVertex, whatever the maps; none where
     /// it answers -1.
@@ -84,7 +91,17 @@ public:
     const AxisAlignedBoundingBox& DirtyBox() const { return dirtyBox; }
 
 private:
+    void BeginStroke();
+    void EndStroke();
     void Apply(const StrokeDab& dab, std::size_t side);
+    /// The dab where the map puts it. \param asMirror  for the brush it is the mirrored one of a
+    /// pair. \return nothing on a mesh without faces.
+    std::optional<StrokeDab> Mapped(const StrokeDab& dab, const Matrix& map, bool asMirror) const;
+    /// Whether the brush's tool works by a plane that it keeps over the stroke.
+    bool KeepsPlane() const;
+    void LayOtherPairs();
+    void SettleSides();
+    void Announce(const std::vector<uint32_t>& vertices);
     void ForgetLastWalks();
     struct DabAcross {
         StrokeDab dab;
@@ -106,6 +123,10 @@ private:
     StrokeRandom sizeRandom;
     StrokeTotals totals;
     AxisAlignedBoundingBox dirtyBox;
+    BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
+    /// Mirrors beyond the first wait for strokes of their own, and the dabs for them.
+    bool inPairs = false;
+    std::vector<StrokeDab> laid;
     bool active = false;
 };
 

@@ -2,6 +2,7 @@
 #include "framework/edits/LayerGround.h"
 
 #include "framework/levels/SameBits.h"
+#include "framework/levels/VertexNeighbours.h"
 
 #include <algorithm>
 #include <cstring>
@@ -62,24 +63,6 @@ uint64_t RingHash(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& face
         }
     }
     return hash;
-}
-
-std::vector<uint32_t> WithNeighbours(LevelMesh& level, const std::vector<uint32_t>& vertices) {
-    std::vector<uint32_t> around = vertices;
-    std::vector<uint32_t> faces;
-    const uint32_t corners = level.CornersPerFace();
-    for (const uint32_t vertex : vertices) {
-        const uint32_t lowest = level.LowestFaceOf(vertex);
-        if (lowest == openBorder) continue;
-        faces.clear();
-        level.FacesAround(vertex, lowest, faces);
-        for (const uint32_t face : faces)
-            for (uint32_t k = 0; k < corners; ++k)
-                around.push_back(level.faceVertexIndices.array[face * corners + k]);
-    }
-    std::sort(around.begin(), around.end());
-    around.erase(std::unique(around.begin(), around.end()), around.end());
-    return around;
 }
 
 bool SameWords(const LayerGround::NotedNormal& noted, const PackedNormal& normal) {

@@ -23,6 +23,7 @@ UndoHistory::~UndoHistory() = default;
 
 void UndoHistory::Push(std::unique_ptr<UndoStep> step) {
     while (steps.size() > done) DropLast();
+    if (std::exchange(joinNext, false)) step->joinPrevious = true;
     if (done == 0) step->joinPrevious = false;
     steps.push_back({keeper->Add(std::move(step)), false});
     ++done;

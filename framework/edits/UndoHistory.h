@@ -72,6 +72,8 @@ public:
     /// `joinPrevious` of the step says.
     /// \param strokeNumber  tells strokes apart; not 0.
     void PushOfStroke(std::unique_ptr<UndoStep> step, uint64_t strokeNumber);
+    /// The next step to be pushed joins the newest one, whatever it asks for; false: it does not.
+    void JoinNext(bool on) { joinNext = on; }
     bool CanUndo() const;
     bool CanRedo() const;
     /// \return false when there is nothing to undo. When a step throws, those of its group that
@@ -151,6 +153,7 @@ private:
     mutable std::vector<std::size_t> opened;
     /// Stroke of the newest step; 0 when it is of no stroke or the position has moved since.
     uint64_t lastStroke = 0;
+    bool joinNext = false;
     std::string nextLabel = "Stroke";
 };
 

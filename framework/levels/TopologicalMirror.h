@@ -22,7 +22,8 @@ class LevelMesh;
 class TROVIK_API TopologicalMirror {
 public:
     /// Finds the mirror of a mesh. `base` is level 0; its present positions tell which of several
-    /// possible mirrors is meant: the one that comes closest to a reflection in the plane x = 0.
+    /// possible mirrors is meant: the one that comes closest to a reflection in the plane through
+    /// the origin across `axis`, 0 x, 1 y, 2 z; what is told of x below is told of that axis.
     ///
     /// A map that would turn front to back or top to bottom instead of left to right is no mirror
     /// in this sense, whatever the faces say.
@@ -35,7 +36,7 @@ public:
     /// Cost: O(faces) when the best seed is right, at most some hundred times that, and O(parts^2);
     /// about 20 bytes
     /// per face and 12 per vertex while it runs.
-    static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base);
+    static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base, int axis = 0);
 
     struct Corner {
         uint32_t face;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace trovik {
 
@@ -46,18 +47,19 @@ struct Part {
 
 class TopologicalMirrorSearch {
 public:
-    TopologicalMirrorSearch(LevelMesh& baseLevel, std::vector<uint32_t>& result)
+    TopologicalMirrorSearch(LevelMesh& baseLevel, std::vector<uint32_t>& result, int mirrorAxis)
         : base(baseLevel),
+          axis(mirrorAxis),
           corners(baseLevel.CornersPerFace()),
           images(result),
           vertexImages(baseLevel.VertexCount(), openBorder) {
         images.assign(base.faceCount, openBorder);
     }
 
-    static std::unique_ptr<TopologicalMirror> Run(LevelMesh& base) {
+    static std::unique_ptr<TopologicalMirror> Run(LevelMesh& base, int axis) {
         std::unique_ptr<TopologicalMirror> mirror(new TopologicalMirror);
         mirror->baseCorners = base.CornersPerFace();
-        TopologicalMirrorSearch search(base, mirror->images);
+        TopologicalMirrorSearch search(base, mirror->images, axis);
         return search.FindAll() ? std::move(mirror) : nullptr;
     }
 
@@ -68,6 +70,13 @@ private:
         std::vector<std::pair<uint32_t, uint32_t>> faces;
     };
 
+    /// The vertex's place, the axis of the mirror taken as x.
+    Vector PlaceOf(uint32_t vertex) const {
+        Vector place = base.Position(vertex);
+        if (axis == 1) std::swap(place.x, place.y);
+        if (axis == 2) std::swap(place.x, place.z);
+        return place;
+    }
     uint32_t VertexAt(uint32_t face, uint32_t corner) const {
         return base.faceVertexIndices.array[face * corners + corner];
     }
@@ -91,6 +100,7 @@ private:
     Map TakeBack();
 
     LevelMesh& base;
+    int axis;
     uint32_t corners;
     std::vector<uint32_t>& images;
     std::vector<uint32_t> vertexImages;
@@ -103,8 +113,8 @@ private:
     uint64_t steps = 0;
 };
 
-std::unique_ptr<TopologicalMirror> TopologicalMirror::Find(LevelMesh& base) {
-    return TopologicalMirrorSearch::Run(base);
+std::unique_ptr<TopologicalMirror> TopologicalMirror::Find(LevelMesh& base, int axis) {
+    return TopologicalMirrorSearch::Run(base, axis);
 }
 
 bool TopologicalMirrorSearch::FindAll() {
@@ -136,7 +146,7 @@ void TopologicalMirrorSearch::FindParts() {
         for (std::size_t at = 0; at < part.faces.size(); ++at) {
             const uint32_t face = part.faces[at];
             for (uint32_t k = 0; k < corners; ++k) {
-                const Vector p = base.Position(VertexAt(face, k));
+                const Vector p = PlaceOf(VertexAt(face, k));
                 part.centre[0] += p.x;
                 part.centre[1] += p.y;
                 part.centre[2] += p.z;
@@ -161,8 +171,7 @@ void TopologicalMirrorSearch::FindParts() {
 double TopologicalMirrorSearch::MiddleOf(uint32_t face, uint32_t across) const {
     double sum = 0.0;
     for (uint32_t k = 0; k < corners; ++k)
-        sum += static_cast<double>(base.Position(VertexAt(face, k)).x) +
-               base.Position(VertexAt(across, k)).x;
+        sum += static_cast<double>(PlaceOf(VertexAt(face, k)).x) + PlaceOf(VertexAt(across, k)).x;
     return sum / (2.0 * corners);
 }
 
@@ -173,8 +182,8 @@ double TopologicalMirrorSearch::ErrorOf(uint32_t face,
                                         double plane) const {
     double error = 0.0;
     for (uint32_t k = 0; k < corners; ++k) {
-        const Vector a = base.Position(VertexAt(face, k));
-        const Vector b = base.Position(VertexAt(across, CornerAcross(shift, k)));
+        const Vector a = PlaceOf(VertexAt(face, k));
+        const Vector b = PlaceOf(VertexAt(across, CornerAcross(shift, k)));
         const double x = static_cast<double>(a.x) + b.x - 2.0 * plane;
         const double y = static_cast<double>(a.y) - b.y;
         const double z = static_cast<double>(a.z) - b.z;
@@ -185,9 +194,9 @@ double TopologicalMirrorSearch::ErrorOf(uint32_t face,
 
 double TopologicalMirrorSearch::SizeOf(uint32_t face) const {
     double size = 0.0;
-    const Vector a = base.Position(VertexAt(face, 0));
+    const Vector a = PlaceOf(VertexAt(face, 0));
     for (uint32_t k = 1; k < corners; ++k) {
-        const Vector edge = base.Position(VertexAt(face, k)) - a;
+        const Vector edge = PlaceOf(VertexAt(face, k)) - a;
         size += static_cast<double>(edge.x) * edge.x + static_cast<double>(edge.y) * edge.y +
                 static_cast<double>(edge.z) * edge.z;
     }
@@ -304,9 +313,9 @@ bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
     for (const auto& [face, image] : map.faces) {
         for (uint32_t k = 0; k < corners; ++k) {
             const uint32_t next = (k + 1) % corners;
-            const Vector a = base.Position(VertexAt(face, next)) - base.Position(VertexAt(face, k));
-            const Vector b = base.Position(VertexAt(image >> 2, CornerAcross(image & 3u, next))) -
-                             base.Position(VertexAt(image >> 2, CornerAcross(image & 3u, k)));
+            const Vector a = PlaceOf(VertexAt(face, next)) - PlaceOf(VertexAt(face, k));
+            const Vector b = PlaceOf(VertexAt(image >> 2, CornerAcross(image & 3u, next))) -
+                             PlaceOf(VertexAt(image >> 2, CornerAcross(image & 3u, k)));
             sums[0] += static_cast<double>(a.x) * b.x;
             sums[1] += static_cast<double>(a.y) * b.y;
             sums[2] += static_cast<double>(a.z) * b.z;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/SettingsChunk.h"
 
+#include "framework/brushes/MirrorMaps.h"
 #include "framework/scene/SceneChunks.h"
 
 #include <cmath>
@@ -12,7 +13,6 @@ namespace {
 /// As many pixels a side as a picture may have.
 constexpr int32_t largestSide = 16384;
 /// All combinations of three planes are seven.
-constexpr std::size_t mostMirrors = 64;
 
 bool IsFinite(const Vector& p) {
     return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
@@ -73,7 +73,7 @@ SceneSettings ReadSettingsChunk(SceneStream& stream) {
     stream.Transfer(mode);
     settings.mirrorMode = mode;
     settings.mirrorMaps = ReadList<Matrix>(stream);
-    if (settings.mirrorMaps.size() > mostMirrors) {
+    if (settings.mirrorMaps.size() > mostMirrorMaps) {
         SceneStream::Refuse(
             QStringLiteral("%1 mirrors are too many").arg(settings.mirrorMaps.size()));
     }

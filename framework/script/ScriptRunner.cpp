@@ -200,6 +200,7 @@ void ScriptRunner::RunStep(const FieldReader& step) {
                                      {"freeze", &ScriptRunner::RunFreeze},
                                      {"transform", &ScriptRunner::RunTransform},
                                      {"mirror", &ScriptRunner::RunMirror},
+                                     {"symmetrize", &ScriptRunner::RunSymmetrize},
                                      {"camera", &ScriptRunner::RunCamera},
                                      {"picture", &ScriptRunner::RunPicture},
                                      {"sheet", &ScriptRunner::RunSheet},
@@ -327,21 +328,6 @@ void ScriptRunner::Place(const FieldReader& transform) {
     const Vector move =
         transform.Has("translate") ? transform.At("translate").ThreeNumbers() : Vector();
     place.Set(scale, turn, move);
-}
-
-void ScriptRunner::RunMirror(const FieldReader& axes) {
-    if (axes.Json().is_string()) {
-        session->SetTopologicalMirror();
-        return;
-    }
-    std::vector<int> numbers;
-    for (std::size_t i = 0; i < axes.Size(); ++i) {
-        const int axis = axes.At(i).Text()[0] - 'x';
-        if (std::find(numbers.begin(), numbers.end(), axis) != numbers.end())
-            axes.At(i).Fail("the axis is named twice");
-        numbers.push_back(axis);
-    }
-    session->SetMirrors(numbers);
 }
 
 void ScriptRunner::RunPreferences(const FieldReader& preferences) {

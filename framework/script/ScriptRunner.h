@@ -77,7 +77,8 @@ private:
                      const std::function<void(std::unique_ptr<UndoStep>)>& push);
     void RunTransform(const FieldReader& transform);
     void Place(const FieldReader& transform);
-    void RunMirror(const FieldReader& axes);
+    void RunMirror(const FieldReader& mirror);
+    void RunSymmetrize(const FieldReader& options);
     void RunCamera(const FieldReader& camera);
     void RunPicture(const FieldReader& picture);
     void RunSheet(const FieldReader& sheet);

@@ -17,8 +17,8 @@ namespace {
 
 constexpr const char* brushClassName = "SwiftStroke";
 
-/// Combinations of plane mirrors have no mode of their own; any value but 0 to 3 and 7 will do.
-constexpr int severalPlanes = 4;
+/// Combinations of mirrors have no mode of their own; any value but 0 to 3 and 7 will do.
+constexpr int severalCopies = 4;
 
 std::unique_ptr<BrushOperation> MakeBrush() {
     LoadPlugins();
@@ -221,20 +221,25 @@ std::vector<std::string> SculptSession::ToolNames() const {
     return names;
 }
 
-// Every combination of the planes: two planes give three mirrored dabs.
-void SculptSession::SetMirrors(const std::vector<int>& axes) {
-    geometry->ForgetMirror();
-    settings.mirrorMaps.clear();
-    for (unsigned chosen = 1; chosen < 1u << axes.size(); ++chosen) {
-        Matrix map;
-        for (std::size_t k = 0; k < axes.size(); ++k)
-            if ((chosen >> k & 1u) != 0) map.m[axes[k]][axes[k]] = -1.0f;
-        settings.mirrorMaps.push_back(map);
+void SculptSession::SetMirrors(const MirrorSetting& setting) {
+    std::vector<Matrix> maps = MirrorMaps(setting);
+    if (maps.size() > mostMirrorMaps) {
+        throw HostError("the mirrors would make " + std::to_string(maps.size() + 1) +
+                        " copies of each dab; the most is " + std::to_string(mostMirrorMaps + 1));
     }
-    settings.mirrorMode = axes.empty()       ? static_cast<int>(MirrorConfiguration::Off)
-                          : axes.size() == 1 ? axes[0] + 1
-                                             : severalPlanes;
+    geometry->ForgetMirror();
+    settings.mirrorMaps = std::move(maps);
+    const bool onePlane = setting.copies == 1 && setting.planes.size() == 1;
+    settings.mirrorMode = settings.mirrorMaps.empty() ? static_cast<int>(MirrorConfiguration::Off)
+                          : onePlane                  ? setting.planes[0] + 1
+                                                      : severalCopies;
     loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+}
+
+uint32_t SculptSession::MakeSymmetric(int axis, SymmetrySide model) {
+    const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
+    if (moved > 0) tree->RefitAll();
+    return moved;
 }
 
 void SculptSession::SetTopologicalMirror() {

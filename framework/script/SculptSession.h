@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/MirrorMaps.h"
 #include "framework/brushes/StrokePath.h"
 #include "framework/edits/LayerStack.h"
+#include "framework/edits/Symmetry.h"
 #include "framework/pictures/Picture.h"
 #include "framework/scene/SceneFile.h"
 
@@ -71,8 +73,12 @@ public:
     bool SelectTool(const std::string& name);
     std::vector<std::string> ToolNames() const;
 
-    /// Mirrors the next strokes over planes of the mesh's own axes: 0 x, 1 y, 2 z.
-    void SetMirrors(const std::vector<int>& axes);
+    /// Mirrors the next strokes over planes of the mesh's own axes and about one of them.
+    /// \throw HostError for more copies than mostMirrorMaps; the mirrors stay as they were.
+    void SetMirrors(const MirrorSetting& setting);
+    /// Makes the bound level symmetric; see trovik::MakeSymmetric. One step of undo. \return the
+    /// number of vertices that moved.
+    uint32_t MakeSymmetric(int axis, SymmetrySide model);
     /// Puts renderers under the bound level, whichever that is: they show nothing and are there to
     /// be told of changes. \param updateFactors  one for each; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);

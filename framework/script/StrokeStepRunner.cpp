@@ -41,6 +41,7 @@ constexpr const char* notInStroke[] = {"tool",
                                        "layer",
                                        "transform",
                                        "mirror",
+                                       "symmetrize",
                                        "reset",
                                        "save"};
 

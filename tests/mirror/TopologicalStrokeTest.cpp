@@ -62,7 +62,7 @@ TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
     const TemporaryFolder folder;
     const std::string path = MeshFile(folder, Plane(false));
     SculptSession byPlane(path);
-    byPlane.SetMirrors({0});
+    byPlane.SetMirrors({{0}, 1, 1});
     SculptSession byFaces(path);
     byFaces.SetTopologicalMirror();
     const std::vector<float> planeMoves = MovesOfADab(byPlane);
@@ -103,7 +103,7 @@ TEST_P(TopologicalStamp, OnASymmetricMeshIsTheStampMirroredInThePlane) {
     const TemporaryFolder folder;
     const std::string path = MeshFile(folder, Plane(false));
     SculptSession byPlane(path);
-    byPlane.SetMirrors({0});
+    byPlane.SetMirrors({{0}, 1, 1});
     SculptSession byFaces(path);
     byFaces.SetTopologicalMirror();
     const std::vector<Vector> planeMoves = StampedMoves(byPlane, GetParam());

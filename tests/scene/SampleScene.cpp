@@ -37,7 +37,7 @@ std::unique_ptr<SculptSession> RichSession(const TemporaryFolder& folder) {
     session->Geometry().Place().Set({2.0f, 1.5f, 1.0f}, {10.0f, 20.0f, 30.0f}, {1.0f, 2.0f, 3.0f});
     session->Subdivide();
     session->Subdivide();
-    session->SetMirrors({0, 2});
+    session->SetMirrors({{0, 2}, 1, 1});
     session->View().eye = {4.0f, 5.0f, 6.0f};
     session->View().verticalFieldOfView = 50.0f;
     session->View().width = 320;

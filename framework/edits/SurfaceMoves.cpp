@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/SurfaceMoves.h"
+
+#include "framework/levels/VertexNeighbours.h"
+
+namespace trovik {
+
+namespace {
+
+/// The vertex's record in the change, made at need.
+const StoredVertexInfo& RecordOf(LevelMesh& level,
+                                 LevelChange& change,
+                                 uint32_t vertex,
+                                 bool withLayerSlot) {
+    Vertex& stored = level.vertices.array[vertex];
+    const uint32_t link = stored.changeLink;
+    if (link < *change.recordCount && change.Records().array[link].vertexIndex == vertex)
+        return change.Records().array[link];
+    return change.Add_uncached(vertex, level.LowestFaceOf(vertex), stored, withLayerSlot);
+}
+
+}  // namespace
+
+std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
+    SculptLayer* layer = level.ActiveLayer();
+    if (layer != nullptr && (!layer->Writable() || layer->PresentStrength() == 0.0f))
+        layer = nullptr;
+    std::vector<uint32_t> vertices;
+    vertices.reserve(moves.size());
+    for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
+    const std::vector<uint32_t> around = WithNeighbours(level, vertices);
+    // All records first: their making may fail.
+    for (const uint32_t vertex : vertices) RecordOf(level, change, vertex, layer != nullptr);
+    for (const uint32_t vertex : around) RecordOf(level, change, vertex, false);
+
+    for (const auto& [vertex, place] : moves) {
+        const uint32_t slot = layer == nullptr ? SculptLayer::noSlot : layer->FindSlot(vertex);
+        if (slot != SculptLayer::noSlot) {
+            const Vector move = place - level.Position(vertex);
+            const float share = 1.0f / layer->PresentStrength();
+            const Vector offset = layer->Offset(vertex) + move * share;
+            layer->set(nullptr, slot, vertex, &offset, true);
+        }
+        level.SetPosition(vertex, place);
+    }
+    level.ComputeNormalsOf(around);
+    return around;
+}
+
+}  // namespace trovik

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/Symmetry.h"
+
+#include "framework/edits/SurfaceMoves.h"
+#include "framework/errors/HostError.h"
+#include "framework/levels/LevelGeometry.h"
+#include "framework/levels/SameBits.h"
+
+#include <bit>
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+constexpr uint32_t none = 0xffffffffu;
+
+float& Component(Vector& v, int axis) { return axis == 0 ? v.x : axis == 1 ? v.y : v.z; }
+float Component(const Vector& v, int axis) { return axis == 0 ? v.x : axis == 1 ? v.y : v.z; }
+
+Vector Mirrored(Vector v, int axis) {
+    Component(v, axis) = -Component(v, axis);
+    return v;
+}
+
+/// The mean of a place and the mirrored one of its twin: of the twin it is the mirror image.
+Vector Mean(const Vector& a, const Vector& b, int axis) {
+    const Vector other = Mirrored(b, axis);
+    return {0.5f * (a.x + other.x), 0.5f * (a.y + other.y), 0.5f * (a.z + other.z)};
+}
+
+/// The records of a change by where their vertices lay before the stroke. Zeros of both signs are
+/// the same place.
+class RecordsByPlace {
+public:
+    explicit RecordsByPlace(const Store<StoredVertexInfo>& changed)
+        : records(changed), slots(std::bit_ceil(std::size_t{2} * changed.fill + 1), none) {
+        for (uint32_t i = 0; i < records.fill; ++i) {
+            std::size_t slot = SlotOf(PlaceOf(i));
+            // Of vertices at one place the first stands for all, and only it has a twin.
+            if (slots[slot] == none) slots[slot] = i;
+        }
+    }
+
+    Vector PlaceOf(uint32_t record) const {
+        const float* p = records.array[record].originalPosition;
+        return {p[0], p[1], p[2]};
+    }
+    /// The record that lay where this one's mirror image did, each being the other's; or none.
+    uint32_t TwinOf(uint32_t record, int axis) const {
+        const uint32_t twin = slots[SlotOf(Mirrored(PlaceOf(record), axis))];
+        if (twin == none) return none;
+        return slots[SlotOf(Mirrored(PlaceOf(twin), axis))] == record ? twin : none;
+    }
+
+private:
+    /// Where a record of this place is or would be.
+    std::size_t SlotOf(const Vector& place) const {
+        std::size_t slot = Hash(place) & (slots.size() - 1);
+        while (slots[slot] != none && PlaceOf(slots[slot]) != place)
+            slot = (slot + 1) & (slots.size() - 1);
+        return slot;
+    }
+    static std::size_t Hash(const Vector& place) {
+        uint64_t hash = 0;
+        for (const float value : {place.x, place.y, place.z}) {
+            // +0 for -0.
+            const float same = value + 0.0f;
+            hash = (hash ^ std::bit_cast<uint32_t>(same)) * 0x9e3779b97f4a7c15u;
+            hash ^= hash >> 32;
+        }
+        return static_cast<std::size_t>(hash);
+    }
+
+    const Store<StoredVertexInfo>& records;
+    std::vector<uint32_t> slots;
+};
+
+}  // namespace
+
+std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
+                                     LevelChange& change,
+                                     const std::vector<int>& axes) {
+    const Store<StoredVertexInfo>& records = change.Records();
+    if (records.fill == 0 || axes.empty()) return {};
+    const RecordsByPlace byPlace(records);
+    const uint32_t count = records.fill;
+    std::vector<Vector> places(count);
+    for (uint32_t i = 0; i < count; ++i) places[i] = level.Position(records.array[i].vertexIndex);
+    // One plane after the other: what is symmetric in the planes before stays so, since twins in
+    // them have twins in this one, which get the mirrored mean.
+    for (const int axis : axes) {
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint32_t twin = byPlace.TwinOf(i, axis);
+            if (twin == none || twin < i) continue;
+            if (places[i] == Mirrored(places[twin], axis)) continue;
+            if (level.Freeze(records.array[i].vertexIndex) !=
+                level.Freeze(records.array[twin].vertexIndex))
+                continue;
+            places[i] = Mean(places[i], places[twin], axis);
+            if (twin != i) places[twin] = Mirrored(places[i], axis);
+        }
+    }
+    SurfaceMoves moves(level);
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t vertex = records.array[i].vertexIndex;
+        if (!SameBits(places[i], level.Position(vertex))) moves.Add(vertex, places[i]);
+    }
+    return moves.IsEmpty() ? std::vector<uint32_t>() : moves.Apply(change);
+}
+
+uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
+    const auto mirror = TopologicalMirror::Find(*geometry.Level(0), axis);
+    if (mirror == nullptr) {
+        throw HostError(std::string("the mesh has no mirror across ") + "xyz"[axis] +
+                        ": its faces do not hang together alike on both sides");
+    }
+    LevelMesh& level = *geometry.Bound();
+    const uint32_t number = geometry.BoundIndex();
+    const uint32_t corners = level.CornersPerFace();
+    const float sign = model == SymmetrySide::Positive ? 1.0f : -1.0f;
+    std::vector<bool> seen(level.VertexCount());
+    SurfaceMoves moves(level);
+    uint32_t moved = 0;
+    const auto move = [&](uint32_t vertex, const Vector& goal) {
+        const Vector present = level.Position(vertex);
+        const uint8_t amount = level.Freeze(vertex);
+        if (amount == freezeAmountMask || SameBits(present, goal)) return;
+        const float share =
+            1.0f - static_cast<float>(amount) / static_cast<float>(freezeAmountMask);
+        moves.Add(vertex, amount == 0 ? goal : present + (goal - present) * share);
+        ++moved;
+    };
+    for (uint32_t slot = 0; slot < level.faceCount * corners; ++slot) {
+        const uint32_t vertex = level.faceVertexIndices.array[slot];
+        if (seen[vertex]) continue;
+        const auto across = mirror->Across(number, slot / corners, slot % corners);
+        if (!across) continue;
+        const uint32_t twin =
+            level.faceVertexIndices.array[across->face * corners + across->corner];
+        seen[vertex] = seen[twin] = true;
+        const Vector place = level.Position(vertex);
+        if (twin == vertex) {
+            Vector inPlane = place;
+            if (Component(inPlane, axis) != 0.0f) Component(inPlane, axis) = 0.0f;
+            move(vertex, inPlane);
+            continue;
+        }
+        const Vector other = level.Position(twin);
+        const bool isModel = sign * Component(place, axis) >= sign * Component(other, axis);
+        move(isModel ? twin : vertex, Mirrored(isModel ? place : other, axis));
+    }
+    if (moves.IsEmpty()) return 0;
+    LevelChange change(&level);
+    moves.Apply(change);
+    UndoHistory& history = geometry.History();
+    const std::string label = history.NextLabel();
+    history.SetNextLabel("Make Symmetric");
+    change.Finish(true, false);
+    history.SetNextLabel(label);
+    return moved;
+}
+
+}  // namespace trovik

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/files/PolygonMesh.h"
+#include "framework/script/SculptSession.h"
+#include "tests/files/TemporaryFolder.h"
+
+#include <array>
+#include <cmath>
+#include <map>
+#include <vector>
+
+namespace trovik::test {
+
+/// A cube of n x n quads a side, blown up to the unit sphere; symmetric to the bit in the planes of
+/// the axes.
+inline PolygonMesh Ball(int n) {
+    PolygonMesh mesh;
+    std::map<std::array<int, 3>, uint32_t> numbers;
+    const auto vertex = [&](int x, int y, int z) {
+        const auto [place, isNew] =
+            numbers.try_emplace({x, y, z}, static_cast<uint32_t>(mesh.positions.size()));
+        if (isNew) {
+            const float p[3] = {
+                static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)};
+            const float length = std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
+            mesh.positions.push_back({p[0] / length, p[1] / length, p[2] / length});
+        }
+        return place->second;
+    };
+    const auto side = [&](auto at) {
+        for (int i = -n; i < n; i += 2) {
+            for (int j = -n; j < n; j += 2) {
+                const std::array<int, 2> corners[4] = {
+                    {i, j}, {i + 2, j}, {i + 2, j + 2}, {i, j + 2}};
+                for (const auto& [a, b] : corners) mesh.faceVertices.push_back(at(a, b));
+                mesh.faceSizes.push_back(4);
+            }
+        }
+    };
+    side([&](int a, int b) { return vertex(n, a, b); });
+    side([&](int a, int b) { return vertex(-n, b, a); });
+    side([&](int a, int b) { return vertex(b, n, a); });
+    side([&](int a, int b) { return vertex(a, -n, b); });
+    side([&](int a, int b) { return vertex(a, b, n); });
+    side([&](int a, int b) { return vertex(b, a, -n); });
+    return mesh;
+}
+
+/// A session on a ball.
+class BallSession {
+public:
+    explicit BallSession(int n = 24) {
+        const std::string path = folder.Path("ball.ply");
+        WriteMeshFile(path, Ball(n));
+        session = std::make_unique<SculptSession>(path);
+    }
+    SculptSession& operator*() { return *session; }
+    SculptSession* operator->() { return session.get(); }
+    LevelMesh& Mesh() { return *session->Geometry().Bound(); }
+
+    void Tool(const char* name, int direction = 0) {
+        session->SelectTool(name);
+        session->Brush().directionAttribute.SetValue(direction, true);
+    }
+    /// One stroke with a dab at the surface nearest to each place.
+    void Stroke(const std::vector<Vector>& places, float radius, float strength = 0.03f) {
+        session->Loop().Begin(BrushOperation::ModifierNone);
+        for (const Vector& place : places) {
+            const auto nearest = session->Tree().Nearest(place);
+            StrokeDab dab;
+            dab.hit.mesh = &Mesh();
+            dab.hit.face = nearest->face;
+            dab.hit.position = nearest->position;
+            dab.hit.normal = nearest->normal;
+            dab.position = nearest->position;
+            dab.size = radius;
+            dab.strength = strength;
+            session->Loop().Dab(dab);
+        }
+        session->Loop().End();
+    }
+    std::vector<Vector> Positions() {
+        std::vector<Vector> positions;
+        for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) positions.push_back(Mesh().Position(v));
+        return positions;
+    }
+    /// Per vertex the one across the plane, by where they are at the first call.
+    const std::vector<uint32_t>& Across(int axis) {
+        std::vector<uint32_t>& across = twins[axis];
+        if (!across.empty()) return across;
+        std::map<std::array<float, 3>, uint32_t> byPlace;
+        const std::vector<Vector> positions = Positions();
+        for (uint32_t v = 0; v < positions.size(); ++v)
+            byPlace[{positions[v].x, positions[v].y, positions[v].z}] = v;
+        for (const Vector& p : positions) {
+            std::array<float, 3> mirrored = {p.x, p.y, p.z};
+            mirrored[static_cast<std::size_t>(axis)] *= -1.0f;
+            across.push_back(byPlace.at(mirrored));
+        }
+        return across;
+    }
+    /// The largest difference of a vertex from where its twin puts it.
+    float Asymmetry(int axis) {
+        const std::vector<uint32_t>& across = Across(axis);
+        float most = 0.0f;
+        for (uint32_t v = 0; v < across.size(); ++v) {
+            const Vector a = Mesh().Position(v);
+            const Vector b = Mesh().Position(across[v]);
+            const float sign[3] = {
+                axis == 0 ? -1.0f : 1.0f, axis == 1 ? -1.0f : 1.0f, axis == 2 ? -1.0f : 1.0f};
+            most = std::max({most,
+                             std::fabs(a.x - sign[0] * b.x),
+                             std::fabs(a.y - sign[1] * b.y),
+                             std::fabs(a.z - sign[2] * b.z)});
+        }
+        return most;
+    }
+
+private:
+    TemporaryFolder folder;
+    std::unique_ptr<SculptSession> session;
+    std::vector<uint32_t> twins[3];
+};
+
+}  // namespace trovik::test
