@@ -11,7 +11,8 @@ namespace trovik {
 namespace {
 
 /// Tools that take percent.
-constexpr const char* percentTools[] = {"Pinch", "Smooth", "Amplify", "Flatten", "Scrape", "Fill"};
+constexpr const char* percentTools[] = {
+    "Pinch", "Smooth", "Amplify", "Flatten", "Scrape", "Fill", "Freeze"};
 /// Wax takes one tenth of its strength, scaled by one half, for the offset of its plane.
 constexpr float waxLift = 0.25f / (0.1f * 0.5f);
 

@@ -33,6 +33,23 @@ public:
     std::vector<uint8_t> amounts;
 };
 
+template <typename VertexAt>
+std::unique_ptr<UndoStep> StepOfDifferences(const LevelMesh& level,
+                                            const std::vector<uint8_t>& amountsBefore,
+                                            VertexAt vertexAt) {
+    auto step = std::make_unique<FreezeStep>(static_cast<uint32_t>(level.Index()));
+    for (std::size_t i = 0; i < amountsBefore.size(); ++i) {
+        const uint32_t vertex = vertexAt(i);
+        if (level.Freeze(vertex) == amountsBefore[i]) continue;
+        step->vertices.push_back(vertex);
+        step->amounts.push_back(amountsBefore[i]);
+    }
+    if (step->vertices.empty()) return nullptr;
+    step->vertices.shrink_to_fit();
+    step->amounts.shrink_to_fit();
+    return step;
+}
+
 }  // namespace
 
 std::vector<uint8_t> FreezeAmounts(const LevelMesh& level) {
@@ -44,16 +61,16 @@ std::vector<uint8_t> FreezeAmounts(const LevelMesh& level) {
 std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
                                          const std::vector<uint8_t>& amountsBefore) {
     assert(amountsBefore.size() == level.VertexCount());
-    auto step = std::make_unique<FreezeStep>(static_cast<uint32_t>(level.Index()));
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
-        if (level.Freeze(v) == amountsBefore[v]) continue;
-        step->vertices.push_back(v);
-        step->amounts.push_back(amountsBefore[v]);
-    }
-    if (step->vertices.empty()) return nullptr;
-    step->vertices.shrink_to_fit();
-    step->amounts.shrink_to_fit();
-    return step;
+    return StepOfDifferences(
+        level, amountsBefore, [](std::size_t i) { return static_cast<uint32_t>(i); });
+}
+
+std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
+                                         const std::vector<uint32_t>& vertices,
+                                         const std::vector<uint8_t>& amountsBefore) {
+    assert(amountsBefore.size() == vertices.size());
+    return StepOfDifferences(
+        level, amountsBefore, [&vertices](std::size_t i) { return vertices[i]; });
 }
 
 }  // namespace trovik

@@ -14,9 +14,11 @@ namespace trovik {
 
 /// Binds another level and answers the step of it, not yet pushed. Undo binds the level that was
 /// bound before, and every vertex and normal of every level that was carried along gets the bits
-/// that it had; redo brings back those that the carrying gave. So does undo of all steps below.
+/// that it had, and its freeze amount; redo brings back those that the carrying gave. So does undo
+/// of all steps below.
 ///
-/// Memory: 32 bytes a vertex that was carried, and 16 for each that still waits to be.
+/// Memory: 32 bytes a vertex that was carried, and 16 for each that still waits to be; 5 for each
+/// freeze amount.
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry, uint32_t index);
 
 /// Subdivides and answers the step of it, not yet pushed. Undo takes the new level out again and
@@ -45,6 +47,12 @@ TROVIK_API std::vector<uint8_t> FreezeAmounts(const LevelMesh& level);
 /// The step of a change of freeze amounts: holds the amounts of the vertices that differ from
 /// `amountsBefore`. \param amountsBefore  one per vertex of the level. \return null when none does.
 TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
+                                                    const std::vector<uint8_t>& amountsBefore);
+
+/// The same for some vertices, each named once. \param amountsBefore  one for each of them.
+/// Cost: O(these vertices).
+TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
+                                                    const std::vector<uint32_t>& vertices,
                                                     const std::vector<uint8_t>& amountsBefore);
 
 /// The step of another transformation of the geometry. \return null when it is the same to the bit.

@@ -4,6 +4,7 @@
 #include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
+#include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelRefiner.h"
 
 #include <algorithm>
@@ -110,7 +111,7 @@ bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
         refiner.RefinePositions(target, [&target](uint32_t vertex, const Vector& position) {
             target.SetPosition(vertex, position);
         });
-        CarryFreeze(coarse, target);
+        CarryAllFreeze(coarse, target);
         target.ComputeNormals();
     } catch (const LevelRefiner::Stopped&) {
         Exchange(before);
@@ -124,6 +125,7 @@ bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
     DropUnchanged(bound);
     // The new level is what the present positions give: it has seen them.
     seen[bound].fromAbove.clear();
+    seen[bound].freezeFromAbove.clear();
     bound = LevelCount() - 1;
     KeepSeen(bound);
     return true;
@@ -164,26 +166,6 @@ void LevelGeometry::CheckForecast(uint32_t times, uint64_t byteBudget) const {
             "subdividing to level " + level + " would give " + std::to_string(forecast.faces) +
             " faces and " + std::to_string(forecast.vertices) + " vertices and take " +
             std::to_string(forecast.bytes) + " bytes; the budget is " + std::to_string(byteBudget));
-    }
-}
-
-// A new vertex takes the rounded mean of those it lies between.
-void LevelGeometry::CarryFreeze(LevelMesh& coarse, LevelMesh& fine) {
-    if (coarse.FrozenVertexCount() == 0) return;
-    const uint32_t corners = coarse.CornersPerFace();
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) fine.SetFreeze(v, coarse.Freeze(v));
-    for (uint32_t face = 0; face < coarse.faceCount; ++face) {
-        const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
-        const uint32_t* children = fine.faceVertexIndices.array + face * corners * 4;
-        uint32_t sum = 0;
-        for (uint32_t k = 0; k < corners; ++k) {
-            const uint32_t a = coarse.Freeze(v[k]);
-            const uint32_t b = coarse.Freeze(v[(k + 1) % corners]);
-            sum += a;
-            const uint32_t edge = children[k * 4 + (corners == 4 ? (k + 1) & 3u : 1u)];
-            fine.SetFreeze(edge, static_cast<uint8_t>((a + b + 1) / 2));
-        }
-        fine.SetFreeze(children[2], static_cast<uint8_t>((sum + corners / 2) / corners));
     }
 }
 

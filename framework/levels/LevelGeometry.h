@@ -58,7 +58,8 @@ public:
 
     /// Binds another level. What was changed since on the levels in between is carried along: to
     /// coarser levels by fitting, to finer ones by turning their detail with the surface; see
-    /// DetailCarrier. With no change, no bit of any level changes.
+    /// DetailCarrier, and FreezeCarrying.h for freeze amounts. With no change, no bit of any level
+    /// changes.
     /// \return what happened to levels on the way.
     std::vector<CarriedLevel> BindLevel(uint32_t index);
     /// The same, and answers what Exchange needs to go back.
@@ -115,11 +116,15 @@ public:
     const std::vector<Vector>& SeenPositions(uint32_t index) const { return seen[index].fromAbove; }
     /// Positions of level `index` as the level below last saw them; empty while unchanged since.
     const std::vector<Vector>& SeenFromBelow(uint32_t index) const { return seen[index].fromBelow; }
-    /// Positions of one level as its neighbours know them; empty, or one a vertex.
+    /// Positions and freeze amounts of one level as its neighbours know them; empty, or one a
+    /// vertex.
     struct SeenLevel {
         std::vector<Vector> fromAbove;
         std::vector<Vector> fromBelow;
+        std::vector<uint8_t> freezeFromAbove = {};
+        std::vector<uint8_t> freezeFromBelow = {};
     };
+    const SeenLevel& Seen(uint32_t index) const { return seen[index]; }
     /// For who brings a geometry's content: binds the level, carries nothing, and takes over what
     /// the levels know of each other. \param seenLevels  per level.
     void Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLevels);
@@ -157,7 +162,6 @@ public:
     GeometryObserver* Observer() const { return observer; }
 
 private:
-    static void CarryFreeze(LevelMesh& coarse, LevelMesh& fine);
     std::unique_ptr<LevelMesh> MakeLevel(const std::function<bool()>* stop) const;
     /// Takes down what the neighbours know of level `index`, before it can change.
     void KeepSeen(uint32_t index);
@@ -165,6 +169,8 @@ private:
     void DropUnchanged(uint32_t index);
     void CarryUp(uint32_t index, std::vector<CarriedLevel>& carried);
     void CarryDown(uint32_t index, std::vector<CarriedLevel>& carried);
+    void CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried);
+    void CarryFreezeDown(uint32_t index, std::vector<CarriedLevel>& carried);
     void Renumber(uint32_t index,
                   const std::vector<uint32_t>& vertexMap,
                   const std::vector<uint32_t>& faceMap);
@@ -173,6 +179,8 @@ private:
                                          FaceRenumbering faces,
                                          std::vector<uint32_t> lowerMap);
     void NumberLevels();
+    /// Below level 0 there is nobody.
+    void ForgetFromBelow();
 
     std::vector<std::unique_ptr<LevelMesh>> levels;
     uint32_t bound = 0;

@@ -70,6 +70,11 @@ void LevelGeometry::NumberLevels() {
     }
 }
 
+void LevelGeometry::ForgetFromBelow() {
+    std::vector<Vector>().swap(seen[0].fromBelow);
+    std::vector<uint8_t>().swap(seen[0].freezeFromBelow);
+}
+
 LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) {
     assert(levels[bound]->OpenChange() == nullptr && "no level goes during a stroke");
     TakenLevels taken;
@@ -91,9 +96,10 @@ LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) 
     if (lower) {
         bound -= kept;
         if (!taken.levels.empty()) levels[0]->MakeBaseTables();
-        std::vector<Vector>().swap(seen[0].fromBelow);
+        ForgetFromBelow();
     } else {
         std::vector<Vector>().swap(seen[kept].fromAbove);
+        std::vector<uint8_t>().swap(seen[kept].freezeFromAbove);
     }
     NumberLevels();
     return taken;
@@ -128,6 +134,8 @@ void LevelGeometry::Renumber(uint32_t index,
     Permute(level.vertexNormals.array, level.vertexNormals.fill, vertexMap);
     Permute(level.faceFlags, level.faceCount, faceMap);
     for (std::vector<Vector>* known : {&seen[index].fromAbove, &seen[index].fromBelow})
+        Permute(known->data(), known->size(), vertexMap);
+    for (std::vector<uint8_t>* known : {&seen[index].freezeFromAbove, &seen[index].freezeFromBelow})
         Permute(known->data(), known->size(), vertexMap);
     layers->Renumber(level, vertexMap);
     // The table of patches speaks of the old numbers; the next stroke makes a new one.
@@ -190,7 +198,10 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
     if (fit) {
         LevelMesh& base = *levels[0];
         const std::vector<Vector> positions = FitCoarsePositions(base, *levels[1]);
-        for (uint32_t v = 0; v < base.VertexCount(); ++v) base.SetPosition(v, positions[v]);
+        for (uint32_t v = 0; v < base.VertexCount(); ++v) {
+            base.SetPosition(v, positions[v]);
+            base.SetFreeze(v, levels[1]->Freeze(v));
+        }
         base.ComputeNormals();
     }
     KeepSeen(bound);
@@ -219,7 +230,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::TakeCoarserBase(const CoarseFaces& coa
     const FaceRenumbering inverse = faces.Inverse();
     Renumber(0, back, inverse.face);
     base.MakeBaseTables();
-    std::vector<Vector>().swap(seen[0].fromBelow);
+    ForgetFromBelow();
     if (LevelCount() > 1) RenumberLevels(1, inverse.OfChildren(), back);
     if (mirror != nullptr && old.mirror != nullptr) mirror = std::move(old.mirror);
     attributes = std::move(old.attributes);

@@ -7,7 +7,9 @@
 /// as the level below last saw it. Each is dropped when that neighbour has taken the change over,
 /// or when there is none. Only the bound level can change, so going to another level passes every
 /// pair of neighbours that has something to tell each other in the direction of the way.
+#include "framework/edits/Steps.h"
 #include "framework/levels/DetailCarrier.h"
+#include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelGeometry.h"
 #include "framework/levels/SameBits.h"
 
@@ -41,6 +43,32 @@ SeenDifferences DifferencesOf(const LevelMesh& level, const std::vector<Vector>&
     return differences;
 }
 
+bool IsUnchanged(const LevelMesh& level, const std::vector<uint8_t>& amounts) {
+    for (uint32_t v = 0; v < level.VertexCount(); ++v)
+        if (amounts[v] != level.Freeze(v)) return false;
+    return true;
+}
+
+FreezeDifferences DifferencesOf(const LevelMesh& level, const std::vector<uint8_t>& amounts) {
+    FreezeDifferences differences;
+    differences.kept = !amounts.empty();
+    if (!differences.kept) return differences;
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        if (amounts[v] == level.Freeze(v)) continue;
+        differences.vertices.push_back(v);
+        differences.amounts.push_back(amounts[v]);
+    }
+    return differences;
+}
+
+std::vector<uint8_t> Restored(const LevelMesh& level, const FreezeDifferences& differences) {
+    if (!differences.kept) return {};
+    std::vector<uint8_t> amounts = FreezeAmounts(level);
+    for (std::size_t i = 0; i < differences.vertices.size(); ++i)
+        amounts[differences.vertices[i]] = differences.amounts[i];
+    return amounts;
+}
+
 std::vector<Vector> Restored(const LevelMesh& level, const SeenDifferences& differences) {
     if (!differences.kept) return {};
     std::vector<Vector> positions = PositionsOf(level);
@@ -54,13 +82,21 @@ std::vector<Vector> Restored(const LevelMesh& level, const SeenDifferences& diff
 void LevelGeometry::KeepSeen(uint32_t index) {
     const LevelMesh& level = *levels[index];
     SeenLevel& one = seen[index];
-    if (index + 1 < levels.size() && one.fromAbove.empty()) one.fromAbove = PositionsOf(level);
-    if (index > 0 && one.fromBelow.empty()) one.fromBelow = PositionsOf(level);
+    if (index + 1 < levels.size()) {
+        if (one.fromAbove.empty()) one.fromAbove = PositionsOf(level);
+        if (one.freezeFromAbove.empty()) one.freezeFromAbove = FreezeAmounts(level);
+    }
+    if (index > 0) {
+        if (one.fromBelow.empty()) one.fromBelow = PositionsOf(level);
+        if (one.freezeFromBelow.empty()) one.freezeFromBelow = FreezeAmounts(level);
+    }
 }
 
 void LevelGeometry::DropUnchanged(uint32_t index) {
     for (std::vector<Vector>* one : {&seen[index].fromAbove, &seen[index].fromBelow})
         if (!one->empty() && IsUnchanged(*levels[index], *one)) std::vector<Vector>().swap(*one);
+    for (std::vector<uint8_t>* one : {&seen[index].freezeFromAbove, &seen[index].freezeFromBelow})
+        if (!one->empty() && IsUnchanged(*levels[index], *one)) std::vector<uint8_t>().swap(*one);
 }
 
 void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried) {
@@ -84,11 +120,37 @@ void LevelGeometry::CarryDown(uint32_t index, std::vector<CarriedLevel>& carried
     if (!one.vertices.empty()) carried.push_back(std::move(one));
 }
 
+void LevelGeometry::CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried) {
+    const std::vector<uint8_t> known = std::exchange(seen[index].freezeFromAbove, {});
+    if (known.empty() || IsUnchanged(*levels[index], known)) return;
+    std::vector<uint8_t>& older = seen[index + 1].freezeFromAbove;
+    if (index + 2 < levels.size() && older.empty()) older = FreezeAmounts(*levels[index + 1]);
+    CarriedLevel one = trovik::CarryFreezeUp(*levels[index], *levels[index + 1], known);
+    std::vector<uint8_t>().swap(seen[index + 1].freezeFromBelow);
+    if (!one.freezeVertices.empty()) carried.push_back(std::move(one));
+}
+
+void LevelGeometry::CarryFreezeDown(uint32_t index, std::vector<CarriedLevel>& carried) {
+    const std::vector<uint8_t> known = std::exchange(seen[index].freezeFromBelow, {});
+    if (known.empty() || IsUnchanged(*levels[index], known)) return;
+    std::vector<uint8_t>& older = seen[index - 1].freezeFromBelow;
+    if (index > 1 && older.empty()) older = FreezeAmounts(*levels[index - 1]);
+    CarriedLevel one = trovik::CarryFreezeDown(*levels[index - 1], *levels[index], known);
+    std::vector<uint8_t>().swap(seen[index - 1].freezeFromAbove);
+    if (!one.freezeVertices.empty()) carried.push_back(std::move(one));
+}
+
 std::vector<CarriedLevel> LevelGeometry::BindLevel(uint32_t index) {
     std::vector<CarriedLevel> carried;
     const uint32_t before = bound;
-    for (uint32_t level = before; level < index; ++level) CarryUp(level, carried);
-    for (uint32_t level = before; level > index; --level) CarryDown(level, carried);
+    for (uint32_t level = before; level < index; ++level) {
+        CarryUp(level, carried);
+        CarryFreezeUp(level, carried);
+    }
+    for (uint32_t level = before; level > index; --level) {
+        CarryDown(level, carried);
+        CarryFreezeDown(level, carried);
+    }
     bound = index;
     if (index != before) DropUnchanged(before);
     KeepSeen(index);
@@ -100,7 +162,9 @@ LevelSwitch LevelGeometry::StateOfSwitch() const {
     state.bound = bound;
     for (uint32_t i = 0; i < LevelCount(); ++i) {
         state.seen.push_back({DifferencesOf(*levels[i], seen[i].fromAbove),
-                              DifferencesOf(*levels[i], seen[i].fromBelow)});
+                              DifferencesOf(*levels[i], seen[i].fromBelow),
+                              DifferencesOf(*levels[i], seen[i].freezeFromAbove),
+                              DifferencesOf(*levels[i], seen[i].freezeFromBelow)});
     }
     return state;
 }
@@ -127,8 +191,9 @@ LevelSwitch LevelGeometry::ApplyToLowerLevels() {
             level.SetPosition(v, place);
         }
         DetailCarrier::RefreshNormals(level, carried);
-        // From level 0 to the bound one all agree now.
-        seen[index] = {};
+        // From level 0 to the bound one all agree now where they lie.
+        std::vector<Vector>().swap(seen[index].fromAbove);
+        std::vector<Vector>().swap(seen[index].fromBelow);
         if (!carried.vertices.empty()) before.carried.push_back(std::move(carried));
     }
     seen[bound].fromBelow.clear();
@@ -148,10 +213,17 @@ void LevelGeometry::Exchange(LevelSwitch& other) {
         }
         for (std::size_t i = 0; i < one.normalVertices.size(); ++i)
             std::swap(level.vertexNormals.array[one.normalVertices[i]], one.normalsBefore[i]);
+        for (std::size_t i = 0; i < one.freezeVertices.size(); ++i) {
+            const uint8_t amount = level.Freeze(one.freezeVertices[i]);
+            level.SetFreeze(one.freezeVertices[i], one.freezeBefore[i]);
+            one.freezeBefore[i] = amount;
+        }
     }
     for (std::size_t i = 0; i < other.seen.size() && i < levels.size(); ++i) {
         seen[i] = {Restored(*levels[i], other.seen[i].fromAbove),
-                   Restored(*levels[i], other.seen[i].fromBelow)};
+                   Restored(*levels[i], other.seen[i].fromBelow),
+                   Restored(*levels[i], other.seen[i].freezeFromAbove),
+                   Restored(*levels[i], other.seen[i].freezeFromBelow)};
     }
     bound = other.bound;
     KeepSeen(bound);

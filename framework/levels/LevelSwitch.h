@@ -8,20 +8,23 @@
 
 namespace trovik {
 
-/// What a carrying did to one level: where the vertices that it moved were, and the normals that
-/// it refreshed.
+/// What a carrying did to one level: where the vertices that it moved were, the normals that it
+/// refreshed, and the freeze amounts that it changed.
 struct CarriedLevel {
     uint32_t level = 0;
     std::vector<uint32_t> vertices;
     std::vector<Vector> positionsBefore;
     std::vector<uint32_t> normalVertices;
     std::vector<PackedNormal> normalsBefore;
+    std::vector<uint32_t> freezeVertices;
+    std::vector<uint8_t> freezeBefore;
 
     uint64_t Bytes() const {
         return sizeof(CarriedLevel) + vertices.capacity() * sizeof(uint32_t) +
                positionsBefore.capacity() * sizeof(Vector) +
                normalVertices.capacity() * sizeof(uint32_t) +
-               normalsBefore.capacity() * sizeof(PackedNormal);
+               normalsBefore.capacity() * sizeof(PackedNormal) +
+               freezeVertices.capacity() * sizeof(uint32_t) + freezeBefore.capacity();
     }
 };
 
@@ -37,10 +40,27 @@ struct SeenDifferences {
     }
 };
 
+/// Older freeze amounts of a level, told by the vertices that have others now.
+struct FreezeDifferences {
+    /// False: nothing is kept, since nothing changed.
+    bool kept = false;
+    std::vector<uint32_t> vertices;
+    std::vector<uint8_t> amounts;
+
+    uint64_t Bytes() const { return vertices.capacity() * sizeof(uint32_t) + amounts.capacity(); }
+};
+
 /// As what the neighbouring levels know a level.
 struct SeenByNeighbours {
     SeenDifferences fromAbove;
     SeenDifferences fromBelow;
+    FreezeDifferences freezeFromAbove;
+    FreezeDifferences freezeFromBelow;
+
+    uint64_t Bytes() const {
+        return sizeof(SeenByNeighbours) + fromAbove.Bytes() + fromBelow.Bytes() +
+               freezeFromAbove.Bytes() + freezeFromBelow.Bytes();
+    }
 };
 
 /// All that a change of levels did besides adding or removing some: enough to go back to the bit.
@@ -51,8 +71,7 @@ struct LevelSwitch {
 
     uint64_t Bytes() const {
         uint64_t bytes = sizeof(LevelSwitch);
-        for (const SeenByNeighbours& one : seen)
-            bytes += sizeof one + one.fromAbove.Bytes() + one.fromBelow.Bytes();
+        for (const SeenByNeighbours& one : seen) bytes += one.Bytes();
         for (const CarriedLevel& one : carried) bytes += one.Bytes();
         return bytes;
     }

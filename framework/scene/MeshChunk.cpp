@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/MeshChunk.h"
 
+#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/scene/AttributeChunk.h"
@@ -23,11 +24,13 @@ enum LevelParts : uint32_t {
     HasSeen = 4,
     IsNotLockable = 8,
     HasSeenFromBelow = 16,
-    AllParts = 31
+    HasSeenFreeze = 32,
+    HasSeenFreezeFromBelow = 64,
+    AllParts = 127
 };
 
-/// From this format on a level tells what the level below saw, and the imported mesh may be
-/// another.
+/// From this format on a level tells what the level below saw, and which freeze amounts its
+/// neighbours saw; and the imported mesh may be another.
 constexpr uint32_t carriedDownFormat = 331;
 
 struct PlacedVertex {
@@ -70,6 +73,43 @@ std::vector<Vector> ReadDifferences(SceneStream& stream, const LevelMesh& level)
         positions[entry.vertex] = entry.position;
     }
     return positions;
+}
+
+/// Older freeze amounts of vertices that have others now. None where nothing is kept, too: a list
+/// without differences tells as much.
+struct OlderFreeze {
+    OlderFreeze(const LevelMesh& level, const std::vector<uint8_t>& seen) {
+        for (uint32_t v = 0; v < seen.size(); ++v) {
+            if (seen[v] == level.Freeze(v)) continue;
+            vertices.push_back(v);
+            amounts.push_back(seen[v]);
+        }
+    }
+    void Write(SceneStream& stream) const {
+        WriteList(stream, vertices);
+        stream.WriteElements(amounts.data(), 1, amounts.size());
+    }
+
+    std::vector<uint32_t> vertices;
+    std::vector<uint8_t> amounts;
+};
+
+std::vector<uint8_t> ReadOlderFreeze(SceneStream& stream, const LevelMesh& level) {
+    std::vector<uint8_t> amounts = FreezeAmounts(level);
+    const auto vertices = ReadList<uint32_t>(stream);
+    const auto older = ReadValues<uint8_t>(stream, vertices.size());
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        if (vertices[i] >= amounts.size())
+            SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(vertices[i]));
+        if (older[i] > freezeAmountMask) {
+            SceneStream::Refuse(QStringLiteral("vertex %1 has freeze amount %2, above %3")
+                                    .arg(vertices[i])
+                                    .arg(older[i])
+                                    .arg(freezeAmountMask));
+        }
+        amounts[vertices[i]] = older[i];
+    }
+    return amounts;
 }
 
 QString LevelText(uint64_t index) { return QStringLiteral("level %1").arg(index); }
@@ -152,6 +192,12 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
     if (!level.IsLockable()) parts |= IsNotLockable;
     if (!seenFromBelow.empty() && stream.IsFormatAtLeast(carriedDownFormat))
         parts |= HasSeenFromBelow;
+    const OlderFreeze seenFreeze(level, geometry.Seen(index).freezeFromAbove);
+    const OlderFreeze seenFreezeFromBelow(level, geometry.Seen(index).freezeFromBelow);
+    if (stream.IsFormatAtLeast(carriedDownFormat)) {
+        if (!seenFreeze.vertices.empty()) parts |= HasSeenFreeze;
+        if (!seenFreezeFromBelow.vertices.empty()) parts |= HasSeenFreezeFromBelow;
+    }
     uint32_t number = index;
     uint32_t count = vertices;
     stream.Transfer(number);
@@ -167,6 +213,8 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
         WriteList(stream,
                   Differences(level, [&seenFromBelow](uint32_t v) { return seenFromBelow[v]; }));
     }
+    if ((parts & HasSeenFreeze) != 0) seenFreeze.Write(stream);
+    if ((parts & HasSeenFreezeFromBelow) != 0) seenFreezeFromBelow.Write(stream);
     level.Serialize(stream);
 }
 
@@ -226,6 +274,10 @@ void LevelChunkReader::Read(SceneStream& stream) {
     seen.emplace_back();
     if ((parts & HasSeen) != 0) seen.back().fromAbove = ReadDifferences(stream, level);
     if ((parts & HasSeenFromBelow) != 0) seen.back().fromBelow = ReadDifferences(stream, level);
+    if ((parts & HasSeenFreeze) != 0)
+        seen.back().freezeFromAbove = ReadOlderFreeze(stream, level);
+    if ((parts & HasSeenFreezeFromBelow) != 0)
+        seen.back().freezeFromBelow = ReadOlderFreeze(stream, level);
     level.SetLockable((parts & IsNotLockable) == 0);
     level.Serialize(stream);
 }

@@ -1,65 +1,225 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/Steps.h"
+#include "framework/errors/HostError.h"
+#include "framework/freeze/FreezeCurvature.h"
+#include "framework/freeze/FreezeFilters.h"
+#include "framework/freeze/FreezeParts.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
-#include <cmath>
+#include <filesystem>
+#include <iterator>
+#include <optional>
 
 namespace trovik {
 
 namespace {
 
-constexpr float fullAmount = 127.0f;
+/// What a step does, by the one field that says so; "center" and "min" each need a second field.
+constexpr const char* shapes[] = {
+    "all", "center", "min", "box", "lasso", "image", "cavity", "shell", "group"};
+struct Filter {
+    const char* name;
+    std::vector<uint8_t> (*run)(const LevelMesh& level, uint32_t times);
+};
+constexpr Filter filters[] = {{"grow", GrownFreeze},
+                              {"shrink", ShrunkFreeze},
+                              {"blur", BlurredFreeze},
+                              {"sharpen", SharpenedFreeze}};
 
-uint8_t Rounded(float amount) {
-    return static_cast<uint8_t>(std::clamp(amount, 0.0f, 1.0f) * fullAmount + 0.5f);
+/// The size of bends that a cavity step looks for, as a share of the mesh's diagonal.
+constexpr float cavityShare = 0.02f;
+
+FreezeMode ModeOf(const FieldReader& freeze, FreezeMode otherwise) {
+    const std::string name = freeze.TextOr("mode", "");
+    if (name == "raise") return FreezeMode::Raise;
+    if (name == "replace") return FreezeMode::Replace;
+    if (name == "add") return FreezeMode::Add;
+    if (name == "subtract") return FreezeMode::Subtract;
+    return name == "multiply" ? FreezeMode::Multiply : otherwise;
+}
+
+ViewReach ReachOf(const FieldReader& freeze) {
+    const std::string name = freeze.TextOr("reach", "visible");
+    if (name == "facing") return ViewReach::Facing;
+    return name == "through" ? ViewReach::Through : ViewReach::Visible;
+}
+
+ViewPlace PlaceOf(const FieldReader& numbers) {
+    return {numbers.At(std::size_t{0}).Number(), numbers.At(1).Number()};
+}
+
+ViewBox BoxOf(const FieldReader& numbers) {
+    return {PlaceOf(numbers), {numbers.At(2).Number(), numbers.At(3).Number()}};
+}
+
+/// The field that says what is done. \throw HostError unless there is one.
+std::string WhatOf(const FieldReader& freeze) {
+    std::vector<std::string> found;
+    for (const char* name : shapes)
+        if (freeze.Has(name)) found.emplace_back(name);
+    for (const Filter& filter : filters)
+        if (freeze.Has(filter.name)) found.emplace_back(filter.name);
+    if (found.size() > 1) {
+        freeze.Fail("\"" + found[0] + "\" and \"" + found[1] +
+                    "\" are two things; a step freezes by one");
+    }
+    const std::string what = found.empty() ? "" : found[0];
+    const bool isRegion = (what != "center" || freeze.Has("radius")) &&
+                          (what != "min" || freeze.Has("max")) && !what.empty();
+    if (!isRegion) {
+        freeze.Fail(
+            "needs \"center\" and \"radius\", \"min\" and \"max\", or one of \"all\", \"box\", "
+            "\"lasso\", \"image\", \"cavity\", \"shell\", \"group\", \"grow\", \"shrink\", "
+            "\"blur\", "
+            "\"sharpen\"");
+    }
+    return what;
 }
 
 }  // namespace
 
-// Regions are told in world space; a region freezes at least as much as what is there already.
 void ScriptRunner::RunFreeze(const FieldReader& freeze) {
-    LevelMesh& mesh = *session->Geometry().Bound();
+    const LevelMesh& level = *session->Geometry().Bound();
+    if (session->IsFreezing() && session->Loop().IsActive())
+        freeze.Fail("a stroke of the freeze brush is open; end it first");
     if (freeze.Json().is_string()) {
         const std::string what = freeze.Text();
-        if (what == "clear")
-            session->Freeze([](uint32_t) { return uint8_t{0}; });
-        else if (what == "all")
-            session->Freeze([](uint32_t) { return uint8_t{127}; });
+        std::vector<uint8_t> amounts(level.VertexCount(), 0);
+        if (what == "all")
+            amounts.assign(level.VertexCount(), freezeAmountMask);
         else if (what == "invert")
-            session->Freeze(
-                [&mesh](uint32_t v) { return static_cast<uint8_t>(127 - mesh.Freeze(v)); });
-        else
+            amounts = InvertedFreeze(level);
+        else if (what != "clear")
             freeze.Fail("unknown word \"" + what + "\"; there are clear, all, invert");
+        session->Freeze(amounts, FreezeMode::Replace);
         return;
     }
 
-    const Placement& place = session->Geometry().Place();
+    const std::string what = WhatOf(freeze);
     const float amount = freeze.NumberOr("amount", 1.0f);
-    const auto worldOf = [&mesh, &place](uint32_t v) {
-        return place.ToWorld().AffineTransform(mesh.Position(v), 1.0f);
-    };
-    if (freeze.Has("center") && freeze.Has("radius")) {
-        const Vector center = freeze.At("center").ThreeNumbers();
-        const float reach = freeze.At("radius").Number();
-        const float soft = freeze.NumberOr("soft", 0.0f);
-        session->Freeze([&](uint32_t v) {
-            const float rim = (worldOf(v) - center).Length() / reach;
-            if (rim > 1.0f) return mesh.Freeze(v);
-            const float share = soft > 0.0f ? std::min(1.0f, (1.0f - rim) / soft) : 1.0f;
-            return std::max(mesh.Freeze(v), Rounded(amount * share));
-        });
-    } else if (freeze.Has("min") && freeze.Has("max")) {
-        const Vector low = freeze.At("min").ThreeNumbers();
-        const Vector high = freeze.At("max").ThreeNumbers();
-        session->Freeze([&](uint32_t v) {
-            const Vector p = worldOf(v);
-            const bool inside = p.x >= low.x && p.y >= low.y && p.z >= low.z && p.x <= high.x &&
-                                p.y <= high.y && p.z <= high.z;
-            return inside ? std::max(mesh.Freeze(v), Rounded(amount)) : mesh.Freeze(v);
-        });
-    } else {
-        freeze.Fail("a region needs \"center\" and \"radius\", or \"min\" and \"max\"");
+    const auto filter = std::find_if(std::begin(filters),
+                                     std::end(filters),
+                                     [&what](const Filter& one) { return what == one.name; });
+    if (filter != std::end(filters)) {
+        const auto times = static_cast<uint32_t>(freeze.At(filter->name).Integer());
+        session->Freeze(FreezeBetween(FreezeAmounts(level), filter->run(level, times), amount),
+                        ModeOf(freeze, FreezeMode::Replace));
+        return;
     }
+    session->Freeze(FreezeAmountsOf(FreezeShares(freeze, what), amount),
+                    ModeOf(freeze, FreezeMode::Raise));
+}
+
+std::vector<float> ScriptRunner::FreezeShares(const FieldReader& freeze, const std::string& what) {
+    const LevelGeometry& geometry = session->Geometry();
+    if (what == "all") return std::vector<float>(geometry.Bound()->VertexCount(), 1.0f);
+    if (what == "image") return SharesOfImage(freeze.At("image"), ReachOf(freeze));
+    if (what == "cavity") return SharesOfCavity(freeze.At("cavity"));
+    if (what == "shell") return SharesOfShell(*geometry.Bound(), ShellVertex(freeze.At("shell")));
+    if (what == "group") {
+        const FieldReader group = freeze.At("group");
+        if (group.Json().is_null())
+            return SharesOfGroup(geometry, geometry.BoundIndex(), SurfaceAttributes::none);
+        const auto number = FindGroup(geometry, group.Text());
+        if (!number) {
+            std::string names;
+            for (const std::string& name : geometry.Attributes().groupNames)
+                names += (names.empty() ? "; there are " : ", ") + name;
+            group.Fail("the mesh has no group \"" + group.Text() + "\"" + names);
+        }
+        return SharesOfGroup(geometry, geometry.BoundIndex(), *number);
+    }
+    return SharesOfShape(freeze, what);
+}
+
+std::vector<float> ScriptRunner::SharesOfShape(const FieldReader& freeze, const std::string& what) {
+    const LevelGeometry& geometry = session->Geometry();
+    if (what == "center") {
+        return SharesInBall(geometry,
+                            freeze.At("center").ThreeNumbers(),
+                            freeze.At("radius").Number(),
+                            freeze.NumberOr("soft", 0.0f));
+    }
+    if (what == "min") {
+        return SharesInBox(
+            geometry, freeze.At("min").ThreeNumbers(), freeze.At("max").ThreeNumbers());
+    }
+    const auto inView = [&](const std::function<float(const ViewPlace&)>& shareAt) {
+        return SharesInView(geometry, session->Tree(), session->View(), ReachOf(freeze), shareAt);
+    };
+    if (what == "box") {
+        const ViewBox box = BoxOf(freeze.At("box"));
+        return inView([&box](const ViewPlace& place) { return box.Holds(place) ? 1.0f : 0.0f; });
+    }
+    std::vector<ViewPlace> corners;
+    const FieldReader list = freeze.At("lasso");
+    for (std::size_t i = 0; i < list.Size(); ++i) corners.push_back(PlaceOf(list.At(i)));
+    const ViewLasso lasso(std::move(corners));
+    return inView([&lasso](const ViewPlace& place) { return lasso.Holds(place) ? 1.0f : 0.0f; });
+}
+
+std::vector<float> ScriptRunner::SharesOfImage(const FieldReader& image, ViewReach reach) {
+    const std::string file =
+        (std::filesystem::path(path).parent_path() / image.At("file").Text()).string();
+    std::optional<FloatImage> read;
+    try {
+        read = ReadImageFile(file);
+    } catch (const HostError& error) {
+        image.At("file").Fail(error.what());
+    }
+    const StrokeView& view = session->View();
+    ViewBox over{{0.0f, 0.0f}, {static_cast<float>(view.width), static_cast<float>(view.height)}};
+    if (image.Has("over")) over = BoxOf(image.At("over"));
+    const auto channel = image.TextOr("channel", "luminance") == "alpha"
+                             ? ViewImage::Channel::Alpha
+                             : ViewImage::Channel::Luminance;
+    const ViewImage shown(*read, channel, image.FlagOr("invert", false), over);
+    return SharesInView(
+        session->Geometry(), session->Tree(), view, reach, [&shown](const ViewPlace& place) {
+            return shown.ShareAt(place);
+        });
+}
+
+std::vector<float> ScriptRunner::SharesOfCavity(const FieldReader& cavity) {
+    const LevelGeometry& geometry = session->Geometry();
+    CurvatureRange range;
+    const std::string sign = cavity.TextOr("sign", "cavity");
+    if (sign == "ridge") range.sign = BendSign::Ridge;
+    if (sign == "both") range.sign = BendSign::Both;
+    const AxisAlignedBoundingBox box = session->Tree().Bounds();
+    const Vector diagonal = geometry.Place().ToWorld().AffineTransform(
+        {box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ}, 0.0f);
+    range.size = cavity.NumberOr("size", diagonal.Length() * cavityShare);
+    range.from = cavity.NumberOr("from", range.from);
+    range.to = cavity.NumberOr("to", range.to);
+    if (range.from > range.to) cavity.At("from").Fail("lies above \"to\"");
+    range.softness = cavity.NumberOr("softness", range.softness);
+    range.rings = static_cast<uint32_t>(cavity.IntegerOr("rings", 0));
+    return SharesByCurvature(geometry, range);
+}
+
+uint32_t ScriptRunner::ShellVertex(const FieldReader& shell) {
+    LevelMesh& level = *session->Geometry().Bound();
+    if (shell.Size() != 1) shell.Fail("needs one of \"vertex\", \"surface\", \"pointer\"");
+    if (shell.Has("vertex")) {
+        const auto vertex = shell.At("vertex").Json().get<uint64_t>();
+        if (vertex >= level.VertexCount()) {
+            shell.At("vertex").Fail("there is no vertex " + std::to_string(vertex) +
+                                    "; the level has " + std::to_string(level.VertexCount()));
+        }
+        return static_cast<uint32_t>(vertex);
+    }
+    std::optional<PickHit> hit;
+    if (shell.Has("surface")) {
+        hit = HitNear(session->Geometry(), session->Tree(), shell.At("surface").ThreeNumbers());
+    } else {
+        const ViewPlace place = PlaceOf(shell.At("pointer"));
+        hit = HitThrough(
+            session->Geometry(), session->Tree(), session->View(), {place.x, place.y, 0.0f});
+    }
+    if (!hit) shell.Fail("there is no surface");
+    return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];
 }
 
 }  // namespace trovik

@@ -4,6 +4,7 @@
 #include "framework/brushes/DabDynamics.h"
 #include "framework/brushes/PathShape.h"
 #include "framework/files/MeshSource.h"
+#include "framework/freeze/FreezeInView.h"
 #include "framework/script/FieldReader.h"
 #include "framework/script/SculptSession.h"
 #include "framework/trace/TraceRecorder.h"
@@ -72,6 +73,11 @@ private:
     void RunApplyToBase(const FieldReader& flag);
     void RunLayer(const FieldReader& layer);
     void RunFreeze(const FieldReader& freeze);
+    std::vector<float> FreezeShares(const FieldReader& freeze, const std::string& what);
+    std::vector<float> SharesOfShape(const FieldReader& freeze, const std::string& what);
+    std::vector<float> SharesOfImage(const FieldReader& image, ViewReach reach);
+    std::vector<float> SharesOfCavity(const FieldReader& cavity);
+    uint32_t ShellVertex(const FieldReader& shell);
     void ChangeLayer(const FieldReader& layer,
                      std::shared_ptr<SculptLayer> changed,
                      const std::function<void(std::unique_ptr<UndoStep>)>& push);

@@ -69,12 +69,14 @@ std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scene
 }
 
 void SculptSession::Save(const std::string& scenePath, const SceneStream& header) {
-    if (loop->IsActive()) throw HostError(scenePath + ": a stroke is under way; end it first");
+    if (loop->IsActive() || freezeLoop->IsActive())
+        throw HostError(scenePath + ": a stroke is under way; end it first");
     SaveScene(scenePath, {*geometry, loaded, *brush, settings}, header);
 }
 
 SculptSession::~SculptSession() {
-    if (loop != nullptr && loop->IsActive()) loop->End();
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
+        if (one != nullptr && one->IsActive()) one->End();
     HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
 }
 
@@ -82,6 +84,7 @@ void SculptSession::BuildGeometry() {
     if (geometry != nullptr) HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
     earlierTotals = Totals();
     loop.reset();
+    freezeLoop.reset();
     tree.reset();
     geometry = std::make_unique<LevelGeometry>(loaded);
     ApplyUndoSettings();
@@ -93,12 +96,19 @@ void SculptSession::RebuildLoop() {
     earlierTotals = Totals();
     tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
+    if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
+    freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
     // A geometry that was built anew or came with a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
         geometry->FindMirror();
-    loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+    PlaceMirrors();
     loop->SetObserver(observer);
     PlaceRenderers();
+}
+
+void SculptSession::PlaceMirrors() {
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
+        one->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
 }
 
 void SculptSession::SetObserver(StrokeObserver* newObserver) {
@@ -199,10 +209,16 @@ void SculptSession::ApplyUndoSettings() {
 }
 
 bool SculptSession::SelectTool(const std::string& name) {
+    if (name == FreezeBrush::Tool()->Name().toStdString()) {
+        freezing = true;
+        RefreshStamp(*freezeBrush);
+        return true;
+    }
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
         BrushConfiguration* row = BrushOperation::Configuration(i);
         if (row->BrushClass() != brush->RuntimeClass() || row->Name().toStdString() != name)
             continue;
+        freezing = false;
         BrushCall call(BrushCall::SetActiveConfiguration, *brush);
         call.configuration = row;
         Observed(observer, call, [&] { brush->SetActiveConfiguration(row); });
@@ -218,6 +234,7 @@ std::vector<std::string> SculptSession::ToolNames() const {
         const BrushConfiguration* row = BrushOperation::Configuration(i);
         if (row->BrushClass() == brush->RuntimeClass()) names.push_back(row->Name().toStdString());
     }
+    names.push_back(FreezeBrush::Tool()->Name().toStdString());
     return names;
 }
 
@@ -233,7 +250,7 @@ void SculptSession::SetMirrors(const MirrorSetting& setting) {
     settings.mirrorMode = settings.mirrorMaps.empty() ? static_cast<int>(MirrorConfiguration::Off)
                           : onePlane                  ? setting.planes[0] + 1
                                                       : severalCopies;
-    loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+    PlaceMirrors();
 }
 
 uint32_t SculptSession::MakeSymmetric(int axis, SymmetrySide model) {
@@ -249,7 +266,7 @@ void SculptSession::SetTopologicalMirror() {
                         "together alike left and right");
     settings.mirrorMaps.clear();
     settings.mirrorMode = MirrorConfiguration::Topological;
-    loop->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+    PlaceMirrors();
 }
 
 void SculptSession::UpdateCamera() {
@@ -271,11 +288,10 @@ void SculptSession::SetLayerStrength(float strength) {
     Push(GiveLayerAsStep(*geometry, *ActiveLayer(), given));
 }
 
-void SculptSession::Freeze(const std::function<uint8_t(uint32_t vertex)>& amount) {
-    LevelMesh& level = *geometry->Bound();
-    const std::vector<uint8_t> before = FreezeAmounts(level);
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) level.SetFreeze(v, amount(v));
-    Push(MakeFreezeStep(level, before));
+void SculptSession::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
+    auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);
+    // The surface is as it was: no need to look at the pick tree, as Push does.
+    if (step != nullptr) geometry->History().Push(std::move(step));
 }
 
 void SculptSession::RefreshSurface() {
@@ -305,10 +321,12 @@ PictureMesh SculptSession::ShownMesh() const {
 
 StrokeTotals SculptSession::Totals() const {
     StrokeTotals sum = earlierTotals;
-    if (loop == nullptr) return sum;
-    sum.dabs += loop->Totals().dabs;
-    sum.verticesMoved += loop->Totals().verticesMoved;
-    sum.seconds += loop->Totals().seconds;
+    for (const StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
+        if (one == nullptr) continue;
+        sum.dabs += one->Totals().dabs;
+        sum.verticesMoved += one->Totals().verticesMoved;
+        sum.seconds += one->Totals().seconds;
+    }
     return sum;
 }
 

@@ -5,6 +5,8 @@
 #include "framework/brushes/StrokePath.h"
 #include "framework/edits/LayerStack.h"
 #include "framework/edits/Symmetry.h"
+#include "framework/freeze/FreezeBlend.h"
+#include "framework/freeze/FreezeBrush.h"
 #include "framework/pictures/Picture.h"
 #include "framework/scene/SceneFile.h"
 
@@ -29,15 +31,24 @@ public:
     SculptSession& operator=(const SculptSession&) = delete;
 
     LevelGeometry& Geometry() { return *geometry; }
-    BrushOperation& Brush() { return *brush; }
-    StrokeLoop& Loop() { return *loop; }
+    /// The brush at work, and the loop that drives it: those of the sculpting brush, or with the
+    /// tool "Freeze" those of the freeze brush.
+    BrushOperation& Brush() {
+        if (freezing) return *freezeBrush;
+        return *brush;
+    }
+    StrokeLoop& Loop() { return freezing ? *freezeLoop : *loop; }
+    /// Whether the tool "Freeze" is at work.
+    bool IsFreezing() const { return freezing; }
+    /// The brush that the plug-in brings, whichever is at work.
+    BrushOperation& SculptBrush() { return *brush; }
     PatchTree& Tree() { return *tree; }
     StrokeView& View() { return settings.view; }
     /// Radius and spacing of the strokes to come are whoever strokes' to read and to keep here.
     SceneSettings& Settings() { return settings; }
 
-    /// Writes all but the undo history into a scene file. \throw HostError; the old file then is as
-    /// it was.
+    /// Writes all but the undo history, and the freeze brush's settings, into a scene file.
+    /// \throw HostError; the old file then is as it was.
     /// \param header  see SaveScene.
     void Save(const std::string& scenePath, const SceneStream& header = SceneStream());
     /// What OpenScene had to leave out, one line each.
@@ -68,8 +79,8 @@ public:
     void ApplyUndoSettings();
     /// Who hears of every call into the brush; null for nobody. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
-    /// Reads the tool's stamp where it names one that is there. \return false for a name that is no
-    /// tool.
+    /// One of the sculpting brush's tools, or "Freeze". Reads the tool's stamp where it names one
+    /// that is there. \return false for a name that is no tool.
     bool SelectTool(const std::string& name);
     std::vector<std::string> ToolNames() const;
 
@@ -96,8 +107,9 @@ public:
     /// Of the active layer.
     void SetLayerStrength(float strength);
 
-    /// Freezes vertices of the bound level: amount(vertex) from 0 to 127. One step of undo.
-    void Freeze(const std::function<uint8_t(uint32_t vertex)>& amount);
+    /// Blends amounts, one for each vertex of the bound level, into those that are there. One step
+    /// of undo. Not while a stroke of the freeze brush is open.
+    void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
 
     /// The bound level for a picture; borrows its arrays.
     PictureMesh ShownMesh() const;
@@ -112,6 +124,7 @@ private:
     SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
     void BuildGeometry();
     void RebuildLoop();
+    void PlaceMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
     void PlaceRenderers();
 
@@ -121,6 +134,9 @@ private:
     std::unique_ptr<BrushOperation> brush;
     std::unique_ptr<PatchTree> tree;
     std::unique_ptr<StrokeLoop> loop;
+    std::unique_ptr<FreezeBrush> freezeBrush;
+    std::unique_ptr<StrokeLoop> freezeLoop;
+    bool freezing = false;
     StrokeTotals earlierTotals;
     SceneSettings settings;
     std::vector<std::string> notes;

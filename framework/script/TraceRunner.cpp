@@ -38,7 +38,7 @@ void ScriptRunner::StartTrace(const FieldReader& script) {
 void ScriptRunner::FinishTrace() {
     if (trace == nullptr) return;
     session->SetObserver(nullptr);
-    trace->WriteAfter(session->Brush());
+    trace->WriteAfter(session->SculptBrush());
     trace.reset();
 }
 

@@ -28,7 +28,7 @@ uint32_t WantedEdits() {
     return count > 0 ? static_cast<uint32_t>(count) : 500;
 }
 
-/// All that the user sees of a geometry with its bound level.
+/// All that the user sees of a geometry with its bound level, and the freeze of all levels.
 class State {
 public:
     explicit State(LevelGeometry& geometry) {
@@ -38,13 +38,17 @@ public:
         Put(geometry.Place().ToLocal());
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
             Put(mesh.Position(v));
-            Put(mesh.Freeze(v));
             const PackedNormal& normal = mesh.vertexNormals.array[v];
             for (const int16_t word : {normal.x, normal.y, normal.z}) Put(word);
         }
+        for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
+            const LevelMesh& one = *geometry.Level(level);
+            Put(one.FrozenVertexCount());
+            for (uint32_t v = 0; v < one.VertexCount(); ++v) Put(one.Freeze(v));
+        }
         for (const auto& layer : geometry.Layers().OfLevel(*geometry.Bound())) {
             const SculptLayer::Properties& given = layer->Given();
-            bytes.insert(bytes.end(), given.name.begin(), given.name.end());
+            bytes += given.name;
             Put(given.strength);
             Put(given.visible);
             Put(given.writable);
@@ -62,9 +66,9 @@ private:
     void Put(const T& value) {
         char raw[sizeof value];
         std::memcpy(raw, &value, sizeof value);
-        bytes.insert(bytes.end(), raw, raw + sizeof value);
+        bytes.append(raw, sizeof value);
     }
-    std::vector<char> bytes;
+    std::string bytes;
 };
 
 const UndoStep* Newest(const UndoHistory& history) {

@@ -41,6 +41,9 @@ inline std::string StateOfAll(const LevelGeometry& geometry) {
         }
         for (const auto* seen : {&geometry.SeenPositions(i), &geometry.SeenFromBelow(i)})
             put(seen->data(), seen->size() * sizeof(Vector));
+        for (const auto* seen :
+             {&geometry.Seen(i).freezeFromAbove, &geometry.Seen(i).freezeFromBelow})
+            put(seen->data(), seen->size());
     }
     return state;
 }

@@ -80,6 +80,13 @@ public:
         }
         session->Loop().End();
     }
+    /// amount(vertex) for every vertex of the level.
+    template <typename Amount>
+    void Freeze(Amount amount) {
+        std::vector<uint8_t> amounts;
+        for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) amounts.push_back(amount(v));
+        session->Freeze(amounts, FreezeMode::Replace);
+    }
     std::vector<Vector> Positions() {
         std::vector<Vector> positions;
         for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) positions.push_back(Mesh().Position(v));

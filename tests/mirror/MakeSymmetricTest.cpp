@@ -76,7 +76,7 @@ TEST_P(MakeSymmetricOfABall, LeavesFrozenVerticesAndGoesHalfTheWayWithHalfFrozen
     ball->MakeSymmetric(0, SymmetrySide::Positive);
     const std::vector<Vector> goal = ball.Positions();
     ball->Undo();
-    ball->Freeze([](uint32_t v) {
+    ball.Freeze([](uint32_t v) {
         return static_cast<uint8_t>(v % 3 == 0 ? 127 : v % 3 == 1 ? 64 : 0);
     });
     ball->MakeSymmetric(0, SymmetrySide::Positive);

@@ -116,7 +116,7 @@ TEST(StrokeSymmetry, LeavesTwinsAloneThatAreFrozenUnlikeEachOther) {
     ball->SetMirrors({{0}, 1, 1});
     ball.Tool("Sculpt");
     const std::vector<Vector> before = ball.Positions();
-    ball->Freeze([&](uint32_t v) { return before[v].x > 0.0f ? uint8_t{127} : uint8_t{0}; });
+    ball.Freeze([&](uint32_t v) { return before[v].x > 0.0f ? uint8_t{127} : uint8_t{0}; });
     ball.Stroke(overThePlanes, 0.3f);
     std::size_t moved = 0;
     for (uint32_t v = 0; v < before.size(); ++v) {

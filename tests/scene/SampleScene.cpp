@@ -68,7 +68,9 @@ std::unique_ptr<SculptSession> RichSession(const TemporaryFolder& folder) {
     session->SelectTool("Bulge");
     brush.SetFalloffIndex(4);
     StrokeOver(*session, {1, 20}, 2.0f);
-    session->Freeze([](uint32_t v) { return static_cast<uint8_t>(v * 5 % 128); });
+    std::vector<uint8_t> amounts(session->Geometry().Bound()->VertexCount());
+    for (std::size_t v = 0; v < amounts.size(); ++v) amounts[v] = static_cast<uint8_t>(v * 5 % 128);
+    session->Freeze(amounts, FreezeMode::Replace);
     session->UpdateCamera();
     return session;
 }

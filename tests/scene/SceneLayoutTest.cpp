@@ -144,7 +144,8 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     const LevelMesh& level = *session->Geometry().Level(1);
     EXPECT_EQ(levl.Take<uint32_t>(), 1u);
     ASSERT_EQ(levl.Take<uint32_t>(), 26u);
-    EXPECT_EQ(levl.Take<uint32_t>(), 1u | 4u | 16u) << "freeze bytes, seen positions";
+    EXPECT_EQ(levl.Take<uint32_t>(), 1u | 4u | 16u | 32u | 64u)
+        << "freeze bytes, seen positions and freeze amounts";
     for (uint32_t v = 0; v < 26; ++v) {
         EXPECT_EQ(levl.Take<float>(), level.Position(v).x);
         EXPECT_EQ(levl.Take<float>(), level.Position(v).y);
@@ -165,6 +166,12 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     EXPECT_EQ(levl.Take<uint32_t>(), 0u);
     EXPECT_EQ(levl.Take<float>(), session->Geometry().SeenFromBelow(1)[0].x);
     levl.Skip(26 * 16 - 8);
+    for (int neighbour = 0; neighbour < 2; ++neighbour) {
+        // All but vertex 0 were frozen since either neighbour looked.
+        EXPECT_EQ(levl.Take<uint32_t>(), 25u);
+        for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Take<uint32_t>(), v);
+        for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Take<uint8_t>(), 0u);
+    }
     for (int i = 0; i < 3; ++i) EXPECT_EQ(levl.Text(), "") << "the node's texts";
     EXPECT_EQ(levl.Take<uint8_t>(), 1u) << "visible";
     EXPECT_EQ(levl.Take<uint8_t>(), 0u) << "locked";

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/freeze/FreezeBlend.h"
+
+#include "framework/edits/Steps.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace trovik {
+
+namespace {
+
+constexpr int full = freezeAmountMask;
+
+float Limited(float share) { return share > 0.0f ? std::min(share, 1.0f) : 0.0f; }
+
+}  // namespace
+
+uint8_t FreezeAmountOf(float share) {
+    return static_cast<uint8_t>(Limited(share) * static_cast<float>(full) + 0.5f);
+}
+
+uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode) {
+    const int b = before;
+    const int g = given;
+    switch (mode) {
+        case FreezeMode::Raise:
+            return std::max(before, given);
+        case FreezeMode::Replace:
+            return given;
+        case FreezeMode::Add:
+            return static_cast<uint8_t>(std::min(b + g, full));
+        case FreezeMode::Subtract:
+            return static_cast<uint8_t>(std::max(b - g, 0));
+        case FreezeMode::Multiply:
+            // 127 is odd, so that there are no halves.
+            return static_cast<uint8_t>((b * g + full / 2) / full);
+    }
+    return before;
+}
+
+std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& shares, float amount) {
+    std::vector<uint8_t> amounts(shares.size());
+    for (std::size_t v = 0; v < shares.size(); ++v)
+        amounts[v] = FreezeAmountOf(Limited(shares[v]) * Limited(amount));
+    return amounts;
+}
+
+std::vector<uint8_t> FreezeBetween(const std::vector<uint8_t>& from,
+                                   const std::vector<uint8_t>& to,
+                                   float amount) {
+    assert(from.size() == to.size());
+    const float share = Limited(amount);
+    std::vector<uint8_t> between(from.size());
+    for (std::size_t v = 0; v < from.size(); ++v) {
+        const auto start = static_cast<float>(from[v]);
+        const float way = static_cast<float>(to[v]) - start;
+        between[v] = static_cast<uint8_t>((start + way * share) + 0.5f);
+    }
+    return between;
+}
+
+std::unique_ptr<UndoStep> BlendFreezeAsStep(LevelMesh& level,
+                                            const std::vector<uint8_t>& given,
+                                            FreezeMode mode) {
+    assert(given.size() == level.VertexCount());
+    const std::vector<uint8_t> before = FreezeAmounts(level);
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        const uint8_t after = Blended(before[v], given[v], mode);
+        if (after != before[v]) level.SetFreeze(v, after);
+    }
+    auto step = MakeFreezeStep(level, before);
+    if (step != nullptr) level.ContentChanged();
+    return step;
+}
+
+}  // namespace trovik

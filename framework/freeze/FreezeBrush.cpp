@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/freeze/FreezeBrush.h"
+
+#include "framework/edits/Steps.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+constexpr int stampMask = -1;
+constexpr float percent = 0.01f;
+
+/// Adds up the shares of a vertex's neighbours.
+class ShareSum final : public AdjacentVertexEnumerator {
+public:
+    explicit ShareSum(const FreezeRecords& strokeRecords) : records(strokeRecords) {}
+    void Operator(uint32_t vertex, uint32_t) override {
+        sum += records.Share(vertex);
+        ++count;
+    }
+
+    float sum = 0.0f;
+    uint32_t count = 0;
+
+private:
+    const FreezeRecords& records;
+};
+
+}  // namespace
+
+FreezeBrush::FreezeBrush() {
+    SetActiveConfiguration(Tool());
+    SetBrushStrength(100.0f);
+}
+
+FreezeBrush::~FreezeBrush() = default;
+
+void FreezeBrush::BeginStroke(trovik::Mesh* mesh, Modifier modifier, TriggerType trigger) {
+    BrushOperation::BeginStroke(mesh, modifier, trigger);
+    level = dynamic_cast<LevelMesh*>(mesh);
+    strokeModifier = modifier;
+    records = level == nullptr ? nullptr : std::make_unique<FreezeRecords>(*level);
+    stamp.Read(*this);
+}
+
+Vector FreezeBrush::Eye() const {
+    const Vector origin;
+    Vector world;
+    Vector local;
+    g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&world, &origin, 1.0f);
+    level->Owner()->Place().WorldToLocal(&local, &world, 1.0f);
+    return local;
+}
+
+float FreezeBrush::FalloffAt(float distance, float radius) const {
+    const Store<float>& samples = FalloffData();
+    if (samples.fill == 0) return 1.0f;
+    const float place = distance / radius * static_cast<float>(samples.fill);
+    const uint32_t last = samples.fill - 1;
+    const auto index = place < static_cast<float>(last) ? static_cast<uint32_t>(place) : last;
+    return samples.array[index];
+}
+
+// As for sculpting: full below the start angle, none beyond start and range.
+float FreezeBrush::FacingFactor(uint32_t vertex, const Vector& eye) const {
+    const PackedNormal& n = level->vertexNormals.array[vertex];
+    const Vector normal =
+        Vector(static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z))
+            .Normalized();
+    const Vector toEye = (eye - level->Position(vertex)).Normalized();
+    const float cosine = (toEye.x * normal.x + toEye.y * normal.y) + toEye.z * normal.z;
+    const float angle = std::acos(std::clamp(cosine, -1.0f, 1.0f)) * 57.29578f;
+    if (angle < facingAngleStart) return 1.0f;
+    if (angle > facingAngleStart + facingAngleRange) return 0.0f;
+    return facingAngleRange > 0.0f ? 1.0f - (angle - facingAngleStart) / facingAngleRange : 1.0f;
+}
+
+float FreezeBrush::MeanAround(const FreezeReach& at) const {
+    ShareSum sum(*records);
+    level->EnumerateAdjacentVertices(&sum, at.vertex, at.face);
+    return sum.count == 0 ? records->Share(at.vertex) : sum.sum / static_cast<float>(sum.count);
+}
+
+void FreezeBrush::ApplyDab(const SurfacePoint& hit,
+                           const Vector&,
+                           float size,
+                           float,
+                           float strength,
+                           AxisAlignedBoundingBox& box) {
+    if (level == nullptr || hit.mesh != level || !(size > 0.0f) || hit.face >= level->faceCount)
+        return;
+    const auto reached = VerticesUnderDab(*level, hit.face, hit.position, size);
+    // Nothing moved: no box of the pick tree needs to follow this walk.
+    level->ForgetLastWalks();
+    const bool byFacing = UsesFalloffBasedOnFacingAngle();
+    const Vector eye = byFacing ? Eye() : Vector();
+    const Matrix toPixels = MaskMatrix(stampMask);
+    std::vector<float> weights(reached.size());
+    for (std::size_t i = 0; i < reached.size(); ++i) {
+        const uint32_t vertex = reached[i].vertex;
+        float weight = FalloffAt(reached[i].distance, size) * (strength * percent);
+        if (byFacing) weight *= FacingFactor(vertex, eye);
+        weights[i] = weight * stamp.ShareAt(level->Position(vertex), toPixels);
+    }
+    Apply(reached, weights, box);
+}
+
+void FreezeBrush::ApplyToWholeMesh(trovik::Mesh* mesh, float strength, bool byFacing) {
+    if (level == nullptr || mesh != level) return;
+    const Vector eye = byFacing ? Eye() : Vector();
+    const Matrix toPixels = MaskMatrix(stampMask);
+    std::vector<FreezeReach> reached(level->VertexCount());
+    std::vector<float> weights(level->VertexCount());
+    for (uint32_t v = 0; v < level->VertexCount(); ++v) {
+        reached[v] = {v, level->LowestFaceOf(v), 0.0f};
+        weights[v] = strength * percent * stamp.ShareAt(level->Position(v), toPixels);
+        if (byFacing) weights[v] *= FacingFactor(v, eye);
+    }
+    AxisAlignedBoundingBox box;
+    Apply(reached, weights, box);
+}
+
+void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
+                        const std::vector<float>& weights,
+                        AxisAlignedBoundingBox& box) {
+    // All of a dab from the state before it, so that the order of the walk is no part of it.
+    std::vector<float> shares(reached.size());
+    for (std::size_t i = 0; i < reached.size(); ++i) {
+        const float share = records->Share(reached[i].vertex);
+        float target = 1.0f;
+        if (strokeModifier == ModifierInvert) target = 0.0f;
+        if (strokeModifier == ModifierSmooth) target = MeanAround(reached[i]);
+        const float weight = weights[i] > 0.0f ? std::min(weights[i], 1.0f) : 0.0f;
+        shares[i] = share + (target - share) * weight;
+    }
+    const Matrix& toWorld = level->Owner()->Place().ToWorld();
+    for (std::size_t i = 0; i < reached.size(); ++i) {
+        if (!(weights[i] > 0.0f)) continue;
+        const uint32_t vertex = reached[i].vertex;
+        if (records->SetShare(vertex, shares[i]))
+            box.Extend(toWorld.AffineTransform(level->Position(vertex), 1.0f));
+    }
+}
+
+void FreezeBrush::EndStroke() {
+    BrushOperation::EndStroke();
+    if (level == nullptr) return;
+    auto step = MakeFreezeStep(*level, records->Vertices(), records->AmountsBefore());
+    if (step != nullptr) {
+        UndoHistory& history = level->Owner()->History();
+        level->ContentChanged();
+        history.Push(std::move(step));
+    }
+    level = nullptr;
+    records.reset();
+}
+
+const ClassDesc* FreezeBrush::StaticClass() {
+    static const ClassDesc desc(BrushOperation::StaticClass(),
+                                BrushOperation::StaticClass(),
+                                QStringLiteral("FreezeBrush"),
+                                QStringLiteral("Freeze brush"),
+                                nullptr,
+                                0,
+                                0);
+    return &desc;
+}
+const ClassDesc* FreezeBrush::RuntimeClass() const { return StaticClass(); }
+
+// Never destroyed: brushes hold on to it up to the process's end.
+BrushConfiguration* FreezeBrush::Tool() {
+    static auto* tool =
+        new BrushConfiguration(StaticClass(),
+                               0,
+                               QStringLiteral("Freeze"),
+                               QStringLiteral("Freeze"),
+                               PredefinedCategory::Paint,
+                               QStringLiteral("Keeps what is under it from being sculpted"),
+                               0);
+    return tool;
+}
+
+}  // namespace trovik

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/freeze/FreezeCurvature.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+Vector Unpacked(const PackedNormal& normal) {
+    return {
+        static_cast<float>(normal.x), static_cast<float>(normal.y), static_cast<float>(normal.z)};
+}
+
+/// By the transpose of the inverse, so that it stays square to a surface that is scaled unevenly.
+Vector WorldNormal(const Matrix& back, const Vector& n) {
+    return Vector((back.m[0][0] * n.x + back.m[0][1] * n.y) + back.m[0][2] * n.z,
+                  (back.m[1][0] * n.x + back.m[1][1] * n.y) + back.m[1][2] * n.z,
+                  (back.m[2][0] * n.x + back.m[2][1] * n.y) + back.m[2][2] * n.z)
+        .Normalized();
+}
+
+template <typename Edge>
+void ForEachSide(const LevelMesh& level, Edge edge) {
+    const uint32_t corners = level.CornersPerFace();
+    const uint32_t* face = level.faceVertexIndices.array;
+    for (uint32_t number = 0; number < level.faceCount; ++number, face += corners)
+        for (uint32_t k = 0; k < corners; ++k) edge(face[k], face[(k + 1) % corners]);
+}
+
+void Average(const LevelMesh& level, const std::vector<float>& counts, std::vector<float>& bends) {
+    std::vector<float> sums(bends.size(), 0.0f);
+    ForEachSide(level, [&](uint32_t a, uint32_t b) {
+        sums[a] += bends[b];
+        sums[b] += bends[a];
+    });
+    for (std::size_t v = 0; v < bends.size(); ++v)
+        if (counts[v] > 0.0f) bends[v] = (bends[v] + sums[v] / counts[v]) * 0.5f;
+}
+
+}  // namespace
+
+std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rings) {
+    const LevelMesh& level = *geometry.Bound();
+    const uint32_t vertices = level.VertexCount();
+    const Matrix& toWorld = geometry.Place().ToWorld();
+    const Matrix& back = geometry.Place().ToLocal();
+    std::vector<Vector> places(vertices);
+    for (uint32_t v = 0; v < vertices; ++v)
+        places[v] = toWorld.AffineTransform(level.Position(v), 1.0f);
+
+    // Differences, not sums of places, so that far from the origin nothing is lost.
+    std::vector<Vector> toNeighbours(vertices);
+    std::vector<float> squares(vertices, 0.0f);
+    std::vector<float> counts(vertices, 0.0f);
+    ForEachSide(level, [&](uint32_t a, uint32_t b) {
+        const Vector way = places[b] - places[a];
+        const float square = (way.x * way.x + way.y * way.y) + way.z * way.z;
+        toNeighbours[a] += way;
+        toNeighbours[b] += way * -1.0f;
+        for (const uint32_t v : {a, b}) {
+            squares[v] += square;
+            counts[v] += 1.0f;
+        }
+    });
+    std::vector<float> bends(vertices, 0.0f);
+    for (uint32_t v = 0; v < vertices; ++v) {
+        if (!(squares[v] > 0.0f)) continue;
+        const Vector normal = WorldNormal(back, Unpacked(level.vertexNormals.array[v]));
+        const Vector& sum = toNeighbours[v];
+        const float height = (sum.x * normal.x + sum.y * normal.y) + sum.z * normal.z;
+        // The count of both means cancels out.
+        bends[v] = 2.0f * height / squares[v] * size;
+    }
+    for (uint32_t ring = 0; ring < rings; ++ring) Average(level, counts, bends);
+    return bends;
+}
+
+std::vector<float> SharesByCurvature(const LevelGeometry& geometry, const CurvatureRange& range) {
+    std::vector<float> shares = Bends(geometry, range.size, range.rings);
+    for (float& share : shares) {
+        float bend = share;
+        if (range.sign == BendSign::Ridge) bend = -bend;
+        if (range.sign == BendSign::Both) bend = std::abs(bend);
+        const float outside = std::max({range.from - bend, bend - range.to, 0.0f});
+        if (outside == 0.0f)
+            share = 1.0f;
+        else
+            share = outside < range.softness ? 1.0f - outside / range.softness : 0.0f;
+    }
+    return shares;
+}
+
+}  // namespace trovik

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/freeze/FreezeInView.h"
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+/// A vertex counts as seen when what its line of sight meets lies no more than this share of the
+/// way before it: rounding puts the surface around the vertex itself a little to the front.
+constexpr float sightTolerance = 1e-4f;
+
+/// The camera of a viewport, ready for many places.
+class Projection {
+public:
+    explicit Projection(const StrokeView& view)
+        : camera(view.ToWorld()),
+          eye(view.eye),
+          width(static_cast<float>(view.width)),
+          height(static_cast<float>(view.height)),
+          tangent(std::tan(view.verticalFieldOfView * 0.5f * 0.017453293f)) {}
+
+    std::optional<ViewPlace> Place(const Vector& world) const {
+        const Vector way = world - eye;
+        const auto along = [&](int row) {
+            return (camera.m[row][0] * way.x + camera.m[row][1] * way.y) + camera.m[row][2] * way.z;
+        };
+        const float depth = -along(2);
+        if (!(depth > 0.0f)) return std::nullopt;
+        const float u = along(0) / depth / tangent;
+        const float v = along(1) / depth / tangent;
+        return ViewPlace{(u * height + width) * 0.5f, (1.0f - v) * height * 0.5f};
+    }
+
+private:
+    Matrix camera;
+    Vector eye;
+    float width;
+    float height;
+    float tangent;
+};
+
+/// What lies between a vertex and the eye, in mesh-local space.
+class Sight {
+public:
+    Sight(const LevelGeometry& geometry, const PatchTree& patchTree, const StrokeView& view)
+        : level(*geometry.Bound()), tree(patchTree) {
+        geometry.Place().WorldToLocal(&eye, &view.eye, 1.0f);
+    }
+
+    bool Reaches(uint32_t vertex, ViewReach reach) const {
+        switch (reach) {
+            case ViewReach::Through:
+                return true;
+            case ViewReach::Facing:
+                return IsFacing(vertex);
+            case ViewReach::Visible:
+                return IsVisible(vertex);
+        }
+        return false;
+    }
+
+private:
+    // A normal and a way keep the sign of their product under any transformation.
+    bool IsFacing(uint32_t vertex) const {
+        const PackedNormal& n = level.vertexNormals.array[vertex];
+        const Vector toEye = eye - level.Position(vertex);
+        return (toEye.x * static_cast<float>(n.x) + toEye.y * static_cast<float>(n.y)) +
+                   toEye.z * static_cast<float>(n.z) >
+               0.0f;
+    }
+    bool IsVisible(uint32_t vertex) const {
+        const Vector position = level.Position(vertex);
+        const auto hit = tree.Pick({eye, position - eye, 1.0f});
+        return !hit || hit->t >= 1.0f - sightTolerance || level.CornerOf(hit->face, vertex) >= 0;
+    }
+
+    const LevelMesh& level;
+    const PatchTree& tree;
+    Vector eye;
+};
+
+}  // namespace
+
+std::optional<ViewPlace> PlaceInView(const StrokeView& view, const Vector& world) {
+    return Projection(view).Place(world);
+}
+
+std::vector<float> SharesInView(const LevelGeometry& geometry,
+                                const PatchTree& tree,
+                                const StrokeView& view,
+                                ViewReach reach,
+                                const std::function<float(const ViewPlace&)>& shareAt) {
+    const LevelMesh& level = *geometry.Bound();
+    const Projection projection(view);
+    const Sight sight(geometry, tree, view);
+    const Matrix& toWorld = geometry.Place().ToWorld();
+    std::vector<float> shares(level.VertexCount(), 0.0f);
+    const tbb::blocked_range<uint32_t> all(0, level.VertexCount(), 4096);
+    tbb::parallel_for(all, [&](const tbb::blocked_range<uint32_t>& some) {
+        for (uint32_t v = some.begin(); v != some.end(); ++v) {
+            const auto place = projection.Place(toWorld.AffineTransform(level.Position(v), 1.0f));
+            if (!place) continue;
+            const float share = shareAt(*place);
+            if (share > 0.0f && sight.Reaches(v, reach)) shares[v] = share;
+        }
+    });
+    return shares;
+}
+
+bool ViewBox::Holds(const ViewPlace& place) const {
+    return place.x >= std::min(from.x, to.x) && place.x < std::max(from.x, to.x) &&
+           place.y >= std::min(from.y, to.y) && place.y < std::max(from.y, to.y);
+}
+
+// A side counts from its upper end to just before its lower one, so that a corner at the height of
+// the place is met once.
+bool ViewLasso::Holds(const ViewPlace& place) const {
+    bool inside = false;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const ViewPlace& a = corners[i];
+        const ViewPlace& b = corners[(i + 1) % corners.size()];
+        if ((a.y <= place.y) == (b.y <= place.y)) continue;
+        if (place.x < a.x + (place.y - a.y) / (b.y - a.y) * (b.x - a.x)) inside = !inside;
+    }
+    return inside;
+}
+
+ViewImage::ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over)
+    : width(image.width), height(image.height), area(over) {
+    const std::size_t count = std::size_t{width} * height;
+    const bool isColour = image.channels >= 3;
+    const uint32_t alphaAt = isColour ? 3 : 1;
+    values.resize(count, 1.0f);
+    for (std::size_t i = 0; i < count; ++i) {
+        const float* pixel = image.pixels.data() + i * image.channels;
+        if (channel == Channel::Luminance) {
+            values[i] = isColour ? (0.2126f * pixel[0] + 0.7152f * pixel[1]) + 0.0722f * pixel[2]
+                                 : pixel[0];
+        } else if (alphaAt < image.channels) {
+            values[i] = pixel[alphaAt];
+        }
+        values[i] = std::clamp(values[i], 0.0f, 1.0f);
+        if (inverted) values[i] = 1.0f - values[i];
+    }
+}
+
+float ViewImage::Pixel(int column, int row) const {
+    const int x = std::clamp(column, 0, static_cast<int>(width) - 1);
+    const int y = std::clamp(row, 0, static_cast<int>(height) - 1);
+    return values[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)];
+}
+
+float ViewImage::ShareAt(const ViewPlace& place) const {
+    if (!area.Holds(place) || values.empty()) return 0.0f;
+    const float left = std::min(area.from.x, area.to.x);
+    const float top = std::min(area.from.y, area.to.y);
+    const float spanX = std::max(area.from.x, area.to.x) - left;
+    const float spanY = std::max(area.from.y, area.to.y) - top;
+    const float u = (place.x - left) / spanX * static_cast<float>(width) - 0.5f;
+    const float v = (place.y - top) / spanY * static_cast<float>(height) - 0.5f;
+    const float floorU = std::floor(u);
+    const float floorV = std::floor(v);
+    const int column = static_cast<int>(floorU);
+    const int row = static_cast<int>(floorV);
+    const float fu = u - floorU;
+    const float fv = v - floorV;
+    const float upper = Pixel(column, row) * (1.0f - fu) + Pixel(column + 1, row) * fu;
+    const float lower = Pixel(column, row + 1) * (1.0f - fu) + Pixel(column + 1, row + 1) * fu;
+    return upper * (1.0f - fv) + lower * fv;
+}
+
+}  // namespace trovik

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/BrushOperation.h"
+
+#include <vector>
+
+namespace trovik {
+
+/// The stamp of a brush as shares of its effect. One that is off, or has no pixels, leaves all.
+class FreezeStamp {
+public:
+    /// Reads the pixels. With o the brush's stamp offset a pixel v counts v - o, or (1 - v) + o
+    /// where the stamp is inverted, as for sculpting. Cost: O(pixels), if the image is another one.
+    void Read(const BrushOperation& brush);
+    /// 0 to 1: the pixels times the stamp's factor, between the middles of pixels linear; 0 outside
+    /// a stamp that is not tiled. \param position, toPixels  see StampPlacement::ToPixels.
+    float ShareAt(const Vector& position, const Matrix& toPixels) const;
+
+private:
+    float Pixel(int64_t column, int64_t row) const;
+
+    std::vector<float> pixels;
+    int64_t width = 0;
+    int64_t height = 0;
+    float factor = 1.0f;
+    bool tiled = false;
+    bool enabled = false;
+};
+
+}  // namespace trovik

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/freeze/FreezeCurvature.h"
+#include "tests/freeze/FreezeGrid.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace trovik::test {
+namespace {
+
+/// A unit sphere, which falls away from its normals everywhere.
+class FreezeCurvature : public testing::Test {
+protected:
+    FreezeCurvature() : geometry(SphereQuads(4)) {}
+    LevelGeometry geometry;
+};
+
+TEST_F(FreezeCurvature, ABallBendsByItsRadius) {
+    const auto bends = Bends(geometry, 0.25f, 0);
+    for (const float bend : bends) EXPECT_NEAR(bend, -0.25f, 0.02f);
+}
+
+TEST_F(FreezeCurvature, IsThatOfTheWorld) {
+    geometry.Place().Set({2.0f, 2.0f, 2.0f}, {30.0f, 0.0f, 0.0f}, {5.0f, 0.0f, 0.0f});
+    const auto bends = Bends(geometry, 1.0f, 0);
+    for (const float bend : bends) EXPECT_NEAR(bend, -0.5f, 0.04f);
+}
+
+TEST_F(FreezeCurvature, IsAboutTheSameOnEveryLevel) {
+    geometry.Subdivide();
+    const auto bends = Bends(geometry, 1.0f, 0);
+    std::size_t near = 0;
+    for (const float bend : bends) near += bend > -1.1f && bend < -0.9f ? 1 : 0;
+    // But for the eight poles of valence 3.
+    EXPECT_GT(near, bends.size() * 98 / 100);
+}
+
+TEST_F(FreezeCurvature, SignAndRangeChooseAndSoftnessFades) {
+    CurvatureRange range;
+    range.from = 0.5f;
+    const auto all = [&](float from, float to) {
+        const auto shares = SharesByCurvature(geometry, range);
+        return std::all_of(shares.begin(), shares.end(), [from, to](float share) {
+            return share >= from && share <= to;
+        });
+    };
+    EXPECT_TRUE(all(0.0f, 0.0f)) << "a ball has no cavities";
+    range.sign = BendSign::Ridge;
+    EXPECT_TRUE(all(1.0f, 1.0f));
+    range.sign = BendSign::Both;
+    EXPECT_TRUE(all(1.0f, 1.0f));
+    range.to = 0.8f;
+    EXPECT_TRUE(all(0.0f, 0.0f)) << "it bends by 1";
+    range.softness = 0.4f;
+    EXPECT_TRUE(all(0.3f, 0.7f));
+    range.from = 1.2f;
+    range.to = 2.0f;
+    EXPECT_TRUE(all(0.3f, 0.7f));
+}
+
+TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
+    FreezeGrid grid(6);
+    // A roof upside down: its floor is the line x = 3.
+    for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
+        const Vector p = grid.Level().Position(v);
+        grid.Level().SetPosition(v, {p.x, p.y, std::max(p.x - 3.0f, 3.0f - p.x) * 0.75f});
+    }
+    grid.Level().ComputeNormals();
+    const auto bends = Bends(grid.geometry, 1.0f, 0);
+    for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
+        const Vector p = grid.Level().Position(v);
+        if (p.y < 1.0f || p.y > 5.0f || p.x < 1.0f || p.x > 5.0f) continue;
+        // Neighbours: two rise by 0.75 over ways of 1.25, two lie level at 1. The sum of ways is
+        // 1.5 upwards, that of squares 2 x 1.5625 + 2.
+        if (p.x == 3.0f)
+            EXPECT_NEAR(bends[v], 2.0f * 1.5f / 5.125f, 1e-4f);
+        else
+            EXPECT_NEAR(bends[v], 0.0f, p.x == 2.0f || p.x == 4.0f ? 0.3f : 1e-4f);
+    }
+    CurvatureRange range;
+    range.from = 0.5f;
+    const auto shares = SharesByCurvature(grid.geometry, range);
+    for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v)
+        EXPECT_EQ(shares[v], grid.Level().Position(v).x == 3.0f ? 1.0f : 0.0f) << v;
+    // Over rings the bend spreads: half its own and half of the mean of its neighbours, of which
+    // two are alike.
+    const auto spread = Bends(grid.geometry, 1.0f, 1);
+    for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
+        const Vector p = grid.Level().Position(v);
+        if (p.x == 3.0f && p.y == 3.0f) EXPECT_NEAR(spread[v], bends[v] * 0.75f, 1e-4f);
+    }
+}
+
+}  // namespace
+}  // namespace trovik::test

@@ -1,0 +1,290 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Freezing as stroke scripts tell it. Scenes bring the amounts out.
+#include "framework/edits/Steps.h"
+#include "framework/errors/HostError.h"
+#include "framework/images/ImageFile.h"
+#include "framework/script/ScriptRunner.h"
+#include "tests/files/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace trovik::test {
+namespace {
+
+using testing::HasSubstr;
+
+/// A square from (-1, -1) to (1, 1), two groups of faces, seen from (0, 0, 5): a viewport of 400
+/// pixels, of which 100 are a unit.
+class FreezeScript : public testing::Test {
+protected:
+    FreezeScript() {
+        folder.Fill("quad.obj",
+                    "v -1 -1 0\nv 0 -1 0\nv 1 -1 0\nv -1 1 0\nv 0 1 0\nv 1 1 0\n"
+                    "g left\nf 1 2 5 4\ng right\nf 2 3 6 5\n");
+    }
+
+    /// Runs the steps on 8 x 16 quads. \return the session as it was saved.
+    std::unique_ptr<SculptSession> Run(const std::string& steps) {
+        const std::string script = folder.Fill(
+            "script.json",
+            R"({"mesh": "quad.obj", "levels": 3, "camera": {"eye": [0, 0, 5], "target": [0, 0, 0],)"
+            R"( "fieldOfView": 43.602818, "width": 400, "height": 400}, "steps": [)" +
+                steps + R"(, {"save": "out.trovik"}]})");
+        ScriptRunner(script, folder.Path("out"), {}).Run();
+        return SculptSession::OpenScene(folder.Path("out/out.trovik"));
+    }
+    std::vector<uint8_t> Amounts(const std::string& steps) {
+        return FreezeAmounts(*Run(steps)->Geometry().Bound());
+    }
+    std::string ErrorOf(const std::string& steps) {
+        return MessageOf<HostError>([&] { Run(steps); });
+    }
+    /// Whether the amount at each place is what `amountAt(x, y)` says.
+    template <typename AmountAt>
+    void ExpectAmounts(const std::string& steps, AmountAt amountAt) {
+        SCOPED_TRACE(steps);
+        const auto session = Run(steps);
+        const LevelMesh& level = *session->Geometry().Bound();
+        std::size_t frozen = 0;
+        for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+            const Vector p = level.Position(v);
+            ASSERT_EQ(level.Freeze(v), amountAt(p.x, p.y)) << p.x << ", " << p.y;
+            frozen += level.Freeze(v) != 0 ? 1 : 0;
+        }
+        EXPECT_EQ(level.FrozenVertexCount(), frozen);
+        EXPECT_GT(frozen, 0u);
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(FreezeScript, WordsAndRegionsAsBefore) {
+    ExpectAmounts(R"({"freeze": "all"})", [](float, float) { return 127; });
+    ExpectAmounts(R"({"freeze": "all"}, {"freeze": "clear"}, {"freeze": "invert"})",
+                  [](float, float) { return 127; });
+    ExpectAmounts(R"({"freeze": {"min": [0.01, -2, -1], "max": [2, 2, 1], "amount": 0.5}},
+                     {"freeze": {"min": [-2, -2, -1], "max": [2, 2, 1], "amount": 0.25}})",
+                  [](float x, float) { return x > 0.01f ? 64 : 32; });
+    ExpectAmounts(R"({"freeze": {"center": [0, 0, 0], "radius": 0.61}})",
+                  [](float x, float y) { return std::hypot(x, y) <= 0.61f ? 127 : 0; });
+}
+
+TEST_F(FreezeScript, ModesAndAmountsBlend) {
+    const std::string half = R"({"freeze": {"all": true, "amount": 0.5}},)";
+    const auto with = [&half](const std::string& mode) {
+        return half +
+               R"({"freeze": {"min": [0.01, -2, -1], "max": [2, 2, 1], "amount": 0.25, "mode": ")" +
+               mode + R"("}})";
+    };
+    const auto expect = [&](const std::string& mode, int inside, int outside) {
+        ExpectAmounts(with(mode), [&](float x, float) { return x > 0.01f ? inside : outside; });
+    };
+    expect("raise", 64, 64);
+    expect("replace", 32, 0);
+    expect("add", 96, 64);
+    expect("subtract", 32, 64);
+    expect("multiply", 16, 0);
+}
+
+TEST_F(FreezeScript, BoxLassoAndImageGoThroughTheCamera) {
+    // No vertex lies at x = 0.05.
+    const auto right = [](float x, float) { return x > 0.05f ? 127 : 0; };
+    ExpectAmounts(R"({"freeze": {"box": [205, 0, 400, 400]}})", right);
+    ExpectAmounts(R"({"freeze": {"lasso": [[205, 0], [400, 0], [400, 400], [205, 400]]}})", right);
+    ExpectAmounts(R"({"freeze": {"lasso": [[205, 0], [400, 0], [400, 400], [205, 400]],
+                                 "reach": "through", "amount": 0.5}})",
+                  [](float x, float) { return x > 0.05f ? 64 : 0; });
+
+    FloatImage image;
+    image.width = 2;
+    image.height = 1;
+    image.channels = 2;
+    image.pixels = {0.25f, 1.0f, 1.0f, 0.5f};
+    WriteFloatImageFile(folder.Path("mask.tif"), image);
+    // A pixel is as wide as the mesh from the middle on; linear between -1 and 1.
+    ExpectAmounts(R"({"freeze": {"image": {"file": "mask.tif", "over": [0, 0, 400, 400]}}})",
+                  [](float x, float) {
+                      const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
+                      return static_cast<int>((0.25f + 0.75f * share) * 127.0f + 0.5f);
+                  });
+    ExpectAmounts(R"({"freeze": {"image": {"file": "mask.tif", "channel": "alpha",
+                                           "invert": true}, "mode": "replace"}})",
+                  [](float x, float) {
+                      const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
+                      return static_cast<int>(0.5f * share * 127.0f + 0.5f);
+                  });
+}
+
+TEST_F(FreezeScript, FromBehindAClosedShapeReachTellsTheSides) {
+    folder.Fill(
+        "quad.obj",
+        "v -1 -1 -1\nv 1 -1 -1\nv 1 1 -1\nv -1 1 -1\nv -1 -1 1\nv 1 -1 1\nv 1 1 1\nv -1 1 1\n"
+        "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n");
+    for (const auto& [reach, side] :
+         {std::pair{"visible", 0.3f}, {"facing", 0.3f}, {"through", -2.0f}}) {
+        const auto session = Run(std::string(R"({"freeze": {"box": [0, 0, 400, 400], "reach": ")") +
+                                 reach + R"("}})");
+        LevelMesh& level = *session->Geometry().Bound();
+        for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+            const float z = level.Position(v).z;
+            if (z > side) EXPECT_EQ(level.Freeze(v), 127) << reach;
+            if (z < -0.1f && side > -1.0f) EXPECT_EQ(level.Freeze(v), 0) << reach;
+        }
+    }
+}
+
+TEST_F(FreezeScript, GroupsAndShellsAreParts) {
+    ExpectAmounts(R"({"freeze": {"group": "right"}})",
+                  [](float x, float) { return x >= -1e-6f ? 127 : 0; });
+    EXPECT_THAT(
+        ErrorOf(R"({"freeze": {"group": "top"}})"),
+        HasSubstr("/steps/0/freeze/group: the mesh has no group \"top\"; there are left, right"));
+    folder.Fill("quad.obj",
+                "v -1 -1 0\nv 0 -1 0\nv 0 1 0\nv -1 1 0\nv 0.1 -1 0\nv 1 -1 0\nv 1 1 0\nv 0.1 1 0\n"
+                "f 1 2 3 4\nf 5 6 7 8\n");
+    const auto right = [](float x, float) { return x > 0.05f ? 127 : 0; };
+    ExpectAmounts(R"({"freeze": {"shell": {"vertex": 4}}})", right);
+    ExpectAmounts(R"({"freeze": {"shell": {"surface": [0.7, 0, 1]}}})", right);
+    ExpectAmounts(R"({"freeze": {"shell": {"pointer": [260, 190]}}})", right);
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"shell": {"pointer": [5, 5]}}})"),
+                HasSubstr("/steps/0/freeze/shell: there is no surface"));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"shell": {"vertex": 100000}}})"),
+                HasSubstr("there is no vertex 100000"));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"shell": {}}})"),
+                HasSubstr("/steps/0/freeze/shell: needs one"));
+}
+
+TEST_F(FreezeScript, FiltersChangeWhatIsThere) {
+    const std::string right = R"({"freeze": {"group": "right"}},)";
+    ExpectAmounts(right + R"({"freeze": {"grow": 2}})",
+                  [](float x, float) { return x >= -0.2501f ? 127 : 0; });
+    ExpectAmounts(right + R"({"freeze": {"shrink": 1}})",
+                  [](float x, float) { return x >= 0.1249f ? 127 : 0; });
+    ExpectAmounts(right + R"({"freeze": {"grow": 1, "amount": 0.5}})", [](float x, float) {
+        return x >= -1e-6f ? 127 : x >= -0.1251f ? 64 : 0;
+    });
+    ExpectAmounts(right + R"({"freeze": {"blur": 1}})", [](float x, float) {
+        // Inside, an eighth comes from each side, along open borders a sixth... only rows within
+        // are like their neighbours along y: 1/2 + 1/4 + 1/8 = 7/8 at the edge of the group.
+        if (x >= 0.1249f) return 127;
+        if (x >= -1e-6f) return 111;
+        return x >= -0.1251f ? 16 : 0;
+    });
+    ExpectAmounts(right + R"({"freeze": {"blur": 3}}, {"undo": 1})",
+                  [](float x, float) { return x >= -1e-6f ? 127 : 0; });
+    // What was blurred and sharpened is steeper than what was blurred.
+    const auto blurred = Amounts(right + R"({"freeze": {"blur": 6}})");
+    const auto sharp = Amounts(right + R"({"freeze": {"blur": 6}}, {"freeze": {"sharpen": 1}})");
+    int steeper = 0;
+    for (std::size_t v = 0; v < blurred.size(); ++v) {
+        const int way = std::abs(2 * sharp[v] - 127) - std::abs(2 * blurred[v] - 127);
+        EXPECT_GE(way, -2);
+        steeper += way > 0 ? 1 : 0;
+    }
+    EXPECT_GT(steeper, 10);
+}
+
+TEST_F(FreezeScript, TheFreezeToolStrokesLikeAnyOther) {
+    const std::string tool =
+        R"({"tool": "Freeze", "set": {"radius": 0.3, "falloff": "constant"}},)";
+    const auto dab = [](float x, float y) { return std::hypot(x - 0.5f, y) <= 0.3f ? 127 : 0; };
+    ExpectAmounts(tool + R"({"stroke": {"surface": [[0.5, 0, 0]]}})", dab);
+    ExpectAmounts(tool + R"({"stroke": {"pointer": [[250, 200]]}})", dab);
+    ExpectAmounts(tool + R"({"set": {"strength": 50}}, {"stroke": {"surface": [[0.5, 0, 0]]}})",
+                  [&dab](float x, float y) { return (dab(x, y) + 1) / 2; });
+    ExpectAmounts(tool + R"({"mirror": ["x"]}, {"stroke": {"surface": [[0.5, 0, 0]]}})",
+                  [&dab](float x, float y) { return dab(std::abs(x), y); });
+    ExpectAmounts(tool + R"({"freeze": "all"},
+                            {"stroke": {"surface": [[0.5, 0, 0]], "modifier": "invert"}})",
+                  [&dab](float x, float y) { return 127 - dab(x, y); });
+    ExpectAmounts(tool + R"({"stroke": {"surface": [[0.5, 0, 0]], "open": true}},
+                            {"stroke": {"surface": [[0.5, 0, 0]], "continue": true}},
+                            {"stroke": {"surface": [[-0.5, 0, 0]]}}, {"undo": 1})",
+                  dab);
+    ExpectAmounts(tool + R"({"stroke": {"wholeMesh": {"strength": 25}}})",
+                  [](float, float) { return 32; });
+}
+
+TEST_F(FreezeScript, SculptingGoesOnBesideFrozenVertices) {
+    const auto session = Run(R"({"tool": "Freeze", "set": {"radius": 0.3, "falloff": "constant"}},
+        {"stroke": {"surface": [[0.5, 0, 0]]}},
+        {"tool": "Sculpt", "set": {"radius": 3, "strength": 10, "falloff": "constant"}},
+        {"stroke": {"surface": [[0.5, 0, 0]]}})");
+    LevelMesh& level = *session->Geometry().Bound();
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        const Vector p = level.Position(v);
+        if (level.Freeze(v) == 127)
+            EXPECT_EQ(p.z, 0.0f);
+        else
+            EXPECT_GT(p.z, 0.0f);
+    }
+    EXPECT_GT(level.FrozenVertexCount(), 10u);
+    EXPECT_EQ(session->Brush().ActiveConfiguration()->Name(), QStringLiteral("Sculpt"));
+}
+
+TEST_F(FreezeScript, LevelsTakeFreezingAlongAndScenesKeepWhatWaits) {
+    const std::string paint = R"({"level": 1}, {"freeze": {"group": "right"}},)";
+    const auto carried = Amounts(paint + R"({"level": 3})");
+    ASSERT_THAT(carried, testing::Contains(127));
+    // The same over a scene in between.
+    auto session = Run(paint + R"({"mirror": []})");
+    ASSERT_EQ(session->Geometry().BoundIndex(), 1u);
+    EXPECT_EQ(session->Geometry().Level(3)->FrozenVertexCount(), 0u);
+    session->BindLevel(3);
+    EXPECT_EQ(FreezeAmounts(*session->Geometry().Bound()), carried);
+    session->BindLevel(0);
+    EXPECT_EQ(FreezeAmounts(*session->Geometry().Bound()),
+              std::vector<uint8_t>(carried.begin(), carried.begin() + 6));
+    // A step of undo takes back what was carried, too.
+    const auto undone = Run(paint + R"({"level": 3}, {"undo": 1})");
+    EXPECT_EQ(undone->Geometry().Level(3)->FrozenVertexCount(), 0u);
+    EXPECT_EQ(undone->Geometry().Level(2)->FrozenVertexCount(), 0u);
+}
+
+TEST_F(FreezeScript, RefusesWhatItCannotDo) {
+    EXPECT_THAT(ErrorOf(R"({"freeze": "most"})"), HasSubstr("unknown word \"most\""));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"amount": 1}})"), HasSubstr("/steps/0/freeze: needs"));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"center": [0, 0, 0]}})"),
+                HasSubstr("/steps/0/freeze: needs"));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"grow": 1, "blur": 1}})"),
+                HasSubstr("\"grow\" and \"blur\" are two things"));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"cavity": {"from": 2, "to": 1}}})"),
+                HasSubstr("/steps/0/freeze/cavity/from: lies above"));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"image": {"file": "no.png"}}})"),
+                HasSubstr("/steps/0/freeze/image/file: "));
+    EXPECT_THAT(ErrorOf(R"({"freeze": {"mode": "most", "all": true}})"), HasSubstr("mode"));
+    const std::string open =
+        R"({"tool": "Freeze"}, {"stroke": {"surface": [[0, 0, 0]], "open": true}},)";
+    EXPECT_THAT(ErrorOf(open + R"({"freeze": "all"})"),
+                HasSubstr("/steps/2/freeze: a stroke of the freeze brush is open"));
+    EXPECT_THAT(ErrorOf(open + R"({"undo": 1})"), HasSubstr("a stroke is open"));
+    EXPECT_THAT(ErrorOf(R"({"tool": "Freeze", "set": {"buildUpRate": 1}})"),
+                HasSubstr("the brush has no setting builduprate"));
+}
+
+TEST_F(FreezeScript, CavitiesAreFoundByTheirBend) {
+    folder.Fill("quad.obj",
+                "v -1 -1 1\nv 0 -1 0\nv 1 -1 1\nv -1 1 1\nv 0 1 0\nv 1 1 1\n"
+                "f 1 2 5 4\nf 2 3 6 5\n");
+    const auto near = [](const std::string& cavity) {
+        return R"({"freeze": {"cavity": )" + cavity + "}}";
+    };
+    // The fold at x = 0 is a valley, seen along the normals.
+    const auto session = Run(near(R"({"size": 0.5})"));
+    LevelMesh& level = *session->Geometry().Bound();
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        const Vector p = level.Position(v);
+        if (std::abs(p.x) < 0.05f && std::abs(p.y) < 0.9f) EXPECT_EQ(level.Freeze(v), 127) << p.y;
+        if (std::abs(p.x) > 0.5f) EXPECT_EQ(level.Freeze(v), 0) << p.x;
+    }
+    EXPECT_EQ(Run(near(R"({"size": 0.5, "sign": "ridge"})"))->Geometry().Bound()->Freeze(0), 0);
+    EXPECT_EQ(Amounts(near(R"({"size": 0.5, "sign": "both"})")), Amounts(near(R"({"size": 0.5})")));
+}
+
+}  // namespace
+}  // namespace trovik::test
