@@ -50,11 +50,14 @@ std::string TextOf(Error* error) {
     return text;
 }
 
+/// \param field  where the script asks for it.
 template <typename T>
-AttributeInstance<T>& BrushAttribute(BrushOperation& brush, const char* name) {
+AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
+                                     const char* name,
+                                     const FieldReader& field) {
     Attribute* attribute = brush.AttributeByName(QString::fromLatin1(name));
     if (attribute == nullptr || attribute->attributeType() != AttributeValue<T>::type)
-        throw HostError(std::string("the brush has no setting ") + name);
+        field.Fail(std::string("the brush has no setting ") + name);
     return static_cast<AttributeInstance<T>&>(*attribute);
 }
 
@@ -228,14 +231,15 @@ void ScriptRunner::RunSettings(const FieldReader& settings) {
     if (settings.Has("falloff")) SetFalloff(settings.At("falloff"));
     if (settings.Has("direction")) SetDirection(settings.At("direction"));
     if (settings.Has("buildUpRate"))
-        BrushAttribute<float>(brush, "builduprate")
+        BrushAttribute<float>(brush, "builduprate", settings.At("buildUpRate"))
             .SetValue(settings.At("buildUpRate").Number(), true);
     const std::pair<const char*, const char*> flags[] = {{"globalPlane", "globalplane"},
                                                          {"updatePlane", "updateplane"},
                                                          {"affectAllLayers", "affectalllayers"}};
     for (const auto& [field, attribute] : flags)
         if (settings.Has(field))
-            BrushAttribute<bool>(brush, attribute).SetValue(settings.At(field).Flag(), true);
+            BrushAttribute<bool>(brush, attribute, settings.At(field))
+                .SetValue(settings.At(field).Flag(), true);
     host.strengthBias = settings.NumberOr("strengthBias", host.strengthBias);
     if (settings.Has("pressureControlsStrength"))
         brush.strokeOptionC.SetValue(settings.At("pressureControlsStrength").Flag(), true);
@@ -246,7 +250,7 @@ void ScriptRunner::RunSettings(const FieldReader& settings) {
                                            facing.NumberOr("range", brush.facingAngleRange));
     }
     if (settings.Has("drawFromCenter"))
-        BrushAttribute<bool>(brush, "drawfromcenter")
+        BrushAttribute<bool>(brush, "drawfromcenter", settings.At("drawFromCenter"))
             .SetValue(settings.At("drawFromCenter").Flag(), true);
     if (settings.Has("stamp")) SetStamp(settings.At("stamp"));
     SetPen(settings);

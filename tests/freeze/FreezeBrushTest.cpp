@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/DabStrength.h"
+#include "framework/brushes/Falloff.h"
 #include "framework/brushes/StrokePath.h"
 #include "framework/freeze/FreezeBrush.h"
 #include "framework/images/StampImage.h"
@@ -264,8 +265,8 @@ TEST(FreezeBrushOnParts, RadiusCountsInTheWorld) {
     for (const FreezeReach& one : reached) {
         const Vector p = grid.Level().Position(one.vertex);
         EXPECT_FLOAT_EQ(one.distance, std::sqrt(9.0f * p.x * p.x + p.y * p.y));
-        alongX += p.y == 0.0f ? 1 : 0;
-        alongY += p.x == 0.0f ? 1 : 0;
+        alongX += p.y == 0.0f ? 1u : 0u;
+        alongY += p.x == 0.0f ? 1u : 0u;
     }
     EXPECT_EQ(alongX, 2u);
     EXPECT_EQ(alongY, 4u);

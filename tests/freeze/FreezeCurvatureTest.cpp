@@ -31,7 +31,7 @@ TEST_F(FreezeCurvature, IsAboutTheSameOnEveryLevel) {
     geometry.Subdivide();
     const auto bends = Bends(geometry, 1.0f, 0);
     std::size_t near = 0;
-    for (const float bend : bends) near += bend > -1.1f && bend < -0.9f ? 1 : 0;
+    for (const float bend : bends) near += bend > -1.1f && bend < -0.9f ? 1u : 0u;
     // But for the eight poles of valence 3.
     EXPECT_GT(near, bends.size() * 98 / 100);
 }
@@ -73,10 +73,11 @@ TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
         if (p.y < 1.0f || p.y > 5.0f || p.x < 1.0f || p.x > 5.0f) continue;
         // Neighbours: two rise by 0.75 over ways of 1.25, two lie level at 1. The sum of ways is
         // 1.5 upwards, that of squares 2 x 1.5625 + 2.
-        if (p.x == 3.0f)
+        if (p.x == 3.0f) {
             EXPECT_NEAR(bends[v], 2.0f * 1.5f / 5.125f, 1e-4f);
-        else
+        } else {
             EXPECT_NEAR(bends[v], 0.0f, p.x == 2.0f || p.x == 4.0f ? 0.3f : 1e-4f);
+        }
     }
     CurvatureRange range;
     range.from = 0.5f;
@@ -88,7 +89,9 @@ TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
     const auto spread = Bends(grid.geometry, 1.0f, 1);
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
         const Vector p = grid.Level().Position(v);
-        if (p.x == 3.0f && p.y == 3.0f) EXPECT_NEAR(spread[v], bends[v] * 0.75f, 1e-4f);
+        if (p.x == 3.0f && p.y == 3.0f) {
+            EXPECT_NEAR(spread[v], bends[v] * 0.75f, 1e-4f);
+        }
     }
 }
 

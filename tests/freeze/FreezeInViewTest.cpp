@@ -79,7 +79,7 @@ TEST_F(FreezeInView, WhatFacesTheEyeBehindSomethingIsNotVisible) {
     std::size_t facingBehind = 0;
     for (uint32_t v = first; v < both.Bound()->VertexCount(); ++v) {
         EXPECT_EQ(visible[v], 0.0f);
-        facingBehind += facing[v] > 0.0f ? 1 : 0;
+        facingBehind += facing[v] > 0.0f ? 1u : 0u;
     }
     EXPECT_GT(facingBehind, 5u);
 }
@@ -95,8 +95,9 @@ TEST_F(FreezeInView, ABoxHoldsItsUpperLeftSides) {
         // What is nearer is shown larger.
         const float x = p.x * 5.0f / (5.0f - p.z);
         const float y = p.y * 5.0f / (5.0f - p.z);
-        if (std::abs(x) > 0.01f && std::abs(y) > 0.01f)
+        if (std::abs(x) > 0.01f && std::abs(y) > 0.01f) {
             EXPECT_EQ(shares[v], x > 0.0f && y > 0.0f && x < 1.0f && y < 1.0f ? 1.0f : 0.0f);
+        }
     }
 }
 

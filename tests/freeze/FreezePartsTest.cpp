@@ -55,7 +55,7 @@ TEST(FreezeParts, AGroupIsTheVerticesOfItsFacesOnAnyLevel) {
             const float x = level.Position(v).x;
             EXPECT_EQ(middle[v], x >= 0.999f && x <= 3.001f ? 1.0f : 0.0f) << x;
             EXPECT_EQ(rest[v], x >= 2.999f ? 1.0f : 0.0f) << x;
-            found += middle[v] > 0.0f ? 1 : 0;
+            found += middle[v] > 0.0f ? 1u : 0u;
         }
         EXPECT_GT(found, 4u << index);
     }

@@ -54,7 +54,7 @@ protected:
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             const Vector p = level.Position(v);
             ASSERT_EQ(level.Freeze(v), amountAt(p.x, p.y)) << p.x << ", " << p.y;
-            frozen += level.Freeze(v) != 0 ? 1 : 0;
+            frozen += level.Freeze(v) != 0 ? 1u : 0u;
         }
         EXPECT_EQ(level.FrozenVertexCount(), frozen);
         EXPECT_GT(frozen, 0u);
@@ -132,8 +132,12 @@ TEST_F(FreezeScript, FromBehindAClosedShapeReachTellsTheSides) {
         LevelMesh& level = *session->Geometry().Bound();
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             const float z = level.Position(v).z;
-            if (z > side) EXPECT_EQ(level.Freeze(v), 127) << reach;
-            if (z < -0.1f && side > -1.0f) EXPECT_EQ(level.Freeze(v), 0) << reach;
+            if (z > side) {
+                EXPECT_EQ(level.Freeze(v), 127) << reach;
+            }
+            if (z < -0.1f && side > -1.0f) {
+                EXPECT_EQ(level.Freeze(v), 0) << reach;
+            }
         }
     }
 }
@@ -180,13 +184,13 @@ TEST_F(FreezeScript, FiltersChangeWhatIsThere) {
     // What was blurred and sharpened is steeper than what was blurred.
     const auto blurred = Amounts(right + R"({"freeze": {"blur": 6}})");
     const auto sharp = Amounts(right + R"({"freeze": {"blur": 6}}, {"freeze": {"sharpen": 1}})");
-    int steeper = 0;
+    uint32_t steeper = 0;
     for (std::size_t v = 0; v < blurred.size(); ++v) {
         const int way = std::abs(2 * sharp[v] - 127) - std::abs(2 * blurred[v] - 127);
         EXPECT_GE(way, -2);
-        steeper += way > 0 ? 1 : 0;
+        steeper += way > 0 ? 1u : 0u;
     }
-    EXPECT_GT(steeper, 10);
+    EXPECT_GT(steeper, 10u);
 }
 
 TEST_F(FreezeScript, TheFreezeToolStrokesLikeAnyOther) {
@@ -218,10 +222,11 @@ TEST_F(FreezeScript, SculptingGoesOnBesideFrozenVertices) {
     LevelMesh& level = *session->Geometry().Bound();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector p = level.Position(v);
-        if (level.Freeze(v) == 127)
+        if (level.Freeze(v) == 127) {
             EXPECT_EQ(p.z, 0.0f);
-        else
+        } else {
             EXPECT_GT(p.z, 0.0f);
+        }
     }
     EXPECT_GT(level.FrozenVertexCount(), 10u);
     EXPECT_EQ(session->Brush().ActiveConfiguration()->Name(), QStringLiteral("Sculpt"));
@@ -264,7 +269,7 @@ TEST_F(FreezeScript, RefusesWhatItCannotDo) {
                 HasSubstr("/steps/2/freeze: a stroke of the freeze brush is open"));
     EXPECT_THAT(ErrorOf(open + R"({"undo": 1})"), HasSubstr("a stroke is open"));
     EXPECT_THAT(ErrorOf(R"({"tool": "Freeze", "set": {"buildUpRate": 1}})"),
-                HasSubstr("the brush has no setting builduprate"));
+                HasSubstr("/steps/0/set/buildUpRate: the brush has no setting builduprate"));
 }
 
 TEST_F(FreezeScript, CavitiesAreFoundByTheirBend) {
@@ -279,8 +284,12 @@ TEST_F(FreezeScript, CavitiesAreFoundByTheirBend) {
     LevelMesh& level = *session->Geometry().Bound();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector p = level.Position(v);
-        if (std::abs(p.x) < 0.05f && std::abs(p.y) < 0.9f) EXPECT_EQ(level.Freeze(v), 127) << p.y;
-        if (std::abs(p.x) > 0.5f) EXPECT_EQ(level.Freeze(v), 0) << p.x;
+        if (std::abs(p.x) < 0.05f && std::abs(p.y) < 0.9f) {
+            EXPECT_EQ(level.Freeze(v), 127) << p.y;
+        }
+        if (std::abs(p.x) > 0.5f) {
+            EXPECT_EQ(level.Freeze(v), 0) << p.x;
+        }
     }
     EXPECT_EQ(Run(near(R"({"size": 0.5, "sign": "ridge"})"))->Geometry().Bound()->Freeze(0), 0);
     EXPECT_EQ(Amounts(near(R"({"size": 0.5, "sign": "both"})")), Amounts(near(R"({"size": 0.5})")));
