@@ -47,32 +47,25 @@ std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rin
     const Matrix& toWorld = geometry.Place().ToWorld();
     const Matrix& back = geometry.Place().ToLocal();
     std::vector<Vector> places(vertices);
-    for (uint32_t v = 0; v < vertices; ++v)
+    std::vector<Vector> normals(vertices);
+    for (uint32_t v = 0; v < vertices; ++v) {
         places[v] = toWorld.AffineTransform(level.Position(v), 1.0f);
-
-    // Differences, not sums of places, so that far from the origin nothing is lost.
-    std::vector<Vector> toNeighbours(vertices);
-    std::vector<float> squares(vertices, 0.0f);
+        normals[v] = WorldNormal(back, Unpacked(level.vertexNormals.array[v]));
+    }
+    std::vector<float> bends(vertices, 0.0f);
     std::vector<float> counts(vertices, 0.0f);
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
         const Vector way = places[b] - places[a];
         const float square = (way.x * way.x + way.y * way.y) + way.z * way.z;
-        toNeighbours[a] += way;
-        toNeighbours[b] += way * -1.0f;
-        for (const uint32_t v : {a, b}) {
-            squares[v] += square;
-            counts[v] += 1.0f;
-        }
+        // Two vertices at one place say nothing.
+        if (!(square > 0.0f)) return;
+        bends[a] += (way | normals[a]) / square;
+        bends[b] -= (way | normals[b]) / square;
+        counts[a] += 1.0f;
+        counts[b] += 1.0f;
     });
-    std::vector<float> bends(vertices, 0.0f);
-    for (uint32_t v = 0; v < vertices; ++v) {
-        if (!(squares[v] > 0.0f)) continue;
-        const Vector normal = WorldNormal(back, Unpacked(level.vertexNormals.array[v]));
-        const Vector& sum = toNeighbours[v];
-        const float height = (sum.x * normal.x + sum.y * normal.y) + sum.z * normal.z;
-        // The count of both means cancels out.
-        bends[v] = 2.0f * height / squares[v] * size;
-    }
+    for (uint32_t v = 0; v < vertices; ++v)
+        if (counts[v] > 0.0f) bends[v] = 2.0f * bends[v] / counts[v] * size;
     for (uint32_t ring = 0; ring < rings; ++ring) Average(level, counts, bends);
     return bends;
 }

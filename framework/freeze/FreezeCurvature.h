@@ -30,10 +30,10 @@ struct CurvatureRange {
     uint32_t rings = 0;
 };
 
-/// The bend of each vertex of the bound level, by world positions. With m the mean of its
-/// neighbours, n its normal and h the mean square distance to them, the mean curvature is
-/// 2 (m - p) . n / h. Neighbours count as for BlurredFreeze. 0 for a vertex of no face. \param size
-/// and `rings`: see CurvatureRange. Cost: O(faces).
+/// The bend of each vertex of the bound level, by world positions: the mean over its neighbours q
+/// of the curvature of the surface toward them, 2 (q - p) . n / |q - p|^2, where n is its normal.
+/// Neighbours count as for BlurredFreeze. 0 for a vertex of no face.
+/// \param size, rings  see CurvatureRange. Cost: O(faces).
 TROVIK_API std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rings);
 
 /// Shares, 0 to 1, of the bound level's vertices.
