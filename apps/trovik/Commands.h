@@ -8,6 +8,7 @@ namespace trovik {
 /// Each adds one verb to the program. A verb does its work in its callback and reports failure by
 /// throwing HostError.
 void AddSculptCommand(CLI::App& program);
+void AddBakeCommand(CLI::App& program);
 void AddInfoCommand(CLI::App& program);
 void AddConvertCommand(CLI::App& program);
 void AddRenderCommand(CLI::App& program);

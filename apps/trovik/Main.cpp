@@ -25,6 +25,7 @@ int main(int argc, char** argv) {
         "  trovik info head.obj                 what is in a mesh file\n"
         "  trovik render head.obj head.png      a picture of a mesh\n"
         "  trovik convert head.obj head.ply     write a mesh in another format\n"
+        "  trovik bake head.trovik -o head.exr  a map of what a fine level has over a coarse one\n"
         "  trovik tools                         the tools of the brush\n\n"
         "Exit status: 0 done, 1 the work failed (one line on standard error says why), 2 wrong "
         "usage.",
@@ -35,6 +36,7 @@ int main(int argc, char** argv) {
     trovik::AddInfoCommand(program);
     trovik::AddRenderCommand(program);
     trovik::AddConvertCommand(program);
+    trovik::AddBakeCommand(program);
     trovik::AddToolsCommand(program);
     try {
         program.parse(argc, argv);

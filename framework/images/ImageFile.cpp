@@ -163,14 +163,20 @@ void WriteThroughLibrary(const std::string& path,
     replacement.Commit();
 }
 
+void Describe(OIIO::ImageSpec& spec, const std::string& description) {
+    if (!description.empty()) spec.attribute("ImageDescription", description);
+}
+
 void WriteSamples(const std::string& path,
                   OIIO::TypeDesc type,
                   const void* pixels,
                   std::uint32_t width,
                   std::uint32_t height,
-                  std::uint32_t channels) {
+                  std::uint32_t channels,
+                  const std::string& description = std::string()) {
     OIIO::ImageSpec spec(
         static_cast<int>(width), static_cast<int>(height), static_cast<int>(channels), type);
+    Describe(spec, description);
     WriteThroughLibrary(path, std::move(spec), type, pixels);
 }
 
@@ -243,8 +249,9 @@ void WriteImageFile(const std::string& path,
                     const std::uint16_t* pixels,
                     std::uint32_t width,
                     std::uint32_t height,
-                    std::uint32_t channels) {
-    WriteSamples(path, OIIO::TypeUInt16, pixels, width, height, channels);
+                    std::uint32_t channels,
+                    const std::string& description) {
+    WriteSamples(path, OIIO::TypeUInt16, pixels, width, height, channels, description);
 }
 
 void WriteImageFile(const std::string& path,
@@ -260,7 +267,9 @@ void WriteImageFile(const std::string& path,
     WriteSamples(path, OIIO::TypeInt16, pixels, width, height, channels);
 }
 
-void WriteFloatImageFile(const std::string& path, const FloatImage& image) {
+void WriteFloatImageFile(const std::string& path,
+                         const FloatImage& image,
+                         const std::string& description) {
     const std::string extension = LowerExtension(path);
     if (extension != ".exr" && extension != ".tif" && extension != ".tiff") {
         ThrowImageError(
@@ -272,7 +281,17 @@ void WriteFloatImageFile(const std::string& path, const FloatImage& image) {
                          static_cast<int>(image.height),
                          static_cast<int>(image.channels),
                          OIIO::TypeFloat);
+    Describe(spec, description);
     WriteThroughLibrary(path, std::move(spec), OIIO::TypeFloat, image.pixels.data());
+}
+
+std::string ReadImageDescription(const std::string& path) {
+    RegularFileSize(path);
+    const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path);
+    if (!input) {
+        ThrowImageError("read", path, OIIO::geterror());
+    }
+    return std::string(input->spec().get_string_attribute("ImageDescription"));
 }
 
 }  // namespace trovik

@@ -50,11 +50,13 @@ TROVIK_API void WriteImageFile(const std::string& path,
                                std::uint32_t channels);
 
 /// The same for 16-bit values, into formats that hold them (`.tif`, `.png`).
+/// \param description  one line of text to store beside the pixels; empty for none.
 TROVIK_API void WriteImageFile(const std::string& path,
                                const std::uint16_t* pixels,
                                std::uint32_t width,
                                std::uint32_t height,
-                               std::uint32_t channels);
+                               std::uint32_t channels,
+                               const std::string& description = std::string());
 
 /// The same for signed 16-bit values, which `.tif` and `.tiff` alone hold: any other extension is
 /// refused. ReadImageFile gives value / 32767.
@@ -69,7 +71,14 @@ TROVIK_API void WriteImageFile(const std::string& path,
 ///
 /// The file is complete or not there: see FileReplacement.
 /// \param image  isFloat is not used.
+/// \param description  one line of text to store beside the pixels; empty for none.
 /// \throw HostError naming the file and the reason.
-TROVIK_API void WriteFloatImageFile(const std::string& path, const FloatImage& image);
+TROVIK_API void WriteFloatImageFile(const std::string& path,
+                                    const FloatImage& image,
+                                    const std::string& description = std::string());
+
+/// The text that was stored beside the pixels; empty where the file holds none.
+/// \throw HostError naming the file and the reason.
+TROVIK_API std::string ReadImageDescription(const std::string& path);
 
 }  // namespace trovik

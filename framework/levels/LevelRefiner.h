@@ -29,6 +29,9 @@ public:
     /// is called once for each vertex of the fine level. `fine` supplies the vertex numbers.
     template <typename Place>
     void RefinePositions(const LevelMesh& fine, Place place);
+    /// The same by other positions of the coarse level: `at(vertex)` answers them.
+    template <typename At, typename Place>
+    void RefinePositionsOf(At at, const LevelMesh& fine, Place place);
 
 private:
     bool OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const;

@@ -7,6 +7,11 @@ namespace trovik {
 
 template <typename Place>
 void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place) {
+    RefinePositionsOf([this](uint32_t vertex) { return coarse.Position(vertex); }, fine, place);
+}
+
+template <typename At, typename Place>
+void LevelRefiner::RefinePositionsOf(At at, const LevelMesh& fine, Place place) {
     struct Sum {
         float x, y, z;
         uint32_t faces;
@@ -19,10 +24,10 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place) {
     std::vector<Sum> sums(coarse.VertexCount(), Sum{0.0f, 0.0f, 0.0f, 0});
     std::unordered_map<uint32_t, Border> borders;
     const float share = 1.0f / static_cast<float>(corners);
-    const auto centreOf = [this, share](uint32_t face) {
+    const auto centreOf = [this, share, &at](uint32_t face) {
         const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
-        Vector centre = coarse.Position(v[0]);
-        for (uint32_t k = 1; k < corners; ++k) centre += coarse.Position(v[k]);
+        Vector centre = at(v[0]);
+        for (uint32_t k = 1; k < corners; ++k) centre += at(v[k]);
         return centre * share;
     };
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
@@ -34,8 +39,8 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place) {
         for (uint32_t side = 0; side < corners; ++side) {
             const uint32_t a = v[side];
             const uint32_t b = v[(side + 1) % corners];
-            const Vector pa = coarse.Position(a);
-            const Vector pb = coarse.Position(b);
+            const Vector pa = at(a);
+            const Vector pb = at(b);
             Sum& sum = sums[a];
             sum.x += centre.x + pb.x;
             sum.y += centre.y + pb.y;
@@ -57,7 +62,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place) {
     for (uint32_t vertex = 0; vertex < coarse.VertexCount(); ++vertex) {
         AskStop(vertex);
         const Sum& sum = sums[vertex];
-        const Vector p = coarse.Position(vertex);
+        const Vector p = at(vertex);
         if (sum.faces == 0) {
             place(vertex, p);
             continue;

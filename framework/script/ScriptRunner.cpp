@@ -208,6 +208,8 @@ void ScriptRunner::RunStep(const FieldReader& step) {
                                      {"picture", &ScriptRunner::RunPicture},
                                      {"sheet", &ScriptRunner::RunSheet},
                                      {"export", &ScriptRunner::RunExport},
+                                     {"bake", &ScriptRunner::RunBake},
+                                     {"displace", &ScriptRunner::RunDisplace},
                                      {"save", &ScriptRunner::RunSave},
                                      {"reset", &ScriptRunner::RunReset}};
     if (step.Size() == 2 && !(step.Has("tool") && step.Has("set")))

@@ -89,6 +89,8 @@ private:
     void RunPicture(const FieldReader& picture);
     void RunSheet(const FieldReader& sheet);
     void RunExport(const FieldReader& options);
+    void RunBake(const FieldReader& bake);
+    void RunDisplace(const FieldReader& displace);
     void RunReset(const FieldReader& flag);
     void RunSave(const FieldReader& file);
     void RunPreferences(const FieldReader& preferences);
@@ -129,6 +131,8 @@ private:
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
     DabDynamics dynamics;
     std::map<std::string, Picture> kept;
+    /// Maps that were baked, as the script named them in the output folder.
+    std::vector<std::string> baked;
     /// The surface before the first stroke, for pictures of before and after.
     std::vector<Vector> positionsBefore;
     std::vector<PackedNormal> normalsBefore;

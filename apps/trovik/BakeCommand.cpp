@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Commands.h"
+#include "ProgressLine.h"
+#include "framework/baking/MapFile.h"
+#include "framework/edits/Steps.h"
+#include "framework/errors/HostError.h"
+#include "framework/scene/SceneFile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+
+namespace trovik {
+
+namespace {
+
+struct BakeCommandOptions {
+    std::string source;
+    std::string map = "displacement";
+    std::string space = "tangent";
+    std::string bits;
+    std::vector<uint32_t> size = {1024};
+    unsigned unsubdivide = 0;
+    /// Below 0: not given.
+    int from = -1;
+    float range = -1.0f;
+    BakeOptions bake;
+    MapFileOptions file;
+    bool quiet = false;
+    bool json = false;
+};
+
+std::unique_ptr<LevelGeometry> Open(const BakeCommandOptions& options) {
+    std::unique_ptr<LevelGeometry> geometry;
+    if (IsScenePath(options.source)) {
+        geometry = std::move(LoadScene(options.source, nullptr).geometry);
+    } else {
+        PolygonMesh polygons = ReadMeshFile(options.source);
+        MakeOrientedManifold(polygons);
+        geometry = std::make_unique<LevelGeometry>(polygons);
+    }
+    for (unsigned i = 0; i < options.unsubdivide; ++i) UnsubdivideAsStep(*geometry);
+    if (geometry->LevelCount() == 1)
+        throw HostError(
+            "there is one level only; a scene has the levels that it was saved with, and "
+            "--unsubdivide finds those that a refined mesh came from");
+    return geometry;
+}
+
+void PrintReport(const MapReport& report) {
+    std::printf("map        %s", MapKindName(report.text.kind));
+    if (report.text.kind != MapKind::Displacement)
+        std::printf(", %s space", MapSpaceName(report.text.space));
+    std::printf(", level %u to level %u\n", report.text.from, report.text.to);
+    std::printf("size       %u x %u, %s\n",
+                report.width,
+                report.height,
+                report.bits == MapBits::Float ? "floats" : "16 bits");
+    std::printf("texels     %llu covered, %llu padding\n",
+                static_cast<unsigned long long>(report.coveredTexels),
+                static_cast<unsigned long long>(report.paddedTexels));
+    if (report.text.kind != MapKind::Normal)
+        std::printf("range      %.9g\n", static_cast<double>(report.range));
+    std::printf("numbers    (v - %.9g) x %.9g\n",
+                static_cast<double>(report.text.mid),
+                static_cast<double>(report.text.scale));
+    for (const std::string& file : report.files) std::printf("wrote      %s\n", file.c_str());
+}
+
+void PrintJson(const MapReport& report) {
+    const nlohmann::json json = {{"map", MapKindName(report.text.kind)},
+                                 {"space", MapSpaceName(report.text.space)},
+                                 {"from", report.text.from},
+                                 {"to", report.text.to},
+                                 {"width", report.width},
+                                 {"height", report.height},
+                                 {"bits", report.bits == MapBits::Float ? "float" : "16"},
+                                 {"range", report.range},
+                                 {"mid", report.text.mid},
+                                 {"scale", report.text.scale},
+                                 {"coveredTexels", report.coveredTexels},
+                                 {"paddedTexels", report.paddedTexels},
+                                 {"overlappingTexels", report.overlappingTexels},
+                                 {"files", report.files}};
+    std::printf("%s\n", json.dump(2).c_str());
+}
+
+void Bake(BakeCommandOptions options) {
+    ProgressLine line(options.quiet);
+    options.bake.kind = MapKindOf(options.map).value_or(MapKind::Displacement);
+    options.bake.space = MapSpaceOf(options.space).value_or(MapSpace::Tangent);
+    options.bake.width = options.size.front();
+    options.bake.height = options.size.back();
+    if (options.from >= 0) options.bake.from = static_cast<uint32_t>(options.from);
+    if (!options.bits.empty())
+        options.file.bits = options.bits == "16" ? MapBits::Sixteen : MapBits::Float;
+    if (options.range > 0.0f) options.file.range = options.range;
+    line.Step(0, 2, "opening " + options.source);
+    MapReport report;
+    try {
+        const std::unique_ptr<LevelGeometry> geometry = Open(options);
+        line.Step(1, 2, "baking " + options.file.path);
+        options.bake.progress = [&line](uint64_t done, uint64_t total) { line.File(done, total); };
+        report = BakeToFile(*geometry, options.bake, options.file);
+    } catch (const HostError& error) {
+        const std::string reason = error.what();
+        // What is wrong with a file names it already.
+        const bool named = reason.find(options.source) != std::string::npos ||
+                           reason.find(options.file.path) != std::string::npos;
+        throw HostError(named ? reason : options.source + ": " + reason);
+    }
+    line.Finish();
+    if (!report.warning.empty()) std::fprintf(stderr, "note: %s\n", report.warning.c_str());
+    if (options.json)
+        PrintJson(report);
+    else if (!options.quiet)
+        PrintReport(report);
+}
+
+}  // namespace
+
+void AddBakeCommand(CLI::App& program) {
+    auto options = std::make_shared<BakeCommandOptions>();
+    CLI::App* verb = program.add_subcommand(
+        "bake",
+        "Bakes what a fine level has over a coarse one into a map over the mesh's UVs: a "
+        "displacement, vector displacement or normal map (see docs/baking.md)");
+    verb->add_option("source", options->source, "Scene (.trovik), or mesh file with --unsubdivide")
+        ->required();
+    verb->add_option("-o,--output",
+                     options->file.path,
+                     "Image to write: .exr, .png, .tif; with <UDIM> in its name one for each tile "
+                     "of the texture")
+        ->required();
+    verb->add_option("--map", options->map, "displacement (default), vector or normal")
+        ->check(CLI::IsMember({"displacement", "vector", "normal"}));
+    verb->add_option("--space",
+                     options->space,
+                     "Of vectors and normals: tangent (default) or object, the mesh's own axes")
+        ->check(CLI::IsMember({"tangent", "object"}));
+    verb->add_option("--from", options->from, "Level that is baked (default: the highest)")
+        ->check(CLI::Range(0, 100));
+    verb->add_option("--to", options->bake.to, "Level that the map is for (default: 0)")
+        ->check(CLI::Range(0, 100));
+    verb->add_option("--size", options->size, "Texels of a side, or width and height")
+        ->expected(1, 2)
+        ->check(CLI::Range(1, 16384));
+    verb->add_option("--bits", options->bits, "16 or float (default: float for .exr, otherwise 16)")
+        ->check(CLI::IsMember({"16", "float"}));
+    verb->add_option("--range",
+                     options->range,
+                     "With 16 bits: displacement that reaches the ends of the numbers (default: "
+                     "the largest there is)")
+        ->check(CLI::PositiveNumber);
+    verb->add_option("--samples", options->bake.samples, "Of a texel: 1, 4 (default) or 16")
+        ->check(CLI::IsMember({1, 4, 16}));
+    verb->add_option("--padding",
+                     options->bake.padding,
+                     "Texels around each island of the texture to fill from its edge (default: 8)")
+        ->check(CLI::Range(0, 256));
+    verb->add_option("--unsubdivide",
+                     options->unsubdivide,
+                     "Coarser levels to find below the mesh's own, which must be a refinement")
+        ->check(CLI::Range(0u, 12u));
+    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
+    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->callback([options] { Bake(*options); });
+}
+
+}  // namespace trovik

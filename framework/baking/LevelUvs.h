@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/levels/AttributeRefinement.h"
+#include "framework/levels/LevelGeometry.h"
+
+namespace trovik {
+
+/// Places of a level's faces on the texture, refined from those of level 0 (AttributeRefinement.h).
+/// Borrows the geometry.
+class LevelUvs {
+public:
+    /// \throw HostError "the mesh has no texture coordinates ..." where level 0 has none.
+    LevelUvs(const LevelGeometry& geometry, std::uint32_t level);
+
+    /// UVs at the corners of a face of the level; of a triangle the fourth means nothing.
+    /// \return false where a corner of its face of level 0 has none.
+    bool Of(std::uint32_t face, CornerValues<2>& uvs) const {
+        if (!OfBase(BaseOf(face), uvs)) return false;
+        uvs = FaceValues(uvs, baseCorners, level, face);
+        return true;
+    }
+    /// The same for a face of level 0.
+    bool OfBase(std::uint32_t baseFace, CornerValues<2>& uvs) const;
+    /// The face of level 0 that a face of the level lies in.
+    std::uint32_t BaseOf(std::uint32_t face) const { return BaseFace(baseCorners, level, face); }
+    std::uint32_t BaseFaceCount() const { return baseFaces; }
+    std::uint32_t BaseCorners() const { return baseCorners; }
+
+private:
+    const SurfaceAttributes& attributes;
+    std::uint32_t level;
+    std::uint32_t baseCorners;
+    std::uint32_t baseFaces;
+};
+
+}  // namespace trovik

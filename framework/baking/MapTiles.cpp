@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/baking/MapTiles.h"
+
+#include "framework/errors/HostError.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace trovik {
+
+namespace {
+
+constexpr const char* mark = "<UDIM>";
+constexpr double slack = 1e-4;
+constexpr double columnCount = 10.0;
+constexpr double rowCount = 900.0;
+
+std::string Range(const std::array<float, 2>& low, const std::array<float, 2>& high) {
+    char text[128];
+    std::snprintf(text,
+                  sizeof text,
+                  "(%g, %g) to (%g, %g)",
+                  static_cast<double>(low[0]),
+                  static_cast<double>(low[1]),
+                  static_cast<double>(high[0]),
+                  static_cast<double>(high[1]));
+    return text;
+}
+
+/// The whole number below a span that may touch the next ones; -1 where it reaches beyond.
+double CellOf(double low, double high) {
+    double cell = std::floor((low + high) * 0.5);
+    // A span without extent on a border belongs to what lies before it.
+    if (cell > 0.0 && low == cell && high == cell) cell -= 1.0;
+    return low < cell - slack || high > cell + 1.0 + slack ? -1.0 : cell;
+}
+
+}  // namespace
+
+bool HasTileMark(const std::string& path) { return path.find(mark) != std::string::npos; }
+
+std::string TilePath(const std::string& path, std::uint32_t number) {
+    std::string named = path;
+    const std::size_t at = named.find(mark);
+    if (at != std::string::npos)
+        named.replace(at, std::string(mark).size(), std::to_string(number));
+    return named;
+}
+
+std::uint32_t TileOf(const std::array<float, 2>& low,
+                     const std::array<float, 2>& high,
+                     const std::string& what,
+                     bool marked) {
+    const double column = CellOf(static_cast<double>(low[0]), static_cast<double>(high[0]));
+    const double row = CellOf(static_cast<double>(low[1]), static_cast<double>(high[1]));
+    const bool isFirst = column == 0.0 && row == 0.0;
+    if (!marked && !isFirst)
+        throw HostError("the UVs of " + what + ", " + Range(low, high) +
+                        ", lie outside 0 to 1; a file name with <UDIM> in it gives one map for "
+                        "each tile of the texture");
+    if (column < 0.0 || column >= columnCount || row < 0.0 || row >= rowCount)
+        throw HostError("the UVs of " + what + ", " + Range(low, high) +
+                        ", do not lie within one tile of the texture");
+    return MapTile{static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row)}.Number();
+}
+
+std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& path) {
+    const bool marked = HasTileMark(path);
+    std::vector<std::uint32_t> tiles(uvs.BaseFaceCount(), noMapTile);
+    for (std::uint32_t face = 0; face < uvs.BaseFaceCount(); ++face) {
+        CornerValues<2> corners = {};
+        if (!uvs.OfBase(face, corners)) continue;
+        std::array<float, 2> low = corners[0];
+        std::array<float, 2> high = corners[0];
+        for (std::uint32_t k = 1; k < uvs.BaseCorners(); ++k) {
+            for (std::size_t i = 0; i < 2; ++i) {
+                low[i] = std::min(low[i], corners[k][i]);
+                high[i] = std::max(high[i], corners[k][i]);
+            }
+        }
+        tiles[face] = TileOf(low, high, "face " + std::to_string(face) + " of level 0", marked);
+    }
+    return tiles;
+}
+
+}  // namespace trovik

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/baking/LevelUvs.h"
+#include "host/Vector.h"
+
+#include <vector>
+
+namespace trovik {
+
+/// Positions of level `fine` as refining level `coarse` gives them, without the detail of the
+/// levels above it. Cost: O(vertices of `fine`).
+std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
+                                    std::uint32_t coarse,
+                                    std::uint32_t fine);
+
+/// Unit normals of a level's vertices at given positions: per vertex the sum of its faces' normals
+/// (of a quad the cross product of its diagonals), in the order of the faces, normalised. Not
+/// packed, but otherwise as LevelMesh::ComputeNormals.
+std::vector<Vector> VertexNormals(const LevelMesh& level, const std::vector<Vector>& positions);
+
+/// Three directions of unit length at right angles: along the texture's u, along its v, and out of
+/// the surface.
+struct SurfaceFrame {
+    Vector tangent;
+    Vector bitangent;
+    Vector normal;
+
+    Vector ToFrame(const Vector& v) const { return {v | tangent, v | bitangent, v | normal}; }
+    Vector FromFrame(const Vector& v) const {
+        return (tangent * v.x + bitangent * v.y) + normal * v.z;
+    }
+};
+
+/// Frames at the corners of a level's faces.
+///
+/// At a corner the surface's derivative along u follows from the two edges that meet there. All
+/// corners of a vertex that have the same UV and the same sense (texture as seen from outside, or
+/// mirrored) share one frame: their derivatives are laid into the plane of the vertex's normal,
+/// normalised, and added in the order of the faces; that sum, normalised, is the tangent. The
+/// bitangent is normal x tangent, turned over where the texture is mirrored. Where the texture has
+/// no extent, the tangent is some direction at right angles to the normal.
+class SurfaceFrames {
+public:
+    /// \param positions  of the level's vertices. \param uvs  of the same level.
+    SurfaceFrames(const LevelMesh& level,
+                  const LevelUvs& uvs,
+                  const std::vector<Vector>& positions);
+
+    const Vector& Normal(std::uint32_t vertex) const { return normals[vertex]; }
+    /// The frame of a corner of a face; one without UVs has one of number `none`.
+    std::uint32_t FrameOf(std::uint32_t face, std::uint32_t corner) const {
+        return cornerFrames[face * corners + corner];
+    }
+    static constexpr std::uint32_t none = 0xffffffffu;
+    std::uint32_t FrameCount() const { return static_cast<std::uint32_t>(frames.size()); }
+    SurfaceFrame Frame(std::uint32_t number) const;
+    std::uint32_t VertexOf(std::uint32_t number) const { return frames[number].vertex; }
+    const std::array<float, 2>& UvOf(std::uint32_t number) const { return frames[number].uv; }
+    /// The frames of one vertex: the first, and the one after another; `none` at the end.
+    std::uint32_t FirstOf(std::uint32_t vertex) const { return firstFrames[vertex]; }
+    std::uint32_t After(std::uint32_t number) const { return frames[number].next; }
+
+private:
+    struct Entry {
+        std::uint32_t vertex;
+        std::uint32_t next;
+        std::array<float, 2> uv;
+        Vector tangent;
+        /// 1, or -1 where the texture is mirrored; 0 while only corners without extent were met.
+        float sense;
+    };
+    std::uint32_t EntryFor(std::uint32_t vertex, const std::array<float, 2>& uv, float sense);
+
+    std::uint32_t corners;
+    std::vector<Vector> normals;
+    std::vector<Entry> frames;
+    std::vector<std::uint32_t> firstFrames;
+    std::vector<std::uint32_t> cornerFrames;
+};
+
+}  // namespace trovik
