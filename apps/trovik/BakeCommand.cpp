@@ -159,6 +159,8 @@ void AddBakeCommand(CLI::App& program) {
                      options->bake.padding,
                      "Texels around each island of the texture to fill from its edge (default: 8)")
         ->check(CLI::Range(0, 256));
+    verb->add_flag(
+        "--repeat", options->bake.repeat, "UVs outside 0 to 1 are taken as a texture that repeats");
     verb->add_option("--unsubdivide",
                      options->unsubdivide,
                      "Coarser levels to find below the mesh's own, which must be a refinement")

@@ -46,12 +46,13 @@ BakeCanvas::BakeCanvas(const Options& given)
 
 // The row is counted from the top, but v is rounded from the bottom, so that what is mirrored in v
 // meets mirrored samples.
+// Places a whole tile apart are rounded alike.
 BakeCanvas::FixedPoint BakeCanvas::Fixed(const TilePoint& point) const {
-    const auto width = static_cast<double>(options.width);
-    const auto height = static_cast<double>(options.height);
-    return {
-        std::llround(point[0] * width * fixedOne),
-        (std::int64_t{options.height} << fixedBits) - std::llround(point[1] * height * fixedOne)};
+    const auto rounded = [](double part, std::uint32_t size) {
+        return static_cast<std::int64_t>(std::floor(part * size * fixedOne + 0.5));
+    };
+    return {rounded(point[0], options.width),
+            (std::int64_t{options.height} << fixedBits) - rounded(point[1], options.height)};
 }
 
 void BakeCanvas::AddQuad(const std::array<TilePoint, 4>& corners,
@@ -87,10 +88,18 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
     const auto [lowY, highY] = std::minmax({p[0].y, p[1].y, p[2].y});
     const std::int64_t columns = std::int64_t{options.width} * options.samplesPerSide;
     const std::int64_t rows = std::int64_t{options.height} * options.samplesPerSide;
-    const std::int64_t firstX = std::max<std::int64_t>(Up(lowX - half, stepBits), 0);
-    const std::int64_t lastX = std::min(Down(highX - half, stepBits), columns - 1);
-    const std::int64_t firstY = std::max<std::int64_t>(Up(lowY - half, stepBits), 0);
-    const std::int64_t lastY = std::min(Down(highY - half, stepBits), rows - 1);
+    const auto first = [&](std::int64_t low) {
+        const std::int64_t sample = Up(low - half, stepBits);
+        return options.repeat ? sample : std::max<std::int64_t>(sample, 0);
+    };
+    const auto last = [&](std::int64_t high, std::int64_t count) {
+        const std::int64_t sample = Down(high - half, stepBits);
+        return options.repeat ? sample : std::min(sample, count - 1);
+    };
+    const std::int64_t firstX = first(lowX);
+    const std::int64_t lastX = last(highX, columns);
+    const std::int64_t firstY = first(lowY);
+    const std::int64_t lastY = last(highY, rows);
 
     // Side i lies across from corner i. A sample on a side belongs to the triangle that runs along
     // it downwards, or to the left where it is level: the other one runs the other way.
@@ -123,9 +132,12 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
 }
 
 void BakeCanvas::TakeSample(std::int64_t x, std::int64_t y, const MapValue& value) {
-    const auto column = static_cast<std::uint64_t>(x);
-    const auto row = static_cast<std::uint64_t>(y);
     const std::uint64_t n = options.samplesPerSide;
+    // Samples lie at most two tiles before the first.
+    const std::uint64_t columns = options.width * n;
+    const std::uint64_t rows = options.height * n;
+    const std::uint64_t column = (static_cast<std::uint64_t>(x) + 2 * columns) % columns;
+    const std::uint64_t row = (static_cast<std::uint64_t>(y) + 2 * rows) % rows;
     const std::size_t texel = (row / n) * options.width + column / n;
     const std::uint32_t bit = 1u << ((row % n) * n + column % n);
     if ((taken[texel] & bit) != 0) {
@@ -151,16 +163,21 @@ void BakeCanvas::PadEdge(const TilePoint& from,
     const double dx = to[0] * width - ax;
     const double dy = (1.0 - to[1]) * height - ay;
     const double square = dx * dx + dy * dy;
-    const auto first = [reach](double a, double d) {
-        return std::max(0.0, std::ceil(std::min(a, a + d) - reach - 0.5));
+    const bool repeat = options.repeat;
+    const auto first = [reach, repeat](double a, double d) {
+        const double texel = std::ceil(std::min(a, a + d) - reach - 0.5);
+        return repeat ? texel : std::max(0.0, texel);
     };
-    const auto last = [reach](double a, double d, double size) {
-        return std::min(size - 1.0, std::floor(std::max(a, a + d) + reach - 0.5));
+    const auto last = [reach, repeat](double a, double d, double size) {
+        const double texel = std::floor(std::max(a, a + d) + reach - 0.5);
+        return repeat ? texel : std::min(size - 1.0, texel);
+    };
+    const auto inside = [repeat](double texel, double size) {
+        return static_cast<std::size_t>(repeat ? texel - std::floor(texel / size) * size : texel);
     };
     for (double y = first(ay, dy); y <= last(ay, dy, height); y += 1.0) {
         for (double x = first(ax, dx); x <= last(ax, dx, width); x += 1.0) {
-            const std::size_t texel =
-                static_cast<std::size_t>(y) * options.width + static_cast<std::size_t>(x);
+            const std::size_t texel = inside(y, height) * options.width + inside(x, width);
             if (taken[texel] != 0) continue;
             const double px = x + 0.5 - ax;
             const double py = y + 0.5 - ay;

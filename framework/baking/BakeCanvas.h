@@ -42,6 +42,9 @@ public:
         bool directions = false;
         /// Distance from a surface's edge, in texels, up to which free texels are filled.
         std::uint32_t padding = 0;
+        /// What lies beyond an edge of the tile comes in over the opposite one; otherwise it is cut
+        /// off. Quads then lie within -1 to 2 and are at most as large as the tile.
+        bool repeat = false;
     };
     explicit BakeCanvas(const Options& options);
 

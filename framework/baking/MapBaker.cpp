@@ -62,6 +62,7 @@ BakeCanvas::Options CanvasOptions(const BakeOptions& options) {
     canvas.samplesPerSide = options.samples == 16 ? 4 : options.samples == 4 ? 2 : 1;
     canvas.directions = options.kind == MapKind::Normal;
     canvas.padding = options.padding;
+    canvas.repeat = options.repeat;
     return canvas;
 }
 
@@ -109,8 +110,13 @@ public:
     TilePainter(LevelMesh& ofLevel,
                 const LevelUvs& levelUvs,
                 const SurfaceFrames& surfaceFrames,
-                const std::vector<MapValue>& frameValues)
-        : level(ofLevel), uvs(levelUvs), frames(surfaceFrames), values(frameValues) {}
+                const std::vector<MapValue>& frameValues,
+                bool textureRepeats)
+        : level(ofLevel),
+          uvs(levelUvs),
+          frames(surfaceFrames),
+          values(frameValues),
+          repeat(textureRepeats) {}
 
     template <typename Progress>
     void Paint(const std::vector<std::uint32_t>& tileOfFace,
@@ -158,6 +164,13 @@ private:
                                  static_cast<double>(uv[1]) - tile.row};
             corners.values[k] = values[number];
         }
+        for (std::size_t i = 0; repeat && i < 2; ++i) {
+            const double middle = ((corners.points[0][i] + corners.points[1][i]) +
+                                   (corners.points[2][i] + corners.points[3][i])) *
+                                  0.25;
+            const double whole = std::floor(middle);
+            for (TilePoint& point : corners.points) point[i] -= whole;
+        }
         return corners;
     }
 
@@ -178,6 +191,7 @@ private:
     const LevelUvs& uvs;
     const SurfaceFrames& frames;
     const std::vector<MapValue>& values;
+    bool repeat;
 };
 
 MapValue NeutralOf(const BakeOptions& options) {
@@ -193,7 +207,7 @@ BakedMap BakeMap(LevelGeometry& geometry, const BakeOptions& options, const std:
     map.from = CheckedFrom(geometry, options);
     map.to = options.to;
     const LevelUvs uvs(geometry, map.from);
-    const std::vector<std::uint32_t> tileOfFace = TilesOfFaces(uvs, path);
+    const std::vector<std::uint32_t> tileOfFace = TilesOfFaces(uvs, path, options.repeat);
     std::set<std::uint32_t> numbers(tileOfFace.begin(), tileOfFace.end());
     numbers.erase(noMapTile);
     if (numbers.empty())
@@ -208,7 +222,7 @@ BakedMap BakeMap(LevelGeometry& geometry, const BakeOptions& options, const std:
         for (const MapValue& value : values)
             for (const float part : value) map.range = std::max(map.range, std::fabs(part));
 
-    TilePainter painter(fine, uvs, frames, values);
+    TilePainter painter(fine, uvs, frames, values, options.repeat);
     const std::uint64_t total = std::uint64_t{fine.faceCount} * numbers.size();
     std::uint64_t done = 0;
     BakeCanvas::Counts counts;

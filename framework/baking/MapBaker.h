@@ -28,6 +28,9 @@ struct BakeOptions {
     std::uint32_t samples = 4;
     /// Texels beside a surface's edge that are filled from it; at most 256.
     std::uint32_t padding = 8;
+    /// The texture repeats: faces outside 0 to 1 are laid where they come to lie inside, and what
+    /// crosses an edge of the map goes on at the opposite one. Without, they are refused.
+    bool repeat = false;
     /// Told now and then: faces done and their number. May be null.
     std::function<void(std::uint64_t done, std::uint64_t total)> progress = {};
 };

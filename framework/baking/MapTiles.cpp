@@ -12,7 +12,7 @@ namespace trovik {
 namespace {
 
 constexpr const char* mark = "<UDIM>";
-constexpr double slack = 1e-4;
+constexpr double slack = 1e-3;
 constexpr double columnCount = 10.0;
 constexpr double rowCount = 900.0;
 
@@ -36,6 +36,19 @@ double CellOf(double low, double high) {
     return low < cell - slack || high > cell + 1.0 + slack ? -1.0 : cell;
 }
 
+/// Numbers of texels are exact up to here.
+constexpr float farthest = 1000.0f;
+
+std::uint32_t RepeatedTile(const std::array<float, 2>& low,
+                           const std::array<float, 2>& high,
+                           const std::string& what) {
+    for (std::size_t i = 0; i < 2; ++i)
+        if (high[i] - low[i] > 1.0f || low[i] < -farthest || high[i] > farthest)
+            throw HostError("the UVs of " + what + ", " + Range(low, high) +
+                            ", reach over more than the texture, or lie too far from it");
+    return MapTile().Number();
+}
+
 }  // namespace
 
 bool HasTileMark(const std::string& path) { return path.find(mark) != std::string::npos; }
@@ -56,17 +69,19 @@ std::uint32_t TileOf(const std::array<float, 2>& low,
     const double row = CellOf(static_cast<double>(low[1]), static_cast<double>(high[1]));
     const bool isFirst = column == 0.0 && row == 0.0;
     if (!marked && !isFirst)
-        throw HostError("the UVs of " + what + ", " + Range(low, high) +
-                        ", lie outside 0 to 1; a file name with <UDIM> in it gives one map for "
-                        "each tile of the texture");
+        throw HostError(
+            "the UVs of " + what + ", " + Range(low, high) +
+            ", lie outside 0 to 1; <UDIM> in the file name gives a map for each tile of "
+            "the texture, and with \"repeat\" they are taken as a texture that repeats");
     if (column < 0.0 || column >= columnCount || row < 0.0 || row >= rowCount)
         throw HostError("the UVs of " + what + ", " + Range(low, high) +
                         ", do not lie within one tile of the texture");
     return MapTile{static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row)}.Number();
 }
 
-std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& path) {
+std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& path, bool repeat) {
     const bool marked = HasTileMark(path);
+    if (marked && repeat) throw HostError(path + ": a map of several tiles does not repeat");
     std::vector<std::uint32_t> tiles(uvs.BaseFaceCount(), noMapTile);
     for (std::uint32_t face = 0; face < uvs.BaseFaceCount(); ++face) {
         CornerValues<2> corners = {};
@@ -79,7 +94,8 @@ std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& 
                 high[i] = std::max(high[i], corners[k][i]);
             }
         }
-        tiles[face] = TileOf(low, high, "face " + std::to_string(face) + " of level 0", marked);
+        const std::string what = "face " + std::to_string(face) + " of level 0";
+        tiles[face] = repeat ? RepeatedTile(low, high, what) : TileOf(low, high, what, marked);
     }
     return tiles;
 }

@@ -28,10 +28,12 @@ bool HasTileMark(const std::string& path);
 std::string TilePath(const std::string& path, std::uint32_t number);
 
 /// Per face of level 0 the number of the tile that its UVs lie in, or noMapTile for a face without
-/// UVs. Corners may lie beyond the tile's border by 1/10000.
+/// UVs. Corners may lie beyond the tile's border by 1/1000, as rounding and hand leave them; what
+/// lies there is cut off.
 /// \throw HostError naming the face and its UVs where they cross the border of a tile, or lie where
-/// no tile is; and where `path` has no mark, but another tile than 1001 is needed.
-std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& path);
+/// no tile is; and where `path` has no mark, but another tile than 1001 is needed. With `repeat`
+/// all lie in tile 1001; refused are a mark, and faces larger than the texture.
+std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& path, bool repeat);
 
 /// The same for one place; it may lie on the border of the tile.
 /// \throw HostError as above. \param what  whose UVs they are, for the message.

@@ -38,6 +38,7 @@ void ScriptRunner::RunBake(const FieldReader& bake) {
     }
     options.samples = Count(bake, "samples", options.samples);
     options.padding = Count(bake, "padding", options.padding);
+    options.repeat = bake.FlagOr("repeat", options.repeat);
     options.progress = progress.file;
     MapFileOptions file;
     file.path = OutputPath(bake.At("file"));
