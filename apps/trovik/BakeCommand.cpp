@@ -110,8 +110,8 @@ void Bake(BakeCommandOptions options) {
                            reason.find(options.file.path) != std::string::npos;
         throw HostError(named ? reason : options.source + ": " + reason);
     }
+    if (!report.warning.empty()) line.Message(report.warning);
     line.Finish();
-    if (!report.warning.empty()) std::fprintf(stderr, "note: %s\n", report.warning.c_str());
     if (options.json)
         PrintJson(report);
     else if (!options.quiet)

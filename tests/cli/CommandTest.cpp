@@ -398,5 +398,75 @@ TEST_F(Command, ExportsConvertFromTheUnitsThatTheScriptTells) {
         "a glTF file is in metres with y up");
 }
 
+/// A 2 x 2 sheet of quads with UVs, arched.
+constexpr const char* sheetWithUvs =
+    "v 0 0 0\nv 1 0 0.3\nv 2 0 0\nv 0 1 0.2\nv 1 1 0.6\nv 2 1 0.2\nv 0 2 0\nv 1 2 0.3\nv 2 2 0\n"
+    "vt 0 0\nvt 0.5 0\nvt 1 0\nvt 0 0.5\nvt 0.5 0.5\nvt 1 0.5\nvt 0 1\nvt 0.5 1\nvt 1 1\n"
+    "f 1/1 2/2 5/5 4/4\nf 2/2 3/3 6/6 5/5\nf 4/4 5/5 8/8 7/7\nf 5/5 6/6 9/9 8/8\n";
+
+TEST_F(Command, BakesMapsAndLaysThemOnAgain) {
+    WriteFile("sheet.obj", sheetWithUvs);
+    WriteFile("s.json", R"({"mesh": "sheet.obj", "levels": 4, "steps": [
+        {"tool": "Sculpt", "set": {"radius": 0.4, "strength": 40}},
+        {"stroke": {"surface": [[0.6, 0.6, 0.4], [1.3, 1.3, 0.4]]}},
+        {"bake": {"file": "v.exr", "map": "vector", "size": [128, 64], "samples": 1}},
+        {"bake": {"file": "maps/d.png", "bits": 16, "size": 64, "to": 1, "padding": 0}},
+        {"save": "s.trovik"}, {"level": 0}, {"export": {"file": "base.obj"}},
+        {"deleteLevels": "higher"}, {"subdivide": 4}, {"export": {"file": "smooth.ply"}},
+        {"displace": {"file": "v.exr"}}, {"export": {"file": "displaced.ply"}},
+        {"undo": 1}, {"export": {"file": "undone.ply"}},
+        {"displace": {"file": "v.exr", "strength": 0.5}}]})");
+    const Outcome script = Run("sculpt s.json --json");
+    ASSERT_EQ(script.status, 0) << script.error;
+    EXPECT_NE(script.out.find("maps/d.png"), std::string::npos) << script.out;
+    EXPECT_FALSE(ReadAll(folder / "smooth.ply") == ReadAll(folder / "displaced.ply"));
+    EXPECT_TRUE(ReadAll(folder / "smooth.ply") == ReadAll(folder / "undone.ply"));
+
+    const Outcome baked =
+        Run("bake s.trovik -o again.exr --map vector --size 128 64 --samples 1 --json -q");
+    ASSERT_EQ(baked.status, 0) << baked.error;
+    EXPECT_TRUE(ReadAll(folder / "again.exr") == ReadAll(folder / "v.exr"));
+    EXPECT_NE(baked.out.find("\"coveredTexels\": 8192"), std::string::npos) << baked.out;
+    EXPECT_NE(baked.out.find("\"scale\": 1.0"), std::string::npos) << baked.out;
+    const Outcome told = Run("bake s.trovik -o n.png --map normal --size 16");
+    EXPECT_EQ(told.status, 0) << told.error;
+    EXPECT_NE(told.out.find("map        normal, tangent space, level 4 to level 0"),
+              std::string::npos)
+        << told.out;
+    EXPECT_NE(told.out.find("numbers    (v - 0.5) x 2"), std::string::npos) << told.out;
+
+    EXPECT_EQ(Run("convert s.trovik fine.obj").status, 0);
+    const Outcome found = Run("bake fine.obj --unsubdivide 3 -o f.tif --size 32 --json");
+    EXPECT_EQ(found.status, 0) << found.error;
+    EXPECT_NE(found.out.find("\"from\": 3"), std::string::npos) << found.out;
+}
+
+TEST_F(Command, WhatCannotBeBakedIsOneLine) {
+    WriteFile("bare.json",
+              R"({"mesh": "cube.obj", "levels": 1, "steps": [{"save": "bare.trovik"}]})");
+    ASSERT_EQ(Run("sculpt -q bare.json").status, 0);
+    EXPECT_EQ(Run("bake bare.trovik -o d.exr -q").error,
+              "trovik: bare.trovik: the mesh has no texture coordinates (UVs), and a map lies on "
+              "the texture\n");
+    EXPECT_EQ(Run("bake cube.obj -o d.exr -q").error,
+              "trovik: cube.obj: there is one level only; a scene has the levels that it was saved "
+              "with, and --unsubdivide finds those that a refined mesh came from\n");
+    EXPECT_EQ(Run("bake bare.trovik -o d.exr --map colour").status, 2);
+    EXPECT_EQ(Run("bake bare.trovik").status, 2);
+    EXPECT_EQ(Run("bake bare.trovik -o d.exr --samples 3").status, 2);
+    WriteFile("sheet.obj", sheetWithUvs);
+    ExpectScriptError(
+        R"({"mesh": "sheet.obj", "levels": 1, "steps": [{"bake": {"file": "d.exr", "to": 1}}]})",
+        "/steps/0/bake: a map tells how a finer level differs from a coarser one");
+    ExpectScriptError(R"({"mesh": "sheet.obj", "levels": 1, "steps": [
+                          {"bake": {"file": "d.png", "bits": "float"}}]})",
+                      "/steps/0/bake: d.png: a .png holds 16 bits and no floats");
+    ExpectScriptError(R"({"mesh": "sheet.obj", "steps": [{"displace": {"file": "none.exr"}}]})",
+                      "/steps/0/displace: cannot read none.exr");
+    ExpectScriptError(R"({"mesh": "sheet.obj", "steps": [{"stroke": {"open": true}},
+                          {"displace": {"file": "none.exr"}}]})",
+                      "/steps/1/displace: a stroke is open");
+}
+
 }  // namespace
 }  // namespace trovik::test
