@@ -6,7 +6,7 @@
 /// The bound of the tests: a map is linear within the faces, and a vertex reads the mean of texels
 /// at most one texel off in both directions, half a texel on average in each. So it errs by at most
 /// (step of the displacement from vertex to vertex) x (texel / face), and where the texture is
-/// skewed, as in triangles, by twice that.
+/// skewed, as in triangles, or the frame turns, by twice that.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "tests/baking/BakedMeshes.h"
