@@ -8,6 +8,8 @@ if(NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
     if(TROVIK_CCACHE)
         set(CMAKE_CXX_COMPILER_LAUNCHER
             "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}" CCACHE_NOHASHDIR=1
+            # Files that use precompiled headers count as the same by what these hold.
+            CCACHE_SLOPPINESS=pch_defines,time_macros
             "${TROVIK_CCACHE}")
     endif()
 endif()

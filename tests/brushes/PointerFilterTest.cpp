@@ -20,7 +20,7 @@ namespace {
 using Dabs = std::vector<RecordingBrush::Dab>;
 
 std::vector<PathSample> Stream(const std::string& name) {
-    return ReadPenStream(std::string(TROVIK_SOURCE_DIR) + "/tests/data/pointer/" + name + ".json");
+    return ReadPenStream(std::string(TROVIK_SOURCE_DIR "/tests/data/pointer/") + name + ".json");
 }
 
 class PointerFilterTest : public testing::Test, protected PathBench {
