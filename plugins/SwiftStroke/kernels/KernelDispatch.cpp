@@ -60,29 +60,6 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     return true;
 }
 
-void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
-    const uint32_t points = (1u << patchLevel) + 1;
-    const uint32_t* vertexTable =
-        SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(patchLevel)).array;
-    PackedNormal* normals = mesh->vertexNormals.array;
-    const HWVector scaleSquared = brushSpace->inverseScale * brushSpace->inverseScale;
-    for (uint32_t row = 0; row < points; ++row) {
-        const HWVector* cell = positionGrid + (row + 1) * gridStride + 1;
-        for (uint32_t column = 0; column < points; ++column, ++cell) {
-            const HWVector across = cell[-1] - cell[1];
-            const HWVector along = *(cell - gridStride) - *(cell + gridStride);
-            HWVector normal = (across & along) * scaleSquared;
-            normal.Normalize();
-            int integers[4];
-            normal.StoreNormalAsInt(integers);
-            PackedNormal& packed = normals[slice[*vertexTable++]];
-            packed.x = static_cast<int16_t>(integers[3]);
-            packed.y = static_cast<int16_t>(integers[2]);
-            packed.z = static_cast<int16_t>(integers[1]);
-        }
-    }
-}
-
 void SwiftStroke::NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase) {
     if (!renderSwiftStroke || !rendererTakesFaces) return;
     if (patchMesh == nullptr || patchMapMesh == nullptr) return;

@@ -22,6 +22,19 @@ TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
     return reached;
 }
 
+/// The second half of a vertex's turn, with its weight known: stamp, strength, displacement, write.
+/// \return whether the dab reached it.
+template <class Switches>
+TROVIK_FORCE_INLINE bool MoveVertex(const Switches& sw, DabConstants& dab, VertexState& v) {
+    v.weightVector = HWVector::Splat(v.weight);
+    if (sw.withStamp && ApplyStamp(sw, dab, v) == StageResult::OutOfReach)
+        return LeaveVertex(sw, dab, v, sw.withoutRadius);
+    Strengthen(sw, dab, v);
+    Displace(sw, dab, v);
+    WriteBack(sw, dab, v);
+    return true;
+}
+
 /// One vertex's turn. \return whether the dab reached it.
 template <class Switches>
 TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw,
@@ -51,15 +64,7 @@ TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw,
     }
 
     if (Weigh(sw, dab, v) == StageResult::OutOfReach) return LeaveVertex(sw, dab, v, false);
-    if (sw.withStamp) {
-        v.weightVector = HWVector::Splat(v.weight);
-        if (ApplyStamp(sw, dab, v) == StageResult::OutOfReach)
-            return LeaveVertex(sw, dab, v, sw.withoutRadius);
-    }
-    Strengthen(sw, dab, v);
-    Displace(sw, dab, v);
-    WriteBack(sw, dab, v);
-    return true;
+    return MoveVertex(sw, dab, v);
 }
 
 }  // namespace trovik

@@ -12,6 +12,7 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
     const uint32_t side = 1u << patchLevel;
     const uint32_t points = side + 1;
     const uint32_t count = points * points;
+    const uint32_t stride = gridStride;
     const uint32_t faceBase = facesPerPatch * patch;
     const auto level = static_cast<uint32_t>(patchLevel);
     const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
@@ -29,12 +30,10 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
     PatchVertexEntry* entry = patchVertexList;
     for (uint32_t row = 0; row < points; ++row) {
         const uint32_t* faces = faceTable + std::min(row, side - 1) * side;
-        const uint32_t firstCell = (row + 1) * gridStride + 1;
-        for (uint32_t column = 0; column < points; ++column, ++entry, ++vertexTable) {
-            entry->vertex = slice[*vertexTable];
-            entry->face = faces[column == 0 ? 0 : column - 1] + faceBase;
-            entry->cell = firstCell + column;
-        }
+        const uint32_t firstCell = (row + 1) * stride + 1;
+        *entry++ = {slice[*vertexTable++], faces[0] + faceBase, firstCell};
+        for (uint32_t column = 1; column < points; ++column)
+            *entry++ = {slice[*vertexTable++], faces[column - 1] + faceBase, firstCell + column};
     }
     return count;
 }

@@ -9,6 +9,20 @@ namespace trovik {
 /// ID of Wax in the catalogue: the one tool that a kernel knows by number.
 inline constexpr uint32_t waxToolId = 8;
 
+/// Wax alone scales its weight by the pressure, as far as the tool's bias lets the pressure speak.
+struct WaxScale {
+    explicit WaxScale(const SwiftStroke& brush) {
+        const BrushConfiguration* tool = brush.ActiveConfiguration();
+        if (tool == nullptr || tool->ID() != waxToolId) return;
+        const float bias = brush.BrushStrengthBias() * 0.01f;
+        applies = true;
+        scale = (1.0f - bias) * brush.dabPressure + bias;
+    }
+
+    bool applies = false;
+    float scale = 1.0f;
+};
+
 /// What stays the same for all vertices of a patch, gathered once so that the loop reads it from
 /// registers and the stack, and the bounds that the loop widens.
 struct DabConstants {
@@ -34,12 +48,9 @@ struct DabConstants {
           dabStamp(swiftStroke.dabStamp),
           facingActive(CheckableFloatArray::s_bActive),
           mirroredStamp(mirroredStampRead) {
-        const BrushConfiguration* tool = swiftStroke.ActiveConfiguration();
-        if (tool != nullptr && tool->ID() == waxToolId) {
-            const float bias = swiftStroke.BrushStrengthBias() * 0.01f;
-            scaleAsWax = true;
-            waxScale = (1.0f - bias) * dabPressure + bias;
-        }
+        const WaxScale wax(swiftStroke);
+        scaleAsWax = wax.applies;
+        waxScale = wax.scale;
     }
 
     /// Gives the widened bounds back to the brush.
@@ -95,6 +106,12 @@ struct VertexState {
 
 enum class StageResult { Continue, OutOfReach };
 
+/// x, y, z in plain order, and anything behind them, as a vector with w 0.
+TROVIK_FORCE_INLINE HWVector ReversedXyz(__m128 plain) {
+    const __m128 reversed = _mm_shuffle_ps(plain, plain, _MM_SHUFFLE(0, 1, 2, 3));
+    return HWVector(_mm_and_ps(reversed, _mm_castsi128_ps(_mm_setr_epi32(0, -1, -1, -1))));
+}
+
 /// A packed normal's components as floats; not normalised further.
 TROVIK_FORCE_INLINE Vector UnpackNormal(const PackedNormal& normal) {
     return {static_cast<float>(normal.x) * packedNormalToFloat,
@@ -102,7 +119,28 @@ TROVIK_FORCE_INLINE Vector UnpackNormal(const PackedNormal& normal) {
             static_cast<float>(normal.z) * packedNormalToFloat};
 }
 
-TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) { return {v.x, v.y, v.z, 0.0f}; }
+/// A record's normal as floats, w 0: the same numbers as UnpackNormal's.
+TROVIK_FORCE_INLINE HWVector NormalOf(const StoredVertexInfo& record) {
+    const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&record.originalNormal));
+    // Each word into the upper half of a lane, and down again with its sign.
+    const __m128i lanes = _mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16);
+    const __m128 numbers = _mm_mul_ps(_mm_cvtepi32_ps(lanes), _mm_set1_ps(packedNormalToFloat));
+    return ReversedXyz(numbers);
+}
+
+/// The position of a vertex, w 0. Position and link are read as one and the link is cut off.
+TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) {
+    return ReversedXyz(_mm_loadu_ps(reinterpret_cast<const float*>(&v)));
+}
+
+/// Writes x, y and z and leaves the link as it is, in one store.
+TROVIK_FORCE_INLINE void StorePosition(Vertex& v, const HWVector& position) {
+    auto* words = reinterpret_cast<float*>(&v);
+    const __m128 linkOnly = _mm_castsi128_ps(_mm_setr_epi32(0, 0, 0, -1));
+    const __m128 xyz = _mm_shuffle_ps(position.lanes, position.lanes, _MM_SHUFFLE(0, 1, 2, 3));
+    _mm_storeu_ps(
+        words, _mm_or_ps(_mm_andnot_ps(linkOnly, xyz), _mm_and_ps(linkOnly, _mm_loadu_ps(words))));
+}
 
 /// World position of a mesh-local point as a position, w 0: the 1 of the matrix's last row must not
 /// enter distances.

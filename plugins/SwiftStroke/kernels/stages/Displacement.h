@@ -78,8 +78,7 @@ TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
 /// Turns the weight into a displacement, mesh-local.
 template <class Switches>
 TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, VertexState& v) {
-    const HWVector dir =
-        sw.alongVertexNormal ? HWVector(UnpackNormal(v.record->originalNormal)) : dab.direction;
+    const HWVector dir = sw.alongVertexNormal ? NormalOf(*v.record) : dab.direction;
     const bool byVectorStamp = sw.withStamp && dab.brush.stampIsVector;
     HWVector displacement;
     switch (sw.family) {

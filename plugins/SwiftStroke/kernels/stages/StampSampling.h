@@ -35,25 +35,28 @@ TROVIK_FORCE_INLINE StampPlace PlaceOnStamp(const BrushSpace& space, const HWVec
 
 /// First-touch position of the vertex across the topological mirror, so that a stamp looks the same
 /// on both sides of a mesh whose halves are not mirror images in space. A vertex with no mirror
-/// image keeps its own. May make a record, so the state's record is looked up again.
-inline HWVector MirroredStartPosition(const DabConstants& dab, VertexState& v, bool throughLayer) {
-    const uint32_t corners = dab.mesh.CornersPerFace();
+/// image keeps its own. May make a record; the caller looks its own up again. Takes nothing of the
+/// loop by reference, which would chain the loop's variables to memory.
+inline Vector MirroredStartPosition(const SwiftStroke& brush,
+                                    uint32_t vertex,
+                                    uint32_t face,
+                                    bool throughLayer) {
+    SubdivisionLevel& mesh = *brush.mesh;
+    MeshChange& change = *brush.CurrentChange();
+    Vertex* vertices = mesh.vertices.array;
+    const uint32_t corners = mesh.CornersPerFace();
     int32_t mirrored = -1;
-    uint32_t mirrorFace = 0;
+    uint32_t mirrorFace = face;
     uint32_t mirrorCorner = 0;
     for (uint32_t corner = 0; corner < corners; ++corner) {
-        if (dab.mesh.faceVertexIndices[v.face * corners + corner] != v.vertex) continue;
-        mirrored = dab.mesh.MirrorVertex(v.face, corner, &mirrorFace, &mirrorCorner);
+        if (mesh.faceVertexIndices[face * corners + corner] != vertex) continue;
+        mirrored = mesh.MirrorVertex(face, corner, &mirrorFace, &mirrorCorner);
         break;
     }
-    if (mirrored < 0) return v.startPosition;
-    const auto vertex = static_cast<uint32_t>(mirrored);
-    const StoredVertexInfo& other =
-        TouchRecord(dab.change, vertex, mirrorFace, dab.vertices[vertex], throughLayer);
-    const HWVector position(
-        other.originalPosition[0], other.originalPosition[1], other.originalPosition[2], 0.0f);
-    v.record = FindRecord(dab.change, v.vertex, v.vertexRecord->changeLink);
-    return position;
+    const uint32_t source = mirrored < 0 ? vertex : static_cast<uint32_t>(mirrored);
+    const StoredVertexInfo& record =
+        TouchRecord(change, source, mirrorFace, vertices[source], throughLayer);
+    return {record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]};
 }
 
 /// Brings a coordinate into [0, size) as repeated additions of the size would, in one step.
@@ -114,8 +117,11 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
                                             VertexState& v) {
     const SwiftStroke& brush = dab.brush;
     StampPlace place = PlaceOnStamp(dab.space, v.startPosition);
-    if (dab.mirroredStamp)
-        place = PlaceOnStamp(dab.space, MirroredStartPosition(dab, v, sw.throughLayer));
+    if (dab.mirroredStamp) {
+        const Vector across = MirroredStartPosition(dab.brush, v.vertex, v.face, sw.throughLayer);
+        place = PlaceOnStamp(dab.space, HWVector(across));
+        v.record = FindRecord(dab.change, v.vertex, v.vertexRecord->changeLink);
+    }
 
     if (sw.tiledStamp) {
         // A stamp without pixels covers nothing; where it is not tiled, the range says so.

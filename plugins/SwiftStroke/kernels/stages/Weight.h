@@ -9,21 +9,23 @@ namespace trovik {
 /// How much of the tool a surface takes by its angle to the view, 0 to 1: full below
 /// facingAngleStart, none beyond start + range. The camera is asked for each vertex; the path
 /// stands behind one flag.
-inline float FacingFactor(const DabConstants& dab, const VertexState& v) {
-    const Vector normal = UnpackNormal(v.record->originalNormal);
+inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& record) {
+    const Vector normal = UnpackNormal(record.originalNormal);
     const Vector origin;
     Vector eyeWorld, eye;
     g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&eyeWorld, &origin, 1.0f);
-    dab.mesh.Geometry()->Transformation()->WorldToLocal(&eye, &eyeWorld, 1.0f);
-    Vector toEye = eye - static_cast<Vector>(v.startPosition);
+    brush.mesh->Geometry()->Transformation()->WorldToLocal(&eye, &eyeWorld, 1.0f);
+    Vector toEye =
+        eye -
+        Vector(record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]);
     toEye.Normalize();
     const float cosine = (toEye.y * normal.y + toEye.x * normal.x) + toEye.z * normal.z;
     float angle = acosf(cosine) * 57.29578f;
     // Rounding can bring the cosine past 1; such a surface faces the view fully.
     if (std::isnan(angle)) angle = 0.0f;
 
-    const float start = dab.brush.facingAngleStart;
-    const float range = dab.brush.facingAngleRange;
+    const float start = brush.facingAngleStart;
+    const float range = brush.facingAngleRange;
     if (start > angle) return 1.0f;
     if (angle > start + range) return 0.0f;
     // A range of 0 leaves only the angle that is exactly the start: it still counts as facing.
@@ -36,7 +38,7 @@ inline float FacingFactor(const DabConstants& dab, const VertexState& v) {
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& dab, VertexState& v) {
     float facing = 1.0f;
-    if (dab.facingActive) facing = FacingFactor(dab, v);
+    if (dab.facingActive) facing = FacingFactor(dab.brush, *v.record);
 
     if (!sw.withoutRadius) {
         const HWVector toCenter = dab.center - v.measured;

@@ -20,9 +20,7 @@ TROVIK_FORCE_INLINE void WriteBack(const Switches& sw, DabConstants& dab, Vertex
         moved = PositionOf(*v.vertexRecord);
     } else {
         moved = v.current + v.displacement;
-        v.vertexRecord->x = moved.X();
-        v.vertexRecord->y = moved.Y();
-        v.vertexRecord->z = moved.Z();
+        StorePosition(*v.vertexRecord, moved);
     }
     if (sw.withGrid) dab.positionGrid[v.cell] = moved;
 

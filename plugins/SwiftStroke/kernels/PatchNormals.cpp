@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Normals of a patch by central differences over its grid. Four neighbouring cells of a row are
+/// turned into four x, four y and four z, and every number is then made by the operations that
+/// HWVector's products and Normalize make, in their order.
+#include "brush/SwiftStroke.h"
+
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+/// One component of four vectors in each.
+struct Components {
+    __m128 x, y, z;
+};
+
+TROVIK_FORCE_INLINE Components Transposed(const __m128 (&v)[4]) {
+    // Lanes from low to high are w z y x; w is not wanted.
+    const __m128 zw01 = _mm_unpacklo_ps(v[0], v[1]);
+    const __m128 zw23 = _mm_unpacklo_ps(v[2], v[3]);
+    const __m128 xy01 = _mm_unpackhi_ps(v[0], v[1]);
+    const __m128 xy23 = _mm_unpackhi_ps(v[2], v[3]);
+    return {_mm_movehl_ps(xy23, xy01), _mm_movelh_ps(xy01, xy23), _mm_movehl_ps(zw23, zw01)};
+}
+
+/// x and y of four packed normals as one word each, and their z.
+struct PackedFour {
+    alignas(16) uint32_t xy[4];
+    alignas(16) uint32_t z[4];
+};
+
+TROVIK_FORCE_INLINE __m128 Difference(__m128 a, __m128 b, __m128 c, __m128 d) {
+    return _mm_sub_ps(_mm_mul_ps(a, b), _mm_mul_ps(c, d));
+}
+
+/// Normals at `cell` and the three cells behind it.
+TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
+                                  uint32_t stride,
+                                  const Components& scale,
+                                  PackedFour& out) {
+    __m128 sides[4];
+    __m128 rows[4];
+    for (int i = 0; i < 4; ++i) {
+        sides[i] = _mm_sub_ps(cell[i - 1].lanes, cell[i + 1].lanes);
+        rows[i] = _mm_sub_ps((cell + i - stride)->lanes, (cell + i + stride)->lanes);
+    }
+    const Components across = Transposed(sides);
+    const Components along = Transposed(rows);
+    Components n;
+    n.x = _mm_mul_ps(Difference(across.y, along.z, across.z, along.y), scale.x);
+    n.y = _mm_mul_ps(Difference(across.z, along.x, across.x, along.z), scale.y);
+    n.z = _mm_mul_ps(Difference(across.x, along.y, across.y, along.x), scale.z);
+
+    const __m128 dot =
+        _mm_add_ps(_mm_mul_ps(n.z, n.z), _mm_add_ps(_mm_mul_ps(n.y, n.y), _mm_mul_ps(n.x, n.x)));
+    const __m128 one = _mm_set1_ps(1.0f);
+    // A vector whose product is 0 stays as it is; times 1 it does.
+    const __m128 isZero = _mm_cmpeq_ps(dot, _mm_setzero_ps());
+    const __m128 inverse = _mm_div_ps(one, _mm_sqrt_ps(dot));
+    const __m128 factor = _mm_or_ps(_mm_andnot_ps(isZero, inverse), _mm_and_ps(isZero, one));
+    const auto words = [factor](__m128 component) {
+        const __m128 unit = _mm_mul_ps(component, factor);
+        return _mm_cvtps_epi32(_mm_mul_ps(unit, _mm_set1_ps(32767.0f)));
+    };
+    // The lower half of each word, as a narrowing conversion takes it: no saturation.
+    const __m128i lowX = _mm_srli_epi32(_mm_slli_epi32(words(n.x), 16), 16);
+    _mm_store_si128(reinterpret_cast<__m128i*>(out.xy),
+                    _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16)));
+    _mm_store_si128(reinterpret_cast<__m128i*>(out.z), words(n.z));
+}
+
+/// The fourth word is the host's and is not touched.
+TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint32_t xy, uint32_t z) {
+    std::memcpy(&normal, &xy, sizeof xy);
+    normal.z = static_cast<int16_t>(z);
+}
+
+}  // namespace
+
+void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
+    const uint32_t points = (1u << patchLevel) + 1;
+    const uint32_t* vertexTable =
+        SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(patchLevel)).array;
+    PackedNormal* normals = mesh->vertexNormals.array;
+    const HWVector scaleSquared = brushSpace->inverseScale * brushSpace->inverseScale;
+    const Components scale = {_mm_set1_ps(scaleSquared.X()),
+                              _mm_set1_ps(scaleSquared.Y()),
+                              _mm_set1_ps(scaleSquared.Z())};
+    const uint32_t stride = gridStride;
+    PackedFour packed;
+    for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
+        const HWVector* cells = positionGrid + (row + 1) * stride + 1;
+        uint32_t column = 0;
+        for (; column + 4 <= points; column += 4) {
+            PackFour(cells + column, stride, scale, packed);
+            for (uint32_t i = 0; i < 4; ++i)
+                StoreNormal(normals[slice[vertexTable[column + i]]], packed.xy[i], packed.z[i]);
+        }
+        if (column == points) continue;
+        // The last one to three, from a copy: the grid ends behind them.
+        HWVector rest[3][6];
+        const uint32_t left = points - column;
+        for (uint32_t i = 0; i < 6; ++i) {
+            const uint32_t from = column + (i < left + 2 ? i : left + 1);
+            for (uint32_t r = 0; r < 3; ++r) rest[r][i] = *(cells + from + r * stride - stride - 1);
+        }
+        PackFour(rest[1] + 1, 6, scale, packed);
+        for (uint32_t i = 0; i < left; ++i)
+            StoreNormal(normals[slice[vertexTable[column + i]]], packed.xy[i], packed.z[i]);
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "brush/SwiftStroke.h"
+
+/// \file
+/// Up to 64 vertices of a patch's work list on their way through look-up, mark, distance and
+/// weight. These stages do not depend on each other from vertex to vertex, so they run over a batch
+/// as plain loops that a vector unit takes several vertices of at a time; what has an order
+/// (stamps, layers, averaging, bounds, notices) follows vertex by vertex in the order of the list.
+///
+/// Every number is made by the operations of the vertex step in the order of the vertex step, so
+/// that a batch of any length and any vector width gives the same bits.
+namespace trovik {
+
+struct VertexBatch {
+    static constexpr uint32_t capacity = 64;
+
+    /// First-touch position, and in the fourth place the mark that the record bore before this dab.
+    alignas(32) float start[capacity][4];
+    /// The falloff's weight; with build-up where the family has one.
+    alignas(32) float weight[capacity];
+    /// In: the record's build-up. Out: the same with this dab's weight added.
+    alignas(32) float buildUp[capacity];
+    /// Facing factors; set only while the facing angle counts.
+    alignas(32) float facing[capacity];
+    StoredVertexInfo* records[capacity];
+};
+
+/// What the weights of a patch are made from.
+struct WeighTerms {
+    explicit WeighTerms(const SwiftStroke& brush);
+
+    float center[3];
+    float radiusSquared;
+    const float* falloffTable;
+    uint32_t falloffLast;
+    float falloffScale;
+    float buildUpRateCubed;
+    float dabPressure;
+    uint32_t dabStamp;
+    bool facingActive;
+    bool scaleAsWax = false;
+    float waxScale = 1.0f;
+    const BrushSpace* space;
+};
+
+/// Looks up the records of `count` entries, makes those that are missing, and marks them all with
+/// `dabStamp`. \return how many were taken: fewer than `count` where memory for a record was
+/// refused. Errors: those of MeshChange::Add_uncached, when not even the first could be taken.
+uint32_t TouchBatch(const PatchVertexEntry* entries,
+                    uint32_t count,
+                    Vertex* vertices,
+                    MeshChange& change,
+                    uint32_t dabStamp,
+                    bool withLayerSlot,
+                    VertexBatch& batch);
+
+/// Bit i: vertex i of the batch bore no mark of this dab yet.
+uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
+
+/// Whether a vertex that was already marked lies within the radius: what lets a patch of a mesh
+/// without quads count as reached by a vertex that another patch has moved.
+bool MarkedWithinReach(const VertexBatch& batch,
+                       uint32_t count,
+                       const WeighTerms& terms,
+                       bool inWorldSpace);
+
+/// Fills `facing` for the vertices that the dab sees first. Asks the camera for each.
+void FaceBatch(const SwiftStroke& brush,
+               uint32_t count,
+               const WeighTerms& terms,
+               VertexBatch& batch);
+
+/// Which weights: build-up belongs to pushing; with a stamp it is counted later.
+enum class BuildUp { None, Damps, DampsAndGrows };
+
+/// Weights of a batch. \return bit i: vertex i is new in this dab and within the radius; the
+/// weights of the others mean nothing.
+template <BuildUp buildUp, bool inWorldSpace>
+uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch);
+
+}  // namespace trovik
