@@ -16,8 +16,8 @@ STAMP, LAYER, NOTIFY = 1, 16, 256
 
 
 def kernel_index(name):
-    """The index of a demangled kernel; trailing false members are left out of its name."""
-    found = re.search(r"PatchKernel<trovik::KernelSwitches\{([^}]*)\}>", name)
+    """The index of a demangled kernel or of its loop; trailing false members are left out of the name."""
+    found = re.search(r"(?:PatchKernel|MoveBatch)<trovik::KernelSwitches\{([^}]*)\}>", name)
     if not found:
         return None
     words = [word.strip() for word in found.group(1).split(",") if word.strip()]

@@ -8,6 +8,8 @@
 namespace trovik {
 
 class PatchMap;
+struct DabConstants;
+struct VertexBatch;
 enum class Tool : uint32_t;
 
 /// One entry of a patch kernel's work list.
@@ -115,6 +117,10 @@ public:
     // --- Kernels (kernels/) ---
     template <KernelSwitches switches>
     bool PatchKernel(uint32_t face);
+    /// What all kernels have in common, with the loop of one: see kernels/batch/RunPatch.cpp.
+    using BatchMover = bool (*)(
+        DabConstants&, const PatchVertexEntry*, uint32_t count, uint64_t turns, const VertexBatch&);
+    bool RunPatch(uint32_t face, const KernelSwitches& switches, BatchMover move);
     /// The switches of this dab, all but withFreeze.
     KernelSwitches DabSwitches() const;
     /// The same with withFreeze, which the mesh is asked anew for every patch.

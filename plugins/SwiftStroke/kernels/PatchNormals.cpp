@@ -6,6 +6,7 @@
 /// HWVector's products and Normalize make, in their order.
 #include "brush/SwiftStroke.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace trovik {
@@ -17,12 +18,12 @@ struct Components {
     __m128 x, y, z;
 };
 
-TROVIK_FORCE_INLINE Components Transposed(const __m128 (&v)[4]) {
+TROVIK_FORCE_INLINE Components Transposed(__m128 v0, __m128 v1, __m128 v2, __m128 v3) {
     // Lanes from low to high are w z y x; w is not wanted.
-    const __m128 zw01 = _mm_unpacklo_ps(v[0], v[1]);
-    const __m128 zw23 = _mm_unpacklo_ps(v[2], v[3]);
-    const __m128 xy01 = _mm_unpackhi_ps(v[0], v[1]);
-    const __m128 xy23 = _mm_unpackhi_ps(v[2], v[3]);
+    const __m128 zw01 = _mm_unpacklo_ps(v0, v1);
+    const __m128 zw23 = _mm_unpacklo_ps(v2, v3);
+    const __m128 xy01 = _mm_unpackhi_ps(v0, v1);
+    const __m128 xy23 = _mm_unpackhi_ps(v2, v3);
     return {_mm_movehl_ps(xy23, xy01), _mm_movelh_ps(xy01, xy23), _mm_movehl_ps(zw23, zw01)};
 }
 
@@ -41,14 +42,12 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
                                   uint32_t stride,
                                   const Components& scale,
                                   PackedFour& out) {
-    __m128 sides[4];
-    __m128 rows[4];
-    for (int i = 0; i < 4; ++i) {
-        sides[i] = _mm_sub_ps(cell[i - 1].lanes, cell[i + 1].lanes);
-        rows[i] = _mm_sub_ps((cell + i - stride)->lanes, (cell + i + stride)->lanes);
-    }
-    const Components across = Transposed(sides);
-    const Components along = Transposed(rows);
+    const auto side = [cell](int i) { return _mm_sub_ps(cell[i - 1].lanes, cell[i + 1].lanes); };
+    const HWVector* above = cell - stride;
+    const HWVector* below = cell + stride;
+    const auto step = [=](int i) { return _mm_sub_ps(above[i].lanes, below[i].lanes); };
+    const Components across = Transposed(side(0), side(1), side(2), side(3));
+    const Components along = Transposed(step(0), step(1), step(2), step(3));
     Components n;
     n.x = _mm_mul_ps(Difference(across.y, along.z, across.z, along.y), scale.x);
     n.y = _mm_mul_ps(Difference(across.z, along.x, across.x, along.z), scale.y);
@@ -93,23 +92,28 @@ void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
     PackedFour packed;
     for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
         const HWVector* cells = positionGrid + (row + 1) * stride + 1;
-        uint32_t column = 0;
-        for (; column + 4 <= points; column += 4) {
-            PackFour(cells + column, stride, scale, packed);
-            for (uint32_t i = 0; i < 4; ++i)
-                StoreNormal(normals[slice[vertexTable[column + i]]], packed.xy[i], packed.z[i]);
+        if (points >= 4) {
+            for (uint32_t column = 0; column < points; column += 4) {
+                // The last four end at the row's end and make some normals again.
+                const uint32_t first = std::min(column, points - 4);
+                const uint32_t* places = vertexTable + first;
+                PackFour(cells + first, stride, scale, packed);
+                StoreNormal(normals[slice[places[0]]], packed.xy[0], packed.z[0]);
+                StoreNormal(normals[slice[places[1]]], packed.xy[1], packed.z[1]);
+                StoreNormal(normals[slice[places[2]]], packed.xy[2], packed.z[2]);
+                StoreNormal(normals[slice[places[3]]], packed.xy[3], packed.z[3]);
+            }
+            continue;
         }
-        if (column == points) continue;
-        // The last one to three, from a copy: the grid ends behind them.
+        // A row of two or three from a copy, since the grid ends behind it.
         HWVector rest[3][6];
-        const uint32_t left = points - column;
         for (uint32_t i = 0; i < 6; ++i) {
-            const uint32_t from = column + (i < left + 2 ? i : left + 1);
+            const uint32_t from = std::min(i, points + 1);
             for (uint32_t r = 0; r < 3; ++r) rest[r][i] = *(cells + from + r * stride - stride - 1);
         }
         PackFour(rest[1] + 1, 6, scale, packed);
-        for (uint32_t i = 0; i < left; ++i)
-            StoreNormal(normals[slice[vertexTable[column + i]]], packed.xy[i], packed.z[i]);
+        for (uint32_t i = 0; i < points; ++i)
+            StoreNormal(normals[slice[vertexTable[i]]], packed.xy[i], packed.z[i]);
     }
 }
 

@@ -8,26 +8,21 @@ namespace trovik {
 
 namespace {
 
-/// Makes the records that a batch lacks. The records may move with each, so all of the batch are
-/// found again afterwards.
-uint32_t MakeRecords(const PatchVertexEntry* entries,
-                     uint32_t count,
-                     Vertex* vertices,
-                     MeshChange& change,
-                     bool withLayerSlot) {
-    for (uint32_t i = 0; i < count; ++i) {
-        const PatchVertexEntry& entry = entries[i];
-        Vertex& vertex = vertices[entry.vertex];
-        if (FindRecord(change, entry.vertex, vertex.changeLink) != nullptr) continue;
-        try {
-            change.Add_uncached(entry.vertex, entry.face, vertex, withLayerSlot);
-        } catch (...) {
-            // Those before take their turn; the next batch begins here and meets the refusal again.
-            if (i == 0) throw;
-            return i;
-        }
+/// Makes the record of a vertex that has none. \return false where memory was refused and the batch
+/// can end before this vertex: those before it take their turn, and the next batch begins here and
+/// meets the refusal again.
+bool MakeRecord(const PatchVertexEntry& entry,
+                Vertex& vertex,
+                MeshChange& change,
+                bool withLayerSlot,
+                bool isFirst) {
+    try {
+        change.Add_uncached(entry.vertex, entry.face, vertex, withLayerSlot);
+    } catch (...) {
+        if (isFirst) throw;
+        return false;
     }
-    return count;
+    return true;
 }
 
 }  // namespace
@@ -40,29 +35,26 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
                     bool withLayerSlot,
                     VertexBatch& batch) {
     StoredVertexInfo* records = change.records->array;
-    const uint32_t recordCount = *change.recordCount;
-    bool complete = true;
+    uint32_t recordCount = *change.recordCount;
     for (uint32_t i = 0; i < count; ++i) {
-        const uint32_t link = vertices[entries[i].vertex].changeLink;
-        if (link >= recordCount || records[link].vertexIndex != entries[i].vertex) [[unlikely]] {
-            complete = false;
-            break;
+        const uint32_t vertex = entries[i].vertex;
+        const uint32_t link = vertices[vertex].changeLink;
+        StoredVertexInfo* record = records + link;
+        if (link >= recordCount || record->vertexIndex != vertex) [[unlikely]] {
+            if (!MakeRecord(entries[i], vertices[vertex], change, withLayerSlot, i == 0)) return i;
+            // The records may have moved.
+            for (uint32_t k = 0; k < i && records != change.records->array; ++k)
+                batch.records[k] = change.records->array + (batch.records[k] - records);
+            records = change.records->array;
+            recordCount = *change.recordCount;
+            record = records + vertices[vertex].changeLink;
         }
-        batch.records[i] = records + link;
-    }
-    if (!complete) {
-        count = MakeRecords(entries, count, vertices, change, withLayerSlot);
-        records = change.records->array;
-        for (uint32_t i = 0; i < count; ++i)
-            batch.records[i] = records + vertices[entries[i].vertex].changeLink;
-    }
-    // Position and mark lie side by side and travel together. One by one, since a patch that is
-    // glued to itself lists a vertex twice: the second turn finds the mark of the first.
-    for (uint32_t i = 0; i < count; ++i) {
-        StoredVertexInfo& record = *batch.records[i];
-        _mm_store_ps(batch.start[i], _mm_loadu_ps(reinterpret_cast<const float*>(&record)));
-        batch.buildUp[i] = record.buildUp;
-        record.visitStampWord = dabStamp;
+        // Position and mark lie side by side and travel together. Each mark is stored before the
+        // next one is read: a patch that is glued to itself lists a vertex twice.
+        batch.records[i] = record;
+        _mm_store_ps(batch.start[i], _mm_loadu_ps(reinterpret_cast<const float*>(record)));
+        batch.buildUp[i] = record->buildUp;
+        record->visitStampWord = dabStamp;
     }
     return count;
 }

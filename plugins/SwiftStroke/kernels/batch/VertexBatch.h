@@ -13,6 +13,8 @@
 /// that a batch of any length and any vector width gives the same bits.
 namespace trovik {
 
+struct DabConstants;
+
 struct VertexBatch {
     static constexpr uint32_t capacity = 64;
 
@@ -29,7 +31,7 @@ struct VertexBatch {
 
 /// What the weights of a patch are made from.
 struct WeighTerms {
-    explicit WeighTerms(const SwiftStroke& brush);
+    explicit WeighTerms(const DabConstants& dab);
 
     float center[3];
     float radiusSquared;
@@ -40,8 +42,8 @@ struct WeighTerms {
     float dabPressure;
     uint32_t dabStamp;
     bool facingActive;
-    bool scaleAsWax = false;
-    float waxScale = 1.0f;
+    bool scaleAsWax;
+    float waxScale;
     const BrushSpace* space;
 };
 

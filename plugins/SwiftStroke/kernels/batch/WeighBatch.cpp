@@ -14,51 +14,63 @@ struct Lanes {
     __m128 x, y, z;
 };
 
-/// The same place as ToWorld gives it, component by component.
-TROVIK_FORCE_INLINE Lanes LanesToWorld(const BrushSpace& space, const Lanes& p) {
-    const HWVector* rows = space.meshToWorld;
-    const auto component = [&](float r0, float r1, float r2, float r3) {
-        const __m128 far = _mm_add_ps(_mm_mul_ps(_mm_set1_ps(r2), p.z), _mm_set1_ps(r3));
-        const __m128 nearer = _mm_add_ps(far, _mm_mul_ps(_mm_set1_ps(r1), p.y));
-        return _mm_add_ps(nearer, _mm_mul_ps(_mm_set1_ps(r0), p.x));
-    };
-    return {component(rows[0].X(), rows[1].X(), rows[2].X(), rows[3].X()),
-            component(rows[0].Y(), rows[1].Y(), rows[2].Y(), rows[3].Y()),
-            component(rows[0].Z(), rows[1].Z(), rows[2].Z(), rows[3].Z())};
-}
+/// The same places as ToWorld gives them, component by component.
+class LanesToWorld {
+public:
+    explicit LanesToWorld(const BrushSpace& space) {
+        for (int row = 0; row < 4; ++row) {
+            const HWVector& r = space.meshToWorld[row];
+            rows[row] = {_mm_set1_ps(r.X()), _mm_set1_ps(r.Y()), _mm_set1_ps(r.Z())};
+        }
+    }
+    Lanes operator()(const Lanes& p) const {
+        return {Component(p, &Lanes::x), Component(p, &Lanes::y), Component(p, &Lanes::z)};
+    }
 
-/// Squared distances of four vertices from the centre, added in the order of HWVector's product.
-TROVIK_FORCE_INLINE __m128 DistanceSquared(const WeighTerms& terms, const Lanes& p) {
-    const __m128 dx = _mm_sub_ps(_mm_set1_ps(terms.center[0]), p.x);
-    const __m128 dy = _mm_sub_ps(_mm_set1_ps(terms.center[1]), p.y);
-    const __m128 dz = _mm_sub_ps(_mm_set1_ps(terms.center[2]), p.z);
-    return _mm_add_ps(_mm_mul_ps(dz, dz), _mm_add_ps(_mm_mul_ps(dy, dy), _mm_mul_ps(dx, dx)));
-}
+private:
+    TROVIK_FORCE_INLINE __m128 Component(const Lanes& p, __m128 Lanes::*of) const {
+        const __m128 far = _mm_add_ps(_mm_mul_ps(rows[2].*of, p.z), rows[3].*of);
+        const __m128 nearer = _mm_add_ps(far, _mm_mul_ps(rows[1].*of, p.y));
+        return _mm_add_ps(nearer, _mm_mul_ps(rows[0].*of, p.x));
+    }
+
+    Lanes rows[4];
+};
 
 }  // namespace
 
-WeighTerms::WeighTerms(const SwiftStroke& brush)
-    : center{brush.brushSpace->center.X(),
-             brush.brushSpace->center.Y(),
-             brush.brushSpace->center.Z()},
-      radiusSquared(brush.radiusSquared),
-      falloffTable(brush.falloffTable),
-      falloffLast(static_cast<uint32_t>(brush.falloffLast)),
-      falloffScale(brush.falloffScale),
-      buildUpRateCubed(brush.buildUpRateCubed),
-      dabPressure(brush.dabPressure),
-      dabStamp(brush.dabStamp),
-      facingActive(CheckableFloatArray::s_bActive),
-      space(brush.brushSpace) {
-    const WaxScale wax(brush);
-    scaleAsWax = wax.applies;
-    waxScale = wax.scale;
-}
+WeighTerms::WeighTerms(const DabConstants& dab)
+    : center{dab.center.X(), dab.center.Y(), dab.center.Z()},
+      radiusSquared(dab.radiusSquared),
+      falloffTable(dab.falloffTable),
+      falloffLast(dab.falloffLast),
+      falloffScale(dab.falloffScale),
+      buildUpRateCubed(dab.buildUpRateCubed),
+      dabPressure(dab.dabPressure),
+      dabStamp(dab.dabStamp),
+      facingActive(dab.facingActive),
+      scaleAsWax(dab.scaleAsWax),
+      waxScale(dab.waxScale),
+      space(&dab.space) {}
 
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch) {
+    // Taken out of `terms` before the loop, which writes numbers that might be those.
     const __m128i mark = _mm_set1_epi32(std::bit_cast<int32_t>(terms.dabStamp));
     const __m128i last = _mm_set1_epi32(std::bit_cast<int32_t>(terms.falloffLast));
+    const __m128 centerX = _mm_set1_ps(terms.center[0]);
+    const __m128 centerY = _mm_set1_ps(terms.center[1]);
+    const __m128 centerZ = _mm_set1_ps(terms.center[2]);
+    const __m128 radiusSquared = _mm_set1_ps(terms.radiusSquared);
+    const __m128 falloffScale = _mm_set1_ps(terms.falloffScale);
+    const __m128 rateCubed = _mm_set1_ps(terms.buildUpRateCubed);
+    const __m128 pressure = _mm_set1_ps(terms.dabPressure);
+    const __m128 waxScale = _mm_set1_ps(terms.waxScale);
+    const bool asWax = terms.scaleAsWax;
+    const bool facing = terms.facingActive;
+    const float* table = terms.falloffTable;
+    const LanesToWorld toWorld(*terms.space);
+
     uint64_t within = 0;
     for (uint32_t first = 0; first < count; first += 4) {
         Lanes p;
@@ -67,36 +79,43 @@ uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch)
         p.z = _mm_load_ps(batch.start[first + 2]);
         __m128 marks = _mm_load_ps(batch.start[first + 3]);
         _MM_TRANSPOSE4_PS(p.x, p.y, p.z, marks);
-        if (inWorldSpace) p = LanesToWorld(*terms.space, p);
-        const __m128 squared = DistanceSquared(terms, p);
+        if (inWorldSpace) p = toWorld(p);
+        const __m128 dx = _mm_sub_ps(centerX, p.x);
+        const __m128 dy = _mm_sub_ps(centerY, p.y);
+        const __m128 dz = _mm_sub_ps(centerZ, p.z);
+        // Added in the order of HWVector's product.
+        const __m128 squared =
+            _mm_add_ps(_mm_mul_ps(dz, dz), _mm_add_ps(_mm_mul_ps(dy, dy), _mm_mul_ps(dx, dx)));
         // Not greater rather than less or equal: no number at all counts as within.
-        const __m128 reach = _mm_cmpngt_ps(squared, _mm_set1_ps(terms.radiusSquared));
+        const __m128 reach = _mm_cmpngt_ps(squared, radiusSquared);
         const __m128 marked = _mm_castsi128_ps(_mm_cmpeq_epi32(_mm_castps_si128(marks), mark));
         const int lanes = _mm_movemask_ps(_mm_andnot_ps(marked, reach));
         if (lanes == 0) continue;
         within |= static_cast<uint64_t>(lanes) << first;
 
         // An index that the table lacks, as what no integer can hold becomes, weighs nothing.
-        const __m128 scaled = _mm_mul_ps(_mm_sqrt_ps(squared), _mm_set1_ps(terms.falloffScale));
-        const __m128i wanted = _mm_cvttps_epi32(scaled);
-        const __m128i outside = _mm_or_si128(_mm_cmplt_epi32(wanted, _mm_setzero_si128()),
-                                             _mm_cmpgt_epi32(wanted, last));
-        alignas(16) uint32_t index[4];
-        _mm_store_si128(reinterpret_cast<__m128i*>(index), _mm_andnot_si128(outside, wanted));
-        const float* table = terms.falloffTable;
+        const __m128i wanted = _mm_cvttps_epi32(_mm_mul_ps(_mm_sqrt_ps(squared), falloffScale));
+        const __m128i outside =
+            _mm_or_si128(_mm_srai_epi32(wanted, 31), _mm_cmpgt_epi32(wanted, last));
+        const __m128i index = _mm_andnot_si128(outside, wanted);
+        const auto low = static_cast<uint64_t>(_mm_cvtsi128_si64(index));
+        const auto high =
+            static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(index, index)));
         __m128 weight =
-            _mm_set_ps(table[index[3]], table[index[2]], table[index[1]], table[index[0]]);
-        if (terms.facingActive) weight = _mm_mul_ps(_mm_load_ps(batch.facing + first), weight);
+            _mm_movelh_ps(_mm_unpacklo_ps(_mm_load_ss(table + static_cast<uint32_t>(low)),
+                                          _mm_load_ss(table + (low >> 32))),
+                          _mm_unpacklo_ps(_mm_load_ss(table + static_cast<uint32_t>(high)),
+                                          _mm_load_ss(table + (high >> 32))));
+        if (facing) weight = _mm_mul_ps(_mm_load_ps(batch.facing + first), weight);
         weight = _mm_andnot_ps(_mm_castsi128_ps(outside), weight);
-        if (terms.scaleAsWax) weight = _mm_mul_ps(weight, _mm_set1_ps(terms.waxScale));
+        if (asWax) weight = _mm_mul_ps(weight, waxScale);
         if (buildUp != BuildUp::None) {
             const __m128 before = _mm_load_ps(batch.buildUp + first);
-            weight = _mm_mul_ps(_mm_mul_ps(weight, _mm_set1_ps(terms.buildUpRateCubed)),
-                                _mm_sub_ps(_mm_set1_ps(1.0f), before));
+            weight =
+                _mm_mul_ps(_mm_mul_ps(weight, rateCubed), _mm_sub_ps(_mm_set1_ps(1.0f), before));
             if (buildUp == BuildUp::DampsAndGrows)
-                _mm_store_ps(
-                    batch.buildUp + first,
-                    _mm_add_ps(_mm_mul_ps(weight, _mm_set1_ps(terms.dabPressure)), before));
+                _mm_store_ps(batch.buildUp + first,
+                             _mm_add_ps(_mm_mul_ps(weight, pressure), before));
         }
         _mm_store_ps(batch.weight + first, weight);
     }

@@ -9,20 +9,6 @@ namespace trovik {
 /// ID of Wax in the catalogue: the one tool that a kernel knows by number.
 inline constexpr uint32_t waxToolId = 8;
 
-/// Wax alone scales its weight by the pressure, as far as the tool's bias lets the pressure speak.
-struct WaxScale {
-    explicit WaxScale(const SwiftStroke& brush) {
-        const BrushConfiguration* tool = brush.ActiveConfiguration();
-        if (tool == nullptr || tool->ID() != waxToolId) return;
-        const float bias = brush.BrushStrengthBias() * 0.01f;
-        applies = true;
-        scale = (1.0f - bias) * brush.dabPressure + bias;
-    }
-
-    bool applies = false;
-    float scale = 1.0f;
-};
-
 /// What stays the same for all vertices of a patch, gathered once so that the loop reads it from
 /// registers and the stack, and the bounds that the loop widens.
 struct DabConstants {
@@ -48,9 +34,12 @@ struct DabConstants {
           dabStamp(swiftStroke.dabStamp),
           facingActive(CheckableFloatArray::s_bActive),
           mirroredStamp(mirroredStampRead) {
-        const WaxScale wax(swiftStroke);
-        scaleAsWax = wax.applies;
-        waxScale = wax.scale;
+        const BrushConfiguration* tool = swiftStroke.ActiveConfiguration();
+        if (tool != nullptr && tool->ID() == waxToolId) {
+            const float bias = swiftStroke.BrushStrengthBias() * 0.01f;
+            scaleAsWax = true;
+            waxScale = (1.0f - bias) * dabPressure + bias;
+        }
     }
 
     /// Gives the widened bounds back to the brush.
