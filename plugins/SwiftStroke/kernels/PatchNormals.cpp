@@ -4,7 +4,10 @@
 /// Normals of a patch by central differences over its grid. Four neighbouring cells of a row are
 /// turned into four x, four y and four z, and every number is then made by the operations that
 /// HWVector's products and Normalize make, in their order.
+#include "kernels/PatchNormals.h"
+
 #include "brush/SwiftStroke.h"
+#include "kernels/batch/VectorWidth.h"
 
 #include <algorithm>
 #include <cstring>
@@ -27,21 +30,13 @@ TROVIK_FORCE_INLINE Components Transposed(__m128 v0, __m128 v1, __m128 v2, __m12
     return {_mm_movehl_ps(xy23, xy01), _mm_movelh_ps(xy01, xy23), _mm_movehl_ps(zw23, zw01)};
 }
 
-/// x and y of four packed normals as one word each, and their z.
-struct PackedFour {
-    alignas(16) uint32_t xy[4];
-    alignas(16) uint32_t z[4];
-};
-
 TROVIK_FORCE_INLINE __m128 Difference(__m128 a, __m128 b, __m128 c, __m128 d) {
     return _mm_sub_ps(_mm_mul_ps(a, b), _mm_mul_ps(c, d));
 }
 
 /// Normals at `cell` and the three cells behind it.
-TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
-                                  uint32_t stride,
-                                  const Components& scale,
-                                  PackedFour& out) {
+TROVIK_FORCE_INLINE void PackFour(
+    const HWVector* cell, uint32_t stride, const Components& scale, uint32_t* xy, uint32_t* z) {
     const auto side = [cell](int i) { return _mm_sub_ps(cell[i - 1].lanes, cell[i + 1].lanes); };
     const HWVector* above = cell - stride;
     const HWVector* below = cell + stride;
@@ -66,9 +61,9 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
     };
     // The lower half of each word, as a narrowing conversion takes it: no saturation.
     const __m128i lowX = _mm_srli_epi32(_mm_slli_epi32(words(n.x), 16), 16);
-    _mm_store_si128(reinterpret_cast<__m128i*>(out.xy),
-                    _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16)));
-    _mm_store_si128(reinterpret_cast<__m128i*>(out.z), words(n.z));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(xy),
+                     _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(z), words(n.z));
 }
 
 /// The fourth word is the host's and is not touched.
@@ -79,41 +74,45 @@ TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint32_t xy, uint32_t
 
 }  // namespace
 
+void PackNormals(
+    const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out) {
+    const Components scales = {
+        _mm_set1_ps(scale.X()), _mm_set1_ps(scale.Y()), _mm_set1_ps(scale.Z())};
+    if (count >= 4) {
+        for (uint32_t i = 0; i < count; i += 4) {
+            // The last four end at the last cell and make some normals again.
+            const uint32_t first = std::min(i, count - 4);
+            PackFour(cell + first, stride, scales, out.xy + first, out.z + first);
+        }
+        return;
+    }
+    // Fewer from a copy, since the grid may end behind them.
+    HWVector copy[3][6];
+    for (uint32_t i = 0; i < 6; ++i) {
+        const uint32_t from = std::min(i, count + 1);
+        for (uint32_t row = 0; row < 3; ++row)
+            copy[row][i] = *(cell + from + row * stride - stride - 1);
+    }
+    PackFour(copy[1] + 1, 6, scales, out.xy, out.z);
+}
+
 void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
     const uint32_t points = (1u << patchLevel) + 1;
-    const uint32_t* vertexTable =
+    const uint32_t* place =
         SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(patchLevel)).array;
     PackedNormal* normals = mesh->vertexNormals.array;
     const HWVector scaleSquared = brushSpace->inverseScale * brushSpace->inverseScale;
-    const Components scale = {_mm_set1_ps(scaleSquared.X()),
-                              _mm_set1_ps(scaleSquared.Y()),
-                              _mm_set1_ps(scaleSquared.Z())};
-    const uint32_t stride = gridStride;
-    PackedFour packed;
-    for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
-        const HWVector* cells = positionGrid + (row + 1) * stride + 1;
-        if (points >= 4) {
-            for (uint32_t column = 0; column < points; column += 4) {
-                // The last four end at the row's end and make some normals again.
-                const uint32_t first = std::min(column, points - 4);
-                const uint32_t* places = vertexTable + first;
-                PackFour(cells + first, stride, scale, packed);
-                StoreNormal(normals[slice[places[0]]], packed.xy[0], packed.z[0]);
-                StoreNormal(normals[slice[places[1]]], packed.xy[1], packed.z[1]);
-                StoreNormal(normals[slice[places[2]]], packed.xy[2], packed.z[2]);
-                StoreNormal(normals[slice[places[3]]], packed.xy[3], packed.z[3]);
-            }
-            continue;
+    const auto pack = PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals;
+    PackedRow packed;
+    for (uint32_t row = 0; row < points; ++row) {
+        const HWVector* cells = positionGrid + (row + 1) * gridStride + 1;
+        for (uint32_t first = 0; first < points; first += PackedRow::capacity) {
+            const uint32_t count = std::min(points - first, PackedRow::capacity);
+            pack(cells + first, gridStride, count, scaleSquared, packed);
+            for (uint32_t i = 0; i < count; ++i)
+                StoreNormal(normals[slice[place[i]]], packed.xy[i], packed.z[i]);
+            place += count;
         }
-        // A row of two or three from a copy, since the grid ends behind it.
-        HWVector rest[3][6];
-        for (uint32_t i = 0; i < 6; ++i) {
-            const uint32_t from = std::min(i, points + 1);
-            for (uint32_t r = 0; r < 3; ++r) rest[r][i] = *(cells + from + r * stride - stride - 1);
-        }
-        PackFour(rest[1] + 1, 6, scale, packed);
-        for (uint32_t i = 0; i < points; ++i)
-            StoreNormal(normals[slice[vertexTable[i]]], packed.xy[i], packed.z[i]);
     }
 }
 

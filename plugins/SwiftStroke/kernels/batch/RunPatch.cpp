@@ -3,6 +3,7 @@
 /// \file
 /// What all patch kernels share: the first half of the vertices' turns, batch by batch. The
 /// switches are asked once a patch or once a batch here; the loops over vertices hold none of them.
+#include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
 
@@ -14,15 +15,20 @@ namespace {
 
 using Weigher = uint64_t (*)(const WeighTerms&, uint32_t, VertexBatch&);
 
+template <BuildUp buildUp>
+Weigher WeigherOf(bool inWorldSpace) {
+    if (PresentVectorWidth() == VectorWidth::Eight)
+        return inWorldSpace ? &WeighBatchWide<buildUp, true> : &WeighBatchWide<buildUp, false>;
+    return inWorldSpace ? &WeighBatch<buildUp, true> : &WeighBatch<buildUp, false>;
+}
+
 /// Build-up belongs to pushing, and with a stamp it is counted by the stamp's stage.
 Weigher WeigherFor(const KernelSwitches& switches) {
     const bool world = switches.inWorldSpace;
     if (FamilyOf(switches.averageBit, switches.pullBit) != Family::Pushing)
-        return world ? &WeighBatch<BuildUp::None, true> : &WeighBatch<BuildUp::None, false>;
-    if (switches.withStamp)
-        return world ? &WeighBatch<BuildUp::Damps, true> : &WeighBatch<BuildUp::Damps, false>;
-    return world ? &WeighBatch<BuildUp::DampsAndGrows, true>
-                 : &WeighBatch<BuildUp::DampsAndGrows, false>;
+        return WeigherOf<BuildUp::None>(world);
+    return switches.withStamp ? WeigherOf<BuildUp::Damps>(world)
+                              : WeigherOf<BuildUp::DampsAndGrows>(world);
 }
 
 }  // namespace

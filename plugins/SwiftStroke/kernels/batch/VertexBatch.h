@@ -81,5 +81,8 @@ enum class BuildUp { None, Damps, DampsAndGrows };
 /// weights of the others mean nothing.
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch);
+/// The same bits, eight at a time. Needs VectorWidth::Eight.
+template <BuildUp buildUp, bool inWorldSpace>
+uint64_t WeighBatchWide(const WeighTerms& terms, uint32_t count, VertexBatch& batch);
 
 }  // namespace trovik
