@@ -12,7 +12,19 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
     Store<StoredVertexInfo>& store = *records;
     assert(mesh->changeRecords == store.array && "records are made in the linked change only");
 
-    StoredVertexInfo record;
+    const uint32_t slot = withLayerSlot ? ReserveLayerSlot(vertex) : 0xffffffffu;
+
+    // The vertex is touched only when its record is safely there: a link without a record would
+    // lose the stamp.
+    const uint32_t index = store.fill;
+    if (index < store.capacity) [[likely]] {
+        ++store.fill;
+    } else {
+        store.Append(StoredVertexInfo{});
+        if (store.fill == index) throw Error::s_cBadAlloc;
+        mesh->changeRecords = store.array;
+    }
+    StoredVertexInfo& record = store.array[index];
     record.originalPosition[0] = vertexRecord.x;
     record.originalPosition[1] = vertexRecord.y;
     record.originalPosition[2] = vertexRecord.z;
@@ -23,17 +35,10 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
     record.buildUp = 0.0f;
     record.vertexIndex = vertex;
     record.reserved = 0;
-    record.layerSlot = withLayerSlot ? ReserveLayerSlot(vertex) : 0xffffffffu;
-
-    // The vertex is touched only when its record is safely there: a link without a record would
-    // lose the stamp.
-    const uint32_t index = store.fill;
-    store.Append(record);
-    if (store.fill == index) throw Error::s_cBadAlloc;
+    record.layerSlot = slot;
     vertexRecord.changeLink = index;
-    mesh->changeRecords = store.array;
     mesh->changeRecordCount = store.fill;
-    return store.array[index];
+    return record;
 }
 
 }  // namespace trovik
