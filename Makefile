@@ -55,14 +55,24 @@ asan: packages ## Build with address and undefined-behaviour sanitizers and run 
 .PHONY: bench
 bench: packages ## Build the release and run the benchmarks; figures in build/release/bench-results/
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
-	@cmake --build --preset release --parallel $(JOBS)
+	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik SwiftStroke
+	@tools/bench.py run build/release build/release/bench-results
+
+# Sizes in millions of vertices; 64 needs about 8 GB and some minutes.
+STEPS ?= 1 4 16 64
+
+.PHONY: bench-ladder
+bench-ladder: packages ## Measure the same dab on ever larger meshes, STEPS="1 4 16 64" million
+	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
+	@cmake --build --preset release --parallel $(JOBS) --target trovik-ladder
 	@mkdir -p build/release/bench-results
-	@shopt -s nullglob; for program in build/release/bin/*-bench; do \
-	    echo "== $$program"; \
-	    TROVIK_PLUGIN_PATH=$(CURDIR)/build/release/plugins TROVIK_DATA=$(CURDIR)/examples "$$program" \
-	        --benchmark_out_format=json \
-	        --benchmark_out="build/release/bench-results/$$(basename "$$program").json"; \
-	done
+	@build/release/bin/trovik-ladder build/release/bench-results/ladder.json $(STEPS)
+
+.PHONY: bench-check
+bench-check: packages ## Tell which ratios of the benchmarks are worse than the recorded ones
+	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
+	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik-ladder
+	@tools/bench.py check build/release bench/recorded.json
 
 # How long each reader is fed.
 SECONDS ?= 60

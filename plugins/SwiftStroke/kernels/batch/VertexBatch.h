@@ -31,6 +31,7 @@ struct VertexBatch {
 
 /// What the weights of a patch are made from.
 struct WeighTerms {
+    WeighTerms() = default;
     explicit WeighTerms(const DabConstants& dab);
 
     float center[3];

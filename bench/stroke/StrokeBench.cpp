@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// What surrounds the dabs of a stroke: its begin, its end with the making of the undo step, and
+/// undo.
+#include "bench/stroke/DabScene.h"
+
+namespace trovik::bench {
+namespace {
+
+void BeginOfStroke(benchmark::State& state) {
+    DabScene scene(Tool::Sculpt, Variation::Plain, 10000);
+    for (auto _ : state) {
+        scene.Begin();
+        state.PauseTiming();
+        scene.End();
+        state.ResumeTiming();
+    }
+    if (scene.bench.geometry->History().CanUndo())
+        state.SkipWithError("an empty stroke left a step");
+}
+
+void EndOfStroke(benchmark::State& state) {
+    DabScene scene(Tool::Sculpt, Variation::Plain, state.range(0));
+    for (auto _ : state) {
+        state.PauseTiming();
+        scene.Begin();
+        scene.Dab();
+        state.ResumeTiming();
+        scene.End();
+        state.PauseTiming();
+        if (!scene.bench.geometry->History().CanUndo()) state.SkipWithError("no step to undo");
+        scene.ForgetUndo();
+        state.ResumeTiming();
+    }
+    scene.Report(state);
+}
+
+void Undo(benchmark::State& state) {
+    DabScene scene(Tool::Sculpt, Variation::Plain, state.range(0));
+    UndoHistory& history = scene.bench.geometry->History();
+    const uint32_t vertex = scene.mesh.faceVertexIndices[scene.hit.face * 4];
+    for (auto _ : state) {
+        state.PauseTiming();
+        const float before = scene.mesh.Position(vertex).z;
+        scene.Begin();
+        scene.Dab();
+        scene.End();
+        state.ResumeTiming();
+        history.Undo(*scene.bench.geometry);
+        state.PauseTiming();
+        if (scene.mesh.Position(vertex).z != before) state.SkipWithError("undo left a change");
+        scene.ForgetUndo();
+        state.ResumeTiming();
+    }
+    scene.Report(state);
+}
+
+BENCHMARK(BeginOfStroke)->Name("begin-stroke");
+BENCHMARK(EndOfStroke)->Name("end-stroke")->Arg(100000);
+BENCHMARK(Undo)->Name("undo")->Arg(100000);
+
+}  // namespace
+}  // namespace trovik::bench

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Every vector width gives the same bits, also for numbers that are none, and in whole dabs.
+#include "kernels/PatchNormals.h"
+#include "kernels/batch/VectorWidth.h"
+#include "kernels/batch/VertexBatch.h"
+#include "tests/fixture/StrokeBench.h"
+#include "tests/meshes/MeshZoo.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <limits>
+#include <random>
+
+namespace trovik::test {
+namespace {
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float tiny = std::numeric_limits<float>::denorm_min();
+constexpr float oddities[] = {0.0f, -0.0f, infinity, -infinity, notANumber, tiny, 1e30f, -1e-30f};
+
+/// Mostly plain numbers, now and then an odd one.
+class Numbers {
+public:
+    explicit Numbers(uint32_t seed) : engine(seed) {}
+    float Next() {
+        if (engine() % 16 == 0) return oddities[engine() % std::size(oddities)];
+        return static_cast<float>(engine() % 20001) * 1e-4f - 1.0f;
+    }
+    uint32_t Word() { return static_cast<uint32_t>(engine()); }
+
+private:
+    std::mt19937 engine;
+};
+
+class VectorWidths : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!IsAvailable(VectorWidth::Eight)) GTEST_SKIP() << "the processor has one width only";
+    }
+};
+
+constexpr uint32_t dabStamp = 77;
+
+VertexBatch DrawBatch(Numbers& numbers) {
+    VertexBatch batch{};
+    for (uint32_t i = 0; i < VertexBatch::capacity; ++i) {
+        for (int k = 0; k < 3; ++k) batch.start[i][k] = numbers.Next();
+        batch.start[i][3] = std::bit_cast<float>(numbers.Word() % 4 == 0 ? dabStamp : 3u);
+        batch.buildUp[i] = numbers.Next();
+        batch.facing[i] = numbers.Next();
+        batch.weight[i] = -5.0f;
+    }
+    return batch;
+}
+
+template <BuildUp buildUp, bool inWorldSpace>
+void ExpectSameWeights(StrokeBench& bench) {
+    Numbers numbers(buildUp == BuildUp::None ? 1 : buildUp == BuildUp::Damps ? 2 : 3);
+    SwiftStroke& brush = *bench.brush;
+    const float table[] = {1.0f, 0.75f, 0.5f, -0.0f, notANumber};
+    for (int round = 0; round < 400; ++round) {
+        WeighTerms terms;
+        for (float& c : terms.center) c = numbers.Next();
+        terms.radiusSquared = round % 20 == 0 ? numbers.Next() : 1.5f;
+        terms.falloffTable = table;
+        terms.falloffLast = 4;
+        terms.falloffScale = round % 7 == 0 ? numbers.Next() : 3.0f;
+        terms.buildUpRateCubed = 0.343f;
+        terms.dabPressure = numbers.Next();
+        terms.dabStamp = dabStamp;
+        terms.facingActive = round % 3 == 0;
+        terms.scaleAsWax = round % 2 == 0;
+        terms.waxScale = 0.6f;
+        terms.space = brush.brushSpace;
+        for (HWVector& row : brush.brushSpace->meshToWorld)
+            row = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), numbers.Next());
+        const uint32_t count = 1 + numbers.Word() % VertexBatch::capacity;
+        VertexBatch four = DrawBatch(numbers);
+        VertexBatch eight = four;
+        const uint64_t within = WeighBatch<buildUp, inWorldSpace>(terms, count, four);
+        ASSERT_EQ(within, (WeighBatchWide<buildUp, inWorldSpace>(terms, count, eight)));
+        for (uint32_t i = 0; i < count; ++i) {
+            if (((within >> i) & 1u) == 0) continue;
+            ASSERT_EQ(std::bit_cast<uint32_t>(four.weight[i]),
+                      std::bit_cast<uint32_t>(eight.weight[i]))
+                << "round " << round << ", vertex " << i;
+            ASSERT_EQ(std::bit_cast<uint32_t>(four.buildUp[i]),
+                      std::bit_cast<uint32_t>(eight.buildUp[i]));
+        }
+    }
+}
+
+TEST_F(VectorWidths, WeighAlike) {
+    StrokeBench bench(SingleQuad());
+    ExpectSameWeights<BuildUp::None, false>(bench);
+    ExpectSameWeights<BuildUp::None, true>(bench);
+    ExpectSameWeights<BuildUp::Damps, false>(bench);
+    ExpectSameWeights<BuildUp::Damps, true>(bench);
+    ExpectSameWeights<BuildUp::DampsAndGrows, false>(bench);
+    ExpectSameWeights<BuildUp::DampsAndGrows, true>(bench);
+}
+
+TEST_F(VectorWidths, PackNormalsAlike) {
+    Numbers numbers(4);
+    for (uint32_t count = 1; count <= PackedRow::capacity; ++count) {
+        for (int round = 0; round < 20; ++round) {
+            const uint32_t stride = count + 2;
+            std::vector<HWVector> grid(3 * stride);
+            for (HWVector& cell : grid)
+                cell = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), 0.0f);
+            const HWVector scale(1.0f, 0.25f, 4.0f, 0.0f);
+            PackedRow four{};
+            PackedRow eight{};
+            PackNormals(grid.data() + stride + 1, stride, count, scale, four);
+            PackNormalsWide(grid.data() + stride + 1, stride, count, scale, eight);
+            for (uint32_t i = 0; i < count; ++i) {
+                ASSERT_EQ(four.xy[i], eight.xy[i]) << count << ", " << i;
+                ASSERT_EQ(four.z[i] & 0xffffu, eight.z[i] & 0xffffu) << count << ", " << i;
+            }
+        }
+    }
+}
+
+/// The vectors' own operations, one cell at a time.
+TEST(PackedNormals, AreThoseOfTheVectorOperations) {
+    Numbers numbers(5);
+    for (uint32_t count = 1; count <= 9; ++count) {
+        for (int round = 0; round < 50; ++round) {
+            const uint32_t stride = count + 2;
+            std::vector<HWVector> grid(3 * stride);
+            for (HWVector& cell : grid)
+                cell = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), 0.0f);
+            const HWVector scale(0.5f, 1.0f, 2.0f, 0.0f);
+            PackedRow packed{};
+            const HWVector* cell = grid.data() + stride + 1;
+            PackNormals(cell, stride, count, scale, packed);
+            for (uint32_t i = 0; i < count; ++i, ++cell) {
+                HWVector normal =
+                    ((cell[-1] - cell[1]) & (*(cell - stride) - *(cell + stride))) * scale;
+                normal.Normalize();
+                int integers[4];
+                normal.StoreNormalAsInt(integers);
+                const auto low = [](int word) { return static_cast<uint32_t>(word) & 0xffffu; };
+                ASSERT_EQ(packed.xy[i] & 0xffffu, low(integers[3]));
+                ASSERT_EQ(packed.xy[i] >> 16, low(integers[2]));
+                ASSERT_EQ(packed.z[i] & 0xffffu, low(integers[1]));
+            }
+        }
+    }
+}
+
+std::vector<VertexBits> StrokeWith(VectorWidth width, Tool tool) {
+    const VectorWidth before = UseVectorWidth(width);
+    StrokeBench bench(TurnedGrid(4), 4);
+    bench.Activate(tool, 1);
+    bench.Begin();
+    for (const uint32_t face : {40u, 300u, 900u}) bench.Dab(bench.HitFace(face), 1.3f, 20.0f, 0.8f);
+    bench.End();
+    UseVectorWidth(before);
+    return BitsOf(bench.Mesh());
+}
+
+TEST_F(VectorWidths, SculptAlike) {
+    for (const Tool tool :
+         {Tool::Sculpt, Tool::Flatten, Tool::Pinch, Tool::Smooth, Tool::Wax, Tool::Bulge})
+        EXPECT_EQ(StrokeWith(VectorWidth::Four, tool), StrokeWith(VectorWidth::Eight, tool))
+            << static_cast<int>(tool);
+}
+
+}  // namespace
+}  // namespace trovik::test

@@ -1,0 +1,198 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Runs the benchmarks and tells what they found.
+
+    bench.py run BUILD OUT [FILTER]   all figures to OUT/bench.json and OUT/bench.txt
+    bench.py check BUILD RECORDED     measures, compares the ratios with the recorded ones
+    bench.py record BUILD RECORDED    measures and records
+
+BUILD is the folder of an optimised build. Times are processor times, the least of several runs.
+Ratios of times of one run say more than the times: the machine may be busy.
+"""
+import json
+import os
+import pathlib
+import platform
+import re
+import subprocess
+import sys
+import tempfile
+
+REPETITIONS = 5
+WORSE = 1.15
+# Side of the coarse grid of the stroke through the command, refined twice.
+GRID_SIDE, GRID_LEVELS, DABS = 375, 2, 100
+
+
+def environment(build):
+    data = pathlib.Path(__file__).resolve().parent.parent / "examples"
+    return dict(os.environ, TROVIK_PLUGIN_PATH=str((build / "plugins").resolve()), TROVIK_DATA=str(data))
+
+
+def run_stroke_bench(build, wanted=".", repetitions=REPETITIONS):
+    """Nanoseconds and covered vertices of each benchmark, by name."""
+    done = subprocess.run(
+        [build / "bin" / "stroke-bench", "--benchmark_format=json", f"--benchmark_filter={wanted}",
+         f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
+         "--benchmark_enable_random_interleaving=true"],
+        env=environment(build), check=True, stdout=subprocess.PIPE, text=True)
+    unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+    found, wrong = {}, []
+    for row in json.loads(done.stdout)["benchmarks"]:
+        if row.get("error_occurred"):
+            wrong.append(f"{row['name']}: {row['error_message']}")
+        elif row["run_type"] == "iteration":
+            name = row["run_name"]
+            time = row["cpu_time"] * unit[row["time_unit"]]
+            if name not in found or time < found[name]["ns"]:
+                found[name] = {"ns": time, "vertices": row.get("vertices")}
+    if wrong:
+        sys.exit("wrong results:\n  " + "\n  ".join(wrong))
+    return found
+
+
+def write_grid(path, side):
+    with open(path, "w", encoding="ascii") as out:
+        for row in range(side + 1):
+            for column in range(side + 1):
+                out.write(f"v {column} {row} 0\n")
+        for row in range(side):
+            for column in range(side):
+                at = row * (side + 1) + column + 1
+                out.write(f"f {at} {at + 1} {at + side + 2} {at + side + 1}\n")
+
+
+def run_command(build, folder, dabs):
+    """Processor seconds and peak memory of a script with this many dabs across the diagonal."""
+    radius = GRID_SIDE / 20.0
+    cells = [int(GRID_SIDE * (k + 0.5) / DABS) for k in range(dabs)]
+    steps = [{"tool": "Sculpt", "set": {"radius": radius, "strength": 5}}]
+    if dabs:
+        steps.append({"stroke": {"dabs": [{"face": (cell * GRID_SIDE + cell) << 2 * GRID_LEVELS} for cell in cells]}})
+    script = folder / f"{dabs}.json"
+    script.write_text(json.dumps({"mesh": "grid.obj", "levels": GRID_LEVELS, "steps": steps}))
+    time = folder / "time"
+    subprocess.run(["/usr/bin/time", "-f", "%U %S %M", "-o", time, build / "bin" / "trovik", "sculpt", script],
+                   env=environment(build), check=True, stdout=subprocess.DEVNULL)
+    user, system, peak = time.read_text().split()
+    return float(user) + float(system), int(peak) * 1024
+
+
+def run_whole_stroke(build):
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        write_grid(folder / "grid.obj", GRID_SIDE)
+        without = min(run_command(build, folder, 0)[0] for _ in range(3))
+        runs = [run_command(build, folder, DABS) for _ in range(3)]
+    seconds = max(min(run[0] for run in runs) - without, 1e-9)
+    return {"dabs a second": DABS / seconds, "peak bytes": min(run[1] for run in runs)}
+
+
+def table(found):
+    lines = [f"{'benchmark':42} {'vertices':>9} {'us':>10} {'ns/vertex':>10} {'Mvertex/s':>10} {'/ floor':>8}"]
+    for name, row in sorted(found.items()):
+        line = f"{name:42} {int(row['vertices'] or 0):9} {row['ns'] / 1e3:10.1f}"
+        if row["vertices"]:
+            each = row["ns"] / row["vertices"]
+            line += f" {each:10.2f} {1e3 / each:10.1f}"
+            floor = found.get("floor/" + name.rsplit("/", 1)[-1])
+            if floor and name.startswith(("dab/", "kernel", "first")) and "triangles" not in name:
+                line += f" {row['ns'] / floor['ns']:8.2f}"
+        lines.append(line)
+    return "\n".join(lines)
+
+
+def ratios(found):
+    """What the guard watches: by name a number that grows when something gets worse."""
+    out = {}
+
+    def put(name, above, below):
+        if above in found and below in found:
+            out[name] = found[above]["ns"] / found[below]["ns"]
+
+    for family in ("pushing", "planing", "pulling", "averaging"):
+        for size in (10000, 100000, 1000000):
+            put(f"{family} to floor, {size}", f"dab/{family}/plain/{size}", f"floor/{size}")
+        for variation in ("stamp", "freeze", "layer", "world-space"):
+            put(f"{family} with {variation} to plain", f"dab/{family}/{variation}/100000",
+                f"dab/{family}/plain/100000")
+        put(f"{family}, specialised to switches as values", f"kernel/{family}/plain/100000",
+            f"kernel-by-value/{family}/100000")
+    put("first dab to its floor, 100000", "first-dab/pushing/100000", "floor-first-touch/100000")
+    put("normals to floor", "normals/eight/100000", "floor/100000")
+    put("refit to floor", "refit/100000", "floor/100000")
+    return out
+
+
+def ladder_ratios(path):
+    if not path.exists():
+        return {}
+    steps = json.loads(path.read_text())
+    out = {}
+    for key in ("dabSeconds", "pickSeconds", "refitSeconds"):
+        for above in ("16", "64"):
+            if above in steps and "1" in steps:
+                out[f"{key}, {above} million to 1"] = steps[above][key] / steps["1"][key]
+    for step in steps:
+        out[f"bytes a vertex, {step} million"] = steps[step]["bytesPerVertexAfterStroke"]
+    return out
+
+
+def machine():
+    text = pathlib.Path("/proc/cpuinfo").read_text()
+    model = re.search(r"model name\s*: (.*)", text)
+    compiler = subprocess.run(["c++", "--version"], stdout=subprocess.PIPE, text=True).stdout.split("\n")[0]
+    return {"processor": model.group(1) if model else platform.machine(), "compiler": compiler}
+
+
+def measure(build):
+    found = run_stroke_bench(build, "^(dab|floor|first-dab|kernel|normals|refit)")
+    ladder = build / "bench-results" / "ladder.json"
+    if not ladder.exists():
+        ladder.parent.mkdir(exist_ok=True)
+        subprocess.run([build / "bin" / "trovik-ladder", ladder, "1", "4", "16"], check=True,
+                       stdout=subprocess.DEVNULL)
+    return {**ratios(found), **ladder_ratios(ladder)}
+
+
+def check(build, recorded):
+    before = json.loads(recorded.read_text())["ratios"]
+    now = measure(build)
+    worse = 0
+    for name in sorted(now):
+        if name not in before:
+            print(f"  new     {name}: {now[name]:.3g}")
+            continue
+        mark = "WORSE" if now[name] > before[name] * WORSE else "ok"
+        worse += mark == "WORSE"
+        print(f"  {mark:7} {name}: {before[name]:.3g} -> {now[name]:.3g}")
+    print(f"{worse} of {len(now)} ratios are worse by more than {round((WORSE - 1) * 100)} %.")
+    return 1 if worse else 0
+
+
+def main():
+    if len(sys.argv) < 4 or sys.argv[1] not in ("run", "check", "record"):
+        sys.exit(__doc__)
+    build, target = pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3])
+    if sys.argv[1] == "check":
+        return check(build, target)
+    if sys.argv[1] == "record":
+        target.write_text(json.dumps({"machine": machine(), "ratios": measure(build)}, indent=1) + "\n")
+        return 0
+    found = run_stroke_bench(build, sys.argv[4] if len(sys.argv) > 4 else ".")
+    text = table(found)
+    results = {"machine": machine(), "benchmarks": found, "ratios": ratios(found)}
+    if len(sys.argv) == 4:
+        stroke = results["stroke"] = run_whole_stroke(build)
+        text += (f"\n\n{DABS} dabs across a grid of {GRID_SIDE << GRID_LEVELS} x {GRID_SIDE << GRID_LEVELS}"
+                 f" quads through the command: {stroke['dabs a second']:.0f} dabs a second,"
+                 f" peak {stroke['peak bytes'] / 2**20:.0f} MiB")
+    target.mkdir(parents=True, exist_ok=True)
+    (target / "bench.json").write_text(json.dumps(results, indent=1) + "\n")
+    (target / "bench.txt").write_text(text + "\n")
+    print(text)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
