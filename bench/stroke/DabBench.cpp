@@ -23,17 +23,19 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
 /// The dab that makes the records.
 void FirstDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
+    const char* wrong = nullptr;
     for (auto _ : state) {
         state.PauseTiming();
         scene.Begin();
         state.ResumeTiming();
         scene.Dab();
         state.PauseTiming();
-        if (const char* wrong = scene.WhatIsWrong()) state.SkipWithError(wrong);
+        if (wrong == nullptr) wrong = scene.WhatIsWrong();
         scene.End();
-        scene.ForgetUndo();
+        scene.PutBack();
         state.ResumeTiming();
     }
+    if (wrong != nullptr) state.SkipWithError(wrong);
     scene.Report(state);
 }
 

@@ -94,8 +94,14 @@ DabScene::DabScene(Tool tool, Variation itsVariation, int64_t vertices)
     }
 }
 
+void DabScene::PutBack() {
+    UndoHistory& history = bench.geometry->History();
+    while (history.Undo(*bench.geometry)) continue;
+    history.Clear();
+}
+
 DabScene::~DabScene() {
-    ForgetUndo();
+    PutBack();
     bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {}, {});
     mesh.SetFreeze(0, 0);
     mesh.SetActiveLayer(nullptr);

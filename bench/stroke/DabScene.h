@@ -25,8 +25,8 @@ inline constexpr FamilyTool families[] = {{"pushing", Tool::Sculpt},
                                           {"averaging", Tool::Smooth}};
 
 /// A flat grid of 2.4 million vertices, a tool on it and a dab in the middle that covers about
-/// `vertices` of them. The mesh is made once and shared; a scene puts back what it set. Dabs are so
-/// weak that the surface stays flat to the eye, so every dab finds the same work.
+/// `vertices` of them. The mesh is made once and shared; a scene puts back what it set and did. Dabs
+/// are so weak that the surface stays flat to the eye, so every dab finds the same work.
 class DabScene {
 public:
     DabScene(Tool tool, Variation variation, int64_t vertices);
@@ -37,8 +37,8 @@ public:
     void Begin() { bench.Begin(); }
     void Dab() { box = bench.Dab(hit, radius, strength); }
     void End() { bench.End(); }
-    /// Forgets the undo steps, so that none is compressed while a clock runs.
-    void ForgetUndo() { bench.geometry->History().Clear(); }
+    /// Makes the mesh flat again by undoing the strokes, and forgets them.
+    void PutBack();
 
     /// Vertices within the radius.
     int64_t Covered() const { return covered; }
