@@ -6,7 +6,6 @@
 #include "bench/stroke/DabScene.h"
 
 #include <cstring>
-#include <emmintrin.h>
 
 namespace trovik::bench {
 namespace {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/memory/LargePages.h"
 #include "host/Mesh.h"
 
 #include <cassert>
@@ -23,6 +24,7 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
         store.Append(StoredVertexInfo{});
         if (store.fill == index) throw Error::s_cBadAlloc;
         mesh->changeRecords = store.array;
+        PreferLargePages(store.array, uint64_t{store.capacity} * sizeof(StoredVertexInfo));
     }
     StoredVertexInfo& record = store.array[index];
     record.originalPosition[0] = vertexRecord.x;

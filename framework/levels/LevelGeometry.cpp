@@ -6,6 +6,7 @@
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelRefiner.h"
+#include "framework/memory/LargePages.h"
 
 #include <algorithm>
 #include <cmath>
@@ -76,6 +77,8 @@ std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(const std::function<bool()>*
         fine->AllocateFaces(static_cast<uint32_t>(faces), 1);
         fine->AllocateVertices(static_cast<uint32_t>(vertices));
         fine->vertexNormals.SetFill(fine->vertexCount, false);
+        PreferLargePages(fine->vertexNormals.array,
+                         uint64_t{fine->vertexCount} * sizeof(PackedNormal));
     } catch (Error* error) {
         Error::Dispose(error);
         throw HostError("subdividing to " + std::to_string(faces) +

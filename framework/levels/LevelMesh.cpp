@@ -5,6 +5,7 @@
 #include "framework/edits/LevelChange.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelGeometry.h"
+#include "framework/memory/LargePages.h"
 
 #include <algorithm>
 
@@ -20,6 +21,7 @@ void LevelMesh::AllocateFaces(uint32_t faces, int32_t type) {
     meshType = type;
     faceCount = faces;
     faceVertexIndices.SetFill(faces * CornersPerFace(), false);
+    PreferLargePages(faceVertexIndices.array, uint64_t{faceVertexIndices.fill} * sizeof(uint32_t));
     faceFlagStore.SetFill(faces, false);
     std::fill_n(faceFlagStore.array, faces, faceIsLive);
     faceFlags = faceFlagStore.array;
@@ -30,6 +32,7 @@ void LevelMesh::AllocateFaces(uint32_t faces, int32_t type) {
 void LevelMesh::AllocateVertices(uint32_t count) {
     vertexCount = count;
     vertices.SetFill(count, false);
+    PreferLargePages(vertices.array, uint64_t{count} * sizeof(Vertex));
     std::fill_n(vertices.array, count, Vertex{});
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/LevelMesh.h"
+#include "framework/memory/LargePages.h"
 #include "host/HWVector.h"
 
 #include <algorithm>
@@ -41,6 +42,7 @@ void LevelMesh::ComputeNormals() {
     }
     if (vertexNormals.fill != vertexCount) {
         vertexNormals.SetFill(vertexCount, false);
+        PreferLargePages(vertexNormals.array, uint64_t{vertexCount} * sizeof(PackedNormal));
         std::fill_n(vertexNormals.array, vertexCount, PackedNormal{0, 0, 0, 0});
     }
     for (uint32_t v = 0; v < vertexCount; ++v) Pack(vertexNormals.array[v], sums[v]);

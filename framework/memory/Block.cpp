@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Block.h"
 
+#include "framework/memory/LargePages.h"
 #include "framework/memory/MemoryAccount.h"
 
 #include <cstdlib>
@@ -66,6 +67,8 @@ void Block::UnregisterMemoryBlock(int64_t bytes) { TheAccount().total -= bytes; 
 void Block::SetAllocatorID(const char* name) { TheAccount().allocator = name; }
 
 void Block::CopyMemoryBlock(void* to, const void* from, int64_t bytes) {
+    // Arrays that grow are copied to fresh memory.
+    if (bytes > 0) PreferLargePages(to, static_cast<uint64_t>(bytes));
     if (bytes > 0) std::memcpy(to, from, static_cast<std::size_t>(bytes));
 }
 

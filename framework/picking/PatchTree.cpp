@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/picking/PatchTree.h"
 
+#include "host/HWVector.h"
+
 #include <algorithm>
 #include <cassert>
 #include <cmath>
@@ -177,16 +179,21 @@ void PatchTree::RefitTouched() {
 void PatchTree::RefitLeaf(uint32_t patch) {
     const uint32_t corners = FacesUnder(leafLevel) * level->CornersPerFace();
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{patch} * corners;
-    Box box = EmptyBox();
+    // All three axes at once; the fourth lane holds what lies behind a position. The minimum and
+    // maximum give their second operand where a number is none, so that it leaves the box alone.
+    __m128 low = _mm_set1_ps(std::numeric_limits<float>::infinity());
+    __m128 high = _mm_set1_ps(-std::numeric_limits<float>::infinity());
     for (uint32_t i = 0; i < corners; ++i) {
         const Vertex& v = level->vertices.array[vertex[i]];
-        const std::array<float, 3> position = {v.x, v.y, v.z};
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            // Comparisons that a number which is none fails, so that it leaves the box alone.
-            if (position[axis] < box.low[axis]) box.low[axis] = position[axis];
-            if (position[axis] > box.high[axis]) box.high[axis] = position[axis];
-        }
+        const __m128 position = _mm_loadu_ps(reinterpret_cast<const float*>(&v));
+        low = _mm_min_ps(position, low);
+        high = _mm_max_ps(position, high);
     }
+    alignas(16) float lows[4];
+    alignas(16) float highs[4];
+    _mm_store_ps(lows, low);
+    _mm_store_ps(highs, high);
+    const Box box = {{lows[0], lows[1], lows[2]}, {highs[0], highs[1], highs[2]}};
     patchBoxes[leafLevel][patch] = box;
     ++boxesRefitted;
 }

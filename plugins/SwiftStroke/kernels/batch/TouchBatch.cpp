@@ -2,8 +2,6 @@
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/RecordLookup.h"
 
-#include <emmintrin.h>
-
 namespace trovik {
 
 namespace {
