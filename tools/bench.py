@@ -45,7 +45,8 @@ def run_stroke_bench(build, wanted=".", repetitions=REPETITIONS):
             name = row["run_name"]
             time = row["cpu_time"] * unit[row["time_unit"]]
             if name not in found or time < found[name]["ns"]:
-                found[name] = {"ns": time, "vertices": row.get("vertices")}
+                found[name] = {"ns": time, "vertices": row.get("vertices"), "bytes": row.get("bytes"),
+                               "records": row.get("records")}
     if wrong:
         sys.exit("wrong results:\n  " + "\n  ".join(wrong))
     return found

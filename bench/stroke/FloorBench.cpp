@@ -94,6 +94,18 @@ void FirstTouchFloor(benchmark::State& state) {
     parts.scene.Report(state);
 }
 
+/// What memory gives at most: every byte of an array read and written in order.
+void Stream(benchmark::State& state) {
+    std::vector<uint64_t> words(static_cast<std::size_t>(state.range(0)) / sizeof(uint64_t), 1);
+    for (auto _ : state) {
+        for (uint64_t& word : words) word += 1;
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(2 * state.range(0) * static_cast<int64_t>(state.iterations()));
+    state.counters["bytes"] = 2.0 * static_cast<double>(state.range(0));
+}
+
+BENCHMARK(Stream)->Name("stream")->Arg(1 << 18)->Arg(1 << 23)->Arg(1 << 29);
 BENCHMARK(Floor)->Name("floor")->Arg(10000)->Arg(100000)->Arg(1000000);
 BENCHMARK(FirstTouchFloor)->Name("floor-first-touch")->Arg(10000)->Arg(100000)->Arg(1000000);
 
