@@ -72,11 +72,13 @@ def run_command(build, folder, dabs):
         steps.append({"stroke": {"dabs": [{"face": (cell * GRID_SIDE + cell) << 2 * GRID_LEVELS} for cell in cells]}})
     script = folder / f"{dabs}.json"
     script.write_text(json.dumps({"mesh": "grid.obj", "levels": GRID_LEVELS, "steps": steps}))
-    time = folder / "time"
-    subprocess.run(["/usr/bin/time", "-f", "%U %S %M", "-o", time, build / "bin" / "trovik", "sculpt", script],
-                   env=environment(build), check=True, stdout=subprocess.DEVNULL)
-    user, system, peak = time.read_text().split()
-    return float(user) + float(system), int(peak) * 1024
+    with subprocess.Popen([build / "bin" / "trovik", "sculpt", script], env=environment(build),
+                          stdout=subprocess.DEVNULL) as command:
+        _, status, usage = os.wait4(command.pid, 0)
+        command.returncode = os.waitstatus_to_exitcode(status)
+    if command.returncode != 0:
+        sys.exit(f"trovik sculpt failed with status {command.returncode}")
+    return usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024
 
 
 def run_whole_stroke(build):
