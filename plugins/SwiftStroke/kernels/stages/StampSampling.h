@@ -36,11 +36,11 @@ TROVIK_FORCE_INLINE StampPlace PlaceOnStamp(const BrushSpace& space, const HWVec
 /// First-touch position of the vertex across the topological mirror, so that a stamp looks the same
 /// on both sides of a mesh whose halves are not mirror images in space. A vertex with no mirror
 /// image keeps its own. May make a record; the caller looks its own up again. Takes nothing of the
-/// loop by reference, which would chain the loop's variables to memory.
-inline Vector MirroredStartPosition(const SwiftStroke& brush,
-                                    uint32_t vertex,
-                                    uint32_t face,
-                                    bool throughLayer) {
+/// loop by reference, which would chain the loop's variables to memory, and stays out of it.
+__attribute__((noinline)) inline Vector MirroredStartPosition(const SwiftStroke& brush,
+                                                              uint32_t vertex,
+                                                              uint32_t face,
+                                                              bool throughLayer) {
     SubdivisionLevel& mesh = *brush.mesh;
     MeshChange& change = *brush.CurrentChange();
     Vertex* vertices = mesh.vertices.array;
