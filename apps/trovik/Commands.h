@@ -13,5 +13,7 @@ void AddInfoCommand(CLI::App& program);
 void AddConvertCommand(CLI::App& program);
 void AddRenderCommand(CLI::App& program);
 void AddToolsCommand(CLI::App& program);
+void AddRecoverCommand(CLI::App& program);
+void AddHistoryCommand(CLI::App& program);
 
 }  // namespace trovik

@@ -26,7 +26,9 @@ int main(int argc, char** argv) {
         "  trovik render head.obj head.png      a picture of a mesh\n"
         "  trovik convert head.obj head.ply     write a mesh in another format\n"
         "  trovik bake head.trovik -o head.exr  a map of what a fine level has over a coarse one\n"
-        "  trovik tools                         the tools of the brush\n\n"
+        "  trovik tools                         the tools of the brush\n"
+        "  trovik recover w.journal -o w.trovik the work of a journal, after a crash\n"
+        "  trovik history w.journal             the steps of a journal\n\n"
         "Exit status: 0 done, 1 the work failed (one line on standard error says why), 2 wrong "
         "usage.",
         "trovik");
@@ -38,6 +40,8 @@ int main(int argc, char** argv) {
     trovik::AddConvertCommand(program);
     trovik::AddBakeCommand(program);
     trovik::AddToolsCommand(program);
+    trovik::AddRecoverCommand(program);
+    trovik::AddHistoryCommand(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -15,6 +15,7 @@ struct SculptOptions {
     std::string script;
     std::string output = ".";
     TraceOptions trace;
+    JournalOptions journal;
     bool quiet = false;
     bool json = false;
 };
@@ -63,6 +64,7 @@ void Sculpt(const SculptOptions& options) {
     progress.message = [&line](const std::string& text) { line.Message(text); };
     ScriptRunner runner(options.script, options.output, progress);
     runner.SetTrace(options.trace);
+    runner.SetJournal(options.journal);
     const ScriptResult result = runner.Run();
     line.Finish();
     if (options.json)
@@ -97,6 +99,19 @@ void AddSculptCommand(CLI::App& program) {
                      "With --trace: the state of the mesh after every Nth dab too")
         ->check(CLI::Range(1u, 1000000000u))
         ->needs(trace);
+    CLI::Option* journal =
+        verb->add_option("--journal",
+                         options->journal.path,
+                         "Journal to keep: the inputs of all steps and dabs as they happen, from "
+                         "which trovik recover gives the work back after a crash (see "
+                         "docs/journal.md)")
+            ->check([](const std::string& file) {
+                return file.empty() ? std::string("the journal needs a name") : std::string();
+            });
+    verb->add_flag("--journal-sync",
+                   options->journal.syncSteps,
+                   "With --journal: waits for the disk after each step, against power failure")
+        ->needs(journal);
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Sculpt(*options); });

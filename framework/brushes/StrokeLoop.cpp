@@ -72,6 +72,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     sizeRandom = StrokeRandom(seed ^ sizeSalt);
     inPairs = mirrors.size() > 1 && KeepsPlane();
     active = true;
+    if (listener != nullptr) listener->OnStrokeBegun(modifier, seed);
 }
 
 void StrokeLoop::BeginStroke() {
@@ -86,6 +87,7 @@ void StrokeLoop::BeginStroke() {
 }
 
 void StrokeLoop::Dab(const StrokeDab& pathDab) {
+    bool isDone = false;
     try {
         StrokeDab dab = pathDab;
         stamps.Lay(dab);
@@ -104,7 +106,10 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
             brush.MirrorConfig().SetPointMap(across->pointMap);
             Apply(across->dab, mirrors.size() + 1);
         }
+        isDone = true;
+        if (listener != nullptr) listener->OnDab(pathDab, false);
     } catch (...) {
+        if (!isDone && listener != nullptr) listener->OnDab(pathDab, true);
         laid.clear();
         End();
         throw;
@@ -246,6 +251,7 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
             totals.seconds += SecondsSince(start);
         });
         tree.RefitAll();
+        if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
     } catch (...) {
         End();
         throw;
@@ -278,6 +284,7 @@ void StrokeLoop::PutBack() {
     laid.clear();
     previousHits.assign(previousHits.size(), Vector());
     stamps.Restart();
+    if (listener != nullptr) listener->OnPutBack();
 }
 
 void StrokeLoop::Announce(const std::vector<uint32_t>& vertices) {
@@ -317,9 +324,11 @@ void StrokeLoop::End() {
     active = false;
     if (!inPairs) SettleSides();
     EndStroke();
-    if (!inPairs) return;
-    LayOtherPairs();
-    laid.clear();
+    if (inPairs) {
+        LayOtherPairs();
+        laid.clear();
+    }
+    if (listener != nullptr) listener->OnStrokeEnded();
 }
 
 }  // namespace trovik

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/brushes/StampStroke.h"
+#include "framework/brushes/StrokeInputListener.h"
 #include "framework/brushes/StrokeObserver.h"
 #include "framework/brushes/StrokeRandom.h"
 #include "framework/picking/PatchTree.h"
@@ -67,6 +68,10 @@ public:
     /// Who hears of every call into the brush; null for nobody. Borrowed.
     void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
 
+    /// Who hears of what this loop is told to do; null for nobody. Borrowed. What it throws goes to
+    /// the caller, after the stroke was ended.
+    void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
+
     /// \param seed  of everything that the stroke leaves to chance. The stamp's file is read where
     /// it was not yet. \throw HostError when it cannot be read; nothing has begun then.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
@@ -116,6 +121,7 @@ private:
     LevelGeometry& geometry;
     PatchTree& tree;
     StrokeObserver* observer = nullptr;
+    StrokeInputListener* listener = nullptr;
     std::vector<Matrix> mirrors;
     /// Last hit of the main side, of each mirror and of the topological one; zero before the first.
     std::vector<Vector> previousHits;

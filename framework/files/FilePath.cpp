@@ -2,10 +2,10 @@
 #include "framework/files/FilePath.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/files/DiskCalls.h"
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
@@ -46,19 +46,20 @@ std::string FollowLinks(const std::string& path) {
     return path;
 }
 
-/// Opens, syncs and closes; a folder is synced for the names in it.
-void SyncToDisk(const std::string& what, const std::string& path) {
-    const int file = open(what.c_str(), O_RDONLY | O_CLOEXEC);
+/// Some file systems cannot sync a folder, or anything, and say so; that is no failed write.
+bool SyncFailed(int file) {
+    return DiskCalls::Current().Sync(file) != 0 && errno != EINVAL && errno != EROFS;
+}
+
+/// Opens, syncs and closes. \return 0 or the system's error.
+int SyncFile(const std::string& path) {
+    const int file = DiskCalls::Current().Open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
     if (file < 0) {
-        ThrowFileError("write", path, errno);
+        return errno;
     }
-    const int result = fsync(file);
-    const int systemError = errno;
-    close(file);
-    // Some file systems cannot sync a folder, or anything, and say so; that is no failed write.
-    if (result != 0 && systemError != EINVAL && systemError != EROFS) {
-        ThrowFileError("write", path, systemError);
-    }
+    const int systemError = SyncFailed(file) ? errno : 0;
+    DiskCalls::Current().Close(file);
+    return systemError;
 }
 
 }  // namespace
@@ -111,7 +112,8 @@ FileReplacement::FileReplacement(const std::string& filePath)
     int file = -1;
     do {
         temporaryPath = NewNameBeside(targetPath);
-        file = open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anyNewFile);
+        file = DiskCalls::Current().Open(
+            temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anyNewFile);
     } while (file < 0 && errno == EEXIST);
     if (file < 0) {
         ThrowFileError("write", path, errno);
@@ -120,7 +122,7 @@ FileReplacement::FileReplacement(const std::string& filePath)
     if (presentMode && fchmod(file, *presentMode | S_IRUSR | S_IWUSR) != 0) {
         errno = 0;
     }
-    close(file);
+    DiskCalls::Current().Close(file);
 }
 
 FileReplacement::~FileReplacement() {
@@ -129,14 +131,25 @@ FileReplacement::~FileReplacement() {
     }
 }
 
-void FileReplacement::Commit() {
-    SyncToDisk(temporaryPath, path);
-    if (std::rename(temporaryPath.c_str(), targetPath.c_str()) != 0) {
+void FileReplacement::Commit(const std::function<void(const std::string&)>& beforeReplacing) {
+    if (const int systemError = SyncFile(temporaryPath); systemError != 0) {
+        ThrowFileError("write", path, systemError);
+    }
+    if (beforeReplacing) {
+        beforeReplacing(temporaryPath);
+    }
+    if (DiskCalls::Current().Rename(temporaryPath.c_str(), targetPath.c_str()) != 0) {
         ThrowFileError("write", path, errno);
     }
     temporaryPath.clear();
-    const std::filesystem::path folder = std::filesystem::path(targetPath).parent_path();
-    SyncToDisk(folder.empty() ? std::string(".") : folder.string(), path);
+    // The name in the folder must last too. A folder that may not be read cannot be synced.
+    const std::filesystem::path parent = std::filesystem::path(targetPath).parent_path();
+    const std::string folder = parent.empty() ? std::string(".") : parent.string();
+    const int systemError = SyncFile(folder);
+    if (systemError != 0 && systemError != EACCES && systemError != EPERM) {
+        throw HostError(path + " is written and in place, but its folder could not be synced: " +
+                        std::generic_category().message(systemError));
+    }
 }
 
 }  // namespace trovik

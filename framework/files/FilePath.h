@@ -4,6 +4,7 @@
 #include "host/Api.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace trovik {
@@ -37,9 +38,12 @@ public:
     /// Where the new content belongs until Commit.
     const std::string& TemporaryPath() const { return temporaryPath; }
 
-    /// Brings the new file to disk and puts it in place. To be called once.
-    /// \throw HostError naming `path` and the system's reason; the target is then as it was.
-    void Commit();
+    /// Brings the new file to disk and puts it in place, and then its folder to disk. To be called
+    /// once. \param beforeReplacing  called with TemporaryPath when the file there is complete and
+    /// on disk, and the target is still as it was; what it throws stops the replacement.
+    /// \throw HostError naming `path` and the system's reason; the target is then as it was, unless
+    /// the message says that the new file is in place and only its folder could not be synced.
+    void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
 private:
     std::string path;

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/files/OutputFile.h"
 
+#include "framework/files/DiskCalls.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace trovik {
 
 OutputFile::OutputFile(const std::string& path)
     : replacement(path), buffer(new char[BufferBytes]), next(buffer.get()) {
-    file = open(replacement.TemporaryPath().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    file = DiskCalls::Current().Open(
+        replacement.TemporaryPath().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC, 0);
     if (file < 0) {
         ThrowFileError("write", path, errno);
     }
@@ -18,7 +20,7 @@ OutputFile::OutputFile(const std::string& path)
 
 OutputFile::~OutputFile() {
     if (file >= 0) {
-        close(file);
+        DiskCalls::Current().Close(file);
     }
 }
 
@@ -42,7 +44,7 @@ void OutputFile::Flush() {
 
 void OutputFile::WriteThrough(const char* data, std::size_t sizeBytes) {
     while (sizeBytes > 0) {
-        const ssize_t written = write(file, data, sizeBytes);
+        const ssize_t written = DiskCalls::Current().Write(file, data, sizeBytes);
         if (written < 0) {
             if (errno == EINTR) {
                 continue;
@@ -54,15 +56,15 @@ void OutputFile::WriteThrough(const char* data, std::size_t sizeBytes) {
     }
 }
 
-void OutputFile::Commit() {
+void OutputFile::Commit(const std::function<void(const std::string&)>& beforeReplacing) {
     Flush();
     // Network file systems tell of a full disk as late as here.
-    const int result = close(file);
+    const int result = DiskCalls::Current().Close(file);
     file = -1;
     if (result != 0) {
         ThrowFileError("write", replacement.Path(), errno);
     }
-    replacement.Commit();
+    replacement.Commit(beforeReplacing);
 }
 
 }  // namespace trovik

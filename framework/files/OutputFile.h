@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -47,7 +48,8 @@ public:
     }
 
     /// Brings everything to disk and puts the file in place. To be called once, as the last thing.
-    void Commit();
+    /// \param beforeReplacing  see FileReplacement::Commit.
+    void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
 private:
     static constexpr std::size_t BufferBytes = std::size_t{1} << 20;

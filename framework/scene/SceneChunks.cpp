@@ -65,12 +65,12 @@ void SceneWriter::Write(std::string_view name, const SceneStream& content) {
     Put(bytes.data(), bytes.size());
 }
 
-void SceneWriter::Commit() {
+void SceneWriter::Commit(const std::function<void(const std::string&)>& beforeReplacing) {
     SceneStream end = Section();
     uint64_t length = written + chunkHeaderBytes + sizeof length;
     end.Transfer(length);
     Write(lastChunk, end);
-    file.Commit();
+    file.Commit(beforeReplacing);
 }
 
 SceneReader::SceneReader(const std::string& path) : file(path), header(ReadHeader()) {

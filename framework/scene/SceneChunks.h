@@ -29,7 +29,8 @@ public:
     SceneStream Section() const { return prototype.Section(); }
     void Write(std::string_view name, const SceneStream& content);
     /// Closes the file and puts it in place. To be called once, as the last thing.
-    void Commit();
+    /// \param beforeReplacing  see FileReplacement::Commit.
+    void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
 private:
     void Put(const void* bytes, std::size_t size);

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <new>
 #include <optional>
 
 namespace trovik {
@@ -110,7 +111,12 @@ private:
 
 }  // namespace
 
-void SaveScene(const std::string& path, const SceneParts& parts, const SceneStream& header) {
+namespace {
+
+void WriteScene(const std::string& path,
+                const SceneParts& parts,
+                const SceneStream& header,
+                const std::function<void(const std::string&)>& beforeReplacing) {
     SceneWriter writer(path, header);
     const auto write = [&writer](const char* name, const auto& fill) {
         SceneStream content = writer.Section();
@@ -145,8 +151,25 @@ void SaveScene(const std::string& path, const SceneParts& parts, const SceneStre
         const std::string reason = error.what();
         if (reason.rfind(path, 0) == 0) throw;
         throw HostError(path + ": " + reason);
+    } catch (Error* error) {
+        const std::string reason = error->Message().toStdString();
+        Error::Dispose(error);
+        throw HostError("cannot write " + path + ": " + reason);
     }
-    writer.Commit();
+    writer.Commit(beforeReplacing);
+}
+
+}  // namespace
+
+void SaveScene(const std::string& path,
+               const SceneParts& parts,
+               const SceneStream& header,
+               const std::function<void(const std::string&)>& beforeReplacing) {
+    try {
+        WriteScene(path, parts, header, beforeReplacing);
+    } catch (const std::bad_alloc&) {
+        throw HostError("cannot write " + path + ": there is not enough memory");
+    }
 }
 
 LoadedScene LoadScene(const std::string& path, BrushOperation* brush) {

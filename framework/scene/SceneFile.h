@@ -6,6 +6,7 @@
 #include "framework/levels/LevelGeometry.h"
 #include "framework/scene/SceneStream.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -42,11 +43,14 @@ struct SceneParts {
 
 /// Writes the scene beside the old file and renames. No stroke may be under way.
 /// \param header  format and class versions to write under; older ones leave out what they lack.
-/// \throw HostError naming the file and the reason, also for positions that are no numbers. The old
-/// file then is as it was.
-TROVIK_API void SaveScene(const std::string& path,
-                          const SceneParts& parts,
-                          const SceneStream& header = SceneStream());
+/// \param beforeReplacing  see FileReplacement::Commit.
+/// \throw HostError naming the file and the reason, also for positions that are no numbers and
+/// where memory runs out. The old file then is as it was, and nothing of the new one is left.
+TROVIK_API void SaveScene(
+    const std::string& path,
+    const SceneParts& parts,
+    const SceneStream& header = SceneStream(),
+    const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
 /// A scene as read.
 struct LoadedScene {

@@ -43,13 +43,6 @@ std::string Listed(const std::vector<std::string>& names) {
     return list;
 }
 
-/// What the brush throws becomes the one line that users see.
-std::string TextOf(Error* error) {
-    const std::string text = error->Message().toStdString();
-    Error::Dispose(error);
-    return text;
-}
-
 /// \param field  where the script asks for it.
 template <typename T>
 AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
@@ -78,6 +71,7 @@ ScriptResult ScriptRunner::Run() {
     HostKernel::Instance().SetHUDListener(progress.message);
     if (!traceOptions.folder.empty()) StartTrace(script);
     SetUp(script);
+    StartJournal(script);
     const FieldReader steps = script.At("steps");
     // The trace ends with the last call into the brush.
     std::size_t lastCall = steps.Size();
@@ -88,21 +82,16 @@ ScriptResult ScriptRunner::Run() {
         const FieldReader step = steps.At(i);
         if (progress.step) progress.step(i, steps.Size(), step.Json().begin().key());
         try {
-            CheckOpenStroke(step);
-            RunStep(step);
-        } catch (Error* error) {
-            FinishTraceAfterError();
-            step.Fail(TextOf(error));
+            Do(step);
         } catch (...) {
             FinishTraceAfterError();
             throw;
         }
-        const std::string problem = session->Geometry().History().TakeProblem();
-        if (!problem.empty() && progress.message) progress.message(problem);
+        TellProblems();
         if (trace != nullptr) trace->ThrowIfFailed();
         if (i == lastCall) FinishTrace();
     }
-    session->Loop().End();
+    Close();
     if (progress.step) progress.step(steps.Size(), steps.Size(), "");
     HostKernel::Instance().SetHUDListener(nullptr);
     result.totals = session->Totals();
@@ -176,10 +165,8 @@ void ScriptRunner::OpenScene(const FieldReader& script) {
 
 void ScriptRunner::RunSave(const FieldReader& file) {
     if (!IsScenePath(file.Text())) file.Fail("a scene file's name ends in .trovik");
-    session->Settings().radius = radius;
-    session->Settings().spacing = spacing;
     const std::string target = OutputPath(file);
-    session->Save(target);
+    Save(target);
     result.files.push_back(target);
 }
 

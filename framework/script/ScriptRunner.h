@@ -7,6 +7,7 @@
 #include "framework/freeze/FreezeInView.h"
 #include "framework/script/FieldReader.h"
 #include "framework/script/SculptSession.h"
+#include "framework/script/SessionJournal.h"
 #include "framework/trace/TraceRecorder.h"
 
 #include <functional>
@@ -48,7 +49,23 @@ public:
     ScriptRunner(std::string scriptPath, std::string outputFolder, ScriptProgress progress);
     /// Writes a trace of the run; see docs/trace.md. To be called before Run.
     void SetTrace(const TraceOptions& options) { traceOptions = options; }
+    /// Keeps a journal of the run; see docs/journal.md. To be called before Run or Open.
+    void SetJournal(const JournalOptions& options) { journalOptions = options; }
     ScriptResult Run();
+
+    /// For programs that give steps one by one, in place of Run. Sets up as a script does;
+    /// \param setup  a script that ParseStrokeScript returned; its steps are passed over.
+    void Open(const nlohmann::json& setup);
+    /// Runs one step of a script. \param step  checked against the schema, as a part of one; it
+    /// outlives the call. \param number  its place in the script, for messages.
+    void Do(const nlohmann::json& step, std::size_t number);
+    /// Writes the scene as a step "save" does, to this path.
+    void Save(const std::string& scenePath);
+    /// The work ended in good order: ends an open stroke, and the journal.
+    void Close();
+    /// What was opened. Strokes may be made by its loop between steps; they go into the journal.
+    /// All other changes are steps.
+    SculptSession& Session() { return *session; }
 
 private:
     using StepFunction = void (ScriptRunner::*)(const FieldReader&);
@@ -60,6 +77,9 @@ private:
     void StartTrace(const FieldReader& script);
     void FinishTrace();
     void FinishTraceAfterError();
+    void Do(const FieldReader& step);
+    void StartJournal(const FieldReader& script);
+    void TellProblems();
     void CheckOpenStroke(const FieldReader& step) const;
     void RunTool(const FieldReader& name);
     void RunSettings(const FieldReader& settings);
@@ -124,6 +144,9 @@ private:
     /// Outlives the session, whose brush it hears.
     std::unique_ptr<TraceRecorder> trace;
     std::unique_ptr<SculptSession> session;
+    JournalOptions journalOptions;
+    /// Listens to the session until its own end.
+    std::unique_ptr<SessionJournal> journal;
     ScriptResult result;
     float radius = 0.1f;
     float spacing = 0.25f;

@@ -68,10 +68,12 @@ std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scene
     return std::unique_ptr<SculptSession>(new SculptSession(scenePath, MakeBrush()));
 }
 
-void SculptSession::Save(const std::string& scenePath, const SceneStream& header) {
+void SculptSession::Save(const std::string& scenePath,
+                         const SceneStream& header,
+                         const std::function<void(const std::string&)>& beforeReplacing) {
     if (loop->IsActive() || freezeLoop->IsActive())
         throw HostError(scenePath + ": a stroke is under way; end it first");
-    SaveScene(scenePath, {*geometry, loaded, *brush, settings}, header);
+    SaveScene(scenePath, {*geometry, loaded, *brush, settings}, header, beforeReplacing);
 }
 
 SculptSession::~SculptSession() {
@@ -103,6 +105,7 @@ void SculptSession::RebuildLoop() {
         geometry->FindMirror();
     PlaceMirrors();
     loop->SetObserver(observer);
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(inputListener);
     PlaceRenderers();
 }
 
@@ -114,6 +117,11 @@ void SculptSession::PlaceMirrors() {
 void SculptSession::SetObserver(StrokeObserver* newObserver) {
     observer = newObserver;
     loop->SetObserver(observer);
+}
+
+void SculptSession::SetInputListener(StrokeInputListener* newListener) {
+    inputListener = newListener;
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(inputListener);
 }
 
 void SculptSession::SetRenderers(const std::vector<float>& updateFactors) {

@@ -49,8 +49,10 @@ public:
 
     /// Writes all but the undo history, and the freeze brush's settings, into a scene file.
     /// \throw HostError; the old file then is as it was.
-    /// \param header  see SaveScene.
-    void Save(const std::string& scenePath, const SceneStream& header = SceneStream());
+    /// \param header, beforeReplacing  see SaveScene.
+    void Save(const std::string& scenePath,
+              const SceneStream& header = SceneStream(),
+              const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
     /// What OpenScene had to leave out, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
@@ -79,6 +81,8 @@ public:
     void ApplyUndoSettings();
     /// Who hears of every call into the brush; null for nobody. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
+    /// Who hears of what the stroke loop is told to do; null for nobody. Borrowed.
+    void SetInputListener(StrokeInputListener* newListener);
     /// One of the sculpting brush's tools, or "Freeze". Reads the tool's stamp where it names one
     /// that is there. \return false for a name that is no tool.
     bool SelectTool(const std::string& name);
@@ -143,6 +147,7 @@ private:
     std::vector<float> rendererFactors;
     std::optional<uint64_t> undoBudget;
     StrokeObserver* observer = nullptr;
+    StrokeInputListener* inputListener = nullptr;
 };
 
 }  // namespace trovik

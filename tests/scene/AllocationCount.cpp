@@ -11,6 +11,9 @@ namespace {
 
 std::atomic<uint64_t> held{0};
 std::atomic<uint64_t> peak{0};
+/// Allocations up to the one to be refused; 0: none is to be.
+std::atomic<uint64_t> untilRefusal{0};
+std::atomic<bool> refused{false};
 
 }  // namespace
 
@@ -18,7 +21,17 @@ uint64_t PeakBytes() { return peak; }
 uint64_t BytesHeld() { return held; }
 void ForgetPeak() { peak = held.load(); }
 
+void RefuseAllocation(uint64_t number) {
+    refused = false;
+    untilRefusal = number;
+}
+bool HasRefused() { return refused; }
+
 void* Counted(std::size_t bytes) {
+    if (untilRefusal != 0 && --untilRefusal == 0) {
+        refused = true;
+        throw std::bad_alloc();
+    }
     void* memory = std::malloc(bytes == 0 ? 1 : bytes);
     if (memory == nullptr) throw std::bad_alloc();
     const uint64_t now = held += malloc_usable_size(memory);

@@ -12,4 +12,10 @@ uint64_t PeakBytes();
 void ForgetPeak();
 uint64_t BytesHeld();
 
+/// Refuses the allocation that comes as the `number`-th from now on, counted from 1, and no other;
+/// 0: none.
+void RefuseAllocation(uint64_t number);
+/// Whether that allocation has come.
+bool HasRefused();
+
 }  // namespace trovik::test

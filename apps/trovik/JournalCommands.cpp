@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Commands.h"
+#include "ProgressLine.h"
+#include "framework/errors/HostError.h"
+#include "framework/files/ContentHash.h"
+#include "framework/scene/SceneFile.h"
+#include "framework/script/JournalRecovery.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+namespace trovik {
+
+namespace {
+
+struct RecoverOptions {
+    std::string journal;
+    std::string scene;
+    bool untilDamage = false;
+    bool quiet = false;
+    bool json = false;
+};
+
+void Recover(const RecoverOptions& options) {
+    if (!IsScenePath(options.scene))
+        throw HostError(options.scene + ": a scene file's name ends in .trovik");
+    ProgressLine line(options.quiet);
+    RecoveryOptions recovery;
+    recovery.untilDamage = options.untilDamage;
+    recovery.progress.step = [&line](std::size_t done, std::size_t count, const std::string& what) {
+        line.Step(done, count, what);
+    };
+    RecoveredWork work = RecoverJournal(options.journal, options.scene, recovery);
+    line.Finish();
+    LevelGeometry& geometry = work.runner->Session().Geometry();
+    const uint64_t vertices = geometry.Bound()->VertexCount();
+    if (options.json) {
+        const nlohmann::json summary = {{"steps", work.steps},
+                                        {"dabs", work.dabs},
+                                        {"vertices", vertices},
+                                        {"levels", geometry.LevelCount()},
+                                        {"notes", work.notes},
+                                        {"file", options.scene}};
+        std::printf("%s\n", summary.dump(2).c_str());
+        return;
+    }
+    for (const std::string& note : work.notes) std::fprintf(stderr, "trovik: %s\n", note.c_str());
+    if (options.quiet) return;
+    std::printf("steps           %zu\n", work.steps);
+    std::printf("dabs            %llu\n", static_cast<unsigned long long>(work.dabs));
+    std::printf("mesh            %llu vertices, %u levels\n",
+                static_cast<unsigned long long>(vertices),
+                geometry.LevelCount());
+    std::printf("wrote           %s\n", options.scene.c_str());
+}
+
+struct HistoryOptions {
+    std::string file;
+    bool json = false;
+    bool untilDamage = false;
+};
+
+/// The journal that goes with a scene lies beside it and starts from it.
+JournalContent JournalOf(const HistoryOptions& options) {
+    if (!IsScenePath(options.file)) return ReadJournal(options.file, options.untilDamage);
+    const std::string beside = options.file + ".journal";
+    std::error_code ignored;
+    if (!std::filesystem::exists(options.file, ignored))
+        throw HostError(options.file + ": there is no such file");
+    if (!std::filesystem::exists(beside, ignored))
+        throw HostError(options.file + ": a scene's steps are in its journal, and there is no " +
+                        beside);
+    JournalContent content = ReadJournal(beside, options.untilDamage);
+    const ContentHash present = HashFile(options.file);
+    bool isOfScene = content.base.content == present;
+    for (const JournalSave& save : content.saves)
+        isOfScene = isOfScene || save.scene.content == present;
+    if (!isOfScene) content.notes.push_back(beside + " is not of this scene as it is now");
+    return content;
+}
+
+std::string Count(uint64_t number) { return number == 0 ? "" : std::to_string(number); }
+
+void Tell(const HistoryOptions& options) {
+    const JournalContent content = JournalOf(options);
+    nlohmann::json steps = content.past;
+    const std::size_t pastSteps = steps.size();
+    for (const JournalStep& step : content.steps) steps.push_back(SummaryOf(step));
+    if (options.json) {
+        const nlohmann::json all = {{"file", options.file},
+                                    {"startedFrom", content.base.source},
+                                    {"program", content.base.program},
+                                    {"stepsBeforeStart", pastSteps},
+                                    {"closed", content.isClosed},
+                                    {"steps", steps},
+                                    {"notes", content.notes}};
+        std::printf("%s\n", all.dump(2).c_str());
+        return;
+    }
+    std::printf("%6s  %8s  %10s  %12s  %s\n", "step", "dabs", "vertices", "bytes", "what");
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (i == pastSteps)
+            std::printf("        from here on, after %s:\n", content.base.source.c_str());
+        const nlohmann::json& step = steps[i];
+        std::printf("%6zu  %8s  %10s  %12s  %s%s\n",
+                    i + 1,
+                    Count(step.value("dabs", uint64_t{0})).c_str(),
+                    Count(step.value("vertices", uint64_t{0})).c_str(),
+                    Count(step.value("undoBytes", uint64_t{0})).c_str(),
+                    step.value("step", std::string()).c_str(),
+                    step.value("finished", true) ? "" : " (not finished)");
+    }
+    if (!content.isClosed) std::printf("The work did not end in good order, or goes on.\n");
+    for (const std::string& note : content.notes)
+        std::fprintf(stderr, "trovik: %s\n", note.c_str());
+}
+
+}  // namespace
+
+void AddRecoverCommand(CLI::App& program) {
+    auto options = std::make_shared<RecoverOptions>();
+    CLI::App* verb = program.add_subcommand(
+        "recover", "Does the work of a journal again, after a crash, and saves it as a scene");
+    verb->add_option("journal", options->journal, "Journal (see docs/journal.md)")->required();
+    verb->add_option("-o,--output", options->scene, "Scene file to write (*.trovik)")->required();
+    verb->add_flag("--until-damage",
+                   options->untilDamage,
+                   "Of a damaged journal, what comes before the damage");
+    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
+    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->callback([options] { Recover(*options); });
+}
+
+void AddHistoryCommand(CLI::App& program) {
+    auto options = std::make_shared<HistoryOptions>();
+    CLI::App* verb = program.add_subcommand(
+        "history", "Lists the steps of a journal, or of a scene with its journal beside it");
+    verb->add_option(
+            "file", options->file, "Journal, or scene (FILE.trovik with FILE.trovik.journal)")
+        ->required();
+    verb->add_flag("--until-damage",
+                   options->untilDamage,
+                   "Of a damaged journal, what comes before the damage");
+    verb->add_flag("--json", options->json, "As JSON");
+    verb->callback([options] { Tell(*options); });
+}
+
+}  // namespace trovik

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/journal/Journal.h"
+
+#include "framework/errors/HostError.h"
+
+#include <filesystem>
+
+namespace trovik {
+
+namespace {
+
+/// Lines of the past that go on into a new journal, the newest.
+constexpr std::size_t mostPast = 4096;
+
+void RefuseUnfinished(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) return;
+    bool isClosed = false;
+    try {
+        isClosed = ReadJournal(path).isClosed;
+    } catch (const HostError&) {
+        // Not a whole journal, so nothing that may be written over.
+    }
+    if (!isClosed) {
+        throw HostError(path +
+                        ": the work of this journal did not end in good order; save it with "
+                        "trovik recover, or take the file away");
+    }
+}
+
+}  // namespace
+
+Journal::Journal(const JournalOptions& journalOptions, const JournalBase& base)
+    : options(journalOptions) {
+    RefuseUnfinished(options.path);
+    Start(base);
+}
+
+void Journal::Start(const JournalBase& base) {
+    auto fresh = std::make_unique<JournalWriter>(options.path);
+    fresh->Append(RecordKind::Base, ToJson(base).dump());
+    if (!past.empty()) fresh->Append(RecordKind::Past, past.dump());
+    fresh->PutInPlace();
+    writer = std::move(fresh);
+}
+
+template <typename Write>
+void Journal::Guarded(const Write& write) {
+    if (writer == nullptr) return;
+    try {
+        write();
+    } catch (const std::exception& error) {
+        GiveUp(error.what());
+    }
+}
+
+void Journal::GiveUp(const std::string& reason) {
+    problem = reason + "; the journal ends here, and the work goes on without";
+    writer.reset();
+}
+
+void Journal::BeginStep(const nlohmann::json& json) {
+    inStep = true;
+    step = JournalStep();
+    // Of a stroke, whose samples can be many, a line of the past shows only the label.
+    step.step = json.contains("stroke") ? nlohmann::json{{"stroke", nullptr}} : json;
+    Guarded([&] {
+        writer->Append(RecordKind::Step, json.dump());
+        writer->Flush();
+    });
+}
+
+void Journal::DabDone() {
+    Guarded([&] {
+        writer->AppendValue(RecordKind::Dab, DabMark{++step.dabs});
+        writer->Flush();
+    });
+}
+
+void Journal::End(RecordKind kind, JournalStep& present, StepEnd end, const std::string& label) {
+    end.dabs = present.dabs;
+    present.label = label;
+    present.vertices = end.vertices;
+    present.undoBytes = end.undoBytes;
+    present.isOver = true;
+    present.failed = end.failed != 0;
+    Guarded([&] {
+        std::string content(reinterpret_cast<const char*>(&end), sizeof end);
+        writer->Append(kind, content + label);
+        if (options.syncSteps)
+            writer->Sync();
+        else
+            writer->Flush();
+        if (past.size() >= mostPast) past.erase(past.begin());
+        past.push_back(SummaryOf(present));
+    });
+}
+
+void Journal::EndStep(const StepEnd& end, const std::string& label) {
+    inStep = false;
+    End(RecordKind::StepDone, step, end, label);
+}
+
+void Journal::BeginStroke(const StrokeStart& start, const std::string& label) {
+    stroke = JournalStep();
+    Guarded([&] {
+        std::string content(reinterpret_cast<const char*>(&start), sizeof start);
+        writer->Append(RecordKind::StrokeBegin, content + label);
+        writer->Flush();
+    });
+}
+
+void Journal::StrokeDab(const StrokeInput& dab) {
+    ++stroke.dabs;
+    Guarded([&] {
+        writer->AppendValue(RecordKind::StrokeDab, dab);
+        writer->Flush();
+    });
+}
+
+void Journal::WholeMesh(const WholeMeshInput& input) {
+    ++stroke.dabs;
+    Guarded([&] {
+        writer->AppendValue(RecordKind::StrokeWhole, input);
+        writer->Flush();
+    });
+}
+
+void Journal::PutBack() {
+    // Goes with the dab that follows it: without that dab the stroke shows nothing.
+    Guarded([&] { writer->Append(RecordKind::StrokePutBack, nullptr, 0); });
+}
+
+void Journal::EndStroke(const StepEnd& end, const std::string& label) {
+    End(RecordKind::StrokeEnd, stroke, end, label);
+    stroke = JournalStep();
+}
+
+void Journal::Stamp(const JournalFile& stamp) {
+    Guarded([&] {
+        writer->Append(RecordKind::Stamp, ToJson(stamp).dump());
+        writer->Flush();
+    });
+}
+
+void Journal::Saved(const JournalFile& scene) {
+    Guarded([&] {
+        writer->Append(RecordKind::Saved, ToJson(scene).dump());
+        writer->Sync();
+    });
+}
+
+void Journal::StartAnew(const JournalBase& base) {
+    Guarded([&] { Start(base); });
+}
+
+void Journal::Close() {
+    Guarded([&] {
+        writer->Append(RecordKind::Close, nullptr, 0);
+        writer->Sync();
+        writer.reset();
+    });
+}
+
+std::string Journal::TakeProblem() {
+    std::string taken;
+    taken.swap(problem);
+    return taken;
+}
+
+}  // namespace trovik

@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/journal/JournalContent.h"
+
+#include "framework/errors/HostError.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+using nlohmann::json;
+
+/// Builds the content record by record; each is refused that does not belong where it stands.
+class ContentBuilder {
+public:
+    ContentBuilder(const JournalReader& journal, JournalContent& built)
+        : reader(journal), content(built) {}
+
+    void Take(const JournalRecord& next) {
+        record = &next;
+        const bool isFirst = next.byte == journalHeaderBytes;
+        if (isFirst != (next.kind == RecordKind::Base))
+            Refuse(isFirst ? "the first record does not tell what the work started from"
+                           : "what the work started from is told twice");
+        if (content.isClosed) Refuse("a record follows the end of the work");
+        switch (next.kind) {
+            case RecordKind::Base:
+                TakeBase();
+                break;
+            case RecordKind::Step:
+                TakeStep();
+                break;
+            case RecordKind::Dab:
+                TakeDab();
+                break;
+            case RecordKind::StepDone:
+                TakeEnd(false);
+                break;
+            case RecordKind::StrokeBegin:
+                TakeStrokeBegin();
+                break;
+            case RecordKind::StrokeDab:
+                TakeStrokeDab();
+                break;
+            case RecordKind::StrokeWhole:
+                TakeStrokeWhole();
+                break;
+            case RecordKind::StrokePutBack:
+                TakePutBack();
+                break;
+            case RecordKind::StrokeEnd:
+                TakeEnd(true);
+                break;
+            case RecordKind::Stamp:
+                content.stamps.push_back(FileIn(ReadJson()));
+                break;
+            case RecordKind::Saved:
+                TakeSaved();
+                break;
+            case RecordKind::Past:
+                TakePast();
+                break;
+            case RecordKind::Close:
+                TakeClose();
+                break;
+        }
+    }
+
+private:
+    [[noreturn]] void Refuse(const std::string& reason) const {
+        reader.Fail(record->byte, reason + "; the journal is damaged");
+    }
+
+    json ReadJson() const {
+        json read = json::parse(record->content.begin(), record->content.end(), nullptr, false);
+        if (!read.is_object() && !read.is_array()) Refuse("a record is no valid JSON");
+        return read;
+    }
+
+    std::string Text(const json& fields, const char* name) const {
+        if (!fields.is_object() || !fields.contains(name) || !fields.at(name).is_string())
+            Refuse(std::string("a record lacks \"") + name + "\"");
+        return fields.at(name).get<std::string>();
+    }
+
+    JournalFile FileIn(const json& fields) const {
+        JournalFile file{Text(fields, "path"), {Text(fields, "sha256"), 0}};
+        if (!fields.contains("bytes") || !fields.at("bytes").is_number_unsigned())
+            Refuse("a record lacks \"bytes\"");
+        file.content.bytes = fields.at("bytes").get<uint64_t>();
+        return file;
+    }
+
+    /// The record's content as a value, with `rest` bytes behind it; null: there may be none.
+    template <typename Value>
+    Value ReadValue(std::string* rest = nullptr) const {
+        const std::string_view bytes = record->content;
+        if (bytes.size() < sizeof(Value) || (rest == nullptr && bytes.size() != sizeof(Value)))
+            Refuse("a record has " + std::to_string(bytes.size()) +
+                   " bytes, which do not fit its kind");
+        Value value;
+        std::memcpy(&value, bytes.data(), sizeof value);
+        if (rest != nullptr) *rest = std::string(bytes.substr(sizeof value));
+        return value;
+    }
+
+    void TakeBase() {
+        const json fields = ReadJson();
+        JournalBase& base = content.base;
+        base.script = Text(fields, "script");
+        base.program = Text(fields, "program");
+        const JournalFile source = FileIn(fields.contains("source") ? fields.at("source") : json());
+        base.source = source.path;
+        base.content = source.content;
+        if (!fields.contains("setup") || !fields.at("setup").is_object())
+            Refuse("a record lacks \"setup\"");
+        base.setup = fields.at("setup");
+    }
+
+    JournalStep& OpenStep() {
+        if (!inStep) Refuse("a record of a step stands outside of one");
+        return content.steps.back();
+    }
+
+    /// The stroke that is not a step's doing, or what a step left of it.
+    JournalStep& OpenStroke() {
+        if (inStep) Refuse("a record of a stroke stands within a step");
+        if (!inStrokePart) Start(JournalStep());
+        inStrokePart = true;
+        return content.steps.back();
+    }
+
+    void Start(JournalStep step) {
+        step.byte = record->byte;
+        // What a step cuts off of a stroke is whole in itself.
+        if (inStrokePart) content.steps.back().isOver = true;
+        inStrokePart = false;
+        content.steps.push_back(std::move(step));
+    }
+
+    void TakeStep() {
+        JournalStep step;
+        step.step = ReadJson();
+        if (!step.step.is_object() || step.step.empty()) Refuse("a step is no JSON object");
+        if (inStep) Refuse("a step starts before the one before it has ended");
+        Start(std::move(step));
+        inStep = true;
+    }
+
+    void TakeDab() {
+        JournalStep& step = OpenStep();
+        if (ReadValue<DabMark>().count != step.dabs + 1)
+            Refuse("the dabs of a step are out of count");
+        ++step.dabs;
+    }
+
+    void TakeEnd(bool ofStroke) {
+        JournalStep& step = ofStroke ? OpenStroke() : OpenStep();
+        const StepEnd end = ReadValue<StepEnd>(&step.label);
+        if (end.dabs != (ofStroke ? strokeDabs : step.dabs))
+            Refuse("the dabs of a step are out of count");
+        step.isOver = true;
+        step.endsStroke = ofStroke;
+        step.failed = end.failed != 0;
+        step.vertices = end.vertices;
+        step.undoBytes = end.undoBytes;
+        inStep = false;
+        inStrokePart = false;
+        if (ofStroke) strokeDabs = 0;
+    }
+
+    void TakeStrokeBegin() {
+        if (inStep || inStrokePart) Refuse("a stroke starts before what is under way has ended");
+        JournalStep& stroke = OpenStroke();
+        stroke.start = ReadValue<StrokeStart>(&stroke.label);
+        if (stroke.start->modifier > 2) Refuse("a stroke has an unknown modifier");
+        strokeDabs = 0;
+    }
+
+    void TakeStrokeDab() {
+        JournalStep& stroke = OpenStroke();
+        StrokeCall call{RecordKind::StrokeDab, ReadValue<StrokeInput>(), {}};
+        const StrokeInput& dab = call.dab;
+        for (const auto* place : {&dab.hitPosition, &dab.hitNormal, &dab.position, &dab.heading})
+            for (const float number : *place)
+                if (!std::isfinite(number)) Refuse("a dab has a number that is not finite");
+        if (!std::isfinite(dab.size) || !std::isfinite(dab.pressure) ||
+            !std::isfinite(dab.strength))
+            Refuse("a dab has a number that is not finite");
+        stroke.calls.push_back(call);
+        ++stroke.dabs;
+        ++strokeDabs;
+    }
+
+    void TakeStrokeWhole() {
+        JournalStep& stroke = OpenStroke();
+        StrokeCall call{RecordKind::StrokeWhole, {}, ReadValue<WholeMeshInput>()};
+        if (!std::isfinite(call.whole.strength)) Refuse("a strength is not finite");
+        stroke.calls.push_back(call);
+        ++stroke.dabs;
+        ++strokeDabs;
+    }
+
+    void TakePutBack() { OpenStroke().calls.push_back({RecordKind::StrokePutBack, {}, {}}); }
+
+    void TakeSaved() {
+        if (inStep || inStrokePart) Refuse("a scene is saved within a step");
+        content.saves.push_back({FileIn(ReadJson()), content.steps.size()});
+    }
+
+    void TakePast() {
+        json past = ReadJson();
+        if (!past.is_array()) Refuse("the past is no JSON array");
+        for (const json& line : past)
+            if (!line.is_object()) Refuse("a line of the past is no JSON object");
+        content.past = std::move(past);
+    }
+
+    void TakeClose() {
+        if (inStep) Refuse("the work ends within a step");
+        content.isClosed = true;
+    }
+
+    const JournalReader& reader;
+    JournalContent& content;
+    const JournalRecord* record = nullptr;
+    bool inStep = false;
+    /// The newest of the steps is a stroke, or a part of one, and has not ended.
+    bool inStrokePart = false;
+    /// Of the stroke that is not a step's doing, all its parts together.
+    uint32_t strokeDabs = 0;
+};
+
+constexpr std::size_t longestLabel = 60;
+
+/// What the step is, and with what, as short as a line wants it.
+std::string LabelOf(const JournalStep& step) {
+    std::string text;
+    if (step.step.is_null() || step.step.contains("stroke")) {
+        text = step.label.empty() ? "stroke" : "stroke " + step.label;
+    } else if (step.step.contains("tool") && step.step.at("tool").is_string()) {
+        text = "tool " + step.step.at("tool").get<std::string>();
+    } else {
+        const auto first = step.step.begin();
+        text =
+            first.key() + " " + first.value().dump(-1, ' ', true, json::error_handler_t::replace);
+    }
+    for (char& letter : text)
+        if (letter >= 0 && letter < ' ') letter = ' ';
+    if (text.size() <= longestLabel) return text;
+    std::size_t end = longestLabel;
+    // Not within a letter of several bytes.
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) --end;
+    return text.substr(0, end) + "...";
+}
+
+}  // namespace
+
+json ToJson(const JournalFile& file) {
+    return {{"path", file.path}, {"sha256", file.content.sha256}, {"bytes", file.content.bytes}};
+}
+
+json ToJson(const JournalBase& base) {
+    return {{"program", base.program},
+            {"script", base.script},
+            {"setup", base.setup},
+            {"source", ToJson(JournalFile{base.source, base.content})}};
+}
+
+JournalContent ReadJournal(const std::string& path, bool untilDamage) {
+    const JournalReader reader(path);
+    if (!reader.Damage().empty() && !untilDamage) {
+        throw HostError(reader.Damage() + "; with --until-damage, what comes before it is taken (" +
+                        std::to_string(reader.Records().size()) + " records)");
+    }
+    JournalContent content;
+    ContentBuilder builder(reader, content);
+    for (const JournalRecord& record : reader.Records()) builder.Take(record);
+    if (reader.Records().empty())
+        reader.Fail(journalHeaderBytes, "the journal does not tell what the work started from");
+    for (const std::string& note : {reader.Damage(), reader.TornTail()})
+        if (!note.empty()) content.notes.push_back(note);
+    return content;
+}
+
+json SummaryOf(const JournalStep& step) {
+    return {{"step", LabelOf(step)},
+            {"dabs", step.dabs},
+            {"vertices", step.vertices},
+            {"undoBytes", step.undoBytes},
+            {"finished", step.isOver && !step.failed}};
+}
+
+}  // namespace trovik

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/journal/JournalReader.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/files/InputFile.h"
+#include "framework/scene/Crc32.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+uint32_t NumberAt(const std::string& bytes, std::size_t place) {
+    uint32_t number = 0;
+    std::memcpy(&number, bytes.data() + place, sizeof number);
+    return number;
+}
+
+}  // namespace
+
+JournalReader::JournalReader(const std::string& journalPath) : path(journalPath) {
+    InputFile file(path);
+    // Piece by piece, so that memory follows what is there and not what the file's size says.
+    constexpr uint64_t pieceBytes = uint64_t{1} << 20;
+    while (file.Remaining() > 0) {
+        const auto size = static_cast<std::size_t>(std::min(pieceBytes, file.Remaining()));
+        const unsigned char* piece = file.Take(size);
+        if (piece == nullptr) Fail(file.Position(), "the file became shorter while it was read");
+        bytes.append(reinterpret_cast<const char*>(piece), size);
+    }
+    ReadHeader();
+    ReadRecords();
+}
+
+void JournalReader::Fail(uint64_t byte, const std::string& reason) const {
+    throw HostError(path + ": byte " + std::to_string(byte) + ": " + reason);
+}
+
+void JournalReader::ReadHeader() {
+    if (bytes.size() < journalHeaderBytes)
+        Fail(bytes.size(), "the file ends within the header of a journal");
+    if (std::memcmp(bytes.data(), journalMagic.data(), journalMagic.size()) != 0)
+        Fail(0, "not a journal: the first eight bytes are not TROVIKJN");
+    const uint32_t version = NumberAt(bytes, 8);
+    if (Crc32(bytes.data(), 12) != NumberAt(bytes, 12))
+        Fail(0, "the header does not fit its checksum; the file is damaged");
+    if (version != journalVersion) {
+        Fail(8,
+             "the journal is of version " + std::to_string(version) +
+                 "; this program reads version " + std::to_string(journalVersion));
+    }
+}
+
+std::optional<JournalReader::Frame> JournalReader::WholeFrameAt(std::size_t place) const {
+    if (bytes.size() - place < recordHeaderBytes) return std::nullopt;
+    const Frame frame{
+        NumberAt(bytes, place), NumberAt(bytes, place + 4), NumberAt(bytes, place + 8)};
+    if (frame.kind == 0 || frame.kind > highestRecordKind) return std::nullopt;
+    if (frame.length > bytes.size() - place - recordHeaderBytes) return std::nullopt;
+    const uint32_t checksum = Crc32(
+        bytes.data() + place + recordHeaderBytes, frame.length, Crc32(bytes.data() + place, 12));
+    if (checksum != NumberAt(bytes, place + 12)) return std::nullopt;
+    return frame;
+}
+
+// Only what looks like a record is summed up, and not without end: a file that is made to look like
+// records everywhere would otherwise be read as often as it has bytes.
+bool JournalReader::RecordFollows(std::size_t place, uint32_t number) const {
+    uint64_t effort = uint64_t{16} * bytes.size();
+    for (; place + recordHeaderBytes <= bytes.size(); ++place) {
+        const uint32_t kind = NumberAt(bytes, place + 4);
+        const uint64_t length = NumberAt(bytes, place);
+        const uint32_t found = NumberAt(bytes, place + 8);
+        if (kind == 0 || kind > highestRecordKind || found < number) continue;
+        if (length > bytes.size() - place - recordHeaderBytes) continue;
+        if (length > effort) return true;
+        effort -= length;
+        if (WholeFrameAt(place)) return true;
+    }
+    return false;
+}
+
+void JournalReader::ReadRecords() {
+    std::size_t place = journalHeaderBytes;
+    const auto tell = [this](std::size_t byte, const std::string& reason) {
+        damage = path + ": byte " + std::to_string(byte) + ": " + reason;
+    };
+    while (place < bytes.size()) {
+        const auto number = static_cast<uint32_t>(records.size());
+        const auto frame = WholeFrameAt(place);
+        if (!frame) {
+            if (RecordFollows(place + 1, number)) {
+                tell(place,
+                     "record " + std::to_string(number) +
+                         " does not fit its checksum; "
+                         "the journal is damaged here, and more records follow");
+            } else {
+                tornTail = path + ": the last " + std::to_string(bytes.size() - place) +
+                           " bytes, from byte " + std::to_string(place) +
+                           " on, are no whole record and were left out";
+            }
+            return;
+        }
+        if (frame->number != number) {
+            tell(place,
+                 "record " + std::to_string(number) + " is missing; record " +
+                     std::to_string(frame->number) + " stands in its place");
+            return;
+        }
+        records.push_back(
+            {static_cast<RecordKind>(frame->kind),
+             place,
+             std::string_view(bytes).substr(place + recordHeaderBytes, frame->length)});
+        place += recordHeaderBytes + frame->length;
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/JournalRecovery.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/script/ScriptDocument.h"
+
+#include <exception>
+#include <filesystem>
+#include <limits>
+#include <optional>
+
+namespace trovik {
+
+namespace {
+
+/// Leaves a step after its last finished dab.
+struct EndOfJournal : std::exception {};
+
+/// Counts what a step does, up to a limit.
+class DabCounter final : public StrokeInputListener {
+public:
+    uint32_t count = 0;
+    uint32_t limit = std::numeric_limits<uint32_t>::max();
+
+    void OnStrokeBegun(BrushOperation::Modifier, uint64_t) override {}
+    void OnDab(const StrokeDab&, bool failed) override {
+        if (!failed) Count();
+    }
+    void OnWholeMesh(float, bool) override { Count(); }
+    void OnPutBack() override {}
+    void OnStrokeEnded() override {}
+
+private:
+    void Count() {
+        if (++count >= limit) throw EndOfJournal();
+    }
+};
+
+bool IsStill(const JournalFile& file) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(file.path, ignored)) return false;
+    return HashFile(file.path) == file.content;
+}
+
+/// Runs a journal's steps.
+class Redo {
+public:
+    Redo(const std::string& journalPath, RecoveredWork& recovered, const RecoveryOptions& given)
+        : path(journalPath), work(recovered), content(recovered.content), options(given) {}
+
+    void Run() {
+        CheckStamps();
+        const std::size_t first = ChooseStart();
+        const nlohmann::json script = Checked(first);
+        work.runner = std::make_unique<ScriptRunner>(content.base.script, ".", ScriptProgress{});
+        work.runner->Open(script);
+        work.runner->Session().SetInputListener(&counter);
+        for (std::size_t i = first; i < content.steps.size(); ++i) {
+            if (options.progress.step)
+                options.progress.step(i, content.steps.size(), Name(content.steps[i]));
+            step = &content.steps[i];
+            if (step->step.is_null())
+                RedoStroke();
+            else
+                RedoStep(i);
+        }
+        work.runner->Session().Loop().End();
+        work.runner->Session().SetInputListener(nullptr);
+    }
+
+private:
+    [[noreturn]] void Fail(const std::string& reason) const {
+        throw HostError(path + ": " + reason);
+    }
+
+    static std::string Name(const JournalStep& step) {
+        return step.step.is_null() ? "stroke" : step.step.begin().key();
+    }
+
+    void CheckStamps() const {
+        for (const JournalFile& stamp : content.stamps) {
+            if (!IsStill(stamp))
+                Fail("the stamp " + stamp.path + " is no longer what it was (sha256 " +
+                     stamp.content.sha256 + ")");
+        }
+    }
+
+    /// Sees where the work can start; \return the first step to be done.
+    std::size_t ChooseStart() {
+        // Where nothing came after a save, the scene is the work.
+        const auto& saves = content.saves;
+        if (!saves.empty() && saves.back().stepsBefore == content.steps.size() &&
+            IsStill(saves.back().scene))
+            return StartFrom(saves.back());
+        if (IsStill({content.base.source, content.base.content})) return 0;
+        for (auto save = saves.rbegin(); save != saves.rend(); ++save)
+            if (IsStill(save->scene)) return StartFrom(*save);
+        Fail("the file that the work started from, " + content.base.source +
+             ", is no longer there or not what it was (sha256 " + content.base.content.sha256 +
+             "); put it back and try again");
+    }
+
+    std::size_t StartFrom(const JournalSave& save) {
+        nlohmann::json setup = nlohmann::json::object();
+        for (const char* field :
+             {"preferences", "testMode", "memoryLimit", "undoBudget", "renderers"})
+            if (content.base.setup.contains(field)) setup[field] = content.base.setup.at(field);
+        setup["scene"] = save.scene.path;
+        content.base.setup = std::move(setup);
+        return save.stepsBefore;
+    }
+
+    /// The steps as one script, which its schema finds good.
+    nlohmann::json Checked(std::size_t first) const {
+        nlohmann::json script = content.base.setup;
+        script["steps"] = nlohmann::json::array();
+        for (std::size_t i = first; i < content.steps.size(); ++i)
+            if (!content.steps[i].step.is_null()) script["steps"].push_back(content.steps[i].step);
+        return ParseStrokeScript(script.dump(), path);
+    }
+
+    void RedoStep(std::size_t number) {
+        if (!step->isOver && step->dabs == 0) {
+            work.notes.push_back(path + ": the last step, \"" + Name(*step) +
+                                 "\", was not finished and was left out");
+            return;
+        }
+        counter.count = 0;
+        counter.limit = step->isOver ? std::numeric_limits<uint32_t>::max() : step->dabs;
+        bool failed = false;
+        try {
+            work.runner->Do(step->step, number);
+        } catch (const EndOfJournal&) {
+            work.notes.push_back(path +
+                                 ": the last stroke ends after its last finished dab, number " +
+                                 std::to_string(step->dabs));
+        } catch (const HostError& error) {
+            if (!step->failed) Fail("byte " + std::to_string(step->byte) + ": " + error.what());
+            failed = true;
+        }
+        counter.limit = std::numeric_limits<uint32_t>::max();
+        Compare(failed);
+        ++work.steps;
+        work.dabs += counter.count;
+    }
+
+    void Compare(bool failed) const {
+        const bool alike = step->isOver ? failed == step->failed && counter.count == step->dabs
+                                        : counter.count == step->dabs;
+        if (alike) return;
+        Fail("byte " + std::to_string(step->byte) + ": the step \"" + Name(*step) + "\" made " +
+             std::to_string(counter.count) + " dabs, and the journal has " +
+             std::to_string(step->dabs) + "; this program does not give that work again (it was " +
+             content.base.program + ")");
+    }
+
+    void RedoStroke() {
+        counter.count = 0;
+        SculptSession& session = work.runner->Session();
+        try {
+            if (step->start) {
+                session.Settings().strokesBegun = step->start->strokesBegun;
+                session.Geometry().History().SetNextLabel(step->label);
+                session.Loop().Begin(static_cast<BrushOperation::Modifier>(step->start->modifier),
+                                     step->start->seed);
+            }
+            for (const StrokeCall& call : step->calls) Repeat(session, call);
+            if (step->endsStroke) session.Loop().End();
+        } catch (const HostError& error) {
+            Fail("byte " + std::to_string(step->byte) + ": " + error.what());
+        } catch (Error* error) {
+            const std::string reason = error->Message().toStdString();
+            Error::Dispose(error);
+            Fail("byte " + std::to_string(step->byte) + ": " + reason);
+        }
+        ++work.steps;
+        work.dabs += counter.count;
+    }
+
+    void Repeat(SculptSession& session, const StrokeCall& call) {
+        if (!session.Loop().IsActive()) Fail("a stroke in the journal has no beginning");
+        if (call.kind == RecordKind::StrokePutBack) {
+            session.Loop().PutBack();
+        } else if (call.kind == RecordKind::StrokeWhole) {
+            session.Loop().WholeMesh(call.whole.strength, call.whole.byFacing != 0);
+        } else {
+            RepeatDab(session, call.dab);
+        }
+    }
+
+    void RepeatDab(SculptSession& session, const StrokeInput& input) {
+        LevelMesh& mesh = *session.Geometry().Bound();
+        if (input.face >= mesh.faceCount)
+            Fail("a dab in the journal lies on face " + std::to_string(input.face) +
+                 ", and the level has " + std::to_string(mesh.faceCount));
+        const auto vector = [](const std::array<float, 3>& v) { return Vector(v[0], v[1], v[2]); };
+        StrokeDab dab;
+        dab.hit = SurfacePoint(&mesh, 0, input.face);
+        dab.hit.position = vector(input.hitPosition);
+        dab.hit.normal = vector(input.hitNormal);
+        dab.position = vector(input.position);
+        dab.heading = vector(input.heading);
+        dab.size = input.size;
+        dab.pressure = input.pressure;
+        dab.strength = input.strength;
+        dab.keepPlace = (input.flags & StrokeInput::keepsPlace) != 0;
+        if ((input.flags & StrokeInput::failed) == 0) {
+            session.Loop().Dab(dab);
+            return;
+        }
+        try {
+            session.Loop().Dab(dab);
+        } catch (const HostError&) {
+            return;
+        } catch (Error* error) {
+            Error::Dispose(error);
+            return;
+        }
+        Fail("a dab that failed then did not fail now");
+    }
+
+    const std::string& path;
+    RecoveredWork& work;
+    JournalContent& content;
+    const RecoveryOptions& options;
+    DabCounter counter;
+    const JournalStep* step = nullptr;
+};
+
+}  // namespace
+
+RecoveredWork RedoJournal(const std::string& journalPath, const RecoveryOptions& options) {
+    RecoveredWork work;
+    work.content = ReadJournal(journalPath, options.untilDamage);
+    work.notes = work.content.notes;
+    Redo(journalPath, work, options).Run();
+    return work;
+}
+
+RecoveredWork RecoverJournal(const std::string& journalPath,
+                             const std::string& scenePath,
+                             const RecoveryOptions& options) {
+    RecoveredWork work = RedoJournal(journalPath, options);
+    work.runner->Save(scenePath);
+    return work;
+}
+
+}  // namespace trovik

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Steps one by one, and what the journal hears of them.
+#include "framework/errors/HostError.h"
+#include "framework/script/ScriptRunner.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace trovik {
+
+namespace {
+
+/// Steps that change nothing. The journal hears of a save by the session.
+constexpr const char* withoutTrace[] = {"picture", "sheet", "export", "save"};
+
+bool IsJournaled(const nlohmann::json& step) {
+    return std::none_of(std::begin(withoutTrace),
+                        std::end(withoutTrace),
+                        [&step](const char* name) { return step.contains(name); });
+}
+
+/// What the brush throws becomes the one line that users see.
+std::string TextOf(Error* error) {
+    const std::string text = error->Message().toStdString();
+    Error::Dispose(error);
+    return text;
+}
+
+}  // namespace
+
+void ScriptRunner::StartJournal(const FieldReader& script) {
+    if (journalOptions.path.empty()) return;
+    journal = std::make_unique<SessionJournal>(journalOptions, *session, script.Json(), path);
+}
+
+void ScriptRunner::Open(const nlohmann::json& setup) {
+    const FieldReader script(setup, path, "");
+    SetUp(script);
+    StartJournal(script);
+}
+
+void ScriptRunner::Do(const nlohmann::json& step, std::size_t number) {
+    Do(FieldReader(step, path, "/steps/" + std::to_string(number)));
+    TellProblems();
+}
+
+void ScriptRunner::Do(const FieldReader& step) {
+    const bool isJournaled = journal != nullptr && IsJournaled(step.Json());
+    if (isJournaled) journal->BeginStep(step.Json());
+    const auto end = [&](bool failed) {
+        if (!isJournaled) return;
+        session->Settings().radius = radius;
+        session->Settings().spacing = spacing;
+        journal->EndStep(failed);
+    };
+    try {
+        CheckOpenStroke(step);
+        RunStep(step);
+    } catch (Error* error) {
+        const std::string text = TextOf(error);
+        end(true);
+        step.Fail(text);
+    } catch (...) {
+        end(true);
+        throw;
+    }
+    end(false);
+}
+
+void ScriptRunner::TellProblems() {
+    std::vector<std::string> problems = {session->Geometry().History().TakeProblem()};
+    if (journal != nullptr) problems.push_back(journal->TakeProblem());
+    for (const std::string& problem : problems)
+        if (!problem.empty() && progress.message) progress.message(problem);
+}
+
+void ScriptRunner::Save(const std::string& scenePath) {
+    session->Settings().radius = radius;
+    session->Settings().spacing = spacing;
+    if (journal != nullptr)
+        journal->Save(scenePath);
+    else
+        session->Save(scenePath);
+}
+
+void ScriptRunner::Close() {
+    session->Loop().End();
+    if (journal != nullptr) journal->Close();
+    TellProblems();
+}
+
+}  // namespace trovik

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/SessionJournal.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/StampFiles.h"
+#include "framework/errors/HostError.h"
+#include "framework/nodes/PreferenceFile.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What a scene does not hold and the steps depend on.
+constexpr const char* besideTheScene[] = {
+    "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
+
+std::string Absolute(const std::string& path) {
+    std::error_code failed;
+    const fs::path absolute = fs::absolute(path, failed);
+    return failed ? path : absolute.lexically_normal().string();
+}
+
+/// All preferences as they are, since they may be others where the work is done again.
+nlohmann::json PresentPreferences() {
+    nlohmann::json values = nlohmann::json::object();
+    for (const std::string& key : PreferenceKeys()) {
+        const std::string text = FindPreference(key)->AsString().toStdString();
+        const nlohmann::json value = nlohmann::json::parse(text, nullptr, false);
+        if (value.is_boolean() || value.is_number()) values[key] = value;
+    }
+    return values;
+}
+
+std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
+
+}  // namespace
+
+JournalBase SessionJournal::MakeBase(SculptSession& session,
+                                     const nlohmann::json& setup,
+                                     const std::string& script) {
+    JournalBase base;
+    base.program = std::string("trovik ") + TROVIK_VERSION;
+    base.script = Absolute(script);
+    base.source = Absolute(session.MeshPath());
+    base.content = HashFile(base.source);
+    base.setup = setup;
+    base.setup.erase("steps");
+    base.setup[setup.contains("scene") ? "scene" : "mesh"] = base.source;
+    base.setup["preferences"] = PresentPreferences();
+    return base;
+}
+
+SessionJournal::SessionJournal(const JournalOptions& options,
+                               SculptSession& sculptSession,
+                               const nlohmann::json& scriptSetup,
+                               const std::string& scriptPath)
+    : session(sculptSession),
+      setup(scriptSetup),
+      script(scriptPath),
+      journal(options, MakeBase(sculptSession, scriptSetup, scriptPath)) {
+    session.SetInputListener(this);
+    MarkHistory();
+}
+
+SessionJournal::~SessionJournal() { session.SetInputListener(nullptr); }
+
+void SessionJournal::MarkHistory() {
+    const UndoHistory& history = session.Geometry().History();
+    newestAtStart = history.Position() == 0 ? nullptr : &history.Shell(history.Position() - 1);
+    redoFromBefore = history.CanRedo();
+}
+
+void SessionJournal::BeginStep(const nlohmann::json& step) {
+    totalsBefore = session.Totals();
+    historyBefore = session.Geometry().History().Position();
+    const bool movesHistory = step.contains("undo") || step.contains("redo");
+    stepAtHand = movesHistory ? step : nlohmann::json::object();
+    journal.BeginStep(step);
+}
+
+StepEnd SessionJournal::Ended(bool failed) const {
+    StepEnd end{};
+    end.failed = failed ? 1 : 0;
+    end.vertices = session.Totals().verticesMoved - totalsBefore.verticesMoved;
+    const UndoHistory& history = session.Geometry().History();
+    if (history.Position() > historyBefore)
+        end.undoBytes = history.StepBytes(history.Position() - 1);
+    return end;
+}
+
+void SessionJournal::EndStep(bool failed) {
+    const UndoHistory& history = session.Geometry().History();
+    journal.EndStep(Ended(failed), history.NextLabel());
+    if (!history.CanRedo() && !stepAtHand.contains("redo")) redoFromBefore = false;
+    if (LeftItsHistory(stepAtHand)) StartFromSnapshot();
+}
+
+bool SessionJournal::LeftItsHistory(const nlohmann::json& step) const {
+    if (step.contains("redo") && redoFromBefore) return true;
+    if (!step.contains("undo") || newestAtStart == nullptr) return false;
+    const UndoHistory& history = session.Geometry().History();
+    for (std::size_t i = history.Position(); i < history.StepCount(); ++i)
+        if (&history.Shell(i) == newestAtStart) return true;
+    return false;
+}
+
+void SessionJournal::StartFrom(const JournalFile& scene) {
+    nlohmann::json reduced = nlohmann::json::object();
+    for (const char* field : besideTheScene)
+        if (setup.contains(field)) reduced[field] = setup.at(field);
+    reduced["scene"] = scene.path;
+    reduced["preferences"] = PresentPreferences();
+    setup = reduced;
+    journal.StartAnew(
+        {Absolute(script), setup, scene.path, scene.content, "trovik " TROVIK_VERSION});
+    knownStamps.clear();
+    MarkHistory();
+}
+
+void SessionJournal::Save(const std::string& scenePath) {
+    JournalFile scene{Absolute(scenePath), {}};
+    session.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
+        scene.content = HashFile(temporaryPath);
+        journal.Saved(scene);
+    });
+    StartFrom(scene);
+    if (snapshot.empty() || !journal.IsAlive()) return;
+    std::error_code ignored;
+    fs::remove(snapshot, ignored);
+    snapshot.clear();
+}
+
+void SessionJournal::StartFromSnapshot() {
+    if (!journal.IsAlive()) return;
+    const std::string before = snapshot;
+    JournalFile scene{Absolute(journal.Path() + "." + std::to_string(++snapshots) + ".trovik"), {}};
+    try {
+        session.Save(scene.path);
+        scene.content = HashFile(scene.path);
+    } catch (const HostError& error) {
+        journal.GiveUp(error.what());
+        return;
+    }
+    snapshot = scene.path;
+    StartFrom(scene);
+    if (before.empty() || !journal.IsAlive()) return;
+    std::error_code ignored;
+    fs::remove(before, ignored);
+}
+
+void SessionJournal::Close() { journal.Close(); }
+
+// A stamp that is another file by the time the work is done again would give other bits.
+void SessionJournal::NoteStamp() {
+    const BrushOperation::Private& settings = session.Brush().Settings();
+    if (!settings.stamp.enabled || settings.stamp.path.isEmpty()) return;
+    const auto file = FindStampFile(settings.stamp.path.toStdString());
+    if (!file) return;
+    const std::string path = Absolute(*file);
+    if (std::find(knownStamps.begin(), knownStamps.end(), path) != knownStamps.end()) return;
+    knownStamps.push_back(path);
+    try {
+        journal.Stamp({path, HashFile(path)});
+    } catch (const HostError& error) {
+        journal.GiveUp(error.what());
+    }
+}
+
+void SessionJournal::OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) {
+    NoteStamp();
+    if (journal.IsInStep()) return;
+    totalsBefore = session.Totals();
+    historyBefore = session.Geometry().History().Position();
+    journal.BeginStroke({seed, session.Settings().strokesBegun, static_cast<uint32_t>(modifier), 0},
+                        session.Geometry().History().NextLabel());
+}
+
+void SessionJournal::OnDab(const StrokeDab& dab, bool failed) {
+    if (journal.IsInStep()) {
+        if (!failed) journal.DabDone();
+        return;
+    }
+    StrokeInput input{};
+    input.face = dab.hit.face;
+    input.flags =
+        (dab.keepPlace ? StrokeInput::keepsPlace : 0) | (failed ? StrokeInput::failed : 0);
+    input.hitPosition = Three(dab.hit.position);
+    input.hitNormal = Three(dab.hit.normal);
+    input.position = Three(dab.position);
+    input.heading = Three(dab.heading);
+    input.size = dab.size;
+    input.pressure = dab.pressure;
+    input.strength = dab.strength;
+    journal.StrokeDab(input);
+}
+
+void SessionJournal::OnWholeMesh(float strength, bool byFacing) {
+    if (journal.IsInStep())
+        journal.DabDone();
+    else
+        journal.WholeMesh({strength, byFacing ? 1u : 0u});
+}
+
+void SessionJournal::OnPutBack() {
+    if (!journal.IsInStep()) journal.PutBack();
+}
+
+void SessionJournal::OnStrokeEnded() {
+    if (journal.IsInStep()) return;
+    journal.EndStroke(Ended(false), session.Geometry().History().NextLabel());
+    redoFromBefore = redoFromBefore && session.Geometry().History().CanRedo();
+}
+
+}  // namespace trovik

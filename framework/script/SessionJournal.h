@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/StrokeInputListener.h"
+#include "framework/journal/Journal.h"
+#include "framework/script/SculptSession.h"
+
+#include <string>
+
+namespace trovik {
+
+/// Keeps the journal of a session: hears of its strokes, tells the journal when a step starts and
+/// ends, and sees that all that it has taken down can be done again from where it starts.
+class TROVIK_API SessionJournal final : private StrokeInputListener {
+public:
+    /// Starts the journal and listens to the session, whose history must be empty. Borrows it.
+    /// \param setup  a stroke script without steps, by which the session came to be as it is.
+    /// \param script  where paths of the setup and of steps are relative to, as ScriptRunner.
+    SessionJournal(const JournalOptions& options,
+                   SculptSession& session,
+                   const nlohmann::json& setup,
+                   const std::string& script);
+    ~SessionJournal();
+    SessionJournal(const SessionJournal&) = delete;
+    SessionJournal& operator=(const SessionJournal&) = delete;
+
+    void BeginStep(const nlohmann::json& step);
+    /// Radius and spacing of the session's settings must be those of the strokes to come.
+    ///
+    /// Undo and redo beyond the steps that the journal has, such as those of before a save, cannot
+    /// be done again from its start: the scene is then written beside the journal, which starts
+    /// anew from there.
+    void EndStep(bool failed);
+    /// Saves the session's scene; the journal starts anew from it. Whatever moment the process
+    /// ends at, the old scene with the old journal or the new scene with either gives all back.
+    /// \throw HostError when the scene cannot be written; it and the journal go on as they were.
+    void Save(const std::string& scenePath);
+    void Close();
+    std::string TakeProblem() { return journal.TakeProblem(); }
+
+private:
+    void OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) override;
+    void OnDab(const StrokeDab& dab, bool failed) override;
+    void OnWholeMesh(float strength, bool byFacing) override;
+    void OnPutBack() override;
+    void OnStrokeEnded() override;
+
+    static JournalBase MakeBase(SculptSession& session,
+                                const nlohmann::json& setup,
+                                const std::string& script);
+    void NoteStamp();
+    StepEnd Ended(bool failed) const;
+    void StartFrom(const JournalFile& scene);
+    void MarkHistory();
+    bool LeftItsHistory(const nlohmann::json& step) const;
+    void StartFromSnapshot();
+
+    SculptSession& session;
+    nlohmann::json setup;
+    std::string script;
+    Journal journal;
+    StrokeTotals totalsBefore;
+    std::size_t historyBefore = 0;
+    nlohmann::json stepAtHand;
+    std::vector<std::string> knownStamps;
+    /// The newest step of undo when the journal started; null for none.
+    const UndoStep* newestAtStart = nullptr;
+    /// Steps that could be brought again when the journal started can be so still.
+    bool redoFromBefore = false;
+    /// The scene file beside the journal that it starts from; empty: another.
+    std::string snapshot;
+    unsigned snapshots = 0;
+};
+
+}  // namespace trovik

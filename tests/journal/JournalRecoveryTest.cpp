@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Work that is done again from its journal has the bits that it had.
+#include "framework/brushes/DabStrength.h"
+#include "framework/errors/HostError.h"
+#include "framework/script/JournalRecovery.h"
+#include "framework/script/ScriptDocument.h"
+#include "tests/journal/JournalWork.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace trovik::test {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+json Stroke(float x, float y) {
+    return {{"stroke", {{"surface", {{x, y, 1.0f, 0.5f}, {-x, 0.5f * y, 1.0f}}}}}};
+}
+
+json Tool(const char* name) {
+    return {{"tool", name}, {"set", {{"radius", 0.3}, {"strength", 40}}}};
+}
+
+class RecoveredJournal : public ::testing::Test {
+protected:
+    /// Runs the steps with a journal, up to the end of the script or its error.
+    void Run(const json& steps) {
+        script = FillScript(folder, steps);
+        ScriptRunner runner(script, folder.Path(""), {});
+        runner.SetJournal({Journal(), false});
+        try {
+            runner.Run();
+        } catch (const HostError& error) {
+            failure = error.what();
+        }
+    }
+
+    /// Opens the cube for work that is done step by step.
+    std::unique_ptr<ScriptRunner> Open() {
+        script = FillScript(folder, json::array());
+        auto runner = std::make_unique<ScriptRunner>(script, folder.Path(""), ScriptProgress{});
+        runner->SetJournal({Journal(), false});
+        runner->Open(ReadStrokeScript(script));
+        return runner;
+    }
+
+    std::string Journal() const { return folder.Path("work.journal"); }
+    std::string Scene(const std::string& name) const { return folder.Path(name + ".trovik"); }
+    std::string Recovered() {
+        RecoverJournal(Journal(), Scene("recovered"));
+        return TemporaryFolder::Content(Scene("recovered"));
+    }
+
+    QuickDisk disk;
+    TemporaryFolder folder;
+    std::string script;
+    std::string failure;
+};
+
+/// Dabs on the surface by the loop itself, as a program with a pointer makes them.
+void DabByHand(SculptSession& session, float x, float y) {
+    const auto hit = HitNear(session.Geometry(), session.Tree(), Vector(x, y, 1.0f));
+    ASSERT_TRUE(hit.has_value());
+    StrokeDab dab;
+    dab.hit = SurfacePoint(session.Geometry().Bound(), 0, hit->face);
+    dab.hit.position = hit->position;
+    dab.hit.normal = hit->normal;
+    dab.position = hit->position;
+    dab.size = 0.3f;
+    dab.pressure = 0.7f;
+    dab.strength = DabStrength(session.Brush(), dab.pressure, dab.size);
+    dab.heading = Vector(1.0f, 0.0f, 0.0f);
+    session.Loop().Dab(dab);
+}
+
+TEST_F(RecoveredJournal, IsTheSceneThatTheScriptSaved) {
+    json steps = {Tool("Sculpt"), Stroke(0.5f, 0.2f), Tool("Spray"), Stroke(0.3f, 0.1f)};
+    Run(steps);
+    ASSERT_EQ(failure, "");
+    const std::string recovered = Recovered();
+    fs::remove(Journal());
+    steps.push_back({{"save", "saved.trovik"}});
+    Run(steps);
+    EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("saved")));
+}
+
+TEST_F(RecoveredJournal, HoldsStrokesThatNoStepMakes) {
+    auto runner = Open();
+    SculptSession& session = runner->Session();
+    const json tool = Tool("Wax");
+    runner->Do(tool, 0);
+    session.Geometry().History().SetNextLabel("by hand");
+    session.Loop().Begin(BrushOperation::ModifierNone, 5);
+    DabByHand(session, 0.4f, 0.1f);
+    DabByHand(session, 0.3f, 0.2f);
+    const json stronger = {{"set", {{"strength", 90}}}};
+    runner->Do(stronger, 1);
+    DabByHand(session, 0.2f, 0.2f);
+    session.Loop().PutBack();
+    DabByHand(session, -0.2f, 0.3f);
+    session.Loop().WholeMesh(0.02f, true);
+    session.Loop().End();
+    const json back = {{"undo", 1}};
+    const json again = {{"redo", 1}};
+    runner->Do(back, 2);
+    runner->Do(again, 3);
+    session.Loop().Begin(BrushOperation::ModifierSmooth, 6);
+    DabByHand(session, 0.1f, 0.1f);
+
+    const RecoveredWork work = RecoverJournal(Journal(), Scene("recovered"));
+    EXPECT_EQ(work.content.steps.size(), 7u);
+    EXPECT_EQ(work.dabs, 6u);
+    SculptSession& redone = work.runner->Session();
+    EXPECT_EQ(StateOf(redone), StateOf(session));
+    ASSERT_GE(redone.Geometry().History().StepCount(), 2u);
+    EXPECT_EQ(redone.Geometry().History().Label(0), "by hand");
+    session.Loop().End();
+    session.Save(Scene("live"));
+    EXPECT_EQ(TemporaryFolder::Content(Scene("recovered")),
+              TemporaryFolder::Content(Scene("live")));
+}
+
+TEST_F(RecoveredJournal, GoesOnWhereAStepFailed) {
+    auto runner = Open();
+    const json steps[] = {Tool("Sculpt"),
+                          {{"stroke", {{"dabs", {{{"face", 3}}, {{"face", 9999}}}}}}},
+                          {{"undo", 1}},
+                          {{"undo", 5}},
+                          Stroke(0.2f, 0.2f)};
+    int failures = 0;
+    for (std::size_t i = 0; i < std::size(steps); ++i) {
+        try {
+            runner->Do(steps[i], i);
+        } catch (const HostError&) {
+            ++failures;
+        }
+    }
+    EXPECT_EQ(failures, 2);
+    runner->Session().Save(Scene("live"));
+    EXPECT_EQ(Recovered(), TemporaryFolder::Content(Scene("live")));
+}
+
+TEST_F(RecoveredJournal, StartsFromTheLastSave) {
+    Run({Tool("Sculpt"), Stroke(0.5f, 0.2f), {{"save", "work.trovik"}}, Stroke(0.1f, 0.2f)});
+    ASSERT_EQ(failure, "");
+    // Neither script nor mesh is needed any more.
+    fs::remove(folder.Path("cube.obj"));
+    fs::remove(script);
+    const RecoveredWork work = RecoverJournal(Journal(), Scene("recovered"));
+    EXPECT_EQ(work.content.base.source, Scene("work"));
+    EXPECT_EQ(work.steps, 1u);
+    EXPECT_EQ(work.content.past.size(), 2u);
+}
+
+TEST_F(RecoveredJournal, HoldsUndoOfWhatWasDoneBeforeASave) {
+    const json steps = {Tool("Sculpt"),
+                        Stroke(0.5f, 0.2f),
+                        Stroke(0.2f, 0.3f),
+                        Stroke(0.1f, 0.5f),
+                        {{"undo", 1}},
+                        {{"save", "work.trovik"}},
+                        {{"redo", 1}},
+                        {{"undo", 2}},
+                        Stroke(0.1f, 0.1f),
+                        {{"undo", 2}},
+                        {{"redo", 1}}};
+    Run(steps);
+    ASSERT_EQ(failure, "");
+    const std::string recovered = Recovered();
+    // What the journal starts from lies beside it, once.
+    std::size_t snapshots = 0;
+    for (const auto& entry : fs::directory_iterator(folder.Path("")))
+        if (entry.path().filename().string().rfind("work.journal.", 0) == 0) ++snapshots;
+    EXPECT_EQ(snapshots, 1u);
+    fs::remove(Journal());
+    json saved = steps;
+    saved.push_back({{"save", "end.trovik"}});
+    Run(saved);
+    EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("end")));
+}
+
+/// Whoever dies between the renaming of a scene and that of the journal leaves this.
+TEST_F(RecoveredJournal, StartsFromASaveThatOnlyTheOldJournalKnows) {
+    class NoNewJournal : public DiskCalls {
+    public:
+        bool armed = false;
+        int Sync(int) override { return 0; }
+        int Rename(const char* from, const char* to) override {
+            if (!armed || std::string(to).find(".journal") == std::string::npos)
+                return DiskCalls::Rename(from, to);
+            errno = EIO;
+            return -1;
+        }
+    };
+    NoNewJournal failing;
+    DiskCalls::Use(&failing);
+    auto runner = Open();
+    const json steps[] = {Tool("Sculpt"), Stroke(0.5f, 0.2f), {{"save", "work.trovik"}}};
+    runner->Do(steps[0], 0);
+    runner->Do(steps[1], 1);
+    failing.armed = true;
+    runner->Do(steps[2], 2);
+    DiskCalls::Use(&disk);
+    fs::remove(folder.Path("cube.obj"));
+    EXPECT_EQ(Recovered(), TemporaryFolder::Content(Scene("work")));
+    fs::remove(Scene("work"));
+    const std::string message = MessageOf<HostError>([this] { Recovered(); });
+    EXPECT_NE(message.find(Journal()), std::string::npos) << message;
+    EXPECT_NE(message.find("cube.obj, is no longer there"), std::string::npos) << message;
+}
+
+TEST_F(RecoveredJournal, RefusesAMeshOrAStampThatChanged) {
+    folder.Fill("dot.pgm", "P2 2 2 255 255 128 64 255\n");
+    const json stamp = {{"tool", "Sculpt"}, {"set", {{"stamp", "dot.pgm"}, {"radius", 0.3}}}};
+    Run({stamp, Stroke(0.3f, 0.2f)});
+    ASSERT_EQ(failure, "");
+    ASSERT_EQ(ReadJournal(Journal()).stamps.size(), 1u);
+    EXPECT_FALSE(Recovered().empty());
+    folder.Fill("dot.pgm", "P2 2 2 255 0 128 64 255\n");
+    std::string message = MessageOf<HostError>([this] { Recovered(); });
+    EXPECT_NE(message.find("dot.pgm is no longer what it was"), std::string::npos) << message;
+    folder.Fill("dot.pgm", "P2 2 2 255 255 128 64 255\n");
+    std::ofstream(folder.Path("cube.obj"), std::ios::app) << "# another\n";
+    message = MessageOf<HostError>([this] { Recovered(); });
+    EXPECT_NE(message.find("cube.obj, is no longer there or not what it was"), std::string::npos)
+        << message;
+}
+
+TEST_F(RecoveredJournal, WritesNoFilesButTheScene) {
+    Run({Tool("Sculpt"), Stroke(0.3f, 0.2f), {{"export", {{"file", "out.ply"}}}}});
+    ASSERT_EQ(failure, "");
+    fs::remove(folder.Path("out.ply"));
+    Recovered();
+    EXPECT_FALSE(fs::exists(folder.Path("out.ply")));
+}
+
+}  // namespace
+}  // namespace trovik::test

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/files/DiskCalls.h"
+#include "framework/script/ScriptRunner.h"
+#include "tests/files/TemporaryFolder.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace trovik::test {
+
+/// A disk that never waits, for files that a test throws away.
+class QuickDisk : public DiskCalls {
+public:
+    QuickDisk() { Use(this); }
+    ~QuickDisk() override { Use(nullptr); }
+    QuickDisk(const QuickDisk&) = delete;
+    QuickDisk& operator=(const QuickDisk&) = delete;
+    int Sync(int) override { return 0; }
+};
+
+/// Writes a cube of six faces. \return its path.
+std::string FillCube(const TemporaryFolder& folder);
+
+/// Writes a script with these steps over the cube. \return its path.
+std::string FillScript(const TemporaryFolder& folder, const nlohmann::json& steps, int levels = 3);
+
+/// Positions and freezing of all levels, the offsets of all layers, and which level is bound, in a
+/// checksum. Open strokes may be under way.
+uint32_t StateOf(SculptSession& session);
+
+}  // namespace trovik::test

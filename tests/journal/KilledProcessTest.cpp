@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Processes that are killed while they work, at moments all over the work, lose nothing of it.
+#include "framework/script/JournalRecovery.h"
+#include "tests/journal/JournalWork.h"
+#include "tests/random/RandomNumbers.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace trovik::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// How far the work is: journaled steps that are over, and finished dabs of the next one.
+using Progress = std::pair<uint32_t, uint32_t>;
+
+/// What a process tells of itself while it works; it lies in memory that outlives it.
+struct Told {
+    std::atomic<uint64_t> progress;
+    /// Number of the step at hand, also of those that the journal does not hear of.
+    std::atomic<uint32_t> step;
+
+    Progress Read() const {
+        const uint64_t both = progress.load();
+        return {static_cast<uint32_t>(both >> 32), static_cast<uint32_t>(both)};
+    }
+};
+
+bool IsJournaled(const nlohmann::json& step) { return !step.contains("save"); }
+
+/// Work of all kinds: strokes with several tools, layers, levels, freezing, undo, saves, and undo
+/// of what was done before a save.
+nlohmann::json Steps() {
+    nlohmann::json steps = nlohmann::json::array();
+    RandomNumbers random(7);
+    const char* tools[] = {"Sculpt", "Smooth", "Flatten", "Wax", "Pinch"};
+    const auto stroke = [&] {
+        const float x = random.Between(-0.8f, 0.8f);
+        const float y = random.Between(-0.8f, 0.8f);
+        steps.push_back({{"stroke", {{"surface", {{x, y, 1.0f, 0.4f}, {-x, y * 0.5f, 1.0f}}}}}});
+    };
+    const auto strokes = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            steps.push_back(
+                {{"tool", tools[random.Below(5)]}, {"set", {{"radius", 0.25f}, {"strength", 30}}}});
+            stroke();
+        }
+    };
+    strokes(5);
+    steps.push_back({{"undo", 2}});
+    steps.push_back({{"redo", 1}});
+    strokes(2);
+    steps.push_back({{"save", "work.trovik"}});
+    strokes(3);
+    steps.push_back({{"undo", 1}});
+    steps.push_back({{"layer", {{"add", "wrinkles"}}}});
+    strokes(3);
+    steps.push_back({{"layer", {{"strength", 0.5}}}});
+    steps.push_back({{"freeze", {{"center", {0, 0, 1}}, {"radius", 0.5}}}});
+    strokes(2);
+    steps.push_back({{"save", "work.trovik"}});
+    steps.push_back({{"undo", 2}});
+    strokes(1);
+    steps.push_back({{"undo", 3}});
+    steps.push_back({{"redo", 1}});
+    steps.push_back({{"freeze", "clear"}});
+    steps.push_back({{"layer", {{"select", nullptr}}}});
+    steps.push_back({{"level", 2}});
+    strokes(2);
+    steps.push_back({{"level", 3}});
+    strokes(2);
+    steps.push_back({{"undo", 2}});
+    steps.push_back({{"subdivide", 1}});
+    strokes(2);
+    steps.push_back({{"transform", {{"rotate", {0, 30, 0}}}}});
+    strokes(1);
+    steps.push_back({{"save", "work.trovik"}});
+    strokes(2);
+    return steps;
+}
+
+class KilledProcess : public ::testing::Test {
+protected:
+    KilledProcess() : steps(Steps()) {
+        script = FillScript(folder, steps);
+        uint32_t journaled = 0;
+        for (const auto& step : steps) {
+            journaledBefore.push_back(journaled);
+            if (IsJournaled(step)) ++journaled;
+        }
+        journaledBefore.push_back(journaled);
+    }
+
+    /// Runs the work and calls back whenever it has come on; what is told is then on its way.
+    void Work(const std::string& output,
+              const std::string& journal,
+              const std::function<void(Progress, std::size_t step)>& cameOn,
+              ScriptRunner** seen = nullptr) {
+        Progress present{0, 0};
+        std::size_t at = 0;
+        ScriptProgress progress;
+        progress.step = [&](std::size_t done, std::size_t, const std::string& what) {
+            if (what.rfind("opening", 0) == 0) return;
+            at = done;
+            present = {journaledBefore[done], 0};
+            cameOn(present, at);
+        };
+        progress.dab = [&] {
+            ++present.second;
+            cameOn(present, at);
+        };
+        ScriptRunner runner(script, output, progress);
+        if (!journal.empty()) runner.SetJournal({journal, false});
+        if (seen != nullptr) *seen = &runner;
+        runner.Run();
+    }
+
+    TemporaryFolder folder;
+    nlohmann::json steps;
+    std::string script;
+    std::vector<uint32_t> journaledBefore;
+};
+
+TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
+    constexpr int processes = 100;
+    auto* told = static_cast<Told*>(mmap(nullptr,
+                                         sizeof(Told) * processes,
+                                         PROT_READ | PROT_WRITE,
+                                         MAP_SHARED | MAP_ANONYMOUS,
+                                         -1,
+                                         0));
+    ASSERT_NE(told, MAP_FAILED);
+    RandomNumbers random(20260101);
+    std::vector<uint32_t> saves;
+    for (uint32_t i = 0; i < steps.size(); ++i)
+        if (!IsJournaled(steps[i])) saves.push_back(i);
+
+    std::vector<Progress> killedAt;
+    std::set<std::string> kindsHit;
+    for (int i = 0; i < processes; ++i) {
+        const std::string place = folder.Path("p" + std::to_string(i));
+        fs::create_directories(place);
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            try {
+                Work(place, place + "/w.journal", [&](Progress at, std::size_t step) {
+                    told[i].step.store(static_cast<uint32_t>(step) + 1);
+                    told[i].progress.store(uint64_t{at.first} << 32 | at.second);
+                });
+            } catch (...) {
+                _exit(9);
+            }
+            _exit(0);
+        }
+        // Every sixth dies in a save, the others at any step, some way into it.
+        const auto step = i % 6 == 0 ? saves[random.Below(static_cast<uint32_t>(saves.size()))]
+                                     : random.Below(static_cast<uint32_t>(steps.size()));
+        const auto delay = random.Below(i % 6 == 0 ? 4000 : 1500);
+        int status = 0;
+        bool isGone = false;
+        while (told[i].step.load() < step + 1 && !isGone) {
+            isGone = waitpid(child, &status, WNOHANG) == child;
+            std::this_thread::sleep_for(std::chrono::microseconds(20));
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(delay));
+        if (!isGone) {
+            kill(child, SIGKILL);
+            waitpid(child, &status, 0);
+        }
+        ASSERT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0) << status;
+        killedAt.push_back(told[i].Read());
+        const uint32_t at = told[i].step.load();
+        if (at > 0 && at <= steps.size()) kindsHit.insert(steps[at - 1].begin().key());
+    }
+    munmap(told, sizeof(Told) * processes);
+    for (const char* kind : {"stroke", "save", "undo", "layer", "level", "subdivide"})
+        EXPECT_TRUE(kindsHit.count(kind) == 1) << "no process died in a step " << kind;
+
+    // What the work is after each step and each dab when nothing disturbs it.
+    const QuickDisk disk;
+    std::map<Progress, uint32_t> states;
+    std::map<uint32_t, std::string> scenes;
+    ScriptRunner* runner = nullptr;
+    fs::create_directories(folder.Path("undisturbed"));
+    Work(
+        folder.Path("undisturbed"),
+        "",
+        [&](Progress at, std::size_t) {
+            states[at] = StateOf(runner->Session());
+            if (at.second != 0) return;
+            runner->Save(folder.Path("undisturbed/at.trovik"));
+            scenes[at.first] = TemporaryFolder::Content(folder.Path("undisturbed/at.trovik"));
+        },
+        &runner);
+
+    int withinStrokes = 0;
+    for (int i = 0; i < processes; ++i) {
+        SCOPED_TRACE("process " + std::to_string(i));
+        const std::string place = folder.Path("p" + std::to_string(i));
+        const std::string journal = place + "/w.journal";
+        // Killed before there was anything to lose.
+        if (!fs::exists(journal)) {
+            EXPECT_EQ(killedAt[static_cast<std::size_t>(i)], Progress(0, 0));
+            continue;
+        }
+        const RecoveredWork work = RecoverJournal(journal, place + "/recovered.trovik");
+        auto over = static_cast<uint32_t>(work.content.past.size() + work.content.steps.size());
+        uint32_t dabs = 0;
+        if (!work.content.steps.empty() && !work.content.steps.back().isOver) {
+            --over;
+            dabs = work.content.steps.back().dabs;
+        }
+        const Progress at{over, dabs};
+        EXPECT_GE(at, killedAt[static_cast<std::size_t>(i)]);
+        ASSERT_EQ(states.count(at), 1u) << at.first << " steps, " << at.second << " dabs";
+        EXPECT_EQ(StateOf(work.runner->Session()), states[at])
+            << at.first << " steps, " << at.second << " dabs";
+        if (dabs != 0)
+            ++withinStrokes;
+        else
+            EXPECT_EQ(TemporaryFolder::Content(place + "/recovered.trovik"), scenes[over]) << over;
+    }
+    EXPECT_GE(withinStrokes, 5);
+}
+
+}  // namespace
+}  // namespace trovik::test

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Saving when memory runs out: the old scene stays, nothing else does.
+#include "framework/errors/HostError.h"
+#include "framework/files/DiskCalls.h"
+#include "tests/scene/AllocationCount.h"
+#include "tests/scene/SampleScene.h"
+
+#include <gtest/gtest.h>
+
+namespace trovik::test {
+namespace {
+
+/// A disk that never waits: the test saves hundreds of times.
+class QuickDisk : public DiskCalls {
+public:
+    QuickDisk() { Use(this); }
+    ~QuickDisk() override { Use(nullptr); }
+    QuickDisk(const QuickDisk&) = delete;
+    QuickDisk& operator=(const QuickDisk&) = delete;
+    int Sync(int) override { return 0; }
+};
+
+TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer allocates for itself";
+#endif
+    const QuickDisk disk;
+    const TemporaryFolder folder;
+    const auto session = RichSession(folder);
+    const std::string path = folder.Fill("scene.trovik", "old");
+    const std::size_t files = folder.FileCount();
+    int refusals = 0;
+    for (uint64_t number = 1;; ++number) {
+        std::string message;
+        RefuseAllocation(number);
+        try {
+            session->Save(path);
+        } catch (const HostError& error) {
+            RefuseAllocation(0);
+            message = error.what();
+        }
+        const bool cameSoFar = !message.empty() || HasRefused();
+        RefuseAllocation(0);
+        if (!cameSoFar) break;
+        ASSERT_EQ(folder.FileCount(), files) << number;
+        // A refusal that saving can do without, such as in the words of a check, is none.
+        if (message.empty()) {
+            folder.Fill("scene.trovik", "old");
+            continue;
+        }
+        ++refusals;
+        ASSERT_EQ(message, "cannot write " + path + ": there is not enough memory") << number;
+        ASSERT_EQ(TemporaryFolder::Content(path), "old") << number;
+    }
+    EXPECT_GT(refusals, 50);
+    const std::string saved = TemporaryFolder::Content(path);
+    EXPECT_EQ(saved.substr(0, 8), "TROVIKSC");
+    session->Save(path);
+    EXPECT_EQ(TemporaryFolder::Content(path), saved);
+}
+
+}  // namespace
+}  // namespace trovik::test
