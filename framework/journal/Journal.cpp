@@ -77,13 +77,18 @@ void Journal::DabDone() {
     });
 }
 
-void Journal::End(RecordKind kind, JournalStep& present, StepEnd end, const std::string& label) {
-    end.dabs = present.dabs;
-    present.label = label;
-    present.vertices = end.vertices;
-    present.undoBytes = end.undoBytes;
-    present.isOver = true;
-    present.failed = end.failed != 0;
+void Journal::Note(JournalStep& ended, const StepEnd& end, const std::string& label) {
+    ended.label = label;
+    ended.vertices = end.vertices;
+    ended.undoBytes = end.undoBytes;
+    ended.isOver = true;
+    ended.failed = end.failed != 0;
+    if (past.size() >= mostPast) past.erase(past.begin());
+    past.push_back(SummaryOf(ended));
+}
+
+void Journal::End(RecordKind kind, JournalStep& ended, StepEnd end, const std::string& label) {
+    end.dabs = ended.dabs;
     Guarded([&] {
         std::string content(reinterpret_cast<const char*>(&end), sizeof end);
         writer->Append(kind, content + label);
@@ -91,8 +96,15 @@ void Journal::End(RecordKind kind, JournalStep& present, StepEnd end, const std:
             writer->Sync();
         else
             writer->Flush();
-        if (past.size() >= mostPast) past.erase(past.begin());
-        past.push_back(SummaryOf(present));
+        Note(ended, end, label);
+    });
+}
+
+void Journal::EndStepAnew(const StepEnd& end, const std::string& label, const JournalBase& base) {
+    inStep = false;
+    Guarded([&] {
+        Note(step, end, label);
+        Start(base);
     });
 }
 

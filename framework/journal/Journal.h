@@ -42,6 +42,10 @@ public:
     /// \param end  `dabs` is set here. \param label  of the step of undo.
     void EndStep(const StepEnd& end, const std::string& label);
 
+    /// The step at hand is over, and the new base holds what it did: EndStep and StartAnew in one,
+    /// so that no journal ever lies on disk that has the step and starts from the old base.
+    void EndStepAnew(const StepEnd& end, const std::string& label, const JournalBase& base);
+
     /// Strokes that are not a step's doing: their calls in order, each once it has returned, or has
     /// thrown. Steps may be done between them.
     void BeginStroke(const StrokeStart& start, const std::string& label);
@@ -75,6 +79,7 @@ private:
     void Guarded(const Write& write);
     void Start(const JournalBase& base);
     void End(RecordKind kind, JournalStep& ended, StepEnd end, const std::string& label);
+    void Note(JournalStep& ended, const StepEnd& end, const std::string& label);
 
     JournalOptions options;
     std::unique_ptr<JournalWriter> writer;

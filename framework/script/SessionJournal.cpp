@@ -37,6 +37,8 @@ nlohmann::json PresentPreferences() {
     return values;
 }
 
+std::string ProgramName() { return std::string("trovik ") + TROVIK_VERSION; }
+
 std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
 
 }  // namespace
@@ -45,7 +47,7 @@ JournalBase SessionJournal::MakeBase(SculptSession& session,
                                      const nlohmann::json& setup,
                                      const std::string& script) {
     JournalBase base;
-    base.program = std::string("trovik ") + TROVIK_VERSION;
+    base.program = ProgramName();
     base.script = Absolute(script);
     base.source = Absolute(session.MeshPath());
     base.content = HashFile(base.source);
@@ -96,9 +98,11 @@ StepEnd SessionJournal::Ended(bool failed) const {
 
 void SessionJournal::EndStep(bool failed) {
     const UndoHistory& history = session.Geometry().History();
-    journal.EndStep(Ended(failed), history.NextLabel());
     if (!history.CanRedo() && !stepAtHand.contains("redo")) redoFromBefore = false;
-    if (LeftItsHistory(stepAtHand)) StartFromSnapshot();
+    if (LeftItsHistory(stepAtHand))
+        EndStepBySnapshot(Ended(failed), history.NextLabel());
+    else
+        journal.EndStep(Ended(failed), history.NextLabel());
 }
 
 bool SessionJournal::LeftItsHistory(const nlohmann::json& step) const {
@@ -110,15 +114,17 @@ bool SessionJournal::LeftItsHistory(const nlohmann::json& step) const {
     return false;
 }
 
-void SessionJournal::StartFrom(const JournalFile& scene) {
+JournalBase SessionJournal::BaseFrom(const JournalFile& scene) {
     nlohmann::json reduced = nlohmann::json::object();
     for (const char* field : besideTheScene)
         if (setup.contains(field)) reduced[field] = setup.at(field);
     reduced["scene"] = scene.path;
     reduced["preferences"] = PresentPreferences();
     setup = reduced;
-    journal.StartAnew(
-        {Absolute(script), setup, scene.path, scene.content, "trovik " TROVIK_VERSION});
+    return {Absolute(script), setup, scene.path, scene.content, ProgramName()};
+}
+
+void SessionJournal::StartedAnew() {
     knownStamps.clear();
     MarkHistory();
 }
@@ -126,30 +132,34 @@ void SessionJournal::StartFrom(const JournalFile& scene) {
 void SessionJournal::Save(const std::string& scenePath) {
     JournalFile scene{Absolute(scenePath), {}};
     session.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
+        if (!journal.IsAlive()) return;
         scene.content = HashFile(temporaryPath);
         journal.Saved(scene);
     });
-    StartFrom(scene);
+    if (!journal.IsAlive()) return;
+    journal.StartAnew(BaseFrom(scene));
+    StartedAnew();
     if (snapshot.empty() || !journal.IsAlive()) return;
     std::error_code ignored;
     fs::remove(snapshot, ignored);
     snapshot.clear();
 }
 
-void SessionJournal::StartFromSnapshot() {
-    if (!journal.IsAlive()) return;
+void SessionJournal::EndStepBySnapshot(const StepEnd& end, const std::string& label) {
     const std::string before = snapshot;
     JournalFile scene{Absolute(journal.Path() + "." + std::to_string(++snapshots) + ".trovik"), {}};
     try {
-        session.Save(scene.path);
-        scene.content = HashFile(scene.path);
+        if (journal.IsAlive()) {
+            session.Save(scene.path);
+            scene.content = HashFile(scene.path);
+            snapshot = scene.path;
+        }
     } catch (const HostError& error) {
         journal.GiveUp(error.what());
-        return;
     }
-    snapshot = scene.path;
-    StartFrom(scene);
-    if (before.empty() || !journal.IsAlive()) return;
+    journal.EndStepAnew(end, label, BaseFrom(scene));
+    StartedAnew();
+    if (before.empty() || before == snapshot || !journal.IsAlive()) return;
     std::error_code ignored;
     fs::remove(before, ignored);
 }

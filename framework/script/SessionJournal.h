@@ -50,10 +50,13 @@ private:
                                 const std::string& script);
     void NoteStamp();
     StepEnd Ended(bool failed) const;
-    void StartFrom(const JournalFile& scene);
+    /// The base of a journal that goes on from this scene.
+    JournalBase BaseFrom(const JournalFile& scene);
+    /// What is known of the past no longer counts for the new journal.
+    void StartedAnew();
     void MarkHistory();
     bool LeftItsHistory(const nlohmann::json& step) const;
-    void StartFromSnapshot();
+    void EndStepBySnapshot(const StepEnd& end, const std::string& label);
 
     SculptSession& session;
     nlohmann::json setup;

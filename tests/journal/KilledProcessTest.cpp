@@ -144,9 +144,13 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
                                          0));
     ASSERT_NE(told, MAP_FAILED);
     RandomNumbers random(20260101);
-    std::vector<uint32_t> saves;
-    for (uint32_t i = 0; i < steps.size(); ++i)
-        if (!IsJournaled(steps[i])) saves.push_back(i);
+    // Every second dies in any step; the others in those that come seldom, and are short.
+    const std::set<std::string> seldom[] = {
+        {"save"}, {"undo", "redo"}, {"layer", "freeze"}, {"level", "subdivide", "transform"}};
+    std::vector<uint32_t> chosen[4];
+    for (uint32_t step = 0; step < steps.size(); ++step)
+        for (std::size_t k = 0; k < 4; ++k)
+            if (seldom[k].count(steps[step].begin().key()) != 0) chosen[k].push_back(step);
 
     std::vector<Progress> killedAt;
     std::set<std::string> kindsHit;
@@ -166,10 +170,11 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
             }
             _exit(0);
         }
-        // Every sixth dies in a save, the others at any step, some way into it.
-        const auto step = i % 6 == 0 ? saves[random.Below(static_cast<uint32_t>(saves.size()))]
+        const auto& few = chosen[static_cast<std::size_t>(i / 2) % 4];
+        const auto step = i % 2 == 0 ? few[random.Below(static_cast<uint32_t>(few.size()))]
                                      : random.Below(static_cast<uint32_t>(steps.size()));
-        const auto delay = random.Below(i % 6 == 0 ? 4000 : 1500);
+        const bool isSave = !IsJournaled(steps[step]);
+        const auto delay = random.Below(isSave ? 4000 : i % 2 == 0 ? 200 : 1500);
         int status = 0;
         bool isGone = false;
         while (told[i].step.load() < step + 1 && !isGone) {
