@@ -74,21 +74,23 @@ bench-check: packages ## Tell which ratios of the benchmarks are worse than the 
 	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik-ladder
 	@tools/bench.py check build/release bench/recorded.json
 
-# How long each reader is fed.
+# How long each reader is fed; as many at a time as there are cores.
 SECONDS ?= 60
+READERS ?= obj ply stl gltf scene script journal
 
 .PHONY: fuzz
 fuzz: ## Feed damaged files to the readers, SECONDS=60 each (clang); findings in build/fuzz/
 	@scripts/install-packages.sh --fuzz
 	@cmake --preset fuzz
 	@cmake --build --preset fuzz --parallel $(JOBS)
-	@for reader in obj ply stl gltf; do \
-	    echo "== $$reader"; \
-	    mkdir -p build/fuzz/found/$$reader; \
-	    build/fuzz/bin/$$reader-fuzzer -max_total_time=$(SECONDS) -max_len=65536 -timeout=20 \
-	        -rss_limit_mb=2048 -artifact_prefix=build/fuzz/$$reader- \
-	        build/fuzz/found/$$reader fuzz/corpus/$$reader; \
-	done
+	@for reader in $(READERS); do mkdir -p build/fuzz/found/$$reader; done
+	@printf '%s\n' $(READERS) | xargs -P $(JOBS) -I NAME bash -c \
+	    'log=build/fuzz/NAME.log; \
+	    if build/fuzz/bin/NAME-fuzzer -max_total_time=$(SECONDS) -max_len=65536 -timeout=20 \
+	        -rss_limit_mb=2048 -artifact_prefix=build/fuzz/NAME- \
+	        build/fuzz/found/NAME fuzz/corpus/NAME >$$log 2>&1; \
+	    then echo "== NAME: $$(tail -n 1 $$log)"; \
+	    else echo "== NAME: found something, see $$log"; tail -n 30 $$log; exit 1; fi'
 
 .PHONY: stamps
 stamps: packages ## Paint the shipped stamps anew into stamps/

@@ -46,3 +46,8 @@ if(TROVIK_SANITIZE)
         "-fsanitize=${TROVIK_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options("-fsanitize=${TROVIK_SANITIZE}")
 endif()
+
+if(TROVIK_BUILD_FUZZ)
+    # What the fuzzers are led by. Their drivers alone link the fuzzer itself.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

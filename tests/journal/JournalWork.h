@@ -8,17 +8,21 @@
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <unistd.h>
 
 namespace trovik::test {
 
-/// A disk that never waits, for files that a test throws away.
+/// A disk that always waits as long as it is told to, so that a test takes no longer on a busy one.
 class QuickDisk : public DiskCalls {
 public:
-    QuickDisk() { Use(this); }
+    explicit QuickDisk(useconds_t microseconds = 0) : wait(microseconds) { Use(this); }
     ~QuickDisk() override { Use(nullptr); }
     QuickDisk(const QuickDisk&) = delete;
     QuickDisk& operator=(const QuickDisk&) = delete;
-    int Sync(int) override { return 0; }
+    int Sync(int) override { return wait == 0 ? 0 : usleep(wait); }
+
+private:
+    useconds_t wait;
 };
 
 /// Writes a cube of six faces. \return its path.

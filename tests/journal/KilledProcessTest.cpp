@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <map>
@@ -32,6 +33,9 @@ struct Told {
     std::atomic<uint64_t> progress;
     /// Number of the step at hand, also of those that the journal does not hear of.
     std::atomic<uint32_t> step;
+    /// It waits before this one until it is let go on, so that whoever kills it is in time for it.
+    uint32_t aim;
+    std::atomic<bool> isLetGo;
 
     Progress Read() const {
         const uint64_t both = progress.load();
@@ -157,39 +161,49 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
     for (int i = 0; i < processes; ++i) {
         const std::string place = folder.Path("p" + std::to_string(i));
         fs::create_directories(place);
+        const auto& few = chosen[static_cast<std::size_t>(i / 2) % 4];
+        const uint32_t step = i % 2 == 0 ? few[random.Below(static_cast<uint32_t>(few.size()))]
+                                         : random.Below(static_cast<uint32_t>(steps.size()));
+        const bool isSave = !IsJournaled(steps[step]);
+        const auto delay = random.Below(isSave ? 4000 : i % 2 == 0 ? 200 : 1500);
+        told[i].aim = step;
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
+            // Long enough to die in it.
+            const QuickDisk disk(300);
             try {
-                Work(place, place + "/w.journal", [&](Progress at, std::size_t step) {
-                    told[i].step.store(static_cast<uint32_t>(step) + 1);
+                Work(place, place + "/w.journal", [&](Progress at, std::size_t now) {
+                    told[i].step.store(static_cast<uint32_t>(now) + 1);
                     told[i].progress.store(uint64_t{at.first} << 32 | at.second);
+                    if (now != told[i].aim || at.second != 0) return;
+                    while (!told[i].isLetGo.load())
+                        std::this_thread::sleep_for(std::chrono::microseconds(20));
                 });
             } catch (...) {
                 _exit(9);
             }
             _exit(0);
         }
-        const auto& few = chosen[static_cast<std::size_t>(i / 2) % 4];
-        const auto step = i % 2 == 0 ? few[random.Below(static_cast<uint32_t>(few.size()))]
-                                     : random.Below(static_cast<uint32_t>(steps.size()));
-        const bool isSave = !IsJournaled(steps[step]);
-        const auto delay = random.Below(isSave ? 4000 : i % 2 == 0 ? 200 : 1500);
         int status = 0;
         bool isGone = false;
         while (told[i].step.load() < step + 1 && !isGone) {
             isGone = waitpid(child, &status, WNOHANG) == child;
             std::this_thread::sleep_for(std::chrono::microseconds(20));
         }
-        std::this_thread::sleep_for(std::chrono::microseconds(delay));
+        const auto start = std::chrono::steady_clock::now();
+        told[i].isLetGo.store(true);
+        while (std::chrono::steady_clock::now() - start < std::chrono::microseconds(delay)) {
+        }
         if (!isGone) {
             kill(child, SIGKILL);
             waitpid(child, &status, 0);
         }
         ASSERT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0) << status;
         killedAt.push_back(told[i].Read());
-        const uint32_t at = told[i].step.load();
-        if (at > 0 && at <= steps.size()) kindsHit.insert(steps[at - 1].begin().key());
+        // In it or right behind it: some steps take only as long as the killing does.
+        const uint32_t at = told[i].step.load() - 1;
+        if (at <= step + 1) kindsHit.insert(steps[step].begin().key());
     }
     munmap(told, sizeof(Told) * processes);
     for (const char* kind : {"stroke", "save", "undo", "layer", "level", "subdivide"})

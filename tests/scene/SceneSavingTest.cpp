@@ -31,12 +31,13 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
     const auto session = RichSession(folder);
     const std::string path = folder.Fill("scene.trovik", "old");
     const std::size_t files = folder.FileCount();
+    const SceneStream header;
     int refusals = 0;
     for (uint64_t number = 1;; ++number) {
         std::string message;
         RefuseAllocation(number);
         try {
-            session->Save(path);
+            session->Save(path, header);
         } catch (const HostError& error) {
             RefuseAllocation(0);
             message = error.what();

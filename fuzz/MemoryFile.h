@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/errors/HostError.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace trovik {
+
+/// Bytes as a file that lies in memory, for readers that take paths.
+class MemoryFile {
+public:
+    MemoryFile(const std::uint8_t* bytes, std::size_t size)
+        : file(memfd_create("fuzz", MFD_CLOEXEC)), path("/proc/self/fd/" + std::to_string(file)) {
+        if (file < 0 || write(file, bytes, size) != static_cast<ssize_t>(size)) {
+            std::perror("fuzz: cannot make a file in memory");
+            std::abort();
+        }
+    }
+    ~MemoryFile() { close(file); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    /// Runs a reader on the file. It must do its work or refuse in one line that names the file;
+    /// all else ends the run.
+    template <class Reader>
+    void Read(const Reader& read) const {
+        try {
+            read(path);
+        } catch (const HostError& refused) {
+            const std::string_view message = refused.what();
+            if (message.find(path) == std::string_view::npos ||
+                message.find('\n') != std::string_view::npos) {
+                std::fprintf(stderr, "fuzz: a poor message: %s\n", refused.what());
+                std::abort();
+            }
+        }
+    }
+
+private:
+    int file;
+    std::string path;
+};
+
+}  // namespace trovik
