@@ -60,7 +60,8 @@ float FalloffValue(int index, float x) {
 }
 
 void FillFalloff(Store<float>& samples, int index) {
-    samples.SetFill(falloffSampleCount, false);
+    // What refuses memory without a throw left the samples empty.
+    if (!samples.SetFill(falloffSampleCount, false)) throw Error::s_cBadAlloc;
     for (unsigned i = 0; i < falloffSampleCount; ++i) {
         samples.array[i] =
             FalloffValue(index, static_cast<float>(i) / static_cast<float>(falloffSampleCount - 1));
@@ -70,7 +71,7 @@ void FillFalloff(Store<float>& samples, int index) {
 void FillFalloff(Store<float>& samples, const std::vector<float>& values) {
     samples.Clear();
     if (values.empty()) return;
-    samples.SetFill(static_cast<uint32_t>(values.size()), false);
+    if (!samples.SetFill(static_cast<uint32_t>(values.size()), false)) throw Error::s_cBadAlloc;
     std::copy(values.begin(), values.end(), samples.array);
 }
 

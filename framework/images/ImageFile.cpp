@@ -3,7 +3,9 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/files/FilePath.h"
+#include "framework/files/OutputFile.h"
 
+#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 
 #include <algorithm>
@@ -141,9 +143,7 @@ void WriteThroughLibrary(const std::string& path,
     if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0) {
         ThrowImageError("write", path, "it has no pixels");
     }
-    FileReplacement replacement(path);
-    const std::unique_ptr<OIIO::ImageOutput> output =
-        OIIO::ImageOutput::create(replacement.TemporaryPath());
+    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(path);
     if (!output) {
         OIIO::geterror();
         ThrowImageError(
@@ -153,14 +153,21 @@ void WriteThroughLibrary(const std::string& path,
     spec.attribute("oiio:UnassociatedAlpha", 1);
     // Formats that note a time would note the present one, and no two files would be alike.
     spec.attribute("DateTime", "1970:01:01 00:00:00");
-    const bool done = output->open(replacement.TemporaryPath(), spec) &&
-                      output->write_image(type, pixels) && output->close();
+    // Into memory first: some of the library's formats do not tell of a disk that is full.
+    OIIO::Filesystem::IOVecOutput bytes;
+    if (!output->supports("ioproxy") || !output->set_ioproxy(&bytes)) {
+        ThrowImageError("write", path, "this format cannot be written to memory");
+    }
+    const bool done =
+        output->open(path, spec) && output->write_image(type, pixels) && output->close();
     if (!done) {
         std::string reason = output->geterror();
         output->close();
-        ThrowImageError("write", path, OneLine(std::move(reason), "the disk may be full"));
+        ThrowImageError("write", path, OneLine(std::move(reason), "the library tells no reason"));
     }
-    replacement.Commit();
+    OutputFile file(path);
+    file.Write(bytes.buffer().data(), bytes.buffer().size());
+    file.Commit();
 }
 
 void Describe(OIIO::ImageSpec& spec, const std::string& description) {

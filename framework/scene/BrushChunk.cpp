@@ -22,12 +22,30 @@ public:
           image(brush.Settings().stampImage),
           imageName(brush.Settings().stampName) {
         if (active == nullptr) return;
-        std::vector<uint8_t> before = std::move(brush.Settings().stored[active]);
+        // Memory can run out at any of these, and the brush then is as it was.
+        auto& stored = brush.Settings().stored;
+        const auto found = stored.find(active);
+        const bool had = found != stored.end();
+        std::vector<uint8_t> before = had ? found->second : std::vector<uint8_t>();
         brush.StoreConfiguration(active);
-        present = std::exchange(brush.Settings().stored[active], std::move(before));
-        if (brush.Settings().stored[active].empty()) brush.Settings().stored.erase(active);
+        present = std::move(stored[active]);
+        if (had)
+            stored[active] = std::move(before);
+        else
+            stored.erase(active);
     }
-    ~KeptSettings() { Restore(); }
+    ~KeptSettings() {
+        // Most of what it takes is there again after a first try that ran out of memory.
+        for (int tries = 0; tries < 2; ++tries) {
+            try {
+                Restore();
+                return;
+            } catch (const std::bad_alloc&) {
+            } catch (Error* error) {
+                Error::Dispose(error);
+            }
+        }
+    }
     KeptSettings(const KeptSettings&) = delete;
     KeptSettings& operator=(const KeptSettings&) = delete;
 
@@ -37,13 +55,22 @@ public:
         auto& stored = brush.Settings().stored;
         const auto found = stored.find(active);
         const bool had = found != stored.end();
-        std::vector<uint8_t> before = had ? std::move(found->second) : std::vector<uint8_t>();
-        stored[active] = present;
-        brush.RestoreConfiguration(active);
-        if (had)
-            stored[active] = std::move(before);
-        else
-            stored.erase(active);
+        std::vector<uint8_t> before = had ? found->second : std::vector<uint8_t>();
+        std::vector<uint8_t> lent = present;
+        stored[active].swap(lent);
+        const auto putBack = [&] {
+            if (had)
+                stored.find(active)->second.swap(before);
+            else
+                stored.erase(active);
+        };
+        try {
+            brush.RestoreConfiguration(active);
+        } catch (...) {
+            putBack();
+            throw;
+        }
+        putBack();
         brush.Settings().stampImage = image;
         brush.Settings().stampName = imageName;
     }

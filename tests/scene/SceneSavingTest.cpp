@@ -29,7 +29,10 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
     const QuickDisk disk;
     const TemporaryFolder folder;
     const auto session = RichSession(folder);
-    const std::string path = folder.Fill("scene.trovik", "old");
+    const std::string path = folder.Path("scene.trovik");
+    session->Save(path);
+    const std::string whole = TemporaryFolder::Content(path);
+    folder.Fill("scene.trovik", "old");
     const std::size_t files = folder.FileCount();
     const SceneStream header;
     int refusals = 0;
@@ -56,10 +59,8 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
         ASSERT_EQ(TemporaryFolder::Content(path), "old") << number;
     }
     EXPECT_GT(refusals, 50);
-    const std::string saved = TemporaryFolder::Content(path);
-    EXPECT_EQ(saved.substr(0, 8), "TROVIKSC");
-    session->Save(path);
-    EXPECT_EQ(TemporaryFolder::Content(path), saved);
+    // All those failures have changed nothing of the session either.
+    EXPECT_EQ(TemporaryFolder::Content(path), whole);
 }
 
 }  // namespace
