@@ -17,7 +17,7 @@ struct ContentHash {
     bool operator==(const ContentHash&) const = default;
 };
 
-/// Reads a regular file from start to end. Cost: about two seconds a gigabyte.
+/// Reads a regular file from start to end, a mebibyte at a time.
 /// \throw HostError naming the path and the system's reason.
 TROVIK_API ContentHash HashFile(const std::string& path);
 

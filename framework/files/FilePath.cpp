@@ -138,13 +138,14 @@ void FileReplacement::Commit(const std::function<void(const std::string&)>& befo
     if (beforeReplacing) {
         beforeReplacing(temporaryPath);
     }
+    // Told before the renaming: behind it nothing may fail, be it for want of memory.
+    const std::filesystem::path parent = std::filesystem::path(targetPath).parent_path();
+    const std::string folder = parent.empty() ? std::string(".") : parent.string();
     if (DiskCalls::Current().Rename(temporaryPath.c_str(), targetPath.c_str()) != 0) {
         ThrowFileError("write", path, errno);
     }
     temporaryPath.clear();
     // The name in the folder must last too. A folder that may not be read cannot be synced.
-    const std::filesystem::path parent = std::filesystem::path(targetPath).parent_path();
-    const std::string folder = parent.empty() ? std::string(".") : parent.string();
     const int systemError = SyncFile(folder);
     if (systemError != 0 && systemError != EACCES && systemError != EPERM) {
         throw HostError(path + " is written and in place, but its folder could not be synced: " +

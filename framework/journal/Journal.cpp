@@ -155,9 +155,11 @@ void Journal::Stamp(const JournalFile& stamp) {
     });
 }
 
-void Journal::Saved(const JournalFile& scene) {
+void Journal::Saved(const JournalFile& scene, const nlohmann::json& carried) {
     Guarded([&] {
-        writer->Append(RecordKind::Saved, ToJson(scene).dump());
+        nlohmann::json fields = ToJson(scene);
+        if (!carried.is_null()) fields["carried"] = carried;
+        writer->Append(RecordKind::Saved, fields.dump());
         writer->Sync();
     });
 }

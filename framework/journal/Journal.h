@@ -57,7 +57,8 @@ public:
     /// A file that what follows depends on.
     void Stamp(const JournalFile& stamp);
     /// A scene that is complete and about to be renamed to this path. Waits for the disk.
-    void Saved(const JournalFile& scene);
+    /// \param carried  see JournalBase.
+    void Saved(const JournalFile& scene, const nlohmann::json& carried = nullptr);
     /// Takes the place of what was taken down until now, which the new base holds. Steps so far
     /// stay as lines of the past. Waits for the disk.
     void StartAnew(const JournalBase& base);

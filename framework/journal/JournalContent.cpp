@@ -93,6 +93,11 @@ private:
         return file;
     }
 
+    json CarriedIn(const json& fields) const {
+        const auto found = fields.find("carried");
+        return found == fields.end() ? json() : *found;
+    }
+
     /// The record's content as a value, with `rest` bytes behind it; null: there may be none.
     template <typename Value>
     Value ReadValue(std::string* rest = nullptr) const {
@@ -117,6 +122,7 @@ private:
         if (!fields.contains("setup") || !fields.at("setup").is_object())
             Refuse("a record lacks \"setup\"");
         base.setup = fields.at("setup");
+        base.carried = CarriedIn(fields);
     }
 
     JournalStep& OpenStep() {
@@ -183,7 +189,8 @@ private:
         JournalStep& stroke = OpenStroke();
         StrokeCall call{RecordKind::StrokeDab, ReadValue<StrokeInput>(), {}};
         const StrokeInput& dab = call.dab;
-        for (const auto* place : {&dab.hitPosition, &dab.hitNormal, &dab.position, &dab.heading})
+        for (const auto* place :
+             {&dab.hitPosition, &dab.hitNormal, &dab.position, &dab.heading, &dab.stampTop})
             for (const float number : *place)
                 if (!std::isfinite(number)) Refuse("a dab has a number that is not finite");
         if (!std::isfinite(dab.size) || !std::isfinite(dab.pressure) ||
@@ -207,7 +214,8 @@ private:
 
     void TakeSaved() {
         if (inStep || inStrokePart) Refuse("a scene is saved within a step");
-        content.saves.push_back({FileIn(ReadJson()), content.steps.size()});
+        const json fields = ReadJson();
+        content.saves.push_back({FileIn(fields), CarriedIn(fields), content.steps.size()});
     }
 
     void TakePast() {
@@ -263,10 +271,12 @@ json ToJson(const JournalFile& file) {
 }
 
 json ToJson(const JournalBase& base) {
-    return {{"program", base.program},
-            {"script", base.script},
-            {"setup", base.setup},
-            {"source", ToJson(JournalFile{base.source, base.content})}};
+    json fields = {{"program", base.program},
+                   {"script", base.script},
+                   {"setup", base.setup},
+                   {"source", ToJson(JournalFile{base.source, base.content})}};
+    if (!base.carried.is_null()) fields["carried"] = base.carried;
+    return fields;
 }
 
 JournalContent ReadJournal(const std::string& path, bool untilDamage) {

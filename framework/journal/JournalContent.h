@@ -23,6 +23,8 @@ struct JournalBase {
     ContentHash content;
     /// Name and version of the program.
     std::string program;
+    /// A step "set" of what was set before and is not in the source; null for nothing.
+    nlohmann::json carried;
 };
 
 nlohmann::json ToJson(const JournalBase& base);
@@ -66,6 +68,8 @@ struct JournalStep {
 /// A scene that was complete before one of the steps.
 struct JournalSave {
     JournalFile scene;
+    /// See JournalBase.
+    nlohmann::json carried;
     std::size_t stepsBefore = 0;
 };
 

@@ -83,10 +83,10 @@ struct StrokeInput {
     std::array<float, 3> hitNormal;
     std::array<float, 3> position;
     std::array<float, 3> heading;
+    std::array<float, 3> stampTop;
     float size;
     float pressure;
     float strength;
-    uint32_t reserved;
 
     static constexpr uint32_t keepsPlace = 1;
     static constexpr uint32_t failed = 2;
@@ -99,7 +99,7 @@ struct WholeMeshInput {
 
 // Written as they lie in memory, so there may be no gaps in them.
 static_assert(sizeof(DabMark) == 4 && sizeof(StepEnd) == 24 && sizeof(StrokeStart) == 24 &&
-              sizeof(StrokeInput) == 72 && sizeof(WholeMeshInput) == 8);
+              sizeof(StrokeInput) == 80 && sizeof(WholeMeshInput) == 8);
 static_assert(std::is_trivially_copyable_v<StrokeInput>);
 
 }  // namespace trovik

@@ -54,6 +54,7 @@ public:
         const nlohmann::json script = Checked(first);
         work.runner = std::make_unique<ScriptRunner>(content.base.script, ".", ScriptProgress{});
         work.runner->Open(script);
+        if (!content.base.carried.is_null()) work.runner->Do(content.base.carried, 0);
         work.runner->Session().SetInputListener(&counter);
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
@@ -80,7 +81,7 @@ private:
     void CheckStamps() const {
         for (const JournalFile& stamp : content.stamps) {
             if (!IsStill(stamp))
-                Fail("the stamp " + stamp.path + " is no longer what it was (sha256 " +
+                Fail("the file " + stamp.path + " is no longer what it was (sha256 " +
                      stamp.content.sha256 + ")");
         }
     }
@@ -107,6 +108,7 @@ private:
             if (content.base.setup.contains(field)) setup[field] = content.base.setup.at(field);
         setup["scene"] = save.scene.path;
         content.base.setup = std::move(setup);
+        content.base.carried = save.carried;
         return save.stepsBefore;
     }
 
@@ -114,6 +116,7 @@ private:
     nlohmann::json Checked(std::size_t first) const {
         nlohmann::json script = content.base.setup;
         script["steps"] = nlohmann::json::array();
+        if (!content.base.carried.is_null()) script["steps"].push_back(content.base.carried);
         for (std::size_t i = first; i < content.steps.size(); ++i)
             if (!content.steps[i].step.is_null()) script["steps"].push_back(content.steps[i].step);
         return ParseStrokeScript(script.dump(), path);
@@ -200,6 +203,7 @@ private:
         dab.hit.normal = vector(input.hitNormal);
         dab.position = vector(input.position);
         dab.heading = vector(input.heading);
+        dab.stampTop = vector(input.stampTop);
         dab.size = input.size;
         dab.pressure = input.pressure;
         dab.strength = input.strength;

@@ -20,6 +20,10 @@ namespace fs = std::filesystem;
 constexpr const char* besideTheScene[] = {
     "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
 
+/// Settings of the pen, which belong to no tool.
+constexpr const char* notInScenes[] = {
+    "strengthCurve", "sizeCurve", "tilt", "randomSize", "airbrush", "radiusPixels"};
+
 std::string Absolute(const std::string& path) {
     std::error_code failed;
     const fs::path absolute = fs::absolute(path, failed);
@@ -38,6 +42,14 @@ nlohmann::json PresentPreferences() {
 }
 
 std::string ProgramName() { return std::string("trovik ") + TROVIK_VERSION; }
+
+/// What is an object keeps the fields that are not given anew.
+void Merge(nlohmann::json& kept, const nlohmann::json& given) {
+    if (kept.is_object() && given.is_object())
+        kept.update(given);
+    else
+        kept = given;
+}
 
 std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
 
@@ -83,7 +95,27 @@ void SessionJournal::BeginStep(const nlohmann::json& step) {
     historyBefore = session.Geometry().History().Position();
     const bool movesHistory = step.contains("undo") || step.contains("redo");
     stepAtHand = movesHistory ? step : nlohmann::json::object();
+    if (step.contains("set")) {
+        const nlohmann::json& set = step.at("set");
+        for (const char* field : notInScenes)
+            if (set.contains(field)) Merge(carried[field], set.at(field));
+        if (set.contains("radius")) carried.erase("radiusPixels");
+    }
+    // A recorded stream of a pen.
+    if (step.contains("stroke") && step.at("stroke").contains("pen") &&
+        step.at("stroke").at("pen").is_string())
+        NoteFile((fs::path(script).parent_path() / step.at("stroke").at("pen").get<std::string>())
+                     .string());
     journal.BeginStep(step);
+}
+
+nlohmann::json SessionJournal::Carried() const {
+    if (carried.empty()) return nullptr;
+    nlohmann::json set = carried;
+    // A curve switches this on where it is set; the scene has it as it is.
+    if (set.contains("sizeCurve"))
+        set["pressureControlsSize"] = session.Brush().strokeOptionD.Value();
+    return {{"set", set}};
 }
 
 StepEnd SessionJournal::Ended(bool failed) const {
@@ -121,11 +153,11 @@ JournalBase SessionJournal::BaseFrom(const JournalFile& scene) {
     reduced["scene"] = scene.path;
     reduced["preferences"] = PresentPreferences();
     setup = reduced;
-    return {Absolute(script), setup, scene.path, scene.content, ProgramName()};
+    return {Absolute(script), setup, scene.path, scene.content, ProgramName(), Carried()};
 }
 
 void SessionJournal::StartedAnew() {
-    knownStamps.clear();
+    knownFiles.clear();
     MarkHistory();
 }
 
@@ -134,7 +166,7 @@ void SessionJournal::Save(const std::string& scenePath) {
     session.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
         if (!journal.IsAlive()) return;
         scene.content = HashFile(temporaryPath);
-        journal.Saved(scene);
+        journal.Saved(scene, Carried());
     });
     if (!journal.IsAlive()) return;
     journal.StartAnew(BaseFrom(scene));
@@ -172,9 +204,13 @@ void SessionJournal::NoteStamp() {
     if (!settings.stamp.enabled || settings.stamp.path.isEmpty()) return;
     const auto file = FindStampFile(settings.stamp.path.toStdString());
     if (!file) return;
-    const std::string path = Absolute(*file);
-    if (std::find(knownStamps.begin(), knownStamps.end(), path) != knownStamps.end()) return;
-    knownStamps.push_back(path);
+    NoteFile(*file);
+}
+
+void SessionJournal::NoteFile(const std::string& name) {
+    const std::string path = Absolute(name);
+    if (std::find(knownFiles.begin(), knownFiles.end(), path) != knownFiles.end()) return;
+    knownFiles.push_back(path);
     try {
         journal.Stamp({path, HashFile(path)});
     } catch (const HostError& error) {
@@ -204,6 +240,7 @@ void SessionJournal::OnDab(const StrokeDab& dab, bool failed) {
     input.hitNormal = Three(dab.hit.normal);
     input.position = Three(dab.position);
     input.heading = Three(dab.heading);
+    input.stampTop = Three(dab.stampTop);
     input.size = dab.size;
     input.pressure = dab.pressure;
     input.strength = dab.strength;

@@ -49,6 +49,9 @@ private:
                                 const nlohmann::json& setup,
                                 const std::string& script);
     void NoteStamp();
+    void NoteFile(const std::string& path);
+    /// What steps have set that no scene holds, as a step; null for nothing.
+    nlohmann::json Carried() const;
     StepEnd Ended(bool failed) const;
     /// The base of a journal that goes on from this scene.
     JournalBase BaseFrom(const JournalFile& scene);
@@ -65,7 +68,9 @@ private:
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;
     nlohmann::json stepAtHand;
-    std::vector<std::string> knownStamps;
+    /// The newest settings that no scene holds.
+    nlohmann::json carried = nlohmann::json::object();
+    std::vector<std::string> knownFiles;
     /// The newest step of undo when the journal started; null for none.
     const UndoStep* newestAtStart = nullptr;
     /// Steps that could be brought again when the journal started can be so still.

@@ -158,6 +158,23 @@ TEST_F(RecoveredJournal, StartsFromTheLastSave) {
     EXPECT_EQ(work.content.past.size(), 2u);
 }
 
+TEST_F(RecoveredJournal, HoldsWhatWasSetBeforeASaveAndIsInNoScene) {
+    const json pen = {{"set",
+                       {{"sizeCurve", {{0, 0.2}, {1, 1}}},
+                        {"tilt", {{"size", 0.5}}},
+                        {"randomSize", 0.4},
+                        {"pressureControlsSize", true}}}};
+    const json steps = {Tool("Sculpt"), pen, {{"save", "work.trovik"}}, Stroke(0.5f, 0.2f)};
+    Run(steps);
+    ASSERT_EQ(failure, "");
+    const std::string recovered = Recovered();
+    fs::remove(Journal());
+    json saved = steps;
+    saved.push_back({{"save", "end.trovik"}});
+    Run(saved);
+    EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("end")));
+}
+
 TEST_F(RecoveredJournal, HoldsUndoOfWhatWasDoneBeforeASave) {
     const json steps = {Tool("Sculpt"),
                         Stroke(0.5f, 0.2f),
