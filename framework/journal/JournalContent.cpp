@@ -95,7 +95,9 @@ private:
 
     json CarriedIn(const json& fields) const {
         const auto found = fields.find("carried");
-        return found == fields.end() ? json() : *found;
+        if (found == fields.end()) return nullptr;
+        if (!found->is_array()) Refuse("what is carried on is no JSON array");
+        return *found;
     }
 
     /// The record's content as a value, with `rest` bytes behind it; null: there may be none.

@@ -23,7 +23,7 @@ struct JournalBase {
     ContentHash content;
     /// Name and version of the program.
     std::string program;
-    /// A step "set" of what was set before and is not in the source; null for nothing.
+    /// Steps that set again what was set before and is not in the source; null for none.
     nlohmann::json carried;
 };
 

@@ -54,7 +54,7 @@ public:
         const nlohmann::json script = Checked(first);
         work.runner = std::make_unique<ScriptRunner>(content.base.script, ".", ScriptProgress{});
         work.runner->Open(script);
-        if (!content.base.carried.is_null()) work.runner->Do(content.base.carried, 0);
+        for (const nlohmann::json& carried : content.base.carried) work.runner->Do(carried, 0);
         work.runner->Session().SetInputListener(&counter);
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
@@ -116,7 +116,8 @@ private:
     nlohmann::json Checked(std::size_t first) const {
         nlohmann::json script = content.base.setup;
         script["steps"] = nlohmann::json::array();
-        if (!content.base.carried.is_null()) script["steps"].push_back(content.base.carried);
+        for (const nlohmann::json& carried : content.base.carried)
+            script["steps"].push_back(carried);
         for (std::size_t i = first; i < content.steps.size(); ++i)
             if (!content.steps[i].step.is_null()) script["steps"].push_back(content.steps[i].step);
         return ParseStrokeScript(script.dump(), path);

@@ -93,29 +93,46 @@ void SessionJournal::MarkHistory() {
 void SessionJournal::BeginStep(const nlohmann::json& step) {
     totalsBefore = session.Totals();
     historyBefore = session.Geometry().History().Position();
-    const bool movesHistory = step.contains("undo") || step.contains("redo");
-    stepAtHand = movesHistory ? step : nlohmann::json::object();
-    if (step.contains("set")) {
-        const nlohmann::json& set = step.at("set");
-        for (const char* field : notInScenes)
-            if (set.contains(field)) Merge(carried[field], set.at(field));
-        if (set.contains("radius")) carried.erase("radiusPixels");
+    // All but what a stroke may hold is small.
+    stepAtHand = step.contains("stroke") ? nlohmann::json::object() : step;
+    // A recorded stream of a pen, and a picture to freeze by.
+    using Pointer = nlohmann::json::json_pointer;
+    for (const Pointer& place : {Pointer("/stroke/pen"), Pointer("/freeze/image/file")}) {
+        if (!step.contains(place) || !step.at(place).is_string()) continue;
+        NoteFile((fs::path(script).parent_path() / step.at(place).get<std::string>()).string());
     }
-    // A recorded stream of a pen.
-    if (step.contains("stroke") && step.at("stroke").contains("pen") &&
-        step.at("stroke").at("pen").is_string())
-        NoteFile((fs::path(script).parent_path() / step.at("stroke").at("pen").get<std::string>())
-                     .string());
     journal.BeginStep(step);
 }
 
+void SessionJournal::NoteSettings(const nlohmann::json& set) {
+    nlohmann::json ofBrush = set;
+    for (const char* field : notInScenes) {
+        if (set.contains(field)) Merge(carried[field], set.at(field));
+        ofBrush.erase(field);
+    }
+    if (set.contains("radius")) carried.erase("radiusPixels");
+    // These are the session's own, and in the scene.
+    for (const char* field : {"radius", "spacing"}) ofBrush.erase(field);
+    if (session.IsFreezing() && !ofBrush.empty()) freezeSettings.push_back({{"set", ofBrush}});
+}
+
 nlohmann::json SessionJournal::Carried() const {
-    if (carried.empty()) return nullptr;
-    nlohmann::json set = carried;
-    // A curve switches this on where it is set; the scene has it as it is.
-    if (set.contains("sizeCurve"))
-        set["pressureControlsSize"] = session.Brush().strokeOptionD.Value();
-    return {{"set", set}};
+    nlohmann::json steps = nlohmann::json::array();
+    if (!carried.empty()) {
+        nlohmann::json set = carried;
+        // A curve switches this on where it is set; the scene has it as it is.
+        if (set.contains("sizeCurve"))
+            set["pressureControlsSize"] = session.SculptBrush().strokeOptionD.Value();
+        steps.push_back({{"set", set}});
+    }
+    const BrushConfiguration* tool = session.SculptBrush().ActiveConfiguration();
+    if (session.IsFreezing() || !freezeSettings.empty()) {
+        steps.push_back({{"tool", FreezeBrush::Tool()->Name().toStdString()}});
+        for (const nlohmann::json& step : freezeSettings) steps.push_back(step);
+        if (!session.IsFreezing() && tool != nullptr)
+            steps.push_back({{"tool", tool->Name().toStdString()}});
+    }
+    return steps.empty() ? nlohmann::json() : steps;
 }
 
 StepEnd SessionJournal::Ended(bool failed) const {
@@ -130,6 +147,7 @@ StepEnd SessionJournal::Ended(bool failed) const {
 
 void SessionJournal::EndStep(bool failed) {
     const UndoHistory& history = session.Geometry().History();
+    if (stepAtHand.contains("set")) NoteSettings(stepAtHand.at("set"));
     if (!history.CanRedo() && !stepAtHand.contains("redo")) redoFromBefore = false;
     if (LeftItsHistory(stepAtHand))
         EndStepBySnapshot(Ended(failed), history.NextLabel());

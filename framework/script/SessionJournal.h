@@ -50,7 +50,8 @@ private:
                                 const std::string& script);
     void NoteStamp();
     void NoteFile(const std::string& path);
-    /// What steps have set that no scene holds, as a step; null for nothing.
+    void NoteSettings(const nlohmann::json& set);
+    /// Steps that set what no scene holds; null for none.
     nlohmann::json Carried() const;
     StepEnd Ended(bool failed) const;
     /// The base of a journal that goes on from this scene.
@@ -70,6 +71,8 @@ private:
     nlohmann::json stepAtHand;
     /// The newest settings that no scene holds.
     nlohmann::json carried = nlohmann::json::object();
+    /// All that the freeze brush was given, which no scene holds either.
+    nlohmann::json freezeSettings = nlohmann::json::array();
     std::vector<std::string> knownFiles;
     /// The newest step of undo when the journal started; null for none.
     const UndoStep* newestAtStart = nullptr;

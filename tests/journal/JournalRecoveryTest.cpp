@@ -117,10 +117,10 @@ TEST_F(RecoveredJournal, HoldsStrokesThatNoStepMakes) {
     EXPECT_EQ(work.content.steps.size(), 7u);
     EXPECT_EQ(work.dabs, 6u);
     SculptSession& redone = work.runner->Session();
+    session.Loop().End();
     EXPECT_EQ(StateOf(redone), StateOf(session));
     ASSERT_GE(redone.Geometry().History().StepCount(), 2u);
     EXPECT_EQ(redone.Geometry().History().Label(0), "by hand");
-    session.Loop().End();
     session.Save(Scene("live"));
     EXPECT_EQ(TemporaryFolder::Content(Scene("recovered")),
               TemporaryFolder::Content(Scene("live")));
@@ -164,7 +164,16 @@ TEST_F(RecoveredJournal, HoldsWhatWasSetBeforeASaveAndIsInNoScene) {
                         {"tilt", {{"size", 0.5}}},
                         {"randomSize", 0.4},
                         {"pressureControlsSize", true}}}};
-    const json steps = {Tool("Sculpt"), pen, {{"save", "work.trovik"}}, Stroke(0.5f, 0.2f)};
+    const json steps = {Tool("Sculpt"),
+                        pen,
+                        {{"tool", "Freeze"}, {"set", {{"strength", 35}, {"falloff", "cone"}}}},
+                        {{"save", "work.trovik"}},
+                        Stroke(0.5f, 0.2f),
+                        Tool("Wax"),
+                        {{"save", "work.trovik"}},
+                        Stroke(0.3f, 0.1f),
+                        {{"tool", "Freeze"}},
+                        Stroke(-0.5f, 0.4f)};
     Run(steps);
     ASSERT_EQ(failure, "");
     const std::string recovered = Recovered();

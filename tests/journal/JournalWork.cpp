@@ -12,10 +12,12 @@ std::string FillCube(const TemporaryFolder& folder) {
         "v 1 1 1\nf 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n");
 }
 
-std::string FillScript(const TemporaryFolder& folder, const nlohmann::json& steps, int levels) {
+std::string FillScript(const TemporaryFolder& folder,
+                       const nlohmann::json& steps,
+                       const nlohmann::json& mirror) {
     FillCube(folder);
     const nlohmann::json script = {
-        {"mesh", "cube.obj"}, {"levels", levels}, {"mirror", {"x"}}, {"steps", steps}};
+        {"mesh", "cube.obj"}, {"levels", 3}, {"mirror", mirror}, {"steps", steps}};
     return folder.Fill("script.json", script.dump());
 }
 

@@ -28,8 +28,10 @@ private:
 /// Writes a cube of six faces. \return its path.
 std::string FillCube(const TemporaryFolder& folder);
 
-/// Writes a script with these steps over the cube. \return its path.
-std::string FillScript(const TemporaryFolder& folder, const nlohmann::json& steps, int levels = 3);
+/// Writes a script with these steps over the cube, refined three times. \return its path.
+std::string FillScript(const TemporaryFolder& folder,
+                       const nlohmann::json& steps,
+                       const nlohmann::json& mirror = {"x"});
 
 /// Positions and freezing of all levels, the offsets of all layers, and which level is bound, in a
 /// checksum. Open strokes may be under way.

@@ -102,7 +102,9 @@ nlohmann::json Steps() {
 class KilledProcess : public ::testing::Test {
 protected:
     KilledProcess() : steps(Steps()) {
-        script = FillScript(folder, steps);
+        // Strokes under mirrors settle their sides when they end, and recovery ends the last one;
+        // without, the surface after a dab is the surface after the end.
+        script = FillScript(folder, steps, nlohmann::json::array());
         uint32_t journaled = 0;
         for (const auto& step : steps) {
             journaledBefore.push_back(journaled);
