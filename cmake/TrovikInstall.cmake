@@ -35,6 +35,17 @@ if(TARGET SwiftStroke)
 endif()
 if(TARGET trovik)
     install(TARGETS trovik RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    set(completions "${PROJECT_BINARY_DIR}/completion")
+    install(FILES "${completions}/trovik"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+    install(FILES "${completions}/_trovik"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+    install(FILES "${completions}/trovik.fish"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+    install(
+        PROGRAMS "${PROJECT_SOURCE_DIR}/tools/trovik_trace.py"
+        DESTINATION "${CMAKE_INSTALL_BINDIR}"
+        RENAME trovik-trace)
 endif()
 foreach(page IN ITEMS docs/trovik.1 docs/man/trovik.1 apps/trovik/trovik.1)
     if(EXISTS "${PROJECT_SOURCE_DIR}/${page}")

@@ -15,5 +15,6 @@ void AddRenderCommand(CLI::App& program);
 void AddToolsCommand(CLI::App& program);
 void AddRecoverCommand(CLI::App& program);
 void AddHistoryCommand(CLI::App& program);
+void AddCompletionCommand(CLI::App& program);
 
 }  // namespace trovik

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "HelpTexts.h"
 #include "host/Error.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 namespace {
@@ -11,9 +15,10 @@ constexpr int done = 0;
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
-int Fail(const std::string& reason) {
+int Fail(std::string reason, int status = failed) {
+    std::replace(reason.begin(), reason.end(), '\n', ' ');
     std::fprintf(stderr, "trovik: %s\n", reason.c_str());
-    return failed;
+    return status;
 }
 
 }  // namespace
@@ -21,17 +26,20 @@ int Fail(const std::string& reason) {
 int main(int argc, char** argv) {
     CLI::App program(
         "Sculpts meshes from scripts, without a screen.\n\n"
-        "  trovik sculpt stroke.json            run a stroke script\n"
         "  trovik info head.obj                 what is in a mesh file\n"
-        "  trovik render head.obj head.png      a picture of a mesh\n"
-        "  trovik convert head.obj head.ply     write a mesh in another format\n"
+        "  trovik sculpt bust.json              run a stroke script\n"
+        "  trovik render head.obj head.png      make a picture of a mesh\n"
+        "  trovik convert head.obj head.glb     write a mesh in another format\n"
         "  trovik bake head.trovik -o head.exr  a map of what a fine level has over a coarse one\n"
         "  trovik tools                         the tools of the brush\n"
         "  trovik recover w.journal -o w.trovik the work of a journal, after a crash\n"
         "  trovik history w.journal             the steps of a journal\n\n"
-        "Exit status: 0 done, 1 the work failed (one line on standard error says why), 2 wrong "
-        "usage.",
+        "`trovik VERB --help` tells more, with examples; docs/tutorial.md begins at the "
+        "beginning.\n",
         "trovik");
+    program.footer(
+        "Exit status: 0 success; 1 the work failed, one line on standard error says why; 2 wrong "
+        "use.");
     program.set_version_flag("--version", std::string("trovik ") + TROVIK_VERSION);
     program.require_subcommand(1);
     trovik::AddSculptCommand(program);
@@ -42,10 +50,13 @@ int main(int argc, char** argv) {
     trovik::AddToolsCommand(program);
     trovik::AddRecoverCommand(program);
     trovik::AddHistoryCommand(program);
+    trovik::AddCompletionCommand(program);
+    trovik::AddHelpTexts(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? done : wrongUsage;
+        if (error.get_exit_code() != 0) return Fail(trovik::UsageError(program, error), wrongUsage);
+        program.exit(error);
     } catch (const std::bad_alloc&) {
         return Fail("out of memory");
     } catch (const std::exception& error) {
@@ -55,5 +66,8 @@ int main(int argc, char** argv) {
         trovik::Error::Dispose(error);
         return Fail(reason);
     }
+    // A full disk is noticed only here, where the last of the output goes out.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        return Fail(std::string("standard output: ") + std::strerror(errno));
     return done;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "SceneInfo.h"
 #include "framework/errors/HostError.h"
@@ -77,11 +78,12 @@ nlohmann::json AttributeJson(const PolygonMesh& polygons) {
 struct InfoOptions {
     std::string mesh;
     bool json = false;
+    bool quiet = false;
 };
 
 void Info(const InfoOptions& options) {
     if (IsScenePath(options.mesh)) {
-        TellScene(options.mesh, options.json);
+        TellScene(options.mesh, options.json, options.quiet);
         return;
     }
     PolygonMesh polygons = ReadMeshFile(options.mesh);
@@ -117,9 +119,10 @@ void Info(const InfoOptions& options) {
                                        {"vertices", base.VertexCount()},
                                        {"faces", base.faceCount},
                                        {"borderEdges", borderEdges}}}};
-        std::printf("%s\n", info.dump(2).c_str());
+        PrintJson(info);
         return;
     }
+    if (options.quiet) return;
     std::printf("%s\n", options.mesh.c_str());
     std::printf("  vertices  %zu\n  faces     %zu", vertices, faces);
     const char* separator = "  (";
@@ -154,7 +157,20 @@ struct ConvertOptions {
     std::string units;
     std::string up;
     bool quiet = false;
+    bool json = false;
 };
+
+void TellConverted(const ConvertOptions& options, uint64_t vertices, uint64_t faces) {
+    if (options.json) {
+        PrintJson(
+            {{"from", options.from}, {"to", options.to}, {"vertices", vertices}, {"faces", faces}});
+    } else if (!options.quiet) {
+        std::printf("wrote %s: %llu vertices, %llu faces\n",
+                    options.to.c_str(),
+                    static_cast<unsigned long long>(vertices),
+                    static_cast<unsigned long long>(faces));
+    }
+}
 
 void Convert(const ConvertOptions& options) {
     const MeshSpace given = {MetersPerUnit(options.fromUnits), UpAxisOf(options.fromUp)};
@@ -173,11 +189,16 @@ void Convert(const ConvertOptions& options) {
         space = Overlaid(space, given);
         WriteMeshFile(
             options.to, PolygonSource(polygons, SpaceForFile(options.to, space, asked)), progress);
+        line.Finish();
+        TellConverted(options, polygons.positions.size(), polygons.faceSizes.size());
         return;
     }
     const LoadedScene scene = OpenRefined(options.from, options.levels, given);
     const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
     WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), progress);
+    line.Finish();
+    const LevelMesh& level = *scene.geometry->Bound();
+    TellConverted(options, level.VertexCount(), level.faceCount);
 }
 
 struct RenderOptions {
@@ -187,6 +208,8 @@ struct RenderOptions {
     /// Empty: as a scene was last seen, a mesh from a little above and beside its front.
     std::vector<float> from;
     PictureOptions options;
+    bool quiet = false;
+    bool json = false;
 };
 
 /// The whole mesh, seen from a direction.
@@ -229,6 +252,23 @@ void Render(const RenderOptions& wanted) {
                    static_cast<uint32_t>(picture.width),
                    static_cast<uint32_t>(picture.height),
                    3);
+    if (wanted.json) {
+        const auto triple = [](const Vector& v) { return nlohmann::json{v.x, v.y, v.z}; };
+        PrintJson({{"mesh", wanted.mesh},
+                   {"picture", wanted.picture},
+                   {"width", picture.width},
+                   {"height", picture.height},
+                   {"camera",
+                    {{"eye", triple(camera.eye)},
+                     {"target", triple(camera.target)},
+                     {"up", triple(camera.up)},
+                     {"fieldOfView", camera.verticalFieldOfView}}}});
+    } else if (!wanted.quiet) {
+        std::printf("wrote %s: %d x %d pixels\n",
+                    wanted.picture.c_str(),
+                    static_cast<int>(picture.width),
+                    static_cast<int>(picture.height));
+    }
 }
 
 }  // namespace
@@ -238,7 +278,8 @@ void AddInfoCommand(CLI::App& program) {
     CLI::App* verb = program.add_subcommand(
         "info", "Tells what is in a mesh file (OBJ, PLY, STL, glTF, GLB) or a scene");
     verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
-    verb->add_flag("--json", options->json, "As JSON");
+    verb->add_flag("-q,--quiet", options->quiet, "Says nothing of a file that can be read");
+    verb->add_flag("--json", options->json, "As JSON on standard output");
     verb->callback([options] { Info(*options); });
 }
 
@@ -261,7 +302,8 @@ void AddConvertCommand(CLI::App& program) {
     verb->add_option("--units", options->units, "Unit of the file that is written")->check(isUnit);
     verb->add_option("--up", options->up, "Axis that points up in the file that is written")
         ->check(isAxis);
-    verb->add_flag("-q,--quiet", options->quiet, "No progress");
+    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
+    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Convert(*options); });
 }
 
@@ -274,11 +316,15 @@ void AddRenderCommand(CLI::App& program) {
         ->check(CLI::Range(0u, 12u));
     verb->add_option("--from", options->from, "Direction from the mesh to the eye, three numbers")
         ->expected(3);
-    verb->add_option("--width", options->options.width, "Pixels")->check(CLI::Range(1, 16384));
-    verb->add_option("--height", options->options.height, "Pixels")->check(CLI::Range(1, 16384));
+    verb->add_option("--width", options->options.width, "Width in pixels")
+        ->check(CLI::Range(1, 16384));
+    verb->add_option("--height", options->options.height, "Height in pixels")
+        ->check(CLI::Range(1, 16384));
     verb->add_option("--samples", options->options.samples, "Rays through each pixel")
         ->check(CLI::Range(1, 4096));
     verb->add_flag("--wireframe", options->options.wireframe, "With the edges of the faces");
+    verb->add_flag("-q,--quiet", options->quiet, "No summary");
+    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Render(*options); });
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SceneInfo.h"
 
+#include "JsonOutput.h"
 #include "framework/scene/SceneFile.h"
 
 #include <nlohmann/json.hpp>
@@ -90,11 +91,11 @@ void Print(const std::string& path, const LoadedScene& scene) {
 
 }  // namespace
 
-void TellScene(const std::string& path, bool json) {
+void TellScene(const std::string& path, bool json, bool quiet) {
     const LoadedScene scene = LoadScene(path, nullptr);
     if (json)
-        std::printf("%s\n", Describe(path, scene).dump(2).c_str());
-    else
+        PrintJson(Describe(path, scene));
+    else if (!quiet)
         Print(path, scene);
 }
 

@@ -5,7 +5,8 @@
 
 namespace trovik {
 
-/// Prints what is in a scene file; as text, or as JSON. \throw HostError as LoadScene does.
-void TellScene(const std::string& path, bool json);
+/// Prints what is in a scene file; as text, or as JSON; nothing if quiet. \throw HostError as
+/// LoadScene does.
+void TellScene(const std::string& path, bool json, bool quiet);
 
 }  // namespace trovik

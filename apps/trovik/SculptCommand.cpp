@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -41,7 +42,7 @@ void PrintSummary(const ScriptResult& result) {
     for (const std::string& file : result.files) std::printf("wrote           %s\n", file.c_str());
 }
 
-void PrintJson(const ScriptResult& result) {
+void PrintSummaryJson(const ScriptResult& result) {
     const nlohmann::json summary = {{"vertices", result.vertices},
                                     {"faces", result.faces},
                                     {"levels", result.levels},
@@ -50,7 +51,7 @@ void PrintJson(const ScriptResult& result) {
                                     {"secondsInBrush", result.totals.seconds},
                                     {"peakMemoryMiB", PeakMemory()},
                                     {"files", result.files}};
-    std::printf("%s\n", summary.dump(2).c_str());
+    PrintJson(summary);
 }
 
 void Sculpt(const SculptOptions& options) {
@@ -68,7 +69,7 @@ void Sculpt(const SculptOptions& options) {
     const ScriptResult result = runner.Run();
     line.Finish();
     if (options.json)
-        PrintJson(result);
+        PrintSummaryJson(result);
     else if (!options.quiet)
         PrintSummary(result);
 }

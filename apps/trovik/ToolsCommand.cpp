@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "JsonOutput.h"
 #include "framework/plugins/PluginLoader.h"
 #include "host/BrushOperation.h"
 
@@ -24,7 +25,7 @@ std::string PlainHelp(const BrushConfiguration& tool) {
     return text.simplified().toStdString();
 }
 
-void ListTools(bool json) {
+void ListTools(bool json, bool quiet) {
     LoadPlugins();
     nlohmann::json list = nlohmann::json::array();
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
@@ -32,19 +33,22 @@ void ListTools(bool json) {
         const std::string name = tool.Name().toStdString();
         if (json)
             list.push_back({{"id", tool.ID()}, {"name", name}, {"help", PlainHelp(tool)}});
-        else
+        else if (!quiet)
             std::printf("%-8s  %s\n", name.c_str(), PlainHelp(tool).c_str());
     }
-    if (json) std::printf("%s\n", list.dump(2).c_str());
+    if (json) PrintJson(list);
 }
 
 }  // namespace
 
 void AddToolsCommand(CLI::App& program) {
     auto json = std::make_shared<bool>(false);
+    auto quiet = std::make_shared<bool>(false);
     CLI::App* verb = program.add_subcommand("tools", "Lists the tools of the brush");
-    verb->add_flag("--json", *json, "As JSON");
-    verb->callback([json] { ListTools(*json); });
+    verb->add_flag("--json", *json, "As JSON on standard output");
+    verb->add_flag(
+        "-q,--quiet", *quiet, "Only tells, by the exit status, whether the brush is found");
+    verb->callback([json, quiet] { ListTools(*json, *quiet); });
 }
 
 }  // namespace trovik

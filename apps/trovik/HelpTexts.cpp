@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "HelpTexts.h"
+
+#include <algorithm>
+#include <map>
+
+namespace trovik {
+
+namespace {
+
+constexpr const char* exitStatus =
+    "Exit status: 0 success; 1 the work failed, one line on standard error says why; 2 wrong use.";
+
+const std::map<std::string, std::string>& Examples() {
+    static const std::map<std::string, std::string> examples = {
+        {"sculpt",
+         "  trovik sculpt bust.json                 files go into this folder\n"
+         "  trovik sculpt bust.json -o out -q       into the folder out, without a word\n"
+         "  trovik sculpt bust.json --json          what came of it, for programs\n"},
+        {"info",
+         "  trovik info head.obj                    vertices, faces, size, what else it carries\n"
+         "  trovik info bust.trovik                 levels, layers and tools of a scene\n"},
+        {"render",
+         "  trovik render head.obj head.png\n"
+         "  trovik render head.obj side.jpg --from 1 0 0 --width 1600 --height 1200 --samples 32\n"
+         "  trovik render bust.trovik bust.png      as the scene was last seen\n"},
+        {"convert",
+         "  trovik convert head.obj head.glb\n"
+         "  trovik convert head.obj fine.ply --levels 2\n"
+         "  trovik convert head.obj print.stl --from-units cm --units mm --up z\n"},
+        {"tools",
+         "  trovik tools\n"
+         "  trovik tools --json\n"},
+        {"completion",
+         "  trovik completion bash > ~/.local/share/bash-completion/completions/trovik\n"
+         "  trovik completion zsh > ~/.zfunc/_trovik        with ~/.zfunc in fpath\n"
+         "  trovik completion fish > ~/.config/fish/completions/trovik.fish\n"},
+        {"recover", "  trovik recover bust.journal -o bust.trovik\n"},
+        {"history",
+         "  trovik history bust.journal\n"
+         "  trovik history bust.trovik --json\n"},
+        {"bake",
+         "  trovik bake bust.trovik -o height.exr\n"
+         "  trovik bake bust.trovik --map normal --size 2048 -o normals.png\n"},
+    };
+    return examples;
+}
+
+/// The verb that was asked for, or the program where none was.
+const CLI::App& Asked(const CLI::App& program) {
+    const std::vector<CLI::App*> verbs = program.get_subcommands();
+    return verbs.empty() ? program : *verbs.front();
+}
+
+}  // namespace
+
+void AddHelpTexts(CLI::App& program) {
+    for (CLI::App* verb : program.get_subcommands([](CLI::App*) { return true; })) {
+        const auto found = Examples().find(verb->get_name());
+        std::string footer;
+        if (found != Examples().end()) footer = "Examples:\n" + found->second + "\n";
+        verb->footer(footer + exitStatus);
+    }
+}
+
+std::string UsageError(const CLI::App& program, const CLI::ParseError& error) {
+    const CLI::App& asked = Asked(program);
+    const std::string help =
+        asked.get_parent() == nullptr ? "trovik --help" : "trovik " + asked.get_name() + " --help";
+    std::string reason = error.what();
+    if (&asked == &program) {
+        const std::vector<std::string> rest = program.remaining();
+        if (rest.empty())
+            reason = "a command is needed";
+        else if (rest.front().front() != '-')
+            reason = "there is no command \"" + rest.front() + "\"";
+    }
+    std::replace(reason.begin(), reason.end(), '\n', ' ');
+    return reason + "; " + help + " tells what there is";
+}
+
+}  // namespace trovik
