@@ -34,6 +34,10 @@ target_compile_options(
 # Qt's lower-case macros (`emit`, `slots`) would rewrite names in oneTBB's headers and in our own.
 add_compile_definitions(QT_NO_KEYWORDS)
 
+# Precompiled headers halve the compile time of most files. Without them (preset `dev`) each file
+# shows that it includes what it uses, and clang-tidy can follow.
+option(TROVIK_PRECOMPILE "Precompile headers of the library and of the tests" ON)
+
 if(TROVIK_ASSERTS)
     # Comes after the -DNDEBUG of the optimised build types on the command line.
     add_compile_options(-UNDEBUG)

@@ -2,15 +2,14 @@
 
 # Headers that nearly every test includes: reading them takes more than half of a test's compile
 # time. They are compiled once, and only headers that hardly ever change are among them.
-option(TROVIK_PRECOMPILE_TESTS "Precompile headers for the tests" ON)
 # What the tests themselves work out is little; a lighter -O saves a third of their compile time.
 set(trovikTestOptions "$<$<CONFIG:Release>:-O1>")
-if(TROVIK_PRECOMPILE_TESTS AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+if(TROVIK_PRECOMPILE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Without it ccache passes such files by.
     list(APPEND trovikTestOptions -fpch-preprocess)
 endif()
 function(trovik_make_test_headers)
-    if(NOT TROVIK_PRECOMPILE_TESTS OR TARGET TrovikTestHeaders)
+    if(NOT TROVIK_PRECOMPILE OR TARGET TrovikTestHeaders)
         return()
     endif()
     file(WRITE "${PROJECT_BINARY_DIR}/tests/TestHeaders.cpp" "")

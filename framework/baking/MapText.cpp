@@ -50,9 +50,11 @@ std::optional<MapSpace> MapSpaceOf(const std::string& name) {
 }
 
 std::string MapText::ToLine() const {
-    return std::string(head) + " kind=" + MapKindName(kind) + " space=" + MapSpaceName(space) +
-           " from=" + std::to_string(from) + " to=" + std::to_string(to) +
-           " mid=" + NumberLine(mid) + " scale=" + NumberLine(scale);
+    std::ostringstream line;
+    line << head << " kind=" << MapKindName(kind) << " space=" << MapSpaceName(space)
+         << " from=" << from << " to=" << to << " mid=" << NumberLine(mid)
+         << " scale=" << NumberLine(scale);
+    return line.str();
 }
 
 std::optional<MapText> MapText::FromLine(const std::string& line) {
