@@ -167,8 +167,8 @@ def main(source, target):
             file.write("f " + " ".join(str(number[corner]) for corner in face) + "\n")
 
 
-# Middle of the left eye's ball, and its radius.
-EYE = (0.315, 7.31, 1.17, 0.19)
+# Middle of the left eye's ball and its radius: the sphere that the eye's socket is part of, a hair larger.
+EYE = (0.3087, 7.283, 1.242, 0.159)
 
 if __name__ == "__main__":
     if len(sys.argv) != 3:
