@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/baking/MapFile.h"
 #include "framework/edits/Steps.h"
@@ -68,7 +69,7 @@ void PrintReport(const MapReport& report) {
     for (const std::string& file : report.files) std::printf("wrote      %s\n", file.c_str());
 }
 
-void PrintJson(const MapReport& report) {
+void PrintReportJson(const MapReport& report) {
     const nlohmann::json json = {{"map", MapKindName(report.text.kind)},
                                  {"space", MapSpaceName(report.text.space)},
                                  {"from", report.text.from},
@@ -83,7 +84,7 @@ void PrintJson(const MapReport& report) {
                                  {"paddedTexels", report.paddedTexels},
                                  {"overlappingTexels", report.overlappingTexels},
                                  {"files", report.files}};
-    std::printf("%s\n", json.dump(2).c_str());
+    PrintJson(json);
 }
 
 void Bake(BakeCommandOptions options) {
@@ -113,7 +114,7 @@ void Bake(BakeCommandOptions options) {
     if (!report.warning.empty()) line.Message(report.warning);
     line.Finish();
     if (options.json)
-        PrintJson(report);
+        PrintReportJson(report);
     else if (!options.quiet)
         PrintReport(report);
 }
@@ -133,7 +134,8 @@ void AddBakeCommand(CLI::App& program) {
                      "Image to write: .exr, .png, .tif; with <UDIM> in its name one for each tile "
                      "of the texture")
         ->required();
-    verb->add_option("--map", options->map, "displacement (default), vector or normal")
+    verb->add_option(
+            "--map", options->map, "What the map holds: displacement (default), vector or normal")
         ->check(CLI::IsMember({"displacement", "vector", "normal"}));
     verb->add_option("--space",
                      options->space,
@@ -146,14 +148,16 @@ void AddBakeCommand(CLI::App& program) {
     verb->add_option("--size", options->size, "Texels of a side, or width and height")
         ->expected(1, 2)
         ->check(CLI::Range(1, 16384));
-    verb->add_option("--bits", options->bits, "16 or float (default: float for .exr, otherwise 16)")
+    verb->add_option("--bits",
+                     options->bits,
+                     "Numbers of a texel: 16 or float (default: float for .exr, otherwise 16)")
         ->check(CLI::IsMember({"16", "float"}));
     verb->add_option("--range",
                      options->range,
                      "With 16 bits: displacement that reaches the ends of the numbers (default: "
                      "the largest there is)")
         ->check(CLI::PositiveNumber);
-    verb->add_option("--samples", options->bake.samples, "Of a texel: 1, 4 (default) or 16")
+    verb->add_option("--samples", options->bake.samples, "Samples of a texel: 1, 4 (default) or 16")
         ->check(CLI::IsMember({1, 4, 16}));
     verb->add_option("--padding",
                      options->bake.padding,

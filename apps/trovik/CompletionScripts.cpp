@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CompletionScripts.h"
 
+#include <algorithm>
 #include <sstream>
 #include <vector>
 
@@ -37,11 +38,11 @@ std::vector<std::string> Choices(const CLI::Option& option) {
     return choices;
 }
 
-/// What a list of completions shows beside a name: the text up to its first full stop or bracket.
+/// What a list of completions shows beside a name: the text up to the end of its first sentence.
 std::string Short(const std::string& description) {
-    std::string text = description.substr(0, description.find_first_of(".(;"));
-    while (!text.empty() && text.back() == ' ') text.pop_back();
-    return text;
+    std::size_t end = description.size();
+    for (const char* mark : {". ", " (", "; "}) end = std::min(end, description.find(mark));
+    return description.substr(0, end);
 }
 
 Verb Describe(const CLI::App& app) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/ContentHash.h"
@@ -42,7 +43,7 @@ void Recover(const RecoverOptions& options) {
                                         {"levels", geometry.LevelCount()},
                                         {"notes", work.notes},
                                         {"file", options.scene}};
-        std::printf("%s\n", summary.dump(2).c_str());
+        PrintJson(summary);
         return;
     }
     for (const std::string& note : work.notes) std::fprintf(stderr, "trovik: %s\n", note.c_str());
@@ -58,6 +59,7 @@ void Recover(const RecoverOptions& options) {
 struct HistoryOptions {
     std::string file;
     bool json = false;
+    bool quiet = false;
     bool untilDamage = false;
 };
 
@@ -95,9 +97,10 @@ void Tell(const HistoryOptions& options) {
                                     {"closed", content.isClosed},
                                     {"steps", steps},
                                     {"notes", content.notes}};
-        std::printf("%s\n", all.dump(2).c_str());
+        PrintJson(all);
         return;
     }
+    if (options.quiet) return;
     std::printf("%6s  %8s  %10s  %12s  %s\n", "step", "dabs", "vertices", "bytes", "what");
     for (std::size_t i = 0; i < steps.size(); ++i) {
         if (i == pastSteps)
@@ -142,7 +145,8 @@ void AddHistoryCommand(CLI::App& program) {
     verb->add_flag("--until-damage",
                    options->untilDamage,
                    "Of a damaged journal, what comes before the damage");
-    verb->add_flag("--json", options->json, "As JSON");
+    verb->add_flag("-q,--quiet", options->quiet, "Says nothing of a journal that can be read");
+    verb->add_flag("--json", options->json, "As JSON on standard output");
     verb->callback([options] { Tell(*options); });
 }
 

@@ -57,6 +57,12 @@ TEST_F(Verbs, CompletionKnowsEveryVerbAndItsShellTakesIt) {
         for (const char* verb : verbs) EXPECT_THAT(script.out, HasSubstr(verb)) << shell;
         EXPECT_THAT(script.out, HasSubstr("until-damage")) << shell;
     }
+    // Shells that are not installed cannot judge.
+    for (const std::string shell : {"bash", "zsh", "fish"}) {
+        const std::string check = "! command -v " + shell + " > /dev/null || '" + TROVIK_COMMAND +
+                                  "' completion " + shell + " | " + shell + " -n /dev/stdin";
+        EXPECT_EQ(std::system(check.c_str()), 0) << shell;
+    }
     EXPECT_EQ(Run("completion tcsh").status, 2);
     const std::string folderName = folder.string();
     const std::string ask = "cd '" + folderName + "' && '" + TROVIK_COMMAND +
