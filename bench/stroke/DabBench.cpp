@@ -20,6 +20,19 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
     scene.Report(state);
 }
 
+/// A later dab that visits every patch in full, also those that it cannot reach.
+void VisitingDab(benchmark::State& state, Tool tool) {
+    DabScene scene(tool, Variation::Plain, state.range(0));
+    scene.brush.passRestingPatches = false;
+    scene.Begin();
+    scene.Dab();
+    for (auto _ : state) scene.Dab();
+    if (const char* wrong = scene.WhatIsWrong()) state.SkipWithError(wrong);
+    scene.End();
+    scene.brush.passRestingPatches = true;
+    scene.Report(state);
+}
+
 /// The dab that makes the records.
 void FirstDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
@@ -54,6 +67,11 @@ const bool registered = [] {
             bench->Arg(100000);
             if (variation == Variation::Plain) bench->Arg(10000)->Arg(1000000);
         }
+        benchmark::RegisterBenchmark(("dab-visiting-all/" + name).c_str(),
+                                     [tool](benchmark::State& state) { VisitingDab(state, tool); })
+            ->Arg(10000)
+            ->Arg(100000)
+            ->Arg(1000000);
         benchmark::RegisterBenchmark(("first-dab/" + name).c_str(),
                                      [tool](benchmark::State& state) { FirstDab(state, tool); })
             ->Arg(10000)

@@ -56,6 +56,7 @@ void LevelChange::Unlink() {
 
 std::vector<uint32_t> LevelChange::PutBack() {
     assert(linked && "only an open change puts back");
+    ++outsideEdits;
     std::vector<uint32_t> vertices;
     vertices.reserve(recordStore.fill);
     for (uint32_t i = 0; i < recordStore.fill; ++i) {

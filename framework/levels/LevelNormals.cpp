@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/LevelChange.h"
 #include "framework/levels/LevelMesh.h"
 #include "framework/memory/LargePages.h"
 #include "host/HWVector.h"
@@ -32,6 +33,7 @@ void LevelMesh::FaceNormal(Vector* out, uint32_t face) {
 }
 
 void LevelMesh::ComputeNormals() {
+    if (openChange != nullptr) ++openChange->outsideEdits;
     std::vector<Vector> sums(vertexCount);
     const uint32_t corners = CornersPerFace();
     for (uint32_t face = 0; face < faceCount; ++face) {
@@ -49,6 +51,7 @@ void LevelMesh::ComputeNormals() {
 }
 
 void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which) {
+    if (openChange != nullptr) ++openChange->outsideEdits;
     std::vector<uint32_t> faces;
     for (const uint32_t vertex : which) {
         const uint32_t lowest = LowestFaceOf(vertex);

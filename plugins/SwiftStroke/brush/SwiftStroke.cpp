@@ -71,6 +71,7 @@ SwiftStroke::~SwiftStroke() {
 }
 
 void SwiftStroke::ReleaseScratch() {
+    resting.Forget();
     std::free(patchVertexList);
     patchVertexList = nullptr;
     patchVertexListCapacity = 0;

@@ -4,6 +4,7 @@
 #include "DetailBrush.h"
 #include "kernels/KernelSwitches.h"
 #include "stroke/BrushSpace.h"
+#include "topology/RestingPatches.h"
 
 namespace trovik {
 
@@ -131,6 +132,9 @@ public:
     bool WantsMirroredStampRead();
     /// Normals of a whole patch from positionGrid.
     void RefreshPatchNormals(const uint32_t* slice);
+    /// Normals of the vertices on the patch's edge only, the same bits. Needs the cells of the
+    /// edge, and those next to it on both sides.
+    void RefreshEdgeNormals(const uint32_t* slice);
     void NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase);
 
     // --- Seams and topology (topology/) ---
@@ -141,6 +145,15 @@ public:
     void FillPatchHalo(Mesh* walked, uint32_t patch);
     /// Present positions of a patch's own vertices into positionGrid.
     void ReadPatchPositions(const uint32_t* slice);
+    /// Of the two outermost rows and columns only.
+    void ReadPatchEdge(const uint32_t* slice);
+    /// Whether patches that the dab cannot reach may be passed; see RestingPatches.
+    bool PatchesMayRest();
+    /// Leaves behind what a visit of the patch would, if the patch is known to be out of reach.
+    /// \return false, with nothing done, if it is not.
+    bool PassRestingPatch(uint32_t patch);
+    /// Takes down a patch whose kernel reached nothing.
+    void LearnPatch(uint32_t patch);
     /// Mean of a vertex and all its adjacent vertices: positions, or values of the active layer
     /// when Smooth works on the layer.
     void RingAverage(Vector& out, uint32_t vertex, uint32_t face);
@@ -323,8 +336,13 @@ public:
     uint32_t refineDabCount = 0;
     uint32_t refineInterval = 0;
     bool strokeActive = false;
+    RestingPatches resting;
+    /// For comparisons: false visits every patch in full.
+    bool passRestingPatches = true;
 
 private:
+    class NormalRefresh;
+    enum class RingContent { Positions, WithLayer };
     void ResetToolState();
     void ShowCommonAttributes();
     void ApplySharedDefaults();
@@ -349,8 +367,9 @@ private:
     void BindPatchMap();
     void CollectRenderers();
     void RebuildStamp();
-    void ReadRingSide(const uint32_t* slice, uint32_t side, uint32_t neighbour);
-    void RepeatOpenSide(uint32_t side);
+    void ReadRing(Mesh* walked, uint32_t patch, RingContent content);
+    void ReadRingSide(const uint32_t* slice, uint32_t side, uint32_t neighbour, bool readsLayer);
+    void RepeatOpenSide(uint32_t side, bool layerToo);
     void ReadPatchLayerValues(const uint32_t* slice, uint32_t patch);
     void RecordOriginalData(uint32_t vertex);
 };

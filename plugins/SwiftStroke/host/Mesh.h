@@ -132,6 +132,9 @@ public:
     Mesh* mesh;
     Store<StoredVertexInfo>* records;
     uint32_t* recordCount;
+    /// How often positions or normals of the mesh were changed by anyone but the brush, through
+    /// its kernels and the layer, while this change was open. Whoever does so adds 1.
+    uint32_t outsideEdits = 0;
 
 protected:
     explicit MeshChange(Mesh* changedMesh);

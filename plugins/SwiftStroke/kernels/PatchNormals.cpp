@@ -96,24 +96,76 @@ void PackNormals(
     PackFour(copy[1] + 1, 6, scales, out.xy, out.z);
 }
 
-void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
-    const uint32_t points = (1u << patchLevel) + 1;
-    const uint32_t* place =
-        SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(patchLevel)).array;
-    PackedNormal* normals = mesh->vertexNormals.array;
-    const HWVector scaleSquared = brushSpace->inverseScale * brushSpace->inverseScale;
-    const auto pack = PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals;
-    PackedRow packed;
-    for (uint32_t row = 0; row < points; ++row) {
-        const HWVector* cells = positionGrid + (row + 1) * gridStride + 1;
+/// Makes normals of a patch's rows and columns and puts them in their places.
+class SwiftStroke::NormalRefresh {
+public:
+    NormalRefresh(const SwiftStroke& brush, const uint32_t* patchSlice)
+        : points((1u << brush.patchLevel) + 1),
+          stride(brush.gridStride),
+          grid(brush.positionGrid + stride + 1),
+          slice(patchSlice),
+          places(SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(brush.patchLevel))
+                     .array),
+          normals(brush.mesh->vertexNormals.array),
+          scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
+          pack(PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
+
+    void Row(uint32_t row) {
+        const HWVector* cells = grid + row * stride;
+        const uint32_t* place = places + row * points;
         for (uint32_t first = 0; first < points; first += PackedRow::capacity) {
             const uint32_t count = std::min(points - first, PackedRow::capacity);
-            pack(cells + first, gridStride, count, scaleSquared, packed);
+            pack(cells + first, stride, count, scaleSquared, packed);
             for (uint32_t i = 0; i < count; ++i)
-                StoreNormal(normals[slice[place[i]]], packed.xy[i], packed.z[i]);
-            place += count;
+                StoreNormal(normals[slice[place[first + i]]], packed.xy[i], packed.z[i]);
         }
     }
+
+    /// All of a column but its two ends. The column is laid on its side by a quarter turn, which
+    /// leaves each product and difference what it was, but for the sign of a zero; packed, no zero
+    /// has a sign.
+    void ColumnBetweenEnds(uint32_t column) {
+        HWVector turned[3][PackedRow::capacity + 2];
+        constexpr uint32_t turnedStride = PackedRow::capacity + 2;
+        for (uint32_t first = 1; first + 1 < points; first += PackedRow::capacity) {
+            const uint32_t count = std::min(points - 1 - first, PackedRow::capacity);
+            // Left to right becomes above to below, and so below to above becomes left to right.
+            const HWVector* below = grid + (first + count) * stride + column;
+            for (uint32_t i = 0; i < count + 2; ++i, below -= stride) {
+                for (int side = 0; side < 3; ++side) turned[side][i] = below[side - 1];
+            }
+            pack(turned[1] + 1, turnedStride, count, scaleSquared, packed);
+            const uint32_t* place = places + first * points + column;
+            for (uint32_t i = count; i-- > 0; place += points)
+                StoreNormal(normals[slice[*place]], packed.xy[i], packed.z[i]);
+        }
+    }
+
+    uint32_t points;
+
+private:
+    uint32_t stride;
+    const HWVector* grid;
+    const uint32_t* slice;
+    const uint32_t* places;
+    PackedNormal* normals;
+    HWVector scaleSquared;
+    decltype(&PackNormals) pack;
+    PackedRow packed;
+};
+
+void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
+    NormalRefresh refresh(*this, slice);
+    for (uint32_t row = 0; row < refresh.points; ++row) refresh.Row(row);
+}
+
+void SwiftStroke::RefreshEdgeNormals(const uint32_t* slice) {
+    NormalRefresh refresh(*this, slice);
+    const uint32_t last = refresh.points - 1;
+    refresh.Row(0);
+    refresh.ColumnBetweenEnds(0);
+    refresh.ColumnBetweenEnds(last);
+    refresh.Row(last);
 }
 
 }  // namespace trovik

@@ -90,6 +90,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     dirtyBox = &box;
     brushSpace->boundsMax = HWVector(hit.position);
     brushSpace->boundsMin = brushSpace->boundsMax;
+    // Before the sampling of planes walks the mesh.
+    resting.Check(*CurrentChange(), patchLevel);
     if (!PrepareDab(hit)) return;
     dabStamp = mesh->visitStamp;
     if (stampEnabled) SetUpStampFrame(position);
@@ -102,8 +104,10 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
         if (useTessellator) RefineUnderBrush(hit);
 
         if (hit.mesh->meshType == 1) {
+            if (PatchesMayRest()) resting.Open();
             patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             ++mesh->visitStamp;
+            resting.Close(*CurrentChange());
         } else {
             mesh->EnumerateVertices(hit.face, this);
         }

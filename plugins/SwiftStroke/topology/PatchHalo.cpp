@@ -108,6 +108,26 @@ void SwiftStroke::ReadPatchPositions(const uint32_t* slice) {
     }
 }
 
+void SwiftStroke::ReadPatchEdge(const uint32_t* slice) {
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t points = (1u << level) + 1;
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    const Vertex* vertices = mesh->vertices.array;
+    for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
+        HWVector* cells = positionGrid + (row + 1) * gridStride + 1;
+        const auto read = [&](uint32_t from, uint32_t to) {
+            for (uint32_t column = from; column < to; ++column)
+                cells[column] = PositionOf(vertices[slice[vertexTable[column]]]);
+        };
+        if (row < 2 || row + 2 >= points) {
+            read(0, points);
+        } else {
+            read(0, 2);
+            read(points - 2, points);
+        }
+    }
+}
+
 void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
     const TVCrashReporterFlag flag(4, 0x1000);
     const uint32_t* slice = PatchSlice(patch);
@@ -117,12 +137,19 @@ void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
         // Smoothing along vertex normals averages positions even where the layer was asked for.
         if (!readsLayer || followVertexNormal) ReadPatchPositions(slice);
     }
+    ReadRing(walked, patch, RingContent::WithLayer);
+}
+
+void SwiftStroke::ReadRing(Mesh* walked, uint32_t patch, RingContent content) {
+    const bool layerGridToo =
+        content == RingContent::WithLayer && isSmooth && !affectAllLayers.Value();
     for (uint32_t side = 0; side < 4; ++side) {
         const uint32_t neighbour = walked->QuadEdgeNeighbour(patch, side);
         if (neighbour < firstOpen)
-            ReadRingSide(PatchSlice(neighbour >> 2), side, neighbour & 3u);
+            ReadRingSide(
+                PatchSlice(neighbour >> 2), side, neighbour & 3u, layerGridToo && layer != nullptr);
         else
-            RepeatOpenSide(side);
+            RepeatOpenSide(side, layerGridToo);
     }
 }
 
@@ -146,14 +173,16 @@ void SwiftStroke::ReadPatchLayerValues(const uint32_t* slice, uint32_t patch) {
 
 /// The neighbour's vertices one step in from the shared edge. An edge runs opposite ways in its two
 /// patches, so the walk is put in reversed.
-void SwiftStroke::ReadRingSide(const uint32_t* slice, uint32_t side, uint32_t neighbourSide) {
+void SwiftStroke::ReadRingSide(const uint32_t* slice,
+                               uint32_t side,
+                               uint32_t neighbourSide,
+                               bool readsLayer) {
     const auto level = static_cast<uint32_t>(patchLevel);
     const uint32_t size = 1u << level;
     const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
     const Vertex* vertices = mesh->vertices.array;
     const Walk walk = NeighbourWalk(neighbourSide, size);
     const RingSide ring = RingSideOf(side, gridStride);
-    const bool readsLayer = isSmooth && !affectAllLayers.Value() && layer != nullptr;
     for (uint32_t i = 0; i <= size; ++i) {
         const uint32_t vertex = slice[vertexTable[Along(walk.start, i, walk.step)]];
         const uint32_t cell = Along(ring.start, size - i, ring.step);
@@ -166,10 +195,9 @@ void SwiftStroke::ReadRingSide(const uint32_t* slice, uint32_t side, uint32_t ne
     }
 }
 
-void SwiftStroke::RepeatOpenSide(uint32_t side) {
+void SwiftStroke::RepeatOpenSide(uint32_t side, bool layerToo) {
     const uint32_t size = 1u << patchLevel;
     const RingSide ring = RingSideOf(side, gridStride);
-    const bool layerToo = isSmooth && !affectAllLayers.Value();
     for (uint32_t i = 0; i <= size; ++i) {
         const uint32_t cell = Along(ring.start, i, ring.step);
         const uint32_t edge = cell + static_cast<uint32_t>(ring.inward);

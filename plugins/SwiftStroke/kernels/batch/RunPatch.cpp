@@ -75,6 +75,7 @@ bool SwiftStroke::RunPatch(uint32_t face, const KernelSwitches& switches, BatchM
     }
     dab.StoreBounds();
     strokeVertexCount += count;
+    if (!reached && resting.IsOpen()) LearnPatch(face);
     return reached;
 }
 

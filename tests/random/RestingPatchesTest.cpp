@@ -1,0 +1,308 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Patches out of reach are passed with less work than a visit. Two benches, alike to the bit, take
+/// the same drawn strokes, one of them visiting every patch in full; after each dab everything that
+/// a dab may write is the same in both.
+#include "framework/edits/LevelChange.h"
+#include "tests/brush/ToolRows.h"
+#include "tests/meshes/MeshZoo.h"
+#include "tests/random/RandomNumbers.h"
+#include "tests/stamps/StampBench.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace trovik::test {
+namespace {
+
+template <typename T>
+bool SameBytes(const T* a, const T* b, std::size_t count) {
+    return std::memcmp(a, b, count * sizeof(T)) == 0;
+}
+
+/// Two benches and what is done to both.
+class Twins {
+public:
+    Twins(const PolygonMesh& polygons, unsigned levels)
+        : passing(polygons, levels), visiting(polygons, levels) {
+        visiting.brush->passRestingPatches = false;
+    }
+
+    template <typename Action>
+    void Both(Action action) {
+        action(passing);
+        action(visiting);
+    }
+
+    void Dab(uint32_t face, float radius, float strength, bool mirror = false) {
+        Both([&](StrokeBench& bench) {
+            SurfacePoint hit = bench.HitFace(face);
+            hit.mirror = mirror;
+            bench.brush->SetPreviousPatchPosition(hit.position + Vector(0.1f, 0.05f, 0.02f));
+            boxes[&bench == &visiting] = bench.Dab(hit, radius, strength, 0.7f);
+        });
+    }
+
+    void ExpectAlike() {
+        LevelMesh& a = passing.Mesh();
+        LevelMesh& b = visiting.Mesh();
+        ASSERT_EQ(a.visitStamp, b.visitStamp);
+        ASSERT_TRUE(SameBytes(a.vertices.array, b.vertices.array, a.VertexCount()));
+        ASSERT_TRUE(SameBytes(a.vertexNormals.array, b.vertexNormals.array, a.VertexCount()));
+        ASSERT_EQ(a.changeRecordCount, b.changeRecordCount);
+        if (a.changeRecordCount != 0) {
+            ASSERT_TRUE(SameBytes(a.changeRecords, b.changeRecords, a.changeRecordCount));
+        }
+        ASSERT_TRUE(SameBytes(&boxes[0], &boxes[1], 1));
+        const auto& walkA = passing.geometry->Level(passing.brush->patchMeshLevel)->LastFaceWalk();
+        const auto& walkB =
+            visiting.geometry->Level(visiting.brush->patchMeshLevel)->LastFaceWalk();
+        ASSERT_EQ(walkA.size(), walkB.size());
+        for (std::size_t i = 0; i < walkA.size(); ++i) ASSERT_EQ(walkA[i].face, walkB[i].face);
+    }
+
+    StrokeBench passing;
+    StrokeBench visiting;
+
+private:
+    AxisAlignedBoundingBox boxes[2];
+};
+
+/// Half the diagonal of the mesh's box.
+float ExtentOf(const LevelMesh& mesh) {
+    AxisAlignedBoundingBox box;
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) box.Extend(mesh.Position(v));
+    return (Vector(box.maxX, box.maxY, box.maxZ) - Vector(box.minX, box.minY, box.minZ)).Length() *
+           0.5f;
+}
+
+/// The length of a face's diagonal in the middle of the mesh's numbers.
+float DiagonalOf(const LevelMesh& mesh) {
+    const uint32_t* corners = mesh.faceVertexIndices.array + (mesh.faceCount / 2) * 4;
+    return (mesh.Position(corners[2]) - mesh.Position(corners[0])).Length();
+}
+
+float DrawStrength(RandomNumbers& random, Tool tool, float extent) {
+    switch (tool) {
+        case Tool::Pinch:
+        case Tool::Smooth:
+        case Tool::Amplify:
+        case Tool::Flatten:
+        case Tool::Scrape:
+        case Tool::Fill:
+            return random.Between(1.0f, 100.0f);
+        default:
+            return random.Between(0.01f, 0.1f) * extent;
+    }
+}
+
+/// Settings that a stroke may begin with.
+void DrawSettings(Twins& twins, RandomNumbers& random, Tool tool) {
+    const auto falloff = static_cast<int>(random.Below(9));
+    const auto direction = static_cast<int>(random.Below(13));
+    const bool allLayers = random.Chance(0.6f);
+    const bool byAngle = random.Chance(0.2f);
+    const bool stamp = random.Chance(0.25f);
+    std::vector<float> pixels(64);
+    for (float& pixel : pixels) pixel = random.Between(0.0f, 1.0f);
+    const bool tiled = random.Chance(0.5f);
+    twins.Both([&](StrokeBench& bench) {
+        SwiftStroke& brush = *bench.brush;
+        bench.Activate(tool, falloff);
+        brush.directionAttribute.SetValue(direction, true);
+        brush.affectAllLayers.SetValue(allLayers, true);
+        brush.SetFalloffBasedOnFacingAngle(byAngle, 30.0f, 40.0f);
+        brush.SetStamp(false, QString());
+        if (!stamp) return;
+        GiveStamp(brush, QStringLiteral("plain"), 8, 8, pixels);
+        brush.Settings().stampTiled = tiled;
+    });
+}
+
+/// One stroke along neighbouring faces, with what else may happen during one.
+void DrawStroke(Twins& twins, RandomNumbers& random, float extent) {
+    const Tool tool = allTools[random.Below(allTools.size())];
+    DrawSettings(twins, random, tool);
+    const auto modifier = random.OneOf({BrushOperation::ModifierNone,
+                                        BrushOperation::ModifierNone,
+                                        BrushOperation::ModifierSmooth,
+                                        BrushOperation::ModifierInvert});
+    twins.Both([&](StrokeBench& bench) { bench.Begin(modifier); });
+    LevelMesh& mesh = twins.passing.Mesh();
+    const float diagonal = DiagonalOf(mesh);
+    float radius = diagonal * random.Between(17.0f, 40.0f);
+    uint32_t face = random.Below(mesh.faceCount);
+    const bool mirrored = random.Chance(0.2f);
+    for (uint32_t dabs = 3 + random.Below(4); dabs > 0; --dabs) {
+        const float strength = DrawStrength(random, tool, extent);
+        twins.Dab(face, radius, strength);
+        twins.ExpectAlike();
+        if (testing::Test::HasFatalFailure()) return;
+        if (mirrored) {
+            twins.Dab((face + mesh.faceCount / 2) % mesh.faceCount, radius, strength, true);
+            twins.ExpectAlike();
+            if (testing::Test::HasFatalFailure()) return;
+        }
+        if (random.Chance(0.6f)) face = (face + random.Below(64)) % mesh.faceCount;
+        if (random.Chance(0.1f)) radius = diagonal * random.Between(17.0f, 40.0f);
+        if (random.Chance(0.1f))
+            twins.Both([](StrokeBench& bench) { bench.Mesh().OpenChange()->PutBack(); });
+        if (random.Chance(0.05f))
+            twins.Both([&](StrokeBench& bench) {
+                bench.brush->ApplyToWholeMesh(&bench.Mesh(), 0.001f * extent, false);
+            });
+        if (random.Chance(0.05f)) {
+            const uint32_t vertex = random.Below(mesh.VertexCount());
+            twins.Both([&](StrokeBench& bench) {
+                bench.Mesh().SetPosition(vertex, bench.Mesh().Position(vertex) * 1.01f);
+                bench.Mesh().ComputeNormals();
+            });
+        }
+    }
+    twins.Both([](StrokeBench& bench) { bench.End(); });
+    twins.ExpectAlike();
+}
+
+/// Surfaces of some thousand faces whose bases have poles, borders and turned faces; some with
+/// dents that fold patches over, some with a layer or frozen vertices, some stretched.
+class DrawnTwins {
+public:
+    DrawnTwins(const ZooMesh& zoo, RandomNumbers& random)
+        : twins(zoo.mesh, zoo.mesh.faceSizes.size() > 30 ? 4 : 5) {
+        LevelMesh& mesh = twins.passing.Mesh();
+        extent = ExtentOf(mesh);
+        const bool rough = random.Chance(0.5f);
+        const bool frozen = random.Chance(0.3f);
+        const bool hasLayer = random.Chance(0.4f);
+        const Vector scale = random.Chance(0.2f) ? Vector(1.0f, 1.0f, 1.5f) : Vector(1, 1, 1);
+        for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
+            const Vector shift = random.In(-0.003f, 0.003f) * extent;
+            const auto amount = static_cast<uint8_t>(random.Below(128));
+            twins.Both([&](StrokeBench& bench) {
+                if (rough) bench.Mesh().SetPosition(v, bench.Mesh().Position(v) + shift);
+                if (frozen && v % 3 == 0) bench.Mesh().SetFreeze(v, amount);
+            });
+        }
+        twins.Both([&](StrokeBench& bench) {
+            bench.Mesh().ComputeNormals();
+            bench.geometry->Place().Set(scale, {}, {});
+            if (hasLayer) bench.AddLayer();
+        });
+    }
+    Twins twins;
+    float extent = 0.0f;
+};
+
+TEST(RestingPatches, LeaveTheSameBitsAsPatchesVisitedInFull) {
+    uint64_t passed = 0;
+    uint32_t seed = 0;
+    for (const ZooMesh& zoo : QuadMeshes()) {
+        for (int round = 0; round < 3; ++round) {
+            RandomNumbers random(4711 + seed++);
+            SCOPED_TRACE(zoo.name + ", seed " + std::to_string(4710 + seed));
+            DrawnTwins drawn(zoo, random);
+            for (int stroke = 0; stroke < 3; ++stroke) {
+                DrawStroke(drawn.twins, random, drawn.extent);
+                if (HasFatalFailure()) return;
+            }
+            passed += drawn.twins.passing.brush->resting.PassedPatches();
+            ASSERT_EQ(drawn.twins.visiting.brush->resting.PassedPatches(), 0u);
+        }
+    }
+    // Else the above says nothing.
+    EXPECT_GT(passed, 1000u);
+}
+
+/// A bench over a flat grid and a dab in its middle, repeated.
+class RestingPatchesOfAGrid : public testing::Test {
+protected:
+    RestingPatchesOfAGrid() : bench(FlatGrid(8), 5) { bench.Activate(Tool::Sculpt, 2); }
+    uint64_t PassedBy(float radius = 1.0f) {
+        const uint64_t before = bench.brush->resting.PassedPatches();
+        bench.Dab(bench.HitVertex(middle), radius, 0.001f);
+        return bench.brush->resting.PassedPatches() - before;
+    }
+    StrokeBench bench;
+    const uint32_t middle = 4 * 9 + 4;
+};
+
+TEST_F(RestingPatchesOfAGrid, ArePassedFromTheSecondDabOn) {
+    bench.Begin();
+    EXPECT_EQ(PassedBy(), 0u);
+    const uint64_t again = PassedBy();
+    EXPECT_GT(again, 0u);
+    EXPECT_EQ(PassedBy(), again);
+    bench.End();
+    bench.Begin();
+    EXPECT_EQ(PassedBy(), 0u);
+    bench.End();
+}
+
+TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheirDepthChanges) {
+    bench.Begin();
+    PassedBy(1.0f);
+    EXPECT_EQ(PassedBy(2.0f), 0u);
+    EXPECT_EQ(PassedBy(1.0f), 0u);
+    EXPECT_GT(PassedBy(1.0f), 0u);
+    bench.End();
+}
+
+TEST_F(RestingPatchesOfAGrid, AreForgottenWhenAnotherWalkUsedTheStamp) {
+    bench.Begin();
+    PassedBy();
+    ++bench.Mesh().visitStamp;
+    EXPECT_EQ(PassedBy(), 0u);
+    EXPECT_GT(PassedBy(), 0u);
+    bench.End();
+}
+
+TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheStrokeWasPutBack) {
+    bench.Begin();
+    PassedBy();
+    bench.Mesh().OpenChange()->PutBack();
+    EXPECT_EQ(PassedBy(), 0u);
+    bench.End();
+}
+
+TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMadeNormals) {
+    bench.Begin();
+    PassedBy();
+    bench.Mesh().ComputeNormalsOf({0});
+    EXPECT_EQ(PassedBy(), 0u);
+    PassedBy();
+    bench.Mesh().ComputeNormals();
+    EXPECT_EQ(PassedBy(), 0u);
+    bench.End();
+}
+
+TEST_F(RestingPatchesOfAGrid, WithAVertexThatIsNoNumberAreAlwaysVisited) {
+    bench.Begin();
+    PassedBy();
+    const uint64_t usual = PassedBy();
+    bench.End();
+    for (uint32_t v = 0; v < bench.Mesh().VertexCount(); ++v) {
+        const Vector p = bench.Mesh().Position(v);
+        if ((p - bench.Mesh().Position(middle)).Length() > 1.01f)
+            bench.Mesh().SetPosition(v, {p.x, std::nanf(""), p.z});
+    }
+    bench.Begin();
+    PassedBy();
+    EXPECT_GT(usual, 0u);
+    EXPECT_EQ(PassedBy(), 0u);
+    bench.End();
+}
+
+TEST_F(RestingPatchesOfAGrid, OfALayerThatBeganToRefuseAreVisited) {
+    SculptLayer& layer = bench.AddLayer();
+    bench.Begin();
+    PassedBy();
+    EXPECT_GT(PassedBy(), 0u);
+    layer.SetWritable(false);
+    EXPECT_EQ(PassedBy(), 0u);
+    bench.End();
+}
+
+}  // namespace
+}  // namespace trovik::test
