@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/ArcPath.h"
 
+#include "framework/brushes/PathResampler.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -9,7 +11,6 @@ namespace trovik {
 namespace {
 
 constexpr double cornerCosine = 0.999;
-constexpr double mostSteps = 200000.0;
 
 struct Way {
     double x, y, z;
@@ -81,44 +82,49 @@ PathSample Mixed(const PathSample& a, const PathSample& b, double share) {
 
 }  // namespace
 
-ArcPath::ArcPath(const std::vector<PathSample>& samples, bool timed) {
-    for (const PathSample& sample : samples) {
-        if (!knots.empty() && SameBut(knots.back(), sample, timed)) continue;
-        if (knots.size() > 1 && IsBetween(knots[knots.size() - 2], knots.back(), sample, timed))
-            knots.back() = sample;
-        else
-            knots.push_back(sample);
-    }
-    reached.reserve(knots.size());
-    for (std::size_t i = 0; i < knots.size(); ++i) {
-        const double before = i == 0 ? 0.0 : reached.back();
-        reached.push_back(i == 0 ? 0.0
-                                 : before + Between(knots[i - 1].place, knots[i].place).Length());
-    }
-    FindCorners();
-    if (timed) FindRests();
+ArcPath::ArcPath(const std::vector<PathSample>& samples, bool timesCount) : timed(timesCount) {
+    for (const PathSample& sample : samples) Add(sample);
 }
 
-void ArcPath::FindCorners() {
-    Way before{0.0, 0.0, 0.0};
-    for (std::size_t i = 1; i < knots.size(); ++i) {
-        const Way way = Between(knots[i - 1].place, knots[i].place);
-        const double lengths = way.Length() * before.Length();
-        if (way.Length() == 0.0) continue;
-        if (lengths != 0.0 && way.Dot(before) < cornerCosine * lengths)
-            corners.push_back(reached[i - 1]);
-        before = way;
+void ArcPath::Add(const PathSample& sample) {
+    if (knots.empty()) {
+        knots.push_back(sample);
+        reached.push_back(0.0);
+        guides.push_back(sample);
+        guidesReached.push_back(0.0);
+        return;
     }
-}
-
-void ArcPath::FindRests() {
-    for (std::size_t i = 1; i < knots.size(); ++i) {
-        if (reached[i] != reached[i - 1]) continue;
-        if (!rests.empty() && rests.back().last == i - 1)
-            rests.back().last = i;
+    if (SameBut(knots.back(), sample, timed)) return;
+    const std::size_t last = knots.size() - 1;
+    if (last > 0 && IsBetween(knots[last - 1], knots[last], sample, timed)) {
+        knots[last] = sample;
+        reached[last] = reached[last - 1] + Between(knots[last - 1].place, sample.place).Length();
+        // A way that vanishes beside the length of the whole measures nothing.
+        if (!(guidesReached[last] > reached[last - 1])) {
+            guides[last] = sample;
+            guidesReached[last] = reached[last];
+        }
+        return;
+    }
+    const Way way = Between(knots[last].place, sample.place);
+    if (way.Length() != 0.0) {
+        if (lastWay > 0) {
+            const Way before = Between(knots[lastWay - 1].place, knots[lastWay].place);
+            const double lengths = way.Length() * before.Length();
+            if (lengths != 0.0 && way.Dot(before) < cornerCosine * lengths)
+                corners.push_back(reached[last]);
+        }
+        lastWay = last + 1;
+    } else if (timed) {
+        if (!rests.empty() && rests.back().last == last)
+            rests.back().last = last + 1;
         else
-            rests.push_back({reached[i], i - 1, i});
+            rests.push_back({reached[last], last, last + 1});
     }
+    knots.push_back(sample);
+    reached.push_back(reached[last] + way.Length());
+    guides.push_back(sample);
+    guidesReached.push_back(reached.back());
 }
 
 PathSample ArcPath::At(double at, Side side) const {
@@ -127,16 +133,17 @@ PathSample ArcPath::At(double at, Side side) const {
     const auto next = static_cast<std::size_t>(found - reached.begin());
     if (next == 0) return knots.front();
     if (next == knots.size()) return knots.back();
-    const double share = (at - reached[next - 1]) / (reached[next] - reached[next - 1]);
-    return Mixed(knots[next - 1], knots[next], share);
+    const double share = (at - reached[next - 1]) / (guidesReached[next] - reached[next - 1]);
+    return Mixed(knots[next - 1], guides[next], share);
 }
 
-Vector ArcPath::Along(double at) const {
-    auto next = static_cast<std::size_t>(std::upper_bound(reached.begin(), reached.end(), at) -
-                                         reached.begin());
+Vector ArcPath::Along(double at, Side side) const {
+    const auto found = side == Side::After ? std::upper_bound(reached.begin(), reached.end(), at)
+                                           : std::lower_bound(reached.begin(), reached.end(), at);
+    auto next = static_cast<std::size_t>(found - reached.begin());
     next = std::min(next, knots.size() - 1);
     while (next > 0 && reached[next] == reached[next - 1]) --next;
-    return next == 0 ? Vector() : knots[next].place - knots[next - 1].place;
+    return next == 0 ? Vector() : guides[next].place - knots[next - 1].place;
 }
 
 PathSample ArcPath::During(const Rest& rest, double time) const {
@@ -151,36 +158,7 @@ PathSample ArcPath::During(const Rest& rest, double time) const {
 std::vector<PathSample> ArcPath::Resampled(double step,
                                            const std::function<Vector(double at)>& place) const {
     std::vector<PathSample> samples;
-    if (IsEmpty()) return samples;
-    std::vector<double> stops = corners;
-    for (const Rest& rest : rests) stops.push_back(rest.at);
-    const double whole = Length();
-    step = std::max(step, whole / mostSteps);
-    for (double k = 0.0; k * step < whole; k += 1.0) stops.push_back(k * step);
-    stops.push_back(whole);
-    std::sort(stops.begin(), stops.end());
-    stops.erase(std::unique(stops.begin(), stops.end()), stops.end());
-    auto rest = rests.begin();
-    for (const double at : stops) {
-        const Vector there = place(at);
-        PathSample sample = At(at, Side::Before);
-        sample.place = there;
-        if (rest != rests.end() && rest->at == at) {
-            for (std::size_t i = rest->first; i <= rest->last; ++i) {
-                sample = knots[i];
-                sample.place = there;
-                samples.push_back(sample);
-            }
-            ++rest;
-            continue;
-        }
-        samples.push_back(sample);
-        const PathSample after = At(at, Side::After);
-        if (after.pressure == sample.pressure && after.tilt == sample.tilt) continue;
-        sample = after;
-        sample.place = there;
-        samples.push_back(sample);
-    }
+    PathResampler(*this, step).Take(place, true, samples);
     return samples;
 }
 

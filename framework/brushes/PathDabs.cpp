@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/PathDabs.h"
 
-#include "framework/brushes/ArcPath.h"
 #include "framework/brushes/DabStrength.h"
 #include "framework/errors/HostError.h"
 
@@ -20,217 +19,208 @@ constexpr double mostSteps = 1e8;
 /// a multiple of the spacing has a dab at its end.
 constexpr double nearEnough = 1.0 - 1e-4;
 
-class PathWalk {
-public:
-    PathWalk(StrokeLoop& strokeLoop,
-             LevelGeometry& strokeGeometry,
-             const PatchTree& strokeTree,
-             const StrokeView& strokeView,
-             PathSpace pathSpace,
-             const ArcPath& strokePath,
-             const PathOptions& pathOptions,
-             const DabDynamics& dabDynamics)
-        : loop(strokeLoop),
-          geometry(strokeGeometry),
-          tree(strokeTree),
-          view(strokeView),
-          space(pathSpace),
-          path(strokePath),
-          options(pathOptions),
-          dynamics(dabDynamics) {}
+}  // namespace
 
-    unsigned Run() {
-        if (path.IsEmpty()) return 0;
-        if (!(path.Length() / Step() < mostSteps))
-            throw HostError("the path is too long for the brush");
+PathDabs::PathDabs(StrokeLoop& strokeLoop,
+                   LevelGeometry& strokeGeometry,
+                   const PatchTree& strokeTree,
+                   const StrokeView& strokeView,
+                   PathSpace pathSpace,
+                   const PathOptions& pathOptions,
+                   const DabDynamics& dabDynamics)
+    : loop(strokeLoop),
+      geometry(strokeGeometry),
+      tree(strokeTree),
+      view(strokeView),
+      space(pathSpace),
+      path({}, dabDynamics.airbrush > 0.0f),
+      options(pathOptions),
+      dynamics(dabDynamics),
+      firstStep(Step()) {}
+
+void PathDabs::Advance() { Go(false); }
+
+void PathDabs::Finish() { Go(true); }
+
+void PathDabs::Go(bool isWhole) {
+    if (path.IsEmpty()) return;
+    if (!(path.Length() / firstStep < mostSteps))
+        throw HostError("the path is too long for the brush");
+    if (!hasBegun) {
+        if (!isWhole && !(path.Length() > 0.0) && path.Rests().empty()) return;
+        hasBegun = true;
         Arrive(0.0);
-        RestAt(0.0);
-        std::size_t corner = 0;
-        while (walked < path.Length()) {
-            const auto& corners = path.Corners();
-            while (corner < corners.size() && corners[corner] <= walked) ++corner;
-            double next = std::min(walked + Step(), path.Length());
-            if (corner < corners.size()) next = std::min(next, corners[corner]);
-            if (rest < path.Rests().size()) next = std::min(next, path.Rests()[rest].at);
-            Walk(next);
-            if (walked == next) RestAt(next);
+    }
+    while (Rest(isWhole) && walked < path.Length()) {
+        const auto& corners = path.Corners();
+        while (corner < corners.size() && corners[corner] <= walked) ++corner;
+        double next = walked + Step();
+        if (isWhole) next = std::min(next, path.Length());
+        if (corner < corners.size()) next = std::min(next, corners[corner]);
+        bool isCertain = isWhole;
+        if (rest < path.Rests().size()) {
+            next = std::min(next, path.Rests()[rest].at);
+            isCertain = isCertain || next == path.Rests()[rest].at;
         }
-        return count;
+        if (!isCertain && !(next < path.Length())) return;
+        Walk(next);
     }
+}
 
-private:
-    /// Fine enough for the spacing, and not the steps, to decide where dabs lie.
-    double Step() const {
-        if (space == PathSpace::View) return 0.5;
-        const float radius = here ? RadiusAt(*here) : options.radius;
-        return 0.25 * std::min(options.spacing, 1.0f) * radius;
-    }
+/// Fine enough for the spacing, and not the steps, to decide where dabs lie.
+double PathDabs::Step() const {
+    if (space == PathSpace::View) return 0.5;
+    const float radius = here ? RadiusAt(*here) : options.radius;
+    return 0.25 * std::min(options.spacing, 1.0f) * radius;
+}
 
-    std::optional<PickHit> HitAt(const Vector& place) const {
-        return space == PathSpace::View ? HitThrough(geometry, tree, view, place)
-                                        : HitNear(geometry, tree, place);
-    }
+std::optional<PickHit> PathDabs::HitAt(const Vector& place) const {
+    return space == PathSpace::View ? HitThrough(geometry, tree, view, place)
+                                    : HitNear(geometry, tree, place);
+}
 
-    Vector WorldOf(const PickHit& hit) const {
-        Vector world;
-        geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
-        return world;
-    }
+Vector PathDabs::WorldOf(const PickHit& hit) const {
+    Vector world;
+    geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
+    return world;
+}
 
-    /// Takes the next step, up to the first dab in it.
-    void Walk(double next) {
-        const double timeNow = path.At(walked, ArcPath::Side::After).time;
-        const PathSample ahead = path.At(next, ArcPath::Side::Before);
-        double dabAt = next;
-        bool due = false;
-        const auto hit = HitAt(ahead.place);
-        if (hit && here) {
-            const double length = (WorldOf(*hit) - *here).Length();
-            if (way + length >= spacing * nearEnough) {
-                due = true;
-                const double share =
-                    length > 0.0 ? std::clamp((spacing - way) / length, 0.0, 1.0) : 1.0;
-                dabAt = walked + (next - walked) * share;
-            }
+/// Takes the next step, up to the first dab in it.
+void PathDabs::Walk(double next) {
+    const double timeNow = path.At(walked, ArcPath::Side::After).time;
+    const PathSample ahead = path.At(next, ArcPath::Side::Before);
+    double dabAt = next;
+    bool due = false;
+    const auto hit = HitAt(ahead.place);
+    if (hit && here) {
+        const double length = (WorldOf(*hit) - *here).Length();
+        if (way + length >= spacing * nearEnough) {
+            due = true;
+            const double share =
+                length > 0.0 ? std::clamp((spacing - way) / length, 0.0, 1.0) : 1.0;
+            dabAt = walked + (next - walked) * share;
         }
-        if (here && dynamics.airbrush > 0.0f && ahead.time > timeNow) {
-            const double share = (DueTime() - timeNow) / (ahead.time - timeNow);
-            const double at = walked + (next - walked) * std::max(share, 0.0);
-            if (share <= 1.0 && at < dabAt) {
-                due = true;
-                dabAt = at;
-            }
+    }
+    if (here && dynamics.airbrush > 0.0f && ahead.time > timeNow) {
+        const double share = (DueTime() - timeNow) / (ahead.time - timeNow);
+        const double at = walked + (next - walked) * std::max(share, 0.0);
+        if (share <= 1.0 && at < dabAt) {
+            due = true;
+            dabAt = at;
         }
-        if (due) {
-            const PathSample there = path.At(dabAt, ArcPath::Side::Before);
-            const auto dabHit = dabAt == next ? hit : HitAt(there.place);
-            walked = dabAt;
-            if (dabHit) {
-                Lay(*dabHit, there);
-                return;
-            }
-            here.reset();
+    }
+    if (due) {
+        const PathSample there = path.At(dabAt, ArcPath::Side::Before);
+        const auto dabHit = dabAt == next ? hit : HitAt(there.place);
+        walked = dabAt;
+        if (dabHit) {
+            Lay(*dabHit, there);
             return;
         }
-        if (hit && here) {
-            way += (WorldOf(*hit) - *here).Length();
-            here = WorldOf(*hit);
-            walked = next;
-        } else {
-            here.reset();
-            Arrive(next);
-        }
+        here.reset();
+        return;
     }
-
-    /// Comes onto the mesh from outside it, or to the path's beginning.
-    void Arrive(double at) {
-        walked = at;
-        const PathSample sample = path.At(at, ArcPath::Side::Before);
-        const auto hit = HitAt(sample.place);
-        if (!hit) return;
-        const Vector world = WorldOf(*hit);
-        const double away = count == 0 ? 0.0 : (world - last).Length();
-        if (count == 0 || away >= spacing * nearEnough) {
-            Lay(*hit, sample);
-            return;
-        }
-        here = world;
-        way = away;
+    if (hit && here) {
+        way += (WorldOf(*hit) - *here).Length();
+        here = WorldOf(*hit);
+        walked = next;
+    } else {
+        here.reset();
+        Arrive(next);
     }
+}
 
-    /// Lays the dabs that are due while the pen rests.
-    void RestAt(double at) {
-        if (rest >= path.Rests().size() || path.Rests()[rest].at != at) return;
-        const ArcPath::Rest& pause = path.Rests()[rest++];
-        if (!(dynamics.airbrush > 0.0f)) return;
-        const double end = path.Knots()[pause.last].time;
-        while (here && DueTime() <= end) {
+/// Comes onto the mesh from outside it, or to the path's beginning.
+void PathDabs::Arrive(double at) {
+    walked = at;
+    const PathSample sample = path.At(at, ArcPath::Side::Before);
+    const auto hit = HitAt(sample.place);
+    if (!hit) return;
+    const Vector world = WorldOf(*hit);
+    const double away = count == 0 ? 0.0 : (world - last).Length();
+    if (count == 0 || away >= spacing * nearEnough) {
+        Lay(*hit, sample);
+        return;
+    }
+    here = world;
+    way = away;
+}
+
+/// Lays the dabs that are due while the pen rests here. \return whether it goes on from here.
+bool PathDabs::Rest(bool isWhole) {
+    if (rest >= path.Rests().size() || path.Rests()[rest].at != walked) return true;
+    const ArcPath::Rest& pause = path.Rests()[rest];
+    // From knot to knot, as they come.
+    for (knot = std::max(knot, pause.first + 1); knot <= pause.last; ++knot) {
+        while (here && DueTime() <= path.Knots()[knot].time) {
             const double time = std::max(DueTime(), path.Knots()[pause.first].time);
-            PathSample sample = path.During(pause, time);
+            PathSample sample = path.During({pause.at, knot - 1, knot}, time);
             sample.time = time;
             const auto hit = HitAt(sample.place);
-            if (!hit) {
+            if (hit)
+                Lay(*hit, sample);
+            else
                 here.reset();
-                return;
-            }
-            Lay(*hit, sample);
         }
     }
+    if (!isWhole && rest + 1 == path.Rests().size() && path.IsResting()) return false;
+    ++rest;
+    return true;
+}
 
-    double DueTime() const { return lastTime + 1.0 / static_cast<double>(dynamics.airbrush); }
+double PathDabs::DueTime() const { return lastTime + 1.0 / static_cast<double>(dynamics.airbrush); }
 
-    void Lay(const PickHit& hit, const PathSample& sample) {
-        StrokeDab dab;
-        dab.hit.mesh = geometry.Bound();
-        dab.hit.face = hit.face;
-        dab.hit.position = hit.position;
-        dab.hit.normal = hit.normal;
-        dab.position = WorldOf(hit);
-        dab.pressure = dynamics.strengthCurve.At(sample.pressure);
-        dab.size = SizeOf(dab.position, sample);
-        dab.strength = StrengthAtRadius(
-            loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
-        const float lean = std::min(sample.tilt.Length(), 1.0f);
-        dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
-        const Vector along = path.Along(walked);
-        dab.heading = space == PathSpace::View ? HeadingInView(geometry, view, hit, along) : along;
-        if (dynamics.tiltTurnsStamp) dab.stampTop = LeanInView(view, sample.tilt);
-        last = dab.position;
-        lastTime = sample.time;
-        const float size = dab.size;
-        loop.Dab(dab);
-        ++count;
-        spacing = std::max(loop.Spacing(size, options.spacing), size * 1e-3f);
-        way = 0.0;
-        // The dab has moved the ground under itself.
-        if (const auto ground = HitAt(sample.place))
-            here = WorldOf(*ground);
-        else
-            here.reset();
-        if (options.progress) options.progress();
-    }
+void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
+    StrokeDab dab;
+    dab.hit.mesh = geometry.Bound();
+    dab.hit.face = hit.face;
+    dab.hit.position = hit.position;
+    dab.hit.normal = hit.normal;
+    dab.position = WorldOf(hit);
+    dab.pressure = dynamics.strengthCurve.At(sample.pressure);
+    dab.size = SizeOf(dab.position, sample);
+    dab.strength =
+        StrengthAtRadius(loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
+    const float lean = std::min(sample.tilt.Length(), 1.0f);
+    dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
+    // Where the pen rests, what comes after is not known yet.
+    const bool isResting = rest < path.Rests().size() && path.Rests()[rest].at == walked;
+    const Vector along =
+        path.Along(walked, isResting ? ArcPath::Side::Before : ArcPath::Side::After);
+    dab.heading = space == PathSpace::View ? HeadingInView(geometry, view, hit, along) : along;
+    if (dynamics.tiltTurnsStamp) dab.stampTop = LeanInView(view, sample.tilt);
+    last = dab.position;
+    lastTime = sample.time;
+    const float size = dab.size;
+    loop.Dab(dab);
+    ++count;
+    spacing = std::max(loop.Spacing(size, options.spacing), size * 1e-3f);
+    way = 0.0;
+    // The dab has moved the ground under itself.
+    if (const auto ground = HitAt(sample.place))
+        here = WorldOf(*ground);
+    else
+        here.reset();
+    if (options.progress) options.progress();
+}
 
-    /// Of the whole brush.
-    float RadiusAt(const Vector& place) const {
-        return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, place)
-                                            : options.radius;
-    }
+/// Of the whole brush.
+float PathDabs::RadiusAt(const Vector& place) const {
+    return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, place)
+                                        : options.radius;
+}
 
-    float SizeOf(const Vector& place, const PathSample& sample) {
-        const BrushOperation& brush = loop.Brush();
-        float share = 1.0f;
-        if (brush.strokeOptionD.Value() && brush.BrushSize() > 0.0f)
-            share = brush.EffectiveBrushSize(dynamics.sizeCurve.At(sample.pressure)) /
-                    brush.BrushSize();
-        const float lean = std::min(sample.tilt.Length(), 1.0f);
-        share *= 1.0f + dynamics.tiltToSize * lean;
-        if (dynamics.randomSize > 0.0f) share *= 1.0f - dynamics.randomSize * loop.RandomShare();
-        return RadiusAt(place) * std::max(share, smallestDab);
-    }
-
-    StrokeLoop& loop;
-    LevelGeometry& geometry;
-    const PatchTree& tree;
-    const StrokeView& view;
-    PathSpace space;
-    const ArcPath& path;
-    const PathOptions& options;
-    const DabDynamics& dynamics;
-
-    /// Length of the path that is done.
-    double walked = 0.0;
-    /// The surface there; nothing off the mesh.
-    std::optional<Vector> here;
-    /// Length of the way on the surface since the last dab, and the one at which the next is due.
-    double way = 0.0;
-    double spacing = 0.0;
-    Vector last;
-    double lastTime = 0.0;
-    std::size_t rest = 0;
-    unsigned count = 0;
-};
-
-}  // namespace
+float PathDabs::SizeOf(const Vector& place, const PathSample& sample) {
+    const BrushOperation& brush = loop.Brush();
+    float share = 1.0f;
+    if (brush.strokeOptionD.Value() && brush.BrushSize() > 0.0f)
+        share =
+            brush.EffectiveBrushSize(dynamics.sizeCurve.At(sample.pressure)) / brush.BrushSize();
+    const float lean = std::min(sample.tilt.Length(), 1.0f);
+    share *= 1.0f + dynamics.tiltToSize * lean;
+    if (dynamics.randomSize > 0.0f) share *= 1.0f - dynamics.randomSize * loop.RandomShare();
+    return RadiusAt(place) * std::max(share, smallestDab);
+}
 
 unsigned StrokeAlongPath(StrokeLoop& loop,
                          LevelGeometry& geometry,
@@ -240,8 +230,10 @@ unsigned StrokeAlongPath(StrokeLoop& loop,
                          const std::vector<PathSample>& samples,
                          const PathOptions& options,
                          const DabDynamics& dynamics) {
-    const ArcPath path(samples, dynamics.airbrush > 0.0f);
-    return PathWalk(loop, geometry, tree, view, space, path, options, dynamics).Run();
+    PathDabs dabs(loop, geometry, tree, view, space, options, dynamics);
+    for (const PathSample& sample : samples) dabs.Add(sample);
+    dabs.Finish();
+    return dabs.Count();
 }
 
 float WorldLength(const StrokeView& view, float pixels, const Vector& place) {

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/ArcPath.h"
 #include "framework/brushes/DabDynamics.h"
 #include "framework/brushes/StrokePath.h"
+
+#include <optional>
 
 namespace trovik {
 
@@ -12,20 +15,86 @@ enum class PathSpace { View, Surface };
 /// Lays dabs along a path by the length of its way on the surface, as the surface is then: each
 /// dab lies where the way from the one before, over the corners of the path, has the length of the
 /// spacing of the dab before. What was walked toward the next dab is carried over from sample to
-/// sample. Dabs depend on the path and not on the samples that tell it, see ArcPath.
+/// sample. Dabs depend on the path and not on the samples that tell it, see ArcPath, nor on when
+/// they are asked for.
 ///
 /// Off the mesh there are no dabs; where the path comes back a dab is laid at once if the last one
 /// is at least the spacing away. With DabDynamics::airbrush a dab is also laid whenever so much
-/// time has gone since the last.
+/// time has gone since the last; those of a resting pen as soon as a sample tells that it rests.
 ///
 /// A dab's radius is options.radius (or the one in pixels) under
 /// BrushOperation::EffectiveBrushSize, tilt and chance, at least a hundredth of it; its pressure is
 /// what the curve for strength makes of the pen's, and its strength that of options for it, scaled
-/// with the radius where the tool's strength is a length. Chance follows from the loop's seed and
-/// the number of the dab.
+/// with the radius where the tool's strength is a length. Its heading is the way that the path goes
+/// on, and under an airbrush that rests the way that it came: none at the press. Chance follows
+/// from the loop's seed and the number of the dab.
 ///
-/// \param view  the camera, in either space. \return the number of main dabs. \throw HostError for
-/// a path that is too long, by some hundred million dabs, before the first dab.
+/// What waits: the dab of the press until the pen moves or, with an airbrush, the next sample; all
+/// others until the path is known a step (half a pixel, or a quarter of the spacing) beyond them.
+class TROVIK_API PathDabs {
+public:
+    /// Borrows loop, geometry and tree, between Begin and End of the loop.
+    /// \param view  the camera, in either space.
+    PathDabs(StrokeLoop& loop,
+             LevelGeometry& geometry,
+             const PatchTree& tree,
+             const StrokeView& view,
+             PathSpace space,
+             const PathOptions& options,
+             const DabDynamics& dynamics);
+
+    /// The path goes on to the sample. Lays nothing yet.
+    void Add(const PathSample& sample) { path.Add(sample); }
+    /// Lays the dabs that are certain. \throw HostError for a path that has become too long, by
+    /// some hundred million dabs, before it lays any.
+    void Advance();
+    /// The path has come to its end: lays the rest. \throw as Advance.
+    void Finish();
+    /// Main dabs that were laid.
+    unsigned Count() const { return count; }
+
+private:
+    void Go(bool isWhole);
+    double Step() const;
+    std::optional<PickHit> HitAt(const Vector& place) const;
+    Vector WorldOf(const PickHit& hit) const;
+    void Walk(double next);
+    void Arrive(double at);
+    bool Rest(bool isWhole);
+    double DueTime() const;
+    void Lay(const PickHit& hit, const PathSample& sample);
+    float RadiusAt(const Vector& place) const;
+    float SizeOf(const Vector& place, const PathSample& sample);
+
+    StrokeLoop& loop;
+    LevelGeometry& geometry;
+    const PatchTree& tree;
+    StrokeView view;
+    PathSpace space;
+    ArcPath path;
+    PathOptions options;
+    DabDynamics dynamics;
+
+    /// Length of the path that is done.
+    double walked = 0.0;
+    /// The surface there; nothing off the mesh.
+    std::optional<Vector> here;
+    double firstStep;
+    bool hasBegun = false;
+    /// Length of the way on the surface since the last dab, and the one at which the next is due.
+    double way = 0.0;
+    double spacing = 0.0;
+    Vector last;
+    double lastTime = 0.0;
+    std::size_t corner = 0;
+    std::size_t rest = 0;
+    /// The next knot of a rest.
+    std::size_t knot = 0;
+    unsigned count = 0;
+};
+
+/// A whole path by PathDabs. \return the number of main dabs. \throw HostError for a path that is
+/// too long, before the first dab.
 TROVIK_API unsigned StrokeAlongPath(StrokeLoop& loop,
                                     LevelGeometry& geometry,
                                     const PatchTree& tree,

@@ -5,8 +5,8 @@
 /// taut string is then a tractrix: the half of the angle between string and way has a tangent that
 /// falls by e for each length of the string. So the weight's place is exact at any moment, and a
 /// sample more on the way changes nothing.
-#include "framework/brushes/ArcPath.h"
-#include "framework/brushes/PathShape.h"
+#include "framework/brushes/PathResampler.h"
+#include "framework/brushes/PathStage.h"
 
 #include <algorithm>
 #include <array>
@@ -67,26 +67,36 @@ struct String {
     }
 };
 
-}  // namespace
+class Steady : public PathStage {
+public:
+    Steady(float length, bool timed)
+        : path({}, timed), longest(stepShare * length), resampler(path, longest), string{length} {}
 
-std::vector<PathSample> OnString(const std::vector<PathSample>& samples, float length, bool timed) {
-    const ArcPath path(samples, timed);
-    if (path.IsEmpty() || !(length > 0.0f)) return samples;
-    const auto& knots = path.Knots();
-    const auto& reached = path.Reached();
-    const Vector& start = knots.front().place;
-    Place weight{start.x, start.y, start.z};
-    String string{length};
-    double walked = 0.0;
-    std::size_t next = 1;
-    const double longest = stepShare * length;
+    void Add(const PathSample& sample, std::vector<PathSample>& out) override {
+        path.Add(sample);
+        Take(false, out);
+    }
+    void Finish(std::vector<PathSample>& out) override { Take(true, out); }
+
+private:
+    void Take(bool isWhole, std::vector<PathSample>& out) {
+        resampler.Take([this](double at) { return PlaceAt(at); }, isWhole, out);
+    }
+
     // Lengths come in ascending order, so that the pen is walked along once.
-    return path.Resampled(longest, [&](double at) {
+    Vector PlaceAt(double at) {
+        const auto& knots = path.Knots();
+        const auto& reached = path.Reached();
+        if (!hasBegun) {
+            const Vector& start = knots.front().place;
+            weight = {start.x, start.y, start.z};
+            hasBegun = true;
+        }
         while (walked < at && next < knots.size()) {
             const double until = std::min(at, reached[next]);
-            const double whole = reached[next] - reached[next - 1];
+            const double whole = path.GuidesReached()[next] - reached[next - 1];
             const Vector& from = knots[next - 1].place;
-            const Vector& to = knots[next].place;
+            const Vector& to = path.Guides()[next].place;
             while (whole > 0.0 && walked < until) {
                 const double step = std::min(longest, until - walked);
                 const Place toward{(static_cast<double>(to.x) - from.x) / whole,
@@ -95,12 +105,35 @@ std::vector<PathSample> OnString(const std::vector<PathSample>& samples, float l
                 weight = Sum(weight, string.Move(toward, step), 1.0);
                 walked = until - walked <= longest ? until : walked + step;
             }
-            if (until == reached[next]) ++next;
+            if (until != reached[next]) continue;
+            // The last way can still go on.
+            if (next + 1 == knots.size()) break;
+            ++next;
         }
         return Vector(static_cast<float>(weight[0]),
                       static_cast<float>(weight[1]),
                       static_cast<float>(weight[2]));
-    });
+    }
+
+    ArcPath path;
+    double longest;
+    PathResampler resampler;
+    String string;
+    Place weight{};
+    bool hasBegun = false;
+    double walked = 0.0;
+    std::size_t next = 1;
+};
+
+}  // namespace
+
+std::unique_ptr<PathStage> StringStage(float length, bool timed) {
+    return std::make_unique<Steady>(length, timed);
+}
+
+std::vector<PathSample> OnString(const std::vector<PathSample>& samples, float length, bool timed) {
+    if (!(length > 0.0f)) return samples;
+    return Steady(length, timed).Whole(samples);
 }
 
 }  // namespace trovik

@@ -3,10 +3,7 @@
 /// \file
 /// What stroke scripts say of the path of a stroke and of the pen that draws it.
 #include "framework/brushes/BrushSettings.h"
-#include "framework/brushes/ImprintStroke.h"
-#include "framework/brushes/PathDabs.h"
-#include "framework/brushes/PathShape.h"
-#include "framework/brushes/PointerFilter.h"
+#include "framework/brushes/LiveStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
@@ -121,47 +118,46 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     const bool onSurface = kind == kinds[2];
     const FieldReader list = stroke.At(kind);
     const std::size_t numbers = onSurface ? 3 : 2;
-    std::vector<PathSample> samples = isPen ? PenOf(list) : Samples(list, numbers);
+    const std::vector<PathSample> samples = isPen ? PenOf(list) : Samples(list, numbers);
 
     static const nlohmann::json none = nlohmann::json::object();
     const FieldReader given = stroke.Has("path") ? stroke.At("path") : FieldReader(none, path, "");
     if (given.Has("filter") && !isPen)
         given.At("filter").Fail("only a pen's samples are filtered; these places are exact");
-    if (isPen && given.FlagOr("filter", true)) samples = Filtered(samples);
 
-    StrokeLoop& loop = session->Loop();
     LevelGeometry& geometry = session->Geometry();
     const BrushOperation& brush = session->Brush();
-    const StrokeView& view = session->View();
-    const auto mode = static_cast<DrawMode>(brush.StrokeDrawMode());
-    const PathOptions options = PathSettings();
-    if (mode != DrawMode::AlongPath) {
-        ImprintAlong(
-            loop, geometry, session->Tree(), onSurface ? nullptr : &view, mode, samples, options);
-        return;
-    }
-    PathShape shape = ShapeOf(given, numbers);
+    LiveStrokeSettings settings;
+    settings.space = onSurface ? PathSpace::Surface : PathSpace::View;
+    settings.view = session->View();
+    settings.isFiltered = isPen && given.FlagOr("filter", true);
+    settings.mode = static_cast<DrawMode>(brush.StrokeDrawMode());
+    settings.options = PathSettings();
+    settings.dynamics = dynamics;
+    if (!isPen) settings.dynamics.airbrush = 0.0f;
+    if (settings.mode == DrawMode::AlongPath) settings.shape = ShapeOf(given, numbers);
     if (isPen) {
         // The tool's own lengths are shares of the viewport's height.
-        const auto height = static_cast<float>(view.height);
+        const auto height = static_cast<float>(settings.view.height);
         if (!given.Has("smoothing") && brush.UsesStrokeSmoothing())
-            shape.smoothing = brush.StrokeSmoothingDistance() * height;
+            settings.shape.smoothing = brush.StrokeSmoothingDistance() * height;
         if (!given.Has("steady") && brush.UsesSteadyStroke())
-            shape.steady = brush.SteadyStrokeDistance() * height;
+            settings.shape.steady = brush.SteadyStrokeDistance() * height;
     }
-    if (!isPen && !stroke.Has("path") && !Shapes(dynamics) && !brush.strokeOptionD.Value()) {
+    if (settings.mode == DrawMode::AlongPath && !isPen && !stroke.Has("path") &&
+        !Shapes(dynamics) && !brush.strokeOptionD.Value()) {
+        StrokeLoop& loop = session->Loop();
         if (onSurface)
-            StrokeAlongSurface(loop, geometry, session->Tree(), samples, options);
+            StrokeAlongSurface(loop, geometry, session->Tree(), samples, settings.options);
         else
-            StrokeAlongView(loop, geometry, session->Tree(), view, samples, options);
+            StrokeAlongView(
+                loop, geometry, session->Tree(), settings.view, samples, settings.options);
         return;
     }
-    DabDynamics used = dynamics;
-    if (!isPen) used.airbrush = 0.0f;
-    const PathSpace space = onSurface ? PathSpace::Surface : PathSpace::View;
-    samples = Shaped(std::move(samples), shape, used.airbrush > 0.0f);
+    LiveStroke live(session->Loop(), geometry, session->Tree(), settings);
     try {
-        StrokeAlongPath(loop, geometry, session->Tree(), view, space, samples, options, used);
+        live.Take(samples);
+        live.Release();
     } catch (const HostError& error) {
         list.Fail(error.what());
     }
