@@ -3,6 +3,7 @@
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/StampFiles.h"
+#include "framework/brushes/StrokePutBack.h"
 #include "framework/brushes/TopologicalHit.h"
 #include "framework/edits/LevelChange.h"
 #include "framework/edits/Symmetry.h"
@@ -278,9 +279,10 @@ void StrokeLoop::Refit() {
 void StrokeLoop::PutBack() {
     LevelMesh& mesh = *geometry.Bound();
     LevelChange* change = mesh.OpenChange();
-    if (!active || change == nullptr) return;
-    const std::vector<uint32_t> vertices = change->PutBack();
-    Announce(vertices);
+    auto* own = dynamic_cast<StrokePutBack*>(&brush);
+    if (!active || (change == nullptr && own == nullptr)) return;
+    if (own != nullptr) own->PutBackStroke();
+    if (change != nullptr) Announce(change->PutBack());
     laid.clear();
     previousHits.assign(previousHits.size(), Vector());
     stamps.Restart();

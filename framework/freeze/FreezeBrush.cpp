@@ -158,6 +158,13 @@ void FreezeBrush::EndStroke() {
     records.reset();
 }
 
+void FreezeBrush::PutBackStroke() {
+    if (level == nullptr) return;
+    for (std::size_t i = 0; i < records->Vertices().size(); ++i)
+        level->SetFreeze(records->Vertices()[i], records->AmountsBefore()[i]);
+    records = std::make_unique<FreezeRecords>(*level);
+}
+
 const ClassDesc* FreezeBrush::StaticClass() {
     static const ClassDesc desc(BrushOperation::StaticClass(),
                                 BrushOperation::StaticClass(),

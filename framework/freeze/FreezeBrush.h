@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/StrokePutBack.h"
 #include "framework/freeze/FreezeDab.h"
 #include "framework/freeze/FreezeStamp.h"
 #include "host/BrushOperation.h"
@@ -24,7 +25,7 @@ namespace trovik {
 /// At the end of a stroke one step, labelled "Freeze", goes into the history of the geometry. No
 /// other freezing may come between the two ends of a stroke.
 /// Cost of a dab: the faces under it.
-class TROVIK_API FreezeBrush : public BrushOperation {
+class TROVIK_API FreezeBrush : public BrushOperation, public StrokePutBack {
 public:
     FreezeBrush();
     ~FreezeBrush() override;
@@ -41,6 +42,7 @@ public:
     /// Every vertex of the mesh, with no falloff.
     void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing) override;
     void EndStroke() override;
+    void PutBackStroke() override;
 
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();

@@ -6,9 +6,11 @@
 #include "framework/plugins/PluginLoader.h"
 #include "framework/scene/AttributeChunk.h"
 #include "framework/scene/BrushChunk.h"
+#include "framework/scene/FreezeBrushChunk.h"
 #include "framework/scene/LayerChunk.h"
 #include "framework/scene/MeshChunk.h"
 #include "framework/scene/NodeChunk.h"
+#include "framework/scene/PenChunk.h"
 #include "framework/scene/SceneChunks.h"
 #include "framework/scene/SettingsChunk.h"
 
@@ -24,8 +26,10 @@ namespace {
 /// Puts the pieces of a scene together as its chunks come.
 class SceneBuilder {
 public:
-    SceneBuilder(SceneReader& sceneReader, BrushOperation* sceneBrush)
-        : reader(sceneReader), brush(sceneBrush) {}
+    SceneBuilder(SceneReader& sceneReader,
+                 BrushOperation* sceneBrush,
+                 BrushOperation* sceneFreezeBrush)
+        : reader(sceneReader), brush(sceneBrush), freezeBrush(sceneFreezeBrush) {}
 
     void Take() {
         const std::string& name = reader.Name();
@@ -41,7 +45,21 @@ public:
             return;
         }
         if (name == "SETT") {
-            reader.Read([this](SceneStream& s) { scene.settings = ReadSettingsChunk(s); });
+            reader.Read([this](SceneStream& s) {
+                DabDynamics dynamics = scene.settings.dynamics;
+                scene.settings = ReadSettingsChunk(s);
+                scene.settings.dynamics = std::move(dynamics);
+            });
+            return;
+        }
+        if (name == "PENS") {
+            reader.Read([this](SceneStream& s) { scene.settings.dynamics = ReadPenChunk(s); });
+            return;
+        }
+        if (name == "FRZB") {
+            reader.Read([this](SceneStream& s) {
+                scene.isFreezing = ReadFreezeBrushChunk(s, freezeBrush);
+            });
             return;
         }
         if (name == "BRSH") {
@@ -104,6 +122,7 @@ private:
 
     SceneReader& reader;
     BrushOperation* brush;
+    BrushOperation* freezeBrush;
     std::optional<LevelChunkReader> levels;
     LoadedScene scene;
     bool importedIsOther = false;
@@ -146,7 +165,14 @@ void WriteScene(const std::string& path,
         }
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });
         write("SETT", [&](SceneStream& s) { WriteSettingsChunk(s, parts.settings); });
+        if (header.IsFormatAtLeast(332))
+            write("PENS", [&](SceneStream& s) { WritePenChunk(s, parts.settings.dynamics); });
         write("BRSH", [&](SceneStream& s) { WriteBrushChunk(s, parts.brush); });
+        if (header.IsFormatAtLeast(332) && parts.freezeBrush != nullptr) {
+            write("FRZB", [&](SceneStream& s) {
+                WriteFreezeBrushChunk(s, *parts.freezeBrush, parts.isFreezing);
+            });
+        }
     } catch (const HostError& error) {
         const std::string reason = error.what();
         if (reason.rfind(path, 0) == 0) throw;
@@ -172,11 +198,11 @@ void SaveScene(const std::string& path,
     }
 }
 
-LoadedScene LoadScene(const std::string& path, BrushOperation* brush) {
+LoadedScene LoadScene(const std::string& path, BrushOperation* brush, BrushOperation* freezeBrush) {
     HostKernel::Instance();
     LoadPlugins();
     SceneReader reader(path);
-    SceneBuilder builder(reader, brush);
+    SceneBuilder builder(reader, brush, freezeBrush);
     // The one setting that is the whole process's.
     const bool facing = CheckableFloatArray::s_bActive;
     try {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/DabDynamics.h"
 #include "framework/brushes/StrokePath.h"
 #include "framework/edits/LayerStack.h"
 #include "framework/levels/LevelGeometry.h"
@@ -23,6 +24,8 @@ struct SceneSettings {
     /// Of the strokes to come: world units, and a share of the radius.
     float radius = 0.1f;
     float spacing = 0.25f;
+    /// Of the pen, whatever the tool.
+    DabDynamics dynamics;
     /// What the strokes to come leave to chance follows from these two.
     uint64_t seed = 0;
     uint64_t strokesBegun = 0;
@@ -39,6 +42,10 @@ struct SceneParts {
     const PolygonMesh& imported;
     BrushOperation& brush;
     const SceneSettings& settings;
+    /// The brush that freezes, which has no tools; null: none.
+    BrushOperation* freezeBrush = nullptr;
+    /// Whether it is the one at work.
+    bool isFreezing = false;
 };
 
 /// Writes the scene beside the old file and renames. No stroke may be under way.
@@ -63,14 +70,19 @@ struct LoadedScene {
     std::vector<std::string> notes;
     /// Names of the tools with settings, the active one last.
     std::vector<std::string> tools;
+    /// Whether the brush that freezes is at work.
+    bool isFreezing = false;
 };
 
 /// Reads a scene, loading the plug-ins for the classes of its nodes. Everything or nothing: a scene
 /// that throws leaves nothing behind.
 /// \param brush  a new brush, which receives the tools' settings, at last those of the active tool;
 /// null passes over them. After an error it is only good for being thrown away.
+/// \param freezeBrush  the same for the brush that freezes.
 /// \throw HostError "FILE: byte N: reason".
-TROVIK_API LoadedScene LoadScene(const std::string& path, BrushOperation* brush);
+TROVIK_API LoadedScene LoadScene(const std::string& path,
+                                 BrushOperation* brush,
+                                 BrushOperation* freezeBrush = nullptr);
 
 /// Whether the file name ends in ".trovik", in any case.
 TROVIK_API bool IsScenePath(const std::string& path);

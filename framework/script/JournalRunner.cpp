@@ -51,8 +51,6 @@ void ScriptRunner::Do(const FieldReader& step) {
     if (isJournaled) journal->BeginStep(step.Json());
     const auto end = [&](bool failed) {
         if (!isJournaled) return;
-        session->Settings().radius = radius;
-        session->Settings().spacing = spacing;
         journal->EndStep(failed);
     };
     try {
@@ -77,8 +75,6 @@ void ScriptRunner::TellProblems() {
 }
 
 void ScriptRunner::Save(const std::string& scenePath) {
-    session->Settings().radius = radius;
-    session->Settings().spacing = spacing;
     if (journal != nullptr)
         journal->Save(scenePath);
     else

@@ -7,6 +7,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
+#include "framework/script/SessionStroke.h"
 
 #include <filesystem>
 
@@ -20,6 +21,10 @@ constexpr const char* kinds[] = {"pen", "pointer", "surface"};
 bool Shapes(const DabDynamics& dynamics) {
     return !dynamics.strengthCurve.IsIdentity() || !dynamics.sizeCurve.IsIdentity() ||
            dynamics.randomSize > 0.0f || dynamics.radiusPixels > 0.0f;
+}
+
+bool IsImprint(const BrushOperation& brush) {
+    return brush.StrokeDrawMode() != static_cast<int>(DrawMode::AlongPath);
 }
 
 PressureCurve CurveOf(const FieldReader& list) {
@@ -44,6 +49,7 @@ CheckableFloat SwitchOf(const FieldReader& field, const CheckableFloat& present)
 void ScriptRunner::SetPen(const FieldReader& settings) {
     BrushOperation& brush = session->Brush();
     BrushOperation::Private& host = brush.Settings();
+    DabDynamics& dynamics = session->Settings().dynamics;
     if (settings.Has("smoothing"))
         brush.strokeSmoothingAttribute.SetValue(
             SwitchOf(settings.At("smoothing"), brush.strokeSmoothingAttribute.Value()), true);
@@ -74,8 +80,9 @@ void ScriptRunner::SetPen(const FieldReader& settings) {
 }
 
 float ScriptRunner::RadiusAt(const Vector& place) const {
-    return dynamics.radiusPixels > 0.0f ? WorldLength(session->View(), dynamics.radiusPixels, place)
-                                        : radius;
+    const SceneSettings& settings = session->Settings();
+    const float pixels = settings.dynamics.radiusPixels;
+    return pixels > 0.0f ? WorldLength(session->View(), pixels, place) : settings.radius;
 }
 
 std::vector<PathSample> ScriptRunner::PenOf(const FieldReader& pen) const {
@@ -86,8 +93,6 @@ std::vector<PathSample> ScriptRunner::PenOf(const FieldReader& pen) const {
 
 PathShape ScriptRunner::ShapeOf(const FieldReader& given, std::size_t placeNumbers) const {
     PathShape shape;
-    shape.smoothing = given.NumberOr("smoothing", 0.0f);
-    shape.steady = given.NumberOr("steady", 0.0f);
     shape.line = given.FlagOr("line", false);
     shape.curve = given.FlagOr("curve", false);
     if (shape.line && shape.curve) given.Fail("a path is one of \"line\" and \"curve\"");
@@ -126,26 +131,18 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
         given.At("filter").Fail("only a pen's samples are filtered; these places are exact");
 
     LevelGeometry& geometry = session->Geometry();
-    const BrushOperation& brush = session->Brush();
-    LiveStrokeSettings settings;
-    settings.space = onSurface ? PathSpace::Surface : PathSpace::View;
-    settings.view = session->View();
-    settings.isFiltered = isPen && given.FlagOr("filter", true);
-    settings.mode = static_cast<DrawMode>(brush.StrokeDrawMode());
-    settings.options = PathSettings();
-    settings.dynamics = dynamics;
+    PenStrokeOptions pen;
+    pen.isFiltered = isPen && given.FlagOr("filter", true);
+    pen.progress = progress.dab;
+    // Places of scripts are exact, whatever the tool makes of a hand's.
+    if (!isPen || given.Has("smoothing")) pen.smoothing = given.NumberOr("smoothing", 0.0f);
+    if (!isPen || given.Has("steady")) pen.steady = given.NumberOr("steady", 0.0f);
+    if (!IsImprint(session->Brush())) pen.shape = ShapeOf(given, numbers);
+    LiveStrokeSettings settings = PenStrokeSettings(*session, pen);
+    if (onSurface) settings.space = PathSpace::Surface;
     if (!isPen) settings.dynamics.airbrush = 0.0f;
-    if (settings.mode == DrawMode::AlongPath) settings.shape = ShapeOf(given, numbers);
-    if (isPen) {
-        // The tool's own lengths are shares of the viewport's height.
-        const auto height = static_cast<float>(settings.view.height);
-        if (!given.Has("smoothing") && brush.UsesStrokeSmoothing())
-            settings.shape.smoothing = brush.StrokeSmoothingDistance() * height;
-        if (!given.Has("steady") && brush.UsesSteadyStroke())
-            settings.shape.steady = brush.SteadyStrokeDistance() * height;
-    }
     if (settings.mode == DrawMode::AlongPath && !isPen && !stroke.Has("path") &&
-        !Shapes(dynamics) && !brush.strokeOptionD.Value()) {
+        !Shapes(settings.dynamics) && !session->Brush().strokeOptionD.Value()) {
         StrokeLoop& loop = session->Loop();
         if (onSurface)
             StrokeAlongSurface(loop, geometry, session->Tree(), samples, settings.options);

@@ -141,10 +141,13 @@ void ScriptRunner::SetUp(const FieldReader& script) {
         session->SetRenderers(factors);
     }
     session->SetObserver(trace.get());
-    // A scene comes with its tool; choosing it again changes nothing.
-    const BrushConfiguration* tool = session->Brush().ActiveConfiguration();
+    // A scene comes with its tool; choosing it again changes nothing. Where the freeze brush is at
+    // work, the other one has its tool, too.
+    const bool isFreezing = session->IsFreezing();
+    const BrushConfiguration* tool = session->SculptBrush().ActiveConfiguration();
     if (!session->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))
         throw HostError(path + ": the brush has no tool Sculpt");
+    if (isFreezing) session->SelectTool(FreezeBrush::Tool()->Name().toStdString());
 }
 
 void ScriptRunner::OpenMesh(const FieldReader& script) {
@@ -157,8 +160,6 @@ void ScriptRunner::OpenScene(const FieldReader& script) {
     const fs::path scene = fs::path(path).parent_path() / script.At("scene").Text();
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + scene.string());
     session = SculptSession::OpenScene(scene.string());
-    radius = session->Settings().radius;
-    spacing = session->Settings().spacing;
     if (!progress.message) return;
     for (const std::string& note : session->Notes()) progress.message(scene.string() + ": " + note);
 }
@@ -214,8 +215,9 @@ void ScriptRunner::RunTool(const FieldReader& name) {
 void ScriptRunner::RunSettings(const FieldReader& settings) {
     BrushOperation& brush = session->Brush();
     BrushOperation::Private& host = brush.Settings();
-    radius = settings.NumberOr("radius", radius);
-    if (settings.Has("spacing")) spacing = settings.At("spacing").Number() * 0.01f;
+    SceneSettings& strokes = session->Settings();
+    strokes.radius = settings.NumberOr("radius", strokes.radius);
+    if (settings.Has("spacing")) strokes.spacing = settings.At("spacing").Number() * 0.01f;
     if (settings.Has("strength")) brush.SetBrushStrength(settings.At("strength").Number());
     if (settings.Has("falloff")) SetFalloff(settings.At("falloff"));
     if (settings.Has("direction")) SetDirection(settings.At("direction"));

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/DabDynamics.h"
 #include "framework/brushes/PathShape.h"
 #include "framework/files/MeshSource.h"
 #include "framework/freeze/FreezeInView.h"
@@ -126,9 +125,7 @@ private:
     PathShape ShapeOf(const FieldReader& given, std::size_t placeNumbers) const;
     std::vector<PathSample> PenOf(const FieldReader& pen) const;
     float RadiusAt(const Vector& place) const;
-    uint64_t StrokeSeed(const FieldReader& stroke);
     std::vector<PathSample> Samples(const FieldReader& list, std::size_t placeNumbers) const;
-    PathOptions PathSettings();
     StrokeView ReadView(const FieldReader& camera, StrokeView view);
     Picture MakePicture(const FieldReader& options);
     void Subdivide(const FieldReader& where, int count);
@@ -148,11 +145,8 @@ private:
     /// Listens to the session until its own end.
     std::unique_ptr<SessionJournal> journal;
     ScriptResult result;
-    float radius = 0.1f;
-    float spacing = 0.25f;
     /// Bytes that the levels of one step may take together.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
-    DabDynamics dynamics;
     std::map<std::string, Picture> kept;
     /// Maps that were baked, as the script named them in the output folder.
     std::vector<std::string> baked;

@@ -52,7 +52,9 @@ SculptSession::SculptSession(const std::string& meshPath, const MeshSpace& given
 SculptSession::SculptSession(const std::string& scenePath,
                              std::unique_ptr<BrushOperation> sceneBrush)
     : path(scenePath), brush(std::move(sceneBrush)) {
-    LoadedScene scene = LoadScene(scenePath, brush.get());
+    freezeBrush = std::make_unique<FreezeBrush>();
+    LoadedScene scene = LoadScene(scenePath, brush.get(), freezeBrush.get());
+    freezing = scene.isFreezing;
     loaded = std::move(scene.imported);
     geometry = std::move(scene.geometry);
     settings = std::move(scene.settings);
@@ -73,7 +75,10 @@ void SculptSession::Save(const std::string& scenePath,
                          const std::function<void(const std::string&)>& beforeReplacing) {
     if (loop->IsActive() || freezeLoop->IsActive())
         throw HostError(scenePath + ": a stroke is under way; end it first");
-    SaveScene(scenePath, {*geometry, loaded, *brush, settings}, header, beforeReplacing);
+    SaveScene(scenePath,
+              {*geometry, loaded, *brush, settings, freezeBrush.get(), freezing},
+              header,
+              beforeReplacing);
 }
 
 SculptSession::~SculptSession() {

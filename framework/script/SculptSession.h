@@ -44,10 +44,10 @@ public:
     BrushOperation& SculptBrush() { return *brush; }
     PatchTree& Tree() { return *tree; }
     StrokeView& View() { return settings.view; }
-    /// Radius and spacing of the strokes to come are whoever strokes' to read and to keep here.
+    /// Radius, spacing and pen of the strokes to come are to be read and set here.
     SceneSettings& Settings() { return settings; }
 
-    /// Writes all but the undo history, and the freeze brush's settings, into a scene file.
+    /// Writes all but the undo history into a scene file.
     /// \throw HostError; the old file then is as it was.
     /// \param header, beforeReplacing  see SaveScene.
     void Save(const std::string& scenePath,

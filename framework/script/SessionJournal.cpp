@@ -20,10 +20,6 @@ namespace fs = std::filesystem;
 constexpr const char* besideTheScene[] = {
     "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
 
-/// Settings of the pen, which belong to no tool.
-constexpr const char* notInScenes[] = {
-    "strengthCurve", "sizeCurve", "tilt", "randomSize", "airbrush", "radiusPixels"};
-
 std::string Absolute(const std::string& path) {
     std::error_code failed;
     const fs::path absolute = fs::absolute(path, failed);
@@ -42,14 +38,6 @@ nlohmann::json PresentPreferences() {
 }
 
 std::string ProgramName() { return std::string("trovik ") + TROVIK_VERSION; }
-
-/// What is an object keeps the fields that are not given anew.
-void Merge(nlohmann::json& kept, const nlohmann::json& given) {
-    if (kept.is_object() && given.is_object())
-        kept.update(given);
-    else
-        kept = given;
-}
 
 std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
 
@@ -104,37 +92,6 @@ void SessionJournal::BeginStep(const nlohmann::json& step) {
     journal.BeginStep(step);
 }
 
-void SessionJournal::NoteSettings(const nlohmann::json& set) {
-    nlohmann::json ofBrush = set;
-    for (const char* field : notInScenes) {
-        if (set.contains(field)) Merge(carried[field], set.at(field));
-        ofBrush.erase(field);
-    }
-    if (set.contains("radius")) carried.erase("radiusPixels");
-    // These are the session's own, and in the scene.
-    for (const char* field : {"radius", "spacing"}) ofBrush.erase(field);
-    if (session.IsFreezing() && !ofBrush.empty()) freezeSettings.push_back({{"set", ofBrush}});
-}
-
-nlohmann::json SessionJournal::Carried() const {
-    nlohmann::json steps = nlohmann::json::array();
-    if (!carried.empty()) {
-        nlohmann::json set = carried;
-        // A curve switches this on where it is set; the scene has it as it is.
-        if (set.contains("sizeCurve"))
-            set["pressureControlsSize"] = session.SculptBrush().strokeOptionD.Value();
-        steps.push_back({{"set", set}});
-    }
-    const BrushConfiguration* tool = session.SculptBrush().ActiveConfiguration();
-    if (session.IsFreezing() || !freezeSettings.empty()) {
-        steps.push_back({{"tool", FreezeBrush::Tool()->Name().toStdString()}});
-        for (const nlohmann::json& step : freezeSettings) steps.push_back(step);
-        if (!session.IsFreezing() && tool != nullptr)
-            steps.push_back({{"tool", tool->Name().toStdString()}});
-    }
-    return steps.empty() ? nlohmann::json() : steps;
-}
-
 StepEnd SessionJournal::Ended(bool failed) const {
     StepEnd end{};
     end.failed = failed ? 1 : 0;
@@ -147,7 +104,6 @@ StepEnd SessionJournal::Ended(bool failed) const {
 
 void SessionJournal::EndStep(bool failed) {
     const UndoHistory& history = session.Geometry().History();
-    if (stepAtHand.contains("set")) NoteSettings(stepAtHand.at("set"));
     if (!history.CanRedo() && !stepAtHand.contains("redo")) redoFromBefore = false;
     if (LeftItsHistory(stepAtHand))
         EndStepBySnapshot(Ended(failed), history.NextLabel());
@@ -171,7 +127,7 @@ JournalBase SessionJournal::BaseFrom(const JournalFile& scene) {
     reduced["scene"] = scene.path;
     reduced["preferences"] = PresentPreferences();
     setup = reduced;
-    return {Absolute(script), setup, scene.path, scene.content, ProgramName(), Carried()};
+    return {Absolute(script), setup, scene.path, scene.content, ProgramName(), {}};
 }
 
 void SessionJournal::StartedAnew() {
@@ -184,7 +140,7 @@ void SessionJournal::Save(const std::string& scenePath) {
     session.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
         if (!journal.IsAlive()) return;
         scene.content = HashFile(temporaryPath);
-        journal.Saved(scene, Carried());
+        journal.Saved(scene);
     });
     if (!journal.IsAlive()) return;
     journal.StartAnew(BaseFrom(scene));

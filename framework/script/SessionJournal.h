@@ -25,8 +25,6 @@ public:
     SessionJournal& operator=(const SessionJournal&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Radius and spacing of the session's settings must be those of the strokes to come.
-    ///
     /// Undo and redo beyond the steps that the journal has, such as those of before a save, cannot
     /// be done again from its start: the scene is then written beside the journal, which starts
     /// anew from there.
@@ -50,9 +48,6 @@ private:
                                 const std::string& script);
     void NoteStamp();
     void NoteFile(const std::string& path);
-    void NoteSettings(const nlohmann::json& set);
-    /// Steps that set what no scene holds; null for none.
-    nlohmann::json Carried() const;
     StepEnd Ended(bool failed) const;
     /// The base of a journal that goes on from this scene.
     JournalBase BaseFrom(const JournalFile& scene);
@@ -69,10 +64,6 @@ private:
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;
     nlohmann::json stepAtHand;
-    /// The newest settings that no scene holds.
-    nlohmann::json carried = nlohmann::json::object();
-    /// All that the freeze brush was given, which no scene holds either.
-    nlohmann::json freezeSettings = nlohmann::json::array();
     std::vector<std::string> knownFiles;
     /// The newest step of undo when the journal started; null for none.
     const UndoStep* newestAtStart = nullptr;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/DabStrength.h"
 #include "framework/script/ScriptRunner.h"
+#include "framework/script/SessionStroke.h"
 
 #include <algorithm>
 
@@ -49,17 +50,6 @@ constexpr const char* notInStroke[] = {"tool",
 
 }  // namespace
 
-PathOptions ScriptRunner::PathSettings() {
-    PathOptions options;
-    options.radius = radius;
-    options.spacing = spacing;
-    options.strength = [this](float pressure) {
-        return DabStrength(session->Brush(), pressure, radius);
-    };
-    options.progress = progress.dab;
-    return options;
-}
-
 std::vector<PathSample> ScriptRunner::Samples(const FieldReader& list,
                                               std::size_t placeNumbers) const {
     std::vector<PathSample> samples;
@@ -99,9 +89,9 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
         stroke.Fail("a stroke is open; go on with it by \"continue\", or end it so first");
     KeepBefore();
     if (!goesOn) {
-        session->Geometry().History().SetNextLabel(
-            session->Brush().ActiveConfiguration()->Name().toStdString());
-        loop.Begin(ModifierOf(stroke.TextOr("modifier", "none")), StrokeSeed(stroke));
+        std::optional<uint64_t> seed;
+        if (stroke.Has("seed")) seed = stroke.At("seed").Json().get<uint64_t>();
+        BeginStroke(*session, ModifierOf(stroke.TextOr("modifier", "none")), seed);
     }
     StrokeGuard guard(loop);
     LayDabs(stroke);
@@ -132,15 +122,6 @@ void ScriptRunner::LayDabs(const FieldReader& stroke) {
         return;
     }
     LayPath(stroke);
-}
-
-// Strokes without a seed of their own differ, as those of a hand do.
-uint64_t ScriptRunner::StrokeSeed(const FieldReader& stroke) {
-    SceneSettings& settings = session->Settings();
-    ++settings.strokesBegun;
-    if (stroke.Has("seed")) return stroke.At("seed").Json().get<uint64_t>();
-    StrokeRandom ofScript(settings.seed + settings.strokesBegun);
-    return ofScript.Next();
 }
 
 void ScriptRunner::StrokeDabs(const FieldReader& dabs) {

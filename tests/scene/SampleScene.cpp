@@ -45,10 +45,20 @@ std::unique_ptr<SculptSession> RichSession(const TemporaryFolder& folder) {
     session->Settings().spacing = 0.125f;
     session->Settings().seed = 77;
     session->Settings().strokesBegun = 5;
+    DabDynamics& pen = session->Settings().dynamics;
+    pen.strengthCurve = PressureCurve({{0.0f, 0.125f}, {0.5f, 0.25f}, {1.0f, 1.0f}});
+    pen.randomSize = 0.375f;
+    pen.tiltTurnsStamp = true;
+    pen.tiltToSize = 1.5f;
+    pen.tiltToStrength = -0.5f;
+    pen.airbrush = 30.0f;
+    session->SelectTool("Freeze");
+    session->Brush().SetBrushStrength(62.5f);
+    session->Brush().SetFalloffIndex(3);
+    session->SelectTool("Sculpt");
     BrushOperation& brush = session->Brush();
     brush.SetBrushSize(33.0f);
 
-    session->SelectTool("Sculpt");
     brush.SetBrushStrength(30.0f);
     StrokeOver(*session, {3, 4}, 1.0f);
     session->AddLayer("fine");

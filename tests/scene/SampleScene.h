@@ -16,7 +16,8 @@ std::unique_ptr<SculptSession> SessionOn(const TemporaryFolder& folder, const Po
 void StrokeOver(SculptSession& session, const std::vector<uint32_t>& faces, float radius);
 
 /// One of everything on a few faces: three levels with the middle one bound, layers of two levels,
-/// freezing, four tools with settings of their own, mirrors, a view, a transformation.
+/// freezing, four tools with settings of their own, those of pen and freeze brush, mirrors, a view,
+/// a transformation.
 std::unique_ptr<SculptSession> RichSession(const TemporaryFolder& folder);
 
 /// Everything that work goes on from, as the bytes of a scene file.

@@ -155,6 +155,29 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithStampsAndChance) {
          R"({"stroke": {"surface": [[0.1, 0.2, 1], [0.3, 0.4, 1]]}})"});
 }
 
+TEST_F(SceneContinuation, GivesTheSameBitsWithPensAndTheFreezeBrush) {
+    const std::string pen =
+        R"("pen": [[100, 120, 0.1, 0, 0.2, 0.1], [125, 130, 0.6, 40, 0.3, 0], [125, 130, 0.7, 190,
+                   0.3, 0], [150, 110, 0.2, 260, 0, 0]])";
+    ExpectNoDifference(
+        SteppedBox(),
+        R"(, "levels": 3, "seed": 4, "camera": {"width": 256, "height": 256})",
+        {R"({"tool": "Sculpt", "set": {"radius": 0.4, "strength": 30, "smoothing": 0.05,
+             "strengthCurve": [[0, 0.1], [0.4, 0.3], [1, 0.9]], "sizeCurve": [[0, 0.3], [1, 1]],
+             "tilt": {"turn": true, "size": 0.5, "strength": -0.25}, "randomSize": 0.4}})",
+         "{\"stroke\": {" + pen + "}}",
+         R"({"set": {"airbrush": 25, "steady": 0.02, "pressureControlsSize": false}})",
+         "{\"stroke\": {" + pen + "}}",
+         R"({"tool": "Freeze", "set": {"radiusPixels": 22, "strength": 35, "falloff": "cone",
+             "facing": {"on": true, "start": 40, "range": 30}, "smoothing": 0.1}})",
+         "{\"stroke\": {" + pen + "}}",
+         "{\"stroke\": {" + pen + R"(, "modifier": "smooth"}})",
+         R"({"tool": "Wax", "set": {"strengthCurve": null, "facing": {"on": false}}})",
+         "{\"stroke\": {" + pen + "}}",
+         R"({"tool": "Freeze", "set": {"radius": 0.3}})",
+         "{\"stroke\": {" + pen + R"(, "modifier": "invert"}})"});
+}
+
 // What was found on the imported mesh must not be sought anew on a sculpted one.
 TEST_F(SceneContinuation, GivesTheSameBitsWithTheTopologicalMirror) {
     ExpectNoDifference(SphereQuads(1),

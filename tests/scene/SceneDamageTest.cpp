@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <random>
 
 namespace trovik::test {
@@ -43,7 +44,8 @@ protected:
         std::string message;
         try {
             const auto brush = NewBrush();
-            const LoadedScene scene = LoadScene(path, brush.get());
+            FreezeBrush freezeBrush;
+            const LoadedScene scene = LoadScene(path, brush.get(), &freezeBrush);
             EXPECT_NE(scene.geometry, nullptr);
         } catch (const HostError& error) {
             message = error.what();
@@ -140,10 +142,43 @@ TEST_F(DamagedScene, AMissingChunkIsAnError) {
         std::vector<RawChunk> chunks = scene.chunks;
         const std::string name = chunks[i].name;
         chunks.erase(chunks.begin() + static_cast<std::ptrdiff_t>(i));
-        const bool mayLack =
-            name == "LAYR" || name == "LGND" || name == "NODE" || name == "SETT" || name == "BRSH";
+        const bool mayLack = name == "LAYR" || name == "LGND" || name == "NODE" || name == "SETT" ||
+                             name == "PENS" || name == "BRSH" || name == "FRZB";
         EXPECT_EQ(Read(JoinScene(header, chunks)).empty(), mayLack) << name;
     }
+}
+
+TEST_F(DamagedScene, NumbersThatNoPenHasAreRefused) {
+    const RawScene scene = SplitScene(whole);
+    const std::string header = whole.substr(0, scene.headerBytes);
+    const auto error = [&](const char* name, std::size_t place, const std::string& bytes) {
+        std::vector<RawChunk> chunks = scene.chunks;
+        for (RawChunk& chunk : chunks)
+            if (chunk.name == name) chunk.content.replace(place, bytes.size(), bytes);
+        return Read(JoinScene(header, chunks));
+    };
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float infinite = std::numeric_limits<float>::infinity();
+    // A curve of three points, one of none, then the numbers.
+    EXPECT_THAT(error("PENS", 12, BytesOf(0.0f)),
+                HasSubstr("chunk PENS: the pressure curve for strength: the pressures of a curve's "
+                          "points ascend"));
+    EXPECT_THAT(error("PENS", 8, BytesOf(nan)),
+                HasSubstr("chunk PENS: the pressure curve for strength: "));
+    EXPECT_THAT(error("PENS", 32, BytesOf(nan)),
+                HasSubstr("chunk PENS: the random share of sizes is not within 0 to 1"));
+    EXPECT_THAT(error("PENS", 37, BytesOf(-1.5f)),
+                HasSubstr("the share of sizes by tilt is not within -1 to 4"));
+    EXPECT_THAT(error("PENS", 41, BytesOf(infinite)),
+                HasSubstr("the share of strengths by tilt is not within -1 to 4"));
+    EXPECT_THAT(error("PENS", 45, BytesOf(-1.0f)),
+                HasSubstr("the radius in pixels is not within 0 to 16384"));
+    EXPECT_THAT(error("PENS", 49, BytesOf(1e9f)),
+                HasSubstr("the rate of the airbrush is not within 0 to 1000"));
+    const std::size_t end = scene.Chunk("FRZB").content.size();
+    EXPECT_THAT(error("FRZB", end - 4, BytesOf(nan)),
+                HasSubstr("chunk FRZB: an angle of the facing fall-off is no number"));
+    EXPECT_THAT(error("FRZB", 1, BytesOf(uint32_t{0xffffff})), HasSubstr("chunk FRZB: "));
 }
 
 TEST_F(DamagedScene, ABaseThatIsNoOrientedManifoldIsRefused) {

@@ -91,7 +91,7 @@ TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
 }
 
 TEST_F(SceneLayout, HeaderNamesFormatAndClasses) {
-    EXPECT_EQ(scene.format, 331u);
+    EXPECT_EQ(scene.format, 332u);
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("SwiftStroke"), 1)));
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("PatchMap"), 0)));
 }
@@ -113,7 +113,9 @@ TEST_F(SceneLayout, ChunksStandInTheirOrder) {
                                      "LGND",
                                      "NODE",
                                      "SETT",
+                                     "PENS",
                                      "BRSH",
+                                     "FRZB",
                                      "TEND"));
     const RawChunk& end = scene.chunks.back();
     EXPECT_EQ(NumberAt<uint64_t>(end.content, 0), end.contentPlace + 8);
@@ -240,6 +242,33 @@ TEST_F(SceneLayout, SettingsHoldViewStrokesAndMirrors) {
     ASSERT_EQ(sett.Take<uint32_t>(), 3u);
     EXPECT_EQ(sett.Take<float>(), -1.0f) << "x is mirrored first";
     EXPECT_EQ(sett.Left(), 3u * 64u - 4u);
+}
+
+TEST_F(SceneLayout, ThePenHoldsCurvesTiltChanceAndAirbrush) {
+    Taker pens(scene.Chunk("PENS").content);
+    ASSERT_EQ(pens.Take<uint32_t>(), 3u) << "the curve for strength";
+    for (const float number : {0.0f, 0.125f, 0.5f, 0.25f, 1.0f, 1.0f})
+        EXPECT_EQ(pens.Take<float>(), number);
+    EXPECT_EQ(pens.Take<uint32_t>(), 0u) << "no curve for size";
+    EXPECT_EQ(pens.Take<float>(), 0.375f) << "chance";
+    EXPECT_EQ(pens.Take<uint8_t>(), 1u) << "the tilt turns the stamp";
+    EXPECT_EQ(pens.Take<float>(), 1.5f);
+    EXPECT_EQ(pens.Take<float>(), -0.5f);
+    EXPECT_EQ(pens.Take<float>(), 0.0f) << "pixels";
+    EXPECT_EQ(pens.Take<float>(), 30.0f) << "dabs a second";
+    EXPECT_EQ(pens.Left(), 0u);
+}
+
+TEST_F(SceneLayout, TheFreezeBrushHoldsItsSettings) {
+    Taker brush(scene.Chunk("FRZB").content);
+    EXPECT_EQ(brush.Take<uint8_t>(), 0u) << "another one is at work";
+    const std::string data = brush.Text();
+    // Three texts, size, direction, smoothing, steady stroke, spacing, flags, stamp, fade.
+    const std::size_t strength = 3 * 4 + 4 + 4 + 5 + 5 + 8 + 3 + 8 + 5;
+    EXPECT_EQ(NumberAt<float>(data, strength), 62.5f);
+    EXPECT_EQ(NumberAt<int32_t>(data, data.size() - 4), 3) << "falloff";
+    brush.Skip(8);
+    EXPECT_EQ(brush.Left(), 0u);
 }
 
 }  // namespace

@@ -149,8 +149,8 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
     session->Save(path, SceneStream(SceneStream::currentFormat + 1));
     EXPECT_EQ(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
               path +
-                  ": byte 8: the file is of format 332, or damaged; this program reads formats "
-                  "up to 331");
+                  ": byte 8: the file is of format 333, or damaged; this program reads formats "
+                  "up to 332");
 }
 
 TEST_F(OldScene, ANewerClassIsRefused) {
@@ -211,6 +211,18 @@ TEST_F(OldScene, NodesOfAnyClassAreKeptAndThoseOfAnAbsentOneLeftOut) {
     EXPECT_TRUE(HasPatchMap(*read->Geometry().Level(0)));
     const std::string note = "a node of class Numbered, which no plug-in brings, was left out";
     EXPECT_THAT(read->Notes(), ElementsAre(note, note));
+}
+
+TEST_F(OldScene, BeforeFormat332PenAndFreezeBrushHaveTheirDefaults) {
+    session->SelectTool("Freeze");
+    auto read = ReopenUnder(SceneStream(331));
+    EXPECT_TRUE(read->Notes().empty());
+    EXPECT_TRUE(read->Settings().dynamics.strengthCurve.IsIdentity());
+    EXPECT_EQ(read->Settings().dynamics.airbrush, 0.0f);
+    EXPECT_EQ(read->Settings().radius, 0.75f);
+    EXPECT_FALSE(read->IsFreezing());
+    read->SelectTool("Freeze");
+    EXPECT_EQ(read->Brush().BrushStrength(), 100.0f);
 }
 
 TEST_F(OldScene, ARenamedClassOfTheBrushLeavesItsSettingsOutAndTheMeshIn) {

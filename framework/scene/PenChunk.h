@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/DabDynamics.h"
+#include "framework/scene/SceneStream.h"
+
+namespace trovik {
+
+/// Chunk PENS: what the pen's pressure, tilt and time, and chance, do to the dabs of strokes to
+/// come, whatever the tool.
+void WritePenChunk(SceneStream& stream, const DabDynamics& dynamics);
+DabDynamics ReadPenChunk(SceneStream& stream);
+
+}  // namespace trovik

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/brushes/LiveStroke.h"
+#include "framework/script/SculptSession.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace trovik {
+
+/// What a pen's stroke is told beside the settings of session and tool.
+struct PenStrokeOptions {
+    BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
+    /// Of what the stroke leaves to chance; without, it follows from the session's seed and the
+    /// number of the stroke.
+    std::optional<uint64_t> seed;
+    bool isFiltered = true;
+    PointerLimits limits;
+    /// Without its two lengths: those are the tool's, see below.
+    PathShape shape;
+    /// Pixels, in place of the tool's own, which are shares of the viewport's height.
+    std::optional<float> smoothing;
+    std::optional<float> steady;
+    /// Called after each dab.
+    std::function<void()> progress;
+};
+
+/// What the session's settings and its tool make of a pen's samples on the viewport.
+TROVIK_API LiveStrokeSettings PenStrokeSettings(SculptSession& session,
+                                                const PenStrokeOptions& options);
+
+/// Begins a stroke of the session's loop as a script does: labelled by the tool, with the next seed
+/// where none is given.
+TROVIK_API void BeginStroke(SculptSession& session,
+                            BrushOperation::Modifier modifier,
+                            std::optional<uint64_t> seed);
+
+/// A stroke that a user draws with pen or mouse over a session's view, from press to release: what
+/// an application does between a button that goes down and one that goes up. The same samples in a
+/// script's stroke "pen" give the same bits. It is one step of undo, and a journal records it.
+///
+/// A mouse is a pen with pressure 1. Samples hold pixels of SculptSession::View, 0 to 1 for the
+/// pressure, and seconds; see LiveStroke for what comes when, and for errors.
+class TROVIK_API SessionStroke {
+public:
+    /// Begins the stroke. The session's tool, view and settings stay as they are until its end.
+    /// \throw HostError where a stroke is under way already.
+    explicit SessionStroke(SculptSession& session, const PenStrokeOptions& options = {});
+    /// Releases a stroke that is still drawn, and keeps quiet about errors.
+    ~SessionStroke();
+    SessionStroke(const SessionStroke&) = delete;
+    SessionStroke& operator=(const SessionStroke&) = delete;
+
+    void Add(const std::vector<PathSample>& samples);
+    void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
+    /// See LiveStroke::Tick.
+    void Tick(double time);
+    /// Lays the rest and ends the stroke.
+    void Release();
+    /// Ends the stroke and leaves the surface as it was before, to the bit, with no step of undo.
+    void Abandon();
+
+    std::vector<PathSample> Preview() const { return live.Preview(); }
+    unsigned Count() const { return live.Count(); }
+    /// Released, abandoned, or ended by an error.
+    bool IsOver() const { return isOver; }
+
+private:
+    template <typename Work>
+    void Do(Work work);
+
+    SculptSession& session;
+    LiveStroke live;
+    bool isOver = false;
+};
+
+}  // namespace trovik
