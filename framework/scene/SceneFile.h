@@ -14,8 +14,9 @@
 
 /// \file
 /// Scene files (*.trovik): a mesh with all its levels, layers and nodes, the settings of all tools,
-/// mirrors and view, so that work goes on to the bit where it was left. docs/scene-format.md tells
-/// every byte. Not in them: the undo history, preferences, stroke totals.
+/// of pen and freeze brush, mirrors and view, so that work goes on to the bit where it was left.
+/// docs/scene-format.md tells every byte. Not in them: the undo history, preferences, stroke
+/// totals.
 namespace trovik {
 
 /// What a scene holds beside mesh and brush.
