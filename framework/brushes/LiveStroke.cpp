@@ -44,6 +44,8 @@ void LiveStroke::Add(const std::vector<PathSample>& samples) {
 
 void LiveStroke::Tick(double time) {
     if (taken.empty() || !(time > taken.back().time)) return;
+    // A copy that is placed anew would be the same one.
+    if (settings.mode != DrawMode::AlongPath) return;
     PathSample sample = taken.back();
     sample.time = time;
     Add(sample);

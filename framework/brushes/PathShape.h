@@ -43,7 +43,8 @@ TROVIK_API std::vector<PathSample> Smoothed(const std::vector<PathSample>& sampl
 /// The way of a weight on a string of this length, of which the pen holds the other end: it stays
 /// while the string is slack and then moves straight toward the pen. It begins where the pen does
 /// and ends where it is when the pen is lifted, up to a string's length behind. The exact curve of
-/// pursuit, whatever the number of samples.
+/// pursuit, whatever the number of samples. \throw HostError for a path that is longer than some
+/// million strings.
 TROVIK_API std::vector<PathSample> OnString(const std::vector<PathSample>& samples,
                                             float length,
                                             bool timed = false);

@@ -36,7 +36,8 @@ std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve, float distance, 
 /// See Smoothed; the length must be above 0. A place waits until the pen is half the length farther
 /// on its way, also where the pen rests.
 std::unique_ptr<PathStage> SmoothingStage(float length, bool timed);
-/// See OnString; the length must be above 0. Nothing waits.
+/// See OnString; the length must be above 0. Nothing waits. Adding throws HostError for a path that
+/// is longer than some million strings.
 std::unique_ptr<PathStage> StringStage(float length, bool timed);
 
 /// A path as a shape wants it while it is drawn: the stages of Shaped one behind the other, each

@@ -7,6 +7,7 @@
 /// sample more on the way changes nothing.
 #include "framework/brushes/PathResampler.h"
 #include "framework/brushes/PathStage.h"
+#include "framework/errors/HostError.h"
 
 #include <algorithm>
 #include <array>
@@ -26,6 +27,9 @@ Place Sum(const Place& a, const Place& b, double f) {
 
 /// Steps of the pen in lengths of the string: short enough for chords to pass as the curve.
 constexpr double stepShare = 1.0 / 16.0;
+
+/// More steps than these are no stroke but a mistake in its places.
+constexpr double mostSteps = 1e8;
 
 /// e^-x for 0 <= x <= stepShare by its series, which is the same on every machine.
 double Decay(double x) {
@@ -74,6 +78,8 @@ public:
 
     void Add(const PathSample& sample, std::vector<PathSample>& out) override {
         path.Add(sample);
+        if (!(path.Length() / longest < mostSteps))
+            throw HostError("the path is too long for the string of the steady stroke");
         Take(false, out);
     }
     void Finish(std::vector<PathSample>& out) override { Take(true, out); }

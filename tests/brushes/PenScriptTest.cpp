@@ -184,6 +184,10 @@ TEST_F(PenScript, ErrorsNameThePlace) {
                 HasSubstr("/steps/1/stroke/pen/0/3: times lie between"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {})")),
                 HasSubstr("/steps/1/stroke/pointer: the path is too long for the brush"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {"steady": 60})")),
+                HasSubstr("/steps/1/stroke/pointer: the path is too long for the string"));
+    EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {"smoothing": 60})")),
+                HasSubstr("/steps/1/stroke/pointer: the path is too long for the brush"));
     EXPECT_THAT(ErrorOf(Stroke(R"("surface": [[0, 0, 0], [1e30, 0, 0]], "path": {})")),
                 HasSubstr("/steps/1/stroke/surface: the path is too long for the brush"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "none.json")")), HasSubstr("none.json: cannot read"));

@@ -6,6 +6,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/script/JournalRecovery.h"
 #include "framework/script/ScriptDocument.h"
+#include "framework/script/SessionStroke.h"
 #include "tests/journal/JournalWork.h"
 
 #include <gtest/gtest.h>
@@ -158,7 +159,7 @@ TEST_F(RecoveredJournal, StartsFromTheLastSave) {
     EXPECT_EQ(work.content.past.size(), 2u);
 }
 
-TEST_F(RecoveredJournal, HoldsWhatWasSetBeforeASaveAndIsInNoScene) {
+TEST_F(RecoveredJournal, HoldsWhatPenAndFreezeBrushWereSetToBeforeASave) {
     const json pen = {{"set",
                        {{"sizeCurve", {{0, 0.2}, {1, 1}}},
                         {"tilt", {{"size", 0.5}}},
@@ -182,6 +183,66 @@ TEST_F(RecoveredJournal, HoldsWhatWasSetBeforeASaveAndIsInNoScene) {
     saved.push_back({{"save", "end.trovik"}});
     Run(saved);
     EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("end")));
+}
+
+TEST_F(RecoveredJournal, TakesUpWhatOldJournalsCarriedOnBesideTheirScene) {
+    auto runner = Open();
+    runner->Save(Scene("work"));
+    runner->Close();
+    fs::remove(Journal());
+    JournalBase base;
+    base.program = "trovik";
+    base.script = script;
+    base.source = Scene("work");
+    base.content = HashFile(base.source);
+    base.setup = {{"scene", base.source}, {"preferences", json::object()}};
+    base.carried = json::array({{{"set", {{"airbrush", 20}}}}});
+    {
+        trovik::Journal journal({Journal(), false}, base);
+        journal.BeginStep({{"set", {{"randomSize", 0.25}}}});
+        journal.EndStep({}, "");
+    }
+    const RecoveredWork work = RedoJournal(Journal());
+    EXPECT_EQ(work.runner->Session().Settings().dynamics.airbrush, 20.0f);
+    EXPECT_EQ(work.runner->Session().Settings().dynamics.randomSize, 0.25f);
+}
+
+TEST_F(RecoveredJournal, HoldsStrokesThatWereDrawnAndAbandoned) {
+    auto runner = Open();
+    SculptSession& session = runner->Session();
+    json steps = json::array();
+    std::vector<uint32_t> states;
+    for (const char* tool : {"Sculpt", "Freeze", "Wax"}) {
+        steps.push_back(Tool(tool));
+        steps.back()["set"]["randomSize"] = 0.5;
+    }
+    const auto draw = [&](SessionStroke& stroke, float y) {
+        for (int i = 0; i < 40; ++i) {
+            const auto way = static_cast<float>(i);
+            PathSample sample({420.0f + 3.0f * way, y + 0.5f * way, 0.0f}, 0.25f + 0.01f * way);
+            sample.time = 0.008 * i;
+            stroke.Add(sample);
+        }
+    };
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        runner->Do(steps[i], i);
+        SessionStroke kept(session);
+        draw(kept, 330.0f);
+        kept.Release();
+        states.push_back(StateOf(session));
+        SessionStroke abandoned(session);
+        draw(abandoned, 360.0f);
+        EXPECT_NE(StateOf(session), states.back());
+        abandoned.Abandon();
+        EXPECT_EQ(StateOf(session), states.back());
+        if (i > 0) {
+            EXPECT_NE(states[i], states[i - 1]);
+        }
+    }
+    const RecoveredWork work = RedoJournal(Journal());
+    EXPECT_EQ(StateOf(work.runner->Session()), states.back());
+    EXPECT_EQ(work.steps, 9u);
+    EXPECT_EQ(work.runner->Session().Settings().strokesBegun, 6u);
 }
 
 TEST_F(RecoveredJournal, HoldsUndoOfWhatWasDoneBeforeASave) {
