@@ -15,6 +15,32 @@ namespace {
 /// the host's main thread only, as every change is.
 uint64_t currentStroke = 1;
 
+/// The memory of the last change's records, for the next one: it has grown already, and the system
+/// has given its pages. Without it the first dab of a stroke spends half its time on that.
+class SpareMemory {
+public:
+    void LendTo(Store<StoredVertexInfo>& records) {
+        std::swap(records.array, spare.array);
+        std::swap(records.capacity, spare.capacity);
+    }
+    void TakeBack(Store<StoredVertexInfo>& records) {
+        const uint64_t bytes = uint64_t{records.capacity} * sizeof(StoredVertexInfo);
+        if (bytes > most || records.capacity <= spare.capacity) return;
+        LendTo(records);
+    }
+
+private:
+    /// Some 800 thousand vertices' worth.
+    static constexpr uint64_t most = uint64_t{32} << 20;
+    Store<StoredVertexInfo> spare{"spare change records"};
+};
+
+/// One for all meshes. Lives on at the end of the process, since changes may, too.
+SpareMemory& Spare() {
+    static auto* const spare = new SpareMemory;
+    return *spare;
+}
+
 }  // namespace
 
 LevelChange::LevelChange(LevelMesh* ofLevel)
@@ -27,12 +53,14 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
     }
     if (LevelChange* open = level->OpenChange()) open->Unlink();
     level->SetOpenChange(this);
-    level->changeRecords = nullptr;
+    Spare().LendTo(recordStore);
+    level->changeRecords = recordStore.array;
     level->changeRecordCount = 0;
 }
 
 LevelChange::~LevelChange() {
     if (linked) RestoreStamps();
+    Spare().TakeBack(recordStore);
 }
 
 void LevelChange::Finish(bool keepTopology, bool joinPrevious) {

@@ -116,8 +116,7 @@ public:
         for (uint32_t first = 0; first < points; first += PackedRow::capacity) {
             const uint32_t count = std::min(points - first, PackedRow::capacity);
             pack(cells + first, stride, count, scaleSquared, packed);
-            for (uint32_t i = 0; i < count; ++i)
-                StoreNormal(normals[slice[place[first + i]]], packed.xy[i], packed.z[i]);
+            Put(place + first, count);
         }
     }
 
@@ -144,6 +143,15 @@ public:
     uint32_t points;
 
 private:
+    /// Puts the first packed normals of a row in their places.
+    void Put(const uint32_t* place, uint32_t count) {
+        // Held here, since for all that the compiler knows a normal may be one of the members.
+        const uint32_t* const corners = slice;
+        PackedNormal* const to = normals;
+        for (uint32_t i = 0; i < count; ++i)
+            StoreNormal(to[corners[place[i]]], packed.xy[i], packed.z[i]);
+    }
+
     uint32_t stride;
     const HWVector* grid;
     const uint32_t* slice;
