@@ -9,8 +9,7 @@
 namespace trovik {
 
 class PatchMap;
-struct DabConstants;
-struct VertexBatch;
+struct BatchMovers;
 enum class Tool : uint32_t;
 
 /// One entry of a patch kernel's work list.
@@ -118,10 +117,8 @@ public:
     // --- Kernels (kernels/) ---
     template <KernelSwitches switches>
     bool PatchKernel(uint32_t face);
-    /// What all kernels have in common, with the loop of one: see kernels/batch/RunPatch.cpp.
-    using BatchMover = bool (*)(
-        DabConstants&, const PatchVertexEntry*, uint32_t count, uint64_t turns, const VertexBatch&);
-    bool RunPatch(uint32_t face, const KernelSwitches& switches, BatchMover move);
+    /// What all kernels have in common, with the loops of one: see kernels/batch/RunPatch.cpp.
+    bool RunPatch(uint32_t face, const KernelSwitches& switches, const BatchMovers& movers);
     /// The switches of this dab, all but withFreeze.
     KernelSwitches DabSwitches() const;
     /// The same with withFreeze, which the mesh is asked anew for every patch.
@@ -154,6 +151,9 @@ public:
     bool PassRestingPatch(uint32_t patch);
     /// Takes down a patch whose kernel reached nothing.
     void LearnPatch(uint32_t patch);
+    /// Whether the four corners of the patch in the work list are four vertices. Then no two sides
+    /// of it are glued to each other, and it lists each vertex once.
+    bool ListsEachVertexOnce() const;
     /// Mean of a vertex and all its adjacent vertices: positions, or values of the active layer
     /// when Smooth works on the layer.
     void RingAverage(Vector& out, uint32_t vertex, uint32_t face);

@@ -124,6 +124,12 @@ public:
                                    uint32_t face,
                                    Vertex& vertexRecord,
                                    bool withLayerSlot);
+    /// Whether Add_uncached would find room, so that nothing moves and nothing can be refused.
+    bool HasRoom() const { return records->fill < records->capacity; }
+    /// What Add_uncached does where there is room, with the slot already reserved. No call.
+    StoredVertexInfo& AddWithinRoom(uint32_t vertex, Vertex& vertexRecord, uint32_t layerSlot);
+    static constexpr uint32_t noLayerSlot = 0xffffffffu;
+
     /// Closes the change at the end of a stroke and gives it to the undo history.
     /// \param keepTopology  the mesh's faces are as they were. \param joinPrevious  the step
     /// belongs to the same undo step as the change finished before it.
@@ -205,6 +211,28 @@ public:
 protected:
     Mesh();
 };
+
+inline StoredVertexInfo& MeshChange::AddWithinRoom(uint32_t vertex,
+                                                   Vertex& vertexRecord,
+                                                   uint32_t layerSlot) {
+    Store<StoredVertexInfo>& store = *records;
+    const uint32_t index = store.fill++;
+    StoredVertexInfo& record = store.array[index];
+    record.originalPosition[0] = vertexRecord.x;
+    record.originalPosition[1] = vertexRecord.y;
+    record.originalPosition[2] = vertexRecord.z;
+    record.visitStampWord = vertexRecord.changeLink;
+    record.originalNormal = vertex < mesh->vertexNormals.capacity
+                                ? mesh->vertexNormals.array[vertex]
+                                : PackedNormal{0, 0, 0, 0};
+    record.buildUp = 0.0f;
+    record.vertexIndex = vertex;
+    record.reserved = 0;
+    record.layerSlot = layerSlot;
+    vertexRecord.changeLink = index;
+    mesh->changeRecordCount = store.fill;
+    return record;
+}
 
 /// Answer of QuadEdgeNeighbour at an open border. Any value above 0x80000000 would do.
 inline constexpr uint32_t openBorder = 0xffffffffu;

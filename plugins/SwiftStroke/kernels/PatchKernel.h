@@ -4,6 +4,8 @@
 #include "kernels/VertexStep.h"
 #include "kernels/batch/VertexBatch.h"
 
+#include <algorithm>
+
 /// \file
 /// The kernel of one patch, and how its 1024 specialisations reach the table. This header is
 /// included by the instance files only; each of them makes a share of the specialisations.
@@ -39,13 +41,100 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
             Weigh(sw, dab, v);
         } else {
             v.weight = batch.weight[i];
-            if constexpr (sw.family == Family::Pushing && !sw.withStamp)
-                v.record->buildUp = batch.buildUp[i];
         }
         reached |= MoveVertex(sw, dab, v);
+        // After the move, which need not wonder then whether this was a vertex.
+        if constexpr (sw.family == Family::Pushing && !sw.withStamp && !sw.withoutRadius)
+            v.record->buildUp = batch.buildUp[i];
     }
     patch.boundsMin = dab.boundsMin;
     patch.boundsMax = dab.boundsMax;
+    return reached;
+}
+
+/// Whether a kernel may take two rows at once: one that averages positions, and that nobody hears
+/// of from vertex to vertex. An average waits for the one to its left, addition by addition; two
+/// rows keep the processor busy.
+consteval bool MayPairRows(const KernelSwitches& s) {
+    return FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal &&
+           !s.withStamp && !s.tiledStamp && !s.withoutRadius && !s.throughLayer &&
+           !s.notifyPerVertex;
+}
+
+/// One vertex of a row that is averaged. \param left  what the cell to the left holds; leaves as
+/// what this cell holds.
+template <KernelSwitches switches>
+TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
+                                      const PatchVertexEntry& entry,
+                                      bool moves,
+                                      float weight,
+                                      uint32_t stride,
+                                      HWVector& left) {
+    constexpr FixedSwitches<switches> sw;
+    VertexState v;
+    v.vertexRecord = dab.vertices + entry.vertex;
+    HWVector place = PositionOf(*v.vertexRecord);
+    if (moves) {
+        v.weight = weight;
+        Strengthen(sw, dab, v);
+        const HWVector mean = FiveCellSum(dab.positionGrid, left, entry.cell, stride) * 0.2f;
+        HWVector displacement = (mean - place) * v.weight;
+        if (sw.inWorldSpace) displacement = displacement * dab.space.inverseScale;
+        place = place + displacement;
+        StorePosition(*v.vertexRecord, place);
+    }
+    dab.positionGrid[entry.cell] = place;
+    left = place;
+}
+
+/// Two rows of the second half of turns. The lower row runs one vertex behind the upper: it needs
+/// the upper's result above it, and the upper needs what was below it before. Cells keep `current`
+/// of each vertex until its turn, so bounds follow when both rows are done, in the order of the
+/// list, from what the cells held before and hold then.
+template <KernelSwitches switches>
+__attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
+                                           const PatchVertexEntry* entries,
+                                           uint32_t points,
+                                           const RowBatches& upper,
+                                           const RowBatches& lower) {
+    const DabConstants dab = patch;
+    const uint32_t stride = dab.brush.gridStride;
+    const HWVector* grid = dab.positionGrid;
+    const PatchVertexEntry* const under = entries + points;
+    HWVector before[2][RowBatches::capacity];
+    std::copy_n(grid + entries->cell, points, before[0]);
+    std::copy_n(grid + under->cell, points, before[1]);
+
+    HWVector left = grid[entries->cell - 1];
+    HWVector leftUnder = grid[under->cell - 1];
+    const auto turn =
+        [&dab, stride](
+            const PatchVertexEntry* row, const RowBatches& batches, uint32_t i, HWVector& atLeft) {
+            AverageInRow<switches>(
+                dab, row[i], batches.IsTurnOf(i), batches.WeightOf(i), stride, atLeft);
+        };
+    turn(entries, upper, 0, left);
+    for (uint32_t i = 1; i < points; ++i) {
+        turn(entries, upper, i, left);
+        turn(under, lower, i - 1, leftUnder);
+    }
+    turn(under, lower, points - 1, leftUnder);
+
+    bool reached = false;
+    HWVector least = patch.boundsMin;
+    HWVector most = patch.boundsMax;
+    const auto widen = [&](const HWVector* old, const HWVector* now, const RowBatches& batches) {
+        for (uint32_t i = 0; i < points; ++i) {
+            if (!batches.IsTurnOf(i)) continue;
+            reached = true;
+            least = HWVector::Minimum(HWVector::Minimum(least, now[i]), old[i]);
+            most = HWVector::Maximum(HWVector::Maximum(most, now[i]), old[i]);
+        }
+    };
+    widen(before[0], grid + entries->cell, upper);
+    widen(before[1], grid + under->cell, lower);
+    patch.boundsMin = least;
+    patch.boundsMax = most;
     return reached;
 }
 
@@ -53,7 +142,9 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
 /// \return whether the dab reached a vertex of the patch.
 template <KernelSwitches switches>
 bool SwiftStroke::PatchKernel(uint32_t face) {
-    return RunPatch(face, switches, &MoveBatch<switches>);
+    BatchMovers movers = {&MoveBatch<switches>, nullptr};
+    if constexpr (MayPairRows(switches)) movers.rowPair = &MoveRowPair<switches>;
+    return RunPatch(face, switches, movers);
 }
 
 }  // namespace trovik

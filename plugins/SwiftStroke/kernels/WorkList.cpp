@@ -47,6 +47,18 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
     return count;
 }
 
+bool SwiftStroke::ListsEachVertexOnce() const {
+    const uint32_t side = 1u << patchLevel;
+    const uint32_t points = side + 1;
+    const auto corner = [this](uint32_t at) { return patchVertexList[at].vertex; };
+    const uint32_t corners[] = {
+        corner(0), corner(side), corner(points * side), corner(points * side + side)};
+    for (int i = 0; i < 4; ++i)
+        for (int k = 0; k < i; ++k)
+            if (corners[i] == corners[k]) return false;
+    return true;
+}
+
 bool SwiftStroke::WantsMirroredStampRead() {
     return IsMaskEnabled(1) && mirrorPass != 0 &&
            MirrorConfig().MirrorMode() == MirrorConfiguration::Topological;

@@ -90,11 +90,8 @@ bool SwiftStroke::PatchesMayRest() {
 
 void SwiftStroke::LearnPatch(uint32_t patch) {
     if (resting.Find(patch) != nullptr) return;
-    // A patch that is glued to itself writes some normals twice, in an order of its own.
-    for (uint32_t side = 0; side < 4; ++side) {
-        const uint32_t neighbour = patchMesh->QuadEdgeNeighbour(patch, side);
-        if (neighbour != openBorder && neighbour >> 2 == patch) return;
-    }
+    // Else some normals of the edge are written twice, in an order of their own.
+    if (!ListsEachVertexOnce()) return;
     const uint32_t points = (1u << patchLevel) + 1;
     resting.Learn(patch, {patchVertexList, points * points}, *CurrentChange());
 }

@@ -39,13 +39,18 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
         const uint32_t link = vertices[vertex].changeLink;
         StoredVertexInfo* record = records + link;
         if (link >= recordCount || record->vertexIndex != vertex) [[unlikely]] {
-            if (!MakeRecord(entries[i], vertices[vertex], change, withLayerSlot, i == 0)) return i;
-            // The records may have moved.
-            for (uint32_t k = 0; k < i && records != change.records->array; ++k)
-                batch.records[k] = change.records->array + (batch.records[k] - records);
-            records = change.records->array;
+            if (!withLayerSlot && change.HasRoom()) {
+                record = &change.AddWithinRoom(vertex, vertices[vertex], MeshChange::noLayerSlot);
+            } else {
+                if (!MakeRecord(entries[i], vertices[vertex], change, withLayerSlot, i == 0))
+                    return i;
+                // The records may have moved.
+                for (uint32_t k = 0; k < i && records != change.records->array; ++k)
+                    batch.records[k] = change.records->array + (batch.records[k] - records);
+                records = change.records->array;
+                record = records + vertices[vertex].changeLink;
+            }
             recordCount = *change.recordCount;
-            record = records + vertices[vertex].changeLink;
         }
         // Position and mark lie side by side and travel together. Each mark is stored before the
         // next one is read: a patch that is glued to itself lists a vertex twice.

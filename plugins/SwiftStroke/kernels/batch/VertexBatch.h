@@ -48,6 +48,38 @@ struct WeighTerms {
     const BrushSpace* space;
 };
 
+/// One row of a patch, in as many batches as it takes.
+struct RowBatches {
+    static constexpr uint32_t most = 3;
+    /// Longer rows do not fit.
+    static constexpr uint32_t capacity = most * VertexBatch::capacity;
+
+    VertexBatch batches[most];
+    uint64_t turns[most];
+
+    bool IsTurnOf(uint32_t i) const { return ((turns[i / 64] >> (i % 64)) & 1u) != 0; }
+    float WeightOf(uint32_t i) const { return batches[i / 64].weight[i % 64]; }
+};
+static_assert(VertexBatch::capacity == 64);
+
+/// The second half of the vertices' turns, as one specialised kernel has it.
+struct BatchMovers {
+    /// A batch in the order of the list. Bit i of `turns`: vertex i moves; the others only enter
+    /// the grid. \return whether the dab reached one.
+    bool (*batch)(DabConstants& patch,
+                  const PatchVertexEntry* entries,
+                  uint32_t count,
+                  uint64_t turns,
+                  const VertexBatch& batch);
+    /// Two rows of `points` entries at once, with the bits of one after the other, for a patch that
+    /// lists each vertex once; null where the kernel has an order to keep.
+    bool (*rowPair)(DabConstants& patch,
+                    const PatchVertexEntry* entries,
+                    uint32_t points,
+                    const RowBatches& upper,
+                    const RowBatches& lower);
+};
+
 /// Looks up the records of `count` entries, makes those that are missing, and marks them all with
 /// `dabStamp`. \return how many were taken: fewer than `count` where memory for a record was
 /// refused. Errors: those of MeshChange::Add_uncached, when not even the first could be taken.

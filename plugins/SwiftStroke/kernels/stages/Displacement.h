@@ -8,9 +8,14 @@ namespace trovik {
 
 /// Sum of a cell and its four neighbours, centre first, then left, right, below, above; the order
 /// of the additions is part of the result.
+TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid,
+                                         const HWVector& left,
+                                         uint32_t cell,
+                                         uint32_t stride) {
+    return (((grid[cell] + left) + grid[cell + 1]) + grid[cell + stride]) + grid[cell - stride];
+}
 TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid, uint32_t cell, uint32_t stride) {
-    return (((grid[cell] + grid[cell - 1]) + grid[cell + 1]) + grid[cell + stride]) +
-           grid[cell - stride];
+    return FiveCellSum(grid, grid[cell - 1], cell, stride);
 }
 
 /// Towards the mean of the vertex and its neighbours: of positions, or of the layer's own offsets.
