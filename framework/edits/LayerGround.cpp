@@ -5,11 +5,27 @@
 #include "framework/levels/VertexNeighbours.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace trovik {
 
 namespace {
+
+bool IsFinite(const Vector& p) {
+    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+/// The offset that the layer holds now.
+template <typename Touch>
+const Vector& OffsetOf(const LayerGround::Layers& layers, const Touch& touch) {
+    return layers[touch.layer]->StateOfSlot(touch.slot).offset;
+}
+
+/// The offset that was taken down.
+const Vector& OffsetOf(const LayerGround::Layers&, const LayerGround::Held::Entry& entry) {
+    return entry.state.offset;
+}
 
 /// Ground plus layers, `without` being left out. `first` to `last` are the layers that touched the
 /// vertex, lowest first.
@@ -22,9 +38,8 @@ Vector Sum(const Vector& base,
     Vector sum = base;
     for (const Touch* touch = first; touch != last; ++touch) {
         if (touch == without) continue;
-        const SculptLayer& layer = *layers[touch->layer];
-        const float strength = layer.PresentStrength();
-        const Vector& offset = layer.StateOfSlot(touch->slot).offset;
+        const float strength = layers[touch->layer]->PresentStrength();
+        const Vector& offset = OffsetOf(layers, *touch);
         // Adding zero could turn a -0 into +0.
         if (strength == 0.0f || offset == Vector()) continue;
         sum = {
@@ -108,6 +123,30 @@ void LayerGround::TakeMove(Knot& knot,
     Note(knot, Sum(knot.base, layers, first, last), present);
 }
 
+LayerGround::Knot LayerGround::Settled(const Knot* known,
+                                       const LevelMesh& level,
+                                       const Layers& layers,
+                                       const Touched* first,
+                                       const Touched* last) {
+    const Vector present = level.Position(first->vertex);
+    Knot knot;
+    knot.vertex = first->vertex;
+    if (known != nullptr) {
+        knot = *known;
+        const Vector expected = PlaceOf(knot, Sum(knot.base, layers, first, last));
+        if (!SameBits(expected, present)) TakeMove(knot, layers, first, last, present, expected);
+        return knot;
+    }
+    knot.base = present;
+    if (last - first == 1) {
+        knot.base = layers[first->layer]->Rest(knot.vertex);
+    } else {
+        knot.base = present + (present - Sum(present, layers, first, last));
+    }
+    Note(knot, Sum(knot.base, layers, first, last), present);
+    return knot;
+}
+
 void LayerGround::Settle(const LevelMesh& level, const Layers& layers) {
     const std::vector<Touched> touched = TouchedBy(layers);
     std::vector<Knot> settled;
@@ -116,31 +155,83 @@ void LayerGround::Settle(const LevelMesh& level, const Layers& layers) {
     for (const Touched* first = touched.data(); first != end;) {
         const Touched* last = first + 1;
         while (last != end && last->vertex == first->vertex) ++last;
-        const uint32_t vertex = first->vertex;
-        const Vector present = level.Position(vertex);
-        while (old < knots.size() && knots[old].vertex < vertex) ++old;
-        Knot knot;
-        knot.vertex = vertex;
-        if (old < knots.size() && knots[old].vertex == vertex) {
-            knot = knots[old];
-            const Vector sum = Sum(knot.base, layers, first, last);
-            const Vector expected = PlaceOf(knot, sum);
-            if (!SameBits(expected, present))
-                TakeMove(knot, layers, first, last, present, expected);
-        } else {
-            knot.base = present;
-            if (last - first == 1) {
-                knot.base = layers[first->layer]->Rest(vertex);
-            } else {
-                knot.base = present + (present - Sum(present, layers, first, last));
-            }
-            Note(knot, Sum(knot.base, layers, first, last), present);
-        }
-        settled.push_back(knot);
+        while (old < knots.size() && knots[old].vertex < first->vertex) ++old;
+        const bool isKnown = old < knots.size() && knots[old].vertex == first->vertex;
+        settled.push_back(Settled(isKnown ? &knots[old] : nullptr, level, layers, first, last));
         first = last;
     }
     settled.shrink_to_fit();
     knots = std::move(settled);
+}
+
+LayerGround::Held LayerGround::HeldOf(const LevelMesh& level,
+                                      const Layers& layers,
+                                      uint32_t vertex) const {
+    Held held;
+    std::vector<Touched> touched;
+    for (uint32_t i = 0; i < layers.size(); ++i) {
+        const uint32_t slot = layers[i]->FindSlot(vertex);
+        if (slot == SculptLayer::noSlot) continue;
+        touched.push_back({vertex, i, slot});
+        held.entries.push_back({i, slot, layers[i]->StateOfSlot(slot)});
+    }
+    if (touched.empty()) return held;
+    const auto known =
+        std::lower_bound(knots.begin(), knots.end(), vertex, [](const Knot& knot, uint32_t v) {
+            return knot.vertex < v;
+        });
+    const bool isKnown = known != knots.end() && known->vertex == vertex;
+    held.knot = Settled(isKnown ? &*known : nullptr,
+                        level,
+                        layers,
+                        touched.data(),
+                        touched.data() + touched.size());
+    return held;
+}
+
+LayerGround::Held LayerGround::Carried(const Held& held,
+                                       const Layers& layers,
+                                       const Vector& present,
+                                       const Vector& place,
+                                       const SurfaceMove& move) {
+    const Held::Entry* const heldEnd = held.entries.data() + held.entries.size();
+    const Vector sum = Sum(held.knot.base, layers, held.entries.data(), heldEnd);
+    // Otherwise a layer left the position for later.
+    const bool isComposed = SameBits(PlaceOf(held.knot, sum), present);
+    Held carried = held;
+    carried.knot.base = move.Carried(held.knot.base);
+    bool isNumber = IsFinite(place) && IsFinite(carried.knot.base);
+    for (Held::Entry& entry : carried.entries) {
+        SculptLayer::State& state = entry.state;
+        if (!(state.offset == Vector())) state.offset = move.turn.Turned(state.offset);
+        state.seen = isComposed || SameBits(state.seen, present) ? place : move.Carried(state.seen);
+        isNumber = isNumber && IsFinite(state.offset) && IsFinite(state.seen);
+    }
+    const Held::Entry* const first = carried.entries.data();
+    const Held::Entry* const last = first + carried.entries.size();
+    for (Held::Entry& entry : carried.entries) {
+        entry.state.rest = Sum(carried.knot.base, layers, first, last, &entry);
+        isNumber = isNumber && IsFinite(entry.state.rest);
+    }
+    if (!isNumber) return held;
+    if (isComposed)
+        Note(carried.knot, Sum(carried.knot.base, layers, first, last), place);
+    else
+        Note(carried.knot, carried.knot.base, carried.knot.base);
+    return carried;
+}
+
+void LayerGround::Put(const std::vector<Knot>& others) {
+    std::vector<Knot> all;
+    all.reserve(knots.size() + others.size());
+    auto known = knots.begin();
+    for (const Knot& other : others) {
+        while (known != knots.end() && known->vertex < other.vertex) all.push_back(*known++);
+        if (known != knots.end() && known->vertex == other.vertex) ++known;
+        all.push_back(other);
+    }
+    all.insert(all.end(), known, knots.end());
+    knots = std::move(all);
 }
 
 std::vector<uint32_t> LayerGround::Compose(LevelMesh& level, const Layers& layers) {

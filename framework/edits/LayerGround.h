@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/edits/SculptLayer.h"
+#include "framework/levels/SurfaceTurn.h"
 
 #include <memory>
 #include <vector>
@@ -50,6 +51,30 @@ public:
     /// positions belong to them as they are now.
     void Keep(const LevelMesh& level, const Layers& layers);
 
+    /// What layers hold of a vertex, and the ground under it.
+    struct Held {
+        /// A layer's entry; `layer` counts within the level's.
+        struct Entry {
+            uint32_t layer;
+            uint32_t slot;
+            SculptLayer::State state;
+        };
+        Knot knot;
+        std::vector<Entry> entries;
+    };
+    /// What is held of one vertex, with what happened to it since the last call of Settle taken in;
+    /// no entries where no layer touched it. Cost: O(layers + log(touched vertices)).
+    Held HeldOf(const LevelMesh& level, const Layers& layers, uint32_t vertex) const;
+    /// The same after the level's surface moved under the vertex and took it to `place`: the ground
+    /// went along, and so did the offsets. Where something would be no number, nothing changes.
+    static Held Carried(const Held& held,
+                        const Layers& layers,
+                        const Vector& present,
+                        const Vector& place,
+                        const SurfaceMove& move);
+    /// Takes over what is known of some vertices. \param others  in order of vertices, each once.
+    void Put(const std::vector<Knot>& others);
+
     /// Vertex v of the level has become vertex map[v]. Noted normals go: what they were noted for
     /// is a sum over faces in the order of the old numbers.
     void Renumber(const std::vector<uint32_t>& map);
@@ -68,6 +93,12 @@ private:
         uint32_t slot;
     };
     static std::vector<Touched> TouchedBy(const Layers& layers);
+    /// \param known  what was known of the vertex; null for nothing.
+    static Knot Settled(const Knot* known,
+                        const LevelMesh& level,
+                        const Layers& layers,
+                        const Touched* first,
+                        const Touched* last);
     /// Takes a position into the knot that is not the one the knot tells.
     static void TakeMove(Knot& knot,
                          const Layers& layers,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/DetailCarrier.h"
 
+#include "framework/edits/TurnedLayers.h"
 #include "framework/levels/LocalRefiner.h"
 #include "framework/levels/SameBits.h"
 #include "framework/levels/SurfaceTurn.h"
@@ -90,10 +91,8 @@ struct RefinedPoint {
     uint32_t vertex;
     /// The lowest coarse face that holds it, of those that were looked at.
     uint32_t owner;
-    Vector before;
-    Vector after;
     bool touched;
-    SurfaceTurn turn;
+    SurfaceMove move;
 };
 
 /// The points of some fine faces, to be found by their vertex numbers.
@@ -108,7 +107,7 @@ public:
         points.reserve(vertices.size());
         for (const uint32_t vertex : vertices) {
             if (!place.empty()) place[vertex] = static_cast<uint32_t>(points.size());
-            points.push_back({vertex, openBorder, {}, {}, false, {}});
+            points.push_back({vertex, openBorder, false, {}});
         }
     }
 
@@ -157,6 +156,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
                                uint32_t lastOwner,
                                const std::vector<Vector>& seen,
                                std::vector<uint32_t>& scratch,
+                               TurnedLayers* layers,
                                CarriedLevel& carried) {
     const uint32_t corners = coarse.CornersPerFace();
     std::vector<uint32_t> children;
@@ -171,22 +171,22 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
         const uint32_t* slots = all + face * corners * 4;
         RefinedPoint& centre = points[slots[2]];
         centre.owner = face;
-        centre.before = before.FacePoint(face);
-        centre.after = after.FacePoint(face);
+        centre.move.before = before.FacePoint(face);
+        centre.move.after = after.FacePoint(face);
         for (uint32_t side = 0; side < corners; ++side) {
             RefinedPoint& start = points[coarse.faceVertexIndices.array[face * corners + side]];
             start.owner = std::min(start.owner, face);
             RefinedPoint& edge = points[slots[EdgeSlot(corners, side)]];
             if (edge.owner != openBorder) continue;
             edge.owner = face;
-            edge.before = before.EdgePoint(face, side);
-            edge.after = after.EdgePoint(face, side);
+            edge.move.before = before.EdgePoint(face, side);
+            edge.move.after = after.EdgePoint(face, side);
         }
     }
     for (RefinedPoint& point : points.All()) {
         if (point.vertex >= coarse.VertexCount()) break;
-        point.before = before.VertexPoint(point.vertex);
-        point.after = after.VertexPoint(point.vertex);
+        point.move.before = before.VertexPoint(point.vertex);
+        point.move.after = after.VertexPoint(point.vertex);
     }
     counts.refined += points.All().size();
 
@@ -198,44 +198,48 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
         }
     };
     forEachFace([](RefinedPoint* const(&corner)[4]) {
-        const auto moved = [](const RefinedPoint* p) { return !SameBits(p->before, p->after); };
+        const auto moved = [](const RefinedPoint* p) {
+            return !SameBits(p->move.before, p->move.after);
+        };
         if (std::any_of(corner, corner + 4, moved))
             for (RefinedPoint* p : corner) p->touched = true;
     });
     forEachFace([](RefinedPoint* const(&corner)[4]) {
-        const Vector normal =
-            QuadNormal(corner[0]->before, corner[1]->before, corner[2]->before, corner[3]->before);
-        const Vector newNormal =
-            QuadNormal(corner[0]->after, corner[1]->after, corner[2]->after, corner[3]->after);
+        const Vector normal = QuadNormal(corner[0]->move.before,
+                                         corner[1]->move.before,
+                                         corner[2]->move.before,
+                                         corner[3]->move.before);
+        const Vector newNormal = QuadNormal(corner[0]->move.after,
+                                            corner[1]->move.after,
+                                            corner[2]->move.after,
+                                            corner[3]->move.after);
         for (RefinedPoint* p : corner)
-            if (p->touched) p->turn.AddNormal(normal, newNormal);
+            if (p->touched) p->move.turn.AddNormal(normal, newNormal);
     });
     for (RefinedPoint& point : points.All())
-        if (point.touched) point.turn.CloseNormals();
+        if (point.touched) point.move.turn.CloseNormals();
     // An inner edge comes from both its faces, an edge of the border from one.
     forEachFace([](RefinedPoint* const(&corner)[4]) {
         for (uint32_t k = 0; k < 4; ++k) {
             RefinedPoint& p = *corner[k];
             if (!p.touched) continue;
             for (const uint32_t to : {(k + 1) & 3u, (k + 3) & 3u})
-                p.turn.AddEdge(corner[to]->before - p.before, corner[to]->after - p.after);
+                p.move.turn.AddEdge(corner[to]->move.before - p.move.before,
+                                    corner[to]->move.after - p.move.after);
         }
     });
 
     for (RefinedPoint& point : points.All()) {
         if (!point.touched || point.owner < firstOwner || point.owner > lastOwner) continue;
         ++counts.turned;
-        const Vector detail = fine.Position(point.vertex) - point.before;
-        if (detail == Vector()) {
-            MoveVertex(fine, point.vertex, point.after, carried);
-            continue;
-        }
-        point.turn.CloseEdges();
-        MoveVertex(fine, point.vertex, point.after + point.turn.Turned(detail), carried);
+        point.move.turn.CloseEdges();
+        const Vector place = point.move.Carried(fine.Position(point.vertex));
+        if (layers != nullptr) layers->Turn(point.vertex, place, point.move);
+        MoveVertex(fine, point.vertex, place, carried);
     }
 }
 
-CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen) {
+CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* layers) {
     CarriedLevel carried;
     carried.level = static_cast<uint32_t>(fine.Index());
     const std::vector<uint32_t> changed = Changed(coarse, seen);
@@ -247,7 +251,7 @@ CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen) {
         FacesAt(coarse, CornersOf(coarse, FacesAt(coarse, changed)));
     if (faces.size() <= batchFaces) {
         std::vector<uint32_t> scratch;
-        CarryFaces(faces, 0, openBorder, seen, scratch, carried);
+        CarryFaces(faces, 0, openBorder, seen, scratch, layers, carried);
     } else {
         std::vector<uint32_t> scratch(fine.VertexCount());
         for (std::size_t first = 0; first < faces.size(); first += batchFaces) {
@@ -259,16 +263,20 @@ CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen) {
                        batch.back(),
                        seen,
                        scratch,
+                       layers,
                        carried);
         }
     }
     // A vertex of no face has no surface to turn with.
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
-        const Vector detail = fine.Position(vertex) - seen[vertex];
-        MoveVertex(fine, vertex, coarse.Position(vertex) + detail, carried);
+        const SurfaceMove move{seen[vertex], coarse.Position(vertex), {}};
+        const Vector place = move.Carried(fine.Position(vertex));
+        if (layers != nullptr) layers->Turn(vertex, place, move);
+        MoveVertex(fine, vertex, place, carried);
     }
     RefreshNormals(fine, carried);
+    if (layers != nullptr) layers->Finish();
     return carried;
 }
 

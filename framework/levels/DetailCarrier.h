@@ -19,7 +19,8 @@ namespace trovik {
 ///
 /// Upwards, where refinements of the seen and the present state differ, a fine vertex goes to its
 /// refined place plus its detail turned as the surface turned there. A vertex without detail lies
-/// exactly where a subdivision would put it.
+/// exactly where a subdivision would put it. What the fine level's layers hold of a vertex turns
+/// with its detail (TurnedLayers).
 ///
 /// Downwards, a coarse vertex moves by a weighted mean of the moves of the fine vertices in and
 /// around its place: 1/4 its own vertex, 1/2 the mean of its edge points, 1/4 the mean of its face
@@ -36,8 +37,9 @@ public:
         : coarse(coarseLevel), fine(fineLevel), counts(work) {}
 
     /// \param seen  positions of the coarse level as the fine one knows them, one a vertex.
-    /// \return what happened to the fine level.
-    CarriedLevel Up(const std::vector<Vector>& seen);
+    /// \param layers  those of the fine level; null where it has none.
+    /// \return what happened to the fine level's surface.
+    CarriedLevel Up(const std::vector<Vector>& seen, TurnedLayers* layers);
     /// \param seen  positions of the fine level as the coarse one knows them, one a vertex.
     /// \return what happened to the coarse level.
     CarriedLevel Down(const std::vector<Vector>& seen);
@@ -54,6 +56,7 @@ private:
                     uint32_t lastOwner,
                     const std::vector<Vector>& seen,
                     std::vector<uint32_t>& scratch,
+                    TurnedLayers* layers,
                     CarriedLevel& carried);
     void MoveVertex(LevelMesh& level, uint32_t vertex, const Vector& to, CarriedLevel& carried);
 

@@ -7,7 +7,9 @@
 /// as the level below last saw it. Each is dropped when that neighbour has taken the change over,
 /// or when there is none. Only the bound level can change, so going to another level passes every
 /// pair of neighbours that has something to tell each other in the direction of the way.
+#include "framework/edits/LayerStack.h"
 #include "framework/edits/Steps.h"
+#include "framework/edits/TurnedLayers.h"
 #include "framework/levels/DetailCarrier.h"
 #include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelGeometry.h"
@@ -79,6 +81,15 @@ std::vector<Vector> Restored(const LevelMesh& level, const SeenDifferences& diff
 
 }  // namespace
 
+uint64_t CarriedLevel::Bytes() const {
+    return sizeof(CarriedLevel) + vertices.capacity() * sizeof(uint32_t) +
+           positionsBefore.capacity() * sizeof(Vector) +
+           normalVertices.capacity() * sizeof(uint32_t) +
+           normalsBefore.capacity() * sizeof(PackedNormal) +
+           freezeVertices.capacity() * sizeof(uint32_t) + freezeBefore.capacity() +
+           (layers == nullptr ? 0 : layers->Bytes());
+}
+
 void LevelGeometry::KeepSeen(uint32_t index) {
     const LevelMesh& level = *levels[index];
     SeenLevel& one = seen[index];
@@ -104,10 +115,16 @@ void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried) 
     if (known.empty() || IsUnchanged(*levels[index], known)) return;
     std::vector<Vector>& older = seen[index + 1].fromAbove;
     if (index + 2 < levels.size() && older.empty()) older = PositionsOf(*levels[index + 1]);
-    CarriedLevel one = DetailCarrier(*levels[index], *levels[index + 1], carryWork).Up(known);
+    LevelMesh& fine = *levels[index + 1];
+    std::shared_ptr<TurnedLayers> turned;
+    const LayerStack::Layers ofFine = layers->OfLevel(fine);
+    if (!ofFine.empty())
+        turned = std::make_shared<TurnedLayers>(fine, ofFine, layers->Ground(fine));
+    CarriedLevel one = DetailCarrier(*levels[index], fine, carryWork).Up(known, turned.get());
+    if (turned != nullptr && !turned->IsEmpty()) one.layers = std::move(turned);
     // The level below knows what it told itself.
     std::vector<Vector>().swap(seen[index + 1].fromBelow);
-    if (!one.vertices.empty()) carried.push_back(std::move(one));
+    if (!one.IsEmpty()) carried.push_back(std::move(one));
 }
 
 void LevelGeometry::CarryDown(uint32_t index, std::vector<CarriedLevel>& carried) {
@@ -117,7 +134,7 @@ void LevelGeometry::CarryDown(uint32_t index, std::vector<CarriedLevel>& carried
     if (index > 1 && older.empty()) older = PositionsOf(*levels[index - 1]);
     CarriedLevel one = DetailCarrier(*levels[index - 1], *levels[index], carryWork).Down(known);
     std::vector<Vector>().swap(seen[index - 1].fromAbove);
-    if (!one.vertices.empty()) carried.push_back(std::move(one));
+    if (!one.IsEmpty()) carried.push_back(std::move(one));
 }
 
 void LevelGeometry::CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried) {
@@ -127,7 +144,7 @@ void LevelGeometry::CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& car
     if (index + 2 < levels.size() && older.empty()) older = FreezeAmounts(*levels[index + 1]);
     CarriedLevel one = trovik::CarryFreezeUp(*levels[index], *levels[index + 1], known);
     std::vector<uint8_t>().swap(seen[index + 1].freezeFromBelow);
-    if (!one.freezeVertices.empty()) carried.push_back(std::move(one));
+    if (!one.IsEmpty()) carried.push_back(std::move(one));
 }
 
 void LevelGeometry::CarryFreezeDown(uint32_t index, std::vector<CarriedLevel>& carried) {
@@ -137,7 +154,7 @@ void LevelGeometry::CarryFreezeDown(uint32_t index, std::vector<CarriedLevel>& c
     if (index > 1 && older.empty()) older = FreezeAmounts(*levels[index - 1]);
     CarriedLevel one = trovik::CarryFreezeDown(*levels[index - 1], *levels[index], known);
     std::vector<uint8_t>().swap(seen[index - 1].freezeFromAbove);
-    if (!one.freezeVertices.empty()) carried.push_back(std::move(one));
+    if (!one.IsEmpty()) carried.push_back(std::move(one));
 }
 
 std::vector<CarriedLevel> LevelGeometry::BindLevel(uint32_t index) {
@@ -218,6 +235,7 @@ void LevelGeometry::Exchange(LevelSwitch& other) {
             level.SetFreeze(one.freezeVertices[i], one.freezeBefore[i]);
             one.freezeBefore[i] = amount;
         }
+        if (one.layers != nullptr) one.layers->Exchange(layers->Ground(level));
     }
     for (std::size_t i = 0; i < other.seen.size() && i < levels.size(); ++i) {
         seen[i] = {Restored(*levels[i], other.seen[i].fromAbove),

@@ -4,12 +4,15 @@
 #include "host/Mesh.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace trovik {
 
+class TurnedLayers;
+
 /// What a carrying did to one level: where the vertices that it moved were, the normals that it
-/// refreshed, and the freeze amounts that it changed.
+/// refreshed, the freeze amounts that it changed, and what layers held.
 struct CarriedLevel {
     uint32_t level = 0;
     std::vector<uint32_t> vertices;
@@ -18,14 +21,11 @@ struct CarriedLevel {
     std::vector<PackedNormal> normalsBefore;
     std::vector<uint32_t> freezeVertices;
     std::vector<uint8_t> freezeBefore;
+    /// Null where no layer holds anything of what was moved.
+    std::shared_ptr<TurnedLayers> layers = nullptr;
 
-    uint64_t Bytes() const {
-        return sizeof(CarriedLevel) + vertices.capacity() * sizeof(uint32_t) +
-               positionsBefore.capacity() * sizeof(Vector) +
-               normalVertices.capacity() * sizeof(uint32_t) +
-               normalsBefore.capacity() * sizeof(PackedNormal) +
-               freezeVertices.capacity() * sizeof(uint32_t) + freezeBefore.capacity();
-    }
+    bool IsEmpty() const { return vertices.empty() && freezeVertices.empty() && !layers; }
+    TROVIK_API uint64_t Bytes() const;
 };
 
 /// An older state of a level, told by the vertices that lie elsewhere now.

@@ -74,4 +74,19 @@ private:
     bool turns = false;
 };
 
+/// How one point of a refined surface went from one state to another: what lies around it goes
+/// along as if it hung on the surface.
+struct SurfaceMove {
+    Vector before;
+    Vector after;
+    /// Closed, or never begun where there is no surface to turn with.
+    SurfaceTurn turn;
+
+    /// Where a place goes. One without distance from the point goes exactly with it.
+    Vector Carried(const Vector& place) const {
+        const Vector detail = place - before;
+        return detail == Vector() ? after : after + turn.Turned(detail);
+    }
+};
+
 }  // namespace trovik

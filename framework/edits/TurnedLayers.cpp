@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/TurnedLayers.h"
+
+#include "framework/levels/SameBits.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+namespace {
+
+bool SameState(const SculptLayer::State& a, const SculptLayer::State& b) {
+    return SameBits(a.rest, b.rest) && SameBits(a.offset, b.offset) && SameBits(a.seen, b.seen);
+}
+
+bool SameKnot(const LayerGround::Knot& a, const LayerGround::Knot& b) {
+    return SameBits(a.base, b.base) && SameBits(a.sum, b.sum) && SameBits(a.place, b.place);
+}
+
+void Sort(std::vector<LayerGround::Knot>& knots) {
+    std::sort(
+        knots.begin(), knots.end(), [](const LayerGround::Knot& a, const LayerGround::Knot& b) {
+            return a.vertex < b.vertex;
+        });
+    knots.shrink_to_fit();
+}
+
+}  // namespace
+
+TurnedLayers::TurnedLayers(LevelMesh& level,
+                           LayerGround::Layers ofLevel,
+                           LayerGround& groundOfLevel)
+    : mesh(level), layers(std::move(ofLevel)), ground(&groundOfLevel) {
+    for (const auto& layer : layers) entries.push_back({layer->Handle(), {}, {}});
+}
+
+void TurnedLayers::Turn(uint32_t vertex, const Vector& place, const SurfaceMove& move) {
+    const LayerGround::Held held = ground->HeldOf(mesh, layers, vertex);
+    if (held.entries.empty()) return;
+    const LayerGround::Held carried =
+        LayerGround::Carried(held, layers, mesh.Position(vertex), place, move);
+    bool changed = !SameKnot(held.knot, carried.knot);
+    for (std::size_t i = 0; i < held.entries.size(); ++i) {
+        const LayerGround::Held::Entry& entry = held.entries[i];
+        SculptLayer::State state = carried.entries[i].state;
+        if (SameState(entry.state, state)) continue;
+        changed = true;
+        layers[entry.layer]->SwapState(entry.slot, state);
+        entries[entry.layer].slots.push_back(entry.slot);
+        entries[entry.layer].states.push_back(state);
+    }
+    if (!changed) return;
+    knots.push_back(held.knot);
+    presentKnots.push_back(carried.knot);
+}
+
+void TurnedLayers::Finish() {
+    Sort(knots);
+    Sort(presentKnots);
+    ground->Put(presentKnots);
+    ground = nullptr;
+    layers.clear();
+    std::erase_if(entries, [](const Entries& list) { return list.slots.empty(); });
+    for (Entries& list : entries) {
+        list.slots.shrink_to_fit();
+        list.states.shrink_to_fit();
+    }
+}
+
+void TurnedLayers::Exchange(LayerGround& ofLevel) {
+    for (Entries& list : entries) {
+        SculptLayer* layer = *list.layer;
+        if (layer == nullptr) continue;
+        for (std::size_t i = 0; i < list.slots.size(); ++i)
+            layer->SwapState(list.slots[i], list.states[i]);
+    }
+    ofLevel.Put(knots);
+    knots.swap(presentKnots);
+}
+
+uint64_t TurnedLayers::Bytes() const {
+    uint64_t bytes = sizeof(TurnedLayers) + entries.capacity() * sizeof(Entries) +
+                     (knots.capacity() + presentKnots.capacity()) * sizeof(LayerGround::Knot);
+    for (const Entries& list : entries) {
+        bytes += list.slots.capacity() * sizeof(uint32_t) +
+                 list.states.capacity() * sizeof(SculptLayer::State);
+    }
+    return bytes;
+}
+
+}  // namespace trovik
