@@ -51,8 +51,10 @@ StepKeeper::~StepKeeper() {
     {
         const std::lock_guard lock(mutex);
         jobs.clear();
+        // Within the lock, or the worker could have seen no stop yet and miss the notice that
+        // there is one.
+        worker.request_stop();
     }
-    worker.request_stop();
     asked.notify_all();
     worker.join();
 }
