@@ -28,7 +28,8 @@ uint32_t WantedEdits() {
     return count > 0 ? static_cast<uint32_t>(count) : 500;
 }
 
-/// All that the user sees of a geometry with its bound level, and the freeze of all levels.
+/// All that the user sees of a geometry with its bound level, and the freeze and layers of all
+/// levels.
 class State {
 public:
     explicit State(LevelGeometry& geometry) {
@@ -46,7 +47,14 @@ public:
             Put(one.FrozenVertexCount());
             for (uint32_t v = 0; v < one.VertexCount(); ++v) Put(one.Freeze(v));
         }
-        for (const auto& layer : geometry.Layers().OfLevel(*geometry.Bound())) {
+        for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
+            PutLayers(geometry, *geometry.Level(level));
+    }
+    bool operator==(const State&) const = default;
+
+private:
+    void PutLayers(const LevelGeometry& geometry, const LevelMesh& mesh) {
+        for (const auto& layer : geometry.Layers().OfLevel(mesh)) {
             const SculptLayer::Properties& given = layer->Given();
             bytes += given.name;
             Put(given.strength);
@@ -59,9 +67,6 @@ public:
             }
         }
     }
-    bool operator==(const State&) const = default;
-
-private:
     template <typename T>
     void Put(const T& value) {
         char raw[sizeof value];
