@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/baking/MapFile.h"
@@ -41,7 +42,11 @@ std::unique_ptr<LevelGeometry> Open(const BakeCommandOptions& options) {
         MakeOrientedManifold(polygons);
         geometry = std::make_unique<LevelGeometry>(polygons);
     }
-    for (unsigned i = 0; i < options.unsubdivide; ++i) UnsubdivideAsStep(*geometry);
+    StopIfInterrupted();
+    for (unsigned i = 0; i < options.unsubdivide; ++i) {
+        UnsubdivideAsStep(*geometry);
+        StopIfInterrupted();
+    }
     if (geometry->LevelCount() == 1)
         throw HostError(
             "there is one level only; a scene has the levels that it was saved with, and "
@@ -102,7 +107,10 @@ void Bake(BakeCommandOptions options) {
     try {
         const std::unique_ptr<LevelGeometry> geometry = Open(options);
         line.Step(1, 2, "baking " + options.file.path);
-        options.bake.progress = [&line](uint64_t done, uint64_t total) { line.File(done, total); };
+        options.bake.progress = [&line](uint64_t done, uint64_t total) {
+            line.File(done, total);
+            StopIfInterrupted();
+        };
         report = BakeToFile(*geometry, options.bake, options.file);
     } catch (const HostError& error) {
         const std::string reason = error.what();

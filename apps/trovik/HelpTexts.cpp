@@ -9,7 +9,8 @@ namespace trovik {
 namespace {
 
 constexpr const char* exitStatus =
-    "Exit status: 0 success; 1 the work failed, one line on standard error says why; 2 wrong use.";
+    "Exit status: 0 success; 1 the work failed, one line on standard error says why; 2 wrong use; "
+    "130 interrupted by Ctrl-C.";
 
 const std::map<std::string, std::string>& Examples() {
     static const std::map<std::string, std::string> examples = {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
 #include "HelpTexts.h"
+#include "Interruption.h"
+#include "framework/errors/WorkStopped.h"
 #include "host/Error.h"
 
 #include <algorithm>
@@ -39,7 +41,7 @@ int main(int argc, char** argv) {
         "trovik");
     program.footer(
         "Exit status: 0 success; 1 the work failed, one line on standard error says why; 2 wrong "
-        "use.");
+        "use; 130 interrupted by Ctrl-C.");
     program.set_version_flag("--version", std::string("trovik ") + TROVIK_VERSION);
     program.require_subcommand(1);
     trovik::AddSculptCommand(program);
@@ -52,11 +54,14 @@ int main(int argc, char** argv) {
     trovik::AddHistoryCommand(program);
     trovik::AddCompletionCommand(program);
     trovik::AddHelpTexts(program);
+    trovik::ListenForInterruption();
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) return Fail(trovik::UsageError(program, error), wrongUsage);
         program.exit(error);
+    } catch (const trovik::WorkStopped&) {
+        return Fail("interrupted", trovik::InterruptionStatus());
     } catch (const std::bad_alloc&) {
         return Fail("out of memory");
     } catch (const std::exception& error) {

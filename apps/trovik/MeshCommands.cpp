@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "SceneInfo.h"
 #include "framework/errors/HostError.h"
+#include "framework/errors/WorkStopped.h"
 #include "framework/files/MeshSource.h"
 #include "framework/images/ImageFile.h"
 #include "framework/levels/LevelSource.h"
@@ -32,7 +34,11 @@ LoadedScene OpenRefined(const std::string& path, unsigned levels, const MeshSpac
         MakeOrientedManifold(polygons);
         scene.geometry = std::make_unique<LevelGeometry>(polygons);
     }
-    for (unsigned i = 0; i < levels; ++i) scene.geometry->Subdivide();
+    StopIfInterrupted();
+    SubdivideOptions refining;
+    refining.stop = IsInterrupted;
+    for (unsigned i = 0; i < levels; ++i)
+        if (!scene.geometry->Subdivide(refining)) throw WorkStopped();
     return scene;
 }
 
@@ -87,6 +93,7 @@ void Info(const InfoOptions& options) {
         return;
     }
     PolygonMesh polygons = ReadMeshFile(options.mesh);
+    StopIfInterrupted();
     std::map<uint32_t, std::size_t> sizes;
     for (const uint32_t size : polygons.faceSizes) ++sizes[size];
     AxisAlignedBoundingBox box;
@@ -181,10 +188,14 @@ void Convert(const ConvertOptions& options) {
     // What cannot be asked of the format is told before the work is done.
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
-    const auto progress = [&line](uint64_t done, uint64_t total) { line.File(done, total); };
+    const auto progress = [&line](uint64_t done, uint64_t total) {
+        line.File(done, total);
+        StopIfInterrupted();
+    };
     // Without refinement the polygons pass as they are, n-gons included.
     if (options.levels == 0 && !isScene) {
         PolygonMesh polygons = ReadMeshFile(options.from);
+        StopIfInterrupted();
         MeshSpace& space = polygons.attributes.space;
         space = Overlaid(space, given);
         WriteMeshFile(
@@ -247,6 +258,7 @@ void Render(const RenderOptions& wanted) {
             ? PictureCamera{view.eye, view.target, view.up, view.verticalFieldOfView}
             : Framed(shown, from, wanted.options);
     const Picture picture = RenderPicture({shown}, camera, wanted.options);
+    StopIfInterrupted();
     WriteImageFile(wanted.picture,
                    picture.rgb.data(),
                    static_cast<uint32_t>(picture.width),

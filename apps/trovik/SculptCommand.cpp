@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
+#include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/script/ScriptRunner.h"
@@ -63,6 +64,7 @@ void Sculpt(const SculptOptions& options) {
     progress.dab = [&line] { line.Dab(); };
     progress.file = [&line](uint64_t written, uint64_t total) { line.File(written, total); };
     progress.message = [&line](const std::string& text) { line.Message(text); };
+    progress.stop = IsInterrupted;
     ScriptRunner runner(options.script, options.output, progress);
     runner.SetTrace(options.trace);
     runner.SetJournal(options.journal);

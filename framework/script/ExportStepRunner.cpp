@@ -27,7 +27,7 @@ void ScriptRunner::RunExport(const FieldReader& options) {
         options.Fail(refused.what());
     }
     const LevelSource source(geometry, {options.FlagOr("world", false), space});
-    WriteMeshFile(file, source, progress.file);
+    WriteMeshFile(file, source, FileProgress());
     result.files.push_back(file);
 }
 

@@ -2,6 +2,7 @@
 #include "framework/script/JournalRecovery.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/errors/WorkStopped.h"
 #include "framework/script/ScriptDocument.h"
 
 #include <exception>
@@ -52,13 +53,16 @@ public:
         CheckStamps();
         const std::size_t first = ChooseStart();
         const nlohmann::json script = Checked(first);
-        work.runner = std::make_unique<ScriptRunner>(content.base.script, ".", ScriptProgress{});
+        ScriptProgress quiet;
+        quiet.stop = options.progress.stop;
+        work.runner = std::make_unique<ScriptRunner>(content.base.script, ".", quiet);
         work.runner->Open(script);
         for (const nlohmann::json& carried : content.base.carried) work.runner->Do(carried, 0);
         work.runner->Session().SetInputListener(&counter);
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
                 options.progress.step(i, content.steps.size(), Name(content.steps[i]));
+            if (options.progress.stop && options.progress.stop()) throw WorkStopped();
             step = &content.steps[i];
             if (step->step.is_null())
                 RedoStroke();

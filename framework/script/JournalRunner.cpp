@@ -3,6 +3,7 @@
 /// \file
 /// Steps one by one, and what the journal hears of them.
 #include "framework/errors/HostError.h"
+#include "framework/errors/WorkStopped.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
@@ -60,6 +61,9 @@ void ScriptRunner::Do(const FieldReader& step) {
         const std::string text = TextOf(error);
         end(true);
         step.Fail(text);
+    } catch (const WorkStopped&) {
+        // The step did not fail: it is one that was not finished, as after a crash.
+        throw;
     } catch (...) {
         end(true);
         throw;

@@ -3,6 +3,7 @@
 /// \file
 /// Steps of a script that add, delete and choose levels.
 #include "framework/errors/HostError.h"
+#include "framework/errors/WorkStopped.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -36,7 +37,10 @@ void ScriptRunner::Subdivide(const FieldReader& where, int count) {
     try {
         // All of them first, so that a step that cannot be done leaves the mesh as it was.
         session->Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
-        for (int i = 0; i < count; ++i) session->Subdivide();
+        SubdivideOptions options;
+        options.stop = progress.stop;
+        for (int i = 0; i < count; ++i)
+            if (!session->Subdivide(options)) throw WorkStopped();
     } catch (const HostError& error) {
         where.Fail(error.what());
     }

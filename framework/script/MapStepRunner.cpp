@@ -39,7 +39,7 @@ void ScriptRunner::RunBake(const FieldReader& bake) {
     options.samples = Count(bake, "samples", options.samples);
     options.padding = Count(bake, "padding", options.padding);
     options.repeat = bake.FlagOr("repeat", options.repeat);
-    options.progress = progress.file;
+    options.progress = FileProgress();
     MapFileOptions file;
     file.path = OutputPath(bake.At("file"));
     if (bake.Has("bits"))

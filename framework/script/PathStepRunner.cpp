@@ -133,7 +133,7 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     LevelGeometry& geometry = session->Geometry();
     PenStrokeOptions pen;
     pen.isFiltered = isPen && given.FlagOr("filter", true);
-    pen.progress = progress.dab;
+    pen.progress = DabProgress();
     // Places of scripts are exact, whatever the tool makes of a hand's.
     if (!isPen || given.Has("smoothing")) pen.smoothing = given.NumberOr("smoothing", 0.0f);
     if (!isPen || given.Has("steady")) pen.steady = given.NumberOr("steady", 0.0f);

@@ -6,6 +6,7 @@
 #include "framework/edits/Steps.h"
 #include "framework/edits/UndoPreferences.h"
 #include "framework/errors/HostError.h"
+#include "framework/errors/WorkStopped.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PreferenceFile.h"
@@ -82,6 +83,7 @@ ScriptResult ScriptRunner::Run() {
         const FieldReader step = steps.At(i);
         if (progress.step) progress.step(i, steps.Size(), step.Json().begin().key());
         try {
+            StopIfAsked();
             Do(step);
         } catch (...) {
             FinishTraceAfterError();
@@ -91,6 +93,7 @@ ScriptResult ScriptRunner::Run() {
         if (trace != nullptr) trace->ThrowIfFailed();
         if (i == lastCall) FinishTrace();
     }
+    StopIfAsked();
     Close();
     if (progress.step) progress.step(steps.Size(), steps.Size(), "");
     HostKernel::Instance().SetHUDListener(nullptr);
@@ -99,6 +102,24 @@ ScriptResult ScriptRunner::Run() {
     result.faces = session->Geometry().Bound()->faceCount;
     result.levels = session->Geometry().LevelCount();
     return result;
+}
+
+void ScriptRunner::StopIfAsked() const {
+    if (progress.stop && progress.stop()) throw WorkStopped();
+}
+
+WriteProgress ScriptRunner::FileProgress() const {
+    return [this](uint64_t written, uint64_t total) {
+        if (progress.file) progress.file(written, total);
+        StopIfAsked();
+    };
+}
+
+std::function<void()> ScriptRunner::DabProgress() const {
+    return [this] {
+        if (progress.dab) progress.dab();
+        StopIfAsked();
+    };
 }
 
 void ScriptRunner::SetUp(const FieldReader& script) {
@@ -117,6 +138,7 @@ void ScriptRunner::SetUp(const FieldReader& script) {
         OpenScene(script);
     else
         OpenMesh(script);
+    StopIfAsked();
     if (script.Has("undoBudget"))
         session->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
     if (script.Has("subdivideBudget"))

@@ -28,6 +28,9 @@ struct ScriptProgress {
     WriteProgress file;
     /// A message of the brush to its user.
     std::function<void(const std::string&)> message;
+    /// Asked between steps and dabs, and now and then while levels and files are made; answers true
+    /// to stop: the run then throws WorkStopped. May be empty.
+    std::function<bool()> stop;
 };
 
 /// What a script left behind.
@@ -42,7 +45,8 @@ struct ScriptResult {
 
 /// Runs a stroke script: its meaning is told in docs/stroke-script.md. Paths of meshes and stamps
 /// are relative to the script, output files to the output folder.
-/// \throw HostError of one line: file, JSON pointer, reason. Files written before stay.
+/// \throw HostError of one line: file, JSON pointer, reason. \throw WorkStopped when it was asked
+/// to stop. Files written before stay.
 class TROVIK_API ScriptRunner {
 public:
     ScriptRunner(std::string scriptPath, std::string outputFolder, ScriptProgress progress);
@@ -79,6 +83,10 @@ private:
     void Do(const FieldReader& step);
     void StartJournal(const FieldReader& script);
     void TellProblems();
+    void StopIfAsked() const;
+    /// Of a file, and of dabs, for who works long on them.
+    WriteProgress FileProgress() const;
+    std::function<void()> DabProgress() const;
     void CheckOpenStroke(const FieldReader& step) const;
     void RunTool(const FieldReader& name);
     void RunSettings(const FieldReader& settings);

@@ -118,7 +118,7 @@ void ScriptRunner::LayDabs(const FieldReader& stroke) {
     if (stroke.Has("wholeMesh")) {
         const FieldReader whole = stroke.At("wholeMesh");
         session->Loop().WholeMesh(whole.At("strength").Number(), whole.FlagOr("byFacing", false));
-        if (progress.dab) progress.dab();
+        DabProgress()();
         return;
     }
     LayPath(stroke);
@@ -126,6 +126,7 @@ void ScriptRunner::LayDabs(const FieldReader& stroke) {
 
 void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
     LevelMesh& mesh = *session->Geometry().Bound();
+    const auto tell = DabProgress();
     for (std::size_t i = 0; i < dabs.Size(); ++i) {
         const FieldReader fields = dabs.At(i);
         const auto face = fields.At("face").Json().get<uint64_t>();
@@ -157,7 +158,7 @@ void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
         dab.strength =
             fields.NumberOr("strength", DabStrength(session->Brush(), dab.pressure, dab.size));
         session->Loop().Dab(dab);
-        if (progress.dab) progress.dab();
+        tell();
     }
 }
 

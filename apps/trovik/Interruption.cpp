@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Interruption.h"
+
+#include "framework/errors/WorkStopped.h"
+
+#include <csignal>
+
+namespace trovik {
+
+namespace {
+
+constexpr int heard[] = {SIGINT, SIGTERM};
+
+volatile std::sig_atomic_t received = 0;
+
+extern "C" void NoteInterruption(int number) {
+    received = number;
+    for (const int one : heard) std::signal(one, SIG_DFL);
+}
+
+}  // namespace
+
+void ListenForInterruption() {
+    struct sigaction action = {};
+    action.sa_handler = NoteInterruption;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    // Both that come at a time are a first one and a second one.
+    for (const int one : heard) sigaddset(&action.sa_mask, one);
+    for (const int one : heard) {
+        struct sigaction present = {};
+        if (sigaction(one, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
+            sigaction(one, &action, nullptr);
+    }
+}
+
+bool IsInterrupted() { return received != 0; }
+
+void StopIfInterrupted() {
+    if (IsInterrupted()) throw WorkStopped();
+}
+
+int InterruptionStatus() { return 128 + received; }
+
+}  // namespace trovik
