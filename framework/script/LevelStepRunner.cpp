@@ -39,8 +39,11 @@ void ScriptRunner::Subdivide(const FieldReader& where, int count) {
         session->Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
         SubdivideOptions options;
         options.stop = progress.stop;
-        for (int i = 0; i < count; ++i)
-            if (!session->Subdivide(options)) throw WorkStopped();
+        for (int i = 0; i < count; ++i) {
+            if (session->Subdivide(options)) continue;
+            while (i-- > 0) session->Undo();
+            throw WorkStopped();
+        }
     } catch (const HostError& error) {
         where.Fail(error.what());
     }
