@@ -5,10 +5,11 @@
 #include "framework/baking/SurfaceFrames.h"
 #include "framework/edits/LevelChange.h"
 #include "framework/errors/HostError.h"
+#include "framework/levels/VertexNeighbours.h"
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <vector>
 
 namespace trovik {
 
@@ -32,31 +33,8 @@ Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap
     return count > 1.0f ? sum * (1.0f / count) : sum;
 }
 
-/// The vertices of all faces that hold a moved one, each with one of its faces: their normals turn.
-std::vector<std::pair<std::uint32_t, std::uint32_t>> AroundMoved(const LevelMesh& level,
-                                                                 const std::vector<Vector>& moves) {
-    std::vector<bool> taken(level.VertexCount(), false);
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> around;
-    const std::uint32_t corners = level.CornersPerFace();
-    for (std::uint32_t face = 0; face < level.faceCount; ++face) {
-        const std::uint32_t* v = level.faceVertexIndices.array + std::size_t{face} * corners;
-        const bool turns = std::any_of(
-            v, v + corners, [&moves](std::uint32_t one) { return !(moves[one] == Vector()); });
-        for (std::uint32_t k = 0; turns && k < corners; ++k) {
-            if (taken[v[k]]) continue;
-            taken[v[k]] = true;
-            around.emplace_back(v[k], face);
-        }
-    }
-    return around;
-}
-
 /// Normals of these vertices by the level's present shape; the others keep their bits.
-void RefreshNormals(LevelMesh& level,
-                    const std::vector<std::pair<std::uint32_t, std::uint32_t>>& around) {
-    std::vector<std::uint32_t> vertices;
-    vertices.reserve(around.size());
-    for (const auto& [vertex, face] : around) vertices.push_back(vertex);
+void RefreshNormals(LevelMesh& level, const std::vector<std::uint32_t>& vertices) {
     // Going around each vertex costs more than going once over all faces.
     if (vertices.size() < level.VertexCount() / 8) {
         level.ComputeNormalsOf(vertices);
@@ -85,7 +63,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
 
     DisplacementMap map(options);
     std::vector<Vector> moves(level.VertexCount());
-    std::uint64_t moved = 0;
+    std::vector<std::uint32_t> moved;
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector move = MoveOf(v, frames, map);
         const std::uint8_t frozen = level.Freeze(v);
@@ -93,39 +71,31 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
         if (!std::isfinite(moves[v].x) || !std::isfinite(moves[v].y) || !std::isfinite(moves[v].z))
             throw HostError(options.path + ": vertex " + std::to_string(v) +
                             " would be moved beyond all numbers");
-        if (!(moves[v] == Vector())) ++moved;
+        if (!(moves[v] == Vector())) moved.push_back(v);
     }
-    if (moved == 0) return 0;
+    if (moved.empty()) return 0;
 
-    const auto around = AroundMoved(level, moves);
-    const std::unique_ptr<MeshChange> change(level.StartChange());
+    const std::vector<std::uint32_t> around = WithNeighbours(level, moved);
+    LevelChange change(&level);
     // All records first: where memory is refused, nothing has moved.
-    for (const auto& [vertex, face] : around)
-        change->Add_uncached(vertex,
-                             face,
-                             level.vertices.array[vertex],
-                             layer != nullptr && !(moves[vertex] == Vector()));
-    for (std::uint32_t i = 0; i < change->records->fill; ++i) {
-        const StoredVertexInfo& record = change->records->array[i];
-        const std::uint32_t vertex = record.vertexIndex;
-        if (moves[vertex] == Vector()) continue;
+    for (const std::uint32_t vertex : around)
+        change.Add_uncached(vertex,
+                            level.LowestFaceOf(vertex),
+                            level.vertices.array[vertex],
+                            layer != nullptr && !(moves[vertex] == Vector()));
+    for (const std::uint32_t vertex : moved) {
         if (layer == nullptr) {
             level.SetPosition(vertex, level.Position(vertex) + moves[vertex]);
         } else {
-            Vector offset;
-            layer->get(&offset, record.layerSlot);
-            offset += moves[vertex];
-            layer->set(nullptr, record.layerSlot, vertex, &offset, true);
+            const std::uint32_t slot = layer->FindSlot(vertex);
+            const Vector offset = layer->Offset(vertex) + moves[vertex];
+            layer->set(nullptr, slot, vertex, &offset, true);
         }
     }
     RefreshNormals(level, around);
-    UndoHistory& history = geometry.History();
-    const std::string label = history.NextLabel();
-    history.SetNextLabel("Displace");
-    change->Finish(true, false);
-    history.SetNextLabel(label);
+    change.FinishAs("Displace");
     level.ContentChanged();
-    return moved;
+    return moved.size();
 }
 
 }  // namespace trovik

@@ -76,6 +76,14 @@ void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
     history.PushOfStroke(std::move(step), currentStroke);
 }
 
+void LevelChange::FinishAs(const std::string& label) {
+    UndoHistory& history = level->Owner()->History();
+    const std::string ofStrokes = history.NextLabel();
+    history.SetNextLabel(label);
+    Finish(true, false);
+    history.SetNextLabel(ofStrokes);
+}
+
 void LevelChange::Unlink() {
     if (!linked) return;
     RestoreStamps();

@@ -6,6 +6,7 @@
 #include "framework/levels/LevelMesh.h"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace trovik {
@@ -32,6 +33,10 @@ public:
     /// Finish without `joinPrevious` begins a stroke in the eyes of the histories: steps of further
     /// meshes join only steps of that stroke, each in the history of its own geometry.
     void Finish(bool keepTopology, bool joinPrevious) override;
+
+    /// Finish for what is not a stroke, as one step of this label; that of the strokes to come
+    /// stays.
+    void FinishAs(const std::string& label);
 
     /// Puts the stamps back; the records stay for undo. The change is no longer the level's open
     /// one.

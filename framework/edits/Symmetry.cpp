@@ -153,11 +153,7 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
     if (moves.IsEmpty()) return 0;
     LevelChange change(&level);
     moves.Apply(change);
-    UndoHistory& history = geometry.History();
-    const std::string label = history.NextLabel();
-    history.SetNextLabel("Make Symmetric");
-    change.Finish(true, false);
-    history.SetNextLabel(label);
+    change.FinishAs("Make Symmetric");
     return moved;
 }
 

@@ -5,9 +5,9 @@
 #include "framework/levels/LocalRefiner.h"
 #include "framework/levels/SameBits.h"
 #include "framework/levels/SurfaceTurn.h"
+#include "framework/levels/VertexNeighbours.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -15,71 +15,12 @@ namespace trovik {
 
 namespace {
 
-/// Sorts the list and leaves each number in it once.
-void MakeSet(std::vector<uint32_t>& list) {
-    constexpr std::size_t wordBits = 64;
-    if (list.empty()) return;
-    const auto [low, high] = std::minmax_element(list.begin(), list.end());
-    const uint32_t first = *low;
-    const std::size_t words = (*high - first) / wordBits + 1;
-    if (words > list.size() * 4) {
-        std::sort(list.begin(), list.end());
-        list.erase(std::unique(list.begin(), list.end()), list.end());
-        return;
-    }
-    // Numbers this close together are sooner marked than sorted.
-    std::vector<uint64_t> marks(words, 0);
-    for (const uint32_t number : list)
-        marks[(number - first) / wordBits] |= uint64_t{1} << ((number - first) % wordBits);
-    list.clear();
-    for (std::size_t word = 0; word < words; ++word) {
-        for (uint64_t rest = marks[word]; rest != 0; rest &= rest - 1) {
-            const auto bit = static_cast<std::size_t>(std::countr_zero(rest));
-            list.push_back(first + static_cast<uint32_t>(word * wordBits + bit));
-        }
-    }
-}
-
 /// Vertices whose position differs from the seen one.
 std::vector<uint32_t> Changed(const LevelMesh& level, const std::vector<Vector>& seen) {
     std::vector<uint32_t> changed;
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         if (!SameBits(seen[v], level.Position(v))) changed.push_back(v);
     return changed;
-}
-
-/// The faces around any of the vertices, in order.
-std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices) {
-    std::vector<uint32_t> faces;
-    if (vertices.size() * 4 < level.VertexCount()) {
-        for (const uint32_t vertex : vertices) {
-            const uint32_t lowest = level.LowestFaceOf(vertex);
-            if (lowest != openBorder) level.FacesAround(vertex, lowest, faces);
-        }
-        MakeSet(faces);
-        return faces;
-    }
-    // Of a good part of the level it is sooner asked which faces have one.
-    std::vector<bool> marked(level.VertexCount(), false);
-    for (const uint32_t vertex : vertices) marked[vertex] = true;
-    const uint32_t corners = level.CornersPerFace();
-    for (uint32_t face = 0; face < level.faceCount; ++face) {
-        const uint32_t* v = level.faceVertexIndices.array + face * corners;
-        if (std::any_of(v, v + corners, [&marked](uint32_t vertex) { return marked[vertex]; }))
-            faces.push_back(face);
-    }
-    return faces;
-}
-
-std::vector<uint32_t> CornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces) {
-    const uint32_t corners = level.CornersPerFace();
-    std::vector<uint32_t> vertices;
-    vertices.reserve(faces.size() * corners);
-    for (const uint32_t face : faces)
-        for (uint32_t k = 0; k < corners; ++k)
-            vertices.push_back(level.faceVertexIndices.array[face * corners + k]);
-    MakeSet(vertices);
-    return vertices;
 }
 
 /// Coarse faces whose surroundings are worked on at a time, so that memory does not follow the
