@@ -4,6 +4,7 @@
 #include "brush/SwiftStroke.h"
 #include "brush/ToolCatalogue.h"
 #include "framework/nodes/HostKernel.h"
+#include "tests/brush/ToolNames.h"
 
 #include <array>
 
@@ -24,22 +25,6 @@ inline constexpr std::array<Tool, 15> allTools = {Tool::Sculpt,
                                                   Tool::Knife,
                                                   Tool::Foamy,
                                                   Tool::Imprint};
-
-inline constexpr std::array<const char*, 15> toolNames = {"Sculpt",
-                                                          "Smear",
-                                                          "Pinch",
-                                                          "Smooth",
-                                                          "Amplify",
-                                                          "Flatten",
-                                                          "Scrape",
-                                                          "Fill",
-                                                          "Wax",
-                                                          "Bulge",
-                                                          "Spray",
-                                                          "Repeat",
-                                                          "Knife",
-                                                          "Foamy",
-                                                          "Imprint"};
 
 /// Registers the tools unless some test did so before.
 inline void NeedTools() {

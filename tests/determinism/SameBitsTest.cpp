@@ -4,6 +4,7 @@
 /// The same script gives the same bits: again in one process, in another one, in every build, and
 /// where numbers are written with decimal commas.
 #include "framework/script/ScriptRunner.h"
+#include "tests/brush/ToolNames.h"
 
 #include <gtest/gtest.h>
 
@@ -42,21 +43,6 @@ uint64_t HashOf(const std::string& bytes) {
 /// A stroke of every tool, with what changes the numbers on their way: mirrors, a placement with
 /// three different scales, a layer, freezing, facing, pressure, coarser levels, undo.
 std::string ScriptText() {
-    const char* tools[] = {"Sculpt",
-                           "Smear",
-                           "Pinch",
-                           "Smooth",
-                           "Amplify",
-                           "Flatten",
-                           "Scrape",
-                           "Fill",
-                           "Wax",
-                           "Bulge",
-                           "Spray",
-                           "Repeat",
-                           "Knife",
-                           "Foamy",
-                           "Imprint"};
     std::ostringstream script;
     script << R"({"mesh": ")" << TROVIK_SOURCE_DIR << R"(/examples/meshes/spot.obj", "levels": 2,
         "mirror": ["x"],
@@ -66,7 +52,7 @@ std::string ScriptText() {
         "steps": [{"layer": {"add": "relief", "strength": 0.75}},
                   {"freeze": {"center": [0.5, 0.5, 0.5], "radius": 0.5, "soft": 0.5}})";
     int k = 0;
-    for (const char* tool : tools) {
+    for (const char* tool : toolNames) {
         script << ",\n{\"tool\": \"" << tool << R"(", "set": {"radius": 0.3, "strength": 35.5,
             "buildUpRate": 0.7, "stamp": false,
             "facing": {"on": )"

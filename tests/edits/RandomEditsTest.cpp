@@ -14,19 +14,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 
 namespace trovik::test {
 namespace {
 
 constexpr uint32_t editsPerMesh = 25;
-
-uint32_t WantedEdits() {
-    const char* wanted = std::getenv("TROVIK_RANDOM_EDITS");
-    const long count = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);
-    return count > 0 ? static_cast<uint32_t>(count) : 500;
-}
 
 /// All that the user sees of a geometry with its bound level, and the freeze and layers of all
 /// levels.
@@ -256,7 +249,7 @@ private:
 TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
     HostSwitches switches;
     const TemporaryFolder folder;
-    const uint32_t wanted = WantedEdits();
+    const uint32_t wanted = WantedCount("TROVIK_RANDOM_EDITS", 500);
     std::size_t steps = 0;
     for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {
         // Each mesh has its own seed, so that one case can be looked at alone.

@@ -4,6 +4,7 @@
 #include "host/Vector.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
 #include <random>
 
@@ -36,5 +37,12 @@ private:
     uint32_t Word() { return static_cast<uint32_t>(words()); }
     std::mt19937 words;
 };
+
+/// The number that the environment variable asks for, above 0; `otherwise` without one.
+inline uint32_t WantedCount(const char* variable, uint32_t otherwise) {
+    const char* wanted = std::getenv(variable);
+    const long count = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);
+    return count > 0 ? static_cast<uint32_t>(count) : otherwise;
+}
 
 }  // namespace trovik::test

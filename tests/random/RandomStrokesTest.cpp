@@ -9,18 +9,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 
 namespace trovik::test {
 namespace {
 
 constexpr uint32_t strokesPerMesh = 3;
-
-uint32_t WantedStrokes() {
-    const char* wanted = std::getenv("TROVIK_RANDOM_STROKES");
-    const long count = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);
-    return count > 0 ? static_cast<uint32_t>(count) : 150;
-}
 
 /// Everything of a mesh and its layer that a stroke changes.
 struct State {
@@ -64,7 +57,7 @@ void ExpectIdle(StrokeBench& bench) {
 
 TEST(RandomStrokes, StayFiniteAndAreTakenBackAndBroughtAgainToTheBit) {
     HostSwitches switches;
-    const uint32_t wanted = WantedStrokes();
+    const uint32_t wanted = WantedCount("TROVIK_RANDOM_STROKES", 150);
     uint32_t changed = 0;
     for (uint32_t stroke = 0; stroke < wanted; stroke += strokesPerMesh) {
         // Each mesh has its own seed, so that one case can be looked at alone.

@@ -16,6 +16,15 @@ std::unique_ptr<SculptSession> SessionOn(const TemporaryFolder& folder, const Po
     return std::make_unique<SculptSession>(path);
 }
 
+std::unique_ptr<SculptSession> RefinedSession(const TemporaryFolder& folder,
+                                              const PolygonMesh& mesh) {
+    auto session = SessionOn(folder, mesh);
+    session->Subdivide();
+    session->Subdivide();
+    session->SelectTool("Sculpt");
+    return session;
+}
+
 void StrokeOver(SculptSession& session, const std::vector<uint32_t>& faces, float radius) {
     LevelMesh& mesh = *session.Geometry().Bound();
     session.Loop().Begin(BrushOperation::ModifierNone);

@@ -11,6 +11,9 @@ namespace trovik::test {
 
 /// A session on a mesh of the zoo.
 std::unique_ptr<SculptSession> SessionOn(const TemporaryFolder& folder, const PolygonMesh& mesh);
+/// The same with two more levels, and the tool Sculpt at work.
+std::unique_ptr<SculptSession> RefinedSession(const TemporaryFolder& folder,
+                                              const PolygonMesh& mesh);
 
 /// Dabs of the active tool on some faces of the bound level.
 void StrokeOver(SculptSession& session, const std::vector<uint32_t>& faces, float radius);

@@ -38,10 +38,7 @@ void UpAndDown(SculptSession& session) {
 TEST_F(SceneLevels, WhatWaitsInBothDirectionsIsCarriedToTheSameBits) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
-        auto session = SessionOn(folder, zoo.mesh);
-        session->Subdivide();
-        session->Subdivide();
-        session->SelectTool("Sculpt");
+        auto session = RefinedSession(folder, zoo.mesh);
         StrokeOver(*session, {0, 9}, 0.8f);
         session->BindLevel(1);
         StrokeOver(*session, {2}, 0.8f);
@@ -54,10 +51,7 @@ TEST_F(SceneLevels, DeletedAndRebuiltLevelsGoOnToTheSameBitsAndResetGoesBackToTh
                                ZooMesh{"icosahedron", Icosahedron()},
                                ZooMesh{"n-gons", NgonMix()}}) {
         SCOPED_TRACE(zoo.name);
-        auto session = SessionOn(folder, zoo.mesh);
-        session->Subdivide();
-        session->Subdivide();
-        session->SelectTool("Sculpt");
+        auto session = RefinedSession(folder, zoo.mesh);
         StrokeOver(*session, {0, 9}, 0.8f);
         session->AddLayer("top");
         StrokeOver(*session, {3}, 0.8f);

@@ -41,10 +41,7 @@ protected:
 TEST_F(SceneRoundTrip, BringsEveryLevelBackBitForBit) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
-        auto session = SessionOn(folder, zoo.mesh);
-        session->Subdivide();
-        session->Subdivide();
-        session->SelectTool("Sculpt");
+        auto session = RefinedSession(folder, zoo.mesh);
         StrokeOver(*session, {0, 5}, 0.7f);
         auto read = Reopen(*session);
         LevelGeometry& before = session->Geometry();
