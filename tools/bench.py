@@ -121,6 +121,8 @@ def ratios(found):
                 f"dab/{family}/plain/100000")
         put(f"{family}, specialised to switches as values", f"kernel/{family}/plain/100000",
             f"kernel-by-value/{family}/100000")
+        put(f"{family}, passing patches that rest to visiting all", f"dab/{family}/plain/100000",
+            f"dab-visiting-all/{family}/100000")
     put("first dab to its floor, 100000", "first-dab/pushing/100000", "floor-first-touch/100000")
     put("normals to floor", "normals/eight/100000", "floor/100000")
     put("refit to floor", "refit/100000", "floor/100000")

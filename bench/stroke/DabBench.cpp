@@ -61,11 +61,12 @@ const bool registered = [] {
                                           Variation::Freeze,
                                           Variation::Layer,
                                           Variation::WorldSpace}) {
-            auto* bench = benchmark::RegisterBenchmark(
+            benchmark::RegisterBenchmark(
                 ("dab/" + name + "/" + NameOf(variation)).c_str(),
-                [tool, variation](benchmark::State& state) { LaterDab(state, tool, variation); });
-            bench->Arg(100000);
-            if (variation == Variation::Plain) bench->Arg(10000)->Arg(1000000);
+                [tool, variation](benchmark::State& state) { LaterDab(state, tool, variation); })
+                ->Arg(10000)
+                ->Arg(100000)
+                ->Arg(1000000);
         }
         benchmark::RegisterBenchmark(("dab-visiting-all/" + name).c_str(),
                                      [tool](benchmark::State& state) { VisitingDab(state, tool); })

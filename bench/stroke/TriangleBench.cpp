@@ -27,7 +27,8 @@ PolygonMesh Triangles(unsigned side) {
 }
 
 void TriangleDab(benchmark::State& state) {
-    constexpr unsigned side = 256;
+    // The disc and a rim around it.
+    const unsigned side = state.range(0) > 100000 ? 1280 : 400;
     test::StrokeBench bench(Triangles(side));
     bench.Activate(Tool::Sculpt, 2);
     const SurfacePoint hit = bench.HitVertex(side / 2 * (side + 1) + side / 2);
@@ -42,7 +43,7 @@ void TriangleDab(benchmark::State& state) {
     state.SetItemsProcessed(state.range(0) * static_cast<int64_t>(state.iterations()));
 }
 
-BENCHMARK(TriangleDab)->Name("dab/triangles")->Arg(10000);
+BENCHMARK(TriangleDab)->Name("dab/triangles")->Arg(10000)->Arg(100000)->Arg(1000000);
 
 }  // namespace
 }  // namespace trovik::bench
