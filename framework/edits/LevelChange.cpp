@@ -3,8 +3,10 @@
 
 #include "framework/edits/StrokeStep.h"
 #include "framework/levels/LevelGeometry.h"
+#include "framework/memory/MemoryAccount.h"
 
 #include <cassert>
+#include <limits>
 #include <utility>
 
 namespace trovik {
@@ -20,16 +22,23 @@ uint64_t currentStroke = 1;
 class SpareMemory {
 public:
     void LendTo(Store<StoredVertexInfo>& records) {
+        if (IsMemoryLimited()) spare.Clear();
         std::swap(records.array, spare.array);
         std::swap(records.capacity, spare.capacity);
     }
     void TakeBack(Store<StoredVertexInfo>& records) {
         const uint64_t bytes = uint64_t{records.capacity} * sizeof(StoredVertexInfo);
-        if (bytes > most || records.capacity <= spare.capacity) return;
+        if (bytes > most || records.capacity <= spare.capacity || IsMemoryLimited()) return;
         LendTo(records);
     }
+    void Drop() { spare.Clear(); }
 
 private:
+    /// Then nothing is kept that another may need.
+    static bool IsMemoryLimited() {
+        return MemoryAccount::Limit() != std::numeric_limits<int64_t>::max();
+    }
+
     /// Some 800 thousand vertices' worth.
     static constexpr uint64_t most = uint64_t{32} << 20;
     Store<StoredVertexInfo> spare{"spare change records"};
@@ -62,6 +71,8 @@ LevelChange::~LevelChange() {
     if (linked) RestoreStamps();
     Spare().TakeBack(recordStore);
 }
+
+void LevelChange::DropSpareMemory() { Spare().Drop(); }
 
 void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
     assert(!finished && "a change is finished once");

@@ -48,6 +48,10 @@ public:
 
     const Store<StoredVertexInfo>& Records() const { return recordStore; }
 
+    /// Without a limit of memory, the array of the last change's records is kept for the next
+    /// change of any mesh, up to 32 MiB. This gives it back.
+    static void DropSpareMemory();
+
 protected:
     /// Slot of the vertex in the layer that was active when the change was opened; noSlot without
     /// one.

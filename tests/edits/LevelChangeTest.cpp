@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace trovik::test {
 namespace {
 
@@ -43,7 +45,40 @@ TEST_F(LevelChangeTest, RecordTakesOverTheVertex) {
     EXPECT_EQ(change->mesh, static_cast<Mesh*>(&mesh));
 }
 
+TEST_F(LevelChangeTest, RecordsTakeOverTheMemoryOfTheChangeBefore) {
+    LevelChange::DropSpareMemory();
+    const StoredVertexInfo* array = nullptr;
+    {
+        const std::unique_ptr<MeshChange> change(mesh.StartChange());
+        EXPECT_FALSE(change->HasRoom());
+        for (uint32_t v = 0; v < 8; ++v) TouchRecord(*change, v);
+        array = change->records->array;
+    }
+    const std::unique_ptr<MeshChange> change(mesh.StartChange());
+    EXPECT_TRUE(change->HasRoom());
+    EXPECT_EQ(mesh.changeRecords, array);
+    EXPECT_EQ(mesh.changeRecordCount, 0u);
+    EXPECT_EQ(FindRecord(*change, 3), nullptr);
+    EXPECT_EQ(TouchRecord(*change, 3).vertexIndex, 3u);
+    EXPECT_EQ(change->records->array, array);
+}
+
+TEST_F(LevelChangeTest, NoMemoryIsKeptOrTakenOverWhereItIsLimited) {
+    { TouchRecord(*std::unique_ptr<MeshChange>(mesh.StartChange()), 0); }
+    const int64_t before = MemoryAccount::Total();
+    MemoryAccount::SetLimit(before + (int64_t{1} << 20));
+    {
+        const std::unique_ptr<MeshChange> change(mesh.StartChange());
+        EXPECT_FALSE(change->HasRoom());
+        EXPECT_LT(MemoryAccount::Total(), before);
+        TouchRecord(*change, 0);
+    }
+    EXPECT_LT(MemoryAccount::Total(), before);
+    MemoryAccount::SetLimit(std::numeric_limits<int64_t>::max());
+}
+
 TEST_F(LevelChangeTest, RefusedMemoryLeavesTheVertexAlone) {
+    LevelChange::DropSpareMemory();
     const std::unique_ptr<MeshChange> change(mesh.StartChange());
     TouchRecord(*change, 0);
     const Vertex before = mesh.vertices.array[1];

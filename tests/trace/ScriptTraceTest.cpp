@@ -2,6 +2,7 @@
 
 /// \file
 /// Traces of small scripts with the brush itself.
+#include "framework/edits/LevelChange.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/memory/MemoryAccount.h"
@@ -307,6 +308,7 @@ TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsOneClearError) {
 }
 
 TEST_F(ScriptTrace, ErrorOfTheBrushIsToldAndLeavesTheStateAfterTheLastCall) {
+    LevelChange::DropSpareMemory();
     // Enough for the levels, and for some of the records.
     const std::string limit = std::to_string(MemoryAccount::Total() + 160000);
     const std::string reason = MessageOf<HostError>([&] {
