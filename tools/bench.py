@@ -116,7 +116,7 @@ def ratios(found):
     for family in ("pushing", "planing", "pulling", "averaging"):
         for size in (10000, 100000, 1000000):
             put(f"{family} to floor, {size}", f"dab/{family}/plain/{size}", f"floor/{size}")
-        for variation in ("stamp", "freeze", "layer", "world-space"):
+        for variation in ("stamp", "freeze", "layer", "inactive-layer", "world-space"):
             put(f"{family} with {variation} to plain", f"dab/{family}/{variation}/100000",
                 f"dab/{family}/plain/100000")
         put(f"{family}, specialised to switches as values", f"kernel/{family}/plain/100000",

@@ -60,6 +60,7 @@ const bool registered = [] {
                                           Variation::Stamp,
                                           Variation::Freeze,
                                           Variation::Layer,
+                                          Variation::InactiveLayer,
                                           Variation::WorldSpace}) {
             benchmark::RegisterBenchmark(
                 ("dab/" + name + "/" + NameOf(variation)).c_str(),

@@ -45,6 +45,8 @@ const char* NameOf(Variation variation) {
             return "freeze";
         case Variation::Layer:
             return "layer";
+        case Variation::InactiveLayer:
+            return "inactive-layer";
         case Variation::WorldSpace:
             return "world-space";
         case Variation::Plain:
@@ -85,6 +87,13 @@ DabScene::DabScene(Tool tool, Variation itsVariation, int64_t vertices)
             break;
         case Variation::Layer:
             bench.AddLayer();
+            break;
+        case Variation::InactiveLayer:
+            bench.AddLayer();
+            Begin();
+            Dab();
+            End();
+            mesh.SetActiveLayer(nullptr);
             break;
         case Variation::WorldSpace:
             bench.geometry->Place().Set({1.0f, 1.0f, 1.5f}, {}, {});

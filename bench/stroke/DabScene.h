@@ -11,7 +11,8 @@
 namespace trovik::bench {
 
 /// What a dab does beside its family's plain path.
-enum class Variation { Plain, Stamp, Freeze, Layer, WorldSpace };
+/// With InactiveLayer the mesh has a layer that holds offsets, and none records.
+enum class Variation { Plain, Stamp, Freeze, Layer, InactiveLayer, WorldSpace };
 const char* NameOf(Variation variation);
 
 /// The tool that stands for a displacement family.
@@ -25,8 +26,8 @@ inline constexpr FamilyTool families[] = {{"pushing", Tool::Sculpt},
                                           {"averaging", Tool::Smooth}};
 
 /// A flat grid of 2.4 million vertices, a tool on it and a dab in the middle that covers about
-/// `vertices` of them. The mesh is made once and shared; a scene puts back what it set and did. Dabs
-/// are so weak that the surface stays flat to the eye, so every dab finds the same work.
+/// `vertices` of them. The mesh is made once and shared; a scene puts back what it set and did.
+/// Dabs are so weak that the surface stays flat to the eye, so every dab finds the same work.
 class DabScene {
 public:
     DabScene(Tool tool, Variation variation, int64_t vertices);
