@@ -41,7 +41,9 @@ LayerEdit::LayerEdit(LevelGeometry& ofGeometry, uint32_t ofLevel, Reach ofReach)
     if (const SculptLayer* active = mesh.ActiveLayer()) activeBefore = active->Handle();
     if (reach == Reach::Properties) return;
     for (const auto& layer : layers) statesBefore.push_back(StatesOf(*layer));
-    geometry.Layers().Ground(mesh).Settle(mesh, layers);
+    LayerGround& ground = geometry.Layers().Ground(mesh);
+    knotsBefore = ground.Knots();
+    ground.Settle(mesh, layers);
     if (reach != Reach::Surface) return;
     positionsBefore.resize(mesh.VertexCount());
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positionsBefore[v] = mesh.Position(v);
@@ -59,13 +61,20 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
         TakeVertices(*step, ground.Compose(mesh, layers));
     else if (reach == Reach::HiddenFromSurface)
         ground.Keep(mesh, layers);
-    if (reach != Reach::Properties) TakeEntries(*step);
+    if (reach != Reach::Properties) {
+        TakeEntries(*step);
+        step->knots = ground.Otherwise(knotsBefore);
+        step->knots.shrink_to_fit();
+    }
     const SculptLayer* active = mesh.ActiveLayer();
     const bool sameActive = (activeBefore == nullptr ? nullptr : *activeBefore) == active;
     step->active = std::move(activeBefore);
     step->rows = std::move(rowsBefore);
-    if (sameActive && step->vertices.empty() && step->entries.empty() && SameRows(*step))
+    if (sameActive && step->vertices.empty() && step->entries.empty() && SameRows(*step)) {
+        // Without a step nothing would bring back what was known.
+        ground.Exchange(step->knots);
         return nullptr;
+    }
     step->FindKept(LayerStep::RowsOf(geometry, level));
     if (!step->vertices.empty()) mesh.ContentChanged();
     return step;

@@ -43,6 +43,7 @@ private:
     std::shared_ptr<SculptLayer*> activeBefore;
     /// Per row the states of all slots.
     std::vector<std::vector<SculptLayer::State>> statesBefore;
+    std::vector<LayerGround::Knot> knotsBefore;
     std::vector<Vector> positionsBefore;
     std::vector<PackedNormal> normalsBefore;
 };

@@ -234,6 +234,44 @@ void LayerGround::Put(const std::vector<Knot>& others) {
     knots = std::move(all);
 }
 
+bool LayerGround::SameKnot(const Knot& a, const Knot& b) {
+    return SameBits(a.base, b.base) && SameBits(a.sum, b.sum) && SameBits(a.place, b.place);
+}
+
+std::vector<LayerGround::OtherKnot> LayerGround::Otherwise(const std::vector<Knot>& before) const {
+    std::vector<OtherKnot> others;
+    const auto made = [&others](const Knot& knot) {
+        OtherKnot unknown;
+        unknown.knot.vertex = knot.vertex;
+        others.push_back(unknown);
+    };
+    auto now = knots.begin();
+    for (const Knot& old : before) {
+        while (now != knots.end() && now->vertex < old.vertex) made(*now++);
+        const bool isThere = now != knots.end() && now->vertex == old.vertex;
+        if (!isThere || !SameKnot(*now, old)) others.push_back({old, true});
+        if (isThere) ++now;
+    }
+    while (now != knots.end()) made(*now++);
+    return others;
+}
+
+void LayerGround::Exchange(std::vector<OtherKnot>& others) {
+    if (others.empty()) return;
+    std::vector<Knot> all;
+    all.reserve(knots.size() + others.size());
+    auto now = knots.begin();
+    for (OtherKnot& other : others) {
+        while (now != knots.end() && now->vertex < other.knot.vertex) all.push_back(*now++);
+        if (other.isKnown) all.push_back(other.knot);
+        other.isKnown = now != knots.end() && now->vertex == other.knot.vertex;
+        if (other.isKnown) other.knot = *now++;
+    }
+    all.insert(all.end(), now, knots.end());
+    all.shrink_to_fit();
+    knots = std::move(all);
+}
+
 std::vector<uint32_t> LayerGround::Compose(LevelMesh& level, const Layers& layers) {
     const std::vector<Touched> touched = TouchedBy(layers);
     std::vector<std::pair<uint32_t, Vector>> moves;

@@ -30,6 +30,12 @@ public:
         Vector sum;
         Vector place;
     };
+    static bool SameKnot(const Knot& a, const Knot& b);
+    /// What is known of a vertex at another time, which may be nothing.
+    struct OtherKnot {
+        Knot knot;
+        bool isKnown = false;
+    };
     /// Where the positions of the faces around a vertex are those of `ring` (a hash), its normal is
     /// this one rather than the one computed from them.
     struct NotedNormal {
@@ -74,6 +80,12 @@ public:
                         const SurfaceMove& move);
     /// Takes over what is known of some vertices. \param others  in order of vertices, each once.
     void Put(const std::vector<Knot>& others);
+
+    /// Of each vertex of which `before` tells something else than what is known now, what it tells.
+    /// In order of vertices.
+    std::vector<OtherKnot> Otherwise(const std::vector<Knot>& before) const;
+    /// Swaps what is known now of these vertices with what was known before.
+    void Exchange(std::vector<OtherKnot>& others);
 
     /// Vertex v of the level has become vertex map[v]. Noted normals go: what they were noted for
     /// is a sum over faces in the order of the old numbers.

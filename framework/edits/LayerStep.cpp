@@ -52,6 +52,7 @@ void LayerStep::Apply(LevelGeometry& geometry) {
     for (Entries& list : entries)
         for (std::size_t i = 0; i < list.slots.size(); ++i)
             list.layer->SwapState(list.slots[i], list.states[i]);
+    if (!knots.empty()) geometry.Layers().Ground(mesh).Exchange(knots);
 
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const uint32_t vertex = vertices[i];
@@ -72,7 +73,8 @@ uint64_t LayerStep::Bytes() const {
     uint64_t bytes = sizeof(LayerStep) + label.capacity() + rows.capacity() * sizeof(Row) +
                      entries.capacity() * sizeof(Entries) + vertices.capacity() * sizeof(uint32_t) +
                      positions.capacity() * sizeof(Vector) +
-                     normals.capacity() * sizeof(NormalWords);
+                     normals.capacity() * sizeof(NormalWords) +
+                     knots.capacity() * sizeof(LayerGround::OtherKnot);
     for (const Row& row : rows) bytes += row.given.name.capacity();
     for (const Entries& list : entries) {
         bytes += list.slots.capacity() * sizeof(uint32_t) +
@@ -83,7 +85,8 @@ uint64_t LayerStep::Bytes() const {
 }
 
 std::vector<StepArray> LayerStep::Arrays() {
-    std::vector<StepArray> arrays = {StepArray(vertices), StepArray(positions), StepArray(normals)};
+    std::vector<StepArray> arrays = {
+        StepArray(vertices), StepArray(positions), StepArray(normals), StepArray(knots)};
     for (Entries& list : entries) {
         arrays.emplace_back(list.slots);
         arrays.emplace_back(list.states);

@@ -44,6 +44,9 @@ private:
     std::vector<uint32_t> vertices;
     std::vector<Vector> positions;
     std::vector<NormalWords> normals;
+    /// What else was known of the ground under the layers: what the step took in of strokes before
+    /// it, it knows only by its rounding.
+    std::vector<LayerGround::OtherKnot> knots;
     std::vector<std::shared_ptr<SculptLayer>> kept;
 };
 

@@ -13,10 +13,6 @@ bool SameState(const SculptLayer::State& a, const SculptLayer::State& b) {
     return SameBits(a.rest, b.rest) && SameBits(a.offset, b.offset) && SameBits(a.seen, b.seen);
 }
 
-bool SameKnot(const LayerGround::Knot& a, const LayerGround::Knot& b) {
-    return SameBits(a.base, b.base) && SameBits(a.sum, b.sum) && SameBits(a.place, b.place);
-}
-
 void Sort(std::vector<LayerGround::Knot>& knots) {
     std::sort(
         knots.begin(), knots.end(), [](const LayerGround::Knot& a, const LayerGround::Knot& b) {
@@ -39,7 +35,7 @@ void TurnedLayers::Turn(uint32_t vertex, const Vector& place, const SurfaceMove&
     if (held.entries.empty()) return;
     const LayerGround::Held carried =
         LayerGround::Carried(held, layers, mesh.Position(vertex), place, move);
-    bool changed = !SameKnot(held.knot, carried.knot);
+    bool changed = !LayerGround::SameKnot(held.knot, carried.knot);
     for (std::size_t i = 0; i < held.entries.size(); ++i) {
         const LayerGround::Held::Entry& entry = held.entries[i];
         SculptLayer::State state = carried.entries[i].state;

@@ -66,6 +66,38 @@ protected:
     std::mt19937 random{17};
 };
 
+TEST_F(LayerStackTest, GroundUnderLayersIsWhatItWasWhenStrokesAndEditsWereTakenBack) {
+    SculptLayer& a = Add("a");
+    Stroke(300);
+    SculptLayer& b = Add("b");
+    Stroke(300);
+    const auto bare = [&] {
+        Give(a, 1.0f, false);
+        Give(b, 1.0f, false);
+        const std::vector<VertexState> state = StateOf(mesh);
+        geometry.History().Undo(geometry);
+        geometry.History().Undo(geometry);
+        return state;
+    };
+    const std::vector<VertexState> shown = StateOf(mesh);
+    const std::vector<VertexState> ground = bare();
+    ASSERT_NE(ground, shown);
+
+    const std::size_t mark = geometry.History().Position();
+    mesh.SetActiveLayer(nullptr);
+    Stroke(400);
+    Give(a, 0.3f, true);
+    mesh.SetActiveLayer(&a);
+    Stroke(400);
+    Give(b, -1.7f, true);
+    mesh.SetActiveLayer(nullptr);
+    Stroke(400);
+    Give(a, 1.0f, false);
+    while (geometry.History().Position() > mark) geometry.History().Undo(geometry);
+    EXPECT_EQ(StateOf(mesh), shown);
+    EXPECT_EQ(bare(), ground);
+}
+
 TEST_F(LayerStackTest, SurfaceIsTheGroundAndStrengthTimesEachOffset) {
     const Vector ground = mesh.Position(30);
     SculptLayer& a = Add("a");
