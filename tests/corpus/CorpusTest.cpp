@@ -2,12 +2,18 @@
 
 /// \file
 /// The files that the fuzz targets start from, whole, cut off and damaged, go through the targets:
-/// a target ends the process where a reader crashes, or refuses poorly.
+/// a target ends the process where a reader crashes, or refuses poorly. With TROVIK_FUZZ_SECONDS
+/// each reader is fed for so long beyond that, with damage that is drawn anew each time.
 #include "tests/random/RandomNumbers.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -91,6 +97,74 @@ TEST_P(Corpus, IsReadOrRefusedWhenDamaged) {
             Feed(damaged);
         }
     }
+}
+
+/// Bytes changed, taken out, put in twice, or taken from another file; one to four times.
+Bytes Damaged(const std::vector<Bytes>& files, RandomNumbers& random) {
+    Bytes bytes = files[random.Below(static_cast<uint32_t>(files.size()))];
+    for (uint32_t changes = 1 + random.Below(4); changes > 0 && !bytes.empty(); --changes) {
+        const auto size = static_cast<uint32_t>(bytes.size());
+        const uint32_t from = random.Below(size);
+        const uint32_t length = std::min(size - from, 1 + random.Below(64));
+        const auto at = bytes.begin() + from;
+        switch (random.Below(5)) {
+            case 0:
+                *at = static_cast<std::uint8_t>(random.Below(256));
+                break;
+            case 1:
+                *at = static_cast<std::uint8_t>(*at ^ (1u << random.Below(8)));
+                break;
+            case 2:
+                bytes.erase(at, at + length);
+                break;
+            case 3: {
+                const Bytes twice(at, at + length);
+                bytes.insert(at, twice.begin(), twice.end());
+                break;
+            }
+            default: {
+                const Bytes& other = files[random.Below(static_cast<uint32_t>(files.size()))];
+                const uint32_t start = random.Below(static_cast<uint32_t>(other.size()));
+                const auto taken =
+                    std::min({length, size - from, static_cast<uint32_t>(other.size()) - start});
+                std::copy_n(other.begin() + start, taken, at);
+                break;
+            }
+        }
+    }
+    return bytes;
+}
+
+/// Drawn damage that a reader is at now, for who finds the process dead.
+volatile std::sig_atomic_t presentSeed = 0;
+
+extern "C" void TellSeed(int number) {
+    std::fprintf(stderr, "damage of seed %d\n", static_cast<int>(presentSeed));
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+}
+
+TEST_P(Corpus, IsReadOrRefusedHoweverDamagedForAsLongAsAsked) {
+    const char* wanted = std::getenv("TROVIK_FUZZ_SECONDS");
+    const long seconds = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);
+    if (seconds <= 0) GTEST_SKIP() << "TROVIK_FUZZ_SECONDS is not set";
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
+    // Other seeds in each run; a found one can be given back.
+    const char* given = std::getenv("TROVIK_FUZZ_SEED");
+    int seed = given != nullptr
+                   ? std::atoi(given)
+                   : static_cast<int>(Clock::now().time_since_epoch().count() >> 20 & 0x3fffffff);
+    for (const int number : {SIGABRT, SIGSEGV, SIGFPE}) std::signal(number, TellSeed);
+    int fed = 0;
+    for (; Clock::now() < end; ++seed, ++fed) {
+        presentSeed = seed;
+        RandomNumbers random(static_cast<uint32_t>(seed));
+        Feed(Damaged(files, random));
+    }
+    for (const int number : {SIGABRT, SIGSEGV, SIGFPE}) std::signal(number, SIG_DFL);
+    std::printf("%d damaged files\n", fed);
+    EXPECT_GT(fed, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, Corpus, ::testing::ValuesIn(targets), [](const auto& target) {
