@@ -5,6 +5,7 @@
 #include "framework/brushes/Falloff.h"
 #include "framework/nodes/HostScene.h"
 #include "tests/brush/ToolRows.h"
+#include "tests/brush/ToolStrength.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stamps/StampBench.h"
 
@@ -278,17 +279,8 @@ float RandomBench::DrawRadius() {
 
 float RandomBench::DrawStrength() {
     if (random.Chance(0.05f)) return 0.0f;
-    switch (tool) {
-        case Tool::Pinch:
-        case Tool::Smooth:
-        case Tool::Amplify:
-        case Tool::Flatten:
-        case Tool::Scrape:
-        case Tool::Fill:
-            return random.Between(1.0f, 100.0f);
-        default:
-            return random.Between(0.0f, 0.3f) * extent;
-    }
+    if (TakesStrengthInPercent(tool)) return random.Between(1.0f, 100.0f);
+    return random.Between(0.0f, 0.3f) * extent;
 }
 
 void RandomBench::Dab(const SurfacePoint& hit) {

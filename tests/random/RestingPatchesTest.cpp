@@ -6,6 +6,7 @@
 /// a dab may write is the same in both.
 #include "framework/edits/LevelChange.h"
 #include "tests/brush/ToolRows.h"
+#include "tests/brush/ToolStrength.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/random/RandomNumbers.h"
 #include "tests/stamps/StampBench.h"
@@ -85,17 +86,8 @@ float DiagonalOf(const LevelMesh& mesh) {
 }
 
 float DrawStrength(RandomNumbers& random, Tool tool, float extent) {
-    switch (tool) {
-        case Tool::Pinch:
-        case Tool::Smooth:
-        case Tool::Amplify:
-        case Tool::Flatten:
-        case Tool::Scrape:
-        case Tool::Fill:
-            return random.Between(1.0f, 100.0f);
-        default:
-            return random.Between(0.01f, 0.1f) * extent;
-    }
+    if (TakesStrengthInPercent(tool)) return random.Between(1.0f, 100.0f);
+    return random.Between(0.01f, 0.1f) * extent;
 }
 
 /// Settings that a stroke may begin with.

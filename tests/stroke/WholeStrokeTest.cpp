@@ -4,6 +4,7 @@
 /// Whole strokes with each tool on each kind of mesh: something moves, all of it is finite, and
 /// undo and redo bring every bit back.
 #include "tests/brush/ToolRows.h"
+#include "tests/brush/ToolStrength.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -59,19 +60,8 @@ std::vector<uint32_t> MovedBetween(const std::vector<VertexBits>& a,
 
 /// A strength that moves a part of the brush radius, whatever the tool makes of the number.
 float StrengthOf(Tool tool, float radius) {
-    switch (tool) {
-        case Tool::Pinch:
-        case Tool::Smooth:
-        case Tool::Amplify:
-        case Tool::Flatten:
-        case Tool::Scrape:
-        case Tool::Fill:
-            return 60.0f;
-        case Tool::Wax:
-            return radius * 4.0f;
-        default:
-            return radius * 0.2f;
-    }
+    if (TakesStrengthInPercent(tool)) return 60.0f;
+    return tool == Tool::Wax ? radius * 4.0f : radius * 0.2f;
 }
 
 /// Four dabs over neighbouring faces, with pressure that grows.
