@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/LayerEdit.h"
 
+#include "framework/edits/SameState.h"
 #include "framework/levels/LevelGeometry.h"
 #include "framework/levels/SameBits.h"
 
@@ -11,10 +12,6 @@
 namespace trovik {
 
 namespace {
-
-bool SameState(const SculptLayer::State& a, const SculptLayer::State& b) {
-    return SameBits(a.rest, b.rest) && SameBits(a.offset, b.offset) && SameBits(a.seen, b.seen);
-}
 
 bool SameProperties(const SculptLayer::Properties& a, const SculptLayer::Properties& b) {
     return a.name == b.name && SameBits(a.strength, b.strength) && a.visible == b.visible &&

@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/TurnedLayers.h"
 
-#include "framework/levels/SameBits.h"
+#include "framework/edits/SameState.h"
 
 #include <algorithm>
 
 namespace trovik {
 
 namespace {
-
-bool SameState(const SculptLayer::State& a, const SculptLayer::State& b) {
-    return SameBits(a.rest, b.rest) && SameBits(a.offset, b.offset) && SameBits(a.seen, b.seen);
-}
 
 void Sort(std::vector<LayerGround::Knot>& knots) {
     std::sort(
