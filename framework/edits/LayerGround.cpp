@@ -221,19 +221,6 @@ LayerGround::Held LayerGround::Carried(const Held& held,
     return carried;
 }
 
-void LayerGround::Put(const std::vector<Knot>& others) {
-    std::vector<Knot> all;
-    all.reserve(knots.size() + others.size());
-    auto known = knots.begin();
-    for (const Knot& other : others) {
-        while (known != knots.end() && known->vertex < other.vertex) all.push_back(*known++);
-        if (known != knots.end() && known->vertex == other.vertex) ++known;
-        all.push_back(other);
-    }
-    all.insert(all.end(), known, knots.end());
-    knots = std::move(all);
-}
-
 bool LayerGround::SameKnot(const Knot& a, const Knot& b) {
     return SameBits(a.base, b.base) && SameBits(a.sum, b.sum) && SameBits(a.place, b.place);
 }

@@ -82,13 +82,12 @@ public:
                         const Vector& present,
                         const Vector& place,
                         const SurfaceMove& move);
-    /// Takes over what is known of some vertices. \param others  in order of vertices, each once.
-    void Put(const std::vector<Knot>& others);
 
     /// Of each vertex of which `before` tells something else than what is known now, what it tells.
     /// In order of vertices.
     std::vector<OtherKnot> Otherwise(const std::vector<Knot>& before) const;
-    /// Swaps what is known now of these vertices with what was known before.
+    /// Swaps what is known now of these vertices with what was known before. \param others  in
+    /// order of vertices, each once.
     void Exchange(std::vector<OtherKnot>& others);
 
     /// Vertex v of the level has become vertex map[v]. Noted normals go: what they were noted for

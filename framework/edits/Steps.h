@@ -18,7 +18,7 @@ namespace trovik {
 /// of all steps below.
 ///
 /// Memory: 32 bytes a vertex that was carried, and 16 for each that still waits to be; 5 for each
-/// freeze amount; for a vertex that layers hold 80 more, and 40 for each of them (TurnedLayers).
+/// freeze amount; for a vertex that layers hold 44 more, and 40 for each of them (TurnedLayers).
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry, uint32_t index);
 
 /// Subdivides and answers the step of it, not yet pushed. Undo takes the new level out again and

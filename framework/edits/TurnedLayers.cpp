@@ -7,18 +7,6 @@
 
 namespace trovik {
 
-namespace {
-
-void Sort(std::vector<LayerGround::Knot>& knots) {
-    std::sort(
-        knots.begin(), knots.end(), [](const LayerGround::Knot& a, const LayerGround::Knot& b) {
-            return a.vertex < b.vertex;
-        });
-    knots.shrink_to_fit();
-}
-
-}  // namespace
-
 TurnedLayers::TurnedLayers(LevelMesh& level,
                            LayerGround::Layers ofLevel,
                            LayerGround& groundOfLevel)
@@ -42,14 +30,16 @@ void TurnedLayers::Turn(uint32_t vertex, const Vector& place, const SurfaceMove&
         entries[entry.layer].states.push_back(state);
     }
     if (!changed) return;
-    knots.push_back(held.knot);
-    presentKnots.push_back(carried.knot);
+    knots.push_back({carried.knot, true});
 }
 
 void TurnedLayers::Finish() {
-    Sort(knots);
-    Sort(presentKnots);
-    ground->Put(presentKnots);
+    using OtherKnot = LayerGround::OtherKnot;
+    std::sort(knots.begin(), knots.end(), [](const OtherKnot& a, const OtherKnot& b) {
+        return a.knot.vertex < b.knot.vertex;
+    });
+    knots.shrink_to_fit();
+    ground->Exchange(knots);
     ground = nullptr;
     layers.clear();
     std::erase_if(entries, [](const Entries& list) { return list.slots.empty(); });
@@ -66,13 +56,12 @@ void TurnedLayers::Exchange(LayerGround& ofLevel) {
         for (std::size_t i = 0; i < list.slots.size(); ++i)
             layer->SwapState(list.slots[i], list.states[i]);
     }
-    ofLevel.Put(knots);
-    knots.swap(presentKnots);
+    ofLevel.Exchange(knots);
 }
 
 uint64_t TurnedLayers::Bytes() const {
     uint64_t bytes = sizeof(TurnedLayers) + entries.capacity() * sizeof(Entries) +
-                     (knots.capacity() + presentKnots.capacity()) * sizeof(LayerGround::Knot);
+                     knots.capacity() * sizeof(LayerGround::OtherKnot);
     for (const Entries& list : entries) {
         bytes += list.slots.capacity() * sizeof(uint32_t) +
                  list.states.capacity() * sizeof(SculptLayer::State);

@@ -20,7 +20,7 @@ namespace trovik {
 /// Only a level's own offsets turn, by changes of coarser levels. What a stroke or a finer level
 /// does to a level happens to the ground, and the offsets above it keep their direction.
 ///
-/// Cost and memory: for each moved vertex that a layer touched, 80 bytes, and 40 for each layer.
+/// Cost and memory: for each moved vertex that a layer touched, 44 bytes, and 40 for each layer.
 class TurnedLayers {
 public:
     /// Borrows the level and the ground until Finish.
@@ -50,9 +50,8 @@ private:
     LayerGround::Layers layers;
     LayerGround* ground;
     std::vector<Entries> entries;
-    /// The other knots, and those of now.
-    std::vector<LayerGround::Knot> knots;
-    std::vector<LayerGround::Knot> presentKnots;
+    /// What is known of the vertices in the other state; until Finish in the one to come.
+    std::vector<LayerGround::OtherKnot> knots;
 };
 
 }  // namespace trovik

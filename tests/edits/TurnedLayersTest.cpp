@@ -430,5 +430,39 @@ TEST_F(TurnedLayersUndoTest, GroundIsBackToTheBitWhenABendIsTakenBackAndBroughtA
     ExpectSameBits(Ground(), before);
 }
 
+TEST_F(TurnedLayersUndoTest, NothingMoreIsKnownOfTheGroundOnceABendIsTakenBack) {
+    states.push_back(State());
+    Push(SubdivideAsStep(geometry));
+    Push(SubdivideAsStep(geometry));
+    Push(AddLayerAsStep(geometry, "a"));
+    Stroke(150);
+    // Takes in the stroke; what the next one touches is not known yet.
+    Push(GiveLayerAsStep(geometry, Layer("a"), {"a", 0.37f, true, true}));
+    Stroke(150);
+    const auto known = [this] { return geometry.Layers().FindGround(*geometry.Level(2))->Knots(); };
+    const std::vector<LayerGround::Knot> before = known();
+    ASSERT_FALSE(before.empty());
+    Push(BindLevelAsStep(geometry, 0));
+    Stroke(12);
+    Push(BindLevelAsStep(geometry, 2));
+    const std::vector<LayerGround::Knot> bent = known();
+    EXPECT_GT(bent.size(), before.size());
+    UndoHistory& history = geometry.History();
+    const auto expectKnots = [&known](const std::vector<LayerGround::Knot>& expected) {
+        const std::vector<LayerGround::Knot> knots = known();
+        ASSERT_EQ(knots.size(), expected.size());
+        for (std::size_t i = 0; i < knots.size(); ++i) {
+            EXPECT_EQ(knots[i].vertex, expected[i].vertex);
+            EXPECT_TRUE(LayerGround::SameKnot(knots[i], expected[i])) << knots[i].vertex;
+        }
+    };
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 3; ++i) ASSERT_TRUE(history.Undo(geometry));
+        expectKnots(before);
+        for (int i = 0; i < 3; ++i) ASSERT_TRUE(history.Redo(geometry));
+        expectKnots(bent);
+    }
+}
+
 }  // namespace
 }  // namespace trovik::test
