@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/ImprintStroke.h"
 
+#include "framework/brushes/DabAtHit.h"
 #include "framework/brushes/DabStrength.h"
 
 namespace trovik {
 
 namespace {
-
-Vector WorldOf(const LevelGeometry& geometry, const PickHit& hit) {
-    Vector world;
-    geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
-    return world;
-}
 
 /// Where the line of sight through a place on the viewport meets the plane through `middle` that
 /// lies square to the view.
@@ -53,7 +48,7 @@ std::optional<ImprintStroke::Copy> ImprintStroke::CopyInView(const Vector& point
     const Vector middle = mode == DrawMode::FromCenter ? press : (press + pointer) * 0.5f;
     const auto hit = HitThrough(geometry, tree, *view, middle);
     if (!hit) return std::nullopt;
-    const Vector world = WorldOf(geometry, *hit);
+    const Vector world = WorldPlace(geometry, *hit);
     const Vector drag = InPlaneOf(*view, world, pointer) - InPlaneOf(*view, world, press);
     return Copy{*hit, drag.Length(), HeadingInView(geometry, *view, *hit, pointer - press)};
 }
@@ -62,8 +57,8 @@ std::optional<ImprintStroke::Copy> ImprintStroke::CopyOnSurface(const Vector& po
     const auto from = HitNear(geometry, tree, press);
     const auto to = HitNear(geometry, tree, pointer);
     if (!from || !to) return std::nullopt;
-    const Vector start = WorldOf(geometry, *from);
-    const Vector end = WorldOf(geometry, *to);
+    const Vector start = WorldPlace(geometry, *from);
+    const Vector end = WorldPlace(geometry, *to);
     const auto middle =
         mode == DrawMode::FromCenter ? from : HitNear(geometry, tree, (start + end) * 0.5f);
     if (!middle) return std::nullopt;
@@ -73,12 +68,7 @@ std::optional<ImprintStroke::Copy> ImprintStroke::CopyOnSurface(const Vector& po
 void ImprintStroke::Lay(const Copy& copy, float pressure) {
     float radius = mode == DrawMode::FromCenter ? copy.radius : copy.radius * 0.5f;
     if (!(radius > 0.0f)) radius = options.radius;
-    StrokeDab dab;
-    dab.hit.mesh = geometry.Bound();
-    dab.hit.face = copy.hit.face;
-    dab.hit.position = copy.hit.position;
-    dab.hit.normal = copy.hit.normal;
-    dab.position = WorldOf(geometry, copy.hit);
+    StrokeDab dab = DabAt(geometry, copy.hit);
     dab.size = radius;
     dab.pressure = pressure;
     dab.strength =

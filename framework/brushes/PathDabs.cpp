@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/PathDabs.h"
 
+#include "framework/brushes/DabAtHit.h"
 #include "framework/brushes/DabStrength.h"
 #include "framework/errors/HostError.h"
 
@@ -79,12 +80,6 @@ std::optional<PickHit> PathDabs::HitAt(const Vector& place) const {
                                     : HitNear(geometry, tree, place);
 }
 
-Vector PathDabs::WorldOf(const PickHit& hit) const {
-    Vector world;
-    geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
-    return world;
-}
-
 /// Takes the next step, up to the first dab in it.
 void PathDabs::Walk(double next) {
     const double timeNow = path.At(walked, ArcPath::Side::After).time;
@@ -93,7 +88,7 @@ void PathDabs::Walk(double next) {
     bool due = false;
     const auto hit = HitAt(ahead.place);
     if (hit && here) {
-        const double length = (WorldOf(*hit) - *here).Length();
+        const double length = (WorldPlace(geometry, *hit) - *here).Length();
         if (way + length >= spacing * nearEnough) {
             due = true;
             const double share =
@@ -121,8 +116,8 @@ void PathDabs::Walk(double next) {
         return;
     }
     if (hit && here) {
-        way += (WorldOf(*hit) - *here).Length();
-        here = WorldOf(*hit);
+        way += (WorldPlace(geometry, *hit) - *here).Length();
+        here = WorldPlace(geometry, *hit);
         walked = next;
     } else {
         here.reset();
@@ -136,7 +131,7 @@ void PathDabs::Arrive(double at) {
     const PathSample sample = path.At(at, ArcPath::Side::Before);
     const auto hit = HitAt(sample.place);
     if (!hit) return;
-    const Vector world = WorldOf(*hit);
+    const Vector world = WorldPlace(geometry, *hit);
     const double away = count == 0 ? 0.0 : (world - last).Length();
     if (count == 0 || away >= spacing * nearEnough) {
         Lay(*hit, sample);
@@ -171,12 +166,7 @@ bool PathDabs::Rest(bool isWhole) {
 double PathDabs::DueTime() const { return lastTime + 1.0 / static_cast<double>(dynamics.airbrush); }
 
 void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
-    StrokeDab dab;
-    dab.hit.mesh = geometry.Bound();
-    dab.hit.face = hit.face;
-    dab.hit.position = hit.position;
-    dab.hit.normal = hit.normal;
-    dab.position = WorldOf(hit);
+    StrokeDab dab = DabAt(geometry, hit);
     dab.pressure = dynamics.strengthCurve.At(sample.pressure);
     dab.size = SizeOf(dab.position, sample);
     dab.strength =
@@ -198,7 +188,7 @@ void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
     way = 0.0;
     // The dab has moved the ground under itself.
     if (const auto ground = HitAt(sample.place))
-        here = WorldOf(*ground);
+        here = WorldPlace(geometry, *ground);
     else
         here.reset();
     if (options.progress) options.progress();

@@ -57,7 +57,6 @@ private:
     void Go(bool isWhole);
     double Step() const;
     std::optional<PickHit> HitAt(const Vector& place) const;
-    Vector WorldOf(const PickHit& hit) const;
     void Walk(double next);
     void Arrive(double at);
     bool Rest(bool isWhole);

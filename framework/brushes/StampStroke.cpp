@@ -2,6 +2,7 @@
 #include "framework/brushes/StampStroke.h"
 
 #include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/DabAtHit.h"
 #include "framework/brushes/DabStrength.h"
 #include "framework/brushes/StrokeLoop.h"
 
@@ -153,12 +154,7 @@ void StampStroke::Scatter(StrokeDab& dab) {
         dab.position + placement.Right() * (x * dab.size) + placement.Up() * (y * dab.size);
     Vector local;
     geometry->Place().WorldToLocal(&local, &target, 1.0f);
-    if (const auto hit = tree->Nearest(local)) {
-        dab.hit.face = hit->face;
-        dab.hit.position = hit->position;
-        dab.hit.normal = hit->normal;
-        geometry->Place().LocalToWorld(&dab.position, &hit->position, 1.0f);
-    }
+    if (const auto hit = tree->Nearest(local)) MoveDab(dab, *geometry, *hit);
     const float size = dab.size * share;
     dab.strength = StrengthAtRadius(*brush, dab.strength, dab.size, size);
     dab.size = size;

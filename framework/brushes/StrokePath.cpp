@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/StrokePath.h"
 
+#include "framework/brushes/DabAtHit.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -27,16 +29,11 @@ public:
     /// Whether a hit is due for a dab.
     bool IsDue(const PickHit& hit) const {
         // A little less will do, or rounding would leave out every other dab.
-        return count == 0 || (WorldOf(hit) - last).Length() >= distance * 0.9999f;
+        return count == 0 || (WorldPlace(geometry, hit) - last).Length() >= distance * 0.9999f;
     }
 
     void Lay(const PickHit& hit, float pressure, const Vector& heading) {
-        StrokeDab dab;
-        dab.hit.mesh = geometry.Bound();
-        dab.hit.face = hit.face;
-        dab.hit.position = hit.position;
-        dab.hit.normal = hit.normal;
-        dab.position = WorldOf(hit);
+        StrokeDab dab = DabAt(geometry, hit);
         dab.size = options.radius;
         dab.pressure = pressure;
         dab.strength = options.strength(pressure);
@@ -52,12 +49,6 @@ public:
     unsigned Count() const { return count; }
 
 private:
-    Vector WorldOf(const PickHit& hit) const {
-        Vector world;
-        geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
-        return world;
-    }
-
     StrokeLoop& loop;
     LevelGeometry& geometry;
     const PathOptions& options;
@@ -220,15 +211,13 @@ Vector HeadingInView(const LevelGeometry& geometry,
                      const Vector& along) {
     const Axes axes = AxesOf(view);
     const Vector motion = axes.right * along.x - axes.up * along.y;
-    Vector position;
-    geometry.Place().LocalToWorld(&position, &hit.position, 1.0f);
     const Matrix& inverse = geometry.Place().ToLocal();
     const auto row = [&](int r) {
         return (inverse.m[r][0] * hit.normal.x + inverse.m[r][1] * hit.normal.y) +
                inverse.m[r][2] * hit.normal.z;
     };
     const Vector normal = Vector(row(0), row(1), row(2)).Normalized();
-    const Vector sight = (position - view.eye).Normalized();
+    const Vector sight = (WorldPlace(geometry, hit) - view.eye).Normalized();
     const float facing = sight | normal;
     constexpr float leastFacing = 0.05f;
     if (std::fabs(facing) < leastFacing) return motion;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/brushes/LoopBench.h"
 
+#include "framework/brushes/DabAtHit.h"
+
 #include <map>
 #include <stdexcept>
 
@@ -75,13 +77,7 @@ LoopBench::LoopBench(BrushOperation& brush, LevelGeometry& borrowed)
 LoopBench::~LoopBench() { HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix()); }
 
 StrokeDab LoopBench::At(const Vector& place, float radius, float strength) const {
-    const PickHit hit = HitNear(geometry, tree, place).value();
-    StrokeDab dab;
-    dab.hit.mesh = geometry.Bound();
-    dab.hit.face = hit.face;
-    dab.hit.position = hit.position;
-    dab.hit.normal = hit.normal;
-    geometry.Place().LocalToWorld(&dab.position, &hit.position, 1.0f);
+    StrokeDab dab = DabAt(geometry, HitNear(geometry, tree, place).value());
     dab.size = radius;
     dab.strength = strength;
     return dab;

@@ -2,6 +2,7 @@
 
 /// \file
 /// Work that is done again from its journal has the bits that it had.
+#include "framework/brushes/DabAtHit.h"
 #include "framework/brushes/DabStrength.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/JournalRecovery.h"
@@ -68,11 +69,7 @@ protected:
 void DabByHand(SculptSession& session, float x, float y) {
     const auto hit = HitNear(session.Geometry(), session.Tree(), Vector(x, y, 1.0f));
     ASSERT_TRUE(hit.has_value());
-    StrokeDab dab;
-    dab.hit = SurfacePoint(session.Geometry().Bound(), 0, hit->face);
-    dab.hit.position = hit->position;
-    dab.hit.normal = hit->normal;
-    dab.position = hit->position;
+    StrokeDab dab = DabAt(session.Geometry(), *hit);
     dab.size = 0.3f;
     dab.pressure = 0.7f;
     dab.strength = DabStrength(session.Brush(), dab.pressure, dab.size);

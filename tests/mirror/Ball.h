@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/DabAtHit.h"
 #include "framework/files/PolygonMesh.h"
 #include "framework/script/SculptSession.h"
 #include "tests/files/TemporaryFolder.h"
@@ -67,13 +68,7 @@ public:
     void Stroke(const std::vector<Vector>& places, float radius, float strength = 0.03f) {
         session->Loop().Begin(BrushOperation::ModifierNone);
         for (const Vector& place : places) {
-            const auto nearest = session->Tree().Nearest(place);
-            StrokeDab dab;
-            dab.hit.mesh = &Mesh();
-            dab.hit.face = nearest->face;
-            dab.hit.position = nearest->position;
-            dab.hit.normal = nearest->normal;
-            dab.position = nearest->position;
+            StrokeDab dab = DabAt(session->Geometry(), session->Tree().Nearest(place).value());
             dab.size = radius;
             dab.strength = strength;
             session->Loop().Dab(dab);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/DabAtHit.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/SculptSession.h"
 #include "tests/files/TemporaryFolder.h"
@@ -34,13 +35,7 @@ std::vector<float> MovesOfADab(SculptSession& session) {
     session.Brush().SetBrushStrength(4.0f);
     LevelMesh& mesh = *session.Geometry().Bound();
     const std::vector<Vector> before = Positions(mesh);
-    StrokeDab dab;
-    const auto nearest = session.Tree().Nearest({-1.1f, 0.3f, 0.0f});
-    dab.hit.mesh = &mesh;
-    dab.hit.face = nearest->face;
-    dab.hit.position = nearest->position;
-    dab.hit.normal = nearest->normal;
-    dab.position = nearest->position;
+    StrokeDab dab = DabAt(session.Geometry(), session.Tree().Nearest({-1.1f, 0.3f, 0.0f}).value());
     dab.size = 0.6f;
     dab.strength = 4.0f;
     session.Loop().Begin(BrushOperation::ModifierNone);
@@ -80,13 +75,7 @@ std::vector<Vector> StampedMoves(SculptSession& session, const char* stamp) {
     session.Brush().SetStamp(true, QString::fromLatin1(stamp));
     LevelMesh& mesh = *session.Geometry().Bound();
     const std::vector<Vector> before = Positions(mesh);
-    const auto nearest = session.Tree().Nearest({-1.1f, 0.3f, 0.0f});
-    StrokeDab dab;
-    dab.hit.mesh = &mesh;
-    dab.hit.face = nearest->face;
-    dab.hit.position = nearest->position;
-    dab.hit.normal = nearest->normal;
-    dab.position = nearest->position;
+    StrokeDab dab = DabAt(session.Geometry(), session.Tree().Nearest({-1.1f, 0.3f, 0.0f}).value());
     dab.size = 0.7f;
     dab.strength = 4.0f;
     session.Loop().Begin(BrushOperation::ModifierNone);
