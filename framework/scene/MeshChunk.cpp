@@ -87,7 +87,7 @@ struct OlderFreeze {
     }
     void Write(SceneStream& stream) const {
         WriteList(stream, vertices);
-        stream.WriteElements(amounts.data(), 1, amounts.size());
+        WriteValues(stream, amounts.data(), amounts.size());
     }
 
     std::vector<uint32_t> vertices;
@@ -128,8 +128,7 @@ void WriteGeometryChunk(SceneStream& stream,
                             geometry.LevelCount(),
                             geometry.BoundIndex()})
         stream.Transfer(number);
-    stream.WriteElements(
-        base.faceVertexIndices.array, sizeof(uint32_t), base.faceVertexIndices.fill);
+    WriteValues(stream, base.faceVertexIndices.array, base.faceVertexIndices.fill);
     Matrix toWorld = geometry.Place().ToWorld();
     Matrix toLocal = geometry.Place().ToLocal();
     Vector scale;
@@ -203,10 +202,10 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
     stream.Transfer(number);
     stream.Transfer(count);
     stream.Transfer(parts);
-    stream.WriteElements(positions.data(), sizeof(Vector), vertices);
-    stream.WriteElements(level.vertexNormals.array, sizeof(PackedNormal), vertices);
-    if ((parts & HasFreeze) != 0) stream.WriteElements(freeze.data(), 1, vertices);
-    if ((parts & HasFaceFlags) != 0) stream.WriteElements(level.faceFlags, 1, level.faceCount);
+    WriteValues(stream, positions.data(), vertices);
+    WriteValues(stream, level.vertexNormals.array, vertices);
+    if ((parts & HasFreeze) != 0) WriteValues(stream, freeze.data(), vertices);
+    if ((parts & HasFaceFlags) != 0) WriteValues(stream, level.faceFlags, level.faceCount);
     if ((parts & HasSeen) != 0)
         WriteList(stream, Differences(level, [&seen](uint32_t v) { return seen[v]; }));
     if ((parts & HasSeenFromBelow) != 0) {
@@ -274,8 +273,7 @@ void LevelChunkReader::Read(SceneStream& stream) {
     seen.emplace_back();
     if ((parts & HasSeen) != 0) seen.back().fromAbove = ReadDifferences(stream, level);
     if ((parts & HasSeenFromBelow) != 0) seen.back().fromBelow = ReadDifferences(stream, level);
-    if ((parts & HasSeenFreeze) != 0)
-        seen.back().freezeFromAbove = ReadOlderFreeze(stream, level);
+    if ((parts & HasSeenFreeze) != 0) seen.back().freezeFromAbove = ReadOlderFreeze(stream, level);
     if ((parts & HasSeenFreezeFromBelow) != 0)
         seen.back().freezeFromBelow = ReadOlderFreeze(stream, level);
     level.SetLockable((parts & IsNotLockable) == 0);

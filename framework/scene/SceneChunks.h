@@ -3,6 +3,7 @@
 
 #include "framework/files/InputFile.h"
 #include "framework/files/OutputFile.h"
+#include "framework/scene/NoPadding.h"
 #include "framework/scene/SceneStream.h"
 
 #include <functional>
@@ -74,15 +75,21 @@ private:
     bool ended = false;
 };
 
+/// `count` plain values, byte by byte.
+template <NoPadding T>
+void WriteValues(SceneStream& stream, const T* values, uint64_t count) {
+    stream.WriteElements(values, sizeof(T), count);
+}
+
 /// A whole list of plain values, its count ahead.
-template <typename T>
+template <NoPadding T>
 void WriteList(SceneStream& stream, const std::vector<T>& list) {
     auto count = static_cast<uint32_t>(list.size());
     stream.Transfer(count);
-    stream.WriteElements(list.data(), sizeof(T), list.size());
+    WriteValues(stream, list.data(), list.size());
 }
 
-/// `count` plain values. \throw Error* before memory is taken, when they are not there.
+/// What WriteValues wrote. \throw Error* before memory is taken, when they are not there.
 template <typename T>
 std::vector<T> ReadValues(SceneStream& stream, uint64_t count) {
     stream.Expect(count, sizeof(T));
