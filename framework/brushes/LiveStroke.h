@@ -32,14 +32,14 @@ struct LiveStrokeSettings {
 ///
 /// What a dab waits for is the sum of what these wait for:
 ///
-/// | Part | Waits for |
-/// |---|---|
-/// | PointerFilter | `limits.lateTime`, 50 ms, by the times of the samples, or 4 samples if that is
-/// longer; unfiltered nothing | | curve | the next sample at another place | | snapping | nothing |
-/// | smoothing | half its length of the way |
-/// | string | nothing |
-/// | PathDabs | half a pixel of the way, or a quarter of the spacing |
-/// | straight line | the release: where it lies hangs on its end |
+/// - PointerFilter: `limits.lateTime`, 50 ms, by the times of the samples, or 4 samples if that is
+///   longer; unfiltered nothing
+/// - curve: the next sample at another place
+/// - snapping: nothing
+/// - smoothing: half its length of the way
+/// - string: nothing
+/// - PathDabs: half a pixel of the way, or a quarter of the spacing
+/// - straight line: the release, since where it lies hangs on its end
 ///
 /// With DrawMode::FromCenter and AcrossPoints the copy follows the pen at once: it is placed anew
 /// at each call, by the samples as they come, and at the release by the filtered ones.
