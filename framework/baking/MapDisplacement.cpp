@@ -5,10 +5,11 @@
 #include "framework/baking/SurfaceFrames.h"
 #include "framework/edits/LevelChange.h"
 #include "framework/errors/HostError.h"
+#include "framework/levels/IsFinite.h"
+#include "framework/levels/LevelPositions.h"
 #include "framework/levels/VertexNeighbours.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 namespace trovik {
@@ -56,19 +57,16 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
     if (layer != nullptr && !layer->Writable())
         throw HostError("the active layer \"" + layer->Name() + "\" is hidden or locked");
     const LevelUvs uvs(geometry, geometry.BoundIndex());
-    std::vector<Vector> positions(level.VertexCount());
-    for (std::uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);
-    const SurfaceFrames frames(level, uvs, positions);
-    std::vector<Vector>().swap(positions);
+    const SurfaceFrames frames(level, uvs, PositionsOf(level));
 
     DisplacementMap map(options);
     std::vector<Vector> moves(level.VertexCount());
     std::vector<std::uint32_t> moved;
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector move = MoveOf(v, frames, map);
-        const std::uint8_t frozen = level.Freeze(v);
-        moves[v] = frozen == 0 ? move : move * (1.0f - frozen / 127.0f);
-        if (!std::isfinite(moves[v].x) || !std::isfinite(moves[v].y) || !std::isfinite(moves[v].z))
+        const auto frozen = static_cast<float>(level.Freeze(v));
+        moves[v] = frozen == 0.0f ? move : move * (1.0f - frozen / 127.0f);
+        if (!IsFinite(moves[v]))
             throw HostError(options.path + ": vertex " + std::to_string(v) +
                             " would be moved beyond all numbers");
         if (!(moves[v] == Vector())) moved.push_back(v);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/baking/SurfaceFrames.h"
 
+#include "framework/levels/LevelPositions.h"
 #include "framework/levels/LevelRefiner.h"
 
 #include <cassert>
@@ -28,8 +29,7 @@ std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
                                     std::uint32_t fine) {
     assert(coarse <= fine);
     const LevelMesh& lowest = *geometry.Level(coarse);
-    std::vector<Vector> positions(lowest.VertexCount());
-    for (std::uint32_t v = 0; v < lowest.VertexCount(); ++v) positions[v] = lowest.Position(v);
+    std::vector<Vector> positions = PositionsOf(lowest);
     for (std::uint32_t level = coarse; level < fine; ++level) {
         const LevelMesh& above = *geometry.Level(level + 1);
         std::vector<Vector> refined(above.VertexCount());

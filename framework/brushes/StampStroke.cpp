@@ -5,6 +5,7 @@
 #include "framework/brushes/DabAtHit.h"
 #include "framework/brushes/DabStrength.h"
 #include "framework/brushes/StrokeLoop.h"
+#include "framework/levels/SurfaceNormal.h"
 
 #include <algorithm>
 
@@ -101,7 +102,7 @@ void StampStroke::Lay(StrokeDab& dab) {
 
 StampPlacement StampStroke::Place(const StrokeDab& dab, const Vector& toward) const {
     const Matrix camera = CameraToWorld();
-    const Vector normal = WorldNormal(dab.hit.normal);
+    const Vector normal = WorldNormal(geometry->Place(), dab.hit.normal);
     if (brush->IsOrientedToSurface() && normal != Vector())
         return StampPlacement::OnSurface(dab.position, normal, dab.size, toward, camera);
     return StampPlacement::ByCamera(dab.position, dab.size, toward, camera);
@@ -125,16 +126,6 @@ Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
     placement.Turn(static_cast<float>(brush->separatorOption.Value()) / 360.0f);
     const Image* image = brush->MaskImage(stampMask);
     return placement.ToPixels(image->Width(), image->Height(), toWorld);
-}
-
-// By the transpose of the inverse, so that it stays square to a surface that is scaled unevenly.
-Vector StampStroke::WorldNormal(const Vector& local) const {
-    const Matrix& inverse = geometry->Place().ToLocal();
-    const auto along = [&](int row) {
-        return (inverse.m[row][0] * local.x + inverse.m[row][1] * local.y) +
-               inverse.m[row][2] * local.z;
-    };
-    return Vector(along(0), along(1), along(2)).Normalized();
 }
 
 // Somewhere in the disc of the brush on the surface, and from there to the nearest place of the

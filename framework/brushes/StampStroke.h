@@ -56,7 +56,6 @@ private:
     bool HasStamp() const;
     void Scatter(StrokeDab& dab);
     StampPlacement Place(const StrokeDab& dab, const Vector& toward) const;
-    Vector WorldNormal(const Vector& local) const;
 
     const BrushOperation* brush = nullptr;
     const LevelGeometry* geometry = nullptr;

@@ -2,6 +2,7 @@
 #include "framework/brushes/StrokePath.h"
 
 #include "framework/brushes/DabAtHit.h"
+#include "framework/levels/SurfaceNormal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -211,12 +212,7 @@ Vector HeadingInView(const LevelGeometry& geometry,
                      const Vector& along) {
     const Axes axes = AxesOf(view);
     const Vector motion = axes.right * along.x - axes.up * along.y;
-    const Matrix& inverse = geometry.Place().ToLocal();
-    const auto row = [&](int r) {
-        return (inverse.m[r][0] * hit.normal.x + inverse.m[r][1] * hit.normal.y) +
-               inverse.m[r][2] * hit.normal.z;
-    };
-    const Vector normal = Vector(row(0), row(1), row(2)).Normalized();
+    const Vector normal = WorldNormal(geometry.Place(), hit.normal);
     const Vector sight = (WorldPlace(geometry, hit) - view.eye).Normalized();
     const float facing = sight | normal;
     constexpr float leastFacing = 0.05f;

@@ -3,6 +3,7 @@
 
 #include "framework/edits/SameState.h"
 #include "framework/levels/LevelGeometry.h"
+#include "framework/levels/LevelPositions.h"
 #include "framework/levels/SameBits.h"
 
 #include <algorithm>
@@ -42,8 +43,7 @@ LayerEdit::LayerEdit(LevelGeometry& ofGeometry, uint32_t ofLevel, Reach ofReach)
     knotsBefore = ground.Knots();
     ground.Settle(mesh, layers);
     if (reach != Reach::Surface) return;
-    positionsBefore.resize(mesh.VertexCount());
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positionsBefore[v] = mesh.Position(v);
+    positionsBefore = PositionsOf(mesh);
     normalsBefore.assign(mesh.vertexNormals.array,
                          mesh.vertexNormals.array + mesh.vertexNormals.fill);
 }

@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/LayerGround.h"
 
+#include "framework/levels/IsFinite.h"
 #include "framework/levels/SameBits.h"
 #include "framework/levels/VertexNeighbours.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace trovik {
 
 namespace {
-
-bool IsFinite(const Vector& p) {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
 
 /// The offset that the layer holds now.
 template <typename Touch>
@@ -302,7 +298,7 @@ std::vector<uint32_t> LayerGround::Compose(LevelMesh& level, const Layers& layer
     std::vector<uint32_t> vertices;
     vertices.reserve(moves.size());
     for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
-    const std::vector<uint32_t> around = WithNeighbours(level, vertices);
+    std::vector<uint32_t> around = WithNeighbours(level, vertices);
     NoteNormals(level, around);
     for (const auto& [vertex, place] : moves) level.SetPosition(vertex, place);
     level.ComputeNormalsOf(around);

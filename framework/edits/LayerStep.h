@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framework/edits/LayerStack.h"
+#include "framework/edits/VertexSwap.h"
 
-#include <array>
 #include <memory>
 #include <vector>
 
@@ -31,7 +31,6 @@ private:
         std::vector<uint32_t> slots;
         std::vector<SculptLayer::State> states;
     };
-    using NormalWords = std::array<int16_t, 3>;
 
     static std::vector<Row> RowsOf(const LevelGeometry& geometry, uint32_t level);
     /// Layers of `rows` that the geometry has not, and that no other step holds for certain.

@@ -80,16 +80,9 @@ void StrokeStep::Apply(LevelGeometry& geometry) {
 
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const uint32_t vertex = vertices[i];
-        const Vector position = mesh.Position(vertex);
-        mesh.SetPosition(vertex, positions[i]);
-        positions[i] = position;
-        if (vertex >= mesh.vertexNormals.fill) continue;
-        PackedNormal& normal = mesh.vertexNormals.array[vertex];
-        const NormalWords words = {normal.x, normal.y, normal.z};
-        normal.x = normals[i][0];
-        normal.y = normals[i][1];
-        normal.z = normals[i][2];
-        normals[i] = words;
+        SwapPosition(mesh, vertex, positions[i]);
+        if (vertex < mesh.vertexNormals.fill)
+            SwapNormal(mesh.vertexNormals.array[vertex], normals[i]);
     }
 
     if (SculptLayer* alive = layer == nullptr ? nullptr : *layer) {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framework/edits/LevelChange.h"
+#include "framework/edits/VertexSwap.h"
 
-#include <array>
 #include <memory>
 #include <vector>
 
@@ -38,8 +38,6 @@ public:
     const std::vector<uint32_t>& Vertices() const { return vertices; }
 
 private:
-    /// The three words of a packed normal that are the mesh's; the fourth is left alone.
-    using NormalWords = std::array<int16_t, 3>;
     struct LayerEntry {
         uint32_t slot;
         SculptLayer::State state;

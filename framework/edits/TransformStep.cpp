@@ -2,8 +2,6 @@
 #include "framework/edits/Steps.h"
 #include "framework/levels/SameBits.h"
 
-#include <cstring>
-
 namespace trovik {
 
 namespace {
@@ -31,8 +29,8 @@ bool Same(const Placement& a, const Placement& b) {
     Vector scaleB;
     a.Scale(&scaleA);
     b.Scale(&scaleB);
-    return std::memcmp(&a.ToWorld(), &b.ToWorld(), sizeof(Matrix)) == 0 &&
-           std::memcmp(&a.ToLocal(), &b.ToLocal(), sizeof(Matrix)) == 0 && SameBits(scaleA, scaleB);
+    return SameBits(a.ToWorld(), b.ToWorld()) && SameBits(a.ToLocal(), b.ToLocal()) &&
+           SameBits(scaleA, scaleB);
 }
 
 }  // namespace

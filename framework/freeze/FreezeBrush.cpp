@@ -2,6 +2,7 @@
 #include "framework/freeze/FreezeBrush.h"
 
 #include "framework/edits/Steps.h"
+#include "framework/levels/SurfaceNormal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -66,10 +67,7 @@ float FreezeBrush::FalloffAt(float distance, float radius) const {
 
 // As for sculpting: full below the start angle, none beyond start and range.
 float FreezeBrush::FacingFactor(uint32_t vertex, const Vector& eye) const {
-    const PackedNormal& n = level->vertexNormals.array[vertex];
-    const Vector normal =
-        Vector(static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z))
-            .Normalized();
+    const Vector normal = Unpacked(level->vertexNormals.array[vertex]).Normalized();
     const Vector toEye = (eye - level->Position(vertex)).Normalized();
     const float cosine = (toEye.x * normal.x + toEye.y * normal.y) + toEye.z * normal.z;
     const float angle = std::acos(std::clamp(cosine, -1.0f, 1.0f)) * 57.29578f;

@@ -1,33 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeCurvature.h"
 
+#include "framework/freeze/FaceSides.h"
+#include "framework/levels/SurfaceNormal.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace trovik {
 
 namespace {
-
-Vector Unpacked(const PackedNormal& normal) {
-    return {
-        static_cast<float>(normal.x), static_cast<float>(normal.y), static_cast<float>(normal.z)};
-}
-
-/// By the transpose of the inverse, so that it stays square to a surface that is scaled unevenly.
-Vector WorldNormal(const Matrix& back, const Vector& n) {
-    return Vector((back.m[0][0] * n.x + back.m[0][1] * n.y) + back.m[0][2] * n.z,
-                  (back.m[1][0] * n.x + back.m[1][1] * n.y) + back.m[1][2] * n.z,
-                  (back.m[2][0] * n.x + back.m[2][1] * n.y) + back.m[2][2] * n.z)
-        .Normalized();
-}
-
-template <typename Edge>
-void ForEachSide(const LevelMesh& level, Edge edge) {
-    const uint32_t corners = level.CornersPerFace();
-    const uint32_t* face = level.faceVertexIndices.array;
-    for (uint32_t number = 0; number < level.faceCount; ++number, face += corners)
-        for (uint32_t k = 0; k < corners; ++k) edge(face[k], face[(k + 1) % corners]);
-}
 
 void Average(const LevelMesh& level, const std::vector<float>& counts, std::vector<float>& bends) {
     std::vector<float> sums(bends.size(), 0.0f);
@@ -45,12 +27,11 @@ std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rin
     const LevelMesh& level = *geometry.Bound();
     const uint32_t vertices = level.VertexCount();
     const Matrix& toWorld = geometry.Place().ToWorld();
-    const Matrix& back = geometry.Place().ToLocal();
     std::vector<Vector> places(vertices);
     std::vector<Vector> normals(vertices);
     for (uint32_t v = 0; v < vertices; ++v) {
         places[v] = toWorld.AffineTransform(level.Position(v), 1.0f);
-        normals[v] = WorldNormal(back, Unpacked(level.vertexNormals.array[v]));
+        normals[v] = WorldNormal(geometry.Place(), Unpacked(level.vertexNormals.array[v]));
     }
     std::vector<float> bends(vertices, 0.0f);
     std::vector<float> counts(vertices, 0.0f);

@@ -2,6 +2,7 @@
 #include "framework/freeze/FreezeFilters.h"
 
 #include "framework/edits/Steps.h"
+#include "framework/freeze/FaceSides.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -13,15 +14,6 @@ namespace {
 /// Binary places of amounts between two steps.
 constexpr int places = 16;
 constexpr int64_t largest = int64_t{freezeAmountMask} << places;
-
-/// Calls edge(a, b) for each side of each face.
-template <typename Edge>
-void ForEachSide(const LevelMesh& level, Edge edge) {
-    const uint32_t corners = level.CornersPerFace();
-    const uint32_t* face = level.faceVertexIndices.array;
-    for (uint32_t number = 0; number < level.faceCount; ++number, face += corners)
-        for (uint32_t k = 0; k < corners; ++k) edge(face[k], face[(k + 1) % corners]);
-}
 
 template <typename Choose>
 std::vector<uint8_t> Spread(const LevelMesh& level, uint32_t rings, Choose choose) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeInView.h"
 
+#include "framework/freeze/BetweenPixels.h"
+#include "framework/levels/SurfaceNormal.h"
+
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
 
@@ -68,11 +71,8 @@ public:
 private:
     // A normal and a way keep the sign of their product under any transformation.
     bool IsFacing(uint32_t vertex) const {
-        const PackedNormal& n = level.vertexNormals.array[vertex];
-        const Vector toEye = eye - level.Position(vertex);
-        return (toEye.x * static_cast<float>(n.x) + toEye.y * static_cast<float>(n.y)) +
-                   toEye.z * static_cast<float>(n.z) >
-               0.0f;
+        const Vector normal = Unpacked(level.vertexNormals.array[vertex]);
+        return ((eye - level.Position(vertex)) | normal) > 0.0f;
     }
     bool IsVisible(uint32_t vertex) const {
         const Vector position = level.Position(vertex);
@@ -150,9 +150,9 @@ ViewImage::ViewImage(const FloatImage& image, Channel channel, bool inverted, co
     }
 }
 
-float ViewImage::Pixel(int column, int row) const {
-    const int x = std::clamp(column, 0, static_cast<int>(width) - 1);
-    const int y = std::clamp(row, 0, static_cast<int>(height) - 1);
+float ViewImage::Pixel(int64_t column, int64_t row) const {
+    const int64_t x = std::clamp(column, int64_t{0}, int64_t{width} - 1);
+    const int64_t y = std::clamp(row, int64_t{0}, int64_t{height} - 1);
     return values[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)];
 }
 
@@ -164,15 +164,7 @@ float ViewImage::ShareAt(const ViewPlace& place) const {
     const float spanY = std::max(area.from.y, area.to.y) - top;
     const float u = (place.x - left) / spanX * static_cast<float>(width) - 0.5f;
     const float v = (place.y - top) / spanY * static_cast<float>(height) - 0.5f;
-    const float floorU = std::floor(u);
-    const float floorV = std::floor(v);
-    const int column = static_cast<int>(floorU);
-    const int row = static_cast<int>(floorV);
-    const float fu = u - floorU;
-    const float fv = v - floorV;
-    const float upper = Pixel(column, row) * (1.0f - fu) + Pixel(column + 1, row) * fu;
-    const float lower = Pixel(column, row + 1) * (1.0f - fu) + Pixel(column + 1, row + 1) * fu;
-    return upper * (1.0f - fv) + lower * fv;
+    return BetweenPixels(u, v, [this](int64_t column, int64_t row) { return Pixel(column, row); });
 }
 
 }  // namespace trovik

@@ -77,7 +77,7 @@ public:
     float ShareAt(const ViewPlace& place) const;
 
 private:
-    float Pixel(int column, int row) const;
+    float Pixel(int64_t column, int64_t row) const;
 
     uint32_t width;
     uint32_t height;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeStamp.h"
 
+#include "framework/freeze/BetweenPixels.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -59,15 +61,9 @@ float FreezeStamp::ShareAt(const Vector& position, const Matrix& toPixels) const
     const float u = at(0) / w;
     const float v = at(1) / w;
     if (!(std::fabs(u) < farthest) || !(std::fabs(v) < farthest)) return 0.0f;
-    const float floorU = std::floor(u);
-    const float floorV = std::floor(v);
-    const auto column = static_cast<int64_t>(floorU);
-    const auto row = static_cast<int64_t>(floorV);
-    const float fu = u - floorU;
-    const float fv = v - floorV;
-    const float upper = Pixel(column, row) * (1.0f - fu) + Pixel(column + 1, row) * fu;
-    const float lower = Pixel(column, row + 1) * (1.0f - fu) + Pixel(column + 1, row + 1) * fu;
-    return std::clamp((upper * (1.0f - fv) + lower * fv) * factor, 0.0f, 1.0f);
+    const float value =
+        BetweenPixels(u, v, [this](int64_t column, int64_t row) { return Pixel(column, row); });
+    return std::clamp(value * factor, 0.0f, 1.0f);
 }
 
 }  // namespace trovik

@@ -2,13 +2,13 @@
 #include "framework/levels/DetailCarrier.h"
 
 #include "framework/edits/TurnedLayers.h"
+#include "framework/levels/IsFinite.h"
 #include "framework/levels/LocalRefiner.h"
 #include "framework/levels/SameBits.h"
 #include "framework/levels/SurfaceTurn.h"
 #include "framework/levels/VertexNeighbours.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 namespace trovik {
@@ -68,10 +68,6 @@ private:
 
 Vector QuadNormal(const Vector& a, const Vector& b, const Vector& c, const Vector& d) {
     return (c - a) & (d - b);
-}
-
-bool IsFinite(const Vector& p) {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
 /// Number of the edge point's corner among the children of a face; see LevelMesh.
@@ -236,10 +232,7 @@ CarriedLevel DetailCarrier::Down(const std::vector<Vector>& seen) {
     std::vector<uint32_t> around;
     for (const uint32_t vertex : CornersOf(coarse, faces)) {
         ++counts.fitted;
-        around.clear();
-        coarse.FacesAround(vertex, coarse.LowestFaceOf(vertex), around);
-        std::sort(around.begin(), around.end());
-        around.erase(std::unique(around.begin(), around.end()), around.end());
+        FacesAt(coarse, vertex, around);
         Vector edges;
         Vector borderEdges;
         Vector centres;

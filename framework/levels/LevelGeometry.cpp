@@ -6,6 +6,7 @@
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelRefiner.h"
+#include "framework/levels/SurfaceNormal.h"
 #include "framework/memory/LargePages.h"
 
 #include <algorithm>
@@ -189,19 +190,10 @@ PolygonMesh LevelGeometry::ToPolygons(bool world) const {
     polygons.normals.resize(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         Vector p = level.Position(v);
-        const PackedNormal& n = level.vertexNormals.array[v];
-        Vector normal =
-            Vector(static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z))
-                .Normalized();
+        Vector normal = Unpacked(level.vertexNormals.array[v]).Normalized();
         if (world) {
             p = placement.ToWorld().AffineTransform(p, 1.0f);
-            // Normals go by the inverse, transposed.
-            const Matrix& back = placement.ToLocal();
-            normal =
-                Vector(back.m[0][0] * normal.x + back.m[0][1] * normal.y + back.m[0][2] * normal.z,
-                       back.m[1][0] * normal.x + back.m[1][1] * normal.y + back.m[1][2] * normal.z,
-                       back.m[2][0] * normal.x + back.m[2][1] * normal.y + back.m[2][2] * normal.z)
-                    .Normalized();
+            normal = WorldNormal(placement, normal);
         }
         polygons.positions[v] = {p.x, p.y, p.z};
         polygons.normals[v] = {normal.x, normal.y, normal.z};

@@ -2,6 +2,7 @@
 #include "framework/levels/LevelSource.h"
 
 #include "framework/edits/LayerStack.h"
+#include "framework/levels/SurfaceNormal.h"
 
 #include <algorithm>
 
@@ -98,18 +99,8 @@ std::array<float, 3> LevelSource::Placed(const Vector& position) const {
 }
 
 std::array<float, 3> LevelSource::PlacedNormal(std::uint32_t vertex) const {
-    const PackedNormal& n = level.vertexNormals.array[vertex];
-    Vector normal =
-        Vector(static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z))
-            .Normalized();
-    if (world) {
-        // Normals go by the inverse, transposed.
-        const Matrix& back = geometry.Place().ToLocal();
-        normal = Vector(back.m[0][0] * normal.x + back.m[0][1] * normal.y + back.m[0][2] * normal.z,
-                        back.m[1][0] * normal.x + back.m[1][1] * normal.y + back.m[1][2] * normal.z,
-                        back.m[2][0] * normal.x + back.m[2][1] * normal.y + back.m[2][2] * normal.z)
-                     .Normalized();
-    }
+    Vector normal = Unpacked(level.vertexNormals.array[vertex]).Normalized();
+    if (world) normal = WorldNormal(geometry.Place(), normal);
     return conversion.Direction({normal.x, normal.y, normal.z});
 }
 

@@ -10,9 +10,11 @@
 #include "framework/edits/LayerStack.h"
 #include "framework/edits/Steps.h"
 #include "framework/edits/TurnedLayers.h"
+#include "framework/edits/VertexSwap.h"
 #include "framework/levels/DetailCarrier.h"
 #include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelGeometry.h"
+#include "framework/levels/LevelPositions.h"
 #include "framework/levels/SameBits.h"
 
 #include <utility>
@@ -20,12 +22,6 @@
 namespace trovik {
 
 namespace {
-
-std::vector<Vector> PositionsOf(const LevelMesh& level) {
-    std::vector<Vector> positions(level.VertexCount());
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);
-    return positions;
-}
 
 bool IsUnchanged(const LevelMesh& level, const std::vector<Vector>& positions) {
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
@@ -223,11 +219,8 @@ void LevelGeometry::Exchange(LevelSwitch& other) {
     present.carried = std::move(other.carried);
     for (CarriedLevel& one : present.carried) {
         LevelMesh& level = *levels[one.level];
-        for (std::size_t i = 0; i < one.vertices.size(); ++i) {
-            const Vector position = level.Position(one.vertices[i]);
-            level.SetPosition(one.vertices[i], one.positionsBefore[i]);
-            one.positionsBefore[i] = position;
-        }
+        for (std::size_t i = 0; i < one.vertices.size(); ++i)
+            SwapPosition(level, one.vertices[i], one.positionsBefore[i]);
         for (std::size_t i = 0; i < one.normalVertices.size(); ++i)
             std::swap(level.vertexNormals.array[one.normalVertices[i]], one.normalsBefore[i]);
         for (std::size_t i = 0; i < one.freezeVertices.size(); ++i) {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/LocalRefiner.h"
 
-#include <algorithm>
+#include "framework/levels/VertexNeighbours.h"
+
 #include <utility>
 
 namespace trovik {
@@ -34,12 +35,8 @@ Vector LocalRefiner::EdgePoint(uint32_t face, uint32_t side) const {
 
 Vector LocalRefiner::VertexPoint(uint32_t vertex) {
     const Vector p = At(vertex);
-    const uint32_t lowest = coarse.LowestFaceOf(vertex);
-    if (lowest == openBorder) return p;
-    around.clear();
-    coarse.FacesAround(vertex, lowest, around);
-    std::sort(around.begin(), around.end());
-    around.erase(std::unique(around.begin(), around.end()), around.end());
+    FacesAt(coarse, vertex, around);
+    if (around.empty()) return p;
     Vector sum;
     Vector ends;
     uint32_t faces = 0;

@@ -55,6 +55,15 @@ std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& ver
     return faces;
 }
 
+void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces) {
+    faces.clear();
+    const uint32_t lowest = level.LowestFaceOf(vertex);
+    if (lowest == openBorder) return;
+    level.FacesAround(vertex, lowest, faces);
+    std::sort(faces.begin(), faces.end());
+    faces.erase(std::unique(faces.begin(), faces.end()), faces.end());
+}
+
 std::vector<uint32_t> CornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces) {
     const uint32_t corners = level.CornersPerFace();
     std::vector<uint32_t> vertices;

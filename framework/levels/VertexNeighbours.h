@@ -17,6 +17,10 @@ void MakeSet(std::vector<uint32_t>& list);
 /// more than by the level's.
 std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
 
+/// The faces around a vertex, ascending, each once; none around one without a face. They replace
+/// what is in the list, whose memory serves again.
+void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces);
+
 /// The vertices of the faces, ascending, each once.
 std::vector<uint32_t> CornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces);
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/levels/IsFinite.h"
 #include "framework/picking/PatchTree.h"
 #include "framework/picking/TriangleQueries.h"
 
@@ -10,10 +11,6 @@
 namespace trovik {
 
 namespace {
-
-bool IsFinite(const Vector& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
 
 /// How much nearer a box is taken to be than computed, in parts of its distance: far above the
 /// rounding of either query, far below what costs visits.

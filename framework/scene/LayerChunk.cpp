@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/LayerChunk.h"
 
+#include "framework/levels/IsFinite.h"
 #include "framework/levels/LevelGeometry.h"
 #include "framework/scene/SceneChunks.h"
 
@@ -20,10 +21,6 @@ struct StoredEntry {
 static_assert(sizeof(StoredEntry) == 40);
 static_assert(sizeof(LayerGround::Knot) == 40);
 static_assert(sizeof(LayerGround::NotedNormal) == 24);
-
-bool IsFinite(const Vector& p) {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
 
 bool IsFinite(const SculptLayer::State& state) {
     return IsFinite(state.rest) && IsFinite(state.offset) && IsFinite(state.seen);

@@ -4,13 +4,15 @@
 #include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
+#include "framework/levels/IsFinite.h"
+#include "framework/levels/LevelPositions.h"
+#include "framework/levels/SameBits.h"
 #include "framework/scene/AttributeChunk.h"
 #include "framework/scene/SceneChunks.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace trovik {
@@ -38,18 +40,6 @@ struct PlacedVertex {
     Vector position;
 };
 static_assert(sizeof(PlacedVertex) == 16);
-
-bool IsFinite(const Vector& p) {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
-bool SameBits(const Vector& a, const Vector& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
-
-std::vector<Vector> PositionsOf(const LevelMesh& level) {
-    std::vector<Vector> positions(level.VertexCount());
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);
-    return positions;
-}
 
 /// The vertices that lie elsewhere than in the level.
 template <typename PositionOf>

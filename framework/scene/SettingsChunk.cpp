@@ -2,6 +2,7 @@
 #include "framework/scene/SettingsChunk.h"
 
 #include "framework/brushes/MirrorMaps.h"
+#include "framework/levels/IsFinite.h"
 #include "framework/scene/SceneChunks.h"
 
 #include <cmath>
@@ -12,12 +13,6 @@ namespace {
 
 /// As many pixels a side as a picture may have.
 constexpr int32_t largestSide = 16384;
-/// All combinations of three planes are seven.
-
-bool IsFinite(const Vector& p) {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 void TransferView(SceneStream& stream, StrokeView& view) {
     stream.Transfer(view.eye);
     stream.Transfer(view.target);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/levels/LevelGeometry.h"
+#include "framework/levels/LevelPositions.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <algorithm>
@@ -49,12 +50,6 @@ inline std::unique_ptr<LevelGeometry> Refined(const PolygonMesh& mesh, unsigned 
     auto geometry = std::make_unique<LevelGeometry>(mesh);
     for (unsigned i = 0; i < levels; ++i) geometry->Subdivide();
     return geometry;
-}
-
-inline std::vector<Vector> PositionsOf(const LevelMesh& level) {
-    std::vector<Vector> positions;
-    for (std::uint32_t v = 0; v < level.VertexCount(); ++v) positions.push_back(level.Position(v));
-    return positions;
 }
 
 /// A number from -1 to 1 that depends on the vertex in a disorderly way.

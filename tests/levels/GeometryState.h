@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/edits/Steps.h"
+#include "framework/levels/LevelPositions.h"
 #include "framework/levels/SameBits.h"
 
 #include <cmath>
@@ -46,12 +47,6 @@ inline std::string StateOfAll(const LevelGeometry& geometry) {
             put(seen->data(), seen->size());
     }
     return state;
-}
-
-inline std::vector<Vector> PositionsOf(const LevelMesh& level) {
-    std::vector<Vector> positions(level.VertexCount());
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);
-    return positions;
 }
 
 /// Moves every vertex of the level by up to `size` along each axis.

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+
+namespace trovik {
+
+/// The value at a place between four pixels, whose centres lie at whole numbers; v runs downwards.
+/// \param pixel  pixel(column, row) answers the value there, for whole numbers of any size.
+template <typename Pixel>
+float BetweenPixels(float u, float v, Pixel pixel) {
+    const float floorU = std::floor(u);
+    const float floorV = std::floor(v);
+    const auto column = static_cast<int64_t>(floorU);
+    const auto row = static_cast<int64_t>(floorV);
+    const float fu = u - floorU;
+    const float fv = v - floorV;
+    const float upper = pixel(column, row) * (1.0f - fu) + pixel(column + 1, row) * fu;
+    const float lower = pixel(column, row + 1) * (1.0f - fu) + pixel(column + 1, row + 1) * fu;
+    return upper * (1.0f - fv) + lower * fv;
+}
+
+}  // namespace trovik
