@@ -23,9 +23,7 @@ int Fail(std::string reason, int status = failed) {
     return status;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     CLI::App program(
         "Sculpts meshes from scripts, without a screen.\n\n"
         "  trovik info head.obj                 what is in a mesh file\n"
@@ -75,4 +73,16 @@ int main(int argc, char** argv) {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         return Fail(std::string("standard output: ") + std::strerror(errno));
     return done;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& error) {
+        // Before the command line was read, or while an error was told.
+        std::fprintf(stderr, "trovik: %s\n", error.what());
+        return failed;
+    }
 }

@@ -91,7 +91,8 @@ void StepKeeper::NotePeak(uint64_t packed) { peak = std::max(peak, bytes + packe
 void StepKeeper::Ask(const Handle& record, Task task) {
     const std::lock_guard lock(mutex);
     jobs.push_back({record, task, record->asking});
-    if (!worker.joinable()) worker = std::jthread([this](std::stop_token stop) { Run(stop); });
+    if (!worker.joinable())
+        worker = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     asked.notify_one();
 }
 
@@ -205,7 +206,7 @@ void StepKeeper::SetSpillFolder(const std::string& folder) {
     spillFolder = folder;
 }
 
-void StepKeeper::Run(std::stop_token stop) {
+void StepKeeper::Run(const std::stop_token& stop) {
     // Past the limit for the size of files a write then fails, as with a full disk, instead of
     // ending the program.
     sigset_t tooLong;

@@ -88,7 +88,7 @@ private:
         uint64_t asked;
     };
     void Ask(const Handle& record, Task task);
-    void Run(std::stop_token stop);
+    void Run(const std::stop_token& stop);
     void Do(const Job& job, std::unique_lock<std::mutex>& lock);
     void DoPack(StepRecord& record, PackMethod method, std::unique_lock<std::mutex>& lock);
     void DoTighten(StepRecord& record, std::unique_lock<std::mutex>& lock);

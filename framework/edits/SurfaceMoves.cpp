@@ -28,7 +28,7 @@ std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
     std::vector<uint32_t> vertices;
     vertices.reserve(moves.size());
     for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
-    const std::vector<uint32_t> around = WithNeighbours(level, vertices);
+    std::vector<uint32_t> around = WithNeighbours(level, vertices);
     // All records first: their making may fail.
     for (const uint32_t vertex : vertices) RecordOf(level, change, vertex, layer != nullptr);
     for (const uint32_t vertex : around) RecordOf(level, change, vertex, false);

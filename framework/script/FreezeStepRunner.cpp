@@ -64,7 +64,7 @@ std::string WhatOf(const FieldReader& freeze) {
         freeze.Fail("\"" + found[0] + "\" and \"" + found[1] +
                     "\" are two things; a step freezes by one");
     }
-    const std::string what = found.empty() ? "" : found[0];
+    std::string what = found.empty() ? "" : found[0];
     const bool isRegion = (what != "center" || freeze.Has("radius")) &&
                           (what != "min" || freeze.Has("max")) && !what.empty();
     if (!isRegion) {

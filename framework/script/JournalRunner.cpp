@@ -24,7 +24,7 @@ bool IsJournaled(const nlohmann::json& step) {
 
 /// What the brush throws becomes the one line that users see.
 std::string TextOf(Error* error) {
-    const std::string text = error->Message().toStdString();
+    std::string text = error->Message().toStdString();
     Error::Dispose(error);
     return text;
 }

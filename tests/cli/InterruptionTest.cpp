@@ -23,6 +23,7 @@ public:
         std::vector<std::string> words = {TROVIK_COMMAND};
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<char*> raw;
+        raw.reserve(words.size() + 1);
         for (std::string& word : words) raw.push_back(word.data());
         raw.push_back(nullptr);
         child = fork();

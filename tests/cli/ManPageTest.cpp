@@ -88,7 +88,7 @@ protected:
         SCOPED_TRACE(arguments);
         const Outcome outcome = Run(arguments + " --json");
         EXPECT_EQ(outcome.status, 0) << outcome.error;
-        const nlohmann::json document = nlohmann::json::parse(outcome.out, nullptr, false);
+        nlohmann::json document = nlohmann::json::parse(outcome.out, nullptr, false);
         EXPECT_FALSE(document.is_discarded()) << outcome.out;
         const bool isList = document.is_array();
         const std::string page = ManPage();

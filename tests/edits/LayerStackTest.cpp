@@ -74,7 +74,7 @@ TEST_F(LayerStackTest, GroundUnderLayersIsWhatItWasWhenStrokesAndEditsWereTakenB
     const auto bare = [&] {
         Give(a, 1.0f, false);
         Give(b, 1.0f, false);
-        const std::vector<VertexState> state = StateOf(mesh);
+        std::vector<VertexState> state = StateOf(mesh);
         geometry.History().Undo(geometry);
         geometry.History().Undo(geometry);
         return state;
@@ -135,6 +135,7 @@ TEST_F(LayerStackTest, WhateverIsTurnedOffAndOnAgainGivesTheSameBits) {
         std::vector<std::size_t> order = {0, 1, 2, 3};
         std::shuffle(order.begin(), order.end(), random);
         std::vector<SculptLayer::Properties> given;
+        given.reserve(std::size(layers));
         for (const SculptLayer* layer : layers) given.push_back(layer->Given());
         for (const std::size_t i : order) Give(*layers[i], given[i].strength * 3.1f, false);
         ASSERT_NE(StateOf(mesh), before);

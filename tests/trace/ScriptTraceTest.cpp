@@ -5,12 +5,12 @@
 #include "framework/edits/LevelChange.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
+#include "framework/levels/SameBits.h"
 #include "framework/memory/MemoryAccount.h"
 #include "tests/trace/NpyArray.h"
 #include "tests/trace/TraceBench.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <set>
 
@@ -191,7 +191,7 @@ TEST_F(ScriptTrace, DabTellsWhatItDid) {
     const auto after = NpyArray(At("dab-000001/m0/level-3/positions.npy")).Values<Vector>();
     std::set<uint32_t> moved, told;
     for (uint32_t v = 0; v < before.size(); ++v)
-        if (std::memcmp(&before[v], &after[v], sizeof(Vector)) != 0) moved.insert(v);
+        if (!SameBits(before[v], after[v])) moved.insert(v);
     for (const nlohmann::json& notice : first["notices"].at(0))
         told.insert(notice[0].get<uint32_t>());
     EXPECT_FALSE(moved.empty());

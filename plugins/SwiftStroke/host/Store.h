@@ -18,8 +18,8 @@ namespace trovik {
 template <typename T>
 class Store : public Block {
 public:
-    // T may be a pointer. NOLINTNEXTLINE(bugprone-sizeof-expression)
     explicit Store(const char* name = "unknown")
+        // T may be a pointer. NOLINTNEXTLINE(bugprone-sizeof-expression)
         : Block(name, static_cast<uint32_t>(sizeof(T))), self(this) {}
     ~Store() { Clear(); }
     Store(const Store&) = delete;
