@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/brushes/LoopBench.h"
 #include "tests/meshes/MeshZoo.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
@@ -114,10 +115,7 @@ TEST_F(SprayedDabs, TheScatterHangsOnTheSeedAlone) {
 }
 
 TEST_F(SprayedDabs, TheScatteredDabIsMirrored) {
-    Matrix map;
-    map.m[0][0] = -1.0f;
-    map.m[3][0] = 16.0f;
-    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {map});
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     const auto dabs = Spray(9, 10);
     ASSERT_EQ(dabs.size(), 20u);
     for (std::size_t i = 0; i < dabs.size(); i += 2) {

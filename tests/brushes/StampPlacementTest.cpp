@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/StampPlacement.h"
 #include "tests/brushes/LoopBench.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
@@ -179,8 +180,7 @@ TEST(StampPlacement, TheMatrixHasAnInverse) {
 }
 
 TEST(StampPlacement, AMirroredPlaceTakesThePixelOfItsImageToTheBit) {
-    Matrix map;
-    map.m[0][0] = -1.0f;
+    const Matrix map = MirrorAtX(0.0f);
     for (const bool projected : {false, true}) {
         const Matrix camera = CameraAbove(4.0f);
         const auto placement = projected
@@ -200,9 +200,7 @@ TEST(StampPlacement, AMirroredPlaceTakesThePixelOfItsImageToTheBit) {
 }
 
 TEST(StampPlacement, AnyMapWithAnInverseCanMirror) {
-    Matrix map;
-    map.m[0][0] = -1.0f;
-    map.m[3][0] = 16.0f;
+    const Matrix map = MirrorAtX(8.0f);
     const auto placement =
         StampPlacement::OnSurface({4.0f, 8.0f, 0.0f}, outOfPlane, 2.0f, {}, CameraAbove(4.0f));
     const Matrix mirrored = StampPlacement::Mirrored(placement.ToPixels(8, 8, Matrix()), map);

@@ -5,6 +5,7 @@
 /// falloff shows the image itself: each vertex rises by its pixel.
 #include "framework/brushes/DabStrength.h"
 #include "tests/brushes/LoopBench.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
@@ -80,10 +81,7 @@ TEST_F(StampedSurface, RotationTurnsThePatternClockwise) {
 }
 
 TEST_F(StampedSurface, AMirroredDabLaysTheMirroredPattern) {
-    Matrix map;
-    map.m[0][0] = -1.0f;
-    map.m[3][0] = 16.0f;
-    loop.loop.SetMirrors(MirrorConfiguration::PlaneX, {map});
+    loop.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     Dabs({loop.At({3.75f, 8.25f, 0.0f}, 3.0f, 1.0f)});
     int moved = 0;
     for (uint32_t row = 0; row <= 16; ++row) {

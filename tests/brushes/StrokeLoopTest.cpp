@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/brushes/LoopBench.h"
 #include "tests/meshes/MeshZoo.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
@@ -13,13 +14,6 @@ namespace {
 class StrokeLoopTest : public testing::Test {
 protected:
     StrokeLoopTest() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {}
-
-    static Matrix MirrorAt8() {
-        Matrix map;
-        map.m[0][0] = -1.0f;
-        map.m[3][0] = 16.0f;
-        return map;
-    }
 
     RecordingBrush brush;
     LoopBench bench;
@@ -59,7 +53,7 @@ TEST_F(StrokeLoopTest, TheBrushGetsWhatTheDabTells) {
 }
 
 TEST_F(StrokeLoopTest, AMirroredDabFollowsEachDabOnTheOtherSide) {
-    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     EXPECT_EQ(brush.MirrorConfig().MirrorMode(), MirrorConfiguration::PlaneX);
     StrokeDab dab = bench.At({3.25f, 5.5f, 0.0f});
     dab.hit.normal = {0.6f, 0.0f, 0.8f};
@@ -73,12 +67,12 @@ TEST_F(StrokeLoopTest, AMirroredDabFollowsEachDabOnTheOtherSide) {
     EXPECT_EQ(mirrored.position, Vector(12.75f, 5.5f, 0.0f));
     EXPECT_EQ(mirrored.hit.normal, Vector(-0.6f, 0.0f, 0.8f));
     EXPECT_EQ(mirrored.hit.face, 5u * 16u + 12u);
-    EXPECT_EQ(mirrored.pointMap, MirrorAt8());
+    EXPECT_EQ(mirrored.pointMap, MirrorAtX(8.0f));
     EXPECT_EQ(bench.loop.Totals().dabs, 2u);
 }
 
 TEST_F(StrokeLoopTest, EachSideOfAMirrorHasItsOwnPreviousHit) {
-    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     for (int stroke = 0; stroke < 2; ++stroke) {
         brush.dabs.clear();
         bench.loop.Begin(BrushOperation::ModifierNone);
@@ -97,7 +91,7 @@ TEST_F(StrokeLoopTest, EveryMirrorMakesADab) {
     Matrix other;
     other.m[1][1] = -1.0f;
     other.m[3][1] = 16.0f;
-    bench.loop.SetMirrors(4, {MirrorAt8(), other, MirrorAt8() * other});
+    bench.loop.SetMirrors(4, {MirrorAtX(8.0f), other, MirrorAtX(8.0f) * other});
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({2.0f, 5.0f, 0.0f}));
     bench.loop.End();
@@ -109,7 +103,7 @@ TEST_F(StrokeLoopTest, EveryMirrorMakesADab) {
 
 TEST_F(StrokeLoopTest, AMirroredDabLaysTheMirroredStamp) {
     brush.TakeStamp(8, 8);
-    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({3.0f, 5.0f, 0.0f}, 2.0f));
     bench.loop.End();
@@ -134,7 +128,7 @@ TEST_F(StrokeLoopTest, WhatTheBrushThrowsEndsTheStroke) {
 
 TEST_F(StrokeLoopTest, AMovedMeshIsMirroredOverItsOwnPlane) {
     bench.geometry.Place().Set({2.0f, 2.0f, 2.0f}, {}, {100.0f, 0.0f, 0.0f});
-    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAt8()});
+    bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({106.0f, 10.0f, 0.0f}));
     bench.loop.End();

@@ -7,22 +7,13 @@
 #include "framework/edits/TurnedLayers.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/levels/GeometryState.h"
+#include "tests/levels/TurnedPoints.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace trovik::test {
 namespace {
-
-constexpr float quarter = 1.57079632f;
-
-Vector TurnedAboutZ(const Vector& p, float angle) {
-    const float c = std::cos(angle);
-    const float s = std::sin(angle);
-    return {p.x * c - p.y * s, p.x * s + p.y * c, p.z};
-}
 
 Vector TurnedAboutTwoAxes(const Vector& p, float angle) {
     const Vector turned = TurnedAboutZ(p, angle);
@@ -349,7 +340,7 @@ protected:
                 ++steps;
             }
         }
-        const std::vector<Vector> ground = PositionsOf(*geometry.Bound());
+        std::vector<Vector> ground = PositionsOf(*geometry.Bound());
         for (; steps > 0; --steps) geometry.History().Undo(geometry);
         return ground;
     }

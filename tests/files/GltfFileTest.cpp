@@ -4,6 +4,7 @@
 #include "framework/files/MeshSource.h"
 #include "framework/levels/LevelSource.h"
 #include "tests/files/AttributeSamples.h"
+#include "tests/files/FileRefusal.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -45,12 +46,8 @@ PolygonMesh ReadDocument(const json& document) {
 }
 
 std::string Refusal(const json& document) {
-    const TemporaryFolder folder;
-    const std::string path = folder.Fill("mesh.gltf", document.dump());
-    std::string message = MessageOf<HostError>([&] { ReadGltf(path); });
-    EXPECT_THAT(message, HasSubstr(path));
-    EXPECT_EQ(message.find('\n'), std::string::npos) << message;
-    return message;
+    return FileRefusal(
+        "mesh.gltf", document.dump(), [](const std::string& path) { ReadGltf(path); });
 }
 
 /// The JSON of a .glb.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/PolygonMesh.h"
+#include "tests/edits/FullDisk.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -8,13 +9,11 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <map>
 #include <string>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -36,27 +35,6 @@ std::map<std::uint32_t, std::size_t> CountSizes(const PolygonMesh& mesh) {
     }
     return counts;
 }
-
-/// Files end at this many bytes while this lives, as on a full disk.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) {
-        previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &previous);
-        const rlimit limit = {bytes, previous.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &previous);
-        std::signal(SIGXFSZ, previousHandler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit previous = {};
-    void (*previousHandler)(int) = nullptr;
-};
 
 TEST(MeshFile, ExampleMeshesHaveTheirKnownCounts) {
     struct Example {
@@ -128,7 +106,7 @@ TEST(MeshFile, FailedWriteLeavesTheOldFileAndNothingElse) {
     for (const char* name : {"mesh.obj", "mesh.ply"}) {
         const std::string path = folder.Fill(name, "the old content");
         {
-            const FileSizeLimit fullDisk(1000);
+            const test::FullDisk fullDisk(1000);
             EXPECT_EQ(MessageOf<HostError>([&] { WriteMeshFile(path, MixedMesh()); }),
                       "cannot write " + path + ": File too large");
         }

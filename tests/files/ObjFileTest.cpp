@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/PolygonMesh.h"
+#include "tests/files/FileRefusal.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -23,12 +24,7 @@ PolygonMesh ReadText(std::string_view text) {
 }
 
 std::string Refusal(std::string_view text) {
-    const TemporaryFolder folder;
-    const std::string path = folder.Fill("mesh.obj", text);
-    std::string message = MessageOf<HostError>([&] { ReadObj(path); });
-    EXPECT_THAT(message, HasSubstr(path));
-    EXPECT_EQ(message.find('\n'), std::string::npos) << message;
-    return message;
+    return FileRefusal("mesh.obj", text, [](const std::string& path) { ReadObj(path); });
 }
 
 constexpr std::string_view FourVertices = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/PolygonMesh.h"
+#include "tests/files/FileRefusal.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -26,12 +27,7 @@ PolygonMesh ReadContent(std::string_view content) {
 }
 
 std::string Refusal(std::string_view content) {
-    const TemporaryFolder folder;
-    const std::string path = folder.Fill("mesh.ply", content);
-    std::string message = MessageOf<HostError>([&] { ReadPly(path); });
-    EXPECT_THAT(message, HasSubstr(path));
-    EXPECT_EQ(message.find('\n'), std::string::npos) << message;
-    return message;
+    return FileRefusal("mesh.ply", content, [](const std::string& path) { ReadPly(path); });
 }
 
 /// A text file of the vertices of a quad, with a face element of this count and body.

@@ -2,6 +2,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshSource.h"
 #include "tests/files/AttributeSamples.h"
+#include "tests/files/FileRefusal.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -23,12 +24,7 @@ PolygonMesh ReadContent(std::string_view content) {
 }
 
 std::string Refusal(std::string_view content) {
-    const TemporaryFolder folder;
-    const std::string path = folder.Fill("mesh.stl", content);
-    std::string message = MessageOf<HostError>([&] { ReadStl(path); });
-    EXPECT_THAT(message, HasSubstr(path));
-    EXPECT_EQ(message.find('\n'), std::string::npos) << message;
-    return message;
+    return FileRefusal("mesh.stl", content, [](const std::string& path) { ReadStl(path); });
 }
 
 std::string Facet(std::string_view a, std::string_view b, std::string_view c) {

@@ -7,6 +7,7 @@
 #include "framework/images/StampImage.h"
 #include "framework/nodes/HostKernel.h"
 #include "tests/freeze/FreezeGrid.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
@@ -138,10 +139,7 @@ TEST_F(FreezeBrushTest, MovesNothingAndCostsWhatLiesUnderIt) {
 }
 
 TEST_F(FreezeBrushTest, MirrorsAsSculptingDoes) {
-    Matrix map;
-    map.m[0][0] = -1.0f;
-    map.m[3][0] = 16.0f;
-    loop.SetMirrors(MirrorConfiguration::PlaneX, {map});
+    loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     SetFalloffSamples(brush, {1.0f, 0.8f, 0.6f, 0.4f, 0.2f, 0.1f});
     Stroke({At(3.0f, 5.0f, 3.0f, 70.0f), At(4.0f, 6.0f, 3.0f, 70.0f)});
     for (int y = 0; y <= 16; ++y) {

@@ -4,6 +4,7 @@
 /// Where the weight takes a vertex: the four families, the vector stamp, the way back from the
 /// world.
 #include "tests/kernels/KernelBench.h"
+#include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -13,12 +14,6 @@
 namespace trovik::test {
 namespace {
 
-void ExpectNear(const Vector& actual, const Vector& wanted, float tolerance) {
-    EXPECT_NEAR(actual.x, wanted.x, tolerance);
-    EXPECT_NEAR(actual.y, wanted.y, tolerance);
-    EXPECT_NEAR(actual.z, wanted.z, tolerance);
-}
-
 // --- Planing ---
 
 /// A flat patch at z = 0, and a plane z = planeDistance. A strength of 100 is a weight of 1.
@@ -26,10 +21,13 @@ class Planing : public ::testing::Test {
 protected:
     void Dab(Tool tool, float planeDistance) {
         bench.Start(tool);
+        Aim(planeDistance);
+        reached = bench.RunKernel(0);
+    }
+    void Aim(float planeDistance) {
         bench.Aim({0.5f, 0.5f, 0.0f}, 5.0f);
         bench.brush.dabStrength = 100.0f;
         bench.brush.planeDistance = planeDistance;
-        reached = bench.RunKernel(0);
     }
     float Height() const { return bench.Height(bench.VertexNear({0.25f, 0.5f, 0.0f})); }
     KernelBench bench{SingleQuad(), 2, 2};
@@ -61,9 +59,7 @@ TEST_F(Planing, AmplifyMovesFurtherOut) {
 
 TEST_F(Planing, SignTurnsBeforeTheClamps) {
     bench.Start(Tool::Amplify);
-    bench.Aim({0.5f, 0.5f, 0.0f}, 5.0f);
-    bench.brush.dabStrength = 100.0f;
-    bench.brush.planeDistance = -1.0f;
+    Aim(-1.0f);
     bench.brush.planeClampMin = -0.5f;
     bench.brush.planeClampMax = 0.25f;
     bench.RunKernel(0);
@@ -72,9 +68,7 @@ TEST_F(Planing, SignTurnsBeforeTheClamps) {
 
 TEST_F(Planing, UpperLimitIsTestedFirst) {
     bench.Start(Tool::Flatten);
-    bench.Aim({0.5f, 0.5f, 0.0f}, 5.0f);
-    bench.brush.dabStrength = 100.0f;
-    bench.brush.planeDistance = 3.0f;
+    Aim(3.0f);
     bench.brush.planeClampMax = -1.0f;
     bench.brush.planeClampMin = 0.5f;
     bench.RunKernel(0);
@@ -83,16 +77,12 @@ TEST_F(Planing, UpperLimitIsTestedFirst) {
 
 TEST_F(Planing, OffsetTurnsWithTheStroke) {
     bench.Start(Tool::Flatten);
-    bench.Aim({0.5f, 0.5f, 0.0f}, 5.0f);
-    bench.brush.dabStrength = 100.0f;
-    bench.brush.planeDistance = 1.0f;
+    Aim(1.0f);
     bench.brush.planeOffset = 0.25f;
     bench.RunKernel(0);
     EXPECT_NEAR(Height(), 1.25f, 1e-6f);
     bench.Restart(Tool::Flatten);
-    bench.Aim({0.5f, 0.5f, 0.0f}, 5.0f);
-    bench.brush.dabStrength = 100.0f;
-    bench.brush.planeDistance = 1.0f;
+    Aim(1.0f);
     bench.brush.planeOffset = 0.25f;
     bench.brush.strokePlaneSign = -1.0f;
     bench.RunKernel(0);

@@ -3,20 +3,13 @@
 /// \file
 /// Detail that turns with the surface, and fine changes that reach the coarser levels.
 #include "tests/levels/GeometryState.h"
+#include "tests/levels/TurnedPoints.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
 
 namespace trovik::test {
 namespace {
-
-constexpr float quarter = 1.57079632f;
-
-Vector TurnedAboutZ(const Vector& p, float angle) {
-    const float c = std::cos(angle);
-    const float s = std::sin(angle);
-    return {p.x * c - p.y * s, p.x * s + p.y * c, p.z};
-}
 
 /// What lies beyond x = 0.3 is folded up by 90 degrees.
 Vector Folded(const Vector& p) {

@@ -4,12 +4,12 @@
 /// The orders that make a replay repeatable, against walks written down from their rules, which
 /// know no more of a mesh than its faces' corners.
 #include "framework/levels/LevelGeometry.h"
+#include "framework/levels/SameBits.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cstring>
 #include <deque>
 #include <map>
 #include <optional>
@@ -285,8 +285,6 @@ Vector RandomVector(std::mt19937& random) {
     const float y = number(random);
     return {x, y, number(random)};
 }
-
-bool SameBits(const Vector& a, const Vector& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 Vector Cross(const Vector& a, const Vector& b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};

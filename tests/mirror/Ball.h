@@ -3,6 +3,7 @@
 
 #include "framework/brushes/DabAtHit.h"
 #include "framework/files/PolygonMesh.h"
+#include "framework/levels/LevelPositions.h"
 #include "framework/script/SculptSession.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -82,11 +83,7 @@ public:
         for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) amounts.push_back(amount(v));
         session->Freeze(amounts, FreezeMode::Replace);
     }
-    std::vector<Vector> Positions() {
-        std::vector<Vector> positions;
-        for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) positions.push_back(Mesh().Position(v));
-        return positions;
-    }
+    std::vector<Vector> Positions() { return PositionsOf(Mesh()); }
     /// Per vertex the one across the plane, by where they are at the first call.
     const std::vector<uint32_t>& Across(int axis) {
         std::vector<uint32_t>& across = twins[axis];

@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/TopologicalHit.h"
 #include "framework/levels/LevelGeometry.h"
+#include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
 
 namespace trovik::test {
 namespace {
-
-void ExpectNear(const Vector& expected, const Vector& actual, float tolerance) {
-    EXPECT_NEAR(expected.x, actual.x, tolerance);
-    EXPECT_NEAR(expected.y, actual.y, tolerance);
-    EXPECT_NEAR(expected.z, actual.z, tolerance);
-}
 
 /// A place on a face, off its middle, and `height` above it.
 SurfacePoint PlaceOn(LevelMesh& mesh, uint32_t face, float height) {

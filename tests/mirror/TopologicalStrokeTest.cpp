@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/DabAtHit.h"
 #include "framework/errors/HostError.h"
+#include "framework/levels/LevelPositions.h"
 #include "framework/script/SculptSession.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/meshes/MeshZoo.h"
@@ -23,32 +24,32 @@ PolygonMesh Plane(bool posed) {
     return mesh;
 }
 
-std::vector<Vector> Positions(const LevelMesh& mesh) {
-    std::vector<Vector> positions;
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positions.push_back(mesh.Position(v));
-    return positions;
-}
-
-/// How far each vertex moved in one dab on the left half.
-std::vector<float> MovesOfADab(SculptSession& session) {
-    EXPECT_TRUE(session.SelectTool("Sculpt"));
-    session.Brush().SetBrushStrength(4.0f);
-    LevelMesh& mesh = *session.Geometry().Bound();
-    const std::vector<Vector> before = Positions(mesh);
+/// What each vertex moved in a stroke of one dab on the left half.
+std::vector<Vector> MovesOfADab(SculptSession& session, float radius) {
+    const LevelMesh& mesh = *session.Geometry().Bound();
+    const std::vector<Vector> before = PositionsOf(mesh);
     StrokeDab dab = DabAt(session.Geometry(), session.Tree().Nearest({-1.1f, 0.3f, 0.0f}).value());
-    dab.size = 0.6f;
+    dab.size = radius;
     dab.strength = 4.0f;
     session.Loop().Begin(BrushOperation::ModifierNone);
     session.Loop().Dab(dab);
     session.Loop().End();
-    std::vector<float> moves;
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
-        moves.push_back((mesh.Position(v) - before[v]).Length());
+    std::vector<Vector> moves;
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) moves.push_back(mesh.Position(v) - before[v]);
     return moves;
 }
 
+/// How far each vertex moved by it.
+std::vector<float> LengthsOfMoves(SculptSession& session) {
+    EXPECT_TRUE(session.SelectTool("Sculpt"));
+    session.Brush().SetBrushStrength(4.0f);
+    std::vector<float> lengths;
+    for (const Vector& move : MovesOfADab(session, 0.6f)) lengths.push_back(move.Length());
+    return lengths;
+}
+
 std::string MeshFile(const TemporaryFolder& folder, const PolygonMesh& mesh) {
-    const std::string path = folder.Path("mesh.obj");
+    std::string path = folder.Path("mesh.obj");
     WriteMeshFile(path, mesh);
     return path;
 }
@@ -60,8 +61,8 @@ TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
     byPlane.SetMirrors({{0}, 1, 1});
     SculptSession byFaces(path);
     byFaces.SetTopologicalMirror();
-    const std::vector<float> planeMoves = MovesOfADab(byPlane);
-    const std::vector<float> faceMoves = MovesOfADab(byFaces);
+    const std::vector<float> planeMoves = LengthsOfMoves(byPlane);
+    const std::vector<float> faceMoves = LengthsOfMoves(byFaces);
     EXPECT_EQ(planeMoves, faceMoves);
     EXPECT_GT(*std::max_element(faceMoves.begin(), faceMoves.end()), 0.01f);
     EXPECT_EQ(2u, byFaces.Totals().dabs);
@@ -73,17 +74,7 @@ std::vector<Vector> StampedMoves(SculptSession& session, const char* stamp) {
     session.Subdivide();
     EXPECT_TRUE(session.SelectTool("Sculpt"));
     session.Brush().SetStamp(true, QString::fromLatin1(stamp));
-    LevelMesh& mesh = *session.Geometry().Bound();
-    const std::vector<Vector> before = Positions(mesh);
-    StrokeDab dab = DabAt(session.Geometry(), session.Tree().Nearest({-1.1f, 0.3f, 0.0f}).value());
-    dab.size = 0.7f;
-    dab.strength = 4.0f;
-    session.Loop().Begin(BrushOperation::ModifierNone);
-    session.Loop().Dab(dab);
-    session.Loop().End();
-    std::vector<Vector> moves;
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) moves.push_back(mesh.Position(v) - before[v]);
-    return moves;
+    return MovesOfADab(session, 0.7f);
 }
 
 class TopologicalStamp : public testing::TestWithParam<const char*> {};
@@ -146,7 +137,7 @@ TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
     const TemporaryFolder folder;
     SculptSession session(MeshFile(folder, Plane(true)));
     session.SetTopologicalMirror();
-    const std::vector<float> moves = MovesOfADab(session);
+    const std::vector<float> moves = LengthsOfMoves(session);
     // Rows of 17 vertices; the one across stands in the same row.
     std::size_t movedLeft = 0;
     std::size_t movedRight = 0;
@@ -171,13 +162,13 @@ TEST(TopologicalStroke, IsKeptAcrossRefinementAndReset) {
     SculptSession session(MeshFile(folder, Plane(true)));
     session.SetTopologicalMirror();
     session.Subdivide();
-    MovesOfADab(session);
+    MovesOfADab(session, 0.6f);
     EXPECT_EQ(2u, session.Totals().dabs);
     session.Reset();
-    MovesOfADab(session);
+    MovesOfADab(session, 0.6f);
     EXPECT_EQ(4u, session.Totals().dabs);
     session.SetMirrors({});
-    MovesOfADab(session);
+    MovesOfADab(session, 0.6f);
     EXPECT_EQ(5u, session.Totals().dabs);
 }
 
@@ -189,7 +180,7 @@ TEST(TopologicalStroke, IsRefusedOnAMeshWithoutAMirror) {
     SculptSession session(MeshFile(folder, mesh));
     EXPECT_THAT(MessageOf<HostError>([&] { session.SetTopologicalMirror(); }),
                 testing::HasSubstr("mesh.obj: the mesh has no topological mirror"));
-    MovesOfADab(session);
+    MovesOfADab(session, 0.6f);
     EXPECT_EQ(1u, session.Totals().dabs);
 }
 

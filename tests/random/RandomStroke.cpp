@@ -7,6 +7,7 @@
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
 #include "tests/meshes/MeshZoo.h"
+#include "tests/meshes/MirrorAtX.h"
 #include "tests/stamps/StampBench.h"
 
 #include <algorithm>
@@ -240,10 +241,7 @@ void RandomBench::DrawMirror() {
     if (mirrored) {
         mirror.SetMirrorMode(
             random.OneOf({MirrorConfiguration::PlaneX, MirrorConfiguration::Topological}));
-        Matrix map;
-        map.m[0][0] = -1.0f;
-        map.m[3][0] = 2.0f * middle.x;
-        mirror.SetPointMap(map);
+        mirror.SetPointMap(MirrorAtX(middle.x));
     }
     bench->brush->SetMirrorConfig(mirror);
 }

@@ -5,6 +5,7 @@
 /// saved and opened again somewhere among them or not.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
+#include "framework/levels/LevelPositions.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
@@ -13,10 +14,7 @@ namespace trovik::test {
 namespace {
 
 std::vector<Vector> PositionsOf(SculptSession& session) {
-    const LevelMesh& level = *session.Geometry().Bound();
-    std::vector<Vector> positions;
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) positions.push_back(level.Position(v));
-    return positions;
+    return trovik::PositionsOf(*session.Geometry().Bound());
 }
 
 class SceneContinuation : public ::testing::Test {

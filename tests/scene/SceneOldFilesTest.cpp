@@ -3,6 +3,7 @@
 /// \file
 /// Scenes of older formats and classes, and scenes with what this program does not know.
 #include "framework/errors/HostError.h"
+#include "framework/levels/LevelPositions.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
 #include "tests/scene/SceneBytes.h"
@@ -83,8 +84,7 @@ TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
     ASSERT_NE(session->Geometry().SeenFromBelow(1)[0], session->Geometry().Level(1)->Position(0));
     auto read = ReopenUnder(SceneStream(330));
     const LevelMesh& base = *read->Geometry().Level(0);
-    std::vector<Vector> before;
-    for (uint32_t v = 0; v < base.VertexCount(); ++v) before.push_back(base.Position(v));
+    const std::vector<Vector> before = PositionsOf(base);
     read->BindLevel(0);
     for (uint32_t v = 0; v < base.VertexCount(); ++v) EXPECT_EQ(base.Position(v), before[v]);
 }

@@ -4,7 +4,8 @@
 /// From a vertex's place to a pixel, and from the pixel to how far the vertex moves. A pushing tool
 /// of strength 1 with a level falloff lifts a flat mesh by exactly the stamp's value. Everything
 /// runs over patches of one face, over larger patches, and over a mesh of triangles.
-#include "tests/meshes/MeshZoo.h"
+#include "framework/levels/LevelPositions.h"
+#include "tests/fixture/FlatTriangles.h"
 #include "tests/stamps/StampBench.h"
 
 #include <gtest/gtest.h>
@@ -26,15 +27,7 @@ PolygonMesh FlatMesh(Kind kind) {
             for (float& c : p) c *= 4.0f;
         return mesh;
     }
-    const PolygonMesh quads = FlatGrid(8);
-    PolygonMesh mesh;
-    mesh.positions = quads.positions;
-    for (std::size_t f = 0; f < quads.faceSizes.size(); ++f) {
-        const uint32_t* c = &quads.faceVertices[f * 4];
-        mesh.faceSizes.insert(mesh.faceSizes.end(), {3, 3});
-        mesh.faceVertices.insert(mesh.faceVertices.end(), {c[0], c[1], c[2], c[0], c[2], c[3]});
-    }
-    return mesh;
+    return FlatTriangles(8);
 }
 
 /// The stamp's value at exact coordinates, or nothing outside: the rules in double precision.
@@ -109,8 +102,7 @@ protected:
     }
     /// A dab over everything, which moves each vertex by the reference's value.
     void ExpectReference(const SurfacePoint& hit) {
-        std::vector<Vector> before;
-        for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) before.push_back(Mesh().Position(v));
+        const std::vector<Vector> before = PositionsOf(Mesh());
         const Matrix& m = brush.Settings().stampMatrix;
         bench.Stroke(hit, 100.0f, 1.0f);
         int inside = 0;

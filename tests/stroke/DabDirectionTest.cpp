@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
 #include "tests/fixture/StrokeBench.h"
+#include "tests/meshes/ExpectNear.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
 namespace trovik::test {
 namespace {
-
-void ExpectNear(const Vector& a, const Vector& b, float tolerance = 1e-6f) {
-    EXPECT_NEAR(a.x, b.x, tolerance);
-    EXPECT_NEAR(a.y, b.y, tolerance);
-    EXPECT_NEAR(a.z, b.z, tolerance);
-}
 
 class DabDirection : public ::testing::Test {
 protected:
@@ -229,12 +225,7 @@ TEST_F(DabDirection, WholeMeshSmoothOfTheLayerTakesTheHitNormal) {
 class MirroredDirection : public DabDirection {
 protected:
     MirroredDirection() {
-        MirrorConfiguration mirror;
-        mirror.SetMirrorMode(MirrorConfiguration::PlaneX);
-        Matrix map;
-        map.m[0][0] = -1.0f;
-        mirror.SetPointMap(map);
-        brush.SetMirrorConfig(mirror);
+        brush.SetMirrorConfig(MirroredAtX());
         hit.position.x = -hit.position.x;
         hit.normal.x = -hit.normal.x;
         hit.mirror = true;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/Registration.h"
 #include "framework/brushes/BrushSettings.h"
+#include "framework/levels/LevelPositions.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -270,8 +271,7 @@ protected:
     };
     Moves Run() {
         LevelMesh& mesh = bench.Mesh();
-        std::vector<Vector> before;
-        for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(mesh.Position(v));
+        const std::vector<Vector> before = PositionsOf(mesh);
         bench.Stroke(bench.HitFace(12), 2.0f, 1.0f);
         Moves moves;
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/fixture/StrokeBench.h"
+#include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -9,12 +10,6 @@
 
 namespace trovik::test {
 namespace {
-
-void ExpectNear(const Vector& a, const Vector& b, float tolerance) {
-    EXPECT_NEAR(a.x, b.x, tolerance);
-    EXPECT_NEAR(a.y, b.y, tolerance);
-    EXPECT_NEAR(a.z, b.z, tolerance);
-}
 
 /// FlatGrid(n) refined twice: cells of a quarter, 4 x 4 to a base face.
 class Sampling : public ::testing::Test {

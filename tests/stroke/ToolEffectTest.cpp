@@ -2,6 +2,7 @@
 
 /// \file
 /// What each tool does to a bumpy surface, by the sense of its displacements.
+#include "framework/levels/LevelPositions.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -28,12 +29,7 @@ protected:
         before = Positions();
     }
 
-    std::vector<Vector> Positions() {
-        std::vector<Vector> all;
-        for (uint32_t v = 0; v < bench.Mesh().VertexCount(); ++v)
-            all.push_back(bench.Mesh().Position(v));
-        return all;
-    }
+    std::vector<Vector> Positions() { return PositionsOf(bench.Mesh()); }
     /// One dab with the tool in the middle; `direction` as the modes are numbered.
     void Dab(Tool tool,
              float strength,

@@ -7,6 +7,7 @@
 #include "tests/brush/ToolStrength.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
@@ -348,17 +349,12 @@ TEST_P(WholeStroke, MirroredPairsMakeASymmetricShape) {
         mirrored = other;
     }
     mirrored.mirror = true;
-    MirrorConfiguration mirror;
-    mirror.SetMirrorMode(MirrorConfiguration::PlaneX);
-    Matrix map;
-    map.m[0][0] = -1.0f;
-    mirror.SetPointMap(map);
 
     for (const int direction : {0, 2, 3, 4, 5, 6, 7, 10, 11, 12}) {
         SCOPED_TRACE(direction);
         bench.Activate(tool);
         SwiftStroke& brush = *bench.brush;
-        brush.SetMirrorConfig(mirror);
+        brush.SetMirrorConfig(MirroredAtX());
         brush.directionAttribute.SetValue(direction, true);
         const auto before = BitsOf(mesh);
         bench.Begin();

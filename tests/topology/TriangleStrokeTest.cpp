@@ -6,6 +6,7 @@
 #include "tests/brush/ToolRows.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
+#include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
@@ -248,12 +249,7 @@ protected:
         const auto before = BitsOf(mesh);
         const Tool tool = allTools[GetParam()];
         bench.Activate(tool, 2);
-        MirrorConfiguration mirror;
-        mirror.SetMirrorMode(MirrorConfiguration::PlaneX);
-        Matrix map;
-        map.m[0][0] = -1.0f;
-        mirror.SetPointMap(map);
-        brush.SetMirrorConfig(mirror);
+        brush.SetMirrorConfig(MirroredAtX());
         bench.Begin(modifier);
         OriginalData data;
         std::vector<int32_t> records(mesh.VertexCount(), -1);

@@ -3,6 +3,7 @@
 /// \file
 /// The step of one vertex on meshes that have no patches: what it answers, what it leaves behind,
 /// and what it moves, against calculations of the tests' own.
+#include "tests/fixture/FlatTriangles.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/memory/MemoryLimit.h"
 #include "tests/meshes/MeshZoo.h"
@@ -19,19 +20,6 @@ namespace trovik::test {
 namespace {
 
 using Triple = std::array<double, 3>;
-
-/// n x n unit squares in the plane z = 0, each cut along its diagonal; vertices as in FlatGrid.
-PolygonMesh FlatTriangles(unsigned n) {
-    const PolygonMesh quads = FlatGrid(n);
-    PolygonMesh mesh;
-    mesh.positions = quads.positions;
-    for (std::size_t f = 0; f < quads.faceSizes.size(); ++f) {
-        const uint32_t* c = &quads.faceVertices[f * 4];
-        mesh.faceSizes.insert(mesh.faceSizes.end(), {3, 3});
-        mesh.faceVertices.insert(mesh.faceVertices.end(), {c[0], c[1], c[2], c[0], c[2], c[3]});
-    }
-    return mesh;
-}
 
 Triple PlaceOf(const LevelMesh& mesh, uint32_t vertex) {
     const Vector p = mesh.Position(vertex);

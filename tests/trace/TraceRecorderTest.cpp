@@ -18,6 +18,18 @@
 namespace trovik::test {
 namespace {
 
+/// What the line of a dab tells though nothing has changed.
+const std::vector<std::string> alwaysTold = {"box",
+                                             "camera",
+                                             "direction",
+                                             "hit",
+                                             "position",
+                                             "pressure",
+                                             "previousPatchPosition",
+                                             "size",
+                                             "stampFactor",
+                                             "strength"};
+
 /// Answers true for faces below the limit.
 class Faces final : public FaceEnumerator {
 public:
@@ -148,17 +160,7 @@ TEST_F(TraceRecorderTest, DabTellsItsArguments) {
     EXPECT_EQ(in["pressure"], 0.5);
     EXPECT_EQ(in["strength"], 3.0);
     EXPECT_EQ(in["box"], R"([1.0, 1.0, 1.0, -1.0, -1.0, -1.0])"_json);
-    EXPECT_EQ(KeysOf(in),
-              (std::vector<std::string>{"box",
-                                        "camera",
-                                        "direction",
-                                        "hit",
-                                        "position",
-                                        "pressure",
-                                        "previousPatchPosition",
-                                        "size",
-                                        "stampFactor",
-                                        "strength"}));
+    EXPECT_EQ(KeysOf(in), alwaysTold);
 }
 
 TEST_F(TraceRecorderTest, DabThatDoesNothingSaysSo) {
@@ -272,17 +274,7 @@ TEST_F(TraceRecorderTest, NoticesAreThoseOfTheBoundMeshByRenderer) {
 TEST_F(TraceRecorderTest, DabRepeatsOnlyWhatTheHostChangedSinceTheLastLine) {
     const auto changed = [this] {
         nlohmann::json in = Dab(first)["in"];
-        for (const char* always : {"box",
-                                   "camera",
-                                   "direction",
-                                   "hit",
-                                   "position",
-                                   "pressure",
-                                   "previousPatchPosition",
-                                   "size",
-                                   "stampFactor",
-                                   "strength"})
-            EXPECT_EQ(in.erase(always), 1u) << always;
+        for (const std::string& always : alwaysTold) EXPECT_EQ(in.erase(always), 1u) << always;
         return in.dump();
     };
     Begin(first.Bound());

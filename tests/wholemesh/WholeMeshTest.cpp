@@ -2,6 +2,7 @@
 
 /// \file
 /// A tool on a whole mesh at once: no place, no radius, no falloff.
+#include "framework/levels/LevelPositions.h"
 #include "framework/nodes/HostScene.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/meshes/MeshZoo.h"
@@ -42,11 +43,7 @@ struct Bench : StrokeBench {
         brush->ApplyToWholeMesh(&Mesh(), strength, byFacing);
         End();
     }
-    std::vector<Vector> Positions() {
-        std::vector<Vector> positions;
-        for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) positions.push_back(Mesh().Position(v));
-        return positions;
-    }
+    std::vector<Vector> Positions() { return PositionsOf(Mesh()); }
     Vector Normal(uint32_t vertex) {
         const PackedNormal& n = Mesh().vertexNormals.array[vertex];
         return Vector(static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z)) *
