@@ -5,7 +5,7 @@
 /// of strength 1 with a level falloff lifts a flat mesh by exactly the stamp's value. Everything
 /// runs over patches of one face, over larger patches, and over a mesh of triangles.
 #include "framework/levels/LevelPositions.h"
-#include "tests/fixture/FlatTriangles.h"
+#include "tests/fixture/Triangles.h"
 #include "tests/stamps/StampBench.h"
 
 #include <gtest/gtest.h>

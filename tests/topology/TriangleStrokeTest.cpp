@@ -4,14 +4,14 @@
 /// Whole dabs on meshes of triangles, against calculations of the tests' own in double precision,
 /// and all tools with everything at once that can stand in a vertex's way.
 #include "tests/brush/ToolRows.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/Triangles.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/meshes/MirrorAtX.h"
+#include "tests/topology/DoublePlace.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 #include <set>
@@ -19,12 +19,6 @@
 namespace trovik::test {
 namespace {
 
-using Triple = std::array<double, 3>;
-
-Triple PlaceOf(const LevelMesh& mesh, uint32_t vertex) {
-    const Vector p = mesh.Position(vertex);
-    return {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)};
-}
 double Distance(const Triple& a, const Triple& b) {
     return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
 }
@@ -32,21 +26,6 @@ void ExpectAt(const LevelMesh& mesh, uint32_t vertex, const Triple& wanted, doub
     EXPECT_LT(Distance(PlaceOf(mesh, vertex), wanted), tolerance) << vertex;
 }
 
-/// Every face of the mesh cut into triangles, fans from its first corner.
-PolygonMesh Triangulated(const PolygonMesh& polygons) {
-    PolygonMesh mesh;
-    mesh.positions = polygons.positions;
-    std::size_t first = 0;
-    for (const uint32_t size : polygons.faceSizes) {
-        const uint32_t* c = &polygons.faceVertices[first];
-        for (uint32_t k = 2; k < size; ++k) {
-            mesh.faceSizes.push_back(3);
-            mesh.faceVertices.insert(mesh.faceVertices.end(), {c[0], c[k - 1], c[k]});
-        }
-        first += size;
-    }
-    return mesh;
-}
 PolygonMesh RoundTriangles() { return Triangulated(SphereQuads(2)); }
 
 std::set<uint32_t> NeighboursOf(const LevelMesh& mesh, uint32_t vertex) {

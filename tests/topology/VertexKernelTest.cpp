@@ -3,28 +3,20 @@
 /// \file
 /// The step of one vertex on meshes that have no patches: what it answers, what it leaves behind,
 /// and what it moves, against calculations of the tests' own.
-#include "tests/fixture/FlatTriangles.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
 #include "tests/meshes/MeshZoo.h"
+#include "tests/topology/DoublePlace.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 #include <memory>
 
 namespace trovik::test {
 namespace {
-
-using Triple = std::array<double, 3>;
-
-Triple PlaceOf(const LevelMesh& mesh, uint32_t vertex) {
-    const Vector p = mesh.Position(vertex);
-    return {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)};
-}
 
 /// A stroke over a mesh of triangles, whose vertices a test hands to the step one by one. The dab's
 /// centre is the mesh's origin until Aim says otherwise.

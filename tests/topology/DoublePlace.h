@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/levels/LevelMesh.h"
+
+#include <array>
+
+namespace trovik::test {
+
+/// A place in double precision, for calculations of a test's own.
+using Triple = std::array<double, 3>;
+
+inline Triple PlaceOf(const LevelMesh& mesh, uint32_t vertex) {
+    const Vector p = mesh.Position(vertex);
+    return {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)};
+}
+
+}  // namespace trovik::test
