@@ -117,6 +117,7 @@ std::string ZshText(const std::string& text) {
 std::string Bash(const Verb& program, const std::vector<Verb>& verbs) {
     std::ostringstream out;
     std::vector<std::string> names;
+    names.reserve(verbs.size());
     for (const Verb& verb : verbs) names.push_back(verb.name);
     out << "# bash completion of trovik, made by `trovik completion bash`\n"
            "_trovik() {\n"
@@ -169,15 +170,14 @@ std::string Bash(const Verb& program, const std::vector<Verb>& verbs) {
 }
 
 std::string ZshSwitch(const Switch& s) {
-    const std::string value = !s.takesValue
-                                  ? ""
-                                  : ":value:" + (s.choices.empty() ? std::string("_files")
-                                                                   : "(" + Joined(s.choices) + ")");
-    std::string text;
+    std::string rest = "[" + ZshText(s.description) + "]";
+    if (s.takesValue)
+        rest += ":value:" + (s.choices.empty() ? "_files" : "(" + Joined(s.choices) + ")");
+    const std::string others = "(" + Joined(s.names) + ")";
+    std::ostringstream text;
     for (const std::string& name : s.names)
-        text += " \\\n                " + Quoted("(" + Joined(s.names) + ")" + name + "[" +
-                                                 ZshText(s.description) + "]" + value);
-    return text;
+        text << " \\\n                " << Quoted(std::string(others).append(name).append(rest));
+    return text.str();
 }
 
 std::string Zsh(const Verb& program, const std::vector<Verb>& verbs) {

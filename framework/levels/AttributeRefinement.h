@@ -4,6 +4,7 @@
 #include "framework/files/SurfaceAttributes.h"
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 
 namespace trovik {
@@ -79,6 +80,7 @@ CornerValues<count> FaceValues(CornerValues<count> base,
 
 /// The face of level 0 that face `face` of level `level` lies in.
 inline std::uint32_t BaseFace(std::uint32_t corners, std::uint32_t level, std::uint32_t face) {
+    assert(corners != 0);
     return level == 0 ? face : (face >> (2 * (level - 1))) / corners;
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace trovik {
 
@@ -40,10 +41,9 @@ SwiftStroke::SwiftStroke()
     // The kernels load the block as whole aligned vectors.
     brushSpaceAllocation = std::malloc(brushSpaceBytes);
     std::memset(brushSpaceAllocation, 0, brushSpaceBytes);
-    const auto address = reinterpret_cast<uintptr_t>(brushSpaceAllocation);
-    const uintptr_t misalignment = address & 15u;
-    brushSpace =
-        reinterpret_cast<BrushSpace*>(misalignment == 0 ? address : address + (16u - misalignment));
+    void* start = brushSpaceAllocation;
+    std::size_t room = brushSpaceBytes;
+    brushSpace = static_cast<BrushSpace*>(std::align(16, sizeof(BrushSpace), start, room));
     brushSpace->inverseScale = HWVector(Vector(1.0f, 1.0f, 1.0f));
 
     const bool testMode = g_pKernel->IsTestModeOn();
@@ -126,10 +126,10 @@ void SwiftStroke::OnNodeEvent(const Attribute& attribute, NodeEventType type) {
         falloffName.Value() == QString::fromLatin1(noRenderCommand)) {
         renderSwiftStroke.attribute->SetValue(false, true);
     }
-    // Outside test mode the tessellating base is passed over on purpose.
     if (g_pKernel->IsTestModeOn())
         DetailBrush::OnNodeEvent(attribute, type);
     else
+        // Past the tessellating base on purpose. NOLINTNEXTLINE(bugprone-parent-virtual-call)
         BrushOperation::OnNodeEvent(attribute, type);
 }
 

@@ -4,6 +4,7 @@
 #include "brush/Translation.h"
 
 #include <cmath>
+#include <memory>
 #include <new>
 
 namespace trovik {
@@ -29,10 +30,11 @@ float FaceMeasure(const SurfacePoint& hit) {
 
 /// A grid of side x side vectors at the next 16-byte boundary. `allocation` is what to free.
 HWVector* AllocateGrid(uint32_t side, void** allocation) {
-    const std::size_t bytes = static_cast<std::size_t>(side) * side * sizeof(HWVector) + 15;
-    *allocation = ::operator new(bytes);
-    const auto address = reinterpret_cast<uintptr_t>(*allocation);
-    return reinterpret_cast<HWVector*>((address + 15) & ~uintptr_t{15});
+    const std::size_t bytes = static_cast<std::size_t>(side) * side * sizeof(HWVector);
+    std::size_t room = bytes + 15;
+    *allocation = ::operator new(room);
+    void* start = *allocation;
+    return static_cast<HWVector*>(std::align(16, bytes, start, room));
 }
 
 /// Frees the grids on every way out of the walk; refused memory for undo records leaves by throw.
