@@ -73,11 +73,13 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
             neighbour = base.baseNeighbours.array[face * base.CornersPerFace() + side];
             break;
         }
-        const uint32_t childCount = level == 1 && triangleBase ? 3 : 4;
-        const uint32_t above = face / childCount;
-        const uint32_t child = face % childCount;
+        const bool ofTriangle = level == 1 && triangleBase;
+        const uint32_t childCount = ofTriangle ? 3 : 4;
+        // Divisions by numbers that the compiler knows.
+        const uint32_t above = ofTriangle ? face / 3 : face / 4;
+        const uint32_t child = face - above * childCount;
         const ChildSide place =
-            childCount == 3 ? TriangleChildSide(child, side) : QuadChildSide(child, side);
+            ofTriangle ? TriangleChildSide(child, side) : QuadChildSide(child, side);
         if (place.inside) {
             neighbour = (above * childCount + place.sibling) * 4 + place.siblingSide;
             break;
