@@ -15,6 +15,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <utility>
 
 namespace trovik::test {
 namespace {
@@ -120,8 +121,7 @@ TEST_F(VectorWidths, PackNormalsAlike) {
             PackNormals(grid.data() + stride + 1, stride, count, scale, four);
             PackNormalsWide(grid.data() + stride + 1, stride, count, scale, eight);
             for (uint32_t i = 0; i < count; ++i) {
-                ASSERT_EQ(four.xy[i], eight.xy[i]) << count << ", " << i;
-                ASSERT_EQ(four.z[i] & 0xffffu, eight.z[i] & 0xffffu) << count << ", " << i;
+                ASSERT_EQ(four.normals[i], eight.normals[i]) << count << ", " << i;
             }
         }
     }
@@ -146,10 +146,9 @@ TEST(PackedNormals, AreThoseOfTheVectorOperations) {
                 normal.Normalize();
                 int integers[4];
                 normal.StoreNormalAsInt(integers);
-                const auto low = [](int word) { return static_cast<uint32_t>(word) & 0xffffu; };
-                ASSERT_EQ(packed.xy[i] & 0xffffu, low(integers[3]));
-                ASSERT_EQ(packed.xy[i] >> 16, low(integers[2]));
-                ASSERT_EQ(packed.z[i] & 0xffffu, low(integers[1]));
+                const auto low = [](int word) { return static_cast<uint64_t>(word) & 0xffffu; };
+                ASSERT_EQ(packed.normals[i],
+                          low(integers[3]) | low(integers[2]) << 16 | low(integers[1]) << 32);
             }
         }
     }
@@ -171,6 +170,69 @@ TEST_F(VectorWidths, SculptAlike) {
          {Tool::Sculpt, Tool::Flatten, Tool::Pinch, Tool::Smooth, Tool::Wax, Tool::Bulge})
         EXPECT_EQ(StrokeWith(VectorWidth::Four, tool), StrokeWith(VectorWidth::Eight, tool))
             << static_cast<int>(tool);
+}
+
+enum class Heights { Uneven, ZerosOfBothSigns, SomeNoNumbers };
+
+/// The bounds of zeros of both signs, and of places of which some are no numbers, depend on the
+/// order in which they are taken in.
+float HeightOf(uint32_t v, Heights heights) {
+    const uint32_t drawn = v * 2654435761u >> 16;
+    // Far less than a face's side, which decides how large patches are.
+    const float height = 1e-8f * static_cast<float>(drawn);
+    if (heights == Heights::ZerosOfBothSigns)
+        return drawn % 5 == 0 ? 0.0f : drawn % 5 == 1 ? -0.0f : height;
+    if (heights == Heights::SomeNoNumbers && v % 211 == 17) return notANumber;
+    return height;
+}
+
+/// What a dab leaves behind, as bytes: vertices, normals, records and the bounds of what moved.
+std::vector<uint8_t> DabWith(
+    VectorWidth width, Tool tool, float radius, int32_t patchLevel, Heights heights) {
+    const VectorWidth before = UseVectorWidth(width);
+    StrokeBench bench(SingleQuad(), 7);
+    LevelMesh& mesh = bench.Mesh();
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
+        mesh.vertices.array[v].z = HeightOf(v, heights);
+        mesh.SetFreeze(v, static_cast<uint8_t>(v % 128));
+    }
+    std::vector<uint8_t> bytes;
+    const auto add = [&bytes](const auto* first, std::size_t count) {
+        const auto* raw = reinterpret_cast<const uint8_t*>(first);
+        bytes.insert(bytes.end(), raw, raw + count * sizeof *first);
+    };
+    bench.Activate(tool, 1);
+    bench.Begin();
+    bench.Dab(bench.HitFace(2000), radius, 0.001f, 0.8f);
+    EXPECT_EQ(bench.brush->patchLevel, patchLevel);
+    add(&bench.brush->brushSpace->boundsMin, 1);
+    add(&bench.brush->brushSpace->boundsMax, 1);
+    bench.Dab(bench.HitFace(9000), radius, 0.001f, 0.8f);
+    add(mesh.vertices.array, mesh.VertexCount());
+    add(mesh.vertexNormals.array, mesh.VertexCount());
+    add(mesh.changeRecords, mesh.changeRecordCount);
+    add(&bench.brush->brushSpace->boundsMin, 1);
+    add(&bench.brush->brushSpace->boundsMax, 1);
+    bench.End();
+    UseVectorWidth(before);
+    return bytes;
+}
+
+/// Patches of 128, 64 and fewer faces a side; under the larger brushes whole rows move, under the
+/// smaller ones pieces of them.
+TEST_F(VectorWidths, SculptPatchesOfEverySizeAlike) {
+    for (const Tool tool : {Tool::Sculpt, Tool::Flatten, Tool::Pinch, Tool::Smooth, Tool::Bulge}) {
+        for (const auto& [radius, patchLevel] :
+             {std::pair{4.0f, 7}, {1.5f, 6}, {0.7f, 4}, {0.2f, 3}, {0.05f, 1}}) {
+            for (const Heights heights :
+                 {Heights::Uneven, Heights::ZerosOfBothSigns, Heights::SomeNoNumbers}) {
+                EXPECT_TRUE(DabWith(VectorWidth::Four, tool, radius, patchLevel, heights) ==
+                            DabWith(VectorWidth::Eight, tool, radius, patchLevel, heights))
+                    << "tool " << static_cast<int>(tool) << ", radius " << radius << ", heights "
+                    << static_cast<int>(heights);
+            }
+        }
+    }
 }
 
 }  // namespace

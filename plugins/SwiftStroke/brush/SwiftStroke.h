@@ -280,6 +280,9 @@ public:
     // --- Scratch of the kernels ---
     PatchVertexEntry* patchVertexList = nullptr;
     int32_t patchVertexListCapacity = 0;
+    /// PatchSlice of the patch that patchVertexList lists, null when it may list another; compared,
+    /// never read through.
+    const uint32_t* listedSlice = nullptr;
     void* spareScratch = nullptr;
     uint64_t spareScratchSize = 0;
     uint32_t dabReserved = 0;
@@ -369,6 +372,7 @@ private:
     void RebuildStamp();
     void ReadRing(Mesh* walked, uint32_t patch, RingContent content);
     void ReadRingSide(const uint32_t* slice, uint32_t side, uint32_t neighbour, bool readsLayer);
+    void ReadRingLayer(const uint32_t* ringVertices, uint32_t count, uint32_t cell, int32_t step);
     void RepeatOpenSide(uint32_t side, bool layerToo);
     void ReadPatchLayerValues(const uint32_t* slice, uint32_t patch);
     void RecordOriginalData(uint32_t vertex);

@@ -30,6 +30,7 @@ KernelSwitches SwiftStroke::PatchSwitches() const {
 bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     const TVCrashReporterFlag flag(4, 16384);
     if (mesh == nullptr) return false;
+    listedSlice = nullptr;
     const uint32_t faceBase = facesPerPatch * face;
     if (faceBase >= mesh->faceCount) return false;
     // The first face of a patch decides for all of it.

@@ -120,22 +120,9 @@ __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
     }
     turn(under, lower, points - 1, leftUnder);
 
-    bool reached = false;
-    HWVector least = patch.boundsMin;
-    HWVector most = patch.boundsMax;
-    const auto widen = [&](const HWVector* old, const HWVector* now, const RowBatches& batches) {
-        for (uint32_t i = 0; i < points; ++i) {
-            if (!batches.IsTurnOf(i)) continue;
-            reached = true;
-            least = HWVector::Minimum(HWVector::Minimum(least, now[i]), old[i]);
-            most = HWVector::Maximum(HWVector::Maximum(most, now[i]), old[i]);
-        }
-    };
-    widen(before[0], grid + entries->cell, upper);
-    widen(before[1], grid + under->cell, lower);
-    patch.boundsMin = least;
-    patch.boundsMax = most;
-    return reached;
+    const bool above = WidenBounds(patch, grid + entries->cell, before[0], points, upper);
+    const bool below = WidenBounds(patch, grid + under->cell, before[1], points, lower);
+    return above || below;
 }
 
 /// Runs the vertex step over a patch.

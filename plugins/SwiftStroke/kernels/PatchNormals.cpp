@@ -35,8 +35,10 @@ TROVIK_FORCE_INLINE __m128 Difference(__m128 a, __m128 b, __m128 c, __m128 d) {
 }
 
 /// Normals at `cell` and the three cells behind it.
-TROVIK_FORCE_INLINE void PackFour(
-    const HWVector* cell, uint32_t stride, const Components& scale, uint32_t* xy, uint32_t* z) {
+TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
+                                  uint32_t stride,
+                                  const Components& scale,
+                                  uint64_t* out) {
     const auto side = [cell](int i) { return _mm_sub_ps(cell[i - 1].lanes, cell[i + 1].lanes); };
     const HWVector* above = cell - stride;
     const HWVector* below = cell + stride;
@@ -61,15 +63,21 @@ TROVIK_FORCE_INLINE void PackFour(
     };
     // The lower half of each word, as a narrowing conversion takes it: no saturation.
     const __m128i lowX = _mm_srli_epi32(_mm_slli_epi32(words(n.x), 16), 16);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(xy),
-                     _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(z), words(n.z));
+    const __m128i xy = _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16));
+    const __m128i z = _mm_and_si128(words(n.z), _mm_set1_epi32(0xffff));
+    auto* two = reinterpret_cast<__m128i*>(out);
+    _mm_storeu_si128(two, _mm_unpacklo_epi32(xy, z));
+    _mm_storeu_si128(two + 1, _mm_unpackhi_epi32(xy, z));
 }
 
-/// The fourth word is the host's and is not touched.
-TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint32_t xy, uint32_t z) {
-    std::memcpy(&normal, &xy, sizeof xy);
-    normal.z = static_cast<int16_t>(z);
+/// The fourth word is the host's and stays as it is. Read and written as one: what is not near by
+/// is then asked for well before it is needed.
+TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint64_t packed) {
+    constexpr uint64_t hostWord = uint64_t{0xffff} << 48;
+    uint64_t words;
+    std::memcpy(&words, &normal, sizeof words);
+    words = (words & hostWord) | packed;
+    std::memcpy(&normal, &words, sizeof words);
 }
 
 }  // namespace
@@ -82,7 +90,7 @@ void PackNormals(
         for (uint32_t i = 0; i < count; i += 4) {
             // The last four end at the last cell and make some normals again.
             const uint32_t first = std::min(i, count - 4);
-            PackFour(cell + first, stride, scales, out.xy + first, out.z + first);
+            PackFour(cell + first, stride, scales, out.normals + first);
         }
         return;
     }
@@ -93,7 +101,7 @@ void PackNormals(
         for (uint32_t row = 0; row < 3; ++row)
             copy[row][i] = *(cell + from + row * stride - stride - 1);
     }
-    PackFour(copy[1] + 1, 6, scales, out.xy, out.z);
+    PackFour(copy[1] + 1, 6, scales, out.normals);
 }
 
 /// Makes normals of a patch's rows and columns and puts them in their places.
@@ -106,6 +114,7 @@ public:
           slice(patchSlice),
           places(SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(brush.patchLevel))
                      .array),
+          list(patchSlice == brush.listedSlice ? brush.patchVertexList : nullptr),
           normals(brush.mesh->vertexNormals.array),
           scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
           pack(PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
@@ -116,7 +125,13 @@ public:
         for (uint32_t first = 0; first < points; first += PackedRow::capacity) {
             const uint32_t count = std::min(points - first, PackedRow::capacity);
             pack(cells + first, stride, count, scaleSquared, packed);
-            Put(place + first, count);
+            // The list tells the vertices in fewer steps.
+            if (list != nullptr) {
+                const PatchVertexEntry* entries = list + row * points + first;
+                Put(count, [entries](uint32_t i) { return entries[i].vertex; });
+            } else {
+                Put(count, [this, at = place + first](uint32_t i) { return slice[at[i]]; });
+            }
         }
     }
 
@@ -136,26 +151,30 @@ public:
             pack(turned[1] + 1, turnedStride, count, scaleSquared, packed);
             const uint32_t* place = places + first * points + column;
             for (uint32_t i = count; i-- > 0; place += points)
-                StoreNormal(normals[slice[*place]], packed.xy[i], packed.z[i]);
+                StoreNormal(normals[slice[*place]], packed.normals[i]);
         }
     }
 
     uint32_t points;
 
 private:
-    /// Puts the first packed normals of a row in their places.
-    void Put(const uint32_t* place, uint32_t count) {
+    /// Puts the first packed normals of a row in the places of the vertices that `vertexAt` names.
+    template <class VertexAt>
+    TROVIK_FORCE_INLINE void Put(uint32_t count, const VertexAt& vertexAt) {
         // Held here, since for all that the compiler knows a normal may be one of the members.
-        const uint32_t* const corners = slice;
         PackedNormal* const to = normals;
-        for (uint32_t i = 0; i < count; ++i)
-            StoreNormal(to[corners[place[i]]], packed.xy[i], packed.z[i]);
+        uint32_t i = 0;
+        for (; i + 4 <= count; i += 4) {
+            for (uint32_t k = i; k < i + 4; ++k) StoreNormal(to[vertexAt(k)], packed.normals[k]);
+        }
+        for (; i < count; ++i) StoreNormal(to[vertexAt(i)], packed.normals[i]);
     }
 
     uint32_t stride;
     const HWVector* grid;
     const uint32_t* slice;
     const uint32_t* places;
+    const PatchVertexEntry* list;
     PackedNormal* normals;
     HWVector scaleSquared;
     decltype(&PackNormals) pack;

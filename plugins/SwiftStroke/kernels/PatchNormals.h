@@ -7,12 +7,11 @@
 
 namespace trovik {
 
-/// Packed normals of up to 64 neighbouring cells of a grid's row: x in the lower and y in the upper
-/// half of one word, z in the lower half of another.
+/// Packed normals of up to 64 neighbouring cells of a grid's row, each as a PackedNormal lies in
+/// memory, with the host's word 0.
 struct PackedRow {
     static constexpr uint32_t capacity = 64;
-    alignas(32) uint32_t xy[capacity];
-    alignas(32) uint32_t z[capacity];
+    alignas(32) uint64_t normals[capacity];
 };
 
 /// Normals by central differences at `count` cells from `cell` on, 1 to 64 of them, in a grid whose

@@ -22,9 +22,9 @@ struct WideComponents {
     __m256 x, y, z;
 };
 
-/// Cells i and i + 4, one in each half.
+/// Cells 2i and 2i + 1, one in each half.
 TROVIK_AVX2 inline __m256 Pair(const HWVector* cell, int i) {
-    return _mm256_insertf128_ps(_mm256_castps128_ps256(cell[i].lanes), cell[i + 4].lanes, 1);
+    return _mm256_loadu_ps(reinterpret_cast<const float*>(cell + 2 * i));
 }
 
 TROVIK_AVX2 inline WideComponents Transposed(__m256 v0, __m256 v1, __m256 v2, __m256 v3) {
@@ -46,6 +46,7 @@ TROVIK_AVX2 inline __m256i Words(__m256 component, __m256 factor) {
     return _mm256_cvtps_epi32(_mm256_mul_ps(unit, _mm256_set1_ps(32767.0f)));
 }
 
+/// Components come in the order of cells 0 2 4 6 1 3 5 7.
 TROVIK_AVX2 inline WideComponents Differences(const HWVector* less, const HWVector* taken) {
     return Transposed(_mm256_sub_ps(Pair(less, 0), Pair(taken, 0)),
                       _mm256_sub_ps(Pair(less, 1), Pair(taken, 1)),
@@ -53,24 +54,37 @@ TROVIK_AVX2 inline WideComponents Differences(const HWVector* less, const HWVect
                       _mm256_sub_ps(Pair(less, 3), Pair(taken, 3)));
 }
 
-TROVIK_AVX2 inline void PackEight(
-    const HWVector* cell, uint32_t stride, const WideComponents& scale, uint32_t* xy, uint32_t* z) {
+/// Eight normals not yet of unit length, and their products with themselves.
+struct RawNormals {
+    __m256 x, y, z, dot;
+};
+
+TROVIK_AVX2 inline void CrossEight(const HWVector* cell,
+                                   uint32_t stride,
+                                   const WideComponents& scale,
+                                   RawNormals& n) {
     const WideComponents across = Differences(cell - 1, cell + 1);
     const WideComponents along = Differences(cell - stride, cell + stride);
-    WideComponents n;
     n.x = _mm256_mul_ps(Difference(across.y, along.z, across.z, along.y), scale.x);
     n.y = _mm256_mul_ps(Difference(across.z, along.x, across.x, along.z), scale.y);
     n.z = _mm256_mul_ps(Difference(across.x, along.y, across.y, along.x), scale.z);
-    const __m256 dot = _mm256_add_ps(
-        _mm256_mul_ps(n.z, n.z), _mm256_add_ps(_mm256_mul_ps(n.y, n.y), _mm256_mul_ps(n.x, n.x)));
+    n.dot = _mm256_add_ps(_mm256_mul_ps(n.z, n.z),
+                          _mm256_add_ps(_mm256_mul_ps(n.y, n.y), _mm256_mul_ps(n.x, n.x)));
+}
+
+TROVIK_AVX2 inline void PackEight(const RawNormals& n, uint64_t* out) {
     const __m256 one = _mm256_set1_ps(1.0f);
-    const __m256 isZero = _mm256_cmp_ps(dot, _mm256_setzero_ps(), _CMP_EQ_OQ);
-    const __m256 factor = _mm256_blendv_ps(_mm256_div_ps(one, _mm256_sqrt_ps(dot)), one, isZero);
+    const __m256 isZero = _mm256_cmp_ps(n.dot, _mm256_setzero_ps(), _CMP_EQ_OQ);
+    const __m256 factor = _mm256_blendv_ps(_mm256_div_ps(one, _mm256_sqrt_ps(n.dot)), one, isZero);
     const __m256i x = Words(n.x, factor);
     const __m256i y = Words(n.y, factor);
-    const __m256i packed = _mm256_blend_epi16(x, _mm256_slli_epi32(y, 16), 0xaa);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(xy), packed);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(z), Words(n.z, factor));
+    const __m256i xy = _mm256_blend_epi16(x, _mm256_slli_epi32(y, 16), 0xaa);
+    const __m256i z = _mm256_and_si256(Words(n.z, factor), _mm256_set1_epi32(0xffff));
+    const __m256i first = _mm256_unpacklo_epi32(xy, z);
+    const __m256i last = _mm256_unpackhi_epi32(xy, z);
+    auto* four = reinterpret_cast<__m256i*>(out);
+    _mm256_storeu_si256(four, _mm256_permute4x64_epi64(first, _MM_SHUFFLE(3, 1, 2, 0)));
+    _mm256_storeu_si256(four + 1, _mm256_permute4x64_epi64(last, _MM_SHUFFLE(3, 1, 2, 0)));
 }
 
 }  // namespace
@@ -80,10 +94,14 @@ TROVIK_AVX2 void PackNormalsWide(
     if (count < 8) return PackNormals(cell, stride, count, scale, out);
     const WideComponents scales = {
         _mm256_set1_ps(scale.X()), _mm256_set1_ps(scale.Y()), _mm256_set1_ps(scale.Z())};
-    for (uint32_t i = 0; i < count; i += 8) {
-        const uint32_t first = std::min(i, count - 8);
-        PackEight(cell + first, stride, scales, out.xy + first, out.z + first);
-    }
+    // In two goes, since root and division take so long that one would wait for its own.
+    RawNormals raw[PackedRow::capacity / 8];
+    uint32_t group = 0;
+    for (uint32_t i = 0; i < count; i += 8)
+        CrossEight(cell + std::min(i, count - 8), stride, scales, raw[group++]);
+    group = 0;
+    for (uint32_t i = 0; i < count; i += 8)
+        PackEight(raw[group++], out.normals + std::min(i, count - 8));
 }
 
 }  // namespace trovik

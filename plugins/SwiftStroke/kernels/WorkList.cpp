@@ -2,11 +2,35 @@
 #include "brush/SwiftStroke.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 
 namespace trovik {
 
 uint32_t strokeVertexCount = 0;
+
+namespace {
+
+/// Faces and cells of four entries.
+TROVIK_FORCE_INLINE void StoreFacesAndCells(PatchVertexEntry* entries,
+                                            const uint32_t* faces,
+                                            uint32_t faceBase,
+                                            uint32_t firstCell) {
+    static_assert(offsetof(PatchVertexEntry, cell) == offsetof(PatchVertexEntry, face) + 4);
+    const __m128i face = _mm_add_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(faces)),
+                                       _mm_set1_epi32(static_cast<int32_t>(faceBase)));
+    const __m128i cell =
+        _mm_add_epi32(_mm_set1_epi32(static_cast<int32_t>(firstCell)), _mm_setr_epi32(0, 1, 2, 3));
+    const __m128 two = _mm_castsi128_ps(_mm_unpacklo_epi32(face, cell));
+    const __m128 more = _mm_castsi128_ps(_mm_unpackhi_epi32(face, cell));
+    const auto at = [entries](int i) { return reinterpret_cast<__m64*>(&entries[i].face); };
+    _mm_storel_pi(at(0), two);
+    _mm_storeh_pi(at(1), two);
+    _mm_storel_pi(at(2), more);
+    _mm_storeh_pi(at(3), more);
+}
+
+}  // namespace
 
 uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
     const uint32_t side = 1u << patchLevel;
@@ -30,19 +54,27 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
 
     // Each vertex takes the face to its upper left, or the nearest one that the patch has. What the
     // later stages touch is fetched from here, since they find it only through the list.
+    const auto fetched = [=](uint32_t vertex) {
+        __builtin_prefetch(vertices + vertex, 1);
+        __builtin_prefetch(normals + vertex, 1);
+        return vertex;
+    };
+    listedSlice = slice;
     PatchVertexEntry* entry = patchVertexList;
     for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
         const uint32_t* faces = faceTable + std::min(row, side - 1) * side;
         const uint32_t firstCell = (row + 1) * stride + 1;
-        *entry++ = {slice[vertexTable[0]], faces[0] + faceBase, firstCell};
-        for (uint32_t column = 1; column < points; ++column, ++entry) {
-            const uint32_t vertex = slice[vertexTable[column]];
-            entry->vertex = vertex;
-            entry->face = faces[column - 1] + faceBase;
-            entry->cell = firstCell + column;
-            __builtin_prefetch(vertices + vertex, 1);
-            __builtin_prefetch(normals + vertex, 1);
+        *entry++ = {fetched(slice[vertexTable[0]]), faces[0] + faceBase, firstCell};
+        uint32_t column = 1;
+        for (; column + 3 < points; column += 4, entry += 4) {
+            for (uint32_t i = 0; i < 4; ++i)
+                entry[i].vertex = fetched(slice[vertexTable[column + i]]);
+            StoreFacesAndCells(entry, faces + column - 1, faceBase, firstCell + column);
         }
+        for (; column < points; ++column)
+            *entry++ = {fetched(slice[vertexTable[column]]),
+                        faces[column - 1] + faceBase,
+                        firstCell + column};
     }
     return count;
 }

@@ -100,32 +100,49 @@ void SwiftStroke::ReadPatchPositions(const uint32_t* slice) {
     const auto level = static_cast<uint32_t>(patchLevel);
     const uint32_t points = (1u << level) + 1;
     const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
-    const Vertex* vertices = mesh->vertices.array;
-    for (uint32_t row = 0; row < points; ++row) {
-        HWVector* cell = positionGrid + (row + 1) * gridStride + 1;
+    const Vertex* const vertices = mesh->vertices.array;
+    HWVector* row = positionGrid + gridStride + 1;
+    for (uint32_t left = points; left > 0; --left, row += gridStride, vertexTable += points) {
         for (uint32_t column = 0; column < points; ++column)
-            *cell++ = PositionOf(vertices[slice[*vertexTable++]]);
+            row[column] = PositionOf(vertices[slice[vertexTable[column]]]);
     }
 }
+
+namespace {
+
+/// Calls back for the stretches of each row that lie in the two outer rings of a patch: with the
+/// row, its first column and the column behind its last.
+template <class Callback>
+void ForEachEdgeStretch(uint32_t points, const Callback& callback) {
+    for (uint32_t row = 0; row < points; ++row) {
+        if (row < 2 || row + 2 >= points) {
+            callback(row, 0u, points);
+        } else {
+            callback(row, 0u, 2u);
+            callback(row, points - 2, points);
+        }
+    }
+}
+
+}  // namespace
 
 void SwiftStroke::ReadPatchEdge(const uint32_t* slice) {
     const auto level = static_cast<uint32_t>(patchLevel);
     const uint32_t points = (1u << level) + 1;
     const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
     const Vertex* vertices = mesh->vertices.array;
-    for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
-        HWVector* cells = positionGrid + (row + 1) * gridStride + 1;
-        const auto read = [&](uint32_t from, uint32_t to) {
-            for (uint32_t column = from; column < to; ++column)
-                cells[column] = PositionOf(vertices[slice[vertexTable[column]]]);
-        };
-        if (row < 2 || row + 2 >= points) {
-            read(0, points);
-        } else {
-            read(0, 2);
-            read(points - 2, points);
-        }
-    }
+    // They lie far apart; all are asked for before the first is waited for.
+    ForEachEdgeStretch(points, [=](uint32_t row, uint32_t from, uint32_t to) {
+        for (uint32_t column = from; column < to; ++column)
+            __builtin_prefetch(vertices + slice[vertexTable[row * points + column]]);
+    });
+    HWVector* const firstCell = positionGrid + gridStride + 1;
+    const uint32_t stride = gridStride;
+    ForEachEdgeStretch(points, [=](uint32_t row, uint32_t from, uint32_t to) {
+        for (uint32_t column = from; column < to; ++column)
+            firstCell[row * stride + column] =
+                PositionOf(vertices[slice[vertexTable[row * points + column]]]);
+    });
 }
 
 void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
@@ -179,19 +196,39 @@ void SwiftStroke::ReadRingSide(const uint32_t* slice,
                                bool readsLayer) {
     const auto level = static_cast<uint32_t>(patchLevel);
     const uint32_t size = 1u << level;
-    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
     const Vertex* vertices = mesh->vertices.array;
     const Walk walk = NeighbourWalk(neighbourSide, size);
     const RingSide ring = RingSideOf(side, gridStride);
-    for (uint32_t i = 0; i <= size; ++i) {
-        const uint32_t vertex = slice[vertexTable[Along(walk.start, i, walk.step)]];
-        const uint32_t cell = Along(ring.start, size - i, ring.step);
-        positionGrid[cell] = PositionOf(vertices[vertex]);
-        if (readsLayer) {
-            Vector value;
-            ReadLayerValue(value, vertex, 0);
-            layerGrid[cell] = HWVector(value);
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    uint32_t place = walk.start;
+    uint32_t cell = Along(ring.start, size, ring.step);
+    HWVector* const positions = positionGrid;
+
+    // A side's vertices lie far apart; all are asked for before the first is waited for.
+    constexpr uint32_t together = 128;
+    uint32_t found[together];
+    for (uint32_t left = size + 1; left > 0;) {
+        const uint32_t count = std::min(left, together);
+        for (uint32_t i = 0; i < count; ++i, place += static_cast<uint32_t>(walk.step)) {
+            found[i] = slice[vertexTable[place]];
+            __builtin_prefetch(vertices + found[i]);
         }
+        const uint32_t firstCell = cell;
+        for (uint32_t i = 0; i < count; ++i, cell -= static_cast<uint32_t>(ring.step))
+            positions[cell] = PositionOf(vertices[found[i]]);
+        if (readsLayer) ReadRingLayer(found, count, firstCell, ring.step);
+        left -= count;
+    }
+}
+
+void SwiftStroke::ReadRingLayer(const uint32_t* ringVertices,
+                                uint32_t count,
+                                uint32_t cell,
+                                int32_t step) {
+    for (uint32_t i = 0; i < count; ++i, cell -= static_cast<uint32_t>(step)) {
+        Vector value;
+        ReadLayerValue(value, ringVertices[i], 0);
+        layerGrid[cell] = HWVector(value);
     }
 }
 

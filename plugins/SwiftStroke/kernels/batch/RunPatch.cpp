@@ -15,9 +15,11 @@ namespace {
 
 using Weigher = uint64_t (*)(const WeighTerms&, uint32_t, VertexBatch&);
 
+bool IsWide() { return PresentVectorWidth() == VectorWidth::Eight; }
+
 template <BuildUp buildUp>
 Weigher WeigherOf(bool inWorldSpace) {
-    if (PresentVectorWidth() == VectorWidth::Eight)
+    if (IsWide())
         return inWorldSpace ? &WeighBatchWide<buildUp, true> : &WeighBatchWide<buildUp, false>;
     return inWorldSpace ? &WeighBatch<buildUp, true> : &WeighBatch<buildUp, false>;
 }
@@ -44,6 +46,8 @@ public:
           dab(swiftStroke, mirroredStamp),
           terms(dab),
           weigh(WeigherFor(kernelSwitches)),
+          wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
+          wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
           // A mirrored read makes records in between the vertices' own, and their order is the
           // stroke's order of touch: then every vertex has its turn alone.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
@@ -51,13 +55,13 @@ public:
     /// All turns from `entries` on. \return whether the dab reached a vertex.
     bool Run(const PatchVertexEntry* entries, const PatchVertexEntry* end) {
         if (movers.rowPair != nullptr && brush.ListsEachVertexOnce() && dab.mesh.meshType == 1)
-            entries = RunRowPairs(entries, end);
+            entries = RunRows(entries, end);
         VertexBatch batch;
         while (entries != end) {
             uint64_t turns = 0;
             const uint32_t length =
                 Take(entries, static_cast<uint32_t>(end - entries), batch, turns);
-            reached |= movers.batch(dab, entries, length, turns, batch);
+            Move(entries, length, turns, batch);
             entries += length;
         }
         dab.StoreBounds();
@@ -88,22 +92,39 @@ private:
         return length;
     }
 
-    /// As many pairs of rows as there are. \return the first entry that has not had its turn.
-    const PatchVertexEntry* RunRowPairs(const PatchVertexEntry* entries,
-                                        const PatchVertexEntry* end) {
+    void Move(const PatchVertexEntry* entries,
+              uint32_t count,
+              uint64_t turns,
+              const VertexBatch& batch) {
+        reached |=
+            wideMover != nullptr
+                ? wideMover(
+                      dab, entries, count, turns, batch, switches.withFreeze, switches.inWorldSpace)
+                : movers.batch(dab, entries, count, turns, batch);
+    }
+
+    /// As many rows as can be averaged together. \return the first entry that has not had its turn.
+    const PatchVertexEntry* RunRows(const PatchVertexEntry* entries, const PatchVertexEntry* end) {
         const uint32_t points = (1u << brush.patchLevel) + 1;
         if (points > RowBatches::capacity) return entries;
-        RowBatches upper, lower;
-        for (; end - entries >= 2 * static_cast<std::ptrdiff_t>(points); entries += 2 * points) {
-            const uint32_t above = TakeRow(entries, points, upper);
-            const uint32_t below = above == points ? TakeRow(entries + points, points, lower) : 0;
-            if (below < points) {
+        const uint32_t together = wideRowMover != nullptr ? 4 : 2;
+        RowBatches rows[4];
+        for (; end - entries >= static_cast<std::ptrdiff_t>(together * points);
+             entries += together * points) {
+            for (uint32_t row = 0; row < together; ++row) {
+                const uint32_t taken = TakeRow(entries + row * points, points, rows[row]);
+                if (taken == points) continue;
                 // Memory for a record was refused. Who came before it moves, row after row.
-                MoveRow(entries, above, upper);
-                MoveRow(entries + points, below, lower);
-                return entries + above + below;
+                for (uint32_t before = 0; before < row; ++before)
+                    MoveRow(entries + before * points, points, rows[before]);
+                MoveRow(entries + row * points, taken, rows[row]);
+                return entries + row * points + taken;
             }
-            reached |= movers.rowPair(dab, entries, points, upper, lower);
+            if (wideRowMover != nullptr)
+                reached |= wideRowMover(
+                    dab, entries, points, rows, switches.withFreeze, switches.inWorldSpace);
+            else
+                reached |= movers.rowPair(dab, entries, points, rows[0], rows[1]);
         }
         return entries;
     }
@@ -128,7 +149,7 @@ private:
     void MoveRow(const PatchVertexEntry* entries, uint32_t count, const RowBatches& row) {
         for (uint32_t k = 0; count > 0; ++k) {
             const uint32_t length = std::min(count, VertexBatch::capacity);
-            reached |= movers.batch(dab, entries, length, row.turns[k], row.batches[k]);
+            Move(entries, length, row.turns[k], row.batches[k]);
             entries += length;
             count -= length;
         }
@@ -140,11 +161,32 @@ private:
     DabConstants dab;
     WeighTerms terms;
     Weigher weigh;
+    WideMover wideMover;
+    WideRowMover wideRowMover;
     uint32_t longest;
     bool reached = false;
 };
 
 }  // namespace
+
+bool WidenBounds(DabConstants& patch,
+                 const HWVector* now,
+                 const HWVector* before,
+                 uint32_t points,
+                 const RowBatches& row) {
+    bool any = false;
+    HWVector least = patch.boundsMin;
+    HWVector most = patch.boundsMax;
+    for (uint32_t i = 0; i < points; ++i) {
+        if (!row.IsTurnOf(i)) continue;
+        any = true;
+        least = HWVector::Minimum(HWVector::Minimum(least, now[i]), before[i]);
+        most = HWVector::Maximum(HWVector::Maximum(most, now[i]), before[i]);
+    }
+    patch.boundsMin = least;
+    patch.boundsMax = most;
+    return any;
+}
 
 bool SwiftStroke::RunPatch(uint32_t face,
                            const KernelSwitches& switches,

@@ -80,6 +80,36 @@ struct BatchMovers {
                     const RowBatches& lower);
 };
 
+/// Widens the bounds of the dab by the turns of a row, in the order of the list: from what its
+/// cells hold now and held before. \return whether there was one.
+bool WidenBounds(DabConstants& patch,
+                 const HWVector* now,
+                 const HWVector* before,
+                 uint32_t points,
+                 const RowBatches& row);
+
+/// A batch in the order of the list, two vertices at a time; what BatchMovers::batch does.
+using WideMover = bool (*)(DabConstants& patch,
+                           const PatchVertexEntry* entries,
+                           uint32_t count,
+                           uint64_t turns,
+                           const VertexBatch& batch,
+                           bool withFreeze,
+                           bool inWorldSpace);
+/// \return null where the kernel has an order to keep. Needs VectorWidth::Eight.
+WideMover WideMoverFor(const KernelSwitches& switches);
+
+/// Four rows of `points` entries at once; what BatchMovers::rowPair does for two. Takes places from
+/// the grid, which holds them when averages are made.
+using WideRowMover = bool (*)(DabConstants& patch,
+                              const PatchVertexEntry* entries,
+                              uint32_t points,
+                              const RowBatches* rows,
+                              bool withFreeze,
+                              bool inWorldSpace);
+/// For every kernel that has a BatchMovers::rowPair. Needs VectorWidth::Eight.
+WideRowMover WideRowMoverFor();
+
 /// Looks up the records of `count` entries, makes those that are missing, and marks them all with
 /// `dabStamp`. \return how many were taken: fewer than `count` where memory for a record was
 /// refused. Errors: those of MeshChange::Add_uncached, when not even the first could be taken.

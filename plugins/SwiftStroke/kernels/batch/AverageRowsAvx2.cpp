@@ -1,0 +1,298 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Four rows of averages at once. An average waits for the one to its left, addition by addition,
+/// and for the one above; so each row runs one vertex behind the row above it, two rows to a
+/// register. Every average meets the numbers that it would meet row after row.
+#include "kernels/batch/VertexBatch.h"
+
+#if defined(__x86_64__)
+#include "kernels/batch/WideVectors.h"
+#include "kernels/stages/Displacement.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+namespace trovik {
+
+namespace {
+
+constexpr uint32_t rowCount = 4;
+
+struct FourRows {
+    const PatchVertexEntry* entries;
+    uint32_t points;
+    uint32_t stride;
+    Vertex* vertices;
+    /// First cell of the upmost row.
+    HWVector* cells;
+    /// 1 in mesh-local space, which leaves every number as it is.
+    HWVector scale;
+    const float (*weights)[RowBatches::capacity];
+
+    HWVector* CellOf(uint32_t row, uint32_t column) const { return cells + row * stride + column; }
+    Vertex& VertexOf(uint32_t row, uint32_t column) const {
+        return vertices[entries[row * points + column].vertex];
+    }
+};
+
+/// Steps of the four rows together: at step t row r stands at column t - r.
+class StepMap {
+public:
+    StepMap(const RowBatches* rows, uint32_t points) : all{~0ull, ~0ull, ~0ull, ~0ull}, any{} {
+        const uint32_t words = (points + 63) / 64;
+        for (uint32_t row = 0; row < rowCount; ++row) {
+            uint64_t carried = 0;
+            for (uint32_t k = 0; k < std::size(all); ++k) {
+                const uint64_t turns = k < words ? rows[row].turns[k] : 0;
+                const uint64_t shifted = (turns << row) | carried;
+                carried = row == 0 ? 0 : turns >> (64 - row);
+                all[k] &= shifted;
+                any[k] |= shifted;
+            }
+        }
+    }
+    /// How many steps from `step` on have a turn in all rows.
+    uint32_t Together(uint32_t step) const { return LengthOf(all, step, 0); }
+    /// How many steps from `step` on have no turn in any row.
+    uint32_t Idle(uint32_t step) const { return LengthOf(any, step, ~uint64_t{0}); }
+
+private:
+    static uint32_t LengthOf(const uint64_t (&bits)[4], uint32_t step, uint64_t flip) {
+        uint32_t length = 0;
+        while (step < 256) {
+            const uint64_t rest = (bits[step / 64] ^ flip) >> (step % 64);
+            const auto here =
+                std::min(static_cast<uint32_t>(std::countr_one(rest)), 64 - step % 64);
+            length += here;
+            if (here < 64 - step % 64) break;
+            step += here;
+        }
+        return length;
+    }
+
+    uint64_t all[4];
+    uint64_t any[4];
+};
+static_assert(RowBatches::capacity + rowCount - 1 <= 256);
+
+/// One vertex alone.
+void AverageOne(const FourRows& rows, uint32_t row, uint32_t column) {
+    HWVector& cell = *rows.CellOf(row, column);
+    const HWVector* above = &cell - rows.stride;
+    const HWVector mean = FiveCellSum(above, rows.stride, rows.stride) * 0.2f;
+    const HWVector moved = cell + ((mean - cell) * rows.weights[row][column]) * rows.scale;
+    StorePosition(rows.VertexOf(row, column), moved);
+    cell = moved;
+}
+
+/// The new places of two vertices, from themselves, their four neighbours and their weights.
+TROVIK_AVX2_INLINE __m256 Averaged(__m256 place,
+                                   __m256 left,
+                                   __m256 right,
+                                   __m256 below,
+                                   __m256 above,
+                                   __m256 weights,
+                                   __m256 scale) {
+    __m256 sum = _mm256_add_ps(_mm256_add_ps(place, left), right);
+    sum = _mm256_add_ps(_mm256_add_ps(sum, below), above);
+    const __m256 mean = _mm256_mul_ps(sum, _mm256_set1_ps(0.2f));
+    const __m256 displacement = _mm256_mul_ps(_mm256_sub_ps(mean, place), weights);
+    return _mm256_add_ps(place, _mm256_mul_ps(displacement, scale));
+}
+
+/// Steps at which all four rows have a turn.
+TROVIK_AVX2_INLINE void AverageTogether(const FourRows& rows, uint32_t step, uint32_t count) {
+    HWVector* const first = rows.CellOf(0, step);
+    HWVector* const second = rows.CellOf(1, step - 1);
+    HWVector* const third = rows.CellOf(2, step - 2);
+    HWVector* const fourth = rows.CellOf(3, step - 3);
+    const HWVector* const over = first - rows.stride;
+    const HWVector* const under = fourth + rows.stride;
+    const __m256 scale = Doubled(rows.scale);
+    __m256 leftA = Beside(first[-1].lanes, second[-1].lanes);
+    __m256 leftB = Beside(third[-1].lanes, fourth[-1].lanes);
+    __m256 placeA = Beside(first->lanes, second->lanes);
+    __m256 placeB = Beside(third->lanes, fourth->lanes);
+    for (uint32_t i = 0; i < count; ++i) {
+        const __m256 rightA = Beside(first[i + 1].lanes, second[i + 1].lanes);
+        const __m256 rightB = Beside(third[i + 1].lanes, fourth[i + 1].lanes);
+        // Below a row lies what is to the right in the row behind it, and above it what that row
+        // has left behind.
+        const __m256 belowA = _mm256_permute2f128_ps(rightA, rightB, 0x21);
+        const __m256 belowB = Beside(SecondOf(rightB), under[i].lanes);
+        const __m256 aboveA = Beside(over[i].lanes, FirstOf(leftA));
+        const __m256 aboveB = _mm256_permute2f128_ps(leftA, leftB, 0x21);
+        const uint32_t column = step + i;
+        const __m256 weightA =
+            Beside(_mm_set1_ps(rows.weights[0][column]), _mm_set1_ps(rows.weights[1][column - 1]));
+        const __m256 weightB = Beside(_mm_set1_ps(rows.weights[2][column - 2]),
+                                      _mm_set1_ps(rows.weights[3][column - 3]));
+        leftA = Averaged(placeA, leftA, rightA, belowA, aboveA, weightA, scale);
+        leftB = Averaged(placeB, leftB, rightB, belowB, aboveB, weightB, scale);
+        first[i].lanes = FirstOf(leftA);
+        second[i].lanes = SecondOf(leftA);
+        third[i].lanes = FirstOf(leftB);
+        fourth[i].lanes = SecondOf(leftB);
+        StorePlaces(rows.VertexOf(0, column), rows.VertexOf(1, column - 1), leftA);
+        StorePlaces(rows.VertexOf(2, column - 2), rows.VertexOf(3, column - 3), leftB);
+        placeA = rightA;
+        placeB = rightB;
+    }
+}
+
+/// Bounds of four rows' turns, two cells at a time.
+class WideBounds {
+public:
+    TROVIK_AVX2_INLINE explicit WideBounds(const DabConstants& dab)
+        : least(Doubled(dab.boundsMin)), most(Doubled(dab.boundsMax)), odd(_mm256_setzero_ps()) {}
+
+    TROVIK_AVX2_INLINE void Take(__m256 now, __m256 before) {
+        least = _mm256_min_ps(_mm256_min_ps(least, now), before);
+        most = _mm256_max_ps(_mm256_max_ps(most, now), before);
+        odd = _mm256_or_ps(odd, _mm256_cmp_ps(now, before, _CMP_UNORD_Q));
+    }
+
+    TROVIK_AVX2_INLINE __m128 Least() const { return _mm_min_ps(FirstOf(least), SecondOf(least)); }
+    TROVIK_AVX2_INLINE __m128 Most() const { return _mm_max_ps(FirstOf(most), SecondOf(most)); }
+    /// Whether one of the places was no number: then the order decides.
+    TROVIK_AVX2_INLINE bool HasOdd() const { return _mm256_movemask_ps(odd) != 0; }
+
+private:
+    __m256 least;
+    __m256 most;
+    __m256 odd;
+};
+
+TROVIK_AVX2_INLINE void TakeRow(WideBounds& bounds,
+                                const HWVector* now,
+                                const HWVector* before,
+                                const uint64_t* turns,
+                                uint32_t points) {
+    for (uint32_t word = 0; word * 64 < points; ++word, now += 64, before += 64) {
+        uint64_t rest = turns[word];
+        for (uint32_t i = 0; rest != 0;) {
+            const auto idle = static_cast<uint32_t>(std::countr_zero(rest));
+            i += idle;
+            rest >>= idle;
+            const auto run = static_cast<uint32_t>(std::countr_one(rest));
+            const uint32_t end = i + run;
+            rest = run == 64 ? 0 : rest >> run;
+            for (; i + 1 < end; i += 2) {
+                bounds.Take(_mm256_loadu_ps(reinterpret_cast<const float*>(now + i)),
+                            _mm256_loadu_ps(reinterpret_cast<const float*>(before + i)));
+            }
+            if (i < end) bounds.Take(Doubled(now[i]), Doubled(before[i]));
+            i = end;
+        }
+    }
+}
+
+/// Whether x, y or z of one of the cells is a zero below zero.
+bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
+    const __m128i negativeZero = _mm_set1_epi32(std::numeric_limits<int32_t>::min());
+    __m128i found = _mm_setzero_si128();
+    for (uint32_t i = 0; i < count; ++i)
+        found =
+            _mm_or_si128(found, _mm_cmpeq_epi32(_mm_castps_si128(cells[i].lanes), negativeZero));
+    // The lowest lane is w.
+    return (_mm_movemask_ps(_mm_castsi128_ps(found)) & 14) != 0;
+}
+
+/// What WidenBounds does, for all rows, without their order. \return false, with nothing done,
+/// where the order decides: with numbers that are none, and with zeros of either sign at a bound.
+TROVIK_AVX2_INLINE bool WidenTogether(DabConstants& patch,
+                                      const FourRows& rows,
+                                      const HWVector (*before)[RowBatches::capacity],
+                                      const RowBatches* batches) {
+    WideBounds bounds(patch);
+    for (uint32_t row = 0; row < rowCount; ++row)
+        TakeRow(bounds, rows.CellOf(row, 0), before[row], batches[row].turns, rows.points);
+    if (bounds.HasOdd()) return false;
+    const HWVector both[2] = {HWVector(bounds.Least()), HWVector(bounds.Most())};
+    const __m128 zeros = _mm_or_ps(_mm_cmpeq_ps(both[0].lanes, _mm_setzero_ps()),
+                                   _mm_cmpeq_ps(both[1].lanes, _mm_setzero_ps()));
+    if ((_mm_movemask_ps(zeros) & 14) != 0) {
+        bool negative =
+            HoldNegativeZero(&patch.boundsMin, 1) || HoldNegativeZero(&patch.boundsMax, 1);
+        for (uint32_t row = 0; row < rowCount && !negative; ++row)
+            negative = HoldNegativeZero(before[row], rows.points) ||
+                       HoldNegativeZero(rows.CellOf(row, 0), rows.points);
+        if (negative) return false;
+    }
+    patch.boundsMin = both[0];
+    patch.boundsMax = both[1];
+    return true;
+}
+
+TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
+                                 const PatchVertexEntry* entries,
+                                 uint32_t points,
+                                 const RowBatches* batches,
+                                 bool withFreeze,
+                                 bool inWorldSpace) {
+    alignas(32) float weights[rowCount][RowBatches::capacity];
+    HWVector before[rowCount][RowBatches::capacity];
+    FourRows rows;
+    rows.entries = entries;
+    rows.points = points;
+    rows.stride = patch.brush.gridStride;
+    rows.vertices = patch.vertices;
+    rows.cells = patch.positionGrid + entries->cell;
+    rows.scale = inWorldSpace ? patch.space.inverseScale : HWVector::Splat(1.0f);
+    rows.weights = weights;
+    for (uint32_t row = 0; row < rowCount; ++row) {
+        for (uint32_t first = 0; first < points; first += VertexBatch::capacity) {
+            StrengthenBatch(patch,
+                            entries + row * points + first,
+                            std::min(points - first, VertexBatch::capacity),
+                            withFreeze,
+                            batches[row].batches[first / VertexBatch::capacity].weight,
+                            weights[row] + first);
+        }
+        std::copy_n(rows.CellOf(row, 0), points, before[row]);
+    }
+
+    const StepMap map(batches, points);
+    const uint32_t steps = points + rowCount - 1;
+    bool reached = false;
+    for (uint32_t step = 0; step < steps;) {
+        step += map.Idle(step);
+        if (step >= steps) break;
+        reached = true;
+        const uint32_t together = map.Together(step);
+        if (together > 0) {
+            AverageTogether(rows, step, together);
+            step += together;
+            continue;
+        }
+        for (uint32_t row = 0; row < rowCount && row <= step; ++row) {
+            const uint32_t column = step - row;
+            if (column < points && batches[row].IsTurnOf(column)) AverageOne(rows, row, column);
+        }
+        ++step;
+    }
+
+    if (!WidenTogether(patch, rows, before, batches)) {
+        for (uint32_t row = 0; row < rowCount; ++row)
+            WidenBounds(patch, rows.CellOf(row, 0), before[row], points, batches[row]);
+    }
+    return reached;
+}
+
+}  // namespace
+
+WideRowMover WideRowMoverFor() { return &AverageFourRows; }
+
+}  // namespace trovik
+
+#else
+
+namespace trovik {
+
+WideRowMover WideRowMoverFor() { return nullptr; }
+
+}  // namespace trovik
+
+#endif

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+/// \file
+/// Two vectors side by side, for the loops that take vertices in pairs. Only for files that hold
+/// the code of VectorWidth::Eight. Each half goes through the operations that HWVector has, in
+/// their order.
+#include "kernels/stages/DabConstants.h"
+
+#include <immintrin.h>
+
+// On the functions rather than on the file: inline functions of headers must not come out of a file
+// with instructions that the processor may lack. Templates and lambdas would lose it.
+#define TROVIK_AVX2 __attribute__((target("avx2")))
+#define TROVIK_AVX2_INLINE TROVIK_AVX2 TROVIK_FORCE_INLINE
+
+namespace trovik {
+
+TROVIK_AVX2_INLINE __m256 Beside(__m128 first, __m128 second) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(first), second, 1);
+}
+TROVIK_AVX2_INLINE __m256 Doubled(const HWVector& v) { return Beside(v.lanes, v.lanes); }
+TROVIK_AVX2_INLINE __m128 FirstOf(__m256 pair) { return _mm256_castps256_ps128(pair); }
+TROVIK_AVX2_INLINE __m128 SecondOf(__m256 pair) { return _mm256_extractf128_ps(pair, 1); }
+
+/// x, y, z in plain order to vectors with w 0, as ReversedXyz has it.
+TROVIK_AVX2_INLINE __m256 ReversedPair(__m256 plain) {
+    const __m256 reversed = _mm256_permute_ps(plain, _MM_SHUFFLE(0, 1, 2, 3));
+    const __m256i xyz = _mm256_setr_epi32(0, -1, -1, -1, 0, -1, -1, -1);
+    return _mm256_and_ps(reversed, _mm256_castsi256_ps(xyz));
+}
+
+TROVIK_AVX2_INLINE __m256 PlacesOf(const Vertex& first, const Vertex& second) {
+    return ReversedPair(Beside(_mm_loadu_ps(&first.x), _mm_loadu_ps(&second.x)));
+}
+
+/// Writes x, y and z and leaves the link as it is.
+TROVIK_AVX2_INLINE void StorePlain(Vertex& v, __m128 plain) {
+    _mm_storeu_ps(&v.x, _mm_blend_ps(plain, _mm_loadu_ps(&v.x), 8));
+}
+TROVIK_AVX2_INLINE void StorePlaces(Vertex& first, Vertex& second, __m256 places) {
+    const __m256 plain = _mm256_permute_ps(places, _MM_SHUFFLE(0, 1, 2, 3));
+    StorePlain(first, FirstOf(plain));
+    StorePlain(second, SecondOf(plain));
+}
+
+/// A bit each: vertex i's weight times the strength and, under a freeze, what the freeze leaves of
+/// it. \param out  room for `count` rounded up to eight; what lies behind `count` means nothing.
+TROVIK_AVX2_INLINE void StrengthenBatch(const DabConstants& dab,
+                                        const PatchVertexEntry* entries,
+                                        uint32_t count,
+                                        bool withFreeze,
+                                        const float* weights,
+                                        float* out) {
+    const __m256 strength = _mm256_set1_ps(dab.dabStrength);
+    for (uint32_t i = 0; i < count; i += 8)
+        _mm256_store_ps(out + i, _mm256_mul_ps(_mm256_load_ps(weights + i), strength));
+    if (!withFreeze) return;
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint8_t amount = dab.vertices[entries[i].vertex].freeze & freezeAmountMask;
+        out[i] = out[i] * (1.0f - static_cast<float>(amount) * freezeAmountToWeight);
+    }
+}
+
+}  // namespace trovik
