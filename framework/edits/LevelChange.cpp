@@ -5,6 +5,7 @@
 #include "framework/levels/LevelGeometry.h"
 #include "framework/memory/MemoryAccount.h"
 
+#include <algorithm>
 #include <cassert>
 #include <limits>
 #include <utility>
@@ -26,9 +27,13 @@ public:
         std::swap(records.array, spare.array);
         std::swap(records.capacity, spare.capacity);
     }
-    void TakeBack(Store<StoredVertexInfo>& records) {
-        const uint64_t bytes = uint64_t{records.capacity} * sizeof(StoredVertexInfo);
-        if (bytes > most || records.capacity <= spare.capacity || IsMemoryLimited()) return;
+    /// \param vertexCount  of the mesh whose records they were.
+    void TakeBack(Store<StoredVertexInfo>& records, uint32_t vertexCount) {
+        if (records.capacity <= spare.capacity || IsMemoryLimited()) return;
+        const uint64_t bytes = std::clamp(uint64_t{vertexCount} * shareOfVertex, least, most);
+        const auto kept = static_cast<uint32_t>(bytes / sizeof(StoredVertexInfo));
+        records.fill = 0;
+        if (records.capacity > kept && !records.SetCapacity(kept)) return;
         LendTo(records);
     }
     void Drop() { spare.Clear(); }
@@ -39,7 +44,10 @@ private:
         return MemoryAccount::Limit() != std::numeric_limits<int64_t>::max();
     }
 
-    /// Some 800 thousand vertices' worth.
+    /// Bytes for each vertex of the mesh, so that what is kept stays small beside it, within
+    /// bounds.
+    static constexpr uint64_t shareOfVertex = 4;
+    static constexpr uint64_t least = uint64_t{1} << 20;
     static constexpr uint64_t most = uint64_t{32} << 20;
     Store<StoredVertexInfo> spare{"spare change records"};
 };
@@ -69,7 +77,7 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
 
 LevelChange::~LevelChange() {
     if (linked) RestoreStamps();
-    Spare().TakeBack(recordStore);
+    Spare().TakeBack(recordStore, level->VertexCount());
 }
 
 void LevelChange::DropSpareMemory() { Spare().Drop(); }

@@ -63,6 +63,23 @@ TEST_F(LevelChangeTest, RecordsTakeOverTheMemoryOfTheChangeBefore) {
     EXPECT_EQ(change->records->array, array);
 }
 
+TEST(LevelChangeOfALargeMesh, LeavesNoMoreMemoryThanASmallShareOfTheMesh) {
+    LevelGeometry large(GridMesh(255, 255));
+    LevelMesh& mesh = *large.Bound();
+    ASSERT_EQ(mesh.VertexCount(), 65536u);
+    LevelChange::DropSpareMemory();
+    {
+        const std::unique_ptr<MeshChange> change(mesh.StartChange());
+        for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
+            change->Add_uncached(v, 0, mesh.vertices.array[v], false);
+        EXPECT_GE(change->records->capacity, 65536u);
+    }
+    const std::unique_ptr<MeshChange> change(mesh.StartChange());
+    EXPECT_EQ(change->records->capacity, (uint32_t{1} << 20) / sizeof(StoredVertexInfo));
+    EXPECT_EQ(mesh.changeRecords, change->records->array);
+    EXPECT_EQ(mesh.changeRecordCount, 0u);
+}
+
 TEST_F(LevelChangeTest, NoMemoryIsKeptOrTakenOverWhereItIsLimited) {
     { TouchRecord(*std::unique_ptr<MeshChange>(mesh.StartChange()), 0); }
     const int64_t before = MemoryAccount::Total();
