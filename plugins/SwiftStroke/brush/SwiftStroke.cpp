@@ -75,6 +75,7 @@ void SwiftStroke::ReleaseScratch() {
     std::free(patchVertexList);
     patchVertexList = nullptr;
     patchVertexListCapacity = 0;
+    listedSlice = nullptr;
     std::free(spareScratch);
     spareScratch = nullptr;
     spareScratchSize = 0;

@@ -154,6 +154,10 @@ public:
     /// Whether the four corners of the patch in the work list are four vertices. Then no two sides
     /// of it are glued to each other, and it lists each vertex once.
     bool ListsEachVertexOnce() const;
+    /// Whether patchVertexList lists the patch whose slice this is.
+    bool IsListed(const uint32_t* slice) const {
+        return slice == listedSlice && patchLevel == listedLevel;
+    }
     /// Mean of a vertex and all its adjacent vertices: positions, or values of the active layer
     /// when Smooth works on the layer.
     void RingAverage(Vector& out, uint32_t vertex, uint32_t face);
@@ -280,9 +284,10 @@ public:
     // --- Scratch of the kernels ---
     PatchVertexEntry* patchVertexList = nullptr;
     int32_t patchVertexListCapacity = 0;
-    /// PatchSlice of the patch that patchVertexList lists, null when it may list another; compared,
-    /// never read through.
+    /// PatchSlice and patchLevel of what patchVertexList lists; null when that may be out of date.
+    /// Compared, never read through.
     const uint32_t* listedSlice = nullptr;
+    int32_t listedLevel = 0;
     void* spareScratch = nullptr;
     uint64_t spareScratchSize = 0;
     uint32_t dabReserved = 0;

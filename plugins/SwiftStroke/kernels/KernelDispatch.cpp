@@ -41,6 +41,8 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
 
     Vector bentCells[8];
     if (isSmooth) {
+        // The list asks for the vertices, which the grid is then filled from.
+        BuildWorkList(face);
         FillPatchHalo(walked, face);
         CorrectCorners(face, bentCells);
     }

@@ -114,7 +114,7 @@ public:
           slice(patchSlice),
           places(SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(brush.patchLevel))
                      .array),
-          list(patchSlice == brush.listedSlice ? brush.patchVertexList : nullptr),
+          list(brush.IsListed(patchSlice) ? brush.patchVertexList : nullptr),
           normals(brush.mesh->vertexNormals.array),
           scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
           pack(PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}

@@ -60,6 +60,7 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
         return vertex;
     };
     listedSlice = slice;
+    listedLevel = patchLevel;
     PatchVertexEntry* entry = patchVertexList;
     for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
         const uint32_t* faces = faceTable + std::min(row, side - 1) * side;

@@ -102,6 +102,14 @@ void SwiftStroke::ReadPatchPositions(const uint32_t* slice) {
     const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
     const Vertex* const vertices = mesh->vertices.array;
     HWVector* row = positionGrid + gridStride + 1;
+    if (IsListed(slice)) {
+        const PatchVertexEntry* entries = patchVertexList;
+        for (uint32_t left = points; left > 0; --left, row += gridStride, entries += points) {
+            for (uint32_t column = 0; column < points; ++column)
+                row[column] = PositionOf(vertices[entries[column].vertex]);
+        }
+        return;
+    }
     for (uint32_t left = points; left > 0; --left, row += gridStride, vertexTable += points) {
         for (uint32_t column = 0; column < points; ++column)
             row[column] = PositionOf(vertices[slice[vertexTable[column]]]);

@@ -200,7 +200,8 @@ bool SwiftStroke::RunPatch(uint32_t face,
     }
 
     const bool mirroredStamp = WantsMirroredStampRead();
-    const uint32_t count = BuildWorkList(face);
+    const uint32_t points = (1u << patchLevel) + 1;
+    const uint32_t count = IsListed(PatchSlice(face)) ? points * points : BuildWorkList(face);
     const bool reached = PatchRun(*this, switches, movers, mirroredStamp)
                              .Run(patchVertexList, patchVertexList + count);
     strokeVertexCount += count;
