@@ -3,6 +3,7 @@
 
 #include "framework/edits/StrokeStep.h"
 #include "framework/levels/LevelGeometry.h"
+#include "framework/memory/SystemMemory.h"
 #include "framework/memory/MemoryAccount.h"
 
 #include <algorithm>
@@ -30,11 +31,11 @@ public:
     /// \param vertexCount  of the mesh whose records they were.
     void TakeBack(Store<StoredVertexInfo>& records, uint32_t vertexCount) {
         if (records.capacity <= spare.capacity || IsMemoryLimited()) return;
-        const uint64_t bytes = std::clamp(uint64_t{vertexCount} * shareOfVertex, least, most);
-        const auto kept = static_cast<uint32_t>(bytes / sizeof(StoredVertexInfo));
-        records.fill = 0;
-        if (records.capacity > kept && !records.SetCapacity(kept)) return;
         LendTo(records);
+        const uint64_t bytes = uint64_t{spare.capacity} * sizeof(StoredVertexInfo);
+        const uint64_t kept = std::clamp(uint64_t{vertexCount} * shareOfVertex, least, most);
+        if (bytes > kept)
+            GiveBackPages(reinterpret_cast<uint8_t*>(spare.array) + kept, bytes - kept);
     }
     void Drop() { spare.Clear(); }
 

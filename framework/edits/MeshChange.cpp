@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/memory/LargePages.h"
+#include "framework/memory/SystemMemory.h"
 #include "host/Mesh.h"
 
 #include <cassert>

@@ -2,6 +2,7 @@
 #include "framework/edits/StepKeeper.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/memory/SystemMemory.h"
 
 #include <algorithm>
 #include <csignal>
@@ -31,6 +32,9 @@ public:
 };
 
 namespace {
+
+/// The allocator holds on to what packing frees; so much is worth asking for.
+constexpr uint64_t worthGivingBack = uint64_t{1} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {
     uint64_t bytes = 0;
@@ -214,6 +218,7 @@ void StepKeeper::Run(const std::stop_token& stop) {
     sigaddset(&tooLong, SIGXFSZ);
     pthread_sigmask(SIG_BLOCK, &tooLong, nullptr);
 
+    uint64_t freed = 0;
     std::unique_lock lock(mutex);
     while (true) {
         asked.wait(lock, [&] { return stop.stop_requested() || !jobs.empty(); });
@@ -221,8 +226,16 @@ void StepKeeper::Run(const std::stop_token& stop) {
         Job job = std::move(jobs.front());
         jobs.pop_front();
         busy = true;
+        const uint64_t before = job.record->bytes;
         if (job.asked == job.record->asking) Do(job, lock);
+        freed += before - std::min(before, job.record->bytes);
         job.record.reset();
+        if (jobs.empty() && freed >= worthGivingBack) {
+            freed = 0;
+            lock.unlock();
+            GiveBackFreedMemory();
+            lock.lock();
+        }
         busy = false;
         done.notify_all();
     }

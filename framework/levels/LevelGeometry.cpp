@@ -7,7 +7,7 @@
 #include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelRefiner.h"
 #include "framework/levels/SurfaceNormal.h"
-#include "framework/memory/LargePages.h"
+#include "framework/memory/SystemMemory.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,7 +5,7 @@
 #include "framework/edits/LevelChange.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelGeometry.h"
-#include "framework/memory/LargePages.h"
+#include "framework/memory/SystemMemory.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/LevelChange.h"
 #include "framework/levels/LevelMesh.h"
-#include "framework/memory/LargePages.h"
+#include "framework/memory/SystemMemory.h"
 #include "host/HWVector.h"
 
 #include <algorithm>

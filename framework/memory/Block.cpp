@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Block.h"
 
-#include "framework/memory/LargePages.h"
+#include "framework/memory/SystemMemory.h"
 #include "framework/memory/MemoryAccount.h"
 
 #include <cstdlib>

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/memory/SystemMemory.h"
+
+#include <malloc.h>
+#include <sys/mman.h>
+
+namespace trovik {
+
+namespace {
+
+constexpr uint64_t pageSize = 4096;
+constexpr uint64_t least = uint64_t{4} << 20;
+
+/// For the whole pages inside the block; what it shares with its neighbours stays as it is.
+void Advise(void* memory, uint64_t bytes, int advice) {
+    const auto address = reinterpret_cast<uintptr_t>(memory);
+    const uintptr_t first = (address + pageSize - 1) / pageSize * pageSize;
+    const uintptr_t last = (address + bytes) / pageSize * pageSize;
+    if (last > first) madvise(reinterpret_cast<void*>(first), last - first, advice);
+}
+
+}  // namespace
+
+void PreferLargePages(void* memory, uint64_t bytes) {
+    if (memory != nullptr && bytes >= least) Advise(memory, bytes, MADV_HUGEPAGE);
+}
+
+void GiveBackPages(void* memory, uint64_t bytes) {
+    if (memory != nullptr) Advise(memory, bytes, MADV_DONTNEED);
+}
+
+void GiveBackFreedMemory() {
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
+
+}  // namespace trovik
