@@ -130,7 +130,8 @@ public:
                 const PatchVertexEntry* entries = list + row * points + first;
                 Put(count, [entries](uint32_t i) { return entries[i].vertex; });
             } else {
-                Put(count, [this, at = place + first](uint32_t i) { return slice[at[i]]; });
+                Put(count,
+                    [corners = slice, at = place + first](uint32_t i) { return corners[at[i]]; });
             }
         }
     }
@@ -163,11 +164,16 @@ private:
     TROVIK_FORCE_INLINE void Put(uint32_t count, const VertexAt& vertexAt) {
         // Held here, since for all that the compiler knows a normal may be one of the members.
         PackedNormal* const to = normals;
+        const uint64_t* const from = packed.normals;
+        const auto put = [=](uint32_t i) { StoreNormal(to[vertexAt(i)], from[i]); };
         uint32_t i = 0;
         for (; i + 4 <= count; i += 4) {
-            for (uint32_t k = i; k < i + 4; ++k) StoreNormal(to[vertexAt(k)], packed.normals[k]);
+            put(i);
+            put(i + 1);
+            put(i + 2);
+            put(i + 3);
         }
-        for (; i < count; ++i) StoreNormal(to[vertexAt(i)], packed.normals[i]);
+        for (; i < count; ++i) put(i);
     }
 
     uint32_t stride;

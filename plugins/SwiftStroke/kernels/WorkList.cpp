@@ -68,8 +68,11 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
         *entry++ = {fetched(slice[vertexTable[0]]), faces[0] + faceBase, firstCell};
         uint32_t column = 1;
         for (; column + 3 < points; column += 4, entry += 4) {
-            for (uint32_t i = 0; i < 4; ++i)
-                entry[i].vertex = fetched(slice[vertexTable[column + i]]);
+            const uint32_t* four = vertexTable + column;
+            entry[0].vertex = fetched(slice[four[0]]);
+            entry[1].vertex = fetched(slice[four[1]]);
+            entry[2].vertex = fetched(slice[four[2]]);
+            entry[3].vertex = fetched(slice[four[3]]);
             StoreFacesAndCells(entry, faces + column - 1, faceBase, firstCell + column);
         }
         for (; column < points; ++column)
