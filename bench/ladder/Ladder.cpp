@@ -74,7 +74,7 @@ void MeasureDabs(test::StrokeBench& bench, unsigned levels, Json& out) {
     const auto dab = [&] { bench.Dab(hit, radius, 0.001f); };
     bench.Begin();
     out["firstDabSeconds"] = Seconds(dab);
-    out["dabSeconds"] = LeastOf(30, dab);
+    out["dabSeconds"] = LeastOf(300, dab);
     const uint32_t records = *bench.brush->CurrentChange()->recordCount;
     if (records < coveredVertices * 0.99) throw std::runtime_error("fewer records than vertices");
 
