@@ -3,8 +3,8 @@
 
 #include "framework/edits/StrokeStep.h"
 #include "framework/levels/LevelGeometry.h"
-#include "framework/memory/SystemMemory.h"
 #include "framework/memory/MemoryAccount.h"
+#include "framework/memory/SystemMemory.h"
 
 #include <algorithm>
 #include <cassert>

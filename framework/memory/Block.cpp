@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Block.h"
 
-#include "framework/memory/SystemMemory.h"
 #include "framework/memory/MemoryAccount.h"
+#include "framework/memory/SystemMemory.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -14,9 +14,9 @@ constexpr uint64_t least = uint64_t{4} << 20;
 /// For the whole pages inside the block; what it shares with its neighbours stays as it is.
 void Advise(void* memory, uint64_t bytes, int advice) {
     const auto address = reinterpret_cast<uintptr_t>(memory);
-    const uintptr_t first = (address + pageSize - 1) / pageSize * pageSize;
-    const uintptr_t last = (address + bytes) / pageSize * pageSize;
-    if (last > first) madvise(reinterpret_cast<void*>(first), last - first, advice);
+    const uint64_t shared = (pageSize - address % pageSize) % pageSize;
+    if (bytes < shared + pageSize) return;
+    madvise(static_cast<uint8_t*>(memory) + shared, (bytes - shared) / pageSize * pageSize, advice);
 }
 
 }  // namespace

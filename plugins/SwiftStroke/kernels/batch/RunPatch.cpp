@@ -109,8 +109,8 @@ private:
         if (points > RowBatches::capacity) return entries;
         const uint32_t together = wideRowMover != nullptr ? 4 : 2;
         RowBatches rows[4];
-        for (; end - entries >= static_cast<std::ptrdiff_t>(together * points);
-             entries += together * points) {
+        const std::size_t inAll = std::size_t{together} * points;
+        for (; static_cast<std::size_t>(end - entries) >= inAll; entries += inAll) {
             for (uint32_t row = 0; row < together; ++row) {
                 const uint32_t taken = TakeRow(entries + row * points, points, rows[row]);
                 if (taken == points) continue;

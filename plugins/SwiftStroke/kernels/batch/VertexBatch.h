@@ -34,18 +34,18 @@ struct WeighTerms {
     WeighTerms() = default;
     explicit WeighTerms(const DabConstants& dab);
 
-    float center[3];
-    float radiusSquared;
-    const float* falloffTable;
-    uint32_t falloffLast;
-    float falloffScale;
-    float buildUpRateCubed;
-    float dabPressure;
-    uint32_t dabStamp;
-    bool facingActive;
-    bool scaleAsWax;
-    float waxScale;
-    const BrushSpace* space;
+    float center[3] = {};
+    float radiusSquared = 0.0f;
+    const float* falloffTable = nullptr;
+    uint32_t falloffLast = 0;
+    float falloffScale = 0.0f;
+    float buildUpRateCubed = 0.0f;
+    float dabPressure = 0.0f;
+    uint32_t dabStamp = 0;
+    bool facingActive = false;
+    bool scaleAsWax = false;
+    float waxScale = 1.0f;
+    const BrushSpace* space = nullptr;
 };
 
 /// One row of a patch, in as many batches as it takes.
