@@ -62,7 +62,10 @@ SpareMemory& Spare() {
 }  // namespace
 
 LevelChange::LevelChange(LevelMesh* ofLevel)
-    : MeshChange(ofLevel), level(ofLevel), recordStore("mesh change records") {
+    : MeshChange(ofLevel),
+      level(ofLevel),
+      vertexCount(ofLevel->VertexCount()),
+      recordStore("mesh change records") {
     records = &recordStore;
     recordCount = &recordStore.fill;
     if (const SculptLayer* active = level->ActiveLayer()) {
@@ -78,7 +81,7 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
 
 LevelChange::~LevelChange() {
     if (linked) RestoreStamps();
-    Spare().TakeBack(recordStore, level->VertexCount());
+    Spare().TakeBack(recordStore, vertexCount);
 }
 
 void LevelChange::DropSpareMemory() { Spare().Drop(); }

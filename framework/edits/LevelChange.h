@@ -67,6 +67,8 @@ private:
     void RestoreStamps();
 
     LevelMesh* level;
+    /// Of the level; still told when the level may be gone.
+    uint32_t vertexCount;
     Store<StoredVertexInfo> recordStore;
     /// In the order of the records; only for records that hold a slot.
     std::vector<LayerBefore> layerBefore;

@@ -13,6 +13,7 @@ namespace {
 
 /// As many pixels a side as a picture may have.
 constexpr int32_t largestSide = 16384;
+
 void TransferView(SceneStream& stream, StrokeView& view) {
     stream.Transfer(view.eye);
     stream.Transfer(view.target);

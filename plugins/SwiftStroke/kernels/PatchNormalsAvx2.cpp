@@ -8,11 +8,7 @@
 #include <algorithm>
 
 #if defined(__x86_64__)
-#include <immintrin.h>
-
-// On the functions rather than on the file: inline functions of headers must not come out of here
-// with instructions that the processor may lack.
-#define TROVIK_AVX2 __attribute__((target("avx2")))
+#include "kernels/batch/WideVectors.h"
 
 namespace trovik {
 

@@ -210,9 +210,10 @@ TROVIK_AVX2_INLINE bool WidenTogether(DabConstants& patch,
     for (uint32_t row = 0; row < rowCount; ++row)
         TakeRow(bounds, rows.CellOf(row, 0), before[row], batches[row].turns, rows.points);
     if (bounds.HasOdd()) return false;
-    const HWVector both[2] = {HWVector(bounds.Least()), HWVector(bounds.Most())};
-    const __m128 zeros = _mm_or_ps(_mm_cmpeq_ps(both[0].lanes, _mm_setzero_ps()),
-                                   _mm_cmpeq_ps(both[1].lanes, _mm_setzero_ps()));
+    const __m128 least = bounds.Least();
+    const __m128 most = bounds.Most();
+    const __m128 zeros =
+        _mm_or_ps(_mm_cmpeq_ps(least, _mm_setzero_ps()), _mm_cmpeq_ps(most, _mm_setzero_ps()));
     if ((_mm_movemask_ps(zeros) & 14) != 0) {
         bool negative =
             HoldNegativeZero(&patch.boundsMin, 1) || HoldNegativeZero(&patch.boundsMax, 1);
@@ -221,8 +222,8 @@ TROVIK_AVX2_INLINE bool WidenTogether(DabConstants& patch,
                        HoldNegativeZero(rows.CellOf(row, 0), rows.points);
         if (negative) return false;
     }
-    patch.boundsMin = both[0];
-    patch.boundsMax = both[1];
+    patch.boundsMin.lanes = least;
+    patch.boundsMax.lanes = most;
     return true;
 }
 

@@ -9,11 +9,7 @@
 #include <bit>
 
 #if defined(__x86_64__)
-#include <immintrin.h>
-
-// On the functions rather than on the file: inline functions of headers must not come out of here
-// with instructions that the processor may lack.
-#define TROVIK_AVX2 __attribute__((target("avx2")))
+#include "kernels/batch/WideVectors.h"
 
 namespace trovik {
 
@@ -32,16 +28,15 @@ TROVIK_AVX2 inline __m256 ToWorldComponent(
 }
 
 TROVIK_AVX2 inline __m256 TwoRows(const float (*start)[4], uint32_t i) {
-    return _mm256_insertf128_ps(
-        _mm256_castps128_ps256(_mm_load_ps(start[i])), _mm_load_ps(start[i + 4]), 1);
+    return Beside(_mm_load_ps(start[i]), _mm_load_ps(start[i + 4]));
 }
 
 /// The switches are constants wherever this melts in; a template would lose the attribute.
-TROVIK_AVX2 TROVIK_FORCE_INLINE uint64_t Weigh(const WeighTerms& terms,
-                                               uint32_t count,
-                                               VertexBatch& batch,
-                                               BuildUp buildUp,
-                                               bool inWorldSpace) {
+TROVIK_AVX2_INLINE uint64_t Weigh(const WeighTerms& terms,
+                                  uint32_t count,
+                                  VertexBatch& batch,
+                                  BuildUp buildUp,
+                                  bool inWorldSpace) {
     const __m256i mark = _mm256_set1_epi32(std::bit_cast<int32_t>(terms.dabStamp));
     const __m256i last = _mm256_set1_epi32(std::bit_cast<int32_t>(terms.falloffLast));
     const __m256 centerX = _mm256_set1_ps(terms.center[0]);

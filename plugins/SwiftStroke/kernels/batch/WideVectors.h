@@ -2,8 +2,8 @@
 #pragma once
 
 /// \file
-/// Two vectors side by side, for the loops that take vertices in pairs. Only for files that hold
-/// the code of VectorWidth::Eight. Each half goes through the operations that HWVector has, in
+/// What the loops with eight lanes share; two vectors side by side among it. Only for files that
+/// hold the code of VectorWidth::Eight. Each half goes through the operations that HWVector has, in
 /// their order.
 #include "kernels/stages/DabConstants.h"
 
@@ -44,7 +44,7 @@ TROVIK_AVX2_INLINE void StorePlaces(Vertex& first, Vertex& second, __m256 places
     StorePlain(second, SecondOf(plain));
 }
 
-/// A bit each: vertex i's weight times the strength and, under a freeze, what the freeze leaves of
+/// Of each vertex: its weight times the strength and, under a freeze, what the freeze leaves of
 /// it. \param out  room for `count` rounded up to eight; what lies behind `count` means nothing.
 TROVIK_AVX2_INLINE void StrengthenBatch(const DabConstants& dab,
                                         const PatchVertexEntry* entries,
