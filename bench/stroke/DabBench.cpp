@@ -23,13 +23,13 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
 /// A later dab that visits every patch in full, also those that it cannot reach.
 void VisitingDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
-    scene.brush.passRestingPatches = false;
+    scene.brush.remembersPatches = false;
     scene.Begin();
     scene.Dab();
     for (auto _ : state) scene.Dab();
     if (const char* wrong = scene.WhatIsWrong()) state.SkipWithError(wrong);
     scene.End();
-    scene.brush.passRestingPatches = true;
+    scene.brush.remembersPatches = true;
     scene.Report(state);
 }
 

@@ -25,7 +25,7 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
         mesh->changeRecords = store.array;
         PreferLargePages(store.array, uint64_t{store.capacity} * sizeof(StoredVertexInfo));
     }
-    return AddWithinRoom(vertex, vertexRecord, slot);
+    return RecordMaker(*this).Add(vertex, vertexRecord, slot);
 }
 
 }  // namespace trovik

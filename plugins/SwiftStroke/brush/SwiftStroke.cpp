@@ -71,7 +71,7 @@ SwiftStroke::~SwiftStroke() {
 }
 
 void SwiftStroke::ReleaseScratch() {
-    resting.Forget();
+    knownPatches.Forget();
     std::free(patchVertexList);
     patchVertexList = nullptr;
     patchVertexListCapacity = 0;

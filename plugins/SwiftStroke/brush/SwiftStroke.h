@@ -4,7 +4,7 @@
 #include "DetailBrush.h"
 #include "kernels/KernelSwitches.h"
 #include "stroke/BrushSpace.h"
-#include "topology/RestingPatches.h"
+#include "topology/KnownPatches.h"
 
 namespace trovik {
 
@@ -129,9 +129,8 @@ public:
     bool WantsMirroredStampRead();
     /// Normals of a whole patch from positionGrid.
     void RefreshPatchNormals(const uint32_t* slice);
-    /// Normals of the vertices on the patch's edge only, the same bits. Needs the cells of the
-    /// edge, and those next to it on both sides.
-    void RefreshEdgeNormals(const uint32_t* slice);
+    /// The normal of one vertex of the patch, the same bits. Needs the four cells around it.
+    void RefreshNormal(uint32_t row, uint32_t column, uint32_t vertex);
     void NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase);
 
     // --- Seams and topology (topology/) ---
@@ -142,18 +141,22 @@ public:
     void FillPatchHalo(Mesh* walked, uint32_t patch);
     /// Present positions of a patch's own vertices into positionGrid.
     void ReadPatchPositions(const uint32_t* slice);
-    /// Of the two outermost rows and columns only.
-    void ReadPatchEdge(const uint32_t* slice);
-    /// Whether patches that the dab cannot reach may be passed; see RestingPatches.
-    bool PatchesMayRest();
+    /// Whether this dab may use and widen what the stroke knows of its patches.
+    bool MayRememberPatches();
     /// Leaves behind what a visit of the patch would, if the patch is known to be out of reach.
     /// \return false, with nothing done, if it is not.
     bool PassRestingPatch(uint32_t patch);
-    /// Takes down a patch whose kernel reached nothing.
-    void LearnPatch(uint32_t patch);
+    /// Finds the vertices of the ring around a patch that lie at the ends of its sides.
+    /// \return false if a side of the patch is open.
+    bool FindRingEnds(uint32_t patch, KnownPatches::RingEnds& ends) const;
+    /// Reads what the normals at the corners of a resting patch need.
+    void ReadCornerCells(const KnownPatches::Patch& patch);
     /// Whether the four corners of the patch in the work list are four vertices. Then no two sides
     /// of it are glued to each other, and it lists each vertex once.
     bool ListsEachVertexOnce() const;
+    /// Whether the vertices and normals of a listed patch are asked for just ahead of their use
+    /// rather than by the list: those of a deep patch would leave the nearer caches again.
+    bool FetchesLate() const { return patchLevel >= 6; }
     /// Whether patchVertexList lists the patch whose slice this is.
     bool IsListed(const uint32_t* slice) const {
         return slice == listedSlice && patchLevel == listedLevel;
@@ -344,13 +347,12 @@ public:
     uint32_t refineDabCount = 0;
     uint32_t refineInterval = 0;
     bool strokeActive = false;
-    RestingPatches resting;
+    KnownPatches knownPatches;
     /// For comparisons: false visits every patch in full.
-    bool passRestingPatches = true;
+    bool remembersPatches = true;
 
 private:
     class NormalRefresh;
-    enum class RingContent { Positions, WithLayer };
     void ResetToolState();
     void ShowCommonAttributes();
     void ApplySharedDefaults();
@@ -375,7 +377,8 @@ private:
     void BindPatchMap();
     void CollectRenderers();
     void RebuildStamp();
-    void ReadRing(Mesh* walked, uint32_t patch, RingContent content);
+    template <bool fetches, class VertexAt>
+    void FillWorkList(uint32_t patch, const VertexAt& vertexAt);
     void ReadRingSide(const uint32_t* slice, uint32_t side, uint32_t neighbour, bool readsLayer);
     void ReadRingLayer(const uint32_t* ringVertices, uint32_t count, uint32_t cell, int32_t step);
     void RepeatOpenSide(uint32_t side, bool layerToo);

@@ -5,6 +5,9 @@
 #include "host/MeshRecords.h"
 #include "host/TreeNode.h"
 
+#include <cstddef>
+#include <cstring>
+
 /// \file
 /// Meshes as a brush sees them. A geometry is a row of subdivision levels; each level is a mesh.
 /// The brush reads and writes a level's storage directly and asks for everything else by calls.
@@ -124,10 +127,11 @@ public:
                                    uint32_t face,
                                    Vertex& vertexRecord,
                                    bool withLayerSlot);
-    /// Whether Add_uncached would find room, so that nothing moves and nothing can be refused.
-    bool HasRoom() const { return records->fill < records->capacity; }
-    /// What Add_uncached does where there is room, with the slot already reserved. No call.
-    StoredVertexInfo& AddWithinRoom(uint32_t vertex, Vertex& vertexRecord, uint32_t layerSlot);
+    /// Whether Add_uncached would find room for so many more, so that nothing moves and nothing can
+    /// be refused; see RecordMaker.
+    bool HasRoom(uint32_t count = 1) const {
+        return uint64_t{records->fill} + count <= records->capacity;
+    }
     static constexpr uint32_t noLayerSlot = 0xffffffffu;
 
     /// Closes the change at the end of a stroke and gives it to the undo history.
@@ -212,27 +216,56 @@ protected:
     Mesh();
 };
 
-inline StoredVertexInfo& MeshChange::AddWithinRoom(uint32_t vertex,
-                                                   Vertex& vertexRecord,
-                                                   uint32_t layerSlot) {
-    Store<StoredVertexInfo>& store = *records;
-    const uint32_t index = store.fill++;
-    StoredVertexInfo& record = store.array[index];
-    record.originalPosition[0] = vertexRecord.x;
-    record.originalPosition[1] = vertexRecord.y;
-    record.originalPosition[2] = vertexRecord.z;
-    record.visitStampWord = vertexRecord.changeLink;
-    record.originalNormal = vertex < mesh->vertexNormals.capacity
-                                ? mesh->vertexNormals.array[vertex]
-                                : PackedNormal{0, 0, 0, 0};
-    record.buildUp = 0.0f;
-    record.vertexIndex = vertex;
-    record.reserved = 0;
-    record.layerSlot = layerSlot;
-    vertexRecord.changeLink = index;
-    mesh->changeRecordCount = store.fill;
-    return record;
-}
+/// Makes records as Add_uncached does, without a call, as long as there is room. What each would
+/// ask of the change is asked once; the change hears of the new ones when this goes, and until then
+/// none may be made in another way.
+class RecordMaker {
+public:
+    explicit RecordMaker(MeshChange& change)
+        : store(*change.records),
+          mesh(*change.mesh),
+          records(store.array),
+          fill(store.fill),
+          normals(mesh.vertexNormals.array),
+          normalCount(mesh.vertexNormals.capacity) {}
+    ~RecordMaker() {
+        store.fill = fill;
+        mesh.changeRecordCount = fill;
+    }
+    RecordMaker(const RecordMaker&) = delete;
+    RecordMaker& operator=(const RecordMaker&) = delete;
+
+    /// The record of a vertex; see MeshChange for the look-up. \return null where it has none.
+    StoredVertexInfo* Find(uint32_t vertex, const Vertex& vertexRecord) const {
+        const uint32_t link = vertexRecord.changeLink;
+        return link < fill && records[link].vertexIndex == vertex ? records + link : nullptr;
+    }
+    /// The record of a vertex that has none. \param layerSlot  MeshChange::noLayerSlot, or the
+    /// slot that is reserved for it. Needs MeshChange::HasRoom.
+    StoredVertexInfo& Add(uint32_t vertex, Vertex& vertexRecord, uint32_t layerSlot) {
+        StoredVertexInfo& record = records[fill];
+        // Position and link word lie as they do in the vertex.
+        std::memcpy(&record, &vertexRecord, offsetof(Vertex, freeze));
+        record.originalNormal = vertex < normalCount ? normals[vertex] : PackedNormal{0, 0, 0, 0};
+        record.buildUp = 0.0f;
+        record.vertexIndex = vertex;
+        record.reserved = 0;
+        record.layerSlot = layerSlot;
+        vertexRecord.changeLink = fill++;
+        return record;
+    }
+
+private:
+    static_assert(offsetof(StoredVertexInfo, visitStampWord) == offsetof(Vertex, changeLink) &&
+                  offsetof(Vertex, freeze) == offsetof(StoredVertexInfo, originalNormal));
+
+    Store<StoredVertexInfo>& store;
+    Mesh& mesh;
+    StoredVertexInfo* records;
+    uint32_t fill;
+    const PackedNormal* normals;
+    uint32_t normalCount;
+};
 
 /// Answer of QuadEdgeNeighbour at an open border. Any value above 0x80000000 would do.
 inline constexpr uint32_t openBorder = 0xffffffffu;

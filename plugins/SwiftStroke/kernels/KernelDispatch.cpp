@@ -37,7 +37,7 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     if ((mesh->faceFlags[faceBase] & faceIsLive) == 0) return false;
     if (useTessellator && CurrentMeshEditable()) return DetailBrush::Tester(walked, face);
     if (planeSampling) return SamplePlanePatch(face);
-    if (resting.IsOpen() && PassRestingPatch(face)) return false;
+    if (PassRestingPatch(face)) return false;
 
     Vector bentCells[8];
     if (isSmooth) {

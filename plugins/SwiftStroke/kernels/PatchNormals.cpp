@@ -104,7 +104,7 @@ void PackNormals(
     PackFour(copy[1] + 1, 6, scales, out.normals);
 }
 
-/// Makes normals of a patch's rows and columns and puts them in their places.
+/// Makes the normals of a patch and puts them in their places.
 class SwiftStroke::NormalRefresh {
 public:
     NormalRefresh(const SwiftStroke& brush, const uint32_t* patchSlice)
@@ -115,90 +115,89 @@ public:
           places(SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(brush.patchLevel))
                      .array),
           list(brush.IsListed(patchSlice) ? brush.patchVertexList : nullptr),
+          fetchesLate(brush.FetchesLate()),
           normals(brush.mesh->vertexNormals.array),
           scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
           pack(PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
 
-    void Row(uint32_t row) {
-        const HWVector* cells = grid + row * stride;
-        const uint32_t* place = places + row * points;
-        for (uint32_t first = 0; first < points; first += PackedRow::capacity) {
-            const uint32_t count = std::min(points - first, PackedRow::capacity);
-            pack(cells + first, stride, count, scaleSquared, packed);
-            // The list tells the vertices in fewer steps.
-            if (list != nullptr) {
-                const PatchVertexEntry* entries = list + row * points + first;
-                Put(count, [entries](uint32_t i) { return entries[i].vertex; });
-            } else {
-                Put(count,
-                    [corners = slice, at = place + first](uint32_t i) { return corners[at[i]]; });
+    /// The rows are taken as one, with the ring's cells between them: these cost less than groups
+    /// that a row does not fill.
+    void All() {
+        const uint32_t cells = (points - 1) * stride + points;
+        uint32_t place = 0;
+        uint32_t column = 0;
+        for (uint32_t first = 0; first < cells; first += PackedRow::capacity) {
+            const uint32_t count = std::min(cells - first, PackedRow::capacity);
+            pack(grid + first, stride, count, scaleSquared, packed);
+            for (uint32_t i = 0; i < count;) {
+                if (column < points) {
+                    const uint32_t length = std::min(points - column, count - i);
+                    Put(i, length, place);
+                    place += length;
+                    column += length;
+                    i += length;
+                } else {
+                    column = column + 1 == stride ? 0 : column + 1;
+                    ++i;
+                }
             }
         }
     }
 
-    /// All of a column but its two ends. The column is laid on its side by a quarter turn, which
-    /// leaves each product and difference what it was, but for the sign of a zero; packed, no zero
-    /// has a sign.
-    void ColumnBetweenEnds(uint32_t column) {
-        HWVector turned[3][PackedRow::capacity + 2];
-        constexpr uint32_t turnedStride = PackedRow::capacity + 2;
-        for (uint32_t first = 1; first + 1 < points; first += PackedRow::capacity) {
-            const uint32_t count = std::min(points - 1 - first, PackedRow::capacity);
-            // Left to right becomes above to below, and so below to above becomes left to right.
-            const HWVector* below = grid + (first + count) * stride + column;
-            for (uint32_t i = 0; i < count + 2; ++i, below -= stride) {
-                for (int side = 0; side < 3; ++side) turned[side][i] = below[side - 1];
-            }
-            pack(turned[1] + 1, turnedStride, count, scaleSquared, packed);
-            const uint32_t* place = places + first * points + column;
-            for (uint32_t i = count; i-- > 0; place += points)
-                StoreNormal(normals[slice[*place]], packed.normals[i]);
+private:
+    /// Puts packed normals where they belong, from the `first` on, for so many places of the
+    /// patch's list.
+    void Put(uint32_t first, uint32_t count, uint32_t place) {
+        const uint64_t* from = packed.normals + first;
+        // Held here, since for all that the compiler knows a normal may be one of the members.
+        PackedNormal* const to = normals;
+        if (list == nullptr) {
+            for (const uint32_t* at = places + place; count > 0; --count)
+                StoreNormal(to[slice[*at++]], *from++);
+            return;
         }
+        // The list tells the vertices in fewer steps.
+        const PatchVertexEntry* entries = list + place;
+        if (fetchesLate) {
+            const PatchVertexEntry* const last = list + (points * points - 1);
+            for (; count > 0; --count) {
+                __builtin_prefetch(to + std::min(entries + PackedRow::capacity, last)->vertex);
+                StoreNormal(to[entries++->vertex], *from++);
+            }
+            return;
+        }
+        for (; count > 3; count -= 4, entries += 4, from += 4) {
+            StoreNormal(to[entries[0].vertex], from[0]);
+            StoreNormal(to[entries[1].vertex], from[1]);
+            StoreNormal(to[entries[2].vertex], from[2]);
+            StoreNormal(to[entries[3].vertex], from[3]);
+        }
+        for (; count > 0; --count) StoreNormal(to[entries++->vertex], *from++);
     }
 
     uint32_t points;
-
-private:
-    /// Puts the first packed normals of a row in the places of the vertices that `vertexAt` names.
-    template <class VertexAt>
-    TROVIK_FORCE_INLINE void Put(uint32_t count, const VertexAt& vertexAt) {
-        // Held here, since for all that the compiler knows a normal may be one of the members.
-        PackedNormal* const to = normals;
-        const uint64_t* const from = packed.normals;
-        const auto put = [=](uint32_t i) { StoreNormal(to[vertexAt(i)], from[i]); };
-        uint32_t i = 0;
-        for (; i + 4 <= count; i += 4) {
-            put(i);
-            put(i + 1);
-            put(i + 2);
-            put(i + 3);
-        }
-        for (; i < count; ++i) put(i);
-    }
-
     uint32_t stride;
     const HWVector* grid;
     const uint32_t* slice;
     const uint32_t* places;
     const PatchVertexEntry* list;
+    bool fetchesLate;
     PackedNormal* normals;
     HWVector scaleSquared;
     decltype(&PackNormals) pack;
     PackedRow packed;
 };
 
-void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) {
-    NormalRefresh refresh(*this, slice);
-    for (uint32_t row = 0; row < refresh.points; ++row) refresh.Row(row);
-}
+void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) { NormalRefresh(*this, slice).All(); }
 
-void SwiftStroke::RefreshEdgeNormals(const uint32_t* slice) {
-    NormalRefresh refresh(*this, slice);
-    const uint32_t last = refresh.points - 1;
-    refresh.Row(0);
-    refresh.ColumnBetweenEnds(0);
-    refresh.ColumnBetweenEnds(last);
-    refresh.Row(last);
+void SwiftStroke::RefreshNormal(uint32_t row, uint32_t column, uint32_t vertex) {
+    PackedRow packed;
+    PackNormals(positionGrid + (row + 1) * gridStride + column + 1,
+                gridStride,
+                1,
+                brushSpace->inverseScale * brushSpace->inverseScale,
+                packed);
+    StoreNormal(mesh->vertexNormals[vertex], packed.normals[0]);
 }
 
 }  // namespace trovik

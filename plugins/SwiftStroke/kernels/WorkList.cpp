@@ -32,53 +32,69 @@ TROVIK_FORCE_INLINE void StoreFacesAndCells(PatchVertexEntry* entries,
 
 }  // namespace
 
-uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
+/// \param vertexAt  the vertex at a place of the patch's list.
+template <bool fetches, class VertexAt>
+void SwiftStroke::FillWorkList(uint32_t patch, const VertexAt& vertexAt) {
     const uint32_t side = 1u << patchLevel;
     const uint32_t points = side + 1;
-    const uint32_t count = points * points;
     const uint32_t stride = gridStride;
     const Vertex* vertices = mesh->vertices.array;
     const PackedNormal* normals = mesh->vertexNormals.array;
     const uint32_t faceBase = facesPerPatch * patch;
-    const auto level = static_cast<uint32_t>(patchLevel);
-    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
-    const uint32_t* faceTable = SubdivisionLevel::QuadIndexTable(level).array;
-    const uint32_t* slice = PatchSlice(patch);
+    const uint32_t* faceTable =
+        SubdivisionLevel::QuadIndexTable(static_cast<uint32_t>(patchLevel)).array;
 
+    // Each vertex takes the face to its upper left, or the nearest one that the patch has. What the
+    // later stages touch is fetched from here, since they find it only through the list.
+    const auto fetched = [=, &vertexAt](uint32_t place) {
+        const uint32_t vertex = vertexAt(place);
+        if constexpr (fetches) {
+            __builtin_prefetch(vertices + vertex, 1);
+            __builtin_prefetch(normals + vertex, 1);
+        }
+        return vertex;
+    };
+    PatchVertexEntry* entry = patchVertexList;
+    for (uint32_t row = 0, first = 0; row < points; ++row, first += points) {
+        const uint32_t* faces = faceTable + std::min(row, side - 1) * side;
+        const uint32_t firstCell = (row + 1) * stride + 1;
+        *entry++ = {fetched(first), faces[0] + faceBase, firstCell};
+        uint32_t column = 1;
+        for (; column + 3 < points; column += 4, entry += 4) {
+            entry[0].vertex = fetched(first + column);
+            entry[1].vertex = fetched(first + column + 1);
+            entry[2].vertex = fetched(first + column + 2);
+            entry[3].vertex = fetched(first + column + 3);
+            StoreFacesAndCells(entry, faces + column - 1, faceBase, firstCell + column);
+        }
+        for (; column < points; ++column)
+            *entry++ = {fetched(first + column), faces[column - 1] + faceBase, firstCell + column};
+    }
+}
+
+uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
+    const uint32_t points = (1u << patchLevel) + 1;
+    const uint32_t count = points * points;
+    const uint32_t* slice = PatchSlice(patch);
     if (static_cast<int64_t>(count) > patchVertexListCapacity) {
         std::free(patchVertexList);
         patchVertexList =
             static_cast<PatchVertexEntry*>(std::malloc(count * sizeof(PatchVertexEntry)));
         patchVertexListCapacity = static_cast<int32_t>(count);
     }
-
-    // Each vertex takes the face to its upper left, or the nearest one that the patch has. What the
-    // later stages touch is fetched from here, since they find it only through the list.
-    const auto fetched = [=](uint32_t vertex) {
-        __builtin_prefetch(vertices + vertex, 1);
-        __builtin_prefetch(normals + vertex, 1);
-        return vertex;
-    };
     listedSlice = slice;
     listedLevel = patchLevel;
-    PatchVertexEntry* entry = patchVertexList;
-    for (uint32_t row = 0; row < points; ++row, vertexTable += points) {
-        const uint32_t* faces = faceTable + std::min(row, side - 1) * side;
-        const uint32_t firstCell = (row + 1) * stride + 1;
-        *entry++ = {fetched(slice[vertexTable[0]]), faces[0] + faceBase, firstCell};
-        uint32_t column = 1;
-        for (; column + 3 < points; column += 4, entry += 4) {
-            const uint32_t* four = vertexTable + column;
-            entry[0].vertex = fetched(slice[four[0]]);
-            entry[1].vertex = fetched(slice[four[1]]);
-            entry[2].vertex = fetched(slice[four[2]]);
-            entry[3].vertex = fetched(slice[four[3]]);
-            StoreFacesAndCells(entry, faces + column - 1, faceBase, firstCell + column);
-        }
-        for (; column < points; ++column)
-            *entry++ = {fetched(slice[vertexTable[column]]),
-                        faces[column - 1] + faceBase,
-                        firstCell + column};
+    if (const KnownPatches::Patch* known = knownPatches.Find(patch); known != nullptr) {
+        const uint32_t* listed = known->vertices;
+        const auto vertexAt = [listed](uint32_t place) { return listed[place]; };
+        if (FetchesLate())
+            FillWorkList<false>(patch, vertexAt);
+        else
+            FillWorkList<true>(patch, vertexAt);
+    } else {
+        const uint32_t* table =
+            SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(patchLevel)).array;
+        FillWorkList<true>(patch, [slice, table](uint32_t place) { return slice[table[place]]; });
     }
     return count;
 }

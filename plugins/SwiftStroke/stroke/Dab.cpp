@@ -93,7 +93,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     brushSpace->boundsMax = HWVector(hit.position);
     brushSpace->boundsMin = brushSpace->boundsMax;
     // Before the sampling of planes walks the mesh.
-    resting.Check(*CurrentChange(), patchLevel);
+    knownPatches.Check(*CurrentChange(), patchLevel);
     if (!PrepareDab(hit)) return;
     dabStamp = mesh->visitStamp;
     if (stampEnabled) SetUpStampFrame(position);
@@ -106,10 +106,13 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
         if (useTessellator) RefineUnderBrush(hit);
 
         if (hit.mesh->meshType == 1) {
-            if (PatchesMayRest()) resting.Open();
+            if (MayRememberPatches())
+                knownPatches.Open();
+            else
+                knownPatches.Forget();
             patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             ++mesh->visitStamp;
-            resting.Close(*CurrentChange());
+            knownPatches.Close(*CurrentChange());
         } else {
             mesh->EnumerateVertices(hit.face, this);
         }

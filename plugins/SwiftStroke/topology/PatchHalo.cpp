@@ -2,93 +2,11 @@
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
 #include "kernels/stages/RecordLookup.h"
+#include "topology/PatchSides.h"
 
 #include <algorithm>
 
 namespace trovik {
-
-namespace {
-
-/// The ring read-in takes only values below this for neighbours; the grid cursor is one kinder.
-constexpr uint32_t firstOpen = 0x80000000u;
-
-struct Walk {
-    uint32_t start;
-    int32_t step;
-};
-
-/// Where a patch's row next to its side `side` lies in the vertex table, walked along the side.
-///   side 0: row 1, left to right       side 2: row size - 1, right to left
-///   side 1: column size - 1, downward  side 3: column 1, upward
-Walk NeighbourWalk(uint32_t side, uint32_t size) {
-    const uint32_t points = size + 1;
-    const auto row = static_cast<int32_t>(points);
-    switch (side) {
-        case 0:
-            return {points, 1};
-        case 1:
-            return {size - 1, row};
-        case 2:
-            return {size * points - 1, -1};
-        default:
-            return {size * points + 1, -row};
-    }
-}
-
-/// The ring cells along a side of the patch, and the way from such a cell to the patch's edge.
-struct RingSide {
-    uint32_t start;
-    int32_t step;
-    int32_t inward;
-};
-
-RingSide RingSideOf(uint32_t side, uint32_t stride) {
-    const auto row = static_cast<int32_t>(stride);
-    switch (side) {
-        case 0:
-            return {1, 1, row};
-        case 1:
-            return {2 * stride - 1, row, -1};
-        case 2:
-            return {stride * stride - 2, -1, -row};
-        default:
-            return {(stride - 2) * stride, -row, 1};
-    }
-}
-
-uint32_t Along(uint32_t start, uint32_t count, int32_t step) {
-    return start + static_cast<uint32_t>(static_cast<int32_t>(count) * step);
-}
-
-/// A corner of the patch: its place in the index tables, its cell, and the way into the patch.
-struct Corner {
-    uint32_t vertexIndex;
-    uint32_t faceCell;
-    uint32_t cell;
-    int32_t dx;
-    int32_t dy;
-
-    uint32_t Outward(int32_t way) const { return cell - static_cast<uint32_t>(way); }
-    uint32_t Inward(int32_t way) const { return cell + static_cast<uint32_t>(way); }
-};
-
-/// Corners in the order top left, top right, bottom left, bottom right.
-Corner CornerOf(uint32_t i, uint32_t size, uint32_t stride) {
-    const auto row = static_cast<int32_t>(stride);
-    switch (i) {
-        case 0:
-            return {0, 0, size + 4, 1, row};
-        case 1:
-            return {size, size - 1, 2 * stride - 2, -1, row};
-        case 2:
-            return {(size + 1) * size, (size - 1) * size, (stride - 2) * stride + 1, 1, -row};
-        default:
-            return {
-                (size + 1) * (size + 1) - 1, size * size - 1, (stride - 1) * stride - 2, -1, -row};
-    }
-}
-
-}  // namespace
 
 void SwiftStroke::ReadLayerValue(Vector& out, uint32_t vertex, uint32_t face) {
     const StoredVertexInfo& record =
@@ -104,9 +22,16 @@ void SwiftStroke::ReadPatchPositions(const uint32_t* slice) {
     HWVector* row = positionGrid + gridStride + 1;
     if (IsListed(slice)) {
         const PatchVertexEntry* entries = patchVertexList;
-        for (uint32_t left = points; left > 0; --left, row += gridStride, entries += points) {
-            for (uint32_t column = 0; column < points; ++column)
-                row[column] = PositionOf(vertices[entries[column].vertex]);
+        for (uint32_t left = points; left > 0; --left, row += gridStride) {
+            HWVector* cell = row;
+            HWVector* const end = row + points;
+            for (; cell + 3 < end; cell += 4, entries += 4) {
+                cell[0] = PositionOf(vertices[entries[0].vertex]);
+                cell[1] = PositionOf(vertices[entries[1].vertex]);
+                cell[2] = PositionOf(vertices[entries[2].vertex]);
+                cell[3] = PositionOf(vertices[entries[3].vertex]);
+            }
+            while (cell < end) *cell++ = PositionOf(vertices[entries++->vertex]);
         }
         return;
     }
@@ -114,43 +39,6 @@ void SwiftStroke::ReadPatchPositions(const uint32_t* slice) {
         for (uint32_t column = 0; column < points; ++column)
             row[column] = PositionOf(vertices[slice[vertexTable[column]]]);
     }
-}
-
-namespace {
-
-/// Calls back for the stretches of each row that lie in the two outer rings of a patch: with the
-/// row, its first column and the column behind its last.
-template <class Callback>
-void ForEachEdgeStretch(uint32_t points, const Callback& callback) {
-    for (uint32_t row = 0; row < points; ++row) {
-        if (row < 2 || row + 2 >= points) {
-            callback(row, 0u, points);
-        } else {
-            callback(row, 0u, 2u);
-            callback(row, points - 2, points);
-        }
-    }
-}
-
-}  // namespace
-
-void SwiftStroke::ReadPatchEdge(const uint32_t* slice) {
-    const auto level = static_cast<uint32_t>(patchLevel);
-    const uint32_t points = (1u << level) + 1;
-    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
-    const Vertex* vertices = mesh->vertices.array;
-    // They lie far apart; all are asked for before the first is waited for.
-    ForEachEdgeStretch(points, [=](uint32_t row, uint32_t from, uint32_t to) {
-        for (uint32_t column = from; column < to; ++column)
-            __builtin_prefetch(vertices + slice[vertexTable[row * points + column]]);
-    });
-    HWVector* const firstCell = positionGrid + gridStride + 1;
-    const uint32_t stride = gridStride;
-    ForEachEdgeStretch(points, [=](uint32_t row, uint32_t from, uint32_t to) {
-        for (uint32_t column = from; column < to; ++column)
-            firstCell[row * stride + column] =
-                PositionOf(vertices[slice[vertexTable[row * points + column]]]);
-    });
 }
 
 void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
@@ -162,12 +50,7 @@ void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
         // Smoothing along vertex normals averages positions even where the layer was asked for.
         if (!readsLayer || followVertexNormal) ReadPatchPositions(slice);
     }
-    ReadRing(walked, patch, RingContent::WithLayer);
-}
-
-void SwiftStroke::ReadRing(Mesh* walked, uint32_t patch, RingContent content) {
-    const bool layerGridToo =
-        content == RingContent::WithLayer && isSmooth && !affectAllLayers.Value();
+    const bool layerGridToo = isSmooth && !affectAllLayers.Value();
     for (uint32_t side = 0; side < 4; ++side) {
         const uint32_t neighbour = walked->QuadEdgeNeighbour(patch, side);
         if (neighbour < firstOpen)

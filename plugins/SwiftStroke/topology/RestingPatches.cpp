@@ -1,121 +1,99 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "topology/RestingPatches.h"
 
+/// \file
+/// What a dab leaves behind in a patch that it cannot reach; why no more is told at KnownPatches.
 #include "brush/SwiftStroke.h"
-
-#include <algorithm>
-#include <new>
+#include "kernels/stages/DabConstants.h"
+#include "topology/PatchSides.h"
 
 namespace trovik {
 
-bool RestingPatches::Patch::IsBeyond(const float center[3], float radiusSquared) const {
-    float d[3];
-    for (int i = 0; i < 3; ++i)
-        d[i] = center[i] - std::min(std::max(center[i], lower[i]), upper[i]);
-    return d[2] * d[2] + (d[1] * d[1] + d[0] * d[0]) > radiusSquared;
-}
+namespace {
 
-void RestingPatches::Forget() {
-    ofChange = nullptr;
-    isOpen = false;
-    patches.clear();
-    runs.clear();
-}
+/// The four places of RingEnds along a side.
+uint32_t RingEndAt(uint32_t k, uint32_t size) { return k < 2 ? k : size - 3 + k; }
 
-void RestingPatches::Check(const MeshChange& change, int32_t patchLevel) {
-    const bool holds = ofChange == &change && outsideEdits == change.outsideEdits &&
-                       visitStamp == change.mesh->visitStamp && level == patchLevel;
-    if (!holds) Forget();
-    ofChange = nullptr;
-    level = patchLevel;
-}
+/// A vertex of a patch near its corner `corner`, `x` steps along the row and `y` along the column
+/// away from it.
+struct NearCorner {
+    NearCorner(uint32_t corner, uint32_t x, uint32_t y, uint32_t size)
+        : row((corner & 2u) != 0 ? size - y : y), column((corner & 1u) != 0 ? size - x : x) {}
+    uint32_t row;
+    uint32_t column;
+};
 
-void RestingPatches::Close(const MeshChange& change) {
-    isOpen = false;
-    ofChange = &change;
-    outsideEdits = change.outsideEdits;
-    visitStamp = change.mesh->visitStamp;
-}
+/// Steps from a corner: first to the vertices whose normals are made, then to those around them.
+constexpr uint8_t stepsFromCorner[][2] = {{0, 0}, {1, 0}, {0, 1}, {2, 0}, {0, 2}, {1, 1}};
+constexpr uint32_t refreshedAtCorner = 3;
 
-const RestingPatches::Patch* RestingPatches::Find(uint32_t patch) const {
-    const auto found = patches.find(patch);
-    return found == patches.end() ? nullptr : &found->second;
-}
+}  // namespace
 
-void RestingPatches::Learn(uint32_t patch,
-                           std::span<const PatchVertexEntry> entries,
-                           const MeshChange& change) {
-    const StoredVertexInfo* records = change.records->array;
-    const Vertex* vertices = change.mesh->vertices.array;
-    const std::size_t firstRun = runs.size();
-    __m128 lower, upper, noNumber = _mm_setzero_ps();
-    lower = upper =
-        _mm_loadu_ps(records[vertices[entries.front().vertex].changeLink].originalPosition);
-    try {
-        for (const PatchVertexEntry& entry : entries) {
-            const uint32_t index = vertices[entry.vertex].changeLink;
-            if (runs.size() > firstRun && index == runs.back().first + runs.back().count)
-                ++runs.back().count;
-            else
-                runs.push_back({index, 1});
-            const __m128 place = _mm_loadu_ps(records[index].originalPosition);
-            lower = _mm_min_ps(lower, place);
-            upper = _mm_max_ps(upper, place);
-            noNumber = _mm_or_ps(noNumber, _mm_cmpunord_ps(place, place));
-        }
-        // The fourth lane is the mark.
-        if ((_mm_movemask_ps(noNumber) & 7) == 0) {
-            alignas(16) float low[4], high[4];
-            _mm_store_ps(low, lower);
-            _mm_store_ps(high, upper);
-            patches[patch] = {{low[0], low[1], low[2]},
-                              {high[0], high[1], high[2]},
-                              static_cast<uint32_t>(firstRun),
-                              static_cast<uint32_t>(runs.size() - firstRun)};
-            return;
-        }
-    } catch (const std::bad_alloc&) {
-        // Knowing is only faster.
+bool SwiftStroke::FindRingEnds(uint32_t patch, KnownPatches::RingEnds& ends) const {
+    const auto level = static_cast<uint32_t>(patchLevel);
+    const uint32_t size = 1u << level;
+    const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    for (uint32_t side = 0; side < 4; ++side) {
+        const uint32_t neighbour = patchMesh->QuadEdgeNeighbour(patch, side);
+        if (neighbour >= firstOpen) return false;
+        const uint32_t* slice = PatchSlice(neighbour >> 2);
+        const Walk walk = NeighbourWalk(neighbour & 3u, size);
+        // An edge runs opposite ways in its two patches.
+        for (uint32_t k = 0; k < 4; ++k)
+            ends[side * 4 + k] =
+                slice[vertexTable[Along(walk.start, size - RingEndAt(k, size), walk.step)]];
     }
-    runs.resize(firstRun);
+    return true;
 }
 
-bool SwiftStroke::PatchesMayRest() {
-    if (!passRestingPatches || wholeMesh || nonUniformScale || useTessellator) return false;
-    // Under a layer that refuses changes no kernel marks anything.
-    if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
-    // A stamp on the other side of a mirror makes records among those of a patch.
-    return !WantsMirroredStampRead();
-}
-
-void SwiftStroke::LearnPatch(uint32_t patch) {
-    if (resting.Find(patch) != nullptr) return;
-    // Else some normals of the edge are written twice, in an order of their own.
-    if (!ListsEachVertexOnce()) return;
-    const uint32_t points = (1u << patchLevel) + 1;
-    resting.Learn(patch, {patchVertexList, points * points}, *CurrentChange());
+void SwiftStroke::ReadCornerCells(const KnownPatches::Patch& patch) {
+    const uint32_t size = 1u << patchLevel;
+    const uint32_t* listed = patch.vertices;
+    const Vertex* vertices = mesh->vertices.array;
+    for (uint32_t side = 0; side < 4; ++side) {
+        const RingSide ring = RingSideOf(side, gridStride);
+        for (uint32_t k = 0; k < 4; ++k)
+            positionGrid[Along(ring.start, RingEndAt(k, size), ring.step)] =
+                PositionOf(vertices[patch.ringEnds[side * 4 + k]]);
+    }
+    for (uint32_t corner = 0; corner < 4; ++corner) {
+        for (const auto& [x, y] : stepsFromCorner) {
+            const NearCorner at(corner, x, y, size);
+            positionGrid[(at.row + 1) * gridStride + at.column + 1] =
+                PositionOf(vertices[listed[at.row * (size + 1) + at.column]]);
+        }
+    }
 }
 
 bool SwiftStroke::PassRestingPatch(uint32_t patch) {
-    const RestingPatches::Patch* known = resting.Find(patch);
-    if (known == nullptr) return false;
+    KnownPatches::Patch* known = knownPatches.Find(patch);
+    // The box is mesh-local; a radius that is measured in world space says nothing of it. Nor does
+    // a box around what is no number.
+    if (known == nullptr || known->hasOddPlace || nonUniformScale) return false;
     const HWVector& c = brushSpace->center;
     const float center[3] = {c.X(), c.Y(), c.Z()};
     if (!known->IsBeyond(center, radiusSquared)) return false;
+    if (known->ring == KnownPatches::Patch::Ring::NotSought)
+        known->ring = FindRingEnds(patch, known->ringEnds) ? KnownPatches::Patch::Ring::Found
+                                                           : KnownPatches::Patch::Ring::Open;
+    if (known->ring == KnownPatches::Patch::Ring::Open) return false;
 
     StoredVertexInfo* records = CurrentChange()->records->array;
-    for (const RestingPatches::Run& run : resting.RunsOf(*known)) {
+    for (const KnownPatches::Run& run : knownPatches.RunsOf(*known)) {
         StoredVertexInfo* record = records + run.first;
         for (uint32_t i = 0; i < run.count; ++i) record[i].visitStampWord = dabStamp;
     }
-    const uint32_t points = (1u << patchLevel) + 1;
+    const uint32_t size = 1u << patchLevel;
+    const uint32_t points = size + 1;
     strokeVertexCount += points * points;
 
-    const uint32_t* slice = PatchSlice(patch);
-    ReadPatchEdge(slice);
-    ReadRing(patchMesh, patch, RingContent::Positions);
-    RefreshEdgeNormals(slice);
-    resting.Passed();
+    ReadCornerCells(*known);
+    for (uint32_t corner = 0; corner < 4; ++corner) {
+        for (uint32_t i = 0; i < refreshedAtCorner; ++i) {
+            const NearCorner at(corner, stepsFromCorner[i][0], stepsFromCorner[i][1], size);
+            RefreshNormal(at.row, at.column, known->vertices[at.row * points + at.column]);
+        }
+    }
+    knownPatches.Passed();
     return true;
 }
 

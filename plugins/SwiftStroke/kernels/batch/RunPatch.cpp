@@ -6,6 +6,7 @@
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
+#include "kernels/stages/RecordLookup.h"
 
 #include <algorithm>
 
@@ -39,11 +40,13 @@ public:
     PatchRun(SwiftStroke& swiftStroke,
              const KernelSwitches& kernelSwitches,
              const BatchMovers& kernelMovers,
-             bool mirroredStamp)
+             bool mirroredStamp,
+             RecordWalk knownRecords)
         : brush(swiftStroke),
           switches(kernelSwitches),
           movers(kernelMovers),
           dab(swiftStroke, mirroredStamp),
+          known(knownRecords),
           terms(dab),
           weigh(WeigherFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
@@ -74,13 +77,26 @@ private:
                   uint32_t count,
                   VertexBatch& batch,
                   uint64_t& turns) {
-        const uint32_t length = TouchBatch(entries,
-                                           std::min(longest, count),
-                                           dab.vertices,
-                                           dab.change,
-                                           dab.dabStamp,
-                                           switches.throughLayer,
-                                           batch);
+        uint32_t length = std::min(longest, count);
+        if (known.run != nullptr)
+            TouchKnown(known,
+                       length,
+                       fetchesLate ? entries : nullptr,
+                       dab.vertices,
+                       dab.change.records->array,
+                       dab.dabStamp,
+                       batch);
+        else
+            length = TouchBatch(entries,
+                                length,
+                                dab.vertices,
+                                dab.change,
+                                dab.dabStamp,
+                                switches.throughLayer,
+                                batch);
+        if (brush.knownPatches.IsLearning()) [[unlikely]]
+            brush.knownPatches.Learn(
+                entries, length, batch.start, batch.records, dab.change.records->array);
         if (switches.withoutRadius) {
             turns = FreshOf(batch, length, dab.dabStamp);
         } else {
@@ -159,11 +175,13 @@ private:
     const KernelSwitches& switches;
     const BatchMovers& movers;
     DabConstants dab;
+    RecordWalk known;
     WeighTerms terms;
     Weigher weigh;
     WideMover wideMover;
     WideRowMover wideRowMover;
     uint32_t longest;
+    bool fetchesLate = brush.FetchesLate();
     bool reached = false;
 };
 
@@ -202,10 +220,21 @@ bool SwiftStroke::RunPatch(uint32_t face,
     const bool mirroredStamp = WantsMirroredStampRead();
     const uint32_t points = (1u << patchLevel) + 1;
     const uint32_t count = IsListed(PatchSlice(face)) ? points * points : BuildWorkList(face);
-    const bool reached = PatchRun(*this, switches, movers, mirroredStamp)
+    const KnownPatches::Patch* known = knownPatches.Find(face);
+    RecordWalk records;
+    knownPatches.StopLearning();
+    if (known != nullptr) {
+        records.run = knownPatches.RunsOf(*known).data();
+    } else if (knownPatches.IsOpen() && ListsEachVertexOnce()) {
+        // A vertex in the middle has a record since the first visit.
+        const uint32_t middle = patchVertexList[count / 2].vertex;
+        if (FindRecord(*CurrentChange(), middle, mesh->vertices[middle].changeLink) != nullptr)
+            knownPatches.StartLearning(count);
+    }
+    const bool reached = PatchRun(*this, switches, movers, mirroredStamp, records)
                              .Run(patchVertexList, patchVertexList + count);
     strokeVertexCount += count;
-    if (!reached && resting.IsOpen()) LearnPatch(face);
+    knownPatches.Keep(face);
     return reached;
 }
 

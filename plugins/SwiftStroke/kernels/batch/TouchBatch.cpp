@@ -2,6 +2,8 @@
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/RecordLookup.h"
 
+#include <algorithm>
+
 namespace trovik {
 
 namespace {
@@ -17,14 +19,9 @@ __attribute__((noinline)) bool MakeRecord(const PatchVertexEntry* entries,
                                           bool withLayerSlot,
                                           VertexBatch& batch) {
     const PatchVertexEntry& entry = entries[at];
-    Vertex& vertex = vertices[entry.vertex];
-    if (!withLayerSlot && change.HasRoom()) {
-        change.AddWithinRoom(entry.vertex, vertex, MeshChange::noLayerSlot);
-        return true;
-    }
     const StoredVertexInfo* before = change.records->array;
     try {
-        change.Add_uncached(entry.vertex, entry.face, vertex, withLayerSlot);
+        change.Add_uncached(entry.vertex, entry.face, vertices[entry.vertex], withLayerSlot);
     } catch (...) {
         if (at == 0) throw;
         return false;
@@ -33,6 +30,18 @@ __attribute__((noinline)) bool MakeRecord(const PatchVertexEntry* entries,
     for (uint32_t k = 0; k < at && now != before; ++k)
         batch.records[k] = now + (batch.records[k] - before);
     return true;
+}
+
+/// Position and mark lie side by side and travel together. Each mark is stored before the next one
+/// is read: a patch that is glued to itself lists a vertex twice.
+TROVIK_FORCE_INLINE void Touch(StoredVertexInfo& record,
+                               uint32_t dabStamp,
+                               VertexBatch& batch,
+                               std::size_t i) {
+    batch.records[i] = &record;
+    _mm_store_ps(batch.start[i], _mm_loadu_ps(reinterpret_cast<const float*>(&record)));
+    batch.buildUp[i] = record.buildUp;
+    record.visitStampWord = dabStamp;
 }
 
 }  // namespace
@@ -44,26 +53,50 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
                     uint32_t dabStamp,
                     bool withLayerSlot,
                     VertexBatch& batch) {
-    StoredVertexInfo* records = change.records->array;
-    uint32_t recordCount = *change.recordCount;
+    if (!withLayerSlot && change.HasRoom(count)) {
+        RecordMaker maker(change);
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint32_t vertex = entries[i].vertex;
+            StoredVertexInfo* record = maker.Find(vertex, vertices[vertex]);
+            if (record == nullptr)
+                record = &maker.Add(vertex, vertices[vertex], MeshChange::noLayerSlot);
+            Touch(*record, dabStamp, batch, i);
+        }
+        return count;
+    }
     for (uint32_t i = 0; i < count; ++i) {
         const uint32_t vertex = entries[i].vertex;
-        uint32_t link = vertices[vertex].changeLink;
-        if (link >= recordCount || records[link].vertexIndex != vertex) [[unlikely]] {
-            if (!MakeRecord(entries, i, vertices, change, withLayerSlot, batch)) return i;
-            records = change.records->array;
-            recordCount = *change.recordCount;
-            link = vertices[vertex].changeLink;
-        }
-        // Position and mark lie side by side and travel together. Each mark is stored before the
-        // next one is read: a patch that is glued to itself lists a vertex twice.
-        StoredVertexInfo* record = records + link;
-        batch.records[i] = record;
-        _mm_store_ps(batch.start[i], _mm_loadu_ps(reinterpret_cast<const float*>(record)));
-        batch.buildUp[i] = record->buildUp;
-        record->visitStampWord = dabStamp;
+        if (FindRecord(change, vertex, vertices[vertex].changeLink) == nullptr &&
+            !MakeRecord(entries, i, vertices, change, withLayerSlot, batch))
+            return i;
+        Touch(change.records->array[vertices[vertex].changeLink], dabStamp, batch, i);
     }
     return count;
+}
+
+void TouchKnown(RecordWalk& walk,
+                uint32_t count,
+                const PatchVertexEntry* fetched,
+                const Vertex* vertices,
+                StoredVertexInfo* records,
+                uint32_t dabStamp,
+                VertexBatch& batch) {
+    for (uint32_t i = 0; i < count;) {
+        const uint32_t length = std::min(count - i, walk.run->count - walk.done);
+        StoredVertexInfo* record = records + walk.run->first + walk.done;
+        const uint32_t end = i + length;
+        if (fetched == nullptr) {
+            for (; i < end; ++i) Touch(*record++, dabStamp, batch, i);
+        } else {
+            // One by one, since a processor leaves out what it is asked for too fast.
+            for (; i < end; ++i) {
+                Touch(*record++, dabStamp, batch, i);
+                __builtin_prefetch(vertices + fetched[i].vertex);
+            }
+        }
+        walk.done += length;
+        if (walk.done == walk.run->count) walk = {walk.run + 1, 0};
+    }
 }
 
 }  // namespace trovik

@@ -121,6 +121,24 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
                     bool withLayerSlot,
                     VertexBatch& batch);
 
+/// The way through the records of a known patch, in the order of its list.
+struct RecordWalk {
+    /// Null where the patch is not known.
+    const KnownPatches::Run* run = nullptr;
+    /// How many records of the run lie behind.
+    uint32_t done = 0;
+};
+
+/// What TouchBatch leaves behind, for the next `count` entries of a known patch, all of which have
+/// records. \param fetched  the entries if their vertices are to be asked for meanwhile, else null.
+void TouchKnown(RecordWalk& walk,
+                uint32_t count,
+                const PatchVertexEntry* fetched,
+                const Vertex* vertices,
+                StoredVertexInfo* records,
+                uint32_t dabStamp,
+                VertexBatch& batch);
+
 /// Bit i: vertex i of the batch bore no mark of this dab yet.
 uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
 

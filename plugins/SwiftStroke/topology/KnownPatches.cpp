@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "topology/KnownPatches.h"
+
+#include "brush/SwiftStroke.h"
+#include "kernels/stages/DabConstants.h"
+
+#include <algorithm>
+#include <new>
+
+namespace trovik {
+
+bool KnownPatches::Patch::IsBeyond(const float center[3], float radiusSquared) const {
+    const float low[3] = {lower.X(), lower.Y(), lower.Z()};
+    const float high[3] = {upper.X(), upper.Y(), upper.Z()};
+    float d[3];
+    for (int i = 0; i < 3; ++i) d[i] = center[i] - std::min(std::max(center[i], low[i]), high[i]);
+    return d[2] * d[2] + (d[1] * d[1] + d[0] * d[0]) > radiusSquared;
+}
+
+void KnownPatches::Forget() {
+    ofChange = nullptr;
+    isOpen = false;
+    patches.clear();
+    isLearning = false;
+    runs.clear();
+    chunk = taken = 0;
+    // Deep patches may have made chunks larger than the least.
+    constexpr std::size_t mostKept = mostKeptChunks * leastChunk;
+    std::size_t kept = 0;
+    std::size_t room = 0;
+    while (kept < chunks.size() && (room += chunks[kept].size) <= mostKept) ++kept;
+    if (kept == chunks.size()) return;
+    chunks.resize(kept);
+    runs.shrink_to_fit();
+}
+
+void KnownPatches::Check(const MeshChange& change, int32_t patchLevel) {
+    const bool holds = ofChange == &change && outsideEdits == change.outsideEdits &&
+                       visitStamp == change.mesh->visitStamp && level == patchLevel;
+    if (!holds) Forget();
+    ofChange = nullptr;
+    level = patchLevel;
+}
+
+void KnownPatches::Close(const MeshChange& change) {
+    isOpen = false;
+    ofChange = &change;
+    outsideEdits = change.outsideEdits;
+    visitStamp = change.mesh->visitStamp;
+}
+
+KnownPatches::Patch* KnownPatches::Find(uint32_t patch) {
+    if (!isOpen) return nullptr;
+    const auto found = patches.find(patch);
+    return found == patches.end() ? nullptr : &found->second;
+}
+
+uint32_t* KnownPatches::FindRoom(uint32_t count) {
+    for (; chunk < chunks.size(); ++chunk, taken = 0)
+        if (chunks[chunk].size - taken >= count) return chunks[chunk].vertices.get() + taken;
+    const std::size_t size = std::max<std::size_t>(count, leastChunk);
+    chunks.push_back({std::make_unique_for_overwrite<uint32_t[]>(size), size});
+    return chunks.back().vertices.get();
+}
+
+void KnownPatches::StartLearning(uint32_t count) {
+    StopLearning();
+    learned = {};
+    learned.firstRun = static_cast<uint32_t>(runs.size());
+    learnedVertices = 0;
+    wantedVertices = count;
+    try {
+        learned.vertices = learning = FindRoom(count);
+        // As many as there may be, so that none of them asks for memory.
+        if (runs.capacity() - runs.size() < count) runs.reserve(2 * runs.capacity() + count);
+        isLearning = true;
+    } catch (const std::bad_alloc&) {
+        // Knowing is only faster.
+    }
+}
+
+void KnownPatches::StopLearning() {
+    if (isLearning) runs.resize(learned.firstRun);
+    isLearning = false;
+}
+
+void KnownPatches::Learn(const PatchVertexEntry* entries,
+                         uint32_t count,
+                         const float (*places)[4],
+                         StoredVertexInfo* const* records,
+                         const StoredVertexInfo* firstRecord) {
+    const bool isFirst = learnedVertices == 0;
+    HWVector lower = isFirst ? ReversedXyz(_mm_loadu_ps(places[0])) : learned.lower;
+    HWVector upper = isFirst ? lower : learned.upper;
+    Run run = isFirst ? Run{0, 0} : runs.back();
+    if (!isFirst) runs.pop_back();
+    __m128 odd = _mm_setzero_ps();
+    uint32_t* vertex = learning + learnedVertices;
+    const StoredVertexInfo* next = firstRecord + run.first + run.count;
+    for (uint32_t i = 0; i < count; ++i, ++next) {
+        *vertex++ = entries[i].vertex;
+        if (records[i] != next) {
+            if (run.count > 0) runs.push_back(run);
+            next = records[i];
+            run = {static_cast<uint32_t>(next - firstRecord), 0};
+        }
+        ++run.count;
+        const HWVector place = ReversedXyz(_mm_loadu_ps(places[i]));
+        lower = HWVector::Minimum(lower, place);
+        upper = HWVector::Maximum(upper, place);
+        odd = _mm_or_ps(odd, _mm_cmpunord_ps(place.lanes, place.lanes));
+    }
+    runs.push_back(run);
+    learnedVertices += count;
+    learned.lower = lower;
+    learned.upper = upper;
+    learned.hasOddPlace |= _mm_movemask_ps(odd) != 0;
+}
+
+void KnownPatches::Keep(uint32_t patch) {
+    if (isLearning && learnedVertices == wantedVertices) {
+        learned.runCount = static_cast<uint32_t>(runs.size()) - learned.firstRun;
+        try {
+            patches.insert_or_assign(patch, learned);
+            taken += wantedVertices;
+            isLearning = false;
+        } catch (const std::bad_alloc&) {
+            // Knowing is only faster.
+        }
+    }
+    StopLearning();
+}
+
+bool SwiftStroke::MayRememberPatches() {
+    if (!remembersPatches || wholeMesh || useTessellator) return false;
+    // Under a layer that refuses changes no kernel marks anything.
+    if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
+    // A stamp on the other side of a mirror makes records among those of a patch.
+    return !WantsMirroredStampRead();
+}
+
+}  // namespace trovik

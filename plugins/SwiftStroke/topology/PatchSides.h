@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+
+/// \file
+/// Where the sides and corners of a patch lie in its index table, in the grid, and in the patches
+/// next to it.
+namespace trovik {
+
+/// The ring read-in takes only values below this for neighbours; the grid cursor is one kinder.
+constexpr uint32_t firstOpen = 0x80000000u;
+
+struct Walk {
+    uint32_t start;
+    int32_t step;
+};
+
+/// Where a patch's row next to its side `side` lies in the vertex table, walked along the side.
+///   side 0: row 1, left to right       side 2: row size - 1, right to left
+///   side 1: column size - 1, downward  side 3: column 1, upward
+inline Walk NeighbourWalk(uint32_t side, uint32_t size) {
+    const uint32_t points = size + 1;
+    const auto row = static_cast<int32_t>(points);
+    switch (side) {
+        case 0:
+            return {points, 1};
+        case 1:
+            return {size - 1, row};
+        case 2:
+            return {size * points - 1, -1};
+        default:
+            return {size * points + 1, -row};
+    }
+}
+
+/// The ring cells along a side of the patch, and the way from such a cell to the patch's edge.
+struct RingSide {
+    uint32_t start;
+    int32_t step;
+    int32_t inward;
+};
+
+inline RingSide RingSideOf(uint32_t side, uint32_t stride) {
+    const auto row = static_cast<int32_t>(stride);
+    switch (side) {
+        case 0:
+            return {1, 1, row};
+        case 1:
+            return {2 * stride - 1, row, -1};
+        case 2:
+            return {stride * stride - 2, -1, -row};
+        default:
+            return {(stride - 2) * stride, -row, 1};
+    }
+}
+
+inline uint32_t Along(uint32_t start, uint32_t count, int32_t step) {
+    return start + static_cast<uint32_t>(static_cast<int32_t>(count) * step);
+}
+
+/// A corner of the patch: its place in the index tables, its cell, and the way into the patch.
+struct Corner {
+    uint32_t vertexIndex;
+    uint32_t faceCell;
+    uint32_t cell;
+    int32_t dx;
+    int32_t dy;
+
+    uint32_t Outward(int32_t way) const { return cell - static_cast<uint32_t>(way); }
+    uint32_t Inward(int32_t way) const { return cell + static_cast<uint32_t>(way); }
+};
+
+/// Corners in the order top left, top right, bottom left, bottom right.
+inline Corner CornerOf(uint32_t i, uint32_t size, uint32_t stride) {
+    const auto row = static_cast<int32_t>(stride);
+    switch (i) {
+        case 0:
+            return {0, 0, size + 4, 1, row};
+        case 1:
+            return {size, size - 1, 2 * stride - 2, -1, row};
+        case 2:
+            return {(size + 1) * size, (size - 1) * size, (stride - 2) * stride + 1, 1, -row};
+        default:
+            return {
+                (size + 1) * (size + 1) - 1, size * size - 1, (stride - 1) * stride - 2, -1, -row};
+    }
+}
+
+}  // namespace trovik
