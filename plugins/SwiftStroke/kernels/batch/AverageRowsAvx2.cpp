@@ -77,13 +77,41 @@ private:
 };
 static_assert(RowBatches::capacity + rowCount - 1 <= 256);
 
+/// Bounds of four rows' turns, two cells at a time.
+class WideBounds {
+public:
+    TROVIK_AVX2_INLINE explicit WideBounds(const DabConstants& dab)
+        : least(Doubled(dab.boundsMin)), most(Doubled(dab.boundsMax)), odd(_mm256_setzero_ps()) {}
+
+    /// What was no number before is none now.
+    TROVIK_AVX2_INLINE void Take(__m256 now, __m256 before) {
+        least = _mm256_min_ps(least, _mm256_min_ps(now, before));
+        most = _mm256_max_ps(most, _mm256_max_ps(now, before));
+        odd = _mm256_or_ps(odd, _mm256_cmp_ps(now, now, _CMP_UNORD_Q));
+    }
+
+    TROVIK_AVX2_INLINE __m128 Least() const { return _mm_min_ps(FirstOf(least), SecondOf(least)); }
+    TROVIK_AVX2_INLINE __m128 Most() const { return _mm_max_ps(FirstOf(most), SecondOf(most)); }
+    /// Whether one of the places was no number: then the order decides.
+    TROVIK_AVX2_INLINE bool HasOdd() const { return _mm256_movemask_ps(odd) != 0; }
+
+private:
+    __m256 least;
+    __m256 most;
+    __m256 odd;
+};
+
 /// One vertex alone.
-void AverageOne(const FourRows& rows, uint32_t row, uint32_t column) {
+TROVIK_AVX2_INLINE void AverageOne(const FourRows& rows,
+                                   uint32_t row,
+                                   uint32_t column,
+                                   WideBounds& bounds) {
     HWVector& cell = *rows.CellOf(row, column);
     const HWVector* above = &cell - rows.stride;
     const HWVector mean = FiveCellSum(above, rows.stride, rows.stride) * 0.2f;
     const HWVector moved = cell + ((mean - cell) * rows.weights[row][column]) * rows.scale;
     StorePosition(rows.VertexOf(row, column), moved);
+    bounds.Take(Doubled(moved), Doubled(cell));
     cell = moved;
 }
 
@@ -94,16 +122,19 @@ TROVIK_AVX2_INLINE __m256 Averaged(__m256 place,
                                    __m256 below,
                                    __m256 above,
                                    __m256 weights,
-                                   __m256 scale) {
+                                   __m256 scale,
+                                   bool inWorldSpace) {
     __m256 sum = _mm256_add_ps(_mm256_add_ps(place, left), right);
     sum = _mm256_add_ps(_mm256_add_ps(sum, below), above);
     const __m256 mean = _mm256_mul_ps(sum, _mm256_set1_ps(0.2f));
     const __m256 displacement = _mm256_mul_ps(_mm256_sub_ps(mean, place), weights);
-    return _mm256_add_ps(place, _mm256_mul_ps(displacement, scale));
+    return _mm256_add_ps(place, inWorldSpace ? _mm256_mul_ps(displacement, scale) : displacement);
 }
 
 /// Steps at which all four rows have a turn.
-TROVIK_AVX2_INLINE void AverageTogether(const FourRows& rows, uint32_t step, uint32_t count) {
+TROVIK_AVX2_INLINE void AverageTogether(
+    const FourRows& rows, uint32_t step, uint32_t count, bool inWorldSpace, WideBounds& allBounds) {
+    WideBounds bounds = allBounds;
     HWVector* const first = rows.CellOf(0, step);
     HWVector* const second = rows.CellOf(1, step - 1);
     HWVector* const third = rows.CellOf(2, step - 2);
@@ -129,8 +160,10 @@ TROVIK_AVX2_INLINE void AverageTogether(const FourRows& rows, uint32_t step, uin
             Beside(_mm_set1_ps(rows.weights[0][column]), _mm_set1_ps(rows.weights[1][column - 1]));
         const __m256 weightB = Beside(_mm_set1_ps(rows.weights[2][column - 2]),
                                       _mm_set1_ps(rows.weights[3][column - 3]));
-        leftA = Averaged(placeA, leftA, rightA, belowA, aboveA, weightA, scale);
-        leftB = Averaged(placeB, leftB, rightB, belowB, aboveB, weightB, scale);
+        leftA = Averaged(placeA, leftA, rightA, belowA, aboveA, weightA, scale, inWorldSpace);
+        leftB = Averaged(placeB, leftB, rightB, belowB, aboveB, weightB, scale, inWorldSpace);
+        bounds.Take(leftA, placeA);
+        bounds.Take(leftB, placeB);
         first[i].lanes = FirstOf(leftA);
         second[i].lanes = SecondOf(leftA);
         third[i].lanes = FirstOf(leftB);
@@ -140,86 +173,44 @@ TROVIK_AVX2_INLINE void AverageTogether(const FourRows& rows, uint32_t step, uin
         placeA = rightA;
         placeB = rightB;
     }
-}
-
-/// Bounds of four rows' turns, two cells at a time.
-class WideBounds {
-public:
-    TROVIK_AVX2_INLINE explicit WideBounds(const DabConstants& dab)
-        : least(Doubled(dab.boundsMin)), most(Doubled(dab.boundsMax)), odd(_mm256_setzero_ps()) {}
-
-    TROVIK_AVX2_INLINE void Take(__m256 now, __m256 before) {
-        least = _mm256_min_ps(_mm256_min_ps(least, now), before);
-        most = _mm256_max_ps(_mm256_max_ps(most, now), before);
-        odd = _mm256_or_ps(odd, _mm256_cmp_ps(now, before, _CMP_UNORD_Q));
-    }
-
-    TROVIK_AVX2_INLINE __m128 Least() const { return _mm_min_ps(FirstOf(least), SecondOf(least)); }
-    TROVIK_AVX2_INLINE __m128 Most() const { return _mm_max_ps(FirstOf(most), SecondOf(most)); }
-    /// Whether one of the places was no number: then the order decides.
-    TROVIK_AVX2_INLINE bool HasOdd() const { return _mm256_movemask_ps(odd) != 0; }
-
-private:
-    __m256 least;
-    __m256 most;
-    __m256 odd;
-};
-
-TROVIK_AVX2_INLINE void TakeRow(WideBounds& bounds,
-                                const HWVector* now,
-                                const HWVector* before,
-                                const uint64_t* turns,
-                                uint32_t points) {
-    for (uint32_t word = 0; word * 64 < points; ++word, now += 64, before += 64) {
-        uint64_t rest = turns[word];
-        for (uint32_t i = 0; rest != 0;) {
-            const auto idle = static_cast<uint32_t>(std::countr_zero(rest));
-            i += idle;
-            rest >>= idle;
-            const auto run = static_cast<uint32_t>(std::countr_one(rest));
-            const uint32_t end = i + run;
-            rest = run == 64 ? 0 : rest >> run;
-            for (; i + 1 < end; i += 2) {
-                bounds.Take(_mm256_loadu_ps(reinterpret_cast<const float*>(now + i)),
-                            _mm256_loadu_ps(reinterpret_cast<const float*>(before + i)));
-            }
-            if (i < end) bounds.Take(Doubled(now[i]), Doubled(before[i]));
-            i = end;
-        }
-    }
+    allBounds = bounds;
 }
 
 /// Whether x, y or z of one of the cells is a zero below zero.
-bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
-    const __m128i negativeZero = _mm_set1_epi32(std::numeric_limits<int32_t>::min());
-    __m128i found = _mm_setzero_si128();
-    for (uint32_t i = 0; i < count; ++i)
-        found =
-            _mm_or_si128(found, _mm_cmpeq_epi32(_mm_castps_si128(cells[i].lanes), negativeZero));
-    // The lowest lane is w.
-    return (_mm_movemask_ps(_mm_castsi128_ps(found)) & 14) != 0;
+TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
+    const __m256i negativeZero = _mm256_set1_epi32(std::numeric_limits<int32_t>::min());
+    __m256i found = _mm256_setzero_si256();
+    uint32_t i = 0;
+    for (; i + 1 < count; i += 2) {
+        const __m256i two = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cells + i));
+        found = _mm256_or_si256(found, _mm256_cmpeq_epi32(two, negativeZero));
+    }
+    if (i < count) {
+        const __m256i last = _mm256_castps_si256(Doubled(cells[i]));
+        found = _mm256_or_si256(found, _mm256_cmpeq_epi32(last, negativeZero));
+    }
+    // The lowest lane of each is w.
+    return (_mm256_movemask_ps(_mm256_castsi256_ps(found)) & 0xee) != 0;
 }
 
-/// What WidenBounds does, for all rows, without their order. \return false, with nothing done,
-/// where the order decides: with numbers that are none, and with zeros of either sign at a bound.
-TROVIK_AVX2_INLINE bool WidenTogether(DabConstants& patch,
-                                      const FourRows& rows,
-                                      const HWVector (*before)[RowBatches::capacity],
-                                      const RowBatches* batches) {
-    WideBounds bounds(patch);
-    for (uint32_t row = 0; row < rowCount; ++row)
-        TakeRow(bounds, rows.CellOf(row, 0), before[row], batches[row].turns, rows.points);
+/// Takes the bounds, which have been widened without the order of the list. \return false, with
+/// nothing done, where the order decides: with numbers that are none, and with zeros of either sign
+/// at a bound.
+TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
+                                    const WideBounds& bounds,
+                                    const FourRows& rows,
+                                    const HWVector (*before)[RowBatches::capacity]) {
     if (bounds.HasOdd()) return false;
     const __m128 least = bounds.Least();
     const __m128 most = bounds.Most();
     const __m128 zeros =
         _mm_or_ps(_mm_cmpeq_ps(least, _mm_setzero_ps()), _mm_cmpeq_ps(most, _mm_setzero_ps()));
     if ((_mm_movemask_ps(zeros) & 14) != 0) {
+        // A sum is a zero below zero only where both numbers were, so it was there before.
         bool negative =
             HoldNegativeZero(&patch.boundsMin, 1) || HoldNegativeZero(&patch.boundsMax, 1);
         for (uint32_t row = 0; row < rowCount && !negative; ++row)
-            negative = HoldNegativeZero(before[row], rows.points) ||
-                       HoldNegativeZero(rows.CellOf(row, 0), rows.points);
+            negative = HoldNegativeZero(before[row], rows.points);
         if (negative) return false;
     }
     patch.boundsMin.lanes = least;
@@ -227,12 +218,12 @@ TROVIK_AVX2_INLINE bool WidenTogether(DabConstants& patch,
     return true;
 }
 
-TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
-                                 const PatchVertexEntry* entries,
-                                 uint32_t points,
-                                 const RowBatches* batches,
-                                 bool withFreeze,
-                                 bool inWorldSpace) {
+TROVIK_AVX2_INLINE bool AverageRows(DabConstants& patch,
+                                    const PatchVertexEntry* entries,
+                                    uint32_t points,
+                                    const RowBatches* batches,
+                                    bool withFreeze,
+                                    bool inWorldSpace) {
     alignas(32) float weights[rowCount][RowBatches::capacity];
     HWVector before[rowCount][RowBatches::capacity];
     FourRows rows;
@@ -255,6 +246,7 @@ TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
         std::copy_n(rows.CellOf(row, 0), points, before[row]);
     }
 
+    WideBounds bounds(patch);
     const StepMap map(batches, points);
     const uint32_t steps = points + rowCount - 1;
     bool reached = false;
@@ -264,22 +256,34 @@ TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
         reached = true;
         const uint32_t together = map.Together(step);
         if (together > 0) {
-            AverageTogether(rows, step, together);
+            AverageTogether(rows, step, together, inWorldSpace, bounds);
             step += together;
             continue;
         }
         for (uint32_t row = 0; row < rowCount && row <= step; ++row) {
             const uint32_t column = step - row;
-            if (column < points && batches[row].IsTurnOf(column)) AverageOne(rows, row, column);
+            if (column < points && batches[row].IsTurnOf(column))
+                AverageOne(rows, row, column, bounds);
         }
         ++step;
     }
 
-    if (!WidenTogether(patch, rows, before, batches)) {
+    if (!StoreBounds(patch, bounds, rows, before)) {
         for (uint32_t row = 0; row < rowCount; ++row)
             WidenBounds(patch, rows.CellOf(row, 0), before[row], points, batches[row]);
     }
     return reached;
+}
+
+/// With what every step asks known to the compiler.
+TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
+                                 const PatchVertexEntry* entries,
+                                 uint32_t points,
+                                 const RowBatches* batches,
+                                 bool withFreeze,
+                                 bool inWorldSpace) {
+    return inWorldSpace ? AverageRows(patch, entries, points, batches, withFreeze, true)
+                        : AverageRows(patch, entries, points, batches, withFreeze, false);
 }
 
 }  // namespace
