@@ -251,12 +251,13 @@ TEST(RestingPatches, MakeTheNormalsNextToACornerThatMovedWithoutThem) {
         bench.Activate(Tool::Sculpt, 2);
         bench.Begin();
     });
-    for (int i = 0; i < 2; ++i) twins.Dab(left, radius, 0.001f);
+    twins.Dab(left, radius, 0.001f);
     ASSERT_EQ(twins.passing.brush->facesPerPatch, 64u);
+    const float heightBefore = mesh.Position(pole).z;
     const Vector overTip = tip + Vector(0.0f, 0.0f, 0.95f * radius);
     twins.Dab(right, radius, 0.1f, false, overTip - twins.passing.HitFace(right).position);
     twins.ExpectAlike();
-    EXPECT_GT(mesh.Position(pole).z, 0.201f);
+    EXPECT_NE(mesh.Position(pole).z, heightBefore);
 
     EXPECT_EQ(
         twins.passing.geometry->Level(twins.passing.brush->patchMeshLevel)->LastFaceWalk().size(),
@@ -282,9 +283,8 @@ protected:
     const uint32_t middle = 4 * 9 + 4;
 };
 
-TEST_F(RestingPatchesOfAGrid, ArePassedFromTheThirdDabOn) {
+TEST_F(RestingPatchesOfAGrid, ArePassedFromTheSecondDabOn) {
     bench.Begin();
-    EXPECT_EQ(PassedBy(), 0u);
     EXPECT_EQ(PassedBy(), 0u);
     const uint64_t again = PassedBy();
     EXPECT_GT(again, 0u);
@@ -298,7 +298,6 @@ TEST_F(RestingPatchesOfAGrid, ArePassedFromTheThirdDabOn) {
 TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheirDepthChanges) {
     bench.Begin();
     PassedBy(1.0f);
-    PassedBy(1.0f);
     EXPECT_EQ(PassedBy(2.0f), 0u);
     EXPECT_EQ(PassedBy(1.0f), 0u);
     EXPECT_GT(PassedBy(1.0f), 0u);
@@ -307,7 +306,6 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheirDepthChanges) {
 
 TEST_F(RestingPatchesOfAGrid, AreForgottenWhenAnotherWalkUsedTheStamp) {
     bench.Begin();
-    PassedBy();
     PassedBy();
     ++bench.Mesh().visitStamp;
     EXPECT_EQ(PassedBy(), 0u);
@@ -318,7 +316,6 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenAnotherWalkUsedTheStamp) {
 TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheStrokeWasPutBack) {
     bench.Begin();
     PassedBy();
-    PassedBy();
     bench.Mesh().OpenChange()->PutBack();
     EXPECT_EQ(PassedBy(), 0u);
     bench.End();
@@ -326,7 +323,6 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheStrokeWasPutBack) {
 
 TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMadeNormals) {
     bench.Begin();
-    PassedBy();
     PassedBy();
     bench.Mesh().ComputeNormalsOf({0});
     EXPECT_EQ(PassedBy(), 0u);
@@ -339,7 +335,6 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMadeNormals) {
 TEST_F(RestingPatchesOfAGrid, WithAVertexThatIsNoNumberAreAlwaysVisited) {
     bench.Begin();
     PassedBy();
-    PassedBy();
     const uint64_t usual = PassedBy();
     bench.End();
     for (uint32_t v = 0; v < bench.Mesh().VertexCount(); ++v) {
@@ -349,7 +344,6 @@ TEST_F(RestingPatchesOfAGrid, WithAVertexThatIsNoNumberAreAlwaysVisited) {
     }
     bench.Begin();
     PassedBy();
-    PassedBy();
     EXPECT_GT(usual, 0u);
     EXPECT_EQ(PassedBy(), 0u);
     bench.End();
@@ -358,7 +352,6 @@ TEST_F(RestingPatchesOfAGrid, WithAVertexThatIsNoNumberAreAlwaysVisited) {
 TEST_F(RestingPatchesOfAGrid, OfALayerThatBeganToRefuseAreVisited) {
     SculptLayer& layer = bench.AddLayer();
     bench.Begin();
-    PassedBy();
     PassedBy();
     EXPECT_GT(PassedBy(), 0u);
     layer.SetWritable(false);

@@ -89,32 +89,43 @@ void KnownPatches::Learn(const PatchVertexEntry* entries,
                          const float (*places)[4],
                          StoredVertexInfo* const* records,
                          const StoredVertexInfo* firstRecord) {
-    const bool isFirst = learnedVertices == 0;
-    HWVector lower = isFirst ? ReversedXyz(_mm_loadu_ps(places[0])) : learned.lower;
-    HWVector upper = isFirst ? lower : learned.upper;
-    Run run = isFirst ? Run{0, 0} : runs.back();
-    if (!isFirst) runs.pop_back();
+    uint32_t* const vertices = learning + learnedVertices;
+    for (uint32_t i = 0; i < count; ++i) vertices[i] = entries[i].vertex;
+
+    // The fourth of each place is no part of it.
+    __m128 lower = _mm_loadu_ps(places[0]);
+    __m128 upper = lower;
     __m128 odd = _mm_setzero_ps();
-    uint32_t* vertex = learning + learnedVertices;
-    const StoredVertexInfo* next = firstRecord + run.first + run.count;
-    for (uint32_t i = 0; i < count; ++i, ++next) {
-        *vertex++ = entries[i].vertex;
-        if (records[i] != next) {
-            if (run.count > 0) runs.push_back(run);
-            next = records[i];
-            run = {static_cast<uint32_t>(next - firstRecord), 0};
+    for (uint32_t i = 0; i < count; ++i) {
+        const __m128 place = _mm_loadu_ps(places[i]);
+        lower = _mm_min_ps(lower, place);
+        upper = _mm_max_ps(upper, place);
+        odd = _mm_or_ps(odd, _mm_cmpunord_ps(place, place));
+    }
+    learned.hasOddPlace |= (_mm_movemask_ps(odd) & 7) != 0;
+    const HWVector low = ReversedXyz(lower);
+    const HWVector high = ReversedXyz(upper);
+    learned.lower = learnedVertices == 0 ? low : HWVector::Minimum(learned.lower, low);
+    learned.upper = learnedVertices == 0 ? high : HWVector::Maximum(learned.upper, high);
+    learnedVertices += count;
+
+    for (uint32_t i = 0; i < count;) {
+        const uint32_t begin = i;
+        const StoredVertexInfo* next = records[i];
+        while (i < count && records[i] == next) ++i, ++next;
+        LearnRun({static_cast<uint32_t>(records[begin] - firstRecord), i - begin});
+    }
+}
+
+void KnownPatches::LearnRun(const Run& run) {
+    if (runs.size() > learned.firstRun) {
+        Run& last = runs.back();
+        if (last.first + last.count == run.first) {
+            last.count += run.count;
+            return;
         }
-        ++run.count;
-        const HWVector place = ReversedXyz(_mm_loadu_ps(places[i]));
-        lower = HWVector::Minimum(lower, place);
-        upper = HWVector::Maximum(upper, place);
-        odd = _mm_or_ps(odd, _mm_cmpunord_ps(place.lanes, place.lanes));
     }
     runs.push_back(run);
-    learnedVertices += count;
-    learned.lower = lower;
-    learned.upper = upper;
-    learned.hasOddPlace |= _mm_movemask_ps(odd) != 0;
 }
 
 void KnownPatches::Keep(uint32_t patch) {

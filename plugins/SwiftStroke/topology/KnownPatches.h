@@ -110,6 +110,7 @@ public:
 private:
     /// Room for so many vertices, not yet taken. Errors: std::bad_alloc.
     uint32_t* FindRoom(uint32_t count);
+    void LearnRun(const Run& run);
 
     /// Fewer subdivisions leave a patch hardly any vertex that is not on its edge.
     static constexpr int32_t shallowest = 3;

@@ -6,7 +6,6 @@
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
-#include "kernels/stages/RecordLookup.h"
 
 #include <algorithm>
 
@@ -223,14 +222,10 @@ bool SwiftStroke::RunPatch(uint32_t face,
     const KnownPatches::Patch* known = knownPatches.Find(face);
     RecordWalk records;
     knownPatches.StopLearning();
-    if (known != nullptr) {
+    if (known != nullptr)
         records.run = knownPatches.RunsOf(*known).data();
-    } else if (knownPatches.IsOpen() && ListsEachVertexOnce()) {
-        // A vertex in the middle has a record since the first visit.
-        const uint32_t middle = patchVertexList[count / 2].vertex;
-        if (FindRecord(*CurrentChange(), middle, mesh->vertices[middle].changeLink) != nullptr)
-            knownPatches.StartLearning(count);
-    }
+    else if (knownPatches.IsOpen() && ListsEachVertexOnce())
+        knownPatches.StartLearning(count);
     const bool reached = PatchRun(*this, switches, movers, mirroredStamp, records)
                              .Run(patchVertexList, patchVertexList + count);
     strokeVertexCount += count;
