@@ -9,6 +9,23 @@
 
 namespace trovik {
 
+namespace {
+
+/// The loop over 0 to `count`, spelled out by four, which the compiler leaves to us.
+template <class Step>
+TROVIK_FORCE_INLINE void InFours(std::size_t count, const Step& step) {
+    std::size_t i = 0;
+    for (; i + 3 < count; i += 4) {
+        step(i);
+        step(i + 1);
+        step(i + 2);
+        step(i + 3);
+    }
+    for (; i < count; ++i) step(i);
+}
+
+}  // namespace
+
 bool KnownPatches::Patch::IsBeyond(const float center[3], float radiusSquared) const {
     const float low[3] = {lower.X(), lower.Y(), lower.Z()};
     const float high[3] = {upper.X(), upper.Y(), upper.Z()};
@@ -90,18 +107,18 @@ void KnownPatches::Learn(const PatchVertexEntry* entries,
                          StoredVertexInfo* const* records,
                          const StoredVertexInfo* firstRecord) {
     uint32_t* const vertices = learning + learnedVertices;
-    for (uint32_t i = 0; i < count; ++i) vertices[i] = entries[i].vertex;
+    InFours(count, [=](std::size_t i) { vertices[i] = entries[i].vertex; });
 
     // The fourth of each place is no part of it.
     __m128 lower = _mm_loadu_ps(places[0]);
     __m128 upper = lower;
     __m128 odd = _mm_setzero_ps();
-    for (uint32_t i = 0; i < count; ++i) {
+    InFours(count, [&](std::size_t i) {
         const __m128 place = _mm_loadu_ps(places[i]);
         lower = _mm_min_ps(lower, place);
         upper = _mm_max_ps(upper, place);
         odd = _mm_or_ps(odd, _mm_cmpunord_ps(place, place));
-    }
+    });
     learned.hasOddPlace |= (_mm_movemask_ps(odd) & 7) != 0;
     const HWVector low = ReversedXyz(lower);
     const HWVector high = ReversedXyz(upper);
@@ -112,7 +129,11 @@ void KnownPatches::Learn(const PatchVertexEntry* entries,
     for (uint32_t i = 0; i < count;) {
         const uint32_t begin = i;
         const StoredVertexInfo* next = records[i];
-        while (i < count && records[i] == next) ++i, ++next;
+        for (; i + 3 < count && records[i] == next && records[i + 1] == next + 1 &&
+               records[i + 2] == next + 2 && records[i + 3] == next + 3;
+             i += 4)
+            next += 4;
+        for (; i < count && records[i] == next; ++i) ++next;
         LearnRun({static_cast<uint32_t>(records[begin] - firstRecord), i - begin});
     }
 }
