@@ -185,7 +185,7 @@ private:
     PackedNormal* normals;
     HWVector scaleSquared;
     decltype(&PackNormals) pack;
-    PackedRow packed;
+    PackedRow packed = {};
 };
 
 void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) { NormalRefresh(*this, slice).All(); }

@@ -36,16 +36,16 @@ Weigher WeigherFor(const KernelSwitches& switches) {
 /// The run of one kernel over one patch.
 class PatchRun {
 public:
+    // The analyzer does not see the constructor of the terms, which another file has.
+    // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
     PatchRun(SwiftStroke& swiftStroke,
              const KernelSwitches& kernelSwitches,
              const BatchMovers& kernelMovers,
-             bool mirroredStamp,
-             RecordWalk knownRecords)
+             bool mirroredStamp)
         : brush(swiftStroke),
           switches(kernelSwitches),
           movers(kernelMovers),
           dab(swiftStroke, mirroredStamp),
-          known(knownRecords),
           terms(dab),
           weigh(WeigherFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
@@ -54,8 +54,12 @@ public:
           // stroke's order of touch: then every vertex has its turn alone.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
 
-    /// All turns from `entries` on. \return whether the dab reached a vertex.
-    bool Run(const PatchVertexEntry* entries, const PatchVertexEntry* end) {
+    /// All turns from `entries` on. \param records  of these, if the patch is known, else null.
+    /// \return whether the dab reached a vertex.
+    bool Run(const PatchVertexEntry* entries,
+             const PatchVertexEntry* end,
+             const KnownPatches::Run* records) {
+        known.run = records;
         if (movers.rowPair != nullptr && brush.ListsEachVertexOnce() && dab.mesh.meshType == 1)
             entries = RunRows(entries, end);
         VertexBatch batch;
@@ -220,14 +224,14 @@ bool SwiftStroke::RunPatch(uint32_t face,
     const uint32_t points = (1u << patchLevel) + 1;
     const uint32_t count = IsListed(PatchSlice(face)) ? points * points : BuildWorkList(face);
     const KnownPatches::Patch* known = knownPatches.Find(face);
-    RecordWalk records;
+    const KnownPatches::Run* records = nullptr;
     knownPatches.StopLearning();
     if (known != nullptr)
-        records.run = knownPatches.RunsOf(*known).data();
+        records = knownPatches.RunsOf(*known).data();
     else if (knownPatches.IsOpen() && ListsEachVertexOnce())
         knownPatches.StartLearning(count);
-    const bool reached = PatchRun(*this, switches, movers, mirroredStamp, records)
-                             .Run(patchVertexList, patchVertexList + count);
+    const bool reached = PatchRun(*this, switches, movers, mirroredStamp)
+                             .Run(patchVertexList, patchVertexList + count, records);
     strokeVertexCount += count;
     knownPatches.Keep(face);
     return reached;
