@@ -8,6 +8,38 @@
 
 namespace trovik {
 
+namespace {
+
+/// A corner of the patch: its place in the index tables, its cell, and the way into the patch.
+struct Corner {
+    uint32_t vertexIndex;
+    uint32_t faceCell;
+    uint32_t cell;
+    int32_t dx;
+    int32_t dy;
+
+    uint32_t Outward(int32_t way) const { return cell - static_cast<uint32_t>(way); }
+    uint32_t Inward(int32_t way) const { return cell + static_cast<uint32_t>(way); }
+};
+
+/// Corners in the order top left, top right, bottom left, bottom right.
+Corner CornerOf(uint32_t i, uint32_t size, uint32_t stride) {
+    const auto row = static_cast<int32_t>(stride);
+    switch (i) {
+        case 0:
+            return {0, 0, size + 4, 1, row};
+        case 1:
+            return {size, size - 1, 2 * stride - 2, -1, row};
+        case 2:
+            return {(size + 1) * size, (size - 1) * size, (stride - 2) * stride + 1, 1, -row};
+        default:
+            return {
+                (size + 1) * (size + 1) - 1, size * size - 1, (stride - 1) * stride - 2, -1, -row};
+    }
+}
+
+}  // namespace
+
 void SwiftStroke::ReadLayerValue(Vector& out, uint32_t vertex, uint32_t face) {
     const StoredVertexInfo& record =
         TouchRecord(*CurrentChange(), vertex, face, mesh->vertices.array[vertex], true);

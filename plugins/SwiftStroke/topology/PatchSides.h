@@ -4,12 +4,11 @@
 #include <cstdint>
 
 /// \file
-/// Where the sides and corners of a patch lie in its index table, in the grid, and in the patches
-/// next to it.
+/// Where the sides of a patch lie in the grid and in the index tables of the patches next to it.
 namespace trovik {
 
 /// The ring read-in takes only values below this for neighbours; the grid cursor is one kinder.
-constexpr uint32_t firstOpen = 0x80000000u;
+inline constexpr uint32_t firstOpen = 0x80000000u;
 
 struct Walk {
     uint32_t start;
@@ -57,34 +56,6 @@ inline RingSide RingSideOf(uint32_t side, uint32_t stride) {
 
 inline uint32_t Along(uint32_t start, uint32_t count, int32_t step) {
     return start + static_cast<uint32_t>(static_cast<int32_t>(count) * step);
-}
-
-/// A corner of the patch: its place in the index tables, its cell, and the way into the patch.
-struct Corner {
-    uint32_t vertexIndex;
-    uint32_t faceCell;
-    uint32_t cell;
-    int32_t dx;
-    int32_t dy;
-
-    uint32_t Outward(int32_t way) const { return cell - static_cast<uint32_t>(way); }
-    uint32_t Inward(int32_t way) const { return cell + static_cast<uint32_t>(way); }
-};
-
-/// Corners in the order top left, top right, bottom left, bottom right.
-inline Corner CornerOf(uint32_t i, uint32_t size, uint32_t stride) {
-    const auto row = static_cast<int32_t>(stride);
-    switch (i) {
-        case 0:
-            return {0, 0, size + 4, 1, row};
-        case 1:
-            return {size, size - 1, 2 * stride - 2, -1, row};
-        case 2:
-            return {(size + 1) * size, (size - 1) * size, (stride - 2) * stride + 1, 1, -row};
-        default:
-            return {
-                (size + 1) * (size + 1) - 1, size * size - 1, (stride - 1) * stride - 2, -1, -row};
-    }
 }
 
 }  // namespace trovik
