@@ -15,8 +15,6 @@ function(trovik_make_test_headers)
     file(WRITE "${PROJECT_BINARY_DIR}/tests/TestHeaders.cpp" "")
     add_library(TrovikTestHeaders OBJECT "${PROJECT_BINARY_DIR}/tests/TestHeaders.cpp")
     # Flags and definitions must be those of the tests.
-    target_compile_definitions(
-        TrovikTestHeaders PRIVATE TROVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     target_link_libraries(
         TrovikTestHeaders
         PRIVATE Trovik::Framework
@@ -44,12 +42,25 @@ function(trovik_make_test_headers)
                 <vector>)
 endfunction()
 
+# The path of the source tree is compiled into one object only. As a definition of every test it
+# would make each compiler command depend on the checkout, and ccache could not share results.
+function(trovik_make_source_folder)
+    if(TARGET TrovikTestSourceFolder)
+        return()
+    endif()
+    add_library(TrovikTestSourceFolder STATIC "${PROJECT_SOURCE_DIR}/tests/SourceFolder.cpp")
+    target_compile_definitions(
+        TrovikTestSourceFolder PRIVATE TROVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    target_include_directories(TrovikTestSourceFolder PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_link_libraries(TrovikTestSourceFolder PRIVATE Trovik::Warnings)
+endfunction()
+
 # trovik_add_test(NAME <name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...])
 #
 # Makes the GoogleTest executable <name> and registers it with ctest.
 #
 # It runs with TROVIK_PLUGIN_PATH set to the built plug-ins and TROVIK_DATA to the examples
-# folder; TROVIK_SOURCE_DIR is the source tree, as a string literal. Label: `unit` if none is given.
+# folder; tests/SourceFolder.h returns the source tree. Label: `unit` if none is given.
 function(trovik_add_test)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES;LABELS")
     if(NOT arg_NAME OR NOT arg_SOURCES)
@@ -63,11 +74,11 @@ function(trovik_add_test)
     endif()
 
     add_executable(${arg_NAME} ${arg_SOURCES})
-    target_compile_definitions(
-        ${arg_NAME} PRIVATE TROVIK_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    trovik_make_source_folder()
     target_link_libraries(
         ${arg_NAME}
         PRIVATE ${arg_LIBRARIES}
+                TrovikTestSourceFolder
                 Trovik::Framework
                 Trovik::Warnings
                 Trovik::Numbers

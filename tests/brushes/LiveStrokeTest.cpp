@@ -6,6 +6,7 @@
 #include "framework/brushes/LiveStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
+#include "tests/SourceFolder.h"
 #include "tests/brushes/PathBench.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +24,7 @@ constexpr const char* streams[] = {
     "clean", "blot", "spike", "jitter", "doubled", "late", "everything"};
 
 std::vector<PathSample> Stream(const std::string& name) {
-    return ReadPenStream(std::string(TROVIK_SOURCE_DIR "/tests/data/pointer/") + name + ".json");
+    return ReadPenStream(SourceFolder() + "/tests/data/pointer/" + name + ".json");
 }
 
 bool SameBits(const RecordingBrush::Dab& a, const RecordingBrush::Dab& b) {

@@ -6,6 +6,7 @@
 /// its place and within 0.06 of its pressure.
 #include "framework/brushes/PointerFilter.h"
 #include "framework/script/PenStream.h"
+#include "tests/SourceFolder.h"
 #include "tests/brushes/PathBench.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ namespace {
 using Dabs = std::vector<RecordingBrush::Dab>;
 
 std::vector<PathSample> Stream(const std::string& name) {
-    return ReadPenStream(std::string(TROVIK_SOURCE_DIR "/tests/data/pointer/") + name + ".json");
+    return ReadPenStream(SourceFolder() + "/tests/data/pointer/" + name + ".json");
 }
 
 class PointerFilterTest : public testing::Test, protected PathBench {

@@ -8,6 +8,7 @@
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
 #include "framework/script/SessionStroke.h"
+#include "tests/SourceFolder.h"
 #include "tests/files/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -44,7 +45,7 @@ protected:
         runner.Do(*steps.back(), steps.size());
     }
     static std::string FileOf(const std::string& name) {
-        return std::string(TROVIK_SOURCE_DIR "/tests/data/pointer/") + name + ".json";
+        return SourceFolder() + "/tests/data/pointer/" + name + ".json";
     }
     static std::string Stroke(const std::string& name, const std::string& more = "") {
         return R"({"stroke": {"pen": ")" + FileOf(name) + "\"" + more + "}}";

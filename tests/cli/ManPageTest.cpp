@@ -2,6 +2,7 @@
 
 /// \file
 /// The man page against the program: every option, and every field of the output for programs.
+#include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
 #include <nlohmann/json.hpp>
@@ -16,7 +17,7 @@ using Names = std::set<std::string>;
 
 /// The page with the hyphens as they are read.
 std::string ManPage() {
-    std::string page = ReadAll(fs::path(TROVIK_SOURCE_DIR) / "docs/man/trovik.1");
+    std::string page = ReadAll(fs::path(SourceFolder()) / "docs/man/trovik.1");
     for (std::size_t at = 0; (at = page.find("\\-", at)) != std::string::npos; ++at)
         page.erase(at, 1);
     return page;

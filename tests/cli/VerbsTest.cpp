@@ -2,6 +2,7 @@
 
 /// \file
 /// What the program tells of itself, and the verbs that work on journals.
+#include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -31,7 +32,7 @@ TEST_F(Verbs, AllHaveExamplesAndTellTheExitStatus) {
 }
 
 TEST_F(Verbs, AreInTheManPage) {
-    const std::string page = ReadAll(fs::path(TROVIK_SOURCE_DIR) / "docs/man/trovik.1");
+    const std::string page = ReadAll(fs::path(SourceFolder()) / "docs/man/trovik.1");
     for (const char* verb : verbs) EXPECT_THAT(page, HasSubstr(std::string(".B ") + verb)) << verb;
 }
 

@@ -4,6 +4,7 @@
 /// The files that the fuzz targets start from, whole, cut off and damaged, go through the targets:
 /// a target ends the process where a reader crashes, or refuses poorly. With TROVIK_FUZZ_SECONDS
 /// each reader is fed for so long beyond that, with damage that is drawn anew each time.
+#include "tests/SourceFolder.h"
 #include "tests/random/RandomNumbers.h"
 
 #include <gtest/gtest.h>
@@ -52,7 +53,7 @@ constexpr Target targets[] = {{"obj", &FeedObj},
 class Corpus : public ::testing::TestWithParam<Target> {
 protected:
     Corpus() {
-        const fs::path folder = fs::path(TROVIK_SOURCE_DIR) / "fuzz/corpus" / GetParam().name;
+        const fs::path folder = fs::path(SourceFolder()) / "fuzz/corpus" / GetParam().name;
         for (const auto& entry : fs::directory_iterator(folder)) {
             std::ifstream file(entry.path(), std::ios::binary);
             files.emplace_back(std::istreambuf_iterator<char>(file),

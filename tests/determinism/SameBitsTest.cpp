@@ -4,6 +4,7 @@
 /// The same script gives the same bits: again in one process, in another one, in every build, and
 /// where numbers are written with decimal commas.
 #include "framework/script/ScriptRunner.h"
+#include "tests/SourceFolder.h"
 #include "tests/brush/ToolNames.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +45,7 @@ uint64_t HashOf(const std::string& bytes) {
 /// three different scales, a layer, freezing, facing, pressure, coarser levels, undo.
 std::string ScriptText() {
     std::ostringstream script;
-    script << R"({"mesh": ")" << TROVIK_SOURCE_DIR << R"(/examples/meshes/spot.obj", "levels": 2,
+    script << R"({"mesh": ")" << SourceFolder() << R"(/examples/meshes/spot.obj", "levels": 2,
         "mirror": ["x"],
         "transform": {"scale": [1.5, 0.75, 1.25], "rotate": [10.5, 20.25, 30.125],
                       "translate": [0.5, 0.25, -0.125]},

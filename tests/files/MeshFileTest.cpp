@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/PolygonMesh.h"
+#include "tests/SourceFolder.h"
 #include "tests/edits/FullDisk.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"
@@ -24,7 +25,7 @@ using testing::HasSubstr;
 
 std::string ExampleMesh(const std::string& name) {
     const char* data = std::getenv("TROVIK_DATA");
-    return (data != nullptr ? std::string(data) : TROVIK_SOURCE_DIR "/examples") + "/meshes/" +
+    return (data != nullptr ? std::string(data) : test::SourceFolder() + "/examples") + "/meshes/" +
            name;
 }
 

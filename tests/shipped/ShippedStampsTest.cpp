@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/images/ImageFile.h"
+#include "tests/SourceFolder.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tools/stamps/LatticeNoise.h"
 #include "tools/stamps/ShippedStamps.h"
@@ -16,7 +17,7 @@
 namespace trovik::stamps {
 namespace {
 
-std::string ShippedFolder() { return TROVIK_SOURCE_DIR "/stamps"; }
+std::string ShippedFolder() { return test::SourceFolder() + "/stamps"; }
 
 std::string ShippedPath(const ShippedStamp& stamp) { return ShippedFolder() + "/" + stamp.path; }
 
