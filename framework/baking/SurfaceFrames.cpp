@@ -34,9 +34,10 @@ std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
         const LevelMesh& above = *geometry.Level(level + 1);
         std::vector<Vector> refined(above.VertexCount());
         LevelRefiner(*geometry.Level(level))
-            .RefinePositionsOf([&positions](std::uint32_t v) { return positions[v]; },
-                               above,
-                               [&refined](std::uint32_t v, const Vector& p) { refined[v] = p; });
+            .RefinePositions(
+                above,
+                [&refined](std::uint32_t v, const Vector& p) { refined[v] = p; },
+                positions.data());
         positions = std::move(refined);
     }
     return positions;

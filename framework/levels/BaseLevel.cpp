@@ -2,6 +2,7 @@
 #include "framework/levels/BaseLevel.h"
 
 #include "framework/levels/AttributeRefinement.h"
+#include "framework/levels/CatmullClarkRules.h"
 #include "host/Mesh.h"
 
 #include <algorithm>
@@ -30,21 +31,20 @@ Vector At(const PolygonMesh& mesh, uint32_t vertex) {
 
 std::array<float, 3> Plain(const Vector& v) { return {v.x, v.y, v.z}; }
 
-/// What surrounds a vertex of a polygon mesh, added up in face order.
+/// What the refined position of a vertex of a polygon mesh depends on.
 struct Surroundings {
-    Vector facePoints;
-    Vector nextCorners;
-    Vector borderEnds;
-    uint32_t faces = 0;
-    bool onBorder = false;
+    /// The face point and the next corner of each face at the vertex.
+    std::vector<Vector> around;
+    /// The other ends of its border edges.
+    std::vector<Vector> borderEnds;
 };
 
 struct EdgePoint {
     uint32_t vertex;
-    Vector sum;
-    uint32_t faces;
     uint32_t firstEnd;
     uint32_t secondEnd;
+    uint32_t faces = 0;
+    Vector facePoints[2] = {};
 };
 
 }  // namespace
@@ -64,6 +64,7 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
     std::vector<Surroundings> around(oldCount);
     std::map<uint64_t, EdgePoint> edges;
     std::vector<Vector> facePoints(polygons.faceSizes.size());
+    std::vector<Vector> corners;
 
     // Numbers first: a face's new edge points, sides in order, then its face point.
     std::size_t first = 0;
@@ -71,22 +72,22 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
     for (std::size_t face = 0; face < polygons.faceSizes.size(); ++face) {
         const uint32_t n = polygons.faceSizes[face];
         const uint32_t* v = polygons.faceVertices.data() + first;
-        Vector centre;
-        for (uint32_t k = 0; k < n; ++k) centre += At(polygons, v[k]);
-        centre *= 1.0f / static_cast<float>(n);
+        corners.clear();
+        for (uint32_t k = 0; k < n; ++k) corners.push_back(At(polygons, v[k]));
+        const Vector centre = FacePointRule(ExactSum(corners.data(), n), n);
         facePoints[face] = centre;
         std::vector<uint32_t> edgeVertices(n);
         for (uint32_t k = 0; k < n; ++k) {
             const uint32_t a = v[k];
             const uint32_t b = v[(k + 1) % n];
-            auto [entry, made] = edges.try_emplace(EdgeKey(a, b), EdgePoint{next, {}, 0, a, b});
+            auto [entry, made] = edges.try_emplace(EdgeKey(a, b), EdgePoint{next, a, b});
             if (made) ++next;
-            entry->second.sum += centre;
-            ++entry->second.faces;
-            edgeVertices[k] = entry->second.vertex;
-            around[a].facePoints += centre;
-            around[a].nextCorners += At(polygons, b);
-            ++around[a].faces;
+            EdgePoint& edge = entry->second;
+            if (edge.faces < 2) edge.facePoints[edge.faces] = centre;
+            ++edge.faces;
+            edgeVertices[k] = edge.vertex;
+            around[a].around.push_back(centre);
+            around[a].around.push_back(At(polygons, b));
         }
         const uint32_t facePoint = next++;
         for (uint32_t k = 0; k < n; ++k) {
@@ -100,15 +101,14 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
 
     quads.positions.resize(next);
     for (const auto& [key, edge] : edges) {
-        const Vector ends = At(polygons, edge.firstEnd) + At(polygons, edge.secondEnd);
+        const Vector a = At(polygons, edge.firstEnd);
+        const Vector b = At(polygons, edge.secondEnd);
         quads.positions[edge.vertex] =
-            Plain(edge.faces == 2 ? (ends + edge.sum) * 0.25f : ends * 0.5f);
+            Plain(edge.faces == 2 ? EdgePointRule(a, b, edge.facePoints[0], edge.facePoints[1])
+                                  : BorderEdgePointRule(a, b));
         if (edge.faces == 2) continue;
-        for (const auto& [end, other] :
-             {std::pair{edge.firstEnd, edge.secondEnd}, {edge.secondEnd, edge.firstEnd}}) {
-            around[end].onBorder = true;
-            around[end].borderEnds += At(polygons, other);
-        }
+        around[edge.firstEnd].borderEnds.push_back(b);
+        around[edge.secondEnd].borderEnds.push_back(a);
     }
     std::size_t quadAt = 0;
     for (std::size_t face = 0; face < facePoints.size(); ++face) {
@@ -117,15 +117,14 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
     }
     for (uint32_t v = 0; v < oldCount; ++v) {
         const Surroundings& s = around[v];
+        if (s.around.empty()) continue;
         const Vector p = At(polygons, v);
-        if (s.faces == 0 || (s.onBorder && s.faces == 1)) continue;
-        if (s.onBorder) {
-            quads.positions[v] = Plain(p * 0.75f + s.borderEnds * 0.125f);
-        } else {
-            const auto n = static_cast<float>(s.faces);
-            quads.positions[v] =
-                Plain(p * ((n - 2.0f) / n) + (s.facePoints + s.nextCorners) * (1.0f / (n * n)));
-        }
+        const auto faces = static_cast<uint32_t>(s.around.size() / 2);
+        quads.positions[v] =
+            Plain(s.borderEnds.empty()
+                      ? VertexPointRule(p, ExactSum(s.around.data(), s.around.size()), faces)
+                      : BorderVertexPointRule(
+                            p, ExactSum(s.borderEnds.data(), s.borderEnds.size()), faces));
     }
     quads.attributes = SplitIntoQuads(polygons, quads);
     return quads;

@@ -7,9 +7,8 @@
 
 namespace trovik {
 
-/// One Catmull-Clark step (Catmull and Clark, "Recursively generated B-spline surfaces on arbitrary
-/// topological meshes", 1978): of a level's topology, and of its positions. Boundary rule: border
-/// edges are kept as curves, and a vertex of a single face stays where it is.
+/// One Catmull-Clark step of a whole level: its topology, and its positions by the rules of
+/// CatmullClarkRules.h.
 class LevelRefiner {
 public:
     explicit LevelRefiner(LevelMesh& coarseLevel);
@@ -25,13 +24,11 @@ public:
 
     /// Faces and vertex numbers of the level above. `fine` must be empty.
     void RefineTopology(LevelMesh& fine);
-    /// Positions of the level above by the coarse level's present ones. `place(vertex, position)`
-    /// is called once for each vertex of the fine level. `fine` supplies the vertex numbers.
+    /// Computes the positions of the level above. `place(vertex, position)` is called once for each
+    /// vertex of the fine level. `fine` supplies the vertex numbers.
+    /// \param positions  of the coarse level; null for those that it has. Borrowed.
     template <typename Place>
-    void RefinePositions(const LevelMesh& fine, Place place);
-    /// The same by other positions of the coarse level: `at(vertex)` answers them.
-    template <typename At, typename Place>
-    void RefinePositionsOf(At at, const LevelMesh& fine, Place place);
+    void RefinePositions(const LevelMesh& fine, Place place, const Vector* positions = nullptr);
 
 private:
     bool OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const;

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Vector.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace trovik {
+
+/// Three doubles: a sum of single-precision vectors before it is rounded.
+struct DoubleVector {
+    double x = 0.0;
+    double y = 0.0;
+    double z = 0.0;
+};
+
+/// A running sum in double precision that notices when an addition rounds.
+///
+/// A sum of floats in double precision is nearly always exact: coordinates of neighbouring vertices
+/// rarely differ by more than the 29 bits that a double has in excess of a float. An exact sum does
+/// not depend on the order of its terms. When an addition does round, IsExact() returns false and
+/// the caller sums the same terms again with ExactSum.
+class RunningSum {
+public:
+    void Add(const Vector& term) {
+        Add(sum.x, static_cast<double>(term.x));
+        Add(sum.y, static_cast<double>(term.y));
+        Add(sum.z, static_cast<double>(term.z));
+        ++count;
+    }
+    bool IsExact() const { return isExact; }
+    const DoubleVector& Value() const { return sum; }
+    /// How many terms were added.
+    uint32_t Count() const { return count; }
+
+private:
+    // The rounding error of an addition, from Knuth, "The Art of Computer Programming", volume 2,
+    // theorem B of 4.2.2. Infinities make it NaN, which counts as inexact.
+    void Add(double& total, double term) {
+        const double next = total + term;
+        const double rounded = next - total;
+        const double error = (total - (next - rounded)) + (term - rounded);
+        isExact = isExact && error == 0.0;
+        total = next;
+    }
+
+    DoubleVector sum;
+    uint32_t count = 0;
+    bool isExact = true;
+};
+
+/// ExactSum for terms whose running sum in double precision is inexact.
+DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
+
+/// The sum of the terms, exact before it is rounded once to double precision: it does not depend on
+/// their order, and negating all terms negates it. Zero for no terms; not finite if a term is not.
+inline DoubleVector ExactSum(const Vector* terms, std::size_t count) {
+    RunningSum quick;
+    for (std::size_t i = 0; i < count; ++i) quick.Add(terms[i]);
+    return quick.IsExact() ? quick.Value() : SumByExpansion(terms, count);
+}
+
+}  // namespace trovik
