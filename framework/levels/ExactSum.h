@@ -3,6 +3,7 @@
 
 #include "host/Vector.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -29,25 +30,25 @@ public:
         Add(sum.z, static_cast<double>(term.z));
         ++count;
     }
-    bool IsExact() const { return isExact; }
+    bool IsExact() const { return lost == 0.0; }
     const DoubleVector& Value() const { return sum; }
     /// How many terms were added.
     uint32_t Count() const { return count; }
 
 private:
     // The rounding error of an addition, from Knuth, "The Art of Computer Programming", volume 2,
-    // theorem B of 4.2.2. Infinities make it NaN, which counts as inexact.
+    // theorem B of 4.2.2. An infinite term makes it NaN, which counts as inexact.
     void Add(double& total, double term) {
         const double next = total + term;
         const double rounded = next - total;
-        const double error = (total - (next - rounded)) + (term - rounded);
-        isExact = isExact && error == 0.0;
+        lost += std::fabs((total - (next - rounded)) + (term - rounded));
         total = next;
     }
 
     DoubleVector sum;
+    /// Sum of the magnitudes of all rounding errors.
+    double lost = 0.0;
     uint32_t count = 0;
-    bool isExact = true;
 };
 
 /// ExactSum for terms whose running sum in double precision is inexact.

@@ -10,13 +10,18 @@ namespace trovik {
 template <typename Place>
 void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vector* positions) {
     LocalRefiner points(coarse, positions);
+    std::vector<Vector> facePoints(coarse.faceCount);
+    for (uint32_t face = 0; face < coarse.faceCount; ++face) {
+        AskStop(face);
+        facePoints[face] = points.FacePoint(face);
+    }
     // Face points and next corners around each vertex. Border vertices depend on their border alone.
     std::vector<RunningSum> around(coarse.VertexCount());
     std::unordered_map<uint32_t, RunningSum> borderEnds;
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
         AskStop(face);
         const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
-        const Vector centre = points.FacePoint(face);
+        const Vector centre = facePoints[face];
         const uint32_t* children = fine.faceVertexIndices.array + face * corners * 4;
         place(children[2], centre);
         for (uint32_t side = 0; side < corners; ++side) {
@@ -36,7 +41,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
                 place(edgePoint, BorderEdgePointRule(pa, pb));
             } else {
                 place(edgePoint,
-                      EdgePointRule(pa, pb, centre, points.FacePoint(neighbour >> 2)));
+                      EdgePointRule(pa, pb, centre, facePoints[neighbour >> 2]));
             }
         }
     }
