@@ -87,7 +87,8 @@ public:
     TVCrashReporterFlag& operator=(const TVCrashReporterFlag&) = delete;
 
 private:
-    uint32_t kind;
+    /// Part of the layout that crash reports read; nothing here reads it.
+    [[maybe_unused]] uint32_t kind;
     uint32_t bit;
 };
 static_assert(sizeof(TVCrashReporterFlag) == 8);

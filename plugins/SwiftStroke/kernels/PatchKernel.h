@@ -55,7 +55,7 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
 /// Whether a kernel may take two rows at once: one that averages positions, and that nobody hears
 /// of from vertex to vertex. An average waits for the one to its left, addition by addition; two
 /// rows keep the processor busy.
-consteval bool MayPairRows(const KernelSwitches& s) {
+constexpr bool MayPairRows(const KernelSwitches& s) {
     return FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal &&
            !s.withStamp && !s.tiledStamp && !s.withoutRadius && !s.throughLayer &&
            !s.notifyPerVertex;
