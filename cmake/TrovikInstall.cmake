@@ -28,7 +28,11 @@ if(TARGET DetailBrush)
             DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}")
 endif()
 
-# --- The plug-in and the command ---
+# --- The library's modules, the plug-in and the command ---
+
+get_property(modules GLOBAL PROPERTY TROVIK_MODULES)
+install(TARGETS ${modules}
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${TROVIK_MODULE_DIR}")
 
 if(TARGET SwiftStroke)
     install(TARGETS SwiftStroke LIBRARY DESTINATION "${TROVIK_INSTALL_PLUGIN_DIR}")

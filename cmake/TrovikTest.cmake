@@ -89,6 +89,7 @@ function(trovik_add_test)
     if(TARGET TrovikTestHeaders)
         target_precompile_headers(${arg_NAME} REUSE_FROM TrovikTestHeaders)
     endif()
+    add_dependencies(${arg_NAME} TrovikModules)
     # Nothing links the plug-in, but many tests open it.
     if(TARGET SwiftStroke)
         add_dependencies(${arg_NAME} SwiftStroke)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/pictures/EmbreeScene.h"
 
+#include "framework/modules/Module.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -36,26 +38,16 @@ float DistanceToLine(const Vector& p, const Vector& a, const Vector& b) {
     return length == 0.0f ? (p - a).Length() : (way & (p - a)).Length() / length;
 }
 
-RTCRay MakeRay(const Vector& origin, const Vector& direction, float distance) {
-    RTCRay ray{};
-    ray.org_x = origin.x;
-    ray.org_y = origin.y;
-    ray.org_z = origin.z;
-    ray.dir_x = direction.x;
-    ray.dir_y = direction.y;
-    ray.dir_z = direction.z;
-    ray.tfar = distance;
-    ray.mask = 0xffffffffu;
-    return ray;
+const RayLibrary& LoadedRayLibrary() {
+    static const auto& library = ModuleInterface<RayLibrary>("trovik-embree.so", "renders");
+    return library;
 }
 
 }  // namespace
 
 EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
-    : meshes(shown),
-      positions(shown.size()),
-      device(rtcNewDevice("set_affinity=0")),
-      scene(rtcNewScene(device)) {
+    : meshes(shown), positions(shown.size()) {
+    std::vector<RayMesh> rayMeshes;
     for (std::size_t i = 0; i < meshes.size(); ++i) {
         const PictureMesh& mesh = meshes[i];
         std::vector<float>& world = positions[i];
@@ -68,74 +60,41 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
                 world[v * std::size_t{3} + k] =
                     p[0] * m[k] + p[1] * m[4 + k] + p[2] * m[8 + k] + m[12 + k];
         }
-        const bool quads = mesh.cornersPerFace == 4;
-        RTCGeometry geometry =
-            rtcNewGeometry(device, quads ? RTC_GEOMETRY_TYPE_QUAD : RTC_GEOMETRY_TYPE_TRIANGLE);
-        rtcSetSharedGeometryBuffer(geometry,
-                                   RTC_BUFFER_TYPE_VERTEX,
-                                   0,
-                                   RTC_FORMAT_FLOAT3,
-                                   world.data(),
-                                   0,
-                                   12,
-                                   mesh.vertexCount);
-        rtcSetSharedGeometryBuffer(geometry,
-                                   RTC_BUFFER_TYPE_INDEX,
-                                   0,
-                                   quads ? RTC_FORMAT_UINT4 : RTC_FORMAT_UINT3,
-                                   mesh.faceVertexIndices,
-                                   0,
-                                   mesh.cornersPerFace * std::size_t{4},
-                                   mesh.faceCount);
-        rtcCommitGeometry(geometry);
-        rtcAttachGeometryByID(scene, geometry, static_cast<unsigned>(i));
-        rtcReleaseGeometry(geometry);
+        rayMeshes.push_back({world.data(),
+                             mesh.vertexCount,
+                             mesh.faceVertexIndices,
+                             mesh.faceCount,
+                             mesh.cornersPerFace});
     }
-    rtcSetSceneFlags(scene, RTC_SCENE_FLAG_ROBUST);
-    rtcCommitScene(scene);
-}
-
-EmbreeScene::~EmbreeScene() {
-    rtcReleaseScene(scene);
-    rtcReleaseDevice(device);
+    caster = LoadedRayLibrary().MakeCaster(rayMeshes);
 }
 
 float EmbreeScene::Extent() const {
-    RTCBounds bounds;
-    rtcGetSceneBounds(scene, &bounds);
-    const Vector way(bounds.upper_x - bounds.lower_x,
-                     bounds.upper_y - bounds.lower_y,
-                     bounds.upper_z - bounds.lower_z);
+    const RayBounds box = caster->Bounds();
+    const Vector way = box.high - box.low;
     return way.x >= 0.0f && std::isfinite(way.Length()) ? way.Length() : 0.0f;
 }
 
 bool EmbreeScene::Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const {
-    RTCRayHit hit{};
-    hit.ray = MakeRay(origin, direction, infinity);
-    hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-    RTCIntersectContext context;
-    rtcInitIntersectContext(&context);
-    rtcIntersect1(scene, &context, &hit);
-    if (hit.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
-    sample = Describe(hit);
+    RayHit hit;
+    if (!caster->Hit(origin, direction, hit)) return false;
+    sample = Describe(origin, direction, hit);
     return true;
 }
 
 bool EmbreeScene::IsBlocked(const Vector& origin, const Vector& direction, float distance) const {
-    RTCRay ray = MakeRay(origin, direction, distance);
-    RTCIntersectContext context;
-    rtcInitIntersectContext(&context);
-    rtcOccluded1(scene, &context, &ray);
-    return ray.tfar < 0.0f;
+    return caster->IsBlocked(origin, direction, distance);
 }
 
-SurfaceSample EmbreeScene::Describe(const RTCRayHit& hit) const {
-    const PictureMesh& mesh = meshes[hit.hit.geomID];
-    const std::vector<float>& world = positions[hit.hit.geomID];
+SurfaceSample EmbreeScene::Describe(const Vector& origin,
+                                    const Vector& direction,
+                                    const RayHit& hit) const {
+    const PictureMesh& mesh = meshes[hit.mesh];
+    const std::vector<float>& world = positions[hit.mesh];
     const uint32_t corners = mesh.cornersPerFace;
-    const uint32_t* v = mesh.faceVertexIndices + std::size_t{hit.hit.primID} * corners;
-    const float u = hit.hit.u;
-    const float w = hit.hit.v;
+    const uint32_t* v = mesh.faceVertexIndices + std::size_t{hit.face} * corners;
+    const float u = hit.u;
+    const float w = hit.v;
     // A quad is taken over its whole square, so that shading has no diagonal.
     const float share[4] = {corners == 4 ? (1 - u) * (1 - w) : 1 - u - w,
                             corners == 4 ? u * (1 - w) : u,
@@ -143,11 +102,9 @@ SurfaceSample EmbreeScene::Describe(const RTCRayHit& hit) const {
                             (1 - u) * w};
 
     SurfaceSample sample;
-    const Vector direction(hit.ray.dir_x, hit.ray.dir_y, hit.ray.dir_z);
-    const Vector origin(hit.ray.org_x, hit.ray.org_y, hit.ray.org_z);
-    sample.distance = hit.ray.tfar;
-    sample.position = origin + direction * hit.ray.tfar;
-    sample.faceNormal = Vector(hit.hit.Ng_x, hit.hit.Ng_y, hit.hit.Ng_z).Normalized();
+    sample.distance = hit.distance;
+    sample.position = origin + direction * hit.distance;
+    sample.faceNormal = hit.normal.Normalized();
     if ((sample.faceNormal | direction) > 0.0f) sample.faceNormal = -sample.faceNormal;
     sample.shadingNormal = sample.faceNormal;
     if (mesh.normals != nullptr) {

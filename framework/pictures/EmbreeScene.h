@@ -2,9 +2,9 @@
 #pragma once
 
 #include "framework/pictures/Picture.h"
+#include "framework/pictures/RayCaster.h"
 
-#include <embree3/rtcore.h>
-
+#include <memory>
 #include <vector>
 
 namespace trovik {
@@ -25,10 +25,9 @@ struct SurfaceSample {
 /// The meshes as a ray library holds them.
 class EmbreeScene {
 public:
+    /// The meshes are borrowed. \throw HostError if memory is short, or the module with the ray
+    /// library cannot be loaded.
     explicit EmbreeScene(const std::vector<PictureMesh>& meshes);
-    ~EmbreeScene();
-    EmbreeScene(const EmbreeScene&) = delete;
-    EmbreeScene& operator=(const EmbreeScene&) = delete;
 
     bool Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const;
     /// Whether something lies on the way, up to `distance`.
@@ -37,13 +36,12 @@ public:
     float Extent() const;
 
 private:
-    SurfaceSample Describe(const RTCRayHit& hit) const;
+    SurfaceSample Describe(const Vector& origin, const Vector& direction, const RayHit& hit) const;
 
     const std::vector<PictureMesh>& meshes;
     /// World positions, one array per mesh, four floats of padding behind.
     std::vector<std::vector<float>> positions;
-    RTCDevice device;
-    RTCScene scene;
+    std::unique_ptr<RayCaster> caster;
 };
 
 }  // namespace trovik

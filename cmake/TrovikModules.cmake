@@ -1,0 +1,31 @@
+# SPDX-License-Identifier: Apache-2.0
+
+# Modules: parts of the library that it loads when they are first needed (framework/modules).
+# Executables that the build tree runs depend on the target TrovikModules, since nothing links a
+# module.
+add_custom_target(TrovikModules)
+
+# trovik_add_module(NAME <name> SOURCES <file>... [LIBRARIES <target>...])
+#
+# Makes <name>.so in the library's folder of modules. The sources define `trovikModule`
+# (framework/modules/ModuleEntry.h), the only symbol that the module exports.
+function(trovik_add_module)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES")
+    add_library(${arg_NAME} MODULE ${arg_SOURCES})
+    target_link_libraries(
+        ${arg_NAME} PRIVATE Trovik::Framework Trovik::Warnings Trovik::Numbers ${arg_LIBRARIES})
+    target_compile_definitions(
+        ${arg_NAME} PRIVATE TROVIK_MODULE_VERSION="${PROJECT_VERSION}")
+    target_link_options(${arg_NAME} PRIVATE -Wl,--no-undefined)
+    string(REGEX REPLACE "[^/]+" ".." libraryFromModule "${TROVIK_MODULE_DIR}")
+    set_target_properties(
+        ${arg_NAME}
+        PROPERTIES PREFIX ""
+                   SUFFIX ".so"
+                   CXX_VISIBILITY_PRESET hidden
+                   VISIBILITY_INLINES_HIDDEN ON
+                   LIBRARY_OUTPUT_DIRECTORY "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${TROVIK_MODULE_DIR}"
+                   INSTALL_RPATH "$ORIGIN/${libraryFromModule}")
+    add_dependencies(TrovikModules ${arg_NAME})
+    set_property(GLOBAL APPEND PROPERTY TROVIK_MODULES ${arg_NAME})
+endfunction()

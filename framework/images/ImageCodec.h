@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/images/ImageFile.h"
+
+namespace trovik {
+
+enum class SampleType { UInt8, UInt16, Int16, Float };
+
+/// Pixels to encode: rows from top to bottom, channels interleaved. `samples` is borrowed.
+struct EncodedImage {
+    SampleType type = SampleType::UInt8;
+    const void* samples = nullptr;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t channels = 0;
+    /// One line of text to store with the pixels; empty for none.
+    std::string description;
+};
+
+/// Decodes and encodes image formats. The implementation is the module `trovik-openimageio`, since
+/// OpenImageIO and the hundreds of libraries behind it take most of a second to load.
+/// All functions may be called from several threads.
+class ImageCodec {
+public:
+    /// See ReadImageFile. The file exists.
+    virtual FloatImage Read(const std::string& path, std::size_t maxBytes) const = 0;
+    /// See ReadImageDescription. The file exists.
+    virtual std::string ReadDescription(const std::string& path) const = 0;
+    /// The bytes of an image file in the format that the extension of `path` names. Nothing is
+    /// written. \throw HostError naming the path and the reason.
+    virtual std::vector<unsigned char> Encode(const std::string& path,
+                                              const EncodedImage& image) const = 0;
+
+protected:
+    ~ImageCodec() = default;
+};
+
+/// Loads the module at the first call. \throw HostError naming the module and the reason.
+const ImageCodec& LoadedImageCodec();
+
+/// \throw HostError always: "cannot <doing> image <path>: <reason>".
+[[noreturn]] TROVIK_API void ThrowImageError(const char* doing,
+                                             const std::string& path,
+                                             const std::string& reason);
+
+}  // namespace trovik

@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/files/FilePath.h"
+#include "framework/images/ImageCodec.h"
+#include "framework/modules/ModuleEntry.h"
+
+#include <OpenImageIO/filesystem.h>
+#include <OpenImageIO/imageio.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Pixels are converted in blocks of about this size, so that no second copy of the image is made.
+constexpr std::size_t BlockBytes = std::size_t{4} << 20;
+
+/// The library's messages may hold several lines and end in line breaks; ours are one sentence.
+std::string OneLine(std::string text, const char* otherwise) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text.empty() ? otherwise : text;
+}
+
+/// With the library's own reason, which may be empty.
+[[noreturn]] void ThrowUnreadable(const std::string& path, std::string libraryReason) {
+    ThrowImageError(
+        "read",
+        path,
+        OneLine(std::move(libraryReason), "the file is damaged or of an unknown format"));
+}
+
+/// Width, height and channels, once they are known to be sane.
+void CheckSize(const std::string& path, const OIIO::ImageSpec& spec, std::size_t maxBytes) {
+    const std::string size = std::to_string(spec.width) + " x " + std::to_string(spec.height) +
+                             " x " + std::to_string(spec.nchannels) + " values";
+    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0) {
+        ThrowImageError("read", path, "its size is given as " + size);
+    }
+    if (spec.depth > 1) {
+        ThrowImageError("read", path, "it is a volume, not a plane");
+    }
+    if (spec.deep) {
+        ThrowImageError("read", path, "its pixels are lists of samples at several depths");
+    }
+    // Three numbers below 2^31 and a four fit 128 bits, not 64: divide instead of multiplying.
+    const std::uint64_t rowValues =
+        static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.nchannels);
+    const std::uint64_t maxValues = maxBytes / sizeof(float);
+    if (static_cast<std::uint64_t>(spec.height) > maxValues / rowValues) {
+        ThrowImageError(
+            "read",
+            path,
+            size + " take more than the limit of " + std::to_string(maxBytes) + " bytes as floats");
+    }
+}
+
+template <class Sample>
+float ToFloat(Sample sample) {
+    if constexpr (std::is_floating_point_v<Sample>) {
+        return static_cast<float>(sample);
+    } else if constexpr (sizeof(Sample) < 4) {
+        // Both numbers are floats exactly, so that this is the float nearest to the quotient.
+        constexpr auto Largest = static_cast<float>(std::numeric_limits<Sample>::max());
+        return static_cast<float>(sample) / Largest;
+    } else {
+        constexpr auto Largest = static_cast<double>(std::numeric_limits<Sample>::max());
+        return static_cast<float>(static_cast<double>(sample) / Largest);
+    }
+}
+
+/// Reads all rows as `Sample`, the file's own type, and converts them.
+template <class Sample>
+void ReadRows(OIIO::ImageInput& input,
+              OIIO::TypeDesc type,
+              const std::string& path,
+              FloatImage& image) {
+    const OIIO::ImageSpec spec = input.spec();
+    const std::size_t rowValues = std::size_t{image.width} * image.channels;
+    // Tiles are read whole, and a block of rows that ends within them would read them twice.
+    const auto tileRows = static_cast<std::size_t>(std::max(spec.tile_height, 1));
+    const std::size_t fitting = std::max<std::size_t>(BlockBytes / (rowValues * sizeof(Sample)), 1);
+    const std::size_t blockRows = (fitting + tileRows - 1) / tileRows * tileRows;
+    std::vector<Sample> block(rowValues * std::min<std::size_t>(blockRows, image.height));
+
+    for (std::size_t row = 0; row < image.height; row += blockRows) {
+        const std::size_t rows = std::min<std::size_t>(blockRows, image.height - row);
+        const int first = spec.y + static_cast<int>(row);
+        const int last = first + static_cast<int>(rows);
+        const bool done =
+            spec.tile_width > 0
+                ? input.read_tiles(0,
+                                   0,
+                                   spec.x,
+                                   spec.x + spec.width,
+                                   first,
+                                   last,
+                                   spec.z,
+                                   spec.z + 1,
+                                   0,
+                                   spec.nchannels,
+                                   type,
+                                   block.data())
+                : input.read_scanlines(
+                      0, 0, first, last, spec.z, 0, spec.nchannels, type, block.data());
+        // Some formats fill in zeros for what they cannot read, and call that done.
+        std::string error = input.geterror();
+        if (!done || !error.empty()) {
+            ThrowUnreadable(path, std::move(error));
+        }
+        std::transform(block.begin(),
+                       block.begin() + static_cast<std::ptrdiff_t>(rows * rowValues),
+                       image.pixels.begin() + static_cast<std::ptrdiff_t>(row * rowValues),
+                       ToFloat<Sample>);
+    }
+}
+
+void CheckFinite(const std::string& path, const FloatImage& image) {
+    const auto bad = std::find_if_not(
+        image.pixels.begin(), image.pixels.end(), [](float value) { return std::isfinite(value); });
+    if (bad != image.pixels.end()) {
+        const auto value = static_cast<std::size_t>(bad - image.pixels.begin());
+        const std::size_t pixel = value / image.channels;
+        ThrowImageError("read",
+                        path,
+                        "the value of pixel (" + std::to_string(pixel % image.width) + ", " +
+                            std::to_string(pixel / image.width) + "), channel " +
+                            std::to_string(value % image.channels) + " is not finite");
+    }
+}
+
+OIIO::TypeDesc LibraryType(SampleType type) {
+    switch (type) {
+        case SampleType::UInt8:
+            return OIIO::TypeUInt8;
+        case SampleType::UInt16:
+            return OIIO::TypeUInt16;
+        case SampleType::Int16:
+            return OIIO::TypeInt16;
+        case SampleType::Float:
+            break;
+    }
+    return OIIO::TypeFloat;
+}
+
+class OpenImageIoCodec final : public ImageCodec {
+public:
+    FloatImage Read(const std::string& path, std::size_t maxBytes) const override;
+    std::string ReadDescription(const std::string& path) const override;
+    std::vector<unsigned char> Encode(const std::string& path,
+                                      const EncodedImage& image) const override;
+};
+
+FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes) const {
+    OIIO::ImageSpec asTheyStand;
+    asTheyStand.attribute("oiio:UnassociatedAlpha", 1);
+    const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path, &asTheyStand);
+    if (!input) {
+        ThrowUnreadable(path, OIIO::geterror());
+    }
+    // Errors are kept by thread, and those of helping threads would be lost.
+    input->threads(1);
+    const OIIO::ImageSpec spec = input->spec();
+    CheckSize(path, spec, maxBytes);
+
+    FloatImage image;
+    image.width = static_cast<std::uint32_t>(spec.width);
+    image.height = static_cast<std::uint32_t>(spec.height);
+    image.channels = static_cast<std::uint32_t>(spec.nchannels);
+    image.pixels.resize(std::size_t{image.width} * image.height * image.channels);
+    // Channels of several types, as EXR has them, are read as the floats that hold them all.
+    const OIIO::TypeDesc type = spec.channelformats.empty() ? spec.format : OIIO::TypeFloat;
+    switch (type.basetype) {
+        case OIIO::TypeDesc::UINT8:
+            ReadRows<std::uint8_t>(*input, OIIO::TypeUInt8, path, image);
+            break;
+        case OIIO::TypeDesc::INT8:
+            ReadRows<std::int8_t>(*input, OIIO::TypeInt8, path, image);
+            break;
+        case OIIO::TypeDesc::UINT16:
+            ReadRows<std::uint16_t>(*input, OIIO::TypeUInt16, path, image);
+            break;
+        case OIIO::TypeDesc::INT16:
+            ReadRows<std::int16_t>(*input, OIIO::TypeInt16, path, image);
+            break;
+        case OIIO::TypeDesc::UINT32:
+            ReadRows<std::uint32_t>(*input, OIIO::TypeUInt32, path, image);
+            break;
+        case OIIO::TypeDesc::INT32:
+            ReadRows<std::int32_t>(*input, OIIO::TypeInt32, path, image);
+            break;
+        case OIIO::TypeDesc::DOUBLE:
+            image.isFloat = true;
+            ReadRows<double>(*input, OIIO::TypeDesc(OIIO::TypeDesc::DOUBLE), path, image);
+            break;
+        default:
+            image.isFloat = true;
+            ReadRows<float>(*input, OIIO::TypeFloat, path, image);
+            break;
+    }
+    if (image.isFloat) {
+        CheckFinite(path, image);
+    }
+    return image;
+}
+
+std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
+                                                    const EncodedImage& image) const {
+    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(path);
+    if (!output) {
+        OIIO::geterror();
+        ThrowImageError(
+            "write", path, "no image format has the extension '" + LowerExtension(path) + "'");
+    }
+    const OIIO::TypeDesc type = LibraryType(image.type);
+    OIIO::ImageSpec spec(static_cast<int>(image.width),
+                         static_cast<int>(image.height),
+                         static_cast<int>(image.channels),
+                         type);
+    if (!image.description.empty()) spec.attribute("ImageDescription", image.description);
+    // Otherwise colours are divided by alpha on their way into some formats.
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    // Formats that note a time would note the present one, and no two files would be alike.
+    spec.attribute("DateTime", "1970:01:01 00:00:00");
+    std::vector<unsigned char> bytes;
+    OIIO::Filesystem::IOVecOutput memory(bytes);
+    if (!output->supports("ioproxy") || !output->set_ioproxy(&memory)) {
+        ThrowImageError("write", path, "this format cannot be written to memory");
+    }
+    const bool done =
+        output->open(path, spec) && output->write_image(type, image.samples) && output->close();
+    if (!done) {
+        std::string reason = output->geterror();
+        output->close();
+        ThrowImageError("write", path, OneLine(std::move(reason), "the library gives no reason"));
+    }
+    return bytes;
+}
+
+std::string OpenImageIoCodec::ReadDescription(const std::string& path) const {
+    const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path);
+    if (!input) {
+        ThrowUnreadable(path, OIIO::geterror());
+    }
+    return std::string(input->spec().get_string_attribute("ImageDescription"));
+}
+
+}  // namespace
+
+}  // namespace trovik
+
+const void* trovikModule(const char* libraryVersion) {
+    static const trovik::OpenImageIoCodec codec;
+    const trovik::ImageCodec* interface = &codec;
+    return std::strcmp(libraryVersion, TROVIK_MODULE_VERSION) == 0 ? interface : nullptr;
+}

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/modules/Module.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/modules/ModuleEntry.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Its address lies in this library. The address of an exported function may lie in the executable.
+const char insideThisLibrary = 0;
+
+[[noreturn]] void ThrowModuleError(const std::string& path,
+                                   const char* purpose,
+                                   std::string reason) {
+    // The loader's messages begin with the path when the file itself is the problem.
+    if (reason.rfind(path + ": ", 0) == 0) reason.erase(0, path.size() + 2);
+    throw HostError("cannot load the module " + path + ", which is needed for " + purpose + ": " +
+                    reason);
+}
+
+}  // namespace
+
+std::string ModuleFolder() {
+    Dl_info library{};
+    std::error_code failed;
+    fs::path file;
+    if (dladdr(&insideThisLibrary, &library) != 0) file = fs::canonical(library.dli_fname, failed);
+    if (file.empty()) throw HostError("cannot find the folder of the modules of this library");
+    return (file.parent_path() / TROVIK_MODULE_DIR_FROM_LIBRARY).string();
+}
+
+const void* OpenModule(const std::string& path, const char* purpose) {
+    // Functions are bound when first called: the libraries behind a module call few of the many
+    // that they refer to, and binding them all takes longer than everything else here.
+    void* module = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    if (module == nullptr) ThrowModuleError(path, purpose, dlerror());
+    const auto entry = reinterpret_cast<decltype(&trovikModule)>(dlsym(module, "trovikModule"));
+    if (entry == nullptr) ThrowModuleError(path, purpose, "it is not a module of this library");
+    const void* interface = entry(TROVIK_MODULE_VERSION);
+    if (interface == nullptr)
+        ThrowModuleError(path,
+                         purpose,
+                         "it was built for another version of this library, which has "
+                         "version " TROVIK_MODULE_VERSION);
+    return interface;
+}
+
+}  // namespace trovik
