@@ -9,6 +9,7 @@
 
 #include <cassert>
 #include <limits>
+#include <thread>
 
 namespace trovik {
 
@@ -31,7 +32,11 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image) {
 }  // namespace
 
 const ImageCodec& LoadedImageCodec() {
-    static const auto& codec = ModuleInterface<ImageCodec>("trovik-openimageio.so", "images");
+    // The libraries map about 400 MiB, and start threads in number of the processors.
+    static const auto& codec = ModuleInterface<ImageCodec>(
+        {"trovik-openimageio.so",
+         "images",
+         (std::size_t{448} + std::size_t{16} * std::thread::hardware_concurrency()) << 20});
     return codec;
 }
 

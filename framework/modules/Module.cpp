@@ -2,6 +2,7 @@
 #include "framework/modules/Module.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/memory/AddressSpace.h"
 #include "framework/modules/ModuleEntry.h"
 
 #include <dlfcn.h>
@@ -50,6 +51,16 @@ const void* OpenModule(const std::string& path, const char* purpose) {
                          "it was built for another version of this library, which has "
                          "version " TROVIK_MODULE_VERSION);
     return interface;
+}
+
+const void* OpenModule(const ModuleFile& module) {
+    const std::string path = ModuleFolder() + "/" + module.name;
+    if (!CanMapMemory(module.addressSpace))
+        ThrowModuleError(path,
+                         module.purpose,
+                         "not enough memory; the process cannot map " +
+                             std::to_string(module.addressSpace >> 20) + " MiB more");
+    return OpenModule(path, module.purpose);
 }
 
 }  // namespace trovik

@@ -3,6 +3,7 @@
 
 #include "host/Api.h"
 
+#include <cstddef>
 #include <string>
 
 /// \file
@@ -23,12 +24,25 @@ TROVIK_API std::string ModuleFolder();
 /// reason), not a module, built for another version of this library.
 TROVIK_API const void* OpenModule(const std::string& path, const char* purpose);
 
-/// The interface of a module in ModuleFolder. The caller keeps it in a static variable, so that the
-/// module is loaded once; if loading throws, the next call tries again.
-/// \param fileName  for example "trovik-embree.so".
+/// What the library has to know of one of its modules before it is loaded.
+struct ModuleFile {
+    /// In ModuleFolder, for example "trovik-embree.so".
+    const char* name;
+    /// What needs it, for error messages.
+    const char* purpose;
+    /// Address space that loading may take, in bytes. The loader reports what it cannot map, but
+    /// libraries that run out of memory in their static initialisers end the process.
+    std::size_t addressSpace;
+};
+
+/// Loads one of the library's modules and returns its interface, as OpenModule does. The caller
+/// keeps it in a static variable, so that the module is loaded once; if loading throws, the next
+/// call tries again. \throw HostError also if the process may not map that much address space.
+TROVIK_API const void* OpenModule(const ModuleFile& module);
+
 template <class Interface>
-const Interface& ModuleInterface(const char* fileName, const char* purpose) {
-    return *static_cast<const Interface*>(OpenModule(ModuleFolder() + "/" + fileName, purpose));
+const Interface& ModuleInterface(const ModuleFile& module) {
+    return *static_cast<const Interface*>(OpenModule(module));
 }
 
 }  // namespace trovik

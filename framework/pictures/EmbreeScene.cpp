@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/pictures/EmbreeScene.h"
 
+#include "framework/memory/AddressSpace.h"
 #include "framework/modules/Module.h"
 
 #include <algorithm>
@@ -38,15 +39,34 @@ float DistanceToLine(const Vector& p, const Vector& a, const Vector& b) {
     return length == 0.0f ? (p - a).Length() : (way & (p - a)).Length() / length;
 }
 
+/// What loading the ray library and making a device of it map.
+constexpr uint64_t rayLibraryBytes = uint64_t{64} << 20;
+
+/// The threads for the ray library and for casting rays: all processors, unless the address space
+/// of the process is limited.
+std::size_t RenderThreads(const std::vector<PictureMesh>& meshes) {
+    // The ray library takes about 200 bytes a face, the copies of the positions the rest.
+    constexpr uint64_t bytesPerFace = 256;
+    uint64_t bytes = rayLibraryBytes;
+    for (const PictureMesh& mesh : meshes) bytes += mesh.faceCount * bytesPerFace;
+    const std::size_t allowed =
+        tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism);
+    return static_cast<std::size_t>(
+        AffordableThreads(static_cast<int>(allowed), bytes));
+}
+
 const RayLibrary& LoadedRayLibrary() {
-    static const auto& library = ModuleInterface<RayLibrary>("trovik-embree.so", "renders");
+    static const auto& library = ModuleInterface<RayLibrary>(
+        {"trovik-embree.so", "renders", rayLibraryBytes});
     return library;
 }
 
 }  // namespace
 
 EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
-    : meshes(shown), positions(shown.size()) {
+    : meshes(shown),
+      positions(shown.size()),
+      threads(tbb::global_control::max_allowed_parallelism, RenderThreads(shown)) {
     std::vector<RayMesh> rayMeshes;
     for (std::size_t i = 0; i < meshes.size(); ++i) {
         const PictureMesh& mesh = meshes[i];

@@ -4,6 +4,8 @@
 #include "framework/pictures/Picture.h"
 #include "framework/pictures/RayCaster.h"
 
+#include <tbb/global_control.h>
+
 #include <memory>
 #include <vector>
 
@@ -41,6 +43,9 @@ private:
     const std::vector<PictureMesh>& meshes;
     /// World positions, one array per mesh, four floats of padding behind.
     std::vector<std::vector<float>> positions;
+    /// Limits the parallelism of the process as long as the scene exists: for building it and for
+    /// casting rays.
+    tbb::global_control threads;
     std::unique_ptr<RayCaster> caster;
 };
 

@@ -28,10 +28,10 @@ using Device = std::unique_ptr<RTCDeviceTy, ReleaseDevice>;
 using Scene = std::unique_ptr<RTCSceneTy, ReleaseScene>;
 using Geometry = std::unique_ptr<RTCGeometryTy, ReleaseGeometry>;
 
-[[noreturn]] void ThrowRayError(RTCError code, const std::string& text) {
+[[noreturn]] void ThrowRayError(RTCError code, const char* text) {
     if (code == RTC_ERROR_OUT_OF_MEMORY) throw HostError("not enough memory for the render");
-    throw HostError("cannot render: the ray library reports error " + std::to_string(code) +
-                    (text.empty() ? "" : " (" + text + ")"));
+    throw HostError("cannot render: the ray library reports error " + std::to_string(code) + ": " +
+                    text);
 }
 
 /// The first error of a device. The library reports errors from any of its threads.
@@ -39,6 +39,11 @@ class FirstError {
 public:
     static void Report(void* self, RTCError code, const char* text) {
         static_cast<FirstError*>(self)->Keep(code, text);
+    }
+
+    RTCError Code() {
+        const std::scoped_lock lock(guard);
+        return first;
     }
 
     void ThrowIfAny() {
@@ -51,13 +56,13 @@ private:
         const std::scoped_lock lock(guard);
         if (first != RTC_ERROR_NONE) return;
         first = code;
-        // Nothing is copied when memory is short; that message needs no text.
-        if (code != RTC_ERROR_OUT_OF_MEMORY && text != nullptr) message = text;
+        if (text != nullptr) std::strncpy(message, text, sizeof message - 1);
     }
 
     std::mutex guard;
     RTCError first = RTC_ERROR_NONE;
-    std::string message;
+    /// Not a std::string, since nothing can be allocated when memory is short.
+    char message[256] = "";
 };
 
 RTCRay MakeRay(const Vector& origin, const Vector& direction, float distance) {
@@ -90,7 +95,8 @@ private:
 };
 
 EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes)
-    : device(rtcNewDevice("set_affinity=0")) {
+    // Without the 128 MiB that the library reserves for subdivision surfaces, which are not used.
+    : device(rtcNewDevice("set_affinity=0,tessellation_cache_size=0")) {
     // Errors of a device that could not be made are asked for without one.
     if (device == nullptr) ThrowRayError(rtcGetDeviceError(nullptr), "no device");
     rtcSetDeviceErrorFunction(device.get(), &FirstError::Report, &error);
@@ -99,6 +105,9 @@ EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes)
     for (std::size_t i = 0; i < meshes.size(); ++i) Attach(meshes[i], static_cast<unsigned>(i));
     rtcSetSceneFlags(scene.get(), RTC_SCENE_FLAG_ROBUST);
     rtcCommitScene(scene.get());
+    // A scene whose tasks could not be started still holds them, and its destructor would end the
+    // process; it is given up instead.
+    if (error.Code() == RTC_ERROR_UNKNOWN) scene.release();
     error.ThrowIfAny();
 }
 
