@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/pictures/EmbreeScene.h"
 
-#include "framework/memory/AddressSpace.h"
 #include "framework/modules/Module.h"
+#include "framework/pictures/RenderRange.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,48 +39,54 @@ float DistanceToLine(const Vector& p, const Vector& a, const Vector& b) {
     return length == 0.0f ? (p - a).Length() : (way & (p - a)).Length() / length;
 }
 
+/// Fills `world` with the positions in world space. \return the largest coordinate of the vertices
+/// that are finite, without its sign.
+float PlaceVertices(const PictureMesh& mesh, std::vector<float>& world) {
+    // The ray library reads vertices in groups of four floats.
+    world.resize(static_cast<std::size_t>(mesh.vertexCount) * 3 + 4);
+    const float* m = mesh.localToWorld;
+    float largest = 0.0f;
+    for (uint32_t v = 0; v < mesh.vertexCount; ++v) {
+        const float* p = At(mesh.positions, mesh.positionStride, v);
+        float* w = world.data() + v * std::size_t{3};
+        for (std::size_t k = 0; k < 3; ++k)
+            w[k] = p[0] * m[k] + p[1] * m[4 + k] + p[2] * m[8 + k] + m[12 + k];
+        const Vector position(w[0], w[1], w[2]);
+        if (IsRenderable(position)) {
+            for (std::size_t k = 0; k < 3; ++k) largest = std::max(largest, std::fabs(w[k]));
+        } else if (std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2])) {
+            CheckRenderable("vertex " + std::to_string(v), position);
+        }
+    }
+    return largest;
+}
+
 /// What loading the ray library and making a device of it map.
 constexpr uint64_t rayLibraryBytes = uint64_t{64} << 20;
 
-/// The threads for the ray library and for casting rays: all processors, unless the address space
-/// of the process is limited.
-std::size_t RenderThreads(const std::vector<PictureMesh>& meshes) {
-    // The ray library takes about 200 bytes a face, the copies of the positions the rest.
-    constexpr uint64_t bytesPerFace = 256;
-    uint64_t bytes = rayLibraryBytes;
-    for (const PictureMesh& mesh : meshes) bytes += mesh.faceCount * bytesPerFace;
-    const std::size_t allowed =
-        tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism);
-    return static_cast<std::size_t>(
-        AffordableThreads(static_cast<int>(allowed), bytes));
-}
-
 const RayLibrary& LoadedRayLibrary() {
-    static const auto& library = ModuleInterface<RayLibrary>(
-        {"trovik-embree.so", "renders", rayLibraryBytes});
+    static const auto& library =
+        ModuleInterface<RayLibrary>({"trovik-embree.so", "renders", rayLibraryBytes});
     return library;
 }
 
 }  // namespace
 
 EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
-    : meshes(shown),
-      positions(shown.size()),
-      threads(tbb::global_control::max_allowed_parallelism, RenderThreads(shown)) {
+    : meshes(shown), positions(shown.size()) {
+    float largest = 0.0f;
+    for (std::size_t i = 0; i < meshes.size(); ++i)
+        largest = std::max(largest, PlaceVertices(meshes[i], positions[i]));
+    // Bounded so that both the unit and its inverse are normal floats.
+    const int exponent = largest > 0.0f ? std::clamp(std::ilogb(largest) + 1, -120, 120) : 0;
+    unit = std::ldexp(1.0f, exponent);
+    perUnit = std::ldexp(1.0f, -exponent);
+
     std::vector<RayMesh> rayMeshes;
     for (std::size_t i = 0; i < meshes.size(); ++i) {
         const PictureMesh& mesh = meshes[i];
-        std::vector<float>& world = positions[i];
-        // The ray library reads vertices in groups of four floats.
-        world.resize(static_cast<std::size_t>(mesh.vertexCount) * 3 + 4);
-        const float* m = mesh.localToWorld;
-        for (uint32_t v = 0; v < mesh.vertexCount; ++v) {
-            const float* p = At(mesh.positions, mesh.positionStride, v);
-            for (std::size_t k = 0; k < 3; ++k)
-                world[v * std::size_t{3} + k] =
-                    p[0] * m[k] + p[1] * m[4 + k] + p[2] * m[8 + k] + m[12 + k];
-        }
-        rayMeshes.push_back({world.data(),
+        for (float& coordinate : positions[i]) coordinate *= perUnit;
+        rayMeshes.push_back({positions[i].data(),
                              mesh.vertexCount,
                              mesh.faceVertexIndices,
                              mesh.faceCount,
@@ -92,25 +98,26 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
 float EmbreeScene::Extent() const {
     const RayBounds box = caster->Bounds();
     const Vector way = box.high - box.low;
-    return way.x >= 0.0f && std::isfinite(way.Length()) ? way.Length() : 0.0f;
+    return way.x >= 0.0f && std::isfinite(way.Length()) ? way.Length() * unit : 0.0f;
 }
 
 bool EmbreeScene::Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const {
     RayHit hit;
-    if (!caster->Hit(origin, direction, hit)) return false;
+    if (!caster->Hit(origin * perUnit, direction, hit)) return false;
+    hit.distance *= unit;
     sample = Describe(origin, direction, hit);
     return true;
 }
 
 bool EmbreeScene::IsBlocked(const Vector& origin, const Vector& direction, float distance) const {
-    return caster->IsBlocked(origin, direction, distance);
+    return caster->IsBlocked(origin * perUnit, direction, distance * perUnit);
 }
 
 SurfaceSample EmbreeScene::Describe(const Vector& origin,
                                     const Vector& direction,
                                     const RayHit& hit) const {
     const PictureMesh& mesh = meshes[hit.mesh];
-    const std::vector<float>& world = positions[hit.mesh];
+    const std::vector<float>& inUnits = positions[hit.mesh];
     const uint32_t corners = mesh.cornersPerFace;
     const uint32_t* v = mesh.faceVertexIndices + std::size_t{hit.face} * corners;
     const float u = hit.u;
@@ -148,11 +155,11 @@ SurfaceSample EmbreeScene::Describe(const Vector& origin,
 
     sample.edgeDistance = infinity;
     for (uint32_t k = 0; k < corners; ++k) {
-        const float* a = world.data() + v[k] * std::size_t{3};
-        const float* b = world.data() + v[(k + 1) % corners] * std::size_t{3};
-        sample.edgeDistance =
-            std::min(sample.edgeDistance,
-                     DistanceToLine(sample.position, {a[0], a[1], a[2]}, {b[0], b[1], b[2]}));
+        const float* a = inUnits.data() + v[k] * std::size_t{3};
+        const float* b = inUnits.data() + v[(k + 1) % corners] * std::size_t{3};
+        const float distance =
+            DistanceToLine(sample.position * perUnit, {a[0], a[1], a[2]}, {b[0], b[1], b[2]});
+        sample.edgeDistance = std::min(sample.edgeDistance, distance * unit);
     }
     return sample;
 }

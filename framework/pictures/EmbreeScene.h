@@ -4,8 +4,6 @@
 #include "framework/pictures/Picture.h"
 #include "framework/pictures/RayCaster.h"
 
-#include <tbb/global_control.h>
-
 #include <memory>
 #include <vector>
 
@@ -24,13 +22,17 @@ struct SurfaceSample {
     float distance;
 };
 
-/// The meshes as a ray library holds them.
+/// The meshes as a ray library holds them: in units of its own, such that their largest coordinate
+/// is about 1. Squares and products of lengths then stay in the range of floats, whatever the size
+/// of the meshes. The unit is a power of two, so it changes no bit of a result.
 class EmbreeScene {
 public:
-    /// The meshes are borrowed. \throw HostError if memory is short, or the module with the ray
-    /// library cannot be loaded.
+    /// The meshes are borrowed. \throw HostError if a vertex is beyond maxRenderCoordinate
+    /// (RenderRange.h), if memory is short, or if the module with the ray library cannot be loaded.
     explicit EmbreeScene(const std::vector<PictureMesh>& meshes);
 
+    /// Rays of which not every number is finite hit nothing; nor do those that begin more than
+    /// RayCaster::maxCoordinate units of the ray library away, where no mesh can be seen.
     bool Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const;
     /// Whether something lies on the way, up to `distance`.
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
@@ -41,11 +43,11 @@ private:
     SurfaceSample Describe(const Vector& origin, const Vector& direction, const RayHit& hit) const;
 
     const std::vector<PictureMesh>& meshes;
-    /// World positions, one array per mesh, four floats of padding behind.
+    /// Positions in units of the ray library, one array per mesh, four floats of padding behind.
     std::vector<std::vector<float>> positions;
-    /// Limits the parallelism of the process as long as the scene exists: for building it and for
-    /// casting rays.
-    tbb::global_control threads;
+    /// World units per unit of the ray library, a power of two, and its inverse.
+    float unit = 1.0f;
+    float perUnit = 1.0f;
     std::unique_ptr<RayCaster> caster;
 };
 

@@ -2,6 +2,7 @@
 #include "framework/pictures/Picture.h"
 
 #include "framework/pictures/Caption.h"
+#include "framework/pictures/RenderRange.h"
 #include "framework/pictures/Shading.h"
 
 #include <tbb/parallel_for.h>
@@ -92,6 +93,7 @@ Picture RenderPicture(const std::vector<PictureMesh>& meshes,
     picture.rgb.resize(static_cast<std::size_t>(options.width) *
                        static_cast<std::size_t>(options.height) * 3);
     const EmbreeScene scene(meshes);
+    CheckCamera(camera);
     const Renderer renderer(scene, camera, options);
     tbb::parallel_for(0, options.height, [&](int y) {
         uint8_t* out = picture.rgb.data() +

@@ -58,6 +58,8 @@ struct Picture {
 /// Clay under a warm key light with a cool fill, a rim light, soft shadows and ambient occlusion,
 /// shaded smoothly by the packed normals. The same input gives the same bytes whatever the number
 /// of threads. Vertices that are not finite take their faces out of the picture.
+/// \throw HostError if finite vertices or the camera are outside of maxRenderCoordinate
+/// (RenderRange.h), if memory is short, or if the ray library cannot be loaded.
 Picture RenderPicture(const std::vector<PictureMesh>& meshes,
                       const PictureCamera& camera,
                       const PictureOptions& options);

@@ -38,11 +38,12 @@ struct RayBounds {
     Vector high;
 };
 
-/// Finds what rays hit. Components of origins, directions and positions are at most
-/// RayCaster::maxCoordinate in magnitude; faces with vertices beyond that, or not finite, are never
-/// hit. All functions may be called from several threads.
+/// Finds what rays hit. All functions may be called from several threads.
 class RayCaster {
 public:
+    /// The largest component, positive or negative, of origins, directions and positions. Rays
+    /// beyond it hit nothing, and faces with vertices beyond it are not hit; nor are those with
+    /// components that are not finite.
     static constexpr float maxCoordinate = 1e18f;
 
     virtual ~RayCaster() = default;

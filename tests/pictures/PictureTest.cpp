@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
 #include "framework/levels/LevelGeometry.h"
 #include "framework/pictures/Picture.h"
 #include "tests/meshes/MeshZoo.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <tbb/global_control.h>
 
@@ -11,6 +13,9 @@
 
 namespace trovik::test {
 namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
 
 /// A sphere of radius 1 seen from five units away.
 class SpherePicture : public ::testing::Test {
@@ -29,6 +34,16 @@ protected:
     }
 
     Picture Make() { return RenderPicture({shown}, camera, options); }
+
+    /// The message with which the picture is refused; empty if it is not.
+    std::string Refusal() {
+        try {
+            Make();
+        } catch (const HostError& error) {
+            return error.what();
+        }
+        return {};
+    }
 
     static int Brightness(const Picture& p, int x, int y) {
         const std::size_t at = static_cast<std::size_t>(y * p.width + x) * 3;
@@ -97,6 +112,54 @@ TEST_F(SpherePicture, VertexThatIsNoNumberTakesOnlyItsFacesAway) {
     geometry.Bound()->SetPosition(0, {std::numeric_limits<float>::quiet_NaN(), 0, 0});
     const Picture picture = Make();
     EXPECT_GT(Brightness(picture, 60, 45), 150);
+}
+
+TEST_F(SpherePicture, SizeOfTheMeshDoesNotMatter) {
+    options.wireframe = true;
+    const Picture usual = Make();
+    // Powers of two, so that not a bit of a position changes relative to the others.
+    for (const int exponent : {-60, -40, 20, 40, 56}) {
+        SCOPED_TRACE(exponent);
+        const float scale = std::ldexp(1.0f, exponent);
+        for (const int i : {0, 5, 10}) shown.localToWorld[i] = scale;
+        camera.eye = Vector(0, 0, 5) * scale;
+        EXPECT_EQ(Make().rgb, usual.rgb);
+    }
+}
+
+TEST_F(SpherePicture, VerticesBeyondTheRangeAreRefused) {
+    for (const int i : {0, 5, 10}) shown.localToWorld[i] = 1.1e18f;
+    EXPECT_THAT(Refusal(), HasSubstr("cannot render: vertex "));
+    EXPECT_THAT(Refusal(), HasSubstr(" in world space; coordinates must be from -1e+18 to 1e+18"));
+    // Finite in the mesh, but not in world space.
+    geometry.Bound()->SetPosition(0, {3e38f, 0, 0});
+    for (const int i : {0, 5, 10}) shown.localToWorld[i] = 10.0f;
+    EXPECT_THAT(Refusal(), StartsWith("cannot render: vertex 0 is at (inf, 0, 0) in world space"));
+}
+
+TEST_F(SpherePicture, CamerasThatShowNothingAreRefused) {
+    const PictureCamera good = camera;
+    camera.eye = {0, 0, 2e18f};
+    EXPECT_THAT(Refusal(), StartsWith("cannot render: the eye of the camera is at (0, 0, 2e+18)"));
+    camera.eye.z = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_THAT(Refusal(), StartsWith("cannot render: the eye of the camera is at (0, 0, nan)"));
+    camera = good;
+    camera.target = {0, -1e19f, 0};
+    EXPECT_THAT(Refusal(), StartsWith("cannot render: the target of the camera is at (0, -1e+19"));
+    camera.target = camera.eye;
+    EXPECT_EQ(Refusal(), "cannot render: eye and target of the camera are both at (0, 0, 5)");
+    camera = good;
+    camera.up.y = std::numeric_limits<float>::infinity();
+    EXPECT_THAT(Refusal(), HasSubstr("the up direction of the camera is (0, inf, 0)"));
+    camera = good;
+    camera.verticalFieldOfView = 180.0f;
+    EXPECT_THAT(Refusal(), HasSubstr("field of view of the camera is 180 degrees"));
+}
+
+TEST_F(SpherePicture, CameraFarFromATinyMeshShowsTheBackdrop) {
+    for (const int i : {0, 5, 10}) shown.localToWorld[i] = 1e-20f;
+    camera.eye = {0, 0, 1e17f};
+    EXPECT_EQ(Make().rgb, RenderPicture({}, camera, options).rgb);
 }
 
 TEST_F(SpherePicture, FramedMeshTouchesNoBorder) {

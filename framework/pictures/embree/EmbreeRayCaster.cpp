@@ -5,6 +5,7 @@
 
 #include <embree3/rtcore.h>
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <mutex>
@@ -64,6 +65,14 @@ private:
     /// Not a std::string, since nothing can be allocated when memory is short.
     char message[256] = "";
 };
+
+/// The library's asserts end the process for other rays.
+bool IsValid(const Vector& origin, const Vector& direction) {
+    constexpr float limit = RayCaster::maxCoordinate;
+    return std::fabs(origin.x) <= limit && std::fabs(origin.y) <= limit &&
+           std::fabs(origin.z) <= limit && std::fabs(direction.x) <= limit &&
+           std::fabs(direction.y) <= limit && std::fabs(direction.z) <= limit;
+}
 
 RTCRay MakeRay(const Vector& origin, const Vector& direction, float distance) {
     RTCRay ray{};
@@ -138,6 +147,7 @@ void EmbreeRayCaster::Attach(const RayMesh& mesh, unsigned id) {
 }
 
 bool EmbreeRayCaster::Hit(const Vector& origin, const Vector& direction, RayHit& hit) const {
+    if (!IsValid(origin, direction)) return false;
     RTCRayHit found{};
     found.ray = MakeRay(origin, direction, std::numeric_limits<float>::infinity());
     found.hit.geomID = RTC_INVALID_GEOMETRY_ID;
@@ -157,6 +167,7 @@ bool EmbreeRayCaster::Hit(const Vector& origin, const Vector& direction, RayHit&
 bool EmbreeRayCaster::IsBlocked(const Vector& origin,
                                 const Vector& direction,
                                 float distance) const {
+    if (!IsValid(origin, direction) || !(distance >= 0.0f)) return false;
     RTCRay ray = MakeRay(origin, direction, distance);
     RTCIntersectContext context;
     rtcInitIntersectContext(&context);

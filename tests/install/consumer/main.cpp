@@ -2,6 +2,8 @@
 
 #include "DetailBrush.h"
 #include "framework/errors/HostError.h"
+#include "framework/images/ImageFile.h"
+#include "framework/pictures/Picture.h"
 #include "host/Mesh.h"
 
 #include <cstdio>
@@ -16,10 +18,22 @@ void RefuseMisplacedVertex() {
     }
 }
 
+/// Both need modules of the library, which it finds by itself wherever the executable is.
+void RenderAndWrite() {
+    trovik::PictureOptions options;
+    options.width = 8;
+    options.height = 6;
+    const trovik::Picture picture = trovik::RenderPicture({}, {}, options);
+    trovik::WriteImageFile("consumer.png", picture.rgb.data(), 8, 6, 3);
+    const trovik::FloatImage image = trovik::ReadImageFile("consumer.png");
+    std::printf("image: %u x %u x %u\n", image.width, image.height, image.channels);
+}
+
 }  // namespace
 
 int main() {
     try {
+        RenderAndWrite();
         RefuseMisplacedVertex();
     } catch (const std::runtime_error& error) {
         std::printf("caught: %s\n", error.what());

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/cli/CommandRun.h"
+
+#include <algorithm>
+
+namespace trovik::test {
+namespace {
+
+class RenderLimits : public Command {
+protected:
+    Outcome RunWithin(unsigned mebibytes, const std::string& arguments) {
+        const std::string line = "cd '" + folder.string() + "' && (ulimit -Sv " +
+                                 std::to_string(mebibytes * 1024u) + " && exec '" + TROVIK_COMMAND +
+                                 "' " + arguments + ") > out.txt 2> error.txt";
+        const int result = std::system(line.c_str());
+        return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
+    }
+};
+
+TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsInOneLine) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer maps more address space than any limit leaves";
+#endif
+    const std::string render =
+        "render cube.obj cube.png --levels 5 --width 32 --height 24 --samples 1 -q";
+    constexpr unsigned step = 20;
+    unsigned limit = 20;
+    while (limit < 1000 && RunWithin(limit, "--version").status != 0) limit += step;
+    int refusals = 0;
+    int renders = 0;
+    for (; renders < 2; limit += step) {
+        SCOPED_TRACE(std::to_string(limit) + " MiB");
+        ASSERT_LT(limit, 4000u) << "no limit is enough";
+        const Outcome outcome = RunWithin(limit, render);
+        if (outcome.status == 0) {
+            ++renders;
+            EXPECT_EQ(outcome.error, "");
+            continue;
+        }
+        ++refusals;
+        ASSERT_EQ(outcome.status, 1) << outcome.error;
+        EXPECT_EQ(outcome.error.rfind("trovik: ", 0), 0u) << outcome.error;
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+        EXPECT_FALSE(fs::exists(folder / "cube.png"));
+    }
+    // The libraries of renders and images take more than one step.
+    EXPECT_GT(refusals, 5);
+}
+
+}  // namespace
+}  // namespace trovik::test
