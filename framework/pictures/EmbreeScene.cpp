@@ -23,12 +23,22 @@ const int16_t* NormalAt(const PictureMesh& mesh, uint32_t index) {
                                             mesh.normalStride * index);
 }
 
+/// A power of two that brings the largest entry of the matrix near 1, so that products of three
+/// entries stay in the range of floats. Scaled by it, only the length of a normal changes.
+float NormalScale(const float* m) {
+    float largest = 0.0f;
+    for (const int row : {0, 4, 8})
+        for (int k = 0; k < 3; ++k) largest = std::max(largest, std::fabs(m[row + k]));
+    return largest > 0.0f ? std::ldexp(1.0f, std::clamp(-std::ilogb(largest), -120, 120)) : 1.0f;
+}
+
 /// Normals go by the inverse of the matrix, transposed; its cofactors do as well up to length.
 Vector NormalToWorld(const PictureMesh& mesh, const Vector& n) {
     const float* m = mesh.localToWorld;
-    const Vector x(m[0], m[1], m[2]);
-    const Vector y(m[4], m[5], m[6]);
-    const Vector z(m[8], m[9], m[10]);
+    const float scale = NormalScale(m);
+    const Vector x = Vector(m[0], m[1], m[2]) * scale;
+    const Vector y = Vector(m[4], m[5], m[6]) * scale;
+    const Vector z = Vector(m[8], m[9], m[10]) * scale;
     const float side = ((x & y) | z) < 0.0f ? -1.0f : 1.0f;
     return ((y & z) * n.x + (z & x) * n.y + (x & y) * n.z) * side;
 }

@@ -123,7 +123,7 @@ TEST_F(SpherePicture, SizeOfTheMeshDoesNotMatter) {
         const float scale = std::ldexp(1.0f, exponent);
         for (const int i : {0, 5, 10}) shown.localToWorld[i] = scale;
         camera.eye = Vector(0, 0, 5) * scale;
-        EXPECT_EQ(Make().rgb, usual.rgb);
+        EXPECT_TRUE(Make().rgb == usual.rgb);
     }
 }
 
@@ -159,7 +159,7 @@ TEST_F(SpherePicture, CamerasThatShowNothingAreRefused) {
 TEST_F(SpherePicture, CameraFarFromATinyMeshShowsTheBackdrop) {
     for (const int i : {0, 5, 10}) shown.localToWorld[i] = 1e-20f;
     camera.eye = {0, 0, 1e17f};
-    EXPECT_EQ(Make().rgb, RenderPicture({}, camera, options).rgb);
+    EXPECT_TRUE(Make().rgb == RenderPicture({}, camera, options).rgb);
 }
 
 TEST_F(SpherePicture, FramedMeshTouchesNoBorder) {
