@@ -16,7 +16,10 @@ function(trovik_add_module)
         ${arg_NAME} PRIVATE Trovik::Framework Trovik::Warnings Trovik::Numbers ${arg_LIBRARIES})
     target_compile_definitions(
         ${arg_NAME} PRIVATE TROVIK_MODULE_VERSION="${PROJECT_VERSION}")
-    target_link_options(${arg_NAME} PRIVATE -Wl,--no-undefined)
+    # With Clang, symbols of the sanitizers are in the executable only.
+    if(NOT TROVIK_SANITIZE)
+        target_link_options(${arg_NAME} PRIVATE -Wl,--no-undefined)
+    endif()
     string(REGEX REPLACE "[^/]+" ".." libraryFromModule "${TROVIK_MODULE_DIR}")
     set_target_properties(
         ${arg_NAME}

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -67,7 +68,14 @@ Picture ScriptRunner::MakePicture(const FieldReader& fields) {
     options.wireframe = fields.FlagOr("wireframe", false);
     const PictureCamera camera{view.eye, view.target, view.up, view.verticalFieldOfView};
     const PictureMesh shown = session->ShownMesh();
-    const Picture after = RenderPicture({shown}, camera, options);
+    const auto render = [&](const PictureMesh& mesh) {
+        try {
+            return RenderPicture({mesh}, camera, options);
+        } catch (const HostError& error) {
+            fields.Fail(error.what());
+        }
+    };
+    const Picture after = render(shown);
     if (!fields.FlagOr("beforeAfter", false)) return after;
     if (positionsBefore.size() != shown.vertexCount)
         fields.Fail("there is no state before the first stroke on this level to compare with");
@@ -76,7 +84,7 @@ Picture ScriptRunner::MakePicture(const FieldReader& fields) {
     earlier.positionStride = sizeof(Vector);
     earlier.normals = &normalsBefore[0].x;
     earlier.freeze = nullptr;
-    const Picture before = RenderPicture({earlier}, camera, options);
+    const Picture before = render(earlier);
     return PlaceInRows({before, after}, 2, gap, {"before", "after"});
 }
 

@@ -47,5 +47,25 @@ TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsInOneLine) {
     EXPECT_GT(refusals, 5);
 }
 
+TEST_F(RenderLimits, CoordinatesBeyondTheRangeAreRefusedInOneLine) {
+    WriteFile("far.obj", "v 0 0 0\nv 2e18 0 0\nv 0 2e18 0\nf 1 2 3\n");
+    const Outcome far = Run("render far.obj far.png --width 32 --height 24");
+    EXPECT_EQ(far.status, 1);
+    EXPECT_EQ(far.error,
+              "trovik: cannot render: vertex 1 is at (2e+18, 0, 0) in world space; coordinates "
+              "must be from -1e+18 to 1e+18\n");
+    // As far away as the vertices are allowed to be, the eye is beyond the range.
+    WriteFile("edge.obj", "v 0 0 0\nv 9e17 0 0\nv 0 9e17 0\nf 1 2 3\n");
+    const Outcome edge = Run("render edge.obj edge.png --width 32 --height 24");
+    EXPECT_EQ(edge.status, 1);
+    EXPECT_EQ(edge.error.rfind("trovik: cannot render: the eye of the camera is at (", 0), 0u)
+        << edge.error;
+    for (const std::string eye : {"[1e19, 0, 0]", "[0, 0, 1e38]"})
+        ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"picture": {"file": "cube.png",
+                              "width": 32, "height": 24, "camera": {"eye": )" +
+                              eye + "}}}]}",
+                          "/steps/0/picture: cannot render: the eye of the camera is at (");
+}
+
 }  // namespace
 }  // namespace trovik::test
