@@ -19,10 +19,6 @@ float UnderPressure(float setting, float bias, float pressure) {
     return setting * ((1.0f - fixed) * pressure + fixed);
 }
 
-std::vector<float> SamplesOf(const Store<float>& samples) {
-    return {samples.array, samples.array + samples.fill};
-}
-
 float Within(float value, float limit) { return value > 0.0f ? std::min(value, limit) : 0.0f; }
 
 }  // namespace
@@ -41,9 +37,7 @@ BrushOperation::BrushOperation()
       resetOptionA(this, QStringLiteral("stamppositioning"), 0),
       separatorOption(this, QStringLiteral("stamprotation"), 0),
       imprintPairAttribute(this, QStringLiteral("imprintfade"), {false, 0.6f}),
-      d(std::make_unique<Private>()) {
-    FillFalloff(d->falloffSamples, d->falloffIndex);
-}
+      d(std::make_unique<Private>()) {}
 
 BrushOperation::~BrushOperation() = default;
 
@@ -90,12 +84,13 @@ void BrushOperation::SetFalloff(const QString& curve) {
     const int index = FalloffIndexOf(curve.toStdString());
     if (index >= 0) SetFalloffIndex(index);
 }
-const Store<float>& BrushOperation::FalloffData() const { return d->falloffSamples; }
+const Store<float>& BrushOperation::FalloffData() const { return d->falloff.Lend(); }
 void BrushOperation::SetFalloffIndex(int index) {
     // The user's own curve has no table to come from: it stays as it is, if it is in force.
     if (index == customFalloffIndex && d->falloffIndex == customFalloffIndex) return;
-    d->falloffIndex = IsFalloffIndex(index) ? index : smoothFalloffIndex;
-    FillFalloff(d->falloffSamples, d->falloffIndex);
+    const int known = IsFalloffIndex(index) ? index : smoothFalloffIndex;
+    d->falloff.Set(known);
+    d->falloffIndex = known;
 }
 int BrushOperation::FalloffIndex() const { return d->falloffIndex; }
 
@@ -122,6 +117,7 @@ void BrushOperation::SetDirectionVector(const Vector& direction) {
 }
 
 void BrushOperation::BeginStroke(trovik::Mesh*, Modifier modifier, TriggerType) {
+    d->falloff.BeginStroke();
     d->inverted = modifier == ModifierInvert;
     previousPatchPosition = Vector();
     d->directionVectorSet = false;
@@ -146,7 +142,7 @@ const BrushOperation& BrushOperation::operator=(const BrushOperation& other) {
     s.orientedToSurface = o.orientedToSurface;
     s.screenSpace = o.screenSpace;
     s.falloffIndex = o.falloffIndex;
-    FillFalloff(s.falloffSamples, SamplesOf(o.falloffSamples));
+    s.falloff.Set(o.falloff.Current());
     s.stamp = o.stamp;
     s.stampName = o.stampName;
     s.stampImagePath = o.stampImagePath;

@@ -13,13 +13,13 @@ namespace {
 void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     int32_t index = settings.falloffIndex;
     stream.Transfer(index);
-    Store<float>& samples = settings.falloffSamples;
     if (index != customFalloffIndex) {
         if (stream.IsStoring()) return;
         settings.falloffIndex = IsFalloffIndex(index) ? index : smoothFalloffIndex;
-        FillFalloff(samples, settings.falloffIndex);
+        settings.falloff.Set(settings.falloffIndex);
         return;
     }
+    const Store<float>& samples = *settings.falloff.Current();
     uint32_t count = samples.fill;
     stream.Transfer(count);
     if (stream.IsStoring()) {
@@ -33,8 +33,8 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
         stream.Transfer(value);
         values.push_back(value);
     }
+    settings.falloff.Set(values);
     settings.falloffIndex = customFalloffIndex;
-    FillFalloff(samples, values);
 }
 
 /// A file may hold any number: what is none becomes `otherwise`.

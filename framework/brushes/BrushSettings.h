@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/FalloffTable.h"
 #include "host/BrushOperation.h"
 
 #include <map>
@@ -22,7 +23,7 @@ struct BrushOperation::Private {
     bool inverted = false;  ///< the stroke under way began with ModifierInvert
 
     int falloffIndex = 2;  ///< customFalloffIndex: samples of the user's own
-    Store<float> falloffSamples{"brush falloff"};
+    FalloffTable falloff{falloffIndex};
 
     // The stamp (mask -1).
     StampConfiguration stamp;

@@ -75,8 +75,28 @@ void FillFalloff(Store<float>& samples, const std::vector<float>& values) {
     std::copy(values.begin(), values.end(), samples.array);
 }
 
+namespace {
+
+template <typename Content>
+FalloffTable::Samples MakeSamples(const Content& content) {
+    auto samples = std::make_shared<Store<float>>("brush falloff");
+    FillFalloff(*samples, content);
+    return samples;
+}
+
+}  // namespace
+
+void FalloffTable::Set(int index) { current = MakeSamples(index); }
+
+void FalloffTable::Set(const std::vector<float>& values) { current = MakeSamples(values); }
+
+const Store<float>& FalloffTable::Lend() {
+    if (lent.empty() || lent.back() != current) lent.push_back(current);
+    return *current;
+}
+
 void SetFalloffSamples(BrushOperation& brush, const std::vector<float>& samples) {
-    FillFalloff(brush.Settings().falloffSamples, samples);
+    brush.Settings().falloff.Set(samples);
     brush.Settings().falloffIndex = customFalloffIndex;
 }
 

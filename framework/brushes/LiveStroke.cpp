@@ -11,7 +11,13 @@ LiveStroke::LiveStroke(StrokeLoop& strokeLoop,
       settings(strokeSettings),
       isTimed(strokeSettings.dynamics.airbrush > 0.0f),
       filter(strokeSettings.limits),
-      shaper(strokeSettings.shape, isTimed),
+      shaper(strokeSettings.shape, isTimed, strokeSettings.options.poll),
+      steps(geometry,
+            tree,
+            strokeSettings.view,
+            strokeSettings.space,
+            strokeSettings.options,
+            strokeSettings.dynamics),
       dabs(strokeLoop,
            geometry,
            tree,
@@ -53,6 +59,12 @@ void LiveStroke::Tick(double time) {
 
 void LiveStroke::Take(const std::vector<PathSample>& samples) {
     if (isOver) return;
+    for (const PathSample& sample : samples) {
+        if (settings.mode == DrawMode::AlongPath)
+            steps.Add(sample);
+        else
+            steps.CheckPlace(sample);
+    }
     taken.insert(taken.end(), samples.begin(), samples.end());
     if (settings.mode == DrawMode::AlongPath)
         Pass(settings.isFiltered ? filter.Add(samples) : samples);

@@ -48,7 +48,8 @@ struct LiveStrokeSettings {
 /// there.
 class TROVIK_API LiveStroke {
 public:
-    /// Borrows loop, geometry and tree, between Begin and End of the loop.
+    /// Borrows loop, geometry and tree. Everything else is called between Begin and End of the
+    /// loop. \throw HostError for radius or spacing out of their bounds, see PathSteps.
     LiveStroke(StrokeLoop& loop,
                LevelGeometry& geometry,
                const PatchTree& tree,
@@ -57,8 +58,9 @@ public:
     LiveStroke& operator=(const LiveStroke&) = delete;
 
     /// Takes the next samples, in the order in which they came, and lays what is certain by them.
-    /// \throw HostError for a path that has become too long; whatever the brush throws. After that
-    /// the stroke has ended where it was.
+    /// \throw PathRefused for a sample that PathSteps does not take, HostError for a path that has
+    /// become too long by its shape; whatever the brush throws. After that the stroke has ended
+    /// where it was.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     /// The pen was still where it was last at this time, in the seconds of the samples: the same as
@@ -93,6 +95,8 @@ private:
     std::vector<PathSample> taken;
     PointerFilter filter;
     PathShaper shaper;
+    /// Of the path as it is drawn.
+    PathSteps steps;
     PathDabs dabs;
     ImprintStroke imprint;
     bool isOver = false;

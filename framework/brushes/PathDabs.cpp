@@ -3,7 +3,6 @@
 
 #include "framework/brushes/DabAtHit.h"
 #include "framework/brushes/DabStrength.h"
-#include "framework/errors/HostError.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,8 +13,6 @@ namespace {
 
 /// The smallest dab, as a share of the brush.
 constexpr float smallestDab = 0.01f;
-/// More steps than these are no stroke but a mistake in its places.
-constexpr double mostSteps = 1e8;
 /// A little less than the spacing will do, or rounding would decide whether a path whose length is
 /// a multiple of the spacing has a dab at its end.
 constexpr double nearEnough = 1.0 - 1e-4;
@@ -37,7 +34,7 @@ PathDabs::PathDabs(StrokeLoop& strokeLoop,
       path({}, dabDynamics.airbrush > 0.0f),
       options(pathOptions),
       dynamics(dabDynamics),
-      firstStep(Step()) {}
+      steps(strokeGeometry, strokeTree, strokeView, pathSpace, pathOptions, dabDynamics) {}
 
 void PathDabs::Advance() { Go(false); }
 
@@ -45,8 +42,7 @@ void PathDabs::Finish() { Go(true); }
 
 void PathDabs::Go(bool isWhole) {
     if (path.IsEmpty()) return;
-    if (!(path.Length() / firstStep < mostSteps))
-        throw HostError("the path is too long for the brush");
+    steps.CheckLength(path.Knots().front().place, path.Length());
     if (!hasBegun) {
         if (!isWhole && !(path.Length() > 0.0) && path.Rests().empty()) return;
         hasBegun = true;
@@ -82,6 +78,7 @@ std::optional<PickHit> PathDabs::HitAt(const Vector& place) const {
 
 /// Takes the next step, up to the first dab in it.
 void PathDabs::Walk(double next) {
+    steps.Take();
     const double timeNow = path.At(walked, ArcPath::Side::After).time;
     const PathSample ahead = path.At(next, ArcPath::Side::Before);
     double dabAt = next;
@@ -166,6 +163,7 @@ bool PathDabs::Rest(bool isWhole) {
 double PathDabs::DueTime() const { return lastTime + 1.0 / static_cast<double>(dynamics.airbrush); }
 
 void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
+    steps.Take();
     StrokeDab dab = DabAt(geometry, hit);
     dab.pressure = dynamics.strengthCurve.At(sample.pressure);
     dab.size = SizeOf(dab.position, sample);

@@ -3,14 +3,12 @@
 
 #include "framework/brushes/ArcPath.h"
 #include "framework/brushes/DabDynamics.h"
+#include "framework/brushes/PathSteps.h"
 #include "framework/brushes/StrokePath.h"
 
 #include <optional>
 
 namespace trovik {
-
-/// What the places of samples are.
-enum class PathSpace { View, Surface };
 
 /// Lays dabs along a path by the length of its way on the surface, as the surface is then: each
 /// dab lies where the way from the one before, over the corners of the path, has the length of the
@@ -34,7 +32,7 @@ enum class PathSpace { View, Surface };
 class TROVIK_API PathDabs {
 public:
     /// Borrows loop, geometry and tree, between Begin and End of the loop.
-    /// \param view  the camera, in either space.
+    /// \param view  the camera, in either space. \throw HostError as PathSteps does.
     PathDabs(StrokeLoop& loop,
              LevelGeometry& geometry,
              const PatchTree& tree,
@@ -45,8 +43,9 @@ public:
 
     /// The path goes on to the sample. Lays nothing yet.
     void Add(const PathSample& sample) { path.Add(sample); }
-    /// Lays the dabs that are certain. \throw HostError for a path that has become too long, by
-    /// some hundred million dabs, before it lays any.
+    /// Lays the dabs that are certain. \throw HostError for a path that has become too long by
+    /// PathSteps::CheckLength, before it lays any, or by PathSteps::Take. Whatever
+    /// PathOptions::poll throws passes through.
     void Advance();
     /// The path has come to its end: lays the rest. \throw as Advance.
     void Finish();
@@ -73,12 +72,12 @@ private:
     ArcPath path;
     PathOptions options;
     DabDynamics dynamics;
+    PathSteps steps;
 
     /// Length of the path that is done.
     double walked = 0.0;
     /// The surface there; nothing off the mesh.
     std::optional<Vector> here;
-    double firstStep;
     bool hasBegun = false;
     /// Length of the way on the surface since the last dab, and the one at which the next is due.
     double way = 0.0;

@@ -3,6 +3,7 @@
 
 #include "framework/brushes/PathResampler.h"
 #include "framework/brushes/PathStage.h"
+#include "framework/errors/HostError.h"
 
 #include <algorithm>
 #include <array>
@@ -67,11 +68,18 @@ private:
 /// A stage that moves the places of a path and keeps its length.
 class ResamplingStage : public PathStage {
 public:
-    ResamplingStage(double step, double ahead, bool timed)
-        : path({}, timed), resampler(path, step, ahead) {}
+    /// \param stageWork  what the steps are for, for messages.
+    ResamplingStage(
+        double step, double ahead, bool timed, const char* stageWork, const StepPoll& stagePoll)
+        : path({}, timed),
+          poll(stagePoll),
+          stepLength(step),
+          work(stageWork),
+          resampler(path, step, ahead) {}
 
     void Add(const PathSample& sample, std::vector<PathSample>& out) override {
         path.Add(sample);
+        CheckStepCount(path.Length(), stepLength, work);
         Take(false, out);
     }
     void Finish(std::vector<PathSample>& out) override { Take(true, out); }
@@ -80,22 +88,28 @@ protected:
     virtual Vector PlaceAt(double at) = 0;
 
     ArcPath path;
+    StepPoll poll;
 
 private:
     void Take(bool isWhole, std::vector<PathSample>& out) {
         resampler.Take([this](double at) { return PlaceAt(at); }, isWhole, out);
     }
 
+    double stepLength;
+    const char* work;
     PathResampler resampler;
 };
 
 class Smoothing : public ResamplingStage {
 public:
-    Smoothing(float length, bool timed)
-        : ResamplingStage(length / 16.0, 0.5 * length, timed), integral(path), half(0.5 * length) {}
+    Smoothing(float length, bool timed, const StepPoll& stagePoll = StepPoll())
+        : ResamplingStage(length / 16.0, 0.5 * length, timed, "smoothing", stagePoll),
+          integral(path),
+          half(0.5 * length) {}
 
 private:
     Vector PlaceAt(double at) override {
+        poll.Take();
         const double reach = std::min({half, at, path.Length() - at});
         // So near an end the mean is the place itself, and the difference below all rounding.
         if (reach < 1e-6 * half) return path.At(at).place;
@@ -110,8 +124,13 @@ private:
 
 class Snapping : public ResamplingStage {
 public:
-    Snapping(std::vector<Vector> points, float reach, bool timed)
-        : ResamplingStage(reach / 16.0, 0.0, timed), curve(std::move(points)), distance(reach) {}
+    Snapping(std::vector<Vector> points,
+             float reach,
+             bool timed,
+             const StepPoll& stagePoll = StepPoll())
+        : ResamplingStage(reach / 16.0, 0.0, timed, "snapping", stagePoll),
+          curve(std::move(points)),
+          distance(reach) {}
 
 private:
     Vector PlaceAt(double at) override {
@@ -119,6 +138,7 @@ private:
         double least = static_cast<double>(distance) * distance;
         Place nearest = from;
         for (std::size_t i = 0; i < curve.size(); ++i) {
+            poll.Take();
             const Place a = Of(curve[i]);
             const Place way = i == 0 ? Place{} : Of(curve[i - 1]) - a;
             const double square = Dot(way, way);
@@ -177,6 +197,10 @@ public:
     void Add(const PathSample& sample, std::vector<PathSample>& out) override {
         if (!through.empty() && through.back().place == sample.place) return;
         through.push_back(sample);
+        if (static_cast<double>(through.size()) * chords > maxPathSteps)
+            throw HostError("the curve through " + std::to_string(through.size()) +
+                            " samples has too many chords; a stroke may take " +
+                            std::to_string(static_cast<long long>(maxPathSteps)));
         if (through.size() == 3) out.push_back(through.front());
         if (through.size() >= 3) Span(through.size() - 3, out);
     }
@@ -234,23 +258,28 @@ std::unique_ptr<PathStage> LineStage() { return std::make_unique<Line>(); }
 
 std::unique_ptr<PathStage> CurveStage() { return std::make_unique<Curve>(); }
 
-std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve, float distance, bool timed) {
-    return std::make_unique<Snapping>(std::move(curve), distance, timed);
+std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
+                                     float distance,
+                                     bool timed,
+                                     const StepPoll& poll) {
+    return std::make_unique<Snapping>(std::move(curve), distance, timed, poll);
 }
 
-std::unique_ptr<PathStage> SmoothingStage(float length, bool timed) {
-    return std::make_unique<Smoothing>(length, timed);
+std::unique_ptr<PathStage> SmoothingStage(float length, bool timed, const StepPoll& poll) {
+    return std::make_unique<Smoothing>(length, timed, poll);
 }
 
-PathShaper::PathShaper(const PathShape& shape, bool timed) {
+PathShaper::PathShaper(const PathShape& shape, bool timed, const std::function<void()>& polled) {
+    const StepPoll poll(polled);
     if (shape.line) stages.push_back(LineStage());
     if (shape.curve) stages.push_back(CurveStage());
     if (!shape.snapTo.empty() && shape.snapDistance > 0.0f)
         stages.push_back(SnapStage(shape.snapSmoothly ? SmoothCurve(shape.snapTo) : shape.snapTo,
                                    shape.snapDistance,
-                                   timed));
-    if (shape.smoothing > 0.0f) stages.push_back(SmoothingStage(shape.smoothing, timed));
-    if (shape.steady > 0.0f) stages.push_back(StringStage(shape.steady, timed));
+                                   timed,
+                                   poll));
+    if (shape.smoothing > 0.0f) stages.push_back(SmoothingStage(shape.smoothing, timed, poll));
+    if (shape.steady > 0.0f) stages.push_back(StringStage(shape.steady, timed, poll));
 }
 
 PathShaper::~PathShaper() = default;

@@ -28,6 +28,8 @@ struct PathShape {
 
 /// The samples' path as the shape wants it: first the curve through the samples or the straight
 /// line, then snapping, smoothing and the string. Without any of them the samples themselves.
+/// This and the functions below throw HostError for a path that takes more than maxPathSteps (see
+/// PathSteps.h), of a 16th of the length that they are given.
 /// \param timed  times count, see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
@@ -43,8 +45,7 @@ TROVIK_API std::vector<PathSample> Smoothed(const std::vector<PathSample>& sampl
 /// The way of a weight on a string of this length, of which the pen holds the other end: it stays
 /// while the string is slack and then moves straight toward the pen. It begins where the pen does
 /// and ends where it is when the pen is lifted, up to a string's length behind. The exact curve of
-/// pursuit, whatever the number of samples. \throw HostError for a path that is longer than some
-/// million strings.
+/// pursuit, whatever the number of samples.
 TROVIK_API std::vector<PathSample> OnString(const std::vector<PathSample>& samples,
                                             float length,
                                             bool timed = false);

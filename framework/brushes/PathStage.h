@@ -2,7 +2,9 @@
 #pragma once
 
 #include "framework/brushes/PathShape.h"
+#include "framework/brushes/PathSteps.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -30,21 +32,31 @@ public:
 /// See Straightened. Everything waits for the end.
 std::unique_ptr<PathStage> LineStage();
 /// See CurveThrough. The way to a sample waits for the next one at another place.
+/// Adding throws HostError when the curve is cut into more than maxPathSteps chords.
 std::unique_ptr<PathStage> CurveStage();
-/// See Snapped; the distance must be above 0. Nothing waits.
-std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve, float distance, bool timed);
+/// See Snapped; the distance must be above 0. Nothing waits. For this and the next two stages:
+/// `poll` is called now and then during long work, and what it throws passes through; adding throws
+/// HostError for a path that takes more than maxPathSteps, of a 16th of the length each.
+std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
+                                     float distance,
+                                     bool timed,
+                                     const StepPoll& poll = StepPoll());
 /// See Smoothed; the length must be above 0. A place waits until the pen is half the length farther
 /// on its way, also where the pen rests.
-std::unique_ptr<PathStage> SmoothingStage(float length, bool timed);
-/// See OnString; the length must be above 0. Nothing waits. Adding throws HostError for a path that
-/// is longer than some million strings.
-std::unique_ptr<PathStage> StringStage(float length, bool timed);
+std::unique_ptr<PathStage> SmoothingStage(float length,
+                                          bool timed,
+                                          const StepPoll& poll = StepPoll());
+/// See OnString; the length must be above 0. Nothing waits.
+std::unique_ptr<PathStage> StringStage(float length, bool timed, const StepPoll& poll = StepPoll());
 
 /// A path as a shape wants it while it is drawn: the stages of Shaped one behind the other, each
 /// with what it waits for. Without any, samples go through as they are.
 class TROVIK_API PathShaper {
 public:
-    explicit PathShaper(const PathShape& shape = {}, bool timed = false);
+    /// \param poll  called now and then during long work; what it throws passes through.
+    explicit PathShaper(const PathShape& shape = {},
+                        bool timed = false,
+                        const std::function<void()>& poll = {});
     ~PathShaper();
     PathShaper(PathShaper&&) noexcept;
     PathShaper& operator=(PathShaper&&) noexcept;

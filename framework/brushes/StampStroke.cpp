@@ -51,6 +51,9 @@ void StampStroke::Begin(const BrushOperation& strokeBrush,
     geometry = &strokeGeometry;
     tree = &strokeTree;
     seed = strokeSeed;
+    const bool isEnabled = brush->IsMaskEnabled(stampMask);
+    width = isEnabled ? brush->MaskImage(stampMask)->Width() : 0;
+    height = isEnabled ? brush->MaskImage(stampMask)->Height() : 0;
     Restart();
 }
 
@@ -59,11 +62,6 @@ void StampStroke::Restart() {
     spacingRandom = StrokeRandom(seed ^ spacingSalt);
     hasPrevious = false;
     hasStart = false;
-}
-
-bool StampStroke::HasStamp() const {
-    return brush != nullptr && brush->IsMaskEnabled(stampMask) &&
-           brush->MaskImage(stampMask)->Width() != 0 && brush->MaskImage(stampMask)->Height() != 0;
 }
 
 void StampStroke::Lay(StrokeDab& dab) {
@@ -93,9 +91,7 @@ void StampStroke::Lay(StrokeDab& dab) {
     }
     StampPlacement placement = Place(dab, toward);
     placement.Turn(turns);
-    const Image* image = brush->MaskImage(stampMask);
-    dab.stampMatrix =
-        placement.ToPixels(image->Width(), image->Height(), geometry->Place().ToWorld());
+    dab.stampMatrix = placement.ToPixels(width, height, geometry->Place().ToWorld());
     startMatrix = dab.stampMatrix;
     hasStart = true;
 }
@@ -124,8 +120,7 @@ Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
     if (!(radius > 0.0f)) return {};
     StampPlacement placement = StampPlacement::ByCamera(middle, radius, Vector(), CameraToWorld());
     placement.Turn(static_cast<float>(brush->separatorOption.Value()) / 360.0f);
-    const Image* image = brush->MaskImage(stampMask);
-    return placement.ToPixels(image->Width(), image->Height(), toWorld);
+    return placement.ToPixels(width, height, toWorld);
 }
 
 // Somewhere in the disc of the brush on the surface, and from there to the nearest place of the

@@ -25,9 +25,11 @@ enum class StampPositioning : int {
 
 /// The stamp along one stroke: where each dab's copy lies, how it is turned, scattered and spaced.
 ///
-/// Settings are read as the dabs come. The brush's IsOrientedToSurface lays the stamp flat on the
-/// surface; otherwise it is projected from the scene's active camera. Random numbers come from the
-/// seed alone, in an order that hangs on nothing but the dabs before.
+/// Whether there is a stamp, and the size of its image, are those of the stroke's beginning, as are
+/// the pixels that the brush copied then. Other settings are read as the dabs come. The brush's
+/// IsOrientedToSurface lays the stamp flat on the surface; otherwise it is projected from the
+/// scene's active camera. Random numbers come from the seed alone, in an order that hangs on
+/// nothing but the dabs before.
 class StampStroke {
 public:
     /// Borrows all until the next Begin.
@@ -53,7 +55,7 @@ public:
     float Spacing(float radius, float share);
 
 private:
-    bool HasStamp() const;
+    bool HasStamp() const { return width != 0 && height != 0; }
     void Scatter(StrokeDab& dab);
     StampPlacement Place(const StrokeDab& dab, const Vector& toward) const;
 
@@ -61,6 +63,9 @@ private:
     const LevelGeometry* geometry = nullptr;
     const PatchTree* tree = nullptr;
     uint64_t seed = 0;
+    /// Of the stamp's image; 0 without a stamp.
+    uint32_t width = 0;
+    uint32_t height = 0;
     StrokeRandom random;
     StrokeRandom spacingRandom;
     /// Middle of the dab before, world, as the path had it.

@@ -7,7 +7,6 @@
 /// sample more on the way changes nothing.
 #include "framework/brushes/PathResampler.h"
 #include "framework/brushes/PathStage.h"
-#include "framework/errors/HostError.h"
 
 #include <algorithm>
 #include <array>
@@ -27,9 +26,6 @@ Place Sum(const Place& a, const Place& b, double f) {
 
 /// Steps of the pen in lengths of the string: short enough for chords to pass as the curve.
 constexpr double stepShare = 1.0 / 16.0;
-
-/// More steps than these are no stroke but a mistake in its places.
-constexpr double mostSteps = 1e8;
 
 /// e^-x for 0 <= x <= stepShare by its series, which is the same on every machine.
 double Decay(double x) {
@@ -73,13 +69,16 @@ struct String {
 
 class Steady : public PathStage {
 public:
-    Steady(float length, bool timed)
-        : path({}, timed), longest(stepShare * length), resampler(path, longest), string{length} {}
+    Steady(float length, bool timed, const StepPoll& stagePoll = StepPoll())
+        : path({}, timed),
+          longest(stepShare * length),
+          poll(stagePoll),
+          resampler(path, longest),
+          string{length} {}
 
     void Add(const PathSample& sample, std::vector<PathSample>& out) override {
         path.Add(sample);
-        if (!(path.Length() / longest < mostSteps))
-            throw HostError("the path is too long for the string of the steady stroke");
+        CheckStepCount(path.Length(), longest, "the string of the steady stroke");
         Take(false, out);
     }
     void Finish(std::vector<PathSample>& out) override { Take(true, out); }
@@ -104,6 +103,7 @@ private:
             const Vector& from = knots[next - 1].place;
             const Vector& to = path.Guides()[next].place;
             while (whole > 0.0 && walked < until) {
+                poll.Take();
                 const double step = std::min(longest, until - walked);
                 const Place toward{(static_cast<double>(to.x) - from.x) / whole,
                                    (static_cast<double>(to.y) - from.y) / whole,
@@ -123,6 +123,7 @@ private:
 
     ArcPath path;
     double longest;
+    StepPoll poll;
     PathResampler resampler;
     String string;
     Place weight{};
@@ -133,8 +134,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<PathStage> StringStage(float length, bool timed) {
-    return std::make_unique<Steady>(length, timed);
+std::unique_ptr<PathStage> StringStage(float length, bool timed, const StepPoll& poll) {
+    return std::make_unique<Steady>(length, timed, poll);
 }
 
 std::vector<PathSample> OnString(const std::vector<PathSample>& samples, float length, bool timed) {

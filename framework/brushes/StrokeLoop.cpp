@@ -7,6 +7,7 @@
 #include "framework/brushes/TopologicalHit.h"
 #include "framework/edits/LevelChange.h"
 #include "framework/edits/Symmetry.h"
+#include "framework/errors/HostError.h"
 #include "framework/images/StampImage.h"
 
 #include <algorithm>
@@ -21,6 +22,22 @@ constexpr int stampMask = -1;
 constexpr int mirroredStampMask = 1;
 /// Tells the numbers for sizes from those that the stamp takes.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
+
+/// Gives a brush the falloff with which its stroke began, until the end of the scope.
+class FalloffOfStroke {
+public:
+    FalloffOfStroke(FalloffTable& table, FalloffTable::Samples ofStroke)
+        : setting(table), chosen(table.Current()) {
+        setting.Set(std::move(ofStroke));
+    }
+    ~FalloffOfStroke() { setting.Set(chosen); }
+    FalloffOfStroke(const FalloffOfStroke&) = delete;
+    FalloffOfStroke& operator=(const FalloffOfStroke&) = delete;
+
+private:
+    FalloffTable& setting;
+    FalloffTable::Samples chosen;
+};
 
 using Clock = std::chrono::steady_clock;
 
@@ -51,11 +68,14 @@ StrokeLoop::StrokeLoop(BrushOperation& strokeBrush,
     : brush(strokeBrush), geometry(strokeGeometry), tree(strokeTree) {}
 
 void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
+    // The stroke holds one previous hit for each of its mirrors.
+    if (active) throw HostError("the mirrors cannot change while a stroke is open");
     brush.MirrorConfig().SetMirrorMode(mode);
     mirrors = std::move(pointMaps);
 }
 
 void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
+    if (active) throw HostError("a stroke is open already");
     modifier = strokeModifier;
     RefreshStamp(brush);
     // Across the topology a stamp is read where the vertex across lies, so that it looks alike on
@@ -67,11 +87,14 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     previousHits.assign(mirrors.size() + 2, Vector());
     dirtyBox = AxisAlignedBoundingBox();
     laid.clear();
+    falloff = brush.Settings().falloff.Current();
     BeginStroke();
     // A modifier key can have brought another tool.
     stamps.Begin(brush, geometry, tree, seed);
     sizeRandom = StrokeRandom(seed ^ sizeSalt);
     inPairs = mirrors.size() > 1 && KeepsPlane();
+    static uint64_t strokes = 0;
+    number = ++strokes;
     active = true;
     if (listener != nullptr) listener->OnStrokeBegun(modifier, seed);
 }
@@ -88,6 +111,7 @@ void StrokeLoop::BeginStroke() {
 }
 
 void StrokeLoop::Dab(const StrokeDab& pathDab) {
+    if (!active) throw HostError("a dab needs an open stroke");
     bool isDone = false;
     try {
         StrokeDab dab = pathDab;
@@ -111,8 +135,7 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
         if (listener != nullptr) listener->OnDab(pathDab, false);
     } catch (...) {
         if (!isDone && listener != nullptr) listener->OnDab(pathDab, true);
-        laid.clear();
-        End();
+        Break();
         throw;
     }
 }
@@ -149,8 +172,11 @@ bool StrokeLoop::KeepsPlane() const {
 
 // Two copies of the stroke that no dab was laid for yet are each other's pair as the main side and
 // its mirror are, by another map.
-void StrokeLoop::LayOtherPairs() {
+void StrokeLoop::LayOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
+    // One stroke for the user: a falloff that was chosen in its midst is for the next one.
+    const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
+    const std::vector<StrokeDab> dabs = std::exchange(laid, {});
     for (std::size_t first = 1; first < mirrors.size(); first += 2) {
         const bool isPair = first + 1 < mirrors.size();
         Matrix between;
@@ -162,7 +188,8 @@ void StrokeLoop::LayOtherPairs() {
         history.JoinNext(true);
         BeginStroke();
         try {
-            for (const StrokeDab& dab : laid) {
+            for (const StrokeDab& dab : dabs) {
+                if (poll) poll();
                 if (const auto main = Mapped(dab, mirrors[first], false)) Apply(*main, first + 1);
                 if (!isPair) continue;
                 const auto other = Mapped(dab, mirrors[first + 1], true);
@@ -239,6 +266,7 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
 }
 
 void StrokeLoop::WholeMesh(float strength, bool byFacing) {
+    if (!active) throw HostError("a dab needs an open stroke");
     try {
         ForgetLastWalks();
         brush.Settings().stampMatrix = stamps.OverAll(tree.Bounds());
@@ -321,15 +349,18 @@ void StrokeLoop::EndStroke() {
     });
 }
 
-void StrokeLoop::End() {
+void StrokeLoop::Break() {
+    laid.clear();
+    End();
+}
+
+void StrokeLoop::End(const std::function<void()>& poll) {
     if (!active) return;
     active = false;
+    number = 0;
     if (!inPairs) SettleSides();
     EndStroke();
-    if (inPairs) {
-        LayOtherPairs();
-        laid.clear();
-    }
+    if (inPairs) LayOtherPairs(poll);
     if (listener != nullptr) listener->OnStrokeEnded();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/FalloffTable.h"
 #include "framework/brushes/StampStroke.h"
 #include "framework/brushes/StrokeInputListener.h"
 #include "framework/brushes/StrokeObserver.h"
@@ -8,6 +9,7 @@
 #include "framework/picking/PatchTree.h"
 #include "host/BrushOperation.h"
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -62,7 +64,7 @@ public:
     /// the first, which is undone with it.
     /// \param mode  what MirrorConfiguration::MirrorMode answers from now on. With Topological the
     /// mirrored dab of each dab comes from the mesh's MirrorVertex, whatever the maps; none where
-    /// it answers -1.
+    /// it answers -1. \throw HostError while a stroke is open; the mirrors stay as they were.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
     /// Who hears of every call into the brush; null for nobody. Borrowed.
@@ -74,12 +76,19 @@ public:
 
     /// \param seed  of everything that the stroke leaves to chance. The stamp's file is read where
     /// it was not yet. \throw HostError when it cannot be read; nothing has begun then.
+    /// \throw HostError while a stroke is open, which goes on.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
+    /// \throw HostError without an open stroke; so does WholeMesh.
     void Dab(const StrokeDab& dab);
     /// The tool on the whole bound level at once, inside a stroke. \param strength  as in
     /// StrokeDab. \param byFacing  less effect where the surface turns away from the camera.
     void WholeMesh(float strength, bool byFacing);
-    void End();
+    /// \param poll  called for each dab of mirrored sides that are made by strokes of their own; what
+    /// it throws leaves out the rest of them.
+    void End(const std::function<void()>& poll = {});
+    /// Ends the stroke where it is, for work that was stopped: mirrored sides that are made by
+    /// strokes of their own are left out.
+    void Break();
     /// Puts the bound mesh back to the bits of before the stroke, which goes on as if no dab had
     /// been made: for tools that place one dab anew at each motion. Cost: what the stroke touched.
     void PutBack();
@@ -90,6 +99,8 @@ public:
     float RandomShare() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
+    /// Number of the open stroke, unique in the process; 0 while none is open.
+    uint64_t StrokeNumber() const { return number; }
 
     const StrokeTotals& Totals() const { return totals; }
     /// World box of everything that the present or last stroke touched.
@@ -104,7 +115,7 @@ private:
     std::optional<StrokeDab> Mapped(const StrokeDab& dab, const Matrix& map, bool asMirror) const;
     /// Whether the brush's tool works by a plane that it keeps over the stroke.
     bool KeepsPlane() const;
-    void LayOtherPairs();
+    void LayOtherPairs(const std::function<void()>& poll);
     void SettleSides();
     void Announce(const std::vector<uint32_t>& vertices);
     void ForgetLastWalks();
@@ -133,6 +144,9 @@ private:
     /// Mirrors beyond the first wait for strokes of their own, and the dabs for them.
     bool inPairs = false;
     std::vector<StrokeDab> laid;
+    /// The brush's setting when the stroke began.
+    FalloffTable::Samples falloff;
+    uint64_t number = 0;
     bool active = false;
 };
 

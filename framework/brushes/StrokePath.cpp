@@ -2,6 +2,7 @@
 #include "framework/brushes/StrokePath.h"
 
 #include "framework/brushes/DabAtHit.h"
+#include "framework/brushes/PathSteps.h"
 #include "framework/levels/SurfaceNormal.h"
 
 #include <algorithm>
@@ -78,10 +79,12 @@ constexpr int halvings = 10;
 template <typename Probe, typename Heading>
 void LayAlong(const std::vector<PathSample>& samples,
               float step,
+              PathSteps steps,
               DabSpacer& spacer,
               Probe probe,
               Heading heading) {
     if (samples.empty()) return;
+    for (const PathSample& sample : samples) steps.Add(sample);
     Vector along;
     for (std::size_t i = 1; i < samples.size() && along == Vector(); ++i)
         along = samples[i].place - samples[0].place;
@@ -96,9 +99,11 @@ void LayAlong(const std::vector<PathSample>& samples,
         const auto parts = static_cast<unsigned>(std::max(1.0f, std::ceil(length / step)));
         float reached = 0.0f;
         for (unsigned k = 1; k <= parts; ++k) {
+            steps.Take();
             const float share = static_cast<float>(k) / static_cast<float>(parts);
             std::optional<PickHit> hit = probe(Between(from, to, share).place);
             while (hit && spacer.IsDue(*hit)) {
+                steps.Take();
                 float near = reached;
                 float far = share;
                 PickHit due = *hit;
@@ -161,6 +166,7 @@ unsigned StrokeAlongView(StrokeLoop& loop,
     LayAlong(
         samples,
         step,
+        PathSteps(geometry, tree, view, PathSpace::View, options),
         spacer,
         [&](const Vector& place) { return HitThrough(geometry, tree, view, place); },
         [&](const PickHit& hit, const Vector& along) {
@@ -179,6 +185,7 @@ unsigned StrokeAlongSurface(StrokeLoop& loop,
     LayAlong(
         samples,
         step,
+        PathSteps(geometry, tree, {}, PathSpace::Surface, options),
         spacer,
         [&](const Vector& place) { return HitNear(geometry, tree, place); },
         [](const PickHit&, const Vector& along) { return along; });

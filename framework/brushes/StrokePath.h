@@ -35,11 +35,15 @@ struct PathOptions {
     std::function<float(float pressure)> strength;
     /// Called after each dab.
     std::function<void()> progress;
+    /// Called now and then during the walk, with dabs or without. What it throws ends the walk.
+    std::function<void()> poll;
 };
 
 /// Lays dabs along samples seen by the camera, at the spacing's distance in a straight line from
 /// one to the next. The surface is hit anew for each dab, as it is then; where the path leaves the
 /// mesh there are no dabs. Pressure is interpolated. \return the number of main dabs.
+/// \throw HostError for radius or spacing out of their bounds, and PathRefused for a path that is
+/// too long, both before the first dab; see PathSteps.
 TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     LevelGeometry& geometry,
                                     const PatchTree& tree,
@@ -47,7 +51,8 @@ TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     const std::vector<PathSample>& samples,
                                     const PathOptions& options);
 
-/// Lays dabs along points on the surface (world; the nearest point of the mesh counts).
+/// Lays dabs along points on the surface (world; the nearest point of the mesh counts). Errors are
+/// those of StrokeAlongView.
 TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
                                        LevelGeometry& geometry,
                                        const PatchTree& tree,

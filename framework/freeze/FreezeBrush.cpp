@@ -43,6 +43,7 @@ void FreezeBrush::BeginStroke(trovik::Mesh* mesh, Modifier modifier, TriggerType
     BrushOperation::BeginStroke(mesh, modifier, trigger);
     level = dynamic_cast<LevelMesh*>(mesh);
     strokeModifier = modifier;
+    falloff = &FalloffData();
     records = level == nullptr ? nullptr : std::make_unique<FreezeRecords>(*level);
     stamp.Read(*this);
 }
@@ -57,7 +58,7 @@ Vector FreezeBrush::Eye() const {
 }
 
 float FreezeBrush::FalloffAt(float distance, float radius) const {
-    const Store<float>& samples = FalloffData();
+    const Store<float>& samples = *falloff;
     if (samples.fill == 0) return 1.0f;
     const float place = distance / radius * static_cast<float>(samples.fill);
     const uint32_t last = samples.fill - 1;

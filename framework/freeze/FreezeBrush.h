@@ -60,6 +60,9 @@ private:
     Vector Eye() const;
 
     LevelMesh* level = nullptr;
+    /// That of the stroke, which later settings do not change. Borrowed from the base for its
+    /// length.
+    const Store<float>* falloff = nullptr;
     Modifier strokeModifier = ModifierNone;
     std::unique_ptr<FreezeRecords> records;
     FreezeStamp stamp;

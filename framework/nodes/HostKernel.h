@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace trovik {
@@ -24,9 +25,10 @@ public:
     /// Messages shown since the last clearing.
     const std::vector<std::string>& HUDMessages() const { return messages; }
     void ClearHUDMessages() { messages.clear(); }
-    /// Called with each message as it is shown; null for nobody.
-    void SetHUDListener(std::function<void(const std::string&)> newListener) {
-        listener = std::move(newListener);
+    /// Called with each message as it is shown; null for nobody. \return the listener before it.
+    std::function<void(const std::string&)> SetHUDListener(
+        std::function<void(const std::string&)> newListener) {
+        return std::exchange(listener, std::move(newListener));
     }
 
 private:
@@ -38,6 +40,20 @@ private:
     bool testMode = false;
     std::vector<std::string> messages;
     std::function<void(const std::string&)> listener;
+};
+
+/// Receives the kernel's messages for the length of a scope, however the scope is left; then the
+/// listener before it receives them again. Scopes nest.
+class HUDListening {
+public:
+    explicit HUDListening(std::function<void(const std::string&)> listener)
+        : before(HostKernel::Instance().SetHUDListener(std::move(listener))) {}
+    ~HUDListening() { HostKernel::Instance().SetHUDListener(std::move(before)); }
+    HUDListening(const HUDListening&) = delete;
+    HUDListening& operator=(const HUDListening&) = delete;
+
+private:
+    std::function<void(const std::string&)> before;
 };
 
 }  // namespace trovik

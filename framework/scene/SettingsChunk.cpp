@@ -2,6 +2,8 @@
 #include "framework/scene/SettingsChunk.h"
 
 #include "framework/brushes/MirrorMaps.h"
+#include "framework/brushes/PathSteps.h"
+#include "framework/errors/HostError.h"
 #include "framework/levels/IsFinite.h"
 #include "framework/scene/SceneChunks.h"
 
@@ -39,9 +41,18 @@ void CheckView(const StrokeView& view) {
             SceneStream::Refuse(QStringLiteral("the view is %1 pixels large").arg(side));
 }
 
+/// \throw HostError for settings that no stroke takes.
+void CheckBrush(const SceneSettings& settings) {
+    if (!(settings.radius > 0.0f) || !std::isfinite(settings.radius))
+        throw HostError("the radius is not above 0");
+    CheckSpacing(settings.spacing);
+}
+
 }  // namespace
 
 void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings) {
+    // A scene that could not be read again must not be written.
+    CheckBrush(settings);
     SceneSettings copy = settings;
     TransferView(stream, copy.view);
     stream.Transfer(copy.radius);
@@ -61,10 +72,11 @@ SceneSettings ReadSettingsChunk(SceneStream& stream) {
     stream.Transfer(settings.spacing);
     stream.Transfer(settings.seed);
     stream.Transfer(settings.strokesBegun);
-    if (!(settings.radius > 0.0f) || !std::isfinite(settings.radius))
-        SceneStream::Refuse(QStringLiteral("the radius is not above 0"));
-    if (!(settings.spacing > 0.0f) || !std::isfinite(settings.spacing))
-        SceneStream::Refuse(QStringLiteral("the spacing is not above 0"));
+    try {
+        CheckBrush(settings);
+    } catch (const HostError& refused) {
+        SceneStream::Refuse(QString::fromStdString(refused.what()));
+    }
     int32_t mode = 0;
     stream.Transfer(mode);
     settings.mirrorMode = mode;

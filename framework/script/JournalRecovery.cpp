@@ -48,6 +48,12 @@ class Redo {
 public:
     Redo(const std::string& journalPath, RecoveredWork& recovered, const RecoveryOptions& given)
         : path(journalPath), work(recovered), content(recovered.content), options(given) {}
+    /// The session may outlive this with a stroke still open, whose end nobody counts.
+    ~Redo() {
+        if (isListening) work.runner->Session().SetInputListener(nullptr);
+    }
+    Redo(const Redo&) = delete;
+    Redo& operator=(const Redo&) = delete;
 
     void Run() {
         CheckStamps();
@@ -59,6 +65,7 @@ public:
         work.runner->Open(script);
         for (const nlohmann::json& carried : content.base.carried) work.runner->Do(carried, 0);
         work.runner->Session().SetInputListener(&counter);
+        isListening = true;
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
                 options.progress.step(i, content.steps.size(), Name(content.steps[i]));
@@ -70,7 +77,6 @@ public:
                 RedoStep(i);
         }
         work.runner->Session().Loop().End();
-        work.runner->Session().SetInputListener(nullptr);
     }
 
 private:
@@ -233,6 +239,7 @@ private:
     JournalContent& content;
     const RecoveryOptions& options;
     DabCounter counter;
+    bool isListening = false;
     const JournalStep* step = nullptr;
 };
 

@@ -134,27 +134,32 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     PenStrokeOptions pen;
     pen.isFiltered = isPen && given.FlagOr("filter", true);
     pen.progress = DabProgress();
+    pen.poll = [this] { StopIfAsked(); };
     // Places of scripts are exact, whatever the tool makes of a hand's.
     if (!isPen || given.Has("smoothing")) pen.smoothing = given.NumberOr("smoothing", 0.0f);
     if (!isPen || given.Has("steady")) pen.steady = given.NumberOr("steady", 0.0f);
     if (!IsImprint(session->Brush())) pen.shape = ShapeOf(given, numbers);
-    LiveStrokeSettings settings = PenStrokeSettings(*session, pen);
-    if (onSurface) settings.space = PathSpace::Surface;
-    if (!isPen) settings.dynamics.airbrush = 0.0f;
-    if (settings.mode == DrawMode::AlongPath && !isPen && !stroke.Has("path") &&
-        !Shapes(settings.dynamics) && !session->Brush().strokeOptionD.Value()) {
+    try {
+        LiveStrokeSettings settings = PenStrokeSettings(*session, pen);
+        if (onSurface) settings.space = PathSpace::Surface;
+        if (!isPen) settings.dynamics.airbrush = 0.0f;
         StrokeLoop& loop = session->Loop();
-        if (onSurface)
+        const bool isPlain = settings.mode == DrawMode::AlongPath && !isPen &&
+                             !stroke.Has("path") && !Shapes(settings.dynamics) &&
+                             !session->Brush().strokeOptionD.Value();
+        if (isPlain && onSurface) {
             StrokeAlongSurface(loop, geometry, session->Tree(), samples, settings.options);
-        else
+        } else if (isPlain) {
             StrokeAlongView(
                 loop, geometry, session->Tree(), settings.view, samples, settings.options);
-        return;
-    }
-    LiveStroke live(session->Loop(), geometry, session->Tree(), settings);
-    try {
-        live.Take(samples);
-        live.Release();
+        } else {
+            LiveStroke live(loop, geometry, session->Tree(), settings);
+            live.Take(samples);
+            live.Release();
+        }
+    } catch (const PathRefused& refused) {
+        if (list.Json().is_array()) list.At(refused.sample).Fail(refused.what());
+        list.Fail("sample " + std::to_string(refused.sample) + ": " + refused.what());
     } catch (const HostError& error) {
         list.Fail(error.what());
     }

@@ -69,7 +69,7 @@ ScriptResult ScriptRunner::Run() {
         const auto picture = step.find("picture");
         if (picture != step.end() && picture->value("beforeAfter", false)) wantsBefore = true;
     }
-    HostKernel::Instance().SetHUDListener(progress.message);
+    const HUDListening listening(progress.message);
     if (!traceOptions.folder.empty()) StartTrace(script);
     SetUp(script);
     StartJournal(script);
@@ -96,7 +96,6 @@ ScriptResult ScriptRunner::Run() {
     StopIfAsked();
     Close();
     if (progress.step) progress.step(steps.Size(), steps.Size(), "");
-    HostKernel::Instance().SetHUDListener(nullptr);
     result.totals = session->Totals();
     result.vertices = session->Geometry().Bound()->VertexCount();
     result.faces = session->Geometry().Bound()->faceCount;

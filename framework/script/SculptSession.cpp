@@ -73,8 +73,11 @@ std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scene
 void SculptSession::Save(const std::string& scenePath,
                          const SceneStream& header,
                          const std::function<void(const std::string&)>& beforeReplacing) {
-    if (loop->IsActive() || freezeLoop->IsActive())
-        throw HostError(scenePath + ": a stroke is under way; end it first");
+    try {
+        RequireNoStroke("save the scene");
+    } catch (const HostError& refused) {
+        throw HostError(scenePath + ": " + refused.what());
+    }
     SaveScene(scenePath,
               {*geometry, loaded, *brush, settings, freezeBrush.get(), freezing},
               header,
@@ -82,9 +85,23 @@ void SculptSession::Save(const std::string& scenePath,
 }
 
 SculptSession::~SculptSession() {
-    for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
-        if (one != nullptr && one->IsActive()) one->End();
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
+        if (one == nullptr) continue;
+        // Nobody is left to receive an error.
+        try {
+            one->End();
+        } catch (const std::exception&) {
+        } catch (Error* error) {
+            Error::Dispose(error);
+        }
+    }
     HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
+}
+
+void SculptSession::RequireNoStroke(const char* work) const {
+    if (loop->IsActive() || freezeLoop->IsActive())
+        throw HostError(std::string("cannot ") + work +
+                        " while a stroke is open; release or abandon it first");
 }
 
 void SculptSession::BuildGeometry() {
@@ -130,6 +147,8 @@ void SculptSession::SetInputListener(StrokeInputListener* newListener) {
 }
 
 void SculptSession::SetRenderers(const std::vector<float>& updateFactors) {
+    // The brush holds the renderers for the length of a stroke.
+    RequireNoStroke("change the renderers");
     rendererFactors = updateFactors;
     PlaceRenderers();
 }
@@ -152,6 +171,7 @@ void SculptSession::PlaceRenderers() {
 }
 
 void SculptSession::Reset() {
+    RequireNoStroke("reset the mesh");
     const Placement place = geometry->Place();
     BuildGeometry();
     geometry->Place() = place;
@@ -163,6 +183,7 @@ void SculptSession::PushLevels(std::unique_ptr<UndoStep> step) {
 }
 
 bool SculptSession::Subdivide(const SubdivideOptions& options) {
+    RequireNoStroke("subdivide");
     auto step = SubdivideAsStep(*geometry, options);
     if (step == nullptr) return false;
     PushLevels(std::move(step));
@@ -170,15 +191,20 @@ bool SculptSession::Subdivide(const SubdivideOptions& options) {
 }
 
 bool SculptSession::DeleteLevels(bool lower) {
+    RequireNoStroke("delete levels");
     auto step = DeleteLevelsAsStep(*geometry, lower);
     if (step == nullptr) return false;
     PushLevels(std::move(step));
     return true;
 }
 
-void SculptSession::Unsubdivide() { PushLevels(UnsubdivideAsStep(*geometry)); }
+void SculptSession::Unsubdivide() {
+    RequireNoStroke("unsubdivide");
+    PushLevels(UnsubdivideAsStep(*geometry));
+}
 
 bool SculptSession::ApplyToBase() {
+    RequireNoStroke("apply the level to the base");
     auto step = ApplyToBaseAsStep(*geometry);
     if (step == nullptr) return false;
     PushLevels(std::move(step));
@@ -186,6 +212,7 @@ bool SculptSession::ApplyToBase() {
 }
 
 bool SculptSession::BindLevel(uint32_t level) {
+    RequireNoStroke("change the level");
     if (level >= geometry->LevelCount()) return false;
     if (level == geometry->BoundIndex()) return true;
     PushLevels(BindLevelAsStep(*geometry, level));
@@ -193,12 +220,14 @@ bool SculptSession::BindLevel(uint32_t level) {
 }
 
 bool SculptSession::Undo() {
+    RequireNoStroke("undo");
     if (!geometry->History().Undo(*geometry)) return false;
     RebuildLoop();
     return true;
 }
 
 bool SculptSession::Redo() {
+    RequireNoStroke("redo");
     if (!geometry->History().Redo(*geometry)) return false;
     RebuildLoop();
     return true;
@@ -206,6 +235,13 @@ bool SculptSession::Redo() {
 
 void SculptSession::Push(std::unique_ptr<UndoStep> step, bool join) {
     if (step == nullptr) return;
+    try {
+        RequireNoStroke("change the mesh");
+    } catch (const HostError&) {
+        // Its work is done already, and would be a part of nothing that can be undone.
+        step->Apply(*geometry);
+        throw;
+    }
     step->joinPrevious = join;
     geometry->History().Push(std::move(step));
     tree->RefitAll();
@@ -222,6 +258,7 @@ void SculptSession::ApplyUndoSettings() {
 }
 
 bool SculptSession::SelectTool(const std::string& name) {
+    RequireNoStroke("change the tool");
     if (name == FreezeBrush::Tool()->Name().toStdString()) {
         freezing = true;
         RefreshStamp(*freezeBrush);
@@ -252,6 +289,7 @@ std::vector<std::string> SculptSession::ToolNames() const {
 }
 
 void SculptSession::SetMirrors(const MirrorSetting& setting) {
+    RequireNoStroke("change the mirrors");
     std::vector<Matrix> maps = MirrorMaps(setting);
     if (maps.size() > mostMirrorMaps) {
         throw HostError("the mirrors would make " + std::to_string(maps.size() + 1) +
@@ -267,12 +305,14 @@ void SculptSession::SetMirrors(const MirrorSetting& setting) {
 }
 
 uint32_t SculptSession::MakeSymmetric(int axis, SymmetrySide model) {
+    RequireNoStroke("make the mesh symmetric");
     const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
     if (moved > 0) tree->RefitAll();
     return moved;
 }
 
 void SculptSession::SetTopologicalMirror() {
+    RequireNoStroke("change the mirrors");
     if (!geometry->FindMirror())
         throw HostError(path +
                         ": the mesh has no topological mirror: its faces do not hang "
@@ -286,9 +326,13 @@ void SculptSession::UpdateCamera() {
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(settings.view.ToWorld());
 }
 
-void SculptSession::AddLayer(const std::string& name) { Push(AddLayerAsStep(*geometry, name)); }
+void SculptSession::AddLayer(const std::string& name) {
+    RequireNoStroke("add a layer");
+    Push(AddLayerAsStep(*geometry, name));
+}
 
 bool SculptSession::SelectLayer(const std::string& name) {
+    RequireNoStroke("change the active layer");
     const auto layer = geometry->Layers().Find(*geometry->Bound(), name);
     if (layer == nullptr && !name.empty()) return false;
     Push(SelectLayerAsStep(*geometry, layer.get()));
@@ -296,18 +340,23 @@ bool SculptSession::SelectLayer(const std::string& name) {
 }
 
 void SculptSession::SetLayerStrength(float strength) {
+    RequireNoStroke("change the layer");
     SculptLayer::Properties given = ActiveLayer()->Given();
     given.strength = strength;
     Push(GiveLayerAsStep(*geometry, *ActiveLayer(), given));
 }
 
 void SculptSession::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
+    // The freeze brush holds the amounts of its stroke itself; a sculpting brush reads them anew
+    // for each patch.
+    if (freezeLoop->IsActive()) RequireNoStroke("freeze");
     auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);
     // The surface is as it was: no need to look at the pick tree, as Push does.
     if (step != nullptr) geometry->History().Push(std::move(step));
 }
 
 void SculptSession::RefreshSurface() {
+    RequireNoStroke("change the mesh");
     geometry->Bound()->ComputeNormals();
     tree->RefitAll();
 }

@@ -19,6 +19,14 @@ namespace trovik {
 
 /// One mesh being sculpted: its geometry, the brush with its tools, layers, mirrors, undo and the
 /// view. What the command and every other application drive. Everything reports by HostError.
+///
+/// While a stroke of Loop is open, everything that would change the mesh, its levels and layers,
+/// the tool, the mirrors or the renderers under it throws HostError, changes nothing, and the
+/// stroke goes on: Save, Reset, Subdivide, DeleteLevels, Unsubdivide, ApplyToBase, BindLevel, Undo,
+/// Redo, Push, SelectTool, SetMirrors, SetTopologicalMirror, MakeSymmetric, SetRenderers, AddLayer,
+/// SelectLayer, SetLayerStrength, RefreshSurface, and Freeze during a stroke of the freeze brush.
+/// The rest is free: settings of brush and strokes (a falloff counts from the next stroke), view
+/// and camera, observers and listeners, the undo budget, and Freeze during a sculpting stroke.
 class TROVIK_API SculptSession {
 public:
     /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.
@@ -38,6 +46,8 @@ public:
         return *brush;
     }
     StrokeLoop& Loop() { return freezing ? *freezeLoop : *loop; }
+    /// \throw HostError "cannot WORK while a stroke is open; release or abandon it first".
+    void RequireNoStroke(const char* work) const;
     /// Whether the tool "Freeze" is at work.
     bool IsFreezing() const { return freezing; }
     /// The brush that the plug-in brings, whichever is at work.
@@ -73,7 +83,8 @@ public:
     bool Redo();
     /// Takes the step of something that was done to the geometry, and brings what follows from the
     /// surface up to date; null for nothing done. \param join  undone together with the step
-    /// before.
+    /// before. While a stroke is open the step is applied once more, which takes the work back,
+    /// before HostError is thrown.
     void Push(std::unique_ptr<UndoStep> step, bool join = false);
     /// Bytes for the undo history, also after a reset; without, the preference counts.
     void SetUndoBudget(std::optional<uint64_t> bytes);
@@ -112,7 +123,7 @@ public:
     void SetLayerStrength(float strength);
 
     /// Blends amounts, one for each vertex of the bound level, into those that are there. One step
-    /// of undo. Not while a stroke of the freeze brush is open.
+    /// of undo.
     void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
 
     /// The bound level for a picture; borrows its arrays.

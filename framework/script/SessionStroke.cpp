@@ -2,22 +2,12 @@
 #include "framework/script/SessionStroke.h"
 
 #include "framework/brushes/DabStrength.h"
-#include "framework/errors/HostError.h"
+#include "framework/brushes/PathSteps.h"
 
 namespace trovik {
 
-namespace {
-
-LiveStrokeSettings Begun(SculptSession& session, const PenStrokeOptions& options) {
-    if (session.Loop().IsActive()) throw HostError("a stroke is under way; end it first");
-    LiveStrokeSettings settings = PenStrokeSettings(session, options);
-    BeginStroke(session, options.modifier, options.seed);
-    return settings;
-}
-
-}  // namespace
-
 LiveStrokeSettings PenStrokeSettings(SculptSession& session, const PenStrokeOptions& options) {
+    CheckSpacing(session.Settings().spacing);
     const BrushOperation& brush = session.Brush();
     LiveStrokeSettings settings;
     settings.view = session.View();
@@ -31,6 +21,7 @@ LiveStrokeSettings PenStrokeSettings(SculptSession& session, const PenStrokeOpti
         return DabStrength(brush, pressure, radius);
     };
     settings.options.progress = options.progress;
+    settings.options.poll = options.poll;
     settings.shape = options.shape;
     const auto height = static_cast<float>(settings.view.height);
     settings.shape.smoothing = options.smoothing.value_or(
@@ -44,6 +35,7 @@ LiveStrokeSettings PenStrokeSettings(SculptSession& session, const PenStrokeOpti
 void BeginStroke(SculptSession& session,
                  BrushOperation::Modifier modifier,
                  std::optional<uint64_t> seed) {
+    session.RequireNoStroke("begin another stroke");
     SceneSettings& settings = session.Settings();
     ++settings.strokesBegun;
     if (!seed) seed = StrokeRandom(settings.seed + settings.strokesBegun).Next();
@@ -57,7 +49,10 @@ SessionStroke::SessionStroke(SculptSession& sculptSession, const PenStrokeOption
       live(sculptSession.Loop(),
            sculptSession.Geometry(),
            sculptSession.Tree(),
-           Begun(sculptSession, options)) {}
+           PenStrokeSettings(sculptSession, options)) {
+    BeginStroke(session, options.modifier, options.seed);
+    number = session.Loop().StrokeNumber();
+}
 
 SessionStroke::~SessionStroke() {
     try {
@@ -68,15 +63,17 @@ SessionStroke::~SessionStroke() {
     }
 }
 
+bool SessionStroke::IsOpen() const { return session.Loop().StrokeNumber() == number; }
+
 /// Whatever is thrown, the stroke ends.
 template <typename Work>
 void SessionStroke::Do(Work work) {
-    if (isOver) return;
+    if (IsOver()) return;
     try {
         work();
     } catch (...) {
+        if (IsOpen()) session.Loop().End();
         isOver = true;
-        session.Loop().End();
         throw;
     }
 }

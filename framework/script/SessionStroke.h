@@ -25,14 +25,18 @@ struct PenStrokeOptions {
     std::optional<float> steady;
     /// Called after each dab.
     std::function<void()> progress;
+    /// Called now and then while the path is walked, with dabs or without. What it throws, such as
+    /// WorkStopped, ends the stroke where it is.
+    std::function<void()> poll;
 };
 
 /// What the session's settings and its tool make of a pen's samples on the viewport.
+/// \throw HostError when the session's spacing is out of its bounds; see CheckSpacing.
 TROVIK_API LiveStrokeSettings PenStrokeSettings(SculptSession& session,
                                                 const PenStrokeOptions& options);
 
 /// Begins a stroke of the session's loop as a script does: labelled by the tool, with the next seed
-/// where none is given.
+/// where none is given. \throw HostError while a stroke is open, which goes on.
 TROVIK_API void BeginStroke(SculptSession& session,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);
@@ -41,12 +45,17 @@ TROVIK_API void BeginStroke(SculptSession& session,
 /// an application does between a button that goes down and one that goes up. The same samples in a
 /// script's stroke "pen" give the same bits. It is one step of undo, and a journal records it.
 ///
+/// While it is open, SculptSession refuses everything that would change the mesh, the tool or the
+/// mirrors under it. A stroke that is ended through the session's loop is over: it takes samples
+/// without effect. The session has to outlive it.
+///
 /// A mouse is a pen with pressure 1. Samples hold pixels of SculptSession::View, 0 to 1 for the
 /// pressure, and seconds; see LiveStroke for what comes when, and for errors.
 class TROVIK_API SessionStroke {
 public:
     /// Begins the stroke. The session's tool, view and settings stay as they are until its end.
-    /// \throw HostError where a stroke is under way already.
+    /// \throw HostError while another stroke is open, which goes on, and when radius or spacing of
+    /// the session are out of their bounds.
     explicit SessionStroke(SculptSession& session, const PenStrokeOptions& options = {});
     /// Releases a stroke that is still drawn, and keeps quiet about errors.
     ~SessionStroke();
@@ -65,14 +74,17 @@ public:
     std::vector<PathSample> Preview() const { return live.Preview(); }
     unsigned Count() const { return live.Count(); }
     /// Released, abandoned, or ended by an error.
-    bool IsOver() const { return isOver; }
+    bool IsOver() const { return isOver || !IsOpen(); }
 
 private:
     template <typename Work>
     void Do(Work work);
+    /// Whether the session's open stroke is this one.
+    bool IsOpen() const;
 
     SculptSession& session;
     LiveStroke live;
+    uint64_t number = 0;
     bool isOver = false;
 };
 

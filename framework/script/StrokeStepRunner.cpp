@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/DabStrength.h"
+#include "framework/errors/WorkStopped.h"
 #include "framework/script/ScriptRunner.h"
 #include "framework/script/SessionStroke.h"
 
@@ -13,22 +14,6 @@ BrushOperation::Modifier ModifierOf(const std::string& name) {
     if (name == "smooth") return BrushOperation::ModifierSmooth;
     return name == "invert" ? BrushOperation::ModifierInvert : BrushOperation::ModifierNone;
 }
-
-/// Ends the stroke when it is left by an exception.
-class StrokeGuard {
-public:
-    explicit StrokeGuard(StrokeLoop& strokeLoop) : loop(strokeLoop) {}
-    ~StrokeGuard() {
-        if (armed) loop.End();
-    }
-    StrokeGuard(const StrokeGuard&) = delete;
-    StrokeGuard& operator=(const StrokeGuard&) = delete;
-    void Disarm() { armed = false; }
-
-private:
-    StrokeLoop& loop;
-    bool armed = true;
-};
 
 /// Steps that would pull the ground from under a stroke.
 constexpr const char* notInStroke[] = {"tool",
@@ -93,10 +78,16 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
         if (stroke.Has("seed")) seed = stroke.At("seed").Json().get<uint64_t>();
         BeginStroke(*session, ModifierOf(stroke.TextOr("modifier", "none")), seed);
     }
-    StrokeGuard guard(loop);
-    LayDabs(stroke);
-    guard.Disarm();
-    if (!staysOpen) loop.End();
+    try {
+        LayDabs(stroke);
+    } catch (const WorkStopped&) {
+        loop.Break();
+        throw;
+    } catch (...) {
+        loop.End();
+        throw;
+    }
+    if (!staysOpen) loop.End([this] { StopIfAsked(); });
 }
 
 void ScriptRunner::CheckOpenStroke(const FieldReader& step) const {

@@ -271,7 +271,7 @@ TEST_F(PathDabsTest, OffTheMeshThereAreNoDabsAndNothingIsCarriedOver) {
 }
 
 TEST_F(PathDabsTest, SmallestSpacingsComeToAnEnd) {
-    spacing = 1e-9f;
+    spacing = minSpacing;
     radius = 0.5f;
     const Dabs dabs = InView({Sample(400, 300), Sample(401, 300)});
     EXPECT_NEAR(static_cast<double>(dabs.size()), 101.0, 1.0) << "a thousandth of the radius";

@@ -2,7 +2,10 @@
 
 /// \file
 /// Pens and the paths of strokes as stroke scripts tell them.
+#include "framework/brushes/PathSteps.h"
 #include "framework/errors/HostError.h"
+#include "framework/errors/WorkStopped.h"
+#include "framework/nodes/HostKernel.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/files/TemporaryFolder.h"
@@ -11,7 +14,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <string>
+#include <vector>
 
 namespace trovik::test {
 namespace {
@@ -183,13 +188,7 @@ TEST_F(PenScript, ErrorsNameThePlace) {
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, -1]])")),
                 HasSubstr("/steps/1/stroke/pen/0/3: times lie between"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {})")),
-                HasSubstr("/steps/1/stroke/pointer: the path is too long for the brush"));
-    EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {"steady": 60})")),
-                HasSubstr("/steps/1/stroke/pointer: the path is too long for the string"));
-    EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {"smoothing": 60})")),
-                HasSubstr("/steps/1/stroke/pointer: the path is too long for the brush"));
-    EXPECT_THAT(ErrorOf(Stroke(R"("surface": [[0, 0, 0], [1e30, 0, 0]], "path": {})")),
-                HasSubstr("/steps/1/stroke/surface: the path is too long for the brush"));
+                HasSubstr("/steps/1/stroke/pointer/1: [1e+30, 2] lies beyond 5000000 pixels"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "none.json")")), HasSubstr("none.json: cannot read"));
     EXPECT_THAT(ErrorOf(Set(R"("sizeCurve": [[0, 0], [0.5, 0.5], [0.4, 1]])") + Stroke(pen)),
                 HasSubstr("/steps/1/set/sizeCurve/2: the pressures of a curve's points ascend"));
@@ -197,6 +196,118 @@ TEST_F(PenScript, ErrorsNameThePlace) {
                 HasSubstr("/steps/1/set/sizeCurve: a pressure curve has 2 to 32 points"));
     EXPECT_THAT(ErrorOf(Set(R"("radius": 1, "radiusPixels": 9)") + Stroke(pen)),
                 HasSubstr("/steps/1/set/radiusPixels: a brush has one of"));
+}
+
+TEST_F(PenScript, PathsThatAreTooLongAreRefusedWithTheSample) {
+    const std::string fine = R"(a stroke may take 10000000)";
+    for (const char* path : {"", R"(, "path": {})", R"(, "path": {"steady": 60})"}) {
+        SCOPED_TRACE(path);
+        const auto error = [&](const std::string& samples) {
+            return ErrorOf(Stroke(samples + path));
+        };
+        EXPECT_THAT(error(R"("pointer": [[400, 300], [400, 4294967295]])"),
+                    HasSubstr("/steps/1/stroke/pointer/1: [400, 4.29497e+09] lies beyond 5000000 "
+                              "pixels from the viewport's upper left corner"));
+        EXPECT_THAT(error(R"("pointer": [[400, 1e30]])"),
+                    HasSubstr("/steps/1/stroke/pointer/0: [400, 1e+30] lies beyond"));
+        EXPECT_THAT(error(R"("pointer": [[0, 0], [0, 4e6], [0, -4e6]])"),
+                    HasSubstr("/steps/1/stroke/pointer/2: the path up to [0, -4e+06] takes 2.4e+07 "
+                              "steps of 0.5 pixels; a stroke may take 10000000"));
+        EXPECT_THAT(error(R"("surface": [[0, 0, 1], [0, 2e9, 1]])"),
+                    HasSubstr("/steps/1/stroke/surface/1: the path up to [0, 2e+09, 1] takes "
+                              "1.6e+11 steps of 0.0125 units (radius 0.2, spacing 25 percent); a"));
+    }
+    EXPECT_THAT(
+        ErrorOf(Stroke(R"("pen": [[0, 0, 1, 0], [0, 4e6, 1, 8], [0, 0, 1, 16], [0, 4e6, 1, 24]])")),
+        HasSubstr("/steps/1/stroke/pen/2: the path up to [0, 0] takes 1.6e+07 steps"));
+    folder.Fill("far.json", R"({"samples": [[0, 0, 1, 0], [0, 1e30, 1, 8]]})");
+    EXPECT_THAT(ErrorOf(Stroke(R"("pen": "far.json")")),
+                HasSubstr("/steps/1/stroke/pen: sample 1: [0, 1e+30] lies beyond"));
+    // The shape of a path takes steps of its own.
+    for (const char* path : {R"({"steady": 1e-6})",
+                             R"({"smoothing": 1e-6})",
+                             R"({"snap": {"curve": [[0, 0], [9, 9]], "distance": 1e-6}})"}) {
+        SCOPED_TRACE(path);
+        EXPECT_THAT(ErrorOf(Stroke(pointer + std::string(R"(, "path": )") + path)),
+                    HasSubstr("/steps/1/stroke/pointer: the path takes 4.52548e+09 steps of "
+                              "6.25e-08 for "));
+    }
+    EXPECT_EQ(DabsOf(Stroke(pointer)), 29u) << "the limits leave ordinary paths alone";
+}
+
+TEST_F(PenScript, ThePathIsMeasuredByTheRadiusThatIsUsed) {
+    const char* reason =
+        "steps of 2.5e-10 pixels (radius 1e-09 pixels, spacing 25 percent); a stroke may take";
+    const std::string tiny = Set(R"("radiusPixels": 1e-9)");
+    EXPECT_THAT(ErrorOf(tiny + Stroke(pointer)), HasSubstr(reason));
+    EXPECT_THAT(ErrorOf(tiny + Stroke(pen)), HasSubstr(reason));
+    EXPECT_THAT(ErrorOf(tiny + Stroke(R"("surface": [[0, 0, 0], [0.5, 0, 0]])")),
+                HasSubstr("(radius 1e-09 pixels, spacing 25 percent)"));
+    for (const char* path : {"", R"(, "path": {})"})
+        EXPECT_THAT(ErrorOf(Set(R"("radius": 1e-9)") + Stroke(pointer + std::string(path))),
+                    HasSubstr("(radius 1e-09, spacing 25 percent); a stroke may take"));
+    // One dab needs no path.
+    EXPECT_EQ(DabsOf(tiny + Stroke(R"("pointer": [[300, 300]])")), 1u);
+}
+
+TEST_F(PenScript, SpacingsHaveOneRangeEverywhere) {
+    EXPECT_THAT(ErrorOf(Set(R"("spacing": 0.09)") + Stroke(pointer)),
+                HasSubstr("/steps/1/set/spacing: "));
+    EXPECT_EQ(DabsOf(Set(R"("spacing": 0.1)") + Stroke(R"("pointer": [[300, 300]])")), 1u);
+    EXPECT_EQ(MessageOf<HostError>([] { CheckSpacing(1e-9f); }),
+              "the spacing of dabs is 1e-07 percent of the radius; it lies within 0.1 to 1000");
+    EXPECT_THROW(CheckSpacing(10.1f), HostError);
+    EXPECT_THROW(CheckSpacing(std::numeric_limits<float>::quiet_NaN()), HostError);
+    EXPECT_NO_THROW(CheckSpacing(minSpacing));
+}
+
+TEST_F(PenScript, WalksCanBeStoppedWhereTheyApplyNoDab) {
+    // All of them off the mesh; without a stop they take seconds to minutes.
+    for (
+        const char* stroke :
+        {R"("pointer": [[-9, 0], [-9, 4e6]])",
+         R"("pointer": [[-9, 0], [-9, 4e6]], "path": {})",
+         R"("pointer": [[-9, 0], [-9, 4e6]], "path": {"steady": 13})",
+         R"("pen": [[-9, 0, 1, 0], [-9, 4e6, 1, 900]])",
+         R"("pointer": [[-9, 0], [-9, 4e6]], "path": {"snap": {"distance": 13, "curve": [[1, 1], [2, 2]]}})"}) {
+        SCOPED_TRACE(stroke);
+        const std::string script =
+            folder.Fill("script.json",
+                        R"({"mesh": "quad.obj", "steps": [{"tool": "Sculpt"}, {"stroke": {)" +
+                            std::string(stroke) + "}}]}");
+        ScriptProgress progress;
+        bool isStroke = false;
+        int asked = 0;
+        progress.step = [&](std::size_t, std::size_t, const std::string& what) {
+            isStroke = what == "stroke";
+        };
+        // The first question comes before the step.
+        progress.stop = [&] { return isStroke && ++asked > 2; };
+        EXPECT_THROW(ScriptRunner(script, folder.Path("out"), progress).Run(), WorkStopped);
+        EXPECT_EQ(asked, 3);
+    }
+}
+
+TEST_F(PenScript, AFailedScriptLeavesNoListenerBehind) {
+    std::vector<std::string> own;
+    const HUDListening listening([&own](const std::string& text) { own.push_back(text); });
+    const auto show = [](const char* text) {
+        g_pKernel->Interface()->HUDMessageShow(QLatin1String(text), HUDMessageInfo);
+    };
+    std::size_t told = 0;
+    ScriptProgress progress;
+    progress.message = [&told](const std::string&) { ++told; };
+    progress.step = [&](std::size_t done, std::size_t, const std::string&) {
+        if (done == 1) show("within");
+    };
+    const std::string script = folder.Fill(
+        "script.json", R"({"mesh": "quad.obj", "steps": [{"tool": "Sculpt"}, {"undo": 1}]})");
+    EXPECT_THROW(ScriptRunner(script, folder.Path("out"), progress).Run(), HostError);
+    EXPECT_EQ(told, 1u);
+    EXPECT_TRUE(own.empty());
+    show("after");
+    EXPECT_EQ(told, 1u);
+    EXPECT_EQ(own, std::vector<std::string>{"after"});
 }
 
 TEST(PenStream, FilesThatAreNoneAreRefusedWithThePlace) {

@@ -3,6 +3,7 @@
 /// \file
 /// A stroke that is drawn while its pen reports gives the bits of the same samples in a script,
 /// with every tool of the plug-in and with the freeze brush.
+#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
 #include "framework/script/PenStream.h"
@@ -15,7 +16,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace trovik::test {
 namespace {
@@ -205,9 +209,177 @@ TEST_F(SessionStrokeTest, OnlyOneIsDrawnAtATime) {
     auto work = Work("Sculpt");
     SessionStroke stroke(work->Session());
     EXPECT_EQ(MessageOf<HostError>([&] { SessionStroke(work->Session()); }),
-              "a stroke is under way; end it first");
+              "cannot begin another stroke while a stroke is open; release or abandon it first");
+    EXPECT_THROW(work->Session().Loop().Begin(BrushOperation::ModifierNone), HostError);
+    EXPECT_FALSE(stroke.IsOver());
     stroke.Release();
     EXPECT_EQ(work->Session().Settings().strokesBegun, 1u);
+}
+
+/// What a session refuses while a stroke is open, and the words for it.
+struct Refused {
+    const char* work;
+    std::function<void(SculptSession&)> run;
+};
+
+std::vector<Refused> AllRefused(const std::string& scene) {
+    const auto push = [](SculptSession& session) {
+        const Placement before = session.Geometry().Place();
+        session.Geometry().Place().Set({2, 2, 2}, {}, {});
+        session.Push(MakeTransformStep(session.Geometry(), before));
+    };
+    return {
+        {"undo", [](SculptSession& s) { s.Undo(); }},
+        {"redo", [](SculptSession& s) { s.Redo(); }},
+        {"change the tool", [](SculptSession& s) { s.SelectTool("Wax"); }},
+        {"change the tool", [](SculptSession& s) { s.SelectTool("Freeze"); }},
+        {"change the level", [](SculptSession& s) { s.BindLevel(2); }},
+        {"subdivide", [](SculptSession& s) { s.Subdivide(); }},
+        {"unsubdivide", [](SculptSession& s) { s.Unsubdivide(); }},
+        {"delete levels", [](SculptSession& s) { s.DeleteLevels(true); }},
+        {"apply the level to the base", [](SculptSession& s) { s.ApplyToBase(); }},
+        {"reset the mesh", [](SculptSession& s) { s.Reset(); }},
+        {"change the mesh", push},
+        {"change the mesh", [](SculptSession& s) { s.RefreshSurface(); }},
+        {"change the mirrors", [](SculptSession& s) { s.SetMirrors({{0}}); }},
+        {"change the mirrors", [](SculptSession& s) { s.SetTopologicalMirror(); }},
+        {"make the mesh symmetric",
+         [](SculptSession& s) { s.MakeSymmetric(0, SymmetrySide::Positive); }},
+        {"change the renderers", [](SculptSession& s) { s.SetRenderers({1.0f}); }},
+        {"add a layer", [](SculptSession& s) { s.AddLayer("new"); }},
+        {"change the active layer", [](SculptSession& s) { s.SelectLayer(""); }},
+        {"change the layer", [](SculptSession& s) { s.SetLayerStrength(0.5f); }},
+        {"save the scene", [scene](SculptSession& s) { s.Save(scene); }},
+    };
+}
+
+TEST_F(SessionStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
+    for (const char* tool : {"Sculpt", "Freeze"}) {
+        const auto prepare = [&](ScriptRunner& work) {
+            Step(work, R"({"layer": {"add": "layer"}})");
+            Step(work, Stroke("clean"));
+            Step(work, Stroke("late"));
+            Step(work, R"({"undo": 1})");
+        };
+        auto expected = Work(tool);
+        prepare(*expected);
+        Step(*expected, Stroke("clean", R"(, "seed": 5)"));
+        auto work = Work(tool);
+        prepare(*work);
+        SculptSession& session = work->Session();
+        session.SetRenderers({1.0f});
+        const std::size_t position = session.Geometry().History().Position();
+        PenStrokeOptions options;
+        options.seed = 5;
+        SessionStroke stroke(session, options);
+        const auto samples = ReadPenStream(FileOf("clean"));
+        const std::string scene = folder.Path("open.trovik");
+        const auto refused = AllRefused(scene);
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            stroke.Add(samples[i]);
+            const Refused& one = refused[i % refused.size()];
+            SCOPED_TRACE(std::string(tool) + ": " + one.work);
+            EXPECT_THAT(MessageOf<HostError>([&] { one.run(session); }),
+                        testing::EndsWith(std::string("cannot ") + one.work +
+                                          " while a stroke is open; release or abandon it first"));
+        }
+        ASSERT_GT(samples.size(), refused.size());
+        if (session.IsFreezing()) {
+            const std::vector<uint8_t> all(session.Geometry().Bound()->VertexCount(), 127);
+            EXPECT_THROW(session.Freeze(all, FreezeMode::Replace), HostError);
+        }
+        EXPECT_FALSE(stroke.IsOver());
+        stroke.Release();
+        EXPECT_FALSE(std::filesystem::exists(scene));
+        EXPECT_TRUE(BitsOf(session) == BitsOf(expected->Session()));
+        EXPECT_EQ(session.Geometry().History().Position(), position + 1);
+        EXPECT_EQ(session.Brush().ActiveConfiguration()->Name().toStdString(), tool);
+        ASSERT_TRUE(session.Undo());
+        ASSERT_TRUE(session.Undo());
+        ASSERT_TRUE(session.Redo());
+    }
+}
+
+TEST_F(SessionStrokeTest, AStrokeThatIsEndedByTheLoopIsOver) {
+    auto work = Work("Sculpt");
+    SculptSession& session = work->Session();
+    SessionStroke stroke(session);
+    Draw(stroke, "clean", 9);
+    session.Loop().End();
+    EXPECT_TRUE(stroke.IsOver());
+    SessionStroke next(session);
+    const std::string before = BitsOf(session);
+    Draw(stroke, "late", 9);
+    stroke.Release();
+    EXPECT_TRUE(BitsOf(session) == before);
+    EXPECT_FALSE(next.IsOver()) << "the open stroke is another one";
+    next.Release();
+}
+
+TEST_F(SessionStrokeTest, RadiusAndSpacingAreCheckedBeforeAStrokeBegins) {
+    auto work = Work("Sculpt");
+    SculptSession& session = work->Session();
+    session.Settings().spacing = 1e-6f;
+    EXPECT_THROW(SessionStroke{session}, HostError);
+    session.Settings().spacing = 0.25f;
+    session.Settings().radius = 0.0f;
+    EXPECT_EQ(MessageOf<HostError>([&] { SessionStroke{session}; }),
+              "the radius is 0; a number above 0 is needed");
+    EXPECT_FALSE(session.Loop().IsActive());
+    EXPECT_EQ(session.Settings().strokesBegun, 0u);
+}
+
+// A stroke borrows the falloff's samples when it begins.
+TEST_F(SessionStrokeTest, ANewFalloffIsForTheNextStroke) {
+    std::string many = "1";
+    for (int i = 1; i < 40000; ++i) many += i % 3 == 0 ? ", 0.25" : ", 1";
+    const std::string custom = R"({"set": {"falloff": [1, 0.9, 0.3, 0]}})";
+    const std::string first =
+        R"({"stroke": {"open": true, "seed": 3, "surface": [[0.1, 0, 0], [0.4, 0.1, 0]]}})";
+    const std::string second =
+        R"({"stroke": {"continue": true, "surface": [[0.45, 0.1, 0], [0.6, 0.5, 0]]}})";
+    const std::string changes[] = {R"("constant")",
+                                   R"("sharp")",
+                                   "3",
+                                   "[0.5, 0.5]",
+                                   "[0, 1, 0, 1, 0, 1, 0, 1, 0]",
+                                   "[" + many + "]"};
+    for (const char* tool : {"Sculpt", "Flatten", "Freeze"}) {
+        for (const bool isMirrored : {false, true}) {
+            for (const bool isCustom : {false, true}) {
+                const auto begin = [&] {
+                    auto work = Work(
+                        tool, std::string(tool) == "Flatten" ? R"({"updatePlane": false})" : "{}");
+                    Step(*work, R"({"stroke": {"surface": [[0, 0, 0], [0.3, 0.4, 0]]}})");
+                    if (isMirrored) Step(*work, R"({"mirror": {"radial": 5, "axis": "z"}})");
+                    if (isCustom) Step(*work, custom);
+                    Step(*work, first);
+                    return work;
+                };
+                auto plain = begin();
+                Step(*plain, second);
+                const std::string expected = BitsOf(plain->Session());
+                for (const std::string& change : changes) {
+                    SCOPED_TRACE(tool + change.substr(0, 40) + (isMirrored ? " mirrored" : "") +
+                                 (isCustom ? " custom" : ""));
+                    auto work = begin();
+                    // Twice, so that memory that was given back would be taken again.
+                    Step(*work, R"({"set": {"falloff": [0.3, 0.7, 0.1, 0.2]}})");
+                    Step(*work, R"({"set": {"falloff": )" + change + "}}");
+                    Step(*work, second);
+                    EXPECT_TRUE(BitsOf(work->Session()) == expected);
+                    Step(*work, first);
+                    Step(*work, second);
+                    auto other = begin();
+                    Step(*other, second);
+                    Step(*other, R"({"set": {"falloff": )" + change + "}}");
+                    Step(*other, first);
+                    Step(*other, second);
+                    EXPECT_TRUE(BitsOf(work->Session()) == BitsOf(other->Session()));
+                }
+            }
+        }
+    }
 }
 
 TEST_F(SessionStrokeTest, AnErrorEndsTheStroke) {

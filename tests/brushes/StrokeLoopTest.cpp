@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
 #include "tests/brushes/LoopBench.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <stdexcept>
+#include <utility>
 
 namespace trovik::test {
 namespace {
@@ -30,6 +33,42 @@ TEST_F(StrokeLoopTest, AStrokeIsOneBeginItsDabsAndOneEnd) {
     EXPECT_FALSE(bench.loop.IsActive());
     EXPECT_EQ(brush.calls, (std::vector<std::string>{"begin", "dab", "dab", "end"}));
     EXPECT_EQ(bench.loop.Totals().dabs, 2u);
+}
+
+TEST_F(StrokeLoopTest, CallsOutOfOrderAreRefusedAndLeaveTheStroke) {
+    EXPECT_THROW(bench.loop.Dab(bench.At({3.0f, 3.0f, 0.0f})), HostError);
+    EXPECT_THROW(bench.loop.WholeMesh(1.0f, false), HostError);
+    EXPECT_EQ(bench.loop.StrokeNumber(), 0u);
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    const uint64_t number = bench.loop.StrokeNumber();
+    EXPECT_NE(number, 0u);
+    bench.loop.Dab(bench.At({3.0f, 3.0f, 0.0f}));
+    EXPECT_THROW(bench.loop.Begin(BrushOperation::ModifierNone), HostError);
+    EXPECT_THROW(bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)}), HostError);
+    EXPECT_EQ(brush.MirrorConfig().MirrorMode(), MirrorConfiguration::Off);
+    bench.loop.Dab(bench.At({4.0f, 3.0f, 0.0f}));
+    bench.loop.End();
+    EXPECT_EQ(brush.calls, (std::vector<std::string>{"begin", "dab", "dab", "end"}));
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    EXPECT_GT(bench.loop.StrokeNumber(), number);
+    bench.loop.End();
+}
+
+// The brush has copied the pixels when the stroke began.
+TEST_F(StrokeLoopTest, AStrokeKeepsTheStampWithWhichItBegan) {
+    const auto matrices = [this](const std::function<void()>& change) {
+        brush.dabs.clear();
+        brush.TakeStamp(8, 4);
+        bench.loop.Begin(BrushOperation::ModifierNone, 3);
+        bench.loop.Dab(bench.At({3.0f, 3.0f, 0.0f}));
+        change();
+        bench.loop.Dab(bench.At({4.0f, 3.0f, 0.0f}));
+        bench.loop.End();
+        return std::pair(brush.dabs[0].stampMatrix, brush.dabs[1].stampMatrix);
+    };
+    const auto expected = matrices([] {});
+    EXPECT_EQ(matrices([this] { brush.TakeStamp(32, 64); }), expected);
+    EXPECT_EQ(matrices([this] { brush.SetStamp(false, QString()); }), expected);
 }
 
 TEST_F(StrokeLoopTest, TheBrushGetsWhatTheDabTells) {

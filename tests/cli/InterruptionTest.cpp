@@ -129,6 +129,25 @@ TEST_F(Interruption, EndsASubdivisionInOneLineAndLeavesFilesAsTheyWere) {
     }
 }
 
+TEST_F(Interruption, EndsAWalkThatAppliesNoDab) {
+    for (const char* stroke : {R"("pointer": [[-9, 0], [-9, 4900000]])",
+                               R"("pointer": [[-9, 0], [-9, 4900000]], "path": {})",
+                               R"("pen": [[-9, 0, 1, 0], [-9, 4900000, 1, 900]])"}) {
+        SCOPED_TRACE(stroke);
+        WriteFile(
+            "s.json",
+            R"({"mesh": "cube.obj", "levels": 7, "steps": [{"tool": "Sculpt"}, {"stroke": {)" +
+                std::string(stroke) + R"(}}, {"export": {"file": "out.ply"}}]})");
+        const auto running = RunUntil("] stroke\n", {"sculpt", "s.json"});
+        running->Send(SIGTERM);
+        const int status = running->Wait();
+        ASSERT_TRUE(WIFEXITED(status)) << status;
+        EXPECT_EQ(WEXITSTATUS(status), 128 + SIGTERM);
+        ExpectOneLine();
+        EXPECT_FALSE(fs::exists(folder / "out.ply"));
+    }
+}
+
 TEST_F(Interruption, JournalGivesBackWhatWasFinished) {
     const int status =
         InterruptInSubdivision(SIGINT, {"sculpt", "s.json", "--journal", "s.journal"});

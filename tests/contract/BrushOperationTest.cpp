@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
+#include "framework/memory/MemoryAccount.h"
 #include "framework/nodes/HostKernel.h"
+#include "framework/scene/SceneStream.h"
 #include "host/BrushOperation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
+#include <vector>
 
 namespace trovik {
 namespace {
@@ -93,6 +97,77 @@ TEST_F(BrushOperationTest, AFalloffOfTheUsersOwnIsNamedCustom) {
         << "there is no curve of one's own any more";
     SetFalloffSamples(brush, {});
     EXPECT_EQ(brush.FalloffData().fill, 0u);
+}
+
+// A brush reads the array that it was lent for the length of a stroke.
+TEST_F(BrushOperationTest, AnArrayThatWasLentStaysWhateverChangesTheFalloff) {
+    using Samples = std::vector<float>;
+    const auto content = [](const Store<float>& store) {
+        return Samples(store.array, store.array + store.fill);
+    };
+    BrushOperation other;
+    other.SetFalloffIndex(4);
+    SceneStream written;
+    other.Serialize(written);
+    const std::function<void()> changes[] = {[&] { brush.SetFalloffIndex(0); },
+                                             [&] { brush.SetFalloff(QStringLiteral("cone")); },
+                                             [&] { SetFalloffSamples(brush, Samples(256, 0.5f)); },
+                                             [&] { SetFalloffSamples(brush, Samples(9000, 0.5f)); },
+                                             [&] { SetFalloffSamples(brush, {}); },
+                                             [&] { brush = other; },
+                                             [&] {
+                                                 SceneStream read(written.ToBytes());
+                                                 brush.Serialize(read);
+                                             }};
+    for (const bool isCustom : {false, true}) {
+        for (const auto& change : changes) {
+            brush.SetFalloffIndex(1);
+            if (isCustom) SetFalloffSamples(brush, Samples(256, 0.125f));
+            brush.BeginStroke(nullptr, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+            const Store<float>& lent = brush.FalloffData();
+            const float* const array = lent.array;
+            const Samples before = content(lent);
+            change();
+            // Read in the midst of the stroke, as a panel would, and changed again.
+            const Samples chosen = content(brush.FalloffData());
+            EXPECT_NE(chosen, before);
+            brush.SetFalloffIndex(3);
+            EXPECT_EQ(lent.array, array);
+            EXPECT_EQ(content(lent), before);
+            brush.EndStroke();
+            EXPECT_EQ(content(lent), before) << "some brushes keep it until they begin again";
+            change();
+            brush.BeginStroke(nullptr, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+            EXPECT_EQ(content(brush.FalloffData()), chosen) << "the next stroke has the new one";
+            brush.EndStroke();
+        }
+    }
+}
+
+TEST_F(BrushOperationTest, LentArraysGoWhenTheNextStrokeBegins) {
+    const auto stroke = [this] {
+        brush.BeginStroke(nullptr, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+        for (int i = 0; i < 50; ++i) {
+            SetFalloffSamples(brush, std::vector<float>(1000, static_cast<float>(i)));
+            brush.FalloffData();
+        }
+        brush.EndStroke();
+    };
+    stroke();
+    const int64_t once = MemoryAccount::Total();
+    for (int i = 0; i < 5; ++i) stroke();
+    EXPECT_EQ(MemoryAccount::Total(), once);
+}
+
+TEST_F(BrushOperationTest, AFalloffThatGetsNoMemoryLeavesTheOneThatIsThere) {
+    SetFalloffSamples(brush, {1.0f, 0.5f});
+    MemoryAccount::SetLimit(MemoryAccount::Total() + 100);
+    EXPECT_THROW(SetFalloffSamples(brush, std::vector<float>(5000, 1.0f)), Error*);
+    EXPECT_THROW(brush.SetFalloffIndex(0), Error*);
+    MemoryAccount::SetLimit(std::numeric_limits<int64_t>::max());
+    EXPECT_EQ(brush.Falloff(), QStringLiteral("custom"));
+    ASSERT_EQ(brush.FalloffData().fill, 2u);
+    EXPECT_EQ(brush.FalloffData().array[1], 0.5f);
 }
 
 TEST_F(BrushOperationTest, FacingAngleFalloffIsProcessWideAndItsAnglesAreNot) {

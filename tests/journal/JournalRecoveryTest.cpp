@@ -316,6 +316,28 @@ TEST_F(RecoveredJournal, RefusesAMeshOrAStampThatChanged) {
         << message;
 }
 
+// What counted the dabs of the recovery is gone when the session ends the open stroke.
+TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListenerBehind) {
+    script = FillScript(folder, json::array());
+    JournalBase base;
+    base.program = "a test";
+    base.script = script;
+    base.source = folder.Path("cube.obj");
+    base.content = HashFile(base.source);
+    base.setup = {{"mesh", base.source}};
+    {
+        trovik::Journal journal({Journal(), false}, base);
+        journal.BeginStep({{"tool", "Sculpt"}});
+        journal.EndStep({}, "Sculpt");
+        journal.BeginStep({{"stroke", {{"open", true}, {"dabs", {{{"face", 0}}}}}}});
+        journal.DabDone();
+        journal.DabDone();
+        journal.EndStep({}, "Sculpt");
+    }
+    const std::string message = MessageOf<HostError>([this] { Recovered(); });
+    EXPECT_NE(message.find("made 1 dabs, and the journal has 2"), std::string::npos) << message;
+}
+
 TEST_F(RecoveredJournal, WritesNoFilesButTheScene) {
     Run({Tool("Sculpt"), Stroke(0.3f, 0.2f), {{"export", {{"file", "out.ply"}}}}});
     ASSERT_EQ(failure, "");

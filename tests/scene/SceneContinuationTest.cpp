@@ -225,7 +225,7 @@ TEST_F(SceneContinuation, ASceneIsNotSavedWithinAStroke) {
     session->Loop().Begin(BrushOperation::ModifierNone);
     const std::string file = folder.Path("open.trovik");
     EXPECT_EQ(MessageOf<HostError>([&] { session->Save(file); }),
-              file + ": a stroke is under way; end it first");
+              file + ": cannot save the scene while a stroke is open; release or abandon it first");
     session->Loop().End();
     session->Save(file);
     EXPECT_TRUE(std::filesystem::exists(file));

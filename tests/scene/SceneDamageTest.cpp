@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <limits>
 #include <random>
 
@@ -123,6 +124,30 @@ TEST_F(DamagedScene, CountsBeyondTheFileTakeNoMemory) {
             }
         }
     }
+}
+
+TEST_F(DamagedScene, RadiusAndSpacingKeepToTheRangeOfScripts) {
+    const RawScene scene = SplitScene(whole);
+    const auto readWith = [&](std::size_t place, float number) {
+        std::vector<RawChunk> chunks = scene.chunks;
+        for (RawChunk& chunk : chunks)
+            if (chunk.name == "SETT") chunk.content.replace(place, 4, BytesOf(number));
+        return Read(JoinScene(whole.substr(0, scene.headerBytes), chunks));
+    };
+    // After three vectors, the angle and the size of the view.
+    constexpr std::size_t radius = 48;
+    constexpr std::size_t spacing = 52;
+    EXPECT_EQ(readWith(spacing, 0.001f), "");
+    EXPECT_THAT(readWith(spacing, 1e-9f),
+                HasSubstr("the spacing of dabs is 1e-07 percent of the radius; it lies within"));
+    EXPECT_THAT(readWith(spacing, 11.0f), HasSubstr("the spacing of dabs is 1100 percent"));
+    EXPECT_THAT(readWith(radius, 0.0f), HasSubstr("the radius is not above 0"));
+    // What could not be read again is not written.
+    auto session = SculptSession::OpenScene(path);
+    session->Settings().spacing = 1e-9f;
+    EXPECT_THAT(MessageOf<HostError>([&] { session->Save(folder.Path("tiny.trovik")); }),
+                HasSubstr("tiny.trovik: the spacing of dabs is 1e-07 percent"));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("tiny.trovik")));
 }
 
 TEST_F(DamagedScene, OtherFilesAreNoScenes) {

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/Falloff.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/stroke/FakeMesh.h"
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
 
 namespace trovik::test {
 namespace {
@@ -246,9 +250,47 @@ TEST(StrokeBegin, BorrowsTheFalloffTable) {
     EXPECT_EQ(brush.falloffTable, samples.array);
 }
 
+TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
+    const std::function<void(StrokeBench&)> changes[] = {
+        [](StrokeBench& bench) { bench.brush->SetFalloffIndex(0); },
+        [](StrokeBench& bench) {
+            SetFalloffSamples(*bench.brush, {0.0f, 1.0f});
+        },
+        [](StrokeBench& bench) {
+            SetFalloffSamples(*bench.brush, std::vector<float>(3000, 0.75f));
+        },
+        // The tool's own defaults, and the settings that it was left with.
+        [](StrokeBench& bench) { bench.brush->ResetBrushConfiguration(); },
+        [](StrokeBench& bench) {
+            bench.brush->SetActiveConfiguration(bench.brush->ActiveConfiguration());
+        },
+        [](StrokeBench& bench) {
+            SwiftStroke other;
+            SetFalloffSamples(other, {0.25f, 0.5f, 0.0f});
+            static_cast<BrushOperation&>(*bench.brush) = other;
+        }};
+    const auto bits = [](const std::function<void(StrokeBench&)>& change) {
+        StrokeBench bench(FlatGrid(16));
+        SetFalloffSamples(*bench.brush, {1.0f, 0.9f, 0.4f, 0.2f, 0.0f});
+        bench.Begin();
+        bench.Dab(bench.HitFace(100), 3.0f);
+        if (change) {
+            change(bench);
+            SetFalloffSamples(*bench.brush, {0.6f, 0.7f, 0.8f, 0.9f, 1.0f});
+            bench.brush->setBuildUpRate(1.0f);
+            bench.brush->directionAttribute.SetValue(0, true);
+        }
+        bench.Dab(bench.HitFace(100), 4.0f);
+        bench.End();
+        return BitsOf(bench.Mesh());
+    };
+    const auto expected = bits({});
+    for (const auto& change : changes) EXPECT_EQ(bits(change), expected);
+}
+
 TEST(StrokeBegin, EmptyFalloffCountsAsNone) {
     StrokeBench bench(FlatGrid(2));
-    bench.brush->Settings().falloffSamples.Clear();
+    SetFalloffSamples(*bench.brush, {});
     const auto before = BitsOf(bench.Mesh());
     bench.Begin();
     EXPECT_EQ(bench.brush->falloffTable, nullptr);
