@@ -37,7 +37,7 @@ BrushOperation::BrushOperation()
       resetOptionA(this, QStringLiteral("stamppositioning"), 0),
       separatorOption(this, QStringLiteral("stamprotation"), 0),
       imprintPairAttribute(this, QStringLiteral("imprintfade"), {false, 0.6f}),
-      d(std::make_unique<Private>()) {}
+      d(std::make_unique<Private>(*this)) {}
 
 BrushOperation::~BrushOperation() = default;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/brushes/FalloffTable.h"
+#include "framework/edits/StrokeResources.h"
 #include "host/BrushOperation.h"
 
 #include <map>
@@ -14,6 +15,8 @@ namespace trovik {
 /// The host's side of a brush: everything that a stroke script or a panel can set and that has no
 /// attribute of its own.
 struct BrushOperation::Private {
+    explicit Private(BrushOperation& brush) : strokeResources(brush) {}
+
     float size = 25.0f;      ///< 0 to 100
     float strength = 15.0f;  ///< 0 to 100, in percent
     float sizeBias = 0.0f;   ///< percent that does not depend on pressure
@@ -46,6 +49,8 @@ struct BrushOperation::Private {
     BrushConfiguration* active = nullptr;
     /// Stored settings by tool, as bytes of a stream.
     std::map<const BrushConfiguration*, std::vector<uint8_t>> stored;
+
+    StrokeResources strokeResources;
 };
 
 /// Reads or writes the settings that have no attribute, but for the size, which is common to all

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/LevelChange.h"
 
+#include "framework/edits/StrokeResources.h"
 #include "framework/edits/StrokeStep.h"
 #include "framework/levels/LevelGeometry.h"
 #include "framework/memory/MemoryAccount.h"
@@ -64,15 +65,26 @@ SpareMemory& Spare() {
 LevelChange::LevelChange(LevelMesh* ofLevel)
     : MeshChange(ofLevel),
       level(ofLevel),
+      resources(ofLevel->LockResources()),
       vertexCount(ofLevel->VertexCount()),
       recordStore("mesh change records") {
     records = &recordStore;
     recordCount = &recordStore.fill;
+    countsOutsideEdits = true;
     if (const SculptLayer* active = level->ActiveLayer()) {
         layer = active->Handle();
         layerStrength = active->PresentStrength();
     }
-    if (LevelChange* open = level->OpenChange()) open->Unlink();
+    if (LevelChange* open = level->OpenChange()) {
+        open->Unlink();
+        // A stroke of another brush, which may finish it after this one: the history takes its step
+        // now, so that steps are undone in the reverse order of the edits.
+        if (open->resources != resources) open->PushStep(++currentStroke);
+    }
+    // Room in the second list first: a refusal leaves the change in neither.
+    level->Changes().reserve(level->Changes().size() + 1);
+    if (resources != nullptr) resources->AddChange(*this);
+    level->Changes().push_back(this);
     level->SetOpenChange(this);
     Spare().LendTo(recordStore);
     level->changeRecords = recordStore.array;
@@ -81,6 +93,7 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
 
 LevelChange::~LevelChange() {
     if (linked) RestoreStamps();
+    Close();
     Spare().TakeBack(recordStore, vertexCount);
 }
 
@@ -88,15 +101,21 @@ void LevelChange::DropSpareMemory() { Spare().Drop(); }
 
 void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
     assert(!finished && "a change is finished once");
+    finished = true;
+    if (!joinPrevious) ++currentStroke;
+    if (level == nullptr) return;
     if (GeometryObserver* observer = level->Owner()->Observer())
         observer->ChangeFinished(*level, keepTopology, joinPrevious);
     if (linked) Unlink();
-    finished = true;
-    if (!joinPrevious) ++currentStroke;
+    std::erase(level->Changes(), this);
+    PushStep(currentStroke);
+}
+
+void LevelChange::PushStep(uint64_t strokeNumber) {
     if (step == nullptr) return;
     UndoHistory& history = level->Owner()->History();
     step->label = history.NextLabel();
-    history.PushOfStroke(std::move(step), currentStroke);
+    history.PushOfStroke(std::move(step), strokeNumber);
 }
 
 void LevelChange::FinishAs(const std::string& label) {
@@ -111,6 +130,18 @@ void LevelChange::Unlink() {
     if (!linked) return;
     RestoreStamps();
     step = StrokeStep::FromChange(*this);
+}
+
+void LevelChange::Detach() {
+    linked = false;
+    step.reset();
+    level = nullptr;
+    mesh = nullptr;
+}
+
+void LevelChange::Close() {
+    if (level != nullptr) std::erase(level->Changes(), this);
+    if (resources != nullptr) resources->RemoveChange(*this);
 }
 
 std::vector<uint32_t> LevelChange::PutBack() {

@@ -11,6 +11,7 @@
 
 namespace trovik {
 
+class StrokeResources;
 class StrokeStep;
 
 /// The change of a LevelMesh: the records of a stroke, and on Finish one step of the undo history.
@@ -18,6 +19,12 @@ class StrokeStep;
 /// A stroke that leaves a mesh and comes back holds two changes of it. Only the later one is
 /// linked; what the earlier one did is taken down when it is unlinked, so that the two steps undo
 /// one after the other to the bit, also where the second brought a vertex back.
+///
+/// A change is *open* until it is finished or deleted. While a level has an open change its
+/// geometry refuses undo, redo and the removal of levels (LevelGeometry::RefuseInStroke). The brush
+/// that held the level's lock when the change was started ends the change when it is destroyed.
+/// A level that is destroyed detaches its open changes: such a change has no mesh, and its Finish
+/// leaves no undo step.
 class TROVIK_API LevelChange : public MeshChange {
 public:
     /// Opens and links the change. A change still open on the level is unlinked first.
@@ -33,6 +40,7 @@ public:
     /// Finish without `joinPrevious` begins a stroke in the eyes of the histories: steps of further
     /// meshes join only steps of that stroke, each in the history of its own geometry.
     void Finish(bool keepTopology, bool joinPrevious) override;
+    bool IsFinished() const { return finished; }
 
     /// Finish for what is not a stroke, as one step of this label; that of the strokes to come
     /// stays.
@@ -41,6 +49,8 @@ public:
     /// Puts the stamps back; the records stay for undo. The change is no longer the level's open
     /// one.
     void Unlink();
+    /// The level is about to be destroyed; see the class.
+    void Detach();
 
     /// Puts every vertex of the open change back to its bits of before the stroke, with its layer
     /// offset, and forgets its build-up; the change stays open. \return the vertices.
@@ -65,9 +75,16 @@ private:
         SculptLayer::State state;
     };
     void RestoreStamps();
+    /// Gives the step of the unlinked change to the history, if it has one.
+    void PushStep(uint64_t strokeNumber);
+    /// Takes the change from the lists of its level and of its brush.
+    void Close();
 
+    /// Null once detached.
     LevelMesh* level;
-    /// Of the level; still told when the level may be gone.
+    /// Of the brush that locked the level; null without one.
+    StrokeResources* resources;
+    /// Of the level, which may be gone when this is read.
     uint32_t vertexCount;
     Store<StoredVertexInfo> recordStore;
     /// In the order of the records; only for records that hold a slot.

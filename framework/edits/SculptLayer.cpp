@@ -51,7 +51,7 @@ void SculptLayer::set(
     entry.state.offset = *offset;
     const Vector composite = Composed(entry.state.rest, PresentStrength(), entry.state.offset);
     if (updateComposite) {
-        level->SetPosition(vertex, composite);
+        level->StorePosition(vertex, composite);
         entry.state.seen = composite;
     }
     if (out != nullptr) *out = composite;

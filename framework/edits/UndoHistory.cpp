@@ -2,6 +2,7 @@
 #include "framework/edits/UndoHistory.h"
 
 #include "framework/edits/StepKeeper.h"
+#include "framework/levels/LevelGeometry.h"
 
 #include <utility>
 
@@ -59,6 +60,7 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
 }
 
 bool UndoHistory::Undo(LevelGeometry& geometry) {
+    geometry.RefuseInStroke("undo");
     if (!CanUndo()) return false;
     lastStroke = 0;
     do {
@@ -70,6 +72,7 @@ bool UndoHistory::Undo(LevelGeometry& geometry) {
 }
 
 bool UndoHistory::Redo(LevelGeometry& geometry) {
+    geometry.RefuseInStroke("redo");
     if (!CanRedo()) return false;
     lastStroke = 0;
     do {

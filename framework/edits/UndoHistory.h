@@ -56,7 +56,7 @@ class StepRecord;
 /// taken or applied it counts beside the budget, and so does one that changes from one form to
 /// another.
 ///
-/// For one thread. Nothing of this runs during a stroke.
+/// For one thread. Undo and redo are refused during a stroke.
 class TROVIK_API UndoHistory {
 public:
     explicit UndoHistory(uint64_t budgetBytes = uint64_t{1} << 30);
@@ -78,7 +78,8 @@ public:
     bool CanRedo() const;
     /// \return false when there is nothing to undo. When a step throws, those of its group that
     /// were taken back before stay so, and the position is that of the mesh.
-    /// \throw HostError when the step lies in the file and cannot be read again whole.
+    /// \throw HostError when the step lies in the file and cannot be read again whole, and while a
+    /// stroke on the geometry is open (LevelGeometry::RefuseInStroke).
     bool Undo(LevelGeometry& geometry);
     bool Redo(LevelGeometry& geometry);
     void Clear();

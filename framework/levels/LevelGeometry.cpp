@@ -2,6 +2,7 @@
 #include "framework/levels/LevelGeometry.h"
 
 #include "framework/edits/LayerStack.h"
+#include "framework/edits/StrokeResources.h"
 #include "framework/errors/HostError.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/FreezeCarrying.h"
@@ -43,6 +44,11 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons) : layers(std::make_uni
 }
 
 LevelGeometry::~LevelGeometry() {
+    // A brush that is bound to a level would unlock it at the end of its stroke.
+    for (const auto& level : levels) {
+        StrokeResources* holder = level->LockResources();
+        if (holder != nullptr && !level->Changes().empty()) holder->EndStroke();
+    }
     // Each tells the stack of layers that it goes, as do those that the history holds.
     levels.clear();
 }
@@ -58,6 +64,16 @@ trovik::Transformation* LevelGeometry::Transformation() const {
 
 uint64_t LevelGeometry::CountNextLevelVertices() const {
     return LevelRefiner(*levels.back()).CountFineVertices();
+}
+
+void LevelGeometry::RefuseInStroke(const std::string& action) const {
+    for (const auto& level : levels) {
+        if (level->Changes().empty()) continue;
+        const std::string meshName = levels[0]->Name().toStdString();
+        throw HostError((meshName.empty() ? std::string() : meshName + ": ") + action +
+                        " is refused: a stroke on level " + std::to_string(level->Index()) +
+                        " has not ended");
+    }
 }
 
 bool LevelGeometry::FindMirror() {

@@ -36,6 +36,9 @@ public:
 
     uint32_t LevelCount() const { return static_cast<uint32_t>(levels.size()); }
     LevelMesh* Level(uint32_t index) const { return levels[index].get(); }
+    /// \throw HostError if a change of one of the levels is open: a stroke has not ended. \param
+    /// action  what is refused, as in "undo".
+    void RefuseInStroke(const std::string& action) const;
     /// Whether the level is one of the row now, and not taken out.
     bool Holds(const LevelMesh* level) const;
     LevelMesh* Bound() const { return levels[bound].get(); }
@@ -84,8 +87,8 @@ public:
     };
     /// Takes out the levels above level `kept`, or with `lower` those below it, which then is level
     /// 0; a mirror that was found goes on by its faces, and what the old level 0 carried is refined
-    /// to it. The bound level must stay. No stroke may be
-    /// open.
+    /// to it. The bound level must stay.
+    /// \throw HostError while a stroke is open; nothing has changed then.
     TakenLevels TakeLevels(bool lower, uint32_t kept);
     /// Puts back what TakeLevels took, when the rest is as it was then.
     void PutLevels(TakenLevels taken);
@@ -99,9 +102,10 @@ public:
     /// and renumbers faces and vertices of all levels by it; the bound level stays bound.
     /// Positions, normals, freeze amounts and face flags go with their vertices and faces, to the
     /// bit; so do the layers. A mirror that was found goes on by the new faces, and so does what
-    /// the surface carries (AttributesOfCoarse). No stroke may be open. \param coarse  found for
-    /// the present level 0 by FindCoarseFaces; is completed. \param known  what TakeCoarserBase
-    /// answered; null for a level fitted to the present one. \return what was before.
+    /// the surface carries (AttributesOfCoarse). \param coarse  found for the present level 0 by
+    /// FindCoarseFaces; is completed. \param known  what TakeCoarserBase answered; null for a level
+    /// fitted to the present one. \return what was before. \throw HostError while a stroke is open;
+    /// nothing has changed then.
     OfOldBase PutCoarserBase(CoarseFaces& coarse, std::unique_ptr<LevelMesh> known = nullptr);
     /// Takes level 0 out again and numbers the levels as they were. Where there is a mirror, the
     /// old one takes its place.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/LevelMesh.h"
 
+#include "framework/brushes/BrushSettings.h"
 #include "framework/edits/LayerStack.h"
 #include "framework/edits/LevelChange.h"
 #include "framework/levels/BaseLevel.h"
@@ -15,6 +16,8 @@ LevelMesh::LevelMesh(LevelGeometry* geometry, int number) : owner(geometry), ind
 LevelMesh::~LevelMesh() {
     owner->Layers().Forget(*this);
     for (SculptLayer* layer : layers) layer->ForgetLevel();
+    for (LevelChange* change : changes) change->Detach();
+    LevelMesh::Unlock();
 }
 
 void LevelMesh::AllocateFaces(uint32_t faces, int32_t type) {
@@ -76,6 +79,13 @@ trovik::Layer* LevelMesh::Layer() { return activeLayer; }
 
 bool LevelMesh::Lock(MeshUnlocker* unlocker) {
     if (!WouldLock(unlocker)) return false;
+    auto* brush = dynamic_cast<BrushOperation*>(unlocker);
+    StrokeResources* resources = brush == nullptr ? nullptr : &brush->Settings().strokeResources;
+    if (resources != lockResources) {
+        if (resources != nullptr) resources->AddLock(*this);
+        if (lockResources != nullptr) lockResources->RemoveLock(*this);
+        lockResources = resources;
+    }
     lockHolder = unlocker;
     return true;
 }
@@ -85,7 +95,16 @@ bool LevelMesh::WouldLock(const MeshUnlocker* unlocker) const {
            (lockHolder == nullptr || lockHolder == unlocker || lockHolder->IsStrokeFree());
 }
 
-void LevelMesh::Unlock() { lockHolder = nullptr; }
+void LevelMesh::Unlock() {
+    if (lockResources != nullptr) lockResources->RemoveLock(*this);
+    lockResources = nullptr;
+    lockHolder = nullptr;
+}
+
+void LevelMesh::SetOpenChange(LevelChange* change) {
+    openChange = change;
+    outsideEditCount = change == nullptr ? nullptr : &change->outsideEdits;
+}
 
 void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
     uint8_t& byte = vertices.array[vertex].freeze;

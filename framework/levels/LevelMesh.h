@@ -10,6 +10,7 @@ namespace trovik {
 class LevelGeometry;
 class LevelChange;
 class SculptLayer;
+class StrokeResources;
 
 /// One face of a walk and what the visitor answered.
 struct FaceVisit {
@@ -66,7 +67,18 @@ public:
         const Vertex& v = vertices.array[vertex];
         return {v.x, v.y, v.z};
     }
+    /// Moves a vertex. An edit from outside the brush: see CountOutsideEdit.
     void SetPosition(uint32_t vertex, const Vector& p) {
+        CountOutsideEdit();
+        StorePosition(vertex, p);
+    }
+    /// Counts an edit of positions or normals in the open change, if there is one. Code that writes
+    /// them straight into the storage calls this once per edit, unless it does so for the brush.
+    void CountOutsideEdit() {
+        if (outsideEditCount != nullptr) ++*outsideEditCount;
+    }
+    /// Moves a vertex for the brush.
+    void StorePosition(uint32_t vertex, const Vector& p) {
         Vertex& v = vertices.array[vertex];
         v.x = p.x;
         v.y = p.y;
@@ -93,8 +105,11 @@ public:
     bool IsLockable() const { return lockable; }
     /// What Lock would answer, taking nothing.
     bool WouldLock(const MeshUnlocker* unlocker) const;
-    /// Who locked the mesh last and has not unlocked it; null for nobody.
+    /// Who locked the mesh last and has not unlocked it; null for nobody. The lock of a brush ends
+    /// when the brush is destroyed; any other holder has to unlock the mesh before it goes.
     MeshUnlocker* LockHolder() const { return lockHolder; }
+    /// Of the brush that holds the lock; null if nobody does, or if the holder is not a brush.
+    StrokeResources* LockResources() const { return lockResources; }
 
     /// Active layer of this level or null. Not owned.
     void SetActiveLayer(SculptLayer* layer) { activeLayer = layer; }
@@ -105,7 +120,10 @@ public:
 
     /// The change that is linked now, or null.
     LevelChange* OpenChange() const { return openChange; }
-    void SetOpenChange(LevelChange* change) { openChange = change; }
+    void SetOpenChange(LevelChange* change);
+    /// Every change of the level that is neither finished nor deleted, in the order in which they
+    /// were started. Each registers itself. Not owned.
+    std::vector<LevelChange*>& Changes() { return changes; }
 
     /// Faces handed to the visitor's Tester in the last EnumerateFaces on this level, in order.
     const std::vector<FaceVisit>& LastFaceWalk() const { return lastFaceWalk; }
@@ -145,9 +163,13 @@ private:
     uint32_t frozenVertexCount = 0;
     bool lockable = true;
     MeshUnlocker* lockHolder = nullptr;
+    StrokeResources* lockResources = nullptr;
     SculptLayer* activeLayer = nullptr;
     std::vector<SculptLayer*> layers;
     LevelChange* openChange = nullptr;
+    /// In the open change; null without one.
+    uint32_t* outsideEditCount = nullptr;
+    std::vector<LevelChange*> changes;
     Store<uint8_t> faceFlagStore;
     /// Level 0 only: for each corner slot of a face the packed neighbour across that side.
     Store<uint32_t> baseNeighbours;

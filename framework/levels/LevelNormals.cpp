@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/LevelChange.h"
 #include "framework/levels/LevelMesh.h"
 #include "framework/memory/SystemMemory.h"
 #include "host/HWVector.h"
@@ -33,7 +32,7 @@ void LevelMesh::FaceNormal(Vector* out, uint32_t face) {
 }
 
 void LevelMesh::ComputeNormals() {
-    if (openChange != nullptr) ++openChange->outsideEdits;
+    CountOutsideEdit();
     std::vector<Vector> sums(vertexCount);
     const uint32_t corners = CornersPerFace();
     for (uint32_t face = 0; face < faceCount; ++face) {
@@ -51,7 +50,7 @@ void LevelMesh::ComputeNormals() {
 }
 
 void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which) {
-    if (openChange != nullptr) ++openChange->outsideEdits;
+    CountOutsideEdit();
     std::vector<uint32_t> faces;
     for (const uint32_t vertex : which) {
         const uint32_t lowest = LowestFaceOf(vertex);

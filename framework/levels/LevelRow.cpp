@@ -76,7 +76,7 @@ void LevelGeometry::ForgetFromBelow() {
 }
 
 LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) {
-    assert(levels[bound]->OpenChange() == nullptr && "no level goes during a stroke");
+    RefuseInStroke("taking levels out");
     TakenLevels taken;
     taken.lower = lower;
     assert((lower ? bound >= kept : bound <= kept) && "the bound level stays");
@@ -173,6 +173,7 @@ std::vector<uint32_t> LevelGeometry::RenumberLevels(uint32_t first,
 
 LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
                                                        std::unique_ptr<LevelMesh> known) {
+    RefuseInStroke("adding a coarser level");
     const bool fit = known == nullptr;
     if (fit) {
         known.reset(new LevelMesh(this, 0));

@@ -117,6 +117,12 @@ uint32_t LevelMesh::EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerat
 void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
     const WalkScope scope(*this, lastVertexWalk);
     lastVertexWalk.clear();
+    // Moves on also when the visitor throws: what the walk has marked is not handled in the next.
+    struct StampStep {
+        ~StampStep() { ++stamp; }
+        uint32_t& stamp;
+    };
+    const StampStep endOfWalk{visitStamp};
     if (face < faceCount) {
         if (vertexWalkStamps.fill != vertexCount) {
             vertexWalkStamps.SetFill(vertexCount, false);
@@ -144,7 +150,6 @@ void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
             ForEachAdjacent(vertex, inFace, queue);
         }
     }
-    ++visitStamp;
 }
 
 void LevelMesh::FacesAround(uint32_t vertex, uint32_t face, std::vector<uint32_t>& faces) {

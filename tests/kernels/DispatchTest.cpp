@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
+#include "topology/PatchMap.h"
 
 #include <gtest/gtest.h>
 
@@ -94,6 +95,23 @@ TEST_F(Dispatch, PatchAndItsNeighboursAreToldOncePerPatch) {
     EXPECT_EQ(renderer.notices[0].face % 16 % 4, renderer.notices[0].face % 4);
     for (const RecordingRenderer::Notice& notice : renderer.notices)
         EXPECT_EQ(notice.vertex, bench.Mesh().faceVertexIndices[notice.face * 4]);
+}
+
+TEST_F(Dispatch, WithoutATableOfNeighboursOnlyReachedPatchesAreNotified) {
+    RecordingRenderer& renderer = bench.AddRenderer(1.0f);
+    bench.Begin();
+    ASSERT_NE(bench.brush->patchMap, nullptr);
+    // As a map is left for which there was no memory.
+    bench.brush->patchMap->neighbourFaces.Clear();
+    bench.Dab(bench.HitFace(4 * 16 + 2), 0.4f);
+    bench.End();
+    ASSERT_EQ(bench.brush->facesPerPatch, 1u);
+    std::vector<RecordingRenderer::Notice> wanted;
+    for (const FaceVisit& visit : bench.Mesh().LastFaceWalk())
+        if (visit.answer)
+            wanted.push_back({bench.Mesh().faceVertexIndices[visit.face * 4], visit.face});
+    EXPECT_GT(wanted.size(), 1u);
+    EXPECT_EQ(renderer.notices, wanted);
 }
 
 TEST_F(Dispatch, RefusingLayerMovesNothingAndEndsTheWalk) {

@@ -142,6 +142,14 @@ void DrawStroke(Twins& twins, RandomNumbers& random, float extent) {
             twins.ExpectAlike();
             if (testing::Test::HasFatalFailure()) return;
         }
+        if (random.Chance(0.15f)) {
+            const Tool next = allTools[random.Below(allTools.size())];
+            const bool allLayers = random.Chance(0.3f);
+            twins.Both([&](StrokeBench& bench) {
+                bench.Activate(next, 2);
+                bench.brush->affectAllLayers.SetValue(allLayers, true);
+            });
+        }
         if (random.Chance(0.6f)) face = (face + random.Below(64)) % mesh.faceCount;
         if (random.Chance(0.1f)) radius = diagonal * random.Between(17.0f, 40.0f);
         if (random.Chance(0.1f))
@@ -152,9 +160,10 @@ void DrawStroke(Twins& twins, RandomNumbers& random, float extent) {
             });
         if (random.Chance(0.05f)) {
             const uint32_t vertex = random.Below(mesh.VertexCount());
+            const bool withNormals = random.Chance(0.5f);
             twins.Both([&](StrokeBench& bench) {
                 bench.Mesh().SetPosition(vertex, bench.Mesh().Position(vertex) * 1.01f);
-                bench.Mesh().ComputeNormals();
+                if (withNormals) bench.Mesh().ComputeNormals();
             });
         }
     }
@@ -270,6 +279,76 @@ TEST(RestingPatches, MakeTheNormalsNextToACornerThatMovedWithoutThem) {
     twins.Both([](StrokeBench& bench) { bench.End(); });
 }
 
+/// After a switch to Smooth on a layer a visit also makes records around the patch, which the
+/// visits before did not.
+TEST(RestingPatches, HaveTheRecordsThatSmoothMakesOnALayer) {
+    Twins twins(FlatGrid(8), 5);
+    twins.Both([](StrokeBench& bench) {
+        bench.AddLayer();
+        bench.Activate(Tool::Sculpt, 2);
+        bench.Begin();
+    });
+    const uint32_t face = twins.passing.HitVertex(4 * 9 + 4).face;
+    for (int dab = 0; dab < 3; ++dab) twins.Dab(face, 1.0f, 0.01f);
+    twins.ExpectAlike();
+    const uint32_t recordsBefore = twins.visiting.Mesh().changeRecordCount;
+    twins.Both([](StrokeBench& bench) {
+        bench.Activate(Tool::Smooth, 2);
+        bench.brush->affectAllLayers.SetValue(false, true);
+    });
+    twins.Dab(face, 1.0f, 50.0f);
+    twins.ExpectAlike();
+    EXPECT_GT(twins.visiting.Mesh().changeRecordCount, recordsBefore);
+    // From then on patches are passed again.
+    const uint64_t passed = twins.passing.brush->knownPatches.PassedPatches();
+    twins.Dab(face, 1.0f, 50.0f);
+    twins.ExpectAlike();
+    EXPECT_GT(twins.passing.brush->knownPatches.PassedPatches(), passed);
+    twins.Both([](StrokeBench& bench) { bench.End(); });
+    twins.ExpectAlike();
+}
+
+/// A host that edits the storage between dabs and counts nothing.
+TEST(RestingPatches, OfAHostThatCountsNoEditsAreVisitedInFull) {
+    for (const bool declared : {false, true}) {
+        Twins twins(FlatGrid(8), 5);
+        twins.Both([&](StrokeBench& bench) {
+            bench.Activate(Tool::Sculpt, 2);
+            bench.Begin();
+            bench.brush->CurrentChange()->countsOutsideEdits = declared;
+        });
+        LevelMesh& mesh = twins.passing.Mesh();
+        const uint32_t face = twins.passing.HitVertex(4 * 9 + 4).face;
+        const Vector middle = twins.passing.HitFace(face).position;
+        for (int dab = 0; dab < 3; ++dab) twins.Dab(face, 1.0f, 0.001f);
+        // Waves beyond the brush's reach, in patches that its dabs visit.
+        twins.Both([&](StrokeBench& bench) {
+            for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
+                Vertex& vertex = bench.Mesh().vertices.array[v];
+                if ((bench.Mesh().Position(v) - middle).Length() > 1.01f)
+                    vertex.z = 0.01f * std::sin(vertex.x * 40.0f);
+            }
+        });
+        const uint64_t passed = twins.passing.brush->knownPatches.PassedPatches();
+        twins.Dab(face, 1.0f, 0.001f);
+        uint32_t stale = 0;
+        for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
+            if (!SameBytes(
+                    mesh.vertexNormals.array + v, twins.visiting.Mesh().vertexNormals.array + v, 1))
+                ++stale;
+        if (declared) {
+            // The declaration was not kept: this is what it is for.
+            EXPECT_GT(stale, 0u);
+        } else {
+            EXPECT_EQ(passed, 0u);
+            EXPECT_EQ(twins.passing.brush->knownPatches.PassedPatches(), 0u);
+            EXPECT_EQ(stale, 0u);
+            twins.ExpectAlike();
+        }
+        twins.Both([](StrokeBench& bench) { bench.End(); });
+    }
+}
+
 /// A bench over a flat grid and a dab in its middle, repeated.
 class RestingPatchesOfAGrid : public testing::Test {
 protected:
@@ -330,6 +409,17 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMadeNormals) {
     bench.Mesh().ComputeNormals();
     EXPECT_EQ(PassedBy(), 0u);
     bench.End();
+}
+
+TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMovedAVertex) {
+    bench.Begin();
+    PassedBy();
+    bench.Mesh().SetPosition(0, bench.Mesh().Position(0));
+    EXPECT_EQ(PassedBy(), 0u);
+    EXPECT_GT(PassedBy(), 0u);
+    bench.End();
+    // Outside a stroke there is nothing to count in.
+    bench.Mesh().SetPosition(0, bench.Mesh().Position(0));
 }
 
 TEST_F(RestingPatchesOfAGrid, WithAVertexThatIsNoNumberAreAlwaysVisited) {

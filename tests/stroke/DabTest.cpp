@@ -4,6 +4,7 @@
 #include "framework/levels/LevelPositions.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
+#include "tests/stroke/FakeMesh.h"
 
 #include <gtest/gtest.h>
 
@@ -20,6 +21,29 @@ TEST(Dab, WithoutAStrokeDoesNothing) {
     EXPECT_EQ(bench.brush->planeDabCount, count);
     EXPECT_EQ(bench.brush->mesh, nullptr);
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
+}
+
+TEST(Dab, HitWithoutAMeshOrOnAMeshWithoutFacesDoesNothing) {
+    StrokeBench bench(FlatGrid(3));
+    CallLog log;
+    FakeGeometry empty("empty", log);
+    empty.level.faceCount = 0;
+    empty.level.faceVertexIndices.Clear();
+    empty.level.vertices.Clear();
+    const auto before = BitsOf(bench.Mesh());
+    bench.Begin();
+    EXPECT_TRUE(bench.Dab(SurfacePoint(), 1.0f).IsEmpty());
+    EXPECT_TRUE(bench.Dab(empty.Hit(), 1.0f).IsEmpty());
+    EXPECT_EQ(bench.brush->planeDabCount, 0xffffffffu);
+    EXPECT_TRUE(bench.brush->strokeActive);
+    EXPECT_EQ(static_cast<Mesh*>(bench.brush->mesh), &bench.Mesh());
+    EXPECT_EQ(bench.brush->meshChanges.fill, 1u);
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(BitsOf(bench.Mesh()), before);
+    EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
+    bench.Dab(bench.HitFace(4), 1.0f);
+    EXPECT_NE(BitsOf(bench.Mesh()), before);
+    bench.End();
 }
 
 TEST(Dab, MirroredPairCountsOnce) {

@@ -4,6 +4,7 @@
 #include "host/Mesh.h"
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -26,8 +27,9 @@ public:
 /// A change that writes its calls into a log.
 class FakeChange : public MeshChange {
 public:
-    FakeChange(Mesh* changed, std::string changeName, CallLog& callLog)
-        : MeshChange(changed), name(std::move(changeName)), log(callLog) {
+    /// \param finishThrows  Finish throws std::runtime_error while this is true.
+    FakeChange(Mesh* changed, std::string changeName, CallLog& callLog, const bool& finishThrows)
+        : MeshChange(changed), name(std::move(changeName)), log(callLog), failing(finishThrows) {
         mesh = changed;
         records = &store;
         recordCount = &store.fill;
@@ -36,6 +38,7 @@ public:
     void Finish(bool keepTopology, bool joinPrevious) override {
         log.push_back("finish " + name + (keepTopology ? " keep" : " new") +
                       (joinPrevious ? " join" : " alone"));
+        if (failing) throw std::runtime_error("no room for " + name);
     }
 
 protected:
@@ -44,6 +47,7 @@ protected:
 private:
     std::string name;
     CallLog& log;
+    const bool& failing;
     Store<StoredVertexInfo> store;
 };
 
@@ -64,13 +68,16 @@ public:
     }
 
     MeshChange* StartChange() override {
-        return new FakeChange(this, name + std::to_string(changesStarted++), log);
+        return new FakeChange(this, name + std::to_string(changesStarted++), log, finishThrows);
     }
     uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator*, uint32_t, uint32_t) override {
         return 0;
     }
     void EnumerateFaces(uint32_t, FaceEnumerator*, int) override {}
-    void EnumerateVertices(uint32_t, VertexEnumerator*) override { ++walks; }
+    void EnumerateVertices(uint32_t, VertexEnumerator*) override {
+        ++walks;
+        if (onWalk) onWalk();
+    }
     int32_t MirrorVertex(uint32_t, uint32_t, uint32_t*, uint32_t*) override { return -1; }
     uint32_t QuadEdgeNeighbour(uint32_t, uint32_t) override { return openBorder; }
     void FaceNormal(Vector* out, uint32_t) override { *out = Vector(0.0f, 0.0f, 1.0f); }
@@ -96,7 +103,9 @@ public:
     int freeze = 0;
     trovik::Layer* layer = nullptr;
     int changesStarted = 0;
+    bool finishThrows = false;
     int walks = 0;
+    std::function<void()> onWalk;
     MeshUnlocker* lastUnlocker = nullptr;
     bool freeAtLock = false;
     uint32_t flagsAtLock = 0;

@@ -109,6 +109,31 @@ TEST(StrokeBegin, InversionTurnsStrengthOrPlaneOrNothing) {
     }
 }
 
+TEST(StrokeBegin, SmoothModifierWithoutAToolBeginsNothing) {
+    StrokeBench bench(FlatGrid(2));
+    const auto before = BitsOf(bench.Mesh());
+    bench.brush = std::make_unique<SwiftStroke>();
+    SwiftStroke& brush = *bench.brush;
+    ASSERT_EQ(brush.ActiveConfiguration(), nullptr);
+    // A stroke before this one has left its falloff.
+    bench.Begin();
+    bench.End();
+    ASSERT_NE(brush.falloffTable, nullptr);
+    bench.Begin(BrushOperation::ModifierSmooth);
+    EXPECT_FALSE(brush.strokeActive);
+    EXPECT_EQ(brush.mesh, nullptr);
+    EXPECT_EQ(brush.configurationBeforeSmooth, nullptr);
+    EXPECT_TRUE(bench.Dab(bench.HitFace(0), 1.0f).IsEmpty());
+    bench.End();
+    EXPECT_EQ(brush.ActiveConfiguration(), nullptr);
+    EXPECT_EQ(BitsOf(bench.Mesh()), before);
+    EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
+    // The next stroke is as any other.
+    bench.Activate(Tool::Sculpt);
+    bench.Stroke(bench.HitFace(0), 1.0f);
+    EXPECT_NE(BitsOf(bench.Mesh()), before);
+}
+
 TEST(StrokeBegin, OtherTriggersDropTheMeshAndSculptNothing) {
     CallLog log;
     FakeGeometry geometry("A", log);
@@ -382,6 +407,29 @@ TEST(StrokeEnd, UnboundStrokeLeavesItsPairsToALaterOne) {
     bench.End();
     EXPECT_EQ(log, (CallLog{"finish A0 keep alone", "delete A0"}));
     EXPECT_EQ(brush.meshChanges.fill, 0u);
+}
+
+TEST(StrokeEnd, ChangeThatCannotBeFinishedEndsTheStrokeBeforeItsErrorLeaves) {
+    CallLog log;
+    FakeGeometry a("A", log);
+    FakeGeometry b("B", log);
+    a.level.finishThrows = true;
+    StrokeBench bench(FlatGrid(2));
+    SwiftStroke& brush = *bench.brush;
+    brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+    bench.Dab(b.Hit(), 1.0f);
+    log.clear();
+    EXPECT_THROW(brush.EndStroke(), std::runtime_error);
+    ASSERT_EQ(log.size(), 5u);
+    log.pop_back();
+    EXPECT_EQ(log,
+              (CallLog{"finish A0 keep alone", "delete A0", "finish B0 keep join", "delete B0"}));
+    EXPECT_EQ(brush.meshChanges.fill, 0u);
+    EXPECT_EQ(brush.mesh, nullptr);
+    EXPECT_FALSE(brush.strokeActive);
+    EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
+    bench.Begin();
+    bench.End();
 }
 
 TEST(StrokeEnd, MeshSeesAStrokeExactlyBetweenBeginAndEnd) {

@@ -204,6 +204,30 @@ TEST(WholeMesh, ErrorLeavesTheFlagToTheNextCall) {
     bench.End();
 }
 
+TEST(WholeMesh, WithoutAMeshOrFacesDoesNothing) {
+    CallLog log;
+    FakeGeometry empty("empty", log);
+    empty.level.faceCount = 0;
+    empty.level.faceVertexIndices.Clear();
+    empty.level.vertices.Clear();
+    Bench bench(FlatGrid(2));
+    const auto before = bench.Positions();
+    bench.Begin();
+    for (Mesh* mesh : {static_cast<Mesh*>(nullptr), static_cast<Mesh*>(&empty.level)}) {
+        for (const bool byFacing : {false, true}) {
+            bench.brush->ApplyToWholeMesh(mesh, 0.5f, byFacing);
+            EXPECT_FALSE(bench.brush->wholeMesh);
+            EXPECT_FALSE(bench.brush->wholeMeshFacing);
+        }
+    }
+    EXPECT_EQ(bench.brush->planeDabCount, 0xffffffffu);
+    EXPECT_EQ(static_cast<Mesh*>(bench.brush->mesh), &bench.Mesh());
+    bench.End();
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(bench.Positions(), before);
+    EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
+}
+
 TEST(WholeMesh, CountsAsADabOfTheMainPass) {
     Bench bench(FlatGrid(2));
     bench.Begin();

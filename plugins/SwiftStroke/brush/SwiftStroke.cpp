@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 
 namespace trovik {
 
@@ -40,6 +41,7 @@ SwiftStroke::SwiftStroke()
 
     // The kernels load the block as whole aligned vectors.
     brushSpaceAllocation = std::malloc(brushSpaceBytes);
+    if (brushSpaceAllocation == nullptr) throw std::bad_alloc();
     std::memset(brushSpaceAllocation, 0, brushSpaceBytes);
     void* start = brushSpaceAllocation;
     std::size_t room = brushSpaceBytes;

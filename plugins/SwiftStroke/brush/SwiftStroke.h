@@ -97,8 +97,10 @@ public:
     /// Applies the tool to a whole mesh at once, with no radius: every vertex weighs the same, or
     /// by how far it faces the camera. Runs inside a stroke or in place of one.
     void ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) override;
-    /// Binds a mesh: lock, storage, undo record, renderers. Whether it was taken shows in `mesh`.
-    /// Errors: "Invalid mesh specified" for a mesh that is no SubdivisionLevel (it stays locked).
+    /// Binds a mesh: lock, storage, undo record, renderers. Whether it was taken shows in `mesh`,
+    /// which is null if the lock is refused or there is no memory for the undo record.
+    /// Errors: "Invalid mesh specified" for a mesh that is no SubdivisionLevel (it stays locked);
+    /// what the host throws. If there is no undo record for the mesh by then, it is unbound.
     void SetMesh(Mesh* newMesh);
     /// Unlocks the bound mesh, if any, and reports it as changed.
     void FinishMesh();
@@ -206,8 +208,11 @@ public:
     /// Writes x, y, z of a unit normal into the vertex's packed normal of `mesh`.
     void setVertexNormal(uint32_t vertex, const HWVector& normal);
 
-    /// The change of the last binding.
-    MeshChange* CurrentChange() const { return meshChanges.array[meshChanges.fill - 1].change; }
+    /// The change of the last binding. Needs a bound mesh, which always has one.
+    MeshChange* CurrentChange() const { return meshChanges[meshChanges.fill - 1].change; }
+    /// Smooth averages values of the active layer. It then makes records for every vertex that it
+    /// reads, including those of the ghost layer.
+    bool SmoothsLayer() const { return isSmooth && !affectAllLayers.Value() && layer != nullptr; }
     /// The slice of `mesh`'s face vertex indices that begins at face `patch` * facesPerPatch.
     const uint32_t* PatchSlice(uint32_t patch) const {
         const uint32_t first = patch * facesPerPatch * 4;
@@ -374,6 +379,8 @@ private:
     void SampleArea(const SurfacePoint& hit, Vector& normal, Vector& position);
     void WriteDirection(int mode, const SurfacePoint& hit);
     void MirrorDirection(int mode, const SurfacePoint& hit);
+    void ReadMesh();
+    void OpenChange();
     void BindPatchMap();
     void CollectRenderers();
     void RebuildStamp();

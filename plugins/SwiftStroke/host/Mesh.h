@@ -142,9 +142,13 @@ public:
     Mesh* mesh;
     Store<StoredVertexInfo>* records;
     uint32_t* recordCount;
-    /// How often positions or normals of the mesh were changed by anyone but the brush, through
-    /// its kernels and the layer, while this change was open. Whoever does so adds 1.
+    /// Number of edits of the mesh's positions or normals that did not come from the brush, through
+    /// its kernels or the layer, while this change was open. Valid if countsOutsideEdits is set.
     uint32_t outsideEdits = 0;
+    /// Declares that the host adds 1 to outsideEdits for every such edit. A brush may then keep
+    /// results from one dab to the next as long as the count stays the same. By default a host
+    /// declares nothing, and every dab reads the mesh again.
+    bool countsOutsideEdits = false;
 
 protected:
     explicit MeshChange(Mesh* changedMesh);
@@ -200,7 +204,9 @@ public:
     /// that of its sides at corner 0.
     virtual void FaceNormal(Vector* out, uint32_t face) = 0;
     virtual trovik::Geometry* Geometry() = 0;
-    /// Asks leave to change the mesh. False: it may not be touched.
+    /// Asks leave to change the mesh. False: it may not be touched. The unlocker is borrowed until
+    /// Unlock. A brush that is destroyed in mid-stroke does not call Unlock: the host ends the lock
+    /// when it destroys the brush base.
     virtual bool Lock(MeshUnlocker* unlocker) = 0;
     /// Not 0 when some vertex is frozen.
     virtual int FreezeQuery() = 0;

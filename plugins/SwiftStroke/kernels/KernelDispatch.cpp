@@ -78,7 +78,8 @@ void SwiftStroke::NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase) {
     for (uint32_t i = 0; i < renderers.fill; ++i) {
         MeshRenderer* renderer = renderers.array[i];
         notify(renderer, faceBase);
-        if (patchMap == nullptr) continue;
+        // The map is empty if there was no memory for its table.
+        if (patchMap == nullptr || patchMap->neighbourFaces.fill == 0) continue;
         for (uint32_t k = 0; k < PatchMap::rowLength; ++k) {
             const uint32_t neighbour = patchMap->neighbourFaces[baseFace * PatchMap::rowLength + k];
             if (neighbour != PatchMap::emptySlot) notify(renderer, neighbour * facesPerMapFace);

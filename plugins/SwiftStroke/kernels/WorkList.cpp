@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <new>
 
 namespace trovik {
 
@@ -80,7 +81,8 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
         std::free(patchVertexList);
         patchVertexList =
             static_cast<PatchVertexEntry*>(std::malloc(count * sizeof(PatchVertexEntry)));
-        patchVertexListCapacity = static_cast<int32_t>(count);
+        patchVertexListCapacity = patchVertexList == nullptr ? 0 : static_cast<int32_t>(count);
+        if (patchVertexList == nullptr) throw std::bad_alloc();
     }
     listedSlice = slice;
     listedLevel = patchLevel;

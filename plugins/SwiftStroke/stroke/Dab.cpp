@@ -2,6 +2,8 @@
 #include "brush/Registration.h"
 #include "brush/SwiftStroke.h"
 #include "brush/Translation.h"
+#include "stroke/AtScopeEnd.h"
+#include "stroke/HasFaces.h"
 
 #include <cmath>
 #include <memory>
@@ -37,19 +39,6 @@ HWVector* AllocateGrid(uint32_t side, void** allocation) {
     return static_cast<HWVector*>(std::align(16, bytes, start, room));
 }
 
-/// Frees the grids on every way out of the walk; refused memory for undo records leaves by throw.
-template <class Release>
-class AtScopeEnd {
-public:
-    explicit AtScopeEnd(Release action) : release(action) {}
-    ~AtScopeEnd() { release(); }
-    AtScopeEnd(const AtScopeEnd&) = delete;
-    AtScopeEnd& operator=(const AtScopeEnd&) = delete;
-
-private:
-    Release release;
-};
-
 }  // namespace
 
 void SwiftStroke::ApplyDab(const SurfacePoint& hit,
@@ -59,7 +48,11 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
                            float strength,
                            AxisAlignedBoundingBox& box) {
     const TVCrashReporterFlag flag(4, 0x400);
+    if (!HasFaces(hit.mesh)) return;
     if (!wholeMesh && falloffTable == nullptr) return;
+    // A walk can end by an exception, for instance where memory for a record is refused. The
+    // pending normals belong to this dab's mesh; the next dab may be on a smaller one.
+    const AtScopeEnd dropPendingNormals([this] { deferredNormals.SetFill(0, true); });
     mirrorPass = hit.mirror ? 1 : 0;
     dabReserved = 0;
     if (mirrorPass == 0) ++planeDabCount;
@@ -93,14 +86,14 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     brushSpace->boundsMax = HWVector(hit.position);
     brushSpace->boundsMin = brushSpace->boundsMax;
     // Before the sampling of planes walks the mesh.
-    knownPatches.Check(*CurrentChange(), patchLevel);
+    knownPatches.Check(*CurrentChange(), patchLevel, SmoothsLayer());
     if (!PrepareDab(hit)) return;
     dabStamp = mesh->visitStamp;
     if (stampEnabled) SetUpStampFrame(position);
 
     {
-        AllocateGrids();
         const AtScopeEnd releaseGrids([this] { ReleaseGrids(); });
+        AllocateGrids();
         planeDistance = planeDistances[mirrorPass];
         brushSpace->direction = HWVector(directions[mirrorPass]);
         if (useTessellator) RefineUnderBrush(hit);
@@ -110,8 +103,12 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
                 knownPatches.Open();
             else
                 knownPatches.Forget();
-            patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
-            ++mesh->visitStamp;
+            {
+                // Also after an exception: records bear this dab's mark, which no later dab may
+                // use.
+                const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
+                patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
+            }
             knownPatches.Close(*CurrentChange());
         } else {
             mesh->EnumerateVertices(hit.face, this);
@@ -223,14 +220,8 @@ void SwiftStroke::SetUpStampFrame(const Vector& position) {
 void SwiftStroke::AllocateGrids() {
     gridStride = (1u << patchLevel) + 3;
     positionGrid = AllocateGrid(gridStride, &positionGridAllocation);
-    if (isSmooth && !affectAllLayers.Value()) {
-        try {
-            layerGrid = AllocateGrid(gridStride, &layerGridAllocation);
-        } catch (const std::bad_alloc&) {
-            ReleaseGrids();
-            throw;
-        }
-    }
+    if (isSmooth && !affectAllLayers.Value())
+        layerGrid = AllocateGrid(gridStride, &layerGridAllocation);
 }
 
 void SwiftStroke::ReleaseGrids() {

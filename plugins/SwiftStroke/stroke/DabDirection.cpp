@@ -61,8 +61,7 @@ bool SwiftStroke::PrepareDab(const SurfacePoint& hit) {
     int mode = DirectionSurfaceNormal;
     if (!wholeMesh) mode = Direction();
     if (isBulge) mode = DirectionVertexNormal;
-    const bool smoothsLayer = isSmooth && !affectAllLayers.Value() && layer != nullptr;
-    if (wholeMesh && !smoothsLayer) mode = DirectionVertexNormal;
+    if (wholeMesh && !SmoothsLayer()) mode = DirectionVertexNormal;
     if (isSmear) mode = DirectionForward;
 
     // A stroke has no heading before its second hit.

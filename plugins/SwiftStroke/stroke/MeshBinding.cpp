@@ -3,6 +3,8 @@
 #include "brush/SwiftStroke.h"
 #include "topology/PatchMap.h"
 
+#include <memory>
+
 namespace trovik {
 
 namespace {
@@ -26,6 +28,18 @@ void SwiftStroke::SetMesh(Mesh* newMesh) {
         throw(new Error(QString(), Error::InvalidUse, "SwiftStroke::SetMesh", __FILE__, __LINE__))
             ->Format(QString::fromLatin1("Invalid mesh specified"));
     }
+    try {
+        ReadMesh();
+        OpenChange();
+    } catch (...) {
+        // Without a change of its own the mesh would be sculpted into that of another.
+        FinishMesh();
+        throw;
+    }
+    if (mesh != nullptr) CollectRenderers();
+}
+
+void SwiftStroke::ReadMesh() {
     meshHasFreeze = mesh->FreezeQuery() != 0;
     meshHasLayer = mesh->Layer() != nullptr;
     layer = mesh->Layer();
@@ -43,9 +57,20 @@ void SwiftStroke::SetMesh(Mesh* newMesh) {
         }
     }
     if (mesh->meshType == 1) BindPatchMap();
+}
 
-    meshChanges.Append({newMesh, mesh->StartChange()});
-    CollectRenderers();
+/// Opens the undo record of the bound mesh. Unbinds the mesh if the pair cannot be kept.
+void SwiftStroke::OpenChange() {
+    // Deletes the change unless a pair owns it.
+    std::unique_ptr<MeshChange> change(mesh->StartChange());
+    const uint32_t pairs = meshChanges.fill;
+    meshChanges.Append({mesh, change.get()});
+    if (meshChanges.fill == pairs) {
+        change.reset();
+        FinishMesh();
+        return;
+    }
+    static_cast<void>(change.release());
 }
 
 void SwiftStroke::BindPatchMap() {

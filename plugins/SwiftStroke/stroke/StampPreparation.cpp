@@ -37,7 +37,15 @@ void SwiftStroke::PrepareStamp() {
                          MaskFactor(stampMask) == stampFactor &&
                          MaskOffset(stampMask) == stampOffset &&
                          image->Version() == stampImageVersion && MaskName(stampMask) == stampName;
-    if (!current) RebuildStamp();
+    if (current) return;
+    try {
+        RebuildStamp();
+    } catch (...) {
+        // The pixels are missing or incomplete; the next stroke builds them again.
+        stampImage = nullptr;
+        stampEnabled = false;
+        throw;
+    }
 }
 
 void SwiftStroke::RebuildStamp() {

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/SwiftStroke.h"
 #include "brush/ToolCatalogue.h"
+#include "stroke/AtScopeEnd.h"
 
 #include <cmath>
+#include <exception>
 
 namespace trovik {
 
@@ -22,6 +24,12 @@ uint32_t RefineIntervalFor(float distance) {
 
 void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) {
     const TVCrashReporterFlag flag(4, 0x20);
+    if (modifier == ModifierSmooth && ActiveConfiguration() == nullptr) {
+        // There is no tool to return to. The stroke does not begin, and without a falloff its dabs
+        // do nothing.
+        falloffTable = nullptr;
+        return;
+    }
     if (useTessellator) {
         DetailBrush::BeginStroke(strokeMesh, modifier, trigger);
         refineDabCount = 0;
@@ -37,9 +45,9 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
     // Before everything that depends on the tool.
     if (modifier == ModifierSmooth && ActiveConfiguration()->ID() != smoothConfiguration->ID()) {
         inTemporarySmooth = true;
+        const AtScopeEnd endSwap([this] { inTemporarySmooth = false; });
         configurationBeforeSmooth = ActiveConfiguration();
         SetActiveConfiguration(smoothConfiguration);
-        inTemporarySmooth = false;
     }
     if (trigger != TriggerStroke) {
         mesh = nullptr;
@@ -99,17 +107,24 @@ void SwiftStroke::EndStroke() {
     bool anyEditable = false;
     for (uint32_t i = 0; useTessellator && i < meshChanges.fill && !anyEditable; ++i)
         anyEditable = MeshEditable(meshChanges.array[i].mesh);
+    std::exception_ptr failure;
     for (uint32_t i = 0; i < meshChanges.fill; ++i) {
         const MeshChangePair& pair = meshChanges.array[i];
         const bool keepTopology = !(useTessellator && MeshEditable(pair.mesh));
         const bool joinPrevious = !(i == 0 && !anyEditable);
-        pair.change->Finish(keepTopology, joinPrevious);
+        try {
+            pair.change->Finish(keepTopology, joinPrevious);
+        } catch (...) {
+            // The stroke ends for all its meshes before the first error leaves.
+            if (failure == nullptr) failure = std::current_exception();
+        }
         delete pair.change;
     }
     meshChanges.Clear();
     strokeActive = false;
     FinishMesh();
     coarseMeshWarned = false;
+    if (failure != nullptr) std::rethrow_exception(failure);
 }
 
 void SwiftStroke::FinishMesh() {

@@ -2,6 +2,7 @@
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
 #include "kernels/stages/RecordLookup.h"
+#include "stroke/AtScopeEnd.h"
 #include "topology/Grid.h"
 
 namespace trovik {
@@ -106,14 +107,18 @@ void SwiftStroke::SampleArea(const SurfacePoint& hit, Vector& normal, Vector& po
     planeSampleNormalSum = Vector();
     planeSamplePositionSum = Vector();
     planeSampleWeight = 0.0f;
-    planeSampling = true;
-    const uint32_t start = hit.face / facesPerPatch;
-    if (patchMesh->meshType == 1)
-        patchMesh->EnumerateFaces(start, this, 0);
-    else
-        patchMesh->EnumerateVertices(start, this);
-    ++mesh->visitStamp;
-    planeSampling = false;
+    {
+        planeSampling = true;
+        const AtScopeEnd endWalk([this] {
+            ++mesh->visitStamp;
+            planeSampling = false;
+        });
+        const uint32_t start = hit.face / facesPerPatch;
+        if (patchMesh->meshType == 1)
+            patchMesh->EnumerateFaces(start, this, 0);
+        else
+            patchMesh->EnumerateVertices(start, this);
+    }
 
     normal = planeSampleNormalSum.Normalized();
     position = planeSampleWeight > leastSampleWeight

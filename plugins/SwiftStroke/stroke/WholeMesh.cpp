@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/SwiftStroke.h"
+#include "stroke/HasFaces.h"
 
 namespace trovik {
 
 void SwiftStroke::ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) {
     const TVCrashReporterFlag flag(4, 0x8000);
+    if (!HasFaces(wholeMeshTarget)) return;
     wholeMesh = true;
     wholeMeshFacing = byFacing;
     if (byFacing) {

@@ -51,12 +51,14 @@ void KnownPatches::Forget() {
     runs.shrink_to_fit();
 }
 
-void KnownPatches::Check(const MeshChange& change, int32_t patchLevel) {
+void KnownPatches::Check(const MeshChange& change, int32_t patchLevel, bool smoothsLayer) {
     const bool holds = ofChange == &change && outsideEdits == change.outsideEdits &&
-                       visitStamp == change.mesh->visitStamp && level == patchLevel;
+                       visitStamp == change.mesh->visitStamp && level == patchLevel &&
+                       readsLayer == smoothsLayer;
     if (!holds) Forget();
     ofChange = nullptr;
     level = patchLevel;
+    readsLayer = smoothsLayer;
 }
 
 void KnownPatches::Close(const MeshChange& change) {
@@ -165,6 +167,7 @@ void KnownPatches::Keep(uint32_t patch) {
 
 bool SwiftStroke::MayRememberPatches() {
     if (!remembersPatches || wholeMesh || useTessellator) return false;
+    if (!CurrentChange()->countsOutsideEdits) return false;
     // Under a layer that refuses changes no kernel marks anything.
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
     // A stamp on the other side of a mirror makes records among those of a patch.

@@ -39,9 +39,12 @@ struct PatchVertexEntry;
 ///   leaves each product and difference what it was, but for the sign of a zero; packed, no zero
 ///   has a sign.
 ///
-/// The last holds as long as nobody else changes the mesh, so everything is forgotten when the
-/// mesh, its change, the depth of the patches, the mesh's visit stamp or the count of outside edits
-/// is not what the dab before left.
+/// The last holds as long as nobody else changes the mesh. So the cache is used only while the
+/// mesh's change counts outside edits (MeshChange::countsOutsideEdits), and everything is forgotten
+/// when the mesh, its change, the depth of the patches, the mesh's visit stamp or the count of
+/// outside edits is not what the dab before left. The same happens when Smooth starts or stops to
+/// average layer values: it also makes records for vertices around a patch, and only a visit in
+/// that state has made them.
 class KnownPatches {
 public:
     /// Records that lie side by side.
@@ -73,7 +76,8 @@ public:
 
     void Forget();
     /// At the start of a dab: forgets what may not hold any more.
-    void Check(const MeshChange& change, int32_t patchLevel);
+    /// \param smoothsLayer  see SwiftStroke::SmoothsLayer.
+    void Check(const MeshChange& change, int32_t patchLevel, bool smoothsLayer);
     /// Patches may be found and learned from here on, where they are deep enough for it to be worth
     /// while.
     void Open() { isOpen = level >= shallowest; }
@@ -120,6 +124,7 @@ private:
     uint32_t outsideEdits = 0;
     uint32_t visitStamp = 0;
     int32_t level = -1;
+    bool readsLayer = false;
     bool isOpen = false;
     std::unordered_map<uint32_t, Patch> patches;
     /// Of all patches, one after the other; what is being learned comes last.

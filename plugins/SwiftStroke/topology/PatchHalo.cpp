@@ -77,7 +77,7 @@ void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
     const TVCrashReporterFlag flag(4, 0x1000);
     const uint32_t* slice = PatchSlice(patch);
     if (isSmooth) {
-        const bool readsLayer = !affectAllLayers.Value() && layer != nullptr;
+        const bool readsLayer = SmoothsLayer();
         if (readsLayer) ReadPatchLayerValues(slice, patch);
         // Smoothing along vertex normals averages positions even where the layer was asked for.
         if (!readsLayer || followVertexNormal) ReadPatchPositions(slice);

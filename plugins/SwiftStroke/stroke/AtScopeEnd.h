@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <utility>
+
+namespace trovik {
+
+/// Runs an action at the end of a scope, whether it is left by return or by an exception. The
+/// action must not throw.
+template <class Action>
+class AtScopeEnd {
+public:
+    explicit AtScopeEnd(Action scopeAction) : action(std::move(scopeAction)) {}
+    ~AtScopeEnd() { action(); }
+    AtScopeEnd(const AtScopeEnd&) = delete;
+    AtScopeEnd& operator=(const AtScopeEnd&) = delete;
+
+private:
+    Action action;
+};
+
+}  // namespace trovik

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Mesh.h"
+
+namespace trovik {
+
+/// Whether a dab can start on the mesh: there is one, and it stores at least one face.
+inline bool HasFaces(const Mesh* mesh) {
+    return mesh != nullptr && mesh->faceCount != 0 && mesh->faceVertexIndices.array != nullptr &&
+           mesh->vertices.array != nullptr;
+}
+
+}  // namespace trovik
