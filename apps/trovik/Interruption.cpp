@@ -34,6 +34,8 @@ void ListenForInterruption() {
     }
 }
 
+void IgnoreFileSizeSignal() { std::signal(SIGXFSZ, SIG_IGN); }
+
 bool IsInterrupted() { return received != 0; }
 
 void StopIfInterrupted() {

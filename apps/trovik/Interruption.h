@@ -7,6 +7,9 @@ namespace trovik {
 /// a second one ends the program at once. A signal that was ignored at the start, as under nohup,
 /// stays so.
 void ListenForInterruption();
+/// From now on a write beyond the limit for the size of files (RLIMIT_FSIZE) fails as on a full
+/// disk, and the work can leave files as they were. Otherwise SIGXFSZ ends the program.
+void IgnoreFileSizeSignal();
 bool IsInterrupted();
 /// \throw WorkStopped when the program was asked to stop.
 void StopIfInterrupted();

@@ -53,6 +53,7 @@ int Run(int argc, char** argv) {
     trovik::AddCompletionCommand(program);
     trovik::AddHelpTexts(program);
     trovik::ListenForInterruption();
+    trovik::IgnoreFileSizeSignal();
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

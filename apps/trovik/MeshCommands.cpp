@@ -6,16 +6,20 @@
 #include "SceneInfo.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
+#include "framework/files/FilePath.h"
 #include "framework/files/MeshSource.h"
 #include "framework/images/ImageFile.h"
 #include "framework/levels/LevelSource.h"
 #include "framework/pictures/Picture.h"
+#include "framework/pictures/RenderMemory.h"
 #include "framework/scene/SceneFile.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -23,8 +27,12 @@ namespace trovik {
 
 namespace {
 
-/// A mesh file's geometry, or all of a scene but its tools.
-LoadedScene OpenRefined(const std::string& path, unsigned levels, const MeshSpace& given = {}) {
+/// A mesh file's geometry, or all of a scene but its tools. Levels that do not fit into memory,
+/// together with the `furtherBytes` of a forecast, are refused before any is made.
+LoadedScene OpenRefined(const std::string& path,
+                        unsigned levels,
+                        const MeshSpace& given,
+                        const std::function<uint64_t(const LevelForecast&)>& furtherBytes) {
     LoadedScene scene;
     if (IsScenePath(path)) {
         scene = LoadScene(path, nullptr);
@@ -35,6 +43,15 @@ LoadedScene OpenRefined(const std::string& path, unsigned levels, const MeshSpac
         scene.geometry = std::make_unique<LevelGeometry>(polygons);
     }
     StopIfInterrupted();
+    if (levels > 0) {
+        try {
+            scene.geometry->CheckForecast(levels,
+                                          std::numeric_limits<uint64_t>::max(),
+                                          furtherBytes(scene.geometry->Forecast(levels)));
+        } catch (const HostError& error) {
+            throw HostError(path + ": " + error.what());
+        }
+    }
     SubdivideOptions refining;
     refining.stop = IsInterrupted;
     for (unsigned i = 0; i < levels; ++i)
@@ -188,6 +205,7 @@ void Convert(const ConvertOptions& options) {
     // What cannot be asked of the format is told before the work is done.
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
+    CheckWritable(options.to);
     const auto progress = [&line](uint64_t done, uint64_t total) {
         line.File(done, total);
         StopIfInterrupted();
@@ -204,7 +222,10 @@ void Convert(const ConvertOptions& options) {
         TellConverted(options, polygons.positions.size(), polygons.faceSizes.size());
         return;
     }
-    const LoadedScene scene = OpenRefined(options.from, options.levels, given);
+    // Writers work on blocks of a few megabytes.
+    constexpr uint64_t writerBytes = uint64_t{16} << 20;
+    const LoadedScene scene = OpenRefined(
+        options.from, options.levels, given, [](const LevelForecast&) { return writerBytes; });
     const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
     WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), progress);
     line.Finish();
@@ -236,7 +257,12 @@ void Render(const RenderOptions& wanted) {
     Vector from(0.35f, 0.2f, 1.0f);
     if (!wanted.from.empty()) from = Vector(wanted.from[0], wanted.from[1], wanted.from[2]);
     if (!(from.Length() > 0.0f)) throw HostError("--from: the direction has no length");
-    const LoadedScene scene = OpenRefined(wanted.mesh, wanted.levels);
+    const ProgressLine line(wanted.quiet);
+    CheckWritable(wanted.picture);
+    const LoadedScene scene =
+        OpenRefined(wanted.mesh, wanted.levels, {}, [](const LevelForecast& forecast) {
+            return RenderBytes(forecast.vertices, forecast.faces);
+        });
     const LevelMesh& level = *scene.geometry->Bound();
     PictureMesh shown;
     shown.positions = &level.vertices.array->x;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ProgressLine.h"
 
+#include "framework/files/FilePath.h"
+
 #include <cstdio>
 #include <unistd.h>
 
@@ -13,8 +15,14 @@ constexpr auto redrawEvery = std::chrono::milliseconds(50);
 
 }  // namespace
 
-ProgressLine::ProgressLine(bool beQuiet) : quiet(beQuiet), terminal(isatty(STDERR_FILENO) == 1) {}
-ProgressLine::~ProgressLine() { Finish(); }
+ProgressLine::ProgressLine(bool beQuiet) : quiet(beQuiet), terminal(isatty(STDERR_FILENO) == 1) {
+    SetFileNotes([this](const std::string& text) { Message(text); });
+}
+
+ProgressLine::~ProgressLine() {
+    SetFileNotes(nullptr);
+    Finish();
+}
 
 void ProgressLine::Step(std::size_t stepsDone, std::size_t stepCount, const std::string& name) {
     done = stepsDone;
@@ -44,10 +52,19 @@ void ProgressLine::File(uint64_t written, uint64_t total) {
 }
 
 void ProgressLine::Message(const std::string& text) {
-    if (quiet) return;
-    if (drawn) std::fputs("\r\033[K", stderr);
-    std::fprintf(stderr, "note: %s\n", text.c_str());
-    if (terminal) Draw();
+    if (!quiet) WriteLine("note", text);
+}
+
+void ProgressLine::Warning(const std::string& text) {
+    warnings.push_back(text);
+    WriteLine("warning", text);
+}
+
+void ProgressLine::WriteLine(const char* kind, const std::string& text) {
+    const bool wasDrawn = drawn;
+    Finish();
+    std::fprintf(stderr, "%s: %s\n", kind, text.c_str());
+    if (wasDrawn) Draw();
 }
 
 void ProgressLine::Draw() {

@@ -4,11 +4,13 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace trovik {
 
 /// Progress on standard error: one bar that is drawn over on a terminal, a plain line per step
-/// elsewhere.
+/// elsewhere. While it exists it receives the notes of file writing (SetFileNotes), so there is at
+/// most one at a time.
 class ProgressLine {
 public:
     explicit ProgressLine(bool quiet);
@@ -20,11 +22,16 @@ public:
     void File(uint64_t written, uint64_t total);
     /// A line of its own, between the progress.
     void Message(const std::string& text);
+    /// A line that is written even when the command is to be quiet, and kept for Warnings.
+    void Warning(const std::string& text);
+    const std::vector<std::string>& Warnings() const { return warnings; }
     void Finish();
 
 private:
     void Draw();
+    void WriteLine(const char* kind, const std::string& text);
 
+    std::vector<std::string> warnings;
     bool quiet;
     bool terminal;
     bool drawn = false;

@@ -43,7 +43,7 @@ void PrintSummary(const ScriptResult& result) {
     for (const std::string& file : result.files) std::printf("wrote           %s\n", file.c_str());
 }
 
-void PrintSummaryJson(const ScriptResult& result) {
+void PrintSummaryJson(const ScriptResult& result, const std::vector<std::string>& warnings) {
     const nlohmann::json summary = {{"vertices", result.vertices},
                                     {"faces", result.faces},
                                     {"levels", result.levels},
@@ -51,7 +51,8 @@ void PrintSummaryJson(const ScriptResult& result) {
                                     {"verticesMoved", result.totals.verticesMoved},
                                     {"secondsInBrush", result.totals.seconds},
                                     {"peakMemoryMiB", PeakMemory()},
-                                    {"files", result.files}};
+                                    {"files", result.files},
+                                    {"warnings", warnings}};
     PrintJson(summary);
 }
 
@@ -64,6 +65,7 @@ void Sculpt(const SculptOptions& options) {
     progress.dab = [&line] { line.Dab(); };
     progress.file = [&line](uint64_t written, uint64_t total) { line.File(written, total); };
     progress.message = [&line](const std::string& text) { line.Message(text); };
+    progress.warning = [&line](const std::string& text) { line.Warning(text); };
     progress.stop = IsInterrupted;
     ScriptRunner runner(options.script, options.output, progress);
     runner.SetTrace(options.trace);
@@ -71,7 +73,7 @@ void Sculpt(const SculptOptions& options) {
     const ScriptResult result = runner.Run();
     line.Finish();
     if (options.json)
-        PrintSummaryJson(result);
+        PrintSummaryJson(result, line.Warnings());
     else if (!options.quiet)
         PrintSummary(result);
 }

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <iterator>
+#include <new>
 #include <unistd.h>
 
 namespace trovik {
@@ -82,7 +83,13 @@ std::vector<uint8_t> SpillFile::Read(const Place& place) const {
 void SpillFile::Free(const Place& place) {
     if (place.length == 0) return;
     used -= place.length;
-    auto gap = gaps.emplace(place.start, place.length).first;
+    auto gap = gaps.end();
+    try {
+        gap = gaps.emplace(place.start, place.length).first;
+    } catch (const std::bad_alloc&) {
+        // Called by destructors. The bytes stay unused until the file goes.
+        return;
+    }
     const auto next = std::next(gap);
     if (next != gaps.end() && gap->first + gap->second == next->first) {
         gap->second += next->second;

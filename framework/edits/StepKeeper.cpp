@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <csignal>
 #include <pthread.h>
+#include <system_error>
 #include <utility>
 
 namespace trovik {
@@ -93,11 +94,24 @@ void StepKeeper::SetBytes(StepRecord& record, uint64_t newBytes) {
 void StepKeeper::NotePeak(uint64_t packed) { peak = std::max(peak, bytes + packed); }
 
 void StepKeeper::Ask(const Handle& record, Task task) {
-    const std::lock_guard lock(mutex);
+    std::unique_lock lock(mutex);
+    if (!StartWorker()) {
+        Do({record, task, record->asking}, lock);
+        return;
+    }
     jobs.push_back({record, task, record->asking});
-    if (!worker.joinable())
-        worker = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     asked.notify_one();
+}
+
+bool StepKeeper::StartWorker() {
+    if (worker.joinable()) return true;
+    try {
+        worker = std::jthread([this](const std::stop_token& stop) { Run(stop); });
+    } catch (const std::system_error&) {
+        // The system refuses a thread, by a limit on threads or on address space.
+        return false;
+    }
+    return true;
 }
 
 void StepKeeper::Pack(const Handle& record, uint64_t leastBytes) {

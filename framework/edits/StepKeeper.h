@@ -18,8 +18,9 @@ class StepRecord;
 
 /// Holds the steps of one history: open, as they were made, or with their arrays packed in memory
 /// or in a file. Packing, repacking and writing are done by one thread of the keeper's own, in the
-/// order in which they are asked for; it begins with the first thing asked. All else is for one
-/// thread, the caller's.
+/// order in which they are asked for; it begins with the first thing asked. If the system refuses
+/// that thread, they are done on the caller's thread, at once. All else is for one thread, the
+/// caller's.
 ///
 /// A step whose arrays are packed still has all else that it holds, so its type, label and small
 /// members can be looked at.
@@ -88,6 +89,8 @@ private:
         uint64_t asked;
     };
     void Ask(const Handle& record, Task task);
+    /// Needs the mutex. \return false if the system refuses a thread.
+    bool StartWorker();
     void Run(const std::stop_token& stop);
     void Do(const Job& job, std::unique_lock<std::mutex>& lock);
     void DoPack(StepRecord& record, PackMethod method, std::unique_lock<std::mutex>& lock);

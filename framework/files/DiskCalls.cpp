@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/files/DiskCalls.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -26,6 +27,14 @@ int DiskCalls::Sync(int file) { return fsync(file); }
 int DiskCalls::Close(int file) { return close(file); }
 
 int DiskCalls::Rename(const char* from, const char* to) { return std::rename(from, to); }
+
+int DiskCalls::RenameNew(const char* from, const char* to) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    // Some network file systems know no such renaming.
+    return errno == EINVAL || errno == ENOSYS ? Rename(from, to) : -1;
+}
 
 DiskCalls& DiskCalls::Current() {
     static DiskCalls system;

@@ -19,6 +19,8 @@ public:
     virtual int Sync(int file);
     virtual int Close(int file);
     virtual int Rename(const char* from, const char* to);
+    /// Rename that fails with EEXIST if `to` exists, where the file system can do that at once.
+    virtual int RenameNew(const char* from, const char* to);
 
     /// Those in use, at first the system's own.
     static DiskCalls& Current();

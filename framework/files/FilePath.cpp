@@ -3,6 +3,7 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/files/DiskCalls.h"
+#include "framework/files/FileLock.h"
 
 #include <atomic>
 #include <cerrno>
@@ -10,29 +11,69 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace trovik {
 
 namespace {
 
-/// A name of its own for each new file of this process, in the folder of `target`.
-std::string NewNameBeside(const std::string& target) {
-    static std::atomic<unsigned> counter{0};
-    const std::filesystem::path path(target);
-    const std::string extension = path.extension().string();
-    const std::string mark =
-        "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".part";
+namespace fs = std::filesystem;
+
+std::function<void(const std::string&)>& Notes() {
+    static std::function<void(const std::string&)> receive;
+    return receive;
+}
+
+/// Names of new files: the stem of the target, ".", a process ID, "-", a number, ".part", the
+/// extension of the target.
+constexpr std::string_view partMark = ".part";
+
+/// What names of new files begin with, the first dot included, for a mark of this length.
+std::string StemBeside(const fs::path& target, std::size_t markBytes) {
     // Most file systems end names at 255 bytes; a target of such a name still gets its new file.
     constexpr std::size_t maxNameBytes = 255;
-    std::string stem = path.stem().string();
-    if (stem.size() + mark.size() + extension.size() > maxNameBytes) {
-        const std::size_t rest = mark.size() + extension.size();
+    std::string stem = target.stem().string();
+    const std::size_t rest = markBytes + target.extension().string().size();
+    if (stem.size() + rest > maxNameBytes)
         stem.resize(rest < maxNameBytes ? maxNameBytes - rest : 0);
-    }
-    return (path.parent_path() / (stem + mark + extension)).string();
+    return stem;
+}
+
+/// A name of its own for each new file of this process, in the folder of `target`.
+std::string NewNameBeside(const fs::path& target) {
+    static std::atomic<unsigned> counter{0};
+    const std::string mark =
+        "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + std::string(partMark);
+    return (target.parent_path() /
+            (StemBeside(target, mark.size()) + mark + target.extension().string()))
+        .string();
+}
+
+/// Whether NewNameBeside of some process makes this name for `target`.
+bool IsNewNameOf(const fs::path& target, const std::string& name) {
+    const std::string ending = std::string(partMark) + target.extension().string();
+    const std::size_t dot = name.size() <= ending.size()
+                                ? std::string::npos
+                                : name.rfind('.', name.size() - ending.size() - 1);
+    if (dot == std::string::npos ||
+        name.compare(name.size() - ending.size(), ending.size(), ending))
+        return false;
+    const std::string_view numbers =
+        std::string_view(name).substr(dot + 1, name.size() - ending.size() - dot - 1);
+    const std::size_t hyphen = numbers.find('-');
+    const auto isNumber = [](std::string_view text) {
+        return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+    };
+    if (hyphen == std::string_view::npos || !isNumber(numbers.substr(0, hyphen)) ||
+        !isNumber(numbers.substr(hyphen + 1)))
+        return false;
+    const std::size_t markBytes = 1 + numbers.size() + partMark.size();
+    return name.compare(0, dot, StemBeside(target, markBytes)) == 0;
 }
 
 std::string FollowLinks(const std::string& path) {
@@ -106,30 +147,77 @@ FileReplacement::FileReplacement(const std::string& filePath)
             throw HostError("cannot write " + path + ": not a regular file");
         }
         presentMode = status.st_mode & 07777;
-    }
-
-    constexpr mode_t anyNewFile = 0666;
-    int file = -1;
-    do {
-        temporaryPath = NewNameBeside(targetPath);
-        file = DiskCalls::Current().Open(
-            temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anyNewFile);
-    } while (file < 0 && errno == EEXIST);
-    if (file < 0) {
+    } else if (errno != ENOENT) {
+        // Such as a name that is too long, which the shorter name of the new file would hide.
         ThrowFileError("write", path, errno);
     }
+
+    RemoveAbandoned();
+    while (!Create()) {
+    }
     // Best effort: a file of other rights is better than none.
-    if (presentMode && fchmod(file, *presentMode | S_IRUSR | S_IWUSR) != 0) {
+    if (presentMode && fchmod(lock, *presentMode | S_IRUSR | S_IWUSR) != 0) {
         errno = 0;
     }
-    DiskCalls::Current().Close(file);
+}
+
+bool FileReplacement::Create() {
+    constexpr mode_t anyNewFile = 0666;
+    temporaryPath = NewNameBeside(targetPath);
+    const int file = DiskCalls::Current().Open(
+        temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anyNewFile);
+    if (file < 0) {
+        if (errno == EEXIST) {
+            return false;
+        }
+        const int systemError = errno;
+        temporaryPath.clear();
+        ThrowFileError("write", path, systemError);
+    }
+    // Between the two calls another process may find the file unlocked and remove it. A file system
+    // without locks refuses them to that process, too.
+    const bool isLocked = flock(file, LOCK_EX | LOCK_NB) == 0;
+    if ((!isLocked && errno == EWOULDBLOCK) || !IsFileAt(temporaryPath, file)) {
+        DiskCalls::Current().Close(file);
+        return false;
+    }
+    lock = file;
+    return true;
+}
+
+void FileReplacement::RemoveAbandoned() const {
+    const fs::path target(targetPath);
+    const fs::path folder = target.parent_path();
+    std::error_code failed;
+    fs::directory_iterator entry(folder.empty() ? fs::path(".") : folder, failed);
+    for (; !failed && entry != fs::directory_iterator(); entry.increment(failed)) {
+        const std::string name = entry->path().filename().string();
+        std::error_code ignored;
+        if (!IsNewNameOf(target, name) ||
+            entry->symlink_status(ignored).type() != fs::file_type::regular)
+            continue;
+        const std::string abandoned = (folder / name).string();
+        // Not the process ID in the name, which another process may have by now.
+        const FileLock owned(abandoned);
+        if (owned.State() != FileLock::Result::Locked || unlink(abandoned.c_str()) != 0) continue;
+        if (Notes()) Notes()(abandoned + ": removed; a process that was killed left it");
+    }
 }
 
 FileReplacement::~FileReplacement() {
     if (!temporaryPath.empty()) {
         unlink(temporaryPath.c_str());
     }
+    if (lock >= 0) {
+        DiskCalls::Current().Close(lock);
+    }
 }
+
+int FileReplacement::TakeLock() { return std::exchange(lock, -1); }
+
+void CheckWritable(const std::string& path) { const FileReplacement attempt(path); }
+
+void SetFileNotes(std::function<void(const std::string&)> receive) { Notes() = std::move(receive); }
 
 void FileReplacement::Commit(const std::function<void(const std::string&)>& beforeReplacing) {
     if (const int systemError = SyncFile(temporaryPath); systemError != 0) {
@@ -141,7 +229,10 @@ void FileReplacement::Commit(const std::function<void(const std::string&)>& befo
     // Told before the renaming: behind it nothing may fail, be it for want of memory.
     const std::filesystem::path parent = std::filesystem::path(targetPath).parent_path();
     const std::string folder = parent.empty() ? std::string(".") : parent.string();
-    if (DiskCalls::Current().Rename(temporaryPath.c_str(), targetPath.c_str()) != 0) {
+    DiskCalls& disk = DiskCalls::Current();
+    const int renamed = mayReplace ? disk.Rename(temporaryPath.c_str(), targetPath.c_str())
+                                   : disk.RenameNew(temporaryPath.c_str(), targetPath.c_str());
+    if (renamed != 0) {
         ThrowFileError("write", path, errno);
     }
     temporaryPath.clear();

@@ -17,6 +17,17 @@ TROVIK_API std::string LowerExtension(const std::string& path);
 /// another kind of thing (a pipe could make a reader wait for ever).
 TROVIK_API std::uint64_t RegularFileSize(const std::string& path);
 
+/// Receives one line for each event of file writing that users should read about, such as the
+/// removal of a file that a killed process left. At first nobody receives them.
+/// \param receive  empty: nobody. Called on the thread that writes.
+TROVIK_API void SetFileNotes(std::function<void(const std::string&)> receive);
+
+/// Makes sure that a file can be written at `path`, before the work whose result it is to hold:
+/// the name is valid, the folder exists and can be written, and the path is not a folder or device.
+/// Creates a file next to it and removes it; a file at `path` is not touched.
+/// \throw HostError as FileReplacement.
+TROVIK_API void CheckWritable(const std::string& path);
+
 /// A new file that takes the place of another only when it is complete.
 ///
 /// The constructor creates a file beside the target, in the same folder and with the same
@@ -24,6 +35,10 @@ TROVIK_API std::uint64_t RegularFileSize(const std::string& path);
 /// those of any new file. Whoever owns the replacement fills that file. Commit brings it to disk
 /// and renames it; without Commit the destructor removes it, and the target is as it was. Where
 /// the target is a symbolic link, what it leads to is replaced.
+///
+/// The new file is locked (flock) for as long as it is this object's. A file of the same target
+/// that nobody locks was left by a process that was killed; the constructor removes it and reports
+/// it by SetFileNotes. On file systems without locks such files stay.
 class TROVIK_API FileReplacement {
 public:
     /// \throw HostError naming `path` and the system's reason; also where `path` is a folder, a
@@ -37,6 +52,8 @@ public:
     const std::string& Path() const { return path; }
     /// Where the new content belongs until Commit.
     const std::string& TemporaryPath() const { return temporaryPath; }
+    /// Hands over the open descriptor that locks the file; the caller closes it, which unlocks.
+    int TakeLock();
 
     /// Brings the new file to disk and puts it in place, and then its folder to disk. To be called
     /// once. \param beforeReplacing  called with TemporaryPath when the file there is complete and
@@ -45,10 +62,23 @@ public:
     /// the message says that the new file is in place and only its folder could not be synced.
     void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
+    /// From now on Commit fails if a file appeared under the target's name.
+    void RequireNewTarget() { mayReplace = false; }
+    /// What is replaced: `path`, or the file that it leads to as a symbolic link.
+    const std::string& TargetPath() const { return targetPath; }
+
 private:
+    /// Creates and locks temporaryPath. \return whether it is this object's; otherwise another
+    /// process removed the file before it was locked.
+    bool Create();
+    void RemoveAbandoned() const;
+
     std::string path;
     std::string targetPath;
     std::string temporaryPath;
+    /// Descriptor that holds the lock of the new file.
+    int lock = -1;
+    bool mayReplace = true;
 };
 
 /// \throw HostError always: "cannot <doing> <path>: <text of the system error>".

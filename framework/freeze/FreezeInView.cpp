@@ -3,6 +3,7 @@
 
 #include "framework/freeze/BetweenPixels.h"
 #include "framework/levels/SurfaceNormal.h"
+#include "framework/threads/WorkerThreads.h"
 
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
@@ -101,6 +102,7 @@ std::vector<float> SharesInView(const LevelGeometry& geometry,
     const Sight sight(geometry, tree, view);
     const Matrix& toWorld = geometry.Place().ToWorld();
     std::vector<float> shares(level.VertexCount(), 0.0f);
+    LimitWorkerThreads();
     const tbb::blocked_range<uint32_t> all(0, level.VertexCount(), 4096);
     tbb::parallel_for(all, [&](const tbb::blocked_range<uint32_t>& some) {
         for (uint32_t v = some.begin(); v != some.end(); ++v) {

@@ -2,6 +2,7 @@
 #include "framework/journal/Journal.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/files/FileLock.h"
 
 #include <filesystem>
 
@@ -28,19 +29,37 @@ void RefuseUnfinished(const std::string& path) {
     }
 }
 
+[[noreturn]] void RefuseSecondRun(const std::string& path) {
+    throw HostError(path +
+                    ": another run is writing this journal; wait until it has ended, or name "
+                    "another file");
+}
+
 }  // namespace
 
 Journal::Journal(const JournalOptions& journalOptions, const JournalBase& base)
     : options(journalOptions) {
-    RefuseUnfinished(options.path);
-    Start(base);
+    // Held until the new journal, which is locked too, has taken the place of the old one: no other
+    // run finds the name unlocked in between.
+    const FileLock old(options.path);
+    if (old.State() == FileLock::Result::Busy) RefuseSecondRun(options.path);
+    const bool isNew = old.State() == FileLock::Result::Absent;
+    if (!isNew) RefuseUnfinished(options.path);
+    Start(base, !isNew);
 }
 
-void Journal::Start(const JournalBase& base) {
+void Journal::Start(const JournalBase& base, bool mayReplace) {
     auto fresh = std::make_unique<JournalWriter>(options.path);
     fresh->Append(RecordKind::Base, ToJson(base).dump());
     if (!past.empty()) fresh->Append(RecordKind::Past, past.dump());
-    fresh->PutInPlace();
+    try {
+        fresh->PutInPlace(mayReplace);
+    } catch (const HostError&) {
+        // Another run that began at the same time was first.
+        if (!mayReplace && FileLock(options.path).State() == FileLock::Result::Busy)
+            RefuseSecondRun(options.path);
+        throw;
+    }
     writer = std::move(fresh);
 }
 

@@ -32,7 +32,7 @@ class TROVIK_API Journal {
 public:
     /// Starts a new journal, on disk when this returns.
     /// \throw HostError also where a journal lies there whose work did not end in good order: it
-    /// may hold what nothing else does.
+    /// may hold what nothing else does; and if another run is writing the journal, which locks it.
     Journal(const JournalOptions& options, const JournalBase& base);
 
     /// A step as of a stroke script, right before it runs.
@@ -78,7 +78,7 @@ public:
 private:
     template <typename Write>
     void Guarded(const Write& write);
-    void Start(const JournalBase& base);
+    void Start(const JournalBase& base, bool mayReplace = true);
     void End(RecordKind kind, JournalStep& ended, StepEnd end, const std::string& label);
     void Note(JournalStep& ended, const StepEnd& end, const std::string& label);
 

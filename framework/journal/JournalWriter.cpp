@@ -31,6 +31,7 @@ JournalWriter::JournalWriter(const std::string& journalPath)
 
 JournalWriter::~JournalWriter() {
     if (file >= 0) DiskCalls::Current().Close(file);
+    if (lock >= 0) DiskCalls::Current().Close(lock);
 }
 
 void JournalWriter::Append(RecordKind kind, const void* content, std::size_t size) {
@@ -69,9 +70,11 @@ void JournalWriter::Sync() {
         ThrowFileError("write", path, errno);
 }
 
-void JournalWriter::PutInPlace() {
+void JournalWriter::PutInPlace(bool mayReplace) {
     Sync();
+    if (!mayReplace) replacement->RequireNewTarget();
     replacement->Commit();
+    lock = replacement->TakeLock();
     replacement.reset();
 }
 

@@ -15,7 +15,8 @@ class FileReplacement;
 /// Writes the records of a journal, each by one call of the system at most.
 ///
 /// A new journal comes into being beside the one that it takes the place of; PutInPlace renames it.
-/// So there is a whole journal under the name at any moment.
+/// So there is a whole journal under the name at any moment. The journal is locked (FileLock) from
+/// its creation to the end of the writer.
 /// Errors: HostError naming the path and the system's reason. A record that could not be written
 /// whole is a torn one, which readers leave out; nothing may be appended behind it.
 class TROVIK_API JournalWriter {
@@ -39,8 +40,9 @@ public:
     void Flush();
     /// Flush, and waits until the disk has it: from here on not even the machine's end does.
     void Sync();
-    /// Sync, and puts the journal under its name. To be called once.
-    void PutInPlace();
+    /// Sync, and puts the journal under its name. To be called once. \param mayReplace  whether a
+    /// file may be there already; otherwise the call fails then.
+    void PutInPlace(bool mayReplace);
 
     const std::string& Path() const { return path; }
 
@@ -48,6 +50,8 @@ private:
     std::string path;
     std::unique_ptr<FileReplacement> replacement;
     int file = -1;
+    /// Descriptor that holds the lock once the journal is in place.
+    int lock = -1;
     uint32_t count = 0;
     std::vector<unsigned char> waiting;
 };

@@ -3,6 +3,7 @@
 
 #include "framework/levels/AttributeRefinement.h"
 #include "framework/levels/CatmullClarkRules.h"
+#include "framework/memory/FilledStore.h"
 #include "host/Mesh.h"
 
 #include <algorithm>
@@ -147,8 +148,7 @@ void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
     std::sort(edges.begin(), edges.end(), [](const HalfEdge& a, const HalfEdge& b) {
         return a.key != b.key ? a.key < b.key : a.place < b.place;
     });
-    neighbours.SetFill(faceCount * corners, false);
-    std::fill_n(neighbours.array, neighbours.fill, openBorder);
+    FillStore(neighbours, faceCount * corners, openBorder);
     const auto slot = [corners](uint32_t place) { return (place >> 2) * corners + (place & 3u); };
     for (std::size_t i = 0; i < edges.size();) {
         std::size_t end = i;

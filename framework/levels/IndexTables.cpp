@@ -4,6 +4,7 @@
 /// Tables of a patch: where its grid points and cells stand among its faces. A face's number within
 /// the patch has one digit in base 4 per level, the topmost first; digit k is the child at corner
 /// k: 0 top left, 1 top right, 2 bottom right, 3 bottom left, none of them turned.
+#include "framework/memory/FilledStore.h"
 #include "host/Mesh.h"
 
 #include <array>
@@ -35,8 +36,8 @@ uint32_t FaceAt(uint32_t row, uint32_t column, uint32_t level) {
 
 void Fill(PatchTables& tables, uint32_t level) {
     const uint32_t side = 1u << level;
-    tables.faceOfCell.SetFill(side * side, false);
-    tables.cellOfFace.SetFill(side * side, false);
+    ResizeStore(tables.faceOfCell, side * side);
+    ResizeStore(tables.cellOfFace, side * side);
     for (uint32_t row = 0; row < side; ++row) {
         for (uint32_t column = 0; column < side; ++column) {
             const uint32_t cell = row * side + column;
@@ -47,7 +48,7 @@ void Fill(PatchTables& tables, uint32_t level) {
     }
     // A grid point is the top left corner of its cell; the last row and column take the cell
     // before and another corner of it.
-    tables.vertexIndex.SetFill((side + 1) * (side + 1), false);
+    ResizeStore(tables.vertexIndex, (side + 1) * (side + 1));
     uint32_t point = 0;
     for (uint32_t row = 0; row <= side; ++row) {
         for (uint32_t column = 0; column <= side; ++column, ++point) {

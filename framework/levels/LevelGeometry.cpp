@@ -8,6 +8,8 @@
 #include "framework/levels/FreezeCarrying.h"
 #include "framework/levels/LevelRefiner.h"
 #include "framework/levels/SurfaceNormal.h"
+#include "framework/memory/FilledStore.h"
+#include "framework/memory/FreeMemory.h"
 #include "framework/memory/SystemMemory.h"
 
 #include <algorithm>
@@ -93,16 +95,14 @@ std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(const std::function<bool()>*
     try {
         fine->AllocateFaces(static_cast<uint32_t>(faces), 1);
         fine->AllocateVertices(static_cast<uint32_t>(vertices));
-        fine->vertexNormals.SetFill(fine->vertexCount, false);
+        ResizeStore(fine->vertexNormals, fine->vertexCount);
         PreferLargePages(fine->vertexNormals.array,
                          uint64_t{fine->vertexCount} * sizeof(PackedNormal));
     } catch (Error* error) {
         Error::Dispose(error);
         throw HostError("subdividing to " + std::to_string(faces) +
                         " faces needs more memory than the limit allows");
-    }
-    if (fine->vertexNormals.fill != fine->vertexCount || fine->vertices.fill != vertices ||
-        fine->faceWalkStamps.fill != faces) {
+    } catch (const std::bad_alloc&) {
         throw HostError("subdividing to " + std::to_string(faces) +
                         " faces needs more memory than there is");
     }
@@ -172,7 +172,9 @@ LevelForecast LevelGeometry::Forecast(uint32_t times) const {
     return forecast;
 }
 
-void LevelGeometry::CheckForecast(uint32_t times, uint64_t byteBudget) const {
+void LevelGeometry::CheckForecast(uint32_t times,
+                                  uint64_t byteBudget,
+                                  uint64_t furtherBytes) const {
     const LevelForecast forecast = Forecast(times);
     const std::string level = std::to_string(levels.size() - 1 + forecast.levels);
     // Four indices a face must be countable too.
@@ -181,12 +183,17 @@ void LevelGeometry::CheckForecast(uint32_t times, uint64_t byteBudget) const {
                         std::to_string(forecast.faces) + " faces; a level holds at most " +
                         std::to_string(mostElements / 4));
     }
-    if (forecast.bytes > byteBudget) {
-        throw HostError(
-            "subdividing to level " + level + " would give " + std::to_string(forecast.faces) +
-            " faces and " + std::to_string(forecast.vertices) + " vertices and take " +
-            std::to_string(forecast.bytes) + " bytes; the budget is " + std::to_string(byteBudget));
-    }
+    const auto refuse = [&](uint64_t bytes, const std::string& reason) {
+        throw HostError("subdividing to level " + level + " would give " +
+                        std::to_string(forecast.faces) + " faces and " +
+                        std::to_string(forecast.vertices) + " vertices and take " +
+                        std::to_string(bytes) + " bytes; " + reason);
+    };
+    if (forecast.bytes > byteBudget)
+        refuse(forecast.bytes, "the budget is " + std::to_string(byteBudget));
+    const FreeMemory free = QueryFreeMemory();
+    if (forecast.bytes + furtherBytes > free.bytes)
+        refuse(forecast.bytes + furtherBytes, "only " + free.Text());
 }
 
 std::vector<Vector> LevelGeometry::RefinedPositions(uint32_t index) const {

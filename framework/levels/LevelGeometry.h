@@ -54,10 +54,13 @@ public:
     bool Subdivide(const SubdivideOptions& options = {});
     /// What `times` more levels would hold. Cost: O(faces) of the highest level.
     LevelForecast Forecast(uint32_t times = 1) const;
+    /// \param furtherBytes  what the caller needs besides the levels once they exist, such as the
+    /// memory of a render.
     /// \throw HostError "subdividing to level L would give F faces and V vertices and take B bytes;
-    /// the budget is N" when `times` more levels would take more, or when the highest of them could
-    /// not be counted.
-    void CheckForecast(uint32_t times, uint64_t byteBudget) const;
+    /// REASON" when `times` more levels would take more than the budget ("the budget is N"), or
+    /// they and the further bytes more than QueryFreeMemory returns ("only N bytes of memory are
+    /// free (LIMIT)"), or when the highest of them could not be counted.
+    void CheckForecast(uint32_t times, uint64_t byteBudget, uint64_t furtherBytes = 0) const;
 
     /// Binds another level. What was changed since on the levels in between is carried along: to
     /// coarser levels by fitting, to finer ones by turning their detail with the surface; see

@@ -6,6 +6,7 @@
 #include "framework/edits/LevelChange.h"
 #include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelGeometry.h"
+#include "framework/memory/FilledStore.h"
 #include "framework/memory/SystemMemory.h"
 
 #include <algorithm>
@@ -23,18 +24,16 @@ LevelMesh::~LevelMesh() {
 void LevelMesh::AllocateFaces(uint32_t faces, int32_t type) {
     meshType = type;
     faceCount = faces;
-    faceVertexIndices.SetFill(faces * CornersPerFace(), false);
+    ResizeStore(faceVertexIndices, faces * CornersPerFace());
     PreferLargePages(faceVertexIndices.array, uint64_t{faceVertexIndices.fill} * sizeof(uint32_t));
-    faceFlagStore.SetFill(faces, false);
-    std::fill_n(faceFlagStore.array, faces, faceIsLive);
+    FillStore(faceFlagStore, faces, faceIsLive);
     faceFlags = faceFlagStore.array;
-    faceWalkStamps.SetFill(faces, false);
-    std::fill_n(faceWalkStamps.array, faces, 0u);
+    FillStore(faceWalkStamps, faces, 0u);
 }
 
 void LevelMesh::AllocateVertices(uint32_t count) {
     vertexCount = count;
-    vertices.SetFill(count, false);
+    ResizeStore(vertices, count);
     PreferLargePages(vertices.array, uint64_t{count} * sizeof(Vertex));
     std::fill_n(vertices.array, count, Vertex{});
 }
@@ -42,13 +41,11 @@ void LevelMesh::AllocateVertices(uint32_t count) {
 void LevelMesh::MakeBaseTables() {
     const uint32_t corners = CornersPerFace();
     FindNeighbours(faceVertexIndices, faceCount, corners, baseNeighbours);
-    baseVertexFace.SetFill(vertexCount, false);
-    std::fill_n(baseVertexFace.array, vertexCount, openBorder);
+    FillStore(baseVertexFace, vertexCount, openBorder);
     for (uint32_t slot = faceCount * corners; slot-- > 0;)
         baseVertexFace.array[faceVertexIndices.array[slot]] = slot / corners;
     // Walks over the vertices of level 0 belong to strokes, which must not allocate by mesh size.
-    vertexWalkStamps.SetFill(vertexCount, false);
-    std::fill_n(vertexWalkStamps.array, vertexCount, 0u);
+    FillStore(vertexWalkStamps, vertexCount, 0u);
     vertexWalk = 0;
 }
 

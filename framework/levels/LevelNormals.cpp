@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/levels/LevelMesh.h"
+#include "framework/memory/FilledStore.h"
 #include "framework/memory/SystemMemory.h"
 #include "host/HWVector.h"
 
@@ -42,7 +43,7 @@ void LevelMesh::ComputeNormals() {
         for (uint32_t k = 0; k < corners; ++k) sums[v[k]] += normal;
     }
     if (vertexNormals.fill != vertexCount) {
-        vertexNormals.SetFill(vertexCount, false);
+        ResizeStore(vertexNormals, vertexCount);
         PreferLargePages(vertexNormals.array, uint64_t{vertexCount} * sizeof(PackedNormal));
         std::fill_n(vertexNormals.array, vertexCount, PackedNormal{0, 0, 0, 0});
     }

@@ -4,6 +4,7 @@
 /// Walks over faces and vertices. What a walk has seen is remembered by stamps that live with the
 /// mesh, so that a walk costs what it reaches.
 #include "framework/levels/LevelGeometry.h"
+#include "framework/memory/FilledStore.h"
 
 #include <algorithm>
 #include <cassert>
@@ -124,10 +125,7 @@ void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
     };
     const StampStep endOfWalk{visitStamp};
     if (face < faceCount) {
-        if (vertexWalkStamps.fill != vertexCount) {
-            vertexWalkStamps.SetFill(vertexCount, false);
-            std::fill_n(vertexWalkStamps.array, vertexCount, 0u);
-        }
+        if (vertexWalkStamps.fill != vertexCount) FillStore(vertexWalkStamps, vertexCount, 0u);
         const uint32_t walk = NextWalk(vertexWalk, vertexWalkStamps);
         // The queue holds pairs: a vertex and the face in which it was met.
         walkQueue.clear();

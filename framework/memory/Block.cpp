@@ -30,12 +30,36 @@ Account& TheAccount() {
     return *account;
 }
 
+/// Whether users asked for the log on standard error.
+bool IsLogWanted() {
+    const char* wanted = std::getenv("TROVIK_MEMORY_LOG");
+    return wanted != nullptr && *wanted != '\0';
+}
+
 void Log(const std::string& line) {
     const Account& account = TheAccount();
     if (account.sink)
         account.sink(line);
     else
         std::clog << line << '\n';
+}
+
+// The account holds one total; per name only the number of arrays is available.
+void WriteLog(float share, bool everyBlock) {
+    const Account& account = TheAccount();
+    std::map<std::string, int64_t> blocksByName;
+    for (const Block* block = Block::s_pHead; block != nullptr; block = block->next)
+        ++blocksByName[block->allocatorName == nullptr ? "unnamed" : block->allocatorName];
+    Log("memory: " + std::to_string(account.total) + " bytes accounted" +
+        (account.limit == unlimited ? std::string() : ", limit " + std::to_string(account.limit)) +
+        (account.allocator == nullptr ? std::string()
+                                      : std::string(", allocating for ") + account.allocator));
+    int64_t blocks = 0;
+    for (const auto& [name, count] : blocksByName) blocks += count;
+    for (const auto& [name, count] : blocksByName) {
+        if (everyBlock || static_cast<float>(count) >= share * static_cast<float>(blocks))
+            Log("memory:   " + name + ": " + std::to_string(count) + " arrays");
+    }
 }
 
 }  // namespace
@@ -79,21 +103,12 @@ void* Block::AlignedAlloc(uint64_t size, uint64_t alignment) {
 
 void Block::AlignedFree(void* memory) { std::free(memory); }
 
-// The account knows one total; what it can tell of each name is how many arrays bear it.
 void Block::LogAll(float share, bool everyBlock) {
-    const Account& account = TheAccount();
-    std::map<std::string, int64_t> blocksByName;
-    for (const Block* block = s_pHead; block != nullptr; block = block->next)
-        ++blocksByName[block->allocatorName == nullptr ? "unnamed" : block->allocatorName];
-    Log("memory: " + std::to_string(account.total) + " bytes accounted" +
-        (account.limit == unlimited ? std::string() : ", limit " + std::to_string(account.limit)) +
-        (account.allocator == nullptr ? std::string()
-                                      : std::string(", allocating for ") + account.allocator));
-    int64_t blocks = 0;
-    for (const auto& [name, count] : blocksByName) blocks += count;
-    for (const auto& [name, count] : blocksByName) {
-        if (everyBlock || static_cast<float>(count) >= share * static_cast<float>(blocks))
-            Log("memory:   " + name + ": " + std::to_string(count) + " arrays");
+    if (!TheAccount().sink && !IsLogWanted()) return;
+    try {
+        WriteLog(share, everyBlock);
+    } catch (const std::bad_alloc&) {
+        // Called because an allocation failed; the log must not turn that into another error.
     }
 }
 

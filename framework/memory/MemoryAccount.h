@@ -16,7 +16,8 @@ public:
     static void SetLimit(int64_t bytes);
     static int64_t Limit();
     static int64_t Total();
-    /// Where Block::LogAll writes, one line a call; null for the standard log stream.
+    /// Where Block::LogAll writes, one line a call. Null: to the standard log stream if the
+    /// environment variable TROVIK_MEMORY_LOG is set and not empty, and nowhere otherwise.
     static void SetLogSink(std::function<void(const std::string&)> sink);
 };
 

@@ -3,6 +3,7 @@
 
 #include "framework/pictures/Caption.h"
 #include "framework/pictures/RenderRange.h"
+#include "framework/pictures/RenderMemory.h"
 #include "framework/pictures/Shading.h"
 
 #include <tbb/parallel_for.h>
@@ -92,6 +93,7 @@ Picture RenderPicture(const std::vector<PictureMesh>& meshes,
     Picture picture{options.width, options.height, {}};
     picture.rgb.resize(static_cast<std::size_t>(options.width) *
                        static_cast<std::size_t>(options.height) * 3);
+    PrepareRenderMemory(meshes);
     const EmbreeScene scene(meshes);
     CheckCamera(camera);
     const Renderer renderer(scene, camera, options);

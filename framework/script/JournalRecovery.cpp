@@ -3,6 +3,7 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
+#include "framework/files/FilePath.h"
 #include "framework/script/ScriptDocument.h"
 
 #include <exception>
@@ -256,6 +257,7 @@ RecoveredWork RedoJournal(const std::string& journalPath, const RecoveryOptions&
 RecoveredWork RecoverJournal(const std::string& journalPath,
                              const std::string& scenePath,
                              const RecoveryOptions& options) {
+    CheckWritable(scenePath);
     RecoveredWork work = RedoJournal(journalPath, options);
     work.runner->Save(scenePath);
     return work;

@@ -37,7 +37,8 @@ struct RecoveredWork {
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 
-/// RedoJournal, and saves the work as a scene. The journal stays as it is.
+/// RedoJournal, and saves the work as a scene. The journal stays as it is. Whether the scene can be
+/// written is checked first (CheckWritable).
 TROVIK_API RecoveredWork RecoverJournal(const std::string& journalPath,
                                         const std::string& scenePath,
                                         const RecoveryOptions& options = {});

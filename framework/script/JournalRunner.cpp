@@ -72,10 +72,11 @@ void ScriptRunner::Do(const FieldReader& step) {
 }
 
 void ScriptRunner::TellProblems() {
-    std::vector<std::string> problems = {session->Geometry().History().TakeProblem()};
-    if (journal != nullptr) problems.push_back(journal->TakeProblem());
-    for (const std::string& problem : problems)
-        if (!problem.empty() && progress.message) progress.message(problem);
+    const std::string ofHistory = session->Geometry().History().TakeProblem();
+    if (!ofHistory.empty() && progress.message) progress.message(ofHistory);
+    const std::string ofJournal = journal == nullptr ? std::string() : journal->TakeProblem();
+    const auto& warn = progress.warning ? progress.warning : progress.message;
+    if (!ofJournal.empty() && warn) warn(ofJournal);
 }
 
 void ScriptRunner::Save(const std::string& scenePath) {

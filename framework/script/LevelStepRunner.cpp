@@ -8,19 +8,10 @@
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
-#include <unistd.h>
 
 namespace trovik {
 
 namespace {
-
-/// What the machine could ever hold; without an answer, anything.
-uint64_t PhysicalMemory() {
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long pageBytes = sysconf(_SC_PAGESIZE);
-    if (pages <= 0 || pageBytes <= 0) return std::numeric_limits<uint64_t>::max();
-    return static_cast<uint64_t>(pages) * static_cast<uint64_t>(pageBytes);
-}
 
 /// What the account of memory still gives.
 uint64_t AccountedRoom() {
@@ -33,7 +24,7 @@ uint64_t AccountedRoom() {
 
 void ScriptRunner::Subdivide(const FieldReader& where, int count) {
     if (count <= 0) return;
-    const uint64_t budget = std::min({subdivideBudget, PhysicalMemory(), AccountedRoom()});
+    const uint64_t budget = std::min(subdivideBudget, AccountedRoom());
     try {
         // All of them first, so that a step that cannot be done leaves the mesh as it was.
         session->Geometry().CheckForecast(static_cast<uint32_t>(count), budget);

@@ -28,6 +28,9 @@ struct ScriptProgress {
     WriteProgress file;
     /// A message of the brush to its user.
     std::function<void(const std::string&)> message;
+    /// Safety that the user relies on was lost, such as a journal that could not be kept; the work
+    /// goes on. If empty, `message` receives the text.
+    std::function<void(const std::string&)> warning;
     /// Asked between steps and dabs, and now and then while levels and files are made; answers true
     /// to stop: the run then throws WorkStopped. May be empty.
     std::function<bool()> stop;

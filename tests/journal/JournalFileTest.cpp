@@ -12,6 +12,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
+#include <utility>
 
 namespace trovik::test {
 namespace {
@@ -190,6 +193,74 @@ TEST_F(JournalOnDisk, IsNotWrittenOverWhereItsWorkDidNotEnd) {
     EXPECT_NE(message.find(path), std::string::npos);
     EXPECT_NE(message.find("trovik recover"), std::string::npos) << message;
     EXPECT_EQ(TemporaryFolder::Content(path), before);
+    EXPECT_EQ(folder.FileCount(), 1u);
+}
+
+TEST_F(JournalOnDisk, RefusesASecondRunWhileTheFirstIsGoingOn) {
+    const std::string reason =
+        path +
+        ": another run is writing this journal; wait until it has ended, or name another file";
+    const auto start = [this] { Journal({path, false}, base); };
+    {
+        Journal first({path, false}, base);
+        EXPECT_EQ(MessageOf<HostError>(start), reason);
+        first.StartAnew(base);
+        EXPECT_EQ(MessageOf<HostError>(start), reason) << "the new journal is locked too";
+        first.BeginStep({{"tool", "Wax"}});
+        EXPECT_EQ(folder.FileCount(), 1u);
+    }
+    // The lock went with the run, but its work did not end.
+    EXPECT_NE(MessageOf<HostError>(start).find("did not end in good order"), std::string::npos);
+}
+
+/// Starts another journal at the moment before a journal is put in place.
+class SecondRunIsFirst : public DiskCalls {
+public:
+    explicit SecondRunIsFirst(std::function<void()> startOther) : start(std::move(startOther)) {
+        Use(this);
+    }
+    ~SecondRunIsFirst() override { Use(nullptr); }
+    int Rename(const char* from, const char* to) override {
+        StartOther();
+        return DiskCalls::Rename(from, to);
+    }
+    int RenameNew(const char* from, const char* to) override {
+        StartOther();
+        return DiskCalls::RenameNew(from, to);
+    }
+
+private:
+    void StartOther() {
+        if (const auto once = std::exchange(start, nullptr)) once();
+    }
+    std::function<void()> start;
+};
+
+TEST_F(JournalOnDisk, OfTwoRunsThatStartTogetherOneIsRefused) {
+    std::unique_ptr<Journal> other;
+    {
+        const SecondRunIsFirst disk([&] {
+            other = std::make_unique<Journal>(JournalOptions{path, false}, base);
+        });
+        const std::string message = MessageOf<HostError>([this] { Journal({path, false}, base); });
+        EXPECT_NE(message.find("another run is writing this journal"), std::string::npos)
+            << message;
+    }
+    ASSERT_NE(other, nullptr);
+    other->BeginStep({{"tool", "Wax"}});
+    other->EndStep({}, "Stroke");
+    other->Close();
+    EXPECT_EQ(ReadJournal(path).steps.size(), 1u) << "nobody replaced it";
+    // Where a closed journal lies there already, the one that was first holds its lock.
+    {
+        std::string message;
+        const SecondRunIsFirst disk([&] {
+            message = MessageOf<HostError>([this] { Journal({path, false}, base); });
+        });
+        const Journal first({path, false}, base);
+        EXPECT_NE(message.find("another run is writing this journal"), std::string::npos)
+            << message;
+    }
     EXPECT_EQ(folder.FileCount(), 1u);
 }
 

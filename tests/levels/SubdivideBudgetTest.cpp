@@ -63,6 +63,18 @@ TEST(SubdivideBudget, LevelsThatCannotBeCountedAreRefusedBeforeAnyIsMade) {
               "1073741823");
 }
 
+TEST(SubdivideBudget, RefusesWhatTheMachineHasNoMemoryFor) {
+    LevelGeometry geometry(Cube());
+    EXPECT_NO_THROW(geometry.CheckForecast(1, ~uint64_t{0}, 1000));
+    const uint64_t further = uint64_t{1} << 60;
+    const std::string reason = RefusalOf([&] { geometry.CheckForecast(1, ~uint64_t{0}, further); });
+    EXPECT_EQ(reason.find("subdividing to level 1 would give 24 faces and 26 vertices and take " +
+                          std::to_string(further + 24 * 21 + 26 * 40) + " bytes; only "),
+              0u)
+        << reason;
+    EXPECT_NE(reason.find(" bytes of memory are free ("), std::string::npos) << reason;
+}
+
 TEST(SubdivideBudget, StoppingHalfWayLeavesNothingChanged) {
     LevelGeometry geometry(GridMesh(200, 200));
     geometry.Subdivide();

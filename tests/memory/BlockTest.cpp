@@ -132,5 +132,24 @@ TEST(Block, LogLeavesOutNamesWithASmallShare) {
     EXPECT_THAT(LinesOf(0.5f, true), Contains(HasSubstr("few: 1 arrays")));
 }
 
+TEST(Block, LogIsSilentUnlessItIsAskedFor) {
+    const auto logged = [] {
+        testing::internal::CaptureStderr();
+        Block::LogAll(0.0f, true);
+        return testing::internal::GetCapturedStderr();
+    };
+    unsetenv("TROVIK_MEMORY_LOG");
+    EXPECT_EQ(logged(), "");
+    setenv("TROVIK_MEMORY_LOG", "1", 1);
+    EXPECT_THAT(logged(), HasSubstr(" bytes accounted"));
+    unsetenv("TROVIK_MEMORY_LOG");
+}
+
+TEST(Block, LogThatFindsNoMemoryIsDropped) {
+    MemoryAccount::SetLogSink([](const std::string&) { throw std::bad_alloc(); });
+    EXPECT_NO_THROW(Block::LogAll(0.0f, true));
+    MemoryAccount::SetLogSink(nullptr);
+}
+
 }  // namespace
 }  // namespace trovik

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/memory/FilledStore.h"
 #include "host/Store.h"
 #include "tests/memory/MemoryLimit.h"
 
@@ -131,6 +132,19 @@ TEST(Store, AFailedAllocationAppendsNothingAndOnlyLogs) {
     EXPECT_EQ(store.array[0].value, 1);
     EXPECT_EQ(MemoryAccount::Total(), before);
     EXPECT_THAT(log, testing::HasSubstr("allocating for rare"));
+}
+
+TEST(FilledStore, HasItsElementsOrThrows) {
+    Store<uint32_t> numbers;
+    FillStore(numbers, 3, 7u);
+    EXPECT_EQ(ContentOf(numbers), (std::vector<uint32_t>{7, 7, 7}));
+    Store<Unobtainable> store("rare");
+    ResizeStore(store, 2);
+    EXPECT_EQ(store.fill, 2u);
+    Unobtainable::refuse = true;
+    EXPECT_THROW(ResizeStore(store, 100), std::bad_alloc);
+    EXPECT_THROW(FillStore(store, 100, store.array[0]), std::bad_alloc);
+    Unobtainable::refuse = false;
 }
 
 TEST(Store, ASmallerFillOnlyStoresTheNumber) {

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/threads/WorkerThreads.h"
+
+#include "framework/memory/FreeMemory.h"
+
+#include <tbb/global_control.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <sys/resource.h>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace trovik {
+
+namespace {
+
+/// Address space of a thread: its stack, and a heap of its own that the C library reserves.
+constexpr uint64_t addressBytesPerThread = uint64_t{144} << 20;
+/// Address space that stays free for the libraries' own data.
+constexpr uint64_t addressReserve = uint64_t{64} << 20;
+
+/// How many threads can run at the same time, up to `wanted`, by starting them.
+unsigned CountGrantedThreads(unsigned wanted) {
+    std::mutex mutex;
+    std::condition_variable over;
+    bool isOver = false;
+    std::vector<std::thread> threads;
+    threads.reserve(wanted);
+    try {
+        while (threads.size() + 1 < wanted) {
+            threads.emplace_back([&] {
+                std::unique_lock lock(mutex);
+                over.wait(lock, [&] { return isOver; });
+            });
+        }
+    } catch (const std::system_error&) {
+        // As many as there are.
+    }
+    {
+        const std::lock_guard lock(mutex);
+        isOver = true;
+    }
+    over.notify_all();
+    for (std::thread& thread : threads) thread.join();
+    return static_cast<unsigned>(threads.size()) + 1;
+}
+
+bool IsAddressSpaceLimited() {
+    rlimit limit{};
+    return getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+}
+
+/// Threads for which there is address space besides the work.
+unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
+    if (!IsAddressSpaceLimited()) return wanted;
+    const uint64_t free = QueryFreeMemory().bytes;
+    const uint64_t reserved = workBytes + addressReserve;
+    const uint64_t fitting = free > reserved ? (free - reserved) / addressBytesPerThread : 0;
+    return static_cast<unsigned>(std::min<uint64_t>(wanted, fitting + 1));
+}
+
+}  // namespace
+
+unsigned LimitWorkerThreads(uint64_t workBytes) {
+    static std::mutex mutex;
+    static unsigned granted = 0;
+    // Never destroyed: oneTBB may be in use until the very end.
+    static auto* controls = new std::vector<std::unique_ptr<tbb::global_control>>;
+    const std::lock_guard lock(mutex);
+    const unsigned wanted =
+        granted != 0 ? granted : std::max(1u, std::thread::hardware_concurrency());
+    unsigned possible = CountAddressableThreads(wanted, workBytes);
+    if (granted == 0) possible = CountGrantedThreads(possible);
+    if (granted == 0 || possible < granted) {
+        controls->push_back(std::make_unique<tbb::global_control>(
+            tbb::global_control::max_allowed_parallelism, possible));
+        granted = possible;
+    }
+    return granted;
+}
+
+}  // namespace trovik
