@@ -24,7 +24,9 @@ const std::map<std::string, std::string>& Examples() {
         {"render",
          "  trovik render head.obj head.png\n"
          "  trovik render head.obj side.jpg --from 1 0 0 --width 1600 --height 1200 --samples 32\n"
-         "  trovik render bust.trovik bust.png      as the scene was last seen\n"},
+         "  trovik render bust.trovik bust.png      as the scene was last seen\n"
+         "  trovik render head.obj cut-out.png --matcap bronze --transparent\n"
+         "  trovik render head.obj spin.png --frames 36        spin_0001.png to spin_0036.png\n"},
         {"convert",
          "  trovik convert head.obj head.glb\n"
          "  trovik convert head.obj fine.ply --levels 2\n"

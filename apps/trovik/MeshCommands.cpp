@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "MeshCommands.h"
+
 #include "Commands.h"
 #include "Interruption.h"
 #include "JsonOutput.h"
@@ -8,15 +10,10 @@
 #include "framework/errors/WorkStopped.h"
 #include "framework/files/FilePath.h"
 #include "framework/files/MeshSource.h"
-#include "framework/images/ImageFile.h"
 #include "framework/levels/LevelSource.h"
-#include "framework/pictures/Picture.h"
-#include "framework/pictures/RenderMemory.h"
-#include "framework/scene/SceneFile.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <limits>
@@ -25,10 +22,6 @@
 
 namespace trovik {
 
-namespace {
-
-/// A mesh file's geometry, or all of a scene but its tools. Levels that do not fit into memory,
-/// together with the `furtherBytes` of a forecast, are refused before any is made.
 LoadedScene OpenRefined(const std::string& path,
                         unsigned levels,
                         const MeshSpace& given,
@@ -58,6 +51,8 @@ LoadedScene OpenRefined(const std::string& path,
         if (!scene.geometry->Subdivide(refining)) throw WorkStopped();
     return scene;
 }
+
+namespace {
 
 /// What a mesh has beside its shape, in words, one line each.
 std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMesh& polygons) {
@@ -233,82 +228,6 @@ void Convert(const ConvertOptions& options) {
     TellConverted(options, level.VertexCount(), level.faceCount);
 }
 
-struct RenderOptions {
-    std::string mesh;
-    std::string picture;
-    unsigned levels = 0;
-    /// Empty: as a scene was last seen, a mesh from a little above and beside its front.
-    std::vector<float> from;
-    PictureOptions options;
-    bool quiet = false;
-    bool json = false;
-};
-
-/// The whole mesh, seen from a direction.
-PictureCamera Framed(const PictureMesh& shown, const Vector& from, const PictureOptions& options) {
-    constexpr float fieldOfView = 35.0f;
-    return FrameMeshes({shown},
-                       -from,
-                       fieldOfView,
-                       static_cast<float>(options.width) / static_cast<float>(options.height));
-}
-
-void Render(const RenderOptions& wanted) {
-    Vector from(0.35f, 0.2f, 1.0f);
-    if (!wanted.from.empty()) from = Vector(wanted.from[0], wanted.from[1], wanted.from[2]);
-    if (!(from.Length() > 0.0f)) throw HostError("--from: the direction has no length");
-    const ProgressLine line(wanted.quiet);
-    CheckWritable(wanted.picture);
-    const LoadedScene scene =
-        OpenRefined(wanted.mesh, wanted.levels, {}, [](const LevelForecast& forecast) {
-            return RenderBytes(forecast.vertices, forecast.faces);
-        });
-    const LevelMesh& level = *scene.geometry->Bound();
-    PictureMesh shown;
-    shown.positions = &level.vertices.array->x;
-    shown.positionStride = sizeof(Vertex);
-    shown.vertexCount = level.VertexCount();
-    shown.normals = &level.vertexNormals.array->x;
-    shown.faceVertexIndices = level.faceVertexIndices.array;
-    shown.faceCount = level.faceCount;
-    shown.cornersPerFace = level.CornersPerFace();
-    const Matrix& matrix = scene.geometry->Place().ToWorld();
-    std::copy(&matrix.m[0][0], &matrix.m[0][0] + 16, shown.localToWorld);
-    if (level.FrozenVertexCount() != 0) {
-        shown.freeze = &level.vertices.array->freeze;
-        shown.freezeStride = sizeof(Vertex);
-    }
-    const StrokeView& view = scene.settings.view;
-    const PictureCamera camera =
-        IsScenePath(wanted.mesh) && wanted.from.empty()
-            ? PictureCamera{view.eye, view.target, view.up, view.verticalFieldOfView}
-            : Framed(shown, from, wanted.options);
-    const Picture picture = RenderPicture({shown}, camera, wanted.options);
-    StopIfInterrupted();
-    WriteImageFile(wanted.picture,
-                   picture.rgb.data(),
-                   static_cast<uint32_t>(picture.width),
-                   static_cast<uint32_t>(picture.height),
-                   3);
-    if (wanted.json) {
-        const auto triple = [](const Vector& v) { return nlohmann::json{v.x, v.y, v.z}; };
-        PrintJson({{"mesh", wanted.mesh},
-                   {"picture", wanted.picture},
-                   {"width", picture.width},
-                   {"height", picture.height},
-                   {"camera",
-                    {{"eye", triple(camera.eye)},
-                     {"target", triple(camera.target)},
-                     {"up", triple(camera.up)},
-                     {"fieldOfView", camera.verticalFieldOfView}}}});
-    } else if (!wanted.quiet) {
-        std::printf("wrote %s: %d x %d pixels\n",
-                    wanted.picture.c_str(),
-                    static_cast<int>(picture.width),
-                    static_cast<int>(picture.height));
-    }
-}
-
 }  // namespace
 
 void AddInfoCommand(CLI::App& program) {
@@ -343,27 +262,6 @@ void AddConvertCommand(CLI::App& program) {
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Convert(*options); });
-}
-
-void AddRenderCommand(CLI::App& program) {
-    auto options = std::make_shared<RenderOptions>();
-    CLI::App* verb = program.add_subcommand("render", "Makes a picture of a mesh or a scene");
-    verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
-    verb->add_option("picture", options->picture, "Picture file (PNG, JPEG, TIFF)")->required();
-    verb->add_option("--levels", options->levels, "Subdivision levels to add")
-        ->check(CLI::Range(0u, 12u));
-    verb->add_option("--from", options->from, "Direction from the mesh to the eye, three numbers")
-        ->expected(3);
-    verb->add_option("--width", options->options.width, "Width in pixels")
-        ->check(CLI::Range(1, 16384));
-    verb->add_option("--height", options->options.height, "Height in pixels")
-        ->check(CLI::Range(1, 16384));
-    verb->add_option("--samples", options->options.samples, "Rays through each pixel")
-        ->check(CLI::Range(1, 4096));
-    verb->add_flag("--wireframe", options->options.wireframe, "With the edges of the faces");
-    verb->add_flag("-q,--quiet", options->quiet, "No summary");
-    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
-    verb->callback([options] { Render(*options); });
 }
 
 }  // namespace trovik

@@ -33,10 +33,19 @@ std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rin
         places[v] = toWorld.AffineTransform(level.Position(v), 1.0f);
         normals[v] = WorldNormal(geometry.Place(), Unpacked(level.vertexNormals.array[v]));
     }
+    return Bends(level, places, normals, size, rings);
+}
+
+std::vector<float> Bends(const LevelMesh& level,
+                         const std::vector<Vector>& positions,
+                         const std::vector<Vector>& normals,
+                         float size,
+                         uint32_t rings) {
+    const uint32_t vertices = level.VertexCount();
     std::vector<float> bends(vertices, 0.0f);
     std::vector<float> counts(vertices, 0.0f);
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
-        const Vector way = places[b] - places[a];
+        const Vector way = positions[b] - positions[a];
         const float square = (way.x * way.x + way.y * way.y) + way.z * way.z;
         // Two vertices at one place say nothing.
         if (!(square > 0.0f)) return;

@@ -36,6 +36,14 @@ struct CurvatureRange {
 /// \param size, rings  see CurvatureRange. Cost: O(faces).
 TROVIK_API std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rings);
 
+/// The same for other positions and normals of the vertices of `level`.
+/// \param positions, normals  world space, one of each for each vertex; normals of unit length.
+TROVIK_API std::vector<float> Bends(const LevelMesh& level,
+                                    const std::vector<Vector>& positions,
+                                    const std::vector<Vector>& normals,
+                                    float size,
+                                    uint32_t rings);
+
 /// Shares, 0 to 1, of the bound level's vertices.
 TROVIK_API std::vector<float> SharesByCurvature(const LevelGeometry& geometry,
                                                 const CurvatureRange& range);

@@ -1,26 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/pictures/Picture.h"
 #include "framework/pictures/RayCaster.h"
+#include "framework/pictures/SurfaceSample.h"
 
 #include <memory>
 #include <vector>
 
 namespace trovik {
-
-/// What a ray met. World space.
-struct SurfaceSample {
-    Vector position;
-    /// Of the face itself, turned towards the ray's origin.
-    Vector faceNormal;
-    /// By the vertex normals, turned to the side of faceNormal.
-    Vector shadingNormal;
-    float color[3];
-    /// Distance to the face's nearest edge in world units, for the wireframe.
-    float edgeDistance;
-    float distance;
-};
 
 /// The meshes as a ray library holds them: in units of its own, such that their largest coordinate
 /// is about 1. Squares and products of lengths then stay in the range of floats, whatever the size
@@ -38,6 +25,12 @@ public:
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
     /// Diagonal of the box around everything; 0 for nothing.
     float Extent() const;
+    const PictureMesh& Mesh(uint32_t number) const { return meshes[number]; }
+    /// A vertex in world space.
+    Vector WorldPosition(uint32_t mesh, uint32_t vertex) const {
+        const float* p = positions[mesh].data() + vertex * std::size_t{3};
+        return Vector(p[0], p[1], p[2]) * unit;
+    }
 
 private:
     SurfaceSample Describe(const Vector& origin, const Vector& direction, const RayHit& hit) const;

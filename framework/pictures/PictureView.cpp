@@ -11,46 +11,35 @@ namespace {
 
 constexpr float radiansPerDegree = 0.017453293f;
 
-float Checked(float value, const char* what) {
-    if (!std::isfinite(value) || value <= 0.0f)
-        throw HostError(std::string("picture: the camera's ") + what + " must be above 0");
-    return value;
-}
-
 }  // namespace
 
 PictureView::PictureView(const PictureCamera& camera, int width, int height)
     : eye(camera.eye),
       halfWidth(static_cast<float>(width) * 0.5f),
-      halfHeight(static_cast<float>(height) * 0.5f),
-      isParallel(camera.orthographicHeight > 0.0f) {
+      halfHeight(static_cast<float>(height) * 0.5f) {
     const Vector sight = camera.eye - camera.target;
     const float distance = sight.Length();
     if (!std::isfinite(distance) || distance == 0.0f)
-        throw HostError("picture: the camera's eye and target give no direction");
+        throw HostError("the camera has no direction: its eye and its target are one point");
     back = sight.Normalized();
 
-    right = (camera.up.Normalized() & back);
+    right = camera.up.Normalized() & back;
     if (!(right.Length() > 1e-6f)) right = Vector(0, 0, -1) & back;
     if (!(right.Length() > 1e-6f)) right = Vector(0, 1, 0) & back;
     right.Normalize();
     up = back & right;
 
-    if (isParallel) {
-        pixelSize = Checked(camera.orthographicHeight, "height") * 0.5f / halfHeight;
-    } else {
-        if (camera.verticalFieldOfView >= 180.0f)
-            throw HostError("picture: the camera's field of view must be below 180 degrees");
-        const float angle = Checked(camera.verticalFieldOfView, "field of view");
-        pixelSize = std::tan(angle * 0.5f * radiansPerDegree) / halfHeight;
-    }
+    const float angle = camera.verticalFieldOfView;
+    if (!(angle > 0.0f && angle < 180.0f))
+        throw HostError("the camera's field of view is " + std::to_string(angle) +
+                        " degrees; it must lie between 0 and 180");
+    pixelSize = std::tan(angle * 0.5f * radiansPerDegree) / halfHeight;
 }
 
-ViewRay PictureView::RayThrough(float pixelX, float pixelY) const {
+Vector PictureView::DirectionThrough(float pixelX, float pixelY) const {
     const Vector across =
         right * ((pixelX - halfWidth) * pixelSize) + up * ((halfHeight - pixelY) * pixelSize);
-    if (isParallel) return {eye + across, -back};
-    return {eye, (across - back).Normalized()};
+    return (across - back).Normalized();
 }
 
 Vector PictureView::ToCamera(const Vector& world) const {
@@ -58,9 +47,9 @@ Vector PictureView::ToCamera(const Vector& world) const {
     return {way | right, way | up, -(way | back)};
 }
 
-Vector PictureView::ToScreen(const Vector& inCamera) const {
-    const float scale = 1.0f / (isParallel ? pixelSize : pixelSize * inCamera.z);
-    return {inCamera.x * scale, inCamera.y * scale, 0.0f};
+Vector PictureView::ToPixel(const Vector& inCamera) const {
+    const float scale = 1.0f / (pixelSize * inCamera.z);
+    return {halfWidth + inCamera.x * scale, halfHeight - inCamera.y * scale, 0.0f};
 }
 
 }  // namespace trovik

@@ -11,32 +11,57 @@ struct SamplePoint {
     float y = 0.0f;
 };
 
-/// The sample points of one pixel. They depend on nothing but seed and pixel, so that a picture
-/// is the same whichever thread works on which part of it.
+/// The sample points of one pixel. They depend on nothing but pixel and sample count, so that a
+/// picture is the same whichever thread renders which part of it.
 ///
-/// Each stream holds points that spread evenly over the square, and the more evenly the more of
-/// them are taken; streams are independent of each other. The points are Sobol's first two
-/// dimensions, scrambled as in B. Burley, "Practical Hash-based Owen Scrambling", Journal of
-/// Computer Graphics Techniques 9(4), 2020.
+/// Each stream is the two-dimensional Sobol sequence, Owen-scrambled by hashing: B. Burley,
+/// "Practical Hash-based Owen Scrambling", Journal of Computer Graphics Techniques 9(4), 2020.
+/// Pixels take consecutive blocks of the one sequence along a space-filling curve, so that the
+/// points of neighbouring pixels complement each other and the error of a picture is blue noise:
+/// A. G. M. Ahmed, P. Wonka, "Screen-Space Blue-Noise Diffusion of Monte Carlo Sampling Error via
+/// Hierarchical Ordering of Pixels", ACM Transactions on Graphics 39(6), 2020.
+/// Streams are independent of each other.
 class PixelSamples {
 public:
-    PixelSamples(uint32_t seed, int x, int y)
-        : pixelHash(Mix(Mix(Mix(seed) + static_cast<uint32_t>(x)) + static_cast<uint32_t>(y))) {}
+    /// \param count  samples of the pixel, 1 to 65536.
+    PixelSamples(int x, int y, int count)
+        : tileHash(
+              Mix(Mix(static_cast<uint32_t>(x) / tileSide) + static_cast<uint32_t>(y) / tileSide)),
+          first((SpreadBits(static_cast<uint32_t>(x) % tileSide) |
+                 SpreadBits(static_cast<uint32_t>(y) % tileSide) << 1)
+                << BitsOf(count)) {}
 
     /// Point number `index` of a stream.
-    SamplePoint At(uint32_t stream, uint32_t index) const {
-        const uint32_t streamHash = Mix(pixelHash + stream);
-        const uint32_t shuffled = Scramble(index, streamHash);
-        return {ToFloat(Scramble(ReverseBits(shuffled), Mix(streamHash + 1u))),
-                ToFloat(Scramble(SecondSobol(shuffled), Mix(streamHash + 2u)))};
+    SamplePoint At(uint32_t stream, int index) const {
+        const uint32_t hash = Mix(tileHash + stream * 0x9e3779b9u);
+        const uint32_t shuffled =
+            ReverseBits(Scramble(ReverseBits(first + static_cast<uint32_t>(index)), hash));
+        return {ToFloat(ReverseBits(Scramble(shuffled, Mix(hash + 1u)))),
+                ToFloat(ReverseBits(Scramble(Pascal(shuffled), Mix(hash + 2u))))};
     }
 
 private:
-    /// Spreads every bit over all others.
+    /// Pixels a side of a tile, which has a sequence of its own: 8 + 8 bits of the index.
+    static constexpr uint32_t tileSide = 256;
+
+    static uint32_t BitsOf(int count) {
+        uint32_t bits = 0;
+        while ((1 << bits) < count) ++bits;
+        return bits;
+    }
+
+    /// Every bit of the result depends on every bit of the value.
     static uint32_t Mix(uint32_t value) {
         value = (value ^ (value >> 16)) * 0x7feb352du;
         value = (value ^ (value >> 15)) * 0x846ca68bu;
         return value ^ (value >> 16);
+    }
+
+    /// The low 8 bits to the even positions.
+    static uint32_t SpreadBits(uint32_t value) {
+        value = (value | value << 4) & 0x0f0fu;
+        value = (value | value << 2) & 0x3333u;
+        return (value | value << 1) & 0x5555u;
     }
 
     static uint32_t ReverseBits(uint32_t value) {
@@ -46,28 +71,32 @@ private:
         return __builtin_bswap32(value);
     }
 
-    /// Owen's scrambling: flips each bit by a hash of those above it.
-    static uint32_t Scramble(uint32_t value, uint32_t hash) {
-        value = ReverseBits(value) + hash;
-        value ^= value * 0x6c50b47cu;
-        value ^= value * 0xb82f1e52u;
-        value ^= value * 0xc7afe638u;
-        value ^= value * 0x8d22f6e6u;
-        return ReverseBits(value);
+    /// Owen scrambling of a number whose lowest bit is the first after the binary point: each bit
+    /// is flipped by a hash of the bits below it.
+    static uint32_t Scramble(uint32_t reversed, uint32_t hash) {
+        reversed += hash;
+        reversed ^= reversed * 0x6c50b47cu;
+        reversed ^= reversed * 0xb82f1e52u;
+        reversed ^= reversed * 0xc7afe638u;
+        reversed ^= reversed * 0x8d22f6e6u;
+        return reversed;
     }
 
-    static uint32_t SecondSobol(uint32_t index) {
-        uint32_t result = 0;
-        for (uint32_t column = 1u << 31; index != 0; index >>= 1, column ^= column >> 1)
-            if ((index & 1u) != 0) result ^= column;
-        return result;
+    /// The second Sobol dimension, its bits reversed: the index times Pascal's triangle modulo 2.
+    static uint32_t Pascal(uint32_t index) {
+        index ^= (index >> 16);
+        index ^= (index & 0xff00ff00u) >> 8;
+        index ^= (index & 0xf0f0f0f0u) >> 4;
+        index ^= (index & 0xccccccccu) >> 2;
+        return index ^ ((index & 0xaaaaaaaau) >> 1);
     }
 
     static float ToFloat(uint32_t value) {
         return static_cast<float>(value >> 8) * (1.0f / 16777216.0f);
     }
 
-    uint32_t pixelHash;
+    uint32_t tileHash;
+    uint32_t first;
 };
 
 }  // namespace trovik

@@ -2,43 +2,70 @@
 #pragma once
 
 #include "framework/pictures/EmbreeScene.h"
+#include "framework/pictures/PictureView.h"
+#include "framework/pictures/PixelSamples.h"
 
 namespace trovik {
 
-/// A stream of numbers in [0, 1) that depends on nothing but its seed.
-class HashSampler {
-public:
-    explicit HashSampler(uint32_t seed) : state(seed * 747796405u + 2891336453u) {}
-    float Next();
-
-private:
-    uint32_t state;
+/// The light of one sample, with the visibility that is sampled kept apart from the light that is
+/// known exactly. The two are multiplied after the visibility has been averaged and filtered:
+/// E. Heitz, S. Hill, M. McGuire, "Combining Analytic Direct Illumination and Stochastic Shadows",
+/// ACM SIGGRAPH Symposium on Interactive 3D Graphics and Games, 2018.
+struct LitSample {
+    Vector albedo;
+    /// Reflected light of the surroundings and of the key light, nothing being in the way.
+    Vector ambient;
+    Vector key;
+    /// 1 where the ambient ray is free, 0 where something is in its way.
+    float openness = 0.0f;
+    /// Weight of the shadow ray, 0 when it leaves below the horizon, and whether it is free.
+    float keyWeight = 0.0f;
+    float keyVisible = 0.0f;
 };
 
-/// Light and material of the pictures. Directions are in the camera's frame, so that a mesh is lit
-/// alike from wherever it is seen.
+/// The clay material and the studio light of the renders: a wide warm key light from the upper
+/// left, and soft surroundings that are brighter above and in front. Directions are in the camera's
+/// frame, so that a mesh is lit alike from wherever it is seen.
 class Shading {
 public:
-    Shading(const EmbreeScene& scene, const Vector& right, const Vector& up, const Vector& back);
-    /// Linear colour of a sample seen from `toEye` (unit length).
-    Vector Shade(const SurfaceSample& sample, const Vector& toEye, HashSampler& random) const;
+    Shading(const EmbreeScene& scene, const PictureView& view);
+
+    /// Lights a sample, by its face normal with `flat`, seen from `toEye` (unit length); traces two
+    /// rays. \param index  of the sample among those of its pixel.
+    LitSample Light(const SurfaceSample& sample,
+                    bool flat,
+                    const Vector& toEye,
+                    const PixelSamples& points,
+                    int index) const;
+
+    /// Linear colour out of averaged light and visibility (0 .. 1 each).
+    static Vector Combine(const Vector& albedo,
+                          const Vector& ambient,
+                          const Vector& key,
+                          float openness,
+                          float keyVisible);
+
+    /// Brightness of a matt surface under a light at the eye.
+    static float Headlight(const SurfaceSample& sample, const Vector& toEye);
+
     /// The backdrop: `height` from 0 at the lower edge of the picture to 1 at the upper.
     static Vector Backdrop(float height);
 
 private:
-    struct Light {
-        Vector direction;
-        Vector color;
-        /// Half of the opening of the light as a sine; 0 casts no shadow.
-        float softness;
-    };
-
-    float Visible(const SurfaceSample& sample, const Light& light, HashSampler& random) const;
-    float Openness(const SurfaceSample& sample, HashSampler& random) const;
+    Vector Start(const SurfaceSample& sample, bool flat) const;
+    float Openness(const Vector& start,
+                   const Vector& normal,
+                   const Vector& faceNormal,
+                   const SamplePoint& direction,
+                   float reach) const;
+    Vector Surroundings(const Vector& normal) const;
 
     const EmbreeScene& scene;
     float extent;
-    Light lights[3];
+    Vector right, up, back;
+    Vector keyDirection;
+    /// Two directions across the key light's.
+    Vector keyAcross[2];
 };
 
 }  // namespace trovik

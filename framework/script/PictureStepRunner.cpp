@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/images/ImageFile.h"
+#include "framework/pictures/PictureFile.h"
+#include "framework/pictures/RenderedLevel.h"
 #include "framework/script/ScriptRunner.h"
+
+#include <optional>
 
 namespace trovik {
 
@@ -9,18 +12,10 @@ namespace {
 
 constexpr int gap = 12;
 
-void WritePicture(const std::string& file, const Picture& picture) {
-    WriteImageFile(file,
-                   picture.rgb.data(),
-                   static_cast<uint32_t>(picture.width),
-                   static_cast<uint32_t>(picture.height),
-                   3);
-}
-
 }  // namespace
 
 // Without a place for the eye the camera stands where the whole mesh is seen, looking from "from".
-StrokeView ScriptRunner::ReadView(const FieldReader& camera, StrokeView view) {
+StrokeView ScriptRunner::ReadView(const FieldReader& camera, StrokeView view, int frames) {
     view.width = camera.IntegerOr("width", view.width);
     view.height = camera.IntegerOr("height", view.height);
     view.verticalFieldOfView = camera.NumberOr("fieldOfView", view.verticalFieldOfView);
@@ -35,11 +30,15 @@ StrokeView ScriptRunner::ReadView(const FieldReader& camera, StrokeView view) {
     const Vector from =
         camera.Has("from") ? camera.At("from").ThreeNumbers() : Vector(0.35f, 0.2f, 1.0f);
     if (from.Length() == 0.0f) camera.At("from").Fail("the direction has no length");
+    const Vector up = camera.Has("up") ? camera.At("up").ThreeNumbers() : Vector(0, 1, 0);
+    if (up.Length() == 0.0f) camera.At("up").Fail("the direction has no length");
     const PictureCamera framed =
-        FrameMeshes({session->ShownMesh()},
-                    -from,
-                    view.verticalFieldOfView,
-                    static_cast<float>(view.width) / static_cast<float>(view.height));
+        FrameTurntable({session->ShownMesh()},
+                       -from,
+                       view.verticalFieldOfView,
+                       static_cast<float>(view.width) / static_cast<float>(view.height),
+                       up,
+                       frames);
     view.eye = framed.eye;
     view.target = framed.target;
     view.up = framed.up;
@@ -58,46 +57,94 @@ void ScriptRunner::KeepBefore() {
     normalsBefore.assign(mesh.vertexNormals.array, mesh.vertexNormals.array + mesh.VertexCount());
 }
 
-Picture ScriptRunner::MakePicture(const FieldReader& fields) {
-    StrokeView view = session->View();
-    if (fields.Has("camera")) view = ReadView(fields.At("camera"), view);
+PictureOptions ScriptRunner::ReadPictureOptions(const FieldReader& fields,
+                                                const StrokeView& view) const {
     PictureOptions options;
     options.width = fields.IntegerOr("width", view.width);
     options.height = fields.IntegerOr("height", view.height);
     options.samples = fields.IntegerOr("samples", 16);
     options.wireframe = fields.FlagOr("wireframe", false);
-    const PictureCamera camera{view.eye, view.target, view.up, view.verticalFieldOfView};
-    const PictureMesh shown = session->ShownMesh();
-    const auto render = [&](const PictureMesh& mesh) {
+    options.transparent = fields.FlagOr("transparent", false);
+    options.matcap = fields.TextOr("matcap", "");
+    options.shading = options.matcap.empty() ? ShadingMode::Clay : ShadingMode::Matcap;
+    if (fields.Has("shading")) {
+        options.shading = ShadingModeOf(fields.At("shading").Text());
+        if (!options.matcap.empty() && options.shading != ShadingMode::Matcap)
+            fields.At("matcap").Fail("a matcap goes with the shading mode \"matcap\" only");
+    }
+    return options;
+}
+
+void ScriptRunner::MakePictures(const FieldReader& fields,
+                                int frames,
+                                const std::function<void(Picture, int index)>& take) {
+    StrokeView view = session->View();
+    if (fields.Has("camera")) view = ReadView(fields.At("camera"), view, frames);
+    const PictureOptions options = ReadPictureOptions(fields, view);
+    const PictureCamera first{view.eye, view.target, view.up, view.verticalFieldOfView};
+    const bool beforeAfter = fields.FlagOr("beforeAfter", false);
+    const LevelGeometry& geometry = session->Geometry();
+    if (beforeAfter && positionsBefore.size() != geometry.Bound()->VertexCount())
+        fields.Fail("there is no state before the first stroke on this level to compare with");
+
+    // What cannot be rendered is an error of this step.
+    const auto orFail = [&fields](const auto& work) {
         try {
-            return RenderPicture({mesh}, camera, options);
+            return work();
         } catch (const HostError& error) {
             fields.Fail(error.what());
         }
     };
-    const Picture after = render(shown);
-    if (!fields.FlagOr("beforeAfter", false)) return after;
-    if (positionsBefore.size() != shown.vertexCount)
-        fields.Fail("there is no state before the first stroke on this level to compare with");
-    PictureMesh earlier = shown;
-    earlier.positions = &positionsBefore[0].x;
-    earlier.positionStride = sizeof(Vector);
-    earlier.normals = &normalsBefore[0].x;
-    earlier.freeze = nullptr;
-    const Picture before = render(earlier);
-    return PlaceInRows({before, after}, 2, gap, {"before", "after"});
+    std::optional<RenderedLevel> after;
+    std::optional<RenderedLevel> before;
+    std::optional<RenderScene> sceneAfter;
+    std::optional<RenderScene> sceneBefore;
+    orFail([&] {
+        after.emplace(geometry, options.shading);
+        sceneAfter.emplace(std::vector<PictureMesh>{after->Mesh()});
+        if (!beforeAfter) return;
+        before.emplace(geometry, options.shading, positionsBefore, normalsBefore);
+        sceneBefore.emplace(std::vector<PictureMesh>{before->Mesh()});
+    });
+    for (int i = 0; i < frames; ++i) {
+        StopIfAsked();
+        const PictureCamera camera = TurntableFrame(first, i, frames);
+        Picture picture = orFail([&] {
+            Picture rendered = sceneAfter->Render(camera, options);
+            if (!beforeAfter) return rendered;
+            return PlaceInRows(
+                {sceneBefore->Render(camera, options), rendered}, 2, gap, {"before", "after"});
+        });
+        take(std::move(picture), i);
+    }
 }
 
 void ScriptRunner::RunPicture(const FieldReader& fields) {
     if (!fields.Has("file") && !fields.Has("keep"))
         fields.Fail("a picture needs a \"file\", or a name under which to \"keep\" it");
-    Picture picture = MakePicture(fields);
+    const bool isTurntable = fields.Has("frames");
+    if (isTurntable && fields.Has("keep"))
+        fields.At("keep").Fail("the frames of a turntable are written to files, not kept");
+    std::string file;
     if (fields.Has("file")) {
-        const std::string file = OutputPath(fields.At("file"));
-        WritePicture(file, picture);
-        result.files.push_back(file);
+        file = OutputPath(fields.At("file"));
+        // A comparison is laid over an opaque ground.
+        const bool hasAlpha =
+            fields.FlagOr("transparent", false) && !fields.FlagOr("beforeAfter", false);
+        try {
+            CheckPicturePath(file, hasAlpha);
+        } catch (const HostError& error) {
+            fields.At("file").Fail(error.what());
+        }
     }
-    if (fields.Has("keep")) kept[fields.At("keep").Text()] = std::move(picture);
+    MakePictures(fields, fields.IntegerOr("frames", 1), [&](Picture picture, int index) {
+        if (!file.empty()) {
+            const std::string target = isTurntable ? FramePath(file, index + 1) : file;
+            WritePicture(target, picture);
+            result.files.push_back(target);
+        }
+        if (fields.Has("keep")) kept[fields.At("keep").Text()] = std::move(picture);
+    });
 }
 
 void ScriptRunner::RunSheet(const FieldReader& fields) {

@@ -137,8 +137,14 @@ private:
     std::vector<PathSample> PenOf(const FieldReader& pen) const;
     float RadiusAt(const Vector& place) const;
     std::vector<PathSample> Samples(const FieldReader& list, std::size_t placeNumbers) const;
-    StrokeView ReadView(const FieldReader& camera, StrokeView view);
-    Picture MakePicture(const FieldReader& options);
+    /// \param frames  of the turntable that starts with this view; 1 for a single picture.
+    StrokeView ReadView(const FieldReader& camera, StrokeView view, int frames = 1);
+    PictureOptions ReadPictureOptions(const FieldReader& fields, const StrokeView& view) const;
+    /// The pictures of a step: one, or the frames of a turntable, each handed to `take` as soon as
+    /// it is there.
+    void MakePictures(const FieldReader& fields,
+                      int frames,
+                      const std::function<void(Picture, int index)>& take);
     void Subdivide(const FieldReader& where, int count);
     /// What the script says that the mesh file's numbers mean.
     MeshSpace ImportSpace(const FieldReader& script) const;

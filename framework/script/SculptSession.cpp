@@ -7,6 +7,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/levels/NoticeRenderer.h"
 #include "framework/nodes/HostKernel.h"
+#include "framework/pictures/RenderedLevel.h"
 #include "framework/plugins/PluginLoader.h"
 
 #include <algorithm>
@@ -361,25 +362,7 @@ void SculptSession::RefreshSurface() {
     tree->RefitAll();
 }
 
-PictureMesh SculptSession::ShownMesh() const {
-    const LevelMesh& level = *geometry->Bound();
-    PictureMesh shown;
-    shown.positions = &level.vertices.array->x;
-    shown.positionStride = sizeof(Vertex);
-    shown.vertexCount = level.VertexCount();
-    shown.normals = &level.vertexNormals.array->x;
-    shown.normalStride = sizeof(PackedNormal);
-    shown.faceVertexIndices = level.faceVertexIndices.array;
-    shown.faceCount = level.faceCount;
-    shown.cornersPerFace = level.CornersPerFace();
-    const Matrix& matrix = geometry->Place().ToWorld();
-    std::copy(&matrix.m[0][0], &matrix.m[0][0] + 16, shown.localToWorld);
-    if (level.FrozenVertexCount() != 0) {
-        shown.freeze = &level.vertices.array->freeze;
-        shown.freezeStride = sizeof(Vertex);
-    }
-    return shown;
-}
+PictureMesh SculptSession::ShownMesh() const { return ShownLevel(*geometry); }
 
 StrokeTotals SculptSession::Totals() const {
     StrokeTotals sum = earlierTotals;

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/errors/HostError.h"
-#include "framework/levels/LevelGeometry.h"
-#include "framework/pictures/Picture.h"
-#include "tests/meshes/MeshZoo.h"
+#include "tests/pictures/SpherePicture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <tbb/global_control.h>
 
 #include <cmath>
@@ -16,45 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-
-/// A sphere of radius 1 seen from five units away.
-class SpherePicture : public ::testing::Test {
-protected:
-    SpherePicture() {
-        const LevelMesh& mesh = *geometry.Bound();
-        shown.positions = &mesh.vertices.array->x;
-        shown.positionStride = sizeof(Vertex);
-        shown.vertexCount = mesh.VertexCount();
-        shown.normals = &mesh.vertexNormals.array->x;
-        shown.faceVertexIndices = mesh.faceVertexIndices.array;
-        shown.faceCount = mesh.faceCount;
-        options.width = 120;
-        options.height = 90;
-        options.samples = 4;
-    }
-
-    Picture Make() { return RenderPicture({shown}, camera, options); }
-
-    /// The message with which the picture is refused; empty if it is not.
-    std::string Refusal() {
-        try {
-            Make();
-        } catch (const HostError& error) {
-            return error.what();
-        }
-        return {};
-    }
-
-    static int Brightness(const Picture& p, int x, int y) {
-        const std::size_t at = static_cast<std::size_t>(y * p.width + x) * 3;
-        return p.rgb[at] + p.rgb[at + 1] + p.rgb[at + 2];
-    }
-
-    LevelGeometry geometry{SphereQuads(4)};
-    PictureMesh shown;
-    PictureCamera camera{{0, 0, 5}, {0, 0, 0}, {0, 1, 0}, 35.0f};
-    PictureOptions options;
-};
 
 TEST_F(SpherePicture, CoversTheDiscOfTheSphere) {
     const Picture with = Make();
@@ -171,6 +128,28 @@ TEST_F(SpherePicture, FramedMeshTouchesNoBorder) {
         EXPECT_EQ(Brightness(with, x, 89), Brightness(without, x, 89));
     }
     EXPECT_NE(Brightness(with, 60, 45), Brightness(without, 60, 45));
+}
+
+TEST_F(SpherePicture, TransparentPictureHasTheCoverageAsAlpha) {
+    const Picture opaque = Make();
+    EXPECT_TRUE(opaque.alpha.empty());
+    options.transparent = true;
+    const Picture cut = Make();
+    ASSERT_EQ(cut.alpha.size(), 120u * 90u);
+    EXPECT_EQ(cut.alpha[PixelAt(cut, 2, 2)], 0);
+    EXPECT_EQ(cut.alpha[PixelAt(cut, 60, 45)], 255);
+    EXPECT_EQ(Brightness(cut, 60, 45), Brightness(opaque, 60, 45));
+    bool hasEdge = false;
+    for (const uint8_t alpha : cut.alpha) hasEdge |= alpha == 64 || alpha == 128 || alpha == 191;
+    EXPECT_TRUE(hasEdge);
+}
+
+TEST(PictureSheet, LaysTransparentPicturesOverItsBackground) {
+    Picture cut{2, 1, {200, 200, 200, 200, 200, 200}, {255, 0}};
+    const Picture sheet = PlaceInRows({cut}, 1, 4, {});
+    EXPECT_EQ(sheet.rgb[PixelAt(sheet, 4, 4) * 3], 200);
+    EXPECT_EQ(sheet.rgb[PixelAt(sheet, 5, 4) * 3], sheet.rgb[0]);
+    EXPECT_TRUE(sheet.alpha.empty());
 }
 
 TEST(PictureSheet, HasAPlaceAndACaptionForEachPicture) {

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Commands.h"
+#include "Interruption.h"
+#include "JsonOutput.h"
+#include "MeshCommands.h"
+#include "ProgressLine.h"
+#include "framework/errors/HostError.h"
+#include "framework/pictures/Matcap.h"
+#include "framework/pictures/PictureFile.h"
+#include "framework/pictures/RenderMemory.h"
+#include "framework/pictures/RenderedLevel.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+namespace trovik {
+
+namespace {
+
+/// Seen from a little above and to the right of the front.
+const Vector usualDirection(0.35f, 0.2f, 1.0f);
+constexpr float usualFieldOfView = 35.0f;
+
+struct RenderOptions {
+    std::string mesh;
+    std::string picture;
+    unsigned levels = 0;
+    /// Three numbers each, or empty: not given.
+    std::vector<float> from, eye, target, up;
+    /// 0: not given.
+    float fieldOfView = 0.0f;
+    std::string shading;
+    /// 0: a single picture.
+    int frames = 0;
+    PictureOptions options;
+    bool quiet = false;
+    bool json = false;
+};
+
+Vector ToVector(const std::vector<float>& numbers) { return {numbers[0], numbers[1], numbers[2]}; }
+
+/// Three numbers that must give a direction, or another one.
+Vector DirectionOr(const std::vector<float>& numbers, const char* option, const Vector& otherwise) {
+    if (numbers.empty()) return otherwise;
+    const Vector direction = ToVector(numbers);
+    const float length = direction.Length();
+    if (!(length > 0.0f) || !std::isfinite(length))
+        throw HostError(std::string(option) + ": the direction has no length");
+    return direction;
+}
+
+/// By options that give the eye, then those that give a direction, then the scene's own view.
+PictureCamera CameraFor(const RenderOptions& wanted,
+                        const PictureMesh& shown,
+                        const StrokeView* sceneView) {
+    const Vector up = DirectionOr(wanted.up, "--up", Vector(0.0f, 1.0f, 0.0f));
+    const bool isSeen = sceneView != nullptr && wanted.from.empty() && wanted.eye.empty();
+    float fieldOfView = isSeen ? sceneView->verticalFieldOfView : usualFieldOfView;
+    if (wanted.fieldOfView != 0.0f) fieldOfView = wanted.fieldOfView;
+    if (isSeen)
+        return {
+            sceneView->eye, sceneView->target, wanted.up.empty() ? sceneView->up : up, fieldOfView};
+    PictureCamera camera = FrameTurntable(
+        {shown},
+        -DirectionOr(wanted.from, "--from", usualDirection),
+        fieldOfView,
+        static_cast<float>(wanted.options.width) / static_cast<float>(wanted.options.height),
+        up,
+        std::max(wanted.frames, 1));
+    if (wanted.eye.empty()) return camera;
+    camera.eye = ToVector(wanted.eye);
+    if (!wanted.target.empty()) camera.target = ToVector(wanted.target);
+    camera.up = up;
+    return camera;
+}
+
+/// What a camera without sense is refused for.
+void CheckCamera(const RenderOptions& wanted, const PictureCamera& camera) {
+    const Vector sight = camera.eye - camera.target;
+    if (!(sight.Length() > 0.0f) || !std::isfinite(sight.Length()))
+        throw HostError("--eye: the eye is at the target, or not finite");
+    if (!wanted.up.empty() && !((camera.up.Normalized() & sight.Normalized()).Length() > 1e-4f))
+        throw HostError("--up: the camera looks along its own up direction");
+}
+
+PictureOptions PictureOptionsOf(const RenderOptions& wanted) {
+    PictureOptions options = wanted.options;
+    if (!options.matcap.empty()) options.shading = ShadingMode::Matcap;
+    if (!wanted.shading.empty()) options.shading = ShadingModeOf(wanted.shading);
+    if (!options.matcap.empty() && options.shading != ShadingMode::Matcap)
+        throw HostError("--matcap: goes with --shading matcap only, not with \"" + wanted.shading +
+                        "\"");
+    return options;
+}
+
+void Report(const RenderOptions& wanted,
+            const PictureOptions& options,
+            const PictureCamera& camera,
+            const std::vector<std::string>& files) {
+    if (wanted.json) {
+        const auto triple = [](const Vector& v) { return nlohmann::json{v.x, v.y, v.z}; };
+        PrintJson({{"mesh", wanted.mesh},
+                   {"picture", wanted.picture},
+                   {"files", files},
+                   {"width", options.width},
+                   {"height", options.height},
+                   {"shading", ShadingModeNames()[static_cast<std::size_t>(options.shading)]},
+                   {"camera",
+                    {{"eye", triple(camera.eye)},
+                     {"target", triple(camera.target)},
+                     {"up", triple(camera.up)},
+                     {"fieldOfView", camera.verticalFieldOfView}}}});
+    } else if (!wanted.quiet && wanted.frames > 0) {
+        std::printf("wrote %s to %s: %zu frames of %d x %d pixels\n",
+                    files.front().c_str(),
+                    files.back().c_str(),
+                    files.size(),
+                    options.width,
+                    options.height);
+    } else if (!wanted.quiet) {
+        std::printf(
+            "wrote %s: %d x %d pixels\n", files.front().c_str(), options.width, options.height);
+    }
+}
+
+void Render(const RenderOptions& wanted) {
+    const PictureOptions options = PictureOptionsOf(wanted);
+    CheckPicturePath(wanted.picture, options.transparent);
+    DirectionOr(wanted.from, "--from", usualDirection);
+    DirectionOr(wanted.up, "--up", usualDirection);
+    const LoadedScene scene =
+        OpenRefined(wanted.mesh, wanted.levels, {}, [](const LevelForecast& forecast) {
+            return RenderBytes(forecast.vertices, forecast.faces);
+        });
+    const RenderedLevel level(*scene.geometry, options.shading);
+    const PictureCamera camera =
+        CameraFor(wanted, level.Mesh(), IsScenePath(wanted.mesh) ? &scene.settings.view : nullptr);
+    CheckCamera(wanted, camera);
+
+    const RenderScene rendered({level.Mesh()});
+    ProgressLine line(wanted.quiet || wanted.frames == 0);
+    std::vector<std::string> files;
+    const int count = std::max(wanted.frames, 1);
+    for (int i = 0; i < count; ++i) {
+        StopIfInterrupted();
+        files.push_back(wanted.frames == 0 ? wanted.picture : FramePath(wanted.picture, i + 1));
+        line.Step(static_cast<std::size_t>(i), static_cast<std::size_t>(count), files.back());
+        const Picture picture = rendered.Render(TurntableFrame(camera, i, count), options);
+        StopIfInterrupted();
+        WritePicture(files.back(), picture);
+    }
+    line.Finish();
+    Report(wanted, options, camera, files);
+}
+
+}  // namespace
+
+void AddRenderCommand(CLI::App& program) {
+    auto options = std::make_shared<RenderOptions>();
+    CLI::App* verb = program.add_subcommand("render", "Renders a mesh or a scene into an image");
+    verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
+    verb->add_option("picture", options->picture, "Image file (PNG, JPEG, TIFF)")->required();
+    verb->add_option("--levels", options->levels, "Subdivision levels to add")
+        ->check(CLI::Range(0u, 12u));
+    auto* from =
+        verb->add_option("--from", options->from, "Direction from the mesh to the eye; frames all")
+            ->expected(3);
+    auto* eye =
+        verb->add_option("--eye", options->eye, "Position of the eye")->expected(3)->excludes(from);
+    verb->add_option("--target", options->target, "Point that the eye looks at")
+        ->expected(3)
+        ->needs(eye);
+    verb->add_option("--up", options->up, "Direction that is up in the image")->expected(3);
+    verb->add_option("--fov", options->fieldOfView, "Field of view from top to bottom, in degrees")
+        ->check(CLI::Range(0.1f, 179.0f));
+    verb->add_option("--width", options->options.width, "Width in pixels")
+        ->check(CLI::Range(1, 16384));
+    verb->add_option("--height", options->options.height, "Height in pixels")
+        ->check(CLI::Range(1, 16384));
+    verb->add_option("--samples", options->options.samples, "Rays through each pixel")
+        ->check(CLI::Range(1, 4096));
+    verb->add_option("--shading", options->shading, "What the surface shows")
+        ->check(CLI::IsMember(ShadingModeNames()));
+    verb->add_option("--matcap", options->options.matcap, "Material of the shading mode matcap")
+        ->check(CLI::IsMember(Matcap::Names()));
+    verb->add_flag("--wireframe", options->options.wireframe, "With the edges of the faces");
+    verb->add_flag("--transparent", options->options.transparent, "Without a backdrop");
+    verb->add_option("--frames", options->frames, "Turntable of so many numbered images")
+        ->check(CLI::Range(1, maxFrames));
+    verb->add_flag("-q,--quiet", options->quiet, "No summary");
+    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->callback([options] { Render(*options); });
+}
+
+}  // namespace trovik

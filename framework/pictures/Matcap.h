@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Api.h"
+#include "host/Vector.h"
+
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// A material capture: the colours of a lit sphere, looked up by the normal relative to the eye.
+/// The spheres are painted by the program from a short recipe of lights and lobes for each name.
+///
+/// The technique is from P.-P. J. Sloan, W. Martin, A. Gooch, B. Gooch, "The Lit Sphere: A Model
+/// for Capturing NPR Shading from Art", Graphics Interface 2001.
+class TROVIK_API Matcap {
+public:
+    /// \throw HostError for a name that is not in Names().
+    explicit Matcap(const std::string& name);
+
+    /// The names that exist; the first is the default.
+    static const std::vector<std::string>& Names();
+
+    /// Linear colour for a unit normal in the frame of the eye: x to the right, y up. Normals that
+    /// face away take the colour of the sphere's rim.
+    Vector At(float x, float y) const;
+
+private:
+    static constexpr int size = 256;
+    /// Rows from the bottom of the sphere (y = -1) to its top, `size` colours each.
+    std::vector<Vector> image;
+};
+
+}  // namespace trovik

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace trovik {
+
+/// Light that a surface receives from a wide source, relative to facing it: 1 towards its centre,
+/// falling to 0 where the whole source is below the horizon. The mean of max(0, c) over cosines c
+/// evenly within `softness` of `cosine`; its slope is continuous, so that a smooth surface shows no
+/// line where the light ends.
+/// \param cosine  between the normal and the centre of the source.
+/// \param softness  sine of the source's angular radius, above 0, at most 1.
+inline float SoftFacing(float cosine, float softness) {
+    if (cosine >= softness) return cosine;
+    if (cosine <= -softness) return 0.0f;
+    const float above = cosine + softness;
+    return above * above / (4.0f * softness);
+}
+
+}  // namespace trovik

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/errors/HostError.h"
+#include "framework/levels/LevelGeometry.h"
+#include "framework/pictures/Picture.h"
+#include "framework/pictures/RenderedLevel.h"
+#include "tests/meshes/MeshZoo.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace trovik::test {
+
+inline std::size_t PixelAt(const Picture& p, int x, int y) {
+    return static_cast<std::size_t>(y * p.width + x);
+}
+
+/// Red, green and blue together, 0 to 765.
+inline int Brightness(const Picture& p, int x, int y) {
+    const std::size_t at = PixelAt(p, x, y) * 3;
+    return p.rgb[at] + p.rgb[at + 1] + p.rgb[at + 2];
+}
+
+/// A sphere of radius 1 seen from five units away.
+class SpherePicture : public ::testing::Test {
+protected:
+    SpherePicture() {
+        options.width = 120;
+        options.height = 90;
+        options.samples = 4;
+    }
+
+    Picture Make() { return RenderPicture({shown}, camera, options); }
+
+    /// The message with which the picture is refused; empty if it is not.
+    std::string Refusal() {
+        try {
+            Make();
+        } catch (const HostError& error) {
+            return error.what();
+        }
+        return {};
+    }
+
+    LevelGeometry geometry{SphereQuads(4)};
+    PictureMesh shown = ShownLevel(geometry);
+    PictureCamera camera{{0, 0, 5}, {0, 0, 0}, {0, 1, 0}, 35.0f};
+    PictureOptions options;
+};
+
+}  // namespace trovik::test
