@@ -14,6 +14,8 @@ except ImportError:
 
 SAME, DIFFERENT, TROUBLE = 0, 1, 2
 DABS = ("ApplyDab", "ApplyToWholeMesh")
+# Lines of what the host does to a mesh outside the brush.
+HOST = ("SettleSymmetry", "HostChange")
 
 
 class TraceError(Exception):
@@ -239,40 +241,77 @@ def dab_numbers(lines):
     return numbers
 
 
-def state_folder(folder, dab):
-    return os.path.join(folder, "before" if dab == 0 else f"dab-{dab:06d}")
+class Unknown(Exception):
+    """What cannot be derived from a trace, with the reason."""
 
 
-def bound_positions(state, mesh):
-    meta_path = os.path.join(state, mesh, "meta.json")
-    meta = read_json(meta_path, read_text(meta_path), "")
+def read_meta(state, mesh):
+    path = os.path.join(state, mesh, "meta.json")
+    meta = read_json(path, read_text(path), "")
     try:
-        level = int(meta["level"])
-    except (KeyError, TypeError, ValueError):
-        raise TraceError(f'{meta_path}: no "level"') from None
-    return read_array(os.path.join(state, mesh, f"level-{level}", "positions.npy"))
+        return {name: int(meta[name]) for name in ("level", "vertexCount", "faceCount")}
+    except (KeyError, TypeError, ValueError) as error:
+        raise TraceError(f'{path}: "level", "vertexCount" or "faceCount" is missing: {error}') from None
 
 
-def movement(folder, lines, index, dab):
-    """What a dab moved, as text; from the states before and after it where both are there."""
-    mesh = lines[index][1]["out"].get("bound")
-    if dab is None or mesh is None:
-        return None
-    earlier, later = state_folder(folder, dab - 1), state_folder(folder, dab)
-    if not os.path.isdir(earlier) or not os.path.isdir(later):
-        return "not known: a trace with --trace-every 1 tells"
-    for _, line in reversed(lines[:index]):
+def bound_positions(folder, state, mesh):
+    path = os.path.join(folder, state)
+    if not os.path.isdir(path):
+        raise Unknown("a trace with --trace-every 1 tells")
+    level = read_meta(path, mesh)["level"]
+    return read_array(os.path.join(path, mesh, f"level-{level}", "positions.npy"))
+
+
+def settle(positions, line):
+    """A copy of the positions after a SettleSymmetry."""
+    vertices = np.array(line["out"]["vertices"], dtype=np.int64)
+    settled = np.array(line["out"]["positions"], dtype=np.float32).reshape(-1, 3)
+    if len(vertices) != len(settled) or (vertices < 0).any() or (vertices >= len(positions)).any():
+        raise ValueError("vertices and positions do not fit the mesh")
+    result = positions.copy()
+    result[vertices] = settled
+    return result
+
+
+def dab_state(dab):
+    return f"dab-{dab:06d}"
+
+
+def positions_before(folder, lines, index, mesh):
+    """The positions of a mesh's bound level before a line: of the last state before it, and what was settled since."""
+    state, settled = "before", []
+    dabs = dab_numbers(lines)
+    for number in range(index - 1, -1, -1):
+        line = lines[number][1]
         if line["call"] == "ApplyToWholeMesh":
-            return "not known: there is no state between the whole mesh before and this dab"
+            raise Unknown("there is no state between the whole mesh before and this line")
         if line["call"] == "ApplyDab":
+            state = dab_state(dabs[number])
             break
-    before, after = bound_positions(earlier, mesh), bound_positions(later, mesh)
-    if before.shape != after.shape:
+        if line["call"] in HOST and line["in"]["mesh"] == mesh:
+            if line["call"] == "HostChange":
+                state = line["in"]["state"]
+                break
+            settled.append(line)
+    positions = bound_positions(folder, state, mesh)
+    for line in reversed(settled):
+        positions = settle(positions, line)
+    return positions
+
+
+def movement(folder, lines, index, mesh, after):
+    """What moved, as text; after: makes the later positions from the earlier ones."""
+    try:
+        before = positions_before(folder, lines, index, mesh)
+        later = after(before)
+    except Unknown as reason:
+        return f"not known: {reason}"
+    if before.shape != later.shape:
         return "not known: the mesh has other vertices than before"
-    moved = (before.view(np.uint32) != after.view(np.uint32)).any(axis=1)
+    moved = (before.view(np.uint32) != later.view(np.uint32)).any(axis=1)
     if not moved.any():
         return "0"
-    lengths = np.linalg.norm(after.astype(np.float64) - before.astype(np.float64), axis=1)
+    lengths = np.linalg.norm(later.astype(np.float64) - before.astype(np.float64), axis=1)
     farthest = int(np.argmax(lengths))
     return f"{int(moved.sum())}; largest displacement {lengths[farthest]:.6g}, at vertex {farthest}"
 
@@ -293,6 +332,10 @@ def summary(line, dab):
         return f"tool {given.get('tool')}"
     if call == "BeginStroke":
         return f"{given.get('mesh')}, tool {given.get('tool')}, modifier {given.get('modifier')}"
+    if call == "SettleSymmetry":
+        return f"{given.get('mesh')}, {len(out.get('vertices', []))} vertices"
+    if call == "HostChange":
+        return f"{given.get('mesh')}, {given.get('reason')}, state {given.get('state')}"
     if call == "EndStroke":
         return f"{len(out.get('finished', []))} changes finished"
     tested = out.get("facesTested", [])
@@ -316,15 +359,28 @@ def show_dab(folder, lines, index, dab):
     rows.append(("faces tested", f"{len(tested)}, reached {sum(1 for visit in tested if visit[1])}"))
     rows.append(("direction", "not set" if out["directionVector"] is None else numbers(out["directionVector"])))
     rows.append(("records", str(out["recordCount"])))
-    moved = movement(folder, lines, index, dab)
-    if moved is not None:
-        rows.append(("vertices moved", moved))
+    if dab is not None and out["bound"] is not None:
+        rows.append(("vertices moved", movement(folder, lines, index, out["bound"],
+                                                lambda _: bound_positions(folder, dab_state(dab), out["bound"]))))
     if "box" in out:
         rows.append(("box", box_text(out["box"])))
     rows.append(("notices", ", ".join(str(len(heard)) for heard in out["notices"]) or "none"))
     rows.append(("visit stamp", str(out["visitStamp"])))
     rows += outcome_rows(out)
     return rows
+
+
+def show_host(folder, lines, index):
+    line = lines[index][1]
+    mesh = line["in"]["mesh"]
+    if line["call"] == "SettleSymmetry":
+        return [("mesh", mesh), ("vertices", str(len(line["out"]["vertices"]))),
+                ("vertices moved", movement(folder, lines, index, mesh, lambda before: settle(before, line)))]
+    state = line["in"]["state"]
+    meta = read_meta(os.path.join(folder, state), mesh)
+    return [("mesh", mesh), ("reason", line["in"]["reason"]), ("state", state), ("level", str(meta["level"])),
+            ("vertices", str(meta["vertexCount"])), ("faces", str(meta["faceCount"])),
+            ("vertices moved", movement(folder, lines, index, mesh, lambda _: bound_positions(folder, state, mesh)))]
 
 
 def outcome_rows(out):
@@ -353,6 +409,8 @@ def show(options):
     try:
         if line["call"] in DABS:
             rows = show_dab(options.folder, lines, index, dab)
+        elif line["call"] in HOST:
+            rows = show_host(options.folder, lines, index)
         else:
             rows = [(key, shown(value)) for key, value in line["in"].items()]
             rows += [(key, shown(value)) for key, value in line["out"].items()]
@@ -386,11 +444,12 @@ def parse_arguments():
 
     showing = commands.add_parser(
         "show", help="lists the calls of a trace, or tells what one did",
-        description="Lists the calls into the brush, one a line. With --call tells all of one call; of a dab: faces "
-        "tested, records, box, notices, and, where the trace was made with --trace-every 1, how many vertices it "
-        "moved and how far.")
+        description="Lists the calls into the brush and the changes by the host, one per line. With --call N shows line "
+        "N in full. For a dab these are the faces tested, records, box, notices, and, in a trace made with "
+        "--trace-every 1, how many vertices it moved and how far; for a change by the host the command, the state of "
+        "the mesh and how many vertices moved.")
     showing.add_argument("folder", metavar="DIR", help="folder of the trace")
-    showing.add_argument("--call", type=positive, metavar="N", help="the Nth call: line N of trace.jsonl")
+    showing.add_argument("--call", type=positive, metavar="N", help="line N of trace.jsonl")
     showing.set_defaults(run=show)
 
     comparing = commands.add_parser(

@@ -17,7 +17,8 @@ const std::map<std::string, std::string>& Examples() {
         {"sculpt",
          "  trovik sculpt bust.json                 files go into this folder\n"
          "  trovik sculpt bust.json -o out -q       into the folder out, without a word\n"
-         "  trovik sculpt bust.json --json          what came of it, for programs\n"},
+         "  trovik sculpt bust.json --json          what came of it, for programs\n"
+         "  trovik sculpt bust.json --strict        stops at a step without effect\n"},
         {"info",
          "  trovik info head.obj                    vertices, faces, size, what else it carries\n"
          "  trovik info bust.trovik                 levels, layers and tools of a scene\n"},

@@ -18,6 +18,7 @@ struct SculptOptions {
     std::string output = ".";
     TraceOptions trace;
     JournalOptions journal;
+    bool strict = false;
     bool quiet = false;
     bool json = false;
 };
@@ -43,6 +44,19 @@ void PrintSummary(const ScriptResult& result) {
     for (const std::string& file : result.files) std::printf("wrote           %s\n", file.c_str());
 }
 
+nlohmann::json StepsJson(const std::vector<StepReport>& steps) {
+    nlohmann::json list = nlohmann::json::array();
+    for (const StepReport& step : steps) {
+        list.push_back({{"pointer", step.pointer},
+                        {"step", step.step},
+                        {"dabs", step.dabs},
+                        {"verticesMoved", step.verticesMoved},
+                        {"milliseconds", step.milliseconds},
+                        {"warnings", step.warnings}});
+    }
+    return list;
+}
+
 void PrintSummaryJson(const ScriptResult& result, const std::vector<std::string>& warnings) {
     const nlohmann::json summary = {{"vertices", result.vertices},
                                     {"faces", result.faces},
@@ -52,6 +66,7 @@ void PrintSummaryJson(const ScriptResult& result, const std::vector<std::string>
                                     {"secondsInBrush", result.totals.seconds},
                                     {"peakMemoryMiB", PeakMemory()},
                                     {"files", result.files},
+                                    {"steps", StepsJson(result.steps)},
                                     {"warnings", warnings}};
     PrintJson(summary);
 }
@@ -68,6 +83,7 @@ void Sculpt(const SculptOptions& options) {
     progress.warning = [&line](const std::string& text) { line.Warning(text); };
     progress.stop = IsInterrupted;
     ScriptRunner runner(options.script, options.output, progress);
+    runner.SetStrict(options.strict);
     runner.SetTrace(options.trace);
     runner.SetJournal(options.journal);
     const ScriptResult result = runner.Run();
@@ -117,6 +133,10 @@ void AddSculptCommand(CLI::App& program) {
                    options->journal.syncSteps,
                    "With --journal: waits for the disk after each step, against power failure")
         ->needs(journal);
+    verb->add_flag("--strict",
+                   options->strict,
+                   "Makes warnings errors: the first step without effect, such as a stroke that "
+                   "misses the mesh, ends the run");
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Sculpt(*options); });

@@ -2,12 +2,13 @@
 #include "Commands.h"
 #include "JsonOutput.h"
 #include "framework/plugins/PluginLoader.h"
-#include "host/BrushOperation.h"
+#include "framework/script/ToolSettings.h"
 
 #include <QRegularExpression>
-#include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdio>
+#include <map>
 #include <memory>
 
 namespace trovik {
@@ -25,18 +26,126 @@ std::string PlainHelp(const BrushConfiguration& tool) {
     return text.simplified().toStdString();
 }
 
+std::string NameOf(const ToolDescription& described) {
+    return described.tool->Name().toStdString();
+}
+
+std::string ValueText(const nlohmann::json& value) {
+    if (value.is_null()) return "none";
+    if (value.is_boolean()) return value.get<bool>() ? "on" : "off";
+    if (value.is_number_float()) {
+        // Whole numbers without a fraction.
+        char text[32];
+        std::snprintf(text, sizeof text, "%.9g", value.get<double>());
+        return text;
+    }
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+/// "0 to 100", "above 0", "tool, upright, stroke, start"; empty if there are no limits.
+std::string RangeText(const nlohmann::json& range) {
+    if (range.contains("choices")) {
+        std::string words;
+        for (const auto& word : range.at("choices"))
+            words += (words.empty() ? "" : ", ") + ValueText(word);
+        return words;
+    }
+    if (range.value("type", nlohmann::json()) == "boolean") return "on, off";
+    std::string text;
+    if (range.contains("minimum")) text = ValueText(range.at("minimum"));
+    if (range.contains("exclusiveMinimum"))
+        text = "above " + ValueText(range.at("exclusiveMinimum"));
+    const char* highest = range.contains("maximum") ? "maximum" : "exclusiveMaximum";
+    if (!range.contains(highest))
+        return text.rfind("above", 0) == 0 || text.empty() ? text : text + " or more";
+    return text + (text.empty() ? "up to " : " to ") + ValueText(range.at(highest));
+}
+
+/// "above 0 world units"; either part may be missing.
+std::string LimitsText(const ToolSetting& setting) {
+    const std::string range = RangeText(setting.range);
+    return range + (range.empty() || setting.unit.empty() ? "" : " ") + setting.unit;
+}
+
+std::string Listed(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+/// "15; Smooth, Freeze: 100": the value of most tools, and those of the others.
+std::string DefaultsText(const std::vector<ToolDescription>& tools, std::size_t setting) {
+    std::map<std::string, std::vector<std::string>> toolsOfValue;
+    std::vector<std::string> without, having;
+    for (const ToolDescription& described : tools) {
+        const ToolSetting& one = described.settings[setting];
+        (one.applies ? having : without).push_back(NameOf(described));
+        if (one.applies) toolsOfValue[ValueText(one.value)].push_back(NameOf(described));
+    }
+    const auto usual = std::max_element(
+        toolsOfValue.begin(), toolsOfValue.end(), [](const auto& a, const auto& b) {
+            return a.second.size() < b.second.size();
+        });
+    std::string text = usual == toolsOfValue.end() ? std::string() : usual->first;
+    for (auto other = toolsOfValue.begin(); other != toolsOfValue.end(); ++other)
+        if (other != usual) text += "; " + Listed(other->second) + ": " + other->first;
+    if (without.empty()) return text;
+    return text + (having.size() < without.size() ? "; only " + Listed(having)
+                                                  : "; not " + Listed(without));
+}
+
+/// One row for each setting, since most are alike for most tools.
+void PrintSettings(const std::vector<ToolDescription>& tools) {
+    const std::vector<ToolSetting>& settings = tools.front().settings;
+    std::vector<std::string> limits;
+    std::size_t nameWidth = 0;
+    for (const ToolSetting& setting : settings) {
+        limits.push_back(LimitsText(setting));
+        nameWidth = std::max(nameWidth, setting.name.size());
+    }
+    std::printf(
+        "\nSettings of the step \"set\": default of most tools and of others, range and unit\n");
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        std::printf("  %-*s  %s%s\n",
+                    static_cast<int>(nameWidth),
+                    settings[i].name.c_str(),
+                    DefaultsText(tools, i).c_str(),
+                    limits[i].empty() ? "" : (" (" + limits[i] + ")").c_str());
+    }
+}
+
+nlohmann::json SettingsJson(const ToolDescription& described) {
+    nlohmann::json list = nlohmann::json::array();
+    for (const ToolSetting& setting : described.settings) {
+        if (!setting.applies) continue;
+        nlohmann::json entry = setting.range;
+        entry["name"] = setting.name;
+        entry["default"] = setting.value;
+        entry["unit"] = setting.unit;
+        list.push_back(std::move(entry));
+    }
+    return list;
+}
+
 void ListTools(bool json, bool quiet) {
     LoadPlugins();
+    const std::vector<ToolDescription> tools = DescribeTools();
     nlohmann::json list = nlohmann::json::array();
-    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
-        const BrushConfiguration& tool = *BrushOperation::Configuration(i);
-        const std::string name = tool.Name().toStdString();
-        if (json)
-            list.push_back({{"id", tool.ID()}, {"name", name}, {"help", PlainHelp(tool)}});
-        else if (!quiet)
-            std::printf("%-8s  %s\n", name.c_str(), PlainHelp(tool).c_str());
+    for (const ToolDescription& described : tools) {
+        const std::string help = PlainHelp(*described.tool);
+        if (json) {
+            list.push_back({{"id", described.tool->ID()},
+                            {"name", NameOf(described)},
+                            {"help", help},
+                            {"settings", SettingsJson(described)}});
+        } else if (!quiet) {
+            std::printf("%-8s  %s\n", NameOf(described).c_str(), help.c_str());
+        }
     }
-    if (json) PrintJson(list);
+    if (json)
+        PrintJson(list);
+    else if (!quiet)
+        PrintSettings(tools);
 }
 
 }  // namespace
@@ -44,7 +153,8 @@ void ListTools(bool json, bool quiet) {
 void AddToolsCommand(CLI::App& program) {
     auto json = std::make_shared<bool>(false);
     auto quiet = std::make_shared<bool>(false);
-    CLI::App* verb = program.add_subcommand("tools", "Lists the tools of the brush");
+    CLI::App* verb = program.add_subcommand(
+        "tools", "Lists the tools of the brush with their settings: default, range and unit");
     verb->add_flag("--json", *json, "As JSON on standard output");
     verb->add_flag(
         "-q,--quiet", *quiet, "Only tells, by the exit status, whether the brush is found");

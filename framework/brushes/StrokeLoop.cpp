@@ -215,7 +215,11 @@ void StrokeLoop::SettleSides() {
     for (const Matrix& map : mirrors)
         if (const int axis = PlaneAxis(map); axis >= 0) axes.push_back(axis);
     try {
-        Announce(SettleSymmetry(*geometry.Bound(), *change, axes));
+        LevelMesh& mesh = *geometry.Bound();
+        const std::vector<uint32_t> vertices = SettleSymmetry(mesh, *change, axes);
+        if (observer != nullptr && !vertices.empty())
+            observer->AfterSettling(brush, mesh, vertices);
+        Announce(vertices);
     } catch (Error* error) {
         // Without the memory for it the sides stay as the brush left them, as alike as rounding
         // lets them be.
@@ -309,6 +313,7 @@ void StrokeLoop::PutBack() {
     LevelChange* change = mesh.OpenChange();
     auto* own = dynamic_cast<StrokePutBack*>(&brush);
     if (!active || (change == nullptr && own == nullptr)) return;
+    if (observer != nullptr) observer->BeforeCommand(brush, "putBack");
     if (own != nullptr) own->PutBackStroke();
     if (change != nullptr) Announce(change->PutBack());
     laid.clear();

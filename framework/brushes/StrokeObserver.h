@@ -7,8 +7,11 @@
 #include <exception>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace trovik {
+
+class LevelMesh;
 
 /// One call of the host into a brush. Which members count follows from `kind`; the rest keep their
 /// initial values.
@@ -44,6 +47,18 @@ public:
     virtual void BeforeCall(const BrushCall& call) = 0;
     /// \param error  what the brush threw, which goes on to the caller; null when it returned.
     virtual void AfterCall(const BrushCall& call, const std::string* error) = 0;
+    /// The host is about to run a command that may change meshes without the brush, such as "undo".
+    /// Within a stroke every such change is announced; between strokes it need not be.
+    virtual void BeforeCommand(BrushOperation& brush, const std::string& name) {
+        (void)brush, (void)name;
+    }
+    /// The host has made both sides of a mirrored stroke equal, right before the call of EndStroke.
+    /// \param vertices  those with another position or normal than before, ascending.
+    virtual void AfterSettling(BrushOperation& brush,
+                               const LevelMesh& mesh,
+                               const std::vector<uint32_t>& vertices) {
+        (void)brush, (void)mesh, (void)vertices;
+    }
 
 protected:
     ~StrokeObserver() = default;

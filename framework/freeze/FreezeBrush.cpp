@@ -35,6 +35,8 @@ private:
 FreezeBrush::FreezeBrush() {
     SetActiveConfiguration(Tool());
     SetBrushStrength(100.0f);
+    // Freezing has none.
+    directionAttribute.SetVisible(false);
 }
 
 FreezeBrush::~FreezeBrush() = default;

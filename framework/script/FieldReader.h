@@ -20,6 +20,7 @@ public:
     FieldReader At(std::size_t index) const;
     std::size_t Size() const { return value.size(); }
     const nlohmann::json& Json() const { return value; }
+    const std::string& Pointer() const { return pointer; }
 
     /// A finite float. \throw HostError for a number that single precision cannot hold.
     float Number() const;

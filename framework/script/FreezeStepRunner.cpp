@@ -102,13 +102,16 @@ void ScriptRunner::RunFreeze(const FieldReader& freeze) {
                                      std::end(filters),
                                      [&what](const Filter& one) { return what == one.name; });
     if (filter != std::end(filters)) {
+        if (level.FrozenVertexCount() == 0) Warn("nothing is frozen that could " + what);
         const auto times = static_cast<uint32_t>(freeze.At(filter->name).Integer());
         session->Freeze(FreezeBetween(FreezeAmounts(level), filter->run(level, times), amount),
                         ModeOf(freeze, FreezeMode::Replace));
         return;
     }
-    session->Freeze(FreezeAmountsOf(FreezeShares(freeze, what), amount),
-                    ModeOf(freeze, FreezeMode::Raise));
+    const std::vector<uint8_t> amounts = FreezeAmountsOf(FreezeShares(freeze, what), amount);
+    if (std::all_of(amounts.begin(), amounts.end(), [](uint8_t one) { return one == 0; }))
+        Warn("no vertex is selected");
+    session->Freeze(amounts, ModeOf(freeze, FreezeMode::Raise));
 }
 
 std::vector<float> ScriptRunner::FreezeShares(const FieldReader& freeze, const std::string& what) {
@@ -187,10 +190,7 @@ std::vector<float> ScriptRunner::SharesOfCavity(const FieldReader& cavity) {
     const std::string sign = cavity.TextOr("sign", "cavity");
     if (sign == "ridge") range.sign = BendSign::Ridge;
     if (sign == "both") range.sign = BendSign::Both;
-    const AxisAlignedBoundingBox box = session->Tree().Bounds();
-    const Vector diagonal = geometry.Place().ToWorld().AffineTransform(
-        {box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ}, 0.0f);
-    range.size = cavity.NumberOr("size", diagonal.Length() * cavityShare);
+    range.size = cavity.NumberOr("size", Diagonal() * cavityShare);
     range.from = cavity.NumberOr("from", range.from);
     range.to = cavity.NumberOr("to", range.to);
     if (range.from > range.to) cavity.At("from").Fail("lies above \"to\"");
@@ -212,7 +212,9 @@ uint32_t ScriptRunner::ShellVertex(const FieldReader& shell) {
     }
     std::optional<PickHit> hit;
     if (shell.Has("surface")) {
-        hit = HitNear(session->Geometry(), session->Tree(), shell.At("surface").ThreeNumbers());
+        const Vector point = shell.At("surface").ThreeNumbers();
+        WarnOfFarPoints("freeze/shell/surface", {point}, 0.0f);
+        hit = HitNear(session->Geometry(), session->Tree(), point);
     } else {
         const ViewPlace place = PlaceOf(shell.At("pointer"));
         hit = HitThrough(

@@ -124,6 +124,11 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     const FieldReader list = stroke.At(kind);
     const std::size_t numbers = onSurface ? 3 : 2;
     const std::vector<PathSample> samples = isPen ? PenOf(list) : Samples(list, numbers);
+    if (onSurface) {
+        std::vector<Vector> points;
+        for (const PathSample& sample : samples) points.push_back(sample.place);
+        WarnOfFarPoints("stroke/surface", points, RadiusAt(points.front()));
+    }
 
     static const nlohmann::json none = nlohmann::json::object();
     const FieldReader given = stroke.Has("path") ? stroke.At("path") : FieldReader(none, path, "");

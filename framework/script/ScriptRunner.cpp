@@ -11,6 +11,7 @@
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PreferenceFile.h"
 #include "framework/script/ScriptDocument.h"
+#include "framework/script/ToolSettings.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -20,23 +21,6 @@ namespace trovik {
 namespace {
 
 namespace fs = std::filesystem;
-
-const std::vector<std::string>& DirectionNames() {
-    static const std::vector<std::string> names = {"surfaceNormal",
-                                                   "average",
-                                                   "vertexNormal",
-                                                   "forward",
-                                                   "sideways",
-                                                   "x",
-                                                   "y",
-                                                   "z",
-                                                   "camera",
-                                                   "cameraToo",
-                                                   "xy",
-                                                   "xz",
-                                                   "yz"};
-    return names;
-}
 
 std::string Listed(const std::vector<std::string>& names) {
     std::string list;
@@ -70,7 +54,7 @@ ScriptResult ScriptRunner::Run() {
         if (picture != step.end() && picture->value("beforeAfter", false)) wantsBefore = true;
     }
     const HUDListening listening(progress.message);
-    if (!traceOptions.folder.empty()) StartTrace(script);
+    if (!traceOptions.folder.empty()) StartTrace();
     SetUp(script);
     StartJournal(script);
     const FieldReader steps = script.At("steps");
@@ -81,10 +65,10 @@ ScriptResult ScriptRunner::Run() {
     if (lastCall == steps.Size()) FinishTrace();
     for (std::size_t i = 0; i < steps.Size(); ++i) {
         const FieldReader step = steps.At(i);
-        if (progress.step) progress.step(i, steps.Size(), step.Json().begin().key());
+        if (progress.step) progress.step(i, steps.Size(), StepLabel(steps, i));
         try {
             StopIfAsked();
-            Do(step);
+            RunAndReport(step);
         } catch (...) {
             FinishTraceAfterError();
             throw;
@@ -223,8 +207,12 @@ void ScriptRunner::RunStep(const FieldReader& step) {
                                      {"reset", &ScriptRunner::RunReset}};
     if (step.Size() == 2 && !(step.Has("tool") && step.Has("set")))
         step.Fail("a step is one thing; only \"tool\" takes \"set\" beside it");
-    for (const Verb& verb : verbs)
-        if (step.Has(verb.name)) (this->*verb.run)(step.At(verb.name));
+    stepWarnings.clear();
+    for (const Verb& verb : verbs) {
+        if (!step.Has(verb.name)) continue;
+        session->AnnounceCommand(verb.name);
+        (this->*verb.run)(step.At(verb.name));
+    }
 }
 
 void ScriptRunner::RunTool(const FieldReader& name) {

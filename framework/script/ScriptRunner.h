@@ -28,12 +28,25 @@ struct ScriptProgress {
     WriteProgress file;
     /// A message of the brush to its user.
     std::function<void(const std::string&)> message;
-    /// Safety that the user relies on was lost, such as a journal that could not be kept; the work
-    /// goes on. If empty, `message` receives the text.
+    /// A step had no effect, or probably not the intended one (file, JSON pointer, reason; at most
+    /// once per step), or safety that the user relies on was lost, such as a journal that could not
+    /// be kept. The work goes on. If empty, `message` receives what concerns safety.
     std::function<void(const std::string&)> warning;
     /// Asked between steps and dabs, and now and then while levels and files are made; answers true
     /// to stop: the run then throws WorkStopped. May be empty.
     std::function<bool()> stop;
+};
+
+/// What one step did.
+struct StepReport {
+    /// JSON pointer of the step, and its kind.
+    std::string pointer, step;
+    uint64_t dabs = 0;
+    /// By strokes that ended in the step, each vertex once per stroke.
+    uint64_t verticesMoved = 0;
+    /// Of the whole step, not only in the brush.
+    double milliseconds = 0.0;
+    std::vector<std::string> warnings;
 };
 
 /// What a script left behind.
@@ -44,6 +57,8 @@ struct ScriptResult {
     uint32_t levels = 0;
     /// Files written, in order.
     std::vector<std::string> files;
+    /// In order.
+    std::vector<StepReport> steps;
 };
 
 /// Runs a stroke script: its meaning is told in docs/stroke-script.md. Paths of meshes and stamps
@@ -57,6 +72,8 @@ public:
     void SetTrace(const TraceOptions& options) { traceOptions = options; }
     /// Keeps a journal of the run; see docs/journal.md. To be called before Run or Open.
     void SetJournal(const JournalOptions& options) { journalOptions = options; }
+    /// Makes warnings errors of their steps: Run throws instead of going on.
+    void SetStrict(bool on) { strict = on; }
     ScriptResult Run();
 
     /// For programs that give steps one by one, in place of Run. Sets up as a script does;
@@ -80,12 +97,16 @@ private:
     void OpenMesh(const FieldReader& script);
     void OpenScene(const FieldReader& script);
     void RunStep(const FieldReader& step);
-    void StartTrace(const FieldReader& script);
+    void StartTrace();
     void FinishTrace();
     void FinishTraceAfterError();
     void Do(const FieldReader& step);
     void StartJournal(const FieldReader& script);
     void TellProblems();
+    void RunAndReport(const FieldReader& step);
+    /// What progress says of a step.
+    std::string StepLabel(const FieldReader& steps, std::size_t index) const;
+    void Warn(const std::string& reason) { stepWarnings.push_back(reason); }
     void StopIfAsked() const;
     /// Of a file, and of dabs, for who works long on them.
     WriteProgress FileProgress() const;
@@ -94,6 +115,14 @@ private:
     void RunTool(const FieldReader& name);
     void RunSettings(const FieldReader& settings);
     void RunStroke(const FieldReader& stroke);
+    void StartWatchingStroke();
+    /// \param before  totals before the step.
+    void WarnOfIdleStroke(const FieldReader& stroke, const StrokeTotals& before);
+    /// World points that are to lie on the surface. \param name  of the list in its step.
+    /// \param reach  a point within this distance of the surface is near enough.
+    void WarnOfFarPoints(const std::string& name, const std::vector<Vector>& points, float reach);
+    /// Of the box of the bound level, world units.
+    float Diagonal() const;
     void RunUndo(const FieldReader& count);
     void RunRedo(const FieldReader& count);
     void RunSubdivide(const FieldReader& count);
@@ -171,6 +200,16 @@ private:
     std::vector<Vector> positionsBefore;
     std::vector<PackedNormal> normalsBefore;
     bool wantsBefore = false;
+    bool strict = false;
+    /// Of the current step.
+    std::vector<std::string> stepWarnings;
+    /// What tells at the end of a stroke whether it had any effect.
+    struct StrokeStart {
+        uint64_t dabs = 0;
+        bool wholeMesh = false;
+        /// Freeze amounts; of the freeze brush only.
+        std::vector<uint8_t> frozen;
+    } strokeStart;
 };
 
 }  // namespace trovik

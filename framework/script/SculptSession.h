@@ -92,6 +92,10 @@ public:
     void ApplyUndoSettings();
     /// Who hears of every call into the brush; null for nobody. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
+    /// Announces a command that may change the mesh to the observer, if there is one.
+    void AnnounceCommand(const std::string& name) {
+        if (observer != nullptr) observer->BeforeCommand(*brush, name);
+    }
     /// Who hears of what the stroke loop is told to do; null for nobody. Borrowed.
     void SetInputListener(StrokeInputListener* newListener);
     /// One of the sculpting brush's tools, or "Freeze". Reads the tool's stamp where it names one

@@ -3,6 +3,7 @@
 #include "framework/brushes/StampFiles.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/ScriptRunner.h"
+#include "framework/script/ToolSettings.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -13,9 +14,6 @@ namespace trovik {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// In the order of StampPositioning.
-constexpr const char* positioningNames[] = {"tool", "upright", "stroke", "start"};
 
 }  // namespace
 

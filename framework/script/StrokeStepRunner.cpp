@@ -73,7 +73,9 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
     if (!goesOn && loop.IsActive())
         stroke.Fail("a stroke is open; go on with it by \"continue\", or end it so first");
     KeepBefore();
+    const StrokeTotals before = session->Totals();
     if (!goesOn) {
+        StartWatchingStroke();
         std::optional<uint64_t> seed;
         if (stroke.Has("seed")) seed = stroke.At("seed").Json().get<uint64_t>();
         BeginStroke(*session, ModifierOf(stroke.TextOr("modifier", "none")), seed);
@@ -88,6 +90,7 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
         throw;
     }
     if (!staysOpen) loop.End([this] { StopIfAsked(); });
+    WarnOfIdleStroke(stroke, before);
 }
 
 void ScriptRunner::CheckOpenStroke(const FieldReader& step) const {

@@ -5,6 +5,8 @@
 #include "framework/edits/SculptLayer.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/FilePath.h"
+#include "framework/nodes/HostKernel.h"
+#include "framework/trace/ContentHash.h"
 #include "framework/trace/JsonFields.h"
 #include "framework/trace/NpyFile.h"
 
@@ -22,66 +24,125 @@ void MakeFolder(const std::string& folder) {
     if (failed) throw HostError("cannot make the folder " + folder + ": " + failed.message());
 }
 
+void WriteText(const std::string& path, const std::string& text) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) ThrowFileError("write", path, errno);
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    const int reason = errno;
+    if (std::fclose(file) != 0 || !written) ThrowFileError("write", path, reason);
+}
+
+/// Receives the files of a state, so that what is written and what is hashed cannot differ.
+class StateSink {
+public:
+    virtual void Array(const std::string& name,
+                       const char* elementType,
+                       const std::vector<uint64_t>& shape,
+                       const void* data,
+                       std::size_t sizeBytes) = 0;
+    virtual void Text(const std::string& name, const std::string& text) = 0;
+
+protected:
+    ~StateSink() = default;
+};
+
+class FolderSink final : public StateSink {
+public:
+    explicit FolderSink(std::string stateFolder) : folder(std::move(stateFolder)) {}
+    void Array(const std::string& name,
+               const char* elementType,
+               const std::vector<uint64_t>& shape,
+               const void* data,
+               std::size_t sizeBytes) override {
+        const std::string path = folder + "/" + name;
+        MakeFolder(std::filesystem::path(path).parent_path().string());
+        WriteNpyFile(path, elementType, shape, data, sizeBytes);
+    }
+    void Text(const std::string& name, const std::string& text) override {
+        WriteText(folder + "/" + name, text);
+    }
+
+private:
+    std::string folder;
+};
+
+class HashSink final : public StateSink {
+public:
+    void Array(const std::string& name,
+               const char* elementType,
+               const std::vector<uint64_t>& shape,
+               const void* data,
+               std::size_t sizeBytes) override {
+        const std::string_view content(static_cast<const char*>(data), sizeBytes);
+        hashes[name] = ContentHash(content, ContentHash(NpyHeader(elementType, shape)));
+    }
+    void Text(const std::string& name, const std::string& text) override {
+        hashes[name] = ContentHash(text);
+    }
+
+    MeshStateHashes hashes;
+};
+
 template <typename T, typename Of>
-void WriteByVertex(const std::string& path,
-                   const char* elementType,
-                   const LevelMesh& mesh,
-                   Of valueOf) {
+void PutByVertex(StateSink& sink,
+                 const std::string& name,
+                 const char* elementType,
+                 const LevelMesh& mesh,
+                 Of valueOf) {
     std::vector<T> values(mesh.VertexCount());
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) values[v] = valueOf(v);
     std::vector<uint64_t> shape = {mesh.VertexCount()};
     if constexpr (std::is_same_v<T, Vector>) shape.push_back(3);
-    WriteNpyFile(path, elementType, shape, values.data(), values.size() * sizeof(T));
+    sink.Array(name, elementType, shape, values.data(), values.size() * sizeof(T));
 }
 
-void WriteLevel(const std::string& folder, const LevelMesh& mesh) {
-    MakeFolder(folder);
+void PutLevel(StateSink& sink, const LevelMesh& mesh) {
+    const std::string folder = "level-" + std::to_string(mesh.Index());
     const uint32_t corners = mesh.CornersPerFace();
     const std::size_t slots = static_cast<std::size_t>(mesh.faceCount) * corners;
-    WriteNpyFile(folder + "/face_vertex_indices.npy",
-                 npyUint32,
-                 {mesh.faceCount, corners},
-                 mesh.faceVertexIndices.array,
-                 slots * sizeof(uint32_t));
-    WriteByVertex<Vector>(folder + "/positions.npy", npyFloat32, mesh, [&mesh](uint32_t v) {
+    sink.Array(folder + "/face_vertex_indices.npy",
+               npyUint32,
+               {mesh.faceCount, corners},
+               mesh.faceVertexIndices.array,
+               slots * sizeof(uint32_t));
+    PutByVertex<Vector>(sink, folder + "/positions.npy", npyFloat32, mesh, [&mesh](uint32_t v) {
         return mesh.Position(v);
     });
-    WriteNpyFile(
+    sink.Array(
         folder + "/face_flags.npy", npyUint8, {mesh.faceCount}, mesh.faceFlags, mesh.faceCount);
 }
 
-void WriteBoundLevel(const std::string& folder, LevelMesh& mesh) {
+void PutBoundLevel(StateSink& sink, const LevelMesh& mesh) {
     static_assert(sizeof(PackedNormal) == 4 * sizeof(int16_t));
-    WriteNpyFile(folder + "/normals.npy",
-                 npyInt16,
-                 {mesh.VertexCount(), 4},
-                 mesh.vertexNormals.array,
-                 mesh.VertexCount() * sizeof(PackedNormal));
-    WriteByVertex<uint8_t>(folder + "/freeze.npy", npyUint8, mesh, [&mesh](uint32_t v) {
+    sink.Array("normals.npy",
+               npyInt16,
+               {mesh.VertexCount(), 4},
+               mesh.vertexNormals.array,
+               mesh.VertexCount() * sizeof(PackedNormal));
+    PutByVertex<uint8_t>(sink, "freeze.npy", npyUint8, mesh, [&mesh](uint32_t v) {
         return mesh.vertices.array[v].freeze;
     });
-    WriteByVertex<uint32_t>(folder + "/change_link.npy", npyUint32, mesh, [&mesh](uint32_t v) {
+    PutByVertex<uint32_t>(sink, "change_link.npy", npyUint32, mesh, [&mesh](uint32_t v) {
         return mesh.vertices.array[v].changeLink;
     });
     if (const LevelChange* change = mesh.OpenChange()) {
         const Store<StoredVertexInfo>& records = change->Records();
-        WriteNpyFile(folder + "/records.npy",
-                     npyRecord,
-                     {records.fill},
-                     records.array,
-                     records.fill * sizeof(StoredVertexInfo));
+        sink.Array("records.npy",
+                   npyRecord,
+                   {records.fill},
+                   records.array,
+                   records.fill * sizeof(StoredVertexInfo));
     }
     if (const SculptLayer* layer = mesh.ActiveLayer()) {
-        WriteByVertex<Vector>(folder + "/layer.npy", npyFloat32, mesh, [layer](uint32_t v) {
-            return layer->Offset(v);
-        });
-        WriteByVertex<Vector>(folder + "/layer_rest.npy", npyFloat32, mesh, [layer](uint32_t v) {
+        PutByVertex<Vector>(
+            sink, "layer.npy", npyFloat32, mesh, [layer](uint32_t v) { return layer->Offset(v); });
+        PutByVertex<Vector>(sink, "layer_rest.npy", npyFloat32, mesh, [layer](uint32_t v) {
             return layer->Rest(v);
         });
     }
 }
 
-void WriteMirrorCorners(const std::string& path, LevelMesh& mesh) {
+void PutMirrorCorners(StateSink& sink, LevelMesh& mesh) {
     const uint32_t corners = mesh.CornersPerFace();
     std::vector<int32_t> answers;
     answers.reserve(static_cast<std::size_t>(mesh.faceCount) * corners * 3);
@@ -96,11 +157,11 @@ void WriteMirrorCorners(const std::string& path, LevelMesh& mesh) {
             answers.push_back(none ? -1 : static_cast<int32_t>(mirrorCorner));
         }
     }
-    WriteNpyFile(path,
-                 npyInt32,
-                 {mesh.faceCount, corners, 3},
-                 answers.data(),
-                 answers.size() * sizeof(int32_t));
+    sink.Array(mirrorCornersFile,
+               npyInt32,
+               {mesh.faceCount, corners, 3},
+               answers.data(),
+               answers.size() * sizeof(int32_t));
 }
 
 std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
@@ -135,12 +196,15 @@ std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
     return meta.Text();
 }
 
-void WriteText(const std::string& path, const std::string& text) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    if (file == nullptr) ThrowFileError("write", path, errno);
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    const int reason = errno;
-    if (std::fclose(file) != 0 || !written) ThrowFileError("write", path, reason);
+void PutState(StateSink& sink,
+              LevelGeometry& geometry,
+              const MeshUnlocker* unlocker,
+              bool mirrorCorners) {
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
+        PutLevel(sink, *geometry.Level(level));
+    PutBoundLevel(sink, *geometry.Bound());
+    if (mirrorCorners) PutMirrorCorners(sink, *geometry.Bound());
+    sink.Text("meta.json", MetaText(geometry, unlocker) + "\n");
 }
 
 }  // namespace
@@ -149,12 +213,25 @@ void WriteMeshState(const std::string& folder,
                     LevelGeometry& geometry,
                     const MeshUnlocker* unlocker,
                     bool mirrorCorners) {
-    MakeFolder(folder);
-    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
-        WriteLevel(folder + "/level-" + std::to_string(level), *geometry.Level(level));
-    WriteBoundLevel(folder, *geometry.Bound());
-    if (mirrorCorners) WriteMirrorCorners(folder + "/mirror_corners.npy", *geometry.Bound());
-    WriteText(folder + "/meta.json", MetaText(geometry, unlocker) + "\n");
+    FolderSink sink(folder);
+    PutState(sink, geometry, unlocker, mirrorCorners);
+}
+
+std::vector<LevelGeometry*> SceneGeometries() {
+    const HostScene& scene = *HostKernel::Instance().Scene();
+    std::vector<LevelGeometry*> geometries;
+    for (unsigned i = 0; i < scene.GeometryCount(); ++i)
+        if (auto* geometry = dynamic_cast<LevelGeometry*>(scene.GeometryAt(i)))
+            geometries.push_back(geometry);
+    return geometries;
+}
+
+MeshStateHashes HashMeshState(LevelGeometry& geometry,
+                              const MeshUnlocker* unlocker,
+                              bool mirrorCorners) {
+    HashSink sink;
+    PutState(sink, geometry, unlocker, mirrorCorners);
+    return std::move(sink.hashes);
 }
 
 }  // namespace trovik

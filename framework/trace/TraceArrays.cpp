@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/trace/TraceArrays.h"
 
+#include "framework/trace/ContentHash.h"
 #include "framework/trace/NpyFile.h"
 
 #include <algorithm>
@@ -16,17 +17,10 @@ namespace {
 constexpr uint32_t floatFormat = 3;
 constexpr uint32_t floatDepth = 5;
 
-/// 64-bit FNV-1a.
-uint64_t Hash(std::string_view bytes) {
-    uint64_t hash = 0xcbf29ce484222325u;
-    for (const char byte : bytes) hash = (hash ^ static_cast<uint8_t>(byte)) * 0x100000001b3u;
-    return hash;
-}
-
 /// Stands for a content: stamps are too large to be kept for comparing. Two hashes of different
 /// making and the shape.
 std::string Fingerprint(const std::string& header, std::string_view bytes) {
-    return header + std::to_string(Hash(bytes)) + "/" +
+    return header + std::to_string(ContentHash(bytes)) + "/" +
            std::to_string(std::hash<std::string_view>()(bytes));
 }
 

@@ -8,59 +8,20 @@
 #include "framework/nodes/HostKernel.h"
 #include "framework/trace/BrushSettingsText.h"
 #include "framework/trace/MeshState.h"
+#include "framework/trace/TraceFolder.h"
 
 #include <cerrno>
-#include <filesystem>
 
 namespace trovik {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr int stampMask = -1;
-constexpr const char* lineFile = "trace.jsonl";
 
 const char* NameOf(BrushCall::Kind kind) {
     static constexpr const char* names[] = {
         "SetActiveConfiguration", "BeginStroke", "ApplyDab", "ApplyToWholeMesh", "EndStroke"};
     return names[kind];
-}
-
-bool IsPartOfATrace(const std::string& name) {
-    return name == lineFile || name == "arrays" || name == "before" || name == "after" ||
-           name.rfind("dab-", 0) == 0;
-}
-
-/// An empty folder; the parts of an earlier trace go, so that none of them is taken for this one's.
-void PrepareFolder(const std::string& folder) {
-    std::error_code failed;
-    fs::create_directories(folder, failed);
-    if (failed) throw HostError("cannot make the folder " + folder + ": " + failed.message());
-    std::vector<fs::path> parts;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-        if (!IsPartOfATrace(entry.path().filename().string())) {
-            throw HostError(folder + ": the folder holds files that are no trace, such as " +
-                            entry.path().filename().string());
-        }
-        parts.push_back(entry.path());
-    }
-    for (const fs::path& part : parts) {
-        fs::remove_all(part, failed);
-        if (failed) throw HostError("cannot remove " + part.string() + ": " + failed.message());
-    }
-    fs::create_directories(fs::path(folder) / "arrays", failed);
-    if (failed)
-        throw HostError("cannot make the folder " + folder + "/arrays: " + failed.message());
-}
-
-std::vector<LevelGeometry*> Geometries() {
-    const HostScene& scene = *HostKernel::Instance().Scene();
-    std::vector<LevelGeometry*> geometries;
-    for (unsigned i = 0; i < scene.GeometryCount(); ++i)
-        if (auto* geometry = dynamic_cast<LevelGeometry*>(scene.GeometryAt(i)))
-            geometries.push_back(geometry);
-    return geometries;
 }
 
 const MeshUnlocker* UnlockerOf(const BrushOperation& brush) {
@@ -71,7 +32,7 @@ const MeshUnlocker* UnlockerOf(const BrushOperation& brush) {
 LevelMesh* BoundMesh(const BrushOperation& brush) {
     const MeshUnlocker* unlocker = UnlockerOf(brush);
     if (unlocker == nullptr) return nullptr;
-    for (const LevelGeometry* geometry : Geometries())
+    for (const LevelGeometry* geometry : SceneGeometries())
         for (uint32_t level = 0; level < geometry->LevelCount(); ++level)
             if (geometry->Level(level)->LockHolder() == unlocker) return geometry->Level(level);
     return nullptr;
@@ -104,9 +65,9 @@ std::string ToolText(const BrushConfiguration* tool) {
 }  // namespace
 
 TraceRecorder::TraceRecorder(const TraceOptions& traceOptions) : options(traceOptions) {
-    PrepareFolder(options.folder);
+    PrepareTraceFolder(options.folder);
     arrays = std::make_unique<TraceArrays>(options.folder + "/arrays");
-    const std::string path = options.folder + "/" + lineFile;
+    const std::string path = options.folder + "/" + traceLineFile;
     lines = std::fopen(path.c_str(), "wb");
     if (lines == nullptr) ThrowFileError("write", path, errno);
 }
@@ -118,36 +79,25 @@ void TraceRecorder::ThrowIfFailed() const {
 }
 
 void TraceRecorder::BeforeCall(const BrushCall& call) {
-    if (!failure.empty()) return;
-    try {
-        Prepare(call);
-    } catch (const std::exception& error) {
-        failure = error.what();
-    }
+    Guarded([&] { Prepare(call); });
 }
 
 void TraceRecorder::AfterCall(const BrushCall& call, const std::string* error) {
     Watch(false);
-    if (!failure.empty()) return;
-    try {
-        Record(call, error);
-    } catch (const std::exception& failed) {
-        failure = failed.what();
-    }
+    Guarded([&] { Record(call, error); });
 }
 
 void TraceRecorder::Prepare(const BrushCall& call) {
     const bool onMesh = call.kind == BrushCall::BeginStroke || call.kind == BrushCall::ApplyDab ||
                         call.kind == BrushCall::ApplyToWholeMesh;
-    if (onMesh && !begun) {
-        for (const LevelGeometry* geometry : Geometries()) {
-            boundLevels.push_back(geometry->BoundIndex());
+    if (begun) {
+        WriteHostChanges(call.brush);
+    } else if (onMesh) {
+        for (const LevelGeometry* geometry : SceneGeometries())
             freezeQueries[geometry->Bound()] = geometry->Bound()->FreezeQuery();
-        }
         begun = true;
         WriteStates("before", call.brush);
     }
-    if (onMesh) CheckLevels();
     FillInput(call);
     buildUpRateBefore = BuildUpRateText(call.brush);
     messagesBefore = HostKernel::Instance().HUDMessages().size();
@@ -266,17 +216,17 @@ void TraceRecorder::Record(const BrushCall& call, const std::string* error) {
     if (!hasErrorField && error != nullptr) out.Set("error", JsonString(*error));
     host.directionVectorSet = host.directionVectorSet || directionWasSet;
 
-    JsonFields line;
-    line.Set("call", JsonString(std::string(NameOf(call.kind))));
-    line.Set("in", input.Text());
-    line.Set("out", out.Text());
-    WriteLine(line);
-    if (call.kind != BrushCall::ApplyDab) return;
-    ++dabCount;
-    if (options.every == 0 || dabCount % options.every != 0) return;
-    char name[32];
-    std::snprintf(name, sizeof name, "dab-%06u", dabCount);
-    WriteStates(name, brush);
+    WriteCall(NameOf(call.kind), input, out);
+    if (call.kind == BrushCall::ApplyDab && ++dabCount != 0 && options.every != 0 &&
+        dabCount % options.every == 0)
+        WriteStates(NumberedTraceFolder("dab", dabCount), brush);
+    if (call.kind == BrushCall::BeginStroke) inStroke = error == nullptr;
+    if (call.kind == BrushCall::EndStroke) inStroke = false;
+    if (inStroke)
+        hostChanges.Stop();
+    else if (begun)
+        hostChanges.Start(HashStates(brush));
+    if (call.kind == BrushCall::EndStroke) WriteSettled();
 }
 
 void TraceRecorder::AddOutcome(JsonFields& out,
@@ -331,7 +281,7 @@ void TraceRecorder::ChangeFinished(const LevelMesh& level, bool keepTopology, bo
 }
 
 void TraceRecorder::Watch(bool on) {
-    for (LevelGeometry* geometry : Geometries()) {
+    for (LevelGeometry* geometry : SceneGeometries()) {
         geometry->SetObserver(on ? this : nullptr);
         for (MeshRenderer* renderer : RenderersOf(*geometry->Bound())) {
             auto* listener = dynamic_cast<NoticeRenderer*>(renderer);
@@ -344,42 +294,18 @@ void TraceRecorder::Watch(bool on) {
     }
 }
 
-void TraceRecorder::CheckLevels() {
-    const std::vector<LevelGeometry*> geometries = Geometries();
-    for (std::size_t i = 0; i < geometries.size(); ++i) {
-        if (i >= boundLevels.size()) throw HostError("a trace keeps its meshes: one was added");
-        if (geometries[i]->BoundIndex() == boundLevels[i]) continue;
-        throw HostError("a trace keeps one bound level per mesh: m" + std::to_string(i) +
-                        " was traced on level " + std::to_string(boundLevels[i]) +
-                        " and is on level " + std::to_string(geometries[i]->BoundIndex()) + " now");
-    }
-}
-
-void TraceRecorder::WriteStates(const std::string& name, BrushOperation& brush) {
-    const bool mirrorCorners = options.mirrorCorners || brush.MirrorConfig().MirrorMode() ==
-                                                            MirrorConfiguration::Topological;
-    const std::vector<LevelGeometry*> geometries = Geometries();
-    for (std::size_t i = 0; i < geometries.size(); ++i) {
-        WriteMeshState(options.folder + "/" + name + "/m" + std::to_string(i),
-                       *geometries[i],
-                       UnlockerOf(brush),
-                       mirrorCorners);
-    }
-}
-
-void TraceRecorder::WriteAfter(BrushOperation& brush) {
-    ThrowIfFailed();
-    if (!begun)
-        WriteStates("before", brush);
-    else
-        CheckLevels();
-    WriteStates("after", brush);
+void TraceRecorder::WriteCall(const char* name, const JsonFields& in, const JsonFields& out) {
+    JsonFields line;
+    line.Set("call", JsonString(std::string(name)));
+    line.Set("in", in.Text());
+    line.Set("out", out.Text());
+    WriteLine(line);
 }
 
 void TraceRecorder::WriteLine(const JsonFields& line) {
     const std::string text = line.Text() + "\n";
     if (std::fwrite(text.data(), 1, text.size(), lines) != text.size() || std::fflush(lines) != 0)
-        ThrowFileError("write", options.folder + "/" + lineFile, errno);
+        ThrowFileError("write", options.folder + "/" + traceLineFile, errno);
 }
 
 }  // namespace trovik

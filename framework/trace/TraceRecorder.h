@@ -3,6 +3,7 @@
 
 #include "framework/brushes/StrokeObserver.h"
 #include "framework/levels/LevelGeometry.h"
+#include "framework/trace/HostChanges.h"
 #include "framework/trace/JsonFields.h"
 #include "framework/trace/TraceArrays.h"
 
@@ -19,8 +20,6 @@ struct TraceOptions {
     std::string folder;
     /// State of every mesh after each dab whose number is a multiple of this; 0: none.
     unsigned every = 0;
-    /// States hold the topological mirror of every corner, also while strokes are not mirrored so.
-    bool mirrorCorners = false;
 };
 
 /// Writes a trace: what a brush was given at every call and what it did that the host can see. The
@@ -29,6 +28,11 @@ struct TraceOptions {
 /// The state `before` is written when the first stroke begins, so that it holds what was set up by
 /// then. The recorder watches all geometries of the scene, and only while a call is under way.
 /// Lines are on disk when a call is over, so a crash leaves the trace up to it.
+///
+/// What the host changes between two calls is written as the state of the mesh before the second
+/// one. Between strokes any change is found by comparing hashes of all arrays; within a stroke only
+/// after a BeforeCommand. Cost: two passes over all arrays of all meshes for each stroke, one for
+/// each command.
 ///
 /// Errors: within a call nothing is thrown; after a failure nothing more is written, and
 /// ThrowIfFailed tells it.
@@ -43,11 +47,16 @@ public:
 
     void BeforeCall(const BrushCall& call) override;
     void AfterCall(const BrushCall& call, const std::string* error) override;
+    void BeforeCommand(BrushOperation& brush, const std::string& name) override;
+    void AfterSettling(BrushOperation& brush,
+                       const LevelMesh& mesh,
+                       const std::vector<uint32_t>& vertices) override;
 
     /// \throw HostError with the first failure, if there was one.
     void ThrowIfFailed() const;
-    /// Writes the state `after`, to be called when the last call is over; where no stroke has begun
-    /// `before` too. \throw HostError.
+    /// Writes the state `after`, to be called when the last call is over, and the line of what the
+    /// host has changed since, if anything; where no stroke has begun `before` too. \throw
+    /// HostError.
     void WriteAfter(BrushOperation& brush);
     /// Lines of ApplyDab so far.
     unsigned DabCount() const { return dabCount; }
@@ -64,8 +73,22 @@ private:
     void AddTouched(JsonFields& out, const BrushCall& call) const;
     std::string MessagesSince() const;
     void Watch(bool on);
-    void CheckLevels();
+    /// Runs work that may throw; the first failure is kept for ThrowIfFailed, and ends the trace.
+    template <typename Work>
+    void Guarded(Work work) {
+        if (!failure.empty()) return;
+        try {
+            work();
+        } catch (const std::exception& error) {
+            failure = error.what();
+        }
+    }
+    HostChanges::States HashStates(BrushOperation& brush) const;
+    void WriteState(const std::string& folder, std::size_t mesh, BrushOperation& brush) const;
     void WriteStates(const std::string& name, BrushOperation& brush);
+    void WriteHostChanges(BrushOperation& brush);
+    void WriteSettled();
+    void WriteCall(const char* name, const JsonFields& in, const JsonFields& out);
     void WriteLine(const JsonFields& line);
 
     TraceOptions options;
@@ -74,8 +97,9 @@ private:
     std::string failure;
     bool begun = false;
     unsigned dabCount = 0;
-    /// Bound level of each geometry in the state `before`.
-    std::vector<uint32_t> boundLevels;
+    HostChanges hostChanges;
+    unsigned changeCount = 0;
+    bool inStroke = false;
     /// Settings after the last call, for telling what the host changed since.
     JsonFields settings;
     std::map<const Mesh*, int> freezeQueries;
@@ -89,6 +113,14 @@ private:
     bool walked = false;
     std::vector<FaceVisit> lastWalk;
     std::vector<std::string> finished;
+
+    /// What was settled before the call of EndStroke, for the line after it.
+    struct Settled {
+        JsonFields in, out;
+        std::size_t mesh = 0;
+        bool hasLayer = false;
+    };
+    std::vector<Settled> settled;
 };
 
 }  // namespace trovik

@@ -135,6 +135,8 @@ TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
     const auto sculpt = ExpectTold("sculpt", "sculpt s.json");
     EXPECT_EQ(sculpt.at("faces"), 96);
     EXPECT_EQ(sculpt.at("files"), nlohmann::json::array({"a.trovik"}));
+    EXPECT_EQ(Keys(sculpt.at("steps").at(0)),
+              (Names{"pointer", "step", "dabs", "verticesMoved", "milliseconds", "warnings"}));
     const auto mesh = ExpectTold("info, of a mesh", "info cube.obj");
     EXPECT_EQ(Keys(mesh.at("carries")),
               (Names{"normals",
@@ -162,7 +164,10 @@ TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
     EXPECT_EQ(render.at("width"), 40);
     EXPECT_EQ(render.at("height"), 30);
     EXPECT_EQ(Keys(render.at("camera")), (Names{"eye", "target", "up", "fieldOfView"}));
-    EXPECT_EQ(ExpectTold("tools", "tools").size(), 15u);
+    const auto tools = ExpectTold("tools", "tools");
+    EXPECT_EQ(tools.size(), 16u);
+    for (const char* field : {"name", "default", "unit"})
+        EXPECT_TRUE(tools.at(0).at("settings").at(0).contains(field)) << field;
 }
 
 TEST_F(ManPageOfTheCommand, TellsTheFieldsOfJournalsAndMaps) {

@@ -66,8 +66,11 @@ TEST_F(OpenStroke, CanBeginAndEndWithoutADab) {
            {"stroke": {"continue": true}}, {"tool": "Wax"})",
         setUp);
     EXPECT_EQ(Calls(),
-              (std::vector<std::string>{
-                  "SetActiveConfiguration", "BeginStroke", "EndStroke", "SetActiveConfiguration"}));
+              (std::vector<std::string>{"SetActiveConfiguration",
+                                        "BeginStroke",
+                                        "HostChange",
+                                        "EndStroke",
+                                        "SetActiveConfiguration"}));
     EXPECT_EQ(Line("BeginStroke")["in"]["modifier"], 2);
 }
 

@@ -299,12 +299,12 @@ TEST_F(ScriptTrace, LevelsBelowTheBoundOneKeepTheirPlaces) {
               NpyArray(At("after/m0/level-2/positions.npy")).bytes);
 }
 
-TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsOneClearError) {
-    const std::string reason = MessageOf<HostError>(
-        [this] { Run(std::string(oneDab) + R"(, {"level": 1}, )" + oneDab, "\"levels\": 2, "); });
-    EXPECT_EQ(reason,
-              "a trace keeps one bound level per mesh: m0 was traced on level 2 and is on level 1 "
-              "now");
+TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsAStateOfItsOwn) {
+    Run(std::string(oneDab) + R"(, {"level": 1}, )" + oneDab, "\"levels\": 2, ");
+    EXPECT_EQ(Line("HostChange")["in"],
+              R"({"mesh": "m0", "reason": "level", "state": "change-000001"})"_json);
+    EXPECT_EQ(Meta("before")["level"], 2);
+    EXPECT_EQ(Meta("change-000001")["level"], 1);
 }
 
 TEST_F(ScriptTrace, ErrorOfTheBrushIsToldAndLeavesTheStateAfterTheLastCall) {

@@ -110,6 +110,9 @@ protected:
         call.modifier = modifier;
         Observed(&Recorder(), call, [&] { brush.BeginStroke(mesh, modifier, call.trigger); });
     }
+    void End() {
+        Observed(&Recorder(), BrushCall(BrushCall::EndStroke, brush), [&] { brush.EndStroke(); });
+    }
     nlohmann::json Dab(LevelGeometry& on, uint32_t face = 0, bool mirror = false) {
         SurfacePoint hit(on.Bound(), 0, face);
         hit.mirror = mirror;
@@ -382,23 +385,66 @@ TEST_F(TraceRecorderTest, EveryMeshOfTheSceneHasAState) {
               "(6, 3)");
 }
 
-TEST_F(TraceRecorderTest, AnotherBoundLevelEndsTheTraceWithItsReason) {
+TEST_F(TraceRecorderTest, ChangeThatNobodyAnnouncedIsFoundBetweenStrokes) {
     Begin(first.Bound());
-    first.Subdivide();
+    End();
+    second.Subdivide();
     Begin(first.Bound());
-    EXPECT_EQ(MessageOf<HostError>([&] { Recorder().ThrowIfFailed(); }),
-              "a trace keeps one bound level per mesh: m0 was traced on level 0 and is on level 1 "
-              "now");
-    EXPECT_EQ(ReadTrace(options.folder).size(), 1u) << "nothing is written after a failure";
+    const nlohmann::json line = LinesOf(ReadTrace(options.folder), "HostChange").at(0);
+    EXPECT_EQ(line["in"], R"({"mesh": "m1", "reason": "host", "state": "change-000001"})"_json);
+    EXPECT_TRUE(std::filesystem::exists(options.folder + "/change-000001/m1/meta.json"));
+    EXPECT_FALSE(std::filesystem::exists(options.folder + "/change-000001/m0"));
+}
+
+TEST_F(TraceRecorderTest, EachMeshThatChangedHasItsOwnState) {
+    Begin(first.Bound());
+    End();
+    Recorder().BeforeCommand(brush, "one");
+    first.Bound()->SetFreeze(1, 5);
+    Recorder().BeforeCommand(brush, "two");
+    second.Bound()->SetFreeze(1, 5);
+    first.Bound()->SetFreeze(1, 6);
+    Recorder().BeforeCommand(brush, "three");
+    Begin(first.Bound());
+    const std::vector<nlohmann::json> lines = LinesOf(ReadTrace(options.folder), "HostChange");
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0]["in"],
+              R"({"mesh": "m0", "reason": "one, two", "state": "change-000001"})"_json);
+    EXPECT_EQ(lines[1]["in"], R"({"mesh": "m1", "reason": "two", "state": "change-000002"})"_json);
+    EXPECT_EQ(NpyArray(options.folder + "/change-000001/m0/freeze.npy").Values<uint8_t>().at(1), 6);
+}
+
+TEST_F(TraceRecorderTest, ChangeThatWasTakenBackIsNone) {
+    Begin(first.Bound());
+    End();
+    Recorder().BeforeCommand(brush, "freeze");
+    first.Bound()->SetFreeze(1, 5);
+    Recorder().BeforeCommand(brush, "undo");
+    first.Bound()->SetFreeze(1, 0);
+    Begin(first.Bound());
+    EXPECT_TRUE(LinesOf(ReadTrace(options.folder), "HostChange").empty());
+}
+
+TEST_F(TraceRecorderTest, FailureEndsTheTrace) {
+    Begin(first.Bound());
+    End();
+    folder.Fill("t/change-000001", "in the way");
+    first.Bound()->SetFreeze(1, 5);
+    Begin(first.Bound());
+    EXPECT_NE(MessageOf<HostError>([&] { Recorder().ThrowIfFailed(); }).find("change-000001"),
+              std::string::npos);
+    EXPECT_EQ(ReadTrace(options.folder).size(), 2u) << "nothing is written after a failure";
 }
 
 TEST_F(TraceRecorderTest, FolderWithOtherFilesIsRefusedAndAnEarlierTraceReplaced) {
     Begin(first.Bound());
     recorder.reset();
     std::filesystem::create_directories(options.folder + "/dab-000007/m0");
+    std::filesystem::create_directories(options.folder + "/change-000007/m0");
     Recorder();
     EXPECT_EQ(TemporaryFolder::Content(options.folder + "/trace.jsonl"), "");
     EXPECT_FALSE(std::filesystem::exists(options.folder + "/dab-000007"));
+    EXPECT_FALSE(std::filesystem::exists(options.folder + "/change-000007"));
     EXPECT_FALSE(std::filesystem::exists(options.folder + "/before"));
     recorder.reset();
 

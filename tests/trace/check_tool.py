@@ -10,6 +10,8 @@ import sys
 import tempfile
 import unittest
 
+import numpy
+
 CUBE = (
     "v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\nv -1 -1 1\nv 1 -1 1\nv -1 1 1\nv 1 1 1\n"
     "f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n"
@@ -33,6 +35,23 @@ def script(radius):
     }
 
 
+HOST_SCRIPT = {
+    "mesh": "cube.obj",
+    "levels": 3,
+    "mirror": ["x"],
+    "steps": [
+        {"set": {"radius": 0.6}},
+        {"stroke": {"surface": [[0.1, 0.1, 1], [0.3, 0.4, 1]]}},
+        {"stroke": {"dabs": [{"face": 0}]}},
+        {"undo": 2},
+        {"stroke": {"dabs": [{"face": 0}]}},
+        {"level": 1},
+        {"mirror": "topological"},
+        {"stroke": {"dabs": [{"face": 0}]}},
+    ],
+}
+
+
 class TraceTool(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -44,6 +63,7 @@ class TraceTool(unittest.TestCase):
         cls.sculpt("two", script(0.5), "--trace-every", "1")
         cls.sculpt("other", script(0.5625), "--trace-every", "1")
         cls.sculpt("sparse", script(0.5))
+        cls.sculpt("host", HOST_SCRIPT, "--trace-every", "1")
 
     @classmethod
     def tearDownClass(cls):
@@ -163,6 +183,68 @@ class TraceTool(unittest.TestCase):
         after = next(i for i in range(calls.index("ApplyToWholeMesh"), len(calls)) if calls[i] == "ApplyDab")
         result = self.tool("show", "one", "--call", str(after + 1))
         self.assertIn("not known: there is no state between the whole mesh before", result.stdout)
+
+    def host_lines(self, call):
+        """Numbers of the lines of this kind in trace "host", from 1."""
+        lines = self.tool("show", "host").stdout.splitlines()
+        return [number for number, line in enumerate(lines, 1) if line.split()[1] == call]
+
+    def test_show_lists_what_the_host_changed(self):
+        output = self.tool("show", "host").stdout
+        self.assertRegex(output, r"SettleSymmetry +m0, [1-9]\d* vertices")
+        self.assertRegex(output, r"HostChange +m0, undo, state change-000001")
+        self.assertRegex(output, r"HostChange +m0, level, mirror, state change-000002")
+
+    def test_show_of_a_change_tells_its_state(self):
+        undone, switched = self.host_lines("HostChange")
+        result = self.tool("show", "host", "--call", str(undone))
+        self.assertEqual(result.returncode, 0, result)
+        for row in (r"  reason +undo", r"  state +change-000001", r"  level +3", r"  vertices +386",
+                    r"  vertices moved +[1-9]\d*; largest displacement"):
+            self.assertRegex(result.stdout, row)
+        result = self.tool("show", "host", "--call", str(switched))
+        self.assertRegex(result.stdout, r"  level +1")
+        self.assertIn("the mesh has other vertices than before", result.stdout)
+
+    def test_show_of_settled_sides_tells_how_far_they_moved(self):
+        result = self.tool("show", "host", "--call", str(self.host_lines("SettleSymmetry")[0]))
+        self.assertEqual(result.returncode, 0, result)
+        self.assertRegex(result.stdout, r"  vertices moved +[1-9]\d*; largest displacement \d")
+
+    def test_dab_after_a_change_is_compared_with_the_changed_state(self):
+        undone = self.host_lines("HostChange")[0]
+        dab = next(number for number in self.host_lines("ApplyDab") if number > undone)
+        result = self.tool("show", "host", "--call", str(dab))
+        moved = int(self.moved_vertices("change-000001", "dab-%06d" % self.dab_of(dab)))
+        self.assertRegex(result.stdout, rf"  vertices moved +{moved};")
+        self.assertNotEqual(moved, int(self.moved_vertices("dab-%06d" % (self.dab_of(dab) - 1),
+                                                           "dab-%06d" % self.dab_of(dab))))
+
+    def dab_of(self, line):
+        return self.host_lines("ApplyDab").index(line) + 1
+
+    def moved_vertices(self, before, after):
+        arrays = [numpy.load(self.path("host", state, "m0/level-3/positions.npy")) for state in (before, after)]
+        return (arrays[0].view("u4") != arrays[1].view("u4")).any(axis=1).sum()
+
+    def test_states_of_changes_are_compared(self):
+        subprocess.run(["rm", "-rf", self.path("changed")], check=True)
+        subprocess.run(["cp", "-r", self.path("host"), self.path("changed")], check=True)
+        self.assertEqual(self.tool("compare", "host", "changed").returncode, 0)
+        os.remove(self.path("changed", "change-000002/m0/mirror_corners.npy"))
+        result = self.tool("compare", "host", "changed")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(result.stdout, "change-000002/m0/mirror_corners.npy: only in host\n")
+
+    def test_broken_lines_of_the_host_are_one_line(self):
+        self.changed("trace.jsonl", lambda b: b'{"call":"HostChange","in":{"mesh":"m0","reason":"undo",'
+                     b'"state":"change-000009"},"out":{}}\n')
+        self.expect_trouble(self.tool("show", "changed", "--call", "1"), "change-000009/m0/meta.json")
+        self.changed("trace.jsonl", lambda b: b'{"call":"SettleSymmetry","in":{"mesh":"m0"},'
+                     b'"out":{"vertices":[99999],"positions":[[0,0,0]]}}\n')
+        self.expect_trouble(self.tool("show", "changed", "--call", "1"), "line 1", "do not fit the mesh")
+        self.changed("trace.jsonl", lambda b: b'{"call":"SettleSymmetry","in":{},"out":{}}\n')
+        self.expect_trouble(self.tool("show", "changed", "--call", "1"), "line 1", "mesh")
 
     def test_missing_and_broken_files_are_one_line(self):
         self.expect_trouble(self.tool("show", "nowhere"), "nowhere: no such folder")
