@@ -12,6 +12,7 @@ find_package(nlohmann_json 3.11 REQUIRED)
 find_package(valijson REQUIRED)
 find_package(CLI11 2.1 REQUIRED)
 find_package(zstd REQUIRED)
+find_package(PNG REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(LZ4 REQUIRED IMPORTED_TARGET liblz4)
 # Through pkg-config, since Debian's CMake package of OpenImageIO refuses to load unless the image

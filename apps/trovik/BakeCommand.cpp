@@ -33,12 +33,13 @@ struct BakeCommandOptions {
     bool json = false;
 };
 
-std::unique_ptr<LevelGeometry> Open(const BakeCommandOptions& options) {
+std::unique_ptr<LevelGeometry> Open(const BakeCommandOptions& options, ProgressLine& line) {
     std::unique_ptr<LevelGeometry> geometry;
     if (IsScenePath(options.source)) {
         geometry = std::move(LoadScene(options.source, nullptr).geometry);
     } else {
         PolygonMesh polygons = ReadMeshFile(options.source);
+        line.Notes(options.source, polygons.notes);
         MakeOrientedManifold(polygons);
         geometry = std::make_unique<LevelGeometry>(polygons);
     }
@@ -105,7 +106,7 @@ void Bake(BakeCommandOptions options) {
     line.Step(0, 2, "opening " + options.source);
     MapReport report;
     try {
-        const std::unique_ptr<LevelGeometry> geometry = Open(options);
+        const std::unique_ptr<LevelGeometry> geometry = Open(options, line);
         line.Step(1, 2, "baking " + options.file.path);
         options.bake.progress = [&line](uint64_t done, uint64_t total) {
             line.File(done, total);

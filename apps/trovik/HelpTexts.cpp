@@ -21,7 +21,8 @@ const std::map<std::string, std::string>& Examples() {
          "  trovik sculpt bust.json --strict        stops at a step without effect\n"},
         {"info",
          "  trovik info head.obj                    vertices, faces, size, what else it carries\n"
-         "  trovik info bust.trovik                 levels, layers and tools of a scene\n"},
+         "  trovik info bust.trovik                 levels, layers and tools of a scene\n"
+         "  trovik info *.obj --json                a list, one entry per file\n"},
         {"render",
          "  trovik render head.obj head.png\n"
          "  trovik render head.obj side.jpg --from 1 0 0 --width 1600 --height 1200 --samples 32\n"

@@ -5,11 +5,11 @@
 #include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
-#include "SceneInfo.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
 #include "framework/files/FilePath.h"
 #include "framework/files/MeshSource.h"
+#include "framework/levels/BaseLevel.h"
 #include "framework/levels/LevelSource.h"
 
 #include <nlohmann/json.hpp>
@@ -17,8 +17,9 @@
 #include <cstdio>
 #include <functional>
 #include <limits>
-#include <map>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace trovik {
 
@@ -30,11 +31,16 @@ LoadedScene OpenRefined(const std::string& path,
     if (IsScenePath(path)) {
         scene = LoadScene(path, nullptr);
     } else {
-        PolygonMesh polygons = ReadMeshFile(path);
+        scene.imported = ReadMeshFile(path);
+        PolygonMesh& polygons = scene.imported;
         polygons.attributes.space = Overlaid(polygons.attributes.space, given);
         MakeOrientedManifold(polygons);
         scene.geometry = std::make_unique<LevelGeometry>(polygons);
+        scene.notes = polygons.notes;
     }
+    if (levels > 0)
+        if (std::string note = RefinementNote(scene.imported); !note.empty())
+            scene.notes.push_back(std::move(note));
     StopIfInterrupted();
     if (levels > 0) {
         try {
@@ -54,119 +60,6 @@ LoadedScene OpenRefined(const std::string& path,
 
 namespace {
 
-/// What a mesh has beside its shape, in words, one line each.
-std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMesh& polygons) {
-    const SurfaceAttributes& attributes = polygons.attributes;
-    std::vector<std::pair<std::string, std::string>> lines;
-    if (!polygons.normals.empty()) lines.push_back({"normals", "one a vertex"});
-    if (!attributes.cornerUvs.empty()) {
-        const PolygonSource source(polygons);
-        lines.push_back({"texture",
-                         std::to_string(attributes.uvs.size()) + " coordinates, " +
-                             (source.UvsFollowVertices() ? "no seams" : "with seams")});
-    }
-    if (!attributes.colors.empty())
-        lines.push_back({"colours", attributes.hasAlpha ? "with alpha" : "without alpha"});
-    if (!attributes.groupNames.empty())
-        lines.push_back({"groups", std::to_string(attributes.groupNames.size())});
-    if (!attributes.materialNames.empty())
-        lines.push_back({"materials", std::to_string(attributes.materialNames.size())});
-    if (attributes.space.metersPerUnit > 0.0)
-        lines.push_back({"units", UnitName(attributes.space.metersPerUnit)});
-    if (attributes.space.up != UpAxis::Unknown)
-        lines.push_back({"up", UpAxisName(attributes.space.up)});
-    return lines;
-}
-
-/// The same for programs.
-nlohmann::json AttributeJson(const PolygonMesh& polygons) {
-    const SurfaceAttributes& attributes = polygons.attributes;
-    return {{"normals", !polygons.normals.empty()},
-            {"textureCoordinates", attributes.uvs.size()},
-            {"textureSeams",
-             !attributes.cornerUvs.empty() && !PolygonSource(polygons).UvsFollowVertices()},
-            {"colors", !attributes.colors.empty()},
-            {"alpha", attributes.hasAlpha},
-            {"groups", attributes.groupNames},
-            {"materials", attributes.materialNames},
-            {"units", UnitName(attributes.space.metersPerUnit)},
-            {"up", UpAxisName(attributes.space.up)}};
-}
-
-struct InfoOptions {
-    std::string mesh;
-    bool json = false;
-    bool quiet = false;
-};
-
-void Info(const InfoOptions& options) {
-    if (IsScenePath(options.mesh)) {
-        TellScene(options.mesh, options.json, options.quiet);
-        return;
-    }
-    PolygonMesh polygons = ReadMeshFile(options.mesh);
-    StopIfInterrupted();
-    std::map<uint32_t, std::size_t> sizes;
-    for (const uint32_t size : polygons.faceSizes) ++sizes[size];
-    AxisAlignedBoundingBox box;
-    for (const auto& p : polygons.positions) box.Extend({p[0], p[1], p[2]});
-    const auto lines = AttributeLines(polygons);
-    const nlohmann::json carried = AttributeJson(polygons);
-    const std::size_t vertices = polygons.positions.size();
-    const std::size_t faces = polygons.faceSizes.size();
-    const ManifoldReport report = MakeOrientedManifold(polygons);
-    LevelGeometry geometry(polygons);
-    std::size_t borderEdges = 0;
-    LevelMesh& base = *geometry.Level(0);
-    for (uint32_t face = 0; face < base.faceCount; ++face)
-        for (uint32_t side = 0; side < base.CornersPerFace(); ++side)
-            if (base.QuadEdgeNeighbour(face, side) == openBorder) ++borderEdges;
-
-    if (options.json) {
-        nlohmann::json bySize = nlohmann::json::object();
-        for (const auto& [size, count] : sizes) bySize[std::to_string(size)] = count;
-        const nlohmann::json info = {{"file", options.mesh},
-                                     {"vertices", vertices},
-                                     {"faces", faces},
-                                     {"facesByCorners", bySize},
-                                     {"low", {box.minX, box.minY, box.minZ}},
-                                     {"high", {box.maxX, box.maxY, box.maxZ}},
-                                     {"carries", carried},
-                                     {"verticesAddedBySplitting", report.addedVertices},
-                                     {"level0",
-                                      {{"type", base.meshType == 1 ? "quads" : "triangles"},
-                                       {"vertices", base.VertexCount()},
-                                       {"faces", base.faceCount},
-                                       {"borderEdges", borderEdges}}}};
-        PrintJson(info);
-        return;
-    }
-    if (options.quiet) return;
-    std::printf("%s\n", options.mesh.c_str());
-    std::printf("  vertices  %zu\n  faces     %zu", vertices, faces);
-    const char* separator = "  (";
-    for (const auto& [size, count] : sizes) {
-        std::printf("%s%zu of %u corners", separator, count, size);
-        separator = ", ";
-    }
-    std::printf(")\n  box       %g %g %g  to  %g %g %g\n",
-                static_cast<double>(box.minX),
-                static_cast<double>(box.minY),
-                static_cast<double>(box.minZ),
-                static_cast<double>(box.maxX),
-                static_cast<double>(box.maxY),
-                static_cast<double>(box.maxZ));
-    for (const auto& [what, text] : lines) std::printf("  %-9s %s\n", what.c_str(), text.c_str());
-    if (!report.Untouched())
-        std::printf("  split     %zu vertices added where the mesh is no oriented manifold\n",
-                    report.addedVertices);
-    std::printf("  level 0   %u %s, %u vertices, %zu border edges\n",
-                base.faceCount,
-                base.meshType == 1 ? "quads" : "triangles",
-                base.VertexCount(),
-                borderEdges);
-}
-
 struct ConvertOptions {
     std::string from;
     std::string to;
@@ -179,15 +72,31 @@ struct ConvertOptions {
     bool json = false;
 };
 
-void TellConverted(const ConvertOptions& options, uint64_t vertices, uint64_t faces) {
+/// What came of a conversion.
+struct Converted {
+    uint64_t vertices = 0;
+    uint64_t faces = 0;
+    /// Written besides the mesh.
+    std::vector<std::string> furtherFiles;
+    std::vector<std::string> notes;
+};
+
+void TellConverted(const ConvertOptions& options, const Converted& result) {
     if (options.json) {
-        PrintJson(
-            {{"from", options.from}, {"to", options.to}, {"vertices", vertices}, {"faces", faces}});
+        std::vector<std::string> files = {options.to};
+        files.insert(files.end(), result.furtherFiles.begin(), result.furtherFiles.end());
+        PrintJson({{"from", options.from},
+                   {"to", options.to},
+                   {"vertices", result.vertices},
+                   {"faces", result.faces},
+                   {"files", files},
+                   {"notes", result.notes}});
     } else if (!options.quiet) {
         std::printf("wrote %s: %llu vertices, %llu faces\n",
                     options.to.c_str(),
-                    static_cast<unsigned long long>(vertices),
-                    static_cast<unsigned long long>(faces));
+                    static_cast<unsigned long long>(result.vertices),
+                    static_cast<unsigned long long>(result.faces));
+        for (const std::string& file : result.furtherFiles) std::printf("wrote %s\n", file.c_str());
     }
 }
 
@@ -211,10 +120,15 @@ void Convert(const ConvertOptions& options) {
         StopIfInterrupted();
         MeshSpace& space = polygons.attributes.space;
         space = Overlaid(space, given);
-        WriteMeshFile(
+        line.Notes(options.from, polygons.notes);
+        std::vector<std::string> further = WriteMeshFile(
             options.to, PolygonSource(polygons, SpaceForFile(options.to, space, asked)), progress);
         line.Finish();
-        TellConverted(options, polygons.positions.size(), polygons.faceSizes.size());
+        TellConverted(options,
+                      {polygons.positions.size(),
+                       polygons.faceSizes.size(),
+                       std::move(further),
+                       polygons.notes});
         return;
     }
     // Writers work on blocks of a few megabytes.
@@ -222,23 +136,15 @@ void Convert(const ConvertOptions& options) {
     const LoadedScene scene = OpenRefined(
         options.from, options.levels, given, [](const LevelForecast&) { return writerBytes; });
     const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
-    WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), progress);
+    line.Notes(options.from, scene.notes);
+    std::vector<std::string> further =
+        WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), progress);
     line.Finish();
     const LevelMesh& level = *scene.geometry->Bound();
-    TellConverted(options, level.VertexCount(), level.faceCount);
+    TellConverted(options, {level.VertexCount(), level.faceCount, std::move(further), scene.notes});
 }
 
 }  // namespace
-
-void AddInfoCommand(CLI::App& program) {
-    auto options = std::make_shared<InfoOptions>();
-    CLI::App* verb = program.add_subcommand(
-        "info", "Tells what is in a mesh file (OBJ, PLY, STL, glTF, GLB) or a scene");
-    verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
-    verb->add_flag("-q,--quiet", options->quiet, "Says nothing of a file that can be read");
-    verb->add_flag("--json", options->json, "As JSON on standard output");
-    verb->callback([options] { Info(*options); });
-}
 
 void AddConvertCommand(CLI::App& program) {
     auto options = std::make_shared<ConvertOptions>();

@@ -67,6 +67,10 @@ void ProgressLine::WriteLine(const char* kind, const std::string& text) {
     if (wasDrawn) Draw();
 }
 
+void ProgressLine::Notes(const std::string& file, const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) Message(file + ": " + note);
+}
+
 void ProgressLine::Draw() {
     lastDrawn = std::chrono::steady_clock::now();
     const std::size_t filled = count == 0 ? 0 : barWidth * done / count;

@@ -25,6 +25,8 @@ public:
     /// A line that is written even when the command is to be quiet, and kept for Warnings.
     void Warning(const std::string& text);
     const std::vector<std::string>& Warnings() const { return warnings; }
+    /// Messages about a file.
+    void Notes(const std::string& file, const std::vector<std::string>& notes);
     void Finish();
 
 private:

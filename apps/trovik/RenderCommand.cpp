@@ -5,6 +5,7 @@
 #include "MeshCommands.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
+#include "framework/files/FilePath.h"
 #include "framework/pictures/Matcap.h"
 #include "framework/pictures/PictureFile.h"
 #include "framework/pictures/RenderMemory.h"
@@ -129,7 +130,9 @@ void Report(const RenderOptions& wanted,
 
 void Render(const RenderOptions& wanted) {
     const PictureOptions options = PictureOptionsOf(wanted);
+    ProgressLine line(wanted.quiet);
     CheckPicturePath(wanted.picture, options.transparent);
+    CheckWritable(wanted.picture);
     DirectionOr(wanted.from, "--from", usualDirection);
     DirectionOr(wanted.up, "--up", usualDirection);
     const LoadedScene scene =
@@ -142,13 +145,14 @@ void Render(const RenderOptions& wanted) {
     CheckCamera(wanted, camera);
 
     const RenderScene rendered({level.Mesh()});
-    ProgressLine line(wanted.quiet || wanted.frames == 0);
+    line.Notes(wanted.mesh, scene.notes);
     std::vector<std::string> files;
     const int count = std::max(wanted.frames, 1);
     for (int i = 0; i < count; ++i) {
         StopIfInterrupted();
         files.push_back(wanted.frames == 0 ? wanted.picture : FramePath(wanted.picture, i + 1));
-        line.Step(static_cast<std::size_t>(i), static_cast<std::size_t>(count), files.back());
+        if (wanted.frames != 0)
+            line.Step(static_cast<std::size_t>(i), static_cast<std::size_t>(count), files.back());
         const Picture picture = rendered.Render(TurntableFrame(camera, i, count), options);
         StopIfInterrupted();
         WritePicture(files.back(), picture);

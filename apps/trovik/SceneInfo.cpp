@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SceneInfo.h"
 
-#include "JsonOutput.h"
 #include "framework/scene/SceneFile.h"
 
 #include <nlohmann/json.hpp>
@@ -91,12 +90,13 @@ void Print(const std::string& path, const LoadedScene& scene) {
 
 }  // namespace
 
-void TellScene(const std::string& path, bool json, bool quiet) {
+nlohmann::json SceneInfoJson(const std::string& path) {
+    return Describe(path, LoadScene(path, nullptr));
+}
+
+void PrintSceneInfo(const std::string& path, bool quiet) {
     const LoadedScene scene = LoadScene(path, nullptr);
-    if (json)
-        PrintJson(Describe(path, scene));
-    else if (!quiet)
-        Print(path, scene);
+    if (!quiet) Print(path, scene);
 }
 
 }  // namespace trovik

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <string>
 
 namespace trovik {
 
-/// Prints what is in a scene file; as text, or as JSON; nothing if quiet. \throw HostError as
-/// LoadScene does.
-void TellScene(const std::string& path, bool json, bool quiet);
+/// What `trovik info` reports of a scene file: as text on standard output, unless quiet.
+/// \throw HostError as LoadScene does.
+void PrintSceneInfo(const std::string& path, bool quiet);
+/// The same for programs.
+nlohmann::json SceneInfoJson(const std::string& path);
 
 }  // namespace trovik

@@ -4,6 +4,7 @@
 #include "framework/baking/MapTiles.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/FilePath.h"
+#include "framework/images/ImageLimits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,6 +48,7 @@ void Write(const std::string& path, BakedTile& tile, const MapText& text, MapBit
         WriteFloatImageFile(path, tile.image, text.ToLine());
         return;
     }
+    CheckImageFinite("write", path, tile.image);
     std::vector<std::uint16_t> numbers(tile.image.pixels.size());
     std::transform(tile.image.pixels.begin(), tile.image.pixels.end(), numbers.begin(), Rounded);
     WriteImageFile(path,

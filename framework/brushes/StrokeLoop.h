@@ -83,8 +83,8 @@ public:
     /// The tool on the whole bound level at once, inside a stroke. \param strength  as in
     /// StrokeDab. \param byFacing  less effect where the surface turns away from the camera.
     void WholeMesh(float strength, bool byFacing);
-    /// \param poll  called for each dab of mirrored sides that are made by strokes of their own; what
-    /// it throws leaves out the rest of them.
+    /// \param poll  called for each dab of mirrored sides that are made by strokes of their own;
+    /// what it throws leaves out the rest of them.
     void End(const std::function<void()>& poll = {});
     /// Ends the stroke where it is, for work that was stopped: mirrored sides that are made by
     /// strokes of their own are left out.

@@ -2,10 +2,10 @@
 #include "framework/files/GltfDocument.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/files/GltfBuffers.h"
 #include "framework/files/InputFile.h"
 
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <string_view>
 #include <vector>
@@ -13,8 +13,6 @@
 namespace trovik {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 /// Far beyond any real file; the loader follows nesting by calling itself.
 constexpr int MaxDepth = 64;
@@ -43,15 +41,32 @@ void CheckNesting(std::string_view json, const std::string& path) {
     }
 }
 
-/// The JSON of a binary file; what is wrong with its chunks the loader tells.
+/// Where the JSON of a binary file stands; what is wrong with its chunks the loader tells.
+constexpr std::size_t JsonStart = 20;
+
 std::string_view JsonChunk(std::string_view content) {
-    constexpr std::size_t Lead = 20;
-    if (content.size() < Lead) {
+    if (content.size() < JsonStart) {
         return {};
     }
     std::uint32_t length = 0;
     std::memcpy(&length, content.data() + 12, sizeof length);
-    return content.substr(Lead, length);
+    return content.substr(JsonStart, length);
+}
+
+/// A binary file with other JSON.
+std::string WithJson(std::string_view content, std::string json) {
+    const std::string_view after = content.substr(JsonStart + JsonChunk(content).size());
+    json.resize((json.size() + 3) / 4 * 4, ' ');
+    std::string changed(content.substr(0, JsonStart));
+    const auto put = [&changed](std::size_t at, std::size_t number) {
+        const auto word = static_cast<std::uint32_t>(number);
+        std::memcpy(changed.data() + at, &word, sizeof word);
+    };
+    put(8, JsonStart + json.size() + after.size());
+    put(12, json.size());
+    changed += json;
+    changed += after;
+    return changed;
 }
 
 /// The first line, since messages are one line.
@@ -64,42 +79,13 @@ std::string FirstLine(const std::string& text) {
     return shown.empty() ? "it is no glTF file" : shown;
 }
 
-bool IsBelow(const std::string& name) {
-    const fs::path relative = fs::path(name).lexically_normal();
-    return relative.is_relative() && !relative.empty() && *relative.begin() != "..";
-}
-
-/// What the loader may touch: regular files in the folder of the document.
-struct Folder {
-    fs::path path;
-};
-
-bool FileIsThere(const std::string& name, void* folder) {
-    const fs::path relative = fs::path(name).lexically_relative(static_cast<Folder*>(folder)->path);
-    std::error_code failed;
-    return IsBelow(relative.string()) && fs::is_regular_file(name, failed) && !failed;
-}
+/// The loader reads no files itself: buffers are read here, pictures not at all.
+bool NoFileIsThere(const std::string&, void*) { return false; }
 
 std::string AsItIs(const std::string& name, void*) { return name; }
 
-bool ReadFile(std::vector<unsigned char>* content,
-              std::string* error,
-              const std::string& name,
-              void*) {
-    try {
-        InputFile file(name);
-        const auto size = static_cast<std::size_t>(file.Remaining());
-        const unsigned char* bytes = size == 0 ? nullptr : file.Take(size);
-        if (bytes == nullptr) {
-            *error += name + " is empty or was cut off";
-            return false;
-        }
-        content->assign(bytes, bytes + size);
-        return true;
-    } catch (const HostError& refused) {
-        *error += refused.what();
-        return false;
-    }
+bool ReadNothing(std::vector<unsigned char>*, std::string*, const std::string&, void*) {
+    return false;
 }
 
 bool WriteNothing(std::string*, const std::string&, const std::vector<unsigned char>&, void*) {
@@ -123,31 +109,41 @@ GltfDocument::GltfDocument(const std::string& filePath) : path(filePath) {
     if (bytes == nullptr) {
         throw HostError(path + ": the file is empty or was cut off");
     }
-    const std::string_view content(reinterpret_cast<const char*>(bytes), size);
+    std::string_view content(reinterpret_cast<const char*>(bytes), size);
     const bool isBinary = content.starts_with("glTF");
-    CheckNesting(isBinary ? JsonChunk(content) : content, path);
+    const std::string_view text = isBinary ? JsonChunk(content) : content;
+    CheckNesting(text, path);
+    GltfBuffers buffers(path, text);
+    std::string changed;
+    if (!buffers.Empty()) {
+        changed = isBinary ? WithJson(content, buffers.Json()) : buffers.Json();
+        content = changed;
+    }
 
-    Folder folder{fs::path(path).parent_path()};
     tinygltf::TinyGLTF loader;
     loader.SetImageLoader(PassOverPicture, nullptr);
-    loader.SetFsCallbacks({FileIsThere, AsItIs, ReadFile, WriteNothing, &folder});
+    loader.SetFsCallbacks({NoFileIsThere, AsItIs, ReadNothing, WriteNothing, nullptr});
     std::string error;
     std::string warning;
     bool isRead = false;
     try {
-        const std::string base = folder.path.string();
-        isRead =
-            isBinary
-                ? loader.LoadBinaryFromMemory(
-                      &model, &error, &warning, bytes, static_cast<unsigned>(size), base)
-                : loader.LoadASCIIFromString(
-                      &model, &error, &warning, content.data(), static_cast<unsigned>(size), base);
+        const auto length = static_cast<unsigned>(content.size());
+        isRead = isBinary ? loader.LoadBinaryFromMemory(
+                                &model,
+                                &error,
+                                &warning,
+                                reinterpret_cast<const unsigned char*>(content.data()),
+                                length,
+                                "")
+                          : loader.LoadASCIIFromString(
+                                &model, &error, &warning, content.data(), length, "");
     } catch (const std::exception& thrown) {
         error = thrown.what();
     }
     if (!isRead) {
         throw HostError(path + ": " + FirstLine(error));
     }
+    buffers.MoveInto(model);
 }
 
 void GltfPlace::Refuse(const std::string& reason) const { throw HostError(text + ": " + reason); }

@@ -9,8 +9,7 @@ namespace trovik {
 
 /// A glTF file taken apart, text (.gltf) or binary (.glb); which of the two its first bytes tell.
 ///
-/// Files that it names are read where they are regular files in its own folder or below; pictures
-/// are not read.
+/// Buffers that it names are read where GltfBuffers allows; pictures are not read.
 /// \throw HostError naming the file and the reason.
 class GltfDocument {
 public:

@@ -6,12 +6,15 @@
 #include "framework/files/FilePath.h"
 #include "framework/files/GltfAccessor.h"
 #include "framework/files/GltfDocument.h"
+#include "framework/files/GltfTransform.h"
+#include "framework/files/MeshImport.h"
 #include "framework/files/PolygonMesh.h"
 #include "framework/files/VertexWeld.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <iterator>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,121 +22,6 @@
 namespace trovik {
 
 namespace {
-
-using Transform = std::array<double, 16>;
-
-constexpr Transform identity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-
-/// Column by column, as in the files: columns are the images of the axes, and the translation.
-Transform Product(const Transform& a, const Transform& b) {
-    Transform product = {};
-    for (std::size_t column = 0; column < 4; ++column) {
-        for (std::size_t row = 0; row < 4; ++row) {
-            for (std::size_t k = 0; k < 4; ++k) {
-                product[column * 4 + row] += a[k * 4 + row] * b[column * 4 + k];
-            }
-        }
-    }
-    return product;
-}
-
-double Determinant(const Transform& m) {
-    return m[0] * (m[5] * m[10] - m[9] * m[6]) - m[4] * (m[1] * m[10] - m[9] * m[2]) +
-           m[8] * (m[1] * m[6] - m[5] * m[2]);
-}
-
-std::array<float, 3> Moved(const Transform& m, const std::array<float, 3>& p) {
-    if (m == identity) {
-        return p;
-    }
-    std::array<float, 3> moved;
-    for (std::size_t row = 0; row < 3; ++row) {
-        moved[row] = static_cast<float>(m[row] * static_cast<double>(p[0]) +
-                                        m[4 + row] * static_cast<double>(p[1]) +
-                                        m[8 + row] * static_cast<double>(p[2]) + m[12 + row]);
-    }
-    return moved;
-}
-
-/// Normals go by the cofactors, which are the inverse, transposed, but for the length and the sign.
-std::array<float, 3> Turned(const Transform& m, double sign, const std::array<float, 3>& n) {
-    if (m == identity) {
-        return n;
-    }
-    std::array<double, 3> turned = {};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column) {
-            const std::size_t r1 = (row + 1) % 3;
-            const std::size_t r2 = (row + 2) % 3;
-            const std::size_t c1 = (column + 1) % 3;
-            const std::size_t c2 = (column + 2) % 3;
-            const double cofactor =
-                m[c1 * 4 + r1] * m[c2 * 4 + r2] - m[c2 * 4 + r1] * m[c1 * 4 + r2];
-            turned[row] += cofactor * static_cast<double>(n[column]);
-        }
-    }
-    const double length =
-        std::sqrt(turned[0] * turned[0] + turned[1] * turned[1] + turned[2] * turned[2]);
-    const double factor = length > 0.0 ? sign / length : 0.0;
-    return {static_cast<float>(turned[0] * factor),
-            static_cast<float>(turned[1] * factor),
-            static_cast<float>(turned[2] * factor)};
-}
-
-Transform LocalTransform(const tinygltf::Node& node, const GltfPlace& place) {
-    Transform m = identity;
-    if (!node.matrix.empty()) {
-        if (node.matrix.size() != 16) {
-            place.Refuse("its matrix has " + std::to_string(node.matrix.size()) + " numbers");
-        }
-        std::copy(node.matrix.begin(), node.matrix.end(), m.begin());
-    } else {
-        const auto part =
-            [&place](const std::vector<double>& numbers, std::size_t count, const char* what) {
-                if (!numbers.empty() && numbers.size() != count) {
-                    place.Refuse(std::string("its ") + what + " has " +
-                                 std::to_string(numbers.size()) + " numbers");
-                }
-                return !numbers.empty();
-            };
-        if (part(node.rotation, 4, "rotation")) {
-            const double x = node.rotation[0];
-            const double y = node.rotation[1];
-            const double z = node.rotation[2];
-            const double w = node.rotation[3];
-            m = {1 - 2 * (y * y + z * z),
-                 2 * (x * y + z * w),
-                 2 * (x * z - y * w),
-                 0,
-                 2 * (x * y - z * w),
-                 1 - 2 * (x * x + z * z),
-                 2 * (y * z + x * w),
-                 0,
-                 2 * (x * z + y * w),
-                 2 * (y * z - x * w),
-                 1 - 2 * (x * x + y * y),
-                 0,
-                 0,
-                 0,
-                 0,
-                 1};
-        }
-        if (part(node.scale, 3, "scale")) {
-            for (std::size_t column = 0; column < 3; ++column) {
-                for (std::size_t row = 0; row < 3; ++row) {
-                    m[column * 4 + row] *= node.scale[column];
-                }
-            }
-        }
-        if (part(node.translation, 3, "translation")) {
-            std::copy(node.translation.begin(), node.translation.end(), m.begin() + 12);
-        }
-    }
-    if (!std::all_of(m.begin(), m.end(), [](double number) { return std::isfinite(number); })) {
-        place.Refuse("its transformation is not finite");
-    }
-    return m;
-}
 
 class GltfMerger {
 public:
@@ -144,14 +32,15 @@ public:
         CheckExtensions();
         WalkNodes();
         Finish();
-        CheckPolygonMesh(mesh, document.Path());
+        WeldUvs(mesh);
+        FinishImport(mesh, document.Path());
         return std::move(mesh);
     }
 
 private:
     struct Visit {
         std::size_t node;
-        Transform parent;
+        GltfTransform parent;
     };
 
     void CheckExtensions() const {
@@ -171,13 +60,13 @@ private:
     void WalkNodes() {
         if (model.nodes.empty()) {
             for (std::size_t number = 0; number < model.meshes.size(); ++number) {
-                AddMesh(number, identity, nullptr);
+                AddMesh(number, gltfIdentity, nullptr);
             }
             return;
         }
         std::vector<Visit> open;
         for (const std::size_t root : Roots()) {
-            open.push_back({root, identity});
+            open.push_back({root, gltfIdentity});
         }
         std::reverse(open.begin(), open.end());
         std::vector<bool> seen(model.nodes.size(), false);
@@ -190,7 +79,7 @@ private:
             }
             seen[visit.node] = true;
             const tinygltf::Node& node = model.nodes[visit.node];
-            const Transform transform = Product(visit.parent, LocalTransform(node, place));
+            const GltfTransform transform = Product(visit.parent, LocalTransform(node, place));
             if (node.mesh >= 0) {
                 AddMesh(place.Checked(node.mesh, model.meshes.size(), "mesh"), transform, &node);
             }
@@ -232,26 +121,41 @@ private:
         return roots;
     }
 
-    void AddMesh(std::size_t number, const Transform& transform, const tinygltf::Node* node) {
+    void AddMesh(std::size_t number, const GltfTransform& transform, const tinygltf::Node* node) {
         const tinygltf::Mesh& part = model.meshes[number];
         // Primitives of one mesh are one surface; other meshes only lie beside it.
         weld = VertexWeld();
+        vertices = Vertices();
         const std::string name = node != nullptr && !node->name.empty() ? node->name : part.name;
         const std::size_t before = mesh.faceSizes.size();
-        for (std::size_t primitive = 0; primitive < part.primitives.size(); ++primitive) {
-            const GltfPlace place(document, "mesh", number, "primitive", primitive);
+        for (std::size_t index = 0; index < part.primitives.size(); ++index) {
+            const GltfPlace place(document, "mesh", number, "primitive", index);
             const std::vector<double>& weights =
                 node != nullptr && !node->weights.empty() ? node->weights : part.weights;
-            AddPrimitive(part.primitives[primitive], weights, transform, place);
+            const tinygltf::Primitive& primitive = part.primitives[index];
+            AddPrimitive(primitive, weights, transform, place);
+            EndPart(name, primitive);
         }
-        if (mesh.faceSizes.size() > before) {
-            parts.push_back({name, mesh.faceSizes.size()});
+        shownMeshes += std::size_t{mesh.faceSizes.size() > before};
+    }
+
+    /// Notes which part the faces belong to that came since the last one ended.
+    void EndPart(const std::string& name, const tinygltf::Primitive& primitive) {
+        if (mesh.faceSizes.size() == (parts.empty() ? std::size_t{0} : parts.back().facesSoFar)) {
+            return;
         }
+        Part part{name, {}, shownMeshes, mesh.faceSizes.size()};
+        if (primitive.extras.IsObject() && primitive.extras.Has("group") &&
+            primitive.extras.Get("group").IsString()) {
+            part.group = primitive.extras.Get("group").Get<std::string>();
+        }
+        hasGroups = hasGroups || part.group;
+        parts.push_back(std::move(part));
     }
 
     void AddPrimitive(const tinygltf::Primitive& primitive,
                       const std::vector<double>& weights,
-                      const Transform& transform,
+                      const GltfTransform& transform,
                       const GltfPlace& place) {
         constexpr int Triangles = 4;
         constexpr int Strip = 5;
@@ -261,32 +165,41 @@ private:
             // Points and lines are no surface.
             return;
         }
+        // Primitives of several groups or materials often have their vertices in common.
+        const bool isKnown = vertices.primitive != nullptr &&
+                             vertices.primitive->attributes == primitive.attributes &&
+                             vertices.primitive->targets == primitive.targets;
+        if (!isKnown) {
+            vertices = ReadVertices(primitive, weights, transform, place);
+        }
+        const std::vector<std::uint32_t> corners = TriangleCorners(
+            primitive.indices, mode == Strip, mode == Fan, vertices.numbers.size(), place);
+        AddTriangles(corners, Determinant(transform) < 0.0);
+        AddMaterial(primitive.material, place);
+    }
+
+    /// The vertices of a primitive.
+    struct Vertices {
+        /// Null for none.
+        const tinygltf::Primitive* primitive = nullptr;
+        /// Their numbers in the mesh.
+        std::vector<std::uint32_t> numbers;
+        /// The number of the first one's UV; SurfaceAttributes::none without UVs.
+        std::uint32_t firstUv = SurfaceAttributes::none;
+    };
+
+    Vertices ReadVertices(const tinygltf::Primitive& primitive,
+                          const std::vector<double>& weights,
+                          const GltfTransform& transform,
+                          const GltfPlace& place) {
         const auto accessor = [&primitive](const char* name) -> std::optional<int> {
             const auto found = primitive.attributes.find(name);
             return found == primitive.attributes.end() ? std::nullopt
                                                        : std::optional<int>(found->second);
         };
-        const std::optional<int> position = accessor("POSITION");
-        if (!position) {
-            place.Refuse("it has no attribute POSITION");
-        }
-        std::vector<std::array<float, 3>> positions =
-            accessors.Read<3>(*position, std::nullopt, place);
+        const std::vector<std::array<float, 3>> positions =
+            ReadPositions(primitive, weights, place);
         const std::size_t count = positions.size();
-        for (std::size_t target = 0; target < primitive.targets.size() && target < weights.size();
-             ++target) {
-            const auto offsets = primitive.targets[target].find("POSITION");
-            if (offsets == primitive.targets[target].end() || weights[target] == 0.0) {
-                continue;
-            }
-            const auto weight = static_cast<float>(weights[target]);
-            const auto moves = accessors.Read<3>(offsets->second, count, place);
-            for (std::size_t vertex = 0; vertex < count; ++vertex) {
-                for (std::size_t axis = 0; axis < 3; ++axis) {
-                    positions[vertex][axis] += weight * moves[vertex][axis];
-                }
-            }
-        }
         const double sign = Determinant(transform) < 0.0 ? -1.0 : 1.0;
         std::vector<std::array<float, 3>> normals;
         if (const auto normal = accessor("NORMAL")) {
@@ -300,19 +213,52 @@ private:
         if (const auto color = accessor("COLOR_0")) {
             colors = accessors.ReadColors(*color, count, place, mesh.attributes.hasAlpha);
         }
-        const std::vector<std::uint32_t> corners =
-            TriangleCorners(primitive.indices, mode == Strip, mode == Fan, count, place);
+        Vertices read;
+        read.primitive = &primitive;
+        read.numbers = AddVertices(positions, transform, place);
+        AddNormals(read.numbers, normals, transform, sign);
+        AddColors(read.numbers, colors);
+        if (!uvs.empty()) {
+            read.firstUv = static_cast<std::uint32_t>(mesh.attributes.uvs.size());
+            hasUvs = true;
+        }
+        for (const std::array<float, 2>& uv : uvs) {
+            // Files count downwards from the top of the picture.
+            mesh.attributes.uvs.push_back({uv[0], 1.0f - uv[1]});
+        }
+        return read;
+    }
 
-        const std::vector<std::uint32_t> numbers = AddVertices(positions, transform, place);
-        AddNormals(numbers, normals, transform, sign);
-        AddColors(numbers, colors);
-        AddTriangles(corners, numbers, uvs, sign < 0.0);
-        AddMaterial(primitive.material, place);
+    /// With the morph targets blended in.
+    std::vector<std::array<float, 3>> ReadPositions(const tinygltf::Primitive& primitive,
+                                                    const std::vector<double>& weights,
+                                                    const GltfPlace& place) const {
+        const auto position = primitive.attributes.find("POSITION");
+        if (position == primitive.attributes.end()) {
+            place.Refuse("it has no attribute POSITION");
+        }
+        std::vector<std::array<float, 3>> positions =
+            accessors.Read<3>(position->second, std::nullopt, place);
+        for (std::size_t target = 0; target < primitive.targets.size() && target < weights.size();
+             ++target) {
+            const auto offsets = primitive.targets[target].find("POSITION");
+            if (offsets == primitive.targets[target].end() || weights[target] == 0.0) {
+                continue;
+            }
+            const auto weight = static_cast<float>(weights[target]);
+            const auto moves = accessors.Read<3>(offsets->second, positions.size(), place);
+            for (std::size_t vertex = 0; vertex < positions.size(); ++vertex) {
+                for (std::size_t axis = 0; axis < 3; ++axis) {
+                    positions[vertex][axis] += weight * moves[vertex][axis];
+                }
+            }
+        }
+        return positions;
     }
 
     /// The numbers of the file's vertices in the mesh.
     std::vector<std::uint32_t> AddVertices(const std::vector<std::array<float, 3>>& positions,
-                                           const Transform& transform,
+                                           const GltfTransform& transform,
                                            const GltfPlace& place) {
         std::vector<std::uint32_t> numbers;
         numbers.reserve(positions.size());
@@ -334,7 +280,7 @@ private:
     /// Normals are kept where all vertices have one, and those that became one vertex the same.
     void AddNormals(const std::vector<std::uint32_t>& numbers,
                     const std::vector<std::array<float, 3>>& normals,
-                    const Transform& transform,
+                    const GltfTransform& transform,
                     double sign) {
         normalsFit = normalsFit && !normals.empty();
         if (!normalsFit) {
@@ -396,44 +342,34 @@ private:
         for (std::size_t last = 2; last < order.size(); ++last) {
             const std::size_t turned = isStrip ? last % 2 : 0;
             const std::size_t first = isFan ? 0 : last - 2;
-            corners.push_back(order[isStrip ? first + turned : first]);
-            corners.push_back(order[isStrip ? last - 1 - turned : last - 1]);
-            corners.push_back(order[last]);
+            const std::uint32_t triangle[] = {order[isStrip ? first + turned : first],
+                                              order[isStrip ? last - 1 - turned : last - 1],
+                                              order[last]};
+            // Strips are joined by triangles that are none on purpose.
+            if (triangle[0] != triangle[1] && triangle[1] != triangle[2] &&
+                triangle[2] != triangle[0]) {
+                corners.insert(corners.end(), std::begin(triangle), std::end(triangle));
+            }
         }
         return corners;
     }
 
-    void AddTriangles(const std::vector<std::uint32_t>& corners,
-                      const std::vector<std::uint32_t>& numbers,
-                      const std::vector<std::array<float, 2>>& uvs,
-                      bool isMirrored) {
+    void AddTriangles(const std::vector<std::uint32_t>& corners, bool isMirrored) {
         SurfaceAttributes& attributes = mesh.attributes;
-        const auto firstUv = static_cast<std::uint32_t>(attributes.uvs.size());
-        for (const std::array<float, 2>& uv : uvs) {
-            // Files count downwards from the top of the picture.
-            attributes.uvs.push_back({uv[0], 1.0f - uv[1]});
-        }
         for (std::size_t first = 0; first + 2 < corners.size(); first += 3) {
             std::array<std::uint32_t, 3> triangle = {
                 corners[first], corners[first + 1], corners[first + 2]};
             if (isMirrored) {
                 std::swap(triangle[1], triangle[2]);
             }
-            const std::array<std::uint32_t, 3> vertices = {
-                numbers[triangle[0]], numbers[triangle[1]], numbers[triangle[2]]};
-            // What has shrunk to a line or a point is no surface.
-            if (vertices[0] == vertices[1] || vertices[1] == vertices[2] ||
-                vertices[2] == vertices[0]) {
-                continue;
-            }
             mesh.faceSizes.push_back(3);
-            for (std::size_t corner = 0; corner < 3; ++corner) {
-                mesh.faceVertices.push_back(vertices[corner]);
-                attributes.cornerUvs.push_back(uvs.empty() ? SurfaceAttributes::none
-                                                           : firstUv + triangle[corner]);
+            for (const std::uint32_t corner : triangle) {
+                mesh.faceVertices.push_back(vertices.numbers[corner]);
+                attributes.cornerUvs.push_back(vertices.firstUv == SurfaceAttributes::none
+                                                   ? SurfaceAttributes::none
+                                                   : vertices.firstUv + corner);
             }
         }
-        hasUvs = hasUvs || !uvs.empty();
     }
 
     void AddMaterial(int material, const GltfPlace& place) {
@@ -471,16 +407,37 @@ private:
             if (mesh.name.empty()) {
                 mesh.name = part.name;
             }
-            if (parts.size() > 1) {
-                attributes.faceGroups.resize(
-                    part.facesSoFar, static_cast<std::uint32_t>(attributes.groupNames.size()));
-                attributes.groupNames.push_back(part.name);
-            }
+        }
+        if (shownMeshes > 1 || hasGroups) {
+            NumberGroups();
         }
     }
 
+    /// Faces belong to the group of their primitive, else to their mesh if there are several.
+    void NumberGroups() {
+        SurfaceAttributes& attributes = mesh.attributes;
+        std::map<std::string, std::uint32_t> groups;
+        std::map<std::size_t, std::uint32_t> meshes;
+        for (const Part& part : parts) {
+            std::uint32_t number = SurfaceAttributes::none;
+            if (part.group || shownMeshes > 1) {
+                const auto next = static_cast<std::uint32_t>(attributes.groupNames.size());
+                number = part.group ? groups.try_emplace(*part.group, next).first->second
+                                    : meshes.try_emplace(part.mesh, next).first->second;
+                if (number == next) {
+                    attributes.groupNames.push_back(part.group ? *part.group : part.name);
+                }
+            }
+            attributes.faceGroups.resize(part.facesSoFar, number);
+        }
+    }
+
+    /// Faces of one primitive.
     struct Part {
         std::string name;
+        std::optional<std::string> group;
+        /// The number of the mesh among those that are shown.
+        std::size_t mesh;
         std::size_t facesSoFar;
     };
 
@@ -489,7 +446,10 @@ private:
     GltfAccessors accessors;
     PolygonMesh mesh;
     VertexWeld weld;
+    Vertices vertices;
     std::vector<Part> parts;
+    std::size_t shownMeshes = 0;
+    bool hasGroups = false;
     bool normalsFit = true;
     bool hasColors = false;
     bool hasUvs = false;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
+#include "framework/files/FaceParts.h"
 #include "framework/files/GltfLayout.h"
 #include "framework/files/GltfSink.h"
 #include "framework/files/MeshWriters.h"
@@ -8,8 +9,12 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
 #include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace trovik {
 
@@ -19,50 +24,54 @@ using nlohmann::json;
 
 constexpr int FloatType = 5126;
 constexpr int IndexType = 5125;
+constexpr int VertexView = 34962;
+constexpr int IndexView = 34963;
 
 /// Describes the parts of the buffer, in the order in which they are written.
 class GltfDescription {
 public:
-    GltfDescription(const MeshSource& source, const GltfLayout& layout) {
+    /// \param name  of the mesh and its node.
+    GltfDescription(const MeshSource& source,
+                    const GltfLayout& layout,
+                    const FaceParts& parts,
+                    const std::string& name) {
         const std::uint64_t vertices = layout.VertexCount();
         json attributes;
-        attributes["POSITION"] =
-            AddAccessor(AddView(vertices * 12), FloatType, vertices, "VEC3", layout.PositionBox());
+        attributes["POSITION"] = AddAccessor(
+            AddView(vertices * 12, VertexView), FloatType, vertices, "VEC3", layout.PositionBox());
         if (source.HasNormals()) {
             attributes["NORMAL"] =
-                AddAccessor(AddView(vertices * 12), FloatType, vertices, "VEC3", {});
+                AddAccessor(AddView(vertices * 12, VertexView), FloatType, vertices, "VEC3", {});
         }
         if (source.UvCount() > 0) {
             attributes["TEXCOORD_0"] =
-                AddAccessor(AddView(vertices * 8), FloatType, vertices, "VEC2", {});
+                AddAccessor(AddView(vertices * 8, VertexView), FloatType, vertices, "VEC2", {});
         }
         if (source.HasColors()) {
-            attributes["COLOR_0"] = AddAccessor(AddView(vertices * (source.HasAlpha() ? 16 : 12)),
-                                                FloatType,
-                                                vertices,
-                                                source.HasAlpha() ? "VEC4" : "VEC3",
-                                                {});
+            attributes["COLOR_0"] =
+                AddAccessor(AddView(vertices * (source.HasAlpha() ? 16 : 12), VertexView),
+                            FloatType,
+                            vertices,
+                            source.HasAlpha() ? "VEC4" : "VEC3",
+                            {});
         }
-        const std::uint64_t corners = layout.TriangleCount() * 3;
-        json primitive = {{"attributes", attributes}, {"mode", 4}};
-        primitive["indices"] = AddAccessor(AddView(corners * 4), IndexType, corners, "SCALAR", {});
-        json mesh = json::object();
-        if (!source.Name().empty()) {
-            mesh["name"] = source.Name();
+        json mesh = {{"name", name}};
+        json primitives = AddPrimitives(source, layout, parts);
+        AddMorphTargets(source, layout, primitives, mesh);
+        for (json& primitive : primitives) {
+            primitive["attributes"] = attributes;
         }
-        AddMorphTargets(source, layout, primitive, mesh);
-        mesh["primitives"] = json::array({primitive});
+        mesh["primitives"] = std::move(primitives);
         document["asset"] = {{"version", "2.0"}, {"generator", "trovik"}};
         document["scene"] = 0;
         document["scenes"] = json::array({{{"nodes", json::array({0})}}});
-        json node = {{"mesh", 0}};
-        if (!source.Name().empty()) {
-            node["name"] = source.Name();
-        }
-        document["nodes"] = json::array({node});
+        document["nodes"] = json::array({{{"mesh", 0}, {"name", name}}});
         document["meshes"] = json::array({mesh});
-        document["accessors"] = accessors;
-        document["bufferViews"] = views;
+        if (!materials.empty()) {
+            document["materials"] = std::move(materials);
+        }
+        document["accessors"] = std::move(accessors);
+        document["bufferViews"] = std::move(views);
     }
 
     std::uint64_t BufferBytes() const { return bytes; }
@@ -75,8 +84,12 @@ public:
     }
 
 private:
-    std::size_t AddView(std::uint64_t length) {
+    /// \param target  what the GPU uses the view for; 0 for sparse parts, which must not state it.
+    std::size_t AddView(std::uint64_t length, int target = 0) {
         views.push_back({{"buffer", 0}, {"byteOffset", bytes}, {"byteLength", length}});
+        if (target != 0) {
+            views.back()["target"] = target;
+        }
         bytes += length;
         return views.size() - 1;
     }
@@ -85,9 +98,13 @@ private:
                             int type,
                             std::uint64_t count,
                             const char* shape,
-                            const std::optional<GltfBox>& box) {
+                            const std::optional<GltfBox>& box,
+                            std::uint64_t offset = 0) {
         json accessor = {
             {"bufferView", view}, {"componentType", type}, {"count", count}, {"type", shape}};
+        if (offset > 0) {
+            accessor["byteOffset"] = offset;
+        }
         if (box) {
             accessor["min"] = box->low;
             accessor["max"] = box->high;
@@ -96,10 +113,39 @@ private:
         return accessors.size() - 1;
     }
 
+    /// One primitive for each group and material, all over the same vertices. The format has no
+    /// groups within a mesh, so their names are extras, which the reader understands.
+    json AddPrimitives(const MeshSource& source, const GltfLayout& layout, const FaceParts& parts) {
+        const std::size_t view = AddView(layout.TriangleCount() * 12, IndexView);
+        std::unordered_map<std::uint32_t, std::size_t> materialOf;
+        json primitives = json::array();
+        std::uint64_t offset = 0;
+        for (const FaceParts::Part& part : parts.Parts()) {
+            const std::uint64_t corners = part.Triangles() * 3;
+            json primitive = {{"mode", 4}};
+            primitive["indices"] = AddAccessor(view, IndexType, corners, "SCALAR", {}, offset);
+            offset += corners * 4;
+            if (part.material != SurfaceAttributes::none) {
+                const auto [entry, isNew] = materialOf.try_emplace(part.material, materials.size());
+                if (isNew) {
+                    // Without this the material would be a metal.
+                    materials.push_back({{"name", source.MaterialNames()[part.material]},
+                                         {"pbrMetallicRoughness", {{"metallicFactor", 0}}}});
+                }
+                primitive["material"] = entry->second;
+            }
+            if (part.group != SurfaceAttributes::none) {
+                primitive["extras"] = {{"group", source.GroupNames()[part.group]}};
+            }
+            primitives.push_back(std::move(primitive));
+        }
+        return primitives;
+    }
+
     /// Layers touch a part of the vertices, so their offsets are sparse.
     void AddMorphTargets(const MeshSource& source,
                          const GltfLayout& layout,
-                         json& primitive,
+                         json& primitives,
                          json& mesh) {
         if (source.MorphTargets().empty()) {
             return;
@@ -127,12 +173,15 @@ private:
             names.push_back(target.name);
             weights.push_back(target.weight);
         }
-        primitive["targets"] = targets;
+        for (json& primitive : primitives) {
+            primitive["targets"] = targets;
+        }
         mesh["weights"] = weights;
         mesh["extras"] = {{"targetNames", names}};
     }
 
     json document;
+    json materials = json::array();
     json accessors = json::array();
     json views = json::array();
     std::uint64_t bytes = 0;
@@ -199,24 +248,28 @@ void WriteVertices(GltfSink& sink,
 }
 
 void WriteTriangles(GltfSink& sink,
-                    const MeshSource& source,
                     const GltfLayout& layout,
+                    const FaceParts& parts,
                     ProgressCount& progress) {
-    source.ReadFaces(layout.HasCopies() ? MeshSource::Uvs : 0u, [&](const FaceBlock& block) {
-        std::size_t first = 0;
-        for (const std::uint32_t size : block.sizes) {
+    parts.ForEachWord(
+        [](const FaceParts::Part& part) { return part.Triangles() * 3; },
+        layout.HasCopies() ? MeshSource::Uvs : 0u,
+        [&layout](const FaceBlock& block,
+                  const FaceParts::Face& face,
+                  std::vector<std::uint32_t>& corners) {
             const auto number = [&](std::size_t corner) {
-                return layout.VertexOf(block, first + corner);
+                return layout.VertexOf(block, face.firstCorner + corner);
             };
-            for (std::size_t corner = 2; corner < size; ++corner) {
-                sink.Word(number(0));
-                sink.Word(number(corner - 1));
-                sink.Word(number(corner));
+            for (std::size_t corner = 2; corner < block.sizes[face.inBlock]; ++corner) {
+                corners.insert(corners.end(), {number(0), number(corner - 1), number(corner)});
             }
-            first += size;
-        }
-        progress.Add(block.sizes.size());
-    });
+        },
+        [&](std::size_t, const std::vector<std::uint32_t>& corners) {
+            for (const std::uint32_t corner : corners) {
+                sink.Word(corner);
+            }
+            progress.Add(corners.size() / 3);
+        });
 }
 
 void WriteMorphTargets(GltfSink& sink, const MeshSource& source, const GltfLayout& layout) {
@@ -238,7 +291,10 @@ void WriteGltf(const std::string& path,
                bool isBinary,
                const WriteProgress& listener) {
     const GltfLayout layout(source, path);
-    const GltfDescription description(source, layout);
+    const FaceParts parts(source, FaceParts::ByGroup | FaceParts::ByMaterial);
+    const std::string name =
+        source.Name().empty() ? std::filesystem::path(path).stem().string() : source.Name();
+    const GltfDescription description(source, layout, parts, name);
     std::string text = description.OpenText();
     constexpr std::uint64_t ChunkHeader = 8;
     constexpr std::uint64_t FileHeader = 12;
@@ -257,7 +313,8 @@ void WriteGltf(const std::string& path,
     const int passes = 1 + (source.HasNormals() ? 1 : 0) + (source.UvCount() > 0 ? 1 : 0) +
                        (source.HasColors() ? 1 : 0);
     ProgressCount progress(
-        listener, source.VertexCount() * static_cast<std::uint64_t>(passes) + source.FaceCount());
+        listener,
+        source.VertexCount() * static_cast<std::uint64_t>(passes) + layout.TriangleCount());
     GltfSink sink(file, !isBinary);
     if (isBinary) {
         GltfSink plain(file, false);
@@ -275,7 +332,7 @@ void WriteGltf(const std::string& path,
         file.Write(",\"uri\":\"data:application/octet-stream;base64,");
     }
     WriteVertices(sink, source, layout, progress);
-    WriteTriangles(sink, source, layout, progress);
+    WriteTriangles(sink, layout, parts, progress);
     WriteMorphTargets(sink, source, layout);
     sink.End();
     if (!isBinary) {

@@ -32,13 +32,15 @@ PolygonMesh ReadMeshFile(const std::string& path) {
                     ".gltf, .glb");
 }
 
-void WriteMeshFile(const std::string& path,
-                   const MeshSource& source,
-                   const WriteProgress& progress) {
+std::vector<std::string> WriteMeshFile(const std::string& path,
+                                       const MeshSource& source,
+                                       const WriteProgress& progress) {
     const std::string extension = LowerExtension(path);
+    CheckFinite(path, source);
     if (extension == ".obj") {
-        WriteObj(path, source, progress);
-    } else if (extension == ".ply") {
+        return WriteObj(path, source, progress);
+    }
+    if (extension == ".ply") {
         WritePly(path, source, PlyEncoding::BinaryLittleEndian, progress);
     } else if (extension == ".stl") {
         WriteStl(path, source, StlEncoding::Binary, progress);
@@ -51,6 +53,25 @@ void WriteMeshFile(const std::string& path,
                         ": cannot be written as a mesh, since its name ends in none of .obj, .ply, "
                         ".stl, .gltf, .glb, .usda");
     }
+    return {};
+}
+
+void WriteObj(const std::string& path, const PolygonMesh& mesh) {
+    const PolygonSource source(mesh);
+    CheckFinite(path, source);
+    WriteObj(path, source, {});
+}
+
+void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding) {
+    const PolygonSource source(mesh);
+    CheckFinite(path, source);
+    WritePly(path, source, encoding, {});
+}
+
+void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEncoding encoding) {
+    const PolygonSource source(mesh);
+    CheckFinite(path, source);
+    WriteStl(path, source, encoding, {});
 }
 
 void WriteMeshFile(const std::string& path, const PolygonMesh& mesh) {

@@ -37,6 +37,7 @@ void FaceBlock::Clear() {
     uvs.clear();
     groups.clear();
     materials.clear();
+    smoothing.clear();
 }
 
 MeshSource::~MeshSource() = default;
@@ -44,6 +45,7 @@ MeshSource::~MeshSource() = default;
 void MeshSource::Describe(const SurfaceAttributes& attributes) {
     groupNames = &attributes.groupNames;
     materialNames = &attributes.materialNames;
+    materialFiles = &attributes.materialFiles;
     hasColors = !attributes.colors.empty();
     hasAlpha = hasColors && attributes.hasAlpha;
     colorsAreBytes =
@@ -143,6 +145,9 @@ void PolygonSource::ReadFaces(unsigned parts,
         if (!attributes.faceMaterials.empty()) {
             block.materials.push_back(attributes.faceMaterials[face]);
         }
+        if (!attributes.faceSmoothing.empty()) {
+            block.smoothing.push_back(attributes.faceSmoothing[face]);
+        }
         if (block.sizes.size() == blockSize || face + 1 == faceCount) {
             take(block);
             block.Clear();
@@ -164,6 +169,7 @@ PolygonMesh GatherPolygons(const MeshSource& source) {
     attributes.space = source.Space();
     attributes.groupNames = source.GroupNames();
     attributes.materialNames = source.MaterialNames();
+    attributes.materialFiles = source.MaterialFiles();
     attributes.hasAlpha = source.HasAlpha();
     const auto append = [](auto& list, const auto& block) {
         list.insert(list.end(), block.begin(), block.end());
@@ -180,6 +186,7 @@ PolygonMesh GatherPolygons(const MeshSource& source) {
         append(attributes.cornerUvs, block.uvIndices);
         append(attributes.faceGroups, block.groups);
         append(attributes.faceMaterials, block.materials);
+        append(attributes.faceSmoothing, block.smoothing);
     });
     source.ReadUvs([&](const auto& block) { append(attributes.uvs, block); });
     return mesh;

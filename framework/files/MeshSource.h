@@ -33,6 +33,7 @@ struct FaceBlock {
     /// Face by face.
     std::vector<std::uint32_t> groups;
     std::vector<std::uint32_t> materials;
+    std::vector<std::uint32_t> smoothing;
 
     void Clear();
 };
@@ -80,6 +81,8 @@ public:
     bool ColorsAreBytes() const { return colorsAreBytes; }
     const std::vector<std::string>& GroupNames() const { return *groupNames; }
     const std::vector<std::string>& MaterialNames() const { return *materialNames; }
+    /// Files that define the materials.
+    const std::vector<std::string>& MaterialFiles() const { return *materialFiles; }
     /// Shapes to be blended; without any, positions are all there is. With them, BasePosition tells
     /// where a vertex lies when all weights are 0.
     const std::vector<MorphTarget>& MorphTargets() const { return morphTargets; }
@@ -119,6 +122,7 @@ protected:
     bool colorsAreBytes = false;
     const std::vector<std::string>* groupNames = nullptr;
     const std::vector<std::string>* materialNames = nullptr;
+    const std::vector<std::string>* materialFiles = nullptr;
     std::vector<MorphTarget> morphTargets;
 };
 
@@ -157,12 +161,15 @@ using WriteProgress = std::function<void(std::uint64_t done, std::uint64_t total
 
 /// Writes a mesh in the format of the file's extension; see docs/mesh-files.md.
 /// \param progress  called now and then; may be empty.
-/// \throw HostError for another extension, and naming the file and the system's reason.
+/// \return further files that were written: copies of material files, for OBJ.
+/// \throw HostError for another extension, for numbers that are not finite, and naming the file and
+/// the system's reason.
 /// Memory: a few megabytes beside the source's own, whatever the size of the mesh; glTF files of
-/// meshes with UV seams take 8 bytes a vertex more.
-TROVIK_API void WriteMeshFile(const std::string& path,
-                              const MeshSource& source,
-                              const WriteProgress& progress = {});
+/// meshes with UV seams take 8 bytes a vertex more, and glTF and USD files of meshes with groups or
+/// materials up to 64 MiB.
+TROVIK_API std::vector<std::string> WriteMeshFile(const std::string& path,
+                                                  const MeshSource& source,
+                                                  const WriteProgress& progress = {});
 
 /// The space in which a file of this name is written when `asked` is asked for and the mesh is of
 /// space `present`. \throw HostError where the format does not allow what is asked for.

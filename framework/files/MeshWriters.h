@@ -4,13 +4,24 @@
 #include "framework/files/MeshSource.h"
 
 #include <string>
+#include <vector>
 
 /// \file
 /// One writer a format. Each writes the file as a whole or not at all (OutputFile), block by block.
+/// They are called through WriteMeshFile, WriteObj, WritePly and WriteStl for polygons, which check
+/// the source first (CheckFinite).
 /// Errors: HostError naming the file and the system's reason.
 namespace trovik {
 
-void WriteObj(const std::string& path, const MeshSource& source, const WriteProgress& listener);
+/// \throw HostError naming `path` and the first number of the source that is not finite: of
+/// positions, normals, UVs, colours and morph targets, as the source hands them out.
+/// Cost: one pass over the source.
+void CheckFinite(const std::string& path, const MeshSource& source);
+
+/// \return copies of material files that were written.
+std::vector<std::string> WriteObj(const std::string& path,
+                                  const MeshSource& source,
+                                  const WriteProgress& listener);
 void WritePly(const std::string& path,
               const MeshSource& source,
               PlyEncoding encoding,

@@ -7,24 +7,23 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/FaceCorners.h"
 #include "framework/files/InputFile.h"
+#include "framework/files/MeshImport.h"
 #include "framework/files/NumberText.h"
+#include "framework/files/ObjStatement.h"
 #include "framework/files/PolygonMesh.h"
 
 #include <tiny_obj_loader.h>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <istream>
 #include <optional>
-#include <span>
 #include <streambuf>
 #include <string>
 #include <string_view>
-#include <system_error>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -34,52 +33,6 @@ namespace {
 
 /// Room for a face of as many corners as are allowed, each with three numbers of ten digits.
 constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
-
-constexpr std::string_view Blanks = " \t";
-
-/// Takes the next word off the front of `text`; empty at its end.
-std::string_view TakeWord(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(Blanks), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(Blanks));
-    text.remove_prefix(word.size());
-    return word;
-}
-
-std::string Trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(Blanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return std::string(text.substr(first, text.find_last_not_of(Blanks) - first + 1));
-}
-
-/// True for `v`, `v/t`, `v//n` and `v/t/n` of whole numbers that tinyobjloader's int can hold,
-/// with v other than 0. A number after a slash may be missing, as some exporters leave it.
-/// \param uv  receives t, or 0 where it is missing; tinyobjloader would then take the next corner's
-/// number for it.
-bool IsCorner(std::string_view word, std::int32_t& uv) {
-    uv = 0;
-    for (int part = 0; part < 3; ++part) {
-        const std::string_view number = word.substr(0, word.find('/'));
-        if (!number.empty() || part == 0) {
-            std::int32_t index = 0;
-            const char* const end = number.data() + number.size();
-            const auto [used, error] = std::from_chars(number.data(), end, index);
-            if (used != end || error != std::errc() || (part == 0 && index == 0)) {
-                return false;
-            }
-            if (part == 1) {
-                uv = index;
-            }
-        }
-        word.remove_prefix(number.size());
-        if (word.empty()) {
-            return true;
-        }
-        word.remove_prefix(1);
-    }
-    return false;
-}
 
 /// Gathers the mesh, and hands tinyobjloader one checked face, object or group line at a time.
 class ObjSource : public std::streambuf {
@@ -110,7 +63,7 @@ public:
         if (!normalsFit || mesh.normals.size() != mesh.positions.size()) {
             mesh.normals.clear();
         }
-        CheckPolygonMesh(mesh, file.Path());
+        FinishImport(mesh, file.Path());
         return std::move(mesh);
     }
 
@@ -134,6 +87,10 @@ protected:
                     NameBy(keyword == "g" ? TakeWord(rest) : rest, keyword == "o");
                 } else if (keyword == "usemtl") {
                     materials.Choose(Trimmed(rest));
+                } else if (keyword == "mtllib") {
+                    AddMaterialFiles(rest);
+                } else if (keyword == "s") {
+                    smoothing = SmoothingGroupOf(Trimmed(rest), smoothing);
                 } else if (keyword == "#") {
                     TakeComment(rest);
                 } else if (keyword == "f" && CheckFaceText(rest)) {
@@ -261,6 +218,14 @@ private:
         mesh.attributes.uvs.push_back(uv);
     }
 
+    void AddMaterialFiles(std::string_view text) {
+        const std::filesystem::path folder = std::filesystem::path(file.Path()).parent_path();
+        for (const std::string& name : MaterialFileNames(text)) {
+            materialFiles.Choose((folder / name).lexically_normal().string());
+            materialFiles.Number();
+        }
+    }
+
     void TakeComment(std::string_view text) {
         const std::string_view what = TakeWord(text);
         const std::string value = Trimmed(text);
@@ -281,6 +246,7 @@ private:
         }
         attributes.groupNames = std::move(groups.names);
         attributes.materialNames = std::move(materials.names);
+        attributes.materialFiles = std::move(materialFiles.names);
         const bool saysNothing = attributes.groupNames.size() == 1 &&
                                  attributes.groupNames[0] == mesh.name &&
                                  std::find(attributes.faceGroups.begin(),
@@ -292,6 +258,7 @@ private:
         }
         if (attributes.faceMaterials.empty()) {
             attributes.materialNames.clear();
+            attributes.materialFiles.clear();
         }
     }
 
@@ -364,9 +331,9 @@ private:
         if (count != writtenUvs.size()) {
             return Refuse("face has corners that cannot be told apart");
         }
-        const std::size_t first = mesh.faceVertices.size();
         AddFaceName(groups.Number(), mesh.attributes.faceGroups);
         AddFaceName(materials.Number(), mesh.attributes.faceMaterials);
+        AddFaceName(smoothing, mesh.attributes.faceSmoothing);
         for (std::size_t corner = 0; corner < count; ++corner) {
             const std::int64_t written = corners[corner].vertex_index;
             const std::int64_t vertex = FromStart(written, mesh.positions.size());
@@ -387,9 +354,6 @@ private:
             mesh.faceVertices.push_back(index);
         }
         mesh.faceSizes.push_back(static_cast<std::uint32_t>(count));
-        if (const auto repeated = RepeatedVertex(std::span(mesh.faceVertices).subspan(first))) {
-            Refuse("face names vertex " + std::to_string(std::uint64_t{*repeated} + 1) + " twice");
-        }
     }
 
     /// What a written index counts from 0; negative where nothing is named.
@@ -420,32 +384,10 @@ private:
     bool normalsFit = true;
     bool namedByObject = false;
 
-    /// Names of what faces belong to, in the order in which faces first do.
-    struct NameList {
-        std::vector<std::string> names;
-        std::unordered_map<std::string, std::uint32_t> numbers;
-        std::string chosen;
-        std::uint32_t number = SurfaceAttributes::none;
-
-        void Choose(const std::string& name) {
-            chosen = name;
-            number = SurfaceAttributes::none;
-        }
-        /// Of the name that was chosen last.
-        std::uint32_t Number() {
-            if (number == SurfaceAttributes::none && !chosen.empty()) {
-                const auto [entry, isNew] =
-                    numbers.try_emplace(chosen, static_cast<std::uint32_t>(names.size()));
-                if (isNew) {
-                    names.push_back(chosen);
-                }
-                number = entry->second;
-            }
-            return number;
-        }
-    };
-    NameList groups;
-    NameList materials;
+    ObjNames groups;
+    ObjNames materials;
+    ObjNames materialFiles;
+    std::uint32_t smoothing = SurfaceAttributes::none;
     bool allColored = true;
     /// Of the face at hand, as its corners name them.
     std::vector<std::int32_t> writtenUvs;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/files/MaterialFiles.h"
 #include "framework/files/MeshWriters.h"
 #include "framework/files/OutputFile.h"
 #include "framework/files/ProgressCount.h"
@@ -70,6 +71,28 @@ void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& pr
     });
 }
 
+/// Writes a line where faces of another smoothing group begin. The format cannot take a statement
+/// back, so faces without one are marked as not smoothed if an earlier face had one.
+class SmoothingChange {
+public:
+    void Write(OutputFile& file, const std::vector<std::uint32_t>& groups, std::size_t face) {
+        if (groups.empty() || groups[face] == present) {
+            return;
+        }
+        present = groups[face];
+        if (present == SurfaceAttributes::none || present == 0) {
+            file.Write("s off\n");
+            return;
+        }
+        file.Write("s ");
+        file.Number(std::uint64_t{present});
+        file.Put('\n');
+    }
+
+private:
+    std::uint32_t present = SurfaceAttributes::none;
+};
+
 /// Writes a line where faces of another group or material begin.
 class NameChange {
 public:
@@ -93,10 +116,16 @@ private:
 
 }  // namespace
 
-void WriteObj(const std::string& path, const MeshSource& source, const WriteProgress& listener) {
+std::vector<std::string> WriteObj(const std::string& path,
+                                  const MeshSource& source,
+                                  const WriteProgress& listener) {
     OutputFile file(path);
+    PlacedMaterialFiles materials = PlaceMaterialFiles(path, source.MaterialFiles());
     ProgressCount progress(listener, source.VertexCount() + source.FaceCount());
     WriteSpace(file, source.Space());
+    for (const std::string& reference : materials.references) {
+        WriteNameLine(file, "mtllib ", reference);
+    }
     if (!source.Name().empty()) {
         WriteNameLine(file, "o ", source.Name());
     }
@@ -104,12 +133,14 @@ void WriteObj(const std::string& path, const MeshSource& source, const WriteProg
 
     NameChange groupLine("g ", source.GroupNames());
     NameChange materialLine("usemtl ", source.MaterialNames());
+    SmoothingChange smoothingLine;
     const bool hasNormals = source.HasNormals();
     source.ReadFaces(MeshSource::Uvs, [&](const FaceBlock& block) {
         std::size_t corner = 0;
         for (std::size_t face = 0; face < block.sizes.size(); ++face) {
             groupLine.Write(file, block.groups, face);
             materialLine.Write(file, block.materials, face);
+            smoothingLine.Write(file, block.smoothing, face);
             file.Put('f');
             for (const std::size_t end = corner + block.sizes[face]; corner < end; ++corner) {
                 const std::uint64_t vertex = std::uint64_t{block.vertices[corner]} + 1;
@@ -131,10 +162,7 @@ void WriteObj(const std::string& path, const MeshSource& source, const WriteProg
         progress.Add(block.sizes.size());
     });
     file.Commit();
-}
-
-void WriteObj(const std::string& path, const PolygonMesh& mesh) {
-    WriteObj(path, PolygonSource(mesh), {});
+    return std::move(materials.written);
 }
 
 }  // namespace trovik

@@ -2,6 +2,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/FaceCorners.h"
 #include "framework/files/InputFile.h"
+#include "framework/files/MeshImport.h"
 #include "framework/files/NumberText.h"
 #include "framework/files/PlyHeader.h"
 #include "framework/files/PolygonMesh.h"
@@ -344,6 +345,7 @@ private:
         attributes.uvs = std::move(faceUvs);
         if (!attributes.uvs.empty()) {
             attributes.cornerUvs = std::move(faceCornerUvs);
+            WeldUvs(mesh);
         }
     }
 
@@ -505,7 +507,7 @@ PolygonMesh ReadPly(const std::string& path) {
         }
     }
     PolygonMesh mesh = ReadBody(file, header);
-    CheckPolygonMesh(mesh, path);
+    FinishImport(mesh, path);
     return mesh;
 }
 

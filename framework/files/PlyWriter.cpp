@@ -245,8 +245,4 @@ void WritePly(const std::string& path,
     file.Commit();
 }
 
-void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding) {
-    WritePly(path, PolygonSource(mesh), encoding, {});
-}
-
 }  // namespace trovik

@@ -108,6 +108,11 @@ void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
                  attributes.materialNames.size(),
                  "materials of faces",
                  source);
+    if (!attributes.faceSmoothing.empty() && attributes.faceSmoothing.size() != counts.faces) {
+        throw HostError(source + ": the list of smoothing groups of faces has " +
+                        std::to_string(attributes.faceSmoothing.size()) + " entries, but " +
+                        std::to_string(counts.faces) + " are needed");
+    }
     if (!attributes.colors.empty() && attributes.colors.size() != counts.vertices) {
         throw HostError(source + ": " + std::to_string(attributes.colors.size()) + " colours for " +
                         std::to_string(counts.vertices) + " vertices");

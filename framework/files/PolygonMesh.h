@@ -24,14 +24,17 @@ struct PolygonMesh {
     std::string name;
     /// UVs, colours, groups, and what the numbers mean.
     SurfaceAttributes attributes;
+    /// What the reader left out of the file, one sentence each.
+    std::vector<std::string> notes;
 };
 
 /// Reads a mesh file, its format chosen by the extension in any case: `.obj`, `.ply`, `.stl`,
 /// `.gltf`, `.glb`. What each format keeps is told in docs/mesh-files.md.
 ///
-/// Vertices, also those that no face uses, faces and corners keep the order of the file; what the
-/// result holds has passed CheckPolygonMesh.
-/// \throw HostError for another extension, and whatever the format's reader throws.
+/// Vertices, also those that no face uses, faces and corners keep the order of the file. Faces that
+/// name a vertex twice are left out and `notes` counts them. The result has passed
+/// CheckPolygonMesh. \throw HostError for another extension, and whatever the format's reader
+/// throws.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path);
 
 /// Writes a mesh file, its format chosen by the extension in any case: `.obj`, `.ply` in binary
@@ -51,8 +54,10 @@ enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 /// where the file has them per vertex: as many as positions, and each corner naming the same
 /// number for both. Colours are taken where all vertices have three or four numbers behind their
 /// coordinates. Group names are those of `g`, or of `o` where no `g` follows it; material names
-/// those of `usemtl`. Comments `# units mm` and `# up z`, as WriteObj leaves them, tell what the
-/// numbers mean. Lines, points, curves and material files are skipped.
+/// those of `usemtl`, smoothing groups those of `s`. `materialFiles` are the files of `mtllib`,
+/// relative to the folder of the OBJ file; they are not opened. Comments `# units mm` and
+/// `# up z`, as WriteObj leaves them, tell what the numbers mean. Lines, points and curves are
+/// skipped.
 /// Memory: the result and a buffer as long as the longest line (at most 64 MiB).
 /// \throw HostError naming the file, the line and the reason.
 TROVIK_API PolygonMesh ReadObj(const std::string& path);
@@ -70,6 +75,7 @@ TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 /// vertices; else the list `texcoord` of faces) and colours of vertices (red, green, blue, alpha:
 /// whole numbers are 255ths, of 16 bits 65535ths). Everything else is skipped. `obj_info name`,
 /// `obj_info units` and `obj_info up` are those that WritePly leaves in the header.
+/// Equal UVs of the corners of a vertex become one entry of the list.
 /// Memory: in proportion to the file's size, whatever its header promises.
 /// \throw HostError naming the file, the line or byte, the element with its row, and the reason.
 TROVIK_API PolygonMesh ReadPly(const std::string& path);
@@ -88,7 +94,8 @@ enum class StlEncoding { Text, Binary };
 /// as a binary file of its count is text.
 ///
 /// Corners of the same position become one vertex: by exact bits, a zero counting as zero with
-/// either sign. Triangles with two corners of one position are left out. Normals are not read;
+/// either sign. Triangles with two corners of one position are left out and counted in `notes`,
+/// and their vertices are not added. Normals are not read;
 /// several solids become groups.
 /// Memory: in proportion to the file's size.
 /// \throw HostError naming the file, the line or byte, and the reason.
@@ -105,8 +112,10 @@ TROVIK_API void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEn
 /// applied, morph targets are blended by their weights, skins and animations are passed over.
 /// Vertices of one mesh of the file that have the same position, by exact bits, become one vertex,
 /// so that seams of a texture do not tear the surface. Taken are normals, TEXCOORD_0, COLOR_0 and
-/// names of materials; several meshes become groups. Triangles with two corners of one position
-/// are left out. Files that the document names are read where they lie in its folder or below.
+/// names of materials; several meshes become groups, and so do primitives that WriteMeshFile
+/// marked with a group. Triangles with two corners of one position are left out and counted in
+/// `notes`. Buffers that the document names are read if they lie in its folder or below; what a
+/// buffer has behind its `byteLength` is ignored.
 /// Memory: in proportion to the file's size, and to what its nodes show.
 /// \throw HostError naming the file, the part of the document, and the reason.
 TROVIK_API PolygonMesh ReadGltf(const std::string& path);

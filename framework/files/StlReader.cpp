@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/InputFile.h"
+#include "framework/files/MeshImport.h"
 #include "framework/files/NumberText.h"
 #include "framework/files/PolygonMesh.h"
 #include "framework/files/StlFile.h"
@@ -23,10 +24,12 @@ using Triangle = std::array<std::array<float, 3>, 3>;
 class TriangleList {
 public:
     void Add(const Triangle& triangle) {
-        // What has shrunk to a line or a point is no surface.
+        const std::size_t number = count++;
+        // Left out here and not by FinishImport, so that their corners do not become vertices.
         if (VertexWeld::AreSame(triangle[0], triangle[1]) ||
             VertexWeld::AreSame(triangle[1], triangle[2]) ||
             VertexWeld::AreSame(triangle[2], triangle[0])) {
+            dropped.Add(number);
             return;
         }
         for (const std::array<float, 3>& position : triangle) {
@@ -58,7 +61,7 @@ public:
             mesh.attributes.groupNames.clear();
             mesh.attributes.faceGroups.clear();
         }
-        CheckPolygonMesh(mesh, path);
+        FinishImport(mesh, path, dropped);
         return std::move(mesh);
     }
 
@@ -66,6 +69,8 @@ private:
     PolygonMesh mesh;
     VertexWeld weld;
     std::uint32_t group = 0;
+    std::size_t count = 0;
+    DroppedFaces dropped;
 };
 
 PolygonMesh ReadBinary(InputFile& file, std::uint32_t count) {

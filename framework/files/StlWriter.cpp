@@ -141,8 +141,4 @@ void WriteStl(const std::string& path,
     file.Commit();
 }
 
-void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEncoding encoding) {
-    WriteStl(path, PolygonSource(mesh), encoding, {});
-}
-
 }  // namespace trovik

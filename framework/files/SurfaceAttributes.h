@@ -12,7 +12,7 @@ namespace trovik {
 
 /// What a surface carries beside its shape. Each list is empty where the surface has none of it.
 struct SurfaceAttributes {
-    /// In cornerUvs, faceGroups and faceMaterials: this one has none.
+    /// In cornerUvs, faceGroups, faceMaterials and faceSmoothing: this one has none.
     static constexpr std::uint32_t none = 0xFFFFFFFFu;
 
     /// Places on the texture, v upwards.
@@ -29,13 +29,19 @@ struct SurfaceAttributes {
     std::vector<std::uint32_t> faceGroups;
     std::vector<std::string> materialNames;
     std::vector<std::uint32_t> faceMaterials;
+    /// Files that define the materials (.mtl), absolute or relative to the working directory.
+    std::vector<std::string> materialFiles;
+    /// Per face the number of its smoothing group, 0 for none, or `none` if the file states
+    /// nothing for it.
+    std::vector<std::uint32_t> faceSmoothing;
     /// What the numbers of positions mean.
     MeshSpace space;
 
     /// Bytes held by the lists, names aside.
     std::uint64_t Bytes() const {
         return uvs.capacity() * sizeof uvs[0] + colors.capacity() * sizeof colors[0] +
-               (cornerUvs.capacity() + faceGroups.capacity() + faceMaterials.capacity()) *
+               (cornerUvs.capacity() + faceGroups.capacity() + faceMaterials.capacity() +
+                faceSmoothing.capacity()) *
                    sizeof(std::uint32_t);
     }
 };

@@ -3,6 +3,8 @@
 #include "framework/files/MeshWriters.h"
 #include "framework/files/OutputFile.h"
 #include "framework/files/ProgressCount.h"
+#include "framework/files/UsdSubsets.h"
+#include "framework/files/UsdText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,74 +15,10 @@ namespace trovik {
 
 namespace {
 
-/// A name that USD takes for a prim: ASCII letters, digits and low lines, no digit first.
-std::string PrimName(const std::string& name) {
-    std::string result;
-    for (const char letter : name) {
-        const bool isDigit = letter >= '0' && letter <= '9';
-        const bool isLetter =
-            (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') || letter == '_';
-        if (result.empty() && isDigit) {
-            result = "_";
-        }
-        result += isDigit || isLetter ? letter : '_';
-    }
-    return result.empty() ? "mesh" : result;
-}
-
 std::string NumberText(double number) {
     char text[32];
     return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
 }
-
-/// Writes the elements of an array, separated by commas.
-class UsdList {
-public:
-    UsdList(OutputFile& target, std::string_view declaration) : file(target) {
-        file.Write("    ");
-        file.Write(declaration);
-        file.Write(" = [");
-    }
-    void Whole(std::uint32_t number) {
-        Separate();
-        file.Number(std::uint64_t{number});
-    }
-    void Number(float number) {
-        Separate();
-        file.Number(number);
-    }
-    template <std::size_t count>
-    void Tuple(const std::array<float, count>& numbers, std::size_t wanted = count) {
-        Separate();
-        file.Put('(');
-        for (std::size_t i = 0; i < wanted; ++i) {
-            file.Write(i == 0 ? "" : ", ");
-            file.Number(numbers[i]);
-        }
-        file.Put(')');
-    }
-    /// \param interpolation  empty where the attribute has none.
-    void End(std::string_view interpolation = {}) {
-        file.Put(']');
-        if (!interpolation.empty()) {
-            file.Write(" (\n        interpolation = \"");
-            file.Write(interpolation);
-            file.Write("\"\n    )");
-        }
-        file.Put('\n');
-    }
-
-private:
-    void Separate() {
-        if (!isFirst) {
-            file.Write(", ");
-        }
-        isFirst = false;
-    }
-
-    OutputFile& file;
-    bool isFirst = true;
-};
 
 void WriteFaces(OutputFile& file, const MeshSource& source, ProgressCount& progress) {
     UsdList counts(file, "int[] faceVertexCounts");
@@ -182,14 +120,14 @@ void WriteUvs(OutputFile& file, const MeshSource& source) {
 
 void WriteUsd(const std::string& path, const MeshSource& source, const WriteProgress& listener) {
     constexpr std::uint64_t Most = std::numeric_limits<std::int32_t>::max();
-    if (source.VertexCount() > Most || source.UvCount() >= Most) {
+    if (source.VertexCount() > Most || source.FaceCount() > Most || source.UvCount() >= Most) {
         throw HostError(path + ": the mesh has more than " + std::to_string(Most) +
-                        " vertices or texture coordinates, which a USD file cannot number");
+                        " vertices, faces or texture coordinates, which a USD file cannot number");
     }
     OutputFile file(path);
     ProgressCount progress(
         listener, source.FaceCount() * 2 + source.VertexCount() * (source.HasNormals() ? 2 : 1));
-    const std::string prim = PrimName(source.Name());
+    const std::string prim = UsdPrimName(source.Name());
     const double meters = source.Space().metersPerUnit > 0.0 ? source.Space().metersPerUnit : 1.0;
     file.Write("#usda 1.0\n(\n    defaultPrim = \"" + prim +
                "\"\n    metersPerUnit = " + NumberText(meters) + "\n    upAxis = \"" +
@@ -200,6 +138,7 @@ void WriteUsd(const std::string& path, const MeshSource& source, const WriteProg
     WriteVertices(file, source, progress);
     WriteColors(file, source);
     WriteUvs(file, source);
+    WriteUsdSubsets(file, source, prim);
     file.Write("}\n");
     file.Commit();
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/files/WordsHash.h"
+
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -34,18 +36,7 @@ private:
                 std::bit_cast<std::uint32_t>(position[2] + 0.0f)};
     }
 
-    struct Hash {
-        std::size_t operator()(const Bits& bits) const {
-            std::uint64_t hash = 0x9E3779B97F4A7C15u;
-            for (const std::uint32_t word : bits) {
-                hash = (hash ^ word) * 0xFF51AFD7ED558CCDu;
-                hash ^= hash >> 32;
-            }
-            return static_cast<std::size_t>(hash);
-        }
-    };
-
-    std::unordered_map<Bits, std::uint32_t, Hash> numbers;
+    std::unordered_map<Bits, std::uint32_t, WordsHash> numbers;
 };
 
 }  // namespace trovik

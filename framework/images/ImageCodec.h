@@ -39,9 +39,4 @@ protected:
 /// Loads the module at the first call. \throw HostError naming the module and the reason.
 const ImageCodec& LoadedImageCodec();
 
-/// \throw HostError always: "cannot <doing> image <path>: <reason>".
-[[noreturn]] TROVIK_API void ThrowImageError(const char* doing,
-                                             const std::string& path,
-                                             const std::string& reason);
-
 }  // namespace trovik

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/images/ImageFile.h"
 
-#include "framework/errors/HostError.h"
 #include "framework/files/FilePath.h"
 #include "framework/files/OutputFile.h"
 #include "framework/images/ImageCodec.h"
+#include "framework/images/ImageLimits.h"
+#include "framework/images/PngFile.h"
 #include "framework/modules/Module.h"
 
 #include <cassert>
@@ -40,18 +41,16 @@ const ImageCodec& LoadedImageCodec() {
     return codec;
 }
 
-void ThrowImageError(const char* doing, const std::string& path, const std::string& reason) {
-    throw HostError(std::string("cannot ") + doing + " image " + path + ": " + reason);
-}
-
 FloatImage ReadImageFile(const std::string& path, std::size_t maxBytes) {
     // Called first for the system's reason, which is more exact than the library's.
     RegularFileSize(path);
+    if (IsPngFile(path)) return ReadPngFile(path, maxBytes);
     return LoadedImageCodec().Read(path, maxBytes);
 }
 
 std::string ReadImageDescription(const std::string& path) {
     RegularFileSize(path);
+    if (IsPngFile(path)) return ReadPngDescription(path);
     return LoadedImageCodec().ReadDescription(path);
 }
 
@@ -95,6 +94,7 @@ void WriteFloatImageFile(const std::string& path,
     }
     assert(image.pixels.size() == std::size_t{image.width} * image.height * image.channels &&
            "one value per pixel and channel");
+    CheckImageFinite("write", path, image);
     EncodeAndWrite(path,
                    {SampleType::Float,
                     image.pixels.data(),

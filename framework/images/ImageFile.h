@@ -72,7 +72,7 @@ TROVIK_API void WriteImageFile(const std::string& path,
 /// The file is complete or not there: see FileReplacement.
 /// \param image  isFloat is not used.
 /// \param description  one line of text to store beside the pixels; empty for none.
-/// \throw HostError naming the file and the reason.
+/// \throw HostError naming the file and the reason; also for a value that is not finite.
 TROVIK_API void WriteFloatImageFile(const std::string& path,
                                     const FloatImage& image,
                                     const std::string& description = std::string());

@@ -17,6 +17,7 @@ SurfaceAttributes NamesOf(const SurfaceAttributes& other) {
     names.hasAlpha = other.hasAlpha;
     names.groupNames = other.groupNames;
     names.materialNames = other.materialNames;
+    names.materialFiles = other.materialFiles;
     return names;
 }
 
@@ -38,6 +39,7 @@ SurfaceAttributes AttributesOfLevel(const LevelGeometry& geometry, uint32_t leve
         Append(refined.cornerUvs, block.uvIndices);
         Append(refined.faceGroups, block.groups);
         Append(refined.faceMaterials, block.materials);
+        Append(refined.faceSmoothing, block.smoothing);
     });
     if (geometry.Attributes().colors.empty()) return refined;
     source.ReadVertices(MeshSource::Colors, [&refined](const VertexBlock& block) {
@@ -72,6 +74,8 @@ SurfaceAttributes AttributesOfCoarse(const SurfaceAttributes& fine, const Coarse
             attributes.faceGroups.push_back(fine.faceGroups[back.face[child]]);
         if (!fine.faceMaterials.empty())
             attributes.faceMaterials.push_back(fine.faceMaterials[back.face[child]]);
+        if (!fine.faceSmoothing.empty())
+            attributes.faceSmoothing.push_back(fine.faceSmoothing[back.face[child]]);
     }
     return attributes;
 }

@@ -86,8 +86,10 @@ SurfaceAttributes SplitIntoQuads(const PolygonMesh& polygons, const PolygonMesh&
     after.hasAlpha = before.hasAlpha;
     after.groupNames = before.groupNames;
     after.materialNames = before.materialNames;
+    after.materialFiles = before.materialFiles;
     after.faceGroups = Repeated(before.faceGroups, polygons.faceSizes);
     after.faceMaterials = Repeated(before.faceMaterials, polygons.faceSizes);
+    after.faceSmoothing = Repeated(before.faceSmoothing, polygons.faceSizes);
     after.uvs = before.uvs;
     after.colors = before.colors;
     if (!after.colors.empty()) {

@@ -131,6 +131,14 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
     return quads;
 }
 
+std::string RefinementNote(const PolygonMesh& polygons) {
+    const auto triangles = static_cast<std::size_t>(
+        std::count(polygons.faceSizes.begin(), polygons.faceSizes.end(), 3u));
+    if (triangles * 2 < polygons.faceSizes.size()) return {};
+    return "Catmull-Clark refinement gives a triangle mesh a scaly surface (a herringbone "
+           "pattern); a quad mesh stays smooth";
+}
+
 void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
                     uint32_t faceCount,
                     uint32_t corners,

@@ -260,6 +260,9 @@ void LevelSource::ReadFaces(unsigned parts,
         if (!attributes.faceMaterials.empty()) {
             block.materials.push_back(attributes.faceMaterials[baseFace]);
         }
+        if (!attributes.faceSmoothing.empty()) {
+            block.smoothing.push_back(attributes.faceSmoothing[baseFace]);
+        }
         if (block.sizes.size() == blockSize || face + 1 == faceCount) {
             take(block);
             block.Clear();

@@ -20,8 +20,7 @@ std::size_t PixelAt(const Picture& picture, int x, int y) {
 
 }  // namespace
 
-RenderScene::RenderScene(std::vector<PictureMesh> shown)
-    : meshes(std::move(shown)) {
+RenderScene::RenderScene(std::vector<PictureMesh> shown) : meshes(std::move(shown)) {
     PrepareRenderMemory(meshes);
     scene = std::make_unique<EmbreeScene>(meshes);
 }

@@ -79,8 +79,8 @@ struct Picture {
 /// O(faces); any number of renders share it. Borrows the arrays of the meshes.
 class TROVIK_API RenderScene {
 public:
-    /// \throw HostError if finite vertices are beyond maxRenderCoordinate (RenderRange.h), if memory
-    /// is short, or if the ray library cannot be loaded.
+    /// \throw HostError if finite vertices are beyond maxRenderCoordinate (RenderRange.h), if
+    /// memory is short, or if the ray library cannot be loaded.
     explicit RenderScene(std::vector<PictureMesh> meshes);
     ~RenderScene();
     RenderScene(const RenderScene&) = delete;

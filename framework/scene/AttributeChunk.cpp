@@ -4,12 +4,18 @@
 #include "framework/errors/HostError.h"
 #include "framework/scene/SceneChunks.h"
 
+#include <filesystem>
+#include <system_error>
+
 namespace trovik {
 
 namespace {
 
 using Uv = std::array<float, 2>;
 using Color = std::array<float, 4>;
+
+/// From this format on, material files and smoothing groups follow.
+constexpr uint32_t smoothingFormat = 333;
 
 /// The bytes of a text's count.
 constexpr uint64_t shortestText = sizeof(uint32_t);
@@ -40,15 +46,36 @@ std::vector<std::string> ReadNames(SceneStream& stream) {
     return names;
 }
 
+std::vector<std::string> SeenFromScene(std::vector<std::string> files,
+                                       const std::string& scenePath) {
+    std::filesystem::path folder = std::filesystem::path(scenePath).parent_path();
+    if (folder.empty()) folder = ".";
+    for (std::string& file : files) {
+        std::error_code failed;
+        const std::filesystem::path relative = std::filesystem::proximate(file, folder, failed);
+        if (!failed) file = relative.generic_string();
+    }
+    return files;
+}
+
+std::vector<std::string> SeenFromHere(std::vector<std::string> files,
+                                      const std::string& scenePath) {
+    const std::filesystem::path folder = std::filesystem::path(scenePath).parent_path();
+    for (std::string& file : files) file = (folder / file).lexically_normal().string();
+    return files;
+}
+
 }  // namespace
 
 bool HasAttributes(const SurfaceAttributes& attributes) {
     return !attributes.cornerUvs.empty() || !attributes.colors.empty() ||
            !attributes.faceGroups.empty() || !attributes.faceMaterials.empty() ||
-           attributes.space != MeshSpace();
+           !attributes.faceSmoothing.empty() || attributes.space != MeshSpace();
 }
 
-void WriteAttributes(SceneStream& stream, const SurfaceAttributes& attributes) {
+void WriteAttributes(SceneStream& stream,
+                     const SurfaceAttributes& attributes,
+                     const std::string& scenePath) {
     WriteText(stream, UnitName(attributes.space.metersPerUnit));
     WriteText(stream, UpAxisName(attributes.space.up));
     WriteList(stream, attributes.uvs);
@@ -60,11 +87,15 @@ void WriteAttributes(SceneStream& stream, const SurfaceAttributes& attributes) {
     WriteList(stream, attributes.faceGroups);
     WriteNames(stream, attributes.materialNames);
     WriteList(stream, attributes.faceMaterials);
+    if (!stream.IsFormatAtLeast(smoothingFormat)) return;
+    WriteNames(stream, SeenFromScene(attributes.materialFiles, scenePath));
+    WriteList(stream, attributes.faceSmoothing);
 }
 
 SurfaceAttributes ReadAttributes(SceneStream& stream,
                                  const SurfaceCounts& counts,
-                                 const std::string& name) {
+                                 const std::string& name,
+                                 const std::string& scenePath) {
     SurfaceAttributes attributes;
     attributes.space.metersPerUnit = MetersPerUnit(ReadText(stream));
     attributes.space.up = UpAxisOf(ReadText(stream));
@@ -78,6 +109,10 @@ SurfaceAttributes ReadAttributes(SceneStream& stream,
     attributes.faceGroups = ReadList<uint32_t>(stream);
     attributes.materialNames = ReadNames(stream);
     attributes.faceMaterials = ReadList<uint32_t>(stream);
+    if (stream.IsFormatAtLeast(smoothingFormat)) {
+        attributes.materialFiles = SeenFromHere(ReadNames(stream), scenePath);
+        attributes.faceSmoothing = ReadList<uint32_t>(stream);
+    }
     try {
         CheckSurfaceAttributes(attributes, counts, name);
     } catch (const HostError& error) {

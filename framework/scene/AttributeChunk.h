@@ -12,11 +12,16 @@ namespace trovik {
 bool HasAttributes(const SurfaceAttributes& attributes);
 
 /// Chunk SURF: what level 0 carries beside its shape. Written only where there is something.
-void WriteAttributes(SceneStream& stream, const SurfaceAttributes& attributes);
+/// Material files are stored relative to the folder of the scene.
+/// \param scenePath  of the scene file.
+void WriteAttributes(SceneStream& stream,
+                     const SurfaceAttributes& attributes,
+                     const std::string& scenePath);
 /// \param counts  of the surface that the attributes belong to, \param name  what to call it.
-/// \throw Error* for lists that do not fit it.
+/// \param scenePath  of the scene file. \throw Error* for lists that do not fit it.
 SurfaceAttributes ReadAttributes(SceneStream& stream,
                                  const SurfaceCounts& counts,
-                                 const std::string& name);
+                                 const std::string& name,
+                                 const std::string& scenePath);
 
 }  // namespace trovik

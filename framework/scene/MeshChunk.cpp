@@ -278,7 +278,8 @@ std::unique_ptr<LevelGeometry> LevelChunkReader::Take() {
 
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
-                      const PolygonMesh& imported) {
+                      const PolygonMesh& imported,
+                      const std::string& scenePath) {
     const PolygonMesh uniform = ToUniformFaces(imported);
     const LevelMesh& base = *geometry.Level(0);
     const bool sameFaces = uniform.positions.size() == base.VertexCount() &&
@@ -303,12 +304,13 @@ void WriteImportChunk(SceneStream& stream,
     stream.Transfer(corners);
     WriteList(stream, uniform.faceVertices);
     WriteList(stream, uniform.positions);
-    WriteAttributes(stream, uniform.attributes);
+    WriteAttributes(stream, uniform.attributes, scenePath);
 }
 
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name,
+                            const std::string& scenePath,
                             bool& isOther) {
     PolygonMesh mesh;
     mesh.name = name;
@@ -329,7 +331,8 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
         mesh.attributes =
             ReadAttributes(stream,
                            {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},
-                           "the imported mesh");
+                           "the imported mesh",
+                           scenePath);
         CheckPolygonMesh(mesh, "the imported mesh");
         if (!MakeOrientedManifold(mesh).Untouched())
             SceneStream::Refuse(QStringLiteral("the imported mesh is no oriented manifold"));

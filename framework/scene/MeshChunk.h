@@ -51,15 +51,17 @@ private:
 };
 
 /// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is; or the
-/// whole imported mesh, where level 0 is another by now.
+/// whole imported mesh, where level 0 is another by now. \param scenePath  of the scene file.
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
-                      const PolygonMesh& imported);
+                      const PolygonMesh& imported,
+                      const std::string& scenePath);
 /// The imported mesh, of this name. \param isOther  is set where its faces are not those of level
 /// 0; it then brings what it carries, which otherwise level 0 has.
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name,
+                            const std::string& scenePath,
                             bool& isOther);
 
 /// Chunk TMIR: the topological mirror, which was found by where level 0 was at that time. Written

@@ -16,8 +16,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <new>
 #include <optional>
+#include <set>
+#include <string_view>
 
 namespace trovik {
 
@@ -33,8 +36,9 @@ public:
 
     void Take() {
         const std::string& name = reader.Name();
+        const bool repeats = name == "LEVL" || name == "LAYR" || name == "LGND";
+        if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("comes twice");
         if (name == "GEOM") {
-            if (levels) Refuse("comes twice");
             reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s)); });
             return;
         }
@@ -63,13 +67,11 @@ public:
             return;
         }
         if (name == "BRSH") {
-            if (!scene.tools.empty()) Refuse("comes twice");
             reader.Read(
                 [this](SceneStream& s) { ReadBrushChunk(s, brush, scene.tools, scene.notes); });
             return;
         }
-        if (name != "IMPT" && name != "TMIR" && name != "SURF" && name != "LAYR" &&
-            name != "LGND" && name != "NODE") {
+        if (IsUnknown(name)) {
             scene.notes.push_back("chunk " + name + ", which is unknown, was left out");
             return;
         }
@@ -92,10 +94,27 @@ public:
     }
 
 private:
+    static bool IsUnknown(const std::string& name) {
+        constexpr std::string_view known[] = {"HEAD",
+                                              "GEOM",
+                                              "LEVL",
+                                              "IMPT",
+                                              "TMIR",
+                                              "SURF",
+                                              "LAYR",
+                                              "LGND",
+                                              "NODE",
+                                              "SETT",
+                                              "PENS",
+                                              "BRSH",
+                                              "FRZB"};
+        return std::find(std::begin(known), std::end(known), name) == std::end(known);
+    }
+
     void TakeOfMesh(const std::string& name, SceneStream& stream) {
         if (name == "IMPT")
-            scene.imported =
-                ReadImportChunk(stream, *scene.geometry, levels->Head().base.name, importedIsOther);
+            scene.imported = ReadImportChunk(
+                stream, *scene.geometry, levels->Head().base.name, reader.Path(), importedIsOther);
         else if (name == "TMIR")
             ReadMirrorChunk(stream, *scene.geometry);
         else if (name == "SURF")
@@ -111,7 +130,7 @@ private:
     void ReadSurface(SceneStream& stream) {
         const LevelMesh& base = *scene.geometry->Level(0);
         const SurfaceCounts counts{base.VertexCount(), base.faceCount, base.faceVertexIndices.fill};
-        scene.geometry->RestoreAttributes(ReadAttributes(stream, counts, "level 0"));
+        scene.geometry->RestoreAttributes(ReadAttributes(stream, counts, "level 0", reader.Path()));
     }
 
     [[noreturn]] void Refuse(const char* what) {
@@ -123,6 +142,8 @@ private:
     SceneReader& reader;
     BrushOperation* brush;
     BrushOperation* freezeBrush;
+    /// Chunks that come once; HEAD was read before.
+    std::set<std::string> seen = {"HEAD"};
     std::optional<LevelChunkReader> levels;
     LoadedScene scene;
     bool importedIsOther = false;
@@ -147,12 +168,13 @@ void WriteScene(const std::string& path,
               [&](SceneStream& s) { WriteGeometryChunk(s, parts.geometry, parts.imported.name); });
         for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level)
             write("LEVL", [&](SceneStream& s) { WriteLevelChunk(s, parts.geometry, level); });
-        write("IMPT", [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported); });
+        write("IMPT",
+              [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported, path); });
         if (parts.geometry.Mirror() != nullptr)
             write("TMIR", [&](SceneStream& s) { WriteMirrorChunk(s, parts.geometry); });
         const SurfaceAttributes& attributes = parts.geometry.Attributes();
         if (HasAttributes(attributes))
-            write("SURF", [&](SceneStream& s) { WriteAttributes(s, attributes); });
+            write("SURF", [&](SceneStream& s) { WriteAttributes(s, attributes, path); });
         const LayerStack& layers = parts.geometry.Layers();
         for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level) {
             const LevelMesh& mesh = *parts.geometry.Level(level);

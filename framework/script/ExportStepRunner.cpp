@@ -27,8 +27,9 @@ void ScriptRunner::RunExport(const FieldReader& options) {
         options.Fail(refused.what());
     }
     const LevelSource source(geometry, {options.FlagOr("world", false), space});
-    WriteMeshFile(file, source, FileProgress());
+    const std::vector<std::string> further = WriteMeshFile(file, source, FileProgress());
     result.files.push_back(file);
+    result.files.insert(result.files.end(), further.begin(), further.end());
 }
 
 }  // namespace trovik

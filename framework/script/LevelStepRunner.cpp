@@ -4,6 +4,7 @@
 /// Steps of a script that add, delete and choose levels.
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
+#include "framework/levels/BaseLevel.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -24,6 +25,11 @@ uint64_t AccountedRoom() {
 
 void ScriptRunner::Subdivide(const FieldReader& where, int count) {
     if (count <= 0) return;
+    if (session->Geometry().LevelCount() == 1 && !triangleNoteGiven) {
+        triangleNoteGiven = true;
+        const std::string note = RefinementNote(session->Imported());
+        if (!note.empty()) ReportNotes(session->MeshPath(), {note});
+    }
     const uint64_t budget = std::min(subdivideBudget, AccountedRoom());
     try {
         // All of them first, so that a step that cannot be done leaves the mesh as it was.

@@ -159,14 +159,20 @@ void ScriptRunner::OpenMesh(const FieldReader& script) {
     const fs::path mesh = fs::path(path).parent_path() / script.At("mesh").Text();
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh.string());
     session = std::make_unique<SculptSession>(mesh.string(), ImportSpace(script));
+    ReportNotes(mesh.string(), session->Notes());
 }
 
 void ScriptRunner::OpenScene(const FieldReader& script) {
     const fs::path scene = fs::path(path).parent_path() / script.At("scene").Text();
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + scene.string());
     session = SculptSession::OpenScene(scene.string());
+    ReportNotes(scene.string(), session->Notes());
+}
+
+void ScriptRunner::ReportNotes(const std::string& file,
+                               const std::vector<std::string>& notes) const {
     if (!progress.message) return;
-    for (const std::string& note : session->Notes()) progress.message(scene.string() + ": " + note);
+    for (const std::string& note : notes) progress.message(file + ": " + note);
 }
 
 void ScriptRunner::RunSave(const FieldReader& file) {

@@ -107,6 +107,8 @@ private:
     /// What progress says of a step.
     std::string StepLabel(const FieldReader& steps, std::size_t index) const;
     void Warn(const std::string& reason) { stepWarnings.push_back(reason); }
+    /// Passes notes about a file to `progress.message`.
+    void ReportNotes(const std::string& file, const std::vector<std::string>& notes) const;
     void StopIfAsked() const;
     /// Of a file, and of dabs, for who works long on them.
     WriteProgress FileProgress() const;
@@ -210,6 +212,8 @@ private:
         /// Freeze amounts; of the freeze brush only.
         std::vector<uint8_t> frozen;
     } strokeStart;
+    /// Whether the user was told what refinement does to triangles.
+    bool triangleNoteGiven = false;
 };
 
 }  // namespace trovik

@@ -44,6 +44,7 @@ std::unique_ptr<BrushOperation> MakeBrush() {
 SculptSession::SculptSession(const std::string& meshPath, const MeshSpace& given)
     : path(meshPath), loaded(ReadMeshFile(meshPath)) {
     loaded.attributes.space = Overlaid(loaded.attributes.space, given);
+    notes = loaded.notes;
     HostKernel::Instance();
     MakeOrientedManifold(loaded);
     brush = MakeBrush();

@@ -63,7 +63,7 @@ public:
     void Save(const std::string& scenePath,
               const SceneStream& header = SceneStream(),
               const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
-    /// What OpenScene had to leave out, one line each.
+    /// What was left out of the mesh file or scene, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
     /// Puts the mesh back as it was imported: level 0, no layers, no freeze, no undo.
@@ -138,6 +138,8 @@ public:
     /// Totals of all strokes of the session.
     StrokeTotals Totals() const;
     const std::string& MeshPath() const { return path; }
+    /// The mesh as it was imported, an oriented manifold.
+    const PolygonMesh& Imported() const { return loaded; }
 
 private:
     SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);

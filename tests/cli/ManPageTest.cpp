@@ -146,6 +146,8 @@ TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
                      "alpha",
                      "groups",
                      "materials",
+                     "materialFiles",
+                     "smoothingGroups",
                      "units",
                      "up"}));
     EXPECT_EQ(Keys(mesh.at("level0")), (Names{"type", "vertices", "faces", "borderEdges"}));
@@ -157,8 +159,12 @@ TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
     EXPECT_EQ(Keys(scene.at("view")),
               (Names{"eye", "target", "up", "fieldOfView", "width", "height"}));
     EXPECT_EQ(ExpectTold("convert", "convert cube.obj fine.ply --levels 1"),
-              nlohmann::json(
-                  {{"from", "cube.obj"}, {"to", "fine.ply"}, {"vertices", 26}, {"faces", 24}}));
+              nlohmann::json({{"from", "cube.obj"},
+                              {"to", "fine.ply"},
+                              {"vertices", 26},
+                              {"faces", 24},
+                              {"files", {"fine.ply"}},
+                              {"notes", nlohmann::json::array()}}));
     const auto render =
         ExpectTold("render", "render cube.obj c.png --width 40 --height 30 --samples 1");
     EXPECT_EQ(render.at("width"), 40);

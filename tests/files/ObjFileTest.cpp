@@ -118,7 +118,6 @@ TEST(ObjFile, BadFacesNameTheirLineAndReason) {
                 HasSubstr("line 6: face names vertex 9, but only 4 vertices are defined"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 -5\n")),
                 HasSubstr("line 5: face names vertex -5, but only 4 vertices are defined"));
-    EXPECT_THAT(Refusal(WithFace("f 1 2 2\n")), HasSubstr("line 5: face names vertex 2 twice"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 x\n")), HasSubstr("line 5: face corner 'x'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 3.5\n")), HasSubstr("line 5: face corner '3.5'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 /3\n")), HasSubstr("line 5: face corner '/3'"));

@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace trovik::test {
 namespace {
 
@@ -42,6 +44,42 @@ TEST(SceneAttributes, WhatTheMeshCarriesComesBackWithTheScene) {
     after = Shown(*opened);
     EXPECT_EQ(CornerUvValues(after), CornerUvValues(before));
     EXPECT_EQ(after.attributes.colors, before.attributes.colors);
+}
+
+TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsComeBackAndMoveWithTheScene) {
+    const TemporaryFolder folder;
+    PolygonMesh mesh = TwoQuads();
+    mesh.attributes.faceSmoothing = {4, 0};
+    mesh.attributes.faceMaterials = {1, 0};
+    std::filesystem::create_directories(folder.Path("work/lib"));
+    folder.Fill("work/lib/all.mtl", "newmtl skin\n");
+    mesh.attributes.materialFiles = {folder.Path("work/lib/all.mtl")};
+    WriteMeshFile(folder.Path("work/mesh.obj"), mesh);
+    SculptSession session(folder.Path("work/mesh.obj"));
+    EXPECT_EQ(session.Geometry().Attributes().materialFiles, mesh.attributes.materialFiles);
+    session.Subdivide();
+    session.Save(folder.Path("work/a.trovik"));
+    // Another level 0 than the one imported: both have what they carry.
+    session.DeleteLevels(true);
+    session.Save(folder.Path("work/b.trovik"));
+    session.Save(folder.Path("work/old.trovik"), SceneStream(332));
+    std::filesystem::rename(folder.Path("work"), folder.Path("moved"));
+
+    const std::vector<std::string> moved = {folder.Path("moved/lib/all.mtl")};
+    for (const char* name : {"moved/a.trovik", "moved/b.trovik"}) {
+        SCOPED_TRACE(name);
+        const auto opened = SculptSession::OpenScene(folder.Path(name));
+        const PolygonMesh fine = Shown(*opened);
+        EXPECT_EQ(fine.attributes.materialFiles, moved);
+        EXPECT_EQ(fine.attributes.faceSmoothing,
+                  (std::vector<std::uint32_t>{4, 4, 4, 4, 0, 0, 0, 0}));
+        ExpectSameGroups(fine, Shown(session));
+        opened->Reset();
+        EXPECT_EQ(opened->Geometry().Attributes().materialFiles, moved);
+    }
+    const auto old = SculptSession::OpenScene(folder.Path("moved/old.trovik"));
+    EXPECT_TRUE(old->Geometry().Attributes().faceSmoothing.empty());
+    ExpectSameGroups(Shown(*old), Shown(session));
 }
 
 TEST(SceneAttributes, ListsThatDoNotFitLevel0AreRefused) {

@@ -83,6 +83,22 @@ TEST_F(DamagedScene, EveryFlippedByteIsAnError) {
     }
 }
 
+TEST_F(DamagedScene, ChunksThatComeTwiceAreErrors) {
+    const RawScene scene = SplitScene(whole);
+    unsigned doubled = 0;
+    for (std::size_t i = 0; i + 1 < scene.chunks.size(); ++i) {
+        const std::string& name = scene.chunks[i].name;
+        if (name == "LEVL" || name == "LAYR" || name == "LGND") continue;
+        SCOPED_TRACE(name);
+        std::vector<RawChunk> chunks = scene.chunks;
+        chunks.insert(chunks.end() - 1, scene.chunks[i]);
+        EXPECT_THAT(Read(JoinScene(whole.substr(0, scene.headerBytes), chunks)),
+                    HasSubstr("chunk " + name + ": it comes twice; the file is damaged"));
+        ++doubled;
+    }
+    EXPECT_EQ(doubled, 8u);
+}
+
 // Checksums only keep out accidents; the numbers behind them are looked at all the same.
 TEST_F(DamagedScene, FlipsUnderMendedChecksumsAreErrorsOrScenesThatCanBeSculpted) {
     const RawScene scene = SplitScene(whole);

@@ -149,8 +149,8 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
     session->Save(path, SceneStream(SceneStream::currentFormat + 1));
     EXPECT_EQ(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
               path +
-                  ": byte 8: the file is of format 333, or damaged; this program reads formats "
-                  "up to 332");
+                  ": byte 8: the file is of format 334, or damaged; this program reads formats "
+                  "up to 333");
 }
 
 TEST_F(OldScene, ANewerClassIsRefused) {

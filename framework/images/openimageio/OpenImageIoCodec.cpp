@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/files/FilePath.h"
 #include "framework/images/ImageCodec.h"
+#include "framework/images/ImageLimits.h"
+#include "framework/images/SampleValue.h"
 #include "framework/modules/ModuleEntry.h"
 
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
-#include <type_traits>
 #include <utility>
 
 namespace trovik {
@@ -21,57 +20,14 @@ namespace {
 /// Pixels are converted in blocks of about this size, so that no second copy of the image is made.
 constexpr std::size_t BlockBytes = std::size_t{4} << 20;
 
-/// The library's messages may hold several lines and end in line breaks; ours are one sentence.
-std::string OneLine(std::string text, const char* otherwise) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text.empty() ? otherwise : text;
-}
-
-/// With the library's own reason, which may be empty.
-[[noreturn]] void ThrowUnreadable(const std::string& path, std::string libraryReason) {
-    ThrowImageError(
-        "read",
-        path,
-        OneLine(std::move(libraryReason), "the file is damaged or of an unknown format"));
-}
-
 /// Width, height and channels, once they are known to be sane.
 void CheckSize(const std::string& path, const OIIO::ImageSpec& spec, std::size_t maxBytes) {
-    const std::string size = std::to_string(spec.width) + " x " + std::to_string(spec.height) +
-                             " x " + std::to_string(spec.nchannels) + " values";
-    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0) {
-        ThrowImageError("read", path, "its size is given as " + size);
-    }
+    CheckImageSize(path, spec.width, spec.height, spec.nchannels, maxBytes);
     if (spec.depth > 1) {
         ThrowImageError("read", path, "it is a volume, not a plane");
     }
     if (spec.deep) {
         ThrowImageError("read", path, "its pixels are lists of samples at several depths");
-    }
-    // Three numbers below 2^31 and a four fit 128 bits, not 64: divide instead of multiplying.
-    const std::uint64_t rowValues =
-        static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.nchannels);
-    const std::uint64_t maxValues = maxBytes / sizeof(float);
-    if (static_cast<std::uint64_t>(spec.height) > maxValues / rowValues) {
-        ThrowImageError(
-            "read",
-            path,
-            size + " take more than the limit of " + std::to_string(maxBytes) + " bytes as floats");
-    }
-}
-
-template <class Sample>
-float ToFloat(Sample sample) {
-    if constexpr (std::is_floating_point_v<Sample>) {
-        return static_cast<float>(sample);
-    } else if constexpr (sizeof(Sample) < 4) {
-        // Both numbers are floats exactly, so that this is the float nearest to the quotient.
-        constexpr auto Largest = static_cast<float>(std::numeric_limits<Sample>::max());
-        return static_cast<float>(sample) / Largest;
-    } else {
-        constexpr auto Largest = static_cast<double>(std::numeric_limits<Sample>::max());
-        return static_cast<float>(static_cast<double>(sample) / Largest);
     }
 }
 
@@ -112,26 +68,12 @@ void ReadRows(OIIO::ImageInput& input,
         // Some formats fill in zeros for what they cannot read, and call that done.
         std::string error = input.geterror();
         if (!done || !error.empty()) {
-            ThrowUnreadable(path, std::move(error));
+            ThrowImageError("read", path, std::move(error));
         }
         std::transform(block.begin(),
                        block.begin() + static_cast<std::ptrdiff_t>(rows * rowValues),
                        image.pixels.begin() + static_cast<std::ptrdiff_t>(row * rowValues),
-                       ToFloat<Sample>);
-    }
-}
-
-void CheckFinite(const std::string& path, const FloatImage& image) {
-    const auto bad = std::find_if_not(
-        image.pixels.begin(), image.pixels.end(), [](float value) { return std::isfinite(value); });
-    if (bad != image.pixels.end()) {
-        const auto value = static_cast<std::size_t>(bad - image.pixels.begin());
-        const std::size_t pixel = value / image.channels;
-        ThrowImageError("read",
-                        path,
-                        "the value of pixel (" + std::to_string(pixel % image.width) + ", " +
-                            std::to_string(pixel / image.width) + "), channel " +
-                            std::to_string(value % image.channels) + " is not finite");
+                       SampleValue<Sample>);
     }
 }
 
@@ -162,7 +104,7 @@ FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes)
     asTheyStand.attribute("oiio:UnassociatedAlpha", 1);
     const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path, &asTheyStand);
     if (!input) {
-        ThrowUnreadable(path, OIIO::geterror());
+        ThrowImageError("read", path, OIIO::geterror());
     }
     // Errors are kept by thread, and those of helping threads would be lost.
     input->threads(1);
@@ -205,7 +147,7 @@ FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes)
             break;
     }
     if (image.isFloat) {
-        CheckFinite(path, image);
+        CheckImageFinite("read", path, image);
     }
     return image;
 }
@@ -238,7 +180,8 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
     if (!done) {
         std::string reason = output->geterror();
         output->close();
-        ThrowImageError("write", path, OneLine(std::move(reason), "the library gives no reason"));
+        ThrowImageError(
+            "write", path, reason.empty() ? "the library gives no reason" : std::move(reason));
     }
     return bytes;
 }
@@ -246,7 +189,7 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
 std::string OpenImageIoCodec::ReadDescription(const std::string& path) const {
     const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path);
     if (!input) {
-        ThrowUnreadable(path, OIIO::geterror());
+        ThrowImageError("read", path, OIIO::geterror());
     }
     return std::string(input->spec().get_string_attribute("ImageDescription"));
 }

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Commands.h"
+#include "JsonOutput.h"
+#include "MeshInfo.h"
+#include "SceneInfo.h"
+#include "framework/errors/HostError.h"
+#include "framework/scene/SceneFile.h"
+#include "host/Error.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+namespace {
+
+struct InfoOptions {
+    std::vector<std::string> files;
+    bool json = false;
+    bool quiet = false;
+};
+
+nlohmann::json InfoJson(const std::string& path) {
+    return IsScenePath(path) ? SceneInfoJson(path) : MeshInfoJson(path);
+}
+
+void PrintInfo(const std::string& path, bool quiet) {
+    if (IsScenePath(path))
+        PrintSceneInfo(path, quiet);
+    else
+        PrintMeshInfo(path, quiet);
+}
+
+/// Runs `report`. \return what was wrong with the file, empty if nothing was.
+template <typename Report>
+std::string ReasonOf(const Report& report) {
+    try {
+        report();
+    } catch (const HostError& error) {
+        return error.what();
+    } catch (Error* error) {
+        const std::string reason = error->Message().toStdString();
+        Error::Dispose(error);
+        return reason;
+    }
+    return {};
+}
+
+/// Of several files all are reported, also after one that cannot be read. Each failure is a line on
+/// standard error; the last one is thrown, so that the program prints it and fails.
+void InfoOfSeveral(const InfoOptions& options) {
+    nlohmann::json list = nlohmann::json::array();
+    std::string lastReason;
+    for (const std::string& path : options.files) {
+        std::string reason = ReasonOf([&] {
+            if (options.json)
+                list.push_back(InfoJson(path));
+            else
+                PrintInfo(path, options.quiet);
+        });
+        if (reason.empty()) continue;
+        if (options.json) list.push_back({{"file", path}, {"error", reason}});
+        // In the order of the files where both streams go to the same place.
+        std::fflush(stdout);
+        if (!lastReason.empty()) std::fprintf(stderr, "trovik: %s\n", lastReason.c_str());
+        lastReason = std::move(reason);
+    }
+    if (options.json) PrintJson(list);
+    if (!lastReason.empty()) throw HostError(lastReason);
+}
+
+void Info(const InfoOptions& options) {
+    if (options.files.size() > 1)
+        InfoOfSeveral(options);
+    else if (options.json)
+        PrintJson(InfoJson(options.files.front()));
+    else
+        PrintInfo(options.files.front(), options.quiet);
+}
+
+}  // namespace
+
+void AddInfoCommand(CLI::App& program) {
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App* verb = program.add_subcommand(
+        "info", "Reports what is in mesh files (OBJ, PLY, STL, glTF, GLB) and scenes");
+    verb->add_option("files", options->files, "Mesh files and scenes (.trovik)")->required();
+    verb->add_flag("-q,--quiet", options->quiet, "Says nothing of files that can be read");
+    verb->add_flag("--json",
+                   options->json,
+                   "As JSON on standard output: an object, of several files a list of objects");
+    verb->callback([options] { Info(*options); });
+}
+
+}  // namespace trovik

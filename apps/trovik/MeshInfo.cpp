@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "MeshInfo.h"
+
+#include "Interruption.h"
+#include "framework/files/MeshSource.h"
+#include "framework/levels/BaseLevel.h"
+#include "framework/levels/LevelGeometry.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace trovik {
+
+namespace {
+
+/// What a mesh has beside its shape, in words, one line each.
+std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMesh& polygons) {
+    const SurfaceAttributes& attributes = polygons.attributes;
+    std::vector<std::pair<std::string, std::string>> lines;
+    if (!polygons.normals.empty()) lines.push_back({"normals", "one a vertex"});
+    if (!attributes.cornerUvs.empty()) {
+        const PolygonSource source(polygons);
+        lines.push_back({"texture",
+                         std::to_string(attributes.uvs.size()) + " coordinates, " +
+                             (source.UvsFollowVertices() ? "no seams" : "with seams")});
+    }
+    if (!attributes.colors.empty())
+        lines.push_back({"colours", attributes.hasAlpha ? "with alpha" : "without alpha"});
+    if (!attributes.groupNames.empty())
+        lines.push_back({"groups", std::to_string(attributes.groupNames.size())});
+    if (!attributes.materialNames.empty()) {
+        std::string text = std::to_string(attributes.materialNames.size());
+        for (const std::string& file : attributes.materialFiles)
+            text += (file == attributes.materialFiles.front() ? ", defined in " : ", ") + file;
+        lines.push_back({"materials", text});
+    }
+    if (!attributes.faceSmoothing.empty()) lines.push_back({"smoothing", "groups of faces"});
+    if (attributes.space.metersPerUnit > 0.0)
+        lines.push_back({"units", UnitName(attributes.space.metersPerUnit)});
+    if (attributes.space.up != UpAxis::Unknown)
+        lines.push_back({"up", UpAxisName(attributes.space.up)});
+    return lines;
+}
+
+/// The same for programs.
+nlohmann::json AttributeJson(const PolygonMesh& polygons) {
+    const SurfaceAttributes& attributes = polygons.attributes;
+    return {{"normals", !polygons.normals.empty()},
+            {"textureCoordinates", attributes.uvs.size()},
+            {"textureSeams",
+             !attributes.cornerUvs.empty() && !PolygonSource(polygons).UvsFollowVertices()},
+            {"colors", !attributes.colors.empty()},
+            {"alpha", attributes.hasAlpha},
+            {"groups", attributes.groupNames},
+            {"materials", attributes.materialNames},
+            {"materialFiles", attributes.materialFiles},
+            {"smoothingGroups", !attributes.faceSmoothing.empty()},
+            {"units", UnitName(attributes.space.metersPerUnit)},
+            {"up", UpAxisName(attributes.space.up)}};
+}
+
+/// A mesh as it stands in its file, and what level 0 will be.
+struct MeshInfo {
+    std::size_t vertices = 0;
+    std::size_t faces = 0;
+    std::map<uint32_t, std::size_t> facesByCorners;
+    AxisAlignedBoundingBox box;
+    std::vector<std::pair<std::string, std::string>> carriedLines;
+    nlohmann::json carried;
+    std::vector<std::string> notes;
+    ManifoldReport manifold;
+    bool quads = false;
+    uint32_t baseVertices = 0;
+    uint32_t baseFaces = 0;
+    std::size_t borderEdges = 0;
+};
+
+MeshInfo Examine(const std::string& path) {
+    PolygonMesh polygons = ReadMeshFile(path);
+    StopIfInterrupted();
+    MeshInfo info;
+    info.vertices = polygons.positions.size();
+    info.faces = polygons.faceSizes.size();
+    for (const uint32_t size : polygons.faceSizes) ++info.facesByCorners[size];
+    for (const auto& p : polygons.positions) info.box.Extend({p[0], p[1], p[2]});
+    info.carriedLines = AttributeLines(polygons);
+    info.carried = AttributeJson(polygons);
+    info.notes = polygons.notes;
+    if (std::string note = RefinementNote(polygons); !note.empty())
+        info.notes.push_back(std::move(note));
+    info.manifold = MakeOrientedManifold(polygons);
+    LevelGeometry geometry(polygons);
+    LevelMesh& base = *geometry.Level(0);
+    info.quads = base.meshType == 1;
+    info.baseVertices = base.VertexCount();
+    info.baseFaces = base.faceCount;
+    for (uint32_t face = 0; face < base.faceCount; ++face)
+        for (uint32_t side = 0; side < base.CornersPerFace(); ++side)
+            if (base.QuadEdgeNeighbour(face, side) == openBorder) ++info.borderEdges;
+    return info;
+}
+
+}  // namespace
+
+nlohmann::json MeshInfoJson(const std::string& path) {
+    const MeshInfo info = Examine(path);
+    const AxisAlignedBoundingBox& box = info.box;
+    nlohmann::json bySize = nlohmann::json::object();
+    for (const auto& [size, count] : info.facesByCorners) bySize[std::to_string(size)] = count;
+    return {{"file", path},
+            {"vertices", info.vertices},
+            {"faces", info.faces},
+            {"facesByCorners", bySize},
+            {"low", {box.minX, box.minY, box.minZ}},
+            {"high", {box.maxX, box.maxY, box.maxZ}},
+            {"carries", info.carried},
+            {"verticesAddedBySplitting", info.manifold.addedVertices},
+            {"level0",
+             {{"type", info.quads ? "quads" : "triangles"},
+              {"vertices", info.baseVertices},
+              {"faces", info.baseFaces},
+              {"borderEdges", info.borderEdges}}},
+            {"notes", info.notes}};
+}
+
+void PrintMeshInfo(const std::string& path, bool quiet) {
+    const MeshInfo info = Examine(path);
+    if (quiet) return;
+    std::printf("%s\n", path.c_str());
+    std::printf("  vertices  %zu\n  faces     %zu", info.vertices, info.faces);
+    const char* separator = "  (";
+    for (const auto& [size, count] : info.facesByCorners) {
+        std::printf("%s%zu of %u corners", separator, count, size);
+        separator = ", ";
+    }
+    const AxisAlignedBoundingBox& box = info.box;
+    std::printf(")\n  box       %g %g %g  to  %g %g %g\n",
+                static_cast<double>(box.minX),
+                static_cast<double>(box.minY),
+                static_cast<double>(box.minZ),
+                static_cast<double>(box.maxX),
+                static_cast<double>(box.maxY),
+                static_cast<double>(box.maxZ));
+    for (const auto& [what, text] : info.carriedLines)
+        std::printf("  %-9s %s\n", what.c_str(), text.c_str());
+    if (!info.manifold.Untouched())
+        std::printf("  split     %zu vertices added where the mesh is no oriented manifold\n",
+                    info.manifold.addedVertices);
+    std::printf("  level 0   %u %s, %u vertices, %zu border edges\n",
+                info.baseFaces,
+                info.quads ? "quads" : "triangles",
+                info.baseVertices,
+                info.borderEdges);
+    for (const std::string& note : info.notes) std::printf("  note      %s\n", note.c_str());
+}
+
+}  // namespace trovik

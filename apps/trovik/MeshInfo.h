@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+
+namespace trovik {
+
+/// What `trovik info` reports of a mesh file: as text on standard output, unless quiet.
+/// \throw HostError if the file cannot be read.
+void PrintMeshInfo(const std::string& path, bool quiet);
+/// The same for programs.
+nlohmann::json MeshInfoJson(const std::string& path);
+
+}  // namespace trovik

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/files/GltfBuffers.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/files/InputFile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+#include <tiny_gltf.h>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using Bytes = std::vector<unsigned char>;
+
+/// A URI with its percent signs resolved.
+std::string Decoded(const std::string& uri) {
+    const auto digit = [](char letter) {
+        return letter >= '0' && letter <= '9'   ? letter - '0'
+               : letter >= 'a' && letter <= 'f' ? letter - 'a' + 10
+               : letter >= 'A' && letter <= 'F' ? letter - 'A' + 10
+                                                : -1;
+    };
+    std::string name;
+    for (std::size_t at = 0; at < uri.size(); ++at) {
+        const int high = uri[at] == '%' && at + 2 < uri.size() ? digit(uri[at + 1]) : -1;
+        const int low = high >= 0 ? digit(uri[at + 2]) : -1;
+        name += low >= 0 ? static_cast<char>(high * 16 + low) : uri[at];
+        at += low >= 0 ? 2 : 0;
+    }
+    return name;
+}
+
+/// The name as it can stand in a message of one line.
+std::string Shown(const std::string& name) {
+    std::string shown;
+    for (const char letter : name.substr(0, 100)) {
+        shown += letter >= ' ' && letter != '\x7f' ? letter : '?';
+    }
+    return "'" + shown + "'";
+}
+
+/// The first `wanted` bytes of a file in the folder of the document or below.
+Bytes ReadBesides(const std::string& document,
+                  const std::string& name,
+                  std::uint64_t wanted,
+                  const std::string& place) {
+    std::error_code failed;
+    const fs::path given = fs::path(document).parent_path();
+    const fs::path folder = fs::canonical(given.empty() ? fs::path(".") : given, failed);
+    if (name.find('\0') != std::string::npos) {
+        throw HostError(place + Shown(name) + " is not the name of a file");
+    }
+    // Checked before the file system is asked, so that no file outside is touched.
+    const fs::path plain = fs::path(name).lexically_normal();
+    const bool isInside = plain.is_relative() && !plain.empty() && *plain.begin() != "..";
+    const fs::path path = fs::canonical(folder / plain, failed);
+    if (isInside && failed) {
+        throw HostError(place + Shown(name) + ": " + failed.message());
+    }
+    const fs::path relative = path.lexically_relative(folder);
+    if (!isInside || relative.empty() || *relative.begin() == "..") {
+        throw HostError(place + Shown(name) +
+                        " lies outside the folder of the file, and only files in it or below are "
+                        "read");
+    }
+    std::string reason;
+    try {
+        InputFile file(path.string());
+        if (file.Remaining() >= wanted) {
+            const auto count = static_cast<std::size_t>(wanted);
+            const unsigned char* bytes = count == 0 ? nullptr : file.Take(count);
+            if (bytes != nullptr) {
+                return Bytes(bytes, bytes + count);
+            }
+            return {};
+        }
+        reason = Shown(name) + " has " + std::to_string(file.Remaining()) +
+                 " bytes, fewer than its byteLength of " + std::to_string(wanted);
+    } catch (const HostError& refused) {
+        reason = refused.what();
+    }
+    throw HostError(place + reason);
+}
+
+Bytes ReadDataUri(const std::string& uri, std::uint64_t wanted, const std::string& place) {
+    Bytes bytes;
+    std::string kind;
+    if (!tinygltf::DecodeDataURI(&bytes, kind, uri, 0, false)) {
+        throw HostError(place + "its data URI " + Shown(uri.substr(0, 40)) +
+                        " cannot be decoded, or holds nothing");
+    }
+    if (bytes.size() < wanted) {
+        throw HostError(place + "its data URI has " + std::to_string(bytes.size()) +
+                        " bytes, fewer than its byteLength of " + std::to_string(wanted));
+    }
+    bytes.resize(static_cast<std::size_t>(wanted));
+    return bytes;
+}
+
+}  // namespace
+
+GltfBuffers::GltfBuffers(const std::string& path, std::string_view text) {
+    json document = json::parse(text.begin(), text.end(), nullptr, false);
+    if (!document.is_object() || !document.contains("buffers") || !document["buffers"].is_array()) {
+        return;
+    }
+    json& buffers = document["buffers"];
+    for (std::size_t number = 0; number < buffers.size(); ++number) {
+        json& buffer = buffers[number];
+        const bool isKnown = buffer.is_object() && buffer.contains("uri") &&
+                             buffer["uri"].is_string() && buffer.contains("byteLength") &&
+                             buffer["byteLength"].is_number_unsigned();
+        if (!isKnown) {
+            continue;
+        }
+        const std::string uri = std::move(buffer["uri"].get_ref<std::string&>());
+        const auto wanted = buffer["byteLength"].get<std::uint64_t>();
+        const std::string place = path + ": buffer " + std::to_string(number) + ": ";
+        contents[number] = uri.starts_with("data:")
+                               ? ReadDataUri(uri, wanted, place)
+                               : ReadBesides(path, Decoded(uri), wanted, place);
+        buffer["uri"] = "data:application/octet-stream;base64,AA==";
+        buffer["byteLength"] = 1;
+    }
+    if (!contents.empty()) {
+        changed = document.dump();
+    }
+}
+
+void GltfBuffers::MoveInto(tinygltf::Model& model) {
+    for (auto& [number, content] : contents) {
+        if (number < model.buffers.size()) {
+            model.buffers[number].data = std::move(content);
+        }
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/files/SurfaceAttributes.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+/// \file
+/// Parts of the statements of an OBJ file.
+namespace trovik {
+
+/// Takes the next word off the front of `text`; empty at its end.
+std::string_view TakeWord(std::string_view& text);
+
+/// The text without the blanks around it.
+std::string Trimmed(std::string_view text);
+
+/// True for `v`, `v/t`, `v//n` and `v/t/n` of whole numbers that tinyobjloader's int can hold,
+/// with v other than 0. A number after a slash may be missing, as some exporters leave it.
+/// \param uv  receives t, or 0 where it is missing; tinyobjloader would then take the next corner's
+/// number for it.
+bool IsCorner(std::string_view word, std::int32_t& uv);
+
+/// The names in a statement `mtllib`. A name ends at a word that ends in ".mtl" in any case, since
+/// names may contain blanks; what follows the last such word is one name. Backslashes become
+/// slashes.
+std::vector<std::string> MaterialFileNames(std::string_view text);
+
+/// The number of a statement `s`: a whole number, 0 for `off`, 1 for `on`.
+/// \param otherwise  the result for any other text.
+std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
+
+/// Names of groups or materials, numbered in the order in which faces first use them.
+struct ObjNames {
+    std::vector<std::string> names;
+    std::unordered_map<std::string, std::uint32_t> numbers;
+    std::string chosen;
+    std::uint32_t number = SurfaceAttributes::none;
+
+    void Choose(const std::string& name) {
+        chosen = name;
+        number = SurfaceAttributes::none;
+    }
+    /// Of the name that was chosen last.
+    std::uint32_t Number();
+};
+
+}  // namespace trovik

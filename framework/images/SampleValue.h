@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <limits>
+#include <type_traits>
+
+namespace trovik {
+
+/// A sample of an image as a float: whole numbers divided by the largest of their type.
+template <class Sample>
+float SampleValue(Sample sample) {
+    if constexpr (std::is_floating_point_v<Sample>) {
+        return static_cast<float>(sample);
+    } else if constexpr (sizeof(Sample) < 4) {
+        // Both numbers are floats exactly, so that this is the float nearest to the quotient.
+        constexpr auto Largest = static_cast<float>(std::numeric_limits<Sample>::max());
+        return static_cast<float>(sample) / Largest;
+    } else {
+        constexpr auto Largest = static_cast<double>(std::numeric_limits<Sample>::max());
+        return static_cast<float>(static_cast<double>(sample) / Largest);
+    }
+}
+
+}  // namespace trovik
