@@ -10,6 +10,9 @@
 
 namespace trovik {
 
+namespace {
+
+/// Whether an open file is the one that the path names now.
 bool IsFileAt(const std::string& path, int file) {
     struct stat open = {};
     struct stat named = {};
@@ -17,11 +20,18 @@ bool IsFileAt(const std::string& path, int file) {
            open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
+}  // namespace
+
 FileLock::FileLock(const std::string& path) {
-    do {
+    // Another attempt for each replacement of the file that happens just now. A file system on which
+    // files change their numbers would never end.
+    constexpr int maxAttempts = 100;
+    for (int attempt = 0; attempt < maxAttempts; ++attempt) {
         if (file >= 0) close(std::exchange(file, -1));
         state = Try(path);
-    } while (state == Result::Locked && !IsFileAt(path, file));
+        if (state != Result::Locked || IsFileAt(path, file)) return;
+    }
+    state = Result::Unavailable;
 }
 
 FileLock::Result FileLock::Try(const std::string& path) {

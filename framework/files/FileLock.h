@@ -36,7 +36,4 @@ private:
     Result state = Result::Unavailable;
 };
 
-/// Whether an open file is the one that the path names now.
-bool IsFileAt(const std::string& path, int file);
-
 }  // namespace trovik

@@ -61,7 +61,7 @@ bool IsNewNameOf(const fs::path& target, const std::string& name) {
                                 ? std::string::npos
                                 : name.rfind('.', name.size() - ending.size() - 1);
     if (dot == std::string::npos ||
-        name.compare(name.size() - ending.size(), ending.size(), ending))
+        name.compare(name.size() - ending.size(), ending.size(), ending) != 0)
         return false;
     const std::string_view numbers =
         std::string_view(name).substr(dot + 1, name.size() - ending.size() - dot - 1);
@@ -177,7 +177,8 @@ bool FileReplacement::Create() {
     // Between the two calls another process may find the file unlocked and remove it. A file system
     // without locks refuses them to that process, too.
     const bool isLocked = flock(file, LOCK_EX | LOCK_NB) == 0;
-    if ((!isLocked && errno == EWOULDBLOCK) || !IsFileAt(temporaryPath, file)) {
+    const bool isTaken = !isLocked && errno == EWOULDBLOCK;
+    if (isTaken || (access(temporaryPath.c_str(), F_OK) != 0 && errno == ENOENT)) {
         DiskCalls::Current().Close(file);
         return false;
     }

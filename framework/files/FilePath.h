@@ -64,8 +64,6 @@ public:
 
     /// From now on Commit fails if a file appeared under the target's name.
     void RequireNewTarget() { mayReplace = false; }
-    /// What is replaced: `path`, or the file that it leads to as a symbolic link.
-    const std::string& TargetPath() const { return targetPath; }
 
 private:
     /// Creates and locks temporaryPath. \return whether it is this object's; otherwise another

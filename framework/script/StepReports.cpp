@@ -15,8 +15,9 @@ namespace trovik {
 namespace {
 
 /// A point of a script is far from the surface when it lies farther away than this fraction of the
-/// mesh's diagonal: positions are usually rounded, or read off a coarser level.
-constexpr float farFraction = 0.05f;
+/// mesh's diagonal. Points are often taken from the mesh file, and a refined surface lies inside of
+/// it: by 8 percent for a cube.
+constexpr float farFraction = 0.1f;
 
 std::string Short(float number) {
     char text[32];

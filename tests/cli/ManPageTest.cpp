@@ -130,7 +130,8 @@ TEST_F(ManPageOfTheCommand, HasTheOptionsOfEveryVerbAndNoOthers) {
 
 TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 2, "steps": [
-        {"layer": {"add": "skin"}}, {"stroke": {"surface": [[0.2, 0.1, 1]]}},
+        {"set": {"radius": 0.6}}, {"layer": {"add": "skin"}},
+        {"stroke": {"surface": [[0.2, 0.1, 1]]}},
         {"save": "a.trovik"}]})");
     const auto sculpt = ExpectTold("sculpt", "sculpt s.json");
     EXPECT_EQ(sculpt.at("faces"), 96);

@@ -61,15 +61,16 @@ TEST_F(StepReport, StrokeThatMissesTheMesh) {
 }
 
 TEST_F(StepReport, PointsFarFromTheSurface) {
-    ExpectWarning(R"({"stroke": {"surface": [[0.2, 0.1, 1], [0.2, 0.1, 4]]}})",
-                  0,
-                  "1 of 2 points of stroke/surface lie far from the surface; number 1 is 3 away");
+    ExpectWarning(
+        R"({"stroke": {"surface": [[0.2, 0.1, 1], [0.2, 0.1, 4]]}})",
+        0,
+        "1 of 2 points of stroke/surface lie far from the surface; number 1 is 3.16 away");
     ExpectWarning(R"({"stroke": {"surface": [[0, 0, 6]]}})",
                   0,
-                  "stroke/surface lies 5 away from the surface");
+                  "stroke/surface lies 5.15 away from the surface");
     ExpectWarning(R"({"freeze": {"shell": {"surface": [0, 8, 0]}}})",
                   0,
-                  "freeze/shell/surface lies 7 away from the surface");
+                  "freeze/shell/surface lies 7.15 away from the surface");
     // Within the brush's radius a point is near.
     EXPECT_EQ(Sculpt(R"({"set": {"radius": 3}}, {"stroke": {"surface": [[0, 0, 3.5]]}})").error,
               "");
@@ -200,7 +201,8 @@ TEST_F(ToolSettings, SixteenToolsHaveEverySettingThatScriptsTake) {
 TEST_F(ToolSettings, DefaultsAreThoseOfEachTool) {
     const json tools = Tools();
     const auto value = [&](const char* tool, const char* setting) {
-        return Find(Find(tools, tool)["settings"], setting).value("default", json("absent"));
+        const json found = Find(Find(tools, tool)["settings"], setting);
+        return found.is_null() ? json("absent") : found["default"];
     };
     EXPECT_EQ(value("Sculpt", "strength"), 15);
     EXPECT_EQ(value("Smooth", "strength"), 100);

@@ -221,11 +221,12 @@ TEST_F(SpherePicture, HasNoLineWhereLightEnds) {
     options.width = 400;
     options.height = 300;
     options.samples = 32;
+    camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 4.0f / 3.0f);
     const Picture picture = Make();
     constexpr int reach = 6;
-    // Along diagonals from the light to the dark side, within 0.85 of the radius.
+    // Along diagonals from the light to the dark side.
     for (int offset = -30; offset <= 30; offset += 10) {
-        for (int i = -48; i <= 48; ++i) {
+        for (int i = -64; i <= 64; ++i) {
             const auto mean = [&](int along) {
                 int sum = 0;
                 for (int k = -2; k <= 2; ++k)

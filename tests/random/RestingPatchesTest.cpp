@@ -143,7 +143,8 @@ void DrawStroke(Twins& twins, RandomNumbers& random, float extent) {
             if (testing::Test::HasFatalFailure()) return;
         }
         if (random.Chance(0.15f)) {
-            const Tool next = allTools[random.Below(allTools.size())];
+            const Tool next =
+                random.Chance(0.5f) ? Tool::Smooth : allTools[random.Below(allTools.size())];
             const bool allLayers = random.Chance(0.3f);
             twins.Both([&](StrokeBench& bench) {
                 bench.Activate(next, 2);

@@ -159,6 +159,7 @@ TEST_F(DamagedScene, RadiusAndSpacingKeepToTheRangeOfScripts) {
     EXPECT_THAT(readWith(spacing, 11.0f), HasSubstr("the spacing of dabs is 1100 percent"));
     EXPECT_THAT(readWith(radius, 0.0f), HasSubstr("the radius is not above 0"));
     // What could not be read again is not written.
+    ASSERT_EQ(Read(whole), "");
     auto session = SculptSession::OpenScene(path);
     session->Settings().spacing = 1e-9f;
     EXPECT_THAT(MessageOf<HostError>([&] { session->Save(folder.Path("tiny.trovik")); }),

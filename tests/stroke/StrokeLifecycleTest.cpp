@@ -305,11 +305,18 @@ TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
             bench.brush->setBuildUpRate(1.0f);
             bench.brush->directionAttribute.SetValue(0, true);
         }
-        bench.Dab(bench.HitFace(100), 4.0f);
+        bench.Dab(bench.HitFace(186), 3.0f);
         bench.End();
         return BitsOf(bench.Mesh());
     };
     const auto expected = bits({});
+    StrokeBench other(FlatGrid(16));
+    SetFalloffSamples(*other.brush, {0.6f, 0.7f, 0.8f, 0.9f, 1.0f});
+    other.Begin();
+    other.Dab(other.HitFace(100), 3.0f);
+    other.Dab(other.HitFace(186), 3.0f);
+    other.End();
+    ASSERT_NE(BitsOf(other.Mesh()), expected) << "the falloff counts";
     for (const auto& change : changes) EXPECT_EQ(bits(change), expected);
 }
 
