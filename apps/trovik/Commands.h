@@ -15,6 +15,9 @@ void AddRenderCommand(CLI::App& program);
 void AddToolsCommand(CLI::App& program);
 void AddRecoverCommand(CLI::App& program);
 void AddHistoryCommand(CLI::App& program);
+void AddPreferencesCommand(CLI::App& program);
 void AddCompletionCommand(CLI::App& program);
+/// To be added last, since it knows the verbs before it.
+void AddHelpCommand(CLI::App& program);
 
 }  // namespace trovik

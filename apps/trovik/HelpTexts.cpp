@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "HelpTexts.h"
 
+#include "framework/errors/Suggestion.h"
+
 #include <algorithm>
 #include <map>
 
@@ -18,7 +20,9 @@ const std::map<std::string, std::string>& Examples() {
          "  trovik sculpt bust.json                 files go into this folder\n"
          "  trovik sculpt bust.json -o out -q       into the folder out, without a word\n"
          "  trovik sculpt bust.json --json          what came of it, for programs\n"
-         "  trovik sculpt bust.json --strict        stops at a step without effect\n"},
+         "  trovik sculpt bust.json --strict        stops at a step without effect\n"
+         "  trovik sculpt bust.json --check         finds errors, and sculpts nothing\n"
+         "  make-script | trovik sculpt -           a script from standard input\n"},
         {"info",
          "  trovik info head.obj                    vertices, faces, size, what else it carries\n"
          "  trovik info bust.trovik                 levels, layers and tools of a scene\n"
@@ -44,6 +48,12 @@ const std::map<std::string, std::string>& Examples() {
         {"history",
          "  trovik history bust.journal\n"
          "  trovik history bust.trovik --json\n"},
+        {"preferences",
+         "  trovik preferences                      their values, and where they are stored\n"
+         "  trovik preferences 'Undo Budget' 4096   stores a value\n"},
+        {"help",
+         "  trovik help\n"
+         "  trovik help sculpt\n"},
         {"bake",
          "  trovik bake bust.trovik -o height.exr\n"
          "  trovik bake bust.trovik --map normal --size 2048 -o normals.png\n"},
@@ -68,6 +78,15 @@ void AddHelpTexts(CLI::App& program) {
     }
 }
 
+std::string UnknownCommand(const CLI::App& program, const std::string& name) {
+    std::vector<std::string> names;
+    for (const CLI::App* verb : program.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(verb->get_name());
+    const std::string closest = ClosestWord(name, names);
+    return "there is no command \"" + name + "\"" +
+           (closest.empty() ? "" : "; did you mean \"" + closest + "\"?");
+}
+
 std::string UsageError(const CLI::App& program, const CLI::ParseError& error) {
     const CLI::App& asked = Asked(program);
     const std::string help =
@@ -78,7 +97,7 @@ std::string UsageError(const CLI::App& program, const CLI::ParseError& error) {
         if (rest.empty())
             reason = "a command is needed";
         else if (rest.front().front() != '-')
-            reason = "there is no command \"" + rest.front() + "\"";
+            reason = UnknownCommand(program, rest.front());
     }
     std::replace(reason.begin(), reason.end(), '\n', ' ');
     return reason + "; " + help + " tells what there is";

@@ -11,6 +11,9 @@ namespace trovik {
 /// shown at the end of its --help.
 void AddHelpTexts(CLI::App& program);
 
+/// `there is no command "X"`, with the one that was probably meant.
+std::string UnknownCommand(const CLI::App& program, const std::string& name);
+
 /// Wrong usage as one line, with the help to ask for.
 std::string UsageError(const CLI::App& program, const CLI::ParseError& error);
 

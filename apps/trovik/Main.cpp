@@ -34,7 +34,7 @@ int Run(int argc, char** argv) {
         "  trovik tools                         the tools of the brush\n"
         "  trovik recover w.journal -o w.trovik the work of a journal, after a crash\n"
         "  trovik history w.journal             the steps of a journal\n\n"
-        "`trovik VERB --help` tells more, with examples; docs/tutorial.md begins at the "
+        "`trovik help VERB` tells more, with examples; docs/tutorial.md begins at the "
         "beginning.\n",
         "trovik");
     program.footer(
@@ -50,7 +50,9 @@ int Run(int argc, char** argv) {
     trovik::AddToolsCommand(program);
     trovik::AddRecoverCommand(program);
     trovik::AddHistoryCommand(program);
+    trovik::AddPreferencesCommand(program);
     trovik::AddCompletionCommand(program);
+    trovik::AddHelpCommand(program);
     trovik::AddHelpTexts(program);
     trovik::ListenForInterruption();
     trovik::IgnoreFileSizeSignal();

@@ -3,9 +3,13 @@
 #include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
+#include "framework/errors/HostError.h"
+#include "framework/json/JsonText.h"
+#include "framework/nodes/PreferenceFile.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <sys/resource.h>
 
@@ -19,6 +23,11 @@ struct SculptOptions {
     TraceOptions trace;
     JournalOptions journal;
     bool strict = false;
+    std::string preferences;
+    bool userPreferences = false;
+    bool noPreferences = false;
+    bool allowOutside = false;
+    bool check = false;
     bool quiet = false;
     bool json = false;
 };
@@ -71,12 +80,34 @@ void PrintSummaryJson(const ScriptResult& result, const std::vector<std::string>
     PrintJson(summary);
 }
 
+/// The preferences file that the options name; empty for none.
+std::string PreferencesFile(const SculptOptions& options) {
+    if (options.noPreferences) return "";
+    if (!options.userPreferences) return options.preferences;
+    std::string file = UserPreferencesPath();
+    std::error_code ignored;
+    return std::filesystem::exists(file, ignored) ? file : "";
+}
+
+/// Reports the errors of a script. \throw HostError if there are any.
+void Check(ScriptRunner& runner, const SculptOptions& options) {
+    const std::vector<std::string> faults = runner.Check();
+    if (options.json) PrintJson({{"script", options.script}, {"errors", faults}});
+    if (faults.size() == 1) throw HostError(faults.front());
+    for (const std::string& fault : faults) std::fprintf(stderr, "trovik: %s\n", fault.c_str());
+    const std::string name = DocumentName(options.script);
+    if (!faults.empty()) throw HostError(name + ": " + std::to_string(faults.size()) + " errors");
+    if (!options.quiet && !options.json) std::printf("%s: no errors\n", name.c_str());
+}
+
 void Sculpt(const SculptOptions& options) {
     ProgressLine line(options.quiet);
     ScriptProgress progress;
-    progress.step = [&line](std::size_t done, std::size_t count, const std::string& what) {
-        line.Step(done, count, what);
-    };
+    // A check takes no time that progress would shorten.
+    if (!options.check)
+        progress.step = [&line](std::size_t done, std::size_t count, const std::string& what) {
+            line.Step(done, count, what);
+        };
     progress.dab = [&line] { line.Dab(); };
     progress.file = [&line](uint64_t written, uint64_t total) { line.File(written, total); };
     progress.message = [&line](const std::string& text) { line.Message(text); };
@@ -84,6 +115,12 @@ void Sculpt(const SculptOptions& options) {
     progress.stop = IsInterrupted;
     ScriptRunner runner(options.script, options.output, progress);
     runner.SetStrict(options.strict);
+    runner.AllowOutside(options.allowOutside);
+    runner.SetPreferencesFile(PreferencesFile(options));
+    if (options.check) {
+        Check(runner, options);
+        return;
+    }
     runner.SetTrace(options.trace);
     runner.SetJournal(options.journal);
     const ScriptResult result = runner.Run();
@@ -101,11 +138,35 @@ void AddSculptCommand(CLI::App& program) {
     CLI::App* verb = program.add_subcommand(
         "sculpt",
         "Runs a stroke script: opens a mesh, strokes over it, writes meshes and pictures");
-    verb->add_option("script", options->script, "Stroke script (JSON; see docs/stroke-script.md)")
+    verb->add_option("script",
+                     options->script,
+                     "Stroke script (JSON; see docs/stroke-script.md); - reads standard input")
         ->required();
     verb->add_option("-o,--output",
                      options->output,
                      "Folder for the files that the script writes (default: this one)");
+    verb->add_flag(
+        "--allow-outside",
+        options->allowOutside,
+        "Lets the script write outside of the output folder, by absolute paths, symbolic "
+        "links or ..");
+    CLI::Option* check = verb->add_flag(
+        "--check",
+        options->check,
+        "Checks the script, the files that it reads and its settings; sculpts and writes nothing");
+    verb->add_option(
+        "--preferences",
+        options->preferences,
+        "Preferences file to load before the script's own preferences (default: none)");
+    verb->add_flag("--user-preferences",
+                   options->userPreferences,
+                   "Loads the user's preferences file, if there is one (see trovik preferences)")
+        ->excludes("--preferences");
+    verb->add_flag(
+        "--no-preferences",
+        options->noPreferences,
+        "Loads no preferences file, so that results are the same for every user (default; "
+        "takes precedence)");
     CLI::Option* trace =
         verb->add_option("--trace",
                          options->trace.folder,
@@ -137,6 +198,7 @@ void AddSculptCommand(CLI::App& program) {
                    options->strict,
                    "Makes warnings errors: the first step without effect, such as a stroke that "
                    "misses the mesh, ends the run");
+    check->excludes(trace, journal);
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Sculpt(*options); });

@@ -15,23 +15,6 @@ namespace {
 
 constexpr float middle = 0.5f;
 
-MapBits BitsFor(const MapFileOptions& file) {
-    const std::string extension = LowerExtension(file.path);
-    const bool tiff = extension == ".tif" || extension == ".tiff";
-    if (extension != ".exr" && extension != ".png" && !tiff)
-        throw HostError(file.path + ": a map's file name ends in .exr, .png, .tif or .tiff");
-    const MapBits bits =
-        file.bits.value_or(extension == ".exr" ? MapBits::Float : MapBits::Sixteen);
-    if (bits == MapBits::Float && extension == ".png")
-        throw HostError(file.path +
-                        ": a .png holds 16 bits and no floats; .exr and .tif hold them");
-    if (bits == MapBits::Sixteen && extension == ".exr")
-        throw HostError(file.path + ": an .exr holds floats; .png and .tif hold 16 bits");
-    if (file.range && !(*file.range > 0.0f && std::isfinite(*file.range)))
-        throw HostError(file.path + ": the range of a map is above 0");
-    return bits;
-}
-
 std::uint16_t Rounded(float value) {
     constexpr double largest = 65535.0;
     return static_cast<std::uint16_t>(
@@ -68,6 +51,23 @@ std::string WarningOf(const BakedMap& map) {
 }
 
 }  // namespace
+
+MapBits BitsFor(const MapFileOptions& file) {
+    const std::string extension = LowerExtension(file.path);
+    const bool tiff = extension == ".tif" || extension == ".tiff";
+    if (extension != ".exr" && extension != ".png" && !tiff)
+        throw HostError(file.path + ": a map's file name ends in .exr, .png, .tif or .tiff");
+    const MapBits bits =
+        file.bits.value_or(extension == ".exr" ? MapBits::Float : MapBits::Sixteen);
+    if (bits == MapBits::Float && extension == ".png")
+        throw HostError(file.path +
+                        ": a .png holds 16 bits and no floats; .exr and .tif hold them");
+    if (bits == MapBits::Sixteen && extension == ".exr")
+        throw HostError(file.path + ": an .exr holds floats; .png and .tif hold 16 bits");
+    if (file.range && !(*file.range > 0.0f && std::isfinite(*file.range)))
+        throw HostError(file.path + ": the range of a map is above 0");
+    return bits;
+}
 
 MapReport BakeToFile(LevelGeometry& geometry,
                      const BakeOptions& options,

@@ -41,6 +41,10 @@ struct MapReport {
     std::string warning;
 };
 
+/// How the numbers of a map are stored. \throw HostError for a file name or a range that cannot be
+/// written so.
+TROVIK_API MapBits BitsFor(const MapFileOptions& file);
+
 /// Bakes a map (BakeMap) and writes it, with a line that tells what its numbers mean (MapText).
 /// Numbers run from the top row, v = 1, to the bottom. Channels of vectors and normals: red along
 /// u (tangent), green along v (bitangent: +Y), blue along the normal; mesh-local: x, y, z.

@@ -23,8 +23,8 @@ bool IsFileAt(const std::string& path, int file) {
 }  // namespace
 
 FileLock::FileLock(const std::string& path) {
-    // Another attempt for each replacement of the file that happens just now. A file system on which
-    // files change their numbers would never end.
+    // Another attempt for each replacement of the file that happens just now. A file system on
+    // which files change their numbers would never end.
     constexpr int maxAttempts = 100;
     for (int attempt = 0; attempt < maxAttempts; ++attempt) {
         if (file >= 0) close(std::exchange(file, -1));

@@ -32,9 +32,19 @@ PolygonMesh ReadMeshFile(const std::string& path) {
                     ".gltf, .glb");
 }
 
+void RequireWritableMesh(const std::string& path) {
+    const std::string extension = LowerExtension(path);
+    for (const char* known : {".obj", ".ply", ".stl", ".gltf", ".glb", ".usda"})
+        if (extension == known) return;
+    throw HostError(path +
+                    ": cannot be written as a mesh, since its name ends in none of .obj, .ply, "
+                    ".stl, .gltf, .glb, .usda");
+}
+
 std::vector<std::string> WriteMeshFile(const std::string& path,
                                        const MeshSource& source,
                                        const WriteProgress& progress) {
+    RequireWritableMesh(path);
     const std::string extension = LowerExtension(path);
     CheckFinite(path, source);
     if (extension == ".obj") {
@@ -46,12 +56,8 @@ std::vector<std::string> WriteMeshFile(const std::string& path,
         WriteStl(path, source, StlEncoding::Binary, progress);
     } else if (IsGltf(extension)) {
         WriteGltf(path, source, extension == ".glb", progress);
-    } else if (extension == ".usda") {
-        WriteUsd(path, source, progress);
     } else {
-        throw HostError(path +
-                        ": cannot be written as a mesh, since its name ends in none of .obj, .ply, "
-                        ".stl, .gltf, .glb, .usda");
+        WriteUsd(path, source, progress);
     }
     return {};
 }

@@ -159,6 +159,9 @@ TROVIK_API PolygonMesh GatherPolygons(const MeshSource& source);
 /// Hears of a file that is being written: elements done, and how many there will be.
 using WriteProgress = std::function<void(std::uint64_t done, std::uint64_t total)>;
 
+/// \throw HostError for a name whose extension is not that of a mesh format that can be written.
+TROVIK_API void RequireWritableMesh(const std::string& path);
+
 /// Writes a mesh in the format of the file's extension; see docs/mesh-files.md.
 /// \param progress  called now and then; may be empty.
 /// \return further files that were written: copies of material files, for OBJ.

@@ -125,6 +125,9 @@ private:
             Refuse("a record lacks \"setup\"");
         base.setup = fields.at("setup");
         base.carried = CarriedIn(fields);
+        if (fields.contains("output")) base.output = Text(fields, "output");
+        const auto outside = fields.find("allowOutside");
+        base.outsideAllowed = outside != fields.end() && *outside == true;
     }
 
     JournalStep& OpenStep() {
@@ -278,6 +281,8 @@ json ToJson(const JournalBase& base) {
                    {"setup", base.setup},
                    {"source", ToJson(JournalFile{base.source, base.content})}};
     if (!base.carried.is_null()) fields["carried"] = base.carried;
+    if (!base.output.empty()) fields["output"] = base.output;
+    if (base.outsideAllowed) fields["allowOutside"] = true;
     return fields;
 }
 

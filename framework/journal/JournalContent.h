@@ -25,6 +25,11 @@ struct JournalBase {
     std::string program;
     /// Steps that set again what was set before and is not in the source; null for none.
     nlohmann::json carried;
+    /// The folder of the files that the script writes, absolute; empty in journals of programs that
+    /// did not record it.
+    std::string output;
+    /// Whether the script may write outside of that folder.
+    bool outsideAllowed = false;
 };
 
 nlohmann::json ToJson(const JournalBase& base);

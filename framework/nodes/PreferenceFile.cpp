@@ -3,28 +3,29 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/files/OutputFile.h"
+#include "framework/json/JsonSchema.h"
+#include "framework/json/JsonText.h"
 
 #include <nlohmann/json.hpp>
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <cstdlib>
+#include <filesystem>
 
 namespace trovik {
 
 namespace {
 
-nlohmann::json ParseObject(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw HostError(path + ": cannot open: " + std::strerror(errno));
-    nlohmann::json values;
-    try {
-        values = nlohmann::json::parse(file);
-    } catch (const nlohmann::json::parse_error& error) {
-        throw HostError(path + ": byte " + std::to_string(error.byte) + ": not valid JSON");
-    }
-    if (!values.is_object()) throw HostError(path + ": not a JSON object of preferences");
-    return values;
+constexpr std::size_t maxFileBytes = std::size_t{1} << 20;
+
+constexpr const char* schemaText = R"({
+  "type": "object",
+  "entryName": "preference",
+  "additionalProperties": {"type": ["string", "number", "boolean"]}
+})";
+
+nlohmann::json ReadValues(const std::string& path) {
+    static const JsonSchema schema(schemaText);
+    return ParseAgainst(schema, ReadDocument(path, maxFileBytes), path);
 }
 
 /// Whether the preference can take the text; nothing is changed.
@@ -39,17 +40,34 @@ bool Fits(const Attribute& attribute, const QString& text) {
 
 }  // namespace
 
+std::string WrongPreference(const Attribute& attribute, const std::string& given) {
+    const bool isFlag = attribute.attributeType() == AttributeValue<bool>::type;
+    return std::string("expected ") + (isFlag ? "true or false" : "a number") + ", got " + given;
+}
+
+std::string UserPreferencesPath() {
+    const char* config = std::getenv("XDG_CONFIG_HOME");
+    const char* home = std::getenv("HOME");
+    std::filesystem::path folder;
+    // A relative path is to be ignored, as the XDG base directory specification has it.
+    if (config != nullptr && *config == '/')
+        folder = config;
+    else if (home != nullptr && *home == '/')
+        folder = std::filesystem::path(home) / ".config";
+    else
+        return "";
+    return (folder / "trovik" / "preferences.json").string();
+}
+
 void LoadPreferences(const std::string& path) {
     std::map<std::string, std::string> texts;
-    const nlohmann::json values = ParseObject(path);
+    const nlohmann::json values = ReadValues(path);
     for (const auto& [key, value] : values.items()) {
-        if (!value.is_string() && !value.is_number() && !value.is_boolean())
-            throw HostError(path + ": " + key + ": the value is no text, number or truth value");
         std::string text = value.is_string() ? value.get<std::string>() : value.dump();
         const Attribute* attribute = FindPreference(key);
         if (attribute != nullptr && !Fits(*attribute, QString::fromStdString(text))) {
-            throw HostError(path + ": " + key + ": \"" + text +
-                            "\" is no value of this preference");
+            throw HostError(FaultMessage(
+                path, {FieldPointer("", key), WrongPreference(*attribute, value.dump())}));
         }
         texts[key] = std::move(text);
     }

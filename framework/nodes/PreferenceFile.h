@@ -27,6 +27,13 @@ TROVIK_API std::vector<std::string> PreferenceKeys();
 /// out.
 TROVIK_API std::map<std::string, std::string>& UnclaimedPreferences();
 
+/// The reason in the message about a value of another type than the preference's.
+TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);
+
+/// The preferences file of the user: trovik/preferences.json in $XDG_CONFIG_HOME, by default in
+/// ~/.config. It need not exist. Empty if the environment names neither folder.
+TROVIK_API std::string UserPreferencesPath();
+
 /// Reads stored values: a JSON object of texts, numbers and truth values by key. Keys that nothing
 /// registered are kept, for a library that registers them later and for the next saving. Either all
 /// values are taken or, on an error, none. \throw HostError naming the file, the key and the

@@ -17,19 +17,23 @@ MeshSpace SpaceOf(const FieldReader& fields) {
 
 MeshSpace ScriptRunner::ImportSpace(const FieldReader& script) const { return SpaceOf(script); }
 
-void ScriptRunner::RunExport(const FieldReader& options) {
-    const LevelGeometry& geometry = session->Geometry();
-    const std::string file = OutputPath(options.At("file"));
-    MeshSpace space;
+MeshSpace ScriptRunner::ExportSpace(const FieldReader& options, const std::string& file) const {
     try {
-        space = SpaceForFile(file, geometry.Attributes().space, SpaceOf(options));
+        RequireWritableMesh(file);
+        return SpaceForFile(file, session->Geometry().Attributes().space, SpaceOf(options));
     } catch (const HostError& refused) {
         options.Fail(refused.what());
     }
+}
+
+void ScriptRunner::RunExport(const FieldReader& options) {
+    const LevelGeometry& geometry = session->Geometry();
+    const std::string file = OutputPath(options.At("file"));
+    const MeshSpace space = ExportSpace(options, file);
     const LevelSource source(geometry, {options.FlagOr("world", false), space});
     const std::vector<std::string> further = WriteMeshFile(file, source, FileProgress());
-    result.files.push_back(file);
-    result.files.insert(result.files.end(), further.begin(), further.end());
+    NoteWritten(file);
+    for (const std::string& written : further) NoteWritten(written);
 }
 
 }  // namespace trovik

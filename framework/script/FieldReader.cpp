@@ -2,6 +2,7 @@
 #include "framework/script/FieldReader.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/json/JsonFault.h"
 
 #include <cmath>
 #include <limits>
@@ -12,10 +13,10 @@ FieldReader::FieldReader(const nlohmann::json& json, std::string scriptFile, std
     : value(json), file(std::move(scriptFile)), pointer(std::move(place)) {}
 
 FieldReader FieldReader::At(const char* key) const {
-    return {value.at(key), file, pointer + "/" + key};
+    return {value.at(key), file, FieldPointer(pointer, key)};
 }
 FieldReader FieldReader::At(std::size_t index) const {
-    return {value.at(index), file, pointer + "/" + std::to_string(index)};
+    return {value.at(index), file, ItemPointer(pointer, index)};
 }
 
 float FieldReader::Number() const {
@@ -49,7 +50,7 @@ std::string FieldReader::TextOr(const char* key, const std::string& otherwise) c
 }
 
 void FieldReader::Fail(const std::string& reason) const {
-    throw HostError(file + ": " + (pointer.empty() ? "/" : pointer) + ": " + reason);
+    throw HostError(FaultMessage(file, {pointer, reason}));
 }
 
 }  // namespace trovik

@@ -18,6 +18,8 @@ public:
     bool Has(const char* key) const { return value.contains(key); }
     FieldReader At(const char* key) const;
     FieldReader At(std::size_t index) const;
+    /// Another value in the same position; it outlives the reader.
+    FieldReader With(const nlohmann::json& other) const { return {other, file, pointer}; }
     std::size_t Size() const { return value.size(); }
     const nlohmann::json& Json() const { return value; }
     const std::string& Pointer() const { return pointer; }

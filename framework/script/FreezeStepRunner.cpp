@@ -7,7 +7,6 @@
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iterator>
 #include <optional>
 
@@ -26,6 +25,8 @@ constexpr Filter filters[] = {{"grow", GrownFreeze},
                               {"shrink", ShrunkFreeze},
                               {"blur", BlurredFreeze},
                               {"sharpen", SharpenedFreeze}};
+
+constexpr const char* shellFields = "needs one of \"vertex\", \"surface\", \"pointer\"";
 
 /// The size of bends that a cavity step looks for, as a share of the mesh's diagonal.
 constexpr float cavityShare = 0.02f;
@@ -91,7 +92,7 @@ void ScriptRunner::RunFreeze(const FieldReader& freeze) {
         else if (what == "invert")
             amounts = InvertedFreeze(level);
         else if (what != "clear")
-            freeze.Fail("unknown word \"" + what + "\"; there are clear, all, invert");
+            freeze.Fail("expected \"clear\", \"all\" or \"invert\", got \"" + what + "\"");
         session->Freeze(amounts, FreezeMode::Replace);
         return;
     }
@@ -162,22 +163,33 @@ std::vector<float> ScriptRunner::SharesOfShape(const FieldReader& freeze, const 
     return inView([&lasso](const ViewPlace& place) { return lasso.Holds(place) ? 1.0f : 0.0f; });
 }
 
-std::vector<float> ScriptRunner::SharesOfImage(const FieldReader& image, ViewReach reach) {
-    const std::string file =
-        (std::filesystem::path(path).parent_path() / image.At("file").Text()).string();
-    std::optional<FloatImage> read;
+void ScriptRunner::CheckFreeze(const FieldReader& freeze) {
+    if (freeze.Json().is_string()) return;
+    const std::string what = WhatOf(freeze);
+    if (what == "shell" && freeze.At("shell").Size() != 1) freeze.At("shell").Fail(shellFields);
+    if (what != "image") return;
+    const FieldReader file = freeze.At("image").At("file");
+    if (!files.IsWritten(file.Text())) ReadImage(file);
+}
+
+FloatImage ScriptRunner::ReadImage(const FieldReader& name) const {
+    const std::string file = InputPath(name);
     try {
-        read = ReadImageFile(file);
+        return ReadImageFile(file);
     } catch (const HostError& error) {
-        image.At("file").Fail(error.what());
+        name.Fail(error.what());
     }
+}
+
+std::vector<float> ScriptRunner::SharesOfImage(const FieldReader& image, ViewReach reach) {
+    const FloatImage read = ReadImage(image.At("file"));
     const StrokeView& view = session->View();
     ViewBox over{{0.0f, 0.0f}, {static_cast<float>(view.width), static_cast<float>(view.height)}};
     if (image.Has("over")) over = BoxOf(image.At("over"));
     const auto channel = image.TextOr("channel", "luminance") == "alpha"
                              ? ViewImage::Channel::Alpha
                              : ViewImage::Channel::Luminance;
-    const ViewImage shown(*read, channel, image.FlagOr("invert", false), over);
+    const ViewImage shown(read, channel, image.FlagOr("invert", false), over);
     return SharesInView(
         session->Geometry(), session->Tree(), view, reach, [&shown](const ViewPlace& place) {
             return shown.ShareAt(place);
@@ -201,7 +213,7 @@ std::vector<float> ScriptRunner::SharesOfCavity(const FieldReader& cavity) {
 
 uint32_t ScriptRunner::ShellVertex(const FieldReader& shell) {
     LevelMesh& level = *session->Geometry().Bound();
-    if (shell.Size() != 1) shell.Fail("needs one of \"vertex\", \"surface\", \"pointer\"");
+    if (shell.Size() != 1) shell.Fail(shellFields);
     if (shell.Has("vertex")) {
         const auto vertex = shell.At("vertex").Json().get<uint64_t>();
         if (vertex >= level.VertexCount()) {

@@ -62,7 +62,11 @@ public:
         const nlohmann::json script = Checked(first);
         ScriptProgress quiet;
         quiet.stop = options.progress.stop;
-        work.runner = std::make_unique<ScriptRunner>(content.base.script, ".", quiet);
+        // Journals of programs that did not confine scripts name no output folder.
+        const std::string& output = content.base.output;
+        work.runner = std::make_unique<ScriptRunner>(
+            content.base.script, output.empty() ? "." : output, quiet);
+        work.runner->AllowOutside(output.empty() || content.base.outsideAllowed);
         work.runner->Open(script);
         for (const nlohmann::json& carried : content.base.carried) work.runner->Do(carried, 0);
         work.runner->Session().SetInputListener(&counter);

@@ -33,7 +33,8 @@ std::string TextOf(Error* error) {
 
 void ScriptRunner::StartJournal(const FieldReader& script) {
     if (journalOptions.path.empty()) return;
-    journal = std::make_unique<SessionJournal>(journalOptions, *session, script.Json(), path);
+    journal =
+        std::make_unique<SessionJournal>(journalOptions, *session, script.Json(), path, files);
 }
 
 void ScriptRunner::Open(const nlohmann::json& setup) {
@@ -48,6 +49,8 @@ void ScriptRunner::Do(const nlohmann::json& step, std::size_t number) {
 }
 
 void ScriptRunner::Do(const FieldReader& step) {
+    // It had only a comment.
+    if (step.Size() == 0) return;
     const bool isJournaled = journal != nullptr && IsJournaled(step.Json());
     if (isJournaled) journal->BeginStep(step.Json());
     const auto end = [&](bool failed) {

@@ -7,9 +7,6 @@
 #include "framework/errors/HostError.h"
 #include "framework/script/ScriptRunner.h"
 
-#include <algorithm>
-#include <filesystem>
-
 namespace trovik {
 
 namespace {
@@ -19,6 +16,15 @@ std::uint32_t Count(const FieldReader& fields, const char* key, std::uint32_t ot
 }
 
 }  // namespace
+
+MapFileOptions ScriptRunner::MapFileOf(const FieldReader& bake) {
+    MapFileOptions file;
+    file.path = OutputPath(bake.At("file"));
+    if (bake.Has("bits"))
+        file.bits = bake.At("bits").Json().is_string() ? MapBits::Float : MapBits::Sixteen;
+    if (bake.Has("range")) file.range = bake.At("range").Number();
+    return file;
+}
 
 void ScriptRunner::RunBake(const FieldReader& bake) {
     LevelGeometry& geometry = session->Geometry();
@@ -40,15 +46,11 @@ void ScriptRunner::RunBake(const FieldReader& bake) {
     options.padding = Count(bake, "padding", options.padding);
     options.repeat = bake.FlagOr("repeat", options.repeat);
     options.progress = FileProgress();
-    MapFileOptions file;
-    file.path = OutputPath(bake.At("file"));
-    if (bake.Has("bits"))
-        file.bits = bake.At("bits").Json().is_string() ? MapBits::Float : MapBits::Sixteen;
-    if (bake.Has("range")) file.range = bake.At("range").Number();
+    const MapFileOptions file = MapFileOf(bake);
     try {
         const MapReport report = BakeToFile(geometry, options, file);
-        baked.push_back(file.path);
-        result.files.insert(result.files.end(), report.files.begin(), report.files.end());
+        for (const std::string& written : report.files) NoteWritten(written);
+        files.NoteWritten(file.path);
         if (!report.warning.empty() && progress.message) progress.message(report.warning);
     } catch (const HostError& error) {
         bake.Fail(error.what());
@@ -57,12 +59,7 @@ void ScriptRunner::RunBake(const FieldReader& bake) {
 
 void ScriptRunner::RunDisplace(const FieldReader& displace) {
     DisplacementOptions options;
-    // What this script has written counts before what lies beside the script.
-    const std::string name = displace.At("file").Text();
-    const std::filesystem::path beside = std::filesystem::path(path).parent_path() / name;
-    const std::string target = (std::filesystem::path(output) / name).lexically_normal().string();
-    const bool isBaked = std::find(baked.begin(), baked.end(), target) != baked.end();
-    options.path = isBaked ? target : beside.string();
+    options.path = InputPath(displace.At("file"));
     options.kind = MapKindOf(displace.TextOr("map", ""));
     options.space = MapSpaceOf(displace.TextOr("space", ""));
     if (displace.Has("mid")) options.mid = displace.At("mid").Number();

@@ -87,8 +87,7 @@ float ScriptRunner::RadiusAt(const Vector& place) const {
 
 std::vector<PathSample> ScriptRunner::PenOf(const FieldReader& pen) const {
     if (!pen.Json().is_string()) return PenSamples(pen);
-    namespace fs = std::filesystem;
-    return ReadPenStream((fs::path(path).parent_path() / pen.Text()).lexically_normal().string());
+    return ReadPenStream(std::filesystem::path(InputPath(pen)).lexically_normal().string());
 }
 
 PathShape ScriptRunner::ShapeOf(const FieldReader& given, std::size_t placeNumbers) const {
@@ -109,6 +108,18 @@ PathShape ScriptRunner::ShapeOf(const FieldReader& given, std::size_t placeNumbe
         shape.snapTo.emplace_back(point.At(std::size_t{0}).Number(), point.At(1).Number(), z);
     }
     return shape;
+}
+
+void ScriptRunner::CheckPath(const FieldReader& stroke) const {
+    for (const char* kind : kinds) {
+        if (!stroke.Has(kind)) continue;
+        const std::size_t numbers = kind == kinds[2] ? 3 : 2;
+        if (kind == kinds[0])
+            PenOf(stroke.At(kind));
+        else
+            Samples(stroke.At(kind), numbers);
+        if (stroke.Has("path")) ShapeOf(stroke.At("path"), numbers);
+    }
 }
 
 void ScriptRunner::LayPath(const FieldReader& stroke) {

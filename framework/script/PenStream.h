@@ -10,11 +10,12 @@
 namespace trovik {
 
 /// Samples of a pen as they were recorded: [x, y, pressure, milliseconds], and, where the pen tells
-/// its tilt, two more numbers, see PathSample. Times need not ascend. \throw HostError for anything
-/// else, with the place of the sample at fault.
+/// its tilt, two more numbers, see PathSample. Times need not ascend.
+/// \param list  checked against the schema. \throw HostError for numbers out of range, naming the
+/// sample.
 TROVIK_API std::vector<PathSample> PenSamples(const FieldReader& list);
 
-/// A recorded pointer stream: a JSON object with "samples" and, for people, "description".
+/// A recorded pen stream, as docs/pen-stream.schema.json describes it.
 /// \param name  for messages. \throw HostError naming it.
 TROVIK_API std::vector<PathSample> ParsePenStream(const std::string& text, const std::string& name);
 

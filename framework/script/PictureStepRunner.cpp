@@ -119,50 +119,60 @@ void ScriptRunner::MakePictures(const FieldReader& fields,
     }
 }
 
-void ScriptRunner::RunPicture(const FieldReader& fields) {
+void ScriptRunner::CheckPictureKinds(const FieldReader& fields) const {
     if (!fields.Has("file") && !fields.Has("keep"))
         fields.Fail("a picture needs a \"file\", or a name under which to \"keep\" it");
-    const bool isTurntable = fields.Has("frames");
-    if (isTurntable && fields.Has("keep"))
+    if (fields.Has("frames") && fields.Has("keep"))
         fields.At("keep").Fail("the frames of a turntable are written to files, not kept");
-    std::string file;
-    if (fields.Has("file")) {
-        file = OutputPath(fields.At("file"));
-        // A comparison is laid over an opaque ground.
-        const bool hasAlpha =
-            fields.FlagOr("transparent", false) && !fields.FlagOr("beforeAfter", false);
-        try {
-            CheckPicturePath(file, hasAlpha);
-        } catch (const HostError& error) {
-            fields.At("file").Fail(error.what());
-        }
+    if (!fields.Has("file")) return;
+    // A comparison is laid over an opaque ground.
+    const bool hasAlpha =
+        fields.FlagOr("transparent", false) && !fields.FlagOr("beforeAfter", false);
+    try {
+        CheckPicturePath(fields.At("file").Text(), hasAlpha);
+    } catch (const HostError& error) {
+        fields.At("file").Fail(error.what());
     }
+}
+
+void ScriptRunner::RunPicture(const FieldReader& fields) {
+    CheckPictureKinds(fields);
+    const bool isTurntable = fields.Has("frames");
+    std::string file;
+    if (fields.Has("file")) file = OutputPath(fields.At("file"));
     MakePictures(fields, fields.IntegerOr("frames", 1), [&](Picture picture, int index) {
         if (!file.empty()) {
             const std::string target = isTurntable ? FramePath(file, index + 1) : file;
             WritePicture(target, picture);
-            result.files.push_back(target);
+            NoteWritten(target);
         }
         if (fields.Has("keep")) kept[fields.At("keep").Text()] = std::move(picture);
     });
+}
+
+std::vector<const Picture*> ScriptRunner::KeptPictures(const FieldReader& names) const {
+    std::vector<const Picture*> pictures;
+    for (std::size_t i = 0; i < names.Size(); ++i) {
+        const auto found = kept.find(names.At(i).Text());
+        if (found == kept.end()) names.At(i).Fail("no picture was kept under this name");
+        const Picture& picture = found->second;
+        if (!pictures.empty() && (pictures.front()->width != picture.width ||
+                                  pictures.front()->height != picture.height))
+            names.At(i).Fail("the pictures of a sheet must have one size");
+        pictures.push_back(&picture);
+    }
+    return pictures;
 }
 
 void ScriptRunner::RunSheet(const FieldReader& fields) {
     std::vector<Picture> pictures;
     std::vector<std::string> captions;
     const FieldReader names = fields.At("pictures");
-    for (std::size_t i = 0; i < names.Size(); ++i) {
-        const auto found = kept.find(names.At(i).Text());
-        if (found == kept.end()) names.At(i).Fail("no picture was kept under this name");
-        if (!pictures.empty() && (pictures[0].width != found->second.width ||
-                                  pictures[0].height != found->second.height))
-            names.At(i).Fail("the pictures of a sheet must have one size");
-        pictures.push_back(found->second);
-        captions.push_back(found->first);
-    }
+    for (const Picture* picture : KeptPictures(names)) pictures.push_back(*picture);
+    for (std::size_t i = 0; i < names.Size(); ++i) captions.push_back(names.At(i).Text());
     const std::string file = OutputPath(fields.At("file"));
     WritePicture(file, PlaceInRows(pictures, fields.IntegerOr("columns", 5), gap, captions));
-    result.files.push_back(file);
+    NoteWritten(file);
 }
 
 }  // namespace trovik

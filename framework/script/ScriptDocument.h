@@ -1,18 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/json/JsonFault.h"
+
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <vector>
 
 namespace trovik {
 
-/// The JSON schema of stroke scripts, as docs/stroke-script.schema.json has it.
+/// The JSON schemas of stroke scripts and of recorded pen streams, as docs/ has them.
 const char* StrokeScriptSchema();
+const char* PenStreamSchema();
 
-/// Reads a stroke script and checks it against the schema.
+/// Reads a stroke script of at most 64 MiB and checks it against the schema; "-" is standard input.
+/// Comments are removed, so a step that holds only a comment becomes an empty object.
+/// \param faults  receives the faults that leave the text readable, at most 1000 of them besides
+/// repeated fields; if null, the first one is an error.
 /// \throw HostError of one line: file, place (line, or JSON pointer), reason.
-nlohmann::json ReadStrokeScript(const std::string& path);
+nlohmann::json ReadStrokeScript(const std::string& path, std::vector<JsonFault>* faults = nullptr);
 
 /// The same for a script in memory; `name` stands for the file in messages.
 nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);

@@ -6,21 +6,21 @@
 #include "framework/edits/Steps.h"
 #include "framework/edits/UndoPreferences.h"
 #include "framework/errors/HostError.h"
+#include "framework/errors/Suggestion.h"
 #include "framework/errors/WorkStopped.h"
+#include "framework/json/JsonText.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PreferenceFile.h"
+#include "framework/plugins/PluginLoader.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/ToolSettings.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace trovik {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string Listed(const std::vector<std::string>& names) {
     std::string list;
@@ -41,13 +41,16 @@ AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
 
 }  // namespace
 
-ScriptRunner::ScriptRunner(std::string scriptPath,
+ScriptRunner::ScriptRunner(const std::string& scriptPath,
                            std::string outputFolder,
                            ScriptProgress listener)
-    : path(std::move(scriptPath)), output(std::move(outputFolder)), progress(std::move(listener)) {}
+    : givenPath(scriptPath),
+      path(DocumentName(scriptPath)),
+      files(scriptPath, std::move(outputFolder)),
+      progress(std::move(listener)) {}
 
 ScriptResult ScriptRunner::Run() {
-    const nlohmann::json json = ReadStrokeScript(path);
+    const nlohmann::json json = ReadStrokeScript(givenPath);
     const FieldReader script(json, path, "");
     for (const auto& step : json.at("steps")) {
         const auto picture = step.find("picture");
@@ -65,6 +68,8 @@ ScriptResult ScriptRunner::Run() {
     if (lastCall == steps.Size()) FinishTrace();
     for (std::size_t i = 0; i < steps.Size(); ++i) {
         const FieldReader step = steps.At(i);
+        // It had only a comment.
+        if (step.Size() == 0) continue;
         if (progress.step) progress.step(i, steps.Size(), StepLabel(steps, i));
         try {
             StopIfAsked();
@@ -106,6 +111,31 @@ std::function<void()> ScriptRunner::DabProgress() const {
 }
 
 void ScriptRunner::SetUp(const FieldReader& script) {
+    PrepareProcess(script);
+    OpenSource(script);
+    StopIfAsked();
+    if (script.Has("undoBudget"))
+        session->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
+    if (script.Has("subdivideBudget"))
+        subdivideBudget = script.At("subdivideBudget").Json().get<uint64_t>();
+    if (script.Has("preferences")) RunPreferences(script.At("preferences"));
+    if (script.Has("transform")) RunTransform(script.At("transform"));
+    if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
+    session->Geometry().History().Clear();
+    SetView(script);
+    if (script.Has("mirror")) RunMirror(script.At("mirror"));
+    if (script.Has("seed")) session->Settings().seed = script.At("seed").Json().get<uint64_t>();
+    if (script.Has("renderers")) {
+        std::vector<float> factors;
+        const FieldReader numbers = script.At("renderers");
+        for (std::size_t i = 0; i < numbers.Size(); ++i) factors.push_back(numbers.At(i).Number());
+        session->SetRenderers(factors);
+    }
+    session->SetObserver(trace.get());
+    SelectFirstTool();
+}
+
+void ScriptRunner::PrepareProcess(const FieldReader& script) {
     if (script.Has("mesh") == script.Has("scene"))
         throw HostError(path + ": /: a script opens one of \"mesh\" and \"scene\"");
     if (script.Has("scene") && script.Has("levels"))
@@ -117,35 +147,34 @@ void ScriptRunner::SetUp(const FieldReader& script) {
     HostKernel::Instance().SetTestMode(script.FlagOr("testMode", false));
     if (script.Has("memoryLimit"))
         MemoryAccount::SetLimit(script.At("memoryLimit").Json().get<int64_t>());
+    if (preferencesFile.empty()) return;
+    // Values are checked against the preferences that are registered.
+    LoadPlugins();
+    LoadPreferences(preferencesFile);
+    if (!progress.message) return;
+    for (const auto& [key, ignored] : UnclaimedPreferences())
+        progress.message(FaultMessage(
+            preferencesFile,
+            {FieldPointer("", key), "unknown preference" + Suggestion(key, PreferenceKeys())}));
+}
+
+void ScriptRunner::OpenSource(const FieldReader& script) {
     if (script.Has("scene"))
         OpenScene(script);
     else
         OpenMesh(script);
-    StopIfAsked();
-    if (script.Has("undoBudget"))
-        session->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
-    if (script.Has("subdivideBudget"))
-        subdivideBudget = script.At("subdivideBudget").Json().get<uint64_t>();
-    if (script.Has("preferences")) RunPreferences(script.At("preferences"));
-    if (script.Has("transform")) RunTransform(script.At("transform"));
-    if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
-    session->Geometry().History().Clear();
-    if (script.Has("camera") || !script.Has("scene")) {
-        session->View() =
-            ReadView(script.Has("camera") ? script.At("camera")
-                                          : FieldReader(nlohmann::json::object(), path, "/camera"),
-                     session->View());
-        session->UpdateCamera();
-    }
-    if (script.Has("mirror")) RunMirror(script.At("mirror"));
-    if (script.Has("seed")) session->Settings().seed = script.At("seed").Json().get<uint64_t>();
-    if (script.Has("renderers")) {
-        std::vector<float> factors;
-        const FieldReader numbers = script.At("renderers");
-        for (std::size_t i = 0; i < numbers.Size(); ++i) factors.push_back(numbers.At(i).Number());
-        session->SetRenderers(factors);
-    }
-    session->SetObserver(trace.get());
+}
+
+void ScriptRunner::SetView(const FieldReader& script) {
+    if (!script.Has("camera") && script.Has("scene")) return;
+    session->View() =
+        ReadView(script.Has("camera") ? script.At("camera")
+                                      : FieldReader(nlohmann::json::object(), path, "/camera"),
+                 session->View());
+    session->UpdateCamera();
+}
+
+void ScriptRunner::SelectFirstTool() {
     // A scene comes with its tool; choosing it again changes nothing. Where the freeze brush is at
     // work, the other one has its tool, too.
     const bool isFreezing = session->IsFreezing();
@@ -156,17 +185,17 @@ void ScriptRunner::SetUp(const FieldReader& script) {
 }
 
 void ScriptRunner::OpenMesh(const FieldReader& script) {
-    const fs::path mesh = fs::path(path).parent_path() / script.At("mesh").Text();
-    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh.string());
-    session = std::make_unique<SculptSession>(mesh.string(), ImportSpace(script));
-    ReportNotes(mesh.string(), session->Notes());
+    const std::string mesh = InputPath(script.At("mesh"));
+    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh);
+    session = std::make_unique<SculptSession>(mesh, ImportSpace(script));
+    ReportNotes(mesh, session->Notes());
 }
 
 void ScriptRunner::OpenScene(const FieldReader& script) {
-    const fs::path scene = fs::path(path).parent_path() / script.At("scene").Text();
-    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + scene.string());
-    session = SculptSession::OpenScene(scene.string());
-    ReportNotes(scene.string(), session->Notes());
+    const std::string scene = InputPath(script.At("scene"));
+    if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + scene);
+    session = SculptSession::OpenScene(scene);
+    ReportNotes(scene, session->Notes());
 }
 
 void ScriptRunner::ReportNotes(const std::string& file,
@@ -175,11 +204,15 @@ void ScriptRunner::ReportNotes(const std::string& file,
     for (const std::string& note : notes) progress.message(file + ": " + note);
 }
 
-void ScriptRunner::RunSave(const FieldReader& file) {
+std::string ScriptRunner::ScenePath(const FieldReader& file) {
     if (!IsScenePath(file.Text())) file.Fail("a scene file's name ends in .trovik");
-    const std::string target = OutputPath(file);
+    return OutputPath(file);
+}
+
+void ScriptRunner::RunSave(const FieldReader& file) {
+    const std::string target = ScenePath(file);
     Save(target);
-    result.files.push_back(target);
+    NoteWritten(target);
 }
 
 void ScriptRunner::RunStep(const FieldReader& step) {
@@ -211,8 +244,6 @@ void ScriptRunner::RunStep(const FieldReader& step) {
                                      {"displace", &ScriptRunner::RunDisplace},
                                      {"save", &ScriptRunner::RunSave},
                                      {"reset", &ScriptRunner::RunReset}};
-    if (step.Size() == 2 && !(step.Has("tool") && step.Has("set")))
-        step.Fail("a step is one thing; only \"tool\" takes \"set\" beside it");
     stepWarnings.clear();
     for (const Verb& verb : verbs) {
         if (!step.Has(verb.name)) continue;
@@ -223,8 +254,8 @@ void ScriptRunner::RunStep(const FieldReader& step) {
 
 void ScriptRunner::RunTool(const FieldReader& name) {
     if (!session->SelectTool(name.Text()))
-        name.Fail("unknown tool \"" + name.Text() + "\"; there are " +
-                  Listed(session->ToolNames()));
+        name.Fail("unknown tool \"" + name.Text() + "\"" +
+                  Suggestion(name.Text(), session->ToolNames()));
 }
 
 void ScriptRunner::RunSettings(const FieldReader& settings) {
@@ -345,9 +376,9 @@ void ScriptRunner::RunPreferences(const FieldReader& preferences) {
         Attribute* attribute = FindPreference(key);
         const FieldReader field = preferences.At(key.c_str());
         if (attribute == nullptr)
-            field.Fail("unknown preference; there are " + Listed(PreferenceKeys()));
+            field.Fail("unknown preference" + Suggestion(key, PreferenceKeys()));
         else if (!attribute->SetFromString(QString::fromStdString(value.dump())))
-            field.Fail("a value of another kind is needed");
+            field.Fail(WrongPreference(*attribute, value.dump()));
     }
     session->ApplyUndoSettings();
 }
@@ -360,11 +391,24 @@ void ScriptRunner::RunReset(const FieldReader& flag) {
 }
 
 std::string ScriptRunner::OutputPath(const FieldReader& file) {
-    const fs::path target = fs::path(output) / file.Text();
-    std::error_code failed;
-    if (target.has_parent_path()) fs::create_directories(target.parent_path(), failed);
-    if (failed) file.Fail("cannot make the folder: " + failed.message());
-    return target.lexically_normal().string();
+    try {
+        return isChecking ? files.Target(file.Text()) : files.MakeTarget(file.Text());
+    } catch (const HostError& refused) {
+        file.Fail(refused.what());
+    }
+}
+
+std::string ScriptRunner::InputPath(const FieldReader& file) const {
+    try {
+        return files.Find(file.Text());
+    } catch (const HostError& missing) {
+        file.Fail(missing.what());
+    }
+}
+
+void ScriptRunner::NoteWritten(const std::string& file) {
+    result.files.push_back(file);
+    files.NoteWritten(file);
 }
 
 }  // namespace trovik

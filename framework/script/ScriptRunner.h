@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/baking/MapFile.h"
 #include "framework/brushes/PathShape.h"
 #include "framework/files/MeshSource.h"
 #include "framework/freeze/FreezeInView.h"
 #include "framework/script/FieldReader.h"
+#include "framework/script/ScriptFiles.h"
 #include "framework/script/SculptSession.h"
 #include "framework/script/SessionJournal.h"
 #include "framework/trace/TraceRecorder.h"
@@ -61,13 +63,19 @@ struct ScriptResult {
     std::vector<StepReport> steps;
 };
 
-/// Runs a stroke script: its meaning is told in docs/stroke-script.md. Paths of meshes and stamps
-/// are relative to the script, output files to the output folder.
+/// Runs a stroke script: its meaning is told in docs/stroke-script.md. Where files are looked for
+/// and where they are written is described at ScriptFiles.
 /// \throw HostError of one line: file, JSON pointer, reason. \throw WorkStopped when it was asked
 /// to stop. Files written before stay.
 class TROVIK_API ScriptRunner {
 public:
-    ScriptRunner(std::string scriptPath, std::string outputFolder, ScriptProgress progress);
+    /// \param scriptPath  "-" for standard input.
+    ScriptRunner(const std::string& scriptPath, std::string outputFolder, ScriptProgress progress);
+    /// Allows the script to write outside of the output folder. Off by default.
+    void AllowOutside(bool allowed) { files.AllowOutside(allowed); }
+    /// Preferences to load before the work starts; those of the script take precedence. Without a
+    /// file all preferences have their defaults, or what the process has set.
+    void SetPreferencesFile(const std::string& file) { preferencesFile = file; }
     /// Writes a trace of the run; see docs/trace.md. To be called before Run.
     void SetTrace(const TraceOptions& options) { traceOptions = options; }
     /// Keeps a journal of the run; see docs/journal.md. To be called before Run or Open.
@@ -75,6 +83,11 @@ public:
     /// Makes warnings errors of their steps: Run throws instead of going on.
     void SetStrict(bool on) { strict = on; }
     ScriptResult Run();
+    /// Checks the script, the files that it reads and its settings, instead of Run. Opens the mesh
+    /// or scene, makes no strokes and writes nothing. Not found are errors that depend on what
+    /// earlier steps made of the surface, such as numbers of faces and levels and names of layers.
+    /// \return all errors found, each as one line; empty if there are none.
+    std::vector<std::string> Check();
 
     /// For programs that give steps one by one, in place of Run. Sets up as a script does;
     /// \param setup  a script that ParseStrokeScript returned; its steps are passed over.
@@ -94,8 +107,25 @@ private:
     using StepFunction = void (ScriptRunner::*)(const FieldReader&);
 
     void SetUp(const FieldReader& script);
+    /// Before the mesh or scene is opened.
+    void PrepareProcess(const FieldReader& script);
+    void OpenSource(const FieldReader& script);
     void OpenMesh(const FieldReader& script);
     void OpenScene(const FieldReader& script);
+    void SelectFirstTool();
+    void SetView(const FieldReader& script);
+    void CheckSetUp(const FieldReader& script, std::vector<std::string>& faults);
+    void CheckStep(const FieldReader& step, std::vector<std::string>& faults);
+    void CheckSettings(const FieldReader& settings, std::vector<std::string>& faults);
+    void CheckStroke(const FieldReader& stroke);
+    void CheckPath(const FieldReader& stroke) const;
+    void CheckFreeze(const FieldReader& freeze);
+    void CheckPicture(const FieldReader& picture);
+    void CheckSheet(const FieldReader& sheet);
+    void CheckExport(const FieldReader& options);
+    void CheckBake(const FieldReader& bake);
+    void CheckDisplace(const FieldReader& displace);
+    void CheckSave(const FieldReader& file);
     void RunStep(const FieldReader& step);
     void StartTrace();
     void FinishTrace();
@@ -114,6 +144,9 @@ private:
     WriteProgress FileProgress() const;
     std::function<void()> DabProgress() const;
     void CheckOpenStroke(const FieldReader& step) const;
+    /// What a stroke step must and must not have.
+    void CheckStrokeKinds(const FieldReader& stroke) const;
+    bool IsStrokeOpen() const;
     void RunTool(const FieldReader& name);
     void RunSettings(const FieldReader& settings);
     void RunStroke(const FieldReader& stroke);
@@ -179,12 +212,31 @@ private:
     void Subdivide(const FieldReader& where, int count);
     /// What the script says that the mesh file's numbers mean.
     MeshSpace ImportSpace(const FieldReader& script) const;
+    /// The file that a field names, which must exist.
+    std::string InputPath(const FieldReader& file) const;
+    /// \throw HostError for a file that cannot be written so.
+    MeshSpace ExportSpace(const FieldReader& options, const std::string& file) const;
+    MapFileOptions MapFileOf(const FieldReader& bake);
+    FloatImage ReadImage(const FieldReader& name) const;
+    std::string ScenePath(const FieldReader& file);
+    void CheckPictureKinds(const FieldReader& picture) const;
+    /// The pictures that were kept under these names.
+    std::vector<const Picture*> KeptPictures(const FieldReader& names) const;
     std::string OutputPath(const FieldReader& file);
+    /// A file is complete.
+    void NoteWritten(const std::string& file);
     void KeepBefore();
 
+    /// As given.
+    std::string givenPath;
+    /// Name of the script in messages.
     std::string path;
-    std::string output;
+    ScriptFiles files;
     ScriptProgress progress;
+    std::string preferencesFile;
+    /// What Check knows of the strokes that it does not make.
+    bool isChecking = false;
+    bool leavesStrokeOpen = false;
     TraceOptions traceOptions;
     /// Outlives the session, whose brush it hears.
     std::unique_ptr<TraceRecorder> trace;
@@ -196,8 +248,6 @@ private:
     /// Bytes that the levels of one step may take together.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
     std::map<std::string, Picture> kept;
-    /// Maps that were baked, as the script named them in the output folder.
-    std::vector<std::string> baked;
     /// The surface before the first stroke, for pictures of before and after.
     std::vector<Vector> positionsBefore;
     std::vector<PackedNormal> normalsBefore;

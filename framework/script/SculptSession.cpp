@@ -42,8 +42,14 @@ std::unique_ptr<BrushOperation> MakeBrush() {
 }  // namespace
 
 SculptSession::SculptSession(const std::string& meshPath, const MeshSpace& given)
-    : path(meshPath), loaded(ReadMeshFile(meshPath)) {
-    loaded.attributes.space = Overlaid(loaded.attributes.space, given);
+    : SculptSession(meshPath, [&] {
+          PolygonMesh polygons = ReadMeshFile(meshPath);
+          polygons.attributes.space = Overlaid(polygons.attributes.space, given);
+          return polygons;
+      }()) {}
+
+SculptSession::SculptSession(const std::string& name, PolygonMesh polygons)
+    : path(name), loaded(std::move(polygons)) {
     notes = loaded.notes;
     HostKernel::Instance();
     MakeOrientedManifold(loaded);

@@ -32,6 +32,8 @@ public:
     /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.
     /// \param given  what the file's numbers mean, before what the file itself says.
     explicit SculptSession(const std::string& meshPath, const MeshSpace& given = {});
+    /// The same for polygons that are no file. \param name  stands for the file in messages.
+    SculptSession(const std::string& name, PolygonMesh polygons);
     /// Opens a scene file and goes on where it was saved; see SaveScene for what it holds.
     static std::unique_ptr<SculptSession> OpenScene(const std::string& scenePath);
     ~SculptSession();

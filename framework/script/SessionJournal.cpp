@@ -45,8 +45,11 @@ std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
 
 JournalBase SessionJournal::MakeBase(SculptSession& session,
                                      const nlohmann::json& setup,
-                                     const std::string& script) {
+                                     const std::string& script,
+                                     const ScriptFiles& files) {
     JournalBase base;
+    base.output = Absolute(files.OutputFolder());
+    base.outsideAllowed = files.IsOutsideAllowed();
     base.program = ProgramName();
     base.script = Absolute(script);
     base.source = Absolute(session.MeshPath());
@@ -61,11 +64,13 @@ JournalBase SessionJournal::MakeBase(SculptSession& session,
 SessionJournal::SessionJournal(const JournalOptions& options,
                                SculptSession& sculptSession,
                                const nlohmann::json& scriptSetup,
-                               const std::string& scriptPath)
+                               const std::string& scriptPath,
+                               const ScriptFiles& scriptFiles)
     : session(sculptSession),
       setup(scriptSetup),
       script(scriptPath),
-      journal(options, MakeBase(sculptSession, scriptSetup, scriptPath)) {
+      files(scriptFiles),
+      journal(options, MakeBase(sculptSession, scriptSetup, scriptPath, scriptFiles)) {
     session.SetInputListener(this);
     MarkHistory();
 }
@@ -83,13 +88,30 @@ void SessionJournal::BeginStep(const nlohmann::json& step) {
     historyBefore = session.Geometry().History().Position();
     // All but what a stroke may hold is small.
     stepAtHand = step.contains("stroke") ? nlohmann::json::object() : step;
-    // A recorded stream of a pen, and a picture to freeze by.
+    // Whole paths, since a name alone can mean another file when the work is done again: what this
+    // run has written need not be there then.
+    nlohmann::json whole;
     using Pointer = nlohmann::json::json_pointer;
-    for (const Pointer& place : {Pointer("/stroke/pen"), Pointer("/freeze/image/file")}) {
-        if (!step.contains(place) || !step.at(place).is_string()) continue;
-        NoteFile((fs::path(script).parent_path() / step.at(place).get<std::string>()).string());
+    for (const char* place :
+         {"/stroke/pen", "/freeze/image/file", "/displace/file", "/set/stamp", "/set/stamp/path"}) {
+        const Pointer pointer(place);
+        if (!step.contains(pointer) || !step.at(pointer).is_string()) continue;
+        const auto name = step.at(pointer).get<std::string>();
+        const std::vector<std::string> candidates = files.Candidates(name);
+        const auto found =
+            std::find_if(candidates.begin(), candidates.end(), [](const std::string& file) {
+                std::error_code ignored;
+                return fs::exists(file, ignored);
+            });
+        // A file that is missing fails the step, unless it is one of the installed stamps.
+        if (found == candidates.end()) continue;
+        // A map that this run has baked is baked again. Stamps are noted when a stroke uses them.
+        const bool isBakedAgain = step.contains("displace") && files.IsWritten(name);
+        if (!isBakedAgain && !step.contains("set")) NoteFile(*found);
+        if (whole.is_null()) whole = step;
+        whole.at(pointer) = Absolute(*found);
     }
-    journal.BeginStep(step);
+    journal.BeginStep(whole.is_null() ? step : whole);
 }
 
 StepEnd SessionJournal::Ended(bool failed) const {
@@ -127,7 +149,14 @@ JournalBase SessionJournal::BaseFrom(const JournalFile& scene) {
     reduced["scene"] = scene.path;
     reduced["preferences"] = PresentPreferences();
     setup = reduced;
-    return {Absolute(script), setup, scene.path, scene.content, ProgramName(), {}};
+    return {Absolute(script),
+            setup,
+            scene.path,
+            scene.content,
+            ProgramName(),
+            {},
+            Absolute(files.OutputFolder()),
+            files.IsOutsideAllowed()};
 }
 
 void SessionJournal::StartedAnew() {

@@ -3,6 +3,7 @@
 
 #include "framework/brushes/StrokeInputListener.h"
 #include "framework/journal/Journal.h"
+#include "framework/script/ScriptFiles.h"
 #include "framework/script/SculptSession.h"
 
 #include <string>
@@ -16,10 +17,12 @@ public:
     /// Starts the journal and listens to the session, whose history must be empty. Borrows it.
     /// \param setup  a stroke script without steps, by which the session came to be as it is.
     /// \param script  where paths of the setup and of steps are relative to, as ScriptRunner.
+    /// \param files  finds the files that steps name; borrowed.
     SessionJournal(const JournalOptions& options,
                    SculptSession& session,
                    const nlohmann::json& setup,
-                   const std::string& script);
+                   const std::string& script,
+                   const ScriptFiles& files);
     ~SessionJournal();
     SessionJournal(const SessionJournal&) = delete;
     SessionJournal& operator=(const SessionJournal&) = delete;
@@ -45,7 +48,8 @@ private:
 
     static JournalBase MakeBase(SculptSession& session,
                                 const nlohmann::json& setup,
-                                const std::string& script);
+                                const std::string& script,
+                                const ScriptFiles& files);
     void NoteStamp();
     void NoteFile(const std::string& path);
     StepEnd Ended(bool failed) const;
@@ -60,6 +64,7 @@ private:
     SculptSession& session;
     nlohmann::json setup;
     std::string script;
+    const ScriptFiles& files;
     Journal journal;
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;

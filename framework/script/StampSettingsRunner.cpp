@@ -20,17 +20,20 @@ namespace fs = std::filesystem;
 // The whole path, so that the stamp stays the same wherever the program is started.
 std::string ScriptRunner::StampPath(const FieldReader& name) const {
     const fs::path given(name.Text());
-    std::error_code failed;
-    const fs::path beside = fs::absolute(fs::path(path).parent_path() / given, failed);
-    if (!failed) {
-        if (const auto file = FindStampFile(beside.string())) return *file;
+    for (const std::string& candidate : files.Candidates(name.Text())) {
+        std::error_code failed;
+        const fs::path whole = fs::absolute(candidate, failed);
+        if (failed) continue;
+        if (const auto file = FindStampFile(whole.string())) return *file;
     }
     if (!given.has_parent_path()) {
         if (const auto file = FindStampFile(given.string())) return fs::absolute(*file).string();
         name.Fail("there is no stamp \"" + given.string() +
-                  "\", neither beside the script nor among the installed ones");
+                  "\", neither next to the script, nor in the output folder, nor among the "
+                  "installed ones");
     }
-    name.Fail("there is no file " + beside.lexically_normal().string());
+    name.Fail("there is no file " + given.string() +
+              " in the script's folder or the output folder");
 }
 
 void ScriptRunner::SetStamp(const FieldReader& stamp) {

@@ -53,8 +53,11 @@ std::vector<PathSample> ScriptRunner::Samples(const FieldReader& list,
     return samples;
 }
 
-void ScriptRunner::RunStroke(const FieldReader& stroke) {
-    StrokeLoop& loop = session->Loop();
+bool ScriptRunner::IsStrokeOpen() const {
+    return isChecking ? leavesStrokeOpen : session->Loop().IsActive();
+}
+
+void ScriptRunner::CheckStrokeKinds(const FieldReader& stroke) const {
     const bool staysOpen = stroke.FlagOr("open", false);
     const bool goesOn = stroke.FlagOr("continue", false);
     const int kinds =
@@ -65,13 +68,22 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
         stroke.Fail(
             "a stroke needs one of \"dabs\", \"surface\", \"pointer\", \"pen\", \"wholeMesh\"");
     }
-    if (goesOn && !loop.IsActive()) stroke.At("continue").Fail("no stroke is open");
+    if (goesOn && !IsStrokeOpen()) stroke.At("continue").Fail("no stroke is open");
     for (const char* name : {"modifier", "seed"}) {
         if (!goesOn || !stroke.Has(name)) continue;
         stroke.At(name).Fail(std::string("the ") + name + " of a stroke is told where it begins");
     }
-    if (!goesOn && loop.IsActive())
+    if (!goesOn && IsStrokeOpen())
         stroke.Fail("a stroke is open; go on with it by \"continue\", or end it so first");
+    const bool hasPath = !stroke.Has("dabs") && !stroke.Has("wholeMesh");
+    if (!hasPath && stroke.Has("path")) stroke.At("path").Fail("this stroke has no path");
+}
+
+void ScriptRunner::RunStroke(const FieldReader& stroke) {
+    CheckStrokeKinds(stroke);
+    StrokeLoop& loop = session->Loop();
+    const bool staysOpen = stroke.FlagOr("open", false);
+    const bool goesOn = stroke.FlagOr("continue", false);
     KeepBefore();
     const StrokeTotals before = session->Totals();
     if (!goesOn) {
@@ -94,7 +106,7 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
 }
 
 void ScriptRunner::CheckOpenStroke(const FieldReader& step) const {
-    if (!session->Loop().IsActive()) return;
+    if (!IsStrokeOpen()) return;
     for (const char* name : notInStroke) {
         if (!step.Has(name)) continue;
         step.At(name).Fail(
@@ -103,8 +115,6 @@ void ScriptRunner::CheckOpenStroke(const FieldReader& step) const {
 }
 
 void ScriptRunner::LayDabs(const FieldReader& stroke) {
-    const bool hasPath = !stroke.Has("dabs") && !stroke.Has("wholeMesh");
-    if (!hasPath && stroke.Has("path")) stroke.At("path").Fail("this stroke has no path");
     if (stroke.Has("dabs")) {
         StrokeDabs(stroke.At("dabs"));
         return;

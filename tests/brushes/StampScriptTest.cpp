@@ -200,9 +200,8 @@ TEST_F(StampScript, MistakesAreNamedWithTheirPlace) {
     };
     EXPECT_THAT(ErrorOf(set(R"("none.tif")")),
                 HasSubstr("/steps/0/set/stamp: there is no stamp \"none.tif\""));
-    EXPECT_THAT(
-        ErrorOf(set(R"({"path": "some/none.tif"})")),
-        HasSubstr("/steps/0/set/stamp/path: there is no file " + folder.Path("some/none.tif")));
+    EXPECT_THAT(ErrorOf(set(R"({"path": "some/none.tif"})")),
+                HasSubstr("/steps/0/set/stamp/path: there is no file some/none.tif"));
     folder.Fill("bad.tif", "no image");
     EXPECT_THAT(ErrorOf(set(R"({"path": "bad.tif"})")),
                 testing::AllOf(HasSubstr("/steps/0/set/stamp/path: cannot read image"),

@@ -68,7 +68,7 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"set": {"radius": -1}}]})",
                       "/steps/0/set/radius");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"set": {"radius": 1e200}}]})",
-                      "/steps/0/set/radius: the number is not finite");
+                      "/steps/0/set/radius: expected a number greater than 0");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"set": {"radius": 1e999}}]})",
                       "not valid JSON");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"stroke": {"dabs": [{"face": 6}]}}]})",
@@ -399,7 +399,7 @@ TEST_F(Command, WhatCannotBeBakedIsOneLine) {
                           {"bake": {"file": "d.png", "bits": "float"}}]})",
                       "/steps/0/bake: d.png: a .png holds 16 bits and no floats");
     ExpectScriptError(R"({"mesh": "sheet.obj", "steps": [{"displace": {"file": "none.exr"}}]})",
-                      "/steps/0/displace: cannot read none.exr");
+                      "/steps/0/displace/file: there is no file none.exr");
     ExpectScriptError(R"({"mesh": "sheet.obj", "steps": [{"stroke": {"open": true}},
                           {"displace": {"file": "none.exr"}}]})",
                       "/steps/1/displace: a stroke is open");

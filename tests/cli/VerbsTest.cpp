@@ -13,8 +13,17 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr const char* verbs[] = {
-    "sculpt", "info", "render", "convert", "bake", "tools", "recover", "history", "completion"};
+constexpr const char* verbs[] = {"sculpt",
+                                 "info",
+                                 "render",
+                                 "convert",
+                                 "bake",
+                                 "tools",
+                                 "recover",
+                                 "history",
+                                 "preferences",
+                                 "completion",
+                                 "help"};
 
 class Verbs : public Command {};
 
@@ -31,6 +40,22 @@ TEST_F(Verbs, AllHaveExamplesAndTellTheExitStatus) {
     }
 }
 
+TEST_F(Verbs, HelpExplainsACommandOrAll) {
+    EXPECT_EQ(Run("help").out, Run("--help").out);
+    for (const char* verb : verbs) {
+        const Outcome help = Run(std::string("help ") + verb);
+        EXPECT_EQ(help.status, 0);
+        EXPECT_EQ(help.error, "");
+        EXPECT_EQ(help.out, Run(std::string(verb) + " --help").out) << verb;
+    }
+    const Outcome unknown = Run("help sclupt");
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(unknown.error,
+              "trovik: there is no command \"sclupt\"; did you mean \"sculpt\"?; trovik help "
+              "--help tells what there is\n");
+    EXPECT_EQ(Run("help info more").status, 2);
+}
+
 TEST_F(Verbs, AreInTheManPage) {
     const std::string page = ReadAll(fs::path(SourceFolder()) / "docs/man/trovik.1");
     for (const char* verb : verbs) EXPECT_THAT(page, HasSubstr(std::string(".B ") + verb)) << verb;
@@ -40,6 +65,8 @@ TEST_F(Verbs, WrongUseIsOneLineAndStatus2) {
     for (const auto& [arguments, reason] :
          std::initializer_list<std::pair<const char*, const char*>>{
              {"", "a command is needed; trovik --help tells what there is"},
+             {"converrt",
+              "there is no command \"converrt\"; did you mean \"convert\"?; trovik --help"},
              {"carve", "there is no command \"carve\"; trovik --help tells what there is"},
              {"sculpt", "trovik sculpt --help tells what there is"},
              {"sculpt s.json --loud", "trovik sculpt --help tells what there is"}}) {

@@ -252,7 +252,9 @@ TEST_F(FreezeScript, LevelsTakeFreezingAlongAndScenesKeepWhatWaits) {
 }
 
 TEST_F(FreezeScript, RefusesWhatItCannotDo) {
-    EXPECT_THAT(ErrorOf(R"({"freeze": "most"})"), HasSubstr("unknown word \"most\""));
+    EXPECT_THAT(
+        ErrorOf(R"({"freeze": "most"})"),
+        HasSubstr("/steps/0/freeze: expected one of \"clear\", \"all\", \"invert\", got \"most\""));
     EXPECT_THAT(ErrorOf(R"({"freeze": {"amount": 1}})"), HasSubstr("/steps/0/freeze: needs"));
     EXPECT_THAT(ErrorOf(R"({"freeze": {"center": [0, 0, 0]}})"),
                 HasSubstr("/steps/0/freeze: needs"));

@@ -129,19 +129,39 @@ TEST_F(PreferenceTest, AKeyRegisteredLaterTakesItsStoredValue) {
 
 TEST_F(PreferenceTest, AnErrorNamesFileAndReasonAndChangesNothing) {
     const std::string missing = folder.Path("missing");
-    EXPECT_THAT(ReasonOf(missing), HasSubstr(missing + ": cannot open"));
+    EXPECT_THAT(ReasonOf(missing), HasSubstr(missing + ": cannot read"));
     const std::string broken = folder.Fill("broken", R"({"test flag": )");
-    EXPECT_THAT(ReasonOf(broken), HasSubstr(broken + ": byte "));
+    EXPECT_THAT(ReasonOf(broken), HasSubstr(broken + ": line 1, column 15: not valid JSON"));
     const std::string list = folder.Fill("list", "[1]");
-    EXPECT_EQ(ReasonOf(list), list + ": not a JSON object of preferences");
+    EXPECT_EQ(ReasonOf(list), list + ": /: expected an object, got an array of 1 item");
     const std::string nested = folder.Fill("nested", R"({"test flag": {}})");
     EXPECT_EQ(ReasonOf(nested),
-              nested + ": test flag: the value is no text, number or truth value");
+              nested +
+                  ": /test flag: expected a string, a number or true or false, got an empty "
+                  "object");
     const std::string wrong =
         folder.Fill("wrong", R"({"a": "1", "test factor": "3", "test flag": "maybe"})");
-    EXPECT_EQ(ReasonOf(wrong), wrong + ": test flag: \"maybe\" is no value of this preference");
+    EXPECT_EQ(ReasonOf(wrong), wrong + ": /test flag: expected true or false, got \"maybe\"");
+    const std::string twice = folder.Fill("twice", R"({"test factor": 1, "test factor": 2})");
+    EXPECT_EQ(ReasonOf(twice), twice + ": /test factor: the field is given more than once");
     EXPECT_EQ(static_cast<float>(factor), 1.0f);
     EXPECT_TRUE(UnclaimedPreferences().empty());
+}
+
+TEST_F(PreferenceTest, TheFileOfTheUserFollowsTheEnvironment) {
+    const char* home = std::getenv("HOME");
+    const std::string before = home == nullptr ? "" : home;
+    setenv("HOME", "/home/someone", 1);
+    unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(UserPreferencesPath(), "/home/someone/.config/trovik/preferences.json");
+    setenv("XDG_CONFIG_HOME", "relative", 1);
+    EXPECT_EQ(UserPreferencesPath(), "/home/someone/.config/trovik/preferences.json");
+    setenv("XDG_CONFIG_HOME", "/etc/me", 1);
+    EXPECT_EQ(UserPreferencesPath(), "/etc/me/trovik/preferences.json");
+    unsetenv("XDG_CONFIG_HOME");
+    unsetenv("HOME");
+    EXPECT_EQ(UserPreferencesPath(), "");
+    if (home != nullptr) setenv("HOME", before.c_str(), 1);
 }
 
 TEST_F(PreferenceTest, SavingIntoNoFolderIsAnError) {

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/json/JsonFault.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstddef>
+#include <limits>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// A schema or a part of one, with its references resolved.
+struct JsonRule {
+    static constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
+
+    /// Names as a schema has them; empty: any.
+    std::vector<std::string> types;
+    /// The only values; empty: any.
+    std::vector<nlohmann::json> values;
+    std::optional<double> minimum, maximum, above, below;
+    std::size_t minLength = 0;
+    const JsonRule* items = nullptr;
+    std::size_t minItems = 0, maxItems = unlimited;
+    std::map<std::string, const JsonRule*> fields;
+    std::vector<std::string> required;
+    std::size_t maxFields = unlimited;
+    bool takesOtherFields = true;
+    /// For fields that `fields` does not name; null: anything.
+    const JsonRule* otherFields = nullptr;
+    std::string entryName = "field";
+    std::vector<const JsonRule*> anyOf, oneOf;
+};
+
+/// Appends the faults of a value until there are `maxFaults`.
+void CheckValue(const JsonRule& rule,
+                const nlohmann::json& value,
+                const std::string& pointer,
+                std::size_t maxFaults,
+                std::vector<JsonFault>& faults);
+
+/// Whether the value is of one of the rule's types.
+bool FitsType(const JsonRule& rule, const nlohmann::json& value);
+
+}  // namespace trovik

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/json/JsonFault.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+struct JsonRule;
+
+/// A JSON schema (draft 7) that reports faults in words for the author of a document.
+///
+/// Known keywords: type, enum, properties, required, additionalProperties, maxProperties, items
+/// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,
+/// exclusiveMaximum, anyOf, oneOf, $ref to "#/definitions/…", and the annotations $schema, title
+/// and description. Beyond draft 7, "entryName" is the noun for fields of an object in messages
+/// about unknown ones, such as "setting". "integer" admits numbers written without fraction and
+/// exponent.
+///
+/// Messages have the form "expected WHAT THE SCHEMA ACCEPTS, got THE VALUE". Constant after
+/// construction; may be used by several threads.
+class TROVIK_API JsonSchema {
+public:
+    /// \param text  of the schema. \throw std::logic_error for a keyword that is not known, and
+    /// nlohmann::json::exception for text that is not a schema: defects of the program.
+    explicit JsonSchema(const std::string& text);
+    ~JsonSchema();
+    JsonSchema(const JsonSchema&) = delete;
+    JsonSchema& operator=(const JsonSchema&) = delete;
+
+    /// \return the faults of a document, outer ones and fields in the order of their names first;
+    /// empty if it is valid. Cost: one look at each value.
+    std::vector<JsonFault> Check(
+        const nlohmann::json& document,
+        std::size_t maxFaults = std::numeric_limits<std::size_t>::max()) const;
+
+private:
+    class Compiler;
+
+    std::vector<std::unique_ptr<JsonRule>> rules;
+    const JsonRule* root = nullptr;
+};
+
+/// Parses a document, checks it and removes its comments.
+/// \param faults  receives all faults that leave the document readable; if null, the first one is
+/// an error. \throw HostError naming `name`.
+TROVIK_API nlohmann::json ParseAgainst(const JsonSchema& schema,
+                                       const std::string& text,
+                                       const std::string& name,
+                                       std::vector<JsonFault>* faults = nullptr);
+
+}  // namespace trovik

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/ScriptFiles.h"
+
+#include "framework/errors/HostError.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The part of a file name that stands for the number of a tile.
+constexpr const char* tileMark = "<UDIM>";
+
+bool StartsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
+
+/// Whether a file name is `pattern` with a number in place of the mark; the number may be any text.
+bool IsTile(const std::string& fileName, const std::string& pattern) {
+    const std::size_t mark = pattern.find(tileMark);
+    if (mark == std::string::npos) return false;
+    const std::string end = pattern.substr(mark + std::string(tileMark).size());
+    return fileName.size() >= mark + end.size() && StartsWith(fileName, pattern.substr(0, mark)) &&
+           fileName.compare(fileName.size() - end.size(), end.size(), end) == 0;
+}
+
+bool Exists(const std::string& path) {
+    std::error_code ignored;
+    const fs::path given(path);
+    const std::string name = given.filename().string();
+    if (name.find(tileMark) == std::string::npos) return fs::exists(given, ignored);
+    const fs::path parent = given.has_parent_path() ? given.parent_path() : fs::path(".");
+    for (const auto& entry : fs::directory_iterator(parent, ignored))
+        if (IsTile(entry.path().filename().string(), name)) return true;
+    return false;
+}
+
+/// Whether `path` is `folder` or lies in it; both canonical.
+bool IsWithin(const fs::path& folder, const fs::path& path) {
+    const auto [end, ignored] =
+        std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
+    return end == folder.end();
+}
+
+[[noreturn]] void RefuseOutside(const std::string& name, const std::string& why) {
+    throw HostError("\"" + name + "\" " + why + " the output folder; --allow-outside permits that");
+}
+
+/// The path with all symbolic links resolved, as far as it exists.
+fs::path Canonical(const fs::path& path) {
+    std::error_code failed;
+    fs::path resolved = fs::weakly_canonical(path, failed);
+    if (failed) throw HostError("cannot resolve " + path.string() + ": " + failed.message());
+    // A trailing separator of a folder would be one more element.
+    return resolved.has_filename() ? resolved : resolved.parent_path();
+}
+
+}  // namespace
+
+ScriptFiles::ScriptFiles(const std::string& script, std::string outputFolder)
+    : folder(fs::path(script).parent_path().string()), output(std::move(outputFolder)) {}
+
+std::string ScriptFiles::PathInOutput(const std::string& name) const {
+    return (fs::path(output) / name).lexically_normal().string();
+}
+
+bool ScriptFiles::IsWritten(const std::string& name) const {
+    return std::find(written.begin(), written.end(), PathInOutput(name)) != written.end();
+}
+
+std::vector<std::string> ScriptFiles::Candidates(const std::string& name) const {
+    const std::string nextToScript = (fs::path(folder) / name).string();
+    const std::string inOutput = PathInOutput(name);
+    if (IsWritten(name)) return {inOutput, nextToScript};
+    return {nextToScript, inOutput};
+}
+
+std::string ScriptFiles::Find(const std::string& name) const {
+    const std::vector<std::string> candidates = Candidates(name);
+    const auto found = std::find_if(candidates.begin(), candidates.end(), Exists);
+    if (found != candidates.end()) return *found;
+    if (fs::path(name).is_absolute()) throw HostError("there is no file " + name);
+    throw HostError("there is no file " + name + " in the script's folder (" +
+                    (folder.empty() ? "." : folder) + ") or the output folder (" +
+                    (output.empty() ? "." : output) + ")");
+}
+
+std::string ScriptFiles::Target(const std::string& name) const {
+    const fs::path target = PathInOutput(name);
+    if (outsideAllowed) return target.string();
+    if (fs::path(name).is_absolute())
+        RefuseOutside(name, "is an absolute path, which can lie outside of");
+    const fs::path normal = fs::path(name).lexically_normal();
+    if (normal.begin() != normal.end() && *normal.begin() == "..")
+        RefuseOutside(name, "leads out of");
+    const fs::path root = Canonical(fs::absolute(output.empty() ? "." : output));
+    // The folder first: what does not exist below a link is resolved as if it did.
+    if (!IsWithin(root, Canonical(fs::absolute(target))))
+        RefuseOutside(name, "leads through a symbolic link out of");
+    // Tiles of a map are written under other names; buffers and materials under the file's stem.
+    const std::string stem = target.stem().string() + ".";
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(fs::absolute(target).parent_path(), ignored)) {
+        const std::string other = entry.path().filename().string();
+        const bool isPart = StartsWith(other, stem) || IsTile(other, target.filename().string());
+        if (isPart && entry.is_symlink(ignored) && !IsWithin(root, Canonical(entry.path())))
+            RefuseOutside(name, "is next to " + other + ", a symbolic link out of");
+    }
+    return target.string();
+}
+
+std::string ScriptFiles::MakeTarget(const std::string& name) const {
+    std::string target = Target(name);
+    std::error_code failed;
+    const fs::path parent = fs::path(target).parent_path();
+    if (!parent.empty()) fs::create_directories(parent, failed);
+    if (failed) throw HostError("cannot make the folder: " + failed.message());
+    return target;
+}
+
+}  // namespace trovik
