@@ -77,7 +77,7 @@ json CurveOf(const PressureCurve& curve) {
 json FalloffOf(const Source& from) {
     if (IsFalloffIndex(from.host.falloffIndex)) return FalloffName(from.host.falloffIndex);
     json samples = json::array();
-    const Store<float>& table = from.host.falloffSamples;
+    const Store<float>& table = *from.host.falloff.Current();
     for (uint32_t i = 0; i < table.fill; ++i) samples.push_back(Shortest(table.array[i]));
     return samples;
 }
