@@ -46,6 +46,22 @@ test: packages ## Build with warnings as errors and run all tests
 	@echo "== Testing"
 	@ctest --preset ci --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
+.PHONY: clang
+clang: ## Build the plug-in and the command with Clang and check that they give the same bits
+	@scripts/install-packages.sh --clang
+	@echo "== Configuring (preset clang)"
+	@cmake --preset clang
+	@echo "== Building with Clang"
+	@cmake --build --preset clang --parallel $(JOBS)
+	@echo "== Testing the Clang build"
+	@ctest --preset clang --output-on-failure
+
+.PHONY: mutation
+mutation: ## Run the command on damaged files, COUNT=2000 for each reader
+	@cmake --preset release
+	@cmake --build --preset release --parallel $(JOBS) --target trovik SwiftStroke
+	@tools/mutation_run.py build/release/bin/trovik --count $(COUNT) --jobs $(JOBS)
+
 .PHONY: asan
 asan: packages ## Build with address and undefined-behaviour sanitizers and run all tests
 	@cmake --preset asan-ubsan
@@ -73,6 +89,8 @@ bench-check: packages ## Tell which ratios of the benchmarks are worse than the 
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
 	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik-ladder
 	@tools/bench.py check build/release bench/recorded.json
+
+COUNT ?= 2000
 
 # How long each reader is fed; as many at a time as there are cores.
 SECONDS ?= 60

@@ -6,6 +6,7 @@
 #
 #   scripts/install-packages.sh          build, tests, benchmarks
 #   scripts/install-packages.sh --lint   clang-format and clang-tidy as well
+#   scripts/install-packages.sh --clang  clang as well
 #   scripts/install-packages.sh --fuzz   clang and its fuzzer as well
 set -euo pipefail
 
@@ -19,11 +20,12 @@ packages=(
     libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )
 
-usage() { sed -n '4,9s/^# \{0,1\}//p' "$0"; }
+usage() { sed -n '4,10s/^# \{0,1\}//p' "$0"; }
 
 for argument in "$@"; do
     case "$argument" in
         --lint) packages+=(clang-format clang-tidy) ;;
+        --clang) packages+=(clang) ;;
         --fuzz) packages+=(clang libclang-rt-dev) ;;
         -h | --help) usage; exit 0 ;;
         *) echo "install-packages: unknown argument '$argument'" >&2; usage >&2; exit 2 ;;

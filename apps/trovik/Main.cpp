@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "HelpTexts.h"
 #include "Interruption.h"
+#include "framework/errors/PrintableText.h"
 #include "framework/errors/WorkStopped.h"
 #include "host/Error.h"
 
@@ -19,7 +20,7 @@ constexpr int wrongUsage = 2;
 
 int Fail(std::string reason, int status = failed) {
     std::replace(reason.begin(), reason.end(), '\n', ' ');
-    std::fprintf(stderr, "trovik: %s\n", reason.c_str());
+    std::fprintf(stderr, "trovik: %s\n", trovik::PrintableText(reason).c_str());
     return status;
 }
 
@@ -28,7 +29,7 @@ int Run(int argc, char** argv) {
         "Sculpts meshes from scripts, without a screen.\n\n"
         "  trovik info head.obj                 what is in a mesh file\n"
         "  trovik sculpt bust.json              run a stroke script\n"
-        "  trovik render head.obj head.png      make a picture of a mesh\n"
+        "  trovik render head.obj head.png      render an image of a mesh\n"
         "  trovik convert head.obj head.glb     write a mesh in another format\n"
         "  trovik bake head.trovik -o head.exr  a map of what a fine level has over a coarse one\n"
         "  trovik tools                         the tools of the brush\n"

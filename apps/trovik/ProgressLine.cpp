@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ProgressLine.h"
 
+#include "framework/errors/PrintableText.h"
 #include "framework/files/FilePath.h"
 
 #include <cstdio>
@@ -63,7 +64,7 @@ void ProgressLine::Warning(const std::string& text) {
 void ProgressLine::WriteLine(const char* kind, const std::string& text) {
     const bool wasDrawn = drawn;
     Finish();
-    std::fprintf(stderr, "%s: %s\n", kind, text.c_str());
+    std::fprintf(stderr, "%s: %s\n", kind, PrintableText(text).c_str());
     if (wasDrawn) Draw();
 }
 
