@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
@@ -189,15 +190,17 @@ bool FileReplacement::Create() {
 void FileReplacement::RemoveAbandoned() const {
     const fs::path target(targetPath);
     const fs::path folder = target.parent_path();
-    std::error_code failed;
-    fs::directory_iterator entry(folder.empty() ? fs::path(".") : folder, failed);
-    for (; !failed && entry != fs::directory_iterator(); entry.increment(failed)) {
-        const std::string name = entry->path().filename().string();
-        std::error_code ignored;
-        if (!IsNewNameOf(target, name) ||
-            entry->symlink_status(ignored).type() != fs::file_type::regular)
-            continue;
+    // std::filesystem's directory iterators end the process when memory is refused.
+    const auto close = [](DIR* opened) { closedir(opened); };
+    const std::unique_ptr<DIR, decltype(close)> listing(
+        opendir(folder.empty() ? "." : folder.c_str()), close);
+    if (listing == nullptr) return;
+    while (const dirent* entry = readdir(listing.get())) {
+        const std::string name = entry->d_name;
+        if (!IsNewNameOf(target, name)) continue;
         const std::string abandoned = (folder / name).string();
+        struct stat status {};
+        if (lstat(abandoned.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
         // Not the process ID in the name, which another process may have by now.
         const FileLock owned(abandoned);
         if (owned.State() != FileLock::Result::Locked || unlink(abandoned.c_str()) != 0) continue;

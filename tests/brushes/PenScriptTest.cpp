@@ -280,7 +280,7 @@ TEST_F(PenScript, WalksCanBeStoppedWhereTheyApplyNoDab) {
         bool isStroke = false;
         int asked = 0;
         progress.step = [&](std::size_t, std::size_t, const std::string& what) {
-            isStroke = what == "stroke";
+            isStroke = what == "Sculpt, stroke 1 of 1";
         };
         // The first question comes before the step.
         progress.stop = [&] { return isStroke && ++asked > 2; };

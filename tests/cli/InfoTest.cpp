@@ -134,18 +134,15 @@ TEST_F(InfoCommand, ExportsOfMaterialsNameEveryFile) {
     EXPECT_THAT(ReadAll(folder / "again.obj"), HasSubstr("mtllib moved/odd.mtl\n"));
 }
 
-TEST_F(InfoCommand, RefinementBeyondFloatsIsNotExported) {
+TEST_F(InfoCommand, PositionsBeyondFloatsAreNotExported) {
     WriteFile("far.obj",
               "v -3e38 -1 0\nv 3e38 -1 0\nv 3e38 1 0\nv -3e38 1 0\nv 3e38 2 0\nv -3e38 2 0\n"
               "f 1 2 3 4\nf 4 3 5 6\n");
-    WriteFile("far.json", R"({"mesh": "far.obj", "levels": 1, "steps": [
-                              {"export": {"file": "far-fine.obj"}}]})");
-    for (const char* line : {"convert far.obj far-fine.ply --levels 1 -q", "sculpt far.json -q"}) {
-        const Outcome outcome = Run(line);
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_THAT(outcome.error, HasSubstr("only finite numbers can be exported"));
-    }
-    EXPECT_FALSE(fs::exists(folder / "far-fine.ply"));
+    WriteFile("far.json", R"({"mesh": "far.obj", "levels": 1, "transform": {"scale": 10}, "steps": [
+                              {"export": {"file": "far-fine.obj", "world": true}}]})");
+    const Outcome outcome = Run("sculpt far.json -q");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.error, HasSubstr("only finite numbers can be exported"));
     EXPECT_FALSE(fs::exists(folder / "far-fine.obj"));
 }
 

@@ -138,7 +138,7 @@ TEST_F(Interruption, EndsAWalkThatAppliesNoDab) {
             "s.json",
             R"({"mesh": "cube.obj", "levels": 7, "steps": [{"tool": "Sculpt"}, {"stroke": {)" +
                 std::string(stroke) + R"(}}, {"export": {"file": "out.ply"}}]})");
-        const auto running = RunUntil("] stroke\n", {"sculpt", "s.json"});
+        const auto running = RunUntil("] Sculpt, stroke 1 of 1\n", {"sculpt", "s.json"});
         running->Send(SIGTERM);
         const int status = running->Wait();
         ASSERT_TRUE(WIFEXITED(status)) << status;

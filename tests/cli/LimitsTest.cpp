@@ -97,7 +97,7 @@ TEST_F(Limits, EveryAddressSpaceIsEnoughToSculptOrToFailInOneLine) {
         {"tool": "Wax", "set": {"radius": 0.3, "strength": 50}},
         {"stroke": {"pointer": [[400, 300], [440, 320]]}},
         {"layer": {"add": "more"}},
-        {"stroke": {"pointer": [[380, 280], [400, 300]]}},
+        {"stroke": {"pointer": [[400, 300], [420, 310]]}},
         {"undo": 1}, {"redo": 1},
         {"level": 2},
         {"export": {"file": "other.glb"}},
@@ -170,9 +170,12 @@ TEST_F(Limits, FilesBeyondTheSizeLimitFailProperly) {
 
 TEST_F(Limits, AJournalThatCannotBeKeptIsAWarningThatQuietDoesNotHide) {
     // Steps of some kilobytes each, so that the journal passes the limit.
+    std::string samples = "1";
+    for (int i = 0; i < 400; ++i) samples += ", 0.5";
     std::string steps;
-    for (int i = 0; i < 200; ++i)
-        steps += std::string(i == 0 ? "" : ", ") + R"({"set": {"radius": 0.5, "strength": 50}})";
+    for (int i = 0; i < 8; ++i)
+        steps +=
+            (i == 0 ? R"({"set": {"falloff": [)" : R"(, {"set": {"falloff": [)") + samples + "]}}";
     WriteFile("long.json", R"({"mesh": "cube.obj", "steps": [)" + steps + "]}");
     const Outcome quiet = RunUnder("f", 8, "sculpt long.json -q --journal w.journal");
     EXPECT_EQ(quiet.status, 0) << quiet.error;

@@ -65,6 +65,7 @@ TEST_F(OutputFolder, FilesThatTheScriptHasWrittenComeFirst) {
     WriteFile("sheet.obj", sheet);
     WriteFile("d.exr", "no image");
     WriteFile("s.json", R"({"mesh": "sheet.obj", "levels": 2, "steps": [
+        {"set": {"radius": 0.5}},
         {"stroke": {"surface": [[0.4, 0.4, 0]]}}, {"bake": {"file": "d.exr", "size": 32}},
         {"displace": {"file": "d.exr"}}]})");
     EXPECT_EQ(Run("sculpt -q s.json -o out").error, "");
