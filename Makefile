@@ -68,6 +68,12 @@ asan: packages ## Build with address and undefined-behaviour sanitizers and run 
 	@cmake --build --preset asan-ubsan --parallel $(JOBS)
 	@ctest --preset asan-ubsan --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
+.PHONY: asan-host
+asan-host: packages ## The same without instrumenting the kernels, which halves the build
+	@cmake --preset asan-ubsan-host
+	@cmake --build --preset asan-ubsan-host --parallel $(JOBS)
+	@ctest --preset asan-ubsan-host --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
+
 .PHONY: bench
 bench: packages ## Build the release and run the benchmarks; figures in build/release/bench-results/
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
