@@ -129,7 +129,8 @@ void Report(const RenderOptions& wanted,
 }
 
 void Render(const RenderOptions& wanted) {
-    const PictureOptions options = PictureOptionsOf(wanted);
+    PictureOptions options = PictureOptionsOf(wanted);
+    options.poll = StopIfInterrupted;
     ProgressLine line(wanted.quiet);
     CheckPicturePath(wanted.picture, options.transparent);
     CheckWritable(wanted.picture);

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -63,6 +64,9 @@ struct PictureOptions {
     std::string matcap = {};
     /// Without the backdrop: the picture has alpha.
     bool transparent = false;
+    /// Called by the thread that renders, about once per row of pixels. What it throws ends the
+    /// render and passes through. May be empty.
+    std::function<void()> poll = {};
 };
 
 /// Rows from the top, sRGB, three bytes a pixel.

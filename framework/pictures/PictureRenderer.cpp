@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <thread>
 
 namespace trovik {
 
@@ -70,6 +71,7 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
     if (options.transparent) picture.alpha.resize(count);
 
     const int bandRows = std::max(filterReach * 4, pixelsPerBand / width);
+    const std::thread::id caller = std::this_thread::get_id();
     std::vector<Pixel> pixels;
     std::vector<PixelGuide> guides;
     std::vector<PixelVisibility> visibilities;
@@ -87,6 +89,7 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
                    static_cast<std::size_t>(x);
         };
         tbb::parallel_for(above, below, [&](int y) {
+            if (options.poll && std::this_thread::get_id() == caller) options.poll();
             WireLines wires(scene, view);
             for (int x = 0; x < width; ++x)
                 Sample(x, y, wires, pixels[at(x, y)], guides[at(x, y)], visibilities[at(x, y)]);

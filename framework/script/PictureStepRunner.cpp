@@ -65,6 +65,7 @@ PictureOptions ScriptRunner::ReadPictureOptions(const FieldReader& fields,
     options.samples = fields.IntegerOr("samples", 16);
     options.wireframe = fields.FlagOr("wireframe", false);
     options.transparent = fields.FlagOr("transparent", false);
+    options.poll = [this] { StopIfAsked(); };
     options.matcap = fields.TextOr("matcap", "");
     options.shading = options.matcap.empty() ? ShadingMode::Clay : ShadingMode::Matcap;
     if (fields.Has("shading")) {

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <thread>
 
 namespace trovik::test {
 namespace {
@@ -36,6 +37,23 @@ TEST_F(SpherePicture, GivesTheSameBytesWithOneThread) {
     const Picture several = Make();
     const tbb::global_control one(tbb::global_control::max_allowed_parallelism, 1);
     EXPECT_EQ(Make().rgb, several.rgb);
+}
+
+TEST_F(SpherePicture, RendersCanBeStopped) {
+    struct Stop {};
+    const std::thread::id caller = std::this_thread::get_id();
+    int asked = 0;
+    options.poll = [&] {
+        EXPECT_EQ(std::this_thread::get_id(), caller);
+        if (++asked == 3) throw Stop();
+    };
+    EXPECT_THROW(Make(), Stop);
+    EXPECT_EQ(asked, 3);
+    options.poll = [&asked] { ++asked; };
+    const Picture polled = Make();
+    EXPECT_GT(asked, 3);
+    options.poll = {};
+    EXPECT_EQ(Make().rgb, polled.rgb);
 }
 
 TEST_F(SpherePicture, WireframeDarkensEdges) {
