@@ -4,6 +4,7 @@
 #include "MeshInfo.h"
 #include "SceneInfo.h"
 #include "framework/errors/HostError.h"
+#include "framework/errors/PrintableText.h"
 #include "framework/scene/SceneFile.h"
 #include "host/Error.h"
 
@@ -43,7 +44,7 @@ std::string ReasonOf(const Report& report) {
     } catch (const HostError& error) {
         return error.what();
     } catch (Error* error) {
-        const std::string reason = error->Message().toStdString();
+        std::string reason = PrintableText(error->Message().toStdString());
         Error::Dispose(error);
         return reason;
     }

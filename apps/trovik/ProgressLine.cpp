@@ -28,12 +28,12 @@ ProgressLine::~ProgressLine() {
 void ProgressLine::Step(std::size_t stepsDone, std::size_t stepCount, const std::string& name) {
     done = stepsDone;
     count = stepCount;
-    what = name;
+    what = PrintableText(name);
     if (quiet) return;
     if (terminal)
         Draw();
-    else if (!name.empty())
-        std::fprintf(stderr, "[%zu/%zu] %s\n", done + (done < count ? 1 : 0), count, name.c_str());
+    else if (!what.empty())
+        std::fprintf(stderr, "[%zu/%zu] %s\n", done + (done < count ? 1 : 0), count, what.c_str());
 }
 
 void ProgressLine::Dab() {

@@ -42,6 +42,7 @@ private:
     uint64_t dabs = 0;
     /// Of the file being written, in percent; 100 while there is none.
     unsigned share = 100;
+    /// The name of the step, printable.
     std::string what;
     std::chrono::steady_clock::time_point lastDrawn;
 };

@@ -9,6 +9,7 @@
 #include "framework/pictures/Matcap.h"
 #include "framework/pictures/PictureFile.h"
 #include "framework/pictures/RenderMemory.h"
+#include "framework/pictures/RenderRange.h"
 #include "framework/pictures/RenderedLevel.h"
 
 #include <nlohmann/json.hpp>
@@ -79,11 +80,10 @@ PictureCamera CameraFor(const RenderOptions& wanted,
     return camera;
 }
 
-/// What a camera without sense is refused for.
-void CheckCamera(const RenderOptions& wanted, const PictureCamera& camera) {
+/// \param camera  one that CheckCamera accepts.
+/// \throw HostError if the option --up is parallel to the line of sight.
+void CheckUp(const RenderOptions& wanted, const PictureCamera& camera) {
     const Vector sight = camera.eye - camera.target;
-    if (!(sight.Length() > 0.0f) || !std::isfinite(sight.Length()))
-        throw HostError("--eye: the eye is at the target, or not finite");
     if (!wanted.up.empty() && !((camera.up.Normalized() & sight.Normalized()).Length() > 1e-4f))
         throw HostError("--up: the camera looks along its own up direction");
 }
@@ -143,7 +143,8 @@ void Render(const RenderOptions& wanted) {
     const RenderedLevel level(*scene.geometry, options.shading);
     const PictureCamera camera =
         CameraFor(wanted, level.Mesh(), IsScenePath(wanted.mesh) ? &scene.settings.view : nullptr);
-    CheckCamera(wanted, camera);
+    CheckCamera(camera);
+    CheckUp(wanted, camera);
 
     const RenderScene rendered({level.Mesh()});
     line.Notes(wanted.mesh, scene.notes);

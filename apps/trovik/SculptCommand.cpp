@@ -4,6 +4,7 @@
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
+#include "framework/errors/PrintableText.h"
 #include "framework/json/JsonText.h"
 #include "framework/nodes/PreferenceFile.h"
 #include "framework/script/ScriptRunner.h"
@@ -97,7 +98,8 @@ void Check(ScriptRunner& runner, const SculptOptions& options) {
     for (const std::string& fault : faults) std::fprintf(stderr, "trovik: %s\n", fault.c_str());
     const std::string name = DocumentName(options.script);
     if (!faults.empty()) throw HostError(name + ": " + std::to_string(faults.size()) + " errors");
-    if (!options.quiet && !options.json) std::printf("%s: no errors\n", name.c_str());
+    if (!options.quiet && !options.json)
+        std::printf("%s: no errors\n", PrintableText(name).c_str());
 }
 
 void Sculpt(const SculptOptions& options) {

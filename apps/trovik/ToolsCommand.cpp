@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
 #include "JsonOutput.h"
+#include "framework/nodes/PlainText.h"
 #include "framework/plugins/PluginLoader.h"
 #include "framework/script/ToolSettings.h"
 
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace trovik {
 
@@ -22,8 +24,7 @@ std::string PlainHelp(const BrushConfiguration& tool) {
     if (body >= 0) text = text.mid(body + 6);
     text.replace(QRegularExpression(QStringLiteral("\\$\\{SHORTCUT:[^}]*\\}")),
                  QStringLiteral("invert"));
-    text.replace(QRegularExpression(QStringLiteral("<[^>]*>")), QStringLiteral(" "));
-    return text.simplified().toStdString();
+    return PlainText(std::move(text));
 }
 
 std::string NameOf(const ToolDescription& described) {

@@ -20,7 +20,9 @@ public:
     virtual void OnDab(const StrokeDab& dab, bool failed) = 0;
     virtual void OnWholeMesh(float strength, bool byFacing) = 0;
     virtual void OnPutBack() = 0;
-    virtual void OnStrokeEnded() = 0;
+    /// \param brokenOff  the stroke ended without mirrored sides that it still owed, or its end
+    /// failed. StrokeLoop::Break then reproduces it, except for sides that were already complete.
+    virtual void OnStrokeEnded(bool brokenOff) = 0;
 
 protected:
     ~StrokeInputListener() = default;

@@ -286,7 +286,7 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
         tree.RefitAll();
         if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
     } catch (...) {
-        End();
+        Break();
         throw;
     }
 }
@@ -355,18 +355,27 @@ void StrokeLoop::EndStroke() {
 }
 
 void StrokeLoop::Break() {
+    const bool leavesOutSides = !laid.empty();
     laid.clear();
-    End();
+    Finish(leavesOutSides, {});
 }
 
-void StrokeLoop::End(const std::function<void()>& poll) {
+void StrokeLoop::End(const std::function<void()>& poll) { Finish(false, poll); }
+
+void StrokeLoop::Finish(bool brokenOff, const std::function<void()>& poll) {
     if (!active) return;
     active = false;
     number = 0;
-    if (!inPairs) SettleSides();
-    EndStroke();
-    if (inPairs) LayOtherPairs(poll);
-    if (listener != nullptr) listener->OnStrokeEnded();
+    try {
+        if (!inPairs) SettleSides();
+        EndStroke();
+        if (inPairs) LayOtherPairs(poll);
+    } catch (...) {
+        laid.clear();
+        if (listener != nullptr) listener->OnStrokeEnded(true);
+        throw;
+    }
+    if (listener != nullptr) listener->OnStrokeEnded(brokenOff);
 }
 
 }  // namespace trovik

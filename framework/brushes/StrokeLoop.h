@@ -84,7 +84,7 @@ public:
     /// StrokeDab. \param byFacing  less effect where the surface turns away from the camera.
     void WholeMesh(float strength, bool byFacing);
     /// \param poll  called for each dab of mirrored sides that are made by strokes of their own;
-    /// what it throws leaves out the rest of them.
+    /// what it throws leaves out the rest of them. The listener hears of the end in any case.
     void End(const std::function<void()>& poll = {});
     /// Ends the stroke where it is, for work that was stopped: mirrored sides that are made by
     /// strokes of their own are left out.
@@ -109,6 +109,8 @@ public:
 private:
     void BeginStroke();
     void EndStroke();
+    /// Ends the stroke and notifies the listener, also when an exception leaves.
+    void Finish(bool brokenOff, const std::function<void()>& poll);
     void Apply(const StrokeDab& dab, std::size_t side);
     /// The dab where the map puts it. \param asMirror  for the brush it is the mirrored one of a
     /// pair. \return nothing on a mesh without faces.

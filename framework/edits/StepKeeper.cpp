@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <csignal>
+#include <ctime>
+#include <new>
 #include <pthread.h>
 #include <system_error>
 #include <utility>
@@ -46,6 +48,32 @@ uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {
 void Empty(const std::vector<StepArray>& arrays) {
     for (const StepArray& array : arrays) array.Resize(0);
 }
+
+/// Blocks SIGXFSZ in this thread for its lifetime: a write past the limit for the size of files
+/// then fails, as with a full disk, instead of ending the program.
+class FileSizeSignalBlock {
+public:
+    FileSizeSignalBlock() {
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGXFSZ);
+        pthread_sigmask(SIG_BLOCK, &signals, &before);
+    }
+    ~FileSizeSignalBlock() {
+        // A signal left pending would end the program as soon as it is unblocked.
+        if (sigismember(&before, SIGXFSZ) == 0) {
+            const timespec noWait{};
+            while (sigtimedwait(&signals, nullptr, &noWait) == SIGXFSZ) {
+            }
+        }
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+    FileSizeSignalBlock(const FileSizeSignalBlock&) = delete;
+    FileSizeSignalBlock& operator=(const FileSizeSignalBlock&) = delete;
+
+private:
+    sigset_t signals{};
+    sigset_t before{};
+};
 
 }  // namespace
 
@@ -96,6 +124,7 @@ void StepKeeper::NotePeak(uint64_t packed) { peak = std::max(peak, bytes + packe
 void StepKeeper::Ask(const Handle& record, Task task) {
     std::unique_lock lock(mutex);
     if (!StartWorker()) {
+        const FileSizeSignalBlock block;
         Do({record, task, record->asking}, lock);
         return;
     }
@@ -109,6 +138,8 @@ bool StepKeeper::StartWorker() {
         worker = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     } catch (const std::system_error&) {
         // The system refuses a thread, by a limit on threads or on address space.
+        return false;
+    } catch (const std::bad_alloc&) {
         return false;
     }
     return true;
@@ -225,13 +256,7 @@ void StepKeeper::SetSpillFolder(const std::string& folder) {
 }
 
 void StepKeeper::Run(const std::stop_token& stop) {
-    // Past the limit for the size of files a write then fails, as with a full disk, instead of
-    // ending the program.
-    sigset_t tooLong;
-    sigemptyset(&tooLong);
-    sigaddset(&tooLong, SIGXFSZ);
-    pthread_sigmask(SIG_BLOCK, &tooLong, nullptr);
-
+    const FileSizeSignalBlock block;
     uint64_t freed = 0;
     std::unique_lock lock(mutex);
     while (true) {

@@ -51,24 +51,33 @@ Bytes ReadBesides(const std::string& document,
                   const std::string& name,
                   std::uint64_t wanted,
                   const std::string& place) {
-    std::error_code failed;
-    const fs::path given = fs::path(document).parent_path();
-    const fs::path folder = fs::canonical(given.empty() ? fs::path(".") : given, failed);
     if (name.find('\0') != std::string::npos) {
         throw HostError(place + Shown(name) + " is not the name of a file");
     }
-    // Checked before the file system is asked, so that no file outside is touched.
-    const fs::path plain = fs::path(name).lexically_normal();
-    const bool isInside = plain.is_relative() && !plain.empty() && *plain.begin() != "..";
-    const fs::path path = fs::canonical(folder / plain, failed);
-    if (isInside && failed) {
-        throw HostError(place + Shown(name) + ": " + failed.message());
-    }
-    const fs::path relative = path.lexically_relative(folder);
-    if (!isInside || relative.empty() || *relative.begin() == "..") {
+    const auto refuseOutside = [&] {
         throw HostError(place + Shown(name) +
                         " lies outside the folder of the file, and only files in it or below are "
                         "read");
+    };
+    // Checked before the file system is asked, so that no file outside is touched.
+    const fs::path plain = fs::path(name).lexically_normal();
+    if (plain.is_absolute() || plain.empty() || *plain.begin() == "..") {
+        refuseOutside();
+    }
+    const auto canonical = [&](const fs::path& path) {
+        std::error_code failed;
+        fs::path resolved = fs::canonical(path, failed);
+        if (failed) {
+            throw HostError(place + Shown(name) + ": " + failed.message());
+        }
+        return resolved;
+    };
+    const fs::path given = fs::path(document).parent_path();
+    const fs::path folder = canonical(given.empty() ? fs::path(".") : given);
+    const fs::path path = canonical(folder / plain);
+    const fs::path relative = path.lexically_relative(folder);
+    if (relative.empty() || *relative.begin() == "..") {
+        refuseOutside();
     }
     std::string reason;
     try {

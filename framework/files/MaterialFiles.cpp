@@ -105,14 +105,29 @@ std::string Relinked(std::string_view line, const fs::path& from, const fs::path
     return std::string(line.substr(0, line.size() - rest.size())) + " " + texture.generic_string();
 }
 
+/// The first line of a copy. Different sources have different lines.
+std::string CopyLine(const fs::path& source, const fs::path& folder) {
+    std::string line(CopyMark);
+    for (const char letter : source.lexically_proximate(folder).generic_string()) {
+        switch (letter) {
+            case '\n':
+                line += "\\n";
+                break;
+            case '\r':
+                line += "\\r";
+                break;
+            case '\\':
+                line += "\\\\";
+                break;
+            default:
+                line += letter;
+        }
+    }
+    return line + "\n";
+}
+
 std::string CopyOf(std::string_view text, const fs::path& source, const fs::path& folder) {
-    std::string name = source.filename().string();
-    std::replace_if(
-        name.begin(),
-        name.end(),
-        [](char letter) { return letter == '\n' || letter == '\r'; },
-        '_');
-    std::string copy = std::string(CopyMark) + name + "\n";
+    std::string copy = CopyLine(source, folder);
     while (!text.empty()) {
         const std::size_t end = text.find_first_of("\r\n");
         copy += Relinked(text.substr(0, end), source.parent_path(), folder);
@@ -123,21 +138,23 @@ std::string CopyOf(std::string_view text, const fs::path& source, const fs::path
     return copy;
 }
 
-/// The name of a copy in the folder: a free one, or that of an earlier copy.
+/// The path of a copy in the folder: an unused one, or that of an earlier copy of this source.
 fs::path NameForCopy(const fs::path& source,
                      const fs::path& folder,
                      const std::vector<std::string>& taken) {
+    const std::string copyLine = CopyLine(source, folder);
     for (int number = 1;; ++number) {
         const std::string suffix = number == 1 ? "" : "-" + std::to_string(number);
         const fs::path path =
             folder / (source.stem().string() + suffix + source.extension().string());
         std::error_code failed;
-        const bool isThere = fs::exists(fs::symlink_status(path, failed));
+        const fs::file_status status = fs::symlink_status(path, failed);
         const bool isTaken = std::find(taken.begin(), taken.end(), path.string()) != taken.end();
-        if (isTaken) {
+        // The file that a link leads to can lie in any folder.
+        if (isTaken || fs::is_symlink(status)) {
             continue;
         }
-        if (!isThere || TextOf(path).value_or("").starts_with(CopyMark)) {
+        if (!fs::exists(status) || TextOf(path).value_or("").starts_with(copyLine)) {
             return path;
         }
     }

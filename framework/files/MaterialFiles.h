@@ -18,8 +18,9 @@ struct PlacedMaterialFiles {
 ///
 /// A file in the folder of the OBJ file or below it is referred to where it is. Any other file is
 /// copied into that folder; the paths of textures in the copy are changed so that they still lead
-/// to the same images. A copy begins with a comment that marks it. It replaces an earlier copy; if
-/// another file has its name, "-2", "-3" and so on is appended to the name. An equal copy is left
+/// to the same images. A copy begins with a comment that names the original by its path relative to
+/// the folder. It replaces an earlier copy of the same original. If its name belongs to any other
+/// file or to a symbolic link, "-2", "-3" and so on is appended to the name. An equal copy is left
 /// untouched. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl or not text
 /// is not copied but referred to by its relative path.
 ///

@@ -3,8 +3,11 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/files/FileLock.h"
+#include "framework/journal/JournalRecord.h"
 
 #include <filesystem>
+#include <fstream>
+#include <string_view>
 
 namespace trovik {
 
@@ -16,6 +19,13 @@ constexpr std::size_t mostPast = 4096;
 void RefuseUnfinished(const std::string& path) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) return;
+    char start[journalMagic.size()] = {};
+    std::ifstream(path, std::ios::binary).read(start, sizeof start);
+    const std::string_view begins(start, sizeof start);
+    // A new journal that was cut off, down to nothing, still belongs to a run.
+    const auto end = begins.find('\0');
+    if (begins.substr(0, end) != journalMagic.substr(0, end))
+        throw HostError(path + ": exists and is not a journal; name another file");
     bool isClosed = false;
     try {
         isClosed = ReadJournal(path).isClosed;

@@ -59,7 +59,8 @@ struct DabMark {
 
 struct StepEnd {
     uint32_t dabs;
-    /// 1 where the step ended by an error, having done what it did until then.
+    /// 1 where the step ended by an error, having done what it did until then. Of a stroke: it was
+    /// broken off, see StrokeInputListener::OnStrokeEnded.
     uint32_t failed;
     uint64_t vertices;
     /// Of its step of undo; 0 where there is none.

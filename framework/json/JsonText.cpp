@@ -145,11 +145,16 @@ private:
         bool isRepeated = false;
     };
 
+    /// The pointer of the value that comes next. The innermost array does not have it yet; the
+    /// last item of an outer array is the one that holds it.
     std::string Pointer() const {
         std::string pointer;
-        for (const Level& level : levels)
-            pointer = level.value->is_object() ? FieldPointer(pointer, level.key)
-                                               : ItemPointer(pointer, level.value->size() - 1);
+        for (const Level& level : levels) {
+            const bool isInnermost = &level == &levels.back();
+            pointer = level.value->is_object()
+                          ? FieldPointer(pointer, level.key)
+                          : ItemPointer(pointer, level.value->size() - (isInnermost ? 0 : 1));
+        }
         return pointer;
     }
 

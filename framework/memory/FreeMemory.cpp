@@ -101,27 +101,41 @@ void ApplyGroups(FreeMemory& least, const fs::path& systemRoot) {
     }
 }
 
-/// Applies RLIMIT_AS and RLIMIT_DATA, less what the process uses of them already.
-void ApplyProcessLimits(FreeMemory& least, const fs::path& systemRoot) {
+/// Fields of /proc/self/statm, in pages.
+constexpr std::size_t addressSpaceField = 0;
+constexpr std::size_t dataField = 5;
+
+/// What a limit of the process leaves, less what the process already uses of it.
+template <typename Resource>
+std::optional<uint64_t> ProcessLimit(Resource resource,
+                                     std::size_t usedField,
+                                     const fs::path& systemRoot) {
+    rlimit limit{};
+    if (getrlimit(resource, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return std::nullopt;
     std::ifstream file(systemRoot / "proc/self/statm");
-    uint64_t pages[6] = {};
-    for (uint64_t& count : pages) file >> count;
+    uint64_t pages = 0;
+    for (std::size_t field = 0; field <= usedField; ++field) file >> pages;
     const long pageBytes = sysconf(_SC_PAGESIZE);
-    if (!file || pageBytes <= 0) return;
-    const auto apply = [&](auto resource, uint64_t usedPages, const char* name) {
-        rlimit limit{};
-        if (getrlimit(resource, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return;
-        Apply(
-            least, Difference(limit.rlim_cur, usedPages * static_cast<uint64_t>(pageBytes)), name);
-    };
-    apply(RLIMIT_AS, pages[0], "address space limit");
-    apply(RLIMIT_DATA, pages[5], "data segment limit");
+    if (!file || pageBytes <= 0) return std::nullopt;
+    return Difference(limit.rlim_cur, pages * static_cast<uint64_t>(pageBytes));
+}
+
+/// Applies RLIMIT_AS and RLIMIT_DATA.
+void ApplyProcessLimits(FreeMemory& least, const fs::path& systemRoot) {
+    if (const auto bytes = QueryFreeAddressSpace(systemRoot))
+        Apply(least, *bytes, "address space limit");
+    if (const auto bytes = ProcessLimit(RLIMIT_DATA, dataField, systemRoot))
+        Apply(least, *bytes, "data segment limit");
 }
 
 }  // namespace
 
 std::string FreeMemory::Text() const {
     return std::to_string(bytes) + " bytes of memory are free (" + limit + ")";
+}
+
+std::optional<uint64_t> QueryFreeAddressSpace(const std::string& systemRoot) {
+    return ProcessLimit(RLIMIT_AS, addressSpaceField, systemRoot);
 }
 
 FreeMemory QueryFreeMemory(const std::string& systemRoot) {

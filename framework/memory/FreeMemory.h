@@ -4,6 +4,7 @@
 #include "host/Api.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace trovik {
@@ -28,6 +29,10 @@ struct FreeMemory {
 /// Cost: reads about ten small files of /proc and /sys, some 100 microseconds.
 /// \param systemRoot  folder that holds `proc` and `sys`.
 TROVIK_API FreeMemory QueryFreeMemory(const std::string& systemRoot = "/");
+
+/// Bytes of address space that RLIMIT_AS still leaves to this process, whatever memory is free;
+/// nothing where the limit is not set or its use cannot be read. \param systemRoot  as above.
+TROVIK_API std::optional<uint64_t> QueryFreeAddressSpace(const std::string& systemRoot = "/");
 
 /// Refuses work that needs more memory than there is, before it begins.
 /// \param what  the work as the subject of a sentence, such as "rendering 10 faces".

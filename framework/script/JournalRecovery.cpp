@@ -30,7 +30,7 @@ public:
     }
     void OnWholeMesh(float, bool) override { Count(); }
     void OnPutBack() override {}
-    void OnStrokeEnded() override {}
+    void OnStrokeEnded(bool) override {}
 
 private:
     void Count() {
@@ -74,17 +74,21 @@ public:
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
                 options.progress.step(i, content.steps.size(), Name(content.steps[i]));
-            if (options.progress.stop && options.progress.stop()) throw WorkStopped();
+            StopIfAsked();
             step = &content.steps[i];
             if (step->step.is_null())
                 RedoStroke();
             else
                 RedoStep(i);
         }
-        work.runner->Session().Loop().End();
+        work.runner->Session().Loop().End([this] { StopIfAsked(); });
     }
 
 private:
+    void StopIfAsked() const {
+        if (options.progress.stop && options.progress.stop()) throw WorkStopped();
+    }
+
     [[noreturn]] void Fail(const std::string& reason) const {
         throw HostError(path + ": " + reason);
     }
@@ -184,7 +188,7 @@ private:
                                      step->start->seed);
             }
             for (const StrokeCall& call : step->calls) Repeat(session, call);
-            if (step->endsStroke) session.Loop().End();
+            if (step->endsStroke) RepeatEnd(session);
         } catch (const HostError& error) {
             Fail("byte " + std::to_string(step->byte) + ": " + error.what());
         } catch (Error* error) {
@@ -194,6 +198,21 @@ private:
         }
         ++work.steps;
         work.dabs += counter.count;
+    }
+
+    void RepeatEnd(SculptSession& session) const {
+        StrokeLoop& loop = session.Loop();
+        if (!step->failed) {
+            loop.End([this] { StopIfAsked(); });
+            return;
+        }
+        // The end itself may have failed, which need not happen again.
+        try {
+            loop.Break();
+        } catch (const HostError&) {
+        } catch (Error* error) {
+            Error::Dispose(error);
+        }
     }
 
     void Repeat(SculptSession& session, const StrokeCall& call) {

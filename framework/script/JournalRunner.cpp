@@ -75,6 +75,7 @@ void ScriptRunner::Do(const FieldReader& step) {
 }
 
 void ScriptRunner::TellProblems() {
+    // Steps that cannot be moved to disk stay in memory: undo is complete, so this is no warning.
     const std::string ofHistory = session->Geometry().History().TakeProblem();
     if (!ofHistory.empty() && progress.message) progress.message(ofHistory);
     const std::string ofJournal = journal == nullptr ? std::string() : journal->TakeProblem();

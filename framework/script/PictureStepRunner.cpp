@@ -136,14 +136,24 @@ void ScriptRunner::CheckPictureKinds(const FieldReader& fields) const {
     }
 }
 
+std::vector<std::string> ScriptRunner::PictureTargets(const FieldReader& fields) {
+    if (!fields.Has("file")) return {};
+    const FieldReader file = fields.At("file");
+    if (!fields.Has("frames")) return {OutputPath(file)};
+    std::vector<std::string> targets;
+    for (int frame = 1; frame <= fields.At("frames").Integer(); ++frame) {
+        const nlohmann::json name = FramePath(file.Text(), frame);
+        targets.push_back(OutputPath(file.With(name)));
+    }
+    return targets;
+}
+
 void ScriptRunner::RunPicture(const FieldReader& fields) {
     CheckPictureKinds(fields);
-    const bool isTurntable = fields.Has("frames");
-    std::string file;
-    if (fields.Has("file")) file = OutputPath(fields.At("file"));
+    const std::vector<std::string> targets = PictureTargets(fields);
     MakePictures(fields, fields.IntegerOr("frames", 1), [&](Picture picture, int index) {
-        if (!file.empty()) {
-            const std::string target = isTurntable ? FramePath(file, index + 1) : file;
+        if (!targets.empty()) {
+            const std::string& target = targets[static_cast<std::size_t>(index)];
             WritePicture(target, picture);
             NoteWritten(target);
         }

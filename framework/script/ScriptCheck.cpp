@@ -5,6 +5,7 @@
 /// cameras are run; of all others the fields and files are checked by the functions that the steps
 /// themselves use.
 #include "framework/errors/HostError.h"
+#include "framework/errors/PrintableText.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -24,7 +25,7 @@ bool Attempt(std::vector<std::string>& faults, const Work& work) {
     } catch (const HostError& error) {
         faults.emplace_back(error.what());
     } catch (Error* error) {
-        faults.push_back(error->Message().toStdString());
+        faults.push_back(PrintableText(error->Message().toStdString()));
         Error::Dispose(error);
     }
     return false;
@@ -75,13 +76,21 @@ PolygonMesh Cube() {
 
 }  // namespace
 
+void ScriptRunner::CheckHasOneSource(const FieldReader& script) const {
+    if (script.Has("mesh") == script.Has("scene"))
+        throw HostError(path + ": /: a script opens one of \"mesh\" and \"scene\"");
+}
+
 std::vector<std::string> ScriptRunner::Check() {
     std::vector<std::string> faults;
     isChecking = true;
     nlohmann::json json;
     std::vector<JsonFault> inDocument;
     if (!Attempt(faults, [&] { json = ReadStrokeScript(givenPath, &inDocument); })) return faults;
-    for (const JsonFault& fault : inDocument) faults.push_back(FaultMessage(path, fault));
+    for (const JsonFault& fault : inDocument)
+        faults.push_back(PrintableText(FaultMessage(path, fault)));
+    // Of the script as it was written: below, a faulty "mesh" is removed.
+    if (json.is_object()) Attempt(faults, [&] { CheckHasOneSource(FieldReader(json, path, "")); });
     RemoveFaulty(json, inDocument);
     const FieldReader script(json, path, "");
     CheckSetUp(script, faults);
@@ -151,7 +160,7 @@ void ScriptRunner::CheckPicture(const FieldReader& picture) {
     CheckPictureKinds(picture);
     if (picture.Has("keep")) kept[picture.At("keep").Text()] = Picture();
     if (picture.Has("camera")) ReadView(picture.At("camera"), session->View());
-    if (picture.Has("file")) files.NoteWritten(OutputPath(picture.At("file")));
+    for (const std::string& target : PictureTargets(picture)) files.NoteWritten(target);
 }
 
 void ScriptRunner::CheckSheet(const FieldReader& sheet) {

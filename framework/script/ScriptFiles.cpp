@@ -4,7 +4,10 @@
 #include "framework/errors/HostError.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <dirent.h>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 namespace trovik {
@@ -29,15 +32,39 @@ bool IsTile(const std::string& fileName, const std::string& pattern) {
            fileName.compare(fileName.size() - end.size(), end.size(), end) == 0;
 }
 
+/// The names in a folder; none if it does not exist. \throw HostError if it cannot be listed.
+std::vector<std::string> NamesIn(const fs::path& folder) {
+    const auto fail = [&folder](int systemError) {
+        throw HostError("cannot list the folder " + folder.string() + ": " +
+                        std::generic_category().message(systemError));
+    };
+    // std::filesystem's directory iterators end the process when memory is refused.
+    const auto close = [](DIR* opened) { closedir(opened); };
+    const std::unique_ptr<DIR, decltype(close)> listing(opendir(folder.c_str()), close);
+    if (listing == nullptr) {
+        if (errno != ENOENT && errno != ENOTDIR) fail(errno);
+        return {};
+    }
+    std::vector<std::string> names;
+    errno = 0;
+    while (const dirent* entry = readdir(listing.get())) {
+        names.emplace_back(entry->d_name);
+        errno = 0;
+    }
+    if (errno != 0) fail(errno);
+    return names;
+}
+
 bool Exists(const std::string& path) {
     std::error_code ignored;
     const fs::path given(path);
     const std::string name = given.filename().string();
     if (name.find(tileMark) == std::string::npos) return fs::exists(given, ignored);
     const fs::path parent = given.has_parent_path() ? given.parent_path() : fs::path(".");
-    for (const auto& entry : fs::directory_iterator(parent, ignored))
-        if (IsTile(entry.path().filename().string(), name)) return true;
-    return false;
+    const std::vector<std::string> names = NamesIn(parent);
+    return std::any_of(names.begin(), names.end(), [&name](const std::string& fileName) {
+        return IsTile(fileName, name);
+    });
 }
 
 /// Whether `path` is `folder` or lies in it; both canonical.
@@ -99,16 +126,17 @@ std::string ScriptFiles::Target(const std::string& name) const {
     if (normal.begin() != normal.end() && *normal.begin() == "..")
         RefuseOutside(name, "leads out of");
     const fs::path root = Canonical(fs::absolute(output.empty() ? "." : output));
-    // The folder first: what does not exist below a link is resolved as if it did.
     if (!IsWithin(root, Canonical(fs::absolute(target))))
         RefuseOutside(name, "leads through a symbolic link out of");
-    // Tiles of a map are written under other names; buffers and materials under the file's stem.
+    // Tiles of a map are written under other names, buffers under the stem of their document.
+    // Copies of material files keep their own names and never follow links.
     const std::string stem = target.stem().string() + ".";
-    std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(fs::absolute(target).parent_path(), ignored)) {
-        const std::string other = entry.path().filename().string();
+    const fs::path parent = fs::absolute(target).parent_path();
+    for (const std::string& other : NamesIn(parent)) {
         const bool isPart = StartsWith(other, stem) || IsTile(other, target.filename().string());
-        if (isPart && entry.is_symlink(ignored) && !IsWithin(root, Canonical(entry.path())))
+        std::error_code ignored;
+        if (isPart && fs::is_symlink(parent / other, ignored) &&
+            !IsWithin(root, Canonical(parent / other)))
             RefuseOutside(name, "is next to " + other + ", a symbolic link out of");
     }
     return target.string();

@@ -11,6 +11,7 @@
 #include "framework/json/JsonText.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/nodes/HostKernel.h"
+#include "framework/nodes/PlainText.h"
 #include "framework/nodes/PreferenceFile.h"
 #include "framework/plugins/PluginLoader.h"
 #include "framework/script/ScriptDocument.h"
@@ -56,11 +57,14 @@ ScriptResult ScriptRunner::Run() {
         const auto picture = step.find("picture");
         if (picture != step.end() && picture->value("beforeAfter", false)) wantsBefore = true;
     }
-    const HUDListening listening(progress.message);
+    const HUDListening listening([this](const std::string& text) {
+        if (progress.message) progress.message(PlainText(QString::fromStdString(text)));
+    });
     if (!traceOptions.folder.empty()) StartTrace();
     SetUp(script);
     StartJournal(script);
     const FieldReader steps = script.At("steps");
+    CountStrokes(steps);
     // The trace ends with the last call into the brush.
     std::size_t lastCall = steps.Size();
     for (std::size_t i = 0; i < steps.Size(); ++i)
@@ -70,7 +74,7 @@ ScriptResult ScriptRunner::Run() {
         const FieldReader step = steps.At(i);
         // It had only a comment.
         if (step.Size() == 0) continue;
-        if (progress.step) progress.step(i, steps.Size(), StepLabel(steps, i));
+        if (progress.step) progress.step(i, steps.Size(), NextStepLabel(step));
         try {
             StopIfAsked();
             RunAndReport(step);
@@ -111,6 +115,7 @@ std::function<void()> ScriptRunner::DabProgress() const {
 }
 
 void ScriptRunner::SetUp(const FieldReader& script) {
+    CheckHasOneSource(script);
     PrepareProcess(script);
     OpenSource(script);
     StopIfAsked();
@@ -136,8 +141,6 @@ void ScriptRunner::SetUp(const FieldReader& script) {
 }
 
 void ScriptRunner::PrepareProcess(const FieldReader& script) {
-    if (script.Has("mesh") == script.Has("scene"))
-        throw HostError(path + ": /: a script opens one of \"mesh\" and \"scene\"");
     if (script.Has("scene") && script.Has("levels"))
         script.At("levels").Fail("a scene has its levels; the step \"subdivide\" adds more");
     for (const char* field : {"units", "up"})

@@ -28,11 +28,12 @@ struct ScriptProgress {
     std::function<void()> dab;
     /// Elements of a mesh file that were written, and how many there will be.
     WriteProgress file;
-    /// A message of the brush to its user.
+    /// A message of the brush to its user, as plain text; a note about a file; or a failure that
+    /// costs memory but loses nothing, such as undo steps that cannot be moved to disk.
     std::function<void(const std::string&)> message;
     /// A step had no effect, or probably not the intended one (file, JSON pointer, reason; at most
-    /// once per step), or safety that the user relies on was lost, such as a journal that could not
-    /// be kept. The work goes on. If empty, `message` receives what concerns safety.
+    /// once per step), or safety that the user relies on was lost: the journal could not be kept.
+    /// The work goes on. If empty, `message` receives what concerns safety.
     std::function<void(const std::string&)> warning;
     /// Asked between steps and dabs, and now and then while levels and files are made; answers true
     /// to stop: the run then throws WorkStopped. May be empty.
@@ -107,6 +108,8 @@ private:
     using StepFunction = void (ScriptRunner::*)(const FieldReader&);
 
     void SetUp(const FieldReader& script);
+    /// \throw HostError unless the script has one of "mesh" and "scene".
+    void CheckHasOneSource(const FieldReader& script) const;
     /// Before the mesh or scene is opened.
     void PrepareProcess(const FieldReader& script);
     void OpenSource(const FieldReader& script);
@@ -134,8 +137,11 @@ private:
     void StartJournal(const FieldReader& script);
     void TellProblems();
     void RunAndReport(const FieldReader& step);
-    /// What progress says of a step.
-    std::string StepLabel(const FieldReader& steps, std::size_t index) const;
+    /// Counts the strokes of a script for NextStepLabel.
+    void CountStrokes(const FieldReader& steps);
+    /// The text that progress shows for a step. To be called once for each step, in order, because
+    /// it numbers the strokes.
+    std::string NextStepLabel(const FieldReader& step);
     void Warn(const std::string& reason) { stepWarnings.push_back(reason); }
     /// Passes notes about a file to `progress.message`.
     void ReportNotes(const std::string& file, const std::vector<std::string>& notes) const;
@@ -223,6 +229,9 @@ private:
     /// The pictures that were kept under these names.
     std::vector<const Picture*> KeptPictures(const FieldReader& names) const;
     std::string OutputPath(const FieldReader& file);
+    /// The path of each image file that a picture step writes, checked as by OutputPath; with
+    /// "frames" one path per frame.
+    std::vector<std::string> PictureTargets(const FieldReader& picture);
     /// A file is complete.
     void NoteWritten(const std::string& file);
     void KeepBefore();
@@ -253,6 +262,9 @@ private:
     std::vector<PackedNormal> normalsBefore;
     bool wantsBefore = false;
     bool strict = false;
+    /// Strokes of the script, and those that began up to the current step.
+    std::size_t strokeCount = 0;
+    std::size_t strokesBegun = 0;
     /// Of the current step.
     std::vector<std::string> stepWarnings;
     /// What tells at the end of a stroke whether it had any effect.

@@ -97,7 +97,8 @@ SculptSession::~SculptSession() {
         if (one == nullptr) continue;
         // Nobody is left to receive an error.
         try {
-            one->End();
+            // Mirrored sides still owed could take long, and nobody sees them any more.
+            one->Break();
         } catch (const std::exception&) {
         } catch (Error* error) {
             Error::Dispose(error);

@@ -261,9 +261,9 @@ void SessionJournal::OnPutBack() {
     if (!journal.IsInStep()) journal.PutBack();
 }
 
-void SessionJournal::OnStrokeEnded() {
+void SessionJournal::OnStrokeEnded(bool brokenOff) {
     if (journal.IsInStep()) return;
-    journal.EndStroke(Ended(false), session.Geometry().History().NextLabel());
+    journal.EndStroke(Ended(brokenOff), session.Geometry().History().NextLabel());
     redoFromBefore = redoFromBefore && session.Geometry().History().CanRedo();
 }
 

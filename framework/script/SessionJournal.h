@@ -44,7 +44,7 @@ private:
     void OnDab(const StrokeDab& dab, bool failed) override;
     void OnWholeMesh(float strength, bool byFacing) override;
     void OnPutBack() override;
-    void OnStrokeEnded() override;
+    void OnStrokeEnded(bool brokenOff) override;
 
     static JournalBase MakeBase(SculptSession& session,
                                 const nlohmann::json& setup,

@@ -3,6 +3,7 @@
 
 #include "framework/brushes/DabStrength.h"
 #include "framework/brushes/PathSteps.h"
+#include "framework/errors/WorkStopped.h"
 
 namespace trovik {
 
@@ -71,6 +72,10 @@ void SessionStroke::Do(Work work) {
     if (IsOver()) return;
     try {
         work();
+    } catch (const WorkStopped&) {
+        if (IsOpen()) session.Loop().Break();
+        isOver = true;
+        throw;
     } catch (...) {
         if (IsOpen()) session.Loop().End();
         isOver = true;

@@ -32,15 +32,18 @@ bool BeginsStroke(const nlohmann::json& step) {
 
 }  // namespace
 
-std::string ScriptRunner::StepLabel(const FieldReader& steps, std::size_t index) const {
-    const FieldReader step = steps.At(index);
+void ScriptRunner::CountStrokes(const FieldReader& steps) {
+    const auto& all = steps.Json();
+    strokeCount = static_cast<std::size_t>(std::count_if(all.begin(), all.end(), BeginsStroke));
+    strokesBegun = 0;
+}
+
+std::string ScriptRunner::NextStepLabel(const FieldReader& step) {
+    if (BeginsStroke(step.Json())) ++strokesBegun;
     if (step.Has("tool")) return "tool " + step.At("tool").Text();
     if (!step.Has("stroke")) return step.Json().begin().key();
-    const auto& all = steps.Json();
-    const auto here = all.begin() + static_cast<std::ptrdiff_t>(index) + 1;
     return session->Brush().ActiveConfiguration()->Name().toStdString() + ", stroke " +
-           std::to_string(std::count_if(all.begin(), here, BeginsStroke)) + " of " +
-           std::to_string(std::count_if(all.begin(), all.end(), BeginsStroke));
+           std::to_string(strokesBegun) + " of " + std::to_string(strokeCount);
 }
 
 void ScriptRunner::RunAndReport(const FieldReader& step) {

@@ -98,7 +98,7 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
         loop.Break();
         throw;
     } catch (...) {
-        loop.End();
+        loop.End([this] { StopIfAsked(); });
         throw;
     }
     if (!staysOpen) loop.End([this] { StopIfAsked(); });

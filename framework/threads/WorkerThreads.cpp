@@ -9,7 +9,8 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <sys/resource.h>
+#include <new>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -39,6 +40,8 @@ unsigned CountGrantedThreads(unsigned wanted) {
         }
     } catch (const std::system_error&) {
         // As many as there are.
+    } catch (const std::bad_alloc&) {
+        // The same: a thread's state did not fit into the address space.
     }
     {
         const std::lock_guard lock(mutex);
@@ -49,15 +52,12 @@ unsigned CountGrantedThreads(unsigned wanted) {
     return static_cast<unsigned>(threads.size()) + 1;
 }
 
-bool IsAddressSpaceLimited() {
-    rlimit limit{};
-    return getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
-}
-
 /// Threads for which there is address space besides the work.
 unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
-    if (!IsAddressSpaceLimited()) return wanted;
-    const uint64_t free = QueryFreeMemory().bytes;
+    // The address space alone: the stacks reserve it, and take little of the machine's memory.
+    const std::optional<uint64_t> left = QueryFreeAddressSpace();
+    if (!left) return wanted;
+    const uint64_t free = *left;
     const uint64_t reserved = workBytes + addressReserve;
     const uint64_t fitting = free > reserved ? (free - reserved) / addressBytesPerThread : 0;
     return static_cast<unsigned>(std::min<uint64_t>(wanted, fitting + 1));

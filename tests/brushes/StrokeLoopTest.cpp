@@ -165,6 +165,42 @@ TEST_F(StrokeLoopTest, WhatTheBrushThrowsEndsTheStroke) {
     EXPECT_EQ(brush.calls, (std::vector<std::string>{"begin", "dab", "dab", "end"}));
 }
 
+/// Writes down how strokes end.
+class EndListener final : public StrokeInputListener {
+public:
+    void OnStrokeBegun(BrushOperation::Modifier, uint64_t) override {}
+    void OnDab(const StrokeDab&, bool) override {}
+    void OnWholeMesh(float, bool) override {}
+    void OnPutBack() override {}
+    void OnStrokeEnded(bool brokenOff) override { ends.push_back(brokenOff); }
+    std::vector<bool> ends;
+};
+
+TEST(StrokeLoopEnd, IsToldAlsoWhereTheBrushFailsToEnd) {
+    class FailingBrush : public RecordingBrush {
+    public:
+        void EndStroke() override {
+            RecordingBrush::EndStroke();
+            if (fails) throw std::runtime_error("no memory");
+        }
+        bool fails = true;
+    };
+    HostKernel::Instance();
+    FailingBrush brush;
+    LoopBench bench(brush, FlatGrid(16));
+    EndListener listener;
+    bench.loop.SetInputListener(&listener);
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.Dab(bench.At({2.0f, 5.0f, 0.0f}));
+    EXPECT_THROW(bench.loop.End(), std::runtime_error);
+    EXPECT_FALSE(bench.loop.IsActive());
+    EXPECT_EQ(listener.ends, (std::vector<bool>{true}));
+    brush.fails = false;
+    bench.loop.Begin(BrushOperation::ModifierNone);
+    bench.loop.End();
+    EXPECT_EQ(listener.ends, (std::vector<bool>{true, false}));
+}
+
 TEST_F(StrokeLoopTest, AMovedMeshIsMirroredOverItsOwnPlane) {
     bench.geometry.Place().Set({2.0f, 2.0f, 2.0f}, {}, {100.0f, 0.0f, 0.0f});
     bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});

@@ -110,6 +110,51 @@ TEST_F(OutputFolder, IsNotLeftWithoutLeave) {
         EXPECT_THAT(ErrorOf(step), HasSubstr("leads out of the output folder")) << step;
 }
 
+TEST_F(OutputFolder, IsNotLeftByFramesOfATurntable) {
+    const std::string turntable = R"({"picture": {"file": "spin.png", "frames": 3, "width": 16,
+        "height": 16, "samples": 1}})";
+    fs::create_directories(folder / "out");
+    WriteFile("other.png", "of somebody");
+    fs::create_symlink(folder / "other.png", folder / "out/spin_0003.png");
+    const std::string refusal =
+        "/steps/0/picture/file: \"spin_0003.png\" leads through a symbolic link out of the output "
+        "folder";
+    EXPECT_THAT(ErrorOf(turntable), HasSubstr(refusal));
+    EXPECT_FALSE(fs::exists(folder / "out/spin_0001.png")) << "refused before rendering";
+    EXPECT_THAT(Run("sculpt -q --check s.json -o out").error, HasSubstr(refusal));
+    EXPECT_EQ(ReadAll(folder / "other.png"), "of somebody");
+    EXPECT_EQ(ErrorOf(turntable, "-o out --allow-outside"), "");
+    EXPECT_NE(ReadAll(folder / "other.png"), "of somebody");
+    EXPECT_TRUE(fs::exists(folder / "out/spin_0001.png"));
+    // Nothing is written under the name without a number, so a link there does no harm.
+    fs::remove(folder / "out/spin_0003.png");
+    fs::create_symlink(folder / "other.png", folder / "out/spin.png");
+    EXPECT_EQ(ErrorOf(turntable), "");
+    // A later step can read a frame.
+    fs::remove(folder / "out/spin_0002.png");
+    WriteFile("sheet.obj", sheet);
+    WriteFile("t.json",
+              R"({"mesh": "sheet.obj", "steps": [)" + turntable +
+                  R"(, {"freeze": {"image": {"file": "spin_0002.png"}}}]})");
+    EXPECT_EQ(Run("sculpt -q --check t.json -o out").error, "");
+    EXPECT_EQ(Run("sculpt -q t.json -o out").error, "");
+}
+
+TEST_F(OutputFolder, IsNotLeftByCopiesOfMaterialFiles) {
+    fs::create_directories(folder / "lib");
+    fs::create_directories(folder / "out");
+    WriteFile("lib/all.mtl", "newmtl red\n");
+    WriteFile("red.obj", std::string("mtllib lib/all.mtl\nusemtl red\n") + sheet);
+    // Looks like an earlier copy, which an export replaces.
+    const std::string other = "# Copied by trovik from ../lib/all.mtl\nof somebody\n";
+    WriteFile("other.mtl", other);
+    fs::create_symlink(folder / "other.mtl", folder / "out/all.mtl");
+    WriteFile("s.json", R"({"mesh": "red.obj", "steps": [{"export": {"file": "a.obj"}}]})");
+    EXPECT_EQ(Run("sculpt -q s.json -o out").error, "");
+    EXPECT_EQ(ReadAll(folder / "other.mtl"), other);
+    EXPECT_THAT(ReadAll(folder / "out/all-2.mtl"), HasSubstr("newmtl red\n"));
+}
+
 TEST_F(OutputFolder, MayBeLeftWithLeave) {
     const std::string outside = (folder / "outside").string();
     const std::string steps =

@@ -105,7 +105,8 @@ TEST_F(RenderCommand, RefusesWhatDoesNotGoTogether) {
     ExpectRefused("r.png --up 0 0 0", "--up: the direction has no length");
     ExpectRefused("r.png --eye 0 3 0 --up 0 1 0",
                   "--up: the camera looks along its own up direction");
-    ExpectRefused("r.png --eye 0 0 0", "--eye: the eye is at the target, or not finite");
+    ExpectRefused("r.png --eye 0 0 0",
+                  "cannot render: eye and target of the camera are both at (0, 0, 0)");
     for (const char* arguments : {"--eye 0 0 5 --from 0 0 1",
                                   "--target 0 0 5",
                                   "--fov 180",

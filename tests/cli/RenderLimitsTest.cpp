@@ -54,6 +54,22 @@ TEST_F(RenderLimits, CoordinatesBeyondTheRangeAreRefusedInOneLine) {
     EXPECT_EQ(far.error,
               "trovik: cannot render: vertex 1 is at (2e+18, 0, 0) in world space; coordinates "
               "must be from -1e+18 to 1e+18\n");
+    // The options of the camera have the same range, also where --up is given.
+    for (const char* options : {"--eye 1e20 0 0", "--eye 1e20 0 0 --up 0 0 1"}) {
+        SCOPED_TRACE(options);
+        const Outcome eye =
+            Run(std::string("render cube.obj eye.png --width 32 --height 24 ") + options);
+        EXPECT_EQ(eye.status, 1);
+        EXPECT_EQ(eye.error,
+                  "trovik: cannot render: the eye of the camera is at (1e+20, 0, 0) in world "
+                  "space; coordinates must be from -1e+18 to 1e+18\n");
+    }
+    const Outcome target =
+        Run("render cube.obj eye.png --width 32 --height 24 --eye 5 0 0 --target 0 2e18 0");
+    EXPECT_EQ(target.status, 1);
+    EXPECT_EQ(target.error,
+              "trovik: cannot render: the target of the camera is at (0, 2e+18, 0) in world "
+              "space; coordinates must be from -1e+18 to 1e+18\n");
     // As far away as the vertices are allowed to be, the eye is beyond the range.
     WriteFile("edge.obj", "v 0 0 0\nv 9e17 0 0\nv 0 9e17 0\nf 1 2 3\n");
     const Outcome edge = Run("render edge.obj edge.png --width 32 --height 24");

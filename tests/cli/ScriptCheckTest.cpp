@@ -105,13 +105,55 @@ TEST_F(ScriptCheck, AllErrorsAreListed) {
 TEST_F(ScriptCheck, ScriptsThatAreNoneAreOneError) {
     EXPECT_THAT(ErrorsOf("{"),
                 testing::ElementsAre(HasSubstr("s.json: line 1, column 2: not valid")));
-    EXPECT_THAT(ErrorsOf("[]"),
-                testing::Contains(HasSubstr("s.json: /: expected an object, got an empty array")));
+    EXPECT_THAT(
+        ErrorsOf("[]"),
+        testing::ElementsAre(HasSubstr("s.json: /: expected an object, got an empty array")));
     EXPECT_THAT(
         ErrorsOf(R"({"mesh": "cube.obj", "steps": 7})"),
         testing::ElementsAre("trovik: s.json: /steps: expected an array of objects, got 7"));
     EXPECT_THAT(ErrorsOf(R"({"steps": []})"),
                 testing::ElementsAre(HasSubstr("/: a script opens one of \"mesh\" and \"scene\"")));
+}
+
+TEST_F(ScriptCheck, AFaultySourceIsOneError) {
+    for (const char* source : {R"("mesh": 5)", R"("scene": {"file": "a"})", R"("mesh": null)"}) {
+        SCOPED_TRACE(source);
+        const std::string field = std::string(source).substr(1, std::string(source).find(':') - 2);
+        EXPECT_THAT(ErrorsOf("{" + std::string(source) + R"(, "steps": []})"),
+                    testing::ElementsAre(HasSubstr("s.json: /" + field + ": ")));
+    }
+    // Both are there, whatever their values.
+    EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "scene": 6, "steps": []})"),
+                testing::ElementsAre(HasSubstr("/mesh: "),
+                                     HasSubstr("/scene: "),
+                                     HasSubstr("/: a script opens one of"),
+                                     "trovik: s.json: 3 errors"));
+    // Other errors are still found.
+    EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "mirror": ["x", "x"], "steps": [{"tool": "Wex"}]})"),
+                testing::ElementsAre(HasSubstr("/mesh: "),
+                                     HasSubstr("/mirror/1: the axis is named twice"),
+                                     HasSubstr("/steps/0/tool: unknown tool"),
+                                     "trovik: s.json: 3 errors"));
+}
+
+TEST_F(ScriptCheck, ControlCharactersAreNotPrinted) {
+    // U+009B begins terminal commands, as ESC [ does.
+    EXPECT_THAT(ErrorsOf("{\"mesh\": \"cube.obj\", \"\xc2\x9b"
+                         "2J\": 1, \"steps\": [{\"\xc2\x9b"
+                         "1m\": 1}]}"),
+                testing::ElementsAre(HasSubstr("s.json: /steps/0/\\u{9b}1m: "),
+                                     HasSubstr("s.json: /\\u{9b}2J: "),
+                                     "trovik: s.json: 2 errors"));
+    const std::string name = "a\x1b[2J.json";
+    WriteFile(name, R"({"mesh": "cube.obj", "steps": []})");
+    EXPECT_EQ(Run("sculpt --check '" + name + "'").out, "a\\u{1b}[2J.json: no errors\n");
+    fs::copy_file(folder / "cube.obj", folder / "\x1b[2J.obj");
+    WriteFile("s.json", R"({"mesh": "\u001b[2J.obj", "steps": []})");
+    const Outcome outcome = Run("sculpt s.json");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.error, HasSubstr("] opening "));
+    EXPECT_THAT(outcome.error, HasSubstr("\\u{1b}[2J.obj\n"));
+    EXPECT_EQ(outcome.error.find('\x1b'), std::string::npos);
 }
 
 TEST_F(ScriptCheck, EveryNameOfTheSchemaIsKnownToTheBrush) {

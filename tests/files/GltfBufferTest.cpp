@@ -110,6 +110,9 @@ TEST_F(GltfBufferFiles, OutsideTheFolderAreNotReadEvenThroughLinks) {
     EXPECT_THAT(Refusal(Document("data/../../outside.bin")), HasSubstr(reason));
     EXPECT_THAT(Refusal(Document("%2e%2e/outside.bin")), HasSubstr(reason));
     EXPECT_THAT(Refusal(Document(folder.Path("outside.bin"))), HasSubstr(reason));
+    // The message does not reveal whether the file exists.
+    EXPECT_THAT(Refusal(Document("../missing.bin")), HasSubstr(reason));
+    EXPECT_THAT(Refusal(Document(folder.Path("missing.bin"))), HasSubstr(reason));
     fs::create_symlink("../outside.bin", folder.Path("in/link.bin"));
     EXPECT_THAT(Refusal(Document("link.bin")), HasSubstr(reason));
     fs::create_directory_symlink("..", folder.Path("in/up"));

@@ -96,7 +96,7 @@ TEST_F(MaterialFiles, FromElsewhereAreCopiedAndTheirTexturesAreStillFound) {
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
     EXPECT_THAT(Content("out/mesh.obj"), HasSubstr("mtllib all.mtl\n"));
     EXPECT_EQ(Content("out/all.mtl"),
-              "# Copied by trovik from all.mtl\nnewmtl red\nKd 1 0 0\n"
+              "# Copied by trovik from ../in/lib/all.mtl\nnewmtl red\nKd 1 0 0\n"
               "map_Kd -s 1 1 1 -clamp on ../in/lib/textures/my red.png\n"
               "newmtl blue\nbump -bm 0.5 ../in/shared/bump.png\nmap_d /data/mask.png\n"
               "refl C:\\sky.hdr\n");
@@ -113,6 +113,45 @@ TEST_F(MaterialFiles, OfOthersAreNotOverwritten) {
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all-2.mtl")));
     EXPECT_EQ(Content("out/all.mtl"), "newmtl mine\n");
     EXPECT_THAT(Content("out/mesh.obj"), HasSubstr("mtllib all-2.mtl\n"));
+}
+
+TEST_F(MaterialFiles, OfOneNameFromTwoFoldersGetOneCopyEach) {
+    fs::create_directories(folder.Path("in2/lib"));
+    folder.Fill("in2/mesh.obj", Content("in/mesh.obj"));
+    folder.Fill("in2/lib/all.mtl", "newmtl red\nKd 0 1 0\n");
+    const auto writeSecond = [&] {
+        const PolygonMesh mesh = ReadMeshFile(folder.Path("in2/mesh.obj"));
+        return WriteMeshFile(folder.Path("out/second.obj"), PolygonSource(mesh));
+    };
+    EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
+    const std::string first = Content("out/all.mtl");
+    EXPECT_THAT(writeSecond(), ElementsAre(folder.Path("out/all-2.mtl")));
+    EXPECT_EQ(Content("out/all.mtl"), first);
+    EXPECT_THAT(Content("out/second.obj"), HasSubstr("mtllib all-2.mtl\n"));
+    EXPECT_EQ(Content("out/all-2.mtl"),
+              "# Copied by trovik from ../in2/lib/all.mtl\nnewmtl red\nKd 0 1 0\n");
+    // Each copy is found again under its number.
+    EXPECT_THAT(Write("out/mesh.obj"), IsEmpty());
+    EXPECT_THAT(writeSecond(), IsEmpty());
+    folder.Fill("in2/lib/all.mtl", "newmtl red\nKd 0 0 1\n");
+    EXPECT_THAT(writeSecond(), ElementsAre(folder.Path("out/all-2.mtl")));
+    EXPECT_EQ(Content("out/all.mtl"), first);
+}
+
+TEST_F(MaterialFiles, AreNotWrittenThroughLinks) {
+    EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
+    // Even if the link leads to an earlier copy.
+    fs::create_directories(folder.Path("elsewhere"));
+    fs::rename(folder.Path("out/all.mtl"), folder.Path("elsewhere/all.mtl"));
+    fs::create_symlink("../elsewhere/all.mtl", folder.Path("out/all.mtl"));
+    fs::create_symlink("../elsewhere/new.mtl", folder.Path("out/all-2.mtl"));
+    const std::string before = Content("elsewhere/all.mtl");
+    folder.Fill("in/lib/all.mtl", "newmtl red\nKd 0.5 0 0\n");
+    EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all-3.mtl")));
+    EXPECT_THAT(Content("out/mesh.obj"), HasSubstr("mtllib all-3.mtl\n"));
+    EXPECT_EQ(Content("elsewhere/all.mtl"), before);
+    EXPECT_FALSE(fs::exists(folder.Path("elsewhere/new.mtl")));
+    EXPECT_THAT(Write("out/mesh.obj"), IsEmpty());
 }
 
 TEST_F(MaterialFiles, ThatCannotBeCopiedAreReferredTo) {

@@ -213,6 +213,18 @@ TEST_F(JournalOnDisk, RefusesASecondRunWhileTheFirstIsGoingOn) {
     EXPECT_NE(MessageOf<HostError>(start).find("did not end in good order"), std::string::npos);
 }
 
+TEST_F(JournalOnDisk, AFileThatIsNotAJournalIsNotReplaced) {
+    for (const char* content : {"notes of mine", "T", "TROVIK"}) {
+        std::ofstream(path, std::ios::binary) << content;
+        const std::string message = MessageOf<HostError>([this] { Journal({path, false}, base); });
+        EXPECT_EQ(message == path + ": exists and is not a journal; name another file",
+                  std::string(content) == "notes of mine")
+            << message;
+        EXPECT_FALSE(message.empty());
+        EXPECT_EQ(TemporaryFolder::Content(path), content);
+    }
+}
+
 /// Starts another journal at the moment before a journal is put in place.
 class SecondRunIsFirst : public DiskCalls {
 public:

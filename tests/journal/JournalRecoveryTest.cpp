@@ -5,6 +5,7 @@
 #include "framework/brushes/DabAtHit.h"
 #include "framework/brushes/DabStrength.h"
 #include "framework/errors/HostError.h"
+#include "framework/errors/WorkStopped.h"
 #include "framework/script/JournalRecovery.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/SessionStroke.h"
@@ -14,6 +15,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 namespace trovik::test {
 namespace {
@@ -44,8 +46,8 @@ protected:
     }
 
     /// Opens the cube for work that is done step by step.
-    std::unique_ptr<ScriptRunner> Open() {
-        script = FillScript(folder, json::array());
+    std::unique_ptr<ScriptRunner> Open(const json& mirror = {"x"}) {
+        script = FillScript(folder, json::array(), mirror);
         auto runner = std::make_unique<ScriptRunner>(script, folder.Path(""), ScriptProgress{});
         runner->SetJournal({Journal(), false});
         runner->Open(ReadStrokeScript(script));
@@ -336,6 +338,47 @@ TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListenerBehind) {
     }
     const std::string message = MessageOf<HostError>([this] { Recovered(); });
     EXPECT_NE(message.find("made 1 dabs, and the journal has 2"), std::string::npos) << message;
+}
+
+// The sides that were left out stay out, and a recovery can be stopped between those that were not.
+TEST_F(RecoveredJournal, HoldsMirroredStrokesThatWereBrokenOff) {
+    unsigned questions = 0;
+    for (const bool isBroken : {true, false}) {
+        SCOPED_TRACE(isBroken);
+        std::optional<uint32_t> state;
+        uint64_t dabs = 0;
+        {
+            const auto runner = Open({"x", "y"});
+            SculptSession& session = runner->Session();
+            runner->Do({{"tool", "Flatten"}, {"set", {{"strength", 60}, {"globalPlane", true}}}},
+                       0);
+            session.Loop().Begin(BrushOperation::ModifierNone, 5);
+            DabByHand(session, 0.4f, 0.6f);
+            DabByHand(session, 0.6f, 0.7f);
+            if (isBroken)
+                session.Loop().Break();
+            else
+                session.Loop().End();
+            dabs = session.Totals().dabs;
+            state = StateOf(session);
+        }
+        EXPECT_EQ(dabs, isBroken ? 4u : 8u);
+        RecoveryOptions options;
+        unsigned asked = 0;
+        options.progress.stop = [&asked] { return ++asked == 0; };
+        const RecoveredWork work = RedoJournal(Journal(), options);
+        EXPECT_EQ(StateOf(work.runner->Session()), *state);
+        EXPECT_EQ(work.runner->Session().Totals().dabs, dabs);
+        const unsigned all = asked;
+        options.progress.stop = [&asked, all] { return ++asked == all; };
+        asked = 0;
+        EXPECT_THROW(RedoJournal(Journal(), options), WorkStopped);
+        EXPECT_EQ(asked, all);
+        // Once more for each dab of the second pair of sides.
+        if (isBroken) questions = all;
+        EXPECT_EQ(all, isBroken ? questions : questions + 2);
+        fs::remove(Journal());
+    }
 }
 
 TEST_F(RecoveredJournal, WritesNoFilesButTheScene) {

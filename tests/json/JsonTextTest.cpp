@@ -82,6 +82,14 @@ TEST(JsonText, DeepNestingIsRefused) {
     EXPECT_NO_THROW(ParseDocument(std::string(64, '[') + std::string(64, ']'), "a.json"));
     EXPECT_THAT(ErrorOf(std::string(65, '[') + std::string(65, ']')), HasSubstr("nested"));
     EXPECT_THAT(ErrorOf(std::string(1000000, '[')), HasSubstr("nested"));
+    std::string parents;
+    for (int i = 0; i < 63; ++i) parents += "/0";
+    const std::string outer(63, '[');
+    EXPECT_EQ(ErrorOf(outer + "[[]]"), "a.json: " + parents + "/0: more than 64 nested values");
+    EXPECT_EQ(ErrorOf(outer + "[1, 2, []]"),
+              "a.json: " + parents + "/2: more than 64 nested values");
+    EXPECT_EQ(ErrorOf(outer + R"({"a": 1, "b": {}})"),
+              "a.json: " + parents + "/b: more than 64 nested values");
 }
 
 TEST(JsonText, ValuesAreThoseOfThePlainParser) {

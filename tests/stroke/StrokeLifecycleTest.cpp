@@ -124,6 +124,8 @@ TEST(StrokeBegin, SmoothModifierWithoutAToolBeginsNothing) {
     EXPECT_EQ(brush.mesh, nullptr);
     EXPECT_EQ(brush.configurationBeforeSmooth, nullptr);
     EXPECT_TRUE(bench.Dab(bench.HitFace(0), 1.0f).IsEmpty());
+    brush.ApplyToWholeMesh(&bench.Mesh(), 1.0f, false);
+    EXPECT_EQ(brush.mesh, nullptr);
     bench.End();
     EXPECT_EQ(brush.ActiveConfiguration(), nullptr);
     EXPECT_EQ(BitsOf(bench.Mesh()), before);

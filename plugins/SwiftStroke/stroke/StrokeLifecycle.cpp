@@ -26,8 +26,9 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
     const TVCrashReporterFlag flag(4, 0x20);
     if (modifier == ModifierSmooth && ActiveConfiguration() == nullptr) {
         // There is no tool to return to. The stroke does not begin, and without a falloff its dabs
-        // do nothing.
+        // do nothing; see ApplyToWholeMesh, too.
         falloffTable = nullptr;
+        strokeActive = false;
         return;
     }
     if (useTessellator) {
@@ -104,13 +105,18 @@ void SwiftStroke::EndStroke() {
     }
     if (mesh == nullptr) return;
 
+    // The change knows whether its mesh still exists; the pair does not.
+    const auto isEditable = [this](const MeshChangePair& pair) {
+        const Mesh* changed = pair.change->mesh;
+        return useTessellator && changed != nullptr && MeshEditable(changed);
+    };
     bool anyEditable = false;
-    for (uint32_t i = 0; useTessellator && i < meshChanges.fill && !anyEditable; ++i)
-        anyEditable = MeshEditable(meshChanges.array[i].mesh);
+    for (uint32_t i = 0; i < meshChanges.fill && !anyEditable; ++i)
+        anyEditable = isEditable(meshChanges.array[i]);
     std::exception_ptr failure;
     for (uint32_t i = 0; i < meshChanges.fill; ++i) {
         const MeshChangePair& pair = meshChanges.array[i];
-        const bool keepTopology = !(useTessellator && MeshEditable(pair.mesh));
+        const bool keepTopology = !isEditable(pair);
         const bool joinPrevious = !(i == 0 && !anyEditable);
         try {
             pair.change->Finish(keepTopology, joinPrevious);

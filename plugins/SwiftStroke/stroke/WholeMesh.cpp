@@ -7,6 +7,8 @@ namespace trovik {
 void SwiftStroke::ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) {
     const TVCrashReporterFlag flag(4, 0x8000);
     if (!HasFaces(wholeMeshTarget)) return;
+    // The state that BeginStroke leaves when the Smooth modifier finds no tool.
+    if (!strokeActive && falloffTable == nullptr && ActiveConfiguration() == nullptr) return;
     wholeMesh = true;
     wholeMeshFacing = byFacing;
     if (byFacing) {
