@@ -143,10 +143,10 @@ void Render(const RenderOptions& wanted) {
     const RenderedLevel level(*scene.geometry, options.shading);
     const PictureCamera camera =
         CameraFor(wanted, level.Mesh(), IsScenePath(wanted.mesh) ? &scene.settings.view : nullptr);
+    // Vertices first: a camera that frames a mesh out of range is out of range too.
+    const RenderScene rendered({level.Mesh()});
     CheckCamera(camera);
     CheckUp(wanted, camera);
-
-    const RenderScene rendered({level.Mesh()});
     line.Notes(wanted.mesh, scene.notes);
     std::vector<std::string> files;
     const int count = std::max(wanted.frames, 1);
