@@ -43,7 +43,7 @@ public:
 
     /// The path goes on to the sample. Lays nothing yet.
     void Add(const PathSample& sample) { path.Add(sample); }
-    /// Lays the dabs that are certain. \throw HostError for a path that has become too long by
+    /// Applies the dabs that are certain. \throw HostError for a path that has become too long by
     /// PathSteps::CheckLength, before it lays any, or by PathSteps::Take. Whatever
     /// PathOptions::poll throws passes through.
     void Advance();

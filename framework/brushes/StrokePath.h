@@ -51,8 +51,8 @@ TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     const std::vector<PathSample>& samples,
                                     const PathOptions& options);
 
-/// Lays dabs along points on the surface (world; the nearest point of the mesh counts). Errors are
-/// those of StrokeAlongView.
+/// Applies dabs along points on the surface (world; the nearest point of the mesh counts). Errors
+/// are those of StrokeAlongView.
 TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
                                        LevelGeometry& geometry,
                                        const PatchTree& tree,

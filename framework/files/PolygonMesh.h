@@ -56,7 +56,7 @@ enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 /// coordinates. Group names are those of `g`, or of `o` where no `g` follows it; material names
 /// those of `usemtl`, smoothing groups those of `s`. `materialFiles` are the files of `mtllib`,
 /// relative to the folder of the OBJ file; they are not opened. Comments `# units mm` and
-/// `# up z`, as WriteObj leaves them, tell what the numbers mean. Lines, points and curves are
+/// `# up z`, as WriteObj writes them, specify units and axis. Lines, points and curves are
 /// skipped.
 /// Memory: the result and a buffer as long as the longest line (at most 64 MiB).
 /// \throw HostError naming the file, the line and the reason.
