@@ -4,8 +4,9 @@
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/baking/MapFile.h"
-#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/multires/Steps.h"
 #include "framework/scene/SceneFile.h"
 
 #include <nlohmann/json.hpp>

@@ -4,7 +4,7 @@
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
-#include "framework/files/ContentHash.h"
+#include "framework/io/ContentHash.h"
 #include "framework/scene/SceneFile.h"
 #include "framework/script/JournalRecovery.h"
 

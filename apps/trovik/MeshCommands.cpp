@@ -7,10 +7,11 @@
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
-#include "framework/files/FilePath.h"
-#include "framework/files/MeshSource.h"
-#include "framework/levels/BaseLevel.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/io/FilePath.h"
+#include "framework/mesh/BaseLevel.h"
+#include "framework/mesh/MeshSource.h"
+#include "framework/multires/LevelSource.h"
 
 #include <nlohmann/json.hpp>
 

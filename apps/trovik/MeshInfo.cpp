@@ -2,9 +2,10 @@
 #include "MeshInfo.h"
 
 #include "Interruption.h"
-#include "framework/files/MeshSource.h"
-#include "framework/levels/BaseLevel.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/mesh/BaseLevel.h"
+#include "framework/mesh/MeshSource.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <nlohmann/json.hpp>
 

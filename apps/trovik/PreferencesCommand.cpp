@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
 #include "JsonOutput.h"
-#include "framework/edits/UndoPreferences.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/Suggestion.h"
+#include "framework/history/UndoPreferences.h"
 #include "framework/nodes/PreferenceFile.h"
-#include "framework/plugins/PluginLoader.h"
+#include "framework/pluginhost/PluginLoader.h"
 
 #include <nlohmann/json.hpp>
 

@@ -2,7 +2,7 @@
 #include "ProgressLine.h"
 
 #include "framework/errors/PrintableText.h"
-#include "framework/files/FilePath.h"
+#include "framework/io/FilePath.h"
 
 #include <cstdio>
 #include <unistd.h>

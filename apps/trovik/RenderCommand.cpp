@@ -5,12 +5,12 @@
 #include "MeshCommands.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
-#include "framework/pictures/Matcap.h"
-#include "framework/pictures/PictureFile.h"
-#include "framework/pictures/RenderMemory.h"
-#include "framework/pictures/RenderRange.h"
-#include "framework/pictures/RenderedLevel.h"
+#include "framework/io/FilePath.h"
+#include "framework/render/Matcap.h"
+#include "framework/render/PictureFile.h"
+#include "framework/render/RenderMemory.h"
+#include "framework/render/RenderRange.h"
+#include "framework/render/RenderedLevel.h"
 
 #include <nlohmann/json.hpp>
 

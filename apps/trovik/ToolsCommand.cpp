@@ -2,7 +2,7 @@
 #include "Commands.h"
 #include "JsonOutput.h"
 #include "framework/nodes/PlainText.h"
-#include "framework/plugins/PluginLoader.h"
+#include "framework/pluginhost/PluginLoader.h"
 #include "framework/script/ToolSettings.h"
 
 #include <QRegularExpression>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/AttributeRefinement.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/mesh/AttributeRefinement.h"
+#include "framework/multires/LevelGeometry.h"
 
 namespace trovik {
 

@@ -3,7 +3,7 @@
 
 #include "framework/baking/MapText.h"
 #include "framework/images/ImageFile.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <functional>
 #include <optional>

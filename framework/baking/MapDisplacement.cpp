@@ -3,11 +3,11 @@
 
 #include "framework/baking/DisplacementMap.h"
 #include "framework/baking/SurfaceFrames.h"
-#include "framework/edits/LevelChange.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/IsFinite.h"
-#include "framework/levels/LevelPositions.h"
-#include "framework/levels/VertexNeighbours.h"
+#include "framework/math/IsFinite.h"
+#include "framework/mesh/LevelPositions.h"
+#include "framework/mesh/VertexNeighbours.h"
+#include "framework/multires/LevelChange.h"
 
 #include <algorithm>
 #include <vector>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/baking/MapText.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <optional>
 #include <string>

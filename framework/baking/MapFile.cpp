@@ -3,8 +3,8 @@
 
 #include "framework/baking/MapTiles.h"
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
 #include "framework/images/ImageLimits.h"
+#include "framework/io/FilePath.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/baking/MapText.h"
 
-#include "framework/files/NumberText.h"
+#include "framework/io/NumberText.h"
 
 #include <charconv>
 #include <cmath>

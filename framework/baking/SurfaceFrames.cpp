@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/baking/SurfaceFrames.h"
 
-#include "framework/levels/LevelPositions.h"
-#include "framework/levels/LevelRefiner.h"
+#include "framework/mesh/LevelPositions.h"
+#include "framework/mesh/LevelRefiner.h"
 
 #include <cassert>
 #include <cmath>

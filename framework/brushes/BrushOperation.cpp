@@ -9,6 +9,11 @@
 
 namespace trovik {
 
+StrokeResources* StrokeResources::Of(MeshUnlocker* holder) {
+    auto* brush = dynamic_cast<BrushOperation*>(holder);
+    return brush == nullptr ? nullptr : &brush->Settings().strokeResources;
+}
+
 namespace {
 
 constexpr float largest = 100.0f;

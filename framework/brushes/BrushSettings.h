@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/brushes/FalloffTable.h"
-#include "framework/edits/StrokeResources.h"
+#include "framework/mesh/StrokeResources.h"
 #include "host/BrushOperation.h"
 
 #include <map>

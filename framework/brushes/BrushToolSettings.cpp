@@ -3,7 +3,7 @@
 /// \file
 /// Each tool keeps its own settings: leaving a tool stores them, coming back restores them.
 #include "framework/brushes/BrushSettings.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
 
 namespace trovik {
 

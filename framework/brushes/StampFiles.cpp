@@ -2,8 +2,8 @@
 #include "framework/brushes/StampFiles.h"
 
 #include "framework/brushes/BrushSettings.h"
-#include "framework/files/ResourceFolders.h"
 #include "framework/images/StampImage.h"
+#include "framework/io/ResourceFolders.h"
 
 #include <filesystem>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/LayerEdit.h"
 
-#include "framework/edits/SameState.h"
-#include "framework/levels/LevelGeometry.h"
-#include "framework/levels/LevelPositions.h"
-#include "framework/levels/SameBits.h"
+#include "framework/layers/SameState.h"
+#include "framework/math/SameBits.h"
+#include "framework/mesh/LevelPositions.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <algorithm>
 #include <cstring>

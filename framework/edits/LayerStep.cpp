@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/LayerStep.h"
 
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/edits/LayerStack.h"
-#include "framework/edits/VertexSwap.h"
+#include "framework/history/UndoHistory.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/mesh/VertexSwap.h"
 
 #include <memory>
 #include <vector>

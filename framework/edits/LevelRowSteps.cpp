@@ -2,7 +2,7 @@
 
 /// \file
 /// Steps that put levels into the row of a geometry or take them out.
-#include "framework/edits/Steps.h"
+#include "framework/multires/Steps.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/Steps.h"
+#include "framework/multires/Steps.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/SurfaceMoves.h"
 
-#include "framework/levels/VertexNeighbours.h"
+#include "framework/mesh/VertexNeighbours.h"
 
 namespace trovik {
 

@@ -3,8 +3,8 @@
 
 #include "framework/edits/SurfaceMoves.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelGeometry.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/SameBits.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <bit>
 #include <cstring>

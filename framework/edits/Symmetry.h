@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/edits/LevelChange.h"
+#include "framework/multires/LevelChange.h"
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/Steps.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/SameBits.h"
+#include "framework/multires/Steps.h"
 
 namespace trovik {
 

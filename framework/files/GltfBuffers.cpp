@@ -2,7 +2,7 @@
 #include "framework/files/GltfBuffers.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/InputFile.h"
+#include "framework/io/InputFile.h"
 
 #include <nlohmann/json.hpp>
 

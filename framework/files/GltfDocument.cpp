@@ -3,7 +3,7 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/files/GltfBuffers.h"
-#include "framework/files/InputFile.h"
+#include "framework/io/InputFile.h"
 
 #include <cstring>
 #include <limits>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/files/GltfSink.h"
-#include "framework/files/MeshSource.h"
+#include "framework/mesh/MeshSource.h"
 
 #include <array>
 #include <cstdint>

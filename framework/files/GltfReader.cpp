@@ -3,13 +3,13 @@
 // tinygltf takes the JSON, the chunks and the buffers apart. It checks no number that points from
 // one part to another, so everything is checked here before it is followed.
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
 #include "framework/files/GltfAccessor.h"
 #include "framework/files/GltfDocument.h"
 #include "framework/files/GltfTransform.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
-#include "framework/files/PolygonMesh.h"
 #include "framework/files/VertexWeld.h"
+#include "framework/io/FilePath.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/OutputFile.h"
+#include "framework/io/OutputFile.h"
 
 #include <array>
 #include <bit>

@@ -2,10 +2,10 @@
 #include "framework/files/MaterialFiles.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
-#include "framework/files/InputFile.h"
 #include "framework/files/ObjStatement.h"
-#include "framework/files/OutputFile.h"
+#include "framework/io/FilePath.h"
+#include "framework/io/InputFile.h"
+#include "framework/io/OutputFile.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/MeshWriters.h"
+#include "framework/io/FilePath.h"
 
 #include <string>
 

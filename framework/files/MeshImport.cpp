@@ -2,8 +2,8 @@
 #include "framework/files/MeshImport.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/FaceCorners.h"
-#include "framework/files/WordsHash.h"
+#include "framework/io/WordsHash.h"
+#include "framework/mesh/FaceCorners.h"
 
 #include <algorithm>
 #include <bit>

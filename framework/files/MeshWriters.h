@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/MeshSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/mesh/MeshSource.h"
 
 #include <string>
 #include <vector>

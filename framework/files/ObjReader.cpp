@@ -5,12 +5,12 @@
 // numbers are not always the floats nearest to their text, it takes malformed indices for other
 // ones without a word, and it does not tell line numbers.
 #include "framework/errors/HostError.h"
-#include "framework/files/FaceCorners.h"
-#include "framework/files/InputFile.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
-#include "framework/files/NumberText.h"
 #include "framework/files/ObjStatement.h"
-#include "framework/files/PolygonMesh.h"
+#include "framework/io/InputFile.h"
+#include "framework/io/NumberText.h"
+#include "framework/mesh/FaceCorners.h"
 
 #include <tiny_obj_loader.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/SurfaceAttributes.h"
+#include "framework/mesh/SurfaceAttributes.h"
 
 #include <cstdint>
 #include <string>

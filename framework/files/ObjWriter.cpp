@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/files/MaterialFiles.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/OutputFile.h"
 #include "framework/files/ProgressCount.h"
+#include "framework/io/OutputFile.h"
 
 #include <array>
 #include <cstdint>

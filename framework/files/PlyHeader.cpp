@@ -2,6 +2,7 @@
 #include "framework/files/PlyHeader.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/files/MeshFiles.h"
 
 #include <algorithm>
 #include <charconv>

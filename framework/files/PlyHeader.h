@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/InputFile.h"
-#include "framework/files/PolygonMesh.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/io/InputFile.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/files/MeshFiles.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/OutputFile.h"
 #include "framework/files/ProgressCount.h"
+#include "framework/io/OutputFile.h"
 
 #include <algorithm>
 #include <array>

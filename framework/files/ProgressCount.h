@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/MeshSource.h"
+#include "framework/mesh/MeshSource.h"
 
 #include <cstdint>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/files/InputFile.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
-#include "framework/files/NumberText.h"
-#include "framework/files/PolygonMesh.h"
 #include "framework/files/StlFile.h"
 #include "framework/files/VertexWeld.h"
+#include "framework/io/InputFile.h"
+#include "framework/io/NumberText.h"
 
 #include <algorithm>
 #include <cmath>

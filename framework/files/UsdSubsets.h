@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/MeshSource.h"
-#include "framework/files/OutputFile.h"
+#include "framework/io/OutputFile.h"
+#include "framework/mesh/MeshSource.h"
 
 #include <string>
 

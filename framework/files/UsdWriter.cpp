@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/OutputFile.h"
 #include "framework/files/ProgressCount.h"
 #include "framework/files/UsdSubsets.h"
 #include "framework/files/UsdText.h"
+#include "framework/io/OutputFile.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/WordsHash.h"
+#include "framework/io/WordsHash.h"
 
 #include <array>
 #include <bit>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeBlend.h"
 
-#include "framework/edits/Steps.h"
+#include "framework/multires/Steps.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/edits/UndoHistory.h"
-#include "framework/levels/LevelMesh.h"
+#include "framework/history/UndoHistory.h"
+#include "framework/mesh/LevelMesh.h"
 
 #include <memory>
 #include <vector>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeBrush.h"
 
-#include "framework/edits/Steps.h"
-#include "framework/levels/SurfaceNormal.h"
+#include "framework/mesh/SurfaceNormal.h"
+#include "framework/multires/Steps.h"
 
 #include <algorithm>
 #include <cmath>
@@ -55,7 +55,7 @@ Vector FreezeBrush::Eye() const {
     Vector world;
     Vector local;
     g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&world, &origin, 1.0f);
-    level->Owner()->Place().WorldToLocal(&local, &world, 1.0f);
+    GeometryOf(*level).Place().WorldToLocal(&local, &world, 1.0f);
     return local;
 }
 
@@ -137,7 +137,7 @@ void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
         const float weight = weights[i] > 0.0f ? std::min(weights[i], 1.0f) : 0.0f;
         shares[i] = share + (target - share) * weight;
     }
-    const Matrix& toWorld = level->Owner()->Place().ToWorld();
+    const Matrix& toWorld = GeometryOf(*level).Place().ToWorld();
     for (std::size_t i = 0; i < reached.size(); ++i) {
         if (!(weights[i] > 0.0f)) continue;
         const uint32_t vertex = reached[i].vertex;
@@ -151,7 +151,7 @@ void FreezeBrush::EndStroke() {
     if (level == nullptr) return;
     auto step = MakeFreezeStep(*level, records->Vertices(), records->AmountsBefore());
     if (step != nullptr) {
-        UndoHistory& history = level->Owner()->History();
+        UndoHistory& history = GeometryOf(*level).History();
         level->ContentChanged();
         history.Push(std::move(step));
     }

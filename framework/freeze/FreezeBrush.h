@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/StrokePutBack.h"
 #include "framework/freeze/FreezeDab.h"
 #include "framework/freeze/FreezeStamp.h"
+#include "framework/strokes/StrokePutBack.h"
 #include "host/BrushOperation.h"
 
 #include <memory>

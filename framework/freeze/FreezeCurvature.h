@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <vector>
 
@@ -35,14 +35,6 @@ struct CurvatureRange {
 /// Neighbours count as for BlurredFreeze. 0 for a vertex of no face.
 /// \param size, rings  see CurvatureRange. Cost: O(faces).
 TROVIK_API std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rings);
-
-/// The same for other positions and normals of the vertices of `level`.
-/// \param positions, normals  world space, one of each for each vertex; normals of unit length.
-TROVIK_API std::vector<float> Bends(const LevelMesh& level,
-                                    const std::vector<Vector>& positions,
-                                    const std::vector<Vector>& normals,
-                                    float size,
-                                    uint32_t rings);
 
 /// Shares, 0 to 1, of the bound level's vertices.
 TROVIK_API std::vector<float> SharesByCurvature(const LevelGeometry& geometry,

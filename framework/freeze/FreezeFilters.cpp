@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeFilters.h"
 
-#include "framework/edits/Steps.h"
-#include "framework/freeze/FaceSides.h"
+#include "framework/mesh/FaceSides.h"
+#include "framework/multires/Steps.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/LevelMesh.h"
+#include "framework/mesh/LevelMesh.h"
 
 #include <vector>
 

@@ -2,7 +2,7 @@
 #include "framework/freeze/FreezeInView.h"
 
 #include "framework/freeze/BetweenPixels.h"
-#include "framework/levels/SurfaceNormal.h"
+#include "framework/mesh/SurfaceNormal.h"
 #include "framework/threads/WorkerThreads.h"
 
 #include <tbb/blocked_range.h>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/StrokePath.h"
 #include "framework/images/ImageFile.h"
 #include "framework/picking/PatchTree.h"
+#include "framework/strokes/StrokePath.h"
 
 #include <functional>
 #include <optional>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeParts.h"
 
-#include "framework/levels/AttributeRefinement.h"
+#include "framework/mesh/AttributeRefinement.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/images/ImageFile.h"
 
-#include "framework/files/FilePath.h"
-#include "framework/files/OutputFile.h"
 #include "framework/images/ImageCodec.h"
 #include "framework/images/ImageLimits.h"
 #include "framework/images/PngFile.h"
+#include "framework/io/FilePath.h"
+#include "framework/io/OutputFile.h"
 #include "framework/modules/Module.h"
 
 #include <cassert>

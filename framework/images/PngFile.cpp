@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/images/PngFile.h"
 
-#include "framework/files/InputFile.h"
 #include "framework/images/ImageLimits.h"
 #include "framework/images/SampleValue.h"
+#include "framework/io/InputFile.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,7 +2,7 @@
 #include "framework/images/StampImage.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
+#include "framework/io/FilePath.h"
 
 #include <algorithm>
 #include <cassert>

@@ -2,7 +2,7 @@
 #include "framework/journal/Journal.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/FileLock.h"
+#include "framework/io/FileLock.h"
 #include "framework/journal/JournalRecord.h"
 
 #include <filesystem>

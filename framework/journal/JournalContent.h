@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/ContentHash.h"
+#include "framework/io/ContentHash.h"
 #include "framework/journal/JournalReader.h"
 
 #include <nlohmann/json.hpp>

@@ -2,8 +2,8 @@
 #include "framework/journal/JournalReader.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/InputFile.h"
-#include "framework/scene/Crc32.h"
+#include "framework/io/Crc32.h"
+#include "framework/io/InputFile.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,9 +2,9 @@
 #include "framework/journal/JournalWriter.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/DiskCalls.h"
-#include "framework/files/FilePath.h"
-#include "framework/scene/Crc32.h"
+#include "framework/io/Crc32.h"
+#include "framework/io/DiskCalls.h"
+#include "framework/io/FilePath.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/Placement.h"
+#include "framework/math/Placement.h"
 
 #include <algorithm>
 #include <vector>

@@ -2,7 +2,7 @@
 #include "framework/nodes/PreferenceFile.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/files/OutputFile.h"
+#include "framework/io/OutputFile.h"
 #include "framework/json/JsonSchema.h"
 #include "framework/json/JsonText.h"
 

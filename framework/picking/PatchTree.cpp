@@ -15,9 +15,9 @@ PatchTree::PatchTree(LevelMesh* ofLevel)
     : level(ofLevel),
       boundLevel(static_cast<uint32_t>(ofLevel->Index())),
       leafLevel(boundLevel > 2 ? boundLevel - 2 : 0),
-      baseChildren(ofLevel->Owner()->Level(0)->CornersPerFace()) {
+      baseChildren(ofLevel->Hierarchy().Level(0)->CornersPerFace()) {
     for (uint32_t l = 0; l <= leafLevel; ++l) {
-        const uint32_t patches = level->Owner()->Level(l)->faceCount;
+        const uint32_t patches = level->Hierarchy().Level(l)->faceCount;
         patchBoxes.emplace_back(patches, EmptyBox());
         patchStamps.emplace_back(patches, 0u);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/levels/IsFinite.h"
+#include "framework/math/IsFinite.h"
 #include "framework/picking/PatchTree.h"
 #include "framework/picking/TriangleQueries.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/PolygonMesh.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/mesh/PolygonMesh.h"
+#include "framework/nodes/SceneStream.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
 #include "host/BrushOperation.h"
 
 namespace trovik {

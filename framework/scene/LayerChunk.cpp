@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/LayerChunk.h"
 
-#include "framework/levels/IsFinite.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/math/IsFinite.h"
+#include "framework/multires/LevelGeometry.h"
 #include "framework/scene/SceneChunks.h"
 
 #include <cmath>

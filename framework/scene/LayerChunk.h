@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/edits/LayerStack.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/nodes/SceneStream.h"
 
 namespace trovik {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/MeshChunk.h"
 
-#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/BaseLevel.h"
-#include "framework/levels/IsFinite.h"
-#include "framework/levels/LevelPositions.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/IsFinite.h"
+#include "framework/math/SameBits.h"
+#include "framework/mesh/BaseLevel.h"
+#include "framework/mesh/LevelPositions.h"
+#include "framework/multires/Steps.h"
 #include "framework/scene/AttributeChunk.h"
 #include "framework/scene/SceneChunks.h"
 

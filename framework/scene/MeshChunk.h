@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/LevelGeometry.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/nodes/SceneStream.h"
 
 namespace trovik {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/NodeChunk.h"
 
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 #include "framework/scene/SceneChunks.h"
 #include "host/ClassDesc.h"
 

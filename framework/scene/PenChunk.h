@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/DabDynamics.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
+#include "framework/strokes/DabDynamics.h"
 
 namespace trovik {
 

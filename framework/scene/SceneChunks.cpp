@@ -2,7 +2,7 @@
 #include "framework/scene/SceneChunks.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/scene/Crc32.h"
+#include "framework/io/Crc32.h"
 
 #include <cassert>
 #include <cctype>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/InputFile.h"
-#include "framework/files/OutputFile.h"
+#include "framework/io/InputFile.h"
+#include "framework/io/OutputFile.h"
+#include "framework/nodes/SceneStream.h"
 #include "framework/scene/NoPadding.h"
-#include "framework/scene/SceneStream.h"
 
 #include <functional>
 #include <string>

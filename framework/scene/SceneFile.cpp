@@ -3,7 +3,7 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
-#include "framework/plugins/PluginLoader.h"
+#include "framework/pluginhost/PluginLoader.h"
 #include "framework/scene/AttributeChunk.h"
 #include "framework/scene/BrushChunk.h"
 #include "framework/scene/FreezeBrushChunk.h"

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/DabDynamics.h"
-#include "framework/brushes/StrokePath.h"
-#include "framework/edits/LayerStack.h"
-#include "framework/levels/LevelGeometry.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/nodes/SceneStream.h"
+#include "framework/strokes/DabDynamics.h"
+#include "framework/strokes/StrokePath.h"
 
 #include <functional>
 #include <memory>

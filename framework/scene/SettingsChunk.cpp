@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/scene/SettingsChunk.h"
 
-#include "framework/brushes/MirrorMaps.h"
-#include "framework/brushes/PathSteps.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/IsFinite.h"
+#include "framework/math/IsFinite.h"
 #include "framework/scene/SceneChunks.h"
+#include "framework/strokes/MirrorMaps.h"
+#include "framework/strokes/PathSteps.h"
 
 #include <cmath>
 

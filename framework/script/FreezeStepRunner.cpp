@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/freeze/FreezeFilters.h"
 #include "framework/freeze/FreezeParts.h"
+#include "framework/multires/Steps.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>

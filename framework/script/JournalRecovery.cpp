@@ -3,7 +3,7 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
-#include "framework/files/FilePath.h"
+#include "framework/io/FilePath.h"
 #include "framework/script/ScriptDocument.h"
 
 #include <exception>

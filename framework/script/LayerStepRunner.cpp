@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/ScriptRunner.h"
 

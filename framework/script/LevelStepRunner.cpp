@@ -4,8 +4,8 @@
 /// Steps of a script that add, delete and choose levels.
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
-#include "framework/levels/BaseLevel.h"
 #include "framework/memory/MemoryAccount.h"
+#include "framework/mesh/BaseLevel.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>

@@ -3,11 +3,11 @@
 /// \file
 /// What stroke scripts say of the path of a stroke and of the pen that draws it.
 #include "framework/brushes/BrushSettings.h"
-#include "framework/brushes/LiveStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
 #include "framework/script/SessionStroke.h"
+#include "framework/strokes/LiveStroke.h"
 
 #include <filesystem>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/PathSample.h"
 #include "framework/script/FieldReader.h"
+#include "framework/strokes/PathSample.h"
 
 #include <string>
 #include <vector>

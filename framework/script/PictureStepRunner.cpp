@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/pictures/PictureFile.h"
-#include "framework/pictures/RenderedLevel.h"
+#include "framework/render/PictureFile.h"
+#include "framework/render/RenderedLevel.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <optional>

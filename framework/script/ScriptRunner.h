@@ -2,13 +2,13 @@
 #pragma once
 
 #include "framework/baking/MapFile.h"
-#include "framework/brushes/PathShape.h"
-#include "framework/files/MeshSource.h"
 #include "framework/freeze/FreezeInView.h"
+#include "framework/mesh/MeshSource.h"
 #include "framework/script/FieldReader.h"
 #include "framework/script/ScriptFiles.h"
 #include "framework/script/SculptSession.h"
 #include "framework/script/SessionJournal.h"
+#include "framework/strokes/PathShape.h"
 #include "framework/trace/TraceRecorder.h"
 
 #include <functional>

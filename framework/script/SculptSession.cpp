@@ -2,13 +2,15 @@
 #include "framework/script/SculptSession.h"
 
 #include "framework/brushes/StampFiles.h"
-#include "framework/edits/Steps.h"
-#include "framework/edits/UndoPreferences.h"
+#include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/NoticeRenderer.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/history/UndoPreferences.h"
+#include "framework/mesh/NoticeRenderer.h"
+#include "framework/multires/Steps.h"
 #include "framework/nodes/HostKernel.h"
-#include "framework/pictures/RenderedLevel.h"
-#include "framework/plugins/PluginLoader.h"
+#include "framework/pluginhost/PluginLoader.h"
+#include "framework/render/RenderedLevel.h"
 
 #include <algorithm>
 

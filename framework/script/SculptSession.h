@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/MirrorMaps.h"
-#include "framework/brushes/StrokePath.h"
-#include "framework/edits/LayerStack.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBlend.h"
 #include "framework/freeze/FreezeBrush.h"
-#include "framework/pictures/Picture.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/render/Picture.h"
 #include "framework/scene/SceneFile.h"
+#include "framework/strokes/MirrorMaps.h"
+#include "framework/strokes/StrokePath.h"
 
 #include <memory>
 #include <optional>

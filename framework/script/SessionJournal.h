@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/StrokeInputListener.h"
 #include "framework/journal/Journal.h"
 #include "framework/script/ScriptFiles.h"
 #include "framework/script/SculptSession.h"
+#include "framework/strokes/StrokeInputListener.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/script/SessionStroke.h"
 
-#include "framework/brushes/DabStrength.h"
-#include "framework/brushes/PathSteps.h"
 #include "framework/errors/WorkStopped.h"
+#include "framework/strokes/DabStrength.h"
+#include "framework/strokes/PathSteps.h"
 
 namespace trovik {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/LiveStroke.h"
 #include "framework/script/SculptSession.h"
+#include "framework/strokes/LiveStroke.h"
 
 #include <functional>
 #include <memory>

@@ -2,9 +2,9 @@
 
 /// \file
 /// What is said of each step: its name while it runs, what it did, and work without effect.
-#include "framework/brushes/DabAtHit.h"
-#include "framework/edits/Steps.h"
+#include "framework/multires/Steps.h"
 #include "framework/script/ScriptRunner.h"
+#include "framework/strokes/DabAtHit.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/DabStrength.h"
 #include "framework/errors/WorkStopped.h"
 #include "framework/script/ScriptRunner.h"
 #include "framework/script/SessionStroke.h"
+#include "framework/strokes/DabStrength.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/trace/BrushSettingsText.h"
 
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PreferenceFile.h"
 

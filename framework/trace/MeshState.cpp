@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/trace/MeshState.h"
 
-#include "framework/edits/LevelChange.h"
-#include "framework/edits/SculptLayer.h"
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
+#include "framework/io/FilePath.h"
+#include "framework/layers/SculptLayer.h"
+#include "framework/multires/LevelChange.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/trace/ContentHash.h"
 #include "framework/trace/JsonFields.h"

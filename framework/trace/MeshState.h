@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <cstdint>
 #include <map>

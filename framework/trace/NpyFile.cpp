@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/trace/NpyFile.h"
 
-#include "framework/files/FilePath.h"
+#include "framework/io/FilePath.h"
 
 #include <bit>
 #include <cerrno>

@@ -3,8 +3,8 @@
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
-#include "framework/files/FilePath.h"
-#include "framework/levels/NoticeRenderer.h"
+#include "framework/io/FilePath.h"
+#include "framework/mesh/NoticeRenderer.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/trace/BrushSettingsText.h"
 #include "framework/trace/MeshState.h"

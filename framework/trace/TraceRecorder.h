@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/StrokeObserver.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/strokes/StrokeObserver.h"
 #include "framework/trace/HostChanges.h"
 #include "framework/trace/JsonFields.h"
 #include "framework/trace/TraceArrays.h"

@@ -38,7 +38,7 @@ void TraceRecorder::AfterSettling(BrushOperation& brush,
                                   const std::vector<uint32_t>& vertices) {
     Guarded([&] {
         const std::vector<LevelGeometry*> geometries = SceneGeometries();
-        const auto found = std::find(geometries.begin(), geometries.end(), mesh.Owner());
+        const auto found = std::find(geometries.begin(), geometries.end(), &mesh.Hierarchy());
         if (!begun || found == geometries.end()) return;
         std::vector<std::string> numbers, positions;
         for (const uint32_t vertex : vertices) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/levels/LevelGeometry.h"
-#include "framework/levels/LevelPositions.h"
+#include "framework/mesh/LevelPositions.h"
+#include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <algorithm>

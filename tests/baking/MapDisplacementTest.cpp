@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
-#include "framework/edits/LayerStack.h"
+#include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
+#include "framework/layers/LayerStack.h"
 #include "tests/baking/BakedMeshes.h"
 #include "tests/files/TemporaryFolder.h"
 

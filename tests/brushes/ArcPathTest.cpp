@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/ArcPath.h"
+#include "framework/strokes/ArcPath.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/ImprintStroke.h"
+#include "framework/strokes/ImprintStroke.h"
 #include "tests/brushes/LoopBench.h"
 #include "tests/meshes/MeshZoo.h"
 

@@ -3,9 +3,9 @@
 /// \file
 /// Strokes while they are drawn: dabs come as soon as they are certain, and are those of the
 /// recorded stroke to the bit.
-#include "framework/brushes/LiveStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
+#include "framework/strokes/LiveStroke.h"
 #include "tests/SourceFolder.h"
 #include "tests/brushes/PathBench.h"
 

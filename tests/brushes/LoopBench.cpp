@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/brushes/LoopBench.h"
 
-#include "framework/brushes/DabAtHit.h"
+#include "framework/strokes/DabAtHit.h"
 
 #include <map>
 #include <stdexcept>

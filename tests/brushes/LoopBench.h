@@ -2,9 +2,9 @@
 #pragma once
 
 #include "framework/brushes/BrushSettings.h"
-#include "framework/brushes/StrokePath.h"
 #include "framework/images/StampImage.h"
 #include "framework/nodes/HostKernel.h"
+#include "framework/strokes/StrokePath.h"
 #include "tests/fixture/StrokeBench.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/PathDabs.h"
+#include "framework/strokes/PathDabs.h"
 #include "tests/brushes/LoopBench.h"
 
 #include <vector>

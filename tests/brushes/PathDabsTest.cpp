@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/PathDabs.h"
+#include "framework/strokes/PathDabs.h"
 #include "tests/brushes/PathBench.h"
 
 #include <gtest/gtest.h>

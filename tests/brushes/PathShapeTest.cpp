@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/ArcPath.h"
-#include "framework/brushes/PathShape.h"
+#include "framework/strokes/ArcPath.h"
+#include "framework/strokes/PathShape.h"
 #include "tests/brushes/PathBench.h"
 
 #include <gtest/gtest.h>

@@ -2,12 +2,12 @@
 
 /// \file
 /// Pens and the paths of strokes as stroke scripts tell them.
-#include "framework/brushes/PathSteps.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
+#include "framework/strokes/PathSteps.h"
 #include "tests/files/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

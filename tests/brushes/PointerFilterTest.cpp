@@ -4,8 +4,8 @@
 /// Recorded pointer streams with the faults of pens and drivers. A stroke is clean when it has the
 /// dabs of the stroke without faults: as many but for one, each within a quarter of the spacing of
 /// its place and within 0.06 of its pressure.
-#include "framework/brushes/PointerFilter.h"
 #include "framework/script/PenStream.h"
+#include "framework/strokes/PointerFilter.h"
 #include "tests/SourceFolder.h"
 #include "tests/brushes/PathBench.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/PressureCurve.h"
 #include "framework/errors/HostError.h"
+#include "framework/strokes/PressureCurve.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 /// \file
 /// A stroke that is drawn while its pen reports gives the bits of the same samples in a script,
 /// with every tool of the plug-in and with the freeze brush.
-#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
+#include "framework/multires/Steps.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
 #include "framework/script/SessionStroke.h"

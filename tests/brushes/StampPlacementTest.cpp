@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/StampPlacement.h"
+#include "framework/strokes/StampPlacement.h"
 #include "tests/brushes/LoopBench.h"
 #include "tests/meshes/MirrorAtX.h"
 

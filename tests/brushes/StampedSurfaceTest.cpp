@@ -3,7 +3,7 @@
 /// \file
 /// The whole road of a stamp: image, placement, loop, kernels. A flat grid under Sculpt with a flat
 /// falloff shows the image itself: each vertex rises by its pixel.
-#include "framework/brushes/DabStrength.h"
+#include "framework/strokes/DabStrength.h"
 #include "tests/brushes/LoopBench.h"
 #include "tests/meshes/MirrorAtX.h"
 

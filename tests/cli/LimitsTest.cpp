@@ -3,7 +3,7 @@
 /// \file
 /// The command under limits of the system: memory, address space, sizes of files; and files that it
 /// may not write.
-#include "framework/files/FileLock.h"
+#include "framework/io/FileLock.h"
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 

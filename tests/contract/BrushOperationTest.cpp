@@ -3,7 +3,7 @@
 #include "framework/brushes/Falloff.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/nodes/HostKernel.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
 #include "host/BrushOperation.h"
 
 #include <gmock/gmock.h>

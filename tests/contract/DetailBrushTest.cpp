@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DetailBrush.h"
 #include "framework/brushes/BrushSettings.h"
-#include "framework/files/PolygonMesh.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/mesh/PolygonMesh.h"
+#include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/HostKernel.h"
 
 #include <gtest/gtest.h>

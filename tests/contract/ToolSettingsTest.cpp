@@ -2,7 +2,7 @@
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
 #include "framework/nodes/HostKernel.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
 
 #include <gtest/gtest.h>
 

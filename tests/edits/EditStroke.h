@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/edits/LevelChange.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelChange.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <cstring>
 #include <memory>

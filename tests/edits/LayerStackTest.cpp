@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/LayerStack.h"
-#include "framework/edits/Steps.h"
+#include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/multires/Steps.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/meshes/MeshZoo.h"

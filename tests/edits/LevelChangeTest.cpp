@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/LevelChange.h"
 #include "framework/memory/MemoryAccount.h"
+#include "framework/multires/LevelChange.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/meshes/MeshZoo.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/PackedArrays.h"
 #include "framework/errors/HostError.h"
+#include "framework/history/PackedArrays.h"
 #include "host/Vector.h"
 #include "tests/files/TemporaryFolder.h"
 

@@ -5,9 +5,10 @@
 /// layers, levels, transformations. Undone to the start and redone to the end, every bit is back at
 /// both ends, and at each step of the way. A short run by default; TROVIK_RANDOM_EDITS sets the
 /// number of edits.
-#include "framework/edits/LayerStack.h"
-#include "framework/edits/Steps.h"
+#include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/multires/Steps.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/random/RandomStroke.h"
 

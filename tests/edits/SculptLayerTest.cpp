@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/SculptLayer.h"
+#include "framework/layers/SculptLayer.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/meshes/MeshZoo.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/SpillFile.h"
 #include "framework/errors/HostError.h"
+#include "framework/history/SpillFile.h"
 #include "tests/edits/FullDisk.h"
 #include "tests/files/TemporaryFolder.h"
 

@@ -2,9 +2,10 @@
 
 /// \file
 /// Layers of a fine level while a coarser one is bent: their offsets turn with the surface.
-#include "framework/edits/LayerStack.h"
-#include "framework/edits/Steps.h"
-#include "framework/edits/TurnedLayers.h"
+#include "framework/edits/LayerSteps.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/multires/Steps.h"
+#include "framework/multires/TurnedLayers.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/levels/GeometryState.h"
 #include "tests/levels/TurnedPoints.h"

@@ -2,9 +2,9 @@
 
 /// \file
 /// How a history keeps its steps: compressed, within the budget, in a file.
-#include "framework/edits/UndoHistory.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/history/UndoHistory.h"
+#include "framework/multires/LevelGeometry.h"
 #include "tests/edits/FullDisk.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/meshes/MeshZoo.h"

@@ -3,9 +3,9 @@
 /// \file
 /// Files that killed processes leave next to their targets, and targets that cannot be written.
 #include "framework/errors/HostError.h"
-#include "framework/files/FileLock.h"
-#include "framework/files/FilePath.h"
-#include "framework/files/OutputFile.h"
+#include "framework/io/FileLock.h"
+#include "framework/io/FilePath.h"
+#include "framework/io/OutputFile.h"
 #include "tests/files/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

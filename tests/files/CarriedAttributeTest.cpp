@@ -2,8 +2,8 @@
 
 /// \file
 /// UVs, colours and groups when another level becomes level 0.
-#include "framework/edits/Steps.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/multires/LevelSource.h"
+#include "framework/multires/Steps.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/SampleMeshes.h"
 

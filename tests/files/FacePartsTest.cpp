@@ -3,8 +3,9 @@
 /// \file
 /// Groups and materials in formats that have them as parts of a mesh.
 #include "framework/files/FaceParts.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/UsdText.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/multires/LevelSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"

@@ -2,10 +2,11 @@
 
 /// \file
 /// No format is given numbers that are not finite, wherever they come from.
-#include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
-#include "framework/files/MeshSource.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/mesh/MeshSource.h"
+#include "framework/multires/LevelSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"

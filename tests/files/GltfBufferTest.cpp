@@ -2,9 +2,10 @@
 
 /// \file
 /// Buffers of glTF files: where they may lie, how long they may be, and what their views are for.
-#include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/multires/LevelSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/TemporaryFolder.h"
 

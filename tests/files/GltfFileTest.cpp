@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
-#include "framework/files/MeshSource.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/mesh/MeshSource.h"
+#include "framework/multires/LevelSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/FileRefusal.h"
 #include "tests/files/SampleMeshes.h"

@@ -3,9 +3,10 @@
 /// \file
 /// Material files and smoothing groups of OBJ files.
 #include "framework/errors/HostError.h"
-#include "framework/files/MeshSource.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/ObjStatement.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/mesh/MeshSource.h"
+#include "framework/multires/LevelSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/TemporaryFolder.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/files/PolygonMesh.h"
+#include "framework/files/MeshFiles.h"
 #include "tests/SourceFolder.h"
 #include "tests/edits/FullDisk.h"
 #include "tests/files/SampleMeshes.h"

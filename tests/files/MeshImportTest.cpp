@@ -3,8 +3,9 @@
 /// \file
 /// What every reader does at its end: faces that are none are left out, equal UVs become one.
 #include "framework/errors/HostError.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
-#include "framework/files/MeshSource.h"
+#include "framework/mesh/MeshSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/files/PolygonMesh.h"
+#include "framework/files/MeshFiles.h"
 #include "tests/files/FileRefusal.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"

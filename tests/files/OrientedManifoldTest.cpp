@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/files/PolygonMesh.h"
+#include "framework/mesh/PolygonMesh.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

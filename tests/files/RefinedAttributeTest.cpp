@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/files/MeshSource.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/mesh/MeshSource.h"
+#include "framework/multires/LevelSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"

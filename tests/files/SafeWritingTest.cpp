@@ -3,11 +3,12 @@
 /// \file
 /// Files that cannot be written leave the old ones untouched and nothing of their own.
 #include "framework/errors/HostError.h"
-#include "framework/files/DiskCalls.h"
-#include "framework/files/FilePath.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/images/ImageFile.h"
-#include "framework/levels/LevelGeometry.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/io/DiskCalls.h"
+#include "framework/io/FilePath.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/multires/LevelSource.h"
 #include "framework/nodes/PreferenceFile.h"
 #include "framework/script/SculptSession.h"
 #include "tests/edits/FullDisk.h"

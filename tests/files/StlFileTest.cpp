@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/files/MeshSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/mesh/MeshSource.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/FileRefusal.h"
 #include "tests/files/SampleMeshes.h"

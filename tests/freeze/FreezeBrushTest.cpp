@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
-#include "framework/brushes/DabStrength.h"
 #include "framework/brushes/Falloff.h"
-#include "framework/brushes/StrokePath.h"
 #include "framework/freeze/FreezeBrush.h"
 #include "framework/images/StampImage.h"
 #include "framework/nodes/HostKernel.h"
+#include "framework/strokes/DabStrength.h"
+#include "framework/strokes/StrokePath.h"
 #include "tests/freeze/FreezeGrid.h"
 #include "tests/meshes/MirrorAtX.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/edits/Steps.h"
+#include "framework/multires/Steps.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <string>

@@ -2,9 +2,9 @@
 
 /// \file
 /// Freezing as stroke scripts tell it. Scenes bring the amounts out.
-#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
+#include "framework/multires/Steps.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/files/TemporaryFolder.h"
 

@@ -3,8 +3,8 @@
 /// \file
 /// Journals as files: what comes back of them, whole, cut off or damaged.
 #include "framework/errors/HostError.h"
+#include "framework/io/Crc32.h"
 #include "framework/journal/Journal.h"
-#include "framework/scene/Crc32.h"
 #include "tests/edits/FullDisk.h"
 #include "tests/journal/JournalWork.h"
 

@@ -2,13 +2,13 @@
 
 /// \file
 /// Work that is done again from its journal has the bits that it had.
-#include "framework/brushes/DabAtHit.h"
-#include "framework/brushes/DabStrength.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
 #include "framework/script/JournalRecovery.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/SessionStroke.h"
+#include "framework/strokes/DabAtHit.h"
+#include "framework/strokes/DabStrength.h"
 #include "tests/journal/JournalWork.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/journal/JournalWork.h"
 
-#include "framework/scene/Crc32.h"
+#include "framework/io/Crc32.h"
 
 namespace trovik::test {
 

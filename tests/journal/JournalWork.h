@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/DiskCalls.h"
+#include "framework/io/DiskCalls.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/files/TemporaryFolder.h"
 

@@ -5,7 +5,7 @@
 /// and the journal gives back all that was finished.
 #include "framework/errors/HostError.h"
 #include "framework/errors/WorkStopped.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/SameBits.h"
 #include "framework/script/JournalRecovery.h"
 #include "tests/journal/JournalWork.h"
 

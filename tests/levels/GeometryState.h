@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/edits/Steps.h"
-#include "framework/levels/LevelPositions.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/SameBits.h"
+#include "framework/mesh/LevelPositions.h"
+#include "framework/multires/Steps.h"
 
 #include <cmath>
 #include <cstring>

@@ -2,7 +2,7 @@
 
 /// \file
 /// Levels deleted at either end, shapes applied to lower levels, and undo over all of it.
-#include "framework/edits/SculptLayer.h"
+#include "framework/layers/SculptLayer.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/levels/GeometryState.h"
 #include "tests/meshes/MeshZoo.h"

@@ -3,10 +3,10 @@
 /// \file
 /// A refinement does not depend on the order in which faces and corners are visited: a mesh that is
 /// mirror-symmetric to the bit stays so, and renumbering a mesh does not change its surface.
-#include "framework/levels/ExactSum.h"
-#include "framework/levels/LevelGeometry.h"
-#include "framework/levels/LocalRefiner.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/ExactSum.h"
+#include "framework/math/SameBits.h"
+#include "framework/mesh/LocalRefiner.h"
+#include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 /// \file
 /// Refined positions against an independent implementation of the same rule.
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelGeometry.h"
 #include "framework/memory/MemoryAccount.h"
+#include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/levels/LevelGeometry.h"
-#include "framework/levels/TopologicalMirror.h"
+#include "framework/mesh/TopologicalMirror.h"
+#include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>

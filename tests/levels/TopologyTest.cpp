@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>

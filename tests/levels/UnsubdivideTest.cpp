@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
+#include "framework/layers/LayerStack.h"
 #include "tests/levels/GeometryState.h"
 #include "tests/meshes/MeshZoo.h"
 

@@ -3,8 +3,8 @@
 /// \file
 /// The orders that make a replay repeatable, against walks written down from their rules, which
 /// know no more of a mesh than its faces' corners.
-#include "framework/levels/LevelGeometry.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/SameBits.h"
+#include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/meshes/MeshZoo.h"
 
-#include "framework/levels/LevelGeometry.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/multires/LevelGeometry.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/files/PolygonMesh.h"
+#include "framework/mesh/PolygonMesh.h"
 
 #include <string>
 #include <vector>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/brushes/DabAtHit.h"
-#include "framework/files/PolygonMesh.h"
-#include "framework/levels/LevelPositions.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/mesh/LevelPositions.h"
 #include "framework/script/SculptSession.h"
+#include "framework/strokes/DabAtHit.h"
 #include "tests/files/TemporaryFolder.h"
 
 #include <array>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/LayerStack.h"
 #include "framework/errors/HostError.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/layers/LayerStack.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/mirror/Ball.h"
 

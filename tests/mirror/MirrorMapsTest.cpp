@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/MirrorMaps.h"
 #include "framework/errors/HostError.h"
+#include "framework/strokes/MirrorMaps.h"
 #include "tests/mirror/Ball.h"
 
 #include <gmock/gmock.h>

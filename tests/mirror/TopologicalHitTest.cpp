@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/TopologicalHit.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/strokes/TopologicalHit.h"
 #include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"
 

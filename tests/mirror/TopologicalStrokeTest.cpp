@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/brushes/DabAtHit.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelPositions.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/mesh/LevelPositions.h"
 #include "framework/script/SculptSession.h"
+#include "framework/strokes/DabAtHit.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/meshes/MeshZoo.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
 #include "host/Attribute.h"
 #include "tests/nodes/RecordingNode.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/files/PolygonMesh.h"
-#include "framework/levels/LevelGeometry.h"
+#include "framework/mesh/PolygonMesh.h"
+#include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/HostKernel.h"
 
 #include <gmock/gmock.h>

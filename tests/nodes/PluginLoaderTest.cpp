@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/nodes/PreferenceFile.h"
-#include "framework/plugins/PluginLoader.h"
+#include "framework/pluginhost/PluginLoader.h"
 #include "host/BrushOperation.h"
 #include "tests/files/TemporaryFolder.h"
 

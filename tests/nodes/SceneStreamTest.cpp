@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
 #include "host/Node.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/memory/MemoryLimit.h"

@@ -15,7 +15,7 @@ std::vector<FaceVisit> MovePatch(LevelMesh& mesh,
                                  uint32_t patchLevel,
                                  uint32_t patch,
                                  const Vector& step) {
-    const LevelMesh& coarse = *mesh.Owner()->Level(patchLevel);
+    const LevelMesh& coarse = *mesh.Hierarchy().Level(patchLevel);
     const uint32_t facesPerPatch = mesh.faceCount / coarse.faceCount;
     const uint32_t perPatch = facesPerPatch * mesh.CornersPerFace();
     const uint32_t* slice = mesh.faceVertexIndices.array + std::size_t{patch} * perPatch;

@@ -4,8 +4,8 @@
 /// Cameras, turntables and the files that they are written to.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
-#include "framework/pictures/PictureFile.h"
-#include "framework/pictures/PictureView.h"
+#include "framework/render/PictureFile.h"
+#include "framework/render/PictureView.h"
 #include "tests/pictures/SpherePicture.h"
 
 #include <filesystem>

@@ -2,8 +2,8 @@
 
 /// \file
 /// Light without noise and without lines: samples, filter, both sides of open shells.
-#include "framework/pictures/PictureRenderer.h"
-#include "framework/pictures/SoftLight.h"
+#include "framework/render/PictureRenderer.h"
+#include "framework/render/SoftLight.h"
 #include "tests/pictures/SpherePicture.h"
 
 #include <tbb/global_control.h>

@@ -4,7 +4,7 @@
 /// What each shading mode shows, and the arrays that single modes need.
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeCurvature.h"
-#include "framework/pictures/Matcap.h"
+#include "framework/render/Matcap.h"
 #include "tests/SourceFolder.h"
 #include "tests/pictures/SpherePicture.h"
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelGeometry.h"
-#include "framework/pictures/Picture.h"
-#include "framework/pictures/RenderedLevel.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/render/Picture.h"
+#include "framework/render/RenderedLevel.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 /// Patches out of reach are passed with less work than a visit. Two benches, alike to the bit, take
 /// the same drawn strokes, one of them visiting every patch in full; after each dab everything that
 /// a dab may write is the same in both.
-#include "framework/edits/LevelChange.h"
+#include "framework/multires/LevelChange.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
 #include "tests/meshes/MeshZoo.h"

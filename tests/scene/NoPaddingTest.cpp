@@ -2,7 +2,7 @@
 
 /// \file
 /// Which types may be written to scenes byte by byte.
-#include "framework/edits/LayerGround.h"
+#include "framework/layers/LayerGround.h"
 #include "framework/scene/NoPadding.h"
 
 #include <gtest/gtest.h>

@@ -2,10 +2,11 @@
 #include "tests/scene/SampleScene.h"
 
 #include "framework/brushes/BrushSettings.h"
-#include "framework/brushes/DabStrength.h"
 #include "framework/brushes/Falloff.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/nodes/HostKernel.h"
-#include "framework/plugins/PluginLoader.h"
+#include "framework/pluginhost/PluginLoader.h"
+#include "framework/strokes/DabStrength.h"
 #include "tests/meshes/MeshZoo.h"
 
 namespace trovik::test {

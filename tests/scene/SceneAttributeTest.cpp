@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelSource.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/multires/LevelSource.h"
 #include "framework/scene/SceneFile.h"
 #include "tests/files/AttributeSamples.h"
 #include "tests/scene/SampleScene.h"

@@ -4,8 +4,9 @@
 /// A scene goes on exactly where it was: the same steps give the same bits, whether the work is
 /// saved and opened again somewhere among them or not.
 #include "framework/errors/HostError.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/images/ImageFile.h"
-#include "framework/levels/LevelPositions.h"
+#include "framework/mesh/LevelPositions.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"

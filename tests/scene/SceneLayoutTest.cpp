@@ -2,7 +2,7 @@
 
 /// \file
 /// The bytes of scene files as docs/scene-format.md tells them.
-#include "framework/scene/Crc32.h"
+#include "framework/io/Crc32.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
 #include "tests/scene/SceneBytes.h"

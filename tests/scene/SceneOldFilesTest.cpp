@@ -3,7 +3,7 @@
 /// \file
 /// Scenes of older formats and classes, and scenes with what this program does not know.
 #include "framework/errors/HostError.h"
-#include "framework/levels/LevelPositions.h"
+#include "framework/mesh/LevelPositions.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
 #include "tests/scene/SceneBytes.h"

@@ -3,7 +3,7 @@
 /// \file
 /// Saving when memory runs out: the old scene stays, nothing else does.
 #include "framework/errors/HostError.h"
-#include "framework/files/DiskCalls.h"
+#include "framework/io/DiskCalls.h"
 #include "tests/scene/AllocationCount.h"
 #include "tests/scene/SampleScene.h"
 

@@ -4,7 +4,7 @@
 /// From a vertex's place to a pixel, and from the pixel to how far the vertex moves. A pushing tool
 /// of strength 1 with a level falloff lifts a flat mesh by exactly the stamp's value. Everything
 /// runs over patches of one face, over larger patches, and over a mesh of triangles.
-#include "framework/levels/LevelPositions.h"
+#include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/stamps/StampBench.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/Registration.h"
 #include "framework/brushes/BrushSettings.h"
-#include "framework/levels/LevelPositions.h"
+#include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"

@@ -2,9 +2,9 @@
 
 /// \file
 /// Strokes whose brush or mesh goes before they end, and what the host refuses until they do.
-#include "framework/edits/LevelChange.h"
-#include "framework/edits/Steps.h"
 #include "framework/errors/HostError.h"
+#include "framework/multires/LevelChange.h"
+#include "framework/multires/Steps.h"
 #include "tests/fixture/StrokeBench.h"
 
 #include <gtest/gtest.h>

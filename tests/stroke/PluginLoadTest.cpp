@@ -2,10 +2,10 @@
 
 /// \file
 /// The module as a host meets it: opened at run time, reached through the registries alone.
-#include "framework/levels/LevelGeometry.h"
+#include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PreferenceFile.h"
-#include "framework/plugins/PluginLoader.h"
+#include "framework/pluginhost/PluginLoader.h"
 #include "host/BrushOperation.h"
 #include "host/ClassDesc.h"
 #include "host/Plugin.h"

@@ -2,7 +2,7 @@
 
 /// \file
 /// Memory that is refused in the middle of a stroke, and what holds between dabs all the same.
-#include "framework/edits/LevelChange.h"
+#include "framework/multires/LevelChange.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
 #include "tests/stamps/StampBench.h"

@@ -2,7 +2,7 @@
 
 /// \file
 /// What each tool does to a bumpy surface, by the sense of its displacements.
-#include "framework/levels/LevelPositions.h"
+#include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 

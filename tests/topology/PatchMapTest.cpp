@@ -2,7 +2,7 @@
 
 /// \file
 /// The table of the faces around each face, its life as a node, and how renderers hear of it.
-#include "framework/scene/SceneStream.h"
+#include "framework/nodes/SceneStream.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/edits/LevelChange.h"
-#include "framework/edits/SculptLayer.h"
+#include "framework/layers/SculptLayer.h"
+#include "framework/multires/LevelChange.h"
 #include "framework/trace/MeshState.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/files/TemporaryFolder.h"

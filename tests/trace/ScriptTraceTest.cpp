@@ -2,11 +2,11 @@
 
 /// \file
 /// Traces of small scripts with the brush itself.
-#include "framework/edits/LevelChange.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
-#include "framework/levels/SameBits.h"
+#include "framework/math/SameBits.h"
 #include "framework/memory/MemoryAccount.h"
+#include "framework/multires/LevelChange.h"
 #include "tests/trace/NpyArray.h"
 #include "tests/trace/TraceBench.h"
 

@@ -4,9 +4,9 @@
 /// The recorder before a brush that does as it is told, on two meshes: what no script can bring
 /// about.
 #include "framework/brushes/BrushSettings.h"
-#include "framework/edits/LevelChange.h"
 #include "framework/errors/HostError.h"
-#include "framework/levels/NoticeRenderer.h"
+#include "framework/mesh/NoticeRenderer.h"
+#include "framework/multires/LevelChange.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/trace/TraceRecorder.h"
 #include "tests/meshes/MeshZoo.h"

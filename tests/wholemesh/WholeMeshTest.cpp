@@ -2,7 +2,7 @@
 
 /// \file
 /// A tool on a whole mesh at once: no place, no radius, no falloff.
-#include "framework/levels/LevelPositions.h"
+#include "framework/mesh/LevelPositions.h"
 #include "framework/nodes/HostScene.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/meshes/MeshZoo.h"

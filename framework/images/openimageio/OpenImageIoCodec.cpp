@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/files/FilePath.h"
 #include "framework/images/ImageCodec.h"
 #include "framework/images/ImageLimits.h"
 #include "framework/images/SampleValue.h"
+#include "framework/io/FilePath.h"
 #include "framework/modules/ModuleEntry.h"
 
 #include <OpenImageIO/filesystem.h>

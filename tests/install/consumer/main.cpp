@@ -3,7 +3,7 @@
 #include "DetailBrush.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
-#include "framework/pictures/Picture.h"
+#include "framework/render/Picture.h"
 #include "host/Mesh.h"
 
 #include <cstdio>

@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/io/FilePath.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/io/DiskCalls.h"
+#include "framework/io/FileLock.h"
+
+#include <atomic>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::function<void(const std::string&)>& Notes() {
+    static std::function<void(const std::string&)> receive;
+    return receive;
+}
+
+/// Names of new files: the stem of the target, ".", a process ID, "-", a number, ".part", the
+/// extension of the target.
+constexpr std::string_view partMark = ".part";
+
+/// What names of new files begin with, the first dot included, for a mark of this length.
+std::string StemBeside(const fs::path& target, std::size_t markBytes) {
+    // Most file systems end names at 255 bytes; a target of such a name still gets its new file.
+    constexpr std::size_t maxNameBytes = 255;
+    std::string stem = target.stem().string();
+    const std::size_t rest = markBytes + target.extension().string().size();
+    if (stem.size() + rest > maxNameBytes)
+        stem.resize(rest < maxNameBytes ? maxNameBytes - rest : 0);
+    return stem;
+}
+
+/// A name of its own for each new file of this process, in the folder of `target`.
+std::string NewNameBeside(const fs::path& target) {
+    static std::atomic<unsigned> counter{0};
+    const std::string mark =
+        "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + std::string(partMark);
+    return (target.parent_path() /
+            (StemBeside(target, mark.size()) + mark + target.extension().string()))
+        .string();
+}
+
+/// Whether NewNameBeside of some process makes this name for `target`.
+bool IsNewNameOf(const fs::path& target, const std::string& name) {
+    const std::string ending = std::string(partMark) + target.extension().string();
+    const std::size_t dot = name.size() <= ending.size()
+                                ? std::string::npos
+                                : name.rfind('.', name.size() - ending.size() - 1);
+    if (dot == std::string::npos ||
+        name.compare(name.size() - ending.size(), ending.size(), ending) != 0)
+        return false;
+    const std::string_view numbers =
+        std::string_view(name).substr(dot + 1, name.size() - ending.size() - dot - 1);
+    const std::size_t hyphen = numbers.find('-');
+    const auto isNumber = [](std::string_view text) {
+        return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+    };
+    if (hyphen == std::string_view::npos || !isNumber(numbers.substr(0, hyphen)) ||
+        !isNumber(numbers.substr(hyphen + 1)))
+        return false;
+    const std::size_t markBytes = 1 + numbers.size() + partMark.size();
+    return name.compare(0, dot, StemBeside(target, markBytes)) == 0;
+}
+
+std::string FollowLinks(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::is_symlink(path, error)) {
+        const std::filesystem::path target = std::filesystem::weakly_canonical(path, error);
+        if (!error) {
+            return target.string();
+        }
+    }
+    return path;
+}
+
+/// Some file systems cannot sync a folder, or anything, and say so; that is no failed write.
+bool SyncFailed(int file) {
+    return DiskCalls::Current().Sync(file) != 0 && errno != EINVAL && errno != EROFS;
+}
+
+/// Opens, syncs and closes. \return 0 or the system's error.
+int SyncFile(const std::string& path) {
+    const int file = DiskCalls::Current().Open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
+    if (file < 0) {
+        return errno;
+    }
+    const int systemError = SyncFailed(file) ? errno : 0;
+    DiskCalls::Current().Close(file);
+    return systemError;
+}
+
+}  // namespace
+
+void ThrowFileError(const char* doing, const std::string& path, int systemError) {
+    throw HostError(std::string("cannot ") + doing + " " + path + ": " +
+                    std::generic_category().message(systemError));
+}
+
+std::string LowerExtension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char& letter : extension) {
+        // Not tolower, which asks the locale.
+        if (letter >= 'A' && letter <= 'Z') {
+            letter = static_cast<char>(letter - 'A' + 'a');
+        }
+    }
+    return extension;
+}
+
+std::uint64_t RegularFileSize(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        ThrowFileError("read", path, errno);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        ThrowFileError("read", path, EISDIR);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw HostError("cannot read " + path + ": not a regular file");
+    }
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+FileReplacement::FileReplacement(const std::string& filePath)
+    : path(filePath), targetPath(FollowLinks(filePath)) {
+    std::optional<mode_t> presentMode;
+    struct stat status = {};
+    if (stat(targetPath.c_str(), &status) == 0) {
+        if (S_ISDIR(status.st_mode)) {
+            ThrowFileError("write", path, EISDIR);
+        }
+        if (!S_ISREG(status.st_mode)) {
+            throw HostError("cannot write " + path + ": not a regular file");
+        }
+        presentMode = status.st_mode & 07777;
+    } else if (errno != ENOENT) {
+        // Such as a name that is too long, which the shorter name of the new file would hide.
+        ThrowFileError("write", path, errno);
+    }
+
+    RemoveAbandoned();
+    while (!Create()) {
+    }
+    // Best effort: a file of other rights is better than none.
+    if (presentMode && fchmod(lock, *presentMode | S_IRUSR | S_IWUSR) != 0) {
+        errno = 0;
+    }
+}
+
+bool FileReplacement::Create() {
+    constexpr mode_t anyNewFile = 0666;
+    temporaryPath = NewNameBeside(targetPath);
+    const int file = DiskCalls::Current().Open(
+        temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anyNewFile);
+    if (file < 0) {
+        if (errno == EEXIST) {
+            return false;
+        }
+        const int systemError = errno;
+        temporaryPath.clear();
+        ThrowFileError("write", path, systemError);
+    }
+    // Between the two calls another process may find the file unlocked and remove it. A file system
+    // without locks refuses them to that process, too.
+    const bool isLocked = flock(file, LOCK_EX | LOCK_NB) == 0;
+    const bool isTaken = !isLocked && errno == EWOULDBLOCK;
+    if (isTaken || (access(temporaryPath.c_str(), F_OK) != 0 && errno == ENOENT)) {
+        DiskCalls::Current().Close(file);
+        return false;
+    }
+    lock = file;
+    return true;
+}
+
+void FileReplacement::RemoveAbandoned() const {
+    const fs::path target(targetPath);
+    const fs::path folder = target.parent_path();
+    // std::filesystem's directory iterators end the process when memory is refused.
+    const auto close = [](DIR* opened) { closedir(opened); };
+    const std::unique_ptr<DIR, decltype(close)> listing(
+        opendir(folder.empty() ? "." : folder.c_str()), close);
+    if (listing == nullptr) return;
+    while (const dirent* entry = readdir(listing.get())) {
+        const std::string name = entry->d_name;
+        if (!IsNewNameOf(target, name)) continue;
+        const std::string abandoned = (folder / name).string();
+        struct stat status {};
+        if (lstat(abandoned.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+        // Not the process ID in the name, which another process may have by now.
+        const FileLock owned(abandoned);
+        if (owned.State() != FileLock::Result::Locked || unlink(abandoned.c_str()) != 0) continue;
+        if (Notes()) Notes()(abandoned + ": removed; a process that was killed left it");
+    }
+}
+
+FileReplacement::~FileReplacement() {
+    if (!temporaryPath.empty()) {
+        unlink(temporaryPath.c_str());
+    }
+    if (lock >= 0) {
+        DiskCalls::Current().Close(lock);
+    }
+}
+
+int FileReplacement::TakeLock() { return std::exchange(lock, -1); }
+
+void CheckWritable(const std::string& path) { const FileReplacement attempt(path); }
+
+void SetFileNotes(std::function<void(const std::string&)> receive) { Notes() = std::move(receive); }
+
+void FileReplacement::Commit(const std::function<void(const std::string&)>& beforeReplacing) {
+    if (const int systemError = SyncFile(temporaryPath); systemError != 0) {
+        ThrowFileError("write", path, systemError);
+    }
+    if (beforeReplacing) {
+        beforeReplacing(temporaryPath);
+    }
+    // Told before the renaming: behind it nothing may fail, be it for want of memory.
+    const std::filesystem::path parent = std::filesystem::path(targetPath).parent_path();
+    const std::string folder = parent.empty() ? std::string(".") : parent.string();
+    DiskCalls& disk = DiskCalls::Current();
+    const int renamed = mayReplace ? disk.Rename(temporaryPath.c_str(), targetPath.c_str())
+                                   : disk.RenameNew(temporaryPath.c_str(), targetPath.c_str());
+    if (renamed != 0) {
+        ThrowFileError("write", path, errno);
+    }
+    temporaryPath.clear();
+    // The name in the folder must last too. A folder that may not be read cannot be synced.
+    const int systemError = SyncFile(folder);
+    if (systemError != 0 && systemError != EACCES && systemError != EPERM) {
+        throw HostError(path + " is written and in place, but its folder could not be synced: " +
+                        std::generic_category().message(systemError));
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/math/SurfaceTurn.h"
+
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+/// Closer than this to opposite, the shortest way is not told by the normals any more.
+constexpr double oppositeMargin = 1e-6;
+/// Normals whose sum falls below this share of the area around cancel, and their sum is noise.
+constexpr double cancelMargin = 1e-2;
+/// Edges whose sums fall below this share of what they could be do not tell an angle.
+constexpr double angleMargin = 1e-9;
+
+}  // namespace
+
+bool SurfaceTurn::MakeUnit(Double3& v) {
+    const double length = std::sqrt(Dot(v, v));
+    if (!(length > 0.0) || !std::isfinite(length)) {
+        v = {};
+        return false;
+    }
+    v = {v.x / length, v.y / length, v.z / length};
+    return true;
+}
+
+void SurfaceTurn::AddNormal(const Vector& before, const Vector& after) {
+    const Double3 b = Double(before);
+    const Double3 a = Double(after);
+    normalBefore = {normalBefore.x + b.x, normalBefore.y + b.y, normalBefore.z + b.z};
+    normalAfter = {normalAfter.x + a.x, normalAfter.y + a.y, normalAfter.z + a.z};
+    const double lengthBefore = std::sqrt(Dot(b, b));
+    const double lengthAfter = std::sqrt(Dot(a, a));
+    areaBefore += lengthBefore;
+    areaAfter += lengthAfter;
+    if (!(lengthBefore * lengthAfter > largest)) return;
+    largest = lengthBefore * lengthAfter;
+    largestBefore = b;
+    largestAfter = a;
+}
+
+void SurfaceTurn::CloseNormals() {
+    if (std::sqrt(Dot(normalBefore, normalBefore)) < areaBefore * cancelMargin ||
+        std::sqrt(Dot(normalAfter, normalAfter)) < areaAfter * cancelMargin) {
+        normalBefore = largestBefore;
+        normalAfter = largestAfter;
+    }
+    const bool hasBefore = MakeUnit(normalBefore);
+    const bool hasAfter = MakeUnit(normalAfter);
+    turns = hasBefore && hasAfter;
+    if (!turns) return;
+    cosine = Dot(normalBefore, normalAfter);
+    axis = Cross(normalBefore, normalAfter);
+    if (1.0 + cosine > oppositeMargin) return;
+    // Half a turn about any axis across the normal; the edges then tell the rest.
+    const Double3 n = normalBefore;
+    const double ax = std::fabs(n.x);
+    const double ay = std::fabs(n.y);
+    const double az = std::fabs(n.z);
+    const Double3 other = ax <= ay && ax <= az ? Double3{1.0, 0.0, 0.0}
+                          : ay <= az           ? Double3{0.0, 1.0, 0.0}
+                                               : Double3{0.0, 0.0, 1.0};
+    axis = Cross(n, other);
+    MakeUnit(axis);
+}
+
+SurfaceTurn::Double3 SurfaceTurn::ByShortestWay(const Double3& v) const {
+    const double share = Dot(axis, v);
+    if (1.0 + cosine <= oppositeMargin) {
+        return {2.0 * share * axis.x - v.x, 2.0 * share * axis.y - v.y, 2.0 * share * axis.z - v.z};
+    }
+    const Double3 sideways = Cross(axis, v);
+    const double f = share / (1.0 + cosine);
+    return {v.x * cosine + sideways.x + axis.x * f,
+            v.y * cosine + sideways.y + axis.y * f,
+            v.z * cosine + sideways.z + axis.z * f};
+}
+
+void SurfaceTurn::AddEdge(const Vector& before, const Vector& after) {
+    if (!turns) return;
+    const Double3 a = ByShortestWay(Double(before));
+    const Double3 b = Double(after);
+    across += Dot(normalAfter, Cross(a, b));
+    along += Dot(a, b) - Dot(normalAfter, a) * Dot(normalAfter, b);
+    size += std::sqrt(Dot(a, a) * Dot(b, b));
+}
+
+void SurfaceTurn::CloseEdges() {
+    const double length = std::sqrt(across * across + along * along);
+    if (!turns || !(length > size * angleMargin) || !std::isfinite(length)) return;
+    turnSine = across / length;
+    turnCosine = along / length;
+}
+
+Vector SurfaceTurn::Turned(const Vector& v) const {
+    if (!turns) return v;
+    const Double3 a = ByShortestWay(Double(v));
+    const Double3 sideways = Cross(normalAfter, a);
+    const double f = Dot(normalAfter, a) * (1.0 - turnCosine);
+    return Single({a.x * turnCosine + sideways.x * turnSine + normalAfter.x * f,
+                   a.y * turnCosine + sideways.y * turnSine + normalAfter.y * f,
+                   a.z * turnCosine + sideways.z * turnSine + normalAfter.z * f});
+}
+
+}  // namespace trovik

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/mesh/BaseLevel.h"
+
+#include "framework/memory/FilledStore.h"
+#include "framework/mesh/AttributeRefinement.h"
+#include "framework/mesh/CatmullClarkRules.h"
+#include "host/Mesh.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+struct HalfEdge {
+    uint64_t key;
+    uint32_t place;
+    bool rising;
+};
+
+uint64_t EdgeKey(uint32_t a, uint32_t b) {
+    const auto [low, high] = std::minmax(a, b);
+    return static_cast<uint64_t>(low) << 32 | high;
+}
+
+Vector At(const PolygonMesh& mesh, uint32_t vertex) {
+    const auto& p = mesh.positions[vertex];
+    return {p[0], p[1], p[2]};
+}
+
+std::array<float, 3> Plain(const Vector& v) { return {v.x, v.y, v.z}; }
+
+/// What the refined position of a vertex of a polygon mesh depends on.
+struct Surroundings {
+    /// The face point and the next corner of each face at the vertex.
+    std::vector<Vector> around;
+    /// The other ends of its border edges.
+    std::vector<Vector> borderEnds;
+};
+
+struct EdgePoint {
+    uint32_t vertex;
+    uint32_t firstEnd;
+    uint32_t secondEnd;
+    uint32_t faces = 0;
+    Vector facePoints[2] = {};
+};
+
+}  // namespace
+
+PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
+    const auto all = [&polygons](uint32_t corners) {
+        return std::all_of(polygons.faceSizes.begin(),
+                           polygons.faceSizes.end(),
+                           [corners](uint32_t size) { return size == corners; });
+    };
+    if (all(3) || all(4)) return polygons;
+
+    PolygonMesh quads;
+    quads.name = polygons.name;
+    const auto oldCount = static_cast<uint32_t>(polygons.positions.size());
+    quads.positions = polygons.positions;
+    std::vector<Surroundings> around(oldCount);
+    std::map<uint64_t, EdgePoint> edges;
+    std::vector<Vector> facePoints(polygons.faceSizes.size());
+    std::vector<Vector> corners;
+
+    // Numbers first: a face's new edge points, sides in order, then its face point.
+    std::size_t first = 0;
+    uint32_t next = oldCount;
+    for (std::size_t face = 0; face < polygons.faceSizes.size(); ++face) {
+        const uint32_t n = polygons.faceSizes[face];
+        const uint32_t* v = polygons.faceVertices.data() + first;
+        corners.clear();
+        for (uint32_t k = 0; k < n; ++k) corners.push_back(At(polygons, v[k]));
+        const Vector centre = FacePointRule(ExactSum(corners.data(), n), n);
+        facePoints[face] = centre;
+        std::vector<uint32_t> edgeVertices(n);
+        for (uint32_t k = 0; k < n; ++k) {
+            const uint32_t a = v[k];
+            const uint32_t b = v[(k + 1) % n];
+            auto [entry, made] = edges.try_emplace(EdgeKey(a, b), EdgePoint{next, a, b});
+            if (made) ++next;
+            EdgePoint& edge = entry->second;
+            if (edge.faces < 2) edge.facePoints[edge.faces] = centre;
+            ++edge.faces;
+            edgeVertices[k] = edge.vertex;
+            around[a].around.push_back(centre);
+            around[a].around.push_back(At(polygons, b));
+        }
+        const uint32_t facePoint = next++;
+        for (uint32_t k = 0; k < n; ++k) {
+            quads.faceSizes.push_back(4);
+            for (const uint32_t corner :
+                 {v[k], edgeVertices[k], facePoint, edgeVertices[(k + n - 1) % n]})
+                quads.faceVertices.push_back(corner);
+        }
+        first += n;
+    }
+
+    quads.positions.resize(next);
+    for (const auto& [key, edge] : edges) {
+        const Vector a = At(polygons, edge.firstEnd);
+        const Vector b = At(polygons, edge.secondEnd);
+        quads.positions[edge.vertex] =
+            Plain(edge.faces == 2 ? EdgePointRule(a, b, edge.facePoints[0], edge.facePoints[1])
+                                  : BorderEdgePointRule(a, b));
+        if (edge.faces == 2) continue;
+        around[edge.firstEnd].borderEnds.push_back(b);
+        around[edge.secondEnd].borderEnds.push_back(a);
+    }
+    std::size_t quadAt = 0;
+    for (std::size_t face = 0; face < facePoints.size(); ++face) {
+        quads.positions[quads.faceVertices[quadAt * 4 + 2]] = Plain(facePoints[face]);
+        quadAt += polygons.faceSizes[face];
+    }
+    for (uint32_t v = 0; v < oldCount; ++v) {
+        const Surroundings& s = around[v];
+        if (s.around.empty()) continue;
+        const Vector p = At(polygons, v);
+        const auto faces = static_cast<uint32_t>(s.around.size() / 2);
+        quads.positions[v] =
+            Plain(s.borderEnds.empty()
+                      ? VertexPointRule(p, ExactSum(s.around.data(), s.around.size()), faces)
+                      : BorderVertexPointRule(
+                            p, ExactSum(s.borderEnds.data(), s.borderEnds.size()), faces));
+    }
+    quads.attributes = SplitIntoQuads(polygons, quads);
+    return quads;
+}
+
+std::string RefinementNote(const PolygonMesh& polygons) {
+    const auto triangles = static_cast<std::size_t>(
+        std::count(polygons.faceSizes.begin(), polygons.faceSizes.end(), 3u));
+    if (triangles * 2 < polygons.faceSizes.size()) return {};
+    return "Catmull-Clark refinement gives a triangle mesh a scaly surface (a herringbone "
+           "pattern); a quad mesh stays smooth";
+}
+
+void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
+                    uint32_t faceCount,
+                    uint32_t corners,
+                    Store<uint32_t>& neighbours) {
+    std::vector<HalfEdge> edges;
+    edges.reserve(static_cast<std::size_t>(faceCount) * corners);
+    for (uint32_t face = 0; face < faceCount; ++face) {
+        const uint32_t* v = faceVertexIndices.array + face * corners;
+        for (uint32_t k = 0; k < corners; ++k) {
+            const uint32_t a = v[k];
+            const uint32_t b = v[(k + 1) % corners];
+            edges.push_back({EdgeKey(a, b), face * 4 + k, a < b});
+        }
+    }
+    std::sort(edges.begin(), edges.end(), [](const HalfEdge& a, const HalfEdge& b) {
+        return a.key != b.key ? a.key < b.key : a.place < b.place;
+    });
+    FillStore(neighbours, faceCount * corners, openBorder);
+    const auto slot = [corners](uint32_t place) { return (place >> 2) * corners + (place & 3u); };
+    for (std::size_t i = 0; i < edges.size();) {
+        std::size_t end = i;
+        while (end < edges.size() && edges[end].key == edges[i].key) ++end;
+        if (end - i == 2 && edges[i].rising != edges[i + 1].rising) {
+            neighbours.array[slot(edges[i].place)] = edges[i + 1].place;
+            neighbours.array[slot(edges[i + 1].place)] = edges[i].place;
+        }
+        i = end;
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/mesh/LevelMesh.h"
+
+#include "framework/memory/FilledStore.h"
+#include "framework/memory/SystemMemory.h"
+#include "framework/mesh/BaseLevel.h"
+#include "framework/mesh/LevelHierarchy.h"
+#include "framework/mesh/StrokeResources.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+LevelMesh::LevelMesh(LevelHierarchy* ofHierarchy, int number)
+    : hierarchy(ofHierarchy), index(number) {}
+LevelMesh::~LevelMesh() {
+    hierarchy->LevelDestroyed(*this);
+    LevelMesh::Unlock();
+}
+
+void LevelMesh::AllocateFaces(uint32_t faces, int32_t type) {
+    meshType = type;
+    faceCount = faces;
+    ResizeStore(faceVertexIndices, faces * CornersPerFace());
+    PreferLargePages(faceVertexIndices.array, uint64_t{faceVertexIndices.fill} * sizeof(uint32_t));
+    FillStore(faceFlagStore, faces, faceIsLive);
+    faceFlags = faceFlagStore.array;
+    FillStore(faceWalkStamps, faces, 0u);
+}
+
+void LevelMesh::AllocateVertices(uint32_t count) {
+    vertexCount = count;
+    ResizeStore(vertices, count);
+    PreferLargePages(vertices.array, uint64_t{count} * sizeof(Vertex));
+    std::fill_n(vertices.array, count, Vertex{});
+}
+
+void LevelMesh::MakeBaseTables() {
+    const uint32_t corners = CornersPerFace();
+    FindNeighbours(faceVertexIndices, faceCount, corners, baseNeighbours);
+    FillStore(baseVertexFace, vertexCount, openBorder);
+    for (uint32_t slot = faceCount * corners; slot-- > 0;)
+        baseVertexFace.array[faceVertexIndices.array[slot]] = slot / corners;
+    // Walks over the vertices of level 0 belong to strokes, which must not allocate by mesh size.
+    FillStore(vertexWalkStamps, vertexCount, 0u);
+    vertexWalk = 0;
+}
+
+void LevelMesh::DropBaseTables() {
+    baseNeighbours.Clear();
+    baseVertexFace.Clear();
+}
+
+MeshChange* LevelMesh::StartChange() { return hierarchy->StartChange(*this); }
+
+int32_t LevelMesh::MirrorVertex(uint32_t face,
+                                uint32_t corner,
+                                uint32_t* outFace,
+                                uint32_t* outCorner) {
+    const TopologicalMirror* mirror = hierarchy->Mirror();
+    if (mirror == nullptr) return -1;
+    const auto across = mirror->Across(static_cast<uint32_t>(index), face, corner);
+    if (!across) return -1;
+    *outFace = across->face;
+    *outCorner = across->corner;
+    return static_cast<int32_t>(
+        faceVertexIndices.array[across->face * CornersPerFace() + across->corner]);
+}
+trovik::Geometry* LevelMesh::Geometry() { return hierarchy; }
+int LevelMesh::Index() const { return index; }
+int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 ? 1 : 0; }
+trovik::Layer* LevelMesh::Layer() { return hierarchy->LayerOf(*this); }
+
+bool LevelMesh::Lock(MeshUnlocker* unlocker) {
+    if (!WouldLock(unlocker)) return false;
+    StrokeResources* resources = StrokeResources::Of(unlocker);
+    if (resources != lockResources) {
+        if (resources != nullptr) resources->AddLock(*this);
+        if (lockResources != nullptr) lockResources->RemoveLock(*this);
+        lockResources = resources;
+    }
+    lockHolder = unlocker;
+    return true;
+}
+
+bool LevelMesh::WouldLock(const MeshUnlocker* unlocker) const {
+    return lockable &&
+           (lockHolder == nullptr || lockHolder == unlocker || lockHolder->IsStrokeFree());
+}
+
+void LevelMesh::Unlock() {
+    if (lockResources != nullptr) lockResources->RemoveLock(*this);
+    lockResources = nullptr;
+    lockHolder = nullptr;
+}
+
+void LevelMesh::SetOpenChange(LevelChange* change, uint32_t* outsideEdits) {
+    openChange = change;
+    outsideEditCount = outsideEdits;
+}
+
+void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
+    uint8_t& byte = vertices.array[vertex].freeze;
+    const uint8_t before = byte & freezeAmountMask;
+    const uint8_t after = std::min(amount, freezeAmountMask);
+    if (before == 0 && after != 0) ++frozenVertexCount;
+    if (before != 0 && after == 0) --frozenVertexCount;
+    byte = static_cast<uint8_t>((byte & ~freezeAmountMask) | after);
+}
+
+}  // namespace trovik

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/memory/FilledStore.h"
+#include "framework/memory/SystemMemory.h"
+#include "framework/mesh/LevelMesh.h"
+#include "host/HWVector.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace trovik {
+
+namespace {
+
+void Pack(PackedNormal& packed, const Vector& sum) {
+    HWVector normal(sum);
+    normal.Normalize();
+    int integers[4];
+    normal.StoreNormalAsInt(integers);
+    packed.x = static_cast<int16_t>(integers[3]);
+    packed.y = static_cast<int16_t>(integers[2]);
+    packed.z = static_cast<int16_t>(integers[1]);
+}
+
+}  // namespace
+
+void LevelMesh::FaceNormal(Vector* out, uint32_t face) {
+    const uint32_t corners = CornersPerFace();
+    const uint32_t* v = faceVertexIndices.array + face * corners;
+    if (corners == 4)
+        *out = (Position(v[2]) - Position(v[0])) & (Position(v[3]) - Position(v[1]));
+    else
+        *out = (Position(v[1]) - Position(v[0])) & (Position(v[2]) - Position(v[0]));
+}
+
+void LevelMesh::ComputeNormals() {
+    CountOutsideEdit();
+    std::vector<Vector> sums(vertexCount);
+    const uint32_t corners = CornersPerFace();
+    for (uint32_t face = 0; face < faceCount; ++face) {
+        Vector normal;
+        FaceNormal(&normal, face);
+        const uint32_t* v = faceVertexIndices.array + face * corners;
+        for (uint32_t k = 0; k < corners; ++k) sums[v[k]] += normal;
+    }
+    if (vertexNormals.fill != vertexCount) {
+        ResizeStore(vertexNormals, vertexCount);
+        PreferLargePages(vertexNormals.array, uint64_t{vertexCount} * sizeof(PackedNormal));
+        std::fill_n(vertexNormals.array, vertexCount, PackedNormal{0, 0, 0, 0});
+    }
+    for (uint32_t v = 0; v < vertexCount; ++v) Pack(vertexNormals.array[v], sums[v]);
+}
+
+void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which) {
+    CountOutsideEdit();
+    std::vector<uint32_t> faces;
+    for (const uint32_t vertex : which) {
+        const uint32_t lowest = LowestFaceOf(vertex);
+        if (lowest == openBorder) continue;
+        faces.clear();
+        FacesAround(vertex, lowest, faces);
+        // The order in which ComputeNormals adds, so that both give the same bits.
+        std::sort(faces.begin(), faces.end());
+        Vector sum;
+        for (const uint32_t face : faces) {
+            Vector normal;
+            FaceNormal(&normal, face);
+            sum += normal;
+        }
+        Pack(vertexNormals.array[vertex], sum);
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/mesh/CatmullClarkRules.h"
+#include "framework/mesh/LevelMesh.h"
+
+#include <vector>
+
+namespace trovik {
+
+/// Computes single points of a Catmull-Clark step, bit-identical to those of LevelRefiner. The cost
+/// is that of the faces around the point, whatever the size of the level.
+class LocalRefiner {
+public:
+    /// \param positions  of the coarse level; null for those that it has. Borrowed, as all is.
+    LocalRefiner(LevelMesh& coarseLevel, const Vector* positions)
+        : coarse(coarseLevel), places(positions), corners(coarseLevel.CornersPerFace()) {}
+
+    /// The position that a vertex of the coarse level has in the refinement's input.
+    Vector At(uint32_t vertex) const {
+        return places == nullptr ? coarse.Position(vertex) : places[vertex];
+    }
+    Vector FacePoint(uint32_t face) const {
+        const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
+        Vector around[4];
+        for (uint32_t k = 0; k < corners; ++k) around[k] = At(v[k]);
+        return FacePointRule(ExactSum(around, corners), corners);
+    }
+    Vector EdgePoint(uint32_t face, uint32_t side) const;
+    Vector VertexPoint(uint32_t vertex);
+
+private:
+    LevelMesh& coarse;
+    const Vector* places;
+    uint32_t corners;
+    std::vector<uint32_t> facesAround;
+    std::vector<Vector> terms;
+    std::vector<Vector> borderEnds;
+};
+
+}  // namespace trovik

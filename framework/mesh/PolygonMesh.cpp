@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/mesh/PolygonMesh.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/mesh/FaceCorners.h"
+
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace trovik {
+
+namespace {
+
+// Leaves the two highest numbers free as marks for "none" in what indexes vertices and faces.
+constexpr std::uint64_t MaxCount = 0xFFFFFFFEu;
+
+void CheckCount(std::uint64_t count, const char* what, const std::string& source) {
+    if (count > MaxCount) {
+        throw HostError(source + ": " + std::to_string(count) + " " + what + ", but at most " +
+                        std::to_string(MaxCount) + " can be numbered");
+    }
+}
+
+void CheckPositions(const PolygonMesh& mesh, const std::string& source) {
+    for (std::size_t vertex = 0; vertex < mesh.positions.size(); ++vertex) {
+        for (const float coordinate : mesh.positions[vertex]) {
+            if (!std::isfinite(coordinate)) {
+                throw HostError(source + ": the position of vertex " + std::to_string(vertex) +
+                                " (counted from 0) is not finite");
+            }
+        }
+    }
+}
+
+void CheckFaces(const PolygonMesh& mesh, const std::string& source) {
+    const auto refuse = [&source](std::size_t face, const std::string& reason) {
+        throw HostError(source + ": face " + std::to_string(face) + " (counted from 0) " + reason);
+    };
+    std::size_t first = 0;
+    for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) {
+        const std::size_t size = mesh.faceSizes[face];
+        if (size < 3) {
+            refuse(face, "has " + std::to_string(size) + " corners, but 3 are needed");
+        }
+        if (mesh.faceVertices.size() - first < size) {
+            refuse(face, "has more corners than the list of corners holds");
+        }
+        const std::span<const std::uint32_t> corners(mesh.faceVertices.data() + first, size);
+        for (const std::uint32_t vertex : corners) {
+            if (vertex >= mesh.positions.size()) {
+                refuse(face,
+                       "names vertex " + std::to_string(vertex) + ", but there are only " +
+                           std::to_string(mesh.positions.size()) + " vertices");
+            }
+        }
+        if (const std::optional<std::uint32_t> repeated = RepeatedVertex(corners)) {
+            refuse(face, "names vertex " + std::to_string(*repeated) + " twice");
+        }
+        first += size;
+    }
+    if (first != mesh.faceVertices.size()) {
+        throw HostError(source + ": the list of corners is longer than the faces add up to");
+    }
+}
+
+void CheckIndices(const std::vector<std::uint32_t>& indices,
+                  std::size_t wantedLength,
+                  std::size_t listLength,
+                  const char* what,
+                  const std::string& source) {
+    if (indices.empty()) {
+        return;
+    }
+    if (indices.size() != wantedLength) {
+        throw HostError(source + ": the list of " + what + " has " +
+                        std::to_string(indices.size()) + " entries in place of " +
+                        std::to_string(wantedLength));
+    }
+    for (const std::uint32_t index : indices) {
+        if (index != SurfaceAttributes::none && index >= listLength) {
+            throw HostError(source + ": the list of " + what + " names number " +
+                            std::to_string(index) + " of " + std::to_string(listLength));
+        }
+    }
+}
+
+}  // namespace
+
+void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
+                            const SurfaceCounts& counts,
+                            const std::string& source) {
+    CheckCount(attributes.uvs.size(), "texture coordinates", source);
+    CheckIndices(attributes.cornerUvs,
+                 counts.corners,
+                 attributes.uvs.size(),
+                 "texture coordinates of corners",
+                 source);
+    CheckIndices(attributes.faceGroups,
+                 counts.faces,
+                 attributes.groupNames.size(),
+                 "groups of faces",
+                 source);
+    CheckIndices(attributes.faceMaterials,
+                 counts.faces,
+                 attributes.materialNames.size(),
+                 "materials of faces",
+                 source);
+    if (!attributes.faceSmoothing.empty() && attributes.faceSmoothing.size() != counts.faces) {
+        throw HostError(source + ": the list of smoothing groups of faces has " +
+                        std::to_string(attributes.faceSmoothing.size()) + " entries, but " +
+                        std::to_string(counts.faces) + " are needed");
+    }
+    if (!attributes.colors.empty() && attributes.colors.size() != counts.vertices) {
+        throw HostError(source + ": " + std::to_string(attributes.colors.size()) + " colours for " +
+                        std::to_string(counts.vertices) + " vertices");
+    }
+    const auto finite = [](const auto& list) {
+        for (const auto& entry : list) {
+            for (const float number : entry) {
+                if (!std::isfinite(number)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    };
+    if (!finite(attributes.uvs)) {
+        throw HostError(source + ": a texture coordinate is not finite");
+    }
+    if (!finite(attributes.colors)) {
+        throw HostError(source + ": a colour is not finite");
+    }
+}
+
+void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
+    CheckCount(mesh.positions.size(), "vertices", source);
+    CheckCount(mesh.faceSizes.size(), "faces", source);
+    CheckCount(mesh.faceVertices.size(), "face corners", source);
+    if (mesh.faceSizes.empty()) {
+        throw HostError(source + ": the mesh has no faces");
+    }
+    if (!mesh.normals.empty() && mesh.normals.size() != mesh.positions.size()) {
+        throw HostError(source + ": " + std::to_string(mesh.normals.size()) + " normals for " +
+                        std::to_string(mesh.positions.size()) + " vertices");
+    }
+    CheckPositions(mesh, source);
+    CheckFaces(mesh, source);
+    CheckSurfaceAttributes(mesh.attributes,
+                           {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},
+                           source);
+}
+
+}  // namespace trovik

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace trovik {
+
+/// What of one level changed, by patches: what a viewport has to update.
+///
+/// A patch is a face of level `patchLevel` (at most `level`) with all its descendants in `level`.
+/// It owns the vertices at the corners of those faces, so a vertex on a border belongs to each
+/// patch around it. Everything outside of the listed patches is byte-identical to before.
+struct SurfaceChange {
+    enum What : uint8_t {
+        Positions = 1,
+        Normals = 2,
+        /// Freeze amounts.
+        Mask = 4,
+        /// Hidden faces.
+        Visibility = 8,
+        /// The level is another one, or its faces or vertices were renumbered: all is to be read
+        /// again.
+        Topology = 16
+    };
+
+    uint32_t level = 0;
+    /// A combination of What.
+    uint8_t what = 0;
+    uint32_t patchLevel = 0;
+    /// Faces of `patchLevel`, each once; valid during the call. Not used with `all`.
+    std::span<const uint32_t> patches;
+    /// The whole level changed.
+    bool all = false;
+};
+
+}  // namespace trovik

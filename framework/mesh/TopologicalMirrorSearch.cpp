@@ -1,0 +1,393 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// How the mirror of a mesh is found: seeds from the geometry, the rest from the adjacency.
+#include "framework/mesh/LevelMesh.h"
+#include "framework/mesh/TopologicalMirror.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Seeds worth trying, of each part of the mesh.
+constexpr std::size_t seedLimit = 1024;
+/// Different mirrors among which the one nearest to a reflection is chosen.
+constexpr std::size_t mirrorLimit = 8;
+/// Other parts that are tried as a part's mirror image.
+constexpr std::size_t partnerLimit = 4;
+/// Steps of all walks from one list of seeds, in faces of the part.
+constexpr uint64_t walkLimit = 200;
+/// A seed or map whose error is this small a share of its size is a reflection but for rounding.
+constexpr double exactShare = 1e-10;
+
+struct Seed {
+    /// How far the two faces are from being each other's reflection in a plane x = c, by their
+    /// size, and how far that plane is from x = 0, by the size of the part; squares.
+    double error;
+    uint32_t face;
+    uint32_t across;
+    uint32_t shift;
+};
+
+/// Faces that hang together by edges.
+struct Part {
+    std::vector<uint32_t> faces;
+    double centre[3] = {0.0, 0.0, 0.0};
+    /// Mean square distance from the centre.
+    double spread = 0.0;
+    bool isDone = false;
+};
+
+}  // namespace
+
+class TopologicalMirrorSearch {
+public:
+    TopologicalMirrorSearch(LevelMesh& baseLevel, std::vector<uint32_t>& result, int mirrorAxis)
+        : base(baseLevel),
+          axis(mirrorAxis),
+          corners(baseLevel.CornersPerFace()),
+          images(result),
+          vertexImages(baseLevel.VertexCount(), openBorder) {
+        images.assign(base.faceCount, openBorder);
+    }
+
+    static std::unique_ptr<TopologicalMirror> Run(LevelMesh& base, int axis) {
+        std::unique_ptr<TopologicalMirror> mirror(new TopologicalMirror);
+        mirror->baseCorners = base.CornersPerFace();
+        TopologicalMirrorSearch search(base, mirror->images, axis);
+        return search.FindAll() ? std::move(mirror) : nullptr;
+    }
+
+private:
+    struct Map {
+        double error = std::numeric_limits<double>::infinity();
+        /// Face and packed image.
+        std::vector<std::pair<uint32_t, uint32_t>> faces;
+    };
+
+    /// The vertex's place, the axis of the mirror taken as x.
+    Vector PlaceOf(uint32_t vertex) const {
+        Vector place = base.Position(vertex);
+        if (axis == 1) std::swap(place.x, place.y);
+        if (axis == 2) std::swap(place.x, place.z);
+        return place;
+    }
+    uint32_t VertexAt(uint32_t face, uint32_t corner) const {
+        return base.faceVertexIndices.array[face * corners + corner];
+    }
+    uint32_t CornerAcross(uint32_t shift, uint32_t corner) const {
+        return (shift + corners - corner) % corners;
+    }
+
+    bool FindAll();
+    void FindParts();
+    Map BestMap(std::size_t part);
+    void KeepSeed(std::vector<Seed>& seeds, uint32_t face, uint32_t across, uint32_t shift) const;
+    bool TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps);
+    bool IsReflection(const Map& map) const;
+    double MiddleOf(uint32_t face, uint32_t across) const;
+    double ErrorOf(uint32_t face, uint32_t across, uint32_t shift, double plane) const;
+    double SizeOf(uint32_t face) const;
+
+    bool Walk(const Seed& seed);
+    bool Pair(uint32_t face, uint32_t across, uint32_t shift);
+    bool PairVertices(uint32_t vertex, uint32_t across);
+    Map TakeBack();
+
+    LevelMesh& base;
+    int axis;
+    uint32_t corners;
+    std::vector<uint32_t>& images;
+    std::vector<uint32_t> vertexImages;
+    std::vector<Part> parts;
+    std::vector<uint32_t> partOf;
+    /// What the present walk has entered, in the order of its entering.
+    std::vector<uint32_t> walked;
+    std::vector<uint32_t> pairedVertices;
+    /// Steps that are left to the walks.
+    uint64_t steps = 0;
+};
+
+std::unique_ptr<TopologicalMirror> TopologicalMirror::Find(LevelMesh& base, int axis) {
+    return TopologicalMirrorSearch::Run(base, axis);
+}
+
+bool TopologicalMirrorSearch::FindAll() {
+    FindParts();
+    bool isAny = false;
+    for (std::size_t part = 0; part < parts.size(); ++part) {
+        if (parts[part].isDone) continue;
+        parts[part].isDone = true;
+        const Map map = BestMap(part);
+        for (const auto& [face, image] : map.faces) {
+            images[face] = image;
+            // A part across from another one is done with it.
+            parts[partOf[face]].isDone = true;
+        }
+        isAny = isAny || !map.faces.empty();
+    }
+    return isAny;
+}
+
+void TopologicalMirrorSearch::FindParts() {
+    partOf.assign(base.faceCount, openBorder);
+    for (uint32_t first = 0; first < base.faceCount; ++first) {
+        if (partOf[first] != openBorder) continue;
+        const auto number = static_cast<uint32_t>(parts.size());
+        Part part;
+        part.faces.push_back(first);
+        partOf[first] = number;
+        double squares = 0.0;
+        for (std::size_t at = 0; at < part.faces.size(); ++at) {
+            const uint32_t face = part.faces[at];
+            for (uint32_t k = 0; k < corners; ++k) {
+                const Vector p = PlaceOf(VertexAt(face, k));
+                part.centre[0] += p.x;
+                part.centre[1] += p.y;
+                part.centre[2] += p.z;
+                squares += static_cast<double>(p.x) * p.x + static_cast<double>(p.y) * p.y +
+                           static_cast<double>(p.z) * p.z;
+                const uint32_t neighbour = base.QuadEdgeNeighbour(face, k);
+                if (neighbour == openBorder || partOf[neighbour >> 2] != openBorder) continue;
+                partOf[neighbour >> 2] = number;
+                part.faces.push_back(neighbour >> 2);
+            }
+        }
+        const auto count = static_cast<double>(part.faces.size() * corners);
+        part.spread = squares / count;
+        for (double& sum : part.centre) {
+            sum /= count;
+            part.spread -= sum * sum;
+        }
+        parts.push_back(std::move(part));
+    }
+}
+
+double TopologicalMirrorSearch::MiddleOf(uint32_t face, uint32_t across) const {
+    double sum = 0.0;
+    for (uint32_t k = 0; k < corners; ++k)
+        sum += static_cast<double>(PlaceOf(VertexAt(face, k)).x) + PlaceOf(VertexAt(across, k)).x;
+    return sum / (2.0 * corners);
+}
+
+/// Square distance of the one face to the other's reflection in the plane x = `plane`.
+double TopologicalMirrorSearch::ErrorOf(uint32_t face,
+                                        uint32_t across,
+                                        uint32_t shift,
+                                        double plane) const {
+    double error = 0.0;
+    for (uint32_t k = 0; k < corners; ++k) {
+        const Vector a = PlaceOf(VertexAt(face, k));
+        const Vector b = PlaceOf(VertexAt(across, CornerAcross(shift, k)));
+        const double x = static_cast<double>(a.x) + b.x - 2.0 * plane;
+        const double y = static_cast<double>(a.y) - b.y;
+        const double z = static_cast<double>(a.z) - b.z;
+        error += x * x + y * y + z * z;
+    }
+    return error;
+}
+
+double TopologicalMirrorSearch::SizeOf(uint32_t face) const {
+    double size = 0.0;
+    const Vector a = PlaceOf(VertexAt(face, 0));
+    for (uint32_t k = 1; k < corners; ++k) {
+        const Vector edge = PlaceOf(VertexAt(face, k)) - a;
+        size += static_cast<double>(edge.x) * edge.x + static_cast<double>(edge.y) * edge.y +
+                static_cast<double>(edge.z) * edge.z;
+    }
+    return size;
+}
+
+// A heap with the worst seed on top, so that a large mesh keeps no list of all.
+void TopologicalMirrorSearch::KeepSeed(std::vector<Seed>& seeds,
+                                       uint32_t face,
+                                       uint32_t across,
+                                       uint32_t shift) const {
+    const auto isBetter = [](const Seed& a, const Seed& b) {
+        if (a.error != b.error) return a.error < b.error;
+        return a.face != b.face ? a.face < b.face : a.across < b.across;
+    };
+    const double size = SizeOf(face) + SizeOf(across);
+    // A face of no size looks like anything.
+    if (!(size > 0.0)) return;
+    const double plane = MiddleOf(face, across);
+    const double spread = parts[partOf[face]].spread;
+    const double error =
+        ErrorOf(face, across, shift, plane) / size + plane * plane / std::max(spread, size);
+    const Seed seed{error, face, across, shift};
+    if (!std::isfinite(seed.error)) return;
+    if (seeds.size() == seedLimit) {
+        if (!isBetter(seed, seeds.front())) return;
+        std::pop_heap(seeds.begin(), seeds.end(), isBetter);
+        seeds.pop_back();
+    }
+    seeds.push_back(seed);
+    std::push_heap(seeds.begin(), seeds.end(), isBetter);
+}
+
+TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number) {
+    const Part& part = parts[number];
+    std::vector<Map> maps;
+    std::vector<Seed> seeds;
+    for (const uint32_t face : part.faces) {
+        for (uint32_t k = 0; k < corners; ++k) {
+            // The face across from itself, and the two faces of an edge across from each other.
+            KeepSeed(seeds, face, face, k);
+            const uint32_t neighbour = base.QuadEdgeNeighbour(face, k);
+            if (neighbour != openBorder && neighbour >> 2 > face)
+                KeepSeed(seeds, face, neighbour >> 2, (k + (neighbour & 3u) + 1) % corners);
+        }
+    }
+    if (TrySeeds(seeds, maps)) return std::move(maps.back());
+
+    // Parts of the same size whose middles lie best across from this one's.
+    std::vector<std::pair<double, std::size_t>> partners;
+    for (std::size_t other = number + 1; other < parts.size(); ++other) {
+        const Part& candidate = parts[other];
+        if (candidate.isDone || candidate.faces.size() != part.faces.size()) continue;
+        const double x = candidate.centre[0] + part.centre[0];
+        const double y = candidate.centre[1] - part.centre[1];
+        const double z = candidate.centre[2] - part.centre[2];
+        partners.emplace_back(x * x + y * y + z * z, other);
+    }
+    const std::size_t tried = std::min(partners.size(), partnerLimit);
+    std::partial_sort(
+        partners.begin(), partners.begin() + static_cast<std::ptrdiff_t>(tried), partners.end());
+    partners.resize(tried);
+    for (const auto& [distance, other] : partners) {
+        seeds.clear();
+        for (const uint32_t across : parts[other].faces)
+            for (uint32_t shift = 0; shift < corners; ++shift)
+                KeepSeed(seeds, part.faces.front(), across, shift);
+        if (TrySeeds(seeds, maps)) return std::move(maps.back());
+    }
+    Map best;
+    for (Map& map : maps)
+        if (map.error < best.error) best = std::move(map);
+    return best;
+}
+
+/// Adds the maps that grow from the seeds. \return true when the last one is a reflection.
+bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps) {
+    if (seeds.empty()) return false;
+    steps = walkLimit * parts[partOf[seeds.front().face]].faces.size() + 10000;
+    std::sort(seeds.begin(), seeds.end(), [](const Seed& a, const Seed& b) {
+        if (a.error != b.error) return a.error < b.error;
+        return a.face != b.face ? a.face < b.face : a.across < b.across;
+    });
+    std::size_t found = 0;
+    for (const Seed& seed : seeds) {
+        if (steps == 0 || found == mirrorLimit) break;
+        const std::pair<uint32_t, uint32_t> entry(seed.face, seed.across << 2 | seed.shift);
+        const auto holdsSeed = [&entry](const Map& map) {
+            return std::binary_search(map.faces.begin(), map.faces.end(), entry);
+        };
+        if (std::any_of(maps.begin(), maps.end(), holdsSeed)) continue;
+        const bool isConsistent = Walk(seed);
+        Map map = TakeBack();
+        if (!isConsistent || !IsReflection(map)) continue;
+        double size = 0.0;
+        map.error = 0.0;
+        for (const auto& [face, image] : map.faces) {
+            map.error += ErrorOf(face, image >> 2, image & 3u, 0.0);
+            size += SizeOf(face);
+        }
+        const bool isExact = map.error <= exactShare * size;
+        maps.push_back(std::move(map));
+        if (isExact) return true;
+        ++found;
+    }
+    return false;
+}
+
+/// Whether left becomes right rather than front back: over all edges x tends to turn its sign, y
+/// and z to keep theirs. A pose may bend and move a figure's limbs as it likes but not turn it
+/// over.
+bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
+    double sums[3] = {0.0, 0.0, 0.0};
+    for (const auto& [face, image] : map.faces) {
+        for (uint32_t k = 0; k < corners; ++k) {
+            const uint32_t next = (k + 1) % corners;
+            const Vector a = PlaceOf(VertexAt(face, next)) - PlaceOf(VertexAt(face, k));
+            const Vector b = PlaceOf(VertexAt(image >> 2, CornerAcross(image & 3u, next))) -
+                             PlaceOf(VertexAt(image >> 2, CornerAcross(image & 3u, k)));
+            sums[0] += static_cast<double>(a.x) * b.x;
+            sums[1] += static_cast<double>(a.y) * b.y;
+            sums[2] += static_cast<double>(a.z) * b.z;
+        }
+    }
+    // An axis along which a mesh is all but flat has little to say.
+    const double total = std::fabs(sums[0]) + std::fabs(sums[1]) + std::fabs(sums[2]);
+    return sums[0] <= 1e-6 * total && sums[1] >= -0.1 * total && sums[2] >= -0.1 * total;
+}
+
+bool TopologicalMirrorSearch::Walk(const Seed& seed) {
+    if (!Pair(seed.face, seed.across, seed.shift)) return false;
+    for (std::size_t at = 0; at < walked.size(); ++at) {
+        const uint32_t face = walked[at];
+        const uint32_t across = images[face] >> 2;
+        const uint32_t shift = images[face] & 3u;
+        for (uint32_t k = 0; k < corners; ++k) {
+            if (steps == 0) return false;
+            --steps;
+            // Side k runs from corner k to the next one, and mirrored the other way.
+            const uint32_t neighbour = base.QuadEdgeNeighbour(face, k);
+            const uint32_t other =
+                base.QuadEdgeNeighbour(across, (shift + 2 * corners - k - 1) % corners);
+            if (neighbour == openBorder || other == openBorder) {
+                if (neighbour != other) return false;
+                continue;
+            }
+            const uint32_t nextShift = ((neighbour & 3u) + (other & 3u) + 1) % corners;
+            if (!Pair(neighbour >> 2, other >> 2, nextShift)) return false;
+        }
+    }
+    return true;
+}
+
+bool TopologicalMirrorSearch::Pair(uint32_t face, uint32_t across, uint32_t shift) {
+    if (images[face] != openBorder) return images[face] == (across << 2 | shift);
+    if (images[across] != openBorder) return false;
+    images[face] = across << 2 | shift;
+    walked.push_back(face);
+    if (across != face) {
+        images[across] = face << 2 | shift;
+        walked.push_back(across);
+    }
+    for (uint32_t k = 0; k < corners; ++k) {
+        const uint32_t a = VertexAt(face, k);
+        const uint32_t b = VertexAt(across, CornerAcross(shift, k));
+        if (!PairVertices(a, b) || !PairVertices(b, a)) return false;
+    }
+    return true;
+}
+
+bool TopologicalMirrorSearch::PairVertices(uint32_t vertex, uint32_t across) {
+    if (vertexImages[vertex] == openBorder) {
+        vertexImages[vertex] = across;
+        pairedVertices.push_back(vertex);
+    }
+    return vertexImages[vertex] == across;
+}
+
+/// What the walk has paired, by face; the tables are as before it.
+TopologicalMirrorSearch::Map TopologicalMirrorSearch::TakeBack() {
+    Map map;
+    map.faces.reserve(walked.size());
+    for (const uint32_t face : walked) {
+        map.faces.emplace_back(face, images[face]);
+        images[face] = openBorder;
+    }
+    for (const uint32_t vertex : pairedVertices) vertexImages[vertex] = openBorder;
+    walked.clear();
+    pairedVertices.clear();
+    std::sort(map.faces.begin(), map.faces.end());
+    return map;
+}
+
+}  // namespace trovik

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/multires/CoarseFaces.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/mesh/LevelMesh.h"
+#include "framework/mesh/PolygonMesh.h"
+
+#include <algorithm>
+#include <array>
+
+namespace trovik {
+
+namespace {
+
+enum Role : uint8_t { None, OldVertex, EdgeMiddle, FaceMiddle };
+
+/// Finds for each face which of its corners was a vertex of the coarse mesh.
+class RoleSearch {
+public:
+    RoleSearch(LevelMesh& level, uint32_t corners)
+        : mesh(level),
+          coarseCorners(corners),
+          faceCounts(level.VertexCount(), 0),
+          onBorder(level.VertexCount(), 0),
+          roles(level.VertexCount(), None),
+          vertexCorner(level.faceCount, unknown) {
+        for (uint32_t face = 0; face < mesh.faceCount; ++face) {
+            for (uint32_t k = 0; k < 4; ++k) {
+                ++faceCounts[At(face, k)];
+                if (mesh.QuadEdgeNeighbour(face, k) != openBorder) continue;
+                onBorder[At(face, k)] = 1;
+                onBorder[At(face, k + 1)] = 1;
+            }
+        }
+    }
+
+    bool Run() {
+        for (uint32_t face = 0; face < mesh.faceCount; ++face)
+            if (vertexCorner[face] == unknown && !FindPart(face)) return false;
+        return true;
+    }
+
+    uint32_t At(uint32_t face, uint32_t corner) const {
+        return mesh.faceVertexIndices.array[face * 4 + (corner & 3u)];
+    }
+    uint32_t VertexCorner(uint32_t face) const { return vertexCorner[face]; }
+    Role RoleOf(uint32_t vertex) const { return roles[vertex]; }
+
+private:
+    static constexpr uint8_t unknown = 0xff;
+
+    bool FindPart(uint32_t seed) {
+        std::array<uint32_t, 4> order = {0, 1, 2, 3};
+        std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+            return At(seed, a) < At(seed, b);
+        });
+        for (const uint32_t corner : order) {
+            if (Spread(seed, corner)) return true;
+            for (const uint32_t face : part) {
+                vertexCorner[face] = unknown;
+                for (uint32_t k = 0; k < 4; ++k) roles[At(face, k)] = None;
+            }
+        }
+        return false;
+    }
+
+    bool Spread(uint32_t seed, uint32_t corner) {
+        part.assign(1, seed);
+        vertexCorner[seed] = static_cast<uint8_t>(corner);
+        for (std::size_t head = 0; head < part.size(); ++head) {
+            const uint32_t face = part[head];
+            const uint32_t c = vertexCorner[face];
+            for (uint32_t k = 0; k < 4; ++k) {
+                const Role role = k == 0 ? OldVertex : k == 2 ? FaceMiddle : EdgeMiddle;
+                if (!Give(At(face, c + k), role)) return false;
+            }
+            for (uint32_t side = 0; side < 4; ++side) {
+                const uint32_t neighbour = mesh.QuadEdgeNeighbour(face, side);
+                if (neighbour == openBorder) continue;
+                // The neighbour has the side's start at its corner t + 1 and the end at corner t.
+                const uint32_t t = neighbour & 3u;
+                const auto found = static_cast<uint8_t>(side == c                ? (t + 1) & 3u
+                                                        : ((side + 1) & 3u) == c ? t
+                                                        : ((side + 2) & 3u) == c ? (t + 3) & 3u
+                                                                                 : (t + 2) & 3u);
+                uint8_t& known = vertexCorner[neighbour >> 2];
+                if (known == unknown) {
+                    known = found;
+                    part.push_back(neighbour >> 2);
+                } else if (known != found) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    }
+
+    bool Give(uint32_t vertex, Role role) {
+        if (roles[vertex] != None) return roles[vertex] == role;
+        roles[vertex] = role;
+        if (role == EdgeMiddle) return faceCounts[vertex] == (onBorder[vertex] != 0 ? 2u : 4u);
+        if (role == FaceMiddle) return onBorder[vertex] == 0 && faceCounts[vertex] == coarseCorners;
+        return true;
+    }
+
+    LevelMesh& mesh;
+    uint32_t coarseCorners;
+    std::vector<uint32_t> faceCounts;
+    std::vector<uint8_t> onBorder;
+    std::vector<Role> roles;
+    std::vector<uint8_t> vertexCorner;
+    std::vector<uint32_t> part;
+};
+
+CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners) {
+    CoarseFaces coarse;
+    coarse.corners = corners;
+    std::vector<uint32_t> number(mesh.VertexCount(), openBorder);
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
+        // A vertex of no face stays one.
+        if (search.RoleOf(v) != OldVertex && search.RoleOf(v) != None) continue;
+        number[v] = static_cast<uint32_t>(coarse.fineVertices.size());
+        coarse.fineVertices.push_back(v);
+    }
+    coarse.fineFaces.face.assign(mesh.faceCount, openBorder);
+    coarse.fineFaces.turn.assign(mesh.faceCount, 0);
+    uint32_t next = 0;
+    for (uint32_t first = 0; first < mesh.faceCount; ++first) {
+        if (coarse.fineFaces.face[first] != openBorder) continue;
+        uint32_t face = first;
+        for (uint32_t k = 0; k < corners; ++k) {
+            const uint32_t c = search.VertexCorner(face);
+            coarse.fineFaces.face[face] = next * corners + k;
+            // Where a refinement has the vertex: at corner k of a quad's child, at corner 0 of a
+            // triangle's.
+            const uint32_t turned = corners == 4 ? k : 0;
+            coarse.fineFaces.turn[face] = static_cast<uint8_t>((turned - c) & 3u);
+            coarse.faceVertices.push_back(number[search.At(face, c)]);
+            face = mesh.QuadEdgeNeighbour(face, (c + 1) & 3u) >> 2;
+        }
+        ++next;
+    }
+    return coarse;
+}
+
+/// Whether the faces alone tell a mesh again: edges by their two vertices.
+bool IsMesh(const CoarseFaces& coarse) {
+    PolygonMesh polygons;
+    polygons.positions.resize(coarse.fineVertices.size());
+    polygons.faceVertices = coarse.faceVertices;
+    polygons.faceSizes.assign(coarse.faceVertices.size() / coarse.corners, coarse.corners);
+    try {
+        CheckPolygonMesh(polygons, "level 0");
+    } catch (const HostError&) {
+        return false;
+    }
+    return MakeOrientedManifold(polygons).Untouched();
+}
+
+}  // namespace
+
+FaceRenumbering FaceRenumbering::Inverse() const {
+    FaceRenumbering inverse;
+    inverse.face.resize(face.size());
+    inverse.turn.resize(face.size());
+    for (uint32_t f = 0; f < face.size(); ++f) {
+        inverse.face[face[f]] = f;
+        inverse.turn[face[f]] = static_cast<uint8_t>((4u - turn[f]) & 3u);
+    }
+    return inverse;
+}
+
+FaceRenumbering FaceRenumbering::OfChildren() const {
+    FaceRenumbering children;
+    children.face.resize(face.size() * 4);
+    children.turn.resize(face.size() * 4);
+    for (uint32_t f = 0; f < face.size(); ++f) {
+        for (uint32_t k = 0; k < 4; ++k) {
+            children.face[f * 4 + k] = face[f] * 4 + ((k + turn[f]) & 3u);
+            children.turn[f * 4 + k] = turn[f];
+        }
+    }
+    return children;
+}
+
+CoarseFaces FindCoarseFaces(LevelMesh& level) {
+    if (level.CornersPerFace() != 4)
+        throw HostError("level 0 has triangles, so it is no refinement of a coarser mesh");
+    for (const uint32_t corners : {4u, 3u}) {
+        RoleSearch search(level, corners);
+        if (!search.Run()) continue;
+        CoarseFaces coarse = Gather(level, search, corners);
+        if (IsMesh(coarse)) return coarse;
+    }
+    throw HostError(
+        "the faces of level 0 do not hang together as the refinement of a coarser mesh of quads, "
+        "or of triangles");
+}
+
+}  // namespace trovik

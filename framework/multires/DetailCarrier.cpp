@@ -1,0 +1,293 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/multires/DetailCarrier.h"
+
+#include "framework/math/IsFinite.h"
+#include "framework/math/SameBits.h"
+#include "framework/math/SurfaceTurn.h"
+#include "framework/mesh/LocalRefiner.h"
+#include "framework/mesh/VertexNeighbours.h"
+#include "framework/multires/TurnedLayers.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace trovik {
+
+namespace {
+
+/// Vertices whose position differs from the seen one.
+std::vector<uint32_t> Changed(const LevelMesh& level, const std::vector<Vector>& seen) {
+    std::vector<uint32_t> changed;
+    for (uint32_t v = 0; v < level.VertexCount(); ++v)
+        if (!SameBits(seen[v], level.Position(v))) changed.push_back(v);
+    return changed;
+}
+
+/// Coarse faces whose surroundings are worked on at a time, so that memory does not follow the
+/// size of a change.
+constexpr std::size_t batchFaces = std::size_t{1} << 15;
+
+/// A point of the fine level around a change of the coarse one, refined in two states.
+struct RefinedPoint {
+    uint32_t vertex;
+    /// The lowest coarse face that holds it, of those that were looked at.
+    uint32_t owner;
+    bool touched;
+    SurfaceMove move;
+};
+
+/// The points of some fine faces, to be found by their vertex numbers.
+class PointTable {
+public:
+    /// \param scratch  empty, or one a vertex of the level: then it is used for finding.
+    PointTable(const LevelMesh& fine,
+               const std::vector<uint32_t>& fineFaces,
+               std::vector<uint32_t>& scratch)
+        : place(scratch) {
+        const std::vector<uint32_t> vertices = CornersOf(fine, fineFaces);
+        points.reserve(vertices.size());
+        for (const uint32_t vertex : vertices) {
+            if (!place.empty()) place[vertex] = static_cast<uint32_t>(points.size());
+            points.push_back({vertex, openBorder, false, {}});
+        }
+    }
+
+    RefinedPoint& operator[](uint32_t vertex) {
+        if (!place.empty()) return points[place[vertex]];
+        return *std::lower_bound(
+            points.begin(), points.end(), vertex, [](const RefinedPoint& point, uint32_t v) {
+                return point.vertex < v;
+            });
+    }
+    std::vector<RefinedPoint>& All() { return points; }
+
+private:
+    std::vector<RefinedPoint> points;
+    std::vector<uint32_t>& place;
+};
+
+Vector QuadNormal(const Vector& a, const Vector& b, const Vector& c, const Vector& d) {
+    return (c - a) & (d - b);
+}
+
+/// Number of the edge point's corner among the children of a face; see LevelMesh.
+uint32_t EdgeSlot(uint32_t corners, uint32_t side) {
+    return side * 4 + (corners == 4 ? (side + 1) & 3u : 1u);
+}
+
+}  // namespace
+
+void DetailCarrier::MoveVertex(LevelMesh& level,
+                               uint32_t vertex,
+                               const Vector& to,
+                               CarriedLevel& carried) {
+    const Vector present = level.Position(vertex);
+    if (SameBits(to, present) || (!IsFinite(to) && IsFinite(present))) return;
+    carried.vertices.push_back(vertex);
+    carried.positionsBefore.push_back(present);
+    level.SetPosition(vertex, to);
+}
+
+void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
+                               uint32_t firstOwner,
+                               uint32_t lastOwner,
+                               const std::vector<Vector>& seen,
+                               std::vector<uint32_t>& scratch,
+                               TurnedLayers* layers,
+                               CarriedLevel& carried) {
+    const uint32_t corners = coarse.CornersPerFace();
+    std::vector<uint32_t> children;
+    children.reserve(faces.size() * corners);
+    for (const uint32_t face : faces)
+        for (uint32_t k = 0; k < corners; ++k) children.push_back(face * corners + k);
+    PointTable points(fine, children, scratch);
+    LocalRefiner before(coarse, seen.data());
+    LocalRefiner after(coarse, nullptr);
+    const uint32_t* all = fine.faceVertexIndices.array;
+    for (const uint32_t face : faces) {
+        const uint32_t* slots = all + face * corners * 4;
+        RefinedPoint& centre = points[slots[2]];
+        centre.owner = face;
+        centre.move.before = before.FacePoint(face);
+        centre.move.after = after.FacePoint(face);
+        for (uint32_t side = 0; side < corners; ++side) {
+            RefinedPoint& start = points[coarse.faceVertexIndices.array[face * corners + side]];
+            start.owner = std::min(start.owner, face);
+            RefinedPoint& edge = points[slots[EdgeSlot(corners, side)]];
+            if (edge.owner != openBorder) continue;
+            edge.owner = face;
+            edge.move.before = before.EdgePoint(face, side);
+            edge.move.after = after.EdgePoint(face, side);
+        }
+    }
+    for (RefinedPoint& point : points.All()) {
+        if (point.vertex >= coarse.VertexCount()) break;
+        point.move.before = before.VertexPoint(point.vertex);
+        point.move.after = after.VertexPoint(point.vertex);
+    }
+    counts.refined += points.All().size();
+
+    const auto forEachFace = [&](auto&& visit) {
+        for (const uint32_t child : children) {
+            RefinedPoint* corner[4];
+            for (uint32_t k = 0; k < 4; ++k) corner[k] = &points[all[child * 4 + k]];
+            visit(corner);
+        }
+    };
+    forEachFace([](RefinedPoint* const(&corner)[4]) {
+        const auto moved = [](const RefinedPoint* p) {
+            return !SameBits(p->move.before, p->move.after);
+        };
+        if (std::any_of(corner, corner + 4, moved))
+            for (RefinedPoint* p : corner) p->touched = true;
+    });
+    forEachFace([](RefinedPoint* const(&corner)[4]) {
+        const Vector normal = QuadNormal(corner[0]->move.before,
+                                         corner[1]->move.before,
+                                         corner[2]->move.before,
+                                         corner[3]->move.before);
+        const Vector newNormal = QuadNormal(corner[0]->move.after,
+                                            corner[1]->move.after,
+                                            corner[2]->move.after,
+                                            corner[3]->move.after);
+        for (RefinedPoint* p : corner)
+            if (p->touched) p->move.turn.AddNormal(normal, newNormal);
+    });
+    for (RefinedPoint& point : points.All())
+        if (point.touched) point.move.turn.CloseNormals();
+    // An inner edge comes from both its faces, an edge of the border from one.
+    forEachFace([](RefinedPoint* const(&corner)[4]) {
+        for (uint32_t k = 0; k < 4; ++k) {
+            RefinedPoint& p = *corner[k];
+            if (!p.touched) continue;
+            for (const uint32_t to : {(k + 1) & 3u, (k + 3) & 3u})
+                p.move.turn.AddEdge(corner[to]->move.before - p.move.before,
+                                    corner[to]->move.after - p.move.after);
+        }
+    });
+
+    for (RefinedPoint& point : points.All()) {
+        if (!point.touched || point.owner < firstOwner || point.owner > lastOwner) continue;
+        ++counts.turned;
+        point.move.turn.CloseEdges();
+        const Vector place = point.move.Carried(fine.Position(point.vertex));
+        if (layers != nullptr) layers->Turn(point.vertex, place, point.move);
+        MoveVertex(fine, point.vertex, place, carried);
+    }
+}
+
+CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* layers) {
+    CarriedLevel carried;
+    carried.level = static_cast<uint32_t>(fine.Index());
+    const std::vector<uint32_t> changed = Changed(coarse, seen);
+    if (changed.empty()) return carried;
+
+    // Refined points change in the faces around a changed vertex. Their surroundings turn, so the
+    // turns of one more ring are found from the points of all these faces.
+    const std::vector<uint32_t> faces =
+        FacesAt(coarse, CornersOf(coarse, FacesAt(coarse, changed)));
+    if (faces.size() <= batchFaces) {
+        std::vector<uint32_t> scratch;
+        CarryFaces(faces, 0, openBorder, seen, scratch, layers, carried);
+    } else {
+        std::vector<uint32_t> scratch(fine.VertexCount());
+        for (std::size_t first = 0; first < faces.size(); first += batchFaces) {
+            const std::size_t end = std::min(faces.size(), first + batchFaces);
+            const std::vector<uint32_t> batch(faces.begin() + static_cast<std::ptrdiff_t>(first),
+                                              faces.begin() + static_cast<std::ptrdiff_t>(end));
+            CarryFaces(FacesAt(coarse, CornersOf(coarse, batch)),
+                       batch.front(),
+                       batch.back(),
+                       seen,
+                       scratch,
+                       layers,
+                       carried);
+        }
+    }
+    // A vertex of no face has no surface to turn with.
+    for (const uint32_t vertex : changed) {
+        if (coarse.LowestFaceOf(vertex) != openBorder) continue;
+        const SurfaceMove move{seen[vertex], coarse.Position(vertex), {}};
+        const Vector place = move.Carried(fine.Position(vertex));
+        if (layers != nullptr) layers->Turn(vertex, place, move);
+        MoveVertex(fine, vertex, place, carried);
+    }
+    RefreshNormals(fine, carried);
+    if (layers != nullptr) layers->Finish();
+    return carried;
+}
+
+CarriedLevel DetailCarrier::Down(const std::vector<Vector>& seen) {
+    CarriedLevel carried;
+    carried.level = static_cast<uint32_t>(coarse.Index());
+    const std::vector<uint32_t> changed = Changed(fine, seen);
+    if (changed.empty()) return carried;
+
+    const uint32_t corners = coarse.CornersPerFace();
+    std::vector<uint32_t> faces = FacesAt(fine, changed);
+    for (uint32_t& face : faces) face /= corners;
+    MakeSet(faces);
+    const auto moveOf = [&](uint32_t vertex) { return fine.Position(vertex) - seen[vertex]; };
+    const uint32_t* all = fine.faceVertexIndices.array;
+    std::vector<uint32_t> around;
+    for (const uint32_t vertex : CornersOf(coarse, faces)) {
+        ++counts.fitted;
+        FacesAt(coarse, vertex, around);
+        Vector edges;
+        Vector borderEdges;
+        Vector centres;
+        uint32_t count = 0;
+        bool onBorder = false;
+        for (const uint32_t face : around) {
+            const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
+            const uint32_t* slots = all + face * corners * 4;
+            for (uint32_t side = 0; side < corners; ++side) {
+                const bool starts = v[side] == vertex;
+                if (!starts && v[(side + 1) % corners] != vertex) continue;
+                const Vector edge = moveOf(slots[EdgeSlot(corners, side)]);
+                if (coarse.QuadEdgeNeighbour(face, side) == openBorder) {
+                    onBorder = true;
+                    borderEdges += edge;
+                }
+                if (!starts) continue;
+                ++count;
+                edges += edge;
+                centres += moveOf(slots[2]);
+            }
+        }
+        Vector move = moveOf(vertex);
+        if (onBorder && count > 1) {
+            move = move * 0.5f + borderEdges * 0.25f;
+        } else if (!onBorder) {
+            const float share = 1.0f / static_cast<float>(count);
+            move = move * 0.25f + (edges * share) * 0.5f + (centres * share) * 0.25f;
+        }
+        if (move == Vector()) continue;
+        MoveVertex(coarse, vertex, coarse.Position(vertex) + move, carried);
+    }
+    for (const uint32_t vertex : changed) {
+        if (vertex >= coarse.VertexCount() || coarse.LowestFaceOf(vertex) != openBorder) continue;
+        MoveVertex(coarse, vertex, coarse.Position(vertex) + moveOf(vertex), carried);
+    }
+    RefreshNormals(coarse, carried);
+    return carried;
+}
+
+void DetailCarrier::RefreshNormals(LevelMesh& level, CarriedLevel& carried) {
+    const std::vector<uint32_t> touched = CornersOf(level, FacesAt(level, carried.vertices));
+    std::vector<PackedNormal> before(touched.size());
+    for (std::size_t i = 0; i < touched.size(); ++i)
+        before[i] = level.vertexNormals.array[touched[i]];
+    level.ComputeNormalsOf(touched);
+    for (std::size_t i = 0; i < touched.size(); ++i) {
+        if (SameBits(before[i], level.vertexNormals.array[touched[i]])) continue;
+        carried.normalVertices.push_back(touched[i]);
+        carried.normalsBefore.push_back(before[i]);
+    }
+    carried.vertices.shrink_to_fit();
+    carried.positionsBefore.shrink_to_fit();
+    carried.normalVertices.shrink_to_fit();
+    carried.normalsBefore.shrink_to_fit();
+}
+
+}  // namespace trovik

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/mesh/LevelMesh.h"
+#include "framework/multires/LevelSwitch.h"
+
+#include <vector>
+
+namespace trovik {
+
+/// Carries changes between a level and the one above it (after Zorin, Schröder and Sweldens,
+/// "Interactive multiresolution mesh editing", 1997).
+///
+/// A fine level is the refinement of the coarse one plus a detail for each vertex, told in a frame
+/// that turns with the refined surface (SurfaceTurn). What is stored are the positions of both
+/// levels; the detail follows from them, so that it takes no memory and an untouched level keeps
+/// its bits. A level and the one above agree about a state of the coarse level, "as it was seen";
+/// the fine vertex's detail is its distance from the refinement of that state.
+///
+/// Upwards, where refinements of the seen and the present state differ, a fine vertex goes to its
+/// refined place plus its detail turned as the surface turned there. A vertex without detail lies
+/// exactly where a subdivision would put it. What the fine level's layers hold of a vertex turns
+/// with its detail (TurnedLayers).
+///
+/// Downwards, a coarse vertex moves by a weighted mean of the moves of the fine vertices in and
+/// around its place: 1/4 its own vertex, 1/2 the mean of its edge points, 1/4 the mean of its face
+/// points; on a border 1/2 its own and 1/4 each border edge point; a vertex of one face moves as
+/// its own. The weights are none below zero and sum to one, so no coarse vertex moves farther than
+/// the fine ones did, and what moves as a whole is moved as a whole. The fine level keeps its bits;
+/// what the coarse level cannot show stays in the detail.
+///
+/// Cost of both: comparing the level that changed with what was seen of it, and recomputing what
+/// lies around its changes.
+class DetailCarrier {
+public:
+    DetailCarrier(LevelMesh& coarseLevel, LevelMesh& fineLevel, CarryCounts& work)
+        : coarse(coarseLevel), fine(fineLevel), counts(work) {}
+
+    /// \param seen  positions of the coarse level as the fine one knows them, one a vertex.
+    /// \param layers  those of the fine level; null where it has none.
+    /// \return what happened to the fine level's surface.
+    CarriedLevel Up(const std::vector<Vector>& seen, TurnedLayers* layers);
+    /// \param seen  positions of the fine level as the coarse one knows them, one a vertex.
+    /// \return what happened to the coarse level.
+    CarriedLevel Down(const std::vector<Vector>& seen);
+
+    /// Brings the normals of these vertices and of their faces' other corners up to date, and
+    /// takes down what they were.
+    static void RefreshNormals(LevelMesh& level, CarriedLevel& carried);
+
+private:
+    /// Moves those fine vertices whose lowest coarse face lies from firstOwner to lastOwner; all
+    /// faces around these must be among `faces`, which are sorted.
+    void CarryFaces(const std::vector<uint32_t>& faces,
+                    uint32_t firstOwner,
+                    uint32_t lastOwner,
+                    const std::vector<Vector>& seen,
+                    std::vector<uint32_t>& scratch,
+                    TurnedLayers* layers,
+                    CarriedLevel& carried);
+    void MoveVertex(LevelMesh& level, uint32_t vertex, const Vector& to, CarriedLevel& carried);
+
+    LevelMesh& coarse;
+    LevelMesh& fine;
+    CarryCounts& counts;
+};
+
+}  // namespace trovik

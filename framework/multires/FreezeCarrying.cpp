@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/multires/FreezeCarrying.h"
+
+namespace trovik {
+
+namespace {
+
+/// Sets amounts of a level and takes down what they were.
+class FreezeSetter {
+public:
+    explicit FreezeSetter(LevelMesh& changedLevel) : level(changedLevel) {
+        carried.level = static_cast<uint32_t>(level.Index());
+    }
+    void Set(uint32_t vertex, uint32_t amount) {
+        const uint8_t before = level.Freeze(vertex);
+        if (before == amount) return;
+        carried.freezeVertices.push_back(vertex);
+        carried.freezeBefore.push_back(before);
+        level.SetFreeze(vertex, static_cast<uint8_t>(amount));
+    }
+    CarriedLevel Take() {
+        carried.freezeVertices.shrink_to_fit();
+        carried.freezeBefore.shrink_to_fit();
+        return std::move(carried);
+    }
+
+private:
+    LevelMesh& level;
+    CarriedLevel carried;
+};
+
+/// The points that the refinement of one coarse face makes, and their amounts.
+class FaceFreeze {
+public:
+    FaceFreeze(const LevelMesh& coarseLevel, const LevelMesh& fine, uint32_t face)
+        : coarse(coarseLevel),
+          corners(coarse.CornersPerFace()),
+          vertices(coarse.faceVertexIndices.array + std::size_t{face} * corners),
+          children(fine.faceVertexIndices.array + std::size_t{face} * corners * 4) {}
+
+    uint32_t Corners() const { return corners; }
+    uint32_t CornerVertex(uint32_t k) const { return vertices[k]; }
+    uint32_t EdgePoint(uint32_t side) const {
+        return children[side * 4 + (corners == 4 ? (side + 1) & 3u : 1u)];
+    }
+    uint32_t EdgeAmount(uint32_t side) const {
+        const uint32_t a = coarse.Freeze(vertices[side]);
+        const uint32_t b = coarse.Freeze(vertices[(side + 1) % corners]);
+        return (a + b + 1) / 2;
+    }
+    uint32_t FacePoint() const { return children[2]; }
+    uint32_t FaceAmount() const {
+        uint32_t sum = 0;
+        for (uint32_t k = 0; k < corners; ++k) sum += coarse.Freeze(vertices[k]);
+        return (sum + corners / 2) / corners;
+    }
+
+private:
+    const LevelMesh& coarse;
+    uint32_t corners;
+    const uint32_t* vertices;
+    const uint32_t* children;
+};
+
+}  // namespace
+
+void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine) {
+    if (coarse.FrozenVertexCount() == 0) return;
+    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) fine.SetFreeze(v, coarse.Freeze(v));
+    for (uint32_t face = 0; face < coarse.faceCount; ++face) {
+        const FaceFreeze points(coarse, fine, face);
+        for (uint32_t side = 0; side < points.Corners(); ++side)
+            fine.SetFreeze(points.EdgePoint(side), static_cast<uint8_t>(points.EdgeAmount(side)));
+        fine.SetFreeze(points.FacePoint(), static_cast<uint8_t>(points.FaceAmount()));
+    }
+}
+
+CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen) {
+    FreezeSetter setter(fine);
+    std::vector<uint32_t> around;
+    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
+        if (coarse.Freeze(v) == seen[v]) continue;
+        setter.Set(v, coarse.Freeze(v));
+        const uint32_t lowest = coarse.LowestFaceOf(v);
+        if (lowest == openBorder) continue;
+        around.clear();
+        coarse.FacesAround(v, lowest, around);
+        // A point that two changed vertices share is set twice, to the same amount.
+        for (const uint32_t face : around) {
+            const FaceFreeze points(coarse, fine, face);
+            for (uint32_t side = 0; side < points.Corners(); ++side) {
+                const uint32_t next = (side + 1) % points.Corners();
+                if (points.CornerVertex(side) == v || points.CornerVertex(next) == v)
+                    setter.Set(points.EdgePoint(side), points.EdgeAmount(side));
+            }
+            setter.Set(points.FacePoint(), points.FaceAmount());
+        }
+    }
+    return setter.Take();
+}
+
+CarriedLevel CarryFreezeDown(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen) {
+    FreezeSetter setter(coarse);
+    for (uint32_t v = 0; v < coarse.VertexCount(); ++v)
+        if (fine.Freeze(v) != seen[v]) setter.Set(v, fine.Freeze(v));
+    return setter.Take();
+}
+
+}  // namespace trovik

@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/multires/LevelChange.h"
+
+#include "framework/memory/MemoryAccount.h"
+#include "framework/memory/SystemMemory.h"
+#include "framework/mesh/StrokeResources.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/multires/StrokeStep.h"
+
+#include <algorithm>
+#include <cassert>
+#include <limits>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Counts the strokes of all geometries, so that no step joins one of an earlier stroke. Touched on
+/// the host's main thread only, as every change is.
+uint64_t currentStroke = 1;
+
+/// The memory of the last change's records, for the next one: it has grown already, and the system
+/// has given its pages. Without it the first dab of a stroke spends half its time on that.
+class SpareMemory {
+public:
+    void LendTo(Store<StoredVertexInfo>& records) {
+        if (IsMemoryLimited()) spare.Clear();
+        std::swap(records.array, spare.array);
+        std::swap(records.capacity, spare.capacity);
+    }
+    /// \param vertexCount  of the mesh whose records they were.
+    void TakeBack(Store<StoredVertexInfo>& records, uint32_t vertexCount) {
+        if (records.capacity <= spare.capacity || IsMemoryLimited()) return;
+        LendTo(records);
+        const uint64_t bytes = uint64_t{spare.capacity} * sizeof(StoredVertexInfo);
+        const uint64_t kept = std::clamp(uint64_t{vertexCount} * shareOfVertex, least, most);
+        if (bytes > kept)
+            GiveBackPages(reinterpret_cast<uint8_t*>(spare.array) + kept, bytes - kept);
+    }
+    void Drop() { spare.Clear(); }
+
+private:
+    /// Then nothing is kept that another may need.
+    static bool IsMemoryLimited() {
+        return MemoryAccount::Limit() != std::numeric_limits<int64_t>::max();
+    }
+
+    /// Bytes for each vertex of the mesh, so that what is kept stays small beside it, within
+    /// bounds.
+    static constexpr uint64_t shareOfVertex = 4;
+    static constexpr uint64_t least = uint64_t{1} << 20;
+    static constexpr uint64_t most = uint64_t{32} << 20;
+    Store<StoredVertexInfo> spare{"spare change records"};
+};
+
+/// One for all meshes. Lives on at the end of the process, since changes may, too.
+SpareMemory& Spare() {
+    static auto* const spare = new SpareMemory;
+    return *spare;
+}
+
+}  // namespace
+
+LevelChange::LevelChange(LevelMesh* ofLevel)
+    : EndableChange(ofLevel),
+      level(ofLevel),
+      resources(ofLevel->LockResources()),
+      vertexCount(ofLevel->VertexCount()),
+      recordStore("mesh change records") {
+    records = &recordStore;
+    recordCount = &recordStore.fill;
+    countsOutsideEdits = true;
+    if (const SculptLayer* active = level->ActiveLayer()) {
+        layer = active->Handle();
+        layerStrength = active->PresentStrength();
+    }
+    if (LevelChange* open = level->OpenChange()) {
+        open->Unlink();
+        // A stroke of another brush, which may finish it after this one: the history takes its step
+        // now, so that steps are undone in the reverse order of the edits.
+        if (open->resources != resources) open->PushStep(++currentStroke);
+    }
+    // Room in the second list first: a refusal leaves the change in neither.
+    level->Changes().reserve(level->Changes().size() + 1);
+    if (resources != nullptr) resources->AddChange(*this);
+    level->Changes().push_back(this);
+    level->SetOpenChange(this, &outsideEdits);
+    Spare().LendTo(recordStore);
+    level->changeRecords = recordStore.array;
+    level->changeRecordCount = 0;
+}
+
+LevelChange::~LevelChange() {
+    if (linked) RestoreStamps();
+    Close();
+    Spare().TakeBack(recordStore, vertexCount);
+}
+
+void LevelChange::DropSpareMemory() { Spare().Drop(); }
+
+void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
+    assert(!finished && "a change is finished once");
+    finished = true;
+    if (!joinPrevious) ++currentStroke;
+    if (level == nullptr) return;
+    if (GeometryObserver* observer = level->Hierarchy().Observer())
+        observer->ChangeFinished(*level, keepTopology, joinPrevious);
+    if (linked) Unlink();
+    std::erase(level->Changes(), this);
+    PushStep(currentStroke);
+}
+
+void LevelChange::PushStep(uint64_t strokeNumber) {
+    if (step == nullptr) return;
+    UndoHistory& history = GeometryOf(*level).History();
+    step->label = history.NextLabel();
+    history.PushOfStroke(std::move(step), strokeNumber);
+}
+
+void LevelChange::FinishAs(const std::string& label) {
+    UndoHistory& history = GeometryOf(*level).History();
+    const std::string ofStrokes = history.NextLabel();
+    history.SetNextLabel(label);
+    Finish(true, false);
+    history.SetNextLabel(ofStrokes);
+}
+
+void LevelChange::Unlink() {
+    if (!linked) return;
+    RestoreStamps();
+    step = StrokeStep::FromChange(*this);
+}
+
+void LevelChange::Detach() {
+    linked = false;
+    step.reset();
+    level = nullptr;
+    mesh = nullptr;
+}
+
+void LevelChange::Close() {
+    if (level != nullptr) std::erase(level->Changes(), this);
+    if (resources != nullptr) resources->RemoveChange(*this);
+}
+
+std::vector<uint32_t> LevelChange::PutBack() {
+    assert(linked && "only an open change puts back");
+    ++outsideEdits;
+    std::vector<uint32_t> vertices;
+    vertices.reserve(recordStore.fill);
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        StoredVertexInfo& record = recordStore.array[i];
+        const float* p = record.originalPosition;
+        level->SetPosition(record.vertexIndex, {p[0], p[1], p[2]});
+        if (record.vertexIndex < level->vertexNormals.fill) {
+            PackedNormal& normal = level->vertexNormals.array[record.vertexIndex];
+            normal.x = record.originalNormal.x;
+            normal.y = record.originalNormal.y;
+            normal.z = record.originalNormal.z;
+        }
+        record.buildUp = 0.0f;
+        vertices.push_back(record.vertexIndex);
+    }
+    if (SculptLayer* active = layer == nullptr ? nullptr : *layer) {
+        // Backwards: of two entries for one record the first is the state before the stroke.
+        for (auto before = layerBefore.rbegin(); before != layerBefore.rend(); ++before) {
+            if (before->record >= recordStore.fill) continue;
+            SculptLayer::State state = before->state;
+            active->SwapState(recordStore.array[before->record].layerSlot, state);
+        }
+    }
+    return vertices;
+}
+
+uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {
+    SculptLayer* active = layer == nullptr ? nullptr : *layer;
+    if (active == nullptr) return SculptLayer::noSlot;
+    const uint32_t slot = active->SlotOf(vertex);
+    layerBefore.push_back({recordStore.fill, active->StateOfSlot(slot)});
+    return slot;
+}
+
+void LevelChange::RestoreStamps() {
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        Vertex& vertex = level->vertices.array[record.vertexIndex];
+        if (vertex.changeLink == i) vertex.changeLink = record.visitStampWord;
+    }
+    linked = false;
+    if (level->OpenChange() != this) return;
+    level->SetOpenChange(nullptr, nullptr);
+    level->changeRecords = nullptr;
+    level->changeRecordCount = 0;
+}
+
+}  // namespace trovik

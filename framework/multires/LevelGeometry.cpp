@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/multires/LevelGeometry.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/memory/FilledStore.h"
+#include "framework/memory/FreeMemory.h"
+#include "framework/memory/SystemMemory.h"
+#include "framework/mesh/BaseLevel.h"
+#include "framework/mesh/LevelRefiner.h"
+#include "framework/mesh/StrokeResources.h"
+#include "framework/mesh/SurfaceNormal.h"
+#include "framework/multires/FreezeCarrying.h"
+#include "framework/multires/LevelChange.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace trovik {
+
+namespace {
+
+constexpr uint64_t mostElements = 0xfffffffeu;
+
+}  // namespace
+
+LevelGeometry::LevelGeometry(const PolygonMesh& polygons) : layers(std::make_unique<LayerStack>()) {
+    history.SetGuard([this](const std::string& action) { RefuseInStroke(action); });
+    CheckPolygonMesh(polygons, polygons.name.empty() ? "mesh" : polygons.name);
+    PolygonMesh uniform = ToUniformFaces(polygons);
+    attributes = std::move(uniform.attributes);
+    auto base = std::unique_ptr<LevelMesh>(new LevelMesh(this, 0));
+    const auto faces = static_cast<uint32_t>(uniform.faceSizes.size());
+    base->AllocateFaces(faces, uniform.faceSizes[0] == 4 ? 1 : 0);
+    std::copy(
+        uniform.faceVertices.begin(), uniform.faceVertices.end(), base->faceVertexIndices.array);
+    base->AllocateVertices(static_cast<uint32_t>(uniform.positions.size()));
+    for (uint32_t v = 0; v < base->vertexCount; ++v) {
+        const auto& p = uniform.positions[v];
+        base->SetPosition(v, {p[0], p[1], p[2]});
+    }
+    base->MakeBaseTables();
+    base->ComputeNormals();
+    base->SetName(QString::fromStdString(polygons.name));
+    levels.push_back(std::move(base));
+    seen.emplace_back();
+}
+
+LevelGeometry::~LevelGeometry() {
+    // A brush that is bound to a level would unlock it at the end of its stroke.
+    for (const auto& level : levels) {
+        StrokeResources* holder = level->LockResources();
+        if (holder != nullptr && !level->Changes().empty()) holder->EndStroke();
+    }
+    // The levels, also those in undo steps, refer to members of this class when they are destroyed.
+    history.Clear();
+    levels.clear();
+}
+
+MeshChange* LevelGeometry::StartChange(LevelMesh& level) { return new LevelChange(&level); }
+
+trovik::Layer* LevelGeometry::LayerOf(LevelMesh& level) { return level.ActiveLayer(); }
+
+void LevelGeometry::LevelDestroyed(LevelMesh& level) {
+    layers->Forget(level);
+    for (SculptLayer* layer : level.Layers()) layer->ForgetLevel();
+    for (LevelChange* change : level.Changes()) change->Detach();
+}
+
+SubdivisionLevel* LevelGeometry::LowestLevel() const { return levels.front().get(); }
+SubdivisionLevel* LevelGeometry::HighestLevel() const { return levels.back().get(); }
+SubdivisionLevel* LevelGeometry::LevelByIndex(uint32_t index) const {
+    return index < levels.size() ? levels[index].get() : nullptr;
+}
+trovik::Transformation* LevelGeometry::Transformation() const {
+    return const_cast<Placement*>(&placement);
+}
+
+uint64_t LevelGeometry::CountNextLevelVertices() const {
+    return LevelRefiner(*levels.back()).CountFineVertices();
+}
+
+void LevelGeometry::RefuseInStroke(const std::string& action) const {
+    for (const auto& level : levels) {
+        if (level->Changes().empty()) continue;
+        const std::string meshName = levels[0]->Name().toStdString();
+        throw HostError((meshName.empty() ? std::string() : meshName + ": ") + action +
+                        " is refused: a stroke on level " + std::to_string(level->Index()) +
+                        " has not ended");
+    }
+}
+
+bool LevelGeometry::FindMirror() {
+    mirror = TopologicalMirror::Find(*levels.front());
+    return mirror != nullptr;
+}
+
+std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(const std::function<bool()>* stop) const {
+    LevelMesh& coarse = *levels.back();
+    LevelRefiner refiner(coarse);
+    refiner.SetStop(stop);
+    const uint64_t faces = static_cast<uint64_t>(coarse.faceCount) * coarse.CornersPerFace();
+    const uint64_t vertices = refiner.CountFineVertices();
+    CheckForecast(1, std::numeric_limits<uint64_t>::max());
+    auto* owner = const_cast<LevelGeometry*>(this);
+    auto fine = std::unique_ptr<LevelMesh>(new LevelMesh(owner, static_cast<int>(levels.size())));
+    try {
+        fine->AllocateFaces(static_cast<uint32_t>(faces), 1);
+        fine->AllocateVertices(static_cast<uint32_t>(vertices));
+        ResizeStore(fine->vertexNormals, fine->vertexCount);
+        PreferLargePages(fine->vertexNormals.array,
+                         uint64_t{fine->vertexCount} * sizeof(PackedNormal));
+    } catch (Error* error) {
+        Error::Dispose(error);
+        throw HostError("subdividing to " + std::to_string(faces) +
+                        " faces needs more memory than the limit allows");
+    } catch (const std::bad_alloc&) {
+        throw HostError("subdividing to " + std::to_string(faces) +
+                        " faces needs more memory than there is");
+    }
+    std::fill_n(fine->vertexNormals.array, fine->vertexCount, PackedNormal{0, 0, 0, 0});
+    refiner.RefineTopology(*fine);
+    return fine;
+}
+
+LevelMesh& LevelGeometry::AddLevel() {
+    levels.push_back(MakeLevel(nullptr));
+    seen.emplace_back();
+    return *levels.back();
+}
+
+bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
+    CheckForecast(1, options.byteBudget);
+    LevelSwitch before = SwitchLevel(LevelCount() - 1);
+    LevelMesh& coarse = *levels.back();
+    std::unique_ptr<LevelMesh> made;
+    try {
+        const std::function<bool()>* stop = options.stop ? &options.stop : nullptr;
+        made = MakeLevel(stop);
+        LevelMesh& target = *made;
+        LevelRefiner refiner(coarse);
+        refiner.SetStop(stop);
+        refiner.RefinePositions(target, [&target](uint32_t vertex, const Vector& position) {
+            target.SetPosition(vertex, position);
+        });
+        CarryAllFreeze(coarse, target);
+        target.ComputeNormals();
+    } catch (const LevelRefiner::Stopped&) {
+        Exchange(before);
+        return false;
+    } catch (...) {
+        Exchange(before);
+        throw;
+    }
+    levels.push_back(std::move(made));
+    seen.emplace_back();
+    DropUnchanged(bound);
+    // The new level is what the present positions give: it has seen them.
+    seen[bound].fromAbove.clear();
+    seen[bound].freezeFromAbove.clear();
+    bound = LevelCount() - 1;
+    KeepSeen(bound);
+    return true;
+}
+
+LevelForecast LevelGeometry::Forecast(uint32_t times) const {
+    const LevelMesh& top = *levels.back();
+    uint64_t corners = top.CornersPerFace();
+    uint64_t faces = top.faceCount;
+    uint64_t vertices = top.VertexCount();
+    uint64_t edges = LevelRefiner(*levels.back()).CountFineVertices() - vertices - faces;
+    LevelForecast forecast;
+    for (uint32_t i = 0; i < times && faces <= mostElements; ++i) {
+        vertices += edges + faces;
+        edges = 2 * edges + corners * faces;
+        faces *= corners;
+        corners = 4;
+        forecast.bytes += faces * LevelForecast::bytesPerFace +
+                          vertices * (LevelForecast::bytesPerVertex + sizeof(Vector));
+        ++forecast.levels;
+    }
+    forecast.faces = faces;
+    forecast.vertices = vertices;
+    return forecast;
+}
+
+void LevelGeometry::CheckForecast(uint32_t times,
+                                  uint64_t byteBudget,
+                                  uint64_t furtherBytes) const {
+    const LevelForecast forecast = Forecast(times);
+    const std::string level = std::to_string(levels.size() - 1 + forecast.levels);
+    // Four indices a face must be countable too.
+    if (forecast.vertices > mostElements || forecast.faces > mostElements / 4) {
+        throw HostError("subdividing to level " + level + " would give " +
+                        std::to_string(forecast.faces) + " faces; a level holds at most " +
+                        std::to_string(mostElements / 4));
+    }
+    const auto refuse = [&](uint64_t bytes, const std::string& reason) {
+        throw HostError("subdividing to level " + level + " would give " +
+                        std::to_string(forecast.faces) + " faces and " +
+                        std::to_string(forecast.vertices) + " vertices and take " +
+                        std::to_string(bytes) + " bytes; " + reason);
+    };
+    if (forecast.bytes > byteBudget)
+        refuse(forecast.bytes, "the budget is " + std::to_string(byteBudget));
+    const FreeMemory free = QueryFreeMemory();
+    if (forecast.bytes + furtherBytes > free.bytes)
+        refuse(forecast.bytes + furtherBytes, "only " + free.Text());
+}
+
+std::vector<Vector> LevelGeometry::RefinedPositions(uint32_t index) const {
+    const LevelMesh& fine = *levels[index + 1];
+    std::vector<Vector> positions(fine.VertexCount());
+    LevelRefiner(*levels[index])
+        .RefinePositions(fine,
+                         [&positions](uint32_t vertex, const Vector& p) { positions[vertex] = p; });
+    return positions;
+}
+
+PolygonMesh LevelGeometry::ToPolygons(bool world) const {
+    const LevelMesh& level = *Bound();
+    PolygonMesh polygons;
+    polygons.name = level.Name().toStdString();
+    polygons.positions.resize(level.VertexCount());
+    polygons.normals.resize(level.VertexCount());
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        Vector p = level.Position(v);
+        Vector normal = Unpacked(level.vertexNormals.array[v]).Normalized();
+        if (world) {
+            p = placement.ToWorld().AffineTransform(p, 1.0f);
+            normal = WorldNormal(placement, normal);
+        }
+        polygons.positions[v] = {p.x, p.y, p.z};
+        polygons.normals[v] = {normal.x, normal.y, normal.z};
+    }
+    polygons.faceSizes.assign(level.faceCount, level.CornersPerFace());
+    polygons.faceVertices.assign(
+        level.faceVertexIndices.array,
+        level.faceVertexIndices.array +
+            static_cast<std::size_t>(level.faceCount) * level.CornersPerFace());
+    return polygons;
+}
+
+}  // namespace trovik

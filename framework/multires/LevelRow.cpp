@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Levels that come into a geometry's row and go out of it, at either end.
+#include "framework/layers/LayerStack.h"
+#include "framework/mesh/LevelRefiner.h"
+#include "framework/multires/AttributeCarrying.h"
+#include "framework/multires/LevelGeometry.h"
+#include "host/ClassDesc.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iterator>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Brings element i to place map[i].
+template <typename T>
+void Permute(T* elements, std::size_t count, const std::vector<uint32_t>& map) {
+    const std::vector<T> before(elements, elements + count);
+    for (std::size_t i = 0; i < count; ++i) elements[map[i]] = before[i];
+}
+
+/// Where the children of the bound level's ancestors lie across, told for faces of that level.
+std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror,
+                                                 const LevelMesh& level) {
+    std::vector<uint32_t> images(level.faceCount, openBorder);
+    for (uint32_t face = 0; face < level.faceCount; ++face) {
+        const auto across = mirror.Across(static_cast<uint32_t>(level.Index()), face, 0);
+        if (across) images[face] = across->face * 4 + across->corner;
+    }
+    return TopologicalMirror::FromImages(level, std::move(images));
+}
+
+/// The mirror of the coarse faces by that of their refinement: a coarse face lies across from that
+/// whose child lies across from its first.
+std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirror,
+                                                  const CoarseFaces& coarse,
+                                                  const LevelMesh& coarseLevel) {
+    const FaceRenumbering back = coarse.fineFaces.Inverse();
+    std::vector<uint32_t> images(coarseLevel.faceCount, openBorder);
+    for (uint32_t face = 0; face < coarseLevel.faceCount; ++face) {
+        // The refinement has the vertex of its child 0 at corner 0.
+        const uint32_t fineFace = back.face[face * coarse.corners];
+        const auto across = mirror.Across(0, fineFace, back.turn[face * coarse.corners]);
+        if (!across) continue;
+        const uint32_t image = coarse.fineFaces.face[across->face];
+        const uint32_t child = image % coarse.corners;
+        const uint32_t corner = (across->corner + coarse.fineFaces.turn[across->face]) & 3u;
+        if (corner != (coarse.corners == 4 ? child : 0u)) return nullptr;
+        images[face] = image / coarse.corners * 4 + child;
+    }
+    return TopologicalMirror::FromImages(coarseLevel, std::move(images));
+}
+
+}  // namespace
+
+bool LevelGeometry::Holds(const LevelMesh* level) const {
+    return std::any_of(
+        levels.begin(), levels.end(), [level](const auto& one) { return one.get() == level; });
+}
+
+void LevelGeometry::NumberLevels() {
+    for (uint32_t i = 0; i < LevelCount(); ++i) {
+        levels[i]->index = static_cast<int>(i);
+        levels[i]->coarserVertexCount = i == 0 ? 0 : levels[i - 1]->vertexCount;
+    }
+}
+
+void LevelGeometry::ForgetFromBelow() {
+    std::vector<Vector>().swap(seen[0].fromBelow);
+    std::vector<uint8_t>().swap(seen[0].freezeFromBelow);
+}
+
+LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) {
+    RefuseInStroke("taking levels out");
+    TakenLevels taken;
+    taken.lower = lower;
+    assert((lower ? bound >= kept : bound <= kept) && "the bound level stays");
+    const auto middle = levels.begin() + kept;
+    const auto first = lower ? levels.begin() : middle + 1;
+    const auto last = lower ? middle : levels.end();
+    if (lower && kept > 0)
+        taken.attributes = std::exchange(attributes, AttributesOfLevel(*this, kept));
+    if (lower && mirror != nullptr && kept > 0) {
+        auto ofLevel = MirrorOfLevel(*mirror, *levels[kept]);
+        taken.mirror = std::exchange(mirror, std::move(ofLevel));
+    }
+    const auto firstSeen = seen.begin() + std::distance(levels.begin(), first);
+    seen.erase(firstSeen, firstSeen + std::distance(first, last));
+    taken.levels.assign(std::make_move_iterator(first), std::make_move_iterator(last));
+    levels.erase(first, last);
+    if (lower) {
+        bound -= kept;
+        if (!taken.levels.empty()) levels[0]->MakeBaseTables();
+        ForgetFromBelow();
+    } else {
+        std::vector<Vector>().swap(seen[kept].fromAbove);
+        std::vector<uint8_t>().swap(seen[kept].freezeFromAbove);
+    }
+    NumberLevels();
+    return taken;
+}
+
+void LevelGeometry::PutLevels(TakenLevels taken) {
+    const auto count = static_cast<uint32_t>(taken.levels.size());
+    if (taken.lower) {
+        if (count > 0) {
+            levels[0]->DropBaseTables();
+            attributes = std::move(taken.attributes);
+        }
+        if (mirror != nullptr && taken.mirror != nullptr) mirror = std::move(taken.mirror);
+        bound += count;
+        seen.insert(seen.begin(), count, SeenLevel());
+    } else {
+        seen.resize(seen.size() + count);
+    }
+    levels.insert(taken.lower ? levels.begin() : levels.end(),
+                  std::make_move_iterator(taken.levels.begin()),
+                  std::make_move_iterator(taken.levels.end()));
+    NumberLevels();
+    KeepSeen(bound);
+}
+
+void LevelGeometry::Renumber(uint32_t index,
+                             const std::vector<uint32_t>& vertexMap,
+                             const std::vector<uint32_t>& faceMap) {
+    LevelMesh& level = *levels[index];
+    assert(level.OpenChange() == nullptr && "no level is renumbered during a stroke");
+    Permute(level.vertices.array, level.vertexCount, vertexMap);
+    Permute(level.vertexNormals.array, level.vertexNormals.fill, vertexMap);
+    Permute(level.faceFlags, level.faceCount, faceMap);
+    for (std::vector<Vector>* known : {&seen[index].fromAbove, &seen[index].fromBelow})
+        Permute(known->data(), known->size(), vertexMap);
+    for (std::vector<uint8_t>* known : {&seen[index].freezeFromAbove, &seen[index].freezeFromBelow})
+        Permute(known->data(), known->size(), vertexMap);
+    layers->Renumber(level, vertexMap);
+    // The table of patches speaks of the old numbers; the next stroke makes a new one.
+    const ClassDesc* patchMap = ClassDesc::ByName(QStringLiteral("PatchMap"));
+    if (patchMap == nullptr) return;
+    if (TreeNode* child = level.ChildByClass(patchMap, 0u)) {
+        level.RemoveChild(child);
+        delete child;
+    }
+}
+
+std::vector<uint32_t> LevelGeometry::RenumberLevels(uint32_t first,
+                                                    FaceRenumbering faces,
+                                                    std::vector<uint32_t> lowerMap) {
+    std::vector<uint32_t> firstMap;
+    for (uint32_t index = first; index < LevelCount(); ++index) {
+        LevelMesh& level = *levels[index];
+        const std::vector<uint32_t> before(
+            level.faceVertexIndices.array,
+            level.faceVertexIndices.array + level.faceVertexIndices.fill);
+        LevelRefiner(*levels[index - 1]).RefineTopology(level);
+        // A vertex of no face is one of the level below, too.
+        lowerMap.resize(level.vertexCount);
+        for (uint32_t face = 0; face < level.faceCount; ++face) {
+            const uint32_t* now = level.faceVertexIndices.array + faces.face[face] * 4;
+            for (uint32_t k = 0; k < 4; ++k)
+                lowerMap[before[face * 4 + k]] = now[(k + faces.turn[face]) & 3u];
+        }
+        Renumber(index, lowerMap, faces.face);
+        if (index == first) firstMap = lowerMap;
+        if (index + 1 < LevelCount()) faces = faces.OfChildren();
+    }
+    return firstMap;
+}
+
+LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
+                                                       std::unique_ptr<LevelMesh> known) {
+    RefuseInStroke("adding a coarser level");
+    const bool fit = known == nullptr;
+    if (fit) {
+        known.reset(new LevelMesh(this, 0));
+        const auto faces = static_cast<uint32_t>(coarse.faceVertices.size() / coarse.corners);
+        known->AllocateFaces(faces, coarse.corners == 4 ? 1 : 0);
+        std::copy(
+            coarse.faceVertices.begin(), coarse.faceVertices.end(), known->faceVertexIndices.array);
+        known->AllocateVertices(static_cast<uint32_t>(coarse.fineVertices.size()));
+        known->SetName(levels[0]->Name());
+        known->MakeBaseTables();
+    }
+    OfOldBase old{std::move(mirror), std::move(attributes)};
+    if (old.mirror != nullptr) mirror = MirrorOfCoarse(*old.mirror, coarse, *known);
+    attributes = AttributesOfCoarse(old.attributes, coarse);
+    levels[0]->DropBaseTables();
+    levels.insert(levels.begin(), std::move(known));
+    seen.insert(seen.begin(), SeenLevel());
+    ++bound;
+    NumberLevels();
+    std::vector<uint32_t> numbers(levels[1]->vertexCount);
+    for (uint32_t v = 0; v < coarse.fineVertices.size(); ++v) numbers[coarse.fineVertices[v]] = v;
+    coarse.fineVertexMap = RenumberLevels(1, coarse.fineFaces, std::move(numbers));
+    if (fit) {
+        LevelMesh& base = *levels[0];
+        const std::vector<Vector> positions = FitCoarsePositions(base, *levels[1]);
+        for (uint32_t v = 0; v < base.VertexCount(); ++v) {
+            base.SetPosition(v, positions[v]);
+            base.SetFreeze(v, levels[1]->Freeze(v));
+        }
+        base.ComputeNormals();
+    }
+    KeepSeen(bound);
+    return old;
+}
+
+std::unique_ptr<LevelMesh> LevelGeometry::TakeCoarserBase(const CoarseFaces& coarse,
+                                                          OfOldBase old) {
+    std::unique_ptr<LevelMesh> taken = std::move(levels[0]);
+    levels.erase(levels.begin());
+    seen.erase(seen.begin());
+    bound = bound == 0 ? 0 : bound - 1;
+    NumberLevels();
+    LevelMesh& base = *levels[0];
+    std::vector<uint32_t> back(base.vertexCount);
+    for (uint32_t v = 0; v < base.vertexCount; ++v) back[coarse.fineVertexMap[v]] = v;
+    const std::vector<uint32_t> now(base.faceVertexIndices.array,
+                                    base.faceVertexIndices.array + base.faceVertexIndices.fill);
+    const FaceRenumbering& faces = coarse.fineFaces;
+    for (uint32_t face = 0; face < base.faceCount; ++face) {
+        for (uint32_t k = 0; k < 4; ++k) {
+            base.faceVertexIndices.array[face * 4 + k] =
+                back[now[faces.face[face] * 4 + ((k + faces.turn[face]) & 3u)]];
+        }
+    }
+    const FaceRenumbering inverse = faces.Inverse();
+    Renumber(0, back, inverse.face);
+    base.MakeBaseTables();
+    ForgetFromBelow();
+    if (LevelCount() > 1) RenumberLevels(1, inverse.OfChildren(), back);
+    if (mirror != nullptr && old.mirror != nullptr) mirror = std::move(old.mirror);
+    attributes = std::move(old.attributes);
+    KeepSeen(bound);
+    return taken;
+}
+
+}  // namespace trovik

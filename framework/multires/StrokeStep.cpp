@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/multires/StrokeStep.h"
+
+#include "framework/math/SameBits.h"
+#include "framework/multires/LevelGeometry.h"
+
+#include <cassert>
+#include <cstring>
+
+namespace trovik {
+
+namespace {
+
+/// Position and normal differ in some bit from those of the record.
+bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
+    const Vertex& vertex = mesh.vertices.array[record.vertexIndex];
+    if (std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
+        return true;
+    if (record.vertexIndex >= mesh.vertexNormals.fill) return false;
+    const PackedNormal& normal = mesh.vertexNormals.array[record.vertexIndex];
+    return std::memcmp(&normal.x, &record.originalNormal.x, 3 * sizeof normal.x) != 0;
+}
+
+}  // namespace
+
+std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
+    const LevelMesh& mesh = *change.level;
+    SculptLayer* layer = change.layer == nullptr ? nullptr : *change.layer;
+    std::unique_ptr<StrokeStep> step(new StrokeStep());
+    step->level = static_cast<uint32_t>(mesh.Index());
+    step->layerStrength = change.layerStrength;
+
+    auto before = change.layerBefore.begin();
+    for (uint32_t i = 0; i < change.recordStore.fill; ++i) {
+        const StoredVertexInfo& record = change.recordStore.array[i];
+        bool changed = Moved(mesh, record);
+        if (before != change.layerBefore.end() && before->record == i) {
+            if (layer != nullptr) {
+                const SculptLayer::State& now = layer->StateOfSlot(record.layerSlot);
+                changed = changed || !SameBits(now.offset, before->state.offset);
+                if (changed) {
+                    step->layerEntries.push_back({record.layerSlot, before->state});
+                } else {
+                    // What was only seen is no change of the layer; had it taken a move of before
+                    // the stroke into its rest, undoing that move could not bring the rest back.
+                    SculptLayer::State seen = before->state;
+                    layer->SwapState(record.layerSlot, seen);
+                }
+            }
+            // A record whose making failed after its slot was reserved leaves a second entry.
+            while (before != change.layerBefore.end() && before->record == i) ++before;
+        }
+        if (changed) step->Add(record);
+    }
+    if (step->vertices.empty()) return nullptr;
+    if (!step->layerEntries.empty()) step->layer = change.layer;
+    step->ShrinkToFit();
+    return step;
+}
+
+void StrokeStep::Add(const StoredVertexInfo& record) {
+    vertices.push_back(record.vertexIndex);
+    const float* position = record.originalPosition;
+    positions.emplace_back(position[0], position[1], position[2]);
+    const PackedNormal& normal = record.originalNormal;
+    normals.push_back({normal.x, normal.y, normal.z});
+}
+
+void StrokeStep::ShrinkToFit() {
+    vertices.shrink_to_fit();
+    positions.shrink_to_fit();
+    normals.shrink_to_fit();
+    layerEntries.shrink_to_fit();
+}
+
+void StrokeStep::Apply(LevelGeometry& geometry) {
+    if (geometry.BoundIndex() != level) geometry.BindLevel(level);
+    LevelMesh& mesh = *geometry.Level(level);
+    assert(mesh.OpenChange() == nullptr && "no undo during a stroke");
+
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        const uint32_t vertex = vertices[i];
+        SwapPosition(mesh, vertex, positions[i]);
+        if (vertex < mesh.vertexNormals.fill)
+            SwapNormal(mesh.vertexNormals.array[vertex], normals[i]);
+    }
+
+    if (SculptLayer* alive = layer == nullptr ? nullptr : *layer) {
+        const float strength = alive->PresentStrength();
+        const bool sameStrength = SameBits(strength, layerStrength);
+        for (LayerEntry& entry : layerEntries) {
+            alive->SwapState(entry.slot, entry.state);
+            if (!sameStrength) alive->Compose(entry.slot);
+        }
+        layerStrength = strength;
+    }
+    mesh.ContentChanged();
+}
+
+uint64_t StrokeStep::Bytes() const {
+    return sizeof(StrokeStep) + vertices.capacity() * sizeof(uint32_t) +
+           positions.capacity() * sizeof(Vector) + normals.capacity() * sizeof(NormalWords) +
+           layerEntries.capacity() * sizeof(LayerEntry) + label.capacity();
+}
+
+std::vector<StepArray> StrokeStep::Arrays() {
+    return {StepArray(vertices), StepArray(positions), StepArray(normals), StepArray(layerEntries)};
+}
+
+}  // namespace trovik

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/render/ShadingMode.h"
+#include "host/Vector.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+class EmbreeScene;
+
+/// Where a picture is seen from. World space; degrees.
+struct PictureCamera {
+    Vector eye{0.0f, 0.0f, 5.0f};
+    Vector target;
+    Vector up{0.0f, 1.0f, 0.0f};
+    /// Opening angle from top to bottom.
+    float verticalFieldOfView = 35.0f;
+};
+
+/// A mesh as the picture maker sees it. The arrays are borrowed for the call.
+struct PictureMesh {
+    /// x, y, z of each vertex, mesh-local, `positionStride` bytes apart.
+    const float* positions = nullptr;
+    std::size_t positionStride = 12;
+    uint32_t vertexCount = 0;
+    /// Packed x, y, z (1/32767) of each vertex, `normalStride` bytes apart; null: flat faces.
+    const int16_t* normals = nullptr;
+    std::size_t normalStride = 8;
+    const uint32_t* faceVertexIndices = nullptr;
+    uint32_t faceCount = 0;
+    /// 3 or 4.
+    uint32_t cornersPerFace = 4;
+    /// Local to world, row by row, row-vector convention.
+    float localToWorld[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    /// Freeze byte of each vertex (amount in the low 7 bits), `freezeStride` bytes apart; null:
+    /// none. Frozen areas are tinted.
+    const uint8_t* freeze = nullptr;
+    std::size_t freezeStride = 1;
+    /// For ShadingMode::Cavity: the bend of each vertex, positive in cavities (see Bends); null: 0
+    /// everywhere.
+    const float* bends = nullptr;
+    /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without. Null: no
+    /// corner has any.
+    const float* cornerUvs = nullptr;
+    /// Linear red, green, blue.
+    float color[3] = {0.46f, 0.33f, 0.26f};
+};
+
+struct PictureOptions {
+    int width = 960;
+    int height = 720;
+    /// Rays through each pixel; at least 1.
+    int samples = 16;
+    bool wireframe = false;
+    ShadingMode shading = ShadingMode::Clay;
+    /// For ShadingMode::Matcap: one of Matcap::Names(); empty: the first.
+    std::string matcap = {};
+    /// Without the backdrop: the picture has alpha.
+    bool transparent = false;
+    /// Called by the thread that renders, about once per row of pixels. What it throws ends the
+    /// render and passes through. May be empty.
+    std::function<void()> poll = {};
+};
+
+/// Rows from the top, sRGB, three bytes a pixel.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<uint8_t> rgb;
+    /// Fraction of each pixel that the meshes cover, 0 .. 255, one byte a pixel; the colours are
+    /// not multiplied by it. Empty: the picture is opaque.
+    std::vector<uint8_t> alpha = {};
+};
+
+/// Meshes prepared for rendering. Construction builds the structure that rays are traced in,
+/// O(faces); any number of renders share it. Borrows the arrays of the meshes.
+class TROVIK_API RenderScene {
+public:
+    /// \throw HostError if finite vertices are beyond maxRenderCoordinate (RenderRange.h), if
+    /// memory is short, or if the ray library cannot be loaded.
+    explicit RenderScene(std::vector<PictureMesh> meshes);
+    ~RenderScene();
+    RenderScene(const RenderScene&) = delete;
+    RenderScene& operator=(const RenderScene&) = delete;
+
+    /// Renders one picture. Both sides of a face are shaded alike. The same input gives the same
+    /// bytes for any number of threads. Faces with a vertex that is not finite are left out.
+    ///
+    /// Shadows and ambient occlusion are sampled with `options.samples` rays each, then smoothed
+    /// between neighbouring pixels of the same surface as far as their sampling error allows: see
+    /// VisibilityFilter.h. Memory: about 200 bytes for each of at most 2 million pixels, besides
+    /// the picture.
+    /// \throw HostError for a camera without a direction or beyond maxRenderCoordinate, or an
+    /// unknown matcap.
+    Picture Render(const PictureCamera& camera, const PictureOptions& options) const;
+
+private:
+    std::vector<PictureMesh> meshes;
+    std::unique_ptr<EmbreeScene> scene;
+};
+
+/// One render of meshes that are not rendered again; see RenderScene.
+Picture RenderPicture(const std::vector<PictureMesh>& meshes,
+                      const PictureCamera& camera,
+                      const PictureOptions& options);
+
+/// A camera that shows all of the meshes with a small margin, looking along `direction` (world).
+/// \param up  the direction that is up in the picture; one along `direction` is replaced.
+PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
+                          const Vector& direction,
+                          float verticalFieldOfView,
+                          float aspect,
+                          const Vector& up = Vector(0.0f, 1.0f, 0.0f));
+
+/// Frame `index` of a turn of `count` frames: the camera orbits its target about its up direction,
+/// so that the meshes appear to rotate counter-clockwise as seen from above.
+PictureCamera TurntableFrame(const PictureCamera& camera, int index, int count);
+
+/// As FrameMeshes, for a turntable: the camera keeps one distance, from which the meshes fit into
+/// every frame.
+PictureCamera FrameTurntable(const std::vector<PictureMesh>& meshes,
+                             const Vector& direction,
+                             float verticalFieldOfView,
+                             float aspect,
+                             const Vector& up,
+                             int count);
+
+/// Pictures of one size in rows of `columns`, `gap` pixels apart. A caption is written under each
+/// picture when `captions` has as many entries as there are pictures. Transparent pictures are laid
+/// over the sheet's background; the sheet is opaque.
+Picture PlaceInRows(const std::vector<Picture>& pictures,
+                    int columns,
+                    int gap,
+                    const std::vector<std::string>& captions);
+
+}  // namespace trovik

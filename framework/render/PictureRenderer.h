@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/render/Matcap.h"
+#include "framework/render/Shading.h"
+#include "framework/render/VisibilityFilter.h"
+#include "framework/render/WireLines.h"
+
+#include <optional>
+
+namespace trovik {
+
+/// Renders one picture of a scene; see RenderScene::Render.
+class PictureRenderer {
+public:
+    PictureRenderer(const EmbreeScene& scene,
+                    const PictureCamera& camera,
+                    const PictureOptions& options);
+
+    /// \param pixelsPerBand  pixels that are rendered and filtered at a time, which bounds the
+    /// memory. Results do not depend on it.
+    Picture Render(int pixelsPerBand = 1 << 21) const;
+
+private:
+    /// What a pixel shows, as means over its hits. Visibility is kept apart until it is filtered.
+    struct Pixel {
+        /// Colour that no light changes: linear, or the byte values / 255 of ShadingMode::Normals.
+        Vector plain;
+        Vector albedo;
+        Vector ambient;
+        Vector key;
+        /// Fraction of the samples that hit.
+        float coverage = 0.0f;
+    };
+    struct Sums;
+
+    bool IsLit() const {
+        return options.shading == ShadingMode::Clay || options.shading == ShadingMode::Flat;
+    }
+    void Sample(int x,
+                int y,
+                WireLines& wires,
+                Pixel& pixel,
+                PixelGuide& guide,
+                PixelVisibility& visibility) const;
+    void AddSample(const SurfaceSample& sample,
+                   const Vector& direction,
+                   float remaining,
+                   const PixelSamples& points,
+                   int index,
+                   Sums& sums) const;
+    Vector PlainColor(const SurfaceSample& sample, const Vector& toEye) const;
+    void Store(int x, int y, const Pixel& pixel, const PixelVisibility& visibility, Picture&) const;
+
+    const EmbreeScene& scene;
+    const PictureOptions& options;
+    PictureView view;
+    Shading shading;
+    std::optional<Matcap> matcap;
+};
+
+}  // namespace trovik

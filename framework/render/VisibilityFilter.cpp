@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/render/VisibilityFilter.h"
+
+#include <tbb/parallel_for.h>
+
+#include <algorithm>
+#include <cstddef>
+
+namespace trovik {
+
+namespace {
+
+/// Cubic B-spline over five pixels.
+constexpr float kernel[5] = {1.0f / 16.0f, 4.0f / 16.0f, 6.0f / 16.0f, 4.0f / 16.0f, 1.0f / 16.0f};
+constexpr int radius = 2;
+/// Distances between the taps of each pass; their sum and that of the variance estimate, times the
+/// radius, are filterReach.
+constexpr int passes[] = {1, 2, 4};
+static_assert(filterReach == radius * (1 + 1 + 2 + 4));
+
+/// 1 - cosine of the angle between normals at which pixels no longer count as one surface.
+constexpr float normalLimit = 0.10f;
+/// Distance out of the plane, in pixels for each pixel of distance.
+constexpr float planeLimit = 0.6f;
+/// Differences that count as noise, in squared standard deviations.
+constexpr float noiseLimit = 9.0f;
+/// Smallest squared difference that is smoothed away: about one step of a byte.
+constexpr float leastNoise = 2e-5f;
+
+/// From 1 at 0 to 0 at 1 and beyond, smoothly.
+float Falloff(float square) {
+    const float rest = 1.0f - square;
+    return rest > 0.0f ? rest * rest : 0.0f;
+}
+
+/// A rectangle of pixels with their guides.
+class Field {
+public:
+    Field(int fieldWidth, int fieldHeight, const std::vector<PixelGuide>& fieldGuides)
+        : width(fieldWidth), height(fieldHeight), guides(fieldGuides) {}
+
+    std::size_t At(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+               static_cast<std::size_t>(x);
+    }
+
+    /// Calls `take(pixel, weight)` for each pixel around (x, y) that shows the same surface, the
+    /// pixel itself included.
+    template <typename Take>
+    void ForEachAround(int x, int y, int step, Take take) const {
+        const PixelGuide& here = guides[At(x, y)];
+        const float planeScale =
+            1.0f / (here.footprint * planeLimit * static_cast<float>(radius * step));
+        for (int row = -radius; row <= radius; ++row) {
+            const int otherY = y + row * step;
+            if (otherY < 0 || otherY >= height) continue;
+            for (int column = -radius; column <= radius; ++column) {
+                const int otherX = x + column * step;
+                if (otherX < 0 || otherX >= width) continue;
+                const std::size_t pixel = At(otherX, otherY);
+                const PixelGuide& there = guides[pixel];
+                if (!(there.footprint > 0.0f)) continue;
+                const float turned = (1.0f - (here.normal | there.normal)) / normalLimit;
+                const float off = ((there.position - here.position) | here.normal) * planeScale;
+                const float weight = kernel[row + radius] * kernel[column + radius] *
+                                     Falloff(turned * turned) * Falloff(off * off);
+                if (weight > 0.0f) take(pixel, weight);
+            }
+        }
+    }
+
+    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads.
+    template <typename Work>
+    void ForEach(Work work) const {
+        tbb::parallel_for(0, height, [&](int y) {
+            for (int x = 0; x < width; ++x)
+                if (guides[At(x, y)].footprint > 0.0f) work(x, y);
+        });
+    }
+
+private:
+    int width;
+    int height;
+    const std::vector<PixelGuide>& guides;
+};
+
+/// A weighted mean of visibilities and of its variance.
+struct Mean {
+    float sum = 0.0f;
+    float weights = 0.0f;
+    float variance = 0.0f;
+
+    void Add(float value, float ofVariance, float weight) {
+        sum += value * weight;
+        weights += weight;
+        variance += ofVariance * weight * weight;
+    }
+    void Store(float& value, float& ofVariance) const {
+        if (!(weights > 0.0f)) return;
+        value = sum / weights;
+        ofVariance = variance / (weights * weights);
+    }
+};
+
+/// Of a fraction `mean` out of `count` rays that are free or not.
+float BinomialVariance(float mean, float count) {
+    return count > 0.0f ? std::max(0.0f, mean * (1.0f - mean)) / count : 0.0f;
+}
+
+}  // namespace
+
+void FilterVisibility(int width,
+                      int height,
+                      const std::vector<PixelGuide>& guides,
+                      std::vector<PixelVisibility>& values) {
+    const Field field(width, height, guides);
+    std::vector<PixelVisibility> next = values;
+    field.ForEach([&](int x, int y) {
+        Mean openness, key;
+        field.ForEachAround(x, y, 1, [&](std::size_t pixel, float weight) {
+            const PixelVisibility& there = values[pixel];
+            openness.Add(there.openness, 0.0f, weight * there.opennessCount);
+            key.Add(there.key, 0.0f, weight * there.keyCount);
+        });
+        PixelVisibility& here = next[field.At(x, y)];
+        float mean = here.openness;
+        float unused = 0.0f;
+        openness.Store(mean, unused);
+        here.opennessVariance = BinomialVariance(mean, here.opennessCount);
+        mean = here.key;
+        key.Store(mean, unused);
+        here.keyVariance = BinomialVariance(mean, here.keyCount);
+        // No ray of this pixel rose above the horizon: the neighbours' value is the best guess.
+        if (here.keyCount == 0.0f) here.key = mean;
+    });
+    values.swap(next);
+
+    for (const int step : passes) {
+        field.ForEach([&](int x, int y) {
+            const PixelVisibility& here = values[field.At(x, y)];
+            Mean openness, key;
+            field.ForEachAround(x, y, step, [&](std::size_t pixel, float weight) {
+                const PixelVisibility& there = values[pixel];
+                const float opennessStep = there.openness - here.openness;
+                const float opennessNoise =
+                    noiseLimit * (here.opennessVariance + there.opennessVariance) + leastNoise;
+                openness.Add(there.openness,
+                             there.opennessVariance,
+                             weight * there.opennessCount *
+                                 Falloff(opennessStep * opennessStep / opennessNoise));
+                const float keyStep = there.key - here.key;
+                const float keyNoise =
+                    noiseLimit * (here.keyVariance + there.keyVariance) + leastNoise;
+                key.Add(there.key,
+                        there.keyVariance,
+                        weight * there.keyCount * Falloff(keyStep * keyStep / keyNoise));
+            });
+            PixelVisibility& result = next[field.At(x, y)];
+            result = here;
+            openness.Store(result.openness, result.opennessVariance);
+            key.Store(result.key, result.keyVariance);
+        });
+        values.swap(next);
+    }
+}
+
+}  // namespace trovik

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
+#include "framework/modules/ModuleEntry.h"
+#include "framework/render/RayCaster.h"
+
+#include <embree3/rtcore.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <mutex>
+#include <string>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+struct ReleaseDevice {
+    void operator()(RTCDevice device) const { rtcReleaseDevice(device); }
+};
+struct ReleaseScene {
+    void operator()(RTCScene scene) const { rtcReleaseScene(scene); }
+};
+struct ReleaseGeometry {
+    void operator()(RTCGeometry geometry) const { rtcReleaseGeometry(geometry); }
+};
+using Device = std::unique_ptr<RTCDeviceTy, ReleaseDevice>;
+using Scene = std::unique_ptr<RTCSceneTy, ReleaseScene>;
+using Geometry = std::unique_ptr<RTCGeometryTy, ReleaseGeometry>;
+
+[[noreturn]] void ThrowRayError(RTCError code, const char* text) {
+    if (code == RTC_ERROR_OUT_OF_MEMORY) throw HostError("not enough memory for the render");
+    throw HostError("cannot render: the ray library reports error " + std::to_string(code) + ": " +
+                    text);
+}
+
+/// The first error of a device. The library reports errors from any of its threads.
+class FirstError {
+public:
+    static void Report(void* self, RTCError code, const char* text) {
+        static_cast<FirstError*>(self)->Keep(code, text);
+    }
+
+    RTCError Code() {
+        const std::scoped_lock lock(guard);
+        return first;
+    }
+
+    void ThrowIfAny() {
+        const std::scoped_lock lock(guard);
+        if (first != RTC_ERROR_NONE) ThrowRayError(first, message);
+    }
+
+private:
+    void Keep(RTCError code, const char* text) {
+        const std::scoped_lock lock(guard);
+        if (first != RTC_ERROR_NONE) return;
+        first = code;
+        if (text != nullptr) std::strncpy(message, text, sizeof message - 1);
+    }
+
+    std::mutex guard;
+    RTCError first = RTC_ERROR_NONE;
+    /// Not a std::string, since nothing can be allocated when memory is short.
+    char message[256] = "";
+};
+
+/// The library's asserts end the process for other rays.
+bool IsValid(const Vector& origin, const Vector& direction) {
+    constexpr float limit = RayCaster::maxCoordinate;
+    return std::fabs(origin.x) <= limit && std::fabs(origin.y) <= limit &&
+           std::fabs(origin.z) <= limit && std::fabs(direction.x) <= limit &&
+           std::fabs(direction.y) <= limit && std::fabs(direction.z) <= limit;
+}
+
+RTCRay MakeRay(const Vector& origin, const Vector& direction, float distance) {
+    RTCRay ray{};
+    ray.org_x = origin.x;
+    ray.org_y = origin.y;
+    ray.org_z = origin.z;
+    ray.dir_x = direction.x;
+    ray.dir_y = direction.y;
+    ray.dir_z = direction.z;
+    ray.tfar = distance;
+    ray.mask = 0xffffffffu;
+    return ray;
+}
+
+class EmbreeRayCaster final : public RayCaster {
+public:
+    explicit EmbreeRayCaster(const std::vector<RayMesh>& meshes);
+    bool Hit(const Vector& origin, const Vector& direction, RayHit& hit) const override;
+    bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const override;
+    RayBounds Bounds() const override;
+
+private:
+    void Attach(const RayMesh& mesh, unsigned id);
+
+    /// Before the device, which reports to it until it is gone.
+    FirstError error;
+    Device device;
+    Scene scene;
+};
+
+EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes)
+    // Without the 128 MiB that the library reserves for subdivision surfaces, which are not used.
+    : device(rtcNewDevice("set_affinity=0,tessellation_cache_size=0")) {
+    // Errors of a device that could not be made are asked for without one.
+    if (device == nullptr) ThrowRayError(rtcGetDeviceError(nullptr), "no device");
+    rtcSetDeviceErrorFunction(device.get(), &FirstError::Report, &error);
+    scene.reset(rtcNewScene(device.get()));
+    error.ThrowIfAny();
+    for (std::size_t i = 0; i < meshes.size(); ++i) Attach(meshes[i], static_cast<unsigned>(i));
+    rtcSetSceneFlags(scene.get(), RTC_SCENE_FLAG_ROBUST);
+    rtcCommitScene(scene.get());
+    // A scene whose tasks could not be started still holds them, and its destructor would end the
+    // process; it is given up instead.
+    if (error.Code() == RTC_ERROR_UNKNOWN) scene.release();
+    error.ThrowIfAny();
+}
+
+void EmbreeRayCaster::Attach(const RayMesh& mesh, unsigned id) {
+    const bool quads = mesh.cornersPerFace == 4;
+    const Geometry geometry(
+        rtcNewGeometry(device.get(), quads ? RTC_GEOMETRY_TYPE_QUAD : RTC_GEOMETRY_TYPE_TRIANGLE));
+    error.ThrowIfAny();
+    rtcSetSharedGeometryBuffer(geometry.get(),
+                               RTC_BUFFER_TYPE_VERTEX,
+                               0,
+                               RTC_FORMAT_FLOAT3,
+                               mesh.positions,
+                               0,
+                               3 * sizeof(float),
+                               mesh.vertexCount);
+    rtcSetSharedGeometryBuffer(geometry.get(),
+                               RTC_BUFFER_TYPE_INDEX,
+                               0,
+                               quads ? RTC_FORMAT_UINT4 : RTC_FORMAT_UINT3,
+                               mesh.faceVertexIndices,
+                               0,
+                               mesh.cornersPerFace * sizeof(uint32_t),
+                               mesh.faceCount);
+    rtcCommitGeometry(geometry.get());
+    rtcAttachGeometryByID(scene.get(), geometry.get(), id);
+    error.ThrowIfAny();
+}
+
+bool EmbreeRayCaster::Hit(const Vector& origin, const Vector& direction, RayHit& hit) const {
+    if (!IsValid(origin, direction)) return false;
+    RTCRayHit found{};
+    found.ray = MakeRay(origin, direction, std::numeric_limits<float>::infinity());
+    found.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+    rtcIntersect1(scene.get(), &context, &found);
+    if (found.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
+    hit = {found.hit.geomID,
+           found.hit.primID,
+           found.hit.u,
+           found.hit.v,
+           found.ray.tfar,
+           Vector(found.hit.Ng_x, found.hit.Ng_y, found.hit.Ng_z)};
+    return true;
+}
+
+bool EmbreeRayCaster::IsBlocked(const Vector& origin,
+                                const Vector& direction,
+                                float distance) const {
+    if (!IsValid(origin, direction) || !(distance >= 0.0f)) return false;
+    RTCRay ray = MakeRay(origin, direction, distance);
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+    rtcOccluded1(scene.get(), &context, &ray);
+    return ray.tfar < 0.0f;
+}
+
+RayBounds EmbreeRayCaster::Bounds() const {
+    RTCBounds box;
+    rtcGetSceneBounds(scene.get(), &box);
+    return {Vector(box.lower_x, box.lower_y, box.lower_z),
+            Vector(box.upper_x, box.upper_y, box.upper_z)};
+}
+
+class EmbreeLibrary final : public RayLibrary {
+public:
+    std::unique_ptr<RayCaster> MakeCaster(const std::vector<RayMesh>& meshes) const override {
+        return std::make_unique<EmbreeRayCaster>(meshes);
+    }
+};
+
+}  // namespace
+
+}  // namespace trovik
+
+const void* trovikModule(const char* libraryVersion) {
+    static const trovik::EmbreeLibrary library;
+    const trovik::RayLibrary* interface = &library;
+    return std::strcmp(libraryVersion, TROVIK_MODULE_VERSION) == 0 ? interface : nullptr;
+}

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/strokes/ArcPath.h"
+
+#include "framework/strokes/PathResampler.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+constexpr double cornerCosine = 0.999;
+
+struct Way {
+    double x, y, z;
+    double Dot(const Way& o) const { return (x * o.x + y * o.y) + z * o.z; }
+    double Length() const { return std::sqrt(Dot(*this)); }
+};
+
+Way Between(const Vector& from, const Vector& to) {
+    return {static_cast<double>(to.x) - from.x,
+            static_cast<double>(to.y) - from.y,
+            static_cast<double>(to.z) - from.z};
+}
+
+bool SameBut(const PathSample& a, const PathSample& b, bool timed) {
+    return a.place == b.place && a.pressure == b.pressure && a.tilt == b.tilt &&
+           (!timed || a.time == b.time);
+}
+
+/// The longest component of a way, and the same of a part of it.
+double Greatest(const Way& whole, const Way& part, double& partOut) {
+    double best = whole.x;
+    partOut = part.x;
+    if (std::fabs(whole.y) > std::fabs(best)) {
+        best = whole.y;
+        partOut = part.y;
+    }
+    if (std::fabs(whole.z) > std::fabs(best)) {
+        best = whole.z;
+        partOut = part.z;
+    }
+    return best;
+}
+
+/// Whether `middle` says nothing that `from` and `to` do not say. Differences and products of
+/// floats are exact in double precision, so that this is decided without rounding.
+bool IsBetween(const PathSample& from, const PathSample& middle, const PathSample& to, bool timed) {
+    const Way whole = Between(from.place, to.place);
+    const Way part = Between(from.place, middle.place);
+    if (whole.x * part.y != whole.y * part.x || whole.y * part.z != whole.z * part.y ||
+        whole.z * part.x != whole.x * part.z)
+        return false;
+    double share = 0.0;
+    const double all = Greatest(whole, part, share);
+    // Strictly inside, or the pen turned round or rested there.
+    if (all == 0.0 || share / all <= 0.0 || share / all >= 1.0) return false;
+    const auto straight = [&](double a, double m, double b) {
+        return (m - a) * all == (b - a) * share;
+    };
+    return straight(from.pressure, middle.pressure, to.pressure) &&
+           straight(from.tilt.x, middle.tilt.x, to.tilt.x) &&
+           straight(from.tilt.y, middle.tilt.y, to.tilt.y) &&
+           (!timed || straight(from.time, middle.time, to.time));
+}
+
+float Mixed(float a, float b, double share) {
+    return static_cast<float>(a + (static_cast<double>(b) - a) * share);
+}
+
+PathSample Mixed(const PathSample& a, const PathSample& b, double share) {
+    PathSample mixed;
+    mixed.place = {Mixed(a.place.x, b.place.x, share),
+                   Mixed(a.place.y, b.place.y, share),
+                   Mixed(a.place.z, b.place.z, share)};
+    mixed.pressure = Mixed(a.pressure, b.pressure, share);
+    mixed.tilt = {Mixed(a.tilt.x, b.tilt.x, share), Mixed(a.tilt.y, b.tilt.y, share), 0.0f};
+    mixed.time = a.time + (b.time - a.time) * share;
+    return mixed;
+}
+
+}  // namespace
+
+ArcPath::ArcPath(const std::vector<PathSample>& samples, bool timesCount) : timed(timesCount) {
+    for (const PathSample& sample : samples) Add(sample);
+}
+
+void ArcPath::Add(const PathSample& sample) {
+    if (knots.empty()) {
+        knots.push_back(sample);
+        reached.push_back(0.0);
+        guides.push_back(sample);
+        guidesReached.push_back(0.0);
+        return;
+    }
+    if (SameBut(knots.back(), sample, timed)) return;
+    const std::size_t last = knots.size() - 1;
+    if (last > 0 && IsBetween(knots[last - 1], knots[last], sample, timed)) {
+        knots[last] = sample;
+        reached[last] = reached[last - 1] + Between(knots[last - 1].place, sample.place).Length();
+        // A way that vanishes beside the length of the whole measures nothing.
+        if (!(guidesReached[last] > reached[last - 1])) {
+            guides[last] = sample;
+            guidesReached[last] = reached[last];
+        }
+        return;
+    }
+    const Way way = Between(knots[last].place, sample.place);
+    if (way.Length() != 0.0) {
+        if (lastWay > 0) {
+            const Way before = Between(knots[lastWay - 1].place, knots[lastWay].place);
+            const double lengths = way.Length() * before.Length();
+            if (lengths != 0.0 && way.Dot(before) < cornerCosine * lengths)
+                corners.push_back(reached[last]);
+        }
+        lastWay = last + 1;
+    } else if (timed) {
+        if (!rests.empty() && rests.back().last == last)
+            rests.back().last = last + 1;
+        else
+            rests.push_back({reached[last], last, last + 1});
+    }
+    knots.push_back(sample);
+    reached.push_back(reached[last] + way.Length());
+    guides.push_back(sample);
+    guidesReached.push_back(reached.back());
+}
+
+PathSample ArcPath::At(double at, Side side) const {
+    const auto found = side == Side::After ? std::upper_bound(reached.begin(), reached.end(), at)
+                                           : std::lower_bound(reached.begin(), reached.end(), at);
+    const auto next = static_cast<std::size_t>(found - reached.begin());
+    if (next == 0) return knots.front();
+    if (next == knots.size()) return knots.back();
+    const double share = (at - reached[next - 1]) / (guidesReached[next] - reached[next - 1]);
+    return Mixed(knots[next - 1], guides[next], share);
+}
+
+Vector ArcPath::Along(double at, Side side) const {
+    const auto found = side == Side::After ? std::upper_bound(reached.begin(), reached.end(), at)
+                                           : std::lower_bound(reached.begin(), reached.end(), at);
+    auto next = static_cast<std::size_t>(found - reached.begin());
+    next = std::min(next, knots.size() - 1);
+    while (next > 0 && reached[next] == reached[next - 1]) --next;
+    return next == 0 ? Vector() : guides[next].place - knots[next - 1].place;
+}
+
+PathSample ArcPath::During(const Rest& rest, double time) const {
+    std::size_t i = rest.first + 1;
+    while (i < rest.last && knots[i].time < time) ++i;
+    const PathSample& from = knots[i - 1];
+    const PathSample& to = knots[i];
+    if (!(to.time > from.time)) return to;
+    return Mixed(from, to, std::clamp((time - from.time) / (to.time - from.time), 0.0, 1.0));
+}
+
+std::vector<PathSample> ArcPath::Resampled(double step,
+                                           const std::function<Vector(double at)>& place) const {
+    std::vector<PathSample> samples;
+    PathResampler(*this, step).Take(place, true, samples);
+    return samples;
+}
+
+}  // namespace trovik

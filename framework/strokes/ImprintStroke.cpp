@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/strokes/ImprintStroke.h"
+
+#include "framework/strokes/DabAtHit.h"
+#include "framework/strokes/DabStrength.h"
+
+namespace trovik {
+
+namespace {
+
+/// Where the line of sight through a place on the viewport meets the plane through `middle` that
+/// lies square to the view.
+Vector InPlaneOf(const StrokeView& view, const Vector& middle, const Vector& place) {
+    const Vector forward = (view.target - view.eye).Normalized();
+    const Ray ray = view.Through(place.x, place.y);
+    const float t = ((middle - view.eye) | forward) / (ray.direction | forward);
+    return view.eye + ray.direction * t;
+}
+
+}  // namespace
+
+ImprintStroke::ImprintStroke(StrokeLoop& strokeLoop,
+                             LevelGeometry& strokeGeometry,
+                             const PatchTree& strokeTree,
+                             const StrokeView* strokeView,
+                             DrawMode drawMode,
+                             const PathOptions& pathOptions)
+    : loop(strokeLoop),
+      geometry(strokeGeometry),
+      tree(strokeTree),
+      view(strokeView),
+      mode(drawMode),
+      options(pathOptions) {}
+
+void ImprintStroke::Press(const PathSample& sample) {
+    Start(sample.place);
+    Drag(sample);
+}
+
+void ImprintStroke::Drag(const PathSample& sample) {
+    // Before the surface is asked for anything: the copy lies on what was there before it.
+    loop.PutBack();
+    const auto copy = view != nullptr ? CopyInView(sample.place) : CopyOnSurface(sample.place);
+    if (copy) Lay(*copy, sample.pressure);
+}
+
+std::optional<ImprintStroke::Copy> ImprintStroke::CopyInView(const Vector& pointer) const {
+    const Vector middle = mode == DrawMode::FromCenter ? press : (press + pointer) * 0.5f;
+    const auto hit = HitThrough(geometry, tree, *view, middle);
+    if (!hit) return std::nullopt;
+    const Vector world = WorldPlace(geometry, *hit);
+    const Vector drag = InPlaneOf(*view, world, pointer) - InPlaneOf(*view, world, press);
+    return Copy{*hit, drag.Length(), HeadingInView(geometry, *view, *hit, pointer - press)};
+}
+
+std::optional<ImprintStroke::Copy> ImprintStroke::CopyOnSurface(const Vector& pointer) const {
+    const auto from = HitNear(geometry, tree, press);
+    const auto to = HitNear(geometry, tree, pointer);
+    if (!from || !to) return std::nullopt;
+    const Vector start = WorldPlace(geometry, *from);
+    const Vector end = WorldPlace(geometry, *to);
+    const auto middle =
+        mode == DrawMode::FromCenter ? from : HitNear(geometry, tree, (start + end) * 0.5f);
+    if (!middle) return std::nullopt;
+    return Copy{*middle, (end - start).Length(), end - start};
+}
+
+void ImprintStroke::Lay(const Copy& copy, float pressure) {
+    float radius = mode == DrawMode::FromCenter ? copy.radius : copy.radius * 0.5f;
+    if (!(radius > 0.0f)) radius = options.radius;
+    StrokeDab dab = DabAt(geometry, copy.hit);
+    dab.size = radius;
+    dab.pressure = pressure;
+    dab.strength =
+        StrengthAtRadius(loop.Brush(), options.strength(pressure), options.radius, radius);
+    dab.heading = copy.heading;
+    loop.Dab(dab);
+    ++count;
+    if (options.progress) options.progress();
+}
+
+unsigned ImprintAlong(StrokeLoop& loop,
+                      LevelGeometry& geometry,
+                      const PatchTree& tree,
+                      const StrokeView* view,
+                      DrawMode mode,
+                      const std::vector<PathSample>& samples,
+                      const PathOptions& options) {
+    ImprintStroke imprint(loop, geometry, tree, view, mode, options);
+    if (samples.empty()) return 0;
+    imprint.Start(samples.front().place);
+    imprint.Drag(samples.back());
+    return imprint.Count();
+}
+
+}  // namespace trovik

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/strokes/LiveStroke.h"
+
+namespace trovik {
+
+LiveStroke::LiveStroke(StrokeLoop& strokeLoop,
+                       LevelGeometry& geometry,
+                       const PatchTree& tree,
+                       const LiveStrokeSettings& strokeSettings)
+    : loop(strokeLoop),
+      settings(strokeSettings),
+      isTimed(strokeSettings.dynamics.airbrush > 0.0f),
+      filter(strokeSettings.limits),
+      shaper(strokeSettings.shape, isTimed, strokeSettings.options.poll),
+      steps(geometry,
+            tree,
+            strokeSettings.view,
+            strokeSettings.space,
+            strokeSettings.options,
+            strokeSettings.dynamics),
+      dabs(strokeLoop,
+           geometry,
+           tree,
+           strokeSettings.view,
+           strokeSettings.space,
+           strokeSettings.options,
+           strokeSettings.dynamics),
+      imprint(strokeLoop,
+              geometry,
+              tree,
+              settings.space == PathSpace::View ? &settings.view : nullptr,
+              strokeSettings.mode,
+              settings.options) {}
+
+void LiveStroke::Add(const std::vector<PathSample>& samples) {
+    if (isOver || samples.empty()) return;
+    try {
+        Take(samples);
+        if (settings.mode == DrawMode::AlongPath) {
+            dabs.Advance();
+            return;
+        }
+        imprint.Start(taken.front().place);
+        imprint.Drag(taken.back());
+    } catch (...) {
+        isOver = true;
+        throw;
+    }
+}
+
+void LiveStroke::Tick(double time) {
+    if (taken.empty() || !(time > taken.back().time)) return;
+    // A copy that is placed anew would be the same one.
+    if (settings.mode != DrawMode::AlongPath) return;
+    PathSample sample = taken.back();
+    sample.time = time;
+    Add(sample);
+}
+
+void LiveStroke::Take(const std::vector<PathSample>& samples) {
+    if (isOver) return;
+    for (const PathSample& sample : samples) {
+        if (settings.mode == DrawMode::AlongPath)
+            steps.Add(sample);
+        else
+            steps.CheckPlace(sample);
+    }
+    taken.insert(taken.end(), samples.begin(), samples.end());
+    if (settings.mode == DrawMode::AlongPath)
+        Pass(settings.isFiltered ? filter.Add(samples) : samples);
+}
+
+void LiveStroke::Pass(const std::vector<PathSample>& clean) {
+    for (const PathSample& sample : shaper.Add(clean)) dabs.Add(sample);
+}
+
+void LiveStroke::Release() {
+    if (isOver) return;
+    isOver = true;
+    if (settings.mode == DrawMode::AlongPath) {
+        if (settings.isFiltered) Pass(filter.Finish());
+        for (const PathSample& sample : shaper.Finish()) dabs.Add(sample);
+        dabs.Finish();
+        return;
+    }
+    const auto clean = settings.isFiltered ? Filtered(taken, settings.limits) : taken;
+    if (clean.empty()) return;
+    imprint.Start(clean.front().place);
+    imprint.Drag(clean.back());
+}
+
+void LiveStroke::Abandon() {
+    isOver = true;
+    taken.clear();
+    loop.PutBack();
+}
+
+std::vector<PathSample> LiveStroke::Preview() const {
+    auto path = settings.isFiltered ? Filtered(taken, settings.limits) : taken;
+    if (settings.mode != DrawMode::AlongPath) return path;
+    return Shaped(std::move(path), settings.shape, isTimed);
+}
+
+unsigned LiveStroke::Count() const {
+    return settings.mode == DrawMode::AlongPath ? dabs.Count() : imprint.Count();
+}
+
+}  // namespace trovik

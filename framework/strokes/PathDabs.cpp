@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/strokes/PathDabs.h"
+
+#include "framework/strokes/DabAtHit.h"
+#include "framework/strokes/DabStrength.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+/// The smallest dab, as a share of the brush.
+constexpr float smallestDab = 0.01f;
+/// A little less than the spacing will do, or rounding would decide whether a path whose length is
+/// a multiple of the spacing has a dab at its end.
+constexpr double nearEnough = 1.0 - 1e-4;
+
+}  // namespace
+
+PathDabs::PathDabs(StrokeLoop& strokeLoop,
+                   LevelGeometry& strokeGeometry,
+                   const PatchTree& strokeTree,
+                   const StrokeView& strokeView,
+                   PathSpace pathSpace,
+                   const PathOptions& pathOptions,
+                   const DabDynamics& dabDynamics)
+    : loop(strokeLoop),
+      geometry(strokeGeometry),
+      tree(strokeTree),
+      view(strokeView),
+      space(pathSpace),
+      path({}, dabDynamics.airbrush > 0.0f),
+      options(pathOptions),
+      dynamics(dabDynamics),
+      steps(strokeGeometry, strokeTree, strokeView, pathSpace, pathOptions, dabDynamics) {}
+
+void PathDabs::Advance() { Go(false); }
+
+void PathDabs::Finish() { Go(true); }
+
+void PathDabs::Go(bool isWhole) {
+    if (path.IsEmpty()) return;
+    steps.CheckLength(path.Knots().front().place, path.Length());
+    if (!hasBegun) {
+        if (!isWhole && !(path.Length() > 0.0) && path.Rests().empty()) return;
+        hasBegun = true;
+        Arrive(0.0);
+    }
+    while (Rest(isWhole) && walked < path.Length()) {
+        const auto& corners = path.Corners();
+        while (corner < corners.size() && corners[corner] <= walked) ++corner;
+        double next = walked + Step();
+        if (isWhole) next = std::min(next, path.Length());
+        if (corner < corners.size()) next = std::min(next, corners[corner]);
+        bool isCertain = isWhole;
+        if (rest < path.Rests().size()) {
+            next = std::min(next, path.Rests()[rest].at);
+            isCertain = isCertain || next == path.Rests()[rest].at;
+        }
+        if (!isCertain && !(next < path.Length())) return;
+        Walk(next);
+    }
+}
+
+/// Fine enough for the spacing, and not the steps, to decide where dabs lie.
+double PathDabs::Step() const {
+    if (space == PathSpace::View) return 0.5;
+    const float radius = here ? RadiusAt(*here) : options.radius;
+    return 0.25 * std::min(options.spacing, 1.0f) * radius;
+}
+
+std::optional<PickHit> PathDabs::HitAt(const Vector& place) const {
+    return space == PathSpace::View ? HitThrough(geometry, tree, view, place)
+                                    : HitNear(geometry, tree, place);
+}
+
+/// Takes the next step, up to the first dab in it.
+void PathDabs::Walk(double next) {
+    steps.Take();
+    const double timeNow = path.At(walked, ArcPath::Side::After).time;
+    const PathSample ahead = path.At(next, ArcPath::Side::Before);
+    double dabAt = next;
+    bool due = false;
+    const auto hit = HitAt(ahead.place);
+    if (hit && here) {
+        const double length = (WorldPlace(geometry, *hit) - *here).Length();
+        if (way + length >= spacing * nearEnough) {
+            due = true;
+            const double share =
+                length > 0.0 ? std::clamp((spacing - way) / length, 0.0, 1.0) : 1.0;
+            dabAt = walked + (next - walked) * share;
+        }
+    }
+    if (here && dynamics.airbrush > 0.0f && ahead.time > timeNow) {
+        const double share = (DueTime() - timeNow) / (ahead.time - timeNow);
+        const double at = walked + (next - walked) * std::max(share, 0.0);
+        if (share <= 1.0 && at < dabAt) {
+            due = true;
+            dabAt = at;
+        }
+    }
+    if (due) {
+        const PathSample there = path.At(dabAt, ArcPath::Side::Before);
+        const auto dabHit = dabAt == next ? hit : HitAt(there.place);
+        walked = dabAt;
+        if (dabHit) {
+            Lay(*dabHit, there);
+            return;
+        }
+        here.reset();
+        return;
+    }
+    if (hit && here) {
+        way += (WorldPlace(geometry, *hit) - *here).Length();
+        here = WorldPlace(geometry, *hit);
+        walked = next;
+    } else {
+        here.reset();
+        Arrive(next);
+    }
+}
+
+/// Comes onto the mesh from outside it, or to the path's beginning.
+void PathDabs::Arrive(double at) {
+    walked = at;
+    const PathSample sample = path.At(at, ArcPath::Side::Before);
+    const auto hit = HitAt(sample.place);
+    if (!hit) return;
+    const Vector world = WorldPlace(geometry, *hit);
+    const double away = count == 0 ? 0.0 : (world - last).Length();
+    if (count == 0 || away >= spacing * nearEnough) {
+        Lay(*hit, sample);
+        return;
+    }
+    here = world;
+    way = away;
+}
+
+/// Lays the dabs that are due while the pen rests here. \return whether it goes on from here.
+bool PathDabs::Rest(bool isWhole) {
+    if (rest >= path.Rests().size() || path.Rests()[rest].at != walked) return true;
+    const ArcPath::Rest& pause = path.Rests()[rest];
+    // From knot to knot, as they come.
+    for (knot = std::max(knot, pause.first + 1); knot <= pause.last; ++knot) {
+        while (here && DueTime() <= path.Knots()[knot].time) {
+            const double time = std::max(DueTime(), path.Knots()[pause.first].time);
+            PathSample sample = path.During({pause.at, knot - 1, knot}, time);
+            sample.time = time;
+            const auto hit = HitAt(sample.place);
+            if (hit)
+                Lay(*hit, sample);
+            else
+                here.reset();
+        }
+    }
+    if (!isWhole && rest + 1 == path.Rests().size() && path.IsResting()) return false;
+    ++rest;
+    return true;
+}
+
+double PathDabs::DueTime() const { return lastTime + 1.0 / static_cast<double>(dynamics.airbrush); }
+
+void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
+    steps.Take();
+    StrokeDab dab = DabAt(geometry, hit);
+    dab.pressure = dynamics.strengthCurve.At(sample.pressure);
+    dab.size = SizeOf(dab.position, sample);
+    dab.strength =
+        StrengthAtRadius(loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
+    const float lean = std::min(sample.tilt.Length(), 1.0f);
+    dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
+    // Where the pen rests, what comes after is not known yet.
+    const bool isResting = rest < path.Rests().size() && path.Rests()[rest].at == walked;
+    const Vector along =
+        path.Along(walked, isResting ? ArcPath::Side::Before : ArcPath::Side::After);
+    dab.heading = space == PathSpace::View ? HeadingInView(geometry, view, hit, along) : along;
+    if (dynamics.tiltTurnsStamp) dab.stampTop = LeanInView(view, sample.tilt);
+    last = dab.position;
+    lastTime = sample.time;
+    const float size = dab.size;
+    loop.Dab(dab);
+    ++count;
+    spacing = std::max(loop.Spacing(size, options.spacing), size * 1e-3f);
+    way = 0.0;
+    // The dab has moved the ground under itself.
+    if (const auto ground = HitAt(sample.place))
+        here = WorldPlace(geometry, *ground);
+    else
+        here.reset();
+    if (options.progress) options.progress();
+}
+
+/// Of the whole brush.
+float PathDabs::RadiusAt(const Vector& place) const {
+    return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, place)
+                                        : options.radius;
+}
+
+float PathDabs::SizeOf(const Vector& place, const PathSample& sample) {
+    const BrushOperation& brush = loop.Brush();
+    float share = 1.0f;
+    if (brush.strokeOptionD.Value() && brush.BrushSize() > 0.0f)
+        share =
+            brush.EffectiveBrushSize(dynamics.sizeCurve.At(sample.pressure)) / brush.BrushSize();
+    const float lean = std::min(sample.tilt.Length(), 1.0f);
+    share *= 1.0f + dynamics.tiltToSize * lean;
+    if (dynamics.randomSize > 0.0f) share *= 1.0f - dynamics.randomSize * loop.RandomShare();
+    return RadiusAt(place) * std::max(share, smallestDab);
+}
+
+unsigned StrokeAlongPath(StrokeLoop& loop,
+                         LevelGeometry& geometry,
+                         const PatchTree& tree,
+                         const StrokeView& view,
+                         PathSpace space,
+                         const std::vector<PathSample>& samples,
+                         const PathOptions& options,
+                         const DabDynamics& dynamics) {
+    PathDabs dabs(loop, geometry, tree, view, space, options, dynamics);
+    for (const PathSample& sample : samples) dabs.Add(sample);
+    dabs.Finish();
+    return dabs.Count();
+}
+
+float WorldLength(const StrokeView& view, float pixels, const Vector& place) {
+    const Vector forward = (view.target - view.eye).Normalized();
+    const float depth = (place - view.eye) | forward;
+    const float tangent = std::tan(view.verticalFieldOfView * 0.5f * 0.017453293f);
+    return pixels * (std::fabs(depth) * tangent * 2.0f / static_cast<float>(view.height));
+}
+
+Vector LeanInView(const StrokeView& view, const Vector& tilt) {
+    const Matrix toWorld = view.ToWorld();
+    const Vector right(toWorld.m[0][0], toWorld.m[0][1], toWorld.m[0][2]);
+    const Vector up(toWorld.m[1][0], toWorld.m[1][1], toWorld.m[1][2]);
+    return right * tilt.x - up * tilt.y;
+}
+
+}  // namespace trovik

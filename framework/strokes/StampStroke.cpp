@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/strokes/StampStroke.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/mesh/SurfaceNormal.h"
+#include "framework/strokes/DabAtHit.h"
+#include "framework/strokes/DabStrength.h"
+#include "framework/strokes/StrokeLoop.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+namespace {
+
+constexpr int stampMask = -1;
+/// The smallest copy of a scattered stamp, as a share of the brush.
+constexpr float smallestCopy = 0.5f;
+/// Tells the numbers for distances from those for places.
+constexpr uint64_t spacingSalt = 0x5bf03635d1c27a89u;
+
+bool IsTool(const BrushOperation& brush, const char* name) {
+    const BrushConfiguration* tool = brush.ActiveConfiguration();
+    return tool != nullptr && tool->Name() == QLatin1String(name);
+}
+
+StampPositioning PositioningOf(const BrushOperation& brush) {
+    const int value = brush.resetOptionA.Value();
+    if (value < 0 || value > static_cast<int>(StampPositioning::Start))
+        return StampPositioning::Upright;
+    const auto positioning = static_cast<StampPositioning>(value);
+    if (positioning != StampPositioning::Tool) return positioning;
+    const bool follows =
+        IsTool(brush, "Repeat") || IsTool(brush, "Knife") || brush.StrokeDrawMode() != 0;
+    return follows ? StampPositioning::Stroke : StampPositioning::Upright;
+}
+
+Matrix CameraToWorld() {
+    Matrix matrix;
+    g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorldMatrix(&matrix);
+    return matrix;
+}
+
+}  // namespace
+
+void StampStroke::Begin(const BrushOperation& strokeBrush,
+                        const LevelGeometry& strokeGeometry,
+                        const PatchTree& strokeTree,
+                        uint64_t strokeSeed) {
+    brush = &strokeBrush;
+    geometry = &strokeGeometry;
+    tree = &strokeTree;
+    seed = strokeSeed;
+    const bool isEnabled = brush->IsMaskEnabled(stampMask);
+    width = isEnabled ? brush->MaskImage(stampMask)->Width() : 0;
+    height = isEnabled ? brush->MaskImage(stampMask)->Height() : 0;
+    Restart();
+}
+
+void StampStroke::Restart() {
+    random = StrokeRandom(seed);
+    spacingRandom = StrokeRandom(seed ^ spacingSalt);
+    hasPrevious = false;
+    hasStart = false;
+}
+
+void StampStroke::Lay(StrokeDab& dab) {
+    if (!HasStamp() || !(dab.size > 0.0f)) return;
+    const StampPositioning positioning = PositioningOf(*brush);
+    Vector toward;
+    if (positioning == StampPositioning::Stroke) {
+        toward = dab.heading;
+        if (toward == Vector() && hasPrevious) toward = dab.position - previous;
+    }
+    if (dab.stampTop != Vector()) toward = dab.stampTop;
+    previous = dab.position;
+    hasPrevious = true;
+
+    const BrushOperation::Private& settings = brush->Settings();
+    float turns = static_cast<float>(brush->separatorOption.Value()) / 360.0f;
+    if (brush->UsesStampRandomize()) {
+        if (!dab.keepPlace && brush->StrokeDrawMode() == 0) Scatter(dab);
+        turns += random.Share();
+    } else if (settings.stamp.randomTurn > 0.0f) {
+        turns += settings.stamp.randomTurn * 0.5f * random.Signed();
+    }
+
+    if (positioning == StampPositioning::Start && hasStart) {
+        dab.stampMatrix = startMatrix;
+        return;
+    }
+    StampPlacement placement = Place(dab, toward);
+    placement.Turn(turns);
+    dab.stampMatrix = placement.ToPixels(width, height, geometry->Place().ToWorld());
+    startMatrix = dab.stampMatrix;
+    hasStart = true;
+}
+
+StampPlacement StampStroke::Place(const StrokeDab& dab, const Vector& toward) const {
+    const Matrix camera = CameraToWorld();
+    const Vector normal = WorldNormal(geometry->Place(), dab.hit.normal);
+    if (brush->IsOrientedToSurface() && normal != Vector())
+        return StampPlacement::OnSurface(dab.position, normal, dab.size, toward, camera);
+    return StampPlacement::ByCamera(dab.position, dab.size, toward, camera);
+}
+
+Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
+    if (!HasStamp() || box.IsEmpty()) return {};
+    const Matrix& toWorld = geometry->Place().ToWorld();
+    const Vector low(box.minX, box.minY, box.minZ);
+    const Vector high(box.maxX, box.maxY, box.maxZ);
+    const Vector middle = toWorld.AffineTransform((low + high) * 0.5f, 1.0f);
+    float radius = 0.0f;
+    for (int corner = 0; corner < 8; ++corner) {
+        const Vector local((corner & 1) != 0 ? high.x : low.x,
+                           (corner & 2) != 0 ? high.y : low.y,
+                           (corner & 4) != 0 ? high.z : low.z);
+        radius = std::max(radius, (toWorld.AffineTransform(local, 1.0f) - middle).Length());
+    }
+    if (!(radius > 0.0f)) return {};
+    StampPlacement placement = StampPlacement::ByCamera(middle, radius, Vector(), CameraToWorld());
+    placement.Turn(static_cast<float>(brush->separatorOption.Value()) / 360.0f);
+    return placement.ToPixels(width, height, toWorld);
+}
+
+// Somewhere in the disc of the brush on the surface, and from there to the nearest place of the
+// mesh. Points of the square around the disc are thrown until one lies in it, which needs no
+// angles.
+void StampStroke::Scatter(StrokeDab& dab) {
+    float x = 0.0f;
+    float y = 0.0f;
+    do {
+        x = random.Signed();
+        y = random.Signed();
+    } while (x * x + y * y > 1.0f);
+    const float share = smallestCopy + (1.0f - smallestCopy) * random.Share();
+
+    const StampPlacement placement = Place(dab, Vector());
+    const Vector target =
+        dab.position + placement.Right() * (x * dab.size) + placement.Up() * (y * dab.size);
+    Vector local;
+    geometry->Place().WorldToLocal(&local, &target, 1.0f);
+    if (const auto hit = tree->Nearest(local)) MoveDab(dab, *geometry, *hit);
+    const float size = dab.size * share;
+    dab.strength = StrengthAtRadius(*brush, dab.strength, dab.size, size);
+    dab.size = size;
+}
+
+float StampStroke::Spacing(float radius, float share) {
+    if (!HasStamp() || !IsTool(*brush, "Repeat")) return radius * share;
+    const float room = brush->strokeFloatA.Value() * 0.01f;
+    const float randomRoom = brush->strokeFloatB.Value() * 0.01f * spacingRandom.Share();
+    return radius * ((2.0f + room) + randomRoom);
+}
+
+}  // namespace trovik

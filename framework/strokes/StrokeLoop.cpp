@@ -1,0 +1,381 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/strokes/StrokeLoop.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/StampFiles.h"
+#include "framework/edits/Symmetry.h"
+#include "framework/errors/HostError.h"
+#include "framework/images/StampImage.h"
+#include "framework/multires/LevelChange.h"
+#include "framework/strokes/StrokePutBack.h"
+#include "framework/strokes/TopologicalHit.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+constexpr int stampMask = -1;
+constexpr int mirroredStampMask = 1;
+/// Tells the numbers for sizes from those that the stamp takes.
+constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
+
+/// Gives a brush the falloff with which its stroke began, until the end of the scope.
+class FalloffOfStroke {
+public:
+    FalloffOfStroke(FalloffTable& table, FalloffTable::Samples ofStroke)
+        : setting(table), chosen(table.Current()) {
+        setting.Set(std::move(ofStroke));
+    }
+    ~FalloffOfStroke() { setting.Set(chosen); }
+    FalloffOfStroke(const FalloffOfStroke&) = delete;
+    FalloffOfStroke& operator=(const FalloffOfStroke&) = delete;
+
+private:
+    FalloffTable& setting;
+    FalloffTable::Samples chosen;
+};
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+/// The axis of the mesh across whose plane the map reflects, and that alone; -1 for another map.
+int PlaneAxis(const Matrix& map) {
+    int axis = -1;
+    for (int row = 0; row < 4; ++row) {
+        for (int column = 0; column < 4; ++column) {
+            const float value = map.m[row][column];
+            if (row != column && value != 0.0f) return -1;
+            if (row != column || value == 1.0f) continue;
+            if (value != -1.0f || axis >= 0 || row == 3) return -1;
+            axis = row;
+        }
+    }
+    return axis;
+}
+
+}  // namespace
+
+StrokeLoop::StrokeLoop(BrushOperation& strokeBrush,
+                       LevelGeometry& strokeGeometry,
+                       PatchTree& strokeTree)
+    : brush(strokeBrush), geometry(strokeGeometry), tree(strokeTree) {}
+
+void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
+    // The stroke holds one previous hit for each of its mirrors.
+    if (active) throw HostError("the mirrors cannot change while a stroke is open");
+    brush.MirrorConfig().SetMirrorMode(mode);
+    mirrors = std::move(pointMaps);
+}
+
+void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
+    if (active) throw HostError("a stroke is open already");
+    modifier = strokeModifier;
+    RefreshStamp(brush);
+    // Across the topology a stamp is read where the vertex across lies, so that it looks alike on
+    // halves in different poses. A vector stamp moves vertices along its own axes, which must be
+    // mirrored themselves.
+    if (brush.MirrorConfig().MirrorMode() == MirrorConfiguration::Topological)
+        brush.Settings().mirroredStampRead =
+            !IsVectorStampName(brush.MaskName(stampMask).toStdString());
+    previousHits.assign(mirrors.size() + 2, Vector());
+    dirtyBox = AxisAlignedBoundingBox();
+    laid.clear();
+    falloff = brush.Settings().falloff.Current();
+    BeginStroke();
+    // A modifier key can have brought another tool.
+    stamps.Begin(brush, geometry, tree, seed);
+    sizeRandom = StrokeRandom(seed ^ sizeSalt);
+    inPairs = mirrors.size() > 1 && KeepsPlane();
+    static uint64_t strokes = 0;
+    number = ++strokes;
+    active = true;
+    if (listener != nullptr) listener->OnStrokeBegun(modifier, seed);
+}
+
+void StrokeLoop::BeginStroke() {
+    BrushCall call(BrushCall::BeginStroke, brush);
+    call.mesh = geometry.Bound();
+    call.modifier = modifier;
+    Observed(observer, call, [&] {
+        const Clock::time_point start = Clock::now();
+        brush.BeginStroke(call.mesh, modifier, call.trigger);
+        totals.seconds += SecondsSince(start);
+    });
+}
+
+void StrokeLoop::Dab(const StrokeDab& pathDab) {
+    if (!active) throw HostError("a dab needs an open stroke");
+    bool isDone = false;
+    try {
+        StrokeDab dab = pathDab;
+        stamps.Lay(dab);
+        // Looked up before the dab moves the face under it.
+        const auto across = AcrossTopology(dab);
+        Apply(dab, 0);
+        const std::size_t sides = inPairs ? 1 : mirrors.size();
+        for (std::size_t side = 1; side <= sides; ++side) {
+            const auto mirrored = Mapped(dab, mirrors[side - 1], true);
+            if (!mirrored) continue;
+            brush.MirrorConfig().SetPointMap(mirrors[side - 1]);
+            Apply(*mirrored, side);
+        }
+        if (inPairs) laid.push_back(dab);
+        if (across) {
+            brush.MirrorConfig().SetPointMap(across->pointMap);
+            Apply(across->dab, mirrors.size() + 1);
+        }
+        isDone = true;
+        if (listener != nullptr) listener->OnDab(pathDab, false);
+    } catch (...) {
+        if (!isDone && listener != nullptr) listener->OnDab(pathDab, true);
+        Break();
+        throw;
+    }
+}
+
+std::optional<StrokeDab> StrokeLoop::Mapped(const StrokeDab& dab,
+                                            const Matrix& map,
+                                            bool asMirror) const {
+    StrokeDab mapped = dab;
+    mapped.hit.mirror = asMirror;
+    mapped.hit.position = map.AffineTransform(dab.hit.position, 1.0f);
+    mapped.hit.normal = map.AffineTransform(dab.hit.normal, 0.0f);
+    const auto nearest = tree.Nearest(mapped.hit.position);
+    if (!nearest) return std::nullopt;
+    mapped.hit.face = nearest->face;
+    mapped.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, map);
+    const Placement& place = geometry.Place();
+    Vector local;
+    place.WorldToLocal(&local, &dab.position, 1.0f);
+    local = map.AffineTransform(local, 1.0f);
+    place.LocalToWorld(&mapped.position, &local, 1.0f);
+    return mapped;
+}
+
+bool StrokeLoop::KeepsPlane() const {
+    // The brush shows these two settings for the tools that work by a plane.
+    const Attribute* global = brush.AttributeByName(QStringLiteral("globalplane"));
+    const Attribute* update = brush.AttributeByName(QStringLiteral("updateplane"));
+    const auto isOn = [](const Attribute* attribute) {
+        const auto* flag = dynamic_cast<const AttributeInstance<bool>*>(attribute);
+        return flag != nullptr && flag->Value();
+    };
+    return update != nullptr && update->IsVisible() && (isOn(global) || !isOn(update));
+}
+
+// Two copies of the stroke that no dab was laid for yet are each other's pair as the main side and
+// its mirror are, by another map.
+void StrokeLoop::LayOtherPairs(const std::function<void()>& poll) {
+    UndoHistory& history = geometry.History();
+    // One stroke for the user: a falloff that was chosen in its midst is for the next one.
+    const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
+    const std::vector<StrokeDab> dabs = std::exchange(laid, {});
+    for (std::size_t first = 1; first < mirrors.size(); first += 2) {
+        const bool isPair = first + 1 < mirrors.size();
+        Matrix between;
+        if (isPair) {
+            Matrix back = mirrors[first];
+            back.Invert(nullptr);
+            between = back * mirrors[first + 1];
+        }
+        history.JoinNext(true);
+        BeginStroke();
+        try {
+            for (const StrokeDab& dab : dabs) {
+                if (poll) poll();
+                if (const auto main = Mapped(dab, mirrors[first], false)) Apply(*main, first + 1);
+                if (!isPair) continue;
+                const auto other = Mapped(dab, mirrors[first + 1], true);
+                if (!other) continue;
+                brush.MirrorConfig().SetPointMap(between);
+                Apply(*other, first + 2);
+            }
+        } catch (...) {
+            EndStroke();
+            history.JoinNext(false);
+            throw;
+        }
+        EndStroke();
+        history.JoinNext(false);
+    }
+}
+
+void StrokeLoop::SettleSides() {
+    // A dab that follows the camera is meant to be another on the far side.
+    LevelChange* change = geometry.Bound()->OpenChange();
+    if (change == nullptr || CheckableFloatArray::s_bActive) return;
+    std::vector<int> axes;
+    for (const Matrix& map : mirrors)
+        if (const int axis = PlaneAxis(map); axis >= 0) axes.push_back(axis);
+    try {
+        LevelMesh& mesh = *geometry.Bound();
+        const std::vector<uint32_t> vertices = SettleSymmetry(mesh, *change, axes);
+        if (observer != nullptr && !vertices.empty())
+            observer->AfterSettling(brush, mesh, vertices);
+        Announce(vertices);
+    } catch (Error* error) {
+        // Without the memory for it the sides stay as the brush left them, as alike as rounding
+        // lets them be.
+        Error::Dispose(error);
+    }
+}
+
+std::optional<StrokeLoop::DabAcross> StrokeLoop::AcrossTopology(const StrokeDab& dab) const {
+    if (brush.MirrorConfig().MirrorMode() != MirrorConfiguration::Topological) return std::nullopt;
+    const auto across = AcrossTopologicalMirror(dab.hit);
+    if (!across) return std::nullopt;
+    DabAcross mirrored{dab, across->pointMap};
+    mirrored.dab.hit = across->hit;
+    const Placement& place = geometry.Place();
+    Vector local;
+    place.WorldToLocal(&local, &dab.position, 1.0f);
+    local = across->pointMap.AffineTransform(local, 1.0f);
+    place.LocalToWorld(&mirrored.dab.position, &local, 1.0f);
+    if (!brush.IsMaskEnabled(mirroredStampMask))
+        mirrored.dab.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, across->pointMap);
+    return mirrored;
+}
+
+void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
+    ForgetLastWalks();
+    brush.SetPreviousPatchPosition(previousHits[side]);
+    brush.Settings().stampMatrix = dab.stampMatrix;
+    AxisAlignedBoundingBox box;
+    BrushCall call(BrushCall::ApplyDab, brush);
+    call.hit = &dab.hit;
+    call.position = dab.position;
+    call.size = dab.size;
+    call.pressure = dab.pressure;
+    call.strength = dab.strength;
+    call.box = &box;
+    Observed(observer, call, [&] {
+        const Clock::time_point start = Clock::now();
+        brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
+        totals.seconds += SecondsSince(start);
+    });
+    ++totals.dabs;
+    previousHits[side] = dab.hit.position;
+    if (!box.IsEmpty()) {
+        dirtyBox.Extend({box.minX, box.minY, box.minZ});
+        dirtyBox.Extend({box.maxX, box.maxY, box.maxZ});
+    }
+    Refit();
+}
+
+void StrokeLoop::WholeMesh(float strength, bool byFacing) {
+    if (!active) throw HostError("a dab needs an open stroke");
+    try {
+        ForgetLastWalks();
+        brush.Settings().stampMatrix = stamps.OverAll(tree.Bounds());
+        BrushCall call(BrushCall::ApplyToWholeMesh, brush);
+        call.mesh = geometry.Bound();
+        call.strength = strength;
+        call.byFacing = byFacing;
+        Observed(observer, call, [&] {
+            const Clock::time_point start = Clock::now();
+            brush.ApplyToWholeMesh(call.mesh, strength, byFacing);
+            totals.seconds += SecondsSince(start);
+        });
+        tree.RefitAll();
+        if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
+    } catch (...) {
+        Break();
+        throw;
+    }
+}
+
+void StrokeLoop::ForgetLastWalks() {
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
+        geometry.Level(level)->ForgetLastWalks();
+}
+
+// The level that was walked is the one whose faces were the patches of the dab.
+void StrokeLoop::Refit() {
+    for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
+        const LevelMesh& mesh = *geometry.Level(level);
+        if (!mesh.LastFaceWalk().empty()) tree.Refit(level, mesh.LastFaceWalk());
+        if (mesh.LastVertexWalk().empty()) continue;
+        std::vector<uint32_t> vertices;
+        for (const FaceVisit& visit : mesh.LastVertexWalk()) vertices.push_back(visit.face);
+        tree.RefitVertices(vertices);
+    }
+}
+
+void StrokeLoop::PutBack() {
+    LevelMesh& mesh = *geometry.Bound();
+    LevelChange* change = mesh.OpenChange();
+    auto* own = dynamic_cast<StrokePutBack*>(&brush);
+    if (!active || (change == nullptr && own == nullptr)) return;
+    if (observer != nullptr) observer->BeforeCommand(brush, "putBack");
+    if (own != nullptr) own->PutBackStroke();
+    if (change != nullptr) Announce(change->PutBack());
+    laid.clear();
+    previousHits.assign(previousHits.size(), Vector());
+    stamps.Restart();
+    if (listener != nullptr) listener->OnPutBack();
+}
+
+void StrokeLoop::Announce(const std::vector<uint32_t>& vertices) {
+    if (vertices.empty()) return;
+    LevelMesh& mesh = *geometry.Bound();
+    tree.RefitVertices(vertices);
+    for (uint32_t i = 0;; ++i) {
+        auto* renderer =
+            dynamic_cast<MeshRenderer*>(mesh.ChildByClass(MeshRenderer::StaticClass(), i));
+        if (renderer == nullptr) break;
+        for (const uint32_t v : vertices) renderer->rendererVertexChanged(v, mesh.LowestFaceOf(v));
+    }
+}
+
+uint64_t StrokeLoop::CountMoved() const {
+    const LevelMesh& mesh = *geometry.Bound();
+    uint64_t moved = 0;
+    for (uint32_t i = 0; i < mesh.changeRecordCount; ++i) {
+        const StoredVertexInfo& record = mesh.changeRecords[i];
+        const float* p = record.originalPosition;
+        if (mesh.Position(record.vertexIndex) != Vector(p[0], p[1], p[2])) ++moved;
+    }
+    return moved;
+}
+
+void StrokeLoop::EndStroke() {
+    totals.verticesMoved += CountMoved();
+    Observed(observer, BrushCall(BrushCall::EndStroke, brush), [&] {
+        const Clock::time_point start = Clock::now();
+        brush.EndStroke();
+        totals.seconds += SecondsSince(start);
+    });
+}
+
+void StrokeLoop::Break() {
+    const bool leavesOutSides = !laid.empty();
+    laid.clear();
+    Finish(leavesOutSides, {});
+}
+
+void StrokeLoop::End(const std::function<void()>& poll) { Finish(false, poll); }
+
+void StrokeLoop::Finish(bool brokenOff, const std::function<void()>& poll) {
+    if (!active) return;
+    active = false;
+    number = 0;
+    try {
+        if (!inPairs) SettleSides();
+        EndStroke();
+        if (inPairs) LayOtherPairs(poll);
+    } catch (...) {
+        laid.clear();
+        if (listener != nullptr) listener->OnStrokeEnded(true);
+        throw;
+    }
+    if (listener != nullptr) listener->OnStrokeEnded(brokenOff);
+}
+
+}  // namespace trovik

@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/strokes/StrokePath.h"
+
+#include "framework/mesh/SurfaceNormal.h"
+#include "framework/strokes/DabAtHit.h"
+#include "framework/strokes/PathSteps.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+struct Axes {
+    Vector right, up, back;
+};
+
+Axes AxesOf(const StrokeView& view) {
+    const Vector back = (view.eye - view.target).Normalized();
+    const Vector right = (view.up & back).Normalized();
+    return {right, back & right, back};
+}
+
+/// Lays dabs where the path has come far enough from the one before.
+class DabSpacer {
+public:
+    DabSpacer(StrokeLoop& strokeLoop, LevelGeometry& strokeGeometry, const PathOptions& pathOptions)
+        : loop(strokeLoop), geometry(strokeGeometry), options(pathOptions) {}
+
+    /// Whether a hit is due for a dab.
+    bool IsDue(const PickHit& hit) const {
+        // A little less will do, or rounding would leave out every other dab.
+        return count == 0 || (WorldPlace(geometry, hit) - last).Length() >= distance * 0.9999f;
+    }
+
+    void Lay(const PickHit& hit, float pressure, const Vector& heading) {
+        StrokeDab dab = DabAt(geometry, hit);
+        dab.size = options.radius;
+        dab.pressure = pressure;
+        dab.strength = options.strength(pressure);
+        dab.heading = heading;
+        last = dab.position;
+        loop.Dab(dab);
+        ++count;
+        // Never so close that a path would not come to its end.
+        distance = std::max(loop.Spacing(options.radius, options.spacing), options.radius * 1e-3f);
+        if (options.progress) options.progress();
+    }
+
+    unsigned Count() const { return count; }
+
+private:
+    StrokeLoop& loop;
+    LevelGeometry& geometry;
+    const PathOptions& options;
+    Vector last;
+    float distance = 0.0f;
+    unsigned count = 0;
+};
+
+/// A place on the path.
+struct PathPlace {
+    Vector place;
+    float pressure;
+};
+
+PathPlace Between(const PathSample& from, const PathSample& to, float share) {
+    return {from.place + (to.place - from.place) * share,
+            from.pressure + (to.pressure - from.pressure) * share};
+}
+
+/// Halvings of a step in search of the place where a dab is due: to a few thousandths of a step.
+constexpr int halvings = 10;
+
+/// Walks from sample to sample in steps of at most `step`. `probe(place)` answers the hit there,
+/// `heading(hit, along)` the stroke's direction on the surface from that of the segment. Where a
+/// step comes too far, the place in it is searched that is just far enough.
+template <typename Probe, typename Heading>
+void LayAlong(const std::vector<PathSample>& samples,
+              float step,
+              PathSteps steps,
+              DabSpacer& spacer,
+              Probe probe,
+              Heading heading) {
+    if (samples.empty()) return;
+    for (const PathSample& sample : samples) steps.Add(sample);
+    Vector along;
+    for (std::size_t i = 1; i < samples.size() && along == Vector(); ++i)
+        along = samples[i].place - samples[0].place;
+    std::optional<PickHit> before = probe(samples[0].place);
+    if (before) spacer.Lay(*before, samples[0].pressure, heading(*before, along));
+
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        const PathSample& from = samples[i - 1];
+        const PathSample& to = samples[i];
+        const float length = (to.place - from.place).Length();
+        if (length != 0.0f) along = to.place - from.place;
+        const auto parts = static_cast<unsigned>(std::max(1.0f, std::ceil(length / step)));
+        float reached = 0.0f;
+        for (unsigned k = 1; k <= parts; ++k) {
+            steps.Take();
+            const float share = static_cast<float>(k) / static_cast<float>(parts);
+            std::optional<PickHit> hit = probe(Between(from, to, share).place);
+            while (hit && spacer.IsDue(*hit)) {
+                steps.Take();
+                float near = reached;
+                float far = share;
+                PickHit due = *hit;
+                // On coming back to the mesh there is nothing to measure from on this side of it.
+                for (int n = 0; before && n < halvings; ++n) {
+                    const float middle = (near + far) * 0.5f;
+                    const auto there = probe(Between(from, to, middle).place);
+                    if (there && spacer.IsDue(*there)) {
+                        far = middle;
+                        due = *there;
+                    } else {
+                        near = middle;
+                    }
+                }
+                spacer.Lay(due, Between(from, to, far).pressure, heading(due, along));
+                before = due;
+                if (far == share) break;
+                reached = far;
+                hit = probe(Between(from, to, share).place);
+            }
+            before = hit;
+            reached = share;
+        }
+    }
+}
+
+}  // namespace
+
+Ray StrokeView::Through(float x, float y) const {
+    const Axes axes = AxesOf(*this);
+    const float tangent = std::tan(verticalFieldOfView * 0.5f * 0.017453293f);
+    const auto w = static_cast<float>(width);
+    const auto h = static_cast<float>(height);
+    const float u = (2.0f * x - w) / h * tangent;
+    const float v = (1.0f - 2.0f * y / h) * tangent;
+    return {eye, (axes.right * u + axes.up * v - axes.back).Normalized()};
+}
+
+Matrix StrokeView::ToWorld() const {
+    const Axes axes = AxesOf(*this);
+    Matrix matrix;
+    const Vector rows[4] = {axes.right, axes.up, axes.back, eye};
+    for (int r = 0; r < 4; ++r) {
+        matrix.m[r][0] = rows[r].x;
+        matrix.m[r][1] = rows[r].y;
+        matrix.m[r][2] = rows[r].z;
+    }
+    return matrix;
+}
+
+unsigned StrokeAlongView(StrokeLoop& loop,
+                         LevelGeometry& geometry,
+                         const PatchTree& tree,
+                         const StrokeView& view,
+                         const std::vector<PathSample>& samples,
+                         const PathOptions& options) {
+    DabSpacer spacer(loop, geometry, options);
+    // Finer than a pixel, so that the spacing and not the sampling decides where dabs lie.
+    constexpr float step = 0.5f;
+    LayAlong(
+        samples,
+        step,
+        PathSteps(geometry, tree, view, PathSpace::View, options),
+        spacer,
+        [&](const Vector& place) { return HitThrough(geometry, tree, view, place); },
+        [&](const PickHit& hit, const Vector& along) {
+            return HeadingInView(geometry, view, hit, along);
+        });
+    return spacer.Count();
+}
+
+unsigned StrokeAlongSurface(StrokeLoop& loop,
+                            LevelGeometry& geometry,
+                            const PatchTree& tree,
+                            const std::vector<PathSample>& samples,
+                            const PathOptions& options) {
+    DabSpacer spacer(loop, geometry, options);
+    const float step = options.radius * std::min(options.spacing, 1.0f) * 0.25f;
+    LayAlong(
+        samples,
+        step,
+        PathSteps(geometry, tree, {}, PathSpace::Surface, options),
+        spacer,
+        [&](const Vector& place) { return HitNear(geometry, tree, place); },
+        [](const PickHit&, const Vector& along) { return along; });
+    return spacer.Count();
+}
+
+std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
+                                  const PatchTree& tree,
+                                  const StrokeView& view,
+                                  const Vector& place) {
+    const Ray world = view.Through(place.x, place.y);
+    Ray local;
+    geometry.Place().WorldToLocal(&local.origin, &world.origin, 1.0f);
+    geometry.Place().WorldToLocal(&local.direction, &world.direction, 0.0f);
+    return tree.Pick(local);
+}
+
+std::optional<PickHit> HitNear(const LevelGeometry& geometry,
+                               const PatchTree& tree,
+                               const Vector& place) {
+    Vector local;
+    geometry.Place().WorldToLocal(&local, &place, 1.0f);
+    return tree.Nearest(local);
+}
+
+// The motion in the view plane, slid along the line of sight until it lies in the surface; where
+// the surface is seen nearly from its side, as it is.
+Vector HeadingInView(const LevelGeometry& geometry,
+                     const StrokeView& view,
+                     const PickHit& hit,
+                     const Vector& along) {
+    const Axes axes = AxesOf(view);
+    const Vector motion = axes.right * along.x - axes.up * along.y;
+    const Vector normal = WorldNormal(geometry.Place(), hit.normal);
+    const Vector sight = (WorldPlace(geometry, hit) - view.eye).Normalized();
+    const float facing = sight | normal;
+    constexpr float leastFacing = 0.05f;
+    if (std::fabs(facing) < leastFacing) return motion;
+    return motion - sight * ((motion | normal) / facing);
+}
+
+}  // namespace trovik
