@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
-#include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/baking/MapFile.h"
@@ -37,18 +36,14 @@ struct BakeCommandOptions {
 std::unique_ptr<LevelGeometry> Open(const BakeCommandOptions& options, ProgressLine& line) {
     std::unique_ptr<LevelGeometry> geometry;
     if (IsScenePath(options.source)) {
-        geometry = std::move(LoadScene(options.source, nullptr).geometry);
+        geometry = std::move(LoadScene(options.source, nullptr, nullptr, &line).geometry);
     } else {
-        PolygonMesh polygons = ReadMeshFile(options.source);
+        PolygonMesh polygons = ReadMeshFile(options.source, &line);
         line.Notes(options.source, polygons.notes);
-        MakeOrientedManifold(polygons);
-        geometry = std::make_unique<LevelGeometry>(polygons);
+        MakeOrientedManifold(polygons, &line);
+        geometry = std::make_unique<LevelGeometry>(polygons, &line);
     }
-    StopIfInterrupted();
-    for (unsigned i = 0; i < options.unsubdivide; ++i) {
-        UnsubdivideAsStep(*geometry);
-        StopIfInterrupted();
-    }
+    for (unsigned i = 0; i < options.unsubdivide; ++i) UnsubdivideAsStep(*geometry, &line);
     if (geometry->LevelCount() == 1)
         throw HostError(
             "there is one level only; a scene has the levels that it was saved with, and "
@@ -109,11 +104,7 @@ void Bake(BakeCommandOptions options) {
     try {
         const std::unique_ptr<LevelGeometry> geometry = Open(options, line);
         line.Step(1, 2, "baking " + options.file.path);
-        options.bake.progress = [&line](uint64_t done, uint64_t total) {
-            line.File(done, total);
-            StopIfInterrupted();
-        };
-        report = BakeToFile(*geometry, options.bake, options.file);
+        report = BakeToFile(*geometry, options.bake, options.file, &line);
     } catch (const HostError& error) {
         const std::string reason = error.what();
         // What is wrong with a file names it already.

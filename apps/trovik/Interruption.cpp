@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Interruption.h"
 
-#include "framework/errors/WorkStopped.h"
+#include "framework/errors/Cancelled.h"
 
 #include <csignal>
 
@@ -39,7 +39,7 @@ void IgnoreFileSizeSignal() { std::signal(SIGXFSZ, SIG_IGN); }
 bool IsInterrupted() { return received != 0; }
 
 void StopIfInterrupted() {
-    if (IsInterrupted()) throw WorkStopped();
+    if (IsInterrupted()) throw Cancelled();
 }
 
 int InterruptionStatus() { return 128 + received; }

@@ -11,7 +11,7 @@ void ListenForInterruption();
 /// disk, and the work can leave files as they were. Otherwise SIGXFSZ ends the program.
 void IgnoreFileSizeSignal();
 bool IsInterrupted();
-/// \throw WorkStopped when the program was asked to stop.
+/// \throw Cancelled when the program was asked to stop.
 void StopIfInterrupted();
 /// Exit status of an interrupted program: 128 and the signal's number, as shells have it.
 int InterruptionStatus();

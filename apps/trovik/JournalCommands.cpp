@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
-#include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
@@ -33,7 +32,7 @@ void Recover(const RecoverOptions& options) {
     recovery.progress.step = [&line](std::size_t done, std::size_t count, const std::string& what) {
         line.Step(done, count, what);
     };
-    recovery.progress.stop = IsInterrupted;
+    recovery.progress.job = &line;
     RecoveredWork work = RecoverJournal(options.journal, options.scene, recovery);
     line.Finish();
     LevelGeometry& geometry = work.runner->Session().Geometry();

@@ -2,8 +2,8 @@
 #include "Commands.h"
 #include "HelpTexts.h"
 #include "Interruption.h"
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/PrintableText.h"
-#include "framework/errors/WorkStopped.h"
 #include "host/Error.h"
 
 #include <algorithm>
@@ -62,7 +62,7 @@ int Run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) return Fail(trovik::UsageError(program, error), wrongUsage);
         program.exit(error);
-    } catch (const trovik::WorkStopped&) {
+    } catch (const trovik::Cancelled&) {
         return Fail("interrupted", trovik::InterruptionStatus());
     } catch (const std::bad_alloc&) {
         return Fail("out of memory");

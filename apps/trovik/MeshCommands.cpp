@@ -2,11 +2,9 @@
 #include "MeshCommands.h"
 
 #include "Commands.h"
-#include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/io/FilePath.h"
 #include "framework/mesh/BaseLevel.h"
@@ -27,22 +25,22 @@ namespace trovik {
 LoadedScene OpenRefined(const std::string& path,
                         unsigned levels,
                         const MeshSpace& given,
-                        const std::function<uint64_t(const LevelForecast&)>& furtherBytes) {
+                        const std::function<uint64_t(const LevelForecast&)>& furtherBytes,
+                        JobControl* job) {
     LoadedScene scene;
     if (IsScenePath(path)) {
-        scene = LoadScene(path, nullptr);
+        scene = LoadScene(path, nullptr, nullptr, job);
     } else {
-        scene.imported = ReadMeshFile(path);
+        scene.imported = ReadMeshFile(path, job);
         PolygonMesh& polygons = scene.imported;
         polygons.attributes.space = Overlaid(polygons.attributes.space, given);
-        MakeOrientedManifold(polygons);
-        scene.geometry = std::make_unique<LevelGeometry>(polygons);
+        MakeOrientedManifold(polygons, job);
+        scene.geometry = std::make_unique<LevelGeometry>(polygons, job);
         scene.notes = polygons.notes;
     }
     if (levels > 0)
         if (std::string note = RefinementNote(scene.imported); !note.empty())
             scene.notes.push_back(std::move(note));
-    StopIfInterrupted();
     if (levels > 0) {
         try {
             scene.geometry->CheckForecast(levels,
@@ -52,10 +50,8 @@ LoadedScene OpenRefined(const std::string& path,
             throw HostError(path + ": " + error.what());
         }
     }
-    SubdivideOptions refining;
-    refining.stop = IsInterrupted;
     for (unsigned i = 0; i < levels; ++i)
-        if (!scene.geometry->Subdivide(refining)) throw WorkStopped();
+        scene.geometry->Subdivide(LevelGeometry::unlimitedBytes, job);
     return scene;
 }
 
@@ -111,19 +107,14 @@ void Convert(const ConvertOptions& options) {
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
     CheckWritable(options.to);
-    const auto progress = [&line](uint64_t done, uint64_t total) {
-        line.File(done, total);
-        StopIfInterrupted();
-    };
     // Without refinement the polygons pass as they are, n-gons included.
     if (options.levels == 0 && !isScene) {
-        PolygonMesh polygons = ReadMeshFile(options.from);
-        StopIfInterrupted();
+        PolygonMesh polygons = ReadMeshFile(options.from, &line);
         MeshSpace& space = polygons.attributes.space;
         space = Overlaid(space, given);
         line.Notes(options.from, polygons.notes);
         std::vector<std::string> further = WriteMeshFile(
-            options.to, PolygonSource(polygons, SpaceForFile(options.to, space, asked)), progress);
+            options.to, PolygonSource(polygons, SpaceForFile(options.to, space, asked)), &line);
         line.Finish();
         TellConverted(options,
                       {polygons.positions.size(),
@@ -135,11 +126,15 @@ void Convert(const ConvertOptions& options) {
     // Writers work on blocks of a few megabytes.
     constexpr uint64_t writerBytes = uint64_t{16} << 20;
     const LoadedScene scene = OpenRefined(
-        options.from, options.levels, given, [](const LevelForecast&) { return writerBytes; });
+        options.from,
+        options.levels,
+        given,
+        [](const LevelForecast&) { return writerBytes; },
+        &line);
     const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
     line.Notes(options.from, scene.notes);
     std::vector<std::string> further =
-        WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), progress);
+        WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), &line);
     line.Finish();
     const LevelMesh& level = *scene.geometry->Bound();
     TellConverted(options, {level.VertexCount(), level.faceCount, std::move(further), scene.notes});

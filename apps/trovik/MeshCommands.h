@@ -15,10 +15,11 @@ namespace trovik {
 /// \param given  units and axis of a mesh file; what it specifies itself comes second.
 /// \param furtherBytes  memory that the caller needs besides the levels of a forecast. Levels that
 /// do not fit into memory together with it are refused before any is made.
-/// \throw HostError; WorkStopped after an interrupt.
+/// \throw HostError; Cancelled.
 LoadedScene OpenRefined(const std::string& path,
                         unsigned levels,
                         const MeshSpace& given,
-                        const std::function<uint64_t(const LevelForecast&)>& furtherBytes);
+                        const std::function<uint64_t(const LevelForecast&)>& furtherBytes,
+                        JobControl* job);
 
 }  // namespace trovik

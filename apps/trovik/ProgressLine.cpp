@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ProgressLine.h"
 
+#include "Interruption.h"
 #include "framework/errors/PrintableText.h"
 #include "framework/io/FilePath.h"
 
@@ -25,15 +26,20 @@ ProgressLine::~ProgressLine() {
     Finish();
 }
 
-void ProgressLine::Step(std::size_t stepsDone, std::size_t stepCount, const std::string& name) {
-    done = stepsDone;
-    count = stepCount;
+void ProgressLine::Step(std::size_t done, std::size_t count, const std::string& name) {
+    stepsDone = done;
+    stepCount = count;
     what = PrintableText(name);
+    phase = nullptr;
     if (quiet) return;
     if (terminal)
         Draw();
     else if (!what.empty())
-        std::fprintf(stderr, "[%zu/%zu] %s\n", done + (done < count ? 1 : 0), count, what.c_str());
+        std::fprintf(stderr,
+                     "[%zu/%zu] %s\n",
+                     stepsDone + (stepsDone < stepCount ? 1 : 0),
+                     stepCount,
+                     what.c_str());
 }
 
 void ProgressLine::Dab() {
@@ -43,13 +49,16 @@ void ProgressLine::Dab() {
     Draw();
 }
 
-void ProgressLine::File(uint64_t written, uint64_t total) {
-    const uint64_t percent = total == 0 ? 100 : written * 100 / total;
-    const auto now = std::chrono::steady_clock::now();
-    const bool ends = percent >= 100;
-    share = static_cast<unsigned>(percent);
-    if (quiet || !terminal || (!ends && now - lastDrawn < redrawEvery)) return;
+bool ProgressLine::Report(uint64_t phaseDone, uint64_t phaseTotal, const char* phaseName) {
+    if (IsInterrupted()) return false;
+    // Without a total there is nothing to show that steps and dabs do not.
+    if (phaseTotal == 0) return true;
+    phase = phaseName;
+    percent = static_cast<unsigned>(phaseDone * 100 / phaseTotal);
+    if (quiet || !terminal || std::chrono::steady_clock::now() - lastDrawn < redrawEvery)
+        return true;
     Draw();
+    return true;
 }
 
 void ProgressLine::Message(const std::string& text) {
@@ -74,11 +83,16 @@ void ProgressLine::Notes(const std::string& file, const std::vector<std::string>
 
 void ProgressLine::Draw() {
     lastDrawn = std::chrono::steady_clock::now();
-    const std::size_t filled = count == 0 ? 0 : barWidth * done / count;
-    const std::string bar = std::string(filled, '#') + std::string(barWidth - filled, '.');
-    std::fprintf(stderr, "\r\033[K[%s] %zu/%zu %s", bar.c_str(), done, count, what.c_str());
-    if (dabs != 0) std::fprintf(stderr, ", %llu dabs", static_cast<unsigned long long>(dabs));
-    if (share < 100) std::fprintf(stderr, ", %u %% of the file", share);
+    std::string text;
+    if (stepCount != 0) {
+        const std::size_t filled = barWidth * stepsDone / stepCount;
+        text = "[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " +
+               std::to_string(stepsDone) + "/" + std::to_string(stepCount) + " " + what;
+        if (dabs != 0) text += ", " + std::to_string(dabs) + " dabs";
+        if (phase != nullptr) text += ": ";
+    }
+    if (phase != nullptr) text += std::string(phase) + ", " + std::to_string(percent) + " %";
+    std::fprintf(stderr, "\r\033[K%s", text.c_str());
     std::fflush(stderr);
     drawn = true;
 }

@@ -129,22 +129,25 @@ void Report(const RenderOptions& wanted,
 }
 
 void Render(const RenderOptions& wanted) {
-    PictureOptions options = PictureOptionsOf(wanted);
-    options.poll = StopIfInterrupted;
+    const PictureOptions options = PictureOptionsOf(wanted);
     ProgressLine line(wanted.quiet);
     CheckPicturePath(wanted.picture, options.transparent);
     CheckWritable(wanted.picture);
     DirectionOr(wanted.from, "--from", usualDirection);
     DirectionOr(wanted.up, "--up", usualDirection);
-    const LoadedScene scene =
-        OpenRefined(wanted.mesh, wanted.levels, {}, [](const LevelForecast& forecast) {
+    const LoadedScene scene = OpenRefined(
+        wanted.mesh,
+        wanted.levels,
+        {},
+        [](const LevelForecast& forecast) {
             return RenderBytes(forecast.vertices, forecast.faces);
-        });
+        },
+        &line);
     const RenderedLevel level(*scene.geometry, options.shading);
     const PictureCamera camera =
         CameraFor(wanted, level.Mesh(), IsScenePath(wanted.mesh) ? &scene.settings.view : nullptr);
     // Vertices first: a camera that frames a mesh out of range is out of range too.
-    const RenderScene rendered({level.Mesh()});
+    const RenderScene rendered({level.Mesh()}, &line);
     CheckCamera(camera);
     CheckUp(wanted, camera);
     line.Notes(wanted.mesh, scene.notes);
@@ -155,7 +158,7 @@ void Render(const RenderOptions& wanted) {
         files.push_back(wanted.frames == 0 ? wanted.picture : FramePath(wanted.picture, i + 1));
         if (wanted.frames != 0)
             line.Step(static_cast<std::size_t>(i), static_cast<std::size_t>(count), files.back());
-        const Picture picture = rendered.Render(TurntableFrame(camera, i, count), options);
+        const Picture picture = rendered.Render(TurntableFrame(camera, i, count), options, &line);
         StopIfInterrupted();
         WritePicture(files.back(), picture);
     }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Commands.h"
-#include "Interruption.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
 #include "framework/errors/HostError.h"
@@ -111,10 +110,9 @@ void Sculpt(const SculptOptions& options) {
             line.Step(done, count, what);
         };
     progress.dab = [&line] { line.Dab(); };
-    progress.file = [&line](uint64_t written, uint64_t total) { line.File(written, total); };
     progress.message = [&line](const std::string& text) { line.Message(text); };
     progress.warning = [&line](const std::string& text) { line.Warning(text); };
-    progress.stop = IsInterrupted;
+    progress.job = &line;
     ScriptRunner runner(options.script, options.output, progress);
     runner.SetStrict(options.strict);
     runner.AllowOutside(options.allowOutside);

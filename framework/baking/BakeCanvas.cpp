@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/baking/BakeCanvas.h"
 
+#include "framework/jobs/JobPhase.h"
+
 #include <algorithm>
 #include <bit>
 #include <cassert>
@@ -197,7 +199,8 @@ void BakeCanvas::PadEdge(const TilePoint& from,
     }
 }
 
-FloatImage BakeCanvas::Finish(const MapValue& neutral, Counts& counts) {
+FloatImage BakeCanvas::Finish(const MapValue& neutral, Counts& counts, JobControl* job) {
+    JobPhase phase(job, "Averaging texels", taken.size());
     FloatImage image;
     image.width = options.width;
     image.height = options.height;
@@ -205,6 +208,7 @@ FloatImage BakeCanvas::Finish(const MapValue& neutral, Counts& counts) {
     image.isFloat = true;
     const std::size_t channels = options.channels;
     for (std::size_t texel = 0; texel < taken.size(); ++texel) {
+        phase.Add();
         float* values = sums.data() + texel * channels;
         const int samples = std::popcount(taken[texel] & ~overlapBit);
         const bool padded = !distances.empty() && samples == 0 &&
@@ -226,6 +230,7 @@ FloatImage BakeCanvas::Finish(const MapValue& neutral, Counts& counts) {
             for (std::size_t i = 0; i < channels; ++i) values[i] /= count;
         }
     }
+    phase.Finish();
     image.pixels = std::move(sums);
     return image;
 }

@@ -9,6 +9,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// A place on a tile of the texture, u to the right and v upwards, 0 to 1.
 using TilePoint = std::array<double, 2>;
 /// What a map holds at one place; a map of one channel uses the first number.
@@ -66,7 +68,8 @@ public:
         std::uint64_t overlapping = 0;
     };
     /// Ends the work. \param neutral  for texels that hold nothing.
-    FloatImage Finish(const MapValue& neutral, Counts& counts);
+    /// \throw Cancelled.
+    FloatImage Finish(const MapValue& neutral, Counts& counts, JobControl* job = nullptr);
     /// Whether the quad that was laid last met a sample that was taken.
     bool LastOverlapped() const { return lastOverlapped; }
 

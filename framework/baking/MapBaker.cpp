@@ -5,6 +5,7 @@
 #include "framework/baking/MapTiles.h"
 #include "framework/baking/SurfaceFrames.h"
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,26 +16,19 @@ namespace trovik {
 namespace {
 
 constexpr std::uint32_t largestPadding = 256;
-constexpr std::uint32_t progressInterval = 1u << 14;
 
-/// The levels as one meets them on going to `from` and then to `to`, until it goes.
-class SettledLevels {
+/// Binds a level; the destructor restores the state before.
+class BoundLevel {
 public:
-    SettledLevels(LevelGeometry& ofGeometry, std::uint32_t from, std::uint32_t to)
-        : geometry(ofGeometry),
-          toFrom(geometry.SwitchLevel(from)),
-          toTo(geometry.SwitchLevel(to)) {}
-    ~SettledLevels() {
-        geometry.Exchange(toTo);
-        geometry.Exchange(toFrom);
-    }
-    SettledLevels(const SettledLevels&) = delete;
-    SettledLevels& operator=(const SettledLevels&) = delete;
+    BoundLevel(LevelGeometry& ofGeometry, std::uint32_t level, JobControl* job)
+        : geometry(ofGeometry), before(geometry.SwitchLevel(level, job)) {}
+    ~BoundLevel() { geometry.Exchange(before); }
+    BoundLevel(const BoundLevel&) = delete;
+    BoundLevel& operator=(const BoundLevel&) = delete;
 
 private:
     LevelGeometry& geometry;
-    LevelSwitch toFrom;
-    LevelSwitch toTo;
+    LevelSwitch before;
 };
 
 std::uint32_t CheckedFrom(const LevelGeometry& geometry, const BakeOptions& options) {
@@ -83,16 +77,19 @@ void CheckSizes(const BakeOptions& options) {
 std::vector<MapValue> FrameValues(const BakeOptions& options,
                                   const LevelMesh& fine,
                                   const std::vector<Vector>& smooth,
-                                  const SurfaceFrames& frames) {
+                                  const SurfaceFrames& frames,
+                                  JobControl* job) {
     std::vector<Vector> shape(fine.VertexCount());
     for (std::uint32_t v = 0; v < fine.VertexCount(); ++v) shape[v] = fine.Position(v);
     if (options.kind == MapKind::Normal) {
-        shape = VertexNormals(fine, shape);
+        shape = VertexNormals(fine, shape, job);
     } else {
         for (std::uint32_t v = 0; v < fine.VertexCount(); ++v) shape[v] -= smooth[v];
     }
     std::vector<MapValue> values(frames.FrameCount());
+    JobPhase phase(job, "Computing values", frames.FrameCount());
     for (std::uint32_t number = 0; number < frames.FrameCount(); ++number) {
+        phase.Add();
         const std::uint32_t vertex = frames.VertexOf(number);
         Vector value = shape[vertex];
         if (options.kind == MapKind::Displacement)
@@ -101,6 +98,7 @@ std::vector<MapValue> FrameValues(const BakeOptions& options,
             value = frames.Frame(number).ToFrame(value);
         values[number] = {value.x, value.y, value.z};
     }
+    phase.Finish();
     return values;
 }
 
@@ -118,21 +116,23 @@ public:
           values(frameValues),
           repeat(textureRepeats) {}
 
-    template <typename Progress>
     void Paint(const std::vector<std::uint32_t>& tileOfFace,
                std::uint32_t number,
                BakeCanvas& canvas,
                std::optional<std::uint32_t>& overlappingFace,
-               Progress progress) {
+               JobControl* job) {
+        // Faces differ much in the texels that they cover.
+        JobPhase phase(job, "Painting the map", std::uint64_t{level.faceCount} * 2, 16);
         const MapTile tile = MapTile::OfNumber(number);
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {
-            if (face % progressInterval == 0) progress(face);
+            phase.Add();
             if (tileOfFace[uvs.BaseOf(face)] != number) continue;
             const Corners corners = CornersOf(face, tile);
             canvas.AddQuad(corners.points, corners.values);
             if (canvas.LastOverlapped() && !overlappingFace) overlappingFace = uvs.BaseOf(face);
         }
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {
+            phase.Add();
             if (tileOfFace[uvs.BaseOf(face)] != number) continue;
             bool known = false;
             Corners corners = {};
@@ -147,6 +147,7 @@ public:
                                corners.values[next]);
             }
         }
+        phase.Finish();
     }
 
 private:
@@ -201,7 +202,10 @@ MapValue NeutralOf(const BakeOptions& options) {
 
 }  // namespace
 
-BakedMap BakeMap(LevelGeometry& geometry, const BakeOptions& options, const std::string& path) {
+BakedMap BakeMap(LevelGeometry& geometry,
+                 const BakeOptions& options,
+                 const std::string& path,
+                 JobControl* job) {
     CheckSizes(options);
     BakedMap map;
     map.from = CheckedFrom(geometry, options);
@@ -213,28 +217,24 @@ BakedMap BakeMap(LevelGeometry& geometry, const BakeOptions& options, const std:
     if (numbers.empty())
         throw HostError("no face of the mesh has texture coordinates (UVs) at all its corners");
 
-    const SettledLevels settled(geometry, map.from, map.to);
+    // The levels as they are after going to `from` and then to `to`.
+    const BoundLevel atFrom(geometry, map.from, job);
+    const BoundLevel atTo(geometry, map.to, job);
     LevelMesh& fine = *geometry.Level(map.from);
-    const std::vector<Vector> smooth = SmoothPositions(geometry, map.to, map.from);
-    const SurfaceFrames frames(fine, uvs, smooth);
-    const std::vector<MapValue> values = FrameValues(options, fine, smooth, frames);
+    const std::vector<Vector> smooth = SmoothPositions(geometry, map.to, map.from, job);
+    const SurfaceFrames frames(fine, uvs, smooth, job);
+    const std::vector<MapValue> values = FrameValues(options, fine, smooth, frames, job);
     if (options.kind != MapKind::Normal)
         for (const MapValue& value : values)
             for (const float part : value) map.range = std::max(map.range, std::fabs(part));
 
     TilePainter painter(fine, uvs, frames, values, options.repeat);
-    const std::uint64_t total = std::uint64_t{fine.faceCount} * numbers.size();
-    std::uint64_t done = 0;
     BakeCanvas::Counts counts;
     for (const std::uint32_t number : numbers) {
         BakeCanvas canvas(CanvasOptions(options));
-        painter.Paint(tileOfFace, number, canvas, map.overlappingFace, [&](std::uint64_t face) {
-            if (options.progress) options.progress(done + face, total);
-        });
-        done += fine.faceCount;
-        map.tiles.push_back({number, canvas.Finish(NeutralOf(options), counts)});
+        painter.Paint(tileOfFace, number, canvas, map.overlappingFace, job);
+        map.tiles.push_back({number, canvas.Finish(NeutralOf(options), counts, job)});
     }
-    if (options.progress) options.progress(total, total);
     map.coveredTexels = counts.covered;
     map.paddedTexels = counts.padded;
     map.overlappingTexels = counts.overlapping;

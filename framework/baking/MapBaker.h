@@ -5,7 +5,6 @@
 #include "framework/images/ImageFile.h"
 #include "framework/multires/LevelGeometry.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,8 +30,6 @@ struct BakeOptions {
     /// The texture repeats: faces outside 0 to 1 are laid where they come to lie inside, and what
     /// crosses an edge of the map goes on at the opposite one. Without, they are refused.
     bool repeat = false;
-    /// Told now and then: faces done and their number. May be null.
-    std::function<void(std::uint64_t done, std::uint64_t total)> progress = {};
 };
 
 /// One tile of a map.
@@ -79,9 +76,10 @@ struct BakedMap {
 /// 4 bytes a texel and channel; of the one at work 8 bytes a texel more.
 /// \param path  of the file to be; tells by `<UDIM>` whether there may be several tiles.
 /// \throw HostError for levels that are not there or in the wrong order, sizes out of range, a mesh
-/// without UVs, and UVs outside of tiles; nothing has changed then.
+/// without UVs, and UVs outside of tiles; Cancelled. Nothing has changed then.
 TROVIK_API BakedMap BakeMap(LevelGeometry& geometry,
                             const BakeOptions& options,
-                            const std::string& path);
+                            const std::string& path,
+                            JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -5,6 +5,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageLimits.h"
 #include "framework/io/FilePath.h"
+#include "framework/jobs/JobPhase.h"
 
 #include <algorithm>
 #include <cmath>
@@ -71,10 +72,11 @@ MapBits BitsFor(const MapFileOptions& file) {
 
 MapReport BakeToFile(LevelGeometry& geometry,
                      const BakeOptions& options,
-                     const MapFileOptions& file) {
+                     const MapFileOptions& file,
+                     JobControl* job) {
     MapReport report;
     report.bits = BitsFor(file);
-    BakedMap map = BakeMap(geometry, options, file.path);
+    BakedMap map = BakeMap(geometry, options, file.path, job);
     report.width = options.width;
     report.height = options.height;
     report.range = map.range;
@@ -96,9 +98,11 @@ MapReport BakeToFile(LevelGeometry& geometry,
         report.text.mid = middle;
         report.text.scale = 2.0f * file.range.value_or(map.range);
     }
+    JobPhase phase(job, "Writing maps", map.tiles.size(), 1);
     for (BakedTile& tile : map.tiles) {
         report.files.push_back(TilePath(file.path, tile.number));
         Write(report.files.back(), tile, report.text, report.bits);
+        phase.Add();
     }
     return report;
 }

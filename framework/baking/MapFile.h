@@ -50,9 +50,11 @@ TROVIK_API MapBits BitsFor(const MapFileOptions& file);
 /// u (tangent), green along v (bitangent: +Y), blue along the normal; mesh-local: x, y, z.
 /// Each file is complete or not there. The same levels give the same bytes.
 /// \throw HostError as BakeMap, before the work for a file name that cannot be written, and when
-/// the displacement passes the range that was asked for.
+/// the displacement passes the range that was asked for; Cancelled. Files of tiles that were
+/// complete before a cancellation stay.
 TROVIK_API MapReport BakeToFile(LevelGeometry& geometry,
                                 const BakeOptions& options,
-                                const MapFileOptions& file);
+                                const MapFileOptions& file,
+                                JobControl* job = nullptr);
 
 }  // namespace trovik

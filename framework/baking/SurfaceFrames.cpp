@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/baking/SurfaceFrames.h"
 
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelPositions.h"
 #include "framework/mesh/LevelRefiner.h"
 
@@ -26,14 +27,15 @@ Vector AnyAcross(const Vector& normal) {
 
 std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
                                     std::uint32_t coarse,
-                                    std::uint32_t fine) {
+                                    std::uint32_t fine,
+                                    JobControl* job) {
     assert(coarse <= fine);
     const LevelMesh& lowest = *geometry.Level(coarse);
     std::vector<Vector> positions = PositionsOf(lowest);
     for (std::uint32_t level = coarse; level < fine; ++level) {
         const LevelMesh& above = *geometry.Level(level + 1);
         std::vector<Vector> refined(above.VertexCount());
-        LevelRefiner(*geometry.Level(level))
+        LevelRefiner(*geometry.Level(level), job)
             .RefinePositions(
                 above,
                 [&refined](std::uint32_t v, const Vector& p) { refined[v] = p; },
@@ -43,7 +45,10 @@ std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
     return positions;
 }
 
-std::vector<Vector> VertexNormals(const LevelMesh& level, const std::vector<Vector>& positions) {
+std::vector<Vector> VertexNormals(const LevelMesh& level,
+                                  const std::vector<Vector>& positions,
+                                  JobControl* job) {
+    JobPhase phase(job, "Computing normals", level.faceCount);
     std::vector<Vector> normals(level.VertexCount());
     const std::uint32_t corners = level.CornersPerFace();
     for (std::uint32_t face = 0; face < level.faceCount; ++face) {
@@ -53,20 +58,25 @@ std::vector<Vector> VertexNormals(const LevelMesh& level, const std::vector<Vect
                                   ? (positions[v[2]] - p0) & (positions[v[3]] - positions[v[1]])
                                   : (positions[v[1]] - p0) & (positions[v[2]] - p0);
         for (std::uint32_t k = 0; k < corners; ++k) normals[v[k]] += normal;
+        phase.Add();
     }
+    phase.Finish();
     for (Vector& normal : normals) normal.Normalize();
     return normals;
 }
 
 SurfaceFrames::SurfaceFrames(const LevelMesh& level,
                              const LevelUvs& uvs,
-                             const std::vector<Vector>& positions)
+                             const std::vector<Vector>& positions,
+                             JobControl* job)
     : corners(level.CornersPerFace()),
-      normals(VertexNormals(level, positions)),
+      normals(VertexNormals(level, positions, job)),
       firstFrames(level.VertexCount(), none),
       cornerFrames(std::size_t{level.faceCount} * corners, none) {
     frames.reserve(level.VertexCount());
+    JobPhase phase(job, "Computing frames", level.faceCount);
     for (std::uint32_t face = 0; face < level.faceCount; ++face) {
+        phase.Add();
         CornerValues<2> uv = {};
         if (!uvs.Of(face, uv)) continue;
         const std::uint32_t* v = level.faceVertexIndices.array + std::size_t{face} * corners;
@@ -88,6 +98,7 @@ SurfaceFrames::SurfaceFrames(const LevelMesh& level,
             frames[number].tangent += (along - normal * (along | normal)).Normalized();
         }
     }
+    phase.Finish();
     for (Entry& entry : frames) {
         const Vector& normal = normals[entry.vertex];
         // What rounding has left along the normal goes.

@@ -8,16 +8,21 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// Positions of level `fine` as refining level `coarse` gives them, without the detail of the
-/// levels above it. Cost: O(vertices of `fine`).
+/// levels above it. Cost: O(vertices of `fine`). \throw Cancelled, as all below.
 std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
                                     std::uint32_t coarse,
-                                    std::uint32_t fine);
+                                    std::uint32_t fine,
+                                    JobControl* job = nullptr);
 
 /// Unit normals of a level's vertices at given positions: per vertex the sum of its faces' normals
 /// (of a quad the cross product of its diagonals), in the order of the faces, normalised. Not
 /// packed, but otherwise as LevelMesh::ComputeNormals.
-std::vector<Vector> VertexNormals(const LevelMesh& level, const std::vector<Vector>& positions);
+std::vector<Vector> VertexNormals(const LevelMesh& level,
+                                  const std::vector<Vector>& positions,
+                                  JobControl* job = nullptr);
 
 /// Three directions of unit length at right angles: along the texture's u, along its v, and out of
 /// the surface.
@@ -45,7 +50,8 @@ public:
     /// \param positions  of the level's vertices. \param uvs  of the same level.
     SurfaceFrames(const LevelMesh& level,
                   const LevelUvs& uvs,
-                  const std::vector<Vector>& positions);
+                  const std::vector<Vector>& positions,
+                  JobControl* job = nullptr);
 
     const Vector& Normal(std::uint32_t vertex) const { return normals[vertex]; }
     /// The frame of a corner of a face; one without UVs has one of number `none`.

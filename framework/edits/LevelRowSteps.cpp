@@ -59,10 +59,10 @@ private:
 
 class DeleteLevelsStep : public UndoStep {
 public:
-    DeleteLevelsStep(LevelGeometry& geometry, bool isLower)
-        : before(geometry.StateOfSwitch()), lower(isLower) {
+    DeleteLevelsStep(LevelGeometry& geometry, bool isLower, JobControl* job)
+        : before(geometry.StateOfSwitch(job)), lower(isLower) {
         label = lower ? "Delete lower levels" : "Delete higher levels";
-        Delete(geometry);
+        Delete(geometry, job);
     }
 
     void Apply(LevelGeometry& geometry) override {
@@ -73,7 +73,7 @@ public:
             LevelSwitch state = before;
             geometry.Exchange(state);
         } else {
-            Delete(geometry);
+            Delete(geometry, nullptr);
         }
         isDone = !isDone;
         geometry.Bound()->ContentChanged();
@@ -84,9 +84,9 @@ public:
     }
 
 private:
-    void Delete(LevelGeometry& geometry) {
+    void Delete(LevelGeometry& geometry, JobControl* job) {
         BindAgain(geometry, before.bound);
-        taken = geometry.TakeLevels(lower, before.bound);
+        taken = geometry.TakeLevels(lower, before.bound, job);
         boundAfter = geometry.BoundIndex();
     }
 
@@ -99,10 +99,10 @@ private:
 
 class UnsubdivideStep : public UndoStep {
 public:
-    explicit UnsubdivideStep(LevelGeometry& geometry)
-        : before(geometry.StateOfSwitch()), coarse(FindCoarseFaces(*geometry.Level(0))) {
+    UnsubdivideStep(LevelGeometry& geometry, JobControl* job)
+        : before(geometry.StateOfSwitch(job)), coarse(FindCoarseFaces(*geometry.Level(0), job)) {
         label = "Unsubdivide";
-        old = geometry.PutCoarserBase(coarse);
+        old = geometry.PutCoarserBase(coarse, nullptr, job);
     }
 
     void Apply(LevelGeometry& geometry) override {
@@ -136,32 +136,28 @@ private:
 }  // namespace
 
 std::unique_ptr<UndoStep> SubdivideAsStep(LevelGeometry& geometry,
-                                          const SubdivideOptions& options) {
-    geometry.CheckForecast(1, options.byteBudget);
+                                          uint64_t byteBudget,
+                                          JobControl* job) {
+    geometry.CheckForecast(1, byteBudget);
     // Subdivide starts from the highest level, and what the way there carries belongs to the step.
-    LevelSwitch way = geometry.SwitchLevel(geometry.LevelCount() - 1);
-    bool done = false;
+    LevelSwitch way = geometry.SwitchLevel(geometry.LevelCount() - 1, job);
     try {
-        done = geometry.Subdivide(options);
+        geometry.Subdivide(byteBudget, job);
     } catch (...) {
         geometry.Exchange(way);
         throw;
     }
-    if (!done) {
-        geometry.Exchange(way);
-        return nullptr;
-    }
     return std::make_unique<SubdivideStep>(std::move(way), geometry.BoundIndex());
 }
 
-std::unique_ptr<UndoStep> DeleteLevelsAsStep(LevelGeometry& geometry, bool lower) {
+std::unique_ptr<UndoStep> DeleteLevelsAsStep(LevelGeometry& geometry, bool lower, JobControl* job) {
     const uint32_t bound = geometry.BoundIndex();
     if (lower ? bound == 0 : bound + 1 == geometry.LevelCount()) return nullptr;
-    return std::make_unique<DeleteLevelsStep>(geometry, lower);
+    return std::make_unique<DeleteLevelsStep>(geometry, lower, job);
 }
 
-std::unique_ptr<UndoStep> UnsubdivideAsStep(LevelGeometry& geometry) {
-    return std::make_unique<UnsubdivideStep>(geometry);
+std::unique_ptr<UndoStep> UnsubdivideAsStep(LevelGeometry& geometry, JobControl* job) {
+    return std::make_unique<UnsubdivideStep>(geometry, job);
 }
 
 }  // namespace trovik

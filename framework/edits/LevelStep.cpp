@@ -32,16 +32,18 @@ private:
 
 }  // namespace
 
-std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry, uint32_t index) {
-    LevelSwitch change = geometry.SwitchLevel(index);
+std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
+                                          uint32_t index,
+                                          JobControl* job) {
+    LevelSwitch change = geometry.SwitchLevel(index, job);
     auto step = std::make_unique<LevelStep>(std::move(change), geometry);
     step->label = "Level " + std::to_string(index);
     return step;
 }
 
-std::unique_ptr<UndoStep> ApplyToBaseAsStep(LevelGeometry& geometry) {
+std::unique_ptr<UndoStep> ApplyToBaseAsStep(LevelGeometry& geometry, JobControl* job) {
     if (geometry.BoundIndex() == 0) return nullptr;
-    LevelSwitch change = geometry.ApplyToLowerLevels();
+    LevelSwitch change = geometry.ApplyToLowerLevels(job);
     if (change.carried.empty()) return nullptr;
     auto step = std::make_unique<LevelStep>(std::move(change), geometry);
     step->label = "Apply to base";

@@ -9,12 +9,13 @@ constexpr std::uint32_t None = SurfaceAttributes::none;
 
 }  // namespace
 
-FaceParts::FaceParts(const MeshSource& of, unsigned wantedKeys) : source(of), keys(wantedKeys) {
+FaceParts::FaceParts(const MeshSource& of, unsigned wantedKeys, JobControl* jobControl)
+    : source(of), keys(wantedKeys), job(jobControl) {
     if (source.GroupNames().empty() && source.MaterialNames().empty()) {
         parts.push_back({None, None, source.FaceCount(), source.CornerCount()});
         return;
     }
-    source.ReadFaces(0, [this](const FaceBlock& block) {
+    ReadFaces(source, 0, job, "Grouping faces", [this](const FaceBlock& block) {
         for (std::size_t face = 0; face < block.sizes.size(); ++face) {
             const std::uint64_t key = KeyOf(block, face);
             const auto [entry, isNew] =
@@ -60,7 +61,7 @@ void FaceParts::TakeRange(std::size_t first,
                           const Take& take) const {
     std::vector<std::vector<std::uint32_t>> words(end - first);
     std::uint64_t number = 0;
-    source.ReadFaces(blockParts, [&](const FaceBlock& block) {
+    ReadFaces(source, blockParts, job, "Writing faces", [&](const FaceBlock& block) {
         std::size_t corner = 0;
         for (std::size_t face = 0; face < block.sizes.size(); ++face) {
             const std::size_t part = parts.size() == 1 ? 0 : partOfKey.at(KeyOf(block, face));

@@ -42,7 +42,8 @@ public:
     using Take = std::function<void(std::size_t part, const std::vector<std::uint32_t>& words)>;
 
     /// \param keys  a sum of Keys. Cost: one pass over the faces. Borrows the source.
-    FaceParts(const MeshSource& source, unsigned keys);
+    /// \param jobControl  of the constructor and of ForEachWord, which throw Cancelled. Borrowed.
+    FaceParts(const MeshSource& source, unsigned keys, JobControl* jobControl = nullptr);
 
     const std::vector<Part>& Parts() const { return parts; }
 
@@ -72,6 +73,7 @@ private:
 
     const MeshSource& source;
     unsigned keys;
+    JobControl* job;
     std::vector<Part> parts;
     std::unordered_map<std::uint64_t, std::uint32_t> partOfKey;
 };

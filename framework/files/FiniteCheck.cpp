@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshWriters.h"
+#include "framework/jobs/JobPhase.h"
 
 #include <charconv>
 #include <cmath>
@@ -49,34 +50,38 @@ void CheckList(const std::string& path, const List& list, const char* what, std:
     }
 }
 
-void CheckMorphTargets(const std::string& path, const MeshSource& source) {
+void CheckMorphTargets(const std::string& path, const MeshSource& source, JobControl* job) {
     for (const MorphTarget& target : source.MorphTargets()) {
+        JobPhase phase(job, "Checking layers", target.vertices.size());
         for (const std::uint32_t vertex : target.vertices) {
+            phase.Add();
             Check(path, target.offset(vertex), "the offset of a layer at vertex", vertex);
             Check(
                 path, source.BasePosition(vertex), "the position without layers of vertex", vertex);
         }
+        phase.Finish();
     }
 }
 
 }  // namespace
 
-void CheckFinite(const std::string& path, const MeshSource& source) {
+void CheckFinite(const std::string& path, const MeshSource& source, JobControl* job) {
     constexpr unsigned Everything =
         MeshSource::Positions | MeshSource::Normals | MeshSource::Colors;
     std::uint64_t vertex = 0;
-    source.ReadVertices(Everything, [&](const VertexBlock& block) {
+    constexpr const char* phase = "Checking numbers";
+    ReadVertices(source, Everything, job, phase, [&](const VertexBlock& block) {
         CheckList(path, block.positions, "the position of vertex", vertex);
         CheckList(path, block.normals, "the normal of vertex", vertex);
         CheckList(path, block.colors, "the colour of vertex", vertex);
         vertex += block.positions.size();
     });
     std::uint64_t uv = 0;
-    source.ReadUvs([&](const std::vector<std::array<float, 2>>& uvs) {
+    ReadUvs(source, job, phase, [&](const std::vector<std::array<float, 2>>& uvs) {
         CheckList(path, uvs, "texture coordinate", uv);
         uv += uvs.size();
     });
-    CheckMorphTargets(path, source);
+    CheckMorphTargets(path, source, job);
 }
 
 }  // namespace trovik

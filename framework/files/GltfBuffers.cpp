@@ -50,7 +50,8 @@ std::string Shown(const std::string& name) {
 Bytes ReadBesides(const std::string& document,
                   const std::string& name,
                   std::uint64_t wanted,
-                  const std::string& place) {
+                  const std::string& place,
+                  JobControl* job) {
     if (name.find('\0') != std::string::npos) {
         throw HostError(place + Shown(name) + " is not the name of a file");
     }
@@ -81,7 +82,7 @@ Bytes ReadBesides(const std::string& document,
     }
     std::string reason;
     try {
-        InputFile file(path.string());
+        InputFile file(path.string(), job);
         if (file.Remaining() >= wanted) {
             const auto count = static_cast<std::size_t>(wanted);
             const unsigned char* bytes = count == 0 ? nullptr : file.Take(count);
@@ -115,7 +116,7 @@ Bytes ReadDataUri(const std::string& uri, std::uint64_t wanted, const std::strin
 
 }  // namespace
 
-GltfBuffers::GltfBuffers(const std::string& path, std::string_view text) {
+GltfBuffers::GltfBuffers(const std::string& path, std::string_view text, JobControl* job) {
     json document = json::parse(text.begin(), text.end(), nullptr, false);
     if (!document.is_object() || !document.contains("buffers") || !document["buffers"].is_array()) {
         return;
@@ -134,7 +135,7 @@ GltfBuffers::GltfBuffers(const std::string& path, std::string_view text) {
         const std::string place = path + ": buffer " + std::to_string(number) + ": ";
         contents[number] = uri.starts_with("data:")
                                ? ReadDataUri(uri, wanted, place)
-                               : ReadBesides(path, Decoded(uri), wanted, place);
+                               : ReadBesides(path, Decoded(uri), wanted, place, job);
         buffer["uri"] = "data:application/octet-stream;base64,AA==";
         buffer["byteLength"] = 1;
     }

@@ -13,6 +13,8 @@ class Model;
 
 namespace trovik {
 
+class JobControl;
+
 /// The buffers of a glTF document that have a URI: data URIs, and files in the folder of the
 /// document or below, symbolic links followed.
 ///
@@ -23,7 +25,8 @@ class GltfBuffers {
 public:
     /// Reads them. A text that is not JSON, or without such buffers, has none; tinygltf reports
     /// what is wrong with it. \throw HostError naming the file, the buffer and the reason.
-    GltfBuffers(const std::string& path, std::string_view json);
+    /// \throw Cancelled.
+    GltfBuffers(const std::string& path, std::string_view json, JobControl* job);
 
     bool Empty() const { return contents.empty(); }
     /// The document for tinygltf.

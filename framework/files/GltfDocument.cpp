@@ -99,8 +99,8 @@ bool PassOverPicture(
 
 }  // namespace
 
-GltfDocument::GltfDocument(const std::string& filePath) : path(filePath) {
-    InputFile file(path);
+GltfDocument::GltfDocument(const std::string& filePath, JobControl* job) : path(filePath) {
+    InputFile file(path, job);
     const auto size = static_cast<std::size_t>(file.Remaining());
     if (size > std::numeric_limits<std::uint32_t>::max()) {
         throw HostError(path + ": a glTF file of more than 4 GiB is not read");
@@ -113,7 +113,7 @@ GltfDocument::GltfDocument(const std::string& filePath) : path(filePath) {
     const bool isBinary = content.starts_with("glTF");
     const std::string_view text = isBinary ? JsonChunk(content) : content;
     CheckNesting(text, path);
-    GltfBuffers buffers(path, text);
+    GltfBuffers buffers(path, text, job);
     std::string changed;
     if (!buffers.Empty()) {
         changed = isBinary ? WithJson(content, buffers.Json()) : buffers.Json();

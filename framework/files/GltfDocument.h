@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/jobs/JobControl.h"
+
 #include <cstddef>
 #include <string>
 #include <tiny_gltf.h>
@@ -10,10 +12,10 @@ namespace trovik {
 /// A glTF file taken apart, text (.gltf) or binary (.glb); which of the two its first bytes tell.
 ///
 /// Buffers that it names are read where GltfBuffers allows; pictures are not read.
-/// \throw HostError naming the file and the reason.
+/// \throw HostError naming the file and the reason; Cancelled while the file is read.
 class GltfDocument {
 public:
-    explicit GltfDocument(const std::string& path);
+    explicit GltfDocument(const std::string& path, JobControl* job = nullptr);
 
     const std::string& Path() const { return path; }
     const tinygltf::Model& Model() const { return model; }

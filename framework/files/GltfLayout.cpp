@@ -2,6 +2,7 @@
 #include "framework/files/GltfLayout.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 
 #include <algorithm>
 #include <limits>
@@ -27,9 +28,10 @@ void Widen(GltfBox& box, const std::array<float, 3>& place, bool isFirst) {
 
 }  // namespace
 
-GltfLayout::GltfLayout(const MeshSource& of, const std::string& path) : source(of) {
+GltfLayout::GltfLayout(const MeshSource& of, const std::string& path, JobControl* job)
+    : source(of) {
     if (source.UvCount() > 0 && !source.UvsFollowVertices()) {
-        FindCopies(path);
+        FindCopies(path, job);
     }
     for (const MorphTarget& target : source.MorphTargets()) {
         std::vector<std::uint32_t> vertices = target.vertices;
@@ -53,9 +55,9 @@ std::uint32_t GltfLayout::CopyOf(std::uint32_t vertex, const std::array<float, 2
     return found;
 }
 
-void GltfLayout::FindCopies(const std::string& path) {
+void GltfLayout::FindCopies(const std::string& path, JobControl* job) {
     firstUvs.assign(source.VertexCount(), {unnamed, unnamed});
-    source.ReadFaces(MeshSource::Uvs, [&](const FaceBlock& block) {
+    ReadFaces(source, MeshSource::Uvs, job, "Finding seams", [&](const FaceBlock& block) {
         for (std::size_t corner = 0; corner < block.vertices.size(); ++corner) {
             const std::uint32_t vertex = block.vertices[corner];
             const std::array<float, 2>& uv = block.uvs[corner];
@@ -83,29 +85,36 @@ std::uint32_t GltfLayout::VertexOf(const FaceBlock& block, std::size_t corner) c
     return static_cast<std::uint32_t>(source.VertexCount()) + CopyOf(vertex, block.uvs[corner]);
 }
 
-void GltfLayout::WriteUvs(GltfSink& sink) const {
+void GltfLayout::WriteUvs(GltfSink& sink, JobControl* job) const {
+    constexpr const char* phaseName = "Writing UVs";
     const auto write = [&sink](const std::array<float, 2>& uv) {
         sink.Floats(std::array<float, 2>{uv[0], 1.0f - uv[1]});
     };
     if (firstUvs.empty()) {
-        source.ReadVertices(MeshSource::Uvs, [&write](const VertexBlock& block) {
+        ReadVertices(source, MeshSource::Uvs, job, phaseName, [&write](const VertexBlock& block) {
             std::for_each(block.uvs.begin(), block.uvs.end(), write);
         });
         return;
     }
+    JobPhase phase(job, phaseName, firstUvs.size());
     for (const std::array<float, 2>& uv : firstUvs) {
+        phase.Add();
         write(uv[0] == uv[0] ? uv : std::array<float, 2>{});
     }
     for (const GltfCopy& copy : copies) {
         write(copy.uv);
     }
+    phase.Finish();
 }
 
-GltfBox GltfLayout::PositionBox() const {
+GltfBox GltfLayout::PositionBox(JobControl* job) const {
+    JobPhase phase(job, "Measuring the mesh", source.VertexCount());
     GltfBox box;
     for (std::uint32_t vertex = 0; vertex < source.VertexCount(); ++vertex) {
+        phase.Add();
         Widen(box, source.BasePosition(vertex), vertex == 0);
     }
+    phase.Finish();
     return box;
 }
 

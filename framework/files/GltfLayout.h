@@ -28,7 +28,8 @@ struct GltfBox {
 class GltfLayout {
 public:
     /// \throw HostError naming the path when there are more vertices than can be numbered.
-    GltfLayout(const MeshSource& source, const std::string& path);
+    /// \throw Cancelled.
+    GltfLayout(const MeshSource& source, const std::string& path, JobControl* job = nullptr);
 
     std::uint64_t VertexCount() const { return source.VertexCount() + copies.size(); }
     std::uint64_t TriangleCount() const { return source.CornerCount() - 2 * source.FaceCount(); }
@@ -51,9 +52,9 @@ public:
     /// The vertex of a corner of a block that has UVs, where there are copies.
     std::uint32_t VertexOf(const FaceBlock& block, std::size_t corner) const;
     /// UVs of all vertices; files count v downwards.
-    void WriteUvs(GltfSink& sink) const;
+    void WriteUvs(GltfSink& sink, JobControl* job) const;
 
-    GltfBox PositionBox() const;
+    GltfBox PositionBox(JobControl* job) const;
     /// The vertices of the file that a morph target moves, rising.
     const std::vector<std::uint32_t>& MorphVertices(std::size_t target) const {
         return morphVertices[target];
@@ -63,7 +64,7 @@ public:
 private:
     static constexpr std::uint32_t none = SurfaceAttributes::none;
 
-    void FindCopies(const std::string& path);
+    void FindCopies(const std::string& path, JobControl* job);
     std::uint32_t CopyOf(std::uint32_t vertex, const std::array<float, 2>& uv) const;
 
     const MeshSource& source;

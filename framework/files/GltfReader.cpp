@@ -10,6 +10,7 @@
 #include "framework/files/MeshImport.h"
 #include "framework/files/VertexWeld.h"
 #include "framework/io/FilePath.h"
+#include "framework/jobs/JobPhase.h"
 
 #include <algorithm>
 #include <array>
@@ -25,15 +26,15 @@ namespace {
 
 class GltfMerger {
 public:
-    explicit GltfMerger(const GltfDocument& opened)
-        : document(opened), model(opened.Model()), accessors(opened) {}
+    GltfMerger(const GltfDocument& opened, JobControl* jobControl)
+        : document(opened), model(opened.Model()), accessors(opened), job(jobControl) {}
 
     PolygonMesh Read() {
         CheckExtensions();
         WalkNodes();
         Finish();
-        WeldUvs(mesh);
-        FinishImport(mesh, document.Path());
+        WeldUvs(mesh, job);
+        FinishImport(mesh, document.Path(), job);
         return std::move(mesh);
     }
 
@@ -262,7 +263,9 @@ private:
                                            const GltfPlace& place) {
         std::vector<std::uint32_t> numbers;
         numbers.reserve(positions.size());
+        JobPhase phase(job, "Joining vertices", positions.size());
         for (const std::array<float, 3>& position : positions) {
+            phase.Add();
             const std::array<float, 3> moved = Moved(transform, position);
             if (mesh.positions.size() >= SurfaceAttributes::none - 1) {
                 place.Refuse("the file has more vertices than can be numbered");
@@ -274,6 +277,7 @@ private:
             }
             numbers.push_back(number);
         }
+        phase.Finish();
         return numbers;
     }
 
@@ -356,7 +360,9 @@ private:
 
     void AddTriangles(const std::vector<std::uint32_t>& corners, bool isMirrored) {
         SurfaceAttributes& attributes = mesh.attributes;
+        JobPhase phase(job, "Adding triangles", corners.size());
         for (std::size_t first = 0; first + 2 < corners.size(); first += 3) {
+            phase.Add(3);
             std::array<std::uint32_t, 3> triangle = {
                 corners[first], corners[first + 1], corners[first + 2]};
             if (isMirrored) {
@@ -370,6 +376,7 @@ private:
                                                    : vertices.firstUv + corner);
             }
         }
+        phase.Finish();
     }
 
     void AddMaterial(int material, const GltfPlace& place) {
@@ -444,6 +451,7 @@ private:
     const GltfDocument& document;
     const tinygltf::Model& model;
     GltfAccessors accessors;
+    JobControl* job;
     PolygonMesh mesh;
     VertexWeld weld;
     Vertices vertices;
@@ -457,9 +465,9 @@ private:
 
 }  // namespace
 
-PolygonMesh ReadGltf(const std::string& path) {
-    const GltfDocument document(path);
-    return GltfMerger(document).Read();
+PolygonMesh ReadGltf(const std::string& path, JobControl* job) {
+    const GltfDocument document(path, job);
+    return GltfMerger(document, job).Read();
 }
 
 }  // namespace trovik

@@ -4,7 +4,7 @@
 #include "framework/files/GltfLayout.h"
 #include "framework/files/GltfSink.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/ProgressCount.h"
+#include "framework/jobs/JobPhase.h"
 
 #include <nlohmann/json.hpp>
 
@@ -34,11 +34,15 @@ public:
     GltfDescription(const MeshSource& source,
                     const GltfLayout& layout,
                     const FaceParts& parts,
-                    const std::string& name) {
+                    const std::string& name,
+                    JobControl* job) {
         const std::uint64_t vertices = layout.VertexCount();
         json attributes;
-        attributes["POSITION"] = AddAccessor(
-            AddView(vertices * 12, VertexView), FloatType, vertices, "VEC3", layout.PositionBox());
+        attributes["POSITION"] = AddAccessor(AddView(vertices * 12, VertexView),
+                                             FloatType,
+                                             vertices,
+                                             "VEC3",
+                                             layout.PositionBox(job));
         if (source.HasNormals()) {
             attributes["NORMAL"] =
                 AddAccessor(AddView(vertices * 12, VertexView), FloatType, vertices, "VEC3", {});
@@ -191,36 +195,38 @@ private:
 void WriteVertices(GltfSink& sink,
                    const MeshSource& source,
                    const GltfLayout& layout,
-                   ProgressCount& progress) {
+                   JobControl* job) {
+    JobPhase phase(job, "Writing positions", layout.VertexCount());
     for (std::uint32_t vertex = 0; vertex < source.VertexCount(); ++vertex) {
+        phase.Add();
         sink.Floats(source.BasePosition(vertex));
     }
     for (const GltfCopy& copy : layout.Copies()) {
+        phase.Add();
         sink.Floats(source.BasePosition(copy.vertex));
     }
-    progress.Add(source.VertexCount());
+    phase.Finish();
     // What a copy repeats is kept on the way past its vertex.
     const auto repeated = [&](unsigned part, auto list, auto& kept) {
-        source.ReadVertices(part, [&, first = std::uint32_t{0}](const VertexBlock& block) mutable {
+        const auto take = [&, first = std::uint32_t{0}](const VertexBlock& block) mutable {
             for (const auto& entry : block.*list) {
                 sink.Floats(entry);
                 layout.ForEachCopyOf(first,
                                      [&kept, &entry](std::size_t copy) { kept[copy] = entry; });
                 ++first;
             }
-        });
+        };
+        ReadVertices(source, part, job, "Writing normals", take);
         for (const auto& entry : kept) {
             sink.Floats(entry);
         }
-        progress.Add(source.VertexCount());
     };
     if (source.HasNormals()) {
         std::vector<std::array<float, 3>> kept(layout.Copies().size());
         repeated(MeshSource::Normals, &VertexBlock::normals, kept);
     }
     if (source.UvCount() > 0) {
-        layout.WriteUvs(sink);
-        progress.Add(source.VertexCount());
+        layout.WriteUvs(sink, job);
     }
     if (source.HasColors()) {
         std::vector<std::array<float, 4>> kept(layout.Copies().size());
@@ -232,7 +238,8 @@ void WriteVertices(GltfSink& sink,
             }
         };
         std::uint32_t vertex = 0;
-        source.ReadVertices(MeshSource::Colors, [&](const VertexBlock& block) {
+        constexpr const char* ofColors = "Writing colours";
+        ReadVertices(source, MeshSource::Colors, job, ofColors, [&](const VertexBlock& block) {
             for (const std::array<float, 4>& color : block.colors) {
                 write(color);
                 layout.ForEachCopyOf(vertex,
@@ -243,14 +250,10 @@ void WriteVertices(GltfSink& sink,
         for (const std::array<float, 4>& color : kept) {
             write(color);
         }
-        progress.Add(source.VertexCount());
     }
 }
 
-void WriteTriangles(GltfSink& sink,
-                    const GltfLayout& layout,
-                    const FaceParts& parts,
-                    ProgressCount& progress) {
+void WriteTriangles(GltfSink& sink, const GltfLayout& layout, const FaceParts& parts) {
     parts.ForEachWord(
         [](const FaceParts::Part& part) { return part.Triangles() * 3; },
         layout.HasCopies() ? MeshSource::Uvs : 0u,
@@ -268,33 +271,36 @@ void WriteTriangles(GltfSink& sink,
             for (const std::uint32_t corner : corners) {
                 sink.Word(corner);
             }
-            progress.Add(corners.size() / 3);
         });
 }
 
-void WriteMorphTargets(GltfSink& sink, const MeshSource& source, const GltfLayout& layout) {
+void WriteMorphTargets(GltfSink& sink,
+                       const MeshSource& source,
+                       const GltfLayout& layout,
+                       JobControl* job) {
     for (std::size_t number = 0; number < source.MorphTargets().size(); ++number) {
         const std::vector<std::uint32_t>& vertices = layout.MorphVertices(number);
+        JobPhase phase(job, "Writing layers", vertices.size() * 2);
         for (const std::uint32_t vertex : vertices) {
+            phase.Add();
             sink.Word(vertex);
         }
         for (const std::uint32_t vertex : vertices) {
+            phase.Add();
             sink.Floats(source.MorphTargets()[number].offset(layout.Original(vertex)));
         }
+        phase.Finish();
     }
 }
 
 }  // namespace
 
-void WriteGltf(const std::string& path,
-               const MeshSource& source,
-               bool isBinary,
-               const WriteProgress& listener) {
-    const GltfLayout layout(source, path);
-    const FaceParts parts(source, FaceParts::ByGroup | FaceParts::ByMaterial);
+void WriteGltf(const std::string& path, const MeshSource& source, bool isBinary, JobControl* job) {
+    const GltfLayout layout(source, path, job);
+    const FaceParts parts(source, FaceParts::ByGroup | FaceParts::ByMaterial, job);
     const std::string name =
         source.Name().empty() ? std::filesystem::path(path).stem().string() : source.Name();
-    const GltfDescription description(source, layout, parts, name);
+    const GltfDescription description(source, layout, parts, name, job);
     std::string text = description.OpenText();
     constexpr std::uint64_t ChunkHeader = 8;
     constexpr std::uint64_t FileHeader = 12;
@@ -310,11 +316,6 @@ void WriteGltf(const std::string& path,
         }
     }
     OutputFile file(path);
-    const int passes = 1 + (source.HasNormals() ? 1 : 0) + (source.UvCount() > 0 ? 1 : 0) +
-                       (source.HasColors() ? 1 : 0);
-    ProgressCount progress(
-        listener,
-        source.VertexCount() * static_cast<std::uint64_t>(passes) + layout.TriangleCount());
     GltfSink sink(file, !isBinary);
     if (isBinary) {
         GltfSink plain(file, false);
@@ -331,9 +332,9 @@ void WriteGltf(const std::string& path,
         file.Write(text);
         file.Write(",\"uri\":\"data:application/octet-stream;base64,");
     }
-    WriteVertices(sink, source, layout, progress);
-    WriteTriangles(sink, layout, parts, progress);
-    WriteMorphTargets(sink, source, layout);
+    WriteVertices(sink, source, layout, job);
+    WriteTriangles(sink, layout, parts);
+    WriteMorphTargets(sink, source, layout, job);
     sink.End();
     if (!isBinary) {
         file.Write("\"}]}\n");

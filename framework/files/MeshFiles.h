@@ -9,7 +9,8 @@
 
 /// \file
 /// Mesh files: OBJ, PLY, STL and glTF in and out, USD out. docs/mesh-files.md describes what each
-/// format keeps. All functions may be called from any thread.
+/// format keeps. All functions may be called from any thread. Those that take a JobControl throw
+/// Cancelled when it cancels; a file that was being written is then as it was.
 namespace trovik {
 
 /// Reads a mesh file, its format chosen by the extension in any case: `.obj`, `.ply`, `.stl`,
@@ -19,7 +20,7 @@ namespace trovik {
 /// name a vertex twice are left out and `notes` counts them. The result has passed
 /// CheckPolygonMesh. \throw HostError for another extension, and whatever the format's reader
 /// throws.
-TROVIK_API PolygonMesh ReadMeshFile(const std::string& path);
+TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = nullptr);
 
 /// Writes a mesh file, its format chosen by the extension in any case: `.obj`, `.ply` in binary
 /// little endian, `.stl` in binary, `.gltf`, `.glb`, `.usda`.
@@ -44,7 +45,7 @@ enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 /// skipped.
 /// Memory: the result and a buffer as long as the longest line (at most 64 MiB).
 /// \throw HostError naming the file, the line and the reason.
-TROVIK_API PolygonMesh ReadObj(const std::string& path);
+TROVIK_API PolygonMesh ReadObj(const std::string& path, JobControl* job = nullptr);
 
 /// Writes an OBJ file. Each coordinate gets as many digits as bring its float back bit for bit
 /// (never more than nine). The file is complete or not there: see OutputFile.
@@ -62,7 +63,7 @@ TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 /// Equal UVs of the corners of a vertex become one entry of the list.
 /// Memory: in proportion to the file's size, whatever its header promises.
 /// \throw HostError naming the file, the line or byte, the element with its row, and the reason.
-TROVIK_API PolygonMesh ReadPly(const std::string& path);
+TROVIK_API PolygonMesh ReadPly(const std::string& path, JobControl* job = nullptr);
 
 /// Writes a PLY file: positions and normals as floats, faces as lists; UVs as s and t of vertices
 /// where the mesh has no seams, else as the list `texcoord` of faces; colours as bytes where bytes
@@ -83,7 +84,7 @@ enum class StlEncoding { Text, Binary };
 /// several solids become groups.
 /// Memory: in proportion to the file's size.
 /// \throw HostError naming the file, the line or byte, and the reason.
-TROVIK_API PolygonMesh ReadStl(const std::string& path);
+TROVIK_API PolygonMesh ReadStl(const std::string& path, JobControl* job = nullptr);
 
 /// Writes an STL file. Faces of more than three corners become fans around their first corner.
 /// The file is complete or not there: see OutputFile.
@@ -102,13 +103,12 @@ TROVIK_API void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEn
 /// buffer has behind its `byteLength` is ignored.
 /// Memory: in proportion to the file's size, and to what its nodes show.
 /// \throw HostError naming the file, the part of the document, and the reason.
-TROVIK_API PolygonMesh ReadGltf(const std::string& path);
+TROVIK_API PolygonMesh ReadGltf(const std::string& path, JobControl* job = nullptr);
 
 /// \throw HostError for a name whose extension is not that of a mesh format that can be written.
 TROVIK_API void RequireWritableMesh(const std::string& path);
 
 /// Writes a mesh in the format of the file's extension; see docs/mesh-files.md.
-/// \param progress  called now and then; may be empty.
 /// \return further files that were written: copies of material files, for OBJ.
 /// \throw HostError for another extension, for numbers that are not finite, and naming the file and
 /// the system's reason.
@@ -117,7 +117,7 @@ TROVIK_API void RequireWritableMesh(const std::string& path);
 /// materials up to 64 MiB.
 TROVIK_API std::vector<std::string> WriteMeshFile(const std::string& path,
                                                   const MeshSource& source,
-                                                  const WriteProgress& progress = {});
+                                                  JobControl* job = nullptr);
 
 /// The space in which a file of this name is written when `asked` is asked for and the mesh is of
 /// space `present`. \throw HostError where the format does not allow what is asked for.

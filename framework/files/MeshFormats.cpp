@@ -14,19 +14,19 @@ bool IsGltf(const std::string& extension) { return extension == ".gltf" || exten
 
 }  // namespace
 
-PolygonMesh ReadMeshFile(const std::string& path) {
+PolygonMesh ReadMeshFile(const std::string& path, JobControl* job) {
     const std::string extension = LowerExtension(path);
     if (extension == ".obj") {
-        return ReadObj(path);
+        return ReadObj(path, job);
     }
     if (extension == ".ply") {
-        return ReadPly(path);
+        return ReadPly(path, job);
     }
     if (extension == ".stl") {
-        return ReadStl(path);
+        return ReadStl(path, job);
     }
     if (IsGltf(extension)) {
-        return ReadGltf(path);
+        return ReadGltf(path, job);
     }
     throw HostError(path +
                     ": cannot be read as a mesh, since its name ends in none of .obj, .ply, .stl, "
@@ -44,21 +44,21 @@ void RequireWritableMesh(const std::string& path) {
 
 std::vector<std::string> WriteMeshFile(const std::string& path,
                                        const MeshSource& source,
-                                       const WriteProgress& progress) {
+                                       JobControl* job) {
     RequireWritableMesh(path);
     const std::string extension = LowerExtension(path);
-    CheckFinite(path, source);
+    CheckFinite(path, source, job);
     if (extension == ".obj") {
-        return WriteObj(path, source, progress);
+        return WriteObj(path, source, job);
     }
     if (extension == ".ply") {
-        WritePly(path, source, PlyEncoding::BinaryLittleEndian, progress);
+        WritePly(path, source, PlyEncoding::BinaryLittleEndian, job);
     } else if (extension == ".stl") {
-        WriteStl(path, source, StlEncoding::Binary, progress);
+        WriteStl(path, source, StlEncoding::Binary, job);
     } else if (IsGltf(extension)) {
-        WriteGltf(path, source, extension == ".glb", progress);
+        WriteGltf(path, source, extension == ".glb", job);
     } else {
-        WriteUsd(path, source, progress);
+        WriteUsd(path, source, job);
     }
     return {};
 }
@@ -66,19 +66,19 @@ std::vector<std::string> WriteMeshFile(const std::string& path,
 void WriteObj(const std::string& path, const PolygonMesh& mesh) {
     const PolygonSource source(mesh);
     CheckFinite(path, source);
-    WriteObj(path, source, {});
+    WriteObj(path, source, nullptr);
 }
 
 void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding) {
     const PolygonSource source(mesh);
     CheckFinite(path, source);
-    WritePly(path, source, encoding, {});
+    WritePly(path, source, encoding, nullptr);
 }
 
 void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEncoding encoding) {
     const PolygonSource source(mesh);
     CheckFinite(path, source);
-    WriteStl(path, source, encoding, {});
+    WriteStl(path, source, encoding, nullptr);
 }
 
 void WriteMeshFile(const std::string& path, const PolygonMesh& mesh) {

@@ -3,6 +3,7 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/io/WordsHash.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/FaceCorners.h"
 
 #include <algorithm>
@@ -50,7 +51,8 @@ bool ListsFit(const PolygonMesh& mesh) {
            fits(more.faceSmoothing, faces);
 }
 
-void DropRepeatingFaces(PolygonMesh& mesh, DroppedFaces& dropped) {
+void DropRepeatingFaces(PolygonMesh& mesh, DroppedFaces& dropped, JobControl* job) {
+    JobPhase phase(job, "Looking for degenerate faces", mesh.faceSizes.size());
     SurfaceAttributes& more = mesh.attributes;
     std::vector<std::uint32_t>* const faceLists[] = {
         &mesh.faceSizes, &more.faceGroups, &more.faceMaterials, &more.faceSmoothing};
@@ -59,6 +61,7 @@ void DropRepeatingFaces(PolygonMesh& mesh, DroppedFaces& dropped) {
     std::size_t keptCorners = 0;
     std::size_t keptFaces = 0;
     for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) {
+        phase.Add();
         const std::size_t size = mesh.faceSizes[face];
         if (RepeatedVertex(std::span(mesh.faceVertices).subspan(corner, size))) {
             dropped.Add(face);
@@ -74,6 +77,7 @@ void DropRepeatingFaces(PolygonMesh& mesh, DroppedFaces& dropped) {
         }
         corner += size;
     }
+    phase.Finish();
     for (std::vector<std::uint32_t>* list : cornerLists) {
         Shorten(*list, keptCorners);
     }
@@ -92,9 +96,12 @@ std::string NoteOf(const DroppedFaces& dropped) {
 
 }  // namespace
 
-void FinishImport(PolygonMesh& mesh, const std::string& path, DroppedFaces dropped) {
+void FinishImport(PolygonMesh& mesh,
+                  const std::string& path,
+                  JobControl* job,
+                  DroppedFaces dropped) {
     if (ListsFit(mesh)) {
-        DropRepeatingFaces(mesh, dropped);
+        DropRepeatingFaces(mesh, dropped, job);
     }
     if (dropped.count > 0) {
         if (mesh.faceSizes.empty()) {
@@ -103,10 +110,10 @@ void FinishImport(PolygonMesh& mesh, const std::string& path, DroppedFaces dropp
         }
         mesh.notes.push_back(NoteOf(dropped));
     }
-    CheckPolygonMesh(mesh, path);
+    CheckPolygonMesh(mesh, path, job);
 }
 
-void WeldUvs(PolygonMesh& mesh) {
+void WeldUvs(PolygonMesh& mesh, JobControl* job) {
     SurfaceAttributes& more = mesh.attributes;
     if (more.cornerUvs.size() != mesh.faceVertices.size()) {
         return;
@@ -114,7 +121,9 @@ void WeldUvs(PolygonMesh& mesh) {
     using Key = std::array<std::uint32_t, 3>;
     std::unordered_map<Key, std::uint32_t, WordsHash> numbers;
     std::vector<std::array<float, 2>> welded;
+    JobPhase phase(job, "Joining UVs", more.cornerUvs.size());
     for (std::size_t corner = 0; corner < more.cornerUvs.size(); ++corner) {
+        phase.Add();
         std::uint32_t& uv = more.cornerUvs[corner];
         if (uv >= more.uvs.size()) {
             continue;
@@ -128,6 +137,7 @@ void WeldUvs(PolygonMesh& mesh) {
         }
         uv = entry->second;
     }
+    phase.Finish();
     more.uvs = std::move(welded);
 }
 

@@ -10,6 +10,8 @@
 /// The last step of every mesh reader.
 namespace trovik {
 
+class JobControl;
+
 /// Faces left out because they name a vertex twice.
 struct DroppedFaces {
     std::size_t count = 0;
@@ -26,14 +28,17 @@ struct DroppedFaces {
 /// Removes faces that name a vertex twice, with their entries in the attributes, adds a note that
 /// counts them, and checks the mesh (CheckPolygonMesh).
 /// \param dropped  faces that the reader left out itself for this reason.
-/// \throw HostError beginning with `path`.
+/// \throw HostError beginning with `path`; Cancelled.
 /// Cost: linear in corners.
-void FinishImport(PolygonMesh& mesh, const std::string& path, DroppedFaces dropped = {});
+void FinishImport(PolygonMesh& mesh,
+                  const std::string& path,
+                  JobControl* job,
+                  DroppedFaces dropped = {});
 
 /// Gives equal UVs of the corners of one vertex the same number, in the order in which corners name
 /// them, and removes UVs that no corner names. UVs are equal if their bits are. Corners of
 /// different vertices keep different numbers: overlapping parts of a texture stay apart. Cost:
-/// linear in corners.
-void WeldUvs(PolygonMesh& mesh);
+/// linear in corners. \throw Cancelled.
+void WeldUvs(PolygonMesh& mesh, JobControl* job);
 
 }  // namespace trovik

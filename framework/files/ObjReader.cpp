@@ -4,6 +4,7 @@
 // through its callbacks. Three things it does not do, so they are done before it sees a line: its
 // numbers are not always the floats nearest to their text, it takes malformed indices for other
 // ones without a word, and it does not tell line numbers.
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
@@ -37,7 +38,8 @@ constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
 /// Gathers the mesh, and hands tinyobjloader one checked face, object or group line at a time.
 class ObjSource : public std::streambuf {
 public:
-    explicit ObjSource(const std::string& path) : file(path) {}
+    ObjSource(const std::string& path, JobControl* jobControl)
+        : file(path, jobControl), job(jobControl) {}
 
     PolygonMesh Read() {
         tinyobj::callback_t callbacks;
@@ -46,6 +48,9 @@ public:
         };
         std::istream stream(this);
         tinyobj::LoadObjWithCallback(stream, callbacks, this);
+        if (isCancelled) {
+            throw Cancelled();
+        }
         if (!trouble.empty()) {
             throw HostError(trouble);
         }
@@ -63,7 +68,7 @@ public:
         if (!normalsFit || mesh.normals.size() != mesh.positions.size()) {
             mesh.normals.clear();
         }
-        FinishImport(mesh, file.Path());
+        FinishImport(mesh, file.Path(), job);
         return std::move(mesh);
     }
 
@@ -71,7 +76,7 @@ protected:
     /// Errors are kept for Read and end the stream, since nothing is thrown through the loader.
     int_type underflow() override {
         try {
-            while (trouble.empty() && NextStatement()) {
+            while (trouble.empty() && !isCancelled && NextStatement()) {
                 std::string_view rest = current;
                 const std::string_view keyword = TakeWord(rest);
                 if (keyword == "v") {
@@ -99,6 +104,8 @@ protected:
             }
         } catch (const HostError& error) {
             trouble = error.what();
+        } catch (const Cancelled&) {
+            isCancelled = true;
         }
         return traits_type::eof();
     }
@@ -371,6 +378,8 @@ private:
     }
 
     InputFile file;
+    JobControl* job;
+    bool isCancelled = false;
     std::uint64_t line = 0;
     std::string_view pending;
     std::string_view current;
@@ -397,6 +406,8 @@ private:
 
 }  // namespace
 
-PolygonMesh ReadObj(const std::string& path) { return ObjSource(path).Read(); }
+PolygonMesh ReadObj(const std::string& path, JobControl* job) {
+    return ObjSource(path, job).Read();
+}
 
 }  // namespace trovik

@@ -2,7 +2,6 @@
 #include "framework/files/MaterialFiles.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/ProgressCount.h"
 #include "framework/io/OutputFile.h"
 
 #include <array>
@@ -41,8 +40,9 @@ void WriteNumbers(OutputFile& file, const std::array<float, count>& numbers, std
     }
 }
 
-void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& progress) {
-    source.ReadVertices(MeshSource::Positions | MeshSource::Colors, [&](const VertexBlock& block) {
+void WriteVertices(OutputFile& file, const MeshSource& source, JobControl* job) {
+    constexpr unsigned shape = MeshSource::Positions | MeshSource::Colors;
+    ReadVertices(source, shape, job, "Writing vertices", [&](const VertexBlock& block) {
         for (std::size_t i = 0; i < block.positions.size(); ++i) {
             file.Put('v');
             WriteNumbers(file, block.positions[i], 3);
@@ -51,9 +51,8 @@ void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& pr
             }
             file.Put('\n');
         }
-        progress.Add(block.positions.size());
     });
-    source.ReadUvs([&file](const std::vector<std::array<float, 2>>& uvs) {
+    ReadUvs(source, job, "Writing UVs", [&file](const std::vector<std::array<float, 2>>& uvs) {
         for (const std::array<float, 2>& uv : uvs) {
             file.Write("vt");
             WriteNumbers(file, uv, 2);
@@ -63,7 +62,8 @@ void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& pr
     if (!source.HasNormals()) {
         return;
     }
-    source.ReadVertices(MeshSource::Normals, [&file](const VertexBlock& block) {
+    constexpr const char* phase = "Writing normals";
+    ReadVertices(source, MeshSource::Normals, job, phase, [&file](const VertexBlock& block) {
         for (const std::array<float, 3>& normal : block.normals) {
             file.Write("vn");
             WriteNumbers(file, normal, 3);
@@ -119,10 +119,9 @@ private:
 
 std::vector<std::string> WriteObj(const std::string& path,
                                   const MeshSource& source,
-                                  const WriteProgress& listener) {
+                                  JobControl* job) {
     OutputFile file(path);
     PlacedMaterialFiles materials = PlaceMaterialFiles(path, source.MaterialFiles());
-    ProgressCount progress(listener, source.VertexCount() + source.FaceCount());
     WriteSpace(file, source.Space());
     for (const std::string& reference : materials.references) {
         WriteNameLine(file, "mtllib ", reference);
@@ -130,13 +129,13 @@ std::vector<std::string> WriteObj(const std::string& path,
     if (!source.Name().empty()) {
         WriteNameLine(file, "o ", source.Name());
     }
-    WriteVertices(file, source, progress);
+    WriteVertices(file, source, job);
 
     NameChange groupLine("g ", source.GroupNames());
     NameChange materialLine("usemtl ", source.MaterialNames());
     SmoothingChange smoothingLine;
     const bool hasNormals = source.HasNormals();
-    source.ReadFaces(MeshSource::Uvs, [&](const FaceBlock& block) {
+    ReadFaces(source, MeshSource::Uvs, job, "Writing faces", [&](const FaceBlock& block) {
         std::size_t corner = 0;
         for (std::size_t face = 0; face < block.sizes.size(); ++face) {
             groupLine.Write(file, block.groups, face);
@@ -160,7 +159,6 @@ std::vector<std::string> WriteObj(const std::string& path,
             }
             file.Put('\n');
         }
-        progress.Add(block.sizes.size());
     });
     file.Commit();
     return std::move(materials.written);

@@ -273,8 +273,8 @@ float ColorScale(PlyType type) {
 template <class Body>
 class BodyReader {
 public:
-    BodyReader(InputFile& file_, const PlyHeader& header_)
-        : file(file_), header(header_), body(file_, header_) {}
+    BodyReader(InputFile& file_, const PlyHeader& header_, JobControl* jobControl)
+        : file(file_), header(header_), body(file_, header_), job(jobControl) {}
 
     PolygonMesh Read() {
         for (const PlyElement& element : header.elements) {
@@ -345,7 +345,7 @@ private:
         attributes.uvs = std::move(faceUvs);
         if (!attributes.uvs.empty()) {
             attributes.cornerUvs = std::move(faceCornerUvs);
-            WeldUvs(mesh);
+            WeldUvs(mesh, job);
         }
     }
 
@@ -474,6 +474,7 @@ private:
     InputFile& file;
     const PlyHeader& header;
     Body body;
+    JobControl* job;
     PolygonMesh mesh;
     bool uvsOfVertices = false;
     /// Of the face at hand.
@@ -482,22 +483,22 @@ private:
     std::vector<std::uint32_t> faceCornerUvs;
 };
 
-PolygonMesh ReadBody(InputFile& file, const PlyHeader& header) {
+PolygonMesh ReadBody(InputFile& file, const PlyHeader& header, JobControl* job) {
     switch (header.encoding) {
         case PlyEncoding::Text:
-            return BodyReader<TextBody>(file, header).Read();
+            return BodyReader<TextBody>(file, header, job).Read();
         case PlyEncoding::BinaryLittleEndian:
-            return BodyReader<BinaryBody<std::endian::little>>(file, header).Read();
+            return BodyReader<BinaryBody<std::endian::little>>(file, header, job).Read();
         case PlyEncoding::BinaryBigEndian:
-            return BodyReader<BinaryBody<std::endian::big>>(file, header).Read();
+            return BodyReader<BinaryBody<std::endian::big>>(file, header, job).Read();
     }
     return {};
 }
 
 }  // namespace
 
-PolygonMesh ReadPly(const std::string& path) {
-    InputFile file(path);
+PolygonMesh ReadPly(const std::string& path, JobControl* job) {
+    InputFile file(path, job);
     const PlyHeader header = ReadPlyHeader(file);
     for (const char* const name : {"vertex", "face"}) {
         if (std::none_of(header.elements.begin(),
@@ -506,8 +507,8 @@ PolygonMesh ReadPly(const std::string& path) {
             throw HostError(path + ": the header has no element '" + name + "'");
         }
     }
-    PolygonMesh mesh = ReadBody(file, header);
-    FinishImport(mesh, path);
+    PolygonMesh mesh = ReadBody(file, header, job);
+    FinishImport(mesh, path, job);
     return mesh;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/ProgressCount.h"
 #include "framework/io/OutputFile.h"
 
 #include <algorithm>
@@ -140,13 +139,10 @@ private:
 };
 
 template <class Rows>
-void WriteVertices(Rows rows,
-                   const MeshSource& source,
-                   const PlyLayout& layout,
-                   ProgressCount& progress) {
+void WriteVertices(Rows rows, const MeshSource& source, const PlyLayout& layout, JobControl* job) {
     constexpr unsigned Everything =
         MeshSource::Positions | MeshSource::Normals | MeshSource::Uvs | MeshSource::Colors;
-    source.ReadVertices(Everything, [&](const VertexBlock& block) {
+    ReadVertices(source, Everything, job, "Writing vertices", [&](const VertexBlock& block) {
         for (std::size_t vertex = 0; vertex < block.positions.size(); ++vertex) {
             for (const float number : block.positions[vertex]) {
                 rows.Float(number);
@@ -170,15 +166,11 @@ void WriteVertices(Rows rows,
             }
             rows.End();
         }
-        progress.Add(block.positions.size());
     });
 }
 
 template <class Rows>
-void WriteFaces(Rows rows,
-                const MeshSource& source,
-                const PlyLayout& layout,
-                ProgressCount& progress) {
+void WriteFaces(Rows rows, const MeshSource& source, const PlyLayout& layout, JobControl* job) {
     const auto length = [&rows](std::uint32_t count, bool wide) {
         if (wide) {
             rows.Whole(count);
@@ -186,7 +178,8 @@ void WriteFaces(Rows rows,
             rows.Byte(count);
         }
     };
-    source.ReadFaces(layout.faceUvs ? MeshSource::Uvs : 0u, [&](const FaceBlock& block) {
+    const unsigned parts = layout.faceUvs ? MeshSource::Uvs : 0u;
+    ReadFaces(source, parts, job, "Writing faces", [&](const FaceBlock& block) {
         std::size_t first = 0;
         for (const std::uint32_t size : block.sizes) {
             const std::size_t end = first + size;
@@ -209,7 +202,6 @@ void WriteFaces(Rows rows,
             rows.End();
             first = end;
         }
-        progress.Add(block.sizes.size());
     });
 }
 
@@ -217,9 +209,9 @@ template <class Rows>
 void WriteBody(OutputFile& file,
                const MeshSource& source,
                const PlyLayout& layout,
-               ProgressCount& progress) {
-    WriteVertices(Rows(file), source, layout, progress);
-    WriteFaces(Rows(file), source, layout, progress);
+               JobControl* job) {
+    WriteVertices(Rows(file), source, layout, job);
+    WriteFaces(Rows(file), source, layout, job);
 }
 
 }  // namespace
@@ -227,20 +219,19 @@ void WriteBody(OutputFile& file,
 void WritePly(const std::string& path,
               const MeshSource& source,
               PlyEncoding encoding,
-              const WriteProgress& listener) {
+              JobControl* job) {
     OutputFile file(path);
     const PlyLayout layout(source);
-    ProgressCount progress(listener, source.VertexCount() + source.FaceCount());
     WriteHeader(file, source, encoding, layout);
     switch (encoding) {
         case PlyEncoding::Text:
-            WriteBody<TextRows>(file, source, layout, progress);
+            WriteBody<TextRows>(file, source, layout, job);
             break;
         case PlyEncoding::BinaryLittleEndian:
-            WriteBody<BinaryRows<std::endian::little>>(file, source, layout, progress);
+            WriteBody<BinaryRows<std::endian::little>>(file, source, layout, job);
             break;
         case PlyEncoding::BinaryBigEndian:
-            WriteBody<BinaryRows<std::endian::big>>(file, source, layout, progress);
+            WriteBody<BinaryRows<std::endian::big>>(file, source, layout, job);
             break;
     }
     file.Commit();

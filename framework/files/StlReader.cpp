@@ -56,12 +56,12 @@ public:
         }
     }
 
-    PolygonMesh Finish(const std::string& path) {
+    PolygonMesh Finish(const std::string& path, JobControl* job) {
         if (mesh.attributes.groupNames.size() < 2) {
             mesh.attributes.groupNames.clear();
             mesh.attributes.faceGroups.clear();
         }
-        FinishImport(mesh, path, dropped);
+        FinishImport(mesh, path, job, dropped);
         return std::move(mesh);
     }
 
@@ -73,7 +73,7 @@ private:
     DroppedFaces dropped;
 };
 
-PolygonMesh ReadBinary(InputFile& file, std::uint32_t count) {
+PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
     TriangleList triangles;
     const unsigned char* header = file.Take(StlFile::headerBytes);
     std::string name(reinterpret_cast<const char*>(header), StlFile::headerBytes);
@@ -105,7 +105,7 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count) {
         }
         triangles.Add(triangle);
     }
-    return triangles.Finish(file.Path());
+    return triangles.Finish(file.Path(), job);
 }
 
 /// Whether the word is this keyword, in any case.
@@ -119,7 +119,7 @@ bool IsWord(std::string_view word, std::string_view keyword) {
 /// Words of a text, with the line that each stands in.
 class StlText {
 public:
-    explicit StlText(InputFile& input) : file(input) {}
+    StlText(InputFile& input, JobControl* jobControl) : file(input), job(jobControl) {}
 
     PolygonMesh Read() {
         for (std::string_view word = Word(); !word.empty(); word = Word()) {
@@ -138,7 +138,7 @@ public:
         if (inSolid) {
             throw HostError(Place() + ": the file ends without 'endsolid'");
         }
-        return triangles.Finish(file.Path());
+        return triangles.Finish(file.Path(), job);
     }
 
 private:
@@ -211,6 +211,7 @@ private:
     }
 
     InputFile& file;
+    JobControl* job;
     TriangleList triangles;
     std::string_view rest;
     std::uint64_t line = 0;
@@ -219,7 +220,7 @@ private:
 
 }  // namespace
 
-PolygonMesh ReadStl(const std::string& path) {
+PolygonMesh ReadStl(const std::string& path, JobControl* job) {
     constexpr std::size_t Lead = StlFile::headerBytes + sizeof(std::uint32_t);
     bool beginsAsText = false;
     std::uint32_t count = 0;
@@ -235,10 +236,10 @@ PolygonMesh ReadStl(const std::string& path) {
             wanted = Lead + std::uint64_t{count} * StlFile::triangleBytes;
         }
     }
-    InputFile file(path);
+    InputFile file(path, job);
     // Some programs begin binary files like texts; the length tells them apart.
     if (beginsAsText && size != wanted) {
-        return StlText(file).Read();
+        return StlText(file, job).Read();
     }
     if (size < Lead) {
         throw HostError(path + ", byte " + std::to_string(size) +
@@ -249,7 +250,7 @@ PolygonMesh ReadStl(const std::string& path) {
                         std::to_string(count) +
                         " triangles are announced, but the file is too short for them");
     }
-    return ReadBinary(file, count);
+    return ReadBinary(file, count, job);
 }
 
 }  // namespace trovik

@@ -2,7 +2,6 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/ProgressCount.h"
 #include "framework/files/StlFile.h"
 #include "framework/io/OutputFile.h"
 
@@ -101,9 +100,9 @@ template <class Triangles>
 void WriteTriangles(OutputFile& file,
                     const MeshSource& source,
                     std::uint32_t count,
-                    ProgressCount& progress) {
+                    JobControl* job) {
     Triangles triangles(file, source, count);
-    source.ReadFaces(0, [&](const FaceBlock& block) {
+    ReadFaces(source, 0, job, "Writing triangles", [&](const FaceBlock& block) {
         std::size_t first = 0;
         for (const std::uint32_t size : block.sizes) {
             const Point fan = source.Position(block.vertices[first]);
@@ -115,7 +114,6 @@ void WriteTriangles(OutputFile& file,
             }
             first += size;
         }
-        progress.Add(block.sizes.size());
     });
     triangles.End();
 }
@@ -125,19 +123,18 @@ void WriteTriangles(OutputFile& file,
 void WriteStl(const std::string& path,
               const MeshSource& source,
               StlEncoding encoding,
-              const WriteProgress& listener) {
+              JobControl* job) {
     const std::uint64_t count = source.CornerCount() - 2 * source.FaceCount();
     if (count > std::numeric_limits<std::uint32_t>::max()) {
         throw HostError(path + ": " + std::to_string(count) +
                         " triangles are more than an STL file can number");
     }
     OutputFile file(path);
-    ProgressCount progress(listener, source.FaceCount());
     const auto number = static_cast<std::uint32_t>(count);
     if (encoding == StlEncoding::Text) {
-        WriteTriangles<TextTriangles>(file, source, number, progress);
+        WriteTriangles<TextTriangles>(file, source, number, job);
     } else {
-        WriteTriangles<BinaryTriangles>(file, source, number, progress);
+        WriteTriangles<BinaryTriangles>(file, source, number, job);
     }
     file.Commit();
 }

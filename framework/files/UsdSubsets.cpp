@@ -96,14 +96,17 @@ private:
 
 }  // namespace
 
-void WriteUsdSubsets(OutputFile& file, const MeshSource& source, const std::string& prim) {
+void WriteUsdSubsets(OutputFile& file,
+                     const MeshSource& source,
+                     const std::string& prim,
+                     JobControl* job) {
     UsdNames unique;
     unique.Unique(MaterialScope);
     const auto write = [&](unsigned key,
                            const std::vector<std::string>& ofSource,
                            const char* family,
                            const std::string& materialPath) {
-        const FaceParts parts(source, key);
+        const FaceParts parts(source, key, job);
         std::vector<std::string> names;
         std::vector<std::string> prims;
         for (const FaceParts::Part& part : parts.Parts()) {

@@ -8,10 +8,15 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// Writes the groups and materials of a mesh as children of its prim: a `GeomSubset` of faces for
 /// each group (family "group") and each material (family "materialBind"), and a `Material` of the
 /// same name that the subset is bound to. Names that USD cannot hold are kept as `displayName`.
 /// \param prim  name of the mesh's prim, which is at the root.
-void WriteUsdSubsets(OutputFile& file, const MeshSource& source, const std::string& prim);
+void WriteUsdSubsets(OutputFile& file,
+                     const MeshSource& source,
+                     const std::string& prim,
+                     JobControl* job);
 
 }  // namespace trovik

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshWriters.h"
-#include "framework/files/ProgressCount.h"
 #include "framework/files/UsdSubsets.h"
 #include "framework/files/UsdText.h"
 #include "framework/io/OutputFile.h"
@@ -20,31 +19,30 @@ std::string NumberText(double number) {
     return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
 }
 
-void WriteFaces(OutputFile& file, const MeshSource& source, ProgressCount& progress) {
+void WriteFaces(OutputFile& file, const MeshSource& source, JobControl* job) {
     UsdList counts(file, "int[] faceVertexCounts");
-    source.ReadFaces(0, [&](const FaceBlock& block) {
+    ReadFaces(source, 0, job, "Writing face sizes", [&](const FaceBlock& block) {
         for (const std::uint32_t size : block.sizes) {
             counts.Whole(size);
         }
-        progress.Add(block.sizes.size());
     });
     counts.End();
     UsdList indices(file, "int[] faceVertexIndices");
-    source.ReadFaces(0, [&](const FaceBlock& block) {
+    ReadFaces(source, 0, job, "Writing faces", [&](const FaceBlock& block) {
         for (const std::uint32_t vertex : block.vertices) {
             indices.Whole(vertex);
         }
-        progress.Add(block.sizes.size());
     });
     indices.End();
 }
 
-void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& progress) {
+void WriteVertices(OutputFile& file, const MeshSource& source, JobControl* job) {
     std::array<float, 3> low = {};
     std::array<float, 3> high = {};
     bool isFirst = true;
     UsdList points(file, "point3f[] points");
-    source.ReadVertices(MeshSource::Positions, [&](const VertexBlock& block) {
+    constexpr const char* phase = "Writing vertices";
+    ReadVertices(source, MeshSource::Positions, job, phase, [&](const VertexBlock& block) {
         for (const std::array<float, 3>& position : block.positions) {
             points.Tuple(position);
             for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -53,7 +51,6 @@ void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& pr
             }
             isFirst = false;
         }
-        progress.Add(block.positions.size());
     });
     points.End();
     UsdList extent(file, "float3[] extent");
@@ -62,20 +59,21 @@ void WriteVertices(OutputFile& file, const MeshSource& source, ProgressCount& pr
     extent.End();
     if (source.HasNormals()) {
         UsdList normals(file, "normal3f[] normals");
-        source.ReadVertices(MeshSource::Normals, [&](const VertexBlock& block) {
+        constexpr const char* ofNormals = "Writing normals";
+        ReadVertices(source, MeshSource::Normals, job, ofNormals, [&](const VertexBlock& block) {
             for (const std::array<float, 3>& normal : block.normals) {
                 normals.Tuple(normal);
             }
-            progress.Add(block.normals.size());
         });
         normals.End("vertex");
     }
 }
 
-void WriteColors(OutputFile& file, const MeshSource& source) {
+void WriteColors(OutputFile& file, const MeshSource& source, JobControl* job) {
+    constexpr const char* phase = "Writing colours";
     if (source.HasColors()) {
         UsdList colors(file, "color3f[] primvars:displayColor");
-        source.ReadVertices(MeshSource::Colors, [&](const VertexBlock& block) {
+        ReadVertices(source, MeshSource::Colors, job, phase, [&](const VertexBlock& block) {
             for (const std::array<float, 4>& color : block.colors) {
                 colors.Tuple(color, 3);
             }
@@ -84,7 +82,7 @@ void WriteColors(OutputFile& file, const MeshSource& source) {
     }
     if (source.HasAlpha()) {
         UsdList opacity(file, "float[] primvars:displayOpacity");
-        source.ReadVertices(MeshSource::Colors, [&](const VertexBlock& block) {
+        ReadVertices(source, MeshSource::Colors, job, phase, [&](const VertexBlock& block) {
             for (const std::array<float, 4>& color : block.colors) {
                 opacity.Number(color[3]);
             }
@@ -93,13 +91,14 @@ void WriteColors(OutputFile& file, const MeshSource& source) {
     }
 }
 
-void WriteUvs(OutputFile& file, const MeshSource& source) {
+void WriteUvs(OutputFile& file, const MeshSource& source, JobControl* job) {
+    constexpr const char* phase = "Writing UVs";
     if (source.UvCount() == 0) {
         return;
     }
     // Corners without a texture coordinate need one all the same; they get one of their own.
     UsdList values(file, "texCoord2f[] primvars:st");
-    source.ReadUvs([&](const std::vector<std::array<float, 2>>& uvs) {
+    ReadUvs(source, job, phase, [&](const std::vector<std::array<float, 2>>& uvs) {
         for (const std::array<float, 2>& uv : uvs) {
             values.Tuple(uv);
         }
@@ -108,7 +107,7 @@ void WriteUvs(OutputFile& file, const MeshSource& source) {
     values.End("faceVarying");
     UsdList indices(file, "int[] primvars:st:indices");
     const auto missing = static_cast<std::uint32_t>(source.UvCount());
-    source.ReadFaces(MeshSource::Uvs, [&](const FaceBlock& block) {
+    ReadFaces(source, MeshSource::Uvs, job, phase, [&](const FaceBlock& block) {
         for (const std::uint32_t uv : block.uvIndices) {
             indices.Whole(uv == SurfaceAttributes::none ? missing : uv);
         }
@@ -118,15 +117,13 @@ void WriteUvs(OutputFile& file, const MeshSource& source) {
 
 }  // namespace
 
-void WriteUsd(const std::string& path, const MeshSource& source, const WriteProgress& listener) {
+void WriteUsd(const std::string& path, const MeshSource& source, JobControl* job) {
     constexpr std::uint64_t Most = std::numeric_limits<std::int32_t>::max();
     if (source.VertexCount() > Most || source.FaceCount() > Most || source.UvCount() >= Most) {
         throw HostError(path + ": the mesh has more than " + std::to_string(Most) +
                         " vertices, faces or texture coordinates, which a USD file cannot number");
     }
     OutputFile file(path);
-    ProgressCount progress(
-        listener, source.FaceCount() * 2 + source.VertexCount() * (source.HasNormals() ? 2 : 1));
     const std::string prim = UsdPrimName(source.Name());
     const double meters = source.Space().metersPerUnit > 0.0 ? source.Space().metersPerUnit : 1.0;
     file.Write("#usda 1.0\n(\n    defaultPrim = \"" + prim +
@@ -134,11 +131,11 @@ void WriteUsd(const std::string& path, const MeshSource& source, const WriteProg
                (source.Space().up == UpAxis::Z ? "Z" : "Y") + "\"\n)\n\ndef Mesh \"" + prim +
                "\"\n{\n    uniform token subdivisionScheme = \"" +
                (source.HasNormals() ? "none" : "catmullClark") + "\"\n");
-    WriteFaces(file, source, progress);
-    WriteVertices(file, source, progress);
-    WriteColors(file, source);
-    WriteUvs(file, source);
-    WriteUsdSubsets(file, source, prim);
+    WriteFaces(file, source, job);
+    WriteVertices(file, source, job);
+    WriteColors(file, source, job);
+    WriteUvs(file, source, job);
+    WriteUsdSubsets(file, source, prim, job);
     file.Write("}\n");
     file.Commit();
 }

@@ -10,9 +10,9 @@
 
 namespace trovik {
 
-ContentHash HashFile(const std::string& path) {
+ContentHash HashFile(const std::string& path, JobControl* job) {
     constexpr std::uint64_t pieceBytes = std::uint64_t{1} << 20;
-    InputFile file(path);
+    InputFile file(path, job);
     QCryptographicHash hash(QCryptographicHash::Sha256);
     while (file.Remaining() > 0) {
         const auto size = static_cast<std::size_t>(std::min(pieceBytes, file.Remaining()));

@@ -8,6 +8,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// What tells whether a file is still the one that it was, whatever its name and times say.
 struct ContentHash {
     /// SHA-256 in 64 lower-case hexadecimal digits, as sha256sum prints it.
@@ -18,7 +20,7 @@ struct ContentHash {
 };
 
 /// Reads a regular file from start to end, a mebibyte at a time.
-/// \throw HostError naming the path and the system's reason.
-TROVIK_API ContentHash HashFile(const std::string& path);
+/// \throw HostError naming the path and the system's reason; Cancelled.
+TROVIK_API ContentHash HashFile(const std::string& path, JobControl* job = nullptr);
 
 }  // namespace trovik

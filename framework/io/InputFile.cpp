@@ -18,8 +18,11 @@ constexpr std::size_t ReadBytes = std::size_t{1} << 20;
 
 }  // namespace
 
-InputFile::InputFile(const std::string& filePath)
-    : path(filePath), size(RegularFileSize(filePath)) {
+InputFile::InputFile(const std::string& filePath, JobControl* job)
+    : path(filePath),
+      size(RegularFileSize(filePath)),
+      // Each element is a byte, and each read many of them.
+      phase(job, "Reading the file", size, 1) {
     file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
         ThrowFileError("read", path, errno);
@@ -28,7 +31,7 @@ InputFile::InputFile(const std::string& filePath)
 
 InputFile::~InputFile() { close(file); }
 
-bool InputFile::Fill(std::size_t wanted) {
+bool InputFile::Fill(std::size_t wanted, JobPhase* bytes) {
     if (Buffered() >= wanted) {
         return true;
     }
@@ -41,7 +44,9 @@ bool InputFile::Fill(std::size_t wanted) {
         if (end == buffer.size()) {
             buffer.resize(std::max(std::max(wanted, ReadBytes), buffer.size() * 2));
         }
-        const ssize_t got = read(file, buffer.data() + end, buffer.size() - end);
+        // Piece by piece, so that the reading of a large piece can be cancelled.
+        const std::size_t room = std::min(buffer.size() - end, ReadBytes);
+        const ssize_t got = read(file, buffer.data() + end, room);
         if (got < 0) {
             if (errno == EINTR) {
                 continue;
@@ -52,6 +57,14 @@ bool InputFile::Fill(std::size_t wanted) {
             return false;
         }
         end += static_cast<std::size_t>(got);
+        readBytes += static_cast<std::size_t>(got);
+        if (bytes != nullptr) bytes->Add(static_cast<std::size_t>(got));
+        if (readBytes < size) {
+            phase.Reach(readBytes);
+        } else if (!isRead) {
+            isRead = true;
+            phase.Finish();
+        }
     }
     return true;
 }
@@ -96,9 +109,9 @@ bool InputFile::NextLine(std::string_view& line, std::size_t maxBytes) {
     return true;
 }
 
-const unsigned char* InputFile::Take(std::size_t sizeBytes) {
+const unsigned char* InputFile::Take(std::size_t sizeBytes, JobPhase* bytes) {
     // Asked for before anything is allocated: a length from the file may be any number.
-    if (sizeBytes > Remaining() || !Fill(sizeBytes)) {
+    if (sizeBytes > Remaining() || !Fill(sizeBytes, bytes)) {
         return nullptr;
     }
     const char* taken = buffer.data() + begin;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/jobs/JobPhase.h"
 #include "host/Api.h"
 
 #include <cstddef>
@@ -15,11 +16,13 @@ namespace trovik {
 ///
 /// What is asked for lies in one piece in a buffer, which grows to what was asked for, and never by
 /// more than the file holds.
-/// Errors: HostError naming the path and the system's reason. Not for use by several threads.
+/// Errors: HostError naming the path and the system's reason; Cancelled. Not for use by several
+/// threads.
 class TROVIK_API InputFile {
 public:
+    /// \param job  reading the whole file is one phase of it, in bytes; null: nobody. Borrowed.
     /// \throw HostError also for a folder, a device or a pipe.
-    explicit InputFile(const std::string& path);
+    explicit InputFile(const std::string& path, JobControl* job = nullptr);
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
@@ -37,21 +40,26 @@ public:
     bool NextLine(std::string_view& line, std::size_t maxBytes);
 
     /// Takes the next `sizeBytes` bytes.
-    /// \return where they lie until the next call; null where the file holds fewer.
-    const unsigned char* Take(std::size_t sizeBytes);
+    /// \param bytes  a phase to which the bytes are added that are read from the system; null:
+    /// none. \return where they lie until the next call; null where the file holds fewer.
+    const unsigned char* Take(std::size_t sizeBytes, JobPhase* bytes = nullptr);
 
     /// Passes over bytes. \return false where the file holds fewer.
     bool Skip(std::uint64_t sizeBytes);
 
 private:
     /// Reads on until `wanted` bytes lie in the buffer; \return false at the end of the file.
-    bool Fill(std::size_t wanted);
+    bool Fill(std::size_t wanted, JobPhase* bytes = nullptr);
     std::size_t Buffered() const { return end - begin; }
 
     std::string path;
     int file = -1;
     std::uint64_t size = 0;
     std::uint64_t position = 0;
+    /// Bytes read from the system.
+    std::uint64_t readBytes = 0;
+    bool isRead = false;
+    JobPhase phase;
     std::vector<char> buffer;
     std::size_t begin = 0;
     std::size_t end = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/mesh/BaseLevel.h"
 
+#include "framework/jobs/JobPhase.h"
 #include "framework/memory/FilledStore.h"
 #include "framework/mesh/AttributeRefinement.h"
 #include "framework/mesh/CatmullClarkRules.h"
@@ -14,9 +15,12 @@ namespace trovik {
 
 namespace {
 
-struct HalfEdge {
-    uint64_t key;
+/// A side of a face, as the table of its edge's lower end holds it.
+struct EdgeSide {
+    uint32_t higherEnd;
+    /// face * 4 + side.
     uint32_t place;
+    /// The side runs from the lower end to the higher one.
     bool rising;
 };
 
@@ -50,7 +54,7 @@ struct EdgePoint {
 
 }  // namespace
 
-PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
+PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job) {
     const auto all = [&polygons](uint32_t corners) {
         return std::all_of(polygons.faceSizes.begin(),
                            polygons.faceSizes.end(),
@@ -58,6 +62,7 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
     };
     if (all(3) || all(4)) return polygons;
 
+    JobPhase phase(job, "Splitting faces", polygons.faceSizes.size());
     PolygonMesh quads;
     quads.name = polygons.name;
     const auto oldCount = static_cast<uint32_t>(polygons.positions.size());
@@ -98,10 +103,14 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
                 quads.faceVertices.push_back(corner);
         }
         first += n;
+        phase.Add();
     }
+    phase.Finish();
 
     quads.positions.resize(next);
+    JobPhase edgePhase(job, "Placing edge points", edges.size());
     for (const auto& [key, edge] : edges) {
+        edgePhase.Add();
         const Vector a = At(polygons, edge.firstEnd);
         const Vector b = At(polygons, edge.secondEnd);
         quads.positions[edge.vertex] =
@@ -111,12 +120,15 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
         around[edge.firstEnd].borderEnds.push_back(b);
         around[edge.secondEnd].borderEnds.push_back(a);
     }
+    edgePhase.Finish();
     std::size_t quadAt = 0;
     for (std::size_t face = 0; face < facePoints.size(); ++face) {
         quads.positions[quads.faceVertices[quadAt * 4 + 2]] = Plain(facePoints[face]);
         quadAt += polygons.faceSizes[face];
     }
+    JobPhase vertexPhase(job, "Placing vertices", oldCount);
     for (uint32_t v = 0; v < oldCount; ++v) {
+        vertexPhase.Add();
         const Surroundings& s = around[v];
         if (s.around.empty()) continue;
         const Vector p = At(polygons, v);
@@ -127,6 +139,7 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons) {
                       : BorderVertexPointRule(
                             p, ExactSum(s.borderEnds.data(), s.borderEnds.size()), faces));
     }
+    vertexPhase.Finish();
     quads.attributes = SplitIntoQuads(polygons, quads);
     return quads;
 }
@@ -142,31 +155,50 @@ std::string RefinementNote(const PolygonMesh& polygons) {
 void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
                     uint32_t faceCount,
                     uint32_t corners,
-                    Store<uint32_t>& neighbours) {
-    std::vector<HalfEdge> edges;
-    edges.reserve(static_cast<std::size_t>(faceCount) * corners);
-    for (uint32_t face = 0; face < faceCount; ++face) {
+                    uint32_t vertexCount,
+                    Store<uint32_t>& neighbours,
+                    JobControl* job) {
+    JobPhase phase(job, "Finding neighbours", uint64_t{faceCount} * 2 + vertexCount);
+    const auto forEachSide = [&](uint32_t face, const auto& visit) {
         const uint32_t* v = faceVertexIndices.array + face * corners;
-        for (uint32_t k = 0; k < corners; ++k) {
-            const uint32_t a = v[k];
-            const uint32_t b = v[(k + 1) % corners];
-            edges.push_back({EdgeKey(a, b), face * 4 + k, a < b});
-        }
-    }
-    std::sort(edges.begin(), edges.end(), [](const HalfEdge& a, const HalfEdge& b) {
-        return a.key != b.key ? a.key < b.key : a.place < b.place;
-    });
-    FillStore(neighbours, faceCount * corners, openBorder);
+        for (uint32_t k = 0; k < corners; ++k) visit(v[k], v[(k + 1) % corners], face * 4 + k);
+        phase.Add();
+    };
+    // Sides grouped by the lower end of their edge.
+    std::vector<uint32_t> firstOfVertex(std::size_t{vertexCount} + 1, 0);
+    for (uint32_t face = 0; face < faceCount; ++face)
+        forEachSide(face, [&](uint32_t a, uint32_t b, uint32_t) {
+            ++firstOfVertex[std::size_t{std::min(a, b)} + 1];
+        });
+    for (std::size_t v = 0; v < vertexCount; ++v) firstOfVertex[v + 1] += firstOfVertex[v];
+    std::vector<EdgeSide> sides(static_cast<std::size_t>(faceCount) * corners);
+    std::vector<uint32_t> next(firstOfVertex.begin(), firstOfVertex.end() - 1);
+    for (uint32_t face = 0; face < faceCount; ++face)
+        forEachSide(face, [&](uint32_t a, uint32_t b, uint32_t place) {
+            sides[next[std::min(a, b)]++] = {std::max(a, b), place, a < b};
+        });
+    std::vector<uint32_t> found(sides.size(), openBorder);
     const auto slot = [corners](uint32_t place) { return (place >> 2) * corners + (place & 3u); };
-    for (std::size_t i = 0; i < edges.size();) {
-        std::size_t end = i;
-        while (end < edges.size() && edges[end].key == edges[i].key) ++end;
-        if (end - i == 2 && edges[i].rising != edges[i + 1].rising) {
-            neighbours.array[slot(edges[i].place)] = edges[i + 1].place;
-            neighbours.array[slot(edges[i + 1].place)] = edges[i].place;
+    for (std::size_t v = 0; v < vertexCount; ++v) {
+        phase.Add();
+        EdgeSide* const last = sides.data() + firstOfVertex[v + 1];
+        EdgeSide* first = sides.data() + firstOfVertex[v];
+        std::sort(first, last, [](const EdgeSide& a, const EdgeSide& b) {
+            return a.higherEnd != b.higherEnd ? a.higherEnd < b.higherEnd : a.place < b.place;
+        });
+        while (first != last) {
+            EdgeSide* end = first + 1;
+            while (end != last && end->higherEnd == first->higherEnd) ++end;
+            if (end - first == 2 && first[0].rising != first[1].rising) {
+                found[slot(first[0].place)] = first[1].place;
+                found[slot(first[1].place)] = first[0].place;
+            }
+            first = end;
         }
-        i = end;
     }
+    phase.Finish();
+    FillStore(neighbours, faceCount * corners, openBorder);
+    std::copy(found.begin(), found.end(), neighbours.array);
 }
 
 }  // namespace trovik

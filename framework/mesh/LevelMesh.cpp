@@ -35,9 +35,9 @@ void LevelMesh::AllocateVertices(uint32_t count) {
     std::fill_n(vertices.array, count, Vertex{});
 }
 
-void LevelMesh::MakeBaseTables() {
+void LevelMesh::MakeBaseTables(JobControl* job) {
     const uint32_t corners = CornersPerFace();
-    FindNeighbours(faceVertexIndices, faceCount, corners, baseNeighbours);
+    FindNeighbours(faceVertexIndices, faceCount, corners, vertexCount, baseNeighbours, job);
     FillStore(baseVertexFace, vertexCount, openBorder);
     for (uint32_t slot = faceCount * corners; slot-- > 0;)
         baseVertexFace.array[faceVertexIndices.array[slot]] = slot / corners;

@@ -7,6 +7,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 class LevelChange;
 class LevelHierarchy;
 class SculptLayer;
@@ -94,7 +96,8 @@ public:
 
     /// Recomputes all packed normals of the level: per vertex the sum of its faces' FaceNormal,
     /// normalised. Allocates the normals at first use. Cost: O(faces).
-    void ComputeNormals();
+    /// \throw Cancelled; some normals may have changed then.
+    void ComputeNormals(JobControl* job = nullptr);
 
     /// Freeze amount 0 to 127; keeps the count behind FreezeQuery.
     void SetFreeze(uint32_t vertex, uint8_t amount);
@@ -139,7 +142,7 @@ public:
     }
 
     /// The same for some vertices only; gives the bits that ComputeNormals would.
-    void ComputeNormalsOf(const std::vector<uint32_t>& which);
+    void ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job = nullptr);
     /// Appends the faces around a vertex, turning from `face`, which must hold it.
     void FacesAround(uint32_t vertex, uint32_t face, std::vector<uint32_t>& faces);
 
@@ -150,8 +153,8 @@ private:
     void AllocateFaces(uint32_t faces, int32_t type);
     void AllocateVertices(uint32_t count);
     /// What level 0 stores beside its faces: who lies across their sides, and a face of each
-    /// vertex.
-    void MakeBaseTables();
+    /// vertex. \throw Cancelled; the level has no tables then.
+    void MakeBaseTables(JobControl* job = nullptr);
     void DropBaseTables();
     /// Marks a walk; at its end, by return or exception, the observer hears of it.
     class WalkScope;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/jobs/JobPhase.h"
 #include "framework/memory/FilledStore.h"
 #include "framework/memory/SystemMemory.h"
 #include "framework/mesh/LevelMesh.h"
@@ -32,8 +33,9 @@ void LevelMesh::FaceNormal(Vector* out, uint32_t face) {
         *out = (Position(v[1]) - Position(v[0])) & (Position(v[2]) - Position(v[0]));
 }
 
-void LevelMesh::ComputeNormals() {
+void LevelMesh::ComputeNormals(JobControl* job) {
     CountOutsideEdit();
+    JobPhase phase(job, "Computing normals", uint64_t{faceCount} + vertexCount);
     std::vector<Vector> sums(vertexCount);
     const uint32_t corners = CornersPerFace();
     for (uint32_t face = 0; face < faceCount; ++face) {
@@ -41,19 +43,26 @@ void LevelMesh::ComputeNormals() {
         FaceNormal(&normal, face);
         const uint32_t* v = faceVertexIndices.array + face * corners;
         for (uint32_t k = 0; k < corners; ++k) sums[v[k]] += normal;
+        phase.Add();
     }
     if (vertexNormals.fill != vertexCount) {
         ResizeStore(vertexNormals, vertexCount);
         PreferLargePages(vertexNormals.array, uint64_t{vertexCount} * sizeof(PackedNormal));
         std::fill_n(vertexNormals.array, vertexCount, PackedNormal{0, 0, 0, 0});
     }
-    for (uint32_t v = 0; v < vertexCount; ++v) Pack(vertexNormals.array[v], sums[v]);
+    for (uint32_t v = 0; v < vertexCount; ++v) {
+        Pack(vertexNormals.array[v], sums[v]);
+        phase.Add();
+    }
+    phase.Finish();
 }
 
-void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which) {
+void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job) {
     CountOutsideEdit();
+    JobPhase phase(job, "Updating normals", which.size());
     std::vector<uint32_t> faces;
     for (const uint32_t vertex : which) {
+        phase.Add();
         const uint32_t lowest = LowestFaceOf(vertex);
         if (lowest == openBorder) continue;
         faces.clear();
@@ -68,6 +77,7 @@ void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which) {
         }
         Pack(vertexNormals.array[vertex], sum);
     }
+    phase.Finish();
 }
 
 }  // namespace trovik

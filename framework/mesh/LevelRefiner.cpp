@@ -3,8 +3,8 @@
 
 namespace trovik {
 
-LevelRefiner::LevelRefiner(LevelMesh& coarseLevel)
-    : coarse(coarseLevel), corners(coarseLevel.CornersPerFace()) {}
+LevelRefiner::LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl)
+    : coarse(coarseLevel), job(jobControl), corners(coarseLevel.CornersPerFace()) {}
 
 uint32_t LevelRefiner::FineFaceCount() const { return coarse.faceCount * corners; }
 
@@ -31,8 +31,9 @@ void LevelRefiner::RefineTopology(LevelMesh& fine) {
     const auto edgeCorner = [this](uint32_t side) {
         return side * 4 + (corners == 4 ? (side + 1) & 3u : 1u);
     };
+    JobPhase phase(job, "Refining faces", coarse.faceCount);
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
-        AskStop(face);
+        phase.Add();
         uint32_t edge[4];
         for (uint32_t side = 0; side < corners; ++side) {
             const uint32_t neighbour = coarse.QuadEdgeNeighbour(face, side);
@@ -54,6 +55,7 @@ void LevelRefiner::RefineTopology(LevelMesh& fine) {
             corner[(turned + 3) & 3u] = edge[(child + corners - 1) % corners];
         }
     }
+    phase.Finish();
 }
 
 }  // namespace trovik

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
-
-#include <functional>
 
 namespace trovik {
 
@@ -11,12 +10,9 @@ namespace trovik {
 /// CatmullClarkRules.h.
 class LevelRefiner {
 public:
-    explicit LevelRefiner(LevelMesh& coarseLevel);
-
-    /// Thrown out of the refining when whoever waits for it asked to stop.
-    struct Stopped {};
-    /// Asked now and then during the refining; null for nobody. Borrowed.
-    void SetStop(const std::function<bool()>* askedToStop) { stop = askedToStop; }
+    /// \param jobControl  of RefineTopology and RefinePositions, which throw Cancelled; what they
+    /// fill is then incomplete.
+    explicit LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl = nullptr);
 
     uint32_t FineFaceCount() const;
     /// Vertices of the level above. Cost: O(faces).
@@ -33,13 +29,8 @@ public:
 private:
     bool OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const;
 
-    void AskStop(uint32_t at) const {
-        if (stop != nullptr && at % stopInterval == 0 && (*stop)()) throw Stopped();
-    }
-
-    static constexpr uint32_t stopInterval = 1u << 14;
-    const std::function<bool()>* stop = nullptr;
     LevelMesh& coarse;
+    JobControl* job;
     uint32_t corners;
 };
 

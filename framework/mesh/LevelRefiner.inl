@@ -10,16 +10,18 @@ namespace trovik {
 template <typename Place>
 void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vector* positions) {
     LocalRefiner points(coarse, positions);
+    JobPhase phase(
+        job, "Refining positions", uint64_t{coarse.faceCount} * 2 + coarse.VertexCount());
     std::vector<Vector> facePoints(coarse.faceCount);
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
-        AskStop(face);
+        phase.Add();
         facePoints[face] = points.FacePoint(face);
     }
     // Face points and next corners around each vertex. Border vertices depend on their border alone.
     std::vector<RunningSum> around(coarse.VertexCount());
     std::unordered_map<uint32_t, RunningSum> borderEnds;
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
-        AskStop(face);
+        phase.Add();
         const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
         const Vector centre = facePoints[face];
         const uint32_t* children = fine.faceVertexIndices.array + face * corners * 4;
@@ -46,7 +48,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
         }
     }
     for (uint32_t vertex = 0; vertex < coarse.VertexCount(); ++vertex) {
-        AskStop(vertex);
+        phase.Add();
         const Vector p = points.At(vertex);
         const RunningSum& sum = around[vertex];
         const uint32_t faces = sum.Count() / 2;
@@ -64,6 +66,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
                                 : points.VertexPoint(vertex));
         }
     }
+    phase.Finish();
 }
 
 }  // namespace trovik

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/mesh/MeshSource.h"
 
+#include "framework/jobs/JobPhase.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -160,6 +162,45 @@ void PolygonSource::ReadUvs(
     if (uvCount > 0) {
         take(mesh.attributes.uvs);
     }
+}
+
+void ReadVertices(const MeshSource& source,
+                  unsigned parts,
+                  JobControl* job,
+                  const char* phase,
+                  const std::function<void(const VertexBlock&)>& take) {
+    JobPhase progress(job, phase, source.VertexCount(), 1);
+    source.ReadVertices(parts, [&](const VertexBlock& block) {
+        take(block);
+        // Every block but the last is full.
+        progress.Add(MeshSource::blockSize);
+    });
+    progress.Finish();
+}
+
+void ReadFaces(const MeshSource& source,
+               unsigned parts,
+               JobControl* job,
+               const char* phase,
+               const std::function<void(const FaceBlock&)>& take) {
+    JobPhase progress(job, phase, source.FaceCount(), 1);
+    source.ReadFaces(parts, [&](const FaceBlock& block) {
+        take(block);
+        progress.Add(block.sizes.size());
+    });
+    progress.Finish();
+}
+
+void ReadUvs(const MeshSource& source,
+             JobControl* job,
+             const char* phase,
+             const std::function<void(const std::vector<std::array<float, 2>>&)>& take) {
+    JobPhase progress(job, phase, source.UvCount(), 1);
+    source.ReadUvs([&](const std::vector<std::array<float, 2>>& uvs) {
+        take(uvs);
+        progress.Add(uvs.size());
+    });
+    progress.Finish();
 }
 
 PolygonMesh GatherPolygons(const MeshSource& source) {

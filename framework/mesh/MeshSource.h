@@ -11,6 +11,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// A run of vertices, in order. Lists of what was not asked for, or is not there, are empty.
 struct VertexBlock {
     std::vector<std::array<float, 3>> positions;
@@ -156,7 +158,21 @@ std::vector<std::uint32_t> UvsByVertex(const SurfaceAttributes& attributes,
 /// Everything a source hands out, in one piece.
 TROVIK_API PolygonMesh GatherPolygons(const MeshSource& source);
 
-/// Hears of a file that is being written: elements done, and how many there will be.
-using WriteProgress = std::function<void(std::uint64_t done, std::uint64_t total)>;
+/// Reading a source as a phase of a job, reported after each block. \throw Cancelled.
+/// \param phase  a string literal.
+TROVIK_API void ReadVertices(const MeshSource& source,
+                             unsigned parts,
+                             JobControl* job,
+                             const char* phase,
+                             const std::function<void(const VertexBlock&)>& take);
+TROVIK_API void ReadFaces(const MeshSource& source,
+                          unsigned parts,
+                          JobControl* job,
+                          const char* phase,
+                          const std::function<void(const FaceBlock&)>& take);
+TROVIK_API void ReadUvs(const MeshSource& source,
+                        JobControl* job,
+                        const char* phase,
+                        const std::function<void(const std::vector<std::array<float, 2>>&)>& take);
 
 }  // namespace trovik

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/PolygonMesh.h"
 
 #include <algorithm>
@@ -54,7 +55,8 @@ struct EdgeGroups {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> halfEdges;
 };
 
-EdgeGroups GroupByEdge(const CornerRing& ring, std::size_t vertexCount) {
+EdgeGroups GroupByEdge(const CornerRing& ring, std::size_t vertexCount, JobControl* job) {
+    JobPhase phase(job, "Grouping edges", std::uint64_t{ring.Count()} * 2 + vertexCount);
     EdgeGroups groups;
     groups.firstOfVertex.assign(vertexCount + 1, 0);
     const auto lowerEnd = [&ring](std::uint32_t halfEdge) {
@@ -62,6 +64,7 @@ EdgeGroups GroupByEdge(const CornerRing& ring, std::size_t vertexCount) {
     };
     for (std::uint32_t halfEdge = 0; halfEdge < ring.Count(); ++halfEdge) {
         ++groups.firstOfVertex[lowerEnd(halfEdge) + 1];
+        phase.Add();
     }
     for (std::size_t vertex = 0; vertex < vertexCount; ++vertex) {
         groups.firstOfVertex[vertex + 1] += groups.firstOfVertex[vertex];
@@ -71,12 +74,15 @@ EdgeGroups GroupByEdge(const CornerRing& ring, std::size_t vertexCount) {
     for (std::uint32_t halfEdge = 0; halfEdge < ring.Count(); ++halfEdge) {
         const std::uint32_t higherEnd = std::max(ring.Vertex(halfEdge), ring.Head(halfEdge));
         groups.halfEdges[free[lowerEnd(halfEdge)]++] = {higherEnd, halfEdge};
+        phase.Add();
     }
     for (std::size_t vertex = 0; vertex < vertexCount; ++vertex) {
         const auto begin = groups.halfEdges.begin();
         std::sort(begin + static_cast<std::ptrdiff_t>(groups.firstOfVertex[vertex]),
                   begin + static_cast<std::ptrdiff_t>(groups.firstOfVertex[vertex + 1]));
+        phase.Add();
     }
+    phase.Finish();
     return groups;
 }
 
@@ -100,9 +106,12 @@ void ForEachEdge(const EdgeGroups& groups, const Visit& visit) {
 /// For each half-edge the one of the neighbour face, or None at borders and at edges to be split.
 std::vector<std::uint32_t> FindTwins(const CornerRing& ring,
                                      const EdgeGroups& groups,
-                                     ManifoldReport& report) {
+                                     ManifoldReport& report,
+                                     JobControl* job) {
+    JobPhase phase(job, "Pairing edges", groups.halfEdges.size());
     std::vector<std::uint32_t> twins(ring.Count(), None);
     ForEachEdge(groups, [&](std::size_t first, std::size_t last) {
+        phase.Add(last - first);
         if (last - first > 2) {
             ++report.crowdedEdges;
         } else if (last - first == 2) {
@@ -116,6 +125,7 @@ std::vector<std::uint32_t> FindTwins(const CornerRing& ring,
             }
         }
     });
+    phase.Finish();
     return twins;
 }
 
@@ -151,12 +161,15 @@ void WalkFan(const CornerRing& ring,
 /// The fans that do not keep their vertex, ordered by vertex, then by lowest face.
 std::vector<Fan> FindFurtherFans(const CornerRing& ring,
                                  const std::vector<std::uint32_t>& twins,
-                                 std::size_t vertexCount) {
+                                 std::size_t vertexCount,
+                                 JobControl* job) {
+    JobPhase phase(job, "Finding fans", ring.Count());
     std::vector<Fan> further;
     std::vector<bool> cornerSeen(ring.Count(), false);
     std::vector<bool> vertexSeen(vertexCount, false);
     // Corners stand in face order, so that a fan is met first in its lowest face.
     for (std::uint32_t corner = 0; corner < ring.Count(); ++corner) {
+        phase.Add();
         if (cornerSeen[corner]) {
             continue;
         }
@@ -167,6 +180,7 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
         }
         vertexSeen[vertex] = true;
     }
+    phase.Finish();
     std::stable_sort(further.begin(), further.end(), [](const Fan& a, const Fan& b) {
         return a.vertex < b.vertex;
     });
@@ -201,13 +215,13 @@ void FindClosedCuts(const CornerRing& ring, const EdgeGroups& groups, ManifoldRe
 
 }  // namespace
 
-ManifoldReport MakeOrientedManifold(PolygonMesh& mesh) {
+ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* job) {
     ManifoldReport report;
     const std::size_t vertexCount = mesh.positions.size();
     const CornerRing ring(mesh);
-    const EdgeGroups groups = GroupByEdge(ring, vertexCount);
-    const std::vector<std::uint32_t> twins = FindTwins(ring, groups, report);
-    const std::vector<Fan> further = FindFurtherFans(ring, twins, vertexCount);
+    const EdgeGroups groups = GroupByEdge(ring, vertexCount, job);
+    const std::vector<std::uint32_t> twins = FindTwins(ring, groups, report, job);
+    const std::vector<Fan> further = FindFurtherFans(ring, twins, vertexCount, job);
     if (further.size() > std::size_t{None} - 1 - vertexCount) {
         throw HostError(mesh.name + ": splitting the mesh into oriented manifolds takes " +
                         std::to_string(vertexCount + further.size()) +

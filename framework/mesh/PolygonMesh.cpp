@@ -2,6 +2,7 @@
 #include "framework/mesh/PolygonMesh.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/FaceCorners.h"
 
 #include <cmath>
@@ -24,8 +25,9 @@ void CheckCount(std::uint64_t count, const char* what, const std::string& source
     }
 }
 
-void CheckPositions(const PolygonMesh& mesh, const std::string& source) {
+void CheckPositions(const PolygonMesh& mesh, const std::string& source, JobPhase& phase) {
     for (std::size_t vertex = 0; vertex < mesh.positions.size(); ++vertex) {
+        phase.Add();
         for (const float coordinate : mesh.positions[vertex]) {
             if (!std::isfinite(coordinate)) {
                 throw HostError(source + ": the position of vertex " + std::to_string(vertex) +
@@ -35,12 +37,13 @@ void CheckPositions(const PolygonMesh& mesh, const std::string& source) {
     }
 }
 
-void CheckFaces(const PolygonMesh& mesh, const std::string& source) {
+void CheckFaces(const PolygonMesh& mesh, const std::string& source, JobPhase& phase) {
     const auto refuse = [&source](std::size_t face, const std::string& reason) {
         throw HostError(source + ": face " + std::to_string(face) + " (counted from 0) " + reason);
     };
     std::size_t first = 0;
     for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) {
+        phase.Add();
         const std::size_t size = mesh.faceSizes[face];
         if (size < 3) {
             refuse(face, "has " + std::to_string(size) + " corners, but 3 are needed");
@@ -70,7 +73,8 @@ void CheckIndices(const std::vector<std::uint32_t>& indices,
                   std::size_t wantedLength,
                   std::size_t listLength,
                   const char* what,
-                  const std::string& source) {
+                  const std::string& source,
+                  JobControl* job) {
     if (indices.empty()) {
         return;
     }
@@ -79,35 +83,42 @@ void CheckIndices(const std::vector<std::uint32_t>& indices,
                         std::to_string(indices.size()) + " entries in place of " +
                         std::to_string(wantedLength));
     }
+    JobPhase phase(job, "Checking attributes", indices.size());
     for (const std::uint32_t index : indices) {
+        phase.Add();
         if (index != SurfaceAttributes::none && index >= listLength) {
             throw HostError(source + ": the list of " + what + " names number " +
                             std::to_string(index) + " of " + std::to_string(listLength));
         }
     }
+    phase.Finish();
 }
 
 }  // namespace
 
 void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
                             const SurfaceCounts& counts,
-                            const std::string& source) {
+                            const std::string& source,
+                            JobControl* job) {
     CheckCount(attributes.uvs.size(), "texture coordinates", source);
     CheckIndices(attributes.cornerUvs,
                  counts.corners,
                  attributes.uvs.size(),
                  "texture coordinates of corners",
-                 source);
+                 source,
+                 job);
     CheckIndices(attributes.faceGroups,
                  counts.faces,
                  attributes.groupNames.size(),
                  "groups of faces",
-                 source);
+                 source,
+                 job);
     CheckIndices(attributes.faceMaterials,
                  counts.faces,
                  attributes.materialNames.size(),
                  "materials of faces",
-                 source);
+                 source,
+                 job);
     if (!attributes.faceSmoothing.empty() && attributes.faceSmoothing.size() != counts.faces) {
         throw HostError(source + ": the list of smoothing groups of faces has " +
                         std::to_string(attributes.faceSmoothing.size()) + " entries, but " +
@@ -117,14 +128,17 @@ void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
         throw HostError(source + ": " + std::to_string(attributes.colors.size()) + " colours for " +
                         std::to_string(counts.vertices) + " vertices");
     }
-    const auto finite = [](const auto& list) {
+    const auto finite = [job](const auto& list) {
+        JobPhase phase(job, "Checking attributes", list.size());
         for (const auto& entry : list) {
+            phase.Add();
             for (const float number : entry) {
                 if (!std::isfinite(number)) {
                     return false;
                 }
             }
         }
+        phase.Finish();
         return true;
     };
     if (!finite(attributes.uvs)) {
@@ -135,7 +149,7 @@ void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
     }
 }
 
-void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
+void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source, JobControl* job) {
     CheckCount(mesh.positions.size(), "vertices", source);
     CheckCount(mesh.faceSizes.size(), "faces", source);
     CheckCount(mesh.faceVertices.size(), "face corners", source);
@@ -146,11 +160,14 @@ void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source) {
         throw HostError(source + ": " + std::to_string(mesh.normals.size()) + " normals for " +
                         std::to_string(mesh.positions.size()) + " vertices");
     }
-    CheckPositions(mesh, source);
-    CheckFaces(mesh, source);
+    JobPhase phase(job, "Checking the mesh", mesh.positions.size() + mesh.faceSizes.size());
+    CheckPositions(mesh, source, phase);
+    CheckFaces(mesh, source, phase);
+    phase.Finish();
     CheckSurfaceAttributes(mesh.attributes,
                            {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},
-                           source);
+                           source,
+                           job);
 }
 
 }  // namespace trovik

@@ -12,6 +12,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// Polygons as read from or written to a file: mesh-local positions, faces in file order.
 struct PolygonMesh {
     std::vector<std::array<float, 3>> positions;
@@ -60,9 +62,10 @@ struct ManifoldReport {
 /// which run along it in opposite senses, and the faces of each vertex are one fan.
 ///
 /// \param mesh  one that CheckPolygonMesh accepts.
-/// \throw HostError when the copies would be too many vertices to number.
+/// \throw HostError when the copies would be too many vertices to number; Cancelled. The mesh is
+/// unchanged then.
 /// Cost: linear in corners (and the sort of each vertex's edges); about 24 bytes a corner.
-TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh);
+TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* job = nullptr);
 
 /// Checks that a mesh can be sculpted at all, as far as its lists tell.
 ///
@@ -71,8 +74,10 @@ TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh);
 /// included; more than
 /// 2^32 - 2 vertices, faces or corners. Faces and vertices are counted from 0 in the messages.
 /// \param source  what the message begins with, such as the file's path.
-/// \throw HostError naming the first trouble.
-TROVIK_API void CheckPolygonMesh(const PolygonMesh& mesh, const std::string& source);
+/// \throw HostError naming the first trouble; Cancelled.
+TROVIK_API void CheckPolygonMesh(const PolygonMesh& mesh,
+                                 const std::string& source,
+                                 JobControl* job = nullptr);
 
 /// How much there is of a surface.
 struct SurfaceCounts {
@@ -85,6 +90,7 @@ struct SurfaceCounts {
 /// \throw HostError naming the first trouble.
 TROVIK_API void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
                                        const SurfaceCounts& counts,
-                                       const std::string& source);
+                                       const std::string& source,
+                                       JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/multires/AttributeCarrying.h"
 
+#include "framework/jobs/JobPhase.h"
 #include "framework/multires/CoarseFaces.h"
 #include "framework/multires/LevelSource.h"
 
@@ -28,33 +29,40 @@ void Append(std::vector<T>& list, const std::vector<T>& run) {
 
 }  // namespace
 
-SurfaceAttributes AttributesOfLevel(const LevelGeometry& geometry, uint32_t level) {
+SurfaceAttributes AttributesOfLevel(const LevelGeometry& geometry,
+                                    uint32_t level,
+                                    JobControl* job) {
     if (level == 0) return geometry.Attributes();
     LevelSource::Options options;
     options.level = level;
     const LevelSource source(geometry, options);
     SurfaceAttributes refined = NamesOf(geometry.Attributes());
-    source.ReadUvs([&refined](const auto& run) { Append(refined.uvs, run); });
-    source.ReadFaces(MeshSource::Uvs, [&refined](const FaceBlock& block) {
+    constexpr const char* phase = "Refining attributes";
+    ReadUvs(source, job, phase, [&refined](const auto& run) { Append(refined.uvs, run); });
+    ReadFaces(source, MeshSource::Uvs, job, phase, [&refined](const FaceBlock& block) {
         Append(refined.cornerUvs, block.uvIndices);
         Append(refined.faceGroups, block.groups);
         Append(refined.faceMaterials, block.materials);
         Append(refined.faceSmoothing, block.smoothing);
     });
     if (geometry.Attributes().colors.empty()) return refined;
-    source.ReadVertices(MeshSource::Colors, [&refined](const VertexBlock& block) {
+    ReadVertices(source, MeshSource::Colors, job, phase, [&refined](const VertexBlock& block) {
         Append(refined.colors, block.colors);
     });
     return refined;
 }
 
-SurfaceAttributes AttributesOfCoarse(const SurfaceAttributes& fine, const CoarseFaces& coarse) {
+SurfaceAttributes AttributesOfCoarse(const SurfaceAttributes& fine,
+                                     const CoarseFaces& coarse,
+                                     JobControl* job) {
     const FaceRenumbering back = coarse.fineFaces.Inverse();
     SurfaceAttributes attributes = NamesOf(fine);
     if (!fine.cornerUvs.empty()) {
+        JobPhase phase(job, "Fitting attributes", coarse.faceVertices.size());
         std::vector<uint32_t> numbers(fine.uvs.size(), None);
         attributes.cornerUvs.reserve(coarse.faceVertices.size());
         for (uint32_t corner = 0; corner < coarse.faceVertices.size(); ++corner) {
+            phase.Add();
             // One child a corner; a quad's child k has it at corner k, a triangle's at corner 0.
             const uint32_t ofChild = coarse.corners == 4 ? corner & 3u : 0u;
             const uint32_t ofFine = (ofChild + back.turn[corner]) & 3u;
@@ -65,6 +73,7 @@ SurfaceAttributes AttributesOfCoarse(const SurfaceAttributes& fine, const Coarse
             }
             attributes.cornerUvs.push_back(uv == None ? None : numbers[uv]);
         }
+        phase.Finish();
     }
     if (!fine.colors.empty())
         for (const uint32_t vertex : coarse.fineVertices)

@@ -2,6 +2,7 @@
 #include "framework/multires/CoarseFaces.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/PolygonMesh.h"
 
@@ -17,14 +18,16 @@ enum Role : uint8_t { None, OldVertex, EdgeMiddle, FaceMiddle };
 /// Finds for each face which of its corners was a vertex of the coarse mesh.
 class RoleSearch {
 public:
-    RoleSearch(LevelMesh& level, uint32_t corners)
+    RoleSearch(LevelMesh& level, uint32_t corners, JobControl* job)
         : mesh(level),
           coarseCorners(corners),
           faceCounts(level.VertexCount(), 0),
           onBorder(level.VertexCount(), 0),
           roles(level.VertexCount(), None),
-          vertexCorner(level.faceCount, unknown) {
+          vertexCorner(level.faceCount, unknown),
+          phase(job, "Finding coarse faces", uint64_t{level.faceCount} * 2) {
         for (uint32_t face = 0; face < mesh.faceCount; ++face) {
+            phase.Add();
             for (uint32_t k = 0; k < 4; ++k) {
                 ++faceCounts[At(face, k)];
                 if (mesh.QuadEdgeNeighbour(face, k) != openBorder) continue;
@@ -35,9 +38,11 @@ public:
     }
 
     bool Run() {
-        for (uint32_t face = 0; face < mesh.faceCount; ++face)
-            if (vertexCorner[face] == unknown && !FindPart(face)) return false;
-        return true;
+        bool isRefinement = true;
+        for (uint32_t face = 0; isRefinement && face < mesh.faceCount; ++face)
+            isRefinement = vertexCorner[face] != unknown || FindPart(face);
+        phase.Finish();
+        return isRefinement;
     }
 
     uint32_t At(uint32_t face, uint32_t corner) const {
@@ -68,6 +73,7 @@ private:
         part.assign(1, seed);
         vertexCorner[seed] = static_cast<uint8_t>(corner);
         for (std::size_t head = 0; head < part.size(); ++head) {
+            phase.Add();
             const uint32_t face = part[head];
             const uint32_t c = vertexCorner[face];
             for (uint32_t k = 0; k < 4; ++k) {
@@ -110,9 +116,11 @@ private:
     std::vector<Role> roles;
     std::vector<uint8_t> vertexCorner;
     std::vector<uint32_t> part;
+    JobPhase phase;
 };
 
-CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners) {
+CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, JobControl* job) {
+    JobPhase phase(job, "Numbering coarse faces", mesh.faceCount);
     CoarseFaces coarse;
     coarse.corners = corners;
     std::vector<uint32_t> number(mesh.VertexCount(), openBorder);
@@ -126,6 +134,7 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners) 
     coarse.fineFaces.turn.assign(mesh.faceCount, 0);
     uint32_t next = 0;
     for (uint32_t first = 0; first < mesh.faceCount; ++first) {
+        phase.Add();
         if (coarse.fineFaces.face[first] != openBorder) continue;
         uint32_t face = first;
         for (uint32_t k = 0; k < corners; ++k) {
@@ -140,21 +149,22 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners) 
         }
         ++next;
     }
+    phase.Finish();
     return coarse;
 }
 
 /// Whether the faces alone tell a mesh again: edges by their two vertices.
-bool IsMesh(const CoarseFaces& coarse) {
+bool IsMesh(const CoarseFaces& coarse, JobControl* job) {
     PolygonMesh polygons;
     polygons.positions.resize(coarse.fineVertices.size());
     polygons.faceVertices = coarse.faceVertices;
     polygons.faceSizes.assign(coarse.faceVertices.size() / coarse.corners, coarse.corners);
     try {
-        CheckPolygonMesh(polygons, "level 0");
+        CheckPolygonMesh(polygons, "level 0", job);
     } catch (const HostError&) {
         return false;
     }
-    return MakeOrientedManifold(polygons).Untouched();
+    return MakeOrientedManifold(polygons, job).Untouched();
 }
 
 }  // namespace
@@ -183,14 +193,14 @@ FaceRenumbering FaceRenumbering::OfChildren() const {
     return children;
 }
 
-CoarseFaces FindCoarseFaces(LevelMesh& level) {
+CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job) {
     if (level.CornersPerFace() != 4)
         throw HostError("level 0 has triangles, so it is no refinement of a coarser mesh");
     for (const uint32_t corners : {4u, 3u}) {
-        RoleSearch search(level, corners);
+        RoleSearch search(level, corners, job);
         if (!search.Run()) continue;
-        CoarseFaces coarse = Gather(level, search, corners);
-        if (IsMesh(coarse)) return coarse;
+        CoarseFaces coarse = Gather(level, search, corners, job);
+        if (IsMesh(coarse, job)) return coarse;
     }
     throw HostError(
         "the faces of level 0 do not hang together as the refinement of a coarser mesh of quads, "

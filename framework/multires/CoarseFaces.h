@@ -8,6 +8,7 @@
 
 namespace trovik {
 
+class JobControl;
 class LevelMesh;
 
 /// New numbers of faces: face f becomes face[f], its corner c corner (c + turn[f]) mod 4.
@@ -46,14 +47,19 @@ struct CoarseFaces {
 /// two on a border; face points have as many faces as coarse faces have corners. Where several
 /// coarse meshes would do, as on a torus, the one that keeps the lowest vertex of the part's lowest
 /// face wins. A mesh whose numbers come from a refinement keeps them.
-/// \param level  level 0 of its geometry. \throw HostError telling why it is no refinement.
+/// \param level  level 0 of its geometry. \throw HostError telling why it is no refinement;
+/// Cancelled.
 /// Cost: O(faces log faces).
-CoarseFaces FindCoarseFaces(LevelMesh& level);
+CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
 
 /// Positions of a coarse level whose refinement comes closest to the fine level's present ones, by
 /// least squares over all fine vertices (conjugate gradients in double precision, a fixed order of
 /// operations). A fine level that is an exact refinement gives its coarse level back but for
 /// rounding.
-std::vector<Vector> FitCoarsePositions(LevelMesh& coarse, const LevelMesh& fine);
+/// \param finePositions  of the fine level's vertices. \throw Cancelled.
+std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
+                                       const LevelMesh& fine,
+                                       const std::vector<Vector>& finePositions,
+                                       JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
 #include "framework/multires/CoarseFaces.h"
 
@@ -31,9 +32,11 @@ double Dot(const Points& a, const Points& b) {
 /// The Catmull-Clark step as a linear map, and its transpose.
 class RefineMap {
 public:
-    RefineMap(LevelMesh& coarseLevel, const LevelMesh& fineLevel)
+    /// \param jobPhase  polled, for it is not known how many steps the fit takes. Borrowed.
+    RefineMap(LevelMesh& coarseLevel, const LevelMesh& fineLevel, JobPhase& jobPhase)
         : coarse(coarseLevel),
           fine(fineLevel),
+          phase(jobPhase),
           corners(coarseLevel.CornersPerFace()),
           faces(coarseLevel.VertexCount(), 0),
           onBorder(coarseLevel.VertexCount(), 0) {
@@ -116,6 +119,7 @@ private:
     template <typename Visit>
     void ForEachSide(Visit visit) const {
         for (uint32_t f = 0; f < coarse.faceCount; ++f) {
+            phase.Poll();
             for (uint32_t side = 0; side < corners; ++side) {
                 const uint32_t slot = side * 4 + (corners == 4 ? (side + 1) & 3u : 1u);
                 visit(Corner(f, side),
@@ -129,6 +133,7 @@ private:
 
     LevelMesh& coarse;
     const LevelMesh& fine;
+    JobPhase& phase;
     uint32_t corners;
     std::vector<uint32_t> faces;
     std::vector<uint8_t> onBorder;
@@ -140,17 +145,22 @@ constexpr double accuracy = 1e-20;
 
 }  // namespace
 
-std::vector<Vector> FitCoarsePositions(LevelMesh& coarse, const LevelMesh& fine) {
-    const RefineMap map(coarse, fine);
+std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
+                                       const LevelMesh& fine,
+                                       const std::vector<Vector>& finePositions,
+                                       JobControl* job) {
+    // One element for each step.
+    JobPhase phase(job, "Fitting the coarse level", mostIterations);
+    const RefineMap map(coarse, fine, phase);
     // From the fine vertices' own places; what is left over is what the fit has to explain.
     Points x(coarse.VertexCount());
     for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
-        const Vector p = fine.Position(v);
+        const Vector p = finePositions[v];
         x[v] = {p.x, p.y, p.z};
     }
     Points residual = map.Refine(x);
     for (uint32_t v = 0; v < fine.VertexCount(); ++v) {
-        const Vector p = fine.Position(v);
+        const Vector p = finePositions[v];
         residual[v] = {p.x - residual[v].x, p.y - residual[v].y, p.z - residual[v].z};
     }
     Points gradient = map.Transposed(residual);
@@ -165,6 +175,7 @@ std::vector<Vector> FitCoarsePositions(LevelMesh& coarse, const LevelMesh& fine)
         for (std::size_t v = 0; v < x.size(); ++v) x[v].Add(direction[v], f);
         for (std::size_t v = 0; v < residual.size(); ++v) residual[v].Add(step[v], -f);
         gradient = map.Transposed(residual);
+        phase.Add();
         const double next = Dot(gradient, gradient);
         const double keep = next / size;
         size = next;
@@ -174,6 +185,7 @@ std::vector<Vector> FitCoarsePositions(LevelMesh& coarse, const LevelMesh& fine)
             direction[v] = d;
         }
     }
+    phase.Finish();
     std::vector<Vector> positions(coarse.VertexCount());
     for (uint32_t v = 0; v < coarse.VertexCount(); ++v)
         positions[v] = {

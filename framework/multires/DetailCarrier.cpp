@@ -16,10 +16,16 @@ namespace trovik {
 namespace {
 
 /// Vertices whose position differs from the seen one.
-std::vector<uint32_t> Changed(const LevelMesh& level, const std::vector<Vector>& seen) {
+std::vector<uint32_t> Changed(const LevelMesh& level,
+                              const std::vector<Vector>& seen,
+                              JobControl* job) {
     std::vector<uint32_t> changed;
-    for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        if (!SameBits(seen[v], level.Position(v))) changed.push_back(v);
+    JobPhase phase(job, "Finding changes", level.VertexCount());
+    phase.ForEachRun([&](uint64_t first, uint64_t end) {
+        for (auto v = static_cast<uint32_t>(first); v < end; ++v)
+            if (!SameBits(seen[v], level.Position(v))) changed.push_back(v);
+    });
+    phase.Finish();
     return changed;
 }
 
@@ -94,6 +100,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
                                const std::vector<Vector>& seen,
                                std::vector<uint32_t>& scratch,
                                TurnedLayers* layers,
+                               JobPhase& phase,
                                CarriedLevel& carried) {
     const uint32_t corners = coarse.CornersPerFace();
     std::vector<uint32_t> children;
@@ -105,6 +112,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     LocalRefiner after(coarse, nullptr);
     const uint32_t* all = fine.faceVertexIndices.array;
     for (const uint32_t face : faces) {
+        phase.Poll();
         const uint32_t* slots = all + face * corners * 4;
         RefinedPoint& centre = points[slots[2]];
         centre.owner = face;
@@ -122,6 +130,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     }
     for (RefinedPoint& point : points.All()) {
         if (point.vertex >= coarse.VertexCount()) break;
+        phase.Poll();
         point.move.before = before.VertexPoint(point.vertex);
         point.move.after = after.VertexPoint(point.vertex);
     }
@@ -130,6 +139,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     const auto forEachFace = [&](auto&& visit) {
         for (const uint32_t child : children) {
             RefinedPoint* corner[4];
+            phase.Poll();
             for (uint32_t k = 0; k < 4; ++k) corner[k] = &points[all[child * 4 + k]];
             visit(corner);
         }
@@ -168,6 +178,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
 
     for (RefinedPoint& point : points.All()) {
         if (!point.touched || point.owner < firstOwner || point.owner > lastOwner) continue;
+        phase.Poll();
         ++counts.turned;
         point.move.turn.CloseEdges();
         const Vector place = point.move.Carried(fine.Position(point.vertex));
@@ -176,19 +187,21 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     }
 }
 
-CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* layers) {
-    CarriedLevel carried;
+void DetailCarrier::Up(const std::vector<Vector>& seen,
+                       TurnedLayers* layers,
+                       CarriedLevel& carried) {
     carried.level = static_cast<uint32_t>(fine.Index());
-    const std::vector<uint32_t> changed = Changed(coarse, seen);
-    if (changed.empty()) return carried;
+    const std::vector<uint32_t> changed = Changed(coarse, seen, job);
+    if (changed.empty()) return;
 
     // Refined points change in the faces around a changed vertex. Their surroundings turn, so the
     // turns of one more ring are found from the points of all these faces.
     const std::vector<uint32_t> faces =
         FacesAt(coarse, CornersOf(coarse, FacesAt(coarse, changed)));
+    JobPhase phase(job, "Carrying details up", faces.size());
     if (faces.size() <= batchFaces) {
         std::vector<uint32_t> scratch;
-        CarryFaces(faces, 0, openBorder, seen, scratch, layers, carried);
+        CarryFaces(faces, 0, openBorder, seen, scratch, layers, phase, carried);
     } else {
         std::vector<uint32_t> scratch(fine.VertexCount());
         for (std::size_t first = 0; first < faces.size(); first += batchFaces) {
@@ -201,9 +214,12 @@ CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* la
                        seen,
                        scratch,
                        layers,
+                       phase,
                        carried);
+            phase.Add(batch.size());
         }
     }
+    phase.Finish();
     // A vertex of no face has no surface to turn with.
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
@@ -212,16 +228,14 @@ CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* la
         if (layers != nullptr) layers->Turn(vertex, place, move);
         MoveVertex(fine, vertex, place, carried);
     }
-    RefreshNormals(fine, carried);
+    RefreshNormals(fine, carried, job);
     if (layers != nullptr) layers->Finish();
-    return carried;
 }
 
-CarriedLevel DetailCarrier::Down(const std::vector<Vector>& seen) {
-    CarriedLevel carried;
+void DetailCarrier::Down(const std::vector<Vector>& seen, CarriedLevel& carried) {
     carried.level = static_cast<uint32_t>(coarse.Index());
-    const std::vector<uint32_t> changed = Changed(fine, seen);
-    if (changed.empty()) return carried;
+    const std::vector<uint32_t> changed = Changed(fine, seen, job);
+    if (changed.empty()) return;
 
     const uint32_t corners = coarse.CornersPerFace();
     std::vector<uint32_t> faces = FacesAt(fine, changed);
@@ -230,7 +244,10 @@ CarriedLevel DetailCarrier::Down(const std::vector<Vector>& seen) {
     const auto moveOf = [&](uint32_t vertex) { return fine.Position(vertex) - seen[vertex]; };
     const uint32_t* all = fine.faceVertexIndices.array;
     std::vector<uint32_t> around;
-    for (const uint32_t vertex : CornersOf(coarse, faces)) {
+    const std::vector<uint32_t> fitted = CornersOf(coarse, faces);
+    JobPhase phase(job, "Carrying changes down", fitted.size());
+    for (const uint32_t vertex : fitted) {
+        phase.Add();
         ++counts.fitted;
         FacesAt(coarse, vertex, around);
         Vector edges;
@@ -265,25 +282,30 @@ CarriedLevel DetailCarrier::Down(const std::vector<Vector>& seen) {
         if (move == Vector()) continue;
         MoveVertex(coarse, vertex, coarse.Position(vertex) + move, carried);
     }
+    phase.Finish();
     for (const uint32_t vertex : changed) {
         if (vertex >= coarse.VertexCount() || coarse.LowestFaceOf(vertex) != openBorder) continue;
         MoveVertex(coarse, vertex, coarse.Position(vertex) + moveOf(vertex), carried);
     }
-    RefreshNormals(coarse, carried);
-    return carried;
+    RefreshNormals(coarse, carried, job);
 }
 
-void DetailCarrier::RefreshNormals(LevelMesh& level, CarriedLevel& carried) {
-    const std::vector<uint32_t> touched = CornersOf(level, FacesAt(level, carried.vertices));
-    std::vector<PackedNormal> before(touched.size());
+void DetailCarrier::RefreshNormals(LevelMesh& level, CarriedLevel& carried, JobControl* job) {
+    std::vector<uint32_t>& touched = carried.normalVertices;
+    std::vector<PackedNormal>& before = carried.normalsBefore;
+    touched = CornersOf(level, FacesAt(level, carried.vertices));
+    before.resize(touched.size());
     for (std::size_t i = 0; i < touched.size(); ++i)
         before[i] = level.vertexNormals.array[touched[i]];
-    level.ComputeNormalsOf(touched);
+    level.ComputeNormalsOf(touched, job);
+    std::size_t kept = 0;
     for (std::size_t i = 0; i < touched.size(); ++i) {
         if (SameBits(before[i], level.vertexNormals.array[touched[i]])) continue;
-        carried.normalVertices.push_back(touched[i]);
-        carried.normalsBefore.push_back(before[i]);
+        touched[kept] = touched[i];
+        before[kept++] = before[i];
     }
+    touched.resize(kept);
+    before.resize(kept);
     carried.vertices.shrink_to_fit();
     carried.positionsBefore.shrink_to_fit();
     carried.normalVertices.shrink_to_fit();

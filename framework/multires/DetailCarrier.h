@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
 #include "framework/multires/LevelSwitch.h"
 
@@ -33,20 +34,25 @@ namespace trovik {
 /// lies around its changes.
 class DetailCarrier {
 public:
-    DetailCarrier(LevelMesh& coarseLevel, LevelMesh& fineLevel, CarryCounts& work)
-        : coarse(coarseLevel), fine(fineLevel), counts(work) {}
+    /// \param jobControl  of Up and Down, which throw Cancelled; `carried` then lists what they
+    /// changed.
+    DetailCarrier(LevelMesh& coarseLevel,
+                  LevelMesh& fineLevel,
+                  CarryCounts& work,
+                  JobControl* jobControl = nullptr)
+        : coarse(coarseLevel), fine(fineLevel), counts(work), job(jobControl) {}
 
     /// \param seen  positions of the coarse level as the fine one knows them, one a vertex.
     /// \param layers  those of the fine level; null where it has none.
-    /// \return what happened to the fine level's surface.
-    CarriedLevel Up(const std::vector<Vector>& seen, TurnedLayers* layers);
+    /// \param carried  receives what happened to the fine level's surface.
+    void Up(const std::vector<Vector>& seen, TurnedLayers* layers, CarriedLevel& carried);
     /// \param seen  positions of the fine level as the coarse one knows them, one a vertex.
-    /// \return what happened to the coarse level.
-    CarriedLevel Down(const std::vector<Vector>& seen);
+    /// \param carried  receives what happened to the coarse level.
+    void Down(const std::vector<Vector>& seen, CarriedLevel& carried);
 
     /// Brings the normals of these vertices and of their faces' other corners up to date, and
-    /// takes down what they were.
-    static void RefreshNormals(LevelMesh& level, CarriedLevel& carried);
+    /// records what they were. \throw Cancelled; `carried` then has them all.
+    static void RefreshNormals(LevelMesh& level, CarriedLevel& carried, JobControl* job = nullptr);
 
 private:
     /// Moves those fine vertices whose lowest coarse face lies from firstOwner to lastOwner; all
@@ -57,12 +63,14 @@ private:
                     const std::vector<Vector>& seen,
                     std::vector<uint32_t>& scratch,
                     TurnedLayers* layers,
+                    JobPhase& phase,
                     CarriedLevel& carried);
     void MoveVertex(LevelMesh& level, uint32_t vertex, const Vector& to, CarriedLevel& carried);
 
     LevelMesh& coarse;
     LevelMesh& fine;
     CarryCounts& counts;
+    JobControl* job;
 };
 
 }  // namespace trovik

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/multires/FreezeCarrying.h"
 
+#include "framework/jobs/JobPhase.h"
+
 namespace trovik {
 
 namespace {
@@ -8,7 +10,8 @@ namespace {
 /// Sets amounts of a level and takes down what they were.
 class FreezeSetter {
 public:
-    explicit FreezeSetter(LevelMesh& changedLevel) : level(changedLevel) {
+    FreezeSetter(LevelMesh& changedLevel, CarriedLevel& changes)
+        : level(changedLevel), carried(changes) {
         carried.level = static_cast<uint32_t>(level.Index());
     }
     void Set(uint32_t vertex, uint32_t amount) {
@@ -18,15 +21,14 @@ public:
         carried.freezeBefore.push_back(before);
         level.SetFreeze(vertex, static_cast<uint8_t>(amount));
     }
-    CarriedLevel Take() {
+    void Finish() {
         carried.freezeVertices.shrink_to_fit();
         carried.freezeBefore.shrink_to_fit();
-        return std::move(carried);
     }
 
 private:
     LevelMesh& level;
-    CarriedLevel carried;
+    CarriedLevel& carried;
 };
 
 /// The points that the refinement of one coarse face makes, and their amounts.
@@ -64,21 +66,30 @@ private:
 
 }  // namespace
 
-void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine) {
+void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine, JobControl* job) {
     if (coarse.FrozenVertexCount() == 0) return;
+    JobPhase phase(job, "Refining the mask", coarse.faceCount);
     for (uint32_t v = 0; v < coarse.VertexCount(); ++v) fine.SetFreeze(v, coarse.Freeze(v));
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
+        phase.Add();
         const FaceFreeze points(coarse, fine, face);
         for (uint32_t side = 0; side < points.Corners(); ++side)
             fine.SetFreeze(points.EdgePoint(side), static_cast<uint8_t>(points.EdgeAmount(side)));
         fine.SetFreeze(points.FacePoint(), static_cast<uint8_t>(points.FaceAmount()));
     }
+    phase.Finish();
 }
 
-CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen) {
-    FreezeSetter setter(fine);
+void CarryFreezeUp(LevelMesh& coarse,
+                   LevelMesh& fine,
+                   const std::vector<uint8_t>& seen,
+                   CarriedLevel& carried,
+                   JobControl* job) {
+    FreezeSetter setter(fine, carried);
+    JobPhase phase(job, "Carrying the mask up", coarse.VertexCount());
     std::vector<uint32_t> around;
     for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
+        phase.Add();
         if (coarse.Freeze(v) == seen[v]) continue;
         setter.Set(v, coarse.Freeze(v));
         const uint32_t lowest = coarse.LowestFaceOf(v);
@@ -96,14 +107,23 @@ CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const std::vector
             setter.Set(points.FacePoint(), points.FaceAmount());
         }
     }
-    return setter.Take();
+    phase.Finish();
+    setter.Finish();
 }
 
-CarriedLevel CarryFreezeDown(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen) {
-    FreezeSetter setter(coarse);
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v)
+void CarryFreezeDown(LevelMesh& coarse,
+                     LevelMesh& fine,
+                     const std::vector<uint8_t>& seen,
+                     CarriedLevel& carried,
+                     JobControl* job) {
+    FreezeSetter setter(coarse, carried);
+    JobPhase phase(job, "Carrying the mask down", coarse.VertexCount());
+    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
+        phase.Add();
         if (fine.Freeze(v) != seen[v]) setter.Set(v, fine.Freeze(v));
-    return setter.Take();
+    }
+    phase.Finish();
+    setter.Finish();
 }
 
 }  // namespace trovik

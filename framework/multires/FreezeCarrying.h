@@ -21,15 +21,26 @@ namespace trovik {
 /// keep theirs. So going down and up again without a change leaves every amount as it was.
 
 /// All amounts of `fine`, which has none yet, by those of `coarse`.
-void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine);
+/// \throw Cancelled.
+void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine, JobControl* job = nullptr);
 
 /// \param seen  amounts of the coarse level as the fine one knows them, one a vertex.
-/// \return what happened to the fine level. Cost: comparing the coarse level with `seen`, and what
+/// \param carried  receives what happened to the fine level, also when it throws. \throw Cancelled.
+/// Cost: comparing the coarse level with `seen`, and what
 /// lies around the changes.
-CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen);
+void CarryFreezeUp(LevelMesh& coarse,
+                   LevelMesh& fine,
+                   const std::vector<uint8_t>& seen,
+                   CarriedLevel& carried,
+                   JobControl* job = nullptr);
 
 /// \param seen  amounts of the fine level as the coarse one knows them, one a vertex.
-/// \return what happened to the coarse level. Cost: O(vertices of the coarse level).
-CarriedLevel CarryFreezeDown(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen);
+/// \param carried  receives what happened to the coarse level, also when it throws.
+/// \throw Cancelled. Cost: O(vertices of the coarse level).
+void CarryFreezeDown(LevelMesh& coarse,
+                     LevelMesh& fine,
+                     const std::vector<uint8_t>& seen,
+                     CarriedLevel& carried,
+                     JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -25,10 +25,11 @@ constexpr uint64_t mostElements = 0xfffffffeu;
 
 }  // namespace
 
-LevelGeometry::LevelGeometry(const PolygonMesh& polygons) : layers(std::make_unique<LayerStack>()) {
+LevelGeometry::LevelGeometry(const PolygonMesh& polygons, JobControl* job)
+    : layers(std::make_unique<LayerStack>()) {
     history.SetGuard([this](const std::string& action) { RefuseInStroke(action); });
-    CheckPolygonMesh(polygons, polygons.name.empty() ? "mesh" : polygons.name);
-    PolygonMesh uniform = ToUniformFaces(polygons);
+    CheckPolygonMesh(polygons, polygons.name.empty() ? "mesh" : polygons.name, job);
+    PolygonMesh uniform = ToUniformFaces(polygons, job);
     attributes = std::move(uniform.attributes);
     auto base = std::unique_ptr<LevelMesh>(new LevelMesh(this, 0));
     const auto faces = static_cast<uint32_t>(uniform.faceSizes.size());
@@ -40,8 +41,8 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons) : layers(std::make_uni
         const auto& p = uniform.positions[v];
         base->SetPosition(v, {p[0], p[1], p[2]});
     }
-    base->MakeBaseTables();
-    base->ComputeNormals();
+    base->MakeBaseTables(job);
+    base->ComputeNormals(job);
     base->SetName(QString::fromStdString(polygons.name));
     levels.push_back(std::move(base));
     seen.emplace_back();
@@ -78,7 +79,17 @@ trovik::Transformation* LevelGeometry::Transformation() const {
 }
 
 uint64_t LevelGeometry::CountNextLevelVertices() const {
-    return LevelRefiner(*levels.back()).CountFineVertices();
+    return uint64_t{levels.back()->VertexCount()} + levels.back()->faceCount + CountEdges();
+}
+
+// A refinement has an edge for each half of an edge below it, and one for each corner of a face.
+uint64_t LevelGeometry::CountEdges() const {
+    const LevelMesh& base = *levels.front();
+    uint64_t edges =
+        LevelRefiner(*levels.front()).CountFineVertices() - base.VertexCount() - base.faceCount;
+    for (uint32_t i = 0; i + 1 < LevelCount(); ++i)
+        edges = 2 * edges + uint64_t{levels[i]->faceCount} * levels[i]->CornersPerFace();
+    return edges;
 }
 
 void LevelGeometry::RefuseInStroke(const std::string& action) const {
@@ -96,12 +107,10 @@ bool LevelGeometry::FindMirror() {
     return mirror != nullptr;
 }
 
-std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(const std::function<bool()>* stop) const {
+std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(JobControl* job) const {
     LevelMesh& coarse = *levels.back();
-    LevelRefiner refiner(coarse);
-    refiner.SetStop(stop);
     const uint64_t faces = static_cast<uint64_t>(coarse.faceCount) * coarse.CornersPerFace();
-    const uint64_t vertices = refiner.CountFineVertices();
+    const uint64_t vertices = CountNextLevelVertices();
     CheckForecast(1, std::numeric_limits<uint64_t>::max());
     auto* owner = const_cast<LevelGeometry*>(this);
     auto fine = std::unique_ptr<LevelMesh>(new LevelMesh(owner, static_cast<int>(levels.size())));
@@ -120,37 +129,32 @@ std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(const std::function<bool()>*
                         " faces needs more memory than there is");
     }
     std::fill_n(fine->vertexNormals.array, fine->vertexCount, PackedNormal{0, 0, 0, 0});
-    refiner.RefineTopology(*fine);
+    LevelRefiner(coarse, job).RefineTopology(*fine);
     return fine;
 }
 
-LevelMesh& LevelGeometry::AddLevel() {
-    levels.push_back(MakeLevel(nullptr));
+LevelMesh& LevelGeometry::AddLevel(JobControl* job) {
+    levels.push_back(MakeLevel(job));
     seen.emplace_back();
     return *levels.back();
 }
 
-bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
-    CheckForecast(1, options.byteBudget);
-    LevelSwitch before = SwitchLevel(LevelCount() - 1);
+void LevelGeometry::Subdivide(uint64_t byteBudget, JobControl* job) {
+    CheckForecast(1, byteBudget);
+    LevelSwitch before = SwitchLevel(LevelCount() - 1, job);
     LevelMesh& coarse = *levels.back();
     std::unique_ptr<LevelMesh> made;
     try {
-        const std::function<bool()>* stop = options.stop ? &options.stop : nullptr;
-        made = MakeLevel(stop);
+        made = MakeLevel(job);
         LevelMesh& target = *made;
-        LevelRefiner refiner(coarse);
-        refiner.SetStop(stop);
-        refiner.RefinePositions(target, [&target](uint32_t vertex, const Vector& position) {
-            target.SetPosition(vertex, position);
-        });
-        CarryAllFreeze(coarse, target);
-        target.ComputeNormals();
-    } catch (const LevelRefiner::Stopped&) {
-        Exchange(before);
-        return false;
+        LevelRefiner(coarse, job)
+            .RefinePositions(target, [&target](uint32_t vertex, const Vector& position) {
+                target.SetPosition(vertex, position);
+            });
+        CarryAllFreeze(coarse, target, job);
+        target.ComputeNormals(job);
     } catch (...) {
-        Exchange(before);
+        Revert(before);
         throw;
     }
     levels.push_back(std::move(made));
@@ -161,7 +165,6 @@ bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
     seen[bound].freezeFromAbove.clear();
     bound = LevelCount() - 1;
     KeepSeen(bound);
-    return true;
 }
 
 LevelForecast LevelGeometry::Forecast(uint32_t times) const {
@@ -169,7 +172,7 @@ LevelForecast LevelGeometry::Forecast(uint32_t times) const {
     uint64_t corners = top.CornersPerFace();
     uint64_t faces = top.faceCount;
     uint64_t vertices = top.VertexCount();
-    uint64_t edges = LevelRefiner(*levels.back()).CountFineVertices() - vertices - faces;
+    uint64_t edges = CountEdges();
     LevelForecast forecast;
     for (uint32_t i = 0; i < times && faces <= mostElements; ++i) {
         vertices += edges + faces;

@@ -3,9 +3,9 @@
 
 #include "framework/history/UndoHistory.h"
 #include "framework/math/Placement.h"
+#include "framework/mesh/LevelForecast.h"
 #include "framework/mesh/LevelHierarchy.h"
 #include "framework/mesh/PolygonMesh.h"
-#include "framework/mesh/SubdivideOptions.h"
 #include "framework/mesh/TopologicalMirror.h"
 #include "framework/multires/CoarseFaces.h"
 #include "framework/multires/LevelSwitch.h"
@@ -24,8 +24,9 @@ class TROVIK_API LevelGeometry : public LevelHierarchy {
 public:
     /// Level 0 is what was imported, quads or triangles; a mesh with other faces (or with both)
     /// gets one Catmull-Clark step, and that result is level 0. The faces must form oriented
-    /// manifolds, possibly open (MakeOrientedManifold). \throw HostError naming what is wrong.
-    explicit LevelGeometry(const PolygonMesh& polygons);
+    /// manifolds, possibly open (MakeOrientedManifold). \throw HostError naming what is wrong;
+    /// Cancelled.
+    explicit LevelGeometry(const PolygonMesh& polygons, JobControl* job = nullptr);
     ~LevelGeometry() override;
 
     SubdivisionLevel* LowestLevel() const override;
@@ -45,11 +46,12 @@ public:
 
     /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
     /// it. Freeze amounts are carried up.
-    /// \return false when `options.stop` answered true; nothing has changed then.
+    /// \param byteBudget  bytes that the new level may take.
     /// \throw HostError when the level would pass 2^32 - 2 vertices or faces or the byte budget, or
-    /// when the accounted memory refuses; nothing has changed then.
-    bool Subdivide(const SubdivideOptions& options = {});
-    /// What `times` more levels would hold. Cost: O(faces) of the highest level.
+    /// when the accounted memory refuses; Cancelled. Nothing has changed then.
+    void Subdivide(uint64_t byteBudget = unlimitedBytes, JobControl* job = nullptr);
+    static constexpr uint64_t unlimitedBytes = ~uint64_t{0};
+    /// What `times` more levels would hold. Cost: O(faces) of level 0.
     LevelForecast Forecast(uint32_t times = 1) const;
     /// \param furtherBytes  what the caller needs besides the levels once they exist, such as the
     /// memory of a render.
@@ -65,17 +67,18 @@ public:
     /// changes.
     /// \return what happened to levels on the way.
     std::vector<CarriedLevel> BindLevel(uint32_t index);
-    /// The same, and answers what Exchange needs to go back.
-    LevelSwitch SwitchLevel(uint32_t index);
+    /// The same, and returns what Exchange needs to go back. \throw Cancelled; every bit of every
+    /// level is then as it was.
+    LevelSwitch SwitchLevel(uint32_t index, JobControl* job = nullptr);
     /// Each level below the bound one takes the bound level's shape: a vertex goes to where the
     /// bound level has it. The bound level and those above keep their bits; what the refinement of
-    /// the new shape cannot show is their detail.
-    LevelSwitch ApplyToLowerLevels();
+    /// the new shape cannot show is their detail. \throw Cancelled as SwitchLevel.
+    LevelSwitch ApplyToLowerLevels(JobControl* job = nullptr);
     /// Swaps the present state of the levels with the one that `other` tells, bit for bit. The
     /// state must be that which came from it, or the one before.
     void Exchange(LevelSwitch& other);
     /// How the levels know each other now, and which is bound; for Exchange.
-    LevelSwitch StateOfSwitch() const;
+    LevelSwitch StateOfSwitch(JobControl* job = nullptr) const;
     const CarryCounts& CarryWork() const { return carryWork; }
 
     /// Levels that were taken out of the geometry, which still owns all else.
@@ -88,8 +91,8 @@ public:
     /// Takes out the levels above level `kept`, or with `lower` those below it, which then is level
     /// 0; a mirror that was found goes on by its faces, and what the old level 0 carried is refined
     /// to it. The bound level must stay.
-    /// \throw HostError while a stroke is open; nothing has changed then.
-    TakenLevels TakeLevels(bool lower, uint32_t kept);
+    /// \throw HostError while a stroke is open; Cancelled. Nothing has changed then.
+    TakenLevels TakeLevels(bool lower, uint32_t kept, JobControl* job = nullptr);
     /// Puts back what TakeLevels took, when the rest is as it was then.
     void PutLevels(TakenLevels taken);
 
@@ -105,17 +108,20 @@ public:
     /// the surface carries (AttributesOfCoarse). \param coarse  found for the present level 0 by
     /// FindCoarseFaces; is completed. \param known  what TakeCoarserBase answered; null for a level
     /// fitted to the present one. \return what was before. \throw HostError while a stroke is open;
-    /// nothing has changed then.
-    OfOldBase PutCoarserBase(CoarseFaces& coarse, std::unique_ptr<LevelMesh> known = nullptr);
+    /// Cancelled. Nothing has changed then.
+    OfOldBase PutCoarserBase(CoarseFaces& coarse,
+                             std::unique_ptr<LevelMesh> known = nullptr,
+                             JobControl* job = nullptr);
     /// Takes level 0 out again and numbers the levels as they were. Where there is a mirror, the
     /// old one takes its place.
     std::unique_ptr<LevelMesh> TakeCoarserBase(const CoarseFaces& coarse, OfOldBase old);
 
-    /// Number of vertices that one more level would have. Cost: O(faces).
+    /// Number of vertices that one more level would have. Cost: O(faces) of level 0.
     uint64_t CountNextLevelVertices() const;
     /// Adds a level on top with its topology alone, for who brings its content: positions, normals
-    /// and freeze amounts are zero, and no other level is bound. \throw HostError as Subdivide.
-    LevelMesh& AddLevel();
+    /// and freeze amounts are zero, and no other level is bound. \throw HostError and Cancelled as
+    /// Subdivide.
+    LevelMesh& AddLevel(JobControl* job = nullptr);
     /// Positions of level `index` as the level above last saw them; empty while unchanged since.
     const std::vector<Vector>& SeenPositions(uint32_t index) const { return seen[index].fromAbove; }
     /// Positions of level `index` as the level below last saw them; empty while unchanged since.
@@ -164,22 +170,46 @@ public:
     void LevelDestroyed(LevelMesh& level) override;
 
 private:
-    std::unique_ptr<LevelMesh> MakeLevel(const std::function<bool()>* stop) const;
+    std::unique_ptr<LevelMesh> MakeLevel(JobControl* job) const;
+    /// Of the highest level.
+    uint64_t CountEdges() const;
+    /// BindLevel, which adds to `carried` what it does as it does it. \throw Cancelled; Revert
+    /// then restores the levels.
+    void CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
+    /// Restores the state before a switch that was cancelled.
+    void Revert(LevelSwitch& before);
+    /// ApplyToLowerLevels, as CarryTo.
+    void ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobControl* job);
+    void SwapCarried(std::vector<CarriedLevel>& carried);
+    void RestoreSeen(const LevelSwitch& state);
     /// Takes down what the neighbours know of level `index`, before it can change.
     void KeepSeen(uint32_t index);
     /// Forgets what was taken down of a level that did not change.
     void DropUnchanged(uint32_t index);
-    void CarryUp(uint32_t index, std::vector<CarriedLevel>& carried);
-    void CarryDown(uint32_t index, std::vector<CarriedLevel>& carried);
-    void CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried);
-    void CarryFreezeDown(uint32_t index, std::vector<CarriedLevel>& carried);
+    void CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
+    void CarryDown(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
+    void CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
+    void CarryFreezeDown(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
     void Renumber(uint32_t index,
                   const std::vector<uint32_t>& vertexMap,
                   const std::vector<uint32_t>& faceMap);
-    /// Numbers the levels from `first` on by the one below it. \return the first's new numbers.
-    std::vector<uint32_t> RenumberLevels(uint32_t first,
-                                         FaceRenumbering faces,
-                                         std::vector<uint32_t> lowerMap);
+    /// New numbers of a level's vertices and faces.
+    struct LevelNumbers {
+        std::vector<uint32_t> vertexMap;
+        std::vector<uint32_t> faceMap;
+    };
+    /// Numbers the levels from `first` on by the one below it. The faces of the levels name the new
+    /// vertices afterwards; RenumberLevels brings everything else to its new numbers.
+    /// \param facesBefore  receives the faces of each level before it changes; null: not kept.
+    std::vector<LevelNumbers> RefineNumbers(uint32_t first,
+                                            FaceRenumbering faces,
+                                            std::vector<uint32_t> lowerMap,
+                                            std::vector<std::vector<uint32_t>>* facesBefore,
+                                            JobControl* job);
+    /// Positions, mask and normals of a new level 0 that is fitted to level 1.
+    /// \param fineMap  new numbers of the vertices of level 1.
+    void FitBase(const CoarseFaces& coarse, const std::vector<uint32_t>& fineMap, JobControl* job);
+    void RenumberLevels(uint32_t first, const std::vector<LevelNumbers>& numbers);
     void NumberLevels();
     /// Below level 0 there is nobody.
     void ForgetFromBelow();

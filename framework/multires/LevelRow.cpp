@@ -2,6 +2,7 @@
 
 /// \file
 /// Levels that come into a geometry's row and go out of it, at either end.
+#include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/mesh/LevelRefiner.h"
 #include "framework/multires/AttributeCarrying.h"
@@ -26,12 +27,16 @@ void Permute(T* elements, std::size_t count, const std::vector<uint32_t>& map) {
 
 /// Where the children of the bound level's ancestors lie across, told for faces of that level.
 std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror,
-                                                 const LevelMesh& level) {
+                                                 const LevelMesh& level,
+                                                 JobControl* job) {
+    JobPhase phase(job, "Finding mirrored faces", level.faceCount);
     std::vector<uint32_t> images(level.faceCount, openBorder);
     for (uint32_t face = 0; face < level.faceCount; ++face) {
+        phase.Add();
         const auto across = mirror.Across(static_cast<uint32_t>(level.Index()), face, 0);
         if (across) images[face] = across->face * 4 + across->corner;
     }
+    phase.Finish();
     return TopologicalMirror::FromImages(level, std::move(images));
 }
 
@@ -39,10 +44,13 @@ std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror
 /// whose child lies across from its first.
 std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirror,
                                                   const CoarseFaces& coarse,
-                                                  const LevelMesh& coarseLevel) {
+                                                  const LevelMesh& coarseLevel,
+                                                  JobControl* job) {
+    JobPhase phase(job, "Finding mirrored faces", coarseLevel.faceCount);
     const FaceRenumbering back = coarse.fineFaces.Inverse();
     std::vector<uint32_t> images(coarseLevel.faceCount, openBorder);
     for (uint32_t face = 0; face < coarseLevel.faceCount; ++face) {
+        phase.Add();
         // The refinement has the vertex of its child 0 at corner 0.
         const uint32_t fineFace = back.face[face * coarse.corners];
         const auto across = mirror.Across(0, fineFace, back.turn[face * coarse.corners]);
@@ -53,6 +61,7 @@ std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirro
         if (corner != (coarse.corners == 4 ? child : 0u)) return nullptr;
         images[face] = image / coarse.corners * 4 + child;
     }
+    phase.Finish();
     return TopologicalMirror::FromImages(coarseLevel, std::move(images));
 }
 
@@ -75,7 +84,7 @@ void LevelGeometry::ForgetFromBelow() {
     std::vector<uint8_t>().swap(seen[0].freezeFromBelow);
 }
 
-LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) {
+LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept, JobControl* job) {
     RefuseInStroke("taking levels out");
     TakenLevels taken;
     taken.lower = lower;
@@ -83,11 +92,14 @@ LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) 
     const auto middle = levels.begin() + kept;
     const auto first = lower ? levels.begin() : middle + 1;
     const auto last = lower ? middle : levels.end();
-    if (lower && kept > 0)
-        taken.attributes = std::exchange(attributes, AttributesOfLevel(*this, kept));
-    if (lower && mirror != nullptr && kept > 0) {
-        auto ofLevel = MirrorOfLevel(*mirror, *levels[kept]);
-        taken.mirror = std::exchange(mirror, std::move(ofLevel));
+    if (lower && kept > 0) {
+        SurfaceAttributes ofLevel = AttributesOfLevel(*this, kept, job);
+        std::unique_ptr<TopologicalMirror> mirrorOfLevel;
+        if (mirror != nullptr) mirrorOfLevel = MirrorOfLevel(*mirror, *levels[kept], job);
+        // The last that can be cancelled.
+        levels[kept]->MakeBaseTables(job);
+        taken.attributes = std::exchange(attributes, std::move(ofLevel));
+        if (mirror != nullptr) taken.mirror = std::exchange(mirror, std::move(mirrorOfLevel));
     }
     const auto firstSeen = seen.begin() + std::distance(levels.begin(), first);
     seen.erase(firstSeen, firstSeen + std::distance(first, last));
@@ -95,7 +107,6 @@ LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) 
     levels.erase(first, last);
     if (lower) {
         bound -= kept;
-        if (!taken.levels.empty()) levels[0]->MakeBaseTables();
         ForgetFromBelow();
     } else {
         std::vector<Vector>().swap(seen[kept].fromAbove);
@@ -147,32 +158,59 @@ void LevelGeometry::Renumber(uint32_t index,
     }
 }
 
-std::vector<uint32_t> LevelGeometry::RenumberLevels(uint32_t first,
-                                                    FaceRenumbering faces,
-                                                    std::vector<uint32_t> lowerMap) {
-    std::vector<uint32_t> firstMap;
+std::vector<LevelGeometry::LevelNumbers> LevelGeometry::RefineNumbers(
+    uint32_t first,
+    FaceRenumbering faces,
+    std::vector<uint32_t> lowerMap,
+    std::vector<std::vector<uint32_t>>* facesBefore,
+    JobControl* job) {
+    std::vector<LevelNumbers> numbers;
     for (uint32_t index = first; index < LevelCount(); ++index) {
         LevelMesh& level = *levels[index];
-        const std::vector<uint32_t> before(
-            level.faceVertexIndices.array,
-            level.faceVertexIndices.array + level.faceVertexIndices.fill);
-        LevelRefiner(*levels[index - 1]).RefineTopology(level);
+        Store<uint32_t>& present = level.faceVertexIndices;
+        std::vector<uint32_t> before(present.array, present.array + present.fill);
+        if (facesBefore != nullptr) facesBefore->push_back(before);
+        LevelRefiner(*levels[index - 1], job).RefineTopology(level);
+        JobPhase phase(job, "Renumbering vertices", level.faceCount);
         // A vertex of no face is one of the level below, too.
         lowerMap.resize(level.vertexCount);
         for (uint32_t face = 0; face < level.faceCount; ++face) {
-            const uint32_t* now = level.faceVertexIndices.array + faces.face[face] * 4;
+            phase.Add();
+            const uint32_t* now = present.array + faces.face[face] * 4;
             for (uint32_t k = 0; k < 4; ++k)
                 lowerMap[before[face * 4 + k]] = now[(k + faces.turn[face]) & 3u];
         }
-        Renumber(index, lowerMap, faces.face);
-        if (index == first) firstMap = lowerMap;
+        phase.Finish();
+        numbers.push_back({lowerMap, faces.face});
         if (index + 1 < LevelCount()) faces = faces.OfChildren();
     }
-    return firstMap;
+    return numbers;
+}
+
+void LevelGeometry::RenumberLevels(uint32_t first, const std::vector<LevelNumbers>& numbers) {
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        Renumber(first + static_cast<uint32_t>(i), numbers[i].vertexMap, numbers[i].faceMap);
+}
+
+void LevelGeometry::FitBase(const CoarseFaces& coarse,
+                            const std::vector<uint32_t>& fineMap,
+                            JobControl* job) {
+    LevelMesh& base = *levels[0];
+    const LevelMesh& fine = *levels[1];
+    // Only the faces of the fine level name vertices by their new numbers yet.
+    std::vector<Vector> finePositions(fine.VertexCount());
+    for (uint32_t v = 0; v < fine.VertexCount(); ++v) finePositions[fineMap[v]] = fine.Position(v);
+    const std::vector<Vector> positions = FitCoarsePositions(base, fine, finePositions, job);
+    for (uint32_t v = 0; v < base.VertexCount(); ++v) {
+        base.SetPosition(v, positions[v]);
+        base.SetFreeze(v, fine.Freeze(coarse.fineVertices[v]));
+    }
+    base.ComputeNormals(job);
 }
 
 LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
-                                                       std::unique_ptr<LevelMesh> known) {
+                                                       std::unique_ptr<LevelMesh> known,
+                                                       JobControl* job) {
     RefuseInStroke("adding a coarser level");
     const bool fit = known == nullptr;
     if (fit) {
@@ -183,28 +221,41 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
             coarse.faceVertices.begin(), coarse.faceVertices.end(), known->faceVertexIndices.array);
         known->AllocateVertices(static_cast<uint32_t>(coarse.fineVertices.size()));
         known->SetName(levels[0]->Name());
-        known->MakeBaseTables();
+        known->MakeBaseTables(job);
     }
-    OfOldBase old{std::move(mirror), std::move(attributes)};
-    if (old.mirror != nullptr) mirror = MirrorOfCoarse(*old.mirror, coarse, *known);
-    attributes = AttributesOfCoarse(old.attributes, coarse);
-    levels[0]->DropBaseTables();
+    std::unique_ptr<TopologicalMirror> coarseMirror;
+    if (mirror != nullptr) coarseMirror = MirrorOfCoarse(*mirror, coarse, *known, job);
+    SurfaceAttributes coarseAttributes = AttributesOfCoarse(attributes, coarse, job);
+
     levels.insert(levels.begin(), std::move(known));
     seen.insert(seen.begin(), SeenLevel());
     ++bound;
     NumberLevels();
-    std::vector<uint32_t> numbers(levels[1]->vertexCount);
-    for (uint32_t v = 0; v < coarse.fineVertices.size(); ++v) numbers[coarse.fineVertices[v]] = v;
-    coarse.fineVertexMap = RenumberLevels(1, coarse.fineFaces, std::move(numbers));
-    if (fit) {
-        LevelMesh& base = *levels[0];
-        const std::vector<Vector> positions = FitCoarsePositions(base, *levels[1]);
-        for (uint32_t v = 0; v < base.VertexCount(); ++v) {
-            base.SetPosition(v, positions[v]);
-            base.SetFreeze(v, levels[1]->Freeze(v));
-        }
-        base.ComputeNormals();
+    std::vector<LevelNumbers> numbers;
+    std::vector<std::vector<uint32_t>> facesBefore;
+    try {
+        std::vector<uint32_t> lowerMap(levels[1]->vertexCount);
+        for (uint32_t v = 0; v < coarse.fineVertices.size(); ++v)
+            lowerMap[coarse.fineVertices[v]] = v;
+        numbers = RefineNumbers(
+            1, coarse.fineFaces, std::move(lowerMap), job == nullptr ? nullptr : &facesBefore, job);
+        if (fit) FitBase(coarse, numbers.front().vertexMap, job);
+    } catch (...) {
+        for (std::size_t i = 0; i < facesBefore.size(); ++i)
+            std::copy(facesBefore[i].begin(),
+                      facesBefore[i].end(),
+                      levels[i + 1]->faceVertexIndices.array);
+        levels.erase(levels.begin());
+        seen.erase(seen.begin());
+        --bound;
+        NumberLevels();
+        throw;
     }
+    levels[1]->DropBaseTables();
+    coarse.fineVertexMap = numbers.front().vertexMap;
+    RenumberLevels(1, numbers);
+    OfOldBase old{std::exchange(mirror, std::move(coarseMirror)),
+                  std::exchange(attributes, std::move(coarseAttributes))};
     KeepSeen(bound);
     return old;
 }
@@ -232,7 +283,9 @@ std::unique_ptr<LevelMesh> LevelGeometry::TakeCoarserBase(const CoarseFaces& coa
     Renumber(0, back, inverse.face);
     base.MakeBaseTables();
     ForgetFromBelow();
-    if (LevelCount() > 1) RenumberLevels(1, inverse.OfChildren(), back);
+    if (LevelCount() > 1) {
+        RenumberLevels(1, RefineNumbers(1, inverse.OfChildren(), back, nullptr, nullptr));
+    }
     if (mirror != nullptr && old.mirror != nullptr) mirror = std::move(old.mirror);
     attributes = std::move(old.attributes);
     KeepSeen(bound);

@@ -7,6 +7,7 @@
 /// as the level below last saw it. Each is dropped when that neighbour has taken the change over,
 /// or when there is none. Only the bound level can change, so going to another level passes every
 /// pair of neighbours that has something to tell each other in the direction of the way.
+#include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/math/SameBits.h"
 #include "framework/mesh/LevelPositions.h"
@@ -29,11 +30,14 @@ bool IsUnchanged(const LevelMesh& level, const std::vector<Vector>& positions) {
     return true;
 }
 
-SeenDifferences DifferencesOf(const LevelMesh& level, const std::vector<Vector>& positions) {
+SeenDifferences DifferencesOf(const LevelMesh& level,
+                              const std::vector<Vector>& positions,
+                              JobPhase& phase) {
     SeenDifferences differences;
     differences.kept = !positions.empty();
     if (!differences.kept) return differences;
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        phase.Add();
         if (SameBits(positions[v], level.Position(v))) continue;
         differences.vertices.push_back(v);
         differences.positions.push_back(positions[v]);
@@ -47,11 +51,14 @@ bool IsUnchanged(const LevelMesh& level, const std::vector<uint8_t>& amounts) {
     return true;
 }
 
-FreezeDifferences DifferencesOf(const LevelMesh& level, const std::vector<uint8_t>& amounts) {
+FreezeDifferences DifferencesOf(const LevelMesh& level,
+                                const std::vector<uint8_t>& amounts,
+                                JobPhase& phase) {
     FreezeDifferences differences;
     differences.kept = !amounts.empty();
     if (!differences.kept) return differences;
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        phase.Add();
         if (amounts[v] == level.Freeze(v)) continue;
         differences.vertices.push_back(v);
         differences.amounts.push_back(amounts[v]);
@@ -106,7 +113,7 @@ void LevelGeometry::DropUnchanged(uint32_t index) {
         if (!one->empty() && IsUnchanged(*levels[index], *one)) std::vector<uint8_t>().swap(*one);
 }
 
-void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried) {
+void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job) {
     const std::vector<Vector> known = std::exchange(seen[index].fromAbove, {});
     if (known.empty() || IsUnchanged(*levels[index], known)) return;
     std::vector<Vector>& older = seen[index + 1].fromAbove;
@@ -116,86 +123,134 @@ void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried) 
     const LayerStack::Layers ofFine = layers->OfLevel(fine);
     if (!ofFine.empty())
         turned = std::make_shared<TurnedLayers>(fine, ofFine, layers->Ground(fine));
-    CarriedLevel one = DetailCarrier(*levels[index], fine, carryWork).Up(known, turned.get());
+    CarriedLevel& one = carried.emplace_back();
+    try {
+        DetailCarrier(*levels[index], fine, carryWork, job).Up(known, turned.get(), one);
+    } catch (...) {
+        if (turned != nullptr) turned->Finish();
+        one.layers = std::move(turned);
+        throw;
+    }
     if (turned != nullptr && !turned->IsEmpty()) one.layers = std::move(turned);
     // The level below knows what it told itself.
     std::vector<Vector>().swap(seen[index + 1].fromBelow);
-    if (!one.IsEmpty()) carried.push_back(std::move(one));
+    if (one.IsEmpty()) carried.pop_back();
 }
 
-void LevelGeometry::CarryDown(uint32_t index, std::vector<CarriedLevel>& carried) {
+void LevelGeometry::CarryDown(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job) {
     const std::vector<Vector> known = std::exchange(seen[index].fromBelow, {});
     if (known.empty() || IsUnchanged(*levels[index], known)) return;
     std::vector<Vector>& older = seen[index - 1].fromBelow;
     if (index > 1 && older.empty()) older = PositionsOf(*levels[index - 1]);
-    CarriedLevel one = DetailCarrier(*levels[index - 1], *levels[index], carryWork).Down(known);
+    CarriedLevel& one = carried.emplace_back();
+    DetailCarrier(*levels[index - 1], *levels[index], carryWork, job).Down(known, one);
     std::vector<Vector>().swap(seen[index - 1].fromAbove);
-    if (!one.IsEmpty()) carried.push_back(std::move(one));
+    if (one.IsEmpty()) carried.pop_back();
 }
 
-void LevelGeometry::CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried) {
+void LevelGeometry::CarryFreezeUp(uint32_t index,
+                                  std::vector<CarriedLevel>& carried,
+                                  JobControl* job) {
     const std::vector<uint8_t> known = std::exchange(seen[index].freezeFromAbove, {});
     if (known.empty() || IsUnchanged(*levels[index], known)) return;
     std::vector<uint8_t>& older = seen[index + 1].freezeFromAbove;
     if (index + 2 < levels.size() && older.empty()) older = FreezeAmounts(*levels[index + 1]);
-    CarriedLevel one = trovik::CarryFreezeUp(*levels[index], *levels[index + 1], known);
+    CarriedLevel& one = carried.emplace_back();
+    trovik::CarryFreezeUp(*levels[index], *levels[index + 1], known, one, job);
     std::vector<uint8_t>().swap(seen[index + 1].freezeFromBelow);
-    if (!one.IsEmpty()) carried.push_back(std::move(one));
+    if (one.IsEmpty()) carried.pop_back();
 }
 
-void LevelGeometry::CarryFreezeDown(uint32_t index, std::vector<CarriedLevel>& carried) {
+void LevelGeometry::CarryFreezeDown(uint32_t index,
+                                    std::vector<CarriedLevel>& carried,
+                                    JobControl* job) {
     const std::vector<uint8_t> known = std::exchange(seen[index].freezeFromBelow, {});
     if (known.empty() || IsUnchanged(*levels[index], known)) return;
     std::vector<uint8_t>& older = seen[index - 1].freezeFromBelow;
     if (index > 1 && older.empty()) older = FreezeAmounts(*levels[index - 1]);
-    CarriedLevel one = trovik::CarryFreezeDown(*levels[index - 1], *levels[index], known);
+    CarriedLevel& one = carried.emplace_back();
+    trovik::CarryFreezeDown(*levels[index - 1], *levels[index], known, one, job);
     std::vector<uint8_t>().swap(seen[index - 1].freezeFromAbove);
-    if (!one.IsEmpty()) carried.push_back(std::move(one));
+    if (one.IsEmpty()) carried.pop_back();
 }
 
 std::vector<CarriedLevel> LevelGeometry::BindLevel(uint32_t index) {
     std::vector<CarriedLevel> carried;
+    CarryTo(index, carried, nullptr);
+    return carried;
+}
+
+void LevelGeometry::CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job) {
     const uint32_t before = bound;
     for (uint32_t level = before; level < index; ++level) {
-        CarryUp(level, carried);
-        CarryFreezeUp(level, carried);
+        CarryUp(level, carried, job);
+        CarryFreezeUp(level, carried, job);
     }
     for (uint32_t level = before; level > index; --level) {
-        CarryDown(level, carried);
-        CarryFreezeDown(level, carried);
+        CarryDown(level, carried, job);
+        CarryFreezeDown(level, carried, job);
     }
     bound = index;
     if (index != before) DropUnchanged(before);
     KeepSeen(index);
-    return carried;
 }
 
-LevelSwitch LevelGeometry::StateOfSwitch() const {
+LevelSwitch LevelGeometry::StateOfSwitch(JobControl* job) const {
     LevelSwitch state;
     state.bound = bound;
+    uint64_t total = 0;
+    for (const SeenLevel& one : seen)
+        total += one.fromAbove.size() + one.fromBelow.size() + one.freezeFromAbove.size() +
+                 one.freezeFromBelow.size();
+    JobPhase phase(job, "Comparing levels", total);
     for (uint32_t i = 0; i < LevelCount(); ++i) {
-        state.seen.push_back({DifferencesOf(*levels[i], seen[i].fromAbove),
-                              DifferencesOf(*levels[i], seen[i].fromBelow),
-                              DifferencesOf(*levels[i], seen[i].freezeFromAbove),
-                              DifferencesOf(*levels[i], seen[i].freezeFromBelow)});
+        state.seen.push_back({DifferencesOf(*levels[i], seen[i].fromAbove, phase),
+                              DifferencesOf(*levels[i], seen[i].fromBelow, phase),
+                              DifferencesOf(*levels[i], seen[i].freezeFromAbove, phase),
+                              DifferencesOf(*levels[i], seen[i].freezeFromBelow, phase)});
     }
+    phase.Finish();
     return state;
 }
 
-LevelSwitch LevelGeometry::SwitchLevel(uint32_t index) {
-    LevelSwitch before = StateOfSwitch();
-    before.carried = BindLevel(index);
+LevelSwitch LevelGeometry::SwitchLevel(uint32_t index, JobControl* job) {
+    LevelSwitch before = StateOfSwitch(job);
+    try {
+        CarryTo(index, before.carried, job);
+    } catch (...) {
+        Revert(before);
+        throw;
+    }
     return before;
 }
 
-LevelSwitch LevelGeometry::ApplyToLowerLevels() {
-    LevelSwitch before = StateOfSwitch();
+LevelSwitch LevelGeometry::ApplyToLowerLevels(JobControl* job) {
+    LevelSwitch before = StateOfSwitch(job);
+    try {
+        ShapeLowerLevels(before.carried, job);
+    } catch (...) {
+        Revert(before);
+        throw;
+    }
+    for (uint32_t index = 0; index < bound; ++index) {
+        // From level 0 to the bound one all agree now where they lie.
+        std::vector<Vector>().swap(seen[index].fromAbove);
+        std::vector<Vector>().swap(seen[index].fromBelow);
+    }
+    seen[bound].fromBelow.clear();
+    KeepSeen(bound);
+    return before;
+}
+
+void LevelGeometry::ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobControl* job) {
     const LevelMesh& shape = *levels[bound];
     for (uint32_t index = 0; index < bound; ++index) {
         LevelMesh& level = *levels[index];
-        CarriedLevel carried;
+        CarriedLevel& carried = changed.emplace_back();
         carried.level = index;
+        JobPhase phase(job, "Moving vertices", level.VertexCount());
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+            phase.Add();
             const Vector present = level.Position(v);
             const Vector place = shape.Position(v);
             if (SameBits(present, place)) continue;
@@ -203,21 +258,27 @@ LevelSwitch LevelGeometry::ApplyToLowerLevels() {
             carried.positionsBefore.push_back(present);
             level.SetPosition(v, place);
         }
-        DetailCarrier::RefreshNormals(level, carried);
-        // From level 0 to the bound one all agree now where they lie.
-        std::vector<Vector>().swap(seen[index].fromAbove);
-        std::vector<Vector>().swap(seen[index].fromBelow);
-        if (!carried.vertices.empty()) before.carried.push_back(std::move(carried));
+        phase.Finish();
+        DetailCarrier::RefreshNormals(level, carried, job);
+        if (carried.vertices.empty()) changed.pop_back();
     }
-    seen[bound].fromBelow.clear();
-    KeepSeen(bound);
-    return before;
 }
 
 void LevelGeometry::Exchange(LevelSwitch& other) {
     LevelSwitch present = StateOfSwitch();
     present.carried = std::move(other.carried);
-    for (CarriedLevel& one : present.carried) {
+    SwapCarried(present.carried);
+    RestoreSeen(other);
+    other = std::move(present);
+}
+
+void LevelGeometry::Revert(LevelSwitch& before) {
+    SwapCarried(before.carried);
+    RestoreSeen(before);
+}
+
+void LevelGeometry::SwapCarried(std::vector<CarriedLevel>& carried) {
+    for (CarriedLevel& one : carried) {
         LevelMesh& level = *levels[one.level];
         for (std::size_t i = 0; i < one.vertices.size(); ++i)
             SwapPosition(level, one.vertices[i], one.positionsBefore[i]);
@@ -230,15 +291,17 @@ void LevelGeometry::Exchange(LevelSwitch& other) {
         }
         if (one.layers != nullptr) one.layers->Exchange(layers->Ground(level));
     }
-    for (std::size_t i = 0; i < other.seen.size() && i < levels.size(); ++i) {
-        seen[i] = {Restored(*levels[i], other.seen[i].fromAbove),
-                   Restored(*levels[i], other.seen[i].fromBelow),
-                   Restored(*levels[i], other.seen[i].freezeFromAbove),
-                   Restored(*levels[i], other.seen[i].freezeFromBelow)};
+}
+
+void LevelGeometry::RestoreSeen(const LevelSwitch& state) {
+    for (std::size_t i = 0; i < state.seen.size() && i < levels.size(); ++i) {
+        seen[i] = {Restored(*levels[i], state.seen[i].fromAbove),
+                   Restored(*levels[i], state.seen[i].fromBelow),
+                   Restored(*levels[i], state.seen[i].freezeFromAbove),
+                   Restored(*levels[i], state.seen[i].freezeFromBelow)};
     }
-    bound = other.bound;
+    bound = state.bound;
     KeepSeen(bound);
-    other = std::move(present);
 }
 
 void LevelGeometry::Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLevels) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/picking/PatchTree.h"
 
+#include "framework/jobs/JobPhase.h"
 #include "host/HWVector.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 
 namespace trovik {
 
-PatchTree::PatchTree(LevelMesh* ofLevel)
+PatchTree::PatchTree(LevelMesh* ofLevel, JobControl* job)
     : level(ofLevel),
       boundLevel(static_cast<uint32_t>(ofLevel->Index())),
       leafLevel(boundLevel > 2 ? boundLevel - 2 : 0),
@@ -21,10 +22,15 @@ PatchTree::PatchTree(LevelMesh* ofLevel)
         patchBoxes.emplace_back(patches, EmptyBox());
         patchStamps.emplace_back(patches, 0u);
     }
-    for (uint32_t patch = 0; patch < patchBoxes[leafLevel].size(); ++patch) RefitLeaf(patch);
+    JobPhase phase(job, "Building the pick tree", patchBoxes[leafLevel].size());
+    for (uint32_t patch = 0; patch < patchBoxes[leafLevel].size(); ++patch) {
+        phase.Add();
+        RefitLeaf(patch);
+    }
+    phase.Finish();
     for (uint32_t l = leafLevel; l-- > 0;)
         for (uint32_t patch = 0; patch < patchBoxes[l].size(); ++patch) RefitInner(l, patch);
-    BuildTop();
+    BuildTop(job);
 }
 
 PatchTree::Box PatchTree::EmptyBox() {
@@ -45,7 +51,7 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
-void PatchTree::BuildTop() {
+void PatchTree::BuildTop(JobControl* job) {
     const std::vector<Box>& boxes = patchBoxes[0];
     std::vector<std::array<float, 3>> centres(boxes.size());
     order.resize(boxes.size());
@@ -61,7 +67,16 @@ void PatchTree::BuildTop() {
     topNodes.push_back({EmptyBox(), 0, static_cast<uint32_t>(boxes.size())});
     topParent.push_back(noParent);
     // Children are appended behind their parent, so one pass splits everything.
-    for (uint32_t node = 0; node < topNodes.size(); ++node) SplitTop(node, centres);
+    JobPhase phase(job, "Sorting the pick tree", boxes.size());
+    for (uint32_t node = 0; node < topNodes.size(); ++node) {
+        SplitTop(node, centres);
+        // Each face ends in one leaf.
+        if (topNodes[node].count != 0 && topNodes[node].count <= facesPerTopLeaf)
+            phase.Add(topNodes[node].count);
+        else
+            phase.Poll();
+    }
+    phase.Finish();
     topStamps.assign(topNodes.size(), 0u);
     for (uint32_t node = static_cast<uint32_t>(topNodes.size()); node-- > 0;) RefitTopNode(node);
 }

@@ -46,7 +46,8 @@ struct PickHit {
 class TROVIK_API PatchTree {
 public:
     /// Cost: O(faces), and O(n log n) in the faces of level 0.
-    explicit PatchTree(LevelMesh* level);
+    /// \throw Cancelled.
+    explicit PatchTree(LevelMesh* level, JobControl* job = nullptr);
 
     /// The nearest front or back face hit. Nothing for a ray whose numbers are not finite or whose
     /// direction is zero.
@@ -91,7 +92,7 @@ private:
     /// Faces of the bound level under a face of this one.
     uint32_t FacesUnder(uint32_t levelIndex) const;
 
-    void BuildTop();
+    void BuildTop(JobControl* job);
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
     void NextRefit();
     /// Enters a patch into `touched` unless this refit has it already.

@@ -49,7 +49,7 @@ const RayLibrary& LoadedRayLibrary() {
 
 }  // namespace
 
-EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
+EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown, JobControl* job)
     : meshes(shown), positions(shown.size()) {
     float largest = 0.0f;
     for (std::size_t i = 0; i < meshes.size(); ++i)
@@ -69,7 +69,7 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
                              mesh.faceCount,
                              mesh.cornersPerFace});
     }
-    caster = LoadedRayLibrary().MakeCaster(rayMeshes);
+    caster = LoadedRayLibrary().MakeCaster(rayMeshes, job);
 }
 
 float EmbreeScene::Extent() const {

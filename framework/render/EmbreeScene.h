@@ -9,6 +9,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// The meshes as a ray library holds them: in units of its own, such that their largest coordinate
 /// is about 1. Squares and products of lengths then stay in the range of floats, whatever the size
 /// of the meshes. The unit is a power of two, so it changes no bit of a result.
@@ -16,7 +18,7 @@ class EmbreeScene {
 public:
     /// The meshes are borrowed. \throw HostError if a vertex is beyond maxRenderCoordinate
     /// (RenderRange.h), if memory is short, or if the module with the ray library cannot be loaded.
-    explicit EmbreeScene(const std::vector<PictureMesh>& meshes);
+    explicit EmbreeScene(const std::vector<PictureMesh>& meshes, JobControl* job = nullptr);
 
     /// Rays of which not every number is finite hit nothing; nor do those that begin more than
     /// RayCaster::maxCoordinate units of the ray library away, where no mesh can be seen.

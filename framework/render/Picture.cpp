@@ -20,22 +20,26 @@ std::size_t PixelAt(const Picture& picture, int x, int y) {
 
 }  // namespace
 
-RenderScene::RenderScene(std::vector<PictureMesh> shown) : meshes(std::move(shown)) {
+RenderScene::RenderScene(std::vector<PictureMesh> shown, JobControl* job)
+    : meshes(std::move(shown)) {
     PrepareRenderMemory(meshes);
-    scene = std::make_unique<EmbreeScene>(meshes);
+    scene = std::make_unique<EmbreeScene>(meshes, job);
 }
 
 RenderScene::~RenderScene() = default;
 
-Picture RenderScene::Render(const PictureCamera& camera, const PictureOptions& options) const {
+Picture RenderScene::Render(const PictureCamera& camera,
+                            const PictureOptions& options,
+                            JobControl* job) const {
     CheckCamera(camera);
-    return PictureRenderer(*scene, camera, options).Render();
+    return PictureRenderer(*scene, camera, options, job).Render();
 }
 
 Picture RenderPicture(const std::vector<PictureMesh>& meshes,
                       const PictureCamera& camera,
-                      const PictureOptions& options) {
-    return RenderScene(meshes).Render(camera, options);
+                      const PictureOptions& options,
+                      JobControl* job) {
+    return RenderScene(meshes, job).Render(camera, options, job);
 }
 
 Picture PlaceInRows(const std::vector<Picture>& pictures,

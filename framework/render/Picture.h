@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +13,7 @@
 namespace trovik {
 
 class EmbreeScene;
+class JobControl;
 
 /// Where a picture is seen from. World space; degrees.
 struct PictureCamera {
@@ -64,9 +64,6 @@ struct PictureOptions {
     std::string matcap = {};
     /// Without the backdrop: the picture has alpha.
     bool transparent = false;
-    /// Called by the thread that renders, about once per row of pixels. What it throws ends the
-    /// render and passes through. May be empty.
-    std::function<void()> poll = {};
 };
 
 /// Rows from the top, sRGB, three bytes a pixel.
@@ -84,8 +81,8 @@ struct Picture {
 class TROVIK_API RenderScene {
 public:
     /// \throw HostError if finite vertices are beyond maxRenderCoordinate (RenderRange.h), if
-    /// memory is short, or if the ray library cannot be loaded.
-    explicit RenderScene(std::vector<PictureMesh> meshes);
+    /// memory is short, or if the ray library cannot be loaded; Cancelled.
+    explicit RenderScene(std::vector<PictureMesh> meshes, JobControl* job = nullptr);
     ~RenderScene();
     RenderScene(const RenderScene&) = delete;
     RenderScene& operator=(const RenderScene&) = delete;
@@ -98,8 +95,10 @@ public:
     /// VisibilityFilter.h. Memory: about 200 bytes for each of at most 2 million pixels, besides
     /// the picture.
     /// \throw HostError for a camera without a direction or beyond maxRenderCoordinate, or an
-    /// unknown matcap.
-    Picture Render(const PictureCamera& camera, const PictureOptions& options) const;
+    /// unknown matcap; Cancelled.
+    Picture Render(const PictureCamera& camera,
+                   const PictureOptions& options,
+                   JobControl* job = nullptr) const;
 
 private:
     std::vector<PictureMesh> meshes;
@@ -109,7 +108,8 @@ private:
 /// One render of meshes that are not rendered again; see RenderScene.
 Picture RenderPicture(const std::vector<PictureMesh>& meshes,
                       const PictureCamera& camera,
-                      const PictureOptions& options);
+                      const PictureOptions& options,
+                      JobControl* job = nullptr);
 
 /// A camera that shows all of the meshes with a small margin, looking along `direction` (world).
 /// \param up  the direction that is up in the picture; one along `direction` is replaced.

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/render/PictureRenderer.h"
 
+#include "framework/jobs/JobPhase.h"
 #include "framework/render/ToneCurve.h"
 
 #include <tbb/parallel_for.h>
+#include <tbb/task_group.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <thread>
 
@@ -51,9 +54,11 @@ struct PictureRenderer::Sums {
 
 PictureRenderer::PictureRenderer(const EmbreeScene& shownScene,
                                  const PictureCamera& camera,
-                                 const PictureOptions& pictureOptions)
+                                 const PictureOptions& pictureOptions,
+                                 JobControl* jobControl)
     : scene(shownScene),
       options(pictureOptions),
+      job(jobControl),
       view(camera, options.width, options.height),
       shading(shownScene, view) {
     if (options.shading == ShadingMode::Matcap)
@@ -71,7 +76,13 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
     if (options.transparent) picture.alpha.resize(count);
 
     const int bandRows = std::max(filterReach * 4, pixelsPerBand / width);
+    uint64_t rows = 0;
+    for (int first = 0; first < height; first += bandRows)
+        rows += static_cast<uint64_t>(std::min(height, first + bandRows + filterReach) -
+                                      std::max(0, first - filterReach));
+    JobPhase phase(job, "Rendering", rows * static_cast<uint64_t>(width), 1);
     const std::thread::id caller = std::this_thread::get_id();
+    std::atomic<uint64_t> sampled{0};
     std::vector<Pixel> pixels;
     std::vector<PixelGuide> guides;
     std::vector<PixelVisibility> visibilities;
@@ -89,17 +100,22 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
                    static_cast<std::size_t>(x);
         };
         tbb::parallel_for(above, below, [&](int y) {
-            if (options.poll && std::this_thread::get_id() == caller) options.poll();
+            const bool isCaller = std::this_thread::get_id() == caller;
             WireLines wires(scene, view);
-            for (int x = 0; x < width; ++x)
+            // Rows can take long, and work that was cancelled is not to finish them.
+            for (int x = 0; x < width && !tbb::is_current_task_group_canceling(); ++x) {
                 Sample(x, y, wires, pixels[at(x, y)], guides[at(x, y)], visibilities[at(x, y)]);
+                ++sampled;
+                if (isCaller) phase.Reach(sampled);
+            }
         });
-        if (IsLit()) FilterVisibility(width, below - above, guides, visibilities);
+        if (IsLit()) FilterVisibility(width, below - above, guides, visibilities, job);
         tbb::parallel_for(first, last, [&](int y) {
             for (int x = 0; x < width; ++x)
                 Store(x, y, pixels[at(x, y)], visibilities[at(x, y)], picture);
         });
     }
+    phase.Finish();
     return picture;
 }
 

@@ -13,9 +13,11 @@ namespace trovik {
 /// Renders one picture of a scene; see RenderScene::Render.
 class PictureRenderer {
 public:
+    /// \param jobControl  of Render, which throws Cancelled; null: nobody. Borrowed.
     PictureRenderer(const EmbreeScene& scene,
                     const PictureCamera& camera,
-                    const PictureOptions& options);
+                    const PictureOptions& options,
+                    JobControl* jobControl = nullptr);
 
     /// \param pixelsPerBand  pixels that are rendered and filtered at a time, which bounds the
     /// memory. Results do not depend on it.
@@ -54,6 +56,7 @@ private:
 
     const EmbreeScene& scene;
     const PictureOptions& options;
+    JobControl* job;
     PictureView view;
     Shading shading;
     std::optional<Matcap> matcap;

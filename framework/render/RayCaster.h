@@ -8,6 +8,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// The faces of one mesh. The arrays are borrowed as long as the RayCaster lives.
 struct RayMesh {
     /// x, y, z of each vertex without gaps; at least 4 more bytes can be read after the last one.
@@ -58,8 +60,9 @@ public:
 /// Makes ray casters. The implementation is the module `trovik-embree`.
 class RayLibrary {
 public:
-    /// \throw HostError if there is not enough memory.
-    virtual std::unique_ptr<RayCaster> MakeCaster(const std::vector<RayMesh>& meshes) const = 0;
+    /// \throw HostError if there is not enough memory; Cancelled.
+    virtual std::unique_ptr<RayCaster> MakeCaster(const std::vector<RayMesh>& meshes,
+                                                  JobControl* job) const = 0;
 
 protected:
     ~RayLibrary() = default;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/render/VisibilityFilter.h"
 
+#include "framework/jobs/JobPhase.h"
+
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <thread>
 
 namespace trovik {
 
@@ -69,13 +72,17 @@ public:
         }
     }
 
-    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads.
+    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads, and adds the rows to
+    /// the phase.
     template <typename Work>
-    void ForEach(Work work) const {
+    void ForEach(JobPhase& phase, Work work) const {
+        const std::thread::id caller = std::this_thread::get_id();
         tbb::parallel_for(0, height, [&](int y) {
+            if (std::this_thread::get_id() == caller) phase.Poll();
             for (int x = 0; x < width; ++x)
                 if (guides[At(x, y)].footprint > 0.0f) work(x, y);
         });
+        phase.Add(static_cast<uint64_t>(height));
     }
 
 private:
@@ -112,10 +119,13 @@ float BinomialVariance(float mean, float count) {
 void FilterVisibility(int width,
                       int height,
                       const std::vector<PixelGuide>& guides,
-                      std::vector<PixelVisibility>& values) {
+                      std::vector<PixelVisibility>& values,
+                      JobControl* job) {
+    JobPhase phase(
+        job, "Smoothing shadows", (1 + std::size(passes)) * static_cast<uint64_t>(height), 1);
     const Field field(width, height, guides);
     std::vector<PixelVisibility> next = values;
-    field.ForEach([&](int x, int y) {
+    field.ForEach(phase, [&](int x, int y) {
         Mean openness, key;
         field.ForEachAround(x, y, 1, [&](std::size_t pixel, float weight) {
             const PixelVisibility& there = values[pixel];
@@ -136,7 +146,7 @@ void FilterVisibility(int width,
     values.swap(next);
 
     for (const int step : passes) {
-        field.ForEach([&](int x, int y) {
+        field.ForEach(phase, [&](int x, int y) {
             const PixelVisibility& here = values[field.At(x, y)];
             Mean openness, key;
             field.ForEachAround(x, y, step, [&](std::size_t pixel, float weight) {
@@ -162,6 +172,7 @@ void FilterVisibility(int width,
         });
         values.swap(next);
     }
+    phase.Finish();
 }
 
 }  // namespace trovik

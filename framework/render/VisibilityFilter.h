@@ -7,6 +7,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// The surface that a pixel shows, which guides the filter. Means over the pixel's hits.
 struct PixelGuide {
     Vector normal;
@@ -41,10 +43,12 @@ inline constexpr int filterReach = 16;
 /// "Spatiotemporal Variance-Guided Filtering", High Performance Graphics 2017.
 ///
 /// Runs on all threads; results do not depend on their number.
+/// \throw Cancelled.
 /// \param guides, values  row by row, `width` * `height` of each.
 void FilterVisibility(int width,
                       int height,
                       const std::vector<PixelGuide>& guides,
-                      std::vector<PixelVisibility>& values);
+                      std::vector<PixelVisibility>& values,
+                      JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -2,6 +2,7 @@
 #include "framework/scene/MeshChunk.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/math/IsFinite.h"
 #include "framework/math/SameBits.h"
 #include "framework/mesh/BaseLevel.h"
@@ -157,15 +158,21 @@ GeometryChunk ReadGeometryChunk(SceneStream& stream) {
     return chunk;
 }
 
-void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index) {
+void WriteLevelChunk(SceneStream& stream,
+                     LevelGeometry& geometry,
+                     uint32_t index,
+                     JobControl* job) {
     LevelMesh& level = *geometry.Level(index);
     const uint32_t vertices = level.VertexCount();
     const std::vector<Vector> positions = PositionsOf(level);
+    JobPhase phase(job, "Gathering the level", vertices);
     for (uint32_t v = 0; v < vertices; ++v) {
+        phase.Add();
         if (IsFinite(positions[v])) continue;
         throw HostError("vertex " + std::to_string(v) + " of level " + std::to_string(index) +
                         " lies at no number; such a mesh cannot be saved");
     }
+    phase.Finish();
     std::vector<uint8_t> freeze(vertices);
     for (uint32_t v = 0; v < vertices; ++v) freeze[v] = level.vertices.array[v].freeze;
     const auto isSet = [](uint8_t byte) { return byte != 0; };
@@ -208,15 +215,15 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
 }
 
 LevelMesh& LevelChunkReader::NextLevel(const std::vector<Vector>& positions) {
-    if (geometry != nullptr) return geometry->AddLevel();
+    if (geometry != nullptr) return geometry->AddLevel(job);
     PolygonMesh base = head.base;
     base.positions.resize(positions.size());
     for (std::size_t v = 0; v < positions.size(); ++v)
         base.positions[v] = {positions[v].x, positions[v].y, positions[v].z};
-    CheckPolygonMesh(base, "level 0");
-    if (!MakeOrientedManifold(base).Untouched())
+    CheckPolygonMesh(base, "level 0", job);
+    if (!MakeOrientedManifold(base, job).Untouched())
         throw HostError("the faces of level 0 are no oriented manifold");
-    geometry = std::make_unique<LevelGeometry>(base);
+    geometry = std::make_unique<LevelGeometry>(base, job);
     return *geometry->Level(0);
 }
 
@@ -245,10 +252,13 @@ void LevelChunkReader::Read(SceneStream& stream) {
         SceneStream::Refuse(LevelText(index) + QStringLiteral(" has unknown parts"));
     stream.Expect(vertices, sizeof(Vector) + sizeof(PackedNormal));
     const auto positions = ReadValues<Vector>(stream, vertices);
+    JobPhase phase(job, "Reading the level", vertices);
     for (uint32_t v = 0; v < vertices; ++v) {
+        phase.Add();
         if (!IsFinite(positions[v]))
             SceneStream::Refuse(QStringLiteral("vertex %1 lies at no number").arg(v));
     }
+    phase.Finish();
     LevelMesh& level = NextLevel(positions);
     for (uint32_t v = 0; v < vertices; ++v) level.SetPosition(v, positions[v]);
     stream.ReadElements(level.vertexNormals.array, sizeof(PackedNormal), vertices);
@@ -279,8 +289,9 @@ std::unique_ptr<LevelGeometry> LevelChunkReader::Take() {
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported,
-                      const std::string& scenePath) {
-    const PolygonMesh uniform = ToUniformFaces(imported);
+                      const std::string& scenePath,
+                      JobControl* job) {
+    const PolygonMesh uniform = ToUniformFaces(imported, job);
     const LevelMesh& base = *geometry.Level(0);
     const bool sameFaces = uniform.positions.size() == base.VertexCount() &&
                            std::equal(uniform.faceVertices.begin(),
@@ -311,7 +322,8 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name,
                             const std::string& scenePath,
-                            bool& isOther) {
+                            bool& isOther,
+                            JobControl* job) {
     PolygonMesh mesh;
     mesh.name = name;
     uint8_t otherFaces = 0;
@@ -333,8 +345,8 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
                            {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},
                            "the imported mesh",
                            scenePath);
-        CheckPolygonMesh(mesh, "the imported mesh");
-        if (!MakeOrientedManifold(mesh).Untouched())
+        CheckPolygonMesh(mesh, "the imported mesh", job);
+        if (!MakeOrientedManifold(mesh, job).Untouched())
             SceneStream::Refuse(QStringLiteral("the imported mesh is no oriented manifold"));
         return mesh;
     }

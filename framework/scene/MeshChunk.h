@@ -25,12 +25,15 @@ GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
 /// Chunk LEVL: positions, normals, freeze bytes, face flags of one level, and what the levels above
 /// and below last saw of it.
-void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index);
+/// \throw Cancelled.
+void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index, JobControl* job);
 
 /// Reads level after level and makes the geometry from them.
 class LevelChunkReader {
 public:
-    explicit LevelChunkReader(GeometryChunk chunk) : head(std::move(chunk)) {}
+    /// \param jobControl  of Read, which throws Cancelled; null: nobody. Borrowed.
+    LevelChunkReader(GeometryChunk chunk, JobControl* jobControl)
+        : head(std::move(chunk)), job(jobControl) {}
     void Read(SceneStream& stream);
     /// Whether all levels were read.
     bool IsComplete() const {
@@ -46,23 +49,27 @@ private:
     LevelMesh& NextLevel(const std::vector<Vector>& positions);
 
     GeometryChunk head;
+    JobControl* job;
     std::unique_ptr<LevelGeometry> geometry;
     std::vector<LevelGeometry::SeenLevel> seen;
 };
 
 /// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is; or the
 /// whole imported mesh, where level 0 is another by now. \param scenePath  of the scene file.
+/// \throw Cancelled, as ReadImportChunk.
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported,
-                      const std::string& scenePath);
+                      const std::string& scenePath,
+                      JobControl* job);
 /// The imported mesh, of this name. \param isOther  is set where its faces are not those of level
 /// 0; it then brings what it carries, which otherwise level 0 has.
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name,
                             const std::string& scenePath,
-                            bool& isOther);
+                            bool& isOther,
+                            JobControl* job);
 
 /// Chunk TMIR: the topological mirror, which was found by where level 0 was at that time. Written
 /// only where there is one.

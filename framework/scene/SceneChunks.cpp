@@ -3,7 +3,9 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/io/Crc32.h"
+#include "framework/jobs/JobPhase.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cctype>
 #include <cstring>
@@ -25,6 +27,19 @@ uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t place) {
     return number;
 }
 
+/// Bytes of a chunk that are worked on at a time.
+constexpr std::size_t runBytes = std::size_t{1} << 20;
+
+/// Calls work(first, size) for the bytes of a chunk in runs.
+template <typename Work>
+void ForEachRun(JobPhase& phase, std::size_t total, Work work) {
+    for (std::size_t first = 0; first < total; first += runBytes) {
+        const std::size_t size = std::min(runBytes, total - first);
+        work(first, size);
+        phase.Add(size);
+    }
+}
+
 /// The name as it can stand in a message, whatever bytes a damaged file has there.
 std::string Printable(const std::string& name) {
     std::string text;
@@ -37,8 +52,8 @@ std::string Printable(const std::string& name) {
 
 }  // namespace
 
-SceneWriter::SceneWriter(const std::string& path, const SceneStream& header)
-    : file(path), prototype(header.Section()) {
+SceneWriter::SceneWriter(const std::string& path, const SceneStream& header, JobControl* jobControl)
+    : file(path), job(jobControl), prototype(header.Section()) {
     const std::vector<uint8_t> bytes = prototype.ToBytes();
     Put(bytes.data(), bytes.size());
     SceneStream check = Section();
@@ -58,11 +73,17 @@ void SceneWriter::Write(std::string_view name, const SceneStream& content) {
     const uint64_t length = bytes.size();
     uint32_t checksum = Crc32(name.data(), name.size());
     checksum = Crc32(&length, sizeof length, checksum);
-    checksum = Crc32(bytes.data(), bytes.size(), checksum);
+    JobPhase phase(job, "Writing the scene", length * 2, 1);
+    ForEachRun(phase, bytes.size(), [&](std::size_t first, std::size_t size) {
+        checksum = Crc32(bytes.data() + first, size, checksum);
+    });
     Put(name.data(), name.size());
     Put(&checksum, sizeof checksum);
     Put(&length, sizeof length);
-    Put(bytes.data(), bytes.size());
+    ForEachRun(phase, bytes.size(), [&](std::size_t first, std::size_t size) {
+        Put(bytes.data() + first, size);
+    });
+    phase.Finish();
 }
 
 void SceneWriter::Commit(const std::function<void(const std::string&)>& beforeReplacing) {
@@ -73,7 +94,8 @@ void SceneWriter::Commit(const std::function<void(const std::string&)>& beforeRe
     file.Commit(beforeReplacing);
 }
 
-SceneReader::SceneReader(const std::string& path) : file(path), header(ReadHeader()) {
+SceneReader::SceneReader(const std::string& path, JobControl* jobControl)
+    : file(path), job(jobControl), header(ReadHeader()) {
     uint32_t checksum = 0;
     if (!Next() || name != firstChunk)
         Fail(contentPlace, "chunk HEAD is not where it should be; the file is damaged");
@@ -141,12 +163,20 @@ bool SceneReader::Next() {
                  " more: it is cut off or damaged");
     }
     contentPlace = file.Position();
-    content = contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes));
+    // Reading, and then the checksum.
+    JobPhase phase(job, "Reading the scene", contentBytes * 2, 1);
+    content =
+        contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes), &phase);
     if (contentBytes != 0 && content == nullptr)
         Fail(contentPlace, "the file became shorter while it was read");
     uint32_t checksum = Crc32(name.data(), name.size());
     checksum = Crc32(&contentBytes, sizeof contentBytes, checksum);
-    checksum = Crc32(content, static_cast<std::size_t>(contentBytes), checksum);
+    phase.Reach(contentBytes);
+    ForEachRun(
+        phase, static_cast<std::size_t>(contentBytes), [&](std::size_t first, std::size_t size) {
+            checksum = Crc32(content + first, size, checksum);
+        });
+    phase.Finish();
     if (checksum != expected) Fail(place, what + " does not fit its checksum; the file is damaged");
     if (name != lastChunk) return true;
     ended = true;

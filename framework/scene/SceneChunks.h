@@ -25,7 +25,8 @@ inline constexpr std::size_t chunkHeaderBytes = 16;
 class TROVIK_API SceneWriter {
 public:
     /// \param header  its format and class versions are those of the file.
-    SceneWriter(const std::string& path, const SceneStream& header);
+    /// \param job  of Write, which throws Cancelled; null: nobody. Borrowed.
+    SceneWriter(const std::string& path, const SceneStream& header, JobControl* job = nullptr);
     /// For the content of a chunk.
     SceneStream Section() const { return prototype.Section(); }
     void Write(std::string_view name, const SceneStream& content);
@@ -37,6 +38,7 @@ private:
     void Put(const void* bytes, std::size_t size);
 
     OutputFile file;
+    JobControl* job;
     SceneStream prototype;
     uint64_t written = 0;
 };
@@ -47,7 +49,8 @@ private:
 class TROVIK_API SceneReader {
 public:
     /// Opens the file and reads its header.
-    explicit SceneReader(const std::string& path);
+    /// \param job  of the constructor and of Next, which throw Cancelled; null: nobody. Borrowed.
+    explicit SceneReader(const std::string& path, JobControl* job = nullptr);
     /// Goes on to the next chunk. \return false behind the last.
     bool Next();
     /// Name of the chunk at hand.
@@ -66,6 +69,7 @@ private:
     void TakeHeader(std::vector<uint8_t>& bytes, std::size_t count);
 
     InputFile file;
+    JobControl* job;
     uint32_t headerChecksum = 0;
     SceneStream header;
     std::string name;

@@ -31,15 +31,16 @@ class SceneBuilder {
 public:
     SceneBuilder(SceneReader& sceneReader,
                  BrushOperation* sceneBrush,
-                 BrushOperation* sceneFreezeBrush)
-        : reader(sceneReader), brush(sceneBrush), freezeBrush(sceneFreezeBrush) {}
+                 BrushOperation* sceneFreezeBrush,
+                 JobControl* jobControl)
+        : reader(sceneReader), brush(sceneBrush), freezeBrush(sceneFreezeBrush), job(jobControl) {}
 
     void Take() {
         const std::string& name = reader.Name();
         const bool repeats = name == "LEVL" || name == "LAYR" || name == "LGND";
         if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("comes twice");
         if (name == "GEOM") {
-            reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s)); });
+            reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s), job); });
             return;
         }
         if (name == "LEVL") {
@@ -113,8 +114,12 @@ private:
 
     void TakeOfMesh(const std::string& name, SceneStream& stream) {
         if (name == "IMPT")
-            scene.imported = ReadImportChunk(
-                stream, *scene.geometry, levels->Head().base.name, reader.Path(), importedIsOther);
+            scene.imported = ReadImportChunk(stream,
+                                             *scene.geometry,
+                                             levels->Head().base.name,
+                                             reader.Path(),
+                                             importedIsOther,
+                                             job);
         else if (name == "TMIR")
             ReadMirrorChunk(stream, *scene.geometry);
         else if (name == "SURF")
@@ -142,6 +147,7 @@ private:
     SceneReader& reader;
     BrushOperation* brush;
     BrushOperation* freezeBrush;
+    JobControl* job;
     /// Chunks that come once; HEAD was read before.
     std::set<std::string> seen = {"HEAD"};
     std::optional<LevelChunkReader> levels;
@@ -156,8 +162,9 @@ namespace {
 void WriteScene(const std::string& path,
                 const SceneParts& parts,
                 const SceneStream& header,
-                const std::function<void(const std::string&)>& beforeReplacing) {
-    SceneWriter writer(path, header);
+                const std::function<void(const std::string&)>& beforeReplacing,
+                JobControl* job) {
+    SceneWriter writer(path, header, job);
     const auto write = [&writer](const char* name, const auto& fill) {
         SceneStream content = writer.Section();
         fill(content);
@@ -167,9 +174,10 @@ void WriteScene(const std::string& path,
         write("GEOM",
               [&](SceneStream& s) { WriteGeometryChunk(s, parts.geometry, parts.imported.name); });
         for (uint32_t level = 0; level < parts.geometry.LevelCount(); ++level)
-            write("LEVL", [&](SceneStream& s) { WriteLevelChunk(s, parts.geometry, level); });
-        write("IMPT",
-              [&](SceneStream& s) { WriteImportChunk(s, parts.geometry, parts.imported, path); });
+            write("LEVL", [&](SceneStream& s) { WriteLevelChunk(s, parts.geometry, level, job); });
+        write("IMPT", [&](SceneStream& s) {
+            WriteImportChunk(s, parts.geometry, parts.imported, path, job);
+        });
         if (parts.geometry.Mirror() != nullptr)
             write("TMIR", [&](SceneStream& s) { WriteMirrorChunk(s, parts.geometry); });
         const SurfaceAttributes& attributes = parts.geometry.Attributes();
@@ -212,19 +220,23 @@ void WriteScene(const std::string& path,
 void SaveScene(const std::string& path,
                const SceneParts& parts,
                const SceneStream& header,
-               const std::function<void(const std::string&)>& beforeReplacing) {
+               const std::function<void(const std::string&)>& beforeReplacing,
+               JobControl* job) {
     try {
-        WriteScene(path, parts, header, beforeReplacing);
+        WriteScene(path, parts, header, beforeReplacing, job);
     } catch (const std::bad_alloc&) {
         throw HostError("cannot write " + path + ": there is not enough memory");
     }
 }
 
-LoadedScene LoadScene(const std::string& path, BrushOperation* brush, BrushOperation* freezeBrush) {
+LoadedScene LoadScene(const std::string& path,
+                      BrushOperation* brush,
+                      BrushOperation* freezeBrush,
+                      JobControl* job) {
     HostKernel::Instance();
     LoadPlugins();
-    SceneReader reader(path);
-    SceneBuilder builder(reader, brush, freezeBrush);
+    SceneReader reader(path, job);
+    SceneBuilder builder(reader, brush, freezeBrush, job);
     // The one setting that is the whole process's.
     const bool facing = CheckableFloatArray::s_bActive;
     try {

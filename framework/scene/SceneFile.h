@@ -53,12 +53,14 @@ struct SceneParts {
 /// \param header  format and class versions to write under; older ones leave out what they lack.
 /// \param beforeReplacing  see FileReplacement::Commit.
 /// \throw HostError naming the file and the reason, also for positions that are no numbers and
-/// where memory runs out. The old file then is as it was, and nothing of the new one is left.
+/// where memory runs out; Cancelled. The old file then is as it was, and nothing of the new one is
+/// left.
 TROVIK_API void SaveScene(
     const std::string& path,
     const SceneParts& parts,
     const SceneStream& header = SceneStream(),
-    const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
+    const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {},
+    JobControl* job = nullptr);
 
 /// A scene as read.
 struct LoadedScene {
@@ -80,10 +82,11 @@ struct LoadedScene {
 /// \param brush  a new brush, which receives the tools' settings, at last those of the active tool;
 /// null passes over them. After an error it is only good for being thrown away.
 /// \param freezeBrush  the same for the brush that freezes.
-/// \throw HostError "FILE: byte N: reason".
+/// \throw HostError "FILE: byte N: reason"; Cancelled.
 TROVIK_API LoadedScene LoadScene(const std::string& path,
                                  BrushOperation* brush,
-                                 BrushOperation* freezeBrush = nullptr);
+                                 BrushOperation* freezeBrush = nullptr,
+                                 JobControl* job = nullptr);
 
 /// Whether the file name ends in ".trovik", in any case.
 TROVIK_API bool IsScenePath(const std::string& path);

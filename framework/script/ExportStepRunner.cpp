@@ -32,7 +32,7 @@ void ScriptRunner::RunExport(const FieldReader& options) {
     const std::string file = OutputPath(options.At("file"));
     const MeshSpace space = ExportSpace(options, file);
     const LevelSource source(geometry, {options.FlagOr("world", false), space});
-    const std::vector<std::string> further = WriteMeshFile(file, source, FileProgress());
+    const std::vector<std::string> further = WriteMeshFile(file, source, progress.job);
     NoteWritten(file);
     for (const std::string& written : further) NoteWritten(written);
 }

@@ -2,8 +2,8 @@
 #include "framework/script/JournalRecovery.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/io/FilePath.h"
+#include "framework/jobs/JobControl.h"
 #include "framework/script/ScriptDocument.h"
 
 #include <exception>
@@ -38,10 +38,10 @@ private:
     }
 };
 
-bool IsStill(const JournalFile& file) {
+bool IsStill(const JournalFile& file, JobControl* job) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file.path, ignored)) return false;
-    return HashFile(file.path) == file.content;
+    return HashFile(file.path, job) == file.content;
 }
 
 /// Runs a journal's steps.
@@ -61,7 +61,7 @@ public:
         const std::size_t first = ChooseStart();
         const nlohmann::json script = Checked(first);
         ScriptProgress quiet;
-        quiet.stop = options.progress.stop;
+        quiet.job = options.progress.job;
         // Journals of programs that did not confine scripts name no output folder.
         const std::string& output = content.base.output;
         work.runner = std::make_unique<ScriptRunner>(
@@ -74,20 +74,18 @@ public:
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
                 options.progress.step(i, content.steps.size(), Name(content.steps[i]));
-            StopIfAsked();
+            ThrowIfCancelled();
             step = &content.steps[i];
             if (step->step.is_null())
                 RedoStroke();
             else
                 RedoStep(i);
         }
-        work.runner->Session().Loop().End([this] { StopIfAsked(); });
+        work.runner->Session().Loop().End([this] { ThrowIfCancelled(); });
     }
 
 private:
-    void StopIfAsked() const {
-        if (options.progress.stop && options.progress.stop()) throw WorkStopped();
-    }
+    void ThrowIfCancelled() const { ReportOrThrow(options.progress.job, 0, 0, "Redoing steps"); }
 
     [[noreturn]] void Fail(const std::string& reason) const {
         throw HostError(path + ": " + reason);
@@ -99,7 +97,7 @@ private:
 
     void CheckStamps() const {
         for (const JournalFile& stamp : content.stamps) {
-            if (!IsStill(stamp))
+            if (!IsStill(stamp, options.progress.job))
                 Fail("the file " + stamp.path + " is no longer what it was (sha256 " +
                      stamp.content.sha256 + ")");
         }
@@ -110,11 +108,11 @@ private:
         // Where nothing came after a save, the scene is the work.
         const auto& saves = content.saves;
         if (!saves.empty() && saves.back().stepsBefore == content.steps.size() &&
-            IsStill(saves.back().scene))
+            IsStill(saves.back().scene, options.progress.job))
             return StartFrom(saves.back());
-        if (IsStill({content.base.source, content.base.content})) return 0;
+        if (IsStill({content.base.source, content.base.content}, options.progress.job)) return 0;
         for (auto save = saves.rbegin(); save != saves.rend(); ++save)
-            if (IsStill(save->scene)) return StartFrom(*save);
+            if (IsStill(save->scene, options.progress.job)) return StartFrom(*save);
         Fail("the file that the work started from, " + content.base.source +
              ", is no longer there or not what it was (sha256 " + content.base.content.sha256 +
              "); put it back and try again");
@@ -203,7 +201,7 @@ private:
     void RepeatEnd(SculptSession& session) const {
         StrokeLoop& loop = session.Loop();
         if (!step->failed) {
-            loop.End([this] { StopIfAsked(); });
+            loop.End([this] { ThrowIfCancelled(); });
             return;
         }
         // The end itself may have failed, which need not happen again.

@@ -33,7 +33,7 @@ struct RecoveredWork {
 /// step by step and dab by dab, up to the last finished dab. Steps that write files write none.
 /// The result has the bits of the work itself.
 /// \throw HostError naming journal and reason: damage; a mesh, scene or stamp that is no longer
-/// there or is not what it was; work that comes out otherwise than it did.
+/// there or is not what it was; work that comes out otherwise than it did. Cancelled.
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 

@@ -2,8 +2,8 @@
 
 /// \file
 /// Steps one by one, and what the journal hears of them.
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>
@@ -33,8 +33,8 @@ std::string TextOf(Error* error) {
 
 void ScriptRunner::StartJournal(const FieldReader& script) {
     if (journalOptions.path.empty()) return;
-    journal =
-        std::make_unique<SessionJournal>(journalOptions, *session, script.Json(), path, files);
+    journal = std::make_unique<SessionJournal>(
+        journalOptions, *session, script.Json(), path, files, progress.job);
 }
 
 void ScriptRunner::Open(const nlohmann::json& setup) {
@@ -64,7 +64,7 @@ void ScriptRunner::Do(const FieldReader& step) {
         const std::string text = TextOf(error);
         end(true);
         step.Fail(text);
-    } catch (const WorkStopped&) {
+    } catch (const Cancelled&) {
         // The step did not fail: it is one that was not finished, as after a crash.
         throw;
     } catch (...) {
@@ -85,9 +85,9 @@ void ScriptRunner::TellProblems() {
 
 void ScriptRunner::Save(const std::string& scenePath) {
     if (journal != nullptr)
-        journal->Save(scenePath);
+        journal->Save(scenePath, progress.job);
     else
-        session->Save(scenePath);
+        session->Save(scenePath, SceneStream(), {}, progress.job);
 }
 
 void ScriptRunner::Close() {

@@ -2,8 +2,8 @@
 
 /// \file
 /// Steps of a script that add, delete and choose levels.
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/mesh/BaseLevel.h"
 #include "framework/script/ScriptRunner.h"
@@ -34,12 +34,13 @@ void ScriptRunner::Subdivide(const FieldReader& where, int count) {
     try {
         // All of them first, so that a step that cannot be done leaves the mesh as it was.
         session->Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
-        SubdivideOptions options;
-        options.stop = progress.stop;
-        for (int i = 0; i < count; ++i) {
-            if (session->Subdivide(options)) continue;
-            while (i-- > 0) session->Undo();
-            throw WorkStopped();
+        int done = 0;
+        try {
+            for (; done < count; ++done)
+                session->Subdivide(LevelGeometry::unlimitedBytes, progress.job);
+        } catch (const Cancelled&) {
+            while (done-- > 0) session->Undo();
+            throw;
         }
     } catch (const HostError& error) {
         where.Fail(error.what());
@@ -49,7 +50,7 @@ void ScriptRunner::Subdivide(const FieldReader& where, int count) {
 void ScriptRunner::RunSubdivide(const FieldReader& count) { Subdivide(count, count.Integer()); }
 
 void ScriptRunner::RunLevel(const FieldReader& level) {
-    if (!session->BindLevel(static_cast<uint32_t>(level.Integer()))) {
+    if (!session->BindLevel(static_cast<uint32_t>(level.Integer()), progress.job)) {
         level.Fail("there is no level " + std::to_string(level.Integer()) + "; the highest is " +
                    std::to_string(session->Geometry().LevelCount() - 1));
     }
@@ -57,24 +58,26 @@ void ScriptRunner::RunLevel(const FieldReader& level) {
 
 void ScriptRunner::RunDeleteLevels(const FieldReader& which) {
     const bool lower = which.Text() == "lower";
-    if (session->DeleteLevels(lower)) return;
+    if (session->DeleteLevels(lower, progress.job)) return;
     which.Fail("level " + std::to_string(session->Geometry().BoundIndex()) + " is the " +
                (lower ? "lowest" : "highest"));
 }
 
 void ScriptRunner::RunUnsubdivide(const FieldReader& count) {
-    for (int i = 0; i < count.Integer(); ++i) {
-        try {
-            session->Unsubdivide();
-        } catch (const HostError& error) {
-            count.Fail(error.what());
-        }
+    int done = 0;
+    try {
+        for (; done < count.Integer(); ++done) session->Unsubdivide(progress.job);
+    } catch (const HostError& error) {
+        count.Fail(error.what());
+    } catch (const Cancelled&) {
+        while (done-- > 0) session->Undo();
+        throw;
     }
 }
 
 void ScriptRunner::RunApplyToBase(const FieldReader& flag) {
     if (session->Geometry().BoundIndex() == 0) flag.Fail("the level at hand is the base");
-    session->ApplyToBase();
+    session->ApplyToBase(progress.job);
 }
 
 }  // namespace trovik

@@ -45,10 +45,9 @@ void ScriptRunner::RunBake(const FieldReader& bake) {
     options.samples = Count(bake, "samples", options.samples);
     options.padding = Count(bake, "padding", options.padding);
     options.repeat = bake.FlagOr("repeat", options.repeat);
-    options.progress = FileProgress();
     const MapFileOptions file = MapFileOf(bake);
     try {
-        const MapReport report = BakeToFile(geometry, options, file);
+        const MapReport report = BakeToFile(geometry, options, file, progress.job);
         for (const std::string& written : report.files) NoteWritten(written);
         files.NoteWritten(file.path);
         if (!report.warning.empty() && progress.message) progress.message(report.warning);

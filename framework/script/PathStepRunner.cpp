@@ -150,7 +150,7 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     PenStrokeOptions pen;
     pen.isFiltered = isPen && given.FlagOr("filter", true);
     pen.progress = DabProgress();
-    pen.poll = [this] { StopIfAsked(); };
+    pen.poll = [this] { ThrowIfCancelled(); };
     // Places of scripts are exact, whatever the tool makes of a hand's.
     if (!isPen || given.Has("smoothing")) pen.smoothing = given.NumberOr("smoothing", 0.0f);
     if (!isPen || given.Has("steady")) pen.steady = given.NumberOr("steady", 0.0f);

@@ -65,7 +65,6 @@ PictureOptions ScriptRunner::ReadPictureOptions(const FieldReader& fields,
     options.samples = fields.IntegerOr("samples", 16);
     options.wireframe = fields.FlagOr("wireframe", false);
     options.transparent = fields.FlagOr("transparent", false);
-    options.poll = [this] { StopIfAsked(); };
     options.matcap = fields.TextOr("matcap", "");
     options.shading = options.matcap.empty() ? ShadingMode::Clay : ShadingMode::Matcap;
     if (fields.Has("shading")) {
@@ -102,19 +101,21 @@ void ScriptRunner::MakePictures(const FieldReader& fields,
     std::optional<RenderScene> sceneBefore;
     orFail([&] {
         after.emplace(geometry, options.shading);
-        sceneAfter.emplace(std::vector<PictureMesh>{after->Mesh()});
+        sceneAfter.emplace(std::vector<PictureMesh>{after->Mesh()}, progress.job);
         if (!beforeAfter) return;
         before.emplace(geometry, options.shading, positionsBefore, normalsBefore);
-        sceneBefore.emplace(std::vector<PictureMesh>{before->Mesh()});
+        sceneBefore.emplace(std::vector<PictureMesh>{before->Mesh()}, progress.job);
     });
     for (int i = 0; i < frames; ++i) {
-        StopIfAsked();
+        ThrowIfCancelled();
         const PictureCamera camera = TurntableFrame(first, i, frames);
         Picture picture = orFail([&] {
-            Picture rendered = sceneAfter->Render(camera, options);
+            Picture rendered = sceneAfter->Render(camera, options, progress.job);
             if (!beforeAfter) return rendered;
-            return PlaceInRows(
-                {sceneBefore->Render(camera, options), rendered}, 2, gap, {"before", "after"});
+            return PlaceInRows({sceneBefore->Render(camera, options, progress.job), rendered},
+                               2,
+                               gap,
+                               {"before", "after"});
         });
         take(std::move(picture), i);
     }

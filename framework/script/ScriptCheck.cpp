@@ -96,7 +96,7 @@ std::vector<std::string> ScriptRunner::Check() {
     CheckSetUp(script, faults);
     const FieldReader steps = script.At("steps");
     for (std::size_t i = 0; i < steps.Size(); ++i) {
-        StopIfAsked();
+        ThrowIfCancelled();
         CheckStep(steps.At(i), faults);
     }
     return faults;
@@ -107,7 +107,7 @@ void ScriptRunner::CheckSetUp(const FieldReader& script, std::vector<std::string
     const bool hasSource = script.Has("mesh") != script.Has("scene");
     if (!hasSource || !Attempt(faults, [&] { OpenSource(script); }))
         session = std::make_unique<SculptSession>(path, Cube());
-    StopIfAsked();
+    ThrowIfCancelled();
     if (script.Has("preferences"))
         Attempt(faults, [&] { RunPreferences(script.At("preferences")); });
     if (script.Has("transform")) Attempt(faults, [&] { RunTransform(script.At("transform")); });

@@ -5,8 +5,8 @@
 #include "framework/brushes/Falloff.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/Suggestion.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/history/UndoPreferences.h"
+#include "framework/jobs/JobControl.h"
 #include "framework/json/JsonText.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/multires/Steps.h"
@@ -76,7 +76,7 @@ ScriptResult ScriptRunner::Run() {
         if (step.Size() == 0) continue;
         if (progress.step) progress.step(i, steps.Size(), NextStepLabel(step));
         try {
-            StopIfAsked();
+            ThrowIfCancelled();
             RunAndReport(step);
         } catch (...) {
             FinishTraceAfterError();
@@ -86,7 +86,7 @@ ScriptResult ScriptRunner::Run() {
         if (trace != nullptr) trace->ThrowIfFailed();
         if (i == lastCall) FinishTrace();
     }
-    StopIfAsked();
+    ThrowIfCancelled();
     Close();
     if (progress.step) progress.step(steps.Size(), steps.Size(), "");
     result.totals = session->Totals();
@@ -96,21 +96,12 @@ ScriptResult ScriptRunner::Run() {
     return result;
 }
 
-void ScriptRunner::StopIfAsked() const {
-    if (progress.stop && progress.stop()) throw WorkStopped();
-}
-
-WriteProgress ScriptRunner::FileProgress() const {
-    return [this](uint64_t written, uint64_t total) {
-        if (progress.file) progress.file(written, total);
-        StopIfAsked();
-    };
-}
+void ScriptRunner::ThrowIfCancelled() const { ReportOrThrow(progress.job, 0, 0, "Running steps"); }
 
 std::function<void()> ScriptRunner::DabProgress() const {
     return [this] {
         if (progress.dab) progress.dab();
-        StopIfAsked();
+        ThrowIfCancelled();
     };
 }
 
@@ -118,7 +109,7 @@ void ScriptRunner::SetUp(const FieldReader& script) {
     CheckHasOneSource(script);
     PrepareProcess(script);
     OpenSource(script);
-    StopIfAsked();
+    ThrowIfCancelled();
     if (script.Has("undoBudget"))
         session->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
     if (script.Has("subdivideBudget"))
@@ -190,14 +181,14 @@ void ScriptRunner::SelectFirstTool() {
 void ScriptRunner::OpenMesh(const FieldReader& script) {
     const std::string mesh = InputPath(script.At("mesh"));
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh);
-    session = std::make_unique<SculptSession>(mesh, ImportSpace(script));
+    session = std::make_unique<SculptSession>(mesh, ImportSpace(script), progress.job);
     ReportNotes(mesh, session->Notes());
 }
 
 void ScriptRunner::OpenScene(const FieldReader& script) {
     const std::string scene = InputPath(script.At("scene"));
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + scene);
-    session = SculptSession::OpenScene(scene);
+    session = SculptSession::OpenScene(scene, progress.job);
     ReportNotes(scene, session->Notes());
 }
 

@@ -20,14 +20,12 @@
 
 namespace trovik {
 
-/// What the runner tells whoever started it.
+/// What the runner reports to its caller.
 struct ScriptProgress {
     /// Steps finished and their number, and the words for the one at work.
     std::function<void(std::size_t done, std::size_t count, const std::string& what)> step;
     /// A dab was made; for progress within a long stroke.
     std::function<void()> dab;
-    /// Elements of a mesh file that were written, and how many there will be.
-    WriteProgress file;
     /// A message of the brush to its user, as plain text; a note about a file; or a failure that
     /// costs memory but loses nothing, such as undo steps that cannot be moved to disk.
     std::function<void(const std::string&)> message;
@@ -35,9 +33,9 @@ struct ScriptProgress {
     /// once per step), or safety that the user relies on was lost: the journal could not be kept.
     /// The work goes on. If empty, `message` receives what concerns safety.
     std::function<void(const std::string&)> warning;
-    /// Asked between steps and dabs, and now and then while levels and files are made; answers true
-    /// to stop: the run then throws WorkStopped. May be empty.
-    std::function<bool()> stop;
+    /// Receives the progress of long steps, and can cancel the run between steps and dabs and
+    /// during long steps: the run then throws Cancelled. Borrowed; null: nobody.
+    JobControl* job = nullptr;
 };
 
 /// What one step did.
@@ -66,8 +64,8 @@ struct ScriptResult {
 
 /// Runs a stroke script: its meaning is told in docs/stroke-script.md. Where files are looked for
 /// and where they are written is described at ScriptFiles.
-/// \throw HostError of one line: file, JSON pointer, reason. \throw WorkStopped when it was asked
-/// to stop. Files written before stay.
+/// \throw HostError of one line: file, JSON pointer, reason. \throw Cancelled when its job
+/// cancels. Files written before stay.
 class TROVIK_API ScriptRunner {
 public:
     /// \param scriptPath  "-" for standard input.
@@ -145,9 +143,9 @@ private:
     void Warn(const std::string& reason) { stepWarnings.push_back(reason); }
     /// Passes notes about a file to `progress.message`.
     void ReportNotes(const std::string& file, const std::vector<std::string>& notes) const;
-    void StopIfAsked() const;
-    /// Of a file, and of dabs, for who works long on them.
-    WriteProgress FileProgress() const;
+    /// \throw Cancelled when the job cancels.
+    void ThrowIfCancelled() const;
+    /// Of dabs.
     std::function<void()> DabProgress() const;
     void CheckOpenStroke(const FieldReader& step) const;
     /// What a stroke step must and must not have.

@@ -43,46 +43,51 @@ std::unique_ptr<BrushOperation> MakeBrush() {
 
 }  // namespace
 
-SculptSession::SculptSession(const std::string& meshPath, const MeshSpace& given)
-    : SculptSession(meshPath, [&] {
-          PolygonMesh polygons = ReadMeshFile(meshPath);
-          polygons.attributes.space = Overlaid(polygons.attributes.space, given);
-          return polygons;
-      }()) {}
+SculptSession::SculptSession(const std::string& meshPath, const MeshSpace& given, JobControl* job)
+    : SculptSession(
+          meshPath,
+          [&] {
+              PolygonMesh polygons = ReadMeshFile(meshPath, job);
+              polygons.attributes.space = Overlaid(polygons.attributes.space, given);
+              return polygons;
+          }(),
+          job) {}
 
-SculptSession::SculptSession(const std::string& name, PolygonMesh polygons)
+SculptSession::SculptSession(const std::string& name, PolygonMesh polygons, JobControl* job)
     : path(name), loaded(std::move(polygons)) {
     notes = loaded.notes;
     HostKernel::Instance();
-    MakeOrientedManifold(loaded);
+    MakeOrientedManifold(loaded, job);
     brush = MakeBrush();
-    BuildGeometry();
+    BuildGeometry(job);
 }
 
 SculptSession::SculptSession(const std::string& scenePath,
-                             std::unique_ptr<BrushOperation> sceneBrush)
+                             std::unique_ptr<BrushOperation> sceneBrush,
+                             JobControl* job)
     : path(scenePath), brush(std::move(sceneBrush)) {
     freezeBrush = std::make_unique<FreezeBrush>();
-    LoadedScene scene = LoadScene(scenePath, brush.get(), freezeBrush.get());
+    LoadedScene scene = LoadScene(scenePath, brush.get(), freezeBrush.get(), job);
     freezing = scene.isFreezing;
     loaded = std::move(scene.imported);
     geometry = std::move(scene.geometry);
     settings = std::move(scene.settings);
     notes = std::move(scene.notes);
     ApplyUndoSettings();
-    HostKernel::Instance().Scene()->AddGeometry(geometry.get());
-    RebuildLoop();
+    ShowGeometry(job);
     UpdateCamera();
 }
 
-std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scenePath) {
+std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scenePath,
+                                                        JobControl* job) {
     HostKernel::Instance();
-    return std::unique_ptr<SculptSession>(new SculptSession(scenePath, MakeBrush()));
+    return std::unique_ptr<SculptSession>(new SculptSession(scenePath, MakeBrush(), job));
 }
 
 void SculptSession::Save(const std::string& scenePath,
                          const SceneStream& header,
-                         const std::function<void(const std::string&)>& beforeReplacing) {
+                         const std::function<void(const std::string&)>& beforeReplacing,
+                         JobControl* job) {
     try {
         RequireNoStroke("save the scene");
     } catch (const HostError& refused) {
@@ -91,7 +96,8 @@ void SculptSession::Save(const std::string& scenePath,
     SaveScene(scenePath,
               {*geometry, loaded, *brush, settings, freezeBrush.get(), freezing},
               header,
-              beforeReplacing);
+              beforeReplacing,
+              job);
 }
 
 SculptSession::~SculptSession() {
@@ -115,21 +121,31 @@ void SculptSession::RequireNoStroke(const char* work) const {
                         " while a stroke is open; release or abandon it first");
 }
 
-void SculptSession::BuildGeometry() {
+void SculptSession::BuildGeometry(JobControl* job) {
     if (geometry != nullptr) HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
     earlierTotals = Totals();
     loop.reset();
     freezeLoop.reset();
     tree.reset();
-    geometry = std::make_unique<LevelGeometry>(loaded);
+    geometry = std::make_unique<LevelGeometry>(loaded, job);
     ApplyUndoSettings();
-    HostKernel::Instance().Scene()->AddGeometry(geometry.get());
-    RebuildLoop();
+    ShowGeometry(job);
 }
 
-void SculptSession::RebuildLoop() {
+void SculptSession::ShowGeometry(JobControl* job) {
+    HostKernel::Instance().Scene()->AddGeometry(geometry.get());
+    try {
+        RebuildLoop(job);
+    } catch (...) {
+        // A constructor that throws has no destructor that would do so.
+        HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
+        throw;
+    }
+}
+
+void SculptSession::RebuildLoop(JobControl* job) {
     earlierTotals = Totals();
-    tree = std::make_unique<PatchTree>(geometry->Bound());
+    tree = std::make_unique<PatchTree>(geometry->Bound(), job);
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
@@ -184,7 +200,7 @@ void SculptSession::PlaceRenderers() {
 void SculptSession::Reset() {
     RequireNoStroke("reset the mesh");
     const Placement place = geometry->Place();
-    BuildGeometry();
+    BuildGeometry(nullptr);
     geometry->Place() = place;
 }
 
@@ -193,40 +209,37 @@ void SculptSession::PushLevels(std::unique_ptr<UndoStep> step) {
     RebuildLoop();
 }
 
-bool SculptSession::Subdivide(const SubdivideOptions& options) {
+void SculptSession::Subdivide(uint64_t byteBudget, JobControl* job) {
     RequireNoStroke("subdivide");
-    auto step = SubdivideAsStep(*geometry, options);
-    if (step == nullptr) return false;
-    PushLevels(std::move(step));
-    return true;
+    PushLevels(SubdivideAsStep(*geometry, byteBudget, job));
 }
 
-bool SculptSession::DeleteLevels(bool lower) {
+bool SculptSession::DeleteLevels(bool lower, JobControl* job) {
     RequireNoStroke("delete levels");
-    auto step = DeleteLevelsAsStep(*geometry, lower);
+    auto step = DeleteLevelsAsStep(*geometry, lower, job);
     if (step == nullptr) return false;
     PushLevels(std::move(step));
     return true;
 }
 
-void SculptSession::Unsubdivide() {
+void SculptSession::Unsubdivide(JobControl* job) {
     RequireNoStroke("unsubdivide");
-    PushLevels(UnsubdivideAsStep(*geometry));
+    PushLevels(UnsubdivideAsStep(*geometry, job));
 }
 
-bool SculptSession::ApplyToBase() {
+bool SculptSession::ApplyToBase(JobControl* job) {
     RequireNoStroke("apply the level to the base");
-    auto step = ApplyToBaseAsStep(*geometry);
+    auto step = ApplyToBaseAsStep(*geometry, job);
     if (step == nullptr) return false;
     PushLevels(std::move(step));
     return true;
 }
 
-bool SculptSession::BindLevel(uint32_t level) {
+bool SculptSession::BindLevel(uint32_t level, JobControl* job) {
     RequireNoStroke("change the level");
     if (level >= geometry->LevelCount()) return false;
     if (level == geometry->BoundIndex()) return true;
-    PushLevels(BindLevelAsStep(*geometry, level));
+    PushLevels(BindLevelAsStep(*geometry, level, job));
     return true;
 }
 

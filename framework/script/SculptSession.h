@@ -31,11 +31,15 @@ class TROVIK_API SculptSession {
 public:
     /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.
     /// \param given  what the file's numbers mean, before what the file itself says.
-    explicit SculptSession(const std::string& meshPath, const MeshSpace& given = {});
+    /// \throw Cancelled.
+    explicit SculptSession(const std::string& meshPath,
+                           const MeshSpace& given = {},
+                           JobControl* job = nullptr);
     /// The same for polygons that are no file. \param name  stands for the file in messages.
-    SculptSession(const std::string& name, PolygonMesh polygons);
+    SculptSession(const std::string& name, PolygonMesh polygons, JobControl* job = nullptr);
     /// Opens a scene file and goes on where it was saved; see SaveScene for what it holds.
-    static std::unique_ptr<SculptSession> OpenScene(const std::string& scenePath);
+    static std::unique_ptr<SculptSession> OpenScene(const std::string& scenePath,
+                                                    JobControl* job = nullptr);
     ~SculptSession();
     SculptSession(const SculptSession&) = delete;
     SculptSession& operator=(const SculptSession&) = delete;
@@ -60,26 +64,28 @@ public:
     SceneSettings& Settings() { return settings; }
 
     /// Writes all but the undo history into a scene file.
-    /// \throw HostError; the old file then is as it was.
+    /// \throw HostError; Cancelled. The old file then is as it was.
     /// \param header, beforeReplacing  see SaveScene.
     void Save(const std::string& scenePath,
               const SceneStream& header = SceneStream(),
-              const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
+              const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {},
+              JobControl* job = nullptr);
     /// What was left out of the mesh file or scene, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
     /// Puts the mesh back as it was imported: level 0, no layers, no freeze, no undo.
     void Reset();
-    /// See LevelGeometry::Subdivide. \return false when `options.stop` stopped it.
-    bool Subdivide(const SubdivideOptions& options = {});
+    /// See LevelGeometry::Subdivide. This and the next four throw Cancelled when the job cancels;
+    /// nothing has changed then.
+    void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes, JobControl* job = nullptr);
     /// Deletes the levels above the bound one, or those below it. \return false when there is none.
-    bool DeleteLevels(bool lower);
+    bool DeleteLevels(bool lower, JobControl* job = nullptr);
     /// Puts a coarser level below the base. \throw HostError when the base is no refinement.
-    void Unsubdivide();
+    void Unsubdivide(JobControl* job = nullptr);
     /// Gives the shape of the bound level to those below it. \return false when nothing moved.
-    bool ApplyToBase();
+    bool ApplyToBase(JobControl* job = nullptr);
     /// \return false for a level that does not exist.
-    bool BindLevel(uint32_t level);
+    bool BindLevel(uint32_t level, JobControl* job = nullptr);
     /// \return false when there is nothing to take back.
     bool Undo();
     bool Redo();
@@ -144,9 +150,13 @@ public:
     const PolygonMesh& Imported() const { return loaded; }
 
 private:
-    SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
-    void BuildGeometry();
-    void RebuildLoop();
+    SculptSession(const std::string& scenePath,
+                  std::unique_ptr<BrushOperation> sceneBrush,
+                  JobControl* job);
+    void BuildGeometry(JobControl* job);
+    /// Adds the geometry to the kernel's scene, and makes what follows from its surface.
+    void ShowGeometry(JobControl* job);
+    void RebuildLoop(JobControl* job = nullptr);
     void PlaceMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
     void PlaceRenderers();

@@ -46,14 +46,15 @@ std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
 JournalBase SessionJournal::MakeBase(SculptSession& session,
                                      const nlohmann::json& setup,
                                      const std::string& script,
-                                     const ScriptFiles& files) {
+                                     const ScriptFiles& files,
+                                     JobControl* job) {
     JournalBase base;
     base.output = Absolute(files.OutputFolder());
     base.outsideAllowed = files.IsOutsideAllowed();
     base.program = ProgramName();
     base.script = Absolute(script);
     base.source = Absolute(session.MeshPath());
-    base.content = HashFile(base.source);
+    base.content = HashFile(base.source, job);
     base.setup = setup;
     base.setup.erase("steps");
     base.setup[setup.contains("scene") ? "scene" : "mesh"] = base.source;
@@ -65,12 +66,13 @@ SessionJournal::SessionJournal(const JournalOptions& options,
                                SculptSession& sculptSession,
                                const nlohmann::json& scriptSetup,
                                const std::string& scriptPath,
-                               const ScriptFiles& scriptFiles)
+                               const ScriptFiles& scriptFiles,
+                               JobControl* job)
     : session(sculptSession),
       setup(scriptSetup),
       script(scriptPath),
       files(scriptFiles),
-      journal(options, MakeBase(sculptSession, scriptSetup, scriptPath, scriptFiles)) {
+      journal(options, MakeBase(sculptSession, scriptSetup, scriptPath, scriptFiles, job)) {
     session.SetInputListener(this);
     MarkHistory();
 }
@@ -164,13 +166,14 @@ void SessionJournal::StartedAnew() {
     MarkHistory();
 }
 
-void SessionJournal::Save(const std::string& scenePath) {
+void SessionJournal::Save(const std::string& scenePath, JobControl* job) {
     JournalFile scene{Absolute(scenePath), {}};
-    session.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
+    const auto beforeReplacing = [&](const std::string& temporaryPath) {
         if (!journal.IsAlive()) return;
-        scene.content = HashFile(temporaryPath);
+        scene.content = HashFile(temporaryPath, job);
         journal.Saved(scene);
-    });
+    };
+    session.Save(scenePath, SceneStream(), beforeReplacing, job);
     if (!journal.IsAlive()) return;
     journal.StartAnew(BaseFrom(scene));
     StartedAnew();

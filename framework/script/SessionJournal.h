@@ -22,7 +22,8 @@ public:
                    SculptSession& session,
                    const nlohmann::json& setup,
                    const std::string& script,
-                   const ScriptFiles& files);
+                   const ScriptFiles& files,
+                   JobControl* job = nullptr);
     ~SessionJournal();
     SessionJournal(const SessionJournal&) = delete;
     SessionJournal& operator=(const SessionJournal&) = delete;
@@ -34,8 +35,9 @@ public:
     void EndStep(bool failed);
     /// Saves the session's scene; the journal starts anew from it. Whatever moment the process
     /// ends at, the old scene with the old journal or the new scene with either gives all back.
-    /// \throw HostError when the scene cannot be written; it and the journal go on as they were.
-    void Save(const std::string& scenePath);
+    /// \throw HostError when the scene cannot be written; Cancelled. It and the
+    /// journal go on as they were.
+    void Save(const std::string& scenePath, JobControl* job = nullptr);
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }
 
@@ -49,7 +51,8 @@ private:
     static JournalBase MakeBase(SculptSession& session,
                                 const nlohmann::json& setup,
                                 const std::string& script,
-                                const ScriptFiles& files);
+                                const ScriptFiles& files,
+                                JobControl* job);
     void NoteStamp();
     void NoteFile(const std::string& path);
     StepEnd Ended(bool failed) const;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/script/SessionStroke.h"
 
-#include "framework/errors/WorkStopped.h"
+#include "framework/errors/Cancelled.h"
 #include "framework/strokes/DabStrength.h"
 #include "framework/strokes/PathSteps.h"
 
@@ -72,7 +72,7 @@ void SessionStroke::Do(Work work) {
     if (IsOver()) return;
     try {
         work();
-    } catch (const WorkStopped&) {
+    } catch (const Cancelled&) {
         if (IsOpen()) session.Loop().Break();
         isOver = true;
         throw;

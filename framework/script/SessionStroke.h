@@ -26,7 +26,7 @@ struct PenStrokeOptions {
     /// Called after each dab.
     std::function<void()> progress;
     /// Called now and then while the path is walked, with dabs or without. What it throws, such as
-    /// WorkStopped, ends the stroke where it is.
+    /// Cancelled, ends the stroke where it is.
     std::function<void()> poll;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/errors/WorkStopped.h"
+#include "framework/errors/Cancelled.h"
 #include "framework/script/ScriptRunner.h"
 #include "framework/script/SessionStroke.h"
 #include "framework/strokes/DabStrength.h"
@@ -94,14 +94,14 @@ void ScriptRunner::RunStroke(const FieldReader& stroke) {
     }
     try {
         LayDabs(stroke);
-    } catch (const WorkStopped&) {
+    } catch (const Cancelled&) {
         loop.Break();
         throw;
     } catch (...) {
-        loop.End([this] { StopIfAsked(); });
+        loop.End([this] { ThrowIfCancelled(); });
         throw;
     }
-    if (!staysOpen) loop.End([this] { StopIfAsked(); });
+    if (!staysOpen) loop.End([this] { ThrowIfCancelled(); });
     WarnOfIdleStroke(stroke, before);
 }
 

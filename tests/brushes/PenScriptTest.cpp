@@ -2,8 +2,8 @@
 
 /// \file
 /// Pens and the paths of strokes as stroke scripts tell them.
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
@@ -278,14 +278,24 @@ TEST_F(PenScript, WalksCanBeStoppedWhereTheyApplyNoDab) {
                             std::string(stroke) + "}}]}");
         ScriptProgress progress;
         bool isStroke = false;
-        int asked = 0;
+        class StrokeJob : public JobControl {
+        public:
+            explicit StrokeJob(const bool& stroking) : isStroke(stroking) {}
+            // The first report comes before the step.
+            bool Report(uint64_t, uint64_t, const char*) override {
+                return !isStroke || ++asked <= 2;
+            }
+            int asked = 0;
+
+        private:
+            const bool& isStroke;
+        } job(isStroke);
         progress.step = [&](std::size_t, std::size_t, const std::string& what) {
             isStroke = what == "Sculpt, stroke 1 of 1";
         };
-        // The first question comes before the step.
-        progress.stop = [&] { return isStroke && ++asked > 2; };
-        EXPECT_THROW(ScriptRunner(script, folder.Path("out"), progress).Run(), WorkStopped);
-        EXPECT_EQ(asked, 3);
+        progress.job = &job;
+        EXPECT_THROW(ScriptRunner(script, folder.Path("out"), progress).Run(), Cancelled);
+        EXPECT_EQ(job.asked, 3);
     }
 }
 

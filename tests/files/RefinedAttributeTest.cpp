@@ -5,6 +5,7 @@
 #include "tests/files/AttributeSamples.h"
 #include "tests/files/SampleMeshes.h"
 #include "tests/files/TemporaryFolder.h"
+#include "tests/jobs/TestJob.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -180,15 +181,11 @@ TEST(RefinedAttributes, FilesOfRefinedLevelsKeepSeamsAndValues) {
     const TemporaryFolder folder;
     for (const char* name : {"fine.obj", "fine.ply"}) {
         SCOPED_TRACE(name);
-        std::uint64_t last = 0;
-        std::uint64_t announced = 0;
-        WriteMeshFile(folder.Path(name), source, [&](std::uint64_t done, std::uint64_t total) {
-            EXPECT_GT(done, last);
-            last = done;
-            announced = total;
-        });
-        EXPECT_EQ(last, gathered.positions.size() + gathered.faceSizes.size());
-        EXPECT_EQ(announced, last);
+        TestJob job;
+        WriteMeshFile(folder.Path(name), source, &job);
+        job.ExpectFinished();
+        EXPECT_TRUE(job.phases.count("Writing vertices") == 1);
+        EXPECT_TRUE(job.phases.count("Writing faces") == 1);
         const PolygonMesh read = ReadMeshFile(folder.Path(name));
         EXPECT_EQ(Bits(read.positions), Bits(gathered.positions));
         EXPECT_EQ(Bits(read.normals), Bits(gathered.normals));

@@ -2,13 +2,14 @@
 
 /// \file
 /// Work that is done again from its journal has the bits that it had.
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/script/JournalRecovery.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/SessionStroke.h"
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/DabStrength.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/journal/JournalWork.h"
 
 #include <gtest/gtest.h>
@@ -342,7 +343,7 @@ TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListenerBehind) {
 
 // The sides that were left out stay out, and a recovery can be stopped between those that were not.
 TEST_F(RecoveredJournal, HoldsMirroredStrokesThatWereBrokenOff) {
-    unsigned questions = 0;
+    uint64_t questions = 0;
     for (const bool isBroken : {true, false}) {
         SCOPED_TRACE(isBroken);
         std::optional<uint32_t> state;
@@ -364,16 +365,16 @@ TEST_F(RecoveredJournal, HoldsMirroredStrokesThatWereBrokenOff) {
         }
         EXPECT_EQ(dabs, isBroken ? 4u : 8u);
         RecoveryOptions options;
-        unsigned asked = 0;
-        options.progress.stop = [&asked] { return ++asked == 0; };
+        TestJob whole(TestJob::never, TestJob::WithoutClock());
+        options.progress.job = &whole;
         const RecoveredWork work = RedoJournal(Journal(), options);
         EXPECT_EQ(StateOf(work.runner->Session()), *state);
         EXPECT_EQ(work.runner->Session().Totals().dabs, dabs);
-        const unsigned all = asked;
-        options.progress.stop = [&asked, all] { return ++asked == all; };
-        asked = 0;
-        EXPECT_THROW(RedoJournal(Journal(), options), WorkStopped);
-        EXPECT_EQ(asked, all);
+        const uint64_t all = whole.reports;
+        TestJob last(all, TestJob::WithoutClock());
+        options.progress.job = &last;
+        EXPECT_THROW(RedoJournal(Journal(), options), Cancelled);
+        EXPECT_EQ(last.reports, all);
         // Once more for each dab of the second pair of sides.
         if (isBroken) questions = all;
         EXPECT_EQ(all, isBroken ? questions : questions + 2);

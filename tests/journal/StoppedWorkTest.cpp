@@ -3,16 +3,18 @@
 /// \file
 /// Work that is asked to stop, at each moment at which it asks: files are whole or as they were,
 /// and the journal gives back all that was finished.
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
-#include "framework/errors/WorkStopped.h"
 #include "framework/math/SameBits.h"
 #include "framework/script/JournalRecovery.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/journal/JournalWork.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <set>
 
 namespace trovik::test {
@@ -35,22 +37,22 @@ json Steps() {
             {{"subdivide", 1}}};
 }
 
-/// A run of the script that is stopped when it asks for the `at`-th time.
+/// A run of the script that is cancelled at its `at`-th report.
 class StoppedRun {
 public:
-    StoppedRun(const TemporaryFolder& folder, unsigned at) {
+    StoppedRun(const TemporaryFolder& folder, uint64_t at) : job(at, TestJob::WithoutClock()) {
         ScriptProgress progress;
-        progress.stop = [this, at] { return ++asked >= at; };
+        progress.job = &job;
         runner =
             std::make_unique<ScriptRunner>(FillScript(folder, Steps()), folder.Path(""), progress);
         runner->SetJournal({folder.Path("work.journal"), false});
         try {
             runner->Run();
-        } catch (const WorkStopped&) {
+        } catch (const Cancelled&) {
             stopped = true;
         }
     }
-    unsigned asked = 0;
+    TestJob job;
     bool stopped = false;
     std::unique_ptr<ScriptRunner> runner;
 };
@@ -65,21 +67,22 @@ std::set<std::string> Files(const TemporaryFolder& folder) {
 TEST(StoppedWork, LeavesFilesWholeAndAJournalThatGivesBackWhatWasFinished) {
     const QuickDisk disk;
     const TemporaryFolder whole;
-    const StoppedRun all(whole, 1u << 30);
+    const StoppedRun all(whole, TestJob::never);
     ASSERT_FALSE(all.stopped);
     const std::string obj = TemporaryFolder::Content(whole.Path("mesh.obj"));
     const std::string glb = TemporaryFolder::Content(whole.Path("mesh.glb"));
-    // Each step, each dab, each level and each file asks.
-    ASSERT_GT(all.asked, 20u);
+    // Each step, each dab, each level and each file reports.
+    ASSERT_GT(all.job.reports, 100u);
     std::size_t recovered = 0;
     std::set<std::size_t> steps;
-    for (unsigned at = 1; at <= all.asked; ++at) {
+    std::mt19937 random(7);
+    for (uint64_t at = 1; at <= all.job.reports; at += 1 + random() % 5) {
         SCOPED_TRACE("stopped at " + std::to_string(at));
         const TemporaryFolder folder;
         for (const char* name : {"mesh.obj", "mesh.glb"}) std::ofstream(folder.Path(name)) << old;
         StoppedRun run(folder, at);
         ASSERT_TRUE(run.stopped);
-        EXPECT_EQ(run.asked, at) << "nothing goes on after it was told to stop";
+        EXPECT_EQ(run.job.reports, at) << "nothing goes on after it was cancelled";
         const std::string nowObj = TemporaryFolder::Content(folder.Path("mesh.obj"));
         const std::string nowGlb = TemporaryFolder::Content(folder.Path("mesh.glb"));
         EXPECT_TRUE(nowObj == old || nowObj == obj);
@@ -99,24 +102,27 @@ TEST(StoppedWork, LeavesFilesWholeAndAJournalThatGivesBackWhatWasFinished) {
 TEST(StoppedWork, RecoveryStopsToo) {
     const QuickDisk disk;
     const TemporaryFolder folder;
-    const StoppedRun all(folder, 1u << 30);
+    const StoppedRun all(folder, TestJob::never);
     RecoveryOptions options;
-    unsigned asked = 0;
-    options.progress.stop = [&asked] {
-        ++asked;
-        return false;
-    };
-    RedoJournal(folder.Path("work.journal"), options);
-    const unsigned most = asked;
-    EXPECT_GT(most, 10u);
-    for (unsigned at = 1; at <= most; ++at) {
-        asked = 0;
-        options.progress.stop = [&asked, at] { return ++asked >= at; };
+    TestJob whole(TestJob::never, TestJob::WithoutClock());
+    options.progress.job = &whole;
+    RecoverJournal(folder.Path("work.journal"), folder.Path("w.trovik"), options);
+    const std::string recovered = TemporaryFolder::Content(folder.Path("w.trovik"));
+    fs::remove(folder.Path("w.trovik"));
+    EXPECT_GT(whole.reports, 100u);
+    const std::set<std::string> files = Files(folder);
+    std::mt19937 random(8);
+    for (uint64_t at = 1; at <= whole.reports; at += 1 + random() % 5) {
+        TestJob job(at, TestJob::WithoutClock());
+        options.progress.job = &job;
         EXPECT_THROW(RecoverJournal(folder.Path("work.journal"), folder.Path("w.trovik"), options),
-                     WorkStopped);
-        EXPECT_EQ(asked, at);
-        EXPECT_FALSE(fs::exists(folder.Path("w.trovik")));
+                     Cancelled);
+        EXPECT_EQ(job.reports, at);
+        EXPECT_EQ(Files(folder), files);
     }
+    options.progress.job = nullptr;
+    RecoverJournal(folder.Path("work.journal"), folder.Path("w.trovik"), options);
+    EXPECT_EQ(TemporaryFolder::Content(folder.Path("w.trovik")), recovered);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/levels/GeometryState.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -82,17 +84,22 @@ TEST(SubdivideBudget, StoppingHalfWayLeavesNothingChanged) {
     // Something that the way to the highest level carries along.
     geometry.Bound()->SetPosition(7, {7, 0, 1});
     const std::string before = StateOfAll(geometry);
-    int asked = 0;
-    for (int lastAnswer = 0;; ++lastAnswer) {
-        asked = 0;
-        const SubdivideOptions options{~uint64_t{0}, [&] { return asked++ == lastAnswer; }};
-        const bool done = lastAnswer % 2 == 0 ? geometry.Subdivide(options)
-                                              : SubdivideAsStep(geometry, options) != nullptr;
-        if (done) break;
-        ASSERT_EQ(asked, lastAnswer + 1) << "stopped at once";
-        ASSERT_TRUE(StateOfAll(geometry) == before) << lastAnswer;
+    uint64_t cancelled = 0;
+    for (uint64_t at = 1;; ++at) {
+        TestJob job(at, {1u << 16, {}});
+        try {
+            if (at % 2 == 0)
+                geometry.Subdivide(LevelGeometry::unlimitedBytes, &job);
+            else
+                SubdivideAsStep(geometry, LevelGeometry::unlimitedBytes, &job);
+            break;
+        } catch (const Cancelled&) {
+            ++cancelled;
+        }
+        ASSERT_EQ(job.reports, at) << "cancelled at once";
+        ASSERT_TRUE(StateOfAll(geometry) == before) << at;
     }
-    EXPECT_GT(asked, 10) << "in topology and positions";
+    EXPECT_GT(cancelled, 30u) << "on the way up, in topology, positions and normals";
     EXPECT_EQ(geometry.LevelCount(), 3u);
     EXPECT_EQ(geometry.Bound()->faceCount, 640000u);
 }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/Cancelled.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/pictures/SpherePicture.h"
 
 #include <gmock/gmock.h>
@@ -39,21 +41,19 @@ TEST_F(SpherePicture, GivesTheSameBytesWithOneThread) {
     EXPECT_EQ(Make().rgb, several.rgb);
 }
 
-TEST_F(SpherePicture, RendersCanBeStopped) {
-    struct Stop {};
-    const std::thread::id caller = std::this_thread::get_id();
-    int asked = 0;
-    options.poll = [&] {
-        EXPECT_EQ(std::this_thread::get_id(), caller);
-        if (++asked == 3) throw Stop();
-    };
-    EXPECT_THROW(Make(), Stop);
-    EXPECT_EQ(asked, 3);
-    options.poll = [&asked] { ++asked; };
-    const Picture polled = Make();
-    EXPECT_GT(asked, 3);
-    options.poll = {};
-    EXPECT_EQ(Make().rgb, polled.rgb);
+TEST_F(SpherePicture, RendersCanBeCancelled) {
+    const Picture expected = Make();
+    for (const uint64_t at : {1u, 2u, 3u, 10u, 100u}) {
+        TestJob job(at);
+        EXPECT_THROW(Make(&job), Cancelled);
+        EXPECT_EQ(job.reports, at);
+    }
+    TestJob whole;
+    EXPECT_EQ(Make(&whole).rgb, expected.rgb);
+    whole.ExpectFinished();
+    EXPECT_GT(whole.reports, 200u);
+    EXPECT_EQ(whole.phases,
+              (std::set<std::string>{"Building the ray tree", "Rendering", "Smoothing shadows"}));
 }
 
 TEST_F(SpherePicture, WireframeDarkensEdges) {

@@ -32,7 +32,7 @@ protected:
         options.samples = 4;
     }
 
-    Picture Make() { return RenderPicture({shown}, camera, options); }
+    Picture Make(JobControl* job = nullptr) { return RenderPicture({shown}, camera, options, job); }
 
     /// The message with which the picture is refused; empty if it is not.
     std::string Refusal() {

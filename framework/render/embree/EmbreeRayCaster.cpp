@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/modules/ModuleEntry.h"
 #include "framework/render/RayCaster.h"
 
 #include <embree3/rtcore.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace trovik {
@@ -66,6 +70,37 @@ private:
     char message[256] = "";
 };
 
+/// Progress of the library's work, which asks for it on any of its threads.
+class BuildMonitor {
+public:
+    explicit BuildMonitor(JobControl* job) : phase(job, "Building the ray tree", steps, 1) {}
+
+    /// \return false to cancel.
+    static bool Ask(void* self, double fraction) {
+        return static_cast<BuildMonitor*>(self)->Go(fraction);
+    }
+    bool IsCancelled() const { return cancelled; }
+    void Finish() { phase.Finish(); }
+
+private:
+    static constexpr uint64_t steps = 1000;
+
+    bool Go(double fraction) {
+        // Nothing is thrown through the library.
+        try {
+            if (std::this_thread::get_id() == caller)
+                phase.Reach(static_cast<uint64_t>(fraction * static_cast<double>(steps)));
+        } catch (const Cancelled&) {
+            cancelled = true;
+        }
+        return !cancelled;
+    }
+
+    JobPhase phase;
+    std::thread::id caller = std::this_thread::get_id();
+    std::atomic<bool> cancelled{false};
+};
+
 /// The library's asserts end the process for other rays.
 bool IsValid(const Vector& origin, const Vector& direction) {
     constexpr float limit = RayCaster::maxCoordinate;
@@ -89,7 +124,7 @@ RTCRay MakeRay(const Vector& origin, const Vector& direction, float distance) {
 
 class EmbreeRayCaster final : public RayCaster {
 public:
-    explicit EmbreeRayCaster(const std::vector<RayMesh>& meshes);
+    EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl* job);
     bool Hit(const Vector& origin, const Vector& direction, RayHit& hit) const override;
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const override;
     RayBounds Bounds() const override;
@@ -103,7 +138,7 @@ private:
     Scene scene;
 };
 
-EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes)
+EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl* job)
     // Without the 128 MiB that the library reserves for subdivision surfaces, which are not used.
     : device(rtcNewDevice("set_affinity=0,tessellation_cache_size=0")) {
     // Errors of a device that could not be made are asked for without one.
@@ -113,11 +148,16 @@ EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes)
     error.ThrowIfAny();
     for (std::size_t i = 0; i < meshes.size(); ++i) Attach(meshes[i], static_cast<unsigned>(i));
     rtcSetSceneFlags(scene.get(), RTC_SCENE_FLAG_ROBUST);
+    BuildMonitor monitor(job);
+    rtcSetSceneProgressMonitorFunction(scene.get(), &BuildMonitor::Ask, &monitor);
     rtcCommitScene(scene.get());
+    rtcSetSceneProgressMonitorFunction(scene.get(), nullptr, nullptr);
+    if (monitor.IsCancelled()) throw Cancelled();
     // A scene whose tasks could not be started still holds them, and its destructor would end the
     // process; it is given up instead.
     if (error.Code() == RTC_ERROR_UNKNOWN) scene.release();
     error.ThrowIfAny();
+    monitor.Finish();
 }
 
 void EmbreeRayCaster::Attach(const RayMesh& mesh, unsigned id) {
@@ -184,8 +224,9 @@ RayBounds EmbreeRayCaster::Bounds() const {
 
 class EmbreeLibrary final : public RayLibrary {
 public:
-    std::unique_ptr<RayCaster> MakeCaster(const std::vector<RayMesh>& meshes) const override {
-        return std::make_unique<EmbreeRayCaster>(meshes);
+    std::unique_ptr<RayCaster> MakeCaster(const std::vector<RayMesh>& meshes,
+                                          JobControl* job) const override {
+        return std::make_unique<EmbreeRayCaster>(meshes, job);
     }
 };
 

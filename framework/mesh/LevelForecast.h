@@ -4,8 +4,6 @@
 #include "host/Mesh.h"
 
 #include <cstdint>
-#include <functional>
-#include <limits>
 
 namespace trovik {
 
@@ -23,13 +21,6 @@ struct LevelForecast {
     /// Four indices, flags, and the stamp of walks.
     static constexpr uint64_t bytesPerFace = 4 * sizeof(uint32_t) + 1 + sizeof(uint32_t);
     static constexpr uint64_t bytesPerVertex = sizeof(Vertex) + sizeof(PackedNormal);
-};
-
-struct SubdivideOptions {
-    /// Bytes that the new level may take.
-    uint64_t byteBudget = std::numeric_limits<uint64_t>::max();
-    /// Asked now and then; answers true to stop. May be empty.
-    std::function<bool()> stop;
 };
 
 }  // namespace trovik

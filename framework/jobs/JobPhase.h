@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/jobs/JobControl.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+/// One phase of an operation: counts its work and reports it, at intervals (JobPace), to a
+/// JobControl. Adding costs an addition and a comparison; the clock is read once per
+/// JobPace::elements.
+///
+/// A phase without work (total 0) reports nothing. Not for use by several threads.
+class TROVIK_API JobPhase {
+public:
+    /// Reports the beginning. \throw Cancelled as every member function, when the job cancels.
+    /// \param job  null: nobody receives reports. Borrowed.
+    /// \param phaseName  a string literal.
+    /// \param totalWork  elements in all.
+    /// \param elementsPerCheck  fewer than JobPace::elements where an element takes long.
+    JobPhase(JobControl* job,
+             const char* phaseName,
+             uint64_t totalWork,
+             uint64_t elementsPerCheck = ~uint64_t{0});
+
+    /// So many more elements are done.
+    void Add(uint64_t count = 1) {
+        done += count;
+        sinceCheck += count;
+        if (sinceCheck >= checkAfter) Check();
+    }
+    /// So many elements are done in all, never fewer than before; for work that is counted
+    /// elsewhere.
+    void Reach(uint64_t elements) {
+        if (elements > done)
+            Add(elements - done);
+        else
+            Poll();
+    }
+    /// For steps within an element: counts towards the next look at the clock, and not as progress.
+    void Poll() {
+        if (++sinceCheck >= checkAfter) Check();
+    }
+    /// Reports the end. To be called once, behind the last element.
+    void Finish();
+
+    /// Calls `work(first, end)` for the elements 0 to total - 1 in runs, and adds each run. For
+    /// loops that must not count element by element.
+    template <typename Work>
+    void ForEachRun(Work work) {
+        for (uint64_t first = 0; first < total; first += runLength) {
+            const uint64_t end = std::min(total, first + runLength);
+            work(first, end);
+            Add(end - first);
+        }
+    }
+
+private:
+    static constexpr uint64_t runLength = 4096;
+
+    void Check();
+
+    JobControl* job;
+    const char* name;
+    uint64_t total;
+    uint64_t done = 0;
+    uint64_t sinceCheck = 0;
+    uint64_t checkAfter = ~uint64_t{0};
+    std::chrono::steady_clock::time_point lastReport;
+};
+
+}  // namespace trovik

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Import, export, scenes and maps, cancelled at reports that are drawn: files are whole or as they
+/// were, no temporary file is left, and the next run gives the bits of one that was never
+/// cancelled.
+#include "framework/baking/MapFile.h"
+#include "framework/errors/HostError.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/mesh/BaseLevel.h"
+#include "framework/multires/LevelSource.h"
+#include "tests/baking/BakedMeshes.h"
+#include "tests/jobs/CancelledSession.h"
+#include "tests/journal/JournalWork.h"
+
+#include <fstream>
+
+namespace trovik::test {
+namespace {
+
+constexpr int draws = 60;
+
+/// Runs `operation` whole, and then cancelled at drawn reports. \param check  called after each
+/// cancellation.
+void Cancel(const std::function<void(JobControl*)>& operation,
+            const std::function<void()>& check,
+            uint64_t leastReports,
+            unsigned seed) {
+    TestJob whole;
+    operation(&whole);
+    whole.ExpectFinished();
+    EXPECT_GE(whole.reports, leastReports);
+    std::mt19937_64 random(seed);
+    for (int i = 0; i < draws; ++i) {
+        const uint64_t at = i == 0 ? 1 : i == 1 ? whole.reports : 1 + random() % whole.reports;
+        SCOPED_TRACE("cancelled at " + std::to_string(at) + " of " + std::to_string(whole.reports));
+        TestJob job(at);
+        ASSERT_THROW(operation(&job), Cancelled);
+        ASSERT_EQ(job.reports, at);
+        check();
+    }
+}
+
+PolygonMesh ImportedMesh() {
+    PolygonMesh mesh = WithIslands(SphereQuads(6), 15, 0.05f);
+    for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face)
+        mesh.attributes.faceGroups.push_back(face < 100 ? 0 : 1);
+    mesh.attributes.groupNames = {"front", "back"};
+    return mesh;
+}
+
+std::string StateOfMesh(const PolygonMesh& mesh) { return StateOfAll(LevelGeometry(mesh)); }
+
+TEST(CancelledFiles, Import) {
+    const QuickDisk disk;
+    const TemporaryFolder folder;
+    for (const char* name : {"mesh.obj", "mesh.ply", "mesh.stl", "mesh.gltf", "mesh.glb"}) {
+        SCOPED_TRACE(name);
+        WriteMeshFile(folder.Path(name), ImportedMesh());
+        const std::string expected = StateOfMesh(ReadMeshFile(folder.Path(name)));
+        const auto read = [&](JobControl* job) {
+            PolygonMesh mesh = ReadMeshFile(folder.Path(name), job);
+            MakeOrientedManifold(mesh, job);
+            const LevelGeometry geometry(mesh, job);
+            EXPECT_TRUE(StateOfAll(geometry) == expected);
+        };
+        Cancel(
+            read, [] {}, 1000, 21);
+        EXPECT_TRUE(StateOfMesh(ReadMeshFile(folder.Path(name))) == expected);
+    }
+}
+
+TEST(CancelledFiles, ImportOfASessionLeavesNoGeometryInTheScene) {
+    const QuickDisk disk;
+    const TemporaryFolder folder;
+    WriteMeshFile(folder.Path("mesh.ply"), ImportedMesh());
+    std::string expected;
+    Cancel(
+        [&](JobControl* job) {
+            SculptSession session(folder.Path("mesh.ply"), MeshSpace(), job);
+            expected = BytesOf(session);
+        },
+        [] {},
+        1000,
+        22);
+    SculptSession session(folder.Path("mesh.ply"));
+    EXPECT_TRUE(BytesOf(session) == expected);
+}
+
+TEST(CancelledFiles, ImportOfPolygonsOfManyCorners) {
+    const PolygonMesh mesh = NgonMix();
+    const std::string expected = StateOfMesh(mesh);
+    Cancel([&](JobControl* job) { EXPECT_TRUE(StateOfAll(LevelGeometry(mesh, job)) == expected); },
+           [] {},
+           30,
+           23);
+}
+
+TEST(CancelledFiles, Export) {
+    const QuickDisk disk;
+    LevelGeometry geometry(ImportedMesh());
+    geometry.Subdivide();
+    const LevelSource source(geometry, {});
+    for (const char* name :
+         {"mesh.obj", "mesh.ply", "mesh.stl", "mesh.gltf", "mesh.glb", "mesh.usda"}) {
+        SCOPED_TRACE(name);
+        const TemporaryFolder folder;
+        const std::string file = folder.Path(name);
+        // Runs over the old file, and where there is none.
+        for (const bool isThere : {false, true}) {
+            std::string before;
+            Cancel(
+                [&](JobControl* job) {
+                    if (isThere)
+                        std::ofstream(file) << "old";
+                    else
+                        std::filesystem::remove(file);
+                    before = isThere ? "old" : "";
+                    WriteMeshFile(file, source, job);
+                },
+                [&] {
+                    const std::set<std::string> expected =
+                        isThere ? std::set<std::string>{name} : std::set<std::string>{};
+                    ASSERT_EQ(FilesIn(folder), expected);
+                    if (isThere) {
+                        ASSERT_EQ(TemporaryFolder::Content(file), before);
+                    }
+                },
+                5,
+                24);
+        }
+        WriteMeshFile(file, source);
+        const std::string content = TemporaryFolder::Content(file);
+        TestJob job;
+        WriteMeshFile(file, source, &job);
+        EXPECT_TRUE(TemporaryFolder::Content(file) == content);
+    }
+}
+
+std::unique_ptr<SculptSession> SceneSession() {
+    auto session = std::make_unique<SculptSession>("sphere", ImportedMesh());
+    session->SelectTool("Sculpt");
+    session->Subdivide();
+    session->AddLayer("layer");
+    session->Loop().Begin(BrushOperation::ModifierNone, 5);
+    session->Loop().WholeMesh(0.1f, false);
+    session->Loop().End();
+    session->Subdivide();
+    session->BindLevel(1);
+    return session;
+}
+
+TEST(CancelledFiles, SaveScene) {
+    const QuickDisk disk;
+    const auto session = SceneSession();
+    const TemporaryFolder folder;
+    const std::string file = folder.Path("work.trovik");
+    session->Save(file);
+    const std::string old = TemporaryFolder::Content(file);
+    const std::string before = BytesOf(*session);
+    // Another scene is saved over the old one.
+    session->BindLevel(2);
+    const std::string changed = BytesOf(*session);
+    Cancel(
+        [&](JobControl* job) {
+            session->Save(file, SceneStream(), {}, job);
+            // What the whole run has written.
+            std::ofstream(file, std::ios::binary) << old;
+        },
+        [&] {
+            ASSERT_TRUE(TemporaryFolder::Content(file) == old);
+            ASSERT_EQ(FilesIn(folder), std::set<std::string>{"work.trovik"});
+            ASSERT_TRUE(BytesOf(*session) == changed);
+        },
+        1000,
+        25);
+    session->Save(file);
+    const std::string plain = TemporaryFolder::Content(file);
+    TestJob job;
+    session->Save(file, SceneStream(), {}, &job);
+    EXPECT_TRUE(TemporaryFolder::Content(file) == plain);
+    EXPECT_TRUE(before != changed);
+}
+
+TEST(CancelledFiles, OpenScene) {
+    const QuickDisk disk;
+    const TemporaryFolder folder;
+    const std::string file = folder.Path("work.trovik");
+    std::string expected;
+    {
+        const auto session = SceneSession();
+        expected = BytesOf(*session);
+        session->Save(file);
+    }
+    const std::string content = TemporaryFolder::Content(file);
+    Cancel(
+        [&](JobControl* job) {
+            const auto session = SculptSession::OpenScene(file, job);
+            EXPECT_TRUE(BytesOf(*session) == expected);
+        },
+        [&] { ASSERT_TRUE(TemporaryFolder::Content(file) == content); },
+        5000,
+        26);
+    EXPECT_TRUE(BytesOf(*SculptSession::OpenScene(file)) == expected);
+}
+
+TEST(CancelledFiles, Bake) {
+    const QuickDisk disk;
+    const auto session = SceneSession();
+    const std::string before = BytesOf(*session);
+    const TemporaryFolder folder;
+    BakeOptions options;
+    options.width = options.height = 64;
+    for (const MapKind kind : {MapKind::Displacement, MapKind::Normal}) {
+        options.kind = kind;
+        MapFileOptions file;
+        file.path = folder.Path("map.exr");
+        std::string content;
+        Cancel(
+            [&](JobControl* job) {
+                BakeToFile(session->Geometry(), options, file, job);
+                content = TemporaryFolder::Content(file.path);
+                std::filesystem::remove(file.path);
+            },
+            [&] {
+                // Only the report of the last file comes when it is in place.
+                const std::set<std::string> files = FilesIn(folder);
+                ASSERT_TRUE(files.empty() || files == std::set<std::string>{"map.exr"});
+                if (!files.empty()) {
+                    ASSERT_TRUE(TemporaryFolder::Content(file.path) == content);
+                }
+                ASSERT_TRUE(BytesOf(*session) == before);
+                std::filesystem::remove(file.path);
+            },
+            1000,
+            27);
+        BakeToFile(session->Geometry(), options, file);
+        EXPECT_TRUE(TemporaryFolder::Content(file.path) == content);
+    }
+}
+
+}  // namespace
+}  // namespace trovik::test
