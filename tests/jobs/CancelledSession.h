@@ -40,7 +40,7 @@ inline void ExpectCancelChangesNothing(
     const std::function<void(SculptSession&, JobControl*)>& operation,
     uint64_t leastReports,
     unsigned seed) {
-    constexpr int draws = 60;
+    constexpr int draws = 25;
     std::string expected;
     uint64_t reports = 0;
     {
