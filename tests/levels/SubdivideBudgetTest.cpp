@@ -51,10 +51,10 @@ TEST(SubdivideBudget, RefusalTellsWhatItWouldTakeAndLeavesAllAsItWas) {
     const std::string reason =
         "subdividing to level 2 would give 96 faces and 98 vertices and "
         "take 5936 bytes; the budget is 5935";
-    EXPECT_EQ(RefusalOf([&] { geometry.Subdivide({5935, {}}); }), reason);
-    EXPECT_EQ(RefusalOf([&] { SubdivideAsStep(geometry, {5935, {}}); }), reason);
+    EXPECT_EQ(RefusalOf([&] { geometry.Subdivide(5935); }), reason);
+    EXPECT_EQ(RefusalOf([&] { SubdivideAsStep(geometry, 5935); }), reason);
     EXPECT_TRUE(StateOfAll(geometry) == before);
-    EXPECT_TRUE(geometry.Subdivide({5936, {}}));
+    geometry.Subdivide(5936);
     EXPECT_EQ(geometry.LevelCount(), 3u);
 }
 
