@@ -75,8 +75,7 @@ TEST(StoppedWork, LeavesFilesWholeAndAJournalThatGivesBackWhatWasFinished) {
     ASSERT_GT(all.job.reports, 100u);
     std::size_t recovered = 0;
     std::set<std::size_t> steps;
-    std::mt19937 random(7);
-    for (uint64_t at = 1; at <= all.job.reports; at += 1 + random() % 5) {
+    for (uint64_t at = 1; at <= all.job.reports; ++at) {
         SCOPED_TRACE("stopped at " + std::to_string(at));
         const TemporaryFolder folder;
         for (const char* name : {"mesh.obj", "mesh.glb"}) std::ofstream(folder.Path(name)) << old;
