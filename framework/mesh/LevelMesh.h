@@ -8,7 +8,6 @@
 namespace trovik {
 
 class JobControl;
-
 class LevelChange;
 class LevelHierarchy;
 class SculptLayer;
