@@ -181,7 +181,7 @@ TEST(RefinedAttributes, FilesOfRefinedLevelsKeepSeamsAndValues) {
     const TemporaryFolder folder;
     for (const char* name : {"fine.obj", "fine.ply"}) {
         SCOPED_TRACE(name);
-        TestJob job;
+        test::TestJob job;
         WriteMeshFile(folder.Path(name), source, &job);
         job.ExpectFinished();
         EXPECT_TRUE(job.phases.count("Writing vertices") == 1);
