@@ -21,14 +21,14 @@ MeshSpace ScriptRunner::ImportSpace(const FieldReader& script) const { return Sp
 MeshSpace ScriptRunner::ExportSpace(const FieldReader& options, const std::string& file) const {
     try {
         RequireWritableMesh(file);
-        return SpaceForFile(file, session->Geometry().Attributes().space, SpaceOf(options));
+        return SpaceForFile(file, document->Geometry().Attributes().space, SpaceOf(options));
     } catch (const HostError& refused) {
         options.Fail(refused.what());
     }
 }
 
 void ScriptRunner::RunExport(const FieldReader& options) {
-    const LevelGeometry& geometry = session->Geometry();
+    const LevelGeometry& geometry = document->Geometry();
     const std::string file = OutputPath(options.At("file"));
     const MeshSpace space = ExportSpace(options, file);
     const LevelSource source(geometry, {options.FlagOr("world", false), space});

@@ -81,8 +81,8 @@ std::string WhatOf(const FieldReader& freeze) {
 }  // namespace
 
 void ScriptRunner::RunFreeze(const FieldReader& freeze) {
-    const LevelMesh& level = *session->Geometry().Bound();
-    if (session->IsFreezing() && session->Loop().IsActive())
+    const LevelMesh& level = *document->Geometry().Bound();
+    if (document->IsFreezing() && document->Loop().IsActive())
         freeze.Fail("a stroke of the freeze brush is open; end it first");
     if (freeze.Json().is_string()) {
         const std::string what = freeze.Text();
@@ -93,7 +93,7 @@ void ScriptRunner::RunFreeze(const FieldReader& freeze) {
             amounts = InvertedFreeze(level);
         else if (what != "clear")
             freeze.Fail("expected \"clear\", \"all\" or \"invert\", got \"" + what + "\"");
-        session->Freeze(amounts, FreezeMode::Replace);
+        document->Freeze(amounts, FreezeMode::Replace);
         return;
     }
 
@@ -105,18 +105,18 @@ void ScriptRunner::RunFreeze(const FieldReader& freeze) {
     if (filter != std::end(filters)) {
         if (level.FrozenVertexCount() == 0) Warn("nothing is frozen that could " + what);
         const auto times = static_cast<uint32_t>(freeze.At(filter->name).Integer());
-        session->Freeze(FreezeBetween(FreezeAmounts(level), filter->run(level, times), amount),
-                        ModeOf(freeze, FreezeMode::Replace));
+        document->Freeze(FreezeBetween(FreezeAmounts(level), filter->run(level, times), amount),
+                         ModeOf(freeze, FreezeMode::Replace));
         return;
     }
     const std::vector<uint8_t> amounts = FreezeAmountsOf(FreezeShares(freeze, what), amount);
     if (std::all_of(amounts.begin(), amounts.end(), [](uint8_t one) { return one == 0; }))
         Warn("no vertex is selected");
-    session->Freeze(amounts, ModeOf(freeze, FreezeMode::Raise));
+    document->Freeze(amounts, ModeOf(freeze, FreezeMode::Raise));
 }
 
 std::vector<float> ScriptRunner::FreezeShares(const FieldReader& freeze, const std::string& what) {
-    const LevelGeometry& geometry = session->Geometry();
+    const LevelGeometry& geometry = document->Geometry();
     if (what == "all") return std::vector<float>(geometry.Bound()->VertexCount(), 1.0f);
     if (what == "image") return SharesOfImage(freeze.At("image"), ReachOf(freeze));
     if (what == "cavity") return SharesOfCavity(freeze.At("cavity"));
@@ -138,7 +138,7 @@ std::vector<float> ScriptRunner::FreezeShares(const FieldReader& freeze, const s
 }
 
 std::vector<float> ScriptRunner::SharesOfShape(const FieldReader& freeze, const std::string& what) {
-    const LevelGeometry& geometry = session->Geometry();
+    const LevelGeometry& geometry = document->Geometry();
     if (what == "center") {
         return SharesInBall(geometry,
                             freeze.At("center").ThreeNumbers(),
@@ -150,7 +150,7 @@ std::vector<float> ScriptRunner::SharesOfShape(const FieldReader& freeze, const 
             geometry, freeze.At("min").ThreeNumbers(), freeze.At("max").ThreeNumbers());
     }
     const auto inView = [&](const std::function<float(const ViewPlace&)>& shareAt) {
-        return SharesInView(geometry, session->Tree(), session->View(), ReachOf(freeze), shareAt);
+        return SharesInView(geometry, document->Tree(), document->View(), ReachOf(freeze), shareAt);
     };
     if (what == "box") {
         const ViewBox box = BoxOf(freeze.At("box"));
@@ -183,7 +183,7 @@ FloatImage ScriptRunner::ReadImage(const FieldReader& name) const {
 
 std::vector<float> ScriptRunner::SharesOfImage(const FieldReader& image, ViewReach reach) {
     const FloatImage read = ReadImage(image.At("file"));
-    const StrokeView& view = session->View();
+    const StrokeView& view = document->View();
     ViewBox over{{0.0f, 0.0f}, {static_cast<float>(view.width), static_cast<float>(view.height)}};
     if (image.Has("over")) over = BoxOf(image.At("over"));
     const auto channel = image.TextOr("channel", "luminance") == "alpha"
@@ -191,13 +191,13 @@ std::vector<float> ScriptRunner::SharesOfImage(const FieldReader& image, ViewRea
                              : ViewImage::Channel::Luminance;
     const ViewImage shown(read, channel, image.FlagOr("invert", false), over);
     return SharesInView(
-        session->Geometry(), session->Tree(), view, reach, [&shown](const ViewPlace& place) {
+        document->Geometry(), document->Tree(), view, reach, [&shown](const ViewPlace& place) {
             return shown.ShareAt(place);
         });
 }
 
 std::vector<float> ScriptRunner::SharesOfCavity(const FieldReader& cavity) {
-    const LevelGeometry& geometry = session->Geometry();
+    const LevelGeometry& geometry = document->Geometry();
     CurvatureRange range;
     const std::string sign = cavity.TextOr("sign", "cavity");
     if (sign == "ridge") range.sign = BendSign::Ridge;
@@ -212,7 +212,7 @@ std::vector<float> ScriptRunner::SharesOfCavity(const FieldReader& cavity) {
 }
 
 uint32_t ScriptRunner::ShellVertex(const FieldReader& shell) {
-    LevelMesh& level = *session->Geometry().Bound();
+    LevelMesh& level = *document->Geometry().Bound();
     if (shell.Size() != 1) shell.Fail(shellFields);
     if (shell.Has("vertex")) {
         const auto vertex = shell.At("vertex").Json().get<uint64_t>();
@@ -226,11 +226,11 @@ uint32_t ScriptRunner::ShellVertex(const FieldReader& shell) {
     if (shell.Has("surface")) {
         const Vector point = shell.At("surface").ThreeNumbers();
         WarnOfFarPoints("freeze/shell/surface", {point}, 0.0f);
-        hit = HitNear(session->Geometry(), session->Tree(), point);
+        hit = HitNear(document->Geometry(), document->Tree(), point);
     } else {
         const ViewPlace place = PlaceOf(shell.At("pointer"));
         hit = HitThrough(
-            session->Geometry(), session->Tree(), session->View(), {place.x, place.y, 0.0f});
+            document->Geometry(), document->Tree(), document->View(), {place.x, place.y, 0.0f});
     }
     if (!hit) shell.Fail("there is no surface");
     return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// Steps that change nothing. The journal hears of a save by the session.
+/// Steps that change nothing. The journal hears of a save by the document.
 constexpr const char* withoutTrace[] = {"picture", "sheet", "export", "save"};
 
 bool IsJournaled(const nlohmann::json& step) {
@@ -34,7 +34,7 @@ std::string TextOf(Error* error) {
 void ScriptRunner::StartJournal(const FieldReader& script) {
     if (journalOptions.path.empty()) return;
     journal =
-        std::make_unique<SessionJournal>(journalOptions, *session, script.Json(), path, files);
+        std::make_unique<JournalRecorder>(journalOptions, *document, script.Json(), path, files);
 }
 
 void ScriptRunner::Open(const nlohmann::json& setup) {
@@ -76,7 +76,7 @@ void ScriptRunner::Do(const FieldReader& step) {
 
 void ScriptRunner::TellProblems() {
     // Steps that cannot be moved to disk stay in memory: undo is complete, so this is no warning.
-    const std::string ofHistory = session->Geometry().History().TakeProblem();
+    const std::string ofHistory = document->Geometry().History().TakeProblem();
     if (!ofHistory.empty() && progress.message) progress.message(ofHistory);
     const std::string ofJournal = journal == nullptr ? std::string() : journal->TakeProblem();
     const auto& warn = progress.warning ? progress.warning : progress.message;
@@ -87,11 +87,11 @@ void ScriptRunner::Save(const std::string& scenePath) {
     if (journal != nullptr)
         journal->Save(scenePath);
     else
-        session->Save(scenePath);
+        document->Save(scenePath);
 }
 
 void ScriptRunner::Close() {
-    session->Loop().End();
+    document->Loop().End();
     if (journal != nullptr) journal->Close();
     TellProblems();
 }

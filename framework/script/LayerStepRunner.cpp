@@ -7,11 +7,11 @@ namespace trovik {
 
 // One step of a script is one step of undo, whatever it does.
 void ScriptRunner::RunLayer(const FieldReader& layer) {
-    LevelGeometry& geometry = session->Geometry();
+    LevelGeometry& geometry = document->Geometry();
     const LayerStack& stack = geometry.Layers();
     const std::size_t stepsBefore = geometry.History().Position();
     const auto push = [&](std::unique_ptr<UndoStep> step) {
-        session->Push(std::move(step), geometry.History().Position() != stepsBefore);
+        document->Push(std::move(step), geometry.History().Position() != stepsBefore);
     };
     const auto named = [&](const FieldReader& name) {
         auto found = stack.Find(*geometry.Bound(), name.Text());
@@ -37,7 +37,7 @@ void ScriptRunner::RunLayer(const FieldReader& layer) {
                               "remove"})
         changes = changes || layer.Has(field);
     if (!changes) return;
-    auto changed = layer.Has("of") ? named(layer.At("of")) : stack.Shared(session->ActiveLayer());
+    auto changed = layer.Has("of") ? named(layer.At("of")) : stack.Shared(document->ActiveLayer());
     if (changed == nullptr) layer.Fail("no layer is active on the bound level");
     try {
         ChangeLayer(layer, changed, push);
@@ -49,10 +49,10 @@ void ScriptRunner::RunLayer(const FieldReader& layer) {
 void ScriptRunner::ChangeLayer(const FieldReader& layer,
                                std::shared_ptr<SculptLayer> changed,
                                const std::function<void(std::unique_ptr<UndoStep>)>& push) {
-    LevelGeometry& geometry = session->Geometry();
+    LevelGeometry& geometry = document->Geometry();
     if (layer.Has("duplicate")) {
         push(DuplicateLayerAsStep(geometry, *changed, layer.At("duplicate").Text()));
-        changed = geometry.Layers().Shared(session->ActiveLayer());
+        changed = geometry.Layers().Shared(document->ActiveLayer());
     }
     SculptLayer::Properties given = changed->Given();
     given.name = layer.TextOr("name", given.name);

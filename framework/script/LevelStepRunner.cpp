@@ -25,20 +25,20 @@ uint64_t AccountedRoom() {
 
 void ScriptRunner::Subdivide(const FieldReader& where, int count) {
     if (count <= 0) return;
-    if (session->Geometry().LevelCount() == 1 && !triangleNoteGiven) {
+    if (document->Geometry().LevelCount() == 1 && !triangleNoteGiven) {
         triangleNoteGiven = true;
-        const std::string note = RefinementNote(session->Imported());
-        if (!note.empty()) ReportNotes(session->MeshPath(), {note});
+        const std::string note = RefinementNote(document->Imported());
+        if (!note.empty()) ReportNotes(document->MeshPath(), {note});
     }
     const uint64_t budget = std::min(subdivideBudget, AccountedRoom());
     try {
         // All of them first, so that a step that cannot be done leaves the mesh as it was.
-        session->Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
+        document->Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
         SubdivideOptions options;
         options.stop = progress.stop;
         for (int i = 0; i < count; ++i) {
-            if (session->Subdivide(options)) continue;
-            while (i-- > 0) session->Undo();
+            if (document->Subdivide(options)) continue;
+            while (i-- > 0) document->Undo();
             throw WorkStopped();
         }
     } catch (const HostError& error) {
@@ -49,23 +49,23 @@ void ScriptRunner::Subdivide(const FieldReader& where, int count) {
 void ScriptRunner::RunSubdivide(const FieldReader& count) { Subdivide(count, count.Integer()); }
 
 void ScriptRunner::RunLevel(const FieldReader& level) {
-    if (!session->BindLevel(static_cast<uint32_t>(level.Integer()))) {
+    if (!document->BindLevel(static_cast<uint32_t>(level.Integer()))) {
         level.Fail("there is no level " + std::to_string(level.Integer()) + "; the highest is " +
-                   std::to_string(session->Geometry().LevelCount() - 1));
+                   std::to_string(document->Geometry().LevelCount() - 1));
     }
 }
 
 void ScriptRunner::RunDeleteLevels(const FieldReader& which) {
     const bool lower = which.Text() == "lower";
-    if (session->DeleteLevels(lower)) return;
-    which.Fail("level " + std::to_string(session->Geometry().BoundIndex()) + " is the " +
+    if (document->DeleteLevels(lower)) return;
+    which.Fail("level " + std::to_string(document->Geometry().BoundIndex()) + " is the " +
                (lower ? "lowest" : "highest"));
 }
 
 void ScriptRunner::RunUnsubdivide(const FieldReader& count) {
     for (int i = 0; i < count.Integer(); ++i) {
         try {
-            session->Unsubdivide();
+            document->Unsubdivide();
         } catch (const HostError& error) {
             count.Fail(error.what());
         }
@@ -73,8 +73,8 @@ void ScriptRunner::RunUnsubdivide(const FieldReader& count) {
 }
 
 void ScriptRunner::RunApplyToBase(const FieldReader& flag) {
-    if (session->Geometry().BoundIndex() == 0) flag.Fail("the level at hand is the base");
-    session->ApplyToBase();
+    if (document->Geometry().BoundIndex() == 0) flag.Fail("the level at hand is the base");
+    document->ApplyToBase();
 }
 
 }  // namespace trovik

@@ -27,7 +27,7 @@ MapFileOptions ScriptRunner::MapFileOf(const FieldReader& bake) {
 }
 
 void ScriptRunner::RunBake(const FieldReader& bake) {
-    LevelGeometry& geometry = session->Geometry();
+    LevelGeometry& geometry = document->Geometry();
     BakeOptions options;
     // The schema has settled the words.
     options.kind = MapKindOf(bake.TextOr("map", "")).value_or(options.kind);
@@ -68,11 +68,11 @@ void ScriptRunner::RunDisplace(const FieldReader& displace) {
     options.repeat = displace.FlagOr("repeat", options.repeat);
     KeepBefore();
     try {
-        DisplaceByMap(session->Geometry(), options);
+        DisplaceByMap(document->Geometry(), options);
     } catch (const HostError& error) {
         displace.Fail(error.what());
     }
-    session->Tree().RefitAll();
+    document->Tree().RefitAll();
 }
 
 }  // namespace trovik

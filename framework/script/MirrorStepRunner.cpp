@@ -28,7 +28,7 @@ std::vector<int> PlanesOf(const FieldReader& axes) {
 
 void ScriptRunner::RunMirror(const FieldReader& mirror) {
     if (mirror.Json().is_string()) {
-        session->SetTopologicalMirror();
+        document->SetTopologicalMirror();
         return;
     }
     MirrorSetting setting;
@@ -40,7 +40,7 @@ void ScriptRunner::RunMirror(const FieldReader& mirror) {
         if (mirror.Has("axis")) setting.axis = AxisOf(mirror.At("axis"));
     }
     try {
-        session->SetMirrors(setting);
+        document->SetMirrors(setting);
     } catch (const HostError& error) {
         mirror.Fail(error.what());
     }
@@ -49,8 +49,8 @@ void ScriptRunner::RunMirror(const FieldReader& mirror) {
 void ScriptRunner::RunSymmetrize(const FieldReader& options) {
     const bool negative = options.TextOr("from", "positive") == "negative";
     try {
-        session->MakeSymmetric(AxisOf(options.At("axis")),
-                               negative ? SymmetrySide::Negative : SymmetrySide::Positive);
+        document->MakeSymmetric(AxisOf(options.At("axis")),
+                                negative ? SymmetrySide::Negative : SymmetrySide::Positive);
     } catch (const HostError& error) {
         options.Fail(error.what());
     }

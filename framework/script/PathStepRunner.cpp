@@ -3,10 +3,10 @@
 /// \file
 /// What stroke scripts say of the path of a stroke and of the pen that draws it.
 #include "framework/brushes/BrushSettings.h"
+#include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
-#include "framework/script/SessionStroke.h"
 #include "framework/strokes/LiveStroke.h"
 
 #include <filesystem>
@@ -47,9 +47,9 @@ CheckableFloat SwitchOf(const FieldReader& field, const CheckableFloat& present)
 }  // namespace
 
 void ScriptRunner::SetPen(const FieldReader& settings) {
-    BrushOperation& brush = session->Brush();
+    BrushOperation& brush = document->Brush();
     BrushOperation::Private& host = brush.Settings();
-    DabDynamics& dynamics = session->Settings().dynamics;
+    DabDynamics& dynamics = document->Settings().dynamics;
     if (settings.Has("smoothing"))
         brush.strokeSmoothingAttribute.SetValue(
             SwitchOf(settings.At("smoothing"), brush.strokeSmoothingAttribute.Value()), true);
@@ -80,9 +80,9 @@ void ScriptRunner::SetPen(const FieldReader& settings) {
 }
 
 float ScriptRunner::RadiusAt(const Vector& place) const {
-    const SceneSettings& settings = session->Settings();
+    const SceneSettings& settings = document->Settings();
     const float pixels = settings.dynamics.radiusPixels;
-    return pixels > 0.0f ? WorldLength(session->View(), pixels, place) : settings.radius;
+    return pixels > 0.0f ? WorldLength(document->View(), pixels, place) : settings.radius;
 }
 
 std::vector<PathSample> ScriptRunner::PenOf(const FieldReader& pen) const {
@@ -146,7 +146,7 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     if (given.Has("filter") && !isPen)
         given.At("filter").Fail("only a pen's samples are filtered; these places are exact");
 
-    LevelGeometry& geometry = session->Geometry();
+    LevelGeometry& geometry = document->Geometry();
     PenStrokeOptions pen;
     pen.isFiltered = isPen && given.FlagOr("filter", true);
     pen.progress = DabProgress();
@@ -154,22 +154,22 @@ void ScriptRunner::LayPath(const FieldReader& stroke) {
     // Places of scripts are exact, whatever the tool makes of a hand's.
     if (!isPen || given.Has("smoothing")) pen.smoothing = given.NumberOr("smoothing", 0.0f);
     if (!isPen || given.Has("steady")) pen.steady = given.NumberOr("steady", 0.0f);
-    if (!IsImprint(session->Brush())) pen.shape = ShapeOf(given, numbers);
+    if (!IsImprint(document->Brush())) pen.shape = ShapeOf(given, numbers);
     try {
-        LiveStrokeSettings settings = PenStrokeSettings(*session, pen);
+        LiveStrokeSettings settings = PenStrokeSettings(*document, pen);
         if (onSurface) settings.space = PathSpace::Surface;
         if (!isPen) settings.dynamics.airbrush = 0.0f;
-        StrokeLoop& loop = session->Loop();
+        StrokeLoop& loop = document->Loop();
         const bool isPlain = settings.mode == DrawMode::AlongPath && !isPen &&
                              !stroke.Has("path") && !Shapes(settings.dynamics) &&
-                             !session->Brush().strokeOptionD.Value();
+                             !document->Brush().strokeOptionD.Value();
         if (isPlain && onSurface) {
-            StrokeAlongSurface(loop, geometry, session->Tree(), samples, settings.options);
+            StrokeAlongSurface(loop, geometry, document->Tree(), samples, settings.options);
         } else if (isPlain) {
             StrokeAlongView(
-                loop, geometry, session->Tree(), settings.view, samples, settings.options);
+                loop, geometry, document->Tree(), settings.view, samples, settings.options);
         } else {
-            LiveStroke live(loop, geometry, session->Tree(), settings);
+            LiveStroke live(loop, geometry, document->Tree(), settings);
             live.Take(samples);
             live.Release();
         }

@@ -33,7 +33,7 @@ StrokeView ScriptRunner::ReadView(const FieldReader& camera, StrokeView view, in
     const Vector up = camera.Has("up") ? camera.At("up").ThreeNumbers() : Vector(0, 1, 0);
     if (up.Length() == 0.0f) camera.At("up").Fail("the direction has no length");
     const PictureCamera framed =
-        FrameTurntable({session->ShownMesh()},
+        FrameTurntable({document->ShownMesh()},
                        -from,
                        view.verticalFieldOfView,
                        static_cast<float>(view.width) / static_cast<float>(view.height),
@@ -46,13 +46,13 @@ StrokeView ScriptRunner::ReadView(const FieldReader& camera, StrokeView view, in
 }
 
 void ScriptRunner::RunCamera(const FieldReader& camera) {
-    session->View() = ReadView(camera, session->View());
-    session->UpdateCamera();
+    document->View() = ReadView(camera, document->View());
+    document->UpdateCamera();
 }
 
 void ScriptRunner::KeepBefore() {
     if (!wantsBefore || !positionsBefore.empty()) return;
-    const LevelMesh& mesh = *session->Geometry().Bound();
+    const LevelMesh& mesh = *document->Geometry().Bound();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) positionsBefore.push_back(mesh.Position(v));
     normalsBefore.assign(mesh.vertexNormals.array, mesh.vertexNormals.array + mesh.VertexCount());
 }
@@ -79,12 +79,12 @@ PictureOptions ScriptRunner::ReadPictureOptions(const FieldReader& fields,
 void ScriptRunner::MakePictures(const FieldReader& fields,
                                 int frames,
                                 const std::function<void(Picture, int index)>& take) {
-    StrokeView view = session->View();
+    StrokeView view = document->View();
     if (fields.Has("camera")) view = ReadView(fields.At("camera"), view, frames);
     const PictureOptions options = ReadPictureOptions(fields, view);
     const PictureCamera first{view.eye, view.target, view.up, view.verticalFieldOfView};
     const bool beforeAfter = fields.FlagOr("beforeAfter", false);
-    const LevelGeometry& geometry = session->Geometry();
+    const LevelGeometry& geometry = document->Geometry();
     if (beforeAfter && positionsBefore.size() != geometry.Bound()->VertexCount())
         fields.Fail("there is no state before the first stroke on this level to compare with");
 

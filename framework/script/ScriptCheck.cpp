@@ -106,7 +106,7 @@ void ScriptRunner::CheckSetUp(const FieldReader& script, std::vector<std::string
     Attempt(faults, [&] { PrepareProcess(script); });
     const bool hasSource = script.Has("mesh") != script.Has("scene");
     if (!hasSource || !Attempt(faults, [&] { OpenSource(script); }))
-        session = std::make_unique<SculptSession>(path, Cube());
+        document = std::make_unique<Document>(path, Cube());
     StopIfAsked();
     if (script.Has("preferences"))
         Attempt(faults, [&] { RunPreferences(script.At("preferences")); });
@@ -159,7 +159,7 @@ void ScriptRunner::CheckStroke(const FieldReader& stroke) {
 void ScriptRunner::CheckPicture(const FieldReader& picture) {
     CheckPictureKinds(picture);
     if (picture.Has("keep")) kept[picture.At("keep").Text()] = Picture();
-    if (picture.Has("camera")) ReadView(picture.At("camera"), session->View());
+    if (picture.Has("camera")) ReadView(picture.At("camera"), document->View());
     for (const std::string& target : PictureTargets(picture)) files.NoteWritten(target);
 }
 

@@ -89,10 +89,10 @@ ScriptResult ScriptRunner::Run() {
     StopIfAsked();
     Close();
     if (progress.step) progress.step(steps.Size(), steps.Size(), "");
-    result.totals = session->Totals();
-    result.vertices = session->Geometry().Bound()->VertexCount();
-    result.faces = session->Geometry().Bound()->faceCount;
-    result.levels = session->Geometry().LevelCount();
+    result.totals = document->Totals();
+    result.vertices = document->Geometry().Bound()->VertexCount();
+    result.faces = document->Geometry().Bound()->faceCount;
+    result.levels = document->Geometry().LevelCount();
     return result;
 }
 
@@ -120,23 +120,23 @@ void ScriptRunner::SetUp(const FieldReader& script) {
     OpenSource(script);
     StopIfAsked();
     if (script.Has("undoBudget"))
-        session->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
+        document->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
     if (script.Has("subdivideBudget"))
         subdivideBudget = script.At("subdivideBudget").Json().get<uint64_t>();
     if (script.Has("preferences")) RunPreferences(script.At("preferences"));
     if (script.Has("transform")) RunTransform(script.At("transform"));
     if (script.Has("levels")) Subdivide(script.At("levels"), script.At("levels").Integer());
-    session->Geometry().History().Clear();
+    document->Geometry().History().Clear();
     SetView(script);
     if (script.Has("mirror")) RunMirror(script.At("mirror"));
-    if (script.Has("seed")) session->Settings().seed = script.At("seed").Json().get<uint64_t>();
+    if (script.Has("seed")) document->Settings().seed = script.At("seed").Json().get<uint64_t>();
     if (script.Has("renderers")) {
         std::vector<float> factors;
         const FieldReader numbers = script.At("renderers");
         for (std::size_t i = 0; i < numbers.Size(); ++i) factors.push_back(numbers.At(i).Number());
-        session->SetRenderers(factors);
+        document->SetRenderers(factors);
     }
-    session->SetObserver(trace.get());
+    document->SetObserver(trace.get());
     SelectFirstTool();
 }
 
@@ -170,35 +170,35 @@ void ScriptRunner::OpenSource(const FieldReader& script) {
 
 void ScriptRunner::SetView(const FieldReader& script) {
     if (!script.Has("camera") && script.Has("scene")) return;
-    session->View() =
+    document->View() =
         ReadView(script.Has("camera") ? script.At("camera")
                                       : FieldReader(nlohmann::json::object(), path, "/camera"),
-                 session->View());
-    session->UpdateCamera();
+                 document->View());
+    document->UpdateCamera();
 }
 
 void ScriptRunner::SelectFirstTool() {
     // A scene comes with its tool; choosing it again changes nothing. Where the freeze brush is at
     // work, the other one has its tool, too.
-    const bool isFreezing = session->IsFreezing();
-    const BrushConfiguration* tool = session->SculptBrush().ActiveConfiguration();
-    if (!session->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))
+    const bool isFreezing = document->IsFreezing();
+    const BrushConfiguration* tool = document->SculptBrush().ActiveConfiguration();
+    if (!document->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))
         throw HostError(path + ": the brush has no tool Sculpt");
-    if (isFreezing) session->SelectTool(FreezeBrush::Tool()->Name().toStdString());
+    if (isFreezing) document->SelectTool(FreezeBrush::Tool()->Name().toStdString());
 }
 
 void ScriptRunner::OpenMesh(const FieldReader& script) {
     const std::string mesh = InputPath(script.At("mesh"));
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + mesh);
-    session = std::make_unique<SculptSession>(mesh, ImportSpace(script));
-    ReportNotes(mesh, session->Notes());
+    document = std::make_unique<Document>(mesh, ImportSpace(script));
+    ReportNotes(mesh, document->Notes());
 }
 
 void ScriptRunner::OpenScene(const FieldReader& script) {
     const std::string scene = InputPath(script.At("scene"));
     if (progress.step) progress.step(0, script.At("steps").Size(), "opening " + scene);
-    session = SculptSession::OpenScene(scene);
-    ReportNotes(scene, session->Notes());
+    document = Document::OpenScene(scene);
+    ReportNotes(scene, document->Notes());
 }
 
 void ScriptRunner::ReportNotes(const std::string& file,
@@ -250,21 +250,21 @@ void ScriptRunner::RunStep(const FieldReader& step) {
     stepWarnings.clear();
     for (const Verb& verb : verbs) {
         if (!step.Has(verb.name)) continue;
-        session->AnnounceCommand(verb.name);
+        document->AnnounceCommand(verb.name);
         (this->*verb.run)(step.At(verb.name));
     }
 }
 
 void ScriptRunner::RunTool(const FieldReader& name) {
-    if (!session->SelectTool(name.Text()))
+    if (!document->SelectTool(name.Text()))
         name.Fail("unknown tool \"" + name.Text() + "\"" +
-                  Suggestion(name.Text(), session->ToolNames()));
+                  Suggestion(name.Text(), document->ToolNames()));
 }
 
 void ScriptRunner::RunSettings(const FieldReader& settings) {
-    BrushOperation& brush = session->Brush();
+    BrushOperation& brush = document->Brush();
     BrushOperation::Private& host = brush.Settings();
-    SceneSettings& strokes = session->Settings();
+    SceneSettings& strokes = document->Settings();
     strokes.radius = settings.NumberOr("radius", strokes.radius);
     if (settings.Has("spacing")) strokes.spacing = settings.At("spacing").Number() * 0.01f;
     if (settings.Has("strength")) brush.SetBrushStrength(settings.At("strength").Number());
@@ -297,7 +297,7 @@ void ScriptRunner::RunSettings(const FieldReader& settings) {
 }
 
 void ScriptRunner::SetFalloff(const FieldReader& falloff) {
-    BrushOperation& brush = session->Brush();
+    BrushOperation& brush = document->Brush();
     if (falloff.Json().is_array()) {
         std::vector<float> samples;
         for (std::size_t i = 0; i < falloff.Size(); ++i) samples.push_back(falloff.At(i).Number());
@@ -322,27 +322,27 @@ void ScriptRunner::SetDirection(const FieldReader& direction) {
     }
     if (mode < 0 || mode >= static_cast<int>(names.size()))
         direction.Fail("unknown direction; there are " + Listed(names));
-    session->Brush().directionAttribute.SetValue(mode, true);
+    document->Brush().directionAttribute.SetValue(mode, true);
 }
 
 void ScriptRunner::RunUndo(const FieldReader& count) {
     for (int i = 0; i < count.Integer(); ++i)
-        if (!session->Undo()) count.Fail("there is nothing more to undo");
+        if (!document->Undo()) count.Fail("there is nothing more to undo");
 }
 
 void ScriptRunner::RunRedo(const FieldReader& count) {
     for (int i = 0; i < count.Integer(); ++i)
-        if (!session->Redo()) count.Fail("there is nothing more to redo");
+        if (!document->Redo()) count.Fail("there is nothing more to redo");
 }
 
 void ScriptRunner::RunTransform(const FieldReader& transform) {
-    const Placement before = session->Geometry().Place();
+    const Placement before = document->Geometry().Place();
     Place(transform);
-    session->Push(MakeTransformStep(session->Geometry(), before));
+    document->Push(MakeTransformStep(document->Geometry(), before));
 }
 
 void ScriptRunner::Place(const FieldReader& transform) {
-    Placement& place = session->Geometry().Place();
+    Placement& place = document->Geometry().Place();
     if (transform.Has("matrix")) {
         Matrix matrix;
         const FieldReader numbers = transform.At("matrix");
@@ -383,14 +383,14 @@ void ScriptRunner::RunPreferences(const FieldReader& preferences) {
         else if (!attribute->SetFromString(QString::fromStdString(value.dump())))
             field.Fail(WrongPreference(*attribute, value.dump()));
     }
-    session->ApplyUndoSettings();
+    document->ApplyUndoSettings();
 }
 
 void ScriptRunner::RunReset(const FieldReader& flag) {
-    const uint32_t levels = session->Geometry().LevelCount() - 1;
-    session->Reset();
+    const uint32_t levels = document->Geometry().LevelCount() - 1;
+    document->Reset();
     Subdivide(flag, static_cast<int>(levels));
-    session->Geometry().History().Clear();
+    document->Geometry().History().Clear();
 }
 
 std::string ScriptRunner::OutputPath(const FieldReader& file) {

@@ -2,12 +2,12 @@
 #pragma once
 
 #include "framework/baking/MapFile.h"
+#include "framework/document/Document.h"
 #include "framework/freeze/FreezeInView.h"
 #include "framework/mesh/MeshSource.h"
 #include "framework/script/FieldReader.h"
+#include "framework/script/JournalRecorder.h"
 #include "framework/script/ScriptFiles.h"
-#include "framework/script/SculptSession.h"
-#include "framework/script/SessionJournal.h"
 #include "framework/strokes/PathShape.h"
 #include "framework/trace/TraceRecorder.h"
 
@@ -102,7 +102,7 @@ public:
     void Close();
     /// What was opened. Strokes may be made by its loop between steps; they go into the journal.
     /// All other changes are steps.
-    SculptSession& Session() { return *session; }
+    Document& GetDocument() { return *document; }
 
 private:
     using StepFunction = void (ScriptRunner::*)(const FieldReader&);
@@ -247,12 +247,12 @@ private:
     bool isChecking = false;
     bool leavesStrokeOpen = false;
     TraceOptions traceOptions;
-    /// Outlives the session, whose brush it hears.
+    /// Outlives the document, whose brush it hears.
     std::unique_ptr<TraceRecorder> trace;
-    std::unique_ptr<SculptSession> session;
+    std::unique_ptr<Document> document;
     JournalOptions journalOptions;
-    /// Listens to the session until its own end.
-    std::unique_ptr<SessionJournal> journal;
+    /// Listens to the document until its own end.
+    std::unique_ptr<JournalRecorder> journal;
     ScriptResult result;
     /// Bytes that the levels of one step may take together.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();

@@ -37,11 +37,11 @@ std::string ScriptRunner::StampPath(const FieldReader& name) const {
 }
 
 void ScriptRunner::SetStamp(const FieldReader& stamp) {
-    BrushOperation& brush = session->Brush();
+    BrushOperation& brush = document->Brush();
     BrushOperation::Private& host = brush.Settings();
     // The brush has taken the stamp's pixels down when the stroke began.
     const bool other = !stamp.Json().is_object() || stamp.Has("path") || stamp.Has("enabled");
-    if (other && session->Loop().IsActive())
+    if (other && document->Loop().IsActive())
         stamp.Fail("a stroke is open, and keeps the stamp with which it began");
     const auto readFile = [&](const FieldReader& name) {
         brush.SetStamp(true, QString::fromStdString(StampPath(name)));

@@ -42,16 +42,16 @@ std::string ScriptRunner::NextStepLabel(const FieldReader& step) {
     if (BeginsStroke(step.Json())) ++strokesBegun;
     if (step.Has("tool")) return "tool " + step.At("tool").Text();
     if (!step.Has("stroke")) return step.Json().begin().key();
-    return session->Brush().ActiveConfiguration()->Name().toStdString() + ", stroke " +
+    return document->Brush().ActiveConfiguration()->Name().toStdString() + ", stroke " +
            std::to_string(strokesBegun) + " of " + std::to_string(strokeCount);
 }
 
 void ScriptRunner::RunAndReport(const FieldReader& step) {
     using Clock = std::chrono::steady_clock;
-    const StrokeTotals before = session->Totals();
+    const StrokeTotals before = document->Totals();
     const Clock::time_point start = Clock::now();
     Do(step);
-    const StrokeTotals after = session->Totals();
+    const StrokeTotals after = document->Totals();
     StepReport report;
     report.pointer = step.Pointer();
     report.step = step.Has("tool") ? "tool" : step.Json().begin().key();
@@ -69,21 +69,21 @@ void ScriptRunner::RunAndReport(const FieldReader& step) {
 }
 
 void ScriptRunner::StartWatchingStroke() {
-    strokeStart.dabs = session->Totals().dabs;
+    strokeStart.dabs = document->Totals().dabs;
     strokeStart.wholeMesh = false;
     strokeStart.frozen.clear();
-    if (session->IsFreezing()) strokeStart.frozen = FreezeAmounts(*session->Geometry().Bound());
+    if (document->IsFreezing()) strokeStart.frozen = FreezeAmounts(*document->Geometry().Bound());
 }
 
 void ScriptRunner::WarnOfIdleStroke(const FieldReader& stroke, const StrokeTotals& before) {
-    const StrokeTotals now = session->Totals();
+    const StrokeTotals now = document->Totals();
     strokeStart.wholeMesh = strokeStart.wholeMesh || stroke.Has("wholeMesh");
     const bool hasPath = stroke.Has("surface") || stroke.Has("pointer") || stroke.Has("pen");
     if (hasPath && now.dabs == before.dabs) Warn("the stroke misses the mesh: it has no dab");
     const bool hadWork = now.dabs != strokeStart.dabs || strokeStart.wholeMesh;
-    if (session->Loop().IsActive() || !hadWork) return;
-    if (session->IsFreezing()) {
-        if (FreezeAmounts(*session->Geometry().Bound()) == strokeStart.frozen)
+    if (document->Loop().IsActive() || !hadWork) return;
+    if (document->IsFreezing()) {
+        if (FreezeAmounts(*document->Geometry().Bound()) == strokeStart.frozen)
             Warn("the stroke changed no freeze amount");
     } else if (now.verticesMoved == before.verticesMoved) {
         Warn("the stroke moved no vertex");
@@ -91,8 +91,8 @@ void ScriptRunner::WarnOfIdleStroke(const FieldReader& stroke, const StrokeTotal
 }
 
 float ScriptRunner::Diagonal() const {
-    const AxisAlignedBoundingBox box = session->Tree().Bounds();
-    return session->Geometry()
+    const AxisAlignedBoundingBox box = document->Tree().Bounds();
+    return document->Geometry()
         .Place()
         .ToWorld()
         .AffineTransform({box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ}, 0.0f)
@@ -102,12 +102,12 @@ float ScriptRunner::Diagonal() const {
 void ScriptRunner::WarnOfFarPoints(const std::string& name,
                                    const std::vector<Vector>& points,
                                    float reach) {
-    const LevelGeometry& geometry = session->Geometry();
+    const LevelGeometry& geometry = document->Geometry();
     const float limit = std::max(reach, Diagonal() * farFraction);
     std::size_t count = 0, farthest = 0;
     float distance = 0.0f;
     for (std::size_t i = 0; i < points.size(); ++i) {
-        const auto hit = HitNear(geometry, session->Tree(), points[i]);
+        const auto hit = HitNear(geometry, document->Tree(), points[i]);
         if (!hit) continue;
         const float away = (WorldPlace(geometry, *hit) - points[i]).Length();
         if (!(away > limit)) continue;

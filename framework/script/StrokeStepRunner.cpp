@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/document/DocumentStroke.h"
 #include "framework/errors/WorkStopped.h"
 #include "framework/script/ScriptRunner.h"
-#include "framework/script/SessionStroke.h"
 #include "framework/strokes/DabStrength.h"
 
 #include <algorithm>
@@ -54,7 +54,7 @@ std::vector<PathSample> ScriptRunner::Samples(const FieldReader& list,
 }
 
 bool ScriptRunner::IsStrokeOpen() const {
-    return isChecking ? leavesStrokeOpen : session->Loop().IsActive();
+    return isChecking ? leavesStrokeOpen : document->Loop().IsActive();
 }
 
 void ScriptRunner::CheckStrokeKinds(const FieldReader& stroke) const {
@@ -81,16 +81,16 @@ void ScriptRunner::CheckStrokeKinds(const FieldReader& stroke) const {
 
 void ScriptRunner::RunStroke(const FieldReader& stroke) {
     CheckStrokeKinds(stroke);
-    StrokeLoop& loop = session->Loop();
+    StrokeLoop& loop = document->Loop();
     const bool staysOpen = stroke.FlagOr("open", false);
     const bool goesOn = stroke.FlagOr("continue", false);
     KeepBefore();
-    const StrokeTotals before = session->Totals();
+    const StrokeTotals before = document->Totals();
     if (!goesOn) {
         StartWatchingStroke();
         std::optional<uint64_t> seed;
         if (stroke.Has("seed")) seed = stroke.At("seed").Json().get<uint64_t>();
-        BeginStroke(*session, ModifierOf(stroke.TextOr("modifier", "none")), seed);
+        BeginStroke(*document, ModifierOf(stroke.TextOr("modifier", "none")), seed);
     }
     try {
         LayDabs(stroke);
@@ -121,7 +121,7 @@ void ScriptRunner::LayDabs(const FieldReader& stroke) {
     }
     if (stroke.Has("wholeMesh")) {
         const FieldReader whole = stroke.At("wholeMesh");
-        session->Loop().WholeMesh(whole.At("strength").Number(), whole.FlagOr("byFacing", false));
+        document->Loop().WholeMesh(whole.At("strength").Number(), whole.FlagOr("byFacing", false));
         DabProgress()();
         return;
     }
@@ -129,7 +129,7 @@ void ScriptRunner::LayDabs(const FieldReader& stroke) {
 }
 
 void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
-    LevelMesh& mesh = *session->Geometry().Bound();
+    LevelMesh& mesh = *document->Geometry().Bound();
     const auto tell = DabProgress();
     for (std::size_t i = 0; i < dabs.Size(); ++i) {
         const FieldReader fields = dabs.At(i);
@@ -154,14 +154,14 @@ void ScriptRunner::StrokeDabs(const FieldReader& dabs) {
             dab.hit.normal = fields.At("normal").ThreeNumbers().Normalized();
             if (dab.hit.normal == Vector()) fields.At("normal").Fail("the normal has no length");
         }
-        session->Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
+        document->Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
         if (fields.Has("position")) dab.position = fields.At("position").ThreeNumbers();
         dab.keepPlace = true;
         dab.size = fields.NumberOr("radius", RadiusAt(dab.position));
         dab.pressure = fields.NumberOr("pressure", 1.0f);
         dab.strength =
-            fields.NumberOr("strength", DabStrength(session->Brush(), dab.pressure, dab.size));
-        session->Loop().Dab(dab);
+            fields.NumberOr("strength", DabStrength(document->Brush(), dab.pressure, dab.size));
+        document->Loop().Dab(dab);
         tell();
     }
 }

@@ -11,8 +11,8 @@ void ScriptRunner::StartTrace() { trace = std::make_unique<TraceRecorder>(traceO
 // What comes after, such as the end of a stroke that the script left open, is no more a part of it.
 void ScriptRunner::FinishTrace() {
     if (trace == nullptr) return;
-    session->SetObserver(nullptr);
-    trace->WriteAfter(session->SculptBrush());
+    document->SetObserver(nullptr);
+    trace->WriteAfter(document->SculptBrush());
     trace.reset();
 }
 

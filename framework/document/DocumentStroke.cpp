@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/script/SessionStroke.h"
+#include "framework/document/DocumentStroke.h"
 
 #include "framework/errors/WorkStopped.h"
 #include "framework/strokes/DabStrength.h"
@@ -7,17 +7,17 @@
 
 namespace trovik {
 
-LiveStrokeSettings PenStrokeSettings(SculptSession& session, const PenStrokeOptions& options) {
-    CheckSpacing(session.Settings().spacing);
-    const BrushOperation& brush = session.Brush();
+LiveStrokeSettings PenStrokeSettings(Document& document, const PenStrokeOptions& options) {
+    CheckSpacing(document.Settings().spacing);
+    const BrushOperation& brush = document.Brush();
     LiveStrokeSettings settings;
-    settings.view = session.View();
+    settings.view = document.View();
     settings.isFiltered = options.isFiltered;
     settings.limits = options.limits;
-    settings.dynamics = session.Settings().dynamics;
+    settings.dynamics = document.Settings().dynamics;
     settings.mode = static_cast<DrawMode>(brush.StrokeDrawMode());
-    settings.options.radius = session.Settings().radius;
-    settings.options.spacing = session.Settings().spacing;
+    settings.options.radius = document.Settings().radius;
+    settings.options.spacing = document.Settings().spacing;
     settings.options.strength = [&brush, radius = settings.options.radius](float pressure) {
         return DabStrength(brush, pressure, radius);
     };
@@ -33,29 +33,26 @@ LiveStrokeSettings PenStrokeSettings(SculptSession& session, const PenStrokeOpti
 }
 
 // Strokes without a seed of their own differ, as those of a hand do.
-void BeginStroke(SculptSession& session,
+void BeginStroke(Document& document,
                  BrushOperation::Modifier modifier,
                  std::optional<uint64_t> seed) {
-    session.RequireNoStroke("begin another stroke");
-    SceneSettings& settings = session.Settings();
+    document.RequireNoStroke("begin another stroke");
+    SceneSettings& settings = document.Settings();
     ++settings.strokesBegun;
     if (!seed) seed = StrokeRandom(settings.seed + settings.strokesBegun).Next();
-    session.Geometry().History().SetNextLabel(
-        session.Brush().ActiveConfiguration()->Name().toStdString());
-    session.Loop().Begin(modifier, *seed);
+    document.Geometry().History().SetNextLabel(
+        document.Brush().ActiveConfiguration()->Name().toStdString());
+    document.Loop().Begin(modifier, *seed);
 }
 
-SessionStroke::SessionStroke(SculptSession& sculptSession, const PenStrokeOptions& options)
-    : session(sculptSession),
-      live(sculptSession.Loop(),
-           sculptSession.Geometry(),
-           sculptSession.Tree(),
-           PenStrokeSettings(sculptSession, options)) {
-    BeginStroke(session, options.modifier, options.seed);
-    number = session.Loop().StrokeNumber();
+DocumentStroke::DocumentStroke(Document& edited, const PenStrokeOptions& options)
+    : document(edited),
+      live(edited.Loop(), edited.Geometry(), edited.Tree(), PenStrokeSettings(edited, options)) {
+    BeginStroke(document, options.modifier, options.seed);
+    number = document.Loop().StrokeNumber();
 }
 
-SessionStroke::~SessionStroke() {
+DocumentStroke::~DocumentStroke() {
     try {
         Release();
     } catch (const std::exception&) {
@@ -64,46 +61,46 @@ SessionStroke::~SessionStroke() {
     }
 }
 
-bool SessionStroke::IsOpen() const { return session.Loop().StrokeNumber() == number; }
+bool DocumentStroke::IsOpen() const { return document.Loop().StrokeNumber() == number; }
 
 /// Whatever is thrown, the stroke ends.
 template <typename Work>
-void SessionStroke::Do(Work work) {
+void DocumentStroke::Do(Work work) {
     if (IsOver()) return;
     try {
         work();
     } catch (const WorkStopped&) {
-        if (IsOpen()) session.Loop().Break();
+        if (IsOpen()) document.Loop().Break();
         isOver = true;
         throw;
     } catch (...) {
-        if (IsOpen()) session.Loop().End();
+        if (IsOpen()) document.Loop().End();
         isOver = true;
         throw;
     }
 }
 
-void SessionStroke::Add(const std::vector<PathSample>& samples) {
+void DocumentStroke::Add(const std::vector<PathSample>& samples) {
     Do([&] { live.Add(samples); });
 }
 
-void SessionStroke::Tick(double time) {
+void DocumentStroke::Tick(double time) {
     Do([&] { live.Tick(time); });
 }
 
-void SessionStroke::Release() {
+void DocumentStroke::Release() {
     Do([&] {
         live.Release();
         isOver = true;
-        session.Loop().End();
+        document.Loop().End();
     });
 }
 
-void SessionStroke::Abandon() {
+void DocumentStroke::Abandon() {
     Do([&] {
         live.Abandon();
         isOver = true;
-        session.Loop().End();
+        document.Loop().End();
     });
 }
 

@@ -27,18 +27,18 @@ namespace trovik {
 /// SelectLayer, SetLayerStrength, RefreshSurface, and Freeze during a stroke of the freeze brush.
 /// The rest is free: settings of brush and strokes (a falloff counts from the next stroke), view
 /// and camera, observers and listeners, the undo budget, and Freeze during a sculpting stroke.
-class TROVIK_API SculptSession {
+class TROVIK_API Document {
 public:
     /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.
     /// \param given  what the file's numbers mean, before what the file itself says.
-    explicit SculptSession(const std::string& meshPath, const MeshSpace& given = {});
+    explicit Document(const std::string& meshPath, const MeshSpace& given = {});
     /// The same for polygons that are no file. \param name  stands for the file in messages.
-    SculptSession(const std::string& name, PolygonMesh polygons);
+    Document(const std::string& name, PolygonMesh polygons);
     /// Opens a scene file and goes on where it was saved; see SaveScene for what it holds.
-    static std::unique_ptr<SculptSession> OpenScene(const std::string& scenePath);
-    ~SculptSession();
-    SculptSession(const SculptSession&) = delete;
-    SculptSession& operator=(const SculptSession&) = delete;
+    static std::unique_ptr<Document> OpenScene(const std::string& scenePath);
+    ~Document();
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
 
     LevelGeometry& Geometry() { return *geometry; }
     /// The brush at work, and the loop that drives it: those of the sculpting brush, or with the
@@ -137,14 +137,14 @@ public:
     /// After the surface changed otherwise than by a stroke.
     void RefreshSurface();
 
-    /// Totals of all strokes of the session.
+    /// Totals of all strokes of the document.
     StrokeTotals Totals() const;
     const std::string& MeshPath() const { return path; }
     /// The mesh as it was imported, an oriented manifold.
     const PolygonMesh& Imported() const { return loaded; }
 
 private:
-    SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
+    Document(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
     void BuildGeometry();
     void RebuildLoop();
     void PlaceMirrors();

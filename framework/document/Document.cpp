@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/script/SculptSession.h"
+#include "framework/document/Document.h"
 
 #include "framework/brushes/StampFiles.h"
 #include "framework/edits/LayerSteps.h"
@@ -43,14 +43,14 @@ std::unique_ptr<BrushOperation> MakeBrush() {
 
 }  // namespace
 
-SculptSession::SculptSession(const std::string& meshPath, const MeshSpace& given)
-    : SculptSession(meshPath, [&] {
+Document::Document(const std::string& meshPath, const MeshSpace& given)
+    : Document(meshPath, [&] {
           PolygonMesh polygons = ReadMeshFile(meshPath);
           polygons.attributes.space = Overlaid(polygons.attributes.space, given);
           return polygons;
       }()) {}
 
-SculptSession::SculptSession(const std::string& name, PolygonMesh polygons)
+Document::Document(const std::string& name, PolygonMesh polygons)
     : path(name), loaded(std::move(polygons)) {
     notes = loaded.notes;
     HostKernel::Instance();
@@ -59,8 +59,7 @@ SculptSession::SculptSession(const std::string& name, PolygonMesh polygons)
     BuildGeometry();
 }
 
-SculptSession::SculptSession(const std::string& scenePath,
-                             std::unique_ptr<BrushOperation> sceneBrush)
+Document::Document(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush)
     : path(scenePath), brush(std::move(sceneBrush)) {
     freezeBrush = std::make_unique<FreezeBrush>();
     LoadedScene scene = LoadScene(scenePath, brush.get(), freezeBrush.get());
@@ -75,14 +74,14 @@ SculptSession::SculptSession(const std::string& scenePath,
     UpdateCamera();
 }
 
-std::unique_ptr<SculptSession> SculptSession::OpenScene(const std::string& scenePath) {
+std::unique_ptr<Document> Document::OpenScene(const std::string& scenePath) {
     HostKernel::Instance();
-    return std::unique_ptr<SculptSession>(new SculptSession(scenePath, MakeBrush()));
+    return std::unique_ptr<Document>(new Document(scenePath, MakeBrush()));
 }
 
-void SculptSession::Save(const std::string& scenePath,
-                         const SceneStream& header,
-                         const std::function<void(const std::string&)>& beforeReplacing) {
+void Document::Save(const std::string& scenePath,
+                    const SceneStream& header,
+                    const std::function<void(const std::string&)>& beforeReplacing) {
     try {
         RequireNoStroke("save the scene");
     } catch (const HostError& refused) {
@@ -94,7 +93,7 @@ void SculptSession::Save(const std::string& scenePath,
               beforeReplacing);
 }
 
-SculptSession::~SculptSession() {
+Document::~Document() {
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
         if (one == nullptr) continue;
         // Nobody is left to receive an error.
@@ -109,13 +108,13 @@ SculptSession::~SculptSession() {
     HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
 }
 
-void SculptSession::RequireNoStroke(const char* work) const {
+void Document::RequireNoStroke(const char* work) const {
     if (loop->IsActive() || freezeLoop->IsActive())
         throw HostError(std::string("cannot ") + work +
                         " while a stroke is open; release or abandon it first");
 }
 
-void SculptSession::BuildGeometry() {
+void Document::BuildGeometry() {
     if (geometry != nullptr) HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
     earlierTotals = Totals();
     loop.reset();
@@ -127,7 +126,7 @@ void SculptSession::BuildGeometry() {
     RebuildLoop();
 }
 
-void SculptSession::RebuildLoop() {
+void Document::RebuildLoop() {
     earlierTotals = Totals();
     tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
@@ -142,29 +141,29 @@ void SculptSession::RebuildLoop() {
     PlaceRenderers();
 }
 
-void SculptSession::PlaceMirrors() {
+void Document::PlaceMirrors() {
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
         one->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
 }
 
-void SculptSession::SetObserver(StrokeObserver* newObserver) {
+void Document::SetObserver(StrokeObserver* newObserver) {
     observer = newObserver;
     loop->SetObserver(observer);
 }
 
-void SculptSession::SetInputListener(StrokeInputListener* newListener) {
+void Document::SetInputListener(StrokeInputListener* newListener) {
     inputListener = newListener;
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(inputListener);
 }
 
-void SculptSession::SetRenderers(const std::vector<float>& updateFactors) {
+void Document::SetRenderers(const std::vector<float>& updateFactors) {
     // The brush holds the renderers for the length of a stroke.
     RequireNoStroke("change the renderers");
     rendererFactors = updateFactors;
     PlaceRenderers();
 }
 
-void SculptSession::PlaceRenderers() {
+void Document::PlaceRenderers() {
     for (uint32_t i = 0; i < geometry->LevelCount(); ++i) {
         LevelMesh& level = *geometry->Level(i);
         uint32_t kept = 0;
@@ -181,19 +180,19 @@ void SculptSession::PlaceRenderers() {
         geometry->Bound()->AddChild(new NoticeRenderer(factor));
 }
 
-void SculptSession::Reset() {
+void Document::Reset() {
     RequireNoStroke("reset the mesh");
     const Placement place = geometry->Place();
     BuildGeometry();
     geometry->Place() = place;
 }
 
-void SculptSession::PushLevels(std::unique_ptr<UndoStep> step) {
+void Document::PushLevels(std::unique_ptr<UndoStep> step) {
     geometry->History().Push(std::move(step));
     RebuildLoop();
 }
 
-bool SculptSession::Subdivide(const SubdivideOptions& options) {
+bool Document::Subdivide(const SubdivideOptions& options) {
     RequireNoStroke("subdivide");
     auto step = SubdivideAsStep(*geometry, options);
     if (step == nullptr) return false;
@@ -201,7 +200,7 @@ bool SculptSession::Subdivide(const SubdivideOptions& options) {
     return true;
 }
 
-bool SculptSession::DeleteLevels(bool lower) {
+bool Document::DeleteLevels(bool lower) {
     RequireNoStroke("delete levels");
     auto step = DeleteLevelsAsStep(*geometry, lower);
     if (step == nullptr) return false;
@@ -209,12 +208,12 @@ bool SculptSession::DeleteLevels(bool lower) {
     return true;
 }
 
-void SculptSession::Unsubdivide() {
+void Document::Unsubdivide() {
     RequireNoStroke("unsubdivide");
     PushLevels(UnsubdivideAsStep(*geometry));
 }
 
-bool SculptSession::ApplyToBase() {
+bool Document::ApplyToBase() {
     RequireNoStroke("apply the level to the base");
     auto step = ApplyToBaseAsStep(*geometry);
     if (step == nullptr) return false;
@@ -222,7 +221,7 @@ bool SculptSession::ApplyToBase() {
     return true;
 }
 
-bool SculptSession::BindLevel(uint32_t level) {
+bool Document::BindLevel(uint32_t level) {
     RequireNoStroke("change the level");
     if (level >= geometry->LevelCount()) return false;
     if (level == geometry->BoundIndex()) return true;
@@ -230,21 +229,21 @@ bool SculptSession::BindLevel(uint32_t level) {
     return true;
 }
 
-bool SculptSession::Undo() {
+bool Document::Undo() {
     RequireNoStroke("undo");
     if (!geometry->History().Undo(*geometry)) return false;
     RebuildLoop();
     return true;
 }
 
-bool SculptSession::Redo() {
+bool Document::Redo() {
     RequireNoStroke("redo");
     if (!geometry->History().Redo(*geometry)) return false;
     RebuildLoop();
     return true;
 }
 
-void SculptSession::Push(std::unique_ptr<UndoStep> step, bool join) {
+void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
     if (step == nullptr) return;
     try {
         RequireNoStroke("change the mesh");
@@ -258,17 +257,17 @@ void SculptSession::Push(std::unique_ptr<UndoStep> step, bool join) {
     tree->RefitAll();
 }
 
-void SculptSession::SetUndoBudget(std::optional<uint64_t> bytes) {
+void Document::SetUndoBudget(std::optional<uint64_t> bytes) {
     undoBudget = bytes;
     ApplyUndoSettings();
 }
 
-void SculptSession::ApplyUndoSettings() {
+void Document::ApplyUndoSettings() {
     ApplyUndoPreferences(geometry->History());
     if (undoBudget) geometry->History().SetBudget(*undoBudget);
 }
 
-bool SculptSession::SelectTool(const std::string& name) {
+bool Document::SelectTool(const std::string& name) {
     RequireNoStroke("change the tool");
     if (name == FreezeBrush::Tool()->Name().toStdString()) {
         freezing = true;
@@ -289,7 +288,7 @@ bool SculptSession::SelectTool(const std::string& name) {
     return false;
 }
 
-std::vector<std::string> SculptSession::ToolNames() const {
+std::vector<std::string> Document::ToolNames() const {
     std::vector<std::string> names;
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
         const BrushConfiguration* row = BrushOperation::Configuration(i);
@@ -299,7 +298,7 @@ std::vector<std::string> SculptSession::ToolNames() const {
     return names;
 }
 
-void SculptSession::SetMirrors(const MirrorSetting& setting) {
+void Document::SetMirrors(const MirrorSetting& setting) {
     RequireNoStroke("change the mirrors");
     std::vector<Matrix> maps = MirrorMaps(setting);
     if (maps.size() > mostMirrorMaps) {
@@ -315,14 +314,14 @@ void SculptSession::SetMirrors(const MirrorSetting& setting) {
     PlaceMirrors();
 }
 
-uint32_t SculptSession::MakeSymmetric(int axis, SymmetrySide model) {
+uint32_t Document::MakeSymmetric(int axis, SymmetrySide model) {
     RequireNoStroke("make the mesh symmetric");
     const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
     if (moved > 0) tree->RefitAll();
     return moved;
 }
 
-void SculptSession::SetTopologicalMirror() {
+void Document::SetTopologicalMirror() {
     RequireNoStroke("change the mirrors");
     if (!geometry->FindMirror())
         throw HostError(path +
@@ -333,16 +332,16 @@ void SculptSession::SetTopologicalMirror() {
     PlaceMirrors();
 }
 
-void SculptSession::UpdateCamera() {
+void Document::UpdateCamera() {
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(settings.view.ToWorld());
 }
 
-void SculptSession::AddLayer(const std::string& name) {
+void Document::AddLayer(const std::string& name) {
     RequireNoStroke("add a layer");
     Push(AddLayerAsStep(*geometry, name));
 }
 
-bool SculptSession::SelectLayer(const std::string& name) {
+bool Document::SelectLayer(const std::string& name) {
     RequireNoStroke("change the active layer");
     const auto layer = geometry->Layers().Find(*geometry->Bound(), name);
     if (layer == nullptr && !name.empty()) return false;
@@ -350,14 +349,14 @@ bool SculptSession::SelectLayer(const std::string& name) {
     return true;
 }
 
-void SculptSession::SetLayerStrength(float strength) {
+void Document::SetLayerStrength(float strength) {
     RequireNoStroke("change the layer");
     SculptLayer::Properties given = ActiveLayer()->Given();
     given.strength = strength;
     Push(GiveLayerAsStep(*geometry, *ActiveLayer(), given));
 }
 
-void SculptSession::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
+void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
     // The freeze brush holds the amounts of its stroke itself; a sculpting brush reads them anew
     // for each patch.
     if (freezeLoop->IsActive()) RequireNoStroke("freeze");
@@ -366,15 +365,15 @@ void SculptSession::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
     if (step != nullptr) geometry->History().Push(std::move(step));
 }
 
-void SculptSession::RefreshSurface() {
+void Document::RefreshSurface() {
     RequireNoStroke("change the mesh");
     geometry->Bound()->ComputeNormals();
     tree->RefitAll();
 }
 
-PictureMesh SculptSession::ShownMesh() const { return ShownLevel(*geometry); }
+PictureMesh Document::ShownMesh() const { return ShownLevel(*geometry); }
 
-StrokeTotals SculptSession::Totals() const {
+StrokeTotals Document::Totals() const {
     StrokeTotals sum = earlierTotals;
     for (const StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
         if (one == nullptr) continue;

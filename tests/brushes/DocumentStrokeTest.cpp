@@ -3,12 +3,12 @@
 /// \file
 /// A stroke that is drawn while its pen reports gives the bits of the same samples in a script,
 /// with every tool of the plug-in and with the freeze brush.
+#include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
 #include "framework/multires/Steps.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
-#include "framework/script/SessionStroke.h"
 #include "tests/SourceFolder.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -24,9 +24,9 @@
 namespace trovik::test {
 namespace {
 
-class SessionStrokeTest : public testing::Test {
+class DocumentStrokeTest : public testing::Test {
 protected:
-    SessionStrokeTest() {
+    DocumentStrokeTest() {
         folder.Fill("quad.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
     }
 
@@ -56,8 +56,8 @@ protected:
     }
 
     /// All that a stroke leaves: places, normals and freeze amounts.
-    static std::string BitsOf(SculptSession& session) {
-        const LevelMesh& level = *session.Geometry().Bound();
+    static std::string BitsOf(Document& document) {
+        const LevelMesh& level = *document.Geometry().Bound();
         std::string bits(reinterpret_cast<const char*>(level.vertexNormals.array),
                          level.VertexCount() * sizeof(PackedNormal));
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
@@ -68,7 +68,7 @@ protected:
         return bits;
     }
 
-    static void Draw(SessionStroke& stroke, const std::string& name, std::size_t piece) {
+    static void Draw(DocumentStroke& stroke, const std::string& name, std::size_t piece) {
         const auto samples = ReadPenStream(FileOf(name));
         for (std::size_t i = 0; i < samples.size(); i += piece) {
             const auto from = samples.begin() + static_cast<std::ptrdiff_t>(i);
@@ -87,38 +87,38 @@ constexpr const char* settingsOfPens[] = {
     R"({"smoothing": 0.05, "steady": 0.03, "randomSize": 0.5})",
     R"({"smoothing": false, "airbrush": 40, "sizeCurve": [[0, 0.3], [1, 1]]})"};
 
-TEST_F(SessionStrokeTest, GivesTheBitsOfTheScript) {
+TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
     for (const char* tool : {"Sculpt", "Smooth", "Knife", "Flatten", "Pinch", "Freeze"}) {
         for (const char* settings : settingsOfPens) {
             for (const char* name : {"clean", "everything"}) {
                 SCOPED_TRACE(std::string(tool) + settings + name);
                 auto recorded = Work(tool, settings);
-                const std::string untouched = BitsOf(recorded->Session());
+                const std::string untouched = BitsOf(recorded->GetDocument());
                 Step(*recorded, Stroke(name));
                 Step(*recorded, Stroke(name, R"(, "modifier": "invert")"));
-                const std::string expected = BitsOf(recorded->Session());
+                const std::string expected = BitsOf(recorded->GetDocument());
                 ASSERT_TRUE(expected != untouched || std::string(tool) == "Smooth" ||
                             std::string(tool) == "Flatten");
                 auto live = Work(tool, settings);
                 {
-                    SessionStroke stroke(live->Session());
+                    DocumentStroke stroke(live->GetDocument());
                     Draw(stroke, name, 1);
                     stroke.Release();
                     EXPECT_TRUE(stroke.IsOver());
                 }
                 PenStrokeOptions options;
                 options.modifier = BrushOperation::ModifierInvert;
-                SessionStroke second(live->Session(), options);
+                DocumentStroke second(live->GetDocument(), options);
                 Draw(second, name, 7);
                 second.Release();
-                EXPECT_TRUE(BitsOf(live->Session()) == expected);
-                EXPECT_EQ(live->Session().Settings().strokesBegun, 2u);
+                EXPECT_TRUE(BitsOf(live->GetDocument()) == expected);
+                EXPECT_EQ(live->GetDocument().Settings().strokesBegun, 2u);
             }
         }
     }
 }
 
-TEST_F(SessionStrokeTest, TakesShapesAsAScriptDoes) {
+TEST_F(DocumentStrokeTest, TakesShapesAsAScriptDoes) {
     const std::string path =
         R"(, "seed": 5, "path": {"curve": true, "smoothing": 12, "filter": false,
         "snap": {"curve": [[250, 200], [420, 330], [600, 250]], "distance": 60}})";
@@ -132,15 +132,15 @@ TEST_F(SessionStrokeTest, TakesShapesAsAScriptDoes) {
     options.shape.snapTo = {{250, 200, 0}, {420, 330, 0}, {600, 250, 0}};
     options.shape.snapDistance = 60.0f;
     options.smoothing = 12.0f;
-    SessionStroke stroke(live->Session(), options);
+    DocumentStroke stroke(live->GetDocument(), options);
     Draw(stroke, "clean", 2);
     stroke.Release();
-    EXPECT_TRUE(BitsOf(live->Session()) == BitsOf(recorded->Session()));
+    EXPECT_TRUE(BitsOf(live->GetDocument()) == BitsOf(recorded->GetDocument()));
 }
 
-TEST_F(SessionStrokeTest, ShowsDabsWhileItIsDrawn) {
+TEST_F(DocumentStrokeTest, ShowsDabsWhileItIsDrawn) {
     auto work = Work("Sculpt", R"({"smoothing": false})");
-    SessionStroke stroke(work->Session());
+    DocumentStroke stroke(work->GetDocument());
     const auto samples = ReadPenStream(FileOf("clean"));
     unsigned before = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -157,103 +157,103 @@ TEST_F(SessionStrokeTest, ShowsDabsWhileItIsDrawn) {
     EXPECT_LT(stroke.Count(), before + 10);
 }
 
-TEST_F(SessionStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
+TEST_F(DocumentStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
     for (const char* tool : {"Sculpt", "Wax", "Freeze"}) {
         SCOPED_TRACE(tool);
         auto work = Work(tool);
-        SculptSession& session = work->Session();
+        Document& document = work->GetDocument();
         Step(*work, Stroke("clean"));
-        const std::string before = BitsOf(session);
-        const std::size_t position = session.Geometry().History().Position();
+        const std::string before = BitsOf(document);
+        const std::size_t position = document.Geometry().History().Position();
         {
-            SessionStroke stroke(session);
+            DocumentStroke stroke(document);
             Draw(stroke, "late", 5);
-            EXPECT_FALSE(BitsOf(session) == before);
+            EXPECT_FALSE(BitsOf(document) == before);
             stroke.Abandon();
             EXPECT_TRUE(stroke.IsOver());
             stroke.Release();
         }
-        EXPECT_FALSE(session.Loop().IsActive());
-        EXPECT_TRUE(BitsOf(session) == before);
-        EXPECT_EQ(session.Geometry().History().Position(), position);
+        EXPECT_FALSE(document.Loop().IsActive());
+        EXPECT_TRUE(BitsOf(document) == before);
+        EXPECT_EQ(document.Geometry().History().Position(), position);
         // What is drawn next is what it would have been, but for chance.
         PenStrokeOptions options;
         options.seed = 9;
-        SessionStroke next(session, options);
+        DocumentStroke next(document, options);
         Draw(next, "late", 5);
         next.Release();
-        const std::string after = BitsOf(session);
-        EXPECT_EQ(session.Geometry().History().Position(), position + 1);
-        ASSERT_TRUE(session.Undo());
-        EXPECT_TRUE(BitsOf(session) == before);
+        const std::string after = BitsOf(document);
+        EXPECT_EQ(document.Geometry().History().Position(), position + 1);
+        ASSERT_TRUE(document.Undo());
+        EXPECT_TRUE(BitsOf(document) == before);
         auto other = Work(tool);
         Step(*other, Stroke("clean"));
         Step(*other, Stroke("late", R"(, "seed": 9)"));
-        EXPECT_TRUE(BitsOf(other->Session()) == after);
+        EXPECT_TRUE(BitsOf(other->GetDocument()) == after);
     }
 }
 
-TEST_F(SessionStrokeTest, AStrokeThatIsLeftIsReleased) {
+TEST_F(DocumentStrokeTest, AStrokeThatIsLeftIsReleased) {
     auto work = Work("Sculpt");
     {
-        SessionStroke stroke(work->Session());
+        DocumentStroke stroke(work->GetDocument());
         Draw(stroke, "clean", 9);
     }
-    EXPECT_FALSE(work->Session().Loop().IsActive());
+    EXPECT_FALSE(work->GetDocument().Loop().IsActive());
     auto recorded = Work("Sculpt");
     Step(*recorded, Stroke("clean"));
-    EXPECT_TRUE(BitsOf(work->Session()) == BitsOf(recorded->Session()));
+    EXPECT_TRUE(BitsOf(work->GetDocument()) == BitsOf(recorded->GetDocument()));
 }
 
-TEST_F(SessionStrokeTest, OnlyOneIsDrawnAtATime) {
+TEST_F(DocumentStrokeTest, OnlyOneIsDrawnAtATime) {
     auto work = Work("Sculpt");
-    SessionStroke stroke(work->Session());
-    EXPECT_EQ(MessageOf<HostError>([&] { SessionStroke(work->Session()); }),
+    DocumentStroke stroke(work->GetDocument());
+    EXPECT_EQ(MessageOf<HostError>([&] { DocumentStroke(work->GetDocument()); }),
               "cannot begin another stroke while a stroke is open; release or abandon it first");
-    EXPECT_THROW(work->Session().Loop().Begin(BrushOperation::ModifierNone), HostError);
+    EXPECT_THROW(work->GetDocument().Loop().Begin(BrushOperation::ModifierNone), HostError);
     EXPECT_FALSE(stroke.IsOver());
     stroke.Release();
-    EXPECT_EQ(work->Session().Settings().strokesBegun, 1u);
+    EXPECT_EQ(work->GetDocument().Settings().strokesBegun, 1u);
 }
 
-/// What a session refuses while a stroke is open, and the words for it.
+/// What a document refuses while a stroke is open, and the words for it.
 struct Refused {
     const char* work;
-    std::function<void(SculptSession&)> run;
+    std::function<void(Document&)> run;
 };
 
 std::vector<Refused> AllRefused(const std::string& scene) {
-    const auto push = [](SculptSession& session) {
-        const Placement before = session.Geometry().Place();
-        session.Geometry().Place().Set({2, 2, 2}, {}, {});
-        session.Push(MakeTransformStep(session.Geometry(), before));
+    const auto push = [](Document& document) {
+        const Placement before = document.Geometry().Place();
+        document.Geometry().Place().Set({2, 2, 2}, {}, {});
+        document.Push(MakeTransformStep(document.Geometry(), before));
     };
     return {
-        {"undo", [](SculptSession& s) { s.Undo(); }},
-        {"redo", [](SculptSession& s) { s.Redo(); }},
-        {"change the tool", [](SculptSession& s) { s.SelectTool("Wax"); }},
-        {"change the tool", [](SculptSession& s) { s.SelectTool("Freeze"); }},
-        {"change the level", [](SculptSession& s) { s.BindLevel(2); }},
-        {"subdivide", [](SculptSession& s) { s.Subdivide(); }},
-        {"unsubdivide", [](SculptSession& s) { s.Unsubdivide(); }},
-        {"delete levels", [](SculptSession& s) { s.DeleteLevels(true); }},
-        {"apply the level to the base", [](SculptSession& s) { s.ApplyToBase(); }},
-        {"reset the mesh", [](SculptSession& s) { s.Reset(); }},
+        {"undo", [](Document& s) { s.Undo(); }},
+        {"redo", [](Document& s) { s.Redo(); }},
+        {"change the tool", [](Document& s) { s.SelectTool("Wax"); }},
+        {"change the tool", [](Document& s) { s.SelectTool("Freeze"); }},
+        {"change the level", [](Document& s) { s.BindLevel(2); }},
+        {"subdivide", [](Document& s) { s.Subdivide(); }},
+        {"unsubdivide", [](Document& s) { s.Unsubdivide(); }},
+        {"delete levels", [](Document& s) { s.DeleteLevels(true); }},
+        {"apply the level to the base", [](Document& s) { s.ApplyToBase(); }},
+        {"reset the mesh", [](Document& s) { s.Reset(); }},
         {"change the mesh", push},
-        {"change the mesh", [](SculptSession& s) { s.RefreshSurface(); }},
-        {"change the mirrors", [](SculptSession& s) { s.SetMirrors({{0}}); }},
-        {"change the mirrors", [](SculptSession& s) { s.SetTopologicalMirror(); }},
+        {"change the mesh", [](Document& s) { s.RefreshSurface(); }},
+        {"change the mirrors", [](Document& s) { s.SetMirrors({{0}}); }},
+        {"change the mirrors", [](Document& s) { s.SetTopologicalMirror(); }},
         {"make the mesh symmetric",
-         [](SculptSession& s) { s.MakeSymmetric(0, SymmetrySide::Positive); }},
-        {"change the renderers", [](SculptSession& s) { s.SetRenderers({1.0f}); }},
-        {"add a layer", [](SculptSession& s) { s.AddLayer("new"); }},
-        {"change the active layer", [](SculptSession& s) { s.SelectLayer(""); }},
-        {"change the layer", [](SculptSession& s) { s.SetLayerStrength(0.5f); }},
-        {"save the scene", [scene](SculptSession& s) { s.Save(scene); }},
+         [](Document& s) { s.MakeSymmetric(0, SymmetrySide::Positive); }},
+        {"change the renderers", [](Document& s) { s.SetRenderers({1.0f}); }},
+        {"add a layer", [](Document& s) { s.AddLayer("new"); }},
+        {"change the active layer", [](Document& s) { s.SelectLayer(""); }},
+        {"change the layer", [](Document& s) { s.SetLayerStrength(0.5f); }},
+        {"save the scene", [scene](Document& s) { s.Save(scene); }},
     };
 }
 
-TEST_F(SessionStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
+TEST_F(DocumentStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
     for (const char* tool : {"Sculpt", "Freeze"}) {
         const auto prepare = [&](ScriptRunner& work) {
             Step(work, R"({"layer": {"add": "layer"}})");
@@ -266,12 +266,12 @@ TEST_F(SessionStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
         Step(*expected, Stroke("clean", R"(, "seed": 5)"));
         auto work = Work(tool);
         prepare(*work);
-        SculptSession& session = work->Session();
-        session.SetRenderers({1.0f});
-        const std::size_t position = session.Geometry().History().Position();
+        Document& document = work->GetDocument();
+        document.SetRenderers({1.0f});
+        const std::size_t position = document.Geometry().History().Position();
         PenStrokeOptions options;
         options.seed = 5;
-        SessionStroke stroke(session, options);
+        DocumentStroke stroke(document, options);
         const auto samples = ReadPenStream(FileOf("clean"));
         const std::string scene = folder.Path("open.trovik");
         const auto refused = AllRefused(scene);
@@ -279,58 +279,58 @@ TEST_F(SessionStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
             stroke.Add(samples[i]);
             const Refused& one = refused[i % refused.size()];
             SCOPED_TRACE(std::string(tool) + ": " + one.work);
-            EXPECT_THAT(MessageOf<HostError>([&] { one.run(session); }),
+            EXPECT_THAT(MessageOf<HostError>([&] { one.run(document); }),
                         testing::EndsWith(std::string("cannot ") + one.work +
                                           " while a stroke is open; release or abandon it first"));
         }
         ASSERT_GT(samples.size(), refused.size());
-        if (session.IsFreezing()) {
-            const std::vector<uint8_t> all(session.Geometry().Bound()->VertexCount(), 127);
-            EXPECT_THROW(session.Freeze(all, FreezeMode::Replace), HostError);
+        if (document.IsFreezing()) {
+            const std::vector<uint8_t> all(document.Geometry().Bound()->VertexCount(), 127);
+            EXPECT_THROW(document.Freeze(all, FreezeMode::Replace), HostError);
         }
         EXPECT_FALSE(stroke.IsOver());
         stroke.Release();
         EXPECT_FALSE(std::filesystem::exists(scene));
-        EXPECT_TRUE(BitsOf(session) == BitsOf(expected->Session()));
-        EXPECT_EQ(session.Geometry().History().Position(), position + 1);
-        EXPECT_EQ(session.Brush().ActiveConfiguration()->Name().toStdString(), tool);
-        ASSERT_TRUE(session.Undo());
-        ASSERT_TRUE(session.Undo());
-        ASSERT_TRUE(session.Redo());
+        EXPECT_TRUE(BitsOf(document) == BitsOf(expected->GetDocument()));
+        EXPECT_EQ(document.Geometry().History().Position(), position + 1);
+        EXPECT_EQ(document.Brush().ActiveConfiguration()->Name().toStdString(), tool);
+        ASSERT_TRUE(document.Undo());
+        ASSERT_TRUE(document.Undo());
+        ASSERT_TRUE(document.Redo());
     }
 }
 
-TEST_F(SessionStrokeTest, AStrokeThatIsEndedByTheLoopIsOver) {
+TEST_F(DocumentStrokeTest, AStrokeThatIsEndedByTheLoopIsOver) {
     auto work = Work("Sculpt");
-    SculptSession& session = work->Session();
-    SessionStroke stroke(session);
+    Document& document = work->GetDocument();
+    DocumentStroke stroke(document);
     Draw(stroke, "clean", 9);
-    session.Loop().End();
+    document.Loop().End();
     EXPECT_TRUE(stroke.IsOver());
-    SessionStroke next(session);
-    const std::string before = BitsOf(session);
+    DocumentStroke next(document);
+    const std::string before = BitsOf(document);
     Draw(stroke, "late", 9);
     stroke.Release();
-    EXPECT_TRUE(BitsOf(session) == before);
+    EXPECT_TRUE(BitsOf(document) == before);
     EXPECT_FALSE(next.IsOver()) << "the open stroke is another one";
     next.Release();
 }
 
-TEST_F(SessionStrokeTest, RadiusAndSpacingAreCheckedBeforeAStrokeBegins) {
+TEST_F(DocumentStrokeTest, RadiusAndSpacingAreCheckedBeforeAStrokeBegins) {
     auto work = Work("Sculpt");
-    SculptSession& session = work->Session();
-    session.Settings().spacing = 1e-6f;
-    EXPECT_THROW(SessionStroke{session}, HostError);
-    session.Settings().spacing = 0.25f;
-    session.Settings().radius = 0.0f;
-    EXPECT_EQ(MessageOf<HostError>([&] { SessionStroke{session}; }),
+    Document& document = work->GetDocument();
+    document.Settings().spacing = 1e-6f;
+    EXPECT_THROW(DocumentStroke{document}, HostError);
+    document.Settings().spacing = 0.25f;
+    document.Settings().radius = 0.0f;
+    EXPECT_EQ(MessageOf<HostError>([&] { DocumentStroke{document}; }),
               "the radius is 0; a number above 0 is needed");
-    EXPECT_FALSE(session.Loop().IsActive());
-    EXPECT_EQ(session.Settings().strokesBegun, 0u);
+    EXPECT_FALSE(document.Loop().IsActive());
+    EXPECT_EQ(document.Settings().strokesBegun, 0u);
 }
 
 // A stroke borrows the falloff's samples when it begins.
-TEST_F(SessionStrokeTest, ANewFalloffIsForTheNextStroke) {
+TEST_F(DocumentStrokeTest, ANewFalloffIsForTheNextStroke) {
     std::string many = "1";
     for (int i = 1; i < 40000; ++i) many += i % 3 == 0 ? ", 0.25" : ", 1";
     const std::string custom = R"({"set": {"falloff": [1, 0.9, 0.3, 0]}})";
@@ -358,7 +358,7 @@ TEST_F(SessionStrokeTest, ANewFalloffIsForTheNextStroke) {
                 };
                 auto plain = begin();
                 Step(*plain, second);
-                const std::string expected = BitsOf(plain->Session());
+                const std::string expected = BitsOf(plain->GetDocument());
                 for (const std::string& change : changes) {
                     SCOPED_TRACE(tool + change.substr(0, 40) + (isMirrored ? " mirrored" : "") +
                                  (isCustom ? " custom" : ""));
@@ -367,7 +367,7 @@ TEST_F(SessionStrokeTest, ANewFalloffIsForTheNextStroke) {
                     Step(*work, R"({"set": {"falloff": [0.3, 0.7, 0.1, 0.2]}})");
                     Step(*work, R"({"set": {"falloff": )" + change + "}}");
                     Step(*work, second);
-                    EXPECT_TRUE(BitsOf(work->Session()) == expected);
+                    EXPECT_TRUE(BitsOf(work->GetDocument()) == expected);
                     Step(*work, first);
                     Step(*work, second);
                     auto other = begin();
@@ -375,23 +375,23 @@ TEST_F(SessionStrokeTest, ANewFalloffIsForTheNextStroke) {
                     Step(*other, R"({"set": {"falloff": )" + change + "}}");
                     Step(*other, first);
                     Step(*other, second);
-                    EXPECT_TRUE(BitsOf(work->Session()) == BitsOf(other->Session()));
+                    EXPECT_TRUE(BitsOf(work->GetDocument()) == BitsOf(other->GetDocument()));
                 }
             }
         }
     }
 }
 
-TEST_F(SessionStrokeTest, AnErrorEndsTheStroke) {
+TEST_F(DocumentStrokeTest, AnErrorEndsTheStroke) {
     auto work = Work("Sculpt", R"({"smoothing": false})");
     PenStrokeOptions options;
     options.isFiltered = false;
-    SessionStroke stroke(work->Session(), options);
+    DocumentStroke stroke(work->GetDocument(), options);
     stroke.Add({PathSample({300, 300, 0}), PathSample({350, 300, 0})});
     EXPECT_GT(stroke.Count(), 2u);
     EXPECT_THROW(stroke.Add(PathSample({1e30f, 300, 0})), HostError);
     EXPECT_TRUE(stroke.IsOver());
-    EXPECT_FALSE(work->Session().Loop().IsActive());
+    EXPECT_FALSE(work->GetDocument().Loop().IsActive());
 }
 
 }  // namespace

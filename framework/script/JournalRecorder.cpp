@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/script/SessionJournal.h"
+#include "framework/script/JournalRecorder.h"
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/StampFiles.h"
@@ -43,16 +43,16 @@ std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
 
 }  // namespace
 
-JournalBase SessionJournal::MakeBase(SculptSession& session,
-                                     const nlohmann::json& setup,
-                                     const std::string& script,
-                                     const ScriptFiles& files) {
+JournalBase JournalRecorder::MakeBase(Document& document,
+                                      const nlohmann::json& setup,
+                                      const std::string& script,
+                                      const ScriptFiles& files) {
     JournalBase base;
     base.output = Absolute(files.OutputFolder());
     base.outsideAllowed = files.IsOutsideAllowed();
     base.program = ProgramName();
     base.script = Absolute(script);
-    base.source = Absolute(session.MeshPath());
+    base.source = Absolute(document.MeshPath());
     base.content = HashFile(base.source);
     base.setup = setup;
     base.setup.erase("steps");
@@ -61,31 +61,31 @@ JournalBase SessionJournal::MakeBase(SculptSession& session,
     return base;
 }
 
-SessionJournal::SessionJournal(const JournalOptions& options,
-                               SculptSession& sculptSession,
-                               const nlohmann::json& scriptSetup,
-                               const std::string& scriptPath,
-                               const ScriptFiles& scriptFiles)
-    : session(sculptSession),
+JournalRecorder::JournalRecorder(const JournalOptions& options,
+                                 Document& edited,
+                                 const nlohmann::json& scriptSetup,
+                                 const std::string& scriptPath,
+                                 const ScriptFiles& scriptFiles)
+    : document(edited),
       setup(scriptSetup),
       script(scriptPath),
       files(scriptFiles),
-      journal(options, MakeBase(sculptSession, scriptSetup, scriptPath, scriptFiles)) {
-    session.SetInputListener(this);
+      journal(options, MakeBase(edited, scriptSetup, scriptPath, scriptFiles)) {
+    document.SetInputListener(this);
     MarkHistory();
 }
 
-SessionJournal::~SessionJournal() { session.SetInputListener(nullptr); }
+JournalRecorder::~JournalRecorder() { document.SetInputListener(nullptr); }
 
-void SessionJournal::MarkHistory() {
-    const UndoHistory& history = session.Geometry().History();
+void JournalRecorder::MarkHistory() {
+    const UndoHistory& history = document.Geometry().History();
     newestAtStart = history.Position() == 0 ? nullptr : &history.Shell(history.Position() - 1);
     redoFromBefore = history.CanRedo();
 }
 
-void SessionJournal::BeginStep(const nlohmann::json& step) {
-    totalsBefore = session.Totals();
-    historyBefore = session.Geometry().History().Position();
+void JournalRecorder::BeginStep(const nlohmann::json& step) {
+    totalsBefore = document.Totals();
+    historyBefore = document.Geometry().History().Position();
     // All but what a stroke may hold is small.
     stepAtHand = step.contains("stroke") ? nlohmann::json::object() : step;
     // Whole paths, since a name alone can mean another file when the work is done again: what this
@@ -114,18 +114,18 @@ void SessionJournal::BeginStep(const nlohmann::json& step) {
     journal.BeginStep(whole.is_null() ? step : whole);
 }
 
-StepEnd SessionJournal::Ended(bool failed) const {
+StepEnd JournalRecorder::Ended(bool failed) const {
     StepEnd end{};
     end.failed = failed ? 1 : 0;
-    end.vertices = session.Totals().verticesMoved - totalsBefore.verticesMoved;
-    const UndoHistory& history = session.Geometry().History();
+    end.vertices = document.Totals().verticesMoved - totalsBefore.verticesMoved;
+    const UndoHistory& history = document.Geometry().History();
     if (history.Position() > historyBefore)
         end.undoBytes = history.StepBytes(history.Position() - 1);
     return end;
 }
 
-void SessionJournal::EndStep(bool failed) {
-    const UndoHistory& history = session.Geometry().History();
+void JournalRecorder::EndStep(bool failed) {
+    const UndoHistory& history = document.Geometry().History();
     if (!history.CanRedo() && !stepAtHand.contains("redo")) redoFromBefore = false;
     if (LeftItsHistory(stepAtHand))
         EndStepBySnapshot(Ended(failed), history.NextLabel());
@@ -133,16 +133,16 @@ void SessionJournal::EndStep(bool failed) {
         journal.EndStep(Ended(failed), history.NextLabel());
 }
 
-bool SessionJournal::LeftItsHistory(const nlohmann::json& step) const {
+bool JournalRecorder::LeftItsHistory(const nlohmann::json& step) const {
     if (step.contains("redo") && redoFromBefore) return true;
     if (!step.contains("undo") || newestAtStart == nullptr) return false;
-    const UndoHistory& history = session.Geometry().History();
+    const UndoHistory& history = document.Geometry().History();
     for (std::size_t i = history.Position(); i < history.StepCount(); ++i)
         if (&history.Shell(i) == newestAtStart) return true;
     return false;
 }
 
-JournalBase SessionJournal::BaseFrom(const JournalFile& scene) {
+JournalBase JournalRecorder::BaseFrom(const JournalFile& scene) {
     nlohmann::json reduced = nlohmann::json::object();
     for (const char* field : besideTheScene)
         if (setup.contains(field)) reduced[field] = setup.at(field);
@@ -159,14 +159,14 @@ JournalBase SessionJournal::BaseFrom(const JournalFile& scene) {
             files.IsOutsideAllowed()};
 }
 
-void SessionJournal::StartedAnew() {
+void JournalRecorder::StartedAnew() {
     knownFiles.clear();
     MarkHistory();
 }
 
-void SessionJournal::Save(const std::string& scenePath) {
+void JournalRecorder::Save(const std::string& scenePath) {
     JournalFile scene{Absolute(scenePath), {}};
-    session.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
+    document.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
         if (!journal.IsAlive()) return;
         scene.content = HashFile(temporaryPath);
         journal.Saved(scene);
@@ -180,12 +180,12 @@ void SessionJournal::Save(const std::string& scenePath) {
     snapshot.clear();
 }
 
-void SessionJournal::EndStepBySnapshot(const StepEnd& end, const std::string& label) {
+void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& label) {
     const std::string before = snapshot;
     JournalFile scene{Absolute(journal.Path() + "." + std::to_string(++snapshots) + ".trovik"), {}};
     try {
         if (journal.IsAlive()) {
-            session.Save(scene.path);
+            document.Save(scene.path);
             scene.content = HashFile(scene.path);
             snapshot = scene.path;
         }
@@ -199,18 +199,18 @@ void SessionJournal::EndStepBySnapshot(const StepEnd& end, const std::string& la
     fs::remove(before, ignored);
 }
 
-void SessionJournal::Close() { journal.Close(); }
+void JournalRecorder::Close() { journal.Close(); }
 
 // A stamp that is another file by the time the work is done again would give other bits.
-void SessionJournal::NoteStamp() {
-    const BrushOperation::Private& settings = session.Brush().Settings();
+void JournalRecorder::NoteStamp() {
+    const BrushOperation::Private& settings = document.Brush().Settings();
     if (!settings.stamp.enabled || settings.stamp.path.isEmpty()) return;
     const auto file = FindStampFile(settings.stamp.path.toStdString());
     if (!file) return;
     NoteFile(*file);
 }
 
-void SessionJournal::NoteFile(const std::string& name) {
+void JournalRecorder::NoteFile(const std::string& name) {
     const std::string path = Absolute(name);
     if (std::find(knownFiles.begin(), knownFiles.end(), path) != knownFiles.end()) return;
     knownFiles.push_back(path);
@@ -221,16 +221,17 @@ void SessionJournal::NoteFile(const std::string& name) {
     }
 }
 
-void SessionJournal::OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) {
+void JournalRecorder::OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) {
     NoteStamp();
     if (journal.IsInStep()) return;
-    totalsBefore = session.Totals();
-    historyBefore = session.Geometry().History().Position();
-    journal.BeginStroke({seed, session.Settings().strokesBegun, static_cast<uint32_t>(modifier), 0},
-                        session.Geometry().History().NextLabel());
+    totalsBefore = document.Totals();
+    historyBefore = document.Geometry().History().Position();
+    journal.BeginStroke(
+        {seed, document.Settings().strokesBegun, static_cast<uint32_t>(modifier), 0},
+        document.Geometry().History().NextLabel());
 }
 
-void SessionJournal::OnDab(const StrokeDab& dab, bool failed) {
+void JournalRecorder::OnDab(const StrokeDab& dab, bool failed) {
     if (journal.IsInStep()) {
         if (!failed) journal.DabDone();
         return;
@@ -250,21 +251,21 @@ void SessionJournal::OnDab(const StrokeDab& dab, bool failed) {
     journal.StrokeDab(input);
 }
 
-void SessionJournal::OnWholeMesh(float strength, bool byFacing) {
+void JournalRecorder::OnWholeMesh(float strength, bool byFacing) {
     if (journal.IsInStep())
         journal.DabDone();
     else
         journal.WholeMesh({strength, byFacing ? 1u : 0u});
 }
 
-void SessionJournal::OnPutBack() {
+void JournalRecorder::OnPutBack() {
     if (!journal.IsInStep()) journal.PutBack();
 }
 
-void SessionJournal::OnStrokeEnded(bool brokenOff) {
+void JournalRecorder::OnStrokeEnded(bool brokenOff) {
     if (journal.IsInStep()) return;
-    journal.EndStroke(Ended(brokenOff), session.Geometry().History().NextLabel());
-    redoFromBefore = redoFromBefore && session.Geometry().History().CanRedo();
+    journal.EndStroke(Ended(brokenOff), document.Geometry().History().NextLabel());
+    redoFromBefore = redoFromBefore && document.Geometry().History().CanRedo();
 }
 
 }  // namespace trovik

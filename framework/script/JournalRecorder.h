@@ -1,38 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/document/Document.h"
 #include "framework/journal/Journal.h"
 #include "framework/script/ScriptFiles.h"
-#include "framework/script/SculptSession.h"
 #include "framework/strokes/StrokeInputListener.h"
 
 #include <string>
 
 namespace trovik {
 
-/// Keeps the journal of a session: hears of its strokes, tells the journal when a step starts and
+/// Keeps the journal of a document: hears of its strokes, tells the journal when a step starts and
 /// ends, and sees that all that it has taken down can be done again from where it starts.
-class TROVIK_API SessionJournal final : private StrokeInputListener {
+class TROVIK_API JournalRecorder final : private StrokeInputListener {
 public:
-    /// Starts the journal and listens to the session, whose history must be empty. Borrows it.
-    /// \param setup  a stroke script without steps, by which the session came to be as it is.
+    /// Starts the journal and listens to the document, whose history must be empty. Borrows it.
+    /// \param setup  a stroke script without steps, by which the document came to be as it is.
     /// \param script  where paths of the setup and of steps are relative to, as ScriptRunner.
     /// \param files  finds the files that steps name; borrowed.
-    SessionJournal(const JournalOptions& options,
-                   SculptSession& session,
-                   const nlohmann::json& setup,
-                   const std::string& script,
-                   const ScriptFiles& files);
-    ~SessionJournal();
-    SessionJournal(const SessionJournal&) = delete;
-    SessionJournal& operator=(const SessionJournal&) = delete;
+    JournalRecorder(const JournalOptions& options,
+                    Document& document,
+                    const nlohmann::json& setup,
+                    const std::string& script,
+                    const ScriptFiles& files);
+    ~JournalRecorder();
+    JournalRecorder(const JournalRecorder&) = delete;
+    JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
     /// Undo and redo beyond the steps that the journal has, such as those of before a save, cannot
     /// be done again from its start: the scene is then written beside the journal, which starts
     /// anew from there.
     void EndStep(bool failed);
-    /// Saves the session's scene; the journal starts anew from it. Whatever moment the process
+    /// Saves the document's scene; the journal starts anew from it. Whatever moment the process
     /// ends at, the old scene with the old journal or the new scene with either gives all back.
     /// \throw HostError when the scene cannot be written; it and the journal go on as they were.
     void Save(const std::string& scenePath);
@@ -46,7 +46,7 @@ private:
     void OnPutBack() override;
     void OnStrokeEnded(bool brokenOff) override;
 
-    static JournalBase MakeBase(SculptSession& session,
+    static JournalBase MakeBase(Document& document,
                                 const nlohmann::json& setup,
                                 const std::string& script,
                                 const ScriptFiles& files);
@@ -61,7 +61,7 @@ private:
     bool LeftItsHistory(const nlohmann::json& step) const;
     void EndStepBySnapshot(const StepEnd& end, const std::string& label);
 
-    SculptSession& session;
+    Document& document;
     nlohmann::json setup;
     std::string script;
     const ScriptFiles& files;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/script/SculptSession.h"
+#include "framework/document/Document.h"
 #include "framework/strokes/LiveStroke.h"
 
 #include <functional>
@@ -10,10 +10,10 @@
 
 namespace trovik {
 
-/// What a pen's stroke is told beside the settings of session and tool.
+/// What a pen's stroke is told beside the settings of document and tool.
 struct PenStrokeOptions {
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
-    /// Of what the stroke leaves to chance; without, it follows from the session's seed and the
+    /// Of what the stroke leaves to chance; without, it follows from the document's seed and the
     /// number of the stroke.
     std::optional<uint64_t> seed;
     bool isFiltered = true;
@@ -30,37 +30,37 @@ struct PenStrokeOptions {
     std::function<void()> poll;
 };
 
-/// What the session's settings and its tool make of a pen's samples on the viewport.
-/// \throw HostError when the session's spacing is out of its bounds; see CheckSpacing.
-TROVIK_API LiveStrokeSettings PenStrokeSettings(SculptSession& session,
+/// What the document's settings and its tool make of a pen's samples on the viewport.
+/// \throw HostError when the document's spacing is out of its bounds; see CheckSpacing.
+TROVIK_API LiveStrokeSettings PenStrokeSettings(Document& document,
                                                 const PenStrokeOptions& options);
 
-/// Begins a stroke of the session's loop as a script does: labelled by the tool, with the next seed
-/// where none is given. \throw HostError while a stroke is open, which goes on.
-TROVIK_API void BeginStroke(SculptSession& session,
+/// Begins a stroke of the document's loop as a script does: labelled by the tool, with the next
+/// seed where none is given. \throw HostError while a stroke is open, which goes on.
+TROVIK_API void BeginStroke(Document& document,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);
 
-/// A stroke that a user draws with pen or mouse over a session's view, from press to release: what
+/// A stroke that a user draws with pen or mouse over a document's view, from press to release: what
 /// an application does between a button that goes down and one that goes up. The same samples in a
 /// script's stroke "pen" give the same bits. It is one step of undo, and a journal records it.
 ///
-/// While it is open, SculptSession refuses everything that would change the mesh, the tool or the
-/// mirrors under it. A stroke that is ended through the session's loop is over: it takes samples
-/// without effect. The session has to outlive it.
+/// While it is open, Document refuses everything that would change the mesh, the tool or the
+/// mirrors under it. A stroke that is ended through the document's loop is over: it takes samples
+/// without effect. The document has to outlive it.
 ///
-/// A mouse is a pen with pressure 1. Samples hold pixels of SculptSession::View, 0 to 1 for the
+/// A mouse is a pen with pressure 1. Samples hold pixels of Document::View, 0 to 1 for the
 /// pressure, and seconds; see LiveStroke for what comes when, and for errors.
-class TROVIK_API SessionStroke {
+class TROVIK_API DocumentStroke {
 public:
-    /// Begins the stroke. The session's tool, view and settings stay as they are until its end.
+    /// Begins the stroke. The document's tool, view and settings stay as they are until its end.
     /// \throw HostError while another stroke is open, which goes on, and when radius or spacing of
-    /// the session are out of their bounds.
-    explicit SessionStroke(SculptSession& session, const PenStrokeOptions& options = {});
+    /// the document are out of their bounds.
+    explicit DocumentStroke(Document& document, const PenStrokeOptions& options = {});
     /// Releases a stroke that is still drawn, and keeps quiet about errors.
-    ~SessionStroke();
-    SessionStroke(const SessionStroke&) = delete;
-    SessionStroke& operator=(const SessionStroke&) = delete;
+    ~DocumentStroke();
+    DocumentStroke(const DocumentStroke&) = delete;
+    DocumentStroke& operator=(const DocumentStroke&) = delete;
 
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
@@ -79,10 +79,10 @@ public:
 private:
     template <typename Work>
     void Do(Work work);
-    /// Whether the session's open stroke is this one.
+    /// Whether the document's open stroke is this one.
     bool IsOpen() const;
 
-    SculptSession& session;
+    Document& document;
     LiveStroke live;
     uint64_t number = 0;
     bool isOver = false;
