@@ -1,27 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/document/Document.h"
 
-#include "framework/brushes/StampFiles.h"
-#include "framework/edits/LayerSteps.h"
+#include "framework/document/StrokeEvents.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/history/UndoPreferences.h"
 #include "framework/mesh/NoticeRenderer.h"
-#include "framework/multires/Steps.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/pluginhost/PluginLoader.h"
 #include "framework/render/RenderedLevel.h"
-
-#include <algorithm>
 
 namespace trovik {
 
 namespace {
 
 constexpr const char* brushClassName = "SwiftStroke";
-
-/// Combinations of mirrors have no mode of their own; any value but 0 to 3 and 7 will do.
-constexpr int severalCopies = 4;
 
 std::unique_ptr<BrushOperation> MakeBrush() {
     LoadPlugins();
@@ -55,39 +48,56 @@ Document::Document(const std::string& name, PolygonMesh polygons)
     notes = loaded.notes;
     HostKernel::Instance();
     MakeOrientedManifold(loaded);
+    StoreGlobals();
     brush = MakeBrush();
     BuildGeometry();
+    NotifyChanges();
+    State();
 }
 
-Document::Document(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush)
-    : path(scenePath), brush(std::move(sceneBrush)) {
+Document::Document(const std::string& sceneFile, std::unique_ptr<BrushOperation> sceneBrush)
+    : path(sceneFile), scenePath(sceneFile), brush(std::move(sceneBrush)) {
     freezeBrush = std::make_unique<FreezeBrush>();
-    LoadedScene scene = LoadScene(scenePath, brush.get(), freezeBrush.get());
+    LoadedScene scene = LoadScene(sceneFile, brush.get(), freezeBrush.get());
+    facingActive = CheckableFloatArray::s_bActive;
     freezing = scene.isFreezing;
     loaded = std::move(scene.imported);
     geometry = std::move(scene.geometry);
     settings = std::move(scene.settings);
     notes = std::move(scene.notes);
     ApplyUndoSettings();
-    HostKernel::Instance().Scene()->AddGeometry(geometry.get());
     RebuildLoop();
     UpdateCamera();
+    NotifyChanges();
+    State();
 }
 
 std::unique_ptr<Document> Document::OpenScene(const std::string& scenePath) {
     HostKernel::Instance();
+    StoreGlobals();
     return std::unique_ptr<Document>(new Document(scenePath, MakeBrush()));
 }
 
-void Document::Save(const std::string& scenePath,
-                    const SceneStream& header,
-                    const std::function<void(const std::string&)>& beforeReplacing) {
+void Document::Save(const std::string& target) {
+    WriteScene(target, SceneStream(), [&](const std::string& temporaryPath) {
+        if (journal != nullptr) journal->OnSceneWritten(target, temporaryPath);
+    });
+    scenePath = target;
+    savedState = entries.StateNumber();
+    if (journal != nullptr) journal->OnSaved(target);
+    NotifyChanges();
+}
+
+void Document::WriteScene(const std::string& target,
+                          const SceneStream& header,
+                          const std::function<void(const std::string&)>& beforeReplacing) {
     try {
         RequireNoStroke("save the scene");
     } catch (const HostError& refused) {
-        throw HostError(scenePath + ": " + refused.what());
+        throw HostError(target + ": " + refused.what());
     }
-    SaveScene(scenePath,
+    Activate();
+    SaveScene(target,
               {*geometry, loaded, *brush, settings, freezeBrush.get(), freezing},
               header,
               beforeReplacing);
@@ -95,9 +105,10 @@ void Document::Save(const std::string& scenePath,
 
 Document::~Document() {
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
-        if (one == nullptr) continue;
+        if (one == nullptr || !one->IsActive()) continue;
         // Nobody is left to receive an error.
         try {
+            Activate();
             // Mirrored sides still owed could take long, and nobody sees them any more.
             one->Break();
         } catch (const std::exception&) {
@@ -105,39 +116,42 @@ Document::~Document() {
             Error::Dispose(error);
         }
     }
-    HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
 }
 
+bool Document::IsStrokeOpen() const { return loop->IsActive() || freezeLoop->IsActive(); }
+
 void Document::RequireNoStroke(const char* work) const {
-    if (loop->IsActive() || freezeLoop->IsActive())
+    if (IsStrokeOpen())
         throw HostError(std::string("cannot ") + work +
                         " while a stroke is open; release or abandon it first");
 }
 
 void Document::BuildGeometry() {
-    if (geometry != nullptr) HostKernel::Instance().Scene()->RemoveGeometry(geometry.get());
+    auto built = std::make_unique<LevelGeometry>(loaded);
+    if (active == this) StoreGlobals();
     earlierTotals = Totals();
     loop.reset();
     freezeLoop.reset();
     tree.reset();
-    geometry = std::make_unique<LevelGeometry>(loaded);
+    geometry = std::move(built);
     ApplyUndoSettings();
-    HostKernel::Instance().Scene()->AddGeometry(geometry.get());
     RebuildLoop();
 }
 
 void Document::RebuildLoop() {
+    Activate();
     earlierTotals = Totals();
     tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
-    // A geometry that was built anew or came with a scene.
+    // A geometry that was rebuilt or came with a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
         geometry->FindMirror();
     PlaceMirrors();
-    loop->SetObserver(observer);
-    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(inputListener);
+    loop->SetObserver(strokeObserver);
+    if (events == nullptr) events = std::make_unique<StrokeEvents>(*this);
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(events.get());
     PlaceRenderers();
 }
 
@@ -147,13 +161,8 @@ void Document::PlaceMirrors() {
 }
 
 void Document::SetObserver(StrokeObserver* newObserver) {
-    observer = newObserver;
-    loop->SetObserver(observer);
-}
-
-void Document::SetInputListener(StrokeInputListener* newListener) {
-    inputListener = newListener;
-    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(inputListener);
+    strokeObserver = newObserver;
+    loop->SetObserver(strokeObserver);
 }
 
 void Document::SetRenderers(const std::vector<float>& updateFactors) {
@@ -180,83 +189,6 @@ void Document::PlaceRenderers() {
         geometry->Bound()->AddChild(new NoticeRenderer(factor));
 }
 
-void Document::Reset() {
-    RequireNoStroke("reset the mesh");
-    const Placement place = geometry->Place();
-    BuildGeometry();
-    geometry->Place() = place;
-}
-
-void Document::PushLevels(std::unique_ptr<UndoStep> step) {
-    geometry->History().Push(std::move(step));
-    RebuildLoop();
-}
-
-bool Document::Subdivide(const SubdivideOptions& options) {
-    RequireNoStroke("subdivide");
-    auto step = SubdivideAsStep(*geometry, options);
-    if (step == nullptr) return false;
-    PushLevels(std::move(step));
-    return true;
-}
-
-bool Document::DeleteLevels(bool lower) {
-    RequireNoStroke("delete levels");
-    auto step = DeleteLevelsAsStep(*geometry, lower);
-    if (step == nullptr) return false;
-    PushLevels(std::move(step));
-    return true;
-}
-
-void Document::Unsubdivide() {
-    RequireNoStroke("unsubdivide");
-    PushLevels(UnsubdivideAsStep(*geometry));
-}
-
-bool Document::ApplyToBase() {
-    RequireNoStroke("apply the level to the base");
-    auto step = ApplyToBaseAsStep(*geometry);
-    if (step == nullptr) return false;
-    PushLevels(std::move(step));
-    return true;
-}
-
-bool Document::BindLevel(uint32_t level) {
-    RequireNoStroke("change the level");
-    if (level >= geometry->LevelCount()) return false;
-    if (level == geometry->BoundIndex()) return true;
-    PushLevels(BindLevelAsStep(*geometry, level));
-    return true;
-}
-
-bool Document::Undo() {
-    RequireNoStroke("undo");
-    if (!geometry->History().Undo(*geometry)) return false;
-    RebuildLoop();
-    return true;
-}
-
-bool Document::Redo() {
-    RequireNoStroke("redo");
-    if (!geometry->History().Redo(*geometry)) return false;
-    RebuildLoop();
-    return true;
-}
-
-void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
-    if (step == nullptr) return;
-    try {
-        RequireNoStroke("change the mesh");
-    } catch (const HostError&) {
-        // Its work is done already, and would be a part of nothing that can be undone.
-        step->Apply(*geometry);
-        throw;
-    }
-    step->joinPrevious = join;
-    geometry->History().Push(std::move(step));
-    tree->RefitAll();
-}
-
 void Document::SetUndoBudget(std::optional<uint64_t> bytes) {
     undoBudget = bytes;
     ApplyUndoSettings();
@@ -265,110 +197,6 @@ void Document::SetUndoBudget(std::optional<uint64_t> bytes) {
 void Document::ApplyUndoSettings() {
     ApplyUndoPreferences(geometry->History());
     if (undoBudget) geometry->History().SetBudget(*undoBudget);
-}
-
-bool Document::SelectTool(const std::string& name) {
-    RequireNoStroke("change the tool");
-    if (name == FreezeBrush::Tool()->Name().toStdString()) {
-        freezing = true;
-        RefreshStamp(*freezeBrush);
-        return true;
-    }
-    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
-        BrushConfiguration* row = BrushOperation::Configuration(i);
-        if (row->BrushClass() != brush->RuntimeClass() || row->Name().toStdString() != name)
-            continue;
-        freezing = false;
-        BrushCall call(BrushCall::SetActiveConfiguration, *brush);
-        call.configuration = row;
-        Observed(observer, call, [&] { brush->SetActiveConfiguration(row); });
-        RefreshStamp(*brush);
-        return true;
-    }
-    return false;
-}
-
-std::vector<std::string> Document::ToolNames() const {
-    std::vector<std::string> names;
-    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
-        const BrushConfiguration* row = BrushOperation::Configuration(i);
-        if (row->BrushClass() == brush->RuntimeClass()) names.push_back(row->Name().toStdString());
-    }
-    names.push_back(FreezeBrush::Tool()->Name().toStdString());
-    return names;
-}
-
-void Document::SetMirrors(const MirrorSetting& setting) {
-    RequireNoStroke("change the mirrors");
-    std::vector<Matrix> maps = MirrorMaps(setting);
-    if (maps.size() > mostMirrorMaps) {
-        throw HostError("the mirrors would make " + std::to_string(maps.size() + 1) +
-                        " copies of each dab; the most is " + std::to_string(mostMirrorMaps + 1));
-    }
-    geometry->ForgetMirror();
-    settings.mirrorMaps = std::move(maps);
-    const bool onePlane = setting.copies == 1 && setting.planes.size() == 1;
-    settings.mirrorMode = settings.mirrorMaps.empty() ? static_cast<int>(MirrorConfiguration::Off)
-                          : onePlane                  ? setting.planes[0] + 1
-                                                      : severalCopies;
-    PlaceMirrors();
-}
-
-uint32_t Document::MakeSymmetric(int axis, SymmetrySide model) {
-    RequireNoStroke("make the mesh symmetric");
-    const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
-    if (moved > 0) tree->RefitAll();
-    return moved;
-}
-
-void Document::SetTopologicalMirror() {
-    RequireNoStroke("change the mirrors");
-    if (!geometry->FindMirror())
-        throw HostError(path +
-                        ": the mesh has no topological mirror: its faces do not hang "
-                        "together alike left and right");
-    settings.mirrorMaps.clear();
-    settings.mirrorMode = MirrorConfiguration::Topological;
-    PlaceMirrors();
-}
-
-void Document::UpdateCamera() {
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(settings.view.ToWorld());
-}
-
-void Document::AddLayer(const std::string& name) {
-    RequireNoStroke("add a layer");
-    Push(AddLayerAsStep(*geometry, name));
-}
-
-bool Document::SelectLayer(const std::string& name) {
-    RequireNoStroke("change the active layer");
-    const auto layer = geometry->Layers().Find(*geometry->Bound(), name);
-    if (layer == nullptr && !name.empty()) return false;
-    Push(SelectLayerAsStep(*geometry, layer.get()));
-    return true;
-}
-
-void Document::SetLayerStrength(float strength) {
-    RequireNoStroke("change the layer");
-    SculptLayer::Properties given = ActiveLayer()->Given();
-    given.strength = strength;
-    Push(GiveLayerAsStep(*geometry, *ActiveLayer(), given));
-}
-
-void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
-    // The freeze brush holds the amounts of its stroke itself; a sculpting brush reads them anew
-    // for each patch.
-    if (freezeLoop->IsActive()) RequireNoStroke("freeze");
-    auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);
-    // The surface is as it was: no need to look at the pick tree, as Push does.
-    if (step != nullptr) geometry->History().Push(std::move(step));
-}
-
-void Document::RefreshSurface() {
-    RequireNoStroke("change the mesh");
-    geometry->Bound()->ComputeNormals();
-    tree->RefitAll();
 }
 
 PictureMesh Document::ShownMesh() const { return ShownLevel(*geometry); }

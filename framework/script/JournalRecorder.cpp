@@ -71,11 +71,11 @@ JournalRecorder::JournalRecorder(const JournalOptions& options,
       script(scriptPath),
       files(scriptFiles),
       journal(options, MakeBase(edited, scriptSetup, scriptPath, scriptFiles)) {
-    document.SetInputListener(this);
+    document.SetJournal(this);
     MarkHistory();
 }
 
-JournalRecorder::~JournalRecorder() { document.SetInputListener(nullptr); }
+JournalRecorder::~JournalRecorder() { document.SetJournal(nullptr); }
 
 void JournalRecorder::MarkHistory() {
     const UndoHistory& history = document.Geometry().History();
@@ -164,15 +164,18 @@ void JournalRecorder::StartedAnew() {
     MarkHistory();
 }
 
-void JournalRecorder::Save(const std::string& scenePath) {
-    JournalFile scene{Absolute(scenePath), {}};
-    document.Save(scenePath, SceneStream(), [&](const std::string& temporaryPath) {
-        if (!journal.IsAlive()) return;
-        scene.content = HashFile(temporaryPath);
-        journal.Saved(scene);
-    });
+void JournalRecorder::OnSceneWritten(const std::string& scenePath,
+                                     const std::string& temporaryPath) {
     if (!journal.IsAlive()) return;
-    journal.StartAnew(BaseFrom(scene));
+    saved = {Absolute(scenePath), HashFile(temporaryPath)};
+    journal.Saved(saved);
+}
+
+// Whatever moment the process ends at, the old scene with the old journal or the new scene with
+// either restores everything.
+void JournalRecorder::OnSaved(const std::string&) {
+    if (!journal.IsAlive()) return;
+    journal.StartAnew(BaseFrom(saved));
     StartedAnew();
     if (snapshot.empty() || !journal.IsAlive()) return;
     std::error_code ignored;
@@ -185,7 +188,7 @@ void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& l
     JournalFile scene{Absolute(journal.Path() + "." + std::to_string(++snapshots) + ".trovik"), {}};
     try {
         if (journal.IsAlive()) {
-            document.Save(scene.path);
+            document.WriteScene(scene.path);
             scene.content = HashFile(scene.path);
             snapshot = scene.path;
         }

@@ -4,17 +4,18 @@
 #include "framework/document/Document.h"
 #include "framework/journal/Journal.h"
 #include "framework/script/ScriptFiles.h"
-#include "framework/strokes/StrokeInputListener.h"
 
 #include <string>
 
 namespace trovik {
 
-/// Keeps the journal of a document: hears of its strokes, tells the journal when a step starts and
-/// ends, and sees that all that it has taken down can be done again from where it starts.
-class TROVIK_API JournalRecorder final : private StrokeInputListener {
+/// Records the work on a document in a journal: its strokes and saves, and the steps of a script
+/// with their begin and end. Restarts the journal from a scene where the recorded steps could not
+/// be repeated from its base.
+class TROVIK_API JournalRecorder final : private DocumentJournal {
 public:
-    /// Starts the journal and listens to the document, whose history must be empty. Borrows it.
+    /// Starts the journal and attaches itself to the document, whose history must be empty. Borrows
+    /// the document.
     /// \param setup  a stroke script without steps, by which the document came to be as it is.
     /// \param script  where paths of the setup and of steps are relative to, as ScriptRunner.
     /// \param files  finds the files that steps name; borrowed.
@@ -32,10 +33,6 @@ public:
     /// be done again from its start: the scene is then written beside the journal, which starts
     /// anew from there.
     void EndStep(bool failed);
-    /// Saves the document's scene; the journal starts anew from it. Whatever moment the process
-    /// ends at, the old scene with the old journal or the new scene with either gives all back.
-    /// \throw HostError when the scene cannot be written; it and the journal go on as they were.
-    void Save(const std::string& scenePath);
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }
 
@@ -45,6 +42,8 @@ private:
     void OnWholeMesh(float strength, bool byFacing) override;
     void OnPutBack() override;
     void OnStrokeEnded(bool brokenOff) override;
+    void OnSceneWritten(const std::string& scenePath, const std::string& temporaryPath) override;
+    void OnSaved(const std::string& scenePath) override;
 
     static JournalBase MakeBase(Document& document,
                                 const nlohmann::json& setup,
@@ -77,6 +76,8 @@ private:
     /// The scene file beside the journal that it starts from; empty: another.
     std::string snapshot;
     unsigned snapshots = 0;
+    /// The scene that is being saved.
+    JournalFile saved;
 };
 
 }  // namespace trovik

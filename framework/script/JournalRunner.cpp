@@ -76,19 +76,14 @@ void ScriptRunner::Do(const FieldReader& step) {
 
 void ScriptRunner::TellProblems() {
     // Steps that cannot be moved to disk stay in memory: undo is complete, so this is no warning.
-    const std::string ofHistory = document->Geometry().History().TakeProblem();
+    const std::string ofHistory = document->TakeHistoryProblem();
     if (!ofHistory.empty() && progress.message) progress.message(ofHistory);
     const std::string ofJournal = journal == nullptr ? std::string() : journal->TakeProblem();
     const auto& warn = progress.warning ? progress.warning : progress.message;
     if (!ofJournal.empty() && warn) warn(ofJournal);
 }
 
-void ScriptRunner::Save(const std::string& scenePath) {
-    if (journal != nullptr)
-        journal->Save(scenePath);
-    else
-        document->Save(scenePath);
-}
+void ScriptRunner::Save(const std::string& scenePath) { document->Save(scenePath); }
 
 void ScriptRunner::Close() {
     document->Loop().End();

@@ -142,7 +142,7 @@ TEST_F(RecoveredJournal, GoesOnWhereAStepFailed) {
         }
     }
     EXPECT_EQ(failures, 2);
-    runner->GetDocument().Save(Scene("live"));
+    runner->GetDocument().WriteScene(Scene("live"));
     EXPECT_EQ(Recovered(), TemporaryFolder::Content(Scene("live")));
 }
 

@@ -63,7 +63,7 @@ TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsComeBackAndMoveWithTheScene
     // Another level 0 than the one imported: both have what they carry.
     document.DeleteLevels(true);
     document.Save(folder.Path("work/b.trovik"));
-    document.Save(folder.Path("work/old.trovik"), SceneStream(332));
+    document.WriteScene(folder.Path("work/old.trovik"), SceneStream(332));
     std::filesystem::rename(folder.Path("work"), folder.Path("moved"));
 
     const std::vector<std::string> moved = {folder.Path("moved/lib/all.mtl")};

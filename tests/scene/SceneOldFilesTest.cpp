@@ -21,7 +21,7 @@ protected:
     OldScene() : document(RichDocument(folder)) {}
 
     std::unique_ptr<Document> ReopenUnder(const SceneStream& header) {
-        document->Save(path, header);
+        document->WriteScene(path, header);
         return Document::OpenScene(path);
     }
     bool Flag(Document& of, const char* name) {
@@ -74,9 +74,9 @@ TEST_F(OldScene, BeforeFormat328GoesOnToTheSameBits) {
     auto read = ReopenUnder(SceneStream(327));
     for (Document* each : {document.get(), read.get()}) StrokeOver(*each, {1, 7}, 1.5f);
     // But for what level 0 knows of the level at work, which formats below 331 do not tell.
-    document->Save(path, SceneStream(330));
+    document->WriteScene(path, SceneStream(330));
     const std::string expected = TemporaryFolder::Content(path);
-    read->Save(path, SceneStream(330));
+    read->WriteScene(path, SceneStream(330));
     EXPECT_TRUE(TemporaryFolder::Content(path) == expected);
 }
 
@@ -91,7 +91,7 @@ TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
 
 TEST_F(OldScene, FromFormat328OnTheTableOfTheFileIsTrusted) {
     for (const uint32_t format : {328u, SceneStream::currentFormat}) {
-        document->Save(path, SceneStream(format));
+        document->WriteScene(path, SceneStream(format));
         // Another order within the first row is as good a table, and not what a new map would hold.
         const auto table = PatchTable(*document->Geometry().Level(0));
         auto other = table;
@@ -146,7 +146,7 @@ TEST_F(OldScene, ClassVersionZeroOfTheBrushKeepsTheDefaultsOfWhatItLacks) {
 }
 
 TEST_F(OldScene, ANewerFormatIsRefused) {
-    document->Save(path, SceneStream(SceneStream::currentFormat + 1));
+    document->WriteScene(path, SceneStream(SceneStream::currentFormat + 1));
     EXPECT_EQ(MessageOf<HostError>([&] { Document::OpenScene(path); }),
               path +
                   ": byte 8: the file is of format 334, or damaged; this program reads formats "
@@ -156,7 +156,7 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
 TEST_F(OldScene, ANewerClassIsRefused) {
     SceneStream header;
     header.SetClassVersion(document->Brush().RuntimeClass(), 2);
-    document->Save(path, header);
+    document->WriteScene(path, header);
     EXPECT_THAT(MessageOf<HostError>([&] { Document::OpenScene(path); }),
                 HasSubstr("chunk BRSH: class SwiftStroke was written in version 2; this program "
                           "knows versions up to 1"));

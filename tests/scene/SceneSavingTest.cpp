@@ -40,7 +40,7 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
         std::string message;
         RefuseAllocation(number);
         try {
-            document->Save(path, header);
+            document->WriteScene(path, header);
         } catch (const HostError& error) {
             RefuseAllocation(0);
             message = error.what();
