@@ -106,6 +106,7 @@ bool Document::JumpTo(std::size_t position) {
 }
 
 void Document::ClearHistory() {
+    RequireNoStroke("clear the history");
     geometry->History().Clear();
     NotifyChanges();
 }

@@ -10,65 +10,67 @@
 
 namespace trovik {
 
-/// What a pen's stroke is told beside the settings of document and tool.
+/// Options of a live stroke, in addition to the settings of document and tool.
 struct PenStrokeOptions {
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
-    /// Of what the stroke leaves to chance; without, it follows from the document's seed and the
-    /// number of the stroke.
+    /// Seed of the stroke's random choices; without a value it follows from the document's seed and
+    /// the number of the stroke.
     std::optional<uint64_t> seed;
+    /// Whether faults of pens are removed; see PointerFilter.
     bool isFiltered = true;
     PointerLimits limits;
-    /// Without its two lengths: those are the tool's, see below.
+    /// Except for its two lengths, which are those of the tool unless given below.
     PathShape shape;
-    /// Pixels, in place of the tool's own, which are shares of the viewport's height.
+    /// Pixels, instead of the tool's own, which are fractions of the viewport's height.
     std::optional<float> smoothing;
     std::optional<float> steady;
     /// Called after each dab.
     std::function<void()> progress;
-    /// Called now and then while the path is walked, with dabs or without. What it throws, such as
+    /// Called now and then while the path is walked, with dabs or without. An exception, such as
     /// WorkStopped, ends the stroke where it is.
     std::function<void()> poll;
 };
 
-/// What the document's settings and its tool make of a pen's samples on the viewport.
+/// The settings of a live stroke that follow from the document, its tool and the options.
 /// \throw HostError when the document's spacing is out of its bounds; see CheckSpacing.
 TROVIK_API LiveStrokeSettings PenStrokeSettings(Document& document,
                                                 const PenStrokeOptions& options);
 
 /// Begins a stroke of the document's loop as a script does: labelled by the tool, with the next
-/// seed where none is given. \throw HostError while a stroke is open, which goes on.
+/// seed if none is given. \throw HostError while a stroke is open, which stays open.
 TROVIK_API void BeginStroke(Document& document,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);
 
-/// A stroke that a user draws with pen or mouse over a document's view, from press to release: what
-/// an application does between a button that goes down and one that goes up. The same samples in a
-/// script's stroke "pen" give the same bits. It is one step of undo, and a journal records it.
+/// A stroke that a user draws with pen or mouse over a document's view, from press to release. The
+/// same samples in a script's stroke "pen" give the same bits. It is one undo step, and a journal
+/// records it.
 ///
 /// While it is open, Document refuses everything that would change the mesh, the tool or the
-/// mirrors under it. A stroke that is ended through the document's loop is over: it takes samples
-/// without effect. The document has to outlive it.
+/// mirrors. A stroke that is ended through the document's loop is over: it accepts samples without
+/// effect. The document has to outlive it. Strokes of several documents may be open at a time.
 ///
-/// A mouse is a pen with pressure 1. Samples hold pixels of Document::View, 0 to 1 for the
-/// pressure, and seconds; see LiveStroke for what comes when, and for errors.
+/// A mouse is a pen with pressure 1. Samples hold pixels of Document::View, a pressure from 0 to 1,
+/// and seconds; see LiveStroke for what comes when, and for errors.
 class TROVIK_API DocumentStroke {
 public:
-    /// Begins the stroke. The document's tool, view and settings stay as they are until its end.
-    /// \throw HostError while another stroke is open, which goes on, and when radius or spacing of
-    /// the document are out of their bounds.
+    /// Begins the stroke. The document's tool, view and settings must not change until its end.
+    /// \throw HostError while another stroke is open, which stays open, and when radius or spacing
+    /// of the document are out of their bounds.
     explicit DocumentStroke(Document& document, const PenStrokeOptions& options = {});
-    /// Releases a stroke that is still drawn, and keeps quiet about errors.
+    /// Releases a stroke that is still open; errors are dropped.
     ~DocumentStroke();
     DocumentStroke(const DocumentStroke&) = delete;
     DocumentStroke& operator=(const DocumentStroke&) = delete;
 
+    /// Applies the dabs that no later sample can change.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     /// See LiveStroke::Tick.
     void Tick(double time);
-    /// Lays the rest and ends the stroke.
+    /// Applies the remaining dabs and ends the stroke.
     void Release();
-    /// Ends the stroke and leaves the surface as it was before, to the bit, with no step of undo.
+    /// Ends the stroke and reverts the surface to the bits of before, without an undo step.
     void Abandon();
 
     std::vector<PathSample> Preview() const { return live.Preview(); }
@@ -79,7 +81,7 @@ public:
 private:
     template <typename Work>
     void Do(Work work);
-    /// Whether the document's open stroke is this one.
+    /// Whether this is the document's open stroke.
     bool IsOpen() const;
 
     Document& document;

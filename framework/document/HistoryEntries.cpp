@@ -4,6 +4,7 @@
 #include "framework/history/UndoHistory.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace trovik {
 
@@ -36,7 +37,8 @@ bool HistoryEntries::Update(const UndoHistory& history, const std::string& tool)
 
 void HistoryEntries::Restart() {
     known.clear();
-    position = 0;
+    // No history has this position, so the next Update reports a change.
+    position = std::numeric_limits<std::size_t>::max();
     oldestState = ++lastNumber;
 }
 

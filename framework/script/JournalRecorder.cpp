@@ -5,6 +5,7 @@
 #include "framework/brushes/StampFiles.h"
 #include "framework/errors/HostError.h"
 #include "framework/nodes/PreferenceFile.h"
+#include "framework/script/Command.h"
 
 #include <algorithm>
 #include <array>
@@ -86,32 +87,41 @@ void JournalRecorder::MarkHistory() {
 void JournalRecorder::BeginStep(const nlohmann::json& step) {
     totalsBefore = document.Totals();
     historyBefore = document.Geometry().History().Position();
-    // All but what a stroke may hold is small.
-    stepAtHand = step.contains("stroke") ? nlohmann::json::object() : step;
-    // Whole paths, since a name alone can mean another file when the work is done again: what this
-    // run has written need not be there then.
+    undoes = false;
+    redoes = false;
     nlohmann::json whole;
-    using Pointer = nlohmann::json::json_pointer;
-    for (const char* place :
-         {"/stroke/pen", "/freeze/image/file", "/displace/file", "/set/stamp", "/set/stamp/path"}) {
-        const Pointer pointer(place);
-        if (!step.contains(pointer) || !step.at(pointer).is_string()) continue;
-        const auto name = step.at(pointer).get<std::string>();
-        const std::vector<std::string> candidates = files.Candidates(name);
-        const auto found =
-            std::find_if(candidates.begin(), candidates.end(), [](const std::string& file) {
-                std::error_code ignored;
-                return fs::exists(file, ignored);
-            });
-        // A file that is missing fails the step, unless it is one of the installed stamps.
-        if (found == candidates.end()) continue;
-        // A map that this run has baked is baked again. Stamps are noted when a stroke uses them.
-        const bool isBakedAgain = step.contains("displace") && files.IsWritten(name);
-        if (!isBakedAgain && !step.contains("set")) NoteFile(*found);
-        if (whole.is_null()) whole = step;
-        whole.at(pointer) = Absolute(*found);
+    for (const CommandEntry& entry : Commands()) {
+        if (!step.contains(entry.traits.name)) continue;
+        undoes = undoes || entry.traits.history == HistoryUse::Undo;
+        redoes = redoes || entry.traits.history == HistoryUse::Redo;
+        for (const CommandInput& input : entry.traits.inputs)
+            NoteInput(step, entry.traits.name, input, whole);
     }
     journal.BeginStep(whole.is_null() ? step : whole);
+}
+
+// Whole paths, since a name alone can mean another file when the work is done again: what this run
+// has written need not be there then.
+void JournalRecorder::NoteInput(const nlohmann::json& step,
+                                const std::string& command,
+                                const CommandInput& input,
+                                nlohmann::json& whole) {
+    const nlohmann::json::json_pointer pointer("/" + command + input.pointer);
+    if (!step.contains(pointer) || !step.at(pointer).is_string()) return;
+    const auto name = step.at(pointer).get<std::string>();
+    const std::vector<std::string> candidates = files.Candidates(name);
+    const auto found =
+        std::find_if(candidates.begin(), candidates.end(), [](const std::string& file) {
+            std::error_code ignored;
+            return fs::exists(file, ignored);
+        });
+    // A file that is missing fails the step, unless it is one of the installed stamps.
+    if (found == candidates.end()) return;
+    const bool isWrittenAgain =
+        input.recorded == CommandInput::UnlessWritten && files.IsWritten(name);
+    if (input.recorded != CommandInput::WhenUsed && !isWrittenAgain) NoteFile(*found);
+    if (whole.is_null()) whole = step;
+    whole.at(pointer) = Absolute(*found);
 }
 
 StepEnd JournalRecorder::Ended(bool failed) const {
@@ -126,16 +136,16 @@ StepEnd JournalRecorder::Ended(bool failed) const {
 
 void JournalRecorder::EndStep(bool failed) {
     const UndoHistory& history = document.Geometry().History();
-    if (!history.CanRedo() && !stepAtHand.contains("redo")) redoFromBefore = false;
-    if (LeftItsHistory(stepAtHand))
+    if (!history.CanRedo() && !redoes) redoFromBefore = false;
+    if (LeftItsHistory())
         EndStepBySnapshot(Ended(failed), history.NextLabel());
     else
         journal.EndStep(Ended(failed), history.NextLabel());
 }
 
-bool JournalRecorder::LeftItsHistory(const nlohmann::json& step) const {
-    if (step.contains("redo") && redoFromBefore) return true;
-    if (!step.contains("undo") || newestAtStart == nullptr) return false;
+bool JournalRecorder::LeftItsHistory() const {
+    if (redoes && redoFromBefore) return true;
+    if (!undoes || newestAtStart == nullptr) return false;
     const UndoHistory& history = document.Geometry().History();
     for (std::size_t i = history.Position(); i < history.StepCount(); ++i)
         if (&history.Shell(i) == newestAtStart) return true;

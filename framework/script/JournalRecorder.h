@@ -9,6 +9,8 @@
 
 namespace trovik {
 
+struct CommandInput;
+
 /// Records the work on a document in a journal: its strokes and saves, and the steps of a script
 /// with their begin and end. Restarts the journal from a scene where the recorded steps could not
 /// be repeated from its base.
@@ -49,6 +51,10 @@ private:
                                 const nlohmann::json& setup,
                                 const std::string& script,
                                 const ScriptFiles& files);
+    void NoteInput(const nlohmann::json& step,
+                   const std::string& command,
+                   const CommandInput& input,
+                   nlohmann::json& whole);
     void NoteStamp();
     void NoteFile(const std::string& path);
     StepEnd Ended(bool failed) const;
@@ -57,7 +63,8 @@ private:
     /// What is known of the past no longer counts for the new journal.
     void StartedAnew();
     void MarkHistory();
-    bool LeftItsHistory(const nlohmann::json& step) const;
+    /// Whether the step went through undo steps from before the journal's start.
+    bool LeftItsHistory() const;
     void EndStepBySnapshot(const StepEnd& end, const std::string& label);
 
     Document& document;
@@ -67,7 +74,9 @@ private:
     Journal journal;
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;
-    nlohmann::json stepAtHand;
+    /// Of the current step.
+    bool undoes = false;
+    bool redoes = false;
     std::vector<std::string> knownFiles;
     /// The newest step of undo when the journal started; null for none.
     const UndoStep* newestAtStart = nullptr;

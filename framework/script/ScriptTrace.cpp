@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// A script's trace: when it starts, and where it ends.
+/// The trace of a script: when it starts, and where it ends.
 #include "framework/script/ScriptRunner.h"
 
 namespace trovik {
