@@ -26,7 +26,9 @@ LiveStrokeSettings PenStrokeSettings(SculptSession& session, const PenStrokeOpti
     settings.shape = options.shape;
     const auto height = static_cast<float>(settings.view.height);
     settings.shape.smoothing = options.smoothing.value_or(
-        brush.UsesStrokeSmoothing() ? brush.StrokeSmoothingDistance() * height : 0.0f);
+        brush.UsesStrokeSmoothing()
+            ? options.smoothingScale * (brush.StrokeSmoothingDistance() * height)
+            : 0.0f);
     settings.shape.steady = options.steady.value_or(
         brush.UsesSteadyStroke() ? brush.SteadyStrokeDistance() * height : 0.0f);
     return settings;
@@ -44,6 +46,16 @@ void BeginStroke(SculptSession& session,
         session.Brush().ActiveConfiguration()->Name().toStdString());
     session.Loop().Begin(modifier, *seed);
 }
+
+PenStrokeOptions PenStrokeOptions::Interactive() {
+    PenStrokeOptions options;
+    options.limits.lateTime = 0.0;
+    options.smoothingScale = 0.25f;
+    return options;
+}
+
+SessionStroke::SessionStroke(SculptSession& sculptSession)
+    : SessionStroke(sculptSession, PenStrokeOptions::Interactive()) {}
 
 SessionStroke::SessionStroke(SculptSession& sculptSession, const PenStrokeOptions& options)
     : session(sculptSession),
@@ -85,6 +97,18 @@ void SessionStroke::Do(Work work) {
 
 void SessionStroke::Add(const std::vector<PathSample>& samples) {
     Do([&] { live.Add(samples); });
+}
+
+bool SessionStroke::Add(const std::vector<PathSample>& samples, LiveStroke::Budget budget) {
+    bool remain = false;
+    Do([&] { remain = live.Add(samples, budget); });
+    return remain;
+}
+
+bool SessionStroke::Continue(LiveStroke::Budget budget) {
+    bool remain = false;
+    Do([&] { remain = live.Continue(budget); });
+    return remain;
 }
 
 void SessionStroke::Tick(double time) {

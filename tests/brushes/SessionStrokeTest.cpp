@@ -87,6 +87,28 @@ constexpr const char* settingsOfPens[] = {
     R"({"smoothing": 0.05, "steady": 0.03, "randomSize": 0.5})",
     R"({"smoothing": false, "airbrush": 40, "sizeCurve": [[0, 0.3], [1, 1]]})"};
 
+TEST_F(SessionStrokeTest, InteractiveStrokesTrailThePenByLess) {
+    const auto samples = ReadPenStream(FileOf("clean"));
+    const std::vector<PathSample> firstHalf(
+        samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2));
+    const auto dabsOf = [&](const PenStrokeOptions& options) {
+        auto work = Work("Sculpt");
+        SessionStroke stroke(work->Session(), options);
+        stroke.Add(firstHalf);
+        return stroke.Count();
+    };
+    const unsigned asRecorded = dabsOf({});
+    PenStrokeOptions inOrder;
+    inOrder.limits.lateTime = 0.0;
+    EXPECT_GT(dabsOf(inOrder), asRecorded);
+    EXPECT_GT(dabsOf(PenStrokeOptions::Interactive()), dabsOf(inOrder));
+
+    auto work = Work("Sculpt");
+    SessionStroke byDefault(work->Session());
+    byDefault.Add(firstHalf);
+    EXPECT_EQ(byDefault.Count(), dabsOf(PenStrokeOptions::Interactive()));
+}
+
 TEST_F(SessionStrokeTest, GivesTheBitsOfTheScript) {
     for (const char* tool : {"Sculpt", "Smooth", "Knife", "Flatten", "Pinch", "Freeze"}) {
         for (const char* settings : settingsOfPens) {
@@ -101,7 +123,7 @@ TEST_F(SessionStrokeTest, GivesTheBitsOfTheScript) {
                             std::string(tool) == "Flatten");
                 auto live = Work(tool, settings);
                 {
-                    SessionStroke stroke(live->Session());
+                    SessionStroke stroke(live->Session(), PenStrokeOptions());
                     Draw(stroke, name, 1);
                     stroke.Release();
                     EXPECT_TRUE(stroke.IsOver());
@@ -140,7 +162,7 @@ TEST_F(SessionStrokeTest, TakesShapesAsAScriptDoes) {
 
 TEST_F(SessionStrokeTest, ShowsDabsWhileItIsDrawn) {
     auto work = Work("Sculpt", R"({"smoothing": false})");
-    SessionStroke stroke(work->Session());
+    SessionStroke stroke(work->Session(), PenStrokeOptions());
     const auto samples = ReadPenStream(FileOf("clean"));
     unsigned before = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -166,7 +188,7 @@ TEST_F(SessionStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
         const std::string before = BitsOf(session);
         const std::size_t position = session.Geometry().History().Position();
         {
-            SessionStroke stroke(session);
+            SessionStroke stroke(session, PenStrokeOptions());
             Draw(stroke, "late", 5);
             EXPECT_FALSE(BitsOf(session) == before);
             stroke.Abandon();
@@ -196,7 +218,7 @@ TEST_F(SessionStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
 TEST_F(SessionStrokeTest, AStrokeThatIsLeftIsReleased) {
     auto work = Work("Sculpt");
     {
-        SessionStroke stroke(work->Session());
+        SessionStroke stroke(work->Session(), PenStrokeOptions());
         Draw(stroke, "clean", 9);
     }
     EXPECT_FALSE(work->Session().Loop().IsActive());
@@ -207,7 +229,7 @@ TEST_F(SessionStrokeTest, AStrokeThatIsLeftIsReleased) {
 
 TEST_F(SessionStrokeTest, OnlyOneIsDrawnAtATime) {
     auto work = Work("Sculpt");
-    SessionStroke stroke(work->Session());
+    SessionStroke stroke(work->Session(), PenStrokeOptions());
     EXPECT_EQ(MessageOf<HostError>([&] { SessionStroke(work->Session()); }),
               "cannot begin another stroke while a stroke is open; release or abandon it first");
     EXPECT_THROW(work->Session().Loop().Begin(BrushOperation::ModifierNone), HostError);
@@ -303,11 +325,11 @@ TEST_F(SessionStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
 TEST_F(SessionStrokeTest, AStrokeThatIsEndedByTheLoopIsOver) {
     auto work = Work("Sculpt");
     SculptSession& session = work->Session();
-    SessionStroke stroke(session);
+    SessionStroke stroke(session, PenStrokeOptions());
     Draw(stroke, "clean", 9);
     session.Loop().End();
     EXPECT_TRUE(stroke.IsOver());
-    SessionStroke next(session);
+    SessionStroke next(session, PenStrokeOptions());
     const std::string before = BitsOf(session);
     Draw(stroke, "late", 9);
     stroke.Release();
