@@ -26,7 +26,9 @@ LiveStrokeSettings PenStrokeSettings(Document& document, const PenStrokeOptions&
     settings.shape = options.shape;
     const auto height = static_cast<float>(settings.view.height);
     settings.shape.smoothing = options.smoothing.value_or(
-        brush.UsesStrokeSmoothing() ? brush.StrokeSmoothingDistance() * height : 0.0f);
+        brush.UsesStrokeSmoothing()
+            ? options.smoothingScale * (brush.StrokeSmoothingDistance() * height)
+            : 0.0f);
     settings.shape.steady = options.steady.value_or(
         brush.UsesSteadyStroke() ? brush.SteadyStrokeDistance() * height : 0.0f);
     return settings;
@@ -44,6 +46,16 @@ void BeginStroke(Document& document,
         document.Brush().ActiveConfiguration()->Name().toStdString());
     document.Loop().Begin(modifier, *seed);
 }
+
+PenStrokeOptions PenStrokeOptions::Interactive() {
+    PenStrokeOptions options;
+    options.limits.lateTime = 0.0;
+    options.smoothingScale = 0.25f;
+    return options;
+}
+
+DocumentStroke::DocumentStroke(Document& edited)
+    : DocumentStroke(edited, PenStrokeOptions::Interactive()) {}
 
 DocumentStroke::DocumentStroke(Document& edited, const PenStrokeOptions& options)
     : document(edited),
@@ -82,6 +94,18 @@ void DocumentStroke::Do(Work work) {
 
 void DocumentStroke::Add(const std::vector<PathSample>& samples) {
     Do([&] { live.Add(samples); });
+}
+
+bool DocumentStroke::Add(const std::vector<PathSample>& samples, LiveStroke::Budget budget) {
+    bool remain = false;
+    Do([&] { remain = live.Add(samples, budget); });
+    return remain;
+}
+
+bool DocumentStroke::Continue(LiveStroke::Budget budget) {
+    bool remain = false;
+    Do([&] { remain = live.Continue(budget); });
+    return remain;
 }
 
 void DocumentStroke::Tick(double time) {

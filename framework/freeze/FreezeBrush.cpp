@@ -11,7 +11,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 constexpr float percent = 0.01f;
 
 /// Adds up the shares of a vertex's neighbours.

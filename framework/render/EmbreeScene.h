@@ -14,9 +14,10 @@ namespace trovik {
 /// of the meshes. The unit is a power of two, so it changes no bit of a result.
 class EmbreeScene {
 public:
-    /// The meshes are borrowed. \throw HostError if a vertex is beyond maxRenderCoordinate
+    /// The list and its meshes are borrowed. \throw HostError if a vertex is beyond maxRenderCoordinate
     /// (RenderRange.h), if memory is short, or if the module with the ray library cannot be loaded.
     explicit EmbreeScene(const std::vector<PictureMesh>& meshes);
+    explicit EmbreeScene(std::vector<PictureMesh>&& meshes) = delete;
 
     /// Rays of which not every number is finite hit nothing; nor do those that begin more than
     /// RayCaster::maxCoordinate units of the ray library away, where no mesh can be seen.

@@ -3,6 +3,7 @@
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/StampFiles.h"
+#include "framework/brushes/ToolTraits.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/StampImage.h"
@@ -18,7 +19,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 constexpr int mirroredStampMask = 1;
 /// Tells the numbers for sizes from those that the stamp takes.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
@@ -160,14 +160,14 @@ std::optional<StrokeDab> StrokeLoop::Mapped(const StrokeDab& dab,
 }
 
 bool StrokeLoop::KeepsPlane() const {
-    // The brush shows these two settings for the tools that work by a plane.
+    if (!TraitsOf(brush).worksOnPlane) return false;
     const Attribute* global = brush.AttributeByName(QStringLiteral("globalplane"));
     const Attribute* update = brush.AttributeByName(QStringLiteral("updateplane"));
     const auto isOn = [](const Attribute* attribute) {
         const auto* flag = dynamic_cast<const AttributeInstance<bool>*>(attribute);
         return flag != nullptr && flag->Value();
     };
-    return update != nullptr && update->IsVisible() && (isOn(global) || !isOn(update));
+    return update != nullptr && (isOn(global) || !isOn(update));
 }
 
 // Two copies of the stroke that no dab was laid for yet are each other's pair as the main side and

@@ -16,8 +16,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
-
 const char* NameOf(BrushCall::Kind kind) {
     static constexpr const char* names[] = {
         "SetActiveConfiguration", "BeginStroke", "ApplyDab", "ApplyToWholeMesh", "EndStroke"};

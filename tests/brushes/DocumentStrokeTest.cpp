@@ -87,6 +87,28 @@ constexpr const char* settingsOfPens[] = {
     R"({"smoothing": 0.05, "steady": 0.03, "randomSize": 0.5})",
     R"({"smoothing": false, "airbrush": 40, "sizeCurve": [[0, 0.3], [1, 1]]})"};
 
+TEST_F(DocumentStrokeTest, InteractiveStrokesTrailThePenByLess) {
+    const auto samples = ReadPenStream(FileOf("clean"));
+    const std::vector<PathSample> firstHalf(
+        samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2));
+    const auto dabsOf = [&](const PenStrokeOptions& options) {
+        auto work = Work("Sculpt");
+        DocumentStroke stroke(work->GetDocument(), options);
+        stroke.Add(firstHalf);
+        return stroke.Count();
+    };
+    const unsigned asRecorded = dabsOf({});
+    PenStrokeOptions inOrder;
+    inOrder.limits.lateTime = 0.0;
+    EXPECT_GT(dabsOf(inOrder), asRecorded);
+    EXPECT_GT(dabsOf(PenStrokeOptions::Interactive()), dabsOf(inOrder));
+
+    auto work = Work("Sculpt");
+    DocumentStroke byDefault(work->GetDocument());
+    byDefault.Add(firstHalf);
+    EXPECT_EQ(byDefault.Count(), dabsOf(PenStrokeOptions::Interactive()));
+}
+
 TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
     for (const char* tool : {"Sculpt", "Smooth", "Knife", "Flatten", "Pinch", "Freeze"}) {
         for (const char* settings : settingsOfPens) {
@@ -101,7 +123,7 @@ TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
                             std::string(tool) == "Flatten");
                 auto live = Work(tool, settings);
                 {
-                    DocumentStroke stroke(live->GetDocument());
+                    DocumentStroke stroke(live->GetDocument(), PenStrokeOptions());
                     Draw(stroke, name, 1);
                     stroke.Release();
                     EXPECT_TRUE(stroke.IsOver());
@@ -140,7 +162,7 @@ TEST_F(DocumentStrokeTest, TakesShapesAsAScriptDoes) {
 
 TEST_F(DocumentStrokeTest, ShowsDabsWhileItIsDrawn) {
     auto work = Work("Sculpt", R"({"smoothing": false})");
-    DocumentStroke stroke(work->GetDocument());
+    DocumentStroke stroke(work->GetDocument(), PenStrokeOptions());
     const auto samples = ReadPenStream(FileOf("clean"));
     unsigned before = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -166,7 +188,7 @@ TEST_F(DocumentStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
         const std::string before = BitsOf(document);
         const std::size_t position = document.Geometry().History().Position();
         {
-            DocumentStroke stroke(document);
+            DocumentStroke stroke(document, PenStrokeOptions());
             Draw(stroke, "late", 5);
             EXPECT_FALSE(BitsOf(document) == before);
             stroke.Abandon();
@@ -196,7 +218,7 @@ TEST_F(DocumentStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
 TEST_F(DocumentStrokeTest, AStrokeThatIsLeftIsReleased) {
     auto work = Work("Sculpt");
     {
-        DocumentStroke stroke(work->GetDocument());
+        DocumentStroke stroke(work->GetDocument(), PenStrokeOptions());
         Draw(stroke, "clean", 9);
     }
     EXPECT_FALSE(work->GetDocument().Loop().IsActive());
@@ -207,7 +229,7 @@ TEST_F(DocumentStrokeTest, AStrokeThatIsLeftIsReleased) {
 
 TEST_F(DocumentStrokeTest, OnlyOneIsDrawnAtATime) {
     auto work = Work("Sculpt");
-    DocumentStroke stroke(work->GetDocument());
+    DocumentStroke stroke(work->GetDocument(), PenStrokeOptions());
     EXPECT_EQ(MessageOf<HostError>([&] { DocumentStroke(work->GetDocument()); }),
               "cannot begin another stroke while a stroke is open; release or abandon it first");
     EXPECT_THROW(work->GetDocument().Loop().Begin(BrushOperation::ModifierNone), HostError);
@@ -303,11 +325,11 @@ TEST_F(DocumentStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
 TEST_F(DocumentStrokeTest, AStrokeThatIsEndedByTheLoopIsOver) {
     auto work = Work("Sculpt");
     Document& document = work->GetDocument();
-    DocumentStroke stroke(document);
+    DocumentStroke stroke(document, PenStrokeOptions());
     Draw(stroke, "clean", 9);
     document.Loop().End();
     EXPECT_TRUE(stroke.IsOver());
-    DocumentStroke next(document);
+    DocumentStroke next(document, PenStrokeOptions());
     const std::string before = BitsOf(document);
     Draw(stroke, "late", 9);
     stroke.Release();

@@ -91,7 +91,7 @@ TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
 }
 
 TEST_F(SceneLayout, HeaderNamesFormatAndClasses) {
-    EXPECT_EQ(scene.format, 333u);
+    EXPECT_EQ(scene.format, 334u);
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("SwiftStroke"), 1)));
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("PatchMap"), 0)));
 }

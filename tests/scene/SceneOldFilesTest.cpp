@@ -150,7 +150,7 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
     EXPECT_EQ(MessageOf<HostError>([&] { Document::OpenScene(path); }),
               path +
                   ": byte 8: the file is of format 334, or damaged; this program reads formats "
-                  "up to 333");
+                  "up to 334");
 }
 
 TEST_F(OldScene, ANewerClassIsRefused) {
