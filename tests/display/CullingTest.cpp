@@ -248,6 +248,20 @@ TEST(NormalCone, FrontIsTheSideOfTheNormals) {
     EXPECT_FALSE(cone.FacesAway(box, {NAN, 0, -3.0f}));
 }
 
+TEST(NormalCone, CountsTheExtentOfThePatch) {
+    // Two triangles that face up, one above the other, and an eye between them.
+    std::vector<DisplayVertex> vertices(6);
+    for (std::size_t i = 0; i < 6; ++i) {
+        vertices[i].x = i % 3 == 1 ? 1.0f : 0.0f;
+        vertices[i].y = i % 3 == 2 ? 1.0f : 0.0f;
+        vertices[i].z = i < 3 ? 0.0f : 1.0f;
+    }
+    const NormalCone cone = ConeOf(vertices, std::vector<uint16_t>{0, 1, 2, 3, 4, 5});
+    const AxisAlignedBoundingBox box = BoxOf(vertices);
+    EXPECT_FALSE(cone.FacesAway(box, {0.2f, 0.2f, 0.4f})) << "the lower one is seen from above";
+    EXPECT_TRUE(cone.FacesAway(box, {0.2f, 0.2f, -9.0f}));
+}
+
 TEST(NormalCone, OfACurledPatchIsNeverCulled) {
     LevelGeometry geometry(Cube());
     const PatchLayout layout(*geometry.Bound());

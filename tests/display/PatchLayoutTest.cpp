@@ -135,11 +135,14 @@ TEST(PatchLayout, NoVertexHoldsTheFlagsOfTwoFaces) {
     });
 }
 
-TEST(PatchLayout, BucketsAcceptPositionsThatAreNotFinite) {
-    LevelGeometry geometry(GridMesh(100, 100));
+TEST(PatchLayout, BucketsStayCompactBesidePositionsThatAreNotFinite) {
+    LevelGeometry geometry(GridMesh(8, 4000));
     LevelMesh& level = *geometry.Bound();
-    level.SetPosition(17, {NAN, INFINITY, 0});
-    ExpectEachTriangleOnce(level, PatchLayout(level));
+    level.SetPosition(17, {INFINITY, NAN, 0});
+    const PatchLayout layout(level);
+    ExpectEachTriangleOnce(level, layout);
+    // Cut across, not along: an infinite extent would be cut again and again.
+    EXPECT_LT(layout.TotalVertexCount(), 1.01 * level.VertexCount());
 }
 
 TEST(PatchLayout, VisitsThePatchesThatHoldFacesUnderAFace) {
