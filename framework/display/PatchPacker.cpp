@@ -8,6 +8,7 @@
 #include <tbb/task_arena.h>
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cstring>
 #include <vector>
@@ -19,15 +20,24 @@ namespace {
 /// Vertices that one task packs at least: some 100 microseconds of work.
 constexpr uint64_t verticesPerTask = 8192;
 
+// The bytes of a normal and the two behind it are written as one word.
+static_assert(std::endian::native == std::endian::little);
+
 void PackVertex(const Vertex& vertex,
                 const PackedNormal& normal,
                 uint8_t flags,
                 DisplayVertex& out) {
-    std::memcpy(&out, &vertex, offsetof(DisplayVertex, normalX));
-    std::memcpy(
-        &out.normalX, &normal, offsetof(DisplayVertex, freeze) - offsetof(DisplayVertex, normalX));
-    out.freeze = vertex.freeze & freezeAmountMask;
-    out.flags = flags;
+    uint64_t word;
+    std::memcpy(&word, &normal, sizeof word);
+    constexpr unsigned freezeShift = 48;
+    constexpr unsigned flagsShift = 56;
+    word &= (uint64_t{1} << freezeShift) - 1;
+    word |= uint64_t{static_cast<uint8_t>(vertex.freeze & freezeAmountMask)} << freezeShift;
+    word |= uint64_t{flags} << flagsShift;
+    auto* bytes = reinterpret_cast<unsigned char*>(&out);
+    // One store of 16 bytes, the last four of which the word overwrites, instead of two.
+    std::memcpy(bytes, &vertex, 16);
+    std::memcpy(bytes + offsetof(DisplayVertex, normalX), &word, sizeof word);
 }
 
 /// Whether all of some faces, a multiple of 8, are live.
