@@ -33,7 +33,8 @@ struct TROVIK_API NormalCone {
 /// The cone of some triangles: of a patch at full detail, or at the stride that is drawn, since the
 /// normals of coarser triangles may leave the cone of the finer ones. Degenerate triangles are left
 /// out, as they are not drawn; positions that are not finite give a cone that is never culled.
-/// Cost: O(triangles), some ten times that of packing: for patches that did not change lately.
+/// Cost: O(triangles), some five times that of packing: for patches that did not change
+/// lately.
 TROVIK_API NormalCone ConeOf(std::span<const DisplayVertex> vertices,
                              std::span<const uint16_t> triangles);
 

@@ -17,7 +17,7 @@ namespace trovik {
 
 namespace {
 
-/// Vertices that one task packs at least: some 100 microseconds of work.
+/// Vertices that one task packs at least: some 50 microseconds of work.
 constexpr uint64_t verticesPerTask = 8192;
 
 // The bytes of a normal and the two behind it are written as one word.
