@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/picking/PatchTree.h"
 
+#include "framework/picking/MedianSplit.h"
 #include "host/HWVector.h"
 
 #include <algorithm>
@@ -73,24 +74,7 @@ void PatchTree::SplitTop(uint32_t node, const std::vector<std::array<float, 3>>&
         for (uint32_t i = first; i < first + count; ++i) topLeafOfBaseFace[order[i]] = node;
         return;
     }
-    Box spread = EmptyBox();
-    for (uint32_t i = first; i < first + count; ++i)
-        Extend(spread, {centres[order[i]], centres[order[i]]});
-    std::size_t axis = 0;
-    for (std::size_t a = 1; a < 3; ++a)
-        if (spread.high[a] - spread.low[a] > spread.high[axis] - spread.low[axis]) axis = a;
-
-    const uint32_t half = count / 2;
-    const auto begin = order.begin() + first;
-    std::nth_element(begin, begin + half, begin + count, [&](uint32_t a, uint32_t b) {
-        const float ca = centres[a][axis];
-        const float cb = centres[b][axis];
-        return ca != cb ? ca < cb : a < b;
-    });
-    // nth_element leaves each half in an order that is the library's own affair.
-    std::sort(begin, begin + half);
-    std::sort(begin + half, begin + count);
-
+    const uint32_t half = SplitAtMedian(order.data() + first, count, centres);
     topNodes[node].first = static_cast<uint32_t>(topNodes.size());
     topNodes[node].count = 0;
     topNodes.push_back({EmptyBox(), first, half});
@@ -219,13 +203,20 @@ void PatchTree::RefitTopNode(uint32_t node) {
     ++boxesRefitted;
 }
 
-AxisAlignedBoundingBox PatchTree::Bounds() const {
-    const Box& box = topNodes[0].box;
+AxisAlignedBoundingBox PatchTree::ToBounds(const Box& box) {
     AxisAlignedBoundingBox bounds;
-    if (box.low[0] > box.high[0]) return bounds;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        if (box.low[axis] > box.high[axis]) return bounds;
     bounds.Extend({box.low[0], box.low[1], box.low[2]});
     bounds.Extend({box.high[0], box.high[1], box.high[2]});
     return bounds;
+}
+
+AxisAlignedBoundingBox PatchTree::Bounds() const { return ToBounds(topNodes[0].box); }
+
+AxisAlignedBoundingBox PatchTree::BoxOf(uint32_t levelIndex, uint32_t face) const {
+    assert(levelIndex <= leafLevel && face < patchBoxes[levelIndex].size());
+    return ToBounds(patchBoxes[levelIndex][face]);
 }
 
 uint64_t PatchTree::Bytes() const {

@@ -63,6 +63,12 @@ public:
     void RefitVertices(const std::vector<uint32_t>& vertices);
 
     AxisAlignedBoundingBox Bounds() const;
+    /// The finest level that has a box for each face.
+    uint32_t LeafLevel() const { return leafLevel; }
+    /// Mesh-local box around the vertices of a face of level `levelIndex` and all its descendants
+    /// in the bound level. Coordinates that are NaN are left out; a face without any other has an
+    /// empty box. `levelIndex` must be at most LeafLevel(). Cost: O(1).
+    AxisAlignedBoundingBox BoxOf(uint32_t levelIndex, uint32_t face) const;
     uint64_t Bytes() const;
     /// Boxes recomputed since the tree was made.
     uint64_t BoxesRefitted() const { return boxesRefitted; }
@@ -85,6 +91,7 @@ private:
     static constexpr uint32_t noParent = 0xffffffffu;
 
     static Box EmptyBox();
+    static AxisAlignedBoundingBox ToBounds(const Box& box);
     static void Extend(Box& box, const Box& other);
     /// Children of a face of this level, in the next one.
     uint32_t ChildCount(uint32_t levelIndex) const { return levelIndex == 0 ? baseChildren : 4; }

@@ -85,7 +85,7 @@ TEST_F(SceneRoundTrip, RefusesApplicationDataThatCouldNotBeReadAgain) {
           ApplicationData{{"large", std::vector<uint8_t>((std::size_t{64} << 20) + 1)}}}) {
         session->Settings().applicationData = data;
         EXPECT_THROW(session->Save(file), HostError);
-        EXPECT_TRUE(SculptSession::OpenScene(file)->Settings().applicationData.empty());
+        EXPECT_TRUE(Document::OpenScene(file)->Settings().applicationData.empty());
     }
 }
 
