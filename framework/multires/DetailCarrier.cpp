@@ -15,12 +15,18 @@ namespace trovik {
 
 namespace {
 
-/// Vertices whose position differs from the seen one.
-std::vector<uint32_t> Changed(const LevelMesh& level, const std::vector<Vector>& seen) {
+/// Vertices whose position differs from the seen one, ascending.
+std::vector<uint32_t> Changed(const LevelMesh& level, const OlderValues<Vector>& seen) {
     std::vector<uint32_t> changed;
-    for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        if (!SameBits(seen[v], level.Position(v))) changed.push_back(v);
+    const std::vector<uint32_t>& written = seen.Vertices();
+    for (std::size_t i = 0; i < written.size(); ++i)
+        if (!SameBits(seen.Values()[i], level.Position(written[i]))) changed.push_back(written[i]);
     return changed;
+}
+
+Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uint32_t vertex) {
+    const Vector* position = seen.Find(vertex);
+    return position == nullptr ? level.Position(vertex) : *position;
 }
 
 /// Coarse faces whose surroundings are worked on at a time, so that memory does not follow the
@@ -91,7 +97,7 @@ void DetailCarrier::MoveVertex(LevelMesh& level,
 void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
                                uint32_t firstOwner,
                                uint32_t lastOwner,
-                               const std::vector<Vector>& seen,
+                               const OlderValues<Vector>& seen,
                                std::vector<uint32_t>& scratch,
                                TurnedLayers* layers,
                                CarriedLevel& carried) {
@@ -101,7 +107,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     for (const uint32_t face : faces)
         for (uint32_t k = 0; k < corners; ++k) children.push_back(face * corners + k);
     PointTable points(fine, children, scratch);
-    LocalRefiner before(coarse, seen.data());
+    LocalRefiner before(coarse, seen);
     LocalRefiner after(coarse, nullptr);
     const uint32_t* all = fine.faceVertexIndices.array;
     for (const uint32_t face : faces) {
@@ -176,7 +182,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     }
 }
 
-CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* layers) {
+CarriedLevel DetailCarrier::Up(const OlderValues<Vector>& seen, TurnedLayers* layers) {
     CarriedLevel carried;
     carried.level = static_cast<uint32_t>(fine.Index());
     const std::vector<uint32_t> changed = Changed(coarse, seen);
@@ -207,7 +213,7 @@ CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* la
     // A vertex of no face has no surface to turn with.
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
-        const SurfaceMove move{seen[vertex], coarse.Position(vertex), {}};
+        const SurfaceMove move{SeenPosition(coarse, seen, vertex), coarse.Position(vertex), {}};
         const Vector place = move.Carried(fine.Position(vertex));
         if (layers != nullptr) layers->Turn(vertex, place, move);
         MoveVertex(fine, vertex, place, carried);
@@ -217,7 +223,7 @@ CarriedLevel DetailCarrier::Up(const std::vector<Vector>& seen, TurnedLayers* la
     return carried;
 }
 
-CarriedLevel DetailCarrier::Down(const std::vector<Vector>& seen) {
+CarriedLevel DetailCarrier::Down(const OlderValues<Vector>& seen) {
     CarriedLevel carried;
     carried.level = static_cast<uint32_t>(coarse.Index());
     const std::vector<uint32_t> changed = Changed(fine, seen);
@@ -227,7 +233,9 @@ CarriedLevel DetailCarrier::Down(const std::vector<Vector>& seen) {
     std::vector<uint32_t> faces = FacesAt(fine, changed);
     for (uint32_t& face : faces) face /= corners;
     MakeSet(faces);
-    const auto moveOf = [&](uint32_t vertex) { return fine.Position(vertex) - seen[vertex]; };
+    const auto moveOf = [&](uint32_t vertex) {
+        return fine.Position(vertex) - SeenPosition(fine, seen, vertex);
+    };
     const uint32_t* all = fine.faceVertexIndices.array;
     std::vector<uint32_t> around;
     for (const uint32_t vertex : CornersOf(coarse, faces)) {

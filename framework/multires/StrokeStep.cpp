@@ -95,6 +95,8 @@ void StrokeStep::Apply(LevelGeometry& geometry) {
         layerStrength = strength;
     }
     mesh.ContentChanged();
+    geometry.ReportVertices(
+        level, SurfaceChange::Positions | SurfaceChange::Normals, vertices);
 }
 
 uint64_t StrokeStep::Bytes() const {

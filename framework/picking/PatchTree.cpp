@@ -13,6 +13,8 @@ namespace trovik {
 
 PatchTree::PatchTree(LevelMesh* ofLevel)
     : level(ofLevel),
+      hierarchy(&ofLevel->Hierarchy()),
+      base(hierarchy->Level(0)),
       boundLevel(static_cast<uint32_t>(ofLevel->Index())),
       leafLevel(boundLevel > 2 ? boundLevel - 2 : 0),
       baseChildren(ofLevel->Hierarchy().Level(0)->CornersPerFace()) {
@@ -25,6 +27,31 @@ PatchTree::PatchTree(LevelMesh* ofLevel)
     for (uint32_t l = leafLevel; l-- > 0;)
         for (uint32_t patch = 0; patch < patchBoxes[l].size(); ++patch) RefitInner(l, patch);
     BuildTop();
+    hierarchy->AddObserver(*this);
+}
+
+PatchTree::~PatchTree() { hierarchy->RemoveObserver(*this); }
+
+// Compares addresses, since the level may be gone.
+bool PatchTree::IsInPlace() const {
+    return boundLevel < hierarchy->LevelCount() && hierarchy->Level(boundLevel) == level &&
+           hierarchy->Level(0) == base;
+}
+
+void PatchTree::SurfaceChanged(const SurfaceChange& change) {
+    if ((change.what & SurfaceChange::Positions) == 0) return;
+    if (!IsInPlace()) {
+        missedChange = true;
+        return;
+    }
+    if (change.level != boundLevel) return;
+    if (change.all) {
+        RefitAll();
+        return;
+    }
+    NextRefit();
+    for (const uint32_t patch : change.patches) TouchLeaves(change.patchLevel, patch);
+    RefitTouched();
 }
 
 PatchTree::Box PatchTree::EmptyBox() {
@@ -107,15 +134,17 @@ void PatchTree::RefitAll() {
 void PatchTree::Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited) {
     assert(patchLevelIndex <= boundLevel);
     NextRefit();
+    for (const FaceVisit& visit : visited) TouchLeaves(patchLevelIndex, visit.face);
+    RefitTouched();
+}
+
+void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
     uint32_t shrink = 1;
     for (uint32_t l = leafLevel; l < patchLevelIndex; ++l) shrink *= ChildCount(l);
     uint32_t grow = 1;
     for (uint32_t l = patchLevelIndex; l < leafLevel; ++l) grow *= ChildCount(l);
-    for (const FaceVisit& visit : visited) {
-        const uint32_t first = visit.face / shrink * grow;
-        for (uint32_t patch = first; patch < first + grow; ++patch) Touch(leafLevel, patch);
-    }
-    RefitTouched();
+    const uint32_t first = patch / shrink * grow;
+    for (uint32_t leaf = first; leaf < first + grow; ++leaf) Touch(leafLevel, leaf);
 }
 
 void PatchTree::RefitVertices(const std::vector<uint32_t>& vertices) {

@@ -72,7 +72,6 @@ void ScriptRunner::RunDisplace(const FieldReader& displace) {
     } catch (const HostError& error) {
         displace.Fail(error.what());
     }
-    session->Tree().RefitAll();
 }
 
 }  // namespace trovik

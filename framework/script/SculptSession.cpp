@@ -71,7 +71,7 @@ SculptSession::SculptSession(const std::string& scenePath,
     notes = std::move(scene.notes);
     ApplyUndoSettings();
     HostKernel::Instance().Scene()->AddGeometry(geometry.get());
-    RebuildLoop();
+    FollowLevel();
     UpdateCamera();
 }
 
@@ -120,16 +120,26 @@ void SculptSession::BuildGeometry() {
     earlierTotals = Totals();
     loop.reset();
     freezeLoop.reset();
-    tree.reset();
+    trees.reset();
+    tree = nullptr;
+    std::vector<GeometryObserver*> observers;
+    if (geometry != nullptr) observers = geometry->Observers();
     geometry = std::make_unique<LevelGeometry>(loaded);
+    for (GeometryObserver* one : observers) geometry->AddObserver(*one);
     ApplyUndoSettings();
     HostKernel::Instance().Scene()->AddGeometry(geometry.get());
-    RebuildLoop();
+    FollowLevel();
+    geometry->ReportAll(geometry->BoundIndex(), SurfaceChange::Topology);
 }
 
-void SculptSession::RebuildLoop() {
+void SculptSession::FollowLevel() {
+    if (trees == nullptr) trees = std::make_unique<LevelTrees>(*geometry);
+    const bool follows =
+        tree != nullptr && tree->IsCurrent() && tree->Level() == geometry->Bound();
+    // Also drops the trees of other levels that are gone.
+    tree = &trees->OfBound();
+    if (follows) return;
     earlierTotals = Totals();
-    tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
@@ -190,7 +200,7 @@ void SculptSession::Reset() {
 
 void SculptSession::PushLevels(std::unique_ptr<UndoStep> step) {
     geometry->History().Push(std::move(step));
-    RebuildLoop();
+    FollowLevel();
 }
 
 bool SculptSession::Subdivide(const SubdivideOptions& options) {
@@ -233,14 +243,14 @@ bool SculptSession::BindLevel(uint32_t level) {
 bool SculptSession::Undo() {
     RequireNoStroke("undo");
     if (!geometry->History().Undo(*geometry)) return false;
-    RebuildLoop();
+    FollowLevel();
     return true;
 }
 
 bool SculptSession::Redo() {
     RequireNoStroke("redo");
     if (!geometry->History().Redo(*geometry)) return false;
-    RebuildLoop();
+    FollowLevel();
     return true;
 }
 
@@ -255,7 +265,7 @@ void SculptSession::Push(std::unique_ptr<UndoStep> step, bool join) {
     }
     step->joinPrevious = join;
     geometry->History().Push(std::move(step));
-    tree->RefitAll();
+    FollowLevel();
 }
 
 void SculptSession::SetUndoBudget(std::optional<uint64_t> bytes) {
@@ -317,9 +327,7 @@ void SculptSession::SetMirrors(const MirrorSetting& setting) {
 
 uint32_t SculptSession::MakeSymmetric(int axis, SymmetrySide model) {
     RequireNoStroke("make the mesh symmetric");
-    const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
-    if (moved > 0) tree->RefitAll();
-    return moved;
+    return trovik::MakeSymmetric(*geometry, axis, model);
 }
 
 void SculptSession::SetTopologicalMirror() {
@@ -362,14 +370,14 @@ void SculptSession::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
     // for each patch.
     if (freezeLoop->IsActive()) RequireNoStroke("freeze");
     auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);
-    // The surface is as it was: no need to look at the pick tree, as Push does.
     if (step != nullptr) geometry->History().Push(std::move(step));
 }
 
 void SculptSession::RefreshSurface() {
     RequireNoStroke("change the mesh");
     geometry->Bound()->ComputeNormals();
-    tree->RefitAll();
+    geometry->ReportAll(geometry->BoundIndex(),
+                        SurfaceChange::Positions | SurfaceChange::Normals);
 }
 
 PictureMesh SculptSession::ShownMesh() const { return ShownLevel(*geometry); }

@@ -5,6 +5,7 @@
 #include "framework/freeze/FreezeBlend.h"
 #include "framework/freeze/FreezeBrush.h"
 #include "framework/layers/LayerStack.h"
+#include "framework/picking/LevelTrees.h"
 #include "framework/render/Picture.h"
 #include "framework/scene/SceneFile.h"
 #include "framework/strokes/MirrorMaps.h"
@@ -54,6 +55,8 @@ public:
     bool IsFreezing() const { return freezing; }
     /// The brush that the plug-in brings, whichever is at work.
     BrushOperation& SculptBrush() { return *brush; }
+    /// Of the bound level; follows reported changes of the surface by itself. Another one after
+    /// the level or the levels have changed.
     PatchTree& Tree() { return *tree; }
     StrokeView& View() { return settings.view; }
     /// Radius, spacing and pen of the strokes to come are to be read and set here.
@@ -146,7 +149,8 @@ public:
 private:
     SculptSession(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
     void BuildGeometry();
-    void RebuildLoop();
+    /// Makes tree and loops those of the bound level, if they are not.
+    void FollowLevel();
     void PlaceMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
     void PlaceRenderers();
@@ -155,7 +159,8 @@ private:
     PolygonMesh loaded;
     std::unique_ptr<LevelGeometry> geometry;
     std::unique_ptr<BrushOperation> brush;
-    std::unique_ptr<PatchTree> tree;
+    std::unique_ptr<LevelTrees> trees;
+    PatchTree* tree = nullptr;
     std::unique_ptr<StrokeLoop> loop;
     std::unique_ptr<FreezeBrush> freezeBrush;
     std::unique_ptr<StrokeLoop> freezeLoop;

@@ -81,7 +81,7 @@ TEST_F(OldScene, BeforeFormat328GoesOnToTheSameBits) {
 }
 
 TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
-    ASSERT_NE(session->Geometry().SeenFromBelow(1)[0], session->Geometry().Level(1)->Position(0));
+    ASSERT_FALSE(session->Geometry().Seen(1).fromBelow.vertices.empty());
     auto read = ReopenUnder(SceneStream(330));
     const LevelMesh& base = *read->Geometry().Level(0);
     const std::vector<Vector> before = PositionsOf(base);

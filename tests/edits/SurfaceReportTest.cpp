@@ -1,0 +1,397 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Random edits of a session on the meshes of the zoo, with an observer that keeps a copy of the
+/// bound level and updates it from the reported patches alone. After every dab and every other edit
+/// the copy equals the level, byte for byte, and the session's pick tree gives the hits of a tree
+/// that is built from scratch. A short run by default; TROVIK_RANDOM_EDITS sets the number of
+/// edits.
+#include "framework/edits/LayerSteps.h"
+#include "framework/errors/HostError.h"
+#include "framework/multires/Steps.h"
+#include "framework/script/SculptSession.h"
+#include "framework/strokes/DabAtHit.h"
+#include "tests/meshes/MeshZoo.h"
+#include "tests/random/RandomNumbers.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+
+namespace trovik::test {
+namespace {
+
+/// A copy of the bound level that knows of changes only what the geometry reports.
+class ReportedCopy final : public GeometryObserver {
+public:
+    explicit ReportedCopy(SculptSession& ofSession) : session(ofSession) {
+        session.Geometry().AddObserver(*this);
+        CopyAll(*session.Geometry().Bound(), everything);
+    }
+    ~ReportedCopy() { session.Geometry().RemoveObserver(*this); }
+    ReportedCopy(const ReportedCopy&) = delete;
+    ReportedCopy& operator=(const ReportedCopy&) = delete;
+
+    void SurfaceChanged(const SurfaceChange& change) override {
+        const LevelGeometry& geometry = session.Geometry();
+        if (change.level != geometry.BoundIndex()) return;
+        ++reports;
+        const LevelMesh& level = *geometry.Bound();
+        uint8_t what = change.what;
+        if ((what & SurfaceChange::Topology) != 0) what = everything;
+        if (change.all) {
+            ++reportsOfAll;
+            CopyAll(level, what);
+            return;
+        }
+        ASSERT_LE(change.patchLevel, change.level);
+        const uint32_t patchCount = geometry.Level(change.patchLevel)->faceCount;
+        const uint32_t faces = level.faceCount / patchCount;
+        std::vector<uint32_t> sorted(change.patches.begin(), change.patches.end());
+        std::sort(sorted.begin(), sorted.end());
+        ASSERT_EQ(std::adjacent_find(sorted.begin(), sorted.end()), sorted.end());
+        for (const uint32_t patch : change.patches) {
+            ASSERT_LT(patch, patchCount);
+            for (uint32_t face = patch * faces; face < (patch + 1) * faces; ++face)
+                CopyFace(level, face, what);
+        }
+    }
+
+    /// What the copy and the level differ in; empty for nothing.
+    std::string Difference() const {
+        const LevelMesh& level = *session.Geometry().Bound();
+        if (vertices.size() != level.VertexCount() || faceFlags.size() != level.faceCount)
+            return "another number of vertices or faces";
+        const uint32_t corners = level.CornersPerFace();
+        for (uint32_t face = 0; face < level.faceCount; ++face) {
+            if (faceFlags[face] != level.faceFlags[face])
+                return "flags of face " + std::to_string(face);
+            for (uint32_t k = 0; k < corners; ++k) {
+                const uint32_t v = level.faceVertexIndices.array[face * corners + k];
+                const State now = StateOf(level, v);
+                const std::string at =
+                    " of vertex " + std::to_string(v) + " of face " + std::to_string(face);
+                if (std::memcmp(now.position, vertices[v].position, sizeof now.position) != 0)
+                    return "position" + at;
+                if (std::memcmp(now.normal, vertices[v].normal, sizeof now.normal) != 0)
+                    return "normal" + at;
+                if (now.freeze != vertices[v].freeze) return "freeze amount" + at;
+            }
+        }
+        return {};
+    }
+
+    unsigned reports = 0;
+    unsigned reportsOfAll = 0;
+
+private:
+    static constexpr uint8_t everything = SurfaceChange::Positions | SurfaceChange::Normals |
+                                          SurfaceChange::Mask | SurfaceChange::Visibility;
+    struct State {
+        float position[3];
+        int16_t normal[3];
+        uint8_t freeze;
+    };
+    static State StateOf(const LevelMesh& level, uint32_t v) {
+        const Vector p = level.Position(v);
+        const PackedNormal& n = level.vertexNormals.array[v];
+        return {{p.x, p.y, p.z}, {n.x, n.y, n.z}, level.vertices.array[v].freeze};
+    }
+    void CopyVertex(const LevelMesh& level, uint32_t v, uint8_t what) {
+        const State now = StateOf(level, v);
+        State& copy = vertices[v];
+        if ((what & SurfaceChange::Positions) != 0)
+            std::copy_n(now.position, 3, copy.position);
+        if ((what & SurfaceChange::Normals) != 0) std::copy_n(now.normal, 3, copy.normal);
+        if ((what & SurfaceChange::Mask) != 0) copy.freeze = now.freeze;
+    }
+    void CopyFace(const LevelMesh& level, uint32_t face, uint8_t what) {
+        const uint32_t corners = level.CornersPerFace();
+        for (uint32_t k = 0; k < corners; ++k)
+            CopyVertex(level, level.faceVertexIndices.array[face * corners + k], what);
+        if ((what & SurfaceChange::Visibility) != 0) faceFlags[face] = level.faceFlags[face];
+    }
+    void CopyAll(const LevelMesh& level, uint8_t what) {
+        vertices.resize(level.VertexCount());
+        faceFlags.resize(level.faceCount);
+        for (uint32_t face = 0; face < level.faceCount; ++face) CopyFace(level, face, what);
+    }
+
+    SculptSession& session;
+    std::vector<State> vertices;
+    std::vector<uint8_t> faceFlags;
+};
+
+/// Draws edits of a session.
+class RandomSession {
+public:
+    RandomSession(RandomNumbers& numbers, const ZooMesh& zoo)
+        : random(numbers), session(zoo.name, zoo.mesh), copy(session) {
+        const uint32_t levels = random.Below(4);
+        for (uint32_t i = 0; i < levels; ++i)
+            if (session.Geometry().Bound()->faceCount < 1000) session.Subdivide();
+        reach = Reach();
+    }
+
+    void Edit() {
+        switch (random.Below(12)) {
+            case 0:
+                Freeze();
+                break;
+            case 1:
+            case 2:
+                Level();
+                break;
+            case 3:
+            case 4:
+                Layer();
+                break;
+            case 5:
+                Symmetry();
+                break;
+            case 6:
+                story = "undo";
+                for (uint32_t n = random.Below(4); n > 0 && session.Undo(); --n) Check();
+                for (uint32_t n = random.Below(3); n > 0 && session.Redo(); --n) Check();
+                break;
+            case 7:
+                Rare();
+                break;
+            default:
+                Stroke();
+                break;
+        }
+        Check();
+    }
+    void UndoAll() {
+        story = "undo all";
+        while (session.Undo()) Check();
+        story = "redo all";
+        while (session.Redo()) Check();
+    }
+
+    /// The copy equals the level, and the tree one that is built now.
+    void Check() {
+        ASSERT_EQ(copy.Difference(), "") << "after " << story;
+        const PatchTree fresh(session.Geometry().Bound());
+        const AxisAlignedBoundingBox bounds = fresh.Bounds();
+        const AxisAlignedBoundingBox kept = session.Tree().Bounds();
+        // Of zeros of both signs either may be the bound.
+        const auto values = [](const AxisAlignedBoundingBox& box) {
+            return std::array{box.minX, box.minY, box.minZ, box.maxX, box.maxY, box.maxZ};
+        };
+        ASSERT_EQ(values(bounds), values(kept)) << "after " << story;
+        for (int i = 0; i < 4; ++i) {
+            Ray ray;
+            ray.origin = random.In(-2.0f * reach, 2.0f * reach);
+            ray.direction = SurfacePlace() - ray.origin;
+            ExpectSame(fresh.Pick(ray), session.Tree().Pick(ray));
+            ExpectSame(fresh.Nearest(ray.origin), session.Tree().Nearest(ray.origin));
+        }
+    }
+    const std::string& Story() const { return story; }
+
+private:
+    void ExpectSame(const std::optional<PickHit>& a, const std::optional<PickHit>& b) {
+        ASSERT_EQ(a.has_value(), b.has_value()) << "after " << story;
+        if (!a) return;
+        ASSERT_EQ(a->face, b->face) << "after " << story;
+        ASSERT_EQ(std::memcmp(&a->t, &b->t, sizeof a->t), 0) << "after " << story;
+        ASSERT_EQ(std::memcmp(&a->position, &b->position, sizeof a->position), 0);
+    }
+    float Reach() {
+        float most = 0.0f;
+        const LevelMesh& mesh = *session.Geometry().Bound();
+        for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
+            const Vector p = mesh.Position(v);
+            const float far = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)});
+            if (!(far <= most)) most = far;
+        }
+        return most;
+    }
+    Vector SurfacePlace() {
+        const LevelMesh& mesh = *session.Geometry().Bound();
+        return mesh.Position(
+            mesh.faceVertexIndices.array[random.Below(mesh.faceVertexIndices.fill)]);
+    }
+
+    void Stroke() {
+        if (!(Reach() < 20.0f * reach)) return;
+        const std::vector<std::string> tools = session.ToolNames();
+        const std::string& tool = tools[random.Below(static_cast<uint32_t>(tools.size()))];
+        session.SelectTool(tool);
+        const bool byPercent = random.Chance(0.5f);
+        StrokeLoop& loop = session.Loop();
+        const auto modifier = random.OneOf({BrushOperation::ModifierNone,
+                                            BrushOperation::ModifierInvert,
+                                            BrushOperation::ModifierSmooth});
+        story = "stroke of " + tool;
+        loop.Begin(modifier, random.Below(1000));
+        const uint32_t dabs = random.Below(5);
+        for (uint32_t i = 0; i < dabs; ++i) {
+            const auto hit = session.Tree().Nearest(SurfacePlace());
+            if (!hit) break;
+            StrokeDab dab = DabAt(session.Geometry(), *hit);
+            dab.size = reach * random.Between(0.05f, 0.6f);
+            dab.strength = byPercent ? random.Between(1.0f, 60.0f) : 0.05f * reach;
+            loop.Dab(dab);
+            story = "dab " + std::to_string(i) + " of " + tool;
+            Check();
+        }
+        if (random.Chance(0.1f)) {
+            loop.WholeMesh(byPercent ? 20.0f : 0.02f * reach, random.Chance(0.5f));
+            story = "whole mesh by " + tool;
+            Check();
+        }
+        if (random.Chance(0.2f)) {
+            loop.PutBack();
+            story = "putting back a stroke of " + tool;
+            Check();
+        }
+        if (random.Chance(0.2f))
+            loop.Break();
+        else
+            loop.End();
+        story = "the end of a stroke of " + tool;
+    }
+
+    void Freeze() {
+        story = "freeze";
+        std::vector<uint8_t> amounts(session.Geometry().Bound()->VertexCount());
+        const float share = random.OneOf({0.02f, 0.5f, 1.0f});
+        for (uint8_t& amount : amounts)
+            if (random.Chance(share)) amount = static_cast<uint8_t>(random.Below(128));
+        session.Freeze(amounts,
+                       random.OneOf({FreezeMode::Raise,
+                                     FreezeMode::Replace,
+                                     FreezeMode::Add,
+                                     FreezeMode::Subtract,
+                                     FreezeMode::Multiply}));
+    }
+
+    void Level() {
+        const LevelGeometry& geometry = session.Geometry();
+        const uint32_t rare = random.Below(10);
+        story = "level";
+        if (rare == 0) {
+            session.DeleteLevels(random.Chance(0.5f));
+        } else if (rare == 1) {
+            session.ApplyToBase();
+        } else if (rare == 2) {
+            try {
+                session.Unsubdivide();
+            } catch (const HostError&) {
+                // Not every base is the refinement of another mesh.
+            }
+        } else if (rare < 5 && geometry.LevelCount() < 6 &&
+                   geometry.Level(geometry.LevelCount() - 1)->faceCount < 1500) {
+            session.Subdivide();
+        } else {
+            session.BindLevel(random.Below(geometry.LevelCount()));
+        }
+    }
+
+    void Layer() {
+        LevelGeometry& geometry = session.Geometry();
+        const auto layers = geometry.Layers().OfLevel(*geometry.Bound());
+        story = "layer";
+        if (layers.empty() || random.Chance(0.2f)) {
+            session.AddLayer("layer");
+            return;
+        }
+        SculptLayer& layer = *layers[random.Below(static_cast<uint32_t>(layers.size()))];
+        SculptLayer::Properties given = layer.Given();
+        switch (random.Below(6)) {
+            case 0:
+                session.Push(RemoveLayerAsStep(geometry, layer));
+                return;
+            case 1:
+                given.visible = !given.visible;
+                break;
+            case 2:
+                session.Push(SelectLayerAsStep(geometry, &layer));
+                return;
+            case 3:
+                session.Push(DuplicateLayerAsStep(geometry, layer, "copy"));
+                return;
+            case 4:
+                if (layer.Given().writable)
+                    session.Push(EraseLayerByFreezeAsStep(geometry, layer));
+                return;
+            default:
+                given.strength = random.OneOf({0.0f, 0.3f, 1.0f, 1.2f});
+                break;
+        }
+        session.Push(GiveLayerAsStep(geometry, layer, given));
+    }
+
+    void Symmetry() {
+        story = "symmetry";
+        try {
+            session.MakeSymmetric(static_cast<int>(random.Below(3)),
+                                  random.Chance(0.5f) ? SymmetrySide::Positive
+                                                      : SymmetrySide::Negative);
+        } catch (const HostError&) {
+            // Not every mesh has a mirror.
+        }
+    }
+
+    void Rare() {
+        story = "setting";
+        switch (random.Below(5)) {
+            case 0:
+                session.RefreshSurface();
+                break;
+            case 1:
+                session.Geometry().Place().Set(
+                    {1.0f, random.OneOf({0.5f, 1.0f, 2.0f}), 1.0f}, random.In(-90.0f, 90.0f), {});
+                break;
+            case 2:
+                if (random.Chance(0.3f)) session.Reset();
+                break;
+            case 3:
+                try {
+                    session.SetTopologicalMirror();
+                } catch (const HostError&) {
+                    // Not every mesh has one.
+                }
+                break;
+            default: {
+                MirrorSetting setting;
+                for (int axis = 0; axis < 3; ++axis)
+                    if (random.Chance(0.4f)) setting.planes.push_back(axis);
+                session.SetMirrors(setting);
+            }
+        }
+    }
+
+    RandomNumbers& random;
+    SculptSession session;
+    ReportedCopy copy;
+    float reach = 0.0f;
+    std::string story = "nothing";
+};
+
+TEST(SurfaceReport, ACopyThatFollowsTheReportsEqualsTheLevel) {
+    const uint32_t wanted = WantedCount("TROVIK_RANDOM_EDITS", 500);
+    constexpr uint32_t editsPerMesh = 25;
+    const std::vector<ZooMesh> meshes = AllMeshes();
+    for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {
+        RandomNumbers random(91130 + edit);
+        const ZooMesh& zoo = meshes[random.Below(static_cast<uint32_t>(meshes.size()))];
+        RandomSession session(random, zoo);
+        for (uint32_t i = 0; i < editsPerMesh; ++i) {
+            SCOPED_TRACE("edit " + std::to_string(edit + i) + " of " + zoo.name);
+            session.Edit();
+            if (testing::Test::HasFailure()) return;
+        }
+        SCOPED_TRACE("edits of " + std::to_string(edit) + " of " + zoo.name);
+        session.UndoAll();
+        if (testing::Test::HasFailure()) return;
+    }
+}
+
+}  // namespace
+}  // namespace trovik::test
