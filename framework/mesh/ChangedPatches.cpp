@@ -16,15 +16,15 @@ class NewVertices {
 public:
     NewVertices(const LevelHierarchy& hierarchy, uint32_t number, uint32_t facesOfPatch)
         : level(*hierarchy.Level(number)),
-          below(*hierarchy.Level(number - 1)),
-          corners(below.CornersPerFace()),
-          facesPerPatch(facesOfPatch) {}
+          corners(hierarchy.Level(number - 1)->CornersPerFace()),
+          facesPerPatch(facesOfPatch),
+          patches(hierarchy.Level(number - 1)->faceCount / facesOfPatch) {}
 
     /// \return whether the patch is another than that of the call before.
     bool Find(uint32_t vertex) {
         if (vertex >= first && vertex < end) return false;
         uint32_t low = 0;
-        uint32_t high = below.faceCount / facesPerPatch - 1;
+        uint32_t high = patches - 1;
         while (low < high) {
             const uint32_t middle = low + (high - low) / 2;
             if (EndOf(middle) <= vertex)
@@ -39,57 +39,56 @@ public:
     }
     uint32_t Patch() const { return patch; }
 
-    /// The other patch that holds a vertex of the present patch; openBorder without one.
-    uint32_t PatchAcross(uint32_t vertex) const {
-        uint32_t face = patch * facesPerPatch;
-        uint32_t last = face + facesPerPatch - 1;
-        while (face < last) {
-            const uint32_t middle = face + (last - face) / 2;
-            if (FacePoint(middle) < vertex)
-                face = middle + 1;
-            else
-                last = middle;
-        }
-        if (FacePoint(face) == vertex) return openBorder;
-        const uint32_t* children = level.faceVertexIndices.array + face * corners * 4;
-        uint32_t side = 0;
-        while (children[side * 4 + (corners == 4 ? (side + 1) & 3u : 1u)] != vertex) ++side;
-        const uint32_t across = below.QuadEdgeNeighbour(face, side);
-        if (across == openBorder) return openBorder;
-        const uint32_t other = (across >> 2) / facesPerPatch;
-        return other == patch ? openBorder : other;
-    }
-
-    /// Of the present patch: whether its border has to be looked at.
-    bool isExposed = false;
-
 private:
-    uint32_t FacePoint(uint32_t face) const {
-        return level.faceVertexIndices.array[face * corners * 4 + 2];
-    }
+    /// New vertices are numbered face by face of the level below, the face point last.
     uint32_t EndOf(uint32_t ofPatch) const {
-        return FacePoint((ofPatch + 1) * facesPerPatch - 1) + 1;
+        const uint32_t lastFace = (ofPatch + 1) * facesPerPatch - 1;
+        return level.faceVertexIndices.array[lastFace * corners * 4 + 2] + 1;
     }
 
-    LevelMesh& level;
-    LevelMesh& below;
+    const LevelMesh& level;
+    /// Of the faces of the level below.
     uint32_t corners;
     /// Faces of the level below under a patch.
     uint32_t facesPerPatch;
+    uint32_t patches;
     uint32_t patch = 0;
     uint32_t first = 0;
     uint32_t end = 0;
 };
 
-/// Finds the patches of vertices in two passes over them.
+/// Which vertices of a list there are, for quick look-ups.
+class VertexMarks {
+public:
+    explicit VertexMarks(const std::vector<uint32_t>& vertices) {
+        if (vertices.empty()) return;
+        const auto [low, high] = std::minmax_element(vertices.begin(), vertices.end());
+        lowest = *low;
+        words.resize((*high - lowest) / wordBits + 1);
+        for (const uint32_t vertex : vertices)
+            words[(vertex - lowest) / wordBits] |= uint64_t{1} << ((vertex - lowest) % wordBits);
+    }
+    bool Has(uint32_t vertex) const {
+        const uint32_t word = (vertex - lowest) / wordBits;
+        return vertex >= lowest && word < words.size() &&
+               (words[word] >> ((vertex - lowest) % wordBits) & 1u) != 0;
+    }
+
+private:
+    static constexpr uint32_t wordBits = 64;
+    uint32_t lowest = 0;
+    std::vector<uint64_t> words;
+};
+
 class PatchFinder {
 public:
     PatchFinder(LevelMesh& ofLevel, uint32_t ofPatchLevel)
-        : patchMesh(*ofLevel.Hierarchy().Level(ofPatchLevel)) {
-        const LevelHierarchy& hierarchy = ofLevel.Hierarchy();
-        const auto top = static_cast<uint32_t>(ofLevel.Index());
+        : level(ofLevel),
+          patchMesh(*ofLevel.Hierarchy().Level(ofPatchLevel)),
+          depth(static_cast<uint32_t>(ofLevel.Index()) - ofPatchLevel) {
+        const LevelHierarchy& hierarchy = level.Hierarchy();
         uint32_t faces = 1;
-        for (uint32_t number = ofPatchLevel + 1; number <= top; ++number) {
+        for (uint32_t number = ofPatchLevel + 1; number <= ofPatchLevel + depth; ++number) {
             born.emplace_back(hierarchy, number, faces);
             faces *= hierarchy.Level(number - 1)->CornersPerFace();
             firstNew.push_back(hierarchy.Level(number)->CoarserVertexCount());
@@ -98,8 +97,8 @@ public:
 
     std::vector<uint32_t> Find(const std::vector<uint32_t>& vertices) {
         std::vector<uint32_t> patches;
-        std::vector<uint32_t> around;
         std::vector<uint32_t> owners;
+        std::vector<uint32_t> around;
         for (const uint32_t vertex : vertices) {
             if (NewVertices* one = BornWith(vertex)) {
                 if (one->Find(vertex)) owners.push_back(one->Patch());
@@ -109,17 +108,7 @@ public:
             patches.insert(patches.end(), around.begin(), around.end());
         }
         MakeSet(owners);
-        const std::vector<bool> exposed = Exposed(owners);
-        for (NewVertices& one : born) one.isExposed = IsExposed(owners, exposed, one.Patch());
-        for (const uint32_t vertex : vertices) {
-            NewVertices* one = BornWith(vertex);
-            if (one == nullptr) continue;
-            if (one->Find(vertex)) one->isExposed = IsExposed(owners, exposed, one->Patch());
-            if (!one->isExposed) continue;
-            const uint32_t across = one->PatchAcross(vertex);
-            if (across != openBorder && (patches.empty() || patches.back() != across))
-                patches.push_back(across);
-        }
+        if (!owners.empty()) AddAcross(owners, VertexMarks(vertices), patches);
         patches.insert(patches.end(), owners.begin(), owners.end());
         MakeSet(patches);
         return patches;
@@ -133,31 +122,48 @@ private:
         return nullptr;
     }
 
-    /// Which patches have a patch around them that is not in the list.
-    std::vector<bool> Exposed(const std::vector<uint32_t>& owners) {
-        std::vector<bool> exposed(owners.size());
-        const uint32_t corners = patchMesh.CornersPerFace();
-        std::vector<uint32_t> around;
-        for (std::size_t i = 0; i < owners.size(); ++i) {
-            const uint32_t* v = patchMesh.faceVertexIndices.array + owners[i] * corners;
-            for (uint32_t k = 0; k < corners && !exposed[i]; ++k) {
-                FacesAt(patchMesh, v[k], around);
-                exposed[i] = !std::includes(
-                    owners.begin(), owners.end(), around.begin(), around.end());
+    /// A new vertex on the border between two patches belongs to both. Adds those across from the
+    /// owners that are not owners themselves.
+    void AddAcross(const std::vector<uint32_t>& owners,
+                   const VertexMarks& marks,
+                   std::vector<uint32_t>& patches) {
+        for (const uint32_t patch : owners) {
+            for (uint32_t side = 0; side < patchMesh.CornersPerFace(); ++side) {
+                const uint32_t across = patchMesh.QuadEdgeNeighbour(patch, side);
+                if (across == openBorder) continue;
+                const uint32_t other = across >> 2;
+                if (!std::binary_search(owners.begin(), owners.end(), other) &&
+                    HasMarkInside(patch, side, patchMesh.CornersPerFace(), depth, marks))
+                    patches.push_back(other);
             }
         }
-        return exposed;
     }
 
-    static bool IsExposed(const std::vector<uint32_t>& owners,
-                          const std::vector<bool>& exposed,
-                          uint32_t patch) {
-        const auto found = std::lower_bound(owners.begin(), owners.end(), patch);
-        return found != owners.end() && *found == patch &&
-               exposed[static_cast<std::size_t>(found - owners.begin())];
+    /// Whether a vertex on the side of a face, but not at its ends, is marked. \param below  number
+    /// of levels from that of the face to the finest.
+    bool HasMarkInside(uint32_t face,
+                       uint32_t side,
+                       uint32_t corners,
+                       uint32_t below,
+                       const VertexMarks& marks) const {
+        if (below == 0) return false;
+        // The sides of the two children that make up the side; see LevelTopology.cpp.
+        const uint32_t firstChild = face * corners + side;
+        const uint32_t secondChild = face * corners + (side + 1) % corners;
+        const uint32_t firstSide = corners == 4 ? side : 0;
+        const uint32_t secondSide = corners == 4 ? side : 3;
+        uint32_t finest = firstChild;
+        // The end of the first half: the same corner of the child at that corner, and so on down.
+        const uint32_t middle = (firstSide + 1) & 3u;
+        for (uint32_t i = 1; i < below; ++i) finest = finest * 4 + middle;
+        if (marks.Has(level.faceVertexIndices.array[finest * 4 + middle])) return true;
+        return HasMarkInside(firstChild, firstSide, 4, below - 1, marks) ||
+               HasMarkInside(secondChild, secondSide, 4, below - 1, marks);
     }
 
+    LevelMesh& level;
     LevelMesh& patchMesh;
+    uint32_t depth;
     /// By the level, from the one above the patch level on.
     std::vector<NewVertices> born;
     std::vector<uint32_t> firstNew;
