@@ -55,7 +55,6 @@ private:
                     uint32_t firstOwner,
                     uint32_t lastOwner,
                     const OlderValues<Vector>& seen,
-                    std::vector<uint32_t>& scratch,
                     TurnedLayers* layers,
                     CarriedLevel& carried);
     void MoveVertex(LevelMesh& level, uint32_t vertex, const Vector& to, CarriedLevel& carried);
