@@ -102,7 +102,7 @@ void LevelMesh::SetOpenChange(LevelChange* change, uint32_t* outsideEdits) {
 // In a stroke the vertex may have been moved by the brush already; its record has the position of
 // before.
 void LevelMesh::NoteOlderPosition(uint32_t vertex) {
-    const uint32_t link = vertices.array[vertex].changeLink;
+    const uint32_t link = openChange == nullptr ? 0 : vertices.array[vertex].changeLink;
     if (openChange != nullptr && link < changeRecordCount &&
         changeRecords[link].vertexIndex == vertex) {
         const float* p = changeRecords[link].originalPosition;

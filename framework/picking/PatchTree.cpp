@@ -212,11 +212,23 @@ void PatchTree::RefitLeaf(uint32_t patch) {
     // maximum give their second operand where a number is none, so that it leaves the box alone.
     __m128 low = _mm_set1_ps(std::numeric_limits<float>::infinity());
     __m128 high = _mm_set1_ps(-std::numeric_limits<float>::infinity());
-    for (uint32_t i = 0; i < corners; ++i) {
-        const Vertex& v = level->vertices.array[vertex[i]];
+    const auto extend = [&](uint32_t corner) {
+        const Vertex& v = level->vertices.array[vertex[corner]];
         const __m128 position = _mm_loadu_ps(reinterpret_cast<const float*>(&v));
         low = _mm_min_ps(position, low);
         high = _mm_max_ps(position, high);
+    };
+    if (corners == 64) {
+        // A grid of 4 x 4 quads that are oriented alike: opposite corners of each are all vertices
+        // but two of the grid's own corners.
+        for (uint32_t face = 0; face < 16; ++face) {
+            extend(face * 4);
+            extend(face * 4 + 2);
+        }
+        extend(5 * 4 + 1);
+        extend(15 * 4 + 3);
+    } else {
+        for (uint32_t i = 0; i < corners; ++i) extend(i);
     }
     alignas(16) float lows[4];
     alignas(16) float highs[4];
