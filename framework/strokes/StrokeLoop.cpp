@@ -257,11 +257,17 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
     call.pressure = dab.pressure;
     call.strength = dab.strength;
     call.box = &box;
-    Observed(observer, call, [&] {
-        const Clock::time_point start = Clock::now();
-        brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
-        totals.seconds += SecondsSince(start);
-    });
+    try {
+        Observed(observer, call, [&] {
+            const Clock::time_point start = Clock::now();
+            brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
+            totals.seconds += SecondsSince(start);
+        });
+    } catch (...) {
+        // Part of the dab may be there.
+        ReportDab();
+        throw;
+    }
     ++totals.dabs;
     previousHits[side] = dab.hit.position;
     if (!box.IsEmpty()) {
@@ -290,6 +296,7 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
             geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
     } catch (...) {
+        geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         Break();
         throw;
     }
