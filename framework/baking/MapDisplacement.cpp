@@ -93,6 +93,8 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
     RefreshNormals(level, around);
     change.FinishAs("Displace");
     level.ContentChanged();
+    geometry.ReportVertices(
+        geometry.BoundIndex(), SurfaceChange::Positions | SurfaceChange::Normals, around);
     return moved.size();
 }
 

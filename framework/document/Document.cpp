@@ -2,6 +2,7 @@
 #include "framework/document/Document.h"
 
 #include "framework/document/StrokeEvents.h"
+#include "framework/document/SurfaceEvents.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/history/UndoPreferences.h"
@@ -66,7 +67,7 @@ Document::Document(const std::string& sceneFile, std::unique_ptr<BrushOperation>
     settings = std::move(scene.settings);
     notes = std::move(scene.notes);
     ApplyUndoSettings();
-    RebuildLoop();
+    FollowLevel();
     UpdateCamera();
     NotifyChanges();
     State();
@@ -132,16 +133,30 @@ void Document::BuildGeometry() {
     earlierTotals = Totals();
     loop.reset();
     freezeLoop.reset();
-    tree.reset();
+    trees.reset();
+    tree = nullptr;
+    surfaceEvents.reset();
+    std::vector<GeometryObserver*> others;
+    if (geometry != nullptr) others = geometry->Observers();
     geometry = std::move(built);
+    for (GeometryObserver* one : others) geometry->AddObserver(*one);
     ApplyUndoSettings();
-    RebuildLoop();
+    FollowLevel();
 }
 
-void Document::RebuildLoop() {
+void Document::FollowLevel() {
     Activate();
+    if (trees == nullptr) {
+        // Ahead of the observers of the document, which may pick.
+        trees = std::make_unique<LevelTrees>(*geometry);
+        tree = nullptr;
+    }
+    const bool follows = tree != nullptr && tree->IsCurrent() && tree->Level() == geometry->Bound();
+    // Also drops the trees of levels that are gone.
+    tree = &trees->OfBound();
+    if (surfaceEvents == nullptr) surfaceEvents = std::make_unique<SurfaceEvents>(*this);
+    if (follows) return;
     earlierTotals = Totals();
-    tree = std::make_unique<PatchTree>(geometry->Bound());
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);

@@ -8,6 +8,7 @@
 #include "framework/freeze/FreezeBlend.h"
 #include "framework/freeze/FreezeBrush.h"
 #include "framework/layers/LayerStack.h"
+#include "framework/picking/LevelTrees.h"
 #include "framework/render/Picture.h"
 #include "framework/scene/SceneFile.h"
 #include "framework/strokes/MirrorMaps.h"
@@ -78,6 +79,8 @@ public:
         Activate();
         return *brush;
     }
+    /// Of the current level. It follows reported changes of the surface; another level has another
+    /// tree.
     PatchTree& Tree() { return *tree; }
     /// Call UpdateCamera after changing it.
     StrokeView& View() { return settings.view; }
@@ -214,6 +217,7 @@ public:
 
 private:
     class StrokeEvents;
+    class SurfaceEvents;
     /// Takes the document out of the globals of the process at its end, also when a constructor
     /// throws.
     struct Activation {
@@ -222,7 +226,8 @@ private:
     };
     Document(const std::string& scenePath, std::unique_ptr<BrushOperation> sceneBrush);
     void BuildGeometry();
-    void RebuildLoop();
+    /// Makes tree and loops those of the current level, if they are not.
+    void FollowLevel();
     void PlaceMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
     void PlaceRenderers();
@@ -236,7 +241,6 @@ private:
     /// Compares the document with what the observers were last informed of, and informs them of
     /// the differences.
     void NotifyChanges();
-    void NotifySurface(const SurfaceChange& change);
     void NotifyCamera();
     template <typename Event>
     void Notify(const Event& event);
@@ -257,7 +261,9 @@ private:
     std::unique_ptr<LevelGeometry> geometry;
     Activation activation{*this};
     std::unique_ptr<BrushOperation> brush;
-    std::unique_ptr<PatchTree> tree;
+    std::unique_ptr<LevelTrees> trees;
+    PatchTree* tree = nullptr;
+    std::unique_ptr<SurfaceEvents> surfaceEvents;
     std::unique_ptr<StrokeEvents> events;
     std::unique_ptr<StrokeLoop> loop;
     std::unique_ptr<FreezeBrush> freezeBrush;

@@ -16,13 +16,13 @@ void Document::Reset() {
     BuildGeometry();
     geometry->Place() = place;
     entries.Restart();
-    NotifySurface({0, SurfaceChange::Positions | SurfaceChange::Topology, 0, {}, true});
+    geometry->ReportAll(0, SurfaceChange::Topology);
     NotifyChanges();
 }
 
 void Document::PushLevels(std::unique_ptr<UndoStep> step) {
     geometry->History().Push(std::move(step));
-    RebuildLoop();
+    FollowLevel();
     NotifyChanges();
 }
 
@@ -71,12 +71,12 @@ bool Document::WalkHistory(const char* work, const Steps& steps) {
     try {
         moved = steps(geometry->History());
     } catch (...) {
-        RebuildLoop();
+        FollowLevel();
         NotifyChanges();
         throw;
     }
     if (!moved) return false;
-    RebuildLoop();
+    FollowLevel();
     NotifyChanges();
     return true;
 }
@@ -122,14 +122,13 @@ void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
     }
     step->joinPrevious = join;
     geometry->History().Push(std::move(step));
-    tree->RefitAll();
+    FollowLevel();
     NotifyChanges();
 }
 
 uint32_t Document::MakeSymmetric(int axis, SymmetrySide model) {
     RequireNoStroke("make the mesh symmetric");
     const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
-    if (moved > 0) tree->RefitAll();
     NotifyChanges();
     return moved;
 }
@@ -159,7 +158,6 @@ void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
     // for each patch.
     if (freezeLoop->IsActive()) RequireNoStroke("freeze");
     auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);
-    // The surface is as it was: the pick tree needs no refit, unlike in Push.
     if (step != nullptr) geometry->History().Push(std::move(step));
     NotifyChanges();
 }
@@ -174,16 +172,13 @@ void Document::SetTransform(const Placement& place) {
 void Document::Displace(const DisplacementOptions& options) {
     RequireNoStroke("displace the surface");
     DisplaceByMap(*geometry, options);
-    tree->RefitAll();
     NotifyChanges();
 }
 
 void Document::RefreshSurface() {
     RequireNoStroke("change the mesh");
     geometry->Bound()->ComputeNormals();
-    tree->RefitAll();
-    NotifySurface(
-        {geometry->BoundIndex(), SurfaceChange::Positions | SurfaceChange::Normals, 0, {}, true});
+    geometry->ReportAll(geometry->BoundIndex(), SurfaceChange::Positions | SurfaceChange::Normals);
 }
 
 }  // namespace trovik

@@ -5,6 +5,7 @@
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
 #include "framework/document/Document.h"
+#include "framework/document/SurfaceEvents.h"
 #include "framework/memory/MemoryAccount.h"
 
 #include <algorithm>
@@ -23,10 +24,15 @@ void Document::Notify(const Event& event) {
             event(*observer);
 }
 
-// SEAM: until the geometry reports its own changes, only Reset and RefreshSurface call this. A
-// GeometryObserver of the document that receives a SurfaceChange forwards it here.
-void Document::NotifySurface(const SurfaceChange& change) {
-    Notify([&](DocumentObserver& one) { one.SurfaceChanged(change); });
+Document::SurfaceEvents::SurfaceEvents(Document& ofDocument)
+    : document(ofDocument), geometry(*ofDocument.geometry) {
+    geometry.AddObserver(*this);
+}
+
+Document::SurfaceEvents::~SurfaceEvents() { geometry.RemoveObserver(*this); }
+
+void Document::SurfaceEvents::SurfaceChanged(const SurfaceChange& change) {
+    document.Notify([&](DocumentObserver& one) { one.SurfaceChanged(change); });
 }
 
 void Document::NotifyCamera() {

@@ -10,10 +10,12 @@ namespace trovik {
 
 /// Receives the events of a Document. Every member does nothing by default.
 ///
-/// Events arrive on the document's thread, after the operation that caused them is complete;
-/// SurfaceChanged also arrives during a stroke, after each dab. An operation that throws may have
-/// changed something before; its events arrive too. An observer may read the document, add and
-/// remove observers, but must not change the document. It must not throw.
+/// Events arrive on the document's thread, after the operation that caused them is complete.
+/// SurfaceChanged arrives earlier: during the operation, as soon as the arrays of the level hold
+/// the change, and during a stroke after each dab. One operation may report several changes. An
+/// operation that throws may have changed something before; its events arrive too. An observer may
+/// read the document, add and remove observers, but must not change the document. It must not
+/// throw.
 class TROVIK_API DocumentObserver {
 public:
     virtual void SurfaceChanged(const SurfaceChange& change);

@@ -33,10 +33,10 @@ struct PenStrokeOptions {
     std::function<void()> poll;
 
     /// Options for a pen that is in use now, where dabs have to follow the pen closely:
-    /// `limits.lateTime` is 0, because window systems deliver samples in order, which leaves a delay
-    /// of 4 samples (30 ms at 133 Hz, 4 ms at 1 kHz) instead of 50 to 88 ms; and `smoothingScale` is
-    /// 1/4, which with the usual tool setting trails the pen by 8 pixels at a viewport height of
-    /// 1080 instead of 34.
+    /// `limits.lateTime` is 0, because window systems deliver samples in order, which leaves a
+    /// delay of 4 samples (30 ms at 133 Hz, 4 ms at 1 kHz) instead of 50 to 88 ms; and
+    /// `smoothingScale` is 1/4, which with the usual tool setting trails the pen by 8 pixels at a
+    /// viewport height of 1080 instead of 34.
     static PenStrokeOptions Interactive();
 };
 

@@ -152,8 +152,9 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
     }
     if (moves.IsEmpty()) return 0;
     LevelChange change(&level);
-    moves.Apply(change);
+    const std::vector<uint32_t> changed = moves.Apply(change);
     change.FinishAs("Make Symmetric");
+    geometry.ReportVertices(number, SurfaceChange::Positions | SurfaceChange::Normals, changed);
     return moved;
 }
 

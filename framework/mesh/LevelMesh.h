@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/mesh/OlderValues.h"
 #include "host/Mesh.h"
 
 #include <vector>
@@ -72,6 +73,7 @@ public:
     /// Moves a vertex. An edit from outside the brush: see CountOutsideEdit.
     void SetPosition(uint32_t vertex, const Vector& p) {
         CountOutsideEdit();
+        if (older.KeepsPositions()) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
     /// Counts an edit of positions or normals in the open change, if there is one. Code that writes
@@ -79,7 +81,7 @@ public:
     void CountOutsideEdit() {
         if (outsideEditCount != nullptr) ++*outsideEditCount;
     }
-    /// Moves a vertex for the brush.
+    /// Moves a vertex for the brush: one that the open change has a record of.
     void StorePosition(uint32_t vertex, const Vector& p) {
         Vertex& v = vertices.array[vertex];
         v.x = p.x;
@@ -102,6 +104,11 @@ public:
         return vertices.array[vertex].freeze & freezeAmountMask;
     }
     uint32_t FrozenVertexCount() const { return frozenVertexCount; }
+
+    /// What the neighbouring levels last saw of this one. SetPosition and SetFreeze note what they
+    /// replace; what the brush moves is noted when its change is unlinked.
+    OlderStates& Older() { return older; }
+    const OlderStates& Older() const { return older; }
 
     void SetLockable(bool on) { lockable = on; }
     bool IsLockable() const { return lockable; }
@@ -153,7 +160,8 @@ private:
     /// vertex.
     void MakeBaseTables();
     void DropBaseTables();
-    /// Marks a walk; at its end, by return or exception, the observer hears of it.
+    void NoteOlderPosition(uint32_t vertex);
+    /// Marks a walk; at its end, by return or exception, the observers are notified.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
     template <typename Report>
@@ -173,6 +181,7 @@ private:
     /// In the open change; null without one.
     uint32_t* outsideEditCount = nullptr;
     std::vector<LevelChange*> changes;
+    OlderStates older;
     Store<uint8_t> faceFlagStore;
     /// Level 0 only: for each corner slot of a face the packed neighbour across that side.
     Store<uint32_t> baseNeighbours;

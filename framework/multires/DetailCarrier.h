@@ -29,20 +29,20 @@ namespace trovik {
 /// the fine ones did, and what moves as a whole is moved as a whole. The fine level keeps its bits;
 /// what the coarse level cannot show stays in the detail.
 ///
-/// Cost of both: comparing the level that changed with what was seen of it, and recomputing what
-/// lies around its changes.
+/// Cost of both: the vertices that were written since the level was seen, and recomputing what lies
+/// around those that lie elsewhere now.
 class DetailCarrier {
 public:
     DetailCarrier(LevelMesh& coarseLevel, LevelMesh& fineLevel, CarryCounts& work)
         : coarse(coarseLevel), fine(fineLevel), counts(work) {}
 
-    /// \param seen  positions of the coarse level as the fine one knows them, one a vertex.
+    /// \param seen  positions of the coarse level as the fine one knows them, sorted.
     /// \param layers  those of the fine level; null where it has none.
     /// \return what happened to the fine level's surface.
-    CarriedLevel Up(const std::vector<Vector>& seen, TurnedLayers* layers);
-    /// \param seen  positions of the fine level as the coarse one knows them, one a vertex.
+    CarriedLevel Up(const OlderValues<Vector>& seen, TurnedLayers* layers);
+    /// \param seen  positions of the fine level as the coarse one knows them, sorted.
     /// \return what happened to the coarse level.
-    CarriedLevel Down(const std::vector<Vector>& seen);
+    CarriedLevel Down(const OlderValues<Vector>& seen);
 
     /// Brings the normals of these vertices and of their faces' other corners up to date, and
     /// takes down what they were.
@@ -54,8 +54,7 @@ private:
     void CarryFaces(const std::vector<uint32_t>& faces,
                     uint32_t firstOwner,
                     uint32_t lastOwner,
-                    const std::vector<Vector>& seen,
-                    std::vector<uint32_t>& scratch,
+                    const OlderValues<Vector>& seen,
                     TurnedLayers* layers,
                     CarriedLevel& carried);
     void MoveVertex(LevelMesh& level, uint32_t vertex, const Vector& to, CarriedLevel& carried);

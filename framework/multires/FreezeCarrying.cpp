@@ -75,11 +75,12 @@ void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine) {
     }
 }
 
-CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen) {
+CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const OlderValues<uint8_t>& seen) {
     FreezeSetter setter(fine);
     std::vector<uint32_t> around;
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
-        if (coarse.Freeze(v) == seen[v]) continue;
+    for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
+        const uint32_t v = seen.Vertices()[i];
+        if (coarse.Freeze(v) == seen.Values()[i]) continue;
         setter.Set(v, coarse.Freeze(v));
         const uint32_t lowest = coarse.LowestFaceOf(v);
         if (lowest == openBorder) continue;
@@ -99,10 +100,14 @@ CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const std::vector
     return setter.Take();
 }
 
-CarriedLevel CarryFreezeDown(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen) {
+CarriedLevel CarryFreezeDown(LevelMesh& coarse, LevelMesh& fine, const OlderValues<uint8_t>& seen) {
     FreezeSetter setter(coarse);
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v)
-        if (fine.Freeze(v) != seen[v]) setter.Set(v, fine.Freeze(v));
+    for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
+        const uint32_t v = seen.Vertices()[i];
+        // The first vertices of the fine level are those of the coarse one.
+        if (v >= coarse.VertexCount()) break;
+        if (fine.Freeze(v) != seen.Values()[i]) setter.Set(v, fine.Freeze(v));
+    }
     return setter.Take();
 }
 

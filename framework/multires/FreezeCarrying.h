@@ -23,13 +23,13 @@ namespace trovik {
 /// All amounts of `fine`, which has none yet, by those of `coarse`.
 void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine);
 
-/// \param seen  amounts of the coarse level as the fine one knows them, one a vertex.
-/// \return what happened to the fine level. Cost: comparing the coarse level with `seen`, and what
-/// lies around the changes.
-CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen);
+/// \param seen  amounts of the coarse level as the fine one knows them, sorted.
+/// \return what happened to the fine level. Cost: the vertices in `seen`, and what lies around
+/// those that changed.
+CarriedLevel CarryFreezeUp(LevelMesh& coarse, LevelMesh& fine, const OlderValues<uint8_t>& seen);
 
-/// \param seen  amounts of the fine level as the coarse one knows them, one a vertex.
-/// \return what happened to the coarse level. Cost: O(vertices of the coarse level).
-CarriedLevel CarryFreezeDown(LevelMesh& coarse, LevelMesh& fine, const std::vector<uint8_t>& seen);
+/// \param seen  amounts of the fine level as the coarse one knows them, sorted.
+/// \return what happened to the coarse level. Cost: the vertices in `seen`.
+CarriedLevel CarryFreezeDown(LevelMesh& coarse, LevelMesh& fine, const OlderValues<uint8_t>& seen);
 
 }  // namespace trovik

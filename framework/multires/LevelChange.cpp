@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/multires/LevelChange.h"
 
+#include "framework/math/SameBits.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/memory/SystemMemory.h"
 #include "framework/mesh/StrokeResources.h"
@@ -104,7 +105,7 @@ void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
     finished = true;
     if (!joinPrevious) ++currentStroke;
     if (level == nullptr) return;
-    if (GeometryObserver* observer = level->Hierarchy().Observer())
+    for (GeometryObserver* observer : level->Hierarchy().Observers())
         observer->ChangeFinished(*level, keepTopology, joinPrevious);
     if (linked) Unlink();
     std::erase(level->Changes(), this);
@@ -181,7 +182,19 @@ uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {
     return slot;
 }
 
+void LevelChange::NoteOlderPositions() {
+    if (level == nullptr || !level->Older().KeepsPositions()) return;
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        const float* p = record.originalPosition;
+        const Vector before(p[0], p[1], p[2]);
+        if (!SameBits(before, level->Position(record.vertexIndex)))
+            level->Older().NotePosition(record.vertexIndex, before);
+    }
+}
+
 void LevelChange::RestoreStamps() {
+    NoteOlderPositions();
     for (uint32_t i = 0; i < recordStore.fill; ++i) {
         const StoredVertexInfo& record = recordStore.array[i];
         Vertex& vertex = level->vertices.array[record.vertexIndex];

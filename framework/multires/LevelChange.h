@@ -56,6 +56,10 @@ public:
     /// offset, and forgets its build-up; the change stays open. \return the vertices.
     std::vector<uint32_t> PutBack();
 
+    /// Notes for the neighbouring levels where the vertices that moved lay before the stroke. Done
+    /// by unlinking; only code that binds another level during a stroke calls it.
+    void NoteOlderPositions();
+
     const Store<StoredVertexInfo>& Records() const { return recordStore; }
 
     /// Without a limit of memory, the array of the last change's records is kept for the next

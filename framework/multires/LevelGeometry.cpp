@@ -44,7 +44,6 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons) : layers(std::make_uni
     base->ComputeNormals();
     base->SetName(QString::fromStdString(polygons.name));
     levels.push_back(std::move(base));
-    seen.emplace_back();
 }
 
 LevelGeometry::~LevelGeometry() {
@@ -126,7 +125,6 @@ std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(const std::function<bool()>*
 
 LevelMesh& LevelGeometry::AddLevel() {
     levels.push_back(MakeLevel(nullptr));
-    seen.emplace_back();
     return *levels.back();
 }
 
@@ -154,13 +152,14 @@ bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
         throw;
     }
     levels.push_back(std::move(made));
-    seen.emplace_back();
     DropUnchanged(bound);
     // The new level is what the present positions give: it has seen them.
-    seen[bound].fromAbove.clear();
-    seen[bound].freezeFromAbove.clear();
+    levels[bound]->Older().fromAbove.Drop();
+    levels[bound]->Older().freezeFromAbove.Drop();
+    const uint32_t boundBefore = bound;
     bound = LevelCount() - 1;
     KeepSeen(bound);
+    ReportSwitch(boundBefore, {});
     return true;
 }
 

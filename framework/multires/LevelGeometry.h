@@ -74,8 +74,9 @@ public:
     /// Swaps the present state of the levels with the one that `other` tells, bit for bit. The
     /// state must be that which came from it, or the one before.
     void Exchange(LevelSwitch& other);
-    /// How the levels know each other now, and which is bound; for Exchange.
-    LevelSwitch StateOfSwitch() const;
+    /// How the levels know each other now, and which is bound; for Exchange. Cost: the vertices
+    /// that were written since they last saw each other.
+    LevelSwitch StateOfSwitch();
     const CarryCounts& CarryWork() const { return carryWork; }
 
     /// Levels that were taken out of the geometry, which still owns all else.
@@ -116,22 +117,11 @@ public:
     /// Adds a level on top with its topology alone, for who brings its content: positions, normals
     /// and freeze amounts are zero, and no other level is bound. \throw HostError as Subdivide.
     LevelMesh& AddLevel();
-    /// Positions of level `index` as the level above last saw them; empty while unchanged since.
-    const std::vector<Vector>& SeenPositions(uint32_t index) const { return seen[index].fromAbove; }
-    /// Positions of level `index` as the level below last saw them; empty while unchanged since.
-    const std::vector<Vector>& SeenFromBelow(uint32_t index) const { return seen[index].fromBelow; }
-    /// Positions and freeze amounts of one level as its neighbours know them; empty, or one a
-    /// vertex.
-    struct SeenLevel {
-        std::vector<Vector> fromAbove;
-        std::vector<Vector> fromBelow;
-        std::vector<uint8_t> freezeFromAbove = {};
-        std::vector<uint8_t> freezeFromBelow = {};
-    };
-    const SeenLevel& Seen(uint32_t index) const { return seen[index]; }
+    /// Level `index` as its neighbours last saw it.
+    SeenByNeighbours Seen(uint32_t index) const;
     /// For who brings a geometry's content: binds the level, carries nothing, and takes over what
     /// the levels know of each other. \param seenLevels  per level.
-    void Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLevels);
+    void Restore(uint32_t boundIndex, const std::vector<SeenByNeighbours>& seenLevels);
 
     /// One Catmull-Clark refinement of level `index`'s present positions: the positions that the
     /// level above would have with no detail of its own.
@@ -165,10 +155,14 @@ public:
 
 private:
     std::unique_ptr<LevelMesh> MakeLevel(const std::function<bool()>* stop) const;
-    /// Takes down what the neighbours know of level `index`, before it can change.
+    /// Keeps what the neighbours know of level `index`, before it can change.
     void KeepSeen(uint32_t index);
-    /// Forgets what was taken down of a level that did not change.
+    /// Drops what was kept of a level that did not change.
     void DropUnchanged(uint32_t index);
+    /// Reports to the observers what a carrying did to a level.
+    void ReportCarried(const CarriedLevel& carried);
+    /// Reports another bound level, or one with other vertices or faces, after the carried levels.
+    void ReportSwitch(uint32_t boundBefore, const std::vector<CarriedLevel>& carried);
     void CarryUp(uint32_t index, std::vector<CarriedLevel>& carried);
     void CarryDown(uint32_t index, std::vector<CarriedLevel>& carried);
     void CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried);
@@ -181,7 +175,7 @@ private:
                                          FaceRenumbering faces,
                                          std::vector<uint32_t> lowerMap);
     void NumberLevels();
-    /// Below level 0 there is nobody.
+    /// There is no level below level 0.
     void ForgetFromBelow();
 
     uint32_t bound = 0;
@@ -190,7 +184,6 @@ private:
     /// Outlives the history and all levels, which tell it when they go.
     std::unique_ptr<LayerStack> layers;
     UndoHistory history;
-    std::vector<SeenLevel> seen;
     CarryCounts carryWork;
 };
 

@@ -71,8 +71,8 @@ void LevelGeometry::NumberLevels() {
 }
 
 void LevelGeometry::ForgetFromBelow() {
-    std::vector<Vector>().swap(seen[0].fromBelow);
-    std::vector<uint8_t>().swap(seen[0].freezeFromBelow);
+    levels[0]->Older().fromBelow.Drop();
+    levels[0]->Older().freezeFromBelow.Drop();
 }
 
 LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) {
@@ -89,8 +89,7 @@ LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) 
         auto ofLevel = MirrorOfLevel(*mirror, *levels[kept]);
         taken.mirror = std::exchange(mirror, std::move(ofLevel));
     }
-    const auto firstSeen = seen.begin() + std::distance(levels.begin(), first);
-    seen.erase(firstSeen, firstSeen + std::distance(first, last));
+    std::for_each(first, last, [](const auto& level) { level->Older() = OlderStates(); });
     taken.levels.assign(std::make_move_iterator(first), std::make_move_iterator(last));
     levels.erase(first, last);
     if (lower) {
@@ -98,10 +97,11 @@ LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept) 
         if (!taken.levels.empty()) levels[0]->MakeBaseTables();
         ForgetFromBelow();
     } else {
-        std::vector<Vector>().swap(seen[kept].fromAbove);
-        std::vector<uint8_t>().swap(seen[kept].freezeFromAbove);
+        levels[kept]->Older().fromAbove.Drop();
+        levels[kept]->Older().freezeFromAbove.Drop();
     }
     NumberLevels();
+    if (lower) ReportAll(bound, SurfaceChange::Topology);
     return taken;
 }
 
@@ -114,15 +114,13 @@ void LevelGeometry::PutLevels(TakenLevels taken) {
         }
         if (mirror != nullptr && taken.mirror != nullptr) mirror = std::move(taken.mirror);
         bound += count;
-        seen.insert(seen.begin(), count, SeenLevel());
-    } else {
-        seen.resize(seen.size() + count);
     }
     levels.insert(taken.lower ? levels.begin() : levels.end(),
                   std::make_move_iterator(taken.levels.begin()),
                   std::make_move_iterator(taken.levels.end()));
     NumberLevels();
     KeepSeen(bound);
+    if (taken.lower) ReportAll(bound, SurfaceChange::Topology);
 }
 
 void LevelGeometry::Renumber(uint32_t index,
@@ -133,10 +131,11 @@ void LevelGeometry::Renumber(uint32_t index,
     Permute(level.vertices.array, level.vertexCount, vertexMap);
     Permute(level.vertexNormals.array, level.vertexNormals.fill, vertexMap);
     Permute(level.faceFlags, level.faceCount, faceMap);
-    for (std::vector<Vector>* known : {&seen[index].fromAbove, &seen[index].fromBelow})
-        Permute(known->data(), known->size(), vertexMap);
-    for (std::vector<uint8_t>* known : {&seen[index].freezeFromAbove, &seen[index].freezeFromBelow})
-        Permute(known->data(), known->size(), vertexMap);
+    OlderStates& older = level.Older();
+    for (OlderValues<Vector>* known : {&older.fromAbove, &older.fromBelow})
+        known->Renumber(vertexMap);
+    for (OlderValues<uint8_t>* known : {&older.freezeFromAbove, &older.freezeFromBelow})
+        known->Renumber(vertexMap);
     layers->Renumber(level, vertexMap);
     // The table of patches speaks of the old numbers; the next stroke makes a new one.
     const ClassDesc* patchMap = ClassDesc::ByName(QStringLiteral("PatchMap"));
@@ -190,7 +189,6 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
     attributes = AttributesOfCoarse(old.attributes, coarse);
     levels[0]->DropBaseTables();
     levels.insert(levels.begin(), std::move(known));
-    seen.insert(seen.begin(), SeenLevel());
     ++bound;
     NumberLevels();
     std::vector<uint32_t> numbers(levels[1]->vertexCount);
@@ -206,6 +204,7 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
         base.ComputeNormals();
     }
     KeepSeen(bound);
+    ReportAll(bound, SurfaceChange::Topology);
     return old;
 }
 
@@ -213,7 +212,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::TakeCoarserBase(const CoarseFaces& coa
                                                           OfOldBase old) {
     std::unique_ptr<LevelMesh> taken = std::move(levels[0]);
     levels.erase(levels.begin());
-    seen.erase(seen.begin());
+    taken->Older() = OlderStates();
     bound = bound == 0 ? 0 : bound - 1;
     NumberLevels();
     LevelMesh& base = *levels[0];
@@ -236,6 +235,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::TakeCoarserBase(const CoarseFaces& coa
     if (mirror != nullptr && old.mirror != nullptr) mirror = std::move(old.mirror);
     attributes = std::move(old.attributes);
     KeepSeen(bound);
+    ReportAll(bound, SurfaceChange::Topology);
     return taken;
 }
 

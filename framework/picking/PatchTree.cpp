@@ -14,6 +14,8 @@ namespace trovik {
 
 PatchTree::PatchTree(LevelMesh* ofLevel)
     : level(ofLevel),
+      hierarchy(&ofLevel->Hierarchy()),
+      base(hierarchy->Level(0)),
       boundLevel(static_cast<uint32_t>(ofLevel->Index())),
       leafLevel(boundLevel > 2 ? boundLevel - 2 : 0),
       baseChildren(ofLevel->Hierarchy().Level(0)->CornersPerFace()) {
@@ -26,6 +28,31 @@ PatchTree::PatchTree(LevelMesh* ofLevel)
     for (uint32_t l = leafLevel; l-- > 0;)
         for (uint32_t patch = 0; patch < patchBoxes[l].size(); ++patch) RefitInner(l, patch);
     BuildTop();
+    hierarchy->AddObserver(*this);
+}
+
+PatchTree::~PatchTree() { hierarchy->RemoveObserver(*this); }
+
+// Compares addresses, since the level may be gone.
+bool PatchTree::IsInPlace() const {
+    return boundLevel < hierarchy->LevelCount() && hierarchy->Level(boundLevel) == level &&
+           hierarchy->Level(0) == base;
+}
+
+void PatchTree::SurfaceChanged(const SurfaceChange& change) {
+    if ((change.what & SurfaceChange::Positions) == 0) return;
+    if (!IsInPlace()) {
+        missedChange = true;
+        return;
+    }
+    if (change.level != boundLevel) return;
+    if (change.all) {
+        RefitAll();
+        return;
+    }
+    NextRefit();
+    for (const uint32_t patch : change.patches) TouchLeaves(change.patchLevel, patch);
+    RefitTouched();
 }
 
 PatchTree::Box PatchTree::EmptyBox() {
@@ -91,15 +118,17 @@ void PatchTree::RefitAll() {
 void PatchTree::Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited) {
     assert(patchLevelIndex <= boundLevel);
     NextRefit();
+    for (const FaceVisit& visit : visited) TouchLeaves(patchLevelIndex, visit.face);
+    RefitTouched();
+}
+
+void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
     uint32_t shrink = 1;
     for (uint32_t l = leafLevel; l < patchLevelIndex; ++l) shrink *= ChildCount(l);
     uint32_t grow = 1;
     for (uint32_t l = patchLevelIndex; l < leafLevel; ++l) grow *= ChildCount(l);
-    for (const FaceVisit& visit : visited) {
-        const uint32_t first = visit.face / shrink * grow;
-        for (uint32_t patch = first; patch < first + grow; ++patch) Touch(leafLevel, patch);
-    }
-    RefitTouched();
+    const uint32_t first = patch / shrink * grow;
+    for (uint32_t leaf = first; leaf < first + grow; ++leaf) Touch(leafLevel, leaf);
 }
 
 void PatchTree::RefitVertices(const std::vector<uint32_t>& vertices) {
@@ -167,11 +196,23 @@ void PatchTree::RefitLeaf(uint32_t patch) {
     // maximum give their second operand where a number is none, so that it leaves the box alone.
     __m128 low = _mm_set1_ps(std::numeric_limits<float>::infinity());
     __m128 high = _mm_set1_ps(-std::numeric_limits<float>::infinity());
-    for (uint32_t i = 0; i < corners; ++i) {
-        const Vertex& v = level->vertices.array[vertex[i]];
+    const auto extend = [&](uint32_t corner) {
+        const Vertex& v = level->vertices.array[vertex[corner]];
         const __m128 position = _mm_loadu_ps(reinterpret_cast<const float*>(&v));
         low = _mm_min_ps(position, low);
         high = _mm_max_ps(position, high);
+    };
+    if (corners == 64) {
+        // A grid of 4 x 4 quads that are oriented alike: opposite corners of each are all vertices
+        // but two of the grid's own corners.
+        for (uint32_t face = 0; face < 16; ++face) {
+            extend(face * 4);
+            extend(face * 4 + 2);
+        }
+        extend(5 * 4 + 1);
+        extend(15 * 4 + 3);
+    } else {
+        for (uint32_t i = 0; i < corners; ++i) extend(i);
     }
     alignas(16) float lows[4];
     alignas(16) float highs[4];

@@ -41,12 +41,18 @@ struct PickHit {
 /// share an edge. Faces with a vertex that is not finite are not there. Of hits at equal distance
 /// the one with the lowest face number is told, so answers do not hang on the tree's shape.
 ///
-/// Borrows the level, which must not be subdivided away below it; queries may run beside each
-/// other, refits may not run beside anything.
-class TROVIK_API PatchTree {
+/// Observes the geometry: boxes follow each reported change of the level's positions. Edits that
+/// nobody reports need a call of a refit.
+///
+/// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently,
+/// refits and reports may not run concurrently with anything.
+class TROVIK_API PatchTree final : private GeometryObserver {
 public:
     /// Cost: O(faces), and O(n log n) in the faces of level 0.
     explicit PatchTree(LevelMesh* level);
+    ~PatchTree();
+    PatchTree(const PatchTree&) = delete;
+    PatchTree& operator=(const PatchTree&) = delete;
 
     /// The nearest front or back face hit. Nothing for a ray whose numbers are not finite or whose
     /// direction is zero.
@@ -61,6 +67,12 @@ public:
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
     /// Boxes of all faces that hold one of the vertices, as after a walk over vertices or an undo.
     void RefitVertices(const std::vector<uint32_t>& vertices);
+
+    /// Whether the boxes are still those of the level: false once the level has another number or
+    /// another level 0 below it, or while it is taken out of its geometry, and for good after a
+    /// change that was reported meanwhile.
+    bool IsCurrent() const { return !missedChange && IsInPlace(); }
+    const LevelMesh* Level() const { return level; }
 
     AxisAlignedBoundingBox Bounds() const;
     /// The finest level that has a box for each face.
@@ -90,6 +102,11 @@ private:
     static constexpr uint32_t facesPerTopLeaf = 4;
     static constexpr uint32_t noParent = 0xffffffffu;
 
+    void SurfaceChanged(const SurfaceChange& change) override;
+    bool IsInPlace() const;
+    /// Touches the leaves below or above a face of a level.
+    void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
+
     static Box EmptyBox();
     static AxisAlignedBoundingBox ToBounds(const Box& box);
     static void Extend(Box& box, const Box& other);
@@ -115,6 +132,10 @@ private:
     void VisitFaces(Query& query, uint32_t leaf) const;
 
     LevelMesh* level;
+    LevelHierarchy* hierarchy;
+    /// For comparison only.
+    const LevelMesh* base;
+    bool missedChange = false;
     uint32_t boundLevel;
     uint32_t leafLevel;
     uint32_t baseChildren;

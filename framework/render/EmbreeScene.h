@@ -14,8 +14,9 @@ namespace trovik {
 /// of the meshes. The unit is a power of two, so it changes no bit of a result.
 class EmbreeScene {
 public:
-    /// The list and its meshes are borrowed. \throw HostError if a vertex is beyond maxRenderCoordinate
-    /// (RenderRange.h), if memory is short, or if the module with the ray library cannot be loaded.
+    /// The list and its meshes are borrowed. \throw HostError if a vertex is beyond
+    /// maxRenderCoordinate (RenderRange.h), if memory is short, or if the module with the ray
+    /// library cannot be loaded.
     explicit EmbreeScene(const std::vector<PictureMesh>& meshes);
     explicit EmbreeScene(std::vector<PictureMesh>&& meshes) = delete;
 

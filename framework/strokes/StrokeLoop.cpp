@@ -7,6 +7,7 @@
 #include "framework/edits/Symmetry.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/StampImage.h"
+#include "framework/mesh/VertexNeighbours.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/strokes/StrokePutBack.h"
 #include "framework/strokes/TopologicalHit.h"
@@ -20,6 +21,7 @@ namespace trovik {
 namespace {
 
 constexpr int mirroredStampMask = 1;
+constexpr uint8_t shapeChange = SurfaceChange::Positions | SurfaceChange::Normals;
 /// Tells the numbers for sizes from those that the stamp takes.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
@@ -255,18 +257,24 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
     call.pressure = dab.pressure;
     call.strength = dab.strength;
     call.box = &box;
-    Observed(observer, call, [&] {
-        const Clock::time_point start = Clock::now();
-        brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
-        totals.seconds += SecondsSince(start);
-    });
+    try {
+        Observed(observer, call, [&] {
+            const Clock::time_point start = Clock::now();
+            brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
+            totals.seconds += SecondsSince(start);
+        });
+    } catch (...) {
+        // Part of the dab may be there.
+        ReportDab();
+        throw;
+    }
     ++totals.dabs;
     previousHits[side] = dab.hit.position;
     if (!box.IsEmpty()) {
         dirtyBox.Extend({box.minX, box.minY, box.minZ});
         dirtyBox.Extend({box.maxX, box.maxY, box.maxZ});
     }
-    Refit();
+    ReportDab();
 }
 
 void StrokeLoop::WholeMesh(float strength, bool byFacing) {
@@ -283,9 +291,12 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
             brush.ApplyToWholeMesh(call.mesh, strength, byFacing);
             totals.seconds += SecondsSince(start);
         });
-        tree.RefitAll();
+        // The brush reports what else it changes.
+        if (dynamic_cast<StrokePutBack*>(&brush) == nullptr)
+            geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
     } catch (...) {
+        geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         Break();
         throw;
     }
@@ -296,15 +307,28 @@ void StrokeLoop::ForgetLastWalks() {
         geometry.Level(level)->ForgetLastWalks();
 }
 
-// The level that was walked is the one whose faces were the patches of the dab.
-void StrokeLoop::Refit() {
+// The level that was walked is the one whose faces were the patches of the dab. The walk visits the
+// patches that share an edge with a changed one; those that share a corner with it are added, since
+// the normal there may have changed.
+void StrokeLoop::ReportDab() {
+    if (geometry.Observers().empty()) return;
+    const uint32_t bound = geometry.BoundIndex();
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
-        const LevelMesh& mesh = *geometry.Level(level);
-        if (!mesh.LastFaceWalk().empty()) tree.Refit(level, mesh.LastFaceWalk());
+        LevelMesh& mesh = *geometry.Level(level);
+        if (!mesh.LastFaceWalk().empty()) {
+            std::vector<uint32_t> patches;
+            std::vector<uint32_t> entered;
+            for (const FaceVisit& visit : mesh.LastFaceWalk())
+                (visit.answer ? entered : patches).push_back(visit.face);
+            const std::vector<uint32_t> around = FacesAt(mesh, CornersOf(mesh, entered));
+            patches.insert(patches.end(), around.begin(), around.end());
+            MakeSet(patches);
+            geometry.ReportPatches(bound, shapeChange, level, patches);
+        }
         if (mesh.LastVertexWalk().empty()) continue;
         std::vector<uint32_t> vertices;
         for (const FaceVisit& visit : mesh.LastVertexWalk()) vertices.push_back(visit.face);
-        tree.RefitVertices(vertices);
+        geometry.ReportVertices(bound, shapeChange, vertices);
     }
 }
 
@@ -325,7 +349,7 @@ void StrokeLoop::PutBack() {
 void StrokeLoop::Announce(const std::vector<uint32_t>& vertices) {
     if (vertices.empty()) return;
     LevelMesh& mesh = *geometry.Bound();
-    tree.RefitVertices(vertices);
+    geometry.ReportVertices(geometry.BoundIndex(), shapeChange, vertices);
     for (uint32_t i = 0;; ++i) {
         auto* renderer =
             dynamic_cast<MeshRenderer*>(mesh.ChildByClass(MeshRenderer::StaticClass(), i));

@@ -166,7 +166,7 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     // The finer level's strokes reached this one, which level 0 has not heard of.
     EXPECT_EQ(levl.Take<uint32_t>(), 26u) << "seen from below";
     EXPECT_EQ(levl.Take<uint32_t>(), 0u);
-    EXPECT_EQ(levl.Take<float>(), document->Geometry().SeenFromBelow(1)[0].x);
+    EXPECT_EQ(levl.Take<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);
     levl.Skip(26 * 16 - 8);
     for (int neighbour = 0; neighbour < 2; ++neighbour) {
         // All but vertex 0 were frozen since either neighbour looked.

@@ -81,7 +81,7 @@ TEST_F(OldScene, BeforeFormat328GoesOnToTheSameBits) {
 }
 
 TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
-    ASSERT_NE(document->Geometry().SeenFromBelow(1)[0], document->Geometry().Level(1)->Position(0));
+    ASSERT_FALSE(document->Geometry().Seen(1).fromBelow.vertices.empty());
     auto read = ReopenUnder(SceneStream(330));
     const LevelMesh& base = *read->Geometry().Level(0);
     const std::vector<Vector> before = PositionsOf(base);

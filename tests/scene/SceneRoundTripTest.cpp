@@ -127,12 +127,15 @@ TEST_F(SceneRoundTrip, BringsTheBoundLevelAndWhatIsStillToBeCarriedUp) {
     auto document = RichDocument(folder);
     auto read = Reopen(*document);
     EXPECT_EQ(read->Geometry().BoundIndex(), 1u);
-    const auto& seen = document->Geometry().SeenPositions(1);
-    ASSERT_FALSE(seen.empty());
-    ASSERT_EQ(read->Geometry().SeenPositions(1).size(), seen.size());
-    EXPECT_TRUE(SameBytes(seen.data(), read->Geometry().SeenPositions(1).data(), seen.size()));
-    EXPECT_NE(seen[0], document->Geometry().Level(1)->Position(0)) << "something is to be carried";
-    EXPECT_TRUE(read->Geometry().SeenPositions(2).empty());
+    const SeenDifferences seen = document->Geometry().Seen(1).fromAbove;
+    const SeenDifferences seenOfRead = read->Geometry().Seen(1).fromAbove;
+    ASSERT_TRUE(seen.kept);
+    ASSERT_FALSE(seen.vertices.empty()) << "something is to be carried";
+    EXPECT_TRUE(seenOfRead.kept);
+    ASSERT_EQ(seenOfRead.vertices, seen.vertices);
+    EXPECT_TRUE(
+        SameBytes(seen.positions.data(), seenOfRead.positions.data(), seen.positions.size()));
+    EXPECT_FALSE(read->Geometry().Seen(2).fromAbove.kept);
 }
 
 TEST_F(SceneRoundTrip, BringsTheTransformation) {
