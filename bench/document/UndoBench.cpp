@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// What follows a stroke, through a session, on planes of 1, 4 and 16 million quads: undo and redo
+/// What follows a stroke, through a document, on planes of 1, 4 and 16 million quads: undo and redo
 /// of the stroke, and the switch to the level below and back. The costs should follow the stroke,
 /// not the mesh. Each benchmark has the number of subdivisions of a plane of 16 x 16 quads as its
 /// first argument and the vertices under the dab as its second.
-#include "framework/script/SculptSession.h"
+#include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 
 #include <benchmark/benchmark.h>
@@ -40,7 +40,7 @@ PolygonMesh Plane() {
 
 using Clock = std::chrono::steady_clock;
 
-/// One session for all benchmarks of a size: building the levels takes longer than they do.
+/// One document for all benchmarks of a size: building the levels takes longer than they do.
 class Scene {
 public:
     static Scene& Of(benchmark::State& state) {
@@ -53,28 +53,28 @@ public:
         return *scene;
     }
 
-    explicit Scene(uint32_t levels) : session("plane", Plane()), top(levels) {
-        for (uint32_t i = 0; i < levels; ++i) session.Subdivide();
-        session.SelectTool("Wax");
+    explicit Scene(uint32_t levels) : document("plane", Plane()), top(levels) {
+        for (uint32_t i = 0; i < levels; ++i) document.Subdivide();
+        document.SelectTool("Wax");
     }
 
     /// A stroke of one dab over so many vertices of the bound level, at another spot each time.
     void Stroke(int64_t vertices) {
-        const double faces = session.Geometry().Bound()->faceCount;
+        const double faces = document.Geometry().Bound()->faceCount;
         const double area = static_cast<double>(vertices) * baseSide * baseSide / faces;
         const float offset = static_cast<float>(strokes++ % 7) * 0.31f;
-        const auto hit = session.Tree().Nearest({6.0f + offset, 7.3f + offset, 0.0f});
-        StrokeDab dab = DabAt(session.Geometry(), *hit);
+        const auto hit = document.Tree().Nearest({6.0f + offset, 7.3f + offset, 0.0f});
+        StrokeDab dab = DabAt(document.Geometry(), *hit);
         dab.size = static_cast<float>(std::sqrt(area / 3.14159265));
         dab.strength = 0.02f;
-        const uint64_t before = session.Totals().verticesMoved;
-        session.Loop().Begin(BrushOperation::ModifierNone);
-        session.Loop().Dab(dab);
-        session.Loop().End();
-        moved = session.Totals().verticesMoved - before;
+        const uint64_t before = document.Totals().verticesMoved;
+        document.Loop().Begin(BrushOperation::ModifierNone);
+        document.Loop().Dab(dab);
+        document.Loop().End();
+        moved = document.Totals().verticesMoved - before;
     }
 
-    SculptSession session;
+    Document document;
     uint32_t top;
     uint64_t moved = 0;
 
@@ -117,7 +117,7 @@ private:
 void Report(benchmark::State& state, Scene& scene, const Stopwatch& watch) {
     watch.Report();
     state.counters["vertices"] = static_cast<double>(scene.moved);
-    state.counters["faces"] = static_cast<double>(scene.session.Geometry().Bound()->faceCount);
+    state.counters["faces"] = static_cast<double>(scene.document.Geometry().Bound()->faceCount);
 }
 
 void Undo(benchmark::State& state) {
@@ -126,12 +126,12 @@ void Undo(benchmark::State& state) {
     Stopwatch watch(state);
     for (auto _ : state) {
         // The step is compressed when the user undoes it.
-        scene.session.Geometry().History().Settle();
-        watch.Time([&] { scene.session.Undo(); });
-        scene.session.Redo();
+        scene.document.Geometry().History().Settle();
+        watch.Time([&] { scene.document.Undo(); });
+        scene.document.Redo();
     }
     Report(state, scene, watch);
-    scene.session.Undo();
+    scene.document.Undo();
 }
 
 void Redo(benchmark::State& state) {
@@ -139,12 +139,12 @@ void Redo(benchmark::State& state) {
     scene.Stroke(state.range(1));
     Stopwatch watch(state);
     for (auto _ : state) {
-        scene.session.Undo();
-        scene.session.Geometry().History().Settle();
-        watch.Time([&] { scene.session.Redo(); });
+        scene.document.Undo();
+        scene.document.Geometry().History().Settle();
+        watch.Time([&] { scene.document.Redo(); });
     }
     Report(state, scene, watch);
-    scene.session.Undo();
+    scene.document.Undo();
 }
 
 /// To the neighbouring level after a stroke on this one.
@@ -153,16 +153,16 @@ void Switch(benchmark::State& state, bool down) {
     const uint32_t from = down ? scene.top : scene.top - 1;
     const uint32_t to = down ? scene.top - 1 : scene.top;
     // Builds the trees of both levels.
-    scene.session.BindLevel(to);
-    scene.session.BindLevel(from);
+    scene.document.BindLevel(to);
+    scene.document.BindLevel(from);
     Stopwatch watch(state);
     for (auto _ : state) {
         scene.Stroke(state.range(1));
-        watch.Time([&] { scene.session.BindLevel(to); });
-        scene.session.BindLevel(from);
+        watch.Time([&] { scene.document.BindLevel(to); });
+        scene.document.BindLevel(from);
     }
     Report(state, scene, watch);
-    scene.session.BindLevel(scene.top);
+    scene.document.BindLevel(scene.top);
 }
 
 const bool registered = [] {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Random edits of a session on the meshes of the zoo, with an observer that keeps a copy of the
+/// Random edits of a document on the meshes of the zoo, with an observer that keeps a copy of the
 /// bound level and updates it from the reported patches alone. After every dab and every other edit
-/// the copy equals the level, byte for byte, and the session's pick tree gives the hits of a tree
+/// the copy equals the level, byte for byte, and the document's pick tree gives the hits of a tree
 /// that is built from scratch. A short run by default; TROVIK_RANDOM_EDITS sets the number of
 /// edits.
 #include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
 #include "framework/multires/Steps.h"
-#include "framework/script/SculptSession.h"
+#include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"
 #include "tests/meshes/MeshZoo.h"
@@ -24,16 +24,16 @@
 namespace trovik::test {
 namespace {
 
-/// Draws edits of a session.
-class RandomSession {
+/// Draws edits of a document.
+class RandomDocument {
 public:
-    RandomSession(RandomNumbers& numbers, const ZooMesh& zoo)
+    RandomDocument(RandomNumbers& numbers, const ZooMesh& zoo)
         : random(numbers),
-          session(zoo.name, zoo.mesh),
-          copy([this]() -> LevelGeometry& { return session.Geometry(); }) {
+          document(zoo.name, zoo.mesh),
+          copy([this]() -> LevelGeometry& { return document.Geometry(); }) {
         const uint32_t levels = random.Below(4);
         for (uint32_t i = 0; i < levels; ++i)
-            if (session.Geometry().Bound()->faceCount < 1000) session.Subdivide();
+            if (document.Geometry().Bound()->faceCount < 1000) document.Subdivide();
         reach = Reach();
     }
 
@@ -55,8 +55,8 @@ public:
                 break;
             case 6:
                 story = "undo";
-                for (uint32_t n = random.Below(4); n > 0 && session.Undo(); --n) Check();
-                for (uint32_t n = random.Below(3); n > 0 && session.Redo(); --n) Check();
+                for (uint32_t n = random.Below(4); n > 0 && document.Undo(); --n) Check();
+                for (uint32_t n = random.Below(3); n > 0 && document.Redo(); --n) Check();
                 break;
             case 7:
                 Rare();
@@ -69,17 +69,17 @@ public:
     }
     void UndoAll() {
         story = "undo all";
-        while (session.Undo()) Check();
+        while (document.Undo()) Check();
         story = "redo all";
-        while (session.Redo()) Check();
+        while (document.Redo()) Check();
     }
 
     /// The copy equals the level, and the tree one that is built now.
     void Check() {
         ASSERT_EQ(copy.Difference(), "") << "after " << story;
-        const PatchTree fresh(session.Geometry().Bound());
+        const PatchTree fresh(document.Geometry().Bound());
         const AxisAlignedBoundingBox bounds = fresh.Bounds();
-        const AxisAlignedBoundingBox kept = session.Tree().Bounds();
+        const AxisAlignedBoundingBox kept = document.Tree().Bounds();
         // Of zeros of both signs either may be the bound.
         const auto values = [](const AxisAlignedBoundingBox& box) {
             return std::array{box.minX, box.minY, box.minZ, box.maxX, box.maxY, box.maxZ};
@@ -94,8 +94,8 @@ public:
             Ray ray;
             ray.origin = random.In(-2.0f * reach, 2.0f * reach);
             ray.direction = SurfacePlace() - ray.origin;
-            ExpectSame(fresh.Pick(ray), session.Tree().Pick(ray));
-            ExpectSame(fresh.Nearest(ray.origin), session.Tree().Nearest(ray.origin));
+            ExpectSame(fresh.Pick(ray), document.Tree().Pick(ray));
+            ExpectSame(fresh.Nearest(ray.origin), document.Tree().Nearest(ray.origin));
         }
     }
     const std::string& Story() const { return story; }
@@ -110,7 +110,7 @@ private:
     }
     float Reach() {
         float most = 0.0f;
-        const LevelMesh& mesh = *session.Geometry().Bound();
+        const LevelMesh& mesh = *document.Geometry().Bound();
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
             const Vector p = mesh.Position(v);
             const float far = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)});
@@ -119,18 +119,18 @@ private:
         return most;
     }
     Vector SurfacePlace() {
-        const LevelMesh& mesh = *session.Geometry().Bound();
+        const LevelMesh& mesh = *document.Geometry().Bound();
         return mesh.Position(
             mesh.faceVertexIndices.array[random.Below(mesh.faceVertexIndices.fill)]);
     }
 
     void Stroke() {
         if (!(Reach() < 20.0f * reach)) return;
-        const std::vector<std::string> tools = session.ToolNames();
+        const std::vector<std::string> tools = document.ToolNames();
         const std::string& tool = tools[random.Below(static_cast<uint32_t>(tools.size()))];
-        session.SelectTool(tool);
+        document.SelectTool(tool);
         const bool byPercent = random.Chance(0.5f);
-        StrokeLoop& loop = session.Loop();
+        StrokeLoop& loop = document.Loop();
         const auto modifier = random.OneOf({BrushOperation::ModifierNone,
                                             BrushOperation::ModifierInvert,
                                             BrushOperation::ModifierSmooth});
@@ -138,9 +138,9 @@ private:
         loop.Begin(modifier, random.Below(1000));
         const uint32_t dabs = random.Below(5);
         for (uint32_t i = 0; i < dabs; ++i) {
-            const auto hit = session.Tree().Nearest(SurfacePlace());
+            const auto hit = document.Tree().Nearest(SurfacePlace());
             if (!hit) break;
-            StrokeDab dab = DabAt(session.Geometry(), *hit);
+            StrokeDab dab = DabAt(document.Geometry(), *hit);
             dab.size = reach * random.Between(0.05f, 0.6f);
             dab.strength = byPercent ? random.Between(1.0f, 60.0f) : 0.05f * reach;
             loop.Dab(dab);
@@ -166,11 +166,11 @@ private:
 
     void Freeze() {
         story = "freeze";
-        std::vector<uint8_t> amounts(session.Geometry().Bound()->VertexCount());
+        std::vector<uint8_t> amounts(document.Geometry().Bound()->VertexCount());
         const float share = random.OneOf({0.02f, 0.5f, 1.0f});
         for (uint8_t& amount : amounts)
             if (random.Chance(share)) amount = static_cast<uint8_t>(random.Below(128));
-        session.Freeze(amounts,
+        document.Freeze(amounts,
                        random.OneOf({FreezeMode::Raise,
                                      FreezeMode::Replace,
                                      FreezeMode::Add,
@@ -179,64 +179,64 @@ private:
     }
 
     void Level() {
-        const LevelGeometry& geometry = session.Geometry();
+        const LevelGeometry& geometry = document.Geometry();
         const uint32_t rare = random.Below(10);
         story = "level";
         if (rare == 0) {
-            session.DeleteLevels(random.Chance(0.5f));
+            document.DeleteLevels(random.Chance(0.5f));
         } else if (rare == 1) {
-            session.ApplyToBase();
+            document.ApplyToBase();
         } else if (rare == 2) {
             try {
-                session.Unsubdivide();
+                document.Unsubdivide();
             } catch (const HostError&) {
                 // Not every base is the refinement of another mesh.
             }
         } else if (rare < 5 && geometry.LevelCount() < 6 &&
                    geometry.Level(geometry.LevelCount() - 1)->faceCount < 1500) {
-            session.Subdivide();
+            document.Subdivide();
         } else {
-            session.BindLevel(random.Below(geometry.LevelCount()));
+            document.BindLevel(random.Below(geometry.LevelCount()));
         }
     }
 
     void Layer() {
-        LevelGeometry& geometry = session.Geometry();
+        LevelGeometry& geometry = document.Geometry();
         const auto layers = geometry.Layers().OfLevel(*geometry.Bound());
         story = "layer";
         if (layers.empty() || random.Chance(0.2f)) {
-            session.AddLayer("layer");
+            document.AddLayer("layer");
             return;
         }
         SculptLayer& layer = *layers[random.Below(static_cast<uint32_t>(layers.size()))];
         SculptLayer::Properties given = layer.Given();
         switch (random.Below(6)) {
             case 0:
-                session.Push(RemoveLayerAsStep(geometry, layer));
+                document.Push(RemoveLayerAsStep(geometry, layer));
                 return;
             case 1:
                 given.visible = !given.visible;
                 break;
             case 2:
-                session.Push(SelectLayerAsStep(geometry, &layer));
+                document.Push(SelectLayerAsStep(geometry, &layer));
                 return;
             case 3:
-                session.Push(DuplicateLayerAsStep(geometry, layer, "copy"));
+                document.Push(DuplicateLayerAsStep(geometry, layer, "copy"));
                 return;
             case 4:
-                if (layer.Given().writable) session.Push(EraseLayerByFreezeAsStep(geometry, layer));
+                if (layer.Given().writable) document.Push(EraseLayerByFreezeAsStep(geometry, layer));
                 return;
             default:
                 given.strength = random.OneOf({0.0f, 0.3f, 1.0f, 1.2f});
                 break;
         }
-        session.Push(GiveLayerAsStep(geometry, layer, given));
+        document.Push(GiveLayerAsStep(geometry, layer, given));
     }
 
     void Symmetry() {
         story = "symmetry";
         try {
-            session.MakeSymmetric(
+            document.MakeSymmetric(
                 static_cast<int>(random.Below(3)),
                 random.Chance(0.5f) ? SymmetrySide::Positive : SymmetrySide::Negative);
         } catch (const HostError&) {
@@ -248,18 +248,18 @@ private:
         story = "setting";
         switch (random.Below(5)) {
             case 0:
-                session.RefreshSurface();
+                document.RefreshSurface();
                 break;
             case 1:
-                session.Geometry().Place().Set(
+                document.Geometry().Place().Set(
                     {1.0f, random.OneOf({0.5f, 1.0f, 2.0f}), 1.0f}, random.In(-90.0f, 90.0f), {});
                 break;
             case 2:
-                if (random.Chance(0.3f)) session.Reset();
+                if (random.Chance(0.3f)) document.Reset();
                 break;
             case 3:
                 try {
-                    session.SetTopologicalMirror();
+                    document.SetTopologicalMirror();
                 } catch (const HostError&) {
                     // Not every mesh has one.
                 }
@@ -268,13 +268,13 @@ private:
                 MirrorSetting setting;
                 for (int axis = 0; axis < 3; ++axis)
                     if (random.Chance(0.4f)) setting.planes.push_back(axis);
-                session.SetMirrors(setting);
+                document.SetMirrors(setting);
             }
         }
     }
 
     RandomNumbers& random;
-    SculptSession session;
+    Document document;
     ReportedCopy copy;
     float reach = 0.0f;
     std::string story = "nothing";
@@ -287,14 +287,14 @@ TEST(SurfaceReport, ACopyThatFollowsTheReportsEqualsTheLevel) {
     for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {
         RandomNumbers random(91130 + edit);
         const ZooMesh& zoo = meshes[random.Below(static_cast<uint32_t>(meshes.size()))];
-        RandomSession session(random, zoo);
+        RandomDocument document(random, zoo);
         for (uint32_t i = 0; i < editsPerMesh; ++i) {
             SCOPED_TRACE("edit " + std::to_string(edit + i) + " of " + zoo.name);
-            session.Edit();
+            document.Edit();
             if (testing::Test::HasFailure()) return;
         }
         SCOPED_TRACE("edits of " + std::to_string(edit) + " of " + zoo.name);
-        session.UndoAll();
+        document.UndoAll();
         if (testing::Test::HasFailure()) return;
     }
 }
