@@ -66,6 +66,7 @@ std::unique_ptr<UndoStep> BlendFreezeAsStep(LevelMesh& level,
     assert(given.size() == level.VertexCount());
     const std::vector<uint8_t> before = FreezeAmounts(level);
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        if (level.IsVertexHidden(v)) continue;
         const uint8_t after = Blended(before[v], given[v], mode);
         if (after != before[v]) level.SetFreeze(v, after);
     }

@@ -129,6 +129,7 @@ void LevelChange::FinishAs(const std::string& label) {
 void LevelChange::Unlink() {
     if (!linked) return;
     RestoreStamps();
+    RestoreHidden();
     step = StrokeStep::FromChange(*this);
 }
 
@@ -179,6 +180,18 @@ uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {
     const uint32_t slot = active->SlotOf(vertex);
     layerBefore.push_back({recordStore.fill, active->StateOfSlot(slot)});
     return slot;
+}
+
+// Brushes give a fully frozen vertex its position plus a displacement times 0, which turns -0 into
+// +0, and compose it again under a layer, which may round.
+void LevelChange::RestoreHidden() {
+    if (level->HiddenVertexCount() == 0) return;
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        if (!level->IsVertexHidden(record.vertexIndex)) continue;
+        const float* p = record.originalPosition;
+        level->StorePosition(record.vertexIndex, {p[0], p[1], p[2]});
+    }
 }
 
 void LevelChange::RestoreStamps() {

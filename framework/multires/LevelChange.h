@@ -35,7 +35,8 @@ public:
     /// Puts visitStampWord back into the changeLink of every vertex whose link still names its
     /// record, and pushes the step: for each touched vertex the position, normal and layer offset
     /// before the stroke. Vertices that ended with the bits they had are left out; a change without
-    /// any other pushes nothing.
+    /// any other pushes nothing. Hidden vertices have the position of before the stroke, bit for
+    /// bit.
     ///
     /// Finish without `joinPrevious` begins a stroke in the eyes of the histories: steps of further
     /// meshes join only steps of that stroke, each in the history of its own geometry.
@@ -75,6 +76,8 @@ private:
         SculptLayer::State state;
     };
     void RestoreStamps();
+    /// Hidden vertices get the position of before the stroke.
+    void RestoreHidden();
     /// Gives the step of the unlinked change to the history, if it has one.
     void PushStep(uint64_t strokeNumber);
     /// Takes the change from the lists of its level and of its brush.

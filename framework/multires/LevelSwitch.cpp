@@ -13,6 +13,7 @@
 #include "framework/mesh/VertexSwap.h"
 #include "framework/multires/DetailCarrier.h"
 #include "framework/multires/FreezeCarrying.h"
+#include "framework/multires/HiddenFaces.h"
 #include "framework/multires/LevelGeometry.h"
 #include "framework/multires/Steps.h"
 #include "framework/multires/TurnedLayers.h"
@@ -245,6 +246,7 @@ void LevelGeometry::Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLeve
     bound = boundIndex;
     seen = std::move(seenLevels);
     seen.resize(levels.size());
+    AgreeOnHidden(*this);
     KeepSeen(bound);
 }
 

@@ -38,7 +38,8 @@ struct PickHit {
 ///                       there are fewer levels
 ///
 /// A quad is the triangles (0, 1, 2) and (0, 2, 3). No ray slips through between two faces that
-/// share an edge. Faces with a vertex that is not finite are not there. Of hits at equal distance
+/// share an edge. Hidden faces and those with a vertex that is not finite are not there; a patch
+/// without any other face costs no visit. Of hits at equal distance
 /// the one with the lowest face number is told, so answers do not hang on the tree's shape.
 ///
 /// Borrows the level, which must not be subdivided away below it; queries may run beside each
@@ -62,6 +63,10 @@ public:
     /// Boxes of all faces that hold one of the vertices, as after a walk over vertices or an undo.
     void RefitVertices(const std::vector<uint32_t>& vertices);
 
+    /// Boxes of all patches that hold one of the faces of the bound level, as after hiding some.
+    void RefitFaces(const std::vector<FaceRun>& faces);
+
+    /// Box of the visible faces, mesh-local.
     AxisAlignedBoundingBox Bounds() const;
     uint64_t Bytes() const;
     /// Boxes recomputed since the tree was made.
@@ -92,6 +97,8 @@ private:
     uint32_t FacesUnder(uint32_t levelIndex) const;
 
     void BuildTop();
+    /// The box of a corner of a face of level 0, in place of one without visible faces.
+    Box CornerBox(uint32_t baseFace) const;
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
     void NextRefit();
     /// Enters a patch into `touched` unless this refit has it already.
@@ -99,6 +106,8 @@ private:
     /// Recomputes the touched boxes of the leaf level and all above them.
     void RefitTouched();
     void RefitLeaf(uint32_t patch);
+    /// Of a patch that may have hidden faces. \return the box of the others.
+    Box VisibleBox(uint32_t patch) const;
     void RefitInner(uint32_t levelIndex, uint32_t patch);
     void RefitTopNode(uint32_t node);
 

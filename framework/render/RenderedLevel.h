@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// The bound level of a geometry in world space; borrows its arrays. Without the arrays that single
+/// The visible faces of a geometry's bound level in world space; borrows its arrays. Without the arrays that single
 /// shading modes need: see RenderedLevel.
 TROVIK_API PictureMesh ShownLevel(const LevelGeometry& geometry);
 

@@ -2,7 +2,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/mesh/MeshSource.h"
-#include "framework/multires/LevelSource.h"
+#include "framework/multires/VisibleSource.h"
 #include "framework/script/ScriptRunner.h"
 
 namespace trovik {
@@ -31,8 +31,17 @@ void ScriptRunner::RunExport(const FieldReader& options) {
     const LevelGeometry& geometry = session->Geometry();
     const std::string file = OutputPath(options.At("file"));
     const MeshSpace space = ExportSpace(options, file);
-    const LevelSource source(geometry, {options.FlagOr("world", false), space});
-    const std::vector<std::string> further = WriteMeshFile(file, source, FileProgress());
+    const LevelSource::Options wanted{options.FlagOr("world", false), space};
+    std::unique_ptr<const MeshSource> source;
+    try {
+        if (options.FlagOr("hidden", true))
+            source = std::make_unique<LevelSource>(geometry, wanted);
+        else
+            source = std::make_unique<VisibleSource>(geometry, wanted);
+    } catch (const HostError& refused) {
+        options.Fail(refused.what());
+    }
+    const std::vector<std::string> further = WriteMeshFile(file, *source, FileProgress());
     NoteWritten(file);
     for (const std::string& written : further) NoteWritten(written);
 }

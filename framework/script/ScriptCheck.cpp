@@ -8,6 +8,7 @@
 #include "framework/errors/PrintableText.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/ScriptRunner.h"
+#include "framework/script/VisibilityStepRunner.h"
 
 #include <algorithm>
 #include <charconv>
@@ -136,6 +137,7 @@ void ScriptRunner::CheckStep(const FieldReader& step, std::vector<std::string>& 
     Attempt(faults, [&] { CheckOpenStroke(step); });
     for (const Verb& verb : verbs)
         if (step.Has(verb.name)) Attempt(faults, [&] { (this->*verb.check)(step.At(verb.name)); });
+    Attempt(faults, [&] { CheckVisibilityStep(step); });
     if (step.Has("set")) CheckSettings(step.At("set"), faults);
 }
 

@@ -16,6 +16,7 @@
 #include "framework/pluginhost/PluginLoader.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/ToolSettings.h"
+#include "framework/script/VisibilityStepRunner.h"
 
 #include <algorithm>
 
@@ -253,6 +254,8 @@ void ScriptRunner::RunStep(const FieldReader& step) {
         session->AnnounceCommand(verb.name);
         (this->*verb.run)(step.At(verb.name));
     }
+    const std::string warning = RunVisibilityStep(*session, step);
+    if (!warning.empty()) Warn(warning);
 }
 
 void ScriptRunner::RunTool(const FieldReader& name) {

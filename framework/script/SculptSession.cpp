@@ -366,6 +366,16 @@ void SculptSession::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
     if (step != nullptr) geometry->History().Push(std::move(step));
 }
 
+bool SculptSession::ChangeVisibility(VisibilityChange change, const FaceChoice& chosen) {
+    RequireNoStroke("hide faces");
+    auto step = ChangeVisibilityAsStep(*geometry, change, chosen);
+    if (step == nullptr) return false;
+    const uint32_t top = geometry->LevelCount() - 1;
+    tree->RefitFaces(FacesOnLevel(*geometry, step->Faces(), top, geometry->BoundIndex()));
+    geometry->History().Push(std::move(step));
+    return true;
+}
+
 void SculptSession::RefreshSurface() {
     RequireNoStroke("change the mesh");
     geometry->Bound()->ComputeNormals();

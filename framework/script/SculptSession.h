@@ -9,6 +9,7 @@
 #include "framework/scene/SceneFile.h"
 #include "framework/strokes/MirrorMaps.h"
 #include "framework/strokes/StrokePath.h"
+#include "framework/visibility/VisibilityChange.h"
 
 #include <memory>
 #include <optional>
@@ -24,7 +25,7 @@ namespace trovik {
 /// the tool, the mirrors or the renderers under it throws HostError, changes nothing, and the
 /// stroke goes on: Save, Reset, Subdivide, DeleteLevels, Unsubdivide, ApplyToBase, BindLevel, Undo,
 /// Redo, Push, SelectTool, SetMirrors, SetTopologicalMirror, MakeSymmetric, SetRenderers, AddLayer,
-/// SelectLayer, SetLayerStrength, RefreshSurface, and Freeze during a stroke of the freeze brush.
+/// SelectLayer, SetLayerStrength, ChangeVisibility, RefreshSurface, and Freeze during a stroke of the freeze brush.
 /// The rest is free: settings of brush and strokes (a falloff counts from the next stroke), view
 /// and camera, observers and listeners, the undo budget, and Freeze during a sculpting stroke.
 class TROVIK_API SculptSession {
@@ -68,7 +69,8 @@ public:
     /// What was left out of the mesh file or scene, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
-    /// Puts the mesh back as it was imported: level 0, no layers, no freeze, no undo.
+    /// Puts the mesh back as it was imported: level 0, no layers, no freeze, nothing hidden, no
+    /// undo.
     void Reset();
     /// See LevelGeometry::Subdivide. \return false when `options.stop` stopped it.
     bool Subdivide(const SubdivideOptions& options = {});
@@ -132,7 +134,11 @@ public:
     /// of undo.
     void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
 
-    /// The bound level for a picture; borrows its arrays.
+    /// Hides and shows faces of the bound level, with all above them. One step of undo.
+    /// \param chosen  see ChangeVisibilityAsStep. \return false when nothing changes.
+    bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
+
+    /// The visible faces of the bound level for a picture; borrows its arrays.
     PictureMesh ShownMesh() const;
     /// After the surface changed otherwise than by a stroke.
     void RefreshSurface();
