@@ -3,6 +3,7 @@
 /// \file
 /// Strokes over hidden faces: hidden vertices keep their bits, and everything else is as if the
 /// user had frozen them.
+#include "framework/brushes/Falloff.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBrush.h"
 #include "framework/multires/Steps.h"
@@ -117,13 +118,14 @@ TEST(HiddenStroke, NegativeZerosOfHiddenVerticesKeepTheirSign) {
 
 TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     StrokeBench bench(SphereQuads(3), 1);
-    bench.Activate(Tool::Sculpt);
+    // Gently, since brush and host weight the faces around a vertex differently.
+    bench.Activate(Tool::Sculpt, FalloffIndexOf("smooth"));
     LevelMesh& level = bench.Mesh();
     FaceChoice chosen(level.faceCount);
     std::fill_n(chosen.begin(), level.faceCount / 2, uint8_t{1});
     ASSERT_NE(ChangeVisibilityAsStep(*bench.geometry, VisibilityChange::Hide, chosen), nullptr);
     const std::vector<VertexBits> before = BitsOf(level);
-    bench.Stroke(bench.HitFace(level.faceCount / 2 + 3), 0.5f);
+    bench.Stroke(bench.HitFace(level.faceCount / 2 + 3), 0.5f, 0.02f);
     const std::vector<VertexBits> after = BitsOf(level);
     // Hidden normals next to vertices that moved are new, too.
     uint32_t turned = 0;
