@@ -141,13 +141,14 @@ void Convert(const ConvertOptions& options) {
     line.Notes(options.from, scene.notes);
     std::unique_ptr<const MeshSource> source;
     if (options.visible)
-        source = std::make_unique<VisibleSource>(*scene.geometry, LevelSource::Options{false, space});
+        source =
+            std::make_unique<VisibleSource>(*scene.geometry, LevelSource::Options{false, space});
     else
         source = std::make_unique<LevelSource>(*scene.geometry, LevelSource::Options{false, space});
     std::vector<std::string> further = WriteMeshFile(options.to, *source, progress);
     line.Finish();
-    TellConverted(
-        options, {source->VertexCount(), source->FaceCount(), std::move(further), scene.notes});
+    TellConverted(options,
+                  {source->VertexCount(), source->FaceCount(), std::move(further), scene.notes});
 }
 
 }  // namespace

@@ -34,8 +34,6 @@ private:
 /// \param wanted  one for each face of the bound level. \return null if nothing changes.
 /// \throw HostError while a stroke is open. Cost: see FacesToToggle and ToggleHidden.
 TROVIK_API std::unique_ptr<VisibilityStep> SetVisibilityAsStep(
-    LevelGeometry& geometry,
-    const std::vector<FaceVisibility>& wanted,
-    const std::string& label);
+    LevelGeometry& geometry, const std::vector<FaceVisibility>& wanted, const std::string& label);
 
 }  // namespace trovik

@@ -79,9 +79,8 @@ void ToggleHidden(LevelGeometry& geometry, const std::vector<FaceRun>& runs) {
         LevelMesh& level = *geometry.Level(index);
         level.ToggleHidden(toggled);
         if (index == 0) break;
-        toggled = Disagreeing(*geometry.Level(index - 1),
-                              level,
-                              FacesOnLevel(geometry, toggled, index, index - 1));
+        toggled = Disagreeing(
+            *geometry.Level(index - 1), level, FacesOnLevel(geometry, toggled, index, index - 1));
     }
 }
 

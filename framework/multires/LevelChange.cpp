@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -129,7 +130,7 @@ void LevelChange::FinishAs(const std::string& label) {
 void LevelChange::Unlink() {
     if (!linked) return;
     RestoreStamps();
-    RestoreHidden();
+    RestoreHidden(MovedHidden());
     step = StrokeStep::FromChange(*this);
 }
 
@@ -184,13 +185,23 @@ uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {
 
 // Brushes give a fully frozen vertex its position plus a displacement times 0, which turns -0 into
 // +0, and compose it again under a layer, which may round.
-void LevelChange::RestoreHidden() {
-    if (level->HiddenVertexCount() == 0) return;
+std::vector<uint32_t> LevelChange::MovedHidden() const {
+    std::vector<uint32_t> moved;
+    if (level == nullptr || level->HiddenVertexCount() == 0) return moved;
     for (uint32_t i = 0; i < recordStore.fill; ++i) {
         const StoredVertexInfo& record = recordStore.array[i];
-        if (!level->IsVertexHidden(record.vertexIndex)) continue;
-        const float* p = record.originalPosition;
-        level->StorePosition(record.vertexIndex, {p[0], p[1], p[2]});
+        const Vertex& vertex = level->vertices.array[record.vertexIndex];
+        if (level->IsVertexHidden(record.vertexIndex) &&
+            std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
+            moved.push_back(i);
+    }
+    return moved;
+}
+
+void LevelChange::RestoreHidden(const std::vector<uint32_t>& moved) {
+    for (const uint32_t i : moved) {
+        const float* p = recordStore.array[i].originalPosition;
+        level->SetPosition(recordStore.array[i].vertexIndex, {p[0], p[1], p[2]});
     }
 }
 

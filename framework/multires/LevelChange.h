@@ -57,6 +57,13 @@ public:
     /// offset, and forgets its build-up; the change stays open. \return the vertices.
     std::vector<uint32_t> PutBack();
 
+    /// Records of hidden vertices whose position is not that of before the stroke, bit for bit.
+    /// Cost: O(records) if anything is hidden.
+    std::vector<uint32_t> MovedHidden() const;
+    /// Gives the vertices of these records the position of before the stroke. Unlink does so for
+    /// all; a host that reports every change to an observer does it before.
+    void RestoreHidden(const std::vector<uint32_t>& moved);
+
     const Store<StoredVertexInfo>& Records() const { return recordStore; }
 
     /// Without a limit of memory, the array of the last change's records is kept for the next
@@ -76,8 +83,6 @@ private:
         SculptLayer::State state;
     };
     void RestoreStamps();
-    /// Hidden vertices get the position of before the stroke.
-    void RestoreHidden();
     /// Gives the step of the unlinked change to the history, if it has one.
     void PushStep(uint64_t strokeNumber);
     /// Takes the change from the lists of its level and of its brush.

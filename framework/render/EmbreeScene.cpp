@@ -46,9 +46,8 @@ std::vector<uint32_t> VisibleFaces(const PictureMesh& mesh, uint32_t nowhere) {
                                   indices + std::size_t{mesh.faceCount} * mesh.cornersPerFace);
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {
         if (!mesh.IsHidden(face)) continue;
-        std::fill_n(corners.data() + std::size_t{face} * mesh.cornersPerFace,
-                    mesh.cornersPerFace,
-                    nowhere);
+        std::fill_n(
+            corners.data() + std::size_t{face} * mesh.cornersPerFace, mesh.cornersPerFace, nowhere);
     }
     return corners;
 }
@@ -89,11 +88,8 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown)
             ++vertexCount;
             indices = visibleFaces[i].data();
         }
-        rayMeshes.push_back({positions[i].data(),
-                             vertexCount,
-                             indices,
-                             mesh.faceCount,
-                             mesh.cornersPerFace});
+        rayMeshes.push_back(
+            {positions[i].data(), vertexCount, indices, mesh.faceCount, mesh.cornersPerFace});
     }
     caster = LoadedRayLibrary().MakeCaster(rayMeshes);
 }

@@ -25,9 +25,10 @@ namespace trovik {
 /// the tool, the mirrors or the renderers under it throws HostError, changes nothing, and the
 /// stroke goes on: Save, Reset, Subdivide, DeleteLevels, Unsubdivide, ApplyToBase, BindLevel, Undo,
 /// Redo, Push, SelectTool, SetMirrors, SetTopologicalMirror, MakeSymmetric, SetRenderers, AddLayer,
-/// SelectLayer, SetLayerStrength, ChangeVisibility, RefreshSurface, and Freeze during a stroke of the freeze brush.
-/// The rest is free: settings of brush and strokes (a falloff counts from the next stroke), view
-/// and camera, observers and listeners, the undo budget, and Freeze during a sculpting stroke.
+/// SelectLayer, SetLayerStrength, ChangeVisibility, RefreshSurface, and Freeze during a stroke of
+/// the freeze brush. The rest is free: settings of brush and strokes (a falloff counts from the
+/// next stroke), view and camera, observers and listeners, the undo budget, and Freeze during a
+/// sculpting stroke.
 class TROVIK_API SculptSession {
 public:
     /// Opens a mesh file, splits what is no oriented manifold, and loads the plug-ins.

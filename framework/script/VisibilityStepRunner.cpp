@@ -85,7 +85,9 @@ FaceChoice InLasso(SculptSession& session, const FieldReader& choice) {
 }
 
 /// The number of a name in a list of the mesh; of null the number of what has none.
-uint32_t NumberOf(const FieldReader& name, const std::vector<std::string>& names, const char* kind) {
+uint32_t NumberOf(const FieldReader& name,
+                  const std::vector<std::string>& names,
+                  const char* kind) {
     if (name.Json().is_null()) return SurfaceAttributes::none;
     const auto found = std::find(names.begin(), names.end(), name.Text());
     if (found != names.end()) return static_cast<uint32_t>(found - names.begin());
@@ -143,8 +145,7 @@ FaceChoice Chosen(SculptSession& session, const FieldReader& choice) {
     }
     const SurfaceAttributes& attributes = geometry.Attributes();
     if (what == "group")
-        return FacesOfGroup(geometry,
-                            NumberOf(choice.At("group"), attributes.groupNames, "group"));
+        return FacesOfGroup(geometry, NumberOf(choice.At("group"), attributes.groupNames, "group"));
     if (what == "material")
         return FacesOfMaterial(
             geometry, NumberOf(choice.At("material"), attributes.materialNames, "material"));
@@ -156,8 +157,8 @@ FaceChoice Chosen(SculptSession& session, const FieldReader& choice) {
 }
 
 FaceChoice GrownAndShrunk(const LevelMesh& level, const FieldReader& choice, FaceChoice chosen) {
-    chosen = GrownChoice(
-        level, std::move(chosen), static_cast<uint32_t>(choice.IntegerOr("grow", 0)));
+    chosen =
+        GrownChoice(level, std::move(chosen), static_cast<uint32_t>(choice.IntegerOr("grow", 0)));
     return ShrunkChoice(
         level, std::move(chosen), static_cast<uint32_t>(choice.IntegerOr("shrink", 0)));
 }

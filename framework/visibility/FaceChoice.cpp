@@ -52,9 +52,8 @@ void Spread(const LevelMesh& level, FaceChoice& chosen, uint8_t value, uint32_t 
         bool changed = false;
         for (uint32_t face = 0; face < level.faceCount; ++face) {
             const uint32_t* vertices = cornersOf(face);
-            if (chosen[face] == value || !std::any_of(vertices, vertices + corners, [&](uint32_t v) {
-                    return touched[v];
-                }))
+            if (chosen[face] == value ||
+                !std::any_of(vertices, vertices + corners, [&](uint32_t v) { return touched[v]; }))
                 continue;
             chosen[face] = value;
             changed = true;

@@ -50,8 +50,7 @@ std::unique_ptr<VisibilityStep> ChangeVisibilityAsStep(LevelGeometry& geometry,
     assert((!usesChoice || chosen.size() == level.faceCount) && "one byte for each face");
     std::vector<FaceVisibility> wanted(level.faceCount);
     for (uint32_t face = 0; face < level.faceCount; ++face)
-        wanted[face] =
-            Wanted(change, usesChoice && chosen[face] != 0, level.IsFaceHidden(face));
+        wanted[face] = Wanted(change, usesChoice && chosen[face] != 0, level.IsFaceHidden(face));
     return SetVisibilityAsStep(geometry, wanted, LabelOf(change));
 }
 

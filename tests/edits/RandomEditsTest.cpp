@@ -2,13 +2,14 @@
 
 /// \file
 /// Edits whose every choice is drawn, on meshes that are drawn: strokes of the brush, freezing,
-/// layers, levels, transformations. Undone to the start and redone to the end, every bit is back at
-/// both ends, and at each step of the way. A short run by default; TROVIK_RANDOM_EDITS sets the
-/// number of edits.
+/// hidden faces, layers, levels, transformations. Undone to the start and redone to the end, every
+/// bit is back at both ends, and at each step of the way. A short run by default;
+/// TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/multires/Steps.h"
+#include "framework/visibility/VisibilityChange.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/random/RandomStroke.h"
 
@@ -39,7 +40,11 @@ public:
         for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
             const LevelMesh& one = *geometry.Level(level);
             Put(one.FrozenVertexCount());
-            for (uint32_t v = 0; v < one.VertexCount(); ++v) Put(one.Freeze(v));
+            for (uint32_t v = 0; v < one.VertexCount(); ++v) {
+                Put(one.Freeze(v));
+                Put(one.FreezeOfTools(v));
+            }
+            for (uint32_t face = 0; face < one.faceCount; ++face) Put(one.IsFaceHidden(face));
         }
         for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
             PutLayers(geometry, *geometry.Level(level));
@@ -85,7 +90,7 @@ public:
     }
 
     void Edit() {
-        kind = random.Below(10);
+        kind = random.Below(11);
         switch (kind) {
             case 0:
                 Freeze();
@@ -100,6 +105,9 @@ public:
             case 4:
             case 5:
                 Layer();
+                break;
+            case 6:
+                Hide();
                 break;
             default:
                 if (MayStroke()) drawn.Stroke();
@@ -147,6 +155,23 @@ private:
             if (random.Chance(share))
                 mesh.SetFreeze(v, static_cast<uint8_t>(all ? 127 : random.Below(128)));
         Push(MakeFreezeStep(mesh, before));
+    }
+
+    void Hide() {
+        const LevelMesh& mesh = *geometry.Bound();
+        const uint32_t length = random.OneOf({1u, 4u, 16u});
+        FaceChoice chosen(mesh.faceCount);
+        for (uint32_t face = 0; face < mesh.faceCount; face += length)
+            if (random.Chance(0.4f))
+                std::fill_n(
+                    chosen.begin() + face, std::min(length, mesh.faceCount - face), uint8_t{1});
+        Push(ChangeVisibilityAsStep(geometry,
+                                    random.OneOf({VisibilityChange::Hide,
+                                                  VisibilityChange::Hide,
+                                                  VisibilityChange::Show,
+                                                  VisibilityChange::Isolate,
+                                                  VisibilityChange::Invert}),
+                                    chosen));
     }
 
     void Level() {

@@ -33,8 +33,8 @@ TEST(HiddenLevels, CoarseFacesAreHiddenWhenAllTheirChildrenAre) {
         EXPECT_EQ(geometry.Level(1)->HiddenFaceCount(), children - 1);
         EXPECT_EQ(geometry.Level(0)->HiddenFaceCount(), 0u);
 
-        ASSERT_TRUE(Change(
-            geometry, VisibilityChange::Hide, Only(*geometry.Bound(), {children * 4 - 1})));
+        ASSERT_TRUE(
+            Change(geometry, VisibilityChange::Hide, Only(*geometry.Bound(), {children * 4 - 1})));
         EXPECT_EQ(geometry.Level(0)->HiddenFaceCount(), 1u);
         EXPECT_TRUE(geometry.Level(0)->IsFaceHidden(0));
         ExpectConsistent(geometry);
@@ -127,8 +127,8 @@ TEST(HiddenLevels, MasksOfHiddenVerticesAreKept) {
     ASSERT_GT(level.HiddenVertexCount(), 0u);
     EXPECT_EQ(FreezeAmounts(level), amounts);
     // An operation on the mask passes over them.
-    auto step = BlendFreezeAsStep(
-        level, std::vector<uint8_t>(level.VertexCount(), 9), FreezeMode::Replace);
+    auto step =
+        BlendFreezeAsStep(level, std::vector<uint8_t>(level.VertexCount(), 9), FreezeMode::Replace);
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         ASSERT_EQ(level.Freeze(v), level.IsVertexHidden(v) ? amounts[v] : 9) << v;
     geometry.History().Push(std::move(step));

@@ -33,10 +33,11 @@ std::string ReadAll(const std::string& path) {
 class VisibilityScript : public testing::Test {
 protected:
     VisibilityScript() {
-        folder.Fill("quad.obj",
-                    "v -1 -1 0\nv 0 -1 0\nv 1 -1 0\nv -1 1 0\nv 0 1 0\nv 1 1 0\n"
-                    "v 1.5 0 0\nv 1.75 0 0\nv 1.75 0.25 0\nv 1.5 0.25 0\n"
-                    "usemtl skin\ng left\nf 1 2 5 4\ng right\nf 2 3 6 5\nusemtl cloth\nf 7 8 9 10\n");
+        folder.Fill(
+            "quad.obj",
+            "v -1 -1 0\nv 0 -1 0\nv 1 -1 0\nv -1 1 0\nv 0 1 0\nv 1 1 0\n"
+            "v 1.5 0 0\nv 1.75 0 0\nv 1.75 0.25 0\nv 1.5 0.25 0\n"
+            "usemtl skin\ng left\nf 1 2 5 4\ng right\nf 2 3 6 5\nusemtl cloth\nf 7 8 9 10\n");
     }
 
     std::string Script(const std::string& steps) {
@@ -85,10 +86,9 @@ TEST_F(VisibilityScript, EveryChoiceHides) {
     EXPECT_THAT(Hidden(R"({"hide": {"component": {"face": 191}}})"), ElementsAre(0, 0, 64));
     EXPECT_THAT(Hidden(R"({"hide": {"faces": [[0, 3], [100, 1]]}})"), ElementsAre(3, 1, 0));
     EXPECT_THAT(Hidden(R"({"hide": {"box": [201, 90, 400, 400]}})"), ElementsAre(0, 56, 64));
-    EXPECT_THAT(
-        Hidden(R"({"hide": {"lasso": [[201, 90], [320, 90], [320, 310], [201, 310]],
+    EXPECT_THAT(Hidden(R"({"hide": {"lasso": [[201, 90], [320, 90], [320, 310], [201, 310]],
                             "reach": "through"}})"),
-        ElementsAre(0, 56, 0));
+                ElementsAre(0, 56, 0));
     // The half of the left square whose corners are frozen.
     EXPECT_THAT(Hidden(R"({"freeze": {"min": [-2, -2, -1], "max": [-0.4, 2, 1], "amount": 0.5}},
                           {"hide": {"mask": 0.5}})"),
