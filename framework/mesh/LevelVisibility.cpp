@@ -47,18 +47,20 @@ void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
 
 void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
     assert(changes.empty() && "no face is hidden or shown during a stroke");
-    uint64_t toggled = 0;
+    uint64_t newlyHidden = 0;
     for (const FaceRun& run : faces) {
         for (uint32_t face = run.first; face < run.first + run.count; ++face) {
             faceFlags[face] ^= faceIsHidden;
-            if (IsFaceHidden(face))
+            if (IsFaceHidden(face)) {
                 ++hiddenFaceCount;
-            else
+                ++newlyHidden;
+            } else {
                 --hiddenFaceCount;
+            }
         }
-        toggled += run.count;
     }
-    if (toggled * aroundVertexCost > faceCount) {
+    // Showing a face shows its corners, whatever lies around them.
+    if (newlyHidden * aroundVertexCost > faceCount) {
         RefreshHiddenVertices();
         return;
     }
