@@ -40,16 +40,16 @@ void PackVertex(const Vertex& vertex,
     std::memcpy(bytes + offsetof(DisplayVertex, normalX), &word, sizeof word);
 }
 
-/// Whether all of some faces, a multiple of 8, are live.
-bool AllLive(const uint8_t* faceFlags, uint32_t count) {
-    constexpr uint64_t eightLive = 0x0101010101010101u * faceIsLive;
-    uint64_t all = eightLive;
+/// Whether none of some faces, a multiple of 8, is hidden.
+bool NoneHidden(const uint8_t* faceFlags, uint32_t count) {
+    constexpr uint64_t eightHidden = 0x0101010101010101u * faceIsHidden;
+    uint64_t any = 0;
     for (uint32_t i = 0; i < count; i += 8) {
         uint64_t eight;
         std::memcpy(&eight, faceFlags + i, sizeof eight);
-        all &= eight;
+        any |= eight;
     }
-    return all == eightLive;
+    return (any & eightHidden) == 0;
 }
 
 /// Calls pack(i) for the numbers below `count`, on up to `threads` threads.
@@ -140,10 +140,10 @@ void PatchPacker::PackGrid(uint32_t patch, DisplayVertex* out) const {
     for (uint32_t column = 0; column <= side; ++column) pack(0);
 
     const uint8_t* faceFlags = level.faceFlags + firstFace;
-    if (AllLive(faceFlags, faces)) return;
+    if (NoneHidden(faceFlags, faces)) return;
     const uint32_t* cells = layout.GridCells();
     for (uint32_t face = 0; face < faces; ++face) {
-        if ((faceFlags[face] & faceIsLive) != 0) continue;
+        if ((faceFlags[face] & faceIsHidden) == 0) continue;
         const uint32_t row = cells[face] >> depth;
         grid[cells[face] + row].flags = group | displayFaceIsHidden;
     }
@@ -163,7 +163,7 @@ void PatchPacker::PackBucket(uint32_t bucket, DisplayVertex* out) const {
 }
 
 uint8_t PatchPacker::FlagsOf(uint32_t face) const {
-    const uint8_t hidden = (level.faceFlags[face] & faceIsLive) != 0 ? 0 : displayFaceIsHidden;
+    const uint8_t hidden = level.IsFaceHidden(face) ? displayFaceIsHidden : 0;
     return hidden | GroupFlags(static_cast<uint32_t>(face / layout.FacesUnder(0)));
 }
 

@@ -13,6 +13,7 @@
 #include "framework/scene/SceneFile.h"
 #include "framework/strokes/MirrorMaps.h"
 #include "framework/strokes/StrokePath.h"
+#include "framework/visibility/VisibilityChange.h"
 
 #include <atomic>
 #include <memory>
@@ -33,10 +34,10 @@ struct DisplacementOptions;
 /// layers, the tool, the mirrors or the renderers throws HostError and changes nothing; the stroke
 /// stays open. That holds for Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
 /// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
-/// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, SetTransform, Displace,
-/// RefreshSurface, and Freeze during a stroke of the freeze brush. Allowed are settings of brush
-/// and strokes (a falloff applies from the next stroke), view and camera, observers and listeners,
-/// the undo budget, and Freeze during a sculpting stroke.
+/// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
+/// SetTransform, Displace, RefreshSurface, and Freeze during a stroke of the freeze brush. Allowed
+/// are settings of brush and strokes (a falloff applies from the next stroke), view and camera,
+/// observers and listeners, the undo budget, and Freeze during a sculpting stroke.
 ///
 /// Threads: a document has one owner thread, at first the one that constructs it; only State may be
 /// called on others. Several documents can be used in turn on one thread, each with the results
@@ -104,7 +105,8 @@ public:
     /// What was left out of the mesh file or scene, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
-    /// Restores the mesh as it was imported: level 0, no layers, no mask, no undo.
+    /// Restores the mesh as it was imported: level 0, no layers, no mask, nothing hidden, no
+    /// undo.
     void Reset();
     /// See LevelGeometry::Subdivide. \return false when `options.stop` stopped it.
     bool Subdivide(const SubdivideOptions& options = {});
@@ -166,6 +168,9 @@ public:
 
     /// Blends amounts, one for each vertex of the current level, into the mask. One undo step.
     void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
+    /// Hides and shows faces of the current level, with all above them. One undo step.
+    /// \param chosen  see ChangeVisibilityAsStep. \return false if nothing changes.
+    bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
     /// Moves and turns the mesh in the world. One undo step.
     void SetTransform(const Placement& place);
     /// See DisplaceByMap. One undo step.
@@ -176,7 +181,7 @@ public:
     /// Adds renderers below the current level, whichever that is. They show nothing and only
     /// receive change notices. \param updateFactors  one for each; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
-    /// The current level for a render; borrows its arrays.
+    /// The visible faces of the current level for a render; borrows its arrays.
     PictureMesh ShownMesh() const;
     /// To be called after the surface was changed without a stroke and without Push.
     void RefreshSurface();

@@ -162,6 +162,14 @@ void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
     NotifyChanges();
 }
 
+bool Document::ChangeVisibility(VisibilityChange change, const FaceChoice& chosen) {
+    RequireNoStroke("hide faces");
+    auto step = ChangeVisibilityAsStep(*geometry, change, chosen);
+    if (step == nullptr) return false;
+    Push(std::move(step));
+    return true;
+}
+
 void Document::SetTransform(const Placement& place) {
     RequireNoStroke("transform the mesh");
     const Placement before = geometry->Place();

@@ -68,6 +68,7 @@ std::unique_ptr<UndoStep> BlendFreezeAsStep(LevelMesh& level,
     std::vector<uint32_t> vertices;
     std::vector<uint8_t> before;
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        if (level.IsVertexHidden(v)) continue;
         const uint8_t present = level.Freeze(v);
         const uint8_t after = Blended(present, given[v], mode);
         if (after == present) continue;

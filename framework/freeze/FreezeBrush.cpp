@@ -139,8 +139,8 @@ void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
     const Matrix& toWorld = GeometryOf(*level).Place().ToWorld();
     std::vector<uint32_t> changed;
     for (std::size_t i = 0; i < reached.size(); ++i) {
-        if (!(weights[i] > 0.0f)) continue;
         const uint32_t vertex = reached[i].vertex;
+        if (!(weights[i] > 0.0f) || level->IsVertexHidden(vertex)) continue;
         if (!records->SetShare(vertex, shares[i])) continue;
         changed.push_back(vertex);
         box.Extend(toWorld.AffineTransform(level->Position(vertex), 1.0f));

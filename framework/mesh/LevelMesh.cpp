@@ -68,7 +68,7 @@ int32_t LevelMesh::MirrorVertex(uint32_t face,
 }
 trovik::Geometry* LevelMesh::Geometry() { return hierarchy; }
 int LevelMesh::Index() const { return index; }
-int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 ? 1 : 0; }
+int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 || hiddenVertexCount != 0 ? 1 : 0; }
 trovik::Layer* LevelMesh::Layer() { return hierarchy->LayerOf(*this); }
 
 bool LevelMesh::Lock(MeshUnlocker* unlocker) {
@@ -110,17 +110,6 @@ void LevelMesh::NoteOlderPosition(uint32_t vertex) {
         return;
     }
     older.NotePosition(vertex, Position(vertex));
-}
-
-void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
-    uint8_t& byte = vertices.array[vertex].freeze;
-    const uint8_t before = byte & freezeAmountMask;
-    const uint8_t after = std::min(amount, freezeAmountMask);
-    if (after == before) return;
-    older.NoteFreeze(vertex, before);
-    if (before == 0 && after != 0) ++frozenVertexCount;
-    if (before != 0 && after == 0) --frozenVertexCount;
-    byte = static_cast<uint8_t>((byte & ~freezeAmountMask) | after);
 }
 
 }  // namespace trovik

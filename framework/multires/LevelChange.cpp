@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -130,6 +131,7 @@ void LevelChange::FinishAs(const std::string& label) {
 void LevelChange::Unlink() {
     if (!linked) return;
     RestoreStamps();
+    RestoreHidden(MovedHidden());
     step = StrokeStep::FromChange(*this);
 }
 
@@ -190,6 +192,28 @@ void LevelChange::NoteOlderPositions() {
         const Vector before(p[0], p[1], p[2]);
         if (!SameBits(before, level->Position(record.vertexIndex)))
             level->Older().NotePosition(record.vertexIndex, before);
+    }
+}
+
+// Brushes give a fully frozen vertex its position plus a displacement times 0, which turns -0 into
+// +0, and compose it again under a layer, which may round.
+std::vector<uint32_t> LevelChange::MovedHidden() const {
+    std::vector<uint32_t> moved;
+    if (level == nullptr || level->HiddenVertexCount() == 0) return moved;
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        const Vertex& vertex = level->vertices.array[record.vertexIndex];
+        if (level->IsVertexHidden(record.vertexIndex) &&
+            std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
+            moved.push_back(i);
+    }
+    return moved;
+}
+
+void LevelChange::RestoreHidden(const std::vector<uint32_t>& moved) {
+    for (const uint32_t i : moved) {
+        const float* p = recordStore.array[i].originalPosition;
+        level->SetPosition(recordStore.array[i].vertexIndex, {p[0], p[1], p[2]});
     }
 }
 

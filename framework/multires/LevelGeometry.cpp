@@ -11,6 +11,7 @@
 #include "framework/mesh/StrokeResources.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/multires/FreezeCarrying.h"
+#include "framework/multires/HiddenFaces.h"
 #include "framework/multires/LevelChange.h"
 
 #include <algorithm>
@@ -143,6 +144,7 @@ bool LevelGeometry::Subdivide(const SubdivideOptions& options) {
             target.SetPosition(vertex, position);
         });
         CarryAllFreeze(coarse, target);
+        HideChildren(coarse, target);
         target.ComputeNormals();
     } catch (const LevelRefiner::Stopped&) {
         Exchange(before);

@@ -44,7 +44,7 @@ public:
     const Placement& Place() const { return placement; }
 
     /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
-    /// it. Freeze amounts are carried up.
+    /// it. Freeze amounts are carried up, and children of hidden faces are hidden.
     /// \return false when `options.stop` answered true; nothing has changed then.
     /// \throw HostError when the level would pass 2^32 - 2 vertices or faces or the byte budget, or
     /// when the accounted memory refuses; nothing has changed then.
@@ -120,7 +120,8 @@ public:
     /// Level `index` as its neighbours last saw it.
     SeenByNeighbours Seen(uint32_t index) const;
     /// For who brings a geometry's content: binds the level, carries nothing, and takes over what
-    /// the levels know of each other. \param seenLevels  per level.
+    /// the levels know of each other. The face flags of the highest level decide what is hidden on
+    /// all of them. \param seenLevels  per level.
     void Restore(uint32_t boundIndex, const std::vector<SeenByNeighbours>& seenLevels);
 
     /// One Catmull-Clark refinement of level `index`'s present positions: the positions that the

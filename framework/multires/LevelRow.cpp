@@ -5,6 +5,7 @@
 #include "framework/layers/LayerStack.h"
 #include "framework/mesh/LevelRefiner.h"
 #include "framework/multires/AttributeCarrying.h"
+#include "framework/multires/HiddenFaces.h"
 #include "framework/multires/LevelGeometry.h"
 #include "host/ClassDesc.h"
 
@@ -201,6 +202,7 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
             base.SetPosition(v, positions[v]);
             base.SetFreeze(v, levels[1]->Freeze(v));
         }
+        HideParents(base, *levels[1]);
         base.ComputeNormals();
     }
     KeepSeen(bound);

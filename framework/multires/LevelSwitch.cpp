@@ -12,6 +12,7 @@
 #include "framework/mesh/VertexSwap.h"
 #include "framework/multires/DetailCarrier.h"
 #include "framework/multires/FreezeCarrying.h"
+#include "framework/multires/HiddenFaces.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/multires/LevelGeometry.h"
 #include "framework/multires/TurnedLayers.h"
@@ -288,6 +289,7 @@ void LevelGeometry::Restore(uint32_t boundIndex, const std::vector<SeenByNeighbo
     bound = boundIndex;
     for (uint32_t i = 0; i < LevelCount(); ++i)
         levels[i]->Older() = i < seenLevels.size() ? Restored(seenLevels[i]) : OlderStates();
+    AgreeOnHidden(*this);
     KeepSeen(bound);
     ReportAll(bound, SurfaceChange::Topology);
 }

@@ -40,7 +40,7 @@ bool PatchTree::IsInPlace() const {
 }
 
 void PatchTree::SurfaceChanged(const SurfaceChange& change) {
-    if ((change.what & SurfaceChange::Positions) == 0) return;
+    if ((change.what & (SurfaceChange::Positions | SurfaceChange::Visibility)) == 0) return;
     if (!IsInPlace()) {
         missedChange = true;
         return;
@@ -73,14 +73,23 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
+// Hidden faces stay near others of their region in the tree, for when they are shown again.
+PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
+    const LevelMesh& base = *level->Hierarchy().Level(0);
+    const uint32_t corner = base.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
+    const Vector p = level->Position(corner);
+    return {{p.x, p.y, p.z}, {p.x, p.y, p.z}};
+}
+
 void PatchTree::BuildTop() {
     const std::vector<Box>& boxes = patchBoxes[0];
     std::vector<std::array<float, 3>> centres(boxes.size());
     order.resize(boxes.size());
     for (uint32_t face = 0; face < boxes.size(); ++face) {
         order[face] = face;
+        const Box box = boxes[face].low[0] <= boxes[face].high[0] ? boxes[face] : CornerBox(face);
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            const float centre = 0.5f * boxes[face].low[axis] + 0.5f * boxes[face].high[axis];
+            const float centre = 0.5f * box.low[axis] + 0.5f * box.high[axis];
             // A face without a finite place stands anywhere, but the sort needs an order.
             centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
         }
@@ -189,7 +198,28 @@ void PatchTree::RefitTouched() {
     for (const uint32_t node : touchedAbove) RefitTopNode(node);
 }
 
+PatchTree::Box PatchTree::VisibleBox(uint32_t patch) const {
+    const uint32_t faces = FacesUnder(leafLevel);
+    const uint32_t corners = level->CornersPerFace();
+    Box box = EmptyBox();
+    for (uint32_t face = patch * faces; face < (patch + 1) * faces; ++face) {
+        if (level->IsFaceHidden(face)) continue;
+        for (uint32_t k = 0; k < corners; ++k) {
+            const Vector p =
+                level->Position(level->faceVertexIndices.array[std::size_t{face} * corners + k]);
+            const std::array<float, 3> at = {p.x, p.y, p.z};
+            Extend(box, {at, at});
+        }
+    }
+    return box;
+}
+
 void PatchTree::RefitLeaf(uint32_t patch) {
+    if (level->HiddenFaceCount() != 0) {
+        patchBoxes[leafLevel][patch] = VisibleBox(patch);
+        ++boxesRefitted;
+        return;
+    }
     const uint32_t corners = FacesUnder(leafLevel) * level->CornersPerFace();
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{patch} * corners;
     // All three axes at once; the fourth lane holds what lies behind a position. The minimum and

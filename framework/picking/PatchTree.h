@@ -38,10 +38,12 @@ struct PickHit {
 ///                       there are fewer levels
 ///
 /// A quad is the triangles (0, 1, 2) and (0, 2, 3). No ray slips through between two faces that
-/// share an edge. Faces with a vertex that is not finite are not there. Of hits at equal distance
+/// share an edge. Hidden faces and those with a vertex that is not finite are not there; a patch
+/// without any other face costs no visit. Of hits at equal distance
 /// the one with the lowest face number is told, so answers do not hang on the tree's shape.
 ///
-/// Observes the geometry: boxes follow each reported change of the level's positions. Edits that
+/// Observes the geometry: boxes follow each reported change of the level's positions and
+/// hidden faces. Edits that
 /// nobody reports need a call of a refit.
 ///
 /// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently,
@@ -74,6 +76,7 @@ public:
     bool IsCurrent() const { return !missedChange && IsInPlace(); }
     const LevelMesh* Level() const { return level; }
 
+    /// Box of the visible faces, mesh-local.
     AxisAlignedBoundingBox Bounds() const;
     /// The finest level that has a box for each face.
     uint32_t LeafLevel() const { return leafLevel; }
@@ -116,6 +119,8 @@ private:
     uint32_t FacesUnder(uint32_t levelIndex) const;
 
     void BuildTop();
+    /// The box of a corner of a face of level 0, in place of one without visible faces.
+    Box CornerBox(uint32_t baseFace) const;
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
     void NextRefit();
     /// Enters a patch into `touched` unless this refit has it already.
@@ -123,6 +128,8 @@ private:
     /// Recomputes the touched boxes of the leaf level and all above them.
     void RefitTouched();
     void RefitLeaf(uint32_t patch);
+    /// Of a patch that may have hidden faces. \return the box of the others.
+    Box VisibleBox(uint32_t patch) const;
     void RefitInner(uint32_t levelIndex, uint32_t patch);
     void RefitTopNode(uint32_t node);
 

@@ -177,8 +177,9 @@ void PatchTree::VisitFaces(Query& query, uint32_t leaf) const {
     const uint32_t corners = level->CornersPerFace();
     const uint32_t first = leaf * faces;
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{first} * corners;
+    const bool isAnyHidden = level->HiddenFaceCount() != 0;
     for (uint32_t face = first; face < first + faces; ++face, vertex += corners)
-        query.Face(face, vertex, corners);
+        if (!isAnyHidden || !level->IsFaceHidden(face)) query.Face(face, vertex, corners);
 }
 
 template <class Query>

@@ -40,6 +40,8 @@ private:
     const std::vector<PictureMesh>& meshes;
     /// Positions in units of the ray library, one array per mesh, four floats of padding behind.
     std::vector<std::vector<float>> positions;
+    /// Corners of faces without the hidden ones; empty for a mesh without any.
+    std::vector<std::vector<uint32_t>> visibleFaces;
     /// World units per unit of the ray library, a power of two, and its inverse.
     float unit = 1.0f;
     float perUnit = 1.0f;

@@ -169,7 +169,10 @@ void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t inde
                         " lies at no number; such a mesh cannot be saved");
     }
     std::vector<uint8_t> freeze(vertices);
-    for (uint32_t v = 0; v < vertices; ++v) freeze[v] = level.vertices.array[v].freeze;
+    // The user's amounts, also of hidden vertices.
+    for (uint32_t v = 0; v < vertices; ++v)
+        freeze[v] = static_cast<uint8_t>((level.vertices.array[v].freeze & ~freezeAmountMask) |
+                                         level.Freeze(v));
     const auto isSet = [](uint8_t byte) { return byte != 0; };
     const auto isOther = [](uint8_t flags) { return flags != faceIsLive; };
     const SeenByNeighbours seen = geometry.Seen(index);

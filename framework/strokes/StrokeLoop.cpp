@@ -209,6 +209,15 @@ void StrokeLoop::LayOtherPairs(const std::function<void()>& poll) {
     }
 }
 
+void StrokeLoop::RestoreHidden() {
+    LevelChange* change = geometry.Bound()->OpenChange();
+    if (change == nullptr) return;
+    const std::vector<uint32_t> moved = change->MovedHidden();
+    if (moved.empty()) return;
+    if (observer != nullptr) observer->BeforeCommand(brush, "restoreHidden");
+    change->RestoreHidden(moved);
+}
+
 void StrokeLoop::SettleSides() {
     // A dab that follows the camera is meant to be another on the far side.
     LevelChange* change = geometry.Bound()->OpenChange();
@@ -370,6 +379,7 @@ uint64_t StrokeLoop::CountMoved() const {
 }
 
 void StrokeLoop::EndStroke() {
+    RestoreHidden();
     totals.verticesMoved += CountMoved();
     Observed(observer, BrushCall(BrushCall::EndStroke, brush), [&] {
         const Clock::time_point start = Clock::now();

@@ -120,6 +120,8 @@ private:
     bool KeepsPlane() const;
     void LayOtherPairs(const std::function<void()>& poll);
     void SettleSides();
+    /// Hidden vertices get their bits of before the stroke where the brush has changed any.
+    void RestoreHidden();
     void Announce(const std::vector<uint32_t>& vertices);
     void ForgetLastWalks();
     struct DabAcross {

@@ -28,7 +28,7 @@ void Scramble(LevelMesh& level, uint32_t seed) {
     }
     const float share = random.OneOf({0.0f, 0.02f, 0.5f, 1.0f});
     for (uint32_t face = 0; face < level.faceCount; ++face)
-        level.faceFlags[face] = random.Chance(share) ? 0xfd : faceIsLive;
+        level.faceFlags[face] = random.Chance(share) ? 0xff : uint8_t{0xff & ~faceIsHidden};
 }
 
 void GiveGroups(LevelGeometry& geometry, uint32_t seed) {
@@ -42,7 +42,7 @@ void GiveGroups(LevelGeometry& geometry, uint32_t seed) {
 }
 
 uint8_t ExpectedFlags(const LevelMesh& level, uint32_t face) {
-    uint8_t flags = (level.faceFlags[face] & faceIsLive) != 0 ? 0 : 1;
+    uint8_t flags = level.IsFaceHidden(face) ? 1 : 0;
     const auto& groups = GeometryOf(level).Attributes().faceGroups;
     if (groups.empty()) return flags;
     const uint32_t group = groups[face / (level.faceCount / level.Hierarchy().Level(0)->faceCount)];

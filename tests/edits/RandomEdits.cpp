@@ -4,6 +4,7 @@
 #include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
 #include "framework/multires/Steps.h"
+#include "framework/visibility/VisibilityChange.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,7 +18,7 @@ RandomEdits::RandomEdits(RandomNumbers& numbers)
 }
 
 void RandomEdits::Edit() {
-    kind = random.Below(10);
+    kind = random.Below(11);
     switch (kind) {
         case 0:
             Freeze();
@@ -32,6 +33,9 @@ void RandomEdits::Edit() {
         case 4:
         case 5:
             Layer();
+            break;
+        case 6:
+            Hide();
             break;
         default:
             if (MayStroke()) drawn.Stroke();
@@ -77,6 +81,22 @@ void RandomEdits::Freeze() {
         if (random.Chance(share))
             mesh.SetFreeze(v, static_cast<uint8_t>(all ? 127 : random.Below(128)));
     Push(MakeFreezeStep(mesh, before));
+}
+
+void RandomEdits::Hide() {
+    const LevelMesh& mesh = *geometry.Bound();
+    const uint32_t length = random.OneOf({1u, 4u, 16u});
+    FaceChoice chosen(mesh.faceCount);
+    for (uint32_t face = 0; face < mesh.faceCount; face += length)
+        if (random.Chance(0.4f))
+            std::fill_n(chosen.begin() + face, std::min(length, mesh.faceCount - face), uint8_t{1});
+    Push(ChangeVisibilityAsStep(geometry,
+                                random.OneOf({VisibilityChange::Hide,
+                                              VisibilityChange::Hide,
+                                              VisibilityChange::Show,
+                                              VisibilityChange::Isolate,
+                                              VisibilityChange::Invert}),
+                                chosen));
 }
 
 void RandomEdits::Level() {

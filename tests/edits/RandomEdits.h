@@ -10,7 +10,7 @@
 namespace trovik::test {
 
 /// Draws a mesh, and edits of it that each become one undo step: strokes of the brush, freezing,
-/// layers, levels, transformations.
+/// hidden faces, layers, levels, transformations.
 class RandomEdits {
 public:
     explicit RandomEdits(RandomNumbers& numbers);
@@ -27,6 +27,7 @@ private:
     bool MayStroke() const;
     void Push(std::unique_ptr<UndoStep> step);
     void Freeze();
+    void Hide();
     void Level();
     void Unsubdivide();
     void Transform();

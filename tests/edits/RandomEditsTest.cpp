@@ -2,9 +2,9 @@
 
 /// \file
 /// Edits whose every choice is drawn, on meshes that are drawn: strokes of the brush, freezing,
-/// layers, levels, transformations. Undone to the start and redone to the end, every bit is back at
-/// both ends, and at each step of the way. A short run by default; TROVIK_RANDOM_EDITS sets the
-/// number of edits.
+/// hidden faces, layers, levels, transformations. Undone to the start and redone to the end, every
+/// bit is back at both ends, and at each step of the way. A short run by default;
+/// TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/layers/LayerStack.h"
 #include "tests/edits/RandomEdits.h"
 #include "tests/files/TemporaryFolder.h"
@@ -35,7 +35,11 @@ public:
         for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
             const LevelMesh& one = *geometry.Level(level);
             Put(one.FrozenVertexCount());
-            for (uint32_t v = 0; v < one.VertexCount(); ++v) Put(one.Freeze(v));
+            for (uint32_t v = 0; v < one.VertexCount(); ++v) {
+                Put(one.Freeze(v));
+                Put(one.FreezeOfTools(v));
+            }
+            for (uint32_t face = 0; face < one.faceCount; ++face) Put(one.IsFaceHidden(face));
         }
         for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
             PutLayers(geometry, *geometry.Level(level));

@@ -6,10 +6,10 @@
 /// the copy equals the level, byte for byte, and the document's pick tree gives the hits of a tree
 /// that is built from scratch. A short run by default; TROVIK_RANDOM_EDITS sets the number of
 /// edits.
+#include "framework/document/Document.h"
 #include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
 #include "framework/multires/Steps.h"
-#include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"
 #include "tests/meshes/MeshZoo.h"
@@ -171,11 +171,11 @@ private:
         for (uint8_t& amount : amounts)
             if (random.Chance(share)) amount = static_cast<uint8_t>(random.Below(128));
         document.Freeze(amounts,
-                       random.OneOf({FreezeMode::Raise,
-                                     FreezeMode::Replace,
-                                     FreezeMode::Add,
-                                     FreezeMode::Subtract,
-                                     FreezeMode::Multiply}));
+                        random.OneOf({FreezeMode::Raise,
+                                      FreezeMode::Replace,
+                                      FreezeMode::Add,
+                                      FreezeMode::Subtract,
+                                      FreezeMode::Multiply}));
     }
 
     void Level() {
@@ -224,7 +224,8 @@ private:
                 document.Push(DuplicateLayerAsStep(geometry, layer, "copy"));
                 return;
             case 4:
-                if (layer.Given().writable) document.Push(EraseLayerByFreezeAsStep(geometry, layer));
+                if (layer.Given().writable)
+                    document.Push(EraseLayerByFreezeAsStep(geometry, layer));
                 return;
             default:
                 given.strength = random.OneOf({0.0f, 0.3f, 1.0f, 1.2f});

@@ -256,6 +256,31 @@ protected:
 
 const nlohmann::json stroke = R"({"stroke": {"surface": [[0.3, 0.1, 1], [0.5, 0.2, 1]]}})"_json;
 
+TEST_F(HostChange, HiddenVerticesGetTheirBitsBackBeforeTheEndOfAStroke) {
+    std::string grid;
+    for (int y = 0; y < 9; ++y)
+        for (int x = 0; x < 9; ++x)
+            grid += "v " + std::to_string(x) + " " + std::to_string(y) + " -0.0\n";
+    for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 8; ++x) {
+            const int first = y * 9 + x + 1;
+            grid += "f";
+            for (const int corner : {first, first + 1, first + 10, first + 9})
+                grid += " " + std::to_string(corner);
+            grid += "\n";
+        }
+    }
+    folder.Fill("grid.obj", grid);
+    const nlohmann::json middle = R"({"stroke": {"surface": [[4, 6, 0], [5, 6, 0]]}})"_json;
+    Follow({R"({"set": {"radius": 3}})"_json,
+            middle,
+            R"({"undo": 1})"_json,
+            R"({"hide": {"faces": [[0, 32]]}})"_json,
+            middle},
+           {{"mesh", "grid.obj"}});
+    EXPECT_EQ(Reasons(), (std::vector<std::string>{"undo, hide", "restoreHidden"}));
+}
+
 TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
     const struct {
         const char* step;
@@ -263,6 +288,9 @@ TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
     } steps[] = {{R"({"undo": 1})", "undo"},
                  {R"({"redo": 1})", "redo"},
                  {R"({"freeze": {"center": [0, 0, 1], "radius": 0.5}})", "freeze"},
+                 {R"({"hide": {"box": [0, 0, 300, 300], "reach": "through"}})", "hide"},
+                 {R"({"invertVisibility": true})", "invertVisibility"},
+                 {R"({"show": "all"})", "show"},
                  {R"({"layer": {"add": "a"}})", "layer"},
                  {R"({"layer": {"strength": 0.5}})", "layer"},
                  {R"({"layer": {"select": null}})", "layer"},

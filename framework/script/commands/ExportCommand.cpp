@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/files/MeshFiles.h"
 #include "framework/mesh/MeshSource.h"
-#include "framework/multires/LevelSource.h"
+#include "framework/multires/VisibleSource.h"
 #include "framework/script/Command.h"
 
 namespace trovik {
@@ -13,6 +13,8 @@ struct ExportParameters {
     std::optional<bool> world;
     std::optional<std::string> units;
     std::optional<std::string> up;
+    /// False: without hidden faces.
+    std::optional<bool> hidden;
 
     template <typename Visitor>
     void Fields(Visitor& visit) {
@@ -20,6 +22,7 @@ struct ExportParameters {
         visit("world", world);
         visit("units", units);
         visit("up", up);
+        visit("hidden", hidden);
     }
 };
 
@@ -38,9 +41,14 @@ MeshSpace SpaceOf(const CommandContext& context,
 void Export(CommandContext& context, const ExportParameters& parameters) {
     const std::string file = context.OutputPath(parameters.file, "/file");
     const MeshSpace space = SpaceOf(context, parameters, file);
-    const LevelSource source(context.document.Geometry(),
-                             {parameters.world.value_or(false), space});
-    const std::vector<std::string> further = WriteMeshFile(file, source, context.FileProgress());
+    const LevelGeometry& geometry = context.document.Geometry();
+    const LevelSource::Options wanted{parameters.world.value_or(false), space};
+    const auto source = AtField("", [&]() -> std::unique_ptr<const MeshSource> {
+        if (parameters.hidden.value_or(true))
+            return std::make_unique<LevelSource>(geometry, wanted);
+        return std::make_unique<VisibleSource>(geometry, wanted);
+    });
+    const std::vector<std::string> further = WriteMeshFile(file, *source, context.FileProgress());
     context.NoteWritten(file);
     for (const std::string& written : further) context.NoteWritten(written);
 }
