@@ -138,7 +138,6 @@ TEST(FaceChoiceTest, ViewChoosesVisibleFacesWithAllCornersInside) {
     FaceChoice sheet(level.faceCount);
     std::fill_n(sheet.begin(), 16, uint8_t{1});
     auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::Hide, sheet);
-    tree.RefitFaces(step->Faces());
     EXPECT_EQ(choose(ViewReach::Visible), (Set{21, 22, 25, 26}));
     EXPECT_EQ(choose(ViewReach::Through), (Set{21, 22, 25, 26}));
 }

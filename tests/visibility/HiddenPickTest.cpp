@@ -49,7 +49,6 @@ TEST(HiddenPick, RaysAndNearestPointsIgnoreHiddenFaces) {
                 auto step = ChangeVisibilityAsStep(
                     geometry, change, DrawnChoice(*geometry.Bound(), random, 40));
                 if (step == nullptr) continue;
-                refitted.RefitFaces(step->Faces());
                 ExpectLikeBruteForce(*geometry.Bound(), refitted, 5 + level);
                 ExpectLikeBruteForce(*geometry.Bound(), PatchTree(geometry.Bound()), 6 + level);
                 if (testing::Test::HasFatalFailure()) return;
@@ -68,7 +67,6 @@ TEST(HiddenPick, NothingIsThereWhenEverythingIsHiddenAndAllWhenItIsShownAgain) {
     EXPECT_TRUE(tree.Bounds().IsEmpty());
     ExpectLikeBruteForce(*geometry.Bound(), tree, 1);
     auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::ShowAll);
-    tree.RefitFaces(step->Faces());
     EXPECT_FALSE(tree.Bounds().IsEmpty());
     ExpectLikeBruteForce(*geometry.Bound(), tree, 2);
 }
@@ -81,7 +79,6 @@ TEST(HiddenPick, ARefitCostsWhatWasHidden) {
     std::fill_n(chosen.begin() + 640, 64, uint8_t{1});
     const auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::Hide, chosen);
     const uint64_t before = tree.BoxesRefitted();
-    tree.RefitFaces(step->Faces());
     EXPECT_LT(tree.BoxesRefitted() - before, 30u);
     EXPECT_GT(tree.BoxesRefitted(), before);
 }
