@@ -45,7 +45,8 @@ void HistoryEntries::Restart() {
 std::vector<HistoryEntry> HistoryEntries::List(const UndoHistory& history) const {
     std::vector<HistoryEntry> entries;
     entries.reserve(known.size());
-    for (std::size_t i = 0; i < known.size(); ++i) {
+    // Code that changes the history itself may have dropped steps since the last update.
+    for (std::size_t i = 0; i < std::min(known.size(), history.StepCount()); ++i) {
         const UndoStep& step = history.Shell(i);
         entries.push_back(
             {step.label, known[i].tool, known[i].time, history.StepBytes(i), step.joinPrevious});

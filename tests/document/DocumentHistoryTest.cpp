@@ -62,6 +62,14 @@ TEST(DocumentHistory, JoinedStepsStayTogether) {
     EXPECT_TRUE(history[3].joinsPrevious);
 }
 
+TEST(DocumentHistory, StepsThatAreDroppedDirectlyAreNotListed) {
+    const auto document = SphereDocument();
+    Stroke(*document, {0, 0, 1});
+    document->Geometry().History().Clear();
+    document->NoteToolChanged();
+    EXPECT_TRUE(document->State()->history.empty());
+}
+
 TEST(DocumentHistory, JumpsAreRefusedDuringAStroke) {
     const auto document = SphereDocument();
     Stroke(*document, {0, 0, 1});

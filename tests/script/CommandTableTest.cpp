@@ -247,6 +247,7 @@ TEST(CommandTable, WritesWhatItReads) {
         ASSERT_NO_THROW(CheckStep(step, step.dump()));
         const std::string name = step.begin().key();
         seen.insert(name);
+        ASSERT_NE(FindCommand(name), nullptr) << name;
         const json& parameters = step.begin().value();
         const CommandEntry& entry = *FindCommand(name);
         const json written = entry.rewrite(FieldReader(parameters, "step", ""));
