@@ -35,7 +35,7 @@ void Recover(const RecoverOptions& options) {
     recovery.progress.job = &line;
     RecoveredWork work = RecoverJournal(options.journal, options.scene, recovery);
     line.Finish();
-    LevelGeometry& geometry = work.runner->Session().Geometry();
+    LevelGeometry& geometry = work.runner->GetDocument().Geometry();
     const uint64_t vertices = geometry.Bound()->VertexCount();
     if (options.json) {
         const nlohmann::json summary = {{"steps", work.steps},

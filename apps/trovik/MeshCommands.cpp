@@ -9,7 +9,7 @@
 #include "framework/io/FilePath.h"
 #include "framework/mesh/BaseLevel.h"
 #include "framework/mesh/MeshSource.h"
-#include "framework/multires/LevelSource.h"
+#include "framework/multires/VisibleSource.h"
 
 #include <nlohmann/json.hpp>
 
@@ -65,6 +65,7 @@ struct ConvertOptions {
     std::string fromUp;
     std::string units;
     std::string up;
+    bool visible = false;
     bool quiet = false;
     bool json = false;
 };
@@ -133,11 +134,16 @@ void Convert(const ConvertOptions& options) {
         &line);
     const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
     line.Notes(options.from, scene.notes);
-    std::vector<std::string> further =
-        WriteMeshFile(options.to, LevelSource(*scene.geometry, {false, space}), &line);
+    std::unique_ptr<const MeshSource> source;
+    if (options.visible)
+        source = std::make_unique<VisibleSource>(
+            *scene.geometry, LevelSource::Options{false, space}, &line);
+    else
+        source = std::make_unique<LevelSource>(*scene.geometry, LevelSource::Options{false, space});
+    std::vector<std::string> further = WriteMeshFile(options.to, *source, &line);
     line.Finish();
-    const LevelMesh& level = *scene.geometry->Bound();
-    TellConverted(options, {level.VertexCount(), level.faceCount, std::move(further), scene.notes});
+    TellConverted(options,
+                  {source->VertexCount(), source->FaceCount(), std::move(further), scene.notes});
 }
 
 }  // namespace
@@ -161,6 +167,7 @@ void AddConvertCommand(CLI::App& program) {
     verb->add_option("--units", options->units, "Unit of the file that is written")->check(isUnit);
     verb->add_option("--up", options->up, "Axis that points up in the file that is written")
         ->check(isAxis);
+    verb->add_flag("--visible", options->visible, "Leaves out faces that a scene hides");
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Convert(*options); });

@@ -53,7 +53,7 @@ public:
         return {
             {"stroke", {{"surface", {{-0.5f, -0.3f, 1.0f}, {0.5f, 0.4f, 1.0f}}}, {"open", open}}}};
     }
-    SculptSession& Session() { return runner->Session(); }
+    Document& GetDocument() { return runner->GetDocument(); }
 
 private:
     fs::path folder;
@@ -74,16 +74,16 @@ void KeptStroke(benchmark::State& state, Kept kept) {
     const json whole = Work::Stroke(false);
     const json open = Work::Stroke(true);
     const json end = {{"stroke", {{"continue", true}}}};
-    const uint64_t before = work.Session().Totals().dabs;
+    const uint64_t before = work.GetDocument().Totals().dabs;
     for (auto _ : state) {
         work.Do(kept.undo ? whole : open);
         state.PauseTiming();
         if (!kept.undo) work.Do(end);
-        work.Session().Geometry().History().Settle();
-        work.Session().Geometry().History().Clear();
+        work.GetDocument().Geometry().History().Settle();
+        work.GetDocument().Geometry().History().Clear();
         state.ResumeTiming();
     }
-    const uint64_t dabs = work.Session().Totals().dabs - before;
+    const uint64_t dabs = work.GetDocument().Totals().dabs - before;
     state.SetItemsProcessed(static_cast<int64_t>(dabs));
     state.counters["dabs"] =
         benchmark::Counter(static_cast<double>(dabs), benchmark::Counter::kAvgIterations);

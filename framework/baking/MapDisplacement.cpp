@@ -64,7 +64,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
     std::vector<std::uint32_t> moved;
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector move = MoveOf(v, frames, map);
-        const auto frozen = static_cast<float>(level.Freeze(v));
+        const auto frozen = static_cast<float>(level.FreezeOfTools(v));
         moves[v] = frozen == 0.0f ? move : move * (1.0f - frozen / 127.0f);
         if (!IsFinite(moves[v]))
             throw HostError(options.path + ": vertex " + std::to_string(v) +
@@ -93,6 +93,8 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
     RefreshNormals(level, around);
     change.FinishAs("Displace");
     level.ContentChanged();
+    geometry.ReportVertices(
+        geometry.BoundIndex(), SurfaceChange::Positions | SurfaceChange::Normals, around);
     return moved.size();
 }
 

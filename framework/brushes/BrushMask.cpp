@@ -8,7 +8,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 constexpr int mirroredStampMask = 1;
 
 /// Stands for no image.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/brushes/Falloff.h"
 #include "framework/brushes/FalloffTable.h"
 #include "framework/mesh/StrokeResources.h"
 #include "host/BrushOperation.h"
@@ -25,7 +26,7 @@ struct BrushOperation::Private {
     bool screenSpace = false;
     bool inverted = false;  ///< the stroke under way began with ModifierInvert
 
-    int falloffIndex = 2;  ///< customFalloffIndex: samples of the user's own
+    int falloffIndex = smoothFalloffIndex;  ///< customFalloffIndex: samples of the user's own
     FalloffTable falloff{falloffIndex};
 
     // The stamp (mask -1).

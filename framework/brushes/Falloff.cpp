@@ -13,11 +13,39 @@ namespace {
 
 float SmoothStep(float t) { return t * t * (3.0f - 2.0f * t); }
 
+struct Curve {
+    const char* name;
+    /// At distance x from the centre, 0 to 1.
+    float (*value)(float x);
+};
+
+/// By index. Scenes store the index: new curves go at the end.
+constexpr Curve curves[] = {
+    {"constant", [](float) { return 1.0f; }},
+    {"linear", [](float x) { return 1.0f - x; }},
+    {"smooth", [](float x) { return SmoothStep(1.0f - x); }},
+    {"spherical", [](float x) { return std::sqrt(std::max(0.0f, 1.0f - x * x)); }},
+    {"sharp",
+     [](float x) {
+         const float inner = 1.0f - x;
+         return inner * inner * inner;
+     }},
+    {"cone", [](float x) { return x < 0.25f ? 1.0f : (1.0f - x) * (1.0f / 0.75f); }},
+    {"bell",
+     [](float x) {
+         const float t = 1.0f - x * x;
+         return t * t * t;
+     }},
+    {"plateau", [](float x) { return x < 0.75f ? 1.0f : SmoothStep((1.0f - x) * 4.0f); }}};
+
 }  // namespace
 
 const std::vector<std::string>& FalloffNames() {
-    static const std::vector<std::string> names = {
-        "constant", "linear", "smooth", "spherical", "sharp", "cone", "bell", "plateau"};
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> list;
+        for (const Curve& curve : curves) list.emplace_back(curve.name);
+        return list;
+    }();
     return names;
 }
 
@@ -36,27 +64,7 @@ std::string FalloffName(int index) {
 }
 
 float FalloffValue(int index, float x) {
-    const float inner = 1.0f - x;
-    switch (index) {
-        case 0:
-            return 1.0f;
-        case 1:
-            return inner;
-        case 3:
-            return std::sqrt(std::max(0.0f, 1.0f - x * x));
-        case 4:
-            return inner * inner * inner;
-        case 5:
-            return x < 0.25f ? 1.0f : inner * (1.0f / 0.75f);
-        case 6: {
-            const float t = 1.0f - x * x;
-            return t * t * t;
-        }
-        case 7:
-            return x < 0.75f ? 1.0f : SmoothStep(inner * 4.0f);
-        default:
-            return SmoothStep(inner);
-    }
+    return curves[IsFalloffIndex(index) ? index : smoothFalloffIndex].value(x);
 }
 
 void FillFalloff(Store<float>& samples, int index) {

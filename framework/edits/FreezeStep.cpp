@@ -20,6 +20,7 @@ public:
             amounts[i] = amount;
         }
         mesh.ContentChanged();
+        geometry.ReportVertices(level, SurfaceChange::Mask, vertices);
     }
 
     uint64_t Bytes() const override {

@@ -3,7 +3,6 @@
 
 #include "framework/layers/SameState.h"
 #include "framework/math/SameBits.h"
-#include "framework/mesh/LevelPositions.h"
 #include "framework/multires/LevelGeometry.h"
 
 #include <algorithm>
@@ -42,10 +41,6 @@ LayerEdit::LayerEdit(LevelGeometry& ofGeometry, uint32_t ofLevel, Reach ofReach)
     LayerGround& ground = geometry.Layers().Ground(mesh);
     knotsBefore = ground.Knots();
     ground.Settle(mesh, layers);
-    if (reach != Reach::Surface) return;
-    positionsBefore = PositionsOf(mesh);
-    normalsBefore.assign(mesh.vertexNormals.array,
-                         mesh.vertexNormals.array + mesh.vertexNormals.fill);
 }
 
 std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
@@ -74,6 +69,8 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
     }
     step->FindKept(LayerStep::RowsOf(geometry, level));
     if (!step->vertices.empty()) mesh.ContentChanged();
+    geometry.ReportVertices(
+        level, SurfaceChange::Positions | SurfaceChange::Normals, step->vertices);
     return step;
 }
 
@@ -87,14 +84,15 @@ bool LayerEdit::SameRows(const LayerStep& step) const {
                       });
 }
 
-void LayerEdit::TakeVertices(LayerStep& step, const std::vector<uint32_t>& around) const {
-    for (const uint32_t vertex : around) {
-        const PackedNormal& normal = normalsBefore[vertex];
-        if (SameBits(mesh.Position(vertex), positionsBefore[vertex]) &&
+void LayerEdit::TakeVertices(LayerStep& step, const LayerGround::Replaced& replaced) const {
+    for (std::size_t i = 0; i < replaced.vertices.size(); ++i) {
+        const uint32_t vertex = replaced.vertices[i];
+        const PackedNormal& normal = replaced.normals[i];
+        if (SameBits(mesh.Position(vertex), replaced.positions[i]) &&
             SameBits(mesh.vertexNormals.array[vertex], normal))
             continue;
         step.vertices.push_back(vertex);
-        step.positions.push_back(positionsBefore[vertex]);
+        step.positions.push_back(replaced.positions[i]);
         step.normals.push_back({normal.x, normal.y, normal.z});
     }
     step.vertices.shrink_to_fit();

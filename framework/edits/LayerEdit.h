@@ -30,7 +30,7 @@ public:
     std::unique_ptr<UndoStep> Finish(const std::string& label);
 
 private:
-    void TakeVertices(LayerStep& step, const std::vector<uint32_t>& around) const;
+    void TakeVertices(LayerStep& step, const LayerGround::Replaced& replaced) const;
     void TakeEntries(LayerStep& step) const;
     bool SameRows(const LayerStep& step) const;
 
@@ -44,8 +44,6 @@ private:
     /// Per row the states of all slots.
     std::vector<std::vector<SculptLayer::State>> statesBefore;
     std::vector<LayerGround::Knot> knotsBefore;
-    std::vector<Vector> positionsBefore;
-    std::vector<PackedNormal> normalsBefore;
 };
 
 }  // namespace trovik

@@ -60,6 +60,7 @@ void LayerStep::Apply(LevelGeometry& geometry) {
         SwapNormal(mesh.vertexNormals.array[vertex], normals[i]);
     }
     mesh.ContentChanged();
+    geometry.ReportVertices(level, SurfaceChange::Positions | SurfaceChange::Normals, vertices);
 }
 
 uint64_t LayerStep::Bytes() const {

@@ -137,8 +137,9 @@ std::unique_ptr<UndoStep> EraseLayerByFreezeAsStep(LevelGeometry& geometry, Scul
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::Surface);
     constexpr float fullAmount = freezeAmountMask;
     for (uint32_t slot = 0; slot < layer.SlotCount(); ++slot) {
-        const uint8_t amount = edit.Mesh().Freeze(layer.VertexOfSlot(slot));
-        if (amount == 0) continue;
+        const uint32_t vertex = layer.VertexOfSlot(slot);
+        const uint8_t amount = edit.Mesh().Freeze(vertex);
+        if (amount == 0 || edit.Mesh().IsVertexHidden(vertex)) continue;
         const float left = 1.0f - static_cast<float>(amount) / fullAmount;
         const Vector& offset = layer.StateOfSlot(slot).offset;
         SetOffset(layer, slot, amount == freezeAmountMask ? Vector() : Scaled(left, offset));

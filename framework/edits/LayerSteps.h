@@ -38,7 +38,7 @@ TROVIK_API std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometr
 TROVIK_API std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer);
 /// Takes away the layer's offsets where the level is frozen: all of them under full freeze, a share
-/// under less. \throw HostError when the layer is locked.
+/// under less. Hidden vertices keep theirs. \throw HostError when the layer is locked.
 TROVIK_API std::unique_ptr<UndoStep> EraseLayerByFreezeAsStep(LevelGeometry& geometry,
                                                               SculptLayer& layer);
 /// @}

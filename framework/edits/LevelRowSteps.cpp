@@ -138,15 +138,7 @@ private:
 std::unique_ptr<UndoStep> SubdivideAsStep(LevelGeometry& geometry,
                                           uint64_t byteBudget,
                                           JobControl* job) {
-    geometry.CheckForecast(1, byteBudget);
-    // Subdivide starts from the highest level, and what the way there carries belongs to the step.
-    LevelSwitch way = geometry.SwitchLevel(geometry.LevelCount() - 1, job);
-    try {
-        geometry.Subdivide(byteBudget, job);
-    } catch (...) {
-        geometry.Exchange(way);
-        throw;
-    }
+    LevelSwitch way = geometry.Subdivide(byteBudget, job);
     return std::make_unique<SubdivideStep>(std::move(way), geometry.BoundIndex());
 }
 

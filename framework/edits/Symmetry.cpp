@@ -94,9 +94,10 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
             const uint32_t twin = byPlace.TwinOf(i, axis);
             if (twin == none || twin < i) continue;
             if (places[i] == Mirrored(places[twin], axis)) continue;
-            if (level.Freeze(records.array[i].vertexIndex) !=
-                level.Freeze(records.array[twin].vertexIndex))
-                continue;
+            const uint32_t vertex = records.array[i].vertexIndex;
+            const uint32_t across = records.array[twin].vertexIndex;
+            if (level.IsVertexHidden(vertex) || level.IsVertexHidden(across)) continue;
+            if (level.Freeze(vertex) != level.Freeze(across)) continue;
             places[i] = Mean(places[i], places[twin], axis);
             if (twin != i) places[twin] = Mirrored(places[i], axis);
         }
@@ -124,7 +125,7 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
     uint32_t moved = 0;
     const auto move = [&](uint32_t vertex, const Vector& goal) {
         const Vector present = level.Position(vertex);
-        const uint8_t amount = level.Freeze(vertex);
+        const uint8_t amount = level.FreezeOfTools(vertex);
         if (amount == freezeAmountMask || SameBits(present, goal)) return;
         const float share =
             1.0f - static_cast<float>(amount) / static_cast<float>(freezeAmountMask);
@@ -152,8 +153,9 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
     }
     if (moves.IsEmpty()) return 0;
     LevelChange change(&level);
-    moves.Apply(change);
+    const std::vector<uint32_t> changed = moves.Apply(change);
     change.FinishAs("Make Symmetric");
+    geometry.ReportVertices(number, SurfaceChange::Positions | SurfaceChange::Normals, changed);
     return moved;
 }
 

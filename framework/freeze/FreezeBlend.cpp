@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeBlend.h"
 
+#include "framework/mesh/LevelHierarchy.h"
 #include "framework/multires/Steps.h"
 
 #include <algorithm>
@@ -64,13 +65,22 @@ std::unique_ptr<UndoStep> BlendFreezeAsStep(LevelMesh& level,
                                             const std::vector<uint8_t>& given,
                                             FreezeMode mode) {
     assert(given.size() == level.VertexCount());
-    const std::vector<uint8_t> before = FreezeAmounts(level);
+    std::vector<uint32_t> vertices;
+    std::vector<uint8_t> before;
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
-        const uint8_t after = Blended(before[v], given[v], mode);
-        if (after != before[v]) level.SetFreeze(v, after);
+        if (level.IsVertexHidden(v)) continue;
+        const uint8_t present = level.Freeze(v);
+        const uint8_t after = Blended(present, given[v], mode);
+        if (after == present) continue;
+        vertices.push_back(v);
+        before.push_back(present);
+        level.SetFreeze(v, after);
     }
-    auto step = MakeFreezeStep(level, before);
-    if (step != nullptr) level.ContentChanged();
+    auto step = MakeFreezeStep(level, vertices, before);
+    if (step == nullptr) return nullptr;
+    level.ContentChanged();
+    level.Hierarchy().ReportVertices(
+        static_cast<uint32_t>(level.Index()), SurfaceChange::Mask, vertices);
     return step;
 }
 

@@ -38,7 +38,7 @@ TROVIK_API std::vector<uint8_t> FreezeBetween(const std::vector<uint8_t>& from,
                                               float amount);
 
 /// Blends amounts, one for each vertex, into the level's and answers the step of it, not yet
-/// pushed; null when no amount changed. Cost: O(vertices).
+/// pushed; null when no amount changed. Hidden vertices keep their amounts. Cost: O(vertices).
 TROVIK_API std::unique_ptr<UndoStep> BlendFreezeAsStep(LevelMesh& level,
                                                        const std::vector<uint8_t>& given,
                                                        FreezeMode mode);

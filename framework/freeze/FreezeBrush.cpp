@@ -11,7 +11,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 constexpr float percent = 0.01f;
 
 /// Adds up the shares of a vertex's neighbours.
@@ -138,12 +137,20 @@ void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
         shares[i] = share + (target - share) * weight;
     }
     const Matrix& toWorld = GeometryOf(*level).Place().ToWorld();
+    std::vector<uint32_t> changed;
     for (std::size_t i = 0; i < reached.size(); ++i) {
-        if (!(weights[i] > 0.0f)) continue;
         const uint32_t vertex = reached[i].vertex;
-        if (records->SetShare(vertex, shares[i]))
-            box.Extend(toWorld.AffineTransform(level->Position(vertex), 1.0f));
+        if (!(weights[i] > 0.0f) || level->IsVertexHidden(vertex)) continue;
+        if (!records->SetShare(vertex, shares[i])) continue;
+        changed.push_back(vertex);
+        box.Extend(toWorld.AffineTransform(level->Position(vertex), 1.0f));
     }
+    ReportMask(changed);
+}
+
+void FreezeBrush::ReportMask(const std::vector<uint32_t>& vertices) const {
+    level->Hierarchy().ReportVertices(
+        static_cast<uint32_t>(level->Index()), SurfaceChange::Mask, vertices);
 }
 
 void FreezeBrush::EndStroke() {
@@ -163,6 +170,7 @@ void FreezeBrush::PutBackStroke() {
     if (level == nullptr) return;
     for (std::size_t i = 0; i < records->Vertices().size(); ++i)
         level->SetFreeze(records->Vertices()[i], records->AmountsBefore()[i]);
+    ReportMask(records->Vertices());
     records = std::make_unique<FreezeRecords>(*level);
 }
 

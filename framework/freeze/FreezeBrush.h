@@ -54,6 +54,7 @@ private:
     void Apply(const std::vector<FreezeReach>& reached,
                const std::vector<float>& weights,
                AxisAlignedBoundingBox& box);
+    void ReportMask(const std::vector<uint32_t>& vertices) const;
     float FalloffAt(float distance, float radius) const;
     float FacingFactor(uint32_t vertex, const Vector& eye) const;
     float MeanAround(const FreezeReach& at) const;

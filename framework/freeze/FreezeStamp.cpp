@@ -10,7 +10,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 /// No stamp is repeated so often that a place lies farther out, in pixels.
 constexpr float farthest = 1e9f;
 

@@ -33,15 +33,11 @@ public:
         png = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
         info = png == nullptr ? nullptr : png_create_info_struct(png);
         if (info == nullptr) {
-            png_destroy_read_struct(&png, nullptr, nullptr);
             ThrowImageError("read", path, "there is not enough memory");
         }
         png_set_read_fn(png, this, OnRead);
         Run([this] { png_read_info(png, info); });
     }
-    ~PngReader() { png_destroy_read_struct(&png, &info, nullptr); }
-    PngReader(const PngReader&) = delete;
-    PngReader& operator=(const PngReader&) = delete;
 
     FloatImage ReadPixels(std::size_t maxBytes) {
         int passes = 1;
@@ -130,11 +126,22 @@ private:
 
     static constexpr std::size_t MaxReasonBytes = 200;
 
+    /// A member of its own, so that it is also released when the constructor of the reader throws.
+    struct Handles {
+        Handles() = default;
+        ~Handles() { png_destroy_read_struct(&png, &info, nullptr); }
+        Handles(const Handles&) = delete;
+        Handles& operator=(const Handles&) = delete;
+        png_structp png = nullptr;
+        png_infop info = nullptr;
+    };
+
     const std::string& path;
     std::vector<unsigned char> content;
     std::size_t position = 0;
-    png_structp png = nullptr;
-    png_infop info = nullptr;
+    Handles handles;
+    png_structp& png = handles.png;
+    png_infop& info = handles.info;
     char reason[MaxReasonBytes] = {};
 };
 

@@ -20,7 +20,7 @@ struct JournalOptions {
 };
 
 /// Takes down the inputs of one piece of work as they happen, so that RecoverJournal can do it
-/// again. SessionJournal drives it for a SculptSession; this class knows neither mesh nor brush.
+/// again. JournalRecorder drives it for a Document; this class knows neither mesh nor brush.
 ///
 /// What is taken down is handed to the system before each call returns: the end of the process, in
 /// whatever way, loses none of it. A call costs one call of the system, and no wait for the disk

@@ -255,7 +255,7 @@ void LayerGround::Exchange(std::vector<OtherKnot>& others) {
     knots = std::move(all);
 }
 
-std::vector<uint32_t> LayerGround::Compose(LevelMesh& level, const Layers& layers) {
+LayerGround::Replaced LayerGround::Compose(LevelMesh& level, const Layers& layers) {
     const std::vector<Touched> touched = TouchedBy(layers);
     std::vector<std::pair<uint32_t, Vector>> moves;
     std::vector<Knot> composed;
@@ -298,12 +298,18 @@ std::vector<uint32_t> LayerGround::Compose(LevelMesh& level, const Layers& layer
     std::vector<uint32_t> vertices;
     vertices.reserve(moves.size());
     for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
-    std::vector<uint32_t> around = WithNeighbours(level, vertices);
+    Replaced replaced;
+    replaced.vertices = WithNeighbours(level, vertices);
+    const std::vector<uint32_t>& around = replaced.vertices;
+    for (const uint32_t vertex : around) {
+        replaced.positions.push_back(level.Position(vertex));
+        replaced.normals.push_back(level.vertexNormals.array[vertex]);
+    }
     NoteNormals(level, around);
     for (const auto& [vertex, place] : moves) level.SetPosition(vertex, place);
     level.ComputeNormalsOf(around);
     TakeNotedNormals(level, around);
-    return around;
+    return replaced;
 }
 
 void LayerGround::Keep(const LevelMesh& level, const Layers& layers) {

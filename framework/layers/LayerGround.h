@@ -50,10 +50,17 @@ public:
     /// lowest first. Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
 
+    /// The positions and normals that Compose has replaced.
+    struct Replaced {
+        /// The vertices that moved and those around them, ascending.
+        std::vector<uint32_t> vertices;
+        std::vector<Vector> positions;
+        std::vector<PackedNormal> normals;
+    };
     /// Brings the level up to date with the layers, which may be others than at Settle or have
     /// other offsets: positions, normals around what moved, and what the layers know of each
-    /// vertex. \return the vertices that moved and those around them, in order.
-    std::vector<uint32_t> Compose(LevelMesh& level, const Layers& layers);
+    /// vertex.
+    Replaced Compose(LevelMesh& level, const Layers& layers);
     /// For a change of the layers that leaves the surface as it is: notes that its present
     /// positions belong to them as they are now.
     void Keep(const LevelMesh& level, const Layers& layers);

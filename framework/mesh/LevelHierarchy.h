@@ -6,6 +6,7 @@
 #include "framework/mesh/TopologicalMirror.h"
 
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace trovik {
@@ -20,9 +21,28 @@ public:
     /// Null until a topological mirror has been found.
     const TopologicalMirror* Mirror() const { return mirror.get(); }
 
-    /// Receives the walks and changes on all levels; null for none. Borrowed.
-    void SetObserver(GeometryObserver* newObserver) { observer = newObserver; }
-    GeometryObserver* Observer() const { return observer; }
+    /// Adds an observer of all levels, borrowed, unless it is one already. Observers are called in
+    /// the order in which they were added.
+    void AddObserver(GeometryObserver& observer);
+    /// No effect for one that was not added.
+    void RemoveObserver(GeometryObserver& observer);
+    const std::vector<GeometryObserver*>& Observers() const { return observers; }
+
+    /// \name Reports to the observers
+    /// To be called by code that has changed a level, after the change. Without an observer each
+    /// costs one comparison. \param what  a combination of SurfaceChange::What.
+    /// @{
+
+    /// Names the patches of level max(0, level - 5) that have one of the vertices at a corner of
+    /// one of their faces; nothing is reported for an empty list. Cost: by the vertices.
+    void ReportVertices(uint32_t level, uint8_t what, const std::vector<uint32_t>& vertices);
+    /// \param patches  faces of level `patchLevel`, each once.
+    void ReportPatches(uint32_t level,
+                       uint8_t what,
+                       uint32_t patchLevel,
+                       std::span<const uint32_t> patches);
+    void ReportAll(uint32_t level, uint8_t what);
+    /// @}
 
     /// Implements LevelMesh::StartChange.
     virtual MeshChange* StartChange(LevelMesh& level) = 0;
@@ -35,7 +55,11 @@ public:
 protected:
     std::vector<std::unique_ptr<LevelMesh>> levels;
     std::unique_ptr<TopologicalMirror> mirror;
-    GeometryObserver* observer = nullptr;
+
+private:
+    void Report(const SurfaceChange& change) const;
+
+    std::vector<GeometryObserver*> observers;
 };
 
 }  // namespace trovik

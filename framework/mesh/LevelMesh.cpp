@@ -68,7 +68,7 @@ int32_t LevelMesh::MirrorVertex(uint32_t face,
 }
 trovik::Geometry* LevelMesh::Geometry() { return hierarchy; }
 int LevelMesh::Index() const { return index; }
-int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 ? 1 : 0; }
+int LevelMesh::FreezeQuery() { return frozenVertexCount != 0 || hiddenVertexCount != 0 ? 1 : 0; }
 trovik::Layer* LevelMesh::Layer() { return hierarchy->LayerOf(*this); }
 
 bool LevelMesh::Lock(MeshUnlocker* unlocker) {
@@ -99,13 +99,17 @@ void LevelMesh::SetOpenChange(LevelChange* change, uint32_t* outsideEdits) {
     outsideEditCount = outsideEdits;
 }
 
-void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
-    uint8_t& byte = vertices.array[vertex].freeze;
-    const uint8_t before = byte & freezeAmountMask;
-    const uint8_t after = std::min(amount, freezeAmountMask);
-    if (before == 0 && after != 0) ++frozenVertexCount;
-    if (before != 0 && after == 0) --frozenVertexCount;
-    byte = static_cast<uint8_t>((byte & ~freezeAmountMask) | after);
+// In a stroke the vertex may have been moved by the brush already; its record has the position of
+// before.
+void LevelMesh::NoteOlderPosition(uint32_t vertex) {
+    const uint32_t link = openChange == nullptr ? 0 : vertices.array[vertex].changeLink;
+    if (openChange != nullptr && link < changeRecordCount &&
+        changeRecords[link].vertexIndex == vertex) {
+        const float* p = changeRecords[link].originalPosition;
+        older.NotePosition(vertex, {p[0], p[1], p[2]});
+        return;
+    }
+    older.NotePosition(vertex, Position(vertex));
 }
 
 }  // namespace trovik

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/mesh/FaceRun.h"
+#include "framework/mesh/OlderValues.h"
 #include "host/Mesh.h"
 
+#include <span>
 #include <vector>
 
 namespace trovik {
@@ -73,6 +76,7 @@ public:
     /// Moves a vertex. An edit from outside the brush: see CountOutsideEdit.
     void SetPosition(uint32_t vertex, const Vector& p) {
         CountOutsideEdit();
+        if (older.KeepsPositions()) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
     /// Counts an edit of positions or normals in the open change, if there is one. Code that writes
@@ -80,7 +84,7 @@ public:
     void CountOutsideEdit() {
         if (outsideEditCount != nullptr) ++*outsideEditCount;
     }
-    /// Moves a vertex for the brush.
+    /// Moves a vertex for the brush: one that the open change has a record of.
     void StorePosition(uint32_t vertex, const Vector& p) {
         Vertex& v = vertices.array[vertex];
         v.x = p.x;
@@ -98,12 +102,41 @@ public:
     /// \throw Cancelled; some normals may have changed then.
     void ComputeNormals(JobControl* job = nullptr);
 
-    /// Freeze amount 0 to 127; keeps the count behind FreezeQuery.
+    /// Freeze amount 0 to 127, the mask that the user painted; keeps the count behind FreezeQuery.
+    /// A hidden vertex has its own amount too, which shows again when the vertex does.
     void SetFreeze(uint32_t vertex, uint8_t amount);
     uint8_t Freeze(uint32_t vertex) const {
+        const Vertex& v = vertices.array[vertex];
+        return (v.reserved[0] != 0 ? v.reserved[0] : v.freeze) & freezeAmountMask;
+    }
+    /// The amount that tools respect: Freeze, but 127 for a hidden vertex. Brushes read the same
+    /// from Vertex::freeze.
+    uint8_t FreezeOfTools(uint32_t vertex) const {
         return vertices.array[vertex].freeze & freezeAmountMask;
     }
+    /// Number of vertices with Freeze above 0.
     uint32_t FrozenVertexCount() const { return frozenVertexCount; }
+
+    /// What the neighbouring levels last saw of this one. SetPosition and SetFreeze note what they
+    /// replace; what the brush moves is noted when its change is unlinked.
+    OlderStates& Older() { return older; }
+    const OlderStates& Older() const { return older; }
+    /// Hidden faces are neither sculpted nor shown. The face's byte in faceFlags holds the state
+    /// (faceIsHidden). A vertex is hidden if it has faces and all of them are hidden: brushes then
+    /// see it as fully frozen, through Vertex::freeze, and its own amount is kept aside in
+    /// Vertex::reserved[0]. The border between hidden and visible faces is visible.
+    ///
+    /// All levels of a geometry agree on what is hidden; see HiddenFaces.h in framework/multires,
+    /// through which a geometry is changed.
+    bool IsFaceHidden(uint32_t face) const { return (faceFlags[face] & faceIsHidden) != 0; }
+    bool IsVertexHidden(uint32_t vertex) const { return vertices.array[vertex].reserved[0] != 0; }
+    uint32_t HiddenFaceCount() const { return hiddenFaceCount; }
+    uint32_t HiddenVertexCount() const { return hiddenVertexCount; }
+    /// Hides the visible faces among these, and shows the hidden ones. Not during a stroke.
+    /// \param faces  each once. Cost: O(these faces), at most O(faces of the level).
+    void ToggleHidden(std::span<const FaceRun> faces);
+    /// Brings counts and vertices up to date after faceFlags was written. Cost: O(faces).
+    void RefreshHidden();
 
     void SetLockable(bool on) { lockable = on; }
     bool IsLockable() const { return lockable; }
@@ -151,11 +184,14 @@ private:
     LevelMesh(LevelHierarchy* ofHierarchy, int number);
     void AllocateFaces(uint32_t faces, int32_t type);
     void AllocateVertices(uint32_t count);
+    void SetVertexHidden(uint32_t vertex, bool on);
+    void RefreshHiddenVertices();
     /// What level 0 stores beside its faces: who lies across their sides, and a face of each
     /// vertex. \throw Cancelled; the level has no tables then.
     void MakeBaseTables(JobControl* job = nullptr);
     void DropBaseTables();
-    /// Marks a walk; at its end, by return or exception, the observer hears of it.
+    void NoteOlderPosition(uint32_t vertex);
+    /// Marks a walk; at its end, by return or exception, the observers are notified.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
     template <typename Report>
@@ -166,6 +202,8 @@ private:
     uint32_t vertexCount = 0;
     uint32_t coarserVertexCount = 0;
     uint32_t frozenVertexCount = 0;
+    uint32_t hiddenFaceCount = 0;
+    uint32_t hiddenVertexCount = 0;
     bool lockable = true;
     MeshUnlocker* lockHolder = nullptr;
     StrokeResources* lockResources = nullptr;
@@ -175,6 +213,7 @@ private:
     /// In the open change; null without one.
     uint32_t* outsideEditCount = nullptr;
     std::vector<LevelChange*> changes;
+    OlderStates older;
     Store<uint8_t> faceFlagStore;
     /// Level 0 only: for each corner slot of a face the packed neighbour across that side.
     Store<uint32_t> baseNeighbours;

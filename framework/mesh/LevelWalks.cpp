@@ -34,7 +34,7 @@ public:
     }
     ~WalkScope() {
         mesh.walking = false;
-        if (GeometryObserver* observer = mesh.hierarchy->Observer())
+        for (GeometryObserver* observer : mesh.hierarchy->Observers())
             observer->WalkEnded(mesh, visits);
     }
     WalkScope(const WalkScope&) = delete;

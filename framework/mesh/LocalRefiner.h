@@ -12,13 +12,18 @@ namespace trovik {
 /// is that of the faces around the point, whatever the size of the level.
 class LocalRefiner {
 public:
-    /// \param positions  of the coarse level; null for those that it has. Borrowed, as all is.
+    /// \param positions  of the coarse level; null for its present ones. Borrowed, as all is.
     LocalRefiner(LevelMesh& coarseLevel, const Vector* positions)
         : coarse(coarseLevel), places(positions), corners(coarseLevel.CornersPerFace()) {}
+    /// Refines an older state of the coarse level. \param positions  sorted.
+    LocalRefiner(LevelMesh& coarseLevel, const OlderValues<Vector>& positions)
+        : coarse(coarseLevel), older(&positions), corners(coarseLevel.CornersPerFace()) {}
 
     /// The position that a vertex of the coarse level has in the refinement's input.
     Vector At(uint32_t vertex) const {
-        return places == nullptr ? coarse.Position(vertex) : places[vertex];
+        if (places != nullptr) return places[vertex];
+        const Vector* position = older == nullptr ? nullptr : older->Find(vertex);
+        return position == nullptr ? coarse.Position(vertex) : *position;
     }
     Vector FacePoint(uint32_t face) const {
         const uint32_t* v = coarse.faceVertexIndices.array + face * corners;
@@ -31,7 +36,8 @@ public:
 
 private:
     LevelMesh& coarse;
-    const Vector* places;
+    const Vector* places = nullptr;
+    const OlderValues<Vector>* older = nullptr;
     uint32_t corners;
     std::vector<uint32_t> facesAround;
     std::vector<Vector> terms;

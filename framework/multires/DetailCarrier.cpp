@@ -15,18 +15,25 @@ namespace trovik {
 
 namespace {
 
-/// Vertices whose position differs from the seen one.
+/// Vertices whose position differs from the seen one, ascending.
 std::vector<uint32_t> Changed(const LevelMesh& level,
-                              const std::vector<Vector>& seen,
+                              const OlderValues<Vector>& seen,
                               JobControl* job) {
     std::vector<uint32_t> changed;
-    JobPhase phase(job, "Finding changes", level.VertexCount());
+    const std::vector<uint32_t>& written = seen.Vertices();
+    JobPhase phase(job, "Finding changes", written.size());
     phase.ForEachRun([&](uint64_t first, uint64_t end) {
-        for (auto v = static_cast<uint32_t>(first); v < end; ++v)
-            if (!SameBits(seen[v], level.Position(v))) changed.push_back(v);
+        for (uint64_t i = first; i < end; ++i)
+            if (!SameBits(seen.Values()[i], level.Position(written[i])))
+                changed.push_back(written[i]);
     });
     phase.Finish();
     return changed;
+}
+
+Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uint32_t vertex) {
+    const Vector* position = seen.Find(vertex);
+    return position == nullptr ? level.Position(vertex) : *position;
 }
 
 /// Coarse faces whose surroundings are worked on at a time, so that memory does not follow the
@@ -42,34 +49,33 @@ struct RefinedPoint {
     SurfaceMove move;
 };
 
-/// The points of some fine faces, to be found by their vertex numbers.
+/// The points of some fine faces, and which of them each corner of these faces is.
 class PointTable {
 public:
-    /// \param scratch  empty, or one a vertex of the level: then it is used for finding.
-    PointTable(const LevelMesh& fine,
-               const std::vector<uint32_t>& fineFaces,
-               std::vector<uint32_t>& scratch)
-        : place(scratch) {
+    PointTable(const LevelMesh& fine, const std::vector<uint32_t>& fineFaces) {
+        OlderValues<uint32_t> numbers;
+        numbers.Keep();
         const std::vector<uint32_t> vertices = CornersOf(fine, fineFaces);
         points.reserve(vertices.size());
         for (const uint32_t vertex : vertices) {
-            if (!place.empty()) place[vertex] = static_cast<uint32_t>(points.size());
+            numbers.Note(vertex, static_cast<uint32_t>(points.size()));
             points.push_back({vertex, openBorder, false, {}});
         }
+        numbers.Sort();
+        cornerPoints.reserve(fineFaces.size() * 4);
+        for (const uint32_t face : fineFaces)
+            for (uint32_t k = 0; k < 4; ++k)
+                cornerPoints.push_back(
+                    *numbers.Find(fine.faceVertexIndices.array[std::size_t{face} * 4 + k]));
     }
 
-    RefinedPoint& operator[](uint32_t vertex) {
-        if (!place.empty()) return points[place[vertex]];
-        return *std::lower_bound(
-            points.begin(), points.end(), vertex, [](const RefinedPoint& point, uint32_t v) {
-                return point.vertex < v;
-            });
-    }
+    /// \param slot  4 x place of the face in the list + corner.
+    RefinedPoint& AtCorner(std::size_t slot) { return points[cornerPoints[slot]]; }
     std::vector<RefinedPoint>& All() { return points; }
 
 private:
     std::vector<RefinedPoint> points;
-    std::vector<uint32_t>& place;
+    std::vector<uint32_t> cornerPoints;
 };
 
 Vector QuadNormal(const Vector& a, const Vector& b, const Vector& c, const Vector& d) {
@@ -97,8 +103,7 @@ void DetailCarrier::MoveVertex(LevelMesh& level,
 void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
                                uint32_t firstOwner,
                                uint32_t lastOwner,
-                               const std::vector<Vector>& seen,
-                               std::vector<uint32_t>& scratch,
+                               const OlderValues<Vector>& seen,
                                TurnedLayers* layers,
                                JobPhase& phase,
                                CarriedLevel& carried) {
@@ -107,21 +112,22 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     children.reserve(faces.size() * corners);
     for (const uint32_t face : faces)
         for (uint32_t k = 0; k < corners; ++k) children.push_back(face * corners + k);
-    PointTable points(fine, children, scratch);
-    LocalRefiner before(coarse, seen.data());
+    PointTable points(fine, children);
+    LocalRefiner before(coarse, seen);
     LocalRefiner after(coarse, nullptr);
-    const uint32_t* all = fine.faceVertexIndices.array;
-    for (const uint32_t face : faces) {
+    for (std::size_t i = 0; i < faces.size(); ++i) {
         phase.Poll();
-        const uint32_t* slots = all + face * corners * 4;
-        RefinedPoint& centre = points[slots[2]];
+        const uint32_t face = faces[i];
+        const std::size_t slots = i * corners * 4;
+        RefinedPoint& centre = points.AtCorner(slots + 2);
         centre.owner = face;
         centre.move.before = before.FacePoint(face);
         centre.move.after = after.FacePoint(face);
         for (uint32_t side = 0; side < corners; ++side) {
-            RefinedPoint& start = points[coarse.faceVertexIndices.array[face * corners + side]];
+            // Child k of a quad has the coarse vertex at corner k, that of a triangle at corner 0.
+            RefinedPoint& start = points.AtCorner(slots + side * 4 + (corners == 4 ? side : 0));
             start.owner = std::min(start.owner, face);
-            RefinedPoint& edge = points[slots[EdgeSlot(corners, side)]];
+            RefinedPoint& edge = points.AtCorner(slots + EdgeSlot(corners, side));
             if (edge.owner != openBorder) continue;
             edge.owner = face;
             edge.move.before = before.EdgePoint(face, side);
@@ -137,10 +143,12 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     counts.refined += points.All().size();
 
     const auto forEachFace = [&](auto&& visit) {
-        for (const uint32_t child : children) {
-            RefinedPoint* corner[4];
+        for (std::size_t slot = 0; slot < children.size() * 4; slot += 4) {
             phase.Poll();
-            for (uint32_t k = 0; k < 4; ++k) corner[k] = &points[all[child * 4 + k]];
+            RefinedPoint* const corner[4] = {&points.AtCorner(slot),
+                                             &points.AtCorner(slot + 1),
+                                             &points.AtCorner(slot + 2),
+                                             &points.AtCorner(slot + 3)};
             visit(corner);
         }
     };
@@ -187,7 +195,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     }
 }
 
-void DetailCarrier::Up(const std::vector<Vector>& seen,
+void DetailCarrier::Up(const OlderValues<Vector>& seen,
                        TurnedLayers* layers,
                        CarriedLevel& carried) {
     carried.level = static_cast<uint32_t>(fine.Index());
@@ -200,10 +208,8 @@ void DetailCarrier::Up(const std::vector<Vector>& seen,
         FacesAt(coarse, CornersOf(coarse, FacesAt(coarse, changed)));
     JobPhase phase(job, "Carrying details up", faces.size());
     if (faces.size() <= batchFaces) {
-        std::vector<uint32_t> scratch;
-        CarryFaces(faces, 0, openBorder, seen, scratch, layers, phase, carried);
+        CarryFaces(faces, 0, openBorder, seen, layers, phase, carried);
     } else {
-        std::vector<uint32_t> scratch(fine.VertexCount());
         for (std::size_t first = 0; first < faces.size(); first += batchFaces) {
             const std::size_t end = std::min(faces.size(), first + batchFaces);
             const std::vector<uint32_t> batch(faces.begin() + static_cast<std::ptrdiff_t>(first),
@@ -212,7 +218,6 @@ void DetailCarrier::Up(const std::vector<Vector>& seen,
                        batch.front(),
                        batch.back(),
                        seen,
-                       scratch,
                        layers,
                        phase,
                        carried);
@@ -223,7 +228,7 @@ void DetailCarrier::Up(const std::vector<Vector>& seen,
     // A vertex of no face has no surface to turn with.
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
-        const SurfaceMove move{seen[vertex], coarse.Position(vertex), {}};
+        const SurfaceMove move{SeenPosition(coarse, seen, vertex), coarse.Position(vertex), {}};
         const Vector place = move.Carried(fine.Position(vertex));
         if (layers != nullptr) layers->Turn(vertex, place, move);
         MoveVertex(fine, vertex, place, carried);
@@ -232,7 +237,7 @@ void DetailCarrier::Up(const std::vector<Vector>& seen,
     if (layers != nullptr) layers->Finish();
 }
 
-void DetailCarrier::Down(const std::vector<Vector>& seen, CarriedLevel& carried) {
+void DetailCarrier::Down(const OlderValues<Vector>& seen, CarriedLevel& carried) {
     carried.level = static_cast<uint32_t>(coarse.Index());
     const std::vector<uint32_t> changed = Changed(fine, seen, job);
     if (changed.empty()) return;
@@ -241,7 +246,9 @@ void DetailCarrier::Down(const std::vector<Vector>& seen, CarriedLevel& carried)
     std::vector<uint32_t> faces = FacesAt(fine, changed);
     for (uint32_t& face : faces) face /= corners;
     MakeSet(faces);
-    const auto moveOf = [&](uint32_t vertex) { return fine.Position(vertex) - seen[vertex]; };
+    const auto moveOf = [&](uint32_t vertex) {
+        return fine.Position(vertex) - SeenPosition(fine, seen, vertex);
+    };
     const uint32_t* all = fine.faceVertexIndices.array;
     std::vector<uint32_t> around;
     const std::vector<uint32_t> fitted = CornersOf(coarse, faces);

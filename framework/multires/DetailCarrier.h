@@ -30,8 +30,8 @@ namespace trovik {
 /// the fine ones did, and what moves as a whole is moved as a whole. The fine level keeps its bits;
 /// what the coarse level cannot show stays in the detail.
 ///
-/// Cost of both: comparing the level that changed with what was seen of it, and recomputing what
-/// lies around its changes.
+/// Cost of both: the vertices that were written since the level was seen, and recomputing what lies
+/// around those that lie elsewhere now.
 class DetailCarrier {
 public:
     /// \param jobControl  of Up and Down, which throw Cancelled; `carried` then lists what they
@@ -42,13 +42,13 @@ public:
                   JobControl* jobControl = nullptr)
         : coarse(coarseLevel), fine(fineLevel), counts(work), job(jobControl) {}
 
-    /// \param seen  positions of the coarse level as the fine one knows them, one a vertex.
+    /// \param seen  positions of the coarse level as the fine one knows them, sorted.
     /// \param layers  those of the fine level; null where it has none.
     /// \param carried  receives what happened to the fine level's surface.
-    void Up(const std::vector<Vector>& seen, TurnedLayers* layers, CarriedLevel& carried);
-    /// \param seen  positions of the fine level as the coarse one knows them, one a vertex.
+    void Up(const OlderValues<Vector>& seen, TurnedLayers* layers, CarriedLevel& carried);
+    /// \param seen  positions of the fine level as the coarse one knows them, sorted.
     /// \param carried  receives what happened to the coarse level.
-    void Down(const std::vector<Vector>& seen, CarriedLevel& carried);
+    void Down(const OlderValues<Vector>& seen, CarriedLevel& carried);
 
     /// Brings the normals of these vertices and of their faces' other corners up to date, and
     /// records what they were. \throw Cancelled; `carried` then has them all.
@@ -60,8 +60,7 @@ private:
     void CarryFaces(const std::vector<uint32_t>& faces,
                     uint32_t firstOwner,
                     uint32_t lastOwner,
-                    const std::vector<Vector>& seen,
-                    std::vector<uint32_t>& scratch,
+                    const OlderValues<Vector>& seen,
                     TurnedLayers* layers,
                     JobPhase& phase,
                     CarriedLevel& carried);

@@ -82,15 +82,16 @@ void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine, JobControl* job) {
 
 void CarryFreezeUp(LevelMesh& coarse,
                    LevelMesh& fine,
-                   const std::vector<uint8_t>& seen,
+                   const OlderValues<uint8_t>& seen,
                    CarriedLevel& carried,
                    JobControl* job) {
     FreezeSetter setter(fine, carried);
-    JobPhase phase(job, "Carrying the mask up", coarse.VertexCount());
+    JobPhase phase(job, "Carrying the mask up", seen.Vertices().size());
     std::vector<uint32_t> around;
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
+    for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
         phase.Add();
-        if (coarse.Freeze(v) == seen[v]) continue;
+        const uint32_t v = seen.Vertices()[i];
+        if (coarse.Freeze(v) == seen.Values()[i]) continue;
         setter.Set(v, coarse.Freeze(v));
         const uint32_t lowest = coarse.LowestFaceOf(v);
         if (lowest == openBorder) continue;
@@ -113,14 +114,17 @@ void CarryFreezeUp(LevelMesh& coarse,
 
 void CarryFreezeDown(LevelMesh& coarse,
                      LevelMesh& fine,
-                     const std::vector<uint8_t>& seen,
+                     const OlderValues<uint8_t>& seen,
                      CarriedLevel& carried,
                      JobControl* job) {
     FreezeSetter setter(coarse, carried);
-    JobPhase phase(job, "Carrying the mask down", coarse.VertexCount());
-    for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
+    JobPhase phase(job, "Carrying the mask down", seen.Vertices().size());
+    for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
         phase.Add();
-        if (fine.Freeze(v) != seen[v]) setter.Set(v, fine.Freeze(v));
+        const uint32_t v = seen.Vertices()[i];
+        // The first vertices of the fine level are those of the coarse one.
+        if (v >= coarse.VertexCount()) break;
+        if (fine.Freeze(v) != seen.Values()[i]) setter.Set(v, fine.Freeze(v));
     }
     phase.Finish();
     setter.Finish();

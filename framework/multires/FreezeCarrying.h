@@ -24,22 +24,21 @@ namespace trovik {
 /// \throw Cancelled.
 void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine, JobControl* job = nullptr);
 
-/// \param seen  amounts of the coarse level as the fine one knows them, one a vertex.
+/// \param seen  amounts of the coarse level as the fine one knows them, sorted.
 /// \param carried  receives what happened to the fine level, also when it throws. \throw Cancelled.
-/// Cost: comparing the coarse level with `seen`, and what
-/// lies around the changes.
+/// Cost: the vertices in `seen`, and what lies around those that changed.
 void CarryFreezeUp(LevelMesh& coarse,
                    LevelMesh& fine,
-                   const std::vector<uint8_t>& seen,
+                   const OlderValues<uint8_t>& seen,
                    CarriedLevel& carried,
                    JobControl* job = nullptr);
 
-/// \param seen  amounts of the fine level as the coarse one knows them, one a vertex.
+/// \param seen  amounts of the fine level as the coarse one knows them, sorted.
 /// \param carried  receives what happened to the coarse level, also when it throws.
-/// \throw Cancelled. Cost: O(vertices of the coarse level).
+/// \throw Cancelled. Cost: the vertices in `seen`.
 void CarryFreezeDown(LevelMesh& coarse,
                      LevelMesh& fine,
-                     const std::vector<uint8_t>& seen,
+                     const OlderValues<uint8_t>& seen,
                      CarriedLevel& carried,
                      JobControl* job = nullptr);
 

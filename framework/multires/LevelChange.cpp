@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/multires/LevelChange.h"
 
+#include "framework/math/SameBits.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/memory/SystemMemory.h"
 #include "framework/mesh/StrokeResources.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -104,7 +106,7 @@ void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
     finished = true;
     if (!joinPrevious) ++currentStroke;
     if (level == nullptr) return;
-    if (GeometryObserver* observer = level->Hierarchy().Observer())
+    for (GeometryObserver* observer : level->Hierarchy().Observers())
         observer->ChangeFinished(*level, keepTopology, joinPrevious);
     if (linked) Unlink();
     std::erase(level->Changes(), this);
@@ -129,6 +131,7 @@ void LevelChange::FinishAs(const std::string& label) {
 void LevelChange::Unlink() {
     if (!linked) return;
     RestoreStamps();
+    RestoreHidden(MovedHidden());
     step = StrokeStep::FromChange(*this);
 }
 
@@ -181,7 +184,41 @@ uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {
     return slot;
 }
 
+void LevelChange::NoteOlderPositions() {
+    if (level == nullptr || !level->Older().KeepsPositions()) return;
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        const float* p = record.originalPosition;
+        const Vector before(p[0], p[1], p[2]);
+        if (!SameBits(before, level->Position(record.vertexIndex)))
+            level->Older().NotePosition(record.vertexIndex, before);
+    }
+}
+
+// Brushes give a fully frozen vertex its position plus a displacement times 0, which turns -0 into
+// +0, and compose it again under a layer, which may round.
+std::vector<uint32_t> LevelChange::MovedHidden() const {
+    std::vector<uint32_t> moved;
+    if (level == nullptr || level->HiddenVertexCount() == 0) return moved;
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        const Vertex& vertex = level->vertices.array[record.vertexIndex];
+        if (level->IsVertexHidden(record.vertexIndex) &&
+            std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
+            moved.push_back(i);
+    }
+    return moved;
+}
+
+void LevelChange::RestoreHidden(const std::vector<uint32_t>& moved) {
+    for (const uint32_t i : moved) {
+        const float* p = recordStore.array[i].originalPosition;
+        level->SetPosition(recordStore.array[i].vertexIndex, {p[0], p[1], p[2]});
+    }
+}
+
 void LevelChange::RestoreStamps() {
+    NoteOlderPositions();
     for (uint32_t i = 0; i < recordStore.fill; ++i) {
         const StoredVertexInfo& record = recordStore.array[i];
         Vertex& vertex = level->vertices.array[record.vertexIndex];

@@ -35,7 +35,8 @@ public:
     /// Puts visitStampWord back into the changeLink of every vertex whose link still names its
     /// record, and pushes the step: for each touched vertex the position, normal and layer offset
     /// before the stroke. Vertices that ended with the bits they had are left out; a change without
-    /// any other pushes nothing.
+    /// any other pushes nothing. Hidden vertices have the position of before the stroke, bit for
+    /// bit.
     ///
     /// Finish without `joinPrevious` begins a stroke in the eyes of the histories: steps of further
     /// meshes join only steps of that stroke, each in the history of its own geometry.
@@ -55,6 +56,17 @@ public:
     /// Puts every vertex of the open change back to its bits of before the stroke, with its layer
     /// offset, and forgets its build-up; the change stays open. \return the vertices.
     std::vector<uint32_t> PutBack();
+
+    /// Notes for the neighbouring levels where the vertices that moved lay before the stroke. Done
+    /// by unlinking; only code that binds another level during a stroke calls it.
+    void NoteOlderPositions();
+
+    /// Records of hidden vertices whose position is not that of before the stroke, bit for bit.
+    /// Cost: O(records) if anything is hidden.
+    std::vector<uint32_t> MovedHidden() const;
+    /// Gives the vertices of these records the position of before the stroke. Unlink does so for
+    /// all; a host that reports every change to an observer does it before.
+    void RestoreHidden(const std::vector<uint32_t>& moved);
 
     const Store<StoredVertexInfo>& Records() const { return recordStore; }
 

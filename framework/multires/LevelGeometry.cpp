@@ -11,6 +11,7 @@
 #include "framework/mesh/StrokeResources.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/multires/FreezeCarrying.h"
+#include "framework/multires/HiddenFaces.h"
 #include "framework/multires/LevelChange.h"
 
 #include <algorithm>
@@ -45,7 +46,6 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons, JobControl* job)
     base->ComputeNormals(job);
     base->SetName(QString::fromStdString(polygons.name));
     levels.push_back(std::move(base));
-    seen.emplace_back();
 }
 
 LevelGeometry::~LevelGeometry() {
@@ -135,16 +135,16 @@ std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(JobControl* job) const {
 
 LevelMesh& LevelGeometry::AddLevel(JobControl* job) {
     levels.push_back(MakeLevel(job));
-    seen.emplace_back();
     return *levels.back();
 }
 
-void LevelGeometry::Subdivide(uint64_t byteBudget, JobControl* job) {
+LevelSwitch LevelGeometry::Subdivide(uint64_t byteBudget, JobControl* job) {
     CheckForecast(1, byteBudget);
-    LevelSwitch before = SwitchLevel(LevelCount() - 1, job);
+    LevelSwitch before = StateOfSwitch(job);
     LevelMesh& coarse = *levels.back();
     std::unique_ptr<LevelMesh> made;
     try {
+        CarryTo(LevelCount() - 1, before.carried, job);
         made = MakeLevel(job);
         LevelMesh& target = *made;
         LevelRefiner(coarse, job)
@@ -152,19 +152,21 @@ void LevelGeometry::Subdivide(uint64_t byteBudget, JobControl* job) {
                 target.SetPosition(vertex, position);
             });
         CarryAllFreeze(coarse, target, job);
+        HideChildren(coarse, target);
         target.ComputeNormals(job);
     } catch (...) {
         Revert(before);
         throw;
     }
     levels.push_back(std::move(made));
-    seen.emplace_back();
     DropUnchanged(bound);
     // The new level is what the present positions give: it has seen them.
-    seen[bound].fromAbove.clear();
-    seen[bound].freezeFromAbove.clear();
+    levels[bound]->Older().fromAbove.Drop();
+    levels[bound]->Older().freezeFromAbove.Drop();
     bound = LevelCount() - 1;
     KeepSeen(bound);
+    ReportSwitch(before.bound, before.carried);
+    return before;
 }
 
 LevelForecast LevelGeometry::Forecast(uint32_t times) const {

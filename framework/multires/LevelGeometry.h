@@ -45,11 +45,12 @@ public:
     const Placement& Place() const { return placement; }
 
     /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
-    /// it. Freeze amounts are carried up.
+    /// it. Freeze amounts are carried up, and children of hidden faces are hidden.
     /// \param byteBudget  bytes that the new level may take.
+    /// \return the switch to the level that was the highest, as SwitchLevel.
     /// \throw HostError when the level would pass 2^32 - 2 vertices or faces or the byte budget, or
-    /// when the accounted memory refuses; Cancelled. Nothing has changed then.
-    void Subdivide(uint64_t byteBudget = unlimitedBytes, JobControl* job = nullptr);
+    /// when the accounted memory refuses; Cancelled. Nothing has changed or been reported then.
+    LevelSwitch Subdivide(uint64_t byteBudget = unlimitedBytes, JobControl* job = nullptr);
     static constexpr uint64_t unlimitedBytes = ~uint64_t{0};
     /// What `times` more levels would hold. Cost: O(faces) of level 0.
     LevelForecast Forecast(uint32_t times = 1) const;
@@ -68,7 +69,7 @@ public:
     /// \return what happened to levels on the way.
     std::vector<CarriedLevel> BindLevel(uint32_t index);
     /// The same, and returns what Exchange needs to go back. \throw Cancelled; every bit of every
-    /// level is then as it was.
+    /// level is then as it was, and nothing was reported to observers.
     LevelSwitch SwitchLevel(uint32_t index, JobControl* job = nullptr);
     /// Each level below the bound one takes the bound level's shape: a vertex goes to where the
     /// bound level has it. The bound level and those above keep their bits; what the refinement of
@@ -77,8 +78,9 @@ public:
     /// Swaps the present state of the levels with the one that `other` tells, bit for bit. The
     /// state must be that which came from it, or the one before.
     void Exchange(LevelSwitch& other);
-    /// How the levels know each other now, and which is bound; for Exchange.
-    LevelSwitch StateOfSwitch(JobControl* job = nullptr) const;
+    /// How the levels know each other now, and which is bound; for Exchange. Cost: the vertices
+    /// that were written since they last saw each other. \throw Cancelled.
+    LevelSwitch StateOfSwitch(JobControl* job = nullptr);
     const CarryCounts& CarryWork() const { return carryWork; }
 
     /// Levels that were taken out of the geometry, which still owns all else.
@@ -122,22 +124,12 @@ public:
     /// and freeze amounts are zero, and no other level is bound. \throw HostError and Cancelled as
     /// Subdivide.
     LevelMesh& AddLevel(JobControl* job = nullptr);
-    /// Positions of level `index` as the level above last saw them; empty while unchanged since.
-    const std::vector<Vector>& SeenPositions(uint32_t index) const { return seen[index].fromAbove; }
-    /// Positions of level `index` as the level below last saw them; empty while unchanged since.
-    const std::vector<Vector>& SeenFromBelow(uint32_t index) const { return seen[index].fromBelow; }
-    /// Positions and freeze amounts of one level as its neighbours know them; empty, or one a
-    /// vertex.
-    struct SeenLevel {
-        std::vector<Vector> fromAbove;
-        std::vector<Vector> fromBelow;
-        std::vector<uint8_t> freezeFromAbove = {};
-        std::vector<uint8_t> freezeFromBelow = {};
-    };
-    const SeenLevel& Seen(uint32_t index) const { return seen[index]; }
+    /// Level `index` as its neighbours last saw it.
+    SeenByNeighbours Seen(uint32_t index) const;
     /// For who brings a geometry's content: binds the level, carries nothing, and takes over what
-    /// the levels know of each other. \param seenLevels  per level.
-    void Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLevels);
+    /// the levels know of each other. The face flags of the highest level decide what is hidden on
+    /// all of them. \param seenLevels  per level.
+    void Restore(uint32_t boundIndex, const std::vector<SeenByNeighbours>& seenLevels);
 
     /// One Catmull-Clark refinement of level `index`'s present positions: the positions that the
     /// level above would have with no detail of its own.
@@ -173,19 +165,23 @@ private:
     std::unique_ptr<LevelMesh> MakeLevel(JobControl* job) const;
     /// Of the highest level.
     uint64_t CountEdges() const;
-    /// BindLevel, which adds to `carried` what it does as it does it. \throw Cancelled; Revert
-    /// then restores the levels.
+    /// BindLevel without a report to the observers, which adds to `carried` what it does as it does
+    /// it. \throw Cancelled; Revert then restores the levels.
     void CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
-    /// Restores the state before a switch that was cancelled.
+    /// Restores the state before a switch that was cancelled and not reported.
     void Revert(LevelSwitch& before);
     /// ApplyToLowerLevels, as CarryTo.
     void ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobControl* job);
     void SwapCarried(std::vector<CarriedLevel>& carried);
     void RestoreSeen(const LevelSwitch& state);
-    /// Takes down what the neighbours know of level `index`, before it can change.
+    /// Keeps what the neighbours know of level `index`, before it can change.
     void KeepSeen(uint32_t index);
-    /// Forgets what was taken down of a level that did not change.
+    /// Drops what was kept of a level that did not change.
     void DropUnchanged(uint32_t index);
+    /// Reports to the observers what a carrying did to a level.
+    void ReportCarried(const CarriedLevel& carried);
+    /// Reports another bound level, or one with other vertices or faces, after the carried levels.
+    void ReportSwitch(uint32_t boundBefore, const std::vector<CarriedLevel>& carried);
     void CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
     void CarryDown(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
     void CarryFreezeUp(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
@@ -211,7 +207,7 @@ private:
     void FitBase(const CoarseFaces& coarse, const std::vector<uint32_t>& fineMap, JobControl* job);
     void RenumberLevels(uint32_t first, const std::vector<LevelNumbers>& numbers);
     void NumberLevels();
-    /// Below level 0 there is nobody.
+    /// There is no level below level 0.
     void ForgetFromBelow();
 
     uint32_t bound = 0;
@@ -220,7 +216,6 @@ private:
     /// Outlives the history and all levels, which tell it when they go.
     std::unique_ptr<LayerStack> layers;
     UndoHistory history;
-    std::vector<SeenLevel> seen;
     CarryCounts carryWork;
 };
 

@@ -6,6 +6,7 @@
 #include "framework/layers/LayerStack.h"
 #include "framework/mesh/LevelRefiner.h"
 #include "framework/multires/AttributeCarrying.h"
+#include "framework/multires/HiddenFaces.h"
 #include "framework/multires/LevelGeometry.h"
 #include "host/ClassDesc.h"
 
@@ -80,8 +81,8 @@ void LevelGeometry::NumberLevels() {
 }
 
 void LevelGeometry::ForgetFromBelow() {
-    std::vector<Vector>().swap(seen[0].fromBelow);
-    std::vector<uint8_t>().swap(seen[0].freezeFromBelow);
+    levels[0]->Older().fromBelow.Drop();
+    levels[0]->Older().freezeFromBelow.Drop();
 }
 
 LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept, JobControl* job) {
@@ -101,18 +102,18 @@ LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept, 
         taken.attributes = std::exchange(attributes, std::move(ofLevel));
         if (mirror != nullptr) taken.mirror = std::exchange(mirror, std::move(mirrorOfLevel));
     }
-    const auto firstSeen = seen.begin() + std::distance(levels.begin(), first);
-    seen.erase(firstSeen, firstSeen + std::distance(first, last));
+    std::for_each(first, last, [](const auto& level) { level->Older() = OlderStates(); });
     taken.levels.assign(std::make_move_iterator(first), std::make_move_iterator(last));
     levels.erase(first, last);
     if (lower) {
         bound -= kept;
         ForgetFromBelow();
     } else {
-        std::vector<Vector>().swap(seen[kept].fromAbove);
-        std::vector<uint8_t>().swap(seen[kept].freezeFromAbove);
+        levels[kept]->Older().fromAbove.Drop();
+        levels[kept]->Older().freezeFromAbove.Drop();
     }
     NumberLevels();
+    if (lower) ReportAll(bound, SurfaceChange::Topology);
     return taken;
 }
 
@@ -125,15 +126,13 @@ void LevelGeometry::PutLevels(TakenLevels taken) {
         }
         if (mirror != nullptr && taken.mirror != nullptr) mirror = std::move(taken.mirror);
         bound += count;
-        seen.insert(seen.begin(), count, SeenLevel());
-    } else {
-        seen.resize(seen.size() + count);
     }
     levels.insert(taken.lower ? levels.begin() : levels.end(),
                   std::make_move_iterator(taken.levels.begin()),
                   std::make_move_iterator(taken.levels.end()));
     NumberLevels();
     KeepSeen(bound);
+    if (taken.lower) ReportAll(bound, SurfaceChange::Topology);
 }
 
 void LevelGeometry::Renumber(uint32_t index,
@@ -144,10 +143,11 @@ void LevelGeometry::Renumber(uint32_t index,
     Permute(level.vertices.array, level.vertexCount, vertexMap);
     Permute(level.vertexNormals.array, level.vertexNormals.fill, vertexMap);
     Permute(level.faceFlags, level.faceCount, faceMap);
-    for (std::vector<Vector>* known : {&seen[index].fromAbove, &seen[index].fromBelow})
-        Permute(known->data(), known->size(), vertexMap);
-    for (std::vector<uint8_t>* known : {&seen[index].freezeFromAbove, &seen[index].freezeFromBelow})
-        Permute(known->data(), known->size(), vertexMap);
+    OlderStates& older = level.Older();
+    for (OlderValues<Vector>* known : {&older.fromAbove, &older.fromBelow})
+        known->Renumber(vertexMap);
+    for (OlderValues<uint8_t>* known : {&older.freezeFromAbove, &older.freezeFromBelow})
+        known->Renumber(vertexMap);
     layers->Renumber(level, vertexMap);
     // The table of patches speaks of the old numbers; the next stroke makes a new one.
     const ClassDesc* patchMap = ClassDesc::ByName(QStringLiteral("PatchMap"));
@@ -228,7 +228,6 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
     SurfaceAttributes coarseAttributes = AttributesOfCoarse(attributes, coarse, job);
 
     levels.insert(levels.begin(), std::move(known));
-    seen.insert(seen.begin(), SeenLevel());
     ++bound;
     NumberLevels();
     std::vector<LevelNumbers> numbers;
@@ -246,7 +245,6 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
                       facesBefore[i].end(),
                       levels[i + 1]->faceVertexIndices.array);
         levels.erase(levels.begin());
-        seen.erase(seen.begin());
         --bound;
         NumberLevels();
         throw;
@@ -254,9 +252,11 @@ LevelGeometry::OfOldBase LevelGeometry::PutCoarserBase(CoarseFaces& coarse,
     levels[1]->DropBaseTables();
     coarse.fineVertexMap = numbers.front().vertexMap;
     RenumberLevels(1, numbers);
+    if (fit) HideParents(*levels[0], *levels[1]);
     OfOldBase old{std::exchange(mirror, std::move(coarseMirror)),
                   std::exchange(attributes, std::move(coarseAttributes))};
     KeepSeen(bound);
+    ReportAll(bound, SurfaceChange::Topology);
     return old;
 }
 
@@ -264,7 +264,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::TakeCoarserBase(const CoarseFaces& coa
                                                           OfOldBase old) {
     std::unique_ptr<LevelMesh> taken = std::move(levels[0]);
     levels.erase(levels.begin());
-    seen.erase(seen.begin());
+    taken->Older() = OlderStates();
     bound = bound == 0 ? 0 : bound - 1;
     NumberLevels();
     LevelMesh& base = *levels[0];
@@ -289,6 +289,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::TakeCoarserBase(const CoarseFaces& coa
     if (mirror != nullptr && old.mirror != nullptr) mirror = std::move(old.mirror);
     attributes = std::move(old.attributes);
     KeepSeen(bound);
+    ReportAll(bound, SurfaceChange::Topology);
     return taken;
 }
 

@@ -4,18 +4,18 @@
 /// How changes travel between the levels of a geometry when another one is bound.
 ///
 /// Of a level that was or may have been changed two older states are kept: as the level above and
-/// as the level below last saw it. Each is dropped when that neighbour has taken the change over,
-/// or when there is none. Only the bound level can change, so going to another level passes every
-/// pair of neighbours that has something to tell each other in the direction of the way.
+/// as the level below last saw it (OlderStates). Each is dropped when that neighbour has taken the
+/// change over, or when there is none. Only the bound level can change, so going to another level
+/// passes every pair of neighbours that has changes to carry in that direction.
 #include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/math/SameBits.h"
-#include "framework/mesh/LevelPositions.h"
 #include "framework/mesh/VertexSwap.h"
 #include "framework/multires/DetailCarrier.h"
 #include "framework/multires/FreezeCarrying.h"
+#include "framework/multires/HiddenFaces.h"
+#include "framework/multires/LevelChange.h"
 #include "framework/multires/LevelGeometry.h"
-#include "framework/multires/Steps.h"
 #include "framework/multires/TurnedLayers.h"
 
 #include <utility>
@@ -24,62 +24,88 @@ namespace trovik {
 
 namespace {
 
-bool IsUnchanged(const LevelMesh& level, const std::vector<Vector>& positions) {
-    for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        if (!SameBits(positions[v], level.Position(v))) return false;
+bool IsPresent(const LevelMesh& level, uint32_t vertex, const Vector& position) {
+    return SameBits(position, level.Position(vertex));
+}
+
+bool IsPresent(const LevelMesh& level, uint32_t vertex, uint8_t amount) {
+    return amount == level.Freeze(vertex);
+}
+
+template <typename Value>
+bool IsUnchanged(const LevelMesh& level, const OlderValues<Value>& older) {
+    for (std::size_t i = 0; i < older.Vertices().size(); ++i)
+        if (!IsPresent(level, older.Vertices()[i], older.Values()[i])) return false;
     return true;
 }
 
-SeenDifferences DifferencesOf(const LevelMesh& level,
-                              const std::vector<Vector>& positions,
-                              JobPhase& phase) {
-    SeenDifferences differences;
-    differences.kept = !positions.empty();
-    if (!differences.kept) return differences;
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+template <typename Value>
+void DropIfUnchanged(const LevelMesh& level, OlderValues<Value>& older) {
+    if (older.IsKept() && IsUnchanged(level, older)) older.Drop();
+}
+
+/// The older state, which is dropped; without changes none.
+template <typename Value>
+OlderValues<Value> TakeChanged(const LevelMesh& level, OlderValues<Value>& older) {
+    DropIfUnchanged(level, older);
+    OlderValues<Value> taken = std::exchange(older, {});
+    taken.Sort();
+    return taken;
+}
+
+/// Fills lists of the vertices that differ from an older state, ascending, and of their values.
+template <typename Value>
+bool FillDifferences(const LevelMesh& level,
+                     OlderValues<Value>& older,
+                     std::vector<uint32_t>& vertices,
+                     std::vector<Value>& values,
+                     JobPhase& phase) {
+    older.Sort();
+    for (std::size_t i = 0; i < older.Vertices().size(); ++i) {
         phase.Add();
-        if (SameBits(positions[v], level.Position(v))) continue;
-        differences.vertices.push_back(v);
-        differences.positions.push_back(positions[v]);
+        const uint32_t vertex = older.Vertices()[i];
+        const Value& value = older.Values()[i];
+        if (IsPresent(level, vertex, value)) continue;
+        vertices.push_back(vertex);
+        values.push_back(value);
     }
-    return differences;
+    return older.IsKept();
 }
 
-bool IsUnchanged(const LevelMesh& level, const std::vector<uint8_t>& amounts) {
-    for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        if (amounts[v] != level.Freeze(v)) return false;
-    return true;
+SeenByNeighbours DifferencesOf(const LevelMesh& level, OlderStates& older, JobPhase& phase) {
+    SeenByNeighbours seen;
+    const auto fill = [&](auto& from, auto& into, auto& values) {
+        into.kept = FillDifferences(level, from, into.vertices, values, phase);
+    };
+    fill(older.fromAbove, seen.fromAbove, seen.fromAbove.positions);
+    fill(older.fromBelow, seen.fromBelow, seen.fromBelow.positions);
+    fill(older.freezeFromAbove, seen.freezeFromAbove, seen.freezeFromAbove.amounts);
+    fill(older.freezeFromBelow, seen.freezeFromBelow, seen.freezeFromBelow.amounts);
+    return seen;
 }
 
-FreezeDifferences DifferencesOf(const LevelMesh& level,
-                                const std::vector<uint8_t>& amounts,
-                                JobPhase& phase) {
-    FreezeDifferences differences;
-    differences.kept = !amounts.empty();
-    if (!differences.kept) return differences;
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
-        phase.Add();
-        if (amounts[v] == level.Freeze(v)) continue;
-        differences.vertices.push_back(v);
-        differences.amounts.push_back(amounts[v]);
-    }
-    return differences;
+template <typename Value>
+OlderValues<Value> Restored(bool kept,
+                            const std::vector<uint32_t>& vertices,
+                            const std::vector<Value>& values) {
+    OlderValues<Value> older;
+    if (!kept) return older;
+    older.Keep();
+    for (std::size_t i = 0; i < vertices.size(); ++i) older.Note(vertices[i], values[i]);
+    return older;
 }
 
-std::vector<uint8_t> Restored(const LevelMesh& level, const FreezeDifferences& differences) {
-    if (!differences.kept) return {};
-    std::vector<uint8_t> amounts = FreezeAmounts(level);
-    for (std::size_t i = 0; i < differences.vertices.size(); ++i)
-        amounts[differences.vertices[i]] = differences.amounts[i];
-    return amounts;
-}
-
-std::vector<Vector> Restored(const LevelMesh& level, const SeenDifferences& differences) {
-    if (!differences.kept) return {};
-    std::vector<Vector> positions = PositionsOf(level);
-    for (std::size_t i = 0; i < differences.vertices.size(); ++i)
-        positions[differences.vertices[i]] = differences.positions[i];
-    return positions;
+OlderStates Restored(const SeenByNeighbours& seen) {
+    const auto positions = [](const SeenDifferences& one) {
+        return Restored(one.kept, one.vertices, one.positions);
+    };
+    const auto amounts = [](const FreezeDifferences& one) {
+        return Restored(one.kept, one.vertices, one.amounts);
+    };
+    return {positions(seen.fromAbove),
+            positions(seen.fromBelow),
+            amounts(seen.freezeFromAbove),
+            amounts(seen.freezeFromBelow)};
 }
 
 }  // namespace
@@ -94,35 +120,46 @@ uint64_t CarriedLevel::Bytes() const {
 }
 
 void LevelGeometry::KeepSeen(uint32_t index) {
-    const LevelMesh& level = *levels[index];
-    SeenLevel& one = seen[index];
+    LevelMesh& level = *levels[index];
+    OlderStates& older = level.Older();
+    LevelChange* open = level.OpenChange();
+    if (open != nullptr) open->NoteOlderPositions();
     if (index + 1 < levels.size()) {
-        if (one.fromAbove.empty()) one.fromAbove = PositionsOf(level);
-        if (one.freezeFromAbove.empty()) one.freezeFromAbove = FreezeAmounts(level);
+        older.fromAbove.Keep();
+        older.freezeFromAbove.Keep();
     }
     if (index > 0) {
-        if (one.fromBelow.empty()) one.fromBelow = PositionsOf(level);
-        if (one.freezeFromBelow.empty()) one.freezeFromBelow = FreezeAmounts(level);
+        older.fromBelow.Keep();
+        older.freezeFromBelow.Keep();
+    }
+    if (open == nullptr) return;
+    // What the stroke has moved until now is what the neighbours see.
+    for (uint32_t i = 0; i < open->Records().fill; ++i) {
+        const uint32_t vertex = open->Records().array[i].vertexIndex;
+        older.NotePosition(vertex, level.Position(vertex));
     }
 }
 
 void LevelGeometry::DropUnchanged(uint32_t index) {
-    for (std::vector<Vector>* one : {&seen[index].fromAbove, &seen[index].fromBelow})
-        if (!one->empty() && IsUnchanged(*levels[index], *one)) std::vector<Vector>().swap(*one);
-    for (std::vector<uint8_t>* one : {&seen[index].freezeFromAbove, &seen[index].freezeFromBelow})
-        if (!one->empty() && IsUnchanged(*levels[index], *one)) std::vector<uint8_t>().swap(*one);
+    LevelMesh& level = *levels[index];
+    OlderStates& older = level.Older();
+    DropIfUnchanged(level, older.fromAbove);
+    DropIfUnchanged(level, older.fromBelow);
+    DropIfUnchanged(level, older.freezeFromAbove);
+    DropIfUnchanged(level, older.freezeFromBelow);
 }
 
 void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job) {
-    const std::vector<Vector> known = std::exchange(seen[index].fromAbove, {});
-    if (known.empty() || IsUnchanged(*levels[index], known)) return;
-    std::vector<Vector>& older = seen[index + 1].fromAbove;
-    if (index + 2 < levels.size() && older.empty()) older = PositionsOf(*levels[index + 1]);
+    const OlderValues<Vector> known = TakeChanged(*levels[index], levels[index]->Older().fromAbove);
+    if (!known.IsKept()) return;
     LevelMesh& fine = *levels[index + 1];
+    if (index + 2 < levels.size()) fine.Older().fromAbove.Keep();
     std::shared_ptr<TurnedLayers> turned;
     const LayerStack::Layers ofFine = layers->OfLevel(fine);
     if (!ofFine.empty())
         turned = std::make_shared<TurnedLayers>(fine, ofFine, layers->Ground(fine));
+    // The level below knows the changes that come from it.
+    fine.Older().fromBelow.Drop();
     CarriedLevel& one = carried.emplace_back();
     try {
         DetailCarrier(*levels[index], fine, carryWork, job).Up(known, turned.get(), one);
@@ -132,56 +169,59 @@ void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, 
         throw;
     }
     if (turned != nullptr && !turned->IsEmpty()) one.layers = std::move(turned);
-    // The level below knows what it told itself.
-    std::vector<Vector>().swap(seen[index + 1].fromBelow);
     if (one.IsEmpty()) carried.pop_back();
 }
 
 void LevelGeometry::CarryDown(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job) {
-    const std::vector<Vector> known = std::exchange(seen[index].fromBelow, {});
-    if (known.empty() || IsUnchanged(*levels[index], known)) return;
-    std::vector<Vector>& older = seen[index - 1].fromBelow;
-    if (index > 1 && older.empty()) older = PositionsOf(*levels[index - 1]);
+    const OlderValues<Vector> known = TakeChanged(*levels[index], levels[index]->Older().fromBelow);
+    if (!known.IsKept()) return;
+    OlderStates& older = levels[index - 1]->Older();
+    if (index > 1) older.fromBelow.Keep();
+    older.fromAbove.Drop();
     CarriedLevel& one = carried.emplace_back();
     DetailCarrier(*levels[index - 1], *levels[index], carryWork, job).Down(known, one);
-    std::vector<Vector>().swap(seen[index - 1].fromAbove);
     if (one.IsEmpty()) carried.pop_back();
 }
 
 void LevelGeometry::CarryFreezeUp(uint32_t index,
                                   std::vector<CarriedLevel>& carried,
                                   JobControl* job) {
-    const std::vector<uint8_t> known = std::exchange(seen[index].freezeFromAbove, {});
-    if (known.empty() || IsUnchanged(*levels[index], known)) return;
-    std::vector<uint8_t>& older = seen[index + 1].freezeFromAbove;
-    if (index + 2 < levels.size() && older.empty()) older = FreezeAmounts(*levels[index + 1]);
+    const OlderValues<uint8_t> known =
+        TakeChanged(*levels[index], levels[index]->Older().freezeFromAbove);
+    if (!known.IsKept()) return;
+    OlderStates& older = levels[index + 1]->Older();
+    if (index + 2 < levels.size()) older.freezeFromAbove.Keep();
+    older.freezeFromBelow.Drop();
     CarriedLevel& one = carried.emplace_back();
     trovik::CarryFreezeUp(*levels[index], *levels[index + 1], known, one, job);
-    std::vector<uint8_t>().swap(seen[index + 1].freezeFromBelow);
     if (one.IsEmpty()) carried.pop_back();
 }
 
 void LevelGeometry::CarryFreezeDown(uint32_t index,
                                     std::vector<CarriedLevel>& carried,
                                     JobControl* job) {
-    const std::vector<uint8_t> known = std::exchange(seen[index].freezeFromBelow, {});
-    if (known.empty() || IsUnchanged(*levels[index], known)) return;
-    std::vector<uint8_t>& older = seen[index - 1].freezeFromBelow;
-    if (index > 1 && older.empty()) older = FreezeAmounts(*levels[index - 1]);
+    const OlderValues<uint8_t> known =
+        TakeChanged(*levels[index], levels[index]->Older().freezeFromBelow);
+    if (!known.IsKept()) return;
+    OlderStates& older = levels[index - 1]->Older();
+    if (index > 1) older.freezeFromBelow.Keep();
+    older.freezeFromAbove.Drop();
     CarriedLevel& one = carried.emplace_back();
     trovik::CarryFreezeDown(*levels[index - 1], *levels[index], known, one, job);
-    std::vector<uint8_t>().swap(seen[index - 1].freezeFromAbove);
     if (one.IsEmpty()) carried.pop_back();
 }
 
 std::vector<CarriedLevel> LevelGeometry::BindLevel(uint32_t index) {
+    const uint32_t before = bound;
     std::vector<CarriedLevel> carried;
     CarryTo(index, carried, nullptr);
+    ReportSwitch(before, carried);
     return carried;
 }
 
 void LevelGeometry::CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job) {
     const uint32_t before = bound;
+    if (LevelChange* open = levels[before]->OpenChange()) open->NoteOlderPositions();
     for (uint32_t level = before; level < index; ++level) {
         CarryUp(level, carried, job);
         CarryFreezeUp(level, carried, job);
@@ -195,20 +235,23 @@ void LevelGeometry::CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, 
     KeepSeen(index);
 }
 
-LevelSwitch LevelGeometry::StateOfSwitch(JobControl* job) const {
+SeenByNeighbours LevelGeometry::Seen(uint32_t index) const {
+    OlderStates older = levels[index]->Older();
+    JobPhase unreported(nullptr, "Comparing levels", 0);
+    return DifferencesOf(*levels[index], older, unreported);
+}
+
+LevelSwitch LevelGeometry::StateOfSwitch(JobControl* job) {
     LevelSwitch state;
     state.bound = bound;
     uint64_t total = 0;
-    for (const SeenLevel& one : seen)
-        total += one.fromAbove.size() + one.fromBelow.size() + one.freezeFromAbove.size() +
-                 one.freezeFromBelow.size();
-    JobPhase phase(job, "Comparing levels", total);
-    for (uint32_t i = 0; i < LevelCount(); ++i) {
-        state.seen.push_back({DifferencesOf(*levels[i], seen[i].fromAbove, phase),
-                              DifferencesOf(*levels[i], seen[i].fromBelow, phase),
-                              DifferencesOf(*levels[i], seen[i].freezeFromAbove, phase),
-                              DifferencesOf(*levels[i], seen[i].freezeFromBelow, phase)});
+    for (const auto& level : levels) {
+        if (LevelChange* open = level->OpenChange()) open->NoteOlderPositions();
+        total += level->Older().NotedCount();
     }
+    JobPhase phase(job, "Comparing levels", total);
+    for (const auto& level : levels)
+        state.seen.push_back(DifferencesOf(*level, level->Older(), phase));
     phase.Finish();
     return state;
 }
@@ -221,6 +264,7 @@ LevelSwitch LevelGeometry::SwitchLevel(uint32_t index, JobControl* job) {
         Revert(before);
         throw;
     }
+    ReportSwitch(before.bound, before.carried);
     return before;
 }
 
@@ -232,13 +276,7 @@ LevelSwitch LevelGeometry::ApplyToLowerLevels(JobControl* job) {
         Revert(before);
         throw;
     }
-    for (uint32_t index = 0; index < bound; ++index) {
-        // From level 0 to the bound one all agree now where they lie.
-        std::vector<Vector>().swap(seen[index].fromAbove);
-        std::vector<Vector>().swap(seen[index].fromBelow);
-    }
-    seen[bound].fromBelow.clear();
-    KeepSeen(bound);
+    ReportSwitch(bound, before.carried);
     return before;
 }
 
@@ -246,6 +284,9 @@ void LevelGeometry::ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobCont
     const LevelMesh& shape = *levels[bound];
     for (uint32_t index = 0; index < bound; ++index) {
         LevelMesh& level = *levels[index];
+        // From level 0 to the bound one all agree about their positions when this is done.
+        level.Older().fromAbove.Drop();
+        level.Older().fromBelow.Drop();
         CarriedLevel& carried = changed.emplace_back();
         carried.level = index;
         JobPhase phase(job, "Moving vertices", level.VertexCount());
@@ -262,6 +303,8 @@ void LevelGeometry::ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobCont
         DetailCarrier::RefreshNormals(level, carried, job);
         if (carried.vertices.empty()) changed.pop_back();
     }
+    levels[bound]->Older().fromBelow.Drop();
+    KeepSeen(bound);
 }
 
 void LevelGeometry::Exchange(LevelSwitch& other) {
@@ -270,6 +313,7 @@ void LevelGeometry::Exchange(LevelSwitch& other) {
     SwapCarried(present.carried);
     RestoreSeen(other);
     other = std::move(present);
+    ReportSwitch(other.bound, other.carried);
 }
 
 void LevelGeometry::Revert(LevelSwitch& before) {
@@ -294,21 +338,33 @@ void LevelGeometry::SwapCarried(std::vector<CarriedLevel>& carried) {
 }
 
 void LevelGeometry::RestoreSeen(const LevelSwitch& state) {
-    for (std::size_t i = 0; i < state.seen.size() && i < levels.size(); ++i) {
-        seen[i] = {Restored(*levels[i], state.seen[i].fromAbove),
-                   Restored(*levels[i], state.seen[i].fromBelow),
-                   Restored(*levels[i], state.seen[i].freezeFromAbove),
-                   Restored(*levels[i], state.seen[i].freezeFromBelow)};
-    }
+    for (std::size_t i = 0; i < state.seen.size() && i < levels.size(); ++i)
+        levels[i]->Older() = Restored(state.seen[i]);
     bound = state.bound;
     KeepSeen(bound);
 }
 
-void LevelGeometry::Restore(uint32_t boundIndex, std::vector<SeenLevel> seenLevels) {
+void LevelGeometry::Restore(uint32_t boundIndex, const std::vector<SeenByNeighbours>& seenLevels) {
     bound = boundIndex;
-    seen = std::move(seenLevels);
-    seen.resize(levels.size());
+    for (uint32_t i = 0; i < LevelCount(); ++i)
+        levels[i]->Older() = i < seenLevels.size() ? Restored(seenLevels[i]) : OlderStates();
+    AgreeOnHidden(*this);
     KeepSeen(bound);
+    ReportAll(bound, SurfaceChange::Topology);
+}
+
+void LevelGeometry::ReportCarried(const CarriedLevel& carried) {
+    constexpr uint8_t shape = SurfaceChange::Positions | SurfaceChange::Normals;
+    std::vector<uint32_t> moved = carried.vertices;
+    moved.insert(moved.end(), carried.normalVertices.begin(), carried.normalVertices.end());
+    ReportVertices(carried.level, shape, moved);
+    ReportVertices(carried.level, SurfaceChange::Mask, carried.freezeVertices);
+}
+
+void LevelGeometry::ReportSwitch(uint32_t boundBefore, const std::vector<CarriedLevel>& carried) {
+    if (Observers().empty()) return;
+    for (const CarriedLevel& one : carried) ReportCarried(one);
+    if (bound != boundBefore) ReportAll(bound, SurfaceChange::Topology);
 }
 
 }  // namespace trovik

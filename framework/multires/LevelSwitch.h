@@ -28,7 +28,8 @@ struct CarriedLevel {
     TROVIK_API uint64_t Bytes() const;
 };
 
-/// An older state of a level, told by the vertices that lie elsewhere now.
+/// An older state of a level: the vertices that lie elsewhere now, ascending, and their positions
+/// then.
 struct SeenDifferences {
     /// False: nothing is kept, since nothing changed.
     bool kept = false;
@@ -40,7 +41,8 @@ struct SeenDifferences {
     }
 };
 
-/// Older freeze amounts of a level, told by the vertices that have others now.
+/// Older freeze amounts of a level: the vertices that have others now, ascending, and their amounts
+/// then.
 struct FreezeDifferences {
     /// False: nothing is kept, since nothing changed.
     bool kept = false;
@@ -50,7 +52,7 @@ struct FreezeDifferences {
     uint64_t Bytes() const { return vertices.capacity() * sizeof(uint32_t) + amounts.capacity(); }
 };
 
-/// As what the neighbouring levels know a level.
+/// A level as its neighbours last saw it (OlderStates).
 struct SeenByNeighbours {
     SeenDifferences fromAbove;
     SeenDifferences fromBelow;

@@ -11,6 +11,9 @@ namespace trovik {
 
 namespace {
 
+/// Vertices of a step are scattered over a mesh that is larger than the caches.
+constexpr std::size_t prefetchAhead = 16;
+
 /// Position and normal differ in some bit from those of the record.
 bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
     const Vertex& vertex = mesh.vertices.array[record.vertexIndex];
@@ -80,6 +83,11 @@ void StrokeStep::Apply(LevelGeometry& geometry) {
 
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const uint32_t vertex = vertices[i];
+        if (i + prefetchAhead < vertices.size()) {
+            const uint32_t ahead = vertices[i + prefetchAhead];
+            __builtin_prefetch(&mesh.vertices.array[ahead], 1);
+            __builtin_prefetch(&mesh.vertexNormals.array[ahead], 1);
+        }
         SwapPosition(mesh, vertex, positions[i]);
         if (vertex < mesh.vertexNormals.fill)
             SwapNormal(mesh.vertexNormals.array[vertex], normals[i]);
@@ -95,6 +103,7 @@ void StrokeStep::Apply(LevelGeometry& geometry) {
         layerStrength = strength;
     }
     mesh.ContentChanged();
+    geometry.ReportVertices(level, SurfaceChange::Positions | SurfaceChange::Normals, vertices);
 }
 
 uint64_t StrokeStep::Bytes() const {

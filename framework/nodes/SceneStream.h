@@ -18,7 +18,7 @@ namespace trovik {
 class TROVIK_API SceneStream : public Stream {
 public:
     using Stream::Transfer;
-    static constexpr uint32_t currentFormat = 333;
+    static constexpr uint32_t currentFormat = 334;
 
     /// For writing. Present class versions are those of the registry.
     explicit SceneStream(uint32_t format = currentFormat);

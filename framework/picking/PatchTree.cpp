@@ -2,6 +2,7 @@
 #include "framework/picking/PatchTree.h"
 
 #include "framework/jobs/JobPhase.h"
+#include "framework/picking/MedianSplit.h"
 #include "host/HWVector.h"
 
 #include <algorithm>
@@ -14,6 +15,8 @@ namespace trovik {
 
 PatchTree::PatchTree(LevelMesh* ofLevel, JobControl* job)
     : level(ofLevel),
+      hierarchy(&ofLevel->Hierarchy()),
+      base(hierarchy->Level(0)),
       boundLevel(static_cast<uint32_t>(ofLevel->Index())),
       leafLevel(boundLevel > 2 ? boundLevel - 2 : 0),
       baseChildren(ofLevel->Hierarchy().Level(0)->CornersPerFace()) {
@@ -31,6 +34,31 @@ PatchTree::PatchTree(LevelMesh* ofLevel, JobControl* job)
     for (uint32_t l = leafLevel; l-- > 0;)
         for (uint32_t patch = 0; patch < patchBoxes[l].size(); ++patch) RefitInner(l, patch);
     BuildTop(job);
+    hierarchy->AddObserver(*this);
+}
+
+PatchTree::~PatchTree() { hierarchy->RemoveObserver(*this); }
+
+// Compares addresses, since the level may be gone.
+bool PatchTree::IsInPlace() const {
+    return boundLevel < hierarchy->LevelCount() && hierarchy->Level(boundLevel) == level &&
+           hierarchy->Level(0) == base;
+}
+
+void PatchTree::SurfaceChanged(const SurfaceChange& change) {
+    if ((change.what & (SurfaceChange::Positions | SurfaceChange::Visibility)) == 0) return;
+    if (!IsInPlace()) {
+        missedChange = true;
+        return;
+    }
+    if (change.level != boundLevel) return;
+    if (change.all) {
+        RefitAll();
+        return;
+    }
+    NextRefit();
+    for (const uint32_t patch : change.patches) TouchLeaves(change.patchLevel, patch);
+    RefitTouched();
 }
 
 PatchTree::Box PatchTree::EmptyBox() {
@@ -51,14 +79,23 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
+// Hidden faces stay near others of their region in the tree, for when they are shown again.
+PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
+    const LevelMesh& lowest = *level->Hierarchy().Level(0);
+    const uint32_t corner = lowest.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
+    const Vector p = level->Position(corner);
+    return {{p.x, p.y, p.z}, {p.x, p.y, p.z}};
+}
+
 void PatchTree::BuildTop(JobControl* job) {
     const std::vector<Box>& boxes = patchBoxes[0];
     std::vector<std::array<float, 3>> centres(boxes.size());
     order.resize(boxes.size());
     for (uint32_t face = 0; face < boxes.size(); ++face) {
         order[face] = face;
+        const Box box = boxes[face].low[0] <= boxes[face].high[0] ? boxes[face] : CornerBox(face);
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            const float centre = 0.5f * boxes[face].low[axis] + 0.5f * boxes[face].high[axis];
+            const float centre = 0.5f * box.low[axis] + 0.5f * box.high[axis];
             // A face without a finite place stands anywhere, but the sort needs an order.
             centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
         }
@@ -88,24 +125,7 @@ void PatchTree::SplitTop(uint32_t node, const std::vector<std::array<float, 3>>&
         for (uint32_t i = first; i < first + count; ++i) topLeafOfBaseFace[order[i]] = node;
         return;
     }
-    Box spread = EmptyBox();
-    for (uint32_t i = first; i < first + count; ++i)
-        Extend(spread, {centres[order[i]], centres[order[i]]});
-    std::size_t axis = 0;
-    for (std::size_t a = 1; a < 3; ++a)
-        if (spread.high[a] - spread.low[a] > spread.high[axis] - spread.low[axis]) axis = a;
-
-    const uint32_t half = count / 2;
-    const auto begin = order.begin() + first;
-    std::nth_element(begin, begin + half, begin + count, [&](uint32_t a, uint32_t b) {
-        const float ca = centres[a][axis];
-        const float cb = centres[b][axis];
-        return ca != cb ? ca < cb : a < b;
-    });
-    // nth_element leaves each half in an order that is the library's own affair.
-    std::sort(begin, begin + half);
-    std::sort(begin + half, begin + count);
-
+    const uint32_t half = SplitAtMedian(order.data() + first, count, centres);
     topNodes[node].first = static_cast<uint32_t>(topNodes.size());
     topNodes[node].count = 0;
     topNodes.push_back({EmptyBox(), first, half});
@@ -122,15 +142,17 @@ void PatchTree::RefitAll() {
 void PatchTree::Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited) {
     assert(patchLevelIndex <= boundLevel);
     NextRefit();
+    for (const FaceVisit& visit : visited) TouchLeaves(patchLevelIndex, visit.face);
+    RefitTouched();
+}
+
+void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
     uint32_t shrink = 1;
     for (uint32_t l = leafLevel; l < patchLevelIndex; ++l) shrink *= ChildCount(l);
     uint32_t grow = 1;
     for (uint32_t l = patchLevelIndex; l < leafLevel; ++l) grow *= ChildCount(l);
-    for (const FaceVisit& visit : visited) {
-        const uint32_t first = visit.face / shrink * grow;
-        for (uint32_t patch = first; patch < first + grow; ++patch) Touch(leafLevel, patch);
-    }
-    RefitTouched();
+    const uint32_t first = patch / shrink * grow;
+    for (uint32_t leaf = first; leaf < first + grow; ++leaf) Touch(leafLevel, leaf);
 }
 
 void PatchTree::RefitVertices(const std::vector<uint32_t>& vertices) {
@@ -191,18 +213,51 @@ void PatchTree::RefitTouched() {
     for (const uint32_t node : touchedAbove) RefitTopNode(node);
 }
 
+PatchTree::Box PatchTree::VisibleBox(uint32_t patch) const {
+    const uint32_t faces = FacesUnder(leafLevel);
+    const uint32_t corners = level->CornersPerFace();
+    Box box = EmptyBox();
+    for (uint32_t face = patch * faces; face < (patch + 1) * faces; ++face) {
+        if (level->IsFaceHidden(face)) continue;
+        for (uint32_t k = 0; k < corners; ++k) {
+            const Vector p =
+                level->Position(level->faceVertexIndices.array[std::size_t{face} * corners + k]);
+            const std::array<float, 3> at = {p.x, p.y, p.z};
+            Extend(box, {at, at});
+        }
+    }
+    return box;
+}
+
 void PatchTree::RefitLeaf(uint32_t patch) {
+    if (level->HiddenFaceCount() != 0) {
+        patchBoxes[leafLevel][patch] = VisibleBox(patch);
+        ++boxesRefitted;
+        return;
+    }
     const uint32_t corners = FacesUnder(leafLevel) * level->CornersPerFace();
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{patch} * corners;
     // All three axes at once; the fourth lane holds what lies behind a position. The minimum and
     // maximum give their second operand where a number is none, so that it leaves the box alone.
     __m128 low = _mm_set1_ps(std::numeric_limits<float>::infinity());
     __m128 high = _mm_set1_ps(-std::numeric_limits<float>::infinity());
-    for (uint32_t i = 0; i < corners; ++i) {
-        const Vertex& v = level->vertices.array[vertex[i]];
+    const auto extend = [&](uint32_t corner) {
+        const Vertex& v = level->vertices.array[vertex[corner]];
         const __m128 position = _mm_loadu_ps(reinterpret_cast<const float*>(&v));
         low = _mm_min_ps(position, low);
         high = _mm_max_ps(position, high);
+    };
+    if (corners == 64) {
+        // A grid of 4 x 4 quads that are oriented alike: opposite corners of each are all vertices
+        // but two of the grid's own corners.
+        for (uint32_t face = 0; face < 16; ++face) {
+            extend(face * 4);
+            extend(face * 4 + 2);
+        }
+        extend(5 * 4 + 1);
+        extend(15 * 4 + 3);
+    } else {
+        for (uint32_t i = 0; i < corners; ++i) extend(i);
     }
     alignas(16) float lows[4];
     alignas(16) float highs[4];
@@ -234,13 +289,20 @@ void PatchTree::RefitTopNode(uint32_t node) {
     ++boxesRefitted;
 }
 
-AxisAlignedBoundingBox PatchTree::Bounds() const {
-    const Box& box = topNodes[0].box;
+AxisAlignedBoundingBox PatchTree::ToBounds(const Box& box) {
     AxisAlignedBoundingBox bounds;
-    if (box.low[0] > box.high[0]) return bounds;
+    for (std::size_t axis = 0; axis < 3; ++axis)
+        if (box.low[axis] > box.high[axis]) return bounds;
     bounds.Extend({box.low[0], box.low[1], box.low[2]});
     bounds.Extend({box.high[0], box.high[1], box.high[2]});
     return bounds;
+}
+
+AxisAlignedBoundingBox PatchTree::Bounds() const { return ToBounds(topNodes[0].box); }
+
+AxisAlignedBoundingBox PatchTree::BoxOf(uint32_t levelIndex, uint32_t face) const {
+    assert(levelIndex <= leafLevel && face < patchBoxes[levelIndex].size());
+    return ToBounds(patchBoxes[levelIndex][face]);
 }
 
 uint64_t PatchTree::Bytes() const {

@@ -38,16 +38,24 @@ struct PickHit {
 ///                       there are fewer levels
 ///
 /// A quad is the triangles (0, 1, 2) and (0, 2, 3). No ray slips through between two faces that
-/// share an edge. Faces with a vertex that is not finite are not there. Of hits at equal distance
+/// share an edge. Hidden faces and those with a vertex that is not finite are not there; a patch
+/// without any other face costs no visit. Of hits at equal distance
 /// the one with the lowest face number is told, so answers do not hang on the tree's shape.
 ///
-/// Borrows the level, which must not be subdivided away below it; queries may run beside each
-/// other, refits may not run beside anything.
-class TROVIK_API PatchTree {
+/// Observes the geometry: boxes follow each reported change of the level's positions and
+/// hidden faces. Edits that
+/// nobody reports need a call of a refit.
+///
+/// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently,
+/// refits and reports may not run concurrently with anything.
+class TROVIK_API PatchTree final : private GeometryObserver {
 public:
     /// Cost: O(faces), and O(n log n) in the faces of level 0.
     /// \throw Cancelled.
     explicit PatchTree(LevelMesh* level, JobControl* job = nullptr);
+    ~PatchTree();
+    PatchTree(const PatchTree&) = delete;
+    PatchTree& operator=(const PatchTree&) = delete;
 
     /// The nearest front or back face hit. Nothing for a ray whose numbers are not finite or whose
     /// direction is zero.
@@ -63,7 +71,20 @@ public:
     /// Boxes of all faces that hold one of the vertices, as after a walk over vertices or an undo.
     void RefitVertices(const std::vector<uint32_t>& vertices);
 
+    /// Whether the boxes are still those of the level: false once the level has another number or
+    /// another level 0 below it, or while it is taken out of its geometry, and for good after a
+    /// change that was reported meanwhile.
+    bool IsCurrent() const { return !missedChange && IsInPlace(); }
+    const LevelMesh* Level() const { return level; }
+
+    /// Box of the visible faces, mesh-local.
     AxisAlignedBoundingBox Bounds() const;
+    /// The finest level that has a box for each face.
+    uint32_t LeafLevel() const { return leafLevel; }
+    /// Mesh-local box around the vertices of a face of level `levelIndex` and all its descendants
+    /// in the bound level. Coordinates that are NaN are left out; a face without any other has an
+    /// empty box. `levelIndex` must be at most LeafLevel(). Cost: O(1).
+    AxisAlignedBoundingBox BoxOf(uint32_t levelIndex, uint32_t face) const;
     uint64_t Bytes() const;
     /// Boxes recomputed since the tree was made.
     uint64_t BoxesRefitted() const { return boxesRefitted; }
@@ -85,7 +106,13 @@ private:
     static constexpr uint32_t facesPerTopLeaf = 4;
     static constexpr uint32_t noParent = 0xffffffffu;
 
+    void SurfaceChanged(const SurfaceChange& change) override;
+    bool IsInPlace() const;
+    /// Touches the leaves below or above a face of a level.
+    void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
+
     static Box EmptyBox();
+    static AxisAlignedBoundingBox ToBounds(const Box& box);
     static void Extend(Box& box, const Box& other);
     /// Children of a face of this level, in the next one.
     uint32_t ChildCount(uint32_t levelIndex) const { return levelIndex == 0 ? baseChildren : 4; }
@@ -93,6 +120,8 @@ private:
     uint32_t FacesUnder(uint32_t levelIndex) const;
 
     void BuildTop(JobControl* job);
+    /// The box of a corner of a face of level 0, in place of one without visible faces.
+    Box CornerBox(uint32_t baseFace) const;
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
     void NextRefit();
     /// Enters a patch into `touched` unless this refit has it already.
@@ -100,6 +129,8 @@ private:
     /// Recomputes the touched boxes of the leaf level and all above them.
     void RefitTouched();
     void RefitLeaf(uint32_t patch);
+    /// Of a patch that may have hidden faces. \return the box of the others.
+    Box VisibleBox(uint32_t patch) const;
     void RefitInner(uint32_t levelIndex, uint32_t patch);
     void RefitTopNode(uint32_t node);
 
@@ -109,6 +140,10 @@ private:
     void VisitFaces(Query& query, uint32_t leaf) const;
 
     LevelMesh* level;
+    LevelHierarchy* hierarchy;
+    /// For comparison only.
+    const LevelMesh* base;
+    bool missedChange = false;
     uint32_t boundLevel;
     uint32_t leafLevel;
     uint32_t baseChildren;

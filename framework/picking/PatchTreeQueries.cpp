@@ -56,11 +56,7 @@ PickHit MakeHit(const LevelMesh& mesh, const Best& best) {
                                 static_cast<double>(packed.z)};
         for (std::size_t axis = 0; axis < 3; ++axis) normal[axis] += best.shares[i] * words[axis];
     }
-    if (Dot(normal, normal) < 1.0) {
-        const Vector3d e = corners[1] - corners[0];
-        const Vector3d f = corners[2] - corners[0];
-        normal = {e[1] * f[2] - e[2] * f[1], e[2] * f[0] - e[0] * f[2], e[0] * f[1] - e[1] * f[0]};
-    }
+    if (Dot(normal, normal) < 1.0) normal = Cross(corners[1] - corners[0], corners[2] - corners[0]);
     const double length = std::sqrt(Dot(normal, normal));
     const double scale = length > 0.0 ? 1.0 / length : 0.0;
     const auto toVector = [](const Vector3d& v, double factor) {
@@ -181,8 +177,9 @@ void PatchTree::VisitFaces(Query& query, uint32_t leaf) const {
     const uint32_t corners = level->CornersPerFace();
     const uint32_t first = leaf * faces;
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{first} * corners;
+    const bool isAnyHidden = level->HiddenFaceCount() != 0;
     for (uint32_t face = first; face < first + faces; ++face, vertex += corners)
-        query.Face(face, vertex, corners);
+        if (!isAnyHidden || !level->IsFaceHidden(face)) query.Face(face, vertex, corners);
 }
 
 template <class Query>

@@ -20,6 +20,9 @@ inline Vector3d operator-(const Vector3d& a, const Vector3d& b) {
 inline double Dot(const Vector3d& a, const Vector3d& b) {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
+inline Vector3d Cross(const Vector3d& a, const Vector3d& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
 inline double Square(double a) { return a * a; }
 
 /// A point of a triangle by the shares of its corners, which add up to 1; `t` is the ray's

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 
 namespace trovik {
@@ -38,6 +39,19 @@ float PlaceVertices(const PictureMesh& mesh, std::vector<float>& world) {
     return largest;
 }
 
+/// The faces with every corner of a hidden one at `nowhere`, so that numbers of faces stay.
+std::vector<uint32_t> VisibleFaces(const PictureMesh& mesh, uint32_t nowhere) {
+    const uint32_t* indices = mesh.faceVertexIndices;
+    std::vector<uint32_t> corners(indices,
+                                  indices + std::size_t{mesh.faceCount} * mesh.cornersPerFace);
+    for (uint32_t face = 0; face < mesh.faceCount; ++face) {
+        if (!mesh.IsHidden(face)) continue;
+        std::fill_n(
+            corners.data() + std::size_t{face} * mesh.cornersPerFace, mesh.cornersPerFace, nowhere);
+    }
+    return corners;
+}
+
 /// What loading the ray library and making a device of it map.
 constexpr uint64_t rayLibraryBytes = uint64_t{64} << 20;
 
@@ -50,7 +64,7 @@ const RayLibrary& LoadedRayLibrary() {
 }  // namespace
 
 EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown, JobControl* job)
-    : meshes(shown), positions(shown.size()) {
+    : meshes(shown), positions(shown.size()), visibleFaces(shown.size()) {
     float largest = 0.0f;
     for (std::size_t i = 0; i < meshes.size(); ++i)
         largest = std::max(largest, PlaceVertices(meshes[i], positions[i]));
@@ -63,11 +77,19 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown, JobControl* job)
     for (std::size_t i = 0; i < meshes.size(); ++i) {
         const PictureMesh& mesh = meshes[i];
         for (float& coordinate : positions[i]) coordinate *= perUnit;
-        rayMeshes.push_back({positions[i].data(),
-                             mesh.vertexCount,
-                             mesh.faceVertexIndices,
-                             mesh.faceCount,
-                             mesh.cornersPerFace});
+        uint32_t vertexCount = mesh.vertexCount;
+        const uint32_t* indices = mesh.faceVertexIndices;
+        if (mesh.HasHiddenFaces()) {
+            // The padding holds one more vertex, of no finite position: faces at it are not hit.
+            visibleFaces[i] = VisibleFaces(mesh, vertexCount);
+            std::fill_n(positions[i].data() + std::size_t{3} * vertexCount,
+                        3,
+                        std::numeric_limits<float>::quiet_NaN());
+            ++vertexCount;
+            indices = visibleFaces[i].data();
+        }
+        rayMeshes.push_back(
+            {positions[i].data(), vertexCount, indices, mesh.faceCount, mesh.cornersPerFace});
     }
     caster = LoadedRayLibrary().MakeCaster(rayMeshes, job);
 }

@@ -16,9 +16,11 @@ class JobControl;
 /// of the meshes. The unit is a power of two, so it changes no bit of a result.
 class EmbreeScene {
 public:
-    /// The meshes are borrowed. \throw HostError if a vertex is beyond maxRenderCoordinate
-    /// (RenderRange.h), if memory is short, or if the module with the ray library cannot be loaded.
+    /// The list and its meshes are borrowed. \throw HostError if a vertex is beyond
+    /// maxRenderCoordinate (RenderRange.h), if memory is short, or if the module with the ray
+    /// library cannot be loaded.
     explicit EmbreeScene(const std::vector<PictureMesh>& meshes, JobControl* job = nullptr);
+    explicit EmbreeScene(std::vector<PictureMesh>&& meshes, JobControl* job = nullptr) = delete;
 
     /// Rays of which not every number is finite hit nothing; nor do those that begin more than
     /// RayCaster::maxCoordinate units of the ray library away, where no mesh can be seen.
@@ -40,6 +42,8 @@ private:
     const std::vector<PictureMesh>& meshes;
     /// Positions in units of the ray library, one array per mesh, four floats of padding behind.
     std::vector<std::vector<float>> positions;
+    /// Corners of faces without the hidden ones; empty for a mesh without any.
+    std::vector<std::vector<uint32_t>> visibleFaces;
     /// World units per unit of the ray library, a power of two, and its inverse.
     float unit = 1.0f;
     float perUnit = 1.0f;

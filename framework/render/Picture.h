@@ -43,6 +43,10 @@ struct PictureMesh {
     /// none. Frozen areas are tinted.
     const uint8_t* freeze = nullptr;
     std::size_t freezeStride = 1;
+    /// One byte for each face; those with the bit `hiddenBit` are left out of renders and of the
+    /// framing of cameras. Null: none.
+    const uint8_t* faceFlags = nullptr;
+    uint8_t hiddenBit = 0;
     /// For ShadingMode::Cavity: the bend of each vertex, positive in cavities (see Bends); null: 0
     /// everywhere.
     const float* bends = nullptr;
@@ -51,6 +55,11 @@ struct PictureMesh {
     const float* cornerUvs = nullptr;
     /// Linear red, green, blue.
     float color[3] = {0.46f, 0.33f, 0.26f};
+
+    bool HasHiddenFaces() const { return faceFlags != nullptr; }
+    bool IsHidden(uint32_t face) const {
+        return faceFlags != nullptr && (faceFlags[face] & hiddenBit) != 0;
+    }
 };
 
 struct PictureOptions {
@@ -111,7 +120,8 @@ Picture RenderPicture(const std::vector<PictureMesh>& meshes,
                       const PictureOptions& options,
                       JobControl* job = nullptr);
 
-/// A camera that shows all of the meshes with a small margin, looking along `direction` (world).
+/// A camera that shows all of the meshes with a small margin, looking along `direction` (world). Of
+/// a mesh with hidden faces it frames the others; if nothing is visible, it is the default camera.
 /// \param up  the direction that is up in the picture; one along `direction` is replaced.
 PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
                           const Vector& direction,

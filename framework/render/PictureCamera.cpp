@@ -8,19 +8,28 @@ namespace trovik {
 
 namespace {
 
-/// Calls `visit` for each vertex that is finite, in world space.
+/// Calls `visit` for each vertex that is finite, in world space; of a mesh with hidden faces for
+/// the corners of the others.
 template <typename Visit>
 void ForEachPoint(const std::vector<PictureMesh>& meshes, Visit visit) {
     for (const PictureMesh& mesh : meshes) {
         const float* m = mesh.localToWorld;
-        for (uint32_t v = 0; v < mesh.vertexCount; ++v) {
+        const auto visitVertex = [&](uint32_t v) {
             const auto* p = reinterpret_cast<const float*>(
                 reinterpret_cast<const char*>(mesh.positions) + mesh.positionStride * v);
             const Vector world(p[0] * m[0] + p[1] * m[4] + p[2] * m[8] + m[12],
                                p[0] * m[1] + p[1] * m[5] + p[2] * m[9] + m[13],
                                p[0] * m[2] + p[1] * m[6] + p[2] * m[10] + m[14]);
             if (std::isfinite(world.x + world.y + world.z)) visit(world);
+        };
+        if (!mesh.HasHiddenFaces()) {
+            for (uint32_t v = 0; v < mesh.vertexCount; ++v) visitVertex(v);
+            continue;
         }
+        const uint32_t* corner = mesh.faceVertexIndices;
+        for (uint32_t face = 0; face < mesh.faceCount; ++face, corner += mesh.cornersPerFace)
+            if (!mesh.IsHidden(face))
+                for (uint32_t k = 0; k < mesh.cornersPerFace; ++k) visitVertex(corner[k]);
     }
 }
 

@@ -20,6 +20,8 @@ void PrepareRenderMemory(const std::vector<PictureMesh>& meshes) {
     for (const PictureMesh& mesh : meshes) {
         faces += mesh.faceCount;
         bytes += RenderBytes(mesh.vertexCount, mesh.faceCount);
+        if (mesh.HasHiddenFaces())
+            bytes += uint64_t{mesh.faceCount} * mesh.cornersPerFace * sizeof(uint32_t);
     }
     CheckFreeMemory("rendering " + std::to_string(faces) + " faces", bytes);
     LimitWorkerThreads(bytes);

@@ -33,6 +33,11 @@ PictureMesh ShownLevel(const LevelGeometry& geometry) {
     shown.cornersPerFace = level.CornersPerFace();
     const Matrix& matrix = geometry.Place().ToWorld();
     std::copy(&matrix.m[0][0], &matrix.m[0][0] + 16, shown.localToWorld);
+    if (level.HiddenFaceCount() != 0) {
+        shown.faceFlags = level.faceFlags;
+        shown.hiddenBit = faceIsHidden;
+    }
+    // What tools see of a vertex is its own amount unless it is hidden.
     if (level.FrozenVertexCount() != 0) {
         shown.freeze = &level.vertices.array->freeze;
         shown.freezeStride = sizeof(Vertex);

@@ -8,8 +8,8 @@
 
 namespace trovik {
 
-/// The bound level of a geometry in world space; borrows its arrays. Without the arrays that single
-/// shading modes need: see RenderedLevel.
+/// The visible faces of a geometry's bound level in world space; borrows its arrays. Without the
+/// arrays that single shading modes need: see RenderedLevel.
 TROVIK_API PictureMesh ShownLevel(const LevelGeometry& geometry);
 
 /// The bound level of a geometry with all that a shading mode shows of it. Borrows the geometry.

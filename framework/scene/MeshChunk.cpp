@@ -53,54 +53,56 @@ std::vector<PlacedVertex> Differences(const LevelMesh& level, PositionOf positio
     return list;
 }
 
-/// Positions of the level but for those in the list that follows.
-std::vector<Vector> ReadDifferences(SceneStream& stream, const LevelMesh& level) {
-    std::vector<Vector> positions = PositionsOf(level);
-    for (const PlacedVertex& entry : ReadList<PlacedVertex>(stream)) {
-        if (entry.vertex >= positions.size())
+std::vector<PlacedVertex> ReadPlaced(SceneStream& stream, const LevelMesh& level) {
+    std::vector<PlacedVertex> list = ReadList<PlacedVertex>(stream);
+    for (const PlacedVertex& entry : list) {
+        if (entry.vertex >= level.VertexCount())
             SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(entry.vertex));
         if (!IsFinite(entry.position))
             SceneStream::Refuse(QStringLiteral("vertex %1 lies at no number").arg(entry.vertex));
-        positions[entry.vertex] = entry.position;
     }
-    return positions;
+    return list;
 }
 
-/// Older freeze amounts of vertices that have others now. None where nothing is kept, too: a list
-/// without differences tells as much.
-struct OlderFreeze {
-    OlderFreeze(const LevelMesh& level, const std::vector<uint8_t>& seen) {
-        for (uint32_t v = 0; v < seen.size(); ++v) {
-            if (seen[v] == level.Freeze(v)) continue;
-            vertices.push_back(v);
-            amounts.push_back(seen[v]);
-        }
-    }
-    void Write(SceneStream& stream) const {
-        WriteList(stream, vertices);
-        WriteValues(stream, amounts.data(), amounts.size());
-    }
+void WriteSeen(SceneStream& stream, const SeenDifferences& seen) {
+    std::vector<PlacedVertex> list;
+    for (std::size_t i = 0; i < seen.vertices.size(); ++i)
+        list.push_back({seen.vertices[i], seen.positions[i]});
+    WriteList(stream, list);
+}
 
-    std::vector<uint32_t> vertices;
-    std::vector<uint8_t> amounts;
-};
+SeenDifferences ReadSeen(SceneStream& stream, const LevelMesh& level) {
+    SeenDifferences seen;
+    seen.kept = true;
+    for (const PlacedVertex& entry : ReadPlaced(stream, level)) {
+        seen.vertices.push_back(entry.vertex);
+        seen.positions.push_back(entry.position);
+    }
+    return seen;
+}
 
-std::vector<uint8_t> ReadOlderFreeze(SceneStream& stream, const LevelMesh& level) {
-    std::vector<uint8_t> amounts = FreezeAmounts(level);
-    const auto vertices = ReadList<uint32_t>(stream);
-    const auto older = ReadValues<uint8_t>(stream, vertices.size());
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-        if (vertices[i] >= amounts.size())
-            SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(vertices[i]));
-        if (older[i] > freezeAmountMask) {
+/// None where nothing is kept, too: a list without differences means the same.
+void WriteSeenFreeze(SceneStream& stream, const FreezeDifferences& seen) {
+    WriteList(stream, seen.vertices);
+    WriteValues(stream, seen.amounts.data(), seen.amounts.size());
+}
+
+FreezeDifferences ReadSeenFreeze(SceneStream& stream, const LevelMesh& level) {
+    FreezeDifferences seen;
+    seen.kept = true;
+    seen.vertices = ReadList<uint32_t>(stream);
+    seen.amounts = ReadValues<uint8_t>(stream, seen.vertices.size());
+    for (std::size_t i = 0; i < seen.vertices.size(); ++i) {
+        if (seen.vertices[i] >= level.VertexCount())
+            SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(seen.vertices[i]));
+        if (seen.amounts[i] > freezeAmountMask) {
             SceneStream::Refuse(QStringLiteral("vertex %1 has freeze amount %2, above %3")
-                                    .arg(vertices[i])
-                                    .arg(older[i])
+                                    .arg(seen.vertices[i])
+                                    .arg(seen.amounts[i])
                                     .arg(freezeAmountMask));
         }
-        amounts[vertices[i]] = older[i];
     }
-    return amounts;
+    return seen;
 }
 
 QString LevelText(uint64_t index) { return QStringLiteral("level %1").arg(index); }
@@ -174,25 +176,24 @@ void WriteLevelChunk(SceneStream& stream,
     }
     phase.Finish();
     std::vector<uint8_t> freeze(vertices);
-    for (uint32_t v = 0; v < vertices; ++v) freeze[v] = level.vertices.array[v].freeze;
+    // The user's amounts, also of hidden vertices.
+    for (uint32_t v = 0; v < vertices; ++v)
+        freeze[v] = static_cast<uint8_t>((level.vertices.array[v].freeze & ~freezeAmountMask) |
+                                         level.Freeze(v));
     const auto isSet = [](uint8_t byte) { return byte != 0; };
     const auto isOther = [](uint8_t flags) { return flags != faceIsLive; };
-    const std::vector<Vector>& seen = geometry.SeenPositions(index);
-    const std::vector<Vector>& seenFromBelow = geometry.SeenFromBelow(index);
+    const SeenByNeighbours seen = geometry.Seen(index);
 
     uint32_t parts = 0;
     if (std::any_of(freeze.begin(), freeze.end(), isSet)) parts |= HasFreeze;
     if (std::any_of(level.faceFlags, level.faceFlags + level.faceCount, isOther))
         parts |= HasFaceFlags;
-    if (!seen.empty()) parts |= HasSeen;
+    if (seen.fromAbove.kept) parts |= HasSeen;
     if (!level.IsLockable()) parts |= IsNotLockable;
-    if (!seenFromBelow.empty() && stream.IsFormatAtLeast(carriedDownFormat))
-        parts |= HasSeenFromBelow;
-    const OlderFreeze seenFreeze(level, geometry.Seen(index).freezeFromAbove);
-    const OlderFreeze seenFreezeFromBelow(level, geometry.Seen(index).freezeFromBelow);
+    if (seen.fromBelow.kept && stream.IsFormatAtLeast(carriedDownFormat)) parts |= HasSeenFromBelow;
     if (stream.IsFormatAtLeast(carriedDownFormat)) {
-        if (!seenFreeze.vertices.empty()) parts |= HasSeenFreeze;
-        if (!seenFreezeFromBelow.vertices.empty()) parts |= HasSeenFreezeFromBelow;
+        if (!seen.freezeFromAbove.vertices.empty()) parts |= HasSeenFreeze;
+        if (!seen.freezeFromBelow.vertices.empty()) parts |= HasSeenFreezeFromBelow;
     }
     uint32_t number = index;
     uint32_t count = vertices;
@@ -203,14 +204,10 @@ void WriteLevelChunk(SceneStream& stream,
     WriteValues(stream, level.vertexNormals.array, vertices);
     if ((parts & HasFreeze) != 0) WriteValues(stream, freeze.data(), vertices);
     if ((parts & HasFaceFlags) != 0) WriteValues(stream, level.faceFlags, level.faceCount);
-    if ((parts & HasSeen) != 0)
-        WriteList(stream, Differences(level, [&seen](uint32_t v) { return seen[v]; }));
-    if ((parts & HasSeenFromBelow) != 0) {
-        WriteList(stream,
-                  Differences(level, [&seenFromBelow](uint32_t v) { return seenFromBelow[v]; }));
-    }
-    if ((parts & HasSeenFreeze) != 0) seenFreeze.Write(stream);
-    if ((parts & HasSeenFreezeFromBelow) != 0) seenFreezeFromBelow.Write(stream);
+    if ((parts & HasSeen) != 0) WriteSeen(stream, seen.fromAbove);
+    if ((parts & HasSeenFromBelow) != 0) WriteSeen(stream, seen.fromBelow);
+    if ((parts & HasSeenFreeze) != 0) WriteSeenFreeze(stream, seen.freezeFromAbove);
+    if ((parts & HasSeenFreezeFromBelow) != 0) WriteSeenFreeze(stream, seen.freezeFromBelow);
     level.Serialize(stream);
 }
 
@@ -271,17 +268,17 @@ void LevelChunkReader::Read(SceneStream& stream) {
     }
     if ((parts & HasFaceFlags) != 0) stream.ReadElements(level.faceFlags, 1, level.faceCount);
     seen.emplace_back();
-    if ((parts & HasSeen) != 0) seen.back().fromAbove = ReadDifferences(stream, level);
-    if ((parts & HasSeenFromBelow) != 0) seen.back().fromBelow = ReadDifferences(stream, level);
-    if ((parts & HasSeenFreeze) != 0) seen.back().freezeFromAbove = ReadOlderFreeze(stream, level);
+    if ((parts & HasSeen) != 0) seen.back().fromAbove = ReadSeen(stream, level);
+    if ((parts & HasSeenFromBelow) != 0) seen.back().fromBelow = ReadSeen(stream, level);
+    if ((parts & HasSeenFreeze) != 0) seen.back().freezeFromAbove = ReadSeenFreeze(stream, level);
     if ((parts & HasSeenFreezeFromBelow) != 0)
-        seen.back().freezeFromBelow = ReadOlderFreeze(stream, level);
+        seen.back().freezeFromBelow = ReadSeenFreeze(stream, level);
     level.SetLockable((parts & IsNotLockable) == 0);
     level.Serialize(stream);
 }
 
 std::unique_ptr<LevelGeometry> LevelChunkReader::Take() {
-    geometry->Restore(head.bound, std::move(seen));
+    geometry->Restore(head.bound, seen);
     geometry->Place().Restore(head.toWorld, head.toLocal, head.scale);
     return std::move(geometry);
 }
@@ -351,7 +348,9 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
         return mesh;
     }
     const LevelMesh& base = *geometry.Level(0);
-    const std::vector<Vector> positions = ReadDifferences(stream, base);
+    std::vector<Vector> positions = PositionsOf(base);
+    for (const PlacedVertex& entry : ReadPlaced(stream, base))
+        positions[entry.vertex] = entry.position;
     mesh.positions.reserve(positions.size());
     for (const Vector& p : positions) mesh.positions.push_back({p.x, p.y, p.z});
     mesh.faceSizes.assign(base.faceCount, base.CornersPerFace());

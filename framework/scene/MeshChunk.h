@@ -51,7 +51,7 @@ private:
     GeometryChunk head;
     JobControl* job;
     std::unique_ptr<LevelGeometry> geometry;
-    std::vector<LevelGeometry::SeenLevel> seen;
+    std::vector<SeenByNeighbours> seen;
 };
 
 /// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is; or the

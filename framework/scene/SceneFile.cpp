@@ -4,6 +4,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/pluginhost/PluginLoader.h"
+#include "framework/scene/ApplicationChunk.h"
 #include "framework/scene/AttributeChunk.h"
 #include "framework/scene/BrushChunk.h"
 #include "framework/scene/FreezeBrushChunk.h"
@@ -37,7 +38,7 @@ public:
 
     void Take() {
         const std::string& name = reader.Name();
-        const bool repeats = name == "LEVL" || name == "LAYR" || name == "LGND";
+        const bool repeats = name == "LEVL" || name == "LAYR" || name == "LGND" || name == "APPL";
         if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("comes twice");
         if (name == "GEOM") {
             reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s), job); });
@@ -51,14 +52,22 @@ public:
         }
         if (name == "SETT") {
             reader.Read([this](SceneStream& s) {
-                DabDynamics dynamics = scene.settings.dynamics;
+                DabDynamics dynamics = std::move(scene.settings.dynamics);
+                ApplicationData applicationData = std::move(scene.settings.applicationData);
                 scene.settings = ReadSettingsChunk(s);
                 scene.settings.dynamics = std::move(dynamics);
+                scene.settings.applicationData = std::move(applicationData);
             });
             return;
         }
         if (name == "PENS") {
             reader.Read([this](SceneStream& s) { scene.settings.dynamics = ReadPenChunk(s); });
+            return;
+        }
+        if (name == "APPL") {
+            reader.Read([this](SceneStream& s) {
+                ReadApplicationChunk(s, scene.settings.applicationData);
+            });
             return;
         }
         if (name == "FRZB") {
@@ -108,7 +117,8 @@ private:
                                               "SETT",
                                               "PENS",
                                               "BRSH",
-                                              "FRZB"};
+                                              "FRZB",
+                                              "APPL"};
         return std::find(std::begin(known), std::end(known), name) == std::end(known);
     }
 
@@ -198,6 +208,11 @@ void WriteScene(const std::string& path,
         if (header.IsFormatAtLeast(332))
             write("PENS", [&](SceneStream& s) { WritePenChunk(s, parts.settings.dynamics); });
         write("BRSH", [&](SceneStream& s) { WriteBrushChunk(s, parts.brush); });
+        if (header.IsFormatAtLeast(334)) {
+            CheckApplicationData(parts.settings.applicationData);
+            for (const auto& entry : parts.settings.applicationData)
+                write("APPL", [&](SceneStream& s) { WriteApplicationChunk(s, entry); });
+        }
         if (header.IsFormatAtLeast(332) && parts.freezeBrush != nullptr) {
             write("FRZB", [&](SceneStream& s) {
                 WriteFreezeBrushChunk(s, *parts.freezeBrush, parts.isFreezing);

@@ -4,6 +4,7 @@
 #include "framework/layers/LayerStack.h"
 #include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/SceneStream.h"
+#include "framework/scene/ApplicationData.h"
 #include "framework/strokes/DabDynamics.h"
 #include "framework/strokes/StrokePath.h"
 
@@ -33,6 +34,8 @@ struct SceneSettings {
     /// Mode and point maps as StrokeLoop::SetMirrors takes them.
     int mirrorMode = 0;
     std::vector<Matrix> mirrorMaps;
+    /// Entries of all applications, also unknown ones.
+    ApplicationData applicationData;
 };
 
 /// The things that make a scene, borrowed for the length of SaveScene. None is changed; the brush

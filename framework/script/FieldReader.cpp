@@ -49,8 +49,10 @@ std::string FieldReader::TextOr(const char* key, const std::string& otherwise) c
     return Has(key) ? At(key).Text() : otherwise;
 }
 
-void FieldReader::Fail(const std::string& reason) const {
-    throw HostError(FaultMessage(file, {pointer, reason}));
+void FieldReader::Fail(const std::string& reason) const { FailAt("", reason); }
+
+void FieldReader::FailAt(const std::string& relative, const std::string& reason) const {
+    throw HostError(FaultMessage(file, {pointer + relative, reason}));
 }
 
 }  // namespace trovik

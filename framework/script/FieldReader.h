@@ -38,6 +38,8 @@ public:
 
     /// \throw HostError "FILE: POINTER: reason".
     [[noreturn]] void Fail(const std::string& reason) const;
+    /// The same for a value within this one. \param relative  its JSON pointer from here.
+    [[noreturn]] void FailAt(const std::string& relative, const std::string& reason) const;
 
 private:
     const nlohmann::json& value;

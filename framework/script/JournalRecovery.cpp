@@ -49,9 +49,9 @@ class Redo {
 public:
     Redo(const std::string& journalPath, RecoveredWork& recovered, const RecoveryOptions& given)
         : path(journalPath), work(recovered), content(recovered.content), options(given) {}
-    /// The session may outlive this with a stroke still open, whose end nobody counts.
+    /// The document may outlive this with a stroke still open, whose end nobody counts.
     ~Redo() {
-        if (isListening) work.runner->Session().SetInputListener(nullptr);
+        if (isListening) work.runner->GetDocument().SetInputListener(nullptr);
     }
     Redo(const Redo&) = delete;
     Redo& operator=(const Redo&) = delete;
@@ -69,7 +69,7 @@ public:
         work.runner->AllowOutside(output.empty() || content.base.outsideAllowed);
         work.runner->Open(script);
         for (const nlohmann::json& carried : content.base.carried) work.runner->Do(carried, 0);
-        work.runner->Session().SetInputListener(&counter);
+        work.runner->GetDocument().SetInputListener(&counter);
         isListening = true;
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
@@ -81,7 +81,7 @@ public:
             else
                 RedoStep(i);
         }
-        work.runner->Session().Loop().End([this] { ThrowIfCancelled(); });
+        work.runner->GetDocument().Loop().End([this] { ThrowIfCancelled(); });
     }
 
 private:
@@ -177,16 +177,16 @@ private:
 
     void RedoStroke() {
         counter.count = 0;
-        SculptSession& session = work.runner->Session();
+        Document& document = work.runner->GetDocument();
         try {
             if (step->start) {
-                session.Settings().strokesBegun = step->start->strokesBegun;
-                session.Geometry().History().SetNextLabel(step->label);
-                session.Loop().Begin(static_cast<BrushOperation::Modifier>(step->start->modifier),
-                                     step->start->seed);
+                document.Settings().strokesBegun = step->start->strokesBegun;
+                document.Geometry().History().SetNextLabel(step->label);
+                document.Loop().Begin(static_cast<BrushOperation::Modifier>(step->start->modifier),
+                                      step->start->seed);
             }
-            for (const StrokeCall& call : step->calls) Repeat(session, call);
-            if (step->endsStroke) RepeatEnd(session);
+            for (const StrokeCall& call : step->calls) Repeat(document, call);
+            if (step->endsStroke) RepeatEnd(document);
         } catch (const HostError& error) {
             Fail("byte " + std::to_string(step->byte) + ": " + error.what());
         } catch (Error* error) {
@@ -198,8 +198,8 @@ private:
         work.dabs += counter.count;
     }
 
-    void RepeatEnd(SculptSession& session) const {
-        StrokeLoop& loop = session.Loop();
+    void RepeatEnd(Document& document) const {
+        StrokeLoop& loop = document.Loop();
         if (!step->failed) {
             loop.End([this] { ThrowIfCancelled(); });
             return;
@@ -213,19 +213,19 @@ private:
         }
     }
 
-    void Repeat(SculptSession& session, const StrokeCall& call) {
-        if (!session.Loop().IsActive()) Fail("a stroke in the journal has no beginning");
+    void Repeat(Document& document, const StrokeCall& call) {
+        if (!document.Loop().IsActive()) Fail("a stroke in the journal has no beginning");
         if (call.kind == RecordKind::StrokePutBack) {
-            session.Loop().PutBack();
+            document.Loop().PutBack();
         } else if (call.kind == RecordKind::StrokeWhole) {
-            session.Loop().WholeMesh(call.whole.strength, call.whole.byFacing != 0);
+            document.Loop().WholeMesh(call.whole.strength, call.whole.byFacing != 0);
         } else {
-            RepeatDab(session, call.dab);
+            RepeatDab(document, call.dab);
         }
     }
 
-    void RepeatDab(SculptSession& session, const StrokeInput& input) {
-        LevelMesh& mesh = *session.Geometry().Bound();
+    void RepeatDab(Document& document, const StrokeInput& input) {
+        LevelMesh& mesh = *document.Geometry().Bound();
         if (input.face >= mesh.faceCount)
             Fail("a dab in the journal lies on face " + std::to_string(input.face) +
                  ", and the level has " + std::to_string(mesh.faceCount));
@@ -242,11 +242,11 @@ private:
         dab.strength = input.strength;
         dab.keepPlace = (input.flags & StrokeInput::keepsPlace) != 0;
         if ((input.flags & StrokeInput::failed) == 0) {
-            session.Loop().Dab(dab);
+            document.Loop().Dab(dab);
             return;
         }
         try {
-            session.Loop().Dab(dab);
+            document.Loop().Dab(dab);
         } catch (const HostError&) {
             return;
         } catch (Error* error) {

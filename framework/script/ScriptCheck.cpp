@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Checking a script without sculpting. Steps that choose tools, settings, mirrors, transforms and
-/// cameras are run; of all others the fields and files are checked by the functions that the steps
-/// themselves use.
+/// Checking a script without sculpting: commands that choose tools, settings, mirrors, transforms
+/// and cameras run; of all others parameters and files are checked.
 #include "framework/errors/HostError.h"
 #include "framework/errors/PrintableText.h"
 #include "framework/script/ScriptDocument.h"
@@ -76,28 +75,25 @@ PolygonMesh Cube() {
 
 }  // namespace
 
-void ScriptRunner::CheckHasOneSource(const FieldReader& script) const {
-    if (script.Has("mesh") == script.Has("scene"))
-        throw HostError(path + ": /: a script opens one of \"mesh\" and \"scene\"");
-}
-
 std::vector<std::string> ScriptRunner::Check() {
     std::vector<std::string> faults;
-    isChecking = true;
     nlohmann::json json;
     std::vector<JsonFault> inDocument;
     if (!Attempt(faults, [&] { json = ReadStrokeScript(givenPath, &inDocument); })) return faults;
     for (const JsonFault& fault : inDocument)
-        faults.push_back(PrintableText(FaultMessage(path, fault)));
+        faults.push_back(PrintableText(FaultMessage(options.name, fault)));
     // Of the script as it was written: below, a faulty "mesh" is removed.
-    if (json.is_object()) Attempt(faults, [&] { CheckHasOneSource(FieldReader(json, path, "")); });
+    if (json.is_object())
+        Attempt(faults, [&] { CheckHasOneSource(FieldReader(json, options.name, "")); });
     RemoveFaulty(json, inDocument);
-    const FieldReader script(json, path, "");
+    const FieldReader script(json, options.name, "");
     CheckSetUp(script, faults);
+    commands->Context().isChecking = true;
     const FieldReader steps = script.At("steps");
     for (std::size_t i = 0; i < steps.Size(); ++i) {
         ThrowIfCancelled();
-        CheckStep(steps.At(i), faults);
+        commands->Check(steps.At(i),
+                        [&](const std::function<void()>& check) { Attempt(faults, check); });
     }
     return faults;
 }
@@ -105,89 +101,19 @@ std::vector<std::string> ScriptRunner::Check() {
 void ScriptRunner::CheckSetUp(const FieldReader& script, std::vector<std::string>& faults) {
     Attempt(faults, [&] { PrepareProcess(script); });
     const bool hasSource = script.Has("mesh") != script.Has("scene");
-    if (!hasSource || !Attempt(faults, [&] { OpenSource(script); }))
-        session = std::make_unique<SculptSession>(path, Cube());
+    if (!hasSource || !Attempt(faults, [&] { OpenSource(script); })) {
+        document = std::make_unique<Document>(options.name, Cube());
+        StartCommands();
+    }
     ThrowIfCancelled();
     if (script.Has("preferences"))
         Attempt(faults, [&] { RunPreferences(script.At("preferences")); });
-    if (script.Has("transform")) Attempt(faults, [&] { RunTransform(script.At("transform")); });
+    if (script.Has("transform"))
+        Attempt(faults, [&] { commands->SetUp("transform", script.At("transform")); });
     Attempt(faults, [&] { SetView(script); });
-    if (script.Has("mirror")) Attempt(faults, [&] { RunMirror(script.At("mirror")); });
+    if (script.Has("mirror"))
+        Attempt(faults, [&] { commands->SetUp("mirror", script.At("mirror")); });
     SelectFirstTool();
 }
-
-void ScriptRunner::CheckStep(const FieldReader& step, std::vector<std::string>& faults) {
-    struct Verb {
-        const char* name;
-        StepFunction check;
-    };
-    static constexpr Verb verbs[] = {{"tool", &ScriptRunner::RunTool},
-                                     {"stroke", &ScriptRunner::CheckStroke},
-                                     {"freeze", &ScriptRunner::CheckFreeze},
-                                     {"transform", &ScriptRunner::RunTransform},
-                                     {"mirror", &ScriptRunner::RunMirror},
-                                     {"camera", &ScriptRunner::RunCamera},
-                                     {"picture", &ScriptRunner::CheckPicture},
-                                     {"sheet", &ScriptRunner::CheckSheet},
-                                     {"export", &ScriptRunner::CheckExport},
-                                     {"bake", &ScriptRunner::CheckBake},
-                                     {"displace", &ScriptRunner::CheckDisplace},
-                                     {"save", &ScriptRunner::CheckSave}};
-    Attempt(faults, [&] { CheckOpenStroke(step); });
-    for (const Verb& verb : verbs)
-        if (step.Has(verb.name)) Attempt(faults, [&] { (this->*verb.check)(step.At(verb.name)); });
-    if (step.Has("set")) CheckSettings(step.At("set"), faults);
-}
-
-// One by one, so that each is reported that is wrong.
-void ScriptRunner::CheckSettings(const FieldReader& settings, std::vector<std::string>& faults) {
-    const nlohmann::json& all = settings.Json();
-    for (const auto& [name, value] : all.items()) {
-        nlohmann::json one = {{name, value}};
-        // These two exclude each other.
-        if (name == "radiusPixels" && all.contains("radius")) one["radius"] = all.at("radius");
-        Attempt(faults, [&] { RunSettings(settings.With(one)); });
-    }
-}
-
-void ScriptRunner::CheckStroke(const FieldReader& stroke) {
-    CheckStrokeKinds(stroke);
-    leavesStrokeOpen = stroke.FlagOr("open", false);
-    CheckPath(stroke);
-}
-
-void ScriptRunner::CheckPicture(const FieldReader& picture) {
-    CheckPictureKinds(picture);
-    if (picture.Has("keep")) kept[picture.At("keep").Text()] = Picture();
-    if (picture.Has("camera")) ReadView(picture.At("camera"), session->View());
-    for (const std::string& target : PictureTargets(picture)) files.NoteWritten(target);
-}
-
-void ScriptRunner::CheckSheet(const FieldReader& sheet) {
-    KeptPictures(sheet.At("pictures"));
-    files.NoteWritten(OutputPath(sheet.At("file")));
-}
-
-void ScriptRunner::CheckExport(const FieldReader& options) {
-    const std::string file = OutputPath(options.At("file"));
-    ExportSpace(options, file);
-    files.NoteWritten(file);
-}
-
-void ScriptRunner::CheckBake(const FieldReader& bake) {
-    const MapFileOptions file = MapFileOf(bake);
-    try {
-        BitsFor(file);
-    } catch (const HostError& error) {
-        bake.Fail(error.what());
-    }
-    files.NoteWritten(file.path);
-}
-
-void ScriptRunner::CheckDisplace(const FieldReader& displace) {
-    if (!files.IsWritten(displace.At("file").Text())) InputPath(displace.At("file"));
-}
-
-void ScriptRunner::CheckSave(const FieldReader& file) { files.NoteWritten(ScenePath(file)); }
 
 }  // namespace trovik

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/script/ScriptDocument.h"
 
+#include "framework/errors/HostError.h"
 #include "framework/json/JsonSchema.h"
 #include "framework/json/JsonText.h"
 
@@ -20,6 +21,17 @@ const JsonSchema& Schema() {
 
 nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name) {
     return ParseAgainst(Schema(), text, name);
+}
+
+void CheckStep(const nlohmann::json& step, const std::string& name) {
+    nlohmann::json script = nlohmann::json::object();
+    script["steps"] = nlohmann::json::array();
+    script["steps"].push_back(step);
+    const std::vector<JsonFault> faults = Schema().Check(script, 1);
+    if (faults.empty()) return;
+    const std::string root = "/steps/0";
+    throw HostError(
+        FaultMessage(name, {faults.front().pointer.substr(root.size()), faults.front().reason}));
 }
 
 nlohmann::json ReadStrokeScript(const std::string& path, std::vector<JsonFault>* faults) {

@@ -11,8 +11,8 @@
 namespace trovik {
 
 /// The JSON schemas of stroke scripts and of recorded pen streams, as docs/ has them.
-const char* StrokeScriptSchema();
-const char* PenStreamSchema();
+TROVIK_API const char* StrokeScriptSchema();
+TROVIK_API const char* PenStreamSchema();
 
 /// Reads a stroke script of at most 64 MiB and checks it against the schema; "-" is standard input.
 /// Comments are removed, so a step that holds only a comment becomes an empty object.
@@ -23,5 +23,8 @@ nlohmann::json ReadStrokeScript(const std::string& path, std::vector<JsonFault>*
 
 /// The same for a script in memory; `name` stands for the file in messages.
 nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);
+
+/// Checks one step without comments. \throw HostError with the pointer within the step.
+void CheckStep(const nlohmann::json& step, const std::string& name);
 
 }  // namespace trovik

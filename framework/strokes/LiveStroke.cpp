@@ -33,15 +33,26 @@ LiveStroke::LiveStroke(StrokeLoop& strokeLoop,
               settings.options) {}
 
 void LiveStroke::Add(const std::vector<PathSample>& samples) {
-    if (isOver || samples.empty()) return;
+    if (!samples.empty()) Apply(samples, PathDabs::noDeadline);
+}
+
+bool LiveStroke::Add(const std::vector<PathSample>& samples, Budget budget) {
+    return Apply(samples, std::chrono::steady_clock::now() + budget);
+}
+
+bool LiveStroke::Continue(Budget budget) {
+    return Apply({}, std::chrono::steady_clock::now() + budget);
+}
+
+bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline) {
+    if (isOver) return false;
     try {
         Take(samples);
-        if (settings.mode == DrawMode::AlongPath) {
-            dabs.Advance();
-            return;
-        }
+        if (settings.mode == DrawMode::AlongPath) return !dabs.Advance(deadline);
+        if (samples.empty()) return false;
         imprint.Start(taken.front().place);
         imprint.Drag(taken.back());
+        return false;
     } catch (...) {
         isOver = true;
         throw;

@@ -6,6 +6,7 @@
 #include "framework/strokes/PathStage.h"
 #include "framework/strokes/PointerFilter.h"
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -63,6 +64,15 @@ public:
     /// where it was.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
+    using Budget = std::chrono::steady_clock::duration;
+    /// The same within a time budget, so that a backlog of large dabs does not delay the next
+    /// frame: applies dabs until the budget is spent, at least one. How dabs are spread over calls
+    /// changes no bit of them. \return whether dabs remain that could be applied now; the next call
+    /// applies them first. DrawMode::FromCenter and AcrossPoints move one copy and ignore the
+    /// budget.
+    bool Add(const std::vector<PathSample>& samples, Budget budget);
+    /// Applies dabs that Add left. \return as Add. \throw as Add.
+    bool Continue(Budget budget);
     /// The pen was still where it was last at this time, in the seconds of the samples: the same as
     /// the last sample once more with this time. Nothing before the first sample, and for a time
     /// that is not later than its own. To be called while the pen reports nothing, some 60 times a
@@ -87,6 +97,7 @@ public:
 
 private:
     void Pass(const std::vector<PathSample>& clean);
+    bool Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline);
 
     StrokeLoop& loop;
     LiveStrokeSettings settings;

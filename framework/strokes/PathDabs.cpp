@@ -17,6 +17,10 @@ constexpr float smallestDab = 0.01f;
 /// a multiple of the spacing has a dab at its end.
 constexpr double nearEnough = 1.0 - 1e-4;
 
+bool IsPast(PathDabs::Deadline deadline) {
+    return deadline != PathDabs::noDeadline && std::chrono::steady_clock::now() >= deadline;
+}
+
 }  // namespace
 
 PathDabs::PathDabs(StrokeLoop& strokeLoop,
@@ -36,19 +40,23 @@ PathDabs::PathDabs(StrokeLoop& strokeLoop,
       dynamics(dabDynamics),
       steps(strokeGeometry, strokeTree, strokeView, pathSpace, pathOptions, dabDynamics) {}
 
-void PathDabs::Advance() { Go(false); }
+bool PathDabs::Advance(Deadline deadline) { return Go(false, deadline); }
 
-void PathDabs::Finish() { Go(true); }
+void PathDabs::Finish() { Go(true, noDeadline); }
 
-void PathDabs::Go(bool isWhole) {
-    if (path.IsEmpty()) return;
+/// \return false if it stopped at the deadline.
+bool PathDabs::Go(bool isWhole, Deadline deadline) {
+    if (path.IsEmpty()) return true;
     steps.CheckLength(path.Knots().front().place, path.Length());
     if (!hasBegun) {
-        if (!isWhole && !(path.Length() > 0.0) && path.Rests().empty()) return;
+        if (!isWhole && !(path.Length() > 0.0) && path.Rests().empty()) return true;
         hasBegun = true;
         Arrive(0.0);
     }
-    while (Rest(isWhole) && walked < path.Length()) {
+    while (true) {
+        const RestResult rested = Rest(isWhole, deadline);
+        if (rested != RestResult::GoesOn) return rested == RestResult::Waits;
+        if (!(walked < path.Length())) return true;
         const auto& corners = path.Corners();
         while (corner < corners.size() && corners[corner] <= walked) ++corner;
         double next = walked + Step();
@@ -59,8 +67,10 @@ void PathDabs::Go(bool isWhole) {
             next = std::min(next, path.Rests()[rest].at);
             isCertain = isCertain || next == path.Rests()[rest].at;
         }
-        if (!isCertain && !(next < path.Length())) return;
+        if (!isCertain && !(next < path.Length())) return true;
+        const unsigned before = count;
         Walk(next);
+        if (count != before && IsPast(deadline)) return false;
     }
 }
 
@@ -138,9 +148,9 @@ void PathDabs::Arrive(double at) {
     way = away;
 }
 
-/// Lays the dabs that are due while the pen rests here. \return whether it goes on from here.
-bool PathDabs::Rest(bool isWhole) {
-    if (rest >= path.Rests().size() || path.Rests()[rest].at != walked) return true;
+/// Applies the dabs that are due while the pen rests at the present position.
+PathDabs::RestResult PathDabs::Rest(bool isWhole, Deadline deadline) {
+    if (rest >= path.Rests().size() || path.Rests()[rest].at != walked) return RestResult::GoesOn;
     const ArcPath::Rest& pause = path.Rests()[rest];
     // From knot to knot, as they come.
     for (knot = std::max(knot, pause.first + 1); knot <= pause.last; ++knot) {
@@ -153,11 +163,12 @@ bool PathDabs::Rest(bool isWhole) {
                 Lay(*hit, sample);
             else
                 here.reset();
+            if (IsPast(deadline)) return RestResult::Paused;
         }
     }
-    if (!isWhole && rest + 1 == path.Rests().size() && path.IsResting()) return false;
+    if (!isWhole && rest + 1 == path.Rests().size() && path.IsResting()) return RestResult::Waits;
     ++rest;
-    return true;
+    return RestResult::GoesOn;
 }
 
 double PathDabs::DueTime() const { return lastTime + 1.0 / static_cast<double>(dynamics.airbrush); }

@@ -6,6 +6,7 @@
 #include "framework/strokes/PathSteps.h"
 #include "framework/strokes/StrokePath.h"
 
+#include <chrono>
 #include <optional>
 
 namespace trovik {
@@ -43,22 +44,28 @@ public:
 
     /// The path goes on to the sample. Lays nothing yet.
     void Add(const PathSample& sample) { path.Add(sample); }
-    /// Applies the dabs that are certain. \throw HostError for a path that has become too long by
-    /// PathSteps::CheckLength, before it lays any, or by PathSteps::Take. Whatever
-    /// PathOptions::poll throws passes through.
-    void Advance();
+    using Deadline = std::chrono::steady_clock::time_point;
+    static constexpr Deadline noDeadline = Deadline::max();
+
+    /// Applies the dabs that are certain, or as many as fit before the deadline; the clock is read
+    /// after each dab, so at least one is applied. How dabs are spread over calls changes no bit of
+    /// them. \return whether all that are certain have been applied.
+    /// \throw HostError for a path that has become too long by PathSteps::CheckLength, before any
+    /// dab is applied, or by PathSteps::Take. Exceptions of PathOptions::poll pass through.
+    bool Advance(Deadline deadline = noDeadline);
     /// The path has come to its end: lays the rest. \throw as Advance.
     void Finish();
     /// Main dabs that were laid.
     unsigned Count() const { return count; }
 
 private:
-    void Go(bool isWhole);
+    bool Go(bool isWhole, Deadline deadline);
     double Step() const;
     std::optional<PickHit> HitAt(const Vector& place) const;
     void Walk(double next);
     void Arrive(double at);
-    bool Rest(bool isWhole);
+    enum class RestResult { GoesOn, Waits, Paused };
+    RestResult Rest(bool isWhole, Deadline deadline);
     double DueTime() const;
     void Lay(const PickHit& hit, const PathSample& sample);
     float RadiusAt(const Vector& place) const;

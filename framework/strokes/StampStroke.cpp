@@ -2,6 +2,7 @@
 #include "framework/strokes/StampStroke.h"
 
 #include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/ToolTraits.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/DabStrength.h"
@@ -13,16 +14,10 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 /// The smallest copy of a scattered stamp, as a share of the brush.
 constexpr float smallestCopy = 0.5f;
 /// Tells the numbers for distances from those for places.
 constexpr uint64_t spacingSalt = 0x5bf03635d1c27a89u;
-
-bool IsTool(const BrushOperation& brush, const char* name) {
-    const BrushConfiguration* tool = brush.ActiveConfiguration();
-    return tool != nullptr && tool->Name() == QLatin1String(name);
-}
 
 StampPositioning PositioningOf(const BrushOperation& brush) {
     const int value = brush.resetOptionA.Value();
@@ -30,8 +25,7 @@ StampPositioning PositioningOf(const BrushOperation& brush) {
         return StampPositioning::Upright;
     const auto positioning = static_cast<StampPositioning>(value);
     if (positioning != StampPositioning::Tool) return positioning;
-    const bool follows =
-        IsTool(brush, "Repeat") || IsTool(brush, "Knife") || brush.StrokeDrawMode() != 0;
+    const bool follows = TraitsOf(brush).turnsStampAlongStroke || brush.StrokeDrawMode() != 0;
     return follows ? StampPositioning::Stroke : StampPositioning::Upright;
 }
 
@@ -147,7 +141,7 @@ void StampStroke::Scatter(StrokeDab& dab) {
 }
 
 float StampStroke::Spacing(float radius, float share) {
-    if (!HasStamp() || !IsTool(*brush, "Repeat")) return radius * share;
+    if (!HasStamp() || !TraitsOf(*brush).spacesDabsByStamp) return radius * share;
     const float room = brush->strokeFloatA.Value() * 0.01f;
     const float randomRoom = brush->strokeFloatB.Value() * 0.01f * spacingRandom.Share();
     return radius * ((2.0f + room) + randomRoom);

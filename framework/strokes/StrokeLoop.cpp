@@ -3,9 +3,11 @@
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/StampFiles.h"
+#include "framework/brushes/ToolTraits.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/StampImage.h"
+#include "framework/mesh/VertexNeighbours.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/strokes/StrokePutBack.h"
 #include "framework/strokes/TopologicalHit.h"
@@ -18,8 +20,8 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 constexpr int mirroredStampMask = 1;
+constexpr uint8_t shapeChange = SurfaceChange::Positions | SurfaceChange::Normals;
 /// Tells the numbers for sizes from those that the stamp takes.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
@@ -160,14 +162,14 @@ std::optional<StrokeDab> StrokeLoop::Mapped(const StrokeDab& dab,
 }
 
 bool StrokeLoop::KeepsPlane() const {
-    // The brush shows these two settings for the tools that work by a plane.
+    if (!TraitsOf(brush).worksOnPlane) return false;
     const Attribute* global = brush.AttributeByName(QStringLiteral("globalplane"));
     const Attribute* update = brush.AttributeByName(QStringLiteral("updateplane"));
     const auto isOn = [](const Attribute* attribute) {
         const auto* flag = dynamic_cast<const AttributeInstance<bool>*>(attribute);
         return flag != nullptr && flag->Value();
     };
-    return update != nullptr && update->IsVisible() && (isOn(global) || !isOn(update));
+    return update != nullptr && (isOn(global) || !isOn(update));
 }
 
 // Two copies of the stroke that no dab was laid for yet are each other's pair as the main side and
@@ -205,6 +207,15 @@ void StrokeLoop::LayOtherPairs(const std::function<void()>& poll) {
         EndStroke();
         history.JoinNext(false);
     }
+}
+
+void StrokeLoop::RestoreHidden() {
+    LevelChange* change = geometry.Bound()->OpenChange();
+    if (change == nullptr) return;
+    const std::vector<uint32_t> moved = change->MovedHidden();
+    if (moved.empty()) return;
+    if (observer != nullptr) observer->BeforeCommand(brush, "restoreHidden");
+    change->RestoreHidden(moved);
 }
 
 void StrokeLoop::SettleSides() {
@@ -255,18 +266,24 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
     call.pressure = dab.pressure;
     call.strength = dab.strength;
     call.box = &box;
-    Observed(observer, call, [&] {
-        const Clock::time_point start = Clock::now();
-        brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
-        totals.seconds += SecondsSince(start);
-    });
+    try {
+        Observed(observer, call, [&] {
+            const Clock::time_point start = Clock::now();
+            brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
+            totals.seconds += SecondsSince(start);
+        });
+    } catch (...) {
+        // Part of the dab may be there.
+        ReportDab();
+        throw;
+    }
     ++totals.dabs;
     previousHits[side] = dab.hit.position;
     if (!box.IsEmpty()) {
         dirtyBox.Extend({box.minX, box.minY, box.minZ});
         dirtyBox.Extend({box.maxX, box.maxY, box.maxZ});
     }
-    Refit();
+    ReportDab();
 }
 
 void StrokeLoop::WholeMesh(float strength, bool byFacing) {
@@ -283,9 +300,12 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
             brush.ApplyToWholeMesh(call.mesh, strength, byFacing);
             totals.seconds += SecondsSince(start);
         });
-        tree.RefitAll();
+        // The brush reports what else it changes.
+        if (dynamic_cast<StrokePutBack*>(&brush) == nullptr)
+            geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
     } catch (...) {
+        geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         Break();
         throw;
     }
@@ -296,15 +316,28 @@ void StrokeLoop::ForgetLastWalks() {
         geometry.Level(level)->ForgetLastWalks();
 }
 
-// The level that was walked is the one whose faces were the patches of the dab.
-void StrokeLoop::Refit() {
+// The level that was walked is the one whose faces were the patches of the dab. The walk visits the
+// patches that share an edge with a changed one; those that share a corner with it are added, since
+// the normal there may have changed.
+void StrokeLoop::ReportDab() {
+    if (geometry.Observers().empty()) return;
+    const uint32_t bound = geometry.BoundIndex();
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
-        const LevelMesh& mesh = *geometry.Level(level);
-        if (!mesh.LastFaceWalk().empty()) tree.Refit(level, mesh.LastFaceWalk());
+        LevelMesh& mesh = *geometry.Level(level);
+        if (!mesh.LastFaceWalk().empty()) {
+            std::vector<uint32_t> patches;
+            std::vector<uint32_t> entered;
+            for (const FaceVisit& visit : mesh.LastFaceWalk())
+                (visit.answer ? entered : patches).push_back(visit.face);
+            const std::vector<uint32_t> around = FacesAt(mesh, CornersOf(mesh, entered));
+            patches.insert(patches.end(), around.begin(), around.end());
+            MakeSet(patches);
+            geometry.ReportPatches(bound, shapeChange, level, patches);
+        }
         if (mesh.LastVertexWalk().empty()) continue;
         std::vector<uint32_t> vertices;
         for (const FaceVisit& visit : mesh.LastVertexWalk()) vertices.push_back(visit.face);
-        tree.RefitVertices(vertices);
+        geometry.ReportVertices(bound, shapeChange, vertices);
     }
 }
 
@@ -325,7 +358,7 @@ void StrokeLoop::PutBack() {
 void StrokeLoop::Announce(const std::vector<uint32_t>& vertices) {
     if (vertices.empty()) return;
     LevelMesh& mesh = *geometry.Bound();
-    tree.RefitVertices(vertices);
+    geometry.ReportVertices(geometry.BoundIndex(), shapeChange, vertices);
     for (uint32_t i = 0;; ++i) {
         auto* renderer =
             dynamic_cast<MeshRenderer*>(mesh.ChildByClass(MeshRenderer::StaticClass(), i));
@@ -346,6 +379,7 @@ uint64_t StrokeLoop::CountMoved() const {
 }
 
 void StrokeLoop::EndStroke() {
+    RestoreHidden();
     totals.verticesMoved += CountMoved();
     Observed(observer, BrushCall(BrushCall::EndStroke, brush), [&] {
         const Clock::time_point start = Clock::now();

@@ -46,7 +46,8 @@ struct StrokeTotals {
 };
 
 /// Drives a brush over the bound level of one geometry: strict pairs of begin and end, the mirrored
-/// dabs of each main dab, the previous hit of each side, and the refit of the patch tree.
+/// dabs of each main dab, the previous hit of each side, and the reports of changed patches, which
+/// the patch tree follows.
 ///
 /// Errors: what the brush throws passes through; the stroke is then ended.
 class TROVIK_API StrokeLoop {
@@ -119,6 +120,8 @@ private:
     bool KeepsPlane() const;
     void LayOtherPairs(const std::function<void()>& poll);
     void SettleSides();
+    /// Hidden vertices get their bits of before the stroke where the brush has changed any.
+    void RestoreHidden();
     void Announce(const std::vector<uint32_t>& vertices);
     void ForgetLastWalks();
     struct DabAcross {
@@ -127,7 +130,8 @@ private:
     };
     /// The dab's image in the topological mirror; none where there is none, and in other modes.
     std::optional<DabAcross> AcrossTopology(const StrokeDab& dab) const;
-    void Refit();
+    /// Reports the patches that the walks of a dab have visited.
+    void ReportDab();
     uint64_t CountMoved() const;
 
     BrushOperation& brush;

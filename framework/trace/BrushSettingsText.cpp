@@ -9,7 +9,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 constexpr int mirroredStampMask = 1;
 
 constexpr const char* attributeNames[] = {"builduprate",

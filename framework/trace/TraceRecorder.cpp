@@ -16,8 +16,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
-
 const char* NameOf(BrushCall::Kind kind) {
     static constexpr const char* names[] = {
         "SetActiveConfiguration", "BeginStroke", "ApplyDab", "ApplyToWholeMesh", "EndStroke"};
@@ -282,7 +280,10 @@ void TraceRecorder::ChangeFinished(const LevelMesh& level, bool keepTopology, bo
 
 void TraceRecorder::Watch(bool on) {
     for (LevelGeometry* geometry : SceneGeometries()) {
-        geometry->SetObserver(on ? this : nullptr);
+        if (on)
+            geometry->AddObserver(*this);
+        else
+            geometry->RemoveObserver(*this);
         for (MeshRenderer* renderer : RenderersOf(*geometry->Bound())) {
             auto* listener = dynamic_cast<NoticeRenderer*>(renderer);
             if (listener == nullptr) continue;

@@ -5,6 +5,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/layers/LayerStack.h"
 #include "tests/baking/BakedMeshes.h"
+#include "tests/edits/ReportedCopy.h"
 #include "tests/files/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -104,6 +105,16 @@ TEST_F(MapDisplacementTest, IsOneStepOfUndoToTheBit) {
     EXPECT_EQ(Bits(), after);
     Level().ComputeNormals();
     EXPECT_EQ(Bits(), after) << "normals follow the shape";
+}
+
+TEST_F(MapDisplacementTest, ReportsThePatchesThatItChanges) {
+    ReportedCopy copy([this]() -> LevelGeometry& { return *geometry; });
+    Displace(Map("d.exr", {0.0f, 4.0f, 0.0f, 1.0f}));
+    EXPECT_EQ(copy.Difference(), "");
+    EXPECT_EQ(copy.reports, 1u);
+    EXPECT_EQ(copy.reportsOfAll, 0u);
+    geometry->History().Undo(*geometry);
+    EXPECT_EQ(copy.Difference(), "");
 }
 
 TEST_F(MapDisplacementTest, AMapOfNothingLeavesNoStep) {

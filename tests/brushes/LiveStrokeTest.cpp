@@ -69,6 +69,21 @@ protected:
             }
         });
     }
+    /// With a budget that each dab exceeds, so that each call applies one.
+    Dabs WithoutTime(const std::vector<PathSample>& samples) {
+        return Drawn([&](LiveStroke& stroke) {
+            const std::size_t half = samples.size() / 2;
+            const auto middle = samples.begin() + static_cast<std::ptrdiff_t>(half);
+            bool remain = stroke.Add({samples.begin(), middle}, LiveStroke::Budget::zero());
+            while (remain && settings.mode == DrawMode::AlongPath) {
+                const unsigned before = stroke.Count();
+                remain = stroke.Continue(LiveStroke::Budget::zero());
+                EXPECT_LE(stroke.Count(), before + 1);
+            }
+            // Left to the release.
+            stroke.Add({middle, samples.end()}, LiveStroke::Budget::zero());
+        });
+    }
     void ExpectSameInAnyPieces(const std::vector<PathSample>& samples) {
         const Dabs expected = Recorded(samples);
         ASSERT_FALSE(expected.empty());
@@ -78,6 +93,10 @@ protected:
             for (std::size_t i = 0; i < dabs.size(); ++i)
                 ASSERT_TRUE(SameBits(dabs[i], expected[i])) << i << " in pieces of " << most;
         }
+        const Dabs oneByOne = WithoutTime(samples);
+        ASSERT_EQ(oneByOne.size(), expected.size());
+        for (std::size_t i = 0; i < oneByOne.size(); ++i)
+            ASSERT_TRUE(SameBits(oneByOne[i], expected[i])) << i << " with no time";
     }
     /// Every stream of a pen, and straight ways of a mouse.
     void ExpectAllSame() {

@@ -269,7 +269,7 @@ TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
         << info.out;
     const Outcome json = Run("info --json scenes/cube.trovik");
     EXPECT_NE(json.out.find("\"activeTool\": \"Wax\""), std::string::npos) << json.out;
-    EXPECT_NE(json.out.find("\"format\": 333"), std::string::npos) << json.out;
+    EXPECT_NE(json.out.find("\"format\": 334"), std::string::npos) << json.out;
     EXPECT_EQ(Run("render scenes/cube.trovik seen.png --width 64 --height 48 --samples 1").status,
               0);
     EXPECT_TRUE(fs::exists(folder / "seen.png"));

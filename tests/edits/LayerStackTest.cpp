@@ -296,6 +296,20 @@ TEST_F(LayerStackTest, FreezeTellsWhatIsErased) {
     EXPECT_EQ(mesh.Position(10), ground + Vector(0, 0, 127));
 }
 
+TEST_F(LayerStackTest, HiddenVerticesAreNotErased) {
+    SculptLayer& a = Add("a");
+    StrokeAt(10, {0, 0, 127});
+    mesh.SetFreeze(10, 127);
+    for (uint32_t face = 0; face < mesh.faceCount; ++face) {
+        if (mesh.CornerOf(face, 10) < 0) continue;
+        const FaceRun run{face, 1};
+        mesh.ToggleHidden({&run, 1});
+    }
+    ASSERT_TRUE(mesh.IsVertexHidden(10));
+    EXPECT_EQ(EraseLayerByFreezeAsStep(geometry, a), nullptr);
+    EXPECT_EQ(a.Offset(10), Vector(0, 0, 127));
+}
+
 TEST_F(LayerStackTest, OrderNameAndLockAreTakenBack) {
     Add("a");
     SculptLayer& b = Add("b");

@@ -2,6 +2,7 @@
 
 /// \file
 /// Files that cannot be written leave the old ones untouched and nothing of their own.
+#include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/images/ImageFile.h"
@@ -10,7 +11,6 @@
 #include "framework/multires/LevelGeometry.h"
 #include "framework/multires/LevelSource.h"
 #include "framework/nodes/PreferenceFile.h"
-#include "framework/script/SculptSession.h"
 #include "tests/edits/FullDisk.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -77,9 +77,9 @@ protected:
             "cube.obj",
             "v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\nv -1 -1 1\nv 1 -1 1\nv -1 1 1\n"
             "v 1 1 1\nf 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n");
-        session = std::make_unique<SculptSession>(cube);
+        document = std::make_unique<Document>(cube);
         // Files of more than one buffer.
-        for (int i = 0; i < 6; ++i) session->Subdivide();
+        for (int i = 0; i < 6; ++i) document->Subdivide();
         path = folder.Fill(GetParam(), oldContent);
         files = folder.FileCount();
     }
@@ -87,14 +87,14 @@ protected:
     void Write() {
         const std::string extension = LowerExtension(path);
         if (extension == ".trovik") {
-            session->Save(path);
+            document->Save(path);
         } else if (extension == ".json") {
             SavePreferences(path);
         } else if (extension == ".png") {
             const std::vector<std::uint8_t> grey(64 * 64, 9);
             WriteImageFile(path, grey.data(), 64, 64, 1);
         } else {
-            const LevelSource source(session->Geometry(), {});
+            const LevelSource source(document->Geometry(), {});
             WriteMeshFile(path, source, {});
         }
     }
@@ -107,7 +107,7 @@ protected:
     }
 
     TemporaryFolder folder;
-    std::unique_ptr<SculptSession> session;
+    std::unique_ptr<Document> document;
     std::string path;
     std::size_t files = 0;
 };
@@ -166,7 +166,7 @@ TEST_P(SafeWriting, FailsWithoutATraceWhereTheDiskIsFull) {
 TEST_P(SafeWriting, RefusesADevice) {
     path = "/dev/full";
     if (std::string(GetParam()).find(".trovik") == std::string::npos) return;
-    const std::string message = MessageOf<HostError>([this] { session->Save(path); });
+    const std::string message = MessageOf<HostError>([this] { document->Save(path); });
     EXPECT_NE(message.find("/dev/full"), std::string::npos) << message;
 }
 

@@ -28,15 +28,15 @@ protected:
                     "g left\nf 1 2 5 4\ng right\nf 2 3 6 5\n");
     }
 
-    /// Runs the steps on 8 x 16 quads. \return the session as it was saved.
-    std::unique_ptr<SculptSession> Run(const std::string& steps) {
+    /// Runs the steps on 8 x 16 quads. \return the document as it was saved.
+    std::unique_ptr<Document> Run(const std::string& steps) {
         const std::string script = folder.Fill(
             "script.json",
             R"({"mesh": "quad.obj", "levels": 3, "camera": {"eye": [0, 0, 5], "target": [0, 0, 0],)"
             R"( "fieldOfView": 43.602818, "width": 400, "height": 400}, "steps": [)" +
                 steps + R"(, {"save": "out.trovik"}]})");
         ScriptRunner(script, folder.Path("out"), {}).Run();
-        return SculptSession::OpenScene(folder.Path("out/out.trovik"));
+        return Document::OpenScene(folder.Path("out/out.trovik"));
     }
     std::vector<uint8_t> Amounts(const std::string& steps) {
         return FreezeAmounts(*Run(steps)->Geometry().Bound());
@@ -48,8 +48,8 @@ protected:
     template <typename AmountAt>
     void ExpectAmounts(const std::string& steps, AmountAt amountAt) {
         SCOPED_TRACE(steps);
-        const auto session = Run(steps);
-        const LevelMesh& level = *session->Geometry().Bound();
+        const auto document = Run(steps);
+        const LevelMesh& level = *document->Geometry().Bound();
         std::size_t frozen = 0;
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             const Vector p = level.Position(v);
@@ -127,9 +127,9 @@ TEST_F(FreezeScript, FromBehindAClosedShapeReachTellsTheSides) {
         "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n");
     for (const auto& [reach, side] :
          {std::pair{"visible", 0.3f}, {"facing", 0.3f}, {"through", -2.0f}}) {
-        const auto session = Run(std::string(R"({"freeze": {"box": [0, 0, 400, 400], "reach": ")") +
-                                 reach + R"("}})");
-        LevelMesh& level = *session->Geometry().Bound();
+        const auto document = Run(
+            std::string(R"({"freeze": {"box": [0, 0, 400, 400], "reach": ")") + reach + R"("}})");
+        LevelMesh& level = *document->Geometry().Bound();
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             const float z = level.Position(v).z;
             if (z > side) {
@@ -215,11 +215,11 @@ TEST_F(FreezeScript, TheFreezeToolStrokesLikeAnyOther) {
 }
 
 TEST_F(FreezeScript, SculptingGoesOnBesideFrozenVertices) {
-    const auto session = Run(R"({"tool": "Freeze", "set": {"radius": 0.3, "falloff": "constant"}},
+    const auto document = Run(R"({"tool": "Freeze", "set": {"radius": 0.3, "falloff": "constant"}},
         {"stroke": {"surface": [[0.5, 0, 0]]}},
         {"tool": "Sculpt", "set": {"radius": 3, "strength": 10, "falloff": "constant"}},
         {"stroke": {"surface": [[0.5, 0, 0]]}})");
-    LevelMesh& level = *session->Geometry().Bound();
+    LevelMesh& level = *document->Geometry().Bound();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector p = level.Position(v);
         if (level.Freeze(v) == 127) {
@@ -229,7 +229,7 @@ TEST_F(FreezeScript, SculptingGoesOnBesideFrozenVertices) {
         }
     }
     EXPECT_GT(level.FrozenVertexCount(), 10u);
-    EXPECT_EQ(session->Brush().ActiveConfiguration()->Name(), QStringLiteral("Sculpt"));
+    EXPECT_EQ(document->Brush().ActiveConfiguration()->Name(), QStringLiteral("Sculpt"));
 }
 
 TEST_F(FreezeScript, LevelsTakeFreezingAlongAndScenesKeepWhatWaits) {
@@ -237,13 +237,13 @@ TEST_F(FreezeScript, LevelsTakeFreezingAlongAndScenesKeepWhatWaits) {
     const auto carried = Amounts(paint + R"({"level": 3})");
     ASSERT_THAT(carried, testing::Contains(127));
     // The same over a scene in between.
-    auto session = Run(paint + R"({"mirror": []})");
-    ASSERT_EQ(session->Geometry().BoundIndex(), 1u);
-    EXPECT_EQ(session->Geometry().Level(3)->FrozenVertexCount(), 0u);
-    session->BindLevel(3);
-    EXPECT_EQ(FreezeAmounts(*session->Geometry().Bound()), carried);
-    session->BindLevel(0);
-    EXPECT_EQ(FreezeAmounts(*session->Geometry().Bound()),
+    auto document = Run(paint + R"({"mirror": []})");
+    ASSERT_EQ(document->Geometry().BoundIndex(), 1u);
+    EXPECT_EQ(document->Geometry().Level(3)->FrozenVertexCount(), 0u);
+    document->BindLevel(3);
+    EXPECT_EQ(FreezeAmounts(*document->Geometry().Bound()), carried);
+    document->BindLevel(0);
+    EXPECT_EQ(FreezeAmounts(*document->Geometry().Bound()),
               std::vector<uint8_t>(carried.begin(), carried.begin() + 6));
     // A step of undo takes back what was carried, too.
     const auto undone = Run(paint + R"({"level": 3}, {"undo": 1})");
@@ -282,8 +282,8 @@ TEST_F(FreezeScript, CavitiesAreFoundByTheirBend) {
         return R"({"freeze": {"cavity": )" + cavity + "}}";
     };
     // The fold at x = 0 is a valley, seen along the normals.
-    const auto session = Run(near(R"({"size": 0.5})"));
-    LevelMesh& level = *session->Geometry().Bound();
+    const auto document = Run(near(R"({"size": 0.5})"));
+    LevelMesh& level = *document->Geometry().Bound();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector p = level.Position(v);
         if (std::abs(p.x) < 0.05f && std::abs(p.y) < 0.9f) {

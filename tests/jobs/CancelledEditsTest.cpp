@@ -6,57 +6,65 @@
 #include "framework/mesh/MeshSource.h"
 #include "framework/multires/LevelSource.h"
 #include "tests/baking/BakedMeshes.h"
-#include "tests/jobs/CancelledSession.h"
+#include "tests/jobs/CancelledDocument.h"
 #include "tests/journal/JournalWork.h"
 
 namespace trovik::test {
 namespace {
 
-void WholeStroke(SculptSession& session, float strength) {
-    session.Loop().Begin(BrushOperation::ModifierNone, 5);
-    session.Loop().WholeMesh(strength, false);
-    session.Loop().End();
+void WholeStroke(Document& document, float strength) {
+    document.Loop().Begin(BrushOperation::ModifierNone, 5);
+    document.Loop().WholeMesh(strength, false);
+    document.Loop().End();
 }
 
-void Mask(SculptSession& session, unsigned seed) {
+void Mask(Document& document, unsigned seed) {
     std::mt19937 random(seed);
-    std::vector<uint8_t> amounts(session.Geometry().Bound()->VertexCount());
+    std::vector<uint8_t> amounts(document.Geometry().Bound()->VertexCount());
     for (uint8_t& amount : amounts) amount = static_cast<uint8_t>(random() % 100);
-    session.Freeze(amounts, FreezeMode::Replace);
+    document.Freeze(amounts, FreezeMode::Replace);
 }
 
-/// Four levels with detail, mask, and layers on two of them, that wait to be carried from level 1.
-std::unique_ptr<SculptSession> AtLevel1() {
-    auto session = std::make_unique<SculptSession>("cube", WithIslands(Cube(), 3, 0.05f));
-    session->SetTopologicalMirror();
-    session->SelectTool("Sculpt");
-    for (int i = 0; i < 3; ++i) session->Subdivide();
-    Roughen(*session->Geometry().Bound(), 0.02f, 1);
-    session->RefreshSurface();
-    session->AddLayer("fine");
-    WholeStroke(*session, 0.1f);
-    Mask(*session, 2);
-    session->BindLevel(1);
-    session->AddLayer("coarse");
-    WholeStroke(*session, 0.2f);
-    Mask(*session, 3);
-    return session;
+void HideFaces(Document& document) {
+    FaceChoice chosen(document.Geometry().Bound()->faceCount);
+    for (std::size_t face = 0; face < chosen.size(); ++face) chosen[face] = face % 7 < 3;
+    document.ChangeVisibility(VisibilityChange::Hide, chosen);
+}
+
+/// Four levels with detail, mask, hidden faces, and layers on two of them, that wait to be carried
+/// from level 1.
+std::unique_ptr<Document> AtLevel1() {
+    auto document = std::make_unique<Document>("cube", WithIslands(Cube(), 3, 0.05f));
+    document->SetTopologicalMirror();
+    document->SelectTool("Sculpt");
+    for (int i = 0; i < 3; ++i) document->Subdivide();
+    Roughen(*document->Geometry().Bound(), 0.02f, 1);
+    document->RefreshSurface();
+    document->AddLayer("fine");
+    WholeStroke(*document, 0.1f);
+    Mask(*document, 2);
+    document->BindLevel(1);
+    document->AddLayer("coarse");
+    WholeStroke(*document, 0.2f);
+    Mask(*document, 3);
+    HideFaces(*document);
+    return document;
 }
 
 /// The same, with changes on the highest level that wait to be carried down.
-std::unique_ptr<SculptSession> AtLevel3() {
-    auto session = AtLevel1();
-    session->BindLevel(3);
-    WholeStroke(*session, 0.3f);
-    Mask(*session, 4);
-    return session;
+std::unique_ptr<Document> AtLevel3() {
+    auto document = AtLevel1();
+    document->BindLevel(3);
+    WholeStroke(*document, 0.3f);
+    Mask(*document, 4);
+    return document;
 }
 
 TEST(CancelledEdits, LevelSwitchUp) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
-        [](SculptSession& session, JobControl* job) { session.BindLevel(3, job); },
+        [](Document& document, JobControl* job) { document.BindLevel(3, job); },
         1000,
         11);
 }
@@ -65,7 +73,7 @@ TEST(CancelledEdits, LevelSwitchDown) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3,
-        [](SculptSession& session, JobControl* job) { session.BindLevel(0, job); },
+        [](Document& document, JobControl* job) { document.BindLevel(0, job); },
         1000,
         12);
 }
@@ -74,8 +82,8 @@ TEST(CancelledEdits, Subdivide) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
-        [](SculptSession& session, JobControl* job) {
-            session.Subdivide(LevelGeometry::unlimitedBytes, job);
+        [](Document& document, JobControl* job) {
+            document.Subdivide(LevelGeometry::unlimitedBytes, job);
         },
         3000,
         13);
@@ -84,17 +92,14 @@ TEST(CancelledEdits, Subdivide) {
 TEST(CancelledEdits, ApplyToBase) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
-        AtLevel3,
-        [](SculptSession& session, JobControl* job) { session.ApplyToBase(job); },
-        500,
-        14);
+        AtLevel3, [](Document& document, JobControl* job) { document.ApplyToBase(job); }, 500, 14);
 }
 
 TEST(CancelledEdits, DeleteLowerLevels) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3,
-        [](SculptSession& session, JobControl* job) { session.DeleteLevels(true, job); },
+        [](Document& document, JobControl* job) { document.DeleteLevels(true, job); },
         1000,
         15);
 }
@@ -103,14 +108,14 @@ TEST(CancelledEdits, DeleteHigherLevels) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
-        [](SculptSession& session, JobControl* job) { session.DeleteLevels(false, job); },
+        [](Document& document, JobControl* job) { document.DeleteLevels(false, job); },
         10,
         16);
 }
 
-/// A session whose level 0 is a refinement, with its numbers shuffled by an import, and two levels
+/// A document whose level 0 is a refinement, with its numbers shuffled by an import, and two levels
 /// above it.
-std::unique_ptr<SculptSession> Refined() {
+std::unique_ptr<Document> Refined() {
     LevelGeometry source(WithIslands(Cube(), 3, 0.05f));
     source.Subdivide();
     source.Subdivide();
@@ -125,28 +130,26 @@ std::unique_ptr<SculptSession> Refined() {
     for (uint32_t v = 0; v < order.size(); ++v) polygons.positions[order[v]] = positions[v];
     for (uint32_t& v : polygons.faceVertices) v = order[v];
     polygons.normals.clear();
-    auto session = std::make_unique<SculptSession>("refined", std::move(polygons));
-    session->SetTopologicalMirror();
-    session->SelectTool("Sculpt");
-    session->AddLayer("base");
-    WholeStroke(*session, 0.1f);
-    session->Subdivide();
-    session->AddLayer("middle");
-    WholeStroke(*session, 0.1f);
-    session->Subdivide();
-    Mask(*session, 7);
-    session->BindLevel(1);
-    WholeStroke(*session, 0.1f);
-    return session;
+    auto document = std::make_unique<Document>("refined", std::move(polygons));
+    document->SetTopologicalMirror();
+    document->SelectTool("Sculpt");
+    document->AddLayer("base");
+    WholeStroke(*document, 0.1f);
+    document->Subdivide();
+    document->AddLayer("middle");
+    WholeStroke(*document, 0.1f);
+    document->Subdivide();
+    Mask(*document, 7);
+    document->BindLevel(1);
+    WholeStroke(*document, 0.1f);
+    HideFaces(*document);
+    return document;
 }
 
 TEST(CancelledEdits, Unsubdivide) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
-        Refined,
-        [](SculptSession& session, JobControl* job) { session.Unsubdivide(job); },
-        3000,
-        17);
+        Refined, [](Document& document, JobControl* job) { document.Unsubdivide(job); }, 3000, 17);
 }
 
 }  // namespace

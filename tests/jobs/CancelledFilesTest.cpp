@@ -10,7 +10,7 @@
 #include "framework/mesh/BaseLevel.h"
 #include "framework/multires/LevelSource.h"
 #include "tests/baking/BakedMeshes.h"
-#include "tests/jobs/CancelledSession.h"
+#include "tests/jobs/CancelledDocument.h"
 #include "tests/journal/JournalWork.h"
 
 #include <fstream>
@@ -74,21 +74,21 @@ TEST(CancelledFiles, Import) {
     }
 }
 
-TEST(CancelledFiles, ImportOfASessionLeavesNoGeometryInTheScene) {
+TEST(CancelledFiles, ImportOfADocumentLeavesNoGeometryInTheScene) {
     const QuickDisk disk;
     const TemporaryFolder folder;
     WriteMeshFile(folder.Path("mesh.ply"), ImportedMesh());
     std::string expected;
     Cancel(
         [&](JobControl* job) {
-            SculptSession session(folder.Path("mesh.ply"), MeshSpace(), job);
-            expected = BytesOf(session);
+            Document document(folder.Path("mesh.ply"), MeshSpace(), job);
+            expected = BytesOf(document);
         },
         [] {},
         500,
         22);
-    SculptSession session(folder.Path("mesh.ply"));
-    EXPECT_TRUE(BytesOf(session) == expected);
+    Document document(folder.Path("mesh.ply"));
+    EXPECT_TRUE(BytesOf(document) == expected);
 }
 
 TEST(CancelledFiles, ImportOfPolygonsOfManyCorners) {
@@ -141,47 +141,47 @@ TEST(CancelledFiles, Export) {
     }
 }
 
-std::unique_ptr<SculptSession> SceneSession() {
-    auto session = std::make_unique<SculptSession>("sphere", ImportedMesh());
-    session->SelectTool("Sculpt");
-    session->Subdivide();
-    session->AddLayer("layer");
-    session->Loop().Begin(BrushOperation::ModifierNone, 5);
-    session->Loop().WholeMesh(0.1f, false);
-    session->Loop().End();
-    session->Subdivide();
-    session->BindLevel(1);
-    return session;
+std::unique_ptr<Document> SceneDocument() {
+    auto document = std::make_unique<Document>("sphere", ImportedMesh());
+    document->SelectTool("Sculpt");
+    document->Subdivide();
+    document->AddLayer("layer");
+    document->Loop().Begin(BrushOperation::ModifierNone, 5);
+    document->Loop().WholeMesh(0.1f, false);
+    document->Loop().End();
+    document->Subdivide();
+    document->BindLevel(1);
+    return document;
 }
 
 TEST(CancelledFiles, SaveScene) {
     const QuickDisk disk;
-    const auto session = SceneSession();
+    const auto document = SceneDocument();
     const TemporaryFolder folder;
     const std::string file = folder.Path("work.trovik");
-    session->Save(file);
+    document->Save(file);
     const std::string old = TemporaryFolder::Content(file);
-    const std::string before = BytesOf(*session);
+    const std::string before = BytesOf(*document);
     // Another scene is saved over the old one.
-    session->BindLevel(2);
-    const std::string changed = BytesOf(*session);
+    document->BindLevel(2);
+    const std::string changed = BytesOf(*document);
     Cancel(
         [&](JobControl* job) {
-            session->Save(file, SceneStream(), {}, job);
+            document->Save(file, job);
             // What the whole run has written.
             std::ofstream(file, std::ios::binary) << old;
         },
         [&] {
             ASSERT_TRUE(TemporaryFolder::Content(file) == old);
             ASSERT_EQ(FilesIn(folder), std::set<std::string>{"work.trovik"});
-            ASSERT_TRUE(BytesOf(*session) == changed);
+            ASSERT_TRUE(BytesOf(*document) == changed);
         },
         1000,
         25);
-    session->Save(file);
+    document->Save(file);
     const std::string plain = TemporaryFolder::Content(file);
     TestJob job;
-    session->Save(file, SceneStream(), {}, &job);
+    document->Save(file, &job);
     EXPECT_TRUE(TemporaryFolder::Content(file) == plain);
     EXPECT_TRUE(before != changed);
 }
@@ -190,24 +190,24 @@ TEST(CancelledFiles, OpenScene) {
     const QuickDisk disk;
     const TemporaryFolder folder;
     const std::string file = folder.Path("work.trovik");
-    SceneSession()->Save(file);
-    const std::string expected = BytesOf(*SculptSession::OpenScene(file));
+    SceneDocument()->Save(file);
+    const std::string expected = BytesOf(*Document::OpenScene(file));
     const std::string content = TemporaryFolder::Content(file);
     Cancel(
         [&](JobControl* job) {
-            const auto session = SculptSession::OpenScene(file, job);
-            EXPECT_TRUE(BytesOf(*session) == expected);
+            const auto document = Document::OpenScene(file, job);
+            EXPECT_TRUE(BytesOf(*document) == expected);
         },
         [&] { ASSERT_TRUE(TemporaryFolder::Content(file) == content); },
         1000,
         26);
-    EXPECT_TRUE(BytesOf(*SculptSession::OpenScene(file)) == expected);
+    EXPECT_TRUE(BytesOf(*Document::OpenScene(file)) == expected);
 }
 
 TEST(CancelledFiles, Bake) {
     const QuickDisk disk;
-    const auto session = SceneSession();
-    const std::string before = BytesOf(*session);
+    const auto document = SceneDocument();
+    const std::string before = BytesOf(*document);
     const TemporaryFolder folder;
     BakeOptions options;
     options.width = options.height = 64;
@@ -218,7 +218,7 @@ TEST(CancelledFiles, Bake) {
         std::string content;
         Cancel(
             [&](JobControl* job) {
-                BakeToFile(session->Geometry(), options, file, job);
+                BakeToFile(document->Geometry(), options, file, job);
                 content = TemporaryFolder::Content(file.path);
                 std::filesystem::remove(file.path);
             },
@@ -229,12 +229,12 @@ TEST(CancelledFiles, Bake) {
                 if (!files.empty()) {
                     ASSERT_TRUE(TemporaryFolder::Content(file.path) == content);
                 }
-                ASSERT_TRUE(BytesOf(*session) == before);
+                ASSERT_TRUE(BytesOf(*document) == before);
                 std::filesystem::remove(file.path);
             },
             1000,
             27);
-        BakeToFile(session->Geometry(), options, file);
+        BakeToFile(document->Geometry(), options, file);
         EXPECT_TRUE(TemporaryFolder::Content(file.path) == content);
     }
 }

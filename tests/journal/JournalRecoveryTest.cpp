@@ -2,11 +2,11 @@
 
 /// \file
 /// Work that is done again from its journal has the bits that it had.
+#include "framework/document/DocumentStroke.h"
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/script/JournalRecovery.h"
 #include "framework/script/ScriptDocument.h"
-#include "framework/script/SessionStroke.h"
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/DabStrength.h"
 #include "tests/jobs/TestJob.h"
@@ -69,15 +69,15 @@ protected:
 };
 
 /// Dabs on the surface by the loop itself, as a program with a pointer makes them.
-void DabByHand(SculptSession& session, float x, float y) {
-    const auto hit = HitNear(session.Geometry(), session.Tree(), Vector(x, y, 1.0f));
+void DabByHand(Document& document, float x, float y) {
+    const auto hit = HitNear(document.Geometry(), document.Tree(), Vector(x, y, 1.0f));
     ASSERT_TRUE(hit.has_value());
-    StrokeDab dab = DabAt(session.Geometry(), *hit);
+    StrokeDab dab = DabAt(document.Geometry(), *hit);
     dab.size = 0.3f;
     dab.pressure = 0.7f;
-    dab.strength = DabStrength(session.Brush(), dab.pressure, dab.size);
+    dab.strength = DabStrength(document.Brush(), dab.pressure, dab.size);
     dab.heading = Vector(1.0f, 0.0f, 0.0f);
-    session.Loop().Dab(dab);
+    document.Loop().Dab(dab);
 }
 
 TEST_F(RecoveredJournal, IsTheSceneThatTheScriptSaved) {
@@ -93,36 +93,36 @@ TEST_F(RecoveredJournal, IsTheSceneThatTheScriptSaved) {
 
 TEST_F(RecoveredJournal, HoldsStrokesThatNoStepMakes) {
     auto runner = Open();
-    SculptSession& session = runner->Session();
+    Document& document = runner->GetDocument();
     const json tool = Tool("Wax");
     runner->Do(tool, 0);
-    session.Geometry().History().SetNextLabel("by hand");
-    session.Loop().Begin(BrushOperation::ModifierNone, 5);
-    DabByHand(session, 0.4f, 0.1f);
-    DabByHand(session, 0.3f, 0.2f);
+    document.Geometry().History().SetNextLabel("by hand");
+    document.Loop().Begin(BrushOperation::ModifierNone, 5);
+    DabByHand(document, 0.4f, 0.1f);
+    DabByHand(document, 0.3f, 0.2f);
     const json stronger = {{"set", {{"strength", 90}}}};
     runner->Do(stronger, 1);
-    DabByHand(session, 0.2f, 0.2f);
-    session.Loop().PutBack();
-    DabByHand(session, -0.2f, 0.3f);
-    session.Loop().WholeMesh(0.02f, true);
-    session.Loop().End();
+    DabByHand(document, 0.2f, 0.2f);
+    document.Loop().PutBack();
+    DabByHand(document, -0.2f, 0.3f);
+    document.Loop().WholeMesh(0.02f, true);
+    document.Loop().End();
     const json back = {{"undo", 1}};
     const json again = {{"redo", 1}};
     runner->Do(back, 2);
     runner->Do(again, 3);
-    session.Loop().Begin(BrushOperation::ModifierSmooth, 6);
-    DabByHand(session, 0.1f, 0.1f);
+    document.Loop().Begin(BrushOperation::ModifierSmooth, 6);
+    DabByHand(document, 0.1f, 0.1f);
 
     const RecoveredWork work = RecoverJournal(Journal(), Scene("recovered"));
     EXPECT_EQ(work.content.steps.size(), 7u);
     EXPECT_EQ(work.dabs, 6u);
-    SculptSession& redone = work.runner->Session();
-    session.Loop().End();
-    EXPECT_EQ(StateOf(redone), StateOf(session));
+    Document& redone = work.runner->GetDocument();
+    document.Loop().End();
+    EXPECT_EQ(StateOf(redone), StateOf(document));
     ASSERT_GE(redone.Geometry().History().StepCount(), 2u);
     EXPECT_EQ(redone.Geometry().History().Label(0), "by hand");
-    session.Save(Scene("live"));
+    document.Save(Scene("live"));
     EXPECT_EQ(TemporaryFolder::Content(Scene("recovered")),
               TemporaryFolder::Content(Scene("live")));
 }
@@ -143,7 +143,7 @@ TEST_F(RecoveredJournal, GoesOnWhereAStepFailed) {
         }
     }
     EXPECT_EQ(failures, 2);
-    runner->Session().Save(Scene("live"));
+    runner->GetDocument().WriteScene(Scene("live"));
     EXPECT_EQ(Recovered(), TemporaryFolder::Content(Scene("live")));
 }
 
@@ -203,20 +203,20 @@ TEST_F(RecoveredJournal, TakesUpWhatOldJournalsCarriedOnBesideTheirScene) {
         journal.EndStep({}, "");
     }
     const RecoveredWork work = RedoJournal(Journal());
-    EXPECT_EQ(work.runner->Session().Settings().dynamics.airbrush, 20.0f);
-    EXPECT_EQ(work.runner->Session().Settings().dynamics.randomSize, 0.25f);
+    EXPECT_EQ(work.runner->GetDocument().Settings().dynamics.airbrush, 20.0f);
+    EXPECT_EQ(work.runner->GetDocument().Settings().dynamics.randomSize, 0.25f);
 }
 
 TEST_F(RecoveredJournal, HoldsStrokesThatWereDrawnAndAbandoned) {
     auto runner = Open();
-    SculptSession& session = runner->Session();
+    Document& document = runner->GetDocument();
     json steps = json::array();
     std::vector<uint32_t> states;
     for (const char* tool : {"Sculpt", "Freeze", "Wax"}) {
         steps.push_back(Tool(tool));
         steps.back()["set"]["randomSize"] = 0.5;
     }
-    const auto draw = [&](SessionStroke& stroke, float y) {
+    const auto draw = [&](DocumentStroke& stroke, float y) {
         for (int i = 0; i < 40; ++i) {
             const auto way = static_cast<float>(i);
             PathSample sample({420.0f + 3.0f * way, y + 0.5f * way, 0.0f}, 0.25f + 0.01f * way);
@@ -226,23 +226,23 @@ TEST_F(RecoveredJournal, HoldsStrokesThatWereDrawnAndAbandoned) {
     };
     for (std::size_t i = 0; i < steps.size(); ++i) {
         runner->Do(steps[i], i);
-        SessionStroke kept(session);
+        DocumentStroke kept(document);
         draw(kept, 330.0f);
         kept.Release();
-        states.push_back(StateOf(session));
-        SessionStroke abandoned(session);
+        states.push_back(StateOf(document));
+        DocumentStroke abandoned(document);
         draw(abandoned, 360.0f);
-        EXPECT_NE(StateOf(session), states.back());
+        EXPECT_NE(StateOf(document), states.back());
         abandoned.Abandon();
-        EXPECT_EQ(StateOf(session), states.back());
+        EXPECT_EQ(StateOf(document), states.back());
         if (i > 0) {
             EXPECT_NE(states[i], states[i - 1]);
         }
     }
     const RecoveredWork work = RedoJournal(Journal());
-    EXPECT_EQ(StateOf(work.runner->Session()), states.back());
+    EXPECT_EQ(StateOf(work.runner->GetDocument()), states.back());
     EXPECT_EQ(work.steps, 9u);
-    EXPECT_EQ(work.runner->Session().Settings().strokesBegun, 6u);
+    EXPECT_EQ(work.runner->GetDocument().Settings().strokesBegun, 6u);
 }
 
 TEST_F(RecoveredJournal, HoldsUndoOfWhatWasDoneBeforeASave) {
@@ -319,7 +319,7 @@ TEST_F(RecoveredJournal, RefusesAMeshOrAStampThatChanged) {
         << message;
 }
 
-// What counted the dabs of the recovery is gone when the session ends the open stroke.
+// What counted the dabs of the recovery is gone when the document ends the open stroke.
 TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListenerBehind) {
     script = FillScript(folder, json::array());
     JournalBase base;
@@ -350,26 +350,26 @@ TEST_F(RecoveredJournal, HoldsMirroredStrokesThatWereBrokenOff) {
         uint64_t dabs = 0;
         {
             const auto runner = Open({"x", "y"});
-            SculptSession& session = runner->Session();
+            Document& document = runner->GetDocument();
             runner->Do({{"tool", "Flatten"}, {"set", {{"strength", 60}, {"globalPlane", true}}}},
                        0);
-            session.Loop().Begin(BrushOperation::ModifierNone, 5);
-            DabByHand(session, 0.4f, 0.6f);
-            DabByHand(session, 0.6f, 0.7f);
+            document.Loop().Begin(BrushOperation::ModifierNone, 5);
+            DabByHand(document, 0.4f, 0.6f);
+            DabByHand(document, 0.6f, 0.7f);
             if (isBroken)
-                session.Loop().Break();
+                document.Loop().Break();
             else
-                session.Loop().End();
-            dabs = session.Totals().dabs;
-            state = StateOf(session);
+                document.Loop().End();
+            dabs = document.Totals().dabs;
+            state = StateOf(document);
         }
         EXPECT_EQ(dabs, isBroken ? 4u : 8u);
         RecoveryOptions options;
         TestJob whole(TestJob::never, TestJob::WithoutClock());
         options.progress.job = &whole;
         const RecoveredWork work = RedoJournal(Journal(), options);
-        EXPECT_EQ(StateOf(work.runner->Session()), *state);
-        EXPECT_EQ(work.runner->Session().Totals().dabs, dabs);
+        EXPECT_EQ(StateOf(work.runner->GetDocument()), *state);
+        EXPECT_EQ(work.runner->GetDocument().Totals().dabs, dabs);
         const uint64_t all = whole.reports;
         TestJob last(all, TestJob::WithoutClock());
         options.progress.job = &last;

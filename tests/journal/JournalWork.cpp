@@ -21,8 +21,8 @@ std::string FillScript(const TemporaryFolder& folder,
     return folder.Fill("script.json", script.dump());
 }
 
-uint32_t StateOf(SculptSession& session) {
-    const LevelGeometry& geometry = session.Geometry();
+uint32_t StateOf(Document& document) {
+    const LevelGeometry& geometry = document.Geometry();
     const uint32_t counts[2] = {geometry.LevelCount(), geometry.BoundIndex()};
     uint32_t sum = Crc32(counts, sizeof counts);
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {

@@ -35,6 +35,6 @@ std::string FillScript(const TemporaryFolder& folder,
 
 /// Positions and freezing of all levels, the offsets of all layers, and which level is bound, in a
 /// checksum. Open strokes may be under way.
-uint32_t StateOf(SculptSession& session);
+uint32_t StateOf(Document& document);
 
 }  // namespace trovik::test

@@ -228,7 +228,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         folder.Path("undisturbed"),
         "",
         [&](Progress at, std::size_t) {
-            states[at] = StateOf(runner->Session());
+            states[at] = StateOf(runner->GetDocument());
             if (at.second != 0) return;
             runner->Save(folder.Path("undisturbed/at.trovik"));
             scenes[at.first] = TemporaryFolder::Content(folder.Path("undisturbed/at.trovik"));
@@ -255,7 +255,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         const Progress at{over, dabs};
         EXPECT_GE(at, killedAt[static_cast<std::size_t>(i)]);
         ASSERT_EQ(states.count(at), 1u) << at.first << " steps, " << at.second << " dabs";
-        EXPECT_EQ(StateOf(work.runner->Session()), states[at])
+        EXPECT_EQ(StateOf(work.runner->GetDocument()), states[at])
             << at.first << " steps, " << at.second << " dabs";
         if (dabs != 0)
             ++withinStrokes;

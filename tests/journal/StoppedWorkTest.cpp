@@ -90,7 +90,7 @@ TEST(StoppedWork, LeavesFilesWholeAndAJournalThatGivesBackWhatWasFinished) {
         for (const std::string& name : Files(folder))
             EXPECT_TRUE(fs::exists(whole.Path(name))) << name << " was left over";
         RecoveredWork work = RedoJournal(folder.Path("work.journal"));
-        EXPECT_EQ(StateOf(work.runner->Session()), StateOf(run.runner->Session()));
+        EXPECT_EQ(StateOf(work.runner->GetDocument()), StateOf(run.runner->GetDocument()));
         ++recovered;
         steps.insert(work.steps);
     }

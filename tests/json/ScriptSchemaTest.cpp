@@ -116,13 +116,16 @@ TEST(ScriptSchema, EveryObjectMayHaveAComment) {
         {"layer": {)" +
             note + R"(}}, {"freeze": {"image": {"file": "a", )" + note + R"(}, "cavity": {)" +
             note + R"(}, "shell": {)" + note + "}, " + note + R"(}},
+        {"hide": {"component": {)" +
+            note + "}, " + note + R"(}}, {"show": {)" + note + R"(}}, {"isolate": {)" + note +
+            R"(}},
         {"picture": {)" +
             note + R"(}}, {"sheet": {"file": "a", "pictures": ["b"], )" + note +
             R"(}}, {"export": {"file": "a", )" + note + R"(}}, {"bake": {"file": "a", )" + note +
             R"(}}, {"displace": {"file": "a", )" + note + "}}]}",
         "first.json");
     EXPECT_EQ(script.dump().find("note"), std::string::npos) << script.dump();
-    EXPECT_EQ(script.at("steps").size(), 12u);
+    EXPECT_EQ(script.at("steps").size(), 15u);
     EXPECT_EQ(script.at("steps")[0], nlohmann::json::object());
     EXPECT_EQ(StepError(R"({"undo": 1, "comment": 7})"), "/comment: expected a string, got 7");
 }

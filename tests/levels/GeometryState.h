@@ -40,11 +40,17 @@ inline std::string StateOfAll(const LevelGeometry& geometry) {
                 put(&neighbour, sizeof neighbour);
             }
         }
-        for (const auto* seen : {&geometry.SeenPositions(i), &geometry.SeenFromBelow(i)})
-            put(seen->data(), seen->size() * sizeof(Vector));
-        for (const auto* seen :
-             {&geometry.Seen(i).freezeFromAbove, &geometry.Seen(i).freezeFromBelow})
-            put(seen->data(), seen->size());
+        const SeenByNeighbours seen = geometry.Seen(i);
+        for (const SeenDifferences* one : {&seen.fromAbove, &seen.fromBelow}) {
+            put(&one->kept, sizeof one->kept);
+            put(one->vertices.data(), one->vertices.size() * sizeof(uint32_t));
+            put(one->positions.data(), one->positions.size() * sizeof(Vector));
+        }
+        for (const FreezeDifferences* one : {&seen.freezeFromAbove, &seen.freezeFromBelow}) {
+            put(&one->kept, sizeof one->kept);
+            put(one->vertices.data(), one->vertices.size() * sizeof(uint32_t));
+            put(one->amounts.data(), one->amounts.size());
+        }
     }
     return state;
 }

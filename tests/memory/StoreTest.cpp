@@ -143,7 +143,7 @@ TEST(FilledStore, HasItsElementsOrThrows) {
     EXPECT_EQ(store.fill, 2u);
     Unobtainable::refuse = true;
     EXPECT_THROW(ResizeStore(store, 100), std::bad_alloc);
-    EXPECT_THROW(FillStore(store, 100, store.array[0]), std::bad_alloc);
+    EXPECT_THROW(FillStore(store, 100, Unobtainable{}), std::bad_alloc);
     Unobtainable::refuse = false;
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/document/Document.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/mesh/LevelPositions.h"
-#include "framework/script/SculptSession.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -49,39 +49,39 @@ inline PolygonMesh Ball(int n) {
     return mesh;
 }
 
-/// A session on a ball.
-class BallSession {
+/// A document on a ball.
+class BallDocument {
 public:
-    explicit BallSession(int n = 24) {
+    explicit BallDocument(int n = 24) {
         const std::string path = folder.Path("ball.ply");
         WriteMeshFile(path, Ball(n));
-        session = std::make_unique<SculptSession>(path);
+        document = std::make_unique<Document>(path);
     }
-    SculptSession& operator*() { return *session; }
-    SculptSession* operator->() { return session.get(); }
-    LevelMesh& Mesh() { return *session->Geometry().Bound(); }
+    Document& operator*() { return *document; }
+    Document* operator->() { return document.get(); }
+    LevelMesh& Mesh() { return *document->Geometry().Bound(); }
 
     void Tool(const char* name, int direction = 0) {
-        session->SelectTool(name);
-        session->Brush().directionAttribute.SetValue(direction, true);
+        document->SelectTool(name);
+        document->Brush().directionAttribute.SetValue(direction, true);
     }
     /// One stroke with a dab at the surface nearest to each place.
     void Stroke(const std::vector<Vector>& places, float radius, float strength = 0.03f) {
-        session->Loop().Begin(BrushOperation::ModifierNone);
+        document->Loop().Begin(BrushOperation::ModifierNone);
         for (const Vector& place : places) {
-            StrokeDab dab = DabAt(session->Geometry(), session->Tree().Nearest(place).value());
+            StrokeDab dab = DabAt(document->Geometry(), document->Tree().Nearest(place).value());
             dab.size = radius;
             dab.strength = strength;
-            session->Loop().Dab(dab);
+            document->Loop().Dab(dab);
         }
-        session->Loop().End();
+        document->Loop().End();
     }
     /// amount(vertex) for every vertex of the level.
     template <typename Amount>
     void Freeze(Amount amount) {
         std::vector<uint8_t> amounts;
         for (uint32_t v = 0; v < Mesh().VertexCount(); ++v) amounts.push_back(amount(v));
-        session->Freeze(amounts, FreezeMode::Replace);
+        document->Freeze(amounts, FreezeMode::Replace);
     }
     std::vector<Vector> Positions() { return PositionsOf(Mesh()); }
     /// Per vertex the one across the plane, by where they are at the first call.
@@ -118,7 +118,7 @@ public:
 
 private:
     TemporaryFolder folder;
-    std::unique_ptr<SculptSession> session;
+    std::unique_ptr<Document> document;
     std::vector<uint32_t> twins[3];
 };
 

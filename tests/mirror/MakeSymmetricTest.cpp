@@ -43,7 +43,7 @@ protected:
         return p;
     }
 
-    BallSession ball;
+    BallDocument ball;
     std::vector<uint32_t> twins[3];
     std::vector<Vector> atFirst;
 };
@@ -115,9 +115,9 @@ TEST(MakeSymmetric, TellsOfAMeshThatHasNoMirror) {
     mesh.positions.pop_back();
     const std::string path = folder.Path("mesh.obj");
     WriteMeshFile(path, mesh);
-    SculptSession session(path);
+    Document document(path);
     try {
-        session.MakeSymmetric(2, SymmetrySide::Positive);
+        document.MakeSymmetric(2, SymmetrySide::Positive);
         FAIL();
     } catch (const HostError& error) {
         EXPECT_THAT(error.what(), testing::HasSubstr("no mirror across z"));

@@ -50,7 +50,7 @@ TEST(MirrorMaps, ThatComeToTheSameAreThereOnce) {
 }
 
 TEST(MirrorMaps, ThatAreTooManyAreRefusedAndTheMirrorsStay) {
-    BallSession ball(4);
+    BallDocument ball(4);
     ball->SetMirrors({{0}, 1, 1});
     try {
         ball->SetMirrors({{0, 1}, 40, 1});
@@ -63,7 +63,7 @@ TEST(MirrorMaps, ThatAreTooManyAreRefusedAndTheMirrorsStay) {
 }
 
 TEST(MirrorMaps, OfCopiesGiveEveryDabThatManyTimes) {
-    BallSession ball(48);
+    BallDocument ball(48);
     ball->SetMirrors({{}, 6, 1});
     ball.Tool("Sculpt");
     const std::vector<Vector> before = ball.Positions();

@@ -25,7 +25,7 @@ struct Mirrored {
 class MirroredSculpt : public testing::TestWithParam<Mirrored> {};
 
 TEST_P(MirroredSculpt, KeepsASymmetricSurfaceSymmetricToTheBit) {
-    BallSession ball;
+    BallDocument ball;
     for (const int axis : GetParam().planes) ball.Across(axis);
     ball->SetMirrors({GetParam().planes, 1, 1});
     ball.Tool("Sculpt", GetParam().direction);
@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(PlanesAndDirections,
 
 // Otherwise the tests above would hold without anything being done for them.
 TEST(StrokeSymmetry, ADabAndItsImageThatOverlapDifferByMoreThanRounding) {
-    BallSession ball;
+    BallDocument ball;
     ball.Across(0);
     Matrix slightlyTurned;
     slightlyTurned.m[0][0] = -1.0f;
@@ -77,9 +77,9 @@ TEST(StrokeSymmetry, ADabAndItsImageThatOverlapDifferByMoreThanRounding) {
 }
 
 TEST(StrokeSymmetry, HoldsForEveryTool) {
-    for (const std::string& tool : BallSession(2)->ToolNames()) {
+    for (const std::string& tool : BallDocument(2)->ToolNames()) {
         SCOPED_TRACE(tool);
-        BallSession ball;
+        BallDocument ball;
         ball.Across(0);
         ball->SetMirrors({{0}, 1, 1});
         ball.Tool("Sculpt");
@@ -94,7 +94,7 @@ TEST(StrokeSymmetry, HoldsForEveryTool) {
 }
 
 TEST(StrokeSymmetry, IsThatOfTheLayerToo) {
-    BallSession ball;
+    BallDocument ball;
     ball.Across(0);
     ball->SetMirrors({{0}, 1, 1});
     ball.Tool("Sculpt");
@@ -111,7 +111,7 @@ TEST(StrokeSymmetry, IsThatOfTheLayerToo) {
 }
 
 TEST(StrokeSymmetry, LeavesTwinsAloneThatAreFrozenUnlikeEachOther) {
-    BallSession ball;
+    BallDocument ball;
     const std::vector<uint32_t>& across = ball.Across(0);
     ball->SetMirrors({{0}, 1, 1});
     ball.Tool("Sculpt");
@@ -128,7 +128,7 @@ TEST(StrokeSymmetry, LeavesTwinsAloneThatAreFrozenUnlikeEachOther) {
 }
 
 TEST(StrokeSymmetry, IsNoneWhereTheSurfaceWasNotSymmetric) {
-    BallSession ball;
+    BallDocument ball;
     ball.Across(0);
     ball.Tool("Sculpt");
     ball.Stroke({{0.5f, 0.3f, 0.8f}}, 0.3f);
@@ -148,7 +148,7 @@ TEST(StrokeSymmetry, ToolsThatKeepAPlaneKeepOneOnEachSide) {
         SCOPED_TRACE(std::to_string(one.planes.size()) + " " + std::to_string(one.copies));
         for (const char* setting : {"globalplane", "updateplane"}) {
             SCOPED_TRACE(setting);
-            BallSession ball;
+            BallDocument ball;
             for (const int axis : one.planes) ball.Across(axis);
             ball->SetMirrors({one.planes, one.copies, 2});
             ball.Tool("Flatten");

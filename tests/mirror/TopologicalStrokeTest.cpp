@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/mesh/LevelPositions.h"
-#include "framework/script/SculptSession.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/meshes/MeshZoo.h"
@@ -26,26 +26,27 @@ PolygonMesh Plane(bool posed) {
 }
 
 /// What each vertex moved in a stroke of one dab on the left half.
-std::vector<Vector> MovesOfADab(SculptSession& session, float radius) {
-    const LevelMesh& mesh = *session.Geometry().Bound();
+std::vector<Vector> MovesOfADab(Document& document, float radius) {
+    const LevelMesh& mesh = *document.Geometry().Bound();
     const std::vector<Vector> before = PositionsOf(mesh);
-    StrokeDab dab = DabAt(session.Geometry(), session.Tree().Nearest({-1.1f, 0.3f, 0.0f}).value());
+    StrokeDab dab =
+        DabAt(document.Geometry(), document.Tree().Nearest({-1.1f, 0.3f, 0.0f}).value());
     dab.size = radius;
     dab.strength = 4.0f;
-    session.Loop().Begin(BrushOperation::ModifierNone);
-    session.Loop().Dab(dab);
-    session.Loop().End();
+    document.Loop().Begin(BrushOperation::ModifierNone);
+    document.Loop().Dab(dab);
+    document.Loop().End();
     std::vector<Vector> moves;
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) moves.push_back(mesh.Position(v) - before[v]);
     return moves;
 }
 
 /// How far each vertex moved by it.
-std::vector<float> LengthsOfMoves(SculptSession& session) {
-    EXPECT_TRUE(session.SelectTool("Sculpt"));
-    session.Brush().SetBrushStrength(4.0f);
+std::vector<float> LengthsOfMoves(Document& document) {
+    EXPECT_TRUE(document.SelectTool("Sculpt"));
+    document.Brush().SetBrushStrength(4.0f);
     std::vector<float> lengths;
-    for (const Vector& move : MovesOfADab(session, 0.6f)) lengths.push_back(move.Length());
+    for (const Vector& move : MovesOfADab(document, 0.6f)) lengths.push_back(move.Length());
     return lengths;
 }
 
@@ -58,9 +59,9 @@ std::string MeshFile(const TemporaryFolder& folder, const PolygonMesh& mesh) {
 TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
     const TemporaryFolder folder;
     const std::string path = MeshFile(folder, Plane(false));
-    SculptSession byPlane(path);
+    Document byPlane(path);
     byPlane.SetMirrors({{0}, 1, 1});
-    SculptSession byFaces(path);
+    Document byFaces(path);
     byFaces.SetTopologicalMirror();
     const std::vector<float> planeMoves = LengthsOfMoves(byPlane);
     const std::vector<float> faceMoves = LengthsOfMoves(byFaces);
@@ -70,12 +71,12 @@ TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
 }
 
 /// The finer plane, sculpted with a stamp of these settings; what each vertex moved.
-std::vector<Vector> StampedMoves(SculptSession& session, const char* stamp) {
-    session.Subdivide();
-    session.Subdivide();
-    EXPECT_TRUE(session.SelectTool("Sculpt"));
-    session.Brush().SetStamp(true, QString::fromLatin1(stamp));
-    return MovesOfADab(session, 0.7f);
+std::vector<Vector> StampedMoves(Document& document, const char* stamp) {
+    document.Subdivide();
+    document.Subdivide();
+    EXPECT_TRUE(document.SelectTool("Sculpt"));
+    document.Brush().SetStamp(true, QString::fromLatin1(stamp));
+    return MovesOfADab(document, 0.7f);
 }
 
 class TopologicalStamp : public testing::TestWithParam<const char*> {};
@@ -83,9 +84,9 @@ class TopologicalStamp : public testing::TestWithParam<const char*> {};
 TEST_P(TopologicalStamp, OnASymmetricMeshIsTheStampMirroredInThePlane) {
     const TemporaryFolder folder;
     const std::string path = MeshFile(folder, Plane(false));
-    SculptSession byPlane(path);
+    Document byPlane(path);
     byPlane.SetMirrors({{0}, 1, 1});
-    SculptSession byFaces(path);
+    Document byFaces(path);
     byFaces.SetTopologicalMirror();
     const std::vector<Vector> planeMoves = StampedMoves(byPlane, GetParam());
     const std::vector<Vector> faceMoves = StampedMoves(byFaces, GetParam());
@@ -106,10 +107,10 @@ INSTANTIATE_TEST_SUITE_P(Shipped,
 
 TEST(TopologicalStroke, StampsAHeightImageAlikeOnBothHalvesOfAPose) {
     const TemporaryFolder folder;
-    SculptSession session(MeshFile(folder, Plane(true)));
-    session.SetTopologicalMirror();
-    const std::vector<Vector> moves = StampedMoves(session, "Stamps/rubble.tif");
-    LevelMesh& mesh = *session.Geometry().Bound();
+    Document document(MeshFile(folder, Plane(true)));
+    document.SetTopologicalMirror();
+    const std::vector<Vector> moves = StampedMoves(document, "Stamps/rubble.tif");
+    LevelMesh& mesh = *document.Geometry().Bound();
     // The right half is another shape, so the falloff differs; what the image leaves out on the
     // left is left out on the right.
     std::size_t moved = 0;
@@ -136,9 +137,9 @@ TEST(TopologicalStroke, StampsAHeightImageAlikeOnBothHalvesOfAPose) {
 
 TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
     const TemporaryFolder folder;
-    SculptSession session(MeshFile(folder, Plane(true)));
-    session.SetTopologicalMirror();
-    const std::vector<float> moves = LengthsOfMoves(session);
+    Document document(MeshFile(folder, Plane(true)));
+    document.SetTopologicalMirror();
+    const std::vector<float> moves = LengthsOfMoves(document);
     // Rows of 17 vertices; the one across stands in the same row.
     std::size_t movedLeft = 0;
     std::size_t movedRight = 0;
@@ -160,17 +161,17 @@ TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
 
 TEST(TopologicalStroke, IsKeptAcrossRefinementAndReset) {
     const TemporaryFolder folder;
-    SculptSession session(MeshFile(folder, Plane(true)));
-    session.SetTopologicalMirror();
-    session.Subdivide();
-    MovesOfADab(session, 0.6f);
-    EXPECT_EQ(2u, session.Totals().dabs);
-    session.Reset();
-    MovesOfADab(session, 0.6f);
-    EXPECT_EQ(4u, session.Totals().dabs);
-    session.SetMirrors({});
-    MovesOfADab(session, 0.6f);
-    EXPECT_EQ(5u, session.Totals().dabs);
+    Document document(MeshFile(folder, Plane(true)));
+    document.SetTopologicalMirror();
+    document.Subdivide();
+    MovesOfADab(document, 0.6f);
+    EXPECT_EQ(2u, document.Totals().dabs);
+    document.Reset();
+    MovesOfADab(document, 0.6f);
+    EXPECT_EQ(4u, document.Totals().dabs);
+    document.SetMirrors({});
+    MovesOfADab(document, 0.6f);
+    EXPECT_EQ(5u, document.Totals().dabs);
 }
 
 TEST(TopologicalStroke, IsRefusedOnAMeshWithoutAMirror) {
@@ -178,11 +179,11 @@ TEST(TopologicalStroke, IsRefusedOnAMeshWithoutAMirror) {
     mesh.faceSizes.pop_back();
     mesh.faceVertices.resize(mesh.faceVertices.size() - 4);
     const TemporaryFolder folder;
-    SculptSession session(MeshFile(folder, mesh));
-    EXPECT_THAT(MessageOf<HostError>([&] { session.SetTopologicalMirror(); }),
+    Document document(MeshFile(folder, mesh));
+    EXPECT_THAT(MessageOf<HostError>([&] { document.SetTopologicalMirror(); }),
                 testing::HasSubstr("mesh.obj: the mesh has no topological mirror"));
-    MovesOfADab(session, 0.6f);
-    EXPECT_EQ(1u, session.Totals().dabs);
+    MovesOfADab(document, 0.6f);
+    EXPECT_EQ(1u, document.Totals().dabs);
 }
 
 }  // namespace

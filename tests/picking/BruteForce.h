@@ -17,9 +17,11 @@ public:
     using Point = std::array<double, 3>;
     static constexpr double none = std::numeric_limits<double>::infinity();
 
+    /// Of the faces that are not hidden.
     explicit BruteForce(const LevelMesh& mesh) {
         const uint32_t corners = mesh.CornersPerFace();
         for (uint32_t face = 0; face < mesh.faceCount; ++face) {
+            if ((mesh.faceFlags[face] & faceIsHidden) != 0) continue;
             const uint32_t* v = mesh.faceVertexIndices.array + face * corners;
             for (uint32_t k = 2; k < corners; ++k)
                 triangles.push_back({At(mesh, v[0]), At(mesh, v[k - 1]), At(mesh, v[k])});

@@ -205,7 +205,8 @@ TEST_F(BowlPicture, LooksAlikeWithItsNormalsReversed) {
 TEST_F(BowlPicture, DoesNotDependOnBandsOrThreads) {
     options.width = 160;
     options.height = 200;
-    const EmbreeScene scene({shown});
+    const std::vector<PictureMesh> meshes = {shown};
+    const EmbreeScene scene(meshes);
     const PictureRenderer renderer(scene, camera, options);
     const Picture whole = renderer.Render();
     EXPECT_EQ(renderer.Render(160 * 64).rgb, whole.rgb);

@@ -11,93 +11,92 @@
 
 namespace trovik::test {
 
-std::unique_ptr<SculptSession> SessionOn(const TemporaryFolder& folder, const PolygonMesh& mesh) {
+std::unique_ptr<Document> DocumentOn(const TemporaryFolder& folder, const PolygonMesh& mesh) {
     const std::string path = folder.Path("mesh.ply");
     WriteMeshFile(path, mesh);
-    return std::make_unique<SculptSession>(path);
+    return std::make_unique<Document>(path);
 }
 
-std::unique_ptr<SculptSession> RefinedSession(const TemporaryFolder& folder,
-                                              const PolygonMesh& mesh) {
-    auto session = SessionOn(folder, mesh);
-    session->Subdivide();
-    session->Subdivide();
-    session->SelectTool("Sculpt");
-    return session;
+std::unique_ptr<Document> RefinedDocument(const TemporaryFolder& folder, const PolygonMesh& mesh) {
+    auto document = DocumentOn(folder, mesh);
+    document->Subdivide();
+    document->Subdivide();
+    document->SelectTool("Sculpt");
+    return document;
 }
 
-void StrokeOver(SculptSession& session, const std::vector<uint32_t>& faces, float radius) {
-    LevelMesh& mesh = *session.Geometry().Bound();
-    session.Loop().Begin(BrushOperation::ModifierNone);
+void StrokeOver(Document& document, const std::vector<uint32_t>& faces, float radius) {
+    LevelMesh& mesh = *document.Geometry().Bound();
+    document.Loop().Begin(BrushOperation::ModifierNone);
     for (const uint32_t face : faces) {
         StrokeDab dab;
         dab.hit = SurfacePoint(&mesh, 0, face % mesh.faceCount);
-        session.Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
+        document.Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
         dab.size = radius;
-        dab.strength = DabStrength(session.Brush(), 1.0f, radius);
-        session.Loop().Dab(dab);
+        dab.strength = DabStrength(document.Brush(), 1.0f, radius);
+        document.Loop().Dab(dab);
     }
-    session.Loop().End();
+    document.Loop().End();
 }
 
-std::unique_ptr<SculptSession> RichSession(const TemporaryFolder& folder) {
+std::unique_ptr<Document> RichDocument(const TemporaryFolder& folder) {
     PolygonMesh cube = Cube();
     cube.name = "Würfel";
-    auto session = SessionOn(folder, cube);
-    session->Geometry().Place().Set({2.0f, 1.5f, 1.0f}, {10.0f, 20.0f, 30.0f}, {1.0f, 2.0f, 3.0f});
-    session->Subdivide();
-    session->Subdivide();
-    session->SetMirrors({{0, 2}, 1, 1});
-    session->View().eye = {4.0f, 5.0f, 6.0f};
-    session->View().verticalFieldOfView = 50.0f;
-    session->View().width = 320;
-    session->Settings().radius = 0.75f;
-    session->Settings().spacing = 0.125f;
-    session->Settings().seed = 77;
-    session->Settings().strokesBegun = 5;
-    DabDynamics& pen = session->Settings().dynamics;
+    auto document = DocumentOn(folder, cube);
+    document->Geometry().Place().Set({2.0f, 1.5f, 1.0f}, {10.0f, 20.0f, 30.0f}, {1.0f, 2.0f, 3.0f});
+    document->Subdivide();
+    document->Subdivide();
+    document->SetMirrors({{0, 2}, 1, 1});
+    document->View().eye = {4.0f, 5.0f, 6.0f};
+    document->View().verticalFieldOfView = 50.0f;
+    document->View().width = 320;
+    document->Settings().radius = 0.75f;
+    document->Settings().spacing = 0.125f;
+    document->Settings().seed = 77;
+    document->Settings().strokesBegun = 5;
+    DabDynamics& pen = document->Settings().dynamics;
     pen.strengthCurve = PressureCurve({{0.0f, 0.125f}, {0.5f, 0.25f}, {1.0f, 1.0f}});
     pen.randomSize = 0.375f;
     pen.tiltTurnsStamp = true;
     pen.tiltToSize = 1.5f;
     pen.tiltToStrength = -0.5f;
     pen.airbrush = 30.0f;
-    session->SelectTool("Freeze");
-    session->Brush().SetBrushStrength(62.5f);
-    session->Brush().SetFalloffIndex(3);
-    session->SelectTool("Sculpt");
-    BrushOperation& brush = session->Brush();
+    document->SelectTool("Freeze");
+    document->Brush().SetBrushStrength(62.5f);
+    document->Brush().SetFalloffIndex(3);
+    document->SelectTool("Sculpt");
+    BrushOperation& brush = document->Brush();
     brush.SetBrushSize(33.0f);
 
     brush.SetBrushStrength(30.0f);
-    StrokeOver(*session, {3, 4}, 1.0f);
-    session->AddLayer("fine");
-    session->SelectTool("Flatten");
+    StrokeOver(*document, {3, 4}, 1.0f);
+    document->AddLayer("fine");
+    document->SelectTool("Flatten");
     brush.Settings().strengthBias = 12.0f;
-    StrokeOver(*session, {10, 50}, 1.0f);
-    session->SetLayerStrength(0.5f);
-    session->SelectTool("Wax");
+    StrokeOver(*document, {10, 50}, 1.0f);
+    document->SetLayerStrength(0.5f);
+    document->SelectTool("Wax");
     SetFalloffSamples(brush, {1.0f, 0.75f, 0.25f, 0.0f});
-    StrokeOver(*session, {70}, 1.0f);
-    session->AddLayer("second");
-    session->ActiveLayer()->SetWritable(false);
-    session->SelectLayer("fine");
+    StrokeOver(*document, {70}, 1.0f);
+    document->AddLayer("second");
+    document->ActiveLayer()->SetWritable(false);
+    document->SelectLayer("fine");
 
-    session->BindLevel(1);
-    session->AddLayer("coarse");
-    session->SelectTool("Bulge");
+    document->BindLevel(1);
+    document->AddLayer("coarse");
+    document->SelectTool("Bulge");
     brush.SetFalloffIndex(4);
-    StrokeOver(*session, {1, 20}, 2.0f);
-    std::vector<uint8_t> amounts(session->Geometry().Bound()->VertexCount());
+    StrokeOver(*document, {1, 20}, 2.0f);
+    std::vector<uint8_t> amounts(document->Geometry().Bound()->VertexCount());
     for (std::size_t v = 0; v < amounts.size(); ++v) amounts[v] = static_cast<uint8_t>(v * 5 % 128);
-    session->Freeze(amounts, FreezeMode::Replace);
-    session->UpdateCamera();
-    return session;
+    document->Freeze(amounts, FreezeMode::Replace);
+    document->UpdateCamera();
+    return document;
 }
 
-std::string StateOf(SculptSession& session, const TemporaryFolder& folder) {
+std::string StateOf(Document& document, const TemporaryFolder& folder) {
     const std::string path = folder.Path("state.trovik");
-    session.Save(path);
+    document.Save(path);
     return TemporaryFolder::Content(path);
 }
 

@@ -14,8 +14,8 @@
 namespace trovik::test {
 namespace {
 
-PolygonMesh Shown(SculptSession& session) {
-    return GatherPolygons(LevelSource(session.Geometry(), {}));
+PolygonMesh Shown(Document& document) {
+    return GatherPolygons(LevelSource(document.Geometry(), {}));
 }
 
 TEST(SceneAttributes, WhatTheMeshCarriesComesBackWithTheScene) {
@@ -24,13 +24,13 @@ TEST(SceneAttributes, WhatTheMeshCarriesComesBackWithTheScene) {
     mesh.attributes.hasAlpha = true;
     mesh.attributes.space = {0.01, UpAxis::Z};
     WriteMeshFile(folder.Path("mesh.obj"), mesh);
-    SculptSession session(folder.Path("mesh.obj"), {0.001, UpAxis::Unknown});
-    session.Subdivide();
-    session.Save(folder.Path("a.trovik"));
-    const PolygonMesh before = Shown(session);
+    Document document(folder.Path("mesh.obj"), {0.001, UpAxis::Unknown});
+    document.Subdivide();
+    document.Save(folder.Path("a.trovik"));
+    const PolygonMesh before = Shown(document);
     EXPECT_EQ(before.attributes.space, (MeshSpace{0.001, UpAxis::Z}));
 
-    const auto opened = SculptSession::OpenScene(folder.Path("a.trovik"));
+    const auto opened = Document::OpenScene(folder.Path("a.trovik"));
     EXPECT_TRUE(opened->Notes().empty());
     PolygonMesh after = Shown(*opened);
     EXPECT_EQ(after.attributes.uvs, before.attributes.uvs);
@@ -56,43 +56,43 @@ TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsComeBackAndMoveWithTheScene
     folder.Fill("work/lib/all.mtl", "newmtl skin\n");
     mesh.attributes.materialFiles = {folder.Path("work/lib/all.mtl")};
     WriteMeshFile(folder.Path("work/mesh.obj"), mesh);
-    SculptSession session(folder.Path("work/mesh.obj"));
-    EXPECT_EQ(session.Geometry().Attributes().materialFiles, mesh.attributes.materialFiles);
-    session.Subdivide();
-    session.Save(folder.Path("work/a.trovik"));
+    Document document(folder.Path("work/mesh.obj"));
+    EXPECT_EQ(document.Geometry().Attributes().materialFiles, mesh.attributes.materialFiles);
+    document.Subdivide();
+    document.Save(folder.Path("work/a.trovik"));
     // Another level 0 than the one imported: both have what they carry.
-    session.DeleteLevels(true);
-    session.Save(folder.Path("work/b.trovik"));
-    session.Save(folder.Path("work/old.trovik"), SceneStream(332));
+    document.DeleteLevels(true);
+    document.Save(folder.Path("work/b.trovik"));
+    document.WriteScene(folder.Path("work/old.trovik"), SceneStream(332));
     std::filesystem::rename(folder.Path("work"), folder.Path("moved"));
 
     const std::vector<std::string> moved = {folder.Path("moved/lib/all.mtl")};
     for (const char* name : {"moved/a.trovik", "moved/b.trovik"}) {
         SCOPED_TRACE(name);
-        const auto opened = SculptSession::OpenScene(folder.Path(name));
+        const auto opened = Document::OpenScene(folder.Path(name));
         const PolygonMesh fine = Shown(*opened);
         EXPECT_EQ(fine.attributes.materialFiles, moved);
         EXPECT_EQ(fine.attributes.faceSmoothing,
                   (std::vector<std::uint32_t>{4, 4, 4, 4, 0, 0, 0, 0}));
-        ExpectSameGroups(fine, Shown(session));
+        ExpectSameGroups(fine, Shown(document));
         opened->Reset();
         EXPECT_EQ(opened->Geometry().Attributes().materialFiles, moved);
     }
-    const auto old = SculptSession::OpenScene(folder.Path("moved/old.trovik"));
+    const auto old = Document::OpenScene(folder.Path("moved/old.trovik"));
     EXPECT_TRUE(old->Geometry().Attributes().faceSmoothing.empty());
-    ExpectSameGroups(Shown(*old), Shown(session));
+    ExpectSameGroups(Shown(*old), Shown(document));
 }
 
 TEST(SceneAttributes, ListsThatDoNotFitLevel0AreRefused) {
     const TemporaryFolder folder;
     WriteMeshFile(folder.Path("mesh.obj"), AttributedMesh());
-    SculptSession session(folder.Path("mesh.obj"));
-    SurfaceAttributes attributes = session.Geometry().Attributes();
+    Document document(folder.Path("mesh.obj"));
+    SurfaceAttributes attributes = document.Geometry().Attributes();
     attributes.cornerUvs.pop_back();
-    session.Geometry().RestoreAttributes(attributes);
-    session.Save(folder.Path("a.trovik"));
+    document.Geometry().RestoreAttributes(attributes);
+    document.Save(folder.Path("a.trovik"));
     EXPECT_THAT(
-        MessageOf<HostError>([&] { SculptSession::OpenScene(folder.Path("a.trovik")); }),
+        MessageOf<HostError>([&] { Document::OpenScene(folder.Path("a.trovik")); }),
         testing::AllOf(testing::HasSubstr("a.trovik: byte "),
                        testing::HasSubstr("texture coordinates of corners has 63 entries")));
 }

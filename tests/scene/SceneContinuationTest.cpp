@@ -14,8 +14,8 @@
 namespace trovik::test {
 namespace {
 
-std::vector<Vector> PositionsOf(SculptSession& session) {
-    return trovik::PositionsOf(*session.Geometry().Bound());
+std::vector<Vector> PositionsOf(Document& document) {
+    return trovik::PositionsOf(*document.Geometry().Bound());
 }
 
 class SceneContinuation : public ::testing::Test {
@@ -190,17 +190,17 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithTheTopologicalMirror) {
 }
 
 TEST_F(SceneContinuation, TheTopologicalMirrorIsTheOneThatWasFound) {
-    auto session = SessionOn(folder, SphereQuads(1));
-    session->SetTopologicalMirror();
-    const std::vector<uint32_t> images = session->Geometry().Mirror()->Images();
-    LevelMesh& base = *session->Geometry().Level(0);
+    auto document = DocumentOn(folder, SphereQuads(1));
+    document->SetTopologicalMirror();
+    const std::vector<uint32_t> images = document->Geometry().Mirror()->Images();
+    LevelMesh& base = *document->Geometry().Level(0);
     // Turned by a quarter about y: front and back now lie left and right.
     for (uint32_t v = 0; v < base.VertexCount(); ++v) {
         const Vector p = base.Position(v);
         base.SetPosition(v, {p.z, p.y, -p.x});
     }
-    session->Save(folder.Path("turned.trovik"));
-    auto read = SculptSession::OpenScene(folder.Path("turned.trovik"));
+    document->Save(folder.Path("turned.trovik"));
+    auto read = Document::OpenScene(folder.Path("turned.trovik"));
     ASSERT_NE(read->Geometry().Mirror(), nullptr);
     EXPECT_EQ(read->Geometry().Mirror()->Images(), images);
     ASSERT_TRUE(read->Geometry().FindMirror());
@@ -208,45 +208,45 @@ TEST_F(SceneContinuation, TheTopologicalMirrorIsTheOneThatWasFound) {
 }
 
 TEST_F(SceneContinuation, AStampsImageStaysWithTheBrushWhileItIsSaved) {
-    auto session = RichSession(folder);
+    auto document = RichDocument(folder);
     const std::vector<uint8_t> grey(64, 200);
     WriteImageFile(folder.Path("grey.png"), grey.data(), 8, 8, 1);
-    session->SelectTool("Sculpt");
-    session->Brush().SetStamp(true, QString::fromStdString(folder.Path("grey.png")));
-    StrokeOver(*session, {0}, 1.0f);
-    Image* image = session->Brush().MaskImage(-1);
+    document->SelectTool("Sculpt");
+    document->Brush().SetStamp(true, QString::fromStdString(folder.Path("grey.png")));
+    StrokeOver(*document, {0}, 1.0f);
+    Image* image = document->Brush().MaskImage(-1);
     ASSERT_EQ(image->Width(), 8u);
-    session->Save(folder.Path("one.trovik"));
-    EXPECT_EQ(session->Brush().MaskImage(-1), image);
-    EXPECT_EQ(session->Brush().MaskName(-1), QStringLiteral("grey.png"));
+    document->Save(folder.Path("one.trovik"));
+    EXPECT_EQ(document->Brush().MaskImage(-1), image);
+    EXPECT_EQ(document->Brush().MaskName(-1), QStringLiteral("grey.png"));
 }
 
 TEST_F(SceneContinuation, ASceneIsNotSavedWithinAStroke) {
-    auto session = RichSession(folder);
-    session->Loop().Begin(BrushOperation::ModifierNone);
+    auto document = RichDocument(folder);
+    document->Loop().Begin(BrushOperation::ModifierNone);
     const std::string file = folder.Path("open.trovik");
-    EXPECT_EQ(MessageOf<HostError>([&] { session->Save(file); }),
+    EXPECT_EQ(MessageOf<HostError>([&] { document->Save(file); }),
               file + ": cannot save the scene while a stroke is open; release or abandon it first");
-    session->Loop().End();
-    session->Save(file);
+    document->Loop().End();
+    document->Save(file);
     EXPECT_TRUE(std::filesystem::exists(file));
 }
 
 TEST_F(SceneContinuation, UndoWithinTheSecondHalfIsAsExactAsWithoutABreak) {
-    auto session = RichSession(folder);
-    session->Save(folder.Path("break.trovik"));
-    auto read = SculptSession::OpenScene(folder.Path("break.trovik"));
+    auto document = RichDocument(folder);
+    document->Save(folder.Path("break.trovik"));
+    auto read = Document::OpenScene(folder.Path("break.trovik"));
     const std::vector<Vector> before = PositionsOf(*read);
-    for (SculptSession* each : {session.get(), read.get()}) {
+    for (Document* each : {document.get(), read.get()}) {
         StrokeOver(*each, {2, 9}, 1.5f);
         each->BindLevel(2);
         StrokeOver(*each, {40}, 1.0f);
     }
-    EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder));
+    EXPECT_TRUE(StateOf(*read, folder) == StateOf(*document, folder));
     for (int step = 0; step < 3; ++step) {
-        ASSERT_TRUE(session->Undo());
+        ASSERT_TRUE(document->Undo());
         ASSERT_TRUE(read->Undo());
-        EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder)) << step;
+        EXPECT_TRUE(StateOf(*read, folder) == StateOf(*document, folder)) << step;
     }
     EXPECT_FALSE(read->Undo());
     EXPECT_EQ(PositionsOf(*read), before);

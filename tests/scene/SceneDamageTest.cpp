@@ -28,10 +28,10 @@ constexpr uint64_t mostMemory = uint64_t{8} << 20;
 class DamagedScene : public ::testing::Test {
 protected:
     DamagedScene() {
-        auto session = RichSession(folder);
-        session->Save(path);
+        auto document = RichDocument(folder);
+        document->Save(path);
         whole = TemporaryFolder::Content(path);
-        SculptSession::OpenScene(path);
+        Document::OpenScene(path);
     }
 
     /// The message of the error, or nothing when the scene was read; in both cases within bounds.
@@ -117,11 +117,11 @@ TEST_F(DamagedScene, FlipsUnderMendedChecksumsAreErrorsOrScenesThatCanBeSculpted
                      chunks[1 + i % (chunks.size() - 2)].name);
         if (!Read(bytes).empty()) continue;
         ++read;
-        auto session = SculptSession::OpenScene(path);
-        if (session->Brush().ActiveConfiguration() == nullptr) session->SelectTool("Sculpt");
-        StrokeOver(*session, {0, 13}, 1.0f);
-        session->BindLevel(session->Geometry().LevelCount() - 1);
-        StrokeOver(*session, {3}, 1.0f);
+        auto document = Document::OpenScene(path);
+        if (document->Brush().ActiveConfiguration() == nullptr) document->SelectTool("Sculpt");
+        StrokeOver(*document, {0, 13}, 1.0f);
+        document->BindLevel(document->Geometry().LevelCount() - 1);
+        StrokeOver(*document, {3}, 1.0f);
     }
     EXPECT_GT(read, flips / 10);
     EXPECT_LT(read, flips);
@@ -160,9 +160,9 @@ TEST_F(DamagedScene, RadiusAndSpacingKeepToTheRangeOfScripts) {
     EXPECT_THAT(readWith(radius, 0.0f), HasSubstr("the radius is not above 0"));
     // What could not be read again is not written.
     ASSERT_EQ(Read(whole), "");
-    auto session = SculptSession::OpenScene(path);
-    session->Settings().spacing = 1e-9f;
-    EXPECT_THAT(MessageOf<HostError>([&] { session->Save(folder.Path("tiny.trovik")); }),
+    auto document = Document::OpenScene(path);
+    document->Settings().spacing = 1e-9f;
+    EXPECT_THAT(MessageOf<HostError>([&] { document->Save(folder.Path("tiny.trovik")); }),
                 HasSubstr("tiny.trovik: the spacing of dabs is 1e-07 percent"));
     EXPECT_FALSE(std::filesystem::exists(folder.Path("tiny.trovik")));
 }

@@ -36,9 +36,9 @@ private:
 
 class SceneLayout : public ::testing::Test {
 protected:
-    SceneLayout() : session(RichSession(folder)), scene(SplitScene(StateOf(*session, folder))) {}
+    SceneLayout() : document(RichDocument(folder)), scene(SplitScene(StateOf(*document, folder))) {}
     TemporaryFolder folder;
-    std::unique_ptr<SculptSession> session;
+    std::unique_ptr<Document> document;
     RawScene scene;
 };
 
@@ -91,7 +91,7 @@ TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
 }
 
 TEST_F(SceneLayout, HeaderNamesFormatAndClasses) {
-    EXPECT_EQ(scene.format, 333u);
+    EXPECT_EQ(scene.format, 334u);
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("SwiftStroke"), 1)));
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("PatchMap"), 0)));
 }
@@ -129,10 +129,10 @@ TEST_F(SceneLayout, GeometryHoldsNameCountsFacesAndTransformation) {
     EXPECT_EQ(geom.Take<uint32_t>(), 8u) << "vertices";
     EXPECT_EQ(geom.Take<uint32_t>(), 3u) << "levels";
     EXPECT_EQ(geom.Take<uint32_t>(), 1u) << "bound";
-    const LevelMesh& base = *session->Geometry().Level(0);
+    const LevelMesh& base = *document->Geometry().Level(0);
     for (uint32_t i = 0; i < 24; ++i)
         EXPECT_EQ(geom.Take<uint32_t>(), base.faceVertexIndices.array[i]);
-    for (const auto& row : session->Geometry().Place().ToWorld().m)
+    for (const auto& row : document->Geometry().Place().ToWorld().m)
         for (const float number : row) EXPECT_EQ(geom.Take<float>(), number);
     geom.Skip(64);
     EXPECT_EQ(geom.Take<float>(), 2.0f);
@@ -143,7 +143,7 @@ TEST_F(SceneLayout, GeometryHoldsNameCountsFacesAndTransformation) {
 
 TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     Taker levl(scene.chunks[3].content);
-    const LevelMesh& level = *session->Geometry().Level(1);
+    const LevelMesh& level = *document->Geometry().Level(1);
     EXPECT_EQ(levl.Take<uint32_t>(), 1u);
     ASSERT_EQ(levl.Take<uint32_t>(), 26u);
     EXPECT_EQ(levl.Take<uint32_t>(), 1u | 4u | 16u | 32u | 64u)
@@ -166,7 +166,7 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     // The finer level's strokes reached this one, which level 0 has not heard of.
     EXPECT_EQ(levl.Take<uint32_t>(), 26u) << "seen from below";
     EXPECT_EQ(levl.Take<uint32_t>(), 0u);
-    EXPECT_EQ(levl.Take<float>(), session->Geometry().SeenFromBelow(1)[0].x);
+    EXPECT_EQ(levl.Take<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);
     levl.Skip(26 * 16 - 8);
     for (int neighbour = 0; neighbour < 2; ++neighbour) {
         // All but vertex 0 were frozen since either neighbour looked.
@@ -238,7 +238,7 @@ TEST_F(SceneLayout, SettingsHoldViewStrokesAndMirrors) {
     EXPECT_EQ(sett.Take<float>(), 0.125f);
     EXPECT_EQ(sett.Take<uint64_t>(), 77u) << "seed";
     EXPECT_EQ(sett.Take<uint64_t>(), 5u) << "strokes begun";
-    EXPECT_EQ(sett.Take<int32_t>(), session->Settings().mirrorMode);
+    EXPECT_EQ(sett.Take<int32_t>(), document->Settings().mirrorMode);
     ASSERT_EQ(sett.Take<uint32_t>(), 3u);
     EXPECT_EQ(sett.Take<float>(), -1.0f) << "x is mirrored first";
     EXPECT_EQ(sett.Left(), 3u * 64u - 4u);

@@ -12,37 +12,37 @@ namespace {
 
 class SceneLevels : public ::testing::Test {
 protected:
-    std::unique_ptr<SculptSession> Reopen(SculptSession& session) {
-        session.Save(folder.Path("scene.trovik"));
-        return SculptSession::OpenScene(folder.Path("scene.trovik"));
+    std::unique_ptr<Document> Reopen(Document& document) {
+        document.Save(folder.Path("scene.trovik"));
+        return Document::OpenScene(folder.Path("scene.trovik"));
     }
     /// Saves now, goes on with both, and compares.
     template <typename GoOn>
-    void ExpectSameBits(SculptSession& session, GoOn goOn) {
-        auto read = Reopen(session);
-        EXPECT_TRUE(StateOf(*read, folder) == StateOf(session, folder)) << "as read";
-        goOn(session);
+    void ExpectSameBits(Document& document, GoOn goOn) {
+        auto read = Reopen(document);
+        EXPECT_TRUE(StateOf(*read, folder) == StateOf(document, folder)) << "as read";
+        goOn(document);
         goOn(*read);
-        EXPECT_TRUE(StateOf(*read, folder) == StateOf(session, folder)) << "went on";
+        EXPECT_TRUE(StateOf(*read, folder) == StateOf(document, folder)) << "went on";
     }
     TemporaryFolder folder;
 };
 
-void UpAndDown(SculptSession& session) {
+void UpAndDown(Document& document) {
     for (const uint32_t level : {0u, 1u, 2u, 0u, 2u}) {
-        session.BindLevel(level);
-        StrokeOver(session, {level + 1, 5}, 0.9f);
+        document.BindLevel(level);
+        StrokeOver(document, {level + 1, 5}, 0.9f);
     }
 }
 
 TEST_F(SceneLevels, WhatWaitsInBothDirectionsIsCarriedToTheSameBits) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
-        auto session = RefinedSession(folder, zoo.mesh);
-        StrokeOver(*session, {0, 9}, 0.8f);
-        session->BindLevel(1);
-        StrokeOver(*session, {2}, 0.8f);
-        ExpectSameBits(*session, UpAndDown);
+        auto document = RefinedDocument(folder, zoo.mesh);
+        StrokeOver(*document, {0, 9}, 0.8f);
+        document->BindLevel(1);
+        StrokeOver(*document, {2}, 0.8f);
+        ExpectSameBits(*document, UpAndDown);
     }
 }
 
@@ -51,71 +51,71 @@ TEST_F(SceneLevels, DeletedAndRebuiltLevelsGoOnToTheSameBitsAndResetGoesBackToTh
                                ZooMesh{"icosahedron", Icosahedron()},
                                ZooMesh{"n-gons", NgonMix()}}) {
         SCOPED_TRACE(zoo.name);
-        auto session = RefinedSession(folder, zoo.mesh);
-        StrokeOver(*session, {0, 9}, 0.8f);
-        session->AddLayer("top");
-        StrokeOver(*session, {3}, 0.8f);
-        session->BindLevel(1);
-        ASSERT_TRUE(session->DeleteLevels(true));
-        session->Subdivide();
-        ExpectSameBits(*session, UpAndDown);
-        ASSERT_EQ(session->Geometry().LevelCount(), 3u);
-        session->Unsubdivide();
-        ExpectSameBits(*session, UpAndDown);
+        auto document = RefinedDocument(folder, zoo.mesh);
+        StrokeOver(*document, {0, 9}, 0.8f);
+        document->AddLayer("top");
+        StrokeOver(*document, {3}, 0.8f);
+        document->BindLevel(1);
+        ASSERT_TRUE(document->DeleteLevels(true));
+        document->Subdivide();
+        ExpectSameBits(*document, UpAndDown);
+        ASSERT_EQ(document->Geometry().LevelCount(), 3u);
+        document->Unsubdivide();
+        ExpectSameBits(*document, UpAndDown);
 
-        auto read = Reopen(*session);
-        session->Reset();
+        auto read = Reopen(*document);
+        document->Reset();
         read->Reset();
-        EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder)) << "reset";
+        EXPECT_TRUE(StateOf(*read, folder) == StateOf(*document, folder)) << "reset";
         EXPECT_EQ(read->Geometry().Level(0)->VertexCount(),
                   LevelGeometry(zoo.mesh).Level(0)->VertexCount());
     }
 }
 
 TEST_F(SceneLevels, LayersOfDeletedLevelsAreNotSavedAndComeBackByUndo) {
-    auto session = SessionOn(folder, Cube());
-    session->Subdivide();
-    session->SelectTool("Sculpt");
-    session->AddLayer("fine");
-    StrokeOver(*session, {3}, 0.8f);
-    session->BindLevel(0);
-    const std::string before = StateOf(*session, folder);
-    ASSERT_TRUE(session->DeleteLevels(false));
-    auto read = Reopen(*session);
+    auto document = DocumentOn(folder, Cube());
+    document->Subdivide();
+    document->SelectTool("Sculpt");
+    document->AddLayer("fine");
+    StrokeOver(*document, {3}, 0.8f);
+    document->BindLevel(0);
+    const std::string before = StateOf(*document, folder);
+    ASSERT_TRUE(document->DeleteLevels(false));
+    auto read = Reopen(*document);
     EXPECT_EQ(read->Geometry().LevelCount(), 1u);
     EXPECT_FALSE(read->DeleteLevels(false));
-    ASSERT_TRUE(session->Undo());
-    EXPECT_TRUE(StateOf(*session, folder) == before);
-    ASSERT_TRUE(session->Undo());
-    EXPECT_EQ(session->ActiveLayer()->Name(), "fine");
+    ASSERT_TRUE(document->Undo());
+    EXPECT_TRUE(StateOf(*document, folder) == before);
+    ASSERT_TRUE(document->Undo());
+    EXPECT_EQ(document->ActiveLayer()->Name(), "fine");
     // When the step is dropped, the level goes with its layer.
-    session->BindLevel(0);
-    ASSERT_TRUE(session->DeleteLevels(false));
-    session->Geometry().History().Clear();
-    session->Subdivide();
-    EXPECT_FALSE(session->SelectLayer("fine"));
-    EXPECT_EQ(Reopen(*session)->Geometry().LevelCount(), 2u);
+    document->BindLevel(0);
+    ASSERT_TRUE(document->DeleteLevels(false));
+    document->Geometry().History().Clear();
+    document->Subdivide();
+    EXPECT_FALSE(document->SelectLayer("fine"));
+    EXPECT_EQ(Reopen(*document)->Geometry().LevelCount(), 2u);
 }
 
 TEST_F(SceneLevels, StrokesAfterDeletingAndRebuildingAreThoseOfAFreshMesh) {
-    auto session = SessionOn(folder, Icosahedron());
-    session->Subdivide();
-    session->SelectTool("Sculpt");
-    StrokeOver(*session, {0}, 0.5f);
-    ASSERT_TRUE(session->DeleteLevels(true));
-    StrokeOver(*session, {4}, 0.5f);
+    auto document = DocumentOn(folder, Icosahedron());
+    document->Subdivide();
+    document->SelectTool("Sculpt");
+    StrokeOver(*document, {0}, 0.5f);
+    ASSERT_TRUE(document->DeleteLevels(true));
+    StrokeOver(*document, {4}, 0.5f);
     // A triangle base again: the patches' table on level 1 was made for other numbers.
-    session->Unsubdivide();
-    EXPECT_EQ(session->Geometry().Level(0)->CornersPerFace(), 3u);
-    StrokeOver(*session, {7}, 0.5f);
-    ASSERT_TRUE(session->Undo());
-    ASSERT_TRUE(session->Undo());
-    ASSERT_TRUE(session->Redo());
-    StrokeOver(*session, {7}, 0.5f);
-    const std::string once = StateOf(*session, folder);
-    ASSERT_TRUE(session->Undo());
-    ASSERT_TRUE(session->Redo());
-    EXPECT_TRUE(StateOf(*session, folder) == once);
+    document->Unsubdivide();
+    EXPECT_EQ(document->Geometry().Level(0)->CornersPerFace(), 3u);
+    StrokeOver(*document, {7}, 0.5f);
+    ASSERT_TRUE(document->Undo());
+    ASSERT_TRUE(document->Undo());
+    ASSERT_TRUE(document->Redo());
+    StrokeOver(*document, {7}, 0.5f);
+    const std::string once = StateOf(*document, folder);
+    ASSERT_TRUE(document->Undo());
+    ASSERT_TRUE(document->Redo());
+    EXPECT_TRUE(StateOf(*document, folder) == once);
 }
 
 }  // namespace

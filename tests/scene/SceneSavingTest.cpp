@@ -28,9 +28,9 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
 #endif
     const QuickDisk disk;
     const TemporaryFolder folder;
-    const auto session = RichSession(folder);
+    const auto document = RichDocument(folder);
     const std::string path = folder.Path("scene.trovik");
-    session->Save(path);
+    document->Save(path);
     const std::string whole = TemporaryFolder::Content(path);
     folder.Fill("scene.trovik", "old");
     const std::size_t files = folder.FileCount();
@@ -40,7 +40,7 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
         std::string message;
         RefuseAllocation(number);
         try {
-            session->Save(path, header);
+            document->WriteScene(path, header);
         } catch (const HostError& error) {
             RefuseAllocation(0);
             message = error.what();
@@ -60,7 +60,7 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
         ASSERT_EQ(TemporaryFolder::Content(path), "old") << number;
     }
     EXPECT_GT(refusals, 50);
-    // All those failures have changed nothing of the session either.
+    // All those failures have changed nothing of the document either.
     EXPECT_EQ(TemporaryFolder::Content(path), whole);
 }
 

@@ -2,9 +2,9 @@
 
 /// \file
 /// What the host changes between calls, as a reader of a trace follows it.
+#include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
-#include "framework/script/SessionStroke.h"
 #include "framework/trace/MeshState.h"
 #include "tests/random/RandomNumbers.h"
 #include "tests/trace/NpyArray.h"
@@ -131,8 +131,8 @@ private:
 /// call.
 class Witness final : public StrokeObserver {
 public:
-    Witness(TraceRecorder& traceRecorder, SculptSession& sculptSession, std::string stateFolder)
-        : recorder(traceRecorder), session(sculptSession), folder(std::move(stateFolder)) {}
+    Witness(TraceRecorder& traceRecorder, Document& edited, std::string stateFolder)
+        : recorder(traceRecorder), document(edited), folder(std::move(stateFolder)) {}
 
     void BeforeCall(const BrushCall& call) override {
         before.push_back(Present());
@@ -157,9 +157,9 @@ public:
         std::filesystem::remove_all(folder);
         WriteMeshState(
             folder,
-            session.Geometry(),
-            dynamic_cast<const MeshUnlocker*>(&session.SculptBrush()),
-            session.SculptBrush().MirrorConfig().MirrorMode() == MirrorConfiguration::Topological);
+            document.Geometry(),
+            dynamic_cast<const MeshUnlocker*>(&document.SculptBrush()),
+            document.SculptBrush().MirrorConfig().MirrorMode() == MirrorConfiguration::Topological);
         return ReadState(folder);
     }
 
@@ -167,7 +167,7 @@ public:
 
 private:
     TraceRecorder& recorder;
-    SculptSession& session;
+    Document& document;
     std::string folder;
 };
 
@@ -185,17 +185,17 @@ protected:
     /// the trace.
     void Follow(const std::vector<nlohmann::json>& steps,
                 const nlohmann::json& setUp,
-                const std::function<void(SculptSession&)>& byHand = {}) {
+                const std::function<void(Document&)>& byHand = {}) {
         nlohmann::json script = {{"mesh", "cube.obj"}, {"steps", nlohmann::json::array()}};
         script.update(setUp);
         ScriptRunner runner(folder.Path("s.json"), folder.Path("."), {});
         runner.Open(script);
-        SculptSession& session = runner.Session();
+        Document& document = runner.GetDocument();
         TraceOptions options;
         options.folder = folder.Path("trace");
         TraceRecorder recorder(options);
-        Witness witness(recorder, session, folder.Path("present"));
-        session.SetObserver(&witness);
+        Witness witness(recorder, document, folder.Path("present"));
+        document.SetObserver(&witness);
         for (std::size_t i = 0; i < steps.size(); ++i) {
             try {
                 runner.Do(steps[i], i);
@@ -204,9 +204,9 @@ protected:
                     << error.what();
             }
         }
-        if (byHand) byHand(session);
-        session.SetObserver(nullptr);
-        recorder.WriteAfter(session.SculptBrush());
+        if (byHand) byHand(document);
+        document.SetObserver(nullptr);
+        recorder.WriteAfter(document.SculptBrush());
         trace = ReadTrace(options.folder);
         Check(witness);
     }
@@ -256,6 +256,31 @@ protected:
 
 const nlohmann::json stroke = R"({"stroke": {"surface": [[0.3, 0.1, 1], [0.5, 0.2, 1]]}})"_json;
 
+TEST_F(HostChange, HiddenVerticesGetTheirBitsBackBeforeTheEndOfAStroke) {
+    std::string grid;
+    for (int y = 0; y < 9; ++y)
+        for (int x = 0; x < 9; ++x)
+            grid += "v " + std::to_string(x) + " " + std::to_string(y) + " -0.0\n";
+    for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 8; ++x) {
+            const int first = y * 9 + x + 1;
+            grid += "f";
+            for (const int corner : {first, first + 1, first + 10, first + 9})
+                grid += " " + std::to_string(corner);
+            grid += "\n";
+        }
+    }
+    folder.Fill("grid.obj", grid);
+    const nlohmann::json middle = R"({"stroke": {"surface": [[4, 6, 0], [5, 6, 0]]}})"_json;
+    Follow({R"({"set": {"radius": 3}})"_json,
+            middle,
+            R"({"undo": 1})"_json,
+            R"({"hide": {"faces": [[0, 32]]}})"_json,
+            middle},
+           {{"mesh", "grid.obj"}});
+    EXPECT_EQ(Reasons(), (std::vector<std::string>{"undo, hide", "restoreHidden"}));
+}
+
 TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
     const struct {
         const char* step;
@@ -263,6 +288,9 @@ TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
     } steps[] = {{R"({"undo": 1})", "undo"},
                  {R"({"redo": 1})", "redo"},
                  {R"({"freeze": {"center": [0, 0, 1], "radius": 0.5}})", "freeze"},
+                 {R"({"hide": {"box": [0, 0, 300, 300], "reach": "through"}})", "hide"},
+                 {R"({"invertVisibility": true})", "invertVisibility"},
+                 {R"({"show": "all"})", "show"},
                  {R"({"layer": {"add": "a"}})", "layer"},
                  {R"({"layer": {"strength": 0.5}})", "layer"},
                  {R"({"layer": {"select": null}})", "layer"},
@@ -370,10 +398,10 @@ TEST_F(HostChange, CopyThatIsDraggedIsPutBackBeforeEachDab) {
     WriteFloatImageFile(folder.Path("white.tif"), image);
     Follow({R"({"tool": "Imprint", "set": {"radius": 0.5, "stamp": "white.tif"}})"_json},
            {{"levels", 3}},
-           [](SculptSession& session) {
+           [](Document& document) {
                PenStrokeOptions options;
                options.isFiltered = false;
-               SessionStroke drag(session, options);
+               DocumentStroke drag(document, options);
                for (const float x : {480.0f, 500.0f, 520.0f, 540.0f}) {
                    PathSample sample;
                    sample.place = {x, 360.0f, 0.0f};

@@ -88,6 +88,9 @@ public:
     virtual void ExecuteAndInvert();
 };
 
+/// The `mask` argument that selects the brush's stamp.
+inline constexpr int stampMask = -1;
+
 /// Base of all brushes: settings, their panel, the stamp, and the stroke calls that the host's
 /// stroke loop makes. `mask` -1 means the brush's stamp; mask 1 is the mirrored stamp read.
 class TROVIK_API BrushOperation : public Operation {

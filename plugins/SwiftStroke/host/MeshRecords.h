@@ -16,7 +16,7 @@ struct Vertex {
     float x, y, z;        ///< byte 0: position, mesh-local
     uint32_t changeLink;  ///< byte 12: index of its record in the open change, or its visit stamp
     uint8_t freeze;       ///< byte 16: low 7 bits: freeze amount, 0 to 127
-    uint8_t reserved[3];  ///< byte 17
+    uint8_t reserved[3];  ///< byte 17: the host's
 };
 static_assert(sizeof(Vertex) == 20 && alignof(Vertex) == 4 && std::is_trivial_v<Vertex>);
 static_assert(offsetof(Vertex, x) == 0 && offsetof(Vertex, y) == 4 && offsetof(Vertex, z) == 8);

@@ -13,7 +13,6 @@ namespace trovik {
 
 namespace {
 
-constexpr int stampMask = -1;
 constexpr float unlimited = 100000000.0f;
 
 constexpr const char* coarseMeshText =

@@ -7,7 +7,6 @@ namespace trovik {
 namespace {
 
 /// The mask that stands for the brush's stamp.
-constexpr int stampMask = -1;
 /// An image of directions; Smooth has no use for it.
 constexpr int directionImage = 1;
 

@@ -2,12 +2,10 @@
 #pragma once
 
 #include "brush/SwiftStroke.h"
+#include "brush/ToolCatalogue.h"
 #include "host/BrushOperation.h"
 
 namespace trovik {
-
-/// ID of Wax in the catalogue: the one tool that a kernel knows by number.
-inline constexpr uint32_t waxToolId = 8;
 
 /// What stays the same for all vertices of a patch, gathered once so that the loop reads it from
 /// registers and the stack, and the bounds that the loop widens.
@@ -35,7 +33,7 @@ struct DabConstants {
           facingActive(CheckableFloatArray::s_bActive),
           mirroredStamp(mirroredStampRead) {
         const BrushConfiguration* tool = swiftStroke.ActiveConfiguration();
-        if (tool != nullptr && tool->ID() == waxToolId) {
+        if (tool != nullptr && tool->ID() == static_cast<uint32_t>(Tool::Wax)) {
             const float bias = swiftStroke.BrushStrengthBias() * 0.01f;
             scaleAsWax = true;
             waxScale = (1.0f - bias) * dabPressure + bias;

@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// What follows a stroke, through a document, on planes of 1, 4 and 16 million quads: undo and redo
+/// of the stroke, and the switch to the level below and back. The costs should follow the stroke,
+/// not the mesh. Each benchmark has the number of subdivisions of a plane of 16 x 16 quads as its
+/// first argument and the vertices under the dab as its second.
+#include "framework/document/Document.h"
+#include "framework/strokes/DabAtHit.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <ctime>
+#include <memory>
+
+namespace trovik::bench {
+namespace {
+
+constexpr unsigned baseSide = 16;
+
+PolygonMesh Plane() {
+    PolygonMesh mesh;
+    for (unsigned y = 0; y <= baseSide; ++y)
+        for (unsigned x = 0; x <= baseSide; ++x)
+            mesh.positions.push_back({static_cast<float>(x), static_cast<float>(y), 0.0f});
+    for (unsigned y = 0; y < baseSide; ++y) {
+        for (unsigned x = 0; x < baseSide; ++x) {
+            const unsigned corner = y * (baseSide + 1) + x;
+            mesh.faceSizes.push_back(4);
+            for (const unsigned vertex :
+                 {corner, corner + 1, corner + baseSide + 2, corner + baseSide + 1})
+                mesh.faceVertices.push_back(vertex);
+        }
+    }
+    return mesh;
+}
+
+using Clock = std::chrono::steady_clock;
+
+/// One document for all benchmarks of a size: building the levels takes longer than they do.
+class Scene {
+public:
+    static Scene& Of(benchmark::State& state) {
+        static std::unique_ptr<Scene> scene;
+        const auto levels = static_cast<uint32_t>(state.range(0));
+        if (scene == nullptr || scene->top != levels) {
+            scene.reset();
+            scene = std::make_unique<Scene>(levels);
+        }
+        return *scene;
+    }
+
+    explicit Scene(uint32_t levels) : document("plane", Plane()), top(levels) {
+        for (uint32_t i = 0; i < levels; ++i) document.Subdivide();
+        document.SelectTool("Wax");
+    }
+
+    /// A stroke of one dab over so many vertices of the bound level, at another spot each time.
+    void Stroke(int64_t vertices) {
+        const double faces = document.Geometry().Bound()->faceCount;
+        const double area = static_cast<double>(vertices) * baseSide * baseSide / faces;
+        const float offset = static_cast<float>(strokes++ % 7) * 0.31f;
+        const auto hit = document.Tree().Nearest({6.0f + offset, 7.3f + offset, 0.0f});
+        StrokeDab dab = DabAt(document.Geometry(), *hit);
+        dab.size = static_cast<float>(std::sqrt(area / 3.14159265));
+        dab.strength = 0.02f;
+        const uint64_t before = document.Totals().verticesMoved;
+        document.Loop().Begin(BrushOperation::ModifierNone);
+        document.Loop().Dab(dab);
+        document.Loop().End();
+        moved = document.Totals().verticesMoved - before;
+    }
+
+    Document document;
+    uint32_t top;
+    uint64_t moved = 0;
+
+private:
+    unsigned strokes = 0;
+};
+
+double ThreadSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// Times work within the iterations of a benchmark, and keeps the fastest, by the clock and by the
+/// time that its thread ran: on a machine with other work to do the mean says little.
+class Stopwatch {
+public:
+    explicit Stopwatch(benchmark::State& ofState) : state(ofState) {}
+    template <typename Work>
+    void Time(Work work) {
+        const Clock::time_point start = Clock::now();
+        const double before = ThreadSeconds();
+        work();
+        fastestOfThread = std::min(fastestOfThread, ThreadSeconds() - before);
+        const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        state.SetIterationTime(seconds);
+        fastest = std::min(fastest, seconds);
+    }
+    void Report() const {
+        state.counters["fastest_ms"] = fastest * 1e3;
+        state.counters["fastest_thread_ms"] = fastestOfThread * 1e3;
+    }
+
+private:
+    benchmark::State& state;
+    double fastest = 1e9;
+    double fastestOfThread = 1e9;
+};
+
+void Report(benchmark::State& state, Scene& scene, const Stopwatch& watch) {
+    watch.Report();
+    state.counters["vertices"] = static_cast<double>(scene.moved);
+    state.counters["faces"] = static_cast<double>(scene.document.Geometry().Bound()->faceCount);
+}
+
+void Undo(benchmark::State& state) {
+    Scene& scene = Scene::Of(state);
+    scene.Stroke(state.range(1));
+    Stopwatch watch(state);
+    for (auto _ : state) {
+        // The step is compressed when the user undoes it.
+        scene.document.Geometry().History().Settle();
+        watch.Time([&] { scene.document.Undo(); });
+        scene.document.Redo();
+    }
+    Report(state, scene, watch);
+    scene.document.Undo();
+}
+
+void Redo(benchmark::State& state) {
+    Scene& scene = Scene::Of(state);
+    scene.Stroke(state.range(1));
+    Stopwatch watch(state);
+    for (auto _ : state) {
+        scene.document.Undo();
+        scene.document.Geometry().History().Settle();
+        watch.Time([&] { scene.document.Redo(); });
+    }
+    Report(state, scene, watch);
+    scene.document.Undo();
+}
+
+/// To the neighbouring level after a stroke on this one.
+void Switch(benchmark::State& state, bool down) {
+    Scene& scene = Scene::Of(state);
+    const uint32_t from = down ? scene.top : scene.top - 1;
+    const uint32_t to = down ? scene.top - 1 : scene.top;
+    // Builds the trees of both levels.
+    scene.document.BindLevel(to);
+    scene.document.BindLevel(from);
+    Stopwatch watch(state);
+    for (auto _ : state) {
+        scene.Stroke(state.range(1));
+        watch.Time([&] { scene.document.BindLevel(to); });
+        scene.document.BindLevel(from);
+    }
+    Report(state, scene, watch);
+    scene.document.BindLevel(scene.top);
+}
+
+const bool registered = [] {
+    const auto add = [](const char* name, void (*run)(benchmark::State&), int64_t levels) {
+        for (const int64_t vertices : {10000, 100000}) {
+            benchmark::RegisterBenchmark(name, run)
+                ->Args({levels, vertices})
+                ->Iterations(15)
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond);
+        }
+    };
+    for (const int64_t levels : {6, 7, 8}) {
+        add("undo", Undo, levels);
+        add("redo", Redo, levels);
+        add(
+            "switch-down", [](benchmark::State& state) { Switch(state, true); }, levels);
+        add(
+            "switch-up", [](benchmark::State& state) { Switch(state, false); }, levels);
+    }
+    return true;
+}();
+
+}  // namespace
+}  // namespace trovik::bench

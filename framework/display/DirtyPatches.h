@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/display/PatchLayout.h"
+#include "framework/mesh/SurfaceChange.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace trovik {
+
+/// The patches of a layout that have to be packed again, collected from surface changes. Changes
+/// of several dabs over one region are merged, so each patch is packed once for all of them.
+///
+/// Not synchronised; the changes arrive on the thread of the document.
+class TROVIK_API DirtyPatches {
+public:
+    /// Nothing is dirty. Borrows the layout. Allocates one byte per patch.
+    explicit DirtyPatches(const PatchLayout& layout);
+
+    /// Adds a change. Changes of other levels are ignored, as those levels are not displayed;
+    /// SurfaceChange::Topology of any level sets LayoutChanged.
+    /// Cost: the patches of the change, or of the layout if either is finer.
+    void Add(const SurfaceChange& change);
+
+    /// The layout no longer describes the displayed level: make another one, pack all of its
+    /// patches and use a new DirtyPatches.
+    bool LayoutChanged() const { return layoutChanged; }
+
+    /// The dirty patches, each once, in the order in which they were first added.
+    std::span<const uint32_t> Patches() const { return patches; }
+    bool IsEmpty() const { return patches.empty(); }
+    /// What changed in a patch: a combination of SurfaceChange::What; 0 if the patch is not dirty.
+    uint8_t WhatChanged(uint32_t patch) const { return what[patch]; }
+
+    /// Removes patches that were packed. Patches that are not dirty are ignored.
+    /// Cost: O(dirty patches).
+    void Remove(std::span<const uint32_t> packed);
+    /// Removes all patches. Cost: O(dirty patches).
+    void Clear();
+
+private:
+    const PatchLayout& layout;
+    std::vector<uint32_t> patches;
+    /// Per patch of the layout.
+    std::vector<uint8_t> what;
+    bool layoutChanged = false;
+};
+
+}  // namespace trovik

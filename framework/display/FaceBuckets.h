@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/mesh/LevelMesh.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace trovik {
+
+/// Divides the faces of a level into compact groups of 2048 to 4096 faces (a smaller level is one
+/// group), by halving them along their longest axis, and triangulates each group with vertex
+/// numbers of its own, which fit into 16 bits.
+///
+/// Each face has a vertex that only it begins its triangles with, so that flags of the face can be
+/// stored there. Quads of a consistently numbered mesh need no additional vertices for that.
+/// Triangle meshes have twice as many faces as vertices, so that about half of their faces get a
+/// copy of a vertex.
+///
+/// Holds numbers, no positions: valid until faces or vertices of the level are renumbered. The
+/// division depends on the positions at the time of construction and on nothing else. May be read
+/// by several threads.
+class TROVIK_API FaceBuckets {
+public:
+    static constexpr uint32_t maxFaces = 4096;
+    /// In FlagFaces: the vertex begins no triangle.
+    static constexpr uint32_t noFace = 0xffffffffu;
+
+    /// Cost: O(n log n) in the faces of the level. About 30 bytes per face are kept.
+    explicit FaceBuckets(const LevelMesh& level);
+
+    uint32_t Count() const { return static_cast<uint32_t>(firstVertex.size()) - 1; }
+    uint32_t BucketOf(uint32_t face) const { return bucketOfFace[face]; }
+
+    /// Number of vertices of all buckets before this one.
+    uint32_t FirstVertex(uint32_t bucket) const { return firstVertex[bucket]; }
+    uint32_t VertexCount(uint32_t bucket) const {
+        return firstVertex[bucket + 1] - firstVertex[bucket];
+    }
+    /// Vertices of the level, one per vertex of the bucket.
+    std::span<const uint32_t> Vertices(uint32_t bucket) const {
+        return {vertices.data() + firstVertex[bucket], VertexCount(bucket)};
+    }
+    /// Per vertex of the bucket the face whose flags it holds, or noFace.
+    std::span<const uint32_t> FlagFaces(uint32_t bucket) const {
+        return {flagFaces.data() + firstVertex[bucket], VertexCount(bucket)};
+    }
+    /// Triangles as triples of vertices of the bucket; the first of each holds the flags of its
+    /// face. A quad is the triangles (0, 1, 2) and (0, 2, 3), as for picking.
+    std::span<const uint16_t> Triangles(uint32_t bucket) const {
+        return {triangles.data() + firstIndex[bucket], firstIndex[bucket + 1] - firstIndex[bucket]};
+    }
+
+private:
+    class Builder;
+
+    std::vector<uint32_t> bucketOfFace;
+    std::vector<uint32_t> firstVertex = {0};
+    std::vector<uint32_t> firstIndex = {0};
+    std::vector<uint32_t> vertices;
+    std::vector<uint32_t> flagFaces;
+    std::vector<uint16_t> triangles;
+};
+
+}  // namespace trovik

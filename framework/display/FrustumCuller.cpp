@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/display/FrustumCuller.h"
+
+#include <cmath>
+#include <cstddef>
+
+namespace trovik {
+
+FrustumCuller::FrustumCuller(const Matrix& localToClip, ClipDepth depth) {
+    const auto& m = localToClip.m;
+    for (std::size_t row = 0; row < 4; ++row) {
+        const auto w = static_cast<double>(m[row][3]);
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const auto value = static_cast<double>(m[row][axis]);
+            planes[2 * axis][row] = w + value;
+            planes[2 * axis + 1][row] = w - value;
+        }
+        if (depth == ClipDepth::ZeroToOne) planes[4][row] = static_cast<double>(m[row][2]);
+    }
+}
+
+bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
+    if (box.IsEmpty()) return true;
+    // Far above the rounding of these sums and of the clip coordinates that a renderer computes in
+    // single precision; far below a pixel.
+    constexpr double slack = 1e-5;
+    const std::array<double, 3> low = {static_cast<double>(box.minX),
+                                       static_cast<double>(box.minY),
+                                       static_cast<double>(box.minZ)};
+    const std::array<double, 3> high = {static_cast<double>(box.maxX),
+                                        static_cast<double>(box.maxY),
+                                        static_cast<double>(box.maxZ)};
+    for (const std::array<double, 4>& plane : planes) {
+        // At the corner of the box that lies farthest inside.
+        double inside = plane[3];
+        double size = std::abs(plane[3]);
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            if (plane[axis] == 0.0) continue;
+            const double term = plane[axis] * (plane[axis] > 0.0 ? high[axis] : low[axis]);
+            inside += term;
+            size += std::abs(term);
+        }
+        // A sum that is NaN is in doubt.
+        if (inside < -slack * size) return true;
+    }
+    return false;
+}
+
+}  // namespace trovik

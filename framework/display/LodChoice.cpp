@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/display/LodChoice.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+namespace {
+
+/// Triangles of a stride to those of the next larger one.
+constexpr double timeRatio = 4.0;
+/// Fraction of the target that the predicted time of a smaller stride must stay below.
+constexpr double margin = 0.8;
+
+}  // namespace
+
+void LodChoice::FrameMeasured(uint32_t strideLog2, double seconds) {
+    uint32_t needed = strideLog2;
+    for (double predicted = seconds; predicted > options.targetSeconds; predicted /= timeRatio) {
+        if (needed >= options.maxStrideLog2) break;
+        ++needed;
+    }
+    if (strideLog2 != moving)
+        moving = std::max(moving, needed);
+    else if (needed == moving && moving > 0 && timeRatio * seconds < margin * options.targetSeconds)
+        --moving;
+    else
+        moving = needed;
+}
+
+}  // namespace trovik

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/display/FaceBuckets.h"
+#include "framework/display/GridIndices.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace trovik {
+
+/// How a level is divided into patches for drawing. A patch is a run of vertices with 16-bit
+/// indices, so that it can be packed, uploaded, culled and drawn alone. Vertices on the border of
+/// patches are in each of them.
+///
+///     grids     All levels that are refined from quads at least twice. A patch is one face of
+///               PatchLevel() with its descendants: a grid of (2^Depth() + 1)^2 vertices in row
+///               order, at most 33 x 33. All patches share GridIndices::OfDepth(Depth()).
+///     buckets   All other levels: about 4096 faces each, with indices of their own (FaceBuckets).
+///
+/// Vertices of a grid are laid out as in SubdivisionLevel::QuadVertexIndexTable. The flags of the
+/// face at cell (row, column) are in the vertex at (row, column); vertices of the last row and
+/// column hold none.
+///
+/// A layout holds numbers, no positions. It is valid until the level is another one or its faces
+/// or vertices are renumbered (SurfaceChange::Topology). May be read by several threads.
+class TROVIK_API PatchLayout {
+public:
+    /// Depth of a patch where the level has enough levels below it: 33 x 33 vertices.
+    static constexpr uint32_t maxDepth = GridIndices::maxDepth;
+    static constexpr uint32_t minDepth = 2;
+
+    /// Call on the thread of the level's document. Borrows nothing.
+    /// Cost: O(level index) for grids, O(n log n) in the faces for buckets.
+    explicit PatchLayout(const LevelMesh& level);
+
+    /// Index of the level that is divided.
+    uint32_t Level() const { return level; }
+    bool IsGrid() const { return buckets == nullptr; }
+    uint32_t PatchCount() const { return patchCount; }
+
+    /// Vertices of the patch.
+    uint32_t VertexCount(uint32_t patch) const;
+    /// Vertices of all patches before this one; of all patches if `patch` is PatchCount(). The
+    /// position of the patch in an array that holds every patch.
+    uint64_t FirstVertex(uint32_t patch) const;
+    /// Vertices of several patches.
+    uint64_t VertexCount(std::span<const uint32_t> patches) const;
+    /// Vertices of all patches.
+    uint64_t TotalVertexCount() const { return FirstVertex(patchCount); }
+
+    /// Grids only. The level whose faces are the patches, in the same order.
+    uint32_t PatchLevel() const { return patchLevel; }
+    /// Grids only. Refinements from PatchLevel() to Level().
+    uint32_t Depth() const { return level - patchLevel; }
+    /// Grids only. Per vertex of a patch its position in the patch's slice of faceVertexIndices.
+    const uint32_t* GridSlots() const { return gridSlots; }
+    /// Grids only. Per face of a patch its cell: row * 2^Depth() + column.
+    const uint32_t* GridCells() const { return gridCells; }
+    /// Null for grids.
+    const FaceBuckets* Buckets() const { return buckets.get(); }
+
+    /// Indices of the patch's triangles at full detail, counted from the patch's first vertex. The
+    /// first of each three holds the flags of its face.
+    std::span<const uint16_t> Triangles(uint32_t patch) const;
+
+    /// Calls visit(patch) for the patches that hold faces of the level under `face` of
+    /// `levelIndex`, which must be at most Level(). A bucket may be visited more than once.
+    /// Cost: O(1) for grids if `levelIndex` is at least PatchLevel(); otherwise the number of
+    /// patches (grids) or faces (buckets) under the face.
+    template <class Visit>
+    void VisitPatchesUnder(uint32_t levelIndex, uint32_t face, Visit visit) const {
+        const uint64_t under = FacesUnder(levelIndex);
+        const auto first = static_cast<uint32_t>(face * under);
+        const auto last = static_cast<uint32_t>(face * under + under - 1);
+        if (buckets != nullptr) {
+            for (uint32_t f = first; f <= last; ++f) visit(buckets->BucketOf(f));
+            return;
+        }
+        for (uint32_t patch = first >> (2 * Depth()); patch <= last >> (2 * Depth()); ++patch)
+            visit(patch);
+    }
+
+    /// Faces of Level() under a face of `levelIndex`.
+    uint64_t FacesUnder(uint32_t levelIndex) const {
+        const uint64_t faces = uint64_t{1} << (2 * (level - levelIndex));
+        // A triangle of level 0 has three children.
+        return levelIndex == 0 && level > 0 && baseIsTriangles ? faces / 4 * 3 : faces;
+    }
+
+private:
+    uint32_t GridVertexCount() const { return ((1u << Depth()) + 1) * ((1u << Depth()) + 1); }
+
+    uint32_t level;
+    bool baseIsTriangles;
+    uint32_t patchLevel = 0;
+    uint32_t patchCount = 0;
+    // Tables of the contract, which are not made for several threads to ask for.
+    const uint32_t* gridSlots = nullptr;
+    const uint32_t* gridCells = nullptr;
+    std::unique_ptr<const FaceBuckets> buckets;
+};
+
+}  // namespace trovik

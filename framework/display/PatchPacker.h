@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/display/DisplayVertex.h"
+#include "framework/display/PatchLayout.h"
+#include "framework/mesh/LevelMesh.h"
+
+#include <cstdint>
+#include <span>
+
+namespace trovik {
+
+/// Copies patches of a level into the form in which they are uploaded. A patch contains copies of
+/// what the level stores now; packing the same state again gives the same bytes.
+///
+/// The level is only read. Several packers may run at the same time, but nothing may write to the
+/// level while one does.
+class TROVIK_API PatchPacker {
+public:
+    /// What has been packed since the packer was constructed.
+    struct Counters {
+        uint64_t patches = 0;
+        uint64_t vertices = 0;
+    };
+
+    /// Borrows both. `layout` must have been made for `level`, and the level must have normals.
+    PatchPacker(const LevelMesh& level, const PatchLayout& layout);
+
+    /// Packs patches one behind the other, in the order of the list.
+    /// \param out  at least layout.VertexCount(patches) vertices. It is written and not read, so it
+    /// may be write-combined memory.
+    /// \param threads  the most threads to use, the calling one included; the bytes do not depend
+    /// on it. Lists that take less time than starting threads does are packed by the calling one.
+    /// \return the number of vertices written.
+    uint64_t Pack(std::span<const uint32_t> patches,
+                  std::span<DisplayVertex> out,
+                  unsigned threads = 1);
+    /// Packs every patch at its FirstVertex. \param out  at least layout.TotalVertexCount()
+    /// vertices. \param threads  as for Pack.
+    uint64_t PackAll(std::span<DisplayVertex> out, unsigned threads);
+
+    const Counters& Packed() const { return packed; }
+
+private:
+    void PackPatch(uint32_t patch, DisplayVertex* out) const;
+    void PackGrid(uint32_t patch, DisplayVertex* out) const;
+    void PackBucket(uint32_t bucket, DisplayVertex* out) const;
+    /// DisplayVertex::flags of a face.
+    uint8_t FlagsOf(uint32_t face) const;
+    /// The group part of the flags of the faces under a face of level 0.
+    uint8_t GroupFlags(uint32_t baseFace) const;
+
+    const LevelMesh& level;
+    const PatchLayout& layout;
+    /// Per face of level 0; empty without groups.
+    std::span<const uint32_t> faceGroups;
+    Counters packed;
+};
+
+}  // namespace trovik

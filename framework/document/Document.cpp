@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/document/Document.h"
+
+#include "framework/document/StrokeEvents.h"
+#include "framework/document/SurfaceEvents.h"
+#include "framework/errors/HostError.h"
+#include "framework/files/MeshFiles.h"
+#include "framework/history/UndoPreferences.h"
+#include "framework/mesh/NoticeRenderer.h"
+#include "framework/nodes/HostKernel.h"
+#include "framework/pluginhost/PluginLoader.h"
+#include "framework/render/RenderedLevel.h"
+
+namespace trovik {
+
+namespace {
+
+constexpr const char* brushClassName = "SwiftStroke";
+
+std::unique_ptr<BrushOperation> MakeBrush() {
+    LoadPlugins();
+    const ClassDesc* desc = ClassDesc::ByName(QString::fromLatin1(brushClassName));
+    if (desc == nullptr) {
+        std::string folders;
+        for (const std::string& folder : PluginFolders()) folders += " " + folder;
+        throw HostError("no plug-in brings the brush " + std::string(brushClassName) +
+                        "; searched:" + (folders.empty() ? " no folder" : folders));
+    }
+    Node* node = desc->Create();
+    std::unique_ptr<BrushOperation> brush(dynamic_cast<BrushOperation*>(node));
+    if (brush == nullptr) {
+        delete node;
+        throw HostError(std::string(brushClassName) + " is no brush");
+    }
+    return brush;
+}
+
+}  // namespace
+
+Document::Document(const std::string& meshPath, const MeshSpace& given, JobControl* job)
+    : Document(
+          meshPath,
+          [&] {
+              PolygonMesh polygons = ReadMeshFile(meshPath, job);
+              polygons.attributes.space = Overlaid(polygons.attributes.space, given);
+              return polygons;
+          }(),
+          job) {}
+
+Document::Document(const std::string& name, PolygonMesh polygons, JobControl* job)
+    : path(name), loaded(std::move(polygons)) {
+    notes = loaded.notes;
+    HostKernel::Instance();
+    MakeOrientedManifold(loaded, job);
+    StoreGlobals();
+    brush = MakeBrush();
+    BuildGeometry(job);
+    NotifyChanges();
+    State();
+}
+
+Document::Document(const std::string& sceneFile,
+                   std::unique_ptr<BrushOperation> sceneBrush,
+                   JobControl* job)
+    : path(sceneFile), scenePath(sceneFile), brush(std::move(sceneBrush)) {
+    freezeBrush = std::make_unique<FreezeBrush>();
+    LoadedScene scene = LoadScene(sceneFile, brush.get(), freezeBrush.get(), job);
+    facingActive = CheckableFloatArray::s_bActive;
+    freezing = scene.isFreezing;
+    loaded = std::move(scene.imported);
+    geometry = std::move(scene.geometry);
+    settings = std::move(scene.settings);
+    notes = std::move(scene.notes);
+    ApplyUndoSettings();
+    FollowLevel(job);
+    UpdateCamera();
+    NotifyChanges();
+    State();
+}
+
+std::unique_ptr<Document> Document::OpenScene(const std::string& scenePath, JobControl* job) {
+    HostKernel::Instance();
+    StoreGlobals();
+    return std::unique_ptr<Document>(new Document(scenePath, MakeBrush(), job));
+}
+
+void Document::Save(const std::string& target, JobControl* job) {
+    const auto beforeReplacing = [&](const std::string& temporaryPath) {
+        if (journal != nullptr) journal->OnSceneWritten(target, temporaryPath, job);
+    };
+    WriteScene(target, SceneStream(), beforeReplacing, job);
+    scenePath = target;
+    savedState = entries.StateNumber();
+    if (journal != nullptr) journal->OnSaved(target);
+    NotifyChanges();
+}
+
+void Document::WriteScene(const std::string& target,
+                          const SceneStream& header,
+                          const std::function<void(const std::string&)>& beforeReplacing,
+                          JobControl* job) {
+    try {
+        RequireNoStroke("save the scene");
+    } catch (const HostError& refused) {
+        throw HostError(target + ": " + refused.what());
+    }
+    Activate();
+    SaveScene(target,
+              {*geometry, loaded, *brush, settings, freezeBrush.get(), freezing},
+              header,
+              beforeReplacing,
+              job);
+}
+
+Document::~Document() {
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
+        if (one == nullptr || !one->IsActive()) continue;
+        // Nobody is left to receive an error.
+        try {
+            Activate();
+            // Mirrored sides still owed could take long, and nobody sees them any more.
+            one->Break();
+        } catch (const std::exception&) {
+        } catch (Error* error) {
+            Error::Dispose(error);
+        }
+    }
+}
+
+bool Document::IsStrokeOpen() const { return loop->IsActive() || freezeLoop->IsActive(); }
+
+void Document::RequireNoStroke(const char* work) const {
+    if (IsStrokeOpen())
+        throw HostError(std::string("cannot ") + work +
+                        " while a stroke is open; release or abandon it first");
+}
+
+void Document::BuildGeometry(JobControl* job) {
+    auto built = std::make_unique<LevelGeometry>(loaded, job);
+    if (active == this) StoreGlobals();
+    earlierTotals = Totals();
+    loop.reset();
+    freezeLoop.reset();
+    trees.reset();
+    tree = nullptr;
+    surfaceEvents.reset();
+    std::vector<GeometryObserver*> others;
+    if (geometry != nullptr) others = geometry->Observers();
+    geometry = std::move(built);
+    for (GeometryObserver* one : others) geometry->AddObserver(*one);
+    ApplyUndoSettings();
+    FollowLevel(job);
+}
+
+void Document::FollowLevel(JobControl* job) {
+    Activate();
+    if (trees == nullptr) {
+        // Ahead of the observers of the document, which may pick.
+        trees = std::make_unique<LevelTrees>(*geometry);
+        tree = nullptr;
+    }
+    const bool follows = tree != nullptr && tree->IsCurrent() && tree->Level() == geometry->Bound();
+    // Also drops the trees of levels that are gone.
+    tree = &trees->OfBound(job);
+    if (surfaceEvents == nullptr) surfaceEvents = std::make_unique<SurfaceEvents>(*this);
+    if (follows) return;
+    earlierTotals = Totals();
+    loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
+    if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
+    freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
+    // A geometry that was rebuilt or came with a scene.
+    if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
+        geometry->FindMirror();
+    PlaceMirrors();
+    loop->SetObserver(strokeObserver);
+    if (events == nullptr) events = std::make_unique<StrokeEvents>(*this);
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(events.get());
+    PlaceRenderers();
+}
+
+void Document::PlaceMirrors() {
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
+        one->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+}
+
+void Document::SetObserver(StrokeObserver* newObserver) {
+    strokeObserver = newObserver;
+    loop->SetObserver(strokeObserver);
+}
+
+void Document::SetRenderers(const std::vector<float>& updateFactors) {
+    // The brush holds the renderers for the length of a stroke.
+    RequireNoStroke("change the renderers");
+    rendererFactors = updateFactors;
+    PlaceRenderers();
+}
+
+void Document::PlaceRenderers() {
+    for (uint32_t i = 0; i < geometry->LevelCount(); ++i) {
+        LevelMesh& level = *geometry->Level(i);
+        uint32_t kept = 0;
+        while (TreeNode* child = level.ChildByClass(MeshRenderer::StaticClass(), kept)) {
+            if (dynamic_cast<NoticeRenderer*>(child) == nullptr) {
+                ++kept;
+                continue;
+            }
+            level.RemoveChild(child);
+            delete child;
+        }
+    }
+    for (const float factor : rendererFactors)
+        geometry->Bound()->AddChild(new NoticeRenderer(factor));
+}
+
+void Document::SetUndoBudget(std::optional<uint64_t> bytes) {
+    undoBudget = bytes;
+    ApplyUndoSettings();
+}
+
+void Document::ApplyUndoSettings() {
+    ApplyUndoPreferences(geometry->History());
+    if (undoBudget) geometry->History().SetBudget(*undoBudget);
+}
+
+PictureMesh Document::ShownMesh() const { return ShownLevel(*geometry); }
+
+StrokeTotals Document::Totals() const {
+    StrokeTotals sum = earlierTotals;
+    for (const StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
+        if (one == nullptr) continue;
+        sum.dabs += one->Totals().dabs;
+        sum.verticesMoved += one->Totals().verticesMoved;
+        sum.seconds += one->Totals().seconds;
+    }
+    return sum;
+}
+
+}  // namespace trovik

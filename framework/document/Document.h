@@ -1,0 +1,314 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/document/DocumentJournal.h"
+#include "framework/document/DocumentObserver.h"
+#include "framework/document/DocumentState.h"
+#include "framework/edits/Symmetry.h"
+#include "framework/freeze/FreezeBlend.h"
+#include "framework/freeze/FreezeBrush.h"
+#include "framework/layers/LayerStack.h"
+#include "framework/picking/LevelTrees.h"
+#include "framework/render/Picture.h"
+#include "framework/scene/SceneFile.h"
+#include "framework/strokes/MirrorMaps.h"
+#include "framework/strokes/StrokePath.h"
+#include "framework/visibility/VisibilityChange.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace trovik {
+
+struct DisplacementOptions;
+
+/// A mesh being sculpted, with everything that belongs to the work on it: levels, layers, mask, the
+/// brush with the settings of its tools, symmetry, view and undo history. Applications, scripts and
+/// bindings change a sculpture through this class only. Errors are HostError.
+///
+/// Open strokes: while a stroke is open, everything that would change the mesh, its levels and
+/// layers, the tool, the mirrors or the renderers throws HostError and changes nothing; the stroke
+/// stays open. That holds for Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
+/// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
+/// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
+/// SetTransform, Displace, RefreshSurface, and Freeze during a stroke of the freeze brush. Allowed
+/// are settings of brush and strokes (a falloff applies from the next stroke), view and camera,
+/// observers and listeners, the undo budget, and Freeze during a sculpting stroke.
+///
+/// Threads: a document has one owner thread, at first the one that constructs it; only State may be
+/// called on others. Several documents can be used in turn on one thread, each with the results
+/// that it gives alone; their strokes may be interleaved. Engine and host share the kernel of the
+/// process, so a document makes its camera and mesh the kernel's when Brush, SculptBrush or Loop is
+/// called: call these again after another document was used instead of keeping the references.
+class TROVIK_API Document {
+public:
+    /// Opens a mesh file, splits it where it is not an oriented manifold, and loads the plug-ins.
+    /// \param given  units and up axis; they take precedence over those of the file.
+    /// \throw Cancelled, as the next two.
+    explicit Document(const std::string& meshPath,
+                      const MeshSpace& given = {},
+                      JobControl* job = nullptr);
+    /// The same for polygons in memory. \param name  stands for the file in messages.
+    Document(const std::string& name, PolygonMesh polygons, JobControl* job = nullptr);
+    /// Opens a scene file and continues where it was saved; see SaveScene for its content.
+    static std::unique_ptr<Document> OpenScene(const std::string& scenePath,
+                                               JobControl* job = nullptr);
+    /// Ends an open stroke.
+    ~Document();
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    LevelGeometry& Geometry() { return *geometry; }
+    /// The active brush and its stroke loop: those of the plug-in, or of the freeze brush while the
+    /// tool "Freeze" is active. Call NoteToolChanged after changing settings of the brush.
+    BrushOperation& Brush() {
+        Activate();
+        if (freezing) return *freezeBrush;
+        return *brush;
+    }
+    StrokeLoop& Loop() {
+        Activate();
+        return freezing ? *freezeLoop : *loop;
+    }
+    bool IsStrokeOpen() const;
+    /// \throw HostError "cannot WORK while a stroke is open; release or abandon it first".
+    void RequireNoStroke(const char* work) const;
+    /// Whether the tool "Freeze" is active.
+    bool IsFreezing() const { return freezing; }
+    /// The brush of the plug-in, whichever brush is active.
+    BrushOperation& SculptBrush() {
+        Activate();
+        return *brush;
+    }
+    /// Of the current level. It follows reported changes of the surface; another level has another
+    /// tree.
+    PatchTree& Tree() { return *tree; }
+    /// Call UpdateCamera after changing it.
+    StrokeView& View() { return settings.view; }
+    /// Radius, spacing and pen settings of the next strokes, to be read and set here. Call
+    /// NoteToolChanged after changing them.
+    SceneSettings& Settings() { return settings; }
+
+    /// Saves everything but the undo history in a scene file, which becomes the file of the
+    /// document; an attached journal restarts from it.
+    /// \throw HostError; Cancelled. The old file and the journal then are as they were.
+    void Save(const std::string& scenePath, JobControl* job = nullptr);
+    /// Writes a scene file without making it the file of the document.
+    /// \param header, beforeReplacing  see SaveScene. \throw HostError and Cancelled as Save.
+    void WriteScene(
+        const std::string& scenePath,
+        const SceneStream& header = SceneStream(),
+        const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {},
+        JobControl* job = nullptr);
+    /// Whether the sculpture differs from the file that was opened or saved last. Undoing back to
+    /// the saved state makes it unmodified again. Tools, symmetry and camera do not count.
+    bool IsModified() const { return modified; }
+    /// What was left out of the mesh file or scene, one line each.
+    const std::vector<std::string>& Notes() const { return notes; }
+
+    /// Restores the mesh as it was imported: level 0, no layers, no mask, nothing hidden, no
+    /// undo.
+    void Reset();
+    /// See LevelGeometry::Subdivide. This and the next four throw Cancelled when the job cancels;
+    /// nothing has changed or been reported then.
+    void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes, JobControl* job = nullptr);
+    /// Deletes the levels above the current one, or those below it. \return false if there are
+    /// none.
+    bool DeleteLevels(bool lower, JobControl* job = nullptr);
+    /// Adds a coarser level below level 0. \throw HostError if level 0 is not a refinement.
+    void Unsubdivide(JobControl* job = nullptr);
+    /// Propagates the shape of the current level to the levels below. \return false if nothing
+    /// moved.
+    bool ApplyToBase(JobControl* job = nullptr);
+    /// Makes another level the current one. \return false for a level that does not exist.
+    bool BindLevel(uint32_t level, JobControl* job = nullptr);
+
+    /// Undoes or redoes one step, together with the steps joined to it. \return false if there is
+    /// none.
+    bool Undo();
+    bool Redo();
+    /// Undoes or redoes until `position` steps are done; joined steps stay together, and a position
+    /// within such a group means its start. \return false for a position beyond the newest step.
+    bool JumpTo(std::size_t position);
+    /// Forgets all undo steps.
+    void ClearHistory();
+    std::size_t HistoryPosition() const { return geometry->History().Position(); }
+    /// Records a step that is already done to the geometry and updates what depends on the surface;
+    /// null for nothing done. \param join  undone together with the step before. While a stroke is
+    /// open the step is applied once more, which reverts it, before HostError is thrown.
+    void Push(std::unique_ptr<UndoStep> step, bool join = false);
+    /// Bytes for the undo history, also after a reset; without a value the preference applies.
+    void SetUndoBudget(std::optional<uint64_t> bytes);
+    /// To be called after preferences of the undo history were changed.
+    void ApplyUndoSettings();
+
+    /// Selects a tool of the plug-in's brush, or "Freeze". Reads the stamp of the tool if its file
+    /// exists. \return false for an unknown name.
+    bool SelectTool(const std::string& name);
+    std::vector<std::string> ToolNames() const;
+    /// To be called after settings were changed through Brush, SculptBrush or Settings.
+    void NoteToolChanged();
+
+    /// Mirrors the next strokes in planes of the mesh's own axes and about one of them.
+    /// \throw HostError for more copies than mostMirrorMaps; the mirrors stay as they were.
+    void SetMirrors(const MirrorSetting& setting);
+    /// Mirrors the next strokes by the mesh's connectivity, whatever its pose.
+    /// \throw HostError if the mesh has no topological mirror; the mirrors stay as they were.
+    void SetTopologicalMirror();
+    /// Makes the current level symmetric; see trovik::MakeSymmetric. One undo step. \return the
+    /// number of vertices that moved.
+    uint32_t MakeSymmetric(int axis, SymmetrySide model);
+
+    /// Adds a layer on the current level and activates it. One undo step, like the next two.
+    void AddLayer(const std::string& name);
+    /// By name, among the layers of the current level; empty: no layer is active. \return false for
+    /// an unknown name.
+    bool SelectLayer(const std::string& name);
+    SculptLayer* ActiveLayer() const { return geometry->Bound()->ActiveLayer(); }
+    /// Of the active layer.
+    void SetLayerStrength(float strength);
+
+    /// Blends amounts, one for each vertex of the current level, into the mask. One undo step.
+    void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
+    /// Hides and shows faces of the current level, with all above them. One undo step.
+    /// \param chosen  see ChangeVisibilityAsStep. \return false if nothing changes.
+    bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
+    /// Moves and turns the mesh in the world. One undo step.
+    void SetTransform(const Placement& place);
+    /// See DisplaceByMap. One undo step.
+    void Displace(const DisplacementOptions& options);
+
+    /// Makes the view the kernel's camera.
+    void UpdateCamera();
+    /// Adds renderers below the current level, whichever that is. They show nothing and only
+    /// receive change notices. \param updateFactors  one for each; see MeshRenderer.
+    void SetRenderers(const std::vector<float>& updateFactors);
+    /// The visible faces of the current level for a render; borrows its arrays.
+    PictureMesh ShownMesh() const;
+    /// To be called after the surface was changed without a stroke and without Push.
+    void RefreshSurface();
+
+    /// Sum over all strokes of the document.
+    StrokeTotals Totals() const;
+    /// The file that was opened.
+    const std::string& MeshPath() const { return path; }
+    /// The mesh as it was imported, an oriented manifold.
+    const PolygonMesh& Imported() const { return loaded; }
+
+    /// Observers are called in the order in which they were added. Borrowed. Removing one that was
+    /// not added has no effect.
+    void AddObserver(DocumentObserver& observer);
+    void RemoveObserver(DocumentObserver& observer);
+    /// Passes a problem to the observers.
+    void ReportProblem(const std::string& message);
+    /// The last problem of the undo history that was not taken yet; empty for none.
+    std::string TakeHistoryProblem();
+
+    /// The values that panels show. On the owner thread they are up to date; on another thread they
+    /// are those of the last call on the owner thread, or of the constructor. Cost: after a change
+    /// O(levels + layers + undo steps), otherwise one atomic load.
+    std::shared_ptr<const DocumentState> State() const;
+    /// Hands the document over to the calling thread. No other thread may be using it.
+    void SetOwnerThread() { owner = std::this_thread::get_id(); }
+
+    /// Records strokes and saves from now on; null for none. Borrowed.
+    void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
+    /// Receives every call into the brush; null for none. Borrowed.
+    void SetObserver(StrokeObserver* newObserver);
+    /// Announces a command that may change the mesh to the stroke observer.
+    void AnnounceCommand(const std::string& name) {
+        if (strokeObserver != nullptr) strokeObserver->BeforeCommand(SculptBrush(), name);
+    }
+    /// Receives the inputs of every stroke, after the journal; null for none. Borrowed.
+    void SetInputListener(StrokeInputListener* newListener) { inputListener = newListener; }
+
+private:
+    class StrokeEvents;
+    class SurfaceEvents;
+    /// Takes the document out of the globals of the process at its end, also when a constructor
+    /// throws.
+    struct Activation {
+        Document& document;
+        ~Activation();
+    };
+    Document(const std::string& scenePath,
+             std::unique_ptr<BrushOperation> sceneBrush,
+             JobControl* job);
+    void BuildGeometry(JobControl* job);
+    /// Makes tree and loops those of the current level, if they are not.
+    void FollowLevel(JobControl* job = nullptr);
+    void PlaceMirrors();
+    void PushLevels(std::unique_ptr<UndoStep> step);
+    void PlaceRenderers();
+    /// Makes the globals of the process those of this document. One comparison if they are.
+    void Activate() {
+        if (active != this) BecomeActive();
+    }
+    void BecomeActive();
+    /// Stores the globals of the process in the document that they belong to.
+    static void StoreGlobals();
+    /// Compares the document with what the observers were last informed of, and informs them of
+    /// the differences.
+    void NotifyChanges();
+    void NotifyCamera();
+    template <typename Event>
+    void Notify(const Event& event);
+    template <typename Steps>
+    bool WalkHistory(const char* work, const Steps& steps);
+    std::string ToolName() const;
+    std::shared_ptr<const DocumentState> BuildState() const;
+    std::vector<DocumentState::Level> LevelsOfState() const;
+    std::vector<DocumentState::Layer> LayersOfState() const;
+    DocumentState::Tool ToolOfState() const;
+
+    /// The document that the globals of the process belong to; null for none.
+    static Document* active;
+
+    std::string path;
+    std::string scenePath;
+    PolygonMesh loaded;
+    std::unique_ptr<LevelGeometry> geometry;
+    Activation activation{*this};
+    std::unique_ptr<BrushOperation> brush;
+    std::unique_ptr<LevelTrees> trees;
+    PatchTree* tree = nullptr;
+    std::unique_ptr<SurfaceEvents> surfaceEvents;
+    std::unique_ptr<StrokeEvents> events;
+    std::unique_ptr<StrokeLoop> loop;
+    std::unique_ptr<FreezeBrush> freezeBrush;
+    std::unique_ptr<StrokeLoop> freezeLoop;
+    bool freezing = false;
+    /// Globals of the process, while another document is active: the kernel's camera, and whether
+    /// the falloff depends on the facing angle.
+    Placement camera;
+    bool facingActive = false;
+    StrokeTotals earlierTotals;
+    SceneSettings settings;
+    std::vector<std::string> notes;
+    std::vector<float> rendererFactors;
+    std::optional<uint64_t> undoBudget;
+    StrokeObserver* strokeObserver = nullptr;
+    StrokeInputListener* inputListener = nullptr;
+    DocumentJournal* journal = nullptr;
+
+    std::vector<DocumentObserver*> observers;
+    HistoryEntries entries;
+    uint64_t savedState = 0;
+    bool modified = false;
+    std::string historyProblem;
+    /// What the observers were last informed of.
+    std::vector<DocumentState::Level> notifiedLevels;
+    uint32_t notifiedLevel = 0;
+    std::vector<DocumentState::Layer> notifiedLayers;
+
+    std::atomic<std::thread::id> owner = std::this_thread::get_id();
+    /// Used on the owner thread only.
+    mutable bool isStateCurrent = false;
+    mutable std::atomic<std::shared_ptr<const DocumentState>> state;
+};
+
+}  // namespace trovik

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Changes of the sculpture: levels, history, layers, mask, transform.
+#include "framework/baking/MapDisplacement.h"
+#include "framework/document/Document.h"
+#include "framework/edits/LayerSteps.h"
+#include "framework/errors/HostError.h"
+#include "framework/multires/Steps.h"
+
+namespace trovik {
+
+void Document::Reset() {
+    RequireNoStroke("reset the mesh");
+    const Placement place = geometry->Place();
+    BuildGeometry(nullptr);
+    geometry->Place() = place;
+    entries.Restart();
+    geometry->ReportAll(0, SurfaceChange::Topology);
+    NotifyChanges();
+}
+
+void Document::PushLevels(std::unique_ptr<UndoStep> step) {
+    geometry->History().Push(std::move(step));
+    FollowLevel();
+    NotifyChanges();
+}
+
+void Document::Subdivide(uint64_t byteBudget, JobControl* job) {
+    RequireNoStroke("subdivide");
+    PushLevels(SubdivideAsStep(*geometry, byteBudget, job));
+}
+
+bool Document::DeleteLevels(bool lower, JobControl* job) {
+    RequireNoStroke("delete levels");
+    auto step = DeleteLevelsAsStep(*geometry, lower, job);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
+}
+
+void Document::Unsubdivide(JobControl* job) {
+    RequireNoStroke("unsubdivide");
+    PushLevels(UnsubdivideAsStep(*geometry, job));
+}
+
+bool Document::ApplyToBase(JobControl* job) {
+    RequireNoStroke("apply the level to the base");
+    auto step = ApplyToBaseAsStep(*geometry, job);
+    if (step == nullptr) return false;
+    PushLevels(std::move(step));
+    return true;
+}
+
+bool Document::BindLevel(uint32_t level, JobControl* job) {
+    RequireNoStroke("change the level");
+    if (level >= geometry->LevelCount()) return false;
+    if (level == geometry->BoundIndex()) return true;
+    PushLevels(BindLevelAsStep(*geometry, level, job));
+    return true;
+}
+
+// What a step that throws half-way has done to the surface counts, too.
+template <typename Steps>
+bool Document::WalkHistory(const char* work, const Steps& steps) {
+    RequireNoStroke(work);
+    bool moved = false;
+    try {
+        moved = steps(geometry->History());
+    } catch (...) {
+        FollowLevel();
+        NotifyChanges();
+        throw;
+    }
+    if (!moved) return false;
+    FollowLevel();
+    NotifyChanges();
+    return true;
+}
+
+bool Document::Undo() {
+    return WalkHistory("undo", [&](UndoHistory& history) { return history.Undo(*geometry); });
+}
+
+bool Document::Redo() {
+    return WalkHistory("redo", [&](UndoHistory& history) { return history.Redo(*geometry); });
+}
+
+bool Document::JumpTo(std::size_t position) {
+    const UndoHistory& history = geometry->History();
+    if (position > history.StepCount()) return false;
+    // The end of the list is never within a group.
+    while (position < history.StepCount() && position > 0 && history.Shell(position).joinPrevious)
+        --position;
+    WalkHistory("undo", [&](UndoHistory& steps) {
+        const std::size_t before = steps.Position();
+        while (steps.Position() > position) steps.Undo(*geometry);
+        while (steps.Position() < position) steps.Redo(*geometry);
+        return steps.Position() != before;
+    });
+    return true;
+}
+
+void Document::ClearHistory() {
+    RequireNoStroke("clear the history");
+    geometry->History().Clear();
+    NotifyChanges();
+}
+
+void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
+    if (step == nullptr) return;
+    try {
+        RequireNoStroke("change the mesh");
+    } catch (const HostError&) {
+        // Its work is done already, and would be a part of nothing that can be undone.
+        step->Apply(*geometry);
+        throw;
+    }
+    step->joinPrevious = join;
+    geometry->History().Push(std::move(step));
+    FollowLevel();
+    NotifyChanges();
+}
+
+uint32_t Document::MakeSymmetric(int axis, SymmetrySide model) {
+    RequireNoStroke("make the mesh symmetric");
+    const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
+    NotifyChanges();
+    return moved;
+}
+
+void Document::AddLayer(const std::string& name) {
+    RequireNoStroke("add a layer");
+    Push(AddLayerAsStep(*geometry, name));
+}
+
+bool Document::SelectLayer(const std::string& name) {
+    RequireNoStroke("change the active layer");
+    const auto layer = geometry->Layers().Find(*geometry->Bound(), name);
+    if (layer == nullptr && !name.empty()) return false;
+    Push(SelectLayerAsStep(*geometry, layer.get()));
+    return true;
+}
+
+void Document::SetLayerStrength(float strength) {
+    RequireNoStroke("change the layer");
+    SculptLayer::Properties given = ActiveLayer()->Given();
+    given.strength = strength;
+    Push(GiveLayerAsStep(*geometry, *ActiveLayer(), given));
+}
+
+void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
+    // The freeze brush holds the amounts of its stroke itself; a sculpting brush reads them again
+    // for each patch.
+    if (freezeLoop->IsActive()) RequireNoStroke("freeze");
+    auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);
+    if (step != nullptr) geometry->History().Push(std::move(step));
+    NotifyChanges();
+}
+
+bool Document::ChangeVisibility(VisibilityChange change, const FaceChoice& chosen) {
+    RequireNoStroke("hide faces");
+    auto step = ChangeVisibilityAsStep(*geometry, change, chosen);
+    if (step == nullptr) return false;
+    Push(std::move(step));
+    return true;
+}
+
+void Document::SetTransform(const Placement& place) {
+    RequireNoStroke("transform the mesh");
+    const Placement before = geometry->Place();
+    geometry->Place() = place;
+    Push(MakeTransformStep(*geometry, before));
+}
+
+void Document::Displace(const DisplacementOptions& options) {
+    RequireNoStroke("displace the surface");
+    DisplaceByMap(*geometry, options);
+    NotifyChanges();
+}
+
+void Document::RefreshSurface() {
+    RequireNoStroke("change the mesh");
+    geometry->Bound()->ComputeNormals();
+    geometry->ReportAll(geometry->BoundIndex(), SurfaceChange::Positions | SurfaceChange::Normals);
+}
+
+}  // namespace trovik

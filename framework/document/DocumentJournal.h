@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/strokes/StrokeInputListener.h"
+
+#include <string>
+
+namespace trovik {
+
+class JobControl;
+
+/// Records the strokes and saves of a Document, so that its work can be recovered after a crash.
+/// The document calls it; see Document::SetJournal.
+class TROVIK_API DocumentJournal : public StrokeInputListener {
+public:
+    /// A scene is complete in a temporary file, which replaces `scenePath` next.
+    /// \param job  of the save; null: nobody receives progress.
+    /// \throw HostError or Cancelled to cancel the save; the old scene then stays.
+    virtual void OnSceneWritten(const std::string& scenePath,
+                                const std::string& temporaryPath,
+                                JobControl* job) = 0;
+    /// The scene is saved. The journal can restart from it. Throws nothing.
+    virtual void OnSaved(const std::string& scenePath) = 0;
+
+protected:
+    ~DocumentJournal() = default;
+};
+
+}  // namespace trovik

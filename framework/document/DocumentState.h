@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/document/HistoryEntries.h"
+#include "framework/strokes/StrokePath.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// The values of a Document that panels show, at one moment. Immutable once published, so any
+/// thread may read it; see Document::State.
+struct DocumentState {
+    struct Level {
+        uint32_t vertices = 0;
+        uint32_t faces = 0;
+        bool operator==(const Level&) const = default;
+    };
+    /// The lowest first.
+    std::vector<Level> levels;
+    uint32_t currentLevel = 0;
+
+    struct Layer {
+        std::string name;
+        float strength = 1.0f;
+        bool visible = true;
+        /// False: locked against sculpting.
+        bool writable = true;
+        bool active = false;
+        bool operator==(const Layer&) const = default;
+    };
+    /// Of the current level, the lowest first.
+    std::vector<Layer> layers;
+
+    struct Tool {
+        std::string name;
+        /// World units; with `radiusPixels` above 0 that many pixels instead.
+        float radius = 0.0f;
+        float radiusPixels = 0.0f;
+        /// Fraction of the radius.
+        float spacing = 0.0f;
+        /// Percent.
+        float strength = 0.0f;
+        /// Name of the built-in curve; empty for a curve of the user's own.
+        std::string falloff;
+        /// Number of the direction, as in BrushOperation::Direction.
+        int direction = 0;
+        bool pressureControlsStrength = false;
+        bool pressureControlsSize = false;
+        bool usesFacing = false;
+        bool usesStamp = false;
+        std::string stampPath;
+    };
+    Tool tool;
+    /// Names of all tools, in the order of the plug-in.
+    std::vector<std::string> tools;
+
+    struct Symmetry {
+        /// See StrokeLoop::SetMirrors.
+        int mode = 0;
+        /// Applied with each dab, besides the dab itself.
+        uint32_t copies = 0;
+        bool topological = false;
+    };
+    Symmetry symmetry;
+    StrokeView view;
+
+    /// The oldest first. The first `historyPosition` entries are done, the others can be redone.
+    std::vector<HistoryEntry> history;
+    std::size_t historyPosition = 0;
+    /// In memory, and in the history's temporary file.
+    uint64_t historyBytes = 0;
+    uint64_t historyBytesOnDisk = 0;
+    /// Of the process: what all accounted arrays hold, and the limit; 0 for no limit.
+    int64_t memoryBytes = 0;
+    int64_t memoryLimit = 0;
+
+    bool isModified = false;
+    bool isStrokeOpen = false;
+    /// The mesh or scene file that was opened.
+    std::string sourcePath;
+    /// The scene that was opened or saved last; empty if there is none.
+    std::string scenePath;
+};
+
+}  // namespace trovik

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Tools, symmetry and camera, and the globals of the process that they use.
+#include "framework/brushes/StampFiles.h"
+#include "framework/document/Document.h"
+#include "framework/errors/HostError.h"
+#include "framework/nodes/HostKernel.h"
+
+#include <utility>
+
+namespace trovik {
+
+namespace {
+
+/// Combinations of mirrors have no mode of their own; any value but 0 to 3 and 7 will do.
+constexpr int severalCopies = 4;
+
+}  // namespace
+
+Document* Document::active = nullptr;
+
+Document::Activation::~Activation() {
+    if (active == &document) StoreGlobals();
+}
+
+void Document::StoreGlobals() {
+    if (active == nullptr) return;
+    HostScene& scene = *HostKernel::Instance().Scene();
+    active->facingActive = std::exchange(CheckableFloatArray::s_bActive, false);
+    active->camera = std::exchange(scene.OwnCamera().Place(), Placement());
+    scene.RemoveGeometry(active->geometry.get());
+    active = nullptr;
+}
+
+void Document::BecomeActive() {
+    StoreGlobals();
+    HostScene& scene = *HostKernel::Instance().Scene();
+    CheckableFloatArray::s_bActive = facingActive;
+    scene.OwnCamera().Place() = camera;
+    scene.AddGeometry(geometry.get());
+    active = this;
+}
+
+bool Document::SelectTool(const std::string& name) {
+    RequireNoStroke("change the tool");
+    Activate();
+    if (name == FreezeBrush::Tool()->Name().toStdString()) {
+        freezing = true;
+        RefreshStamp(*freezeBrush);
+        NoteToolChanged();
+        return true;
+    }
+    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+        BrushConfiguration* row = BrushOperation::Configuration(i);
+        if (row->BrushClass() != brush->RuntimeClass() || row->Name().toStdString() != name)
+            continue;
+        freezing = false;
+        BrushCall call(BrushCall::SetActiveConfiguration, *brush);
+        call.configuration = row;
+        Observed(strokeObserver, call, [&] { brush->SetActiveConfiguration(row); });
+        RefreshStamp(*brush);
+        NoteToolChanged();
+        return true;
+    }
+    return false;
+}
+
+std::vector<std::string> Document::ToolNames() const {
+    std::vector<std::string> names;
+    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+        const BrushConfiguration* row = BrushOperation::Configuration(i);
+        if (row->BrushClass() == brush->RuntimeClass()) names.push_back(row->Name().toStdString());
+    }
+    names.push_back(FreezeBrush::Tool()->Name().toStdString());
+    return names;
+}
+
+void Document::SetMirrors(const MirrorSetting& setting) {
+    RequireNoStroke("change the mirrors");
+    std::vector<Matrix> maps = MirrorMaps(setting);
+    if (maps.size() > mostMirrorMaps) {
+        throw HostError("the mirrors would make " + std::to_string(maps.size() + 1) +
+                        " copies of each dab; the most is " + std::to_string(mostMirrorMaps + 1));
+    }
+    geometry->ForgetMirror();
+    settings.mirrorMaps = std::move(maps);
+    const bool onePlane = setting.copies == 1 && setting.planes.size() == 1;
+    settings.mirrorMode = settings.mirrorMaps.empty() ? static_cast<int>(MirrorConfiguration::Off)
+                          : onePlane                  ? setting.planes[0] + 1
+                                                      : severalCopies;
+    PlaceMirrors();
+    NoteToolChanged();
+}
+
+void Document::SetTopologicalMirror() {
+    RequireNoStroke("change the mirrors");
+    if (!geometry->FindMirror())
+        throw HostError(path +
+                        ": the mesh has no topological mirror: its faces do not hang "
+                        "together alike left and right");
+    settings.mirrorMaps.clear();
+    settings.mirrorMode = MirrorConfiguration::Topological;
+    PlaceMirrors();
+    NoteToolChanged();
+}
+
+void Document::UpdateCamera() {
+    Activate();
+    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(settings.view.ToWorld());
+    NotifyCamera();
+}
+
+}  // namespace trovik

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Api.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+class UndoHistory;
+class UndoStep;
+
+/// One undo step as a history panel shows it.
+struct HistoryEntry {
+    std::string label;
+    /// The tool that was active when the step was made.
+    std::string tool;
+    std::chrono::system_clock::time_point time;
+    /// As it is stored now: open, compressed or on disk.
+    uint64_t bytes = 0;
+    /// Undone and redone together with the step before.
+    bool joinsPrevious = false;
+};
+
+/// Records tool and time of the steps of an UndoHistory and identifies its states by numbers.
+/// Update is called after every change of the history; it costs O(steps), at a few nanoseconds per
+/// step.
+class TROVIK_API HistoryEntries {
+public:
+    /// Steps that are new since the last call get this tool and the present time.
+    /// \return whether steps or position changed since the last call.
+    bool Update(const UndoHistory& history, const std::string& tool);
+    /// The sculpture was replaced without a step: its state is a new one, and no step is known.
+    void Restart();
+    /// One entry per step, the oldest first.
+    std::vector<HistoryEntry> List(const UndoHistory& history) const;
+    /// A number for the present state of the sculpture: equal numbers mean the same state, also
+    /// when steps were undone and redone in between.
+    uint64_t StateNumber() const;
+
+private:
+    struct Known {
+        const UndoStep* step;
+        uint64_t number;
+        std::string tool;
+        std::chrono::system_clock::time_point time;
+    };
+    std::vector<Known> known;
+    std::size_t position = 0;
+    /// State before the oldest step.
+    uint64_t oldestState = 0;
+    uint64_t lastNumber = 0;
+};
+
+}  // namespace trovik

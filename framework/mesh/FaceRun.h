@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace trovik {
+
+/// Bit of Mesh::faceFlags that only the host reads: the face is hidden.
+inline constexpr uint8_t faceIsHidden = 4;
+
+/// Consecutive faces of a level. Patches are consecutive, so few runs describe most selections.
+struct FaceRun {
+    uint32_t first = 0;
+    uint32_t count = 0;
+
+    bool operator==(const FaceRun&) const = default;
+};
+
+/// Appends `count` faces from `first` on, which lie behind all that are in the list.
+inline void AppendFaces(std::vector<FaceRun>& runs, uint32_t first, uint32_t count) {
+    if (!runs.empty() && runs.back().first + runs.back().count == first)
+        runs.back().count += count;
+    else
+        runs.push_back({first, count});
+}
+
+/// Number of faces in the runs.
+inline uint64_t FacesIn(const std::vector<FaceRun>& runs) {
+    uint64_t faces = 0;
+    for (const FaceRun& run : runs) faces += run.count;
+    return faces;
+}
+
+}  // namespace trovik

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Vector.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace trovik {
+
+/// An older state of one value per vertex of a level: the values of those vertices that were
+/// written since. All others still have the value that they had.
+///
+/// Memory: the values noted, one bit for each vertex up to the highest noted one, and after Sort
+/// half a bit more.
+template <typename Value>
+class OlderValues {
+public:
+    /// False: no state is kept, and Note does nothing.
+    bool IsKept() const { return kept; }
+    /// Keeps the present state from now on; no effect while a state is kept already.
+    void Keep() { kept = true; }
+    void Drop() { *this = OlderValues(); }
+
+    /// To be called before a vertex is written. Only the first call for each vertex counts.
+    void Note(uint32_t vertex, const Value& value) {
+        if (!kept) return;
+        const std::size_t word = vertex / wordBits;
+        const uint64_t bit = uint64_t{1} << (vertex % wordBits);
+        if (word >= marks.size()) marks.resize(word + 1);
+        if ((marks[word] & bit) != 0) return;
+        marks[word] |= bit;
+        isSorted = false;
+        vertices.push_back(vertex);
+        values.push_back(value);
+    }
+
+    /// Brings the lists into the order of the vertices. Cost: the vertices noted, and one word for
+    /// each 64 of the level.
+    void Sort();
+    /// The value noted; null for a vertex that was not written. Needs Sort after the last Note.
+    const Value* Find(uint32_t vertex) const {
+        const std::size_t word = vertex / wordBits;
+        if (word >= marks.size()) return nullptr;
+        const uint64_t bit = uint64_t{1} << (vertex % wordBits);
+        if ((marks[word] & bit) == 0) return nullptr;
+        return &values[firstOfWord[word] +
+                       static_cast<uint32_t>(std::popcount(marks[word] & (bit - 1)))];
+    }
+
+    /// The vertices noted, each once, and their values.
+    const std::vector<uint32_t>& Vertices() const { return vertices; }
+    const std::vector<Value>& Values() const { return values; }
+    /// Vertex v has become vertex map[v].
+    void Renumber(const std::vector<uint32_t>& map);
+
+private:
+    static constexpr std::size_t wordBits = 64;
+    bool kept = false;
+    bool isSorted = true;
+    std::vector<uint64_t> marks;
+    /// Of each word of marks the number of vertices before it; as of the last Sort.
+    std::vector<uint32_t> firstOfWord;
+    std::vector<uint32_t> vertices;
+    std::vector<Value> values;
+};
+
+template <typename Value>
+void OlderValues<Value>::Sort() {
+    if (isSorted) return;
+    isSorted = true;
+    firstOfWord.resize(marks.size());
+    uint32_t count = 0;
+    std::vector<uint32_t> ascending;
+    ascending.reserve(vertices.size());
+    for (std::size_t word = 0; word < marks.size(); ++word) {
+        firstOfWord[word] = count;
+        for (uint64_t rest = marks[word]; rest != 0; rest &= rest - 1, ++count) {
+            const auto bit = static_cast<std::size_t>(std::countr_zero(rest));
+            ascending.push_back(static_cast<uint32_t>(word * wordBits + bit));
+        }
+    }
+    std::vector<Value> sorted(values.size());
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        const std::size_t word = vertices[i] / wordBits;
+        const uint64_t below = (uint64_t{1} << (vertices[i] % wordBits)) - 1;
+        sorted[firstOfWord[word] + static_cast<uint32_t>(std::popcount(marks[word] & below))] =
+            values[i];
+    }
+    vertices = std::move(ascending);
+    values = std::move(sorted);
+}
+
+template <typename Value>
+void OlderValues<Value>::Renumber(const std::vector<uint32_t>& map) {
+    OlderValues renumbered;
+    renumbered.kept = kept;
+    for (std::size_t i = 0; i < vertices.size(); ++i) renumbered.Note(map[vertices[i]], values[i]);
+    *this = std::move(renumbered);
+}
+
+/// The states of a level as its neighbours last saw it: positions, mesh-local, and freeze amounts.
+struct OlderStates {
+    OlderValues<Vector> fromAbove;
+    OlderValues<Vector> fromBelow;
+    OlderValues<uint8_t> freezeFromAbove;
+    OlderValues<uint8_t> freezeFromBelow;
+
+    /// The vertices noted, summed over the four states.
+    std::size_t NotedCount() const {
+        return fromAbove.Vertices().size() + fromBelow.Vertices().size() +
+               freezeFromAbove.Vertices().size() + freezeFromBelow.Vertices().size();
+    }
+    bool KeepsPositions() const { return fromAbove.IsKept() || fromBelow.IsKept(); }
+    bool KeepsFreeze() const { return freezeFromAbove.IsKept() || freezeFromBelow.IsKept(); }
+    void NotePosition(uint32_t vertex, const Vector& position) {
+        fromAbove.Note(vertex, position);
+        fromBelow.Note(vertex, position);
+    }
+    void NoteFreeze(uint32_t vertex, uint8_t amount) {
+        freezeFromAbove.Note(vertex, amount);
+        freezeFromBelow.Note(vertex, amount);
+    }
+};
+
+}  // namespace trovik

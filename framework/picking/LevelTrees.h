@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/picking/PatchTree.h"
+
+#include <memory>
+#include <vector>
+
+namespace trovik {
+
+/// The pick trees of a geometry's levels. A tree is built when its level is first needed and then
+/// kept, following the changes of its level, so that switching levels back and forth builds
+/// nothing.
+class TROVIK_API LevelTrees {
+public:
+    /// Borrows the geometry.
+    explicit LevelTrees(LevelGeometry& ofGeometry) : geometry(ofGeometry) {}
+
+    /// The tree of the bound level. Valid until the next call after levels were added or removed.
+    /// Drops the trees of levels that are not there any more, or lie on another level 0.
+    /// \throw Cancelled while a tree is built.
+    PatchTree& OfBound(JobControl* job = nullptr);
+    /// Memory of all trees.
+    uint64_t Bytes() const;
+
+private:
+    LevelGeometry& geometry;
+    std::vector<std::unique_ptr<PatchTree>> trees;
+};
+
+}  // namespace trovik

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/script/CommandContext.h"
+#include "framework/script/CommandFields.h"
+#include "framework/script/FieldFault.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// Whether a command can run while a stroke is open.
+enum class DuringStroke { Refused, Allowed };
+
+/// How a command moves in the undo history.
+enum class HistoryUse { None, Undo, Redo };
+
+/// A file that a command reads. The journal stores its whole path.
+struct CommandInput {
+    enum Recorded {
+        /// The journal records the content before the command runs.
+        BeforeCommand,
+        /// The same, unless the run itself has written the file: then it is written again when the
+        /// work is repeated.
+        UnlessWritten,
+        /// When a stroke uses it.
+        WhenUsed
+    };
+    /// JSON pointer within the parameters; empty for the parameters themselves. May be missing.
+    const char* pointer;
+    Recorded recorded = BeforeCommand;
+};
+
+/// What scripts, journal and interactive clients have to know of a command.
+struct CommandTraits {
+    /// The field of a step that holds the parameters.
+    const char* name;
+    DuringStroke duringStroke = DuringStroke::Refused;
+    /// False for a command that changes neither sculpture nor settings.
+    bool isJournaled = true;
+    bool writesFiles = false;
+    /// Calls the brush. A trace ends with the last of these.
+    bool callsBrush = false;
+    /// Runs before the other commands of its step.
+    bool isFirst = false;
+    HistoryUse history = HistoryUse::None;
+    std::vector<CommandInput> inputs = {};
+};
+
+/// A command with its parameters as JSON: a row of the table of commands.
+struct CommandEntry {
+    CommandTraits traits;
+    /// Runs the command. \throw HostError.
+    std::function<void(CommandContext&, const FieldReader& parameters)> run;
+    /// Checks parameters and files without changing the sculpture. Calls `report` for every fault,
+    /// as part of the error that it describes.
+    using Report = std::function<void(const std::function<void()>& check)>;
+    std::function<void(CommandContext&, const FieldReader& parameters, const Report& report)> check;
+    /// Called for every step of a script before the first one runs; may be empty.
+    std::function<void(CommandContext&, const FieldReader& parameters)> prepare;
+    /// The parameters, read and written again.
+    std::function<nlohmann::json(const FieldReader& parameters)> rewrite;
+    /// The alternatives that the parameters accept; see FieldValue.
+    std::function<nlohmann::json()> describe;
+};
+
+/// All commands: those that run before the others of their step, then by name.
+TROVIK_API const std::vector<CommandEntry>& Commands();
+/// Null for an unknown name.
+TROVIK_API const CommandEntry* FindCommand(const std::string& name);
+
+/// Registers a command, as a constant of its file:
+///
+///     const CommandRegistration<int> undo({.name = "undo", .history = HistoryUse::Undo}, Undo);
+///
+/// `Parameters` is a type that FieldValue supports.
+template <typename Parameters>
+class CommandRegistration {
+public:
+    using Function = void (*)(CommandContext& context, const Parameters& parameters);
+
+    /// \param run  does the work by the context's document. Errors of parameters are FieldFault.
+    /// \param check  checks what needs no sculpting: names, files, conflicts between fields; null
+    /// if reading the parameters is enough.
+    /// \param prepare  see CommandEntry.
+    CommandRegistration(CommandTraits traits,
+                        Function run,
+                        Function check = nullptr,
+                        Function prepare = nullptr);
+
+    /// The same with a check that reports several faults.
+    CommandRegistration(CommandTraits traits,
+                        Function run,
+                        void (*check)(CommandContext& context,
+                                      const FieldReader& parameters,
+                                      const CommandEntry::Report& report));
+};
+
+/// Adds a row to the table. Called while the library is loaded.
+void RegisterCommand(CommandEntry entry);
+
+namespace commands {
+
+template <typename Parameters>
+auto WithParameters(void (*function)(CommandContext&, const Parameters&)) {
+    return [function](CommandContext& context, const FieldReader& from) {
+        const auto parameters = ReadField<Parameters>(from);
+        AtParameters(from, [&] {
+            if (function != nullptr) function(context, parameters);
+        });
+    };
+}
+
+template <typename Parameters>
+CommandEntry EntryOf(CommandTraits traits, void (*run)(CommandContext&, const Parameters&)) {
+    CommandEntry entry;
+    entry.traits = std::move(traits);
+    entry.run = WithParameters<Parameters>(run);
+    entry.rewrite = [](const FieldReader& from) {
+        return FieldValue<Parameters>::Write(ReadField<Parameters>(from));
+    };
+    entry.describe = &FieldValue<Parameters>::Describe;
+    return entry;
+}
+
+}  // namespace commands
+
+template <typename Parameters>
+CommandRegistration<Parameters>::CommandRegistration(CommandTraits traits,
+                                                     Function run,
+                                                     Function check,
+                                                     Function prepare) {
+    CommandEntry entry = commands::EntryOf<Parameters>(std::move(traits), run);
+    entry.check = [once = commands::WithParameters<Parameters>(check)](
+                      CommandContext& context,
+                      const FieldReader& from,
+                      const CommandEntry::Report& report) { report([&] { once(context, from); }); };
+    if (prepare != nullptr) entry.prepare = commands::WithParameters<Parameters>(prepare);
+    RegisterCommand(std::move(entry));
+}
+
+template <typename Parameters>
+CommandRegistration<Parameters>::CommandRegistration(CommandTraits traits,
+                                                     Function run,
+                                                     void (*check)(CommandContext&,
+                                                                   const FieldReader&,
+                                                                   const CommandEntry::Report&)) {
+    CommandEntry entry = commands::EntryOf<Parameters>(std::move(traits), run);
+    entry.check = check;
+    RegisterCommand(std::move(entry));
+}
+
+}  // namespace trovik

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/CommandRunner.h"
+
+#include "framework/errors/Cancelled.h"
+#include "framework/json/JsonText.h"
+#include "framework/script/Command.h"
+#include "framework/script/ScriptDocument.h"
+
+namespace trovik {
+
+namespace {
+
+/// Calls `visit` with the commands of a step and their parameters, in the order in which they run.
+template <typename Visit>
+void ForEachCommand(const FieldReader& step, const Visit& visit) {
+    for (const CommandEntry& entry : Commands())
+        if (step.Has(entry.traits.name)) visit(entry, step.At(entry.traits.name));
+}
+
+bool IsJournaled(const FieldReader& step) {
+    bool journaled = true;
+    ForEachCommand(step, [&](const CommandEntry& entry, const FieldReader&) {
+        journaled = journaled && entry.traits.isJournaled;
+    });
+    return journaled;
+}
+
+/// What the brush throws becomes the one line that users see.
+std::string TextOf(Error* error) {
+    std::string text = error->Message().toStdString();
+    Error::Dispose(error);
+    return text;
+}
+
+}  // namespace
+
+CommandRunner::CommandRunner(Document& document, CommandOptions options)
+    : name(options.name),
+      endsOpenStroke(options.endsOpenStroke),
+      files(options.name, options.outputFolder),
+      context(document, files, std::move(options.progress)) {
+    files.AllowOutside(options.outsideAllowed);
+}
+
+void CommandRunner::StartJournal(const JournalOptions& options, const nlohmann::json& setup) {
+    journal = std::make_unique<JournalRecorder>(
+        options, context.document, setup, name, files, context.Job());
+}
+
+void CommandRunner::Do(const nlohmann::json& step) {
+    nlohmann::json clean = step;
+    RemoveComments(clean);
+    // It had only a comment.
+    if (clean.is_object() && clean.empty()) return;
+    CheckStep(clean, name);
+    Do(FieldReader(clean, name, ""));
+    ReportProblems();
+}
+
+void CommandRunner::Do(const FieldReader& step) {
+    context.warnings.clear();
+    // It had only a comment.
+    if (step.Size() == 0) return;
+    EndOpenStroke(step);
+    const bool isJournaled = journal != nullptr && IsJournaled(step);
+    if (isJournaled) journal->BeginStep(step.Json());
+    const auto end = [&](bool failed) {
+        if (isJournaled) journal->EndStep(failed);
+    };
+    try {
+        CheckOpenStroke(step);
+        Run(step);
+    } catch (Error* error) {
+        const std::string text = TextOf(error);
+        end(true);
+        step.Fail(text);
+    } catch (const Cancelled&) {
+        // The step did not fail: it is one that was not finished, as after a crash.
+        throw;
+    } catch (...) {
+        end(true);
+        throw;
+    }
+    end(false);
+}
+
+void CommandRunner::Run(const FieldReader& step) {
+    ForEachCommand(step, [&](const CommandEntry& entry, const FieldReader& parameters) {
+        context.document.AnnounceCommand(entry.traits.name);
+        entry.run(context, parameters);
+    });
+}
+
+void CommandRunner::SetUp(const std::string& command, const FieldReader& parameters) {
+    FindCommand(command)->run(context, parameters);
+}
+
+void CommandRunner::Prepare(const FieldReader& step) {
+    ForEachCommand(step, [&](const CommandEntry& entry, const FieldReader& parameters) {
+        if (entry.prepare) entry.prepare(context, parameters);
+    });
+}
+
+void CommandRunner::Check(const FieldReader& step,
+                          const std::function<void(const std::function<void()>&)>& report) {
+    report([&] { CheckOpenStroke(step); });
+    ForEachCommand(step, [&](const CommandEntry& entry, const FieldReader& parameters) {
+        entry.check(context, parameters, report);
+    });
+}
+
+// Before the step begins, so that the journal has the end of the stroke before it.
+void CommandRunner::EndOpenStroke(const FieldReader& step) {
+    if (!endsOpenStroke || !context.IsStrokeOpen()) return;
+    bool isRefused = false;
+    ForEachCommand(step, [&](const CommandEntry& entry, const FieldReader&) {
+        isRefused = isRefused || entry.traits.duringStroke == DuringStroke::Refused;
+    });
+    if (isRefused) context.document.Loop().End([this] { context.ThrowIfCancelled(); });
+}
+
+void CommandRunner::CheckOpenStroke(const FieldReader& step) const {
+    if (!context.IsStrokeOpen()) return;
+    ForEachCommand(step, [](const CommandEntry& entry, const FieldReader& parameters) {
+        if (entry.traits.duringStroke == DuringStroke::Refused)
+            parameters.Fail(
+                "a stroke is open; end it first with {\"stroke\": {\"continue\": true}}");
+    });
+}
+
+void CommandRunner::ReportProblems() {
+    // Steps that cannot be moved to disk stay in memory: undo is complete, so this is no warning.
+    const ScriptProgress& progress = context.progress;
+    const std::string ofHistory = context.document.TakeHistoryProblem();
+    if (!ofHistory.empty() && progress.message) progress.message(ofHistory);
+    const std::string ofJournal = journal == nullptr ? std::string() : journal->TakeProblem();
+    if (ofJournal.empty()) return;
+    const auto& warn = progress.warning ? progress.warning : progress.message;
+    if (warn) warn(ofJournal);
+    context.document.ReportProblem(ofJournal);
+}
+
+void CommandRunner::Close() {
+    context.document.Loop().End();
+    if (journal != nullptr) journal->Close();
+    ReportProblems();
+}
+
+}  // namespace trovik

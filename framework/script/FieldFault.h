@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/errors/HostError.h"
+#include "framework/script/FieldReader.h"
+
+#include <string>
+
+namespace trovik {
+
+/// A parameter that a command does not accept. CommandRunner turns it into a HostError that names
+/// the script, the JSON pointer of the parameter and the reason.
+class FieldFault : public HostError {
+public:
+    /// \param relative  JSON pointer within the command's parameters, such as "/stamp/path"; empty
+    /// for the parameters as a whole.
+    FieldFault(std::string relative, const std::string& reason)
+        : HostError(reason), pointer(std::move(relative)) {}
+
+    const std::string& Pointer() const { return pointer; }
+
+private:
+    std::string pointer;
+};
+
+/// Runs work whose errors are faults of one parameter.
+template <typename Work>
+auto AtField(const std::string& pointer, const Work& work) {
+    try {
+        return work();
+    } catch (const FieldFault&) {
+        throw;
+    } catch (const HostError& error) {
+        throw FieldFault(pointer, error.what());
+    }
+}
+
+/// Runs work on parameters that were read from `parameters`, and adds their place to its faults.
+template <typename Work>
+void AtParameters(const FieldReader& parameters, const Work& work) {
+    try {
+        work();
+    } catch (const FieldFault& fault) {
+        parameters.FailAt(fault.Pointer(), fault.what());
+    }
+}
+
+}  // namespace trovik

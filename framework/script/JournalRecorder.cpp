@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/JournalRecorder.h"
+
+#include "framework/brushes/BrushSettings.h"
+#include "framework/brushes/StampFiles.h"
+#include "framework/errors/HostError.h"
+#include "framework/nodes/PreferenceFile.h"
+#include "framework/script/Command.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+namespace trovik {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What a scene does not hold and the steps depend on.
+constexpr const char* besideTheScene[] = {
+    "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
+
+std::string Absolute(const std::string& path) {
+    std::error_code failed;
+    const fs::path absolute = fs::absolute(path, failed);
+    return failed ? path : absolute.lexically_normal().string();
+}
+
+/// All preferences as they are, since they may be others where the work is done again.
+nlohmann::json PresentPreferences() {
+    nlohmann::json values = nlohmann::json::object();
+    for (const std::string& key : PreferenceKeys()) {
+        const std::string text = FindPreference(key)->AsString().toStdString();
+        const nlohmann::json value = nlohmann::json::parse(text, nullptr, false);
+        if (value.is_boolean() || value.is_number()) values[key] = value;
+    }
+    return values;
+}
+
+std::string ProgramName() { return std::string("trovik ") + TROVIK_VERSION; }
+
+std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
+
+}  // namespace
+
+JournalBase JournalRecorder::MakeBase(Document& document,
+                                      const nlohmann::json& setup,
+                                      const std::string& script,
+                                      const ScriptFiles& files,
+                                      JobControl* job) {
+    JournalBase base;
+    base.output = Absolute(files.OutputFolder());
+    base.outsideAllowed = files.IsOutsideAllowed();
+    base.program = ProgramName();
+    base.script = Absolute(script);
+    base.source = Absolute(document.MeshPath());
+    base.content = HashFile(base.source, job);
+    base.setup = setup;
+    base.setup.erase("steps");
+    base.setup[setup.contains("scene") ? "scene" : "mesh"] = base.source;
+    base.setup["preferences"] = PresentPreferences();
+    return base;
+}
+
+JournalRecorder::JournalRecorder(const JournalOptions& options,
+                                 Document& edited,
+                                 const nlohmann::json& scriptSetup,
+                                 const std::string& scriptPath,
+                                 const ScriptFiles& scriptFiles,
+                                 JobControl* job)
+    : document(edited),
+      setup(scriptSetup),
+      script(scriptPath),
+      files(scriptFiles),
+      journal(options, MakeBase(edited, scriptSetup, scriptPath, scriptFiles, job)) {
+    document.SetJournal(this);
+    MarkHistory();
+}
+
+JournalRecorder::~JournalRecorder() { document.SetJournal(nullptr); }
+
+void JournalRecorder::MarkHistory() {
+    const UndoHistory& history = document.Geometry().History();
+    newestAtStart = history.Position() == 0 ? nullptr : &history.Shell(history.Position() - 1);
+    redoFromBefore = history.CanRedo();
+}
+
+void JournalRecorder::BeginStep(const nlohmann::json& step) {
+    totalsBefore = document.Totals();
+    historyBefore = document.Geometry().History().Position();
+    undoes = false;
+    redoes = false;
+    nlohmann::json whole;
+    for (const CommandEntry& entry : Commands()) {
+        if (!step.contains(entry.traits.name)) continue;
+        undoes = undoes || entry.traits.history == HistoryUse::Undo;
+        redoes = redoes || entry.traits.history == HistoryUse::Redo;
+        for (const CommandInput& input : entry.traits.inputs)
+            NoteInput(step, entry.traits.name, input, whole);
+    }
+    journal.BeginStep(whole.is_null() ? step : whole);
+}
+
+// Whole paths, since a name alone can mean another file when the work is done again: what this run
+// has written need not be there then.
+void JournalRecorder::NoteInput(const nlohmann::json& step,
+                                const std::string& command,
+                                const CommandInput& input,
+                                nlohmann::json& whole) {
+    const nlohmann::json::json_pointer pointer("/" + command + input.pointer);
+    if (!step.contains(pointer) || !step.at(pointer).is_string()) return;
+    const auto name = step.at(pointer).get<std::string>();
+    const std::vector<std::string> candidates = files.Candidates(name);
+    const auto found =
+        std::find_if(candidates.begin(), candidates.end(), [](const std::string& file) {
+            std::error_code ignored;
+            return fs::exists(file, ignored);
+        });
+    // A file that is missing fails the step, unless it is one of the installed stamps.
+    if (found == candidates.end()) return;
+    const bool isWrittenAgain =
+        input.recorded == CommandInput::UnlessWritten && files.IsWritten(name);
+    if (input.recorded != CommandInput::WhenUsed && !isWrittenAgain) NoteFile(*found);
+    if (whole.is_null()) whole = step;
+    whole.at(pointer) = Absolute(*found);
+}
+
+StepEnd JournalRecorder::Ended(bool failed) const {
+    StepEnd end{};
+    end.failed = failed ? 1 : 0;
+    end.vertices = document.Totals().verticesMoved - totalsBefore.verticesMoved;
+    const UndoHistory& history = document.Geometry().History();
+    if (history.Position() > historyBefore)
+        end.undoBytes = history.StepBytes(history.Position() - 1);
+    return end;
+}
+
+void JournalRecorder::EndStep(bool failed) {
+    const UndoHistory& history = document.Geometry().History();
+    if (!history.CanRedo() && !redoes) redoFromBefore = false;
+    if (LeftItsHistory())
+        EndStepBySnapshot(Ended(failed), history.NextLabel());
+    else
+        journal.EndStep(Ended(failed), history.NextLabel());
+}
+
+bool JournalRecorder::LeftItsHistory() const {
+    if (redoes && redoFromBefore) return true;
+    if (!undoes || newestAtStart == nullptr) return false;
+    const UndoHistory& history = document.Geometry().History();
+    for (std::size_t i = history.Position(); i < history.StepCount(); ++i)
+        if (&history.Shell(i) == newestAtStart) return true;
+    return false;
+}
+
+JournalBase JournalRecorder::BaseFrom(const JournalFile& scene) {
+    nlohmann::json reduced = nlohmann::json::object();
+    for (const char* field : besideTheScene)
+        if (setup.contains(field)) reduced[field] = setup.at(field);
+    reduced["scene"] = scene.path;
+    reduced["preferences"] = PresentPreferences();
+    setup = reduced;
+    return {Absolute(script),
+            setup,
+            scene.path,
+            scene.content,
+            ProgramName(),
+            {},
+            Absolute(files.OutputFolder()),
+            files.IsOutsideAllowed()};
+}
+
+void JournalRecorder::StartedAnew() {
+    knownFiles.clear();
+    MarkHistory();
+}
+
+void JournalRecorder::OnSceneWritten(const std::string& scenePath,
+                                     const std::string& temporaryPath,
+                                     JobControl* job) {
+    if (!journal.IsAlive()) return;
+    saved = {Absolute(scenePath), HashFile(temporaryPath, job)};
+    journal.Saved(saved);
+}
+
+// Whatever moment the process ends at, the old scene with the old journal or the new scene with
+// either restores everything.
+void JournalRecorder::OnSaved(const std::string&) {
+    if (!journal.IsAlive()) return;
+    journal.StartAnew(BaseFrom(saved));
+    StartedAnew();
+    if (snapshot.empty() || !journal.IsAlive()) return;
+    std::error_code ignored;
+    fs::remove(snapshot, ignored);
+    snapshot.clear();
+}
+
+void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& label) {
+    const std::string before = snapshot;
+    JournalFile scene{Absolute(journal.Path() + "." + std::to_string(++snapshots) + ".trovik"), {}};
+    try {
+        if (journal.IsAlive()) {
+            document.WriteScene(scene.path);
+            scene.content = HashFile(scene.path);
+            snapshot = scene.path;
+        }
+    } catch (const HostError& error) {
+        journal.GiveUp(error.what());
+    }
+    journal.EndStepAnew(end, label, BaseFrom(scene));
+    StartedAnew();
+    if (before.empty() || before == snapshot || !journal.IsAlive()) return;
+    std::error_code ignored;
+    fs::remove(before, ignored);
+}
+
+void JournalRecorder::Close() { journal.Close(); }
+
+// A stamp that is another file by the time the work is done again would give other bits.
+void JournalRecorder::NoteStamp() {
+    const BrushOperation::Private& settings = document.Brush().Settings();
+    if (!settings.stamp.enabled || settings.stamp.path.isEmpty()) return;
+    const auto file = FindStampFile(settings.stamp.path.toStdString());
+    if (!file) return;
+    NoteFile(*file);
+}
+
+void JournalRecorder::NoteFile(const std::string& name) {
+    const std::string path = Absolute(name);
+    if (std::find(knownFiles.begin(), knownFiles.end(), path) != knownFiles.end()) return;
+    knownFiles.push_back(path);
+    try {
+        journal.Stamp({path, HashFile(path)});
+    } catch (const HostError& error) {
+        journal.GiveUp(error.what());
+    }
+}
+
+void JournalRecorder::OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) {
+    NoteStamp();
+    if (journal.IsInStep()) return;
+    totalsBefore = document.Totals();
+    historyBefore = document.Geometry().History().Position();
+    journal.BeginStroke(
+        {seed, document.Settings().strokesBegun, static_cast<uint32_t>(modifier), 0},
+        document.Geometry().History().NextLabel());
+}
+
+void JournalRecorder::OnDab(const StrokeDab& dab, bool failed) {
+    if (journal.IsInStep()) {
+        if (!failed) journal.DabDone();
+        return;
+    }
+    StrokeInput input{};
+    input.face = dab.hit.face;
+    input.flags =
+        (dab.keepPlace ? StrokeInput::keepsPlace : 0) | (failed ? StrokeInput::failed : 0);
+    input.hitPosition = Three(dab.hit.position);
+    input.hitNormal = Three(dab.hit.normal);
+    input.position = Three(dab.position);
+    input.heading = Three(dab.heading);
+    input.stampTop = Three(dab.stampTop);
+    input.size = dab.size;
+    input.pressure = dab.pressure;
+    input.strength = dab.strength;
+    journal.StrokeDab(input);
+}
+
+void JournalRecorder::OnWholeMesh(float strength, bool byFacing) {
+    if (journal.IsInStep())
+        journal.DabDone();
+    else
+        journal.WholeMesh({strength, byFacing ? 1u : 0u});
+}
+
+void JournalRecorder::OnPutBack() {
+    if (!journal.IsInStep()) journal.PutBack();
+}
+
+void JournalRecorder::OnStrokeEnded(bool brokenOff) {
+    if (journal.IsInStep()) return;
+    journal.EndStroke(Ended(brokenOff), document.Geometry().History().NextLabel());
+    redoFromBefore = redoFromBefore && document.Geometry().History().CanRedo();
+}
+
+}  // namespace trovik

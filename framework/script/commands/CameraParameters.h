@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/script/Command.h"
+
+namespace trovik {
+
+/// Parameters of a camera; what is missing stays as it is.
+struct CameraParameters {
+    std::optional<int> width;
+    std::optional<int> height;
+    /// Degrees from top to bottom.
+    std::optional<float> fieldOfView;
+    std::optional<Vector> eye;
+    std::optional<Vector> target;
+    std::optional<Vector> up;
+    /// Without `eye`: direction from the mesh to the eye; the whole mesh is framed.
+    std::optional<Vector> from;
+
+    template <typename Visitor>
+    void Fields(Visitor& visit) {
+        visit("width", width);
+        visit("height", height);
+        visit("fieldOfView", fieldOfView);
+        visit("eye", eye);
+        visit("target", target);
+        visit("up", up);
+        visit("from", from);
+    }
+};
+
+/// \param frames  of the turntable that starts with this view; 1 for a single render.
+/// \param pointer  of the parameters, for faults.
+StrokeView ViewOf(const CommandContext& context,
+                  const CameraParameters& camera,
+                  StrokeView view,
+                  const std::string& pointer,
+                  int frames = 1);
+
+}  // namespace trovik

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// What a "freeze" command chooses.
+#include "framework/freeze/FreezeCurvature.h"
+#include "framework/freeze/FreezeParts.h"
+#include "framework/script/commands/FreezeParameters.h"
+
+namespace trovik {
+
+namespace {
+
+/// The radius of curvature that "cavity" looks for, as a fraction of the mesh's diagonal.
+constexpr float cavityFraction = 0.02f;
+
+ViewPlace PlaceOf(const std::array<float, 2>& numbers) { return {numbers[0], numbers[1]}; }
+
+ViewBox BoxOf(const std::array<float, 4>& numbers) {
+    return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
+}
+
+std::vector<float> OfImage(CommandContext& context, const FreezeImage& image, ViewReach reach) {
+    Document& document = context.document;
+    const FloatImage read = ReadFreezeImage(context, image.file);
+    const StrokeView& view = document.View();
+    ViewBox over{{0.0f, 0.0f}, {static_cast<float>(view.width), static_cast<float>(view.height)}};
+    if (image.over) over = BoxOf(*image.over);
+    const ViewImage shown(read,
+                          image.channel.value_or(ViewImage::Channel::Luminance),
+                          image.invert.value_or(false),
+                          over);
+    return SharesInView(
+        document.Geometry(), document.Tree(), view, reach, [&shown](const ViewPlace& place) {
+            return shown.ShareAt(place);
+        });
+}
+
+std::vector<float> OfCavity(const CommandContext& context, const FreezeCavity& cavity) {
+    CurvatureRange range;
+    const CavitySign sign = cavity.sign.value_or(CavitySign::Cavity);
+    if (sign == CavitySign::Ridge) range.sign = BendSign::Ridge;
+    if (sign == CavitySign::Both) range.sign = BendSign::Both;
+    range.size = cavity.size ? *cavity.size : context.Diagonal() * cavityFraction;
+    range.from = cavity.from.value_or(range.from);
+    range.to = cavity.to.value_or(range.to);
+    if (range.from > range.to) throw FieldFault("/cavity/from", "lies above \"to\"");
+    range.softness = cavity.softness.value_or(range.softness);
+    range.rings = cavity.rings.value_or(0);
+    return SharesByCurvature(context.document.Geometry(), range);
+}
+
+uint32_t ShellVertex(CommandContext& context, const FreezeShell& shell) {
+    Document& document = context.document;
+    LevelMesh& level = *document.Geometry().Bound();
+    shell.RequireOne();
+    if (shell.vertex) {
+        if (*shell.vertex >= level.VertexCount()) {
+            throw FieldFault("/shell/vertex",
+                             "there is no vertex " + std::to_string(*shell.vertex) +
+                                 "; the level has " + std::to_string(level.VertexCount()));
+        }
+        return static_cast<uint32_t>(*shell.vertex);
+    }
+    std::optional<PickHit> hit;
+    if (shell.surface) {
+        context.WarnOfFarPoints("freeze/shell/surface", {*shell.surface}, 0.0f);
+        hit = HitNear(document.Geometry(), document.Tree(), *shell.surface);
+    } else {
+        const ViewPlace place = PlaceOf(*shell.pointer);
+        hit = HitThrough(
+            document.Geometry(), document.Tree(), document.View(), {place.x, place.y, 0.0f});
+    }
+    if (!hit) throw FieldFault("/shell", "there is no surface");
+    return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];
+}
+
+std::vector<float> OfGroup(const LevelGeometry& geometry,
+                           const std::variant<std::string, std::nullptr_t>& group) {
+    const auto* name = std::get_if<std::string>(&group);
+    if (name == nullptr)
+        return SharesOfGroup(geometry, geometry.BoundIndex(), SurfaceAttributes::none);
+    const auto number = FindGroup(geometry, *name);
+    if (!number) {
+        std::string names;
+        for (const std::string& one : geometry.Attributes().groupNames)
+            names += (names.empty() ? "; there are " : ", ") + one;
+        throw FieldFault("/group", "the mesh has no group \"" + *name + "\"" + names);
+    }
+    return SharesOfGroup(geometry, geometry.BoundIndex(), *number);
+}
+
+}  // namespace
+
+void FreezeShell::RequireOne() const {
+    const int given = static_cast<int>(vertex.has_value()) + static_cast<int>(surface.has_value()) +
+                      static_cast<int>(pointer.has_value());
+    if (given != 1) throw FieldFault("/shell", "needs one of \"vertex\", \"surface\", \"pointer\"");
+}
+
+FloatImage ReadFreezeImage(const CommandContext& context, const std::string& name) {
+    const std::string file = context.InputPath(name, "/image/file");
+    return AtField("/image/file", [&] { return ReadImageFile(file); });
+}
+
+std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& choice) {
+    Document& document = context.document;
+    const LevelGeometry& geometry = document.Geometry();
+    const ViewReach reach = choice.reach.value_or(ViewReach::Visible);
+    if (choice.all) return std::vector<float>(geometry.Bound()->VertexCount(), 1.0f);
+    if (choice.image) return OfImage(context, *choice.image, reach);
+    if (choice.cavity) return OfCavity(context, *choice.cavity);
+    if (choice.shell) return SharesOfShell(*geometry.Bound(), ShellVertex(context, *choice.shell));
+    if (choice.group) return OfGroup(geometry, *choice.group);
+    if (choice.center)
+        return SharesInBall(geometry, *choice.center, *choice.radius, choice.soft.value_or(0.0f));
+    if (choice.min) return SharesInBox(geometry, *choice.min, *choice.max);
+    const auto inView = [&](const std::function<float(const ViewPlace&)>& weightAt) {
+        return SharesInView(geometry, document.Tree(), document.View(), reach, weightAt);
+    };
+    if (choice.box) {
+        const ViewBox box = BoxOf(*choice.box);
+        return inView([&box](const ViewPlace& place) { return box.Holds(place) ? 1.0f : 0.0f; });
+    }
+    std::vector<ViewPlace> corners;
+    for (const auto& corner : *choice.lasso) corners.push_back(PlaceOf(corner));
+    const ViewLasso lasso(std::move(corners));
+    return inView([&lasso](const ViewPlace& place) { return lasso.Holds(place) ? 1.0f : 0.0f; });
+}
+
+}  // namespace trovik

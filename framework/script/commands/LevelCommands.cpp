@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Commands that add, delete and choose levels, and "reset", which rebuilds them.
+#include "framework/errors/Cancelled.h"
+#include "framework/memory/MemoryAccount.h"
+#include "framework/mesh/BaseLevel.h"
+#include "framework/script/Command.h"
+
+#include <algorithm>
+
+namespace trovik {
+
+enum class LevelSide { Higher, Lower };
+template <>
+struct EnumNames<LevelSide> {
+    static constexpr std::pair<const char*, LevelSide> names[] = {{"higher", LevelSide::Higher},
+                                                                  {"lower", LevelSide::Lower}};
+};
+
+namespace {
+
+/// Whether the user was informed of what refinement does to triangles.
+struct TriangleNote {
+    bool isGiven = false;
+};
+
+/// What the account of memory still grants.
+uint64_t AccountedRoom() {
+    const int64_t limit = MemoryAccount::Limit();
+    if (limit <= 0) return std::numeric_limits<uint64_t>::max();
+    return static_cast<uint64_t>(std::max<int64_t>(limit - MemoryAccount::Total(), 0));
+}
+
+/// Calls `step`, which makes one undo step, `count` times. When it is cancelled, undoes those that
+/// are done.
+template <typename Step>
+void RepeatOrUndo(Document& document, int count, const Step& step) {
+    int done = 0;
+    try {
+        for (; done < count; ++done) step();
+    } catch (const Cancelled&) {
+        while (done-- > 0) document.Undo();
+        throw;
+    }
+}
+
+void Subdivide(CommandContext& context, const int& count) {
+    if (count <= 0) return;
+    Document& document = context.document;
+    bool& noteGiven = context.Kept<TriangleNote>().isGiven;
+    if (document.Geometry().LevelCount() == 1 && !noteGiven) {
+        noteGiven = true;
+        const std::string note = RefinementNote(document.Imported());
+        if (!note.empty()) context.ReportNotes(document.MeshPath(), {note});
+    }
+    const uint64_t budget = std::min(context.subdivideBudget, AccountedRoom());
+    AtField("", [&] {
+        // All of them first, so that a command that cannot be done leaves the mesh as it was.
+        document.Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
+        RepeatOrUndo(document, count, [&] {
+            document.Subdivide(LevelGeometry::unlimitedBytes, context.Job());
+        });
+    });
+}
+
+void Unsubdivide(CommandContext& context, const int& count) {
+    RepeatOrUndo(context.document, count, [&] {
+        AtField("", [&] { context.document.Unsubdivide(context.Job()); });
+    });
+}
+
+void DeleteLevels(CommandContext& context, const LevelSide& side) {
+    const bool lower = side == LevelSide::Lower;
+    if (context.document.DeleteLevels(lower, context.Job())) return;
+    throw FieldFault("",
+                     "level " + std::to_string(context.document.Geometry().BoundIndex()) +
+                         " is the " + (lower ? "lowest" : "highest"));
+}
+
+void ApplyToBase(CommandContext& context, const Yes&) {
+    if (context.document.Geometry().BoundIndex() == 0)
+        throw FieldFault("", "the level at hand is the base");
+    context.document.ApplyToBase(context.Job());
+}
+
+void BindLevel(CommandContext& context, const int& level) {
+    if (context.document.BindLevel(static_cast<uint32_t>(level), context.Job())) return;
+    throw FieldFault("",
+                     "there is no level " + std::to_string(level) + "; the highest is " +
+                         std::to_string(context.document.Geometry().LevelCount() - 1));
+}
+
+void Reset(CommandContext& context, const Yes&) {
+    const uint32_t levels = context.document.Geometry().LevelCount() - 1;
+    context.document.Reset();
+    Subdivide(context, static_cast<int>(levels));
+    context.document.ClearHistory();
+}
+
+const CommandRegistration<int> subdivide({.name = "subdivide"}, Subdivide);
+const CommandRegistration<int> unsubdivide({.name = "unsubdivide"}, Unsubdivide);
+const CommandRegistration<LevelSide> deleteLevels({.name = "deleteLevels"}, DeleteLevels);
+const CommandRegistration<Yes> applyToBase({.name = "applyToBase"}, ApplyToBase);
+const CommandRegistration<int> level({.name = "level"}, BindLevel);
+const CommandRegistration<Yes> reset({.name = "reset"}, Reset);
+
+}  // namespace
+
+}  // namespace trovik

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/script/Command.h"
+
+namespace trovik {
+
+namespace {
+
+struct TransformParameters {
+    /// 16 numbers row by row, row-vector convention.
+    std::optional<std::array<float, 16>> matrix;
+    std::optional<std::variant<float, Vector>> scale;
+    /// Degrees about x, then y, then z.
+    std::optional<Vector> rotate;
+    std::optional<Vector> translate;
+
+    template <typename Visitor>
+    void Fields(Visitor& visit) {
+        visit("matrix", matrix);
+        visit("scale", scale);
+        visit("rotate", rotate);
+        visit("translate", translate);
+    }
+};
+
+Matrix MatrixOf(const std::array<float, 16>& numbers) {
+    Matrix matrix;
+    for (std::size_t i = 0; i < 16; ++i) matrix.m[i / 4][i % 4] = numbers[i];
+    const bool isAffine = matrix.m[0][3] == 0.0f && matrix.m[1][3] == 0.0f &&
+                          matrix.m[2][3] == 0.0f && matrix.m[3][3] == 1.0f;
+    if (!isAffine) throw FieldFault("/matrix", "the last column of the matrix is not 0, 0, 0, 1");
+    Matrix inverse = matrix;
+    bool invertible = false;
+    inverse.Invert(&invertible);
+    if (!invertible) throw FieldFault("/matrix", "the matrix has no inverse");
+    return matrix;
+}
+
+Vector ScaleOf(const std::variant<float, Vector>& given) {
+    const float* factor = std::get_if<float>(&given);
+    const Vector scale =
+        factor != nullptr ? Vector(*factor, *factor, *factor) : std::get<Vector>(given);
+    if (scale.x == 0.0f || scale.y == 0.0f || scale.z == 0.0f)
+        throw FieldFault("/scale", "a scale of 0 leaves nothing to sculpt");
+    return scale;
+}
+
+void Transform(CommandContext& context, const TransformParameters& parameters) {
+    Placement place = context.document.Geometry().Place();
+    if (parameters.matrix) {
+        place.SetMatrix(MatrixOf(*parameters.matrix));
+    } else {
+        const Vector scale =
+            parameters.scale ? ScaleOf(*parameters.scale) : Vector(1.0f, 1.0f, 1.0f);
+        place.Set(
+            scale, parameters.rotate.value_or(Vector()), parameters.translate.value_or(Vector()));
+    }
+    context.document.SetTransform(place);
+}
+
+const CommandRegistration<TransformParameters> transform({.name = "transform"},
+                                                         Transform,
+                                                         Transform);
+
+}  // namespace
+
+}  // namespace trovik

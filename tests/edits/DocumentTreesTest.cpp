@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// What a document does to its pick trees when the surface changes otherwise than by dabs.
+#include "framework/document/Document.h"
+#include "framework/strokes/DabAtHit.h"
+#include "tests/edits/ReportedCopy.h"
+#include "tests/meshes/MeshZoo.h"
+
+#include <gtest/gtest.h>
+
+namespace trovik::test {
+namespace {
+
+class DocumentTrees : public testing::Test {
+protected:
+    DocumentTrees() : document("grid", GridMesh(8, 8)) {
+        for (int i = 0; i < 4; ++i) document.Subdivide();
+        document.SelectTool("Wax");
+    }
+
+    void Stroke(const Vector& at, float radius) {
+        StrokeDab dab = DabAt(document.Geometry(), document.Tree().Nearest(at).value());
+        dab.size = radius;
+        dab.strength = 0.1f;
+        document.Loop().Begin(BrushOperation::ModifierNone);
+        document.Loop().Dab(dab);
+        document.Loop().End();
+    }
+    /// Boxes that the work has recomputed in the tree of the bound level.
+    template <typename Work>
+    uint64_t Refitted(Work work) {
+        const uint64_t before = document.Tree().BoxesRefitted();
+        work();
+        return document.Tree().BoxesRefitted() - before;
+    }
+
+    Document document;
+    /// Leaves of 16 faces on level 4.
+    static constexpr uint64_t allBoxes = 8 * 8 * 16;
+};
+
+TEST_F(DocumentTrees, UndoAndRedoRefitWhatTheStrokeChanged) {
+    Stroke({1.0f, 1.0f, 0.0f}, 0.3f);
+    const PatchTree* tree = &document.Tree();
+    const StrokeLoop* loop = &document.Loop();
+    for (int i = 0; i < 2; ++i) {
+        const uint64_t undone = Refitted([&] { ASSERT_TRUE(document.Undo()); });
+        EXPECT_GT(undone, 0u);
+        EXPECT_LT(undone, allBoxes / 8);
+        EXPECT_EQ(Refitted([&] { ASSERT_TRUE(document.Redo()); }), undone);
+    }
+    EXPECT_EQ(&document.Tree(), tree);
+    EXPECT_EQ(&document.Loop(), loop);
+}
+
+TEST_F(DocumentTrees, FreezingRefitsNothing) {
+    std::vector<uint8_t> amounts(document.Geometry().Bound()->VertexCount(), 100);
+    EXPECT_EQ(Refitted([&] {
+                  document.Freeze(amounts, FreezeMode::Replace);
+                  document.SelectTool("Freeze");
+                  document.Loop().Begin(BrushOperation::ModifierInvert);
+                  document.Loop().WholeMesh(50.0f, false);
+                  document.Loop().End();
+                  document.Undo();
+                  document.Undo();
+                  document.Redo();
+              }),
+              0u);
+}
+
+TEST_F(DocumentTrees, GoingToANeighbouringLevelAndBackKeepsBothTrees) {
+    const PatchTree* high = &document.Tree();
+    document.BindLevel(3);
+    const PatchTree* low = &document.Tree();
+    EXPECT_NE(low, high);
+    EXPECT_EQ(low->Level(), document.Geometry().Level(3));
+    const uint64_t before = high->BoxesRefitted();
+    Stroke({1.0f, 1.0f, 0.0f}, 0.5f);
+    document.BindLevel(4);
+    EXPECT_EQ(&document.Tree(), high);
+    EXPECT_GT(high->BoxesRefitted(), before) << "the carried change";
+    EXPECT_LT(high->BoxesRefitted() - before, allBoxes / 4);
+    document.BindLevel(3);
+    EXPECT_EQ(&document.Tree(), low);
+    EXPECT_EQ(document.Tree().Bounds().maxZ, PatchTree(document.Geometry().Bound()).Bounds().maxZ);
+}
+
+TEST_F(DocumentTrees, AreThoseOfTheLevelsThatThereAre) {
+    document.BindLevel(2);
+    document.DeleteLevels(true);
+    EXPECT_EQ(document.Tree().Level(), document.Geometry().Level(0));
+    EXPECT_TRUE(document.Tree().IsCurrent());
+    document.Undo();
+    EXPECT_EQ(document.Tree().Level(), document.Geometry().Level(2));
+    EXPECT_TRUE(document.Tree().IsCurrent());
+    const auto hit = document.Tree().Pick({{1.1f, 1.2f, 5.0f}, {0.0f, 0.0f, -1.0f}});
+    ASSERT_TRUE(hit.has_value());
+    EXPECT_EQ(hit->face,
+              PatchTree(document.Geometry().Bound())
+                  .Pick({{1.1f, 1.2f, 5.0f}, {0.0f, 0.0f, -1.0f}})
+                  ->face);
+}
+
+TEST_F(DocumentTrees, EveryObserverReceivesTheReportsUntilItIsRemoved) {
+    const auto now = [this]() -> LevelGeometry& { return document.Geometry(); };
+    ReportedCopy first(now);
+    {
+        ReportedCopy second(now);
+        Stroke({1.0f, 1.0f, 0.0f}, 0.3f);
+        EXPECT_GT(first.reports, 0u);
+        EXPECT_EQ(second.reports, first.reports);
+        EXPECT_EQ(first.reportsOfAll, 0u);
+    }
+    const unsigned before = first.reports;
+    document.Undo();
+    EXPECT_EQ(first.reports, before + 1);
+    EXPECT_EQ(first.Difference(), "");
+    document.Reset();
+    EXPECT_EQ(first.reportsOfAll, 1u);
+    EXPECT_EQ(first.Difference(), "");
+}
+
+}  // namespace
+}  // namespace trovik::test
