@@ -76,13 +76,7 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
     if (options.transparent) picture.alpha.resize(count);
 
     const int bandRows = std::max(filterReach * 4, pixelsPerBand / width);
-    uint64_t rows = 0;
-    for (int first = 0; first < height; first += bandRows)
-        rows += static_cast<uint64_t>(std::min(height, first + bandRows + filterReach) -
-                                      std::max(0, first - filterReach));
-    JobPhase phase(job, "Rendering", rows * static_cast<uint64_t>(width), 1);
     const std::thread::id caller = std::this_thread::get_id();
-    std::atomic<uint64_t> sampled{0};
     std::vector<Pixel> pixels;
     std::vector<PixelGuide> guides;
     std::vector<PixelVisibility> visibilities;
@@ -99,6 +93,8 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
             return static_cast<std::size_t>(y - above) * static_cast<std::size_t>(width) +
                    static_cast<std::size_t>(x);
         };
+        JobPhase phase(job, "Rendering", held, 1);
+        std::atomic<uint64_t> sampled{0};
         tbb::parallel_for(above, below, [&](int y) {
             const bool isCaller = std::this_thread::get_id() == caller;
             WireLines wires(scene, view);
@@ -109,13 +105,13 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
                 if (isCaller) phase.Reach(sampled);
             }
         });
+        phase.Finish();
         if (IsLit()) FilterVisibility(width, below - above, guides, visibilities, job);
         tbb::parallel_for(first, last, [&](int y) {
             for (int x = 0; x < width; ++x)
                 Store(x, y, pixels[at(x, y)], visibilities[at(x, y)], picture);
         });
     }
-    phase.Finish();
     return picture;
 }
 
