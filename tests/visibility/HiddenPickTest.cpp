@@ -77,8 +77,8 @@ TEST(HiddenPick, ARefitCostsWhatWasHidden) {
     PatchTree tree(geometry.Bound());
     FaceChoice chosen(geometry.Bound()->faceCount);
     std::fill_n(chosen.begin() + 640, 64, uint8_t{1});
-    const auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::Hide, chosen);
     const uint64_t before = tree.BoxesRefitted();
+    const auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::Hide, chosen);
     EXPECT_LT(tree.BoxesRefitted() - before, 30u);
     EXPECT_GT(tree.BoxesRefitted(), before);
 }
