@@ -75,8 +75,8 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
 
 // Hidden faces stay near others of their region in the tree, for when they are shown again.
 PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
-    const LevelMesh& base = *level->Hierarchy().Level(0);
-    const uint32_t corner = base.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
+    const LevelMesh& lowest = *level->Hierarchy().Level(0);
+    const uint32_t corner = lowest.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
     const Vector p = level->Position(corner);
     return {{p.x, p.y, p.z}, {p.x, p.y, p.z}};
 }
