@@ -19,10 +19,19 @@ install(
 
 install(
     DIRECTORY "${PROJECT_SOURCE_DIR}/plugins/SwiftStroke/host"
-              "${PROJECT_SOURCE_DIR}/framework"
     DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}"
     FILES_MATCHING
     PATTERN "*.h")
+# tools/check_public_headers.py checks that these need no others.
+set(publicHeaderList "${PROJECT_SOURCE_DIR}/framework/public_headers.txt")
+set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+                                                              "${publicHeaderList}")
+file(STRINGS "${publicHeaderList}" publicHeaders)
+foreach(header IN LISTS publicHeaders)
+    get_filename_component(folder "${header}" DIRECTORY)
+    install(FILES "${PROJECT_SOURCE_DIR}/${header}"
+            DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}/${folder}")
+endforeach()
 if(TARGET DetailBrush)
     install(FILES "${PROJECT_SOURCE_DIR}/plugins/DetailBrush/DetailBrush.h"
             DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}")

@@ -65,26 +65,26 @@ TEST_F(SceneRoundTrip, BringsEveryLevelBackBitForBit) {
 }
 
 TEST_F(SceneRoundTrip, KeepsTheDataOfApplications) {
-    auto session = SessionOn(folder, Cube());
+    auto document = DocumentOn(folder, Cube());
     const ApplicationData data = {
         {"studio/bookmarks", {0, 255, 7}}, {"studio/empty", {}}, {"other", {1}}};
-    session->Settings().applicationData = data;
-    auto read = Reopen(*session);
+    document->Settings().applicationData = data;
+    auto read = Reopen(*document);
     EXPECT_EQ(read->Settings().applicationData, data);
     EXPECT_TRUE(read->Notes().empty());
     EXPECT_EQ(Reopen(*read)->Settings().applicationData, data) << "saved again by another program";
 }
 
 TEST_F(SceneRoundTrip, RefusesApplicationDataThatCouldNotBeReadAgain) {
-    auto session = SessionOn(folder, Cube());
+    auto document = DocumentOn(folder, Cube());
     const std::string file = folder.Path("scene.trovik");
-    session->Save(file);
+    document->Save(file);
     for (const ApplicationData& data :
          {ApplicationData{{"", {1}}},
           ApplicationData{{std::string(257, 'a'), {1}}},
           ApplicationData{{"large", std::vector<uint8_t>((std::size_t{64} << 20) + 1)}}}) {
-        session->Settings().applicationData = data;
-        EXPECT_THROW(session->Save(file), HostError);
+        document->Settings().applicationData = data;
+        EXPECT_THROW(document->Save(file), HostError);
         EXPECT_TRUE(Document::OpenScene(file)->Settings().applicationData.empty());
     }
 }

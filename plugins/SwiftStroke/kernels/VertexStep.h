@@ -7,9 +7,12 @@
 #include "kernels/stages/WriteBack.h"
 
 /// \file
-/// The one algorithm of the brush, for one vertex: touch its record, mark it, weigh, stamp,
-/// strengthen, displace, write. The patch kernels run it with switches that the compiler knows, the
-/// path over vertices with the same switches as values, so that the two cannot drift apart.
+/// The algorithm of the brush for one vertex: look up its record, mark it, compute the weight,
+/// sample the stamp, apply the strength, displace, write. StepVertex runs all of it, for meshes
+/// without quads (VertexKernel.cpp). The patch kernels (PatchKernel.h) run the part up to the
+/// weight over batches of vertices (kernels/batch), and then MoveVertex or a batch form of it. The
+/// batch forms repeat the operations of the stages in the same order; tests compare them with
+/// StepVertex bit for bit.
 namespace trovik {
 
 /// Leaves the vertex as it is, but keeps the grid true.
