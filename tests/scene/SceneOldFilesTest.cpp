@@ -149,7 +149,7 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
     document->WriteScene(path, SceneStream(SceneStream::currentFormat + 1));
     EXPECT_EQ(MessageOf<HostError>([&] { Document::OpenScene(path); }),
               path +
-                  ": byte 8: the file is of format 334, or damaged; this program reads formats "
+                  ": byte 8: the file is of format 335, or damaged; this program reads formats "
                   "up to 334");
 }
 
