@@ -54,13 +54,13 @@ std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
 }
 
 float FreezeRecords::Share(uint32_t vertex) const {
-    const auto slot = slots.find(vertex);
-    if (slot != slots.end()) return shares[slot->second];
+    const auto slot = indices.find(vertex);
+    if (slot != indices.end()) return shares[slot->second];
     return static_cast<float>(level.Freeze(vertex)) / static_cast<float>(freezeAmountMask);
 }
 
 bool FreezeRecords::SetShare(uint32_t vertex, float share) {
-    const auto [slot, isNew] = slots.emplace(vertex, static_cast<uint32_t>(vertices.size()));
+    const auto [slot, isNew] = indices.emplace(vertex, static_cast<uint32_t>(vertices.size()));
     if (isNew) {
         vertices.push_back(vertex);
         amountsBefore.push_back(level.Freeze(vertex));

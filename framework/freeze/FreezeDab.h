@@ -42,7 +42,7 @@ public:
 
 private:
     LevelMesh& level;
-    std::unordered_map<uint32_t, uint32_t> slots;
+    std::unordered_map<uint32_t, uint32_t> indices;
     std::vector<uint32_t> vertices;
     std::vector<uint8_t> amountsBefore;
     std::vector<float> shares;

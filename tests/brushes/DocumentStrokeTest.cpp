@@ -91,17 +91,17 @@ TEST_F(DocumentStrokeTest, InteractiveStrokesTrailThePenByLess) {
     const auto samples = ReadPenStream(FileOf("clean"));
     const std::vector<PathSample> firstHalf(
         samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2));
-    const auto dabsOf = [&](const PenStrokeOptions& options) {
-        auto work = Work("Sculpt");
+    const auto dabsOf = [&](const PenStrokeOptions& options, const char* settings = "{}") {
+        auto work = Work("Sculpt", settings);
         DocumentStroke stroke(work->GetDocument(), options);
         stroke.Add(firstHalf);
         return stroke.Count();
     };
-    const unsigned asRecorded = dabsOf({});
     PenStrokeOptions inOrder;
     inOrder.limits.lateTime = 0.0;
-    EXPECT_GT(dabsOf(inOrder), asRecorded);
-    EXPECT_GT(dabsOf(PenStrokeOptions::Interactive()), dabsOf(inOrder));
+    constexpr const char* unsmoothed = R"({"smoothing": false, "spacing": 5})";
+    EXPECT_GT(dabsOf(inOrder, unsmoothed), dabsOf({}, unsmoothed));
+    EXPECT_GT(dabsOf(PenStrokeOptions::Interactive()), dabsOf({}));
 
     auto work = Work("Sculpt");
     DocumentStroke byDefault(work->GetDocument());

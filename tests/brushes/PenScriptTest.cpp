@@ -3,8 +3,8 @@
 /// \file
 /// Pens and the paths of strokes as stroke scripts tell them.
 #include "framework/errors/Cancelled.h"
-#include "framework/jobs/JobControl.h"
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobControl.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptRunner.h"
