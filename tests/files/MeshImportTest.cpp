@@ -163,7 +163,7 @@ TEST(MeshImport, UvsOfDifferentVerticesStayApart) {
     // Two triangles over the same part of the texture, one entry each corner and one unused.
     mesh.attributes.uvs = {{9, 9}, {0, 0}, {1, 0}, {0, 1}, {0, 0}, {1, 0}, {0, 1}};
     mesh.attributes.cornerUvs = {1, 2, 3, 4, 5, SurfaceAttributes::none};
-    WeldUvs(mesh);
+    WeldUvs(mesh, nullptr);
     EXPECT_EQ(mesh.attributes.uvs,
               (std::vector<std::array<float, 2>>{{0, 0}, {1, 0}, {0, 1}, {0, 0}, {1, 0}}));
     EXPECT_EQ(mesh.attributes.cornerUvs, (Indices{0, 1, 2, 3, 4, SurfaceAttributes::none}));
