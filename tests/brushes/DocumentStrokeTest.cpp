@@ -109,6 +109,19 @@ TEST_F(DocumentStrokeTest, InteractiveStrokesTrailThePenByLess) {
     EXPECT_EQ(byDefault.Count(), dabsOf(PenStrokeOptions::Interactive()));
 }
 
+TEST_F(DocumentStrokeTest, AScriptCanAskForTheDefaultsOfLiveStrokes) {
+    auto recorded = Work("Sculpt");
+    Step(*recorded, Stroke("everything", R"(, "path": {"interactive": true})"));
+    auto live = Work("Sculpt");
+    DocumentStroke stroke(live->GetDocument());
+    Draw(stroke, "everything", 3);
+    stroke.Release();
+    EXPECT_TRUE(BitsOf(live->GetDocument()) == BitsOf(recorded->GetDocument()));
+    auto plain = Work("Sculpt");
+    Step(*plain, Stroke("everything"));
+    EXPECT_FALSE(BitsOf(plain->GetDocument()) == BitsOf(recorded->GetDocument()));
+}
+
 TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
     for (const char* tool : {"Sculpt", "Smooth", "Knife", "Flatten", "Pinch", "Freeze"}) {
         for (const char* settings : settingsOfPens) {

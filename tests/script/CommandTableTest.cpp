@@ -186,7 +186,7 @@ const char* const examples = R"([
                                   "smooth": true}}}},
     {"stroke": {"pointer": [[1, 2], [3, 4, 0.1]], "continue": true, "path": {"curve": true}}},
     {"stroke": {"pen": [[1, 2, 0.3, 0], [2, 3, 0.4, 16.7], [3, 4, 1, 33.3, 0.1, -0.2]],
-                "path": {"filter": false}}},
+                "path": {"filter": false, "interactive": true}}},
     {"stroke": {"pen": "pen.json", "modifier": "invert"}},
     {"stroke": {"dabs": [{"face": 3}, {"face": 4, "point": [1, 2, 3], "normal": [0, 0, 1],
                 "position": [4, 5, 6], "radius": 0.5, "pressure": 0.25, "strength": 0.1}]}},

@@ -106,6 +106,7 @@ struct SnapParameters {
 
 struct PathParameters {
     std::optional<bool> filter;
+    std::optional<bool> interactive;
     std::optional<float> smoothing;
     std::optional<float> steady;
     std::optional<bool> line;
@@ -115,6 +116,7 @@ struct PathParameters {
     template <typename Visitor>
     void Fields(Visitor& visit) {
         visit("filter", filter);
+        visit("interactive", interactive);
         visit("smoothing", smoothing);
         visit("steady", steady);
         visit("line", line);

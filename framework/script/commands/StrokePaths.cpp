@@ -63,6 +63,7 @@ PenStrokeOptions PenOf(CommandContext& context, const StrokeParameters& stroke) 
     const bool isPen = stroke.pen.has_value();
     const PathParameters path = stroke.path.value_or(PathParameters());
     PenStrokeOptions pen;
+    if (path.interactive.value_or(false)) pen = PenStrokeOptions::Interactive();
     pen.isFiltered = isPen && path.filter.value_or(true);
     pen.progress = context.DabProgress();
     pen.poll = [&context] { context.ThrowIfCancelled(); };
@@ -121,6 +122,10 @@ void LayPath(CommandContext& context, const StrokeParameters& stroke) {
     if (stroke.path && stroke.path->filter && !stroke.pen) {
         throw FieldFault("/path/filter",
                          "only a pen's samples are filtered; these places are exact");
+    }
+    if (stroke.path && stroke.path->interactive && !stroke.pen) {
+        throw FieldFault("/path/interactive",
+                         "only a pen's samples are drawn live; these places are exact");
     }
     const PenStrokeOptions pen = PenOf(context, stroke);
     AtField(pointer, [&] {
