@@ -11,7 +11,7 @@ template <class Reader>
 void FuzzReader(const std::uint8_t* bytes, std::size_t size, const Reader& read) {
     const MemoryFile file(bytes, size);
     file.Read([&read](const std::string& path) {
-        PolygonMesh mesh = read(path);
+        PolygonMesh mesh = read(path, nullptr);
         CheckPolygonMesh(mesh, path);
         MakeOrientedManifold(mesh);
         CheckPolygonMesh(mesh, path);
