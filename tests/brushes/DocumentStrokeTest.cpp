@@ -91,16 +91,12 @@ TEST_F(DocumentStrokeTest, InteractiveStrokesTrailThePenByLess) {
     const auto samples = ReadPenStream(FileOf("clean"));
     const std::vector<PathSample> firstHalf(
         samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2));
-    const auto dabsOf = [&](const PenStrokeOptions& options, const char* settings = "{}") {
-        auto work = Work("Sculpt", settings);
+    const auto dabsOf = [&](const PenStrokeOptions& options) {
+        auto work = Work("Sculpt");
         DocumentStroke stroke(work->GetDocument(), options);
         stroke.Add(firstHalf);
         return stroke.Count();
     };
-    PenStrokeOptions inOrder;
-    inOrder.limits.lateTime = 0.0;
-    constexpr const char* unsmoothed = R"({"smoothing": false, "spacing": 5})";
-    EXPECT_GT(dabsOf(inOrder, unsmoothed), dabsOf({}, unsmoothed));
     EXPECT_GT(dabsOf(PenStrokeOptions::Interactive()), dabsOf({}));
 
     auto work = Work("Sculpt");
