@@ -316,23 +316,19 @@ void StrokeLoop::ForgetLastWalks() {
         geometry.Level(level)->ForgetLastWalks();
 }
 
-// The level that was walked is the one whose faces were the patches of the dab. The walk visits the
-// patches that share an edge with a changed one; those that share a corner with it are added, since
-// the normal there may have changed.
+// The level that was walked is the one whose faces were the patches of the dab. A visited patch
+// that was not reached has its normals written too, so the patches around all visited ones are
+// named: their border vertices may have other normals.
 void StrokeLoop::ReportDab() {
     if (geometry.Observers().empty()) return;
     const uint32_t bound = geometry.BoundIndex();
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
         LevelMesh& mesh = *geometry.Level(level);
         if (!mesh.LastFaceWalk().empty()) {
-            std::vector<uint32_t> patches;
-            std::vector<uint32_t> entered;
-            for (const FaceVisit& visit : mesh.LastFaceWalk())
-                (visit.answer ? entered : patches).push_back(visit.face);
-            const std::vector<uint32_t> around = FacesAt(mesh, CornersOf(mesh, entered));
-            patches.insert(patches.end(), around.begin(), around.end());
-            MakeSet(patches);
-            geometry.ReportPatches(bound, shapeChange, level, patches);
+            std::vector<uint32_t> visited;
+            for (const FaceVisit& visit : mesh.LastFaceWalk()) visited.push_back(visit.face);
+            geometry.ReportPatches(
+                bound, shapeChange, level, FacesAt(mesh, CornersOf(mesh, visited)));
         }
         if (mesh.LastVertexWalk().empty()) continue;
         std::vector<uint32_t> vertices;

@@ -13,7 +13,9 @@
 
 namespace trovik::test {
 
-/// A copy of the bound level that knows of changes only what the geometry reports.
+/// A copy of the bound level that knows of changes only what the geometry reports. Each face has
+/// its own copy of its corners, as the patches of a viewport have, so that a patch that is not
+/// named keeps what it had.
 class ReportedCopy final : public GeometryObserver {
 public:
     /// \param present  the geometry, which may be another after a reset.
@@ -54,22 +56,24 @@ public:
     /// What the copy and the level differ in; empty for nothing.
     std::string Difference() const {
         const LevelMesh& level = *geometryNow().Bound();
-        if (vertices.size() != level.VertexCount() || faceFlags.size() != level.faceCount)
+        if (vertices.size() != std::size_t{level.faceCount} * level.CornersPerFace() ||
+            faceFlags.size() != level.faceCount)
             return "another number of vertices or faces";
         const uint32_t corners = level.CornersPerFace();
         for (uint32_t face = 0; face < level.faceCount; ++face) {
             if (faceFlags[face] != level.faceFlags[face])
                 return "flags of face " + std::to_string(face);
             for (uint32_t k = 0; k < corners; ++k) {
-                const uint32_t v = level.faceVertexIndices.array[face * corners + k];
+                const uint32_t slot = face * corners + k;
+                const uint32_t v = level.faceVertexIndices.array[slot];
                 const State now = StateOf(level, v);
                 const std::string at =
                     " of vertex " + std::to_string(v) + " of face " + std::to_string(face);
-                if (std::memcmp(now.position, vertices[v].position, sizeof now.position) != 0)
+                if (std::memcmp(now.position, vertices[slot].position, sizeof now.position) != 0)
                     return "position" + at;
-                if (std::memcmp(now.normal, vertices[v].normal, sizeof now.normal) != 0)
+                if (std::memcmp(now.normal, vertices[slot].normal, sizeof now.normal) != 0)
                     return "normal" + at;
-                if (now.freeze != vertices[v].freeze) return "freeze amount" + at;
+                if (now.freeze != vertices[slot].freeze) return "freeze amount" + at;
             }
         }
         return {};
@@ -91,21 +95,20 @@ private:
         const PackedNormal& n = level.vertexNormals.array[v];
         return {{p.x, p.y, p.z}, {n.x, n.y, n.z}, level.vertices.array[v].freeze};
     }
-    void CopyVertex(const LevelMesh& level, uint32_t v, uint8_t what) {
-        const State now = StateOf(level, v);
-        State& copy = vertices[v];
+    void CopyCorner(const LevelMesh& level, uint32_t slot, uint8_t what) {
+        const State now = StateOf(level, level.faceVertexIndices.array[slot]);
+        State& copy = vertices[slot];
         if ((what & SurfaceChange::Positions) != 0) std::copy_n(now.position, 3, copy.position);
         if ((what & SurfaceChange::Normals) != 0) std::copy_n(now.normal, 3, copy.normal);
         if ((what & SurfaceChange::Mask) != 0) copy.freeze = now.freeze;
     }
     void CopyFace(const LevelMesh& level, uint32_t face, uint8_t what) {
         const uint32_t corners = level.CornersPerFace();
-        for (uint32_t k = 0; k < corners; ++k)
-            CopyVertex(level, level.faceVertexIndices.array[face * corners + k], what);
+        for (uint32_t k = 0; k < corners; ++k) CopyCorner(level, face * corners + k, what);
         if ((what & SurfaceChange::Visibility) != 0) faceFlags[face] = level.faceFlags[face];
     }
     void CopyAll(const LevelMesh& level, uint8_t what) {
-        vertices.resize(level.VertexCount());
+        vertices.resize(std::size_t{level.faceCount} * level.CornersPerFace());
         faceFlags.resize(level.faceCount);
         for (uint32_t face = 0; face < level.faceCount; ++face) CopyFace(level, face, what);
     }
