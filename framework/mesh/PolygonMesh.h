@@ -40,12 +40,12 @@ struct ManifoldReport {
     std::size_t splitVertices = 0;
     /// Vertices appended to the mesh.
     std::size_t addedVertices = 0;
-    /// Crowded edges of which two faces still have both ends in common, as ends of the result.
+    /// Non-manifold edges that two faces still share after the split, by vertices of the result.
     ///
-    /// The faces beside such an edge hang together around both of its ends, and opposite in sense,
-    /// as where a fin stands on one inner edge of a surface: the fin comes off, while a cut as
-    /// short as this one edge opens nothing that vertex numbers could tell. Who finds neighbours
-    /// by vertex pairs meets an ordinary edge of two faces there.
+    /// The faces at such an edge are connected around both of its ends and have opposite
+    /// orientation, as where a fin stands on one inner edge of a surface. The fin is separated, but
+    /// a cut along a single edge duplicates no vertex. Code that finds neighbours by vertex pairs
+    /// finds an ordinary edge of two faces there.
     std::vector<std::array<std::uint32_t, 2>> closedCuts;
 
     /// True where the mesh was not touched.

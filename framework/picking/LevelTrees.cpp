@@ -10,10 +10,4 @@ PatchTree& LevelTrees::OfBound(JobControl* job) {
     return *trees.emplace_back(std::make_unique<PatchTree>(geometry.Bound(), job));
 }
 
-uint64_t LevelTrees::Bytes() const {
-    uint64_t bytes = 0;
-    for (const auto& tree : trees) bytes += tree->Bytes();
-    return bytes;
-}
-
 }  // namespace trovik

@@ -20,8 +20,6 @@ public:
     /// Drops the trees of levels that are not there any more, or lie on another level 0.
     /// \throw Cancelled while a tree is built.
     PatchTree& OfBound(JobControl* job = nullptr);
-    /// Memory of all trees.
-    uint64_t Bytes() const;
 
 private:
     LevelGeometry& geometry;

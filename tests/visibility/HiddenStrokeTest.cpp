@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Strokes over hidden faces: hidden vertices keep their bits, and everything else is as if the
-/// user had frozen them.
+/// Strokes over hidden faces: hidden vertices stay bit-identical, and visible ones get the same
+/// bits as when the hidden ones are frozen by a mask.
 #include "framework/brushes/Falloff.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBrush.h"

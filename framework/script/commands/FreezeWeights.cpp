@@ -5,6 +5,7 @@
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/freeze/FreezeParts.h"
 #include "framework/script/commands/FreezeParameters.h"
+#include "framework/script/commands/ViewArea.h"
 
 namespace trovik {
 
@@ -12,12 +13,6 @@ namespace {
 
 /// The radius of curvature that "cavity" looks for, as a fraction of the mesh's diagonal.
 constexpr float cavityFraction = 0.02f;
-
-ViewPlace PlaceOf(const std::array<float, 2>& numbers) { return {numbers[0], numbers[1]}; }
-
-ViewBox BoxOf(const std::array<float, 4>& numbers) {
-    return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
-}
 
 std::vector<float> OfImage(CommandContext& context, const FreezeImage& image, ViewReach reach) {
     Document& document = context.document;
@@ -66,27 +61,12 @@ uint32_t ShellVertex(CommandContext& context, const FreezeShell& shell) {
         context.WarnOfFarPoints("freeze/shell/surface", {*shell.surface}, 0.0f);
         hit = HitNear(document.Geometry(), document.Tree(), *shell.surface);
     } else {
-        const ViewPlace place = PlaceOf(*shell.pointer);
+        const ViewPlace place = PointOf(*shell.pointer);
         hit = HitThrough(
             document.Geometry(), document.Tree(), document.View(), {place.x, place.y, 0.0f});
     }
     if (!hit) throw FieldFault("/shell", "there is no surface");
     return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];
-}
-
-std::vector<float> OfGroup(const LevelGeometry& geometry,
-                           const std::variant<std::string, std::nullptr_t>& group) {
-    const auto* name = std::get_if<std::string>(&group);
-    if (name == nullptr)
-        return SharesOfGroup(geometry, geometry.BoundIndex(), SurfaceAttributes::none);
-    const auto number = FindGroup(geometry, *name);
-    if (!number) {
-        std::string names;
-        for (const std::string& one : geometry.Attributes().groupNames)
-            names += (names.empty() ? "; there are " : ", ") + one;
-        throw FieldFault("/group", "the mesh has no group \"" + *name + "\"" + names);
-    }
-    return SharesOfGroup(geometry, geometry.BoundIndex(), *number);
 }
 
 }  // namespace
@@ -110,21 +90,18 @@ std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& ch
     if (choice.image) return OfImage(context, *choice.image, reach);
     if (choice.cavity) return OfCavity(context, *choice.cavity);
     if (choice.shell) return SharesOfShell(*geometry.Bound(), ShellVertex(context, *choice.shell));
-    if (choice.group) return OfGroup(geometry, *choice.group);
+    if (choice.group) {
+        const uint32_t group = NumberOf(*choice.group, geometry.Attributes().groupNames, "group");
+        return SharesOfGroup(geometry, geometry.BoundIndex(), group);
+    }
     if (choice.center)
         return SharesInBall(geometry, *choice.center, *choice.radius, choice.soft.value_or(0.0f));
     if (choice.min) return SharesInBox(geometry, *choice.min, *choice.max);
-    const auto inView = [&](const std::function<float(const ViewPlace&)>& weightAt) {
-        return SharesInView(geometry, document.Tree(), document.View(), reach, weightAt);
-    };
-    if (choice.box) {
-        const ViewBox box = BoxOf(*choice.box);
-        return inView([&box](const ViewPlace& place) { return box.Holds(place) ? 1.0f : 0.0f; });
-    }
-    std::vector<ViewPlace> corners;
-    for (const auto& corner : *choice.lasso) corners.push_back(PlaceOf(corner));
-    const ViewLasso lasso(std::move(corners));
-    return inView([&lasso](const ViewPlace& place) { return lasso.Holds(place) ? 1.0f : 0.0f; });
+    const auto isInside = InsideOf(choice.box, choice.lasso);
+    return SharesInView(
+        geometry, document.Tree(), document.View(), reach, [&isInside](const ViewPlace& place) {
+            return isInside(place) ? 1.0f : 0.0f;
+        });
 }
 
 }  // namespace trovik

@@ -5,6 +5,7 @@
 #include "framework/freeze/FreezeParts.h"
 #include "framework/script/Command.h"
 #include "framework/script/commands/FreezeParameters.h"
+#include "framework/script/commands/ViewArea.h"
 #include "framework/strokes/StrokePath.h"
 
 #include <algorithm>
@@ -12,8 +13,6 @@
 namespace trovik {
 
 namespace {
-
-using NameOrNone = std::variant<std::string, std::nullptr_t>;
 
 struct ComponentParameters {
     std::optional<uint64_t> face;
@@ -89,31 +88,6 @@ void CheckChoice(const FaceParameters& choice) {
         throw FieldFault("/component", "needs one of \"face\", \"surface\", \"pointer\"");
 }
 
-ViewPlace PointOf(const std::array<float, 2>& numbers) { return {numbers[0], numbers[1]}; }
-
-FaceChoice InView(Document& document,
-                  const FaceParameters& choice,
-                  const std::function<bool(const ViewPlace&)>& isInside) {
-    return FacesInView(document.Geometry(),
-                       document.Tree(),
-                       document.View(),
-                       choice.reach.value_or(ViewReach::Visible),
-                       isInside);
-}
-
-/// The number of a name in a list of the mesh; of null the number of faces without one.
-uint32_t NumberOf(const NameOrNone& wanted,
-                  const std::vector<std::string>& names,
-                  const std::string& kind) {
-    const auto* name = std::get_if<std::string>(&wanted);
-    if (name == nullptr) return SurfaceAttributes::none;
-    const auto found = std::find(names.begin(), names.end(), *name);
-    if (found != names.end()) return static_cast<uint32_t>(found - names.begin());
-    std::string known;
-    for (const std::string& one : names) known += (known.empty() ? "; there are " : ", ") + one;
-    throw FieldFault("/" + kind, "the mesh has no " + kind + " \"" + *name + "\"" + known);
-}
-
 uint32_t FaceOf(uint64_t face, const LevelMesh& level, const std::string& pointer) {
     if (face >= level.faceCount) {
         throw FieldFault(pointer,
@@ -168,18 +142,12 @@ FaceChoice Chosen(Document& document, const FaceParameters& choice) {
                                NumberOf(*choice.material, attributes.materialNames, "material"));
     }
     if (choice.component) return OfComponent(document, *choice.component);
-    if (choice.lasso) {
-        std::vector<ViewPlace> corners;
-        for (const auto& corner : *choice.lasso) corners.push_back(PointOf(corner));
-        const ViewLasso lasso(std::move(corners));
-        return InView(
-            document, choice, [&lasso](const ViewPlace& place) { return lasso.Holds(place); });
-    }
-    if (choice.box) {
-        const auto& numbers = *choice.box;
-        const ViewBox box{{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
-        return InView(
-            document, choice, [&box](const ViewPlace& place) { return box.Holds(place); });
+    if (choice.lasso || choice.box) {
+        return FacesInView(geometry,
+                           document.Tree(),
+                           document.View(),
+                           choice.reach.value_or(ViewReach::Visible),
+                           InsideOf(choice.box, choice.lasso));
     }
     if (choice.faces) return OfNumbers(level, *choice.faces);
     return HiddenFaces(level);

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/freeze/FreezeInView.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+/// \file
+/// Parameters that choose by the viewport or by a name of the mesh, as several commands have them.
+namespace trovik {
+
+/// The name of a group or material; null: none.
+using NameOrNone = std::variant<std::string, std::nullptr_t>;
+
+/// The number of a name in a list of the mesh, or SurfaceAttributes::none for null.
+/// \param kind  "group" or "material": the parameter, and its name in messages.
+/// \throw FieldFault that lists the names if there is no such name.
+uint32_t NumberOf(const NameOrNone& wanted,
+                  const std::vector<std::string>& names,
+                  const std::string& kind);
+
+inline ViewPlace PointOf(const std::array<float, 2>& numbers) { return {numbers[0], numbers[1]}; }
+inline ViewBox BoxOf(const std::array<float, 4>& numbers) {
+    return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
+}
+
+/// Whether a point of the viewport, in pixels, lies in the box, or without one in the lasso. One of
+/// the two must be there.
+std::function<bool(const ViewPlace&)> InsideOf(
+    const std::optional<std::array<float, 4>>& box,
+    const std::optional<std::vector<std::array<float, 2>>>& lasso);
+
+}  // namespace trovik
