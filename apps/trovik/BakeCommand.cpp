@@ -24,7 +24,7 @@ struct BakeCommandOptions {
     std::string bits;
     std::vector<uint32_t> size = {1024};
     unsigned unsubdivide = 0;
-    /// Below 0: not given.
+    /// Negative if not given.
     int from = -1;
     float range = -1.0f;
     BakeOptions bake;
@@ -107,7 +107,7 @@ void Bake(BakeCommandOptions options) {
         report = BakeToFile(*geometry, options.bake, options.file, &line);
     } catch (const HostError& error) {
         const std::string reason = error.what();
-        // What is wrong with a file names it already.
+        // Errors of a file already name it.
         const bool named = reason.find(options.source) != std::string::npos ||
                            reason.find(options.file.path) != std::string::npos;
         throw HostError(named ? reason : options.source + ": " + reason);

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Each adds one verb to the program. A verb does its work in its callback and reports failure by
+/// Each function adds one verb to the program. A verb runs in its callback and reports failure by
 /// throwing HostError.
 void AddSculptCommand(CLI::App& program);
 void AddBakeCommand(CLI::App& program);
@@ -17,7 +17,7 @@ void AddRecoverCommand(CLI::App& program);
 void AddHistoryCommand(CLI::App& program);
 void AddPreferencesCommand(CLI::App& program);
 void AddCompletionCommand(CLI::App& program);
-/// To be added last, since it knows the verbs before it.
+/// Must be added last: the verb `help` lists the verbs that were added before it.
 void AddHelpCommand(CLI::App& program);
 
 }  // namespace trovik

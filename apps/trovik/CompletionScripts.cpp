@@ -10,11 +10,11 @@ namespace trovik {
 namespace {
 
 struct Switch {
-    /// With their dashes, the short one first.
+    /// Names with their dashes, the short name first.
     std::vector<std::string> names;
     std::string description;
     bool takesValue = false;
-    /// The only values there are; empty: any.
+    /// The accepted values; empty if any value is accepted.
     std::vector<std::string> choices;
 };
 
@@ -22,11 +22,11 @@ struct Verb {
     std::string name;
     std::string description;
     std::vector<Switch> switches;
-    /// Of its first positional.
+    /// The accepted values of the first positional argument; empty if any value is accepted.
     std::vector<std::string> choices;
 };
 
-/// The values of a CLI::IsMember, which its description lists between braces.
+/// The values of a CLI::IsMember, which the type name lists between braces.
 std::vector<std::string> Choices(const CLI::Option& option) {
     const std::string type = option.get_type_name();
     const std::size_t from = type.find('{');
@@ -38,7 +38,7 @@ std::vector<std::string> Choices(const CLI::Option& option) {
     return choices;
 }
 
-/// What a list of completions shows beside a name: the text up to the end of its first sentence.
+/// The text that a completion list shows next to a name: the first sentence or clause.
 std::string Short(const std::string& description) {
     std::size_t end = description.size();
     for (const char* mark : {". ", " (", "; "}) end = std::min(end, description.find(mark));
@@ -82,7 +82,7 @@ std::string Names(const Verb& verb) {
     return Joined(names);
 }
 
-/// Between single quotes, as bash and zsh read them.
+/// Quotes the text with single quotes for bash and zsh.
 std::string Quoted(const std::string& text) {
     std::string quoted = "'";
     for (const char c : text) {
@@ -94,7 +94,7 @@ std::string Quoted(const std::string& text) {
     return quoted + "'";
 }
 
-/// Between single quotes, as fish reads them.
+/// Quotes the text with single quotes for fish.
 std::string FishQuoted(const std::string& text) {
     std::string quoted = "'";
     for (const char c : text) {
@@ -104,7 +104,7 @@ std::string FishQuoted(const std::string& text) {
     return quoted + "'";
 }
 
-/// Within a specification of _arguments brackets and colons mean something.
+/// Escapes brackets and colons, which have a meaning in a specification of _arguments.
 std::string ZshText(const std::string& text) {
     std::string escaped;
     for (const char c : text) {
@@ -145,7 +145,7 @@ std::string Bash(const Verb& program, const std::vector<Verb>& verbs) {
             }
             out << "        " << Joined(own, " | ") << ") words='" << Joined(s.choices) << "' ;;\n";
         }
-        // A value without a list may be a file or a folder.
+        // A value without a list of choices may be a file or a folder.
         if (!patterns.empty())
             out << "        " << Joined(patterns, " | ") << ")\n"
                 << "            COMPREPLY=($(compgen -f -- \"$word\"))\n"

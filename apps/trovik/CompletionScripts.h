@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// Completion of the program's verbs, options and values for a shell, made from the program itself.
+/// The completion script for a shell, generated from the verbs, options and values of the program.
 /// \param shell "bash", "zsh" or "fish".
 std::string CompletionScript(const CLI::App& program, const std::string& shell);
 

@@ -10,7 +10,7 @@ namespace trovik {
 namespace {
 
 std::string HelpOf(const CLI::App& program, const std::string& name) {
-    // Not help(), which is that of the command that was given.
+    // help() would return the help of the current command instead.
     if (name.empty())
         return program.get_formatter()->make_help(
             &program, program.get_name(), CLI::AppFormatMode::Normal);
@@ -28,7 +28,7 @@ void AddHelpCommand(CLI::App& program) {
     std::string names;
     for (const CLI::App* other : program.get_subcommands([](CLI::App*) { return true; }))
         names += (names.empty() ? "" : ",") + other->get_name();
-    // Completions offer what stands between the braces.
+    // Completions offer the names between the braces.
     verb->add_option("command", *name, "Command to explain")->type_name("{" + names + "}");
     verb->callback([name, &program] { std::printf("%s", HelpOf(program, *name).c_str()); });
 }

@@ -61,7 +61,7 @@ const std::map<std::string, std::string>& Examples() {
     return examples;
 }
 
-/// The verb that was asked for, or the program where none was.
+/// The requested verb, or the program if there is none.
 const CLI::App& Asked(const CLI::App& program) {
     const std::vector<CLI::App*> verbs = program.get_subcommands();
     return verbs.empty() ? program : *verbs.front();

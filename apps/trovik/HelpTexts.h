@@ -7,14 +7,14 @@
 
 namespace trovik {
 
-/// Gives every verb that was added to the program its examples and the meaning of the exit status,
-/// shown at the end of its --help.
+/// Adds examples and the meaning of the exit status to the --help of every verb of the program. Must
+/// be called after all verbs have been added.
 void AddHelpTexts(CLI::App& program);
 
-/// `there is no command "X"`, with the one that was probably meant.
+/// `there is no command "X"`, with the most similar command name as a suggestion.
 std::string UnknownCommand(const CLI::App& program, const std::string& name);
 
-/// Wrong usage as one line, with the help to ask for.
+/// The message for invalid usage: one line that names the --help to read.
 std::string UsageError(const CLI::App& program, const CLI::ParseError& error);
 
 }  // namespace trovik

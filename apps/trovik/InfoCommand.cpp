@@ -36,7 +36,7 @@ void PrintInfo(const std::string& path, bool quiet) {
         PrintMeshInfo(path, quiet);
 }
 
-/// Runs `report`. \return what was wrong with the file, empty if nothing was.
+/// Runs `report`. \return the error message, empty if there was no error.
 template <typename Report>
 std::string ReasonOf(const Report& report) {
     try {
@@ -51,8 +51,8 @@ std::string ReasonOf(const Report& report) {
     return {};
 }
 
-/// Of several files all are reported, also after one that cannot be read. Each failure is a line on
-/// standard error; the last one is thrown, so that the program prints it and fails.
+/// Reports all files, including those after a file that cannot be read. Each failure is a line on
+/// standard error; the last failure is thrown, so that the program prints it and fails.
 void InfoOfSeveral(const InfoOptions& options) {
     nlohmann::json list = nlohmann::json::array();
     std::string lastReason;
@@ -65,7 +65,7 @@ void InfoOfSeveral(const InfoOptions& options) {
         });
         if (reason.empty()) continue;
         if (options.json) list.push_back({{"file", path}, {"error", reason}});
-        // In the order of the files where both streams go to the same place.
+        // Keeps the order of the files if both streams have the same destination.
         std::fflush(stdout);
         if (!lastReason.empty()) std::fprintf(stderr, "trovik: %s\n", lastReason.c_str());
         lastReason = std::move(reason);

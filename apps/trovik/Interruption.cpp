@@ -25,7 +25,7 @@ void ListenForInterruption() {
     action.sa_handler = NoteInterruption;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    // Both that come at a time are a first one and a second one.
+    // If both signals arrive at once, they count as a first and a second signal.
     for (const int one : heard) sigaddset(&action.sa_mask, one);
     for (const int one : heard) {
         struct sigaction present = {};

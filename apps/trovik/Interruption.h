@@ -3,17 +3,16 @@
 
 namespace trovik {
 
-/// From now on Ctrl-C (SIGINT) and SIGTERM ask the work to stop where it can be left in good order;
-/// a second one ends the program at once. A signal that was ignored at the start, as under nohup,
-/// stays so.
+/// Installs handlers by which Ctrl-C (SIGINT) and SIGTERM request an orderly stop; a second signal
+/// ends the program at once. A signal that is already ignored, as under nohup, stays ignored.
 void ListenForInterruption();
-/// From now on a write beyond the limit for the size of files (RLIMIT_FSIZE) fails as on a full
-/// disk, and the work can leave files as they were. Otherwise SIGXFSZ ends the program.
+/// Ignores SIGXFSZ, which would end the program. A write beyond the file size limit (RLIMIT_FSIZE)
+/// then fails as on a full disk, and the old files stay intact.
 void IgnoreFileSizeSignal();
 bool IsInterrupted();
-/// \throw Cancelled when the program was asked to stop.
+/// \throw Cancelled if the program has been interrupted.
 void StopIfInterrupted();
-/// Exit status of an interrupted program: 128 and the signal's number, as shells have it.
+/// Exit status of an interrupted program: 128 + signal number, the convention of shells.
 int InterruptionStatus();
 
 }  // namespace trovik

@@ -64,7 +64,7 @@ struct HistoryOptions {
     bool untilDamage = false;
 };
 
-/// The journal that goes with a scene lies beside it and starts from it.
+/// Reads the journal, or the journal next to a scene, which starts from that scene.
 JournalContent JournalOf(const HistoryOptions& options) {
     if (!IsScenePath(options.file)) return ReadJournal(options.file, options.untilDamage);
     const std::string beside = options.file + ".journal";

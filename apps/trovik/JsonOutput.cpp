@@ -16,7 +16,7 @@ using nlohmann::json;
 
 bool IsUtf8(const json& text) {
     try {
-        // The serialiser is what decides.
+        // The serialiser rejects text that is not UTF-8.
         return !text.dump().empty();
     } catch (const json::type_error&) {
         return false;

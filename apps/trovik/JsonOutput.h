@@ -5,12 +5,12 @@
 
 namespace trovik {
 
-/// Prints a document for programs on standard output: indented by two, a newline at its end.
+/// Prints a JSON document on standard output, with an indent of two spaces and a final newline.
 ///
-/// Strings may hold bytes that are not UTF-8, such as names of files. They are printed with U+FFFD
-/// for such bytes, and their object gets one more field: the name of the field with "Bytes" behind
-/// it, whose value is the same string (or list of strings) percent-encoded, which gives the bytes
-/// back (RFC 3986; all but letters, digits and -._~/ are encoded).
+/// Strings such as file names may contain bytes that are not UTF-8. Such bytes are printed as
+/// U+FFFD, and the enclosing object gets an additional field, named like the string's field with
+/// "Bytes" appended. Its value is the same string (or list of strings) percent-encoded, which
+/// preserves the exact bytes (RFC 3986; all but letters, digits and -._~/ are encoded).
 void PrintJson(const nlohmann::json& document);
 
 }  // namespace trovik

@@ -73,7 +73,7 @@ int Run(int argc, char** argv) {
         trovik::Error::Dispose(error);
         return Fail(reason);
     }
-    // A full disk is noticed only here, where the last of the output goes out.
+    // A full disk may be detected only here, where the last buffered output is written.
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         return Fail(std::string("standard output: ") + std::strerror(errno));
     return done;
@@ -85,7 +85,7 @@ int main(int argc, char** argv) {
     try {
         return Run(argc, argv);
     } catch (const std::exception& error) {
-        // Before the command line was read, or while an error was told.
+        // Thrown before the command line was parsed, or while an error was reported.
         std::fprintf(stderr, "trovik: %s\n", error.what());
         return failed;
     }

@@ -70,11 +70,11 @@ struct ConvertOptions {
     bool json = false;
 };
 
-/// What came of a conversion.
+/// The result of a conversion.
 struct Converted {
     uint64_t vertices = 0;
     uint64_t faces = 0;
-    /// Written besides the mesh.
+    /// Files that were written in addition to the mesh.
     std::vector<std::string> furtherFiles;
     std::vector<std::string> notes;
 };
@@ -104,11 +104,11 @@ void Convert(const ConvertOptions& options) {
     const bool isScene = IsScenePath(options.from);
     if (isScene && given != MeshSpace())
         throw HostError(options.from + ": a scene knows what its numbers mean");
-    // What cannot be asked of the format is told before the work is done.
+    // Reject options that the format does not support before doing any work.
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
     CheckWritable(options.to);
-    // Without refinement the polygons pass as they are, n-gons included.
+    // Without refinement the polygons are written unchanged, including n-gons.
     if (options.levels == 0 && !isScene) {
         PolygonMesh polygons = ReadMeshFile(options.from, &line);
         MeshSpace& space = polygons.attributes.space;

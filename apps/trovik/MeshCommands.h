@@ -10,11 +10,11 @@
 
 namespace trovik {
 
-/// Opens a mesh file, or a scene without its tools, and refines it.
+/// Opens a mesh file, or a scene without its tools, and subdivides it.
 /// \param levels  subdivision levels to add.
-/// \param given  units and axis of a mesh file; what it specifies itself comes second.
-/// \param furtherBytes  memory that the caller needs besides the levels of a forecast. Levels that
-/// do not fit into memory together with it are refused before any is made.
+/// \param given  units and up axis of a mesh file; they override those that the file states.
+/// \param furtherBytes  memory that the caller needs in addition to the levels of a forecast. If both
+/// do not fit together, the levels are refused before any is allocated.
 /// \throw HostError; Cancelled.
 LoadedScene OpenRefined(const std::string& path,
                         unsigned levels,

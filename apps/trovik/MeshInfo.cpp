@@ -18,7 +18,7 @@ namespace trovik {
 
 namespace {
 
-/// What a mesh has beside its shape, in words, one line each.
+/// The attributes of a mesh as text, one line each.
 std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMesh& polygons) {
     const SurfaceAttributes& attributes = polygons.attributes;
     std::vector<std::pair<std::string, std::string>> lines;
@@ -47,7 +47,7 @@ std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMes
     return lines;
 }
 
-/// The same for programs.
+/// The attributes of a mesh as JSON.
 nlohmann::json AttributeJson(const PolygonMesh& polygons) {
     const SurfaceAttributes& attributes = polygons.attributes;
     return {{"normals", !polygons.normals.empty()},
@@ -64,7 +64,7 @@ nlohmann::json AttributeJson(const PolygonMesh& polygons) {
             {"up", UpAxisName(attributes.space.up)}};
 }
 
-/// A mesh as it stands in its file, and what level 0 will be.
+/// A mesh as stored in its file, and the level 0 that it will become.
 struct MeshInfo {
     std::size_t vertices = 0;
     std::size_t faces = 0;

@@ -7,10 +7,10 @@
 
 namespace trovik {
 
-/// What `trovik info` reports of a mesh file: as text on standard output, unless quiet.
+/// Prints the report of `trovik info` on a mesh file as text on standard output, unless quiet.
 /// \throw HostError if the file cannot be read.
 void PrintMeshInfo(const std::string& path, bool quiet);
-/// The same for programs.
+/// The report of `trovik info` on a mesh file as JSON. \throw HostError if it cannot be read.
 nlohmann::json MeshInfoJson(const std::string& path);
 
 }  // namespace trovik

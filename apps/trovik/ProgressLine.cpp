@@ -51,7 +51,7 @@ void ProgressLine::Dab() {
 
 bool ProgressLine::Report(uint64_t phaseDone, uint64_t phaseTotal, const char* phaseName) {
     if (IsInterrupted()) return false;
-    // Without a total there is nothing to show that steps and dabs do not.
+    // A phase without a total adds nothing to the displayed steps and dabs.
     if (phaseTotal == 0) return true;
     phase = phaseName;
     percent = static_cast<unsigned>(phaseDone * 100 / phaseTotal);

@@ -10,10 +10,10 @@
 
 namespace trovik {
 
-/// Progress on standard error: one bar that is drawn over on a terminal, a plain line per step
-/// elsewhere. While it exists it receives the notes of file writing (SetFileNotes), so there is at
-/// most one at a time. As a JobControl it shows the phase of a long operation (on terminals only),
-/// and cancels the operation after an interrupt.
+/// Progress on standard error: on a terminal, a bar that is redrawn; elsewhere, one line per step.
+/// While a ProgressLine exists, it receives the notes of file writing (SetFileNotes), so there can
+/// be only one at a time. As a JobControl it shows the phase of a long operation (on
+/// terminals only), and cancels the operation after an interrupt.
 class ProgressLine : public JobControl {
 public:
     explicit ProgressLine(bool quiet);
@@ -23,12 +23,12 @@ public:
 
     void Step(std::size_t done, std::size_t count, const std::string& name);
     void Dab();
-    /// A line of its own, between the progress.
+    /// Prints a separate line, unless quiet.
     void Message(const std::string& text);
-    /// A line that is written even when the command is to be quiet, and kept for Warnings.
+    /// Prints a separate line, even if quiet, and stores it for Warnings.
     void Warning(const std::string& text);
     const std::vector<std::string>& Warnings() const { return warnings; }
-    /// Messages about a file.
+    /// Prints each note as a message about the file.
     void Notes(const std::string& file, const std::vector<std::string>& notes);
     void Finish();
 
@@ -43,7 +43,7 @@ private:
     std::size_t stepsDone = 0;
     std::size_t stepCount = 0;
     uint64_t dabs = 0;
-    /// Of the long operation, with its progress in percent; null while there is none.
+    /// The phase of the long operation, with its progress in percent; null if there is none.
     const char* phase = nullptr;
     unsigned percent = 0;
     /// The name of the step, printable.

@@ -23,7 +23,7 @@ namespace trovik {
 
 namespace {
 
-/// Seen from a little above and to the right of the front.
+/// A view from slightly above and to the right of the front.
 const Vector usualDirection(0.35f, 0.2f, 1.0f);
 constexpr float usualFieldOfView = 35.0f;
 
@@ -31,12 +31,12 @@ struct RenderOptions {
     std::string mesh;
     std::string picture;
     unsigned levels = 0;
-    /// Three numbers each, or empty: not given.
+    /// Three numbers each, or empty if not given.
     std::vector<float> from, eye, target, up;
-    /// 0: not given.
+    /// 0 if not given.
     float fieldOfView = 0.0f;
     std::string shading;
-    /// 0: a single picture.
+    /// 0 for a single image.
     int frames = 0;
     PictureOptions options;
     bool quiet = false;
@@ -45,7 +45,7 @@ struct RenderOptions {
 
 Vector ToVector(const std::vector<float>& numbers) { return {numbers[0], numbers[1], numbers[2]}; }
 
-/// Three numbers that must give a direction, or another one.
+/// The direction given by three numbers, or `otherwise` if there are none.
 Vector DirectionOr(const std::vector<float>& numbers, const char* option, const Vector& otherwise) {
     if (numbers.empty()) return otherwise;
     const Vector direction = ToVector(numbers);
@@ -55,7 +55,7 @@ Vector DirectionOr(const std::vector<float>& numbers, const char* option, const 
     return direction;
 }
 
-/// By options that give the eye, then those that give a direction, then the scene's own view.
+/// The camera by the first of these that is given: --eye, --from, the scene's view, the default.
 PictureCamera CameraFor(const RenderOptions& wanted,
                         const PictureMesh& shown,
                         const StrokeView* sceneView) {
@@ -146,7 +146,7 @@ void Render(const RenderOptions& wanted) {
     const RenderedLevel level(*scene.geometry, options.shading);
     const PictureCamera camera =
         CameraFor(wanted, level.Mesh(), IsScenePath(wanted.mesh) ? &scene.settings.view : nullptr);
-    // Vertices first: a camera that frames a mesh out of range is out of range too.
+    // Check the vertices first: a camera that frames a mesh out of range is out of range too.
     const RenderScene rendered({level.Mesh()}, &line);
     CheckCamera(camera);
     CheckUp(wanted, camera);

@@ -80,7 +80,7 @@ void PrintSummaryJson(const ScriptResult& result, const std::vector<std::string>
     PrintJson(summary);
 }
 
-/// The preferences file that the options name; empty for none.
+/// The preferences file to load; empty if there is none.
 std::string PreferencesFile(const SculptOptions& options) {
     if (options.noPreferences) return "";
     if (!options.userPreferences) return options.preferences;
@@ -104,7 +104,7 @@ void Check(ScriptRunner& runner, const SculptOptions& options) {
 void Sculpt(const SculptOptions& options) {
     ProgressLine line(options.quiet);
     ScriptProgress progress;
-    // A check takes no time that progress would shorten.
+    // A check is too short to need progress.
     if (!options.check)
         progress.step = [&line](std::size_t done, std::size_t count, const std::string& what) {
             line.Step(done, count, what);

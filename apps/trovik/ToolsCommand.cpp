@@ -17,7 +17,7 @@ namespace trovik {
 
 namespace {
 
-/// A tool tip's help as plain text: the heading is told already, and a terminal shows no markup.
+/// The help of a tool tip as plain text, without its heading, which is already printed.
 std::string PlainHelp(const BrushConfiguration& tool) {
     QString text = tool.ToolTip();
     const qsizetype body = text.indexOf(QStringLiteral("</div>"));
@@ -35,7 +35,7 @@ std::string ValueText(const nlohmann::json& value) {
     if (value.is_null()) return "none";
     if (value.is_boolean()) return value.get<bool>() ? "on" : "off";
     if (value.is_number_float()) {
-        // Whole numbers without a fraction.
+        // Print integers without a fraction.
         char text[32];
         std::snprintf(text, sizeof text, "%.9g", value.get<double>());
         return text;
@@ -74,7 +74,7 @@ std::string Listed(const std::vector<std::string>& names) {
     return list;
 }
 
-/// "15; Smooth, Freeze: 100": the value of most tools, and those of the others.
+/// "15; Smooth, Freeze: 100": the default of most tools, then the other defaults with their tools.
 std::string DefaultsText(const std::vector<ToolDescription>& tools, std::size_t setting) {
     std::map<std::string, std::vector<std::string>> toolsOfValue;
     std::vector<std::string> without, having;
@@ -95,7 +95,7 @@ std::string DefaultsText(const std::vector<ToolDescription>& tools, std::size_t 
                                                   : "; not " + Listed(without));
 }
 
-/// One row for each setting, since most are alike for most tools.
+/// Prints one row per setting, because most defaults are the same for most tools.
 void PrintSettings(const std::vector<ToolDescription>& tools) {
     const std::vector<ToolSetting>& settings = tools.front().settings;
     std::vector<std::string> limits;
