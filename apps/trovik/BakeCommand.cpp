@@ -46,8 +46,9 @@ std::unique_ptr<LevelGeometry> Open(const BakeCommandOptions& options, ProgressL
     for (unsigned i = 0; i < options.unsubdivide; ++i) UnsubdivideAsStep(*geometry, &line);
     if (geometry->LevelCount() == 1)
         throw HostError(
-            "there is one level only; a scene has the levels that it was saved with, and "
-            "--unsubdivide finds those that a refined mesh came from");
+            "there is only one level; use a scene with several levels, or --unsubdivide with a "
+            "mesh "
+            "that is the refinement of a coarser one");
     return geometry;
 }
 
@@ -65,7 +66,7 @@ void PrintReport(const MapReport& report) {
                 static_cast<unsigned long long>(report.paddedTexels));
     if (report.text.kind != MapKind::Normal)
         std::printf("range      %.9g\n", static_cast<double>(report.range));
-    std::printf("numbers    (v - %.9g) x %.9g\n",
+    std::printf("values     (v - %.9g) x %.9g\n",
                 static_cast<double>(report.text.mid),
                 static_cast<double>(report.text.scale));
     for (const std::string& file : report.files) std::printf("wrote      %s\n", file.c_str());
@@ -126,49 +127,51 @@ void AddBakeCommand(CLI::App& program) {
     auto options = std::make_shared<BakeCommandOptions>();
     CLI::App* verb = program.add_subcommand(
         "bake",
-        "Bakes what a fine level has over a coarse one into a map over the mesh's UVs: a "
-        "displacement, vector displacement or normal map (see docs/baking.md)");
+        "Bakes the difference between a fine level and a coarse one into a map over the mesh's "
+        "UVs: a displacement, vector displacement or normal map (see docs/baking.md)");
     verb->add_option("source", options->source, "Scene (.trovik), or mesh file with --unsubdivide")
         ->required();
-    verb->add_option("-o,--output",
-                     options->file.path,
-                     "Image to write: .exr, .png, .tif; with <UDIM> in its name one for each tile "
-                     "of the texture")
-        ->required();
     verb->add_option(
-            "--map", options->map, "What the map holds: displacement (default), vector or normal")
+            "-o,--output",
+            options->file.path,
+            "Image to write: .exr, .png, .tif; with <UDIM> in its name, one image for each "
+            "tile of the texture")
+        ->required();
+    verb->add_option("--map", options->map, "Kind of map: displacement (default), vector or normal")
         ->check(CLI::IsMember({"displacement", "vector", "normal"}));
-    verb->add_option("--space",
-                     options->space,
-                     "Of vectors and normals: tangent (default) or object, the mesh's own axes")
+    verb->add_option(
+            "--space",
+            options->space,
+            "Space of vectors and normals: tangent (default) or object, the mesh's own axes")
         ->check(CLI::IsMember({"tangent", "object"}));
     verb->add_option("--from", options->from, "Level that is baked (default: the highest)")
         ->check(CLI::Range(0, 100));
     verb->add_option("--to", options->bake.to, "Level that the map is for (default: 0)")
         ->check(CLI::Range(0, 100));
-    verb->add_option("--size", options->size, "Texels of a side, or width and height")
+    verb->add_option("--size", options->size, "Size in texels: one side, or width and height")
         ->expected(1, 2)
         ->check(CLI::Range(1, 16384));
     verb->add_option("--bits",
                      options->bits,
-                     "Numbers of a texel: 16 or float (default: float for .exr, otherwise 16)")
+                     "Bits of a value: 16 or float (default: float for .exr, otherwise 16)")
         ->check(CLI::IsMember({"16", "float"}));
     verb->add_option("--range",
                      options->range,
-                     "With 16 bits: displacement that reaches the ends of the numbers (default: "
-                     "the largest there is)")
+                     "With 16 bits: displacement that maps to the limits of the values (default: "
+                     "the largest displacement)")
         ->check(CLI::PositiveNumber);
-    verb->add_option("--samples", options->bake.samples, "Samples of a texel: 1, 4 (default) or 16")
+    verb->add_option("--samples", options->bake.samples, "Samples per texel: 1, 4 (default) or 16")
         ->check(CLI::IsMember({1, 4, 16}));
     verb->add_option("--padding",
                      options->bake.padding,
-                     "Texels around each island of the texture to fill from its edge (default: 8)")
+                     "Width in texels of the filled border around each UV island (default: 8)")
         ->check(CLI::Range(0, 256));
-    verb->add_flag(
-        "--repeat", options->bake.repeat, "UVs outside 0 to 1 are taken as a texture that repeats");
+    verb->add_flag("--repeat",
+                   options->bake.repeat,
+                   "Treats UVs outside 0 to 1 as those of a repeating texture");
     verb->add_option("--unsubdivide",
                      options->unsubdivide,
-                     "Coarser levels to find below the mesh's own, which must be a refinement")
+                     "Coarser levels to reconstruct below the mesh, which must be a refinement")
         ->check(CLI::Range(0u, 12u));
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");

@@ -10,7 +10,8 @@ namespace trovik {
 void AddCompletionCommand(CLI::App& program) {
     auto shell = std::make_shared<std::string>();
     CLI::App* verb = program.add_subcommand(
-        "completion", "Prints what a shell needs to complete this program's commands and options");
+        "completion",
+        "Prints a script that completes this program's commands and options in a shell");
     verb->add_option("shell", *shell, "bash, zsh or fish")
         ->required()
         ->check(CLI::IsMember({"bash", "zsh", "fish"}));

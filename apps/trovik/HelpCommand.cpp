@@ -24,7 +24,8 @@ std::string HelpOf(const CLI::App& program, const std::string& name) {
 
 void AddHelpCommand(CLI::App& program) {
     auto name = std::make_shared<std::string>();
-    CLI::App* verb = program.add_subcommand("help", "Prints the help of a command, or of all");
+    CLI::App* verb =
+        program.add_subcommand("help", "Prints the help of a command, or the list of commands");
     std::string names;
     for (const CLI::App* other : program.get_subcommands([](CLI::App*) { return true; }))
         names += (names.empty() ? "" : ",") + other->get_name();

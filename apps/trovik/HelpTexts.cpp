@@ -11,26 +11,27 @@ namespace trovik {
 namespace {
 
 constexpr const char* exitStatus =
-    "Exit status: 0 success; 1 the work failed, one line on standard error says why; 2 wrong use; "
-    "130 interrupted by Ctrl-C.";
+    "Exit status: 0 success; 1 failure, one line on standard error states the reason; 2 invalid "
+    "usage; 130 interrupted by Ctrl-C.";
 
 const std::map<std::string, std::string>& Examples() {
     static const std::map<std::string, std::string> examples = {
         {"sculpt",
-         "  trovik sculpt bust.json                 files go into this folder\n"
-         "  trovik sculpt bust.json -o out -q       into the folder out, without a word\n"
-         "  trovik sculpt bust.json --json          what came of it, for programs\n"
+         "  trovik sculpt bust.json                 writes files to the working folder\n"
+         "  trovik sculpt bust.json -o out -q       writes files to the folder out, prints "
+         "nothing\n"
+         "  trovik sculpt bust.json --json          prints the summary as JSON\n"
          "  trovik sculpt bust.json --strict        stops at a step without effect\n"
-         "  trovik sculpt bust.json --check         finds errors, and sculpts nothing\n"
-         "  make-script | trovik sculpt -           a script from standard input\n"},
+         "  trovik sculpt bust.json --check         reports errors without sculpting\n"
+         "  make-script | trovik sculpt -           reads a script from standard input\n"},
         {"info",
-         "  trovik info head.obj                    vertices, faces, size, what else it carries\n"
+         "  trovik info head.obj                    vertices, faces, size, attributes\n"
          "  trovik info bust.trovik                 levels, layers and tools of a scene\n"
          "  trovik info *.obj --json                a list, one entry per file\n"},
         {"render",
          "  trovik render head.obj head.png\n"
          "  trovik render head.obj side.jpg --from 1 0 0 --width 1600 --height 1200 --samples 32\n"
-         "  trovik render bust.trovik bust.png      as the scene was last seen\n"
+         "  trovik render bust.trovik bust.png      uses the camera of the scene\n"
          "  trovik render head.obj cut-out.png --matcap bronze --transparent\n"
          "  trovik render head.obj spin.png --frames 36        spin_0001.png to spin_0036.png\n"},
         {"convert",
@@ -49,7 +50,7 @@ const std::map<std::string, std::string>& Examples() {
          "  trovik history bust.journal\n"
          "  trovik history bust.trovik --json\n"},
         {"preferences",
-         "  trovik preferences                      their values, and where they are stored\n"
+         "  trovik preferences                      lists the values and the name of the file\n"
          "  trovik preferences 'Undo Budget' 4096   stores a value\n"},
         {"help",
          "  trovik help\n"
@@ -100,7 +101,7 @@ std::string UsageError(const CLI::App& program, const CLI::ParseError& error) {
             reason = UnknownCommand(program, rest.front());
     }
     std::replace(reason.begin(), reason.end(), '\n', ' ');
-    return reason + "; " + help + " tells what there is";
+    return reason + "; " + help + " lists the options";
 }
 
 }  // namespace trovik

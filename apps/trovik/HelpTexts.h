@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// Adds examples and the meaning of the exit status to the --help of every verb of the program. Must
-/// be called after all verbs have been added.
+/// Adds examples and the meaning of the exit status to the --help of every verb of the program.
+/// Must be called after all verbs have been added.
 void AddHelpTexts(CLI::App& program);
 
 /// `there is no command "X"`, with the most similar command name as a suggestion.

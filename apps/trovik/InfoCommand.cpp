@@ -88,12 +88,12 @@ void Info(const InfoOptions& options) {
 void AddInfoCommand(CLI::App& program) {
     auto options = std::make_shared<InfoOptions>();
     CLI::App* verb = program.add_subcommand(
-        "info", "Reports what is in mesh files (OBJ, PLY, STL, glTF, GLB) and scenes");
+        "info", "Reports the content of mesh files (OBJ, PLY, STL, glTF, GLB) and scenes");
     verb->add_option("files", options->files, "Mesh files and scenes (.trovik)")->required();
-    verb->add_flag("-q,--quiet", options->quiet, "Says nothing of files that can be read");
+    verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
     verb->add_flag("--json",
                    options->json,
-                   "As JSON on standard output: an object, of several files a list of objects");
+                   "As JSON on standard output: an object, or a list of objects for several files");
     verb->callback([options] { Info(*options); });
 }
 

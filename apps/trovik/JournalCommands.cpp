@@ -70,16 +70,18 @@ JournalContent JournalOf(const HistoryOptions& options) {
     const std::string beside = options.file + ".journal";
     std::error_code ignored;
     if (!std::filesystem::exists(options.file, ignored))
-        throw HostError(options.file + ": there is no such file");
+        throw HostError(options.file + ": no such file");
     if (!std::filesystem::exists(beside, ignored))
-        throw HostError(options.file + ": a scene's steps are in its journal, and there is no " +
+        throw HostError(options.file +
+                        ": the steps of a scene are in its journal, but there is no file " +
                         beside);
     JournalContent content = ReadJournal(beside, options.untilDamage);
     const ContentHash present = HashFile(options.file);
     bool isOfScene = content.base.content == present;
     for (const JournalSave& save : content.saves)
         isOfScene = isOfScene || save.scene.content == present;
-    if (!isOfScene) content.notes.push_back(beside + " is not of this scene as it is now");
+    if (!isOfScene)
+        content.notes.push_back(beside + " does not belong to the present version of this scene");
     return content;
 }
 
@@ -102,10 +104,10 @@ void Tell(const HistoryOptions& options) {
         return;
     }
     if (options.quiet) return;
-    std::printf("%6s  %8s  %10s  %12s  %s\n", "step", "dabs", "vertices", "bytes", "what");
+    std::printf("%6s  %8s  %10s  %12s  %s\n", "step", "dabs", "vertices", "bytes", "name");
     for (std::size_t i = 0; i < steps.size(); ++i) {
         if (i == pastSteps)
-            std::printf("        from here on, after %s:\n", content.base.source.c_str());
+            std::printf("        steps since %s was opened:\n", content.base.source.c_str());
         const nlohmann::json& step = steps[i];
         std::printf("%6zu  %8s  %10s  %12s  %s%s\n",
                     i + 1,
@@ -113,9 +115,9 @@ void Tell(const HistoryOptions& options) {
                     Count(step.value("vertices", uint64_t{0})).c_str(),
                     Count(step.value("undoBytes", uint64_t{0})).c_str(),
                     step.value("step", std::string()).c_str(),
-                    step.value("finished", true) ? "" : " (not finished)");
+                    step.value("finished", true) ? "" : " (unfinished)");
     }
-    if (!content.isClosed) std::printf("The work did not end in good order, or goes on.\n");
+    if (!content.isClosed) std::printf("The run was interrupted or is still active.\n");
     for (const std::string& note : content.notes)
         std::fprintf(stderr, "trovik: %s\n", note.c_str());
 }
@@ -125,12 +127,12 @@ void Tell(const HistoryOptions& options) {
 void AddRecoverCommand(CLI::App& program) {
     auto options = std::make_shared<RecoverOptions>();
     CLI::App* verb = program.add_subcommand(
-        "recover", "Does the work of a journal again, after a crash, and saves it as a scene");
+        "recover", "Repeats the work of a journal, after a crash, and saves it as a scene");
     verb->add_option("journal", options->journal, "Journal (see docs/journal.md)")->required();
     verb->add_option("-o,--output", options->scene, "Scene file to write (*.trovik)")->required();
     verb->add_flag("--until-damage",
                    options->untilDamage,
-                   "Of a damaged journal, what comes before the damage");
+                   "Recovers the part of a damaged journal before the damage");
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Recover(*options); });
@@ -139,14 +141,14 @@ void AddRecoverCommand(CLI::App& program) {
 void AddHistoryCommand(CLI::App& program) {
     auto options = std::make_shared<HistoryOptions>();
     CLI::App* verb = program.add_subcommand(
-        "history", "Lists the steps of a journal, or of a scene with its journal beside it");
+        "history", "Lists the steps of a journal, or of the journal next to a scene");
     verb->add_option(
             "file", options->file, "Journal, or scene (FILE.trovik with FILE.trovik.journal)")
         ->required();
     verb->add_flag("--until-damage",
                    options->untilDamage,
-                   "Of a damaged journal, what comes before the damage");
-    verb->add_flag("-q,--quiet", options->quiet, "Says nothing of a journal that can be read");
+                   "Lists the part of a damaged journal before the damage");
+    verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
     verb->add_flag("--json", options->json, "As JSON on standard output");
     verb->callback([options] { Tell(*options); });
 }

@@ -27,20 +27,21 @@ int Fail(std::string reason, int status = failed) {
 int Run(int argc, char** argv) {
     CLI::App program(
         "Sculpts meshes from scripts, without a screen.\n\n"
-        "  trovik info head.obj                 what is in a mesh file\n"
+        "  trovik info head.obj                 report the content of a mesh file\n"
         "  trovik sculpt bust.json              run a stroke script\n"
         "  trovik render head.obj head.png      render an image of a mesh\n"
         "  trovik convert head.obj head.glb     write a mesh in another format\n"
-        "  trovik bake head.trovik -o head.exr  a map of what a fine level has over a coarse one\n"
-        "  trovik tools                         the tools of the brush\n"
-        "  trovik recover w.journal -o w.trovik the work of a journal, after a crash\n"
-        "  trovik history w.journal             the steps of a journal\n\n"
-        "`trovik help VERB` tells more, with examples; docs/tutorial.md begins at the "
-        "beginning.\n",
+        "  trovik bake head.trovik -o head.exr  bake sculpted detail into a map\n"
+        "  trovik tools                         list the tools of the brush\n"
+        "  trovik recover w.journal -o w.trovik restore the work of a journal after a crash\n"
+        "  trovik history w.journal             list the steps of a journal\n\n"
+        "`trovik help COMMAND` prints the options of a command with examples. Start with "
+        "docs/tutorial.md.\n",
         "trovik");
     program.footer(
-        "Exit status: 0 success; 1 the work failed, one line on standard error says why; 2 wrong "
-        "use; 130 interrupted by Ctrl-C.");
+        "Exit status: 0 success; 1 failure, one line on standard error states the reason; 2 "
+        "invalid "
+        "usage; 130 interrupted by Ctrl-C.");
     program.set_version_flag("--version", std::string("trovik ") + TROVIK_VERSION);
     program.require_subcommand(1);
     trovik::AddSculptCommand(program);

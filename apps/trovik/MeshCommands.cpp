@@ -103,7 +103,9 @@ void Convert(const ConvertOptions& options) {
     const MeshSpace asked = {MetersPerUnit(options.units), UpAxisOf(options.up)};
     const bool isScene = IsScenePath(options.from);
     if (isScene && given != MeshSpace())
-        throw HostError(options.from + ": a scene knows what its numbers mean");
+        throw HostError(options.from +
+                        ": a scene states its own units and up axis; --from-units and --from-up "
+                        "apply to mesh files");
     // Reject options that the format does not support before doing any work.
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
@@ -152,7 +154,8 @@ void AddConvertCommand(CLI::App& program) {
     auto options = std::make_shared<ConvertOptions>();
     CLI::App* verb = program.add_subcommand(
         "convert",
-        "Writes a mesh in another format, refined if wanted. Reads OBJ, PLY, STL, glTF, GLB and "
+        "Writes a mesh in another format, optionally subdivided. Reads OBJ, PLY, STL, glTF, GLB "
+        "and "
         "scenes; writes OBJ, PLY, STL, glTF, GLB, USDA (see docs/mesh-files.md)");
     verb->add_option("from", options->from, "Mesh file or scene to read")->required();
     verb->add_option("to", options->to, "Mesh file to write")->required();
@@ -160,14 +163,11 @@ void AddConvertCommand(CLI::App& program) {
         ->check(CLI::Range(0u, 12u));
     const CLI::IsMember isUnit({"mm", "cm", "dm", "m", "km", "in", "ft", "yd"});
     const CLI::IsMember isAxis({"y", "z"});
-    verb->add_option("--from-units", options->fromUnits, "Unit of the file that is read")
-        ->check(isUnit);
-    verb->add_option("--from-up", options->fromUp, "Axis that points up in the file that is read")
-        ->check(isAxis);
-    verb->add_option("--units", options->units, "Unit of the file that is written")->check(isUnit);
-    verb->add_option("--up", options->up, "Axis that points up in the file that is written")
-        ->check(isAxis);
-    verb->add_flag("--visible", options->visible, "Leaves out faces that a scene hides");
+    verb->add_option("--from-units", options->fromUnits, "Unit of the input file")->check(isUnit);
+    verb->add_option("--from-up", options->fromUp, "Up axis of the input file")->check(isAxis);
+    verb->add_option("--units", options->units, "Unit of the output file")->check(isUnit);
+    verb->add_option("--up", options->up, "Up axis of the output file")->check(isAxis);
+    verb->add_flag("--visible", options->visible, "Omits the hidden faces of a scene");
     verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Convert(*options); });

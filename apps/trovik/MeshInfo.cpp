@@ -22,7 +22,7 @@ namespace {
 std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMesh& polygons) {
     const SurfaceAttributes& attributes = polygons.attributes;
     std::vector<std::pair<std::string, std::string>> lines;
-    if (!polygons.normals.empty()) lines.push_back({"normals", "one a vertex"});
+    if (!polygons.normals.empty()) lines.push_back({"normals", "one per vertex"});
     if (!attributes.cornerUvs.empty()) {
         const PolygonSource source(polygons);
         lines.push_back({"texture",
@@ -135,7 +135,7 @@ void PrintMeshInfo(const std::string& path, bool quiet) {
     std::printf("  vertices  %zu\n  faces     %zu", info.vertices, info.faces);
     const char* separator = "  (";
     for (const auto& [size, count] : info.facesByCorners) {
-        std::printf("%s%zu of %u corners", separator, count, size);
+        std::printf("%s%zu with %u corners", separator, count, size);
         separator = ", ";
     }
     const AxisAlignedBoundingBox& box = info.box;
@@ -149,7 +149,7 @@ void PrintMeshInfo(const std::string& path, bool quiet) {
     for (const auto& [what, text] : info.carriedLines)
         std::printf("  %-9s %s\n", what.c_str(), text.c_str());
     if (!info.manifold.Untouched())
-        std::printf("  split     %zu vertices added where the mesh is no oriented manifold\n",
+        std::printf("  split     %zu vertices added where the mesh is not an oriented manifold\n",
                     info.manifold.addedVertices);
     std::printf("  level 0   %u %s, %u vertices, %zu border edges\n",
                 info.baseFaces,

@@ -39,7 +39,7 @@ void Store(const PreferencesOptions& options, const std::string& file) {
     const fs::path folder = fs::path(file).parent_path();
     if (!folder.empty()) fs::create_directories(folder, failed);
     if (failed)
-        throw HostError("cannot make the folder " + folder.string() + ": " + failed.message());
+        throw HostError("cannot create the folder " + folder.string() + ": " + failed.message());
     SavePreferences(file);
 }
 
@@ -68,7 +68,8 @@ void Print(const PreferencesOptions& options, const std::string& file) {
 void RunPreferences(const PreferencesOptions& options) {
     const std::string file = options.file.empty() ? UserPreferencesPath() : options.file;
     if (file.empty())
-        throw HostError("there is no preferences file: HOME names no folder; --file names one");
+        throw HostError(
+            "there is no preferences file, because HOME is not set to a folder; use --file");
     RegisterUndoPreferences();
     LoadPlugins();
     std::error_code ignored;

@@ -93,8 +93,7 @@ PictureOptions PictureOptionsOf(const RenderOptions& wanted) {
     if (!options.matcap.empty()) options.shading = ShadingMode::Matcap;
     if (!wanted.shading.empty()) options.shading = ShadingModeOf(wanted.shading);
     if (!options.matcap.empty() && options.shading != ShadingMode::Matcap)
-        throw HostError("--matcap: goes with --shading matcap only, not with \"" + wanted.shading +
-                        "\"");
+        throw HostError("--matcap: requires --shading matcap, got \"" + wanted.shading + "\"");
     return options;
 }
 
@@ -175,32 +174,35 @@ void AddRenderCommand(CLI::App& program) {
     verb->add_option("picture", options->picture, "Image file (PNG, JPEG, TIFF)")->required();
     verb->add_option("--levels", options->levels, "Subdivision levels to add")
         ->check(CLI::Range(0u, 12u));
-    auto* from =
-        verb->add_option("--from", options->from, "Direction from the mesh to the eye; frames all")
-            ->expected(3);
+    auto* from = verb->add_option("--from",
+                                  options->from,
+                                  "Direction from the mesh to the eye; frames the whole mesh")
+                     ->expected(3);
     auto* eye =
         verb->add_option("--eye", options->eye, "Position of the eye")->expected(3)->excludes(from);
     verb->add_option("--target", options->target, "Point that the eye looks at")
         ->expected(3)
         ->needs(eye);
     verb->add_option("--up", options->up, "Direction that is up in the image")->expected(3);
-    verb->add_option("--fov", options->fieldOfView, "Field of view from top to bottom, in degrees")
+    verb->add_option("--fov", options->fieldOfView, "Vertical field of view in degrees")
         ->check(CLI::Range(0.1f, 179.0f));
     verb->add_option("--width", options->options.width, "Width in pixels")
         ->check(CLI::Range(1, 16384));
     verb->add_option("--height", options->options.height, "Height in pixels")
         ->check(CLI::Range(1, 16384));
-    verb->add_option("--samples", options->options.samples, "Rays through each pixel")
+    verb->add_option("--samples", options->options.samples, "Rays per pixel")
         ->check(CLI::Range(1, 4096));
-    verb->add_option("--shading", options->shading, "What the surface shows")
+    verb->add_option("--shading", options->shading, "Shading mode")
         ->check(CLI::IsMember(ShadingModeNames()));
     verb->add_option("--matcap", options->options.matcap, "Material of the shading mode matcap")
         ->check(CLI::IsMember(Matcap::Names()));
-    verb->add_flag("--wireframe", options->options.wireframe, "With the edges of the faces");
-    verb->add_flag("--transparent", options->options.transparent, "Without a backdrop");
-    verb->add_option("--frames", options->frames, "Turntable of so many numbered images")
+    verb->add_flag("--wireframe", options->options.wireframe, "Draws the edges of the faces");
+    verb->add_flag("--transparent",
+                   options->options.transparent,
+                   "Writes a transparent background instead of the backdrop");
+    verb->add_option("--frames", options->frames, "Renders a turntable of N numbered images")
         ->check(CLI::Range(1, maxFrames));
-    verb->add_flag("-q,--quiet", options->quiet, "No summary");
+    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
     verb->add_flag("--json", options->json, "The summary as JSON on standard output");
     verb->callback([options] { Render(*options); });
 }

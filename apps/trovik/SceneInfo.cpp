@@ -65,8 +65,8 @@ void Print(const std::string& path, const LoadedScene& scene) {
                     level.faceCount,
                     level.meshType == 1 ? "quads" : "triangles",
                     level.VertexCount(),
-                    i == geometry.BoundIndex() ? ", at work" : "");
-        if (level.FrozenVertexCount() != 0) std::printf(", %u frozen", level.FrozenVertexCount());
+                    i == geometry.BoundIndex() ? ", current" : "");
+        if (level.FrozenVertexCount() != 0) std::printf(", %u masked", level.FrozenVertexCount());
         std::printf("\n");
     }
     for (const auto& layer : scene.geometry->Layers().All()) {

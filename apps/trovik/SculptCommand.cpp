@@ -136,15 +136,14 @@ void Sculpt(const SculptOptions& options) {
 void AddSculptCommand(CLI::App& program) {
     auto options = std::make_shared<SculptOptions>();
     CLI::App* verb = program.add_subcommand(
-        "sculpt",
-        "Runs a stroke script: opens a mesh, strokes over it, writes meshes and pictures");
+        "sculpt", "Runs a stroke script: opens a mesh, applies strokes, writes meshes and images");
     verb->add_option("script",
                      options->script,
                      "Stroke script (JSON; see docs/stroke-script.md); - reads standard input")
         ->required();
     verb->add_option("-o,--output",
                      options->output,
-                     "Folder for the files that the script writes (default: this one)");
+                     "Folder for the files that the script writes (default: the working folder)");
     verb->add_flag(
         "--allow-outside",
         options->allowOutside,
@@ -170,29 +169,31 @@ void AddSculptCommand(CLI::App& program) {
     CLI::Option* trace =
         verb->add_option("--trace",
                          options->trace.folder,
-                         "Folder for a trace: everything that the brush was given and did, for "
+                         "Folder for a trace: all inputs and effects of the brush, for "
                          "tools/trovik_trace.py and NumPy (see docs/trace.md). An earlier trace in "
                          "it is replaced")
             ->check([](const std::string& folder) {
-                return folder.empty() ? std::string("the folder needs a name") : std::string();
+                return folder.empty() ? std::string("the name of the folder is empty")
+                                      : std::string();
             });
     verb->add_option("--trace-every",
                      options->trace.every,
-                     "With --trace: the state of the mesh after every Nth dab too")
+                     "With --trace: also records the state of the mesh after every Nth dab")
         ->check(CLI::Range(1u, 1000000000u))
         ->needs(trace);
     CLI::Option* journal =
         verb->add_option("--journal",
                          options->journal.path,
-                         "Journal to keep: the inputs of all steps and dabs as they happen, from "
-                         "which trovik recover gives the work back after a crash (see "
+                         "Journal to write: the inputs of all steps and dabs as they occur, from "
+                         "which trovik recover restores the work after a crash (see "
                          "docs/journal.md)")
             ->check([](const std::string& file) {
-                return file.empty() ? std::string("the journal needs a name") : std::string();
+                return file.empty() ? std::string("the name of the journal is empty")
+                                    : std::string();
             });
     verb->add_flag("--journal-sync",
                    options->journal.syncSteps,
-                   "With --journal: waits for the disk after each step, against power failure")
+                   "With --journal: syncs to disk after each step, to survive a power failure")
         ->needs(journal);
     verb->add_flag("--strict",
                    options->strict,

@@ -105,7 +105,7 @@ void PrintSettings(const std::vector<ToolDescription>& tools) {
         nameWidth = std::max(nameWidth, setting.name.size());
     }
     std::printf(
-        "\nSettings of the step \"set\": default of most tools and of others, range and unit\n");
+        "\nSettings of the step \"set\": default (with exceptions by tool), range and unit\n");
     for (std::size_t i = 0; i < settings.size(); ++i) {
         std::printf("  %-*s  %s%s\n",
                     static_cast<int>(nameWidth),
@@ -157,8 +157,9 @@ void AddToolsCommand(CLI::App& program) {
     CLI::App* verb = program.add_subcommand(
         "tools", "Lists the tools of the brush with their settings: default, range and unit");
     verb->add_flag("--json", *json, "As JSON on standard output");
-    verb->add_flag(
-        "-q,--quiet", *quiet, "Only tells, by the exit status, whether the brush is found");
+    verb->add_flag("-q,--quiet",
+                   *quiet,
+                   "Prints nothing; the exit status indicates whether the brush was found");
     verb->callback([json, quiet] { ListTools(*json, *quiet); });
 }
 

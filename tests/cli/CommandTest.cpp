@@ -263,7 +263,7 @@ TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
 
     const Outcome info = Run("info scenes/cube.trovik");
     EXPECT_EQ(info.status, 0);
-    EXPECT_NE(info.out.find("level 3   384 quads, 386 vertices, at work"), std::string::npos)
+    EXPECT_NE(info.out.find("level 3   384 quads, 386 vertices, current"), std::string::npos)
         << info.out;
     EXPECT_NE(info.out.find("layer     \"skin\" of level 3, strength 1"), std::string::npos)
         << info.out;
@@ -370,7 +370,7 @@ TEST_F(Command, BakesMapsAndLaysThemOnAgain) {
     EXPECT_NE(told.out.find("map        normal, tangent space, level 4 to level 0"),
               std::string::npos)
         << told.out;
-    EXPECT_NE(told.out.find("numbers    (v - 0.5) x 2"), std::string::npos) << told.out;
+    EXPECT_NE(told.out.find("values     (v - 0.5) x 2"), std::string::npos) << told.out;
 
     EXPECT_EQ(Run("convert s.trovik fine.obj").status, 0);
     const Outcome found = Run("bake fine.obj --unsubdivide 3 -o f.tif --size 32 --json");
@@ -386,8 +386,8 @@ TEST_F(Command, WhatCannotBeBakedIsOneLine) {
               "trovik: bare.trovik: the mesh has no texture coordinates (UVs), and a map lies on "
               "the texture\n");
     EXPECT_EQ(Run("bake cube.obj -o d.exr -q").error,
-              "trovik: cube.obj: there is one level only; a scene has the levels that it was saved "
-              "with, and --unsubdivide finds those that a refined mesh came from\n");
+              "trovik: cube.obj: there is only one level; use a scene with several levels, or "
+              "--unsubdivide with a mesh that is the refinement of a coarser one\n");
     EXPECT_EQ(Run("bake bare.trovik -o d.exr --map colour").status, 2);
     EXPECT_EQ(Run("bake bare.trovik").status, 2);
     EXPECT_EQ(Run("bake bare.trovik -o d.exr --samples 3").status, 2);

@@ -100,7 +100,7 @@ TEST_F(RenderCommand, RefusesWhatDoesNotGoTogether) {
     ExpectRefused("r.png --shading uv",
                   "the mesh has no texture coordinates, which the shading mode \"uv\" shows");
     ExpectRefused("r.png --shading flat --matcap grey",
-                  "--matcap: goes with --shading matcap only, not with \"flat\"");
+                  "--matcap: requires --shading matcap, got \"flat\"");
     ExpectRefused("r.png --from 0 0 0", "--from: the direction has no length");
     ExpectRefused("r.png --up 0 0 0", "--up: the direction has no length");
     ExpectRefused("r.png --eye 0 3 0 --up 0 1 0",

@@ -52,7 +52,7 @@ TEST_F(Verbs, HelpExplainsACommandOrAll) {
     EXPECT_EQ(unknown.status, 2);
     EXPECT_EQ(unknown.error,
               "trovik: there is no command \"sclupt\"; did you mean \"sculpt\"?; trovik help "
-              "--help tells what there is\n");
+              "--help lists the options\n");
     EXPECT_EQ(Run("help info more").status, 2);
 }
 
@@ -64,12 +64,12 @@ TEST_F(Verbs, AreInTheManPage) {
 TEST_F(Verbs, WrongUseIsOneLineAndStatus2) {
     for (const auto& [arguments, reason] :
          std::initializer_list<std::pair<const char*, const char*>>{
-             {"", "a command is needed; trovik --help tells what there is"},
+             {"", "a command is needed; trovik --help lists the options"},
              {"converrt",
               "there is no command \"converrt\"; did you mean \"convert\"?; trovik --help"},
-             {"carve", "there is no command \"carve\"; trovik --help tells what there is"},
-             {"sculpt", "trovik sculpt --help tells what there is"},
-             {"sculpt s.json --loud", "trovik sculpt --help tells what there is"}}) {
+             {"carve", "there is no command \"carve\"; trovik --help lists the options"},
+             {"sculpt", "trovik sculpt --help lists the options"},
+             {"sculpt s.json --loud", "trovik sculpt --help lists the options"}}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 2) << arguments;
         EXPECT_EQ(outcome.error.find('\n'), outcome.error.size() - 1) << outcome.error;
