@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# Short names for the common runs. The build itself is CMake's; see CMakePresets.json.
+# Shortcuts for common tasks. CMake does the build; see CMakePresets.json.
 
 SHELL := /bin/bash
 .SHELLFLAGS := -euo pipefail -c
@@ -11,7 +11,7 @@ JOBS ?= $(shell nproc)
 # Extra options for ctest, e.g. CTEST_OPTIONS="-R topology"
 CTEST_OPTIONS ?=
 
-# Without a home folder to write to, ccache keeps its files with the build.
+# Without a writable home folder, ccache stores its files in the build folder.
 ifneq ($(shell test -n "$$HOME" -a -d "$$HOME" -a -w "$$HOME" && echo yes),yes)
 ifndef CCACHE_DIR
 export CCACHE_DIR := $(CURDIR)/build/ccache
@@ -20,14 +20,14 @@ endif
 
 .PHONY: help
 help: ## Show this list
-	@echo "Trovik: make TARGET, with one of"
+	@echo "Usage: make TARGET, with one of these targets:"
 	@sed -nE 's/^([a-z-]+):.*## (.*)$$/  \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
 
 .PHONY: packages
-packages: ## Install the Debian packages that the build needs (root or sudo)
+packages: ## Install the Debian packages that the build needs (requires root or sudo)
 	@scripts/install-packages.sh
 
-# The demo builds the products alone: no tests, no benchmarks.
+# The demo builds only the products, without tests and benchmarks.
 .PHONY: demo
 demo: packages ## Build the release and sculpt the example; results in demo-output/
 	@echo "== Configuring (preset release)"
@@ -47,7 +47,7 @@ test: packages ## Build with warnings as errors and run all tests
 	@ctest --preset ci --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
 .PHONY: clang
-clang: ## Build the plug-in and the command with Clang and check that they give the same bits
+clang: ## Build the plug-in and the command with Clang and check that results are bit-identical
 	@scripts/install-packages.sh --clang
 	@echo "== Configuring (preset clang)"
 	@cmake --preset clang
@@ -57,7 +57,7 @@ clang: ## Build the plug-in and the command with Clang and check that they give 
 	@ctest --preset clang --output-on-failure
 
 .PHONY: mutation
-mutation: ## Run the command on damaged files, COUNT=2000 for each reader
+mutation: ## Run the command on damaged files, COUNT=2000 per reader
 	@cmake --preset release
 	@cmake --build --preset release --parallel $(JOBS) --target trovik SwiftStroke
 	@tools/mutation_run.py build/release/bin/trovik --count $(COUNT) --jobs $(JOBS)
@@ -69,41 +69,41 @@ asan: packages ## Build with address and undefined-behaviour sanitizers and run 
 	@ctest --preset asan-ubsan --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
 .PHONY: asan-host
-asan-host: packages ## The same without instrumenting the kernels, which halves the build
+asan-host: packages ## Run the tests with sanitizers on everything except the kernels, which halves the build time
 	@cmake --preset asan-ubsan-host
 	@cmake --build --preset asan-ubsan-host --parallel $(JOBS)
 	@ctest --preset asan-ubsan-host --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
 .PHONY: bench
-bench: packages ## Build the release and run the benchmarks; figures in build/release/bench-results/
+bench: packages ## Build the release and run the benchmarks; results in build/release/bench-results/
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
 	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik SwiftStroke
 	@tools/bench.py run build/release build/release/bench-results
 
-# Sizes in millions of vertices; 64 needs about 8 GB and some minutes.
+# Mesh sizes in millions of vertices; 64 needs about 8 GB and several minutes.
 STEPS ?= 1 4 16 64
 
 .PHONY: bench-ladder
-bench-ladder: packages ## Measure the same dab on ever larger meshes, STEPS="1 4 16 64" million
+bench-ladder: packages ## Measure the same dab on larger and larger meshes, STEPS="1 4 16 64" million vertices
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
 	@cmake --build --preset release --parallel $(JOBS) --target trovik-ladder
 	@mkdir -p build/release/bench-results
 	@build/release/bin/trovik-ladder build/release/bench-results/ladder.json $(STEPS)
 
 .PHONY: bench-check
-bench-check: packages ## Tell which ratios of the benchmarks are worse than the recorded ones
+bench-check: packages ## List the benchmark ratios that are worse than the recorded ones
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
 	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik-ladder
 	@tools/bench.py check build/release bench/recorded.json
 
 COUNT ?= 2000
 
-# How long each reader is fed; as many at a time as there are cores.
+# Fuzzing time per reader; one reader runs per core.
 SECONDS ?= 60
 READERS ?= obj ply stl gltf scene script journal
 
 .PHONY: fuzz
-fuzz: ## Feed damaged files to the readers, SECONDS=60 each (clang); findings in build/fuzz/
+fuzz: ## Run the fuzzers of the file readers, SECONDS=60 each (needs Clang); findings in build/fuzz/
 	@scripts/install-packages.sh --fuzz
 	@cmake --preset fuzz
 	@cmake --build --preset fuzz --parallel $(JOBS)
@@ -114,16 +114,16 @@ fuzz: ## Feed damaged files to the readers, SECONDS=60 each (clang); findings in
 	        -rss_limit_mb=2048 -artifact_prefix=build/fuzz/NAME- \
 	        build/fuzz/found/NAME fuzz/corpus/NAME >$$log 2>&1; \
 	    then echo "== NAME: $$(tail -n 1 $$log)"; \
-	    else echo "== NAME: found something, see $$log"; tail -n 30 $$log; exit 1; fi'
+	    else echo "== NAME: found a fault, see $$log"; tail -n 30 $$log; exit 1; fi'
 
 .PHONY: stamps
-stamps: packages ## Paint the shipped stamps anew into stamps/
+stamps: packages ## Regenerate the installed stamps in stamps/
 	@cmake --preset release
 	@cmake --build --preset release --parallel $(JOBS) --target trovik-stamps
 	@build/release/bin/trovik-stamps stamps
 
 .PHONY: coverage
-coverage: packages ## Run all tests and summarise what they reached (needs gcovr)
+coverage: packages ## Run all tests and summarise the coverage (needs gcovr)
 	@cmake --workflow --preset coverage
 	@scripts/coverage.sh build/coverage
 
@@ -132,7 +132,7 @@ format: ## Format the C++ sources in place
 	@scripts/format.sh
 
 .PHONY: format-check
-format-check: ## Tell which C++ sources are not formatted
+format-check: ## List the C++ sources that are not formatted
 	@scripts/format.sh --check
 
 .PHONY: tidy
@@ -141,5 +141,5 @@ tidy: ## Run clang-tidy over all sources
 	@scripts/tidy.sh build/dev
 
 .PHONY: clean
-clean: ## Remove what was built
+clean: ## Remove the build folder and the output of the demo
 	@rm -rf build demo-output

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Everything comes from the system's packages (scripts/install-packages.sh installs them).
+# All dependencies are system packages (scripts/install-packages.sh installs them).
 
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
 find_package(Threads REQUIRED)
@@ -15,12 +15,12 @@ find_package(zstd REQUIRED)
 find_package(PNG REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(LZ4 REQUIRED IMPORTED_TARGET liblz4)
-# Through pkg-config, since Debian's CMake package of OpenImageIO refuses to load unless the image
-# viewers and the Python bindings are installed as well.
+# Found by pkg-config, because Debian's CMake package of OpenImageIO requires the image viewers and
+# the Python bindings.
 pkg_check_modules(OPENIMAGEIO REQUIRED IMPORTED_TARGET GLOBAL OpenImageIO>=2.4)
 add_library(OpenImageIO::OpenImageIO ALIAS PkgConfig::OPENIMAGEIO)
 
-# SIMDe is headers only and ships no package file; it serves machines other than x86.
+# SIMDe is header-only and has no package file; it is used on machines other than x86.
 find_path(TROVIK_SIMDE_INCLUDE_DIR simde/x86/sse2.h REQUIRED)
 mark_as_advanced(TROVIK_SIMDE_INCLUDE_DIR)
 add_library(TrovikSimde INTERFACE)
@@ -29,8 +29,8 @@ target_include_directories(
 
 if(TROVIK_BUILD_TESTS)
     find_package(GTest 1.12 REQUIRED)
-    # OpenSubdiv is what refined positions are tested against; no product links it.
-    # Found by hand, since Debian's CMake package of it names static libraries that Debian leaves out.
+    # Tests compare refined positions with OpenSubdiv; no product links it.
+    # Found by hand, because Debian's CMake package refers to static libraries that are missing.
     find_path(TROVIK_OPENSUBDIV_INCLUDE_DIR opensubdiv/far/topologyRefiner.h REQUIRED)
     find_library(TROVIK_OPENSUBDIV_LIBRARY osdCPU REQUIRED)
     mark_as_advanced(TROVIK_OPENSUBDIV_INCLUDE_DIR TROVIK_OPENSUBDIV_LIBRARY)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# What `cmake --install` lays down: libraries, the plug-in, the command, the headers, and a CMake
+# `cmake --install` installs the libraries, the plug-in, the command, the headers, and a CMake
 # package with the targets Trovik::HostContract, Trovik::Framework and Trovik::DetailBrush.
 
 include(CMakePackageConfigHelpers)
@@ -22,7 +22,7 @@ install(
     DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}"
     FILES_MATCHING
     PATTERN "*.h")
-# tools/check_public_headers.py checks that these need no others.
+# tools/check_public_headers.py checks that these include no other headers.
 set(publicHeaderList "${PROJECT_SOURCE_DIR}/framework/public_headers.txt")
 set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
                                                               "${publicHeaderList}")
@@ -68,7 +68,7 @@ endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE"
               "${PROJECT_SOURCE_DIR}/docs/third-party.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
-# The tools name their stamps by paths such as "Stamps/knife.tif" below this folder.
+# The tools refer to their stamps by paths such as "Stamps/knife.tif" below this folder.
 install(
     DIRECTORY "${PROJECT_SOURCE_DIR}/stamps/"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/trovik/stamps"

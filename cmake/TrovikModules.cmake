@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Modules: parts of the library that it loads when they are first needed (framework/modules).
-# Executables that the build tree runs depend on the target TrovikModules, since nothing links a
-# module.
+# Modules are parts of the library that it loads when they are first needed (framework/modules).
+# Executables that run in the build tree depend on the target TrovikModules, because nothing links
+# a module.
 add_custom_target(TrovikModules)
 
 # trovik_add_module(NAME <name> SOURCES <file>... [LIBRARIES <target>...])
 #
-# Makes <name>.so in the library's folder of modules. The sources define `trovikModule`
+# Builds <name>.so in the library's folder of modules. The sources define `trovikModule`
 # (framework/modules/ModuleEntry.h), the only symbol that the module exports.
 function(trovik_add_module)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES")
@@ -16,7 +16,7 @@ function(trovik_add_module)
         ${arg_NAME} PRIVATE Trovik::Framework Trovik::Warnings Trovik::Numbers ${arg_LIBRARIES})
     target_compile_definitions(
         ${arg_NAME} PRIVATE TROVIK_MODULE_VERSION="${PROJECT_VERSION}")
-    # With Clang, symbols of the sanitizers are in the executable only.
+    # With Clang, the sanitizers' symbols are defined in the executable only.
     if(NOT TROVIK_SANITIZE)
         target_link_options(${arg_NAME} PRIVATE -Wl,--no-undefined)
     endif()

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Two interface targets that every target of this tree links privately: what the compiler warns
-# of, and how it may treat floating-point numbers.
+# Two interface targets that every target of this tree links privately: the compiler warnings and
+# the floating-point flags.
 
 add_library(TrovikWarnings INTERFACE)
 add_library(Trovik::Warnings ALIAS TrovikWarnings)
-# Errors are made of these only by CMAKE_COMPILE_WARNING_AS_ERROR (preset `ci`): a newer compiler
-# brings newer warnings, and those must not stop who only wants to build.
+# Warnings are errors only with CMAKE_COMPILE_WARNING_AS_ERROR (preset `ci`): a newer compiler has
+# new warnings, which must not break the build for users.
 target_compile_options(
     TrovikWarnings
     INTERFACE -Wall
@@ -16,14 +16,14 @@ target_compile_options(
               -Wsign-conversion
               -Wnon-virtual-dtor
               -Wcast-align
-              # GCC 12 sees overlaps in plain std::string sums that are not there (bug 105651).
+              # GCC 12 reports false overlaps in concatenations of std::string (bug 105651).
               $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
 add_library(TrovikNumbers INTERFACE)
 add_library(Trovik::Numbers ALIAS TrovikNumbers)
-# The same script gives the same bits on every machine: no fused multiply-add, no reassociation,
-# and no -march. The last two flags only drop errno and trap bookkeeping; no result changes by
-# them, while square roots become single instructions.
+# These flags make results bit-identical on every machine: no fused multiply-add, no reassociation,
+# and no -march. The last two flags only disable errno and traps, which changes no result and
+# compiles a square root to one instruction.
 target_compile_options(
     TrovikNumbers
     INTERFACE -ffp-contract=off
@@ -31,27 +31,27 @@ target_compile_options(
               -fno-math-errno
               -fno-trapping-math)
 
-# Qt's lower-case macros (`emit`, `slots`) would rewrite names in oneTBB's headers and in our own.
+# Qt's lower-case macros (`emit`, `slots`) would replace names in oneTBB's and in our own headers.
 add_compile_definitions(QT_NO_KEYWORDS)
 
-# Precompiled headers halve the compile time of most files. Without them (preset `dev`) each file
-# shows that it includes what it uses, and clang-tidy can follow.
+# Precompiled headers halve the compile time of most files. A build without them (preset `dev`)
+# checks that each file includes the headers that it uses, and works with clang-tidy.
 option(TROVIK_PRECOMPILE "Precompile headers of the library and of the tests" ON)
 
 if(TROVIK_ASSERTS)
-    # Comes after the -DNDEBUG of the optimised build types on the command line.
+    # Follows the -DNDEBUG of the optimised build types on the command line, and so overrides it.
     add_compile_options(-UNDEBUG)
 endif()
 
 if(TROVIK_SANITIZE)
-    # Set for the whole tree, the plug-in module included: an uninstrumented module would hide the
-    # very accesses that go through the host's arrays.
+    # Applies to the whole tree, including the plug-in: the accesses of an uninstrumented plug-in to
+    # the host's arrays would not be checked.
     add_compile_options(
         "-fsanitize=${TROVIK_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options("-fsanitize=${TROVIK_SANITIZE}")
 endif()
 
 if(TROVIK_BUILD_FUZZ)
-    # What the fuzzers are led by. Their drivers alone link the fuzzer itself.
+    # Coverage that guides the fuzzers. Only their drivers link the fuzzer itself.
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

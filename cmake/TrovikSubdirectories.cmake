@@ -2,8 +2,8 @@
 
 # trovik_add_subdirectories(<dir>...)
 #
-# Adds those of the named folders that hold a CMakeLists.txt. A trimmed checkout, say one without
-# the tests of the command, so still configures.
+# Adds those of the given folders that contain a CMakeLists.txt. A partial checkout, for example one
+# without the tests of the command, can therefore still be configured.
 function(trovik_add_subdirectories)
     foreach(directory IN LISTS ARGN)
         if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${directory}/CMakeLists.txt")

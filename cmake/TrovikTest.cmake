@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Headers that nearly every test includes: reading them takes more than half of a test's compile
-# time. They are compiled once, and only headers that hardly ever change are among them.
-# What the tests themselves work out is little; a lighter -O saves a third of their compile time.
+# Headers that nearly every test includes are precompiled once: parsing them takes more than half of
+# a test's compile time. Only headers that rarely change are listed.
+# Tests spend little time in their own code, so -O1 is sufficient; it saves a third of their compile
+# time.
 set(trovikTestOptions "$<$<CONFIG:Release>:-O1>")
 if(TROVIK_PRECOMPILE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Without it ccache passes such files by.
+    # Required for ccache to cache files with precompiled headers.
     list(APPEND trovikTestOptions -fpch-preprocess)
 endif()
 function(trovik_make_test_headers)
@@ -14,7 +15,7 @@ function(trovik_make_test_headers)
     endif()
     file(WRITE "${PROJECT_BINARY_DIR}/tests/TestHeaders.cpp" "")
     add_library(TrovikTestHeaders OBJECT "${PROJECT_BINARY_DIR}/tests/TestHeaders.cpp")
-    # Flags and definitions must be those of the tests.
+    # Flags and definitions must match those of the tests.
     target_link_libraries(
         TrovikTestHeaders
         PRIVATE Trovik::Framework
@@ -42,8 +43,8 @@ function(trovik_make_test_headers)
                 <vector>)
 endfunction()
 
-# The path of the source tree is compiled into one object only. As a definition of every test it
-# would make each compiler command depend on the checkout, and ccache could not share results.
+# The path of the source tree is compiled into one object only. If it were a definition of every
+# test, every compiler command would depend on the checkout, and ccache could not share results.
 function(trovik_make_source_folder)
     if(TARGET TrovikTestSourceFolder)
         return()
@@ -57,7 +58,7 @@ endfunction()
 
 # trovik_add_test(NAME <name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...])
 #
-# Makes the GoogleTest executable <name> and registers it with ctest.
+# Builds the GoogleTest executable <name> and registers it with ctest.
 #
 # It runs with TROVIK_PLUGIN_PATH set to the built plug-ins and TROVIK_DATA to the examples
 # folder; tests/SourceFolder.h returns the source tree. Label: `unit` if none is given.
@@ -90,13 +91,13 @@ function(trovik_add_test)
         target_precompile_headers(${arg_NAME} REUSE_FROM TrovikTestHeaders)
     endif()
     add_dependencies(${arg_NAME} TrovikModules)
-    # Nothing links the plug-in, but many tests open it.
+    # No test links the plug-in, but many tests load it.
     if(TARGET SwiftStroke)
         add_dependencies(${arg_NAME} SwiftStroke)
     endif()
 
-    # One entry for each executable: starting a process costs more than most tests do. What failed in
-    # it stands in its output; `--gtest_filter` runs a single test.
+    # One ctest entry per executable, because starting a process costs more than most tests. The
+    # output lists failed tests; `--gtest_filter` runs a single test.
     add_test(NAME ${arg_NAME} COMMAND ${arg_NAME})
     set_tests_properties(
         ${arg_NAME}

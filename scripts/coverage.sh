@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# Summarises what the tests of a `coverage` build reached, by source file.
+# Summarises the test coverage of a `coverage` build, by source file.
 #
 #   scripts/coverage.sh [BUILD_DIR]
 set -euo pipefail

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# Sculpts the example script and says where the results are.
+# Runs the example script and lists the resulting files.
 #
 #   scripts/demo.sh [BUILD_DIR [OUTPUT_DIR]]
 set -euo pipefail
@@ -17,7 +17,7 @@ if [[ ! -x $trovik ]]; then
 fi
 
 mkdir -p "$output"
-# The script names its outputs relative to the current folder and its mesh relative to itself.
+# Output files are relative to the working folder, the mesh is relative to the script.
 cd "$output"
 echo "Sculpting examples/demo.json ..."
 "$trovik" sculpt "$source/examples/demo.json"
@@ -27,7 +27,7 @@ echo "Results in $output:"
 found=0
 while IFS= read -r -d '' file; do
     case "$file" in
-        *.png | *.exr | *.tif | *.tiff) kind=picture ;;
+        *.png | *.exr | *.tif | *.tiff) kind=image ;;
         *.obj | *.ply | *.stl | *.gltf | *.glb) kind=mesh ;;
         *) kind=other ;;
     esac

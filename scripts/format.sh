@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# Formats the C++ sources in place, or with --check only tells which are not formatted.
+# Formats the C++ sources in place; with --check, only lists those that are not formatted.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -1,22 +1,22 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# Installs the Debian packages that building and testing need. Does nothing where all of them are
-# installed. Needs root (or sudo) otherwise; asks no questions.
+# Installs the Debian packages that are required to build and test. Does nothing if all of them are
+# installed; otherwise it needs root (or sudo). Runs without questions.
 #
 #   scripts/install-packages.sh          build, tests, benchmarks
-#   scripts/install-packages.sh --lint   clang-format and clang-tidy as well
-#   scripts/install-packages.sh --clang  clang as well
-#   scripts/install-packages.sh --fuzz   clang and its fuzzer as well
+#   scripts/install-packages.sh --lint   also clang-format and clang-tidy
+#   scripts/install-packages.sh --clang  also Clang
+#   scripts/install-packages.sh --fuzz   also Clang and its fuzzer
 set -euo pipefail
 
 packages=(
     # Tools.
     g++ cmake ninja-build make pkg-config ccache binutils git python3 python3-numpy
-    # What the products link.
+    # Libraries of the products.
     qt6-base-dev libembree-dev libtbb-dev libopenimageio-dev libimath-dev libpng-dev
     libtinyobjloader-dev libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
-    # What the tests and benchmarks link.
+    # Libraries of the tests and benchmarks.
     libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )
 
@@ -33,8 +33,8 @@ for argument in "$@"; do
 done
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-    echo "install-packages: this is no Debian system (dpkg-query or apt-get is missing)." >&2
-    echo "Install these by your system's own means, then run cmake --workflow --preset ci:" >&2
+    echo "install-packages: this is not a Debian system (dpkg-query or apt-get is missing)." >&2
+    echo "Install these packages with your system's tools, then run cmake --workflow --preset ci:" >&2
     printf '  %s\n' "${packages[@]}" >&2
     exit 1
 fi
@@ -59,13 +59,13 @@ if ((EUID != 0)); then
     asRoot=(sudo -n "${asRoot[@]}")
 fi
 
-# No recommended packages: they bring documentation and desktop parts that nothing here uses.
+# Without recommended packages, which contain documentation and desktop parts that are not needed.
 aptGet=("${asRoot[@]}" apt-get --yes --quiet --no-install-recommends
     -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=300 -o Acquire::Retries=3)
 
 update() { "${aptGet[@]}" update </dev/null; }
 
-# A mirror now and then changes while its lists are being read; a second try sees it whole.
-update || { echo "Packages: the lists could not be read, trying once more."; sleep 5; update; }
+# A mirror may change while its lists are read, so the update is retried once.
+update || { echo "Packages: cannot read the lists, retrying once."; sleep 5; update; }
 "${aptGet[@]}" install "${missing[@]}" </dev/null
 echo "Packages: done."

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# Runs clang-tidy over the sources that a configured build compiles.
+# Runs clang-tidy on the sources of a configured build.
 #
 #   scripts/tidy.sh [BUILD_DIR [PATTERN]]
 #
-# PATTERN, a regular expression, limits the run to the sources whose path matches.
+# PATTERN is a regular expression that limits the run to sources with a matching path.
 set -euo pipefail
 
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -21,7 +21,7 @@ if [[ ! -f $build/compile_commands.json ]]; then
     exit 1
 fi
 
-# The compilation database also holds generated files of the build folder; those are left out.
+# The compilation database also contains generated files of the build folder, which are excluded.
 python3 - "$source" "$build" "$pattern" <<'PYTHON' |
 import json, os, re, sys
 
