@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The loaders below the readers, compiled here, so that the sanitizers see into them; the packaged
+/// Compiles the third-party loaders that the readers use with sanitizers; the packaged
 /// libraries are not instrumented.
 #define TINYGLTF_IMPLEMENTATION
 #define TINYOBJLOADER_IMPLEMENTATION

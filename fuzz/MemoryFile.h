@@ -14,7 +14,7 @@
 
 namespace trovik {
 
-/// Bytes as a file that lies in memory, for readers that take paths.
+/// A file in memory, for readers that take a path.
 class MemoryFile {
 public:
     MemoryFile(const std::uint8_t* bytes, std::size_t size)
@@ -28,8 +28,8 @@ public:
     MemoryFile(const MemoryFile&) = delete;
     MemoryFile& operator=(const MemoryFile&) = delete;
 
-    /// Runs a reader on the file. It must do its work or refuse in one line that names the file;
-    /// all else ends the run.
+    /// Runs a reader on the file. The reader must succeed, or throw a HostError with one line that
+    /// names the file; otherwise the process is aborted.
     template <class Reader>
     void Read(const Reader& read) const {
         try {

@@ -6,7 +6,7 @@
 
 namespace trovik {
 
-/// Lets a reader of meshes read these bytes. It must give a mesh that can be sculpted, or refuse.
+/// Runs a mesh reader on these bytes. The reader must return a valid mesh or throw a HostError.
 template <class Reader>
 void FuzzReader(const std::uint8_t* bytes, std::size_t size, const Reader& read) {
     const MemoryFile file(bytes, size);

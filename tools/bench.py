@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the benchmarks and tells what they found.
+"""Runs the benchmarks and reports the results.
 
-    bench.py run BUILD OUT [FILTER]   all figures to OUT/bench.json and OUT/bench.txt
-    bench.py check BUILD RECORDED     measures, compares the ratios with the recorded ones
-    bench.py record BUILD RECORDED    measures and records
+    bench.py run BUILD OUT [FILTER]   writes all figures to OUT/bench.json and OUT/bench.txt
+    bench.py check BUILD RECORDED     measures and compares the ratios with the recorded ones
+    bench.py record BUILD RECORDED    measures and records the ratios
 
-BUILD is the folder of an optimised build. Times are processor times, the least of several runs.
-Ratios of times of one run say more than the times: the machine may be busy.
+BUILD is the folder of an optimised build. Times are processor times, the minimum of several runs.
+Compare ratios of times of one run rather than times, because the machine may be busy.
 """
 import json
 import os
@@ -85,7 +85,7 @@ def run_whole_stroke(build):
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         write_grid(folder / "grid.obj", GRID_SIDE)
-        # In turns, since both take most of their time for the same start.
+        # Interleaved, because both spend most of their time in the same start-up.
         pairs = [(run_command(build, folder, 0), run_command(build, folder, DABS)) for _ in range(7)]
     seconds = min(dabs[0] for _, dabs in pairs) - min(none[0] for none, _ in pairs)
     return {"dabs a second": DABS / max(seconds, 1e-9), "peak bytes": min(dabs[1] for _, dabs in pairs)}
@@ -106,7 +106,7 @@ def table(found):
 
 
 def ratios(found):
-    """What the guard watches: by name a number that grows when something gets worse."""
+    """The ratios that `check` compares, by name; each grows if performance gets worse."""
     out = {}
 
     def put(name, above, below):

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks that the folders of the framework include only those below them.
+"""Checks that each folder of the framework includes only folders below it.
 
 The order is that of trovik_add_subdirectories() in framework/CMakeLists.txt, from the bottom up.
-Also checks that every test folder that tests/CMakeLists.txt lists exists, since a missing one is
-skipped silently by the build.
+Also checks that every test folder listed in tests/CMakeLists.txt exists, because the build skips
+missing folders silently.
 
 usage: check_layers.py [CHECKOUT]
 """

@@ -4,7 +4,7 @@
 
 Only the listed headers of the framework are installed, next to the contract in
 plugins/SwiftStroke/host. A listed header must exist and may include only listed headers and the
-contract, or programs that use the installed package do not compile.
+contract; otherwise, programs that use the installed package do not compile.
 
 usage: check_public_headers.py [CHECKOUT]
 """

@@ -1,18 +1,18 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the trovik command on damaged files and checks that it reads or refuses each one cleanly.
+"""Runs the trovik command on damaged files and checks that it reads or rejects each one cleanly.
 
     tools/mutation_run.py TROVIK [--count N] [--seed S] [--readers obj,ply] [--keep DIR] [--jobs J]
 
-For each reader, N files are made by damaging the files of fuzz/corpus/READER. Every file is given to
-the verb that reads it, with a time limit and a limit on the address space. A file fails the run if
-the process
+For each reader, the script creates N files by damaging files of fuzz/corpus/READER. Each file is
+passed to the verb that reads it, with a time limit and a limit on the address space. The run fails
+if the process
 
-  - is ended by a signal;
-  - runs past the time limit and then does not end within seconds of an interrupt (a damaged script
-    may ask for much work, which is reported as slow and is not a failure);
-  - exits with another status than 0, 1 or 2;
-  - refuses the file without exactly one line of error, or with one that is not printable UTF-8.
+  - is terminated by a signal;
+  - exceeds the time limit and then does not end within seconds of an interrupt (a damaged script may
+    request much work, which is reported as slow and is not a failure);
+  - exits with a status other than 0, 1 or 2;
+  - fails without a line of error, or prints output that is not printable UTF-8.
 
 The same seed gives the same files. Failing files are kept with the command's output.
 """
@@ -34,11 +34,11 @@ INTERRUPT_LIMIT_S = 5
 ADDRESS_SPACE = 2 << 30
 LONGEST_LINE = 2000
 SLOW = "slow"
-# The mesh that the scripts of the corpus name besides those of examples/meshes.
+# A mesh that the scripts of the corpus use in addition to those of examples/meshes.
 CUBE = """v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\nv -1 -1 1\nv 1 -1 1\nv -1 1 1\nv 1 1 1
 f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n"""
 
-# Arguments for a damaged file, by reader. OUT is an empty folder for what the command writes.
+# Arguments for a damaged file, by reader. OUT is an empty folder for the command's output files.
 VERBS = {
     "obj": ["info", "FILE"],
     "ply": ["info", "FILE"],
@@ -48,7 +48,7 @@ VERBS = {
     "script": ["sculpt", "FILE", "--quiet", "--output", "OUT"],
     "journal": ["recover", "FILE", "--quiet", "--output", "OUT/recovered.trovik"],
 }
-# Bytes that formats give a meaning to.
+# Bytes with a meaning in file formats.
 SIGNIFICANT = b'\x00\x01\x7f\x80\xff"{}[],:-+.eE019/ \n\t'
 NUMBERS = [b"1e38", b"-1e39", b"nan", b"inf", b"4294967295", b"-1", b"0", b"1e-30", b"18446744073709551616"]
 
@@ -89,7 +89,7 @@ def limit_address_space():
 
 
 def complaint(status, error):
-    """What is wrong with how the process ended, or an empty string."""
+    """The fault in the exit status or output of the process, or an empty string."""
     if status < 0:
         return f"ended by signal {-status}"
     if status not in (0, 1, 2):
@@ -110,7 +110,7 @@ def complaint(status, error):
 
 
 def check(trovik, reader, number, data, suffix, folder):
-    """Runs the command on one file. Returns what is wrong, and the output."""
+    """Runs the command on one file. Returns the fault, SLOW, or an empty string."""
     case = folder / f"{reader}-{number}"
     case.mkdir()
     file = case / f"damaged{suffix}"

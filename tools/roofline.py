@@ -4,23 +4,23 @@
 
     roofline.py build/release/bench-results/bench.json docs/pictures/roofline.svg
 
-Across: floating-point operations for each byte that must be moved; up: operations a second. What
-a dab moves and works out for each vertex that it touches is counted by hand below.
+The horizontal axis is floating-point operations per byte of memory traffic, the vertical axis is
+operations per second. The bytes and operations per touched vertex of a dab are counted by hand.
 """
 import json
 import math
 import pathlib
 import sys
 
-# Bytes read and written of what a later dab must touch: vertex, record, normal, face indices.
+# Bytes that a later dab reads and writes: vertex, record, normal, face indices.
 BYTES = 20 + 40 + 8 + 16 + 20 + 40 + 8
 NORMALS = 6 + 9 + 3 + 5 + 2 + 6
 DISTANCE = 8 + 2
-# Operations a vertex inside the radius takes, normals not counted.
+# Operations per vertex inside the radius, without normals.
 INSIDE = {"pushing": DISTANCE + 5 + 1 + 6, "planing": DISTANCE + 2 + 3 + 5 + 3 + 6,
           "pulling": DISTANCE + 1 + 3 + 3 + 6, "averaging": DISTANCE + 1 + 12 + 3 + 3 + 6}
 COLOURS = {"pushing": "#c0392b", "planing": "#2471a3", "pulling": "#1e8449", "averaging": "#b7950b"}
-# Four additions or multiplications of eight numbers a cycle.
+# Four additions or multiplications of eight numbers per cycle.
 PEAK_PER_CYCLE = 32
 WIDTH, HEIGHT, LEFT, BOTTOM, TOP, RIGHT = 760, 460, 78, 56, 30, 24
 X_RANGE, Y_RANGE = (0.1, 10.0), (1.0, 200.0)
@@ -39,7 +39,7 @@ def text(x, y, words, anchor="start", size=12, turn=0, colour="#333"):
 
 
 def roof(rate, peak, label, away):
-    """A slanted roof of `rate` bytes a second up to `peak` operations a second (both in 10^9)."""
+    """A slanted roof of `rate` bytes per second up to `peak` operations per second (both in 10^9)."""
     low = max(X_RANGE[0], Y_RANGE[0] / rate)
     high = min(X_RANGE[1], peak / rate)
     (x0, y0), (x1, y1) = place(low, low * rate), place(high, high * rate)

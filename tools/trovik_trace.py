@@ -14,12 +14,12 @@ except ImportError:
 
 SAME, DIFFERENT, TROUBLE = 0, 1, 2
 DABS = ("ApplyDab", "ApplyToWholeMesh")
-# Lines of what the host does to a mesh outside the brush.
+# Lines for changes of a mesh by the host, outside the brush.
 HOST = ("SettleSymmetry", "HostChange")
 
 
 class TraceError(Exception):
-    """A file of a trace that cannot be read, told in one line."""
+    """A one-line message about a file of a trace that cannot be read."""
 
 
 # --- Reading -------------------------------------------------------------------------------------
@@ -61,7 +61,7 @@ def read_lines(folder):
 
 
 def read_array(path):
-    """An .npy file of version 1.0, its length checked against its header before anything is allocated."""
+    """Reads an .npy file of version 1.0; checks its length against its header before allocating."""
     try:
         with open(path, "rb") as file:
             size = os.fstat(file.fileno()).st_size
@@ -109,7 +109,7 @@ def is_number(value):
 
 
 def same_number(a, b):
-    """Whole numbers as such; where one is a float, both as the bits of single precision."""
+    """Compares integers as such; if one is a float, compares both as single-precision bits."""
     if isinstance(a, int) and isinstance(b, int):
         return a == b
     with np.errstate(over="ignore"):
@@ -117,7 +117,7 @@ def same_number(a, b):
 
 
 def differences(a, b, place):
-    """The places at which two JSON values differ, as (place, value of a, value of b)."""
+    """The paths at which two JSON values differ, as (path, value of a, value of b)."""
     if isinstance(a, dict) and isinstance(b, dict):
         for key in list(a) + [key for key in b if key not in a]:
             where = f"{place}.{key}" if place else key
@@ -145,7 +145,7 @@ def shown(value):
 
 
 class Report:
-    """Prints the first differences and counts all."""
+    """Prints the first differences and counts all of them."""
 
     def __init__(self, limit):
         self.limit = limit
@@ -191,7 +191,7 @@ def common_files(a, b, ending, report):
 
 
 def differing_elements(one, other):
-    """Which elements of two arrays of one type and shape differ in some bit."""
+    """Indices of the elements of two arrays of one type and shape that are not bit-identical."""
     width = one.dtype.itemsize
     bytes_a = np.frombuffer(one.tobytes(), np.uint8).reshape(-1, width)
     bytes_b = np.frombuffer(other.tobytes(), np.uint8).reshape(-1, width)
@@ -242,7 +242,7 @@ def dab_numbers(lines):
 
 
 class Unknown(Exception):
-    """What cannot be derived from a trace, with the reason."""
+    """The reason why a value cannot be derived from a trace."""
 
 
 def read_meta(state, mesh):
@@ -278,7 +278,7 @@ def dab_state(dab):
 
 
 def positions_before(folder, lines, index, mesh):
-    """The positions of a mesh's bound level before a line: of the last state before it, and what was settled since."""
+    """The positions of a mesh's bound level before a line: the last state plus later SettleSymmetry lines."""
     state, settled = "before", []
     dabs = dab_numbers(lines)
     for number in range(index - 1, -1, -1):
@@ -300,7 +300,7 @@ def positions_before(folder, lines, index, mesh):
 
 
 def movement(folder, lines, index, mesh, after):
-    """What moved, as text; after: makes the later positions from the earlier ones."""
+    """The moved vertices as text; after: computes the later positions from the earlier ones."""
     try:
         before = positions_before(folder, lines, index, mesh)
         later = after(before)
@@ -473,7 +473,7 @@ def main():
         print(f"trovik_trace: {error}", file=sys.stderr)
         return TROUBLE
     except BrokenPipeError:
-        # Whoever read the output has seen enough.
+        # The reader of the output has closed it.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         return SAME
 

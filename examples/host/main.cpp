@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// A small host: opens a mesh, subdivides it, draws a stroke as a pen would, follows the changes of
-/// the surface, undoes and redoes, and saves.
+/// A small host: opens a mesh, subdivides it, draws a stroke like a pen, tracks the changes of the
+/// surface, undoes and redoes, and saves.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchPacker.h"
 #include "framework/document/Document.h"
@@ -21,8 +21,8 @@
 
 namespace {
 
-/// A copy of the surface, such as a viewport keeps on the graphics card, that follows the document
-/// patch by patch.
+/// A copy of the surface, such as a viewport stores on the graphics card, that is updated patch by
+/// patch when the document changes.
 class SurfaceCopy final : public trovik::DocumentObserver {
 public:
     explicit SurfaceCopy(trovik::Document& ofDocument) : document(ofDocument) {
@@ -34,14 +34,15 @@ public:
     SurfaceCopy& operator=(const SurfaceCopy&) = delete;
 
     void SurfaceChanged(const trovik::SurfaceChange& change) override {
-        // The level for which the copy was made; changes of the others do not show.
+        // Changes of levels other than the displayed one are not visible.
         if (change.level == layout->Level() || change.all) dirty->Add(change);
     }
     void Problem(const std::string& message) override {
         std::fprintf(stderr, "%s\n", message.c_str());
     }
 
-    /// Called once a frame: packs what has changed since the last one. \return patches packed.
+    /// Called once per frame: packs the patches that have changed since the last call. \return
+    /// their number.
     std::size_t Update() {
         if (dirty->LayoutChanged()) {
             PackAll();
@@ -58,7 +59,7 @@ public:
         return count;
     }
 
-    /// Whether the copy is what packing the whole surface gives.
+    /// Whether the copy is identical to packing the whole surface.
     bool IsCurrent() const {
         std::vector<trovik::DisplayVertex> expected(vertices.size());
         trovik::PatchPacker packer(*document.Geometry().Bound(), *layout);
@@ -84,8 +85,8 @@ private:
     std::vector<trovik::DisplayVertex> vertices;
 };
 
-/// Draws a stroke from press to release, 133 samples a second, as an application does while its
-/// user moves the pen. \return dabs made.
+/// Draws a stroke from press to release, with 133 samples per second, like an application does
+/// while its user moves the pen. \return the number of dabs.
 unsigned DrawStroke(trovik::Document& document, SurfaceCopy& copy) {
     trovik::DocumentStroke stroke(document);
     const trovik::StrokeView& view = document.View();
@@ -97,7 +98,7 @@ unsigned DrawStroke(trovik::Document& document, SurfaceCopy& copy) {
                                                  0.0f),
                                   0.3f + 0.7f * t);
         sample.time = i * 0.0075;
-        // At most 4 ms of dabs, then the picture is drawn; the rest follows.
+        // Applies dabs for at most 4 ms, then updates the display; the remaining dabs follow.
         bool remain = stroke.Add({sample}, std::chrono::milliseconds(4));
         copy.Update();
         while (remain) {

@@ -22,13 +22,13 @@ def read(path):
 
 
 def is_bust(point):
-    """Above a bowl that keeps the neck and the upper chest, without the shoulders' ends."""
+    """Whether the point is above the cut, a bowl below the neck and the upper chest."""
     x, y, z = point
     return y > 4.75 + 0.62 * (x / 1.25) ** 2
 
 
 def cut(points, faces):
-    """The faces that lie whole in the bust and hang together with the head's top."""
+    """The faces that lie entirely in the bust and are connected to the top of the head."""
     kept = [face for face in faces if all(is_bust(points[corner]) for corner in face)]
     of_point = {}
     for number, face in enumerate(kept):
@@ -43,7 +43,7 @@ def cut(points, faces):
                     seen.add(other)
                     stack.append(other)
     kept = [kept[number] for number in sorted(seen)]
-    # A corner that only one face of the bust has beside the cut would leave a tooth.
+    # A face with two or more open edges would be a tooth of the border.
     while True:
         edges = {(f[i], f[(i + 1) % 4]) for f in kept for i in range(4)}
         teeth = [
@@ -57,7 +57,7 @@ def cut(points, faces):
 
 
 def border_of(faces):
-    """The open border as one loop, in the sense in which the faces run along it."""
+    """The open border as one loop, in the direction of the face edges."""
     edges = {(f[i], f[(i + 1) % 4]) for f in faces for i in range(4)}
     after = {a: b for a, b in edges if (b, a) not in edges}
     first = min(after)
@@ -69,7 +69,7 @@ def border_of(faces):
 
 
 def even(points, loop, rounds):
-    """Takes the teeth out of the border: each of its points towards the middle of its two neighbours."""
+    """Smooths the border: moves each point halfway to the midpoint of its two neighbours."""
     for _ in range(rounds):
         middles = []
         for i in range(len(loop)):
@@ -80,9 +80,9 @@ def even(points, loop, rounds):
 
 
 def add_plinth(points, faces, loop):
-    """Rings of quads from the border down to a round foot, and a disc below it."""
+    """Adds rings of quads from the border down to a round base, and a disc below it."""
     middle_z = sum(points[corner][2] for corner in loop) / len(loop)
-    # Height, radius, share of the way from the border's shape to the circle.
+    # Height, radius, blend factor from the border's shape to the circle.
     rings = [
         (4.62, 0.80, 0.45),
         (4.42, 0.62, 0.85),
@@ -104,7 +104,7 @@ def add_plinth(points, faces, loop):
         ring = []
         for i, corner in enumerate(loop):
             around = angles[0] + turn * 2 * math.pi * i / len(loop)
-            # The places on the circle change over from the border's angles to even ones.
+            # Angles on the circle change from those of the border to even ones.
             difference = (around - angles[i] + math.pi) % (2 * math.pi) - math.pi
             angle = angles[i] + difference * share
             circle = (radius * math.cos(angle), height, middle_z + radius * math.sin(angle))
@@ -123,7 +123,7 @@ def add_plinth(points, faces, loop):
 
 
 def add_eye(points, faces, centre, radius, cells=6):
-    """A ball of quads: a cube's grid on each side, drawn onto the sphere."""
+    """Adds a ball of quads: a cube with a grid on each side, projected onto the sphere."""
     numbers = {}
 
     def corner(place):
@@ -167,7 +167,7 @@ def main(source, target):
             file.write("f " + " ".join(str(number[corner]) for corner in face) + "\n")
 
 
-# Middle of the left eye's ball and its radius: the sphere that the eye's socket is part of, a hair larger.
+# Centre of the left eyeball and its radius, slightly larger than the sphere of the eye socket.
 EYE = (0.3087, 7.283, 1.242, 0.159)
 
 if __name__ == "__main__":

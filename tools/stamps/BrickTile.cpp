@@ -9,13 +9,14 @@ namespace trovik::stamps {
 
 namespace {
 
-// Lengths are in 1024ths of the stamp's side.
+// Lengths are in units of 1/1024 of the stamp's side.
 constexpr double Side = 1024.0;
 constexpr double Joint = 30.0;
 constexpr int Rows = 4;
 
-/// A wall in which rows of two bricks take turns with rows of one between two halves. So all four
-/// borders run within joints: the stamp fades to nothing at its borders and repeats all the same.
+/// A brick of a wall in which rows of two bricks alternate with rows of one brick between two half
+/// bricks. All four borders of the stamp are therefore joints: the stamp is 0 at its borders and
+/// can still be tiled.
 struct Brick {
     Point2 centre;
     Point2 half;
@@ -23,7 +24,7 @@ struct Brick {
     double height;
     Point2 tilt;
     double turn;
-    /// Bites out of the rim: centre relative to the brick's, and radius.
+    /// Chips at the edge: centres relative to the brick's centre; biteSizes are their radii.
     std::array<Point2, 5> bites;
     std::array<double, 5> biteSizes;
 };
@@ -40,7 +41,7 @@ Brick MakeBrick(double left, double right, int row) {
                   numbers.Between(-0.06, 0.06) / brick.half.y};
     brick.turn = numbers.Between(-0.012, 0.012);
     for (std::size_t i = 0; i < brick.bites.size(); ++i) {
-        // Along the rim, and a little outside of it.
+        // The centre is slightly outside of the edge.
         const bool upright = numbers.Next() < 0.35;
         const double sign = numbers.Next() < 0.5 ? -1.0 : 1.0;
         const double along = numbers.Between(-0.8, 0.8);
@@ -53,7 +54,7 @@ Brick MakeBrick(double left, double right, int row) {
     return brick;
 }
 
-/// How far inside its rim a place is, with corners worn round and bites broken out.
+/// The distance of a point to the edge, positive inside, with rounded corners and chips.
 double Inside(const Brick& brick, Point2 p) {
     constexpr double Corner = 20.0;
     const Point2 q{std::fabs(p.x) - brick.half.x + Corner, std::fabs(p.y) - brick.half.y + Corner};
@@ -67,7 +68,7 @@ double Inside(const Brick& brick, Point2 p) {
 double BrickHeight(const Brick& brick, Point2 place) {
     Point2 p = place - brick.centre;
     p = {p.x + p.y * brick.turn, p.y - p.x * brick.turn};
-    // Each brick has a stretch of noise of its own; none is long enough to come round.
+    // Each brick has its own noise, with a period longer than the brick.
     constexpr int Endless = 4096;
     const auto noise = [&brick, p](double cell, int octaves, std::uint32_t salt) {
         return LayeredNoise(p * (1.0 / cell), Endless, octaves, brick.seed + salt);
@@ -80,13 +81,13 @@ double BrickHeight(const Brick& brick, Point2 place) {
     const double rim = std::sqrt(edge * (2.0 - edge));
     double top =
         brick.height + Dot(brick.tilt, p) + 0.075 * noise(150.0, 4, 3) + 0.045 * noise(22.0, 3, 4);
-    // Pores of all sizes, where the clay was coarse.
+    // Pores of different sizes in coarse areas.
     const double coarse = SmoothStep(0.0, 0.4, noise(110.0, 2, 5));
     const Point2 bent = p + Point2{noise(9.0, 1, 8), noise(9.0, 1, 9)} * 5.0;
     const double pores = CellDistance(bent * (1.0 / 17.0), Endless, brick.seed + 6u);
     const double wide = 0.20 + 0.22 * noise(12.0, 1, 10);
     top -= 0.11 * coarse * SmoothStep(wide + 0.14, wide - 0.10, pores);
-    // A long crack of the firing, on some.
+    // A long crack on some bricks.
     if (brick.seed % 5u < 2u) {
         const double bend = p.x - 0.2 * brick.half.x - p.y * 0.4 - 60.0 * noise(110.0, 4, 7);
         const double gape = 5.0 + 6.0 * noise(60.0, 2, 11);
@@ -119,7 +120,7 @@ double WallHeight(Point2 p) {
     for (const Brick& brick : row)
         if (std::fabs(place.x - brick.centre.x) < brick.half.x + Joint)
             height = std::max(height, BrickHeight(brick, place));
-    // Sand in the joints, none of it at the borders.
+    // Sand in the joints, but not at the borders.
     const double border = std::min(std::min(p.x, 1.0 - p.x), std::min(p.y, 1.0 - p.y)) * Side;
     const double sand = 0.05 + 0.05 * LayeredNoise(p * 128.0, 128, 3, 77u);
     return std::max(height, SmoothStep(3.0, 16.0, border) * std::max(sand, 0.0));

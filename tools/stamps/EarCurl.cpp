@@ -8,22 +8,22 @@ namespace {
 
 using Profile = std::array<ProfilePoint, 21>;
 
-/// Behind and above: the hollow, the inner fold, the furrow, the rolled rim that overhangs the
-/// furrow within and the head without, the ear's back, the head.
+/// The profile behind and above: the hollow, the inner fold, the furrow, the rolled rim, which
+/// overhangs both the furrow and the head, the back of the ear, the head.
 constexpr Profile Rolled = {
     {{0.000, 0.060}, {0.110, 0.070}, {0.215, 0.110}, {0.300, 0.210}, {0.365, 0.330}, {0.440, 0.405},
      {0.520, 0.395}, {0.590, 0.345}, {0.660, 0.315}, {0.725, 0.335}, {0.735, 0.395}, {0.690, 0.440},
      {0.690, 0.505}, {0.765, 0.545}, {0.855, 0.520}, {0.885, 0.440}, {0.830, 0.310}, {0.735, 0.150},
      {0.745, 0.020}, {0.950, 0.000}, {1.000, 0.000}}};
 
-/// Below: the hollow's foot and the lobe, soft and without a roll.
+/// The profile below: the lower end of the hollow and the lobe, soft and not rolled.
 constexpr Profile Lobe = {
     {{0.000, 0.060}, {0.105, 0.075}, {0.200, 0.120}, {0.280, 0.205}, {0.345, 0.275}, {0.410, 0.300},
      {0.475, 0.300}, {0.540, 0.300}, {0.600, 0.305}, {0.655, 0.310}, {0.705, 0.308}, {0.750, 0.298},
      {0.785, 0.275}, {0.808, 0.240}, {0.815, 0.195}, {0.800, 0.145}, {0.775, 0.090}, {0.770, 0.035},
      {0.810, 0.000}, {0.950, 0.000}, {1.000, 0.000}}};
 
-/// In front, towards the face: the small flap over the hollow, then the cheek.
+/// The profile in front, towards the face: the small flap over the hollow, then the cheek.
 constexpr Profile Front = {
     {{0.000, 0.060}, {0.080, 0.068}, {0.155, 0.095}, {0.215, 0.150}, {0.255, 0.215}, {0.275, 0.270},
      {0.310, 0.295}, {0.355, 0.280}, {0.400, 0.235}, {0.440, 0.180}, {0.480, 0.130}, {0.525, 0.088},
@@ -33,7 +33,7 @@ constexpr Profile Front = {
 Place3 EarShape(Point2 p) {
     const double far = Length(p);
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
-    // The face is to the left; the lobe hangs below, a little forward.
+    // The face is to the left; the lobe is below, slightly forward.
     const double toFront = SmoothStep(0.25, 0.92, Dot(heading, Heading(0.53)));
     const double toLobe = SmoothStep(0.30, 0.95, Dot(heading, Heading(0.31)));
     const double rest = std::max(1.0 - toFront - toLobe, 0.0);
@@ -44,12 +44,12 @@ Place3 EarShape(Point2 p) {
     const double out = (rolled.out * rest + lobe.out * toLobe + front.out * toFront) / total;
     double up = (rolled.up * rest + lobe.up * toLobe + front.up * toFront) / total;
 
-    // Taller than wide, wider above than below, leaning back; the head around it stays in place.
+    // The ear is taller than wide, wider above, and leans back; the head around it does not move.
     const double body = SmoothStep(0.97, 0.80, far);
     Place3 place{heading.x * out, 0.0, heading.y * out};
     place.right =
         Mix(place.right, place.right * (0.70 - 0.13 * place.down) - 0.10 * place.down, body);
-    // It stands off the head most at its hind rim.
+    // The rear rim is farthest from the head.
     up *= 1.0 + 0.35 * body * Clamp01(0.5 + 0.6 * place.right);
     place.up = up;
     return place;

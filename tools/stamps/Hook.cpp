@@ -10,19 +10,19 @@ namespace trovik::stamps {
 namespace {
 
 constexpr int SpineSteps = 256;
-/// Places within this distance of the middle make the horn, the ring around them its root.
+/// Points within this distance of the centre form the horn; the ring around them forms its root.
 constexpr double RootEdge = 0.62;
 constexpr double NeckRadius = 0.27;
 constexpr double SpineLength = 1.45;
 
-/// The horn's middle line in the upright plane along `right`, and where it is heading there.
+/// A point of the horn's centre line, in the vertical plane along `right`, and the direction there.
 struct SpinePoint {
     double right;
     double up;
     Point2 heading;
 };
 
-/// Straight up at first, then over and down again: a bend of more than half a turn.
+/// The centre line goes up, over and down again: a bend of more than half a turn.
 const std::array<SpinePoint, SpineSteps + 1>& Spine() {
     static const auto spine = [] {
         std::array<SpinePoint, SpineSteps + 1> points{};
@@ -49,11 +49,11 @@ SpinePoint OnSpine(double s) {
     return {Mix(a.right, b.right, t), Mix(a.up, b.up, t), Mix(a.heading, b.heading, t)};
 }
 
-/// The horn proper; `far` is 0 at its tip and 1 at its neck, `heading` goes around it.
+/// The surface of the horn; `far` is 0 at its tip and 1 at its neck, `heading` goes around it.
 Place3 HornPlace(double far, Point2 heading) {
     const double s = 1.0 - far;
     const SpinePoint spine = OnSpine(s);
-    // A round tip, a body that thins evenly, rings of growth that fade towards the tip.
+    // A round tip, an evenly tapered body, growth rings that fade towards the tip.
     const double tip = far * (2.0 - far);
     const double taper = 0.12 + 0.88 * far;
     const double ring = SineOfTurns(s * 13.0 + 0.04 * heading.y);
@@ -62,7 +62,7 @@ Place3 HornPlace(double far, Point2 heading) {
         0.03 * Noise({heading.x * 3.0 + 40.0, heading.y * 3.0 + s * 2.0 + 40.0}, 4096, 21u);
     const double radius =
         NeckRadius * std::sqrt(tip) * taper * (1.0 + rings + grain * SmoothStep(0.0, 0.2, s));
-    // Across the spine within its plane, and across the plane.
+    // The radius applies perpendicular to the centre line, within its plane and across it.
     const Point2 across{spine.heading.y, -spine.heading.x};
     return {spine.right + radius * heading.x * across.x,
             spine.up + radius * heading.x * across.y,
@@ -74,7 +74,7 @@ Place3 HookShape(Point2 p) {
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
     if (far <= RootEdge) return HornPlace(far / RootEdge, heading);
 
-    // The root: a cubic from the flat to the neck that goes on in the neck's own direction.
+    // The root: a cubic from the flat surface to the neck, with the direction of the neck.
     const double t = (far - RootEdge) / (1.0 - RootEdge);
     constexpr double Reach = 1e-3;
     const Place3 neck = HornPlace(1.0, heading);
@@ -86,7 +86,7 @@ Place3 HookShape(Point2 p) {
     const double t3 = t2 * t;
     const Place3 place = neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
                          rim * (3.0 * t2 - 2.0 * t3) + flat * (t3 - t2);
-    // Light shows where a curvature ends; it runs out before the rim does.
+    // Curvature fades out before the rim, because an abrupt end would be visible under light.
     const Place3 here{p.x, 0.0, p.y};
     return here + (place + here * -1.0) * SmoothStep(1.0, 0.35, t);
 }

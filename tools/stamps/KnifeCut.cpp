@@ -6,15 +6,14 @@ namespace trovik::stamps {
 
 namespace {
 
-/// The blade stands along the image's height. Its depth along the cut is a window that adds up to
-/// an even groove when dabs follow each other at half the stamp's side or any whole part of that.
+/// The blade is along the image's height. Its depth along the cut is a window function: dabs at a
+/// spacing of half the stamp's side, or an integer fraction of that, add up to an even groove.
 double CutHeight(Point2 at) {
     constexpr double BladeHalfWidth = 0.055;
     const double along = std::fabs(at.y - 0.5) * 2.0;
     const double across = std::fabs(at.x - 0.5) / BladeHalfWidth;
     const double window = SmoothStep(1.0, 0.0, along);
-    // A V whose bottom is a hair round, so that it does not alias, and the lips of clay that the
-    // blade pushes up on both sides.
+    // A V with a slightly rounded bottom, to avoid aliasing, and raised lips on both sides.
     const double bottom = 0.06;
     const double slope = std::sqrt(across * across + bottom * bottom) - bottom;
     const double cut = -SmoothStep(1.15, 0.85, across) * Clamp01(1.0 - slope / (1.0 - bottom));
@@ -25,7 +24,7 @@ double CutHeight(Point2 at) {
 }  // namespace
 
 FloatImage PaintKnifeCut() {
-    // The window ends in the border pixels' middles, so that these are exactly neutral.
+    // The window ends at the centres of the border pixels, so that these are exactly 0.
     constexpr double Size = 512.0;
     return PaintHeights(512, 1, [](Point2 p) {
         return CutHeight({p.x, 0.5 + (p.y - 0.5) * Size / (Size - 1.0)});

@@ -77,7 +77,7 @@ double LayeredNoise(Point2 p, int period, int octaves, std::uint32_t seed) {
         p = p * 2.0;
         period *= 2;
     }
-    // The octaves seldom peak together.
+    // The peaks of the octaves rarely coincide.
     return sum / std::sqrt(total);
 }
 

@@ -7,8 +7,8 @@ namespace trovik::stamps {
 
 namespace {
 
-/// Behind, towards the image's bottom: up over the upper side, around the thin rim, back along the
-/// under side into the crease, and out to the flat again.
+/// The profile behind, towards the image's bottom: over the upper side, around the thin rim, back
+/// along the lower side into the crease, and out to the flat surface.
 constexpr std::array<ProfilePoint, 17> Behind = {{{0.000, 0.300},
                                                   {0.150, 0.330},
                                                   {0.300, 0.375},
@@ -27,7 +27,7 @@ constexpr std::array<ProfilePoint, 17> Behind = {{{0.000, 0.300},
                                                   {0.9375, 0.000},
                                                   {1.000, 0.000}}};
 
-/// In front: a low slope that runs out under the petal before.
+/// The profile in front: a low slope that ends below the adjacent petal.
 constexpr std::array<ProfilePoint, 17> Before = {{{0.0000, 0.300},
                                                   {0.0625, 0.285},
                                                   {0.1250, 0.260},
@@ -49,7 +49,7 @@ constexpr std::array<ProfilePoint, 17> Before = {{{0.0000, 0.300},
 Place3 PetalShape(Point2 p) {
     const double far = Length(p);
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{0.0, 1.0};
-    // The middle is common to both profiles; sides turn from one to the other.
+    // The profiles have a common centre and are blended at the sides.
     const double behind = SmoothStep(-0.55, 0.60, heading.y);
     const ProfilePoint a = OnProfile(Before, far);
     const ProfilePoint b = OnProfile(Behind, far);
@@ -58,7 +58,7 @@ Place3 PetalShape(Point2 p) {
     const double body = SmoothStep(1.0, 0.72, far);
     const double upper = SmoothStep(0.45, 0.30, far);
     Place3 place{heading.x * at.out, at.up, heading.y * at.out};
-    // Drawn out to a tip that curls up, hollow along the middle line, with a waved rim.
+    // A tip that curls up, a hollow along the centre line, and a wavy rim.
     const double tip = SmoothStep(0.55, 1.0, heading.y) * body * SmoothStep(0.10, 0.42, far);
     place.down += 0.11 * tip;
     place.up += 0.10 * tip * SmoothStep(0.25, 0.75, at.out);

@@ -9,15 +9,15 @@ namespace {
 
 constexpr int Endless = 4096;
 
-/// How far inside its outline a place of the scale is: pointed behind (y = 0.88), round in front.
-/// Two arcs make the flanks, a circle the front.
+/// The distance of a point to the outline of the scale, positive inside. The outline is pointed
+/// behind (y = 0.88) and round in front: two arcs form the sides, a circle forms the front.
 double Inside(Point2 p) {
     constexpr double ArcRadius = 0.9094;
     constexpr double ArcCentre = 0.2294;
     const double right = ArcRadius - Length(p - Point2{-ArcCentre, 0.0});
     const double left = ArcRadius - Length(p - Point2{ArcCentre, 0.0});
     const double front = 0.80 - Length(p - Point2{0.0, 0.06});
-    // The front circle's far side must not cut the tip off.
+    // The rear of the front circle must not cut off the tip.
     const double flanks = SmoothMin(left, right, 0.06);
     return p.y < 0.06 ? SmoothMin(flanks, front, 0.12)
                       : SmoothMin(flanks, front + 2.0 * (p.y - 0.06), 0.12);
@@ -29,7 +29,7 @@ double ScaleHeight(Point2 at) {
     const double inside = Inside(p + wobble * 0.02);
     if (inside <= 0.0) return 0.0;
 
-    // From nothing in front, where the scale before lies over it, up to its free hind rim.
+    // Rises from 0 in front, where the previous scale overlaps, to the free rear rim.
     const double rise = SmoothStep(-0.80, 0.62, p.y);
     const double dome = 1.0 - 0.42 * Square(p.x / 0.70);
     const double edge = Clamp01(inside / 0.10);
@@ -37,7 +37,7 @@ double ScaleHeight(Point2 at) {
 
     const double away = std::fabs(p.x + 0.02 * wobble.x);
     const double keel = (1.0 / (1.0 + Square(away / 0.055)) - 0.03) * SmoothStep(-0.70, 0.0, p.y);
-    // Rings of growth follow the outline, the young ones at the rim; ribs fan out from the front.
+    // Growth rings follow the outline; ribs fan out from the front.
     const double years = inside * 15.0 + 0.5 * LayeredNoise(p * 4.0, Endless, 3, 13u);
     const double phase = years - std::floor(years);
     const double ring = SmoothStep(0.0, 0.75, phase) * SmoothStep(1.0, 0.80, phase) - 0.5;

@@ -11,14 +11,14 @@ namespace {
 
 constexpr int Endless = 4096;
 
-/// One flat of a stone: its height falls by `slope` along `heading`, from `height` over the middle.
+/// A facet of a stone: its height falls by `slope` along `heading`, from `height` at the centre.
 struct Facet {
     Point2 heading;
     double slope;
     double height;
 };
 
-/// A broken stone: the space below all its facets.
+/// A broken stone: the volume below all its facets.
 struct Stone {
     Point2 centre;
     double size;
@@ -31,7 +31,7 @@ Stone MakeStone(Point2 centre, double size, double base, std::uint32_t seed) {
     Stone stone{centre, size, base, seed, {}};
     NumberRow numbers(seed);
     const double turn = numbers.Next();
-    // Flanks all around, steep; then a few flats on top.
+    // Steep facets all around, then a few flat ones on top.
     const int flanks = 5 + static_cast<int>(numbers.Next() * 4.0);
     for (int i = 0; i < flanks; ++i) {
         const double angle = turn + (i + numbers.Between(-0.28, 0.28)) / flanks;
@@ -50,15 +50,15 @@ Stone MakeStone(Point2 centre, double size, double base, std::uint32_t seed) {
     return stone;
 }
 
-/// Height of the stone at a place, in sides of the stamp, or anything less than `floor` where the
-/// stone lies below that.
+/// The height of the stone at a point, in sides of the stamp; any value below `floor` if the stone
+/// is lower than that.
 double StoneHeight(const Stone& stone, Point2 place, double floor) {
     const Point2 straight = place - stone.centre;
     const double size = stone.size;
     const auto top = [&stone](const Facet& facet, Point2 p) {
         return facet.height - facet.slope * Dot(facet.heading, p);
     };
-    // Most stones are passed over here: what the noises below can lift is less than this.
+    // Rejects most stones early: the noises below add less than `lift`.
     const double lift = stone.base + 0.35 * size;
     for (const Facet& facet : stone.facets)
         if (top(facet, straight) + lift < floor) return floor - 1.0;
@@ -73,16 +73,16 @@ double StoneHeight(const Stone& stone, Point2 place, double floor) {
     return stone.base + height;
 }
 
-/// One size of stones of the heap.
+/// A size class of the stones.
 struct Tier {
     int count;
     double smallest;
     double largest;
-    /// How far from the heap's middle they lie.
+    /// Largest distance from the centre of the heap.
     double reach;
-    /// Least distance of two of them, in sums of their sizes.
+    /// Minimum distance of two stones, relative to the sum of their sizes.
     double apart;
-    /// How high the heap lifts them.
+    /// Height of the heap under the stones.
     double lift;
 };
 
@@ -95,7 +95,7 @@ std::vector<Stone> Heap() {
     NumberRow numbers(2718u);
     for (const Tier& tier : Tiers) {
         const std::size_t first = stones.size();
-        // Places that are taken are thrown again; a tier that no longer fits stays smaller.
+        // An occupied position is drawn again; a tier that does not fit has fewer stones.
         for (int thrown = 0; thrown < tier.count * 40; ++thrown) {
             if (stones.size() - first == static_cast<std::size_t>(tier.count)) break;
             const double size = numbers.Between(tier.smallest, tier.largest);
@@ -120,7 +120,7 @@ FloatImage PaintRubble() {
     constexpr std::uint32_t Size = 1024;
     constexpr std::uint32_t Cells = 16;
     const std::vector<Stone> stones = Heap();
-    // Which stones may reach into which part of the image.
+    // The stones that may overlap each cell of the image.
     std::vector<std::vector<const Stone*>> near(Cells * Cells);
     for (std::uint32_t cell = 0; cell < Cells * Cells; ++cell) {
         const Point2 middle{(cell % Cells + 0.5) / Cells, (cell / Cells + 0.5) / Cells};
@@ -131,7 +131,7 @@ FloatImage PaintRubble() {
     FloatImage image = PaintHeights(Size, 2, [&near](Point2 p) {
         const auto column = static_cast<std::uint32_t>(p.x * Cells);
         const auto row = static_cast<std::uint32_t>(p.y * Cells);
-        // The heap's own earth between the stones.
+        // Earth between the stones.
         const double far = Length(p - Point2{0.5, 0.5});
         const double fade = SmoothStep(0.46, 0.16, far);
         double height = fade * (0.045 + 0.012 * LayeredNoise(p * 40.0, Endless, 4, 5u)) * fade;

@@ -5,14 +5,14 @@
 #include <cmath>
 
 /// \file
-/// Arithmetic of the patterns. Only operations whose every bit the IEEE standard settles are used:
-/// the sines and powers of a system's library differ in their last bits from processor to
-/// processor, and a stamp painted anew must equal the shipped one.
+/// Arithmetic of the patterns. It only uses operations with results that IEEE 754 defines bit
+/// by bit, because the sines and powers of system libraries differ in their last bits between
+/// processors, and a regenerated stamp must be identical to the installed one.
 namespace trovik::stamps {
 
 inline double Clamp01(double x) { return std::clamp(x, 0.0, 1.0); }
 
-/// 0 below `from`, 1 above `to`, with level ends; `from` > `to` gives the falling one.
+/// 0 below `from`, 1 above `to`, with zero slope at both ends; falling if `from` > `to`.
 inline double SmoothStep(double from, double to, double x) {
     const double t = Clamp01((x - from) / (to - from));
     return t * t * (3.0 - 2.0 * t);
@@ -21,14 +21,14 @@ inline double SmoothStep(double from, double to, double x) {
 inline double Mix(double a, double b, double t) { return a + (b - a) * t; }
 inline double Square(double x) { return x * x; }
 
-/// The lesser of both with the crease rounded over a width of `round`.
+/// The minimum of both, with the crease rounded over a width of `round`.
 inline double SmoothMin(double a, double b, double round) {
     const double h = std::max(round - std::fabs(a - b), 0.0) / round;
     return std::min(a, b) - h * h * round * 0.25;
 }
 inline double SmoothMax(double a, double b, double round) { return -SmoothMin(-a, -b, round); }
 
-/// Sine of an angle in full turns; off by less than 1e-11.
+/// The sine of an angle in full turns; the error is less than 1e-11.
 inline double SineOfTurns(double turns) {
     double t = turns - std::floor(turns + 0.5);
     if (t > 0.25) t = 0.5 - t;

@@ -9,7 +9,7 @@
 
 namespace trovik::stamps {
 
-/// A place over the stamp, in sides of it: right and down as in the image, up out of the surface.
+/// A point above the stamp, in sides of it: right and down as in the image, up out of the surface.
 struct Place3 {
     double right;
     double up;
@@ -21,15 +21,15 @@ inline Place3 operator+(Place3 a, Place3 b) {
 }
 inline Place3 operator*(Place3 a, double f) { return {a.right * f, a.up * f, a.down * f}; }
 
-/// Where the disc's places at one distance from its middle go: how far out, how far up.
+/// The target of the disc's points at one distance from its centre: distance outwards, height.
 struct ProfilePoint {
     double out;
     double up;
 };
 
-/// A smooth curve (a uniform cubic B-spline) from the disc's middle, x = 0, to its rim, x = 1. The
-/// surface goes on without a crease through the middle, and flat beyond the rim when the last two
-/// points lie on the flat disc.
+/// A smooth curve (a uniform cubic B-spline) from the centre of the disc, x = 0, to its rim, x = 1.
+/// The surface has no crease at the centre, and is flat beyond the rim if the last two points are
+/// on the flat disc.
 template <std::size_t Count>
 ProfilePoint OnProfile(const std::array<ProfilePoint, Count>& points, double x) {
     constexpr int Last = static_cast<int>(Count) - 1;
@@ -58,19 +58,19 @@ ProfilePoint OnProfile(const std::array<ProfilePoint, Count>& points, double x) 
     return sum;
 }
 
-/// Paints a vector displacement map: `shape(p)` tells where the surface point goes that lies at p
-/// from the stamp's middle, in half sides: `right` and `down` in half sides from the middle, `up`
-/// in half sides. Asked only within the unit disc; all around it nothing moves.
+/// Paints a vector displacement map: `shape(p)` returns the target of the surface point at p. All
+/// coordinates are relative to the stamp's centre, in half sides. `shape` is called only within the
+/// unit disc; nothing moves outside of it.
 template <class Shape>
 FloatImage PaintVectors(std::uint32_t size, Shape shape) {
-    // Multiples of this, finer than any normal shows, pack to a third of what arbitrary bits do.
+    // Rounding to multiples of this invisible step reduces the compressed size to a third.
     constexpr double Step = 1.0 / (1 << 20);
     const auto stepped = [](double move) {
         return static_cast<float>(std::floor(move * 0.5 / Step + 0.5) * Step);
     };
     FloatImage image{size, size, 3, {}, true};
     image.pixels.reserve(std::size_t{size} * size * 3);
-    // The disc ends within the outermost pixels.
+    // The disc ends inside the outermost pixels.
     const double half = (size - 3) * 0.5;
     for (std::uint32_t row = 0; row < size; ++row) {
         for (std::uint32_t column = 0; column < size; ++column) {
