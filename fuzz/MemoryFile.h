@@ -20,7 +20,7 @@ public:
     MemoryFile(const std::uint8_t* bytes, std::size_t size)
         : file(memfd_create("fuzz", MFD_CLOEXEC)), path("/proc/self/fd/" + std::to_string(file)) {
         if (file < 0 || write(file, bytes, size) != static_cast<ssize_t>(size)) {
-            std::perror("fuzz: cannot make a file in memory");
+            std::perror("fuzz: cannot create a file in memory");
             std::abort();
         }
     }
@@ -38,7 +38,7 @@ public:
             const std::string_view message = refused.what();
             if (message.find(path) == std::string_view::npos ||
                 message.find('\n') != std::string_view::npos) {
-                std::fprintf(stderr, "fuzz: a poor message: %s\n", refused.what());
+                std::fprintf(stderr, "fuzz: message without the file name, or with several lines: %s\n", refused.what());
                 std::abort();
             }
         }

@@ -88,7 +88,7 @@ def run_whole_stroke(build):
         # Interleaved, because both spend most of their time in the same start-up.
         pairs = [(run_command(build, folder, 0), run_command(build, folder, DABS)) for _ in range(7)]
     seconds = min(dabs[0] for _, dabs in pairs) - min(none[0] for none, _ in pairs)
-    return {"dabs a second": DABS / max(seconds, 1e-9), "peak bytes": min(dabs[1] for _, dabs in pairs)}
+    return {"dabs per second": DABS / max(seconds, 1e-9), "peak bytes": min(dabs[1] for _, dabs in pairs)}
 
 
 def table(found):
@@ -119,9 +119,9 @@ def ratios(found):
         for variation in ("stamp", "freeze", "layer", "inactive-layer", "world-space"):
             put(f"{family} with {variation} to plain", f"dab/{family}/{variation}/100000",
                 f"dab/{family}/plain/100000")
-        put(f"{family}, specialised to switches as values", f"kernel/{family}/plain/100000",
+        put(f"{family}, specialised kernel to switches as values", f"kernel/{family}/plain/100000",
             f"kernel-by-value/{family}/100000")
-        put(f"{family}, passing patches that rest to visiting all", f"dab/{family}/plain/100000",
+        put(f"{family}, patch cache to visiting all", f"dab/{family}/plain/100000",
             f"dab-visiting-all/{family}/100000")
     put("first dab to its floor, 100000", "first-dab/pushing/100000", "floor-first-touch/100000")
     put("normals to floor", "normals/eight/100000", "floor/100000")
@@ -139,7 +139,7 @@ def ladder_ratios(path):
             if above in steps and "1" in steps:
                 out[f"{key}, {above} million to 1"] = steps[above][key] / steps["1"][key]
     for step in steps:
-        out[f"bytes a vertex, {step} million"] = steps[step]["bytesPerVertexAfterStroke"]
+        out[f"bytes per vertex, {step} million"] = steps[step]["bytesPerVertexAfterStroke"]
     return out
 
 
@@ -190,7 +190,7 @@ def main():
     if len(sys.argv) == 4:
         stroke = results["stroke"] = run_whole_stroke(build)
         text += (f"\n\n{DABS} dabs across a grid of {GRID_SIDE << GRID_LEVELS} x {GRID_SIDE << GRID_LEVELS}"
-                 f" quads through the command: {stroke['dabs a second']:.0f} dabs a second,"
+                 f" quads through the command: {stroke['dabs per second']:.0f} dabs per second,"
                  f" peak {stroke['peak bytes'] / 2**20:.0f} MiB")
     target.mkdir(parents=True, exist_ok=True)
     (target / "bench.json").write_text(json.dumps(results, indent=1) + "\n")

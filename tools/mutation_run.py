@@ -105,7 +105,7 @@ def complaint(status, error):
         return f"a line of more than {LONGEST_LINE} characters"
     errors = [line for line in lines if "error" in line.lower() or line.startswith("trovik")]
     if status == 1 and not errors:
-        return "no line of error"
+        return "no error line"
     return ""
 
 
@@ -183,11 +183,11 @@ def run_reader(options, reader, folder):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("trovik", help="the command to run")
-    parser.add_argument("--count", type=int, default=2000, help="files for each reader (2000)")
+    parser.add_argument("--count", type=int, default=2000, help="files per reader (default: 2000)")
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--readers", default=",".join(VERBS), help="comma-separated; all by default")
+    parser.add_argument("--readers", default=",".join(VERBS), help="comma-separated readers (default: all)")
     parser.add_argument("--keep", type=pathlib.Path, help="folder for failing files")
-    parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="processes at a time")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="parallel processes")
     options = parser.parse_args()
     options.trovik = str(pathlib.Path(options.trovik).resolve())
     readers = options.readers.split(",")
@@ -200,7 +200,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="trovik-mutation-") as folder:
         failures = sum(run_reader(options, r, pathlib.Path(folder)) for r in readers)
     if failures:
-        print("Run again with --keep DIR to look at the failing files.")
+        print("Run again with --keep DIR to keep the failing files.")
     return 1 if failures else 0
 
 

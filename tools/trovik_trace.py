@@ -50,13 +50,13 @@ def read_lines(folder):
     for number, line in enumerate(text.splitlines(), 1):
         parsed = read_json(path, line, f"line {number}: ")
         if not isinstance(parsed, dict) or not isinstance(parsed.get("call"), str):
-            raise TraceError(f"{path}: line {number}: no call of a trace")
+            raise TraceError(f"{path}: line {number}: not a call of a trace")
         for part in ("in", "out"):
             if not isinstance(parsed.get(part), dict):
                 raise TraceError(f'{path}: line {number}: the call has no "{part}"')
         lines.append((line, parsed))
     if text and not text.endswith("\n"):
-        raise TraceError(f"{path}: line {len(lines)}: truncated, the line has no end")
+        raise TraceError(f"{path}: line {len(lines)}: truncated, the line does not end")
     return lines
 
 
@@ -76,12 +76,12 @@ def read_array(path):
             wanted = file.tell() + count * dtype.itemsize
             if size != wanted:
                 state = "truncated" if size < wanted else "too long"
-                raise TraceError(f"{path}: {state}: {size} bytes, and its header asks for {wanted}")
+                raise TraceError(f"{path}: {state}: {size} bytes, but its header requires {wanted}")
             return np.frombuffer(file.read(), dtype=dtype).reshape(shape)
     except OSError as error:
         raise TraceError(f"{path}: {error.strerror}") from None
     except ValueError as error:
-        raise TraceError(f"{path}: truncated or no .npy file: {' '.join(str(error).split())}") from None
+        raise TraceError(f"{path}: truncated or not an .npy file: {' '.join(str(error).split())}") from None
 
 
 def files_below(folder, ending):
@@ -98,7 +98,7 @@ def check_folder(folder):
     if not os.path.isdir(folder):
         raise TraceError(f"{folder}: no such folder")
     if not os.path.isfile(os.path.join(folder, "trace.jsonl")):
-        raise TraceError(f"{folder}: no trace: trace.jsonl is missing")
+        raise TraceError(f"{folder}: not a trace: trace.jsonl is missing")
 
 
 # --- Comparing -----------------------------------------------------------------------------------
@@ -257,7 +257,7 @@ def read_meta(state, mesh):
 def bound_positions(folder, state, mesh):
     path = os.path.join(folder, state)
     if not os.path.isdir(path):
-        raise Unknown("a trace with --trace-every 1 tells")
+        raise Unknown("the trace was not recorded with --trace-every 1")
     level = read_meta(path, mesh)["level"]
     return read_array(os.path.join(path, mesh, f"level-{level}", "positions.npy"))
 
@@ -267,7 +267,7 @@ def settle(positions, line):
     vertices = np.array(line["out"]["vertices"], dtype=np.int64)
     settled = np.array(line["out"]["positions"], dtype=np.float32).reshape(-1, 3)
     if len(vertices) != len(settled) or (vertices < 0).any() or (vertices >= len(positions)).any():
-        raise ValueError("vertices and positions do not fit the mesh")
+        raise ValueError("vertices and positions do not match the mesh")
     result = positions.copy()
     result[vertices] = settled
     return result
@@ -284,7 +284,7 @@ def positions_before(folder, lines, index, mesh):
     for number in range(index - 1, -1, -1):
         line = lines[number][1]
         if line["call"] == "ApplyToWholeMesh":
-            raise Unknown("there is no state between the whole mesh before and this line")
+            raise Unknown("there is no state between the previous ApplyToWholeMesh and this line")
         if line["call"] == "ApplyDab":
             state = dab_state(dabs[number])
             break
@@ -305,9 +305,9 @@ def movement(folder, lines, index, mesh, after):
         before = positions_before(folder, lines, index, mesh)
         later = after(before)
     except Unknown as reason:
-        return f"not known: {reason}"
+        return f"unknown: {reason}"
     if before.shape != later.shape:
-        return "not known: the mesh has other vertices than before"
+        return "unknown: the number of vertices has changed"
     moved = (before.view(np.uint32) != later.view(np.uint32)).any(axis=1)
     if not moved.any():
         return "0"
@@ -416,7 +416,7 @@ def show(options):
             rows += [(key, shown(value)) for key, value in line["out"].items()]
     except (KeyError, TypeError, IndexError, ValueError) as error:
         raise TraceError(f"{options.folder}/trace.jsonl: line {options.call}: a field is missing or "
-                         f"of another kind: {error}") from None
+                         f"has another type: {error}") from None
     width = max(len(name) for name, _ in rows)
     for name, value in rows:
         print(f"  {name:{width}s}  {value}")
@@ -436,18 +436,19 @@ def positive(text):
 def parse_arguments():
     parser = argparse.ArgumentParser(
         prog="trovik_trace.py",
-        description="Reads the traces that `trovik sculpt SCRIPT --trace DIR` writes. docs/trace.md tells their format.",
-        epilog="Exit status: 0 done, for compare: the traces are the same; 1 they differ; 2 wrong usage, or a file "
-        "that is missing, truncated or no part of a trace (one line on standard error says which).",
+        description="Reads the traces that `trovik sculpt SCRIPT --trace DIR` writes. "
+        "docs/trace.md describes the format.",
+        epilog="Exit status: 0 success, for compare: the traces are the same; 1 the traces differ; 2 invalid usage, or "
+        "a file that is missing, truncated or not part of a trace (one line on standard error names the file).",
     )
     commands = parser.add_subparsers(title="commands", required=True, metavar="COMMAND")
 
     showing = commands.add_parser(
-        "show", help="lists the calls of a trace, or tells what one did",
-        description="Lists the calls into the brush and the changes by the host, one per line. With --call N shows line "
-        "N in full. For a dab these are the faces tested, records, box, notices, and, in a trace made with "
-        "--trace-every 1, how many vertices it moved and how far; for a change by the host the command, the state of "
-        "the mesh and how many vertices moved.")
+        "show", help="lists the calls of a trace, or shows the effects of one",
+        description="Lists the calls into the brush and the changes by the host, one per line. With --call N, shows line N in "
+        "full. For a dab: the tested faces, records, box, notices, and, in a trace recorded with --trace-every 1, the "
+        "number of moved vertices and the largest displacement. For a change by the host: the command, the state of "
+        "the mesh and the number of moved vertices.")
     showing.add_argument("folder", metavar="DIR", help="folder of the trace")
     showing.add_argument("--call", type=positive, metavar="N", help="line N of trace.jsonl")
     showing.set_defaults(run=show)
@@ -455,12 +456,12 @@ def parse_arguments():
     comparing = commands.add_parser(
         "compare", help="compares two traces bit for bit",
         description="Compares two traces: every line of trace.jsonl field by field, every meta.json and every array "
-        "bit for bit. Numbers with a fraction are compared as single precision, so that -0.0 is not 0.0. The first "
-        "differences are named by file, place and both values.")
+        "bit for bit. Floats are compared as single-precision bits, so that -0.0 is not 0.0. Prints the file, location "
+        "and both values of the first differences.")
     comparing.add_argument("a", metavar="A", help="folder of one trace")
-    comparing.add_argument("b", metavar="B", help="folder of the other")
+    comparing.add_argument("b", metavar="B", help="folder of the other trace")
     comparing.add_argument("--limit", type=positive, default=20, metavar="N",
-                           help="name at most N differences (default: 20)")
+                           help="print at most N differences (default: 20)")
     comparing.set_defaults(run=compare)
     return parser.parse_args()
 

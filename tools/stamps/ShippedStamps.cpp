@@ -42,7 +42,7 @@ void WriteStamp(const ShippedStamp& stamp, const std::string& folder) {
     std::error_code error;
     std::filesystem::create_directories(path.parent_path(), error);
     if (error)
-        throw HostError("cannot make folder " + path.parent_path().string() + ": " +
+        throw HostError("cannot create the folder " + path.parent_path().string() + ": " +
                         error.message());
     const FloatImage image = stamp.paint();
     switch (stamp.file) {
