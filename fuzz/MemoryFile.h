@@ -38,7 +38,9 @@ public:
             const std::string_view message = refused.what();
             if (message.find(path) == std::string_view::npos ||
                 message.find('\n') != std::string_view::npos) {
-                std::fprintf(stderr, "fuzz: message without the file name, or with several lines: %s\n", refused.what());
+                std::fprintf(stderr,
+                             "fuzz: message without the file name, or with several lines: %s\n",
+                             refused.what());
                 std::abort();
             }
         }
