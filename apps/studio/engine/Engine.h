@@ -88,7 +88,8 @@ public:
     const std::shared_ptr<const DocumentState>& State() const { return state; }
     /// The settings of the active tool; null before the first document.
     const std::shared_ptr<const ToolSettingList>& Settings() const { return settings; }
-    /// A setting of the active tool by its name ("strength", "stamp.factor"); null if there is none.
+    /// A setting of the active tool by its name ("strength", "stamp.factor"); null if there is
+    /// none.
     const ToolSetting* Setting(const std::string& name) const;
 
 Q_SIGNALS:
