@@ -80,6 +80,8 @@ public:
     /// Requests the surface under a pixel of the view; HoverPicked follows, when the engine is
     /// idle. A newer request replaces one that waits.
     void Pick(float x, float y);
+    /// Sends the whole surface again, as after the loss of the graphics context.
+    void RequestSurface();
     /// The updates that have arrived, in order; removes them.
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
     /// The newest state; null before the first document.
