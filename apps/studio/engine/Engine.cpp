@@ -35,18 +35,15 @@ void Engine::SetApplicationData(const std::string& name, std::vector<uint8_t> by
     worker->Post(ApplicationDataRequest{name, std::move(bytes)});
 }
 
-void Engine::Save(const std::string& scenePath) {
-    Run({{"save", scenePath}}, tr("Saving"));
-}
+void Engine::Save(const std::string& scenePath) { Run({{"save", scenePath}}, tr("Saving")); }
 
 void Engine::SaveActions(const std::string& scriptPath) {
     worker->Post(SaveActionsRequest{scriptPath});
 }
 
 void Engine::Run(const nlohmann::json& step, const QString& label, Done done) {
-    const QString shown = label.isEmpty() && !step.empty()
-                              ? QString::fromStdString(step.begin().key())
-                              : label;
+    const QString shown =
+        label.isEmpty() && !step.empty() ? QString::fromStdString(step.begin().key()) : label;
     worker->Post(StepRequest{step, shown, std::move(done), worker->View()});
 }
 

@@ -18,8 +18,8 @@ namespace trovik::studio {
 class EngineJob final : public JobControl {
 public:
     using Clock = std::chrono::steady_clock;
-    using Listener = std::function<
-        void(const QString& label, const char* phase, uint64_t done, uint64_t total)>;
+    using Listener =
+        std::function<void(const QString& label, const char* phase, uint64_t done, uint64_t total)>;
 
     /// \param onProgress  called on the engine thread, at most 20 times a second.
     explicit EngineJob(Listener onProgress) : listener(std::move(onProgress)) {}

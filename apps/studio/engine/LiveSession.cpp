@@ -247,8 +247,7 @@ HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {
     result.normal = WorldNormal(geometry.Place(), hit->normal);
     const SceneSettings& settings = document.Settings();
     const float pixels = settings.dynamics.radiusPixels;
-    result.radius =
-        pixels > 0.0f ? WorldLength(view, pixels, result.position) : settings.radius;
+    result.radius = pixels > 0.0f ? WorldLength(view, pixels, result.position) : settings.radius;
     return result;
 }
 

@@ -66,9 +66,9 @@ std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
     std::size_t first = 0;
     for (const uint32_t patch : update->patches) {
         const uint32_t count = layout->VertexCount(patch);
-        update->boxes.push_back(
-            layout->IsGrid() ? document.Tree().BoxOf(layout->PatchLevel(), patch)
-                             : BoxOf(std::span(update->vertices).subspan(first, count)));
+        update->boxes.push_back(layout->IsGrid()
+                                    ? document.Tree().BoxOf(layout->PatchLevel(), patch)
+                                    : BoxOf(std::span(update->vertices).subspan(first, count)));
         first += count;
     }
     dirty->Remove(update->patches);
