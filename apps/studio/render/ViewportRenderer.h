@@ -37,6 +37,8 @@ public:
     void Clear();
     /// Whether patches wait for a frame. Needs no context.
     bool HasPending() const { return !queue.IsEmpty(); }
+    /// Bytes of patches that wait. Needs no context.
+    uint64_t PendingBytes() const { return queue.Bytes(); }
 
     struct Frame {
         RenderView view;
