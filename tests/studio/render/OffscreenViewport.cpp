@@ -10,17 +10,17 @@ namespace trovik::studio::test {
 namespace {
 
 /// The application that the first viewport of a test program starts.
-void RequireApplication() {
+QScreen* ScreenOfApplication() {
     static int count = 1;
     static char name[] = "test";
     static char* arguments[] = {name, nullptr};
     static const QGuiApplication application(count, arguments);
+    return QGuiApplication::primaryScreen();
 }
 
 }  // namespace
 
-OffscreenViewport::OffscreenViewport(int width, int height) {
-    RequireApplication();
+OffscreenViewport::OffscreenViewport(int width, int height) : surface(ScreenOfApplication()) {
     QSurfaceFormat format;
     format.setVersion(3, 3);
     format.setProfile(QSurfaceFormat::CoreProfile);
