@@ -49,6 +49,12 @@ struct HoverHit {
     Vector normal;
     /// Radius of a dab there, world units.
     float radius = 0.0f;
+    /// Where mirrored dabs would be applied, and their normals.
+    struct Mirrored {
+        Vector position;
+        Vector normal;
+    };
+    std::vector<Mirrored> mirrored;
 };
 
 /// How a stroke begins.

@@ -246,6 +246,13 @@ HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {
     result.position = WorldPlace(geometry, *hit);
     result.normal = WorldNormal(geometry.Place(), hit->normal);
     const SceneSettings& settings = document.Settings();
+    for (const Matrix& map : settings.mirrorMaps) {
+        const Vector position = map.AffineTransform(hit->position, 1.0f);
+        HoverHit::Mirrored mirrored;
+        geometry.Place().LocalToWorld(&mirrored.position, &position, 1.0f);
+        mirrored.normal = WorldNormal(geometry.Place(), map.AffineTransform(hit->normal, 0.0f));
+        result.mirrored.push_back(mirrored);
+    }
     const float pixels = settings.dynamics.radiusPixels;
     result.radius = pixels > 0.0f ? WorldLength(view, pixels, result.position) : settings.radius;
     return result;
