@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "host/BrushOperation.h"
+#include "host/Vector.h"
 #include "input/Gesture.h"
 #include "input/KeyTracker.h"
 #include "input/NavigationPreset.h"
