@@ -58,7 +58,7 @@ void ExpectPicked(Scene& scene) {
                            scene.shown.document->Tree(),
                            view,
                            {static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f, 0.0f});
-            hits += hit.has_value() ? 1 : 0;
+            hits += hit.has_value() ? 1u : 0u;
             if (ids.faces[at] != (hit.has_value() ? hit->face : IdImage::none)) continue;
             ++same;
             if (!hit.has_value()) continue;

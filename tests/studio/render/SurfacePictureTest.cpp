@@ -83,7 +83,7 @@ TEST_F(SurfacePictureTest, ShowsStrokesOfEveryTool) {
     for (const std::string& tool : tools) {
         SCOPED_TRACE(tool);
         shown.runner.Do({{"tool", tool}, {"set", {{"radius", 0.3}}}});
-        shownTools += StepIsShown(stroke) ? 1 : 0;
+        shownTools += StepIsShown(stroke) ? 1u : 0u;
     }
     // Some do nothing without a stamp.
     EXPECT_GE(shownTools, 12u);
@@ -189,7 +189,7 @@ TEST_F(SurfacePictureTest, CountsItsWork) {
     expectNoUpload("hover");
 
     // One dab: the patches that the document reports, each once.
-    struct Reported : DocumentObserver {
+    struct Reported final : DocumentObserver {
         explicit Reported(const PatchLayout& of) : dirty(of) {}
         void SurfaceChanged(const SurfaceChange& change) override { dirty.Add(change); }
         DirtyPatches dirty;
