@@ -54,8 +54,10 @@ QImage StampThumbnail(const QString& path, int side) {
     const std::uint32_t channel =
         IsVectorStampName(QFileInfo(path).fileName().toStdString()) && read.channels > 1 ? 1 : 0;
     const double longer = std::max(read.width, read.height);
-    const int width = std::max(1, static_cast<int>(std::lround(side * static_cast<double>(read.width) / longer)));
-    const int height = std::max(1, static_cast<int>(std::lround(side * static_cast<double>(read.height) / longer)));
+    const int width =
+        std::max(1, static_cast<int>(std::lround(side * static_cast<double>(read.width) / longer)));
+    const int height = std::max(
+        1, static_cast<int>(std::lround(side * static_cast<double>(read.height) / longer)));
     std::vector<float> values(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
