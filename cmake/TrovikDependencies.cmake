@@ -3,6 +3,9 @@
 # All dependencies are system packages (scripts/install-packages.sh installs them).
 
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
+if(TROVIK_BUILD_STUDIO)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Gui Widgets OpenGL OpenGLWidgets Svg)
+endif()
 find_package(Threads REQUIRED)
 find_package(TBB REQUIRED COMPONENTS tbb)
 find_package(embree 3.12 REQUIRED)

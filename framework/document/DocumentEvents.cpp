@@ -133,6 +133,7 @@ std::shared_ptr<const DocumentState> Document::BuildState() const {
     built->tools = ToolNames();
     built->symmetry.mode = settings.mirrorMode;
     built->symmetry.copies = static_cast<uint32_t>(settings.mirrorMaps.size());
+    built->symmetry.maps = settings.mirrorMaps;
     built->symmetry.topological = settings.mirrorMode == MirrorConfiguration::Topological;
     built->view = settings.view;
     const UndoHistory& history = geometry->History();

@@ -3,6 +3,7 @@
 
 #include "framework/document/HistoryEntries.h"
 #include "framework/strokes/StrokePath.h"
+#include "host/Matrix.h"
 
 #include <cstdint>
 #include <string>
@@ -63,6 +64,8 @@ struct DocumentState {
         /// Applied with each dab, besides the dab itself.
         uint32_t copies = 0;
         bool topological = false;
+        /// From the position of a dab to those of its copies, mesh-local; see MirrorMaps.
+        std::vector<Matrix> maps;
     };
     Symmetry symmetry;
     StrokeView view;

@@ -58,9 +58,18 @@ DocumentStroke::DocumentStroke(Document& edited)
     : DocumentStroke(edited, PenStrokeOptions::Interactive()) {}
 
 DocumentStroke::DocumentStroke(Document& edited, const PenStrokeOptions& options)
-    : document(edited),
-      live(edited.Loop(), edited.Geometry(), edited.Tree(), PenStrokeSettings(edited, options)) {
+    : document(edited) {
+    const auto begin = [&] {
+        live.emplace(document.Loop(),
+                     document.Geometry(),
+                     document.Tree(),
+                     PenStrokeSettings(document, options));
+    };
+    // Settings that are out of their bounds are refused before the stroke is open.
+    begin();
     BeginStroke(document, options.modifier, options.seed);
+    // A modifier lends the stroke the settings of another tool.
+    begin();
     number = document.Loop().StrokeNumber();
 }
 
@@ -93,28 +102,28 @@ void DocumentStroke::Do(Work work) {
 }
 
 void DocumentStroke::Add(const std::vector<PathSample>& samples) {
-    Do([&] { live.Add(samples); });
+    Do([&] { live->Add(samples); });
 }
 
 bool DocumentStroke::Add(const std::vector<PathSample>& samples, LiveStroke::Budget budget) {
     bool remain = false;
-    Do([&] { remain = live.Add(samples, budget); });
+    Do([&] { remain = live->Add(samples, budget); });
     return remain;
 }
 
 bool DocumentStroke::Continue(LiveStroke::Budget budget) {
     bool remain = false;
-    Do([&] { remain = live.Continue(budget); });
+    Do([&] { remain = live->Continue(budget); });
     return remain;
 }
 
 void DocumentStroke::Tick(double time) {
-    Do([&] { live.Tick(time); });
+    Do([&] { live->Tick(time); });
 }
 
 void DocumentStroke::Release() {
     Do([&] {
-        live.Release();
+        live->Release();
         isOver = true;
         document.Loop().End();
     });
@@ -122,7 +131,7 @@ void DocumentStroke::Release() {
 
 void DocumentStroke::Abandon() {
     Do([&] {
-        live.Abandon();
+        live->Abandon();
         isOver = true;
         document.Loop().End();
     });

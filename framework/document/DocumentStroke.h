@@ -88,8 +88,8 @@ public:
     /// Ends the stroke and reverts the surface to the bits of before, without an undo step.
     void Abandon();
 
-    std::vector<PathSample> Preview() const { return live.Preview(); }
-    unsigned Count() const { return live.Count(); }
+    std::vector<PathSample> Preview() const { return live->Preview(); }
+    unsigned Count() const { return live->Count(); }
     /// Released, abandoned, or ended by an error.
     bool IsOver() const { return isOver || !IsOpen(); }
 
@@ -100,7 +100,7 @@ private:
     bool IsOpen() const;
 
     Document& document;
-    LiveStroke live;
+    std::optional<LiveStroke> live;
     uint64_t number = 0;
     bool isOver = false;
 };

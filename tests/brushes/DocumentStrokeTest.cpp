@@ -127,6 +127,7 @@ TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
                 const std::string untouched = BitsOf(recorded->GetDocument());
                 Step(*recorded, Stroke(name));
                 Step(*recorded, Stroke(name, R"(, "modifier": "invert")"));
+                Step(*recorded, Stroke(name, R"(, "modifier": "smooth")"));
                 const std::string expected = BitsOf(recorded->GetDocument());
                 ASSERT_TRUE(expected != untouched || std::string(tool) == "Smooth" ||
                             std::string(tool) == "Flatten");
@@ -137,13 +138,16 @@ TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
                     stroke.Release();
                     EXPECT_TRUE(stroke.IsOver());
                 }
-                PenStrokeOptions options;
-                options.modifier = BrushOperation::ModifierInvert;
-                DocumentStroke second(live->GetDocument(), options);
-                Draw(second, name, 7);
-                second.Release();
+                for (const auto modifier :
+                     {BrushOperation::ModifierInvert, BrushOperation::ModifierSmooth}) {
+                    PenStrokeOptions options;
+                    options.modifier = modifier;
+                    DocumentStroke modified(live->GetDocument(), options);
+                    Draw(modified, name, 7);
+                    modified.Release();
+                }
                 EXPECT_TRUE(BitsOf(live->GetDocument()) == expected);
-                EXPECT_EQ(live->GetDocument().Settings().strokesBegun, 2u);
+                EXPECT_EQ(live->GetDocument().Settings().strokesBegun, 3u);
             }
         }
     }

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLine.h"
+#include "StudioApplication.h"
+
+#include <QApplication>
+
+int main(int argc, char** argv) {
+    using namespace trovik::studio;
+    int status = 0;
+    const std::optional<CommandLine> commandLine = ReadCommandLine(argc, argv, status);
+    if (!commandLine) return status;
+    const std::string platform = PlatformFor(*commandLine);
+    if (!platform.empty()) qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platform));
+
+    // Arguments are read above; Qt would take those that it knows.
+    int qtArgumentCount = 1;
+    QApplication application(qtArgumentCount, argv);
+    // The constructor switches compression on, after which a busy window receives few of the
+    // samples of a pen.
+    QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
+    QCoreApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
+    QApplication::setApplicationName(QStringLiteral("trovik-studio"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Trovik Studio"));
+    QApplication::setApplicationVersion(QStringLiteral(TROVIK_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("trovik-studio"));
+
+    StudioApplication studio(*commandLine);
+    studio.Start();
+    return QApplication::exec();
+}

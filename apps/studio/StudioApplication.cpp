@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "StudioApplication.h"
+
+#include "commands/FileActions.h"
+#include "commands/Keymap.h"
+#include "commands/Preferences.h"
+#include "commands/SymmetrySetting.h"
+#include "input/ViewportInput.h"
+#include "viewport/ViewportWidget.h"
+#include "window/MainWindow.h"
+#include "window/RecoveryDialog.h"
+#include "window/Theme.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace trovik::studio {
+
+namespace {
+
+/// The sphere of a new document: 24 576 faces at its base, four times as many with each level.
+constexpr uint32_t firstSegments = 32;
+constexpr int firstLevels = 1;
+/// Radius of the brush in a mesh that was imported, logical pixels.
+constexpr double firstRadius = 50.0;
+
+std::optional<CameraMotion> BarrelMotion(const QString& effect) {
+    if (effect == QLatin1String("pan")) return CameraMotion::Pan;
+    if (effect == QLatin1String("orbit")) return CameraMotion::Orbit;
+    return std::nullopt;
+}
+
+}  // namespace
+
+StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line) {
+    const QString settingsPath = commandLine.hasNoPreferences
+                                     ? scratch.filePath(QStringLiteral("studio.ini"))
+                                     : Preferences::UsualPath();
+    preferences = std::make_unique<Preferences>(settingsPath);
+    ApplyTheme(preferences->Theme(), preferences->UiScale());
+    engine = std::make_unique<Engine>(
+        commandLine.hasNoJournal ? std::string() : StudioFolders::Journals().toStdString());
+    actions = std::make_unique<ActionRegistry>(nullptr);
+    view = std::make_unique<ViewModel>();
+    viewport = new ViewportWidget(*engine);
+    const QString keysPath = commandLine.hasNoPreferences
+                                 ? QString()
+                                 : StudioFolders::Config() + QStringLiteral("/keymap.json");
+    keymap = std::make_unique<Keymap>(*actions, keysPath);
+    window =
+        std::make_unique<MainWindow>(*engine, *actions, *view, *preferences, *keymap, viewport);
+    input = new ViewportInput(*engine, *actions, *viewport);
+    AddSelectionActions();
+    if (const QString problem = keymap->Load(); !problem.isEmpty()) window->ShowError(problem);
+    if (commandLine.viewportWidth > 0) viewport->setFixedWidth(commandLine.viewportWidth);
+    if (commandLine.viewportHeight > 0) viewport->setFixedHeight(commandLine.viewportHeight);
+    ConnectView();
+    ConnectInput();
+    ApplyPreferences();
+    connect(preferences.get(), &Preferences::Changed, this, &StudioApplication::ApplyPreferences);
+    connect(engine.get(), &Engine::Opened, this, &StudioApplication::WhenOpened);
+    connect(engine.get(), &Engine::StateChanged, this, &StudioApplication::ShowSymmetry);
+}
+
+StudioApplication::~StudioApplication() {
+    // Dialogs and panels of the window use the other objects to their end.
+    window.reset();
+}
+
+void StudioApplication::ConnectView() {
+    view->grab = [this] { return viewport->Grab(); };
+    connect(view.get(), &ViewModel::SettingsChanged, viewport, [this] {
+        viewport->SetSettings(view->Settings());
+    });
+    view->SetSettings(viewport->Settings());
+    connect(view.get(), &ViewModel::FrameRequested, viewport, &ViewportWidget::FrameAll);
+    connect(view.get(), &ViewModel::OrthographicChanged, viewport, [this](bool on) {
+        Camera camera = viewport->View();
+        camera.SetOrthographic(on);
+        viewport->SetView(camera);
+    });
+    connect(view.get(), &ViewModel::FieldOfViewChanged, viewport, [this](float degrees) {
+        Camera camera = viewport->View();
+        camera.SetFieldOfView(degrees);
+        viewport->SetView(camera);
+    });
+    connect(view.get(),
+            &ViewModel::LookRequested,
+            viewport,
+            [this](const Vector& direction, const Vector& up) {
+                Camera camera = viewport->View();
+                camera.LookAlong(direction, up);
+                viewport->SetView(camera);
+            });
+    connect(viewport, &ViewportWidget::FrameDrawn, view.get(), [this] {
+        view->SetPenLatency(viewport->PenLatency());
+    });
+}
+
+void StudioApplication::ConnectInput() {
+    connect(input, &ViewportInput::HudChanged, viewport, &ViewportWidget::SetHudLines);
+    connect(input, &ViewportInput::Refused, window.get(), &MainWindow::ShowNote);
+}
+
+void StudioApplication::ApplyPreferences() {
+    ApplyTheme(preferences->Theme(), preferences->UiScale());
+    input->SetNavigation(NavigationPreset::Named(preferences->Navigation()));
+    input->SetEraser(preferences->Eraser() == QLatin1String("smooth")
+                         ? BrushOperation::ModifierSmooth
+                         : BrushOperation::ModifierInvert);
+    input->SetBarrel(BarrelMotion(preferences->BarrelButton()));
+    input->Router().SetPenPosition(preferences->PenPosition() == QLatin1String("pointer")
+                                       ? PointerRouter::PenPosition::Cursor
+                                       : PointerRouter::PenPosition::Device);
+}
+
+void StudioApplication::AddSelection(const char* id,
+                                     const QString& text,
+                                     const QString& description,
+                                     SelectionGesture::Shape shape,
+                                     const char* step) {
+    const auto run = [this, step](SelectionGesture::Shape drawn,
+                                  const std::vector<QPointF>& points) {
+        nlohmann::json choice;
+        if (drawn == SelectionGesture::Shape::Box) {
+            choice["box"] = {points[0].x(), points[0].y(), points[1].x(), points[1].y()};
+        } else {
+            for (const QPointF& point : points) choice["lasso"].push_back({point.x(), point.y()});
+        }
+        engine->Run({{step, choice}});
+    };
+    actions->Add({.id = QString::fromLatin1(id),
+                  .text = text,
+                  .description = description,
+                  .run = [this, shape, run] { input->SelectNext(shape, run); }});
+}
+
+void StudioApplication::AddSelectionActions() {
+    using Shape = SelectionGesture::Shape;
+    AddSelection("mask.box",
+                 tr("Mask by Box"),
+                 tr("Masks what is visible in a box that you drag over the viewport."),
+                 Shape::Box,
+                 "freeze");
+    AddSelection("mask.lasso",
+                 tr("Mask by Lasso"),
+                 tr("Masks what is visible in an outline that you draw over the viewport."),
+                 Shape::Lasso,
+                 "freeze");
+    AddSelection("visibility.hideBox",
+                 tr("Hide by Box"),
+                 tr("Hides the faces in a box that you drag over the viewport."),
+                 Shape::Box,
+                 "hide");
+    AddSelection("visibility.hideLasso",
+                 tr("Hide by Lasso"),
+                 tr("Hides the faces in an outline that you draw over the viewport."),
+                 Shape::Lasso,
+                 "hide");
+    AddSelection("visibility.isolateLasso",
+                 tr("Isolate by Lasso"),
+                 tr("Shows only the faces in an outline that you draw over the viewport."),
+                 Shape::Lasso,
+                 "isolate");
+}
+
+void StudioApplication::ShowSymmetry() {
+    Overlays overlays = viewport->Shown();
+    overlays.symmetryPlanes.clear();
+    const SymmetrySetting symmetry = SymmetrySetting::Of(*engine->State());
+    for (int axis = 0; axis < 3; ++axis)
+        if (symmetry.HasPlane(axis)) overlays.symmetryPlanes.push_back(axis);
+    viewport->SetOverlays(overlays);
+}
+
+void StudioApplication::WhenOpened() {
+    const OpenedDocument& document = engine->Document();
+    Camera camera = viewport->View();
+    camera.SetView(document.view);
+    const bool isNewView = document.scenePath.empty() && !document.isRecovered;
+    if (isNewView) camera.Frame(document.bounds);
+    viewport->SetView(camera);
+    // A radius in pixels suits a mesh of any size.
+    if (isNewView)
+        engine->Run({{"set", {{"radiusPixels", firstRadius * viewport->devicePixelRatioF()}}}});
+}
+
+bool StudioApplication::OfferRecovery() {
+    std::vector<RecoverableWork> works = FindRecoverableWork(StudioFolders::Journals());
+    if (works.empty()) return false;
+    RecoveryDialog dialog(works, window.get());
+    dialog.exec();
+    if (dialog.Chosen() == RecoveryDialog::Choice::Recover) {
+        OpenRequest request;
+        request.journalPath = dialog.Journal().toStdString();
+        request.title = tr("Recovered").toStdString();
+        engine->Open(request);
+        return true;
+    }
+    if (dialog.Chosen() == RecoveryDialog::Choice::Discard)
+        for (const RecoverableWork& work : works) QFile::remove(work.journalPath);
+    return false;
+}
+
+void StudioApplication::OpenFirst() {
+    if (!commandLine.file.empty()) {
+        window->Files().Open(
+            QFileInfo(QString::fromStdString(commandLine.file)).absoluteFilePath());
+        return;
+    }
+    const bool mayAsk =
+        !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
+    if (mayAsk && OfferRecovery()) return;
+    window->Files().OpenPrimitive(Primitive::Sphere, firstSegments, firstLevels);
+}
+
+void StudioApplication::Start() {
+    window->show();
+    OpenFirst();
+    if (commandLine.events.empty() && !commandLine.quits) window->ShowWelcome();
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "CommandLine.h"
+#include "commands/ActionRegistry.h"
+#include "commands/ViewModel.h"
+#include "engine/Engine.h"
+#include "input/SelectionGesture.h"
+
+#include <QObject>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace trovik::studio {
+
+class Keymap;
+class MainWindow;
+class Preferences;
+class ViewportInput;
+class ViewportWidget;
+
+/// The objects of the running studio, and how they are connected. Needs a QApplication.
+class StudioApplication : public QObject {
+    Q_OBJECT
+public:
+    explicit StudioApplication(const CommandLine& commandLine);
+    ~StudioApplication() override;
+
+    /// Shows the window and opens what the command line names: a file, else work to be recovered if
+    /// the user wants it, else a sphere. Errors are shown in the window.
+    void Start();
+
+    Engine& GetEngine() { return *engine; }
+    ActionRegistry& Actions() { return *actions; }
+    ViewportWidget& Viewport() { return *viewport; }
+    ViewportInput& Input() { return *input; }
+    MainWindow& Window() { return *window; }
+
+private:
+    void ConnectView();
+    void ConnectInput();
+    void AddSelectionActions();
+    void AddSelection(const char* id,
+                      const QString& text,
+                      const QString& description,
+                      SelectionGesture::Shape shape,
+                      const char* step);
+    void ApplyPreferences();
+    void ShowSymmetry();
+    /// \return whether the user chose to recover some.
+    bool OfferRecovery();
+    void OpenFirst();
+    void WhenOpened();
+
+    CommandLine commandLine;
+    /// Holds preferences and journals that nobody keeps.
+    QTemporaryDir scratch;
+    std::unique_ptr<Preferences> preferences;
+    std::unique_ptr<Engine> engine;
+    std::unique_ptr<ActionRegistry> actions;
+    std::unique_ptr<ViewModel> view;
+    std::unique_ptr<Keymap> keymap;
+    std::unique_ptr<MainWindow> window;
+    ViewportWidget* viewport = nullptr;
+    ViewportInput* input = nullptr;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QAction>
+#include <QKeySequence>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <map>
+#include <vector>
+
+namespace trovik::studio {
+
+/// What a user can start by menu, key, palette or script.
+struct ActionInfo {
+    /// Unique and stable, such as "mask.invert"; the part before the dot is the category.
+    QString id = {};
+    /// Shown in menus and the palette, such as "Invert Mask".
+    QString text = {};
+    /// One sentence that says what it does.
+    QString description = {};
+    /// Of the preset "default"; may be empty.
+    QList<QKeySequence> keys = {};
+    /// Name of an icon in resources/icons, without ".svg"; may be empty.
+    QString icon = {};
+    bool isCheckable = false;
+    std::function<void()> run = {};
+};
+
+/// All actions of the studio, by their id. Menus, tool bars, palette, keymap and event files use
+/// the same QAction objects. Keys that are held (radius, strength, pan …) are actions with
+/// `AddHeld`, which appear in keymap and palette but are read by the input code.
+///
+/// A key belongs to at most one action. Call on the UI thread only.
+class ActionRegistry : public QObject {
+    Q_OBJECT
+public:
+    explicit ActionRegistry(QWidget* window);
+
+    /// Adds an action. Its tooltip is the description with the key. The id must be new; a key that
+    /// another action has already is not bound.
+    QAction* Add(const ActionInfo& info);
+    /// Adds a key that acts while it is held; see HeldKey.
+    void AddHeld(const ActionInfo& info);
+    /// Null if there is none, and for held keys.
+    QAction* Find(const QString& id) const;
+    /// The key that is bound to a held action; empty if there is none.
+    QKeySequence HeldKey(const QString& id) const;
+    bool IsHeld(const QString& id) const;
+    /// In the order in which they were added.
+    const std::vector<ActionInfo>& Infos() const { return infos; }
+    /// Null if there is none.
+    const ActionInfo* Info(const QString& id) const;
+    /// Triggers an action. \return false for an unknown id or a disabled action.
+    bool Trigger(const QString& id);
+    /// What was triggered last comes first, by whatever way; each id once.
+    const QStringList& Recent() const { return recent; }
+
+    /// The keys that are bound now.
+    QList<QKeySequence> Keys(const QString& id) const;
+    /// Binds keys; ids that lose a key by that are returned. Unknown ids change nothing.
+    QStringList SetKeys(const QString& id, const QList<QKeySequence>& keys);
+    /// The id that has a key; empty if there is none.
+    QString Owner(const QKeySequence& key) const;
+    /// Restores the keys of the preset "default".
+    void ResetKeys();
+    /// Updates menus and tooltips of all actions: call after several SetKeys with `isQuiet`.
+    /// \param isQuiet  KeysChanged is not sent until the next call with false.
+    void SetQuiet(bool isQuiet);
+
+Q_SIGNALS:
+    void KeysChanged();
+    void Added(const QString& id);
+    /// An action was triggered, by whatever way.
+    void Triggered(const QString& id);
+
+private:
+    struct Entry {
+        QAction* action = nullptr;
+        QList<QKeySequence> keys;
+        bool isHeld = false;
+        std::size_t info = 0;
+    };
+    Entry& Insert(const ActionInfo& info);
+    void ShowKeys(Entry& entry);
+    void NotifyKeys();
+
+    QWidget* window;
+    std::vector<ActionInfo> infos;
+    std::map<QString, Entry> entries;
+    QStringList recent;
+    bool quiet = false;
+};
+
+}  // namespace trovik::studio

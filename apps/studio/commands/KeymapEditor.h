@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QDialog>
+#include <QKeySequence>
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTreeWidget;
+
+namespace trovik::studio {
+
+class ActionRegistry;
+class Keymap;
+
+/// Lists all actions with their keys. A click on a key waits for the next key, Backspace removes
+/// it, Escape leaves it. A key of another action is only taken after a second press, and the
+/// message names the other action.
+class KeymapEditor : public QDialog {
+    Q_OBJECT
+public:
+    KeymapEditor(ActionRegistry& actions, Keymap& keymap, QWidget* parent = nullptr);
+
+    /// Shows the actions whose name, description or key contains the text.
+    void Search(const QString& text);
+    /// Selects an action and waits for a key.
+    void Capture(const QString& id);
+    /// What the line below the list says.
+    QString Message() const;
+    /// The id whose key is waited for; empty if none.
+    const QString& Capturing() const { return capturing; }
+
+protected:
+    bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void Refill();
+    void ShowKeys();
+    void TakeKey(const QKeySequence& key);
+    void StopCapture();
+    void Say(const QString& message);
+    QString SelectedId() const;
+    void ImportFile();
+    void ExportFile();
+    QWidget* MakeTopRow();
+    QWidget* MakeButtons();
+
+    ActionRegistry& actions;
+    Keymap& keymap;
+    QLineEdit* search;
+    QComboBox* presets;
+    QTreeWidget* list;
+    QLabel* message;
+    QPushButton* reset;
+    QString capturing;
+    /// Pressed once already, although another action has it.
+    QKeySequence contested;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Vector.h"
+#include "render/RenderSettings.h"
+
+#include <QImage>
+#include <QObject>
+
+#include <functional>
+
+namespace trovik::studio {
+
+/// How the viewport shows the document, as actions and panels change it. The window connects it to
+/// the viewport; without one it can be used alone.
+///
+/// Call on the UI thread only.
+class ViewModel : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    const RenderSettings& Settings() const { return settings; }
+    /// Sends SettingsChanged if something differs.
+    void SetSettings(const RenderSettings& changed);
+    bool IsOrthographic() const { return isOrthographic; }
+    void SetOrthographic(bool on);
+    /// Degrees from top to bottom.
+    float FieldOfView() const { return fieldOfView; }
+    void SetFieldOfView(float degrees);
+
+    /// Looks along a world direction.
+    void LookAlong(const Vector& direction, const Vector& up) {
+        Q_EMIT LookRequested(direction, up);
+    }
+    /// Shows the whole surface.
+    void FrameAll() { Q_EMIT FrameRequested(); }
+
+    /// Returns the frame that is shown, in device pixels; unset without a viewport.
+    std::function<QImage()> grab;
+
+    /// Seconds from a pen sample to the frame that shows it, for the panels; 0 if unknown.
+    void SetPenLatency(double seconds);
+    double PenLatency() const { return penLatency; }
+
+Q_SIGNALS:
+    void SettingsChanged();
+    void OrthographicChanged(bool on);
+    void FieldOfViewChanged(float degrees);
+    void LookRequested(const trovik::Vector& direction, const trovik::Vector& up);
+    void FrameRequested();
+    void PenLatencyChanged();
+
+private:
+    RenderSettings settings;
+    bool isOrthographic = false;
+    float fieldOfView = 35.0f;
+    double penLatency = 0.0;
+};
+
+/// The matcaps that can be chosen, in the order of menus, with the names that users see.
+struct MatcapName {
+    QString name, title;
+};
+std::vector<MatcapName> MatcapTitles();
+
+}  // namespace trovik::studio

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/Engine.h"
+
+#include "engine/EngineWorker.h"
+
+#include <QTimer>
+
+#include <chrono>
+
+namespace trovik::studio {
+
+namespace {
+
+/// How often the UI thread looks whether a request has become a long one.
+constexpr int busyPollMilliseconds = 50;
+
+}  // namespace
+
+Engine::Engine(const std::string& journalFolder, QObject* parent)
+    : QObject(parent), worker(std::make_unique<EngineWorker>(*this, journalFolder)) {
+    auto* poll = new QTimer(this);
+    connect(poll, &QTimer::timeout, this, [this] {
+        if (worker->IsLong() == isBusy) return;
+        isBusy = !isBusy;
+        Q_EMIT BusyChanged(isBusy);
+    });
+    poll->start(busyPollMilliseconds);
+}
+
+Engine::~Engine() = default;
+
+void Engine::Open(const OpenRequest& request) { worker->Post(request); }
+
+void Engine::SetApplicationData(const std::string& name, std::vector<uint8_t> bytes) {
+    worker->Post(ApplicationDataRequest{name, std::move(bytes)});
+}
+
+void Engine::Save(const std::string& scenePath) { Run({{"save", scenePath}}, tr("Saving")); }
+
+void Engine::SaveActions(const std::string& scriptPath) {
+    worker->Post(SaveActionsRequest{scriptPath});
+}
+
+void Engine::Run(const nlohmann::json& step, const QString& label, Done done) {
+    const QString shown =
+        label.isEmpty() && !step.empty() ? QString::fromStdString(step.begin().key()) : label;
+    worker->Post(StepRequest{step, shown, std::move(done), worker->View()});
+}
+
+void Engine::SetView(const StrokeView& view) { worker->SetView(view); }
+
+void Engine::BeginStroke(const StrokeStart& start) { worker->Post(start); }
+
+void Engine::AddSamples(std::vector<PenPoint> points) {
+    const std::chrono::duration<double> now = std::chrono::steady_clock::now().time_since_epoch();
+    worker->Post(StrokeSamples{std::move(points), now.count()});
+}
+
+void Engine::Tick(double milliseconds) { worker->Post(StrokeTick{milliseconds}); }
+void Engine::EndStroke() { worker->Post(StrokeEnd{false}); }
+void Engine::AbandonStroke() { worker->Post(StrokeEnd{true}); }
+void Engine::CancelJob() { worker->Cancel(); }
+void Engine::Pick(float x, float y) { worker->Pick(x, y); }
+void Engine::RequestSurface() { worker->Post(SurfaceRequest{}); }
+
+std::vector<std::shared_ptr<const SurfaceUpdate>> Engine::TakeUpdates() {
+    return worker->TakeUpdates();
+}
+
+const ToolSetting* Engine::Setting(const std::string& name) const {
+    if (settings == nullptr) return nullptr;
+    for (const ToolSetting& setting : *settings)
+        if (setting.name == name) return &setting;
+    return nullptr;
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "engine/EngineMessages.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace trovik::studio {
+
+class EngineWorker;
+
+/// The UI thread's access to the document, which lives on a thread of its own. All functions return
+/// at once; requests are carried out in order, and results arrive as signals on the UI thread.
+///
+/// Steps are those of stroke scripts, for example {"subdivide": 1} or {"layer": {"add": "Skin"}};
+/// they are the only way in which the studio changes a document, next to live strokes. Each step
+/// and stroke is recorded in the journal and in the list of actions (SaveActions).
+///
+/// Call on the UI thread only.
+class Engine : public QObject {
+    Q_OBJECT
+public:
+    /// \param journalFolder  receives the journals of documents; empty: no journals are kept.
+    explicit Engine(const std::string& journalFolder, QObject* parent = nullptr);
+    /// Abandons an open stroke, cancels a running job, closes the journal and joins the thread.
+    ~Engine() override;
+
+    // --- Documents ---
+
+    /// Opens a document instead of the present one. Ends with Opened or Failed; after Failed the
+    /// present document is still open.
+    void Open(const OpenRequest& request);
+    /// Whether a document is open.
+    bool HasDocument() const { return opened != nullptr; }
+    /// The document that was opened last; only with HasDocument.
+    const OpenedDocument& Document() const { return *opened; }
+    /// Stores an entry of the application with the next save, without an undo step.
+    void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
+    /// Saves to a path as the step "save" does; ends with Saved or Failed.
+    void Save(const std::string& scenePath);
+    /// Writes the actions since the document was opened as a stroke script; Failed on error.
+    void SaveActions(const std::string& scriptPath);
+
+    // --- Changes ---
+
+    /// Called on the UI thread when a step is done; `error` is empty, or one line.
+    using Done = std::function<void(const QString& error)>;
+    /// Runs a step. Errors are reported by Failed as well. Steps that read the view (mask and
+    /// visibility by box or lasso, renders) use the view of SetView at the time of this call.
+    /// \param label  shown with the progress of a long step; empty: the name of the step.
+    void Run(const nlohmann::json& step, const QString& label = {}, Done done = {});
+    /// The view of the viewport; cheap, may be called for each frame.
+    void SetView(const StrokeView& view);
+
+    // --- Live strokes ---
+
+    void BeginStroke(const StrokeStart& start);
+    void AddSamples(std::vector<PenPoint> points);
+    /// The pen rests at its last position; to be called about 60 times a second while pressed.
+    void Tick(double milliseconds);
+    void EndStroke();
+    /// Reverts the surface to the bits of before the stroke.
+    void AbandonStroke();
+
+    // --- Jobs ---
+
+    /// Whether a step or another request has been running for longer than 200 ms, so that strokes
+    /// and steps would wait.
+    bool IsBusy() const { return isBusy; }
+    /// Cancels the running request.
+    void CancelJob();
+
+    // --- What panels and viewport show ---
+
+    /// Requests the surface under a pixel of the view; HoverPicked follows, when the engine is
+    /// idle. A newer request replaces one that waits.
+    void Pick(float x, float y);
+    /// Sends the whole surface again, as after the loss of the graphics context.
+    void RequestSurface();
+    /// The updates that have arrived, in order; removes them.
+    std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
+    /// The newest state; null before the first document.
+    const std::shared_ptr<const DocumentState>& State() const { return state; }
+    /// The settings of the active tool; null before the first document.
+    const std::shared_ptr<const ToolSettingList>& Settings() const { return settings; }
+    /// A setting of the active tool by its name ("strength", "stamp.factor"); null if there is
+    /// none.
+    const ToolSetting* Setting(const std::string& name) const;
+
+Q_SIGNALS:
+    void Opened();
+    void Saved(const QString& scenePath);
+    /// TakeUpdates has something to return. Sent once until TakeUpdates is called.
+    void SurfaceArrived();
+    /// State returns something new.
+    void StateChanged();
+    /// Settings returns something new.
+    void SettingsChanged();
+    void HoverPicked(const trovik::studio::HoverHit& hit);
+    void StrokeAdvanced(const trovik::studio::StrokeFigures& figures);
+    /// A job runs longer than 200 ms. \param total  0: unknown.
+    void JobProgressed(const QString& label, const QString& phase, quint64 done, quint64 total);
+    void BusyChanged(bool busy);
+    /// A request failed; the document is as it was before, except where the message says otherwise.
+    void Failed(const QString& message);
+    /// A remark, a warning, or a problem that loses no work.
+    void Noted(const QString& message);
+
+private:
+    friend class EngineWorker;
+
+    std::unique_ptr<EngineWorker> worker;
+    std::unique_ptr<const OpenedDocument> opened;
+    std::shared_ptr<const DocumentState> state;
+    std::shared_ptr<const ToolSettingList> settings;
+    bool isBusy = false;
+};
+
+}  // namespace trovik::studio
+
+Q_DECLARE_METATYPE(trovik::studio::HoverHit)
+Q_DECLARE_METATYPE(trovik::studio::StrokeFigures)

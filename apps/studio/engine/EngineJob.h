@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/jobs/JobControl.h"
+
+#include <QString>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+
+namespace trovik::studio {
+
+/// The progress of the request that the engine carries out. Requests that take less than 200 ms
+/// report nothing.
+///
+/// Begin, End and Report: engine thread. Cancel and IsLong: any thread.
+class EngineJob final : public JobControl {
+public:
+    using Clock = std::chrono::steady_clock;
+    using Listener =
+        std::function<void(const QString& label, const char* phase, uint64_t done, uint64_t total)>;
+
+    /// \param onProgress  called on the engine thread, at most 20 times a second.
+    explicit EngineJob(Listener onProgress) : listener(std::move(onProgress)) {}
+
+    void Begin(const QString& newLabel);
+    void End();
+    /// Cancels the request that is running; without effect if none is.
+    void Cancel() { isCancelled = isRunning.load(); }
+    /// Whether a request has been running for longer than 200 ms.
+    bool IsLong() const;
+    bool Report(uint64_t done, uint64_t total, const char* phase) override;
+
+private:
+    Listener listener;
+    QString label;
+    std::atomic<bool> isRunning = false;
+    std::atomic<bool> isCancelled = false;
+    std::atomic<Clock::time_point> begun;
+    Clock::time_point reported;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/SurfaceFeed.h"
+
+#include "framework/display/PatchBounds.h"
+#include "framework/display/PatchPacker.h"
+#include "framework/picking/PatchTree.h"
+
+namespace trovik::studio {
+
+namespace {
+
+/// Threads for packing, the engine's included.
+constexpr unsigned packingThreads = 2;
+
+}  // namespace
+
+SurfaceFeed::SurfaceFeed(Document& ofDocument) : document(ofDocument) {
+    document.AddObserver(*this);
+}
+
+SurfaceFeed::~SurfaceFeed() { document.RemoveObserver(*this); }
+
+void SurfaceFeed::SurfaceChanged(const SurfaceChange& change) {
+    if (!isLayoutCurrent) return;
+    if ((change.what & SurfaceChange::Topology) != 0)
+        isLayoutCurrent = false;
+    else
+        dirty->Add(change);
+}
+
+void SurfaceFeed::MakeLayout() {
+    layout = std::make_shared<const PatchLayout>(*document.Geometry().Bound());
+    dirty = std::make_unique<DirtyPatches>(*layout);
+    isLayoutCurrent = true;
+    nextPatch = 0;
+}
+
+void SurfaceFeed::AddPatch(SurfaceUpdate& update, uint32_t patch, std::size_t& vertices) const {
+    update.patches.push_back(patch);
+    vertices += layout->VertexCount(patch);
+}
+
+std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
+    if (!HasWork()) return nullptr;
+    if (!isLayoutCurrent) MakeLayout();
+    isTransformPending = false;
+    auto update = std::make_shared<SurfaceUpdate>();
+    update->layout = layout;
+    update->toWorld = document.Geometry().Place().ToWorld();
+    update->bounds = document.Tree().Bounds();
+
+    const std::size_t maxVertices = maxBytes / sizeof(DisplayVertex);
+    std::size_t vertices = 0;
+    for (const uint32_t patch : dirty->Patches()) {
+        if (vertices >= maxVertices) break;
+        // Those that were never sent follow below.
+        if (patch < nextPatch) AddPatch(*update, patch, vertices);
+    }
+    while (nextPatch < PatchCount() && vertices < maxVertices)
+        AddPatch(*update, nextPatch++, vertices);
+
+    update->vertices.resize(vertices);
+    PatchPacker(*document.Geometry().Bound(), *layout)
+        .Pack(update->patches, update->vertices, packingThreads);
+    update->boxes.reserve(update->patches.size());
+    std::size_t first = 0;
+    for (const uint32_t patch : update->patches) {
+        const uint32_t count = layout->VertexCount(patch);
+        update->boxes.push_back(layout->IsGrid()
+                                    ? document.Tree().BoxOf(layout->PatchLevel(), patch)
+                                    : BoxOf(std::span(update->vertices).subspan(first, count)));
+        first += count;
+    }
+    dirty->Remove(update->patches);
+    return update;
+}
+
+}  // namespace trovik::studio

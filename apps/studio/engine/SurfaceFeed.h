@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "engine/EngineMessages.h"
+#include "framework/display/DirtyPatches.h"
+#include "framework/document/Document.h"
+#include "framework/document/DocumentObserver.h"
+
+#include <memory>
+#include <vector>
+
+namespace trovik::studio {
+
+/// Follows the changes of a document's surface and packs the changed patches for the viewport.
+/// Changes are merged until they are packed, so several dabs over one region cost one packing.
+///
+/// Used on the engine thread only.
+class SurfaceFeed final : public DocumentObserver {
+public:
+    /// The whole surface is to be sent. Borrows the document.
+    explicit SurfaceFeed(Document& ofDocument);
+    ~SurfaceFeed();
+    SurfaceFeed(const SurfaceFeed&) = delete;
+    SurfaceFeed& operator=(const SurfaceFeed&) = delete;
+
+    /// The whole surface is to be sent again.
+    void SendAll() { isLayoutCurrent = false; }
+    /// The mesh was moved in the world: the next update tells it, if need be without patches.
+    void SendTransform() { isTransformPending = true; }
+    bool HasWork() const {
+        return !isLayoutCurrent || isTransformPending || nextPatch < PatchCount() ||
+               !dirty->IsEmpty();
+    }
+    /// Packs changed patches, up to about `maxBytes` of vertices, at least one patch. Null if
+    /// nothing has changed. Cost: O(patches packed); after a change of the level O(level) for its
+    /// layout, spread over several updates for its vertices.
+    std::shared_ptr<SurfaceUpdate> Pack(std::size_t maxBytes);
+
+private:
+    void SurfaceChanged(const SurfaceChange& change) override;
+    uint32_t PatchCount() const { return layout == nullptr ? 0 : layout->PatchCount(); }
+    void MakeLayout();
+    void AddPatch(SurfaceUpdate& update, uint32_t patch, std::size_t& vertices) const;
+
+    Document& document;
+    std::shared_ptr<const PatchLayout> layout;
+    std::unique_ptr<DirtyPatches> dirty;
+    bool isLayoutCurrent = false;
+    bool isTransformPending = false;
+    /// Of the first sending of a layout: patches from this one on have not been sent yet.
+    uint32_t nextPatch = 0;
+};
+
+}  // namespace trovik::studio

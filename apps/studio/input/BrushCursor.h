@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "engine/EngineMessages.h"
+
+#include <QColor>
+#include <QObject>
+#include <QPointF>
+
+#include <optional>
+
+namespace trovik::studio {
+
+class Engine;
+class ViewportWidget;
+
+/// The ring on the surface that shows where the next dab would be applied, with its true radius,
+/// and the rings of mirrored dabs. The engine picks the surface when it is idle; during long jobs
+/// the ring stays where it was.
+class BrushCursor : public QObject {
+    Q_OBJECT
+public:
+    BrushCursor(Engine& engine, ViewportWidget& viewport, QObject* parent);
+
+    /// The pointer is at a position, in device pixels; requests a pick.
+    void MoveTo(const QPointF& position);
+    void Hide();
+    /// Of the rings: what the next stroke would do.
+    void SetColor(const QColor& color);
+    /// Shows another radius than that of the brush, in device pixels, while it is being changed;
+    /// 0 ends this.
+    void SetPreviewRadius(double pixels);
+    /// Where the pointer was last; nothing after Hide.
+    const std::optional<QPointF>& Position() const { return position; }
+    /// The last answer of the engine.
+    const HoverHit& Hit() const { return hit; }
+    /// The last position on the surface, for orbits; nothing before the first one.
+    const std::optional<Vector>& LastOnSurface() const { return lastOnSurface; }
+    /// Radius of a dab at the last hit, in device pixels; 0 if there is none.
+    double RadiusInPixels() const;
+
+private:
+    void Show();
+
+    Engine& engine;
+    ViewportWidget& viewport;
+    std::optional<QPointF> position;
+    HoverHit hit;
+    std::optional<Vector> lastOnSurface;
+    QColor color = Qt::white;
+    double previewRadius = 0.0;
+    std::vector<float> falloff;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "input/ViewportInput.h"
+
+#include "commands/ActionRegistry.h"
+#include "engine/Engine.h"
+#include "input/BrushCursor.h"
+#include "input/CameraGesture.h"
+#include "input/StrokeGesture.h"
+#include "viewport/ViewportWidget.h"
+
+#include <QKeyEvent>
+#include <QWheelEvent>
+
+#include <cmath>
+#include <utility>
+
+namespace trovik::studio {
+
+namespace {
+
+constexpr int tickMilliseconds = 16;
+/// A notch of the wheel, 120 units, changes the distance by a tenth.
+constexpr double unitsPerFactor = 120.0;
+constexpr double wheelFactor = 0.9;
+
+const QColor plainRing(245, 245, 245);
+const QColor invertRing(255, 150, 80);
+const QColor smoothRing(110, 190, 255);
+const QColor maskRing(255, 225, 90);
+
+}  // namespace
+
+ViewportInput::ViewportInput(Engine& ofEngine, ActionRegistry& registry, ViewportWidget& onViewport)
+    : QObject(&onViewport),
+      engine(ofEngine),
+      actions(registry),
+      viewport(onViewport),
+      router(&onViewport),
+      cursor(std::make_unique<BrushCursor>(ofEngine, onViewport, nullptr)),
+      navigation(&NavigationPreset::Named({})) {
+    viewport.setFocusPolicy(Qt::StrongFocus);
+    viewport.installEventFilter(this);
+    connect(&router, &PointerRouter::Pointer, this, &ViewportInput::Handle);
+    connect(&router, &PointerRouter::Left, cursor.get(), &BrushCursor::Hide);
+    connect(&keys, &KeyTracker::Pressed, this, &ViewportInput::KeyPressed);
+    connect(&keys, &KeyTracker::Released, this, &ViewportInput::KeyReleased);
+    connect(&engine, &Engine::HoverPicked, this, [this](const HoverHit& hit) {
+        if (!pending.empty()) PressKnown(pending.front(), hit.isHit);
+    });
+    // A busy engine picks nothing; the camera stays usable meanwhile.
+    connect(&engine, &Engine::BusyChanged, this, [this](bool isBusy) {
+        if (isBusy && !pending.empty()) PressKnown(pending.front(), false);
+    });
+    connect(&engine, &Engine::Opened, this, [this] { End(false); });
+    ticks.setTimerType(Qt::PreciseTimer);
+    ticks.setInterval(tickMilliseconds);
+    connect(&ticks, &QTimer::timeout, this, [this] {
+        if (gesture != nullptr) gesture->Tick();
+    });
+    ShowRingColor();
+}
+
+ViewportInput::~ViewportInput() = default;
+
+bool ViewportInput::IsHeld(const char* action) const {
+    const QList<QKeySequence> bound = actions.Keys(QString::fromLatin1(action));
+    for (const QKeySequence& key : bound)
+        if (keys.IsHeld(key)) return true;
+    return false;
+}
+
+void ViewportInput::SelectNext(SelectionGesture::Shape shape, SelectionGesture::Done done) {
+    selection = Selection{shape, std::move(done)};
+    viewport.setCursor(Qt::CrossCursor);
+}
+
+void ViewportInput::FinishGesture() { End(true); }
+
+void ViewportInput::Handle(const PointerEvent& event) {
+    if (!pending.empty()) {
+        pending.push_back(event);
+        return;
+    }
+    if (event.kind == PointerEvent::Kind::Press) {
+        Press(event);
+        return;
+    }
+    if (gesture != nullptr) {
+        gesture->Move(event);
+        ShowHud();
+        const bool isReleased =
+            event.kind == PointerEvent::Kind::Release && event.button == gestureButton;
+        if (gesture->MovesRing()) cursor->MoveTo(event.position);
+        if (isReleased) End(true);
+        return;
+    }
+    const QSizeF size(viewport.size());
+    const QPointF logical = event.position / viewport.devicePixelRatioF();
+    if (viewport.Cube().SetHovered(ViewCube::HitTest(logical, viewport.View(), size)))
+        viewport.update();
+    cursor->MoveTo(event.position);
+    ShowRingColor();
+}
+
+void ViewportInput::Press(const PointerEvent& event) {
+    viewport.setFocus(Qt::MouseFocusReason);
+    if (gesture != nullptr) {
+        // A click ends what goes on without a button; the right one abandons it.
+        if (gesture->GoesOnWithoutButton()) End(event.button == Qt::LeftButton);
+        return;
+    }
+    if (event.button == Qt::LeftButton && ClickCube(event)) return;
+    if (selection && event.button == Qt::LeftButton) {
+        Begin(std::make_unique<SelectionGesture>(
+                  viewport, selection->shape, std::move(selection->done), event),
+              event.button);
+        selection.reset();
+        viewport.unsetCursor();
+        return;
+    }
+    const bool isBarrel =
+        event.device != PointerEvent::Device::Mouse && event.button == Qt::RightButton;
+    std::optional<CameraMotion> motion = HeldMotion();
+    if (!motion && isBarrel) motion = barrel;
+    if (motion) {
+        Begin(std::make_unique<CameraGesture>(viewport, *motion, Anchor(), event), event.button);
+        return;
+    }
+    if (navigation->DependsOnSurface(event.button, keys.Modifiers()) && !engine.IsBusy()) {
+        pending = {event};
+        cursor->MoveTo(event.position);
+        return;
+    }
+    PressKnown(event, false);
+}
+
+std::optional<CameraMotion> ViewportInput::HeldMotion() const {
+    if (!IsHeld("view.navigate")) return std::nullopt;
+    if (keys.Modifiers().testFlag(Qt::ShiftModifier)) return CameraMotion::Pan;
+    if (keys.Modifiers().testFlag(Qt::ControlModifier)) return CameraMotion::Zoom;
+    return CameraMotion::Orbit;
+}
+
+void ViewportInput::PressKnown(const PointerEvent& press, bool isOnSurface) {
+    const std::vector<PointerEvent> waited = std::exchange(pending, {});
+    const auto motion = navigation->MotionOf(press.button, keys.Modifiers(), isOnSurface);
+    if (motion) {
+        Begin(std::make_unique<CameraGesture>(viewport, *motion, Anchor(), press), press.button);
+    } else if (press.button == Qt::LeftButton) {
+        BeginStroke(press);
+    } else if (press.button == Qt::RightButton) {
+        Q_EMIT MenuRequested(
+            viewport.mapToGlobal((press.position / viewport.devicePixelRatioF()).toPoint()));
+    }
+    for (std::size_t i = 1; i < waited.size(); ++i) Handle(waited[i]);
+}
+
+void ViewportInput::BeginStroke(const PointerEvent& press) {
+    if (!engine.HasDocument()) return;
+    if (engine.IsBusy()) {
+        Q_EMIT Refused(tr("The sculpture cannot be changed until the running task has finished."));
+        return;
+    }
+    StrokeStart start;
+    start.view = viewport.View().ToStrokeView();
+    if (press.device == PointerEvent::Device::Eraser) start.modifier = eraser;
+    if (IsHeld("stroke.invert")) start.modifier = BrushOperation::ModifierInvert;
+    if (IsHeld("stroke.smooth")) start.modifier = BrushOperation::ModifierSmooth;
+    start.isLine = IsHeld("stroke.line");
+    if (IsHeld("stroke.mask")) start.tool = "Freeze";
+    Begin(std::make_unique<StrokeGesture>(engine, viewport, start, press), press.button);
+    cursor->MoveTo(press.position);
+}
+
+void ViewportInput::Begin(std::unique_ptr<Gesture> next, Qt::MouseButton button) {
+    gesture = std::move(next);
+    gestureButton = button;
+    ticks.start();
+    ShowHud();
+    Q_EMIT GestureChanged(true);
+}
+
+void ViewportInput::End(bool isFinished) {
+    pending.clear();
+    if (gesture == nullptr) return;
+    ticks.stop();
+    const std::unique_ptr<Gesture> ended = std::move(gesture);
+    valueGesture = nullptr;
+    gestureKey = 0;
+    if (isFinished)
+        ended->Finish();
+    else
+        ended->Cancel();
+    ShowHud();
+    Q_EMIT GestureChanged(false);
+}
+
+bool ViewportInput::ClickCube(const PointerEvent& event) {
+    const QPointF logical = event.position / viewport.devicePixelRatioF();
+    const auto direction = ViewCube::HitTest(logical, viewport.View(), QSizeF(viewport.size()));
+    if (!direction) return false;
+    Camera camera = viewport.View();
+    camera.LookAlong(*direction, ViewCube::UpFor(*direction));
+    viewport.SetView(camera);
+    return true;
+}
+
+Vector ViewportInput::Anchor() const {
+    if (cursor->LastOnSurface()) return *cursor->LastOnSurface();
+    const AxisAlignedBoundingBox box = viewport.WorldBounds();
+    if (box.IsEmpty()) return viewport.View().Target();
+    return {
+        (box.minX + box.maxX) * 0.5f, (box.minY + box.maxY) * 0.5f, (box.minZ + box.maxZ) * 0.5f};
+}
+
+void ViewportInput::KeyPressed(int key) {
+    ShowRingColor();
+    if (key == Qt::Key_Escape || IsHeld("stroke.abandon")) {
+        selection.reset();
+        viewport.unsetCursor();
+        End(false);
+        return;
+    }
+    if (gesture != nullptr) {
+        if (gesture->GoesOnWithoutButton() && (key == Qt::Key_Return || key == Qt::Key_Enter))
+            End(true);
+        return;
+    }
+    if (!viewport.hasFocus() || !cursor->Position()) return;
+    for (const auto& [action, value] :
+         {std::pair("brush.radius", ValueGesture::Value::Radius),
+          std::pair("brush.strength", ValueGesture::Value::Strength)}) {
+        if (!IsHeld(action) || engine.State() == nullptr) continue;
+        auto next = std::make_unique<ValueGesture>(
+            engine, *cursor, value, *cursor->Position(), viewport.devicePixelRatioF());
+        ValueGesture* const begun = next.get();
+        Begin(std::move(next), Qt::NoButton);
+        valueGesture = begun;
+        gestureKey = key;
+        return;
+    }
+}
+
+// Hold, drag and let go; or tap the key, move, and click.
+void ViewportInput::KeyReleased(int key) {
+    ShowRingColor();
+    if (valueGesture != nullptr && key == gestureKey && valueGesture->HasChanged()) End(true);
+}
+
+bool ViewportInput::TypeNumber(const QKeyEvent& event) {
+    if (valueGesture == nullptr || !valueGesture->Type(event.key(), event.text())) return false;
+    // A typed number is confirmed by a key, not by letting go of the one that began this.
+    gestureKey = 0;
+    ShowHud();
+    return true;
+}
+
+bool ViewportInput::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+        case QEvent::ShortcutOverride:
+            // While a gesture is active, its keys are no shortcuts.
+            if (gesture != nullptr) {
+                event->accept();
+                return true;
+            }
+            break;
+        case QEvent::KeyPress:
+            if (TypeNumber(*static_cast<QKeyEvent*>(event))) return true;
+            break;
+        case QEvent::MouseButtonPress:
+            keys.Synchronise(static_cast<QMouseEvent*>(event)->modifiers());
+            break;
+        case QEvent::Wheel:
+            Wheel(*static_cast<QWheelEvent*>(event));
+            return true;
+        case QEvent::FocusOut:
+            End(true);
+            break;
+        default:
+            break;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void ViewportInput::Wheel(const QWheelEvent& event) {
+    if (gesture != nullptr) return;
+    const double notches = event.angleDelta().y() / unitsPerFactor;
+    Camera camera = viewport.View();
+    const Vector anchor = cursor->Hit().isHit ? cursor->Hit().position : Anchor();
+    camera.Dolly(anchor, static_cast<float>(std::pow(wheelFactor, notches)));
+    viewport.SetView(camera);
+}
+
+void ViewportInput::ShowRingColor() {
+    QColor color = plainRing;
+    if (IsHeld("stroke.mask")) color = maskRing;
+    if (IsHeld("stroke.invert")) color = invertRing;
+    if (IsHeld("stroke.smooth")) color = smoothRing;
+    cursor->SetColor(color);
+}
+
+void ViewportInput::ShowHud() {
+    Q_EMIT HudChanged(gesture != nullptr ? gesture->Hud() : QStringList());
+}
+
+}  // namespace trovik::studio

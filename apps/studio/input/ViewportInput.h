@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/BrushOperation.h"
+#include "host/Vector.h"
+#include "input/Gesture.h"
+#include "input/KeyTracker.h"
+#include "input/NavigationPreset.h"
+#include "input/PointerRouter.h"
+#include "input/SelectionGesture.h"
+#include "input/ValueGesture.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QKeyEvent;
+class QWheelEvent;
+
+namespace trovik::studio {
+
+class ActionRegistry;
+class BrushCursor;
+class Engine;
+class ViewportWidget;
+
+/// Decides what pointer and keys do over the viewport: sculpt, move the camera, change a value,
+/// select. It owns the objects that read them.
+class ViewportInput : public QObject {
+    Q_OBJECT
+public:
+    ViewportInput(Engine& engine, ActionRegistry& actions, ViewportWidget& viewport);
+    ~ViewportInput() override;
+
+    void SetNavigation(const NavigationPreset& preset) { navigation = &preset; }
+    /// What the eraser end of a pen does.
+    void SetEraser(BrushOperation::Modifier modifier) { eraser = modifier; }
+    /// What dragging with a pen's barrel button does; nothing: the menu opens.
+    void SetBarrel(std::optional<CameraMotion> motion) { barrel = motion; }
+    PointerRouter& Router() { return router; }
+    BrushCursor& Cursor() { return *cursor; }
+
+    /// The next drag selects by a box or lasso instead of sculpting. Escape or another tool ends
+    /// this.
+    void SelectNext(SelectionGesture::Shape shape, SelectionGesture::Done done);
+    /// Ends what is active: strokes are released.
+    void FinishGesture();
+    bool HasGesture() const { return gesture != nullptr; }
+
+Q_SIGNALS:
+    /// Lines to show over the viewport; empty for none.
+    void HudChanged(const QStringList& lines);
+    /// The right button, or a pen's barrel button, was pressed without a drag.
+    void MenuRequested(const QPoint& globalPosition);
+    /// A stroke was refused because the engine is busy.
+    void Refused(const QString& reason);
+    /// A drag of the camera, a stroke or another gesture began or ended.
+    void GestureChanged(bool isActive);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void Handle(const PointerEvent& event);
+    void Press(const PointerEvent& event);
+    void Begin(std::unique_ptr<Gesture> next, Qt::MouseButton button);
+    void End(bool isFinished);
+    /// Decides by whether the press is on the surface.
+    void PressKnown(const PointerEvent& press, bool isOnSurface);
+    void BeginStroke(const PointerEvent& press);
+    std::optional<CameraMotion> HeldMotion() const;
+    bool ClickCube(const PointerEvent& event);
+    Vector Anchor() const;
+    void KeyPressed(int key);
+    void KeyReleased(int key);
+    bool TypeNumber(const QKeyEvent& event);
+    void Wheel(const QWheelEvent& event);
+    void ShowRingColor();
+    void ShowHud();
+    bool IsHeld(const char* action) const;
+
+    Engine& engine;
+    ActionRegistry& actions;
+    ViewportWidget& viewport;
+    PointerRouter router;
+    KeyTracker keys;
+    std::unique_ptr<BrushCursor> cursor;
+    QTimer ticks;
+    const NavigationPreset* navigation;
+    BrushOperation::Modifier eraser = BrushOperation::ModifierInvert;
+    std::optional<CameraMotion> barrel = CameraMotion::Pan;
+
+    std::unique_ptr<Gesture> gesture;
+    /// The button whose release ends the gesture.
+    Qt::MouseButton gestureButton = Qt::NoButton;
+    /// A held key that began the gesture; 0: none.
+    int gestureKey = 0;
+    ValueGesture* valueGesture = nullptr;
+    /// A press whose meaning depends on a pick that has not been answered, and what followed.
+    std::vector<PointerEvent> pending;
+    struct Selection {
+        SelectionGesture::Shape shape;
+        SelectionGesture::Done done;
+    };
+    std::optional<Selection> selection;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Matrix.h"
+#include "host/Vector.h"
+
+#include <QOpenGLFunctions_3_3_Core>
+#include <QOpenGLShaderProgram>
+
+namespace trovik::studio {
+
+/// The functions of the current context: OpenGL 3.3, core profile.
+using Gl = QOpenGLFunctions_3_3_Core;
+
+/// The functions of the current context.
+/// \throw std::runtime_error if there is none or it is older than 3.3.
+Gl& CurrentGl();
+
+/// Compiles and links a program of the current context. The first line of both texts, "#version",
+/// is added. \param defines  lines after the version.
+/// \throw std::runtime_error with the log of the compiler.
+std::unique_ptr<QOpenGLShaderProgram> MakeProgram(const char* vertexText,
+                                                  const char* fragmentText,
+                                                  const QByteArray& defines = {});
+
+/// Sets a uniform of the program in use. Unknown names are ignored: variants of a program lack
+/// uniforms that they do not need. Matrices keep the row-vector convention: in the shader,
+/// `matrix * vec4(p, 1)` is p times the matrix here.
+void SetUniform(QOpenGLShaderProgram& program, const char* name, const Matrix& value);
+void SetUniform(QOpenGLShaderProgram& program, const char* name, const Vector& value);
+void SetUniform(QOpenGLShaderProgram& program, const char* name, float value);
+void SetUniform(QOpenGLShaderProgram& program, const char* name, int value);
+
+}  // namespace trovik::studio

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "render/RenderSettings.h"
+#include "render/SurfaceBuffers.h"
+
+namespace trovik::studio {
+
+/// The surface under each pixel, rows from the top.
+struct IdImage {
+    static constexpr uint32_t none = 0xffffffffu;
+
+    int width = 0;
+    int height = 0;
+    /// Number of the patch, and of the face in the level; none where there is no surface.
+    std::vector<uint32_t> patches;
+    std::vector<uint32_t> faces;
+    /// World distance from the eye along the viewing direction; 0 where there is no surface.
+    std::vector<float> depths;
+};
+
+/// Draws the surface without multisampling into a buffer of its own and reads it back, which waits
+/// for the GPU: for tests and single picks. Needs a current context.
+/// \param view  the size must be 16384 pixels at most. \param strideLog2  level of detail; a coarse
+/// cell has the number of its first face. \throw std::runtime_error if the buffer cannot be made.
+IdImage DrawIds(SurfaceBuffers& surface,
+                const RenderView& view,
+                const Matrix& toWorld,
+                uint32_t strideLog2 = 0);
+
+}  // namespace trovik::studio

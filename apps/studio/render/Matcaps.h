@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "render/Gl.h"
+
+#include <QImage>
+#include <QStringList>
+
+#include <map>
+
+namespace trovik::studio {
+
+/// The matcaps of the viewport, as textures of the current context.
+class Matcaps {
+public:
+    /// The names that RenderSettings::matcap may have; the first is the default.
+    static const QStringList& Names();
+    /// A sphere with the matcap on a transparent background, for buttons. Any thread.
+    /// \param size  width and height in device pixels.
+    static QImage Preview(const QString& name, int size);
+
+    Matcaps() = default;
+    /// Needs the context of Texture.
+    ~Matcaps();
+    Matcaps(const Matcaps&) = delete;
+    Matcaps& operator=(const Matcaps&) = delete;
+
+    /// A texture of linear colours over normals from (-1, -1) to (1, 1), x to the right and y up.
+    /// Made by the first call; unknown names are the default.
+    GLuint Texture(const QString& name);
+
+private:
+    std::map<QString, GLuint> textures;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "render/SurfaceBuffers.h"
+
+#include <algorithm>
+
+namespace trovik::studio {
+
+namespace {
+
+const void* ByteOffset(std::size_t bytes) { return reinterpret_cast<const void*>(bytes); }
+
+}  // namespace
+
+SurfaceBuffers::SurfaceBuffers() : gl(CurrentGl()) {}
+
+SurfaceBuffers::~SurfaceBuffers() { Free(); }
+
+void SurfaceBuffers::Free() {
+    for (const Page& page : pages) {
+        gl.glDeleteVertexArrays(1, &page.vertexArray);
+        if (page.edgeArray != 0) gl.glDeleteVertexArrays(1, &page.edgeArray);
+        gl.glDeleteBuffers(1, &page.buffer);
+    }
+    pages.clear();
+    for (GLuint* const buffer : {&indexBuffer, &edgeBuffer}) {
+        if (*buffer != 0) gl.glDeleteBuffers(1, buffer);
+        *buffer = 0;
+    }
+    triangles.clear();
+    edges.clear();
+    vertexBytes = indexBytes = edgeBytes = 0;
+}
+
+void SurfaceBuffers::Reset(std::shared_ptr<const PatchLayout> newLayout) {
+    Free();
+    layout = std::move(newLayout);
+    const uint32_t patches = layout != nullptr ? layout->PatchCount() : 0;
+    boxes.assign(patches, {});
+    arrived.assign(patches, false);
+    arrivedCount = 0;
+    if (layout == nullptr) return;
+    MakeIndices();
+    MakePages();
+}
+
+void SurfaceBuffers::MakePages() {
+    constexpr uint64_t verticesPerPage = pageBytes / sizeof(DisplayVertex);
+    const uint32_t patchCount = layout->PatchCount();
+    for (uint32_t patch = 0; patch < patchCount;) {
+        Page page;
+        page.firstPatch = patch;
+        page.firstVertex = layout->FirstVertex(patch);
+        do {
+            ++patch;
+        } while (patch < patchCount &&
+                 layout->FirstVertex(patch + 1) - page.firstVertex <= verticesPerPage);
+        page.endPatch = patch;
+        page.vertexCount = layout->FirstVertex(patch) - page.firstVertex;
+        const uint64_t bytes = page.vertexCount * sizeof(DisplayVertex);
+        gl.glGenBuffers(1, &page.buffer);
+        gl.glBindBuffer(GL_ARRAY_BUFFER, page.buffer);
+        gl.glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(bytes), nullptr, GL_DYNAMIC_DRAW);
+        page.vertexArray = MakeVertexArray(page.buffer, indexBuffer);
+        vertexBytes += bytes;
+        pages.push_back(page);
+    }
+}
+
+GLuint SurfaceBuffers::MakeVertexArray(GLuint vertices, GLuint indices) {
+    constexpr GLsizei stride = sizeof(DisplayVertex);
+    GLuint array = 0;
+    gl.glGenVertexArrays(1, &array);
+    gl.glBindVertexArray(array);
+    gl.glBindBuffer(GL_ARRAY_BUFFER, vertices);
+    gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices);
+    for (GLuint attribute = 0; attribute < 4; ++attribute) gl.glEnableVertexAttribArray(attribute);
+    gl.glVertexAttribPointer(
+        0, 3, GL_FLOAT, GL_FALSE, stride, ByteOffset(offsetof(DisplayVertex, x)));
+    gl.glVertexAttribPointer(
+        1, 3, GL_SHORT, GL_TRUE, stride, ByteOffset(offsetof(DisplayVertex, normalX)));
+    gl.glVertexAttribPointer(
+        2, 1, GL_UNSIGNED_BYTE, GL_FALSE, stride, ByteOffset(offsetof(DisplayVertex, freeze)));
+    gl.glVertexAttribIPointer(
+        3, 1, GL_UNSIGNED_BYTE, stride, ByteOffset(offsetof(DisplayVertex, flags)));
+    gl.glBindVertexArray(0);
+    return array;
+}
+
+void SurfaceBuffers::MakeIndices() {
+    std::vector<uint16_t> own;
+    std::span<const uint16_t> indices;
+    if (layout->IsGrid()) {
+        indices = GridIndices::OfDepth(layout->Depth()).Buffer();
+    } else {
+        for (uint32_t patch = 0; patch < layout->PatchCount(); ++patch) {
+            const auto list = layout->Triangles(patch);
+            triangles.push_back(
+                {static_cast<uint32_t>(own.size()), static_cast<uint32_t>(list.size())});
+            own.insert(own.end(), list.begin(), list.end());
+        }
+        indices = own;
+    }
+    indexBytes = indices.size_bytes();
+    gl.glBindVertexArray(0);
+    gl.glGenBuffers(1, &indexBuffer);
+    gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer);
+    gl.glBufferData(GL_ELEMENT_ARRAY_BUFFER,
+                    static_cast<GLsizeiptr>(indexBytes),
+                    indices.data(),
+                    GL_STATIC_DRAW);
+}
+
+// Triangles of one face follow one another and begin with the same vertex, which begins those of no
+// other face: so the diagonals of quads can be left out.
+void SurfaceBuffers::MakeEdges() {
+    std::vector<uint16_t> lines;
+    std::vector<std::array<uint16_t, 2>> sides;
+    for (uint32_t patch = 0; patch < layout->PatchCount(); ++patch) {
+        const auto list = layout->Triangles(patch);
+        sides.clear();
+        for (std::size_t i = 0; i < list.size();) {
+            const uint16_t first = list[i];
+            uint16_t last = list[i + 1];
+            sides.push_back({first, last});
+            for (; i < list.size() && list[i] == first; i += 3) {
+                sides.push_back({list[i + 1], list[i + 2]});
+                last = list[i + 2];
+            }
+            sides.push_back({last, first});
+        }
+        for (auto& side : sides)
+            if (side[0] > side[1]) std::swap(side[0], side[1]);
+        std::sort(sides.begin(), sides.end());
+        sides.erase(std::unique(sides.begin(), sides.end()), sides.end());
+        edges.push_back(
+            {static_cast<uint32_t>(lines.size()), static_cast<uint32_t>(sides.size() * 2)});
+        for (const auto& side : sides) lines.insert(lines.end(), side.begin(), side.end());
+    }
+    edgeBytes = lines.size() * sizeof lines[0];
+    gl.glBindVertexArray(0);
+    gl.glGenBuffers(1, &edgeBuffer);
+    gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, edgeBuffer);
+    gl.glBufferData(
+        GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(edgeBytes), lines.data(), GL_STATIC_DRAW);
+    for (Page& page : pages) page.edgeArray = MakeVertexArray(page.buffer, edgeBuffer);
+}
+
+void SurfaceBuffers::Upload(const UploadQueue::Patch& patch) {
+    const auto page = std::upper_bound(
+        pages.begin(), pages.end(), patch.patch, [](uint32_t number, const Page& candidate) {
+            return number < candidate.endPatch;
+        });
+    const uint64_t at = layout->FirstVertex(patch.patch) - page->firstVertex;
+    gl.glBindBuffer(GL_ARRAY_BUFFER, page->buffer);
+    gl.glBufferSubData(GL_ARRAY_BUFFER,
+                       static_cast<GLintptr>(at * sizeof(DisplayVertex)),
+                       static_cast<GLsizeiptr>(patch.vertices.size_bytes()),
+                       patch.vertices.data());
+    boxes[patch.patch] = patch.box;
+    if (!arrived[patch.patch]) {
+        arrived[patch.patch] = true;
+        ++arrivedCount;
+    }
+}
+
+uint32_t SurfaceBuffers::UsedStrideLog2(uint32_t wanted) const {
+    if (layout == nullptr || !layout->IsGrid()) return 0;
+    return std::min(wanted, layout->Depth());
+}
+
+template <typename RangeOf>
+SurfaceBuffers::Drawn SurfaceBuffers::DrawRanges(
+    const FrustumCuller& culler,
+    GLenum mode,
+    bool areEdges,
+    RangeOf rangeOf,
+    const std::function<void(uint64_t firstVertex)>& beforePage) {
+    Drawn drawn;
+    for (const Page& page : pages) {
+        counts.clear();
+        offsets.clear();
+        baseVertices.clear();
+        for (uint32_t patch = page.firstPatch; patch < page.endPatch; ++patch) {
+            if (!arrived[patch]) continue;
+            if (culler.IsOutside(boxes[patch])) {
+                ++drawn.culled;
+                continue;
+            }
+            const IndexRange range = rangeOf(patch);
+            counts.push_back(static_cast<GLsizei>(range.count));
+            offsets.push_back(ByteOffset(std::size_t{range.first} * sizeof(uint16_t)));
+            baseVertices.push_back(
+                static_cast<GLint>(layout->FirstVertex(patch) - page.firstVertex));
+            drawn.triangles += range.count / 3;
+        }
+        if (counts.empty()) continue;
+        if (beforePage) beforePage(page.firstVertex);
+        gl.glBindVertexArray(areEdges ? page.edgeArray : page.vertexArray);
+        gl.glMultiDrawElementsBaseVertex(mode,
+                                         counts.data(),
+                                         GL_UNSIGNED_SHORT,
+                                         offsets.data(),
+                                         static_cast<GLsizei>(counts.size()),
+                                         baseVertices.data());
+        ++drawn.calls;
+    }
+    gl.glBindVertexArray(0);
+    return drawn;
+}
+
+SurfaceBuffers::Drawn SurfaceBuffers::Draw(
+    const FrustumCuller& culler,
+    uint32_t strideLog2,
+    const std::function<void(uint64_t firstVertex)>& beforePage) {
+    if (layout == nullptr) return {};
+    if (!layout->IsGrid())
+        return DrawRanges(
+            culler,
+            GL_TRIANGLES,
+            false,
+            [this](uint32_t patch) { return triangles[patch]; },
+            beforePage);
+    const GridIndices& grid = GridIndices::OfDepth(layout->Depth());
+    const uint32_t stride = UsedStrideLog2(strideLog2);
+    const IndexRange range{grid.FirstIndex(stride),
+                           static_cast<uint32_t>(grid.Triangles(stride).size())};
+    return DrawRanges(
+        culler, GL_TRIANGLES, false, [&](uint32_t) { return range; }, beforePage);
+}
+
+SurfaceBuffers::Drawn SurfaceBuffers::DrawEdges(const FrustumCuller& culler) {
+    if (layout == nullptr || layout->IsGrid()) return {};
+    if (edgeBuffer == 0) MakeEdges();
+    Drawn drawn =
+        DrawRanges(culler, GL_LINES, true, [this](uint32_t patch) { return edges[patch]; }, {});
+    drawn.triangles = 0;
+    drawn.culled = 0;
+    return drawn;
+}
+
+std::vector<DisplayVertex> SurfaceBuffers::Read() {
+    std::vector<DisplayVertex> vertices(layout != nullptr ? layout->TotalVertexCount() : 0);
+    for (const Page& page : pages) {
+        gl.glBindBuffer(GL_ARRAY_BUFFER, page.buffer);
+        gl.glGetBufferSubData(GL_ARRAY_BUFFER,
+                              0,
+                              static_cast<GLsizeiptr>(page.vertexCount * sizeof(DisplayVertex)),
+                              vertices.data() + page.firstVertex);
+    }
+    return vertices;
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/display/FrustumCuller.h"
+#include "render/Gl.h"
+#include "render/UploadQueue.h"
+
+namespace trovik::studio {
+
+/// The vertex and index buffers of the displayed level.
+///
+/// Vertices lie in pages of at most 64 MiB, in the order of the layout, so that one draw call can
+/// draw all patches of a page. Grid patches share the indices of all strides (GridIndices); bucket
+/// layouts have indices of their own, and lines around their faces for the wireframe.
+///
+/// Every function but those that say otherwise needs the context of the constructor, as the
+/// destructor does.
+class SurfaceBuffers {
+public:
+    static constexpr uint64_t pageBytes = uint64_t{64} << 20;
+
+    SurfaceBuffers();
+    ~SurfaceBuffers();
+    SurfaceBuffers(const SurfaceBuffers&) = delete;
+    SurfaceBuffers& operator=(const SurfaceBuffers&) = delete;
+
+    /// Allocates pages for a layout and fills the index buffer. No patch has arrived then. Null:
+    /// frees everything.
+    void Reset(std::shared_ptr<const PatchLayout> newLayout);
+    /// Writes the vertices of a patch.
+    void Upload(const UploadQueue::Patch& patch);
+
+    /// The next two need no context.
+    const std::shared_ptr<const PatchLayout>& Layout() const { return layout; }
+    /// Whether every patch has been uploaded.
+    bool IsComplete() const { return arrivedCount == arrived.size(); }
+
+    /// What a draw did.
+    struct Drawn {
+        uint64_t calls = 0;
+        uint64_t triangles = 0;
+        uint64_t culled = 0;
+    };
+    /// Draws the patches that have arrived and are in view with the program in use.
+    /// \param strideLog2  level of detail of grids; without effect on buckets.
+    /// \param beforePage  called before each draw call with the number of the page's first vertex,
+    /// counted in the whole layout.
+    Drawn Draw(const FrustumCuller& culler,
+               uint32_t strideLog2,
+               const std::function<void(uint64_t firstVertex)>& beforePage = {});
+    /// Bucket layouts only: draws the edges of faces as lines.
+    Drawn DrawEdges(const FrustumCuller& culler);
+    /// The stride that Draw uses for a wanted one.
+    uint32_t UsedStrideLog2(uint32_t wanted) const;
+
+    /// Bytes of all buffers. Needs no context.
+    uint64_t Bytes() const { return vertexBytes + indexBytes + edgeBytes; }
+    /// Reads all vertices back, in the order of the layout. For tests.
+    std::vector<DisplayVertex> Read();
+
+private:
+    struct Page {
+        GLuint vertexArray = 0;
+        /// The same vertices with the indices of edges; 0 until they are drawn.
+        GLuint edgeArray = 0;
+        GLuint buffer = 0;
+        uint32_t firstPatch = 0;
+        uint32_t endPatch = 0;
+        uint64_t firstVertex = 0;
+        uint64_t vertexCount = 0;
+    };
+    /// A range of an index buffer.
+    struct IndexRange {
+        uint32_t first = 0;
+        uint32_t count = 0;
+    };
+
+    void Free();
+    void MakePages();
+    void MakeIndices();
+    void MakeEdges();
+    GLuint MakeVertexArray(GLuint vertices, GLuint indices);
+    template <typename RangeOf>
+    Drawn DrawRanges(const FrustumCuller& culler,
+                     GLenum mode,
+                     bool areEdges,
+                     RangeOf rangeOf,
+                     const std::function<void(uint64_t firstVertex)>& beforePage);
+
+    Gl& gl;
+    std::shared_ptr<const PatchLayout> layout;
+    std::vector<Page> pages;
+    GLuint indexBuffer = 0;
+    GLuint edgeBuffer = 0;
+    /// Per patch, of bucket layouts.
+    std::vector<IndexRange> triangles;
+    std::vector<IndexRange> edges;
+    /// Per patch.
+    std::vector<AxisAlignedBoundingBox> boxes;
+    std::vector<bool> arrived;
+    std::size_t arrivedCount = 0;
+    uint64_t vertexBytes = 0;
+    uint64_t indexBytes = 0;
+    uint64_t edgeBytes = 0;
+    /// Arguments of a draw call, kept so that frames do not allocate.
+    std::vector<GLsizei> counts;
+    std::vector<const void*> offsets;
+    std::vector<GLint> baseVertices;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace trovik::studio {
+
+/// Texts of the program that draws the surface, without "#version". Defines choose its variant:
+///
+///     FLAT      the normal of the triangle instead of the interpolated one
+///     WIRE      lines between the cells of grid patches, from the number of the vertex
+///     CAVITY    convex places lighter, concave ones darker, by the change of the normal from pixel
+///               to pixel
+///     MASK      frozen vertices darker
+///     GROUPS    face groups tinted
+///     RINGS     brush rings, by the distance to their centres in the world
+///     PLANES    lines where planes of symmetry cut the surface
+///
+/// Light is computed in linear colours and encoded as sRGB at the end, for a framebuffer without
+/// conversion of its own. Lines are blended after that.
+extern const char* const surfaceVertexShader;
+extern const char* const surfaceFragmentShader;
+
+/// Draws edges of faces as lines; used with bucket layouts.
+extern const char* const edgeVertexShader;
+extern const char* const edgeFragmentShader;
+
+/// Writes the number of the triangle's first vertex in the layout, and the depth along the viewing
+/// direction as the bits of a float.
+extern const char* const idVertexShader;
+extern const char* const idFragmentShader;
+
+}  // namespace trovik::studio

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/display/LodChoice.h"
+#include "render/BackdropPass.h"
+#include "render/IdPass.h"
+#include "render/SurfacePass.h"
+
+#include <optional>
+
+namespace trovik::studio {
+
+class FrameTimer;
+
+/// Draws the surface that the engine sends, with background, floor and brush ring. It holds no
+/// positions but those in the buffers of the GPU and in updates that wait for their upload.
+///
+/// Every function but those that say otherwise needs the context of the constructor, as the
+/// destructor does: OpenGL 3.3 or later, core profile.
+class ViewportRenderer {
+public:
+    /// \throw std::runtime_error with one line if the context cannot draw the viewport.
+    ViewportRenderer();
+    ~ViewportRenderer();
+    ViewportRenderer(const ViewportRenderer&) = delete;
+    ViewportRenderer& operator=(const ViewportRenderer&) = delete;
+
+    /// Bytes that a frame uploads while a pen draws, and otherwise.
+    static constexpr uint64_t penBudget = uint64_t{8} << 20;
+    static constexpr uint64_t restBudget = uint64_t{32} << 20;
+    static constexpr uint64_t unlimitedBudget = ~uint64_t{0};
+
+    /// Takes an update; its patches are uploaded by the next frames. An update of another layout
+    /// replaces the surface.
+    void Add(const std::shared_ptr<const SurfaceUpdate>& update);
+    /// Forgets the surface; updates that follow may have the layout of before.
+    void Clear();
+    /// Whether patches wait for a frame. Needs no context.
+    bool HasPending() const { return !queue.IsEmpty(); }
+    /// Bytes of patches that wait. Needs no context.
+    uint64_t PendingBytes() const { return queue.Bytes(); }
+
+    struct Frame {
+        RenderView view;
+        RenderSettings settings;
+        Overlays overlays;
+        /// Device pixels per logical pixel.
+        float pixelRatio = 1.0f;
+        uint64_t uploadBudget = unlimitedBudget;
+        /// Seconds since the camera moved last; small values draw less detail if frames are slow.
+        double secondsAtRest = 1e9;
+    };
+    /// Uploads what the budget allows and draws a frame into the framebuffer that is bound, which
+    /// needs a depth buffer. Leaves the state of a new context, apart from bound objects.
+    void Draw(const Frame& frame);
+    /// Whether the last frame was drawn with less detail. Needs no context.
+    bool IsCoarse() const { return drawnStrideLog2 > 0; }
+    /// Of the last frame. Needs no context.
+    const RenderStats& Stats() const { return stats; }
+    /// Seconds that the GPU needed for the newest frame that was measured; 0 before.
+    double FrameSeconds() const { return frameSeconds; }
+
+    /// World box of the visible faces; empty without a surface. Needs no context.
+    AxisAlignedBoundingBox WorldBounds() const;
+    /// SurfaceUpdate::sampleTime of the newest pen sample that the last frame showed completely.
+    double ShownSampleTime() const { return shownSampleTime; }
+
+    /// The surface under each pixel, as far as it was uploaded. For tests and single picks.
+    IdImage Ids(const RenderView& view, uint32_t strideLog2 = 0) {
+        return DrawIds(surface, view, toWorld, strideLog2);
+    }
+    /// For tests.
+    SurfaceBuffers& Buffers() { return surface; }
+
+private:
+    void UploadPending(const Frame& frame);
+
+    Gl& gl;
+    UploadQueue queue;
+    SurfaceBuffers surface;
+    SurfacePass surfacePass;
+    BackdropPass backdropPass;
+    std::unique_ptr<FrameTimer> timer;
+    LodChoice lod;
+    Matrix toWorld;
+    AxisAlignedBoundingBox bounds;
+    double sampleTime = 0.0;
+    double shownSampleTime = 0.0;
+    RenderStats stats;
+    uint32_t drawnStrideLog2 = 0;
+    double frameSeconds = 0.0;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "viewport/Camera.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace trovik::studio {
+
+namespace {
+
+/// How many times farther than in perspective the eye stands in orthographic projection. A larger
+/// factor flattens the view more, but moves the rays of strokes, which are single precision.
+constexpr double orthographicFactor = 32.0;
+/// Fields of view below this one are those of orthographic projection.
+constexpr float minFieldOfView = 5.0f;
+constexpr float maxFieldOfView = 120.0f;
+/// Limits of the distance from eye to target, world units.
+constexpr double minDistance = 1e-6;
+constexpr double maxDistance = 1e8;
+/// Part of the viewport that Frame leaves free, as a factor of the size of the box.
+constexpr double frameMargin = 1.12;
+
+double HalfTangent(double degrees) { return std::tan(degrees * std::numbers::pi / 360.0); }
+
+double DegreesOf(double halfTangent) { return std::atan(halfTangent) * 360.0 / std::numbers::pi; }
+
+/// Vectors of double precision: sums of many small motions must not drift.
+struct Precise {
+    double x, y, z;
+
+    Precise(double px, double py, double pz) : x(px), y(py), z(pz) {}
+    explicit Precise(const Vector& v) : x(v.x), y(v.y), z(v.z) {}
+    Vector ToVector() const {
+        return {static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)};
+    }
+    Precise operator+(const Precise& o) const { return {x + o.x, y + o.y, z + o.z}; }
+    Precise operator-(const Precise& o) const { return {x - o.x, y - o.y, z - o.z}; }
+    Precise operator*(double f) const { return {x * f, y * f, z * f}; }
+    double operator|(const Precise& o) const { return x * o.x + y * o.y + z * o.z; }
+    Precise operator&(const Precise& o) const {
+        return {y * o.z - z * o.y, z * o.x - x * o.z, x * o.y - y * o.x};
+    }
+    double Length() const { return std::sqrt(*this | *this); }
+    Precise Normalized() const {
+        const double length = Length();
+        return length > 0.0 ? *this * (1.0 / length) : *this;
+    }
+    /// About an axis of unit length, counterclockwise.
+    Precise Rotated(const Precise& axis, double radians) const {
+        const double c = std::cos(radians);
+        return *this * c + (axis & *this) * std::sin(radians) + axis * ((axis | *this) * (1.0 - c));
+    }
+};
+
+/// The axes with which strokes cast their rays, bit for bit.
+struct Axes {
+    explicit Axes(const StrokeView& view) : matrix(view.ToWorld()) {}
+
+    Precise Row(int row) const { return {matrix.m[row][0], matrix.m[row][1], matrix.m[row][2]}; }
+    Precise Right() const { return Row(0); }
+    Precise Up() const { return Row(1); }
+    Precise Back() const { return Row(2); }
+    Precise Eye() const { return Row(3); }
+
+    Matrix matrix;
+};
+
+template <typename Visit>
+void ForEachCorner(const AxisAlignedBoundingBox& box, Visit visit) {
+    for (int corner = 0; corner < 8; ++corner)
+        visit(Precise((corner & 1) != 0 ? box.maxX : box.minX,
+                      (corner & 2) != 0 ? box.maxY : box.minY,
+                      (corner & 4) != 0 ? box.maxZ : box.minZ));
+}
+
+}  // namespace
+
+void Camera::SetSize(int widthPixels, int heightPixels) {
+    width = std::max(widthPixels, 1);
+    height = std::max(heightPixels, 1);
+}
+
+void Camera::SetView(const StrokeView& view) {
+    target = view.target;
+    up = view.up;
+    isOrthographic = view.verticalFieldOfView < minFieldOfView;
+    if (isOrthographic) {
+        const Precise offset = Precise(view.eye) - Precise(view.target);
+        eye = (Precise(view.target) + offset * (1.0 / orthographicFactor)).ToVector();
+        fieldOfView = static_cast<float>(
+            DegreesOf(HalfTangent(view.verticalFieldOfView) * orthographicFactor));
+    } else {
+        eye = view.eye;
+        fieldOfView = view.verticalFieldOfView;
+    }
+}
+
+void Camera::SetOrthographic(bool on) { isOrthographic = on; }
+
+void Camera::SetFieldOfView(float degrees) {
+    const float wanted = std::clamp(degrees, minFieldOfView, maxFieldOfView);
+    const double factor = HalfTangent(fieldOfView) / HalfTangent(wanted);
+    eye = (Precise(target) + (Precise(eye) - Precise(target)) * factor).ToVector();
+    fieldOfView = wanted;
+}
+
+void Camera::Orbit(const Vector& pivot, float dx, float dy) {
+    const Axes axes(ToStrokeView());
+    const double perPixel = std::numbers::pi / height;
+    // Upside down, a motion to the right turns the surface the other way round.
+    const double turn = (axes.Up().y < 0.0 ? dx : -dx) * perPixel;
+    const Precise vertical(0.0, 1.0, 0.0);
+    const Precise right = axes.Right().Normalized();
+    const auto rotated = [&](const Precise& v) {
+        return v.Rotated(right, -dy * perPixel).Rotated(vertical, turn);
+    };
+    const Precise centre(pivot);
+    // The offset is rotated and added to the target, so that the distance does not drift.
+    const Precise offset = Precise(eye) - Precise(target);
+    const Precise newTarget = centre + rotated(Precise(target) - centre);
+    eye = (newTarget + rotated(offset)).ToVector();
+    target = newTarget.ToVector();
+    up = rotated(axes.Up()).Normalized().ToVector();
+}
+
+void Camera::Roll(float radians) {
+    const Axes axes(ToStrokeView());
+    up = axes.Up().Rotated(axes.Back().Normalized(), radians).Normalized().ToVector();
+}
+
+void Camera::Pan(const Vector& anchor, float dx, float dy) {
+    const StrokeView view = ToStrokeView();
+    const Axes axes(view);
+    const double depth = (axes.Eye() - Precise(anchor)) | axes.Back();
+    // Behind the eye there is nothing to follow: the target's depth is used.
+    const double usedDepth = depth > 0.0 ? depth : (axes.Eye() - Precise(target)) | axes.Back();
+    const double perPixel = 2.0 * HalfTangent(view.verticalFieldOfView) * usedDepth / height;
+    const Precise move = axes.Up() * (dy * perPixel) - axes.Right() * (dx * perPixel);
+    eye = (Precise(eye) + move).ToVector();
+    target = (Precise(target) + move).ToVector();
+}
+
+void Camera::Dolly(const Vector& anchor, float factor) {
+    const double distance = (Precise(eye) - Precise(target)).Length();
+    if (!(factor > 0.0f) || !(distance > 0.0)) return;
+    const double used = std::clamp(distance * factor, minDistance, maxDistance) / distance;
+    const Precise centre(anchor);
+    eye = (centre + (Precise(eye) - centre) * used).ToVector();
+    target = (centre + (Precise(target) - centre) * used).ToVector();
+}
+
+void Camera::LookAlong(const Vector& direction, const Vector& upDirection) {
+    const double distance = (Precise(eye) - Precise(target)).Length();
+    eye = (Precise(target) - Precise(direction).Normalized() * distance).ToVector();
+    up = upDirection.Normalized();
+}
+
+void Camera::Frame(const AxisAlignedBoundingBox& worldBox) {
+    if (worldBox.IsEmpty()) return;
+    const Axes axes(ToStrokeView());
+    const Precise centre((static_cast<double>(worldBox.minX) + worldBox.maxX) * 0.5,
+                         (static_cast<double>(worldBox.minY) + worldBox.maxY) * 0.5,
+                         (static_cast<double>(worldBox.minZ) + worldBox.maxZ) * 0.5);
+    const double tangentY = HalfTangent(fieldOfView);
+    const double tangentX = tangentY * width / height;
+    double distance = 0.0;
+    double radius = 0.0;
+    ForEachCorner(worldBox, [&](const Precise& corner) {
+        const Precise offset = corner - centre;
+        // In orthographic projection the eye is farther away, and so less is added for the depth.
+        const double nearer = (offset | axes.Back()) / (isOrthographic ? orthographicFactor : 1.0);
+        const double reach = std::max(std::abs(offset | axes.Right()) / tangentX,
+                                      std::abs(offset | axes.Up()) / tangentY);
+        distance = std::max(distance, reach * frameMargin + nearer);
+        radius = std::max(radius, offset.Length());
+    });
+    // A box of one point is shown from the present distance.
+    if (radius == 0.0) distance = (Precise(eye) - Precise(target)).Length();
+    distance = std::clamp(distance, minDistance, maxDistance);
+    eye = (centre + axes.Back().Normalized() * distance).ToVector();
+    target = centre.ToVector();
+    up = axes.Up().ToVector();
+}
+
+StrokeView Camera::ToStrokeView() const {
+    StrokeView view;
+    view.eye = eye;
+    view.target = target;
+    view.up = up;
+    view.verticalFieldOfView = fieldOfView;
+    view.width = width;
+    view.height = height;
+    const Precise offset = Precise(eye) - Precise(target);
+    const double distance = offset.Length();
+    if (distance == 0.0) view.eye = target + Vector(0.0f, 0.0f, 1.0f);
+    if (isOrthographic) {
+        view.eye = (Precise(target) + offset * orthographicFactor).ToVector();
+        view.verticalFieldOfView =
+            static_cast<float>(DegreesOf(HalfTangent(fieldOfView) / orthographicFactor));
+    }
+    // An up direction along the line of sight has no right axis.
+    if ((view.up & (view.eye - view.target).Normalized()).Length() < 1e-6f)
+        view.up = std::abs(offset.y) > 0.9 * distance ? Vector(0.0f, 0.0f, -1.0f)
+                                                      : Vector(0.0f, 1.0f, 0.0f);
+    return view;
+}
+
+RenderView Camera::ToRenderView(const AxisAlignedBoundingBox& worldBox) const {
+    const StrokeView view = ToStrokeView();
+    const Axes axes(view);
+    const Precise from = axes.Eye();
+    const double distance = (from - Precise(target)).Length();
+    double nearest = distance * 0.5;
+    double farthest = distance * 2.0;
+    if (!worldBox.IsEmpty()) {
+        nearest = maxDistance * orthographicFactor;
+        farthest = 0.0;
+        ForEachCorner(worldBox, [&](const Precise& corner) {
+            const double depth = (from - corner) | axes.Back();
+            nearest = std::min(nearest, depth);
+            farthest = std::max(farthest, depth);
+        });
+    }
+    // A little more than the box, or rounding would clip faces that lie in its sides; and a limited
+    // ratio, since it decides the precision of depths.
+    farthest = std::max(farthest * 1.01, distance * 1e-3);
+    nearest = std::clamp(nearest * 0.99, farthest * 1e-4, farthest * 0.999);
+
+    const double scaleY = 1.0 / HalfTangent(view.verticalFieldOfView);
+    const double scaleX = scaleY * height / width;
+    const double scaleZ = (farthest + nearest) / (farthest - nearest);
+    const double moveZ = -2.0 * farthest * nearest / (farthest - nearest);
+    const Precise forward = axes.Back() * -1.0;
+    const Precise columns[4] = {
+        axes.Right() * scaleX, axes.Up() * scaleY, forward * scaleZ, forward};
+    RenderView result;
+    for (int column = 0; column < 4; ++column) {
+        const Precise& axis = columns[column];
+        const double shift = -(from | axis) + (column == 2 ? moveZ : 0.0);
+        result.worldToClip.m[0][column] = static_cast<float>(axis.x);
+        result.worldToClip.m[1][column] = static_cast<float>(axis.y);
+        result.worldToClip.m[2][column] = static_cast<float>(axis.z);
+        result.worldToClip.m[3][column] = static_cast<float>(shift);
+    }
+    result.eye = view.eye;
+    result.forward = forward.ToVector();
+    result.right = axes.Right().ToVector();
+    result.up = axes.Up().ToVector();
+    result.isOrthographic = isOrthographic;
+    result.width = width;
+    result.height = height;
+    result.pixelSize =
+        static_cast<float>(2.0 / scaleY / height * (isOrthographic ? distance : 1.0));
+    return result;
+}
+
+Vector Camera::ToPixel(const Vector& world) const {
+    const StrokeView view = ToStrokeView();
+    const Axes axes(view);
+    const Precise offset = Precise(world) - axes.Eye();
+    const double depth = -(offset | axes.Back());
+    const double perUnit = height * 0.5 / (HalfTangent(view.verticalFieldOfView) * depth);
+    return Precise(width * 0.5 + (offset | axes.Right()) * perUnit,
+                   height * 0.5 - (offset | axes.Up()) * perUnit,
+                   depth)
+        .ToVector();
+}
+
+}  // namespace trovik::studio

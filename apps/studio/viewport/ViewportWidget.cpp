@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "viewport/ViewportWidget.h"
+
+#include "engine/Engine.h"
+#include "render/ViewportRenderer.h"
+
+#include <QOpenGLContext>
+#include <QPainter>
+
+#include <chrono>
+#include <stdexcept>
+
+namespace trovik::studio {
+
+namespace {
+
+/// After this time without a motion of the camera a frame is drawn with all detail; a little more
+/// than LodChoice waits.
+constexpr int restMilliseconds = 160;
+/// Updates stay with the engine while so many bytes wait for their upload.
+constexpr uint64_t maxPendingBytes = 2 * ViewportRenderer::restBudget;
+
+double SteadySeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+}  // namespace
+
+ViewportWidget::ViewportWidget(Engine& ofEngine, QWidget* parent)
+    : QOpenGLWidget(parent), engine(ofEngine) {
+    QSurfaceFormat format;
+    format.setVersion(3, 3);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    format.setDepthBufferSize(24);
+    format.setSamples(4);
+    setFormat(format);
+    setAccessibleName(tr("Viewport"));
+    setAccessibleDescription(tr("Shows the sculpture"));
+    restTimer.setSingleShot(true);
+    restTimer.setInterval(restMilliseconds);
+    connect(&restTimer, &QTimer::timeout, this, [this] {
+        if (renderer != nullptr && renderer->IsCoarse()) update();
+    });
+    connect(&engine, &Engine::SurfaceArrived, this, [this] { update(); });
+}
+
+ViewportWidget::~ViewportWidget() { FreeRenderer(); }
+
+void ViewportWidget::FreeRenderer() {
+    if (renderer == nullptr) return;
+    makeCurrent();
+    renderer.reset();
+    doneCurrent();
+}
+
+void ViewportWidget::SetView(const Camera& moved) {
+    if (moved == camera) return;
+    camera = moved;
+    FollowSize();
+    sinceMotion.start();
+    restTimer.start();
+    engine.SetView(camera.ToStrokeView());
+    update();
+    Q_EMIT CameraChanged();
+}
+
+void ViewportWidget::SetSettings(const RenderSettings& changed) {
+    if (changed == settings) return;
+    settings = changed;
+    update();
+    Q_EMIT SettingsChanged();
+}
+
+void ViewportWidget::SetOverlays(const Overlays& changed) {
+    overlays = changed;
+    update();
+}
+
+void ViewportWidget::SetHudLines(const QStringList& lines) {
+    if (hud.SetLines(lines)) update();
+}
+
+void ViewportWidget::FrameAll() {
+    Camera moved = camera;
+    moved.Frame(WorldBounds());
+    SetView(moved);
+}
+
+AxisAlignedBoundingBox ViewportWidget::WorldBounds() const {
+    if (renderer != nullptr && !renderer->WorldBounds().IsEmpty()) return renderer->WorldBounds();
+    return engine.HasDocument() ? engine.Document().bounds : AxisAlignedBoundingBox();
+}
+
+const RenderStats& ViewportWidget::Stats() const {
+    static const RenderStats none;
+    return renderer != nullptr ? renderer->Stats() : none;
+}
+
+void ViewportWidget::FollowSize() {
+    const qreal ratio = devicePixelRatioF();
+    camera.SetSize(qRound(width() * ratio), qRound(height() * ratio));
+}
+
+void ViewportWidget::initializeGL() {
+    // A widget that is moved into another window gets another context.
+    const bool isRepeated = sinceMotion.isValid();
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] { FreeRenderer(); });
+    try {
+        renderer = std::make_unique<ViewportRenderer>();
+        problem.clear();
+    } catch (const std::runtime_error& error) {
+        problem = QString::fromUtf8(error.what());
+    }
+    sinceMotion.start();
+    if (isRepeated) engine.RequestSurface();
+}
+
+void ViewportWidget::resizeGL(int, int) {
+    FollowSize();
+    engine.SetView(camera.ToStrokeView());
+    Q_EMIT CameraChanged();
+}
+
+void ViewportWidget::TakeUpdates(bool all) {
+    if (!all && renderer->PendingBytes() > maxPendingBytes) return;
+    for (const auto& surface : engine.TakeUpdates()) renderer->Add(surface);
+}
+
+void ViewportWidget::paintGL() {
+    if (renderer != nullptr) {
+        TakeUpdates(isGrabbing);
+        ViewportRenderer::Frame frame;
+        frame.view = camera.ToRenderView(WorldBounds());
+        frame.settings = settings;
+        frame.overlays = overlays;
+        frame.pixelRatio = static_cast<float>(devicePixelRatioF());
+        frame.uploadBudget = isGrabbing   ? ViewportRenderer::unlimitedBudget
+                             : isStroking ? ViewportRenderer::penBudget
+                                          : ViewportRenderer::restBudget;
+        if (!isGrabbing) frame.secondsAtRest = static_cast<double>(sinceMotion.elapsed()) * 1e-3;
+        renderer->Draw(frame);
+        if (renderer->HasPending()) update();
+    }
+    QPainter painter(this);
+    if (renderer != nullptr) {
+        Hud::DrawOutlines(painter, overlays);
+        viewCube.Draw(painter, camera, size());
+        hud.DrawLines(painter, size());
+    } else {
+        painter.fillRect(rect(), settings.background[0]);
+        painter.setPen(palette().color(QPalette::BrightText));
+        painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, problem);
+    }
+    painter.end();
+    if (renderer != nullptr && renderer->ShownSampleTime() > lastSampleTime) {
+        lastSampleTime = renderer->ShownSampleTime();
+        penLatency = SteadySeconds() - lastSampleTime;
+    }
+    Q_EMIT FrameDrawn();
+}
+
+QImage ViewportWidget::Grab() {
+    isGrabbing = true;
+    QImage image = grabFramebuffer();
+    isGrabbing = false;
+    return image;
+}
+
+void ViewportWidget::UploadAll() {
+    if (renderer == nullptr) return;
+    makeCurrent();
+    renderer->Clear();
+    doneCurrent();
+    engine.RequestSurface();
+    update();
+}
+
+}  // namespace trovik::studio

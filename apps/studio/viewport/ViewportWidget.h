@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "engine/EngineMessages.h"
+#include "render/RenderSettings.h"
+#include "viewport/Camera.h"
+#include "viewport/Hud.h"
+#include "viewport/ViewCube.h"
+
+#include <QElapsedTimer>
+#include <QImage>
+#include <QOpenGLWidget>
+#include <QTimer>
+
+#include <memory>
+
+namespace trovik::studio {
+
+class Engine;
+class ViewportRenderer;
+
+/// Draws the document's surface with its overlays. It holds the camera and what the frame shows,
+/// and forwards no input by itself: input objects install event filters.
+class ViewportWidget : public QOpenGLWidget {
+    Q_OBJECT
+public:
+    explicit ViewportWidget(Engine& engine, QWidget* parent = nullptr);
+    ~ViewportWidget() override;
+
+    const Camera& View() const { return camera; }
+    /// Changes the camera, tells the engine, and schedules a frame; while it moves, frames are
+    /// drawn with less detail.
+    void SetView(const Camera& moved);
+    const RenderSettings& Settings() const { return settings; }
+    void SetSettings(const RenderSettings& changed);
+    const Overlays& Shown() const { return overlays; }
+    void SetOverlays(const Overlays& changed);
+    /// Shows the whole surface.
+    void FrameAll();
+    /// Lines of text in the lower left corner.
+    void SetHudLines(const QStringList& lines);
+    /// While a pen draws, frames upload less, so that they follow the pen.
+    void SetStroking(bool on) { isStroking = on; }
+    /// For clicks: ViewCube::HitTest with View() and size().
+    ViewCube& Cube() { return viewCube; }
+
+    /// World box of the surface; empty without a document.
+    AxisAlignedBoundingBox WorldBounds() const;
+    /// Work of the last frame.
+    const RenderStats& Stats() const;
+    /// Seconds from the newest pen sample that a frame showed completely to the end of that frame;
+    /// 0 before the first one.
+    double PenLatency() const { return penLatency; }
+    /// Draws a frame with all detail and returns it, in device pixels. Uploads everything that has
+    /// arrived before.
+    QImage Grab();
+    /// Requests every patch from the engine again and uploads it; the picture must not change by
+    /// that. For tests and after a lost context.
+    void UploadAll();
+    /// Why the viewport cannot be drawn, one line; empty if it can.
+    const QString& Problem() const { return problem; }
+
+Q_SIGNALS:
+    void CameraChanged();
+    void SettingsChanged();
+    /// A frame was drawn.
+    void FrameDrawn();
+
+protected:
+    void initializeGL() override;
+    void resizeGL(int width, int height) override;
+    void paintGL() override;
+
+private:
+    void FreeRenderer();
+    void FollowSize();
+    /// Passes updates of the engine on to the renderer; at most as many as keep the copies that
+    /// wait small, unless `all`.
+    void TakeUpdates(bool all);
+
+    Engine& engine;
+    std::unique_ptr<ViewportRenderer> renderer;
+    Camera camera;
+    RenderSettings settings;
+    Overlays overlays;
+    Hud hud;
+    ViewCube viewCube;
+    double penLatency = 0.0;
+    /// Of ViewportRenderer::ShownSampleTime, at the last frame.
+    double lastSampleTime = 0.0;
+    QString problem;
+    bool isStroking = false;
+    bool isGrabbing = false;
+    /// Since the camera moved.
+    QElapsedTimer sinceMotion;
+    /// Draws a frame with all detail once the camera has been at rest for a while.
+    QTimer restTimer;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <QApplication>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    // Nothing of the user's own settings reaches a test, and nothing of a test the user.
+    QTemporaryDir home;
+    for (const char* variable :
+         {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
+        qputenv(variable, home.path().toUtf8());
+    testing::InitGoogleTest(&argc, argv);
+    const QApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}

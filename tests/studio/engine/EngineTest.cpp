@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "engine/Engine.h"
+#include "framework/display/PatchPacker.h"
+#include "framework/document/Document.h"
+#include "framework/io/ContentHash.h"
+#include "framework/script/ScriptRunner.h"
+#include "tests/SourceFolder.h"
+
+#include <QEventLoop>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+namespace trovik::studio {
+
+namespace {
+
+class StudioEngine : public testing::Test {
+protected:
+    QTemporaryDir folder;
+    std::unique_ptr<Engine> engine = std::make_unique<Engine>(Path("journals"));
+    QStringList failures, notes;
+
+    void SetUp() override { Listen(); }
+
+    void Listen() {
+        QObject::connect(
+            engine.get(), &Engine::Failed, [this](const QString& m) { failures << m; });
+        QObject::connect(engine.get(), &Engine::Noted, [this](const QString& m) { notes << m; });
+    }
+
+    std::string Path(const char* name) { return folder.filePath(name).toStdString(); }
+
+    /// Runs the event loop until the condition holds. \return false after half a minute.
+    template <typename Condition>
+    static bool WaitFor(Condition condition) {
+        QEventLoop loop;
+        for (int i = 0; i < 15000 && !condition(); ++i) {
+            QTimer::singleShot(2, &loop, &QEventLoop::quit);
+            loop.exec();
+        }
+        return condition();
+    }
+
+    /// Waits until all requests so far are carried out.
+    void Finish() {
+        bool isDone = false;
+        engine->Run(
+            {{"set", nlohmann::json::object()}}, {}, [&](const QString&) { isDone = true; });
+        ASSERT_TRUE(WaitFor([&] { return isDone; }));
+    }
+
+    void OpenBust() {
+        OpenRequest request;
+        request.meshPath = test::SourceFolder() + "/examples/meshes/bust.obj";
+        request.levels = 2;
+        engine->Open(request);
+        ASSERT_TRUE(WaitFor([this] { return engine->HasDocument() || !failures.empty(); }));
+        ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
+        engine->SetView(engine->Document().view);
+    }
+
+    /// A stroke across the middle of the view, with a tick at its end.
+    void Draw(StrokeStart start, float y, int samples = 40) {
+        start.view = engine->Document().view;
+        engine->BeginStroke(start);
+        const auto width = static_cast<float>(start.view.width);
+        const auto height = static_cast<float>(start.view.height);
+        double time = 0.0;
+        for (int i = 0; i < samples; ++i) {
+            const float t = static_cast<float>(i) / static_cast<float>(samples - 1);
+            time = i * 7.5;
+            engine->AddSamples({{width * (0.42f + 0.16f * t),
+                                 height * (y + 0.02f * t * t),
+                                 0.3f + 0.7f * t,
+                                 0.1f,
+                                 -0.2f * t,
+                                 time}});
+        }
+        engine->Tick(time + 16.0);
+        engine->Tick(time + 32.0);
+    }
+};
+
+TEST_F(StudioEngine, OpensAMeshAndSendsItsWholeSurface) {
+    OpenBust();
+    EXPECT_EQ(engine->Document().title, "bust.obj");
+    EXPECT_FALSE(engine->Document().bounds.IsEmpty());
+    ASSERT_NE(engine->State(), nullptr);
+    EXPECT_EQ(engine->State()->levels.size(), 3u);
+    ASSERT_NE(engine->Setting("strength"), nullptr);
+
+    std::set<uint32_t> patches;
+    std::shared_ptr<const PatchLayout> layout;
+    ASSERT_TRUE(WaitFor([&] {
+        for (const auto& update : engine->TakeUpdates()) {
+            layout = update->layout;
+            patches.insert(update->patches.begin(), update->patches.end());
+            EXPECT_EQ(update->boxes.size(), update->patches.size());
+        }
+        return layout != nullptr && patches.size() == layout->PatchCount();
+    }));
+}
+
+TEST_F(StudioEngine, RefusesAFileThatIsMissingAndKeepsTheDocument) {
+    OpenBust();
+    OpenRequest request;
+    request.meshPath = Path("missing.obj");
+    engine->Open(request);
+    ASSERT_TRUE(WaitFor([this] { return !failures.empty(); }));
+    EXPECT_THAT(failures.first().toStdString(), testing::HasSubstr("missing.obj"));
+    EXPECT_EQ(engine->Document().title, "bust.obj");
+    Finish();
+    EXPECT_EQ(failures.size(), 1);
+}
+
+TEST_F(StudioEngine, ReportsAStepThatFailsInPlainWords) {
+    OpenBust();
+    QString error;
+    engine->Run({{"level", 17}}, {}, [&](const QString& reason) { error = reason; });
+    ASSERT_TRUE(WaitFor([&] { return !error.isEmpty(); }));
+    EXPECT_FALSE(error.contains(QLatin1String("studio:"))) << error.toStdString();
+    EXPECT_FALSE(error.contains(QLatin1String("/steps"))) << error.toStdString();
+}
+
+TEST_F(StudioEngine, ACopyThatFollowsTheUpdatesEqualsTheSurfaceAfterAllOfThem) {
+    OpenBust();
+    std::vector<DisplayVertex> copy;
+    const auto follow = [&] {
+        for (const auto& update : engine->TakeUpdates()) {
+            copy.resize(update->layout->TotalVertexCount());
+            std::size_t first = 0;
+            for (const uint32_t patch : update->patches) {
+                const uint32_t count = update->layout->VertexCount(patch);
+                std::memcpy(copy.data() + update->layout->FirstVertex(patch),
+                            update->vertices.data() + first,
+                            count * sizeof(DisplayVertex));
+                first += count;
+            }
+        }
+    };
+    Draw({}, 0.4f);
+    follow();
+    engine->EndStroke();
+    engine->Run({{"mirror", {"x"}}});
+    Draw({}, 0.5f);
+    engine->EndStroke();
+    engine->Run({{"undo", 1}});
+    engine->Run({{"freeze", {{"center", {0, 0, 0}}, {"radius", 0.5}}}});
+    Finish();
+    engine->Save(Path("work.trovik"));
+    Finish();
+    // The last change may still be on its way.
+    QEventLoop loop;
+    QTimer::singleShot(100, &loop, &QEventLoop::quit);
+    loop.exec();
+    follow();
+    ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
+
+    const auto saved = trovik::Document::OpenScene(Path("work.trovik"));
+    const LevelMesh& level = *saved->Geometry().Bound();
+    const PatchLayout layout(level);
+    std::vector<DisplayVertex> expected(layout.TotalVertexCount());
+    PatchPacker(level, layout).PackAll(expected, 1);
+    EXPECT_EQ(copy, expected);
+}
+
+TEST_F(StudioEngine, SavedActionsReplayToTheSameScene) {
+    OpenBust();
+    engine->Run({{"tool", "Wax"}, {"set", {{"radius", 0.12}, {"strength", 60}}}});
+    Draw({}, 0.4f);
+    engine->EndStroke();
+    StrokeStart smooth;
+    smooth.modifier = BrushOperation::ModifierSmooth;
+    Draw(smooth, 0.42f);
+    engine->EndStroke();
+    StrokeStart mask;
+    mask.tool = "Freeze";
+    Draw(mask, 0.5f);
+    engine->EndStroke();
+    StrokeStart line;
+    line.isLine = true;
+    Draw(line, 0.45f);
+    engine->EndStroke();
+    engine->Run({{"layer", {{"add", "Skin"}}}});
+    Draw({}, 0.55f);
+    engine->EndStroke();
+    engine->Run({{"undo", 1}});
+    engine->Save(Path("work.trovik"));
+    engine->SaveActions(Path("work.json"));
+    Finish();
+    ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
+
+    ScriptRunner runner(Path("work.json"), folder.path().toStdString(), {});
+    const ScriptResult result = runner.Run();
+    EXPECT_GT(result.totals.dabs, 20u);
+    runner.Save(Path("replayed.trovik"));
+    EXPECT_EQ(HashFile(Path("work.trovik")), HashFile(Path("replayed.trovik")));
+}
+
+TEST_F(StudioEngine, AnAbandonedStrokeLeavesTheSceneAsItWas) {
+    OpenBust();
+    engine->Run({{"export", {{"file", Path("before.ply")}}}});
+    Draw({}, 0.4f);
+    engine->AbandonStroke();
+    engine->Run({{"export", {{"file", Path("after.ply")}}}});
+    Draw({}, 0.4f);
+    engine->EndStroke();
+    engine->Run({{"export", {{"file", Path("drawn.ply")}}}});
+    Finish();
+    EXPECT_EQ(HashFile(Path("before.ply")), HashFile(Path("after.ply")));
+    EXPECT_NE(HashFile(Path("before.ply")), HashFile(Path("drawn.ply")));
+    EXPECT_EQ(engine->State()->history.size(), 1u);
+    engine->Run({{"undo", 1}});
+    Finish();
+    EXPECT_EQ(engine->State()->historyPosition, 0u);
+}
+
+TEST_F(StudioEngine, PicksTheSurfaceUnderThePointer) {
+    OpenBust();
+    HoverHit hit;
+    int count = 0;
+    QObject::connect(engine.get(), &Engine::HoverPicked, [&](const HoverHit& picked) {
+        hit = picked;
+        ++count;
+    });
+    const StrokeView& view = engine->Document().view;
+    engine->Pick(static_cast<float>(view.width) * 0.5f, static_cast<float>(view.height) * 0.5f);
+    ASSERT_TRUE(WaitFor([&] { return count == 1; }));
+    EXPECT_TRUE(hit.isHit);
+    EXPECT_NEAR(hit.normal.Length(), 1.0f, 1e-4f);
+    EXPECT_GT(hit.radius, 0.0f);
+    engine->Pick(1.0f, 1.0f);
+    ASSERT_TRUE(WaitFor([&] { return count == 2; }));
+    EXPECT_FALSE(hit.isHit);
+}
+
+TEST_F(StudioEngine, CancelsALongStepAndKeepsTheDocument) {
+    OpenBust();
+    bool isLong = false;
+    QObject::connect(engine.get(), &Engine::JobProgressed, [&] {
+        isLong = true;
+        engine->CancelJob();
+    });
+    QString error;
+    engine->Run({{"subdivide", 4}}, "Subdividing", [&](const QString& reason) { error = reason; });
+    ASSERT_TRUE(WaitFor([&] { return !error.isEmpty() || engine->State()->levels.size() == 7; }));
+    EXPECT_TRUE(isLong);
+    EXPECT_EQ(error, "Cancelled");
+    Finish();
+}
+
+TEST_F(StudioEngine, RecoversTheWorkOfAJournalThatWasNotClosed) {
+    OpenBust();
+    engine->Run({{"set", {{"radius", 0.12}}}});
+    Draw({}, 0.4f);
+    engine->EndStroke();
+    engine->Run({{"mirror", {"x"}}});
+    Draw({}, 0.5f);
+    Finish();
+    // As a crash leaves it: the process cannot close its journal.
+    std::filesystem::copy(Path("journals"), Path("crashed"));
+    engine->Save(Path("work.trovik"));
+    Finish();
+    engine.reset();
+    EXPECT_TRUE(std::filesystem::is_empty(Path("journals")));
+
+    engine = std::make_unique<Engine>(Path("journals"));
+    Listen();
+    OpenRequest request;
+    request.journalPath = std::filesystem::directory_iterator(Path("crashed"))->path().string();
+    engine->Open(request);
+    ASSERT_TRUE(WaitFor([this] { return engine->HasDocument() || !failures.empty(); }));
+    ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
+    EXPECT_TRUE(engine->Document().isRecovered);
+    engine->Save(Path("recovered.trovik"));
+    Finish();
+    EXPECT_EQ(HashFile(Path("work.trovik")), HashFile(Path("recovered.trovik")));
+}
+
+}  // namespace
+
+}  // namespace trovik::studio

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/studio/panels/StudioWindow.h"
+
+#include "commands/Primitives.h"
+
+#include <QApplication>
+#include <QFile>
+
+namespace trovik::studio {
+
+StudioWindow::StudioWindow() {
+    window = std::make_unique<MainWindow>(engine, actions, view, preferences, keymap, viewport);
+    QObject::connect(
+        &engine, &Engine::Failed, &view, [this](const QString& error) { failures << error; });
+    window->show();
+    window->activateWindow();
+    QApplication::processEvents();
+}
+
+StudioWindow::~StudioWindow() = default;
+
+void StudioWindow::OpenSphere(int levels) {
+    OpenRequest request;
+    request.meshPath =
+        WritePrimitive(Primitive::Sphere, 8, folder.filePath("shapes").toStdString());
+    request.levels = levels;
+    engine.Open(request);
+    ASSERT_TRUE(WaitFor([this] {
+        return (engine.HasDocument() && engine.State() && engine.Settings()) || !failures.empty();
+    }));
+    ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
+    Finish();
+}
+
+void StudioWindow::Finish() {
+    bool isDone = false;
+    engine.Run({{"set", nlohmann::json::object()}}, {}, [&](const QString&) { isDone = true; });
+    ASSERT_TRUE(WaitFor([&] { return isDone; }));
+    QApplication::processEvents();
+}
+
+nlohmann::json StudioWindow::Steps() {
+    Finish();
+    const QString path = folder.filePath("actions.json");
+    QFile::remove(path);
+    engine.SaveActions(path.toStdString());
+    Finish();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    nlohmann::json steps = nlohmann::json::array();
+    // Without the steps by which Finish waits.
+    for (const nlohmann::json& step :
+         nlohmann::json::parse(file.readAll().toStdString()).at("steps"))
+        if (step != nlohmann::json{{"set", nlohmann::json::object()}}) steps.push_back(step);
+    return steps;
+}
+
+nlohmann::json StudioWindow::LastStep() {
+    const nlohmann::json steps = Steps();
+    return steps.empty() ? nlohmann::json() : steps.back();
+}
+
+}  // namespace trovik::studio

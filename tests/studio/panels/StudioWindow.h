@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "commands/ActionRegistry.h"
+#include "commands/Keymap.h"
+#include "commands/Preferences.h"
+#include "commands/ViewModel.h"
+#include "engine/Engine.h"
+#include "window/MainWindow.h"
+
+#include <QEventLoop>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace trovik::studio {
+
+/// A main window with an engine and a plain widget as its viewport.
+class StudioWindow : public testing::Test {
+protected:
+    StudioWindow();
+    ~StudioWindow() override;
+
+    /// Opens a sphere of 6 x 8 x 8 faces with levels above it.
+    void OpenSphere(int levels = 1);
+    /// Waits until all requests so far are carried out and shown.
+    void Finish();
+    /// Runs the event loop until the condition holds. \return false after half a minute.
+    template <typename Condition>
+    static bool WaitFor(Condition condition) {
+        QEventLoop loop;
+        for (int i = 0; i < 15000 && !condition(); ++i) {
+            QTimer::singleShot(2, &loop, &QEventLoop::quit);
+            loop.exec();
+        }
+        return condition();
+    }
+    /// The steps since the document was opened, as SaveActions writes them.
+    nlohmann::json Steps();
+    /// The last of them; null if there is none.
+    nlohmann::json LastStep();
+    const DocumentState& State() const { return *engine.State(); }
+    QAction* Action(const char* id) const { return actions.Find(QString::fromLatin1(id)); }
+
+    QTemporaryDir folder;
+    Engine engine{folder.filePath("journals").toStdString()};
+    ActionRegistry actions{nullptr};
+    ViewModel view;
+    Preferences preferences{folder.filePath("studio.ini")};
+    Keymap keymap{actions, folder.filePath("keymap.json")};
+    QWidget* viewport = new QWidget;
+    std::unique_ptr<MainWindow> window;
+    QStringList failures;
+};
+
+}  // namespace trovik::studio
