@@ -16,8 +16,8 @@ struct Character {
     std::size_t length = 0;
 };
 
-/// The character at the start of the text, which is not empty. Overlong forms, surrogates and codes
-/// beyond Unicode are not UTF-8 (RFC 3629).
+/// Returns the character at the start of the text, which must not be empty. Overlong forms,
+/// surrogates and codes beyond Unicode are not UTF-8 (RFC 3629).
 Character FirstCharacter(std::string_view text) {
     const auto byte = [text](std::size_t i) { return static_cast<uint8_t>(text[i]); };
     const uint8_t lead = byte(0);
