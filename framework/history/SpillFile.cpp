@@ -87,7 +87,7 @@ void SpillFile::Free(const Place& place) {
     try {
         gap = gaps.emplace(place.start, place.length).first;
     } catch (const std::bad_alloc&) {
-        // Called by destructors. The bytes stay unused until the file goes.
+        // Called by destructors. The bytes stay unused until the file is closed.
         return;
     }
     const auto next = std::next(gap);
@@ -105,7 +105,7 @@ void SpillFile::Free(const Place& place) {
     }
     if (gap->first + gap->second != end) return;
     const uint64_t newEnd = gap->first;
-    // A file that stays long only wastes room until the program ends.
+    // If truncation fails, the file only wastes disk space until the program ends.
     if (ftruncate(file, static_cast<off_t>(newEnd)) != 0) return;
     end = newEnd;
     gaps.erase(gap);
