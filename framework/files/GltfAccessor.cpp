@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// Elements that lie in the file, checked.
+/// A checked range of elements in the file.
 struct GltfAccessors::Span {
     const unsigned char* first = nullptr;
     std::size_t stride = 0;
@@ -37,7 +37,7 @@ float Share(const unsigned char* bytes, bool isNormalized) {
     return std::max(number / static_cast<float>(std::numeric_limits<Whole>::max()), -1.0f);
 }
 
-/// 0 for a type that is none.
+/// Returns 0 for an invalid type.
 std::size_t BytesOf(int type) {
     switch (type) {
         case TINYGLTF_COMPONENT_TYPE_BYTE:
@@ -122,7 +122,7 @@ GltfAccessors::Span GltfAccessors::Bytes(int view,
     const std::size_t stride = isStrided && from.byteStride != 0 ? from.byteStride : elementBytes;
     const bool viewFits =
         from.byteOffset <= buffer.size() && from.byteLength <= buffer.size() - from.byteOffset;
-    // In this order nothing wraps: the last element begins at (count - 1) * stride.
+    // This order avoids overflow: the last element begins at (count - 1) * stride.
     const bool fits =
         viewFits && stride >= elementBytes && offset <= from.byteLength &&
         (count == 0 || (elementBytes <= from.byteLength - offset &&

@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Far beyond any real file; the loader follows nesting by calling itself.
+/// Deeper than any real file; the loader recurses into nested values.
 constexpr int MaxDepth = 64;
 
 void CheckNesting(std::string_view json, const std::string& path) {
@@ -41,7 +41,7 @@ void CheckNesting(std::string_view json, const std::string& path) {
     }
 }
 
-/// Where the JSON of a binary file stands; what is wrong with its chunks the loader tells.
+/// Offset of the JSON in a binary file; the loader reports faulty chunks.
 constexpr std::size_t JsonStart = 20;
 
 std::string_view JsonChunk(std::string_view content) {
@@ -53,7 +53,7 @@ std::string_view JsonChunk(std::string_view content) {
     return content.substr(JsonStart, length);
 }
 
-/// A binary file with other JSON.
+/// Returns the binary file with its JSON replaced.
 std::string WithJson(std::string_view content, std::string json) {
     const std::string_view after = content.substr(JsonStart + JsonChunk(content).size());
     json.resize((json.size() + 3) / 4 * 4, ' ');
@@ -69,7 +69,7 @@ std::string WithJson(std::string_view content, std::string json) {
     return changed;
 }
 
-/// The first line, since messages are one line.
+/// Returns the first line, because messages have one line.
 std::string FirstLine(const std::string& text) {
     const std::string line = text.substr(0, text.find('\n'));
     std::string shown;
@@ -79,7 +79,7 @@ std::string FirstLine(const std::string& text) {
     return shown.empty() ? "it is no glTF file" : shown;
 }
 
-/// The loader reads no files itself: buffers are read here, pictures not at all.
+/// The loader must not read files: buffers are read here, and images are not read at all.
 bool NoFileIsThere(const std::string&, void*) { return false; }
 
 std::string AsItIs(const std::string& name, void*) { return name; }

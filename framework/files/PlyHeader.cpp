@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-// Far beyond any real header, so that damage does not turn into memory.
+// Larger than any real header, so that a damaged file does not allocate excessive memory.
 constexpr std::size_t MaxLineBytes = 64 * 1024;
 constexpr std::size_t MaxHeaderLines = 100'000;
 constexpr std::size_t MaxProperties = 1'000;
@@ -52,7 +52,7 @@ std::string_view TakeWord(std::string_view& text) {
     return word;
 }
 
-/// What a message quotes of the file: printable, and not the whole of a damaged line.
+/// Quotes text of the file in a message: printable, and shortened if the line is damaged.
 std::string Quoted(std::string_view text) {
     std::string quoted = "'";
     for (const char letter : text.substr(0, 40)) {
@@ -203,10 +203,11 @@ private:
         element.properties.push_back(std::move(property));
     }
 
-    /// No count may promise more than the file holds, or damage would turn into memory.
+    /// A count must not exceed the capacity of the file. Otherwise a damaged file would allocate
+    /// excessive memory.
     void CheckCounts() const {
         const bool isText = header.encoding == PlyEncoding::Text;
-        // The last number of a text needs no white space behind it.
+        // The last number of a text needs no white space after it.
         std::uint64_t remaining = file.Remaining() + (isText ? 1 : 0);
         for (const PlyElement& element : header.elements) {
             std::uint64_t shortestRow = 0;

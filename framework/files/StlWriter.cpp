@@ -16,7 +16,7 @@ namespace {
 
 using Point = std::array<float, 3>;
 
-/// The normal of a triangle by the right hand; zero where it has no area.
+/// Returns the normal of a triangle by the right-hand rule; zero if the triangle is degenerate.
 Point NormalOf(const Point& a, const Point& b, const Point& c) {
     const Point u = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
     const Point v = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
