@@ -149,7 +149,7 @@ void GltfAccessors::ReadNumbers(int number,
         place.Refuse(what + " has no vectors of " + std::to_string(components) + " numbers");
     }
     if (length && accessor.count != *length) {
-        place.Refuse(what + " has " + std::to_string(accessor.count) + " elements in place of " +
+        place.Refuse(what + " has " + std::to_string(accessor.count) + " elements instead of " +
                      std::to_string(*length));
     }
     if (!length && accessor.bufferView < 0) {
@@ -208,7 +208,7 @@ void GltfAccessors::ReadNumbers(int number,
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t entry = LoadIndex(indexType, indices.first + i * indices.stride);
         if (entry >= accessor.count) {
-            place.Refuse(what + ": its sparse part names element " + std::to_string(entry) +
+            place.Refuse(what + ": its sparse part refers to element " + std::to_string(entry) +
                          " of " + std::to_string(accessor.count));
         }
         load(changes.first + i * changes.stride);
@@ -242,7 +242,7 @@ std::vector<std::uint32_t> GltfAccessors::ReadIndices(int number,
     const std::string what = Named(number);
     if (!IsIndexType(accessor.componentType) || ComponentsOf(accessor.type) != 1 ||
         accessor.sparse.isSparse || accessor.bufferView < 0) {
-        place.Refuse(what + " is no list of whole numbers");
+        place.Refuse(what + " is not a list of whole numbers");
     }
     const Span span = Bytes(accessor.bufferView,
                             accessor.byteOffset,
@@ -256,7 +256,7 @@ std::vector<std::uint32_t> GltfAccessors::ReadIndices(int number,
     for (std::size_t i = 0; i < accessor.count; ++i) {
         indices.push_back(LoadIndex(accessor.componentType, span.first + i * span.stride));
         if (indices.back() >= limit) {
-            place.Refuse(what + " names vertex " + std::to_string(indices.back()) + " of " +
+            place.Refuse(what + " refers to vertex " + std::to_string(indices.back()) + " of " +
                          std::to_string(limit));
         }
     }

@@ -57,8 +57,8 @@ Bytes ReadBesides(const std::string& document,
     }
     const auto refuseOutside = [&] {
         throw HostError(place + Shown(name) +
-                        " lies outside the folder of the file, and only files in it or below are "
-                        "read");
+                        " is outside the folder of the file; only files in that folder and its "
+                        "subfolders are read");
     };
     // Checked before the file system is accessed, so that no file outside the folder is opened.
     const fs::path plain = fs::path(name).lexically_normal();
@@ -104,7 +104,7 @@ Bytes ReadDataUri(const std::string& uri, std::uint64_t wanted, const std::strin
     std::string kind;
     if (!tinygltf::DecodeDataURI(&bytes, kind, uri, 0, false)) {
         throw HostError(place + "its data URI " + Shown(uri.substr(0, 40)) +
-                        " cannot be decoded, or holds nothing");
+                        " cannot be decoded or is empty");
     }
     if (bytes.size() < wanted) {
         throw HostError(place + "its data URI has " + std::to_string(bytes.size()) +

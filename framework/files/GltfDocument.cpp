@@ -33,7 +33,8 @@ void CheckNesting(std::string_view json, const std::string& path) {
         } else if (letter == '[' || letter == '{') {
             if (++depth > MaxDepth) {
                 throw HostError(path + ", byte " + std::to_string(place) +
-                                " of its JSON: nested deeper than any real file");
+                                " of its JSON: nested more than " + std::to_string(MaxDepth) +
+                                " levels deep");
             }
         } else if (letter == ']' || letter == '}') {
             --depth;
@@ -76,7 +77,7 @@ std::string FirstLine(const std::string& text) {
     for (const char letter : line.substr(0, 200)) {
         shown += letter >= ' ' && letter <= '~' ? letter : '?';
     }
-    return shown.empty() ? "it is no glTF file" : shown;
+    return shown.empty() ? "it is not a glTF file" : shown;
 }
 
 /// The loader must not read files: buffers are read here, and images are not read at all.
@@ -103,11 +104,11 @@ GltfDocument::GltfDocument(const std::string& filePath, JobControl* job) : path(
     InputFile file(path, job);
     const auto size = static_cast<std::size_t>(file.Remaining());
     if (size > std::numeric_limits<std::uint32_t>::max()) {
-        throw HostError(path + ": a glTF file of more than 4 GiB is not read");
+        throw HostError(path + ": glTF files of more than 4 GiB are not supported");
     }
     const unsigned char* bytes = size == 0 ? nullptr : file.Take(size);
     if (bytes == nullptr) {
-        throw HostError(path + ": the file is empty or was cut off");
+        throw HostError(path + ": the file is empty or truncated");
     }
     std::string_view content(reinterpret_cast<const char*>(bytes), size);
     const bool isBinary = content.starts_with("glTF");
@@ -150,7 +151,7 @@ void GltfPlace::Refuse(const std::string& reason) const { throw HostError(text +
 
 std::size_t GltfPlace::Checked(int number, std::size_t count, const char* what) const {
     if (number < 0 || static_cast<std::size_t>(number) >= count) {
-        Refuse(std::string("it names ") + what + " " + std::to_string(number) +
+        Refuse(std::string("it refers to ") + what + " " + std::to_string(number) +
                ", but there are only " + std::to_string(count));
     }
     return static_cast<std::size_t>(number);

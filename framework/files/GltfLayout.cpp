@@ -72,7 +72,8 @@ void GltfLayout::FindCopies(const std::string& path, JobControl* job) {
             }
         }
         if (source.VertexCount() + copies.size() >= none) {
-            throw HostError(path + ": the texture's seams need more vertices than can be numbered");
+            throw HostError(
+                path + ": the texture seams need more vertices than a 32-bit index can address");
         }
     });
 }

@@ -50,7 +50,7 @@ private:
                 name.starts_with("KHR_texture_") || name.starts_with("KHR_lights_");
             if (!isHarmless) {
                 throw HostError(document.Path() + ": the file requires the extension '" +
-                                name.substr(0, 60) + "', which is not read");
+                                name.substr(0, 60) + "', which is not supported");
             }
         }
     }
@@ -97,7 +97,7 @@ private:
                 model.defaultScene < 0 ? 0 : static_cast<std::size_t>(model.defaultScene);
             if (number >= model.scenes.size()) {
                 throw HostError(document.Path() + ": scene " + std::to_string(number) +
-                                " is to be shown, but there are only " +
+                                " is the default scene, but the number of scenes is " +
                                 std::to_string(model.scenes.size()));
             }
             const GltfPlace place(document, "scene", number);
@@ -268,7 +268,7 @@ private:
             phase.Add();
             const std::array<float, 3> moved = Moved(transform, position);
             if (mesh.positions.size() >= SurfaceAttributes::none - 1) {
-                place.Refuse("the file has more vertices than can be numbered");
+                place.Refuse("the file has more vertices than a 32-bit index can address");
             }
             const auto [number, isNew] =
                 weld.Number(moved, static_cast<std::uint32_t>(mesh.positions.size()));
@@ -339,7 +339,7 @@ private:
         if (!isStrip && !isFan) {
             if (order.size() % 3 != 0) {
                 place.Refuse("its " + std::to_string(order.size()) +
-                             " corners are no whole number of triangles");
+                             " corners are not a multiple of 3");
             }
             return order;
         }

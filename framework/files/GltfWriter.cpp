@@ -312,7 +312,7 @@ void WriteGltf(const std::string& path, const MeshSource& source, bool isBinary,
             FileHeader + ChunkHeader * 2 + text.size() + description.BufferBytes();
         if (total > std::numeric_limits<std::uint32_t>::max()) {
             throw HostError(path +
-                            ": a binary glTF file holds at most 4 GiB, and this mesh needs " +
+                            ": a binary glTF file is limited to 4 GiB, but this mesh needs " +
                             std::to_string(total) + " bytes");
         }
     }

@@ -145,7 +145,7 @@ private:
         pending.remove_prefix(lineEnd == std::string_view::npos ? pending.size() : lineEnd + 1);
         if (current.find('\0') != std::string_view::npos) {
             throw HostError(file.Path() + ", line " + std::to_string(line) +
-                            ": a zero byte, so this is no text file");
+                            ": contains a zero byte, so this is not a text file");
         }
         return true;
     }
@@ -218,7 +218,7 @@ private:
             }
             if (!ParseFloat(word, uv[i]) || !std::isfinite(uv[i])) {
                 return Refuse("texture coordinate '" + std::string(word.substr(0, 40)) +
-                              "' is no finite number");
+                              "' is not a finite number");
             }
         }
         mesh.attributes.uvs.push_back(uv);
@@ -274,27 +274,28 @@ private:
         for (std::string_view word = TakeWord(text); !word.empty(); word = TakeWord(text)) {
             if (!IsCorner(word, writtenUvs.emplace_back())) {
                 Refuse("face corner '" + std::string(word.substr(0, 40)) +
-                       "' is none of v, v/vt, v//vn, v/vt/vn with whole numbers other than 0");
+                       "' does not have the form v, v/vt, v//vn or v/vt/vn with whole numbers "
+                       "other than 0");
                 return false;
             }
             ++corners;
         }
         if (corners < 3) {
-            Refuse("face has " + std::to_string(corners) + " corners, but 3 are needed");
+            Refuse("face has " + std::to_string(corners) + " corners, but at least 3 are needed");
         } else if (corners > maxFaceCorners) {
             Refuse("face has " + std::to_string(corners) + " corners, but at most " +
-                   std::to_string(maxFaceCorners) + " are read");
+                   std::to_string(maxFaceCorners) + " are supported");
         }
         return trouble.empty();
     }
 
     std::string OutOfRange(std::int64_t index) const {
-        return "face names vertex " + std::to_string(index) + ", but only " +
+        return "face refers to vertex " + std::to_string(index) + ", but only " +
                std::to_string(mesh.positions.size()) + " vertices are defined";
     }
 
     std::string UvOutOfRange(std::int64_t index) const {
-        return "face names texture coordinate " + std::to_string(index) + ", but only " +
+        return "face refers to texture coordinate " + std::to_string(index) + ", but only " +
                std::to_string(mesh.attributes.uvs.size()) + " are defined";
     }
 
@@ -335,7 +336,7 @@ private:
 
     void AddFace(const tinyobj::index_t* corners, std::size_t count) {
         if (count != writtenUvs.size()) {
-            return Refuse("face has corners that cannot be told apart");
+            return Refuse("face has corners that cannot be distinguished");
         }
         AddFaceName(groups.Number(), mesh.attributes.faceGroups);
         AddFaceName(materials.Number(), mesh.attributes.faceMaterials);

@@ -68,7 +68,7 @@ public:
     PlyHeader Read() {
         if (!NextLine() || line != "ply") {
             throw HostError(file.Path() +
-                            ", line 1: no PLY file, since it does not begin with 'ply'");
+                            ", line 1: not a PLY file, because it does not begin with 'ply'");
         }
         bool hasFormat = false;
         for (;;) {
@@ -97,11 +97,11 @@ public:
                     header.space.up = UpAxisOf(std::string(TakeWord(rest)));
                 }
             } else if (!keyword.empty() && keyword != "comment") {
-                Refuse(Quoted(keyword) + " is no keyword of a PLY header");
+                Refuse(Quoted(keyword) + " is not a keyword of a PLY header");
             }
         }
         if (!hasFormat) {
-            Refuse("the header names no format");
+            Refuse("the header does not specify a format");
         }
         CheckCounts();
         return std::move(header);
@@ -114,7 +114,7 @@ private:
         }
         ++header.lineCount;
         if (header.lineCount > MaxHeaderLines) {
-            Refuse("the header is longer than any real one");
+            Refuse("the header has too many lines");
         }
         return true;
     }
@@ -154,11 +154,11 @@ private:
         }
         for (const PlyElement& other : header.elements) {
             if (other.name == element.name) {
-                Refuse("the element " + Quoted(element.name) + " comes twice");
+                Refuse("the element " + Quoted(element.name) + " is defined twice");
             }
         }
         if (header.elements.size() == MaxElements) {
-            Refuse("the header has more elements than any real one");
+            Refuse("the header has too many elements");
         }
         header.elements.push_back(std::move(element));
     }
@@ -184,7 +184,7 @@ private:
             property.isList = true;
             property.countType = ReadType(rest);
             if (!IsWhole(property.countType)) {
-                Refuse("the length of a list is not a whole number by its type");
+                Refuse("the type of the length of a list must be an integer type");
             }
         }
         property.type = ReadType(rest);
@@ -194,11 +194,12 @@ private:
         }
         for (const PlyProperty& other : element.properties) {
             if (other.name == property.name) {
-                Refuse("the property " + Quoted(property.name) + " comes twice in its element");
+                Refuse("the property " + Quoted(property.name) +
+                       " is defined twice in its element");
             }
         }
         if (element.properties.size() == MaxProperties) {
-            Refuse("the header has more properties than any real one");
+            Refuse("the header has too many properties");
         }
         element.properties.push_back(std::move(property));
     }
@@ -224,7 +225,7 @@ private:
                 throw HostError(file.Path() + ", byte " + std::to_string(file.Position()) + ": " +
                                 std::to_string(element.count) + " rows of element " +
                                 Quoted(element.name) +
-                                " are announced, but the file is too short for them");
+                                " are declared, but the file is too short for them");
             }
             remaining -= element.count * shortestRow;
         }

@@ -249,7 +249,7 @@ VertexTargets FindVertexTargets(const InputFile& file, const PlyElement& element
     }
     for (std::size_t i = 0; i < FirstNormal; ++i) {
         if (!found[i]) {
-            throw HostError(file.Path() + ": element 'vertex' has no number '" +
+            throw HostError(file.Path() + ": element 'vertex' has no scalar property '" +
                             std::string(Names[i].first) + "'");
         }
     }
@@ -365,7 +365,7 @@ private:
             if (property.name == "vertex_indices" || property.name == "vertex_index") {
                 if (!property.isList || !IsWhole(property.type)) {
                     throw HostError(file.Path() + ": property '" + property.name +
-                                    "' of element 'face' is no list of whole numbers");
+                                    "' of element 'face' is not a list of whole numbers");
                 }
                 if (list != element.properties.size()) {
                     throw HostError(file.Path() +
@@ -403,7 +403,7 @@ private:
             Refuse(file,
                    body.Place(),
                    row,
-                   "a list of " + std::to_string(length) + " entries is impossible");
+                   "a list cannot have " + std::to_string(length) + " entries");
         }
         body.CheckLength(property.type, static_cast<std::uint64_t>(length), row);
         return static_cast<std::uint64_t>(length);
@@ -415,7 +415,7 @@ private:
             Refuse(file,
                    body.Place(),
                    row,
-                   "a face of " + std::to_string(length) + " corners is outside 3 to " +
+                   "a face has " + std::to_string(length) + " corners; it must have 3 to " +
                        std::to_string(maxFaceCorners));
         }
         for (std::uint64_t i = 0; i < length; ++i) {
@@ -424,7 +424,7 @@ private:
                 Refuse(file,
                        body.Place(),
                        row,
-                       "the vertex number " + std::to_string(vertex) + " is impossible");
+                       "the vertex number " + std::to_string(vertex) + " is not valid");
             }
             mesh.faceVertices.push_back(static_cast<std::uint32_t>(vertex));
         }

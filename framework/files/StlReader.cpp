@@ -248,7 +248,7 @@ PolygonMesh ReadStl(const std::string& path, JobControl* job) {
     if (size < wanted) {
         throw HostError(path + ", byte " + std::to_string(StlFile::headerBytes) + ": " +
                         std::to_string(count) +
-                        " triangles are announced, but the file is too short for them");
+                        " triangles are declared, but the file is too short for them");
     }
     return ReadBinary(file, count, job);
 }

@@ -127,7 +127,7 @@ void WriteStl(const std::string& path,
     const std::uint64_t count = source.CornerCount() - 2 * source.FaceCount();
     if (count > std::numeric_limits<std::uint32_t>::max()) {
         throw HostError(path + ": " + std::to_string(count) +
-                        " triangles are more than an STL file can number");
+                        " triangles are more than an STL file can contain");
     }
     OutputFile file(path);
     const auto number = static_cast<std::uint32_t>(count);

@@ -207,7 +207,7 @@ void FileReplacement::RemoveAbandoned() const {
         // Checks the lock, not the process ID in the name, which another process may have by now.
         const FileLock owned(abandoned);
         if (owned.State() != FileLock::Result::Locked || unlink(abandoned.c_str()) != 0) continue;
-        if (Notes()) Notes()(abandoned + ": removed; a process that was killed left it");
+        if (Notes()) Notes()(abandoned + ": removed; it was left by a process that was killed");
     }
 }
 

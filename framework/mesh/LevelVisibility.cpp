@@ -49,7 +49,7 @@ void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
 }
 
 void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
-    assert(changes.empty() && "no face is hidden or shown during a stroke");
+    assert(changes.empty() && "faces cannot be hidden or shown during a stroke");
     uint64_t newlyHidden = 0;
     for (const FaceRun& run : faces) {
         for (uint32_t face = run.first; face < run.first + run.count; ++face) {

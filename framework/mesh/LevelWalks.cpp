@@ -29,7 +29,7 @@ class LevelMesh::WalkScope {
 public:
     WalkScope(LevelMesh& walkedMesh, const std::vector<FaceVisit>& walkVisits)
         : mesh(walkedMesh), visits(walkVisits) {
-        assert(!mesh.walking && "a walk may not start inside another on the same level");
+        assert(!mesh.walking && "a walk cannot start inside another walk on the same level");
         mesh.walking = true;
     }
     ~WalkScope() {

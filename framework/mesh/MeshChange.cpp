@@ -11,7 +11,7 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
                                            Vertex& vertexRecord,
                                            bool withLayerSlot) {
     Store<StoredVertexInfo>& store = *records;
-    assert(mesh->changeRecords == store.array && "records are made in the linked change only");
+    assert(mesh->changeRecords == store.array && "records must be added to the linked change");
 
     const uint32_t slot = withLayerSlot ? ReserveLayerSlot(vertex) : noLayerSlot;
 

@@ -229,9 +229,9 @@ ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* job) {
     const std::vector<std::uint32_t> twins = FindTwins(ring, groups, report, job);
     const std::vector<Fan> further = FindFurtherFans(ring, twins, vertexCount, job);
     if (further.size() > std::size_t{None} - 1 - vertexCount) {
-        throw HostError(mesh.name + ": splitting the mesh into oriented manifolds takes " +
+        throw HostError(mesh.name + ": splitting the mesh into oriented manifolds needs " +
                         std::to_string(vertexCount + further.size()) +
-                        " vertices, more than can be numbered");
+                        " vertices, more than a 32-bit index can address");
     }
 
     std::uint32_t splitVertex = None;
