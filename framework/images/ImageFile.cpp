@@ -22,7 +22,7 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image) {
         ThrowImageError("write", path, "it has no pixels");
     constexpr std::uint32_t maxSide = std::numeric_limits<int>::max();
     if (image.width > maxSide || image.height > maxSide || image.channels > maxSide)
-        ThrowImageError("write", path, "it has more pixels than any image format can hold");
+        ThrowImageError("write", path, "it has more pixels than any image format can store");
     // Encodes into memory first, because some formats of the library do not report a full disk.
     const std::vector<unsigned char> bytes = LoadedImageCodec().Encode(path, image);
     OutputFile file(path);
@@ -79,8 +79,7 @@ void WriteImageFile(const std::string& path,
                     std::uint32_t channels) {
     const std::string extension = LowerExtension(path);
     if (extension != ".tif" && extension != ".tiff") {
-        ThrowImageError(
-            "write", path, "signed values are written to files that end in .tif or .tiff only");
+        ThrowImageError("write", path, "signed values can be written only to .tif and .tiff files");
     }
     EncodeAndWrite(path, {SampleType::Int16, pixels, width, height, channels, {}});
 }
@@ -90,8 +89,7 @@ void WriteFloatImageFile(const std::string& path,
                          const std::string& description) {
     const std::string extension = LowerExtension(path);
     if (extension != ".exr" && extension != ".tif" && extension != ".tiff") {
-        ThrowImageError(
-            "write", path, "floats are written to files that end in .exr, .tif or .tiff only");
+        ThrowImageError("write", path, "floats can be written only to .exr, .tif and .tiff files");
     }
     assert(image.pixels.size() == std::size_t{image.width} * image.height * image.channels &&
            "one value per pixel and channel");

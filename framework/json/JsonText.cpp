@@ -68,13 +68,13 @@ std::string SyntaxReason(const std::string& text, std::size_t at, const std::str
     if (at >= text.size()) return "the file ends too early: " + plain;
     const char c = text[at];
     if (c == '#' || StartsAt(text, at, "//") || StartsAt(text, at, "/*"))
-        return "JSON has no comments; a \"comment\" field can hold one";
+        return "JSON has no comments; use a \"comment\" field";
     std::size_t before = at;
     while (before > 0 && IsSpace(text[before - 1])) --before;
     const char previous = before == 0 ? '\0' : text[before - 1];
     if ((c == '}' || c == ']') && previous == ',')
         return std::string("there is a comma before '") + c + "'";
-    if (c == '\'') return "strings are written between double quotes";
+    if (c == '\'') return "strings must be in double quotes";
     const bool startsName = IsNameLetter(c) && !(c >= '0' && c <= '9');
     if (startsName) {
         std::size_t end = at;
@@ -82,7 +82,7 @@ std::string SyntaxReason(const std::string& text, std::size_t at, const std::str
         const std::string word = text.substr(at, end - at);
         if (previous == '{' || (previous == ',' && plain.find("string") != std::string::npos))
             return "the field name " + word + " needs double quotes";
-        return word + " is not a JSON value; strings are written between double quotes";
+        return word + " is not a JSON value; strings must be in double quotes";
     }
     if (plain.rfind("unexpected", 0) == 0 && plain.find("expected '") != std::string::npos &&
         (c == '"' || c == '{' || c == '['))

@@ -91,7 +91,7 @@ void RenderedLevel::AddBends(const LevelGeometry& geometry) {
 
 void RenderedLevel::AddUvs(const LevelGeometry& geometry) {
     if (geometry.Attributes().cornerUvs.empty())
-        throw HostError("the mesh has no texture coordinates, which the shading mode \"uv\" shows");
+        throw HostError("the mesh has no texture coordinates, which the shading mode \"uv\" needs");
     cornerUvs.reserve(std::size_t{mesh.faceCount} * mesh.cornersPerFace * 2);
     LevelSource(geometry, {}).ReadFaces(MeshSource::Uvs, [this](const FaceBlock& block) {
         for (std::size_t corner = 0; corner < block.uvs.size(); ++corner) {

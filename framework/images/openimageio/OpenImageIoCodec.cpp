@@ -24,10 +24,10 @@ constexpr std::size_t BlockBytes = std::size_t{4} << 20;
 void CheckSize(const std::string& path, const OIIO::ImageSpec& spec, std::size_t maxBytes) {
     CheckImageSize(path, spec.width, spec.height, spec.nchannels, maxBytes);
     if (spec.depth > 1) {
-        ThrowImageError("read", path, "it is a volume, not a plane");
+        ThrowImageError("read", path, "volume images are not supported");
     }
     if (spec.deep) {
-        ThrowImageError("read", path, "its pixels are lists of samples at several depths");
+        ThrowImageError("read", path, "deep images are not supported");
     }
 }
 
@@ -181,7 +181,7 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
         std::string reason = output->geterror();
         output->close();
         ThrowImageError(
-            "write", path, reason.empty() ? "the library gives no reason" : std::move(reason));
+            "write", path, reason.empty() ? "the library reports no reason" : std::move(reason));
     }
     return bytes;
 }

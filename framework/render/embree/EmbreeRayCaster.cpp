@@ -35,8 +35,8 @@ using Geometry = std::unique_ptr<RTCGeometryTy, ReleaseGeometry>;
 
 [[noreturn]] void ThrowRayError(RTCError code, const char* text) {
     if (code == RTC_ERROR_OUT_OF_MEMORY) throw HostError("not enough memory for the render");
-    throw HostError("cannot render: the ray library reports error " + std::to_string(code) + ": " +
-                    text);
+    throw HostError("cannot render: the ray tracing library reports error " + std::to_string(code) +
+                    ": " + text);
 }
 
 /// The first error of a device. The library reports errors from any of its threads.
