@@ -17,9 +17,7 @@ namespace {
 constexpr std::size_t pieceBytes = std::size_t{256} << 10;
 constexpr int tightLevel = 3;
 
-[[noreturn]] void Refuse() {
-    throw HostError("what an undo step held in compressed form is damaged");
-}
+[[noreturn]] void Refuse() { throw HostError("the compressed data of an undo step is damaged"); }
 
 std::size_t PieceElements(std::size_t elementBytes) {
     return std::max<std::size_t>(1, pieceBytes / elementBytes);

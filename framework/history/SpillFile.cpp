@@ -23,7 +23,7 @@ std::string Title(const std::string& folder) { return "undo file in " + folder +
 SpillFile::SpillFile(const std::string& ofFolder) : folder(ofFolder) {
     std::string path = folder + "/trovik-undo-XXXXXX";
     file = mkostemp(path.data(), O_CLOEXEC);
-    if (file < 0) throw HostError(Title(folder) + "cannot be made: " + std::strerror(errno));
+    if (file < 0) throw HostError(Title(folder) + "cannot be created: " + std::strerror(errno));
     unlink(path.c_str());
 }
 
@@ -72,11 +72,11 @@ std::vector<uint8_t> SpillFile::Read(const Place& place) const {
                                     static_cast<off_t>(place.start + done));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw HostError(where + "cannot be read: " + std::strerror(errno));
-        if (count == 0) throw HostError(where + "the file ends within the step that lies here");
+        if (count == 0) throw HostError(where + "the file ends within the step stored here");
         done += static_cast<uint64_t>(count);
     }
     if (Crc32(bytes.data(), bytes.size()) != place.checksum)
-        throw HostError(where + "the step that lies here is damaged: its checksum is another");
+        throw HostError(where + "the step stored here is damaged: its checksum does not match");
     return bytes;
 }
 

@@ -197,7 +197,7 @@ FaceRenumbering FaceRenumbering::OfChildren() const {
 
 CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job) {
     if (level.CornersPerFace() != 4)
-        throw HostError("level 0 has triangles, so it is no refinement of a coarser mesh");
+        throw HostError("level 0 has triangles, so it is not a refinement of a coarser mesh");
     for (const uint32_t corners : {4u, 3u}) {
         RoleSearch search(level, corners, job);
         if (!search.Run()) continue;
@@ -205,7 +205,7 @@ CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job) {
         if (IsMesh(coarse, job)) return coarse;
     }
     throw HostError(
-        "the faces of level 0 do not hang together as the refinement of a coarser mesh of quads, "
+        "the faces of level 0 are not connected like the refinement of a coarser mesh of quads "
         "or of triangles");
 }
 

@@ -207,7 +207,7 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     // these faces.
     const std::vector<uint32_t> faces =
         FacesAt(coarse, CornersOf(coarse, FacesAt(coarse, changed)));
-    JobPhase phase(job, "Carrying details up", faces.size());
+    JobPhase phase(job, "Propagating details up", faces.size());
     if (faces.size() <= batchFaces) {
         CarryFaces(faces, 0, openBorder, seen, layers, phase, carried);
     } else {
@@ -253,7 +253,7 @@ void DetailCarrier::Down(const OlderValues<Vector>& seen, CarriedLevel& carried)
     const uint32_t* all = fine.faceVertexIndices.array;
     std::vector<uint32_t> around;
     const std::vector<uint32_t> fitted = CornersOf(coarse, faces);
-    JobPhase phase(job, "Carrying changes down", fitted.size());
+    JobPhase phase(job, "Propagating changes down", fitted.size());
     for (const uint32_t vertex : fitted) {
         phase.Add();
         ++counts.fitted;

@@ -86,7 +86,7 @@ void CarryFreezeUp(LevelMesh& coarse,
                    CarriedLevel& carried,
                    JobControl* job) {
     FreezeSetter setter(fine, carried);
-    JobPhase phase(job, "Carrying the mask up", seen.Vertices().size());
+    JobPhase phase(job, "Propagating the mask up", seen.Vertices().size());
     std::vector<uint32_t> around;
     for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
         phase.Add();
@@ -118,7 +118,7 @@ void CarryFreezeDown(LevelMesh& coarse,
                      CarriedLevel& carried,
                      JobControl* job) {
     FreezeSetter setter(coarse, carried);
-    JobPhase phase(job, "Carrying the mask down", seen.Vertices().size());
+    JobPhase phase(job, "Propagating the mask down", seen.Vertices().size());
     for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
         phase.Add();
         const uint32_t v = seen.Vertices()[i];

@@ -105,7 +105,7 @@ LevelChange::~LevelChange() {
 void LevelChange::DropSpareMemory() { Spare().Drop(); }
 
 void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
-    assert(!finished && "a change is finished once");
+    assert(!finished && "a change can be finished only once");
     finished = true;
     if (!joinPrevious) ++currentStroke;
     if (level == nullptr) return;
@@ -151,7 +151,7 @@ void LevelChange::Close() {
 }
 
 std::vector<uint32_t> LevelChange::PutBack() {
-    assert(linked && "only an open change puts back");
+    assert(linked && "only an open change can be reverted");
     ++outsideEdits;
     std::vector<uint32_t> vertices;
     vertices.reserve(recordStore.fill);

@@ -127,7 +127,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(JobControl* job) const {
                         " faces needs more memory than the limit allows");
     } catch (const std::bad_alloc&) {
         throw HostError("subdividing to " + std::to_string(faces) +
-                        " faces needs more memory than there is");
+                        " faces needs more memory than is available");
     }
     std::fill_n(fine->vertexNormals.array, fine->vertexCount, PackedNormal{0, 0, 0, 0});
     LevelRefiner(coarse, job).RefineTopology(*fine);

@@ -86,10 +86,10 @@ void LevelGeometry::ForgetFromBelow() {
 }
 
 LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept, JobControl* job) {
-    RefuseInStroke("taking levels out");
+    RefuseInStroke("removing levels");
     TakenLevels taken;
     taken.lower = lower;
-    assert((lower ? bound >= kept : bound <= kept) && "the bound level stays");
+    assert((lower ? bound >= kept : bound <= kept) && "the bound level cannot be removed");
     const auto middle = levels.begin() + kept;
     const auto first = lower ? levels.begin() : middle + 1;
     const auto last = lower ? middle : levels.end();
@@ -139,7 +139,7 @@ void LevelGeometry::Renumber(uint32_t index,
                              const std::vector<uint32_t>& vertexMap,
                              const std::vector<uint32_t>& faceMap) {
     LevelMesh& level = *levels[index];
-    assert(level.OpenChange() == nullptr && "no level is renumbered during a stroke");
+    assert(level.OpenChange() == nullptr && "levels cannot be renumbered during a stroke");
     Permute(level.vertices.array, level.vertexCount, vertexMap);
     Permute(level.vertexNormals.array, level.vertexNormals.fill, vertexMap);
     Permute(level.faceFlags, level.faceCount, faceMap);

@@ -81,7 +81,7 @@ void StrokeStep::ShrinkToFit() {
 void StrokeStep::Apply(LevelGeometry& geometry) {
     if (geometry.BoundIndex() != level) geometry.BindLevel(level);
     LevelMesh& mesh = *geometry.Level(level);
-    assert(mesh.OpenChange() == nullptr && "no undo during a stroke");
+    assert(mesh.OpenChange() == nullptr && "steps cannot be applied during a stroke");
 
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const uint32_t vertex = vertices[i];
