@@ -80,8 +80,8 @@ public:
 
     std::uint64_t BufferBytes() const { return bytes; }
 
-    /// Returns the text without its buffers, which follow it; it therefore ends before the closing
-    /// brace.
+    /// Returns the text up to the buffers. The closing brace is missing, because the buffers
+    /// follow.
     std::string OpenText() const {
         std::string text = document.dump(-1, ' ', false, json::error_handler_t::replace);
         text.pop_back();

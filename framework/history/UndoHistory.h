@@ -73,8 +73,8 @@ public:
     /// the step.
     /// \param strokeNumber  identifies the stroke; not 0.
     void PushOfStroke(std::unique_ptr<UndoStep> step, uint64_t strokeNumber);
-    /// With true, the next step to be pushed joins the newest one, regardless of its joinPrevious;
-    /// with false, this is reset.
+    /// If `on` is true, the next step to be pushed joins the newest one, regardless of its
+    /// joinPrevious. False cancels this.
     void JoinNext(bool on) { joinNext = on; }
     /// Sets a function that is called before undo and redo with the name of the action, such as
     /// "undo". It refuses the action by throwing.

@@ -30,8 +30,8 @@ void CheckImageSize(const std::string& path,
     if (width <= 0 || height <= 0 || channels <= 0) {
         ThrowImageError("read", path, "its size is given as " + size);
     }
-    // The product of three numbers below 2^31 and four does not fit into 64 bits, so the check
-    // divides instead.
+    // The product of width, height, channels and 4 may exceed 64 bits, so the check divides
+    // instead.
     const std::uint64_t rowValues =
         static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(channels);
     const std::uint64_t maxValues = maxBytes / sizeof(float);

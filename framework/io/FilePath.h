@@ -26,7 +26,7 @@ TROVIK_API void SetFileNotes(std::function<void(const std::string&)> receive);
 /// Checks that a file can be written at `path` before its content is computed: the name is valid,
 /// the folder exists and is writable, and the path is not a folder or device. Creates a file next
 /// to it and removes it; an existing file at `path` is not modified.
-/// \throw HostError as FileReplacement.
+/// \throw HostError under the same conditions as FileReplacement.
 TROVIK_API void CheckWritable(const std::string& path);
 
 /// A new file that replaces another one only when it is complete.

@@ -43,8 +43,8 @@ std::string LineAndColumn(const std::string& text, std::size_t at) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/// Returns the reason of the parser, without its preamble and without the last text that it read,
-/// which may be long and not UTF-8.
+/// Returns the error message of the parser, without its preamble and without the last text that it
+/// read, which may be long and not UTF-8.
 std::string PlainReason(std::string reason) {
     if (const auto from = reason.find("] "); from != std::string::npos) reason.erase(0, from + 2);
     if (const auto from = reason.find(" - "); from != std::string::npos) reason.erase(0, from + 3);

@@ -40,7 +40,8 @@ public:
     uint32_t Patch() const { return patch; }
 
 private:
-    /// New vertices are numbered by the faces of the level below; the face point comes last.
+    /// The faces of the level below number their new vertices one after the other; the face point
+    /// is the last vertex of a face.
     uint32_t EndOf(uint32_t ofPatch) const {
         const uint32_t lastFace = (ofPatch + 1) * facesPerPatch - 1;
         return level.faceVertexIndices.array[lastFace * corners * 4 + 2] + 1;

@@ -124,7 +124,8 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
         face = hierarchy->Level(0)->baseVertexFace.array[vertex];
         if (face == openBorder) return openBorder;
     } else {
-        // New vertices are numbered by the faces of the level below; the face point comes last.
+        // The faces of the level below number their new vertices one after the other; the face
+        // point is the last vertex of a face.
         const LevelMesh& born = *hierarchy->Level(level);
         const uint32_t childCount = level == 1 && triangleBase ? 3 : 4;
         const auto facePoint = [&born, childCount](uint32_t above) {

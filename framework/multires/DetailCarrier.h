@@ -55,7 +55,7 @@ public:
 
     /// Updates the normals of these vertices and of the other corners of their faces, and records
     /// the old normals.
-    /// \throw Cancelled; `carried` then contains all of them.
+    /// \throw Cancelled; `carried` then contains all old normals.
     static void RefreshNormals(LevelMesh& level, CarriedLevel& carried, JobControl* job = nullptr);
 
 private:

@@ -35,7 +35,7 @@ public:
     /// Restores visitStampWord in the changeLink of every vertex whose link still refers to its
     /// record, and pushes the undo step: the position, normal and layer offset before the stroke of
     /// each vertex that was touched. Vertices whose values are bit-identical to before are omitted;
-    /// if no vertex changed, nothing is pushed. Hidden vertices have exactly the position from
+    /// if no vertex changed, nothing is pushed. Hidden vertices are at exactly their positions from
     /// before the stroke.
     ///
     /// Finish without `joinPrevious` starts a new stroke for the histories. Steps of other meshes

@@ -35,7 +35,7 @@ public:
     trovik::Transformation* Transformation() const override;
 
     /// \throw HostError if a change of one of the levels is open, that is, during a stroke.
-    /// \param action  the refused action for the message, such as "undo".
+    /// \param action  the name of the action for the message, such as "undo".
     void RefuseInStroke(const std::string& action) const;
     /// Whether the level is currently in the hierarchy and was not removed.
     bool Holds(const LevelMesh* level) const;
@@ -129,7 +129,7 @@ public:
     uint64_t CountNextLevelVertices() const;
     /// Adds a level on top that has only topology, for code that fills in its content. Positions,
     /// normals and freeze amounts are zero, and the bound level does not change.
-    /// \throw HostError and Cancelled as Subdivide.
+    /// \throw HostError and Cancelled, like Subdivide.
     LevelMesh& AddLevel(JobControl* job = nullptr);
     /// Returns the state of level `index` that its neighbours were last synchronised with.
     SeenByNeighbours Seen(uint32_t index) const;

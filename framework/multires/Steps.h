@@ -28,7 +28,7 @@ TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
 
 /// Subdivides and returns the undo step, which is not pushed yet. Undo removes the new level and
 /// binds the level that was bound before; the step keeps the new level for redo.
-/// \throw HostError as Subdivide does.
+/// \throw HostError under the same conditions as Subdivide.
 TROVIK_API std::unique_ptr<UndoStep> SubdivideAsStep(
     LevelGeometry& geometry,
     uint64_t byteBudget = LevelGeometry::unlimitedBytes,

@@ -20,7 +20,7 @@ namespace {
 /// Pixels are converted in blocks of about this size, to avoid a second copy of the image.
 constexpr std::size_t BlockBytes = std::size_t{4} << 20;
 
-/// Checks width, height and channels after they have been validated.
+/// Checks width, height and number of channels.
 void CheckSize(const std::string& path, const OIIO::ImageSpec& spec, std::size_t maxBytes) {
     CheckImageSize(path, spec.width, spec.height, spec.nchannels, maxBytes);
     if (spec.depth > 1) {

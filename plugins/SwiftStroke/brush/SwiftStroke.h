@@ -169,8 +169,8 @@ public:
     /// so, no two sides of the patch are joined to each other, and each vertex is listed once.
     bool ListsEachVertexOnce() const;
     /// Whether the vertices and normals of a listed patch are prefetched just before their use
-    /// rather than when the list is built. Those of a deep patch would be evicted from the nearer
-    /// caches in between.
+    /// rather than when the list is built. In a deep patch they would be evicted from the caches
+    /// before they are used.
     bool FetchesLate() const { return patchLevel >= 6; }
     /// Whether patchVertexList is the list of the patch with this slice.
     bool IsListed(const uint32_t* slice) const {

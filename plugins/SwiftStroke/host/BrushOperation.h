@@ -103,7 +103,7 @@ inline constexpr int stampMask = -1;
 /// virtual functions is part of the binary interface. Unless a comment states otherwise, the base
 /// class returns and stores the settings that it describes, and all functions are called on the
 /// main thread of the host. A `mask` argument is stampMask for the stamp of the brush, or 1 for the
-/// additional read of the stamp at the mirror vertex; the results for any other value are neutral.
+/// additional read of the stamp at the mirror vertex; for any other value there is no mask.
 class TROVIK_API BrushOperation : public Operation {
 public:
     /// Key state at the start of a stroke. ModifierSmooth replaces the tool by Smooth for the

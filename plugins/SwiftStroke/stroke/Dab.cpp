@@ -104,8 +104,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
             else
                 knownPatches.Forget();
             {
-                // Also after an exception: records have the mark of this dab, which no later dab
-                // may use.
+                // Runs even after an exception, because records have the mark of this dab, which no
+                // later dab may use.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             }
