@@ -37,7 +37,7 @@ public:
     /// \throw HostError "undo file in FOLDER: byte N: reason" if the bytes cannot be read or differ
     /// from those that were written.
     std::vector<uint8_t> Read(const Place& place) const;
-    /// Frees the place of a sequence.
+    /// Frees the space that a sequence occupies.
     void Free(const Place& place);
 
     /// Total size of the stored sequences in bytes.

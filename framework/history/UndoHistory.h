@@ -37,7 +37,7 @@ public:
 struct UndoKeeping {
     /// Steps with fewer bytes in arrays are not packed.
     uint64_t leastPackedBytes = 4096;
-    /// Steps that are at least this number of steps away from the position are packed tightly.
+    /// Steps that are more than this number of steps away from the position are packed tightly.
     std::size_t tightenBeyond = 16;
 };
 

@@ -42,7 +42,7 @@ void AddFields(const std::vector<const JsonRule*>& alternatives, std::vector<std
     }
 }
 
-/// One check of a document.
+/// Checks one document.
 class Walk {
 public:
     Walk(std::size_t most, std::vector<JsonFault>& list) : maxFaults(most), faults(list) {}

@@ -59,8 +59,7 @@ public:
         std::vector<PackedNormal> normals;
     };
     /// Updates the level after its layers or their offsets have changed since Settle: positions,
-    /// the normals around moved vertices, and the position that each layer has recorded for a
-    /// vertex.
+    /// the normals around moved vertices, and the state that each layer stores for a vertex.
     Replaced Compose(LevelMesh& level, const Layers& layers);
     /// Called after a change of the layers that does not change the surface: records that the
     /// current positions belong to the new layers.

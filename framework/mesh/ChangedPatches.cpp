@@ -124,8 +124,8 @@ private:
         return nullptr;
     }
 
-    /// A new vertex on the border between two patches belongs to both. Adds the patches across the
-    /// sides of the owners that are not owners themselves.
+    /// A new vertex on the border between two patches belongs to both. Adds the patches adjacent to
+    /// the owners that are not owners themselves and contain such a vertex.
     void AddAcross(const std::vector<uint32_t>& owners,
                    const VertexMarks& marks,
                    std::vector<uint32_t>& patches) {

@@ -15,8 +15,8 @@ namespace trovik {
 /// A fine level is the refinement of the coarse level plus a detail vector per vertex, expressed in
 /// a frame that rotates with the refined surface (SurfaceTurn). The positions of both levels are
 /// stored. The detail is computed from them, so it takes no memory, and an unchanged level stays
-/// bit-identical. Two adjacent levels are synchronised for a state of the coarse level, which is
-/// called "seen". The detail of a fine vertex is its distance from the refinement of that state.
+/// bit-identical. The state of the coarse level at the last synchronisation of two adjacent levels
+/// is called "seen". The detail of a fine vertex is its distance from the refinement of that state.
 ///
 /// Upwards: if the refinements of the seen and the current state differ at a fine vertex, the
 /// vertex moves to its refined position plus its detail, rotated as the surface rotated there. A

@@ -200,7 +200,7 @@ void LevelChange::NoteOlderPositions() {
 }
 
 // For a fully frozen vertex, brushes write its position plus a displacement times 0, which changes
-// -0 to +0. Under a layer they compose the position again, which may round.
+// -0 to +0. If there is a layer, they compose the position again, which may round.
 std::vector<uint32_t> LevelChange::MovedHidden() const {
     std::vector<uint32_t> moved;
     if (level == nullptr || level->HiddenVertexCount() == 0) return moved;

@@ -61,7 +61,7 @@ public:
     QString path;
     /// Whether the stamp is used.
     bool enabled = false;
-    /// Maximum random rotation of the stamp of each dab, as a fraction of a full turn, 0 to 1.
+    /// Range of the random rotation of the stamp of each dab, as a fraction of a full turn, 0 to 1.
     float randomTurn = 0.0f;
     /// Whether each dab applies the stamp at a random position, size and rotation.
     bool randomize = false;

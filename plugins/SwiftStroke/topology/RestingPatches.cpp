@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The effects of a dab on a patch that it cannot reach. KnownPatches explains why these are all of
-/// them.
+/// The effects of a dab on a patch that it cannot reach. KnownPatches explains why there are no
+/// others.
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
 #include "topology/PatchSides.h"
