@@ -12,7 +12,7 @@ namespace {
 
 struct Character {
     uint32_t code = 0;
-    /// In bytes; 0 if the bytes are not UTF-8.
+    /// Length in bytes; 0 if the bytes are not UTF-8.
     std::size_t length = 0;
 };
 

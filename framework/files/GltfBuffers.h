@@ -36,7 +36,7 @@ public:
     void MoveInto(tinygltf::Model& model);
 
 private:
-    /// By the index of the buffer.
+    /// The contents of the buffers, by their index.
     std::map<std::size_t, std::vector<unsigned char>> contents;
     std::string changed;
 };

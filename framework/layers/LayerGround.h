@@ -17,7 +17,7 @@ namespace trovik {
 ///
 /// Strokes write sums that are rounded differently, and their own normals. The last such position
 /// and normal of a vertex are stored here together with the result of the function, and replace
-/// that result whenever the function yields it again.
+/// that result whenever the function computes it again.
 class TROVIK_API LayerGround {
 public:
     using Layers = std::vector<std::shared_ptr<SculptLayer>>;

@@ -9,11 +9,11 @@ namespace trovik {
 
 /// The size of additional levels.
 struct LevelForecast {
-    /// Of the highest additional level.
+    /// Faces and vertices of the highest additional level.
     uint64_t faces = 0;
     uint64_t vertices = 0;
-    /// Of all additional levels together: the arrays of faces and vertices, and the copies of
-    /// positions that are needed to detect changes since the level was bound.
+    /// Memory of all additional levels together: the arrays of faces and vertices, and the copies
+    /// of positions that are needed to detect changes since the level was bound.
     uint64_t bytes = 0;
     /// Number of additional levels. It is less than requested if the elements of a level cannot be
     /// counted in the index type.

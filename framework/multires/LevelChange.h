@@ -102,7 +102,8 @@ private:
     /// Vertex count of the level, stored because the level may no longer exist when it is read.
     uint32_t vertexCount;
     Store<StoredVertexInfo> recordStore;
-    /// In the order of the records; contains only records with a layer slot.
+    /// The earlier layer states, in the order of the records; contains only records with a layer
+    /// slot.
     std::vector<LayerBefore> layerBefore;
     /// The layer of the stroke, which may be deleted before the change; null if there is none.
     std::shared_ptr<SculptLayer*> layer;

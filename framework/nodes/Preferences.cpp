@@ -23,7 +23,7 @@ class PreferenceNode : public Node {
 public:
     PreferenceNode() { SetName(QStringLiteral("Preferences")); }
 
-    /// By key, in the order of registration.
+    /// The registered attributes by key, in the order of registration.
     std::map<std::string, std::vector<Entry>> byKey;
     std::map<std::string, std::string> unclaimed;
 };

@@ -30,7 +30,7 @@ struct RayHit {
     /// weights of its second and third corner.
     float u = 0.0f;
     float v = 0.0f;
-    /// In units of the length of the ray direction.
+    /// Distance from the origin, in units of the length of the ray direction.
     float distance = 0.0f;
     /// Normal of the face, of any length.
     Vector normal;

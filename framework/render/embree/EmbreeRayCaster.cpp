@@ -101,7 +101,8 @@ private:
     std::atomic<bool> cancelled{false};
 };
 
-/// For other rays, assertions in the library terminate the process.
+/// Returns whether the library accepts the ray; for other rays, its assertions terminate the
+/// process.
 bool IsValid(const Vector& origin, const Vector& direction) {
     constexpr float limit = RayCaster::maxCoordinate;
     return std::fabs(origin.x) <= limit && std::fabs(origin.y) <= limit &&

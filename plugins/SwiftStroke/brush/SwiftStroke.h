@@ -215,9 +215,9 @@ public:
     void setIsSmear(bool on) { isSmear = on; }
     void setIsSmooth(bool on) { isSmooth = on; }
     void setIsWax(bool on) { isWax = on; }
-    /// Also updates radiusSquared, inverseRadius and falloffScale.
+    /// Sets the radius and updates radiusSquared, inverseRadius and falloffScale.
     void setRadius(float value);
-    /// Also updates falloffLast and falloffScale.
+    /// Sets the last index of the falloff table and updates falloffLast and falloffScale.
     void setFalloffLast(float value);
     /// Writes x, y, z of a unit normal to the packed normal of the vertex in `mesh`.
     void setVertexNormal(uint32_t vertex, const HWVector& normal);

@@ -76,7 +76,7 @@ struct FixedSwitches {
     static constexpr bool withGrid = true;
 };
 
-/// The same switches as run-time values, for meshes without patches.
+/// The switches as run-time values, for meshes without patches.
 struct RunTimeSwitches {
     RunTimeSwitches(const KernelSwitches& s, bool grid)
         : withStamp(s.withStamp),

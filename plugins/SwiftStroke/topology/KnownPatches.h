@@ -58,7 +58,7 @@ public:
     /// in the order of the sides of the ghost layer.
     using RingEnds = std::array<uint32_t, 16>;
     struct Patch {
-        /// In the order of the work list.
+        /// The vertices in the order of the work list.
         const uint32_t* vertices = nullptr;
         uint32_t firstRun = 0;
         uint32_t runCount = 0;
