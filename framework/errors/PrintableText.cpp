@@ -12,12 +12,12 @@ namespace {
 
 struct Character {
     uint32_t code = 0;
-    /// In bytes; 0 if the bytes are not UTF-8.
+    /// Length in bytes; 0 if the bytes are not UTF-8.
     std::size_t length = 0;
 };
 
-/// The character at the start of the text, which is not empty. Overlong forms, surrogates and codes
-/// beyond Unicode are not UTF-8 (RFC 3629).
+/// Returns the character at the start of the text, which must not be empty. Overlong forms,
+/// surrogates and codes beyond Unicode are not UTF-8 (RFC 3629).
 Character FirstCharacter(std::string_view text) {
     const auto byte = [text](std::size_t i) { return static_cast<uint8_t>(text[i]); };
     const uint8_t lead = byte(0);

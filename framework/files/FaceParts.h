@@ -11,25 +11,26 @@
 
 namespace trovik {
 
-/// The faces of a source in parts of the same group, the same material, or both. Parts come in the
-/// order of their first faces; a source without groups and materials is one part.
+/// The faces of a source, divided into parts with the same group, the same material, or both. Parts
+/// are ordered by their first face. A source without groups and materials has one part.
 class FaceParts {
 public:
     enum Keys : unsigned { ByGroup = 1, ByMaterial = 2 };
 
     struct Part {
-        /// Numbers into the source's names; SurfaceAttributes::none if not a key, or if the faces
-        /// have none.
+        /// Indices into the names of the source; SurfaceAttributes::none if this is not a key or if
+        /// the faces have no value.
         std::uint32_t group = SurfaceAttributes::none;
         std::uint32_t material = SurfaceAttributes::none;
         std::uint64_t faces = 0;
         std::uint64_t corners = 0;
 
-        /// Of the fans around the first corner of each face.
+        /// Number of triangles if each face is a fan around its first corner.
         std::uint64_t Triangles() const { return corners - 2 * faces; }
     };
 
-    /// A face of a block: its number there, its first corner there, and its number in the source.
+    /// A face of a block: its index in the block, its first corner in the block, and its number in
+    /// the source.
     struct Face {
         std::size_t inBlock;
         std::size_t firstCorner;
@@ -38,22 +39,24 @@ public:
     /// Appends the words of a face to a list.
     using Describe = std::function<void(
         const FaceBlock& block, const Face& face, std::vector<std::uint32_t>& words)>;
-    /// Takes words of a part. Runs of one part follow each other; parts come in their order.
+    /// Receives words of a part. The words of one part arrive consecutively, and the parts arrive
+    /// in order.
     using Take = std::function<void(std::size_t part, const std::vector<std::uint32_t>& words)>;
 
-    /// \param keys  a sum of Keys. Cost: one pass over the faces. Borrows the source.
-    /// \param jobControl  of the constructor and of ForEachWord, which throw Cancelled. Borrowed.
+    /// \param keys  a combination of Keys. Cost: one pass over the faces. Borrows the source.
+    /// \param jobControl  used by the constructor and by ForEachWord, which throw Cancelled.
+    /// Borrowed.
     FaceParts(const MeshSource& source, unsigned keys, JobControl* jobControl = nullptr);
 
     const std::vector<Part>& Parts() const { return parts; }
 
-    /// Hands out the words of all faces, part by part.
+    /// Passes the words of all faces to `take`, part by part.
     ///
-    /// As sources are read only from front to back, each pass over the faces collects as many parts
-    /// as fit `maxWords` words; a part that is larger has a pass of its own and is not collected.
-    /// So there are at most 2 * words / maxWords + 1 passes.
-    /// \param wordsOf  how many words the faces of a part have together.
-    /// \param blockParts  what ReadFaces shall fill in, for `describe`.
+    /// A source can only be read from front to back, so each pass over the faces collects as many
+    /// parts as fit into `maxWords` words. A larger part has its own pass and is not collected.
+    /// There are at most 2 * words / maxWords + 1 passes.
+    /// \param wordsOf  returns the total number of words of the faces of a part.
+    /// \param blockParts  the lists that ReadFaces must fill for `describe`.
     void ForEachWord(const std::function<std::uint64_t(const Part&)>& wordsOf,
                      unsigned blockParts,
                      const Describe& describe,

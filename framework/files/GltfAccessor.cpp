@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// Elements that lie in the file, checked.
+/// A checked range of elements in the file.
 struct GltfAccessors::Span {
     const unsigned char* first = nullptr;
     std::size_t stride = 0;
@@ -37,7 +37,7 @@ float Share(const unsigned char* bytes, bool isNormalized) {
     return std::max(number / static_cast<float>(std::numeric_limits<Whole>::max()), -1.0f);
 }
 
-/// 0 for a type that is none.
+/// Returns 0 for an invalid type.
 std::size_t BytesOf(int type) {
     switch (type) {
         case TINYGLTF_COMPONENT_TYPE_BYTE:
@@ -122,7 +122,7 @@ GltfAccessors::Span GltfAccessors::Bytes(int view,
     const std::size_t stride = isStrided && from.byteStride != 0 ? from.byteStride : elementBytes;
     const bool viewFits =
         from.byteOffset <= buffer.size() && from.byteLength <= buffer.size() - from.byteOffset;
-    // In this order nothing wraps: the last element begins at (count - 1) * stride.
+    // This order avoids overflow: the last element begins at (count - 1) * stride.
     const bool fits =
         viewFits && stride >= elementBytes && offset <= from.byteLength &&
         (count == 0 || (elementBytes <= from.byteLength - offset &&
@@ -149,7 +149,7 @@ void GltfAccessors::ReadNumbers(int number,
         place.Refuse(what + " has no vectors of " + std::to_string(components) + " numbers");
     }
     if (length && accessor.count != *length) {
-        place.Refuse(what + " has " + std::to_string(accessor.count) + " elements in place of " +
+        place.Refuse(what + " has " + std::to_string(accessor.count) + " elements instead of " +
                      std::to_string(*length));
     }
     if (!length && accessor.bufferView < 0) {
@@ -208,7 +208,7 @@ void GltfAccessors::ReadNumbers(int number,
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t entry = LoadIndex(indexType, indices.first + i * indices.stride);
         if (entry >= accessor.count) {
-            place.Refuse(what + ": its sparse part names element " + std::to_string(entry) +
+            place.Refuse(what + ": its sparse part refers to element " + std::to_string(entry) +
                          " of " + std::to_string(accessor.count));
         }
         load(changes.first + i * changes.stride);
@@ -242,7 +242,7 @@ std::vector<std::uint32_t> GltfAccessors::ReadIndices(int number,
     const std::string what = Named(number);
     if (!IsIndexType(accessor.componentType) || ComponentsOf(accessor.type) != 1 ||
         accessor.sparse.isSparse || accessor.bufferView < 0) {
-        place.Refuse(what + " is no list of whole numbers");
+        place.Refuse(what + " is not a list of whole numbers");
     }
     const Span span = Bytes(accessor.bufferView,
                             accessor.byteOffset,
@@ -256,7 +256,7 @@ std::vector<std::uint32_t> GltfAccessors::ReadIndices(int number,
     for (std::size_t i = 0; i < accessor.count; ++i) {
         indices.push_back(LoadIndex(accessor.componentType, span.first + i * span.stride));
         if (indices.back() >= limit) {
-            place.Refuse(what + " names vertex " + std::to_string(indices.back()) + " of " +
+            place.Refuse(what + " refers to vertex " + std::to_string(indices.back()) + " of " +
                          std::to_string(limit));
         }
     }

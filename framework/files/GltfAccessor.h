@@ -12,17 +12,18 @@
 
 namespace trovik {
 
-/// Reads the lists of numbers of a glTF file, of any number type, strided, normalised, sparse.
+/// Reads the number lists of a glTF file. All number types, strided, normalised and sparse lists
+/// are supported.
 ///
-/// Nothing is allocated that the file's bytes do not back: a list without bytes of its own must be
-/// as long as the one that it belongs to.
-/// Errors: HostError naming the file, the part at hand, the accessor and the reason.
+/// Memory is allocated only for data that is present in the file: a list without bytes of its own
+/// must have the length of the list that it belongs to. Errors: HostError with the file, the
+/// current part, the accessor and the reason.
 class GltfAccessors {
 public:
     explicit GltfAccessors(const GltfDocument& opened) : document(opened) {}
 
-    /// Vectors of `count` numbers, all finite.
-    /// \param length  how many there must be; without it the list needs bytes of its own.
+    /// Reads vectors of `count` finite numbers.
+    /// \param length  the required length; if it is not set, the list must have bytes of its own.
     template <std::size_t count>
     std::vector<std::array<float, count>> Read(int accessor,
                                                std::optional<std::size_t> length,
@@ -43,14 +44,14 @@ public:
         return list;
     }
 
-    /// Vectors of three or four numbers; a missing alpha is 1.
-    /// \param hasAlpha  set where there are four.
+    /// Reads vectors of three or four numbers; a missing alpha is 1.
+    /// \param hasAlpha  set to true if there are four numbers.
     std::vector<std::array<float, 4>> ReadColors(int accessor,
                                                  std::size_t length,
                                                  const GltfPlace& place,
                                                  bool& hasAlpha) const;
 
-    /// Whole numbers below `limit`.
+    /// Reads integers below `limit`.
     std::vector<std::uint32_t> ReadIndices(int accessor,
                                            std::size_t limit,
                                            const GltfPlace& place) const;

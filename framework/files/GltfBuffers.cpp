@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 using Bytes = std::vector<unsigned char>;
 
-/// A URI with its percent signs resolved.
+/// Returns a URI with its percent escapes decoded.
 std::string Decoded(const std::string& uri) {
     const auto digit = [](char letter) {
         return letter >= '0' && letter <= '9'   ? letter - '0'
@@ -37,7 +37,7 @@ std::string Decoded(const std::string& uri) {
     return name;
 }
 
-/// The name as it can stand in a message of one line.
+/// Returns the name in a form that fits into a one-line message.
 std::string Shown(const std::string& name) {
     std::string shown;
     for (const char letter : name.substr(0, 100)) {
@@ -46,7 +46,7 @@ std::string Shown(const std::string& name) {
     return "'" + shown + "'";
 }
 
-/// The first `wanted` bytes of a file in the folder of the document or below.
+/// Reads the first `wanted` bytes of a file in the folder of the document or a subfolder.
 Bytes ReadBesides(const std::string& document,
                   const std::string& name,
                   std::uint64_t wanted,
@@ -57,10 +57,10 @@ Bytes ReadBesides(const std::string& document,
     }
     const auto refuseOutside = [&] {
         throw HostError(place + Shown(name) +
-                        " lies outside the folder of the file, and only files in it or below are "
-                        "read");
+                        " is outside the folder of the file; only files in that folder and its "
+                        "subfolders are read");
     };
-    // Checked before the file system is asked, so that no file outside is touched.
+    // Checked before the file system is accessed, so that no file outside the folder is opened.
     const fs::path plain = fs::path(name).lexically_normal();
     if (plain.is_absolute() || plain.empty() || *plain.begin() == "..") {
         refuseOutside();
@@ -104,7 +104,7 @@ Bytes ReadDataUri(const std::string& uri, std::uint64_t wanted, const std::strin
     std::string kind;
     if (!tinygltf::DecodeDataURI(&bytes, kind, uri, 0, false)) {
         throw HostError(place + "its data URI " + Shown(uri.substr(0, 40)) +
-                        " cannot be decoded, or holds nothing");
+                        " cannot be decoded or is empty");
     }
     if (bytes.size() < wanted) {
         throw HostError(place + "its data URI has " + std::to_string(bytes.size()) +

@@ -16,26 +16,27 @@ namespace trovik {
 class JobControl;
 
 /// The buffers of a glTF document that have a URI: data URIs, and files in the folder of the
-/// document or below, symbolic links followed.
+/// document or its subfolders, after symbolic links are resolved.
 ///
-/// tinygltf refuses buffers that are longer than their `byteLength`, although the format allows
-/// them, and reads any file that a link leads to. So these buffers are read here, and tinygltf gets
-/// a document in which each of them is a single byte.
+/// tinygltf rejects buffers that are longer than their `byteLength`, although the format allows
+/// them, and it reads any file that a link points to. Therefore these buffers are read here, and
+/// tinygltf receives a document in which each of them is a single byte.
 class GltfBuffers {
 public:
-    /// Reads them. A text that is not JSON, or without such buffers, has none; tinygltf reports
-    /// what is wrong with it. \throw HostError naming the file, the buffer and the reason.
+    /// Reads the buffers. If the text is not JSON or has no such buffers, there are none; tinygltf
+    /// reports the errors of the text.
+    /// \throw HostError with the file, the buffer and the reason.
     /// \throw Cancelled.
     GltfBuffers(const std::string& path, std::string_view json, JobControl* job);
 
     bool Empty() const { return contents.empty(); }
     /// The document for tinygltf.
     const std::string& Json() const { return changed; }
-    /// Puts the contents where tinygltf has put single bytes. To be called once.
+    /// Replaces the single bytes in the model by the contents. Called once.
     void MoveInto(tinygltf::Model& model);
 
 private:
-    /// By the number of the buffer.
+    /// The contents of the buffers, by their index.
     std::map<std::size_t, std::vector<unsigned char>> contents;
     std::string changed;
 };

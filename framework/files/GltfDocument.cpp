@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Far beyond any real file; the loader follows nesting by calling itself.
+/// Deeper than any real file; the loader recurses into nested values.
 constexpr int MaxDepth = 64;
 
 void CheckNesting(std::string_view json, const std::string& path) {
@@ -33,7 +33,8 @@ void CheckNesting(std::string_view json, const std::string& path) {
         } else if (letter == '[' || letter == '{') {
             if (++depth > MaxDepth) {
                 throw HostError(path + ", byte " + std::to_string(place) +
-                                " of its JSON: nested deeper than any real file");
+                                " of its JSON: nested more than " + std::to_string(MaxDepth) +
+                                " levels deep");
             }
         } else if (letter == ']' || letter == '}') {
             --depth;
@@ -41,7 +42,7 @@ void CheckNesting(std::string_view json, const std::string& path) {
     }
 }
 
-/// Where the JSON of a binary file stands; what is wrong with its chunks the loader tells.
+/// Offset of the JSON in a binary file; the loader reports faulty chunks.
 constexpr std::size_t JsonStart = 20;
 
 std::string_view JsonChunk(std::string_view content) {
@@ -53,7 +54,7 @@ std::string_view JsonChunk(std::string_view content) {
     return content.substr(JsonStart, length);
 }
 
-/// A binary file with other JSON.
+/// Returns the binary file with its JSON replaced.
 std::string WithJson(std::string_view content, std::string json) {
     const std::string_view after = content.substr(JsonStart + JsonChunk(content).size());
     json.resize((json.size() + 3) / 4 * 4, ' ');
@@ -69,17 +70,17 @@ std::string WithJson(std::string_view content, std::string json) {
     return changed;
 }
 
-/// The first line, since messages are one line.
+/// Returns the first line, because messages have one line.
 std::string FirstLine(const std::string& text) {
     const std::string line = text.substr(0, text.find('\n'));
     std::string shown;
     for (const char letter : line.substr(0, 200)) {
         shown += letter >= ' ' && letter <= '~' ? letter : '?';
     }
-    return shown.empty() ? "it is no glTF file" : shown;
+    return shown.empty() ? "it is not a glTF file" : shown;
 }
 
-/// The loader reads no files itself: buffers are read here, pictures not at all.
+/// The loader must not read files: buffers are read here, and images are not read at all.
 bool NoFileIsThere(const std::string&, void*) { return false; }
 
 std::string AsItIs(const std::string& name, void*) { return name; }
@@ -103,11 +104,11 @@ GltfDocument::GltfDocument(const std::string& filePath, JobControl* job) : path(
     InputFile file(path, job);
     const auto size = static_cast<std::size_t>(file.Remaining());
     if (size > std::numeric_limits<std::uint32_t>::max()) {
-        throw HostError(path + ": a glTF file of more than 4 GiB is not read");
+        throw HostError(path + ": glTF files of more than 4 GiB are not supported");
     }
     const unsigned char* bytes = size == 0 ? nullptr : file.Take(size);
     if (bytes == nullptr) {
-        throw HostError(path + ": the file is empty or was cut off");
+        throw HostError(path + ": the file is empty or truncated");
     }
     std::string_view content(reinterpret_cast<const char*>(bytes), size);
     const bool isBinary = content.starts_with("glTF");
@@ -150,7 +151,7 @@ void GltfPlace::Refuse(const std::string& reason) const { throw HostError(text +
 
 std::size_t GltfPlace::Checked(int number, std::size_t count, const char* what) const {
     if (number < 0 || static_cast<std::size_t>(number) >= count) {
-        Refuse(std::string("it names ") + what + " " + std::to_string(number) +
+        Refuse(std::string("it refers to ") + what + " " + std::to_string(number) +
                ", but there are only " + std::to_string(count));
     }
     return static_cast<std::size_t>(number);

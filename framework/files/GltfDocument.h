@@ -9,10 +9,11 @@
 
 namespace trovik {
 
-/// A glTF file taken apart, text (.gltf) or binary (.glb); which of the two its first bytes tell.
+/// A parsed glTF file, text (.gltf) or binary (.glb). The first bytes determine which of the two it
+/// is.
 ///
-/// Buffers that it names are read where GltfBuffers allows; pictures are not read.
-/// \throw HostError naming the file and the reason; Cancelled while the file is read.
+/// Buffers that it refers to are read if GltfBuffers permits it; images are not read.
+/// \throw HostError with the file and the reason; Cancelled while the file is read.
 class GltfDocument {
 public:
     explicit GltfDocument(const std::string& path, JobControl* job = nullptr);
@@ -40,7 +41,7 @@ public:
 
     /// \throw HostError "FILE: WHAT N: reason".
     [[noreturn]] void Refuse(const std::string& reason) const;
-    /// A number that names one of `count` things.
+    /// Returns a number that must be a valid index of one of `count` elements.
     std::size_t Checked(int number, std::size_t count, const char* what) const;
 
 private:

@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// UVs are finite, so that no number marks a vertex that no face has named yet.
+/// UVs are finite, so NaN marks a vertex that no face has used yet.
 constexpr float unnamed = std::numeric_limits<float>::quiet_NaN();
 
 bool IsSame(const std::array<float, 2>& a, const std::array<float, 2>& b) {
@@ -72,7 +72,8 @@ void GltfLayout::FindCopies(const std::string& path, JobControl* job) {
             }
         }
         if (source.VertexCount() + copies.size() >= none) {
-            throw HostError(path + ": the texture's seams need more vertices than can be numbered");
+            throw HostError(
+                path + ": the texture seams need more vertices than a 32-bit index can address");
         }
     });
 }
@@ -118,7 +119,7 @@ GltfBox GltfLayout::PositionBox(JobControl* job) const {
     return box;
 }
 
-// What the target does not move it moves by zero.
+// Vertices that the target does not move have offset zero.
 GltfBox GltfLayout::MorphBox(std::size_t target) const {
     GltfBox box;
     const MorphTarget& morph = source.MorphTargets()[target];

@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// A vertex once more, with another texture coordinate.
+/// A duplicate of a vertex with another texture coordinate.
 struct GltfCopy {
     std::uint32_t vertex;
     std::array<float, 2> uv;
@@ -23,11 +23,11 @@ struct GltfBox {
     std::array<float, 3> high = {};
 };
 
-/// Which vertices a glTF file has: those of the mesh, in order, and behind them a copy for each
-/// further texture coordinate of a vertex, in the order in which faces name them.
+/// The vertices of a glTF file: those of the mesh, in order, followed by a copy for each further
+/// texture coordinate of a vertex, in the order in which faces use them.
 class GltfLayout {
 public:
-    /// \throw HostError naming the path when there are more vertices than can be numbered.
+    /// \throw HostError with the path if there are too many vertices for the index type.
     /// \throw Cancelled.
     GltfLayout(const MeshSource& source, const std::string& path, JobControl* job = nullptr);
 
@@ -35,12 +35,12 @@ public:
     std::uint64_t TriangleCount() const { return source.CornerCount() - 2 * source.FaceCount(); }
     bool HasCopies() const { return !copies.empty(); }
     const std::vector<GltfCopy>& Copies() const { return copies; }
-    /// The mesh's vertex that a vertex of the file is, or is a copy of.
+    /// Returns the vertex of the mesh that a vertex of the file is, or is a copy of.
     std::uint32_t Original(std::uint32_t vertex) const {
         return vertex < source.VertexCount() ? vertex
                                              : copies[vertex - source.VertexCount()].vertex;
     }
-    /// Calls `take(number of the copy)` for the copies of a vertex of the mesh.
+    /// Calls `take(index of the copy)` for the copies of a vertex of the mesh.
     template <class Take>
     void ForEachCopyOf(std::uint32_t vertex, Take take) const {
         const auto first = copiesOf.find(vertex);
@@ -49,13 +49,13 @@ public:
             take(std::size_t{copy});
         }
     }
-    /// The vertex of a corner of a block that has UVs, where there are copies.
+    /// Returns the vertex of a corner of a block that has UVs, taking copies into account.
     std::uint32_t VertexOf(const FaceBlock& block, std::size_t corner) const;
-    /// UVs of all vertices; files count v downwards.
+    /// Writes the UVs of all vertices; in glTF files v points down.
     void WriteUvs(GltfSink& sink, JobControl* job) const;
 
     GltfBox PositionBox(JobControl* job) const;
-    /// The vertices of the file that a morph target moves, rising.
+    /// The vertices of the file that a morph target moves, ascending.
     const std::vector<std::uint32_t>& MorphVertices(std::size_t target) const {
         return morphVertices[target];
     }
@@ -68,10 +68,10 @@ private:
     std::uint32_t CopyOf(std::uint32_t vertex, const std::array<float, 2>& uv) const;
 
     const MeshSource& source;
-    /// Of each vertex the UV that a face first names; only where UVs do not follow vertices.
+    /// For each vertex, the UV of the first face that uses it; empty if UVs follow vertices.
     std::vector<std::array<float, 2>> firstUvs;
     std::vector<GltfCopy> copies;
-    /// The copies of a vertex: the first, and of each copy the next.
+    /// Linked lists of copies: the first copy of each vertex, and the next one of each copy.
     std::unordered_map<std::uint32_t, std::uint32_t> copiesOf;
     std::vector<std::uint32_t> nextCopy;
     std::vector<std::vector<std::uint32_t>> morphVertices;

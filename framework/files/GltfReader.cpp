@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// tinygltf takes the JSON, the chunks and the buffers apart. It checks no number that points from
-// one part to another, so everything is checked here before it is followed.
+// tinygltf parses the JSON, the chunks and the buffers. It does not check the indices with which
+// one part refers to another, so every index is checked here before it is used.
 #include "framework/errors/HostError.h"
 #include "framework/files/GltfAccessor.h"
 #include "framework/files/GltfDocument.h"
@@ -51,13 +50,13 @@ private:
                 name.starts_with("KHR_texture_") || name.starts_with("KHR_lights_");
             if (!isHarmless) {
                 throw HostError(document.Path() + ": the file requires the extension '" +
-                                name.substr(0, 60) + "', which is not read");
+                                name.substr(0, 60) + "', which is not supported");
             }
         }
     }
 
-    /// The nodes of the scene from its roots, children in order. Without a scene, nodes that are no
-    /// children are roots; without nodes all meshes are shown.
+    /// Visits the nodes of the scene from its roots, children in order. If there is no scene, the
+    /// nodes without a parent are roots; if there are no nodes, all meshes are used.
     void WalkNodes() {
         if (model.nodes.empty()) {
             for (std::size_t number = 0; number < model.meshes.size(); ++number) {
@@ -98,7 +97,7 @@ private:
                 model.defaultScene < 0 ? 0 : static_cast<std::size_t>(model.defaultScene);
             if (number >= model.scenes.size()) {
                 throw HostError(document.Path() + ": scene " + std::to_string(number) +
-                                " is to be shown, but there are only " +
+                                " is the default scene, but the number of scenes is " +
                                 std::to_string(model.scenes.size()));
             }
             const GltfPlace place(document, "scene", number);
@@ -124,7 +123,8 @@ private:
 
     void AddMesh(std::size_t number, const GltfTransform& transform, const tinygltf::Node* node) {
         const tinygltf::Mesh& part = model.meshes[number];
-        // Primitives of one mesh are one surface; other meshes only lie beside it.
+        // The primitives of one mesh form one surface. Vertices of different meshes are never
+        // welded.
         weld = VertexWeld();
         vertices = Vertices();
         const std::string name = node != nullptr && !node->name.empty() ? node->name : part.name;
@@ -140,7 +140,7 @@ private:
         shownMeshes += std::size_t{mesh.faceSizes.size() > before};
     }
 
-    /// Notes which part the faces belong to that came since the last one ended.
+    /// Assigns the faces that were added since the last call to a part.
     void EndPart(const std::string& name, const tinygltf::Primitive& primitive) {
         if (mesh.faceSizes.size() == (parts.empty() ? std::size_t{0} : parts.back().facesSoFar)) {
             return;
@@ -163,10 +163,10 @@ private:
         constexpr int Fan = 6;
         const int mode = primitive.mode < 0 ? Triangles : primitive.mode;
         if (mode != Triangles && mode != Strip && mode != Fan) {
-            // Points and lines are no surface.
+            // Points and lines are skipped.
             return;
         }
-        // Primitives of several groups or materials often have their vertices in common.
+        // Primitives of different groups or materials often share their vertices.
         const bool isKnown = vertices.primitive != nullptr &&
                              vertices.primitive->attributes == primitive.attributes &&
                              vertices.primitive->targets == primitive.targets;
@@ -181,11 +181,11 @@ private:
 
     /// The vertices of a primitive.
     struct Vertices {
-        /// Null for none.
+        /// Null if no primitive has been read.
         const tinygltf::Primitive* primitive = nullptr;
-        /// Their numbers in the mesh.
+        /// Their vertex numbers in the mesh.
         std::vector<std::uint32_t> numbers;
-        /// The number of the first one's UV; SurfaceAttributes::none without UVs.
+        /// UV index of the first vertex; SurfaceAttributes::none if there are no UVs.
         std::uint32_t firstUv = SurfaceAttributes::none;
     };
 
@@ -224,13 +224,13 @@ private:
             hasUvs = true;
         }
         for (const std::array<float, 2>& uv : uvs) {
-            // Files count downwards from the top of the picture.
+            // In glTF files v points down from the top of the image.
             mesh.attributes.uvs.push_back({uv[0], 1.0f - uv[1]});
         }
         return read;
     }
 
-    /// With the morph targets blended in.
+    /// Reads the positions with morph targets applied.
     std::vector<std::array<float, 3>> ReadPositions(const tinygltf::Primitive& primitive,
                                                     const std::vector<double>& weights,
                                                     const GltfPlace& place) const {
@@ -257,7 +257,7 @@ private:
         return positions;
     }
 
-    /// The numbers of the file's vertices in the mesh.
+    /// Adds the vertices of the file and returns their numbers in the mesh.
     std::vector<std::uint32_t> AddVertices(const std::vector<std::array<float, 3>>& positions,
                                            const GltfTransform& transform,
                                            const GltfPlace& place) {
@@ -268,7 +268,7 @@ private:
             phase.Add();
             const std::array<float, 3> moved = Moved(transform, position);
             if (mesh.positions.size() >= SurfaceAttributes::none - 1) {
-                place.Refuse("the file has more vertices than can be numbered");
+                place.Refuse("the file has more vertices than a 32-bit index can address");
             }
             const auto [number, isNew] =
                 weld.Number(moved, static_cast<std::uint32_t>(mesh.positions.size()));
@@ -281,7 +281,8 @@ private:
         return numbers;
     }
 
-    /// Normals are kept where all vertices have one, and those that became one vertex the same.
+    /// Normals are kept only if all vertices have one, and if the vertices that were welded have
+    /// the same one.
     void AddNormals(const std::vector<std::uint32_t>& numbers,
                     const std::vector<std::array<float, 3>>& normals,
                     const GltfTransform& transform,
@@ -314,7 +315,7 @@ private:
         }
         hasColors = true;
         for (std::size_t vertex = numbers.size(); vertex-- > 0;) {
-            // Backwards, so that of several the first one stays.
+            // Iterates backwards, so that the first of several colours remains.
             if (numbers[vertex] >= before) {
                 all[numbers[vertex]] = colors[vertex];
             }
@@ -338,7 +339,7 @@ private:
         if (!isStrip && !isFan) {
             if (order.size() % 3 != 0) {
                 place.Refuse("its " + std::to_string(order.size()) +
-                             " corners are no whole number of triangles");
+                             " corners are not a multiple of 3");
             }
             return order;
         }
@@ -349,7 +350,7 @@ private:
             const std::uint32_t triangle[] = {order[isStrip ? first + turned : first],
                                               order[isStrip ? last - 1 - turned : last - 1],
                                               order[last]};
-            // Strips are joined by triangles that are none on purpose.
+            // Strips may be joined by degenerate triangles on purpose.
             if (triangle[0] != triangle[1] && triangle[1] != triangle[2] &&
                 triangle[2] != triangle[0]) {
                 corners.insert(corners.end(), std::begin(triangle), std::end(triangle));
@@ -395,7 +396,7 @@ private:
         mesh.attributes.faceMaterials.resize(mesh.faceSizes.size(), number);
     }
 
-    /// Drops what tells nothing.
+    /// Removes attributes that carry no information.
     void Finish() {
         SurfaceAttributes& attributes = mesh.attributes;
         attributes.space = {1.0, UpAxis::Y};
@@ -420,7 +421,7 @@ private:
         }
     }
 
-    /// Faces belong to the group of their primitive, else to their mesh if there are several.
+    /// Faces belong to the group of their primitive, or else to their mesh if there are several.
     void NumberGroups() {
         SurfaceAttributes& attributes = mesh.attributes;
         std::map<std::string, std::uint32_t> groups;
@@ -443,7 +444,7 @@ private:
     struct Part {
         std::string name;
         std::optional<std::string> group;
-        /// The number of the mesh among those that are shown.
+        /// Index of the mesh among those in the scene.
         std::size_t mesh;
         std::size_t facesSoFar;
     };

@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// A matrix column by column, as in the files: columns are the images of the axes, and the
+/// A matrix in column order, as in glTF files: the columns are the images of the axes, and the
 /// translation.
 using GltfTransform = std::array<double, 16>;
 
@@ -17,10 +17,12 @@ GltfTransform Product(const GltfTransform& a, const GltfTransform& b);
 double Determinant(const GltfTransform& m);
 std::array<float, 3> Moved(const GltfTransform& m, const std::array<float, 3>& p);
 
-/// Normals go by the cofactors, which are the inverse, transposed, but for the length and the sign.
+/// Transforms a normal by the cofactor matrix, which equals the inverse transpose up to length and
+/// sign.
 std::array<float, 3> Turned(const GltfTransform& m, double sign, const std::array<float, 3>& n);
 
-/// The transform of a node relative to its parent. \throw HostError if it is not finite.
+/// Returns the transform of a node relative to its parent.
+/// \throw HostError if it is not finite.
 GltfTransform LocalTransform(const tinygltf::Node& node, const GltfPlace& place);
 
 }  // namespace trovik

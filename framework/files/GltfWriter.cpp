@@ -27,7 +27,7 @@ constexpr int IndexType = 5125;
 constexpr int VertexView = 34962;
 constexpr int IndexView = 34963;
 
-/// Describes the parts of the buffer, in the order in which they are written.
+/// Describes the parts of the buffer in the order in which they are written.
 class GltfDescription {
 public:
     /// \param name  of the mesh and its node.
@@ -80,7 +80,8 @@ public:
 
     std::uint64_t BufferBytes() const { return bytes; }
 
-    /// The text without its buffers, which come behind it; so it ends before the closing brace.
+    /// Returns the text up to the buffers. The closing brace is missing, because the buffers
+    /// follow.
     std::string OpenText() const {
         std::string text = document.dump(-1, ' ', false, json::error_handler_t::replace);
         text.pop_back();
@@ -88,7 +89,7 @@ public:
     }
 
 private:
-    /// \param target  what the GPU uses the view for; 0 for sparse parts, which must not state it.
+    /// \param target  the GPU use of the view; 0 for sparse parts, which must not specify it.
     std::size_t AddView(std::uint64_t length, int target = 0) {
         views.push_back({{"buffer", 0}, {"byteOffset", bytes}, {"byteLength", length}});
         if (target != 0) {
@@ -117,8 +118,8 @@ private:
         return accessors.size() - 1;
     }
 
-    /// One primitive for each group and material, all over the same vertices. The format has no
-    /// groups within a mesh, so their names are extras, which the reader understands.
+    /// Adds one primitive per group and material, all with the same vertices. The format has no
+    /// groups within a mesh, so group names are extras, which the reader supports.
     json AddPrimitives(const MeshSource& source, const GltfLayout& layout, const FaceParts& parts) {
         const std::size_t view = AddView(layout.TriangleCount() * 12, IndexView);
         std::unordered_map<std::uint32_t, std::size_t> materialOf;
@@ -132,7 +133,7 @@ private:
             if (part.material != SurfaceAttributes::none) {
                 const auto [entry, isNew] = materialOf.try_emplace(part.material, materials.size());
                 if (isNew) {
-                    // Without this the material would be a metal.
+                    // The default of the format would make the material a metal.
                     materials.push_back({{"name", source.MaterialNames()[part.material]},
                                          {"pbrMetallicRoughness", {{"metallicFactor", 0}}}});
                 }
@@ -146,7 +147,7 @@ private:
         return primitives;
     }
 
-    /// Layers touch a part of the vertices, so their offsets are sparse.
+    /// Layers touch only some of the vertices, so their offsets are sparse.
     void AddMorphTargets(const MeshSource& source,
                          const GltfLayout& layout,
                          json& primitives,
@@ -191,7 +192,7 @@ private:
     std::uint64_t bytes = 0;
 };
 
-/// Vertices first, then the copies that seams of the texture need.
+/// Writes the vertices, then the copies that texture seams require.
 void WriteVertices(GltfSink& sink,
                    const MeshSource& source,
                    const GltfLayout& layout,
@@ -206,7 +207,7 @@ void WriteVertices(GltfSink& sink,
         sink.Floats(source.BasePosition(copy.vertex));
     }
     phase.Finish();
-    // What a copy repeats is kept on the way past its vertex.
+    // The values that copies repeat are saved when their vertex is visited.
     const auto repeated = [&](unsigned part, auto list, auto& kept) {
         const auto take = [&, first = std::uint32_t{0}](const VertexBlock& block) mutable {
             for (const auto& entry : block.*list) {
@@ -311,7 +312,7 @@ void WriteGltf(const std::string& path, const MeshSource& source, bool isBinary,
             FileHeader + ChunkHeader * 2 + text.size() + description.BufferBytes();
         if (total > std::numeric_limits<std::uint32_t>::max()) {
             throw HostError(path +
-                            ": a binary glTF file holds at most 4 GiB, and this mesh needs " +
+                            ": a binary glTF file is limited to 4 GiB, but this mesh needs " +
                             std::to_string(total) + " bytes");
         }
     }

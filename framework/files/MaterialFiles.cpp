@@ -23,7 +23,7 @@ constexpr std::string_view CopyMark = "# Copied by trovik from ";
 constexpr std::uint64_t MaxBytes = std::uint64_t{16} << 20;
 constexpr std::string_view Digits = "0123456789";
 
-/// With symbolic links followed as far as the path exists, so that relative paths lead back.
+/// Resolves symbolic links as far as the path exists, so that relative paths are correct.
 fs::path Resolved(const fs::path& path) {
     std::error_code failed;
     fs::path resolved = fs::weakly_canonical(fs::absolute(path, failed), failed);
@@ -34,7 +34,7 @@ bool IsBelow(const fs::path& relative) {
     return !relative.empty() && relative.is_relative() && *relative.begin() != "..";
 }
 
-/// Nothing if the file cannot be read or is not text.
+/// Returns nothing if the file cannot be read or is not text.
 std::optional<std::string> TextOf(const fs::path& path) {
     try {
         if (RegularFileSize(path.string()) > MaxBytes) {
@@ -61,8 +61,8 @@ bool IsNumber(std::string_view word) {
            word.find_first_of(Digits) != std::string_view::npos;
 }
 
-/// Takes the options of a texture statement off its front: words that begin with a dash, each with
-/// its values. What remains is the name of the file, which may contain blanks.
+/// Removes the options at the start of a texture statement: words that begin with a dash, each with
+/// its values. The rest is the name of the file, which may contain blanks.
 void SkipTextureOptions(std::string_view& text) {
     for (;;) {
         std::string_view rest = text;
@@ -76,7 +76,7 @@ void SkipTextureOptions(std::string_view& text) {
         if (!takesNumbers) {
             TakeWord(rest);
         }
-        // Of up to three numbers the later ones may be missing.
+        // There are up to three numbers, of which the last ones may be missing.
         for (int value = 0; takesNumbers && value < 3; ++value) {
             std::string_view after = rest;
             if (!IsNumber(TakeWord(after))) {
@@ -88,7 +88,7 @@ void SkipTextureOptions(std::string_view& text) {
     }
 }
 
-/// A line of a material file, its texture named as seen from `to` instead of `from`.
+/// Returns a line of a material file with its texture path made relative to `to` instead of `from`.
 std::string Relinked(std::string_view line, const fs::path& from, const fs::path& to) {
     std::string_view rest = line;
     if (!NamesTexture(TakeWord(rest))) {
@@ -105,7 +105,7 @@ std::string Relinked(std::string_view line, const fs::path& from, const fs::path
     return std::string(line.substr(0, line.size() - rest.size())) + " " + texture.generic_string();
 }
 
-/// The first line of a copy. Different sources have different lines.
+/// Returns the first line of a copy, which is different for each source.
 std::string CopyLine(const fs::path& source, const fs::path& folder) {
     std::string line(CopyMark);
     for (const char letter : source.lexically_proximate(folder).generic_string()) {
@@ -138,7 +138,8 @@ std::string CopyOf(std::string_view text, const fs::path& source, const fs::path
     return copy;
 }
 
-/// The path of a copy in the folder: an unused one, or that of an earlier copy of this source.
+/// Returns the path of a copy in the folder: an unused one, or that of an earlier copy of this
+/// source.
 fs::path NameForCopy(const fs::path& source,
                      const fs::path& folder,
                      const std::vector<std::string>& taken) {
@@ -150,7 +151,7 @@ fs::path NameForCopy(const fs::path& source,
         std::error_code failed;
         const fs::file_status status = fs::symlink_status(path, failed);
         const bool isTaken = std::find(taken.begin(), taken.end(), path.string()) != taken.end();
-        // The file that a link leads to can lie in any folder.
+        // The target of a link may be in any folder.
         if (isTaken || fs::is_symlink(status)) {
             continue;
         }

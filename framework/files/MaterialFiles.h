@@ -6,27 +6,27 @@
 
 namespace trovik {
 
-/// How an OBJ file refers to its material files.
+/// The references of an OBJ file to its material files.
 struct PlacedMaterialFiles {
-    /// For statements `mtllib`: paths relative to the folder of the OBJ file, with slashes.
+    /// For `mtllib` statements: paths relative to the folder of the OBJ file, with slashes.
     std::vector<std::string> references;
-    /// Copies that were made.
+    /// Copies that were written.
     std::vector<std::string> written;
 };
 
-/// Makes material files (.mtl) reachable from an OBJ file.
+/// Makes material files (.mtl) accessible from an OBJ file.
 ///
-/// A file in the folder of the OBJ file or below it is referred to where it is. Any other file is
-/// copied into that folder; the paths of textures in the copy are changed so that they still lead
-/// to the same images. A copy begins with a comment that names the original by its path relative to
+/// A file in the folder of the OBJ file or a subfolder is referenced directly. Any other file is
+/// copied into that folder, and the texture paths in the copy are adjusted so that they refer to
+/// the same images. A copy starts with a comment that contains the path of the original relative to
 /// the folder. It replaces an earlier copy of the same original. If its name belongs to any other
-/// file or to a symbolic link, "-2", "-3" and so on is appended to the name. An equal copy is left
-/// untouched. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl or not text
-/// is not copied but referred to by its relative path.
+/// file or to a symbolic link, "-2", "-3" and so on is appended to the name. An identical copy is
+/// not rewritten. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl or not
+/// text is not copied, and is referenced by its relative path.
 ///
-/// \param objPath  the OBJ file; it need not exist yet, its folder must.
+/// \param objPath  the OBJ file; it need not exist yet, but its folder must.
 /// \param files  paths, absolute or relative to the working directory.
-/// \throw HostError naming a copy that cannot be written, and the system's reason.
+/// \throw HostError with the copy that cannot be written and the reason given by the system.
 PlacedMaterialFiles PlaceMaterialFiles(const std::string& objPath,
                                        const std::vector<std::string>& files);
 

@@ -8,119 +8,133 @@
 #include <vector>
 
 /// \file
-/// Mesh files: OBJ, PLY, STL and glTF in and out, USD out. docs/mesh-files.md describes what each
-/// format keeps. All functions may be called from any thread. Those that take a JobControl throw
-/// Cancelled when it cancels; a file that was being written is then as it was.
+/// Mesh files: import and export of OBJ, PLY, STL and glTF, export of USD. docs/mesh-files.md
+/// describes the data that each format preserves. All functions are thread-safe. Functions with a
+/// JobControl throw Cancelled when it is cancelled; a file that was being written then has its old
+/// content.
 namespace trovik {
 
-/// Reads a mesh file, its format chosen by the extension in any case: `.obj`, `.ply`, `.stl`,
-/// `.gltf`, `.glb`. What each format keeps is told in docs/mesh-files.md.
+/// Reads a mesh file. The extension, in any case, selects the format: `.obj`, `.ply`, `.stl`,
+/// `.gltf` or `.glb`. docs/mesh-files.md describes the data that each format preserves.
 ///
-/// Vertices, also those that no face uses, faces and corners keep the order of the file. Faces that
-/// name a vertex twice are left out and `notes` counts them. The result has passed
-/// CheckPolygonMesh. \throw HostError for another extension, and whatever the format's reader
-/// throws.
+/// Vertices (including those without faces), faces and corners keep the order of the file. Faces
+/// that use a vertex twice are skipped and counted in `notes`. The result has passed
+/// CheckPolygonMesh.
+/// \throw HostError for any other extension, and the errors of the reader of the format.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = nullptr);
 
-/// Writes a mesh file, its format chosen by the extension in any case: `.obj`, `.ply` in binary
-/// little endian, `.stl` in binary, `.gltf`, `.glb`, `.usda`.
-/// \throw HostError for another extension, and naming the file and the system's reason.
+/// Writes a mesh file. The extension, in any case, selects the format: `.obj`, `.ply` (binary
+/// little-endian), `.stl` (binary), `.gltf`, `.glb` or `.usda`.
+/// \throw HostError for any other extension, or with the file and the reason given by the system.
 TROVIK_API void WriteMeshFile(const std::string& path, const PolygonMesh& mesh);
 
-/// How the numbers of a PLY file are stored.
+/// The encoding of the numbers in a PLY file.
 enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 
 /// Reads the polygons of an OBJ file.
 ///
-/// All groups and objects make one mesh, in file order; `name` is that of the first object, or of
-/// the first group where there is no object. Coordinates are the floats nearest to their text,
-/// whatever the locale; a fourth coordinate is skipped. Corners may name vertices and texture
-/// coordinates counted from the end, and those that come later in the file. Normals are taken
-/// where the file has them per vertex: as many as positions, and each corner naming the same
-/// number for both. Colours are taken where all vertices have three or four numbers behind their
-/// coordinates. Group names are those of `g`, or of `o` where no `g` follows it; material names
-/// those of `usemtl`, smoothing groups those of `s`. `materialFiles` are the files of `mtllib`,
-/// relative to the folder of the OBJ file; they are not opened. Comments `# units mm` and
-/// `# up z`, as WriteObj writes them, specify units and axis. Lines, points and curves are
-/// skipped.
-/// Memory: the result and a buffer as long as the longest line (at most 64 MiB).
-/// \throw HostError naming the file, the line and the reason.
+/// - All groups and objects form one mesh, in file order. `name` is that of the first object, or of
+///   the first group if there is no object.
+/// - Coordinates are the floats nearest to their text, in any locale; a fourth coordinate is
+///   ignored.
+/// - Corners may refer to vertices and texture coordinates counted from the end, and to those that
+///   follow later in the file.
+/// - Normals are read if the file has them per vertex: as many as positions, with the same number
+///   for both at each corner.
+/// - Colours are read if all vertices have three or four numbers after their coordinates.
+/// - Group names are those of `g`, or of `o` if no `g` follows it. Material names are those of
+///   `usemtl`, smoothing groups those of `s`.
+/// - `materialFiles` are the files of `mtllib`, relative to the folder of the OBJ file; they are
+///   not opened.
+/// - The comments `# units mm` and `# up z`, which WriteObj writes, specify units and axis.
+/// - Lines, points and curves are skipped.
+///
+/// Memory: the result and a buffer for the longest line (at most 64 MiB).
+/// \throw HostError with the file, the line and the reason.
 TROVIK_API PolygonMesh ReadObj(const std::string& path, JobControl* job = nullptr);
 
-/// Writes an OBJ file. Each coordinate gets as many digits as bring its float back bit for bit
-/// (never more than nine). The file is complete or not there: see OutputFile.
-/// \throw HostError naming the file and the system's reason.
+/// Writes an OBJ file. Each coordinate has enough digits to restore its float exactly (at most
+/// nine). The file is written completely or not at all: see OutputFile.
+/// \throw HostError with the file and the reason given by the system.
 TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 
 /// Reads the polygons of a PLY file in any of its three encodings.
 ///
-/// Wanted are the elements `vertex` (scalar x, y, z; nx, ny, nz where all three are there) and
-/// `face` (list `vertex_indices` or `vertex_index`); they and their properties may come in any
-/// order and number type. Taken as well are UVs (s and t, u and v, or texture_u and texture_v of
-/// vertices; else the list `texcoord` of faces) and colours of vertices (red, green, blue, alpha:
-/// whole numbers are 255ths, of 16 bits 65535ths). Everything else is skipped. `obj_info name`,
-/// `obj_info units` and `obj_info up` are those that WritePly leaves in the header.
-/// Equal UVs of the corners of a vertex become one entry of the list.
-/// Memory: in proportion to the file's size, whatever its header promises.
-/// \throw HostError naming the file, the line or byte, the element with its row, and the reason.
+/// - The elements `vertex` (scalar x, y, z; nx, ny, nz if all three are present) and `face` (list
+///   `vertex_indices` or `vertex_index`) are read. Elements and properties may have any order and
+///   number type.
+/// - UVs are read from the vertices (s and t, u and v, or texture_u and texture_v), otherwise from
+///   the list `texcoord` of faces. Equal UVs at the corners of a vertex become one entry of the
+///   list.
+/// - Colours are read from the vertices (red, green, blue, alpha). Integers are in units of 1/255,
+///   or 1/65535 for 16 bits.
+/// - `obj_info name`, `obj_info units` and `obj_info up` are the lines that WritePly writes in the
+///   header.
+/// - All other data is skipped.
+///
+/// Memory: proportional to the size of the file, regardless of the counts in its header.
+/// \throw HostError with the file, the line or byte, the element and its row, and the reason.
 TROVIK_API PolygonMesh ReadPly(const std::string& path, JobControl* job = nullptr);
 
-/// Writes a PLY file: positions and normals as floats, faces as lists; UVs as s and t of vertices
-/// where the mesh has no seams, else as the list `texcoord` of faces; colours as bytes where bytes
-/// hold them, else as floats. Binary encodings keep every
-/// bit; text has as many digits as WriteObj. The file is complete or not there: see OutputFile.
-/// \throw HostError naming the file and the system's reason.
+/// Writes a PLY file: positions and normals as floats, faces as lists. UVs are s and t of vertices
+/// if the mesh has no seams, otherwise the list `texcoord` of faces. Colours are bytes if bytes
+/// represent them exactly, otherwise floats. Binary encodings are bit-exact; text has as many
+/// digits as WriteObj. The file is written completely or not at all: see OutputFile.
+/// \throw HostError with the file and the reason given by the system.
 TROVIK_API void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding);
 
-/// How the numbers of an STL file are stored.
+/// The encoding of the numbers in an STL file.
 enum class StlEncoding { Text, Binary };
 
-/// Reads the triangles of an STL file, text or binary: what begins with `solid` and is not as long
-/// as a binary file of its count is text.
+/// Reads the triangles of an STL file, text or binary. A file is text if it begins with `solid` and
+/// its length does not match the triangle count of a binary file.
 ///
-/// Corners of the same position become one vertex: by exact bits, a zero counting as zero with
-/// either sign. Triangles with two corners of one position are left out and counted in `notes`,
-/// and their vertices are not added. Normals are not read;
-/// several solids become groups.
-/// Memory: in proportion to the file's size.
-/// \throw HostError naming the file, the line or byte, and the reason.
+/// Corners with the same position become one vertex; positions are compared bitwise, except that 0
+/// equals -0. Triangles with two corners at the same position are skipped and counted in `notes`,
+/// and their vertices are not added. Normals are not read; several solids become groups. Memory:
+/// proportional to the size of the file.
+/// \throw HostError with the file, the line or byte, and the reason.
 TROVIK_API PolygonMesh ReadStl(const std::string& path, JobControl* job = nullptr);
 
-/// Writes an STL file. Faces of more than three corners become fans around their first corner.
-/// The file is complete or not there: see OutputFile.
-/// \throw HostError naming the file and the system's reason.
+/// Writes an STL file. Faces with more than three corners become fans around their first corner.
+/// The file is written completely or not at all: see OutputFile.
+/// \throw HostError with the file and the reason given by the system.
 TROVIK_API void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEncoding encoding);
 
 /// Reads the triangles of a glTF 2.0 file, text or binary.
 ///
-/// Everything that the scene shows becomes one mesh in the order of its nodes: transformations are
-/// applied, morph targets are blended by their weights, skins and animations are passed over.
-/// Vertices of one mesh of the file that have the same position, by exact bits, become one vertex,
-/// so that seams of a texture do not tear the surface. Taken are normals, TEXCOORD_0, COLOR_0 and
-/// names of materials; several meshes become groups, and so do primitives that WriteMeshFile
-/// marked with a group. Triangles with two corners of one position are left out and counted in
-/// `notes`. Buffers that the document names are read if they lie in its folder or below; what a
-/// buffer has behind its `byteLength` is ignored.
-/// Memory: in proportion to the file's size, and to what its nodes show.
-/// \throw HostError naming the file, the part of the document, and the reason.
+/// - All meshes of the scene form one mesh, in the order of the nodes. Transforms are applied,
+///   morph targets are blended by their weights, and skins and animations are ignored.
+/// - Vertices of one mesh of the file with bitwise equal positions become one vertex, so that
+///   texture seams do not separate the surface.
+/// - Normals, TEXCOORD_0, COLOR_0 and names of materials are read. Several meshes become groups,
+///   and so do primitives that WriteMeshFile marked with a group.
+/// - Triangles with two corners at the same position are skipped and counted in `notes`.
+/// - Buffers that the document refers to are read if they are in its folder or a subfolder; bytes
+///   of a buffer after its `byteLength` are ignored.
+///
+/// Memory: proportional to the size of the file and to the meshes that its nodes contain.
+/// \throw HostError with the file, the part of the document, and the reason.
 TROVIK_API PolygonMesh ReadGltf(const std::string& path, JobControl* job = nullptr);
 
-/// \throw HostError for a name whose extension is not that of a mesh format that can be written.
+/// \throw HostError if the extension is not that of a mesh format that can be written.
 TROVIK_API void RequireWritableMesh(const std::string& path);
 
-/// Writes a mesh in the format of the file's extension; see docs/mesh-files.md.
-/// \return further files that were written: copies of material files, for OBJ.
-/// \throw HostError for another extension, for numbers that are not finite, and naming the file and
-/// the system's reason.
-/// Memory: a few megabytes beside the source's own, whatever the size of the mesh; glTF files of
-/// meshes with UV seams take 8 bytes a vertex more, and glTF and USD files of meshes with groups or
-/// materials up to 64 MiB.
+/// Writes a mesh in the format that the extension selects; see docs/mesh-files.md.
+/// \return additional files that were written: copies of material files, for OBJ.
+/// \throw HostError for any other extension, for numbers that are not finite, or with the file and
+/// the reason given by the system.
+/// Memory: a few megabytes in addition to that of the source, regardless of the size of the mesh.
+/// glTF files of meshes with UV seams need 8 more bytes per vertex; glTF and USD files of meshes
+/// with groups or materials need up to 64 MiB.
 TROVIK_API std::vector<std::string> WriteMeshFile(const std::string& path,
                                                   const MeshSource& source,
                                                   JobControl* job = nullptr);
 
-/// The space in which a file of this name is written when `asked` is asked for and the mesh is of
-/// space `present`. \throw HostError where the format does not allow what is asked for.
+/// Returns the space in which a file of this name is written.
+/// \param present  the space of the mesh.
+/// \param asked  the requested space.
+/// \throw HostError if the format does not support the requested space.
 TROVIK_API MeshSpace SpaceForFile(const std::string& path,
                                   const MeshSpace& present,
                                   const MeshSpace& asked);

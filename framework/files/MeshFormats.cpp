@@ -28,9 +28,8 @@ PolygonMesh ReadMeshFile(const std::string& path, JobControl* job) {
     if (IsGltf(extension)) {
         return ReadGltf(path, job);
     }
-    throw HostError(path +
-                    ": cannot be read as a mesh, since its name ends in none of .obj, .ply, .stl, "
-                    ".gltf, .glb");
+    throw HostError(
+        path + ": cannot be read as a mesh: the extension must be .obj, .ply, .stl, .gltf or .glb");
 }
 
 void RequireWritableMesh(const std::string& path) {
@@ -38,8 +37,8 @@ void RequireWritableMesh(const std::string& path) {
     for (const char* known : {".obj", ".ply", ".stl", ".gltf", ".glb", ".usda"})
         if (extension == known) return;
     throw HostError(path +
-                    ": cannot be written as a mesh, since its name ends in none of .obj, .ply, "
-                    ".stl, .gltf, .glb, .usda");
+                    ": cannot be written as a mesh: the extension must be .obj, .ply, .stl, .gltf, "
+                    ".glb or .usda");
 }
 
 std::vector<std::string> WriteMeshFile(const std::string& path,
@@ -92,7 +91,7 @@ MeshSpace SpaceForFile(const std::string& path, const MeshSpace& present, const 
     }
     const MeshSpace gltf = {1.0, UpAxis::Y};
     if (Overlaid(gltf, asked) != gltf) {
-        throw HostError(path + ": a glTF file is in metres with y up, and in nothing else");
+        throw HostError(path + ": glTF files are always in metres with y up");
     }
     return gltf;
 }

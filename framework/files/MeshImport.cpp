@@ -16,7 +16,7 @@ namespace trovik {
 
 namespace {
 
-/// Moves a run of a list towards its front. Lists that are absent stay absent.
+/// Moves a range of a list towards its front. Missing lists stay missing.
 void MoveRun(std::vector<std::uint32_t>& list,
              std::size_t from,
              std::size_t to,
@@ -34,8 +34,8 @@ void Shorten(std::vector<std::uint32_t>& list, std::size_t length) {
     list.resize(std::min(list.size(), length));
 }
 
-/// True if each list of the faces and of the corners is absent or complete. Other meshes are left
-/// to CheckPolygonMesh, which refuses them.
+/// Returns whether each list of faces and corners is missing or complete. Other meshes are rejected
+/// by CheckPolygonMesh.
 bool ListsFit(const PolygonMesh& mesh) {
     const SurfaceAttributes& more = mesh.attributes;
     const auto fits = [](const std::vector<std::uint32_t>& list, std::size_t length) {

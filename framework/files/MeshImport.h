@@ -12,10 +12,10 @@ namespace trovik {
 
 class JobControl;
 
-/// Faces left out because they name a vertex twice.
+/// Faces that were skipped because they use a vertex twice.
 struct DroppedFaces {
     std::size_t count = 0;
-    /// The first of them, counted from 0 in the order of the file.
+    /// The number of the first such face, counted from 0 in file order.
     std::size_t first = 0;
 
     void Add(std::size_t face) {
@@ -25,20 +25,20 @@ struct DroppedFaces {
     }
 };
 
-/// Removes faces that name a vertex twice, with their entries in the attributes, adds a note that
-/// counts them, and checks the mesh (CheckPolygonMesh).
-/// \param dropped  faces that the reader left out itself for this reason.
-/// \throw HostError beginning with `path`; Cancelled.
-/// Cost: linear in corners.
+/// Removes faces that use a vertex twice, with their attributes, adds a note with their number, and
+/// checks the mesh (CheckPolygonMesh).
+/// \param dropped  faces that the reader itself skipped for this reason.
+/// \throw HostError whose message begins with `path`; Cancelled.
+/// Cost: linear in the corners.
 void FinishImport(PolygonMesh& mesh,
                   const std::string& path,
                   JobControl* job,
                   DroppedFaces dropped = {});
 
-/// Gives equal UVs of the corners of one vertex the same number, in the order in which corners name
-/// them, and removes UVs that no corner names. UVs are equal if their bits are. Corners of
-/// different vertices keep different numbers: overlapping parts of a texture stay apart. Cost:
-/// linear in corners. \throw Cancelled.
+/// Gives equal UVs at the corners of a vertex the same index, in the order in which corners use
+/// them, and removes unused UVs. UVs are compared bitwise. Corners of different vertices keep
+/// different indices, so overlapping parts of a texture stay separate. Cost: linear in the corners.
+/// \throw Cancelled.
 void WeldUvs(PolygonMesh& mesh, JobControl* job);
 
 }  // namespace trovik

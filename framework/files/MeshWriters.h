@@ -8,14 +8,14 @@
 #include <vector>
 
 /// \file
-/// One writer a format. Each writes the file as a whole or not at all (OutputFile), block by block.
-/// They are called through WriteMeshFile, WriteObj, WritePly and WriteStl for polygons, which check
-/// the source first (CheckFinite).
-/// Errors: HostError naming the file and the system's reason; Cancelled.
+/// The writers, one per format. Each writes the file completely or not at all (OutputFile), block
+/// by block. They are called through WriteMeshFile, WriteObj, WritePly and WriteStl for polygons,
+/// which check the source first (CheckFinite). Errors: HostError with the file and the reason given
+/// by the system; Cancelled.
 namespace trovik {
 
-/// \throw HostError naming `path` and the first number of the source that is not finite: of
-/// positions, normals, UVs, colours and morph targets, as the source hands them out.
+/// Checks the positions, normals, UVs, colours and morph targets that the source returns.
+/// \throw HostError with `path` and the first number that is not finite.
 /// Cost: one pass over the source.
 void CheckFinite(const std::string& path, const MeshSource& source, JobControl* job = nullptr);
 
@@ -28,13 +28,13 @@ void WritePly(const std::string& path,
               PlyEncoding encoding,
               JobControl* job);
 
-/// Faces of more than three corners become fans of triangles around their first corner: of a quad
-/// the triangles 0 1 2 and 0 2 3.
+/// Faces with more than three corners become fans of triangles around their first corner: a quad
+/// becomes the triangles 0 1 2 and 0 2 3.
 void WriteStl(const std::string& path,
               const MeshSource& source,
               StlEncoding encoding,
               JobControl* job);
-/// \param isBinary  .glb; otherwise .gltf with its buffer inside, as letters.
+/// \param isBinary  true for .glb; false for .gltf with an embedded base-64 buffer.
 void WriteGltf(const std::string& path, const MeshSource& source, bool isBinary, JobControl* job);
 void WriteUsd(const std::string& path, const MeshSource& source, JobControl* job);
 

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// tinyobjloader takes the statements apart and keeps the face order across groups when it is used
-// through its callbacks. Three things it does not do, so they are done before it sees a line: its
-// numbers are not always the floats nearest to their text, it takes malformed indices for other
-// ones without a word, and it does not tell line numbers.
+// tinyobjloader parses the statements; its callback interface preserves the order of faces across
+// groups. Three things are done before it receives a line, because it does not do them: numbers are
+// converted to the nearest float, malformed indices are detected, and line numbers are tracked.
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
@@ -32,10 +30,10 @@ namespace trovik {
 
 namespace {
 
-/// Room for a face of as many corners as are allowed, each with three numbers of ten digits.
+/// Sufficient for a face with the maximum number of corners, each with three numbers of ten digits.
 constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
 
-/// Gathers the mesh, and hands tinyobjloader one checked face, object or group line at a time.
+/// Collects the mesh, and passes one checked face, object or group line at a time to tinyobjloader.
 class ObjSource : public std::streambuf {
 public:
     ObjSource(const std::string& path, JobControl* jobControl)
@@ -73,7 +71,8 @@ public:
     }
 
 protected:
-    /// Errors are kept for Read and end the stream, since nothing is thrown through the loader.
+    /// Errors are stored for Read and end the stream, because exceptions must not propagate through
+    /// the loader.
     int_type underflow() override {
         try {
             while (trouble.empty() && !isCancelled && NextStatement()) {
@@ -88,7 +87,7 @@ protected:
                     AddVector(rest, "normal", mesh.normals);
                 } else if (keyword == "o" || keyword == "g") {
                     groups.Choose(Trimmed(rest));
-                    // Of several groups in one line the first is the name.
+                    // If a line names several groups, the first name is used.
                     NameBy(keyword == "g" ? TakeWord(rest) : rest, keyword == "o");
                 } else if (keyword == "usemtl") {
                     materials.Choose(Trimmed(rest));
@@ -111,7 +110,7 @@ protected:
     }
 
 private:
-    /// Steps to the next statement: a line, with those that a backslash at its end ties to it.
+    /// Advances to the next statement: a line and its continuation lines after a backslash.
     bool NextStatement() {
         joined.clear();
         bool isJoined = false;
@@ -135,7 +134,7 @@ private:
         return isJoined;
     }
 
-    /// Lines end in LF, CR LF, or CR alone as in files of old.
+    /// Lines end in LF, CR LF, or CR alone as in very old files.
     bool NextLine() {
         if (pending.empty() && !file.NextLine(pending, MaxLineBytes)) {
             return false;
@@ -146,7 +145,7 @@ private:
         pending.remove_prefix(lineEnd == std::string_view::npos ? pending.size() : lineEnd + 1);
         if (current.find('\0') != std::string_view::npos) {
             throw HostError(file.Path() + ", line " + std::to_string(line) +
-                            ": a zero byte, so this is no text file");
+                            ": contains a zero byte, so this is not a text file");
         }
         return true;
     }
@@ -185,8 +184,8 @@ private:
         vectors.push_back(vector);
     }
 
-    /// Three numbers behind a position are its colour, four its colour with alpha; else there is
-    /// none, and then the mesh has none.
+    /// Three numbers after a position are its colour, four its colour and alpha. If any vertex has
+    /// no colour, the mesh has none.
     void AddColor(std::string_view text) {
         if (!allColored) {
             return;
@@ -219,7 +218,7 @@ private:
             }
             if (!ParseFloat(word, uv[i]) || !std::isfinite(uv[i])) {
                 return Refuse("texture coordinate '" + std::string(word.substr(0, 40)) +
-                              "' is no finite number");
+                              "' is not a finite number");
             }
         }
         mesh.attributes.uvs.push_back(uv);
@@ -243,8 +242,8 @@ private:
         }
     }
 
-    /// Drops what tells nothing: UVs that no corner names, and a single group of all faces that is
-    /// called as the mesh is.
+    /// Removes attributes that carry no information: UVs that no corner uses, and a single group of
+    /// all faces with the name of the mesh.
     void FinishAttributes() {
         SurfaceAttributes& attributes = mesh.attributes;
         attributes.hasAlpha = attributes.hasAlpha && allColored;
@@ -275,31 +274,32 @@ private:
         for (std::string_view word = TakeWord(text); !word.empty(); word = TakeWord(text)) {
             if (!IsCorner(word, writtenUvs.emplace_back())) {
                 Refuse("face corner '" + std::string(word.substr(0, 40)) +
-                       "' is none of v, v/vt, v//vn, v/vt/vn with whole numbers other than 0");
+                       "' does not have the form v, v/vt, v//vn or v/vt/vn with whole numbers "
+                       "other than 0");
                 return false;
             }
             ++corners;
         }
         if (corners < 3) {
-            Refuse("face has " + std::to_string(corners) + " corners, but 3 are needed");
+            Refuse("face has " + std::to_string(corners) + " corners, but at least 3 are needed");
         } else if (corners > maxFaceCorners) {
             Refuse("face has " + std::to_string(corners) + " corners, but at most " +
-                   std::to_string(maxFaceCorners) + " are read");
+                   std::to_string(maxFaceCorners) + " are supported");
         }
         return trouble.empty();
     }
 
     std::string OutOfRange(std::int64_t index) const {
-        return "face names vertex " + std::to_string(index) + ", but only " +
+        return "face refers to vertex " + std::to_string(index) + ", but only " +
                std::to_string(mesh.positions.size()) + " vertices are defined";
     }
 
     std::string UvOutOfRange(std::int64_t index) const {
-        return "face names texture coordinate " + std::to_string(index) + ", but only " +
+        return "face refers to texture coordinate " + std::to_string(index) + ", but only " +
                std::to_string(mesh.attributes.uvs.size()) + " are defined";
     }
 
-    /// \return false where the number is refused.
+    /// \return false if the number is invalid.
     bool AddCornerUv(std::int64_t written) {
         std::vector<std::uint32_t>& cornerUvs = mesh.attributes.cornerUvs;
         if (written == 0) {
@@ -313,7 +313,7 @@ private:
             Refuse(UvOutOfRange(written));
             return false;
         }
-        // All corners before this one had none.
+        // No earlier corner had a UV.
         if (cornerUvs.empty()) {
             cornerUvs.resize(mesh.faceVertices.size(), SurfaceAttributes::none);
         }
@@ -326,7 +326,7 @@ private:
         return true;
     }
 
-    /// Of each face, once the first face has a name of the kind.
+    /// Adds one entry per face, from the first face with such a name on.
     void AddFaceName(std::uint32_t number, std::vector<std::uint32_t>& numbers) const {
         if (number != SurfaceAttributes::none || !numbers.empty()) {
             numbers.resize(mesh.faceSizes.size(), SurfaceAttributes::none);
@@ -336,7 +336,7 @@ private:
 
     void AddFace(const tinyobj::index_t* corners, std::size_t count) {
         if (count != writtenUvs.size()) {
-            return Refuse("face has corners that cannot be told apart");
+            return Refuse("face has corners that cannot be distinguished");
         }
         AddFaceName(groups.Number(), mesh.attributes.faceGroups);
         AddFaceName(materials.Number(), mesh.attributes.faceMaterials);
@@ -348,7 +348,8 @@ private:
                 return Refuse(OutOfRange(written));
             }
             const auto index = static_cast<std::uint32_t>(vertex);
-            // A vertex may come after the faces that name it, so its absence shows at the end.
+            // A vertex may be defined after the faces that use it, so a missing vertex is detected
+            // at the end.
             if (!farthestIndex || index > *farthestIndex) {
                 farthestIndex = index;
                 farthestLine = line;
@@ -363,7 +364,7 @@ private:
         mesh.faceSizes.push_back(static_cast<std::uint32_t>(count));
     }
 
-    /// What a written index counts from 0; negative where nothing is named.
+    /// Converts an index as written to one counted from 0; negative if there is no such element.
     static std::int64_t FromStart(std::int64_t written, std::size_t definedSoFar) {
         return written > 0   ? written - 1
                : written < 0 ? static_cast<std::int64_t>(definedSoFar) + written
@@ -398,7 +399,7 @@ private:
     ObjNames materialFiles;
     std::uint32_t smoothing = SurfaceAttributes::none;
     bool allColored = true;
-    /// Of the face at hand, as its corners name them.
+    /// UV indices of the current face, as written in its corners.
     std::vector<std::int32_t> writtenUvs;
     std::optional<std::uint32_t> farthestUv;
     std::uint64_t farthestUvLine = 0;

@@ -10,27 +10,28 @@
 #include <vector>
 
 /// \file
-/// Parts of the statements of an OBJ file.
+/// Parsing of parts of OBJ statements.
 namespace trovik {
 
-/// Takes the next word off the front of `text`; empty at its end.
+/// Removes and returns the first word of `text`; returns an empty word at the end.
 std::string_view TakeWord(std::string_view& text);
 
-/// The text without the blanks around it.
+/// Returns the text without surrounding blanks.
 std::string Trimmed(std::string_view text);
 
-/// True for `v`, `v/t`, `v//n` and `v/t/n` of whole numbers that tinyobjloader's int can hold,
-/// with v other than 0. A number after a slash may be missing, as some exporters leave it.
-/// \param uv  receives t, or 0 where it is missing; tinyobjloader would then take the next corner's
-/// number for it.
+/// Returns whether the word is `v`, `v/t`, `v//n` or `v/t/n` with integers that fit the int of
+/// tinyobjloader, and v is not 0. A number after a slash may be missing, because some exporters
+/// omit it.
+/// \param uv  receives t, or 0 if it is missing; tinyobjloader would use the number of the next
+/// corner in that case.
 bool IsCorner(std::string_view word, std::int32_t& uv);
 
-/// The names in a statement `mtllib`. A name ends at a word that ends in ".mtl" in any case, since
-/// names may contain blanks; what follows the last such word is one name. Backslashes become
-/// slashes.
+/// Returns the names in an `mtllib` statement. Names may contain blanks, so a name ends at a word
+/// that ends in ".mtl" in any case; the rest after the last such word is one name. Backslashes
+/// become slashes.
 std::vector<std::string> MaterialFileNames(std::string_view text);
 
-/// The number of a statement `s`: a whole number, 0 for `off`, 1 for `on`.
+/// Returns the number of an `s` statement: an integer, 0 for `off`, 1 for `on`.
 /// \param otherwise  the result for any other text.
 std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
 
@@ -45,7 +46,7 @@ struct ObjNames {
         chosen = name;
         number = SurfaceAttributes::none;
     }
-    /// Of the name that was chosen last.
+    /// Returns the number of the name that was chosen last.
     std::uint32_t Number();
 };
 

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// A name must not begin a line of its own, nor tie the next line to this one.
+/// A name must not start a new line or continue the statement on the next line.
 void WriteNameLine(OutputFile& file, std::string_view keyword, const std::string& name) {
     file.Write(keyword);
     for (const char letter : name) {
@@ -72,8 +72,8 @@ void WriteVertices(OutputFile& file, const MeshSource& source, JobControl* job) 
     });
 }
 
-/// Writes a line where faces of another smoothing group begin. The format cannot take a statement
-/// back, so faces without one are marked as not smoothed if an earlier face had one.
+/// Writes a line when the smoothing group changes between faces. The format cannot unset a group,
+/// so faces without one are marked as not smoothed if an earlier face had one.
 class SmoothingChange {
 public:
     void Write(OutputFile& file, const std::vector<std::uint32_t>& groups, std::size_t face) {
@@ -94,7 +94,7 @@ private:
     std::uint32_t present = SurfaceAttributes::none;
 };
 
-/// Writes a line where faces of another group or material begin.
+/// Writes a line when the group or material changes between faces.
 class NameChange {
 public:
     NameChange(std::string_view lineKeyword, const std::vector<std::string>& listOfNames)

@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-// Far beyond any real header, so that damage does not turn into memory.
+// Larger than any real header, so that a damaged file does not allocate excessive memory.
 constexpr std::size_t MaxLineBytes = 64 * 1024;
 constexpr std::size_t MaxHeaderLines = 100'000;
 constexpr std::size_t MaxProperties = 1'000;
@@ -52,7 +52,7 @@ std::string_view TakeWord(std::string_view& text) {
     return word;
 }
 
-/// What a message quotes of the file: printable, and not the whole of a damaged line.
+/// Quotes text of the file in a message: printable, and shortened if the line is damaged.
 std::string Quoted(std::string_view text) {
     std::string quoted = "'";
     for (const char letter : text.substr(0, 40)) {
@@ -68,7 +68,7 @@ public:
     PlyHeader Read() {
         if (!NextLine() || line != "ply") {
             throw HostError(file.Path() +
-                            ", line 1: no PLY file, since it does not begin with 'ply'");
+                            ", line 1: not a PLY file, because it does not begin with 'ply'");
         }
         bool hasFormat = false;
         for (;;) {
@@ -97,11 +97,11 @@ public:
                     header.space.up = UpAxisOf(std::string(TakeWord(rest)));
                 }
             } else if (!keyword.empty() && keyword != "comment") {
-                Refuse(Quoted(keyword) + " is no keyword of a PLY header");
+                Refuse(Quoted(keyword) + " is not a keyword of a PLY header");
             }
         }
         if (!hasFormat) {
-            Refuse("the header names no format");
+            Refuse("the header does not specify a format");
         }
         CheckCounts();
         return std::move(header);
@@ -114,7 +114,7 @@ private:
         }
         ++header.lineCount;
         if (header.lineCount > MaxHeaderLines) {
-            Refuse("the header is longer than any real one");
+            Refuse("the header has too many lines");
         }
         return true;
     }
@@ -154,11 +154,11 @@ private:
         }
         for (const PlyElement& other : header.elements) {
             if (other.name == element.name) {
-                Refuse("the element " + Quoted(element.name) + " comes twice");
+                Refuse("the element " + Quoted(element.name) + " is defined twice");
             }
         }
         if (header.elements.size() == MaxElements) {
-            Refuse("the header has more elements than any real one");
+            Refuse("the header has too many elements");
         }
         header.elements.push_back(std::move(element));
     }
@@ -184,7 +184,7 @@ private:
             property.isList = true;
             property.countType = ReadType(rest);
             if (!IsWhole(property.countType)) {
-                Refuse("the length of a list is not a whole number by its type");
+                Refuse("the type of the length of a list must be an integer type");
             }
         }
         property.type = ReadType(rest);
@@ -194,19 +194,21 @@ private:
         }
         for (const PlyProperty& other : element.properties) {
             if (other.name == property.name) {
-                Refuse("the property " + Quoted(property.name) + " comes twice in its element");
+                Refuse("the property " + Quoted(property.name) +
+                       " is defined twice in its element");
             }
         }
         if (element.properties.size() == MaxProperties) {
-            Refuse("the header has more properties than any real one");
+            Refuse("the header has too many properties");
         }
         element.properties.push_back(std::move(property));
     }
 
-    /// No count may promise more than the file holds, or damage would turn into memory.
+    /// A count must not exceed the capacity of the file. Otherwise a damaged file would allocate
+    /// excessive memory.
     void CheckCounts() const {
         const bool isText = header.encoding == PlyEncoding::Text;
-        // The last number of a text needs no white space behind it.
+        // The last number of a text needs no white space after it.
         std::uint64_t remaining = file.Remaining() + (isText ? 1 : 0);
         for (const PlyElement& element : header.elements) {
             std::uint64_t shortestRow = 0;
@@ -223,7 +225,7 @@ private:
                 throw HostError(file.Path() + ", byte " + std::to_string(file.Position()) + ": " +
                                 std::to_string(element.count) + " rows of element " +
                                 Quoted(element.name) +
-                                " are announced, but the file is too short for them");
+                                " are declared, but the file is too short for them");
             }
             remaining -= element.count * shortestRow;
         }

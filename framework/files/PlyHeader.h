@@ -12,8 +12,8 @@
 
 namespace trovik {
 
-/// The number types of a PLY file. The names of old (`char`, `short`, `int`, `float`, ...) and
-/// those with sizes (`int8`, `float32`, ...) mean the same.
+/// The number types of a PLY file. The old names (`char`, `short`, `int`, `float`, ...) and the
+/// names with sizes (`int8`, `float32`, ...) are equivalent.
 enum class PlyType { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64 };
 
 inline bool IsWhole(PlyType type) { return type < PlyType::Float32; }
@@ -28,7 +28,7 @@ struct PlyProperty {
     std::string name;
     PlyType type = PlyType::Float32;
     bool isList = false;
-    /// Of lists only: the type of the number of entries; a whole number.
+    /// Lists only: the type of the entry count, an integer type.
     PlyType countType = PlyType::UInt8;
 };
 
@@ -41,19 +41,20 @@ struct PlyElement {
 struct PlyHeader {
     PlyEncoding encoding = PlyEncoding::Text;
     std::vector<PlyElement> elements;
-    /// What `obj_info name` says.
+    /// The text of `obj_info name`.
     std::string name;
-    /// What `obj_info units` and `obj_info up` say.
+    /// The values of `obj_info units` and `obj_info up`.
     MeshSpace space;
-    /// Lines of the header; the body begins in the line after them.
+    /// Number of lines of the header; the body starts in the next line.
     std::uint64_t lineCount = 0;
 };
 
-/// Takes the header off the front of a file.
+/// Reads the header of a file.
 ///
-/// Afterwards no element has more rows than the rest of the file can hold, counted by their
-/// shortest form (empty lists; one digit a number), names are unique, and lists have whole counts.
-/// \throw HostError naming the file, the line and the reason.
+/// It guarantees that no element has more rows than the rest of the file can contain in their
+/// shortest form (empty lists; one digit per number), that names are unique, and that lists have
+/// integer counts.
+/// \throw HostError with the file, the line and the reason.
 PlyHeader ReadPlyHeader(InputFile& file);
 
 }  // namespace trovik

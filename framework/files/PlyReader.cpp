@@ -24,7 +24,7 @@ namespace trovik {
 
 namespace {
 
-/// Where in the file the reader stands, for its messages.
+/// The position in the file, for messages.
 struct Row {
     const PlyElement* element = nullptr;
     std::uint64_t number = 0;
@@ -39,7 +39,7 @@ struct Row {
                     " (counted from 0): " + reason);
 }
 
-/// Numbers in words, separated by white space.
+/// Numbers as words, separated by white space.
 class TextBody {
 public:
     TextBody(InputFile& file_, const PlyHeader& header) : file(file_), line(header.lineCount) {}
@@ -70,9 +70,9 @@ public:
         }
     }
 
-    /// Lets a list of so many numbers be read, or throws.
+    /// Checks that a list of this length can follow, or throws.
     void CheckLength(PlyType, std::uint64_t count, const Row& row) {
-        // A digit and a blank each, but for the last of the file.
+        // A digit and a blank per number, except for the last one of the file.
         if (count > (rest.size() + file.Remaining() + 1) / 2) {
             RefuseEnd(row);
         }
@@ -82,7 +82,7 @@ public:
 
 private:
     static constexpr std::string_view Blanks = " \t\r\v\f";
-    /// A line may hold the longest face that is read, in numbers of ten digits.
+    /// Sufficient for a line with the longest accepted face, in numbers of ten digits.
     static constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
 
     std::string_view Word(const Row& row) {
@@ -118,7 +118,7 @@ private:
     std::string_view rest;
 };
 
-/// Numbers as bytes, in either order.
+/// Numbers as bytes, in either byte order.
 template <std::endian order>
 class BinaryBody {
 public:
@@ -133,7 +133,7 @@ public:
     }
 
     void Skip(PlyType type, std::uint64_t count, const Row& row) {
-        // The count has 32 bits at most, so that the product cannot wrap.
+        // The count has at most 32 bits, so the product cannot overflow.
         if (!file.Skip(SizeOf(type) * count)) {
             RefuseEnd(row);
         }
@@ -185,7 +185,7 @@ private:
                 return static_cast<Result>(Load<std::int32_t>(bytes));
             case PlyType::UInt32:
                 return static_cast<Result>(Load<std::uint32_t>(bytes));
-            // Only what is wanted as floats is read from these types.
+            // Only values that are read as floats can have these types.
             case PlyType::Float32:
                 return static_cast<Result>(Load<float>(bytes));
             case PlyType::Float64:
@@ -197,7 +197,7 @@ private:
     InputFile& file;
 };
 
-/// Numbers of a vertex row that are taken, in this order.
+/// Order of the values that are read from a vertex row.
 constexpr std::size_t FirstNormal = 3;
 constexpr std::size_t FirstUv = 6;
 constexpr std::size_t FirstColor = 8;
@@ -205,7 +205,7 @@ constexpr std::size_t Alpha = 11;
 constexpr std::size_t VertexNumbers = 12;
 
 struct VertexTargets {
-    /// Per property its place among the numbers that are taken, -1 for none.
+    /// Per property, its index among the values that are read, or -1 if it is skipped.
     std::vector<int> places;
     bool hasNormals = false;
     bool hasUvs = false;
@@ -238,7 +238,7 @@ VertexTargets FindVertexTargets(const InputFile& file, const PlyElement& element
                 return entry.first == property.name;
             });
         int place = name == std::end(Names) || property.isList ? -1 : name->second;
-        // Of several names for the same number the first counts.
+        // If several names exist for the same value, the first one is used.
         if (place >= 0 && found[static_cast<std::size_t>(place)]) {
             place = -1;
         }
@@ -249,7 +249,7 @@ VertexTargets FindVertexTargets(const InputFile& file, const PlyElement& element
     }
     for (std::size_t i = 0; i < FirstNormal; ++i) {
         if (!found[i]) {
-            throw HostError(file.Path() + ": element 'vertex' has no number '" +
+            throw HostError(file.Path() + ": element 'vertex' has no scalar property '" +
                             std::string(Names[i].first) + "'");
         }
     }
@@ -265,7 +265,7 @@ VertexTargets FindVertexTargets(const InputFile& file, const PlyElement& element
     return targets;
 }
 
-/// Whole numbers of colours are shares of the largest number that their type holds.
+/// Integer colours are fractions of the largest value of their type.
 float ColorScale(PlyType type) {
     return !IsWhole(type) ? 1.0f : type == PlyType::UInt16 ? 65535.0f : 255.0f;
 }
@@ -334,12 +334,12 @@ private:
         uvsOfVertices = targets.hasUvs;
     }
 
-    /// UVs of vertices become those of their corners.
+    /// Converts the UVs of vertices to UVs of their corners.
     void FinishUvs() {
         SurfaceAttributes& attributes = mesh.attributes;
         if (uvsOfVertices) {
             attributes.cornerUvs = mesh.faceVertices;
-            // A corner whose vertex is not there is refused with the mesh.
+            // A corner with a missing vertex is reported by the check of the mesh.
             return;
         }
         attributes.uvs = std::move(faceUvs);
@@ -365,7 +365,7 @@ private:
             if (property.name == "vertex_indices" || property.name == "vertex_index") {
                 if (!property.isList || !IsWhole(property.type)) {
                     throw HostError(file.Path() + ": property '" + property.name +
-                                    "' of element 'face' is no list of whole numbers");
+                                    "' of element 'face' is not a list of whole numbers");
                 }
                 if (list != element.properties.size()) {
                     throw HostError(file.Path() +
@@ -396,14 +396,14 @@ private:
         }
     }
 
-    /// The checked length of a list whose numbers come next.
+    /// Returns the checked length of the list that follows.
     std::uint64_t ReadLength(const PlyProperty& property, const Row& row) {
         const std::int64_t length = body.Whole(property.countType, row);
         if (length < 0 || length > std::int64_t{0xFFFFFFFF}) {
             Refuse(file,
                    body.Place(),
                    row,
-                   "a list of " + std::to_string(length) + " entries is impossible");
+                   "a list cannot have " + std::to_string(length) + " entries");
         }
         body.CheckLength(property.type, static_cast<std::uint64_t>(length), row);
         return static_cast<std::uint64_t>(length);
@@ -415,7 +415,7 @@ private:
             Refuse(file,
                    body.Place(),
                    row,
-                   "a face of " + std::to_string(length) + " corners is outside 3 to " +
+                   "a face has " + std::to_string(length) + " corners; it must have 3 to " +
                        std::to_string(maxFaceCorners));
         }
         for (std::uint64_t i = 0; i < length; ++i) {
@@ -424,7 +424,7 @@ private:
                 Refuse(file,
                        body.Place(),
                        row,
-                       "the vertex number " + std::to_string(vertex) + " is impossible");
+                       "the vertex number " + std::to_string(vertex) + " is not valid");
             }
             mesh.faceVertices.push_back(static_cast<std::uint32_t>(vertex));
         }
@@ -441,7 +441,7 @@ private:
         }
     }
 
-    /// Two numbers a corner; with another count the face has none.
+    /// There must be two numbers per corner; with any other count the face has no UVs.
     void TakeRowUvs() {
         const std::size_t corners = mesh.faceSizes.back();
         const bool fits = rowUvs.size() == corners * 2;
@@ -460,7 +460,7 @@ private:
     }
 
     void SkipElement(const PlyElement& element) {
-        // Rows of nothing take no room, and their count may be any number.
+        // Rows without properties take no space, so their count may be any number.
         if (element.properties.empty()) {
             return;
         }
@@ -477,7 +477,7 @@ private:
     JobControl* job;
     PolygonMesh mesh;
     bool uvsOfVertices = false;
-    /// Of the face at hand.
+    /// Values of the current face.
     std::vector<float> rowUvs;
     std::vector<std::array<float, 2>> faceUvs;
     std::vector<std::uint32_t> faceCornerUvs;

@@ -15,8 +15,8 @@ namespace trovik {
 
 namespace {
 
-/// What rows consist of. Old readers know `uchar` lengths and `int` indices only, so wider types
-/// are last resorts.
+/// The format of the rows. Old readers support only `uchar` lengths and `int` indices, so wider
+/// types are used only if necessary.
 struct PlyLayout {
     explicit PlyLayout(const MeshSource& source)
         : wideLength(source.LargestFace() > std::numeric_limits<std::uint8_t>::max()),
@@ -51,7 +51,7 @@ void WriteHeader(OutputFile& file,
     if (!source.Name().empty()) {
         file.Write("obj_info name ");
         for (const char letter : source.Name()) {
-            // A name must not begin a header line of its own.
+            // A name must not start a new header line.
             file.Put(letter == '\n' || letter == '\r' ? '_' : letter);
         }
         file.Put('\n');

@@ -7,13 +7,13 @@
 #include <string_view>
 
 /// \file
-/// Layout of binary STL files, little-endian: a header of any text, the number of triangles, and
-/// for each triangle its normal, three corners, and two bytes that mean nothing here.
+/// Layout of binary STL files, little-endian: a header with arbitrary text, the number of
+/// triangles, and for each triangle its normal, three corners, and two unused bytes.
 namespace trovik::StlFile {
 
 inline constexpr std::size_t headerBytes = 80;
 inline constexpr std::size_t triangleBytes = 50;
-/// What the header begins with where the mesh's name follows.
+/// Start of a header that contains the name of the mesh.
 inline constexpr std::string_view nameMark = "binary STL of ";
 
 inline std::uint32_t LoadWord(const unsigned char* bytes) {

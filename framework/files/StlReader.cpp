@@ -20,12 +20,12 @@ constexpr std::size_t MaxLineBytes = 64 * 1024;
 
 using Triangle = std::array<std::array<float, 3>, 3>;
 
-/// Gathers triangles that share their vertices.
+/// Collects triangles that share vertices.
 class TriangleList {
 public:
     void Add(const Triangle& triangle) {
         const std::size_t number = count++;
-        // Left out here and not by FinishImport, so that their corners do not become vertices.
+        // Skipped here and not by FinishImport, so that their corners do not become vertices.
         if (VertexWeld::AreSame(triangle[0], triangle[1]) ||
             VertexWeld::AreSame(triangle[1], triangle[2]) ||
             VertexWeld::AreSame(triangle[2], triangle[0])) {
@@ -91,7 +91,7 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
         Triangle triangle;
         for (std::size_t corner = 0; corner < 3; ++corner) {
             for (std::size_t axis = 0; axis < 3; ++axis) {
-                // Behind the normal of three numbers.
+                // The corners follow the normal, which has three numbers.
                 const unsigned char* bytes = row + (3 + corner * 3 + axis) * sizeof(float);
                 const float number_ = StlFile::LoadFloat(bytes);
                 if (!std::isfinite(number_)) {
@@ -108,7 +108,7 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
     return triangles.Finish(file.Path(), job);
 }
 
-/// Whether the word is this keyword, in any case.
+/// Returns whether the word is this keyword, in any case.
 bool IsWord(std::string_view word, std::string_view keyword) {
     return word.size() == keyword.size() &&
            std::equal(word.begin(), word.end(), keyword.begin(), [](char a, char b) {
@@ -116,7 +116,7 @@ bool IsWord(std::string_view word, std::string_view keyword) {
            });
 }
 
-/// Words of a text, with the line that each stands in.
+/// Words of a text, each with its line number.
 class StlText {
 public:
     StlText(InputFile& input, JobControl* jobControl) : file(input), job(jobControl) {}
@@ -142,7 +142,7 @@ public:
     }
 
 private:
-    /// The next word, and empty at the end of the file.
+    /// Returns the next word, or an empty word at the end of the file.
     std::string_view Word() {
         for (;;) {
             rest.remove_prefix(std::min(rest.find_first_not_of(" \t\r\v\f"), rest.size()));
@@ -187,7 +187,7 @@ private:
 
     void ReadFacet() {
         Expect("normal");
-        // Normals follow from the corners, and some programs write none that are numbers.
+        // Normals are computed from the corners, and some programs write invalid ones.
         for (int axis = 0; axis < 3; ++axis) {
             if (Word().empty()) {
                 Refuse("a normal", {});
@@ -237,7 +237,7 @@ PolygonMesh ReadStl(const std::string& path, JobControl* job) {
         }
     }
     InputFile file(path, job);
-    // Some programs begin binary files like texts; the length tells them apart.
+    // Some programs start binary files like text files; the length distinguishes them.
     if (beginsAsText && size != wanted) {
         return StlText(file, job).Read();
     }
@@ -248,7 +248,7 @@ PolygonMesh ReadStl(const std::string& path, JobControl* job) {
     if (size < wanted) {
         throw HostError(path + ", byte " + std::to_string(StlFile::headerBytes) + ": " +
                         std::to_string(count) +
-                        " triangles are announced, but the file is too short for them");
+                        " triangles are declared, but the file is too short for them");
     }
     return ReadBinary(file, count, job);
 }

@@ -16,7 +16,7 @@ namespace {
 
 using Point = std::array<float, 3>;
 
-/// The normal of a triangle by the right hand; zero where it has no area.
+/// Returns the normal of a triangle by the right-hand rule; zero if the triangle is degenerate.
 Point NormalOf(const Point& a, const Point& b, const Point& c) {
     const Point u = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
     const Point v = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
@@ -127,7 +127,7 @@ void WriteStl(const std::string& path,
     const std::uint64_t count = source.CornerCount() - 2 * source.FaceCount();
     if (count > std::numeric_limits<std::uint32_t>::max()) {
         throw HostError(path + ": " + std::to_string(count) +
-                        " triangles are more than an STL file can number");
+                        " triangles are more than an STL file can contain");
     }
     OutputFile file(path);
     const auto number = static_cast<std::uint32_t>(count);

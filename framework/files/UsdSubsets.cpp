@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* MaterialScope = "Materials";
 
-/// The metadata of a prim, in parentheses where there is any.
+/// Returns the metadata of a prim in parentheses, or an empty text if there is none.
 std::string Metadata(const std::string& name, const std::string& prim, bool isBound) {
     std::string lines;
     if (isBound) {

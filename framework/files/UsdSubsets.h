@@ -11,9 +11,10 @@ namespace trovik {
 class JobControl;
 
 /// Writes the groups and materials of a mesh as children of its prim: a `GeomSubset` of faces for
-/// each group (family "group") and each material (family "materialBind"), and a `Material` of the
-/// same name that the subset is bound to. Names that USD cannot hold are kept as `displayName`.
-/// \param prim  name of the mesh's prim, which is at the root.
+/// each group (family "group") and each material (family "materialBind"), and for each material a
+/// `Material` with the same name to which the subset is bound. Names that are not valid in USD are
+/// stored as `displayName`.
+/// \param prim  name of the mesh prim, which is at the root.
 void WriteUsdSubsets(OutputFile& file,
                      const MeshSource& source,
                      const std::string& prim,

@@ -13,17 +13,17 @@
 /// Names and arrays in USD text.
 namespace trovik {
 
-/// A name that USD takes for a prim: ASCII letters, digits and low lines, no digit first; "mesh"
-/// for an empty name.
+/// Returns a valid prim name: ASCII letters, digits and underscores, not starting with a digit;
+/// "mesh" for an empty name.
 std::string UsdPrimName(const std::string& name);
 
-/// A text between quotation marks.
+/// Returns a text in quotation marks.
 std::string UsdQuoted(const std::string& text);
 
-/// Gives the children of a prim names of their own.
+/// Generates unique names for the children of a prim.
 class UsdNames {
 public:
-    /// The prim name of `name`, with a number behind it if that is taken.
+    /// Returns the prim name of `name`, with a number appended if it is already used.
     std::string Unique(const std::string& name);
 
 private:
@@ -56,7 +56,7 @@ public:
         }
         file.Put(')');
     }
-    /// \param interpolation  empty where the attribute has none.
+    /// \param interpolation  empty if the attribute has none.
     void End(std::string_view interpolation = {}) {
         file.Put(']');
         if (!interpolation.empty()) {

@@ -96,7 +96,7 @@ void WriteUvs(OutputFile& file, const MeshSource& source, JobControl* job) {
     if (source.UvCount() == 0) {
         return;
     }
-    // Corners without a texture coordinate need one all the same; they get one of their own.
+    // Every corner needs a texture coordinate. Corners without one share an additional value.
     UsdList values(file, "texCoord2f[] primvars:st");
     ReadUvs(source, job, phase, [&](const std::vector<std::array<float, 2>>& uvs) {
         for (const std::array<float, 2>& uv : uvs) {
@@ -121,7 +121,7 @@ void WriteUsd(const std::string& path, const MeshSource& source, JobControl* job
     constexpr std::uint64_t Most = std::numeric_limits<std::int32_t>::max();
     if (source.VertexCount() > Most || source.FaceCount() > Most || source.UvCount() >= Most) {
         throw HostError(path + ": the mesh has more than " + std::to_string(Most) +
-                        " vertices, faces or texture coordinates, which a USD file cannot number");
+                        " vertices, faces or texture coordinates, the limit of a USD file");
     }
     OutputFile file(path);
     const std::string prim = UsdPrimName(source.Name());

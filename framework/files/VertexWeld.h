@@ -10,12 +10,12 @@
 
 namespace trovik {
 
-/// Numbers positions so that those of the same bits get the same number, in the order in which they
-/// first come. A zero is the same with either sign.
+/// Numbers positions so that bitwise equal positions get the same number, in the order of their
+/// first occurrence. 0 and -0 are equal.
 class VertexWeld {
 public:
-    /// \param next  what a position gets that has not come before.
-    /// \return its number, and whether it is new.
+    /// \param next  the number for a position that has not occurred before.
+    /// \return the number of the position, and whether it is new.
     std::pair<std::uint32_t, bool> Number(const std::array<float, 3>& position,
                                           std::uint32_t next) {
         const auto [entry, isNew] = numbers.try_emplace(BitsOf(position), next);
@@ -30,7 +30,7 @@ private:
     using Bits = std::array<std::uint32_t, 3>;
 
     static Bits BitsOf(const std::array<float, 3>& position) {
-        // Adding zero makes a negative zero positive and changes nothing else.
+        // Adding zero changes -0 to +0 and nothing else.
         return {std::bit_cast<std::uint32_t>(position[0] + 0.0f),
                 std::bit_cast<std::uint32_t>(position[1] + 0.0f),
                 std::bit_cast<std::uint32_t>(position[2] + 0.0f)};

@@ -17,9 +17,7 @@ namespace {
 constexpr std::size_t pieceBytes = std::size_t{256} << 10;
 constexpr int tightLevel = 3;
 
-[[noreturn]] void Refuse() {
-    throw HostError("what an undo step held in compressed form is damaged");
-}
+[[noreturn]] void Refuse() { throw HostError("the compressed data of an undo step is damaged"); }
 
 std::size_t PieceElements(std::size_t elementBytes) {
     return std::max<std::size_t>(1, pieceBytes / elementBytes);
@@ -30,8 +28,8 @@ void Shuffle(const uint8_t* from, std::size_t elementBytes, std::size_t count, u
         for (std::size_t i = 0; i < count; ++i) *to++ = from[i * elementBytes + rank];
 }
 
-/// Four ranks at a time: bytes are put together to words in registers, so that a word takes one
-/// store instead of four.
+/// Processes four ranks at a time: bytes are combined into words in registers, so that a word takes
+/// one store instead of four.
 void UnshuffleWord(const uint8_t* from, std::size_t elementBytes, std::size_t count, uint8_t* to) {
     constexpr std::size_t lanes = 16;
     std::size_t i = 0;
@@ -72,7 +70,7 @@ void Put(std::vector<uint8_t>& bytes, T value) {
     bytes.insert(bytes.end(), raw, raw + sizeof value);
 }
 
-/// Compresses pieces; holds what that needs, so that it is made once.
+/// Compresses pieces; keeps the buffers for that, so that they are allocated once.
 class Press {
 public:
     explicit Press(PackMethod ofMethod) : method(ofMethod) {}
@@ -90,7 +88,7 @@ public:
     }
 
 private:
-    /// \return the packed length, 0 when there is none.
+    /// \return the packed length, or 0 if the piece does not shrink.
     std::size_t Compress(const uint8_t* piece, std::size_t size) {
         if (method == PackMethod::Quick) {
             room.resize(static_cast<std::size_t>(LZ4_compressBound(static_cast<int>(size))));
@@ -113,7 +111,7 @@ private:
     std::vector<uint8_t> room;
 };
 
-/// Reads packed bytes without trusting any length in them.
+/// Reads packed bytes and validates every length in them.
 class PackedReader {
 public:
     PackedReader(const std::vector<uint8_t>& packed, PackMethod ofMethod)
@@ -130,7 +128,7 @@ public:
         return value;
     }
 
-    /// The next piece, which is `size` bytes long when unpacked; lies there until the next call.
+    /// Returns the next piece, which has `size` bytes when unpacked; valid until the next call.
     const uint8_t* Piece(std::size_t size) {
         const auto length = Take<uint32_t>();
         if (length > size || length > static_cast<std::size_t>(end - next)) Refuse();
@@ -190,8 +188,8 @@ void UnpackArrays(const std::vector<uint8_t>& packed,
             const std::size_t size = array.ElementBytes();
             if (reader.Take<uint32_t>() != size) Refuse();
             const auto count = reader.Take<uint64_t>();
-            // A piece of 256 KiB takes some bytes even if it is all zero, which bounds what a
-            // damaged count can ask for.
+            // A packed piece of 256 KiB has at least one byte, even if it is all zero. This limits
+            // the memory that a damaged count can request.
             if (count / PieceElements(size) > packed.size()) Refuse();
             array.Resize(static_cast<std::size_t>(count));
             auto* data = static_cast<uint8_t*>(array.Data());

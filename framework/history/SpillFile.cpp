@@ -23,7 +23,7 @@ std::string Title(const std::string& folder) { return "undo file in " + folder +
 SpillFile::SpillFile(const std::string& ofFolder) : folder(ofFolder) {
     std::string path = folder + "/trovik-undo-XXXXXX";
     file = mkostemp(path.data(), O_CLOEXEC);
-    if (file < 0) throw HostError(Title(folder) + "cannot be made: " + std::strerror(errno));
+    if (file < 0) throw HostError(Title(folder) + "cannot be created: " + std::strerror(errno));
     unlink(path.c_str());
 }
 
@@ -72,11 +72,11 @@ std::vector<uint8_t> SpillFile::Read(const Place& place) const {
                                     static_cast<off_t>(place.start + done));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw HostError(where + "cannot be read: " + std::strerror(errno));
-        if (count == 0) throw HostError(where + "the file ends within the step that lies here");
+        if (count == 0) throw HostError(where + "the file ends within the step stored here");
         done += static_cast<uint64_t>(count);
     }
     if (Crc32(bytes.data(), bytes.size()) != place.checksum)
-        throw HostError(where + "the step that lies here is damaged: its checksum is another");
+        throw HostError(where + "the step stored here is damaged: its checksum does not match");
     return bytes;
 }
 
@@ -87,7 +87,7 @@ void SpillFile::Free(const Place& place) {
     try {
         gap = gaps.emplace(place.start, place.length).first;
     } catch (const std::bad_alloc&) {
-        // Called by destructors. The bytes stay unused until the file goes.
+        // Called by destructors. The bytes stay unused until the file is closed.
         return;
     }
     const auto next = std::next(gap);
@@ -105,7 +105,7 @@ void SpillFile::Free(const Place& place) {
     }
     if (gap->first + gap->second != end) return;
     const uint64_t newEnd = gap->first;
-    // A file that stays long only wastes room until the program ends.
+    // If truncation fails, the file only wastes disk space until the program ends.
     if (ftruncate(file, static_cast<off_t>(newEnd)) != 0) return;
     end = newEnd;
     gaps.erase(gap);

@@ -10,39 +10,39 @@
 
 namespace trovik {
 
-/// A temporary file of byte runs. It has no name in its folder from the moment it is opened, so
-/// that it is gone when the program ends, however that happens. Fill and Read may run beside
-/// anything; the rest is for one thread at a time.
+/// A temporary file of byte sequences. It has no name in its folder as soon as it is open, so it
+/// disappears when the program ends, even after a crash. Fill and Read are thread-safe; all other
+/// functions are for one thread at a time.
 class TROVIK_API SpillFile {
 public:
-    /// Where a run lies. Its bytes are known again by their checksum.
+    /// The location of a sequence. Its bytes are verified by the checksum.
     struct Place {
         uint64_t start = 0;
         uint64_t length = 0;
         uint32_t checksum = 0;
     };
 
-    /// \throw HostError naming the folder and the system's reason.
+    /// \throw HostError with the folder and the reason given by the system.
     explicit SpillFile(const std::string& folder);
     ~SpillFile();
     SpillFile(const SpillFile&) = delete;
     SpillFile& operator=(const SpillFile&) = delete;
 
-    /// Room for so many bytes.
+    /// Reserves this number of bytes.
     Place Reserve(uint64_t length);
-    /// Writes the bytes of a reserved place and notes their checksum in it. \throw HostError naming
-    /// the folder and the system's reason, such as a full disk; what was written before is as it
-    /// was, and the place is to be freed.
+    /// Writes the bytes to a reserved place and stores their checksum in it.
+    /// \throw HostError with the folder and the reason given by the system, such as a full disk.
+    /// Earlier data is then intact, and the caller must free the place.
     void Fill(Place& place, const std::vector<uint8_t>& bytes) const;
-    /// \throw HostError "undo file in FOLDER: byte N: reason" when the bytes cannot be read or are
-    /// not those that were written.
+    /// \throw HostError "undo file in FOLDER: byte N: reason" if the bytes cannot be read or differ
+    /// from those that were written.
     std::vector<uint8_t> Read(const Place& place) const;
-    /// Gives the room of a run back.
+    /// Frees the space that a sequence occupies.
     void Free(const Place& place);
 
-    /// Bytes of the runs that are there.
+    /// Total size of the stored sequences in bytes.
     uint64_t Bytes() const { return used; }
-    /// The file as this process can open it again, for looking at it.
+    /// A path under which this process can open the file, for inspection.
     std::string OpenPath() const;
 
 private:
@@ -50,7 +50,7 @@ private:
     int file = -1;
     uint64_t used = 0;
     uint64_t end = 0;
-    /// Gaps by their start: lengths.
+    /// Lengths of the gaps by their start.
     std::map<uint64_t, uint64_t> gaps;
 };
 

@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// One array of an undo step, for who compresses what the step holds: borrows a std::vector of
-/// plain values and knows how to read, empty and refill it.
+/// One array of an undo step, for code that compresses the content of the step. It borrows a
+/// std::vector of plain values and can read, empty and refill it.
 class StepArray {
 public:
     template <typename T>
@@ -18,7 +18,7 @@ public:
           count([](const void* v) { return static_cast<const std::vector<T>*>(v)->size(); }),
           data([](void* v) -> void* { return static_cast<std::vector<T>*>(v)->data(); }),
           resize([](void* v, std::size_t n) {
-              // A new vector, so that no capacity is left over in either sense.
+              // A new vector, so that there is no unused capacity.
               *static_cast<std::vector<T>*>(v) = std::vector<T>(n);
           }) {
         static_assert(std::is_trivially_copyable_v<T>);
@@ -28,7 +28,7 @@ public:
     std::size_t Count() const { return count(vector); }
     std::size_t Bytes() const { return Count() * elementBytes; }
     void* Data() const { return data(vector); }
-    /// Gives up what the array held; it then has `n` elements of any content.
+    /// Discards the content of the array, which then has `n` elements with unspecified values.
     void Resize(std::size_t n) const { resize(vector, n); }
 
 private:

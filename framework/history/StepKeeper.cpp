@@ -14,8 +14,8 @@
 
 namespace trovik {
 
-/// All members but the step's content are the mutex's. The content belongs to the caller's thread
-/// unless `busy`, then to the keeper's.
+/// All members except the content of the step are protected by the mutex. The content belongs to
+/// the thread of the keeper while `busy` is set, otherwise to the caller's thread.
 class StepRecord {
 public:
     enum class State { Open, Packed, Spilled };
@@ -27,16 +27,17 @@ public:
     PackMethod method = PackMethod::Quick;
     std::vector<uint8_t> packed;
     SpillFile::Place place;
-    /// In memory, as counted.
+    /// The bytes in memory that are counted for this record.
     uint64_t bytes = 0;
-    /// Counts withdrawals; jobs that were asked for under another number are void.
+    /// Number of withdrawals; jobs with another number are void.
     uint64_t asking = 0;
     bool busy = false;
 };
 
 namespace {
 
-/// The allocator holds on to what packing frees; so much is worth asking for.
+/// After packing, the allocator still holds the freed memory. Amounts from this size on are
+/// returned to the system.
 constexpr uint64_t worthGivingBack = uint64_t{1} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {
@@ -49,8 +50,8 @@ void Empty(const std::vector<StepArray>& arrays) {
     for (const StepArray& array : arrays) array.Resize(0);
 }
 
-/// Blocks SIGXFSZ in this thread for its lifetime: a write past the limit for the size of files
-/// then fails, as with a full disk, instead of ending the program.
+/// Blocks SIGXFSZ in this thread during its lifetime. A write beyond the file size limit then fails
+/// like a write to a full disk, instead of terminating the program.
 class FileSizeSignalBlock {
 public:
     FileSizeSignalBlock() {
@@ -59,7 +60,7 @@ public:
         pthread_sigmask(SIG_BLOCK, &signals, &before);
     }
     ~FileSizeSignalBlock() {
-        // A signal left pending would end the program as soon as it is unblocked.
+        // A signal that is still pending would terminate the program as soon as it is unblocked.
         if (sigismember(&before, SIGXFSZ) == 0) {
             const timespec noWait{};
             while (sigtimedwait(&signals, nullptr, &noWait) == SIGXFSZ) {
@@ -84,8 +85,8 @@ StepKeeper::~StepKeeper() {
     {
         const std::lock_guard lock(mutex);
         jobs.clear();
-        // Within the lock, or the worker could have seen no stop yet and miss the notice that
-        // there is one.
+        // Requested under the lock. Otherwise the worker could check for a stop too early and then
+        // miss the notification.
         worker.request_stop();
     }
     asked.notify_all();
@@ -106,7 +107,7 @@ void StepKeeper::Drop(const Handle& record) {
     if (record->state == StepRecord::State::Spilled) file->Free(record->place);
     record->state = StepRecord::State::Open;
     SetBytes(*record, 0);
-    // Steps may own what is the caller's thread's to give up, such as layers.
+    // Steps may own objects that must be destroyed on the caller's thread, such as layers.
     lock.unlock();
     record->step.reset();
     record->packed = {};
@@ -137,7 +138,7 @@ bool StepKeeper::StartWorker() {
     try {
         worker = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     } catch (const std::system_error&) {
-        // The system refuses a thread, by a limit on threads or on address space.
+        // The system cannot start a thread because of a limit on threads or address space.
         return false;
     } catch (const std::bad_alloc&) {
         return false;
@@ -176,7 +177,7 @@ UndoStep& StepKeeper::Open(const Handle& record) {
     if (record->state == StepRecord::State::Open) return *record->step;
     const std::vector<StepArray> arrays = record->step->Arrays();
     const bool spilled = record->state == StepRecord::State::Spilled;
-    // Nobody else touches the record now, and others' work goes on meanwhile.
+    // No other thread accesses the record now, so tasks of other records continue meanwhile.
     lock.unlock();
     const std::vector<uint8_t> read = spilled ? file->Read(record->place) : std::vector<uint8_t>();
     UnpackArrays(spilled ? read : record->packed, record->method, arrays);
@@ -249,7 +250,7 @@ std::string StepKeeper::SpillPath() const {
 
 void StepKeeper::SetSpillFolder(const std::string& folder) {
     const std::lock_guard lock(mutex);
-    // Steps that lie in a file go on lying there; only where nothing lies may it be another.
+    // Steps in an existing file stay there. The file can be replaced only while it is empty.
     if (!folder.empty() && (file == nullptr || file->Bytes() == 0))
         file = std::make_unique<SpillFile>(folder);
     spillFolder = folder;
@@ -298,7 +299,7 @@ void StepKeeper::Do(const Job& job, std::unique_lock<std::mutex>& lock) {
                 break;
         }
     } catch (const std::exception&) {
-        // Without memory for the packed bytes the step stays as it is.
+        // If there is no memory for the packed bytes, the step stays as it is.
         if (!lock.owns_lock()) lock.lock();
         record.busy = false;
     }
@@ -355,7 +356,7 @@ void StepKeeper::DoSpill(StepRecord& record, std::unique_lock<std::mutex>& lock)
     record.busy = false;
     if (!failure.empty()) {
         file->Free(record.place);
-        // Once is enough to say it; the steps stay in memory from now on.
+        // Reported once; the steps stay in memory from now on.
         problem = failure + "; undo steps stay in memory";
         spillFolder.clear();
         return;

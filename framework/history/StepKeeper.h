@@ -16,67 +16,69 @@ namespace trovik {
 
 class StepRecord;
 
-/// Holds the steps of one history: open, as they were made, or with their arrays packed in memory
-/// or in a file. Packing, repacking and writing are done by one thread of the keeper's own, in the
-/// order in which they are asked for; it begins with the first thing asked. If the system refuses
-/// that thread, they are done on the caller's thread, at once. All else is for one thread, the
-/// caller's.
+/// Stores the steps of one history: open, as they were created, or with their arrays packed in
+/// memory or in a file. Packing, repacking and writing are done by a thread of the keeper, in the
+/// order of the requests; the thread starts with the first request. If the system cannot start a
+/// thread, the work is done immediately on the caller's thread. The keeper itself must be used by
+/// one thread only.
 ///
-/// A step whose arrays are packed still has all else that it holds, so its type, label and small
-/// members can be looked at.
+/// A step whose arrays are packed still has all its other members, so its type, label and small
+/// members can be read.
 class TROVIK_API StepKeeper {
 public:
     using Handle = std::shared_ptr<StepRecord>;
 
     StepKeeper();
-    /// Waits for what is being done, and gives up the rest.
+    /// Waits for the running task and discards the other requests.
     ~StepKeeper();
     StepKeeper(const StepKeeper&) = delete;
     StepKeeper& operator=(const StepKeeper&) = delete;
 
     Handle Add(std::unique_ptr<UndoStep> step);
-    /// Gives up the step, here and now; waits while something is being done to it.
+    /// Deletes the step immediately; waits while it is being processed.
     void Drop(const Handle& record);
 
-    /// Asks for the arrays to be packed; nothing happens to a step that has fewer than
-    /// `leastBytes` in arrays.
+    /// Requests that the arrays be packed. Has no effect on a step with fewer than `leastBytes` in
+    /// arrays.
     void Pack(const Handle& record, uint64_t leastBytes);
-    /// The same on this thread, at once and tightly.
+    /// Packs tightly on the calling thread, immediately.
     void PackNow(const Handle& record, uint64_t leastBytes);
-    /// Asks for a packed step to be packed tightly.
+    /// Requests that a packed step be packed tightly.
     void Tighten(const Handle& record);
-    /// Asks for the packed bytes to be moved into the file.
+    /// Requests that the packed bytes be moved into the file.
     void Spill(const Handle& record);
 
-    /// The step with its arrays. Waits while something is being done to this step, never for
-    /// another. \throw HostError when its packed bytes cannot be had or are damaged; it stays as it
-    /// is then.
+    /// Returns the step with its arrays. Waits while this step is being processed, never for
+    /// another step.
+    /// \throw HostError if its packed bytes cannot be read or are damaged; the step is then
+    /// unchanged.
     UndoStep& Open(const Handle& record);
-    /// The step, perhaps without its arrays, which are then not to be looked at.
+    /// Returns the step, possibly without its arrays, which must not be accessed.
     static UndoStep& Shell(const Handle& record);
 
-    /// Waits until all that was asked for is done.
+    /// Waits until all requests are done.
     void Settle();
-    /// To be called when an open step's content has changed.
+    /// Called when the content of an open step has changed.
     void Remeasure(const Handle& record);
 
-    /// Bytes in memory of all steps, among them those that wait to be packed.
+    /// Bytes in memory of all steps, including those that wait to be packed.
     uint64_t Bytes() const;
-    /// The most that was ever held, packed bytes counting also while they are being made.
+    /// The maximum of Bytes() so far; it includes packed bytes while they are being created.
     uint64_t PeakBytes() const;
     uint64_t SpilledBytes() const;
     /// Bytes of one step, in memory and in the file.
     uint64_t BytesOf(const Handle& record) const;
     bool IsOpen(const Handle& record) const;
-    /// Bytes that Spill would take out of memory; 0 unless the step is packed in memory.
+    /// Bytes of memory that Spill would free; 0 unless the step is packed in memory.
     uint64_t PackedBytes(const Handle& record) const;
 
-    /// Folder of the file for packed bytes; empty: nothing more goes into a file, and what lies in
-    /// one stays there. \throw HostError when no file can be made.
+    /// Sets the folder of the file for packed bytes. If it is empty, no more bytes are written to a
+    /// file; bytes in an existing file stay there.
+    /// \throw HostError if the file cannot be created.
     void SetSpillFolder(const std::string& folder);
-    /// Whether steps can be moved into a file: a folder was named and nothing went wrong since.
+    /// Whether steps can be moved into a file: a folder was set and no error has occurred since.
     bool CanSpill() const;
-    /// What went wrong with the file, once; then empty.
+    /// Returns the error of the file once; then empty.
     std::string TakeProblem();
     std::string SpillPath() const;
 
@@ -85,21 +87,23 @@ private:
     struct Job {
         Handle record;
         Task task;
-        /// The record's asking number; another one means that the job was withdrawn.
+        /// The request number of the record when the job was created. If the record now has another
+        /// number, the job was withdrawn.
         uint64_t asked;
     };
     void Ask(const Handle& record, Task task);
-    /// Needs the mutex. \return false if the system refuses a thread.
+    /// Requires the mutex.
+    /// \return false if the system cannot start a thread.
     bool StartWorker();
     void Run(const std::stop_token& stop);
     void Do(const Job& job, std::unique_lock<std::mutex>& lock);
     void DoPack(StepRecord& record, PackMethod method, std::unique_lock<std::mutex>& lock);
     void DoTighten(StepRecord& record, std::unique_lock<std::mutex>& lock);
     void DoSpill(StepRecord& record, std::unique_lock<std::mutex>& lock);
-    /// Withdraws what waits for the record and waits for what is being done to it.
+    /// Withdraws the requests for the record and waits for the task that is processing it.
     void Claim(const Handle& record, std::unique_lock<std::mutex>& lock);
     void SetBytes(StepRecord& record, uint64_t bytes);
-    /// Packed bytes are there beside what they will take the place of.
+    /// Updates the peak while packed bytes exist along with the arrays that they replace.
     void NotePeak(uint64_t packed);
 
     mutable std::mutex mutex;

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Bytes of the file for each byte of the budget.
+/// Maximum size of the file as a multiple of the budget.
 constexpr uint64_t fileShare = 8;
 
 }  // namespace
@@ -50,8 +50,8 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
     keeper->Open(record).Apply(geometry);
     keeper->Remeasure(record);
     if (keeper->Bytes() <= budget) return;
-    // A long way back could open steps faster than they are packed, and leave them larger than they
-    // were when they lay tightly.
+    // Undoing many steps could open steps faster than the thread packs them, and leave them larger
+    // than they were when tightly packed.
     keeper->PackNow(record, keeping.leastPackedBytes);
     if (!keeper->CanSpill() || keeper->Bytes() <= budget) return;
     SpillFarthest();
@@ -139,8 +139,8 @@ bool UndoHistory::DropGroup() {
     if (done > 0) {
         for (std::size_t i = 0; i < groupEnd; ++i) DropFirst();
     } else {
-        // Everything is undone: the first step is the next to be redone and must stay, so what
-        // lies farthest ahead goes.
+        // All steps are undone. The first step is the next one to be redone and must remain, so the
+        // farthest steps are dropped.
         while (Shell(steps.size() - 1).joinPrevious) DropLast();
         DropLast();
     }
@@ -163,7 +163,7 @@ uint64_t UndoHistory::NewestGroupBytes() const {
 
 void UndoHistory::Fit() {
     if (steps.empty() || keeper->Bytes() <= budget) return;
-    // What is dropped must not depend on how far the keeper's thread has come.
+    // The selection of steps to drop must not depend on the progress of the keeper's thread.
     keeper->Settle();
     if (keeper->CanSpill()) {
         SpillFarthest();
@@ -173,15 +173,15 @@ void UndoHistory::Fit() {
         DropOldest(budget);
         return;
     }
-    // What can go into the file is there now. The newest may be larger than the whole budget, and
-    // dropping steps of the file would make no room for it.
+    // All steps that can be in the file are there now. The newest group may exceed the budget, and
+    // dropping steps from the file would free no memory for it.
     DropOldest(budget + NewestGroupBytes());
     while (keeper->SpilledBytes() > fileShare * budget && DropGroup()) {
     }
 }
 
 void UndoHistory::SpillFarthest() {
-    // Some more than is needed, so that not every step has to wait for the file.
+    // Frees some more than necessary, so that not every step has to wait for the file.
     const uint64_t most = budget - budget / 8;
     uint64_t bytes = keeper->Bytes();
     std::size_t first = 0;
@@ -204,7 +204,7 @@ void UndoHistory::PackOpened() {
         keeper->Pack(steps[index].record, keeping.leastPackedBytes);
     }
     opened.clear();
-    // Farther out all are aged already, since the position moves by and by.
+    // All steps farther away are aged already, because the position changes by one step at a time.
     const std::size_t distance = keeping.tightenBeyond;
     for (std::size_t i = done > distance ? done - distance : 0; i-- > 0 && !steps[i].aged;) {
         steps[i].aged = true;

@@ -14,48 +14,48 @@ namespace trovik {
 
 class LevelGeometry;
 
-/// One thing that can be taken back. Apply swaps the step's content with the mesh's, so that the
-/// same call serves undo and redo.
+/// One operation that can be undone. Apply exchanges the content of the step with that of the mesh,
+/// so the same call serves undo and redo.
 class TROVIK_API UndoStep {
 public:
     virtual ~UndoStep();
     virtual void Apply(LevelGeometry& geometry) = 0;
-    /// All that the step holds, arrays included.
+    /// Memory of the step, including its arrays.
     virtual uint64_t Bytes() const = 0;
-    /// The step's large arrays, always in the same order. A history may keep their content
-    /// elsewhere in compressed form and leave them empty meanwhile; it brings it back before Apply
-    /// and for UndoHistory::Step. Not called while another thread compresses. A step without is
-    /// kept as it is.
+    /// The large arrays of the step, always in the same order. A history may store their content
+    /// elsewhere in compressed form and leave them empty in the meantime. It restores the content
+    /// before Apply and for UndoHistory::Step. Not called while another thread compresses. A step
+    /// without such arrays is stored as it is.
     virtual std::vector<StepArray> Arrays() { return {}; }
 
     std::string label;
-    /// Taken back and brought again together with the step before it.
+    /// Undone and redone together with the previous step.
     bool joinPrevious = false;
 };
 
-/// How a history keeps its steps beyond the newest.
+/// Settings for the storage of steps other than the newest.
 struct UndoKeeping {
-    /// Steps whose arrays hold fewer bytes stay as they are.
+    /// Steps with fewer bytes in arrays are not packed.
     uint64_t leastPackedBytes = 4096;
-    /// Steps so far from the position, counted in steps, are packed tightly.
+    /// Steps that are more than this number of steps away from the position are packed tightly.
     std::size_t tightenBeyond = 16;
 };
 
 class StepKeeper;
 class StepRecord;
 
-/// Steps of one geometry within a budget of bytes; the oldest are dropped first, but the newest
-/// always stays. A new step drops what was undone. Steps that are joined form a group, which is
+/// The steps of one geometry within a byte budget. The oldest steps are dropped first, but the
+/// newest always remains. A new step drops the undone steps. Joined steps form a group, which is
 /// undone, redone and dropped as a whole.
 ///
-/// A finished step is compressed by a thread of the history's own, quickly at first, and tightly
-/// when enough newer ones lie on it. What is dropped does not depend on how far that thread has
-/// come: where the budget is passed, it is waited for first. Undo and redo wait only for the step
-/// at hand; a long way back through the file waits now and then for what goes into it instead.
+/// A finished step is compressed by a thread of the history, quickly at first, and tightly when
+/// enough newer steps follow it. The selection of steps to drop does not depend on the progress of
+/// that thread: if the budget is exceeded, the history first waits for it. Undo and redo wait only
+/// for the step that they apply; when many steps are read back from the file, they occasionally
+/// wait for data to be written to the file.
 ///
-/// Memory: within the budget, but for the newest step if that alone is larger. While a step is
-/// taken or applied it counts beside the budget, and so does one that changes from one form to
-/// another.
+/// Memory: within the budget, unless the newest step alone is larger. A step that is being unpacked
+/// or applied, or that is being converted to another form, is counted in addition to the budget.
 ///
 /// For one thread. Undo and redo are refused during a stroke.
 class TROVIK_API UndoHistory {
@@ -65,25 +65,28 @@ public:
     UndoHistory(const UndoHistory&) = delete;
     UndoHistory& operator=(const UndoHistory&) = delete;
 
-    /// Takes a step that is already done. A step that asks to be joined stands for itself when no
-    /// done step precedes it.
+    /// Adds a step that has already been done. A step with joinPrevious stands alone if no done
+    /// step precedes it.
     void Push(std::unique_ptr<UndoStep> step);
-    /// Takes the step of one mesh of a stroke. It is joined to the newest step exactly when that
-    /// came from the same stroke and nothing happened to the history in between, whatever
-    /// `joinPrevious` of the step says.
-    /// \param strokeNumber  tells strokes apart; not 0.
+    /// Adds the step of one mesh of a stroke. It is joined to the newest step if that belongs to
+    /// the same stroke and the history has not changed in between, regardless of `joinPrevious` of
+    /// the step.
+    /// \param strokeNumber  identifies the stroke; not 0.
     void PushOfStroke(std::unique_ptr<UndoStep> step, uint64_t strokeNumber);
-    /// The next step to be pushed joins the newest one, whatever it asks for; false: it does not.
+    /// If `on` is true, the next step to be pushed joins the newest one, regardless of its
+    /// joinPrevious. False cancels this.
     void JoinNext(bool on) { joinNext = on; }
-    /// Called before undo and redo with what is asked for, as in "undo"; refuses by an exception.
+    /// Sets a function that is called before undo and redo with the name of the action, such as
+    /// "undo". It refuses the action by throwing.
     void SetGuard(std::function<void(const std::string& action)> newGuard) {
         guard = std::move(newGuard);
     }
     bool CanUndo() const;
     bool CanRedo() const;
-    /// \return false when there is nothing to undo. When a step throws, those of its group that
-    /// were taken back before stay so, and the position is that of the mesh.
-    /// \throw HostError when the step lies in the file and cannot be read again whole, and while a
+    /// \return false if there is nothing to undo.
+    /// If a step throws, the steps of its group that were already undone stay undone, and the
+    /// position matches the mesh.
+    /// \throw HostError if the step is in the file and cannot be read back intact, and while a
     /// stroke on the geometry is open (SetGuard).
     bool Undo(LevelGeometry& geometry);
     bool Redo(LevelGeometry& geometry);
@@ -92,73 +95,77 @@ public:
     uint64_t Budget() const { return budget; }
     void SetKeeping(const UndoKeeping& newKeeping) { keeping = newKeeping; }
 
-    /// From now on, steps that do not fit the budget go into a temporary file in this folder
-    /// instead of being dropped, those farthest from the position first. The file takes at most
-    /// eight times the budget; beyond that the oldest are dropped. It has no name in the folder and
-    /// is gone when the program ends. Empty: no more steps go there.
+    /// From now on, steps that exceed the budget are moved into a temporary file in this folder
+    /// instead of being dropped, starting with those farthest from the position. The file grows to
+    /// at most eight times the budget; beyond that the oldest steps are dropped. It has no name in
+    /// the folder and disappears when the program ends. An empty name stops further writing.
     ///
-    /// When the file cannot be written (a full disk), the step stays in memory, no more go there,
-    /// and TakeProblem tells why. \throw HostError when no file can be made in the folder.
+    /// If the file cannot be written (for example because the disk is full), the step stays in
+    /// memory, no more steps are written, and TakeProblem returns the reason.
+    /// \throw HostError if the file cannot be created in the folder.
     void SetSpillFolder(const std::string& folder);
-    /// What went wrong with the file since the last call, in one line; empty for nothing.
+    /// Returns the error of the file since the last call, in one line; empty if there was none.
     std::string TakeProblem();
-    /// Bytes of steps that lie in the file.
+    /// Bytes of the steps in the file.
     uint64_t SpilledBytes() const;
-    /// The file, as this process can open it; empty without one.
+    /// A path under which this process can open the file; empty if there is none.
     std::string SpillPath() const;
 
-    /// Bytes of all steps in memory, compressed, being compressed, and waiting for it.
+    /// Bytes of all steps in memory: compressed, being compressed, and waiting for compression.
     uint64_t Bytes() const;
-    /// The most that these ever were.
+    /// The maximum of Bytes() so far.
     uint64_t PeakBytes() const;
-    /// Waits until everything is compressed that is to be.
+    /// Waits until all pending compression is done.
     void Settle() const;
 
     std::size_t StepCount() const { return steps.size(); }
-    /// Number of steps that are done now; steps behind it can be redone.
+    /// Number of done steps; the steps after them can be redone.
     std::size_t Position() const { return done; }
     const std::string& Label(std::size_t index) const { return Shell(index).label; }
-    /// Bytes of one step as it is kept now, in memory or in the file.
+    /// Current size of one step in bytes, in memory or in the file.
     uint64_t StepBytes(std::size_t index) const;
-    /// The step with its content, which is there until the history is changed next.
+    /// Returns the step with its content, which is valid until the next change of the history.
     const UndoStep& Step(std::size_t index) const;
-    /// The step; its arrays may be empty because they are compressed. For its type and its small
-    /// members.
+    /// Returns the step, possibly with empty arrays because they are compressed. Used to read its
+    /// type and small members.
     const UndoStep& Shell(std::size_t index) const;
 
-    /// Label for the steps of strokes that finish from now on.
+    /// Sets the label for the steps of strokes that finish from now on.
     void SetNextLabel(const std::string& label) { nextLabel = label; }
     const std::string& NextLabel() const { return nextLabel; }
 
 private:
     struct Entry {
         std::shared_ptr<StepRecord> record;
-        /// Asked to be packed tightly since it was last open.
+        /// Whether tight packing was requested since the step was last open.
         bool aged = false;
     };
     void ApplyStep(std::size_t index, LevelGeometry& geometry);
     void DropLast();
     void DropFirst();
-    /// Brings the history into the budget by the file and by dropping.
+    /// Reduces the history to the budget by moving steps into the file and by dropping steps.
     void Fit();
     void DropOldest(uint64_t most);
-    /// Drops the group that is the first to go. \return false when only one is left.
+    /// Drops the group that is the first to be dropped.
+    /// \return false if only one group is left.
     bool DropGroup();
     void SpillFarthest();
     uint64_t NewestGroupBytes() const;
-    /// Has everything compressed that was left open, and tightened what has become old.
+    /// Requests compression of all steps that were left open, and tight compression of those that
+    /// have become old.
     void PackOpened();
 
     std::function<void(const std::string&)> guard;
     std::deque<Entry> steps;
-    /// Ends before the steps, so that none is at work in its thread when they go.
+    /// Must be destroyed before the steps, so that its thread does not access them.
     std::unique_ptr<StepKeeper> keeper;
     std::size_t done = 0;
     uint64_t budget;
     UndoKeeping keeping;
-    /// Steps whose content was asked for since the last change.
+    /// Steps whose content was requested since the last change.
     mutable std::vector<std::size_t> opened;
-    /// Stroke of the newest step; 0 when it is of no stroke or the position has moved since.
+    /// Stroke of the newest step; 0 if it does not belong to a stroke or if the position has
+    /// changed since.
     uint64_t lastStroke = 0;
     bool joinNext = false;
     std::string nextLabel = "Stroke";

@@ -7,12 +7,13 @@ namespace trovik {
 
 class UndoHistory;
 
-/// Registers the preferences "Undo Budget", in MiB, 1024 at first, and "Undo File", off at first:
-/// steps beyond the budget go into a temporary file rather than being dropped.
+/// Registers the preferences "Undo Budget", in MiB, initially 1024, and "Undo File", initially off.
+/// With the latter, steps beyond the budget are moved into a temporary file instead of being
+/// dropped.
 TROVIK_API void RegisterUndoPreferences();
 
-/// Sets up a history by the preferences. The file lies in the system's folder for temporary files.
-/// \throw HostError when no file can be made there.
+/// Applies the preferences to a history. The file is in the system folder for temporary files.
+/// \throw HostError if the file cannot be created there.
 TROVIK_API void ApplyUndoPreferences(UndoHistory& history);
 
 }  // namespace trovik

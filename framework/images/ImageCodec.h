@@ -14,21 +14,22 @@ struct EncodedImage {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     std::uint32_t channels = 0;
-    /// One line of text to store with the pixels; empty for none.
+    /// One line of text to store with the pixels; may be empty.
     std::string description;
 };
 
-/// Decodes and encodes image formats. The implementation is the module `trovik-openimageio`, since
-/// OpenImageIO and the hundreds of libraries behind it take most of a second to load.
-/// All functions may be called from several threads.
+/// Decodes and encodes image formats. The implementation is the module `trovik-openimageio`,
+/// because OpenImageIO and the hundreds of libraries that it needs take most of a second to load.
+/// All functions are thread-safe.
 class ImageCodec {
 public:
-    /// See ReadImageFile. The file exists.
+    /// See ReadImageFile. The file must exist.
     virtual FloatImage Read(const std::string& path, std::size_t maxBytes) const = 0;
-    /// See ReadImageDescription. The file exists.
+    /// See ReadImageDescription. The file must exist.
     virtual std::string ReadDescription(const std::string& path) const = 0;
-    /// The bytes of an image file in the format that the extension of `path` names. Nothing is
-    /// written. \throw HostError naming the path and the reason.
+    /// Returns the bytes of an image file in the format that the extension of `path` selects.
+    /// Nothing is written.
+    /// \throw HostError with the path and the reason.
     virtual std::vector<unsigned char> Encode(const std::string& path,
                                               const EncodedImage& image) const = 0;
 
@@ -36,7 +37,8 @@ protected:
     ~ImageCodec() = default;
 };
 
-/// Loads the module at the first call. \throw HostError naming the module and the reason.
+/// Returns the codec; the first call loads the module.
+/// \throw HostError with the module and the reason.
 const ImageCodec& LoadedImageCodec();
 
 }  // namespace trovik

@@ -22,8 +22,8 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image) {
         ThrowImageError("write", path, "it has no pixels");
     constexpr std::uint32_t maxSide = std::numeric_limits<int>::max();
     if (image.width > maxSide || image.height > maxSide || image.channels > maxSide)
-        ThrowImageError("write", path, "it has more pixels than any image format can hold");
-    // Into memory first: some formats of the library do not report a full disk.
+        ThrowImageError("write", path, "it has more pixels than any image format can store");
+    // Encodes into memory first, because some formats of the library do not report a full disk.
     const std::vector<unsigned char> bytes = LoadedImageCodec().Encode(path, image);
     OutputFile file(path);
     file.Write(bytes.data(), bytes.size());
@@ -33,7 +33,7 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image) {
 }  // namespace
 
 const ImageCodec& LoadedImageCodec() {
-    // The libraries map about 400 MiB, and start threads in number of the processors.
+    // The libraries map about 400 MiB and start as many threads as there are processors.
     static const auto& codec = ModuleInterface<ImageCodec>(
         {"trovik-openimageio.so",
          "images",
@@ -42,7 +42,8 @@ const ImageCodec& LoadedImageCodec() {
 }
 
 FloatImage ReadImageFile(const std::string& path, std::size_t maxBytes) {
-    // Called first for the system's reason, which is more exact than the library's.
+    // Called first, because the reason given by the system is more precise than that of the
+    // library.
     RegularFileSize(path);
     if (IsPngFile(path)) return ReadPngFile(path, maxBytes);
     return LoadedImageCodec().Read(path, maxBytes);
@@ -78,8 +79,7 @@ void WriteImageFile(const std::string& path,
                     std::uint32_t channels) {
     const std::string extension = LowerExtension(path);
     if (extension != ".tif" && extension != ".tiff") {
-        ThrowImageError(
-            "write", path, "signed values are written to files that end in .tif or .tiff only");
+        ThrowImageError("write", path, "signed values can be written only to .tif and .tiff files");
     }
     EncodeAndWrite(path, {SampleType::Int16, pixels, width, height, channels, {}});
 }
@@ -89,8 +89,7 @@ void WriteFloatImageFile(const std::string& path,
                          const std::string& description) {
     const std::string extension = LowerExtension(path);
     if (extension != ".exr" && extension != ".tif" && extension != ".tiff") {
-        ThrowImageError(
-            "write", path, "floats are written to files that end in .exr, .tif or .tiff only");
+        ThrowImageError("write", path, "floats can be written only to .exr, .tif and .tiff files");
     }
     assert(image.pixels.size() == std::size_t{image.width} * image.height * image.channels &&
            "one value per pixel and channel");

@@ -17,40 +17,42 @@ struct FloatImage {
     std::uint32_t channels = 0;
     /// width * height * channels values.
     std::vector<float> pixels;
-    /// True where the file holds floats: the values are the file's own, of any size and sign.
-    /// False where it holds whole numbers: unsigned ones are mapped to 0 .. 1, signed ones divided
-    /// by their type's largest.
+    /// True if the file contains floats: the values are those of the file, of any size and sign.
+    /// False if it contains integers: unsigned values are mapped to 0 .. 1, signed values are
+    /// divided by the largest value of their type.
     bool isFloat = false;
 };
 
-/// The largest image that ReadImageFile takes unless told otherwise: 16384 x 16384 values.
+/// The default size limit of ReadImageFile: 16384 x 16384 values.
 inline constexpr std::size_t DefaultMaxImageBytes = std::size_t{1} << 30;
 
-/// Reads an image file, such as TIFF, PNG, EXR or JPEG; the content decides the format.
+/// Reads an image file, such as TIFF, PNG, EXR or JPEG; its content determines the format.
 ///
-/// Numbers are taken as they stand: an 8-bit value v becomes the float nearest to v / 255, 16 and
-/// 32 bits alike; no colour space is converted, and colours are not multiplied by alpha. Of
-/// several images in a file the first is read, of an EXR's windows the data window.
-/// \param maxBytes  most memory that the pixels may take as floats.
-/// \throw HostError naming the file and the reason: not there, damaged, too large (with size and
-/// limit, before anything is allocated), values that are not finite (with their place).
+/// Values are not converted further: an 8-bit value v becomes the float nearest to v / 255, and 16
+/// and 32 bits correspondingly. Colour spaces are not converted, and colours are not multiplied by
+/// alpha. If a file contains several images, the first one is read; of an EXR file, the data
+/// window.
+/// \param maxBytes  maximum memory of the pixels as floats.
+/// \throw HostError with the file and the reason: missing; damaged; too large (with size and limit,
+/// before memory is allocated); values that are not finite (with their location).
 TROVIK_API FloatImage ReadImageFile(const std::string& path,
                                     std::size_t maxBytes = DefaultMaxImageBytes);
 
-/// Writes 8-bit values as they stand; the extension names the format (`.png`, `.tif`, `.jpg`, ...).
+/// Writes 8-bit values unchanged; the extension selects the format (`.png`, `.tif`, `.jpg`, ...).
 ///
-/// The file is complete or not there: see FileReplacement. The same values give the same bytes.
+/// The file is written completely or not at all: see FileReplacement. The same values give the same
+/// bytes.
 /// \param pixels  width * height * channels values, rows from top to bottom; not null.
 /// \param channels  1 grey, 2 grey and alpha, 3 colour, 4 colour and alpha.
-/// \throw HostError naming the file and the reason.
+/// \throw HostError with the file and the reason.
 TROVIK_API void WriteImageFile(const std::string& path,
                                const std::uint8_t* pixels,
                                std::uint32_t width,
                                std::uint32_t height,
                                std::uint32_t channels);
 
-/// The same for 16-bit values, into formats that hold them (`.tif`, `.png`).
-/// \param description  one line of text to store beside the pixels; empty for none.
+/// Writes 16-bit values in the same way, in formats that support them (`.tif`, `.png`).
+/// \param description  one line of text to store with the pixels; may be empty.
 TROVIK_API void WriteImageFile(const std::string& path,
                                const std::uint16_t* pixels,
                                std::uint32_t width,
@@ -58,27 +60,27 @@ TROVIK_API void WriteImageFile(const std::string& path,
                                std::uint32_t channels,
                                const std::string& description = std::string());
 
-/// The same for signed 16-bit values, which `.tif` and `.tiff` alone hold: any other extension is
-/// refused. ReadImageFile gives value / 32767.
+/// Writes signed 16-bit values in the same way. Only `.tif` and `.tiff` support them; any other
+/// extension is rejected. ReadImageFile returns value / 32767.
 TROVIK_API void WriteImageFile(const std::string& path,
                                const std::int16_t* pixels,
                                std::uint32_t width,
                                std::uint32_t height,
                                std::uint32_t channels);
 
-/// Writes floats bit for bit; the extension is one of `.exr`, `.tif`, `.tiff`. The same values give
+/// Writes floats bit-exactly; the extension must be `.exr`, `.tif` or `.tiff`. The same values give
 /// the same bytes.
 ///
-/// The file is complete or not there: see FileReplacement.
-/// \param image  isFloat is not used.
-/// \param description  one line of text to store beside the pixels; empty for none.
-/// \throw HostError naming the file and the reason; also for a value that is not finite.
+/// The file is written completely or not at all: see FileReplacement.
+/// \param image  isFloat is ignored.
+/// \param description  one line of text to store with the pixels; may be empty.
+/// \throw HostError with the file and the reason; also for a value that is not finite.
 TROVIK_API void WriteFloatImageFile(const std::string& path,
                                     const FloatImage& image,
                                     const std::string& description = std::string());
 
-/// The text that was stored beside the pixels; empty where the file holds none.
-/// \throw HostError naming the file and the reason.
+/// Returns the text that was stored with the pixels; empty if the file has none.
+/// \throw HostError with the file and the reason.
 TROVIK_API std::string ReadImageDescription(const std::string& path);
 
 }  // namespace trovik

@@ -10,7 +10,8 @@
 namespace trovik {
 
 void ThrowImageError(const char* doing, const std::string& path, std::string reason) {
-    // Messages of libraries may hold several lines and end in line breaks; ours are one sentence.
+    // Messages of libraries may contain several lines and end in line breaks; the messages of this
+    // system are one sentence.
     std::replace(reason.begin(), reason.end(), '\n', ' ');
     reason.erase(reason.find_last_not_of(' ') + 1);
     if (reason.empty()) {
@@ -29,7 +30,8 @@ void CheckImageSize(const std::string& path,
     if (width <= 0 || height <= 0 || channels <= 0) {
         ThrowImageError("read", path, "its size is given as " + size);
     }
-    // Three numbers below 2^31 and a four fit 128 bits, not 64: divide instead of multiplying.
+    // The product of width, height, channels and 4 may exceed 64 bits, so the check divides
+    // instead.
     const std::uint64_t rowValues =
         static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(channels);
     const std::uint64_t maxValues = maxBytes / sizeof(float);

@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::size_t SignatureBytes = 8;
 
-/// libpng reports errors by a long jump. Each call into it is guarded by Run, between whose jump
-/// and target no object of ours lives.
+/// libpng reports errors by a long jump. Each call into it is guarded by Run. No object with a
+/// destructor exists between the jump and its target.
 class PngReader {
 public:
     explicit PngReader(const std::string& filePath) : path(filePath) {
@@ -57,7 +57,7 @@ public:
         image.pixels.resize(std::size_t{image.width} * image.height * image.channels);
         const bool isWide = png_get_bit_depth(png, info) == 16;
         const std::size_t rowBytes = png_get_rowbytes(png, info);
-        // An interlaced image is complete only after its last pass over all rows.
+        // An interlaced image is complete only after the last pass over all rows.
         std::vector<png_byte> rows(rowBytes * (passes > 1 ? image.height : 1));
         for (int pass = 0; pass < passes; ++pass) {
             for (std::uint32_t y = 0; y < image.height; ++y) {
@@ -98,7 +98,7 @@ private:
         png_longjmp(png, 1);
     }
 
-    /// What libpng warns of, such as an odd colour profile, changes no sample.
+    /// Conditions that libpng warns of, such as an unusual colour profile, do not change samples.
     static void OnWarning(png_structp, png_const_charp) {}
 
     static void OnRead(png_structp png, png_bytep bytes, std::size_t count) {
@@ -126,7 +126,7 @@ private:
 
     static constexpr std::size_t MaxReasonBytes = 200;
 
-    /// A member of its own, so that it is also released when the constructor of the reader throws.
+    /// A separate member, so that it is also released if the constructor of the reader throws.
     struct Handles {
         Handles() = default;
         ~Handles() { png_destroy_read_struct(&png, &info, nullptr); }

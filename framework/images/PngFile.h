@@ -7,19 +7,19 @@
 #include <string>
 
 /// \file
-/// PNG files through libpng itself. OpenImageIO's reader lets libpng print its messages to standard
-/// error, and loses memory when a file is damaged.
+/// PNG files, read directly with libpng. The reader of OpenImageIO lets libpng print messages to
+/// standard error, and leaks memory if a file is damaged.
 namespace trovik {
 
-/// True if the file begins as PNG files do, whatever its name.
+/// Returns whether the file has the signature of a PNG file, regardless of its name.
 /// \throw HostError if it cannot be read.
 bool IsPngFile(const std::string& path);
 
-/// As ReadImageFile. Palettes become colours, transparent colours alpha, and samples of fewer than
-/// eight bits are scaled to eight.
+/// See ReadImageFile. Palettes are converted to colours, transparent colours to alpha, and samples
+/// with fewer than eight bits are scaled to eight.
 FloatImage ReadPngFile(const std::string& path, std::size_t maxBytes);
 
-/// As ReadImageDescription: the text "Description".
+/// See ReadImageDescription: returns the text "Description".
 std::string ReadPngDescription(const std::string& path);
 
 }  // namespace trovik

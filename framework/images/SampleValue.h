@@ -6,13 +6,13 @@
 
 namespace trovik {
 
-/// A sample of an image as a float: whole numbers divided by the largest of their type.
+/// Converts an image sample to a float: integers are divided by the largest value of their type.
 template <class Sample>
 float SampleValue(Sample sample) {
     if constexpr (std::is_floating_point_v<Sample>) {
         return static_cast<float>(sample);
     } else if constexpr (sizeof(Sample) < 4) {
-        // Both numbers are floats exactly, so that this is the float nearest to the quotient.
+        // Both numbers are exact as floats, so this is the float nearest to the quotient.
         constexpr auto Largest = static_cast<float>(std::numeric_limits<Sample>::max());
         return static_cast<float>(sample) / Largest;
     } else {

@@ -23,7 +23,7 @@ struct Colour {
     float c[3];
 };
 
-/// The three colours of a pixel, with alpha where it counts.
+/// Returns the three colours of a pixel, multiplied by alpha where it applies.
 Colour ColourOf(const float* pixel, uint32_t channels, bool isFloat) {
     const bool grey = channels <= 2;
     const bool hasAlpha = !isFloat && (channels == 2 || channels == 4);
@@ -32,7 +32,7 @@ Colour ColourOf(const float* pixel, uint32_t channels, bool isFloat) {
     return {{pixel[0] * alpha, pixel[1] * alpha, pixel[2] * alpha}};
 }
 
-/// In double precision, so that the mean of equal values is that value.
+/// Computed in double precision, so that the mean of equal values is exactly that value.
 float MeanOf(const Colour& colour, bool grey) {
     if (grey) return colour.c[1];
     const double sum = (static_cast<double>(colour.c[0]) + static_cast<double>(colour.c[1])) +
@@ -97,8 +97,9 @@ StampCache::FileState StampCache::StateOf(const std::string& path) {
 
 namespace {
 
-/// Reads a stamp within the limit, also for what the brush makes of it: the name of a vector stamp
-/// asks for three values a pixel, whatever the file has.
+/// Reads a stamp within the size limit. The limit also applies to the copy of the brush: if the
+/// name is that of a vector displacement map, the brush requests three values per pixel, regardless
+/// of the file.
 FloatImage ReadStamp(const std::string& path, std::size_t maxBytes) {
     FloatImage image = ReadImageFile(path, maxBytes);
     const std::size_t values = std::size_t{image.width} * image.height * 3;
@@ -115,7 +116,7 @@ FloatImage ReadStamp(const std::string& path, std::size_t maxBytes) {
 }  // namespace
 
 std::shared_ptr<StampImage> StampCache::Get(const std::string& path, std::size_t maxBytes) {
-    // Taken before the read: a file that changes while it is read is read again the next time.
+    // Taken before the read, so that a file that changes during the read is read again next time.
     const FileState state = StateOf(path);
     std::error_code failed;
     const std::filesystem::path canonical = std::filesystem::canonical(path, failed);
@@ -137,8 +138,8 @@ std::shared_ptr<StampImage> StampCache::Get(const std::string& path, std::size_t
     const std::string file = std::filesystem::path(path).filename().string();
     auto image = std::make_shared<StampImage>(
         std::move(pixels), IsVectorStampName(file) ? imageOfDirections : imageOfValues);
-    // A brush knows an image by its address and version; no two have both alike, even where one
-    // took the memory of another.
+    // A brush identifies an image by its address and version. The version is advanced so that no
+    // two images have the same pair, even if one reuses the memory of another.
     for (uint64_t i = 0; i < reads; ++i) image->ContentChanged();
     entries.push_front({name, state, image});
     DropIdle(maxIdleStampBytes);

@@ -10,26 +10,28 @@
 
 namespace trovik {
 
-/// A stamp: pixels of a file as a brush reads them.
+/// A stamp: the pixels of a file in the form that a brush reads.
 ///
-/// One value per pixel is the mean of the colour channels; three are the colours. Channels:
-///   1  grey; as three values it is the second one, which a vector stamp takes for the height
-///   2  grey and alpha
-///   3  colour
-///   4  colour and alpha
-///   more: the first three are the colours, the others unused
-/// Alpha of whole numbers multiplies the colours, so that what cannot be seen pushes nothing; files
-/// of floats hold colours that are multiplied already, and their alpha is unused.
+/// If one value per pixel is requested, it is the mean of the colour channels; if three are
+/// requested, they are the colours. The number of channels of the file determines their meaning:
+/// - 1: grey. As three values, it is the second one, which a vector stamp uses as the height.
+/// - 2: grey and alpha.
+/// - 3: colour.
+/// - 4: colour and alpha.
+/// - more: the first three are the colours, the others are unused.
+///
+/// Integer alpha multiplies the colours, so that transparent pixels displace nothing. Float files
+/// contain premultiplied colours, and their alpha is unused.
 class TROVIK_API StampImage : public Image {
 public:
-    /// \param kind  what ImageKind answers.
+    /// \param kind  the result of ImageKind.
     StampImage(FloatImage image, int kind);
 
     uint32_t Width() const override { return image.width; }
     uint32_t Height() const override { return image.height; }
     int ImageKind() const override { return kind; }
-    /// `buffer` takes width * height * descriptor->channels floats, as the file has them: no colour
-    /// transform, signs kept. Channels: 1 or 3.
+    /// Fills `buffer` with width * height * descriptor->channels floats, as stored in the file: no
+    /// colour conversion, signs preserved. Channels: 1 or 3.
     void getTile(int x,
                  int y,
                  int width,
@@ -37,7 +39,7 @@ public:
                  void* buffer,
                  const PixelDescriptor* descriptor) override;
 
-    /// Other pixels in the place of these; the version moves on.
+    /// Replaces the pixels and increments the version.
     void Replace(FloatImage newImage);
     std::size_t Bytes() const { return image.pixels.capacity() * sizeof(float); }
 
@@ -46,34 +48,37 @@ private:
     int kind;
 };
 
-/// Most memory that one stamp may take as floats, 512 MiB: a grey one of 11585 x 11585 pixels. The
-/// brush holds its pixels a second time.
+/// Maximum memory of one stamp as floats, 512 MiB: a grey stamp of 11585 x 11585 pixels. The brush
+/// stores a second copy of its pixels.
 inline constexpr std::size_t maxStampBytes = std::size_t{1} << 29;
-/// Most memory that stamps which no brush uses may take before the oldest are dropped.
+/// Maximum memory of stamps that no brush uses, before the oldest are dropped.
 inline constexpr std::size_t maxIdleStampBytes = std::size_t{1} << 29;
 
-/// True for the names of vector displacement maps: ".vdm" or "_vdm" anywhere, in any case.
+/// Returns whether the name is that of a vector displacement map: it contains ".vdm" or "_vdm"
+/// anywhere, in any case.
 TROVIK_API bool IsVectorStampName(const std::string& fileName);
 
-/// Stamps by file. A file is read once and again only when its size, time or identity has changed;
-/// the new pixels then go into the same image, so that whoever holds it sees its version move.
-/// Used on the host's main thread only.
+/// Cache of stamps by file. A file is read again only if its size, time or identity has changed.
+/// The new pixels then replace those of the same image, so that its owners see the version change.
+/// Used only on the main thread of the host.
 class TROVIK_API StampCache {
 public:
     static StampCache& Instance();
 
-    /// Never null. An image of a vector name answers kind 1, all others kind 0.
-    /// \throw HostError naming the file and the reason, as ReadImageFile does; the limit is
-    /// maxStampBytes unless told otherwise. What the cache held of the file stays.
+    /// Returns the stamp of a file; never null. ImageKind is 1 for an image with the name of a
+    /// vector displacement map, otherwise 0.
+    /// \throw HostError with the file and the reason, like ReadImageFile; the cached image of the
+    /// file is kept.
     std::shared_ptr<StampImage> Get(const std::string& path, std::size_t maxBytes = maxStampBytes);
 
-    /// Files read since the program began.
+    /// Number of files read since the program started.
     uint64_t ReadCount() const { return reads; }
-    /// Drops stamps that nobody else holds, the longest unused first, until the rest take no more.
+    /// Drops stamps that are used only by the cache, least recently used first, until the remaining
+    /// ones are within the limit.
     void DropIdle(std::size_t keepBytes);
 
 private:
-    /// What tells a file from the one that had its name before.
+    /// Identifies a file, so that a replaced file of the same name is detected.
     struct FileState {
         uint64_t device = 0;
         uint64_t inode = 0;
@@ -89,7 +94,7 @@ private:
     };
     static FileState StateOf(const std::string& path);
 
-    /// The most recently used first.
+    /// Most recently used first.
     std::list<Entry> entries;
     uint64_t reads = 0;
 };

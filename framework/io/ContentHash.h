@@ -10,17 +10,17 @@ namespace trovik {
 
 class JobControl;
 
-/// What tells whether a file is still the one that it was, whatever its name and times say.
+/// Identifies the content of a file, independent of its name and times.
 struct ContentHash {
-    /// SHA-256 in 64 lower-case hexadecimal digits, as sha256sum prints it.
+    /// SHA-256 as 64 lower-case hexadecimal digits, as sha256sum prints it.
     std::string sha256;
     std::uint64_t bytes = 0;
 
     bool operator==(const ContentHash&) const = default;
 };
 
-/// Reads a regular file from start to end, a mebibyte at a time.
-/// \throw HostError naming the path and the system's reason; Cancelled.
+/// Reads a regular file from start to end, in blocks of one mebibyte.
+/// \throw HostError with the path and the reason given by the system; Cancelled.
 TROVIK_API ContentHash HashFile(const std::string& path, JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -8,9 +8,9 @@
 
 namespace trovik {
 
-/// CRC-32 as in IEEE 802.3: polynomial 0x04C11DB7 reflected, start and closing inversion; of
-/// "123456789" it is 0xCBF43926. \param before  result for the bytes ahead of these, 0 at the
-/// start.
+/// Computes the CRC-32 of IEEE 802.3: polynomial 0x04C11DB7 reflected, initial and final inversion.
+/// The result for "123456789" is 0xCBF43926.
+/// \param before  the result for the preceding bytes, 0 at the start.
 TROVIK_API uint32_t Crc32(const void* bytes, std::size_t size, uint32_t before = 0);
 
 }  // namespace trovik

@@ -32,7 +32,7 @@ int DiskCalls::RenameNew(const char* from, const char* to) {
     if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) {
         return 0;
     }
-    // Some network file systems know no such renaming.
+    // Some network file systems do not support this kind of rename.
     return errno == EINVAL || errno == ENOSYS ? Rename(from, to) : -1;
 }
 

@@ -8,9 +8,9 @@
 
 namespace trovik {
 
-/// The calls of the system through which files are written that must not be lost: OutputFile,
-/// FileReplacement and JournalWriter make no others. Each works as the function of its name and
-/// tells of an error by errno. Another implementation stands in for a disk that fails.
+/// The system calls for files that must be written reliably. OutputFile, FileReplacement and
+/// JournalWriter use no others. Each function works like the system call of the same name and
+/// reports errors by errno. Another implementation can simulate a failing disk.
 class TROVIK_API DiskCalls {
 public:
     virtual ~DiskCalls();
@@ -19,13 +19,13 @@ public:
     virtual int Sync(int file);
     virtual int Close(int file);
     virtual int Rename(const char* from, const char* to);
-    /// Rename that fails with EEXIST if `to` exists, where the file system can do that at once.
+    /// Rename that fails with EEXIST if `to` exists; atomic if the file system supports it.
     virtual int RenameNew(const char* from, const char* to);
 
-    /// Those in use, at first the system's own.
+    /// The current implementation; initially that of the system.
     static DiskCalls& Current();
-    /// Has all files written through these from now on; null for the system's own. Borrowed. Not
-    /// to be called while files are being written.
+    /// Sets the implementation for all files that are written from now on; null selects that of the
+    /// system. Borrowed. Must not be called while files are being written.
     static void Use(DiskCalls* calls);
 };
 

@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Whether an open file is the one that the path names now.
+/// Returns whether an open file is the one that currently has this path.
 bool IsFileAt(const std::string& path, int file) {
     struct stat open = {};
     struct stat named = {};
@@ -23,8 +23,8 @@ bool IsFileAt(const std::string& path, int file) {
 }  // namespace
 
 FileLock::FileLock(const std::string& path) {
-    // Another attempt for each replacement of the file that happens just now. A file system on
-    // which files change their numbers would never end.
+    // Tries again if the file is replaced in the meantime. The limit ends the loop on a file system
+    // whose inode numbers change.
     constexpr int maxAttempts = 100;
     for (int attempt = 0; attempt < maxAttempts; ++attempt) {
         if (file >= 0) close(std::exchange(file, -1));
@@ -35,8 +35,8 @@ FileLock::FileLock(const std::string& path) {
 }
 
 FileLock::Result FileLock::Try(const std::string& path) {
-    // Locks of network file systems need a file that is open for writing. Non-blocking, since a
-    // pipe of this name could make the call wait for ever.
+    // Network file systems require a file that is open for writing. Non-blocking, because a pipe
+    // with this name could block the call for ever.
     file = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     if (file < 0 && errno != ENOENT) file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (file < 0) return errno == ENOENT ? Result::Absent : Result::Unavailable;

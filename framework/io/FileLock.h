@@ -7,21 +7,23 @@
 
 namespace trovik {
 
-/// Tries to lock a file for this object alone (flock), without waiting. The system releases the
-/// lock when the object or the process ends, in whatever way, so a lock says that its holder lives.
+/// Tries to get an exclusive lock on a file (flock) without waiting. The system releases the lock
+/// when the object is destroyed or the process ends, even by a crash, so a held lock means that its
+/// holder still exists.
 class TROVIK_API FileLock {
 public:
     enum class Result {
         Locked,
         /// Another object or process holds the lock.
         Busy,
-        /// There is no such file.
+        /// The file does not exist.
         Absent,
-        /// The file system has no locks, or the file may not be opened.
+        /// The file system does not support locks, or the file cannot be opened.
         Unavailable
     };
 
-    /// Locks the file that the path names when this returns, also if the file is being replaced.
+    /// Locks the file that has this path when the constructor returns, even if the file is being
+    /// replaced.
     explicit FileLock(const std::string& path);
     ~FileLock();
     FileLock(const FileLock&) = delete;

@@ -34,9 +34,10 @@ std::function<void(const std::string&)>& Notes() {
 /// extension of the target.
 constexpr std::string_view partMark = ".part";
 
-/// What names of new files begin with, the first dot included, for a mark of this length.
+/// Returns the start of the names of new files, up to the first dot, for a mark of this length.
 std::string StemBeside(const fs::path& target, std::size_t markBytes) {
-    // Most file systems end names at 255 bytes; a target of such a name still gets its new file.
+    // Most file systems limit names to 255 bytes; the new file of a target with such a name must
+    // fit too.
     constexpr std::size_t maxNameBytes = 255;
     std::string stem = target.stem().string();
     const std::size_t rest = markBytes + target.extension().string().size();
@@ -45,7 +46,7 @@ std::string StemBeside(const fs::path& target, std::size_t markBytes) {
     return stem;
 }
 
-/// A name of its own for each new file of this process, in the folder of `target`.
+/// Returns a unique name for each new file of this process, in the folder of `target`.
 std::string NewNameBeside(const fs::path& target) {
     static std::atomic<unsigned> counter{0};
     const std::string mark =
@@ -55,7 +56,7 @@ std::string NewNameBeside(const fs::path& target) {
         .string();
 }
 
-/// Whether NewNameBeside of some process makes this name for `target`.
+/// Returns whether NewNameBeside in any process generates this name for `target`.
 bool IsNewNameOf(const fs::path& target, const std::string& name) {
     const std::string ending = std::string(partMark) + target.extension().string();
     const std::size_t dot = name.size() <= ending.size()
@@ -88,12 +89,14 @@ std::string FollowLinks(const std::string& path) {
     return path;
 }
 
-/// Some file systems cannot sync a folder, or anything, and say so; that is no failed write.
+/// Some file systems report that they cannot sync a folder, or any file. This is not a failed
+/// write.
 bool SyncFailed(int file) {
     return DiskCalls::Current().Sync(file) != 0 && errno != EINVAL && errno != EROFS;
 }
 
-/// Opens, syncs and closes. \return 0 or the system's error.
+/// Opens, syncs and closes a file.
+/// \return 0 or the error number of the system.
 int SyncFile(const std::string& path) {
     const int file = DiskCalls::Current().Open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
     if (file < 0) {
@@ -114,7 +117,7 @@ void ThrowFileError(const char* doing, const std::string& path, int systemError)
 std::string LowerExtension(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
     for (char& letter : extension) {
-        // Not tolower, which asks the locale.
+        // tolower would depend on the locale.
         if (letter >= 'A' && letter <= 'Z') {
             letter = static_cast<char>(letter - 'A' + 'a');
         }
@@ -149,14 +152,14 @@ FileReplacement::FileReplacement(const std::string& filePath)
         }
         presentMode = status.st_mode & 07777;
     } else if (errno != ENOENT) {
-        // Such as a name that is too long, which the shorter name of the new file would hide.
+        // For example, the name is too long. The shorter name of the new file would hide that.
         ThrowFileError("write", path, errno);
     }
 
     RemoveAbandoned();
     while (!Create()) {
     }
-    // Best effort: a file of other rights is better than none.
+    // Best effort: a file with different rights is better than none.
     if (presentMode && fchmod(lock, *presentMode | S_IRUSR | S_IWUSR) != 0) {
         errno = 0;
     }
@@ -175,8 +178,8 @@ bool FileReplacement::Create() {
         temporaryPath.clear();
         ThrowFileError("write", path, systemError);
     }
-    // Between the two calls another process may find the file unlocked and remove it. A file system
-    // without locks refuses them to that process, too.
+    // Between the two calls another process may find the file unlocked and remove it. If the file
+    // system has no locks, that process cannot lock the file either.
     const bool isLocked = flock(file, LOCK_EX | LOCK_NB) == 0;
     const bool isTaken = !isLocked && errno == EWOULDBLOCK;
     if (isTaken || (access(temporaryPath.c_str(), F_OK) != 0 && errno == ENOENT)) {
@@ -190,7 +193,7 @@ bool FileReplacement::Create() {
 void FileReplacement::RemoveAbandoned() const {
     const fs::path target(targetPath);
     const fs::path folder = target.parent_path();
-    // std::filesystem's directory iterators end the process when memory is refused.
+    // The directory iterators of std::filesystem terminate the process if an allocation fails.
     const auto close = [](DIR* opened) { closedir(opened); };
     const std::unique_ptr<DIR, decltype(close)> listing(
         opendir(folder.empty() ? "." : folder.c_str()), close);
@@ -201,10 +204,10 @@ void FileReplacement::RemoveAbandoned() const {
         const std::string abandoned = (folder / name).string();
         struct stat status {};
         if (lstat(abandoned.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
-        // Not the process ID in the name, which another process may have by now.
+        // Checks the lock, not the process ID in the name, which another process may have by now.
         const FileLock owned(abandoned);
         if (owned.State() != FileLock::Result::Locked || unlink(abandoned.c_str()) != 0) continue;
-        if (Notes()) Notes()(abandoned + ": removed; a process that was killed left it");
+        if (Notes()) Notes()(abandoned + ": removed; it was left by a process that was killed");
     }
 }
 
@@ -230,7 +233,7 @@ void FileReplacement::Commit(const std::function<void(const std::string&)>& befo
     if (beforeReplacing) {
         beforeReplacing(temporaryPath);
     }
-    // Told before the renaming: behind it nothing may fail, be it for want of memory.
+    // Computed before the rename, because after it nothing may fail, not even an allocation.
     const std::filesystem::path parent = std::filesystem::path(targetPath).parent_path();
     const std::string folder = parent.empty() ? std::string(".") : parent.string();
     DiskCalls& disk = DiskCalls::Current();
@@ -240,7 +243,7 @@ void FileReplacement::Commit(const std::function<void(const std::string&)>& befo
         ThrowFileError("write", path, errno);
     }
     temporaryPath.clear();
-    // The name in the folder must last too. A folder that may not be read cannot be synced.
+    // The directory entry must be synced too. A folder that is not readable cannot be synced.
     const int systemError = SyncFile(folder);
     if (systemError != 0 && systemError != EACCES && systemError != EPERM) {
         throw HostError(path + " is written and in place, but its folder could not be synced: " +

@@ -21,7 +21,7 @@ constexpr std::size_t ReadBytes = std::size_t{1} << 20;
 InputFile::InputFile(const std::string& filePath, JobControl* job)
     : path(filePath),
       size(RegularFileSize(filePath)),
-      // Each element is a byte, and each read many of them.
+      // Each element is a byte, and each read covers many of them.
       phase(job, "Reading the file", size, 1) {
     file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
@@ -44,7 +44,7 @@ bool InputFile::Fill(std::size_t wanted, JobPhase* bytes) {
         if (end == buffer.size()) {
             buffer.resize(std::max(std::max(wanted, ReadBytes), buffer.size() * 2));
         }
-        // Piece by piece, so that the reading of a large piece can be cancelled.
+        // Reads in pieces, so that reading a large block can be cancelled.
         const std::size_t room = std::min(buffer.size() - end, ReadBytes);
         const ssize_t got = read(file, buffer.data() + end, room);
         if (got < 0) {
@@ -110,7 +110,7 @@ bool InputFile::NextLine(std::string_view& line, std::size_t maxBytes) {
 }
 
 const unsigned char* InputFile::Take(std::size_t sizeBytes, JobPhase* bytes) {
-    // Asked for before anything is allocated: a length from the file may be any number.
+    // Checked before memory is allocated, because a length from the file may be any number.
     if (sizeBytes > Remaining() || !Fill(sizeBytes, bytes)) {
         return nullptr;
     }

@@ -12,15 +12,14 @@
 
 namespace trovik {
 
-/// A regular file read from start to end, in lines or in bytes.
+/// A regular file that is read from start to end, by lines or by bytes.
 ///
-/// What is asked for lies in one piece in a buffer, which grows to what was asked for, and never by
-/// more than the file holds.
-/// Errors: HostError naming the path and the system's reason; Cancelled. Not for use by several
-/// threads.
+/// Requested data is contiguous in a buffer, which grows to the requested size, but never beyond
+/// the size of the file. Errors: HostError with the path and the reason given by the system;
+/// Cancelled. Not thread-safe.
 class TROVIK_API InputFile {
 public:
-    /// \param job  reading the whole file is one phase of it, in bytes; null: nobody. Borrowed.
+    /// \param job  reading the whole file is one phase of it, in bytes; may be null. Borrowed.
     /// \throw HostError also for a folder, a device or a pipe.
     explicit InputFile(const std::string& path, JobControl* job = nullptr);
     ~InputFile();
@@ -28,27 +27,30 @@ public:
     InputFile& operator=(const InputFile&) = delete;
 
     const std::string& Path() const { return path; }
-    /// Bytes handed out so far.
+    /// Number of bytes returned so far.
     std::uint64_t Position() const { return position; }
-    /// Bytes not handed out yet, by the size that the file had when it was opened.
+    /// Number of bytes not returned yet, based on the size of the file when it was opened.
     std::uint64_t Remaining() const { return size > position ? size - position : 0; }
 
-    /// Takes the next line, without its end (LF or CR LF); the last may lack one.
+    /// Reads the next line, without its end (LF or CR LF); the last line may have no end.
     /// \param line  valid until the next call.
     /// \return false at the end of the file.
-    /// \throw HostError for a line of more than `maxBytes`.
+    /// \throw HostError for a line longer than `maxBytes`.
     bool NextLine(std::string_view& line, std::size_t maxBytes);
 
-    /// Takes the next `sizeBytes` bytes.
-    /// \param bytes  a phase to which the bytes are added that are read from the system; null:
-    /// none. \return where they lie until the next call; null where the file holds fewer.
+    /// Reads the next `sizeBytes` bytes.
+    /// \param bytes  a phase to which the bytes that are read from the system are added; may be
+    /// null.
+    /// \return a pointer that is valid until the next call; null if the file has fewer bytes left.
     const unsigned char* Take(std::size_t sizeBytes, JobPhase* bytes = nullptr);
 
-    /// Passes over bytes. \return false where the file holds fewer.
+    /// Skips bytes.
+    /// \return false if the file has fewer bytes left.
     bool Skip(std::uint64_t sizeBytes);
 
 private:
-    /// Reads on until `wanted` bytes lie in the buffer; \return false at the end of the file.
+    /// Reads until `wanted` bytes are in the buffer.
+    /// \return false at the end of the file.
     bool Fill(std::size_t wanted, JobPhase* bytes = nullptr);
     std::size_t Buffered() const { return end - begin; }
 

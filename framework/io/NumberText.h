@@ -9,11 +9,12 @@
 
 namespace trovik {
 
-/// The float nearest to a decimal text, whatever the locale: what is too small becomes a signed
-/// zero, what is too large an infinity; `nan` and `inf` are understood.
-/// \return false where the text is no number as a whole.
+/// Parses the float nearest to a decimal text, independent of the locale. Values that are too small
+/// become a signed zero, values that are too large become an infinity; `nan` and `inf` are
+/// accepted.
+/// \return false if the whole text is not a number.
 inline bool ParseFloat(std::string_view text, float& value) {
-    // A plus sign is common in files, but std::from_chars refuses it.
+    // A plus sign is common in files, but std::from_chars rejects it.
     if (text.size() > 1 && text.front() == '+' && text[1] != '-') {
         text.remove_prefix(1);
     }
@@ -23,8 +24,8 @@ inline bool ParseFloat(std::string_view text, float& value) {
         return false;
     }
     if (error == std::errc::result_out_of_range) {
-        // The value is untouched now; which side of the range it left shows in double precision,
-        // or, past that too, in the sign of its exponent.
+        // `value` is not set in this case. Double precision shows whether the number is too small
+        // or too large; if it is outside the range of double too, the sign of the exponent does.
         double wide = 0.0;
         bool tooSmall = false;
         if (std::from_chars(text.data(), end, wide).ec == std::errc()) {

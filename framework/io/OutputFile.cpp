@@ -58,7 +58,7 @@ void OutputFile::WriteThrough(const char* data, std::size_t sizeBytes) {
 
 void OutputFile::Commit(const std::function<void(const std::string&)>& beforeReplacing) {
     Flush();
-    // Network file systems tell of a full disk as late as here.
+    // Network file systems may report a full disk only here.
     const int result = DiskCalls::Current().Close(file);
     file = -1;
     if (result != 0) {

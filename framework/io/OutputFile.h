@@ -14,12 +14,13 @@
 
 namespace trovik {
 
-/// A file written from start to end through a buffer of one mebibyte, and put in place as a whole.
+/// A file that is written from start to end through a buffer of one mebibyte, and replaces its
+/// target as a whole.
 ///
-/// Until Commit the target is as it was; whoever leaves without it, by an error for instance,
-/// leaves no trace. See FileReplacement. Numbers are written alike in every locale.
-/// Errors: HostError naming the path and the system's reason (folder missing, disk full). Cost:
-/// one system call per mebibyte.
+/// Until Commit the target is unchanged. If the object is destroyed without Commit, for example
+/// after an error, no file is left. See FileReplacement. Numbers are written independent of the
+/// locale. Errors: HostError with the path and the reason given by the system (missing folder, full
+/// disk). Cost: one system call per mebibyte.
 class TROVIK_API OutputFile {
 public:
     explicit OutputFile(const std::string& path);
@@ -35,9 +36,9 @@ public:
         *next++ = letter;
     }
 
-    /// The shortest text that brings the float back bit for bit, nine digits at most.
+    /// Writes the shortest text that restores the float exactly, at most nine digits.
     void Number(float value) {
-        // Sign, nine digits, point, and an exponent of four characters, generously.
+        // Sign, nine digits, point, and an exponent of four characters, with a margin.
         Room(LongestNumber);
         next = std::to_chars(next, next + LongestNumber, value).ptr;
     }
@@ -47,7 +48,7 @@ public:
         next = std::to_chars(next, next + LongestNumber, value).ptr;
     }
 
-    /// Brings everything to disk and puts the file in place. To be called once, as the last thing.
+    /// Syncs the content to disk and replaces the target. Called once, after the last write.
     /// \param beforeReplacing  see FileReplacement::Commit.
     void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
@@ -55,7 +56,7 @@ private:
     static constexpr std::size_t BufferBytes = std::size_t{1} << 20;
     static constexpr std::size_t LongestNumber = 32;
 
-    /// Makes room for so many bytes at `next`.
+    /// Makes room for this number of bytes at `next`.
     void Room(std::size_t sizeBytes) {
         if (static_cast<std::size_t>(buffer.get() + BufferBytes - next) < sizeBytes) {
             Flush();

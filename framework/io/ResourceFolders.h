@@ -9,8 +9,9 @@
 
 namespace trovik {
 
-/// Where files that come with the program are looked for, first to last: the folders that an
-/// environment variable lists, separated by colons, or else those of `besideProgram` that exist.
+/// Returns the folders to search for files that are installed with the program, in order: the
+/// folders in an environment variable, separated by colons, or, if it is not set, those of
+/// `besideProgram` that exist.
 /// \param besideProgram  relative to the folder of the running program.
 TROVIK_API std::vector<std::string> ResourceFolders(
     const char* variable, std::initializer_list<const char*> besideProgram);

@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// Hashes a few words of 32 bits.
+/// Hashes several 32-bit words.
 struct WordsHash {
     template <std::size_t count>
     std::size_t operator()(const std::array<std::uint32_t, count>& words) const {

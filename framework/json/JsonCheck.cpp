@@ -21,7 +21,7 @@ bool IsOfType(const std::string& type, const json& value) {
     return value.is_null();
 }
 
-/// An alternative that says nothing but which fields there are.
+/// Returns whether an alternative restricts only the set of fields.
 bool IsChoiceOfFields(const JsonRule& rule) {
     const auto all = [](const std::vector<const JsonRule*>& rules) {
         return std::all_of(
@@ -33,7 +33,7 @@ bool IsChoiceOfFields(const JsonRule& rule) {
            all(rule.oneOf);
 }
 
-/// The fields that such alternatives ask for, in order.
+/// Appends the fields that such alternatives require, in order.
 void AddFields(const std::vector<const JsonRule*>& alternatives, std::vector<std::string>& names) {
     for (const JsonRule* rule : alternatives) {
         names.insert(names.end(), rule->required.begin(), rule->required.end());
@@ -42,7 +42,7 @@ void AddFields(const std::vector<const JsonRule*>& alternatives, std::vector<std
     }
 }
 
-/// One check of a document.
+/// Checks one document.
 class Walk {
 public:
     Walk(std::size_t most, std::vector<JsonFault>& list) : maxFaults(most), faults(list) {}
@@ -58,7 +58,7 @@ public:
         if (value.is_array() && rule.items != nullptr)
             for (std::size_t i = 0; i < value.size() && !IsFull(); ++i)
                 Check(*rule.items, value[i], ItemPointer(pointer, i));
-        // Fields that are misspelt or missing make these wrong, too.
+        // Misspelt or missing fields would cause errors in these checks too.
         if (faults.size() != before) return;
         if (!rule.anyOf.empty()) CheckAlternatives(rule, rule.anyOf, false, value, pointer);
         if (!rule.oneOf.empty()) CheckAlternatives(rule, rule.oneOf, true, value, pointer);
@@ -148,7 +148,7 @@ private:
             ExpectedFields(passing.empty() ? alternatives : passing, value, pointer);
             return;
         }
-        // The one that the value is meant to be, as far as its type tells.
+        // The alternatives whose type matches the value.
         std::vector<const JsonRule*> meant;
         for (const JsonRule* alternative : alternatives)
             if (FitsType(*alternative, value)) meant.push_back(alternative);
@@ -158,7 +158,7 @@ private:
             Expected(rule, value, pointer);
     }
 
-    /// \param alternatives  too many that the object fits, or all if it fits none.
+    /// \param alternatives  if the object matches too many, those; if it matches none, all.
     void ExpectedFields(const std::vector<const JsonRule*>& alternatives,
                         const json& object,
                         const std::string& pointer) {

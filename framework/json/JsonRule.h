@@ -14,13 +14,13 @@
 
 namespace trovik {
 
-/// A schema or a part of one, with its references resolved.
+/// A schema or a part of it, with resolved references.
 struct JsonRule {
     static constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
-    /// Names as a schema has them; empty: any.
+    /// Type names as in a schema; empty if any type is accepted.
     std::vector<std::string> types;
-    /// The only values; empty: any.
+    /// The accepted values; empty if any value is accepted.
     std::vector<nlohmann::json> values;
     std::optional<double> minimum, maximum, above, below;
     std::size_t minLength = 0;
@@ -30,7 +30,7 @@ struct JsonRule {
     std::vector<std::string> required;
     std::size_t maxFields = unlimited;
     bool takesOtherFields = true;
-    /// For fields that `fields` does not name; null: anything.
+    /// Rule for fields that are not in `fields`; null if they are not restricted.
     const JsonRule* otherFields = nullptr;
     std::string entryName = "field";
     std::vector<const JsonRule*> anyOf, oneOf;
@@ -43,7 +43,7 @@ void CheckValue(const JsonRule& rule,
                 std::size_t maxFaults,
                 std::vector<JsonFault>& faults);
 
-/// Whether the value is of one of the rule's types.
+/// Returns whether the value has one of the types of the rule.
 bool FitsType(const JsonRule& rule, const nlohmann::json& value);
 
 }  // namespace trovik

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// Turns the text of a schema into rules.
+/// Converts the text of a schema to rules.
 class JsonSchema::Compiler {
 public:
     Compiler(JsonSchema& made, const nlohmann::json& text) : schema(made), document(text) {}
@@ -30,7 +30,7 @@ private:
             throw std::logic_error("a schema has the reference " + reference);
         schema.rules.push_back(std::make_unique<JsonRule>());
         JsonRule& rule = *schema.rules.back();
-        // Known before it is complete, since a definition may refer to itself.
+        // Registered before it is complete, because a definition may refer to itself.
         definitions[reference] = &rule;
         Fill(rule, document.at(nlohmann::json::json_pointer(reference.substr(1))));
         return &rule;
@@ -137,7 +137,7 @@ nlohmann::json ParseAgainst(const JsonSchema& schema,
         const std::vector<JsonFault> first = schema.Check(document, 1);
         if (!first.empty()) throw HostError(FaultMessage(name, first.front()));
     } else {
-        // A file that is wrong throughout would give a list as long as itself.
+        // A file that is faulty throughout would produce a list as long as the file.
         constexpr std::size_t maxFaults = 1000;
         const std::vector<JsonFault> found = schema.Check(document, maxFaults);
         faults->insert(faults->end(), found.begin(), found.end());

@@ -17,26 +17,28 @@ struct JsonRule;
 
 /// A JSON schema (draft 7) that reports faults in words for the author of a document.
 ///
-/// Known keywords: type, enum, properties, required, additionalProperties, maxProperties, items
+/// Supported keywords: type, enum, properties, required, additionalProperties, maxProperties, items
 /// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,
 /// exclusiveMaximum, anyOf, oneOf, $ref to "#/definitions/…", and the annotations $schema, title
-/// and description. Beyond draft 7, "entryName" is the noun for fields of an object in messages
-/// about unknown ones, such as "setting". "integer" admits numbers written without fraction and
-/// exponent.
+/// and description. As an extension of draft 7, "entryName" is the noun for fields of an object in
+/// messages about unknown ones, such as "setting". "integer" accepts numbers written without
+/// fraction and exponent.
 ///
-/// Messages have the form "expected WHAT THE SCHEMA ACCEPTS, got THE VALUE". Constant after
-/// construction; may be used by several threads.
+/// Messages have the form "expected ACCEPTED VALUES, got VALUE". Immutable after construction;
+/// thread-safe.
 class TROVIK_API JsonSchema {
 public:
-    /// \param text  of the schema. \throw std::logic_error for a keyword that is not known, and
-    /// nlohmann::json::exception for text that is not a schema: defects of the program.
+    /// \param text  of the schema.
+    /// \throw std::logic_error for an unsupported keyword, and nlohmann::json::exception for text
+    /// that is not a schema. Both are defects of the program.
     explicit JsonSchema(const std::string& text);
     ~JsonSchema();
     JsonSchema(const JsonSchema&) = delete;
     JsonSchema& operator=(const JsonSchema&) = delete;
 
-    /// \return the faults of a document, outer ones and fields in the order of their names first;
-    /// empty if it is valid. Cost: one look at each value.
+    /// \return the faults of a document, outer values first and fields in the order of their names;
+    /// empty if it is valid.
+    /// Cost: each value is visited once.
     std::vector<JsonFault> Check(
         const nlohmann::json& document,
         std::size_t maxFaults = std::numeric_limits<std::size_t>::max()) const;
@@ -49,8 +51,9 @@ private:
 };
 
 /// Parses a document, checks it and removes its comments.
-/// \param faults  receives all faults that leave the document readable; if null, the first one is
-/// an error. \throw HostError naming `name`.
+/// \param faults  receives all faults with which the document can still be parsed; if null, the
+/// first fault is an error.
+/// \throw HostError with `name`.
 TROVIK_API nlohmann::json ParseAgainst(const JsonSchema& schema,
                                        const std::string& text,
                                        const std::string& name,

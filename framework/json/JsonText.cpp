@@ -28,7 +28,7 @@ bool StartsAt(const std::string& text, std::size_t at, std::string_view word) {
     return text.compare(at, word.size(), word) == 0;
 }
 
-/// "line L, column C" of a byte; columns count characters.
+/// Returns "line L, column C" of a byte; columns count characters.
 std::string LineAndColumn(const std::string& text, std::size_t at) {
     std::size_t line = 1;
     std::size_t column = 1;
@@ -43,8 +43,8 @@ std::string LineAndColumn(const std::string& text, std::size_t at) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/// The parser's own reason, without its preamble and without the text that it read last, which may
-/// be long and need not be UTF-8.
+/// Returns the error message of the parser, without its preamble and without the last text that it
+/// read, which may be long and not UTF-8.
 std::string PlainReason(std::string reason) {
     if (const auto from = reason.find("] "); from != std::string::npos) reason.erase(0, from + 2);
     if (const auto from = reason.find(" - "); from != std::string::npos) reason.erase(0, from + 3);
@@ -61,20 +61,20 @@ std::string PlainReason(std::string reason) {
     return reason.substr(0, maxBytes);
 }
 
-/// Why the text is not JSON, for the mistakes that people make most.
-/// \param at  the first byte of the token at fault.
+/// Returns the reason why the text is not JSON, with special cases for the most frequent mistakes.
+/// \param at  the first byte of the faulty token.
 std::string SyntaxReason(const std::string& text, std::size_t at, const std::string& parserReason) {
     const std::string plain = PlainReason(parserReason);
     if (at >= text.size()) return "the file ends too early: " + plain;
     const char c = text[at];
     if (c == '#' || StartsAt(text, at, "//") || StartsAt(text, at, "/*"))
-        return "JSON has no comments; a \"comment\" field can hold one";
+        return "JSON has no comments; use a \"comment\" field";
     std::size_t before = at;
     while (before > 0 && IsSpace(text[before - 1])) --before;
     const char previous = before == 0 ? '\0' : text[before - 1];
     if ((c == '}' || c == ']') && previous == ',')
         return std::string("there is a comma before '") + c + "'";
-    if (c == '\'') return "strings are written between double quotes";
+    if (c == '\'') return "strings must be in double quotes";
     const bool startsName = IsNameLetter(c) && !(c >= '0' && c <= '9');
     if (startsName) {
         std::size_t end = at;
@@ -82,7 +82,7 @@ std::string SyntaxReason(const std::string& text, std::size_t at, const std::str
         const std::string word = text.substr(at, end - at);
         if (previous == '{' || (previous == ',' && plain.find("string") != std::string::npos))
             return "the field name " + word + " needs double quotes";
-        return word + " is not a JSON value; strings are written between double quotes";
+        return word + " is not a JSON value; strings must be in double quotes";
     }
     if (plain.rfind("unexpected", 0) == 0 && plain.find("expected '") != std::string::npos &&
         (c == '"' || c == '{' || c == '['))
@@ -125,8 +125,8 @@ public:
     bool parse_error(std::size_t position,
                      const std::string& token,
                      const nlohmann::detail::exception& error) override {
-        // The position is that of the last byte read, counted from 1. Of words and strings the
-        // first byte is wanted; the token begins with the latest string or number.
+        // The position is that of the last byte read, counted from 1. For words and strings the
+        // first byte is needed; the token starts with the latest string or number.
         std::size_t at = std::min(position == 0 ? 0 : position - 1, text.size());
         const bool isString = at < text.size() && text[at] == '"' && token.size() > 1 &&
                               token.size() <= at + 1 && token.front() == '"' &&
@@ -145,8 +145,8 @@ private:
         bool isRepeated = false;
     };
 
-    /// The pointer of the value that comes next. The innermost array does not have it yet; the
-    /// last item of an outer array is the one that holds it.
+    /// Returns the pointer of the next value. The innermost array does not contain it yet; in an
+    /// outer array, the last item is the one that contains it.
     std::string Pointer() const {
         std::string pointer;
         for (const Level& level : levels) {
@@ -187,7 +187,7 @@ private:
             return &level.value->back();
         }
         if (!level.isRepeated) return &((*level.value)[level.key] = std::move(value));
-        // Parsed to the end, and dropped.
+        // Parsed to the end, then discarded.
         dropped.push_back(std::make_unique<json>(std::move(value)));
         return dropped.back().get();
     }

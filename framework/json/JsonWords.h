@@ -8,11 +8,12 @@
 
 namespace trovik {
 
-/// What a rule accepts, such as `a number from 0 to 100` or `one of "x", "y", "z"`.
+/// Describes the values that a rule accepts, such as `a number from 0 to 100` or `one of "x", "y",
+/// "z"`.
 std::string Accepted(const JsonRule& rule);
-/// A value in short: texts and numbers as JSON, of arrays their length.
+/// Describes a value briefly: strings and numbers as JSON, arrays by their length.
 std::string Shown(const nlohmann::json& value);
-/// `"a", "b" or "c"` with the given last word between the last two.
+/// Returns `"a", "b" or "c"` with the given word before the last item.
 std::string Joined(const std::vector<std::string>& words, const std::string& lastWord);
 std::string Quoted(const std::string& text);
 

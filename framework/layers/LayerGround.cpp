@@ -12,19 +12,19 @@ namespace trovik {
 
 namespace {
 
-/// The offset that the layer holds now.
+/// The current offset of the layer.
 template <typename Touch>
 const Vector& OffsetOf(const LayerGround::Layers& layers, const Touch& touch) {
     return layers[touch.layer]->StateOfSlot(touch.slot).offset;
 }
 
-/// The offset that was taken down.
+/// The recorded offset.
 const Vector& OffsetOf(const LayerGround::Layers&, const LayerGround::Held::Entry& entry) {
     return entry.state.offset;
 }
 
-/// Ground plus layers, `without` being left out. `first` to `last` are the layers that touched the
-/// vertex, lowest first.
+/// Returns the layer base plus the layers, except `without`. `first` to `last` are the layers that
+/// touch the vertex, lowest first.
 template <typename Touch>
 Vector Sum(const Vector& base,
            const LayerGround::Layers& layers,
@@ -36,7 +36,7 @@ Vector Sum(const Vector& base,
         if (touch == without) continue;
         const float strength = layers[touch->layer]->PresentStrength();
         const Vector& offset = OffsetOf(layers, *touch);
-        // Adding zero could turn a -0 into +0.
+        // Adding zero could change -0 to +0.
         if (strength == 0.0f || offset == Vector()) continue;
         sum = {
             sum.x + strength * offset.x, sum.y + strength * offset.y, sum.z + strength * offset.z};
@@ -60,7 +60,7 @@ uint64_t Mix(uint64_t hash, float value) {
     return hash ^ (hash >> 29);
 }
 
-/// Of the positions of all faces around the vertex.
+/// Hashes the positions of all faces around the vertex.
 uint64_t RingHash(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces) {
     faces.clear();
     const uint32_t lowest = level.LowestFaceOf(vertex);
@@ -108,8 +108,9 @@ void LayerGround::TakeMove(Knot& knot,
         if (!SameBits(state.seen, present) ||
             !SameBits(state.rest, Sum(knot.base, layers, first, last, touch)))
             continue;
-        // A stroke in this layer was the last to move the vertex, so the ground is as it was. Its
-        // sum may be rounded otherwise; or it left the position for later, and there is none yet.
+        // A stroke in this layer moved the vertex last, so the base is unchanged. The stroke may
+        // have rounded the sum differently. It may also have deferred the position, which then does
+        // not exist yet.
         if (SameBits(present, layer.Composite(touch->slot)))
             Note(knot, Sum(knot.base, layers, first, last), present);
         return;
@@ -192,7 +193,7 @@ LayerGround::Held LayerGround::Carried(const Held& held,
                                        const SurfaceMove& move) {
     const Held::Entry* const heldEnd = held.entries.data() + held.entries.size();
     const Vector sum = Sum(held.knot.base, layers, held.entries.data(), heldEnd);
-    // Otherwise a layer left the position for later.
+    // If not, a layer has deferred the position.
     const bool isComposed = SameBits(PlaceOf(held.knot, sum), present);
     Held carried = held;
     carried.knot.base = move.Carried(held.knot.base);
@@ -275,7 +276,7 @@ LayerGround::Replaced LayerGround::Compose(LevelMesh& level, const Layers& layer
     std::size_t next = 0;
     while (first != end || next < knots.size()) {
         if (next < knots.size() && (first == end || knots[next].vertex < first->vertex)) {
-            // No layer that is left touched this one: it lies on the ground.
+            // None of the remaining layers touches this vertex, so it is at the base position.
             compose(knots[next], first);
             composed.push_back(knots[next++]);
             continue;

@@ -9,65 +9,65 @@
 
 namespace trovik {
 
-/// What lies under the layers of one level: for each vertex that one of them touched the position
-/// without any. The surface is the ground, plus strength x offset of each layer in the order of the
-/// stack; layers that are hidden, of strength 0 or without an offset there add nothing. It is a
-/// function of ground and layers alone, so whatever is turned off and on again, in whatever order,
-/// gives the bits that were there.
+/// The layer base of one level: for each vertex that a layer touches, the position without layers.
+/// The surface is the base plus strength x offset of each layer, in the order of the stack. Layers
+/// that are hidden, have strength 0, or have no offset at the vertex contribute nothing. The
+/// surface is a function of base and layers alone, so switching layers off and on in any order
+/// restores bit-identical positions.
 ///
-/// Strokes write sums of another rounding, and normals of their own. A vertex's last position and
-/// normal of that kind are noted here with what the function gave for them, and stand in for it
-/// when it gives that again.
+/// Strokes write sums that are rounded differently, and their own normals. The last such position
+/// and normal of a vertex are stored here together with the result of the function, and replace
+/// that result whenever the function computes it again.
 class TROVIK_API LayerGround {
 public:
     using Layers = std::vector<std::shared_ptr<SculptLayer>>;
 
-    /// A vertex under layers.
+    /// A vertex that layers touch.
     struct Knot {
         uint32_t vertex = 0;
         Vector base;
-        /// Where the sum is `sum`, the vertex lies at `place`.
+        /// If the computed sum is `sum`, the vertex is placed at `place` instead.
         Vector sum;
         Vector place;
     };
     static bool SameKnot(const Knot& a, const Knot& b);
-    /// What is known of a vertex at another time, which may be nothing.
+    /// The data of a vertex in another state, if there was any.
     struct OtherKnot {
         Knot knot;
         bool isKnown = false;
     };
-    /// Where the positions of the faces around a vertex are those of `ring` (a hash), its normal is
-    /// this one rather than the one computed from them.
+    /// If the positions of the faces around a vertex match `ring` (a hash), its normal is this one
+    /// instead of the computed one.
     struct NotedNormal {
         uint64_t ring = 0;
         uint32_t vertex = 0;
         int16_t words[3] = {0, 0, 0};
-        /// Scenes hold these values byte by byte, which leaves no room for padding.
+        /// Scene files store these values byte by byte, so there must be no padding.
         int16_t unused[3] = {0, 0, 0};
     };
 
-    /// Takes in what happened to the level since the last call. \param layers  those of the level,
-    /// lowest first. Cost: O(touched vertices).
+    /// Absorbs the changes of the level since the last call.
+    /// \param layers  of the level, lowest first.
+    /// Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
 
     /// The positions and normals that Compose has replaced.
     struct Replaced {
-        /// The vertices that moved and those around them, ascending.
+        /// The vertices that moved and their neighbours, ascending.
         std::vector<uint32_t> vertices;
         std::vector<Vector> positions;
         std::vector<PackedNormal> normals;
     };
-    /// Brings the level up to date with the layers, which may be others than at Settle or have
-    /// other offsets: positions, normals around what moved, and what the layers know of each
-    /// vertex.
+    /// Updates the level after its layers or their offsets have changed since Settle: positions,
+    /// the normals around moved vertices, and the state that each layer stores for a vertex.
     Replaced Compose(LevelMesh& level, const Layers& layers);
-    /// For a change of the layers that leaves the surface as it is: notes that its present
-    /// positions belong to them as they are now.
+    /// Called after a change of the layers that does not change the surface: records that the
+    /// current positions belong to the new layers.
     void Keep(const LevelMesh& level, const Layers& layers);
 
-    /// What layers hold of a vertex, and the ground under it.
+    /// The layer data of a vertex, and the base below it.
     struct Held {
-        /// A layer's entry; `layer` counts within the level's.
+        /// An entry of a layer; `layer` is an index into the layers of the level.
         struct Entry {
             uint32_t layer;
             uint32_t slot;
@@ -76,49 +76,50 @@ public:
         Knot knot;
         std::vector<Entry> entries;
     };
-    /// What is held of one vertex, with what happened to it since the last call of Settle taken in;
-    /// no entries where no layer touched it. Cost: O(layers + log(touched vertices)).
+    /// Returns the data of one vertex, with the changes since the last call of Settle absorbed.
+    /// There are no entries if no layer touches the vertex. Cost: O(layers + log(touched
+    /// vertices)).
     Held HeldOf(const LevelMesh& level, const Layers& layers, uint32_t vertex) const;
-    /// The same after the level's surface moved under the vertex and took it to `place`: the ground
-    /// went along, and so did the offsets. Where something would be no number, nothing changes.
+    /// Returns the data after the surface below the vertex has moved and taken it to `place`: the
+    /// base moves along, and the offsets rotate. If a result would not be finite, nothing changes.
     static Held Carried(const Held& held,
                         const Layers& layers,
                         const Vector& present,
                         const Vector& place,
                         const SurfaceMove& move);
 
-    /// Of each vertex of which `before` tells something else than what is known now, what it tells.
-    /// In order of vertices.
+    /// Compares the current data with `before` and returns the older data of each vertex that
+    /// differs, ordered by vertex.
     std::vector<OtherKnot> Otherwise(const std::vector<Knot>& before) const;
-    /// Swaps what is known now of these vertices with what was known before. \param others  in
-    /// order of vertices, each once.
+    /// Exchanges the current data of these vertices with older data.
+    /// \param others  ordered by vertex, without duplicates.
     void Exchange(std::vector<OtherKnot>& others);
 
-    /// Vertex v of the level has become vertex map[v]. Noted normals go: what they were noted for
-    /// is a sum over faces in the order of the old numbers.
+    /// Renumbers the vertices: vertex v of the level becomes vertex map[v]. Stored normals are
+    /// dropped, because they depend on the order of the old face numbers.
     void Renumber(const std::vector<uint32_t>& map);
 
-    /// For scenes, in order of vertices.
+    /// Used to save scenes; ordered by vertex.
     const std::vector<Knot>& Knots() const { return knots; }
     const std::vector<NotedNormal>& Normals() const { return normals; }
     void Restore(std::vector<Knot> newKnots, std::vector<NotedNormal> newNormals);
     uint64_t Bytes() const;
 
 private:
-    /// A vertex that a layer touched, and the first of its slots; `slots` lie in a row.
+    /// A vertex that a layer touches, and the first of its slots; the `slots` are consecutive.
     struct Touched {
         uint32_t vertex;
         uint32_t layer;
         uint32_t slot;
     };
     static std::vector<Touched> TouchedBy(const Layers& layers);
-    /// \param known  what was known of the vertex; null for nothing.
+    /// \param known  the existing data of the vertex; null if there is none.
     static Knot Settled(const Knot* known,
                         const LevelMesh& level,
                         const Layers& layers,
                         const Touched* first,
                         const Touched* last);
-    /// Takes a position into the knot that is not the one the knot tells.
+    /// Absorbs a position that differs from the expected one into the data of the vertex.
     static void TakeMove(Knot& knot,
                          const Layers& layers,
                          const Touched* first,

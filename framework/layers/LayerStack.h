@@ -10,34 +10,35 @@
 
 namespace trovik {
 
-/// The sculpt layers of a geometry: any number on each level, lowest first. What the operations
-/// of LayerSteps.h do to a level is described in LayerGround; each works on the geometry's bound
-/// level or on the level of its layer, and answers its undo step, not yet pushed, or null when
-/// nothing changed. None may run during a stroke. Cost: O(touched vertices) of the level where the
-/// surface may change, otherwise O(layers).
+/// The sculpt layers of a geometry: any number per level, lowest first. LayerGround describes the
+/// effect of the operations of LayerSteps.h. Each of them works on the bound level or on the level
+/// of its layer, and returns its undo step, which is not pushed yet, or null if nothing changed.
+/// None may be called during a stroke. Cost: O(touched vertices) of the level if the surface may
+/// change, otherwise O(layers).
 class TROVIK_API LayerStack {
 public:
     using Layers = LayerGround::Layers;
 
-    /// All layers; those of one level in their order.
+    /// All layers; the layers of one level are in stack order.
     const Layers& All() const { return layers; }
-    /// Those of one level, lowest first.
+    /// The layers of one level, lowest first.
     Layers OfLevel(const LevelMesh& level) const;
-    /// The highest of that name on the level, or null.
+    /// Returns the highest layer with that name on the level, or null.
     std::shared_ptr<SculptLayer> Find(const LevelMesh& level, const std::string& name) const;
-    /// The layer as the stack holds it; null for one of another owner.
+    /// Returns the shared pointer of a layer in this stack; null if the layer is not in it.
     std::shared_ptr<SculptLayer> Shared(const SculptLayer* layer) const;
 
-    /// Puts a layer on top of those of its level, for who brings a geometry's content.
+    /// Adds a layer on top of the layers of its level. Used when the content of a geometry is
+    /// loaded.
     void Insert(std::shared_ptr<SculptLayer> layer);
     /// Replaces the layers of a level.
     void SetOfLevel(const LevelMesh& level, const Layers& newLayers);
     LayerGround& Ground(const LevelMesh& level) { return grounds[&level]; }
-    /// Null where the level has none yet.
+    /// Returns null if the level has no layer base yet.
     const LayerGround* FindGround(const LevelMesh& level) const;
-    /// Vertex v of the level has become vertex map[v].
+    /// Renumbers the vertices: vertex v of the level becomes vertex map[v].
     void Renumber(const LevelMesh& level, const std::vector<uint32_t>& map);
-    /// For the level, when it goes: its layers and their ground go with it.
+    /// Called when a level is destroyed; removes its layers and their base.
     void Forget(const LevelMesh& level);
 
 private:

@@ -6,7 +6,7 @@
 
 namespace trovik {
 
-/// Whether a layer knows the same of a vertex in both, bit for bit.
+/// Returns whether two layer states of a vertex are bit-identical.
 inline bool SameState(const SculptLayer::State& a, const SculptLayer::State& b) {
     return SameBits(a.rest, b.rest) && SameBits(a.offset, b.offset) && SameBits(a.seen, b.seen);
 }

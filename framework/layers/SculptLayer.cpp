@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// The layer has no offset for the vertex, and the vertex lies at its rest.
+/// Returns whether the layer has no offset for the vertex and the vertex is at its rest position.
 bool IsAtRest(const SculptLayer::State& state) {
     return state.offset == Vector() && state.seen == state.rest;
 }
@@ -117,7 +117,7 @@ Vector SculptLayer::Composite(uint32_t slot) const {
 void SculptLayer::Compose(uint32_t slot) {
     Entry& entry = entries[slot];
     TakeForeignMove(entry);
-    // Without an offset the strength says nothing, and adding zero could turn a -0 into +0.
+    // Without an offset the strength has no effect, and adding zero could change -0 to +0.
     if (IsAtRest(entry.state)) return;
     const Vector composite = Composed(entry.state.rest, PresentStrength(), entry.state.offset);
     level->SetPosition(entry.vertex, composite);
@@ -134,7 +134,7 @@ uint64_t SculptLayer::Bytes() const {
 Vector SculptLayer::PresentRest(const Entry& entry) const {
     const Vector present = level->Position(entry.vertex);
     if (SameBits(present, entry.state.seen)) return entry.state.rest;
-    // A vertex that the layer does not displace rests where it lies, to the bit.
+    // If the layer does not displace the vertex, its rest position is exactly its position.
     if (IsAtRest(entry.state)) return present;
     return entry.state.rest + (present - entry.state.seen);
 }

@@ -10,99 +10,102 @@
 
 namespace trovik {
 
-/// A sculpt layer of one level: offsets for touched vertices only. The composite position of a
-/// vertex is rest + strength x offset, rest being the position without this layer; it is kept
-/// beside the offset, so that turning the layer away and back gives the same bits.
+/// A sculpt layer of one level: offsets, stored only for touched vertices. The composite position
+/// of a vertex is rest + strength x offset, where rest is the position without this layer. The rest
+/// position is stored along with the offset, so that changing the strength and restoring it gives
+/// bit-identical positions.
 ///
-/// A vertex may also be moved past its layer: by a stroke without or with another active layer, or
-/// by a change carried up from a coarser level. The layer notices at its next access (the position
-/// is not the one that it wrote) and takes the difference into the rest.
+/// A vertex may also be moved without the layer: by a stroke with no active layer or another one,
+/// or by a change propagated from a coarser level. On its next access the layer detects that the
+/// position is not the one that it wrote, and adds the difference to the rest position.
 ///
-/// A layer of several on its level belongs to a LayerStack, which composes them all; what this
-/// class composes by itself sees the other layers as part of the rest.
+/// If a level has several layers, they belong to a LayerStack, which composes them all. For the
+/// functions of this class, the other layers are part of the rest position.
 ///
-/// Memory follows the touched vertices: 40 bytes each, and 4 KiB for each run of 1024 vertices that
-/// holds one.
+/// Memory: 40 bytes per touched vertex, and 4 KiB for each range of 1024 vertices that contains
+/// one.
 class TROVIK_API SculptLayer : public trovik::Layer {
 public:
-    /// Borrows the level. A layer that outlives it must not be used any more.
+    /// Borrows the level. A layer must not be used after its level is destroyed.
     SculptLayer(LevelMesh* level, const std::string& name);
-    /// The level then has no active layer if it was this one. Positions stay.
+    /// If this is the active layer of the level, the level then has none. Positions do not change.
     ~SculptLayer() override;
     SculptLayer(const SculptLayer&) = delete;
     SculptLayer& operator=(const SculptLayer&) = delete;
 
-    /// The zero vector for a slot that is not there.
+    /// Returns the zero vector if the slot does not exist.
     Vector* get(Vector* out, uint32_t layerSlot) const override;
-    /// Per component rest + strength * offset, in that order. `out` receives that position with or
-    /// without `updateComposite`. A slot that is not there is looked up by `vertex`, and made at
-    /// need. Writable is for the caller to ask.
+    /// Stores the offset and computes rest + strength * offset per component, in that order. `out`
+    /// receives that position regardless of `updateComposite`. If the slot does not exist, it is
+    /// looked up by `vertex`, and created if necessary. The caller checks Writable.
     void set(Vector* out,
              uint32_t layerSlot,
              uint32_t vertex,
              const Vector* offset,
              bool updateComposite) override;
-    /// Neither locked nor hidden: what cannot be seen is not sculpted.
+    /// True if the layer is neither locked nor hidden. Hidden layers are not sculpted.
     bool Writable() const override { return given.writable && given.visible; }
 
-    /// Slot of the vertex; a new one takes the vertex's present position as its rest and offset 0.
+    /// Returns the slot of the vertex. A new slot has the current position of the vertex as its
+    /// rest position, and offset 0.
     uint32_t SlotOf(uint32_t vertex);
-    /// Slot of the vertex or noSlot.
+    /// Returns the slot of the vertex, or noSlot.
     uint32_t FindSlot(uint32_t vertex) const;
     static constexpr uint32_t noSlot = 0xffffffffu;
 
     uint32_t SlotCount() const { return static_cast<uint32_t>(entries.size()); }
     uint32_t VertexOfSlot(uint32_t slot) const { return entries[slot].vertex; }
-    /// Position without this layer.
+    /// The position without this layer.
     Vector Rest(uint32_t vertex) const;
     Vector Offset(uint32_t vertex) const;
 
-    /// What the user gives a layer.
+    /// The user-defined properties of a layer.
     struct Properties {
         std::string name;
         float strength = 1.0f;
         bool visible = true;
-        /// False: locked against sculpting.
+        /// False if the layer is locked against sculpting.
         bool writable = true;
     };
     const Properties& Given() const { return given; }
-    /// Positions stay as they are.
+    /// Sets the properties. Positions do not change.
     void Give(const Properties& properties) { given = properties; }
 
     float Strength() const { return given.strength; }
-    /// The strength that counts: 0 while the layer is hidden.
+    /// The effective strength: 0 while the layer is hidden.
     float PresentStrength() const { return given.visible ? given.strength : 0.0f; }
-    /// Brings the composite of every vertex of the layer up to date. Normals are the caller's.
+    /// Updates the composite position of every vertex of the layer. The caller updates normals.
     void SetStrength(float newStrength);
     void SetWritable(bool on) { given.writable = on; }
     const std::string& Name() const { return given.name; }
-    /// Null when the level is gone: the layer then holds nothing that could be shown again.
+    /// Null after the level is destroyed; the content of the layer can then no longer be applied.
     LevelMesh* Level() const { return level; }
-    /// For the level, when it goes.
+    /// Called by the level when it is destroyed.
     void ForgetLevel() { level = nullptr; }
-    /// Vertex v of the level has become vertex map[v].
+    /// Renumbers the vertices: vertex v of the level becomes vertex map[v].
     void Renumber(const std::vector<uint32_t>& map);
 
-    /// All that the layer knows of a vertex.
+    /// All data of the layer for a vertex.
     struct State {
         Vector rest;
         Vector offset;
-        /// The vertex's position when the layer last saw it.
+        /// The position of the vertex at the last access of the layer.
         Vector seen;
     };
     const State& StateOfSlot(uint32_t slot) const { return entries[slot].state; }
-    /// Exchanges the slot's state with `state`; the mesh stays as it is.
+    /// Exchanges the state of the slot with `state`; the mesh does not change.
     void SwapState(uint32_t slot, State& state);
-    /// Where rest, present strength and offset put the vertex.
+    /// Computes the position from rest, effective strength and offset.
     Vector Composite(uint32_t slot) const;
-    /// Brings the composite of one vertex up to date with the strength.
+    /// Updates the composite position of one vertex to the current strength.
     void Compose(uint32_t slot);
-    /// Points at this layer while it lives, and at null afterwards: for who may outlive it.
+    /// Points to this layer while it exists, and to null afterwards. Used by objects that may
+    /// outlive the layer.
     const std::shared_ptr<SculptLayer*>& Handle() const { return handle; }
-    /// Bytes held for the touched vertices.
+    /// Bytes allocated for the touched vertices.
     uint64_t Bytes() const;
-    /// Vertices and states, for who keeps a layer that is out of use in compressed form. While they
-    /// are not there, nothing else may be asked of the layer.
+    /// Vertices and states, for code that stores an unused layer in compressed form. While they are
+    /// removed, no other function of the layer may be called.
     StepArray Content() { return StepArray(entries); }
 
 private:
@@ -112,7 +115,7 @@ private:
         uint32_t vertex;
         State state;
     };
-    /// Where the slot of the vertex is told; its page is made at need.
+    /// Returns the entry that stores the slot of the vertex, and creates its page if necessary.
     uint32_t& PlaceFor(uint32_t vertex);
     Vector PresentRest(const Entry& entry) const;
     void TakeForeignMove(Entry& entry);
@@ -120,7 +123,7 @@ private:
     LevelMesh* level;
     Properties given;
     std::vector<Entry> entries;
-    /// Slot by vertex, in pages that are made when a vertex of theirs is touched.
+    /// Slot by vertex, in pages that are created when one of their vertices is touched.
     std::vector<std::unique_ptr<uint32_t[]>> slotPages;
     std::shared_ptr<SculptLayer*> handle;
 };

@@ -10,9 +10,9 @@ namespace trovik {
 
 namespace {
 
-/// A sum of floats as doubles that do not overlap, in ascending order of magnitude: the expansions
-/// of Shewchuk, "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric
-/// Predicates", 1997.
+/// A sum of floats as non-overlapping doubles in ascending order of magnitude: the expansions of
+/// Shewchuk, "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric Predicates",
+/// 1997.
 class Expansion {
 public:
     void Add(double term) {
@@ -41,8 +41,8 @@ public:
             high = before + part;
             low = part - (high - before);
         }
-        // `low` is half a unit in the last place when the sum was a tie. The parts below it, not
-        // added yet, then decide which way to round.
+        // If the sum was a tie, `low` is half a unit in the last place. The lower parts, which are
+        // not added yet, then determine the direction of rounding.
         if (i > 0 && std::signbit(low) == std::signbit(parts[i - 1])) {
             const double twice = low * 2.0;
             const double further = high + twice;
@@ -62,7 +62,7 @@ DoubleVector SumByExpansion(const Vector* terms, std::size_t count) {
         Expansion expansion;
         for (std::size_t i = 0; i < count; ++i) {
             const auto term = static_cast<double>(terms[i].*component);
-            // The error terms of an expansion are not defined for it.
+            // The error terms of an expansion are undefined for infinities and NaN.
             if (!std::isfinite(term)) return std::numeric_limits<double>::quiet_NaN();
             expansion.Add(term);
         }

@@ -9,19 +9,19 @@
 
 namespace trovik {
 
-/// Three doubles: a sum of single-precision vectors before it is rounded.
+/// Three doubles: a sum of single-precision vectors before rounding.
 struct DoubleVector {
     double x = 0.0;
     double y = 0.0;
     double z = 0.0;
 };
 
-/// A running sum in double precision that notices when an addition rounds.
+/// A running sum in double precision that detects rounding.
 ///
-/// A sum of floats in double precision is nearly always exact: coordinates of neighbouring vertices
-/// rarely differ by more than the 29 bits that a double has in excess of a float. An exact sum does
-/// not depend on the order of its terms. When an addition does round, IsExact() returns false and
-/// the caller sums the same terms again with ExactSum.
+/// A double-precision sum of floats is almost always exact, because coordinates of neighbouring
+/// vertices rarely differ by more than the 29 additional bits of a double. An exact sum does not
+/// depend on the order of its terms. If an addition does round, IsExact() returns false, and the
+/// caller sums the same terms again with ExactSum.
 class RunningSum {
 public:
     void Add(const Vector& term) {
@@ -32,7 +32,7 @@ public:
     }
     bool IsExact() const { return lost == 0.0; }
     const DoubleVector& Value() const { return sum; }
-    /// How many terms were added.
+    /// Number of terms that were added.
     uint32_t Count() const { return count; }
 
 private:
@@ -54,8 +54,9 @@ private:
 /// ExactSum for terms whose running sum in double precision is inexact.
 DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 
-/// The sum of the terms, exact before it is rounded once to double precision: it does not depend on
-/// their order, and negating all terms negates it. Zero for no terms; not finite if a term is not.
+/// Returns the sum of the terms, computed exactly and rounded once to double precision. It does not
+/// depend on their order, and negating all terms negates it. The sum of no terms is zero. If a term
+/// is not finite, neither is the sum.
 inline DoubleVector ExactSum(const Vector* terms, std::size_t count) {
     RunningSum quick;
     for (std::size_t i = 0; i < count; ++i) quick.Add(terms[i]);

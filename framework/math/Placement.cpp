@@ -54,7 +54,7 @@ void Placement::Set(const Vector& newScale,
     bool invertible = false;
     toLocal.Invert(&invertible);
     if (invertible) return;
-    // An axis scaled to nothing stays at 0 on the way back.
+    // An axis with zero scale maps to 0 in the inverse.
     Matrix shrink;
     for (int k = 0; k < 3; ++k) shrink.m[k][k] = factors[k] == 0.0f ? 0.0f : 1.0f / factors[k];
     Matrix back = turn * move;

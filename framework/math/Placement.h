@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// The transformation of a mesh or a camera, set as scale, then turn, then move, or as a matrix.
+/// The transform of a mesh or a camera, set as scale, rotation and translation, or as a matrix.
 class TROVIK_API Placement : public Transformation {
 public:
     void LocalToWorld(Vector* out, const Vector* in, float w) const override;
@@ -16,13 +16,14 @@ public:
     const Matrix& ToWorld() const { return toWorld; }
     const Matrix& ToLocal() const { return toLocal; }
 
-    /// Row-vector convention: scale * rotation (Euler angles in degrees about x, then y, then z) *
-    /// translation. A zero scale axis has no inverse: ToLocal then keeps that axis at 0.
+    /// Sets scale * rotation (Euler angles in degrees about x, then y, then z) * translation, in
+    /// the row-vector convention. A zero scale axis has no inverse: ToLocal then maps that axis to
+    /// 0.
     void Set(const Vector& scale, const Vector& rotationDegrees, const Vector& translation);
-    /// Any affine matrix; the scale is told by the lengths of rows 0 to 2, negative for row 0 when
-    /// the determinant is negative.
+    /// Sets any affine matrix. The scale is the length of rows 0 to 2, negative for row 0 if the
+    /// determinant is negative.
     void SetMatrix(const Matrix& matrix);
-    /// Takes over what another one holds, bit for bit; for who stored its three parts.
+    /// Copies the three stored parts of another transform, bit-exactly.
     void Restore(const Matrix& localToWorld, const Matrix& worldToLocal, const Vector& factors);
 
 private:

@@ -6,12 +6,12 @@
 
 namespace trovik {
 
-/// Whether two values agree in every bit. Unlike ==, it tells 0 from -0 and finds a NaN equal to
-/// itself, so that "nothing changed" means just that.
+/// Returns whether two values are bit-identical. Unlike ==, this distinguishes 0 from -0 and
+/// considers a NaN equal to itself, so that "nothing changed" is exact.
 template <typename T>
 bool SameBits(const T& a, const T& b) {
     static_assert(std::is_trivially_copyable_v<T>);
-    // The types compared hold no padding. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
+    // The compared types have no padding. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     return std::memcmp(&a, &b, sizeof(T)) == 0;
 }
 

@@ -7,11 +7,13 @@ namespace trovik {
 
 namespace {
 
-/// Closer than this to opposite, the shortest way is not told by the normals any more.
+/// If the normals are closer to opposite than this, they do not determine a shortest rotation.
 constexpr double oppositeMargin = 1e-6;
-/// Normals whose sum falls below this share of the area around cancel, and their sum is noise.
+/// If the sum of the normals is below this fraction of the surrounding area, they cancel and the
+/// sum is noise.
 constexpr double cancelMargin = 1e-2;
-/// Edges whose sums fall below this share of what they could be do not tell an angle.
+/// If the sums over the edges are below this fraction of their upper bound, they do not determine
+/// an angle.
 constexpr double angleMargin = 1e-9;
 
 }  // namespace
@@ -54,7 +56,8 @@ void SurfaceTurn::CloseNormals() {
     cosine = Dot(normalBefore, normalAfter);
     axis = Cross(normalBefore, normalAfter);
     if (1.0 + cosine > oppositeMargin) return;
-    // Half a turn about any axis across the normal; the edges then tell the rest.
+    // Rotates by 180 degrees about any axis perpendicular to the normal; the edges then determine
+    // the remaining angle.
     const Double3 n = normalBefore;
     const double ax = std::fabs(n.x);
     const double ay = std::fabs(n.y);

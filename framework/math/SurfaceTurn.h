@@ -5,33 +5,33 @@
 
 namespace trovik {
 
-/// How the surface around one vertex turned between two states: what takes the vertex's frame in
-/// the first state to its frame in the second. The frame's third axis is the normal; the other two
-/// are not chosen, since only the turn counts: it takes normal to normal by the shortest way, and
-/// then about the normal by the angle that lays the edges before best over the edges after (least
-/// squares over all edges of the ring, so that no edge is preferred and poles of any valence and
-/// borders are treated alike).
+/// The rotation of the surface around one vertex between two states. It maps the frame of the
+/// vertex in the first state to its frame in the second. The third axis of the frame is the normal.
+/// The other two axes need not be chosen, because only the rotation matters: first the shortest
+/// rotation from normal to normal, then a rotation about the normal by the angle that best aligns
+/// the old edges with the new ones (least squares over all edges of the ring, so that no edge is
+/// preferred, and poles of any valence and borders are treated alike).
 ///
-/// A turn never changes a length, whatever the surface did. Where the normals of the ring's faces
-/// cancel, as where two sheets lie on each other, the face that is largest in both states stands
-/// for them, and noise does not; where there is no area, the turn is none; where the edges say
-/// nothing about the angle, it is the shortest way alone.
+/// The rotation preserves lengths, however the surface deforms. If the normals of the faces cancel,
+/// for example where two coincident sheets face each other, the face that is largest in both states
+/// is used instead, so that noise has no effect. If there is no area, the rotation is the identity.
+/// If the edges do not determine an angle, only the shortest rotation is used.
 ///
-/// Inside it calculates in double precision: squares of lengths then neither vanish nor overflow.
+/// Computation is in double precision, so squared lengths neither underflow nor overflow.
 class SurfaceTurn {
 public:
     /// Adds the normal of a face of the ring, of any length, in both states.
     void AddNormal(const Vector& before, const Vector& after);
-    /// To be called once, behind the last normal and ahead of the first edge.
+    /// Called once, after the last normal and before the first edge.
     void CloseNormals();
     /// Adds an edge of the ring, from the vertex outwards, in both states.
     void AddEdge(const Vector& before, const Vector& after);
-    /// To be called once, behind the last edge.
+    /// Called once, after the last edge.
     void CloseEdges();
 
-    /// The vector, turned with the surface.
+    /// Returns the rotated vector.
     Vector Turned(const Vector& v) const;
-    /// The unit normals, zero where there is none.
+    /// The unit normals, or zero if undefined.
     Vector NormalBefore() const { return Single(normalBefore); }
     Vector NormalAfter() const { return Single(normalAfter); }
 
@@ -56,7 +56,7 @@ private:
 
     Double3 normalBefore;
     Double3 normalAfter;
-    /// Sums of the lengths of what was added, and the normals of the largest face.
+    /// The summed lengths of the added normals, and the normals of the largest face.
     double areaBefore = 0.0;
     double areaAfter = 0.0;
     Double3 largestBefore;
@@ -65,7 +65,7 @@ private:
     /// Cross and dot product of the two normals.
     Double3 axis;
     double cosine = 1.0;
-    /// Sums over the edges that tell the angle about the normal, and how large they could be.
+    /// Sums over the edges that determine the angle about the normal, and their upper bound.
     double across = 0.0;
     double along = 0.0;
     double size = 0.0;
@@ -74,15 +74,16 @@ private:
     bool turns = false;
 };
 
-/// How one point of a refined surface went from one state to another: what lies around it goes
-/// along as if it hung on the surface.
+/// The motion of one point of a refined surface between two states. Nearby points move along as if
+/// they were attached to the surface.
 struct SurfaceMove {
     Vector before;
     Vector after;
-    /// Closed, or never begun where there is no surface to turn with.
+    /// Completed with CloseEdges, or unused if there is no surface to rotate with.
     SurfaceTurn turn;
 
-    /// Where a place goes. One without distance from the point goes exactly with it.
+    /// Returns the new position of `place`. A position that coincides with the point moves exactly
+    /// with it.
     Vector Carried(const Vector& place) const {
         const Vector detail = place - before;
         return detail == Vector() ? after : after + turn.Turned(detail);

@@ -5,9 +5,10 @@
 
 namespace trovik {
 
-/// Whether the process can map this many more bytes. Fails where its address space is limited
-/// (RLIMIT_AS); no memory is taken, and whether the machine has as much is not asked. For libraries
-/// that do not survive a refusal. Cost: two system calls.
+/// Returns whether the process can map this many additional bytes. Fails if its address space is
+/// limited (RLIMIT_AS). No memory is allocated, and the physical memory of the machine is not
+/// considered. For libraries that terminate the process on a failed allocation. Cost: two system
+/// calls.
 TROVIK_API bool CanMapMemory(uint64_t bytes);
 
 }  // namespace trovik

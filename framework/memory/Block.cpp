@@ -24,13 +24,13 @@ struct Account {
     std::function<void(const std::string&)> sink;
 };
 
-// Never destroyed: stores with static lifetime give their bytes back at the very end.
+// Never destroyed: stores with static lifetime release their bytes during program exit.
 Account& TheAccount() {
     static auto* account = new Account;
     return *account;
 }
 
-/// Whether users asked for the log on standard error.
+/// Returns whether the log on standard error was requested.
 bool IsLogWanted() {
     const char* wanted = std::getenv("TROVIK_MEMORY_LOG");
     return wanted != nullptr && *wanted != '\0';
@@ -44,7 +44,7 @@ void Log(const std::string& line) {
         std::clog << line << '\n';
 }
 
-// The account holds one total; per name only the number of arrays is available.
+// The account has a single total; per name, only the number of arrays is available.
 void WriteLog(float share, bool everyBlock) {
     const Account& account = TheAccount();
     std::map<std::string, int64_t> blocksByName;
@@ -91,7 +91,7 @@ void Block::UnregisterMemoryBlock(int64_t bytes) { TheAccount().total -= bytes; 
 void Block::SetAllocatorID(const char* name) { TheAccount().allocator = name; }
 
 void Block::CopyMemoryBlock(void* to, const void* from, int64_t bytes) {
-    // Arrays that grow are copied to fresh memory.
+    // A growing array is copied to new memory.
     if (bytes > 0) PreferLargePages(to, static_cast<uint64_t>(bytes));
     if (bytes > 0) std::memcpy(to, from, static_cast<std::size_t>(bytes));
 }
@@ -108,7 +108,7 @@ void Block::LogAll(float share, bool everyBlock) {
     try {
         WriteLog(share, everyBlock);
     } catch (const std::bad_alloc&) {
-        // Called because an allocation failed; the log must not turn that into another error.
+        // Called because an allocation failed; logging must not throw another error.
     }
 }
 

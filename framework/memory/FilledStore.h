@@ -8,17 +8,18 @@
 
 namespace trovik {
 
-/// Sets the fill count of a store to `count`, discarding the old contents, and every element to
+/// Sets the fill count of a store to `count`, discards the old contents, and sets every element to
 /// `value`. Store itself reports a failed allocation only by its return value; this function is for
-/// arrays without which the work cannot go on.
-/// \throw std::bad_alloc if the allocation fails, Error::s_cBadAlloc if the accounting refuses it.
+/// arrays that the caller cannot do without.
+/// \throw std::bad_alloc if the allocation fails, Error::s_cBadAlloc if memory accounting rejects
+/// it.
 template <typename T>
 void FillStore(Store<T>& store, uint32_t count, const T& value) {
     if (!store.SetFill(count, false)) throw std::bad_alloc();
     std::fill_n(store.array, count, value);
 }
 
-/// The same for arrays whose elements the caller sets.
+/// Sets the fill count like FillStore, for arrays whose elements the caller sets.
 template <typename T>
 void ResizeStore(Store<T>& store, uint32_t count) {
     if (!store.SetFill(count, false)) throw std::bad_alloc();

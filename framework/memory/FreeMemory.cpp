@@ -21,7 +21,7 @@ constexpr uint64_t unlimited = std::numeric_limits<uint64_t>::max();
 
 uint64_t Difference(uint64_t limit, uint64_t used) { return limit > used ? limit - used : 0; }
 
-/// The only number in a file; nothing for a file that is missing or says "max".
+/// Returns the only number in a file; nothing if the file is missing or contains "max".
 std::optional<uint64_t> NumberIn(const fs::path& path) {
     std::ifstream file(path);
     uint64_t number = 0;
@@ -29,8 +29,8 @@ std::optional<uint64_t> NumberIn(const fs::path& path) {
     return std::nullopt;
 }
 
-/// The number behind a key, as /proc/meminfo ("MemAvailable:") and memory.stat ("inactive_file")
-/// write them; nothing if the file or the key is missing.
+/// Returns the number after a key, in the format of /proc/meminfo ("MemAvailable:") and memory.stat
+/// ("inactive_file"); nothing if the file or the key is missing.
 std::optional<uint64_t> FieldIn(const fs::path& path, const std::string& key) {
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) {
@@ -44,12 +44,12 @@ std::optional<uint64_t> FieldIn(const fs::path& path, const std::string& key) {
     return std::nullopt;
 }
 
-/// Lowers `least` to what a limit leaves.
+/// Lowers `least` to the bytes that a limit leaves.
 void Apply(FreeMemory& least, uint64_t bytes, const char* limit) {
     if (bytes < least.bytes) least = {bytes, limit};
 }
 
-/// The names that the two versions of control groups give to the same things.
+/// The names of the same files in the two versions of control groups.
 struct GroupFiles {
     const char* folder;
     const char* limit;
@@ -64,8 +64,8 @@ constexpr GroupFiles versionOne = {"sys/fs/cgroup/memory",
 constexpr GroupFiles versionTwo = {
     "sys/fs/cgroup", "memory.max", "memory.current", {"inactive_file ", "active_file "}};
 
-/// Applies the limits of a group and of all groups around it. A container may see its own group as
-/// the root although /proc names a longer path; folders that are not there are passed over.
+/// Applies the limits of a group and of all its ancestors. A container may see its own group as the
+/// root although /proc contains a longer path, so missing folders are skipped.
 void ApplyGroup(FreeMemory& least,
                 const fs::path& systemRoot,
                 const GroupFiles& files,
@@ -87,7 +87,7 @@ void ApplyGroup(FreeMemory& least,
 
 void ApplyGroups(FreeMemory& least, const fs::path& systemRoot) {
     std::ifstream file(systemRoot / "proc/self/cgroup");
-    // Each line: number of the hierarchy, its controllers, path of the group.
+    // Each line contains the number of the hierarchy, its controllers, and the path of the group.
     for (std::string line; std::getline(file, line);) {
         const auto first = line.find(':');
         const auto second = first == std::string::npos ? first : line.find(':', first + 1);
@@ -105,7 +105,7 @@ void ApplyGroups(FreeMemory& least, const fs::path& systemRoot) {
 constexpr std::size_t addressSpaceField = 0;
 constexpr std::size_t dataField = 5;
 
-/// What a limit of the process leaves, less what the process already uses of it.
+/// Returns a limit of the process minus its current usage.
 template <typename Resource>
 std::optional<uint64_t> ProcessLimit(Resource resource,
                                      std::size_t usedField,

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// Memory that this process can still allocate and use, and the limit that decides it.
+/// Memory that this process can still allocate and use, and the limit that determines it.
 struct FreeMemory {
     uint64_t bytes = 0;
     /// "machine", "control group", "address space limit" or "data segment limit".
@@ -19,23 +19,24 @@ struct FreeMemory {
     TROVIK_API std::string Text() const;
 };
 
-/// The smallest of:
+/// Returns the minimum of:
 /// - the memory that the machine has available without swapping (MemAvailable of /proc/meminfo),
-/// - what the memory limits of the process's control group and its ancestors leave, of cgroup
+/// - the remainder of the memory limits of the process's control group and its ancestors, cgroup
 ///   version 1 or 2; file pages that the kernel can drop count as free,
-/// - what RLIMIT_AS and RLIMIT_DATA leave.
+/// - the remainder of RLIMIT_AS and RLIMIT_DATA.
 ///
-/// A snapshot: other processes change it. Sources that cannot be read impose no limit.
-/// Cost: reads about ten small files of /proc and /sys, some 100 microseconds.
-/// \param systemRoot  folder that holds `proc` and `sys`.
+/// The result is a snapshot: other processes change it. Sources that cannot be read impose no
+/// limit. Cost: reads about ten small files of /proc and /sys, some 100 microseconds.
+/// \param systemRoot  folder that contains `proc` and `sys`.
 TROVIK_API FreeMemory QueryFreeMemory(const std::string& systemRoot = "/");
 
-/// Bytes of address space that RLIMIT_AS still leaves to this process, whatever memory is free;
-/// nothing where the limit is not set or its use cannot be read. \param systemRoot  as above.
+/// Returns the address space in bytes that RLIMIT_AS leaves to this process, regardless of free
+/// memory; returns nothing if the limit is not set or the usage cannot be read.
+/// \param systemRoot  folder that contains `proc` and `sys`.
 TROVIK_API std::optional<uint64_t> QueryFreeAddressSpace(const std::string& systemRoot = "/");
 
-/// Refuses work that needs more memory than there is, before it begins.
-/// \param what  the work as the subject of a sentence, such as "rendering 10 faces".
+/// Checks that there is enough memory before work starts.
+/// \param what  the work, as the subject of a sentence, such as "rendering 10 faces".
 /// \throw HostError "WHAT takes about N bytes, but only M bytes of memory are free (LIMIT)".
 TROVIK_API void CheckFreeMemory(const std::string& what, uint64_t bytes);
 

@@ -8,16 +8,17 @@
 
 namespace trovik {
 
-/// The account behind Block: how much memory the arrays of the system hold, and how much they may.
-/// Touched on the host's main thread only.
+/// The memory accounting behind Block: the total size of the arrays of the system, and its limit.
+/// Used only on the main thread of the host.
 class TROVIK_API MemoryAccount {
 public:
-    /// Bytes beyond which Block::RegisterMemoryBlock refuses; at first there is no limit.
+    /// Sets the limit beyond which Block::RegisterMemoryBlock fails. Initially there is no limit.
     static void SetLimit(int64_t bytes);
     static int64_t Limit();
     static int64_t Total();
-    /// Where Block::LogAll writes, one line a call. Null: to the standard log stream if the
-    /// environment variable TROVIK_MEMORY_LOG is set and not empty, and nowhere otherwise.
+    /// Sets the function that receives the output of Block::LogAll, one line per call. Null selects
+    /// the default: the standard log stream if the environment variable TROVIK_MEMORY_LOG is set
+    /// and not empty, otherwise no output.
     static void SetLogSink(std::function<void(const std::string&)> sink);
 };
 

@@ -11,7 +11,8 @@ namespace {
 constexpr uint64_t pageSize = 4096;
 constexpr uint64_t least = uint64_t{4} << 20;
 
-/// For the whole pages inside the block; what it shares with its neighbours stays as it is.
+/// Applies to the whole pages inside the block; pages that are shared with neighbouring data are
+/// not affected.
 void Advise(void* memory, uint64_t bytes, int advice) {
     const auto address = reinterpret_cast<uintptr_t>(memory);
     const uint64_t shared = (pageSize - address % pageSize) % pageSize;

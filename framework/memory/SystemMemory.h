@@ -4,21 +4,22 @@
 #include "host/Api.h"
 
 /// \file
-/// What is asked of the system about memory that is had already.
+/// Requests to the system about memory that is already allocated.
 namespace trovik {
 
-/// Asks the system to back memory with large pages: a first touch then costs one fault for two
-/// megabytes instead of one for four kilobytes, and a walk that jumps about misses fewer
-/// translations. For arrays of the size of a mesh or a stroke, before they are written; small ones
-/// are left alone. A hint that the system may pass over; contents and addresses stay.
+/// Asks the system to back memory with large pages. A first access then costs one page fault per
+/// two megabytes instead of one per four kilobytes, and scattered accesses cause fewer TLB misses.
+/// For arrays of the size of a mesh or a stroke, before they are written; small arrays are skipped.
+/// The system may ignore this hint. Contents and addresses do not change.
 TROVIK_API void PreferLargePages(void* memory, uint64_t bytes);
 
-/// Gives the pages of memory back to the system, which gives others at the next touch. Addresses
-/// stay; the contents are lost.
+/// Returns the pages of memory to the system, which maps new ones on the next access. Addresses do
+/// not change; the contents are lost.
 TROVIK_API void GiveBackPages(void* memory, uint64_t bytes);
 
-/// Gives the system what the program has freed and the allocator still holds. Takes the allocator's
-/// locks for as long as it takes, some milliseconds; for after something large.
+/// Returns memory to the system that the program has freed but the allocator still holds. Holds the
+/// locks of the allocator for some milliseconds, so it is only useful after large objects are
+/// freed.
 TROVIK_API void GiveBackFreedMemory();
 
 }  // namespace trovik

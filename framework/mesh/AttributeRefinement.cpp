@@ -33,7 +33,7 @@ std::vector<std::uint32_t> Repeated(const std::vector<std::uint32_t>& perFace,
     return list;
 }
 
-/// UVs of the quads of one face, behind those that are there.
+/// Appends the UVs of the quads that one face becomes.
 void SplitUvs(const SurfaceAttributes& before,
               std::size_t first,
               std::uint32_t n,
@@ -59,7 +59,8 @@ void SplitUvs(const SurfaceAttributes& before,
     }
 }
 
-/// Colours of the new vertices of one face; those on its edges are the same from both sides.
+/// Computes the colours of the new vertices of one face. The two faces on an edge compute the same
+/// value for the edge point.
 void SplitColors(const PolygonMesh& polygons,
                  const PolygonMesh& quads,
                  std::size_t first,
@@ -70,7 +71,8 @@ void SplitColors(const PolygonMesh& polygons,
         values.push_back(polygons.attributes.colors[polygons.faceVertices[first + k]]);
     }
     for (std::uint32_t k = 0; k < n; ++k) {
-        // Each corner became a quad: corner, edge point, face point, edge point before.
+        // Each corner became a quad: the corner, the next edge point, the face point, the previous
+        // edge point.
         const std::uint32_t* quad = quads.faceVertices.data() + (first + k) * 4;
         colors[quad[1]] = MeanOfTwo(values[k], values[(k + 1) % n]);
         colors[quad[2]] = MeanOfAll(values);

@@ -11,12 +11,12 @@ namespace trovik {
 
 struct PolygonMesh;
 
-/// The rule by which texture coordinates and colours become finer: the point on an edge takes the
-/// mean of its two ends, the point of a face the mean of its corners, and what a vertex has stays.
-/// So values are bilinear over each quad of level 0, and a seam of the texture stays a seam.
+/// The refinement rule of texture coordinates and colours. An edge point gets the mean of the two
+/// ends, a face point gets the mean of the corners, and an existing vertex keeps its value. Values
+/// are therefore bilinear over each quad of level 0, and a texture seam stays a seam.
 ///
-/// The order of operations is stated, so that the two faces on an edge get the same bits:
-/// edge (a + b) * 0.5, face ((a + b) + c [+ d ...]) * (1 / corners).
+/// The order of operations is fixed, so that both faces on an edge compute identical bits: edge (a
+/// + b) * 0.5, face ((a + b) + c [+ d ...]) * (1 / corners).
 
 template <std::size_t count>
 std::array<float, count> MeanOfTwo(const std::array<float, count>& a,
@@ -28,7 +28,7 @@ std::array<float, count> MeanOfTwo(const std::array<float, count>& a,
     return mean;
 }
 
-/// Values at the corners of a face; of a triangle the fourth means nothing.
+/// Values at the corners of a face. The fourth entry is unused for a triangle.
 template <std::size_t count>
 using CornerValues = std::array<std::array<float, count>, 4>;
 
@@ -45,8 +45,8 @@ std::array<float, count> FaceMean(const CornerValues<count>& values, std::uint32
     return mean;
 }
 
-/// Values at the corners of child `child` of a face of 3 or 4 corners, in the child's own order;
-/// see LevelMesh for how children lie.
+/// Returns the values at the corners of child `child` of a face with 3 or 4 corners, in the corner
+/// order of the child. LevelMesh describes the layout of the children.
 template <std::size_t count>
 CornerValues<count> ChildValues(const CornerValues<count>& parent,
                                 std::uint32_t corners,
@@ -62,14 +62,16 @@ CornerValues<count> ChildValues(const CornerValues<count>& parent,
     return values;
 }
 
-/// Values at the corners of face `face` of level `level`, from those of the face of level 0 that it
-/// lies in. \param corners  of the faces of level 0.
+/// Returns the values at the corners of face `face` of level `level`, computed from the corner
+/// values of the level-0 face that contains it.
+/// \param corners  number of corners of each level-0 face.
 template <std::size_t count>
 CornerValues<count> FaceValues(CornerValues<count> base,
                                std::uint32_t corners,
                                std::uint32_t level,
                                std::uint32_t face) {
-    // The digits of the number, the topmost first; only the first step can be from a triangle.
+    // Visits the digits of the face number, most significant first. Only the first step can start
+    // from a triangle.
     for (std::uint32_t step = level; step-- > 0;) {
         const std::uint32_t sides = step + 1 == level ? corners : 4;
         const std::uint32_t digit = face >> (2 * step);
@@ -78,13 +80,14 @@ CornerValues<count> FaceValues(CornerValues<count> base,
     return base;
 }
 
-/// The face of level 0 that face `face` of level `level` lies in.
+/// Returns the level-0 face that contains face `face` of level `level`.
 inline std::uint32_t BaseFace(std::uint32_t corners, std::uint32_t level, std::uint32_t face) {
     assert(corners != 0);
     return level == 0 ? face : (face >> (2 * (level - 1))) / corners;
 }
 
-/// What level 0 carries when polygons are split into quads by one step (ToUniformFaces).
+/// Returns the attributes of level 0 after polygons are split into quads by one step
+/// (ToUniformFaces).
 /// \param quads  the result of the split; its faces and vertices are final.
 SurfaceAttributes SplitIntoQuads(const PolygonMesh& polygons, const PolygonMesh& quads);
 

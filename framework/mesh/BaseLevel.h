@@ -8,21 +8,22 @@
 
 namespace trovik {
 
-/// Polygons as level 0 can hold them: all quads or all triangles. Other faces are split by one
-/// Catmull-Clark step: face f of n corners gives n quads in a row, quad k having as corners corner
-/// k, the point on edge k, the face point, the point on edge k - 1.
+/// Converts polygons into the faces that level 0 can store: all quads or all triangles. Other
+/// meshes are split by one Catmull-Clark step: a face with n corners becomes n consecutive quads,
+/// and the corners of quad k are corner k, the point on edge k, the face point and the point on
+/// edge k - 1.
 /// \throw Cancelled.
 PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job = nullptr);
 
-/// What a user should know before refining the mesh, one sentence; empty if there is nothing. It is
-/// about meshes of which at least half of the faces are triangles.
+/// Returns one sentence of advice for a user who is about to refine the mesh, or an empty string.
+/// There is advice if at least half of the faces are triangles.
 TROVIK_API std::string RefinementNote(const PolygonMesh& polygons);
 
-/// Across each side of each face the neighbour as face * 4 + side, or openBorder. An edge that is
-/// not shared by exactly two faces in opposite senses is open. Cost: linear in corners (and the
-/// sort of each vertex's edges).
-/// \param vertexCount  all vertex numbers are below it.
-/// \throw Cancelled; `neighbours` is then as it was.
+/// Computes the neighbour across each side of each face, as face * 4 + side, or openBorder. An edge
+/// is open unless exactly two faces share it in opposite directions.
+/// Cost: linear in the corners (plus sorting the edges of each vertex).
+/// \param vertexCount  greater than every vertex index.
+/// \throw Cancelled; `neighbours` is then unchanged.
 void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
                     uint32_t faceCount,
                     uint32_t corners,

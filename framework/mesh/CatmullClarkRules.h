@@ -7,14 +7,16 @@
 
 /// \file
 /// The rules of one Catmull-Clark step (Catmull and Clark, "Recursively generated B-spline surfaces
-/// on arbitrary topological meshes", 1978), each once. Border edges are refined as curves.
+/// on arbitrary topological meshes", 1978). Border edges are refined as curves.
 ///
-/// Positions are single precision. Sums are taken exactly or of two terms, the rest in double
-/// precision, and each result is rounded once. So results do not depend on the order in which faces
-/// and corners are visited, and a mesh that is mirror-symmetric to the bit stays so.
+/// Positions are single precision. A sum is either exact or has only two terms, all other
+/// arithmetic is double precision, and each result is rounded once. Results therefore do not depend
+/// on the order in which faces and corners are visited, and an exactly mirror-symmetric mesh stays
+/// exactly symmetric.
 namespace trovik {
 
-/// The mean of a face's corners. \param corners  the sum of their positions.
+/// Returns the mean of the corners of a face.
+/// \param corners  the sum of the corner positions.
 inline Vector FacePointRule(const DoubleVector& corners, uint32_t count) {
     const auto n = static_cast<double>(count);
     return {static_cast<float>(corners.x / n),
@@ -22,7 +24,9 @@ inline Vector FacePointRule(const DoubleVector& corners, uint32_t count) {
             static_cast<float>(corners.z / n)};
 }
 
-/// \param a, b  the ends of an edge. \param left, right  the face points on either side.
+/// Returns the point on an inner edge.
+/// \param a, b  the ends of the edge.
+/// \param left, right  the face points on either side.
 inline Vector EdgePointRule(const Vector& a,
                             const Vector& b,
                             const Vector& left,
@@ -40,8 +44,9 @@ inline Vector BorderEdgePointRule(const Vector& a, const Vector& b) {
     return {mean(a.x, b.x), mean(a.y, b.y), mean(a.z, b.z)};
 }
 
-/// \param around  the sum over the faces at the vertex of the face point and of the next corner.
-/// \param faces  their number, at least 1.
+/// Returns the refined position of an inner vertex.
+/// \param around  the sum, over the faces at the vertex, of the face point and the next corner.
+/// \param faces  the number of those faces, at least 1.
 inline Vector VertexPointRule(const Vector& vertex, const DoubleVector& around, uint32_t faces) {
     const auto n = static_cast<double>(faces);
     const double own = n * (n - 2.0);
@@ -52,8 +57,9 @@ inline Vector VertexPointRule(const Vector& vertex, const DoubleVector& around, 
     return {mean(vertex.x, around.x), mean(vertex.y, around.y), mean(vertex.z, around.z)};
 }
 
+/// Returns the refined position of a border vertex. A vertex with a single face does not move.
 /// \param ends  the sum of the other ends of the border edges at the vertex.
-/// \param faces  the number of faces at it. A vertex of a single face stays where it is.
+/// \param faces  the number of faces at the vertex.
 inline Vector BorderVertexPointRule(const Vector& vertex,
                                     const DoubleVector& ends,
                                     uint32_t faces) {

@@ -10,8 +10,8 @@ namespace trovik {
 
 namespace {
 
-/// The vertices that are new in one level above the patch level, and the patches that own them: the
-/// lowest-numbered ones that hold them.
+/// The vertices that are new in one level above the patch level, and the patch that owns each of
+/// them: the lowest-numbered patch that contains it.
 class NewVertices {
 public:
     NewVertices(const LevelHierarchy& hierarchy, uint32_t number, uint32_t facesOfPatch)
@@ -20,7 +20,7 @@ public:
           facesPerPatch(facesOfPatch),
           patches(hierarchy.Level(number - 1)->faceCount / facesOfPatch) {}
 
-    /// \return whether the patch is another than that of the call before.
+    /// \return whether the patch differs from that of the previous call.
     bool Find(uint32_t vertex) {
         if (vertex >= first && vertex < end) return false;
         uint32_t low = 0;
@@ -40,16 +40,17 @@ public:
     uint32_t Patch() const { return patch; }
 
 private:
-    /// New vertices are numbered face by face of the level below, the face point last.
+    /// The faces of the level below number their new vertices one after the other; the face point
+    /// is the last vertex of a face.
     uint32_t EndOf(uint32_t ofPatch) const {
         const uint32_t lastFace = (ofPatch + 1) * facesPerPatch - 1;
         return level.faceVertexIndices.array[lastFace * corners * 4 + 2] + 1;
     }
 
     const LevelMesh& level;
-    /// Of the faces of the level below.
+    /// Corners per face of the level below.
     uint32_t corners;
-    /// Faces of the level below under a patch.
+    /// Faces of the level below in one patch.
     uint32_t facesPerPatch;
     uint32_t patches;
     uint32_t patch = 0;
@@ -57,7 +58,7 @@ private:
     uint32_t end = 0;
 };
 
-/// Which vertices of a list there are, for quick look-ups.
+/// Bit set of the vertices of a list, for fast look-up.
 class VertexMarks {
 public:
     explicit VertexMarks(const std::vector<uint32_t>& vertices) {
@@ -115,15 +116,16 @@ public:
     }
 
 private:
-    /// Those of the level in which the vertex is new; null where that is at most the patch level.
+    /// Returns the entry of the level in which the vertex is new; null if that is at most the patch
+    /// level.
     NewVertices* BornWith(uint32_t vertex) {
         for (std::size_t i = born.size(); i-- > 0;)
             if (vertex >= firstNew[i]) return &born[i];
         return nullptr;
     }
 
-    /// A new vertex on the border between two patches belongs to both. Adds those across from the
-    /// owners that are not owners themselves.
+    /// A new vertex on the border between two patches belongs to both. Adds the patches adjacent to
+    /// the owners that are not owners themselves and contain such a vertex.
     void AddAcross(const std::vector<uint32_t>& owners,
                    const VertexMarks& marks,
                    std::vector<uint32_t>& patches) {
@@ -139,21 +141,22 @@ private:
         }
     }
 
-    /// Whether a vertex on the side of a face, but not at its ends, is marked. \param below  number
-    /// of levels from that of the face to the finest.
+    /// Returns whether a vertex inside the side of a face, not at its ends, is marked.
+    /// \param below  number of levels from the level of the face to the finest level.
     bool HasMarkInside(uint32_t face,
                        uint32_t side,
                        uint32_t corners,
                        uint32_t below,
                        const VertexMarks& marks) const {
         if (below == 0) return false;
-        // The sides of the two children that make up the side; see LevelTopology.cpp.
+        // The sides of the two children that form the side; see LevelTopology.cpp.
         const uint32_t firstChild = face * corners + side;
         const uint32_t secondChild = face * corners + (side + 1) % corners;
         const uint32_t firstSide = corners == 4 ? side : 0;
         const uint32_t secondSide = corners == 4 ? side : 3;
         uint32_t finest = firstChild;
-        // The end of the first half: the same corner of the child at that corner, and so on down.
+        // The end of the first half: the child at that corner keeps the same corner on every finer
+        // level.
         const uint32_t middle = (firstSide + 1) & 3u;
         for (uint32_t i = 1; i < below; ++i) finest = finest * 4 + middle;
         if (marks.Has(level.faceVertexIndices.array[finest * 4 + middle])) return true;
@@ -164,7 +167,7 @@ private:
     LevelMesh& level;
     LevelMesh& patchMesh;
     uint32_t depth;
-    /// By the level, from the one above the patch level on.
+    /// One entry per level, starting above the patch level.
     std::vector<NewVertices> born;
     std::vector<uint32_t> firstNew;
 };

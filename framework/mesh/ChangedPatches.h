@@ -10,16 +10,17 @@ namespace trovik {
 
 class LevelMesh;
 
-/// The level whose faces are the patches of a report by vertices: patches of up to 32 x 32 faces.
+/// Returns the level whose faces are the patches when changed vertices are reported. A patch has up
+/// to 32 x 32 faces.
 inline uint32_t ReportedPatchLevel(uint32_t level) { return level > 5 ? level - 5 : 0; }
 
-/// The faces of level `patchLevel`, ascending, that have one of the vertices at a corner of one of
-/// their descendants in `level`. A vertex that no face uses lies in none.
+/// Returns the faces of level `patchLevel`, ascending, that have a descendant in `level` with one
+/// of the vertices at a corner. A vertex without faces belongs to no patch.
 ///
-/// Vertices are numbered by the faces that first meet them, so the patch that owns a vertex follows
-/// from its number. Where the patch across a side of an owner is not an owner itself, the vertices
-/// on that side are looked up. Cost: a few nanoseconds for most vertices, if those of a patch
-/// follow each other in the list, and one bit for each vertex between the lowest and the highest.
+/// Vertices are numbered by the first face that uses them, so the patch that owns a vertex follows
+/// from its number. If the patch across a side of an owner is not an owner itself, the vertices on
+/// that side are looked up. Cost: a few nanoseconds for most vertices, if vertices of the same
+/// patch are adjacent in the list. Memory: one bit per vertex between the lowest and the highest.
 TROVIK_API std::vector<uint32_t> PatchesAt(LevelMesh& level,
                                            uint32_t patchLevel,
                                            const std::vector<uint32_t>& vertices);

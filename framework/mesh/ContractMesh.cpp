@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The members of the contract's mesh classes that belong to no one level or change.
+/// Members of the mesh classes in host/Mesh.h that do not depend on a level or a change.
 #include "host/Mesh.h"
 
 namespace trovik {

@@ -10,10 +10,10 @@
 
 namespace trovik {
 
-/// A face of more corners than this is taken for damage: no modeller makes one.
+/// A face with more corners is treated as file damage; no modelling program writes one.
 inline constexpr std::size_t maxFaceCorners = 1'000'000;
 
-/// The vertex that a face names twice, if there is one.
+/// Returns a vertex that the face uses twice, if there is one.
 inline std::optional<std::uint32_t> RepeatedVertex(std::span<const std::uint32_t> corners) {
     constexpr std::size_t fewCorners = 16;
     if (corners.size() <= fewCorners) {

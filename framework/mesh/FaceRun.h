@@ -9,7 +9,8 @@ namespace trovik {
 /// Bit of Mesh::faceFlags that only the host reads: the face is hidden.
 inline constexpr uint8_t faceIsHidden = 4;
 
-/// Consecutive faces of a level. Patches are consecutive, so few runs describe most selections.
+/// Consecutive faces of a level. The faces of a patch are consecutive, so most selections need few
+/// runs.
 struct FaceRun {
     uint32_t first = 0;
     uint32_t count = 0;
@@ -17,7 +18,8 @@ struct FaceRun {
     bool operator==(const FaceRun&) const = default;
 };
 
-/// Appends `count` faces from `first` on, which lie behind all that are in the list.
+/// Appends `count` faces starting at `first`. They must follow all faces that are already in the
+/// list.
 inline void AppendFaces(std::vector<FaceRun>& runs, uint32_t first, uint32_t count) {
     if (!runs.empty() && runs.back().first + runs.back().count == first)
         runs.back().count += count;
@@ -25,7 +27,7 @@ inline void AppendFaces(std::vector<FaceRun>& runs, uint32_t first, uint32_t cou
         runs.push_back({first, count});
 }
 
-/// Number of faces in the runs.
+/// Returns the number of faces in the runs.
 inline uint64_t FacesIn(const std::vector<FaceRun>& runs) {
     uint64_t faces = 0;
     for (const FaceRun& run : runs) faces += run.count;

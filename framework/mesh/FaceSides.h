@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Calls side(a, b) for each side of each face; an edge between two faces comes twice.
+/// Calls side(a, b) for each side of each face. An edge between two faces is visited twice.
 template <typename Side>
 void ForEachSide(const LevelMesh& level, Side side) {
     const uint32_t corners = level.CornersPerFace();

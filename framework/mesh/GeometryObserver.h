@@ -11,21 +11,22 @@ namespace trovik {
 class LevelMesh;
 struct FaceVisit;
 
-/// Receives what happens to the levels of a geometry. All members do nothing by default. They are
-/// called on the thread that changes the geometry, from inside the call that does so: an observer
-/// changes neither the geometry nor its list of observers, and throws nothing.
+/// Receives notifications about the levels of a geometry. By default every member does nothing.
+/// They are called on the thread that changes the geometry, inside the call that changes it. An
+/// observer must not change the geometry or its list of observers, and must not throw.
 class TROVIK_API GeometryObserver {
 public:
-    /// A walk over faces or vertices of the level has ended, also by an exception of its visitor.
-    /// `visits`: the results of the visitor's Tester, in order, as far as it was called. Valid
+    /// Called when a walk over the faces or vertices of the level has ended, including by an
+    /// exception of its visitor.
+    /// \param visits  the results of the visitor's Tester, in order, as far as it was called. Valid
     /// until the next walk on the level.
     virtual void WalkEnded(const LevelMesh& /*level*/, const std::vector<FaceVisit>& /*visits*/) {}
-    /// MeshChange::Finish was called with these arguments on a change of the level.
+    /// Called after MeshChange::Finish was called with these arguments on a change of the level.
     virtual void ChangeFinished(const LevelMesh& /*level*/,
                                 bool /*keepTopology*/,
                                 bool /*joinPrevious*/) {}
-    /// A level has changed, which need not be the bound one. One operation may report several
-    /// changes, and name patches that have not changed along with those that have.
+    /// Called after a level has changed; it may be another level than the bound one. One operation
+    /// may report several changes, and may list unchanged patches along with changed ones.
     virtual void SurfaceChanged(const SurfaceChange& /*change*/) {}
 
 protected:

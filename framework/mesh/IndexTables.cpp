@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Tables of a patch: where its grid points and cells stand among its faces. A face's number within
-/// the patch has one digit in base 4 per level, the topmost first; digit k is the child at corner
-/// k: 0 top left, 1 top right, 2 bottom right, 3 bottom left, none of them turned.
+/// Index tables of a patch: they map grid points and cells to its faces. The number of a face
+/// within the patch has one base-4 digit per level, most significant first. Digit k is the child at
+/// corner k: 0 top left, 1 top right, 2 bottom right, 3 bottom left. The children have the same
+/// orientation as the parent.
 #include "framework/memory/FilledStore.h"
 #include "host/Mesh.h"
 
@@ -46,8 +47,8 @@ void Fill(PatchTables& tables, uint32_t level) {
             tables.cellOfFace.array[face] = cell;
         }
     }
-    // A grid point is the top left corner of its cell; the last row and column take the cell
-    // before and another corner of it.
+    // A grid point is the top left corner of its cell. The last row and column use another corner
+    // of the previous cell.
     ResizeStore(tables.vertexIndex, (side + 1) * (side + 1));
     uint32_t point = 0;
     for (uint32_t row = 0; row <= side; ++row) {
@@ -64,7 +65,8 @@ void Fill(PatchTables& tables, uint32_t level) {
 
 const PatchTables& TablesOf(uint32_t level) {
     assert(level < levelCount);
-    // Never destroyed: brushes in static objects may still ask at the very end.
+    // Never destroyed, because brushes in static objects may still use the tables during program
+    // exit.
     static auto* all = new std::array<std::unique_ptr<PatchTables>, levelCount>;
     std::unique_ptr<PatchTables>& tables = (*all)[level];
     if (tables == nullptr) {

@@ -7,18 +7,19 @@
 
 namespace trovik {
 
-/// What more levels would hold.
+/// The size of additional levels.
 struct LevelForecast {
-    /// Of the highest of them.
+    /// Faces and vertices of the highest additional level.
     uint64_t faces = 0;
     uint64_t vertices = 0;
-    /// Of all of them together: arrays of faces and vertices, and the copies of positions that tell
-    /// what changed since the level was bound.
+    /// Memory of all additional levels together: the arrays of faces and vertices, and the copies
+    /// of positions that are needed to detect changes since the level was bound.
     uint64_t bytes = 0;
-    /// How many levels these are: fewer than asked for when a level cannot be counted any more.
+    /// Number of additional levels. It is less than requested if the elements of a level cannot be
+    /// counted in the index type.
     uint32_t levels = 0;
 
-    /// Four indices, flags, and the stamp of walks.
+    /// Four indices, the flags, and the stamp of the walks.
     static constexpr uint64_t bytesPerFace = 4 * sizeof(uint32_t) + 1 + sizeof(uint32_t);
     static constexpr uint64_t bytesPerVertex = sizeof(Vertex) + sizeof(PackedNormal);
 };

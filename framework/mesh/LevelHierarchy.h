@@ -11,8 +11,9 @@
 
 namespace trovik {
 
-/// The levels of one mesh, as each level sees them: its topology follows from the levels below it.
-/// LevelGeometry, the only implementation, adds what happens between levels.
+/// The levels of one mesh, as far as a level needs them: the topology of a level follows from the
+/// levels below it. LevelGeometry, the only implementation, adds the propagation of edits between
+/// levels.
 class TROVIK_API LevelHierarchy : public Geometry {
 public:
     uint32_t LevelCount() const { return static_cast<uint32_t>(levels.size()); }
@@ -21,22 +22,24 @@ public:
     /// Null until a topological mirror has been found.
     const TopologicalMirror* Mirror() const { return mirror.get(); }
 
-    /// Adds an observer of all levels, borrowed, unless it is one already. Observers are called in
-    /// the order in which they were added.
+    /// Adds an observer of all levels, unless it was added before. The observer is borrowed.
+    /// Observers are called in the order in which they were added.
     void AddObserver(GeometryObserver& observer);
-    /// No effect for one that was not added.
+    /// Removes an observer. Has no effect if it was not added.
     void RemoveObserver(GeometryObserver& observer);
     const std::vector<GeometryObserver*>& Observers() const { return observers; }
 
     /// \name Reports to the observers
-    /// To be called by code that has changed a level, after the change. Without an observer each
-    /// costs one comparison. \param what  a combination of SurfaceChange::What.
+    /// Code that has changed a level calls these after the change. If there is no observer, each
+    /// costs one comparison.
+    /// \param what  a combination of SurfaceChange::What.
     /// @{
 
-    /// Names the patches of level max(0, level - 5) that have one of the vertices at a corner of
-    /// one of their faces; nothing is reported for an empty list. Cost: by the vertices.
+    /// Reports the patches of level max(0, level - 5) that have one of the vertices at a corner of
+    /// one of their faces. Reports nothing if the list is empty. Cost: linear in the vertices.
     void ReportVertices(uint32_t level, uint8_t what, const std::vector<uint32_t>& vertices);
-    /// \param patches  faces of level `patchLevel`, each once.
+    /// Reports the listed patches.
+    /// \param patches  faces of level `patchLevel`, without duplicates.
     void ReportPatches(uint32_t level,
                        uint8_t what,
                        uint32_t patchLevel,
@@ -48,8 +51,8 @@ public:
     virtual MeshChange* StartChange(LevelMesh& level) = 0;
     /// Implements LevelMesh::Layer.
     virtual trovik::Layer* LayerOf(LevelMesh& level) = 0;
-    /// Called by the destructor of each level, also of levels that were taken out. The levels have
-    /// to be destroyed before the implementation is.
+    /// Called by the destructor of each level, including levels that were removed from the list.
+    /// All levels must be destroyed before the implementation is.
     virtual void LevelDestroyed(LevelMesh& level) = 0;
 
 protected:

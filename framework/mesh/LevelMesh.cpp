@@ -41,7 +41,8 @@ void LevelMesh::MakeBaseTables(JobControl* job) {
     FillStore(baseVertexFace, vertexCount, openBorder);
     for (uint32_t slot = faceCount * corners; slot-- > 0;)
         baseVertexFace.array[faceVertexIndices.array[slot]] = slot / corners;
-    // Walks over the vertices of level 0 belong to strokes, which must not allocate by mesh size.
+    // Strokes walk over the vertices of level 0 and must not allocate memory in proportion to the
+    // mesh.
     FillStore(vertexWalkStamps, vertexCount, 0u);
     vertexWalk = 0;
 }
@@ -99,8 +100,8 @@ void LevelMesh::SetOpenChange(LevelChange* change, uint32_t* outsideEdits) {
     outsideEditCount = outsideEdits;
 }
 
-// In a stroke the vertex may have been moved by the brush already; its record has the position of
-// before.
+// During a stroke the brush may already have moved the vertex. Its record then holds the earlier
+// position.
 void LevelMesh::NoteOlderPosition(uint32_t vertex) {
     const uint32_t link = openChange == nullptr ? 0 : vertices.array[vertex].changeLink;
     if (openChange != nullptr && link < changeRecordCount &&

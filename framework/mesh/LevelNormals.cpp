@@ -67,7 +67,7 @@ void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl*
         if (lowest == openBorder) continue;
         faces.clear();
         FacesAround(vertex, lowest, faces);
-        // The order in which ComputeNormals adds, so that both give the same bits.
+        // Adds in the same order as ComputeNormals, so that the results are bit-identical.
         std::sort(faces.begin(), faces.end());
         Vector sum;
         for (const uint32_t face : faces) {

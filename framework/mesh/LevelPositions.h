@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// Where all vertices of the level lie, mesh-local.
+/// Returns the positions of all vertices of the level, mesh-local.
 inline std::vector<Vector> PositionsOf(const LevelMesh& level) {
     std::vector<Vector> positions(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v) positions[v] = level.Position(v);

@@ -8,8 +8,8 @@ LevelRefiner::LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl)
 
 uint32_t LevelRefiner::FineFaceCount() const { return coarse.faceCount * corners; }
 
-// Of the two faces on an edge the lower one, or the lower side of a face glued to itself, is the
-// first to meet it.
+// An edge belongs to the lower of its two faces, or to the lower side if a face is its own
+// neighbour, because that one is visited first.
 bool LevelRefiner::OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const {
     if (neighbour == openBorder) return true;
     const uint32_t other = neighbour >> 2;

@@ -10,19 +10,19 @@ namespace trovik {
 /// CatmullClarkRules.h.
 class LevelRefiner {
 public:
-    /// \param jobControl  of RefineTopology and RefinePositions, which throw Cancelled; what they
-    /// fill is then incomplete.
+    /// \param jobControl  used by RefineTopology and RefinePositions, which throw Cancelled; their
+    /// output is then incomplete.
     explicit LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl = nullptr);
 
     uint32_t FineFaceCount() const;
-    /// Vertices of the level above. Cost: O(faces).
+    /// Returns the number of vertices of the level above. Cost: O(faces).
     uint64_t CountFineVertices();
 
-    /// Faces and vertex numbers of the level above. `fine` must be empty.
+    /// Builds the faces and vertex numbers of the level above. `fine` must be empty.
     void RefineTopology(LevelMesh& fine);
-    /// Computes the positions of the level above. `place(vertex, position)` is called once for each
+    /// Computes the positions of the level above. Calls `place(vertex, position)` once for each
     /// vertex of the fine level. `fine` supplies the vertex numbers.
-    /// \param positions  of the coarse level; null for those that it has. Borrowed.
+    /// \param positions  of the coarse level; null to use its current positions. Borrowed.
     template <typename Place>
     void RefinePositions(const LevelMesh& fine, Place place, const Vector* positions = nullptr);
 

@@ -17,7 +17,8 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
         phase.Add();
         facePoints[face] = points.FacePoint(face);
     }
-    // Face points and next corners around each vertex. Border vertices depend on their border alone.
+    // Sums of face points and next corners around each vertex. Border vertices depend only on their
+    // border.
     std::vector<RunningSum> around(coarse.VertexCount());
     std::unordered_map<uint32_t, RunningSum> borderEnds;
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Implicit topology: who lies across a side follows from the base mesh and the digits of the face
-/// number. The four children of a quad meet at its face point; child k keeps the quad's
-/// orientation:
+/// Implicit topology: the neighbour across a side follows from the base mesh and the digits of the
+/// face number. The four children of a quad meet at its face point. Child k keeps the orientation
+/// of the quad:
 ///
 ///      corner 0 ---- e0 ---- corner 1        child 0: corners  c0 e0 fp e3
 ///         |  child 0 | child 1  |            child 1: corners  e0 c1 e1 fp
@@ -11,9 +11,9 @@
 ///         |  child 3 | child 2  |            child 3: corners  e3 fp e2 c3
 ///      corner 3 ---- e2 ---- corner 2
 ///
-/// So sides k + 1 and k + 2 of child k are inside the parent, side k is the first half of the
-/// parent's side k, and side k + 3 the second half of the parent's side k + 3. Two faces run along
-/// their edge in opposite senses: a first half lies across a second half.
+/// Sides k + 1 and k + 2 of child k are therefore inside the parent. Side k is the first half of
+/// side k of the parent, and side k + 3 is the second half of side k + 3 of the parent. Two faces
+/// have opposite directions along their edge, so a first half is adjacent to a second half.
 #include "framework/mesh/LevelHierarchy.h"
 
 #include <algorithm>
@@ -22,8 +22,8 @@ namespace trovik {
 
 namespace {
 
-/// How a child of a face lies: a side inside the parent leads to a sibling, any other side is one
-/// half of a side of the parent.
+/// The position of a side of a child: a side inside the parent borders a sibling, any other side is
+/// one half of a side of the parent.
 struct ChildSide {
     bool inside;
     uint32_t sibling;
@@ -45,7 +45,7 @@ ChildSide QuadChildSide(uint32_t child, uint32_t side) {
     }
 }
 
-/// A triangle's children have the triangle's corner as corner 0.
+/// Corner 0 of each child of a triangle is a corner of the triangle.
 ChildSide TriangleChildSide(uint32_t child, uint32_t side) {
     switch (side) {
         case 0:
@@ -62,7 +62,8 @@ ChildSide TriangleChildSide(uint32_t child, uint32_t side) {
 }  // namespace
 
 uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
-    // Climb until the side lies inside a face, or at the base, noting which halves were climbed.
+    // Go up until the side is inside a face or the base is reached, and record which half was taken
+    // at each level.
     uint32_t halves = 0;
     int level = index;
     uint32_t neighbour = openBorder;
@@ -75,7 +76,7 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
         }
         const bool ofTriangle = level == 1 && triangleBase;
         const uint32_t childCount = ofTriangle ? 3 : 4;
-        // Divisions by numbers that the compiler knows.
+        // The divisors are compile-time constants.
         const uint32_t above = ofTriangle ? face / 3 : face / 4;
         const uint32_t child = face - above * childCount;
         const ChildSide place =
@@ -90,7 +91,7 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
         --level;
     }
     if (neighbour == openBorder) return openBorder;
-    // Descend on the other side of the edge: what was the first half is its second.
+    // Go down on the other side of the edge, where a first half is a second half.
     for (; level < index; ++level, halves >>= 1) {
         const uint32_t other = neighbour >> 2;
         const uint32_t otherSide = neighbour & 3u;
@@ -114,7 +115,7 @@ int LevelMesh::CornerOf(uint32_t face, uint32_t vertex) const {
 }
 
 uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
-    // The level on which the vertex was born, and the lowest face there that holds it.
+    // The first level that has the vertex, and the lowest face of that level that uses it.
     uint32_t level = 0;
     while (vertex >= hierarchy->Level(level)->vertexCount) ++level;
     const bool triangleBase = hierarchy->Level(0)->meshType != 1;
@@ -123,7 +124,8 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
         face = hierarchy->Level(0)->baseVertexFace.array[vertex];
         if (face == openBorder) return openBorder;
     } else {
-        // New vertices are numbered face by face of the level below, a face's point last.
+        // The faces of the level below number their new vertices one after the other; the face
+        // point is the last vertex of a face.
         const LevelMesh& born = *hierarchy->Level(level);
         const uint32_t childCount = level == 1 && triangleBase ? 3 : 4;
         const auto facePoint = [&born, childCount](uint32_t above) {
@@ -141,7 +143,7 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
         face = low * childCount;
         while (born.CornerOf(face, vertex) < 0) ++face;
     }
-    // Upwards a corner of a face belongs to the child at that corner.
+    // On the next finer level, a corner of a face belongs to the child at that corner.
     for (; level < static_cast<uint32_t>(index); ++level) {
         const uint32_t childCount = level == 0 && triangleBase ? 3 : 4;
         face = face * childCount +

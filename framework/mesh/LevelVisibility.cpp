@@ -11,11 +11,12 @@ namespace trovik {
 
 namespace {
 
-/// Set in Vertex::reserved[0] of a hidden vertex, above its own freeze amount; 0 there means
-/// visible.
+/// Set in Vertex::reserved[0] of a hidden vertex, along with its own freeze amount. A value of 0
+/// means visible.
 constexpr uint8_t vertexIsHidden = 0x80;
 
-/// Going around a vertex costs about this many times its share of one pass over all faces.
+/// Visiting the faces around a vertex costs about this many times as much per vertex as a pass over
+/// all faces.
 constexpr uint64_t aroundVertexCost = 16;
 
 }  // namespace
@@ -48,7 +49,7 @@ void LevelMesh::SetFreeze(uint32_t vertex, uint8_t amount) {
 }
 
 void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
-    assert(changes.empty() && "no face is hidden or shown during a stroke");
+    assert(changes.empty() && "faces cannot be hidden or shown during a stroke");
     uint64_t newlyHidden = 0;
     for (const FaceRun& run : faces) {
         for (uint32_t face = run.first; face < run.first + run.count; ++face) {
@@ -61,7 +62,8 @@ void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
             }
         }
     }
-    // Showing a face shows its corners, whatever lies around them.
+    // A face that is shown makes its corners visible, whether or not the faces around them are
+    // hidden.
     if (newlyHidden * aroundVertexCost > faceCount) {
         RefreshHiddenVertices();
         return;
@@ -85,7 +87,7 @@ void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
                             return IsFaceHidden(one);
                         }));
     });
-    // Also vertices that were hidden before, which the first pass leaves alone.
+    // This includes vertices that were hidden before, which the first pass skips.
     forEachCorner(false, [this](uint32_t vertex, uint32_t) { SetVertexHidden(vertex, false); });
 }
 

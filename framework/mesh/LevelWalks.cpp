@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Walks over faces and vertices. What a walk has seen is remembered by stamps that live with the
-/// mesh, so that a walk costs what it reaches.
+/// Walks over faces and vertices. A walk marks visited elements with stamps that are stored in the
+/// mesh, so its cost depends only on the elements that it reaches.
 #include "framework/memory/FilledStore.h"
 #include "framework/mesh/LevelHierarchy.h"
 
@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// The next stamp; before it runs out all stamps are forgotten.
+/// Returns the next stamp. Before the counter overflows, all stamps are reset.
 uint32_t NextWalk(uint32_t& walk, Store<uint32_t>& stamps) {
     if (walk == std::numeric_limits<uint32_t>::max()) {
         std::fill_n(stamps.array, stamps.fill, 0u);
@@ -29,7 +29,7 @@ class LevelMesh::WalkScope {
 public:
     WalkScope(LevelMesh& walkedMesh, const std::vector<FaceVisit>& walkVisits)
         : mesh(walkedMesh), visits(walkVisits) {
-        assert(!mesh.walking && "a walk may not start inside another on the same level");
+        assert(!mesh.walking && "a walk cannot start inside another walk on the same level");
         mesh.walking = true;
     }
     ~WalkScope() {
@@ -91,7 +91,8 @@ uint32_t LevelMesh::ForEachAdjacent(uint32_t vertex, uint32_t face, Report repor
             ++reports;
             break;
         }
-        // The neighbour runs along the edge the other way: its side begins at the vertex.
+        // The neighbour has the opposite direction along the edge, so its side starts at the
+        // vertex.
         at = neighbour >> 2;
         corner = neighbour & 3u;
         if (at == face && corner == firstCorner) return reports;
@@ -119,7 +120,8 @@ uint32_t LevelMesh::EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerat
 void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
     const WalkScope scope(*this, lastVertexWalk);
     lastVertexWalk.clear();
-    // Moves on also when the visitor throws: what the walk has marked is not handled in the next.
+    // Increments the stamp even if the visitor throws, so that the next walk ignores the marks of
+    // this one.
     struct StampStep {
         ~StampStep() { ++stamp; }
         uint32_t& stamp;
@@ -128,7 +130,7 @@ void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
     if (face < faceCount) {
         if (vertexWalkStamps.fill != vertexCount) FillStore(vertexWalkStamps, vertexCount, 0u);
         const uint32_t walk = NextWalk(vertexWalk, vertexWalkStamps);
-        // The queue holds pairs: a vertex and the face in which it was met.
+        // The queue holds pairs: a vertex and the face in which it was found.
         walkQueue.clear();
         const auto queue = [this, walk](uint32_t vertex, uint32_t inFace) {
             if (vertexWalkStamps.array[vertex] == walk) return;

@@ -9,17 +9,19 @@
 namespace trovik {
 
 /// Computes single points of a Catmull-Clark step, bit-identical to those of LevelRefiner. The cost
-/// is that of the faces around the point, whatever the size of the level.
+/// depends only on the faces around the point, not on the size of the level.
 class LocalRefiner {
 public:
-    /// \param positions  of the coarse level; null for its present ones. Borrowed, as all is.
+    /// \param positions  of the coarse level; null to use its current positions. Both arguments are
+    /// borrowed.
     LocalRefiner(LevelMesh& coarseLevel, const Vector* positions)
         : coarse(coarseLevel), places(positions), corners(coarseLevel.CornersPerFace()) {}
-    /// Refines an older state of the coarse level. \param positions  sorted.
+    /// Refines an older state of the coarse level.
+    /// \param positions  sorted.
     LocalRefiner(LevelMesh& coarseLevel, const OlderValues<Vector>& positions)
         : coarse(coarseLevel), older(&positions), corners(coarseLevel.CornersPerFace()) {}
 
-    /// The position that a vertex of the coarse level has in the refinement's input.
+    /// Returns the position of a coarse vertex that the refinement uses as input.
     Vector At(uint32_t vertex) const {
         if (places != nullptr) return places[vertex];
         const Vector* position = older == nullptr ? nullptr : older->Find(vertex);

@@ -30,7 +30,7 @@ std::vector<float> MeanCurvatures(const LevelMesh& level,
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
         const Vector way = positions[b] - positions[a];
         const float square = (way.x * way.x + way.y * way.y) + way.z * way.z;
-        // Two vertices at one place say nothing.
+        // Two vertices at the same position define no direction.
         if (!(square > 0.0f)) return;
         bends[a] += (way | normals[a]) / square;
         bends[b] -= (way | normals[b]) / square;

@@ -7,14 +7,15 @@
 
 namespace trovik {
 
-/// The mean curvature of the surface at each vertex, times `size`: the mean over the neighbours q
-/// of 2 (q - p) . n / |q - p|^2, where n is the normal of the vertex at p. Positive where the
-/// surface is hollow; 1 in a hollow ball of radius `size`. Neighbours count as for BlurredFreeze.
-/// 0 for a vertex of no face.
-/// \param positions, normals  in the same space, one of each for each vertex; normals of unit
-/// length.
-/// \param size  a length in that space. \param rings  how often the result is averaged over
-/// neighbours; each time as a step of BlurredFreeze. Cost: O(faces).
+/// Computes the mean curvature at each vertex, times `size`: the mean over the neighbours q of 2 (q
+/// - p) . n / |q - p|^2, where n is the normal of the vertex at p. It is positive in concave
+/// regions, and 1 inside a hollow ball of radius `size`. Neighbours are defined as for
+/// BlurredFreeze. The value is 0 for a vertex without faces.
+/// \param positions, normals  per vertex, in the same space; the normals have unit length.
+/// \param size  a length in that space.
+/// \param rings  number of averaging passes over the neighbours; each pass works like a step of
+/// BlurredFreeze.
+/// Cost: O(faces).
 TROVIK_API std::vector<float> MeanCurvatures(const LevelMesh& level,
                                              const std::vector<Vector>& positions,
                                              const std::vector<Vector>& normals,

@@ -11,12 +11,12 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
                                            Vertex& vertexRecord,
                                            bool withLayerSlot) {
     Store<StoredVertexInfo>& store = *records;
-    assert(mesh->changeRecords == store.array && "records are made in the linked change only");
+    assert(mesh->changeRecords == store.array && "records must be added to the linked change");
 
     const uint32_t slot = withLayerSlot ? ReserveLayerSlot(vertex) : noLayerSlot;
 
-    // The vertex is touched only when its record is safely there: a link without a record would
-    // lose the stamp.
+    // The vertex is modified only after its record is stored. A link without a record would lose
+    // the stamp.
     if (!HasRoom()) {
         const uint32_t index = store.fill;
         store.Append(StoredVertexInfo{});

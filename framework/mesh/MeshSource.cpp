@@ -172,7 +172,7 @@ void ReadVertices(const MeshSource& source,
     JobPhase progress(job, phase, source.VertexCount(), 1);
     source.ReadVertices(parts, [&](const VertexBlock& block) {
         take(block);
-        // Every block but the last is full, except around hidden vertices.
+        // Every block except the last is full, unless hidden vertices were skipped.
         progress.Add(MeshSource::blockSize);
     });
     progress.Finish();

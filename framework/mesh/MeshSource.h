@@ -13,7 +13,8 @@ namespace trovik {
 
 class JobControl;
 
-/// A run of vertices, in order. Lists of what was not asked for, or is not there, are empty.
+/// Consecutive vertices, in order. A list is empty if it was not requested or if the mesh does not
+/// have it.
 struct VertexBlock {
     std::vector<std::array<float, 3>> positions;
     std::vector<std::array<float, 3>> normals;
@@ -23,16 +24,17 @@ struct VertexBlock {
     void Clear();
 };
 
-/// A run of faces, in order. Lists of what was not asked for, or is not there, are empty.
+/// Consecutive faces, in order. A list is empty if it was not requested or if the mesh does not
+/// have it.
 struct FaceBlock {
     std::vector<std::uint32_t> sizes;
-    /// Corner by corner.
+    /// Per corner.
     std::vector<std::uint32_t> vertices;
-    /// Corner by corner: the number in the source's list of UVs, or SurfaceAttributes::none.
+    /// Per corner: the index into the UV list of the source, or SurfaceAttributes::none.
     std::vector<std::uint32_t> uvIndices;
-    /// Corner by corner; zeros where uvIndices has none.
+    /// Per corner; zeros if uvIndices is `none`.
     std::vector<std::array<float, 2>> uvs;
-    /// Face by face.
+    /// Per face.
     std::vector<std::uint32_t> groups;
     std::vector<std::uint32_t> materials;
     std::vector<std::uint32_t> smoothing;
@@ -40,8 +42,8 @@ struct FaceBlock {
     void Clear();
 };
 
-/// A shape that can be blended onto the mesh: the vertices that it moves, rising, and by how much
-/// at a weight of 1.
+/// A shape that can be blended onto the mesh: the vertices that it moves, ascending, and their
+/// offsets at a weight of 1.
 struct MorphTarget {
     std::string name;
     float weight = 0.0f;
@@ -49,13 +51,13 @@ struct MorphTarget {
     std::function<std::array<float, 3>(std::uint32_t vertex)> offset;
 };
 
-/// A mesh as writers of files take it: block after block, in order, so that no second copy of a
-/// large mesh has to lie in memory. Positions, offsets and normals are in the space of the file.
+/// A mesh in the form that file writers consume: block by block, in order, so that no second copy
+/// of a large mesh is in memory. Positions, offsets and normals are in the space of the file.
 ///
-/// A source borrows what it reads from; that must stay as it is while the source lives.
+/// A source borrows its data; the data must not change during the lifetime of the source.
 class TROVIK_API MeshSource {
 public:
-    /// Vertices or faces a block at most.
+    /// Maximum number of vertices or faces per block.
     static constexpr std::size_t blockSize = 4096;
 
     enum Parts : unsigned { Positions = 1, Normals = 2, Uvs = 4, Colors = 8 };
@@ -63,43 +65,45 @@ public:
     virtual ~MeshSource();
 
     const std::string& Name() const { return name; }
-    /// What the numbers mean that the source hands out.
+    /// The unit and up axis of the coordinates that the source returns.
     const MeshSpace& Space() const { return space; }
     std::uint64_t VertexCount() const { return vertexCount; }
     std::uint64_t FaceCount() const { return faceCount; }
     std::uint64_t CornerCount() const { return cornerCount; }
-    /// Corners of the largest face.
+    /// Number of corners of the largest face.
     std::uint32_t LargestFace() const { return largestFace; }
-    /// Length of the list of UVs; 0 where the mesh has none.
+    /// Length of the UV list; 0 if the mesh has no UVs.
     std::uint64_t UvCount() const { return uvCount; }
-    /// Whether all corners of a vertex have the same UV and none lacks it. Only then do vertex
-    /// blocks have UVs.
+    /// Whether every vertex has the same UV at all of its corners and no corner lacks one. Vertex
+    /// blocks have UVs only in this case.
     bool UvsFollowVertices() const { return uvsFollowVertices; }
     bool HasNormals() const { return hasNormals; }
     bool HasColors() const { return hasColors; }
     bool HasAlpha() const { return hasAlpha; }
-    /// Whether every colour was a whole number of 255ths as it came in, so that bytes hold colours;
-    /// refined ones are then rounded.
+    /// Whether every imported colour was a multiple of 1/255, so that bytes can store the colours.
+    /// Refined colours are then rounded.
     bool ColorsAreBytes() const { return colorsAreBytes; }
     const std::vector<std::string>& GroupNames() const { return *groupNames; }
     const std::vector<std::string>& MaterialNames() const { return *materialNames; }
     /// Files that define the materials.
     const std::vector<std::string>& MaterialFiles() const { return *materialFiles; }
-    /// Shapes to be blended; without any, positions are all there is. With them, BasePosition tells
-    /// where a vertex lies when all weights are 0.
+    /// Shapes to be blended. If there are any, BasePosition returns the position of a vertex when
+    /// all weights are 0; otherwise it equals Position.
     const std::vector<MorphTarget>& MorphTargets() const { return morphTargets; }
 
     virtual std::array<float, 3> Position(std::uint32_t vertex) const = 0;
     virtual std::array<float, 3> BasePosition(std::uint32_t vertex) const {
         return Position(vertex);
     }
-    /// Calls `take` for block after block. \param parts  which lists to fill, a sum of Parts.
+    /// Calls `take` for each block in order.
+    /// \param parts  the lists to fill, a combination of Parts.
     virtual void ReadVertices(unsigned parts,
                               const std::function<void(const VertexBlock&)>& take) const = 0;
-    /// \param parts  Uvs: uvIndices and uvs are filled too.
+    /// Calls `take` for each block in order.
+    /// \param parts  with Uvs, uvIndices and uvs are filled too.
     virtual void ReadFaces(unsigned parts,
                            const std::function<void(const FaceBlock&)>& take) const = 0;
-    /// The list of UVs in runs.
+    /// Calls `take` with consecutive parts of the UV list.
     virtual void ReadUvs(
         const std::function<void(const std::vector<std::array<float, 2>>&)>& take) const = 0;
 
@@ -107,7 +111,8 @@ protected:
     MeshSource() = default;
     MeshSource(const MeshSource&) = delete;
     MeshSource& operator=(const MeshSource&) = delete;
-    /// Takes over what attributes of the lowest level say of the whole: names, alpha, byte colours.
+    /// Copies the properties that the attributes of the lowest level define for the whole mesh:
+    /// names, alpha, and whether colours are bytes.
     void Describe(const SurfaceAttributes& attributes);
 
     std::string name;
@@ -131,7 +136,7 @@ protected:
 /// Polygons as a source. Borrows the mesh.
 class TROVIK_API PolygonSource : public MeshSource {
 public:
-    /// \param wanted  the space to hand numbers out in; by default that of the mesh.
+    /// \param wanted  the space of the returned coordinates; by default the space of the mesh.
     explicit PolygonSource(const PolygonMesh& mesh, const MeshSpace& wanted = {});
 
     std::array<float, 3> Position(std::uint32_t vertex) const override;
@@ -145,21 +150,23 @@ public:
 private:
     const PolygonMesh& mesh;
     SpaceConversion conversion;
-    /// Where UVs follow vertices: the UV of each, or `none` for one that no face uses.
+    /// If UVs follow vertices: the UV index of each vertex, or `none` for a vertex without faces.
     std::vector<std::uint32_t> vertexUvs;
 };
 
-/// The UV number of each vertex, where all its corners have the same value; empty where one has
-/// not. A vertex of no face has SurfaceAttributes::none. Values count, not numbers.
+/// Returns the UV index of each vertex if all corners of each vertex have the same value; otherwise
+/// returns an empty list. A vertex without faces gets SurfaceAttributes::none. Values are compared,
+/// not indices.
 std::vector<std::uint32_t> UvsByVertex(const SurfaceAttributes& attributes,
                                        const std::uint32_t* cornerVertices,
                                        std::size_t vertexCount);
 
-/// Everything a source hands out, in one piece.
+/// Collects all data of a source in one mesh.
 TROVIK_API PolygonMesh GatherPolygons(const MeshSource& source);
 
-/// Reading a source as a phase of a job, reported after each block. \throw Cancelled.
+/// Reads a source as a phase of a job and reports progress after each block.
 /// \param phase  a string literal.
+/// \throw Cancelled.
 TROVIK_API void ReadVertices(const MeshSource& source,
                              unsigned parts,
                              JobControl* job,

@@ -11,30 +11,32 @@ namespace trovik {
 /// The axis that points up.
 enum class UpAxis { Unknown, Y, Z };
 
-/// What a mesh's numbers mean: how long a unit is, and which axis points up. Many formats do not
-/// tell; then both are unknown, and numbers pass from file to file as they are.
+/// The length of a unit and the axis that points up. Many file formats specify neither; both are
+/// then unknown, and coordinates are copied between files unchanged.
 struct MeshSpace {
-    /// 0: unknown.
+    /// 0 if unknown.
     double metersPerUnit = 0.0;
     UpAxis up = UpAxis::Unknown;
 
     bool operator==(const MeshSpace&) const = default;
 };
 
-/// The length of a unit by its name: mm, cm, dm, m, km, in, ft, yd. \return 0 for any other name.
+/// Returns the length of a unit by its name: mm, cm, dm, m, km, in, ft or yd. Returns 0 for any
+/// other name.
 TROVIK_API double MetersPerUnit(const std::string& name);
-/// The name of a unit of this length; empty where it has none.
+/// Returns the name of the unit with this length, or an empty string if there is none.
 TROVIK_API std::string UnitName(double metersPerUnit);
-/// "y" or "z"; Unknown for any other text.
+/// Converts "y" or "z"; returns Unknown for any other text.
 TROVIK_API UpAxis UpAxisOf(const std::string& name);
-/// "y", "z", or empty.
+/// Returns "y", "z", or an empty string for Unknown.
 TROVIK_API std::string UpAxisName(UpAxis axis);
 
-/// `over` where it knows, `under` where it does not.
+/// Returns `over`, with its unknown members taken from `under`.
 TROVIK_API MeshSpace Overlaid(const MeshSpace& under, const MeshSpace& over);
 
-/// How numbers of one space become those of another: first scaled, then turned about x, so that
-/// left and right stay. What either side does not know stays as it is, to the bit.
+/// Converts coordinates from one space to another: scales them, then rotates them about x, so that
+/// left and right are preserved. If a property is unknown on either side, coordinates are not
+/// converted for it and stay bit-identical.
 class TROVIK_API SpaceConversion {
 public:
     SpaceConversion() = default;
@@ -47,7 +49,7 @@ public:
         }
         return Direction({p[0] * factor, p[1] * factor, p[2] * factor});
     }
-    /// Of unit vectors, which are turned only.
+    /// Converts unit vectors, which are only rotated.
     std::array<float, 3> Direction(const std::array<float, 3>& d) const {
         switch (turn) {
             case Turn::ZToY:

@@ -7,11 +7,12 @@
 
 namespace trovik {
 
-/// A renderer that shows nothing and takes down what it is told, while it listens. A host without a
-/// screen puts it under a mesh to see which notices a brush gives.
+/// A renderer that draws nothing and records the notifications it receives while it is listening. A
+/// host without a display attaches it to a mesh to check which notifications a brush sends.
 class TROVIK_API NoticeRenderer : public MeshRenderer {
 public:
-    /// \param updateFactor  0: hears of every vertex; otherwise one notice a patch may do.
+    /// \param updateFactor  0 to be notified of every vertex; otherwise a brush may send one
+    /// notification per patch.
     explicit NoticeRenderer(float updateFactor) : factor(updateFactor) {}
 
     struct Notice {
@@ -20,13 +21,13 @@ public:
         bool operator==(const Notice&) const = default;
     };
 
-    /// Forgets what it heard and listens from now on. It does not listen at first.
+    /// Clears the recorded notifications and starts to record. A new renderer does not record.
     void StartListening() {
         notices.clear();
         listening = true;
     }
     void StopListening() { listening = false; }
-    /// In the order in which they came.
+    /// The recorded notifications, in order of arrival.
     const std::vector<Notice>& Notices() const { return notices; }
 
     void rendererVertexChanged(uint32_t vertex, uint32_t face) override;

@@ -11,21 +11,23 @@
 
 namespace trovik {
 
-/// An older state of one value per vertex of a level: the values of those vertices that were
-/// written since. All others still have the value that they had.
+/// An older state of one value per vertex of a level. It stores the old values of the vertices that
+/// were written since; all other vertices still have their old value.
 ///
-/// Memory: the values noted, one bit for each vertex up to the highest noted one, and after Sort
-/// half a bit more.
+/// Memory: the recorded values, one bit per vertex up to the highest recorded one, and half a bit
+/// per vertex more after Sort.
 template <typename Value>
 class OlderValues {
 public:
-    /// False: no state is kept, and Note does nothing.
+    /// Whether a state is recorded. If not, Note does nothing.
     bool IsKept() const { return kept; }
-    /// Keeps the present state from now on; no effect while a state is kept already.
+    /// Starts to record, with the current values as the older state. Has no effect if a state is
+    /// already recorded.
     void Keep() { kept = true; }
     void Drop() { *this = OlderValues(); }
 
-    /// To be called before a vertex is written. Only the first call for each vertex counts.
+    /// Records the value of a vertex that is about to be written. Only the first call for each
+    /// vertex has an effect.
     void Note(uint32_t vertex, const Value& value) {
         if (!kept) return;
         const std::size_t word = vertex / wordBits;
@@ -38,10 +40,11 @@ public:
         values.push_back(value);
     }
 
-    /// Brings the lists into the order of the vertices. Cost: the vertices noted, and one word for
-    /// each 64 of the level.
+    /// Sorts the lists by vertex. Cost: the recorded vertices, and one word per 64 vertices of the
+    /// level.
     void Sort();
-    /// The value noted; null for a vertex that was not written. Needs Sort after the last Note.
+    /// Returns the recorded value, or null if the vertex was not written. Sort must have been
+    /// called after the last Note.
     const Value* Find(uint32_t vertex) const {
         const std::size_t word = vertex / wordBits;
         if (word >= marks.size()) return nullptr;
@@ -51,10 +54,10 @@ public:
                        static_cast<uint32_t>(std::popcount(marks[word] & (bit - 1)))];
     }
 
-    /// The vertices noted, each once, and their values.
+    /// The recorded vertices, without duplicates, and their values.
     const std::vector<uint32_t>& Vertices() const { return vertices; }
     const std::vector<Value>& Values() const { return values; }
-    /// Vertex v has become vertex map[v].
+    /// Renumbers the vertices: vertex v becomes vertex map[v].
     void Renumber(const std::vector<uint32_t>& map);
 
 private:
@@ -62,7 +65,7 @@ private:
     bool kept = false;
     bool isSorted = true;
     std::vector<uint64_t> marks;
-    /// Of each word of marks the number of vertices before it; as of the last Sort.
+    /// For each word of marks, the number of recorded vertices before it, as of the last Sort.
     std::vector<uint32_t> firstOfWord;
     std::vector<uint32_t> vertices;
     std::vector<Value> values;
@@ -102,14 +105,15 @@ void OlderValues<Value>::Renumber(const std::vector<uint32_t>& map) {
     *this = std::move(renumbered);
 }
 
-/// The states of a level as its neighbours last saw it: positions, mesh-local, and freeze amounts.
+/// The states of a level that its neighbours were last synchronised with: positions, mesh-local,
+/// and freeze amounts.
 struct OlderStates {
     OlderValues<Vector> fromAbove;
     OlderValues<Vector> fromBelow;
     OlderValues<uint8_t> freezeFromAbove;
     OlderValues<uint8_t> freezeFromBelow;
 
-    /// The vertices noted, summed over the four states.
+    /// The number of recorded vertices, summed over the four states.
     std::size_t NotedCount() const {
         return fromAbove.Vertices().size() + fromBelow.Vertices().size() +
                freezeFromAbove.Vertices().size() + freezeFromBelow.Vertices().size();

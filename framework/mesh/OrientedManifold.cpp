@@ -15,10 +15,11 @@ namespace trovik {
 
 namespace {
 
-/// No corner, no vertex.
+/// Marks a missing corner or vertex.
 constexpr std::uint32_t None = 0xFFFFFFFFu;
 
-/// Corners and the half-edges that leave them, both by the corner's place in faceVertices.
+/// Corners and the half-edges that start at them. Both are indexed by the position of the corner in
+/// faceVertices.
 class CornerRing {
 public:
     explicit CornerRing(const PolygonMesh& mesh) : vertices(mesh.faceVertices) {
@@ -39,7 +40,7 @@ public:
     std::uint32_t Vertex(std::uint32_t corner) const { return vertices[corner]; }
     std::uint32_t Next(std::uint32_t corner) const { return nextCorner[corner]; }
     std::uint32_t Previous(std::uint32_t corner) const { return previousCorner[corner]; }
-    /// The far end of the half-edge that leaves a corner.
+    /// Returns the far end of the half-edge that starts at a corner.
     std::uint32_t Head(std::uint32_t corner) const { return vertices[nextCorner[corner]]; }
 
 private:
@@ -48,8 +49,8 @@ private:
     std::vector<std::uint32_t> previousCorner;
 };
 
-/// Half-edges in runs of equal undirected edges: (higher end, half-edge) sorted within the run of
-/// each lower end.
+/// Half-edges grouped by the lower end of their undirected edge; within a group, pairs (higher end,
+/// half-edge) are sorted.
 struct EdgeGroups {
     std::vector<std::size_t> firstOfVertex;
     std::vector<std::pair<std::uint32_t, std::uint32_t>> halfEdges;
@@ -86,7 +87,7 @@ EdgeGroups GroupByEdge(const CornerRing& ring, std::size_t vertexCount, JobContr
     return groups;
 }
 
-/// Calls `visit(first, last)`, a range of (higher end, half-edge), for each undirected edge.
+/// Calls `visit(first, last)` for each undirected edge, with a range of (higher end, half-edge).
 template <class Visit>
 void ForEachEdge(const EdgeGroups& groups, const Visit& visit) {
     for (std::size_t vertex = 0; vertex + 1 < groups.firstOfVertex.size(); ++vertex) {
@@ -103,7 +104,8 @@ void ForEachEdge(const EdgeGroups& groups, const Visit& visit) {
     }
 }
 
-/// For each half-edge the one of the neighbour face, or None at borders and at edges to be split.
+/// Returns, for each half-edge, the half-edge of the neighbouring face, or None at borders and at
+/// edges that are to be split.
 std::vector<std::uint32_t> FindTwins(const CornerRing& ring,
                                      const EdgeGroups& groups,
                                      ManifoldReport& report,
@@ -129,19 +131,20 @@ std::vector<std::uint32_t> FindTwins(const CornerRing& ring,
     return twins;
 }
 
-/// A run of corners about one vertex, each beside the next across a kept edge.
+/// Consecutive corners around a vertex, each adjacent to the next across an edge that is not split.
 struct Fan {
     std::uint32_t vertex;
     std::uint32_t corner;
 };
 
-/// Calls `visit(corner)` for all corners of the fan that `start` lies in.
+/// Calls `visit(corner)` for all corners of the fan that contains `start`.
 template <class Visit>
 void WalkFan(const CornerRing& ring,
              const std::vector<std::uint32_t>& twins,
              std::uint32_t start,
              const Visit& visit) {
-    // One way round across the half-edges that leave the vertex; back at the start means all.
+    // Go around across the half-edges that leave the vertex. If this returns to the start, the fan
+    // is complete.
     std::uint32_t corner = start;
     do {
         visit(corner);
@@ -151,14 +154,15 @@ void WalkFan(const CornerRing& ring,
     if (corner == start) {
         return;
     }
-    // Stopped by a border: the other way round, across those that arrive.
+    // A border was reached: go around in the other direction, across the half-edges that arrive at
+    // the vertex.
     for (corner = twins[ring.Previous(start)]; corner != None;
          corner = twins[ring.Previous(corner)]) {
         visit(corner);
     }
 }
 
-/// The fans that do not keep their vertex, ordered by vertex, then by lowest face.
+/// Returns the fans that do not keep their vertex, ordered by vertex and then by lowest face.
 std::vector<Fan> FindFurtherFans(const CornerRing& ring,
                                  const std::vector<std::uint32_t>& twins,
                                  std::size_t vertexCount,
@@ -167,7 +171,8 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
     std::vector<Fan> further;
     std::vector<bool> cornerSeen(ring.Count(), false);
     std::vector<bool> vertexSeen(vertexCount, false);
-    // Corners stand in face order, so that a fan is met first in its lowest face.
+    // Corners are stored in face order, so the first corner of a fan to be found is in its lowest
+    // face.
     for (std::uint32_t corner = 0; corner < ring.Count(); ++corner) {
         phase.Add();
         if (cornerSeen[corner]) {
@@ -187,11 +192,12 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
     return further;
 }
 
-/// Of each fan at most one half-edge without a twin leaves and one arrives, so that two fans have
-/// at most two such half-edges between them, of opposite senses: what vertex pairs tell is an
-/// oriented manifold. Where there are both, though, they tell of neighbours again.
+/// At most one half-edge without a twin leaves each fan, and at most one arrives. Two fans are
+/// therefore connected by at most two such half-edges, in opposite directions, and vertex pairs
+/// describe an oriented manifold. If both half-edges exist, however, vertex pairs identify the two
+/// faces as neighbours again.
 ///
-/// \param ring  with the vertices of the result.
+/// \param ring  uses the vertices of the result.
 void FindClosedCuts(const CornerRing& ring, const EdgeGroups& groups, ManifoldReport& report) {
     std::vector<std::array<std::uint32_t, 2>> ends;
     ForEachEdge(groups, [&](std::size_t first, std::size_t last) {
@@ -223,9 +229,9 @@ ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* job) {
     const std::vector<std::uint32_t> twins = FindTwins(ring, groups, report, job);
     const std::vector<Fan> further = FindFurtherFans(ring, twins, vertexCount, job);
     if (further.size() > std::size_t{None} - 1 - vertexCount) {
-        throw HostError(mesh.name + ": splitting the mesh into oriented manifolds takes " +
+        throw HostError(mesh.name + ": splitting the mesh into oriented manifolds needs " +
                         std::to_string(vertexCount + further.size()) +
-                        " vertices, more than can be numbered");
+                        " vertices, more than a 32-bit index can address");
     }
 
     std::uint32_t splitVertex = None;
@@ -233,7 +239,7 @@ ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* job) {
         report.splitVertices += fan.vertex != splitVertex ? 1 : 0;
         splitVertex = fan.vertex;
         const auto copy = static_cast<std::uint32_t>(mesh.positions.size());
-        // By value: a reference into the vector would not outlive its growth.
+        // Copied, because growth of the vector would invalidate a reference.
         const std::array<float, 3> position = mesh.positions[fan.vertex];
         mesh.positions.push_back(position);
         if (!mesh.normals.empty()) {

@@ -15,13 +15,13 @@ namespace trovik {
 
 namespace {
 
-// Leaves the two highest numbers free as marks for "none" in what indexes vertices and faces.
+// The two highest numbers are reserved: they mark a missing vertex or face index.
 constexpr std::uint64_t MaxCount = 0xFFFFFFFEu;
 
 void CheckCount(std::uint64_t count, const char* what, const std::string& source) {
     if (count > MaxCount) {
         throw HostError(source + ": " + std::to_string(count) + " " + what + ", but at most " +
-                        std::to_string(MaxCount) + " can be numbered");
+                        std::to_string(MaxCount) + " are supported");
     }
 }
 
@@ -46,26 +46,26 @@ void CheckFaces(const PolygonMesh& mesh, const std::string& source, JobPhase& ph
         phase.Add();
         const std::size_t size = mesh.faceSizes[face];
         if (size < 3) {
-            refuse(face, "has " + std::to_string(size) + " corners, but 3 are needed");
+            refuse(face, "has " + std::to_string(size) + " corners, but at least 3 are needed");
         }
         if (mesh.faceVertices.size() - first < size) {
-            refuse(face, "has more corners than the list of corners holds");
+            refuse(face, "has more corners than the list of corners contains");
         }
         const std::span<const std::uint32_t> corners(mesh.faceVertices.data() + first, size);
         for (const std::uint32_t vertex : corners) {
             if (vertex >= mesh.positions.size()) {
                 refuse(face,
-                       "names vertex " + std::to_string(vertex) + ", but there are only " +
+                       "refers to vertex " + std::to_string(vertex) + ", but there are only " +
                            std::to_string(mesh.positions.size()) + " vertices");
             }
         }
         if (const std::optional<std::uint32_t> repeated = RepeatedVertex(corners)) {
-            refuse(face, "names vertex " + std::to_string(*repeated) + " twice");
+            refuse(face, "refers to vertex " + std::to_string(*repeated) + " twice");
         }
         first += size;
     }
     if (first != mesh.faceVertices.size()) {
-        throw HostError(source + ": the list of corners is longer than the faces add up to");
+        throw HostError(source + ": the list of corners is longer than the sum of the face sizes");
     }
 }
 
@@ -80,14 +80,14 @@ void CheckIndices(const std::vector<std::uint32_t>& indices,
     }
     if (indices.size() != wantedLength) {
         throw HostError(source + ": the list of " + what + " has " +
-                        std::to_string(indices.size()) + " entries in place of " +
+                        std::to_string(indices.size()) + " entries instead of " +
                         std::to_string(wantedLength));
     }
     JobPhase phase(job, "Checking attributes", indices.size());
     for (const std::uint32_t index : indices) {
         phase.Add();
         if (index != SurfaceAttributes::none && index >= listLength) {
-            throw HostError(source + ": the list of " + what + " names number " +
+            throw HostError(source + ": the list of " + what + " refers to number " +
                             std::to_string(index) + " of " + std::to_string(listLength));
         }
     }

@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Runs an action of a destructor, which has no caller to report errors to.
+/// Runs an action in a destructor, which cannot report errors to a caller.
 template <class Action>
 void DropErrorsOf(Action action) {
     try {
@@ -20,7 +20,7 @@ void DropErrorsOf(Action action) {
     } catch (Error* error) {
         Error::Dispose(error);
     } catch (...) {
-        // Of unknown type, and nothing to free.
+        // An exception of unknown type, which needs no disposal.
     }
 }
 
@@ -29,7 +29,7 @@ void DropErrorsOf(Action action) {
 StrokeResources::~StrokeResources() {
     bool joinPrevious = false;
     while (!changes.empty()) {
-        // Its destructor takes it from the list.
+        // The destructor of the change removes it from the list.
         const std::unique_ptr<EndableChange> change(changes.front());
         if (change->IsFinished()) continue;
         DropErrorsOf([&] { change->Finish(true, joinPrevious); });

@@ -17,33 +17,33 @@ public:
     virtual bool IsFinished() const = 0;
 };
 
-/// The meshes that one brush has locked and the changes that it has not deleted yet. It is a part
-/// of the brush's base, so that the locks and changes of a brush that is destroyed in mid-stroke
-/// end with the brush. A brush that ends its strokes leaves both lists empty.
+/// The meshes that a brush has locked and the changes that it has not deleted yet. This is a member
+/// of the brush base class, so that locks and changes end with a brush that is destroyed in
+/// mid-stroke. Both lists are empty after a brush ends its stroke.
 ///
-/// Meshes and changes enter and leave the lists themselves. For one thread.
+/// Meshes and changes add and remove themselves. Not thread-safe.
 class TROVIK_API StrokeResources {
 public:
-    /// Those of a brush; null for any other holder of locks. Defined with the base of the brushes,
-    /// which owns them.
+    /// Returns the resources of a brush, or null for any other lock holder. Defined together with
+    /// the base class of the brushes, which owns them.
     static StrokeResources* Of(MeshUnlocker* holder);
 
     explicit StrokeResources(BrushOperation& ofBrush) : brush(ofBrush) {}
-    /// Releases what a stroke without an end has left: finishes and deletes the changes in the
+    /// Releases the remains of a stroke that was not ended. Finishes and deletes the changes in the
     /// order in which they were started, which makes them one undo step, and unlocks the meshes. A
     /// change that cannot be finished is deleted without an undo step.
     ~StrokeResources();
     StrokeResources(const StrokeResources&) = delete;
     StrokeResources& operator=(const StrokeResources&) = delete;
 
-    /// Calls EndStroke of the brush, for a mesh that is about to be destroyed under it. Errors that
-    /// it throws are dropped.
+    /// Calls EndStroke of the brush because its mesh is about to be destroyed. Exceptions of
+    /// EndStroke are ignored.
     void EndStroke();
 
-    /// Errors: std::bad_alloc.
+    /// \throw std::bad_alloc.
     void AddLock(LevelMesh& mesh) { lockedMeshes.push_back(&mesh); }
     void RemoveLock(const LevelMesh& mesh);
-    /// Errors: std::bad_alloc.
+    /// \throw std::bad_alloc.
     void AddChange(EndableChange& change) { changes.push_back(&change); }
     void RemoveChange(const EndableChange& change);
 

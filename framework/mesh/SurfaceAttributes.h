@@ -10,34 +10,35 @@
 
 namespace trovik {
 
-/// What a surface carries beside its shape. Each list is empty where the surface has none of it.
+/// Attributes of a surface other than its shape. A list is empty if the surface does not have the
+/// attribute.
 struct SurfaceAttributes {
-    /// In cornerUvs, faceGroups, faceMaterials and faceSmoothing: this one has none.
+    /// In cornerUvs, faceGroups, faceMaterials and faceSmoothing: the element has no value.
     static constexpr std::uint32_t none = 0xFFFFFFFFu;
 
-    /// Places on the texture, v upwards.
+    /// Texture coordinates; v points up.
     std::vector<std::array<float, 2>> uvs;
-    /// Per corner a number into uvs or `none`. Corners of one vertex that name different values lie
-    /// on a seam of the texture.
+    /// Per corner: an index into uvs, or `none`. Corners of one vertex with different values lie on
+    /// a texture seam.
     std::vector<std::uint32_t> cornerUvs;
-    /// Per vertex: red, green, blue, alpha from 0 to 1.
+    /// Per vertex: red, green, blue and alpha from 0 to 1.
     std::vector<std::array<float, 4>> colors;
-    /// Whether the fourth number of colors came from outside; otherwise it is 1.
+    /// Whether alpha was imported; otherwise it is 1.
     bool hasAlpha = false;
-    /// Names of parts and of materials, and per face a number into them or `none`.
+    /// Names of groups and materials, and for each face an index into them or `none`.
     std::vector<std::string> groupNames;
     std::vector<std::uint32_t> faceGroups;
     std::vector<std::string> materialNames;
     std::vector<std::uint32_t> faceMaterials;
     /// Files that define the materials (.mtl), absolute or relative to the working directory.
     std::vector<std::string> materialFiles;
-    /// Per face the number of its smoothing group, 0 for none, or `none` if the file states
-    /// nothing for it.
+    /// Per face: the number of its smoothing group, 0 if it has no group, or `none` if the file
+    /// does not specify one.
     std::vector<std::uint32_t> faceSmoothing;
-    /// What the numbers of positions mean.
+    /// Unit and up axis of the positions.
     MeshSpace space;
 
-    /// Bytes held by the lists, names aside.
+    /// Bytes allocated by the lists, without the names.
     std::uint64_t Bytes() const {
         return uvs.capacity() * sizeof uvs[0] + colors.capacity() * sizeof colors[0] +
                (cornerUvs.capacity() + faceGroups.capacity() + faceMaterials.capacity() +

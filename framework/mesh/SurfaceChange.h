@@ -6,11 +6,11 @@
 
 namespace trovik {
 
-/// What of one level changed, by patches: what a viewport has to update.
+/// The changed patches of one level, which a viewport has to update.
 ///
 /// A patch is a face of level `patchLevel` (at most `level`) with all its descendants in `level`.
-/// It owns the vertices at the corners of those faces, so a vertex on a border belongs to each
-/// patch around it. Everything outside of the listed patches is byte-identical to before.
+/// It owns the vertices at the corners of those faces, so a vertex on a border belongs to every
+/// patch around it. All data outside of the listed patches is byte-identical to before.
 struct SurfaceChange {
     enum What : uint8_t {
         Positions = 1,
@@ -19,8 +19,8 @@ struct SurfaceChange {
         Mask = 4,
         /// Hidden faces.
         Visibility = 8,
-        /// The level is another one, or its faces or vertices were renumbered: all is to be read
-        /// again.
+        /// The level is a different one, or its faces or vertices were renumbered; all data must be
+        /// read again.
         Topology = 16
     };
 
@@ -28,7 +28,7 @@ struct SurfaceChange {
     /// A combination of What.
     uint8_t what = 0;
     uint32_t patchLevel = 0;
-    /// Faces of `patchLevel`, each once; valid during the call. Not used with `all`.
+    /// Faces of `patchLevel`, without duplicates; valid during the call. Ignored if `all` is set.
     std::span<const uint32_t> patches;
     /// The whole level changed.
     bool all = false;

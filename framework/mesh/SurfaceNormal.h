@@ -6,14 +6,15 @@
 
 namespace trovik {
 
-/// A packed normal as a direction of length 32767, or zero.
+/// Converts a packed normal to a vector of length 32767, or zero.
 inline Vector Unpacked(const PackedNormal& normal) {
     return {
         static_cast<float>(normal.x), static_cast<float>(normal.y), static_cast<float>(normal.z)};
 }
 
-/// A mesh-local normal of any length in the world, unit length or zero: by the transpose of the
-/// inverse, so that it stays square to a surface that is scaled unevenly.
+/// Transforms a mesh-local normal of any length to world space; returns unit length or zero. Uses
+/// the transpose of the inverse, so that the normal stays perpendicular to a surface with
+/// non-uniform scale.
 TROVIK_API Vector WorldNormal(const Placement& place, const Vector& local);
 
 }  // namespace trovik

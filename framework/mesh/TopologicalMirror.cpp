@@ -12,7 +12,7 @@ std::optional<TopologicalMirror::Corner> TopologicalMirror::Across(uint32_t leve
                                                                    uint32_t face,
                                                                    uint32_t corner) const {
     const bool quads = baseCorners == 4;
-    // One digit in base 4 per level below the first; above a triangle the first digit counts to 3.
+    // One base-4 digit per level below the first. For a triangle, the first digit is at most 2.
     const uint32_t digits = level == 0 ? 0 : (quads ? level : level - 1);
     uint32_t above = face >> (2 * digits);
     const uint32_t firstChild = !quads && level != 0 ? above % 3u : 0;
@@ -24,7 +24,7 @@ std::optional<TopologicalMirror::Corner> TopologicalMirror::Across(uint32_t leve
     if (level == 0) return Corner{image >> 2, (shift + baseCorners - corner) % baseCorners};
 
     uint32_t across = image >> 2;
-    // Each child of a triangle has the triangle's corner as its first.
+    // The first corner of each child of a triangle is a corner of the triangle.
     if (!quads) across = across * 3u + (shift + 3u - firstChild) % 3u;
     const uint32_t childShift = quads ? shift : 0;
     for (uint32_t digit = digits; digit-- > 0;)

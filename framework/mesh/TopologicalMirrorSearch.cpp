@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// How the mirror of a mesh is found: seeds from the geometry, the rest from the adjacency.
+/// The search for the mirror of a mesh: seeds come from positions, and the rest of the map from
+/// adjacency.
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/TopologicalMirror.h"
 
@@ -14,31 +15,34 @@ namespace trovik {
 
 namespace {
 
-/// Seeds worth trying, of each part of the mesh.
+/// Maximum number of seeds to try per component.
 constexpr std::size_t seedLimit = 1024;
-/// Different mirrors among which the one nearest to a reflection is chosen.
+/// Maximum number of different mirrors among which the one closest to a reflection is selected.
 constexpr std::size_t mirrorLimit = 8;
-/// Other parts that are tried as a part's mirror image.
+/// Maximum number of other components to try as the mirror image of a component.
 constexpr std::size_t partnerLimit = 4;
-/// Steps of all walks from one list of seeds, in faces of the part.
+/// Maximum number of steps of all walks from one list of seeds, as a multiple of the faces of the
+/// component.
 constexpr uint64_t walkLimit = 200;
-/// A seed or map whose error is this small a share of its size is a reflection but for rounding.
+/// If the error of a seed or map is at most this fraction of its size, it is a reflection up to
+/// rounding.
 constexpr double exactShare = 1e-10;
 
 struct Seed {
-    /// How far the two faces are from being each other's reflection in a plane x = c, by their
-    /// size, and how far that plane is from x = 0, by the size of the part; squares.
+    /// The squared distance of the two faces from being each other's reflection in a plane x = c,
+    /// relative to their size, plus the squared distance of that plane from x = 0, relative to the
+    /// size of the component.
     double error;
     uint32_t face;
     uint32_t across;
     uint32_t shift;
 };
 
-/// Faces that hang together by edges.
+/// A component of faces that are connected by edges.
 struct Part {
     std::vector<uint32_t> faces;
     double centre[3] = {0.0, 0.0, 0.0};
-    /// Mean square distance from the centre.
+    /// Mean squared distance from the centre.
     double spread = 0.0;
     bool isDone = false;
 };
@@ -66,11 +70,11 @@ public:
 private:
     struct Map {
         double error = std::numeric_limits<double>::infinity();
-        /// Face and packed image.
+        /// Each face and its packed image.
         std::vector<std::pair<uint32_t, uint32_t>> faces;
     };
 
-    /// The vertex's place, the axis of the mirror taken as x.
+    /// Returns the position of the vertex, with the mirror axis as x.
     Vector PlaceOf(uint32_t vertex) const {
         Vector place = base.Position(vertex);
         if (axis == 1) std::swap(place.x, place.y);
@@ -106,10 +110,10 @@ private:
     std::vector<uint32_t> vertexImages;
     std::vector<Part> parts;
     std::vector<uint32_t> partOf;
-    /// What the present walk has entered, in the order of its entering.
+    /// The entries that the current walk has made, in order.
     std::vector<uint32_t> walked;
     std::vector<uint32_t> pairedVertices;
-    /// Steps that are left to the walks.
+    /// Number of steps that the walks may still take.
     uint64_t steps = 0;
 };
 
@@ -126,7 +130,7 @@ bool TopologicalMirrorSearch::FindAll() {
         const Map map = BestMap(part);
         for (const auto& [face, image] : map.faces) {
             images[face] = image;
-            // A part across from another one is done with it.
+            // A component that is the image of another one needs no search of its own.
             parts[partOf[face]].isDone = true;
         }
         isAny = isAny || !map.faces.empty();
@@ -175,7 +179,8 @@ double TopologicalMirrorSearch::MiddleOf(uint32_t face, uint32_t across) const {
     return sum / (2.0 * corners);
 }
 
-/// Square distance of the one face to the other's reflection in the plane x = `plane`.
+/// Returns the squared distance of one face from the reflection of the other in the plane x =
+/// `plane`.
 double TopologicalMirrorSearch::ErrorOf(uint32_t face,
                                         uint32_t across,
                                         uint32_t shift,
@@ -203,7 +208,8 @@ double TopologicalMirrorSearch::SizeOf(uint32_t face) const {
     return size;
 }
 
-// A heap with the worst seed on top, so that a large mesh keeps no list of all.
+// The seeds form a heap with the worst seed on top, so that a large mesh does not keep a list of
+// all of them.
 void TopologicalMirrorSearch::KeepSeed(std::vector<Seed>& seeds,
                                        uint32_t face,
                                        uint32_t across,
@@ -213,7 +219,7 @@ void TopologicalMirrorSearch::KeepSeed(std::vector<Seed>& seeds,
         return a.face != b.face ? a.face < b.face : a.across < b.across;
     };
     const double size = SizeOf(face) + SizeOf(across);
-    // A face of no size looks like anything.
+    // A degenerate face is similar to every face.
     if (!(size > 0.0)) return;
     const double plane = MiddleOf(face, across);
     const double spread = parts[partOf[face]].spread;
@@ -236,7 +242,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     std::vector<Seed> seeds;
     for (const uint32_t face : part.faces) {
         for (uint32_t k = 0; k < corners; ++k) {
-            // The face across from itself, and the two faces of an edge across from each other.
+            // A face that maps to itself, and the two faces of an edge that map to each other.
             KeepSeed(seeds, face, face, k);
             const uint32_t neighbour = base.QuadEdgeNeighbour(face, k);
             if (neighbour != openBorder && neighbour >> 2 > face)
@@ -245,7 +251,8 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     }
     if (TrySeeds(seeds, maps)) return std::move(maps.back());
 
-    // Parts of the same size whose middles lie best across from this one's.
+    // Components of the same size, ordered by the distance of their centre from the reflected
+    // centre of this one.
     std::vector<std::pair<double, std::size_t>> partners;
     for (std::size_t other = number + 1; other < parts.size(); ++other) {
         const Part& candidate = parts[other];
@@ -272,7 +279,8 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     return best;
 }
 
-/// Adds the maps that grow from the seeds. \return true when the last one is a reflection.
+/// Adds the maps that grow from the seeds.
+/// \return whether the last one is a reflection.
 bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps) {
     if (seeds.empty()) return false;
     steps = walkLimit * parts[partOf[seeds.front().face]].faces.size() + 10000;
@@ -305,9 +313,9 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
     return false;
 }
 
-/// Whether left becomes right rather than front back: over all edges x tends to turn its sign, y
-/// and z to keep theirs. A pose may bend and move a figure's limbs as it likes but not turn it
-/// over.
+/// Returns whether the map exchanges left and right, not front and back. Summed over all edges, x
+/// must tend to change sign, and y and z must tend to keep it. A pose may bend and move limbs
+/// freely but must not reverse the model.
 bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
     double sums[3] = {0.0, 0.0, 0.0};
     for (const auto& [face, image] : map.faces) {
@@ -321,7 +329,7 @@ bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
             sums[2] += static_cast<double>(a.z) * b.z;
         }
     }
-    // An axis along which a mesh is all but flat has little to say.
+    // An axis along which the mesh is nearly flat has little influence.
     const double total = std::fabs(sums[0]) + std::fabs(sums[1]) + std::fabs(sums[2]);
     return sums[0] <= 1e-6 * total && sums[1] >= -0.1 * total && sums[2] >= -0.1 * total;
 }
@@ -335,7 +343,8 @@ bool TopologicalMirrorSearch::Walk(const Seed& seed) {
         for (uint32_t k = 0; k < corners; ++k) {
             if (steps == 0) return false;
             --steps;
-            // Side k runs from corner k to the next one, and mirrored the other way.
+            // Side k runs from corner k to the next corner; its mirror image has the opposite
+            // direction.
             const uint32_t neighbour = base.QuadEdgeNeighbour(face, k);
             const uint32_t other =
                 base.QuadEdgeNeighbour(across, (shift + 2 * corners - k - 1) % corners);
@@ -375,7 +384,8 @@ bool TopologicalMirrorSearch::PairVertices(uint32_t vertex, uint32_t across) {
     return vertexImages[vertex] == across;
 }
 
-/// What the walk has paired, by face; the tables are as before it.
+/// Returns the pairs that the walk has found, by face, and restores the tables to their state
+/// before the walk.
 TopologicalMirrorSearch::Map TopologicalMirrorSearch::TakeBack() {
     Map map;
     map.faces.reserve(walked.size());

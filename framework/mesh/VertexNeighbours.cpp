@@ -20,7 +20,7 @@ void MakeSet(std::vector<uint32_t>& list) {
         list.erase(std::unique(list.begin(), list.end()), list.end());
         return;
     }
-    // Numbers this close together are sooner marked than sorted.
+    // If the numbers are close together, marking is faster than sorting.
     std::vector<uint64_t> marks(words, 0);
     for (const uint32_t number : list)
         marks[(number - first) / wordBits] |= uint64_t{1} << ((number - first) % wordBits);
@@ -43,7 +43,7 @@ std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& ver
         MakeSet(faces);
         return faces;
     }
-    // Of a good part of the level it is sooner asked which faces have one.
+    // If the list covers a large part of the level, testing every face is faster.
     std::vector<bool> marked(level.VertexCount(), false);
     for (const uint32_t vertex : vertices) marked[vertex] = true;
     const uint32_t corners = level.CornersPerFace();

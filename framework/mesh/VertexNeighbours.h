@@ -10,22 +10,23 @@ namespace trovik {
 
 class LevelMesh;
 
-/// Sorts the list and leaves each number in it once.
+/// Sorts the list and removes duplicates.
 void MakeSet(std::vector<uint32_t>& list);
 
-/// The faces around any of the vertices, ascending. Cost: by the number of the vertices, and never
-/// more than by the level's.
+/// Returns the faces around any of the vertices, ascending. Cost: linear in the vertices, at most
+/// linear in the level.
 std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
 
-/// The faces around a vertex, ascending, each once; none around one without a face. They replace
-/// what is in the list, whose memory serves again.
+/// Writes the faces around a vertex, ascending and without duplicates, to `faces`; the list is
+/// empty if the vertex has none. Old contents are replaced, and the allocation is reused.
 void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces);
 
-/// The vertices of the faces, ascending, each once.
+/// Returns the vertices of the faces, ascending, without duplicates.
 std::vector<uint32_t> CornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces);
 
-/// The vertices and all others of the faces around them, ascending: whose normals change with their
-/// positions. A vertex without a face is among them by itself. Cost: by their number.
+/// Returns the vertices and all other vertices of the faces around them, ascending. These are the
+/// vertices whose normals change when the given vertices move. A vertex without faces is included
+/// alone. Cost: linear in their number.
 TROVIK_API std::vector<uint32_t> WithNeighbours(LevelMesh& level,
                                                 const std::vector<uint32_t>& vertices);
 

@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// The three words of a packed normal that are the mesh's; the fourth is left alone.
+/// The three components of a packed normal that belong to the mesh; the fourth is left unchanged.
 using NormalWords = std::array<int16_t, 3>;
 
 inline void SwapPosition(LevelMesh& mesh, uint32_t vertex, Vector& other) {

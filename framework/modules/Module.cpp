@@ -14,13 +14,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Its address lies in this library. The address of an exported function may lie in the executable.
+/// An address inside this library. The address of an exported function may be in the executable.
 const char insideThisLibrary = 0;
 
 [[noreturn]] void ThrowModuleError(const std::string& path,
                                    const char* purpose,
                                    std::string reason) {
-    // The loader's messages begin with the path when the file itself is the problem.
+    // The message of the loader starts with the path if the file itself is the problem.
     if (reason.rfind(path + ": ", 0) == 0) reason.erase(0, path.size() + 2);
     throw HostError("cannot load the module " + path + ", which is needed for " + purpose + ": " +
                     reason);
@@ -38,8 +38,8 @@ std::string ModuleFolder() {
 }
 
 const void* OpenModule(const std::string& path, const char* purpose) {
-    // Functions are bound when first called: the libraries behind a module call few of the many
-    // that they refer to, and binding them all takes longer than everything else here.
+    // Binds functions lazily: the libraries behind a module call few of the functions that they
+    // refer to, and binding all of them would dominate the loading time.
     void* module = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
     if (module == nullptr) ThrowModuleError(path, purpose, dlerror());
     const auto entry = reinterpret_cast<decltype(&trovikModule)>(dlsym(module, "trovikModule"));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t None = SurfaceAttributes::none;
 
-/// What has no number of vertex or face.
+/// Copies the attributes that are not per vertex, face or corner.
 SurfaceAttributes NamesOf(const SurfaceAttributes& other) {
     SurfaceAttributes names;
     names.space = other.space;
@@ -63,7 +63,8 @@ SurfaceAttributes AttributesOfCoarse(const SurfaceAttributes& fine,
         attributes.cornerUvs.reserve(coarse.faceVertices.size());
         for (uint32_t corner = 0; corner < coarse.faceVertices.size(); ++corner) {
             phase.Add();
-            // One child a corner; a quad's child k has it at corner k, a triangle's at corner 0.
+            // There is one child per corner. Child k of a quad has that corner at its corner k,
+            // child k of a triangle at its corner 0.
             const uint32_t ofChild = coarse.corners == 4 ? corner & 3u : 0u;
             const uint32_t ofFine = (ofChild + back.turn[corner]) & 3u;
             const uint32_t uv = fine.cornerUvs[back.face[corner] * 4 + ofFine];

@@ -12,17 +12,17 @@ class LevelGeometry;
 struct CoarseFaces;
 
 /// \file
-/// What a surface carries beside its shape, told for another level 0 than the one it belongs to.
+/// Surface attributes converted for another level 0 than the one that they belong to.
 
-/// What level 0 carries, refined to a level (AttributeRefinement.h): what that level carries as a
-/// level 0 of its own. Cost: O(faces of the level).
+/// Returns the attributes of level 0 refined to a level (AttributeRefinement.h), as that level
+/// would have them if it were level 0 itself. Cost: O(faces of the level).
 SurfaceAttributes AttributesOfLevel(const LevelGeometry& geometry,
                                     uint32_t level,
                                     JobControl* job = nullptr);
 
-/// What the coarse faces of a level 0 carry: texture coordinates and colours of the vertices that
-/// stay, and the group and material of each face's first child. What the finer faces had in between
-/// is not kept where it is no mean of its corners. Cost: O(faces).
+/// Returns the attributes of the coarse faces of a level 0: the texture coordinates and colours of
+/// the vertices that remain, and the group and material of the first child of each face. Values of
+/// the fine vertices in between are lost unless they are the mean of their corners. Cost: O(faces).
 SurfaceAttributes AttributesOfCoarse(const SurfaceAttributes& fine,
                                      const CoarseFaces& coarse,
                                      JobControl* job = nullptr);

@@ -15,7 +15,7 @@ namespace {
 
 enum Role : uint8_t { None, OldVertex, EdgeMiddle, FaceMiddle };
 
-/// Finds for each face which of its corners was a vertex of the coarse mesh.
+/// Determines which corner of each face is a vertex of the coarse mesh.
 class RoleSearch {
 public:
     RoleSearch(LevelMesh& level, uint32_t corners, JobControl* job)
@@ -83,7 +83,8 @@ private:
             for (uint32_t side = 0; side < 4; ++side) {
                 const uint32_t neighbour = mesh.QuadEdgeNeighbour(face, side);
                 if (neighbour == openBorder) continue;
-                // The neighbour has the side's start at its corner t + 1 and the end at corner t.
+                // The start of the side is corner t + 1 of the neighbour, and the end is its corner
+                // t.
                 const uint32_t t = neighbour & 3u;
                 const auto found = static_cast<uint8_t>(side == c                ? (t + 1) & 3u
                                                         : ((side + 1) & 3u) == c ? t
@@ -125,7 +126,7 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, 
     coarse.corners = corners;
     std::vector<uint32_t> number(mesh.VertexCount(), openBorder);
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
-        // A vertex of no face stays one.
+        // A vertex without faces is also a vertex of the coarse mesh.
         if (search.RoleOf(v) != OldVertex && search.RoleOf(v) != None) continue;
         number[v] = static_cast<uint32_t>(coarse.fineVertices.size());
         coarse.fineVertices.push_back(v);
@@ -140,8 +141,8 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, 
         for (uint32_t k = 0; k < corners; ++k) {
             const uint32_t c = search.VertexCorner(face);
             coarse.fineFaces.face[face] = next * corners + k;
-            // Where a refinement has the vertex: at corner k of a quad's child, at corner 0 of a
-            // triangle's.
+            // The corner at which a refinement has the vertex: corner k for a child of a quad,
+            // corner 0 for a child of a triangle.
             const uint32_t turned = corners == 4 ? k : 0;
             coarse.fineFaces.turn[face] = static_cast<uint8_t>((turned - c) & 3u);
             coarse.faceVertices.push_back(number[search.At(face, c)]);
@@ -153,7 +154,8 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, 
     return coarse;
 }
 
-/// Whether the faces alone tell a mesh again: edges by their two vertices.
+/// Returns whether the face lists alone define a valid mesh, in which edges are identified by their
+/// two vertices.
 bool IsMesh(const CoarseFaces& coarse, JobControl* job) {
     PolygonMesh polygons;
     polygons.positions.resize(coarse.fineVertices.size());
@@ -195,7 +197,7 @@ FaceRenumbering FaceRenumbering::OfChildren() const {
 
 CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job) {
     if (level.CornersPerFace() != 4)
-        throw HostError("level 0 has triangles, so it is no refinement of a coarser mesh");
+        throw HostError("level 0 has triangles, so it is not a refinement of a coarser mesh");
     for (const uint32_t corners : {4u, 3u}) {
         RoleSearch search(level, corners, job);
         if (!search.Run()) continue;
@@ -203,7 +205,7 @@ CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job) {
         if (IsMesh(coarse, job)) return coarse;
     }
     throw HostError(
-        "the faces of level 0 do not hang together as the refinement of a coarser mesh of quads, "
+        "the faces of level 0 are not connected like the refinement of a coarser mesh of quads "
         "or of triangles");
 }
 

@@ -11,28 +11,29 @@ namespace trovik {
 class JobControl;
 class LevelMesh;
 
-/// New numbers of faces: face f becomes face[f], its corner c corner (c + turn[f]) mod 4.
+/// New numbers of faces: face f becomes face[f], and its corner c becomes corner (c + turn[f]) mod
+/// 4.
 struct FaceRenumbering {
     std::vector<uint32_t> face;
     std::vector<uint8_t> turn;
 
     FaceRenumbering Inverse() const;
-    /// That of the faces' children, where each face is a quad of four.
+    /// Returns the renumbering of the children, if each face is a quad with four children.
     FaceRenumbering OfChildren() const;
     uint64_t Bytes() const { return face.capacity() * sizeof(uint32_t) + turn.capacity(); }
 };
 
-/// The faces of which a quad mesh is the Catmull-Clark refinement.
+/// The faces whose Catmull-Clark refinement is a given quad mesh.
 struct CoarseFaces {
-    /// Corners of each face, 3 or 4.
+    /// Number of corners of each face, 3 or 4.
     uint32_t corners = 4;
-    /// Vertex numbers of the coarse mesh, corner by corner.
+    /// Per corner: a vertex number of the coarse mesh.
     std::vector<uint32_t> faceVertices;
-    /// Per coarse vertex the vertex of the fine mesh that came from it, ascending.
+    /// Per coarse vertex: the corresponding vertex of the fine mesh, ascending.
     std::vector<uint32_t> fineVertices;
-    /// From the fine faces' numbers to those that a refinement gives them.
+    /// Maps the numbers of the fine faces to those that a refinement assigns.
     FaceRenumbering fineFaces;
-    /// The same of the fine vertices; found when the refinement is made.
+    /// Maps the numbers of the fine vertices in the same way; filled when the refinement is built.
     std::vector<uint32_t> fineVertexMap;
 
     uint64_t Bytes() const {
@@ -42,21 +43,23 @@ struct CoarseFaces {
     }
 };
 
-/// Recognises a refined mesh by how its faces hang together: each face has one corner that was a
-/// vertex, one that is a face point, and between them two edge points, which have four faces, or
-/// two on a border; face points have as many faces as coarse faces have corners. Where several
-/// coarse meshes would do, as on a torus, the one that keeps the lowest vertex of the part's lowest
-/// face wins. A mesh whose numbers come from a refinement keeps them.
-/// \param level  level 0 of its geometry. \throw HostError telling why it is no refinement;
-/// Cancelled.
+/// Recognises a refined mesh by its connectivity. Each face must have one corner that is a coarse
+/// vertex, one that is a face point, and two edge points between them. An edge point has four
+/// faces, or two on a border. A face point has as many faces as the coarse faces have corners. If
+/// several coarse meshes are possible, as on a torus, the one that keeps the lowest vertex of the
+/// component's lowest face is returned. If the numbers of the mesh come from a refinement, they are
+/// kept.
+/// \param level  level 0 of its geometry.
+/// \throw HostError with the reason if the mesh is not a refinement; Cancelled.
 /// Cost: O(faces log faces).
 CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
 
-/// Positions of a coarse level whose refinement comes closest to the fine level's present ones, by
-/// least squares over all fine vertices (conjugate gradients in double precision, a fixed order of
-/// operations). A fine level that is an exact refinement gives its coarse level back but for
-/// rounding.
-/// \param finePositions  of the fine level's vertices. \throw Cancelled.
+/// Returns the positions of a coarse level whose refinement is closest to the current positions of
+/// the fine level, by least squares over all fine vertices (conjugate gradients in double
+/// precision, with a fixed order of operations). If the fine level is an exact refinement, the
+/// result equals its coarse level up to rounding.
+/// \param finePositions  of the vertices of the fine level.
+/// \throw Cancelled.
 std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
                                        const LevelMesh& fine,
                                        const std::vector<Vector>& finePositions,

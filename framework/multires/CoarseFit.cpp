@@ -32,7 +32,8 @@ double Dot(const Points& a, const Points& b) {
 /// The Catmull-Clark step as a linear map, and its transpose.
 class RefineMap {
 public:
-    /// \param jobPhase  polled, for it is not known how many steps the fit takes. Borrowed.
+    /// \param jobPhase  polled, because the number of iterations of the fit is not known in
+    /// advance. Borrowed.
     RefineMap(LevelMesh& coarseLevel, const LevelMesh& fineLevel, JobPhase& jobPhase)
         : coarse(coarseLevel),
           fine(fineLevel),
@@ -65,7 +66,7 @@ public:
                 y[edge].Add(x[a], 0.5);
                 y[edge].Add(x[b], 0.5);
             } else {
-                // An inner edge comes from both its faces.
+                // An inner edge receives a contribution from each of its two faces.
                 y[edge].Add(x[a], 0.125);
                 y[edge].Add(x[b], 0.125);
                 y[edge].Add(y[CentreOf(f)], 0.25);
@@ -108,7 +109,7 @@ private:
     uint32_t CentreOf(uint32_t face) const {
         return fine.faceVertexIndices.array[face * corners * 4 + 2];
     }
-    /// A vertex of no face, or of one at the border, stays where it is.
+    /// A vertex without faces does not move, nor does a border vertex with one face.
     bool IsKept(uint32_t v) const { return faces[v] == 0 || (onBorder[v] != 0 && faces[v] == 1); }
     double Weight(uint32_t v) const { return 1.0 / (static_cast<double>(faces[v]) * faces[v]); }
     double OwnWeight(uint32_t v) const {
@@ -140,7 +141,8 @@ private:
 };
 
 constexpr int mostIterations = 200;
-/// Share of the first gradient, squared, below which the fit is good enough for single precision.
+/// The fit stops when the squared gradient is below this fraction of the initial one, which is
+/// sufficient for single precision.
 constexpr double accuracy = 1e-20;
 
 }  // namespace
@@ -149,10 +151,10 @@ std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
                                        const LevelMesh& fine,
                                        const std::vector<Vector>& finePositions,
                                        JobControl* job) {
-    // One element for each step.
+    // One element per iteration.
     JobPhase phase(job, "Fitting the coarse level", mostIterations);
     const RefineMap map(coarse, fine, phase);
-    // From the fine vertices' own places; what is left over is what the fit has to explain.
+    // Starts from the positions of the fine vertices; the fit then reduces the residual.
     Points x(coarse.VertexCount());
     for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
         const Vector p = finePositions[v];

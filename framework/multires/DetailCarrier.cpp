@@ -15,7 +15,7 @@ namespace trovik {
 
 namespace {
 
-/// Vertices whose position differs from the seen one, ascending.
+/// Returns the vertices whose position differs from the recorded one, ascending.
 std::vector<uint32_t> Changed(const LevelMesh& level,
                               const OlderValues<Vector>& seen,
                               JobControl* job) {
@@ -36,20 +36,19 @@ Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uin
     return position == nullptr ? level.Position(vertex) : *position;
 }
 
-/// Coarse faces whose surroundings are worked on at a time, so that memory does not follow the
-/// size of a change.
+/// Number of coarse faces that are processed at a time, which bounds the memory for large changes.
 constexpr std::size_t batchFaces = std::size_t{1} << 15;
 
-/// A point of the fine level around a change of the coarse one, refined in two states.
+/// A point of the fine level near a change of the coarse level, refined for two states.
 struct RefinedPoint {
     uint32_t vertex;
-    /// The lowest coarse face that holds it, of those that were looked at.
+    /// The lowest coarse face that uses the point, among the visited faces.
     uint32_t owner;
     bool touched;
     SurfaceMove move;
 };
 
-/// The points of some fine faces, and which of them each corner of these faces is.
+/// The points of some fine faces, and the point of each corner of these faces.
 class PointTable {
 public:
     PointTable(const LevelMesh& fine, const std::vector<uint32_t>& fineFaces) {
@@ -69,7 +68,7 @@ public:
                     *numbers.Find(fine.faceVertexIndices.array[std::size_t{face} * 4 + k]));
     }
 
-    /// \param slot  4 x place of the face in the list + corner.
+    /// \param slot  4 x index of the face in the list + corner.
     RefinedPoint& AtCorner(std::size_t slot) { return points[cornerPoints[slot]]; }
     std::vector<RefinedPoint>& All() { return points; }
 
@@ -82,7 +81,7 @@ Vector QuadNormal(const Vector& a, const Vector& b, const Vector& c, const Vecto
     return (c - a) & (d - b);
 }
 
-/// Number of the edge point's corner among the children of a face; see LevelMesh.
+/// Returns the corner of the edge point, counted over the children of a face; see LevelMesh.
 uint32_t EdgeSlot(uint32_t corners, uint32_t side) {
     return side * 4 + (corners == 4 ? (side + 1) & 3u : 1u);
 }
@@ -124,7 +123,8 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
         centre.move.before = before.FacePoint(face);
         centre.move.after = after.FacePoint(face);
         for (uint32_t side = 0; side < corners; ++side) {
-            // Child k of a quad has the coarse vertex at corner k, that of a triangle at corner 0.
+            // The coarse vertex is corner k of child k of a quad, and corner 0 of a child of a
+            // triangle.
             RefinedPoint& start = points.AtCorner(slots + side * 4 + (corners == 4 ? side : 0));
             start.owner = std::min(start.owner, face);
             RefinedPoint& edge = points.AtCorner(slots + EdgeSlot(corners, side));
@@ -173,7 +173,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
     });
     for (RefinedPoint& point : points.All())
         if (point.touched) point.move.turn.CloseNormals();
-    // An inner edge comes from both its faces, an edge of the border from one.
+    // An inner edge is visited from both its faces, a border edge from one.
     forEachFace([](RefinedPoint* const(&corner)[4]) {
         for (uint32_t k = 0; k < 4; ++k) {
             RefinedPoint& p = *corner[k];
@@ -202,11 +202,12 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     const std::vector<uint32_t> changed = Changed(coarse, seen, job);
     if (changed.empty()) return;
 
-    // Refined points change in the faces around a changed vertex. Their surroundings turn, so the
-    // turns of one more ring are found from the points of all these faces.
+    // Refined points change in the faces around a changed vertex. The surface rotates around those
+    // points as well, so the rotations of one further ring are computed from the points of all
+    // these faces.
     const std::vector<uint32_t> faces =
         FacesAt(coarse, CornersOf(coarse, FacesAt(coarse, changed)));
-    JobPhase phase(job, "Carrying details up", faces.size());
+    JobPhase phase(job, "Propagating details up", faces.size());
     if (faces.size() <= batchFaces) {
         CarryFaces(faces, 0, openBorder, seen, layers, phase, carried);
     } else {
@@ -225,7 +226,7 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
         }
     }
     phase.Finish();
-    // A vertex of no face has no surface to turn with.
+    // At a vertex without faces there is no surface rotation to apply.
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
         const SurfaceMove move{SeenPosition(coarse, seen, vertex), coarse.Position(vertex), {}};
@@ -252,7 +253,7 @@ void DetailCarrier::Down(const OlderValues<Vector>& seen, CarriedLevel& carried)
     const uint32_t* all = fine.faceVertexIndices.array;
     std::vector<uint32_t> around;
     const std::vector<uint32_t> fitted = CornersOf(coarse, faces);
-    JobPhase phase(job, "Carrying changes down", fitted.size());
+    JobPhase phase(job, "Propagating changes down", fitted.size());
     for (const uint32_t vertex : fitted) {
         phase.Add();
         ++counts.fitted;

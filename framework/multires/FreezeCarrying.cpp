@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// Sets amounts of a level and takes down what they were.
+/// Sets amounts of a level and records the old ones.
 class FreezeSetter {
 public:
     FreezeSetter(LevelMesh& changedLevel, CarriedLevel& changes)
@@ -31,7 +31,7 @@ private:
     CarriedLevel& carried;
 };
 
-/// The points that the refinement of one coarse face makes, and their amounts.
+/// The points that the refinement of one coarse face creates, and their amounts.
 class FaceFreeze {
 public:
     FaceFreeze(const LevelMesh& coarseLevel, const LevelMesh& fine, uint32_t face)
@@ -86,7 +86,7 @@ void CarryFreezeUp(LevelMesh& coarse,
                    CarriedLevel& carried,
                    JobControl* job) {
     FreezeSetter setter(fine, carried);
-    JobPhase phase(job, "Carrying the mask up", seen.Vertices().size());
+    JobPhase phase(job, "Propagating the mask up", seen.Vertices().size());
     std::vector<uint32_t> around;
     for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
         phase.Add();
@@ -97,7 +97,7 @@ void CarryFreezeUp(LevelMesh& coarse,
         if (lowest == openBorder) continue;
         around.clear();
         coarse.FacesAround(v, lowest, around);
-        // A point that two changed vertices share is set twice, to the same amount.
+        // A point between two changed vertices is set twice, to the same amount.
         for (const uint32_t face : around) {
             const FaceFreeze points(coarse, fine, face);
             for (uint32_t side = 0; side < points.Corners(); ++side) {
@@ -118,11 +118,11 @@ void CarryFreezeDown(LevelMesh& coarse,
                      CarriedLevel& carried,
                      JobControl* job) {
     FreezeSetter setter(coarse, carried);
-    JobPhase phase(job, "Carrying the mask down", seen.Vertices().size());
+    JobPhase phase(job, "Propagating the mask down", seen.Vertices().size());
     for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
         phase.Add();
         const uint32_t v = seen.Vertices()[i];
-        // The first vertices of the fine level are those of the coarse one.
+        // The first vertices of the fine level are those of the coarse level.
         if (v >= coarse.VertexCount()) break;
         if (fine.Freeze(v) != seen.Values()[i]) setter.Set(v, fine.Freeze(v));
     }

@@ -9,33 +9,37 @@
 namespace trovik {
 
 /// \file
-/// How freeze amounts travel between a level and the one above it.
+/// Propagation of freeze amounts between a level and the level above.
 ///
-/// Upwards a vertex of the coarse level gives its amount to the same vertex of the fine level, a
-/// point on an edge takes the mean of the edge's two ends, and the point of a face the mean of its
-/// corners, both rounded to the nearest, halves up. Downwards a coarse vertex takes the amount of
-/// the same fine vertex; amounts of the fine vertices in between are not looked at.
+/// Upwards, a coarse vertex passes its amount to the same vertex of the fine level, an edge point
+/// gets the mean of the two ends of the edge, and a face point gets the mean of its corners. Both
+/// means are rounded to nearest, halves up. Downwards, a coarse vertex gets the amount of the same
+/// fine vertex; the fine vertices in between are ignored.
 ///
-/// Only changes travel. Upwards those fine vertices take new amounts that belong to a coarse vertex
-/// whose amount changed, to an edge with such an end or to a face with such a corner; the others
-/// keep theirs. So going down and up again without a change leaves every amount as it was.
+/// Only changes are propagated. Upwards, a fine vertex gets a new amount only if the amount of its
+/// coarse vertex, of an end of its edge, or of a corner of its face changed. Going down and up
+/// again without a change therefore leaves every amount unchanged.
 
-/// All amounts of `fine`, which has none yet, by those of `coarse`.
+/// Computes all amounts of `fine`, which has none yet, from those of `coarse`.
 /// \throw Cancelled.
 void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine, JobControl* job = nullptr);
 
-/// \param seen  amounts of the coarse level as the fine one knows them, sorted.
-/// \param carried  receives what happened to the fine level, also when it throws. \throw Cancelled.
-/// Cost: the vertices in `seen`, and what lies around those that changed.
+/// Propagates changed amounts to the fine level.
+/// \param seen  the amounts of the coarse level at the last synchronisation, sorted.
+/// \param carried  receives the changes of the fine level, even if the function throws.
+/// \throw Cancelled.
+/// Cost: the vertices in `seen`, and the surroundings of those that changed.
 void CarryFreezeUp(LevelMesh& coarse,
                    LevelMesh& fine,
                    const OlderValues<uint8_t>& seen,
                    CarriedLevel& carried,
                    JobControl* job = nullptr);
 
-/// \param seen  amounts of the fine level as the coarse one knows them, sorted.
-/// \param carried  receives what happened to the coarse level, also when it throws.
-/// \throw Cancelled. Cost: the vertices in `seen`.
+/// Propagates changed amounts to the coarse level.
+/// \param seen  the amounts of the fine level at the last synchronisation, sorted.
+/// \param carried  receives the changes of the coarse level, even if the function throws.
+/// \throw Cancelled.
+/// Cost: the vertices in `seen`.
 void CarryFreezeDown(LevelMesh& coarse,
                      LevelMesh& fine,
                      const OlderValues<uint8_t>& seen,

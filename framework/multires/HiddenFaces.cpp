@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-/// Faces of level `fine` in one face of level `coarse`.
+/// Returns the number of faces of level `fine` in one face of level `coarse`.
 uint32_t FacesInFace(const LevelGeometry& geometry, uint32_t coarse, uint32_t fine) {
     uint32_t faces = 1;
     for (uint32_t level = coarse; level < fine; ++level)
@@ -22,7 +22,7 @@ bool AreAllHidden(const LevelMesh& level, uint32_t first, uint32_t count) {
     });
 }
 
-/// Those of the coarse faces in `runs` whose visibility is not what their children say.
+/// Returns the coarse faces in `runs` whose visibility does not match that of their children.
 std::vector<FaceRun> Disagreeing(const LevelMesh& coarse,
                                  const LevelMesh& fine,
                                  const std::vector<FaceRun>& runs) {
@@ -35,8 +35,8 @@ std::vector<FaceRun> Disagreeing(const LevelMesh& coarse,
     return found;
 }
 
-// Patches that share a border vertex with a toggled face are named too: hiding the last visible
-// face of a vertex changes the vertex.
+// Patches that share a border vertex with a toggled face are reported too, because hiding the last
+// visible face of a vertex changes the vertex.
 void ReportToggled(LevelGeometry& geometry, uint32_t index, const std::vector<FaceRun>& runs) {
     if (geometry.Observers().empty()) return;
     constexpr uint8_t what = SurfaceChange::Visibility | SurfaceChange::Mask;
@@ -86,7 +86,7 @@ std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
     std::vector<FaceRun> found;
     uint32_t end = 0;
     for (const FaceRun& run : runs) {
-        // Two runs may begin and end in one coarse face.
+        // One run may end in the coarse face in which the next one begins.
         const uint32_t first = std::max(run.first / shrink * grow, end);
         const uint32_t last = (run.first + run.count - 1) / shrink * grow + grow;
         if (last <= first) continue;

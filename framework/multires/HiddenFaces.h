@@ -11,38 +11,41 @@ namespace trovik {
 /// \file
 /// Hidden faces over the levels of a geometry.
 ///
-/// The highest level decides: a face of any other level is hidden if all its children are. So
-/// hiding a face hides everything above it, a coarse face that is hidden in part is visible, and a
-/// switch of levels changes no visibility and costs nothing for it. Whatever adds or removes levels
-/// keeps this rule.
+/// The highest level determines the others: a face of any other level is hidden if all its children
+/// are. Hiding a face therefore hides all its descendants, a partly hidden coarse face is visible,
+/// and a level switch does not change visibility. All code that adds or removes levels preserves
+/// this rule.
 
-/// What a change of visibility does with a face of the bound level.
+/// The effect of a visibility change on a face of the bound level.
 enum class FaceVisibility : uint8_t { Keep, Hide, Show };
 
-/// The faces of the highest level that must be toggled so that the bound level's faces, and all
-/// above them, become as `wanted` says. In ascending order.
-/// \param wanted  one for each face of the bound level.
-/// Cost: O(faces of the highest level under faces that are not kept).
+/// Returns the faces of the highest level to toggle so that the faces of the bound level and their
+/// descendants match `wanted`, in ascending order.
+/// \param wanted  one entry per face of the bound level.
+/// Cost: O(faces of the highest level below faces that are not kept).
 TROVIK_API std::vector<FaceRun> FacesToToggle(const LevelGeometry& geometry,
                                               const std::vector<FaceVisibility>& wanted);
 
-/// Toggles these faces of the highest level, and on each level below the faces whose visibility
-/// follows. The same runs undo it. Not during a stroke.
-/// \param runs  of the highest level, ascending. Cost: O(these faces) on all levels together.
+/// Toggles these faces of the highest level, and updates the faces of the levels below. Toggling
+/// the same runs again reverts the change. Must not be called during a stroke.
+/// \param runs  of the highest level, ascending.
+/// Cost: O(these faces) on all levels together.
 TROVIK_API void ToggleHidden(LevelGeometry& geometry, const std::vector<FaceRun>& runs);
 
-/// The faces of level `to` that hold one of the faces of level `from`, for to <= from, or that lie
-/// in one of them. \param runs  ascending.
+/// Converts faces of level `from` to level `to`: to their ancestors if to <= from, to their
+/// descendants otherwise.
+/// \param runs  ascending.
 TROVIK_API std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
                                              const std::vector<FaceRun>& runs,
                                              uint32_t from,
                                              uint32_t to);
 
-/// Hides on a level that was just added the children of the hidden faces below it.
+/// Hides the children of hidden faces on a level that was just added.
 void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
-/// Hides on `coarse` exactly the faces whose children on `fine` are all hidden.
+/// Hides exactly those faces of `coarse` whose children on `fine` are all hidden.
 void HideParents(LevelMesh& coarse, const LevelMesh& fine);
-/// Brings all levels to agree by the highest one, after their face flags were written.
+/// Updates the hidden faces of all levels from the highest level, after its face flags were
+/// written.
 void AgreeOnHidden(LevelGeometry& geometry);
 
 }  // namespace trovik

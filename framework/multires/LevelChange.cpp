@@ -18,12 +18,13 @@ namespace trovik {
 
 namespace {
 
-/// Counts the strokes of all geometries, so that no step joins one of an earlier stroke. Touched on
-/// the host's main thread only, as every change is.
+/// Number of the current stroke, over all geometries, so that a step does not join one of an
+/// earlier stroke. Like all changes, it is accessed only on the main thread of the host.
 uint64_t currentStroke = 1;
 
-/// The memory of the last change's records, for the next one: it has grown already, and the system
-/// has given its pages. Without it the first dab of a stroke spends half its time on that.
+/// The allocation of the last change's records, reused by the next change: it has already grown,
+/// and its pages are already mapped. Without it, the first dab of a stroke spends half its time on
+/// growth and page faults.
 class SpareMemory {
 public:
     void LendTo(Store<StoredVertexInfo>& records) {
@@ -31,7 +32,7 @@ public:
         std::swap(records.array, spare.array);
         std::swap(records.capacity, spare.capacity);
     }
-    /// \param vertexCount  of the mesh whose records they were.
+    /// \param vertexCount  of the mesh that the records belong to.
     void TakeBack(Store<StoredVertexInfo>& records, uint32_t vertexCount) {
         if (records.capacity <= spare.capacity || IsMemoryLimited()) return;
         LendTo(records);
@@ -43,20 +44,21 @@ public:
     void Drop() { spare.Clear(); }
 
 private:
-    /// Then nothing is kept that another may need.
+    /// Under a memory limit nothing is kept, so that the memory is available to others.
     static bool IsMemoryLimited() {
         return MemoryAccount::Limit() != std::numeric_limits<int64_t>::max();
     }
 
-    /// Bytes for each vertex of the mesh, so that what is kept stays small beside it, within
-    /// bounds.
+    /// Maximum bytes kept per vertex of the mesh, so that the spare memory is small compared with
+    /// the mesh, within fixed bounds.
     static constexpr uint64_t shareOfVertex = 4;
     static constexpr uint64_t least = uint64_t{1} << 20;
     static constexpr uint64_t most = uint64_t{32} << 20;
     Store<StoredVertexInfo> spare{"spare change records"};
 };
 
-/// One for all meshes. Lives on at the end of the process, since changes may, too.
+/// One instance for all meshes. It is never destroyed, because changes may exist until the process
+/// ends.
 SpareMemory& Spare() {
     static auto* const spare = new SpareMemory;
     return *spare;
@@ -79,11 +81,12 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
     }
     if (LevelChange* open = level->OpenChange()) {
         open->Unlink();
-        // A stroke of another brush, which may finish it after this one: the history takes its step
-        // now, so that steps are undone in the reverse order of the edits.
+        // A stroke of another brush is open, which may be finished after this one. The history
+        // takes its step now, so that steps are undone in the reverse order of the edits.
         if (open->resources != resources) open->PushStep(++currentStroke);
     }
-    // Room in the second list first: a refusal leaves the change in neither.
+    // Reserves room in the second list first, so that after a failed allocation the change is in
+    // neither list.
     level->Changes().reserve(level->Changes().size() + 1);
     if (resources != nullptr) resources->AddChange(*this);
     level->Changes().push_back(this);
@@ -102,7 +105,7 @@ LevelChange::~LevelChange() {
 void LevelChange::DropSpareMemory() { Spare().Drop(); }
 
 void LevelChange::Finish(bool keepTopology, bool joinPrevious) {
-    assert(!finished && "a change is finished once");
+    assert(!finished && "a change can be finished only once");
     finished = true;
     if (!joinPrevious) ++currentStroke;
     if (level == nullptr) return;
@@ -148,7 +151,7 @@ void LevelChange::Close() {
 }
 
 std::vector<uint32_t> LevelChange::PutBack() {
-    assert(linked && "only an open change puts back");
+    assert(linked && "only an open change can be reverted");
     ++outsideEdits;
     std::vector<uint32_t> vertices;
     vertices.reserve(recordStore.fill);
@@ -166,7 +169,8 @@ std::vector<uint32_t> LevelChange::PutBack() {
         vertices.push_back(record.vertexIndex);
     }
     if (SculptLayer* active = layer == nullptr ? nullptr : *layer) {
-        // Backwards: of two entries for one record the first is the state before the stroke.
+        // Iterates backwards: if there are two entries for one record, the first one is the state
+        // before the stroke.
         for (auto before = layerBefore.rbegin(); before != layerBefore.rend(); ++before) {
             if (before->record >= recordStore.fill) continue;
             SculptLayer::State state = before->state;
@@ -195,8 +199,8 @@ void LevelChange::NoteOlderPositions() {
     }
 }
 
-// Brushes give a fully frozen vertex its position plus a displacement times 0, which turns -0 into
-// +0, and compose it again under a layer, which may round.
+// For a fully frozen vertex, brushes write its position plus a displacement times 0, which changes
+// -0 to +0. If there is a layer, they compose the position again, which may round.
 std::vector<uint32_t> LevelChange::MovedHidden() const {
     std::vector<uint32_t> moved;
     if (level == nullptr || level->HiddenVertexCount() == 0) return moved;

@@ -54,7 +54,8 @@ LevelGeometry::~LevelGeometry() {
         StrokeResources* holder = level->LockResources();
         if (holder != nullptr && !level->Changes().empty()) holder->EndStroke();
     }
-    // The levels, also those in undo steps, refer to members of this class when they are destroyed.
+    // When the levels, including those in undo steps, are destroyed, they access members of this
+    // class.
     history.Clear();
     levels.clear();
 }
@@ -82,7 +83,7 @@ uint64_t LevelGeometry::CountNextLevelVertices() const {
     return uint64_t{levels.back()->VertexCount()} + levels.back()->faceCount + CountEdges();
 }
 
-// A refinement has an edge for each half of an edge below it, and one for each corner of a face.
+// A refinement has one edge per half of a lower edge, and one per corner of a face.
 uint64_t LevelGeometry::CountEdges() const {
     const LevelMesh& base = *levels.front();
     uint64_t edges =
@@ -126,7 +127,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::MakeLevel(JobControl* job) const {
                         " faces needs more memory than the limit allows");
     } catch (const std::bad_alloc&) {
         throw HostError("subdividing to " + std::to_string(faces) +
-                        " faces needs more memory than there is");
+                        " faces needs more memory than is available");
     }
     std::fill_n(fine->vertexNormals.array, fine->vertexCount, PackedNormal{0, 0, 0, 0});
     LevelRefiner(coarse, job).RefineTopology(*fine);
@@ -160,7 +161,7 @@ LevelSwitch LevelGeometry::Subdivide(uint64_t byteBudget, JobControl* job) {
     }
     levels.push_back(std::move(made));
     DropUnchanged(bound);
-    // The new level is what the present positions give: it has seen them.
+    // The new level was computed from the current positions, so it is synchronised with them.
     levels[bound]->Older().fromAbove.Drop();
     levels[bound]->Older().freezeFromAbove.Drop();
     bound = LevelCount() - 1;
@@ -195,7 +196,7 @@ void LevelGeometry::CheckForecast(uint32_t times,
                                   uint64_t furtherBytes) const {
     const LevelForecast forecast = Forecast(times);
     const std::string level = std::to_string(levels.size() - 1 + forecast.levels);
-    // Four indices a face must be countable too.
+    // The four indices of every face must be countable too.
     if (forecast.vertices > mostElements || forecast.faces > mostElements / 4) {
         throw HostError("subdividing to level " + level + " would give " +
                         std::to_string(forecast.faces) + " faces; a level holds at most " +

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Levels that come into a geometry's row and go out of it, at either end.
+/// Insertion and removal of levels at both ends of the level hierarchy.
 #include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/mesh/LevelRefiner.h"
@@ -19,14 +19,14 @@ namespace trovik {
 
 namespace {
 
-/// Brings element i to place map[i].
+/// Moves element i to index map[i].
 template <typename T>
 void Permute(T* elements, std::size_t count, const std::vector<uint32_t>& map) {
     const std::vector<T> before(elements, elements + count);
     for (std::size_t i = 0; i < count; ++i) elements[map[i]] = before[i];
 }
 
-/// Where the children of the bound level's ancestors lie across, told for faces of that level.
+/// Returns the mirror with the faces of the bound level as its base.
 std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror,
                                                  const LevelMesh& level,
                                                  JobControl* job) {
@@ -41,8 +41,8 @@ std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror
     return TopologicalMirror::FromImages(level, std::move(images));
 }
 
-/// The mirror of the coarse faces by that of their refinement: a coarse face lies across from that
-/// whose child lies across from its first.
+/// Returns the mirror of the coarse faces, given that of their refinement. The image of a coarse
+/// face is the face whose child is the image of its first child.
 std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirror,
                                                   const CoarseFaces& coarse,
                                                   const LevelMesh& coarseLevel,
@@ -52,7 +52,7 @@ std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirro
     std::vector<uint32_t> images(coarseLevel.faceCount, openBorder);
     for (uint32_t face = 0; face < coarseLevel.faceCount; ++face) {
         phase.Add();
-        // The refinement has the vertex of its child 0 at corner 0.
+        // In the refinement, the vertex is corner 0 of child 0.
         const uint32_t fineFace = back.face[face * coarse.corners];
         const auto across = mirror.Across(0, fineFace, back.turn[face * coarse.corners]);
         if (!across) continue;
@@ -86,10 +86,10 @@ void LevelGeometry::ForgetFromBelow() {
 }
 
 LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept, JobControl* job) {
-    RefuseInStroke("taking levels out");
+    RefuseInStroke("removing levels");
     TakenLevels taken;
     taken.lower = lower;
-    assert((lower ? bound >= kept : bound <= kept) && "the bound level stays");
+    assert((lower ? bound >= kept : bound <= kept) && "the bound level cannot be removed");
     const auto middle = levels.begin() + kept;
     const auto first = lower ? levels.begin() : middle + 1;
     const auto last = lower ? middle : levels.end();
@@ -97,7 +97,7 @@ LevelGeometry::TakenLevels LevelGeometry::TakeLevels(bool lower, uint32_t kept, 
         SurfaceAttributes ofLevel = AttributesOfLevel(*this, kept, job);
         std::unique_ptr<TopologicalMirror> mirrorOfLevel;
         if (mirror != nullptr) mirrorOfLevel = MirrorOfLevel(*mirror, *levels[kept], job);
-        // The last that can be cancelled.
+        // The last call that can throw Cancelled.
         levels[kept]->MakeBaseTables(job);
         taken.attributes = std::exchange(attributes, std::move(ofLevel));
         if (mirror != nullptr) taken.mirror = std::exchange(mirror, std::move(mirrorOfLevel));
@@ -139,7 +139,7 @@ void LevelGeometry::Renumber(uint32_t index,
                              const std::vector<uint32_t>& vertexMap,
                              const std::vector<uint32_t>& faceMap) {
     LevelMesh& level = *levels[index];
-    assert(level.OpenChange() == nullptr && "no level is renumbered during a stroke");
+    assert(level.OpenChange() == nullptr && "levels cannot be renumbered during a stroke");
     Permute(level.vertices.array, level.vertexCount, vertexMap);
     Permute(level.vertexNormals.array, level.vertexNormals.fill, vertexMap);
     Permute(level.faceFlags, level.faceCount, faceMap);
@@ -149,7 +149,7 @@ void LevelGeometry::Renumber(uint32_t index,
     for (OlderValues<uint8_t>* known : {&older.freezeFromAbove, &older.freezeFromBelow})
         known->Renumber(vertexMap);
     layers->Renumber(level, vertexMap);
-    // The table of patches speaks of the old numbers; the next stroke makes a new one.
+    // The patch map uses the old numbers. It is deleted, and the next stroke builds a new one.
     const ClassDesc* patchMap = ClassDesc::ByName(QStringLiteral("PatchMap"));
     if (patchMap == nullptr) return;
     if (TreeNode* child = level.ChildByClass(patchMap, 0u)) {
@@ -172,7 +172,7 @@ std::vector<LevelGeometry::LevelNumbers> LevelGeometry::RefineNumbers(
         if (facesBefore != nullptr) facesBefore->push_back(before);
         LevelRefiner(*levels[index - 1], job).RefineTopology(level);
         JobPhase phase(job, "Renumbering vertices", level.faceCount);
-        // A vertex of no face is one of the level below, too.
+        // A vertex without faces is also a vertex of the level below.
         lowerMap.resize(level.vertexCount);
         for (uint32_t face = 0; face < level.faceCount; ++face) {
             phase.Add();
@@ -197,7 +197,7 @@ void LevelGeometry::FitBase(const CoarseFaces& coarse,
                             JobControl* job) {
     LevelMesh& base = *levels[0];
     const LevelMesh& fine = *levels[1];
-    // Only the faces of the fine level name vertices by their new numbers yet.
+    // At this point only the faces of the fine level use the new vertex numbers.
     std::vector<Vector> finePositions(fine.VertexCount());
     for (uint32_t v = 0; v < fine.VertexCount(); ++v) finePositions[fineMap[v]] = fine.Position(v);
     const std::vector<Vector> positions = FitCoarsePositions(base, fine, finePositions, job);

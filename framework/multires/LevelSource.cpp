@@ -17,8 +17,8 @@ struct GridCell {
     std::uint32_t column;
 };
 
-/// Where a face lies in the grid of its patch: its number has one digit in base 4 a level, the
-/// topmost first, 0 being top left, 1 top right, 2 bottom right, 3 bottom left.
+/// Returns the grid cell of a face in its patch. The face number has one base-4 digit per level,
+/// most significant first: 0 top left, 1 top right, 2 bottom right, 3 bottom left.
 GridCell CellOf(std::uint32_t face, std::uint32_t depth) {
     GridCell cell = {0, 0};
     for (std::uint32_t step = depth; step-- > 0;) {
@@ -108,7 +108,8 @@ std::array<float, 3> LevelSource::Position(std::uint32_t vertex) const {
     return Placed(level.Position(vertex));
 }
 
-// With a single layer the rest is known to the bit; several are taken off the present position.
+// The rest position of a single layer is known exactly. The offsets of several layers are
+// subtracted from the current position.
 std::array<float, 3> LevelSource::BasePosition(std::uint32_t vertex) const {
     Vector base = level.Position(vertex);
     const SculptLayer* only = nullptr;
@@ -156,7 +157,8 @@ void LevelSource::ForEachValue(Take take) const {
                 values[corner] = BaseValues(around[corner]);
             }
             values = FaceValues(values, baseCorners, below, face);
-            // New vertices are numbered as faces meet them: edges in order, then the face point.
+            // New vertices are numbered in the order in which faces use them: edges in order, then
+            // the face point.
             const std::uint32_t* children =
                 fine.faceVertexIndices.array + std::size_t{face} * corners * 4;
             for (std::uint32_t side = 0; side < corners; ++side) {
@@ -291,7 +293,8 @@ void LevelSource::ReadUvs(
         BaseUvs(BaseFace(baseCorners, number - depth, patch), base);
         for (std::uint32_t row = 0; row <= side; ++row) {
             for (std::uint32_t column = 0; column <= side; ++column) {
-                // A grid point is the top left corner of its cell, but in the last row and column.
+                // A grid point is the top left corner of its cell, except in the last row and
+                // column.
                 const std::uint32_t below = row == side ? 1 : 0;
                 const std::uint32_t right = column == side ? 1 : 0;
                 const std::uint32_t face =

@@ -12,25 +12,26 @@
 
 namespace trovik {
 
-/// A level of a geometry as a source for files, straight from the level's arrays, with what
-/// level 0 carries refined to it (AttributeRefinement.h). Borrows the geometry and the layers.
+/// A level of a geometry as a source for file writers. It reads directly from the arrays of the
+/// level, and refines the attributes of level 0 to it (AttributeRefinement.h). Borrows the geometry
+/// and the layers.
 ///
-/// The list of UVs of a level above 0 has, for each quad of the lowest quad level (level 0, or
-/// level 1 above triangles), one entry a point of its grid, row by row. Memory: by the size of
-/// level 0, and 4 bytes for each vertex that a layer touches.
+/// The UV list of a level above 0 has one entry per grid point of each quad of the lowest quad
+/// level (level 0, or level 1 above triangles), row by row. Memory: proportional to level 0, and 4
+/// bytes per vertex that a layer touches.
 class TROVIK_API LevelSource : public MeshSource {
 public:
     struct Options {
-        /// Through the geometry's transformation; otherwise mesh-local.
+        /// Apply the transform of the geometry; otherwise coordinates are mesh-local.
         bool world = false;
-        /// The space to hand numbers out in, where the mesh knows its own.
+        /// The space of the returned coordinates, if the space of the mesh is known.
         MeshSpace space;
-        /// Which level; without, the bound one.
+        /// The level; the bound level if not set.
         std::optional<std::uint32_t> level = {};
     };
 
-    /// The layers of the level become morph targets, with their strengths as weights, 0 while
-    /// they are hidden.
+    /// The layers of the level become morph targets. Their weights are their strengths, or 0 for
+    /// hidden layers.
     LevelSource(const LevelGeometry& geometry, const Options& options);
 
     std::array<float, 3> Position(std::uint32_t vertex) const override;
@@ -54,7 +55,8 @@ private:
     /// Calls `take(values)` for each vertex of the level, in order.
     template <typename Take>
     void ForEachValue(Take take) const;
-    /// UVs of a face of level 0. \return false where a corner has none.
+    /// Reads the UVs of a face of level 0.
+    /// \return false if a corner has none.
     bool BaseUvs(std::uint32_t baseFace, CornerValues<2>& uvs) const;
 
     const LevelGeometry& geometry;

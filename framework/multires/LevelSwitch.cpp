@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// How changes travel between the levels of a geometry when another one is bound.
+/// Propagation of changes between the levels of a geometry when another level is bound.
 ///
-/// Of a level that was or may have been changed two older states are kept: as the level above and
-/// as the level below last saw it (OlderStates). Each is dropped when that neighbour has taken the
-/// change over, or when there is none. Only the bound level can change, so going to another level
-/// passes every pair of neighbours that has changes to carry in that direction.
+/// For a level that was or may have been changed, two older states are kept: the states that the
+/// level above and the level below were last synchronised with (OlderStates). Each is dropped when
+/// that neighbour has received the change, or if the neighbour does not exist. Only the bound level
+/// can change, so a switch to another level visits every pair of neighbours that has changes to
+/// propagate in that direction.
 #include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/math/SameBits.h"
@@ -44,7 +45,7 @@ void DropIfUnchanged(const LevelMesh& level, OlderValues<Value>& older) {
     if (older.IsKept() && IsUnchanged(level, older)) older.Drop();
 }
 
-/// The older state, which is dropped; without changes none.
+/// Removes and returns the older state, or an empty one if no value differs.
 template <typename Value>
 OlderValues<Value> TakeChanged(const LevelMesh& level, OlderValues<Value>& older) {
     DropIfUnchanged(level, older);
@@ -53,7 +54,7 @@ OlderValues<Value> TakeChanged(const LevelMesh& level, OlderValues<Value>& older
     return taken;
 }
 
-/// Fills lists of the vertices that differ from an older state, ascending, and of their values.
+/// Fills lists with the vertices that differ from an older state, ascending, and their values.
 template <typename Value>
 bool FillDifferences(const LevelMesh& level,
                      OlderValues<Value>& older,
@@ -133,7 +134,7 @@ void LevelGeometry::KeepSeen(uint32_t index) {
         older.freezeFromBelow.Keep();
     }
     if (open == nullptr) return;
-    // What the stroke has moved until now is what the neighbours see.
+    // The neighbours are synchronised with the positions that the stroke has reached so far.
     for (uint32_t i = 0; i < open->Records().fill; ++i) {
         const uint32_t vertex = open->Records().array[i].vertexIndex;
         older.NotePosition(vertex, level.Position(vertex));
@@ -158,7 +159,7 @@ void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, 
     const LayerStack::Layers ofFine = layers->OfLevel(fine);
     if (!ofFine.empty())
         turned = std::make_shared<TurnedLayers>(fine, ofFine, layers->Ground(fine));
-    // The level below knows the changes that come from it.
+    // The changes come from the level below, so it needs no record of them.
     fine.Older().fromBelow.Drop();
     CarriedLevel& one = carried.emplace_back();
     try {
@@ -284,7 +285,7 @@ void LevelGeometry::ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobCont
     const LevelMesh& shape = *levels[bound];
     for (uint32_t index = 0; index < bound; ++index) {
         LevelMesh& level = *levels[index];
-        // From level 0 to the bound one all agree about their positions when this is done.
+        // From level 0 to the bound level, all levels have the same positions afterwards.
         level.Older().fromAbove.Drop();
         level.Older().fromBelow.Drop();
         CarriedLevel& carried = changed.emplace_back();

@@ -11,8 +11,8 @@ namespace trovik {
 
 class TurnedLayers;
 
-/// What a carrying did to one level: where the vertices that it moved were, the normals that it
-/// refreshed, the freeze amounts that it changed, and what layers held.
+/// The changes that were propagated to one level: the old positions of the vertices that moved, the
+/// old normals of those that were refreshed, the old freeze amounts, and the old layer state.
 struct CarriedLevel {
     uint32_t level = 0;
     std::vector<uint32_t> vertices;
@@ -21,17 +21,17 @@ struct CarriedLevel {
     std::vector<PackedNormal> normalsBefore;
     std::vector<uint32_t> freezeVertices;
     std::vector<uint8_t> freezeBefore;
-    /// Null where no layer holds anything of what was moved.
+    /// Null if no layer has data for the vertices that moved.
     std::shared_ptr<TurnedLayers> layers = nullptr;
 
     bool IsEmpty() const { return vertices.empty() && freezeVertices.empty() && !layers; }
     TROVIK_API uint64_t Bytes() const;
 };
 
-/// An older state of a level: the vertices that lie elsewhere now, ascending, and their positions
-/// then.
+/// An older state of a level: the vertices that have moved since, ascending, and their old
+/// positions.
 struct SeenDifferences {
-    /// False: nothing is kept, since nothing changed.
+    /// False if there is nothing to store because nothing changed.
     bool kept = false;
     std::vector<uint32_t> vertices;
     std::vector<Vector> positions;
@@ -41,10 +41,10 @@ struct SeenDifferences {
     }
 };
 
-/// Older freeze amounts of a level: the vertices that have others now, ascending, and their amounts
-/// then.
+/// Older freeze amounts of a level: the vertices whose amounts differ now, ascending, and their old
+/// amounts.
 struct FreezeDifferences {
-    /// False: nothing is kept, since nothing changed.
+    /// False if there is nothing to store because nothing changed.
     bool kept = false;
     std::vector<uint32_t> vertices;
     std::vector<uint8_t> amounts;
@@ -52,7 +52,7 @@ struct FreezeDifferences {
     uint64_t Bytes() const { return vertices.capacity() * sizeof(uint32_t) + amounts.capacity(); }
 };
 
-/// A level as its neighbours last saw it (OlderStates).
+/// The state of a level that its neighbours were last synchronised with (OlderStates).
 struct SeenByNeighbours {
     SeenDifferences fromAbove;
     SeenDifferences fromBelow;
@@ -65,7 +65,8 @@ struct SeenByNeighbours {
     }
 };
 
-/// All that a change of levels did besides adding or removing some: enough to go back to the bit.
+/// All effects of a level switch except added or removed levels. It is sufficient to go back
+/// bit-exactly.
 struct LevelSwitch {
     uint32_t bound = 0;
     std::vector<SeenByNeighbours> seen;
@@ -79,11 +80,12 @@ struct LevelSwitch {
     }
 };
 
-/// What carrying cost since the count began: it follows what was changed, not the level's size.
+/// Work done by the propagation of changes since counting began. It depends on the size of the
+/// changes, not of the level.
 struct CarryCounts {
-    /// Points that were refined, each in two states.
+    /// Points that were refined, each for two states.
     uint64_t refined = 0;
-    /// Vertices for which the turn of the surface was found.
+    /// Vertices for which the rotation of the surface was computed.
     uint64_t turned = 0;
     /// Coarse vertices that were fitted to a changed finer level.
     uint64_t fitted = 0;

@@ -11,10 +11,10 @@ namespace trovik {
 
 namespace {
 
-/// Vertices of a step are scattered over a mesh that is larger than the caches.
+/// The vertices of a step are scattered over a mesh that is larger than the caches.
 constexpr std::size_t prefetchAhead = 16;
 
-/// Position and normal differ in some bit from those of the record.
+/// Returns whether position or normal differ bitwise from those of the record.
 bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
     const Vertex& vertex = mesh.vertices.array[record.vertexIndex];
     if (std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
@@ -44,13 +44,15 @@ std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
                 if (changed) {
                     step->layerEntries.push_back({record.layerSlot, before->state});
                 } else {
-                    // What was only seen is no change of the layer; had it taken a move of before
-                    // the stroke into its rest, undoing that move could not bring the rest back.
+                    // The stroke did not change this vertex. If the layer had absorbed an earlier
+                    // move into its rest position during the stroke, undo of that move could not
+                    // restore the rest position, so the old layer state is restored.
                     SculptLayer::State seen = before->state;
                     layer->SwapState(record.layerSlot, seen);
                 }
             }
-            // A record whose making failed after its slot was reserved leaves a second entry.
+            // If adding a record failed after its slot was reserved, there is a second entry for
+            // it.
             while (before != change.layerBefore.end() && before->record == i) ++before;
         }
         if (changed) step->Add(record);
@@ -79,7 +81,7 @@ void StrokeStep::ShrinkToFit() {
 void StrokeStep::Apply(LevelGeometry& geometry) {
     if (geometry.BoundIndex() != level) geometry.BindLevel(level);
     LevelMesh& mesh = *geometry.Level(level);
-    assert(mesh.OpenChange() == nullptr && "no undo during a stroke");
+    assert(mesh.OpenChange() == nullptr && "steps cannot be applied during a stroke");
 
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const uint32_t vertex = vertices[i];

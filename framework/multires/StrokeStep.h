@@ -9,32 +9,32 @@
 
 namespace trovik {
 
-/// What one stroke did to one level: the other state of every vertex that it changed.
+/// The effect of one stroke on one level: the other state of every vertex that the stroke changed.
 ///
-/// Apply exchanges positions, normals and layer states bit for bit, so any row of undo and redo
-/// brings back each state exactly. Memory: 22 bytes a vertex, with a layer 62.
+/// Apply exchanges positions, normals and layer states bit-exactly, so any sequence of undo and
+/// redo restores each state exactly. Memory: 22 bytes per vertex, or 62 with a layer.
 ///
-/// The step speaks of the level it was made on. When another level is bound, that one is bound
-/// first, as the user would; BindLevel may carry changes of coarser levels up into vertices of this
-/// level, and those of the step then get the exact state that the step holds, the others stay as
-/// carried. Hosts that make each change of the bound level a step of its own (MakeLevelStep) never
-/// come there, and their undo is exact over levels too.
+/// The step belongs to the level that it was recorded on. If another level is bound, Apply first
+/// binds that level. BindLevel may propagate changes of coarser levels into this level; the
+/// vertices of the step then get the exact state that the step stores, and the other vertices keep
+/// the propagated values. Hosts that make each level switch a step of its own (BindLevelAsStep)
+/// avoid this case, and their undo is exact across levels as well.
 class TROVIK_API StrokeStep : public UndoStep {
 public:
-    /// Compares the records of an unlinked change with the mesh as it is now.
-    /// \return null when no vertex changed.
+    /// Compares the records of an unlinked change with the current mesh.
+    /// \return null if no vertex changed.
     static std::unique_ptr<StrokeStep> FromChange(const LevelChange& change);
 
-    /// With a layer whose strength is another than when the step's content was taken, positions
-    /// follow from the offsets at the present strength; normals are those of the content. When the
-    /// layer is gone, positions and normals alone are exchanged.
+    /// If the strength of the layer differs from the strength when the step was recorded, positions
+    /// are composed from the offsets at the current strength; normals are those of the step. If the
+    /// layer has been deleted, only positions and normals are exchanged.
     void Apply(LevelGeometry& geometry) override;
     uint64_t Bytes() const override;
     std::vector<StepArray> Arrays() override;
 
-    /// Number of the level that the stroke was made on.
+    /// Number of the level that the stroke was applied to.
     uint32_t Level() const { return level; }
-    /// The vertices that Apply changes, each once.
+    /// The vertices that Apply changes, without duplicates.
     const std::vector<uint32_t>& Vertices() const { return vertices; }
 
 private:

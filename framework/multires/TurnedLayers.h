@@ -9,37 +9,38 @@
 
 namespace trovik {
 
-/// What the layers of a level hold of the vertices that a change of the level below moves: the
-/// ground goes along with the surface as a vertex without layers would, and every offset turns as
-/// the vertex's detail turns, whatever the layer's strength and whether it is visible. So a layer
-/// that is turned off after the change leaves, to the bit, what carrying the change without it
-/// would have left there; turned on again, it gives the bits that there were.
+/// The layer data of the vertices of a level that are moved by a change of the level below. The
+/// layer base moves with the surface as a vertex without layers would, and every offset rotates as
+/// the detail of the vertex rotates, regardless of the strength and visibility of the layer. If a
+/// layer is hidden after the change, the result is therefore bit-identical to propagating the
+/// change without the layer; if it is shown again, the previous positions return exactly.
 ///
-/// A turned offset keeps its length but for the rounding of single precision.
+/// A rotated offset keeps its length, up to single-precision rounding.
 ///
-/// Only a level's own offsets turn, by changes of coarser levels. What a stroke or a finer level
-/// does to a level happens to the ground, and the offsets above it keep their direction.
+/// Only the offsets of the level itself are rotated, by changes of coarser levels. Changes by a
+/// stroke or from a finer level affect the layer base, and the offsets above it keep their
+/// direction.
 ///
-/// Cost and memory: for each moved vertex that a layer touched, 44 bytes, and 40 for each layer.
+/// Cost and memory: for each moved vertex that a layer touches, 44 bytes, and 40 for each layer.
 class TurnedLayers {
 public:
-    /// Borrows the level and the ground until Finish.
+    /// Borrows the level and the layer base until Finish.
     TurnedLayers(LevelMesh& level, LayerGround::Layers ofLevel, LayerGround& ground);
 
-    /// To be called ahead of the vertex's moving to `place`, once a vertex.
+    /// Called once per vertex, before the vertex moves to `place`.
     void Turn(uint32_t vertex, const Vector& place, const SurfaceMove& move);
-    /// To be called once, behind the last turn.
+    /// Called once, after the last call of Turn.
     void Finish();
-    /// Nothing was turned.
+    /// Whether nothing was rotated.
     bool IsEmpty() const { return knots.empty(); }
 
-    /// Swaps what is held now with what was held before, bit for bit. \param ground  that of the
-    /// level.
+    /// Exchanges the current layer data with the stored data, bit-exactly.
+    /// \param ground  of the level.
     void Exchange(LayerGround& ground);
     uint64_t Bytes() const;
 
 private:
-    /// The other states of a layer's entries.
+    /// The other states of the entries of a layer.
     struct Entries {
         std::shared_ptr<SculptLayer*> layer;
         std::vector<uint32_t> slots;
@@ -50,7 +51,7 @@ private:
     LayerGround::Layers layers;
     LayerGround* ground;
     std::vector<Entries> entries;
-    /// What is known of the vertices in the other state; until Finish in the one to come.
+    /// Data of the vertices in the other state; until Finish, in the state that is being prepared.
     std::vector<LayerGround::OtherKnot> knots;
 };
 

@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::uint32_t None = SurfaceAttributes::none;
 
-/// Moves `count` elements at `from` to `to`, which lies at or before it. Lists of what was not
-/// asked for are empty.
+/// Moves `count` elements from `from` to `to`, which must be at most `from`. Lists that were not
+/// requested are empty and stay so.
 template <typename T>
 void Move(std::vector<T>& list, std::size_t from, std::size_t to, std::size_t count = 1) {
     if (list.empty() || from == to) {
@@ -129,7 +129,7 @@ void VisibleSource::ReadVertices(unsigned parts,
                                  const std::function<void(const VertexBlock&)>& take) const {
     std::size_t first = 0;
     all.ReadVertices(parts, [&](const VertexBlock& block) {
-        // Blocks have the same length even where none of the lists was asked for.
+        // The block length is the same even if none of the lists was requested.
         const std::size_t length = std::min<std::size_t>(blockSize, newVertices.size() - first);
         VertexBlock kept = block;
         std::size_t count = 0;

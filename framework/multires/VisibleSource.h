@@ -7,11 +7,12 @@
 
 namespace trovik {
 
-/// The visible faces of a level as a source for files: what LevelSource hands out, without hidden
-/// faces, hidden vertices and UVs that only hidden faces use. Order and values stay; numbers of
-/// vertices and UVs close up. Without hidden faces it hands out what LevelSource does.
+/// The visible faces of a level as a source for file writers: the data of LevelSource without
+/// hidden faces, hidden vertices and UVs that only hidden faces use. Order and values are
+/// preserved; the numbers of vertices and UVs are compacted. If no face is hidden, the result
+/// equals that of LevelSource.
 ///
-/// Memory: 4 bytes for each vertex of the level and for each UV. Cost of construction: O(faces).
+/// Memory: 4 bytes per vertex of the level and per UV. Cost of construction: O(faces).
 class TROVIK_API VisibleSource : public MeshSource {
 public:
     /// \throw HostError "every face is hidden; there is nothing to export"; Cancelled.
@@ -35,7 +36,7 @@ private:
 
     LevelSource all;
     const LevelMesh& level;
-    /// By new number; and the new number by the old one, or SurfaceAttributes::none.
+    /// Old vertex by new number, and new number by old vertex (or SurfaceAttributes::none).
     std::vector<std::uint32_t> oldVertices;
     std::vector<std::uint32_t> newVertices;
     std::vector<std::uint32_t> newUvs;

@@ -27,7 +27,7 @@ Attribute::~Attribute() {
 }
 
 void Attribute::AddTarget(Attribute& target, bool) {
-    // A ring of attributes would hand a value round for ever, so it is never closed.
+    // A cycle of attributes would pass on a value for ever, so such a connection is not made.
     for (const Attribute* above = this; above != nullptr; above = above->source)
         if (above == &target) return;
     target.Disconnect();
@@ -103,7 +103,7 @@ const AttributeFloatRange& AttributeFloatRange::operator=(const AttributeFloatRa
 
 Stream& operator<<(Stream& stream, AttributeFloatRange& attribute) {
     attribute.Serialize(stream);
-    // A file may hold any number.
+    // The file may contain a number outside the range.
     if (!stream.IsStoring()) attribute.SetValue(attribute.Value(), true);
     return stream;
 }

@@ -5,11 +5,12 @@
 
 namespace trovik {
 
-/// Brings the value of `from` into `to`, where both are of one type and `to` follows no other
-/// attribute. \return whether it did.
+/// Copies the value of `from` to `to`, if both have the same type and `to` is not connected to
+/// another attribute.
+/// \return whether the value was copied.
 TROVIK_API bool CopyAttributeValue(const Attribute& from, Attribute& to, bool silent);
 
-/// As Attribute::SetFromString, with the choice to raise no event at the owner.
+/// Like Attribute::SetFromString, with the option to send no event to the owner.
 TROVIK_API bool SetAttributeText(Attribute& attribute, const QString& text, bool silent);
 
 }  // namespace trovik

@@ -8,7 +8,8 @@ namespace trovik {
 
 namespace {
 
-// The standard conversions know no locale, and the shortest text of a float reads back as itself.
+// The standard conversions are independent of the locale, and the shortest text of a float is read
+// back as the same float.
 template <typename T>
 QString NumberText(T value) {
     char buffer[64];

@@ -8,8 +8,8 @@ namespace trovik {
 HostKernel::HostKernel() {
     g_pKernel = this;
     SetName(QStringLiteral("Kernel"));
-    // Descriptors register when they are first asked for; the registry is to know the host's own
-    // ones from the start.
+    // Descriptors are registered when they are first used. The registry must contain those of the
+    // host from the start.
     Node::StaticClass();
     TreeNode::StaticClass();
     Mesh::StaticClass();
@@ -20,7 +20,7 @@ HostKernel::HostKernel() {
 }
 
 HostKernel& HostKernel::Instance() {
-    // Never destroyed: brushes with static lifetime open their guards up to the very end.
+    // Never destroyed: brushes with static lifetime open their guards until the program exits.
     static auto* kernel = new HostKernel;
     return *kernel;
 }

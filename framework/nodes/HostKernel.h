@@ -11,10 +11,10 @@
 
 namespace trovik {
 
-/// The kernel of a host without windows: messages are kept and handed on as text.
+/// The kernel of a host without windows: messages are stored and forwarded as text.
 class TROVIK_API HostKernel : public Kernel, private Interface {
 public:
-    /// The one instance, made at first use and reachable as g_pKernel from then on.
+    /// The only instance, created on first use; g_pKernel points to it from then on.
     static HostKernel& Instance();
 
     trovik::Interface* Interface() override { return this; }
@@ -22,10 +22,11 @@ public:
     bool IsTestModeOn() const override { return testMode; }
 
     void SetTestMode(bool on) { testMode = on; }
-    /// Messages shown since the last clearing.
+    /// Messages shown since they were last cleared.
     const std::vector<std::string>& HUDMessages() const { return messages; }
     void ClearHUDMessages() { messages.clear(); }
-    /// Called with each message as it is shown; null for nobody. \return the listener before it.
+    /// Sets the function that is called with each message; may be null.
+    /// \return the previous listener.
     std::function<void(const std::string&)> SetHUDListener(
         std::function<void(const std::string&)> newListener) {
         return std::exchange(listener, std::move(newListener));
@@ -42,8 +43,8 @@ private:
     std::function<void(const std::string&)> listener;
 };
 
-/// Receives the kernel's messages for the length of a scope, however the scope is left; then the
-/// listener before it receives them again. Scopes nest.
+/// Redirects the messages of the kernel to a listener during its lifetime, then restores the
+/// previous listener. Scopes can be nested.
 class HUDListening {
 public:
     explicit HUDListening(std::function<void(const std::string&)> listener)

@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// A viewer with a place of its own; it looks along its local -z axis with +y up.
+/// A camera with its own transform; it looks along its local -z axis, with +y up.
 class HostCamera : public Camera {
 public:
     trovik::Transformation* Transformation() const override {
@@ -20,14 +20,14 @@ private:
     Placement placement;
 };
 
-/// The geometries at hand, borrowed, and the active camera, never null.
+/// The current geometries, borrowed, and the active camera, which is never null.
 class HostScene : public Scene {
 public:
     unsigned GeometryCount() const override { return static_cast<unsigned>(geometries.size()); }
     Geometry* GeometryAt(unsigned index) const override {
         return index < geometries.size() ? geometries[index] : nullptr;
     }
-    /// Null brings the scene's own camera back.
+    /// Null selects the camera of the scene itself.
     void SetActiveCamera(Camera* camera) override {
         active = camera == nullptr ? &ownCamera : camera;
     }

@@ -21,9 +21,9 @@ Homogeneous Times(const Matrix& m, const Vector& p, float w) {
 
 }  // namespace
 
-// By cofactors, which keep the zeros of an affine matrix exact. Beside each sum of products stands
-// the sum of their sizes: a determinant that is no more than rounding left of it is a zero, so that
-// a singular matrix is known as one although its numbers do not cancel exactly.
+// Inverts by cofactors, which keep the zeros of an affine matrix exact. Each sum of products is
+// accompanied by the sum of their magnitudes. A determinant within the rounding error of its terms
+// counts as zero, so a singular matrix is detected even if its numbers do not cancel exactly.
 void Matrix::Invert(bool* ok) {
     constexpr double rounding = 16.0 * std::numeric_limits<double>::epsilon();
     if (ok != nullptr) *ok = false;
@@ -71,7 +71,7 @@ void Matrix::Invert(bool* ok) {
     Matrix inverse;
     for (int r = 0; r < 4; ++r) {
         for (int c = 0; c < 4; ++c) {
-            // Adding 0 makes a negative zero a plain one.
+            // Adding 0 changes -0 to +0.
             inverse.m[r][c] = static_cast<float>(adjugate[r][c] / determinant) + 0.0f;
             if (!std::isfinite(inverse.m[r][c])) return;
         }

@@ -10,8 +10,8 @@ namespace trovik {
 
 namespace {
 
-// By the name of the class: the descriptor of a library that was unloaded and loaded again is
-// another object.
+// Keyed by the name of the class, because the descriptor of a library that is unloaded and loaded
+// again is a different object.
 using TemplateKey = std::pair<QString, QString>;
 using TemplateValues = std::vector<std::pair<QString, QString>>;
 

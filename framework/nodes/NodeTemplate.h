@@ -5,13 +5,13 @@
 
 namespace trovik {
 
-/// Templates: attribute values, by class and name, that Node::LoadTemplate gives to new nodes. They
-/// last as long as the process.
+/// Templates: attribute values, by class and name, that Node::LoadTemplate applies to new nodes.
+/// They exist until the process ends.
 ///
-/// Takes down the attribute values of `node` as the template `name` of its class, in place of an
-/// earlier one. The empty name is the class's default, which new brushes start with.
+/// Stores the attribute values of `node` as the template `name` of its class and replaces an
+/// earlier one. The empty name is the default of the class, which new brushes start with.
 TROVIK_API void StoreTemplate(const Node& node, const QString& name);
-/// \return whether there was such a template.
+/// \return whether the template existed.
 TROVIK_API bool ForgetTemplate(const ClassDesc* classDesc, const QString& name);
 
 }  // namespace trovik

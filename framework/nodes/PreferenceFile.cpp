@@ -28,7 +28,7 @@ nlohmann::json ReadValues(const std::string& path) {
     return ParseAgainst(schema, ReadDocument(path, maxFileBytes), path);
 }
 
-/// Whether the preference can take the text; nothing is changed.
+/// Returns whether the preference accepts the text; nothing is changed.
 bool Fits(const Attribute& attribute, const QString& text) {
     if (attribute.attributeType() == AttributeValue<bool>::type) {
         bool value = false;
@@ -49,7 +49,7 @@ std::string UserPreferencesPath() {
     const char* config = std::getenv("XDG_CONFIG_HOME");
     const char* home = std::getenv("HOME");
     std::filesystem::path folder;
-    // A relative path is to be ignored, as the XDG base directory specification has it.
+    // The XDG base directory specification requires that a relative path be ignored.
     if (config != nullptr && *config == '/')
         folder = config;
     else if (home != nullptr && *home == '/')

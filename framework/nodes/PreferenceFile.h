@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// What a panel shows of a preference.
+/// The texts that a panel shows for a preference.
 struct PreferenceInfo {
     QString category;
     QString label;
@@ -17,29 +17,30 @@ struct PreferenceInfo {
     bool advanced = false;
 };
 
-/// The attribute behind a preference, or null for a key that nothing registered.
+/// Returns the attribute of a preference, or null if the key is not registered.
 TROVIK_API Attribute* FindPreference(const std::string& key);
-/// Null for a key that nothing registered.
+/// Returns null if the key is not registered.
 TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
-/// All registered keys, sorted.
+/// Returns all registered keys, sorted.
 TROVIK_API std::vector<std::string> PreferenceKeys();
-/// Stored values, as texts, of keys that nothing registered so far. Registering takes its value
-/// out.
+/// Stored values, as text, of keys that are not registered yet. Registering a key removes its value
+/// from here.
 TROVIK_API std::map<std::string, std::string>& UnclaimedPreferences();
 
-/// The reason in the message about a value of another type than the preference's.
+/// Returns the reason for a message about a value whose type differs from that of the preference.
 TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);
 
-/// The preferences file of the user: trovik/preferences.json in $XDG_CONFIG_HOME, by default in
-/// ~/.config. It need not exist. Empty if the environment names neither folder.
+/// Returns the path of the user's preferences file: trovik/preferences.json in $XDG_CONFIG_HOME, by
+/// default in ~/.config. The file need not exist. Empty if the environment defines neither folder.
 TROVIK_API std::string UserPreferencesPath();
 
-/// Reads stored values: a JSON object of texts, numbers and truth values by key. Keys that nothing
-/// registered are kept, for a library that registers them later and for the next saving. Either all
-/// values are taken or, on an error, none. \throw HostError naming the file, the key and the
-/// reason.
+/// Reads stored values: a JSON object of strings, numbers and booleans by key. Values of
+/// unregistered keys are kept, for a library that registers them later and for the next save.
+/// Either all values are applied or, after an error, none.
+/// \throw HostError with the file, the key and the reason.
 TROVIK_API void LoadPreferences(const std::string& path);
-/// Writes all values, as texts, beside the old file and renames. \throw HostError.
+/// Writes all values, as text, to a new file that replaces the old one.
+/// \throw HostError.
 TROVIK_API void SavePreferences(const std::string& path);
 
 }  // namespace trovik

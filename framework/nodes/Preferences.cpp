@@ -17,18 +17,18 @@ struct Entry {
     PreferenceInfo info;
 };
 
-/// Owner of all preference attributes. Should two libraries disagree on the kind of a key's value,
-/// each keeps an attribute of its own, and the file keeps that of the first.
+/// Owner of all preference attributes. If two libraries register different value types for the same
+/// key, each has its own attribute, and the file stores the value of the first.
 class PreferenceNode : public Node {
 public:
     PreferenceNode() { SetName(QStringLiteral("Preferences")); }
 
-    /// By key, in the order of registering.
+    /// The registered attributes by key, in the order of registration.
     std::map<std::string, std::vector<Entry>> byKey;
     std::map<std::string, std::string> unclaimed;
 };
 
-// Never destroyed: libraries read their preferences up to their unloading.
+// Never destroyed: libraries read their preferences until they are unloaded.
 PreferenceNode& TheNode() {
     static auto* node = new PreferenceNode;
     return *node;
@@ -39,8 +39,8 @@ const Entry* FindEntry(const std::string& key) {
     return found == TheNode().byKey.end() ? nullptr : &found->second.front();
 }
 
-/// The attribute of the key, made with `make` when the key is new. A value that was loaded before
-/// the key was known is taken up now.
+/// Returns the attribute of the key, created with `make` if the key is new. A value that was loaded
+/// before the key was registered is applied now.
 template <typename A, typename Make>
 A* Register(const QString& key, PreferenceInfo info, Make make) {
     std::vector<Entry>& entries = TheNode().byKey[key.toStdString()];

@@ -12,7 +12,7 @@
 namespace trovik {
 
 static_assert(std::endian::native == std::endian::little,
-              "scene files are little-endian and are moved as they stand");
+              "scene files are little-endian and are copied unchanged");
 
 namespace {
 
@@ -103,7 +103,7 @@ SceneStream SceneStream::FromFile(const std::string& path) {
     InputFile file(path);
     const auto size = static_cast<std::size_t>(file.Remaining());
     const unsigned char* begin = file.Take(size);
-    if (begin == nullptr) throw HostError(path + ": the file became shorter while it was read");
+    if (begin == nullptr) throw HostError(path + ": the file was truncated while it was read");
     std::vector<uint8_t> bytes(begin, begin + size);
     try {
         return SceneStream(std::move(bytes));
@@ -140,7 +140,7 @@ void SceneStream::Skip(uint64_t bytes) {
 
 void SceneStream::ExpectEnd() const {
     if (Remaining() != 0)
-        Fail(QStringLiteral("%1 holds %2 bytes too many").arg(title).arg(Remaining()), __LINE__);
+        Fail(QStringLiteral("%1 has %2 bytes too many").arg(title).arg(Remaining()), __LINE__);
 }
 
 void SceneStream::Refuse(const QString& reason) { Fail(reason, __LINE__); }

@@ -10,37 +10,41 @@
 
 namespace trovik {
 
-/// A stream of nodes in memory, being written or being read: whole with its header, or one section
-/// of a scene file, whose header stands once at the head of the file.
+/// A stream of nodes in memory, for writing or reading. It is either a whole stream with its
+/// header, or one section of a scene file, whose header is at the start of the file.
 ///
-/// Header: "TROVIKSC", format number (uint32), count of classes (uint32), per class its name
-/// (uint32 length, UTF-8) and version (int32); then the nodes' data. Little-endian throughout.
+/// Header: "TROVIKSC", format number (uint32), count of classes (uint32), for each class its name
+/// (uint32 length, UTF-8) and version (int32); then the data of the nodes. All values are
+/// little-endian.
 class TROVIK_API SceneStream : public Stream {
 public:
     using Stream::Transfer;
     static constexpr uint32_t currentFormat = 334;
 
-    /// For writing. Present class versions are those of the registry.
+    /// Creates a stream for writing. The class versions are the current ones of the registry.
     explicit SceneStream(uint32_t format = currentFormat);
-    /// For reading. \throw Error* when the bytes are no scene or end within the header.
+    /// Creates a stream for reading.
+    /// \throw Error* if the bytes are not a scene or end within the header.
     explicit SceneStream(std::vector<uint8_t> bytes);
 
-    /// An empty stream for writing, without a header of its own, under this one's format and class
-    /// versions.
+    /// Returns an empty stream for writing, without a header, with the format and class versions of
+    /// this stream.
     SceneStream Section() const;
-    /// Reads `size` bytes, borrowed, under this one's format and class versions.
-    /// \param place  of the first byte in its file, for messages. \param what  what messages call
-    /// it, such as "chunk LEVL".
+    /// Returns a stream that reads `size` bytes, borrowed, with the format and class versions of
+    /// this stream.
+    /// \param place  offset of the first byte in its file, for messages.
+    /// \param what  the name of the section for messages, such as "chunk LEVL".
     SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t place, QString what) const;
 
-    /// Writes a class under another version than its present one, as an older program would.
+    /// Writes a class with another version than its current one, as an older program would.
     void SetClassVersion(const ClassDesc* classDesc, int version);
-    /// Header and data of a written stream.
+    /// Returns header and data of a written stream.
     std::vector<uint8_t> ToBytes() const;
-    /// Writes the scene beside the old file and renames. \throw HostError naming the file.
+    /// Writes the scene to a new file that replaces the old one.
+    /// \throw HostError with the file.
     void ToFile(const std::string& path) const;
-    /// Opens a scene for reading. \throw HostError naming the file, when it cannot be read or is no
-    /// scene.
+    /// Opens a scene for reading.
+    /// \throw HostError with the file, if it cannot be read or is not a scene.
     static SceneStream FromFile(const std::string& path);
 
     int ClassVersion(const ClassDesc* classDesc) const override;
@@ -52,23 +56,25 @@ public:
     void WriteStore(const Store<uint32_t>& store) override;
 
     uint64_t Remaining() const { return size - position; }
-    /// What a writing stream holds, without the header.
+    /// The data of a stream that is being written, without the header.
     const std::vector<uint8_t>& Data() const { return data; }
     /// The next byte to be read.
     const uint8_t* Next() const { return Bytes() + position; }
-    /// Where that byte stands in the file; a whole stream counts behind its header.
+    /// The offset of that byte in the file; a whole stream counts from the end of its header.
     uint64_t Place() const { return origin + position; }
     uint32_t Format() const { return format; }
-    /// Class versions by name, as the header has them.
+    /// Class versions by name, as in the header.
     const std::map<std::string, int32_t>& ClassVersions() const { return versions; }
 
-    /// \throw Error* when fewer bytes are left. To be asked before memory is taken by a count.
+    /// \throw Error* if fewer bytes are left. Called before memory is allocated for a count from
+    /// the file.
     void Expect(uint64_t count, uint64_t elementSize) const;
-    /// Passes over bytes. \throw Error* when fewer are left.
+    /// Skips bytes.
+    /// \throw Error* if fewer are left.
     void Skip(uint64_t bytes);
-    /// \throw Error* when bytes are left over.
+    /// \throw Error* if bytes are left over.
     void ExpectEnd() const;
-    /// \throw Error* of this reason.
+    /// \throw Error* with this reason.
     [[noreturn]] static void Refuse(const QString& reason);
 
 private:
@@ -77,7 +83,7 @@ private:
     bool storing;
     uint32_t format;
     std::vector<uint8_t> data;
-    /// Bytes that are read from elsewhere than `data`; null without.
+    /// The bytes to read if they are not in `data`; otherwise null.
     const uint8_t* borrowed = nullptr;
     uint64_t size = 0;
     uint64_t position = 0;

@@ -15,7 +15,8 @@ void Stream::Transfer(QString& text) {
         WriteElements(utf8.constData(), 1, bytes);
         return;
     }
-    // Read in pieces, so that a false length fails at the end of the file and not at an allocation.
+    // Read in pieces, so that an invalid length fails at the end of the file instead of in an
+    // allocation.
     utf8.clear();
     char piece[4096];
     for (uint32_t left = bytes; left > 0;) {

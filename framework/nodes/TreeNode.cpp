@@ -12,7 +12,7 @@ TreeNode::TreeNode() = default;
 
 TreeNode::~TreeNode() {
     if (parent != nullptr) std::erase(parent->children, this);
-    // One at a time: what a child does at its end may reach its siblings.
+    // Deleted one at a time, because a destructor of a child may access its siblings.
     while (!children.empty()) {
         TreeNode* child = children.front();
         children.erase(children.begin());
@@ -24,7 +24,7 @@ TreeNode::~TreeNode() {
 void TreeNode::AddChild(TreeNode* child) {
     assert(child != nullptr);
     for ([[maybe_unused]] const TreeNode* above = this; above != nullptr; above = above->parent)
-        assert(above != child && "a node cannot stand below itself");
+        assert(above != child && "a node cannot be its own descendant");
     if (child->parent != nullptr) std::erase(child->parent->children, child);
     child->parent = this;
     children.push_back(child);

@@ -8,8 +8,8 @@ namespace trovik {
 /// Height of a line of text in pixels, at a scale of 1.
 inline constexpr int captionHeight = 8;
 
-/// Writes ASCII text in capitals of 5 x 7 dots, the top left corner at (x, y); `scale` pixels a
-/// dot.
+/// Draws ASCII text in capitals of 5 x 7 dots, with the top left corner at (x, y) and `scale`
+/// pixels per dot.
 void DrawCaption(
     Picture& picture, int x, int y, int scale, const std::string& text, uint8_t brightness);
 int CaptionWidth(const std::string& text, int scale);

@@ -17,10 +17,10 @@ const float* At(const float* first, std::size_t stride, uint32_t index) {
     return reinterpret_cast<const float*>(reinterpret_cast<const char*>(first) + stride * index);
 }
 
-/// Fills `world` with the positions in world space. \return the largest coordinate of the vertices
-/// that are finite, without its sign.
+/// Fills `world` with the positions in world space.
+/// \return the largest absolute coordinate of the finite vertices.
 float PlaceVertices(const PictureMesh& mesh, std::vector<float>& world) {
-    // The ray library reads vertices in groups of four floats.
+    // The ray tracing library reads vertices in groups of four floats.
     world.resize(static_cast<std::size_t>(mesh.vertexCount) * 3 + 4);
     const float* m = mesh.localToWorld;
     float largest = 0.0f;
@@ -39,7 +39,8 @@ float PlaceVertices(const PictureMesh& mesh, std::vector<float>& world) {
     return largest;
 }
 
-/// The faces with every corner of a hidden one at `nowhere`, so that numbers of faces stay.
+/// Returns the faces with every corner of a hidden face replaced by `nowhere`, so that face numbers
+/// do not change.
 std::vector<uint32_t> VisibleFaces(const PictureMesh& mesh, uint32_t nowhere) {
     const uint32_t* indices = mesh.faceVertexIndices;
     std::vector<uint32_t> corners(indices,
@@ -52,7 +53,7 @@ std::vector<uint32_t> VisibleFaces(const PictureMesh& mesh, uint32_t nowhere) {
     return corners;
 }
 
-/// What loading the ray library and making a device of it map.
+/// Memory that is mapped to load the ray tracing library and to create a device.
 constexpr uint64_t rayLibraryBytes = uint64_t{64} << 20;
 
 const RayLibrary& LoadedRayLibrary() {
@@ -68,7 +69,7 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown, JobControl* job)
     float largest = 0.0f;
     for (std::size_t i = 0; i < meshes.size(); ++i)
         largest = std::max(largest, PlaceVertices(meshes[i], positions[i]));
-    // Bounded so that both the unit and its inverse are normal floats.
+    // Limited so that both the unit and its inverse are normal floats.
     const int exponent = largest > 0.0f ? std::clamp(std::ilogb(largest) + 1, -120, 120) : 0;
     unit = std::ldexp(1.0f, exponent);
     perUnit = std::ldexp(1.0f, -exponent);
@@ -80,7 +81,8 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown, JobControl* job)
         uint32_t vertexCount = mesh.vertexCount;
         const uint32_t* indices = mesh.faceVertexIndices;
         if (mesh.HasHiddenFaces()) {
-            // The padding holds one more vertex, of no finite position: faces at it are not hit.
+            // The padding contains one additional vertex whose position is not finite; faces that
+            // use it are never hit.
             visibleFaces[i] = VisibleFaces(mesh, vertexCount);
             std::fill_n(positions[i].data() + std::size_t{3} * vertexCount,
                         3,

@@ -11,26 +11,27 @@ namespace trovik {
 
 class JobControl;
 
-/// The meshes as a ray library holds them: in units of its own, such that their largest coordinate
-/// is about 1. Squares and products of lengths then stay in the range of floats, whatever the size
-/// of the meshes. The unit is a power of two, so it changes no bit of a result.
+/// The meshes in a ray tracing library. The library uses its own unit of length, such that the
+/// largest coordinate is about 1. Squares and products of lengths then stay within the range of
+/// floats, whatever the size of the meshes. The unit is a power of two, so it does not affect any
+/// bit of a result.
 class EmbreeScene {
 public:
-    /// The list and its meshes are borrowed. \throw HostError if a vertex is beyond
-    /// maxRenderCoordinate (RenderRange.h), if memory is short, or if the module with the ray
-    /// library cannot be loaded.
+    /// Borrows the list and its meshes.
+    /// \throw HostError if a vertex is beyond maxRenderCoordinate (RenderRange.h), if memory is
+    /// insufficient, or if the module with the ray tracing library cannot be loaded.
     explicit EmbreeScene(const std::vector<PictureMesh>& meshes, JobControl* job = nullptr);
     explicit EmbreeScene(std::vector<PictureMesh>&& meshes, JobControl* job = nullptr) = delete;
 
-    /// Rays of which not every number is finite hit nothing; nor do those that begin more than
-    /// RayCaster::maxCoordinate units of the ray library away, where no mesh can be seen.
+    /// Rays with components that are not finite hit nothing. Nor do rays that start more than
+    /// RayCaster::maxCoordinate library units away, where no mesh can be seen.
     bool Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const;
-    /// Whether something lies on the way, up to `distance`.
+    /// Returns whether the ray hits anything up to `distance`.
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
-    /// Diagonal of the box around everything; 0 for nothing.
+    /// Diagonal of the bounding box of all meshes; 0 if they are empty.
     float Extent() const;
     const PictureMesh& Mesh(uint32_t number) const { return meshes[number]; }
-    /// A vertex in world space.
+    /// Returns a vertex in world space.
     Vector WorldPosition(uint32_t mesh, uint32_t vertex) const {
         const float* p = positions[mesh].data() + vertex * std::size_t{3};
         return Vector(p[0], p[1], p[2]) * unit;
@@ -40,11 +41,11 @@ private:
     SurfaceSample Describe(const Vector& origin, const Vector& direction, const RayHit& hit) const;
 
     const std::vector<PictureMesh>& meshes;
-    /// Positions in units of the ray library, one array per mesh, four floats of padding behind.
+    /// Positions in library units, one array per mesh, with four floats of padding at the end.
     std::vector<std::vector<float>> positions;
-    /// Corners of faces without the hidden ones; empty for a mesh without any.
+    /// Corners of the visible faces; empty for a mesh without hidden faces.
     std::vector<std::vector<uint32_t>> visibleFaces;
-    /// World units per unit of the ray library, a power of two, and its inverse.
+    /// World units per library unit, a power of two, and its inverse.
     float unit = 1.0f;
     float perUnit = 1.0f;
     std::unique_ptr<RayCaster> caster;

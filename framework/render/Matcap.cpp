@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// A highlight: brightness `color` where the normal lies along `direction`, falling off with
+/// A highlight: brightness `color` where the normal is parallel to `direction`, falling off with
 /// `sharpness`.
 struct Lobe {
     Vector direction;
@@ -21,10 +21,11 @@ struct Lobe {
 
 struct Recipe {
     const char* name;
-    /// Colours of the surface away from all lights, and towards them.
+    /// Colours of the surface facing away from all lights, and facing them.
     Vector shade;
     Vector body;
-    /// From the surface to the main light, and how far the light wraps around the form (0 .. 1).
+    /// Direction from the surface to the main light, and how far the light wraps around the shape
+    /// (0 .. 1).
     Vector light;
     float softness;
     /// Added towards the rim of the sphere.
@@ -103,7 +104,7 @@ Matcap::Matcap(const std::string& name) {
             float x = static_cast<float>(column) * (2.0f / (size - 1)) - 1.0f;
             float y = static_cast<float>(row) * (2.0f / (size - 1)) - 1.0f;
             const float radius = std::sqrt(x * x + y * y);
-            // The rim's colour continues outside the disc, where bilinear look-ups reach.
+            // The colour of the rim continues outside the disc, for bilinear look-ups.
             if (radius > 1.0f) x /= radius, y /= radius;
             const float depth = std::sqrt(std::max(0.0f, 1.0f - x * x - y * y));
             image.push_back(Paint(recipe, {x, y, depth}));

@@ -10,7 +10,7 @@
 namespace trovik {
 
 /// A material capture: the colours of a lit sphere, looked up by the normal relative to the eye.
-/// The spheres are painted by the program from a short recipe of lights and lobes for each name.
+/// The program generates the spheres from a short recipe of lights and lobes for each name.
 ///
 /// The technique is from P.-P. J. Sloan, W. Martin, A. Gooch, B. Gooch, "The Lit Sphere: A Model
 /// for Capturing NPR Shading from Art", Graphics Interface 2001.
@@ -19,11 +19,11 @@ public:
     /// \throw HostError for a name that is not in Names().
     explicit Matcap(const std::string& name);
 
-    /// The names that exist; the first is the default.
+    /// The available names; the first is the default.
     static const std::vector<std::string>& Names();
 
-    /// Linear colour for a unit normal in the frame of the eye: x to the right, y up. Normals that
-    /// face away take the colour of the sphere's rim.
+    /// Returns the linear colour for a unit normal in the frame of the eye: x to the right, y up.
+    /// Normals that face away have the colour at the rim of the sphere.
     Vector At(float x, float y) const;
 
 private:

@@ -15,7 +15,7 @@ namespace trovik {
 class EmbreeScene;
 class JobControl;
 
-/// Where a picture is seen from. World space; degrees.
+/// The camera of a render. World space; degrees.
 struct PictureCamera {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
@@ -24,13 +24,13 @@ struct PictureCamera {
     float verticalFieldOfView = 35.0f;
 };
 
-/// A mesh as the picture maker sees it. The arrays are borrowed for the call.
+/// A mesh to be rendered. The arrays are borrowed for the call.
 struct PictureMesh {
     /// x, y, z of each vertex, mesh-local, `positionStride` bytes apart.
     const float* positions = nullptr;
     std::size_t positionStride = 12;
     uint32_t vertexCount = 0;
-    /// Packed x, y, z (1/32767) of each vertex, `normalStride` bytes apart; null: flat faces.
+    /// Packed x, y, z (1/32767) of each vertex, `normalStride` bytes apart; null for flat faces.
     const int16_t* normals = nullptr;
     std::size_t normalStride = 8;
     const uint32_t* faceVertexIndices = nullptr;
@@ -39,19 +39,19 @@ struct PictureMesh {
     uint32_t cornersPerFace = 4;
     /// Local to world, row by row, row-vector convention.
     float localToWorld[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    /// Freeze byte of each vertex (amount in the low 7 bits), `freezeStride` bytes apart; null:
-    /// none. Frozen areas are tinted.
+    /// Freeze byte of each vertex (amount in the low 7 bits), `freezeStride` bytes apart; may be
+    /// null. Frozen areas are tinted.
     const uint8_t* freeze = nullptr;
     std::size_t freezeStride = 1;
-    /// One byte for each face; those with the bit `hiddenBit` are left out of renders and of the
-    /// framing of cameras. Null: none.
+    /// One byte per face; faces with the bit `hiddenBit` are omitted from renders and from the
+    /// framing of cameras. May be null.
     const uint8_t* faceFlags = nullptr;
     uint8_t hiddenBit = 0;
-    /// For ShadingMode::Cavity: the bend of each vertex, positive in cavities (see Bends); null: 0
-    /// everywhere.
+    /// For ShadingMode::Cavity: the mean curvature of each vertex, positive in cavities (see
+    /// Bends); null for 0 everywhere.
     const float* bends = nullptr;
-    /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without. Null: no
-    /// corner has any.
+    /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without UVs. Null
+    /// if no corner has any.
     const float* cornerUvs = nullptr;
     /// Linear red, green, blue.
     float color[3] = {0.46f, 0.33f, 0.26f};
@@ -69,41 +69,41 @@ struct PictureOptions {
     int samples = 16;
     bool wireframe = false;
     ShadingMode shading = ShadingMode::Clay;
-    /// For ShadingMode::Matcap: one of Matcap::Names(); empty: the first.
+    /// For ShadingMode::Matcap: one of Matcap::Names(); empty for the first.
     std::string matcap = {};
-    /// Without the backdrop: the picture has alpha.
+    /// Render without the backdrop; the result has alpha.
     bool transparent = false;
 };
 
-/// Rows from the top, sRGB, three bytes a pixel.
+/// A rendered image: rows from the top, sRGB, three bytes per pixel.
 struct Picture {
     int width = 0;
     int height = 0;
     std::vector<uint8_t> rgb;
-    /// Fraction of each pixel that the meshes cover, 0 .. 255, one byte a pixel; the colours are
-    /// not multiplied by it. Empty: the picture is opaque.
+    /// Fraction of each pixel that the meshes cover, 0 .. 255, one byte per pixel; the colours are
+    /// not multiplied by it. Empty if the render is opaque.
     std::vector<uint8_t> alpha = {};
 };
 
-/// Meshes prepared for rendering. Construction builds the structure that rays are traced in,
+/// Meshes prepared for rendering. Construction builds the acceleration structure for rays,
 /// O(faces); any number of renders share it. Borrows the arrays of the meshes.
 class TROVIK_API RenderScene {
 public:
     /// \throw HostError if finite vertices are beyond maxRenderCoordinate (RenderRange.h), if
-    /// memory is short, or if the ray library cannot be loaded; Cancelled.
+    /// memory is insufficient, or if the ray tracing library cannot be loaded; Cancelled.
     explicit RenderScene(std::vector<PictureMesh> meshes, JobControl* job = nullptr);
     ~RenderScene();
     RenderScene(const RenderScene&) = delete;
     RenderScene& operator=(const RenderScene&) = delete;
 
-    /// Renders one picture. Both sides of a face are shaded alike. The same input gives the same
-    /// bytes for any number of threads. Faces with a vertex that is not finite are left out.
+    /// Renders one image. Both sides of a face are shaded alike. The same input gives the same
+    /// bytes for any number of threads. Faces with a vertex that is not finite are omitted.
     ///
-    /// Shadows and ambient occlusion are sampled with `options.samples` rays each, then smoothed
-    /// between neighbouring pixels of the same surface as far as their sampling error allows: see
-    /// VisibilityFilter.h. Memory: about 200 bytes for each of at most 2 million pixels, besides
-    /// the picture.
-    /// \throw HostError for a camera without a direction or beyond maxRenderCoordinate, or an
+    /// Shadows and ambient occlusion are sampled with `options.samples` rays each, and then
+    /// smoothed between neighbouring pixels of the same surface within their sampling error: see
+    /// VisibilityFilter.h. Memory: about 200 bytes for each of at most 2 million pixels, in
+    /// addition to the result.
+    /// \throw HostError for a camera without a direction or beyond maxRenderCoordinate, or for an
     /// unknown matcap; Cancelled.
     Picture Render(const PictureCamera& camera,
                    const PictureOptions& options,
@@ -114,26 +114,27 @@ private:
     std::unique_ptr<EmbreeScene> scene;
 };
 
-/// One render of meshes that are not rendered again; see RenderScene.
+/// Renders meshes once; use RenderScene for several renders of the same meshes.
 Picture RenderPicture(const std::vector<PictureMesh>& meshes,
                       const PictureCamera& camera,
                       const PictureOptions& options,
                       JobControl* job = nullptr);
 
-/// A camera that shows all of the meshes with a small margin, looking along `direction` (world). Of
-/// a mesh with hidden faces it frames the others; if nothing is visible, it is the default camera.
-/// \param up  the direction that is up in the picture; one along `direction` is replaced.
+/// Returns a camera that shows all of the meshes with a small margin, looking along `direction`
+/// (world). Hidden faces are ignored; if nothing is visible, it is the default camera.
+/// \param up  the up direction of the image; replaced if it is parallel to `direction`.
 PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
                           const Vector& direction,
                           float verticalFieldOfView,
                           float aspect,
                           const Vector& up = Vector(0.0f, 1.0f, 0.0f));
 
-/// Frame `index` of a turn of `count` frames: the camera orbits its target about its up direction,
-/// so that the meshes appear to rotate counter-clockwise as seen from above.
+/// Returns the camera of frame `index` of a turntable with `count` frames. The camera orbits its
+/// target about its up direction, so that the meshes appear to rotate counter-clockwise as seen
+/// from above.
 PictureCamera TurntableFrame(const PictureCamera& camera, int index, int count);
 
-/// As FrameMeshes, for a turntable: the camera keeps one distance, from which the meshes fit into
+/// Like FrameMeshes, for a turntable: the camera keeps one distance at which the meshes fit into
 /// every frame.
 PictureCamera FrameTurntable(const std::vector<PictureMesh>& meshes,
                              const Vector& direction,
@@ -142,9 +143,9 @@ PictureCamera FrameTurntable(const std::vector<PictureMesh>& meshes,
                              const Vector& up,
                              int count);
 
-/// Pictures of one size in rows of `columns`, `gap` pixels apart. A caption is written under each
-/// picture when `captions` has as many entries as there are pictures. Transparent pictures are laid
-/// over the sheet's background; the sheet is opaque.
+/// Builds a contact sheet from images of the same size, in rows of `columns`, `gap` pixels apart.
+/// If `captions` has as many entries as there are images, a caption is drawn under each one.
+/// Transparent images are composited over the background of the sheet; the sheet is opaque.
 Picture PlaceInRows(const std::vector<Picture>& pictures,
                     int columns,
                     int gap,

@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// Calls `visit` for each vertex that is finite, in world space; of a mesh with hidden faces for
-/// the corners of the others.
+/// Calls `visit` for each finite vertex, in world space; if the mesh has hidden faces, only for the
+/// corners of visible faces.
 template <typename Visit>
 void ForEachPoint(const std::vector<PictureMesh>& meshes, Visit visit) {
     for (const PictureMesh& mesh : meshes) {
@@ -33,7 +33,7 @@ void ForEachPoint(const std::vector<PictureMesh>& meshes, Visit visit) {
     }
 }
 
-/// `v` turned about the unit vector `axis`.
+/// Returns `v` rotated about the unit vector `axis`.
 Vector Turned(const Vector& v, const Vector& axis, float radians) {
     const float cosine = std::cos(radians);
     return v * cosine + (axis & v) * std::sin(radians) + axis * ((axis | v) * (1.0f - cosine));
@@ -50,7 +50,7 @@ PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
     camera.verticalFieldOfView = verticalFieldOfView;
     const Vector forward = direction.Normalized();
     const Vector upright = wantedUp.Normalized();
-    // Looking along up, another direction stands in for it.
+    // If the camera looks along the up direction, another direction replaces it.
     const bool steep = std::fabs(forward | upright) > 0.999f;
     const bool alongZ = std::fabs(upright.z) > 0.9f;
     camera.up = !steep ? upright : alongZ ? Vector(0, 1, 0) : Vector(0, 0, -1);
@@ -63,7 +63,8 @@ PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
     if (box.IsEmpty()) return camera;
     camera.target = Vector(box.minX + box.maxX, box.minY + box.maxY, box.minZ + box.maxZ) * 0.5f;
 
-    // Every point must lie inside the four planes of view: each asks for a distance.
+    // Every point must be inside the four planes of the view frustum; each plane requires a
+    // distance.
     constexpr float margin = 1.08f;
     const float tangent = std::tan(verticalFieldOfView * 0.5f * 0.017453293f);
     float distance = 0.0f;

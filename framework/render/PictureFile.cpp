@@ -14,7 +14,7 @@ void CheckPicturePath(const std::string& path, bool transparent) {
     const std::string extension = LowerExtension(path);
     const bool hasAlpha = extension == ".png" || extension == ".tif" || extension == ".tiff";
     if (transparent && !hasAlpha)
-        throw HostError("cannot write a transparent picture to " + path +
+        throw HostError("cannot write a transparent render to " + path +
                         ": only .png, .tif and .tiff files store transparency");
 }
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr uint32_t positionStream = 0;
 
-/// Squares of the checkerboard along each unit of texture space.
+/// Squares of the checkerboard per unit of texture space.
 constexpr float checksPerUnit = 16.0f;
 
 float Brightness(const Vector& color) { return color.x + color.y + color.z; }
@@ -39,7 +39,7 @@ Vector CheckerColor(float u, float v) {
 
 }  // namespace
 
-/// Over the samples of a pixel.
+/// Sums over the samples of a pixel.
 struct PictureRenderer::Sums {
     Pixel pixel;
     Vector normal;
@@ -65,8 +65,8 @@ PictureRenderer::PictureRenderer(const EmbreeScene& shownScene,
         matcap.emplace(options.matcap.empty() ? Matcap::Names().front() : options.matcap);
 }
 
-// Samples are rendered band by band, to bound the memory. Each band includes the rows around it
-// that the filter reads, so that results do not depend on where bands end.
+// Samples are rendered in bands, which limits the memory. Each band includes the surrounding rows
+// that the filter reads, so that results do not depend on the band limits.
 Picture PictureRenderer::Render(int pixelsPerBand) const {
     const int width = options.width;
     const int height = options.height;
@@ -98,7 +98,7 @@ Picture PictureRenderer::Render(int pixelsPerBand) const {
         tbb::parallel_for(above, below, [&](int y) {
             const bool isCaller = std::this_thread::get_id() == caller;
             WireLines wires(scene, view);
-            // Rows can take long, and work that was cancelled is not to finish them.
+            // A row can take long, so cancellation is checked at every pixel.
             for (int x = 0; x < width && !tbb::is_current_task_group_canceling(); ++x) {
                 Sample(x, y, wires, pixels[at(x, y)], guides[at(x, y)], visibilities[at(x, y)]);
                 ++sampled;
@@ -184,7 +184,8 @@ Vector PictureRenderer::PlainColor(const SurfaceSample& sample, const Vector& to
     const Vector& n = sample.shadingNormal;
     switch (options.shading) {
         case ShadingMode::Matcap: {
-            // In the frame of the ray, so that a sphere looks alike wherever it is seen.
+            // In the frame of the ray, so that a sphere has the same appearance at every position
+            // in the image.
             const Vector across = (view.Up() & toEye).Normalized();
             const Vector upwards = toEye & across;
             return FrozenTint(mesh, sample, matcap->At(n | across, n | upwards));

@@ -10,23 +10,24 @@
 
 namespace trovik {
 
-/// Renders one picture of a scene; see RenderScene::Render.
+/// Renders one image of a scene; see RenderScene::Render.
 class PictureRenderer {
 public:
-    /// \param jobControl  of Render, which throws Cancelled; null: nobody. Borrowed.
+    /// \param jobControl  used by Render, which throws Cancelled; may be null. Borrowed.
     PictureRenderer(const EmbreeScene& scene,
                     const PictureCamera& camera,
                     const PictureOptions& options,
                     JobControl* jobControl = nullptr);
 
-    /// \param pixelsPerBand  pixels that are rendered and filtered at a time, which bounds the
-    /// memory. Results do not depend on it.
+    /// \param pixelsPerBand  number of pixels that are rendered and filtered at a time, which
+    /// limits the memory. Results do not depend on it.
     Picture Render(int pixelsPerBand = 1 << 21) const;
 
 private:
-    /// What a pixel shows, as means over its hits. Visibility is kept apart until it is filtered.
+    /// The mean values of a pixel over its hits. Visibility is stored separately until it is
+    /// filtered.
     struct Pixel {
-        /// Colour that no light changes: linear, or the byte values / 255 of ShadingMode::Normals.
+        /// Unlit colour: linear, or the byte values / 255 of ShadingMode::Normals.
         Vector plain;
         Vector albedo;
         Vector ambient;

@@ -20,7 +20,7 @@ PictureView::PictureView(const PictureCamera& camera, int width, int height)
     const Vector sight = camera.eye - camera.target;
     const float distance = sight.Length();
     if (!std::isfinite(distance) || distance == 0.0f)
-        throw HostError("the camera has no direction: its eye and its target are one point");
+        throw HostError("the camera has no direction: its eye and its target are the same point");
     back = sight.Normalized();
 
     right = camera.up.Normalized() & back;
@@ -32,7 +32,7 @@ PictureView::PictureView(const PictureCamera& camera, int width, int height)
     const float angle = camera.verticalFieldOfView;
     if (!(angle > 0.0f && angle < 180.0f))
         throw HostError("the camera's field of view is " + std::to_string(angle) +
-                        " degrees; it must lie between 0 and 180");
+                        " degrees; it must be between 0 and 180");
     pixelSize = std::tan(angle * 0.5f * radiansPerDegree) / halfHeight;
 }
 

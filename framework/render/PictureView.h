@@ -5,23 +5,24 @@
 
 namespace trovik {
 
-/// A camera together with a picture's size: turns pixels into rays and points into pixels.
-/// Pixel coordinates run from the upper left corner of the picture to the right and down; whole
-/// numbers lie between pixels.
+/// A camera together with the size of an image: converts pixels to rays and points to pixels. Pixel
+/// coordinates start at the upper left corner of the image and increase to the right and downwards;
+/// integer coordinates are between pixels.
 class PictureView {
 public:
-    /// \throw HostError for a camera that has no direction, or values that are not finite.
+    /// \throw HostError for a camera without a direction, or with values that are not finite.
     PictureView(const PictureCamera& camera, int width, int height);
 
     const Vector& Eye() const { return eye; }
-    /// Unit direction, in world space, of the ray from the eye through a point of the picture.
+    /// Returns the unit direction, in world space, of the ray from the eye through a point of the
+    /// image.
     Vector DirectionThrough(float pixelX, float pixelY) const;
-    /// World size of a pixel at a depth in front of the eye.
+    /// Returns the world size of a pixel at a depth in front of the eye.
     float PixelSizeAt(float depth) const { return pixelSize * depth; }
 
-    /// Camera space: x to the right, y up, z the depth in front of the eye.
+    /// Converts to camera space: x to the right, y up, z the depth in front of the eye.
     Vector ToCamera(const Vector& world) const;
-    /// Pixel coordinates, z 0, of a point in camera space whose depth is above 0.
+    /// Returns the pixel coordinates, with z 0, of a point in camera space whose depth is positive.
     Vector ToPixel(const Vector& inCamera) const;
 
     const Vector& Right() const { return right; }
@@ -31,7 +32,7 @@ public:
 private:
     Vector eye, right, up, back;
     float halfWidth, halfHeight;
-    /// World units of a pixel at depth 1.
+    /// World units per pixel at depth 1.
     float pixelSize = 0.0f;
 };
 

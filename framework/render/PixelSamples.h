@@ -11,19 +11,19 @@ struct SamplePoint {
     float y = 0.0f;
 };
 
-/// The sample points of one pixel. They depend on nothing but pixel and sample count, so that a
-/// picture is the same whichever thread renders which part of it.
+/// The sample points of one pixel. They depend only on the pixel and the sample count, so that a
+/// render does not depend on the distribution of pixels to threads.
 ///
 /// Each stream is the two-dimensional Sobol sequence, Owen-scrambled by hashing: B. Burley,
 /// "Practical Hash-based Owen Scrambling", Journal of Computer Graphics Techniques 9(4), 2020.
-/// Pixels take consecutive blocks of the one sequence along a space-filling curve, so that the
-/// points of neighbouring pixels complement each other and the error of a picture is blue noise:
-/// A. G. M. Ahmed, P. Wonka, "Screen-Space Blue-Noise Diffusion of Monte Carlo Sampling Error via
-/// Hierarchical Ordering of Pixels", ACM Transactions on Graphics 39(6), 2020.
-/// Streams are independent of each other.
+/// Pixels use consecutive blocks of a single sequence along a space-filling curve, so that the
+/// points of neighbouring pixels complement each other and the error of a render is blue noise: A.
+/// G. M. Ahmed, P. Wonka, "Screen-Space Blue-Noise Diffusion of Monte Carlo Sampling Error via
+/// Hierarchical Ordering of Pixels", ACM Transactions on Graphics 39(6), 2020. Streams are
+/// independent of each other.
 class PixelSamples {
 public:
-    /// \param count  samples of the pixel, 1 to 65536.
+    /// \param count  number of samples of the pixel, 1 to 65536.
     PixelSamples(int x, int y, int count)
         : tileHash(
               Mix(Mix(static_cast<uint32_t>(x) / tileSide) + static_cast<uint32_t>(y) / tileSide)),
@@ -31,7 +31,7 @@ public:
                  SpreadBits(static_cast<uint32_t>(y) % tileSide) << 1)
                 << BitsOf(count)) {}
 
-    /// Point number `index` of a stream.
+    /// Returns point `index` of a stream.
     SamplePoint At(uint32_t stream, int index) const {
         const uint32_t hash = Mix(tileHash + stream * 0x9e3779b9u);
         const uint32_t shuffled =
@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    /// Pixels a side of a tile, which has a sequence of its own: 8 + 8 bits of the index.
+    /// Side length in pixels of a tile, which has its own sequence: 8 + 8 bits of the index.
     static constexpr uint32_t tileSide = 256;
 
     static uint32_t BitsOf(int count) {
@@ -57,7 +57,7 @@ private:
         return value ^ (value >> 16);
     }
 
-    /// The low 8 bits to the even positions.
+    /// Moves the low 8 bits to the even positions.
     static uint32_t SpreadBits(uint32_t value) {
         value = (value | value << 4) & 0x0f0fu;
         value = (value | value << 2) & 0x3333u;
@@ -82,7 +82,7 @@ private:
         return reversed;
     }
 
-    /// The second Sobol dimension, its bits reversed: the index times Pascal's triangle modulo 2.
+    /// The second Sobol dimension, bit-reversed: the index times Pascal's triangle modulo 2.
     static uint32_t Pascal(uint32_t index) {
         index ^= (index >> 16);
         index ^= (index & 0xff00ff00u) >> 8;

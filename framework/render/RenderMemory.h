@@ -8,12 +8,12 @@
 
 namespace trovik {
 
-/// Memory that the ray tracing structures of a mesh take, besides the mesh.
+/// Returns the memory of the ray tracing structures of a mesh, without the mesh.
 uint64_t RenderBytes(uint64_t vertices, uint64_t faces);
 
-/// To be called before the ray tracing structures of the meshes are built: refuses meshes for which
-/// there is not enough memory, and limits the threads of the ray tracing library to those that the
-/// system grants (LimitWorkerThreads).
+/// Called before the ray tracing structures of the meshes are built. Checks that there is enough
+/// memory, and limits the threads of the ray tracing library to those that the system grants
+/// (LimitWorkerThreads).
 /// \throw HostError if RenderBytes of the meshes exceeds the free memory (QueryFreeMemory).
 void PrepareRenderMemory(const std::vector<PictureMesh>& meshes);
 

@@ -7,19 +7,19 @@
 
 namespace trovik {
 
-/// The largest coordinate, positive or negative, that renders accept of vertices and cameras in
-/// world space. Squares of distances then stay in the range of floats.
+/// The largest absolute coordinate of vertices and cameras in world space that renders accept.
+/// Squared distances then stay within the range of floats.
 inline constexpr float maxRenderCoordinate = 1e18f;
 
-/// Whether all coordinates are numbers of at most maxRenderCoordinate.
+/// Returns whether all coordinates are finite and at most maxRenderCoordinate.
 bool IsRenderable(const Vector& position);
 
 /// \param what  for example "vertex 12".
-/// \throw HostError naming `what` and the position, unless IsRenderable.
+/// \throw HostError with `what` and the position, unless IsRenderable.
 void CheckRenderable(const std::string& what, const Vector& position);
 
-/// \throw HostError if the camera's eye or target is not renderable, if they coincide, if `up` is
-/// not finite, or if the field of view is not between 0 and 180 degrees.
+/// \throw HostError if the eye or the target of the camera is not renderable, if they coincide, if
+/// `up` is not finite, or if the field of view is not between 0 and 180 degrees.
 void CheckCamera(const PictureCamera& camera);
 
 }  // namespace trovik

@@ -13,8 +13,8 @@ namespace trovik {
 
 namespace {
 
-/// Radius of a hollow that the cavity mode shows at half its full darkness, as a fraction of the
-/// diagonal of the mesh's box.
+/// Radius of a concavity that the cavity mode shows at half its full darkness, as a fraction of the
+/// diagonal of the bounding box of the mesh.
 constexpr float cavitySize = 0.012f;
 constexpr uint32_t cavityRings = 1;
 
@@ -37,7 +37,7 @@ PictureMesh ShownLevel(const LevelGeometry& geometry) {
         shown.faceFlags = level.faceFlags;
         shown.hiddenBit = faceIsHidden;
     }
-    // What tools see of a vertex is its own amount unless it is hidden.
+    // The freeze amount that tools see is that of the vertex itself, unless it is hidden.
     if (level.FrozenVertexCount() != 0) {
         shown.freeze = &level.vertices.array->freeze;
         shown.freezeStride = sizeof(Vertex);
@@ -91,7 +91,7 @@ void RenderedLevel::AddBends(const LevelGeometry& geometry) {
 
 void RenderedLevel::AddUvs(const LevelGeometry& geometry) {
     if (geometry.Attributes().cornerUvs.empty())
-        throw HostError("the mesh has no texture coordinates, which the shading mode \"uv\" shows");
+        throw HostError("the mesh has no texture coordinates, which the shading mode \"uv\" needs");
     cornerUvs.reserve(std::size_t{mesh.faceCount} * mesh.cornersPerFace * 2);
     LevelSource(geometry, {}).ReadFaces(MeshSource::Uvs, [this](const FaceBlock& block) {
         for (std::size_t corner = 0; corner < block.uvs.size(); ++corner) {

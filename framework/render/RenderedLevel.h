@@ -8,20 +8,20 @@
 
 namespace trovik {
 
-/// The visible faces of a geometry's bound level in world space; borrows its arrays. Without the
-/// arrays that single shading modes need: see RenderedLevel.
+/// Returns the visible faces of the bound level of a geometry in world space; borrows its arrays.
+/// The arrays that only some shading modes need are not set: see RenderedLevel.
 TROVIK_API PictureMesh ShownLevel(const LevelGeometry& geometry);
 
-/// The bound level of a geometry with all that a shading mode shows of it. Borrows the geometry.
+/// The bound level of a geometry with all data that a shading mode needs. Borrows the geometry.
 ///
-/// Cost of construction: O(faces) for ShadingMode::Cavity (4 bytes for each vertex) and Uv (8 bytes
-/// for each corner of a face), constant for the others.
+/// Cost of construction: O(faces) for ShadingMode::Cavity (4 bytes per vertex) and Uv (8 bytes per
+/// corner), constant for the other modes.
 class TROVIK_API RenderedLevel {
 public:
-    /// \throw HostError for ShadingMode::Uv when the mesh has no texture coordinates.
+    /// \throw HostError for ShadingMode::Uv if the mesh has no texture coordinates.
     RenderedLevel(const LevelGeometry& geometry, ShadingMode shading);
-    /// The level with other positions and normals (mesh-local, one for each vertex; borrowed), such
-    /// as those before a stroke, and without freeze.
+    /// Uses other positions and normals (mesh-local, one per vertex; borrowed), such as those
+    /// before a stroke, and no freeze amounts.
     RenderedLevel(const LevelGeometry& geometry,
                   ShadingMode shading,
                   const std::vector<Vector>& positions,

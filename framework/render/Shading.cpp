@@ -12,19 +12,19 @@ namespace {
 
 constexpr float pi = 3.14159265f;
 
-/// Streams of a pixel's points; the first is the position within the pixel.
+/// Streams of the points of a pixel; the first is the position within the pixel.
 constexpr uint32_t ambientStream = 1;
 constexpr uint32_t keyStream = 2;
 constexpr uint32_t reachStream = 3;
 
-/// Sine of the key light's angular radius: wide, so that neither its shadows nor its end on a round
-/// form show a line.
+/// Sine of the angular radius of the key light. It is wide, so that neither its shadows nor its
+/// terminator on a round shape form a visible line.
 constexpr float keySoftness = 0.32f;
 const Vector keyColor(1.42f, 1.30f, 1.16f);
-/// Ambient rays end after this fraction of the scene's extent at the latest.
+/// Maximum length of ambient rays, as a fraction of the extent of the scene.
 constexpr float ambientReach = 0.30f;
 
-/// Any two unit vectors across `n` and each other.
+/// Computes any two unit vectors that are perpendicular to `n` and to each other.
 void Frame(const Vector& n, Vector& a, Vector& b) {
     a = (std::fabs(n.x) > 0.7f ? Vector(0, 1, 0) : Vector(1, 0, 0)) & n;
     a.Normalize();
@@ -33,9 +33,9 @@ void Frame(const Vector& n, Vector& a, Vector& b) {
 
 Vector Scaled(const Vector& v, const Vector& by) { return {v.x * by.x, v.y * by.y, v.z * by.z}; }
 
-/// Openness with the light that bounces between nearby surfaces of the same colour: a fit from
-/// J. Jimenez, X.-C. Wu, A. Pesce, A. Jarabo, "Practical Realtime Strategies for Accurate Indirect
-/// Occlusion", SIGGRAPH Courses, 2016.
+/// Returns the openness including the light that bounces between nearby surfaces of the same
+/// colour. This is a fit from J. Jimenez, X.-C. Wu, A. Pesce, A. Jarabo, "Practical Realtime
+/// Strategies for Accurate Indirect Occlusion", SIGGRAPH Courses, 2016.
 float WithBounces(float openness, float albedo) {
     const float a = 2.0404f * albedo - 0.3324f;
     const float b = -4.7951f * albedo + 0.6417f;
@@ -65,7 +65,7 @@ float Shading::Headlight(const SurfaceSample& sample, const Vector& toEye) {
     return 0.35f + 0.65f * std::max(0.0f, sample.shadingNormal | toEye);
 }
 
-// Everything here is smooth in the normal: a sum of wide sources without edges.
+// A sum of wide sources without edges, so the result is a smooth function of the normal.
 Vector Shading::Surroundings(const Vector& normal) const {
     const float height = 0.5f + 0.5f * (normal | up);
     const Vector ground(0.135f, 0.113f, 0.100f);
@@ -76,7 +76,7 @@ Vector Shading::Surroundings(const Vector& normal) const {
            Vector(0.11f, 0.13f, 0.16f) * side;
 }
 
-/// A margin off the face keeps rays from hitting it for rounding.
+/// An offset from the face prevents rays from hitting it because of rounding.
 Vector Shading::Start(const SurfaceSample& sample, bool flat) const {
     const Vector& p = flat ? sample.position : sample.rayStart;
     const float size = std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z), sample.distance});
@@ -94,7 +94,8 @@ float Shading::Openness(const Vector& start,
     const float radius = std::sqrt(direction.y);
     Vector towards = a * (radius * std::cos(angle)) + b * (radius * std::sin(angle)) +
                      normal * std::sqrt(1.0f - direction.y);
-    // Smooth normals can point below the face; such a direction slides along it instead.
+    // Smooth normals can point below the face; such a direction is moved into the plane of the
+    // face.
     const float below = towards | faceNormal;
     if (below < 0.02f) towards += faceNormal * (0.02f - below);
     return scene.IsBlocked(start, towards, reach) ? 0.0f : 1.0f;
@@ -111,16 +112,17 @@ LitSample Shading::Light(const SurfaceSample& sample,
     LitSample lit;
     lit.albedo = FrozenTint(mesh, sample, {mesh.color[0], mesh.color[1], mesh.color[2]});
 
-    // Light grazes the edge of matt forms: a soft rim in place of a lamp from behind.
+    // Light grazes the silhouette of matt shapes: a soft rim replaces a lamp from behind.
     const float away = 1.0f - std::max(0.0f, n | toEye);
     const float rim = away * away * away * (0.5f + 0.5f * (n | up));
     lit.ambient = Scaled(lit.albedo, Surroundings(n)) + Vector(0.08f, 0.09f, 0.10f) * rim;
-    // Rays of all lengths up to the reach let what is near count more than what is far.
+    // The ray lengths are distributed up to the maximum, so that near surfaces count more than
+    // distant ones.
     const float reach = extent * ambientReach * points.At(reachStream, index).x;
     lit.openness = Openness(start, n, sample.faceNormal, points.At(ambientStream, index), reach);
 
     const float facing = SoftFacing(n | keyDirection, keySoftness);
-    // Blinn and Phong's highlight, kept low and broad: clay is matt.
+    // The Blinn-Phong highlight, low and broad because clay is matt.
     const Vector half = (keyDirection + toEye).Normalized();
     const float square = std::max(0.0f, n | half) * std::max(0.0f, n | half);
     const float eighth = (square * square) * (square * square);

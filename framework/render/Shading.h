@@ -7,38 +7,39 @@
 
 namespace trovik {
 
-/// The light of one sample, with the visibility that is sampled kept apart from the light that is
-/// known exactly. The two are multiplied after the visibility has been averaged and filtered:
+/// The lighting of one sample. The sampled visibility is kept separate from the light that is
+/// computed analytically. They are multiplied after the visibility has been averaged and filtered:
 /// E. Heitz, S. Hill, M. McGuire, "Combining Analytic Direct Illumination and Stochastic Shadows",
 /// ACM SIGGRAPH Symposium on Interactive 3D Graphics and Games, 2018.
 struct LitSample {
     Vector albedo;
-    /// Reflected light of the surroundings and of the key light, nothing being in the way.
+    /// Reflected light of the surroundings and of the key light, without occlusion.
     Vector ambient;
     Vector key;
-    /// 1 where the ambient ray is free, 0 where something is in its way.
+    /// 1 if the ambient ray is free, 0 if it is blocked.
     float openness = 0.0f;
-    /// Weight of the shadow ray, 0 when it leaves below the horizon, and whether it is free.
+    /// Weight of the shadow ray, 0 if it points below the horizon, and whether it is free.
     float keyWeight = 0.0f;
     float keyVisible = 0.0f;
 };
 
 /// The clay material and the studio light of the renders: a wide warm key light from the upper
-/// left, and soft surroundings that are brighter above and in front. Directions are in the camera's
-/// frame, so that a mesh is lit alike from wherever it is seen.
+/// left, and soft surroundings that are brighter above and in front. Directions are in the frame of
+/// the camera, so that a mesh has the same lighting from every side.
 class Shading {
 public:
     Shading(const EmbreeScene& scene, const PictureView& view);
 
-    /// Lights a sample, by its face normal with `flat`, seen from `toEye` (unit length); traces two
-    /// rays. \param index  of the sample among those of its pixel.
+    /// Computes the lighting of a sample seen from `toEye` (unit length), with its face normal if
+    /// `flat` is set; traces two rays.
+    /// \param index  of the sample in its pixel.
     LitSample Light(const SurfaceSample& sample,
                     bool flat,
                     const Vector& toEye,
                     const PixelSamples& points,
                     int index) const;
 
-    /// Linear colour out of averaged light and visibility (0 .. 1 each).
+    /// Computes the linear colour from averaged light and visibility (0 .. 1 each).
     static Vector Combine(const Vector& albedo,
                           const Vector& ambient,
                           const Vector& key,
@@ -48,7 +49,7 @@ public:
     /// Brightness of a matt surface under a light at the eye.
     static float Headlight(const SurfaceSample& sample, const Vector& toEye);
 
-    /// The backdrop: `height` from 0 at the lower edge of the picture to 1 at the upper.
+    /// The backdrop: `height` is 0 at the lower edge of the image and 1 at the upper edge.
     static Vector Backdrop(float height);
 
 private:
@@ -64,7 +65,7 @@ private:
     float extent;
     Vector right, up, back;
     Vector keyDirection;
-    /// Two directions across the key light's.
+    /// Two directions perpendicular to that of the key light.
     Vector keyAcross[2];
 };
 

@@ -3,12 +3,12 @@
 
 namespace trovik {
 
-/// Light that a surface receives from a wide source, relative to facing it: 1 towards its centre,
-/// falling to 0 where the whole source is below the horizon. The mean of max(0, c) over cosines c
-/// evenly within `softness` of `cosine`; its slope is continuous, so that a smooth surface shows no
-/// line where the light ends.
+/// Returns the light that a surface receives from a wide source, relative to facing it: 1 towards
+/// its centre, decreasing to 0 where the whole source is below the horizon. This is the mean of
+/// max(0, c) over cosines c evenly distributed within `softness` of `cosine`. Its slope is
+/// continuous, so that a smooth surface shows no line where the light ends.
 /// \param cosine  between the normal and the centre of the source.
-/// \param softness  sine of the source's angular radius, above 0, at most 1.
+/// \param softness  sine of the angular radius of the source, above 0, at most 1.
 inline float SoftFacing(float cosine, float softness) {
     if (cosine >= softness) return cosine;
     if (cosine <= -softness) return 0.0f;

@@ -15,8 +15,8 @@ const int16_t* NormalAt(const PictureMesh& mesh, uint32_t index) {
                                             mesh.normalStride * index);
 }
 
-/// A power of two that brings the largest entry of the matrix near 1, so that products of three
-/// entries stay in the range of floats. Scaled by it, only the length of a normal changes.
+/// Returns a power of two that scales the largest entry of the matrix to about 1, so that products
+/// of three entries stay within the range of floats. The scale affects only the length of a normal.
 float NormalScale(const float* m) {
     float largest = 0.0f;
     for (const int row : {0, 4, 8})
@@ -24,7 +24,7 @@ float NormalScale(const float* m) {
     return largest > 0.0f ? std::ldexp(1.0f, std::clamp(-std::ilogb(largest), -120, 120)) : 1.0f;
 }
 
-/// Normals are transformed by the inverse of the matrix, transposed; its cofactors give the same
+/// Normals are transformed by the inverse transpose of the matrix; its cofactors give the same
 /// direction.
 Vector NormalToWorld(const PictureMesh& mesh, const Vector& n) {
     const float* m = mesh.localToWorld;
@@ -54,7 +54,8 @@ SurfaceSample EmbreeScene::Describe(const Vector& origin,
     SurfaceSample sample;
     sample.mesh = hit.mesh;
     sample.face = hit.face;
-    // A quad is interpolated over its whole square, so that shading has no diagonal.
+    // A quad is interpolated bilinearly over the whole face, so that no diagonal is visible in the
+    // shading.
     sample.weights[0] = corners == 4 ? (1 - u) * (1 - w) : 1 - u - w;
     sample.weights[1] = corners == 4 ? u * (1 - w) : u;
     sample.weights[2] = corners == 4 ? u * w : w;
@@ -76,7 +77,8 @@ SurfaceSample EmbreeScene::Describe(const Vector& origin,
             sum += normals[k];
             weighted += normals[k] * sample.weights[k];
         }
-        // The side is that of the whole face: near silhouettes single normals may face away.
+        // The side is determined by the whole face, because individual normals near silhouettes may
+        // face away.
         const float side = (sum | sample.faceNormal) < 0.0f ? -1.0f : 1.0f;
         if (weighted.Length() > 1e-3f) sample.shadingNormal = weighted.Normalized() * side;
         for (uint32_t k = 0; k < corners; ++k) {

@@ -10,28 +10,30 @@ struct SurfaceSample {
     /// Number of the mesh, and of its face.
     uint32_t mesh;
     uint32_t face;
-    /// Of the face's corners; they add up to 1.
+    /// Weights of the corners of the face; their sum is 1.
     float weights[4];
     float distance;
     Vector position;
-    /// Of the face itself, turned towards the ray's origin.
+    /// Normal of the face itself, facing the origin of the ray.
     Vector faceNormal;
     /// Interpolated from the vertex normals, on the side of the face that the ray hits.
     Vector shadingNormal;
-    /// The position moved off the flat face to the smooth surface that the vertex normals suggest:
-    /// rays that start here cast no faceted shadows of a coarse face on itself. J. Hanika, "Hacking
-    /// the Shadow Terminator", Ray Tracing Gems II, 2021.
+    /// The position, moved from the flat face to the smooth surface that the vertex normals
+    /// suggest. Rays that start here avoid faceted self-shadowing of coarse faces. J. Hanika,
+    /// "Hacking the Shadow Terminator", Ray Tracing Gems II, 2021.
     Vector rayStart;
 };
 
-/// Linear colour of the mesh where it is hit, tinted where it is frozen. \param base  its colour
-/// where it is not.
+/// Returns the linear colour of the mesh at the hit, tinted if it is frozen.
+/// \param base  the colour without freeze.
 Vector FrozenTint(const PictureMesh& mesh, const SurfaceSample& sample, const Vector& base);
 
-/// The bend where the mesh is hit, positive in cavities; 0 without bends.
+/// Returns the mean curvature at the hit, positive in cavities; 0 if the mesh has no curvature
+/// array.
 float BendAt(const PictureMesh& mesh, const SurfaceSample& sample);
 
-/// Texture coordinates where the mesh is hit. \return false where it has none.
+/// Computes the texture coordinates at the hit.
+/// \return false if there are none.
 bool UvAt(const PictureMesh& mesh, const SurfaceSample& sample, float& u, float& v);
 
 }  // namespace trovik

@@ -16,21 +16,22 @@ namespace {
 /// Cubic B-spline over five pixels.
 constexpr float kernel[5] = {1.0f / 16.0f, 4.0f / 16.0f, 6.0f / 16.0f, 4.0f / 16.0f, 1.0f / 16.0f};
 constexpr int radius = 2;
-/// Distances between the taps of each pass; their sum and that of the variance estimate, times the
-/// radius, are filterReach.
+/// Distances between the taps of each pass. Their sum plus that of the variance estimate, times the
+/// radius, is filterReach.
 constexpr int passes[] = {1, 2, 4};
 static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 
-/// 1 - cosine of the angle between normals at which pixels no longer count as one surface.
+/// Pixels belong to different surfaces if 1 - cosine of the angle between their normals exceeds
+/// this.
 constexpr float normalLimit = 0.10f;
-/// Distance out of the plane, in pixels for each pixel of distance.
+/// Maximum distance from the plane, in pixels per pixel of distance.
 constexpr float planeLimit = 0.6f;
-/// Differences that count as noise, in squared standard deviations.
+/// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
-/// Smallest squared difference that is smoothed away: about one step of a byte.
+/// Smallest squared difference that is always smoothed: about one step of a byte.
 constexpr float leastNoise = 2e-5f;
 
-/// From 1 at 0 to 0 at 1 and beyond, smoothly.
+/// Decreases smoothly from 1 at 0 to 0 at 1 and beyond.
 float Falloff(float square) {
     const float rest = 1.0f - square;
     return rest > 0.0f ? rest * rest : 0.0f;
@@ -47,8 +48,8 @@ public:
                static_cast<std::size_t>(x);
     }
 
-    /// Calls `take(pixel, weight)` for each pixel around (x, y) that shows the same surface, the
-    /// pixel itself included.
+    /// Calls `take(pixel, weight)` for each pixel around (x, y) that shows the same surface,
+    /// including the pixel itself.
     template <typename Take>
     void ForEachAround(int x, int y, int step, Take take) const {
         const PixelGuide& here = guides[At(x, y)];
@@ -91,7 +92,7 @@ private:
     const std::vector<PixelGuide>& guides;
 };
 
-/// A weighted mean of visibilities and of its variance.
+/// A weighted mean of visibilities and its variance.
 struct Mean {
     float sum = 0.0f;
     float weights = 0.0f;
@@ -109,7 +110,7 @@ struct Mean {
     }
 };
 
-/// Of a fraction `mean` out of `count` rays that are free or not.
+/// Variance of a fraction `mean` of `count` rays, each of which is free or blocked.
 float BinomialVariance(float mean, float count) {
     return count > 0.0f ? std::max(0.0f, mean * (1.0f - mean)) / count : 0.0f;
 }
@@ -140,7 +141,8 @@ void FilterVisibility(int width,
         mean = here.key;
         key.Store(mean, unused);
         here.keyVariance = BinomialVariance(mean, here.keyCount);
-        // No ray of this pixel rose above the horizon: the neighbours' value is the best guess.
+        // No ray of this pixel was above the horizon, so the value of the neighbours is the best
+        // estimate.
         if (here.keyCount == 0.0f) here.key = mean;
     });
     values.swap(next);

@@ -9,16 +9,16 @@ namespace trovik {
 
 class JobControl;
 
-/// The surface that a pixel shows, which guides the filter. Means over the pixel's hits.
+/// The surface that a pixel shows, which guides the filter. Means over the hits of the pixel.
 struct PixelGuide {
     Vector normal;
     Vector position;
-    /// World size of the pixel at the surface; 0 where there is none.
+    /// World size of the pixel at the surface; 0 if there is no hit.
     float footprint = 0.0f;
 };
 
-/// Sampled visibility of a pixel: fractions, 0 to 1, with the number of rays that each was
-/// estimated from and the variance of its sampling error.
+/// Sampled visibility of a pixel: fractions from 0 to 1, each with its number of rays and the
+/// variance of its sampling error.
 struct PixelVisibility {
     float openness = 1.0f;
     float opennessCount = 0.0f;
@@ -28,21 +28,20 @@ struct PixelVisibility {
     float keyVariance = 0.0f;
 };
 
-/// Rows above and below a pixel that its filtered value depends on.
+/// Number of rows above and below a pixel that affect its filtered value.
 inline constexpr int filterReach = 16;
 
-/// Smooths the sampling noise of visibilities, in place. The variances are computed by the filter
-/// itself.
+/// Smooths the sampling noise of visibilities, in place. The filter computes the variances itself.
 ///
-/// Each value becomes a mean over pixels of the same surface (alike in normal, in the same plane)
-/// whose values differ by no more than sampling errors do. So edges of surfaces stay sharp, and so
-/// do edges of shadows as far as the samples resolve them; with more samples the filter fades.
-/// An edge-avoiding a-trous wavelet filter: H. Dammertz, D. Sewtz, J. Hanika, H. P. A. Lensch,
-/// "Edge-Avoiding A-Trous Wavelet Transform for Fast Global Illumination Filtering", High
-/// Performance Graphics 2010; with the bound on differences by variance from C. Schied et al.,
+/// Each value becomes a mean over pixels of the same surface (similar normal, same plane) whose
+/// values differ by no more than the sampling error. Edges of surfaces therefore stay sharp, and so
+/// do edges of shadows as far as the samples resolve them; with more samples the filter has less
+/// effect. This is an edge-avoiding a-trous wavelet filter: H. Dammertz, D. Sewtz, J. Hanika, H. P.
+/// A. Lensch, "Edge-Avoiding A-Trous Wavelet Transform for Fast Global Illumination Filtering",
+/// High Performance Graphics 2010; with the variance bound on differences from C. Schied et al.,
 /// "Spatiotemporal Variance-Guided Filtering", High Performance Graphics 2017.
 ///
-/// Runs on all threads; results do not depend on their number.
+/// Uses all threads; results do not depend on their number.
 /// \throw Cancelled.
 /// \param guides, values  row by row, `width` * `height` of each.
 void FilterVisibility(int width,

@@ -9,11 +9,11 @@ namespace trovik {
 
 namespace {
 
-/// Of each of the two faces at an edge, in pixels.
+/// Width on each of the two faces at an edge, in pixels.
 constexpr float halfWidth = 0.75f;
 constexpr float darkness = 0.78f;
-/// Faces whose longest edge is shorter than this, in pixels, are covered by lines; they fade to
-/// `leastStrength`, so that the form of a dense mesh remains visible.
+/// Faces whose longest edge is shorter than this, in pixels, would be covered by lines. Their lines
+/// fade to `leastStrength`, so that the shape of a dense mesh remains visible.
 constexpr float sparseEdge = 5.0f;
 constexpr float leastStrength = 0.4f;
 
@@ -33,7 +33,7 @@ void WireLines::Project(const SurfaceSample& sample) {
     const PictureMesh& shown = scene.Mesh(sample.mesh);
     const uint32_t corners = shown.cornersPerFace;
     const uint32_t* vertices = shown.faceVertexIndices + std::size_t{sample.face} * corners;
-    // Edges that pass the eye are cut off just in front of it.
+    // Edges that pass behind the eye are clipped just in front of it.
     const float nearest = sample.distance * 1e-3f;
     Vector inCamera[4];
     for (uint32_t k = 0; k < corners; ++k)

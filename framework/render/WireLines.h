@@ -6,16 +6,18 @@
 
 namespace trovik {
 
-/// The edges of faces as lines of constant width on the screen. Distances are measured between
-/// pixels and projected edges, so that lines keep their width where faces are seen edge-on.
+/// Draws the edges of faces as lines of constant width on the screen. Distances are measured
+/// between pixels and projected edges, so that lines keep their width on faces that are seen
+/// edge-on.
 ///
-/// Holds the projection of the face that was asked for last, as the samples of a pixel mostly hit
-/// one face: one object for each thread.
+/// Caches the projection of the last face, because most samples of a pixel hit the same face. Use
+/// one object per thread.
 class WireLines {
 public:
     WireLines(const EmbreeScene& scene, const PictureView& view);
 
-    /// What is left of the light, 0 to 1, of a sample that was seen through a point of the picture.
+    /// Returns the fraction of light, 0 to 1, that remains for a sample seen through a point of the
+    /// image.
     float Remaining(const SurfaceSample& sample, float pixelX, float pixelY);
 
 private:

@@ -19,12 +19,12 @@ namespace trovik {
 
 namespace {
 
-/// Address space of a thread: its stack, and a heap of its own that the C library reserves.
+/// Address space of a thread: its stack, and the heap that the C library reserves for it.
 constexpr uint64_t addressBytesPerThread = uint64_t{144} << 20;
-/// Address space that stays free for the libraries' own data.
+/// Address space that is left free for data of the libraries.
 constexpr uint64_t addressReserve = uint64_t{64} << 20;
 
-/// How many threads can run at the same time, up to `wanted`, by starting them.
+/// Returns the number of threads that can run at the same time, up to `wanted`, by starting them.
 unsigned CountGrantedThreads(unsigned wanted) {
     std::mutex mutex;
     std::condition_variable over;
@@ -39,9 +39,9 @@ unsigned CountGrantedThreads(unsigned wanted) {
             });
         }
     } catch (const std::system_error&) {
-        // As many as there are.
+        // No further thread can be started.
     } catch (const std::bad_alloc&) {
-        // The same: a thread's state did not fit into the address space.
+        // No further thread can be started: its state did not fit into the address space.
     }
     {
         const std::lock_guard lock(mutex);
@@ -52,9 +52,9 @@ unsigned CountGrantedThreads(unsigned wanted) {
     return static_cast<unsigned>(threads.size()) + 1;
 }
 
-/// Threads for which there is address space besides the work.
+/// Returns the number of threads that fit into the address space in addition to the work.
 unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
-    // The address space alone: the stacks reserve it, and take little of the machine's memory.
+    // Only address space is considered: the stacks reserve it, but use little physical memory.
     const std::optional<uint64_t> left = QueryFreeAddressSpace();
     if (!left) return wanted;
     const uint64_t free = *left;
@@ -68,7 +68,7 @@ unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
 unsigned LimitWorkerThreads(uint64_t workBytes) {
     static std::mutex mutex;
     static unsigned granted = 0;
-    // Never destroyed: oneTBB may be in use until the very end.
+    // Never destroyed: oneTBB may be in use until the program exits.
     static auto* controls = new std::vector<std::unique_ptr<tbb::global_control>>;
     const std::lock_guard lock(mutex);
     const unsigned wanted =

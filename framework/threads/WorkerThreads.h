@@ -8,15 +8,15 @@
 namespace trovik {
 
 /// Limits the threads of oneTBB, for the rest of the process, to a number that the system grants.
-/// Call it before work that uses oneTBB, directly or through a library: a worker that cannot be
-/// started later would end the process. Further calls can only lower the number.
+/// Call this before work that uses oneTBB, directly or through a library, because a worker thread
+/// that cannot be started later terminates the process. Further calls can only lower the number.
 ///
-/// Fewer threads than processors are granted where RLIMIT_NPROC or a control group limits their
-/// number, or where RLIMIT_AS leaves no address space for their stacks and heaps. Results never
-/// depend on the number.
-/// \param workBytes  memory that the work itself is about to allocate.
-/// \return the number, the calling thread included; at least 1.
-/// Cost: starts and ends as many threads as there are processors at the first call.
+/// The number is less than the number of processors if RLIMIT_NPROC or a control group limits it,
+/// or if RLIMIT_AS leaves no address space for stacks and heaps. Results never depend on the
+/// number.
+/// \param workBytes  memory that the work itself will allocate.
+/// \return the number of threads, including the calling thread; at least 1.
+/// Cost: the first call starts and ends as many threads as there are processors.
 TROVIK_API unsigned LimitWorkerThreads(uint64_t workBytes = 0);
 
 }  // namespace trovik

@@ -5,11 +5,12 @@
 
 namespace trovik {
 
-/// Snapshot of the vertices that a tessellating stroke touches. Records are 28 bytes, in pages.
+/// Snapshot of the vertices that a tessellating stroke touches. Records have 28 bytes and are
+/// stored in pages.
 struct OriginalData {
     uint32_t vertexLimit = 0;
     Mesh* sourceMesh = nullptr;
-    /// One per vertex: index of its record, -1 without.
+    /// Per vertex: index of its record, or -1.
     int32_t* recordOfVertex = nullptr;
     uint32_t recordCount = 0;
     uint32_t recordsPerPage = 0;
@@ -19,9 +20,9 @@ struct OriginalData {
     Store<void*> pages;
 };
 
-/// Brush base class that can refine the mesh under the brush while a stroke runs. Refinement works
-/// only on meshes that are not subdivision levels of quads; while `useTessellator` is false none
-/// takes place, no mesh counts as editable, and every request to refine changes nothing.
+/// Brush base class that can refine the mesh under the brush during a stroke. Refinement is
+/// possible only on meshes that are not quad subdivision levels. While `useTessellator` is false,
+/// there is no refinement: no mesh is editable, and requests to refine have no effect.
 class TROVIK_API DetailBrush : public BrushOperation, public FaceEnumerator {
 public:
     DetailBrush();
@@ -33,34 +34,35 @@ public:
     void Serialize(Stream& stream) override;
     void OnNodeEvent(const Attribute& attribute, NodeEventType type) override;
     bool CheckValidity() override;
-    /// Position at first touch in the open change, or the present one.
+    /// Returns the position at first touch if the open change has a record of it, otherwise the
+    /// current position.
     Vector VertexOriginalPosition(Mesh* mesh, uint32_t vertex) override;
     void OnEdgeSplit(Mesh* mesh, uint32_t vertexA, uint32_t vertexB, uint32_t newVertex) override;
     void OnEdgeFlip(Mesh* mesh, uint32_t vertexA, uint32_t vertexB) override;
     void OnEdgeCollapse(Mesh* mesh, uint32_t kept, uint32_t removed) override;
 
     void Operator(Mesh* mesh, uint32_t face) override;
-    /// Whether the face may be sculpted with detail; false while nothing is refined.
+    /// Returns whether the face may be refined; false while refinement is off.
     bool Tester(Mesh* mesh, uint32_t face) override;
 
-    /// Gathers the faces under the brush for refinement.
+    /// Collects the faces under the brush for refinement.
     void CollectFaces();
-    /// Whether the mesh at hand can be refined now.
+    /// Returns whether the bound mesh can currently be refined.
     bool CurrentMeshEditable() const;
     bool MeshEditable(const Mesh* mesh) const;
-    /// Splits long edges and joins short ones among the collected faces.
-    /// \return the number of changes to the mesh.
+    /// Splits long edges and collapses short ones among the collected faces.
+    /// \return the number of changes of the mesh.
     int DoRefineReduce(bool refine, bool reduce, int passes, bool relax);
     void InitializeTessellator(
         const SurfacePoint* hit, MeshChange* change, float reach, bool refine, bool reduce);
-    /// Tells the user why the mesh cannot be refined.
+    /// Shows a message with the reason why the mesh cannot be refined.
     void ShowTessellationHUD();
 
-    /// The brush refines the mesh under it.
+    /// Whether the brush refines the mesh under it.
     bool useTessellator = false;
-    /// Refine every few dabs only.
+    /// Whether to refine only every few dabs.
     bool refineAtIntervals = false;
-    /// Null outside a tessellating stroke.
+    /// Null unless a tessellating stroke is active.
     OriginalData* originalData = nullptr;
 };
 

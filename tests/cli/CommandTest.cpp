@@ -103,7 +103,7 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"applyToBase": true}]})",
                       "/steps/0/applyToBase: the level at hand is the base");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"unsubdivide": 1}]})",
-                      "/steps/0/unsubdivide: the faces of level 0 do not hang together as");
+                      "/steps/0/unsubdivide: the faces of level 0 are not connected like");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"stroke": {"open": true}},
                           {"deleteLevels": "lower"}]})",
                       "/steps/1/deleteLevels: a stroke is open");
@@ -314,8 +314,7 @@ TEST_F(Command, ConvertKeepsWhatTheMeshCarriesAndConvertsUnits) {
     EXPECT_NE(ReadAll(folder / "fine.obj").find("\nvt 0.5 0.5\n"), std::string::npos);
     const Outcome refused = Run("convert sheet.obj sheet.gltf --units mm");
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.error,
-              "trovik: sheet.gltf: a glTF file is in metres with y up, and in nothing else\n");
+    EXPECT_EQ(refused.error, "trovik: sheet.gltf: glTF files are always in metres with y up\n");
     EXPECT_EQ(Run("convert sheet.obj x.ply --units parsec").status, 2);
 }
 
@@ -332,7 +331,7 @@ TEST_F(Command, ExportsConvertFromTheUnitsThatTheScriptTells) {
               std::string::npos);
     ExpectScriptError(
         R"({"mesh": "cube.obj", "steps": [{"export": {"file": "x.glb", "up": "z"}}]})",
-        "a glTF file is in metres with y up");
+        "glTF files are always in metres with y up");
 }
 
 /// A 2 x 2 sheet of quads with UVs, arched.

@@ -218,7 +218,7 @@ TEST_F(Limits, FilesOfKilledRunsAreRemovedWithANote) {
     const Outcome outcome = Run("convert cube.obj out.ply");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.error,
-              "note: out.99999-3.part.ply: removed; a process that was killed left it\n");
+              "note: out.99999-3.part.ply: removed; it was left by a process that was killed\n");
     EXPECT_FALSE(HasUnfinishedFiles());
     WriteFile("out.99999-3.part.png", "half of a picture");
     EXPECT_THAT(Run("render cube.obj out.png --width 16 --height 16").error, HasSubstr("removed"));

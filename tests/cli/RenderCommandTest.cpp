@@ -95,7 +95,7 @@ TEST_F(RenderCommand, TurntableWritesNumberedFiles) {
 
 TEST_F(RenderCommand, RefusesWhatDoesNotGoTogether) {
     ExpectRefused("r.jpg --transparent",
-                  "cannot write a transparent picture to r.jpg: only .png, .tif and .tiff files "
+                  "cannot write a transparent render to r.jpg: only .png, .tif and .tiff files "
                   "store transparency");
     ExpectRefused("r.png --shading uv",
                   "the mesh has no texture coordinates, which the shading mode \"uv\" shows");
@@ -149,7 +149,7 @@ TEST_F(RenderCommand, ScriptStepsRefuseWhatDoesNotGoTogether) {
     expectError(R"("file": "a.png", "shading": "flat", "matcap": "wax")",
                 "a matcap goes with the shading mode \"matcap\" only");
     expectError(R"("file": "a.jpg", "transparent": true)",
-                "/steps/0/picture/file: cannot write a transparent picture to a.jpg");
+                "/steps/0/picture/file: cannot write a transparent render to a.jpg");
     expectError(R"("file": "a.png", "keep": "a", "frames": 3)",
                 "/steps/0/picture/keep: the frames of a turntable are written to files, not kept");
     expectError(R"("file": "a.png", "shading": "uv")", "the mesh has no texture coordinates");

@@ -89,7 +89,7 @@ TEST_F(ScriptCheck, AllErrorsAreListed) {
             HasSubstr("/steps/11/picture: a picture needs"),
             HasSubstr("/steps/12/sheet/pictures/0: no picture was kept"),
             HasSubstr("/steps/13/export: a.unknown: cannot be written as a mesh"),
-            HasSubstr("/steps/14/export: a.glb: a glTF file is in metres"),
+            HasSubstr("/steps/14/export: a.glb: glTF files are always in metres"),
             HasSubstr("/steps/15/bake: a.png: a .png holds 16 bits"),
             HasSubstr("/steps/16/displace/file: there is no file none.exr"),
             HasSubstr("/steps/17/save: a scene file's name ends in .trovik"),

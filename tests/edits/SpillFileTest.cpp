@@ -76,11 +76,11 @@ TEST_F(SpillFileTest, DamageIsToldWithItsPlace) {
     }
     EXPECT_EQ(MessageOf<HostError>([&] { file.Read(place); }),
               "undo file in " + folder.Path("") +
-                  ": byte 300: the step that lies here is damaged: its checksum is another");
+                  ": byte 300: the step stored here is damaged: its checksum does not match");
     std::filesystem::resize_file(file.OpenPath(), 400);
     EXPECT_EQ(MessageOf<HostError>([&] { file.Read(place); }),
               "undo file in " + folder.Path("") +
-                  ": byte 300: the file ends within the step that lies here");
+                  ": byte 300: the file ends within the step stored here");
 }
 
 TEST_F(SpillFileTest, FullDiskIsToldAndWhatWasWrittenStays) {
@@ -99,7 +99,7 @@ TEST_F(SpillFileTest, FullDiskIsToldAndWhatWasWrittenStays) {
 
 TEST(SpillFile, NoFolderIsTold) {
     EXPECT_EQ(MessageOf<HostError>([] { const SpillFile file("/no/such/folder"); }),
-              "undo file in /no/such/folder: cannot be made: No such file or directory");
+              "undo file in /no/such/folder: cannot be created: No such file or directory");
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ TEST_F(AbandonedFiles, OfAKilledProcessAreRemovedByTheNextWriteOfTheTarget) {
     EXPECT_EQ(TemporaryFolder::Content(target), "new");
     ASSERT_EQ(notes.size(), 1u);
     EXPECT_EQ(notes[0].find(folder.Path("m.") + std::to_string(child) + "-"), 0u) << notes[0];
-    EXPECT_NE(notes[0].find(".part.trovik: removed; a process that was killed left it"),
+    EXPECT_NE(notes[0].find(".part.trovik: removed; it was left by a process that was killed"),
               std::string::npos)
         << notes[0];
 }

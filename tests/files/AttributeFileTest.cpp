@@ -88,11 +88,11 @@ TEST(AttributeFile, ObjNamesPartsByGroupOrElseByObject) {
 TEST(AttributeFile, BadObjTextureCoordinatesNameLineAndReason) {
     const std::string vertices = "v 0 0 0\nv 1 0 0\nv 1 1 0\nvt 0 0\n";
     EXPECT_THAT(ObjRefusal(vertices + "f 1/1 2/1 3/2\n"),
-                HasSubstr("line 5: face names texture coordinate 2, but only 1 are defined"));
+                HasSubstr("line 5: face refers to texture coordinate 2, but only 1 are defined"));
     EXPECT_THAT(ObjRefusal(vertices + "f 1/1 2/-2 3/1\n"),
-                HasSubstr("line 5: face names texture coordinate -2, but only 1 are defined"));
+                HasSubstr("line 5: face refers to texture coordinate -2, but only 1 are defined"));
     EXPECT_THAT(ObjRefusal(vertices + "vt 0 q\nf 1 2 3\n"),
-                HasSubstr("line 5: texture coordinate 'q' is no finite number"));
+                HasSubstr("line 5: texture coordinate 'q' is not a finite number"));
     EXPECT_THAT(ObjRefusal("vt inf 0\n"), HasSubstr("line 1: texture coordinate 'inf'"));
 }
 
@@ -186,13 +186,13 @@ TEST(AttributeFile, ListsThatDoNotFitAreRefused) {
         return MessageOf<HostError>([&mesh] { CheckPolygonMesh(mesh, "here"); });
     };
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.cornerUvs.pop_back(); }),
-              "here: the list of texture coordinates of corners has 15 entries in place of 16");
+              "here: the list of texture coordinates of corners has 15 entries instead of 16");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.cornerUvs[4] = 10; }),
-              "here: the list of texture coordinates of corners names number 10 of 10");
+              "here: the list of texture coordinates of corners refers to number 10 of 10");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.faceGroups[1] = 2; }),
-              "here: the list of groups of faces names number 2 of 2");
+              "here: the list of groups of faces refers to number 2 of 2");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.faceMaterials.resize(5); }),
-              "here: the list of materials of faces has 5 entries in place of 4");
+              "here: the list of materials of faces has 5 entries instead of 4");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.colors.resize(3); }),
               "here: 3 colours for 10 vertices");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.uvs[1][1] = 1.0f / 0.0f; }),

@@ -106,7 +106,7 @@ TEST_F(GltfBufferFiles, ThatAreTooShortOrMissingAreNamed) {
 }
 
 TEST_F(GltfBufferFiles, OutsideTheFolderAreNotReadEvenThroughLinks) {
-    const char* reason = "lies outside the folder of the file, and only files in it or below";
+    const char* reason = "is outside the folder of the file; only files in that folder";
     EXPECT_THAT(Refusal(Document("../outside.bin")), HasSubstr(reason));
     EXPECT_THAT(Refusal(Document("data/../../outside.bin")), HasSubstr(reason));
     EXPECT_THAT(Refusal(Document("%2e%2e/outside.bin")), HasSubstr(reason));

@@ -241,9 +241,9 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
     };
     EXPECT_EQ(ReadDocument(TriangleDocument()).faceVertices, (Indices{0, 1, 2}));
     EXPECT_THAT(changed("/nodes/0/mesh", 1),
-                HasSubstr("node 0: it names mesh 1, but there are only 1"));
-    EXPECT_THAT(changed("/scenes/0/nodes", {7}), HasSubstr("scene 0: it names node 7"));
-    EXPECT_THAT(changed("/scene", 3), HasSubstr("scene 3 is to be shown"));
+                HasSubstr("node 0: it refers to mesh 1, but there are only 1"));
+    EXPECT_THAT(changed("/scenes/0/nodes", {7}), HasSubstr("scene 0: it refers to node 7"));
+    EXPECT_THAT(changed("/scene", 3), HasSubstr("scene 3 is the default scene"));
     EXPECT_THAT(changed("/nodes/0/children", {0}), HasSubstr("node 0: it has several parents"));
     EXPECT_THAT(changed("/accessors/0/count", 4),
                 HasSubstr("mesh 0, primitive 0: accessor 0: its 4 elements reach beyond"));
@@ -251,10 +251,11 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
     EXPECT_THAT(changed("/accessors/0/byteOffset", 4000000000u), HasSubstr("reach beyond"));
     EXPECT_THAT(changed("/accessors/0/type", "VEC2"), HasSubstr("no vectors of 3 numbers"));
     EXPECT_THAT(changed("/accessors/0/bufferView", 9), HasSubstr("names buffer view 9"));
-    EXPECT_THAT(changed("/accessors/1/componentType", 5126), HasSubstr("no list of whole numbers"));
+    EXPECT_THAT(changed("/accessors/1/componentType", 5126),
+                HasSubstr("not a list of whole numbers"));
     EXPECT_THAT(changed("/bufferViews/0/buffer", 2), HasSubstr("buffer 2"));
     EXPECT_THAT(changed("/bufferViews/1/byteOffset", 14),
-                HasSubstr("accessor 1 names vertex 128 of 3"));
+                HasSubstr("accessor 1 refers to vertex 128 of 3"));
     EXPECT_THAT(changed("/bufferViews/0/byteOffset", 8), HasSubstr("reach beyond"));
     EXPECT_THAT(changed("/nodes/0/matrix", {1, 2}), HasSubstr("mesh.gltf: "));
     EXPECT_THAT(changed("/extensionsRequired", {"KHR_draco_mesh_compression"}),
@@ -265,7 +266,8 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
     EXPECT_THAT(changed("/buffers/0/uri", "../../outside.bin"), HasSubstr("mesh.gltf: "));
     const TemporaryFolder folder;
     const std::string deep = folder.Fill("deep.gltf", std::string(100000, '['));
-    EXPECT_THAT(MessageOf<HostError>([&] { ReadGltf(deep); }), HasSubstr("nested deeper"));
+    EXPECT_THAT(MessageOf<HostError>([&] { ReadGltf(deep); }),
+                HasSubstr("nested more than 64 levels deep"));
     const std::string empty = folder.Fill("empty.glb", "");
     EXPECT_THAT(MessageOf<HostError>([&] { ReadGltf(empty); }), HasSubstr("the file is empty"));
 }

@@ -74,9 +74,9 @@ TEST(MeshFile, ExtensionChoosesTheFormatInAnyCase) {
     for (const char* name : {"mesh.off", "obj", "mesh.", "folder.obj/mesh"}) {
         SCOPED_TRACE(name);
         EXPECT_THAT(MessageOf<HostError>([&] { ReadMeshFile(name); }),
-                    HasSubstr("none of .obj, .ply"));
+                    HasSubstr("must be .obj, .ply"));
         EXPECT_THAT(MessageOf<HostError>([&] { WriteMeshFile(name, mesh); }),
-                    HasSubstr("none of .obj, .ply"));
+                    HasSubstr("must be .obj, .ply"));
     }
 }
 
@@ -221,19 +221,19 @@ TEST(CheckPolygonMesh, NamesTheFirstTrouble) {
     EXPECT_EQ(refusal([](PolygonMesh& mesh) {
                   mesh.faceSizes = {2, 5};
               }),
-              "here: face 0 (counted from 0) has 2 corners, but 3 are needed");
+              "here: face 0 (counted from 0) has 2 corners, but at least 3 are needed");
     EXPECT_EQ(refusal([](PolygonMesh& mesh) { mesh.faceVertices[4] = 4; }),
-              "here: face 1 (counted from 0) names vertex 4, but there are only 4 vertices");
+              "here: face 1 (counted from 0) refers to vertex 4, but there are only 4 vertices");
     EXPECT_EQ(refusal([](PolygonMesh& mesh) { mesh.faceVertices[6] = 1; }),
-              "here: face 1 (counted from 0) names vertex 1 twice");
+              "here: face 1 (counted from 0) refers to vertex 1 twice");
     EXPECT_EQ(refusal([](PolygonMesh& mesh) {
                   mesh.faceSizes = {3, 5};
               }),
-              "here: face 1 (counted from 0) has more corners than the list of corners holds");
+              "here: face 1 (counted from 0) has more corners than the list of corners contains");
     EXPECT_EQ(refusal([](PolygonMesh& mesh) {
                   mesh.faceSizes = {3, 3};
               }),
-              "here: the list of corners is longer than the faces add up to");
+              "here: the list of corners is longer than the sum of the face sizes");
     EXPECT_EQ(refusal([](PolygonMesh& mesh) { mesh.normals.resize(3); }),
               "here: 3 normals for 4 vertices");
     for (const float bad :
@@ -248,7 +248,7 @@ TEST(CheckPolygonMesh, FindsRepeatsInLongFaces) {
     EXPECT_NO_THROW(CheckPolygonMesh(mesh, "here"));
     mesh.faceVertices[7 + 250] = mesh.faceVertices[7 + 3];
     EXPECT_EQ(MessageOf<HostError>([&mesh] { CheckPolygonMesh(mesh, "here"); }),
-              "here: face 2 (counted from 0) names vertex 306 twice");
+              "here: face 2 (counted from 0) refers to vertex 306 twice");
 }
 
 }  // namespace

@@ -88,11 +88,11 @@ TEST(MeshSpace, GltfIsInMetresWithYUp) {
     EXPECT_THAT(MessageOf<HostError>([] {
                     SpaceForFile("a.glb", {}, {0.01, UpAxis::Y});
                 }),
-                HasSubstr("a.glb: a glTF file is in metres with y up"));
+                HasSubstr("a.glb: glTF files are always in metres with y up"));
     EXPECT_THAT(MessageOf<HostError>([] {
                     SpaceForFile("a.gltf", {}, {1.0, UpAxis::Z});
                 }),
-                HasSubstr("a.gltf: a glTF file"));
+                HasSubstr("a.gltf: glTF files"));
     // Of a mesh that does not know, numbers pass as they are.
     WriteMeshFile(folder.Path("as-is.glb"), AttributedMesh());
     EXPECT_EQ(Bits(ReadGltf(folder.Path("as-is.glb")).positions), Bits(AttributedMesh().positions));

@@ -115,9 +115,9 @@ TEST(ObjFile, BadFacesNameTheirLineAndReason) {
     EXPECT_THAT(Refusal(WithFace("f 1 2\n")), HasSubstr("line 5: face has 2 corners"));
     EXPECT_THAT(Refusal(WithFace("f\n")), HasSubstr("line 5: face has 0 corners"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 3\nf 1 2 9\n")),
-                HasSubstr("line 6: face names vertex 9, but only 4 vertices are defined"));
+                HasSubstr("line 6: face refers to vertex 9, but only 4 vertices are defined"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 -5\n")),
-                HasSubstr("line 5: face names vertex -5, but only 4 vertices are defined"));
+                HasSubstr("line 5: face refers to vertex -5, but only 4 vertices are defined"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 x\n")), HasSubstr("line 5: face corner 'x'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 3.5\n")), HasSubstr("line 5: face corner '3.5'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 /3\n")), HasSubstr("line 5: face corner '/3'"));

@@ -169,7 +169,7 @@ TEST(PlyFile, EveryTruncationOfATextFileIsRefused) {
 TEST(PlyFile, HostileLengthsAreRefusedBeforeTheyAreBelieved) {
     const std::string vertices(9, '\1');
     EXPECT_THAT(Refusal(Binary(vertices, "4000000000")),
-                HasSubstr("4000000000 rows of element 'vertex' are announced"));
+                HasSubstr("4000000000 rows of element 'vertex' are declared"));
     EXPECT_THAT(Refusal(Binary(vertices, "18446744073709551615")),
                 HasSubstr("rows of element 'vertex'"));
     EXPECT_THAT(Refusal(Binary(vertices, "18446744073709551616")),
@@ -178,8 +178,9 @@ TEST(PlyFile, HostileLengthsAreRefusedBeforeTheyAreBelieved) {
                 HasSubstr("line 3: the element count '-3' is not"));
     EXPECT_THAT(Refusal(QuadText("4000000000", "3 0 1 2\n")), HasSubstr("rows of element 'face'"));
     const std::string face = vertices + std::string("\xff\xff\xff\xff\0\0\0\0", 8);
-    EXPECT_THAT(Refusal(Binary(face)),
-                HasSubstr("element 'face', row 0 of 1 (counted from 0): a list of -1 entries"));
+    EXPECT_THAT(
+        Refusal(Binary(face)),
+        HasSubstr("element 'face', row 0 of 1 (counted from 0): a list cannot have -1 entries"));
     EXPECT_THAT(Refusal(Binary(face, "3", "1", "list uint int")),
                 HasSubstr("row 0 of 1 (counted from 0): the file ends too early"));
     // A list that the file does hold, longer than any face.
@@ -188,18 +189,19 @@ TEST(PlyFile, HostileLengthsAreRefusedBeforeTheyAreBelieved) {
                        "3",
                        "1",
                        "list uint char")),
-        HasSubstr("a face of 1000001 corners is outside 3 to 1000000"));
+        HasSubstr("a face has 1000001 corners; it must have 3 to 1000000"));
 }
 
 TEST(PlyFile, BadBodiesNameElementRowAndReason) {
     EXPECT_THAT(
         Refusal(QuadText("2", "3 0 1 2\n2 0 1\n")),
-        HasSubstr("line 15: element 'face', row 1 of 2 (counted from 0): a face of 2 corners"));
+        HasSubstr("line 15: element 'face', row 1 of 2 (counted from 0): a face has 2 corners"));
     EXPECT_THAT(Refusal(QuadText("1", "3 0 1 -2\n")), HasSubstr("the vertex number -2"));
     EXPECT_THAT(Refusal(QuadText("1", "3 0 1 1.5\n")), HasSubstr("'1.5' is not a whole number"));
-    EXPECT_THAT(Refusal(QuadText("1", "-1 0 1 2\n")), HasSubstr("a list of -1 entries"));
-    EXPECT_THAT(Refusal(QuadText("1", "3 0 1 4\n")),
-                HasSubstr("face 0 (counted from 0) names vertex 4, but there are only 4 vertices"));
+    EXPECT_THAT(Refusal(QuadText("1", "-1 0 1 2\n")), HasSubstr("a list cannot have -1 entries"));
+    EXPECT_THAT(
+        Refusal(QuadText("1", "3 0 1 4\n")),
+        HasSubstr("face 0 (counted from 0) refers to vertex 4, but there are only 4 vertices"));
     EXPECT_THAT(Refusal(QuadText("1", "4 0 1 2\n")), HasSubstr("line 14: element 'face'"));
     EXPECT_THAT(Refusal(QuadText("0", "")), HasSubstr("no faces"));
     std::string text = QuadText("1", "3 0 1 2\n");
@@ -217,27 +219,27 @@ TEST(PlyFile, BadHeadersNameLineAndReason) {
         EXPECT_NE(place, std::string::npos);
         return text.replace(place, from.size(), to);
     };
-    EXPECT_THAT(Refusal(""), HasSubstr("line 1: no PLY file"));
-    EXPECT_THAT(Refusal("v 0 0 0\n"), HasSubstr("line 1: no PLY file"));
+    EXPECT_THAT(Refusal(""), HasSubstr("line 1: not a PLY file"));
+    EXPECT_THAT(Refusal("v 0 0 0\n"), HasSubstr("line 1: not a PLY file"));
     EXPECT_THAT(Refusal("ply\n"), HasSubstr("the file ends within its header"));
     EXPECT_THAT(Refusal(changed("ascii", "ebcdic")), HasSubstr("line 2: the format 'ebcdic'"));
     EXPECT_THAT(Refusal(changed("1.0", "2.0")), HasSubstr("line 2: the format version '2.0'"));
-    EXPECT_THAT(Refusal(changed("format ascii 1.0\n", "")), HasSubstr("names no format"));
+    EXPECT_THAT(Refusal(changed("format ascii 1.0\n", "")), HasSubstr("does not specify a format"));
     EXPECT_THAT(Refusal(changed("float y", "quad y")), HasSubstr("line 5: the number type 'quad'"));
-    EXPECT_THAT(Refusal(changed("float y", "float x")), HasSubstr("property 'x' comes twice"));
+    EXPECT_THAT(Refusal(changed("float y", "float x")), HasSubstr("property 'x' is defined twice"));
     EXPECT_THAT(Refusal(changed("element face", "element vertex")),
-                HasSubstr("line 7: the element 'vertex' comes twice"));
-    EXPECT_THAT(Refusal(changed("float y", "float b")), HasSubstr("has no number 'y'"));
+                HasSubstr("line 7: the element 'vertex' is defined twice"));
+    EXPECT_THAT(Refusal(changed("float y", "float b")), HasSubstr("has no scalar property 'y'"));
     EXPECT_THAT(Refusal(changed("vertex_indices", "loop")), HasSubstr("has no list"));
-    EXPECT_THAT(Refusal(changed("uchar int", "uchar float")), HasSubstr("no list of whole"));
+    EXPECT_THAT(Refusal(changed("uchar int", "uchar float")), HasSubstr("not a list of whole"));
     EXPECT_THAT(Refusal(changed("uchar int", "float int")),
-                HasSubstr("line 8: the length of a list is not a whole number"));
+                HasSubstr("line 8: the type of the length of a list must be an integer type"));
     EXPECT_THAT(Refusal(changed("element face", "element strips")), HasSubstr("no element 'face'"));
     EXPECT_THAT(Refusal(changed("element vertex 4\n", "")),
                 HasSubstr("line 3: a property comes before any element"));
     EXPECT_THAT(Refusal(changed("element vertex 4", "element vertex")),
                 HasSubstr("line 3: an element needs a name and a count"));
-    EXPECT_THAT(Refusal(changed("end_header", "end")), HasSubstr("'end' is no keyword"));
+    EXPECT_THAT(Refusal(changed("end_header", "end")), HasSubstr("'end' is not a keyword"));
     EXPECT_THAT(Refusal(std::string("ply\ncomment ") + std::string(100'000, 'x')),
                 HasSubstr("a line of more than 65536 bytes"));
 }

@@ -151,11 +151,11 @@ TEST(StlFile, BadBinariesNameByteAndReason) {
     EXPECT_THAT(Refusal(whole.substr(0, 83)), HasSubstr("byte 83: the file ends within"));
     for (std::size_t length = 84; length < whole.size(); length += 7) {
         EXPECT_THAT(Refusal(whole.substr(0, length)),
-                    HasSubstr("byte 80: 8 triangles are announced, but the file is too short"));
+                    HasSubstr("byte 80: 8 triangles are declared, but the file is too short"));
     }
     std::string huge = whole;
     huge.replace(80, 4, "\xff\xff\xff\xff");
-    EXPECT_THAT(Refusal(huge), HasSubstr("4294967295 triangles are announced"));
+    EXPECT_THAT(Refusal(huge), HasSubstr("4294967295 triangles are declared"));
     std::string infinite = whole;
     infinite.replace(84 + 50 + 12, 4, std::string("\0\0\x80\x7f", 4));
     EXPECT_THAT(Refusal(infinite),

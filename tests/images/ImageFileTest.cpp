@@ -109,7 +109,7 @@ TEST(ImageFile, FloatsKeepEveryBitAndSign) {
         EXPECT_EQ(Bits(read.pixels), Bits(image.pixels));
     }
     EXPECT_THAT(MessageOf<HostError>([&] { WriteFloatImageFile(folder.Path("f.png"), image); }),
-                HasSubstr("end in .exr, .tif or .tiff only"));
+                HasSubstr("floats can be written only to .exr, .tif and .tiff files"));
     EXPECT_EQ(folder.FileCount(), 3u);
 }
 

@@ -20,9 +20,9 @@ TEST(JsonText, SyntaxErrorsNameLineAndColumn) {
     EXPECT_EQ(ErrorOf(""), "a.json: " + invalid + "the file is empty");
     EXPECT_EQ(ErrorOf(" \n\t\r\n"), "a.json: " + invalid + "the file is empty");
     EXPECT_EQ(ErrorOf("\xef\xbb\xbf"), "a.json: " + invalid + "the file is empty");
-    EXPECT_EQ(ErrorOf("{\"a\": 1,\n // no\n \"b\": 2}"),
-              "a.json: line 2, column 2: " + invalid +
-                  "JSON has no comments; a \"comment\" field can hold one");
+    EXPECT_EQ(
+        ErrorOf("{\"a\": 1,\n // no\n \"b\": 2}"),
+        "a.json: line 2, column 2: " + invalid + "JSON has no comments; use a \"comment\" field");
     EXPECT_THAT(ErrorOf("{\"a\": /* no */ 1}"),
                 HasSubstr("line 1, column 7: " + invalid + "JSON has"));
     EXPECT_THAT(ErrorOf("# no\n{}"), HasSubstr("line 1, column 1: " + invalid + "JSON has"));
@@ -31,7 +31,7 @@ TEST(JsonText, SyntaxErrorsNameLineAndColumn) {
     EXPECT_EQ(ErrorOf("[1, 2, ]"),
               "a.json: line 1, column 8: " + invalid + "there is a comma before ']'");
     EXPECT_EQ(ErrorOf("{'a': 1}"),
-              "a.json: line 1, column 2: " + invalid + "strings are written between double quotes");
+              "a.json: line 1, column 2: " + invalid + "strings must be in double quotes");
     EXPECT_EQ(ErrorOf("{radius: 1}"),
               "a.json: line 1, column 2: " + invalid + "the field name radius needs double quotes");
     EXPECT_EQ(

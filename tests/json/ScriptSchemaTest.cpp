@@ -71,8 +71,8 @@ TEST(ScriptSchema, NamesWhatIsAccepted) {
     EXPECT_EQ(ErrorOf("[]"), "first.json: /: expected an object, got an empty array");
     EXPECT_EQ(ErrorOf(""), "first.json: not valid JSON: the file is empty");
     EXPECT_EQ(ErrorOf("{\"steps\": [] // none\n}"),
-              "first.json: line 1, column 14: not valid JSON: JSON has no comments; a \"comment\" "
-              "field can hold one");
+              "first.json: line 1, column 14: not valid JSON: JSON has no comments; use a "
+              "\"comment\" field");
     EXPECT_EQ(ErrorOf(R"({"steps": [], "steps": []})"),
               "first.json: /steps: the field is given more than once");
 }

@@ -141,8 +141,8 @@ TEST(Unsubdivide, TellsWhyAMeshIsNoRefinement) {
             ADD_FAILURE() << mesh.name;
         } catch (const HostError& error) {
             EXPECT_STREQ(error.what(),
-                         "the faces of level 0 do not hang together as the refinement of a coarser "
-                         "mesh of quads, or of triangles");
+                         "the faces of level 0 are not connected like the refinement of a coarser "
+                         "mesh of quads or of triangles");
         }
         EXPECT_TRUE(StateOfAll(geometry) == before);
     }

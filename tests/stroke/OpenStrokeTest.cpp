@@ -84,7 +84,7 @@ TEST_F(StrokeOverARefusal, RefusesToLoseLevels) {
     for (const bool lower : {false, true}) {
         a->geometry->BindLevel(lower ? 1 : 0);
         EXPECT_EQ(RefusalOf([&] { DeleteLevelsAsStep(*a->geometry, lower); }),
-                  "grid: taking levels out is refused: a stroke on level 0 has not ended");
+                  "grid: removing levels is refused: a stroke on level 0 has not ended");
         EXPECT_EQ(a->geometry->LevelCount(), 2u);
     }
     EXPECT_EQ(BitsOf(a->Mesh()), fine);

@@ -17,21 +17,21 @@ namespace trovik {
 
 namespace {
 
-/// Pixels are converted in blocks of about this size, so that no second copy of the image is made.
+/// Pixels are converted in blocks of about this size, to avoid a second copy of the image.
 constexpr std::size_t BlockBytes = std::size_t{4} << 20;
 
-/// Width, height and channels, once they are known to be sane.
+/// Checks width, height and number of channels.
 void CheckSize(const std::string& path, const OIIO::ImageSpec& spec, std::size_t maxBytes) {
     CheckImageSize(path, spec.width, spec.height, spec.nchannels, maxBytes);
     if (spec.depth > 1) {
-        ThrowImageError("read", path, "it is a volume, not a plane");
+        ThrowImageError("read", path, "volume images are not supported");
     }
     if (spec.deep) {
-        ThrowImageError("read", path, "its pixels are lists of samples at several depths");
+        ThrowImageError("read", path, "deep images are not supported");
     }
 }
 
-/// Reads all rows as `Sample`, the file's own type, and converts them.
+/// Reads all rows as `Sample`, the type of the file, and converts them.
 template <class Sample>
 void ReadRows(OIIO::ImageInput& input,
               OIIO::TypeDesc type,
@@ -39,7 +39,7 @@ void ReadRows(OIIO::ImageInput& input,
               FloatImage& image) {
     const OIIO::ImageSpec spec = input.spec();
     const std::size_t rowValues = std::size_t{image.width} * image.channels;
-    // Tiles are read whole, and a block of rows that ends within them would read them twice.
+    // Tiles are read as a whole, so a block of rows that ended within a tile would read it twice.
     const auto tileRows = static_cast<std::size_t>(std::max(spec.tile_height, 1));
     const std::size_t fitting = std::max<std::size_t>(BlockBytes / (rowValues * sizeof(Sample)), 1);
     const std::size_t blockRows = (fitting + tileRows - 1) / tileRows * tileRows;
@@ -65,7 +65,7 @@ void ReadRows(OIIO::ImageInput& input,
                                    block.data())
                 : input.read_scanlines(
                       0, 0, first, last, spec.z, 0, spec.nchannels, type, block.data());
-        // Some formats fill in zeros for what they cannot read, and call that done.
+        // Some formats return zeros for unreadable data and report success.
         std::string error = input.geterror();
         if (!done || !error.empty()) {
             ThrowImageError("read", path, std::move(error));
@@ -106,7 +106,7 @@ FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes)
     if (!input) {
         ThrowImageError("read", path, OIIO::geterror());
     }
-    // Errors are kept by thread, and those of helping threads would be lost.
+    // Errors are stored per thread, so those of other threads would be lost.
     input->threads(1);
     const OIIO::ImageSpec spec = input->spec();
     CheckSize(path, spec, maxBytes);
@@ -116,7 +116,7 @@ FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes)
     image.height = static_cast<std::uint32_t>(spec.height);
     image.channels = static_cast<std::uint32_t>(spec.nchannels);
     image.pixels.resize(std::size_t{image.width} * image.height * image.channels);
-    // Channels of several types, as EXR has them, are read as the floats that hold them all.
+    // Channels of different types, as in EXR files, are all read as floats.
     const OIIO::TypeDesc type = spec.channelformats.empty() ? spec.format : OIIO::TypeFloat;
     switch (type.basetype) {
         case OIIO::TypeDesc::UINT8:
@@ -166,9 +166,9 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
                          static_cast<int>(image.channels),
                          type);
     if (!image.description.empty()) spec.attribute("ImageDescription", image.description);
-    // Otherwise colours are divided by alpha on their way into some formats.
+    // Without this, colours are divided by alpha when they are written in some formats.
     spec.attribute("oiio:UnassociatedAlpha", 1);
-    // Formats that note a time would note the present one, and no two files would be alike.
+    // Formats that store a time would store the current one, and no two files would be identical.
     spec.attribute("DateTime", "1970:01:01 00:00:00");
     std::vector<unsigned char> bytes;
     OIIO::Filesystem::IOVecOutput memory(bytes);
@@ -181,7 +181,7 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
         std::string reason = output->geterror();
         output->close();
         ThrowImageError(
-            "write", path, reason.empty() ? "the library gives no reason" : std::move(reason));
+            "write", path, reason.empty() ? "the library reports no reason" : std::move(reason));
     }
     return bytes;
 }

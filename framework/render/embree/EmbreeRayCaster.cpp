@@ -35,8 +35,8 @@ using Geometry = std::unique_ptr<RTCGeometryTy, ReleaseGeometry>;
 
 [[noreturn]] void ThrowRayError(RTCError code, const char* text) {
     if (code == RTC_ERROR_OUT_OF_MEMORY) throw HostError("not enough memory for the render");
-    throw HostError("cannot render: the ray library reports error " + std::to_string(code) + ": " +
-                    text);
+    throw HostError("cannot render: the ray tracing library reports error " + std::to_string(code) +
+                    ": " + text);
 }
 
 /// The first error of a device. The library reports errors from any of its threads.
@@ -66,11 +66,11 @@ private:
 
     std::mutex guard;
     RTCError first = RTC_ERROR_NONE;
-    /// Not a std::string, since nothing can be allocated when memory is short.
+    /// Not a std::string, because nothing can be allocated when memory is exhausted.
     char message[256] = "";
 };
 
-/// Progress of the library's work, which asks for it on any of its threads.
+/// Progress of the work of the library, which polls it on any of its threads.
 class BuildMonitor {
 public:
     explicit BuildMonitor(JobControl* job) : phase(job, "Building the ray tree", steps, 1) {}
@@ -86,7 +86,7 @@ private:
     static constexpr uint64_t steps = 1000;
 
     bool Go(double fraction) {
-        // Nothing is thrown through the library.
+        // No exception may propagate through the library.
         try {
             if (std::this_thread::get_id() == caller)
                 phase.Reach(static_cast<uint64_t>(fraction * static_cast<double>(steps)));
@@ -101,7 +101,8 @@ private:
     std::atomic<bool> cancelled{false};
 };
 
-/// The library's asserts end the process for other rays.
+/// Returns whether the library accepts the ray; for other rays, its assertions terminate the
+/// process.
 bool IsValid(const Vector& origin, const Vector& direction) {
     constexpr float limit = RayCaster::maxCoordinate;
     return std::fabs(origin.x) <= limit && std::fabs(origin.y) <= limit &&
@@ -132,7 +133,7 @@ public:
 private:
     void Attach(const RayMesh& mesh, unsigned id);
 
-    /// Before the device, which reports to it until it is gone.
+    /// Declared before the device, which reports to it until it is destroyed.
     FirstError error;
     Device device;
     Scene scene;
@@ -141,7 +142,7 @@ private:
 EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl* job)
     // Without the 128 MiB that the library reserves for subdivision surfaces, which are not used.
     : device(rtcNewDevice("set_affinity=0,tessellation_cache_size=0")) {
-    // Errors of a device that could not be made are asked for without one.
+    // If the device could not be created, the error is queried without one.
     if (device == nullptr) ThrowRayError(rtcGetDeviceError(nullptr), "no device");
     rtcSetDeviceErrorFunction(device.get(), &FirstError::Report, &error);
     scene.reset(rtcNewScene(device.get()));
@@ -153,8 +154,8 @@ EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl*
     rtcCommitScene(scene.get());
     rtcSetSceneProgressMonitorFunction(scene.get(), nullptr, nullptr);
     if (monitor.IsCancelled()) throw Cancelled();
-    // A scene whose tasks could not be started still holds them, and its destructor would end the
-    // process; it is given up instead.
+    // A scene whose tasks could not be started still holds them, and its destructor would terminate
+    // the process. It is leaked instead.
     if (error.Code() == RTC_ERROR_UNKNOWN) scene.release();
     error.ThrowIfAny();
     monitor.Finish();

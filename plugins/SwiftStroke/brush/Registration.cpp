@@ -20,7 +20,8 @@ Preferences::Bool MakeBoolPreference(const char* key, const char* label) {
 
 }  // namespace
 
-// All in this one file: within a file the language fixes the order of construction.
+// All objects are in this file, because the language defines the order of construction only within
+// a file.
 
 const ClassDesc swiftStrokeClass(BrushOperation::StaticClass(),
                                  BrushOperation::StaticClass(),
@@ -56,7 +57,8 @@ const Preferences::Bool useOriginalDataForFlatten =
 const Preferences::Bool useVertexWeightsForFlatten =
     MakeBoolPreference("Use Vertex Weights For Flatten", "Use Vertex Weights For Flatten");
 const Preferences::Bool waxFillsOnly = MakeBoolPreference("Wax Fills Only", "Wax Fills Only");
-// The panel has always shown this one under its neighbour's label; users know it so.
+// This preference has the label of the other one in the panel. It is kept because users are used to
+// it.
 const Preferences::Bool waxScrapesOnly = MakeBoolPreference("Wax Scrapes Only", "Wax Fills Only");
 
 const PatchKernelTable patchKernels;

@@ -5,23 +5,25 @@
 #include "host/Preferences.h"
 
 /// \file
-/// The objects by which the host learns of this library. They come into being when it is loaded, in
-/// one order: descriptor of SwiftStroke, plug-in record, preferences, kernel table, descriptor of
-/// PatchMap. The tools are registered later, when the host runs the plug-in record's initialiser.
+/// The objects that register this library with the host. They are constructed when the library is
+/// loaded, in this order: descriptor of SwiftStroke, plug-in record, preferences, kernel table,
+/// descriptor of PatchMap. The tools are registered later, when the host runs the initialiser of
+/// the plug-in record.
 namespace trovik {
 
 extern const ClassDesc swiftStrokeClass;
 extern const ClassDesc patchMapClass;
 
-/// Off: dabs add nothing to the host's dirty box and send no notices by face.
+/// If off, dabs do not extend the host's dirty box and send no notifications per face.
 extern const Preferences::Bool renderSwiftStroke;
-/// Factor on the wanted depth of a patch.
+/// Factor of the wanted depth of a patch.
 extern const Preferences::Float swiftStrokeLevelFactor;
-/// Planes are sampled from positions and normals as they were at first touch in the stroke.
+/// Planes are sampled from the positions and normals that vertices had when the stroke first
+/// touched them.
 extern const Preferences::Bool useOriginalDataForFlatten;
-/// Plane samples weigh 1 less their distance over the radius, instead of 1.
+/// The weight of a plane sample is 1 minus its distance divided by the radius, instead of 1.
 extern const Preferences::Bool useVertexWeightsForFlatten;
-/// Test mode only: Wax may only raise, or only lower.
+/// Test mode only: Wax can only raise, or only lower.
 extern const Preferences::Bool waxFillsOnly;
 extern const Preferences::Bool waxScrapesOnly;
 

@@ -13,7 +13,8 @@ namespace trovik {
 
 namespace {
 
-// Whoever writes this word to the kernel's command attribute switches rendering during strokes off.
+// Writing this command to the command attribute of the kernel switches off rendering during
+// strokes.
 constexpr const char* noRenderCommand = "swiftstroke_norender";
 
 constexpr std::size_t brushSpaceBytes = 255;
@@ -58,7 +59,7 @@ SwiftStroke::SwiftStroke()
 
     falloffName.Connect(g_pKernel->kernelCommandAttribute, false);
     LoadTemplate(QString::fromLatin1(""), false);
-    // Behind the template, whose stored rate does not count.
+    // Set after the template is loaded, so that a rate stored there has no effect.
     buildUpRate.SetValue(0.5f, true);
     strokeOptionE.SetVisible(true);
     alternateBehavior.modifier = ModifierSmooth;
@@ -115,7 +116,7 @@ void SwiftStroke::Serialize(Stream& stream) {
     DetailBrush::Serialize(stream);
     stream << buildUpRate;
     bilinearSample.Serialize(stream);
-    // Scenes of class version 0 end here; the three keep the values that they have.
+    // Scenes with class version 0 end here; the three attributes keep their values.
     if (stream.ClassVersion(StaticClass()) > 0) {
         affectAllLayers.Serialize(stream);
         globalPlane.Serialize(stream);
@@ -132,7 +133,8 @@ void SwiftStroke::OnNodeEvent(const Attribute& attribute, NodeEventType type) {
     if (g_pKernel->IsTestModeOn())
         DetailBrush::OnNodeEvent(attribute, type);
     else
-        // Past the tessellating base on purpose. NOLINTNEXTLINE(bugprone-parent-virtual-call)
+        // Skips the tessellating base class on purpose.
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         BrushOperation::OnNodeEvent(attribute, type);
 }
 

@@ -12,10 +12,10 @@ class PatchMap;
 struct BatchMovers;
 enum class Tool : uint32_t;
 
-/// One entry of a patch kernel's work list.
+/// One entry of the work list of a patch kernel.
 struct PatchVertexEntry {
     uint32_t vertex;  ///< index in the mesh
-    uint32_t face;    ///< a face of the patch that holds the vertex
+    uint32_t face;    ///< a face of the patch that uses the vertex
     uint32_t cell;    ///< cell of the halo grids
 };
 static_assert(sizeof(PatchVertexEntry) == 12);
@@ -27,7 +27,7 @@ struct MeshChangePair {
 };
 static_assert(sizeof(MeshChangePair) == 16);
 
-/// A vertex whose normal is to be refreshed at the end of the dab.
+/// A vertex whose normal is to be recomputed at the end of the dab.
 struct DeferredNormal {
     uint32_t face;
     uint32_t vertex;
@@ -35,17 +35,18 @@ struct DeferredNormal {
 static_assert(sizeof(DeferredNormal) == 8);
 
 /// The brush: fifteen tools in one class. It is a node of the scene, an operation that the host's
-/// stroke loop drives, and the visitor that the mesh's walks call back for each patch and vertex
-/// under the brush.
+/// stroke loop calls, and the visitor of the mesh walks that find the patches and vertices under
+/// the brush.
 ///
-/// A stroke: BeginStroke, ApplyDab for every hit, EndStroke. A dab: settle radius, patch level and
-/// direction (stroke/), let the mesh walk its patches, run one of 1024 kernels on each (kernels/),
-/// read the ring around the patch and refresh its normals (topology/).
+/// A stroke is one BeginStroke, one ApplyDab for every hit, and one EndStroke. A dab determines
+/// radius, patch level and direction (stroke/), walks the patches of the mesh, runs one of 1024
+/// kernels on each (kernels/), and reads the ghost layer around each patch and recomputes its
+/// normals (topology/).
 ///
-/// State has three lifetimes: the brush's (attributes, brushSpace, the stamp cache), the tool's
-/// (flags, set anew at every activation) and the stroke's. The members are scratch for the kernels
-/// too, so a brush is not re-entrant; everything runs on the thread that calls. They are public
-/// because the stages of the kernels are free functions over them.
+/// State has three lifetimes: that of the brush (attributes, brushSpace, the stamp cache), that of
+/// the tool (flags, set at every activation) and that of the stroke. The members are also scratch
+/// memory of the kernels, so a brush is not re-entrant; all work is done on the calling thread. The
+/// members are public because the stages of the kernels are free functions that access them.
 class SwiftStroke : public DetailBrush,
                     public AdjacentVertexEnumerator,
                     public VertexEnumerator,
@@ -59,7 +60,8 @@ public:
     void Serialize(Stream& stream) override;
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();
-    /// Makes one brush (count below 2) or an array of `count`, initialised; answers the first.
+    /// Creates one brush (count below 2) or an array of `count` brushes and initialises them;
+    /// returns the first.
     static Node* Create(unsigned count);
 
     // --- Brush queries ---
@@ -69,7 +71,7 @@ public:
     bool NonImprintQueryB() const override;
     float BuildUpRate() const override;
     bool AlwaysTrueQuery() const override;
-    /// Everything but "drawfromcenter", which each brush keeps for itself.
+    /// Copies everything except "drawfromcenter", which is specific to each brush.
     const BrushOperation& operator=(const BrushOperation& other) override;
 
     // --- Tools (brush/ToolActivation.cpp) ---
@@ -82,27 +84,32 @@ public:
     // --- Stroke (stroke/) ---
     void BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) override;
     void EndStroke() override;
-    /// One application of the tool at one point of the surface. A dab that cannot run (no falloff,
-    /// no mesh, no direction yet) ends silently and leaves `box` as it is.
-    /// \param hit  mesh-local. \param position  dab centre, world. \param size  radius, world
-    /// units. \param pressure  0 to 1, weighs the build-up. \param strength  effective strength
-    /// before the tool's and the stroke's factors. \param box  world; leaves with the dab merged
-    /// in. Errors: those of SetMesh.
+    /// Applies the tool once at one point of the surface. A dab that cannot run (no falloff, no
+    /// mesh, no direction yet) ends without an error and does not change `box`.
+    /// \param hit  mesh-local.
+    /// \param position  dab centre, world space.
+    /// \param size  radius, world units.
+    /// \param pressure  0 to 1, scales the build-up.
+    /// \param strength  effective strength before the factors of the tool and the stroke.
+    /// \param box  world space; extended by the dab.
+    /// Errors: those of SetMesh.
     void ApplyDab(const SurfacePoint& hit,
                   const Vector& position,
                   float size,
                   float pressure,
                   float strength,
                   AxisAlignedBoundingBox& box) override;
-    /// Applies the tool to a whole mesh at once, with no radius: every vertex weighs the same, or
-    /// by how far it faces the camera. Runs inside a stroke or in place of one.
+    /// Applies the tool to a whole mesh at once, without a radius: every vertex has the same
+    /// weight, or is weighted by how far it faces the camera. Can be called inside or outside of a
+    /// stroke.
     void ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) override;
-    /// Binds a mesh: lock, storage, undo record, renderers. Whether it was taken shows in `mesh`,
-    /// which is null if the lock is refused or there is no memory for the undo record.
-    /// Errors: "Invalid mesh specified" for a mesh that is no SubdivisionLevel (it stays locked);
-    /// what the host throws. If there is no undo record for the mesh by then, it is unbound.
+    /// Binds a mesh: lock, storage, undo record, renderers. If the lock is refused or there is no
+    /// memory for the undo record, `mesh` is null afterwards.
+    /// Errors: "Invalid mesh specified" for a mesh that is not a SubdivisionLevel (it stays
+    /// locked); exceptions of the host. If there is no undo record for the mesh at that point, it
+    /// is unbound.
     void SetMesh(Mesh* newMesh);
-    /// Unlocks the bound mesh, if any, and reports it as changed.
+    /// Unlocks the bound mesh, if any, and reports that it has changed.
     void FinishMesh();
     bool IsStrokeFree() override;
 
@@ -111,66 +118,72 @@ public:
     void Operator(Mesh* walked, uint32_t vertex, uint32_t face) override;
     /// Adds an adjacent vertex to the ring mean (topology/PatchHalo.cpp).
     void Operator(uint32_t vertex, uint32_t face) override;
-    /// One patch (kernels/KernelDispatch.cpp). \return whether the dab reached it.
+    /// Processes one patch (kernels/KernelDispatch.cpp).
+    /// \return whether the patch is inside the dab.
     bool Tester(Mesh* walked, uint32_t face) override;
-    /// One vertex of a mesh that has no patches (topology/VertexKernel.cpp).
+    /// Processes one vertex of a mesh that has no patches (topology/VertexKernel.cpp).
     bool Tester(Mesh* walked, uint32_t vertex, uint32_t face) override;
 
     // --- Kernels (kernels/) ---
     template <KernelSwitches switches>
     bool PatchKernel(uint32_t face);
-    /// What all kernels have in common, with the loops of one: see kernels/batch/RunPatch.cpp.
+    /// The common part of all kernels, which calls the loops of one kernel: see
+    /// kernels/batch/RunPatch.cpp.
     bool RunPatch(uint32_t face, const KernelSwitches& switches, const BatchMovers& movers);
-    /// The switches of this dab, all but withFreeze.
+    /// Returns the switches of this dab, except withFreeze.
     KernelSwitches DabSwitches() const;
-    /// The same with withFreeze, which the mesh is asked anew for every patch.
+    /// Returns the switches of this dab. withFreeze is queried from the mesh for every patch.
     KernelSwitches PatchSwitches() const;
-    /// Fills patchVertexList for a patch. \return the number of entries.
+    /// Fills patchVertexList for a patch.
+    /// \return the number of entries.
     uint32_t BuildWorkList(uint32_t patch);
-    /// Whether this dab reads the stamp on the other side of a topological mirror.
+    /// Returns whether this dab reads the stamp at the mirror vertex of a topological mirror.
     bool WantsMirroredStampRead();
-    /// Normals of a whole patch from positionGrid.
+    /// Computes the normals of a whole patch from positionGrid.
     void RefreshPatchNormals(const uint32_t* slice);
-    /// The normal of one vertex of the patch, the same bits. Needs the four cells around it.
+    /// Computes the normal of one vertex of the patch, bit-identical to RefreshPatchNormals.
+    /// Requires the four cells around it.
     void RefreshNormal(uint32_t row, uint32_t column, uint32_t vertex);
     void NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase);
 
     // --- Seams and topology (topology/) ---
-    /// Reads the one-cell ring around a patch into the grids; for Smooth the patch itself too.
-    /// Grids: gridStride x gridStride cells, row by row; patch vertex (r, c) lies in cell
-    /// (r + 1) * gridStride + c + 1. At an open border the ring repeats the patch's own edge. The
-    /// four outermost corner cells are never written. Mesh-local, w 0.
+    /// Reads the ghost layer, one cell wide, around a patch into the grids; for Smooth also the
+    /// patch itself. The grids have gridStride x gridStride cells, row by row; patch vertex (r, c)
+    /// is in cell (r + 1) * gridStride + c + 1. At an open border the ghost cells repeat the edge
+    /// of the patch itself. The four outermost corner cells are never written. Mesh-local, w 0.
     void FillPatchHalo(Mesh* walked, uint32_t patch);
-    /// Present positions of a patch's own vertices into positionGrid.
+    /// Copies the current positions of the vertices of a patch into positionGrid.
     void ReadPatchPositions(const uint32_t* slice);
-    /// Whether this dab may use and widen what the stroke knows of its patches.
+    /// Returns whether this dab may use and extend the patch cache of the stroke.
     bool MayRememberPatches();
-    /// Leaves behind what a visit of the patch would, if the patch is known to be out of reach.
-    /// \return false, with nothing done, if it is not.
+    /// Applies the side effects of a visit of the patch, if the cache shows that the patch is
+    /// culled.
+    /// \return false, without any effect, if it is not.
     bool PassRestingPatch(uint32_t patch);
-    /// Finds the vertices of the ring around a patch that lie at the ends of its sides.
+    /// Finds the ghost vertices near the ends of the sides of a patch.
     /// \return false if a side of the patch is open.
     bool FindRingEnds(uint32_t patch, KnownPatches::RingEnds& ends) const;
-    /// Reads what the normals at the corners of a resting patch need.
+    /// Reads the cells that are needed for the normals at the corners of a culled patch.
     void ReadCornerCells(const KnownPatches::Patch& patch);
-    /// Whether the four corners of the patch in the work list are four vertices. Then no two sides
-    /// of it are glued to each other, and it lists each vertex once.
+    /// Returns whether the four corners of the patch in the work list are different vertices. If
+    /// so, no two sides of the patch are joined to each other, and each vertex is listed once.
     bool ListsEachVertexOnce() const;
-    /// Whether the vertices and normals of a listed patch are asked for just ahead of their use
-    /// rather than by the list: those of a deep patch would leave the nearer caches again.
+    /// Whether the vertices and normals of a listed patch are prefetched just before their use
+    /// rather than when the list is built. In a deep patch they would be evicted from the caches
+    /// before they are used.
     bool FetchesLate() const { return patchLevel >= 6; }
-    /// Whether patchVertexList lists the patch whose slice this is.
+    /// Whether patchVertexList is the list of the patch with this slice.
     bool IsListed(const uint32_t* slice) const {
         return slice == listedSlice && patchLevel == listedLevel;
     }
-    /// Mean of a vertex and all its adjacent vertices: positions, or values of the active layer
-    /// when Smooth works on the layer.
+    /// Computes the mean of a vertex and all adjacent vertices: of positions, or of values of the
+    /// active layer if Smooth works on the layer.
     void RingAverage(Vector& out, uint32_t vertex, uint32_t face);
-    /// Makes the five-cell mean at the four patch corners equal the true ring mean. `saved`
-    /// receives the eight cells that are bent for it.
+    /// Makes the five-cell mean at the four corners of the patch equal to the true ring mean.
+    /// `saved` receives the eight cells that are modified for this.
     void CorrectCorners(uint32_t patch, Vector (&saved)[8]);
     void RestoreCorners(const Vector (&saved)[8]);
-    /// The vertex's value in the active layer; makes its record at need.
+    /// Reads the value of the vertex in the active layer; creates its record if necessary.
     void ReadLayerValue(Vector& out, uint32_t vertex, uint32_t face);
     void FlushDeferredNormals();
     /// \return whether the vertex is new in this walk and inside the brush.
@@ -179,14 +192,15 @@ public:
     bool SamplePlanePatch(uint32_t patch);
 
     // --- Direction (stroke/DabDirection.cpp, stroke/SurfaceSampling.cpp) ---
-    /// Finds direction or plane of the dab. \return false when the dab cannot run.
+    /// Determines the direction or the plane of the dab.
+    /// \return false if the dab cannot run.
     bool PrepareDab(const SurfacePoint& hit);
     void SamplePlane(const SurfacePoint& hit);
 
     // --- Stamp (stroke/StampPreparation.cpp) ---
-    /// Reads the stamp's switches and brings the pixel cache up to date.
+    /// Reads the settings of the stamp and updates the pixel cache.
     void PrepareStamp();
-    /// ".vdm" or "_vdm" anywhere in the name, in any case.
+    /// Returns whether the name contains ".vdm" or "_vdm" anywhere, in any case.
     static bool IsVectorStampName(const QString& name);
 
     // --- Plain setters ---
@@ -201,19 +215,20 @@ public:
     void setIsSmear(bool on) { isSmear = on; }
     void setIsSmooth(bool on) { isSmooth = on; }
     void setIsWax(bool on) { isWax = on; }
-    /// Keeps radiusSquared, inverseRadius and falloffScale in step.
+    /// Sets the radius and updates radiusSquared, inverseRadius and falloffScale.
     void setRadius(float value);
-    /// Keeps falloffLast and falloffScale in step.
+    /// Sets the last index of the falloff table and updates falloffLast and falloffScale.
     void setFalloffLast(float value);
-    /// Writes x, y, z of a unit normal into the vertex's packed normal of `mesh`.
+    /// Writes x, y, z of a unit normal to the packed normal of the vertex in `mesh`.
     void setVertexNormal(uint32_t vertex, const HWVector& normal);
 
-    /// The change of the last binding. Needs a bound mesh, which always has one.
+    /// The change of the last binding. Requires a bound mesh, which always has a change.
     MeshChange* CurrentChange() const { return meshChanges[meshChanges.fill - 1].change; }
-    /// Smooth averages values of the active layer. It then makes records for every vertex that it
-    /// reads, including those of the ghost layer.
+    /// Whether Smooth averages values of the active layer. It then creates records for every vertex
+    /// that it reads, including those of the ghost layer.
     bool SmoothsLayer() const { return isSmooth && !affectAllLayers.Value() && layer != nullptr; }
-    /// The slice of `mesh`'s face vertex indices that begins at face `patch` * facesPerPatch.
+    /// Returns the slice of the face vertex indices of `mesh` that starts at face `patch` *
+    /// facesPerPatch.
     const uint32_t* PatchSlice(uint32_t patch) const {
         const uint32_t first = patch * facesPerPatch * 4;
         const Store<uint32_t>& indices = mesh->faceVertexIndices;
@@ -251,21 +266,21 @@ public:
     float planeOffsetFactor = 0.0f;
     float planeDirectionSign = 1.0f;
     float strokePlaneSign = 1.0f;
-    /// Dabs of the main pass since BeginStroke; the first dab sees 0.
+    /// Number of dabs of the main pass since BeginStroke; the first dab sees 0.
     uint32_t planeDabCount = 0;
     float planeOffset = 0.0f;
-    /// False: the plane's normal and centre are collected over the brush area instead of being read
+    /// If false, the normal and centre of the plane are collected over the brush area instead of
     /// along a cross through the hit.
     bool usePatchNormal = false;
     float buildUpRateCubed = 0.0f;
-    /// The walk gathers a plane only.
+    /// The walk only samples a plane.
     bool planeSampling = false;
     bool wholeMesh = false;
     bool wholeMeshFacing = false;
     Vector wholeMeshView;
     bool coarseMeshWarned = false;
     bool inTemporarySmooth = false;
-    /// The tool to return to at the end of a stroke that Smooth was swapped in for.
+    /// The tool to restore at the end of a stroke that was temporarily switched to Smooth.
     BrushConfiguration* configurationBeforeSmooth = nullptr;
     Vector ringSum;
     uint32_t ringCount = 0;
@@ -274,7 +289,7 @@ public:
     float planeSampleWeight = 0.0f;
 
     // --- Levels of the dab ---
-    /// Subdivisions inside one patch: 2^patchLevel faces a side.
+    /// Number of subdivisions inside one patch: 2^patchLevel faces per side.
     int32_t patchLevel = 0;
     /// Number of the level whose faces are the patches.
     uint32_t patchMeshLevel = 0;
@@ -292,8 +307,8 @@ public:
     // --- Scratch of the kernels ---
     PatchVertexEntry* patchVertexList = nullptr;
     int32_t patchVertexListCapacity = 0;
-    /// PatchSlice and patchLevel of what patchVertexList lists; null when that may be out of date.
-    /// Compared, never read through.
+    /// PatchSlice and patchLevel of the patch in patchVertexList; null if the list may be out of
+    /// date. Only compared, never dereferenced.
     const uint32_t* listedSlice = nullptr;
     int32_t listedLevel = 0;
     void* spareScratch = nullptr;
@@ -312,9 +327,9 @@ public:
     BrushSpace* brushSpace = nullptr;
     void* brushSpaceAllocation = nullptr;
     float planeDistance = 0.0f;
-    /// 0: the main hit; 1: the mirrored one. Index into the three arrays below.
+    /// 0: the main hit; 1: the mirrored hit. Index into the three arrays below.
     uint32_t mirrorPass = 0;
-    /// Exactly 0: no plane is known yet.
+    /// Exactly 0 until a plane has been determined.
     float planeDistances[2] = {};
     Vector directions[2];
     Vector planePoints[2];
@@ -324,7 +339,7 @@ public:
 
     // --- Stamp cache ---
     bool stampEnabled = false;
-    /// Compared, never dereferenced after the rebuild.
+    /// Only compared, never dereferenced after the rebuild.
     Image* stampImage = nullptr;
     uint32_t stampImageVersion = 0;
     uint32_t stampWidth = 0;
@@ -341,7 +356,7 @@ public:
     float stampScaleV = 0.0f;
     float stampScaleHeight = 0.0f;
 
-    /// Every binding of this stroke in order; the last pair's change is the current one.
+    /// All bindings of this stroke in order; the change of the last pair is the current one.
     Store<MeshChangePair> meshChanges{"unknown"};
     uint32_t gridStride = 0;
     HWVector* positionGrid = nullptr;
@@ -353,7 +368,7 @@ public:
     uint32_t refineInterval = 0;
     bool strokeActive = false;
     KnownPatches knownPatches;
-    /// For comparisons: false visits every patch in full.
+    /// For comparisons in tests: if false, every patch is visited in full.
     bool remembersPatches = true;
 
 private:
@@ -393,7 +408,7 @@ private:
     void RecordOriginalData(uint32_t vertex);
 };
 
-/// Vertices handed to kernels in this stroke, all brushes together.
+/// Number of vertices that kernels have processed in this stroke, for all brushes together.
 extern uint32_t strokeVertexCount;
 
 }  // namespace trovik

@@ -14,7 +14,8 @@ bool IsImprint(const BrushConfiguration* tool) {
 
 }  // namespace
 
-// The only place where a tool turns into state. The rest of the brush tests the flags set here.
+// The only function that converts a tool to state. The rest of the brush tests the flags that are
+// set here.
 void SwiftStroke::SetActiveConfiguration(BrushConfiguration* configuration) {
     const TVCrashReporterFlag flag(4, 4);
     BrushOperation::SetActiveConfiguration(configuration);
@@ -72,7 +73,7 @@ void SwiftStroke::ApplySharedDefaults() {
     updatePlane.SetValue(true, true);
     globalPlane.SetValue(false, true);
     affectAllLayers.SetValue(true, true);
-    // The cube that the kernels read follows at the next stroke.
+    // The cube that the kernels read is updated at the next stroke.
     buildUpRate.SetValue(0.5f, true);
     SetStamp(false, QString::fromLatin1(""));
     StampConfiguration none;
@@ -94,8 +95,8 @@ void SwiftStroke::SetToolFlags(Tool tool) {
             isSmooth = true;
             break;
         case Tool::Amplify:
-            // Keeps the patch normal as the other plane tools do not; the sign drives vertices
-            // away from the plane.
+            // Unlike the other plane tools, this tool keeps the patch normal; the sign makes
+            // vertices move away from the plane.
             isPlaneTool = true;
             planeDirectionSign = -1.0f;
             SetBrushStrengthScale(0.2f);

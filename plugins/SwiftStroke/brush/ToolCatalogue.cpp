@@ -13,7 +13,7 @@ namespace {
 struct ToolRow {
     Tool tool;
     const char* name;
-    /// ${SHORTCUT:...} is resolved by the host's tool tip.
+    /// The tool tip of the host resolves ${SHORTCUT:...}.
     const char* help;
 };
 

@@ -24,11 +24,11 @@ enum class Tool : uint32_t {
     Imprint,
 };
 
-/// Registers the fifteen tools with the host, in the order of their IDs. Called once, by the host,
+/// Registers the fifteen tools with the host, in the order of their IDs. The host calls this once
 /// after the library is loaded.
 void RegisterTools();
 
-/// The row of Smooth, to which a stroke with the Smooth modifier switches. Null before
+/// The catalogue entry of Smooth, which a stroke with the Smooth modifier activates. Null before
 /// RegisterTools.
 extern BrushConfiguration* smoothConfiguration;
 

@@ -5,8 +5,9 @@
 
 namespace trovik {
 
-/// The text in the user's language, context "SwiftStroke". Every text that the user sees goes
-/// through here. \param comment  tells equal texts of different meaning apart; null for none.
+/// Translates a text to the user's language, context "SwiftStroke". All texts that users see are
+/// passed through this function.
+/// \param comment  distinguishes identical texts with different meanings; may be null.
 QString Translate(const char* text, const char* comment = nullptr);
 
 }  // namespace trovik

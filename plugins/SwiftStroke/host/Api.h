@@ -3,11 +3,11 @@
 
 #include <cstdint>
 
-/// Marks what crosses a library border: visible by name, with one type identity everywhere, so
-/// that run-time casts and thrown pointers work between the host and its plug-ins.
+/// Marks declarations that cross a library boundary: visible by name, with one type identity
+/// everywhere, so that dynamic casts and thrown pointers work between the host and its plug-ins.
 #define TROVIK_API __attribute__((visibility("default")))
 
-/// The stages of the vertex step must melt into the loop of each kernel; left to themselves the
+/// The stages of the vertex step must be inlined into the loop of each kernel; by default,
 /// compilers keep most of them out of line.
 #define TROVIK_FORCE_INLINE inline __attribute__((always_inline))
 

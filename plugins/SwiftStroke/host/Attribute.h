@@ -13,44 +13,47 @@ namespace trovik {
 template <typename T>
 class AttributeInstance;
 
-/// A switch with a number beside it, as the panel shows them in one row.
+/// A boolean and a number, which the panel shows in one row.
 struct CheckableFloat {
     bool checked = false;
     float value = 0.0f;
     bool operator==(const CheckableFloat&) const = default;
 };
 
-/// A named, typed, connectable value of a node, shown in the property panel. Its owner is told of
-/// its events. An attribute may drive others, its targets: they take its value whenever it is set.
+/// A named, typed, connectable value of a node, shown in the property panel. Its owner is notified
+/// of its events. An attribute may have targets: attributes that receive its value whenever it is
+/// set.
 class TROVIK_API Attribute {
 public:
-    /// Enters the owner's list of attributes.
+    /// Adds the attribute to the list of the owner.
     Attribute(Node* owner, const QString& name);
     Attribute(const Attribute&) = delete;
     Attribute& operator=(const Attribute&) = delete;
 
-    /// Number of the value's type: 1 int, 2 float, 3 bool, 4 text, 5 switch with number.
+    /// Number of the value type: 1 int, 2 float, 3 bool, 4 string, 5 checkable float.
     virtual int attributeType() const = 0;
     virtual void Serialize(Stream& stream) = 0;
-    /// The value as text, independent of the locale; floats come back as the same float.
+    /// Returns the value as text, independent of the locale; the text of a float restores exactly
+    /// the same float.
     virtual QString AsString() const = 0;
-    /// \return false, changing nothing, when the text is no value of this type.
+    /// \return false, without a change, if the text is not a value of this type.
     virtual bool SetFromString(const QString& text) = 0;
-    /// Makes `target` follow this attribute. A target that had another source leaves it.
+    /// Connects `target`, which then follows this attribute. If the target had another source, that
+    /// connection ends.
     virtual void AddTarget(Attribute& target, bool silent);
     virtual void UpdateTargets();
     virtual int TargetType() const;
-    /// For attributes that refer to a node; others ignore it and answer null.
+    /// For attributes that refer to a node. Other attributes ignore the call and return null.
     virtual void SetPointerValue(Node* node, bool silent);
     virtual Node* PointerValue() const;
     virtual bool ValidatePointerValue(Node* node) const;
-    /// Leaves the owner's list and every connection.
+    /// Removes the attribute from the list of its owner and ends all connections.
     virtual ~Attribute();
-    /// Tells the owner.
+    /// Notifies the owner.
     virtual void StartEvent(NodeEventType type);
-    /// \return null where no window system is present.
+    /// \return null if there is no window system.
     virtual QWidget* CreateEditorWidget(QWidget* parent, int width);
-    /// Further numbers of an attribute, such as its range.
+    /// Further parameters of an attribute, such as its range.
     virtual uint32_t ParameterCount() const;
     virtual QString ParameterName(uint32_t index) const;
     virtual QString ParameterValue(uint32_t index) const;
@@ -58,20 +61,20 @@ public:
 
     void SetVisible(bool visible) { shown = visible; }
     bool IsVisible() const { return shown; }
-    /// A line above the attribute in the panel.
+    /// Whether the panel shows a line above the attribute.
     void SetSeparator(bool separator) { separated = separator; }
     bool HasSeparator() const { return separated; }
-    /// \param collapsed  whether the category's group starts closed.
+    /// \param collapsed  whether the group of the category is initially closed.
     void SetCategory(const QString& category, bool collapsed);
     const QString& Category() const { return category; }
     bool CategoryCollapsed() const { return collapsed; }
 
-    /// Makes this attribute follow `source`.
+    /// Connects this attribute to `source`, which it then follows.
     void Connect(Attribute& source, bool silent);
     /// Ends the connection to the source, if any.
     void Disconnect();
     Attribute* Source() const { return source; }
-    /// Bytes of the value.
+    /// Size of the value in bytes.
     uint32_t Size() const { return size; }
     Attribute* Target(uint32_t index) const;
     uint32_t TargetCount() const { return static_cast<uint32_t>(targets.size()); }
@@ -93,12 +96,12 @@ private:
     bool collapsed = false;
 };
 
-/// How a type of value is numbered, written as text and streamed. Defined by the host for the five
-/// types below.
+/// Type number, text conversion and streaming of a value type. The host defines these functions for
+/// the five types below.
 template <typename T>
 struct AttributeValue {};
 
-// T is a type, which cannot stand in parentheses. NOLINTBEGIN(bugprone-macro-parentheses)
+// T is a type, which cannot be parenthesised. NOLINTBEGIN(bugprone-macro-parentheses)
 #define TROVIK_ATTRIBUTE_VALUE(T, number)                \
     template <>                                          \
     struct TROVIK_API AttributeValue<T> {                \
@@ -115,12 +118,12 @@ TROVIK_ATTRIBUTE_VALUE(QString, 4);
 TROVIK_ATTRIBUTE_VALUE(CheckableFloat, 5);
 #undef TROVIK_ATTRIBUTE_VALUE
 
-/// Panel widget of a bool attribute; null where no window system is present.
+/// Creates the panel widget of a bool attribute; returns null if there is no window system.
 TROVIK_API QWidget* CreateNewBoolWidget(QWidget* parent,
                                         int width,
                                         AttributeInstance<bool>* attribute);
 
-/// An attribute that holds a value of type T.
+/// An attribute with a value of type T.
 template <typename T>
 class TROVIK_API AttributeInstance : public Attribute {
 public:
@@ -139,7 +142,7 @@ public:
         return true;
     }
 
-    /// Connects, brings the target to this value, and raises the connection events on both ends.
+    /// Connects the target, sets it to this value, and sends the connection events on both ends.
     void AddTarget(Attribute& target, bool silent) override {
         Attribute::AddTarget(target, false);
         if (AttributeInstance* same = SameType(target); same != nullptr && same->value != value)
@@ -147,7 +150,8 @@ public:
         StartEvent(NodeEventSourceConnected);
         target.StartEvent(NodeEventTargetConnected);
     }
-    /// A target of another type cannot take the value; it only hears that something changed.
+    /// A target of another type cannot receive the value; its owner is only notified that something
+    /// changed.
     void UpdateTargets() override {
         for (uint32_t i = 0; i < TargetCount(); ++i) {
             if (AttributeInstance* same = SameType(*Target(i)))
@@ -163,7 +167,7 @@ public:
             return Attribute::CreateEditorWidget(parent, width);
     }
 
-    /// Stores the value, brings the targets along, and tells the owner unless `silent`.
+    /// Stores the value, updates the targets, and notifies the owner unless `silent` is set.
     virtual void SetValue(const T& newValue, bool silent = false) {
         value = newValue;
         UpdateTargets();
@@ -172,7 +176,7 @@ public:
 
     const T& Value() const { return value; }
     operator const T&() const { return value; }
-    /// Both assignments take the value in silence.
+    /// Both assignments set the value without a notification.
     const T& operator=(const AttributeInstance& other) {
         SetValue(other.value, true);
         return value;
@@ -192,10 +196,10 @@ private:
     }
 };
 
-/// A float that keeps to a range: values beyond it become the limit, NaN becomes the lower one.
+/// A float within a range: values outside the range are clamped, and NaN becomes the minimum.
 class TROVIK_API AttributeFloatRange : public AttributeInstance<float> {
 public:
-    /// \param decimals  shown in the panel.
+    /// \param decimals  number of decimals in the panel.
     AttributeFloatRange(
         Node* owner, const QString& name, float minimum, float maximum, float value, int decimals);
 
@@ -216,7 +220,7 @@ private:
     int decimals;
 };
 
-/// Streams the value, in the direction of the stream.
+/// Reads or writes the value, depending on the direction of the stream.
 TROVIK_API Stream& operator<<(Stream& stream, AttributeFloatRange& attribute);
 
 }  // namespace trovik

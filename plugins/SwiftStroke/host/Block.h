@@ -5,28 +5,31 @@
 
 namespace trovik {
 
-/// Base of every array whose memory is accounted for. Blocks form one process-wide list; the
-/// list and the accounts are touched on the host's main thread only.
+/// Base class of all arrays whose memory is accounted for. Blocks form one process-wide list. The
+/// list and the accounts may be used only on the main thread of the host.
 class TROVIK_API Block {
 public:
-    /// Enters the list. \param name  kept as a pointer. \param elementSize  in bytes.
+    /// Adds the block to the list.
+    /// \param name  stored as a pointer.
+    /// \param elementSize  in bytes.
     Block(const char* name, uint32_t elementSize);
-    /// Leaves the list. Accounted bytes are given back by whoever registered them.
+    /// Removes the block from the list. The code that registered bytes must unregister them.
     ~Block();
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;
 
-    /// Adds to the accounted total. \return false, and adds nothing, when the total would pass
-    /// the limit.
+    /// Adds to the accounted total.
+    /// \return false, without a change, if the total would exceed the limit.
     static bool RegisterMemoryBlock(int64_t bytes);
     static void UnregisterMemoryBlock(int64_t bytes);
-    /// Names the allocations that follow; null ends the naming.
+    /// Sets the name of subsequent allocations; null resets it.
     static void SetAllocatorID(const char* name);
     static void CopyMemoryBlock(void* to, const void* from, int64_t bytes);
-    /// \param alignment  a power of two. Released with AlignedFree; null on failure.
+    /// Returns null if the allocation fails. The memory is released with AlignedFree.
+    /// \param alignment  a power of two.
     static void* AlignedAlloc(uint64_t size, uint64_t alignment);
     static void AlignedFree(void* memory);
-    /// Writes the accounts to the log: blocks that hold at least `share` of the total.
+    /// Writes the accounts to the log: blocks with at least the fraction `share` of the total.
     static void LogAll(float share, bool everyBlock);
 
     static Block* s_pHead;

@@ -10,8 +10,8 @@ namespace trovik {
 
 class BrushConfiguration;
 
-/// Fall-off by the angle between the surface and the view, process-wide: the switch of the panel
-/// row that holds its two angles.
+/// Process-wide switch of the falloff by the angle between the surface and the view. It belongs to
+/// the panel row with the two angles (BrushOperation::facingAngleStart and facingAngleRange).
 class TROVIK_API CheckableFloatArray {
 public:
     static bool s_bActive;
@@ -19,7 +19,7 @@ public:
 
 enum class PredefinedCategory : int { Paint = 0, Sculpt = 1 };
 
-/// One tool of the tray: a brush class and a number by which it knows what to do.
+/// One tool of the tool tray: a brush class, and the number by which the class identifies the tool.
 class TROVIK_API BrushConfiguration {
 public:
     BrushConfiguration(const ClassDesc* brushClass,
@@ -33,9 +33,12 @@ public:
 
     const ClassDesc* BrushClass() const { return brushClass; }
     uint32_t ID() const { return id; }
+    /// The name in scripts and files, not translated.
     const QString& Name() const { return name; }
+    /// The name in the user interface, translated.
     const QString& DisplayName() const { return displayName; }
     PredefinedCategory Category() const { return category; }
+    /// Rich text, translated.
     const QString& ToolTip() const { return toolTip; }
     int Flags() const { return flags; }
 
@@ -48,18 +51,19 @@ private:
     int flags;
 };
 
-/// How a tool's stamp is laid.
+/// The stamp of a tool and the way in which dabs apply it.
 class TROVIK_API StampConfiguration {
 public:
     StampConfiguration();
     ~StampConfiguration();
 
+    /// The image file; empty if there is none.
     QString path;
-    /// The stamp is in use.
+    /// Whether the stamp is used.
     bool enabled = false;
-    /// How far each dab's stamp is turned at random, 0 to 1 of a full turn.
+    /// Range of the random rotation of the stamp of each dab, as a fraction of a full turn, 0 to 1.
     float randomTurn = 0.0f;
-    /// Each dab's stamp gets a place, size and turn of its own.
+    /// Whether each dab applies the stamp at a random position, size and rotation.
     bool randomize = false;
 };
 
@@ -70,10 +74,11 @@ public:
 
     int MirrorMode() const { return mode; }
     void SetMirrorMode(int newMode) { mode = newMode; }
-    /// The map of points (mesh-local) that takes the main hit to the mirrored one now at work.
+    /// Sets the matrix that maps mesh-local points at the main hit to the current mirrored hit.
     void SetPointMap(const Matrix& map) { pointMap = map; }
     const Matrix& PointMap() const { return pointMap; }
-    /// (p, w) through the point map of `hit`'s mirror. Mesh-local.
+    /// Applies the point map to (p, w), without a perspective division. Mesh-local. `hit` is the
+    /// mirrored hit.
     Vector Transform(const Vector& p, float w, const SurfacePoint* hit) const;
 
 private:
@@ -81,180 +86,299 @@ private:
     Matrix pointMap;
 };
 
-/// Something that the user does with the mouse.
+/// An interactive operation that the user performs with the pointer.
 class TROVIK_API Operation : public Node {
 public:
-    /// Runs the operation once with its effect inverted.
+    /// Executes the operation once with its effect inverted. The base class does nothing.
     virtual void ExecuteAndInvert();
 };
 
 /// The `mask` argument that selects the brush's stamp.
 inline constexpr int stampMask = -1;
 
-/// Base of all brushes: settings, their panel, the stamp, and the stroke calls that the host's
-/// stroke loop makes. `mask` -1 means the brush's stamp; mask 1 is the mirrored stamp read.
+/// Base class of all brushes: the settings and their attributes, the stamp, the tools, and the
+/// stroke functions that the host's stroke loop calls.
+///
+/// A stroke is one BeginStroke, one ApplyDab for each hit, and one EndStroke. The order of the
+/// virtual functions is part of the binary interface. Unless a comment states otherwise, the base
+/// class returns and stores the settings that it describes, and all functions are called on the
+/// main thread of the host. A `mask` argument is stampMask for the stamp of the brush, or 1 for the
+/// additional read of the stamp at the mirror vertex; for any other value there is no mask.
 class TROVIK_API BrushOperation : public Operation {
 public:
-    /// Key state with which a stroke began.
+    /// Key state at the start of a stroke. ModifierSmooth replaces the tool by Smooth for the
+    /// stroke; ModifierInvert inverts the effect of the stroke.
     enum Modifier : int { ModifierNone = 0, ModifierSmooth = 1, ModifierInvert = 2 };
-    /// 0: a sculpting stroke; anything else: a gesture that sculpts nothing.
+    /// 0: a sculpting stroke; any other value: a gesture that does not sculpt.
     enum TriggerType : int { TriggerStroke = 0, TriggerOther = 1 };
 
     BrushOperation();
     ~BrushOperation() override;
 
-    /// 0: dabs along the motion; 1: one dab that grows from the press point; 2: one dab whose size
-    /// is the distance between press and release, in their middle.
+    /// Returns how a stroke places dabs. 0: dabs along the path (the default); 1: one dab that is
+    /// centred at the press point and grows with the distance to the pointer; 2: one dab whose
+    /// diameter extends from the press point to the pointer.
     virtual int StrokeDrawMode() const;
+    /// Returns whether the brush size is a screen-space size. False by default.
     virtual bool IsScreenSpace() const;
-    /// Size and strength as set, 0 to Max.
+    /// Returns the brush size, 0 to MaxBrushSize(). All tools of a brush share it.
     virtual float BrushSize() const;
+    /// Returns the brush strength in percent, 0 to MaxBrushStrength().
     virtual float BrushStrength() const;
+    /// Sets the brush size, clamped to 0 to MaxBrushSize(); NaN becomes 0.
     virtual void SetBrushSize(float size);
+    /// Sets the brush strength in percent, clamped to 0 to MaxBrushStrength(); NaN becomes 0.
     virtual void SetBrushStrength(float strength);
-    /// Size and strength under a pressure of 0 to 1.
+    /// Returns the brush size at a pressure of 0 to 1. Pressure has an effect if strokeOptionD is
+    /// set: it multiplies the size by (1 - b) * pressure + b, where b is BrushSizeBias() / 100.
     virtual float EffectiveBrushSize(float pressure) const;
+    /// Returns the brush strength at a pressure of 0 to 1, as EffectiveBrushSize does for the size,
+    /// if PressureControlsBrushStrength() returns true.
     virtual float EffectiveBrushStrength(float pressure) const;
-    /// Share, in percent, that does not depend on pressure.
+    /// Returns the part of the size that does not depend on pressure, in percent.
     virtual float BrushSizeBias() const;
+    /// Returns the part of the strength that does not depend on pressure, in percent.
     virtual float BrushStrengthBias() const;
+    /// Returns the upper limit of the brush size, 100 by default.
     virtual float MaxBrushSize() const;
+    /// Returns the upper limit of the brush strength, 100 by default.
     virtual float MaxBrushStrength() const;
+    /// Returns whether the path of a stroke is smoothed.
     virtual bool UsesStrokeSmoothing() const;
+    /// Returns the length over which the path is smoothed, as a fraction of the viewport height.
     virtual float StrokeSmoothingDistance() const;
+    /// Sets both values of stroke smoothing without a notification of the owner.
     virtual void SetStrokeSmoothing(bool on, float distance);
+    /// Returns whether the brush draws its own cursor. False by default.
     virtual bool HasCustomCursor() const;
+    /// Returns whether the stabiliser (lazy brush) is on: dabs then trail the pointer at a
+    /// distance.
     virtual bool UsesSteadyStroke() const;
+    /// Returns the distance at which dabs trail the pointer, as a fraction of the viewport height.
     virtual float SteadyStrokeDistance() const;
+    /// Sets both values of the stabiliser without a notification of the owner.
     virtual void SetSteadyStroke(bool on, float distance);
+    /// Sets how the size of a stamp is derived from its image. Ignored by the base class.
     virtual void SetStampSizingMode(int mode);
-    /// Name of the falloff curve in force.
+    /// Returns the name of the current falloff curve; "custom" for user-defined samples.
     virtual QString Falloff() const;
+    /// Selects a falloff curve by name. An unknown name has no effect.
     virtual void SetFalloff(const QString& name);
-    /// Samples of the falloff from the centre to the rim; borrowed for the length of a stroke.
+    /// Returns the samples of the falloff curve from the centre to the rim. The array may be
+    /// borrowed until the end of the stroke.
     virtual const Store<float>& FalloffData() const;
+    /// Returns CheckableFloatArray::s_bActive.
     virtual bool UsesFalloffBasedOnFacingAngle() const;
-    /// Angles in degrees. `on` is process-wide.
+    /// Sets the falloff by the angle between the surface and the view. `on` is process-wide; the
+    /// angles, in degrees, are those of facingAngleStart and facingAngleRange.
     virtual void SetFalloffBasedOnFacingAngle(bool on, float start, float range);
+    /// Returns StampConfiguration::randomize of the stamp.
     virtual bool UsesStampRandomize() const;
+    /// Sets StampConfiguration::randomize of the stamp.
     virtual void SetStampRandomize(bool on);
 
+    /// Returns whether the mask is used. Mask 1 is used if topological mirroring is on and the
+    /// stamp is not a vector displacement map.
     virtual bool IsMaskEnabled(int mask) const;
-    /// Never null: an empty image of width 0 stands for none.
+    /// Returns the image of the mask. Never null: if there is no image, it has width 0.
     virtual Image* MaskImage(int mask) const;
-    /// Mesh-local position to stamp pixel, projective, for the dab at work.
+    /// Returns the projective matrix that maps mesh-local positions to stamp pixels for the current
+    /// dab.
     virtual Matrix MaskMatrix(int mask) const;
+    /// Returns whether the values v of the mask are inverted: 1 - v + offset instead of v - offset,
+    /// where offset is MaskOffset(mask).
     virtual bool IsMaskInverted(int mask) const;
+    /// Returns the factor of all mask values, 1 by default. A brush reads it for every dab.
     virtual float MaskFactor(int mask) const;
+    /// Returns whether the mask is repeated in both directions.
     virtual bool IsMaskTiled(int mask) const;
+    /// Returns the file name of the mask. A name that contains ".vdm" or "_vdm" is that of a vector
+    /// displacement map.
     virtual QString MaskName(int mask) const;
+    /// Returns whether the build-up of a vertex grows by its weight with the mask (true) or without
+    /// it (false).
     virtual bool MaskBuildUp(int mask) const;
+    /// Returns the opacity image of the mask. The base class has none and returns an image with
+    /// width 0.
     virtual Image* MaskOpacityImage(int mask) const;
+    /// Returns the value that is subtracted from the mask values; see IsMaskInverted.
     virtual float MaskOffset(int mask) const;
+    /// Called after the path of the mask was set. Updates the name, and the image if it is already
+    /// in memory; the host loads other images.
     virtual void OnMaskChanged(int mask);
 
+    /// Returns the rate at which repeated dabs of a stroke add up, 1 by default.
     virtual float BuildUpRate() const;
+    /// Returns whether the current tool places a single copy of the stamp per stroke. False by
+    /// default.
     virtual bool IsImprintTool() const;
+    /// Returns true unless the current tool is an imprint tool. True by default.
     virtual bool NonImprintQueryA() const;
+    /// Returns whether pressure affects the strength (strokeOptionC).
     virtual bool PressureControlsBrushStrength() const;
+    /// Returns whether the current stroke was started with ModifierInvert.
     virtual bool IsInverted() const;
+    /// Returns whether the stamp lies in the tangent plane of the surface. If not, it is projected
+    /// from the active camera.
     virtual bool IsOrientedToSurface() const;
+    /// Sets whether the stamp lies in the tangent plane of the surface.
     virtual void SetOrientedToSurface(bool on);
+    /// Returns true unless the current tool is an imprint tool. True by default.
     virtual bool NonImprintQueryB() const;
-    /// The direction of the dab at work, mesh-local, for the cursor to show.
+    /// Called by the brush with the direction of the current dab, mesh-local, for display at the
+    /// cursor. Not called if every vertex moves along its own normal.
     virtual void SetDirectionVector(const Vector& direction);
 
+    /// Starts a stroke. Every call is followed by one EndStroke.
+    /// \param mesh  the mesh to bind; may be null: the first dab then binds the mesh of its hit.
+    /// \param trigger  unless TriggerStroke, the stroke does not sculpt.
     virtual void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger);
+    /// Ends the stroke: finishes the changes of all its meshes as one undo step and unlocks the
+    /// last one.
     virtual void EndStroke();
+    /// Called when the pointer moves. The base class does nothing.
     virtual void MouseMove();
-    /// One application of the tool. See the brush for the meaning of each argument.
+    /// Applies the tool once at a point of the surface. A dab that cannot run, for example because
+    /// the mesh is locked, ends without an error and without a change of `box`.
+    /// \param hit  mesh-local.
+    /// \param position  centre of the dab, world space.
+    /// \param size  radius in world units.
+    /// \param pressure  0 to 1; scales the build-up.
+    /// \param strength  effective strength before the factors of the tool and the stroke.
+    /// \param box  world space; extended by the region that the dab changed.
     virtual void ApplyDab(const SurfacePoint& hit,
                           const Vector& position,
                           float size,
                           float pressure,
                           float strength,
                           AxisAlignedBoundingBox& box);
+    /// Applies the tool to all vertices of a mesh at once, inside or outside of a stroke. Does not
+    /// call BeginStroke or EndStroke.
+    /// \param byFacing  weights each vertex by how far it faces the camera; if false, all weights
+    /// are 1.
     virtual void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing);
-    /// By name. \return false for a name that no row of this brush's class bears.
+    /// Activates a tool by its name.
+    /// \return false, without a change, if the class of this brush has no tool with this name.
     virtual bool SetActiveConfiguration(const QString& name);
-    /// Stores the settings with the tool that was active and takes back those of the new one, if it
-    /// was active before.
+    /// Activates a tool; null activates none. Stores the settings of the previous tool, and
+    /// restores those of the new tool if it has any. A brush overrides this to apply the defaults
+    /// of a new tool. The configuration is borrowed.
     virtual void SetActiveConfiguration(BrushConfiguration* configuration);
+    /// Returns the active tool, or null.
     virtual BrushConfiguration* ActiveConfiguration() const;
-    /// Forgets the active tool's stored settings.
+    /// Deletes the stored settings of the active tool and activates it again, so that it has its
+    /// defaults.
     virtual void ResetBrushConfiguration();
+    /// Copies the mirror settings.
     virtual void SetMirrorConfig(const MirrorConfiguration& config);
-    /// Whether the tool has stored settings, that is, whether it was left once.
+    /// Returns whether the tool has stored settings, that is, whether it was active before.
     virtual bool IsConfigurationInited(const BrushConfiguration* configuration) const;
+    /// Stores the current settings as those of a tool: all attributes and the settings without an
+    /// attribute, except the brush size.
     virtual void StoreConfiguration(const BrushConfiguration* configuration);
+    /// Restores the stored settings of a tool. Has no effect if there are none.
     virtual void RestoreConfiguration(const BrushConfiguration* configuration);
+    /// Returns the name of an icon to be shown at the cursor; empty by default.
     virtual QString OverlayIcon() const;
+    /// Returns the offset of that icon from the cursor in pixels; 0 by default.
     virtual int OverlayOffset() const;
 
+    /// Copies the settings of another brush, but not its active tool or the stored settings of its
+    /// tools. Attributes change without a notification of the owner.
     virtual const BrushOperation& operator=(const BrushOperation& other);
+    /// Always returns true. The function exists for the layout of the interface.
     virtual bool AlwaysTrueQuery() const;
+    /// Returns whether the brush determines hits itself. False by default.
     virtual bool CustomPicker() const;
+    /// Returns the node whose attributes the panel shows: this brush.
     virtual Node* AttributeHolderNode();
+    /// Selects a falloff curve by its index in the table of curves. An unknown index selects the
+    /// smooth curve. The index -1 keeps user-defined samples if they are current.
     virtual void SetFalloffIndex(int index);
+    /// Returns the index of the current falloff curve, or -1 for user-defined samples.
     virtual int FalloffIndex() const;
+    /// Returns the number of alternate behaviours that a modifier key can select, 0 or 1.
     virtual unsigned AlternateBehaviorCount() const;
+    /// Returns the name of an alternate behaviour, such as "Smooth"; empty beyond the count.
     virtual QString AlternateBehavior(unsigned index) const;
+    /// Returns whether strokes snap to curves (strokeOptionE).
     virtual bool IsSnapToCurve() const;
+    /// Returns the distance within which strokes snap to curves, 0 by default.
     virtual float SnapDistance() const;
+    /// Returns whether the cursor stays visible during a stroke. True by default.
     virtual bool ShowBrushInStroke() const;
+    /// Called after refinement under the brush has split the edge from `vertexA` to `vertexB` with
+    /// `newVertex`. The base class does nothing.
     virtual void OnEdgeSplit(Mesh* mesh, uint32_t vertexA, uint32_t vertexB, uint32_t newVertex);
+    /// Called after refinement under the brush has flipped the edge from `vertexA` to `vertexB`.
+    /// The base class does nothing.
     virtual void OnEdgeFlip(Mesh* mesh, uint32_t vertexA, uint32_t vertexB);
+    /// Called after refinement under the brush has merged `removed` into `kept`. The base class
+    /// does nothing.
     virtual void OnEdgeCollapse(Mesh* mesh, uint32_t kept, uint32_t removed);
+    /// Returns the position of a vertex at the start of the stroke, mesh-local, if the brush
+    /// records it. The base class returns the current position.
     virtual Vector VertexOriginalPosition(Mesh* mesh, uint32_t vertex);
 
     void Serialize(Stream& stream) override;
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();
 
-    /// The catalogue of all tools; it takes ownership.
+    /// Adds a tool to the process-wide catalogue, which takes ownership.
     static void AddConfiguration(BrushConfiguration* configuration);
+    /// Returns a tool of the catalogue, in the order of addition; null beyond the end.
     static BrushConfiguration* Configuration(uint32_t index);
     static uint32_t ConfigurationCount();
 
     MirrorConfiguration& MirrorConfig() { return mirrorConfig; }
-    /// Direction setting as a number, see the brush.
+    /// The direction mode as a number; the brush defines its meaning.
     int Direction() const { return directionAttribute.Value(); }
-    /// Position, mesh-local, of the hit before this one in the stroke, of the same side of a
-    /// mirror; exactly zero while there is none.
+    /// Mesh-local position of the previous hit of the stroke on the same side of the mirror;
+    /// exactly zero if there is none.
     Vector PreviousPatchPosition() const { return previousPatchPosition; }
     void SetPreviousPatchPosition(const Vector& position) { previousPatchPosition = position; }
     void SetBrushStrengthScale(float scale) { brushStrengthScale = scale; }
+    /// Sets whether the stamp is used, and its image file.
     void SetStamp(bool enabled, const QString& path);
+    /// Copies all settings of a stamp. Settings of the stamp that `config` does not contain get
+    /// their defaults.
     void SetStampConfig(StampConfiguration& config);
 
-    /// What a modifier key can turn a stroke into.
+    /// A behaviour that a modifier key selects for a stroke.
     struct AlternateBehaviorRecord {
         int modifier = 0;
         QString name;
     };
 
-    // Settings that the tools of a brush set and show. The brush's panel shows those that are
-    // visible; which ones are is decided by the tool.
+    // The settings that the tools of a brush set. The panel of the brush shows the visible ones;
+    // the tool determines which are visible.
     AttributeInstance<int> directionAttribute;
     AttributeInstance<CheckableFloat> strokeSmoothingAttribute;
     AttributeInstance<CheckableFloat> steadyStrokeAttribute;
-    /// Stamp spacing and its random part, in percent of the brush size.
+    /// The gap between copies of the stamp that are placed side by side, in percent of the radius.
     AttributeInstance<float> strokeFloatA;
+    /// The maximum random addition to that gap, in percent of the radius.
     AttributeInstance<float> strokeFloatB;
-    /// Pressure to strength, pressure to size, snapping: switches of the panel.
+    /// Whether pressure affects the strength.
     AttributeInstance<bool> strokeOptionC;
+    /// Whether pressure affects the size.
     AttributeInstance<bool> strokeOptionD;
+    /// Whether strokes snap to curves.
     AttributeInstance<bool> strokeOptionE;
+    /// The positioning of the stamp in each dab.
     AttributeInstance<int> resetOptionA;
+    /// The rotation of the stamp, in degrees clockwise.
     AttributeInstance<int> separatorOption;
+    /// The fade of an imprint.
     AttributeInstance<CheckableFloat> imprintPairAttribute;
 
-    /// Angles in degrees: full effect below start, none beyond start + range.
+    /// Angles in degrees of the falloff by facing angle: full effect below facingAngleStart, none
+    /// beyond facingAngleStart + facingAngleRange.
     float facingAngleStart = 0.0f;
     float facingAngleRange = 90.0f;
-    /// Factor of the tool on every dab's strength.
+    /// Factor that the tool applies to the strength of every dab.
     float brushStrengthScale = 1.0f;
-    /// Not 0: a stroke keeps to the mesh on which it began.
+    /// If not 0, dabs on a mesh other than the bound one are ignored.
     int strokeMeshLocked = 0;
 
 protected:
@@ -264,14 +388,14 @@ public:
     struct Private;
 
 private:
-    /// Reads or writes the settings that belong to one tool.
+    /// Reads or writes the settings that are stored per tool.
     void TransferToolSettings(Stream& stream);
     std::unique_ptr<Private> d;
     MirrorConfiguration mirrorConfig;
     Vector previousPatchPosition;
 
 public:
-    /// Host side of the settings that have no attribute: see framework/brushes/BrushSettings.h.
+    /// The settings without an attribute, for the host: see framework/brushes/BrushSettings.h.
     Private& Settings() { return *d; }
     const Private& Settings() const { return *d; }
 };

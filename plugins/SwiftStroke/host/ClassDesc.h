@@ -9,14 +9,15 @@ namespace trovik {
 
 class Node;
 
-/// Describes one class of scene nodes. Constructing one enters it in the host's registry; it is
-/// meant for objects that live as long as their library.
+/// Describes one class of scene nodes. The constructor adds it to the registry of the host.
+/// Descriptors should exist as long as their library.
 class TROVIK_API ClassDesc {
 public:
-    /// \param parent, displayParent  descriptor of the class above, for casts and for lists.
-    /// \param factory  makes one node (count below 2) or an array of `count`; answers the first.
+    /// \param parent, displayParent  descriptor of the base class, for casts and for lists.
+    /// \param factory  creates one node (count below 2) or an array of `count` nodes; returns the
+    /// first.
     /// \param flags  0: an ordinary class; 1: hidden from lists of creatable classes.
-    /// \param version  class version written into scenes.
+    /// \param version  class version, which is written to scenes.
     ClassDesc(const ClassDesc* parent,
               const ClassDesc* displayParent,
               const QString& name,
@@ -36,10 +37,11 @@ public:
     int Version() const { return version; }
     /// \return the new node, owned by the caller; null for an abstract class.
     Node* Create(unsigned count = 1) const { return factory == nullptr ? nullptr : factory(count); }
-    /// True for the class itself and for every class below `base`.
+    /// True for `base` itself and for all classes derived from it.
     bool IsDerivedFrom(const ClassDesc* base) const;
 
-    /// Registry, in order of construction. \return null for an unknown name.
+    /// The registry, in order of construction.
+    /// \return null for an unknown name.
     static const ClassDesc* ByName(const QString& name);
     static unsigned Count();
     static const ClassDesc* At(unsigned index);

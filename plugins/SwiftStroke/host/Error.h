@@ -7,20 +7,21 @@
 
 namespace trovik {
 
-/// A failure as the host and its plug-ins throw it: by pointer, `throw (new Error(...))->Format(
-/// text)`. Who catches one calls Dispose on it.
+/// An error as the host and its plug-ins throw it: by pointer, `throw (new Error(...))->Format(
+/// text)`. The code that catches it must call Dispose.
 class TROVIK_API Error {
 public:
     enum Code : int {
         None = 0,
         OutOfMemory = 1,
-        /// Wrong use of an operation; the code of all of SwiftStroke's own errors.
+        /// Incorrect use of an operation; the code of all errors that SwiftStroke itself throws.
         InvalidUse = 4,
     };
 
     Error(const QString& message, Code code, const char* function, const char* file, int line);
 
-    /// Sets the message. \return this same object, so that the call can stand in the throw.
+    /// Sets the message.
+    /// \return this object, so that the call can be part of the throw expression.
     Error* Format(const QString& message);
 
     const QString& Message() const { return message; }
@@ -29,10 +30,10 @@ public:
     const char* File() const { return file; }
     int Line() const { return line; }
 
-    /// Frees a caught error; the static one below is left alone.
+    /// Deletes a caught error, unless it is the static one below.
     static void Dispose(Error* error);
 
-    /// Thrown when the accounted memory may not grow (Block::RegisterMemoryBlock refused).
+    /// Thrown when memory accounting rejects an allocation (Block::RegisterMemoryBlock).
     static Error* const s_cBadAlloc;
 
 private:

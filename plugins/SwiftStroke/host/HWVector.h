@@ -12,15 +12,15 @@
 
 namespace trovik {
 
-/// Four floats for SIMD work, 16-byte aligned. x lives in the highest lane, then y, z, and w in
-/// the lowest; w is 0 for a position. In memory the order is therefore w, z, y, x.
+/// Four floats for SIMD operations, 16-byte aligned. x is in the highest lane, then y, z, and w in
+/// the lowest lane; w is 0 for a position. The order in memory is therefore w, z, y, x.
 class alignas(16) HWVector {
 public:
-    /// Lanes are left as they are: grids of vectors are allocated without being cleared.
+    /// Lanes are not initialised, so that grids of vectors can be allocated without clearing.
     HWVector() = default;
     explicit HWVector(__m128 value) : lanes(value) {}
     HWVector(float x, float y, float z, float w) : lanes(_mm_set_ps(x, y, z, w)) {}
-    /// w becomes 0.
+    /// Sets w to 0.
     explicit HWVector(const Vector& v) : lanes(_mm_set_ps(v.x, v.y, v.z, 0.0f)) {}
     static HWVector Splat(float f) { return HWVector(_mm_set1_ps(f)); }
     static HWVector Zero() { return HWVector(_mm_setzero_ps()); }
@@ -29,7 +29,7 @@ public:
     float Y() const { return Lane<2>(); }
     float Z() const { return Lane<1>(); }
     float W() const { return Lane<0>(); }
-    /// The lowest lane, where operator| leaves its sum.
+    /// The lowest lane, which contains the result of operator|.
     float First() const { return _mm_cvtss_f32(lanes); }
 
     explicit operator Vector() const { return {X(), Y(), Z()}; }
@@ -49,9 +49,10 @@ public:
         return HWVector(_mm_add_ps(pairs, _mm_shuffle_ps(pairs, pairs, _MM_SHUFFLE(1, 0, 3, 2))));
     }
 
-    /// Cross product of x, y, z; each component is one product less another. w is w w' - w w'.
+    /// Cross product of x, y, z; each component is the difference of two products. w is w w' - w
+    /// w'.
     HWVector operator&(const HWVector& o) const {
-        // Lanes from high to low are x y z w. Rotations bring (y z x w) and (z x y w) in place.
+        // Lanes from high to low are x y z w. The shuffles produce (y z x w) and (z x y w).
         const __m128 a1 = _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(2, 1, 3, 0));
         const __m128 a2 = _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(1, 3, 2, 0));
         const __m128 b1 = _mm_shuffle_ps(o.lanes, o.lanes, _MM_SHUFFLE(2, 1, 3, 0));
@@ -59,14 +60,14 @@ public:
         return HWVector(_mm_sub_ps(_mm_mul_ps(a1, b2), _mm_mul_ps(a2, b1)));
     }
 
-    /// Multiplies by 1 / sqrt(dot), with IEEE square root and division; a vector whose dot
-    /// product is 0 is left as it is.
+    /// Multiplies by 1 / sqrt(dot), with IEEE square root and division. A vector whose dot product
+    /// is 0 does not change.
     void Normalize() {
         const float dot = (*this | *this).First();
         if (dot != 0.0f) *this *= 1.0f / std::sqrt(dot);
     }
 
-    /// Per lane; where the comparison fails, as with NaN, the second operand is taken.
+    /// Per lane; if the comparison fails, as with NaN, the result is the second operand.
     static HWVector Minimum(const HWVector& a, const HWVector& b) {
         return HWVector(_mm_min_ps(a.lanes, b.lanes));
     }
@@ -74,8 +75,8 @@ public:
         return HWVector(_mm_max_ps(a.lanes, b.lanes));
     }
 
-    /// Scales by 32767 and rounds to nearest, ties to even. Writes four ints in lane order:
-    /// w, z, y, x.
+    /// Scales by 32767 and rounds to nearest, ties to even. Writes four ints in lane order: w, z,
+    /// y, x.
     void StoreNormalAsInt(int* out) const {
         const __m128i integers = _mm_cvtps_epi32(_mm_mul_ps(lanes, _mm_set1_ps(32767.0f)));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), integers);

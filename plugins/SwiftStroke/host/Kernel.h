@@ -12,7 +12,7 @@ class Geometry;
 enum HUDMessageType : int { HUDMessageInfo = 0, HUDMessageWarning = 1 };
 enum LayerUIType : int { LayerUISculpt = 0 };
 
-/// What a plug-in may ask of the user interface.
+/// Functions of the user interface that a plug-in may call.
 class TROVIK_API Interface {
 public:
     virtual ~Interface();
@@ -22,27 +22,27 @@ public:
     virtual void ActivateLayerSystem(LayerUIType type) = 0;
 };
 
-/// Where a geometry or a camera stands in the world. Row-vector convention.
+/// The transform of a geometry or a camera between local and world space. Row-vector convention.
 class TROVIK_API Transformation {
 public:
     /// out = ((x row0 + y row1) + z row2) + w row3 of the local-to-world matrix.
     virtual void LocalToWorld(Vector* out, const Vector* in, float w) const = 0;
-    /// The same with the inverse matrix.
+    /// Applies the inverse matrix in the same way.
     virtual void WorldToLocal(Vector* out, const Vector* in, float w) const = 0;
     virtual void LocalToWorldMatrix(Matrix* out) const = 0;
-    /// Factors along the local axes.
+    /// Scale factors along the local axes.
     virtual void Scale(Vector* out) const = 0;
     virtual ~Transformation();
 };
 
-/// Something with a place in the world.
+/// An object with a transform.
 class TROVIK_API Placed {
 public:
     virtual trovik::Transformation* Transformation() const = 0;
     virtual ~Placed();
 };
 
-/// The viewer. It looks along its local -z axis with +y up.
+/// A camera. It looks along its local -z axis, with +y up.
 class TROVIK_API Camera : public virtual Placed {};
 
 class TROVIK_API Scene {
@@ -55,7 +55,7 @@ public:
     virtual ~Scene();
 };
 
-/// The one process-wide instance of the host.
+/// The only instance of the host in the process.
 class TROVIK_API Kernel : public Node {
 public:
     Kernel();
@@ -63,20 +63,21 @@ public:
 
     virtual trovik::Interface* Interface() = 0;
     virtual trovik::Scene* Scene() = 0;
-    /// True while the host runs its automated test mode, which shows preferences and behaviours
-    /// that are meant for tuning.
+    /// True while the host is in its automated test mode, which enables preferences and behaviours
+    /// for tuning.
     virtual bool IsTestModeOn() const = 0;
 
-    /// One bit per guarded function that is now on the stack; see TVCrashReporterFlag.
+    /// Sum of the bits of the guarded functions that are on the stack; see TVCrashReporterFlag.
     uint32_t crashFlags = 0;
-    /// Commands as words; nodes may connect a text attribute to it.
+    /// Commands as text; nodes may connect a string attribute to it.
     AttributeInstance<QString> kernelCommandAttribute;
 };
 
 TROVIK_API extern Kernel* g_pKernel;
 
-/// Scope guard that every public entry point of a plug-in opens, so that a crash report shows which
-/// functions were on the stack. Adds `bit` to the kernel's counter and takes it off again.
+/// Scope guard of every public entry point of a plug-in. It records for crash reports which
+/// functions were on the stack: it adds `bit` to the counter of the kernel and subtracts it at the
+/// end.
 class TROVIK_API TVCrashReporterFlag {
 public:
     TVCrashReporterFlag(uint32_t flagKind, uint32_t flagBit) : kind(flagKind), bit(flagBit) {
@@ -87,7 +88,7 @@ public:
     TVCrashReporterFlag& operator=(const TVCrashReporterFlag&) = delete;
 
 private:
-    /// Part of the layout that crash reports read; nothing here reads it.
+    /// Part of the layout that crash reports read; not used here.
     [[maybe_unused]] uint32_t kind;
     uint32_t bit;
 };

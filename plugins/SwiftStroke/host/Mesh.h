@@ -9,17 +9,19 @@
 #include <cstring>
 
 /// \file
-/// Meshes as a brush sees them. A geometry is a row of subdivision levels; each level is a mesh.
-/// The brush reads and writes a level's storage directly and asks for everything else by calls.
+/// Meshes as a brush accesses them. A geometry is a hierarchy of subdivision levels, and each level
+/// is a mesh. The brush reads and writes the storage of a level directly; all other access is by
+/// virtual functions.
 ///
-/// Corners and sides of a face run in one sense: corner k is joined to corner k + 1 by side k.
-/// A patch is one face of a coarser level, refined: 2^L faces a side, stored as one slice.
+/// The corners and sides of a face have the same direction of rotation: side k joins corner k to
+/// corner k + 1. A patch is one face of a coarser level with its descendants: 2^L faces per side,
+/// stored as one slice.
 ///
-///        corner 0 --- side 0 --> corner 1
-///           ^                       |
-///         side 3                  side 1        rows run from side 0 to side 2,
-///           |                       v           columns from side 3 to side 1
-///        corner 3 <-- side 2 --- corner 2
+///      corner 0 --- side 0 --> corner 1
+///         ^                       |
+///       side 3                  side 1        rows run from side 0 to side 2,
+///         |                       v           columns from side 3 to side 1
+///      corner 3 <-- side 2 --- corner 2
 namespace trovik {
 
 class Mesh;
@@ -28,8 +30,8 @@ class SubdivisionLevel;
 /// A hit on the surface. Position and normal are mesh-local.
 struct TROVIK_API SurfacePoint {
     SurfacePoint() = default;
-    /// A point at the first corner of face `faceIndex`, with that face's unit normal. `unused`
-    /// takes part in nothing.
+    /// Constructs a point at the first corner of face `faceIndex`, with the unit normal of that
+    /// face. `unused` has no effect.
     SurfacePoint(Mesh* mesh, uint32_t unused, uint32_t faceIndex);
 
     Mesh* mesh = nullptr;
@@ -40,18 +42,18 @@ struct TROVIK_API SurfacePoint {
     bool mirror = false;
 };
 
-/// Visitor of a flood over faces. Reports no errors; called on the thread of the walk.
+/// Visitor of a flood fill over faces. It must not throw; it is called on the thread of the walk.
 class TROVIK_API FaceEnumerator {
 public:
     virtual void Operator(Mesh* mesh, uint32_t face) = 0;
-    /// \return true to go on into the face's neighbours.
+    /// \return true to visit the face and continue with its neighbours.
     virtual bool Tester(Mesh* mesh, uint32_t face) = 0;
 
 protected:
     ~FaceEnumerator() = default;
 };
 
-/// Visitor of a flood over vertices; `face` is one that holds the vertex.
+/// Visitor of a flood fill over vertices; `face` is a face that uses the vertex.
 class TROVIK_API VertexEnumerator {
 public:
     virtual void Operator(Mesh* mesh, uint32_t vertex, uint32_t face) = 0;
@@ -70,7 +72,8 @@ protected:
     ~AdjacentVertexEnumerator() = default;
 };
 
-/// Whoever locks a mesh hands one in, so that the mesh can ask whether the lock may be taken away.
+/// Passed to a mesh by the code that locks it, so that the mesh can query whether the lock may be
+/// transferred.
 class TROVIK_API MeshUnlocker {
 public:
     virtual bool IsStrokeFree() = 0;
@@ -79,140 +82,148 @@ protected:
     ~MeshUnlocker() = default;
 };
 
-/// The active sculpt layer of a mesh: an offset per vertex, kept for touched vertices only and
-/// reached by slots.
+/// The active sculpt layer of a mesh: an offset per vertex, stored only for touched vertices and
+/// accessed by slots.
 class TROVIK_API Layer {
 public:
-    /// Writes the vertex's offset in this layer to `out` (mesh-local) and answers `out`.
+    /// Writes the offset of the vertex in this layer to `out` (mesh-local) and returns `out`.
     virtual Vector* get(Vector* out, uint32_t layerSlot) const = 0;
-    /// Stores the offset. With `updateComposite` the vertex's position in the mesh becomes
-    /// rest + strength x offset, rest being the composite without this layer. `out`, when not
-    /// null, receives that position.
+    /// Stores the offset. With `updateComposite`, the position of the vertex in the mesh becomes
+    /// rest + strength x offset, where rest is the position without this layer. `out`, if not null,
+    /// receives that position.
     virtual void set(Vector* out,
                      uint32_t layerSlot,
                      uint32_t vertex,
                      const Vector* offset,
                      bool updateComposite) = 0;
-    /// False: the layer refuses changes.
+    /// False if the layer does not accept changes.
     virtual bool Writable() const = 0;
     virtual ~Layer();
 };
 
-/// Something that shows a mesh; a child node of the mesh.
+/// An object that displays a mesh; a child node of the mesh.
 class TROVIK_API MeshRenderer : public TreeNode {
 public:
     virtual void rendererVertexChanged(uint32_t vertex, uint32_t face) = 0;
-    /// 0: the renderer must hear of every vertex; otherwise one notice per patch is enough.
+    /// 0 if the renderer must be notified of every vertex; otherwise one notification per patch is
+    /// sufficient.
     virtual float rendererUpdateFactor() const = 0;
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();
 };
 
-/// The undo object of one mesh during one stroke. Whoever started it deletes it.
+/// The undo object of one mesh during one stroke. The code that started it must delete it.
 ///
-/// Look-up of a vertex's record: let k be the vertex's changeLink. It is a hit when k is below
-/// *recordCount and record k names the vertex; otherwise the vertex has no record and the word is
-/// its visit stamp.
+/// Look-up of the record of a vertex: let k be the changeLink of the vertex. If k is below
+/// *recordCount and record k is that of the vertex, it has been found. Otherwise the vertex has no
+/// record, and the word is its visit stamp.
 class TROVIK_API MeshChange {
 public:
     virtual ~MeshChange();
     MeshChange(const MeshChange&) = delete;
     MeshChange& operator=(const MeshChange&) = delete;
 
-    /// Makes the record of a vertex that has none: position, normal and old link word are taken
-    /// over, and the vertex's link then names the record. The reference holds until the next call.
-    /// \param face  one that holds the vertex. \param withLayerSlot  reserve a slot in the active
-    /// layer. Errors: throws Error::s_cBadAlloc when memory is refused.
+    /// Creates the record of a vertex that has none: copies its position, normal and link word, and
+    /// sets the link of the vertex to the record. The reference is valid until the next call.
+    /// \param face  a face that uses the vertex.
+    /// \param withLayerSlot  whether to reserve a slot in the active layer.
+    /// \throw Error::s_cBadAlloc if memory cannot be allocated.
     StoredVertexInfo& Add_uncached(uint32_t vertex,
                                    uint32_t face,
                                    Vertex& vertexRecord,
                                    bool withLayerSlot);
-    /// Whether Add_uncached would find room for so many more, so that nothing moves and nothing can
-    /// be refused; see RecordMaker.
+    /// Returns whether Add_uncached has room for this many more records, so that nothing is
+    /// reallocated and no allocation can fail; see RecordMaker.
     bool HasRoom(uint32_t count = 1) const {
         return uint64_t{records->fill} + count <= records->capacity;
     }
     static constexpr uint32_t noLayerSlot = 0xffffffffu;
 
-    /// Closes the change at the end of a stroke and gives it to the undo history.
-    /// \param keepTopology  the mesh's faces are as they were. \param joinPrevious  the step
-    /// belongs to the same undo step as the change finished before it.
+    /// Ends the change at the end of a stroke and passes it to the undo history.
+    /// \param keepTopology  the faces of the mesh have not changed.
+    /// \param joinPrevious  the step belongs to the same undo step as the change that was finished
+    /// before it.
     virtual void Finish(bool keepTopology, bool joinPrevious) = 0;
 
     Mesh* mesh;
     Store<StoredVertexInfo>* records;
     uint32_t* recordCount;
-    /// Number of edits of the mesh's positions or normals that did not come from the brush, through
-    /// its kernels or the layer, while this change was open. Valid if countsOutsideEdits is set.
+    /// Number of edits of the positions or normals of the mesh while this change was open, except
+    /// those by the brush itself through its kernels or the layer. Valid if countsOutsideEdits is
+    /// set.
     uint32_t outsideEdits = 0;
-    /// Declares that the host adds 1 to outsideEdits for every such edit. A brush may then keep
-    /// results from one dab to the next as long as the count stays the same. By default a host
-    /// declares nothing, and every dab reads the mesh again.
+    /// Declares that the host increments outsideEdits for every such edit. A brush may then reuse
+    /// results of the previous dab as long as the count does not change. By default this is false,
+    /// and every dab reads the mesh again.
     bool countsOutsideEdits = false;
 
 protected:
     explicit MeshChange(Mesh* changedMesh);
-    /// Slot of the vertex in the active layer, made at need.
+    /// Returns the slot of the vertex in the active layer, and creates it if necessary.
     virtual uint32_t ReserveLayerSlot(uint32_t vertex) = 0;
 };
 
-/// A level's storage and the questions that a brush asks of it. Positions and normals are
+/// The storage of a level, and the functions that a brush calls on it. Positions and normals are
 /// mesh-local.
 class TROVIK_API Mesh : public TreeNode {
 public:
     ~Mesh() override;
 
-    /// Vertex indices of all faces, corner by corner: 4 a face when meshType is 1, else 3.
+    /// Vertex indices of all faces, by corner: 4 per face if meshType is 1, otherwise 3.
     Store<uint32_t> faceVertexIndices;
-    /// One byte a face; bit 1 (value 2) marks the face as live for sculpting.
+    /// One byte per face; bit 1 (value 2) marks the face as live for sculpting.
     uint8_t* faceFlags = nullptr;
     /// 1: quads, 0: triangles.
     int32_t meshType = 1;
     uint32_t faceCount = 0;
-    /// A vertex whose stamp word equals this was handled in the present walk.
+    /// A vertex whose stamp word equals this value has been visited in the current walk.
     uint32_t visitStamp = 1;
     Store<Vertex> vertices;
     Store<PackedNormal> vertexNormals;
     VertexAuxiliary* vertexAuxiliary = nullptr;
-    /// Records of the open change; 0 and null without one.
+    /// Records of the open change; 0 and null if no change is open.
     uint32_t changeRecordCount = 0;
     StoredVertexInfo* changeRecords = nullptr;
 
     uint32_t CornersPerFace() const { return meshType == 1 ? 4 : 3; }
 
-    /// Opens a change and links it; a change still open on this mesh is unlinked first. The caller
-    /// owns the result.
+    /// Opens a change and links it; if another change is open on this mesh, it is unlinked first.
+    /// The caller owns the result.
     virtual MeshChange* StartChange() = 0;
-    /// Reports every vertex that shares an edge with `vertex`, once, turning from `face`.
-    /// \return the number of reports.
+    /// Reports every vertex that shares an edge with `vertex` once, in rotational order starting at
+    /// `face`.
+    /// \return the number of reported vertices.
     virtual uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator,
                                                uint32_t vertex,
                                                uint32_t face) = 0;
-    /// Breadth-first flood over faces from `face`: Tester once a face; where it answers true,
-    /// Operator, and on across sides 0 to 3. Costs what it reaches. visitStamp stays.
+    /// Breadth-first flood fill over faces, starting at `face`. Calls Tester once per face; if it
+    /// returns true, calls Operator and continues across sides 0 to 3. The cost depends only on the
+    /// faces that are reached. Does not change visitStamp.
     virtual void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) = 0;
-    /// The same over vertices, from the corners of `face`. Adds 1 to visitStamp at the end.
+    /// Flood fill over vertices in the same way, starting at the corners of `face`. Adds 1 to
+    /// visitStamp at the end.
     virtual void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) = 0;
-    /// Topological mirror of a corner. \return the mirror vertex or -1.
+    /// Topological mirror of a corner.
+    /// \return the mirror vertex or -1.
     virtual int32_t MirrorVertex(uint32_t face,
                                  uint32_t corner,
                                  uint32_t* outFace,
                                  uint32_t* outCorner) = 0;
-    /// Neighbour across a side as face * 4 + side; an open border answers openBorder.
+    /// Returns the neighbour across a side as face * 4 + side, or openBorder for an open border.
     virtual uint32_t QuadEdgeNeighbour(uint32_t face, uint32_t side) = 0;
-    /// Normal of a face, of any length: of a quad the cross product of its diagonals, of a triangle
-    /// that of its sides at corner 0.
+    /// Computes the normal of a face, of any length: for a quad the cross product of its diagonals,
+    /// for a triangle that of its sides at corner 0.
     virtual void FaceNormal(Vector* out, uint32_t face) = 0;
     virtual trovik::Geometry* Geometry() = 0;
-    /// Asks leave to change the mesh. False: it may not be touched. The unlocker is borrowed until
-    /// Unlock. A brush that is destroyed in mid-stroke does not call Unlock: the host ends the lock
-    /// when it destroys the brush base.
+    /// Requests permission to change the mesh. If the result is false, the mesh must not be
+    /// changed. The unlocker is borrowed until Unlock. A brush that is destroyed in mid-stroke does
+    /// not call Unlock: the host releases the lock when it destroys the brush base class.
     virtual bool Lock(MeshUnlocker* unlocker) = 0;
-    /// Not 0 when some vertex is frozen.
+    /// Not 0 if at least one vertex is frozen.
     virtual int FreezeQuery() = 0;
     /// The active layer, or null.
     virtual trovik::Layer* Layer() = 0;
-    /// Ends what Lock began.
+    /// Releases the lock.
     virtual void Unlock() = 0;
 
     const ClassDesc* RuntimeClass() const override;
@@ -222,9 +233,9 @@ protected:
     Mesh();
 };
 
-/// Makes records as Add_uncached does, without a call, as long as there is room. What each would
-/// ask of the change is asked once; the change hears of the new ones when this goes, and until then
-/// none may be made in another way.
+/// Creates records like Add_uncached, but inline, as long as there is room. The state of the change
+/// is read once. The change is updated when this object is destroyed; until then, records must not
+/// be added in any other way.
 class RecordMaker {
 public:
     explicit RecordMaker(MeshChange& change)
@@ -241,16 +252,16 @@ public:
     RecordMaker(const RecordMaker&) = delete;
     RecordMaker& operator=(const RecordMaker&) = delete;
 
-    /// The record of a vertex; see MeshChange for the look-up. \return null where it has none.
+    /// Returns the record of a vertex, or null if it has none; see MeshChange for the look-up.
     StoredVertexInfo* Find(uint32_t vertex, const Vertex& vertexRecord) const {
         const uint32_t link = vertexRecord.changeLink;
         return link < fill && records[link].vertexIndex == vertex ? records + link : nullptr;
     }
-    /// The record of a vertex that has none. \param layerSlot  MeshChange::noLayerSlot, or the
-    /// slot that is reserved for it. Needs MeshChange::HasRoom.
+    /// Creates the record of a vertex that has none. Requires MeshChange::HasRoom.
+    /// \param layerSlot  MeshChange::noLayerSlot, or the slot that is reserved for it.
     StoredVertexInfo& Add(uint32_t vertex, Vertex& vertexRecord, uint32_t layerSlot) {
         StoredVertexInfo& record = records[fill];
-        // Position and link word lie as they do in the vertex.
+        // Position and link word have the same layout in the record and the vertex.
         std::memcpy(&record, &vertexRecord, offsetof(Vertex, freeze));
         record.originalNormal = vertex < normalCount ? normals[vertex] : PackedNormal{0, 0, 0, 0};
         record.buildUp = 0.0f;
@@ -273,7 +284,7 @@ private:
     uint32_t normalCount;
 };
 
-/// Answer of QuadEdgeNeighbour at an open border. Any value above 0x80000000 would do.
+/// Result of QuadEdgeNeighbour at an open border. Any value above 0x80000000 is possible.
 inline constexpr uint32_t openBorder = 0xffffffffu;
 /// Bit of Mesh::faceFlags.
 inline constexpr uint8_t faceIsLive = 2;
@@ -285,27 +296,27 @@ public:
     /// Number of the level, from 0.
     virtual int Index() const = 0;
 
-    /// Tables of a patch refined `level` times, N = 2^level faces a side. They are made once and
-    /// live as long as the process. Errors: none; `level` must be at most 15.
+    /// Tables of a patch that is refined `level` times, N = 2^level faces per side. They are built
+    /// once and exist until the process ends. `level` must be at most 15.
     ///
-    /// For each of the (N + 1)^2 grid points in row order: where its vertex index stands in the
-    /// patch's slice of faceVertexIndices.
+    /// For each of the (N + 1)^2 grid points in row order: the position of its vertex index in the
+    /// slice of faceVertexIndices that belongs to the patch.
     static const Store<uint32_t>& QuadVertexIndexTable(uint32_t level);
     /// For each of the N^2 cells in row order: the number of the face within the patch.
     static const Store<uint32_t>& QuadIndexTable(uint32_t level);
-    /// The inverse: for each face within the patch its cell, row * N + column.
+    /// The inverse table: for each face within the patch its cell, row * N + column.
     static const Store<uint32_t>& InvertedQuadIndexTable(uint32_t level);
 
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();
 };
 
-/// A row of levels under one transformation.
+/// A hierarchy of levels with one transform.
 class TROVIK_API Geometry : public TreeNode, public virtual Placed {
 public:
     virtual SubdivisionLevel* LowestLevel() const = 0;
     virtual SubdivisionLevel* HighestLevel() const = 0;
-    /// Null beyond the highest.
+    /// Null if there is no such level.
     virtual SubdivisionLevel* LevelByIndex(uint32_t index) const = 0;
 
     const ClassDesc* RuntimeClass() const override;

@@ -12,7 +12,7 @@ namespace trovik {
 class Attribute;
 class Stream;
 
-/// What happened to an attribute of a node.
+/// Type of an event of an attribute of a node.
 enum NodeEventType : int {
     /// Its value changed.
     NodeEventValueChanged = 0,
@@ -22,8 +22,8 @@ enum NodeEventType : int {
     NodeEventSourceConnected = 2,
 };
 
-/// Base of everything that lives in a scene: it has a name, attributes, a version that counts its
-/// changes, and it can be streamed. Touched on the host's main thread only.
+/// Base class of all objects in a scene. A node has a name, attributes, and a version that counts
+/// its changes, and it can be streamed. Used only on the main thread of the host.
 class TROVIK_API Node {
 public:
     Node();
@@ -32,26 +32,26 @@ public:
 
     /// Called once by the factory after construction.
     virtual void Initialize();
-    /// An attribute of this node raised an event.
+    /// Called when an attribute of this node has sent an event.
     virtual void OnNodeEvent(const Attribute& attribute, NodeEventType type);
-    /// Another node that this one listens to raised an event.
+    /// Called when a node that this node listens to has changed.
     virtual void OnEvent(const Node& source, NodeEventType type);
     virtual QString Name() const;
     virtual void SetName(const QString& name);
-    /// Identifier that stays the same over saving and loading.
+    /// Identifier that does not change when the node is saved and loaded.
     virtual QString StringID() const;
     virtual void SetStringID(const QString& id);
     virtual QString DisplayName() const;
     virtual void SetDisplayName(const QString& name);
     virtual QString HelpID() const;
     virtual void SetHelpID(const QString& id);
-    /// \return null where no window system is present.
+    /// \return null if there is no window system.
     virtual QWidget* CreatePropertiesWindow(QWidget* parent);
-    /// Reads or writes the node, by the direction of the stream.
+    /// Reads or writes the node, depending on the direction of the stream.
     virtual void Serialize(Stream& stream);
-    /// \return false when the node's content contradicts itself.
+    /// \return false if the content of the node is inconsistent.
     virtual bool CheckValidity();
-    /// Copies names and the values of equally named attributes of the same type, in silence.
+    /// Copies names and the values of attributes with the same name and type, without events.
     virtual void CopyTo(Node& target) const;
     /// \return a new node of the same class with the same content, owned by the caller.
     virtual Node* Duplicate() const;
@@ -59,21 +59,22 @@ public:
 
     static const ClassDesc* StaticClass();
 
-    /// Grows with every ContentChanged.
+    /// Incremented by every ContentChanged.
     uint32_t Version() const { return version; }
-    /// Says that the node's content changed: counts the version up and tells the listeners.
+    /// Reports that the content of the node has changed: increments the version and notifies the
+    /// listeners.
     void ContentChanged();
     /// Sets the attributes from the stored template of this class, if there is one.
-    /// \param name  of the template; empty for the class's default. \param silent  false raises
-    /// value events.
+    /// \param name  of the template; empty for the default of the class.
+    /// \param silent  if false, value events are sent.
     void LoadTemplate(const QString& name, bool silent);
 
-    /// Attributes in order of creation; owned by whoever declared them.
+    /// Attributes in order of creation; owned by the objects that declared them.
     const std::vector<Attribute*>& Attributes() const { return attributes; }
-    /// \return null when no attribute bears the name.
+    /// \return null if no attribute has this name.
     Attribute* AttributeByName(const QString& name) const;
 
-    /// Nodes whose OnEvent hears of this node's ContentChanged.
+    /// Nodes whose OnEvent is called by ContentChanged of this node.
     void AddListener(Node* listener);
     void RemoveListener(Node* listener);
 

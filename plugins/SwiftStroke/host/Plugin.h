@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// The record by which a loadable library makes itself known. Constructing one, as a static object
-/// of the library, enters it in the host's list; the host calls `initialise` after loading.
+/// The record with which a loadable library registers itself. It is a static object of the library.
+/// Its constructor adds it to the list of the host, and the host calls `initialise` after loading.
 class TROVIK_API Plugin {
 public:
     Plugin(const QString& name,
@@ -26,7 +26,7 @@ public:
     const QString& Author() const { return author; }
     const QString& Address() const { return address; }
     const QString& Date() const { return date; }
-    /// Runs `initialise`, once; further calls do nothing.
+    /// Runs `initialise` once; further calls have no effect.
     void Initialise();
     bool IsInitialised() const { return initialised; }
 

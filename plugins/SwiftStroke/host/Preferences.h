@@ -5,13 +5,14 @@
 
 namespace trovik {
 
-/// Settings of the user rather than of a scene. Constructing one registers it with the host, which
-/// owns the attribute and keeps its stored value; a key registered twice shares one attribute.
+/// Settings of the user rather than of a scene. The constructor registers the setting with the
+/// host, which owns the attribute and stores its value. Settings with the same key share one
+/// attribute.
 namespace Preferences {
 
 class TROVIK_API Bool {
 public:
-    /// \param advanced  listed only in the advanced panel.
+    /// \param advanced  shown only in the advanced panel.
     Bool(const QString& key,
          const QString& category,
          const QString& label,

@@ -9,12 +9,12 @@
 
 namespace trovik {
 
-/// The growable array of the whole system. Capacities run 0, 1, 3, 7, 15 and so on when growth
-/// comes from appending. Element i is array[i] while i is below the capacity, and array[0]
-/// otherwise; code that reads `array` directly keeps that clamp.
+/// The growable array of the whole system. If the array grows by appending, its capacities are 0,
+/// 1, 3, 7, 15 and so on. Element i is array[i] while i is below the capacity, and array[0]
+/// otherwise; code that reads `array` directly clamps in the same way.
 ///
-/// Errors: growth that the accounting refuses throws Error::s_cBadAlloc; an allocation that fails
-/// is logged and ends the growth in silence.
+/// Errors: if memory accounting rejects an allocation, Error::s_cBadAlloc is thrown. If the
+/// allocation itself fails, this is logged, and the array does not grow.
 template <typename T>
 class Store : public Block {
 public:
@@ -28,7 +28,7 @@ public:
     T& operator[](uint32_t index) { return array[index < capacity ? index : 0]; }
     const T& operator[](uint32_t index) const { return array[index < capacity ? index : 0]; }
 
-    /// Appends a copy. When growth fails nothing is appended and nothing is said.
+    /// Appends a copy. If the allocation fails, nothing is appended and no error is reported.
     void Append(const T& item) {
         if (fill != std::numeric_limits<uint32_t>::max()) {
             uint64_t wanted = capacity;
@@ -41,7 +41,8 @@ public:
         ++fill;
     }
 
-    /// Makes the capacity exactly n, keeping what fits. \return false when the allocation failed.
+    /// Sets the capacity to exactly n and keeps the elements that fit.
+    /// \return false if the allocation failed.
     bool SetCapacity(uint32_t n) {
         if (n == capacity) return true;
         const int64_t bytes = static_cast<int64_t>(n) * static_cast<int64_t>(elementSize);
@@ -55,7 +56,7 @@ public:
         }
         Block::SetAllocatorID(nullptr);
         if (grown == nullptr) {
-            // Nothing was taken, so the account must not keep it.
+            // Nothing was allocated, so the bytes must be unregistered.
             Block::UnregisterMemoryBlock(bytes);
             return false;
         }
@@ -74,8 +75,8 @@ public:
         return true;
     }
 
-    /// Makes the fill count n. A larger n sets the capacity to exactly n; without `keep` the old
-    /// contents go first.
+    /// Sets the fill count to n. If n is larger, the capacity becomes exactly n; without `keep`,
+    /// the old contents are released first.
     bool SetFill(uint32_t n, bool keep) {
         if (n <= fill) {
             fill = n;
@@ -99,7 +100,7 @@ public:
 
     T* array = nullptr;
     uint32_t capacity = 0;
-    /// True: growth copies memory; false: element by element.
+    /// True: growth copies memory; false: growth copies element by element.
     bool plainCopy = true;
     Block* self;
     uint32_t fill = 0;

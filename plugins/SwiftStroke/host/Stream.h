@@ -7,31 +7,32 @@ namespace trovik {
 
 class ClassDesc;
 
-/// A scene file being read or written. One Serialize serves both directions: it asks IsStoring and
-/// takes the fitting one of each pair of transfers. All numbers are little-endian in the file.
+/// A scene file that is being read or written. A single Serialize function serves both directions:
+/// it checks IsStoring and calls the matching function of each pair. All numbers in the file are
+/// little-endian.
 ///
-/// Errors: a read beyond the end, or a stored length that the file cannot hold, throws an Error of
-/// the host; what was read so far is to be thrown away.
+/// Errors: a read beyond the end, or a stored length that exceeds the file, throws an Error of the
+/// host. Data that was read before the error must be discarded.
 class TROVIK_API Stream {
 public:
     virtual ~Stream();
 
-    /// Version under which the class stands in this file; when storing, its present version. A
-    /// class that the file does not name answers 0.
+    /// The version of the class in this file; when storing, its current version. Returns 0 for a
+    /// class that the file does not contain.
     virtual int ClassVersion(const ClassDesc* classDesc) const = 0;
-    /// Whether the file is of format `number` or newer.
+    /// Whether the file has format `number` or newer.
     virtual bool IsFormatAtLeast(uint32_t number) const = 0;
     virtual bool IsStoring() const = 0;
 
-    /// Raw elements, element by element in memory order.
+    /// Transfers raw elements one after the other, in memory order.
     virtual void ReadElements(void* elements, uint32_t elementSize, uint64_t count) = 0;
     virtual void WriteElements(const void* elements, uint32_t elementSize, uint64_t count) = 0;
 
-    /// A whole store, fill count first.
+    /// Transfers a whole store, fill count first.
     virtual void ReadStore(Store<uint32_t>& store) = 0;
     virtual void WriteStore(const Store<uint32_t>& store) = 0;
 
-    /// One plain value in the direction of the stream.
+    /// Transfers one plain value in the direction of the stream.
     template <typename T>
     void Transfer(T& value) {
         static_assert(__is_trivially_copyable(T));
@@ -40,7 +41,7 @@ public:
         else
             ReadElements(&value, static_cast<uint32_t>(sizeof(T)), 1);
     }
-    /// A text as UTF-8 with its byte count ahead.
+    /// Transfers a string as UTF-8, preceded by its byte count.
     void Transfer(QString& text);
 };
 

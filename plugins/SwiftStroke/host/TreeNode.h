@@ -5,25 +5,28 @@
 
 namespace trovik {
 
-/// A node with a parent and children. A parent owns its children and deletes them with itself.
+/// A node with a parent and children. A parent owns its children and deletes them when it is
+/// destroyed.
 class TROVIK_API TreeNode : public virtual Node {
 public:
     TreeNode();
     ~TreeNode() override;
 
-    /// Appends `child`, taking it from its former parent, and calls its OnLinked.
+    /// Appends `child`, removes it from its former parent, and calls its OnLinked.
     virtual void AddChild(TreeNode* child);
-    /// Gives the child back to the caller; the child then has no parent, and hears OnLinked.
+    /// Removes the child, which is then owned by the caller and has no parent, and calls its
+    /// OnLinked.
     virtual void RemoveChild(TreeNode* child);
     virtual TreeNode* FirstChild() const;
     virtual TreeNode* Parent() const;
     virtual TreeNode* NextSibling() const;
     virtual TreeNode* PrevSibling() const;
-    /// Moves a child so that it stands behind `after`; null makes it the first.
+    /// Moves a child to the position after `after`; null moves it to the front.
     virtual void MoveChild(TreeNode* child, TreeNode* after);
-    /// \return the child number `index` among those of the class or below it, or null.
+    /// \return child number `index` among those of the class or a derived class, or null.
     virtual TreeNode* ChildByClass(const ClassDesc* classDesc, uint32_t index);
-    /// \return the first child of the class; with `create` a missing one is made and linked.
+    /// \return the first child of the class. If there is none and `create` is set, one is created
+    /// and added.
     virtual TreeNode* ChildByClass(const ClassDesc* classDesc, bool create);
     virtual void DeleteChildByClass(const ClassDesc* classDesc);
     /// One line for lists of nodes.
@@ -34,7 +37,7 @@ public:
     virtual void SetLocked(bool locked);
     virtual bool HiddenFromUI() const;
     virtual void SetHiddenFromUI(bool hidden);
-    /// The node's parent changed.
+    /// Called when the parent of the node has changed.
     virtual void OnLinked();
 
     void SetStringID(const QString& id) override;

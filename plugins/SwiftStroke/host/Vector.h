@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// Three floats. The space (world or mesh-local) is told by whoever hands one out. All sums are
-/// added from the left, with no fused operations, so that results repeat to the bit.
+/// Three floats. The function that returns a vector specifies its space (world or mesh-local). All
+/// sums are added from left to right without fused operations, so that results are bit-identical.
 struct Vector {
     float x = 0.0f;
     float y = 0.0f;
@@ -26,7 +26,7 @@ struct Vector {
     Vector& operator*=(float f) { return *this = *this * f; }
     bool operator==(const Vector&) const = default;
 
-    /// Dot product, added from the left.
+    /// Dot product, added from left to right.
     float operator|(const Vector& o) const { return x * o.x + y * o.y + z * o.z; }
     /// Cross product.
     Vector operator&(const Vector& o) const {
@@ -34,12 +34,12 @@ struct Vector {
     }
     /// sqrt(x x + y y + z z).
     float Length() const { return std::sqrt(x * x + y * y + z * z); }
-    /// Multiplies by 1 / Length(); a zero vector stays zero.
+    /// Multiplies by 1 / Length(); a zero vector does not change.
     void Normalize() {
         const float length = Length();
         if (length != 0.0f) *this *= 1.0f / length;
     }
-    /// The normalised vector; of a zero vector the zero vector.
+    /// Returns the normalised vector; zero for a zero vector.
     Vector Normalized() const {
         Vector result = *this;
         result.Normalize();
@@ -48,7 +48,7 @@ struct Vector {
 };
 static_assert(sizeof(Vector) == 12);
 
-/// Four floats in plain order.
+/// Four floats in memory order.
 struct Vector4 {
     float x = 0.0f;
     float y = 0.0f;
@@ -57,13 +57,13 @@ struct Vector4 {
 };
 static_assert(sizeof(Vector4) == 16);
 
-/// Corners of a box along the axes; empty while minX exceeds maxX.
+/// Corners of an axis-aligned box; empty while minX exceeds maxX.
 struct AxisAlignedBoundingBox {
     float minX = 1.0f, minY = 1.0f, minZ = 1.0f;
     float maxX = -1.0f, maxY = -1.0f, maxZ = -1.0f;
 
     bool IsEmpty() const { return minX > maxX; }
-    /// An empty box becomes the point; otherwise each limit moves out as far as the point needs.
+    /// If the box is empty, it becomes the point; otherwise it is extended to contain the point.
     void Extend(const Vector& p) {
         if (IsEmpty()) {
             *this = {p.x, p.y, p.z, p.x, p.y, p.z};

@@ -33,7 +33,7 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     listedSlice = nullptr;
     const uint32_t faceBase = facesPerPatch * face;
     if (faceBase >= mesh->faceCount) return false;
-    // The first face of a patch decides for all of it.
+    // The first face of a patch determines whether the whole patch is live.
     if ((mesh->faceFlags[faceBase] & faceIsLive) == 0) return false;
     if (useTessellator && CurrentMeshEditable()) return DetailBrush::Tester(walked, face);
     if (planeSampling) return SamplePlanePatch(face);
@@ -41,7 +41,7 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
 
     Vector bentCells[8];
     if (isSmooth) {
-        // The list asks for the vertices, which the grid is then filled from.
+        // Building the list prefetches the vertices from which the grid is then filled.
         BuildWorkList(face);
         FillPatchHalo(walked, face);
         CorrectCorners(face, bentCells);
@@ -50,14 +50,14 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     const PatchKernelPointer kernel = patchKernels[PatchSwitches().Index()];
     const bool reached = (this->*kernel)(face);
 
-    // The ring must hold the neighbours' true positions for the normals. Smooth on positions has
-    // read it already and only bent eight cells of it.
+    // The normals need the true positions of the neighbours in the ghost cells. Smooth on positions
+    // has already read them and modified only eight cells.
     if (isSmooth && affectAllLayers.Value())
         RestoreCorners(bentCells);
     else
         FillPatchHalo(walked, face);
 
-    // Also when nothing was reached: the patch next to a moved one shares its seam.
+    // Also if no vertex was reached, because the patch may share a seam with a patch that moved.
     RefreshPatchNormals(PatchSlice(face));
     if (!reached) return false;
     NotifyRenderersOfPatch(face, faceBase);

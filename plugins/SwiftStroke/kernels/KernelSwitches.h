@@ -5,18 +5,19 @@
 
 namespace trovik {
 
-/// What is fixed for a whole patch and so does not stand as a test in the loop over its vertices.
+/// Conditions that are constant for a whole patch, so that the vertex loop does not test them.
 /// Member k is bit k of the index into the kernel table.
 struct KernelSwitches {
     bool withStamp = false;          ///< bit 0: the weight is multiplied by a stamp
-    bool withoutRadius = false;      ///< bit 1: whole-mesh pass: no distance, falloff, build-up
-    bool alongVertexNormal = false;  ///< bit 2: along each vertex's normal; averaging: of positions
+    bool withoutRadius = false;      ///< bit 1: whole-mesh pass: no distance, falloff or build-up
+    bool alongVertexNormal = false;  ///< bit 2: along the normal of each vertex; for averaging: of
+                                     ///< positions
     bool withFreeze = false;         ///< bit 3: the freeze amount reduces the weight
     bool throughLayer = false;       ///< bit 4: write through the sculpt layer
-    bool averageBit = false;         ///< bit 5: with pullBit the displacement family, see below
+    bool averageBit = false;         ///< bit 5: together with pullBit selects the family, see below
     bool tiledStamp = false;         ///< bit 6: wrap stamp coordinates
     bool pullBit = false;            ///< bit 7
-    bool notifyPerVertex = false;    ///< bit 8: report each written vertex to every renderer
+    bool notifyPerVertex = false;    ///< bit 8: notify every renderer of each written vertex
     bool inWorldSpace = false;       ///< bit 9: measure distances in world space
 
     static constexpr unsigned count = 1024;
@@ -50,7 +51,7 @@ consteval bool AllSwitchIndicesRoundTrip() {
 }
 static_assert(AllSwitchIndicesRoundTrip());
 
-/// How a tool turns a weight into a displacement.
+/// How a tool converts a weight to a displacement.
 enum class Family { Pushing, Averaging, Pulling, Planing };
 
 constexpr Family FamilyOf(bool averageBit, bool pullBit) {
@@ -59,7 +60,7 @@ constexpr Family FamilyOf(bool averageBit, bool pullBit) {
     return pullBit ? Family::Pulling : Family::Pushing;
 }
 
-/// The switches as the vertex step takes them from a patch kernel: all known to the compiler.
+/// The switches of a patch kernel for the vertex step, all compile-time constants.
 template <KernelSwitches switches>
 struct FixedSwitches {
     static constexpr bool withStamp = switches.withStamp;
@@ -71,11 +72,11 @@ struct FixedSwitches {
     static constexpr bool tiledStamp = switches.tiledStamp;
     static constexpr bool notifyPerVertex = switches.notifyPerVertex;
     static constexpr bool inWorldSpace = switches.inWorldSpace;
-    /// A grid cell exists: the step stores into the grid and averages over it.
+    /// The vertex has a grid cell: the step stores into the grid and averages over it.
     static constexpr bool withGrid = true;
 };
 
-/// The same switches as plain values, for the path over vertices without patches.
+/// The switches as run-time values, for meshes without patches.
 struct RunTimeSwitches {
     RunTimeSwitches(const KernelSwitches& s, bool grid)
         : withStamp(s.withStamp),

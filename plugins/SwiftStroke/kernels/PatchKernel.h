@@ -7,14 +7,14 @@
 #include <algorithm>
 
 /// \file
-/// The kernel of one patch, and how its 1024 specialisations reach the table. This header is
-/// included by the instance files only; each of them makes a share of the specialisations.
+/// The kernel of one patch, and the entry of its 1024 specialisations in the table. Only the
+/// instance files include this header; each of them instantiates some of the specialisations.
 namespace trovik {
 
-/// The second half of the turns of a batch, in the order of the work list. Out of line, so that
-/// the loop has the registers to itself.
-/// \param turns  bit i: vertex i moves; the others only enter the grid.
-/// \return whether the dab reached one of them.
+/// The second stage of the vertex step for a batch, in the order of the work list. Not inlined, so
+/// that the loop can use all registers.
+/// \param turns  bit i: vertex i moves; the other vertices only enter the grid.
+/// \return whether the dab reached one of the vertices.
 template <KernelSwitches switches>
 __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
                                          const PatchVertexEntry* entries,
@@ -43,7 +43,8 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
             v.weight = batch.weight[i];
         }
         reached |= MoveVertex(sw, dab, v);
-        // After the move, which need not wonder then whether this was a vertex.
+        // Stored after the move, so that the move need not account for a possible change of the
+        // vertex by this store.
         if constexpr (sw.family == Family::Pushing && !sw.withStamp && !sw.withoutRadius)
             v.record->buildUp = batch.buildUp[i];
     }
@@ -52,17 +53,17 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
     return reached;
 }
 
-/// Whether a kernel may take two rows at once: one that averages positions, and that nobody hears
-/// of from vertex to vertex. An average waits for the one to its left, addition by addition; two
-/// rows keep the processor busy.
+/// Returns whether a kernel may process two rows at once. This requires that it averages positions
+/// and that no renderer is notified per vertex. An average depends on the one to its left through a
+/// chain of additions; two independent rows keep the processor busy.
 constexpr bool MayPairRows(const KernelSwitches& s) {
     return FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal &&
            !s.withStamp && !s.tiledStamp && !s.withoutRadius && !s.throughLayer &&
            !s.notifyPerVertex;
 }
 
-/// One vertex of a row that is averaged. \param left  what the cell to the left holds; leaves as
-/// what this cell holds.
+/// Averages one vertex of a row.
+/// \param left  in: the position in the cell to the left; out: the position in this cell.
 template <KernelSwitches switches>
 TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
                                       const PatchVertexEntry& entry,
@@ -87,10 +88,10 @@ TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
     left = place;
 }
 
-/// Two rows of the second half of turns. The lower row runs one vertex behind the upper: it needs
-/// the upper's result above it, and the upper needs what was below it before. Cells keep `current`
-/// of each vertex until its turn, so bounds follow when both rows are done, in the order of the
-/// list, from what the cells held before and hold then.
+/// The second stage for two rows. The lower row is one vertex behind the upper row: it needs the
+/// result above it, and the upper row needs the old value below it. A cell contains `current` of
+/// its vertex until the vertex is processed. The bounds are therefore computed after both rows, in
+/// the order of the list, from the old and new values of the cells.
 template <KernelSwitches switches>
 __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
                                            const PatchVertexEntry* entries,
@@ -125,7 +126,7 @@ __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
     return above || below;
 }
 
-/// Runs the vertex step over a patch.
+/// Runs the vertex step for a patch.
 /// \return whether the dab reached a vertex of the patch.
 template <KernelSwitches switches>
 bool SwiftStroke::PatchKernel(uint32_t face) {

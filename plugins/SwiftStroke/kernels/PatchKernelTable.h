@@ -10,7 +10,7 @@ namespace trovik {
 using PatchKernelPointer = bool (SwiftStroke::*)(uint32_t face);
 
 /// All specialisations of the patch kernel; entry i has the switches KernelSwitches::FromIndex(i).
-/// Filled when the library is loaded, never changed.
+/// Filled when the library is loaded, then constant.
 class PatchKernelTable {
 public:
     PatchKernelTable();

@@ -2,8 +2,8 @@
 
 /// \file
 /// Normals of a patch by central differences over its grid. Four neighbouring cells of a row are
-/// turned into four x, four y and four z, and every number is then made by the operations that
-/// HWVector's products and Normalize make, in their order.
+/// transposed to four x, four y and four z. Each number is computed by the same operations as in
+/// the products and in Normalize of HWVector, in the same order.
 #include "kernels/PatchNormals.h"
 
 #include "brush/SwiftStroke.h"
@@ -16,13 +16,13 @@ namespace trovik {
 
 namespace {
 
-/// One component of four vectors in each.
+/// Each member has one component of four vectors.
 struct Components {
     __m128 x, y, z;
 };
 
 TROVIK_FORCE_INLINE Components Transposed(__m128 v0, __m128 v1, __m128 v2, __m128 v3) {
-    // Lanes from low to high are w z y x; w is not wanted.
+    // Lanes from low to high are w z y x; w is unused.
     const __m128 zw01 = _mm_unpacklo_ps(v0, v1);
     const __m128 zw23 = _mm_unpacklo_ps(v2, v3);
     const __m128 xy01 = _mm_unpackhi_ps(v0, v1);
@@ -34,7 +34,7 @@ TROVIK_FORCE_INLINE __m128 Difference(__m128 a, __m128 b, __m128 c, __m128 d) {
     return _mm_sub_ps(_mm_mul_ps(a, b), _mm_mul_ps(c, d));
 }
 
-/// Normals at `cell` and the three cells behind it.
+/// Computes the normals at `cell` and the three following cells.
 TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
                                   uint32_t stride,
                                   const Components& scale,
@@ -53,7 +53,7 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
     const __m128 dot =
         _mm_add_ps(_mm_mul_ps(n.z, n.z), _mm_add_ps(_mm_mul_ps(n.y, n.y), _mm_mul_ps(n.x, n.x)));
     const __m128 one = _mm_set1_ps(1.0f);
-    // A vector whose product is 0 stays as it is; times 1 it does.
+    // A vector whose dot product is 0 does not change, so its factor is 1.
     const __m128 isZero = _mm_cmpeq_ps(dot, _mm_setzero_ps());
     const __m128 inverse = _mm_div_ps(one, _mm_sqrt_ps(dot));
     const __m128 factor = _mm_or_ps(_mm_andnot_ps(isZero, inverse), _mm_and_ps(isZero, one));
@@ -61,7 +61,7 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
         const __m128 unit = _mm_mul_ps(component, factor);
         return _mm_cvtps_epi32(_mm_mul_ps(unit, _mm_set1_ps(32767.0f)));
     };
-    // The lower half of each word, as a narrowing conversion takes it: no saturation.
+    // The lower half of each word, as in a narrowing conversion without saturation.
     const __m128i lowX = _mm_srli_epi32(_mm_slli_epi32(words(n.x), 16), 16);
     const __m128i xy = _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16));
     const __m128i z = _mm_and_si128(words(n.z), _mm_set1_epi32(0xffff));
@@ -70,8 +70,8 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
     _mm_storeu_si128(two + 1, _mm_unpackhi_epi32(xy, z));
 }
 
-/// The fourth word is the host's and stays as it is. Read and written as one: what is not near by
-/// is then asked for well before it is needed.
+/// The fourth word is reserved for the host and does not change. The normal is read and written as
+/// one word, so that a cache miss starts long before the value is needed.
 TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint64_t packed) {
     constexpr uint64_t hostWord = uint64_t{0xffff} << 48;
     uint64_t words;
@@ -88,13 +88,13 @@ void PackNormals(
         _mm_set1_ps(scale.X()), _mm_set1_ps(scale.Y()), _mm_set1_ps(scale.Z())};
     if (count >= 4) {
         for (uint32_t i = 0; i < count; i += 4) {
-            // The last four end at the last cell and make some normals again.
+            // The last group of four ends at the last cell and recomputes some normals.
             const uint32_t first = std::min(i, count - 4);
             PackFour(cell + first, stride, scales, out.normals + first);
         }
         return;
     }
-    // Fewer from a copy, since the grid may end behind them.
+    // Fewer than four are computed from a copy, because the grid may end after them.
     HWVector copy[3][6];
     for (uint32_t i = 0; i < 6; ++i) {
         const uint32_t from = std::min(i, count + 1);
@@ -104,7 +104,7 @@ void PackNormals(
     PackFour(copy[1] + 1, 6, scales, out.normals);
 }
 
-/// Makes the normals of a patch and puts them in their places.
+/// Computes the normals of a patch and stores them.
 class SwiftStroke::NormalRefresh {
 public:
     NormalRefresh(const SwiftStroke& brush, const uint32_t* patchSlice)
@@ -120,8 +120,8 @@ public:
           scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
           pack(PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
 
-    /// The rows are taken as one, with the ring's cells between them: these cost less than groups
-    /// that a row does not fill.
+    /// Processes the rows as one sequence, including the ghost cells between them. This costs less
+    /// than groups that a row does not fill.
     void All() {
         const uint32_t cells = (points - 1) * stride + points;
         uint32_t place = 0;
@@ -145,18 +145,18 @@ public:
     }
 
 private:
-    /// Puts packed normals where they belong, from the `first` on, for so many places of the
-    /// patch's list.
+    /// Stores packed normals, from index `first` on, for `count` entries of the patch list.
     void Put(uint32_t first, uint32_t count, uint32_t place) {
         const uint64_t* from = packed.normals + first;
-        // Held here, since for all that the compiler knows a normal may be one of the members.
+        // Copied to a local variable, because the compiler must assume that a written normal may
+        // overlap the members.
         PackedNormal* const to = normals;
         if (list == nullptr) {
             for (const uint32_t* at = places + place; count > 0; --count)
                 StoreNormal(to[slice[*at++]], *from++);
             return;
         }
-        // The list tells the vertices in fewer steps.
+        // The list gives the vertices in fewer steps.
         const PatchVertexEntry* entries = list + place;
         if (fetchesLate) {
             const PatchVertexEntry* const last = list + (points * points - 1);

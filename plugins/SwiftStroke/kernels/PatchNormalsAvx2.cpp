@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The normals of PatchNormals.cpp, eight at a time. Line for line the same operations; the
-/// comments stand there.
+/// The normals of PatchNormals.cpp, eight at a time. The operations are the same line by line; the
+/// comments are in that file.
 #include "kernels/PatchNormals.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ TROVIK_AVX2 inline __m256i Words(__m256 component, __m256 factor) {
     return _mm256_cvtps_epi32(_mm256_mul_ps(unit, _mm256_set1_ps(32767.0f)));
 }
 
-/// Components come in the order of cells 0 2 4 6 1 3 5 7.
+/// Components are in the order of cells 0 2 4 6 1 3 5 7.
 TROVIK_AVX2 inline WideComponents Differences(const HWVector* less, const HWVector* taken) {
     return Transposed(_mm256_sub_ps(Pair(less, 0), Pair(taken, 0)),
                       _mm256_sub_ps(Pair(less, 1), Pair(taken, 1)),
@@ -50,7 +50,7 @@ TROVIK_AVX2 inline WideComponents Differences(const HWVector* less, const HWVect
                       _mm256_sub_ps(Pair(less, 3), Pair(taken, 3)));
 }
 
-/// Eight normals not yet of unit length, and their products with themselves.
+/// Eight normals before normalisation, and their dot products with themselves.
 struct RawNormals {
     __m256 x, y, z, dot;
 };
@@ -90,7 +90,8 @@ TROVIK_AVX2 void PackNormalsWide(
     if (count < 8) return PackNormals(cell, stride, count, scale, out);
     const WideComponents scales = {
         _mm256_set1_ps(scale.X()), _mm256_set1_ps(scale.Y()), _mm256_set1_ps(scale.Z())};
-    // In two goes, since root and division take so long that one would wait for its own.
+    // Two passes, because root and division have such a long latency that a single pass would wait
+    // for them.
     RawNormals raw[PackedRow::capacity / 8];
     uint32_t group = 0;
     for (uint32_t i = 0; i < count; i += 8)

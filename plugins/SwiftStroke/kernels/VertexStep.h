@@ -9,13 +9,13 @@
 /// \file
 /// The algorithm of the brush for one vertex: look up its record, mark it, compute the weight,
 /// sample the stamp, apply the strength, displace, write. StepVertex runs all of it, for meshes
-/// without quads (VertexKernel.cpp). The patch kernels (PatchKernel.h) run the part up to the
-/// weight over batches of vertices (kernels/batch), and then MoveVertex or a batch form of it. The
-/// batch forms repeat the operations of the stages in the same order; tests compare them with
-/// StepVertex bit for bit.
+/// without quads (VertexKernel.cpp). The patch kernels (PatchKernel.h) run the first stage, up to
+/// the weight, over batches of vertices (kernels/batch), and then the second stage: MoveVertex or a
+/// batch form of it. The batch forms use the same operations in the same order; tests compare them
+/// with StepVertex bit by bit.
 namespace trovik {
 
-/// Leaves the vertex as it is, but keeps the grid true.
+/// Does not move the vertex, but updates the grid.
 template <class Switches>
 TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
                                      const DabConstants& dab,
@@ -25,7 +25,7 @@ TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
     return reached;
 }
 
-/// The second half of a vertex's turn, with its weight known: stamp, strength, displacement, write.
+/// The second stage for a vertex whose weight is known: stamp, strength, displacement, write.
 /// \return whether the dab reached it.
 template <class Switches>
 TROVIK_FORCE_INLINE bool MoveVertex(const Switches& sw, DabConstants& dab, VertexState& v) {
@@ -38,7 +38,8 @@ TROVIK_FORCE_INLINE bool MoveVertex(const Switches& sw, DabConstants& dab, Verte
     return true;
 }
 
-/// One vertex's turn. \return whether the dab reached it.
+/// Processes one vertex.
+/// \return whether the dab reached it.
 template <class Switches>
 TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw,
                                     DabConstants& dab,
@@ -54,7 +55,7 @@ TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw,
     v.startPosition = HWVector(start[0], start[1], start[2], 0.0f);
     v.measured = sw.inWorldSpace ? ToWorld(dab.space, v.startPosition) : v.startPosition;
 
-    // A vertex on a seam belongs to several patches; the first that reaches it moves it.
+    // A vertex on a seam belongs to several patches; the first one that reaches it moves it.
     const bool marked = v.record->visitStampWord == dab.dabStamp;
     v.record->visitStampWord = dab.dabStamp;
     if (marked) {

@@ -12,7 +12,7 @@ uint32_t strokeVertexCount = 0;
 
 namespace {
 
-/// Faces and cells of four entries.
+/// Writes the faces and cells of four entries.
 TROVIK_FORCE_INLINE void StoreFacesAndCells(PatchVertexEntry* entries,
                                             const uint32_t* faces,
                                             uint32_t faceBase,
@@ -33,7 +33,7 @@ TROVIK_FORCE_INLINE void StoreFacesAndCells(PatchVertexEntry* entries,
 
 }  // namespace
 
-/// \param vertexAt  the vertex at a place of the patch's list.
+/// \param vertexAt  returns the vertex at an index of the patch list.
 template <bool fetches, class VertexAt>
 void SwiftStroke::FillWorkList(uint32_t patch, const VertexAt& vertexAt) {
     const uint32_t side = 1u << patchLevel;
@@ -45,8 +45,8 @@ void SwiftStroke::FillWorkList(uint32_t patch, const VertexAt& vertexAt) {
     const uint32_t* faceTable =
         SubdivisionLevel::QuadIndexTable(static_cast<uint32_t>(patchLevel)).array;
 
-    // Each vertex takes the face to its upper left, or the nearest one that the patch has. What the
-    // later stages touch is fetched from here, since they find it only through the list.
+    // Each vertex uses the face to its upper left, or the nearest face of the patch. The data of
+    // later stages is prefetched here, because those stages can find it only through the list.
     const auto fetched = [=, &vertexAt](uint32_t place) {
         const uint32_t vertex = vertexAt(place);
         if constexpr (fetches) {

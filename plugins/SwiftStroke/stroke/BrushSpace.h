@@ -9,27 +9,29 @@ namespace trovik {
 
 /// The vectors and matrices that the kernels read for each vertex, in one aligned block.
 struct BrushSpace {
-    /// Dab centre in the space in which distances are measured: mesh-local, or world when the
-    /// mesh's scale is not uniform.
+    /// Dab centre in the space in which distances are measured: mesh-local, or world if the scale
+    /// of the mesh is not uniform.
     HWVector center;
-    /// Direction of push, or plane normal, of this pass. Mesh-local.
+    /// Push direction or plane normal of this pass. Mesh-local.
     HWVector direction;
-    /// Dirty box of the dab, mesh-local: encloses the old and new place of each written vertex.
+    /// Dirty box of the dab, mesh-local: contains the old and the new position of each written
+    /// vertex.
     HWVector boundsMin;
     HWVector boundsMax;
-    /// 1 / scale of the mesh's transformation, per axis.
+    /// 1 / scale of the transform of the mesh, per axis.
     HWVector inverseScale;
-    /// Full width and height of the stamp image as vectors in the stamp's plane.
+    /// Full width and height of the stamp image as vectors in the plane of the stamp.
     HWVector stampAxisU;
     HWVector stampAxisV;
-    /// (x, y, z, 1) times this, divided by the fourth component, is a stamp pixel. Plain order.
+    /// Multiplying (x, y, z, 1) by this matrix and dividing by the fourth component gives a stamp
+    /// pixel. Rows in memory order.
     float stampMatrix[4][4];
-    /// Rows of the local-to-world matrix as HWVectors, so that rows times components give the world
-    /// position with no shuffle. Set only while the mesh's scale is not uniform.
+    /// Rows of the local-to-world matrix as HWVectors, so that multiplying rows by components gives
+    /// the world position without shuffles. Set only if the scale of the mesh is not uniform.
     HWVector meshToWorld[4];
 };
 static_assert(std::is_trivial_v<BrushSpace>);
-// The block is carved out of a 255-byte allocation at its first 16-byte boundary.
+// The block starts at the first 16-byte boundary of a 255-byte allocation.
 static_assert(sizeof(BrushSpace) == 240);
 
 }  // namespace trovik

@@ -20,7 +20,7 @@ constexpr const char* coarseMeshText =
     "brush.<p>\t\t\t\t\tPress <b>%%Subdivide faces%%</b> to subdivide the mesh into finer "
     "polygons.<p>\t\t\t\t\tPress <b>%%Toggle wireframe%%</b> to show/hide the wireframe.";
 
-/// A stretch of the face of the hit: the diagonal of a quad, one side of a triangle.
+/// Returns a length on the face of the hit: the diagonal of a quad, one side of a triangle.
 float FaceMeasure(const SurfacePoint& hit) {
     const Mesh& mesh = *hit.mesh;
     const uint32_t first = hit.face * mesh.CornersPerFace();
@@ -29,7 +29,8 @@ float FaceMeasure(const SurfacePoint& hit) {
     return (Vector(a.x, a.y, a.z) - Vector(b.x, b.y, b.z)).Length();
 }
 
-/// A grid of side x side vectors at the next 16-byte boundary. `allocation` is what to free.
+/// Allocates a grid of side x side vectors at the next 16-byte boundary. `allocation` is the
+/// pointer to free.
 HWVector* AllocateGrid(uint32_t side, void** allocation) {
     const std::size_t bytes = static_cast<std::size_t>(side) * side * sizeof(HWVector);
     std::size_t room = bytes + 15;
@@ -49,8 +50,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     const TVCrashReporterFlag flag(4, 0x400);
     if (!HasFaces(hit.mesh)) return;
     if (!wholeMesh && falloffTable == nullptr) return;
-    // A walk can end by an exception, for instance where memory for a record is refused. The
-    // pending normals belong to this dab's mesh; the next dab may be on a smaller one.
+    // A walk can end with an exception, for example if memory for a record cannot be allocated. The
+    // pending normals belong to the mesh of this dab; the mesh of the next dab may be smaller.
     const AtScopeEnd dropPendingNormals([this] { deferredNormals.SetFill(0, true); });
     mirrorPass = hit.mirror ? 1 : 0;
     dabReserved = 0;
@@ -58,7 +59,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
 
     if (mesh == nullptr || static_cast<Mesh*>(mesh) != hit.mesh) {
         if (strokeMeshLocked != 0) return;
-        // The mesh must see no stroke while it changes hands.
+        // The mesh must not see an active stroke while the binding changes.
         strokeActive = false;
         SetMesh(hit.mesh);
         strokeActive = true;
@@ -84,7 +85,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     dirtyBox = &box;
     brushSpace->boundsMax = HWVector(hit.position);
     brushSpace->boundsMin = brushSpace->boundsMax;
-    // Before the sampling of planes walks the mesh.
+    // Called before plane sampling walks the mesh.
     knownPatches.Check(*CurrentChange(), patchLevel, SmoothsLayer());
     if (!PrepareDab(hit)) return;
     dabStamp = mesh->visitStamp;
@@ -103,8 +104,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
             else
                 knownPatches.Forget();
             {
-                // Also after an exception: records bear this dab's mark, which no later dab may
-                // use.
+                // Runs even after an exception, because records have the mark of this dab, which no
+                // later dab may use.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             }
@@ -127,11 +128,12 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     FlushDeferredNormals();
 }
 
-/// How deep a patch should be for this brush: its side then measures about half the radius.
+/// Returns the patch depth for this brush, such that the side of a patch measures about half the
+/// radius.
 int32_t SwiftStroke::WantedPatchLevel(float size, float edge) const {
     const float factor = swiftStrokeLevelFactor;
     const float wanted = std::trunc(factor * (logf(size * 0.5f / edge) / logf(2.0f)));
-    // Minus infinity (size 0), NaN (0/0) and what no integer holds count as 0.
+    // Minus infinity (size 0), NaN (0/0) and values beyond the integer range count as 0.
     if (!(wanted > 0.0f) || wanted >= 2147483648.0f) return 0;
     return static_cast<int32_t>(wanted);
 }
@@ -152,7 +154,7 @@ void SwiftStroke::SplitPatchLevel(int32_t wanted) {
         patchMeshLevel = static_cast<uint32_t>(level - wanted);
         patchLevel = wanted;
     }
-    // A patch has to be a quad; over a base of triangles level 1 is the coarsest that has them.
+    // A patch must be a quad; if the base has triangles, level 1 is the coarsest level with quads.
     const Geometry* geometry = mesh->Geometry();
     if (patchMeshLevel == 0 && geometry->LowestLevel()->meshType != 1 && patchLevel != 0) {
         ++patchMeshLevel;
@@ -183,7 +185,7 @@ void SwiftStroke::SetUpRadius(const Vector& position, float size) {
 void SwiftStroke::SetUpPlaneStep(float strength) {
     planeOffset = planeOffsetFactor * radius;
     if (!isWax) return;
-    // Wax always pushes at full force; its strength decides how far the plane stands above the
+    // Wax always pushes at full strength; its strength setting is the height of the plane above the
     // surface.
     planeOffset = strength * 0.1f;
     dabStrength = 100.0f;
@@ -212,7 +214,7 @@ void SwiftStroke::SetUpStampFrame(const Vector& position) {
     stampScaleU = (right - origin).Length() / 100.0f;
     stampScaleV = (origin - below).Length() / 100.0f;
     stampScaleHeight = std::sqrt(stampScaleV * stampScaleU);
-    // Read anew at every dab, so that the factor can change within a stroke.
+    // Read for every dab, so that the factor can change during a stroke.
     stampFactor = MaskFactor(stampMask);
 }
 

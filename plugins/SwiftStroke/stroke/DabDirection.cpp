@@ -54,7 +54,7 @@ bool FollowsStroke(int mode) { return mode == DirectionForward || mode == Direct
 }  // namespace
 
 bool SwiftStroke::PrepareDab(const SurfacePoint& hit) {
-    // The plane found earlier in this stroke stands.
+    // The plane that was determined earlier in this stroke is kept.
     if (isPlaneTool && planeDistances[mirrorPass] != 0.0f && !updatePlane.Value()) return true;
 
     followVertexNormal = false;
@@ -104,7 +104,7 @@ void SwiftStroke::WriteDirection(int mode, const SurfacePoint& hit) {
 }
 
 void SwiftStroke::MirrorDirection(int mode, const SurfacePoint& hit) {
-    // An axis or the view is mirrored from the main pass, not taken as it is.
+    // An axis or view direction is that of the main pass, mirrored.
     if (mode >= DirectionAxisX && mode <= DirectionPlaneYZ) {
         const MirrorConfiguration& mirror = MirrorConfig();
         planePoints[1] = mirror.Transform(planePoints[0], 1.0f, &hit);

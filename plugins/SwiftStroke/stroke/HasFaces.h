@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Whether a dab can start on the mesh: there is one, and it stores at least one face.
+/// Returns whether a dab can start on the mesh: it is not null and has at least one face.
 inline bool HasFaces(const Mesh* mesh) {
     return mesh != nullptr && mesh->faceCount != 0 && mesh->faceVertexIndices.array != nullptr &&
            mesh->vertices.array != nullptr;

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Whether the axes are scaled differently, by more than one per cent of the scale along x.
+/// Returns whether the axes have different scales, by more than one per cent of the scale along x.
 bool IsNonUniform(const Vector& scale) {
     const float inverse = 1.0f / scale.x;
     const float y = scale.y * inverse;
@@ -32,7 +32,8 @@ void SwiftStroke::SetMesh(Mesh* newMesh) {
         ReadMesh();
         OpenChange();
     } catch (...) {
-        // Without a change of its own the mesh would be sculpted into that of another.
+        // Without a change of its own, edits of the mesh would be recorded in the change of another
+        // mesh.
         FinishMesh();
         throw;
     }
@@ -59,7 +60,7 @@ void SwiftStroke::ReadMesh() {
     if (mesh->meshType == 1) BindPatchMap();
 }
 
-/// Opens the undo record of the bound mesh. Unbinds the mesh if the pair cannot be kept.
+/// Opens the undo record of the bound mesh. Unbinds the mesh if the pair cannot be stored.
 void SwiftStroke::OpenChange() {
     // Deletes the change unless a pair owns it.
     std::unique_ptr<MeshChange> change(mesh->StartChange());
@@ -78,7 +79,7 @@ void SwiftStroke::BindPatchMap() {
     if (patchMapMesh->meshType != 1) patchMapMesh = mesh->Geometry()->LevelByIndex(1);
     patchMap = dynamic_cast<PatchMap*>(patchMapMesh->ChildByClass(&patchMapClass, true));
     if (patchMap == nullptr || patchMap->neighbourFaces.fill != 0) return;
-    // It came from a scene without a table. A new one fills its table when it is linked.
+    // The map is from a scene without a table. A new map fills its table when it is linked.
     patchMapMesh->RemoveChild(patchMap);
     delete patchMap;
     patchMap = dynamic_cast<PatchMap*>(patchMapMesh->ChildByClass(&patchMapClass, true));

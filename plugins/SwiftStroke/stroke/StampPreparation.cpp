@@ -6,8 +6,7 @@ namespace trovik {
 
 namespace {
 
-/// The mask that stands for the brush's stamp.
-/// An image of directions; Smooth has no use for it.
+/// The image kind of a stamp with directions, which Smooth cannot use.
 constexpr int directionImage = 1;
 
 }  // namespace
@@ -31,7 +30,7 @@ void SwiftStroke::PrepareStamp() {
     stampIsVector = stampEnabled && IsVectorStampName(MaskName(stampMask));
     if (!stampEnabled || image == nullptr) return;
 
-    // The factor is no part of the pixels but takes part in the comparison.
+    // The factor is not part of the pixels, but it is compared.
     const bool current = image == stampImage && IsMaskInverted(stampMask) == stampInverted &&
                          MaskFactor(stampMask) == stampFactor &&
                          MaskOffset(stampMask) == stampOffset &&
@@ -72,7 +71,8 @@ void SwiftStroke::RebuildStamp() {
                         stampPixels,
                         &descriptor);
 
-    // The offset is added to an inverted stamp and taken from a plain one.
+    // The offset is added to the values of an inverted stamp and subtracted from those of a normal
+    // one.
     const float offset = MaskOffset(stampMask);
     for (uint32_t i = 0; i < count; ++i) {
         stampPixels[i] = stampInverted ? (1.0f - stampPixels[i]) + offset : stampPixels[i] - offset;

@@ -10,8 +10,8 @@ namespace trovik {
 
 namespace {
 
-/// Dabs between two refinements, by the stroke smoothing distance. 0.15f and 0.1f lie above the
-/// double-precision thresholds.
+/// Returns the number of dabs between two refinements for a stroke smoothing distance. 0.15f and
+/// 0.1f are above the double-precision thresholds.
 uint32_t RefineIntervalFor(float distance) {
     if (distance > 0.25f) return 1;
     if (static_cast<double>(distance) > 0.15) return 3;
@@ -25,8 +25,8 @@ uint32_t RefineIntervalFor(float distance) {
 void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) {
     const TVCrashReporterFlag flag(4, 0x20);
     if (modifier == ModifierSmooth && ActiveConfiguration() == nullptr) {
-        // There is no tool to return to. The stroke does not begin, and without a falloff its dabs
-        // do nothing; see ApplyToWholeMesh, too.
+        // There is no tool to return to, so the stroke does not start. Without a falloff its dabs
+        // have no effect; see also ApplyToWholeMesh.
         falloffTable = nullptr;
         strokeActive = false;
         return;
@@ -43,7 +43,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
     const float rate = buildUpRate.Value();
     buildUpRateCubed = rate * rate * rate;
 
-    // Before everything that depends on the tool.
+    // Done before everything that depends on the tool.
     if (modifier == ModifierSmooth && ActiveConfiguration()->ID() != smoothConfiguration->ID()) {
         inTemporarySmooth = true;
         const AtScopeEnd endSwap([this] { inTemporarySmooth = false; });
@@ -62,7 +62,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         planePoints[pass] = Vector();
     }
 
-    // Strength is told in world units; a mesh scaled up needs smaller steps of its own.
+    // Strength is in world units, so a mesh with a larger scale needs smaller local steps.
     strokeStrengthScale = 1.0f;
     if (strokeMesh != nullptr) {
         Vector scale;
@@ -71,7 +71,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         brushSpace->inverseScale =
             volume == 0.0f ? HWVector(Vector(1.0f, 1.0f, 1.0f))
                            : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
-        // A mirrored mesh takes the same steps: no power of a negative volume is a number.
+        // A mirrored mesh has the same step length: the power of a negative volume would be NaN.
         const float side = powf(std::fabs(volume), 0.33333334f);
         strokeStrengthScale = side;
         if (side != 0.0f) strokeStrengthScale = 1.0f / side;
@@ -105,7 +105,8 @@ void SwiftStroke::EndStroke() {
     }
     if (mesh == nullptr) return;
 
-    // The change knows whether its mesh still exists; the pair does not.
+    // Uses the mesh pointer of the change, which is reset when the mesh is destroyed; that of the
+    // pair is not.
     const auto isEditable = [this](const MeshChangePair& pair) {
         const Mesh* changed = pair.change->mesh;
         return useTessellator && changed != nullptr && MeshEditable(changed);
@@ -121,7 +122,7 @@ void SwiftStroke::EndStroke() {
         try {
             pair.change->Finish(keepTopology, joinPrevious);
         } catch (...) {
-            // The stroke ends for all its meshes before the first error leaves.
+            // The stroke is ended for all its meshes before the first error is rethrown.
             if (failure == nullptr) failure = std::current_exception();
         }
         delete pair.change;

@@ -9,10 +9,11 @@ namespace trovik {
 
 namespace {
 
-/// Below this a sum of weights counts as nothing sampled.
+/// A sum of weights below this counts as no sample.
 constexpr float leastSampleWeight = 0.0001f;
 
-/// Cells to walk along one arm: about one brush radius, at least one, at most a patch side.
+/// Returns the number of cells along one arm: about one brush radius, at least one, at most a patch
+/// side.
 uint32_t ArmSteps(float radius, float diagonalLength, uint32_t size) {
     const float reach = (radius / diagonalLength) * static_cast<float>(size);
     if (!(reach >= 1.0f)) return 1;
@@ -30,8 +31,8 @@ void SwiftStroke::SamplePlane(const SurfacePoint& hit) {
     else
         SampleArea(hit, sampledNormal, sampledPosition);
 
-    // Only a plane tool with a global plane averages over the stroke: every dab's sample then
-    // weighs the same.
+    // Only a plane tool with a global plane averages over the stroke; the samples of all dabs then
+    // have the same weight.
     if (!isPlaneTool || !globalPlane.Value()) planeDabCount = 0;
     const auto earlier = static_cast<float>(planeDabCount);
     const float share = 1.0f / (earlier + 1.0f);
@@ -45,8 +46,8 @@ void SwiftStroke::SamplePlane(const SurfacePoint& hit) {
     planeDistances[mirrorPass] = (direction | point).First();
 }
 
-/// Walks four arms out from the hit cell. Measures in mesh-local space from localCenter, whatever
-/// space the radius is in. Opens the undo records of the vertices it reads.
+/// Samples along four arms from the hit cell. Distances are mesh-local from localCenter, whatever
+/// the space of the radius. Creates undo records of the vertices that it reads.
 void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& position) {
     const uint32_t patch = hit.face / facesPerPatch;
     const uint32_t faceInPatch = hit.face - patch * facesPerPatch;
@@ -79,15 +80,15 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
             const Vector p(
                 record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]);
             const float weight = 1.0f - inverseRadius * (p - localCenter).Length();
-            // Of no radius even the vertex at the centre has no weight: zero times infinity is no
-            // number, and must not become the direction.
+            // With a radius of 0, even the vertex at the centre has no weight: zero times infinity
+            // is NaN, which must not become the direction.
             if (!(weight >= 0.0f)) break;
             normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;
             positionSum = positionSum + HWVector(p) * weight;
             weightSum += weight;
             ++samples;
-            // At an open border the cursor stays and the cell counts again, which gives a border
-            // a greater say.
+            // At an open border the cursor does not move and the cell is counted again, so borders
+            // have a greater weight.
             cursor.Step(0);
         }
     }
@@ -102,7 +103,7 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
     position = static_cast<Vector>(positionSum * (1.0f / weightSum));
 }
 
-/// A dry run of the dab's own walk that only adds up what lies inside the brush.
+/// Runs the walk of the dab without changes and only sums the vertices inside the brush.
 void SwiftStroke::SampleArea(const SurfacePoint& hit, Vector& normal, Vector& position) {
     planeSampleNormalSum = Vector();
     planeSamplePositionSum = Vector();

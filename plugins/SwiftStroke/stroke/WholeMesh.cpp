@@ -7,12 +7,12 @@ namespace trovik {
 void SwiftStroke::ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) {
     const TVCrashReporterFlag flag(4, 0x8000);
     if (!HasFaces(wholeMeshTarget)) return;
-    // The state that BeginStroke leaves when the Smooth modifier finds no tool.
+    // The state after BeginStroke if there was no tool for the Smooth modifier.
     if (!strokeActive && falloffTable == nullptr && ActiveConfiguration() == nullptr) return;
     wholeMesh = true;
     wholeMeshFacing = byFacing;
     if (byFacing) {
-        // One direction for the whole mesh: the camera as seen from the mesh's own origin.
+        // One direction for the whole mesh: from the origin of the mesh to the camera.
         const Vector origin;
         Vector eyeWorld, eye;
         g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(

@@ -5,7 +5,7 @@ namespace trovik {
 
 namespace {
 
-/// The cursor takes this very value for a neighbour; only values above it are open borders.
+/// The cursor treats this value itself as a neighbour; only greater values are open borders.
 constexpr uint32_t lastNeighbour = 0x80000000u;
 
 [[noreturn]] void ThrowWrongParameter(const char* function, int line) {
@@ -78,14 +78,15 @@ uint32_t GridFace::Corner(uint32_t k) const {
     return mesh->faceVertexIndices[4 * Face() + ((rotation + k) & 3u)];
 }
 
-// Two patches run along their common edge in opposite senses, and the rotation cancels that: the
-// coordinate along the border never changes.
+// Two patches have opposite directions along their common edge, and the rotation compensates for
+// that: the coordinate along the border never changes.
 bool GridFace::Cross(uint32_t k) {
     const uint32_t old = patch;
     const uint32_t neighbour = patchMesh->QuadEdgeNeighbour(patch, (rotation + k) & 3u);
     if (neighbour <= lastNeighbour) {
         patch = neighbour >> 2;
-        // The view leaves by its side k and enters by its side k + 2, which is the neighbour's.
+        // The view leaves through its side k and enters through side k + 2 of the view in the
+        // neighbour.
         rotation = (neighbour - k - 2u) & 3u;
     }
     return patch != old;

@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// The loop over 0 to `count`, spelled out by four, which the compiler leaves to us.
+/// The loop over 0 to `count`, unrolled manually by four because the compiler does not unroll it.
 template <class Step>
 TROVIK_FORCE_INLINE void InFours(std::size_t count, const Step& step) {
     std::size_t i = 0;
@@ -41,7 +41,7 @@ void KnownPatches::Forget() {
     isLearning = false;
     runs.clear();
     chunk = taken = 0;
-    // Deep patches may have made chunks larger than the least.
+    // Deep patches may have created chunks larger than the minimum.
     constexpr std::size_t mostKept = mostKeptChunks * leastChunk;
     std::size_t kept = 0;
     std::size_t room = 0;
@@ -90,11 +90,11 @@ void KnownPatches::StartLearning(uint32_t count) {
     wantedVertices = count;
     try {
         learned.vertices = learning = FindRoom(count);
-        // As many as there may be, so that none of them asks for memory.
+        // Reserves the maximum number of runs, so that adding one never allocates.
         if (runs.capacity() - runs.size() < count) runs.reserve(2 * runs.capacity() + count);
         isLearning = true;
     } catch (const std::bad_alloc&) {
-        // Knowing is only faster.
+        // The cache is only an optimisation.
     }
 }
 
@@ -111,7 +111,7 @@ void KnownPatches::Learn(const PatchVertexEntry* entries,
     uint32_t* const vertices = learning + learnedVertices;
     InFours(count, [=](std::size_t i) { vertices[i] = entries[i].vertex; });
 
-    // The fourth of each place is no part of it.
+    // The fourth component of each entry is not part of the position.
     __m128 lower = _mm_loadu_ps(places[0]);
     __m128 upper = lower;
     __m128 odd = _mm_setzero_ps();
@@ -159,7 +159,7 @@ void KnownPatches::Keep(uint32_t patch) {
             taken += wantedVertices;
             isLearning = false;
         } catch (const std::bad_alloc&) {
-            // Knowing is only faster.
+            // The cache is only an optimisation.
         }
     }
     StopLearning();
@@ -168,9 +168,9 @@ void KnownPatches::Keep(uint32_t patch) {
 bool SwiftStroke::MayRememberPatches() {
     if (!remembersPatches || wholeMesh || useTessellator) return false;
     if (!CurrentChange()->countsOutsideEdits) return false;
-    // Under a layer that refuses changes no kernel marks anything.
+    // If the layer does not accept changes, no kernel marks anything.
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
-    // A stamp on the other side of a mirror makes records among those of a patch.
+    // Reading the stamp at mirror vertices creates records between those of a patch.
     return !WantsMirroredStampRead();
 }
 

@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// A corner of the patch: its place in the index tables, its cell, and the way into the patch.
+/// A corner of the patch: its position in the index tables, its cell, and the steps into the patch.
 struct Corner {
     uint32_t vertexIndex;
     uint32_t faceCell;
@@ -79,7 +79,7 @@ void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
     if (isSmooth) {
         const bool readsLayer = SmoothsLayer();
         if (readsLayer) ReadPatchLayerValues(slice, patch);
-        // Smoothing along vertex normals averages positions even where the layer was asked for.
+        // Smoothing along vertex normals averages positions even if layer values are requested.
         if (!readsLayer || followVertexNormal) ReadPatchPositions(slice);
     }
     const bool layerGridToo = isSmooth && !affectAllLayers.Value();
@@ -111,8 +111,8 @@ void SwiftStroke::ReadPatchLayerValues(const uint32_t* slice, uint32_t patch) {
     }
 }
 
-/// The neighbour's vertices one step in from the shared edge. An edge runs opposite ways in its two
-/// patches, so the walk is put in reversed.
+/// Reads the vertices of the neighbour one step away from the shared edge. The two patches have
+/// opposite directions along the edge, so the vertices are stored in reverse order.
 void SwiftStroke::ReadRingSide(const uint32_t* slice,
                                uint32_t side,
                                uint32_t neighbourSide,
@@ -127,7 +127,8 @@ void SwiftStroke::ReadRingSide(const uint32_t* slice,
     uint32_t cell = Along(ring.start, size, ring.step);
     HWVector* const positions = positionGrid;
 
-    // A side's vertices lie far apart; all are asked for before the first is waited for.
+    // The vertices of a side are scattered in memory, so all of them are prefetched before the
+    // first one is used.
     constexpr uint32_t together = 128;
     uint32_t found[together];
     for (uint32_t left = size + 1; left > 0;) {
@@ -169,7 +170,7 @@ void SwiftStroke::RepeatOpenSide(uint32_t side, bool layerToo) {
 void SwiftStroke::RingAverage(Vector& out, uint32_t vertex, uint32_t face) {
     ringSum = Vector();
     ringCount = 0;
-    // The vertex's own value first, then its neighbours'.
+    // The value of the vertex itself, then those of its neighbours.
     Operator(vertex, face);
     mesh->EnumerateAdjacentVertices(this, vertex, face);
     out = ringSum * (1.0f / static_cast<float>(ringCount));
@@ -184,7 +185,7 @@ void SwiftStroke::Operator(uint32_t vertex, uint32_t face) {
         value = Vector(v.x, v.y, v.z);
     }
     ++ringCount;
-    // The first value starts the sum, so that a zero keeps its sign.
+    // The sum starts with the first value, so that the sign of a zero is preserved.
     ringSum = ringCount == 1 ? value : ringSum + value;
 }
 
@@ -207,7 +208,7 @@ void SwiftStroke::CorrectCorners(uint32_t patch, Vector (&saved)[8]) {
         HWVector& outwardX = grid[corner.Outward(corner.dx)];
         saved[2 * i] = static_cast<Vector>(outwardY);
         saved[2 * i + 1] = static_cast<Vector>(outwardX);
-        // The five cells around the corner now add up to five times the true mean.
+        // The sum of the five cells around the corner is now five times the true mean.
         outwardY = HWVector::Zero();
         outwardX = HWVector(mean * 5.0f - static_cast<Vector>(kept));
     }

@@ -4,10 +4,11 @@
 #include <cstdint>
 
 /// \file
-/// Where the sides of a patch lie in the grid and in the index tables of the patches next to it.
+/// Positions of the sides of a patch in the grid and in the index tables of the adjacent patches.
 namespace trovik {
 
-/// The ring read-in takes only values below this for neighbours; the grid cursor is one kinder.
+/// When ghost cells are read, only values below this are neighbours. The grid cursor accepts one
+/// value more.
 inline constexpr uint32_t firstOpen = 0x80000000u;
 
 struct Walk {
@@ -15,7 +16,8 @@ struct Walk {
     int32_t step;
 };
 
-/// Where a patch's row next to its side `side` lies in the vertex table, walked along the side.
+/// Start and step, in the vertex table, of the row of a patch next to its side `side`, in the
+/// direction of the side.
 ///   side 0: row 1, left to right       side 2: row size - 1, right to left
 ///   side 1: column size - 1, downward  side 3: column 1, upward
 inline Walk NeighbourWalk(uint32_t side, uint32_t size) {
@@ -33,7 +35,8 @@ inline Walk NeighbourWalk(uint32_t side, uint32_t size) {
     }
 }
 
-/// The ring cells along a side of the patch, and the way from such a cell to the patch's edge.
+/// The ghost cells along a side of the patch, and the step from such a cell to the edge of the
+/// patch.
 struct RingSide {
     uint32_t start;
     int32_t step;

@@ -8,7 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// The word that holds the vertex's visit stamp: in its record, or in the vertex without one.
+/// Returns the word with the visit stamp of the vertex: in its record, or in the vertex if it has
+/// no record.
 uint32_t& StampWord(Mesh& mesh, uint32_t vertex) {
     Vertex& v = mesh.vertices.array[vertex];
     if (v.changeLink < mesh.changeRecordCount) {
@@ -28,7 +29,8 @@ bool SwiftStroke::SamplePlaneVertex(uint32_t vertex) {
 bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
     StampWord(*mesh, vertex) = mesh->visitStamp;
 
-    // Distances are measured on the surface as it was at first touch. This reader makes no record.
+    // Distances are measured on the surface before the stroke. This function does not create
+    // records.
     const MeshChange& change = *CurrentChange();
     const Vertex& changed = change.mesh->vertices.array[vertex];
     const StoredVertexInfo* record = FindRecord(change, vertex, changed.changeLink);
@@ -43,7 +45,7 @@ bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
     if (distanceSquared > radiusSquared) return false;
 
     float weight = 1.0f;
-    // Of no radius only a vertex at the centre comes here, and 0 / 0 would be no number.
+    // With a radius of 0, only a vertex at the centre gets here, and 0 / 0 would be NaN.
     if (useVertexWeightsForFlatten && radius != 0.0f)
         weight = 1.0f - std::sqrt(distanceSquared) / radius;
     PackedNormal normal;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// What a dab leaves behind in a patch that it cannot reach; why no more is told at KnownPatches.
+/// The effects of a dab on a patch that it cannot reach. KnownPatches explains why there are no
+/// others.
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
 #include "topology/PatchSides.h"
@@ -10,11 +11,11 @@ namespace trovik {
 
 namespace {
 
-/// The four places of RingEnds along a side.
+/// The four positions of RingEnds along a side.
 uint32_t RingEndAt(uint32_t k, uint32_t size) { return k < 2 ? k : size - 3 + k; }
 
-/// A vertex of a patch near its corner `corner`, `x` steps along the row and `y` along the column
-/// away from it.
+/// A vertex of a patch near its corner `corner`, `x` steps along the row and `y` steps along the
+/// column away from it.
 struct NearCorner {
     NearCorner(uint32_t corner, uint32_t x, uint32_t y, uint32_t size)
         : row((corner & 2u) != 0 ? size - y : y), column((corner & 1u) != 0 ? size - x : x) {}
@@ -22,7 +23,8 @@ struct NearCorner {
     uint32_t column;
 };
 
-/// Steps from a corner: first to the vertices whose normals are made, then to those around them.
+/// Steps from a corner: first to the vertices whose normals are recomputed, then to the vertices
+/// around them.
 constexpr uint8_t stepsFromCorner[][2] = {{0, 0}, {1, 0}, {0, 1}, {2, 0}, {0, 2}, {1, 1}};
 constexpr uint32_t refreshedAtCorner = 3;
 
@@ -37,7 +39,7 @@ bool SwiftStroke::FindRingEnds(uint32_t patch, KnownPatches::RingEnds& ends) con
         if (neighbour >= firstOpen) return false;
         const uint32_t* slice = PatchSlice(neighbour >> 2);
         const Walk walk = NeighbourWalk(neighbour & 3u, size);
-        // An edge runs opposite ways in its two patches.
+        // The two patches have opposite directions along an edge.
         for (uint32_t k = 0; k < 4; ++k)
             ends[side * 4 + k] =
                 slice[vertexTable[Along(walk.start, size - RingEndAt(k, size), walk.step)]];
@@ -66,8 +68,8 @@ void SwiftStroke::ReadCornerCells(const KnownPatches::Patch& patch) {
 
 bool SwiftStroke::PassRestingPatch(uint32_t patch) {
     KnownPatches::Patch* known = knownPatches.Find(patch);
-    // The box is mesh-local; a radius that is measured in world space says nothing of it. Nor does
-    // a box around what is no number.
+    // The box is mesh-local, so it cannot be compared with a radius that is measured in world
+    // space. A box of positions with a NaN is not valid either.
     if (known == nullptr || known->hasOddPlace || nonUniformScale) return false;
     const HWVector& c = brushSpace->center;
     const float center[3] = {c.X(), c.Y(), c.Z()};

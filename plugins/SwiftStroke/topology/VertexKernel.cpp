@@ -5,7 +5,7 @@ namespace trovik {
 
 namespace {
 
-/// Record of the original data: position, auxiliary item, vertex index, freeze weight.
+/// Record of the original data: position, auxiliary item, vertex index, mask weight.
 struct OriginalDataRecord {
     float position[3];
     VertexAuxiliary auxiliary;
@@ -16,13 +16,14 @@ static_assert(sizeof(OriginalDataRecord) == 28);
 
 }  // namespace
 
-// Meshes without quads have no grid to run kernels on; the walk comes here vertex by vertex. The
-// same step runs with its switches as values.
+// Meshes without quads have no grid for the kernels, so the walk visits single vertices. The same
+// vertex step runs with its switches as run-time values.
 bool SwiftStroke::Tester(Mesh*, uint32_t vertex, uint32_t face) {
     const TVCrashReporterFlag flag(4, 0x800);
     if (planeSampling) return SamplePlaneVertex(vertex);
 
-    // Before all tests: the normal of a vertex out of reach changes with its neighbours.
+    // Done before all tests, because the normal of a vertex that is out of reach changes with its
+    // neighbours.
     deferredNormals.Append({face, vertex});
     const bool mirroredStamp = WantsMirroredStampRead();
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
@@ -55,7 +56,7 @@ void SwiftStroke::RecordOriginalData(uint32_t vertex) {
             static_cast<uint64_t>(data.recordsPerPage) * sizeof(OriginalDataRecord),
             data.pageAlignment);
         if (data.pages[last] == nullptr) {
-            // Without memory the vertex has no record.
+            // Without memory the vertex gets no record.
             data.pages.fill = last;
             return;
         }

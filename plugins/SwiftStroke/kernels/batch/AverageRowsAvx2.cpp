@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Four rows of averages at once. An average waits for the one to its left, addition by addition,
-/// and for the one above; so each row runs one vertex behind the row above it, two rows to a
-/// register. Every average meets the numbers that it would meet row after row.
+/// Averages of four rows at once. An average depends on the one to its left, through a chain of
+/// additions, and on the one above. Each row is therefore one vertex behind the row above it, and a
+/// register contains two rows. Every average uses exactly the operands that it would use if the
+/// rows were processed one after the other.
 #include "kernels/batch/VertexBatch.h"
 
 #if defined(__x86_64__)
@@ -25,9 +26,9 @@ struct FourRows {
     uint32_t points;
     uint32_t stride;
     Vertex* vertices;
-    /// First cell of the upmost row.
+    /// First cell of the top row.
     HWVector* cells;
-    /// 1 in mesh-local space, which leaves every number as it is.
+    /// 1 in mesh-local space, where the multiplication changes nothing.
     HWVector scale;
     const float (*weights)[RowBatches::capacity];
 
@@ -37,7 +38,7 @@ struct FourRows {
     }
 };
 
-/// Steps of the four rows together: at step t row r stands at column t - r.
+/// Steps of the four rows: at step t, row r is at column t - r.
 class StepMap {
 public:
     StepMap(const RowBatches* rows, uint32_t points) : all{~0ull, ~0ull, ~0ull, ~0ull}, any{} {
@@ -53,9 +54,10 @@ public:
             }
         }
     }
-    /// How many steps from `step` on have a turn in all rows.
+    /// Returns the number of consecutive steps from `step` on at which the vertices of all rows
+    /// move.
     uint32_t Together(uint32_t step) const { return LengthOf(all, step, 0); }
-    /// How many steps from `step` on have no turn in any row.
+    /// Returns the number of consecutive steps from `step` on at which no vertex moves.
     uint32_t Idle(uint32_t step) const { return LengthOf(any, step, ~uint64_t{0}); }
 
 private:
@@ -77,13 +79,13 @@ private:
 };
 static_assert(RowBatches::capacity + rowCount - 1 <= 256);
 
-/// Bounds of four rows' turns, two cells at a time.
+/// Bounds of the moves of four rows, two cells at a time.
 class WideBounds {
 public:
     TROVIK_AVX2_INLINE explicit WideBounds(const DabConstants& dab)
         : least(Doubled(dab.boundsMin)), most(Doubled(dab.boundsMax)), odd(_mm256_setzero_ps()) {}
 
-    /// What was no number before is none now.
+    /// A position that was NaN before is NaN now as well.
     TROVIK_AVX2_INLINE void Take(__m256 now, __m256 before) {
         least = _mm256_min_ps(least, _mm256_min_ps(now, before));
         most = _mm256_max_ps(most, _mm256_max_ps(now, before));
@@ -92,7 +94,7 @@ public:
 
     TROVIK_AVX2_INLINE __m128 Least() const { return _mm_min_ps(FirstOf(least), SecondOf(least)); }
     TROVIK_AVX2_INLINE __m128 Most() const { return _mm_max_ps(FirstOf(most), SecondOf(most)); }
-    /// Whether one of the places was no number: then the order decides.
+    /// Whether one of the positions was NaN; the result then depends on the order.
     TROVIK_AVX2_INLINE bool HasOdd() const { return _mm256_movemask_ps(odd) != 0; }
 
 private:
@@ -101,7 +103,7 @@ private:
     __m256 odd;
 };
 
-/// One vertex alone.
+/// Processes a single vertex.
 TROVIK_AVX2_INLINE void AverageOne(const FourRows& rows,
                                    uint32_t row,
                                    uint32_t column,
@@ -115,7 +117,8 @@ TROVIK_AVX2_INLINE void AverageOne(const FourRows& rows,
     cell = moved;
 }
 
-/// The new places of two vertices, from themselves, their four neighbours and their weights.
+/// Returns the new positions of two vertices, computed from their positions, their four neighbours
+/// and their weights.
 TROVIK_AVX2_INLINE __m256 Averaged(__m256 place,
                                    __m256 left,
                                    __m256 right,
@@ -131,7 +134,7 @@ TROVIK_AVX2_INLINE __m256 Averaged(__m256 place,
     return _mm256_add_ps(place, inWorldSpace ? _mm256_mul_ps(displacement, scale) : displacement);
 }
 
-/// Steps at which all four rows have a turn.
+/// Processes steps at which the vertices of all four rows move.
 TROVIK_AVX2_INLINE void AverageTogether(
     const FourRows& rows, uint32_t step, uint32_t count, bool inWorldSpace, WideBounds& allBounds) {
     WideBounds bounds = allBounds;
@@ -149,8 +152,8 @@ TROVIK_AVX2_INLINE void AverageTogether(
     for (uint32_t i = 0; i < count; ++i) {
         const __m256 rightA = Beside(first[i + 1].lanes, second[i + 1].lanes);
         const __m256 rightB = Beside(third[i + 1].lanes, fourth[i + 1].lanes);
-        // Below a row lies what is to the right in the row behind it, and above it what that row
-        // has left behind.
+        // The cell below a row is the cell to the right in the next row, and the cell above it is
+        // the previous result of the row above.
         const __m256 belowA = _mm256_permute2f128_ps(rightA, rightB, 0x21);
         const __m256 belowB = Beside(SecondOf(rightB), under[i].lanes);
         const __m256 aboveA = Beside(over[i].lanes, FirstOf(leftA));
@@ -176,7 +179,7 @@ TROVIK_AVX2_INLINE void AverageTogether(
     allBounds = bounds;
 }
 
-/// Whether x, y or z of one of the cells is a zero below zero.
+/// Returns whether x, y or z of one of the cells is -0.
 TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
     const __m256i negativeZero = _mm256_set1_epi32(std::numeric_limits<int32_t>::min());
     __m256i found = _mm256_setzero_si256();
@@ -193,8 +196,8 @@ TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
     return (_mm256_movemask_ps(_mm256_castsi256_ps(found)) & 0xee) != 0;
 }
 
-/// Takes the bounds, which have been widened without the order of the list. \return false, with
-/// nothing done, where the order decides: with numbers that are none, and with zeros of either sign
+/// Stores the bounds, which were extended without regard to the order of the list.
+/// \return false, without an effect, if the order matters: with NaN, and with zeros of either sign
 /// at a bound.
 TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
                                     const WideBounds& bounds,
@@ -206,7 +209,7 @@ TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
     const __m128 zeros =
         _mm_or_ps(_mm_cmpeq_ps(least, _mm_setzero_ps()), _mm_cmpeq_ps(most, _mm_setzero_ps()));
     if ((_mm_movemask_ps(zeros) & 14) != 0) {
-        // A sum is a zero below zero only where both numbers were, so it was there before.
+        // A sum is -0 only if both operands are, so a -0 must have been present before.
         bool negative =
             HoldNegativeZero(&patch.boundsMin, 1) || HoldNegativeZero(&patch.boundsMax, 1);
         for (uint32_t row = 0; row < rowCount && !negative; ++row)
@@ -275,7 +278,7 @@ TROVIK_AVX2_INLINE bool AverageRows(DabConstants& patch,
     return reached;
 }
 
-/// With what every step asks known to the compiler.
+/// Instantiated with the conditions of every step as compile-time constants.
 TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
                                  const PatchVertexEntry* entries,
                                  uint32_t points,

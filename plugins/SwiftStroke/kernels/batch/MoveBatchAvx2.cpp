@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The second half of turns, two vertices at a time, for kernels that keep no order from vertex to
-/// vertex but that of the bounds. Line for line the operations of the stages; the comments stand
-/// there.
+/// The second stage of the vertex step, two vertices at a time, for kernels in which the order of
+/// vertices matters only for the bounds. The operations are those of the stages, line by line; the
+/// comments are in their files.
 #include "kernels/KernelSwitches.h"
 #include "kernels/batch/VertexBatch.h"
 
@@ -16,7 +16,7 @@ namespace trovik {
 
 namespace {
 
-/// Which way a vertex goes. Pulling knows no direction.
+/// The kind of displacement. Pulling has no direction.
 enum class Way { PushAlong, PushByNormals, PlaneAlong, PlaneByNormals, Pull };
 
 constexpr bool IsPushing(Way way) { return way == Way::PushAlong || way == Way::PushByNormals; }
@@ -25,7 +25,7 @@ constexpr bool IsByNormals(Way way) {
     return way == Way::PushByNormals || way == Way::PlaneByNormals;
 }
 
-/// What stays the same over a batch, and the bounds.
+/// Values that are constant for a batch, and the bounds.
 struct WideDab {
     const PatchVertexEntry* entries;
     StoredVertexInfo* const* records;
@@ -34,7 +34,7 @@ struct WideDab {
     HWVector* grid;
     __m256 direction;
     __m256 center;
-    /// 1 in mesh-local space, which leaves every number as it is.
+    /// 1 in mesh-local space, where the multiplication changes nothing.
     __m256 scale;
     __m256 planeOffset;
     __m256 planeDistance;
@@ -54,7 +54,7 @@ TROVIK_AVX2_INLINE __m256 NormalsOf(const StoredVertexInfo& first, const StoredV
     return ReversedPair(numbers);
 }
 
-/// Sum over all components, in every lane what HWVector leaves in the lowest.
+/// Sum over all components, in every lane; HWVector has this value in the lowest lane.
 TROVIK_AVX2_INLINE __m256 Dot(__m256 a, __m256 b) {
     const __m256 products = _mm256_mul_ps(a, b);
     const __m256 pairs =
@@ -70,13 +70,13 @@ TROVIK_AVX2_INLINE __m256 DisplacementOf(const WideDab& dab, Way way, __m256 pla
     const __m256 height = Dot(dir, place);
     __m256 move = _mm256_add_ps(dab.planeOffset, _mm256_sub_ps(dab.planeDistance, height));
     move = _mm256_mul_ps(move, dab.planeSign);
-    // Where they are equal or no numbers, both leave the second operand: the move.
+    // If the operands are equal or NaN, both instructions return the second operand: the move.
     move = _mm256_min_ps(dab.clampMax, move);
     move = _mm256_max_ps(dab.clampMin, move);
     return _mm256_mul_ps(dir, move);
 }
 
-/// Moves vertices i and k of the batch. Both may be the same: then it is moved once.
+/// Moves vertices i and k of the batch. If both are the same, it is moved once.
 TROVIK_AVX2_INLINE __m256 MovePair(WideDab& dab, Way way, uint32_t i, uint32_t k, __m256 weights) {
     Vertex& first = dab.vertices[dab.entries[i].vertex];
     Vertex& second = dab.vertices[dab.entries[k].vertex];
@@ -136,7 +136,7 @@ TROVIK_AVX2_INLINE bool MoveAll(DabConstants& patch,
     const __m256i lastTwo = _mm256_setr_epi32(2, 2, 2, 2, 3, 3, 3, 3);
     for (uint32_t i = 0; i < count; i += 4) {
         const auto moving = static_cast<unsigned>(turns >> i) & 15u;
-        // Four whose cells lie side by side.
+        // Four vertices whose cells are consecutive.
         if (moving == 15 && entries[i + 3].cell == entries[i].cell + 3) [[likely]] {
             const __m256 four = _mm256_castps128_ps256(_mm_load_ps(weight + i));
             auto* cells = reinterpret_cast<float*>(dab.grid + entries[i].cell);

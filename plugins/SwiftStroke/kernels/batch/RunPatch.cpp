@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// What all patch kernels share: the first half of the vertices' turns, batch by batch. The
-/// switches are asked once a patch or once a batch here; the loops over vertices hold none of them.
+/// The common part of all patch kernels: the first stage of the vertex step, batch by batch. The
+/// switches are tested once per patch or per batch here; the loops over vertices do not test them.
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
@@ -24,7 +24,7 @@ Weigher WeigherOf(bool inWorldSpace) {
     return inWorldSpace ? &WeighBatch<buildUp, true> : &WeighBatch<buildUp, false>;
 }
 
-/// Build-up belongs to pushing, and with a stamp it is counted by the stamp's stage.
+/// Build-up applies only to pushing. With a stamp it is added in the stage of the stamp.
 Weigher WeigherFor(const KernelSwitches& switches) {
     const bool world = switches.inWorldSpace;
     if (FamilyOf(switches.averageBit, switches.pullBit) != Family::Pushing)
@@ -36,7 +36,7 @@ Weigher WeigherFor(const KernelSwitches& switches) {
 /// The run of one kernel over one patch.
 class PatchRun {
 public:
-    // The analyzer does not see the constructor of the terms, which another file has.
+    // The analyzer does not see the constructor of the terms, which is in another file.
     // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
     PatchRun(SwiftStroke& swiftStroke,
              const KernelSwitches& kernelSwitches,
@@ -50,11 +50,12 @@ public:
           weigh(WeigherFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
           wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
-          // A mirrored read makes records in between the vertices' own, and their order is the
-          // stroke's order of touch: then every vertex has its turn alone.
+          // A mirrored read creates records between those of the vertices, and records must be in
+          // the order of first touch. In this case every vertex is processed separately.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
 
-    /// All turns from `entries` on. \param records  of these, if the patch is known, else null.
+    /// Processes all entries from `entries` on.
+    /// \param records  of these entries if the patch is cached, otherwise null.
     /// \return whether the dab reached a vertex.
     bool Run(const PatchVertexEntry* entries,
              const PatchVertexEntry* end,
@@ -75,7 +76,8 @@ public:
     }
 
 private:
-    /// The first half of the turns of at most `count` vertices. \return of how many.
+    /// Runs the first stage for at most `count` vertices.
+    /// \return the number of vertices that were processed.
     uint32_t Take(const PatchVertexEntry* entries,
                   uint32_t count,
                   VertexBatch& batch,
@@ -122,7 +124,8 @@ private:
                 : movers.batch(dab, entries, count, turns, batch);
     }
 
-    /// As many rows as can be averaged together. \return the first entry that has not had its turn.
+    /// Averages as many groups of rows as possible.
+    /// \return the first entry that was not processed.
     const PatchVertexEntry* RunRows(const PatchVertexEntry* entries, const PatchVertexEntry* end) {
         const uint32_t points = (1u << brush.patchLevel) + 1;
         if (points > RowBatches::capacity) return entries;
@@ -133,7 +136,8 @@ private:
             for (uint32_t row = 0; row < together; ++row) {
                 const uint32_t taken = TakeRow(entries + row * points, points, rows[row]);
                 if (taken == points) continue;
-                // Memory for a record was refused. Who came before it moves, row after row.
+                // Memory for a record could not be allocated. The vertices before it are moved, row
+                // by row.
                 for (uint32_t before = 0; before < row; ++before)
                     MoveRow(entries + before * points, points, rows[before]);
                 MoveRow(entries + row * points, taken, rows[row]);
@@ -157,8 +161,8 @@ private:
                 taken += length;
                 if (length < wanted) break;
             } catch (...) {
-                // Refused at once. What was taken before has its turn first; the batch after that
-                // meets the refusal again.
+                // The allocation of the first record failed. The vertices before it are moved
+                // first; the next batch then repeats the error.
                 break;
             }
         }
@@ -213,8 +217,8 @@ bool SwiftStroke::RunPatch(uint32_t face,
                            const KernelSwitches& switches,
                            const BatchMovers& movers) {
     const TVCrashReporterFlag flag(4, 65536);
-    // A layer that refuses changes ends the kernel at once; the grid still receives the present
-    // positions, since the patch's normals are made from it.
+    // If the layer does not accept changes, the kernel ends immediately. The grid still receives
+    // the current positions, because the normals of the patch are computed from it.
     if (switches.throughLayer && layer != nullptr && !layer->Writable()) {
         ReadPatchPositions(PatchSlice(face));
         return false;

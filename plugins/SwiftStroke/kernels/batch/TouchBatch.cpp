@@ -8,10 +8,10 @@ namespace trovik {
 
 namespace {
 
-/// Makes the record of vertex `at` of the batch, which has none. Records may move; those of the
-/// vertices before it are found again.
-/// \return false where memory was refused and the batch can end before this vertex: those before
-/// it take their turn, and the next batch begins here and meets the refusal again.
+/// Creates the record of vertex `at` of the batch, which has none. Records may be reallocated; the
+/// pointers to those of the earlier vertices are updated.
+/// \return false if memory could not be allocated and the batch can end before this vertex: the
+/// earlier vertices are processed, and the next batch starts here and repeats the error.
 __attribute__((noinline)) bool MakeRecord(const PatchVertexEntry* entries,
                                           uint32_t at,
                                           Vertex* vertices,
@@ -32,8 +32,8 @@ __attribute__((noinline)) bool MakeRecord(const PatchVertexEntry* entries,
     return true;
 }
 
-/// Position and mark lie side by side and travel together. Each mark is stored before the next one
-/// is read: a patch that is glued to itself lists a vertex twice.
+/// Position and mark are adjacent and are copied together. Each mark is stored before the next one
+/// is read, because a patch that is joined to itself lists a vertex twice.
 TROVIK_FORCE_INLINE void Touch(StoredVertexInfo& record,
                                uint32_t dabStamp,
                                VertexBatch& batch,
@@ -88,7 +88,8 @@ void TouchKnown(RecordWalk& walk,
         if (fetched == nullptr) {
             for (; i < end; ++i) Touch(*record++, dabStamp, batch, i);
         } else {
-            // One by one, since a processor leaves out what it is asked for too fast.
+            // Prefetches one at a time, because a processor drops prefetches that are issued too
+            // fast.
             for (; i < end; ++i) {
                 Touch(*record++, dabStamp, batch, i);
                 __builtin_prefetch(vertices + fetched[i].vertex);

@@ -3,20 +3,23 @@
 
 #include "host/Api.h"
 
-/// How many vertices the batch stages take at a time. All widths give the same bits: each number is
-/// made by the same operations in the same order, none of them fused.
+/// Number of vertices that the batch stages process at a time. All widths give bit-identical
+/// results: each number is computed by the same operations in the same order, without fused
+/// operations.
 namespace trovik {
 
 enum class VectorWidth {
-    Four,   ///< SSE2, which every x86-64 has
+    Four,   ///< SSE2, which every x86-64 processor has
     Eight,  ///< AVX2
 };
 
-/// Whether the processor can.
+/// Returns whether the processor supports the width.
 bool IsAvailable(VectorWidth width);
-/// The widest that the processor can, unless told otherwise below.
+/// Returns the width in use: the widest that the processor supports, unless UseVectorWidth has set
+/// another one.
 VectorWidth PresentVectorWidth();
-/// For comparisons. Not while a dab runs. \return the width before.
+/// Sets the width, for comparisons. Must not be called while a dab is running.
+/// \return the previous width.
 VectorWidth UseVectorWidth(VectorWidth width);
 
 }  // namespace trovik

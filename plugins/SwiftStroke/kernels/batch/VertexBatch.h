@@ -4,13 +4,13 @@
 #include "brush/SwiftStroke.h"
 
 /// \file
-/// Up to 64 vertices of a patch's work list on their way through look-up, mark, distance and
-/// weight. These stages do not depend on each other from vertex to vertex, so they run over a batch
-/// as plain loops that a vector unit takes several vertices of at a time; what has an order
-/// (stamps, layers, averaging, bounds, notices) follows vertex by vertex in the order of the list.
+/// Up to 64 vertices of the work list of a patch in the stages look-up, mark, distance and weight.
+/// In these stages vertices are independent, so they are plain loops over a batch that process
+/// several vertices at a time. The stages that depend on the order (stamps, layers, averaging,
+/// bounds, notifications) follow vertex by vertex, in the order of the list.
 ///
-/// Every number is made by the operations of the vertex step in the order of the vertex step, so
-/// that a batch of any length and any vector width gives the same bits.
+/// Each number is computed by the operations of the vertex step in the same order, so batches of
+/// any length and any vector width give bit-identical results.
 namespace trovik {
 
 struct DabConstants;
@@ -18,18 +18,19 @@ struct DabConstants;
 struct VertexBatch {
     static constexpr uint32_t capacity = 64;
 
-    /// First-touch position, and in the fourth place the mark that the record bore before this dab.
+    /// Position at first touch; the fourth component is the mark that the record had before this
+    /// dab.
     alignas(32) float start[capacity][4];
-    /// The falloff's weight; with build-up where the family has one.
+    /// The weight by falloff, with build-up if the family has it.
     alignas(32) float weight[capacity];
-    /// In: the record's build-up. Out: the same with this dab's weight added.
+    /// In: the build-up of the record. Out: the build-up with the weight of this dab added.
     alignas(32) float buildUp[capacity];
-    /// Facing factors; set only while the facing angle counts.
+    /// Facing factors; set only if the falloff by facing angle is on.
     alignas(32) float facing[capacity];
     StoredVertexInfo* records[capacity];
 };
 
-/// What the weights of a patch are made from.
+/// The input of the weights of a patch.
 struct WeighTerms {
     WeighTerms() = default;
     explicit WeighTerms(const DabConstants& dab);
@@ -48,7 +49,7 @@ struct WeighTerms {
     const BrushSpace* space = nullptr;
 };
 
-/// One row of a patch, in as many batches as it takes.
+/// One row of a patch, in as many batches as it needs.
 struct RowBatches {
     static constexpr uint32_t most = 3;
     /// Longer rows do not fit.
@@ -62,17 +63,19 @@ struct RowBatches {
 };
 static_assert(VertexBatch::capacity == 64);
 
-/// The second half of the vertices' turns, as one specialised kernel has it.
+/// The second stage of the vertex step, as one specialised kernel implements it.
 struct BatchMovers {
-    /// A batch in the order of the list. Bit i of `turns`: vertex i moves; the others only enter
-    /// the grid. \return whether the dab reached one.
+    /// Moves a batch in the order of the list. Bit i of `turns`: vertex i moves; the other vertices
+    /// only enter the grid.
+    /// \return whether the dab reached one of them.
     bool (*batch)(DabConstants& patch,
                   const PatchVertexEntry* entries,
                   uint32_t count,
                   uint64_t turns,
                   const VertexBatch& batch);
-    /// Two rows of `points` entries at once, with the bits of one after the other, for a patch that
-    /// lists each vertex once; null where the kernel has an order to keep.
+    /// Moves two rows of `points` entries at once, with results bit-identical to those of one row
+    /// after the other, for a patch that lists each vertex once. Null if the kernel depends on the
+    /// order.
     bool (*rowPair)(DabConstants& patch,
                     const PatchVertexEntry* entries,
                     uint32_t points,
@@ -80,15 +83,16 @@ struct BatchMovers {
                     const RowBatches& lower);
 };
 
-/// Widens the bounds of the dab by the turns of a row, in the order of the list: from what its
-/// cells hold now and held before. \return whether there was one.
+/// Extends the bounds of the dab by the moves of a row, in the order of the list, from the old and
+/// new values of its cells.
+/// \return whether any vertex moved.
 bool WidenBounds(DabConstants& patch,
                  const HWVector* now,
                  const HWVector* before,
                  uint32_t points,
                  const RowBatches& row);
 
-/// A batch in the order of the list, two vertices at a time; what BatchMovers::batch does.
+/// Moves a batch in the order of the list, two vertices at a time, like BatchMovers::batch.
 using WideMover = bool (*)(DabConstants& patch,
                            const PatchVertexEntry* entries,
                            uint32_t count,
@@ -96,23 +100,25 @@ using WideMover = bool (*)(DabConstants& patch,
                            const VertexBatch& batch,
                            bool withFreeze,
                            bool inWorldSpace);
-/// \return null where the kernel has an order to keep. Needs VectorWidth::Eight.
+/// \return null if the kernel depends on the order. Requires VectorWidth::Eight.
 WideMover WideMoverFor(const KernelSwitches& switches);
 
-/// Four rows of `points` entries at once; what BatchMovers::rowPair does for two. Takes places from
-/// the grid, which holds them when averages are made.
+/// Moves four rows of `points` entries at once, like BatchMovers::rowPair does for two. Reads the
+/// positions from the grid, which contains them when averages are computed.
 using WideRowMover = bool (*)(DabConstants& patch,
                               const PatchVertexEntry* entries,
                               uint32_t points,
                               const RowBatches* rows,
                               bool withFreeze,
                               bool inWorldSpace);
-/// For every kernel that has a BatchMovers::rowPair. Needs VectorWidth::Eight.
+/// For every kernel that has a BatchMovers::rowPair. Requires VectorWidth::Eight.
 WideRowMover WideRowMoverFor();
 
-/// Looks up the records of `count` entries, makes those that are missing, and marks them all with
-/// `dabStamp`. \return how many were taken: fewer than `count` where memory for a record was
-/// refused. Errors: those of MeshChange::Add_uncached, when not even the first could be taken.
+/// Looks up the records of `count` entries, creates the missing ones, and marks them all with
+/// `dabStamp`.
+/// \return the number of processed entries; less than `count` if memory for a record could not be
+/// allocated.
+/// Errors: those of MeshChange::Add_uncached, if not even the first entry could be processed.
 uint32_t TouchBatch(const PatchVertexEntry* entries,
                     uint32_t count,
                     Vertex* vertices,
@@ -121,16 +127,17 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
                     bool withLayerSlot,
                     VertexBatch& batch);
 
-/// The way through the records of a known patch, in the order of its list.
+/// Iterates over the records of a cached patch in the order of its list.
 struct RecordWalk {
-    /// Null where the patch is not known.
+    /// Null if the patch is not cached.
     const KnownPatches::Run* run = nullptr;
-    /// How many records of the run lie behind.
+    /// Number of records of the run that were already visited.
     uint32_t done = 0;
 };
 
-/// What TouchBatch leaves behind, for the next `count` entries of a known patch, all of which have
-/// records. \param fetched  the entries if their vertices are to be asked for meanwhile, else null.
+/// Fills the batch like TouchBatch, for the next `count` entries of a cached patch, all of which
+/// have records.
+/// \param fetched  the entries if their vertices are to be prefetched meanwhile, otherwise null.
 void TouchKnown(RecordWalk& walk,
                 uint32_t count,
                 const PatchVertexEntry* fetched,
@@ -139,30 +146,32 @@ void TouchKnown(RecordWalk& walk,
                 uint32_t dabStamp,
                 VertexBatch& batch);
 
-/// Bit i: vertex i of the batch bore no mark of this dab yet.
+/// Returns a bit mask. Bit i: vertex i of the batch had no mark of this dab yet.
 uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
 
-/// Whether a vertex that was already marked lies within the radius: what lets a patch of a mesh
-/// without quads count as reached by a vertex that another patch has moved.
+/// Returns whether a vertex that was already marked is within the radius. In a mesh without quads,
+/// a patch also counts as reached if another patch has moved such a vertex.
 bool MarkedWithinReach(const VertexBatch& batch,
                        uint32_t count,
                        const WeighTerms& terms,
                        bool inWorldSpace);
 
-/// Fills `facing` for the vertices that the dab sees first. Asks the camera for each.
+/// Fills `facing` for the vertices that this dab visits for the first time. Reads the camera for
+/// each of them.
 void FaceBatch(const SwiftStroke& brush,
                uint32_t count,
                const WeighTerms& terms,
                VertexBatch& batch);
 
-/// Which weights: build-up belongs to pushing; with a stamp it is counted later.
+/// The use of build-up in the weights. It applies only to pushing; with a stamp it is added later.
 enum class BuildUp { None, Damps, DampsAndGrows };
 
-/// Weights of a batch. \return bit i: vertex i is new in this dab and within the radius; the
-/// weights of the others mean nothing.
+/// Computes the weights of a batch.
+/// \return a bit mask; bit i: vertex i is new in this dab and within the radius. The weights of the
+/// others are undefined.
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch);
-/// The same bits, eight at a time. Needs VectorWidth::Eight.
+/// Computes bit-identical results, eight at a time. Requires VectorWidth::Eight.
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t WeighBatchWide(const WeighTerms& terms, uint32_t count, VertexBatch& batch);
 

@@ -9,12 +9,12 @@ namespace trovik {
 
 namespace {
 
-/// Four vertices' components, side by side.
+/// The components of four vertices, side by side.
 struct Lanes {
     __m128 x, y, z;
 };
 
-/// The same places as ToWorld gives them, component by component.
+/// Computes the same positions as ToWorld, component by component.
 class LanesToWorld {
 public:
     explicit LanesToWorld(const BrushSpace& space) {
@@ -55,7 +55,8 @@ WeighTerms::WeighTerms(const DabConstants& dab)
 
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch) {
-    // Taken out of `terms` before the loop, which writes numbers that might be those.
+    // Copied from `terms` before the loop, because the compiler must assume that the loop
+    // overwrites them.
     const __m128i mark = _mm_set1_epi32(std::bit_cast<int32_t>(terms.dabStamp));
     const __m128i last = _mm_set1_epi32(std::bit_cast<int32_t>(terms.falloffLast));
     const __m128 centerX = _mm_set1_ps(terms.center[0]);
@@ -83,17 +84,18 @@ uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch)
         const __m128 dx = _mm_sub_ps(centerX, p.x);
         const __m128 dy = _mm_sub_ps(centerY, p.y);
         const __m128 dz = _mm_sub_ps(centerZ, p.z);
-        // Added in the order of HWVector's product.
+        // Added in the order of the product of HWVector.
         const __m128 squared =
             _mm_add_ps(_mm_mul_ps(dz, dz), _mm_add_ps(_mm_mul_ps(dy, dy), _mm_mul_ps(dx, dx)));
-        // Not greater rather than less or equal: no number at all counts as within.
+        // "Not greater" instead of "less or equal", so that NaN counts as within reach.
         const __m128 reach = _mm_cmpngt_ps(squared, radiusSquared);
         const __m128 marked = _mm_castsi128_ps(_mm_cmpeq_epi32(_mm_castps_si128(marks), mark));
         const int lanes = _mm_movemask_ps(_mm_andnot_ps(marked, reach));
         if (lanes == 0) continue;
         within |= static_cast<uint64_t>(lanes) << first;
 
-        // An index that the table lacks, as what no integer can hold becomes, weighs nothing.
+        // An index beyond the table has weight 0; values beyond the integer range become such an
+        // index.
         const __m128i wanted = _mm_cvttps_epi32(_mm_mul_ps(_mm_sqrt_ps(squared), falloffScale));
         const __m128i outside =
             _mm_or_si128(_mm_srai_epi32(wanted, 31), _mm_cmpgt_epi32(wanted, last));
@@ -119,7 +121,7 @@ uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch)
         }
         _mm_store_ps(batch.weight + first, weight);
     }
-    // Beyond the last vertex stands what an earlier batch left there.
+    // The bits after the last vertex come from an earlier batch.
     return count == VertexBatch::capacity ? within : within & ((uint64_t{1} << count) - 1);
 }
 

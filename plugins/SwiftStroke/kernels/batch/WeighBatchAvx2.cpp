@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The weights of WeighBatch.cpp, eight vertices at a time. Line for line the same operations; the
-/// comments stand there.
+/// The weights of WeighBatch.cpp, eight vertices at a time. The operations are the same line by
+/// line; the comments are in that file.
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
 
@@ -19,7 +19,7 @@ struct WideLanes {
     __m256 x, y, z;
 };
 
-/// One component of a place in the world; r are the four rows' shares of it.
+/// One component of a world position; r are the entries of the four matrix rows for it.
 TROVIK_AVX2 inline __m256 ToWorldComponent(
     const WideLanes& p, float r0, float r1, float r2, float r3) {
     const __m256 far = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(r2), p.z), _mm256_set1_ps(r3));
@@ -31,7 +31,8 @@ TROVIK_AVX2 inline __m256 TwoRows(const float (*start)[4], uint32_t i) {
     return Beside(_mm_load_ps(start[i]), _mm_load_ps(start[i + 4]));
 }
 
-/// The switches are constants wherever this melts in; a template would lose the attribute.
+/// The switches are constants at every call, because this function is inlined. A template would
+/// lose the attribute.
 TROVIK_AVX2_INLINE uint64_t Weigh(const WeighTerms& terms,
                                   uint32_t count,
                                   VertexBatch& batch,

@@ -2,15 +2,16 @@
 #pragma once
 
 /// \file
-/// What the loops with eight lanes share; two vectors side by side among it. Only for files that
-/// hold the code of VectorWidth::Eight. Each half goes through the operations that HWVector has, in
-/// their order.
+/// Functions shared by the loops with eight lanes, such as those for two vectors side by side. Only
+/// for files that contain the code of VectorWidth::Eight. Each half uses the operations of HWVector
+/// in the same order.
 #include "kernels/stages/DabConstants.h"
 
 #include <immintrin.h>
 
-// On the functions rather than on the file: inline functions of headers must not come out of a file
-// with instructions that the processor may lack. Templates and lambdas would lose it.
+// The attribute is on the functions rather than on the file, because inline functions of headers
+// must not be compiled with instructions that the processor may lack. Templates and lambdas would
+// lose it.
 #define TROVIK_AVX2 __attribute__((target("avx2")))
 #define TROVIK_AVX2_INLINE TROVIK_AVX2 TROVIK_FORCE_INLINE
 
@@ -23,7 +24,7 @@ TROVIK_AVX2_INLINE __m256 Doubled(const HWVector& v) { return Beside(v.lanes, v.
 TROVIK_AVX2_INLINE __m128 FirstOf(__m256 pair) { return _mm256_castps256_ps128(pair); }
 TROVIK_AVX2_INLINE __m128 SecondOf(__m256 pair) { return _mm256_extractf128_ps(pair, 1); }
 
-/// x, y, z in plain order to vectors with w 0, as ReversedXyz has it.
+/// Converts x, y, z in memory order to vectors with w 0, like ReversedXyz.
 TROVIK_AVX2_INLINE __m256 ReversedPair(__m256 plain) {
     const __m256 reversed = _mm256_permute_ps(plain, _MM_SHUFFLE(0, 1, 2, 3));
     const __m256i xyz = _mm256_setr_epi32(0, -1, -1, -1, 0, -1, -1, -1);
@@ -34,7 +35,7 @@ TROVIK_AVX2_INLINE __m256 PlacesOf(const Vertex& first, const Vertex& second) {
     return ReversedPair(Beside(_mm_loadu_ps(&first.x), _mm_loadu_ps(&second.x)));
 }
 
-/// Writes x, y and z and leaves the link as it is.
+/// Writes x, y and z and keeps the link.
 TROVIK_AVX2_INLINE void StorePlain(Vertex& v, __m128 plain) {
     _mm_storeu_ps(&v.x, _mm_blend_ps(plain, _mm_loadu_ps(&v.x), 8));
 }
@@ -44,8 +45,9 @@ TROVIK_AVX2_INLINE void StorePlaces(Vertex& first, Vertex& second, __m256 places
     StorePlain(second, SecondOf(plain));
 }
 
-/// Of each vertex: its weight times the strength and, under a freeze, what the freeze leaves of
-/// it. \param out  room for `count` rounded up to eight; what lies behind `count` means nothing.
+/// Computes for each vertex its weight times the strength and, with freeze, times the remaining
+/// fraction.
+/// \param out  has room for `count` rounded up to eight; entries from `count` on are undefined.
 TROVIK_AVX2_INLINE void StrengthenBatch(const DabConstants& dab,
                                         const PatchVertexEntry* entries,
                                         uint32_t count,

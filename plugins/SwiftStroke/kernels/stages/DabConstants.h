@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// What stays the same for all vertices of a patch, gathered once so that the loop reads it from
-/// registers and the stack, and the bounds that the loop widens.
+/// Values that are constant for all vertices of a patch, collected once so that the loop reads them
+/// from registers and the stack, and the bounds, which the loop extends.
 struct DabConstants {
     DabConstants(SwiftStroke& swiftStroke, bool mirroredStampRead)
         : brush(swiftStroke),
@@ -40,7 +40,7 @@ struct DabConstants {
         }
     }
 
-    /// Gives the widened bounds back to the brush.
+    /// Stores the extended bounds in the brush.
     void StoreBounds() {
         space.boundsMin = boundsMin;
         space.boundsMax = boundsMax;
@@ -66,24 +66,24 @@ struct DabConstants {
     float dabStrength;
     uint32_t dabStamp;
     bool facingActive;
-    /// Read the stamp where the vertex's topological mirror image lies.
+    /// Whether the stamp is read at the topological mirror image of the vertex.
     bool mirroredStamp;
     bool scaleAsWax = false;
     float waxScale = 1.0f;
 };
 
-/// One vertex on its way through the stages.
+/// One vertex during the stages.
 struct VertexState {
     uint32_t vertex;
     uint32_t face;
     uint32_t cell;
     Vertex* vertexRecord;
     StoredVertexInfo* record;
-    /// Present position; moving starts here.
+    /// Current position, from which the vertex moves.
     HWVector current;
-    /// Position at first touch in the stroke; measuring starts here.
+    /// Position at first touch in the stroke, from which distances are measured.
     HWVector startPosition;
-    /// The start position in the space of the distances.
+    /// The start position in the space in which distances are measured.
     HWVector measured;
     float weight;
     /// The weight per stamp channel, used by vector stamps.
@@ -93,34 +93,35 @@ struct VertexState {
 
 enum class StageResult { Continue, OutOfReach };
 
-/// x, y, z in plain order, and anything behind them, as a vector with w 0.
+/// Converts x, y, z in memory order, followed by any value, to a vector with w 0.
 TROVIK_FORCE_INLINE HWVector ReversedXyz(__m128 plain) {
     const __m128 reversed = _mm_shuffle_ps(plain, plain, _MM_SHUFFLE(0, 1, 2, 3));
     return HWVector(_mm_and_ps(reversed, _mm_castsi128_ps(_mm_setr_epi32(0, -1, -1, -1))));
 }
 
-/// A packed normal's components as floats; not normalised further.
+/// Returns the components of a packed normal as floats, without normalisation.
 TROVIK_FORCE_INLINE Vector UnpackNormal(const PackedNormal& normal) {
     return {static_cast<float>(normal.x) * packedNormalToFloat,
             static_cast<float>(normal.y) * packedNormalToFloat,
             static_cast<float>(normal.z) * packedNormalToFloat};
 }
 
-/// A record's normal as floats, w 0: the same numbers as UnpackNormal's.
+/// Returns the normal of a record as floats, w 0: the same numbers as UnpackNormal.
 TROVIK_FORCE_INLINE HWVector NormalOf(const StoredVertexInfo& record) {
     const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&record.originalNormal));
-    // Each word into the upper half of a lane, and down again with its sign.
+    // Moves each word to the upper half of a lane, then shifts it down with its sign.
     const __m128i lanes = _mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16);
     const __m128 numbers = _mm_mul_ps(_mm_cvtepi32_ps(lanes), _mm_set1_ps(packedNormalToFloat));
     return ReversedXyz(numbers);
 }
 
-/// The position of a vertex, w 0. Position and link are read as one and the link is cut off.
+/// Returns the position of a vertex, w 0. Position and link are read as one vector, and the link is
+/// masked off.
 TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) {
     return ReversedXyz(_mm_loadu_ps(reinterpret_cast<const float*>(&v)));
 }
 
-/// Writes x, y and z and leaves the link as it is, in one store.
+/// Writes x, y and z and keeps the link, in one store.
 TROVIK_FORCE_INLINE void StorePosition(Vertex& v, const HWVector& position) {
     auto* words = reinterpret_cast<float*>(&v);
     const __m128 linkOnly = _mm_castsi128_ps(_mm_setr_epi32(0, 0, 0, -1));
@@ -129,8 +130,8 @@ TROVIK_FORCE_INLINE void StorePosition(Vertex& v, const HWVector& position) {
         words, _mm_or_ps(_mm_andnot_ps(linkOnly, xyz), _mm_and_ps(linkOnly, _mm_loadu_ps(words))));
 }
 
-/// World position of a mesh-local point as a position, w 0: the 1 of the matrix's last row must not
-/// enter distances.
+/// Returns the world position of a mesh-local point, w 0: the 1 of the last row of the matrix must
+/// not enter distances.
 TROVIK_FORCE_INLINE HWVector ToWorld(const BrushSpace& space, const HWVector& local) {
     const HWVector* rows = space.meshToWorld;
     const HWVector world =

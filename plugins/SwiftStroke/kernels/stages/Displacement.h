@@ -6,8 +6,8 @@
 
 namespace trovik {
 
-/// Sum of a cell and its four neighbours, centre first, then left, right, below, above; the order
-/// of the additions is part of the result.
+/// Sum of a cell and its four neighbours: centre, left, right, below, above. The order of the
+/// additions affects the result.
 TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid,
                                          const HWVector& left,
                                          uint32_t cell,
@@ -18,9 +18,9 @@ TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid, uint32_t cell, ui
     return FiveCellSum(grid, grid[cell - 1], cell, stride);
 }
 
-/// Towards the mean of the vertex and its neighbours: of positions, or of the layer's own offsets.
-/// The position grid is read while the loop writes it, so positions are smoothed in place; the
-/// layer grid is not written by the loop.
+/// Returns the displacement towards the mean of the vertex and its neighbours: of positions, or of
+/// the offsets of the layer. The loop reads the position grid while it writes it, so positions are
+/// smoothed in place; the loop does not write the layer grid.
 template <class Switches>
 TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
                                                    const DabConstants& dab,
@@ -46,7 +46,7 @@ TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
     return mean - HWVector(own);
 }
 
-/// Along dir to the plane, within the clamps; the upper limit is tested first.
+/// Moves along dir to the plane, within the clamps; the upper limit is tested first.
 TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
                                                  const VertexState& v,
                                                  const HWVector& dir) {
@@ -59,15 +59,15 @@ TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
     return dir * move;
 }
 
-/// The part of a stamp axis that lies across dir, of unit length.
+/// Returns the part of a stamp axis that is perpendicular to dir, normalised.
 TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector& dir) {
     HWVector tangent = dir & (axis & dir);
     tangent.Normalize();
     return tangent;
 }
 
-/// A vector stamp's channels are tangent U, height and tangent V, each in hundredths of the stamp's
-/// side, the height in the geometric mean of the two.
+/// The channels of a vector stamp are tangent U, height and tangent V. Their unit is 1/100 of the
+/// stamp side; for the height, of the geometric mean of the two sides.
 TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
                                           const VertexState& v,
                                           const HWVector& dir,
@@ -80,7 +80,7 @@ TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
            (tangentV * v.weightVector.Z() * brush.stampScaleV);
 }
 
-/// Turns the weight into a displacement, mesh-local.
+/// Converts the weight to a displacement, mesh-local.
 template <class Switches>
 TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, VertexState& v) {
     const HWVector dir = sw.alongVertexNormal ? NormalOf(*v.record) : dab.direction;
@@ -98,7 +98,8 @@ TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, V
             break;
         case Family::Planing:
             displacement = PlaningDisplacement(dab, v, dir);
-            // Planes are approached in steps of one hundredth; a vector stamp's tangents are not.
+            // Vertices approach the plane in steps of one hundredth; the tangents of a vector stamp
+            // are not scaled.
             if (byVectorStamp)
                 v.weightVector = v.weightVector * HWVector(0.01f, 1.0f, 1.0f, 0.0f);
             else

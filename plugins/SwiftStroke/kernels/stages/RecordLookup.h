@@ -5,7 +5,8 @@
 
 namespace trovik {
 
-/// The vertex's record in the change, or null. Two loads and two compares, no call.
+/// Returns the record of the vertex in the change, or null. Two loads and two comparisons, without
+/// a call.
 TROVIK_FORCE_INLINE StoredVertexInfo* FindRecord(const MeshChange& change,
                                                  uint32_t vertex,
                                                  uint32_t changeLink) {
@@ -14,7 +15,8 @@ TROVIK_FORCE_INLINE StoredVertexInfo* FindRecord(const MeshChange& change,
     return record->vertexIndex == vertex ? record : nullptr;
 }
 
-/// The vertex's record, made at first touch. Holds until the next record is made.
+/// Returns the record of the vertex and creates it at first touch. Valid until the next record is
+/// created.
 TROVIK_FORCE_INLINE StoredVertexInfo& TouchRecord(
     MeshChange& change, uint32_t vertex, uint32_t face, Vertex& vertexRecord, bool withLayerSlot) {
     StoredVertexInfo* record = FindRecord(change, vertex, vertexRecord.changeLink);

@@ -6,7 +6,7 @@
 
 namespace trovik {
 
-/// A place on the stamp image: exact coordinates and the nearest pixel.
+/// A position on the stamp image: exact coordinates and the nearest pixel.
 struct StampPlace {
     float u;
     float v;
@@ -14,13 +14,13 @@ struct StampPlace {
     int32_t row;
 };
 
-/// The nearest integer, ties to even; what 32 bits cannot hold becomes the most negative integer,
-/// which no image reaches.
+/// Returns the nearest integer, ties to even. Values beyond 32 bits become the most negative
+/// integer, which is outside every image.
 TROVIK_FORCE_INLINE int32_t RoundToPixel(float coordinate) {
     return _mm_cvtss_si32(_mm_set_ss(coordinate));
 }
 
-/// Projects a mesh-local position onto the stamp. The divide takes place for affine matrices too.
+/// Projects a mesh-local position onto the stamp. The division is also done for affine matrices.
 TROVIK_FORCE_INLINE StampPlace PlaceOnStamp(const BrushSpace& space, const HWVector& position) {
     const auto row = [&space](int i) { return _mm_loadu_ps(space.stampMatrix[i]); };
     const auto scaled = [](__m128 r, float f) { return _mm_mul_ps(r, _mm_set1_ps(f)); };
@@ -33,10 +33,11 @@ TROVIK_FORCE_INLINE StampPlace PlaceOnStamp(const BrushSpace& space, const HWVec
     return {u, v, RoundToPixel(u), RoundToPixel(v)};
 }
 
-/// First-touch position of the vertex across the topological mirror, so that a stamp looks the same
-/// on both sides of a mesh whose halves are not mirror images in space. A vertex with no mirror
-/// image keeps its own. May make a record; the caller looks its own up again. Takes nothing of the
-/// loop by reference, which would chain the loop's variables to memory, and stays out of it.
+/// Returns the first-touch position of the topological mirror image of the vertex, so that a stamp
+/// has the same appearance on both sides of a mesh whose halves are not mirror images in space. If
+/// the vertex has no mirror image, its own position is returned. May create a record, so the caller
+/// must look up its own record again. The function has no reference parameters to variables of the
+/// loop and is not inlined, so that these variables can stay in registers.
 __attribute__((noinline)) inline Vector MirroredStartPosition(const SwiftStroke& brush,
                                                               uint32_t vertex,
                                                               uint32_t face,
@@ -59,14 +60,14 @@ __attribute__((noinline)) inline Vector MirroredStartPosition(const SwiftStroke&
     return {record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]};
 }
 
-/// Brings a coordinate into [0, size) as repeated additions of the size would, in one step.
+/// Moves a coordinate into [0, size), like repeated addition of the size, but in one step.
 TROVIK_FORCE_INLINE int32_t WrapPixel(int32_t coordinate, uint32_t size) {
     const int64_t wrapped = coordinate % static_cast<int64_t>(size);
     return static_cast<int32_t>(wrapped < 0 ? wrapped + size : wrapped);
 }
 
-/// One pixel of a vector stamp with the factor multiplied in: the first channel becomes y, the
-/// second x, the third z.
+/// Returns one pixel of a vector stamp times the factor: the first channel becomes y, the second x,
+/// the third z.
 TROVIK_FORCE_INLINE HWVector VectorPixel(const SwiftStroke& brush, uint32_t column, uint32_t row) {
     const float* pixel =
         brush.stampPixels + (static_cast<std::size_t>(row) * brush.stampWidth + column) * 3;
@@ -80,8 +81,8 @@ TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, 
 }
 
 /// The four pixels and weights of a bilinear read. The base pixel is the rounded one, while the
-/// fractions are those of the coordinate less one half: one pixel further on than the usual
-/// convention, and a stamp's placement depends on it.
+/// fractions are those of the coordinate minus one half. This is one pixel further than in the
+/// usual convention, and the position of stamps depends on it.
 struct BilinearRead {
     BilinearRead(const SwiftStroke& brush, const StampPlace& place, bool tiled) {
         const float du = static_cast<float>(static_cast<double>(place.u) - 0.5);
@@ -110,7 +111,8 @@ struct BilinearRead {
     bool below, right;
 };
 
-/// Multiplies the weight by the stamp's value, or tells that the vertex lies outside the stamp.
+/// Multiplies the weight by the stamp value, or returns OutOfReach if the vertex is outside the
+/// stamp.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
                                             const DabConstants& dab,
@@ -124,7 +126,8 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     }
 
     if (sw.tiledStamp) {
-        // A stamp without pixels covers nothing; where it is not tiled, the range says so.
+        // A stamp without pixels covers nothing. If it is not tiled, the range check below has this
+        // effect.
         if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
         place.column = WrapPixel(place.column, brush.stampWidth);
         place.row = WrapPixel(place.row, brush.stampHeight);
@@ -165,9 +168,9 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     return StageResult::Continue;
 }
 
-/// The stamp with its build-up: counted before the read, so that it grows outside the stamp too, or
-/// behind it, so that the stamp's value counts. The lowest lane of a vector stamp's weight is 0
-/// after the read, so there the later count adds nothing.
+/// Applies the stamp and adds the build-up: before the read, so that it also grows outside the
+/// stamp, or after it, so that the stamp value is included. After the read, the lowest lane of the
+/// weight of a vector stamp is 0, so the later addition has no effect.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw,
                                            const DabConstants& dab,

@@ -6,9 +6,8 @@
 
 namespace trovik {
 
-/// How much of the tool a surface takes by its angle to the view, 0 to 1: full below
-/// facingAngleStart, none beyond start + range. The camera is asked for each vertex; the path
-/// stands behind one flag.
+/// Returns the factor by the angle between surface and view, 0 to 1: full below facingAngleStart,
+/// none beyond start + range. Reads the camera for each vertex; the caller tests the flag.
 inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& record) {
     const Vector normal = UnpackNormal(record.originalNormal);
     const Vector origin;
@@ -21,20 +20,20 @@ inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& reco
     toEye.Normalize();
     const float cosine = (toEye.y * normal.y + toEye.x * normal.x) + toEye.z * normal.z;
     float angle = acosf(cosine) * 57.29578f;
-    // Rounding can bring the cosine past 1; such a surface faces the view fully.
+    // Rounding can make the cosine greater than 1; such a surface faces the view fully.
     if (std::isnan(angle)) angle = 0.0f;
 
     const float start = brush.facingAngleStart;
     const float range = brush.facingAngleRange;
     if (start > angle) return 1.0f;
     if (angle > start + range) return 0.0f;
-    // A range of 0 leaves only the angle that is exactly the start: it still counts as facing.
+    // With a range of 0, an angle that equals the start still counts as facing.
     if (range == 0.0f) return 1.0f;
     return 1.0f - (angle - start) / range;
 }
 
-/// From distance to weight: distance test, falloff, the Wax scale and the build-up damping. The
-/// facing factor is worked out even where it goes unused.
+/// Computes the weight from the distance: distance test, falloff, the Wax scale and the build-up
+/// damping. The facing factor is computed even if it is not used.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& dab, VertexState& v) {
     float facing = 1.0f;
@@ -45,8 +44,8 @@ TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& da
         const float distanceSquared = (toCenter | toCenter).First();
         if (distanceSquared > dab.radiusSquared) return StageResult::OutOfReach;
         const float distance = std::sqrt(distanceSquared);
-        // Truncation by the processor: what no integer can hold, NaN too, becomes the most
-        // negative one, which is above every last index when taken as unsigned.
+        // Truncated by the processor: values beyond the integer range, and NaN, become the most
+        // negative integer, which as unsigned is above every valid index.
         const auto index =
             static_cast<uint32_t>(_mm_cvttss_si32(_mm_set_ss(distance * dab.falloffScale)));
         v.weight = index > dab.falloffLast ? 0.0f : facing * dab.falloffTable[index];
@@ -68,7 +67,8 @@ TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& da
     return StageResult::Continue;
 }
 
-/// Dab strength and freeze, on the weight or, for a vector stamp, on its three channels.
+/// Applies the dab strength and the mask weight to the weight or, for a vector stamp, to its three
+/// channels.
 template <class Switches>
 TROVIK_FORCE_INLINE void Strengthen(const Switches& sw, const DabConstants& dab, VertexState& v) {
     const bool onVector = sw.withStamp && dab.brush.stampIsVector;
