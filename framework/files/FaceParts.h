@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/MeshSource.h"
+#include "host/Api.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +14,7 @@ namespace trovik {
 
 /// The faces of a source in parts of the same group, the same material, or both. Parts come in the
 /// order of their first faces; a source without groups and materials is one part.
-class FaceParts {
+class TROVIK_API FaceParts {
 public:
     enum Keys : unsigned { ByGroup = 1, ByMaterial = 2 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/SurfaceAttributes.h"
+#include "host/Api.h"
 
 #include <cstdint>
 #include <string>
@@ -28,11 +29,11 @@ bool IsCorner(std::string_view word, std::int32_t& uv);
 /// The names in a statement `mtllib`. A name ends at a word that ends in ".mtl" in any case, since
 /// names may contain blanks; what follows the last such word is one name. Backslashes become
 /// slashes.
-std::vector<std::string> MaterialFileNames(std::string_view text);
+TROVIK_API std::vector<std::string> MaterialFileNames(std::string_view text);
 
 /// The number of a statement `s`: a whole number, 0 for `off`, 1 for `on`.
 /// \param otherwise  the result for any other text.
-std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
+TROVIK_API std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
 
 /// Names of groups or materials, numbered in the order in which faces first use them.
 struct ObjNames {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/images/ImageFile.h"
+#include "host/Api.h"
 
 #include <cstddef>
 #include <string>
@@ -13,7 +14,7 @@ namespace trovik {
 
 /// True if the file begins as PNG files do, whatever its name.
 /// \throw HostError if it cannot be read.
-bool IsPngFile(const std::string& path);
+TROVIK_API bool IsPngFile(const std::string& path);
 
 /// As ReadImageFile. Palettes become colours, transparent colours alpha, and samples of fewer than
 /// eight bits are scaled to eight.

@@ -52,7 +52,7 @@ private:
 };
 
 /// ExactSum for terms whose running sum in double precision is inexact.
-DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
+TROVIK_API DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 
 /// The sum of the terms, exact before it is rounded once to double precision: it does not depend on
 /// their order, and negating all terms negates it. Zero for no terms; not finite if a term is not.

@@ -18,7 +18,7 @@ namespace trovik {
 /// nothing about the angle, it is the shortest way alone.
 ///
 /// Inside it calculates in double precision: squares of lengths then neither vanish nor overflow.
-class SurfaceTurn {
+class TROVIK_API SurfaceTurn {
 public:
     /// Adds the normal of a face of the ring, of any length, in both states.
     void AddNormal(const Vector& before, const Vector& after);

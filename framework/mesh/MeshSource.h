@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/PolygonMesh.h"
+#include "host/Api.h"
 
 #include <array>
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace trovik {
 class JobControl;
 
 /// A run of vertices, in order. Lists of what was not asked for, or is not there, are empty.
-struct VertexBlock {
+struct TROVIK_API VertexBlock {
     std::vector<std::array<float, 3>> positions;
     std::vector<std::array<float, 3>> normals;
     std::vector<std::array<float, 2>> uvs;
@@ -24,7 +25,7 @@ struct VertexBlock {
 };
 
 /// A run of faces, in order. Lists of what was not asked for, or is not there, are empty.
-struct FaceBlock {
+struct TROVIK_API FaceBlock {
     std::vector<std::uint32_t> sizes;
     /// Corner by corner.
     std::vector<std::uint32_t> vertices;
@@ -151,9 +152,9 @@ private:
 
 /// The UV number of each vertex, where all its corners have the same value; empty where one has
 /// not. A vertex of no face has SurfaceAttributes::none. Values count, not numbers.
-std::vector<std::uint32_t> UvsByVertex(const SurfaceAttributes& attributes,
-                                       const std::uint32_t* cornerVertices,
-                                       std::size_t vertexCount);
+TROVIK_API std::vector<std::uint32_t> UvsByVertex(const SurfaceAttributes& attributes,
+                                                  const std::uint32_t* cornerVertices,
+                                                  std::size_t vertexCount);
 
 /// Everything a source hands out, in one piece.
 TROVIK_API PolygonMesh GatherPolygons(const MeshSource& source);

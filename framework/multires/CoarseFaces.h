@@ -12,7 +12,7 @@ class JobControl;
 class LevelMesh;
 
 /// New numbers of faces: face f becomes face[f], its corner c corner (c + turn[f]) mod 4.
-struct FaceRenumbering {
+struct TROVIK_API FaceRenumbering {
     std::vector<uint32_t> face;
     std::vector<uint8_t> turn;
 
@@ -50,16 +50,16 @@ struct CoarseFaces {
 /// \param level  level 0 of its geometry. \throw HostError telling why it is no refinement;
 /// Cancelled.
 /// Cost: O(faces log faces).
-CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
+TROVIK_API CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
 
 /// Positions of a coarse level whose refinement comes closest to the fine level's present ones, by
 /// least squares over all fine vertices (conjugate gradients in double precision, a fixed order of
 /// operations). A fine level that is an exact refinement gives its coarse level back but for
 /// rounding.
 /// \param finePositions  of the fine level's vertices. \throw Cancelled.
-std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
-                                       const LevelMesh& fine,
-                                       const std::vector<Vector>& finePositions,
-                                       JobControl* job = nullptr);
+TROVIK_API std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
+                                                  const LevelMesh& fine,
+                                                  const std::vector<Vector>& finePositions,
+                                                  JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/multires/LevelGeometry.h"
+#include "host/Api.h"
 
 #include <cstdint>
 #include <vector>
@@ -39,10 +40,10 @@ TROVIK_API std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
                                              uint32_t to);
 
 /// Hides on a level that was just added the children of the hidden faces below it.
-void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
+TROVIK_API void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
 /// Hides on `coarse` exactly the faces whose children on `fine` are all hidden.
-void HideParents(LevelMesh& coarse, const LevelMesh& fine);
+TROVIK_API void HideParents(LevelMesh& coarse, const LevelMesh& fine);
 /// Brings all levels to agree by the highest one, after their face flags were written.
-void AgreeOnHidden(LevelGeometry& geometry);
+TROVIK_API void AgreeOnHidden(LevelGeometry& geometry);
 
 }  // namespace trovik

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/layers/LayerGround.h"
+#include "host/Api.h"
 
 #include <memory>
 #include <utility>
@@ -21,7 +22,7 @@ namespace trovik {
 /// does to a level happens to the ground, and the offsets above it keep their direction.
 ///
 /// Cost and memory: for each moved vertex that a layer touched, 44 bytes, and 40 for each layer.
-class TurnedLayers {
+class TROVIK_API TurnedLayers {
 public:
     /// Borrows the level and the ground until Finish.
     TurnedLayers(LevelMesh& level, LayerGround::Layers ofLevel, LayerGround& ground);

@@ -115,39 +115,39 @@ private:
 };
 
 /// One render of meshes that are not rendered again; see RenderScene.
-Picture RenderPicture(const std::vector<PictureMesh>& meshes,
-                      const PictureCamera& camera,
-                      const PictureOptions& options,
-                      JobControl* job = nullptr);
+TROVIK_API Picture RenderPicture(const std::vector<PictureMesh>& meshes,
+                                 const PictureCamera& camera,
+                                 const PictureOptions& options,
+                                 JobControl* job = nullptr);
 
 /// A camera that shows all of the meshes with a small margin, looking along `direction` (world). Of
 /// a mesh with hidden faces it frames the others; if nothing is visible, it is the default camera.
 /// \param up  the direction that is up in the picture; one along `direction` is replaced.
-PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
-                          const Vector& direction,
-                          float verticalFieldOfView,
-                          float aspect,
-                          const Vector& up = Vector(0.0f, 1.0f, 0.0f));
+TROVIK_API PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
+                                     const Vector& direction,
+                                     float verticalFieldOfView,
+                                     float aspect,
+                                     const Vector& up = Vector(0.0f, 1.0f, 0.0f));
 
 /// Frame `index` of a turn of `count` frames: the camera orbits its target about its up direction,
 /// so that the meshes appear to rotate counter-clockwise as seen from above.
-PictureCamera TurntableFrame(const PictureCamera& camera, int index, int count);
+TROVIK_API PictureCamera TurntableFrame(const PictureCamera& camera, int index, int count);
 
 /// As FrameMeshes, for a turntable: the camera keeps one distance, from which the meshes fit into
 /// every frame.
-PictureCamera FrameTurntable(const std::vector<PictureMesh>& meshes,
-                             const Vector& direction,
-                             float verticalFieldOfView,
-                             float aspect,
-                             const Vector& up,
-                             int count);
+TROVIK_API PictureCamera FrameTurntable(const std::vector<PictureMesh>& meshes,
+                                        const Vector& direction,
+                                        float verticalFieldOfView,
+                                        float aspect,
+                                        const Vector& up,
+                                        int count);
 
 /// Pictures of one size in rows of `columns`, `gap` pixels apart. A caption is written under each
 /// picture when `captions` has as many entries as there are pictures. Transparent pictures are laid
 /// over the sheet's background; the sheet is opaque.
-Picture PlaceInRows(const std::vector<Picture>& pictures,
-                    int columns,
-                    int gap,
-                    const std::vector<std::string>& captions);
+TROVIK_API Picture PlaceInRows(const std::vector<Picture>& pictures,
+                               int columns,
+                               int gap,
+                               const std::vector<std::string>& captions);
 
 }  // namespace trovik

@@ -5,13 +5,14 @@
 #include "framework/render/Shading.h"
 #include "framework/render/VisibilityFilter.h"
 #include "framework/render/WireLines.h"
+#include "host/Api.h"
 
 #include <optional>
 
 namespace trovik {
 
 /// Renders one picture of a scene; see RenderScene::Render.
-class PictureRenderer {
+class TROVIK_API PictureRenderer {
 public:
     /// \param jobControl  of Render, which throws Cancelled; null: nobody. Borrowed.
     PictureRenderer(const EmbreeScene& scene,

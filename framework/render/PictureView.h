@@ -2,13 +2,14 @@
 #pragma once
 
 #include "framework/render/Picture.h"
+#include "host/Api.h"
 
 namespace trovik {
 
 /// A camera together with a picture's size: turns pixels into rays and points into pixels.
 /// Pixel coordinates run from the upper left corner of the picture to the right and down; whole
 /// numbers lie between pixels.
-class PictureView {
+class TROVIK_API PictureView {
 public:
     /// \throw HostError for a camera that has no direction, or values that are not finite.
     PictureView(const PictureCamera& camera, int width, int height);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/render/Picture.h"
+#include "host/Api.h"
 
 #include <cstdint>
 #include <vector>
@@ -9,7 +10,7 @@
 namespace trovik {
 
 /// Memory that the ray tracing structures of a mesh take, besides the mesh.
-uint64_t RenderBytes(uint64_t vertices, uint64_t faces);
+TROVIK_API uint64_t RenderBytes(uint64_t vertices, uint64_t faces);
 
 /// To be called before the ray tracing structures of the meshes are built: refuses meshes for which
 /// there is not enough memory, and limits the threads of the ray tracing library to those that the

@@ -11,7 +11,7 @@ namespace trovik {
 
 /// A value of a script with its place in it, for messages. The schema has settled names and types;
 /// this settles what a schema cannot say.
-class FieldReader {
+class TROVIK_API FieldReader {
 public:
     FieldReader(const nlohmann::json& value, std::string file, std::string pointer);
 

@@ -3,6 +3,7 @@
 
 #include "framework/strokes/PathShape.h"
 #include "framework/strokes/PathSteps.h"
+#include "host/Api.h"
 
 #include <functional>
 #include <memory>
@@ -12,7 +13,7 @@ namespace trovik {
 
 /// One thing that is done to a path while it is drawn: samples go in one by one, and those come out
 /// that no later one can change. What comes out in all does not depend on when it is asked for.
-class PathStage {
+class TROVIK_API PathStage {
 public:
     virtual ~PathStage() = default;
     /// Takes a sample in, and appends what is certain by it.
@@ -30,24 +31,26 @@ public:
 };
 
 /// See Straightened. Everything waits for the end.
-std::unique_ptr<PathStage> LineStage();
+TROVIK_API std::unique_ptr<PathStage> LineStage();
 /// See CurveThrough. The way to a sample waits for the next one at another place.
 /// Adding throws HostError when the curve is cut into more than maxPathSteps chords.
-std::unique_ptr<PathStage> CurveStage();
+TROVIK_API std::unique_ptr<PathStage> CurveStage();
 /// See Snapped; the distance must be above 0. Nothing waits. For this and the next two stages:
 /// `poll` is called now and then during long work, and what it throws passes through; adding throws
 /// HostError for a path that takes more than maxPathSteps, of a 16th of the length each.
-std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
-                                     float distance,
-                                     bool timed,
-                                     const StepPoll& poll = StepPoll());
+TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
+                                                float distance,
+                                                bool timed,
+                                                const StepPoll& poll = StepPoll());
 /// See Smoothed; the length must be above 0. A place waits until the pen is half the length farther
 /// on its way, also where the pen rests.
-std::unique_ptr<PathStage> SmoothingStage(float length,
-                                          bool timed,
-                                          const StepPoll& poll = StepPoll());
+TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
+                                                     bool timed,
+                                                     const StepPoll& poll = StepPoll());
 /// See OnString; the length must be above 0. Nothing waits.
-std::unique_ptr<PathStage> StringStage(float length, bool timed, const StepPoll& poll = StepPoll());
+TROVIK_API std::unique_ptr<PathStage> StringStage(float length,
+                                                  bool timed,
+                                                  const StepPoll& poll = StepPoll());
 
 /// A path as a shape wants it while it is drawn: the stages of Shaped one behind the other, each
 /// with what it waits for. Without any, samples go through as they are.
