@@ -31,9 +31,6 @@ public:
 
     /// The vector, turned with the surface.
     Vector Turned(const Vector& v) const;
-    /// The unit normals, zero where there is none.
-    Vector NormalBefore() const { return Single(normalBefore); }
-    Vector NormalAfter() const { return Single(normalAfter); }
 
 private:
     struct Double3 {

@@ -6,8 +6,6 @@ namespace trovik {
 LevelRefiner::LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl)
     : coarse(coarseLevel), job(jobControl), corners(coarseLevel.CornersPerFace()) {}
 
-uint32_t LevelRefiner::FineFaceCount() const { return coarse.faceCount * corners; }
-
 // Of the two faces on an edge the lower one, or the lower side of a face glued to itself, is the
 // first to meet it.
 bool LevelRefiner::OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const {

@@ -14,7 +14,6 @@ public:
     /// fill is then incomplete.
     explicit LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl = nullptr);
 
-    uint32_t FineFaceCount() const;
     /// Vertices of the level above. Cost: O(faces).
     uint64_t CountFineVertices();
 

@@ -59,8 +59,6 @@ public:
     /// Where that byte stands in the file; a whole stream counts behind its header.
     uint64_t Place() const { return origin + position; }
     uint32_t Format() const { return format; }
-    /// Class versions by name, as the header has them.
-    const std::map<std::string, int32_t>& ClassVersions() const { return versions; }
 
     /// \throw Error* when fewer bytes are left. To be asked before memory is taken by a count.
     void Expect(uint64_t count, uint64_t elementSize) const;

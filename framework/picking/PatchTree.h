@@ -68,8 +68,6 @@ public:
     /// Boxes below and above the faces of level `patchLevelIndex` that a walk visited, whatever the
     /// visitor answered: a face beside one that was changed shares its moved border.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
-    /// Boxes of all faces that hold one of the vertices, as after a walk over vertices or an undo.
-    void RefitVertices(const std::vector<uint32_t>& vertices);
 
     /// Whether the boxes are still those of the level: false once the level has another number or
     /// another level 0 below it, or while it is taken out of its geometry, and for good after a

@@ -31,8 +31,6 @@ public:
     bool Flag() const { return value.get<bool>(); }
     std::string Text() const { return value.get<std::string>(); }
 
-    float NumberOr(const char* key, float otherwise) const;
-    int IntegerOr(const char* key, int otherwise) const;
     bool FlagOr(const char* key, bool otherwise) const;
     std::string TextOr(const char* key, const std::string& otherwise) const;
 

@@ -53,13 +53,6 @@ public:
     GridFace& StepDown();
     GridFace& StepLeft();
 
-    /// To the next patch across the view's side k; x and y stay.
-    GridFace& Hop(uint32_t k);
-    GridFace& HopUp() { return Hop(0); }
-    GridFace& HopRight() { return Hop(1); }
-    GridFace& HopDown() { return Hop(2); }
-    GridFace& HopLeft() { return Hop(3); }
-
     uint32_t x = 0;
     uint32_t y = 0;
 
