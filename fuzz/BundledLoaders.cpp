@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The loaders below the readers, compiled here, so that the sanitizers see into them; the packaged
-/// libraries are not instrumented.
+/// The loader below the reader of glTF files, compiled here to be instrumented by the sanitizers;
+/// the packaged library is not.
 #define TINYGLTF_IMPLEMENTATION
-#define TINYOBJLOADER_IMPLEMENTATION
-#include <tiny_obj_loader.h>
-
 #include <tiny_gltf.h>

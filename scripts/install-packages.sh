@@ -15,7 +15,7 @@ packages=(
     g++ cmake ninja-build make pkg-config ccache binutils git python3 python3-numpy
     # What the products link.
     qt6-base-dev libembree-dev libtbb-dev libopenimageio-dev libimath-dev libpng-dev
-    libtinyobjloader-dev libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
+    libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
     # What the tests and benchmarks link.
     libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )

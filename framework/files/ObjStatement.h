@@ -5,6 +5,7 @@
 #include "host/Api.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -20,11 +21,18 @@ std::string_view TakeWord(std::string_view& text);
 /// The text without the blanks around it.
 std::string Trimmed(std::string_view text);
 
-/// True for `v`, `v/t`, `v//n` and `v/t/n` of whole numbers that tinyobjloader's int can hold,
-/// with v other than 0. A number after a slash may be missing, as some exporters leave it.
-/// \param uv  receives t, or 0 where it is missing; tinyobjloader would then take the next corner's
-/// number for it.
-bool IsCorner(std::string_view word, std::int32_t& uv);
+/// A corner of a face as it is written: numbers count from 1, or back from the last element that is
+/// defined so far where they are negative; 0: missing.
+struct ObjCorner {
+    std::int32_t vertex = 0;
+    std::int32_t uv = 0;
+    std::int32_t normal = 0;
+};
+
+/// Reads `v`, `v/t`, `v//n` or `v/t/n` of whole numbers of 32 bits, with v other than 0. A number
+/// after a slash may be missing, as some exporters write it.
+/// \return nothing for any other text.
+std::optional<ObjCorner> CornerOf(std::string_view word);
 
 /// The names in a statement `mtllib`. A name ends at a word that ends in ".mtl" in any case, since
 /// names may contain blanks; what follows the last such word is one name. Backslashes become
