@@ -5,11 +5,20 @@
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/TopologicalMirror.h"
 
+#include <cstddef>
 #include <memory>
 #include <span>
 #include <vector>
 
 namespace trovik {
+
+/// When an observer of a geometry is called.
+enum class ObserverOrder {
+    /// Ahead of the others: structures that follow the surface, such as pick trees, which the other
+    /// observers may query.
+    First,
+    Later
+};
 
 /// The levels of one mesh, as each level sees them: its topology follows from the levels below it.
 /// LevelGeometry, the only implementation, adds what happens between levels.
@@ -21,9 +30,9 @@ public:
     /// Null until a topological mirror has been found.
     const TopologicalMirror* Mirror() const { return mirror.get(); }
 
-    /// Adds an observer of all levels, borrowed, unless it is one already. Observers are called in
-    /// the order in which they were added.
-    void AddObserver(GeometryObserver& observer);
+    /// Adds an observer of all levels, borrowed, unless it is one already. Observers of the same
+    /// order are called in the order in which they were added.
+    void AddObserver(GeometryObserver& observer, ObserverOrder order = ObserverOrder::Later);
     /// No effect for one that was not added.
     void RemoveObserver(GeometryObserver& observer);
     const std::vector<GeometryObserver*>& Observers() const { return observers; }
@@ -60,6 +69,8 @@ private:
     void Report(const SurfaceChange& change) const;
 
     std::vector<GeometryObserver*> observers;
+    /// Of these, so many have ObserverOrder::First.
+    std::ptrdiff_t firstObservers = 0;
 };
 
 }  // namespace trovik

@@ -34,7 +34,7 @@ PatchTree::PatchTree(LevelMesh* ofLevel, JobControl* job)
     for (uint32_t l = leafLevel; l-- > 0;)
         for (uint32_t patch = 0; patch < patchBoxes[l].size(); ++patch) RefitInner(l, patch);
     BuildTop(job);
-    hierarchy->AddObserver(*this);
+    hierarchy->AddObserver(*this, ObserverOrder::First);
 }
 
 PatchTree::~PatchTree() { hierarchy->RemoveObserver(*this); }

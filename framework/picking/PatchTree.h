@@ -42,9 +42,9 @@ struct PickHit {
 /// without any other face costs no visit. Of hits at equal distance
 /// the one with the lowest face number is told, so answers do not hang on the tree's shape.
 ///
-/// Observes the geometry: boxes follow each reported change of the level's positions and
-/// hidden faces. Edits that
-/// nobody reports need a call of a refit.
+/// Observes the geometry: boxes follow each reported change of the level's positions and hidden
+/// faces, before observers of ObserverOrder::Later receive the report. Edits that nobody reports
+/// need a call of a refit.
 ///
 /// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently,
 /// refits and reports may not run concurrently with anything.
