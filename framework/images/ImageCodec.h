@@ -28,9 +28,10 @@ public:
     /// See ReadImageDescription. The file exists.
     virtual std::string ReadDescription(const std::string& path) const = 0;
     /// The bytes of an image file in the format that the extension of `path` names. Nothing is
-    /// written. \throw HostError naming the path and the reason.
+    /// written. \throw HostError naming the path and the reason; Cancelled.
     virtual std::vector<unsigned char> Encode(const std::string& path,
-                                              const EncodedImage& image) const = 0;
+                                              const EncodedImage& image,
+                                              JobControl* job) const = 0;
 
 protected:
     ~ImageCodec() = default;

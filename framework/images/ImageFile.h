@@ -10,6 +10,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// An image in floats: rows from top to bottom, pixels from left to right, channels interleaved.
 struct FloatImage {
     std::uint32_t width = 0;
@@ -51,12 +53,14 @@ TROVIK_API void WriteImageFile(const std::string& path,
 
 /// The same for 16-bit values, into formats that hold them (`.tif`, `.png`).
 /// \param description  one line of text to store beside the pixels; empty for none.
+/// \throw Cancelled.
 TROVIK_API void WriteImageFile(const std::string& path,
                                const std::uint16_t* pixels,
                                std::uint32_t width,
                                std::uint32_t height,
                                std::uint32_t channels,
-                               const std::string& description = std::string());
+                               const std::string& description = std::string(),
+                               JobControl* job = nullptr);
 
 /// The same for signed 16-bit values, which `.tif` and `.tiff` alone hold: any other extension is
 /// refused. ReadImageFile gives value / 32767.
@@ -72,10 +76,11 @@ TROVIK_API void WriteImageFile(const std::string& path,
 /// The file is complete or not there: see FileReplacement.
 /// \param image  isFloat is not used.
 /// \param description  one line of text to store beside the pixels; empty for none.
-/// \throw HostError naming the file and the reason; also for a value that is not finite.
+/// \throw HostError naming the file and the reason; also for a value that is not finite. Cancelled.
 TROVIK_API void WriteFloatImageFile(const std::string& path,
                                     const FloatImage& image,
-                                    const std::string& description = std::string());
+                                    const std::string& description = std::string(),
+                                    JobControl* job = nullptr);
 
 /// The text that was stored beside the pixels; empty where the file holds none.
 /// \throw HostError naming the file and the reason.
