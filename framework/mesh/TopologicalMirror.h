@@ -10,6 +10,7 @@
 
 namespace trovik {
 
+class JobControl;
 class LevelMesh;
 
 /// Which corner of which face lies across the mirror, by how the faces hang together and not by
@@ -36,7 +37,10 @@ public:
     /// Cost: O(faces) when the best seed is right, at most some hundred times that, and O(parts^2);
     /// about 20 bytes
     /// per face and 12 per vertex while it runs.
-    static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base, int axis = 0);
+    /// \throw Cancelled.
+    static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base,
+                                                   int axis = 0,
+                                                   JobControl* job = nullptr);
 
     struct Corner {
         uint32_t face;

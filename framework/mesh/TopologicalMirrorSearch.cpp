@@ -2,6 +2,7 @@
 
 /// \file
 /// How the mirror of a mesh is found: seeds from the geometry, the rest from the adjacency.
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/TopologicalMirror.h"
 
@@ -47,8 +48,12 @@ struct Part {
 
 class TopologicalMirrorSearch {
 public:
-    TopologicalMirrorSearch(LevelMesh& baseLevel, std::vector<uint32_t>& result, int mirrorAxis)
-        : base(baseLevel),
+    TopologicalMirrorSearch(LevelMesh& baseLevel,
+                            std::vector<uint32_t>& result,
+                            int mirrorAxis,
+                            JobControl* job)
+        : phase(job, "Finding the mirror", baseLevel.faceCount),
+          base(baseLevel),
           axis(mirrorAxis),
           corners(baseLevel.CornersPerFace()),
           images(result),
@@ -56,10 +61,10 @@ public:
         images.assign(base.faceCount, openBorder);
     }
 
-    static std::unique_ptr<TopologicalMirror> Run(LevelMesh& base, int axis) {
+    static std::unique_ptr<TopologicalMirror> Run(LevelMesh& base, int axis, JobControl* job) {
         std::unique_ptr<TopologicalMirror> mirror(new TopologicalMirror);
         mirror->baseCorners = base.CornersPerFace();
-        TopologicalMirrorSearch search(base, mirror->images, axis);
+        TopologicalMirrorSearch search(base, mirror->images, axis, job);
         return search.FindAll() ? std::move(mirror) : nullptr;
     }
 
@@ -89,7 +94,7 @@ private:
     Map BestMap(std::size_t part);
     void KeepSeed(std::vector<Seed>& seeds, uint32_t face, uint32_t across, uint32_t shift) const;
     bool TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps);
-    bool IsReflection(const Map& map) const;
+    bool IsReflection(const Map& map);
     double MiddleOf(uint32_t face, uint32_t across) const;
     double ErrorOf(uint32_t face, uint32_t across, uint32_t shift, double plane) const;
     double SizeOf(uint32_t face) const;
@@ -99,6 +104,8 @@ private:
     bool PairVertices(uint32_t vertex, uint32_t across);
     Map TakeBack();
 
+    /// Counts the faces of finished parts; the walks poll it.
+    JobPhase phase;
     LevelMesh& base;
     int axis;
     uint32_t corners;
@@ -113,8 +120,10 @@ private:
     uint64_t steps = 0;
 };
 
-std::unique_ptr<TopologicalMirror> TopologicalMirror::Find(LevelMesh& base, int axis) {
-    return TopologicalMirrorSearch::Run(base, axis);
+std::unique_ptr<TopologicalMirror> TopologicalMirror::Find(LevelMesh& base,
+                                                           int axis,
+                                                           JobControl* job) {
+    return TopologicalMirrorSearch::Run(base, axis, job);
 }
 
 bool TopologicalMirrorSearch::FindAll() {
@@ -129,8 +138,11 @@ bool TopologicalMirrorSearch::FindAll() {
             // A part across from another one is done with it.
             parts[partOf[face]].isDone = true;
         }
+        // Of two parts that are across from each other both.
+        phase.Add(std::max(map.faces.size(), parts[part].faces.size()));
         isAny = isAny || !map.faces.empty();
     }
+    phase.Finish();
     return isAny;
 }
 
@@ -144,6 +156,7 @@ void TopologicalMirrorSearch::FindParts() {
         partOf[first] = number;
         double squares = 0.0;
         for (std::size_t at = 0; at < part.faces.size(); ++at) {
+            phase.Poll();
             const uint32_t face = part.faces[at];
             for (uint32_t k = 0; k < corners; ++k) {
                 const Vector p = PlaceOf(VertexAt(face, k));
@@ -235,6 +248,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     std::vector<Map> maps;
     std::vector<Seed> seeds;
     for (const uint32_t face : part.faces) {
+        phase.Poll();
         for (uint32_t k = 0; k < corners; ++k) {
             // The face across from itself, and the two faces of an edge across from each other.
             KeepSeed(seeds, face, face, k);
@@ -261,9 +275,11 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     partners.resize(tried);
     for (const auto& [distance, other] : partners) {
         seeds.clear();
-        for (const uint32_t across : parts[other].faces)
+        for (const uint32_t across : parts[other].faces) {
+            phase.Poll();
             for (uint32_t shift = 0; shift < corners; ++shift)
                 KeepSeed(seeds, part.faces.front(), across, shift);
+        }
         if (TrySeeds(seeds, maps)) return std::move(maps.back());
     }
     Map best;
@@ -294,6 +310,7 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
         double size = 0.0;
         map.error = 0.0;
         for (const auto& [face, image] : map.faces) {
+            phase.Poll();
             map.error += ErrorOf(face, image >> 2, image & 3u, 0.0);
             size += SizeOf(face);
         }
@@ -308,9 +325,10 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
 /// Whether left becomes right rather than front back: over all edges x tends to turn its sign, y
 /// and z to keep theirs. A pose may bend and move a figure's limbs as it likes but not turn it
 /// over.
-bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
+bool TopologicalMirrorSearch::IsReflection(const Map& map) {
     double sums[3] = {0.0, 0.0, 0.0};
     for (const auto& [face, image] : map.faces) {
+        phase.Poll();
         for (uint32_t k = 0; k < corners; ++k) {
             const uint32_t next = (k + 1) % corners;
             const Vector a = PlaceOf(VertexAt(face, next)) - PlaceOf(VertexAt(face, k));
@@ -329,6 +347,7 @@ bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
 bool TopologicalMirrorSearch::Walk(const Seed& seed) {
     if (!Pair(seed.face, seed.across, seed.shift)) return false;
     for (std::size_t at = 0; at < walked.size(); ++at) {
+        phase.Poll();
         const uint32_t face = walked[at];
         const uint32_t across = images[face] >> 2;
         const uint32_t shift = images[face] & 3u;

@@ -146,7 +146,7 @@ public:
 
     /// Finds the topological mirror by level 0 as it is now; the levels' MirrorVertex then answers
     /// by it. \return false, and no mirror is known, when the mesh has none.
-    bool FindMirror();
+    bool FindMirror(JobControl* job = nullptr);
     void ForgetMirror() { mirror.reset(); }
     /// For who brings a geometry's content.
     void RestoreMirror(std::unique_ptr<TopologicalMirror> found) { mirror = std::move(found); }
