@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/PolygonMesh.h"
+#include "host/Api.h"
 
 #include <cstddef>
 #include <string>
@@ -39,6 +40,6 @@ void FinishImport(PolygonMesh& mesh,
 /// them, and removes UVs that no corner names. UVs are equal if their bits are. Corners of
 /// different vertices keep different numbers: overlapping parts of a texture stay apart. Cost:
 /// linear in corners. \throw Cancelled.
-void WeldUvs(PolygonMesh& mesh, JobControl* job);
+TROVIK_API void WeldUvs(PolygonMesh& mesh, JobControl* job);
 
 }  // namespace trovik

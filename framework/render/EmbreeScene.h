@@ -3,6 +3,7 @@
 
 #include "framework/render/RayCaster.h"
 #include "framework/render/SurfaceSample.h"
+#include "host/Api.h"
 
 #include <memory>
 #include <vector>
@@ -14,7 +15,7 @@ class JobControl;
 /// The meshes as a ray library holds them: in units of its own, such that their largest coordinate
 /// is about 1. Squares and products of lengths then stay in the range of floats, whatever the size
 /// of the meshes. The unit is a power of two, so it changes no bit of a result.
-class EmbreeScene {
+class TROVIK_API EmbreeScene {
 public:
     /// The list and its meshes are borrowed. \throw HostError if a vertex is beyond
     /// maxRenderCoordinate (RenderRange.h), if memory is short, or if the module with the ray
