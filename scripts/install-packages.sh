@@ -15,7 +15,7 @@ packages=(
     g++ cmake ninja-build make pkg-config ccache binutils git python3 python3-numpy
     # Libraries of the products.
     qt6-base-dev libembree-dev libtbb-dev libopenimageio-dev libimath-dev libpng-dev
-    libtinyobjloader-dev libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
+    libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
     # The desktop application.
     qt6-svg-dev libqt6svg6 libqt6opengl6-dev libgl1-mesa-dri
     # Its tests draw on a virtual screen.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/images/ImageFile.h"
+#include "host/Api.h"
 
 #include <array>
 #include <cstdint>
@@ -27,7 +28,7 @@ using MapValue = std::array<float, 3>;
 /// overlap the first one stays.
 ///
 /// Memory: 4 bytes a texel, 4 for each channel, and 4 with padding.
-class BakeCanvas {
+class TROVIK_API BakeCanvas {
 public:
     /// The largest width and height.
     static constexpr std::uint32_t largestSide = 16384;

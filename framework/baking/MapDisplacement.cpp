@@ -4,6 +4,7 @@
 #include "framework/baking/DisplacementMap.h"
 #include "framework/baking/SurfaceFrames.h"
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/math/IsFinite.h"
 #include "framework/mesh/LevelPositions.h"
 #include "framework/mesh/VertexNeighbours.h"
@@ -51,18 +52,22 @@ void RefreshNormals(LevelMesh& level, const std::vector<std::uint32_t>& vertices
 
 }  // namespace
 
-std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& options) {
+std::uint64_t DisplaceByMap(LevelGeometry& geometry,
+                            const DisplacementOptions& options,
+                            JobControl* job) {
     LevelMesh& level = *geometry.Bound();
     SculptLayer* layer = level.ActiveLayer();
     if (layer != nullptr && !layer->Writable())
         throw HostError("the active layer \"" + layer->Name() + "\" is hidden or locked");
     const LevelUvs uvs(geometry, geometry.BoundIndex());
-    const SurfaceFrames frames(level, uvs, PositionsOf(level));
+    const SurfaceFrames frames(level, uvs, PositionsOf(level), job);
 
     DisplacementMap map(options);
     std::vector<Vector> moves(level.VertexCount());
     std::vector<std::uint32_t> moved;
+    JobPhase phase(job, "Reading the map", level.VertexCount());
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v) {
+        phase.Add();
         const Vector move = MoveOf(v, frames, map);
         const auto frozen = static_cast<float>(level.FreezeOfTools(v));
         moves[v] = frozen == 0.0f ? move : move * (1.0f - frozen / 127.0f);
@@ -71,6 +76,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
                             " would be moved beyond all numbers");
         if (!(moves[v] == Vector())) moved.push_back(v);
     }
+    phase.Finish();
     if (moved.empty()) return 0;
 
     const std::vector<std::uint32_t> around = WithNeighbours(level, moved);

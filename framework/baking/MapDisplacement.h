@@ -9,6 +9,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// How a displacement map is laid onto a level. What is not given is taken from the line of text in
 /// the file (MapText); where there is none, the map is a scalar displacement with mid 0.5 when its
 /// numbers are whole and 0 when they are floats, and scale 1.
@@ -37,7 +39,9 @@ struct DisplacementOptions {
 /// \return the number of vertices that were moved; with none there is no step.
 /// \throw HostError, with nothing changed: no UVs, UVs outside, no such image, an image with too
 /// few channels or of normals, an active layer that is hidden or locked. Error when memory is
-/// refused.
-TROVIK_API std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& options);
+/// refused. Cancelled, with nothing changed: the job is asked until the first vertex moves.
+TROVIK_API std::uint64_t DisplaceByMap(LevelGeometry& geometry,
+                                       const DisplacementOptions& options,
+                                       JobControl* job = nullptr);
 
 }  // namespace trovik

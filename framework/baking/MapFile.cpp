@@ -5,7 +5,6 @@
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageLimits.h"
 #include "framework/io/FilePath.h"
-#include "framework/jobs/JobPhase.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,14 +21,15 @@ std::uint16_t Rounded(float value) {
         std::lround(std::clamp(static_cast<double>(value), 0.0, 1.0) * largest));
 }
 
-void Write(const std::string& path, BakedTile& tile, const MapText& text, MapBits bits) {
+void Write(
+    const std::string& path, BakedTile& tile, const MapText& text, MapBits bits, JobControl* job) {
     const bool coded = bits == MapBits::Sixteen || text.kind == MapKind::Normal;
     // A scale of 0 means that nothing is displaced.
     const float factor = text.scale > 0.0f ? 1.0f / text.scale : 0.0f;
     if (coded)
         for (float& value : tile.image.pixels) value = middle + value * factor;
     if (bits == MapBits::Float) {
-        WriteFloatImageFile(path, tile.image, text.ToLine());
+        WriteFloatImageFile(path, tile.image, text.ToLine(), job);
         return;
     }
     CheckImageFinite("write", path, tile.image);
@@ -40,7 +40,8 @@ void Write(const std::string& path, BakedTile& tile, const MapText& text, MapBit
                    tile.image.width,
                    tile.image.height,
                    tile.image.channels,
-                   text.ToLine());
+                   text.ToLine(),
+                   job);
 }
 
 std::string WarningOf(const BakedMap& map) {
@@ -98,11 +99,9 @@ MapReport BakeToFile(LevelGeometry& geometry,
         report.text.mid = middle;
         report.text.scale = 2.0f * file.range.value_or(map.range);
     }
-    JobPhase phase(job, "Writing maps", map.tiles.size(), 1);
     for (BakedTile& tile : map.tiles) {
         report.files.push_back(TilePath(file.path, tile.number));
-        Write(report.files.back(), tile, report.text, report.bits);
-        phase.Add();
+        Write(report.files.back(), tile, report.text, report.bits, job);
     }
     return report;
 }

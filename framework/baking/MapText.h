@@ -21,7 +21,7 @@ TROVIK_API std::optional<MapSpace> MapSpaceOf(const std::string& name);
 
 /// What the numbers of a map's file mean; it is stored beside its pixels as a line of text, such as
 /// `trovik-map kind=vector space=tangent from=3 to=0 mid=0.5 scale=0.25`.
-struct MapText {
+struct TROVIK_API MapText {
     MapKind kind = MapKind::Displacement;
     MapSpace space = MapSpace::Tangent;
     unsigned from = 0;

@@ -2,7 +2,6 @@
 #include "framework/brushes/Falloff.h"
 
 #include "framework/brushes/BrushSettings.h"
-#include "framework/errors/HostError.h"
 
 #include <algorithm>
 #include <cmath>
@@ -106,35 +105,6 @@ const Store<float>& FalloffTable::Lend() {
 void SetFalloffSamples(BrushOperation& brush, const std::vector<float>& samples) {
     brush.Settings().falloff.Set(samples);
     brush.Settings().falloffIndex = customFalloffIndex;
-}
-
-std::vector<float> FalloffFromCurve(const std::vector<FalloffPoint>& points) {
-    if (points.empty()) throw HostError("falloff curve: it has no points");
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        const FalloffPoint& p = points[i];
-        const std::string place = "falloff curve: point " + std::to_string(i);
-        if (!std::isfinite(p.y)) throw HostError(place + ": its value is not a number");
-        if (!(p.x >= 0.0f && p.x <= 1.0f))
-            throw HostError(place + ": its distance is not within 0 to 1");
-        if (i > 0 && !(p.x > points[i - 1].x))
-            throw HostError(place + ": its distance does not lie beyond that of the one before");
-    }
-    std::vector<float> samples(falloffSampleCount);
-    std::size_t next = 0;
-    for (unsigned i = 0; i < falloffSampleCount; ++i) {
-        const float x = static_cast<float>(i) / static_cast<float>(falloffSampleCount - 1);
-        while (next < points.size() && points[next].x <= x) ++next;
-        if (next == 0) {
-            samples[i] = points.front().y;
-        } else if (next == points.size()) {
-            samples[i] = points.back().y;
-        } else {
-            const FalloffPoint& a = points[next - 1];
-            const FalloffPoint& b = points[next];
-            samples[i] = a.y + (b.y - a.y) * ((x - a.x) / (b.x - a.x));
-        }
-    }
-    return samples;
 }
 
 }  // namespace trovik

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "host/FalloffIndex.h"
 #include "host/Store.h"
 
 #include <string>
@@ -9,13 +10,6 @@
 namespace trovik {
 
 class BrushOperation;
-
-/// What most tools start with, and what stands in for an unknown curve.
-inline constexpr int smoothFalloffIndex = 2;
-/// Imprint's: full nearly to the rim.
-inline constexpr int plateauFalloffIndex = 7;
-/// Stands for samples of the user's own, under the name "custom".
-inline constexpr int customFalloffIndex = -1;
 
 /// Names of the falloff curves, by index.
 TROVIK_API const std::vector<std::string>& FalloffNames();
@@ -41,15 +35,5 @@ TROVIK_API void FillFalloff(Store<float>& samples, const std::vector<float>& val
 /// Gives the brush a curve of the user's own, samples from the centre to the rim. It is kept with
 /// the tool like the other settings.
 TROVIK_API void SetFalloffSamples(BrushOperation& brush, const std::vector<float>& samples);
-
-/// A point of a curve: value `y` at distance `x`, 0 at the centre to 1 at the rim.
-struct FalloffPoint {
-    float x = 0.0f;
-    float y = 0.0f;
-};
-/// Samples of the curve that joins the points by straight lines; before the first and after the
-/// last point it stays level. \throw HostError when there are none, one is not finite or not within
-/// 0 to 1 in x, or the x do not rise.
-TROVIK_API std::vector<float> FalloffFromCurve(const std::vector<FalloffPoint>& points);
 
 }  // namespace trovik

@@ -15,7 +15,7 @@ namespace trovik {
 /// and an array that was lent stays valid until the next stroke of the brush begins.
 ///
 /// For one thread.
-class FalloffTable {
+class TROVIK_API FalloffTable {
 public:
     using Samples = std::shared_ptr<const Store<float>>;
 

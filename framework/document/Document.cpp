@@ -54,7 +54,7 @@ Document::Document(const std::string& name, PolygonMesh polygons, JobControl* jo
     MakeOrientedManifold(loaded, job);
     StoreGlobals();
     brush = MakeBrush();
-    BuildGeometry(job);
+    BuildGeometry(0, LevelGeometry::unlimitedBytes, job);
     NotifyChanges();
     State();
 }
@@ -135,27 +135,32 @@ void Document::RequireNoStroke(const char* work) const {
                         " while a stroke is open; release or abandon it first");
 }
 
-void Document::BuildGeometry(JobControl* job) {
+void Document::BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job) {
     auto built = std::make_unique<LevelGeometry>(loaded, job);
+    if (levels > 0) built->CheckForecast(levels, byteBudget);
+    for (uint32_t i = 0; i < levels; ++i) built->Subdivide(LevelGeometry::unlimitedBytes, job);
+    auto builtTrees = std::make_unique<LevelTrees>(*built);
+    builtTrees->OfBound(job);
+    if (settings.mirrorMode == MirrorConfiguration::Topological) built->FindMirror(job);
     if (active == this) StoreGlobals();
     earlierTotals = Totals();
     loop.reset();
     freezeLoop.reset();
-    trees.reset();
     tree = nullptr;
+    trees.reset();
     surfaceEvents.reset();
     std::vector<GeometryObserver*> others;
     if (geometry != nullptr) others = geometry->Observers();
     geometry = std::move(built);
+    trees = std::move(builtTrees);
     for (GeometryObserver* one : others) geometry->AddObserver(*one);
     ApplyUndoSettings();
-    FollowLevel(job);
+    FollowLevel();
 }
 
 void Document::FollowLevel(JobControl* job) {
     Activate();
     if (trees == nullptr) {
-        // Ahead of the observers of the document, which may pick.
         trees = std::make_unique<LevelTrees>(*geometry);
         tree = nullptr;
     }
@@ -168,9 +173,9 @@ void Document::FollowLevel(JobControl* job) {
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
-    // A geometry that was rebuilt or came with a scene.
+    // A geometry that came with a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
-        geometry->FindMirror();
+        geometry->FindMirror(job);
     PlaceMirrors();
     loop->SetObserver(strokeObserver);
     if (events == nullptr) events = std::make_unique<StrokeEvents>(*this);

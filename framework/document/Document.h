@@ -110,17 +110,28 @@ public:
     /// What was left out of the mesh file or scene, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
-    /// Restores the mesh as it was imported: level 0, no layers, no mask, nothing hidden, no
-    /// undo.
-    void Reset();
+    /// Restores the mesh as it was imported, without layers, mask, hidden faces and undo, and adds
+    /// `levels` levels. Until it is complete, the new mesh takes memory along with the old one.
+    /// \param byteBudget  bytes that the added levels may take.
+    /// \throw HostError for levels that do not fit the budget or the free memory; Cancelled.
+    /// Nothing has changed or been reported then.
+    void Reset(uint32_t levels = 0,
+               uint64_t byteBudget = LevelGeometry::unlimitedBytes,
+               JobControl* job = nullptr);
     /// See LevelGeometry::Subdivide. This and the next four throw Cancelled when the job cancels;
     /// nothing has changed or been reported then.
-    void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes, JobControl* job = nullptr);
+    /// \param times  levels to add, each as an undo step of its own, either all of them or none.
+    /// With more than one, levels that were added before the exception have been reported and so
+    /// has their removal.
+    void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes,
+                   JobControl* job = nullptr,
+                   uint32_t times = 1);
     /// Deletes the levels above the current one, or those below it. \return false if there are
     /// none.
     bool DeleteLevels(bool lower, JobControl* job = nullptr);
-    /// Adds a coarser level below level 0. \throw HostError if level 0 is not a refinement.
-    void Unsubdivide(JobControl* job = nullptr);
+    /// Adds a coarser level below level 0. \param times  as above. \throw HostError if level 0 is
+    /// not a refinement.
+    void Unsubdivide(JobControl* job = nullptr, uint32_t times = 1);
     /// Propagates the shape of the current level to the levels below. \return false if nothing
     /// moved.
     bool ApplyToBase(JobControl* job = nullptr);
@@ -158,10 +169,11 @@ public:
     void SetMirrors(const MirrorSetting& setting);
     /// Mirrors the next strokes by the mesh's connectivity, whatever its pose.
     /// \throw HostError if the mesh has no topological mirror; the mirrors stay as they were.
-    void SetTopologicalMirror();
+    /// \throw Cancelled; the mirrors then stay as they were, too.
+    void SetTopologicalMirror(JobControl* job = nullptr);
     /// Makes the current level symmetric; see trovik::MakeSymmetric. One undo step. \return the
-    /// number of vertices that moved.
-    uint32_t MakeSymmetric(int axis, SymmetrySide model);
+    /// number of vertices that moved. \throw Cancelled, with nothing changed.
+    uint32_t MakeSymmetric(int axis, SymmetrySide model, JobControl* job = nullptr);
 
     /// Adds a layer on the current level and activates it. One undo step, like the next two.
     void AddLayer(const std::string& name);
@@ -179,8 +191,8 @@ public:
     bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
     /// Moves and turns the mesh in the world. One undo step.
     void SetTransform(const Placement& place);
-    /// See DisplaceByMap. One undo step.
-    void Displace(const DisplacementOptions& options);
+    /// See DisplaceByMap. One undo step. \throw Cancelled, with nothing changed.
+    void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
 
     /// Makes the view the kernel's camera.
     void UpdateCamera();
@@ -238,11 +250,16 @@ private:
     Document(const std::string& scenePath,
              std::unique_ptr<BrushOperation> sceneBrush,
              JobControl* job);
-    void BuildGeometry(JobControl* job);
+    /// Builds the geometry from the imported mesh, with `levels` levels above it, and makes it that
+    /// of the document. Until then an exception changes nothing.
+    void BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job);
     /// Makes tree and loops those of the current level, if they are not.
     void FollowLevel(JobControl* job = nullptr);
     void PlaceMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
+    /// Makes `times` steps and pushes them; an exception of one reverts those before it.
+    template <typename MakeStep>
+    void PushAllOrNone(uint32_t times, const MakeStep& makeStep);
     void PlaceRenderers();
     /// Makes the globals of the process those of this document. One comparison if they are.
     void Activate() {

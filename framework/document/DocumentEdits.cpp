@@ -10,13 +10,13 @@
 
 namespace trovik {
 
-void Document::Reset() {
+void Document::Reset(uint32_t levels, uint64_t byteBudget, JobControl* job) {
     RequireNoStroke("reset the mesh");
     const Placement place = geometry->Place();
-    BuildGeometry(nullptr);
+    BuildGeometry(levels, byteBudget, job);
     geometry->Place() = place;
     entries.Restart();
-    geometry->ReportAll(0, SurfaceChange::Topology);
+    for (uint32_t i = 0; i <= levels; ++i) geometry->ReportAll(i, SurfaceChange::Topology);
     NotifyChanges();
 }
 
@@ -26,9 +26,26 @@ void Document::PushLevels(std::unique_ptr<UndoStep> step) {
     NotifyChanges();
 }
 
-void Document::Subdivide(uint64_t byteBudget, JobControl* job) {
+template <typename MakeStep>
+void Document::PushAllOrNone(uint32_t times, const MakeStep& makeStep) {
+    // Pushed only when all are made, so that steps that can be redone survive an exception.
+    std::vector<std::unique_ptr<UndoStep>> steps;
+    try {
+        for (uint32_t i = 0; i < times; ++i) steps.push_back(makeStep());
+    } catch (...) {
+        for (; !steps.empty(); steps.pop_back()) steps.back()->Apply(*geometry);
+        throw;
+    }
+    for (auto& step : steps) geometry->History().Push(std::move(step));
+    FollowLevel();
+    NotifyChanges();
+}
+
+void Document::Subdivide(uint64_t byteBudget, JobControl* job, uint32_t times) {
     RequireNoStroke("subdivide");
-    PushLevels(SubdivideAsStep(*geometry, byteBudget, job));
+    geometry->CheckForecast(times, byteBudget);
+    PushAllOrNone(times,
+                  [&] { return SubdivideAsStep(*geometry, LevelGeometry::unlimitedBytes, job); });
 }
 
 bool Document::DeleteLevels(bool lower, JobControl* job) {
@@ -39,9 +56,9 @@ bool Document::DeleteLevels(bool lower, JobControl* job) {
     return true;
 }
 
-void Document::Unsubdivide(JobControl* job) {
+void Document::Unsubdivide(JobControl* job, uint32_t times) {
     RequireNoStroke("unsubdivide");
-    PushLevels(UnsubdivideAsStep(*geometry, job));
+    PushAllOrNone(times, [&] { return UnsubdivideAsStep(*geometry, job); });
 }
 
 bool Document::ApplyToBase(JobControl* job) {
@@ -122,9 +139,9 @@ void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
     NotifyChanges();
 }
 
-uint32_t Document::MakeSymmetric(int axis, SymmetrySide model) {
+uint32_t Document::MakeSymmetric(int axis, SymmetrySide model, JobControl* job) {
     RequireNoStroke("make the mesh symmetric");
-    const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model);
+    const uint32_t moved = trovik::MakeSymmetric(*geometry, axis, model, job);
     NotifyChanges();
     return moved;
 }
@@ -173,9 +190,9 @@ void Document::SetTransform(const Placement& place) {
     Push(MakeTransformStep(*geometry, before));
 }
 
-void Document::Displace(const DisplacementOptions& options) {
+void Document::Displace(const DisplacementOptions& options, JobControl* job) {
     RequireNoStroke("displace the surface");
-    DisplaceByMap(*geometry, options);
+    DisplaceByMap(*geometry, options, job);
     NotifyChanges();
 }
 

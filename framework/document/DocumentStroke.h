@@ -3,6 +3,7 @@
 
 #include "framework/document/Document.h"
 #include "framework/strokes/LiveStroke.h"
+#include "host/Api.h"
 
 #include <functional>
 #include <memory>
@@ -11,7 +12,7 @@
 namespace trovik {
 
 /// Options of a live stroke, in addition to the settings of document and tool.
-struct PenStrokeOptions {
+struct TROVIK_API PenStrokeOptions {
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
     /// Seed of the stroke's random choices; without a value it follows from the document's seed and
     /// the number of the stroke.

@@ -93,9 +93,9 @@ void Document::SetMirrors(const MirrorSetting& setting) {
     NoteToolChanged();
 }
 
-void Document::SetTopologicalMirror() {
+void Document::SetTopologicalMirror(JobControl* job) {
     RequireNoStroke("change the mirrors");
-    if (!geometry->FindMirror())
+    if (!geometry->FindMirror(job))
         throw HostError(path +
                         ": the mesh has no topological mirror: its faces do not hang "
                         "together alike left and right");

@@ -3,6 +3,7 @@
 
 #include "framework/edits/SurfaceMoves.h"
 #include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
 
@@ -110,8 +111,8 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
     return moves.IsEmpty() ? std::vector<uint32_t>() : moves.Apply(change);
 }
 
-uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
-    const auto mirror = TopologicalMirror::Find(*geometry.Level(0), axis);
+uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model, JobControl* job) {
+    const auto mirror = TopologicalMirror::Find(*geometry.Level(0), axis, job);
     if (mirror == nullptr) {
         throw HostError(std::string("the mesh has no mirror across ") + "xyz"[axis] +
                         ": its faces do not hang together alike on both sides");
@@ -132,7 +133,9 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
         moves.Add(vertex, amount == 0 ? goal : present + (goal - present) * share);
         ++moved;
     };
+    JobPhase phase(job, "Pairing vertices", uint64_t{level.faceCount} * corners);
     for (uint32_t slot = 0; slot < level.faceCount * corners; ++slot) {
+        phase.Add();
         const uint32_t vertex = level.faceVertexIndices.array[slot];
         if (seen[vertex]) continue;
         const auto across = mirror->Across(number, slot / corners, slot % corners);
@@ -151,6 +154,7 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
         const bool isModel = sign * Component(place, axis) >= sign * Component(other, axis);
         move(isModel ? twin : vertex, Mirrored(isModel ? place : other, axis));
     }
+    phase.Finish();
     if (moves.IsEmpty()) return 0;
     LevelChange change(&level);
     const std::vector<uint32_t> changed = moves.Apply(change);

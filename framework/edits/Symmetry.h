@@ -34,8 +34,12 @@ enum class SymmetrySide { Positive, Negative };
 ///
 /// Frozen vertices stay, partly frozen ones go a part of the way. With an active layer the moves go
 /// into it. One step of undo, pushed. \return the number of vertices that moved. \throw HostError
-/// when the mesh has no such mirror.
+/// when the mesh has no such mirror; Cancelled, with nothing changed: the job is asked until the
+/// first vertex moves.
 /// Cost: O(vertices).
-TROVIK_API uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model);
+TROVIK_API uint32_t MakeSymmetric(LevelGeometry& geometry,
+                                  int axis,
+                                  SymmetrySide model,
+                                  JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/MeshSource.h"
+#include "host/Api.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +14,7 @@ namespace trovik {
 
 /// The faces of a source, divided into parts with the same group, the same material, or both. Parts
 /// are ordered by their first face. A source without groups and materials has one part.
-class FaceParts {
+class TROVIK_API FaceParts {
 public:
     enum Keys : unsigned { ByGroup = 1, ByMaterial = 2 };
 

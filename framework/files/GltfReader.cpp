@@ -4,6 +4,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/GltfAccessor.h"
 #include "framework/files/GltfDocument.h"
+#include "framework/files/GltfNodes.h"
 #include "framework/files/GltfTransform.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
@@ -23,6 +24,72 @@ namespace trovik {
 
 namespace {
 
+/// Vertices of the corners of all triangles, of a list, a strip or a fan.
+std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
+                                           int indexAccessor,
+                                           bool isStrip,
+                                           bool isFan,
+                                           std::size_t vertexCount,
+                                           const GltfPlace& place) {
+    std::vector<std::uint32_t> order;
+    if (indexAccessor >= 0) {
+        order = accessors.ReadIndices(indexAccessor, vertexCount, place);
+    } else {
+        order.resize(vertexCount);
+        for (std::size_t vertex = 0; vertex < vertexCount; ++vertex) {
+            order[vertex] = static_cast<std::uint32_t>(vertex);
+        }
+    }
+    if (!isStrip && !isFan) {
+        if (order.size() % 3 != 0) {
+            place.Refuse("its " + std::to_string(order.size()) +
+                         " corners are no whole number of triangles");
+        }
+        return order;
+    }
+    std::vector<std::uint32_t> corners;
+    for (std::size_t last = 2; last < order.size(); ++last) {
+        const std::size_t turned = isStrip ? last % 2 : 0;
+        const std::size_t first = isFan ? 0 : last - 2;
+        const std::uint32_t triangle[] = {order[isStrip ? first + turned : first],
+                                          order[isStrip ? last - 1 - turned : last - 1],
+                                          order[last]};
+        // Strips are joined by triangles that are none on purpose.
+        if (triangle[0] != triangle[1] && triangle[1] != triangle[2] &&
+            triangle[2] != triangle[0]) {
+            corners.insert(corners.end(), std::begin(triangle), std::end(triangle));
+        }
+    }
+    return corners;
+}
+
+/// Faces of one primitive.
+struct Part {
+    std::string name;
+    std::optional<std::string> group;
+    /// The number of the mesh among those that are shown.
+    std::size_t mesh;
+    std::size_t facesSoFar;
+};
+
+/// Faces belong to the group of their primitive, else to their mesh if there are several.
+void NumberGroups(const std::vector<Part>& parts, bool byMesh, SurfaceAttributes& attributes) {
+    std::map<std::string, std::uint32_t> groups;
+    std::map<std::size_t, std::uint32_t> meshes;
+    for (const Part& part : parts) {
+        std::uint32_t number = SurfaceAttributes::none;
+        if (part.group || byMesh) {
+            const auto next = static_cast<std::uint32_t>(attributes.groupNames.size());
+            number = part.group ? groups.try_emplace(*part.group, next).first->second
+                                : meshes.try_emplace(part.mesh, next).first->second;
+            if (number == next) {
+                attributes.groupNames.push_back(part.group ? *part.group : part.name);
+            }
+        }
+        attributes.faceGroups.resize(part.facesSoFar, number);
+    }
+}
+
 class GltfMerger {
 public:
     GltfMerger(const GltfDocument& opened, JobControl* jobControl)
@@ -30,7 +97,9 @@ public:
 
     PolygonMesh Read() {
         CheckExtensions();
-        WalkNodes();
+        for (const GltfShownMesh& shown : FindShownMeshes(document)) {
+            AddMesh(shown.mesh, shown.transform, shown.node);
+        }
         Finish();
         WeldUvs(mesh, job);
         FinishImport(mesh, document.Path(), job);
@@ -38,11 +107,6 @@ public:
     }
 
 private:
-    struct Visit {
-        std::size_t node;
-        GltfTransform parent;
-    };
-
     void CheckExtensions() const {
         for (const std::string& name : model.extensionsRequired) {
             const bool isHarmless =
@@ -53,72 +117,6 @@ private:
                                 name.substr(0, 60) + "', which is not supported");
             }
         }
-    }
-
-    /// Visits the nodes of the scene from its roots, children in order. If there is no scene, the
-    /// nodes without a parent are roots; if there are no nodes, all meshes are used.
-    void WalkNodes() {
-        if (model.nodes.empty()) {
-            for (std::size_t number = 0; number < model.meshes.size(); ++number) {
-                AddMesh(number, gltfIdentity, nullptr);
-            }
-            return;
-        }
-        std::vector<Visit> open;
-        for (const std::size_t root : Roots()) {
-            open.push_back({root, gltfIdentity});
-        }
-        std::reverse(open.begin(), open.end());
-        std::vector<bool> seen(model.nodes.size(), false);
-        while (!open.empty()) {
-            const Visit visit = open.back();
-            open.pop_back();
-            const GltfPlace place(document, "node", visit.node);
-            if (seen[visit.node]) {
-                place.Refuse("it has several parents, or is its own ancestor");
-            }
-            seen[visit.node] = true;
-            const tinygltf::Node& node = model.nodes[visit.node];
-            const GltfTransform transform = Product(visit.parent, LocalTransform(node, place));
-            if (node.mesh >= 0) {
-                AddMesh(place.Checked(node.mesh, model.meshes.size(), "mesh"), transform, &node);
-            }
-            for (std::size_t child = node.children.size(); child-- > 0;) {
-                open.push_back(
-                    {place.Checked(node.children[child], model.nodes.size(), "node"), transform});
-            }
-        }
-    }
-
-    std::vector<std::size_t> Roots() const {
-        std::vector<std::size_t> roots;
-        if (!model.scenes.empty()) {
-            const std::size_t number =
-                model.defaultScene < 0 ? 0 : static_cast<std::size_t>(model.defaultScene);
-            if (number >= model.scenes.size()) {
-                throw HostError(document.Path() + ": scene " + std::to_string(number) +
-                                " is the default scene, but the number of scenes is " +
-                                std::to_string(model.scenes.size()));
-            }
-            const GltfPlace place(document, "scene", number);
-            for (const int node : model.scenes[number].nodes) {
-                roots.push_back(place.Checked(node, model.nodes.size(), "node"));
-            }
-            return roots;
-        }
-        std::vector<bool> isChild(model.nodes.size(), false);
-        for (std::size_t number = 0; number < model.nodes.size(); ++number) {
-            const GltfPlace place(document, "node", number);
-            for (const int child : model.nodes[number].children) {
-                isChild[place.Checked(child, model.nodes.size(), "node")] = true;
-            }
-        }
-        for (std::size_t number = 0; number < model.nodes.size(); ++number) {
-            if (!isChild[number]) {
-                roots.push_back(number);
-            }
-        }
-        return roots;
     }
 
     void AddMesh(std::size_t number, const GltfTransform& transform, const tinygltf::Node* node) {
@@ -173,8 +171,12 @@ private:
         if (!isKnown) {
             vertices = ReadVertices(primitive, weights, transform, place);
         }
-        const std::vector<std::uint32_t> corners = TriangleCorners(
-            primitive.indices, mode == Strip, mode == Fan, vertices.numbers.size(), place);
+        const std::vector<std::uint32_t> corners = TriangleCorners(accessors,
+                                                                   primitive.indices,
+                                                                   mode == Strip,
+                                                                   mode == Fan,
+                                                                   vertices.numbers.size(),
+                                                                   place);
         AddTriangles(corners, Determinant(transform) < 0.0);
         AddMaterial(primitive.material, place);
     }
@@ -322,43 +324,6 @@ private:
         }
     }
 
-    std::vector<std::uint32_t> TriangleCorners(int indexAccessor,
-                                               bool isStrip,
-                                               bool isFan,
-                                               std::size_t vertexCount,
-                                               const GltfPlace& place) const {
-        std::vector<std::uint32_t> order;
-        if (indexAccessor >= 0) {
-            order = accessors.ReadIndices(indexAccessor, vertexCount, place);
-        } else {
-            order.resize(vertexCount);
-            for (std::size_t vertex = 0; vertex < vertexCount; ++vertex) {
-                order[vertex] = static_cast<std::uint32_t>(vertex);
-            }
-        }
-        if (!isStrip && !isFan) {
-            if (order.size() % 3 != 0) {
-                place.Refuse("its " + std::to_string(order.size()) +
-                             " corners are not a multiple of 3");
-            }
-            return order;
-        }
-        std::vector<std::uint32_t> corners;
-        for (std::size_t last = 2; last < order.size(); ++last) {
-            const std::size_t turned = isStrip ? last % 2 : 0;
-            const std::size_t first = isFan ? 0 : last - 2;
-            const std::uint32_t triangle[] = {order[isStrip ? first + turned : first],
-                                              order[isStrip ? last - 1 - turned : last - 1],
-                                              order[last]};
-            // Strips may be joined by degenerate triangles on purpose.
-            if (triangle[0] != triangle[1] && triangle[1] != triangle[2] &&
-                triangle[2] != triangle[0]) {
-                corners.insert(corners.end(), std::begin(triangle), std::end(triangle));
-            }
-        }
-        return corners;
-    }
-
     void AddTriangles(const std::vector<std::uint32_t>& corners, bool isMirrored) {
         SurfaceAttributes& attributes = mesh.attributes;
         JobPhase phase(job, "Adding triangles", corners.size());
@@ -417,37 +382,9 @@ private:
             }
         }
         if (shownMeshes > 1 || hasGroups) {
-            NumberGroups();
+            NumberGroups(parts, shownMeshes > 1, attributes);
         }
     }
-
-    /// Faces belong to the group of their primitive, or else to their mesh if there are several.
-    void NumberGroups() {
-        SurfaceAttributes& attributes = mesh.attributes;
-        std::map<std::string, std::uint32_t> groups;
-        std::map<std::size_t, std::uint32_t> meshes;
-        for (const Part& part : parts) {
-            std::uint32_t number = SurfaceAttributes::none;
-            if (part.group || shownMeshes > 1) {
-                const auto next = static_cast<std::uint32_t>(attributes.groupNames.size());
-                number = part.group ? groups.try_emplace(*part.group, next).first->second
-                                    : meshes.try_emplace(part.mesh, next).first->second;
-                if (number == next) {
-                    attributes.groupNames.push_back(part.group ? *part.group : part.name);
-                }
-            }
-            attributes.faceGroups.resize(part.facesSoFar, number);
-        }
-    }
-
-    /// Faces of one primitive.
-    struct Part {
-        std::string name;
-        std::optional<std::string> group;
-        /// Index of the mesh among those in the scene.
-        std::size_t mesh;
-        std::size_t facesSoFar;
-    };
 
     const GltfDocument& document;
     const tinygltf::Model& model;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/PolygonMesh.h"
+#include "host/Api.h"
 
 #include <cstddef>
 #include <string>
@@ -39,6 +40,6 @@ void FinishImport(PolygonMesh& mesh,
 /// them, and removes unused UVs. UVs are compared bitwise. Corners of different vertices keep
 /// different indices, so overlapping parts of a texture stay separate. Cost: linear in the corners.
 /// \throw Cancelled.
-void WeldUvs(PolygonMesh& mesh, JobControl* job);
+TROVIK_API void WeldUvs(PolygonMesh& mesh, JobControl* job);
 
 }  // namespace trovik

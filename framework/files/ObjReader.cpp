@@ -1,26 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// tinyobjloader parses the statements; its callback interface preserves the order of faces across
-// groups. Three things are done before it receives a line, because it does not do them: numbers are
-// converted to the nearest float, malformed indices are detected, and line numbers are tracked.
-#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
+#include "framework/files/ObjLines.h"
 #include "framework/files/ObjStatement.h"
-#include "framework/io/InputFile.h"
 #include "framework/io/NumberText.h"
 #include "framework/mesh/FaceCorners.h"
-
-#include <tiny_obj_loader.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
-#include <istream>
 #include <optional>
-#include <streambuf>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,137 +22,62 @@ namespace trovik {
 
 namespace {
 
-/// Sufficient for a face with the maximum number of corners, each with three numbers of ten digits.
-constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
-
-/// Collects the mesh, and passes one checked face, object or group line at a time to tinyobjloader.
-class ObjSource : public std::streambuf {
+/// Gathers the mesh from the statements.
+class ObjSource {
 public:
     ObjSource(const std::string& path, JobControl* jobControl)
-        : file(path, jobControl), job(jobControl) {}
+        : lines(path, jobControl), job(jobControl) {}
 
     PolygonMesh Read() {
-        tinyobj::callback_t callbacks;
-        callbacks.index_cb = [](void* source, tinyobj::index_t* corners, int count) {
-            static_cast<ObjSource*>(source)->AddFace(corners, static_cast<std::size_t>(count));
-        };
-        std::istream stream(this);
-        tinyobj::LoadObjWithCallback(stream, callbacks, this);
-        if (isCancelled) {
-            throw Cancelled();
-        }
-        if (!trouble.empty()) {
-            throw HostError(trouble);
+        for (std::string_view statement; lines.Next(statement);) {
+            line = lines.Line();
+            Take(statement);
         }
         if (farthestIndex && *farthestIndex >= mesh.positions.size()) {
             line = farthestLine;
             Refuse(OutOfRange(static_cast<std::int64_t>(*farthestIndex) + 1));
-            throw HostError(trouble);
         }
         if (farthestUv && *farthestUv >= mesh.attributes.uvs.size()) {
             line = farthestUvLine;
             Refuse(UvOutOfRange(static_cast<std::int64_t>(*farthestUv) + 1));
-            throw HostError(trouble);
         }
         FinishAttributes();
         if (!normalsFit || mesh.normals.size() != mesh.positions.size()) {
             mesh.normals.clear();
         }
-        FinishImport(mesh, file.Path(), job);
+        FinishImport(mesh, lines.Path(), job);
         return std::move(mesh);
     }
 
-protected:
-    /// Errors are stored for Read and end the stream, because exceptions must not propagate through
-    /// the loader.
-    int_type underflow() override {
-        try {
-            while (trouble.empty() && !isCancelled && NextStatement()) {
-                std::string_view rest = current;
-                const std::string_view keyword = TakeWord(rest);
-                if (keyword == "v") {
-                    AddVector(rest, "vertex", mesh.positions);
-                    AddColor(rest);
-                } else if (keyword == "vt") {
-                    AddUv(rest);
-                } else if (keyword == "vn") {
-                    AddVector(rest, "normal", mesh.normals);
-                } else if (keyword == "o" || keyword == "g") {
-                    groups.Choose(Trimmed(rest));
-                    // If a line names several groups, the first name is used.
-                    NameBy(keyword == "g" ? TakeWord(rest) : rest, keyword == "o");
-                } else if (keyword == "usemtl") {
-                    materials.Choose(Trimmed(rest));
-                } else if (keyword == "mtllib") {
-                    AddMaterialFiles(rest);
-                } else if (keyword == "s") {
-                    smoothing = SmoothingGroupOf(Trimmed(rest), smoothing);
-                } else if (keyword == "#") {
-                    TakeComment(rest);
-                } else if (keyword == "f" && CheckFaceText(rest)) {
-                    return HandOut();
-                }
-            }
-        } catch (const HostError& error) {
-            trouble = error.what();
-        } catch (const Cancelled&) {
-            isCancelled = true;
-        }
-        return traits_type::eof();
-    }
-
 private:
-    /// Advances to the next statement: a line and its continuation lines after a backslash.
-    bool NextStatement() {
-        joined.clear();
-        bool isJoined = false;
-        while (NextLine()) {
-            const bool goesOn = !current.empty() && current.back() == '\\';
-            if (!goesOn && !isJoined) {
-                return true;
-            }
-            isJoined = true;
-            joined += current.substr(0, current.size() - (goesOn ? 1 : 0));
-            if (joined.size() > MaxLineBytes) {
-                throw HostError(file.Path() + ", line " + std::to_string(line) +
-                                ": the statement is too long");
-            }
-            if (!goesOn) {
-                break;
-            }
-            joined += ' ';
+    void Take(std::string_view rest) {
+        const std::string_view keyword = TakeWord(rest);
+        if (keyword == "v") {
+            AddVector(rest, "vertex", mesh.positions);
+            AddColor(rest);
+        } else if (keyword == "vt") {
+            AddUv(rest);
+        } else if (keyword == "vn") {
+            AddVector(rest, "normal", mesh.normals);
+        } else if (keyword == "f") {
+            AddFace(rest);
+        } else if (keyword == "o" || keyword == "g") {
+            groups.Choose(Trimmed(rest));
+            // Of several groups in one line the first is the name.
+            NameBy(keyword == "g" ? TakeWord(rest) : rest, keyword == "o");
+        } else if (keyword == "usemtl") {
+            materials.Choose(Trimmed(rest));
+        } else if (keyword == "mtllib") {
+            AddMaterialFiles(rest);
+        } else if (keyword == "s") {
+            smoothing = SmoothingGroupOf(Trimmed(rest), smoothing);
+        } else if (keyword == "#") {
+            TakeComment(rest);
         }
-        current = joined;
-        return isJoined;
     }
 
-    /// Lines end in LF, CR LF, or CR alone as in very old files.
-    bool NextLine() {
-        if (pending.empty() && !file.NextLine(pending, MaxLineBytes)) {
-            return false;
-        }
-        ++line;
-        const std::size_t lineEnd = pending.find('\r');
-        current = pending.substr(0, lineEnd);
-        pending.remove_prefix(lineEnd == std::string_view::npos ? pending.size() : lineEnd + 1);
-        if (current.find('\0') != std::string_view::npos) {
-            throw HostError(file.Path() + ", line " + std::to_string(line) +
-                            ": contains a zero byte, so this is not a text file");
-        }
-        return true;
-    }
-
-    int_type HandOut() {
-        handedOut.assign(current);
-        handedOut += '\n';
-        setg(handedOut.data(), handedOut.data(), handedOut.data() + handedOut.size());
-        return traits_type::to_int_type(handedOut.front());
-    }
-
-    void Refuse(const std::string& reason) {
-        if (trouble.empty()) {
-            trouble = file.Path() + ", line " + std::to_string(line) + ": " + reason;
-        }
+    [[noreturn]] void Refuse(const std::string& reason) const {
+        throw HostError(lines.Path() + ", line " + std::to_string(line) + ": " + reason);
     }
 
     void AddVector(std::string_view& text,
@@ -225,7 +142,7 @@ private:
     }
 
     void AddMaterialFiles(std::string_view text) {
-        const std::filesystem::path folder = std::filesystem::path(file.Path()).parent_path();
+        const std::filesystem::path folder = std::filesystem::path(lines.Path()).parent_path();
         for (const std::string& name : MaterialFileNames(text)) {
             materialFiles.Choose((folder / name).lexically_normal().string());
             materialFiles.Number();
@@ -268,25 +185,23 @@ private:
         }
     }
 
-    bool CheckFaceText(std::string_view text) {
-        std::size_t corners = 0;
-        writtenUvs.clear();
+    void ReadCorners(std::string_view text) {
+        corners.clear();
         for (std::string_view word = TakeWord(text); !word.empty(); word = TakeWord(text)) {
-            if (!IsCorner(word, writtenUvs.emplace_back())) {
+            const std::optional<ObjCorner> corner = CornerOf(word);
+            if (!corner) {
                 Refuse("face corner '" + std::string(word.substr(0, 40)) +
-                       "' does not have the form v, v/vt, v//vn or v/vt/vn with whole numbers "
-                       "other than 0");
-                return false;
+                       "' is none of v, v/vt, v//vn, v/vt/vn with whole numbers other than 0");
             }
-            ++corners;
+            corners.push_back(*corner);
         }
-        if (corners < 3) {
-            Refuse("face has " + std::to_string(corners) + " corners, but at least 3 are needed");
-        } else if (corners > maxFaceCorners) {
-            Refuse("face has " + std::to_string(corners) + " corners, but at most " +
-                   std::to_string(maxFaceCorners) + " are supported");
+        if (corners.size() < 3) {
+            Refuse("face has " + std::to_string(corners.size()) + " corners, but 3 are needed");
         }
-        return trouble.empty();
+        if (corners.size() > maxFaceCorners) {
+            Refuse("face has " + std::to_string(corners.size()) + " corners, but at most " +
+                   std::to_string(maxFaceCorners) + " are read");
+        }
     }
 
     std::string OutOfRange(std::int64_t index) const {
@@ -299,19 +214,17 @@ private:
                std::to_string(mesh.attributes.uvs.size()) + " are defined";
     }
 
-    /// \return false if the number is invalid.
-    bool AddCornerUv(std::int64_t written) {
+    void AddCornerUv(std::int64_t written) {
         std::vector<std::uint32_t>& cornerUvs = mesh.attributes.cornerUvs;
         if (written == 0) {
             if (!cornerUvs.empty()) {
                 cornerUvs.push_back(SurfaceAttributes::none);
             }
-            return true;
+            return;
         }
         const std::int64_t uv = FromStart(written, mesh.attributes.uvs.size());
         if (uv < 0) {
             Refuse(UvOutOfRange(written));
-            return false;
         }
         // No earlier corner had a UV.
         if (cornerUvs.empty()) {
@@ -323,7 +236,6 @@ private:
             farthestUvLine = line;
         }
         cornerUvs.push_back(index);
-        return true;
     }
 
     /// Adds one entry per face, from the first face with such a name on.
@@ -334,18 +246,15 @@ private:
         }
     }
 
-    void AddFace(const tinyobj::index_t* corners, std::size_t count) {
-        if (count != writtenUvs.size()) {
-            return Refuse("face has corners that cannot be distinguished");
-        }
+    void AddFace(std::string_view text) {
+        ReadCorners(text);
         AddFaceName(groups.Number(), mesh.attributes.faceGroups);
         AddFaceName(materials.Number(), mesh.attributes.faceMaterials);
         AddFaceName(smoothing, mesh.attributes.faceSmoothing);
-        for (std::size_t corner = 0; corner < count; ++corner) {
-            const std::int64_t written = corners[corner].vertex_index;
-            const std::int64_t vertex = FromStart(written, mesh.positions.size());
+        for (const ObjCorner& corner : corners) {
+            const std::int64_t vertex = FromStart(corner.vertex, mesh.positions.size());
             if (vertex < 0) {
-                return Refuse(OutOfRange(written));
+                Refuse(OutOfRange(corner.vertex));
             }
             const auto index = static_cast<std::uint32_t>(vertex);
             // A vertex may be defined after the faces that use it, so a missing vertex is detected
@@ -354,14 +263,11 @@ private:
                 farthestIndex = index;
                 farthestLine = line;
             }
-            normalsFit = normalsFit &&
-                         FromStart(corners[corner].normal_index, mesh.normals.size()) == vertex;
-            if (!AddCornerUv(writtenUvs[corner])) {
-                return;
-            }
+            normalsFit = normalsFit && FromStart(corner.normal, mesh.normals.size()) == vertex;
+            AddCornerUv(corner.uv);
             mesh.faceVertices.push_back(index);
         }
-        mesh.faceSizes.push_back(static_cast<std::uint32_t>(count));
+        mesh.faceSizes.push_back(static_cast<std::uint32_t>(corners.size()));
     }
 
     /// Converts an index as written to one counted from 0; negative if there is no such element.
@@ -378,15 +284,10 @@ private:
         }
     }
 
-    InputFile file;
+    ObjLines lines;
     JobControl* job;
-    bool isCancelled = false;
+    /// That errors name.
     std::uint64_t line = 0;
-    std::string_view pending;
-    std::string_view current;
-    std::string joined;
-    std::string handedOut;
-    std::string trouble;
 
     PolygonMesh mesh;
     std::optional<std::uint32_t> farthestIndex;
@@ -399,8 +300,8 @@ private:
     ObjNames materialFiles;
     std::uint32_t smoothing = SurfaceAttributes::none;
     bool allColored = true;
-    /// UV indices of the current face, as written in its corners.
-    std::vector<std::int32_t> writtenUvs;
+    /// Of the current face.
+    std::vector<ObjCorner> corners;
     std::optional<std::uint32_t> farthestUv;
     std::uint64_t farthestUvLine = 0;
 };

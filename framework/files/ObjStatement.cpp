@@ -39,28 +39,24 @@ std::string Trimmed(std::string_view text) {
     return std::string(text.substr(first, text.find_last_not_of(Blanks) - first + 1));
 }
 
-bool IsCorner(std::string_view word, std::int32_t& uv) {
-    uv = 0;
-    for (int part = 0; part < 3; ++part) {
+std::optional<ObjCorner> CornerOf(std::string_view word) {
+    ObjCorner corner;
+    for (std::int32_t* const part : {&corner.vertex, &corner.uv, &corner.normal}) {
         const std::string_view number = word.substr(0, word.find('/'));
-        if (!number.empty() || part == 0) {
-            std::int32_t index = 0;
+        if (!number.empty() || part == &corner.vertex) {
             const char* const end = number.data() + number.size();
-            const auto [used, error] = std::from_chars(number.data(), end, index);
-            if (used != end || error != std::errc() || (part == 0 && index == 0)) {
-                return false;
-            }
-            if (part == 1) {
-                uv = index;
+            const auto [used, error] = std::from_chars(number.data(), end, *part);
+            if (used != end || error != std::errc() || corner.vertex == 0) {
+                return std::nullopt;
             }
         }
         word.remove_prefix(number.size());
         if (word.empty()) {
-            return true;
+            return corner;
         }
         word.remove_prefix(1);
     }
-    return false;
+    return std::nullopt;
 }
 
 std::vector<std::string> MaterialFileNames(std::string_view text) {

@@ -2,8 +2,10 @@
 #pragma once
 
 #include "framework/mesh/SurfaceAttributes.h"
+#include "host/Api.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -19,21 +21,27 @@ std::string_view TakeWord(std::string_view& text);
 /// Returns the text without surrounding blanks.
 std::string Trimmed(std::string_view text);
 
-/// Returns whether the word is `v`, `v/t`, `v//n` or `v/t/n` with integers that fit the int of
-/// tinyobjloader, and v is not 0. A number after a slash may be missing, because some exporters
-/// omit it.
-/// \param uv  receives t, or 0 if it is missing; tinyobjloader would use the number of the next
-/// corner in that case.
-bool IsCorner(std::string_view word, std::int32_t& uv);
+/// A corner of a face as it is written: numbers count from 1; negative numbers count back from the
+/// last element that is defined so far; 0 if a number is missing.
+struct ObjCorner {
+    std::int32_t vertex = 0;
+    std::int32_t uv = 0;
+    std::int32_t normal = 0;
+};
+
+/// Reads `v`, `v/t`, `v//n` or `v/t/n` with integers of 32 bits, where v is not 0. A number after a
+/// slash may be missing, because some exporters omit it.
+/// \return nothing for any other text.
+std::optional<ObjCorner> CornerOf(std::string_view word);
 
 /// Returns the names in an `mtllib` statement. Names may contain blanks, so a name ends at a word
 /// that ends in ".mtl" in any case; the rest after the last such word is one name. Backslashes
 /// become slashes.
-std::vector<std::string> MaterialFileNames(std::string_view text);
+TROVIK_API std::vector<std::string> MaterialFileNames(std::string_view text);
 
 /// Returns the number of an `s` statement: an integer, 0 for `off`, 1 for `on`.
 /// \param otherwise  the result for any other text.
-std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
+TROVIK_API std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
 
 /// Names of groups or materials, numbered in the order in which faces first use them.
 struct ObjNames {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/io/OutputFile.h"
+#include "host/Api.h"
 
 #include <array>
 #include <cstdint>
@@ -18,7 +19,7 @@ namespace trovik {
 std::string UsdPrimName(const std::string& name);
 
 /// Returns a text in quotation marks.
-std::string UsdQuoted(const std::string& text);
+TROVIK_API std::string UsdQuoted(const std::string& text);
 
 /// Generates unique names for the children of a prim.
 class UsdNames {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/multires/LevelGeometry.h"
+#include "host/Api.h"
 
 #include <unordered_map>
 #include <vector>
@@ -20,14 +21,14 @@ struct FreezeReach {
 };
 /// Each vertex once, in the order of the walk. \param center  mesh-local.
 /// Cost: the faces under the dab.
-std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
-                                          uint32_t face,
-                                          const Vector& center,
-                                          float radius);
+TROVIK_API std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
+                                                     uint32_t face,
+                                                     const Vector& center,
+                                                     float radius);
 
 /// What a stroke knows of the vertices that it touched. Within a stroke amounts are kept in full
 /// precision, so that many faint dabs add up to what few strong ones do.
-class FreezeRecords {
+class TROVIK_API FreezeRecords {
 public:
     explicit FreezeRecords(LevelMesh& strokeLevel) : level(strokeLevel) {}
 

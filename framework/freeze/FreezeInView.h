@@ -4,6 +4,7 @@
 #include "framework/images/ImageFile.h"
 #include "framework/picking/PatchTree.h"
 #include "framework/strokes/StrokePath.h"
+#include "host/Api.h"
 
 #include <functional>
 #include <optional>
@@ -44,7 +45,7 @@ TROVIK_API std::vector<float> SharesInView(const LevelGeometry& geometry,
 
 /// A rectangle of the viewport, its left and upper sides included, the others not. Corners in any
 /// order.
-struct ViewBox {
+struct TROVIK_API ViewBox {
     ViewPlace from;
     ViewPlace to;
     bool Holds(const ViewPlace& place) const;

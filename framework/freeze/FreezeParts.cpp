@@ -80,13 +80,6 @@ std::vector<float> SharesOfGroup(const LevelGeometry& geometry,
     return shares;
 }
 
-std::optional<uint32_t> FindGroup(const LevelGeometry& geometry, const std::string& name) {
-    const std::vector<std::string>& names = geometry.Attributes().groupNames;
-    const auto found = std::find(names.begin(), names.end(), name);
-    if (found == names.end()) return std::nullopt;
-    return static_cast<uint32_t>(found - names.begin());
-}
-
 std::vector<float> SharesInBall(const LevelGeometry& geometry,
                                 const Vector& center,
                                 float radius,

@@ -3,8 +3,6 @@
 
 #include "framework/multires/LevelGeometry.h"
 
-#include <optional>
-#include <string>
 #include <vector>
 
 namespace trovik {
@@ -19,10 +17,6 @@ TROVIK_API std::vector<float> SharesOfShell(const LevelMesh& level, uint32_t ver
 TROVIK_API std::vector<float> SharesOfGroup(const LevelGeometry& geometry,
                                             uint32_t levelIndex,
                                             uint32_t group);
-
-/// The number of the group of this name, the first one; nothing where there is none.
-TROVIK_API std::optional<uint32_t> FindGroup(const LevelGeometry& geometry,
-                                             const std::string& name);
 
 /// 1 at `center` and inside, 0 at `radius` and beyond; between them, over the share `soft` (0 to 1)
 /// of the radius next to the rim, falling evenly. World space.

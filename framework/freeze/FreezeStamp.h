@@ -8,7 +8,7 @@
 namespace trovik {
 
 /// The stamp of a brush as shares of its effect. One that is off, or has no pixels, leaves all.
-class FreezeStamp {
+class TROVIK_API FreezeStamp {
 public:
     /// Reads the pixels. With o the brush's stamp offset a pixel v counts v - o, or (1 - v) + o
     /// where the stamp is inverted, as for sculpting. Cost: O(pixels), if the image is another one.

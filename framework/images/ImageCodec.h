@@ -29,9 +29,10 @@ public:
     virtual std::string ReadDescription(const std::string& path) const = 0;
     /// Returns the bytes of an image file in the format that the extension of `path` selects.
     /// Nothing is written.
-    /// \throw HostError with the path and the reason.
+    /// \throw HostError with the path and the reason; Cancelled.
     virtual std::vector<unsigned char> Encode(const std::string& path,
-                                              const EncodedImage& image) const = 0;
+                                              const EncodedImage& image,
+                                              JobControl* job) const = 0;
 
 protected:
     ~ImageCodec() = default;

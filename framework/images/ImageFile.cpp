@@ -16,7 +16,7 @@ namespace trovik {
 
 namespace {
 
-void EncodeAndWrite(const std::string& path, const EncodedImage& image) {
+void EncodeAndWrite(const std::string& path, const EncodedImage& image, JobControl* job = nullptr) {
     assert(image.samples != nullptr || image.width == 0 || image.height == 0);
     if (image.width == 0 || image.height == 0 || image.channels == 0)
         ThrowImageError("write", path, "it has no pixels");
@@ -24,7 +24,7 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image) {
     if (image.width > maxSide || image.height > maxSide || image.channels > maxSide)
         ThrowImageError("write", path, "it has more pixels than any image format can store");
     // Encodes into memory first, because some formats of the library do not report a full disk.
-    const std::vector<unsigned char> bytes = LoadedImageCodec().Encode(path, image);
+    const std::vector<unsigned char> bytes = LoadedImageCodec().Encode(path, image, job);
     OutputFile file(path);
     file.Write(bytes.data(), bytes.size());
     file.Commit();
@@ -68,8 +68,9 @@ void WriteImageFile(const std::string& path,
                     std::uint32_t width,
                     std::uint32_t height,
                     std::uint32_t channels,
-                    const std::string& description) {
-    EncodeAndWrite(path, {SampleType::UInt16, pixels, width, height, channels, description});
+                    const std::string& description,
+                    JobControl* job) {
+    EncodeAndWrite(path, {SampleType::UInt16, pixels, width, height, channels, description}, job);
 }
 
 void WriteImageFile(const std::string& path,
@@ -86,7 +87,8 @@ void WriteImageFile(const std::string& path,
 
 void WriteFloatImageFile(const std::string& path,
                          const FloatImage& image,
-                         const std::string& description) {
+                         const std::string& description,
+                         JobControl* job) {
     const std::string extension = LowerExtension(path);
     if (extension != ".exr" && extension != ".tif" && extension != ".tiff") {
         ThrowImageError("write", path, "floats can be written only to .exr, .tif and .tiff files");
@@ -100,7 +102,8 @@ void WriteFloatImageFile(const std::string& path,
                     image.width,
                     image.height,
                     image.channels,
-                    description});
+                    description},
+                   job);
 }
 
 }  // namespace trovik

@@ -10,6 +10,8 @@
 
 namespace trovik {
 
+class JobControl;
+
 /// An image in floats: rows from top to bottom, pixels from left to right, channels interleaved.
 struct FloatImage {
     std::uint32_t width = 0;
@@ -53,12 +55,14 @@ TROVIK_API void WriteImageFile(const std::string& path,
 
 /// Writes 16-bit values in the same way, in formats that support them (`.tif`, `.png`).
 /// \param description  one line of text to store with the pixels; may be empty.
+/// \throw Cancelled.
 TROVIK_API void WriteImageFile(const std::string& path,
                                const std::uint16_t* pixels,
                                std::uint32_t width,
                                std::uint32_t height,
                                std::uint32_t channels,
-                               const std::string& description = std::string());
+                               const std::string& description = std::string(),
+                               JobControl* job = nullptr);
 
 /// Writes signed 16-bit values in the same way. Only `.tif` and `.tiff` support them; any other
 /// extension is rejected. ReadImageFile returns value / 32767.
@@ -74,10 +78,11 @@ TROVIK_API void WriteImageFile(const std::string& path,
 /// The file is written completely or not at all: see FileReplacement.
 /// \param image  isFloat is ignored.
 /// \param description  one line of text to store with the pixels; may be empty.
-/// \throw HostError with the file and the reason; also for a value that is not finite.
+/// \throw HostError with the file and the reason; also for a value that is not finite. Cancelled.
 TROVIK_API void WriteFloatImageFile(const std::string& path,
                                     const FloatImage& image,
-                                    const std::string& description = std::string());
+                                    const std::string& description = std::string(),
+                                    JobControl* job = nullptr);
 
 /// Returns the text that was stored with the pixels; empty if the file has none.
 /// \throw HostError with the file and the reason.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/images/ImageFile.h"
+#include "host/Api.h"
 
 #include <cstddef>
 #include <string>
@@ -13,7 +14,7 @@ namespace trovik {
 
 /// Returns whether the file has the signature of a PNG file, regardless of its name.
 /// \throw HostError if it cannot be read.
-bool IsPngFile(const std::string& path);
+TROVIK_API bool IsPngFile(const std::string& path);
 
 /// See ReadImageFile. Palettes are converted to colours, transparent colours to alpha, and samples
 /// with fewer than eight bits are scaled to eight.

@@ -3,6 +3,7 @@
 
 #include "framework/io/ContentHash.h"
 #include "framework/journal/JournalReader.h"
+#include "host/Api.h"
 
 #include <nlohmann/json.hpp>
 
@@ -32,7 +33,7 @@ struct JournalBase {
     bool outsideAllowed = false;
 };
 
-nlohmann::json ToJson(const JournalBase& base);
+TROVIK_API nlohmann::json ToJson(const JournalBase& base);
 
 /// A file by its place and content.
 struct JournalFile {
@@ -40,7 +41,7 @@ struct JournalFile {
     ContentHash content;
 };
 
-nlohmann::json ToJson(const JournalFile& file);
+TROVIK_API nlohmann::json ToJson(const JournalFile& file);
 
 /// One call into a stroke that is not a step's doing.
 struct StrokeCall {

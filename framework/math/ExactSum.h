@@ -52,7 +52,7 @@ private:
 };
 
 /// ExactSum for terms whose running sum in double precision is inexact.
-DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
+TROVIK_API DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 
 /// Returns the sum of the terms, computed exactly and rounded once to double precision. It does not
 /// depend on their order, and negating all terms negates it. The sum of no terms is zero. If a term

@@ -18,7 +18,7 @@ namespace trovik {
 /// If the edges do not determine an angle, only the shortest rotation is used.
 ///
 /// Computation is in double precision, so squared lengths neither underflow nor overflow.
-class SurfaceTurn {
+class TROVIK_API SurfaceTurn {
 public:
     /// Adds the normal of a face of the ring, of any length, in both states.
     void AddNormal(const Vector& before, const Vector& after);
@@ -31,9 +31,6 @@ public:
 
     /// Returns the rotated vector.
     Vector Turned(const Vector& v) const;
-    /// The unit normals, or zero if undefined.
-    Vector NormalBefore() const { return Single(normalBefore); }
-    Vector NormalAfter() const { return Single(normalAfter); }
 
 private:
     struct Double3 {

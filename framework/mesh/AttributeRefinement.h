@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/SurfaceAttributes.h"
+#include "host/Api.h"
 
 #include <array>
 #include <cassert>
@@ -89,6 +90,6 @@ inline std::uint32_t BaseFace(std::uint32_t corners, std::uint32_t level, std::u
 /// Returns the attributes of level 0 after polygons are split into quads by one step
 /// (ToUniformFaces).
 /// \param quads  the result of the split; its faces and vertices are final.
-SurfaceAttributes SplitIntoQuads(const PolygonMesh& polygons, const PolygonMesh& quads);
+TROVIK_API SurfaceAttributes SplitIntoQuads(const PolygonMesh& polygons, const PolygonMesh& quads);
 
 }  // namespace trovik

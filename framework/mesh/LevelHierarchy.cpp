@@ -7,13 +7,19 @@
 
 namespace trovik {
 
-void LevelHierarchy::AddObserver(GeometryObserver& observer) {
-    if (std::find(observers.begin(), observers.end(), &observer) == observers.end())
+void LevelHierarchy::AddObserver(GeometryObserver& observer, ObserverOrder order) {
+    if (std::find(observers.begin(), observers.end(), &observer) != observers.end()) return;
+    if (order == ObserverOrder::First)
+        observers.insert(observers.begin() + firstObservers++, &observer);
+    else
         observers.push_back(&observer);
 }
 
 void LevelHierarchy::RemoveObserver(GeometryObserver& observer) {
-    std::erase(observers, &observer);
+    const auto found = std::find(observers.begin(), observers.end(), &observer);
+    if (found == observers.end()) return;
+    if (found - observers.begin() < firstObservers) --firstObservers;
+    observers.erase(found);
 }
 
 void LevelHierarchy::ReportVertices(uint32_t level,

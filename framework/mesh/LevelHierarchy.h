@@ -5,11 +5,20 @@
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/TopologicalMirror.h"
 
+#include <cstddef>
 #include <memory>
 #include <span>
 #include <vector>
 
 namespace trovik {
+
+/// When an observer of a geometry is called.
+enum class ObserverOrder {
+    /// Ahead of the others: structures that follow the surface, such as pick trees, which the other
+    /// observers may query.
+    First,
+    Later
+};
 
 /// The levels of one mesh, as far as a level needs them: the topology of a level follows from the
 /// levels below it. LevelGeometry, the only implementation, adds the propagation of edits between
@@ -23,8 +32,8 @@ public:
     const TopologicalMirror* Mirror() const { return mirror.get(); }
 
     /// Adds an observer of all levels, unless it was added before. The observer is borrowed.
-    /// Observers are called in the order in which they were added.
-    void AddObserver(GeometryObserver& observer);
+    /// Observers of the same order are called in the order in which they were added.
+    void AddObserver(GeometryObserver& observer, ObserverOrder order = ObserverOrder::Later);
     /// Removes an observer. Has no effect if it was not added.
     void RemoveObserver(GeometryObserver& observer);
     const std::vector<GeometryObserver*>& Observers() const { return observers; }
@@ -63,6 +72,8 @@ private:
     void Report(const SurfaceChange& change) const;
 
     std::vector<GeometryObserver*> observers;
+    /// Of these, so many have ObserverOrder::First.
+    std::ptrdiff_t firstObservers = 0;
 };
 
 }  // namespace trovik

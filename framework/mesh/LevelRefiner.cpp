@@ -6,8 +6,6 @@ namespace trovik {
 LevelRefiner::LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl)
     : coarse(coarseLevel), job(jobControl), corners(coarseLevel.CornersPerFace()) {}
 
-uint32_t LevelRefiner::FineFaceCount() const { return coarse.faceCount * corners; }
-
 // An edge belongs to the lower of its two faces, or to the lower side if a face is its own
 // neighbour, because that one is visited first.
 bool LevelRefiner::OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const {

@@ -14,7 +14,6 @@ public:
     /// output is then incomplete.
     explicit LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl = nullptr);
 
-    uint32_t FineFaceCount() const;
     /// Returns the number of vertices of the level above. Cost: O(faces).
     uint64_t CountFineVertices();
 

@@ -3,6 +3,7 @@
 
 #include "framework/mesh/CatmullClarkRules.h"
 #include "framework/mesh/LevelMesh.h"
+#include "host/Api.h"
 
 #include <vector>
 
@@ -10,7 +11,7 @@ namespace trovik {
 
 /// Computes single points of a Catmull-Clark step, bit-identical to those of LevelRefiner. The cost
 /// depends only on the faces around the point, not on the size of the level.
-class LocalRefiner {
+class TROVIK_API LocalRefiner {
 public:
     /// \param positions  of the coarse level; null to use its current positions. Both arguments are
     /// borrowed.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/mesh/PolygonMesh.h"
+#include "host/Api.h"
 
 #include <array>
 #include <cstdint>
@@ -15,7 +16,7 @@ class JobControl;
 
 /// Consecutive vertices, in order. A list is empty if it was not requested or if the mesh does not
 /// have it.
-struct VertexBlock {
+struct TROVIK_API VertexBlock {
     std::vector<std::array<float, 3>> positions;
     std::vector<std::array<float, 3>> normals;
     std::vector<std::array<float, 2>> uvs;
@@ -26,7 +27,7 @@ struct VertexBlock {
 
 /// Consecutive faces, in order. A list is empty if it was not requested or if the mesh does not
 /// have it.
-struct FaceBlock {
+struct TROVIK_API FaceBlock {
     std::vector<std::uint32_t> sizes;
     /// Per corner.
     std::vector<std::uint32_t> vertices;
@@ -157,9 +158,9 @@ private:
 /// Returns the UV index of each vertex if all corners of each vertex have the same value; otherwise
 /// returns an empty list. A vertex without faces gets SurfaceAttributes::none. Values are compared,
 /// not indices.
-std::vector<std::uint32_t> UvsByVertex(const SurfaceAttributes& attributes,
-                                       const std::uint32_t* cornerVertices,
-                                       std::size_t vertexCount);
+TROVIK_API std::vector<std::uint32_t> UvsByVertex(const SurfaceAttributes& attributes,
+                                                  const std::uint32_t* cornerVertices,
+                                                  std::size_t vertexCount);
 
 /// Collects all data of a source in one mesh.
 TROVIK_API PolygonMesh GatherPolygons(const MeshSource& source);

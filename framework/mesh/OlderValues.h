@@ -119,7 +119,6 @@ struct OlderStates {
                freezeFromAbove.Vertices().size() + freezeFromBelow.Vertices().size();
     }
     bool KeepsPositions() const { return fromAbove.IsKept() || fromBelow.IsKept(); }
-    bool KeepsFreeze() const { return freezeFromAbove.IsKept() || freezeFromBelow.IsKept(); }
     void NotePosition(uint32_t vertex, const Vector& position) {
         fromAbove.Note(vertex, position);
         fromBelow.Note(vertex, position);

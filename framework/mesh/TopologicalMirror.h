@@ -10,6 +10,7 @@
 
 namespace trovik {
 
+class JobControl;
 class LevelMesh;
 
 /// Maps each corner of each face to its mirror image. The map is based on connectivity, not on
@@ -37,7 +38,10 @@ public:
     /// \return null if no component has a mirror image.
     /// Cost: O(faces) if the first seed is correct, at most some hundred times that, plus
     /// O(components^2); temporary memory of about 20 bytes per face and 12 per vertex.
-    static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base, int axis = 0);
+    /// \throw Cancelled.
+    static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base,
+                                                   int axis = 0,
+                                                   JobControl* job = nullptr);
 
     struct Corner {
         uint32_t face;

@@ -3,6 +3,7 @@
 /// \file
 /// The search for the mirror of a mesh: seeds come from positions, and the rest of the map from
 /// adjacency.
+#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/TopologicalMirror.h"
 
@@ -51,8 +52,12 @@ struct Part {
 
 class TopologicalMirrorSearch {
 public:
-    TopologicalMirrorSearch(LevelMesh& baseLevel, std::vector<uint32_t>& result, int mirrorAxis)
-        : base(baseLevel),
+    TopologicalMirrorSearch(LevelMesh& baseLevel,
+                            std::vector<uint32_t>& result,
+                            int mirrorAxis,
+                            JobControl* job)
+        : phase(job, "Finding the mirror", baseLevel.faceCount),
+          base(baseLevel),
           axis(mirrorAxis),
           corners(baseLevel.CornersPerFace()),
           images(result),
@@ -60,10 +65,10 @@ public:
         images.assign(base.faceCount, openBorder);
     }
 
-    static std::unique_ptr<TopologicalMirror> Run(LevelMesh& base, int axis) {
+    static std::unique_ptr<TopologicalMirror> Run(LevelMesh& base, int axis, JobControl* job) {
         std::unique_ptr<TopologicalMirror> mirror(new TopologicalMirror);
         mirror->baseCorners = base.CornersPerFace();
-        TopologicalMirrorSearch search(base, mirror->images, axis);
+        TopologicalMirrorSearch search(base, mirror->images, axis, job);
         return search.FindAll() ? std::move(mirror) : nullptr;
     }
 
@@ -93,7 +98,7 @@ private:
     Map BestMap(std::size_t part);
     void KeepSeed(std::vector<Seed>& seeds, uint32_t face, uint32_t across, uint32_t shift) const;
     bool TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps);
-    bool IsReflection(const Map& map) const;
+    bool IsReflection(const Map& map);
     double MiddleOf(uint32_t face, uint32_t across) const;
     double ErrorOf(uint32_t face, uint32_t across, uint32_t shift, double plane) const;
     double SizeOf(uint32_t face) const;
@@ -103,6 +108,8 @@ private:
     bool PairVertices(uint32_t vertex, uint32_t across);
     Map TakeBack();
 
+    /// Counts the faces of finished parts; the walks poll it.
+    JobPhase phase;
     LevelMesh& base;
     int axis;
     uint32_t corners;
@@ -117,8 +124,10 @@ private:
     uint64_t steps = 0;
 };
 
-std::unique_ptr<TopologicalMirror> TopologicalMirror::Find(LevelMesh& base, int axis) {
-    return TopologicalMirrorSearch::Run(base, axis);
+std::unique_ptr<TopologicalMirror> TopologicalMirror::Find(LevelMesh& base,
+                                                           int axis,
+                                                           JobControl* job) {
+    return TopologicalMirrorSearch::Run(base, axis, job);
 }
 
 bool TopologicalMirrorSearch::FindAll() {
@@ -133,8 +142,11 @@ bool TopologicalMirrorSearch::FindAll() {
             // A component that is the image of another one needs no search of its own.
             parts[partOf[face]].isDone = true;
         }
+        // Of two parts that are across from each other both.
+        phase.Add(std::max(map.faces.size(), parts[part].faces.size()));
         isAny = isAny || !map.faces.empty();
     }
+    phase.Finish();
     return isAny;
 }
 
@@ -148,6 +160,7 @@ void TopologicalMirrorSearch::FindParts() {
         partOf[first] = number;
         double squares = 0.0;
         for (std::size_t at = 0; at < part.faces.size(); ++at) {
+            phase.Poll();
             const uint32_t face = part.faces[at];
             for (uint32_t k = 0; k < corners; ++k) {
                 const Vector p = PlaceOf(VertexAt(face, k));
@@ -241,6 +254,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     std::vector<Map> maps;
     std::vector<Seed> seeds;
     for (const uint32_t face : part.faces) {
+        phase.Poll();
         for (uint32_t k = 0; k < corners; ++k) {
             // A face that maps to itself, and the two faces of an edge that map to each other.
             KeepSeed(seeds, face, face, k);
@@ -268,9 +282,11 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     partners.resize(tried);
     for (const auto& [distance, other] : partners) {
         seeds.clear();
-        for (const uint32_t across : parts[other].faces)
+        for (const uint32_t across : parts[other].faces) {
+            phase.Poll();
             for (uint32_t shift = 0; shift < corners; ++shift)
                 KeepSeed(seeds, part.faces.front(), across, shift);
+        }
         if (TrySeeds(seeds, maps)) return std::move(maps.back());
     }
     Map best;
@@ -302,6 +318,7 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
         double size = 0.0;
         map.error = 0.0;
         for (const auto& [face, image] : map.faces) {
+            phase.Poll();
             map.error += ErrorOf(face, image >> 2, image & 3u, 0.0);
             size += SizeOf(face);
         }
@@ -316,9 +333,10 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
 /// Returns whether the map exchanges left and right, not front and back. Summed over all edges, x
 /// must tend to change sign, and y and z must tend to keep it. A pose may bend and move limbs
 /// freely but must not reverse the model.
-bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
+bool TopologicalMirrorSearch::IsReflection(const Map& map) {
     double sums[3] = {0.0, 0.0, 0.0};
     for (const auto& [face, image] : map.faces) {
+        phase.Poll();
         for (uint32_t k = 0; k < corners; ++k) {
             const uint32_t next = (k + 1) % corners;
             const Vector a = PlaceOf(VertexAt(face, next)) - PlaceOf(VertexAt(face, k));
@@ -337,6 +355,7 @@ bool TopologicalMirrorSearch::IsReflection(const Map& map) const {
 bool TopologicalMirrorSearch::Walk(const Seed& seed) {
     if (!Pair(seed.face, seed.across, seed.shift)) return false;
     for (std::size_t at = 0; at < walked.size(); ++at) {
+        phase.Poll();
         const uint32_t face = walked[at];
         const uint32_t across = images[face] >> 2;
         const uint32_t shift = images[face] & 3u;

@@ -13,7 +13,7 @@ class LevelMesh;
 
 /// New numbers of faces: face f becomes face[f], and its corner c becomes corner (c + turn[f]) mod
 /// 4.
-struct FaceRenumbering {
+struct TROVIK_API FaceRenumbering {
     std::vector<uint32_t> face;
     std::vector<uint8_t> turn;
 
@@ -52,7 +52,7 @@ struct CoarseFaces {
 /// \param level  level 0 of its geometry.
 /// \throw HostError with the reason if the mesh is not a refinement; Cancelled.
 /// Cost: O(faces log faces).
-CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
+TROVIK_API CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
 
 /// Returns the positions of a coarse level whose refinement is closest to the current positions of
 /// the fine level, by least squares over all fine vertices (conjugate gradients in double
@@ -60,9 +60,9 @@ CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
 /// result equals its coarse level up to rounding.
 /// \param finePositions  of the vertices of the fine level.
 /// \throw Cancelled.
-std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
-                                       const LevelMesh& fine,
-                                       const std::vector<Vector>& finePositions,
-                                       JobControl* job = nullptr);
+TROVIK_API std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
+                                                  const LevelMesh& fine,
+                                                  const std::vector<Vector>& finePositions,
+                                                  JobControl* job = nullptr);
 
 }  // namespace trovik

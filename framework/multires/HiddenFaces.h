@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/multires/LevelGeometry.h"
+#include "host/Api.h"
 
 #include <cstdint>
 #include <vector>
@@ -41,11 +42,11 @@ TROVIK_API std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
                                              uint32_t to);
 
 /// Hides the children of hidden faces on a level that was just added.
-void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
+TROVIK_API void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
 /// Hides exactly those faces of `coarse` whose children on `fine` are all hidden.
-void HideParents(LevelMesh& coarse, const LevelMesh& fine);
+TROVIK_API void HideParents(LevelMesh& coarse, const LevelMesh& fine);
 /// Updates the hidden faces of all levels from the highest level, after its face flags were
 /// written.
-void AgreeOnHidden(LevelGeometry& geometry);
+TROVIK_API void AgreeOnHidden(LevelGeometry& geometry);
 
 }  // namespace trovik

@@ -103,8 +103,8 @@ void LevelGeometry::RefuseInStroke(const std::string& action) const {
     }
 }
 
-bool LevelGeometry::FindMirror() {
-    mirror = TopologicalMirror::Find(*levels.front());
+bool LevelGeometry::FindMirror(JobControl* job) {
+    mirror = TopologicalMirror::Find(*levels.front(), 0, job);
     return mirror != nullptr;
 }
 

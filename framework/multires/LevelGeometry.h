@@ -156,7 +156,7 @@ public:
     /// Computes the topological mirror from the current level 0. MirrorVertex of the levels then
     /// uses it.
     /// \return false if the mesh has no mirror; the geometry then has none.
-    bool FindMirror();
+    bool FindMirror(JobControl* job = nullptr);
     void ForgetMirror() { mirror.reset(); }
     /// Used when the content of a geometry is loaded.
     void RestoreMirror(std::unique_ptr<TopologicalMirror> found) { mirror = std::move(found); }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/layers/LayerGround.h"
+#include "host/Api.h"
 
 #include <memory>
 #include <utility>
@@ -22,7 +23,7 @@ namespace trovik {
 /// direction.
 ///
 /// Cost and memory: for each moved vertex that a layer touches, 44 bytes, and 40 for each layer.
-class TurnedLayers {
+class TROVIK_API TurnedLayers {
 public:
     /// Borrows the level and the layer base until Finish.
     TurnedLayers(LevelMesh& level, LayerGround::Layers ofLevel, LayerGround& ground);

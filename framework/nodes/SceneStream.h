@@ -63,8 +63,6 @@ public:
     /// The offset of that byte in the file; a whole stream counts from the end of its header.
     uint64_t Place() const { return origin + position; }
     uint32_t Format() const { return format; }
-    /// Class versions by name, as in the header.
-    const std::map<std::string, int32_t>& ClassVersions() const { return versions; }
 
     /// \throw Error* if fewer bytes are left. Called before memory is allocated for a count from
     /// the file.

@@ -34,7 +34,7 @@ PatchTree::PatchTree(LevelMesh* ofLevel, JobControl* job)
     for (uint32_t l = leafLevel; l-- > 0;)
         for (uint32_t patch = 0; patch < patchBoxes[l].size(); ++patch) RefitInner(l, patch);
     BuildTop(job);
-    hierarchy->AddObserver(*this);
+    hierarchy->AddObserver(*this, ObserverOrder::First);
 }
 
 PatchTree::~PatchTree() { hierarchy->RemoveObserver(*this); }
@@ -153,26 +153,6 @@ void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
     for (uint32_t l = patchLevelIndex; l < leafLevel; ++l) grow *= ChildCount(l);
     const uint32_t first = patch / shrink * grow;
     for (uint32_t leaf = first; leaf < first + grow; ++leaf) Touch(leafLevel, leaf);
-}
-
-void PatchTree::RefitVertices(const std::vector<uint32_t>& vertices) {
-    class Toucher final : public AdjacentVertexEnumerator {
-    public:
-        explicit Toucher(PatchTree& ofTree)
-            : tree(ofTree), facesPerLeaf(ofTree.FacesUnder(ofTree.leafLevel)) {}
-        void Operator(uint32_t, uint32_t face) override {
-            tree.Touch(tree.leafLevel, face / facesPerLeaf);
-        }
-        PatchTree& tree;
-        uint32_t facesPerLeaf;
-    };
-    NextRefit();
-    Toucher toucher(*this);
-    for (const uint32_t vertex : vertices) {
-        const uint32_t face = level->LowestFaceOf(vertex);
-        if (face != openBorder) level->EnumerateAdjacentVertices(&toucher, vertex, face);
-    }
-    RefitTouched();
 }
 
 void PatchTree::NextRefit() {

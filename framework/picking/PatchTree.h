@@ -42,9 +42,9 @@ struct PickHit {
 /// without any other face costs no visit. Of hits at equal distance
 /// the one with the lowest face number is told, so answers do not hang on the tree's shape.
 ///
-/// Observes the geometry: boxes follow each reported change of the level's positions and
-/// hidden faces. Edits that
-/// nobody reports need a call of a refit.
+/// Observes the geometry: boxes follow each reported change of the level's positions and hidden
+/// faces, before observers of ObserverOrder::Later receive the report. Edits that nobody reports
+/// need a call of a refit.
 ///
 /// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently,
 /// refits and reports may not run concurrently with anything.
@@ -68,8 +68,6 @@ public:
     /// Boxes below and above the faces of level `patchLevelIndex` that a walk visited, whatever the
     /// visitor answered: a face beside one that was changed shares its moved border.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
-    /// Boxes of all faces that hold one of the vertices, as after a walk over vertices or an undo.
-    void RefitVertices(const std::vector<uint32_t>& vertices);
 
     /// Whether the boxes are still those of the level: false once the level has another number or
     /// another level 0 below it, or while it is taken out of its geometry, and for good after a

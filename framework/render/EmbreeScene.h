@@ -3,6 +3,7 @@
 
 #include "framework/render/RayCaster.h"
 #include "framework/render/SurfaceSample.h"
+#include "host/Api.h"
 
 #include <memory>
 #include <vector>
@@ -15,7 +16,7 @@ class JobControl;
 /// largest coordinate is about 1. Squares and products of lengths then stay within the range of
 /// floats, whatever the size of the meshes. The unit is a power of two, so it does not affect any
 /// bit of a result.
-class EmbreeScene {
+class TROVIK_API EmbreeScene {
 public:
     /// Borrows the list and its meshes.
     /// \throw HostError if a vertex is beyond maxRenderCoordinate (RenderRange.h), if memory is

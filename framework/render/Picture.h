@@ -115,40 +115,40 @@ private:
 };
 
 /// Renders meshes once; use RenderScene for several renders of the same meshes.
-Picture RenderPicture(const std::vector<PictureMesh>& meshes,
-                      const PictureCamera& camera,
-                      const PictureOptions& options,
-                      JobControl* job = nullptr);
+TROVIK_API Picture RenderPicture(const std::vector<PictureMesh>& meshes,
+                                 const PictureCamera& camera,
+                                 const PictureOptions& options,
+                                 JobControl* job = nullptr);
 
 /// Returns a camera that shows all of the meshes with a small margin, looking along `direction`
 /// (world). Hidden faces are ignored; if nothing is visible, it is the default camera.
 /// \param up  the up direction of the image; replaced if it is parallel to `direction`.
-PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
-                          const Vector& direction,
-                          float verticalFieldOfView,
-                          float aspect,
-                          const Vector& up = Vector(0.0f, 1.0f, 0.0f));
+TROVIK_API PictureCamera FrameMeshes(const std::vector<PictureMesh>& meshes,
+                                     const Vector& direction,
+                                     float verticalFieldOfView,
+                                     float aspect,
+                                     const Vector& up = Vector(0.0f, 1.0f, 0.0f));
 
 /// Returns the camera of frame `index` of a turntable with `count` frames. The camera orbits its
 /// target about its up direction, so that the meshes appear to rotate counter-clockwise as seen
 /// from above.
-PictureCamera TurntableFrame(const PictureCamera& camera, int index, int count);
+TROVIK_API PictureCamera TurntableFrame(const PictureCamera& camera, int index, int count);
 
 /// Like FrameMeshes, for a turntable: the camera keeps one distance at which the meshes fit into
 /// every frame.
-PictureCamera FrameTurntable(const std::vector<PictureMesh>& meshes,
-                             const Vector& direction,
-                             float verticalFieldOfView,
-                             float aspect,
-                             const Vector& up,
-                             int count);
+TROVIK_API PictureCamera FrameTurntable(const std::vector<PictureMesh>& meshes,
+                                        const Vector& direction,
+                                        float verticalFieldOfView,
+                                        float aspect,
+                                        const Vector& up,
+                                        int count);
 
 /// Builds a contact sheet from images of the same size, in rows of `columns`, `gap` pixels apart.
 /// If `captions` has as many entries as there are images, a caption is drawn under each one.
 /// Transparent images are composited over the background of the sheet; the sheet is opaque.
-Picture PlaceInRows(const std::vector<Picture>& pictures,
-                    int columns,
-                    int gap,
-                    const std::vector<std::string>& captions);
+TROVIK_API Picture PlaceInRows(const std::vector<Picture>& pictures,
+                               int columns,
+                               int gap,
+                               const std::vector<std::string>& captions);
 
 }  // namespace trovik

@@ -5,13 +5,14 @@
 #include "framework/render/Shading.h"
 #include "framework/render/VisibilityFilter.h"
 #include "framework/render/WireLines.h"
+#include "host/Api.h"
 
 #include <optional>
 
 namespace trovik {
 
 /// Renders one image of a scene; see RenderScene::Render.
-class PictureRenderer {
+class TROVIK_API PictureRenderer {
 public:
     /// \param jobControl  used by Render, which throws Cancelled; may be null. Borrowed.
     PictureRenderer(const EmbreeScene& scene,

@@ -2,13 +2,14 @@
 #pragma once
 
 #include "framework/render/Picture.h"
+#include "host/Api.h"
 
 namespace trovik {
 
 /// A camera together with the size of an image: converts pixels to rays and points to pixels. Pixel
 /// coordinates start at the upper left corner of the image and increase to the right and downwards;
 /// integer coordinates are between pixels.
-class PictureView {
+class TROVIK_API PictureView {
 public:
     /// \throw HostError for a camera without a direction, or with values that are not finite.
     PictureView(const PictureCamera& camera, int width, int height);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/render/Picture.h"
+#include "host/Api.h"
 
 #include <cstdint>
 #include <vector>
@@ -9,7 +10,7 @@
 namespace trovik {
 
 /// Returns the memory of the ray tracing structures of a mesh, without the mesh.
-uint64_t RenderBytes(uint64_t vertices, uint64_t faces);
+TROVIK_API uint64_t RenderBytes(uint64_t vertices, uint64_t faces);
 
 /// Called before the ray tracing structures of the meshes are built. Checks that there is enough
 /// memory, and limits the threads of the ray tracing library to those that the system grants

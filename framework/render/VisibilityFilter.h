@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "host/Api.h"
 #include "host/Vector.h"
 
 #include <vector>
@@ -44,10 +45,10 @@ inline constexpr int filterReach = 16;
 /// Uses all threads; results do not depend on their number.
 /// \throw Cancelled.
 /// \param guides, values  row by row, `width` * `height` of each.
-void FilterVisibility(int width,
-                      int height,
-                      const std::vector<PixelGuide>& guides,
-                      std::vector<PixelVisibility>& values,
-                      JobControl* job = nullptr);
+TROVIK_API void FilterVisibility(int width,
+                                 int height,
+                                 const std::vector<PixelGuide>& guides,
+                                 std::vector<PixelVisibility>& values,
+                                 JobControl* job = nullptr);
 
 }  // namespace trovik

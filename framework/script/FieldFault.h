@@ -3,6 +3,7 @@
 
 #include "framework/errors/HostError.h"
 #include "framework/script/FieldReader.h"
+#include "host/Api.h"
 
 #include <string>
 
@@ -10,7 +11,7 @@ namespace trovik {
 
 /// A parameter that a command does not accept. CommandRunner turns it into a HostError that names
 /// the script, the JSON pointer of the parameter and the reason.
-class FieldFault : public HostError {
+class TROVIK_API FieldFault : public HostError {
 public:
     /// \param relative  JSON pointer within the command's parameters, such as "/stamp/path"; empty
     /// for the parameters as a whole.

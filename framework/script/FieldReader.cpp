@@ -36,12 +36,6 @@ int FieldReader::Integer() const {
     return static_cast<int>(number);
 }
 
-float FieldReader::NumberOr(const char* key, float otherwise) const {
-    return Has(key) ? At(key).Number() : otherwise;
-}
-int FieldReader::IntegerOr(const char* key, int otherwise) const {
-    return Has(key) ? At(key).Integer() : otherwise;
-}
 bool FieldReader::FlagOr(const char* key, bool otherwise) const {
     return Has(key) ? At(key).Flag() : otherwise;
 }

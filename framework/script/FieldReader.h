@@ -11,7 +11,7 @@ namespace trovik {
 
 /// A value of a script with its place in it, for messages. The schema has settled names and types;
 /// this settles what a schema cannot say.
-class FieldReader {
+class TROVIK_API FieldReader {
 public:
     FieldReader(const nlohmann::json& value, std::string file, std::string pointer);
 
@@ -31,8 +31,6 @@ public:
     bool Flag() const { return value.get<bool>(); }
     std::string Text() const { return value.get<std::string>(); }
 
-    float NumberOr(const char* key, float otherwise) const;
-    int IntegerOr(const char* key, int otherwise) const;
     bool FlagOr(const char* key, bool otherwise) const;
     std::string TextOr(const char* key, const std::string& otherwise) const;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/json/JsonFault.h"
+#include "host/Api.h"
 
 #include <nlohmann/json.hpp>
 
@@ -19,12 +20,13 @@ TROVIK_API const char* PenStreamSchema();
 /// \param faults  receives the faults that leave the text readable, at most 1000 of them besides
 /// repeated fields; if null, the first one is an error.
 /// \throw HostError of one line: file, place (line, or JSON pointer), reason.
-nlohmann::json ReadStrokeScript(const std::string& path, std::vector<JsonFault>* faults = nullptr);
+TROVIK_API nlohmann::json ReadStrokeScript(const std::string& path,
+                                           std::vector<JsonFault>* faults = nullptr);
 
 /// The same for a script in memory; `name` stands for the file in messages.
-nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);
+TROVIK_API nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);
 
 /// Checks one step without comments. \throw HostError with the pointer within the step.
-void CheckStep(const nlohmann::json& step, const std::string& name);
+TROVIK_API void CheckStep(const nlohmann::json& step, const std::string& name);
 
 }  // namespace trovik

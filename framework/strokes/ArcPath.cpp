@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/ArcPath.h"
 
-#include "framework/strokes/PathResampler.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -153,13 +151,6 @@ PathSample ArcPath::During(const Rest& rest, double time) const {
     const PathSample& to = knots[i];
     if (!(to.time > from.time)) return to;
     return Mixed(from, to, std::clamp((time - from.time) / (to.time - from.time), 0.0, 1.0));
-}
-
-std::vector<PathSample> ArcPath::Resampled(double step,
-                                           const std::function<Vector(double at)>& place) const {
-    std::vector<PathSample> samples;
-    PathResampler(*this, step).Take(place, true, samples);
-    return samples;
 }
 
 }  // namespace trovik

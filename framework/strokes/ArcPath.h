@@ -61,12 +61,6 @@ public:
     const std::vector<PathSample>& Guides() const { return guides; }
     const std::vector<double>& GuidesReached() const { return guidesReached; }
 
-    /// A path with samples at every multiple of `step`, at corners, at both sides of rests and at
-    /// the end; everything but the places is this path's. See PathResampler.
-    /// \param place  where the sample of a length lies.
-    std::vector<PathSample> Resampled(double step,
-                                      const std::function<Vector(double at)>& place) const;
-
 private:
     std::vector<PathSample> knots;
     std::vector<double> reached;

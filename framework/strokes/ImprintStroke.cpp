@@ -79,18 +79,4 @@ void ImprintStroke::Lay(const Copy& copy, float pressure) {
     if (options.progress) options.progress();
 }
 
-unsigned ImprintAlong(StrokeLoop& loop,
-                      LevelGeometry& geometry,
-                      const PatchTree& tree,
-                      const StrokeView* view,
-                      DrawMode mode,
-                      const std::vector<PathSample>& samples,
-                      const PathOptions& options) {
-    ImprintStroke imprint(loop, geometry, tree, view, mode, options);
-    if (samples.empty()) return 0;
-    imprint.Start(samples.front().place);
-    imprint.Drag(samples.back());
-    return imprint.Count();
-}
-
 }  // namespace trovik

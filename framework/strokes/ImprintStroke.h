@@ -63,14 +63,4 @@ private:
     unsigned count = 0;
 };
 
-/// The first sample is the press and the last one the release. Since the way between leaves
-/// nothing, only the copy that stays is laid. \return the number of main dabs made, 0 or 1.
-TROVIK_API unsigned ImprintAlong(StrokeLoop& loop,
-                                 LevelGeometry& geometry,
-                                 const PatchTree& tree,
-                                 const StrokeView* view,
-                                 DrawMode mode,
-                                 const std::vector<PathSample>& samples,
-                                 const PathOptions& options);
-
 }  // namespace trovik

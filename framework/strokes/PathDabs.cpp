@@ -221,20 +221,6 @@ float PathDabs::SizeOf(const Vector& place, const PathSample& sample) {
     return RadiusAt(place) * std::max(share, smallestDab);
 }
 
-unsigned StrokeAlongPath(StrokeLoop& loop,
-                         LevelGeometry& geometry,
-                         const PatchTree& tree,
-                         const StrokeView& view,
-                         PathSpace space,
-                         const std::vector<PathSample>& samples,
-                         const PathOptions& options,
-                         const DabDynamics& dynamics) {
-    PathDabs dabs(loop, geometry, tree, view, space, options, dynamics);
-    for (const PathSample& sample : samples) dabs.Add(sample);
-    dabs.Finish();
-    return dabs.Count();
-}
-
 float WorldLength(const StrokeView& view, float pixels, const Vector& place) {
     const Vector forward = (view.target - view.eye).Normalized();
     const float depth = (place - view.eye) | forward;

@@ -98,17 +98,6 @@ private:
     unsigned count = 0;
 };
 
-/// A whole path by PathDabs. \return the number of main dabs. \throw HostError for a path that is
-/// too long, before the first dab.
-TROVIK_API unsigned StrokeAlongPath(StrokeLoop& loop,
-                                    LevelGeometry& geometry,
-                                    const PatchTree& tree,
-                                    const StrokeView& view,
-                                    PathSpace space,
-                                    const std::vector<PathSample>& samples,
-                                    const PathOptions& options,
-                                    const DabDynamics& dynamics);
-
 /// World units of a length on the viewport at a place's depth.
 TROVIK_API float WorldLength(const StrokeView& view, float pixels, const Vector& place);
 

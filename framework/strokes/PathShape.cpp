@@ -317,11 +317,6 @@ std::vector<PathSample> Shaped(std::vector<PathSample> samples,
     return samples;
 }
 
-std::vector<PathSample> Smoothed(const std::vector<PathSample>& samples, float length, bool timed) {
-    if (!(length > 0.0f)) return samples;
-    return Smoothing(length, timed).Whole(samples);
-}
-
 std::vector<PathSample> Straightened(const std::vector<PathSample>& samples) {
     const ArcPath path(samples, true);
     if (path.IsEmpty() || path.Length() == 0.0) return samples;
@@ -335,14 +330,6 @@ std::vector<PathSample> Straightened(const std::vector<PathSample>& samples) {
 
 std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples) {
     return Curve().Whole(samples);
-}
-
-std::vector<PathSample> Snapped(const std::vector<PathSample>& samples,
-                                const std::vector<Vector>& curve,
-                                float distance,
-                                bool timed) {
-    if (curve.empty() || !(distance > 0.0f)) return samples;
-    return Snapping(curve, distance, timed).Whole(samples);
 }
 
 }  // namespace trovik

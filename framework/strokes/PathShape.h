@@ -35,21 +35,6 @@ TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
 
-/// Each place becomes the mean of the places on `length` of the way around it; toward the ends of
-/// as much as there is on both sides, so that the path begins and ends where it did. A straight way
-/// stays as it is. Pressure, tilt and time stay at their length of the way.
-TROVIK_API std::vector<PathSample> Smoothed(const std::vector<PathSample>& samples,
-                                            float length,
-                                            bool timed = false);
-
-/// The way of a weight on a string of this length, of which the pen holds the other end: it stays
-/// while the string is slack and then moves straight toward the pen. It begins where the pen does
-/// and ends where it is when the pen is lifted, up to a string's length behind. The exact curve of
-/// pursuit, whatever the number of samples.
-TROVIK_API std::vector<PathSample> OnString(const std::vector<PathSample>& samples,
-                                            float length,
-                                            bool timed = false);
-
 /// The straight line from the first place to the last. Pressure, tilt and time are those at the
 /// same share of the way.
 TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& samples);
@@ -58,13 +43,5 @@ TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& s
 /// no loops between neighbours, and is a straight line through places on one. Pressure, tilt and
 /// time run evenly from sample to sample. Places that repeat count once.
 TROVIK_API std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples);
-
-/// Each place within `distance` of the polyline `curve` moves to the nearest one on it, the first
-/// of several; others stay. Where the pen comes near or leaves, the path goes straight between
-/// both.
-TROVIK_API std::vector<PathSample> Snapped(const std::vector<PathSample>& samples,
-                                           const std::vector<Vector>& curve,
-                                           float distance,
-                                           bool timed = false);
 
 }  // namespace trovik

@@ -3,6 +3,7 @@
 
 #include "framework/strokes/PathShape.h"
 #include "framework/strokes/PathSteps.h"
+#include "host/Api.h"
 
 #include <functional>
 #include <memory>
@@ -12,7 +13,7 @@ namespace trovik {
 
 /// One thing that is done to a path while it is drawn: samples go in one by one, and those come out
 /// that no later one can change. What comes out in all does not depend on when it is asked for.
-class PathStage {
+class TROVIK_API PathStage {
 public:
     virtual ~PathStage() = default;
     /// Takes a sample in, and appends what is certain by it.
@@ -30,24 +31,35 @@ public:
 };
 
 /// See Straightened. Everything waits for the end.
-std::unique_ptr<PathStage> LineStage();
+TROVIK_API std::unique_ptr<PathStage> LineStage();
 /// See CurveThrough. The way to a sample waits for the next one at another place.
 /// Adding throws HostError when the curve is cut into more than maxPathSteps chords.
-std::unique_ptr<PathStage> CurveStage();
-/// See Snapped; the distance must be above 0. Nothing waits. For this and the next two stages:
-/// `poll` is called now and then during long work, and what it throws passes through; adding throws
-/// HostError for a path that takes more than maxPathSteps, of a 16th of the length each.
-std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
-                                     float distance,
-                                     bool timed,
-                                     const StepPoll& poll = StepPoll());
-/// See Smoothed; the length must be above 0. A place waits until the pen is half the length farther
-/// on its way, also where the pen rests.
-std::unique_ptr<PathStage> SmoothingStage(float length,
-                                          bool timed,
-                                          const StepPoll& poll = StepPoll());
-/// See OnString; the length must be above 0. Nothing waits.
-std::unique_ptr<PathStage> StringStage(float length, bool timed, const StepPoll& poll = StepPoll());
+TROVIK_API std::unique_ptr<PathStage> CurveStage();
+/// Each position within `distance` (above 0) of the polyline `curve` moves to the nearest one on
+/// it, the first of several; others stay. Where the pen comes near or leaves, the path goes
+/// straight between both. Nothing waits.
+///
+/// For this and the next two stages: `poll` is called now and then during long work, and what it
+/// throws passes through; adding throws HostError for a path that takes more than maxPathSteps, of
+/// a 16th of the length each. \param timed  times count, see ArcPath.
+TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
+                                                float distance,
+                                                bool timed,
+                                                const StepPoll& poll = StepPoll());
+/// Each position becomes the mean of the positions on `length` (above 0) of the way around it;
+/// toward the ends of as much as there is on both sides, so that the path begins and ends where it
+/// did. A straight way stays as it is. Pressure, tilt and time stay at their length of the way. A
+/// position waits until the pen is half the length farther on its way, also where the pen rests.
+TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
+                                                     bool timed,
+                                                     const StepPoll& poll = StepPoll());
+/// The path of a weight on a string of this length (above 0), of which the pen holds the other end:
+/// it stays while the string is slack and then moves straight toward the pen. It begins where the
+/// pen does and ends where it is when the pen is lifted, up to a string's length behind. The exact
+/// curve of pursuit, whatever the number of samples. Nothing waits.
+TROVIK_API std::unique_ptr<PathStage> StringStage(float length,
+                                                  bool timed,
+                                                  const StepPoll& poll = StepPoll());
 
 /// A path as a shape wants it while it is drawn: the stages of Shaped one behind the other, each
 /// with what it waits for. Without any, samples go through as they are.

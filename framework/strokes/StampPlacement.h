@@ -49,8 +49,6 @@ public:
     const Vector& Right() const { return right; }
     const Vector& Up() const { return up; }
     const Vector& Out() const { return out; }
-    float Radius() const { return radius; }
-    bool IsProjected() const { return projected; }
 
     /// The matrix of a mirrored dab: the pixel of a place is that of the place whose mirror image
     /// it is. For mirrors over the mesh's planes the same bits but for signs.

@@ -30,7 +30,7 @@ enum class StampPositioning : int {
 /// IsOrientedToSurface lays the stamp flat on the surface; otherwise it is projected from the
 /// scene's active camera. Random numbers come from the seed alone, in an order that hangs on
 /// nothing but the dabs before.
-class StampStroke {
+class TROVIK_API StampStroke {
 public:
     /// Borrows all until the next Begin.
     void Begin(const BrushOperation& brush,

@@ -138,9 +138,4 @@ std::unique_ptr<PathStage> StringStage(float length, bool timed, const StepPoll&
     return std::make_unique<Steady>(length, timed, poll);
 }
 
-std::vector<PathSample> OnString(const std::vector<PathSample>& samples, float length, bool timed) {
-    if (!(length > 0.0f)) return samples;
-    return Steady(length, timed).Whole(samples);
-}
-
 }  // namespace trovik

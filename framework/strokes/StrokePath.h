@@ -3,6 +3,7 @@
 
 #include "framework/strokes/PathSample.h"
 #include "framework/strokes/StrokeLoop.h"
+#include "host/Api.h"
 
 #include <functional>
 #include <optional>
@@ -11,7 +12,7 @@
 namespace trovik {
 
 /// A viewport: where it is seen from, and its size in pixels.
-struct StrokeView {
+struct TROVIK_API StrokeView {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
     Vector up{0.0f, 1.0f, 0.0f};

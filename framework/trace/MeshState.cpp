@@ -6,7 +6,7 @@
 #include "framework/layers/SculptLayer.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/nodes/HostKernel.h"
-#include "framework/trace/ContentHash.h"
+#include "framework/trace/ChangeHash.h"
 #include "framework/trace/JsonFields.h"
 #include "framework/trace/NpyFile.h"
 
@@ -74,10 +74,10 @@ public:
                const void* data,
                std::size_t sizeBytes) override {
         const std::string_view content(static_cast<const char*>(data), sizeBytes);
-        hashes[name] = ContentHash(content, ContentHash(NpyHeader(elementType, shape)));
+        hashes[name] = ChangeHash(content, ChangeHash(NpyHeader(elementType, shape)));
     }
     void Text(const std::string& name, const std::string& text) override {
-        hashes[name] = ContentHash(text);
+        hashes[name] = ChangeHash(text);
     }
 
     MeshStateHashes hashes;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/trace/TraceArrays.h"
 
-#include "framework/trace/ContentHash.h"
+#include "framework/trace/ChangeHash.h"
 #include "framework/trace/NpyFile.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ constexpr uint32_t floatDepth = 5;
 /// Stands for a content: stamps are too large to be kept for comparing. Two hashes of different
 /// making and the shape.
 std::string Fingerprint(const std::string& header, std::string_view bytes) {
-    return header + std::to_string(ContentHash(bytes)) + "/" +
+    return header + std::to_string(ChangeHash(bytes)) + "/" +
            std::to_string(std::hash<std::string_view>()(bytes));
 }
 

@@ -58,8 +58,6 @@ public:
     /// host has changed since, if anything; where no stroke has begun `before` too. \throw
     /// HostError.
     void WriteAfter(BrushOperation& brush);
-    /// Lines of ApplyDab so far.
-    unsigned DabCount() const { return dabCount; }
 
 private:
     void WalkEnded(const LevelMesh& level, const std::vector<FaceVisit>& visits) override;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/ArcPath.h"
+#include "framework/strokes/PathResampler.h"
 
 #include <gtest/gtest.h>
 
@@ -78,7 +79,8 @@ TEST(ArcPath, KnowsItsCornersAndRests) {
 TEST(ArcPath, ResamplingKeepsCornersRestsAndTheEnd) {
     const ArcPath path(
         {At(0, 0, 1, 0), At(2.5f, 0, 1, 1), At(2.5f, 0, 1, 3), At(2.5f, 1.25f, 1, 4)}, true);
-    const auto samples = path.Resampled(1.0, [&](double at) { return path.At(at).place; });
+    std::vector<PathSample> samples;
+    PathResampler(path, 1.0).Take([&](double at) { return path.At(at).place; }, true, samples);
     const std::vector<Vector> places{{0, 0, 0},
                                      {1, 0, 0},
                                      {2, 0, 0},

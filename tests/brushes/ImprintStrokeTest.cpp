@@ -115,9 +115,10 @@ TEST_F(ImprintPlacing, AWholeDragAtOnceLaysTheLastCopyAlone) {
         brush.dabs.clear();
         const PathOptions options = bench.Options(0.5f, 0.25f);
         bench.loop.Begin(BrushOperation::ModifierNone);
-        EXPECT_EQ(
-            ImprintAlong(bench.loop, bench.geometry, bench.tree, nullptr, mode, samples, options),
-            1u);
+        ImprintStroke imprint(bench.loop, bench.geometry, bench.tree, nullptr, mode, options);
+        imprint.Start(samples.front().place);
+        imprint.Drag(samples.back());
+        EXPECT_EQ(imprint.Count(), 1u);
         bench.loop.End();
         ASSERT_EQ(brush.dabs.size(), 1u);
         EXPECT_EQ(brush.dabs[0].position, last.position);

@@ -28,8 +28,9 @@ std::vector<RecordingBrush::Dab> PathBench::Run(PathSpace space,
     brush.dabs.clear();
     const PathOptions options = bench.Options(radius, spacing);
     bench.loop.Begin(BrushOperation::ModifierNone, seed);
-    StrokeAlongPath(
-        bench.loop, bench.geometry, bench.tree, view, space, samples, options, dynamics);
+    PathDabs dabs(bench.loop, bench.geometry, bench.tree, view, space, options, dynamics);
+    for (const PathSample& sample : samples) dabs.Add(sample);
+    dabs.Finish();
     bench.loop.End();
     return brush.dabs;
 }

@@ -32,6 +32,29 @@ float Apart(const std::vector<PathSample>& a, const std::vector<PathSample>& b) 
     return apart;
 }
 
+std::vector<PathSample> Smoothed(const std::vector<PathSample>& samples, float length) {
+    PathShape shape;
+    shape.smoothing = length;
+    return Shaped(samples, shape);
+}
+
+std::vector<PathSample> OnString(const std::vector<PathSample>& samples,
+                                 float length,
+                                 bool timed = false) {
+    PathShape shape;
+    shape.steady = length;
+    return Shaped(samples, shape, timed);
+}
+
+std::vector<PathSample> Snapped(const std::vector<PathSample>& samples,
+                                const std::vector<Vector>& curve,
+                                float distance) {
+    PathShape shape;
+    shape.snapTo = curve;
+    shape.snapDistance = distance;
+    return Shaped(samples, shape);
+}
+
 TEST(SmoothedPath, AStraightWayStaysAndKeepsItsPressure) {
     const auto path = Smoothed({Sample(10, 20, 0.0f), Sample(110, 20, 1.0f)}, 30.0f);
     ASSERT_GT(path.size(), 40u);

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/Falloff.h"
-#include "framework/errors/HostError.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <limits>
 
 namespace trovik {
 namespace {
@@ -56,34 +52,6 @@ TEST(Falloff, CurvesHaveTheirValuesHalfWay) {
 TEST(Falloff, AnUnknownIndexIsSmooth) {
     EXPECT_EQ(CurveOf(99), CurveOf(smoothFalloffIndex));
     EXPECT_EQ(CurveOf(-7), CurveOf(smoothFalloffIndex));
-}
-
-TEST(Falloff, ACurveJoinsItsPointsByStraightLines) {
-    const std::vector<float> curve = FalloffFromCurve({{0.0f, 1.0f}, {0.2f, 0.5f}, {0.6f, 0.0f}});
-    ASSERT_EQ(curve.size(), 256u);
-    EXPECT_EQ(curve[0], 1.0f);
-    EXPECT_NEAR(curve[51], 0.5f, 1e-6f);
-    EXPECT_NEAR(curve[102], 0.25f, 1e-6f);
-    EXPECT_EQ(curve[200], 0.0f);
-    EXPECT_EQ(curve[255], 0.0f);
-    EXPECT_EQ(FalloffFromCurve({{0.5f, 0.7f}})[0], 0.7f);
-}
-
-TEST(Falloff, ACurveThatIsNoneNamesItsPoint) {
-    const auto reasonOf = [](const std::vector<FalloffPoint>& points) -> std::string {
-        try {
-            FalloffFromCurve(points);
-        } catch (const HostError& error) {
-            return error.what();
-        }
-        return "";
-    };
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_EQ(reasonOf({}), "falloff curve: it has no points");
-    EXPECT_THAT(reasonOf({{0.0f, 1.0f}, {1.5f, 0.0f}}), testing::HasSubstr("point 1"));
-    EXPECT_THAT(reasonOf({{0.0f, 1.0f}, {0.5f, nan}}), testing::HasSubstr("point 1"));
-    EXPECT_THAT(reasonOf({{nan, 1.0f}}), testing::HasSubstr("point 0"));
-    EXPECT_THAT(reasonOf({{0.5f, 1.0f}, {0.5f, 0.0f}}), testing::HasSubstr("point 1"));
 }
 
 }  // namespace

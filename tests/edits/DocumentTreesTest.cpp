@@ -121,5 +121,42 @@ TEST_F(DocumentTrees, EveryObserverReceivesTheReportsUntilItIsRemoved) {
     EXPECT_EQ(first.Difference(), "");
 }
 
+/// Compares the box of the pick tree with the vertices, whenever the level of the tree is reported.
+class BoxChecker final : public DocumentObserver {
+public:
+    explicit BoxChecker(Document& observed) : document(observed) {}
+
+    void SurfaceChanged(const SurfaceChange& change) override {
+        const LevelMesh* level = document.Geometry().Level(change.level);
+        if ((change.what & SurfaceChange::Positions) == 0 || document.Tree().Level() != level)
+            return;
+        ++checks;
+        float top = -1e30f;
+        for (uint32_t v = 0; v < level->VertexCount(); ++v)
+            top = std::max(top, level->Position(v).z);
+        EXPECT_EQ(document.Tree().Bounds().maxZ, top) << "after " << checks << " checks";
+    }
+
+    int checks = 0;
+
+private:
+    Document& document;
+};
+
+TEST_F(DocumentTrees, ATreeThatIsBuiltLaterFollowsBeforeTheObserversOfTheDocument) {
+    BoxChecker checker(document);
+    document.AddObserver(checker);
+    // Its tree is built here, after the document has begun to observe the geometry.
+    document.BindLevel(2);
+    for (int i = 0; i < 3; ++i) Stroke({1.0f + static_cast<float>(i), 4.0f, 0.0f}, 1.5f);
+    const int ofStrokes = checker.checks;
+    EXPECT_GE(ofStrokes, 3);
+    EXPECT_GT(document.Tree().Bounds().maxZ, 0.0f);
+    for (int i = 0; i < 3; ++i) document.Undo();
+    EXPECT_GE(checker.checks, ofStrokes + 3);
+    EXPECT_EQ(document.Tree().Bounds().maxZ, 0.0f);
+    document.RemoveObserver(checker);
+}
+
 }  // namespace
 }  // namespace trovik::test

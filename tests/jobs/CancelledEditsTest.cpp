@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Operations on levels, cancelled at reports that are drawn: every bit of the document is as it
-/// was, and the operation gives the same bits when it is run again.
+/// Changes of the sculpture, cancelled at reports that are drawn: every bit of the document is as
+/// it was, and the operation gives the same bits when it is run again.
+#include "framework/baking/MapDisplacement.h"
+#include "framework/images/ImageFile.h"
 #include "framework/mesh/MeshSource.h"
 #include "framework/multires/LevelSource.h"
 #include "tests/baking/BakedMeshes.h"
@@ -150,6 +152,116 @@ TEST(CancelledEdits, Unsubdivide) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         Refined, [](Document& document, JobControl* job) { document.Unsubdivide(job); }, 3000, 17);
+}
+
+TEST(CancelledEdits, UnsubdivideTwice) {
+    const QuickDisk disk;
+    ExpectCancelChangesNothing(
+        [] {
+            auto document = Refined();
+            // Renumbering drops the brush's table of patches, which undo does not restore.
+            document->Unsubdivide();
+            document->Undo();
+            return document;
+        },
+        [](Document& document, JobControl* job) { document.Unsubdivide(job, 2); },
+        4000,
+        18,
+        2,
+        Reports::Undone);
+}
+
+TEST(CancelledEdits, SubdivideTwice) {
+    const QuickDisk disk;
+    ExpectCancelChangesNothing(
+        AtLevel1,
+        [](Document& document, JobControl* job) {
+            document.Subdivide(LevelGeometry::unlimitedBytes, job, 2);
+        },
+        6000,
+        19,
+        2,
+        Reports::Undone);
+}
+
+TEST(CancelledEdits, StepsThatCanBeRedoneSurviveACancelledSubdivision) {
+    const QuickDisk disk;
+    const auto document = AtLevel1();
+    document->Undo();
+    document->Undo();
+    const std::size_t steps = document->Geometry().History().StepCount();
+    TestJob whole;
+    document->Subdivide(LevelGeometry::unlimitedBytes, &whole, 2);
+    for (int i = 0; i < 2; ++i) document->Undo();
+    const auto again = AtLevel1();
+    again->Undo();
+    again->Undo();
+    TestJob job(whole.reports - 1);
+    EXPECT_THROW(again->Subdivide(LevelGeometry::unlimitedBytes, &job, 2), Cancelled);
+    EXPECT_EQ(again->Geometry().History().StepCount(), steps);
+    EXPECT_TRUE(again->Redo());
+    EXPECT_TRUE(again->Redo());
+    EXPECT_TRUE(BytesOf(*again) == BytesOf(*AtLevel1()));
+}
+
+TEST(CancelledEdits, Reset) {
+    const QuickDisk disk;
+    ExpectCancelChangesNothing(
+        AtLevel3,
+        [](Document& document, JobControl* job) {
+            document.Reset(3, LevelGeometry::unlimitedBytes, job);
+        },
+        1500,
+        20,
+        0);
+}
+
+TEST(CancelledEdits, Displace) {
+    const QuickDisk disk;
+    const TemporaryFolder folder;
+    FloatImage map;
+    map.width = map.height = 2;
+    map.channels = 1;
+    map.pixels = {0.25f, 0.5f, 0.75f, 1.0f};
+    DisplacementOptions options;
+    options.path = folder.Path("map.exr");
+    WriteFloatImageFile(options.path, map);
+    ExpectCancelChangesNothing(
+        AtLevel3,
+        [&](Document& document, JobControl* job) { document.Displace(options, job); },
+        1000,
+        31);
+}
+
+TEST(CancelledEdits, TopologicalMirror) {
+    const QuickDisk disk;
+    ExpectCancelChangesNothing(
+        [] {
+            auto document = AtLevel1();
+            document->SetMirrors({});
+            return document;
+        },
+        [](Document& document, JobControl* job) { document.SetTopologicalMirror(job); },
+        30,
+        32,
+        0);
+}
+
+TEST(CancelledEdits, MakeSymmetric) {
+    const QuickDisk disk;
+    ExpectCancelChangesNothing(
+        [] {
+            auto document = AtLevel3();
+            document->AddLayer("rough");
+            Roughen(*document->Geometry().Bound(), 0.02f, 8);
+            document->RefreshSurface();
+            return document;
+        },
+        [](Document& document, JobControl* job) {
+            document.MakeSymmetric(0, SymmetrySide::Positive, job);
+        },
+        1500,
+        33);
 }
 
 }  // namespace

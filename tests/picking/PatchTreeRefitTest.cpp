@@ -104,27 +104,6 @@ TEST(PatchTreeRefit, CostDoesNotGrowWithTheMesh) {
     EXPECT_LE(costs[1], costs[0] + 3u * 6u);
 }
 
-TEST(PatchTreeRefit, VerticesReachAllTheirFaces) {
-    for (const ZooMesh& zoo : AllMeshes()) {
-        SCOPED_TRACE(zoo.name);
-        LevelGeometry geometry(zoo.mesh);
-        for (int i = 0; i < 3; ++i) {
-            LevelMesh& mesh = *geometry.Bound();
-            PatchTree tree(&mesh);
-            std::mt19937 random(4);
-            std::vector<uint32_t> moved;
-            for (int k = 0; k < 3; ++k) {
-                const uint32_t v = static_cast<uint32_t>(random()) % mesh.VertexCount();
-                mesh.SetPosition(v, mesh.Position(v) + Vector(0.5f, -0.75f, 1.5f));
-                moved.push_back(v);
-            }
-            tree.RefitVertices(moved);
-            ExpectTrue(tree, mesh, 50);
-            geometry.Subdivide();
-        }
-    }
-}
-
 TEST(PatchTreeRefit, RefitAllTakesInWhatNobodyTold) {
     LevelGeometry geometry(Torus(8, 6));
     geometry.Subdivide();

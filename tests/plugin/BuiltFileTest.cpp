@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -95,6 +96,43 @@ TEST(BuiltFile, HostLibraryExportsItsErrorType) {
         exported.push_back(SymbolName(line));
     }
     EXPECT_THAT(exported, Contains("_ZTIN6trovik9HostErrorE"));
+}
+
+/// Whether a mangled name is of namespace trovik: a function or variable in it, or the virtual
+/// table or type information of one of its classes.
+bool IsOfTrovik(const std::string& name) {
+    static const std::regex pattern("_Z(T[VITSCWH]|GV|T[hv][n0-9_]*_|)Z*N?[KVRO]*6trovik.*");
+    return std::regex_match(name, pattern);
+}
+
+/// Lines of `nm` for what the host library exports with external linkage; templates and inline
+/// functions, which every module may have a copy of, are weak.
+std::vector<std::string> StrongExports() {
+    std::vector<std::string> strong;
+    for (const std::string& line :
+         LinesOf(TROVIK_NM " -D --defined-only " + Quoted(TROVIK_FRAMEWORK_FILE))) {
+        const std::size_t type = line.find(' ') + 1;
+        if (std::string("WVu").find(line[type]) == std::string::npos &&
+            !IsOfToolchain(SymbolName(line)))
+            strong.push_back(line);
+    }
+    return strong;
+}
+
+TEST(BuiltFile, HostLibraryExportsNamesOfTrovikOnly) {
+    std::vector<std::string> others;
+    const std::vector<std::string> strong = StrongExports();
+    for (const std::string& line : strong)
+        if (!IsOfTrovik(SymbolName(line))) others.push_back(line);
+    EXPECT_GT(strong.size(), 500u);
+    EXPECT_THAT(others, IsEmpty());
+}
+
+// None of these is marked; one of them in the list shows that everything is exported again.
+TEST(BuiltFile, HostLibraryKeepsWhatIsNotMarked) {
+    for (const std::string& line : StrongExports())
+        for (const char* unmarked : {"12LevelRefiner", "11GltfBuffers", "8UsdNames"})
+            EXPECT_EQ(line.find(unmarked), std::string::npos) << line;
 }
 
 TEST(BuiltFile, ModuleNeedsHostLibraryAndDetailBrush) {

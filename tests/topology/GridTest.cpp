@@ -85,17 +85,6 @@ TEST_F(FlatPatches, OpenBorderStepIsNoOp) {
     }
 }
 
-TEST_F(FlatPatches, HopsKeepTheCoordinates) {
-    GridFace cursor(mesh, middle, 0, 1, 2, 0);
-    cursor.Hop(1);
-    EXPECT_EQ(cursor.patch, 5u);
-    EXPECT_EQ(cursor.x, 1u);
-    EXPECT_EQ(cursor.y, 2u);
-    cursor.HopLeft();
-    EXPECT_EQ(cursor.patch, middle);
-    EXPECT_EQ(cursor.rotation, 0u);
-}
-
 TEST(Grid, LevelZeroMakesEveryStepCrossAPatch) {
     StrokeBench bench(FlatGrid(5));
     GridFace cursor(&bench.Mesh(), 12, 0, 0, 0, 0);

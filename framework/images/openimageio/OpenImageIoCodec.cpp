@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/Cancelled.h"
 #include "framework/images/ImageCodec.h"
 #include "framework/images/ImageLimits.h"
 #include "framework/images/SampleValue.h"
 #include "framework/io/FilePath.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/modules/ModuleEntry.h"
 
 #include <OpenImageIO/filesystem.h>
@@ -91,12 +93,39 @@ OIIO::TypeDesc LibraryType(SampleType type) {
     return OIIO::TypeFloat;
 }
 
+/// Reports the rows that the library has encoded. It calls between blocks of rows.
+class EncodingProgress {
+public:
+    EncodingProgress(JobControl* job, std::uint32_t imageRows)
+        : phase(job, "Encoding the image", imageRows, 1), rows(imageRows) {}
+
+    /// For OIIO::ImageOutput::write_image. \return true to end it.
+    static bool Call(void* progress, float portion) {
+        auto& self = *static_cast<EncodingProgress*>(progress);
+        // Nothing is thrown through the library.
+        try {
+            self.phase.Reach(static_cast<std::uint64_t>(portion * static_cast<float>(self.rows)));
+        } catch (const Cancelled&) {
+            self.isCancelled = true;
+        }
+        return self.isCancelled;
+    }
+    bool IsCancelled() const { return isCancelled; }
+    void Finish() { phase.Finish(); }
+
+private:
+    JobPhase phase;
+    std::uint32_t rows;
+    bool isCancelled = false;
+};
+
 class OpenImageIoCodec final : public ImageCodec {
 public:
     FloatImage Read(const std::string& path, std::size_t maxBytes) const override;
     std::string ReadDescription(const std::string& path) const override;
     std::vector<unsigned char> Encode(const std::string& path,
-                                      const EncodedImage& image) const override;
+                                      const EncodedImage& image,
+                                      JobControl* job) const override;
 };
 
 FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes) const {
@@ -153,7 +182,8 @@ FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes)
 }
 
 std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
-                                                    const EncodedImage& image) const {
+                                                    const EncodedImage& image,
+                                                    JobControl* job) const {
     const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(path);
     if (!output) {
         OIIO::geterror();
@@ -175,14 +205,28 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
     if (!output->supports("ioproxy") || !output->set_ioproxy(&memory)) {
         ThrowImageError("write", path, "this format cannot be written to memory");
     }
-    const bool done =
-        output->open(path, spec) && output->write_image(type, image.samples) && output->close();
+    EncodingProgress progress(job, image.height);
+    const bool done = output->open(path, spec) &&
+                      output->write_image(type,
+                                          image.samples,
+                                          OIIO::AutoStride,
+                                          OIIO::AutoStride,
+                                          OIIO::AutoStride,
+                                          EncodingProgress::Call,
+                                          &progress) &&
+                      output->close();
+    if (progress.IsCancelled()) {
+        // It writes to `memory`, which ends before it.
+        output->close();
+        throw Cancelled();
+    }
     if (!done) {
         std::string reason = output->geterror();
         output->close();
         ThrowImageError(
             "write", path, reason.empty() ? "the library reports no reason" : std::move(reason));
     }
+    progress.Finish();
     return bytes;
 }
 

@@ -2,7 +2,6 @@
 
 /// \file
 /// Commands that add, delete and choose levels, and "reset", which rebuilds them.
-#include "framework/errors/Cancelled.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/mesh/BaseLevel.h"
 #include "framework/script/Command.h"
@@ -32,42 +31,26 @@ uint64_t AccountedRoom() {
     return static_cast<uint64_t>(std::max<int64_t>(limit - MemoryAccount::Total(), 0));
 }
 
-/// Calls `step`, which makes one undo step, `count` times. When it is cancelled, undoes those that
-/// are done.
-template <typename Step>
-void RepeatOrUndo(Document& document, int count, const Step& step) {
-    int done = 0;
-    try {
-        for (; done < count; ++done) step();
-    } catch (const Cancelled&) {
-        while (done-- > 0) document.Undo();
-        throw;
-    }
+/// To be called before the first level is added.
+void ReportTriangles(CommandContext& context) {
+    bool& noteGiven = context.Kept<TriangleNote>().isGiven;
+    if (noteGiven) return;
+    noteGiven = true;
+    const std::string note = RefinementNote(context.document.Imported());
+    if (!note.empty()) context.ReportNotes(context.document.MeshPath(), {note});
 }
 
 void Subdivide(CommandContext& context, const int& count) {
     if (count <= 0) return;
     Document& document = context.document;
-    bool& noteGiven = context.Kept<TriangleNote>().isGiven;
-    if (document.Geometry().LevelCount() == 1 && !noteGiven) {
-        noteGiven = true;
-        const std::string note = RefinementNote(document.Imported());
-        if (!note.empty()) context.ReportNotes(document.MeshPath(), {note});
-    }
+    if (document.Geometry().LevelCount() == 1) ReportTriangles(context);
     const uint64_t budget = std::min(context.subdivideBudget, AccountedRoom());
-    AtField("", [&] {
-        // All of them first, so that a command that cannot be done leaves the mesh as it was.
-        document.Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
-        RepeatOrUndo(document, count, [&] {
-            document.Subdivide(LevelGeometry::unlimitedBytes, context.Job());
-        });
-    });
+    AtField("", [&] { document.Subdivide(budget, context.Job(), static_cast<uint32_t>(count)); });
 }
 
 void Unsubdivide(CommandContext& context, const int& count) {
-    RepeatOrUndo(context.document, count, [&] {
-        AtField("", [&] { context.document.Unsubdivide(context.Job()); });
-    });
+    if (count <= 0) return;
+    AtField("", [&] { context.document.Unsubdivide(context.Job(), static_cast<uint32_t>(count)); });
 }
 
 void DeleteLevels(CommandContext& context, const LevelSide& side) {
@@ -93,9 +76,9 @@ void BindLevel(CommandContext& context, const int& level) {
 
 void Reset(CommandContext& context, const Yes&) {
     const uint32_t levels = context.document.Geometry().LevelCount() - 1;
-    context.document.Reset();
-    Subdivide(context, static_cast<int>(levels));
-    context.document.ClearHistory();
+    if (levels > 0) ReportTriangles(context);
+    const uint64_t budget = std::min(context.subdivideBudget, AccountedRoom());
+    AtField("", [&] { context.document.Reset(levels, budget, context.Job()); });
 }
 
 const CommandRegistration<int> subdivide({.name = "subdivide"}, Subdivide);

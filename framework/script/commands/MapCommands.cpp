@@ -123,7 +123,7 @@ void Displace(CommandContext& context, const DisplaceParameters& parameters) {
     options.strength = parameters.strength.value_or(options.strength);
     options.repeat = parameters.repeat.value_or(options.repeat);
     context.Kept<SurfaceBefore>().Store(context.document);
-    AtField("", [&] { context.document.Displace(options); });
+    AtField("", [&] { context.document.Displace(options, context.Job()); });
 }
 
 void CheckDisplace(CommandContext& context, const DisplaceParameters& parameters) {

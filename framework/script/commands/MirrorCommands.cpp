@@ -58,7 +58,7 @@ std::vector<int> PlanesOf(const std::vector<MirrorAxis>& axes, const std::string
 
 void Mirror(CommandContext& context, const MirrorParameters& parameters) {
     if (std::holds_alternative<MirrorByMesh>(parameters)) {
-        context.document.SetTopologicalMirror();
+        context.document.SetTopologicalMirror(context.Job());
         return;
     }
     MirrorSetting setting;
@@ -87,7 +87,8 @@ struct SymmetrizeParameters {
 void Symmetrize(CommandContext& context, const SymmetrizeParameters& parameters) {
     AtField("", [&] {
         context.document.MakeSymmetric(static_cast<int>(parameters.axis),
-                                       parameters.from.value_or(SymmetrySide::Positive));
+                                       parameters.from.value_or(SymmetrySide::Positive),
+                                       context.Job());
     });
 }
 

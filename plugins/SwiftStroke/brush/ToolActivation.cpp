@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "brush/PlaneClamp.h"
 #include "brush/SwiftStroke.h"
 #include "brush/ToolCatalogue.h"
+#include "host/FalloffIndex.h"
 
 namespace trovik {
 
 namespace {
-
-constexpr float unlimited = 100000000.0f;
 
 bool IsImprint(const BrushConfiguration* tool) {
     return tool != nullptr && tool->ID() == static_cast<uint32_t>(Tool::Imprint);
@@ -78,7 +78,7 @@ void SwiftStroke::ApplySharedDefaults() {
     SetStamp(false, QString::fromLatin1(""));
     StampConfiguration none;
     SetStampConfig(none);
-    SetFalloffIndex(2);
+    SetFalloffIndex(smoothFalloffIndex);
     directionAttribute.SetValue(1, true);
 }
 
@@ -200,7 +200,7 @@ void SwiftStroke::ApplyToolDefaults(Tool tool) {
             SetStrokeSmoothing(false, 0.1125f);
             setBuildUpRate(1.0f);
             SetStamp(true, QString::fromLatin1("Stamps/rubble.tif"));
-            SetFalloffIndex(7);
+            SetFalloffIndex(plateauFalloffIndex);
             strokeFloatA.SetValue(100.0f, true);
             strokeFloatB.SetValue(100.0f, true);
             drawFromCenter.SetValue(true, true);

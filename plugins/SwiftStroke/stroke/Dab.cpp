@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "brush/PlaneClamp.h"
 #include "brush/Registration.h"
 #include "brush/SwiftStroke.h"
 #include "brush/Translation.h"
@@ -12,8 +13,6 @@
 namespace trovik {
 
 namespace {
-
-constexpr float unlimited = 100000000.0f;
 
 constexpr const char* coarseMeshText =
     "The mesh you are trying to sculpt is too coarse<br>\t\t\t\t\tfor the size of your "

@@ -143,9 +143,4 @@ GridFace& GridFace::StepLeft() {
     return *this;
 }
 
-GridFace& GridFace::Hop(uint32_t k) {
-    Cross(k);
-    return *this;
-}
-
 }  // namespace trovik

@@ -56,13 +56,6 @@ public:
     GridFace& StepDown();
     GridFace& StepLeft();
 
-    /// Moves to the next patch across side k of the view; x and y do not change.
-    GridFace& Hop(uint32_t k);
-    GridFace& HopUp() { return Hop(0); }
-    GridFace& HopRight() { return Hop(1); }
-    GridFace& HopDown() { return Hop(2); }
-    GridFace& HopLeft() { return Hop(3); }
-
     uint32_t x = 0;
     uint32_t y = 0;
 

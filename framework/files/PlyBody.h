@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/errors/HostError.h"
+#include "framework/files/PlyHeader.h"
+#include "framework/io/InputFile.h"
+#include "framework/io/NumberText.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+/// \file
+/// The numbers behind the header of a PLY file, in each of its encodings. The classes have the same
+/// members: each number is read as the type that its property has in the file.
+namespace trovik {
+
+/// The row that is being read, for messages.
+struct PlyRow {
+    const PlyElement* element = nullptr;
+    std::uint64_t number = 0;
+};
+
+/// \throw HostError naming file, place and row.
+[[noreturn]] inline void RefuseRow(const InputFile& file,
+                                   const std::string& place,
+                                   const PlyRow& row,
+                                   const std::string& reason) {
+    throw HostError(file.Path() + ", " + place + ": element '" + row.element->name + "', row " +
+                    std::to_string(row.number) + " of " + std::to_string(row.element->count) +
+                    " (counted from 0): " + reason);
+}
+
+/// Numbers in words, separated by white space.
+class PlyTextBody {
+public:
+    PlyTextBody(InputFile& file_, const PlyHeader& header) : file(file_), line(header.lineCount) {}
+
+    float Float(PlyType, const PlyRow& row) {
+        const std::string_view word = Word(row);
+        float value = 0.0f;
+        if (!ParseFloat(word, value)) {
+            RefuseWord(word, "a number", row);
+        }
+        return value;
+    }
+
+    std::int64_t Whole(PlyType, const PlyRow& row) {
+        const std::string_view word = Word(row);
+        std::int64_t value = 0;
+        const char* const end = word.data() + word.size();
+        const auto [used, error] = std::from_chars(word.data(), end, value);
+        if (used != end || error != std::errc()) {
+            RefuseWord(word, "a whole number", row);
+        }
+        return value;
+    }
+
+    void Skip(PlyType, std::uint64_t count, const PlyRow& row) {
+        for (std::uint64_t i = 0; i < count; ++i) {
+            Word(row);
+        }
+    }
+
+    /// Lets a list of so many numbers be read, or throws.
+    void CheckLength(PlyType, std::uint64_t count, const PlyRow& row) {
+        // A digit and a blank each, but for the last of the file.
+        if (count > (rest.size() + file.Remaining() + 1) / 2) {
+            RefuseEnd(row);
+        }
+    }
+
+    std::string Place() const { return "line " + std::to_string(line); }
+
+private:
+    static constexpr std::string_view Blanks = " \t\r\v\f";
+    /// A line may hold the longest face that is read, in numbers of ten digits.
+    static constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
+
+    std::string_view Word(const PlyRow& row) {
+        for (;;) {
+            rest.remove_prefix(std::min(rest.find_first_not_of(Blanks), rest.size()));
+            if (!rest.empty()) {
+                break;
+            }
+            if (!file.NextLine(rest, MaxLineBytes)) {
+                RefuseEnd(row);
+            }
+            ++line;
+        }
+        const std::string_view word = rest.substr(0, rest.find_first_of(Blanks));
+        rest.remove_prefix(word.size());
+        return word;
+    }
+
+    [[noreturn]] void RefuseEnd(const PlyRow& row) const {
+        RefuseRow(file, Place(), row, "the file ends too early");
+    }
+
+    [[noreturn]] void RefuseWord(std::string_view word,
+                                 const char* wanted,
+                                 const PlyRow& row) const {
+        std::string quoted;
+        for (const char letter : word.substr(0, 40)) {
+            quoted += letter >= ' ' && letter <= '~' ? letter : '?';
+        }
+        RefuseRow(file, Place(), row, "'" + quoted + "' is not " + wanted);
+    }
+
+    InputFile& file;
+    std::uint64_t line;
+    std::string_view rest;
+};
+
+/// Numbers as bytes, in either order.
+template <std::endian order>
+class PlyBinaryBody {
+public:
+    PlyBinaryBody(InputFile& file_, const PlyHeader&) : file(file_) {}
+
+    float Float(PlyType type, const PlyRow& row) {
+        return Convert<float>(type, Bytes(SizeOf(type), row));
+    }
+
+    std::int64_t Whole(PlyType type, const PlyRow& row) {
+        return Convert<std::int64_t>(type, Bytes(SizeOf(type), row));
+    }
+
+    void Skip(PlyType type, std::uint64_t count, const PlyRow& row) {
+        // The count has 32 bits at most, so that the product cannot wrap.
+        if (!file.Skip(SizeOf(type) * count)) {
+            RefuseEnd(row);
+        }
+    }
+
+    void CheckLength(PlyType type, std::uint64_t count, const PlyRow& row) {
+        if (count > file.Remaining() / SizeOf(type)) {
+            RefuseEnd(row);
+        }
+    }
+
+    std::string Place() const { return "byte " + std::to_string(file.Position()); }
+
+private:
+    const unsigned char* Bytes(std::size_t size, const PlyRow& row) {
+        const unsigned char* bytes = file.Take(size);
+        if (bytes == nullptr) {
+            RefuseEnd(row);
+        }
+        return bytes;
+    }
+
+    [[noreturn]] void RefuseEnd(const PlyRow& row) const {
+        RefuseRow(file, Place(), row, "the file ends too early");
+    }
+
+    template <class Number>
+    static Number Load(const unsigned char* bytes) {
+        std::array<unsigned char, sizeof(Number)> ordered;
+        std::memcpy(ordered.data(), bytes, sizeof(Number));
+        if constexpr (order != std::endian::native) {
+            std::reverse(ordered.begin(), ordered.end());
+        }
+        return std::bit_cast<Number>(ordered);
+    }
+
+    template <class Result>
+    static Result Convert(PlyType type, const unsigned char* bytes) {
+        switch (type) {
+            case PlyType::Int8:
+                return static_cast<Result>(Load<std::int8_t>(bytes));
+            case PlyType::UInt8:
+                return static_cast<Result>(Load<std::uint8_t>(bytes));
+            case PlyType::Int16:
+                return static_cast<Result>(Load<std::int16_t>(bytes));
+            case PlyType::UInt16:
+                return static_cast<Result>(Load<std::uint16_t>(bytes));
+            case PlyType::Int32:
+                return static_cast<Result>(Load<std::int32_t>(bytes));
+            case PlyType::UInt32:
+                return static_cast<Result>(Load<std::uint32_t>(bytes));
+            // Only what is wanted as floats is read from these types.
+            case PlyType::Float32:
+                return static_cast<Result>(Load<float>(bytes));
+            case PlyType::Float64:
+                return static_cast<Result>(Load<double>(bytes));
+        }
+        return Result{};
+    }
+
+    InputFile& file;
+};
+
+}  // namespace trovik
