@@ -19,7 +19,7 @@ inline uint32_t ReportedPatchLevel(uint32_t level) { return level > 5 ? level - 
 /// Vertices are numbered by the faces that first meet them, so the patch that owns a vertex follows
 /// from its number. Where the patch across a side of an owner is not an owner itself, the vertices
 /// on that side are looked up. Cost: a few nanoseconds for most vertices, if those of a patch
-/// follow each other in the list, and one bit for each vertex between the lowest and the highest.
+/// follow each other in the list.
 TROVIK_API std::vector<uint32_t> PatchesAt(LevelMesh& level,
                                            uint32_t patchLevel,
                                            const std::vector<uint32_t>& vertices);

@@ -10,6 +10,7 @@
 
 namespace trovik {
 
+class IndexSet;
 class JobControl;
 class LevelChange;
 class LevelHierarchy;
@@ -76,7 +77,7 @@ public:
     /// Moves a vertex. An edit from outside the brush: see CountOutsideEdit.
     void SetPosition(uint32_t vertex, const Vector& p) {
         CountOutsideEdit();
-        if (older.KeepsPositions()) NoteOlderPosition(vertex);
+        if (older.MissesPosition(vertex)) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
     /// Counts an edit of positions or normals in the open change, if there is one. Code that writes
@@ -93,9 +94,10 @@ public:
     }
     /// The first corner of `face` that is `vertex`, or -1.
     int CornerOf(uint32_t face, uint32_t vertex) const;
-    /// Lowest-numbered face that holds the vertex. Cost: O(log faces + valence). openBorder for a
-    /// vertex that no face uses.
-    uint32_t LowestFaceOf(uint32_t vertex);
+    /// Lowest-numbered face that holds the vertex. openBorder for a vertex that no face uses. Cost:
+    /// O(log faces + valence), or with a close `near` some nanoseconds.
+    /// \param near  a face from which to start searching; openBorder for none.
+    uint32_t LowestFaceOf(uint32_t vertex, uint32_t near = openBorder);
 
     /// Recomputes all packed normals of the level: per vertex the sum of its faces' FaceNormal,
     /// normalised. Allocates the normals at first use. Cost: O(faces).
@@ -175,6 +177,11 @@ public:
 
     /// The same for some vertices only; gives the bits that ComputeNormals would.
     void ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job = nullptr);
+    /// The same where the faces around the vertices are known already. \param faces  ascending;
+    /// others may be among them.
+    void ComputeNormalsOf(const IndexSet& which,
+                          const std::vector<uint32_t>& faces,
+                          JobControl* job = nullptr);
     /// Appends the faces around a vertex, turning from `face`, which must hold it.
     void FacesAround(uint32_t vertex, uint32_t face, std::vector<uint32_t>& faces);
 
