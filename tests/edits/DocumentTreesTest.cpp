@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+
 namespace trovik::test {
 namespace {
 
@@ -67,6 +70,50 @@ TEST_F(DocumentTrees, FreezingRefitsNothing) {
                   document.Redo();
               }),
               0u);
+}
+
+TEST_F(DocumentTrees, AFreezeDabRefitsNothing) {
+    document.SelectTool("Freeze");
+    EXPECT_EQ(Refitted([&] { Stroke({1.0f, 1.0f, 0.0f}, 0.3f); }), 0u);
+    EXPECT_GT(document.Geometry().Bound()->FrozenVertexCount(), 0u);
+}
+
+/// Collects the patches of a kind of change.
+class PatchLog final : public GeometryObserver {
+public:
+    explicit PatchLog(uint8_t ofWhat) : what(ofWhat) {}
+    void SurfaceChanged(const SurfaceChange& change) override {
+        ASSERT_FALSE(change.all);
+        if ((change.what & what) == 0) return;
+        patchLevel = change.patchLevel;
+        patches.insert(change.patches.begin(), change.patches.end());
+    }
+
+    uint32_t patchLevel = 0;
+    std::set<uint32_t> patches;
+
+private:
+    uint8_t what;
+};
+
+TEST_F(DocumentTrees, ADabRefitsNoPatchesOfWhichNormalsAloneChange) {
+    PatchLog moved(SurfaceChange::Positions);
+    PatchLog shaded(SurfaceChange::Normals);
+    LevelGeometry& geometry = document.Geometry();
+    geometry.AddObserver(moved);
+    geometry.AddObserver(shaded);
+    const uint64_t boxes = Refitted([&] { Stroke({1.1f, 1.1f, 0.0f}, 0.1f); });
+    geometry.RemoveObserver(moved);
+    geometry.RemoveObserver(shaded);
+    ASSERT_FALSE(moved.patches.empty());
+    EXPECT_LT(moved.patches.size(), shaded.patches.size());
+    EXPECT_TRUE(std::includes(
+        shaded.patches.begin(), shaded.patches.end(), moved.patches.begin(), moved.patches.end()));
+    ASSERT_LE(moved.patchLevel, 2u);
+    const uint64_t leavesPerPatch = uint64_t{1} << 2 * (2 - moved.patchLevel);
+    const uint64_t leaves = moved.patches.size() * leavesPerPatch;
+    EXPECT_GE(boxes, leaves);
+    EXPECT_LT(boxes, shaded.patches.size() * leavesPerPatch);
 }
 
 TEST_F(DocumentTrees, GoingToANeighbouringLevelAndBackKeepsBothTrees) {
