@@ -36,8 +36,9 @@ public:
 
 namespace {
 
-/// The allocator holds on to what packing frees; so much is worth asking for.
-constexpr uint64_t worthGivingBack = uint64_t{1} << 20;
+/// The allocator holds on to what packing frees; so much is worth asking for. Less serves again
+/// when a step is unpacked, which then does without page faults.
+constexpr uint64_t worthGivingBack = uint64_t{16} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {
     uint64_t bytes = 0;
