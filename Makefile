@@ -77,7 +77,8 @@ asan-host: packages ## The same without instrumenting the kernels, which halves 
 .PHONY: bench
 bench: packages ## Build the release and run the benchmarks; figures in build/release/bench-results/
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
-	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik SwiftStroke
+	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench document-bench \
+	    display-bench trovik SwiftStroke
 	@tools/bench.py run build/release build/release/bench-results
 
 # Sizes in millions of vertices; 64 needs about 8 GB and some minutes.
@@ -93,7 +94,8 @@ bench-ladder: packages ## Measure the same dab on ever larger meshes, STEPS="1 4
 .PHONY: bench-check
 bench-check: packages ## Tell which ratios of the benchmarks are worse than the recorded ones
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
-	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik-ladder
+	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench document-bench \
+	    display-bench trovik-ladder
 	@tools/bench.py check build/release bench/recorded.json
 
 COUNT ?= 2000
