@@ -77,7 +77,8 @@ asan-host: packages ## Run the tests with sanitizers on everything except the ke
 .PHONY: bench
 bench: packages ## Build the release and run the benchmarks; results in build/release/bench-results/
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
-	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik SwiftStroke
+	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench document-bench \
+	    display-bench trovik SwiftStroke
 	@tools/bench.py run build/release build/release/bench-results
 
 # Mesh sizes in millions of vertices; 64 needs about 8 GB and several minutes.
@@ -93,7 +94,8 @@ bench-ladder: packages ## Measure the same dab on larger and larger meshes, STEP
 .PHONY: bench-check
 bench-check: packages ## List the benchmark ratios that are worse than the recorded ones
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
-	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench trovik-ladder
+	@cmake --build --preset release --parallel $(JOBS) --target stroke-bench document-bench \
+	    display-bench trovik-ladder
 	@tools/bench.py check build/release bench/recorded.json
 
 COUNT ?= 2000

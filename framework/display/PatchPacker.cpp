@@ -132,9 +132,19 @@ void PatchPacker::PackGrid(uint32_t patch, DisplayVertex* out) const {
         const uint32_t vertex = slice[*slot++];
         PackVertex(vertices[vertex], normals[vertex], flags, *out++);
     };
+    // The vertices of a row are scattered over the patch's, so each is prefetched one row ahead.
+    const auto prefetchBelow = [&] {
+        const uint32_t vertex = slice[slot[side + 1]];
+        __builtin_prefetch(&vertices[vertex]);
+        __builtin_prefetch(&normals[vertex]);
+    };
     DisplayVertex* const grid = out;
     for (uint32_t row = 0; row < side; ++row) {
-        for (uint32_t column = 0; column < side; ++column) pack(group);
+        for (uint32_t column = 0; column < side; ++column) {
+            prefetchBelow();
+            pack(group);
+        }
+        prefetchBelow();
         pack(0);
     }
     for (uint32_t column = 0; column <= side; ++column) pack(0);

@@ -37,8 +37,9 @@ public:
 namespace {
 
 /// After packing, the allocator still holds the freed memory. Amounts from this size on are
-/// returned to the system.
-constexpr uint64_t worthGivingBack = uint64_t{1} << 20;
+/// returned to the system. Smaller ones are used again when a step is unpacked, which then causes
+/// no page faults.
+constexpr uint64_t worthGivingBack = uint64_t{16} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {
     uint64_t bytes = 0;

@@ -7,8 +7,6 @@ namespace trovik {
 
 namespace {
 
-/// If the normals are closer to opposite than this, they do not determine a shortest rotation.
-constexpr double oppositeMargin = 1e-6;
 /// If the sum of the normals is below this fraction of the surrounding area, they cancel and the
 /// sum is noise.
 constexpr double cancelMargin = 1e-2;
@@ -26,21 +24,6 @@ bool SurfaceTurn::MakeUnit(Double3& v) {
     }
     v = {v.x / length, v.y / length, v.z / length};
     return true;
-}
-
-void SurfaceTurn::AddNormal(const Vector& before, const Vector& after) {
-    const Double3 b = Double(before);
-    const Double3 a = Double(after);
-    normalBefore = {normalBefore.x + b.x, normalBefore.y + b.y, normalBefore.z + b.z};
-    normalAfter = {normalAfter.x + a.x, normalAfter.y + a.y, normalAfter.z + a.z};
-    const double lengthBefore = std::sqrt(Dot(b, b));
-    const double lengthAfter = std::sqrt(Dot(a, a));
-    areaBefore += lengthBefore;
-    areaAfter += lengthAfter;
-    if (!(lengthBefore * lengthAfter > largest)) return;
-    largest = lengthBefore * lengthAfter;
-    largestBefore = b;
-    largestAfter = a;
 }
 
 void SurfaceTurn::CloseNormals() {
@@ -67,27 +50,6 @@ void SurfaceTurn::CloseNormals() {
                                                : Double3{0.0, 0.0, 1.0};
     axis = Cross(n, other);
     MakeUnit(axis);
-}
-
-SurfaceTurn::Double3 SurfaceTurn::ByShortestWay(const Double3& v) const {
-    const double share = Dot(axis, v);
-    if (1.0 + cosine <= oppositeMargin) {
-        return {2.0 * share * axis.x - v.x, 2.0 * share * axis.y - v.y, 2.0 * share * axis.z - v.z};
-    }
-    const Double3 sideways = Cross(axis, v);
-    const double f = share / (1.0 + cosine);
-    return {v.x * cosine + sideways.x + axis.x * f,
-            v.y * cosine + sideways.y + axis.y * f,
-            v.z * cosine + sideways.z + axis.z * f};
-}
-
-void SurfaceTurn::AddEdge(const Vector& before, const Vector& after) {
-    if (!turns) return;
-    const Double3 a = ByShortestWay(Double(before));
-    const Double3 b = Double(after);
-    across += Dot(normalAfter, Cross(a, b));
-    along += Dot(a, b) - Dot(normalAfter, a) * Dot(normalAfter, b);
-    size += std::sqrt(Dot(a, a) * Dot(b, b));
 }
 
 void SurfaceTurn::CloseEdges() {

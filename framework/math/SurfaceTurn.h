@@ -3,6 +3,8 @@
 
 #include "host/Vector.h"
 
+#include <cmath>
+
 namespace trovik {
 
 /// The rotation of the surface around one vertex between two states. It maps the frame of the
@@ -19,13 +21,60 @@ namespace trovik {
 ///
 /// Computation is in double precision, so squared lengths neither underflow nor overflow.
 class TROVIK_API SurfaceTurn {
+    struct Double3 {
+        double x = 0.0;
+        double y = 0.0;
+        double z = 0.0;
+    };
+
 public:
-    /// Adds the normal of a face of the ring, of any length, in both states.
-    void AddNormal(const Vector& before, const Vector& after);
+    /// The normals of a face of the ring in both states, of any length. One object serves all
+    /// vertices of the face.
+    struct Face {
+        Face(const Vector& normalBefore, const Vector& normalAfter)
+            : before(Double(normalBefore)),
+              after(Double(normalAfter)),
+              lengthBefore(std::sqrt(Dot(before, before))),
+              lengthAfter(std::sqrt(Dot(after, after))) {}
+        Double3 before;
+        Double3 after;
+        double lengthBefore;
+        double lengthAfter;
+    };
+    /// What an edge of the ring adds.
+    struct Edge {
+        double across = 0.0;
+        double along = 0.0;
+        double size = 0.0;
+    };
+
+    void AddNormal(const Face& face) {
+        normalBefore = Sum(normalBefore, face.before);
+        normalAfter = Sum(normalAfter, face.after);
+        areaBefore += face.lengthBefore;
+        areaAfter += face.lengthAfter;
+        if (!(face.lengthBefore * face.lengthAfter > largest)) return;
+        largest = face.lengthBefore * face.lengthAfter;
+        largestBefore = face.before;
+        largestAfter = face.after;
+    }
     /// Called once, after the last normal and before the first edge.
     void CloseNormals();
-    /// Adds an edge of the ring, from the vertex outwards, in both states.
-    void AddEdge(const Vector& before, const Vector& after);
+    /// \param before, after  the edge from the vertex outwards, in both states.
+    Edge EdgeOf(const Vector& before, const Vector& after) const {
+        if (!turns) return {};
+        const Double3 a = ByShortestWay(Double(before));
+        const Double3 b = Double(after);
+        return {Dot(normalAfter, Cross(a, b)),
+                Dot(a, b) - Dot(normalAfter, a) * Dot(normalAfter, b),
+                std::sqrt(Dot(a, a) * Dot(b, b))};
+    }
+    /// \param edge  by EdgeOf. An edge is added once for each face that it belongs to.
+    void AddEdge(const Edge& edge) {
+        across += edge.across;
+        along += edge.along;
+        size += edge.size;
+    }
     /// Called once, after the last edge.
     void CloseEdges();
 
@@ -33,11 +82,6 @@ public:
     Vector Turned(const Vector& v) const;
 
 private:
-    struct Double3 {
-        double x = 0.0;
-        double y = 0.0;
-        double z = 0.0;
-    };
     static Double3 Double(const Vector& v) { return {v.x, v.y, v.z}; }
     static Vector Single(const Double3& v) {
         return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
@@ -48,8 +92,25 @@ private:
     static Double3 Cross(const Double3& a, const Double3& b) {
         return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
     }
+    static Double3 Sum(const Double3& a, const Double3& b) {
+        return {a.x + b.x, a.y + b.y, a.z + b.z};
+    }
     static bool MakeUnit(Double3& v);
-    Double3 ByShortestWay(const Double3& v) const;
+    Double3 ByShortestWay(const Double3& v) const {
+        const double share = Dot(axis, v);
+        if (1.0 + cosine <= oppositeMargin) {
+            return {
+                2.0 * share * axis.x - v.x, 2.0 * share * axis.y - v.y, 2.0 * share * axis.z - v.z};
+        }
+        const Double3 sideways = Cross(axis, v);
+        const double f = share / (1.0 + cosine);
+        return {v.x * cosine + sideways.x + axis.x * f,
+                v.y * cosine + sideways.y + axis.y * f,
+                v.z * cosine + sideways.z + axis.z * f};
+    }
+
+    /// Closer than this to opposite, the shortest way does not follow from the normals any more.
+    static constexpr double oppositeMargin = 1e-6;
 
     Double3 normalBefore;
     Double3 normalAfter;

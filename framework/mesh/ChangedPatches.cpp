@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/mesh/ChangedPatches.h"
 
+#include "framework/mesh/IndexSet.h"
 #include "framework/mesh/LevelHierarchy.h"
+#include "framework/mesh/NewVertices.h"
 #include "framework/mesh/VertexNeighbours.h"
 
 #include <algorithm>
@@ -9,77 +11,6 @@
 namespace trovik {
 
 namespace {
-
-/// The vertices that are new in one level above the patch level, and the patch that owns each of
-/// them: the lowest-numbered patch that contains it.
-class NewVertices {
-public:
-    NewVertices(const LevelHierarchy& hierarchy, uint32_t number, uint32_t facesOfPatch)
-        : level(*hierarchy.Level(number)),
-          corners(hierarchy.Level(number - 1)->CornersPerFace()),
-          facesPerPatch(facesOfPatch),
-          patches(hierarchy.Level(number - 1)->faceCount / facesOfPatch) {}
-
-    /// \return whether the patch differs from that of the previous call.
-    bool Find(uint32_t vertex) {
-        if (vertex >= first && vertex < end) return false;
-        uint32_t low = 0;
-        uint32_t high = patches - 1;
-        while (low < high) {
-            const uint32_t middle = low + (high - low) / 2;
-            if (EndOf(middle) <= vertex)
-                low = middle + 1;
-            else
-                high = middle;
-        }
-        patch = low;
-        first = low == 0 ? level.CoarserVertexCount() : EndOf(low - 1);
-        end = EndOf(low);
-        return true;
-    }
-    uint32_t Patch() const { return patch; }
-
-private:
-    /// The faces of the level below number their new vertices one after the other; the face point
-    /// is the last vertex of a face.
-    uint32_t EndOf(uint32_t ofPatch) const {
-        const uint32_t lastFace = (ofPatch + 1) * facesPerPatch - 1;
-        return level.faceVertexIndices.array[lastFace * corners * 4 + 2] + 1;
-    }
-
-    const LevelMesh& level;
-    /// Corners per face of the level below.
-    uint32_t corners;
-    /// Faces of the level below in one patch.
-    uint32_t facesPerPatch;
-    uint32_t patches;
-    uint32_t patch = 0;
-    uint32_t first = 0;
-    uint32_t end = 0;
-};
-
-/// Bit set of the vertices of a list, for fast look-up.
-class VertexMarks {
-public:
-    explicit VertexMarks(const std::vector<uint32_t>& vertices) {
-        if (vertices.empty()) return;
-        const auto [low, high] = std::minmax_element(vertices.begin(), vertices.end());
-        lowest = *low;
-        words.resize((*high - lowest) / wordBits + 1);
-        for (const uint32_t vertex : vertices)
-            words[(vertex - lowest) / wordBits] |= uint64_t{1} << ((vertex - lowest) % wordBits);
-    }
-    bool Has(uint32_t vertex) const {
-        const uint32_t word = (vertex - lowest) / wordBits;
-        return vertex >= lowest && word < words.size() &&
-               (words[word] >> ((vertex - lowest) % wordBits) & 1u) != 0;
-    }
-
-private:
-    static constexpr uint32_t wordBits = 64;
-    uint32_t lowest = 0;
-    std::vector<uint64_t> words;
-};
 
 class PatchFinder {
 public:
@@ -90,7 +21,7 @@ public:
         const LevelHierarchy& hierarchy = level.Hierarchy();
         uint32_t faces = 1;
         for (uint32_t number = ofPatchLevel + 1; number <= ofPatchLevel + depth; ++number) {
-            born.emplace_back(hierarchy, number, faces);
+            born.emplace_back(*hierarchy.Level(number), faces);
             faces *= hierarchy.Level(number - 1)->CornersPerFace();
             firstNew.push_back(hierarchy.Level(number)->CoarserVertexCount());
         }
@@ -109,7 +40,7 @@ public:
             patches.insert(patches.end(), around.begin(), around.end());
         }
         MakeSet(owners);
-        if (!owners.empty()) AddAcross(owners, VertexMarks(vertices), patches);
+        AddAcross(owners, vertices, patches);
         patches.insert(patches.end(), owners.begin(), owners.end());
         MakeSet(patches);
         return patches;
@@ -127,28 +58,40 @@ private:
     /// A new vertex on the border between two patches belongs to both. Adds the patches adjacent to
     /// the owners that are not owners themselves and contain such a vertex.
     void AddAcross(const std::vector<uint32_t>& owners,
-                   const VertexMarks& marks,
+                   const std::vector<uint32_t>& vertices,
                    std::vector<uint32_t>& patches) {
+        // The vertices on such sides are far fewer than those of the list.
+        std::vector<uint32_t> onSides;
+        std::vector<uint32_t> across;
         for (const uint32_t patch : owners) {
             for (uint32_t side = 0; side < patchMesh.CornersPerFace(); ++side) {
-                const uint32_t across = patchMesh.QuadEdgeNeighbour(patch, side);
-                if (across == openBorder) continue;
-                const uint32_t other = across >> 2;
-                if (!std::binary_search(owners.begin(), owners.end(), other) &&
-                    HasMarkInside(patch, side, patchMesh.CornersPerFace(), depth, marks))
-                    patches.push_back(other);
+                const uint32_t neighbour = patchMesh.QuadEdgeNeighbour(patch, side);
+                if (neighbour == openBorder) continue;
+                const uint32_t other = neighbour >> 2;
+                if (std::binary_search(owners.begin(), owners.end(), other)) continue;
+                AddInside(patch, side, patchMesh.CornersPerFace(), depth, onSides);
+                across.resize(onSides.size(), other);
             }
         }
+        if (onSides.empty()) return;
+        const IndexSet wanted(onSides);
+        std::vector<bool> isListed(wanted.Count(), false);
+        for (const uint32_t vertex : vertices) {
+            const uint32_t rank = wanted.RankOf(vertex);
+            if (rank != IndexSet::noRank) isListed[rank] = true;
+        }
+        for (std::size_t i = 0; i < onSides.size(); ++i)
+            if (isListed[wanted.RankOf(onSides[i])]) patches.push_back(across[i]);
     }
 
-    /// Returns whether a vertex inside the side of a face, not at its ends, is marked.
+    /// Adds the vertices inside the side of a face, without those at its ends.
     /// \param below  number of levels from the level of the face to the finest level.
-    bool HasMarkInside(uint32_t face,
-                       uint32_t side,
-                       uint32_t corners,
-                       uint32_t below,
-                       const VertexMarks& marks) const {
-        if (below == 0) return false;
+    void AddInside(uint32_t face,
+                   uint32_t side,
+                   uint32_t corners,
+                   uint32_t below,
+                   std::vector<uint32_t>& inside) const {
+        if (below == 0) return;
         // The sides of the two children that form the side; see LevelTopology.cpp.
         const uint32_t firstChild = face * corners + side;
         const uint32_t secondChild = face * corners + (side + 1) % corners;
@@ -159,9 +102,9 @@ private:
         // level.
         const uint32_t middle = (firstSide + 1) & 3u;
         for (uint32_t i = 1; i < below; ++i) finest = finest * 4 + middle;
-        if (marks.Has(level.faceVertexIndices.array[finest * 4 + middle])) return true;
-        return HasMarkInside(firstChild, firstSide, 4, below - 1, marks) ||
-               HasMarkInside(secondChild, secondSide, 4, below - 1, marks);
+        inside.push_back(level.faceVertexIndices.array[finest * 4 + middle]);
+        AddInside(firstChild, firstSide, 4, below - 1, inside);
+        AddInside(secondChild, secondSide, 4, below - 1, inside);
     }
 
     LevelMesh& level;

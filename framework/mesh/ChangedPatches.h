@@ -20,7 +20,7 @@ inline uint32_t ReportedPatchLevel(uint32_t level) { return level > 5 ? level - 
 /// Vertices are numbered by the first face that uses them, so the patch that owns a vertex follows
 /// from its number. If the patch across a side of an owner is not an owner itself, the vertices on
 /// that side are looked up. Cost: a few nanoseconds for most vertices, if vertices of the same
-/// patch are adjacent in the list. Memory: one bit per vertex between the lowest and the highest.
+/// patch are adjacent in the list.
 TROVIK_API std::vector<uint32_t> PatchesAt(LevelMesh& level,
                                            uint32_t patchLevel,
                                            const std::vector<uint32_t>& vertices);

@@ -10,6 +10,7 @@
 
 namespace trovik {
 
+class IndexSet;
 class JobControl;
 class LevelChange;
 class LevelHierarchy;
@@ -80,7 +81,7 @@ public:
     /// Moves a vertex. This counts as an edit from outside the brush; see CountOutsideEdit.
     void SetPosition(uint32_t vertex, const Vector& p) {
         CountOutsideEdit();
-        if (older.KeepsPositions()) NoteOlderPosition(vertex);
+        if (older.MissesPosition(vertex)) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
     /// Counts an edit of positions or normals in the open change, if there is one. Code that writes
@@ -98,8 +99,9 @@ public:
     /// Returns the first corner of `face` that is `vertex`, or -1.
     int CornerOf(uint32_t face, uint32_t vertex) const;
     /// Returns the lowest-numbered face that uses the vertex, or openBorder if there is none. Cost:
-    /// O(log faces + valence).
-    uint32_t LowestFaceOf(uint32_t vertex);
+    /// O(log faces + valence), or some nanoseconds if `near` is close.
+    /// \param near  a face from which the search starts; openBorder if there is none.
+    uint32_t LowestFaceOf(uint32_t vertex, uint32_t near = openBorder);
 
     /// Recomputes all packed normals of the level: for each vertex, the normalised sum of
     /// FaceNormal over its faces. Allocates the normals on first use. Cost: O(faces).
@@ -188,6 +190,11 @@ public:
     /// Recomputes the normals of some vertices. The results are bit-identical to those of
     /// ComputeNormals.
     void ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job = nullptr);
+    /// The same where the faces around the vertices are known already. \param faces  ascending;
+    /// others may be among them.
+    void ComputeNormalsOf(const IndexSet& which,
+                          const std::vector<uint32_t>& faces,
+                          JobControl* job = nullptr);
     /// Appends the faces around a vertex in rotational order, starting at `face`, which must use
     /// the vertex.
     void FacesAround(uint32_t vertex, uint32_t face, std::vector<uint32_t>& faces);

@@ -2,10 +2,12 @@
 #include "framework/jobs/JobPhase.h"
 #include "framework/memory/FilledStore.h"
 #include "framework/memory/SystemMemory.h"
-#include "framework/mesh/LevelMesh.h"
+#include "framework/mesh/LevelHierarchy.h"
+#include "framework/mesh/VertexNeighbours.h"
 #include "host/HWVector.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 namespace trovik {
@@ -58,24 +60,34 @@ void LevelMesh::ComputeNormals(JobControl* job) {
 }
 
 void LevelMesh::ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job) {
+    ComputeNormalsOf(IndexSet(which), FacesAt(*this, which), job);
+}
+
+void LevelMesh::ComputeNormalsOf(const IndexSet& which,
+                                 const std::vector<uint32_t>& faces,
+                                 JobControl* job) {
     CountOutsideEdit();
-    JobPhase phase(job, "Updating normals", which.size());
-    std::vector<uint32_t> faces;
-    for (const uint32_t vertex : which) {
-        phase.Add();
-        const uint32_t lowest = LowestFaceOf(vertex);
-        if (lowest == openBorder) continue;
-        faces.clear();
-        FacesAround(vertex, lowest, faces);
-        // Adds in the same order as ComputeNormals, so that the results are bit-identical.
-        std::sort(faces.begin(), faces.end());
-        Vector sum;
-        for (const uint32_t face : faces) {
-            Vector normal;
-            FaceNormal(&normal, face);
-            sum += normal;
+    JobPhase phase(job, "Updating normals", uint64_t{faces.size()} + which.Count());
+    std::vector<Vector> sums(which.Count());
+    const uint32_t corners = CornersPerFace();
+    // Adds in the same order as ComputeNormals, so that the results are bit-identical.
+    for (const uint32_t face : faces) {
+        Vector normal;
+        FaceNormal(&normal, face);
+        const uint32_t* v = faceVertexIndices.array + std::size_t{face} * corners;
+        for (uint32_t k = 0; k < corners; ++k) {
+            const uint32_t rank = which.RankOf(v[k]);
+            if (rank != IndexSet::noRank) sums[rank] += normal;
         }
-        Pack(vertexNormals.array[vertex], sum);
+        phase.Add();
+    }
+    const std::vector<uint32_t> members = which.Members();
+    const uint32_t ofLevel0 = hierarchy->Level(0)->vertexCount;
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        phase.Add();
+        const uint32_t vertex = members[i];
+        if (vertex < ofLevel0 && LowestFaceOf(vertex) == openBorder) continue;
+        Pack(vertexNormals.array[vertex], sums[i]);
     }
     phase.Finish();
 }

@@ -114,7 +114,7 @@ int LevelMesh::CornerOf(uint32_t face, uint32_t vertex) const {
     return -1;
 }
 
-uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
+uint32_t LevelMesh::LowestFaceOf(uint32_t vertex, uint32_t near) {
     // The first level that has the vertex, and the lowest face of that level that uses it.
     uint32_t level = 0;
     while (vertex >= hierarchy->Level(level)->vertexCount) ++level;
@@ -133,6 +133,28 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex) {
         };
         uint32_t low = 0;
         uint32_t high = hierarchy->Level(level - 1)->faceCount - 1;
+        if (near != openBorder) {
+            // Closes in on the vertex from the ancestor of the near face, in ever longer steps.
+            const uint32_t start =
+                (near >> 2 * (static_cast<uint32_t>(index) - level)) / childCount;
+            if (facePoint(start) < vertex) {
+                low = start + 1;
+                for (uint32_t step = 1; step < high - low; step *= 2) {
+                    if (facePoint(low + step) < vertex)
+                        low += step + 1;
+                    else
+                        high = low + step;
+                }
+            } else {
+                high = start;
+                for (uint32_t step = 1; step < high - low; step *= 2) {
+                    if (facePoint(high - step) < vertex)
+                        low = high - step + 1;
+                    else
+                        high -= step;
+                }
+            }
+        }
         while (low < high) {
             const uint32_t middle = low + (high - low) / 2;
             if (facePoint(middle) < vertex)

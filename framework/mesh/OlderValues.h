@@ -26,18 +26,16 @@ public:
     void Keep() { kept = true; }
     void Drop() { *this = OlderValues(); }
 
+    /// Whether Note would store something for this vertex.
+    bool Misses(uint32_t vertex) const {
+        if (!kept) return false;
+        const std::size_t word = vertex / wordBits;
+        return word >= marks.size() || (marks[word] >> (vertex % wordBits) & 1u) == 0;
+    }
     /// Records the value of a vertex that is about to be written. Only the first call for each
     /// vertex has an effect.
     void Note(uint32_t vertex, const Value& value) {
-        if (!kept) return;
-        const std::size_t word = vertex / wordBits;
-        const uint64_t bit = uint64_t{1} << (vertex % wordBits);
-        if (word >= marks.size()) marks.resize(word + 1);
-        if ((marks[word] & bit) != 0) return;
-        marks[word] |= bit;
-        isSorted = false;
-        vertices.push_back(vertex);
-        values.push_back(value);
+        if (Misses(vertex)) Append(vertex, value);
     }
 
     /// Sorts the lists by vertex. Cost: the recorded vertices, and one word per 64 vertices of the
@@ -62,6 +60,8 @@ public:
 
 private:
     static constexpr std::size_t wordBits = 64;
+    void Append(uint32_t vertex, const Value& value);
+
     bool kept = false;
     bool isSorted = true;
     std::vector<uint64_t> marks;
@@ -70,6 +70,16 @@ private:
     std::vector<uint32_t> vertices;
     std::vector<Value> values;
 };
+
+template <typename Value>
+void OlderValues<Value>::Append(uint32_t vertex, const Value& value) {
+    const std::size_t word = vertex / wordBits;
+    if (word >= marks.size()) marks.resize(word + 1);
+    marks[word] |= uint64_t{1} << (vertex % wordBits);
+    isSorted = false;
+    vertices.push_back(vertex);
+    values.push_back(value);
+}
 
 template <typename Value>
 void OlderValues<Value>::Sort() {
@@ -119,6 +129,9 @@ struct OlderStates {
                freezeFromAbove.Vertices().size() + freezeFromBelow.Vertices().size();
     }
     bool KeepsPositions() const { return fromAbove.IsKept() || fromBelow.IsKept(); }
+    bool MissesPosition(uint32_t vertex) const {
+        return fromAbove.Misses(vertex) || fromBelow.Misses(vertex);
+    }
     void NotePosition(uint32_t vertex, const Vector& position) {
         fromAbove.Note(vertex, position);
         fromBelow.Note(vertex, position);

@@ -1,41 +1,73 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/mesh/VertexNeighbours.h"
 
-#include "framework/mesh/LevelMesh.h"
+#include "framework/mesh/LevelHierarchy.h"
+#include "framework/mesh/NewVertices.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
+#include <iterator>
 
 namespace trovik {
 
+namespace {
+
+/// A vertex once for each of the faces.
+std::vector<uint32_t> AllCornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces) {
+    const std::size_t corners = level.CornersPerFace();
+    std::vector<uint32_t> vertices;
+    vertices.reserve(faces.size() * corners);
+    for (const uint32_t face : faces) {
+        const uint32_t* first = level.faceVertexIndices.array + face * corners;
+        vertices.insert(vertices.end(), first, first + corners);
+    }
+    return vertices;
+}
+
+/// The faces of the level below that own the vertices, and all their children, which are faces of
+/// the level: ascending.
+std::vector<uint32_t> FacesOfOwners(LevelMesh& level, const std::vector<uint32_t>& vertices) {
+    const uint32_t children =
+        level.Hierarchy().Level(static_cast<uint32_t>(level.Index()) - 1)->CornersPerFace();
+    NewVertices ofLevel(level, 1);
+    std::vector<uint32_t> owners;
+    uint32_t near = openBorder;
+    for (const uint32_t vertex : vertices) {
+        if (vertex >= level.CoarserVertexCount()) {
+            if (ofLevel.Find(vertex) || owners.empty()) owners.push_back(ofLevel.Patch());
+            continue;
+        }
+        const uint32_t lowest = level.LowestFaceOf(vertex, near);
+        if (lowest == openBorder) continue;
+        near = lowest;
+        owners.push_back(lowest / children);
+    }
+    MakeSet(owners);
+    std::vector<uint32_t> faces;
+    faces.reserve(owners.size() * children);
+    for (const uint32_t owner : owners)
+        for (uint32_t child = 0; child < children; ++child)
+            faces.push_back(owner * children + child);
+    return faces;
+}
+
+}  // namespace
+
 void MakeSet(std::vector<uint32_t>& list) {
-    constexpr std::size_t wordBits = 64;
-    if (list.empty()) return;
-    const auto [low, high] = std::minmax_element(list.begin(), list.end());
-    const uint32_t first = *low;
-    const std::size_t words = (*high - first) / wordBits + 1;
-    if (words > list.size() * 4) {
-        std::sort(list.begin(), list.end());
-        list.erase(std::unique(list.begin(), list.end()), list.end());
+    constexpr std::size_t sortedSooner = 64;
+    if (list.size() > sortedSooner) {
+        list = IndexSet(list).Members();
         return;
     }
-    // If the numbers are close together, marking is faster than sorting.
-    std::vector<uint64_t> marks(words, 0);
-    for (const uint32_t number : list)
-        marks[(number - first) / wordBits] |= uint64_t{1} << ((number - first) % wordBits);
-    list.clear();
-    for (std::size_t word = 0; word < words; ++word) {
-        for (uint64_t rest = marks[word]; rest != 0; rest &= rest - 1) {
-            const auto bit = static_cast<std::size_t>(std::countr_zero(rest));
-            list.push_back(first + static_cast<uint32_t>(word * wordBits + bit));
-        }
-    }
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
 }
 
 std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices) {
     std::vector<uint32_t> faces;
     if (vertices.size() * 4 < level.VertexCount()) {
+        if (level.Index() > 0)
+            return FacesAt(level, IndexSet(vertices), FacesOfOwners(level, vertices));
         for (const uint32_t vertex : vertices) {
             const uint32_t lowest = level.LowestFaceOf(vertex);
             if (lowest != openBorder) level.FacesAround(vertex, lowest, faces);
@@ -55,6 +87,52 @@ std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& ver
     return faces;
 }
 
+// Counting shows which vertices have all of their faces in the list: those that are not of level 0
+// have at most four corners of faces.
+std::vector<uint32_t> FacesAt(LevelMesh& level,
+                              const IndexSet& vertices,
+                              const std::vector<uint32_t>& faces) {
+    constexpr uint8_t allCorners = 4;
+    std::vector<uint8_t> found(vertices.Count(), 0);
+    const uint32_t corners = level.CornersPerFace();
+    std::vector<uint32_t> around;
+    around.reserve(faces.size());
+    for (const uint32_t face : faces) {
+        const uint32_t* v = level.faceVertexIndices.array + std::size_t{face} * corners;
+        bool isAround = false;
+        for (uint32_t k = 0; k < corners; ++k) {
+            const uint32_t rank = vertices.RankOf(v[k]);
+            if (rank == IndexSet::noRank) continue;
+            isAround = true;
+            ++found[rank];
+        }
+        if (isAround) around.push_back(face);
+    }
+    const uint32_t ofLevel0 = level.Hierarchy().Level(0)->VertexCount();
+    std::vector<uint32_t> further;
+    uint32_t near = openBorder;
+    const std::vector<uint32_t> members = vertices.Members();
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        if (members[i] >= ofLevel0 && found[i] == allCorners) continue;
+        const uint32_t lowest = level.LowestFaceOf(members[i], near);
+        if (lowest == openBorder) continue;
+        near = lowest;
+        level.FacesAround(members[i], lowest, further);
+    }
+    if (further.empty()) return around;
+    MakeSet(further);
+    std::vector<uint32_t> all;
+    all.reserve(around.size() + further.size());
+    std::set_union(
+        around.begin(), around.end(), further.begin(), further.end(), std::back_inserter(all));
+    return all;
+}
+
+std::vector<uint32_t> WithFacesAround(LevelMesh& level, std::vector<uint32_t> faces) {
+    MakeSet(faces);
+    return FacesAt(level, CornerSetOf(level, faces), faces);
+}
+
 void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces) {
     faces.clear();
     const uint32_t lowest = level.LowestFaceOf(vertex);
@@ -65,14 +143,11 @@ void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces) {
 }
 
 std::vector<uint32_t> CornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces) {
-    const uint32_t corners = level.CornersPerFace();
-    std::vector<uint32_t> vertices;
-    vertices.reserve(faces.size() * corners);
-    for (const uint32_t face : faces)
-        for (uint32_t k = 0; k < corners; ++k)
-            vertices.push_back(level.faceVertexIndices.array[face * corners + k]);
-    MakeSet(vertices);
-    return vertices;
+    return CornerSetOf(level, faces).Members();
+}
+
+IndexSet CornerSetOf(const LevelMesh& level, const std::vector<uint32_t>& faces) {
+    return IndexSet(AllCornersOf(level, faces));
 }
 
 std::vector<uint32_t> WithNeighbours(LevelMesh& level, const std::vector<uint32_t>& vertices) {

@@ -4,11 +4,12 @@
 #include "framework/math/IsFinite.h"
 #include "framework/math/SameBits.h"
 #include "framework/math/SurfaceTurn.h"
-#include "framework/mesh/LocalRefiner.h"
 #include "framework/mesh/VertexNeighbours.h"
+#include "framework/multires/RefinedRegion.h"
 #include "framework/multires/TurnedLayers.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace trovik {
@@ -39,52 +40,93 @@ Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uin
 /// Number of coarse faces that are processed at a time, which bounds the memory for large changes.
 constexpr std::size_t batchFaces = std::size_t{1} << 15;
 
-/// A point of the fine level near a change of the coarse level, refined for two states.
-struct RefinedPoint {
-    uint32_t vertex;
-    /// The lowest coarse face that uses the point, among the visited faces.
-    uint32_t owner;
-    bool touched;
-    SurfaceMove move;
+/// Properties of a point of a region; a combination.
+enum PointFlag : uint32_t {
+    isMoved = 1,
+    /// The point is a corner of a face with a moved corner.
+    isTouched = 2,
+    /// A face of the region uses the point, and the lowest such face is one of the owners.
+    isMet = 4,
+    isOwned = 8,
+    /// The rotation of the surface at the point is needed.
+    isTurned = 16
 };
+using PointFlags = std::vector<uint32_t>;
 
-/// The points of some fine faces, and the point of each corner of these faces.
-class PointTable {
+/// The rotations of the surface at some points of a region.
+class PointTurns {
 public:
-    PointTable(const LevelMesh& fine, const std::vector<uint32_t>& fineFaces) {
-        OlderValues<uint32_t> numbers;
-        numbers.Keep();
-        const std::vector<uint32_t> vertices = CornersOf(fine, fineFaces);
-        points.reserve(vertices.size());
-        for (const uint32_t vertex : vertices) {
-            numbers.Note(vertex, static_cast<uint32_t>(points.size()));
-            points.push_back({vertex, openBorder, false, {}});
+    PointTurns(const RefinedRegion& ofRegion, const PointFlags& flags, JobPhase& phase)
+        : region(ofRegion), ends(region.PointCount(), 0) {
+        for (const RefinedRegion::Quad& quad : region.Quads()) {
+            phase.Poll();
+            if (((flags[quad[0]] | flags[quad[1]] | flags[quad[2]] | flags[quad[3]]) & isTurned) ==
+                0)
+                continue;
+            for (const uint32_t point : quad) ++ends[point];
+            quads.push_back(quad);
+            normals.push_back(NormalsOf(quad));
         }
-        numbers.Sort();
-        cornerPoints.reserve(fineFaces.size() * 4);
-        for (const uint32_t face : fineFaces)
-            for (uint32_t k = 0; k < 4; ++k)
-                cornerPoints.push_back(
-                    *numbers.Find(fine.faceVertexIndices.array[std::size_t{face} * 4 + k]));
+        // Lists of the corners at each point, ascending, stored consecutively.
+        uint32_t total = 0;
+        for (uint32_t& end : ends) {
+            const uint32_t count = end;
+            end = total;
+            total += count;
+        }
+        slots.resize(total);
+        for (uint32_t quad = 0; quad < quads.size(); ++quad)
+            for (uint32_t k = 0; k < 4; ++k) slots[ends[quads[quad][k]]++] = quad * 4 + k;
     }
 
-    /// \param slot  4 x index of the face in the list + corner.
-    RefinedPoint& AtCorner(std::size_t slot) { return points[cornerPoints[slot]]; }
-    std::vector<RefinedPoint>& All() { return points; }
+    /// \param turn  newly constructed.
+    void Find(uint32_t point, SurfaceTurn& turn) {
+        const uint32_t* const first = slots.data() + (point == 0 ? 0 : ends[point - 1]);
+        const uint32_t* const end = slots.data() + ends[point];
+        for (const uint32_t* slot = first; slot != end; ++slot) turn.AddNormal(normals[*slot / 4]);
+        turn.CloseNormals();
+        // Both faces contribute an inner edge; only one contributes a border edge.
+        edges.clear();
+        for (const uint32_t* slot = first; slot != end; ++slot) {
+            const RefinedRegion::Quad& quad = quads[*slot / 4];
+            turn.AddEdge(EdgeTo(quad[(*slot + 1) & 3u], point, turn));
+            turn.AddEdge(EdgeTo(quad[(*slot + 3) & 3u], point, turn));
+        }
+        turn.CloseEdges();
+    }
 
 private:
-    std::vector<RefinedPoint> points;
-    std::vector<uint32_t> cornerPoints;
+    SurfaceTurn::Face NormalsOf(const RefinedRegion::Quad& quad) const {
+        const RefinedRegion::Point& a = region.At(quad[0]);
+        const RefinedRegion::Point& b = region.At(quad[1]);
+        const RefinedRegion::Point& c = region.At(quad[2]);
+        const RefinedRegion::Point& d = region.At(quad[3]);
+        return {(c.before - a.before) & (d.before - b.before),
+                (c.after - a.after) & (d.after - b.after)};
+    }
+    const SurfaceTurn::Edge& EdgeTo(uint32_t end, uint32_t point, const SurfaceTurn& turn) {
+        for (const KnownEdge& known : edges)
+            if (known.end == end) return known.edge;
+        const RefinedRegion::Point& from = region.At(point);
+        const RefinedRegion::Point& to = region.At(end);
+        edges.push_back({end, turn.EdgeOf(to.before - from.before, to.after - from.after)});
+        return edges.back().edge;
+    }
+
+    struct KnownEdge {
+        uint32_t end;
+        SurfaceTurn::Edge edge;
+    };
+    const RefinedRegion& region;
+    /// The quads of the region with a point whose rotation is needed.
+    std::vector<RefinedRegion::Quad> quads;
+    std::vector<SurfaceTurn::Face> normals;
+    /// 4 x quad + corner, grouped by point; `ends` holds the end of each group.
+    std::vector<uint32_t> slots;
+    std::vector<uint32_t> ends;
+    /// The edges of the last point.
+    std::vector<KnownEdge> edges;
 };
-
-Vector QuadNormal(const Vector& a, const Vector& b, const Vector& c, const Vector& d) {
-    return (c - a) & (d - b);
-}
-
-/// Returns the corner of the edge point, counted over the children of a face; see LevelMesh.
-uint32_t EdgeSlot(uint32_t corners, uint32_t side) {
-    return side * 4 + (corners == 4 ? (side + 1) & 3u : 1u);
-}
 
 }  // namespace
 
@@ -107,91 +149,46 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
                                JobPhase& phase,
                                CarriedLevel& carried) {
     const uint32_t corners = coarse.CornersPerFace();
-    std::vector<uint32_t> children;
-    children.reserve(faces.size() * corners);
-    for (const uint32_t face : faces)
-        for (uint32_t k = 0; k < corners; ++k) children.push_back(face * corners + k);
-    PointTable points(fine, children);
-    LocalRefiner before(coarse, seen);
-    LocalRefiner after(coarse, nullptr);
-    for (std::size_t i = 0; i < faces.size(); ++i) {
+    const RefinedRegion region(coarse, fine, seen, faces, phase);
+    const uint32_t count = region.PointCount();
+    counts.refined += count;
+
+    PointFlags flags(count, 0);
+    for (uint32_t point = 0; point < count; ++point)
+        if (!SameBits(region.At(point).before, region.At(point).after)) flags[point] = isMoved;
+    auto quad = region.Quads().begin();
+    for (const uint32_t face : faces) {
         phase.Poll();
-        const uint32_t face = faces[i];
-        const std::size_t slots = i * corners * 4;
-        RefinedPoint& centre = points.AtCorner(slots + 2);
-        centre.owner = face;
-        centre.move.before = before.FacePoint(face);
-        centre.move.after = after.FacePoint(face);
-        for (uint32_t side = 0; side < corners; ++side) {
-            // The coarse vertex is corner k of child k of a quad, and corner 0 of a child of a
-            // triangle.
-            RefinedPoint& start = points.AtCorner(slots + side * 4 + (corners == 4 ? side : 0));
-            start.owner = std::min(start.owner, face);
-            RefinedPoint& edge = points.AtCorner(slots + EdgeSlot(corners, side));
-            if (edge.owner != openBorder) continue;
-            edge.owner = face;
-            edge.move.before = before.EdgePoint(face, side);
-            edge.move.after = after.EdgePoint(face, side);
+        const bool owns = face >= firstOwner && face <= lastOwner;
+        const uint32_t met = owns ? isMet | isOwned : isMet;
+        for (uint32_t child = 0; child < corners; ++child, ++quad) {
+            uint32_t any = 0;
+            for (const uint32_t point : *quad) any |= flags[point];
+            const uint32_t touched = (any & isMoved) != 0 ? isTouched : 0u;
+            for (const uint32_t point : *quad)
+                flags[point] |= touched | ((flags[point] & isMet) != 0 ? 0u : met);
         }
     }
-    for (RefinedPoint& point : points.All()) {
-        if (point.vertex >= coarse.VertexCount()) break;
-        phase.Poll();
-        point.move.before = before.VertexPoint(point.vertex);
-        point.move.after = after.VertexPoint(point.vertex);
+
+    // A vertex without detail moves with its point, however the surface rotates.
+    for (uint32_t point = 0; point < count; ++point) {
+        if ((flags[point] & isTouched) == 0 || (flags[point] & isOwned) == 0) continue;
+        const Vector detail = fine.Position(region.VertexOf(point)) - region.At(point).before;
+        if (layers != nullptr || !(detail == Vector())) flags[point] |= isTurned;
     }
-    counts.refined += points.All().size();
-
-    const auto forEachFace = [&](auto&& visit) {
-        for (std::size_t slot = 0; slot < children.size() * 4; slot += 4) {
-            phase.Poll();
-            RefinedPoint* const corner[4] = {&points.AtCorner(slot),
-                                             &points.AtCorner(slot + 1),
-                                             &points.AtCorner(slot + 2),
-                                             &points.AtCorner(slot + 3)};
-            visit(corner);
-        }
-    };
-    forEachFace([](RefinedPoint* const(&corner)[4]) {
-        const auto moved = [](const RefinedPoint* p) {
-            return !SameBits(p->move.before, p->move.after);
-        };
-        if (std::any_of(corner, corner + 4, moved))
-            for (RefinedPoint* p : corner) p->touched = true;
-    });
-    forEachFace([](RefinedPoint* const(&corner)[4]) {
-        const Vector normal = QuadNormal(corner[0]->move.before,
-                                         corner[1]->move.before,
-                                         corner[2]->move.before,
-                                         corner[3]->move.before);
-        const Vector newNormal = QuadNormal(corner[0]->move.after,
-                                            corner[1]->move.after,
-                                            corner[2]->move.after,
-                                            corner[3]->move.after);
-        for (RefinedPoint* p : corner)
-            if (p->touched) p->move.turn.AddNormal(normal, newNormal);
-    });
-    for (RefinedPoint& point : points.All())
-        if (point.touched) point.move.turn.CloseNormals();
-    // An inner edge is visited from both its faces, a border edge from one.
-    forEachFace([](RefinedPoint* const(&corner)[4]) {
-        for (uint32_t k = 0; k < 4; ++k) {
-            RefinedPoint& p = *corner[k];
-            if (!p.touched) continue;
-            for (const uint32_t to : {(k + 1) & 3u, (k + 3) & 3u})
-                p.move.turn.AddEdge(corner[to]->move.before - p.move.before,
-                                    corner[to]->move.after - p.move.after);
-        }
-    });
-
-    for (RefinedPoint& point : points.All()) {
-        if (!point.touched || point.owner < firstOwner || point.owner > lastOwner) continue;
+    PointTurns turns(region, flags, phase);
+    for (uint32_t point = 0; point < count; ++point) {
+        if ((flags[point] & isTouched) == 0 || (flags[point] & isOwned) == 0) continue;
         phase.Poll();
-        ++counts.turned;
-        point.move.turn.CloseEdges();
-        const Vector place = point.move.Carried(fine.Position(point.vertex));
-        if (layers != nullptr) layers->Turn(point.vertex, place, point.move);
-        MoveVertex(fine, point.vertex, place, carried);
+        SurfaceMove move{region.At(point).before, region.At(point).after, {}};
+        if ((flags[point] & isTurned) != 0) {
+            ++counts.turned;
+            turns.Find(point, move.turn);
+        }
+        const uint32_t vertex = region.VertexOf(point);
+        const Vector place = move.Carried(fine.Position(vertex));
+        if (layers != nullptr) layers->Turn(vertex, place, move);
+        MoveVertex(fine, vertex, place, carried);
     }
 }
 
@@ -205,8 +202,7 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     // Refined points change in the faces around a changed vertex. The surface rotates around those
     // points as well, so the rotations of one further ring are computed from the points of all
     // these faces.
-    const std::vector<uint32_t> faces =
-        FacesAt(coarse, CornersOf(coarse, FacesAt(coarse, changed)));
+    const std::vector<uint32_t> faces = WithFacesAround(coarse, FacesAt(coarse, changed));
     JobPhase phase(job, "Propagating details up", faces.size());
     if (faces.size() <= batchFaces) {
         CarryFaces(faces, 0, openBorder, seen, layers, phase, carried);
@@ -215,7 +211,7 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
             const std::size_t end = std::min(faces.size(), first + batchFaces);
             const std::vector<uint32_t> batch(faces.begin() + static_cast<std::ptrdiff_t>(first),
                                               faces.begin() + static_cast<std::ptrdiff_t>(end));
-            CarryFaces(FacesAt(coarse, CornersOf(coarse, batch)),
+            CarryFaces(WithFacesAround(coarse, batch),
                        batch.front(),
                        batch.back(),
                        seen,
@@ -269,7 +265,7 @@ void DetailCarrier::Down(const OlderValues<Vector>& seen, CarriedLevel& carried)
             for (uint32_t side = 0; side < corners; ++side) {
                 const bool starts = v[side] == vertex;
                 if (!starts && v[(side + 1) % corners] != vertex) continue;
-                const Vector edge = moveOf(slots[EdgeSlot(corners, side)]);
+                const Vector edge = moveOf(slots[EdgePointSlot(corners, side)]);
                 if (coarse.QuadEdgeNeighbour(face, side) == openBorder) {
                     onBorder = true;
                     borderEdges += edge;
@@ -277,7 +273,7 @@ void DetailCarrier::Down(const OlderValues<Vector>& seen, CarriedLevel& carried)
                 if (!starts) continue;
                 ++count;
                 edges += edge;
-                centres += moveOf(slots[2]);
+                centres += moveOf(slots[facePointSlot]);
             }
         }
         Vector move = moveOf(vertex);
@@ -301,11 +297,13 @@ void DetailCarrier::Down(const OlderValues<Vector>& seen, CarriedLevel& carried)
 void DetailCarrier::RefreshNormals(LevelMesh& level, CarriedLevel& carried, JobControl* job) {
     std::vector<uint32_t>& touched = carried.normalVertices;
     std::vector<PackedNormal>& before = carried.normalsBefore;
-    touched = CornersOf(level, FacesAt(level, carried.vertices));
+    const std::vector<uint32_t> faces = FacesAt(level, carried.vertices);
+    const IndexSet corners = CornerSetOf(level, faces);
+    touched = corners.Members();
     before.resize(touched.size());
     for (std::size_t i = 0; i < touched.size(); ++i)
         before[i] = level.vertexNormals.array[touched[i]];
-    level.ComputeNormalsOf(touched, job);
+    level.ComputeNormalsOf(corners, FacesAt(level, corners, faces), job);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < touched.size(); ++i) {
         if (SameBits(before[i], level.vertexNormals.array[touched[i]])) continue;

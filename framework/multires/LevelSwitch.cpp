@@ -355,10 +355,8 @@ void LevelGeometry::Restore(uint32_t boundIndex, const std::vector<SeenByNeighbo
 }
 
 void LevelGeometry::ReportCarried(const CarriedLevel& carried) {
-    constexpr uint8_t shape = SurfaceChange::Positions | SurfaceChange::Normals;
-    std::vector<uint32_t> moved = carried.vertices;
-    moved.insert(moved.end(), carried.normalVertices.begin(), carried.normalVertices.end());
-    ReportVertices(carried.level, shape, moved);
+    ReportVertices(carried.level, SurfaceChange::Positions, carried.vertices);
+    ReportVertices(carried.level, SurfaceChange::Normals, carried.normalVertices);
     ReportVertices(carried.level, SurfaceChange::Mask, carried.freezeVertices);
 }
 

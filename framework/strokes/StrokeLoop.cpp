@@ -317,20 +317,25 @@ void StrokeLoop::ForgetLastWalks() {
 }
 
 // The level that was walked is the one whose faces were the patches of the dab. A visited patch
-// that was not reached has its normals written too, so the patches around all visited ones are
-// named: their border vertices may have other normals.
+// that was not reached has its normals written too. A patch shares its border vertices with the
+// patches around it, so these are named along with it.
 void StrokeLoop::ReportDab() {
     if (geometry.Observers().empty()) return;
+    // Such a brush reports its changes itself.
+    if (dynamic_cast<StrokePutBack*>(&brush) != nullptr) return;
     const uint32_t bound = geometry.BoundIndex();
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
         LevelMesh& mesh = *geometry.Level(level);
-        if (!mesh.LastFaceWalk().empty()) {
-            std::vector<uint32_t> visited;
-            for (const FaceVisit& visit : mesh.LastFaceWalk()) visited.push_back(visit.face);
-            geometry.ReportPatches(
-                bound, shapeChange, level, FacesAt(mesh, CornersOf(mesh, visited)));
+        std::vector<uint32_t> visited;
+        std::vector<uint32_t> reached;
+        for (const FaceVisit& visit : mesh.LastFaceWalk()) {
+            visited.push_back(visit.face);
+            if (visit.answer) reached.push_back(visit.face);
         }
-        if (mesh.LastVertexWalk().empty()) continue;
+        geometry.ReportPatches(
+            bound, SurfaceChange::Positions, level, WithFacesAround(mesh, std::move(reached)));
+        geometry.ReportPatches(
+            bound, SurfaceChange::Normals, level, WithFacesAround(mesh, std::move(visited)));
         std::vector<uint32_t> vertices;
         for (const FaceVisit& visit : mesh.LastVertexWalk()) vertices.push_back(visit.face);
         geometry.ReportVertices(bound, shapeChange, vertices);

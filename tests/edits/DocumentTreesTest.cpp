@@ -9,6 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+#include <vector>
+
 namespace trovik::test {
 namespace {
 
@@ -19,10 +23,10 @@ protected:
         document.SelectTool("Wax");
     }
 
-    void Stroke(const Vector& at, float radius) {
+    void Stroke(const Vector& at, float radius, float strength = 0.1f) {
         StrokeDab dab = DabAt(document.Geometry(), document.Tree().Nearest(at).value());
         dab.size = radius;
-        dab.strength = 0.1f;
+        dab.strength = strength;
         document.Loop().Begin(BrushOperation::ModifierNone);
         document.Loop().Dab(dab);
         document.Loop().End();
@@ -67,6 +71,53 @@ TEST_F(DocumentTrees, FreezingRefitsNothing) {
                   document.Redo();
               }),
               0u);
+}
+
+TEST_F(DocumentTrees, AFreezeDabRefitsNothing) {
+    document.SelectTool("Freeze");
+    EXPECT_EQ(Refitted([&] { Stroke({1.0f, 1.0f, 0.0f}, 0.3f, 50.0f); }), 0u);
+    EXPECT_GT(document.Geometry().Bound()->FrozenVertexCount(), 0u);
+}
+
+/// Collects the patches of a kind of change.
+class PatchLog final : public GeometryObserver {
+public:
+    explicit PatchLog(uint8_t ofWhat) : what(ofWhat) {}
+    void SurfaceChanged(const SurfaceChange& change) override {
+        ASSERT_FALSE(change.all);
+        if ((change.what & what) == 0) return;
+        patchLevel = change.patchLevel;
+        patches.insert(change.patches.begin(), change.patches.end());
+    }
+
+    uint32_t patchLevel = 0;
+    std::set<uint32_t> patches;
+
+private:
+    uint8_t what;
+};
+
+TEST_F(DocumentTrees, ADabRefitsNoPatchesOfWhichNormalsAloneChange) {
+    PatchLog moved(SurfaceChange::Positions);
+    PatchLog shaded(SurfaceChange::Normals);
+    LevelGeometry& geometry = document.Geometry();
+    geometry.AddObserver(moved);
+    geometry.AddObserver(shaded);
+    const uint64_t boxes = Refitted([&] { Stroke({1.1f, 1.1f, 0.0f}, 0.1f); });
+    geometry.RemoveObserver(moved);
+    geometry.RemoveObserver(shaded);
+    ASSERT_FALSE(moved.patches.empty());
+    EXPECT_LT(moved.patches.size(), shaded.patches.size());
+    EXPECT_TRUE(std::includes(
+        shaded.patches.begin(), shaded.patches.end(), moved.patches.begin(), moved.patches.end()));
+    const auto refittedBy = [&](const PatchLog& log) {
+        const std::vector<uint32_t> patches(log.patches.begin(), log.patches.end());
+        return Refitted([&] {
+            geometry.ReportPatches(4, SurfaceChange::Positions, log.patchLevel, patches);
+        });
+    };
+    EXPECT_EQ(boxes, refittedBy(moved));
+    EXPECT_LT(boxes, refittedBy(shaded));
 }
 
 TEST_F(DocumentTrees, GoingToANeighbouringLevelAndBackKeepsBothTrees) {
