@@ -7,61 +7,62 @@
 
 namespace trovik {
 
-/// What becomes of the path of a pen before dabs are laid along it. Lengths are in the samples'
-/// units: pixels of the viewport, or world units.
+/// How the path of a pen is modified before dabs are applied along it. Lengths are in the units of
+/// the samples: pixels of the viewport, or world units.
 struct PathShape {
-    /// The pen is drawn onto the curve through these points where it comes near; empty: nowhere.
+    /// Control points of the curve to which the pen snaps when it is near; empty disables snapping.
     std::vector<Vector> snapTo;
-    /// How near that is.
+    /// Distance within which the pen snaps.
     float snapDistance = 0.0f;
-    /// The curve is a smooth one through its points, and not straight from one to the next.
+    /// The snapping curve is smooth instead of piecewise linear.
     bool snapSmoothly = false;
-    /// Length of the way over which places are averaged.
+    /// Length of the path over which positions are averaged.
     float smoothing = 0.0f;
-    /// Length of the string on which the pen pulls the brush.
+    /// Distance by which the stabiliser lets the brush lag behind the pen (lazy brush).
     float steady = 0.0f;
-    /// Straight from the first place to the last.
+    /// Replaces the path by the straight line from the first to the last position.
     bool line = false;
-    /// Along a smooth curve through the samples.
+    /// Replaces the path by a smooth curve through the samples.
     bool curve = false;
 };
 
-/// The samples' path as the shape wants it: first the curve through the samples or the straight
-/// line, then snapping, smoothing and the string. Without any of them the samples themselves.
-/// This and the functions below throw HostError for a path that takes more than maxPathSteps (see
-/// PathSteps.h), of a 16th of the length that they are given.
-/// \param timed  times count, see ArcPath.
+/// Applies a shape to a path: first the curve through the samples or the straight line, then
+/// snapping, smoothing and the stabiliser. Without any of them it returns the samples. All
+/// functions below throw HostError for a path that takes more than maxPathSteps (see PathSteps.h)
+/// steps of a 16th of their length argument.
+/// \param timed  keeps times, see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
 
-/// Each place becomes the mean of the places on `length` of the way around it; toward the ends of
-/// as much as there is on both sides, so that the path begins and ends where it did. A straight way
-/// stays as it is. Pressure, tilt and time stay at their length of the way.
+/// Replaces each position by the mean of the positions on the surrounding stretch of path of the
+/// given length. Near the ends the stretch shrinks symmetrically, so that the path keeps its end
+/// points. A straight line does not change. Pressure, tilt and time stay at their arc length.
 TROVIK_API std::vector<PathSample> Smoothed(const std::vector<PathSample>& samples,
                                             float length,
                                             bool timed = false);
 
-/// The way of a weight on a string of this length, of which the pen holds the other end: it stays
-/// while the string is slack and then moves straight toward the pen. It begins where the pen does
-/// and ends where it is when the pen is lifted, up to a string's length behind. The exact curve of
-/// pursuit, whatever the number of samples.
+/// Stabilises a path: the brush position trails the pen by at most `length`. It does not move while
+/// the pen is nearer, and otherwise moves straight toward the pen. It starts at the pen's position
+/// and ends where it is when the pen is lifted, up to `length` behind. The result is the exact
+/// tractrix, independent of the number of samples.
 TROVIK_API std::vector<PathSample> OnString(const std::vector<PathSample>& samples,
                                             float length,
                                             bool timed = false);
 
-/// The straight line from the first place to the last. Pressure, tilt and time are those at the
-/// same share of the way.
+/// The straight line from the first to the last position. Pressure, tilt and time are those at the
+/// same fraction of the path.
 TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& samples);
 
-/// The centripetal Catmull-Rom curve through the places: it goes through each, has no kinks, makes
-/// no loops between neighbours, and is a straight line through places on one. Pressure, tilt and
-/// time run evenly from sample to sample. Places that repeat count once.
+/// The centripetal Catmull-Rom curve through the positions: it interpolates each of them, is
+/// smooth, makes no loops between neighbours, and is a straight line if the positions are
+/// collinear. Pressure, tilt and time are interpolated linearly from sample to sample. Repeated
+/// positions count once.
 TROVIK_API std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples);
 
-/// Each place within `distance` of the polyline `curve` moves to the nearest one on it, the first
-/// of several; others stay. Where the pen comes near or leaves, the path goes straight between
-/// both.
+/// Moves each position within `distance` of the polyline `curve` to the nearest point of it, the
+/// first of several; other positions do not change. Where the pen comes near or leaves, a straight
+/// segment connects both parts.
 TROVIK_API std::vector<PathSample> Snapped(const std::vector<PathSample>& samples,
                                            const std::vector<Vector>& curve,
                                            float distance,

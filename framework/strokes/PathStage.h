@@ -10,17 +10,18 @@
 
 namespace trovik {
 
-/// One thing that is done to a path while it is drawn: samples go in one by one, and those come out
-/// that no later one can change. What comes out in all does not depend on when it is asked for.
+/// One step of shaping a path while it is drawn: samples are added one at a time, and the stage
+/// returns those that no later sample can change. The total output does not depend on how the calls
+/// are divided.
 class PathStage {
 public:
     virtual ~PathStage() = default;
-    /// Takes a sample in, and appends what is certain by it.
+    /// Adds a sample and appends the samples that it makes certain to `out`.
     virtual void Add(const PathSample& sample, std::vector<PathSample>& out) = 0;
-    /// The path has come to its end; appends the rest.
+    /// Ends the path and appends the remaining samples.
     virtual void Finish(std::vector<PathSample>& out) = 0;
 
-    /// Everything at once.
+    /// Processes a whole path at once.
     std::vector<PathSample> Whole(const std::vector<PathSample>& samples) {
         std::vector<PathSample> out;
         for (const PathSample& sample : samples) Add(sample, out);
@@ -29,31 +30,32 @@ public:
     }
 };
 
-/// See Straightened. Everything waits for the end.
+/// See Straightened. All samples wait for the end of the path.
 std::unique_ptr<PathStage> LineStage();
-/// See CurveThrough. The way to a sample waits for the next one at another place.
-/// Adding throws HostError when the curve is cut into more than maxPathSteps chords.
+/// See CurveThrough. The curve segment to a sample waits for the next sample at another position.
+/// Adding throws HostError if the curve is divided into more than maxPathSteps chords.
 std::unique_ptr<PathStage> CurveStage();
-/// See Snapped; the distance must be above 0. Nothing waits. For this and the next two stages:
-/// `poll` is called now and then during long work, and what it throws passes through; adding throws
-/// HostError for a path that takes more than maxPathSteps, of a 16th of the length each.
+/// See Snapped; the distance must be above 0. No sample waits. For this stage, SmoothingStage and
+/// StringStage: `poll` is called regularly during long work, and its exceptions pass through;
+/// adding throws HostError for a path that takes more than maxPathSteps steps of a 16th of the
+/// length.
 std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                      float distance,
                                      bool timed,
                                      const StepPoll& poll = StepPoll());
-/// See Smoothed; the length must be above 0. A place waits until the pen is half the length farther
-/// on its way, also where the pen rests.
+/// See Smoothed; the length must be above 0. A position waits until the pen has moved half the
+/// length farther along the path, even if the pen pauses.
 std::unique_ptr<PathStage> SmoothingStage(float length,
                                           bool timed,
                                           const StepPoll& poll = StepPoll());
-/// See OnString; the length must be above 0. Nothing waits.
+/// See OnString; the length must be above 0. No sample waits.
 std::unique_ptr<PathStage> StringStage(float length, bool timed, const StepPoll& poll = StepPoll());
 
-/// A path as a shape wants it while it is drawn: the stages of Shaped one behind the other, each
-/// with what it waits for. Without any, samples go through as they are.
+/// Shapes a path while it is drawn: chains the stages of Shaped, each with its delay. Without any
+/// stage, samples pass unchanged.
 class TROVIK_API PathShaper {
 public:
-    /// \param poll  called now and then during long work; what it throws passes through.
+    /// \param poll  called regularly during long work; its exceptions pass through.
     explicit PathShaper(const PathShape& shape = {},
                         bool timed = false,
                         const std::function<void()>& poll = {});
@@ -61,9 +63,9 @@ public:
     PathShaper(PathShaper&&) noexcept;
     PathShaper& operator=(PathShaper&&) noexcept;
 
-    /// \return what is certain by the samples, and was not returned before.
+    /// \return the samples that have become certain and were not returned before.
     std::vector<PathSample> Add(const std::vector<PathSample>& samples);
-    /// After the last sample. \return the rest.
+    /// Ends the path after the last sample. \return the remaining samples.
     std::vector<PathSample> Finish();
 
 private:

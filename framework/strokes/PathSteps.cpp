@@ -87,7 +87,7 @@ double PathSteps::StepLength(const Vector& first) {
     if (hit) {
         world = WorldPlace(geometry, *hit);
     } else if (const AxisAlignedBoundingBox box = tree.Bounds(); !box.IsEmpty()) {
-        // A path can begin off the mesh. Somewhere in the mesh is near enough for an estimate.
+        // A path can begin off the mesh. The centre of the mesh is near enough for an estimate.
         const Vector middle((box.minX + box.maxX) * 0.5f,
                             (box.minY + box.maxY) * 0.5f,
                             (box.minZ + box.maxZ) * 0.5f);
@@ -98,7 +98,7 @@ double PathSteps::StepLength(const Vector& first) {
     if (space == PathSpace::Surface) {
         step = 0.25 * std::min(spacing, 1.0f) * size;
     } else {
-        // In this order a ratio that is NaN, at the depth of the eye, leaves half a pixel.
+        // With this argument order a NaN ratio, at the depth of the eye, yields half a pixel.
         step = std::min(viewStep, static_cast<double>(spacing) * size / pixel);
     }
     return *step;

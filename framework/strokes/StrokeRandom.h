@@ -5,13 +5,13 @@
 
 namespace trovik {
 
-/// Numbers that look random and are the same on every machine for the same seed. Integer
-/// arithmetic alone, and one exact product at the end.
+/// Pseudo-random numbers that are identical on every machine for the same seed. They use only
+/// integer arithmetic and one exact product at the end.
 class StrokeRandom {
 public:
     explicit StrokeRandom(uint64_t seed = 0) : state(seed) {}
 
-    /// The next 64 bits: the state moves on by an odd constant and is mixed.
+    /// The next 64 bits: an odd constant is added to the state, and the sum is mixed.
     uint64_t Next() {
         state += 0x9e3779b97f4a7c15u;
         uint64_t z = state;
