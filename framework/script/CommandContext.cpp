@@ -13,8 +13,8 @@ namespace trovik {
 
 namespace {
 
-/// A point of a script is far from the surface when it lies farther away than this fraction of the
-/// mesh's diagonal. Points are often taken from the mesh file, and a refined surface lies inside of
+/// A point of a script counts as far from the surface if its distance exceeds this fraction of the
+/// mesh's diagonal. Points are often taken from the mesh file, and a refined surface lies inside
 /// it: by 8 percent for a cube.
 constexpr float farFraction = 0.1f;
 

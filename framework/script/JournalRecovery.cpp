@@ -15,10 +15,10 @@ namespace trovik {
 
 namespace {
 
-/// Leaves a step after its last finished dab.
+/// Thrown to leave a step after its last complete dab.
 struct EndOfJournal : std::exception {};
 
-/// Counts what a step does, up to a limit.
+/// Counts the dabs of a step, up to a limit.
 class DabCounter final : public StrokeInputListener {
 public:
     uint32_t count = 0;
@@ -44,12 +44,12 @@ bool IsStill(const JournalFile& file, JobControl* job) {
     return HashFile(file.path, job) == file.content;
 }
 
-/// Runs a journal's steps.
+/// Repeats the steps of a journal.
 class Redo {
 public:
     Redo(const std::string& journalPath, RecoveredWork& recovered, const RecoveryOptions& given)
         : path(journalPath), work(recovered), content(recovered.content), options(given) {}
-    /// The document may outlive this with a stroke still open, whose end nobody counts.
+    /// The document may outlive this object with a stroke still open, whose end is not counted.
     ~Redo() {
         if (isListening) work.runner->GetDocument().SetInputListener(nullptr);
     }
@@ -62,7 +62,7 @@ public:
         const nlohmann::json script = Checked(first);
         ScriptProgress quiet;
         quiet.job = options.progress.job;
-        // Journals of programs that did not confine scripts name no output folder.
+        // Journals of versions that did not confine scripts name no output folder.
         const std::string& output = content.base.output;
         work.runner = std::make_unique<ScriptRunner>(
             content.base.script, output.empty() ? "." : output, quiet);
@@ -103,9 +103,9 @@ private:
         }
     }
 
-    /// Sees where the work can start; \return the first step to be done.
+    /// Determines where the work can start. \return the index of the first step to repeat.
     std::size_t ChooseStart() {
-        // Where nothing came after a save, the scene is the work.
+        // If nothing followed a save, the scene already contains all the work.
         const auto& saves = content.saves;
         if (!saves.empty() && saves.back().stepsBefore == content.steps.size() &&
             IsStill(saves.back().scene, options.progress.job))
@@ -129,7 +129,7 @@ private:
         return save.stepsBefore;
     }
 
-    /// The steps as one script, which its schema finds good.
+    /// The steps as one script, checked against the schema.
     nlohmann::json Checked(std::size_t first) const {
         nlohmann::json script = content.base.setup;
         script["steps"] = nlohmann::json::array();
@@ -204,7 +204,7 @@ private:
             loop.End([this] { ThrowIfCancelled(); });
             return;
         }
-        // The end itself may have failed, which need not happen again.
+        // The original end may have failed, which need not happen again.
         try {
             loop.Break();
         } catch (const HostError&) {

@@ -10,14 +10,15 @@ namespace trovik {
 namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} << 20;
-/// An hour: what a stroke's airbrush would lay in more is no stroke any more.
+/// One hour: an upper bound for the duration of a stroke, which also limits the dabs of an
+/// airbrush.
 constexpr double longestTime = 3.6e6;
-/// Rounding of a pen that lies flat.
+/// Allows for rounding when a pen lies flat.
 constexpr float longestTilt = 1.001f;
 
 PathSample SampleOf(const FieldReader& numbers) {
     const nlohmann::json& json = numbers.Json();
-    // The schema admits nothing but 4 to 6 numbers.
+    // The schema accepts 4 to 6 numbers.
     if (json.size() == 5)
         numbers.Fail(
             "a sample is [x, y, pressure, milliseconds] or has the two numbers of the tilt too");

@@ -16,14 +16,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The part of a file name that stands for the number of a tile.
+/// The placeholder for a tile number in a file name.
 constexpr const char* tileMark = "<UDIM>";
 
 bool StartsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-/// Whether a file name is `pattern` with a number in place of the mark; the number may be any text.
+/// Whether a file name is `pattern` with its placeholder replaced by a tile number, for which any
+/// text is accepted.
 bool IsTile(const std::string& fileName, const std::string& pattern) {
     const std::size_t mark = pattern.find(tileMark);
     if (mark == std::string::npos) return false;
@@ -32,13 +33,13 @@ bool IsTile(const std::string& fileName, const std::string& pattern) {
            fileName.compare(fileName.size() - end.size(), end.size(), end) == 0;
 }
 
-/// The names in a folder; none if it does not exist. \throw HostError if it cannot be listed.
+/// The names in a folder; empty if it does not exist. \throw HostError if it cannot be listed.
 std::vector<std::string> NamesIn(const fs::path& folder) {
     const auto fail = [&folder](int systemError) {
         throw HostError("cannot list the folder " + folder.string() + ": " +
                         std::generic_category().message(systemError));
     };
-    // std::filesystem's directory iterators end the process when memory is refused.
+    // std::filesystem's directory iterators terminate the process if an allocation fails.
     const auto close = [](DIR* opened) { closedir(opened); };
     const std::unique_ptr<DIR, decltype(close)> listing(opendir(folder.c_str()), close);
     if (listing == nullptr) {
@@ -67,7 +68,7 @@ bool Exists(const std::string& path) {
     });
 }
 
-/// Whether `path` is `folder` or lies in it; both canonical.
+/// Whether `path` is `folder` or lies within it; both must be canonical.
 bool IsWithin(const fs::path& folder, const fs::path& path) {
     const auto [end, ignored] =
         std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
@@ -83,7 +84,7 @@ fs::path Canonical(const fs::path& path) {
     std::error_code failed;
     fs::path resolved = fs::weakly_canonical(path, failed);
     if (failed) throw HostError("cannot resolve " + path.string() + ": " + failed.message());
-    // A trailing separator of a folder would be one more element.
+    // A trailing separator of a folder would add an element.
     return resolved.has_filename() ? resolved : resolved.parent_path();
 }
 
@@ -128,7 +129,7 @@ std::string ScriptFiles::Target(const std::string& name) const {
     const fs::path root = Canonical(fs::absolute(output.empty() ? "." : output));
     if (!IsWithin(root, Canonical(fs::absolute(target))))
         RefuseOutside(name, "leads through a symbolic link out of");
-    // Tiles of a map are written under other names, buffers under the stem of their document.
+    // Tiles of a map are written under other names, and buffers under the stem of their document.
     // Copies of material files keep their own names and never follow links.
     const std::string stem = target.stem().string() + ".";
     const fs::path parent = fs::absolute(target).parent_path();

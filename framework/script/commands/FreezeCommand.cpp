@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// A region is chosen by one of these fields; "center" and "min" each need a second one.
+/// A region is selected by one of these fields; "center" and "min" each require a second one.
 std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
     const std::pair<const char*, bool> fields[] = {{"all", choice.all.has_value()},
                                                    {"center", choice.center.has_value()},
@@ -30,7 +30,7 @@ std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
     return given;
 }
 
-/// The field that says what is done. \throw FieldFault unless there is exactly one.
+/// The field that selects the operation. \throw FieldFault unless there is exactly one.
 std::string WhatOf(const FreezeChoice& choice) {
     const std::vector<std::string> found = FieldsGiven(choice);
     if (found.size() > 1) {
@@ -56,7 +56,7 @@ struct Filter {
     std::vector<uint8_t> (*run)(const LevelMesh& level, uint32_t times);
 };
 
-/// Changes what is frozen by one of the filters. \return false if the step has none.
+/// Applies one of the filters to the mask. \return false if the step has none.
 bool RunFilter(CommandContext& context, const FreezeChoice& choice, float amount) {
     const Filter filters[] = {{choice.grow, "grow", GrownFreeze},
                               {choice.shrink, "shrink", ShrunkFreeze},

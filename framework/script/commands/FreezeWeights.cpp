@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What a "freeze" command chooses.
+/// \file Computes the mask weights that a "freeze" command selects.
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/freeze/FreezeParts.h"
 #include "framework/script/commands/FreezeParameters.h"
@@ -11,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// The radius of curvature that "cavity" looks for, as a fraction of the mesh's diagonal.
+/// The default radius of curvature for "cavity", as a fraction of the mesh's diagonal.
 constexpr float cavityFraction = 0.02f;
 
 std::vector<float> OfImage(CommandContext& context, const FreezeImage& image, ViewReach reach) {

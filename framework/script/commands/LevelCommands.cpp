@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Commands that add, delete and choose levels, and "reset", which rebuilds them.
+/// \file Commands that add, delete and select levels, and "reset", which rebuilds them.
 #include "framework/errors/Cancelled.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/mesh/BaseLevel.h"
@@ -20,20 +19,20 @@ struct EnumNames<LevelSide> {
 
 namespace {
 
-/// Whether the user was informed of what refinement does to triangles.
+/// Whether the user has been informed of the effect of refinement on triangles.
 struct TriangleNote {
     bool isGiven = false;
 };
 
-/// What the account of memory still grants.
+/// The memory that the memory account still allows.
 uint64_t AccountedRoom() {
     const int64_t limit = MemoryAccount::Limit();
     if (limit <= 0) return std::numeric_limits<uint64_t>::max();
     return static_cast<uint64_t>(std::max<int64_t>(limit - MemoryAccount::Total(), 0));
 }
 
-/// Calls `step`, which makes one undo step, `count` times. When it is cancelled, undoes those that
-/// are done.
+/// Calls `step`, which makes one undo step, `count` times. On cancellation, undoes the completed
+/// steps.
 template <typename Step>
 void RepeatOrUndo(Document& document, int count, const Step& step) {
     int done = 0;
@@ -56,7 +55,8 @@ void Subdivide(CommandContext& context, const int& count) {
     }
     const uint64_t budget = std::min(context.subdivideBudget, AccountedRoom());
     AtField("", [&] {
-        // All of them first, so that a command that cannot be done leaves the mesh as it was.
+        // All levels are checked first, so that a command that cannot be completed leaves the mesh
+        // unchanged.
         document.Geometry().CheckForecast(static_cast<uint32_t>(count), budget);
         RepeatOrUndo(document, count, [&] {
             document.Subdivide(LevelGeometry::unlimitedBytes, context.Job());

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Commands on symmetry: "mirror" for the next strokes, "symmetrize" for the surface.
+/// \file Symmetry commands: "mirror" for the next strokes, "symmetrize" for the surface.
 #include "framework/script/Command.h"
 
 #include <algorithm>

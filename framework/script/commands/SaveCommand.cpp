@@ -20,7 +20,7 @@ void CheckSave(CommandContext& context, const std::string& file) {
     context.NoteWritten(ScenePath(context, file));
 }
 
-// The document informs its journal of a save.
+// The document notifies its journal of a save.
 const CommandRegistration<std::string> save(
     {.name = "save", .isJournaled = false, .writesFiles = true}, Save, CheckSave);
 

@@ -77,7 +77,7 @@ void ApplySettings(CommandContext& context, const SettingsParameters& settings) 
     SetPen(context, settings);
 }
 
-// Settings before a wrong one count, and so does the notification.
+// Settings before an invalid one take effect, so the notification is sent for them as well.
 void Set(CommandContext& context, const SettingsParameters& settings) {
     try {
         ApplySettings(context, settings);
@@ -88,7 +88,7 @@ void Set(CommandContext& context, const SettingsParameters& settings) {
     context.document.NoteToolChanged();
 }
 
-// One by one, so that each is reported that is wrong.
+// Checked one at a time, so that every invalid setting is reported.
 void CheckSettings(CommandContext& context,
                    const FieldReader& settings,
                    const CommandEntry::Report& report) {

@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The whole path, so that the stamp stays the same wherever the program is started.
+// An absolute path, so that the stamp does not depend on the folder in which the program is
+// started.
 std::string StampPath(const ScriptFiles& files,
                       const std::string& name,
                       const std::string& pointer) {
@@ -73,7 +74,7 @@ void SetFields(CommandContext& context, const StampParameters& stamp) {
 
 void SetStamp(CommandContext& context, const StampSetting& setting) {
     const auto* fields = std::get_if<StampParameters>(&setting);
-    // The brush took the pixels of the stamp when the stroke began.
+    // The brush copied the pixels of the stamp when the stroke began.
     const bool other = fields == nullptr || fields->path || fields->enabled;
     if (other && context.document.Loop().IsActive())
         throw FieldFault("/stamp", "a stroke is open, and keeps the stamp with which it began");

@@ -9,15 +9,15 @@ namespace trovik {
 
 namespace {
 
-/// The state when the open stroke began, for warnings at its end.
+/// State at the beginning of the open stroke, for warnings at its end.
 struct StrokeStart {
     uint64_t dabs = 0;
     bool wholeMesh = false;
-    /// Freeze amounts; of the freeze brush only.
+    /// Mask weights; stored for the freeze brush only.
     std::vector<uint8_t> frozen;
 };
 
-/// Which fields a stroke must and must not have.
+/// Checks which fields a stroke must and must not have.
 void CheckKinds(const CommandContext& context, const StrokeParameters& stroke) {
     const bool staysOpen = stroke.open.value_or(false);
     const bool goesOn = stroke.goesOn.value_or(false);
@@ -137,7 +137,7 @@ void Stroke(CommandContext& context, const StrokeParameters& stroke) {
     WarnOfIdleStroke(context, stroke, before);
 }
 
-// Whether the stroke stays open counts for the steps that follow, also where its samples are wrong.
+// Later steps depend on whether the stroke stays open, even if its samples are invalid.
 void CheckStroke(CommandContext& context,
                  const FieldReader& from,
                  const CommandEntry::Report& report) {

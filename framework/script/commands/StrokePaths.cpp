@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Paths of strokes: samples of a pointer, of a pen or on the surface, and what shapes them.
+/// \file Paths of strokes: samples of a pointer, of a pen or on the surface, and their shaping.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/script/commands/StrokeParameters.h"
 #include "framework/strokes/LiveStroke.h"
@@ -12,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// Whether dabs differ from those of a plain path.
+/// Whether dabs differ from those along an unshaped path.
 bool Shapes(const DabDynamics& dynamics) {
     return !dynamics.strengthCurve.IsIdentity() || !dynamics.sizeCurve.IsIdentity() ||
            dynamics.randomSize > 0.0f || dynamics.radiusPixels > 0.0f;
@@ -67,7 +66,7 @@ PenStrokeOptions PenOf(CommandContext& context, const StrokeParameters& stroke) 
     pen.isFiltered = isPen && path.filter.value_or(true);
     pen.progress = context.DabProgress();
     pen.poll = [&context] { context.ThrowIfCancelled(); };
-    // Samples of scripts are exact, whatever the tool does with those of a hand.
+    // Samples of scripts are exact, so the tool's smoothing and stabiliser apply only to pens.
     if (!isPen || path.smoothing) pen.smoothing = path.smoothing.value_or(0.0f);
     if (!isPen || path.steady) pen.steady = path.steady.value_or(0.0f);
     if (!IsImprint(context.document.Brush())) pen.shape = ShapeOf(stroke);

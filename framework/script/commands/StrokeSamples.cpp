@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-/// The milliseconds that PenSamples turns into these seconds.
+/// The milliseconds that PenSamples converts to exactly these seconds.
 double Milliseconds(double seconds) {
     const double near = seconds * 1000.0;
     for (double one = near, other = near; other < near + 1.0;) {

@@ -27,7 +27,7 @@ struct ComponentParameters {
     }
 };
 
-/// One of the fields up to `hidden` chooses the faces.
+/// Exactly one of the fields up to `hidden` selects the faces.
 struct FaceParameters {
     std::optional<float> mask;
     std::optional<NameOrNone> group;
