@@ -115,10 +115,10 @@ void Document::WriteScene(const std::string& target,
 Document::~Document() {
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
         if (one == nullptr || !one->IsActive()) continue;
-        // Nobody is left to receive an error.
+        // There is no caller left to receive an error.
         try {
             Activate();
-            // Mirrored sides still owed could take long, and nobody sees them any more.
+            // Applying the remaining mirrored sides could take long, and nobody would see them.
             one->Break();
         } catch (const std::exception&) {
         } catch (Error* error) {
@@ -155,12 +155,12 @@ void Document::BuildGeometry(JobControl* job) {
 void Document::FollowLevel(JobControl* job) {
     Activate();
     if (trees == nullptr) {
-        // Ahead of the observers of the document, which may pick.
+        // Created before the document's observers are notified, because they may pick.
         trees = std::make_unique<LevelTrees>(*geometry);
         tree = nullptr;
     }
     const bool follows = tree != nullptr && tree->IsCurrent() && tree->Level() == geometry->Bound();
-    // Also drops the trees of levels that are gone.
+    // Also deletes the trees of deleted levels.
     tree = &trees->OfBound(job);
     if (surfaceEvents == nullptr) surfaceEvents = std::make_unique<SurfaceEvents>(*this);
     if (follows) return;
@@ -168,7 +168,7 @@ void Document::FollowLevel(JobControl* job) {
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
-    // A geometry that was rebuilt or came with a scene.
+    // The geometry was rebuilt or loaded from a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
         geometry->FindMirror();
     PlaceMirrors();
@@ -189,7 +189,7 @@ void Document::SetObserver(StrokeObserver* newObserver) {
 }
 
 void Document::SetRenderers(const std::vector<float>& updateFactors) {
-    // The brush holds the renderers for the length of a stroke.
+    // The brush stores the renderers for the duration of a stroke.
     RequireNoStroke("change the renderers");
     rendererFactors = updateFactors;
     PlaceRenderers();

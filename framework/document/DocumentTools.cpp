@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Tools, symmetry and camera, and the globals of the process that they use.
+/// \file Tools, symmetry and camera, and the process globals that they use.
 #include "framework/brushes/StampFiles.h"
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
@@ -13,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Combinations of mirrors have no mode of their own; any value but 0 to 3 and 7 will do.
+/// Combinations of mirrors have no mode of their own; any value other than 0 to 3 and 7 works.
 constexpr int severalCopies = 4;
 
 }  // namespace
