@@ -11,15 +11,15 @@ namespace trovik {
 
 namespace {
 
-/// The two texels on both sides of a place along one axis, and the share of the second.
+/// The two texels on both sides of a position along one axis, and the weight of the second one.
 struct Between {
     std::uint32_t first;
     std::uint32_t second;
     float share;
 };
 
-/// \param place  in texels from the first one's outer edge. \param repeat  the last one meets the
-/// first.
+/// \param place  in texels from the outer edge of the first texel. \param repeat  the texel after
+/// the last is the first.
 Between BetweenTexels(double place, std::uint32_t size, bool repeat) {
     const double centred = place - 0.5;
     const double below = std::floor(centred);

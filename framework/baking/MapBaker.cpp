@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint32_t largestPadding = 256;
 
-/// Binds a level; the destructor restores the state before.
+/// Binds a level; the destructor restores the previous state.
 class BoundLevel {
 public:
     BoundLevel(LevelGeometry& ofGeometry, std::uint32_t level, JobControl* job)
@@ -73,7 +73,7 @@ void CheckSizes(const BakeOptions& options) {
                         " texels is too wide; it may be " + std::to_string(largestPadding));
 }
 
-/// What the map holds at each frame of the smooth surface.
+/// The value of the map at each frame of the smooth surface.
 std::vector<MapValue> FrameValues(const BakeOptions& options,
                                   const LevelMesh& fine,
                                   const std::vector<Vector>& smooth,
@@ -102,7 +102,7 @@ std::vector<MapValue> FrameValues(const BakeOptions& options,
     return values;
 }
 
-/// Lays the faces of one level into canvases, tile by tile.
+/// Rasterises the faces of one level into canvases, tile by tile.
 class TilePainter {
 public:
     TilePainter(LevelMesh& ofLevel,
@@ -121,7 +121,7 @@ public:
                BakeCanvas& canvas,
                std::optional<std::uint32_t>& overlappingFace,
                JobControl* job) {
-        // Faces differ much in the texels that they cover.
+        // The number of covered texels differs greatly between faces.
         JobPhase phase(job, "Painting the map", std::uint64_t{level.faceCount} * 2, 16);
         const MapTile tile = MapTile::OfNumber(number);
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {
@@ -175,7 +175,7 @@ private:
         return corners;
     }
 
-    /// Whether nothing lies across the side on the texture.
+    /// Whether the neighbour across the side is not adjacent on the texture.
     bool IsIslandEdge(std::uint32_t face, std::uint32_t side) const {
         const std::uint32_t across = level.QuadEdgeNeighbour(face, side);
         if (across == openBorder) return true;
@@ -217,7 +217,7 @@ BakedMap BakeMap(LevelGeometry& geometry,
     if (numbers.empty())
         throw HostError("no face of the mesh has texture coordinates (UVs) at all its corners");
 
-    // The levels as they are after going to `from` and then to `to`.
+    // The levels in the state after switching to `from` and then to `to`.
     const BoundLevel atFrom(geometry, map.from, job);
     const BoundLevel atTo(geometry, map.to, job);
     LevelMesh& fine = *geometry.Level(map.from);

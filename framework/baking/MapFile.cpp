@@ -24,7 +24,7 @@ std::uint16_t Rounded(float value) {
 
 void Write(const std::string& path, BakedTile& tile, const MapText& text, MapBits bits) {
     const bool coded = bits == MapBits::Sixteen || text.kind == MapKind::Normal;
-    // A scale of 0 means that nothing is displaced.
+    // A scale of 0 means that there is no displacement.
     const float factor = text.scale > 0.0f ? 1.0f / text.scale : 0.0f;
     if (coded)
         for (float& value : tile.image.pixels) value = middle + value * factor;

@@ -28,15 +28,16 @@ std::string Range(const std::array<float, 2>& low, const std::array<float, 2>& h
     return text;
 }
 
-/// The whole number below a span that may touch the next ones; -1 where it reaches beyond.
+/// The integer cell that contains a range, which may touch its neighbours; -1 if the range extends
+/// beyond a cell.
 double CellOf(double low, double high) {
     double cell = std::floor((low + high) * 0.5);
-    // A span without extent on a border belongs to what lies before it.
+    // An empty range on a border belongs to the cell before it.
     if (cell > 0.0 && low == cell && high == cell) cell -= 1.0;
     return low < cell - slack || high > cell + 1.0 + slack ? -1.0 : cell;
 }
 
-/// Numbers of texels are exact up to here.
+/// Texel coordinates are exact up to this value.
 constexpr float farthest = 1000.0f;
 
 std::uint32_t RepeatedTile(const std::array<float, 2>& low,
