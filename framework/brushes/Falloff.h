@@ -10,16 +10,16 @@ namespace trovik {
 
 class BrushOperation;
 
-/// What most tools start with, and what stands in for an unknown curve.
+/// The default of most tools, and the replacement for an unknown curve.
 inline constexpr int smoothFalloffIndex = 2;
-/// Imprint's: full nearly to the rim.
+/// The default of Imprint: full strength almost to the rim.
 inline constexpr int plateauFalloffIndex = 7;
-/// Stands for samples of the user's own, under the name "custom".
+/// Denotes user-defined samples, named "custom".
 inline constexpr int customFalloffIndex = -1;
 
 /// Names of the falloff curves, by index.
 TROVIK_API const std::vector<std::string>& FalloffNames();
-/// \return -1 for an unknown name.
+/// \return the index of a curve, or -1 for an unknown name.
 TROVIK_API int FalloffIndexOf(const std::string& name);
 /// Whether the table has a curve of this index.
 TROVIK_API bool IsFalloffIndex(int index);
@@ -33,12 +33,13 @@ inline constexpr unsigned falloffSampleCount = 256;
 /// square roots only, so that every machine makes the same table.
 TROVIK_API float FalloffValue(int index, float x);
 
-/// Fills `samples` with the curve, centre first. An index beyond the table takes "smooth".
+/// Fills `samples` with the curve, centre first. For an index outside the table the curve is
+/// "smooth".
 TROVIK_API void FillFalloff(Store<float>& samples, int index);
-/// Fills `samples` with values of the user's own.
+/// Fills `samples` with user-defined values.
 TROVIK_API void FillFalloff(Store<float>& samples, const std::vector<float>& values);
 
-/// Gives the brush a curve of the user's own, samples from the centre to the rim. It is kept with
+/// Sets a user-defined curve for the brush, samples from the centre to the rim. It is stored with
 /// the tool like the other settings.
 TROVIK_API void SetFalloffSamples(BrushOperation& brush, const std::vector<float>& samples);
 
@@ -47,9 +48,9 @@ struct FalloffPoint {
     float x = 0.0f;
     float y = 0.0f;
 };
-/// Samples of the curve that joins the points by straight lines; before the first and after the
-/// last point it stays level. \throw HostError when there are none, one is not finite or not within
-/// 0 to 1 in x, or the x do not rise.
+/// Samples of the piecewise linear curve through the points, which is constant before the first and
+/// after the last point. \throw HostError if there are no points, a point is not finite or not
+/// within 0 to 1 in x, or the x values do not ascend.
 TROVIK_API std::vector<float> FalloffFromCurve(const std::vector<FalloffPoint>& points);
 
 }  // namespace trovik
