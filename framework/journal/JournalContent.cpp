@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Builds the content record by record; each is refused that does not belong where it stands.
+/// Builds the content record by record, and rejects records that are not allowed at their position.
 class ContentBuilder {
 public:
     ContentBuilder(const JournalReader& journal, JournalContent& built)
@@ -100,7 +100,8 @@ private:
         return *found;
     }
 
-    /// The record's content as a value, with `rest` bytes behind it; null: there may be none.
+    /// The record's content as a value. \param rest  receives the bytes after it; if null, there
+    /// must be none.
     template <typename Value>
     Value ReadValue(std::string* rest = nullptr) const {
         const std::string_view bytes = record->content;
@@ -135,7 +136,7 @@ private:
         return content.steps.back();
     }
 
-    /// The stroke that is not a step's doing, or what a step left of it.
+    /// The stroke that is not part of a step, or its current part.
     JournalStep& OpenStroke() {
         if (inStep) Refuse("a record of a stroke stands within a step");
         if (!inStrokePart) Start(JournalStep());
@@ -145,7 +146,7 @@ private:
 
     void Start(JournalStep step) {
         step.byte = record->byte;
-        // What a step cuts off of a stroke is whole in itself.
+        // The part of a stroke before a step is complete.
         if (inStrokePart) content.steps.back().isOver = true;
         inStrokePart = false;
         content.steps.push_back(std::move(step));
@@ -240,15 +241,15 @@ private:
     JournalContent& content;
     const JournalRecord* record = nullptr;
     bool inStep = false;
-    /// The newest of the steps is a stroke, or a part of one, and has not ended.
+    /// The newest step is a stroke, or a part of one, that has not ended.
     bool inStrokePart = false;
-    /// Of the stroke that is not a step's doing, all its parts together.
+    /// Number of dabs in all parts of the stroke that is not part of a step.
     uint32_t strokeDabs = 0;
 };
 
 constexpr std::size_t longestLabel = 60;
 
-/// What the step is, and with what, as short as a line wants it.
+/// A short label of the step: its command and main parameters.
 std::string LabelOf(const JournalStep& step) {
     std::string text;
     if (step.step.is_null() || step.step.contains("stroke")) {
@@ -264,7 +265,7 @@ std::string LabelOf(const JournalStep& step) {
         if (letter >= 0 && letter < ' ') letter = ' ';
     if (text.size() <= longestLabel) return text;
     std::size_t end = longestLabel;
-    // Not within a letter of several bytes.
+    // Does not split a multi-byte character.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) --end;
     return text.substr(0, end) + "...";
 }

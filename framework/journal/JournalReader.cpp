@@ -22,7 +22,7 @@ uint32_t NumberAt(const std::string& bytes, std::size_t place) {
 
 JournalReader::JournalReader(const std::string& journalPath) : path(journalPath) {
     InputFile file(path);
-    // Piece by piece, so that memory follows what is there and not what the file's size says.
+    // Read in pieces, so that memory depends on the actual content and not on the file's size.
     constexpr uint64_t pieceBytes = uint64_t{1} << 20;
     while (file.Remaining() > 0) {
         const auto size = static_cast<std::size_t>(std::min(pieceBytes, file.Remaining()));
@@ -65,8 +65,8 @@ std::optional<JournalReader::Frame> JournalReader::WholeFrameAt(std::size_t plac
     return frame;
 }
 
-// Only what looks like a record is summed up, and not without end: a file that is made to look like
-// records everywhere would otherwise be read as often as it has bytes.
+// A checksum is computed only for bytes that look like a record, and only up to a limit: otherwise
+// the time for a file crafted to look like records everywhere would be quadratic in its size.
 bool JournalReader::RecordFollows(std::size_t place, uint32_t number) const {
     uint64_t effort = uint64_t{16} * bytes.size();
     for (; place + recordHeaderBytes <= bytes.size(); ++place) {
