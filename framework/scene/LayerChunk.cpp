@@ -98,7 +98,7 @@ void ReadGroundChunk(SceneStream& stream, LevelGeometry& geometry) {
             QStringLiteral("the ground of level %1, which is not there").arg(level));
     }
     const uint32_t vertexCount = geometry.Level(level)->VertexCount();
-    // In order, each once: so they are searched.
+    // Ascending without duplicates, because the lists are searched.
     const auto check = [vertexCount](const auto& list) {
         uint64_t least = 0;
         for (const auto& one : list) {

@@ -20,7 +20,7 @@ namespace trovik {
 
 namespace {
 
-/// Parts of a level that only some have.
+/// Optional parts of a level.
 enum LevelParts : uint32_t {
     HasFreeze = 1,
     HasFaceFlags = 2,
@@ -32,8 +32,8 @@ enum LevelParts : uint32_t {
     AllParts = 127
 };
 
-/// From this format on a level tells what the level below saw, and which freeze amounts its
-/// neighbours saw; and the imported mesh may be another.
+/// The first format in which a level contains the positions that the level below saw, and the
+/// freeze amounts that its neighbours saw, and in which the imported mesh may differ from level 0.
 constexpr uint32_t carriedDownFormat = 331;
 
 struct PlacedVertex {
@@ -42,7 +42,7 @@ struct PlacedVertex {
 };
 static_assert(sizeof(PlacedVertex) == 16);
 
-/// The vertices that lie elsewhere than in the level.
+/// The vertices whose positions differ from those of the level.
 template <typename PositionOf>
 std::vector<PlacedVertex> Differences(const LevelMesh& level, PositionOf positionOf) {
     std::vector<PlacedVertex> list;
@@ -81,7 +81,7 @@ SeenDifferences ReadSeen(SceneStream& stream, const LevelMesh& level) {
     return seen;
 }
 
-/// None where nothing is kept, too: a list without differences means the same.
+/// An empty list if no amounts are stored: it has the same meaning as a list without differences.
 void WriteSeenFreeze(SceneStream& stream, const FreezeDifferences& seen) {
     WriteList(stream, seen.vertices);
     WriteValues(stream, seen.amounts.data(), seen.amounts.size());
@@ -176,7 +176,7 @@ void WriteLevelChunk(SceneStream& stream,
     }
     phase.Finish();
     std::vector<uint8_t> freeze(vertices);
-    // The user's amounts, also of hidden vertices.
+    // The amounts that the user set, including those of hidden vertices.
     for (uint32_t v = 0; v < vertices; ++v)
         freeze[v] = static_cast<uint8_t>((level.vertices.array[v].freeze & ~freezeAmountMask) |
                                          level.Freeze(v));
@@ -236,8 +236,8 @@ void LevelChunkReader::Read(SceneStream& stream) {
         SceneStream::Refuse(LevelText(index) +
                             QStringLiteral(" is not the next of %1 levels").arg(head.levelCount));
     }
-    // Before the level takes memory: its file content must be all there, and be as much as follows
-    // from the level below.
+    // Checked before the level allocates memory: the file must contain all its data, with the count
+    // that follows from the level below.
     const uint64_t expected =
         geometry == nullptr ? head.vertexCount : geometry->CountNextLevelVertices();
     if (vertices != expected) {

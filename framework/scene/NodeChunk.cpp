@@ -13,20 +13,20 @@ namespace trovik {
 
 namespace {
 
-/// A node hangs under the geometry or under a level.
+/// The parent of a node is the geometry or a level.
 constexpr uint32_t geometryParent = 0xffffffffu;
-/// Far beyond any tree; a damaged file must not exhaust the stack.
+/// Deeper than any real tree; a damaged file must not exhaust the stack.
 constexpr uint32_t deepest = 16;
 
-/// The neighbour table of patches: rows of so many faces for each face of its level.
+/// The neighbour table of patches: rows of faceTableRow faces for each face of its level.
 constexpr const char* faceTableClass = "PatchMap";
 constexpr uint32_t faceTableRow = 10;
 constexpr uint32_t noFace = 0xffffffffu;
 
-/// Whoever reads the table later takes its numbers as they are, so they are looked at here.
+/// Later readers of the table do not check its numbers, so they are checked here.
 class FaceTableStream : public SceneStream {
 public:
-    /// Without `faces` a store is taken as it is.
+    /// Without `faces` a store is read unchecked.
     FaceTableStream(const SceneStream& content, std::optional<uint32_t> faces)
         : SceneStream(content), faceCount(faces) {}
 
@@ -48,7 +48,7 @@ private:
     std::optional<uint32_t> faceCount;
 };
 
-/// Hides the faces of a level for its time.
+/// Hides the faces of a level during its lifetime.
 class NoFaces {
 public:
     explicit NoFaces(LevelMesh* hidden)
@@ -64,7 +64,7 @@ private:
     uint32_t faces;
 };
 
-/// An abstract class has no node of its own in a file, only the classes below it.
+/// Only concrete classes can be created; an abstract class has no nodes of its own in a file.
 bool CanBeCreated(const ClassDesc& desc) {
     const std::unique_ptr<Node> sample(desc.Create());
     return dynamic_cast<TreeNode*>(sample.get()) != nullptr;
@@ -94,7 +94,7 @@ public:
     NodeReader(SceneStream& content, std::vector<std::string>& notesTaken)
         : stream(content), notes(notesTaken) {}
 
-    /// \param parent  null: the node and those below it are passed over.
+    /// \param parent  null to skip the node and its descendants.
     void ReadNode(TreeNode* parent, LevelMesh* level, uint32_t depth) {
         if (depth > deepest)
             SceneStream::Refuse(QStringLiteral("nodes stand more than %1 deep").arg(deepest));

@@ -26,7 +26,7 @@ PressureCurve ReadCurve(SceneStream& stream, const char* what) {
 }
 
 void Limit(float value, float least, float most, const char* what) {
-    // What is no number fails, too.
+    // NaN is rejected as well.
     if (value >= least && value <= most) return;
     SceneStream::Refuse(QStringLiteral("%1 is not within %2 to %3")
                             .arg(QLatin1String(what))

@@ -17,7 +17,7 @@ namespace {
 constexpr const char* firstChunk = "HEAD";
 constexpr const char* lastChunk = "TEND";
 constexpr std::size_t fixedHeaderBytes = 16;
-/// Far beyond what any program registers.
+/// More than any program registers.
 constexpr uint32_t mostClasses = 4096;
 constexpr uint32_t longestClassName = 1024;
 
@@ -27,10 +27,10 @@ uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t place) {
     return number;
 }
 
-/// Bytes of a chunk that are worked on at a time.
+/// Number of bytes of a chunk that are processed at a time.
 constexpr std::size_t runBytes = std::size_t{1} << 20;
 
-/// Calls work(first, size) for the bytes of a chunk in runs.
+/// Calls work(first, size) for consecutive ranges of a chunk.
 template <typename Work>
 void ForEachRun(JobPhase& phase, std::size_t total, Work work) {
     for (std::size_t first = 0; first < total; first += runBytes) {
@@ -40,7 +40,7 @@ void ForEachRun(JobPhase& phase, std::size_t total, Work work) {
     }
 }
 
-/// The name as it can stand in a message, whatever bytes a damaged file has there.
+/// The name in printable form, because a damaged file can contain any bytes.
 std::string Printable(const std::string& name) {
     std::string text;
     for (const char letter : name) {
@@ -115,7 +115,7 @@ void SceneReader::TakeHeader(std::vector<uint8_t>& bytes, std::size_t count) {
     bytes.insert(bytes.end(), taken, taken + count);
 }
 
-// Piece by piece, since only its own numbers tell how long it is.
+// Read in pieces, because the header's length follows from its own fields.
 SceneStream SceneReader::ReadHeader() {
     std::vector<uint8_t> bytes;
     TakeHeader(bytes, fixedHeaderBytes);
@@ -163,7 +163,7 @@ bool SceneReader::Next() {
                  " more: it is cut off or damaged");
     }
     contentPlace = file.Position();
-    // Reading, and then the checksum.
+    // One pass for reading and one for the checksum.
     JobPhase phase(job, "Reading the scene", contentBytes * 2, 1);
     content =
         contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes), &phase);
@@ -193,7 +193,7 @@ bool SceneReader::Next() {
 
 void SceneReader::Read(const std::function<void(SceneStream&)>& read) {
     const std::string what = "chunk " + Printable(name);
-    // Not null even for an empty chunk: null stands for no borrowed bytes.
+    // Not null even for an empty chunk: null means that no bytes are borrowed.
     static constexpr uint8_t none = 0;
     SceneStream stream = header.Section(content == nullptr ? &none : content,
                                         contentBytes,

@@ -27,7 +27,7 @@ namespace trovik {
 
 namespace {
 
-/// Puts the pieces of a scene together as its chunks come.
+/// Assembles a scene from its chunks as they are read.
 class SceneBuilder {
 public:
     SceneBuilder(SceneReader& sceneReader,
@@ -97,7 +97,7 @@ public:
         if (scene.imported.positions.empty()) {
             throw HostError(reader.Path() + ": the scene lacks chunk IMPT");
         }
-        // Where the faces of what was imported are those of level 0, so is all that they carry.
+        // If the faces of the imported mesh are those of level 0, its attributes are the same too.
         if (!importedIsOther) scene.imported.attributes = scene.geometry->Attributes();
         scene.format = reader.Header().Format();
         return std::move(scene);
@@ -158,7 +158,7 @@ private:
     BrushOperation* brush;
     BrushOperation* freezeBrush;
     JobControl* job;
-    /// Chunks that come once; HEAD was read before.
+    /// Chunks that occur once and have been read; HEAD is read before.
     std::set<std::string> seen = {"HEAD"};
     std::optional<LevelChunkReader> levels;
     LoadedScene scene;
@@ -252,7 +252,7 @@ LoadedScene LoadScene(const std::string& path,
     LoadPlugins();
     SceneReader reader(path, job);
     SceneBuilder builder(reader, brush, freezeBrush, job);
-    // The one setting that is the whole process's.
+    // The only setting that is global to the process.
     const bool facing = CheckableFloatArray::s_bActive;
     try {
         while (reader.Next()) builder.Take();

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// As many pixels a side as a picture may have.
+/// The maximum width and height of a render.
 constexpr int32_t largestSide = 16384;
 
 void TransferView(SceneStream& stream, StrokeView& view) {
@@ -41,7 +41,7 @@ void CheckView(const StrokeView& view) {
             SceneStream::Refuse(QStringLiteral("the view is %1 pixels large").arg(side));
 }
 
-/// \throw HostError for settings that no stroke takes.
+/// \throw HostError for settings that strokes reject.
 void CheckBrush(const SceneSettings& settings) {
     if (!(settings.radius > 0.0f) || !std::isfinite(settings.radius))
         throw HostError("the radius is not above 0");
