@@ -45,8 +45,8 @@ private:
     std::vector<uint32_t> vertices;
     std::vector<Vector> positions;
     std::vector<NormalWords> normals;
-    /// The other state of the layer base: the step only stores by which rounding it took over
-    /// earlier strokes.
+    /// The layer base of the other state. It is stored because it includes rounding from earlier
+    /// strokes and cannot be recomputed exactly.
     std::vector<LayerGround::OtherKnot> knots;
     std::vector<std::shared_ptr<SculptLayer>> kept;
 };

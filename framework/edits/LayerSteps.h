@@ -9,7 +9,8 @@
 
 namespace trovik {
 
-/// \name Operations on layers. Each returns its undo step, not yet pushed. @{
+/// \name Operations on layers. Each returns its undo step, not yet pushed.
+/// @{
 
 /// Adds a layer above those of the bound level and activates it for the next strokes.
 TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
