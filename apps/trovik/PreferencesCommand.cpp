@@ -39,7 +39,7 @@ void Store(const PreferencesOptions& options, const std::string& file) {
     const fs::path folder = fs::path(file).parent_path();
     if (!folder.empty()) fs::create_directories(folder, failed);
     if (failed)
-        throw HostError("cannot make the folder " + folder.string() + ": " + failed.message());
+        throw HostError("cannot create the folder " + folder.string() + ": " + failed.message());
     SavePreferences(file);
 }
 

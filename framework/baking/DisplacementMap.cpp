@@ -37,7 +37,7 @@ Between BetweenTexels(double place, std::uint32_t size, bool repeat) {
 DisplacementMap::DisplacementMap(const DisplacementOptions& given)
     : options(given), marked(HasTileMark(given.path)) {
     if (marked && options.repeat)
-        throw HostError(options.path + ": a map of several tiles does not repeat");
+        throw HostError(options.path + ": a map with several tiles cannot repeat");
 }
 
 void DisplacementMap::Settle(const std::optional<MapText>& said,
@@ -50,13 +50,14 @@ void DisplacementMap::Settle(const std::optional<MapText>& said,
     own.mid = options.mid.value_or(own.mid);
     own.scale = options.scale.value_or(own.scale);
     if (own.kind == MapKind::Normal)
-        throw HostError(path + ": a map of normals does not tell how far the surface moves");
+        throw HostError(path + ": a normal map contains no displacement");
     if (own.kind == MapKind::Vector && image.channels < 3)
-        throw HostError(path + ": a map of vectors has three channels, this image " +
+        throw HostError(path + ": a vector map must have three channels; this image has " +
                         std::to_string(image.channels));
     if (settled && (own.kind != text.kind || own.space != text.space || own.mid != text.mid ||
                     own.scale != text.scale))
-        throw HostError(path + ": its numbers mean something else than those of the other tiles");
+        throw HostError(
+            path + ": its format (kind, space, mid, scale) differs from that of the other tiles");
     text = own;
     settled = true;
 }

@@ -42,9 +42,9 @@ std::uint32_t CheckedFrom(const LevelGeometry& geometry, const BakeOptions& opti
     there(from);
     there(options.to);
     if (from <= options.to)
-        throw HostError("a map tells how a finer level differs from a coarser one; level " +
-                        std::to_string(from) + " is not finer than level " +
-                        std::to_string(options.to));
+        throw HostError(
+            "a map stores the difference between a finer and a coarser level, but level " +
+            std::to_string(from) + " is not finer than level " + std::to_string(options.to));
     return from;
 }
 
@@ -64,13 +64,15 @@ void CheckSizes(const BakeOptions& options) {
     for (const std::uint32_t side : {options.width, options.height})
         if (side < 1 || side > BakeCanvas::largestSide)
             throw HostError("a map of " + std::to_string(options.width) + " x " +
-                            std::to_string(options.height) + " texels cannot be made; a side has " +
-                            "1 to " + std::to_string(BakeCanvas::largestSide));
+                            std::to_string(options.height) +
+                            " texels is not possible; width and height must be 1 to " +
+                            std::to_string(BakeCanvas::largestSide));
     if (options.samples != 1 && options.samples != 4 && options.samples != 16)
-        throw HostError("a texel has 1, 4 or 16 samples, not " + std::to_string(options.samples));
+        throw HostError("the samples per texel must be 1, 4 or 16, not " +
+                        std::to_string(options.samples));
     if (options.padding > largestPadding)
         throw HostError("a padding of " + std::to_string(options.padding) +
-                        " texels is too wide; it may be " + std::to_string(largestPadding));
+                        " texels is too large; the maximum is " + std::to_string(largestPadding));
 }
 
 /// The value of the map at each frame of the smooth surface.
@@ -122,7 +124,7 @@ public:
                std::optional<std::uint32_t>& overlappingFace,
                JobControl* job) {
         // The number of covered texels differs greatly between faces.
-        JobPhase phase(job, "Painting the map", std::uint64_t{level.faceCount} * 2, 16);
+        JobPhase phase(job, "Rasterising the map", std::uint64_t{level.faceCount} * 2, 16);
         const MapTile tile = MapTile::OfNumber(number);
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {
             phase.Add();

@@ -68,7 +68,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry, const DisplacementOptions& 
         moves[v] = frozen == 0.0f ? move : move * (1.0f - frozen / 127.0f);
         if (!IsFinite(moves[v]))
             throw HostError(options.path + ": vertex " + std::to_string(v) +
-                            " would be moved beyond all numbers");
+                            " would get a position that is not finite");
         if (!(moves[v] == Vector())) moved.push_back(v);
     }
     if (moved.empty()) return 0;

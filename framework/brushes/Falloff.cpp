@@ -113,11 +113,12 @@ std::vector<float> FalloffFromCurve(const std::vector<FalloffPoint>& points) {
     for (std::size_t i = 0; i < points.size(); ++i) {
         const FalloffPoint& p = points[i];
         const std::string place = "falloff curve: point " + std::to_string(i);
-        if (!std::isfinite(p.y)) throw HostError(place + ": its value is not a number");
+        if (!std::isfinite(p.y)) throw HostError(place + ": its value is not finite");
         if (!(p.x >= 0.0f && p.x <= 1.0f))
             throw HostError(place + ": its distance is not within 0 to 1");
         if (i > 0 && !(p.x > points[i - 1].x))
-            throw HostError(place + ": its distance does not lie beyond that of the one before");
+            throw HostError(place +
+                            ": its distance is not greater than that of the previous point");
     }
     std::vector<float> samples(falloffSampleCount);
     std::size_t next = 0;

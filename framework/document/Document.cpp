@@ -23,14 +23,14 @@ std::unique_ptr<BrushOperation> MakeBrush() {
     if (desc == nullptr) {
         std::string folders;
         for (const std::string& folder : PluginFolders()) folders += " " + folder;
-        throw HostError("no plug-in brings the brush " + std::string(brushClassName) +
+        throw HostError("no plug-in provides the brush " + std::string(brushClassName) +
                         "; searched:" + (folders.empty() ? " no folder" : folders));
     }
     Node* node = desc->Create();
     std::unique_ptr<BrushOperation> brush(dynamic_cast<BrushOperation*>(node));
     if (brush == nullptr) {
         delete node;
-        throw HostError(std::string(brushClassName) + " is no brush");
+        throw HostError(std::string(brushClassName) + " is not a brush");
     }
     return brush;
 }

@@ -80,7 +80,8 @@ void Document::SetMirrors(const MirrorSetting& setting) {
     std::vector<Matrix> maps = MirrorMaps(setting);
     if (maps.size() > mostMirrorMaps) {
         throw HostError("the mirrors would make " + std::to_string(maps.size() + 1) +
-                        " copies of each dab; the most is " + std::to_string(mostMirrorMaps + 1));
+                        " copies of each dab; the maximum is " +
+                        std::to_string(mostMirrorMaps + 1));
     }
     geometry->ForgetMirror();
     settings.mirrorMaps = std::move(maps);
@@ -96,8 +97,8 @@ void Document::SetTopologicalMirror() {
     RequireNoStroke("change the mirrors");
     if (!geometry->FindMirror())
         throw HostError(path +
-                        ": the mesh has no topological mirror: its faces do not hang "
-                        "together alike left and right");
+                        ": the mesh has no topological mirror: the connectivity of its left and "
+                        "right sides differs");
     settings.mirrorMaps.clear();
     settings.mirrorMode = MirrorConfiguration::Topological;
     PlaceMirrors();

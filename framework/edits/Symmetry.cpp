@@ -116,7 +116,7 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model) {
     const auto mirror = TopologicalMirror::Find(*geometry.Level(0), axis);
     if (mirror == nullptr) {
         throw HostError(std::string("the mesh has no mirror across ") + "xyz"[axis] +
-                        ": its faces do not hang together alike on both sides");
+                        ": the connectivity of the two sides differs");
     }
     LevelMesh& level = *geometry.Bound();
     const uint32_t number = geometry.BoundIndex();

@@ -195,7 +195,7 @@ BrushConfiguration* FreezeBrush::Tool() {
                                QStringLiteral("Freeze"),
                                QStringLiteral("Freeze"),
                                PredefinedCategory::Paint,
-                               QStringLiteral("Keeps what is under it from being sculpted"),
+                               QStringLiteral("Protects the surface from being sculpted"),
                                0);
     return tool;
 }

@@ -34,14 +34,14 @@ void RefuseUnfinished(const std::string& path) {
     }
     if (!isClosed) {
         throw HostError(path +
-                        ": the work of this journal did not end in good order; save it with "
-                        "trovik recover, or take the file away");
+                        ": the work of this journal has not been closed; save it with "
+                        "trovik recover, or remove the file");
     }
 }
 
 [[noreturn]] void RefuseSecondRun(const std::string& path) {
     throw HostError(path +
-                    ": another run is writing this journal; wait until it has ended, or name "
+                    ": another run is writing this journal; wait until it ends, or name "
                     "another file");
 }
 
@@ -84,7 +84,7 @@ void Journal::Guarded(const Write& write) {
 }
 
 void Journal::GiveUp(const std::string& reason) {
-    problem = reason + "; the journal ends here, and the work goes on without";
+    problem = reason + "; the journal ends here, and the work continues without it";
     writer.reset();
 }
 

@@ -45,10 +45,10 @@ void JournalReader::ReadHeader() {
         Fail(0, "not a journal: the first eight bytes are not TROVIKJN");
     const uint32_t version = NumberAt(bytes, 8);
     if (Crc32(bytes.data(), 12) != NumberAt(bytes, 12))
-        Fail(0, "the header does not fit its checksum; the file is damaged");
+        Fail(0, "the header does not match its checksum; the file is damaged");
     if (version != journalVersion) {
         Fail(8,
-             "the journal is of version " + std::to_string(version) +
+             "the journal has version " + std::to_string(version) +
                  "; this program reads version " + std::to_string(journalVersion));
     }
 }
@@ -94,19 +94,19 @@ void JournalReader::ReadRecords() {
             if (RecordFollows(place + 1, number)) {
                 tell(place,
                      "record " + std::to_string(number) +
-                         " does not fit its checksum; "
+                         " does not match its checksum; "
                          "the journal is damaged here, and more records follow");
             } else {
                 tornTail = path + ": the last " + std::to_string(bytes.size() - place) +
                            " bytes, from byte " + std::to_string(place) +
-                           " on, are no whole record and were left out";
+                           " on, are an incomplete record and are skipped";
             }
             return;
         }
         if (frame->number != number) {
             tell(place,
                  "record " + std::to_string(number) + " is missing; record " +
-                     std::to_string(frame->number) + " stands in its place");
+                     std::to_string(frame->number) + " is in its place");
             return;
         }
         records.push_back(

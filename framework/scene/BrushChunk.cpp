@@ -152,7 +152,7 @@ void ReadBrushChunk(SceneStream& stream,
     static_cast<Stream&>(stream).Transfer(className);
     if (brush != nullptr && className != brush->RuntimeClass()->Name()) {
         notes.push_back("settings of the brush " + className.toStdString() +
-                        ", which is not the one at hand, were left out");
+                        ", which is not the current one, are skipped");
         brush = nullptr;
     }
     if (brush != nullptr) RefuseNewerClass(stream, *brush->RuntimeClass());
@@ -173,14 +173,14 @@ void ReadBrushChunk(SceneStream& stream,
             CheckBrush(*brush);
         } else if (brush != nullptr) {
             notes.push_back("settings of the tool " + tool.toStdString() +
-                            ", which the brush does not have, were left out");
+                            ", which the brush does not have, are skipped");
         }
         stream.Skip(bytes);
     }
     CommonSettings common;
     common.Transfer(stream);
     if (!std::isfinite(common.facingStart) || !std::isfinite(common.facingRange))
-        SceneStream::Refuse(QStringLiteral("an angle of the facing fall-off is no number"));
+        SceneStream::Refuse(QStringLiteral("an angle of the facing falloff is not finite"));
     if (brush == nullptr) return;
     brush->Settings().screenSpace = common.screenSpace != 0;
     brush->strokeMeshLocked = common.meshLocked;

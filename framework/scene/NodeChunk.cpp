@@ -34,7 +34,7 @@ public:
         SceneStream::ReadStore(store);
         if (!faceCount) return;
         if (store.fill != 0 && store.fill != uint64_t{*faceCount} * faceTableRow) {
-            Refuse(QStringLiteral("a table of %1 entries is not that of %2 faces")
+            Refuse(QStringLiteral("a table of %1 entries does not match %2 faces")
                        .arg(store.fill)
                        .arg(*faceCount));
         }
@@ -97,7 +97,7 @@ public:
     /// \param parent  null to skip the node and its descendants.
     void ReadNode(TreeNode* parent, LevelMesh* level, uint32_t depth) {
         if (depth > deepest)
-            SceneStream::Refuse(QStringLiteral("nodes stand more than %1 deep").arg(deepest));
+            SceneStream::Refuse(QStringLiteral("nodes are nested more than %1 deep").arg(deepest));
         QString name;
         static_cast<Stream&>(stream).Transfer(name);
         uint32_t bytes = 0;
@@ -128,7 +128,7 @@ private:
         auto* node = dynamic_cast<TreeNode*>(made.get());
         if (node == nullptr) {
             notes.push_back("a node of class " + name.toStdString() +
-                            ", which no plug-in brings, was left out");
+                            ", which no plug-in provides, is skipped");
             return nullptr;
         }
         RefuseNewerClass(stream, *desc);
@@ -147,7 +147,8 @@ private:
 void RefuseNewerClass(const SceneStream& stream, const ClassDesc& desc) {
     if (stream.ClassVersion(&desc) <= desc.Version()) return;
     SceneStream::Refuse(
-        QStringLiteral("class %1 was written in version %2; this program knows versions up to %3")
+        QStringLiteral(
+            "class %1 was written in version %2; this program supports versions up to %3")
             .arg(desc.Name())
             .arg(stream.ClassVersion(&desc))
             .arg(desc.Version()));
@@ -177,7 +178,7 @@ void ReadNodeChunk(SceneStream& stream, LevelGeometry& geometry, std::vector<std
         stream.Transfer(parent);
         if (parent != geometryParent && parent >= geometry.LevelCount()) {
             SceneStream::Refuse(
-                QStringLiteral("a node of level %1, which is not there").arg(parent));
+                QStringLiteral("a node of level %1, which does not exist").arg(parent));
         }
         NodeReader reader(stream, notes);
         if (parent == geometryParent)

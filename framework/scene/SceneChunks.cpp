@@ -98,10 +98,10 @@ SceneReader::SceneReader(const std::string& path, JobControl* jobControl)
     : file(path), job(jobControl), header(ReadHeader()) {
     uint32_t checksum = 0;
     if (!Next() || name != firstChunk)
-        Fail(contentPlace, "chunk HEAD is not where it should be; the file is damaged");
+        Fail(contentPlace, "chunk HEAD is missing; the file is damaged");
     Read([&checksum](SceneStream& stream) { stream.Transfer(checksum); });
     if (checksum != headerChecksum)
-        Fail(0, "the header does not fit its checksum; the file is damaged");
+        Fail(0, "the header does not match its checksum; the file is damaged");
 }
 
 void SceneReader::Fail(uint64_t byte, const std::string& reason) const {
@@ -125,8 +125,8 @@ SceneStream SceneReader::ReadHeader() {
     const uint32_t format = NumberAt(bytes, 8);
     if (format > SceneStream::currentFormat) {
         Fail(8,
-             "the file is of format " + std::to_string(format) +
-                 ", or damaged; this program reads formats up to " +
+             "the file has format " + std::to_string(format) +
+                 " or is damaged; this program reads formats up to " +
                  std::to_string(SceneStream::currentFormat));
     }
     const uint32_t classes = NumberAt(bytes, 12);
@@ -148,9 +148,9 @@ bool SceneReader::Next() {
     if (ended) return false;
     const uint64_t place = file.Position();
     contentPlace = place;
-    if (file.Remaining() == 0) Fail(place, "the file is cut off: chunk TEND is missing");
+    if (file.Remaining() == 0) Fail(place, "the file is truncated: chunk TEND is missing");
     const unsigned char* head = file.Take(chunkHeaderBytes);
-    if (head == nullptr) Fail(place, "the file is cut off within the head of a chunk");
+    if (head == nullptr) Fail(place, "the file is truncated within the header of a chunk");
     name.assign(reinterpret_cast<const char*>(head), chunkNameBytes);
     uint32_t expected = 0;
     std::memcpy(&expected, head + chunkNameBytes, sizeof expected);
@@ -158,9 +158,8 @@ bool SceneReader::Next() {
     const std::string what = "chunk " + Printable(name);
     if (contentBytes > file.Remaining()) {
         Fail(place,
-             what + " is said to hold " + std::to_string(contentBytes) +
-                 " bytes, and the file has " + std::to_string(file.Remaining()) +
-                 " more: it is cut off or damaged");
+             what + " should have " + std::to_string(contentBytes) + " bytes, but the file has " +
+                 std::to_string(file.Remaining()) + " left: it is truncated or damaged");
     }
     contentPlace = file.Position();
     // One pass for reading and one for the checksum.
@@ -177,7 +176,8 @@ bool SceneReader::Next() {
             checksum = Crc32(content + first, size, checksum);
         });
     phase.Finish();
-    if (checksum != expected) Fail(place, what + " does not fit its checksum; the file is damaged");
+    if (checksum != expected)
+        Fail(place, what + " does not match its checksum; the file is damaged");
     if (name != lastChunk) return true;
     ended = true;
     uint64_t length = 0;
@@ -186,7 +186,7 @@ bool SceneReader::Next() {
         Fail(file.Position(), "bytes follow the end of the scene; the file is damaged");
     if (length != file.Position()) {
         Fail(file.Position(),
-             "the scene was " + std::to_string(length) + " bytes long; parts of it are missing");
+             "the scene should have " + std::to_string(length) + " bytes; parts of it are missing");
     }
     return false;
 }

@@ -39,13 +39,13 @@ public:
     void Take() {
         const std::string& name = reader.Name();
         const bool repeats = name == "LEVL" || name == "LAYR" || name == "LGND" || name == "APPL";
-        if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("comes twice");
+        if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("occurs twice");
         if (name == "GEOM") {
             reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s), job); });
             return;
         }
         if (name == "LEVL") {
-            if (!levels || scene.geometry != nullptr) Refuse("is out of place");
+            if (!levels || scene.geometry != nullptr) Refuse("is in the wrong position");
             reader.Read([this](SceneStream& s) { levels->Read(s); });
             if (levels->IsComplete()) scene.geometry = levels->Take();
             return;
@@ -82,17 +82,17 @@ public:
             return;
         }
         if (IsUnknown(name)) {
-            scene.notes.push_back("chunk " + name + ", which is unknown, was left out");
+            scene.notes.push_back("chunk " + name + ", which is unknown, is skipped");
             return;
         }
-        if (scene.geometry == nullptr) Refuse("comes before the mesh that it belongs to");
+        if (scene.geometry == nullptr) Refuse("occurs before the mesh to which it belongs");
         reader.Read([this, &name](SceneStream& s) { TakeOfMesh(name, s); });
     }
 
     LoadedScene Finish() {
         if (scene.geometry == nullptr) {
             throw HostError(reader.Path() + ": the scene has " +
-                            (levels ? "fewer levels than it tells" : "no mesh"));
+                            (levels ? "fewer levels than its header states" : "no mesh"));
         }
         if (scene.imported.positions.empty()) {
             throw HostError(reader.Path() + ": the scene lacks chunk IMPT");
@@ -240,7 +240,7 @@ void SaveScene(const std::string& path,
     try {
         WriteScene(path, parts, header, beforeReplacing, job);
     } catch (const std::bad_alloc&) {
-        throw HostError("cannot write " + path + ": there is not enough memory");
+        throw HostError("cannot write " + path + ": not enough memory");
     }
 }
 

@@ -99,12 +99,12 @@ void CommandContext::WarnOfFarPoints(const std::string& name,
     }
     if (count == 0) return;
     if (points.size() == 1) {
-        Warn(name + " lies " + Short(distance) + " away from the surface");
+        Warn(name + " is " + Short(distance) + " away from the surface");
         return;
     }
     Warn(std::to_string(count) + " of " + std::to_string(points.size()) + " points of " + name +
-         " lie far from the surface; number " + std::to_string(farthest) + " is " +
-         Short(distance) + " away");
+         " are far from the surface; point " + std::to_string(farthest) + " is " + Short(distance) +
+         " away");
 }
 
 }  // namespace trovik

@@ -98,7 +98,8 @@ private:
     void CheckStamps() const {
         for (const JournalFile& stamp : content.stamps) {
             if (!IsStill(stamp, options.progress.job))
-                Fail("the file " + stamp.path + " is no longer what it was (sha256 " +
+                Fail("the file " + stamp.path +
+                     " has changed since the work was recorded (expected sha256 " +
                      stamp.content.sha256 + ")");
         }
     }
@@ -113,9 +114,9 @@ private:
         if (IsStill({content.base.source, content.base.content}, options.progress.job)) return 0;
         for (auto save = saves.rbegin(); save != saves.rend(); ++save)
             if (IsStill(save->scene, options.progress.job)) return StartFrom(*save);
-        Fail("the file that the work started from, " + content.base.source +
-             ", is no longer there or not what it was (sha256 " + content.base.content.sha256 +
-             "); put it back and try again");
+        Fail("the source file of the work, " + content.base.source +
+             ", is missing or has changed (expected sha256 " + content.base.content.sha256 +
+             "); restore it and try again");
     }
 
     std::size_t StartFrom(const JournalSave& save) {
@@ -143,7 +144,7 @@ private:
     void RedoStep(std::size_t number) {
         if (!step->isOver && step->dabs == 0) {
             work.notes.push_back(path + ": the last step, \"" + Name(*step) +
-                                 "\", was not finished and was left out");
+                                 "\", was not finished and is skipped");
             return;
         }
         counter.count = 0;
@@ -153,7 +154,7 @@ private:
             work.runner->Do(step->step, number);
         } catch (const EndOfJournal&) {
             work.notes.push_back(path +
-                                 ": the last stroke ends after its last finished dab, number " +
+                                 ": the last stroke ends after its last complete dab, number " +
                                  std::to_string(step->dabs));
         } catch (const HostError& error) {
             if (!step->failed) Fail("byte " + std::to_string(step->byte) + ": " + error.what());
@@ -170,8 +171,9 @@ private:
                                         : counter.count == step->dabs;
         if (alike) return;
         Fail("byte " + std::to_string(step->byte) + ": the step \"" + Name(*step) + "\" made " +
-             std::to_string(counter.count) + " dabs, and the journal has " +
-             std::to_string(step->dabs) + "; this program does not give that work again (it was " +
+             std::to_string(counter.count) + " dabs, but the journal has " +
+             std::to_string(step->dabs) +
+             "; this program does not reproduce the work of the program that recorded it (" +
              content.base.program + ")");
     }
 
@@ -227,8 +229,8 @@ private:
     void RepeatDab(Document& document, const StrokeInput& input) {
         LevelMesh& mesh = *document.Geometry().Bound();
         if (input.face >= mesh.faceCount)
-            Fail("a dab in the journal lies on face " + std::to_string(input.face) +
-                 ", and the level has " + std::to_string(mesh.faceCount));
+            Fail("a dab in the journal is on face " + std::to_string(input.face) +
+                 ", but the number of faces is " + std::to_string(mesh.faceCount));
         const auto vector = [](const std::array<float, 3>& v) { return Vector(v[0], v[1], v[2]); };
         StrokeDab dab;
         dab.hit = SurfacePoint(&mesh, 0, input.face);
@@ -253,7 +255,7 @@ private:
             Error::Dispose(error);
             return;
         }
-        Fail("a dab that failed then did not fail now");
+        Fail("a dab that failed when it was recorded succeeded now");
     }
 
     const std::string& path;

@@ -21,20 +21,21 @@ PathSample SampleOf(const FieldReader& numbers) {
     // The schema accepts 4 to 6 numbers.
     if (json.size() == 5)
         numbers.Fail(
-            "a sample is [x, y, pressure, milliseconds] or has the two numbers of the tilt too");
+            "a sample must be [x, y, pressure, milliseconds], optionally with two numbers for the "
+            "tilt");
     PathSample sample;
     sample.place = {numbers.At(std::size_t{0}).Number(), numbers.At(1).Number(), 0.0f};
     sample.pressure = numbers.At(2).Number();
     if (sample.pressure < 0.0f || sample.pressure > 1.0f)
-        numbers.At(2).Fail("pressure lies between 0 and 1");
+        numbers.At(2).Fail("pressure must be between 0 and 1");
     const auto milliseconds = json[3].get<double>();
     if (!(milliseconds >= 0.0 && milliseconds <= longestTime))
-        numbers.At(3).Fail("times lie between 0 and 3600000 milliseconds");
+        numbers.At(3).Fail("times must be between 0 and 3600000 milliseconds");
     sample.time = milliseconds / 1000.0;
     if (json.size() == 6) {
         sample.tilt = {numbers.At(4).Number(), numbers.At(5).Number(), 0.0f};
         if (!(sample.tilt.Length() <= longestTilt))
-            numbers.At(4).Fail("the tilt is no longer than 1");
+            numbers.At(4).Fail("the length of the tilt must be at most 1");
     }
     return sample;
 }

@@ -76,7 +76,8 @@ bool IsWithin(const fs::path& folder, const fs::path& path) {
 }
 
 [[noreturn]] void RefuseOutside(const std::string& name, const std::string& why) {
-    throw HostError("\"" + name + "\" " + why + " the output folder; --allow-outside permits that");
+    throw HostError("\"" + name + "\" " + why +
+                    " the output folder; use --allow-outside to permit it");
 }
 
 /// The path with all symbolic links resolved, as far as it exists.
@@ -112,9 +113,9 @@ std::string ScriptFiles::Find(const std::string& name) const {
     const std::vector<std::string> candidates = Candidates(name);
     const auto found = std::find_if(candidates.begin(), candidates.end(), Exists);
     if (found != candidates.end()) return *found;
-    if (fs::path(name).is_absolute()) throw HostError("there is no file " + name);
-    throw HostError("there is no file " + name + " in the script's folder (" +
-                    (folder.empty() ? "." : folder) + ") or the output folder (" +
+    if (fs::path(name).is_absolute()) throw HostError("file not found: " + name);
+    throw HostError("file not found: " + name + " is neither in the script's folder (" +
+                    (folder.empty() ? "." : folder) + ") nor in the output folder (" +
                     (output.empty() ? "." : output) + ")");
 }
 
@@ -122,7 +123,7 @@ std::string ScriptFiles::Target(const std::string& name) const {
     const fs::path target = PathInOutput(name);
     if (outsideAllowed) return target.string();
     if (fs::path(name).is_absolute())
-        RefuseOutside(name, "is an absolute path, which can lie outside of");
+        RefuseOutside(name, "is an absolute path, which can be outside");
     const fs::path normal = fs::path(name).lexically_normal();
     if (normal.begin() != normal.end() && *normal.begin() == "..")
         RefuseOutside(name, "leads out of");
@@ -138,7 +139,7 @@ std::string ScriptFiles::Target(const std::string& name) const {
         std::error_code ignored;
         if (isPart && fs::is_symlink(parent / other, ignored) &&
             !IsWithin(root, Canonical(parent / other)))
-            RefuseOutside(name, "is next to " + other + ", a symbolic link out of");
+            RefuseOutside(name, "is next to " + other + ", which is a symbolic link out of");
     }
     return target.string();
 }
@@ -148,7 +149,8 @@ std::string ScriptFiles::MakeTarget(const std::string& name) const {
     std::error_code failed;
     const fs::path parent = fs::path(target).parent_path();
     if (!parent.empty()) fs::create_directories(parent, failed);
-    if (failed) throw HostError("cannot make the folder: " + failed.message());
+    if (failed)
+        throw HostError("cannot create the folder " + parent.string() + ": " + failed.message());
     return target;
 }
 

@@ -42,15 +42,17 @@ void ScriptRunner::SetUp(const FieldReader& script) {
 
 void ScriptRunner::CheckHasOneSource(const FieldReader& script) const {
     if (script.Has("mesh") == script.Has("scene"))
-        throw HostError(options.name + ": /: a script opens one of \"mesh\" and \"scene\"");
+        throw HostError(options.name +
+                        ": /: a script must have exactly one of \"mesh\" and \"scene\"");
 }
 
 void ScriptRunner::PrepareProcess(const FieldReader& script) {
     if (script.Has("scene") && script.Has("levels"))
-        script.At("levels").Fail("a scene has its levels; the step \"subdivide\" adds more");
+        script.At("levels").Fail(
+            "a scene already has its levels; use the step \"subdivide\" to add more");
     for (const char* field : {"units", "up"})
         if (script.Has("scene") && script.Has(field))
-            script.At(field).Fail("a scene knows what its numbers mean");
+            script.At(field).Fail("a scene file already contains its units and up axis");
     RegisterUndoPreferences();
     HostKernel::Instance().SetTestMode(script.FlagOr("testMode", false));
     if (script.Has("memoryLimit"))

@@ -200,7 +200,7 @@ public:
         through.push_back(sample);
         if (static_cast<double>(through.size()) * chords > maxPathSteps)
             throw HostError("the curve through " + std::to_string(through.size()) +
-                            " samples has too many chords; a stroke may take " +
+                            " samples needs too many chords; the maximum for a stroke is " +
                             std::to_string(static_cast<long long>(maxPathSteps)));
         if (through.size() == 3) out.push_back(through.front());
         if (through.size() >= 3) Span(through.size() - 3, out);

@@ -18,13 +18,13 @@ std::optional<std::string> PressureCurve::Flaw(const std::vector<Point>& points,
                                                std::size_t& index) {
     index = points.size();
     if (points.size() < fewestPoints || points.size() > mostPoints)
-        return "a pressure curve has " + std::to_string(fewestPoints) + " to " +
+        return "a pressure curve must have " + std::to_string(fewestPoints) + " to " +
                std::to_string(mostPoints) + " points";
     for (index = 0; index < points.size(); ++index) {
         if (!IsShare(points[index].pressure) || !IsShare(points[index].value))
-            return "pressures and their values lie between 0 and 1";
+            return "pressures and their values must be between 0 and 1";
         if (index > 0 && !(points[index].pressure > points[index - 1].pressure))
-            return "the pressures of a curve's points ascend";
+            return "the pressures of a curve's points must ascend";
     }
     return std::nullopt;
 }

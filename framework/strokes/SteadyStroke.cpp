@@ -78,7 +78,7 @@ public:
 
     void Add(const PathSample& sample, std::vector<PathSample>& out) override {
         path.Add(sample);
-        CheckStepCount(path.Length(), longest, "the string of the steady stroke");
+        CheckStepCount(path.Length(), longest, "the stabiliser");
         Take(false, out);
     }
     void Finish(std::vector<PathSample>& out) override { Take(true, out); }

@@ -78,7 +78,7 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
 }
 
 void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
-    if (active) throw HostError("a stroke is open already");
+    if (active) throw HostError("a stroke is already open");
     modifier = strokeModifier;
     RefreshStamp(brush);
     // With topological mirroring, the stamp of a mirrored dab is read at the mirrored vertex, so

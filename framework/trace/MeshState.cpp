@@ -21,7 +21,7 @@ namespace {
 void MakeFolder(const std::string& folder) {
     std::error_code failed;
     std::filesystem::create_directories(folder, failed);
-    if (failed) throw HostError("cannot make the folder " + folder + ": " + failed.message());
+    if (failed) throw HostError("cannot create the folder " + folder + ": " + failed.message());
 }
 
 void WriteText(const std::string& path, const std::string& text) {

@@ -204,11 +204,12 @@ TEST(MapBakerTest, WhatCannotBeBakedIsToldInOneLine) {
     options.from = 1;
     options.to = 1;
     EXPECT_EQ(message(options, "d.exr"),
-              "a map tells how a finer level differs from a coarser one; level 1 is not finer than "
+              "a map stores the difference between a finer and a coarser level, but level 1 is not "
+              "finer than "
               "level 1");
     options.to = 0;
     EXPECT_EQ(message(options, "d.jpg"),
-              "d.jpg: a map's file name ends in .exr, .png, .tif or .tiff");
+              "d.jpg: the file name of a map must end in .exr, .png, .tif or .tiff");
     options.width = 0;
     EXPECT_EQ(message(options, "d.exr"),
               "a map of 0 x 16 texels cannot be made; a side has 1 to 16384");
@@ -216,7 +217,7 @@ TEST(MapBakerTest, WhatCannotBeBakedIsToldInOneLine) {
     const auto bare = Refined(GridMesh(2, 1), 1);
     options = Options(MapKind::Normal, MapSpace::Tangent, 16, 16);
     EXPECT_EQ(MessageOf<HostError>([&] { BakeMap(*bare, options, "n.png"); }),
-              "the mesh has no texture coordinates (UVs), and a map lies on the texture");
+              "the mesh has no texture coordinates (UVs), which a map requires");
 
     PolygonMesh outside = WithIslands(GridMesh(2, 1), 2, 0.25f);
     for (std::array<float, 2>& uv : outside.attributes.uvs) uv[0] += 0.25f;

@@ -34,9 +34,9 @@ std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
 std::string WhatOf(const FreezeChoice& choice) {
     const std::vector<std::string> found = FieldsGiven(choice);
     if (found.size() > 1) {
-        throw FieldFault(
-            "",
-            "\"" + found[0] + "\" and \"" + found[1] + "\" are two things; a step freezes by one");
+        throw FieldFault("",
+                         "\"" + found[0] + "\" and \"" + found[1] +
+                             "\" cannot be combined; a step needs exactly one of them");
     }
     const std::string what = found.empty() ? "" : found[0];
     if (what.empty() || (what == "center" && !choice.radius) || (what == "min" && !choice.max)) {
@@ -66,7 +66,7 @@ bool RunFilter(CommandContext& context, const FreezeChoice& choice, float amount
     for (const Filter& filter : filters) {
         if (!filter.times) continue;
         if (level.FrozenVertexCount() == 0)
-            context.Warn(std::string("nothing is frozen that could ") + filter.name);
+            context.Warn(std::string("no vertex is frozen, so there is nothing to ") + filter.name);
         context.document.Freeze(
             FreezeBetween(FreezeAmounts(level), filter.run(level, *filter.times), amount),
             choice.mode.value_or(FreezeMode::Replace));

@@ -37,7 +37,7 @@ std::vector<float> OfCavity(const CommandContext& context, const FreezeCavity& c
     range.size = cavity.size ? *cavity.size : context.Diagonal() * cavityFraction;
     range.from = cavity.from.value_or(range.from);
     range.to = cavity.to.value_or(range.to);
-    if (range.from > range.to) throw FieldFault("/cavity/from", "lies above \"to\"");
+    if (range.from > range.to) throw FieldFault("/cavity/from", "must not be greater than \"to\"");
     range.softness = cavity.softness.value_or(range.softness);
     range.rings = cavity.rings.value_or(0);
     return SharesByCurvature(context.document.Geometry(), range);
@@ -64,7 +64,7 @@ uint32_t ShellVertex(CommandContext& context, const FreezeShell& shell) {
         hit = HitThrough(
             document.Geometry(), document.Tree(), document.View(), {place.x, place.y, 0.0f});
     }
-    if (!hit) throw FieldFault("/shell", "there is no surface");
+    if (!hit) throw FieldFault("/shell", "there is no surface at this position");
     return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];
 }
 

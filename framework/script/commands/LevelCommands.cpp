@@ -80,7 +80,7 @@ void DeleteLevels(CommandContext& context, const LevelSide& side) {
 
 void ApplyToBase(CommandContext& context, const Yes&) {
     if (context.document.Geometry().BoundIndex() == 0)
-        throw FieldFault("", "the level at hand is the base");
+        throw FieldFault("", "the current level is level 0, the base");
     context.document.ApplyToBase(context.Job());
 }
 

@@ -49,7 +49,7 @@ std::vector<int> PlanesOf(const std::vector<MirrorAxis>& axes, const std::string
     for (std::size_t i = 0; i < axes.size(); ++i) {
         const int axis = static_cast<int>(axes[i]);
         if (std::find(planes.begin(), planes.end(), axis) != planes.end())
-            throw FieldFault(pointer + "/" + std::to_string(i), "the axis is named twice");
+            throw FieldFault(pointer + "/" + std::to_string(i), "the axis is given twice");
         planes.push_back(axis);
     }
     return planes;

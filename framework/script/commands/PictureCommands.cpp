@@ -62,7 +62,7 @@ PictureOptions OptionsOf(const PictureParameters& parameters, const StrokeView& 
     if (parameters.shading) {
         options.shading = ShadingModeOf(*parameters.shading);
         if (!options.matcap.empty() && options.shading != ShadingMode::Matcap)
-            throw FieldFault("/matcap", "a matcap goes with the shading mode \"matcap\" only");
+            throw FieldFault("/matcap", "a matcap requires the shading mode \"matcap\"");
     }
     return options;
 }
@@ -113,10 +113,10 @@ void Render(CommandContext& context,
 }
 
 void CheckKinds(const PictureParameters& parameters) {
-    if (!parameters.file && !parameters.keep)
-        throw FieldFault("", "a picture needs a \"file\", or a name under which to \"keep\" it");
+    if (!parameters.file && !parameters.keep) throw FieldFault("", "needs \"file\" or \"keep\"");
     if (parameters.frames && parameters.keep) {
-        throw FieldFault("/keep", "the frames of a turntable are written to files, not kept");
+        throw FieldFault("/keep",
+                         "the frames of a turntable cannot be kept, only written to files");
     }
     if (!parameters.file) return;
     // A before-and-after comparison has an opaque background.

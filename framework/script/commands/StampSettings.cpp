@@ -28,14 +28,15 @@ std::string StampPath(const ScriptFiles& files,
     }
     if (!given.has_parent_path()) {
         if (const auto file = FindStampFile(given.string())) return fs::absolute(*file).string();
-        throw FieldFault(pointer,
-                         "there is no stamp \"" + given.string() +
-                             "\", neither next to the script, nor in the output folder, nor among "
-                             "the installed ones");
+        throw FieldFault(
+            pointer,
+            "stamp not found: " + given.string() +
+                " is neither in the script's folder nor in the output folder nor among "
+                "the installed stamps");
     }
-    throw FieldFault(
-        pointer,
-        "there is no file " + given.string() + " in the script's folder or the output folder");
+    throw FieldFault(pointer,
+                     "file not found: " + given.string() +
+                         " is neither in the script's folder nor in the output folder");
 }
 
 void ReadStamp(CommandContext& context, const std::string& name, const std::string& pointer) {
@@ -77,7 +78,7 @@ void SetStamp(CommandContext& context, const StampSetting& setting) {
     // The brush copied the pixels of the stamp when the stroke began.
     const bool other = fields == nullptr || fields->path || fields->enabled;
     if (other && context.document.Loop().IsActive())
-        throw FieldFault("/stamp", "a stroke is open, and keeps the stamp with which it began");
+        throw FieldFault("/stamp", "the stamp cannot change while a stroke is open");
     if (fields != nullptr) {
         SetFields(context, *fields);
     } else if (const auto* name = std::get_if<std::string>(&setting)) {

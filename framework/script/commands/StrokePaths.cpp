@@ -43,15 +43,16 @@ PathShape ShapeOf(const StrokeParameters& stroke) {
     shape.line = path.line.value_or(false);
     shape.curve = path.curve.value_or(false);
     if (shape.line && shape.curve)
-        throw FieldFault("/path", "a path is one of \"line\" and \"curve\"");
+        throw FieldFault("/path", "\"line\" and \"curve\" cannot be combined");
     if (!path.snap) return shape;
     shape.snapDistance = path.snap->distance;
     shape.snapSmoothly = path.snap->smooth.value_or(false);
     for (std::size_t i = 0; i < path.snap->curve.size(); ++i) {
         const std::vector<float>& point = path.snap->curve[i];
         if (point.size() != numbers) {
-            throw FieldFault("/path/snap/curve/" + std::to_string(i),
-                             "places of this stroke have " + std::to_string(numbers) + " numbers");
+            throw FieldFault(
+                "/path/snap/curve/" + std::to_string(i),
+                "positions of this stroke must have " + std::to_string(numbers) + " numbers");
         }
         shape.snapTo.emplace_back(point[0], point[1], numbers == 3 ? point[2] : 0.0f);
     }
@@ -119,12 +120,10 @@ void LayPath(CommandContext& context, const StrokeParameters& stroke) {
         context.WarnOfFarPoints("stroke/surface", points, context.RadiusAt(points.front()));
     }
     if (stroke.path && stroke.path->filter && !stroke.pen) {
-        throw FieldFault("/path/filter",
-                         "only a pen's samples are filtered; these places are exact");
+        throw FieldFault("/path/filter", "only pen samples can be filtered");
     }
     if (stroke.path && stroke.path->interactive && !stroke.pen) {
-        throw FieldFault("/path/interactive",
-                         "only a pen's samples are drawn live; these places are exact");
+        throw FieldFault("/path/interactive", "only pen samples can be interactive");
     }
     const PenStrokeOptions pen = PenOf(context, stroke);
     AtField(pointer, [&] {

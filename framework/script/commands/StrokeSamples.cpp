@@ -33,7 +33,7 @@ std::vector<PathSample> ReadPathSamples(const FieldReader& list, std::size_t num
         if (given.Size() > numbers) {
             sample.pressure = given.At(numbers).Number();
             if (sample.pressure < 0.0f || sample.pressure > 1.0f)
-                given.At(numbers).Fail("pressure lies between 0 and 1");
+                given.At(numbers).Fail("pressure must be between 0 and 1");
         }
         samples.push_back(sample);
     }
