@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned fixedBits = 16;
 constexpr double fixedOne = 65536.0;
 
-/// Rounded down, and up, to whole multiples of 2^bits.
+/// Round a value down, or up, to a multiple of 2^bits.
 std::int64_t Down(std::int64_t value, unsigned bits) { return value >> bits; }
 std::int64_t Up(std::int64_t value, unsigned bits) {
     return (value + (std::int64_t{1} << bits) - 1) >> bits;

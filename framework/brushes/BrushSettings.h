@@ -44,7 +44,7 @@ struct BrushOperation::Private {
     Matrix stampMatrix;              ///< set by the stroke loop for each dab
     bool mirroredStampRead = false;  ///< mask 1
 
-    Vector directionVector;  ///< last SetDirectionVector, for the cursor
+    Vector directionVector;  ///< argument of the last SetDirectionVector, for the cursor
     bool directionVectorSet = false;
 
     BrushConfiguration* active = nullptr;

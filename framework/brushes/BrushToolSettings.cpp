@@ -29,7 +29,7 @@ BrushConfiguration* BrushOperation::ActiveConfiguration() const { return d->acti
 
 void BrushOperation::ResetBrushConfiguration() {
     if (d->active == nullptr) return;
-    // Selected again without storing the settings that are being reset.
+    // The tool is selected again without storing the settings that are being reset.
     BrushConfiguration* tool = d->active;
     d->stored.erase(tool);
     d->active = nullptr;

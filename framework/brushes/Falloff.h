@@ -29,8 +29,8 @@ TROVIK_API std::string FalloffName(int index);
 /// Samples per curve.
 inline constexpr unsigned falloffSampleCount = 256;
 
-/// Value of a curve at distance x, 0 at the centre to 1 at the rim. Additions, multiplications and
-/// square roots only, so that every machine makes the same table.
+/// Value of a curve at distance x, 0 at the centre to 1 at the rim. Uses only additions,
+/// multiplications and square roots, so that every machine computes the same table.
 TROVIK_API float FalloffValue(int index, float x);
 
 /// Fills `samples` with the curve, centre first. For an index outside the table the curve is

@@ -13,10 +13,10 @@ namespace trovik {
 /// group) by repeatedly halving them along their longest axis, and triangulates each group with its
 /// own 16-bit vertex indices.
 ///
-/// The triangles of each face begin with a vertex with which no other face begins, so that it can
-/// store the flags of the face. Quads of a consistently oriented mesh need no additional vertices
-/// for that. Triangle meshes have twice as many faces as vertices, so about half of their faces get
-/// a copy of a vertex.
+/// The triangles of each face start at a vertex at which no other face's triangles start, so that
+/// this vertex can store the flags of the face. Quads of a consistently oriented mesh need no
+/// additional vertices for that. Triangle meshes have twice as many faces as vertices, so about
+/// half of their faces get a copy of a vertex.
 ///
 /// Stores indices, no positions: valid until faces or vertices of the level are renumbered. The
 /// division depends only on the positions at the time of construction. May be read by several

@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// Ratio between the triangle counts of a stride and of the next larger one.
+/// Triangle count of a stride divided by that of the next larger stride.
 constexpr double timeRatio = 4.0;
 /// The stride shrinks only if the predicted time is below this fraction of the target.
 constexpr double margin = 0.8;

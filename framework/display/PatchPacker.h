@@ -49,7 +49,7 @@ private:
     void PackBucket(uint32_t bucket, DisplayVertex* out) const;
     /// DisplayVertex::flags of a face.
     uint8_t FlagsOf(uint32_t face) const;
-    /// The group part of the flags of the faces under a face of level 0.
+    /// The group part of the flags, which is common to all descendants of a face of level 0.
     uint8_t GroupFlags(uint32_t baseFace) const;
 
     const LevelMesh& level;

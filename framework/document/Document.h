@@ -35,15 +35,17 @@ struct DisplacementOptions;
 /// stays open. These operations are Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
 /// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
 /// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
-/// SetTransform, Displace, RefreshSurface, and Freeze during a stroke of the freeze brush. Allowed
-/// are settings of brush and strokes (a falloff applies from the next stroke), view and camera,
-/// observers and listeners, the undo budget, and Freeze during a sculpting stroke.
+/// SetTransform, Displace, RefreshSurface, and Freeze during a stroke of the freeze brush. The
+/// following may change during a stroke: settings of brush and strokes (a falloff applies from the
+/// next stroke), view and camera, observers and listeners, the undo budget, and the mask by Freeze
+/// during a sculpting stroke.
 ///
 /// Threads: a document has one owner thread, initially the one that constructs it; only State may
 /// be called on other threads. Several documents can be used in turn on one thread, with the same
-/// results as separately; their strokes may be interleaved. Engine and host share the kernel of the
-/// process, so a document makes its camera and mesh the kernel's when Brush, SculptBrush or Loop is
-/// called: call these again after another document was used instead of keeping the references.
+/// results as if each were used alone; their strokes may be interleaved. Engine and host share one
+/// kernel per process. Brush, SculptBrush and Loop make this document's camera and mesh those of
+/// the kernel, so call them again after another document has been used instead of keeping the
+/// references.
 class TROVIK_API Document {
 public:
     /// Opens a mesh file, splits the mesh where it is not an oriented manifold, and loads the

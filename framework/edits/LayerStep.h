@@ -26,7 +26,7 @@ private:
         std::shared_ptr<SculptLayer> layer;
         SculptLayer::Properties given;
     };
-    /// The other states of some entries of a layer.
+    /// Entries of a layer that changed, with their other states.
     struct Entries {
         std::shared_ptr<SculptLayer> layer;
         std::vector<uint32_t> slots;
@@ -34,8 +34,7 @@ private:
     };
 
     static std::vector<Row> RowsOf(const LevelGeometry& geometry, uint32_t level);
-    /// Finds the layers of `rows` that are not in the geometry and that certainly no other step
-    /// owns.
+    /// Finds the layers of `rows` that are not in the geometry and that no other step can own.
     void FindKept(const std::vector<Row>& rowsInUse);
 
     uint32_t level = 0;

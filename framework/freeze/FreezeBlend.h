@@ -11,7 +11,7 @@ namespace trovik {
 
 /// How given freeze amounts g are combined with the existing amounts b, 0 to 127 each.
 enum class FreezeMode : int {
-    /// The larger of both.
+    /// The maximum of b and g.
     Raise,
     /// g, even if it is 0.
     Replace,

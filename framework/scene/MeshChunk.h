@@ -41,7 +41,7 @@ public:
     bool IsComplete() const {
         return geometry != nullptr && geometry->LevelCount() == head.levelCount;
     }
-    /// Null before the first level.
+    /// Null before the first level has been read.
     LevelGeometry* Geometry() const { return geometry.get(); }
     /// Binds the level that was bound and returns the geometry. Call only when IsComplete returns
     /// true.

@@ -25,7 +25,7 @@ struct CommandInput {
         /// As BeforeCommand, unless the same run has written the file: then recovery writes it
         /// again.
         UnlessWritten,
-        /// When a stroke uses it.
+        /// The journal records the content when a stroke uses the file.
         WhenUsed
     };
     /// JSON pointer within the parameters; empty for the parameters themselves. May be missing.

@@ -25,7 +25,7 @@ public:
     ScriptProgress progress;
     /// Parameters are checked without sculpting or writing files.
     bool isChecking = false;
-    /// While checking: whether the strokes so far leave one open.
+    /// While checking: whether the strokes checked so far leave one open.
     bool leavesStrokeOpen = false;
     /// Memory in bytes that all levels created by one command may use together.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();

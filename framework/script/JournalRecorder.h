@@ -79,7 +79,7 @@ private:
     Journal journal;
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;
-    /// Whether the current step undoes and redoes.
+    /// Whether the current step undoes, and whether it redoes.
     bool undoes = false;
     bool redoes = false;
     std::vector<std::string> knownFiles;

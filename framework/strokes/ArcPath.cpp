@@ -100,7 +100,8 @@ void ArcPath::Add(const PathSample& sample) {
     if (last > 0 && IsBetween(knots[last - 1], knots[last], sample, timed)) {
         knots[last] = sample;
         reached[last] = reached[last - 1] + Between(knots[last - 1].place, sample.place).Length();
-        // A segment that vanishes relative to the length of the whole path measures nothing.
+        // A segment so short that it does not change the length of the path cannot measure
+        // positions.
         if (!(guidesReached[last] > reached[last - 1])) {
             guides[last] = sample;
             guidesReached[last] = reached[last];

@@ -32,7 +32,8 @@ class PlaceIntegral {
 public:
     explicit PlaceIntegral(const ArcPath& way) : path(way) {}
 
-    /// Up to a length below that of the path, or to any length once the path is complete.
+    /// The integral up to a length below that of the path, or up to any length once the path is
+    /// complete.
     Place UpTo(double at) {
         const auto& reached = path.Reached();
         auto next = static_cast<std::size_t>(std::upper_bound(reached.begin(), reached.end(), at) -
@@ -50,7 +51,7 @@ public:
 
 private:
     Place Relative(const PathSample& sample) const { return Of(sample.place) - First(); }
-    /// Up to a knot that can no longer change.
+    /// The integral up to a knot that can no longer change.
     Place SumTo(std::size_t knot) {
         const auto& knots = path.Knots();
         const auto& reached = path.Reached();

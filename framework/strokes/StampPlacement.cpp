@@ -42,7 +42,8 @@ TurnDirection DirectionOfTurn(float fullTurns) {
     const double turns =
         static_cast<double>(fullTurns) - std::floor(static_cast<double>(fullTurns));
     const double quarter = std::floor(turns * 4.0 + 0.5);
-    // Within an eighth of a turn of 0, where a few terms of the series give every bit of a float.
+    // The angle is within an eighth of a turn of 0, where a few terms of the series suffice for
+    // float precision.
     const double angle = (turns - quarter * 0.25) * 6.283185307179586;
     const double square = angle * angle;
     double sine = 0.0;

@@ -13,8 +13,8 @@ struct StrokeDab;
 /// Values of the brush attribute "stamppositioning": the position and orientation of a dab's stamp.
 /// The attribute "stamprotation" rotates it further, in whole degrees clockwise.
 enum class StampPositioning : int {
-    /// The default of the tool: Stroke for Repeat and Knife, as drawn for Imprint, Upright for all
-    /// others.
+    /// The default of the tool: Stroke for Repeat and Knife, the dragged direction for Imprint,
+    /// Upright for all others.
     Tool = 0,
     /// Centred on the dab, upright in the view.
     Upright = 1,

@@ -41,7 +41,7 @@ double Decay(double x) {
 /// The string from the weight to the pen.
 struct String {
     double length;
-    /// From weight to pen.
+    /// Vector from the weight to the pen.
     Place pull{};
 
     /// Moves the pen by `way` along `toward`. \return the displacement of the weight.

@@ -59,8 +59,8 @@ public:
 
     /// Sets the maps of points (mesh-local) to their mirrored positions, one dab each; empty
     /// disables mirroring. Each map is a reflection, a rotation or both, about the origin of the
-    /// mesh. Across coordinate planes of the mesh, a stroke keeps a symmetric surface symmetric bit
-    /// for bit; see SettleSymmetry.
+    /// mesh. With a reflection in a coordinate plane of the mesh, a stroke keeps a symmetric
+    /// surface symmetric bit for bit; see SettleSymmetry.
     ///
     /// A brush stores the plane of a stroke for one mirrored side only. If the tool uses such a
     /// plane and there are more sides, they are applied in pairs, each in an additional stroke
