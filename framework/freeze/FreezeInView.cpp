@@ -15,9 +15,9 @@ namespace trovik {
 
 namespace {
 
-/// A vertex is visible if its line of sight hits the surface at most this fraction of the distance
-/// before it: because of rounding, the surface around the vertex can appear slightly in front of
-/// it.
+/// A vertex is visible if its line of sight meets no surface in front of it by more than this
+/// fraction of its distance. Because of rounding, the surface around the vertex itself can be hit
+/// slightly in front of it.
 constexpr float sightTolerance = 1e-4f;
 
 /// The camera of a viewport, prepared for projecting many positions.

@@ -173,8 +173,8 @@ bool StrokeLoop::KeepsPlane() const {
     return update != nullptr && (isOn(global) || !isOn(update));
 }
 
-// Two sides that have not been applied yet form a pair: one is the image of the other under another
-// map, as with the main side and its mirror.
+// Two remaining sides form a pair: one is the image of the other under a map, as the mirrored side
+// is of the main side.
 void StrokeLoop::LayOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
     // For the user this is one stroke: a falloff that was chosen during it applies to the next one.
