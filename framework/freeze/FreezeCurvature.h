@@ -21,7 +21,8 @@ struct CurvatureRange {
     /// World units. Scaled curvature is the mean curvature times this size: it is 1 in a spherical
     /// hollow of radius `size`, 1/2 in one of twice the radius, and negative on a ridge.
     float size = 1.0f;
-    /// Scaled curvature from `from` to `to` yields mask weight 1.
+    /// Scaled curvature from `from` to `to` (negated for Ridge, absolute for Both) yields mask
+    /// weight 1.
     float from = 0.25f;
     float to = 3.402823466e+38f;
     /// Outside that range the weight decreases linearly to 0 over this distance.
