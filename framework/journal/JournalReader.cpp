@@ -106,7 +106,7 @@ void JournalReader::ReadRecords() {
         if (frame->number != number) {
             tell(place,
                  "record " + std::to_string(number) + " is missing; record " +
-                     std::to_string(frame->number) + " is in its place");
+                     std::to_string(frame->number) + " follows");
             return;
         }
         records.push_back(

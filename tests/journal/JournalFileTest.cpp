@@ -166,7 +166,7 @@ TEST_F(JournalOnDisk, MissesARecordThatWasTakenOut) {
     Write(bytes);
     const std::string message = MessageOf<HostError>([this] { ReadJournal(path); });
     EXPECT_NE(message.find("byte " + std::to_string(gone.byte) +
-                           ": record 3 is missing; record 4 is in its place"),
+                           ": record 3 is missing; record 4 follows"),
               std::string::npos)
         << message;
 }
