@@ -222,7 +222,7 @@ TEST_F(MapDisplacementTest, WhatIsNoMapForTheMeshIsRefusedAndNothingChanges) {
     geometry->RestoreAttributes(shifted);
     options = {};
     options.path = folder.Path("grey.exr");
-    EXPECT_NE(message(options).find("lie outside 0 to 1"), std::string::npos);
+    EXPECT_NE(message(options).find("are outside 0 to 1"), std::string::npos);
     geometry->RestoreAttributes({});
     EXPECT_EQ(message(options), "the mesh has no texture coordinates (UVs), which a map requires");
 }

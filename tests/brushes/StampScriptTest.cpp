@@ -174,7 +174,7 @@ TEST_F(StampScript, AnOpenStrokeKeepsItsStamp) {
     const std::string open =
         std::string(sculpt) + R"(, {"stroke": {"surface": [[0, 0, 0]], "open": true}},)";
     EXPECT_THAT(ErrorOf(open + R"({"set": {"stamp": "half.tif"}})"),
-                HasSubstr("/steps/2/set/stamp: a stroke is open"));
+                HasSubstr("/steps/2/set/stamp: the stamp cannot change while a stroke is open"));
     EXPECT_THAT(
         ErrorOf(open + R"({"stroke": {"continue": true, "seed": 4}})"),
         HasSubstr("/steps/2/stroke/seed: the seed must be given at the beginning of the stroke"));

@@ -81,7 +81,7 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"level": 3}]})",
                       "/steps/0/level: there is no level 3; the highest is 0");
     ExpectScriptError(R"({"mesh": "cube.obj", "transform": {"scale": [1, 0, 1]}, "steps": []})",
-                      "/transform/scale: a scale of 0");
+                      "/transform/scale: a scale must not be 0");
     ExpectScriptError(
         R"({"mesh": "cube.obj", "transform": {"matrix": [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2]},
             "steps": []})",
@@ -395,7 +395,7 @@ TEST_F(Command, WhatCannotBeBakedIsOneLine) {
     WriteFile("sheet.obj", sheetWithUvs);
     ExpectScriptError(
         R"({"mesh": "sheet.obj", "levels": 1, "steps": [{"bake": {"file": "d.exr", "to": 1}}]})",
-        "/steps/0/bake: a map tells how a finer level differs from a coarser one");
+        "/steps/0/bake: a map stores the difference between a finer and a coarser level");
     ExpectScriptError(R"({"mesh": "sheet.obj", "levels": 1, "steps": [
                           {"bake": {"file": "d.png", "bits": "float"}}]})",
                       "/steps/0/bake: d.png: a .png file stores 16 bits; floats require");

@@ -74,14 +74,14 @@ TEST_F(ScriptCheck, AllErrorsAreListed) {
                       "in the output "
                       "folder (.)"),
             HasSubstr("/preferences/No: unknown preference"),
-            HasSubstr("/transform/scale: a scale of 0"),
+            HasSubstr("/transform/scale: a scale must not be 0"),
             HasSubstr("/camera/from: the direction must not be zero"),
             HasSubstr("/mirror/1: the axis is given twice"),
             HasSubstr("/steps/1/tool: unknown tool \"Wex\"; did you mean \"Wax\"?"),
-            HasSubstr("/steps/1/set/radiusPixels: a brush has one of"),
+            HasSubstr("/steps/1/set/radiusPixels: \"radius\" and"),
             HasSubstr("/steps/1/set/stamp: stamp not found: none.tif"),
             HasSubstr("/steps/2/stroke/continue: no stroke is open"),
-            HasSubstr("bad-pen.json: /samples/0: a sample is"),
+            HasSubstr("bad-pen.json: /samples/0: a sample must be"),
             HasSubstr("/steps/4/stroke/surface/0/3: pressure must be between 0 and 1"),
             HasSubstr("/steps/6/subdivide: a stroke is open"),
             HasSubstr("/steps/7/stroke: a stroke is open"),
@@ -128,7 +128,7 @@ TEST_F(ScriptCheck, AFaultySourceIsOneError) {
     EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "scene": 6, "steps": []})"),
                 testing::ElementsAre(HasSubstr("/mesh: "),
                                      HasSubstr("/scene: "),
-                                     HasSubstr("/: a script opens one of"),
+                                     HasSubstr("/: a script must have exactly one of"),
                                      "trovik: s.json: 3 errors"));
     // Other errors are still found.
     EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "mirror": ["x", "x"], "steps": [{"tool": "Wex"}]})"),

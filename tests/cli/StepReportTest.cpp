@@ -66,10 +66,10 @@ TEST_F(StepReport, PointsFarFromTheSurface) {
                   "1 of 2 points of stroke/surface are far from the surface; point 1 is 3.16 away");
     ExpectWarning(R"({"stroke": {"surface": [[0, 0, 6]]}})",
                   0,
-                  "stroke/surface lies 5.15 away from the surface");
+                  "stroke/surface is 5.15 away from the surface");
     ExpectWarning(R"({"freeze": {"shell": {"surface": [0, 8, 0]}}})",
                   0,
-                  "freeze/shell/surface lies 7.15 away from the surface");
+                  "freeze/shell/surface is 7.15 away from the surface");
     // Within the brush's radius a point is near.
     EXPECT_EQ(Sculpt(R"({"set": {"radius": 3}}, {"stroke": {"surface": [[0, 0, 3.5]]}})").error,
               "");

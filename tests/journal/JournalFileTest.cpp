@@ -209,7 +209,7 @@ TEST_F(JournalOnDisk, RefusesASecondRunWhileTheFirstIsGoingOn) {
         EXPECT_EQ(folder.FileCount(), 1u);
     }
     // The lock went with the run, but its work did not end.
-    EXPECT_NE(MessageOf<HostError>(start).find("did not end in good order"), std::string::npos);
+    EXPECT_NE(MessageOf<HostError>(start).find("has not been closed"), std::string::npos);
 }
 
 TEST_F(JournalOnDisk, AFileThatIsNotAJournalIsNotReplaced) {
