@@ -25,7 +25,7 @@ struct RecoverOptions {
 
 void Recover(const RecoverOptions& options) {
     if (!IsScenePath(options.scene))
-        throw HostError(options.scene + ": a scene file's name ends in .trovik");
+        throw HostError(options.scene + ": the name of a scene file must end in .trovik");
     ProgressLine line(options.quiet);
     RecoveryOptions recovery;
     recovery.untilDamage = options.untilDamage;

@@ -51,7 +51,7 @@ Vector DirectionOr(const std::vector<float>& numbers, const char* option, const 
     const Vector direction = ToVector(numbers);
     const float length = direction.Length();
     if (!(length > 0.0f) || !std::isfinite(length))
-        throw HostError(std::string(option) + ": the direction has no length");
+        throw HostError(std::string(option) + ": the direction must not be zero");
     return direction;
 }
 

@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned fixedBits = 16;
 constexpr double fixedOne = 65536.0;
 
-/// Rounded down, and up, to whole multiples of 2^bits.
+/// Round a value down, or up, to a multiple of 2^bits.
 std::int64_t Down(std::int64_t value, unsigned bits) { return value >> bits; }
 std::int64_t Up(std::int64_t value, unsigned bits) {
     return (value + (std::int64_t{1} << bits) - 1) >> bits;
@@ -46,9 +46,8 @@ BakeCanvas::BakeCanvas(const Options& given)
     if (options.padding > 0) distances.resize(taken.size(), std::numeric_limits<float>::infinity());
 }
 
-// The row is counted from the top, but v is rounded from the bottom, so that what is mirrored in v
-// meets mirrored samples.
-// Places a whole tile apart are rounded alike.
+// Rows are counted from the top, but v is rounded from the bottom, so that surfaces mirrored in v
+// cover mirrored samples. Positions that differ by a whole tile are rounded alike.
 BakeCanvas::FixedPoint BakeCanvas::Fixed(const TilePoint& point) const {
     const auto rounded = [](double part, std::uint32_t size) {
         return static_cast<std::int64_t>(std::floor(part * size * fixedOne + 0.5));
@@ -103,8 +102,9 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
     const std::int64_t firstY = first(lowY);
     const std::int64_t lastY = last(highY, rows);
 
-    // Side i lies across from corner i. A sample on a side belongs to the triangle that runs along
-    // it downwards, or to the left where it is level: the other one runs the other way.
+    // Side i is opposite corner i. A sample exactly on a side belongs to the triangle for which the
+    // side runs downwards, or to the left if it is horizontal; in the other triangle the side runs
+    // in the opposite direction.
     bool owns[3];
     FixedPoint along[3];
     for (std::size_t i = 0; i < 3; ++i) {
@@ -135,7 +135,7 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
 
 void BakeCanvas::TakeSample(std::int64_t x, std::int64_t y, const MapValue& value) {
     const std::uint64_t n = options.samplesPerSide;
-    // Samples lie at most two tiles before the first.
+    // Samples lie at most two tiles before the first tile, so the sum is not negative.
     const std::uint64_t columns = options.width * n;
     const std::uint64_t rows = options.height * n;
     const std::uint64_t column = (static_cast<std::uint64_t>(x) + 2 * columns) % columns;

@@ -12,25 +12,25 @@ namespace trovik {
 
 class JobControl;
 
-/// A place on a tile of the texture, u to the right and v upwards, 0 to 1.
+/// A position on a tile of the texture, u to the right and v upwards, 0 to 1.
 using TilePoint = std::array<double, 2>;
-/// What a map holds at one place; a map of one channel uses the first number.
+/// The value of a map at one position; a map with one channel uses the first number.
 using MapValue = std::array<float, 3>;
 
-/// One tile of a map while surfaces are laid into it.
+/// One tile of a map while surfaces are rasterised into it.
 ///
-/// Texel (x, y), rows from the top, covers u from x / width to (x + 1) / width and v from
-/// 1 - (y + 1) / height to 1 - y / height. Its samples lie on a regular grid inside it, and a texel
-/// that any sample of which meets a surface takes the mean of those that do.
+/// Texel (x, y), rows from the top, covers u from x / width to (x + 1) / width and v from 1 - (y +
+/// 1) / height to 1 - y / height. Its samples form a regular grid inside it. If any sample of a
+/// texel is covered by a surface, the texel gets the mean of its covered samples.
 ///
-/// Places are rounded to 1/65536 of a texel and all decisions made in whole numbers, so a sample on
-/// the edge of two triangles belongs to exactly one, and no seam leaves a hole. Where surfaces
-/// overlap the first one stays.
+/// Positions are rounded to 1/65536 of a texel, and all decisions are made in integers. A sample on
+/// the edge between two triangles therefore belongs to exactly one of them, and seams have no
+/// holes. Where surfaces overlap, the first one is kept.
 ///
-/// Memory: 4 bytes a texel, 4 for each channel, and 4 with padding.
+/// Memory per texel: 4 bytes, 4 for each channel, and 4 with padding.
 class TROVIK_API BakeCanvas {
 public:
-    /// The largest width and height.
+    /// The maximum width and height.
     static constexpr std::uint32_t largestSide = 16384;
 
     struct Options {
@@ -39,24 +39,24 @@ public:
         std::uint32_t height = 1024;
         /// 1 or 3.
         std::uint32_t channels = 3;
-        /// Samples of a texel from side to side: 1, 2 or 4.
+        /// Samples of a texel in each direction: 1, 2 or 4.
         std::uint32_t samplesPerSide = 2;
-        /// Values are directions: each texel's is normalised.
+        /// Values are directions: the value of each texel is normalised.
         bool directions = false;
         /// Distance from a surface's edge, in texels, up to which free texels are filled.
         std::uint32_t padding = 0;
-        /// What lies beyond an edge of the tile comes in over the opposite one; otherwise it is cut
-        /// off. Quads then lie within -1 to 2 and are at most as large as the tile.
+        /// Surfaces that cross an edge of the tile continue at the opposite edge; otherwise they
+        /// are clipped. Quads then lie within -1 to 2 and are at most as large as the tile.
         bool repeat = false;
     };
     explicit BakeCanvas(const Options& options);
 
-    /// Lays four triangles around the middle of a quad: values run linearly over each, and in the
-    /// middle they are the mean of the corners.
+    /// Rasterises a quad as four triangles around its centre. Values are linear over each triangle;
+    /// the value at the centre is the mean of the corners.
     void AddQuad(const std::array<TilePoint, 4>& corners, const std::array<MapValue, 4>& values);
-    /// Fills texels beside an edge of a surface: a texel that no surface meets takes the value of
-    /// the nearest place on any such edge, when its centre is no farther than the padding. Of
-    /// places equally near the first stays. To be called when all quads are there.
+    /// Fills texels near an edge of a surface: a texel not covered by any surface gets the value of
+    /// the nearest point on such an edge if its centre is within the padding distance. Of equally
+    /// near points the first is kept. To be called after all quads have been added.
     void PadEdge(const TilePoint& from,
                  const TilePoint& to,
                  const MapValue& fromValue,
@@ -65,17 +65,17 @@ public:
     struct Counts {
         std::uint64_t covered = 0;
         std::uint64_t padded = 0;
-        /// Texels with a sample that more than one surface meets.
+        /// Texels with a sample that is covered by more than one surface.
         std::uint64_t overlapping = 0;
     };
-    /// Ends the work. \param neutral  for texels that hold nothing.
+    /// Finishes the tile. \param neutral  the value of empty texels.
     /// \throw Cancelled.
     FloatImage Finish(const MapValue& neutral, Counts& counts, JobControl* job = nullptr);
-    /// Whether the quad that was laid last met a sample that was taken.
+    /// Whether the last quad covered a sample that was already covered.
     bool LastOverlapped() const { return lastOverlapped; }
 
 private:
-    /// In 65536ths of a texel, y downwards.
+    /// In units of 1/65536 texel, y downwards.
     struct FixedPoint {
         std::int64_t x;
         std::int64_t y;
@@ -88,11 +88,12 @@ private:
     std::int64_t step;
     unsigned stepBits;
     bool lastOverlapped = false;
-    /// Per texel one bit for each sample that met a surface, and overlapBit.
+    /// For each texel one bit per covered sample, and overlapBit.
     static constexpr std::uint32_t overlapBit = 1u << 31;
     std::vector<std::uint32_t> taken;
     std::vector<float> sums;
-    /// Per texel the square of the distance to the edge whose value it has; empty without padding.
+    /// For each texel the squared distance to the edge from which it was filled; empty without
+    /// padding.
     std::vector<float> distances;
 };
 

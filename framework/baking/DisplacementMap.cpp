@@ -11,15 +11,15 @@ namespace trovik {
 
 namespace {
 
-/// The two texels on both sides of a place along one axis, and the share of the second.
+/// The two texels on both sides of a position along one axis, and the weight of the second one.
 struct Between {
     std::uint32_t first;
     std::uint32_t second;
     float share;
 };
 
-/// \param place  in texels from the first one's outer edge. \param repeat  the last one meets the
-/// first.
+/// \param place  in texels from the outer edge of the first texel. \param repeat  the texel after
+/// the last is the first.
 Between BetweenTexels(double place, std::uint32_t size, bool repeat) {
     const double centred = place - 0.5;
     const double below = std::floor(centred);
@@ -37,7 +37,7 @@ Between BetweenTexels(double place, std::uint32_t size, bool repeat) {
 DisplacementMap::DisplacementMap(const DisplacementOptions& given)
     : options(given), marked(HasTileMark(given.path)) {
     if (marked && options.repeat)
-        throw HostError(options.path + ": a map of several tiles does not repeat");
+        throw HostError(options.path + ": a map with several tiles cannot repeat");
 }
 
 void DisplacementMap::Settle(const std::optional<MapText>& said,
@@ -50,13 +50,14 @@ void DisplacementMap::Settle(const std::optional<MapText>& said,
     own.mid = options.mid.value_or(own.mid);
     own.scale = options.scale.value_or(own.scale);
     if (own.kind == MapKind::Normal)
-        throw HostError(path + ": a map of normals does not tell how far the surface moves");
+        throw HostError(path + ": a normal map contains no displacement");
     if (own.kind == MapKind::Vector && image.channels < 3)
-        throw HostError(path + ": a map of vectors has three channels, this image " +
+        throw HostError(path + ": a vector map must have three channels; this image has " +
                         std::to_string(image.channels));
     if (settled && (own.kind != text.kind || own.space != text.space || own.mid != text.mid ||
                     own.scale != text.scale))
-        throw HostError(path + ": its numbers mean something else than those of the other tiles");
+        throw HostError(
+            path + ": its format (kind, space, mid, scale) differs from that of the other tiles");
     text = own;
     settled = true;
 }

@@ -10,22 +10,22 @@
 
 namespace trovik {
 
-/// The files of a displacement map, read tile by tile as they are asked for.
+/// The files of a displacement map, read tile by tile on demand.
 class DisplacementMap {
 public:
-    /// Reads nothing yet.
+    /// Does not read any file.
     explicit DisplacementMap(const DisplacementOptions& options);
 
-    /// What the map says at a place: a scalar in x, or a vector.
-    /// \throw HostError for a place outside the map, and for files that cannot be read.
+    /// The value of the map at a position: a scalar in x, or a vector.
+    /// \throw HostError for a position outside the map, and for files that cannot be read.
     Vector At(const std::array<float, 2>& uv);
-    /// Known once a tile was read.
+    /// Valid after a tile has been read.
     MapKind Kind() const { return text.kind; }
     MapSpace Space() const { return text.space; }
 
 private:
     const FloatImage& Tile(std::uint32_t number);
-    /// \param said  by the file; takes part in nothing where options say otherwise.
+    /// \param said  the description stored in the file; options override its values.
     void Settle(const std::optional<MapText>& said,
                 const std::string& path,
                 const FloatImage& image);

@@ -11,7 +11,7 @@ LevelUvs::LevelUvs(const LevelGeometry& geometry, std::uint32_t ofLevel)
       baseCorners(geometry.Level(0)->CornersPerFace()),
       baseFaces(geometry.Level(0)->faceCount) {
     if (attributes.cornerUvs.empty())
-        throw HostError("the mesh has no texture coordinates (UVs), and a map lies on the texture");
+        throw HostError("the mesh has no texture coordinates (UVs), which a map requires");
 }
 
 bool LevelUvs::OfBase(std::uint32_t baseFace, CornerValues<2>& uvs) const {

@@ -6,23 +6,23 @@
 
 namespace trovik {
 
-/// Places of a level's faces on the texture, refined from those of level 0 (AttributeRefinement.h).
+/// Texture coordinates of a level's faces, refined from those of level 0 (AttributeRefinement.h).
 /// Borrows the geometry.
 class LevelUvs {
 public:
-    /// \throw HostError "the mesh has no texture coordinates ..." where level 0 has none.
+    /// \throw HostError "the mesh has no texture coordinates ..." if level 0 has none.
     LevelUvs(const LevelGeometry& geometry, std::uint32_t level);
 
-    /// UVs at the corners of a face of the level; of a triangle the fourth means nothing.
-    /// \return false where a corner of its face of level 0 has none.
+    /// UVs at the corners of a face of the level; for a triangle the fourth value is undefined.
+    /// \return false if a corner of its face of level 0 has no UVs.
     bool Of(std::uint32_t face, CornerValues<2>& uvs) const {
         if (!OfBase(BaseOf(face), uvs)) return false;
         uvs = FaceValues(uvs, baseCorners, level, face);
         return true;
     }
-    /// The same for a face of level 0.
+    /// Like Of, for a face of level 0.
     bool OfBase(std::uint32_t baseFace, CornerValues<2>& uvs) const;
-    /// The face of level 0 that a face of the level lies in.
+    /// The face of level 0 from which a face of the level descends.
     std::uint32_t BaseOf(std::uint32_t face) const { return BaseFace(baseCorners, level, face); }
     std::uint32_t BaseFaceCount() const { return baseFaces; }
     std::uint32_t BaseCorners() const { return baseCorners; }

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint32_t largestPadding = 256;
 
-/// Binds a level; the destructor restores the state before.
+/// Binds a level; the destructor restores the previous state.
 class BoundLevel {
 public:
     BoundLevel(LevelGeometry& ofGeometry, std::uint32_t level, JobControl* job)
@@ -42,9 +42,9 @@ std::uint32_t CheckedFrom(const LevelGeometry& geometry, const BakeOptions& opti
     there(from);
     there(options.to);
     if (from <= options.to)
-        throw HostError("a map tells how a finer level differs from a coarser one; level " +
-                        std::to_string(from) + " is not finer than level " +
-                        std::to_string(options.to));
+        throw HostError(
+            "a map stores the difference between a finer and a coarser level, but level " +
+            std::to_string(from) + " is not finer than level " + std::to_string(options.to));
     return from;
 }
 
@@ -64,16 +64,18 @@ void CheckSizes(const BakeOptions& options) {
     for (const std::uint32_t side : {options.width, options.height})
         if (side < 1 || side > BakeCanvas::largestSide)
             throw HostError("a map of " + std::to_string(options.width) + " x " +
-                            std::to_string(options.height) + " texels cannot be made; a side has " +
-                            "1 to " + std::to_string(BakeCanvas::largestSide));
+                            std::to_string(options.height) +
+                            " texels is not possible; width and height must be 1 to " +
+                            std::to_string(BakeCanvas::largestSide));
     if (options.samples != 1 && options.samples != 4 && options.samples != 16)
-        throw HostError("a texel has 1, 4 or 16 samples, not " + std::to_string(options.samples));
+        throw HostError("the samples per texel must be 1, 4 or 16, not " +
+                        std::to_string(options.samples));
     if (options.padding > largestPadding)
         throw HostError("a padding of " + std::to_string(options.padding) +
-                        " texels is too wide; it may be " + std::to_string(largestPadding));
+                        " texels is too large; the maximum is " + std::to_string(largestPadding));
 }
 
-/// What the map holds at each frame of the smooth surface.
+/// The value of the map at each frame of the smooth surface.
 std::vector<MapValue> FrameValues(const BakeOptions& options,
                                   const LevelMesh& fine,
                                   const std::vector<Vector>& smooth,
@@ -102,7 +104,7 @@ std::vector<MapValue> FrameValues(const BakeOptions& options,
     return values;
 }
 
-/// Lays the faces of one level into canvases, tile by tile.
+/// Rasterises the faces of one level into canvases, tile by tile.
 class TilePainter {
 public:
     TilePainter(LevelMesh& ofLevel,
@@ -121,8 +123,8 @@ public:
                BakeCanvas& canvas,
                std::optional<std::uint32_t>& overlappingFace,
                JobControl* job) {
-        // Faces differ much in the texels that they cover.
-        JobPhase phase(job, "Painting the map", std::uint64_t{level.faceCount} * 2, 16);
+        // The number of covered texels differs greatly between faces.
+        JobPhase phase(job, "Rasterising the map", std::uint64_t{level.faceCount} * 2, 16);
         const MapTile tile = MapTile::OfNumber(number);
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {
             phase.Add();
@@ -175,7 +177,7 @@ private:
         return corners;
     }
 
-    /// Whether nothing lies across the side on the texture.
+    /// Whether the neighbour across the side is not adjacent on the texture.
     bool IsIslandEdge(std::uint32_t face, std::uint32_t side) const {
         const std::uint32_t across = level.QuadEdgeNeighbour(face, side);
         if (across == openBorder) return true;
@@ -217,7 +219,7 @@ BakedMap BakeMap(LevelGeometry& geometry,
     if (numbers.empty())
         throw HostError("no face of the mesh has texture coordinates (UVs) at all its corners");
 
-    // The levels as they are after going to `from` and then to `to`.
+    // The levels in the state after switching to `from` and then to `to`.
     const BoundLevel atFrom(geometry, map.from, job);
     const BoundLevel atTo(geometry, map.to, job);
     LevelMesh& fine = *geometry.Level(map.from);

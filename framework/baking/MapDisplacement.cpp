@@ -17,7 +17,7 @@ namespace trovik {
 
 namespace {
 
-/// Which way the vertex goes by the map, as if nothing were frozen.
+/// The displacement of a vertex by the map, without regard to the mask.
 Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap& map) {
     Vector sum;
     float count = 0.0f;
@@ -35,9 +35,9 @@ Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap
     return count > 1.0f ? sum * (1.0f / count) : sum;
 }
 
-/// Normals of these vertices by the level's present shape; the others keep their bits.
+/// Recomputes the normals of these vertices from the current shape; the others are not changed.
 void RefreshNormals(LevelMesh& level, const std::vector<std::uint32_t>& vertices) {
-    // Going around each vertex costs more than going once over all faces.
+    // Per vertex, visiting its surrounding faces costs more than one pass over all faces.
     if (vertices.size() < level.VertexCount() / 8) {
         level.ComputeNormalsOf(vertices);
         return;
@@ -73,7 +73,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry,
         moves[v] = frozen == 0.0f ? move : move * (1.0f - frozen / 127.0f);
         if (!IsFinite(moves[v]))
             throw HostError(options.path + ": vertex " + std::to_string(v) +
-                            " would be moved beyond all numbers");
+                            " would get a position that is not finite");
         if (!(moves[v] == Vector())) moved.push_back(v);
     }
     phase.Finish();
@@ -81,7 +81,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry,
 
     const std::vector<std::uint32_t> around = WithNeighbours(level, moved);
     LevelChange change(&level);
-    // All records first: where memory is refused, nothing has moved.
+    // All undo records are made first: if an allocation fails, nothing has moved.
     for (const std::uint32_t vertex : around)
         change.Add_uncached(vertex,
                             level.LowestFaceOf(vertex),

@@ -24,7 +24,7 @@ std::uint16_t Rounded(float value) {
 void Write(
     const std::string& path, BakedTile& tile, const MapText& text, MapBits bits, JobControl* job) {
     const bool coded = bits == MapBits::Sixteen || text.kind == MapKind::Normal;
-    // A scale of 0 means that nothing is displaced.
+    // A scale of 0 means that there is no displacement.
     const float factor = text.scale > 0.0f ? 1.0f / text.scale : 0.0f;
     if (coded)
         for (float& value : tile.image.pixels) value = middle + value * factor;
@@ -49,7 +49,7 @@ std::string WarningOf(const BakedMap& map) {
     return "on " + std::to_string(map.overlappingTexels) +
            " texels the UVs of faces overlap, such as those of face " +
            std::to_string(map.overlappingFace.value_or(0)) +
-           " of level 0; the map has the face of the lowest number there";
+           " of level 0; the map contains the face with the lowest number there";
 }
 
 }  // namespace
@@ -58,16 +58,16 @@ MapBits BitsFor(const MapFileOptions& file) {
     const std::string extension = LowerExtension(file.path);
     const bool tiff = extension == ".tif" || extension == ".tiff";
     if (extension != ".exr" && extension != ".png" && !tiff)
-        throw HostError(file.path + ": a map's file name ends in .exr, .png, .tif or .tiff");
+        throw HostError(file.path +
+                        ": the file name of a map must end in .exr, .png, .tif or .tiff");
     const MapBits bits =
         file.bits.value_or(extension == ".exr" ? MapBits::Float : MapBits::Sixteen);
     if (bits == MapBits::Float && extension == ".png")
-        throw HostError(file.path +
-                        ": a .png holds 16 bits and no floats; .exr and .tif hold them");
+        throw HostError(file.path + ": a .png file stores 16 bits; floats require .exr or .tif");
     if (bits == MapBits::Sixteen && extension == ".exr")
-        throw HostError(file.path + ": an .exr holds floats; .png and .tif hold 16 bits");
+        throw HostError(file.path + ": an .exr file stores floats; 16 bits require .png or .tif");
     if (file.range && !(*file.range > 0.0f && std::isfinite(*file.range)))
-        throw HostError(file.path + ": the range of a map is above 0");
+        throw HostError(file.path + ": the range of a map must be above 0");
     return bits;
 }
 

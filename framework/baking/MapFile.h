@@ -9,24 +9,25 @@
 
 namespace trovik {
 
-/// How a map's numbers are stored.
+/// How the values of a map are stored.
 ///
-/// Floats hold displacements in the units of the mesh, with mid 0 and scale 1, and normals as
-/// 0.5 + 0.5 n. Whole numbers of 16 bits hold 0.5 + d / scale for displacements, where scale is
-/// twice the range, and 0.5 + 0.5 n for normals: of v from 0 to 1 the number nearest to 65535 v.
+/// Floats contain displacements in the units of the mesh, with mid 0 and scale 1, and normals as
+/// 0.5 + 0.5 n. 16-bit integers contain 0.5 + d / scale for displacements, where scale is twice the
+/// range, and 0.5 + 0.5 n for normals: a value v from 0 to 1 is stored as the integer nearest to
+/// 65535 v.
 enum class MapBits { Sixteen, Float };
 
 struct MapFileOptions {
-    /// `.exr` (floats), `.png` (16 bits), `.tif` or `.tiff` (both); `<UDIM>` in it gives one file
-    /// for each tile.
+    /// `.exr` (floats), `.png` (16 bits), `.tif` or `.tiff` (both); with `<UDIM>` in the name one
+    /// file for each tile.
     std::string path;
-    /// Without: floats in .exr, 16 bits in the others.
+    /// By default floats in .exr files, 16 bits in the others.
     std::optional<MapBits> bits = {};
-    /// Displacements of this size reach 0 and 1; without, the largest there is. For 16 bits.
+    /// For 16 bits: displacements of this size map to 0 and 1; by default the largest displacement.
     std::optional<float> range = {};
 };
 
-/// What was written.
+/// The result of BakeToFile.
 struct MapReport {
     std::vector<std::string> files;
     MapText text;
@@ -37,21 +38,21 @@ struct MapReport {
     std::uint64_t coveredTexels = 0;
     std::uint64_t paddedTexels = 0;
     std::uint64_t overlappingTexels = 0;
-    /// One line for the user where something is doubtful; empty otherwise.
+    /// One line for the user if the result is doubtful; empty otherwise.
     std::string warning;
 };
 
-/// How the numbers of a map are stored. \throw HostError for a file name or a range that cannot be
-/// written so.
+/// The number format of a map file. \throw HostError for a file name or a range that does not
+/// support it.
 TROVIK_API MapBits BitsFor(const MapFileOptions& file);
 
-/// Bakes a map (BakeMap) and writes it, with a line that tells what its numbers mean (MapText).
-/// Numbers run from the top row, v = 1, to the bottom. Channels of vectors and normals: red along
-/// u (tangent), green along v (bitangent: +Y), blue along the normal; mesh-local: x, y, z.
-/// Each file is complete or not there. The same levels give the same bytes.
-/// \throw HostError as BakeMap, before the work for a file name that cannot be written, and when
-/// the displacement passes the range that was asked for; Cancelled. Files of tiles that were
-/// complete before a cancellation stay.
+/// Bakes a map (BakeMap) and writes it, with a line that describes the meaning of its values
+/// (MapText). Rows run from the top, v = 1, to the bottom. Channels of vectors and normals: red
+/// along u (tangent), green along v (bitangent: +Y), blue along the normal; mesh-local: x, y, z.
+/// Each file is either complete or absent. Equal levels give equal bytes.
+/// \throw HostError like BakeMap; before baking, for a file name that cannot be written; and if the
+/// displacement exceeds the requested range. Cancelled; files of tiles that were complete before a
+/// cancellation remain.
 TROVIK_API MapReport BakeToFile(LevelGeometry& geometry,
                                 const BakeOptions& options,
                                 const MapFileOptions& file,

@@ -28,15 +28,16 @@ std::string Range(const std::array<float, 2>& low, const std::array<float, 2>& h
     return text;
 }
 
-/// The whole number below a span that may touch the next ones; -1 where it reaches beyond.
+/// The integer cell that contains a range, which may touch its neighbours; -1 if the range extends
+/// beyond a cell.
 double CellOf(double low, double high) {
     double cell = std::floor((low + high) * 0.5);
-    // A span without extent on a border belongs to what lies before it.
+    // An empty range on a border belongs to the cell before it.
     if (cell > 0.0 && low == cell && high == cell) cell -= 1.0;
     return low < cell - slack || high > cell + 1.0 + slack ? -1.0 : cell;
 }
 
-/// Numbers of texels are exact up to here.
+/// Texel coordinates are exact up to this value.
 constexpr float farthest = 1000.0f;
 
 std::uint32_t RepeatedTile(const std::array<float, 2>& low,
@@ -45,7 +46,7 @@ std::uint32_t RepeatedTile(const std::array<float, 2>& low,
     for (std::size_t i = 0; i < 2; ++i)
         if (high[i] - low[i] > 1.0f || low[i] < -farthest || high[i] > farthest)
             throw HostError("the UVs of " + what + ", " + Range(low, high) +
-                            ", reach over more than the texture, or lie too far from it");
+                            ", extend over more than one texture, or are too far from it");
     return MapTile().Number();
 }
 
@@ -69,19 +70,18 @@ std::uint32_t TileOf(const std::array<float, 2>& low,
     const double row = CellOf(static_cast<double>(low[1]), static_cast<double>(high[1]));
     const bool isFirst = column == 0.0 && row == 0.0;
     if (!marked && !isFirst)
-        throw HostError(
-            "the UVs of " + what + ", " + Range(low, high) +
-            ", lie outside 0 to 1; <UDIM> in the file name gives a map for each tile of "
-            "the texture, and with \"repeat\" they are taken as a texture that repeats");
+        throw HostError("the UVs of " + what + ", " + Range(low, high) +
+                        ", are outside 0 to 1; use <UDIM> in the file name for one map per tile of "
+                        "the texture, or \"repeat\" for a texture that repeats");
     if (column < 0.0 || column >= columnCount || row < 0.0 || row >= rowCount)
         throw HostError("the UVs of " + what + ", " + Range(low, high) +
-                        ", do not lie within one tile of the texture");
+                        ", are not within one tile of the texture");
     return MapTile{static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row)}.Number();
 }
 
 std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& path, bool repeat) {
     const bool marked = HasTileMark(path);
-    if (marked && repeat) throw HostError(path + ": a map of several tiles does not repeat");
+    if (marked && repeat) throw HostError(path + ": a map with several tiles cannot repeat");
     std::vector<std::uint32_t> tiles(uvs.BaseFaceCount(), noMapTile);
     for (std::uint32_t face = 0; face < uvs.BaseFaceCount(); ++face) {
         CornerValues<2> corners = {};

@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Some unit vector at right angles to a unit vector.
+/// An arbitrary unit vector perpendicular to a unit vector.
 Vector AnyAcross(const Vector& normal) {
     const float x = std::fabs(normal.x);
     const float y = std::fabs(normal.y);
@@ -101,7 +101,7 @@ SurfaceFrames::SurfaceFrames(const LevelMesh& level,
     phase.Finish();
     for (Entry& entry : frames) {
         const Vector& normal = normals[entry.vertex];
-        // What rounding has left along the normal goes.
+        // Removes the component along the normal that rounding has left.
         entry.tangent -= normal * (entry.tangent | normal);
         entry.tangent.Normalize();
         if (entry.tangent == Vector()) entry.tangent = AnyAcross(normal);

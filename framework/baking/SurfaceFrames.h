@@ -10,22 +10,21 @@ namespace trovik {
 
 class JobControl;
 
-/// Positions of level `fine` as refining level `coarse` gives them, without the detail of the
-/// levels above it. Cost: O(vertices of `fine`). \throw Cancelled, as all below.
+/// Positions of level `fine` computed by refining level `coarse`, without the detail of the levels
+/// above it. Cost: O(vertices of `fine`). \throw Cancelled, like all operations of this file.
 std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
                                     std::uint32_t coarse,
                                     std::uint32_t fine,
                                     JobControl* job = nullptr);
 
-/// Unit normals of a level's vertices at given positions: per vertex the sum of its faces' normals
-/// (of a quad the cross product of its diagonals), in the order of the faces, normalised. Not
-/// packed, but otherwise as LevelMesh::ComputeNormals.
+/// Unit normals of a level's vertices at given positions: for each vertex the sum of its faces'
+/// normals (for a quad the cross product of its diagonals), in the order of the faces, normalised.
+/// The result is not packed, but otherwise equal to that of LevelMesh::ComputeNormals.
 std::vector<Vector> VertexNormals(const LevelMesh& level,
                                   const std::vector<Vector>& positions,
                                   JobControl* job = nullptr);
 
-/// Three directions of unit length at right angles: along the texture's u, along its v, and out of
-/// the surface.
+/// Three orthonormal directions: along the texture's u, along its v, and out of the surface.
 struct SurfaceFrame {
     Vector tangent;
     Vector bitangent;
@@ -39,12 +38,12 @@ struct SurfaceFrame {
 
 /// Frames at the corners of a level's faces.
 ///
-/// At a corner the surface's derivative along u follows from the two edges that meet there. All
-/// corners of a vertex that have the same UV and the same sense (texture as seen from outside, or
-/// mirrored) share one frame: their derivatives are laid into the plane of the vertex's normal,
-/// normalised, and added in the order of the faces; that sum, normalised, is the tangent. The
-/// bitangent is normal x tangent, turned over where the texture is mirrored. Where the texture has
-/// no extent, the tangent is some direction at right angles to the normal.
+/// At a corner, the surface's derivative along u follows from the two edges that meet there. All
+/// corners of a vertex with the same UV and the same orientation (texture seen from outside, or
+/// mirrored) share one frame: their derivatives are projected onto the plane perpendicular to the
+/// vertex's normal, normalised, and added in the order of the faces; that sum, normalised, is the
+/// tangent. The bitangent is normal x tangent, negated if the texture is mirrored. If the UVs are
+/// degenerate, the tangent is an arbitrary direction perpendicular to the normal.
 class SurfaceFrames {
 public:
     /// \param positions  of the level's vertices. \param uvs  of the same level.
@@ -54,7 +53,7 @@ public:
                   JobControl* job = nullptr);
 
     const Vector& Normal(std::uint32_t vertex) const { return normals[vertex]; }
-    /// The frame of a corner of a face; one without UVs has one of number `none`.
+    /// The number of the frame at a corner of a face; `none` for a corner without UVs.
     std::uint32_t FrameOf(std::uint32_t face, std::uint32_t corner) const {
         return cornerFrames[face * corners + corner];
     }
@@ -63,7 +62,8 @@ public:
     SurfaceFrame Frame(std::uint32_t number) const;
     std::uint32_t VertexOf(std::uint32_t number) const { return frames[number].vertex; }
     const std::array<float, 2>& UvOf(std::uint32_t number) const { return frames[number].uv; }
-    /// The frames of one vertex: the first, and the one after another; `none` at the end.
+    /// Iterates over the frames of one vertex: the first one, and the one after another; `none` at
+    /// the end.
     std::uint32_t FirstOf(std::uint32_t vertex) const { return firstFrames[vertex]; }
     std::uint32_t After(std::uint32_t number) const { return frames[number].next; }
 
@@ -73,7 +73,7 @@ private:
         std::uint32_t next;
         std::array<float, 2> uv;
         Vector tangent;
-        /// 1, or -1 where the texture is mirrored; 0 while only corners without extent were met.
+        /// 1, or -1 if the texture is mirrored; 0 as long as all corners were degenerate.
         float sense;
     };
     std::uint32_t EntryFor(std::uint32_t vertex, const std::array<float, 2>& uv, float sense);

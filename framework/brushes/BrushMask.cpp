@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The brush's masks: -1 is its stamp, 1 the mirrored read of it.
+/// \file The brush's masks: -1 is its stamp, 1 the mirrored access to the stamp.
 #include "framework/brushes/BrushSettings.h"
 
 namespace trovik {
@@ -10,7 +9,7 @@ namespace {
 
 constexpr int mirroredStampMask = 1;
 
-/// Stands for no image.
+/// Returned if there is no image.
 class EmptyImage : public Image {
 public:
     uint32_t Width() const override { return 0; }
@@ -58,7 +57,7 @@ void BrushOperation::OnMaskChanged(int mask) {
         d->stampImage = known == d->knownStampImages.end() ? nullptr : known->second.lock();
     }
     d->stampImagePath = d->stamp.path;
-    // The folders of a file elsewhere must not make it a vector stamp by their names.
+    // The name of a folder elsewhere must not turn a file into a vector stamp.
     const QString& path = d->stamp.path;
     d->stampName = path.startsWith(u'/') ? path.mid(path.lastIndexOf(u'/') + 1) : path;
 }
@@ -69,7 +68,7 @@ void BrushOperation::SetStamp(bool enabled, const QString& path) {
     OnMaskChanged(stampMask);
 }
 
-// A configuration tells all of a tool's stamp; nothing of the tool before it stays.
+// A configuration contains all stamp settings of a tool; no setting of the previous tool remains.
 void BrushOperation::SetStampConfig(StampConfiguration& config) {
     d->stamp = config;
     d->stampTiled = false;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr float largest = 100.0f;
 
-/// A setting under pressure: the share `bias` (percent) of it does not depend on pressure.
+/// A setting modified by pressure: the fraction `bias` (percent) does not depend on pressure.
 float UnderPressure(float setting, float bias, float pressure) {
     const float fixed = bias * 0.01f;
     return setting * ((1.0f - fixed) * pressure + fixed);
@@ -91,7 +91,7 @@ void BrushOperation::SetFalloff(const QString& curve) {
 }
 const Store<float>& BrushOperation::FalloffData() const { return d->falloff.Lend(); }
 void BrushOperation::SetFalloffIndex(int index) {
-    // The user's own curve has no table to come from: it stays as it is, if it is in force.
+    // User-defined samples cannot be recreated from the table: if they are in use, they are kept.
     if (index == customFalloffIndex && d->falloffIndex == customFalloffIndex) return;
     const int known = IsFalloffIndex(index) ? index : smoothFalloffIndex;
     d->falloff.Set(known);

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// The samples of a curve of the user's own; a curve of the table is told by its index alone.
+/// The samples of a user-defined curve; a curve of the table is identified by its index alone.
 void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     int32_t index = settings.falloffIndex;
     stream.Transfer(index);
@@ -26,7 +26,8 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
         stream.WriteElements(samples.array, sizeof(float), count);
         return;
     }
-    // One by one, so that a false count fails at the end of the file and not at an allocation.
+    // Read one at a time, so that a wrong count fails at the end of the file and not at an
+    // allocation.
     std::vector<float> values;
     for (uint32_t i = 0; i < count; ++i) {
         float value = 0.0f;
@@ -37,7 +38,7 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     settings.falloffIndex = customFalloffIndex;
 }
 
-/// A file may hold any number: what is none becomes `otherwise`.
+/// A file may contain any number: NaN and infinity become `otherwise`.
 void Finite(float& value, float otherwise) {
     if (!std::isfinite(value)) value = otherwise;
 }

@@ -13,8 +13,8 @@
 
 namespace trovik {
 
-/// The host's side of a brush: everything that a stroke script or a panel can set and that has no
-/// attribute of its own.
+/// The host's state of a brush: everything that a stroke script or a panel can set and that is not
+/// an attribute.
 struct BrushOperation::Private {
     explicit Private(BrushOperation& brush) : strokeResources(brush) {}
 
@@ -24,17 +24,17 @@ struct BrushOperation::Private {
     float strengthBias = 0.0f;
     bool orientedToSurface = true;
     bool screenSpace = false;
-    bool inverted = false;  ///< the stroke under way began with ModifierInvert
+    bool inverted = false;  ///< the open stroke began with ModifierInvert
 
-    int falloffIndex = smoothFalloffIndex;  ///< customFalloffIndex: samples of the user's own
+    int falloffIndex = smoothFalloffIndex;  ///< customFalloffIndex: user-defined samples
     FalloffTable falloff{falloffIndex};
 
     // The stamp (mask -1).
     StampConfiguration stamp;
-    QString stampName;                  ///< what MaskName answers
-    QString stampImagePath;             ///< StampConfiguration::path for which the image stands
-    std::shared_ptr<Image> stampImage;  ///< null: none
-    /// Images of the stamps of other tools, by path, as long as somebody keeps them.
+    QString stampName;       ///< returned by MaskName
+    QString stampImagePath;  ///< StampConfiguration::path from which stampImage was loaded
+    std::shared_ptr<Image> stampImage;  ///< null if there is none
+    /// Stamp images of other tools by path, as long as they are in use elsewhere.
     std::map<QString, std::weak_ptr<Image>> knownStampImages;
     bool stampTiled = false;
     bool stampInverted = false;
@@ -44,7 +44,7 @@ struct BrushOperation::Private {
     Matrix stampMatrix;              ///< set by the stroke loop for each dab
     bool mirroredStampRead = false;  ///< mask 1
 
-    Vector directionVector;  ///< last SetDirectionVector, for the cursor
+    Vector directionVector;  ///< argument of the last SetDirectionVector, for the cursor
     bool directionVectorSet = false;
 
     BrushConfiguration* active = nullptr;
@@ -54,8 +54,8 @@ struct BrushOperation::Private {
     StrokeResources strokeResources;
 };
 
-/// Reads or writes the settings that have no attribute, but for the size, which is common to all
-/// tools. What was read is brought into its limits.
+/// Reads or writes the settings that are not attributes, except for the size, which all tools
+/// share. Values that were read are clamped to their limits.
 void TransferPlainSettings(BrushOperation& brush, Stream& stream);
 
 }  // namespace trovik

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Each tool keeps its own settings: leaving a tool stores them, coming back restores them.
+/// \file Each tool has its own settings: they are stored when the tool is left and restored when it
+/// is selected again.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/nodes/SceneStream.h"
 
@@ -29,7 +29,7 @@ BrushConfiguration* BrushOperation::ActiveConfiguration() const { return d->acti
 
 void BrushOperation::ResetBrushConfiguration() {
     if (d->active == nullptr) return;
-    // Coming to it anew, without storing what is to be forgotten.
+    // The tool is selected again without storing the settings that are being reset.
     BrushConfiguration* tool = d->active;
     d->stored.erase(tool);
     d->active = nullptr;
@@ -53,11 +53,11 @@ void BrushOperation::RestoreConfiguration(const BrushConfiguration* configuratio
     TransferToolSettings(stream);
 }
 
-// Everything that a tool sets or its user may change; the brush's size is common to all tools.
+// Everything that a tool sets or its user may change; the brush size is shared by all tools.
 void BrushOperation::TransferToolSettings(Stream& stream) {
     for (Attribute* attribute : Attributes()) {
-        // An attribute that follows another one has no value of its own. What followed one when it
-        // was stored may not do so any more, so that is told with it.
+        // An attribute that follows another one has no value of its own. It may no longer follow it
+        // when the settings are restored, so that is stored as well.
         uint8_t own = attribute->Source() == nullptr ? 1 : 0;
         stream.Transfer(own);
         if (own == 0) continue;

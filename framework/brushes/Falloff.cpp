@@ -14,11 +14,11 @@ float SmoothStep(float t) { return t * t * (3.0f - 2.0f * t); }
 
 struct Curve {
     const char* name;
-    /// At distance x from the centre, 0 to 1.
+    /// Value at distance x from the centre, 0 to 1.
     float (*value)(float x);
 };
 
-/// By index. Scenes store the index: new curves go at the end.
+/// By index. Scenes store the index, so new curves must be appended.
 constexpr Curve curves[] = {
     {"constant", [](float) { return 1.0f; }},
     {"linear", [](float x) { return 1.0f - x; }},
@@ -67,7 +67,7 @@ float FalloffValue(int index, float x) {
 }
 
 void FillFalloff(Store<float>& samples, int index) {
-    // What refuses memory without a throw left the samples empty.
+    // A failed allocation does not throw but leaves the samples empty.
     if (!samples.SetFill(falloffSampleCount, false)) throw Error::s_cBadAlloc;
     for (unsigned i = 0; i < falloffSampleCount; ++i) {
         samples.array[i] =

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The folder that the tools' own stamp names begin with.
+/// The folder with which the tools' own stamp names begin.
 constexpr const char* toolFolder = "Stamps";
 constexpr const char* extensions[] = {".tif", ".tiff", ".png", ".exr", ".jpg", ".jpeg"};
 

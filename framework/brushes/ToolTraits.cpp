@@ -21,7 +21,7 @@ constexpr NamedTraits table[] = {
     {"Flatten", percentOnPlane},
     {"Scrape", percentOnPlane},
     {"Fill", percentOnPlane},
-    // Wax takes one tenth of its strength, scaled by one half, as the offset of its plane: at full
+    // Wax uses one tenth of its strength, scaled by one half, as the offset of its plane: at full
     // strength the plane is a quarter of a radius above the surface.
     {"Wax",
      {.radiiAtFullStrength = 0.25f / (0.1f * 0.5f),

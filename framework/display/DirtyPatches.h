@@ -16,22 +16,23 @@ namespace trovik {
 /// Not synchronised; the changes arrive on the thread of the document.
 class TROVIK_API DirtyPatches {
 public:
-    /// Nothing is dirty. Borrows the layout. Allocates one byte per patch.
+    /// Starts with no dirty patch. Borrows the layout. Allocates one byte per patch.
     explicit DirtyPatches(const PatchLayout& layout);
 
-    /// Adds a change. Changes of other levels are ignored, as those levels are not displayed;
-    /// SurfaceChange::Topology of any level sets LayoutChanged.
-    /// Cost: the patches of the change, or of the layout if either is finer.
+    /// Adds a change. Changes of other levels are ignored, because those levels are not displayed;
+    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost: O(patches in the change), or
+    /// O(patches in the layout) if either is finer.
     void Add(const SurfaceChange& change);
 
-    /// The layout no longer describes the displayed level: make another one, pack all of its
-    /// patches and use a new DirtyPatches.
+    /// The layout no longer describes the displayed level. The caller must create a new one, pack
+    /// all of its patches and use a new DirtyPatches.
     bool LayoutChanged() const { return layoutChanged; }
 
     /// The dirty patches, each once, in the order in which they were first added.
     std::span<const uint32_t> Patches() const { return patches; }
     bool IsEmpty() const { return patches.empty(); }
-    /// What changed in a patch: a combination of SurfaceChange::What; 0 if the patch is not dirty.
+    /// The kinds of change in a patch: a combination of SurfaceChange::What; 0 if the patch is not
+    /// dirty.
     uint8_t WhatChanged(uint32_t patch) const { return what[patch]; }
 
     /// Removes patches that were packed. Patches that are not dirty are ignored.
@@ -43,7 +44,7 @@ public:
 private:
     const PatchLayout& layout;
     std::vector<uint32_t> patches;
-    /// Per patch of the layout.
+    /// Kinds of change, per patch of the layout.
     std::vector<uint8_t> what;
     bool layoutChanged = false;
 };

@@ -7,12 +7,12 @@
 
 namespace trovik {
 
-/// One vertex of a patch, as a viewport uploads it. All members are copies of what the level
-/// stores, bit for bit; nothing is converted or rounded.
+/// One vertex of a patch, in the format that a viewport uploads. All members are bit-exact copies
+/// of the level's data; nothing is converted or rounded.
 ///
 /// `flags` belongs to a face, not to the vertex: in the index lists of this folder each triangle
-/// begins with the vertex that holds the flags of its face, and no vertex holds those of two faces.
-/// A shader reads them with flat interpolation and the first-vertex convention.
+/// begins with the vertex that stores the flags of its face, and no vertex stores flags of two
+/// faces. A shader reads them with flat interpolation and the first-vertex convention.
 struct DisplayVertex {
     /// Mesh-local position.
     float x, y, z;
@@ -20,8 +20,8 @@ struct DisplayVertex {
     int16_t normalX, normalY, normalZ;
     /// Freeze amount, 0 to 127.
     uint8_t freeze;
-    /// Bit 0: the face is hidden. Bits 1 to 7: DisplayGroup of the face. 0 in a vertex that begins
-    /// no triangle.
+    /// Bit 0: the face is hidden. Bits 1 to 7: DisplayGroup of the face. 0 in a vertex with which
+    /// no triangle begins.
     uint8_t flags;
 
     bool operator==(const DisplayVertex&) const = default;
@@ -31,14 +31,14 @@ static_assert(std::is_trivial_v<DisplayVertex>);
 static_assert(offsetof(DisplayVertex, normalX) == 12 && offsetof(DisplayVertex, freeze) == 18 &&
               offsetof(DisplayVertex, flags) == 19);
 
-/// Bit of DisplayVertex::flags: the face is not live, so it is not to be drawn.
+/// Bit of DisplayVertex::flags: the face is hidden and must not be drawn.
 inline constexpr uint8_t displayFaceIsHidden = 1;
 /// DisplayVertex::flags >> displayGroupShift is the face's DisplayGroup.
 inline constexpr unsigned displayGroupShift = 1;
-/// Face groups from 1 to this number get different values of DisplayGroup.
+/// Face groups with index 0 to displayGroupCount - 1 get different values of DisplayGroup.
 inline constexpr uint32_t displayGroupCount = 127;
 
-/// The number that stands for a face group in DisplayVertex::flags: 0 for faces without a group,
+/// The number that represents a face group in DisplayVertex::flags: 0 for faces without a group,
 /// otherwise 1 to 127, repeating from the 128th group on. It identifies a colour, not the group.
 /// \param faceGroup  index into SurfaceAttributes::groupNames.
 constexpr uint8_t DisplayGroup(uint32_t faceGroup) {

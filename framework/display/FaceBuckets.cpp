@@ -19,7 +19,7 @@ std::vector<std::array<float, 3>> CentresOf(const LevelMesh& level) {
         Vector sum;
         for (uint32_t k = 0; k < corners; ++k)
             sum += level.Position(*vertex++) * (1.0f / static_cast<float>(corners));
-        // The median needs an order of all faces.
+        // A NaN centre would break the ordering for the median.
         if (IsFinite(sum)) centre = {sum.x, sum.y, sum.z};
     }
     return centres;
@@ -27,7 +27,7 @@ std::vector<std::array<float, 3>> CentresOf(const LevelMesh& level) {
 
 }  // namespace
 
-/// Appends one bucket after the other.
+/// Appends the buckets one by one.
 class FaceBuckets::Builder {
 public:
     Builder(FaceBuckets& result, const LevelMesh& ofLevel)
@@ -41,7 +41,7 @@ public:
             out.bucketOfFace[face] = out.Count();
             AppendFace(face);
         }
-        // Only what this bucket used is reset, so that the whole costs O(faces).
+        // Resets only the entries used by this bucket, so that the total cost is O(faces).
         for (std::size_t i = out.firstVertex.back(); i < out.vertices.size(); ++i)
             local[out.vertices[i]] = noVertex;
         out.firstVertex.push_back(static_cast<uint32_t>(out.vertices.size()));
@@ -69,8 +69,8 @@ private:
                 out.triangles.push_back(static_cast<uint16_t>(numbers[corner % corners]));
     }
 
-    /// A corner from which the triangles can start and whose vertex holds no flags yet; corner 0 if
-    /// there is none. Starting a quad at corner 2 leaves its diagonal where it is.
+    /// A corner at which the triangles can start and whose vertex stores no flags yet; corner 0 if
+    /// there is none. Starting a quad at corner 2 does not change its diagonal.
     uint32_t FlagCorner(const std::array<uint32_t, 4>& numbers) const {
         for (uint32_t k = 0; k < corners; k += corners == 4 ? 2 : 1)
             if (out.flagFaces[out.firstVertex.back() + numbers[k]] == noFace) return k;
@@ -86,7 +86,7 @@ private:
     FaceBuckets& out;
     const LevelMesh& level;
     uint32_t corners;
-    /// Per vertex of the level its number in the present bucket.
+    /// For each vertex of the level its number in the current bucket.
     std::vector<uint32_t> local;
 };
 

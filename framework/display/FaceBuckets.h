@@ -10,24 +10,24 @@
 namespace trovik {
 
 /// Divides the faces of a level into compact groups of 2048 to 4096 faces (a smaller level is one
-/// group), by halving them along their longest axis, and triangulates each group with vertex
-/// numbers of its own, which fit into 16 bits.
+/// group) by repeatedly halving them along their longest axis, and triangulates each group with its
+/// own 16-bit vertex indices.
 ///
-/// Each face has a vertex that only it begins its triangles with, so that flags of the face can be
-/// stored there. Quads of a consistently numbered mesh need no additional vertices for that.
-/// Triangle meshes have twice as many faces as vertices, so that about half of their faces get a
-/// copy of a vertex.
+/// The triangles of each face start at a vertex at which no other face's triangles start, so that
+/// this vertex can store the flags of the face. Quads of a consistently oriented mesh need no
+/// additional vertices for that. Triangle meshes have twice as many faces as vertices, so about
+/// half of their faces get a copy of a vertex.
 ///
-/// Holds numbers, no positions: valid until faces or vertices of the level are renumbered. The
-/// division depends on the positions at the time of construction and on nothing else. May be read
-/// by several threads.
+/// Stores indices, no positions: valid until faces or vertices of the level are renumbered. The
+/// division depends only on the positions at the time of construction. May be read by several
+/// threads.
 class TROVIK_API FaceBuckets {
 public:
     static constexpr uint32_t maxFaces = 4096;
-    /// In FlagFaces: the vertex begins no triangle.
+    /// In FlagFaces: no triangle begins with the vertex.
     static constexpr uint32_t noFace = 0xffffffffu;
 
-    /// Cost: O(n log n) in the faces of the level. About 30 bytes per face are kept.
+    /// Cost: O(n log n) in the faces of the level. Memory: about 30 bytes per face.
     explicit FaceBuckets(const LevelMesh& level);
 
     uint32_t Count() const { return static_cast<uint32_t>(firstVertex.size()) - 1; }
@@ -38,16 +38,16 @@ public:
     uint32_t VertexCount(uint32_t bucket) const {
         return firstVertex[bucket + 1] - firstVertex[bucket];
     }
-    /// Vertices of the level, one per vertex of the bucket.
+    /// For each vertex of the bucket its number in the level.
     std::span<const uint32_t> Vertices(uint32_t bucket) const {
         return {vertices.data() + firstVertex[bucket], VertexCount(bucket)};
     }
-    /// Per vertex of the bucket the face whose flags it holds, or noFace.
+    /// For each vertex of the bucket the face whose flags it stores, or noFace.
     std::span<const uint32_t> FlagFaces(uint32_t bucket) const {
         return {flagFaces.data() + firstVertex[bucket], VertexCount(bucket)};
     }
-    /// Triangles as triples of vertices of the bucket; the first of each holds the flags of its
-    /// face. A quad is the triangles (0, 1, 2) and (0, 2, 3), as for picking.
+    /// Triangles as triples of bucket vertices; the first of each triple stores the flags of its
+    /// face. A quad consists of the triangles (0, 1, 2) and (0, 2, 3), as for picking.
     std::span<const uint16_t> Triangles(uint32_t bucket) const {
         return {triangles.data() + firstIndex[bucket], firstIndex[bucket + 1] - firstIndex[bucket]};
     }

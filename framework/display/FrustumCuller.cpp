@@ -21,8 +21,8 @@ FrustumCuller::FrustumCuller(const Matrix& localToClip, ClipDepth depth) {
 
 bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
     if (box.IsEmpty()) return true;
-    // Far above the rounding of these sums and of the clip coordinates that a renderer computes in
-    // single precision; far below a pixel.
+    // Much larger than the rounding errors of these sums and of a renderer's clip coordinates in
+    // single precision; much smaller than a pixel.
     constexpr double slack = 1e-5;
     const std::array<double, 3> low = {static_cast<double>(box.minX),
                                        static_cast<double>(box.minY),
@@ -31,7 +31,7 @@ bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
                                         static_cast<double>(box.maxY),
                                         static_cast<double>(box.maxZ)};
     for (const std::array<double, 4>& plane : planes) {
-        // At the corner of the box that lies farthest inside.
+        // The corner of the box that lies farthest inside.
         double inside = plane[3];
         double size = std::abs(plane[3]);
         for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -40,7 +40,7 @@ bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
             inside += term;
             size += std::abs(term);
         }
-        // A sum that is NaN is in doubt.
+        // For a NaN sum the comparison is false, so the box is not culled.
         if (inside < -slack * size) return true;
     }
     return false;

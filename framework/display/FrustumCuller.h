@@ -8,26 +8,26 @@
 
 namespace trovik {
 
-/// Finds boxes that lie outside the view of a camera. The planes of the view are taken from the
+/// Finds boxes that lie outside the view of a camera. The planes of the view are extracted from the
 /// matrix (Gribb and Hartmann, Fast Extraction of Viewing Frustum Planes from the
 /// World-View-Projection Matrix, 2001).
 class TROVIK_API FrustumCuller {
 public:
-    /// What the projection maps the near and far planes to, as a multiple of w.
+    /// Depth range in clip space between the near and far planes, as a multiple of w.
     enum class ClipDepth { MinusOneToOne, ZeroToOne };
 
-    /// \param localToClip  takes mesh-local points (x, y, z, 1), as row vectors, to clip space,
-    /// where the view is -w <= x <= w, -w <= y <= w and the depths of `depth`. A perspective
+    /// \param localToClip  maps mesh-local points (x, y, z, 1), as row vectors, to clip space,
+    /// where the view is -w <= x <= w, -w <= y <= w and the depth range is `depth`. A perspective
     /// without a far plane is allowed.
     explicit FrustumCuller(const Matrix& localToClip, ClipDepth depth = ClipDepth::MinusOneToOne);
 
-    /// Whether nothing in the box (mesh-local) can be in view: it is empty, or all of it lies
-    /// outside of one plane. False in doubt, as for boxes with infinite limits; boxes near a corner
-    /// of the view may be kept although they are outside. Cost: O(1).
+    /// Whether no part of the box (mesh-local) can be in view: the box is empty, or lies completely
+    /// outside one plane. Returns false in doubt, as for boxes with infinite limits; boxes near a
+    /// corner of the view may be kept although they are outside. Cost: O(1).
     bool IsOutside(const AxisAlignedBoundingBox& box) const;
 
 private:
-    /// A point is inside where x a[0] + y a[1] + z a[2] + a[3] >= 0.
+    /// A point is inside if x a[0] + y a[1] + z a[2] + a[3] >= 0.
     std::array<std::array<double, 4>, 6> planes;
 };
 

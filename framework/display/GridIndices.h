@@ -10,26 +10,26 @@
 namespace trovik {
 
 /// The triangles of a square grid of vertices in row order, at full detail and with strides of 2,
-/// 4, 8 and so on for level of detail, in one buffer. One buffer serves all grid patches of all
-/// meshes, since indices are counted from the patch's first vertex.
+/// 4, 8 and so on for level of detail, in one buffer. The same buffer serves all grid patches of
+/// all meshes, because indices are relative to the patch's first vertex.
 ///
-/// The cell with corners (row, column), (row, column + s), (row + s, column + s),
-/// (row + s, column) of stride s is the triangles (0, 1, 2) and (0, 2, 3) of those corners. At full
-/// detail these are the triangles of picking. Each triangle begins with the corner that holds the
+/// For stride s, the cell with corners (row, column), (row, column + s), (row + s, column + s),
+/// (row + s, column) consists of the triangles (0, 1, 2) and (0, 2, 3) of those corners. At full
+/// detail these are the triangles of picking. Each triangle begins with the corner that stores the
 /// flags of the face there (DisplayVertex::flags); a coarser cell has the flags of its first face.
 ///
-/// A stride keeps every s-th vertex of each border, so neighbouring patches of equal stride meet
-/// without cracks. Different strides side by side leave cracks.
+/// A stride keeps every s-th vertex of each border, so neighbouring patches with equal stride meet
+/// without cracks. Neighbouring patches with different strides leave cracks.
 class TROVIK_API GridIndices {
 public:
-    /// 33 x 33 vertices.
+    /// Grids of 33 x 33 vertices.
     static constexpr uint32_t maxDepth = 5;
 
-    /// Buffers for grids of 2^depth cells a side, `depth` up to maxDepth. They are computed by the
-    /// first call and live as long as the process. Any thread.
+    /// Buffers for grids of 2^depth cells per side, `depth` up to maxDepth. They are computed by
+    /// the first call and live as long as the process. Callable from any thread.
     static const GridIndices& OfDepth(uint32_t depth);
 
-    /// The whole buffer: the strides one after the other, full detail first.
+    /// The whole buffer: all strides in sequence, full detail first.
     std::span<const uint16_t> Buffer() const { return indices; }
     /// Number of strides: depth + 1. The last one draws a patch as one cell.
     uint32_t StrideCount() const { return static_cast<uint32_t>(first.size()) - 1; }

@@ -7,9 +7,9 @@ namespace trovik {
 
 namespace {
 
-/// Triangles of a stride to those of the next larger one.
+/// Triangle count of a stride divided by that of the next larger stride.
 constexpr double timeRatio = 4.0;
-/// Fraction of the target that the predicted time of a smaller stride must stay below.
+/// The stride shrinks only if the predicted time is below this fraction of the target.
 constexpr double margin = 0.8;
 
 }  // namespace

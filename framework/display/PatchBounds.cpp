@@ -11,8 +11,8 @@ namespace trovik {
 
 namespace {
 
-/// Added to sines and subtracted from cosines: far above the rounding of what is computed here, far
-/// below what costs patches.
+/// Added to sines and subtracted from cosines: much larger than the rounding errors below, too
+/// small to affect how many patches are culled.
 constexpr double slack = 1e-6;
 
 Vector3d PositionOf(const DisplayVertex& v) { return ToDouble({v.x, v.y, v.z}); }
@@ -37,7 +37,7 @@ AxisAlignedBoundingBox BoxOf(std::span<const DisplayVertex> vertices) {
     Vector low(infinity, infinity, infinity);
     Vector high(-infinity, -infinity, -infinity);
     for (const DisplayVertex& v : vertices) {
-        // A comparison with NaN is false, so NaN changes nothing.
+        // A comparison with NaN is false, so NaN is ignored.
         low = {v.x < low.x ? v.x : low.x, v.y < low.y ? v.y : low.y, v.z < low.z ? v.z : low.z};
         high = {
             v.x > high.x ? v.x : high.x, v.y > high.y ? v.y : high.y, v.z > high.z ? v.z : high.z};
@@ -58,7 +58,7 @@ NormalCone ConeOf(std::span<const DisplayVertex> vertices, std::span<const uint1
     const Vector axis(static_cast<float>(sum[0] / length),
                       static_cast<float>(sum[1] / length),
                       static_cast<float>(sum[2] / length));
-    // The angles are those to the rounded axis.
+    // Angles are measured from the rounded axis, which is the one stored.
     const Vector3d rounded = ToDouble(axis);
     double minCosine = 1.0;
     VisitNormals(vertices, triangles, [&](const Vector3d& normal) {
@@ -76,9 +76,9 @@ NormalCone ConeOf(std::span<const DisplayVertex> vertices, std::span<const uint1
 
 bool NormalCone::FacesAway(const AxisAlignedBoundingBox& box, const Vector& eye) const {
     if (axis == Vector() || box.IsEmpty()) return false;
-    // A triangle shows its back when its normal has a positive product with the way from the eye
-    // to a point of it. The ways to all points of the box lie in a sphere around that to its
-    // centre.
+    // A triangle shows its back if the dot product of its normal and the vector from the eye to one
+    // of its points is positive. The vectors to all points of the box lie in a sphere around the
+    // vector to its centre.
     const Vector3d low = ToDouble({box.minX, box.minY, box.minZ}) - ToDouble(eye);
     const Vector3d high = ToDouble({box.maxX, box.maxY, box.maxZ}) - ToDouble(eye);
     Vector3d centre;

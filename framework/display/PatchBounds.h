@@ -9,32 +9,32 @@
 
 namespace trovik {
 
-/// Mesh-local box around packed vertices. Coordinates that are NaN are left out; without any other
-/// the box is empty. PatchTree::BoxOf gives the same box of a grid patch without reading vertices.
-/// Cost: O(vertices).
+/// Mesh-local bounding box of packed vertices. NaN coordinates are ignored; if there are no others,
+/// the box is empty. PatchTree::BoxOf returns the same box for a grid patch without reading
+/// vertices. Cost: O(vertices).
 TROVIK_API AxisAlignedBoundingBox BoxOf(std::span<const DisplayVertex> vertices);
 
-/// A cone around the normals of triangles, mesh-local. The side from which a triangle's corners run
-/// counterclockwise is its front.
+/// A cone that contains the normals of triangles, mesh-local. The front of a triangle is the side
+/// from which its corners run counterclockwise.
 struct TROVIK_API NormalCone {
     /// Unit length, or zero for triangles that face too many directions to be culled.
     Vector axis;
     /// Sine of the largest angle between the axis and a normal.
     float sinAngle = 1.0f;
 
-    /// Whether a viewer at `eye` (mesh-local) can see only backs of the triangles, which must lie
-    /// in `box`. False in doubt. For a renderer that does not draw backs. Cost: O(1).
+    /// Whether a viewer at `eye` (mesh-local) can see only the backs of the triangles, which must
+    /// lie in `box`. Returns false in doubt. For renderers that do not draw back faces. Cost: O(1).
     bool FacesAway(const AxisAlignedBoundingBox& box, const Vector& eye) const;
-    /// The same for a parallel projection. \param direction  in which the viewer looks, mesh-local,
-    /// of any length.
+    /// Like FacesAway, for a parallel projection. \param direction  view direction, mesh-local, any
+    /// length.
     bool FacesAwayFrom(const Vector& direction) const;
 };
 
-/// The cone of some triangles: of a patch at full detail, or at the stride that is drawn, since the
-/// normals of coarser triangles may leave the cone of the finer ones. Degenerate triangles are left
-/// out, as they are not drawn; positions that are not finite give a cone that is never culled.
-/// Cost: O(triangles), some five times that of packing: for patches that did not change
-/// lately.
+/// The normal cone of some triangles: those of a patch at full detail, or at the stride that is
+/// drawn, because the normals of coarser triangles may lie outside the cone of the finer ones.
+/// Degenerate triangles are ignored, as they are not drawn; for positions that are not finite the
+/// cone is never culled. Cost: O(triangles), about five times that of packing, so use it for
+/// patches that have not changed recently.
 TROVIK_API NormalCone ConeOf(std::span<const DisplayVertex> vertices,
                              std::span<const uint16_t> triangles);
 

@@ -10,24 +10,24 @@
 
 namespace trovik {
 
-/// How a level is divided into patches for drawing. A patch is a run of vertices with 16-bit
-/// indices, so that it can be packed, uploaded, culled and drawn alone. Vertices on the border of
-/// patches are in each of them.
+/// The division of a level into patches for drawing. A patch is a range of vertices with 16-bit
+/// indices, so that it can be packed, uploaded, culled and drawn separately. Vertices on the border
+/// between patches are stored in each of these patches.
 ///
 ///     grids     All levels that are refined from quads at least twice. A patch is one face of
 ///               PatchLevel() with its descendants: a grid of (2^Depth() + 1)^2 vertices in row
 ///               order, at most 33 x 33. All patches share GridIndices::OfDepth(Depth()).
 ///     buckets   All other levels: about 4096 faces each, with indices of their own (FaceBuckets).
 ///
-/// Vertices of a grid are laid out as in SubdivisionLevel::QuadVertexIndexTable. The flags of the
-/// face at cell (row, column) are in the vertex at (row, column); vertices of the last row and
-/// column hold none.
+/// Vertices of a grid are ordered as in SubdivisionLevel::QuadVertexIndexTable. The flags of the
+/// face at cell (row, column) are stored in the vertex at (row, column); vertices of the last row
+/// and column store no flags.
 ///
-/// A layout holds numbers, no positions. It is valid until the level is another one or its faces
-/// or vertices are renumbered (SurfaceChange::Topology). May be read by several threads.
+/// A layout stores indices, no positions. It is valid until another level is displayed or faces or
+/// vertices of the level are renumbered (SurfaceChange::Topology). May be read by several threads.
 class TROVIK_API PatchLayout {
 public:
-    /// Depth of a patch where the level has enough levels below it: 33 x 33 vertices.
+    /// Depth of a patch if the level has enough levels below it: 33 x 33 vertices.
     static constexpr uint32_t maxDepth = GridIndices::maxDepth;
     static constexpr uint32_t minDepth = 2;
 
@@ -40,35 +40,35 @@ public:
     bool IsGrid() const { return buckets == nullptr; }
     uint32_t PatchCount() const { return patchCount; }
 
-    /// Vertices of the patch.
+    /// Number of vertices of the patch.
     uint32_t VertexCount(uint32_t patch) const;
-    /// Vertices of all patches before this one; of all patches if `patch` is PatchCount(). The
-    /// position of the patch in an array that holds every patch.
+    /// Number of vertices in all patches before this one, which is the patch's position in an array
+    /// of all patches. If `patch` is PatchCount(), the number of vertices of all patches.
     uint64_t FirstVertex(uint32_t patch) const;
-    /// Vertices of several patches.
+    /// Number of vertices of several patches.
     uint64_t VertexCount(std::span<const uint32_t> patches) const;
-    /// Vertices of all patches.
+    /// Number of vertices of all patches.
     uint64_t TotalVertexCount() const { return FirstVertex(patchCount); }
 
     /// Grids only. The level whose faces are the patches, in the same order.
     uint32_t PatchLevel() const { return patchLevel; }
-    /// Grids only. Refinements from PatchLevel() to Level().
+    /// Grids only. Number of refinements from PatchLevel() to Level().
     uint32_t Depth() const { return level - patchLevel; }
-    /// Grids only. Per vertex of a patch its position in the patch's slice of faceVertexIndices.
+    /// Grids only. For each vertex of a patch its index in the patch's slice of faceVertexIndices.
     const uint32_t* GridSlots() const { return gridSlots; }
-    /// Grids only. Per face of a patch its cell: row * 2^Depth() + column.
+    /// Grids only. For each face of a patch its cell: row * 2^Depth() + column.
     const uint32_t* GridCells() const { return gridCells; }
     /// Null for grids.
     const FaceBuckets* Buckets() const { return buckets.get(); }
 
-    /// Indices of the patch's triangles at full detail, counted from the patch's first vertex. The
-    /// first of each three holds the flags of its face.
+    /// Indices of the patch's triangles at full detail, relative to the patch's first vertex. The
+    /// first index of each triangle refers to the vertex that stores the flags of its face.
     std::span<const uint16_t> Triangles(uint32_t patch) const;
 
-    /// Calls visit(patch) for the patches that hold faces of the level under `face` of
-    /// `levelIndex`, which must be at most Level(). A bucket may be visited more than once.
-    /// Cost: O(1) for grids if `levelIndex` is at least PatchLevel(); otherwise the number of
-    /// patches (grids) or faces (buckets) under the face.
+    /// Calls visit(patch) for the patches that contain descendants of `face` of level `levelIndex`,
+    /// which must be at most Level(). A bucket may be visited more than once. Cost: O(1) for grids
+    /// if `levelIndex` is at least PatchLevel(); otherwise O(patches) for grids and O(faces) for
+    /// buckets below the face.
     template <class Visit>
     void VisitPatchesUnder(uint32_t levelIndex, uint32_t face, Visit visit) const {
         const uint64_t under = FacesUnder(levelIndex);
@@ -82,7 +82,7 @@ public:
             visit(patch);
     }
 
-    /// Faces of Level() under a face of `levelIndex`.
+    /// Number of faces of Level() that descend from a face of `levelIndex`.
     uint64_t FacesUnder(uint32_t levelIndex) const {
         const uint64_t faces = uint64_t{1} << (2 * (level - levelIndex));
         // A triangle of level 0 has three children.
@@ -96,7 +96,7 @@ private:
     bool baseIsTriangles;
     uint32_t patchLevel = 0;
     uint32_t patchCount = 0;
-    // Tables of the contract, which are not made for several threads to ask for.
+    // Fetched once, because the tables' getters are not thread-safe.
     const uint32_t* gridSlots = nullptr;
     const uint32_t* gridCells = nullptr;
     std::unique_ptr<const FaceBuckets> buckets;

@@ -17,10 +17,10 @@ namespace trovik {
 
 namespace {
 
-/// Vertices that one task packs at least: some 50 microseconds of work.
+/// Minimum number of vertices per task: about 50 microseconds of work.
 constexpr uint64_t verticesPerTask = 8192;
 
-// The bytes of a normal and the two behind it are written as one word.
+// The normal and the two bytes after it are written as one word.
 static_assert(std::endian::native == std::endian::little);
 
 void PackVertex(const Vertex& vertex,
@@ -35,12 +35,12 @@ void PackVertex(const Vertex& vertex,
     word |= uint64_t{static_cast<uint8_t>(vertex.freeze & freezeAmountMask)} << freezeShift;
     word |= uint64_t{flags} << flagsShift;
     auto* bytes = reinterpret_cast<unsigned char*>(&out);
-    // One store of 16 bytes, the last four of which the word overwrites, instead of two.
+    // One 16-byte store, whose last four bytes the word overwrites, is faster than two stores.
     std::memcpy(bytes, &vertex, 16);
     std::memcpy(bytes + offsetof(DisplayVertex, normalX), &word, sizeof word);
 }
 
-/// Whether none of some faces, a multiple of 8, is hidden.
+/// Whether no face in the range is hidden. \param count  a multiple of 8.
 bool NoneHidden(const uint8_t* faceFlags, uint32_t count) {
     constexpr uint64_t eightHidden = 0x0101010101010101u * faceIsHidden;
     uint64_t any = 0;
@@ -52,7 +52,7 @@ bool NoneHidden(const uint8_t* faceFlags, uint32_t count) {
     return (any & eightHidden) == 0;
 }
 
-/// Calls pack(i) for the numbers below `count`, on up to `threads` threads.
+/// Calls pack(i) for all i below `count`, on up to `threads` threads.
 template <typename PackOne>
 void ForEach(uint32_t count, uint64_t vertices, unsigned threads, PackOne pack) {
     const uint64_t tasks = vertices / verticesPerTask;
@@ -126,7 +126,7 @@ void PatchPacker::PackGrid(uint32_t patch, DisplayVertex* out) const {
     const uint32_t* slot = layout.GridSlots();
     const Vertex* vertices = level.vertices.array;
     const PackedNormal* normals = level.vertexNormals.array;
-    // A patch lies under one face of level 0.
+    // A patch descends from one face of level 0.
     const uint8_t group = GroupFlags(static_cast<uint32_t>(firstFace / layout.FacesUnder(0)));
     const auto pack = [&](uint8_t flags) {
         const uint32_t vertex = slice[*slot++];

@@ -10,27 +10,29 @@
 
 namespace trovik {
 
-/// Copies patches of a level into the form in which they are uploaded. A patch contains copies of
-/// what the level stores now; packing the same state again gives the same bytes.
+/// Copies patches of a level into the format in which they are uploaded. A patch is a copy of the
+/// level's current state; packing the same state again gives the same bytes.
 ///
-/// The level is only read. Several packers may run at the same time, but nothing may write to the
-/// level while one does.
+/// The level is only read. Several packers may run at the same time, but no thread may write to the
+/// level meanwhile.
 class TROVIK_API PatchPacker {
 public:
-    /// What has been packed since the packer was constructed.
+    /// Work done since the packer was constructed.
     struct Counters {
         uint64_t patches = 0;
         uint64_t vertices = 0;
     };
 
-    /// Borrows both. `layout` must have been made for `level`, and the level must have normals.
+    /// Borrows level and layout. `layout` must have been created for `level`, and the level must
+    /// have normals.
     PatchPacker(const LevelMesh& level, const PatchLayout& layout);
 
-    /// Packs patches one behind the other, in the order of the list.
+    /// Packs patches consecutively, in the order of the list.
     /// \param out  at least layout.VertexCount(patches) vertices. It is written and not read, so it
     /// may be write-combined memory.
-    /// \param threads  the most threads to use, the calling one included; the bytes do not depend
-    /// on it. Lists that take less time than starting threads does are packed by the calling one.
+    /// \param threads  maximum number of threads, including the calling one; the bytes do not
+    /// depend on it. Lists that take less time than starting threads are packed on the calling
+    /// thread.
     /// \return the number of vertices written.
     uint64_t Pack(std::span<const uint32_t> patches,
                   std::span<DisplayVertex> out,
@@ -47,12 +49,12 @@ private:
     void PackBucket(uint32_t bucket, DisplayVertex* out) const;
     /// DisplayVertex::flags of a face.
     uint8_t FlagsOf(uint32_t face) const;
-    /// The group part of the flags of the faces under a face of level 0.
+    /// The group part of the flags, which is common to all descendants of a face of level 0.
     uint8_t GroupFlags(uint32_t baseFace) const;
 
     const LevelMesh& level;
     const PatchLayout& layout;
-    /// Per face of level 0; empty without groups.
+    /// For each face of level 0; empty if there are no groups.
     std::span<const uint32_t> faceGroups;
     Counters packed;
 };

@@ -23,14 +23,14 @@ std::unique_ptr<BrushOperation> MakeBrush() {
     if (desc == nullptr) {
         std::string folders;
         for (const std::string& folder : PluginFolders()) folders += " " + folder;
-        throw HostError("no plug-in brings the brush " + std::string(brushClassName) +
+        throw HostError("no plug-in provides the brush " + std::string(brushClassName) +
                         "; searched:" + (folders.empty() ? " no folder" : folders));
     }
     Node* node = desc->Create();
     std::unique_ptr<BrushOperation> brush(dynamic_cast<BrushOperation*>(node));
     if (brush == nullptr) {
         delete node;
-        throw HostError(std::string(brushClassName) + " is no brush");
+        throw HostError(std::string(brushClassName) + " is not a brush");
     }
     return brush;
 }
@@ -115,10 +115,10 @@ void Document::WriteScene(const std::string& target,
 Document::~Document() {
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
         if (one == nullptr || !one->IsActive()) continue;
-        // Nobody is left to receive an error.
+        // There is no caller left to receive an error.
         try {
             Activate();
-            // Mirrored sides still owed could take long, and nobody sees them any more.
+            // Applying the remaining mirrored sides could take long, and nobody would see them.
             one->Break();
         } catch (const std::exception&) {
         } catch (Error* error) {
@@ -165,7 +165,7 @@ void Document::FollowLevel(JobControl* job) {
         tree = nullptr;
     }
     const bool follows = tree != nullptr && tree->IsCurrent() && tree->Level() == geometry->Bound();
-    // Also drops the trees of levels that are gone.
+    // Also deletes the trees of deleted levels.
     tree = &trees->OfBound(job);
     if (surfaceEvents == nullptr) surfaceEvents = std::make_unique<SurfaceEvents>(*this);
     if (follows) return;
@@ -173,7 +173,7 @@ void Document::FollowLevel(JobControl* job) {
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
-    // A geometry that came with a scene.
+    // The geometry was loaded from a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
         geometry->FindMirror(job);
     PlaceMirrors();
@@ -194,7 +194,7 @@ void Document::SetObserver(StrokeObserver* newObserver) {
 }
 
 void Document::SetRenderers(const std::vector<float>& updateFactors) {
-    // The brush holds the renderers for the length of a stroke.
+    // The brush stores the renderers for the duration of a stroke.
     RequireNoStroke("change the renderers");
     rendererFactors = updateFactors;
     PlaceRenderers();

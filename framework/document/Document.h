@@ -26,33 +26,36 @@ namespace trovik {
 
 struct DisplacementOptions;
 
-/// A mesh being sculpted, with everything that belongs to the work on it: levels, layers, mask, the
-/// brush with the settings of its tools, symmetry, view and undo history. Applications, scripts and
-/// bindings change a sculpture through this class only. Errors are HostError.
+/// A sculpture and its working state: levels, layers, mask, the brush with the settings of its
+/// tools, symmetry, view and undo history. Applications, scripts and bindings change a sculpture
+/// through this class only. Errors are HostError.
 ///
-/// Open strokes: while a stroke is open, everything that would change the mesh, its levels and
+/// Open strokes: while a stroke is open, every operation that would change the mesh, its levels and
 /// layers, the tool, the mirrors or the renderers throws HostError and changes nothing; the stroke
-/// stays open. That holds for Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
+/// stays open. These operations are Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
 /// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
 /// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
-/// SetTransform, Displace, RefreshSurface, and Freeze during a stroke of the freeze brush. Allowed
-/// are settings of brush and strokes (a falloff applies from the next stroke), view and camera,
-/// observers and listeners, the undo budget, and Freeze during a sculpting stroke.
+/// SetTransform, Displace, RefreshSurface, and Freeze during a stroke of the freeze brush. The
+/// following may change during a stroke: settings of brush and strokes (a falloff applies from the
+/// next stroke), view and camera, observers and listeners, the undo budget, and the mask by Freeze
+/// during a sculpting stroke.
 ///
-/// Threads: a document has one owner thread, at first the one that constructs it; only State may be
-/// called on others. Several documents can be used in turn on one thread, each with the results
-/// that it gives alone; their strokes may be interleaved. Engine and host share the kernel of the
-/// process, so a document makes its camera and mesh the kernel's when Brush, SculptBrush or Loop is
-/// called: call these again after another document was used instead of keeping the references.
+/// Threads: a document has one owner thread, initially the one that constructs it; only State may
+/// be called on other threads. Several documents can be used in turn on one thread, with the same
+/// results as if each were used alone; their strokes may be interleaved. Engine and host share one
+/// kernel per process. Brush, SculptBrush and Loop make this document's camera and mesh those of
+/// the kernel, so call them again after another document has been used instead of keeping the
+/// references.
 class TROVIK_API Document {
 public:
-    /// Opens a mesh file, splits it where it is not an oriented manifold, and loads the plug-ins.
+    /// Opens a mesh file, splits the mesh where it is not an oriented manifold, and loads the
+    /// plug-ins.
     /// \param given  units and up axis; they take precedence over those of the file.
-    /// \throw Cancelled, as the next two.
+    /// \throw Cancelled; so do the constructor from polygons and OpenScene.
     explicit Document(const std::string& meshPath,
                       const MeshSpace& given = {},
                       JobControl* job = nullptr);
-    /// The same for polygons in memory. \param name  stands for the file in messages.
+    /// Creates a document from polygons in memory. \param name  replaces the file in messages.
     Document(const std::string& name, PolygonMesh polygons, JobControl* job = nullptr);
     /// Opens a scene file and continues where it was saved; see SaveScene for its content.
     static std::unique_ptr<Document> OpenScene(const std::string& scenePath,
@@ -84,21 +87,21 @@ public:
         Activate();
         return *brush;
     }
-    /// Of the current level. It follows reported changes of the surface; another level has another
-    /// tree.
+    /// The pick tree of the current level. It follows reported changes of the surface; each level
+    /// has its own tree.
     PatchTree& Tree() { return *tree; }
     /// Call UpdateCamera after changing it.
     StrokeView& View() { return settings.view; }
-    /// Radius, spacing and pen settings of the next strokes, to be read and set here. Call
+    /// Radius, spacing and pen settings of the next strokes; may be read and changed. Call
     /// NoteToolChanged after changing them.
     SceneSettings& Settings() { return settings; }
 
     /// Saves everything but the undo history in a scene file, which becomes the file of the
     /// document; an attached journal restarts from it.
-    /// \throw HostError; Cancelled. The old file and the journal then are as they were.
+    /// \throw HostError; Cancelled. The old file and the journal then remain unchanged.
     void Save(const std::string& scenePath, JobControl* job = nullptr);
     /// Writes a scene file without making it the file of the document.
-    /// \param header, beforeReplacing  see SaveScene. \throw HostError and Cancelled as Save.
+    /// \param header, beforeReplacing  see SaveScene. \throw HostError and Cancelled like Save.
     void WriteScene(
         const std::string& scenePath,
         const SceneStream& header = SceneStream(),
@@ -107,22 +110,22 @@ public:
     /// Whether the sculpture differs from the file that was opened or saved last. Undoing back to
     /// the saved state makes it unmodified again. Tools, symmetry and camera do not count.
     bool IsModified() const { return modified; }
-    /// What was left out of the mesh file or scene, one line each.
+    /// Parts of the mesh file or scene that were not loaded, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
-    /// Restores the mesh as it was imported, without layers, mask, hidden faces and undo, and adds
-    /// `levels` levels. Until it is complete, the new mesh takes memory along with the old one.
+    /// Restores the mesh as it was imported, without layers, mask, hidden faces and undo steps, and
+    /// adds `levels` levels. The new mesh needs memory along with the old one until it is complete.
     /// \param byteBudget  bytes that the added levels may take.
-    /// \throw HostError for levels that do not fit the budget or the free memory; Cancelled.
-    /// Nothing has changed or been reported then.
+    /// \throw HostError if the levels exceed the budget or the free memory; Cancelled. Nothing has
+    /// changed or been reported then.
     void Reset(uint32_t levels = 0,
                uint64_t byteBudget = LevelGeometry::unlimitedBytes,
                JobControl* job = nullptr);
-    /// See LevelGeometry::Subdivide. This and the next four throw Cancelled when the job cancels;
-    /// nothing has changed or been reported then.
-    /// \param times  levels to add, each as an undo step of its own, either all of them or none.
-    /// With more than one, levels that were added before the exception have been reported and so
-    /// has their removal.
+    /// See LevelGeometry::Subdivide. Subdivide, DeleteLevels, Unsubdivide, ApplyToBase and
+    /// BindLevel throw Cancelled if the job cancels; nothing has changed or been reported then.
+    /// \param times  number of levels to add, each as its own undo step; all of them are added or
+    /// none. If `times` is greater than 1 and an exception is thrown, the addition of some levels
+    /// and their removal have been reported.
     void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes,
                    JobControl* job = nullptr,
                    uint32_t times = 1);
@@ -138,21 +141,23 @@ public:
     /// Makes another level the current one. \return false for a level that does not exist.
     bool BindLevel(uint32_t level, JobControl* job = nullptr);
 
-    /// Undoes or redoes one step, together with the steps joined to it. \return false if there is
-    /// none.
+    /// Undoes or redoes one step together with the steps joined to it. \return false if there is no
+    /// step.
     bool Undo();
     bool Redo();
-    /// Undoes or redoes until `position` steps are done; joined steps stay together, and a position
-    /// within such a group means its start. \return false for a position beyond the newest step.
+    /// Undoes or redoes until `position` steps are done. Joined steps stay together, and a position
+    /// within such a group selects its start. \return false for a position beyond the newest step.
     bool JumpTo(std::size_t position);
-    /// Forgets all undo steps.
+    /// Deletes all undo steps.
     void ClearHistory();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
-    /// Records a step that is already done to the geometry and updates what depends on the surface;
-    /// null for nothing done. \param join  undone together with the step before. While a stroke is
-    /// open the step is applied once more, which reverts it, before HostError is thrown.
+    /// Adds an undo step whose change has already been made to the geometry, and updates everything
+    /// that depends on the surface; does nothing if the step is null. \param join  undo the step
+    /// together with the previous one. \throw HostError while a stroke is open; the step is first
+    /// applied once more, which reverts it.
     void Push(std::unique_ptr<UndoStep> step, bool join = false);
-    /// Bytes for the undo history, also after a reset; without a value the preference applies.
+    /// Sets the memory budget of the undo history in bytes, which a reset keeps; without a value
+    /// the preference applies.
     void SetUndoBudget(std::optional<uint64_t> bytes);
     /// To be called after preferences of the undo history were changed.
     void ApplyUndoSettings();
@@ -164,84 +169,89 @@ public:
     /// To be called after settings were changed through Brush, SculptBrush or Settings.
     void NoteToolChanged();
 
-    /// Mirrors the next strokes in planes of the mesh's own axes and about one of them.
-    /// \throw HostError for more copies than mostMirrorMaps; the mirrors stay as they were.
+    /// Mirrors the next strokes in planes across the mesh's own axes and about one of the axes.
+    /// \throw HostError for more copies than mostMirrorMaps; the mirrors do not change then.
     void SetMirrors(const MirrorSetting& setting);
-    /// Mirrors the next strokes by the mesh's connectivity, whatever its pose.
-    /// \throw HostError if the mesh has no topological mirror; the mirrors stay as they were.
-    /// \throw Cancelled; the mirrors then stay as they were, too.
+    /// Mirrors the next strokes by the mesh's connectivity, independent of its pose.
+    /// \throw HostError if the mesh has no topological mirror; Cancelled. The mirrors do not change
+    /// then.
     void SetTopologicalMirror(JobControl* job = nullptr);
     /// Makes the current level symmetric; see trovik::MakeSymmetric. One undo step. \return the
     /// number of vertices that moved. \throw Cancelled, with nothing changed.
     uint32_t MakeSymmetric(int axis, SymmetrySide model, JobControl* job = nullptr);
 
-    /// Adds a layer on the current level and activates it. One undo step, like the next two.
+    /// Adds a layer on the current level and activates it. AddLayer, SelectLayer and
+    /// SetLayerStrength make one undo step each.
     void AddLayer(const std::string& name);
-    /// By name, among the layers of the current level; empty: no layer is active. \return false for
-    /// an unknown name.
+    /// Activates a layer of the current level by name; an empty name deactivates all layers.
+    /// \return false for an unknown name.
     bool SelectLayer(const std::string& name);
     SculptLayer* ActiveLayer() const { return geometry->Bound()->ActiveLayer(); }
-    /// Of the active layer.
+    /// Sets the strength of the active layer.
     void SetLayerStrength(float strength);
 
-    /// Blends amounts, one for each vertex of the current level, into the mask. One undo step.
+    /// Blends freeze amounts, one for each vertex of the current level, into the mask. One undo
+    /// step.
     void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
-    /// Hides and shows faces of the current level, with all above them. One undo step.
+    /// Hides or shows faces of the current level and their counterparts on all other levels. One
+    /// undo step.
     /// \param chosen  see ChangeVisibilityAsStep. \return false if nothing changes.
     bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
-    /// Moves and turns the mesh in the world. One undo step.
+    /// Sets the mesh's transform to world space. One undo step.
     void SetTransform(const Placement& place);
     /// See DisplaceByMap. One undo step. \throw Cancelled, with nothing changed.
     void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
 
-    /// Makes the view the kernel's camera.
+    /// Makes the document's view the camera of the kernel.
     void UpdateCamera();
-    /// Adds renderers below the current level, whichever that is. They show nothing and only
-    /// receive change notices. \param updateFactors  one for each; see MeshRenderer.
+    /// Adds renderers below the current level, which follow when the level changes. They display
+    /// nothing and only receive change notices. \param updateFactors  one factor per renderer; see
+    /// MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
     /// The visible faces of the current level for a render; borrows its arrays.
     PictureMesh ShownMesh() const;
     /// To be called after the surface was changed without a stroke and without Push.
     void RefreshSurface();
 
-    /// Sum over all strokes of the document.
+    /// Statistics of all strokes of the document.
     StrokeTotals Totals() const;
     /// The file that was opened.
     const std::string& MeshPath() const { return path; }
-    /// The mesh as it was imported, an oriented manifold.
+    /// The mesh as it was imported, after splitting into an oriented manifold.
     const PolygonMesh& Imported() const { return loaded; }
 
-    /// Observers are called in the order in which they were added. Borrowed. Removing one that was
-    /// not added has no effect.
+    /// Adds an observer; observers are called in the order in which they were added. Borrowed.
+    /// Removing an observer that was not added has no effect.
     void AddObserver(DocumentObserver& observer);
     void RemoveObserver(DocumentObserver& observer);
     /// Passes a problem to the observers.
     void ReportProblem(const std::string& message);
-    /// The last problem of the undo history that was not taken yet; empty for none.
+    /// Returns and clears the last problem of the undo history; empty if there is none.
     std::string TakeHistoryProblem();
 
     /// The values that panels show. On the owner thread they are up to date; on another thread they
-    /// are those of the last call on the owner thread, or of the constructor. Cost: after a change
+    /// date from the last call on the owner thread, or from the constructor. Cost: after a change
     /// O(levels + layers + undo steps), otherwise one atomic load.
     std::shared_ptr<const DocumentState> State() const;
-    /// Hands the document over to the calling thread. No other thread may be using it.
+    /// Transfers the document to the calling thread. No other thread may be using it.
     void SetOwnerThread() { owner = std::this_thread::get_id(); }
 
-    /// Records strokes and saves from now on; null for none. Borrowed.
+    /// Records strokes and saves in a journal from now on; null detaches it. Borrowed.
     void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
-    /// Receives every call into the brush; null for none. Borrowed.
+    /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
     /// Announces a command that may change the mesh to the stroke observer.
     void AnnounceCommand(const std::string& name) {
         if (strokeObserver != nullptr) strokeObserver->BeforeCommand(SculptBrush(), name);
     }
-    /// Receives the inputs of every stroke, after the journal; null for none. Borrowed.
+    /// Sets the listener that receives the inputs of every stroke, after the journal; null removes
+    /// it. Borrowed.
     void SetInputListener(StrokeInputListener* newListener) { inputListener = newListener; }
 
 private:
     class StrokeEvents;
     class SurfaceEvents;
-    /// Takes the document out of the globals of the process at its end, also when a constructor
+    /// Removes the document from the process globals when it is destroyed, even if a constructor
     /// throws.
     struct Activation {
         Document& document;
@@ -253,7 +263,7 @@ private:
     /// Builds the geometry from the imported mesh, with `levels` levels above it, and makes it that
     /// of the document. Until then an exception changes nothing.
     void BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job);
-    /// Makes tree and loops those of the current level, if they are not.
+    /// Selects tree and loops of the current level.
     void FollowLevel(JobControl* job = nullptr);
     void PlaceMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
@@ -261,14 +271,15 @@ private:
     template <typename MakeStep>
     void PushAllOrNone(uint32_t times, const MakeStep& makeStep);
     void PlaceRenderers();
-    /// Makes the globals of the process those of this document. One comparison if they are.
+    /// Activates this document's values of the process globals. Costs one comparison if they are
+    /// active.
     void Activate() {
         if (active != this) BecomeActive();
     }
     void BecomeActive();
-    /// Stores the globals of the process in the document that they belong to.
+    /// Stores the process globals in the document to which they belong.
     static void StoreGlobals();
-    /// Compares the document with what the observers were last informed of, and informs them of
+    /// Compares the document with the state of the last notification, and notifies the observers of
     /// the differences.
     void NotifyChanges();
     void NotifyCamera();
@@ -282,7 +293,7 @@ private:
     std::vector<DocumentState::Layer> LayersOfState() const;
     DocumentState::Tool ToolOfState() const;
 
-    /// The document that the globals of the process belong to; null for none.
+    /// The document to which the process globals belong; null if there is none.
     static Document* active;
 
     std::string path;
@@ -299,8 +310,8 @@ private:
     std::unique_ptr<FreezeBrush> freezeBrush;
     std::unique_ptr<StrokeLoop> freezeLoop;
     bool freezing = false;
-    /// Globals of the process, while another document is active: the kernel's camera, and whether
-    /// the falloff depends on the facing angle.
+    /// Values of the process globals while another document is active: the kernel's camera, and
+    /// whether the falloff depends on the facing angle.
     Placement camera;
     bool facingActive = false;
     StrokeTotals earlierTotals;
@@ -317,7 +328,7 @@ private:
     uint64_t savedState = 0;
     bool modified = false;
     std::string historyProblem;
-    /// What the observers were last informed of.
+    /// State at the last notification of the observers.
     std::vector<DocumentState::Level> notifiedLevels;
     uint32_t notifiedLevel = 0;
     std::vector<DocumentState::Layer> notifiedLayers;

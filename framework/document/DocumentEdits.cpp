@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Changes of the sculpture: levels, history, layers, mask, transform.
+/// \file Operations that change the sculpture: levels, history, layers, mask, transform.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/document/Document.h"
 #include "framework/edits/LayerSteps.h"
@@ -77,7 +76,7 @@ bool Document::BindLevel(uint32_t level, JobControl* job) {
     return true;
 }
 
-// What a step that throws half-way has done to the surface counts, too.
+// Observers are notified even if a step throws after changing a part of the surface.
 template <typename Steps>
 bool Document::WalkHistory(const char* work, const Steps& steps) {
     RequireNoStroke(work);
@@ -129,7 +128,7 @@ void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
     try {
         RequireNoStroke("change the mesh");
     } catch (const HostError&) {
-        // Its work is done already, and would be a part of nothing that can be undone.
+        // The step's change has already been made and could not be undone later.
         step->Apply(*geometry);
         throw;
     }
@@ -167,7 +166,7 @@ void Document::SetLayerStrength(float strength) {
 }
 
 void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
-    // The freeze brush holds the amounts of its stroke itself; a sculpting brush reads them again
+    // The freeze brush stores the amounts of its stroke itself; a sculpting brush reads them again
     // for each patch.
     if (freezeLoop->IsActive()) RequireNoStroke("freeze");
     auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Observers of a document, and the state that it publishes.
+/// \file Observers of a document, and its published state.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
 #include "framework/document/Document.h"

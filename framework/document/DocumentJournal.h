@@ -13,13 +13,13 @@ class JobControl;
 /// The document calls it; see Document::SetJournal.
 class TROVIK_API DocumentJournal : public StrokeInputListener {
 public:
-    /// A scene is complete in a temporary file, which replaces `scenePath` next.
-    /// \param job  of the save; null: nobody receives progress.
-    /// \throw HostError or Cancelled to cancel the save; the old scene then stays.
+    /// Called when a scene is complete in a temporary file that is about to replace `scenePath`.
+    /// \param job  of the save; null if nobody receives progress.
+    /// \throw HostError or Cancelled to cancel the save; the old scene then remains.
     virtual void OnSceneWritten(const std::string& scenePath,
                                 const std::string& temporaryPath,
                                 JobControl* job) = 0;
-    /// The scene is saved. The journal can restart from it. Throws nothing.
+    /// Called after the scene has been saved; the journal can restart from it. Must not throw.
     virtual void OnSaved(const std::string& scenePath) = 0;
 
 protected:

@@ -11,15 +11,15 @@
 
 namespace trovik {
 
-/// The values of a Document that panels show, at one moment. Immutable once published, so any
-/// thread may read it; see Document::State.
+/// A snapshot of the values of a Document that panels show. Immutable once published, so any thread
+/// may read it; see Document::State.
 struct DocumentState {
     struct Level {
         uint32_t vertices = 0;
         uint32_t faces = 0;
         bool operator==(const Level&) const = default;
     };
-    /// The lowest first.
+    /// Lowest level first.
     std::vector<Level> levels;
     uint32_t currentLevel = 0;
 
@@ -27,26 +27,26 @@ struct DocumentState {
         std::string name;
         float strength = 1.0f;
         bool visible = true;
-        /// False: locked against sculpting.
+        /// False if the layer is locked against sculpting.
         bool writable = true;
         bool active = false;
         bool operator==(const Layer&) const = default;
     };
-    /// Of the current level, the lowest first.
+    /// The layers of the current level, lowest first.
     std::vector<Layer> layers;
 
     struct Tool {
         std::string name;
-        /// World units; with `radiusPixels` above 0 that many pixels instead.
+        /// World units; not used if `radiusPixels` is above 0.
         float radius = 0.0f;
         float radiusPixels = 0.0f;
         /// Fraction of the radius.
         float spacing = 0.0f;
         /// Percent.
         float strength = 0.0f;
-        /// Name of the built-in curve; empty for a curve of the user's own.
+        /// Name of the built-in curve; empty for a user-defined curve.
         std::string falloff;
-        /// Number of the direction, as in BrushOperation::Direction.
+        /// Value of BrushOperation::Direction.
         int direction = 0;
         bool pressureControlsStrength = false;
         bool pressureControlsSize = false;
@@ -61,7 +61,7 @@ struct DocumentState {
     struct Symmetry {
         /// See StrokeLoop::SetMirrors.
         int mode = 0;
-        /// Applied with each dab, besides the dab itself.
+        /// Number of mirrored dabs applied in addition to each dab.
         uint32_t copies = 0;
         bool topological = false;
         /// From the position of a dab to those of its copies, mesh-local; see MirrorMaps.
@@ -70,13 +70,13 @@ struct DocumentState {
     Symmetry symmetry;
     StrokeView view;
 
-    /// The oldest first. The first `historyPosition` entries are done, the others can be redone.
+    /// Oldest entry first. The first `historyPosition` entries are done, the others can be redone.
     std::vector<HistoryEntry> history;
     std::size_t historyPosition = 0;
-    /// In memory, and in the history's temporary file.
+    /// Bytes of the history in memory, and in its temporary file.
     uint64_t historyBytes = 0;
     uint64_t historyBytesOnDisk = 0;
-    /// Of the process: what all accounted arrays hold, and the limit; 0 for no limit.
+    /// Bytes of all accounted arrays of the process, and their limit; 0 if there is no limit.
     int64_t memoryBytes = 0;
     int64_t memoryLimit = 0;
 

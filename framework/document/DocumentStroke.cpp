@@ -34,7 +34,7 @@ LiveStrokeSettings PenStrokeSettings(Document& document, const PenStrokeOptions&
     return settings;
 }
 
-// Strokes without a seed of their own differ, as those of a hand do.
+// Strokes without an explicit seed differ from each other, like strokes drawn by hand.
 void BeginStroke(Document& document,
                  BrushOperation::Modifier modifier,
                  std::optional<uint64_t> seed) {
@@ -84,7 +84,7 @@ DocumentStroke::~DocumentStroke() {
 
 bool DocumentStroke::IsOpen() const { return document.Loop().StrokeNumber() == number; }
 
-/// Whatever is thrown, the stroke ends.
+/// If anything is thrown, the stroke ends.
 template <typename Work>
 void DocumentStroke::Do(Work work) {
     if (IsOver()) return;

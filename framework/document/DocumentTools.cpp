@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Tools, symmetry and camera, and the globals of the process that they use.
+/// \file Tools, symmetry and camera, and the process globals that they use.
 #include "framework/brushes/StampFiles.h"
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
@@ -13,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Combinations of mirrors have no mode of their own; any value but 0 to 3 and 7 will do.
+/// Combinations of mirrors have no mode of their own; any value other than 0 to 3 and 7 works.
 constexpr int severalCopies = 4;
 
 }  // namespace
@@ -81,7 +80,8 @@ void Document::SetMirrors(const MirrorSetting& setting) {
     std::vector<Matrix> maps = MirrorMaps(setting);
     if (maps.size() > mostMirrorMaps) {
         throw HostError("the mirrors would make " + std::to_string(maps.size() + 1) +
-                        " copies of each dab; the most is " + std::to_string(mostMirrorMaps + 1));
+                        " copies of each dab; the maximum is " +
+                        std::to_string(mostMirrorMaps + 1));
     }
     geometry->ForgetMirror();
     settings.mirrorMaps = std::move(maps);
@@ -97,8 +97,8 @@ void Document::SetTopologicalMirror(JobControl* job) {
     RequireNoStroke("change the mirrors");
     if (!geometry->FindMirror(job))
         throw HostError(path +
-                        ": the mesh has no topological mirror: its faces do not hang "
-                        "together alike left and right");
+                        ": the mesh has no topological mirror: the connectivity of its left and "
+                        "right sides differs");
     settings.mirrorMaps.clear();
     settings.mirrorMode = MirrorConfiguration::Topological;
     PlaceMirrors();

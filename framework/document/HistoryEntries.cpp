@@ -22,7 +22,7 @@ bool HistoryEntries::Update(const UndoHistory& history, const std::string& tool)
     }
     bool changed = position != history.Position() || count != known.size();
     if (dropped > 0 && dropped <= position) oldestState = known[dropped - 1].number;
-    // Steps that were undone and replaced: the state before the first of them stays.
+    // Steps were undone and replaced: the state before the first of them remains valid.
     if (dropped > position) oldestState = StateNumber();
     known.erase(known.begin(), known.begin() + static_cast<std::ptrdiff_t>(dropped));
     std::size_t same = 0;
@@ -45,7 +45,7 @@ void HistoryEntries::Restart() {
 std::vector<HistoryEntry> HistoryEntries::List(const UndoHistory& history) const {
     std::vector<HistoryEntry> entries;
     entries.reserve(known.size());
-    // Code that changes the history itself may have dropped steps since the last update.
+    // Code that changes the history directly may have dropped steps since the last update.
     for (std::size_t i = 0; i < std::min(known.size(), history.StepCount()); ++i) {
         const UndoStep& step = history.Shell(i);
         entries.push_back(

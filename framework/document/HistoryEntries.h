@@ -19,9 +19,9 @@ struct HistoryEntry {
     /// The tool that was active when the step was made.
     std::string tool;
     std::chrono::system_clock::time_point time;
-    /// As it is stored now: open, compressed or on disk.
+    /// Current size, which depends on whether the step is uncompressed, compressed or on disk.
     uint64_t bytes = 0;
-    /// Undone and redone together with the step before.
+    /// Undone and redone together with the previous step.
     bool joinsPrevious = false;
 };
 
@@ -30,15 +30,16 @@ struct HistoryEntry {
 /// step.
 class TROVIK_API HistoryEntries {
 public:
-    /// Steps that are new since the last call get this tool and the present time.
+    /// Assigns this tool and the current time to steps that are new since the last call.
     /// \return whether steps or position changed since the last call.
     bool Update(const UndoHistory& history, const std::string& tool);
-    /// The sculpture was replaced without a step: its state is a new one, and no step is known.
+    /// To be called after the sculpture was replaced without an undo step: the state gets a new
+    /// number, and all entries are removed.
     void Restart();
-    /// One entry per step, the oldest first.
+    /// One entry per step, oldest first.
     std::vector<HistoryEntry> List(const UndoHistory& history) const;
-    /// A number for the present state of the sculpture: equal numbers mean the same state, also
-    /// when steps were undone and redone in between.
+    /// The number of the current state of the sculpture: equal numbers mean the same state, even if
+    /// steps were undone and redone in between.
     uint64_t StateNumber() const;
 
 private:
@@ -50,7 +51,7 @@ private:
     };
     std::vector<Known> known;
     std::size_t position = 0;
-    /// State before the oldest step.
+    /// Number of the state before the oldest step.
     uint64_t oldestState = 0;
     uint64_t lastNumber = 0;
 };

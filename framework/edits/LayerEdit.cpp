@@ -63,7 +63,7 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
     step->active = std::move(activeBefore);
     step->rows = std::move(rowsBefore);
     if (sameActive && step->vertices.empty() && step->entries.empty() && SameRows(*step)) {
-        // Without a step nothing would bring back what was known.
+        // Without a step nothing else would restore the layer base.
         ground.Exchange(step->knots);
         return nullptr;
     }
@@ -106,7 +106,7 @@ void LayerEdit::TakeEntries(LayerStep& step) const {
         LayerStep::Entries list{layer, {}, {}};
         for (uint32_t slot = 0; slot < layer->SlotCount(); ++slot) {
             const SculptLayer::State& now = layer->StateOfSlot(slot);
-            // An entry that was made meanwhile had no offset before.
+            // A new entry had no offset before.
             const SculptLayer::State old = slot < before.size()
                                                ? before[slot]
                                                : SculptLayer::State{now.seen, Vector(), now.seen};

@@ -9,24 +9,25 @@
 
 namespace trovik {
 
-/// Takes down a level and its layers, lets them be changed, and makes the step of the difference.
+/// Records a level and its layers, allows changes to them, and creates the undo step of the
+/// difference.
 class LayerEdit {
 public:
-    /// What a change may touch.
+    /// The parts that a change may affect.
     enum class Reach {
-        /// Layers and their properties, but no vertex.
+        /// Layers and their properties, but no vertices.
         Properties,
-        /// What the layers add to the surface.
+        /// The layers' contribution to the surface.
         Surface,
-        /// Offsets, but the surface keeps its bits.
+        /// Offsets, while the surface stays bit-identical.
         HiddenFromSurface
     };
 
     LayerEdit(LevelGeometry& geometry, uint32_t level, Reach reach);
-    /// The layers of the level, to be changed at will, like their properties and offsets.
+    /// The layers of the level, which may be changed freely, as may their properties and offsets.
     LayerGround::Layers& Layers() { return layers; }
     LevelMesh& Mesh() { return mesh; }
-    /// Brings the level up to date. \return the step, or null when nothing is other than before.
+    /// Updates the level. \return the undo step, or null if nothing has changed.
     std::unique_ptr<UndoStep> Finish(const std::string& label);
 
 private:
@@ -41,7 +42,7 @@ private:
     LayerGround::Layers layers;
     std::vector<LayerStep::Row> rowsBefore;
     std::shared_ptr<SculptLayer*> activeBefore;
-    /// Per row the states of all slots.
+    /// For each row the states of all slots.
     std::vector<std::vector<SculptLayer::State>> statesBefore;
     std::vector<LayerGround::Knot> knotsBefore;
 };

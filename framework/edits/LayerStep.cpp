@@ -16,8 +16,8 @@ std::vector<LayerStep::Row> LayerStep::RowsOf(const LevelGeometry& geometry, uin
     return rows;
 }
 
-// The step that removed a layer is the only one whose rows lack it on one side, so each layer that
-// is out of use is counted and compressed once.
+// Only the step that removed a layer has rows that lack it on one side, so each unused layer is
+// counted and compressed once.
 void LayerStep::FindKept(const std::vector<Row>& rowsInUse) {
     kept.clear();
     for (const Row& row : rows) {

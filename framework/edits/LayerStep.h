@@ -10,14 +10,14 @@
 
 namespace trovik {
 
-/// A change of the layers of one level: the other layers in the other order with the other
-/// properties, the other active one, and the other state of every vertex and layer entry that
-/// changed with it. A layer that was removed, or whose adding was taken back, lives on in the step.
+/// The undo step of a change to the layers of one level. It stores the other state: the layers,
+/// their order and properties, the active layer, and every vertex and layer entry that changed. A
+/// layer that was removed, or whose addition was undone, is owned by the step.
 class TROVIK_API LayerStep : public UndoStep {
 public:
     void Apply(LevelGeometry& geometry) override;
     uint64_t Bytes() const override;
-    /// Also the content of a layer that lives in this step alone.
+    /// Includes the content of layers that only this step owns.
     std::vector<StepArray> Arrays() override;
 
 private:
@@ -26,7 +26,7 @@ private:
         std::shared_ptr<SculptLayer> layer;
         SculptLayer::Properties given;
     };
-    /// The other states of some entries of a layer.
+    /// Entries of a layer that changed, with their other states.
     struct Entries {
         std::shared_ptr<SculptLayer> layer;
         std::vector<uint32_t> slots;
@@ -34,7 +34,7 @@ private:
     };
 
     static std::vector<Row> RowsOf(const LevelGeometry& geometry, uint32_t level);
-    /// Layers of `rows` that the geometry has not, and that no other step holds for certain.
+    /// Finds the layers of `rows` that are not in the geometry and that no other step can own.
     void FindKept(const std::vector<Row>& rowsInUse);
 
     uint32_t level = 0;
@@ -44,8 +44,8 @@ private:
     std::vector<uint32_t> vertices;
     std::vector<Vector> positions;
     std::vector<NormalWords> normals;
-    /// What else was known of the ground under the layers: what the step took in of strokes before
-    /// it, it knows only by its rounding.
+    /// The layer base of the other state. It is stored because it includes rounding from earlier
+    /// strokes and cannot be recomputed exactly.
     std::vector<LayerGround::OtherKnot> knots;
     std::vector<std::shared_ptr<SculptLayer>> kept;
 };

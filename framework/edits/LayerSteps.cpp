@@ -107,11 +107,13 @@ std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
 std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry, SculptLayer& layer) {
     LayerGround::Layers present = geometry.Layers().OfLevel(*layer.Level());
     const std::size_t place = PlaceIn(present, layer);
-    if (place == 0) throw HostError(Quoted(layer) + " has none below to be merged into");
+    if (place == 0) throw HostError(Quoted(layer) + " has no layer below it to merge into");
     SculptLayer& below = *present[place - 1];
     for (const SculptLayer* one : {&layer, &below}) {
-        if (!one->Given().visible) throw HostError(Quoted(*one) + " is hidden, and not merged");
-        if (!one->Given().writable) throw HostError(Quoted(*one) + " is locked, and not merged");
+        if (!one->Given().visible)
+            throw HostError(Quoted(*one) + " is hidden and cannot be merged");
+        if (!one->Given().writable)
+            throw HostError(Quoted(*one) + " is locked and cannot be merged");
     }
 
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::HiddenFromSurface);
@@ -133,7 +135,7 @@ std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry, SculptLa
 }
 
 std::unique_ptr<UndoStep> EraseLayerByFreezeAsStep(LevelGeometry& geometry, SculptLayer& layer) {
-    if (!layer.Given().writable) throw HostError(Quoted(layer) + " is locked, and not erased");
+    if (!layer.Given().writable) throw HostError(Quoted(layer) + " is locked and cannot be erased");
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::Surface);
     constexpr float fullAmount = freezeAmountMask;
     for (uint32_t slot = 0; slot < layer.SlotCount(); ++slot) {

@@ -9,36 +9,39 @@
 
 namespace trovik {
 
-/// \name Operations
+/// \name Operations on layers. Each returns its undo step, not yet pushed.
 /// @{
 
-/// A layer on top of the bound level's, which strokes then record into.
+/// Adds a layer above those of the bound level and activates it for the next strokes.
 TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
                                                     const std::string& name);
-/// The surface loses what the layer gave it. If it was the active one, none is then.
+/// Removes a layer and its contribution to the surface. If it was active, no layer is active
+/// afterwards.
 TROVIK_API std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, SculptLayer& layer);
-/// Name, strength (any finite number), visibility and write lock at once.
+/// Changes name, strength (any finite number), visibility and write lock at once.
 TROVIK_API std::unique_ptr<UndoStep> GiveLayerAsStep(LevelGeometry& geometry,
                                                      SculptLayer& layer,
                                                      const SculptLayer::Properties& properties);
-/// The layer becomes the `place`-th of its level, 0 being the lowest; at most the highest.
+/// Moves the layer to index `place` of its level, 0 being the lowest; larger indices mean the
+/// highest.
 TROVIK_API std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
                                                      SculptLayer& layer,
                                                      std::size_t place);
-/// Strokes on the bound level record into the layer, which lies on it; null: into none.
+/// Makes a layer of the bound level the one into which strokes record; null selects no layer.
 TROVIK_API std::unique_ptr<UndoStep> SelectLayerAsStep(LevelGeometry& geometry, SculptLayer* layer);
-/// A copy right above the layer, which becomes the active one. It acts like the layer itself, so
-/// the surface is displaced once more.
+/// Adds a copy directly above the layer and activates it. The copy has the same effect as the
+/// layer, so the surface is displaced once more.
 TROVIK_API std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer,
                                                           const std::string& name);
-/// Adds the layer to the one below, which gets strength 1, and removes it; the surface keeps its
-/// bits. The layer below becomes active if the layer was. \throw HostError when there is none
-/// below, or one of both is hidden or locked.
+/// Adds the layer to the one below, whose strength becomes 1, and removes it; the surface stays
+/// bit-identical. The layer below becomes active if the layer was. \throw HostError if there is no
+/// layer below, or one of the two is hidden or locked.
 TROVIK_API std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer);
-/// Takes away the layer's offsets where the level is frozen: all of them under full freeze, a share
-/// under less. Hidden vertices keep theirs. \throw HostError when the layer is locked.
+/// Removes the layer's offsets where the level is frozen: completely at full mask weight,
+/// proportionally below. Hidden vertices keep their offsets. \throw HostError if the layer is
+/// locked.
 TROVIK_API std::unique_ptr<UndoStep> EraseLayerByFreezeAsStep(LevelGeometry& geometry,
                                                               SculptLayer& layer);
 /// @}

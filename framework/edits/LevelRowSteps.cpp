@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Steps that put levels into the row of a geometry or take them out.
+/// \file Undo steps that add levels to the level hierarchy of a geometry or remove them.
 #include "framework/multires/Steps.h"
 
 #include <utility>
@@ -22,7 +21,7 @@ uint64_t BytesOf(const LevelGeometry::TakenLevels& taken) {
 }
 
 void BindAgain(LevelGeometry& geometry, uint32_t bound) {
-    // Where a host bound another level in between.
+    // Needed if a host has bound another level in between.
     if (geometry.BoundIndex() != bound) geometry.BindLevel(bound);
 }
 

@@ -7,14 +7,15 @@ namespace trovik {
 
 namespace {
 
-/// A change of what levels hold and of which is bound; their row stays.
+/// A change to the content of levels and to the choice of the bound level; the hierarchy stays the
+/// same.
 class LevelStep : public UndoStep {
 public:
     LevelStep(LevelSwitch done, const LevelGeometry& geometry)
         : change(std::move(done)), boundNow(geometry.BoundIndex()) {}
 
     void Apply(LevelGeometry& geometry) override {
-        // Where a host bound another level in between.
+        // Needed if a host has bound another level in between.
         if (geometry.BoundIndex() != boundNow) geometry.BindLevel(boundNow);
         geometry.Exchange(change);
         boundNow = geometry.BoundIndex();

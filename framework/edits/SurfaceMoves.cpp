@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// The vertex's record in the change, made at need.
+/// The vertex's record in the change, created if necessary.
 const StoredVertexInfo& RecordOf(LevelMesh& level,
                                  LevelChange& change,
                                  uint32_t vertex,
@@ -29,7 +29,7 @@ std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
     vertices.reserve(moves.size());
     for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
     std::vector<uint32_t> around = WithNeighbours(level, vertices);
-    // All records first: their making may fail.
+    // All records are created first, because this can fail.
     for (const uint32_t vertex : vertices) RecordOf(level, change, vertex, layer != nullptr);
     for (const uint32_t vertex : around) RecordOf(level, change, vertex, false);
 

@@ -8,22 +8,22 @@
 
 namespace trovik {
 
-/// Vertices of a level that go to given places, for who moves them otherwise than by a brush. They
+/// Moves vertices of a level to given positions, for operations other than brushes. The moves
 /// become part of an open change, and so of its undo step.
 ///
-/// With an active layer that takes changes and shows, what a vertex moves goes into its offset
-/// there, and the vertex lies at its place to the bit. Otherwise the move lies below the layers.
+/// If a writable, visible layer is active, the displacement of a vertex is added to its offset
+/// there, and the vertex has exactly the given position. Otherwise the move changes the layer base.
 class TROVIK_API SurfaceMoves {
 public:
     /// Borrows the level, on which a change must be open when Apply is called.
     explicit SurfaceMoves(LevelMesh& ofLevel) : level(ofLevel) {}
-    /// Mesh-local. Each vertex once.
+    /// Mesh-local position. Each vertex may be added once.
     void Add(uint32_t vertex, const Vector& place) { moves.emplace_back(vertex, place); }
     bool IsEmpty() const { return moves.empty(); }
 
-    /// Moves the vertices and refreshes the normals around them. \return what has another place or
-    /// normal now, ascending. \throw Error* when memory is refused; no vertex has moved then.
-    /// Cost: by the vertices that move.
+    /// Moves the vertices and recomputes the normals around them. \return the vertices whose
+    /// position or normal has changed, ascending. \throw Error* if an allocation fails; no vertex
+    /// has moved then. Cost: proportional to the number of moved vertices.
     std::vector<uint32_t> Apply(LevelChange& change);
 
 private:

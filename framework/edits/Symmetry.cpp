@@ -24,21 +24,22 @@ Vector Mirrored(Vector v, int axis) {
     return v;
 }
 
-/// The mean of a place and the mirrored one of its twin: of the twin it is the mirror image.
+/// The mean of a position and the mirrored position of its twin; for the twin, the mean is the
+/// mirror image.
 Vector Mean(const Vector& a, const Vector& b, int axis) {
     const Vector other = Mirrored(b, axis);
     return {0.5f * (a.x + other.x), 0.5f * (a.y + other.y), 0.5f * (a.z + other.z)};
 }
 
-/// The records of a change by where their vertices lay before the stroke. Zeros of both signs are
-/// the same place.
+/// The records of a change, indexed by the original positions of their vertices. Zeros of both
+/// signs count as equal.
 class RecordsByPlace {
 public:
     explicit RecordsByPlace(const Store<StoredVertexInfo>& changed)
         : records(changed), slots(std::bit_ceil(std::size_t{2} * changed.fill + 1), none) {
         for (uint32_t i = 0; i < records.fill; ++i) {
             std::size_t slot = SlotOf(PlaceOf(i));
-            // Of vertices at one place the first stands for all, and only it has a twin.
+            // Of several vertices at one position only the first is stored and has a twin.
             if (slots[slot] == none) slots[slot] = i;
         }
     }
@@ -47,7 +48,8 @@ public:
         const float* p = records.array[record].originalPosition;
         return {p[0], p[1], p[2]};
     }
-    /// The record that lay where this one's mirror image did, each being the other's; or none.
+    /// The record whose original position was the mirror image of this one's, if each is the
+    /// other's twin; otherwise `none`.
     uint32_t TwinOf(uint32_t record, int axis) const {
         const uint32_t twin = slots[SlotOf(Mirrored(PlaceOf(record), axis))];
         if (twin == none) return none;
@@ -55,7 +57,7 @@ public:
     }
 
 private:
-    /// Where a record of this place is or would be.
+    /// The slot that contains or would contain a record of this position.
     std::size_t SlotOf(const Vector& place) const {
         std::size_t slot = Hash(place) & (slots.size() - 1);
         while (slots[slot] != none && PlaceOf(slots[slot]) != place)
@@ -65,7 +67,7 @@ private:
     static std::size_t Hash(const Vector& place) {
         uint64_t hash = 0;
         for (const float value : {place.x, place.y, place.z}) {
-            // +0 for -0.
+            // Converts -0 to +0.
             const float same = value + 0.0f;
             hash = (hash ^ std::bit_cast<uint32_t>(same)) * 0x9e3779b97f4a7c15u;
             hash ^= hash >> 32;
@@ -88,8 +90,8 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
     const uint32_t count = records.fill;
     std::vector<Vector> places(count);
     for (uint32_t i = 0; i < count; ++i) places[i] = level.Position(records.array[i].vertexIndex);
-    // One plane after the other: what is symmetric in the planes before stays so, since twins in
-    // them have twins in this one, which get the mirrored mean.
+    // One plane after the other. Symmetry in earlier planes is preserved: their twins have twins in
+    // this plane, which receive the mirrored mean.
     for (const int axis : axes) {
         for (uint32_t i = 0; i < count; ++i) {
             const uint32_t twin = byPlace.TwinOf(i, axis);
@@ -115,7 +117,7 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model, Jo
     const auto mirror = TopologicalMirror::Find(*geometry.Level(0), axis, job);
     if (mirror == nullptr) {
         throw HostError(std::string("the mesh has no mirror across ") + "xyz"[axis] +
-                        ": its faces do not hang together alike on both sides");
+                        ": the connectivity of the two sides differs");
     }
     LevelMesh& level = *geometry.Bound();
     const uint32_t number = geometry.BoundIndex();

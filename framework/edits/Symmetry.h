@@ -7,36 +7,35 @@
 
 namespace trovik {
 
-/// Brings the two sides of a mirrored stroke together: where a vertex and its image in a plane of
-/// the mesh's axes lay symmetric to the bit before the stroke, both now go to the mean of the one's
-/// place and the other's mirrored one; a vertex in the plane goes back into it. Twins that agree
-/// keep their bits. A dab and its image reach over each other near the plane, one after the other,
-/// and there alone the two sides would differ by more than rounding.
+/// Makes both sides of a mirrored stroke equal. If a vertex and its image in a coordinate plane of
+/// the mesh were exactly symmetric before the stroke, both move to the mean of the one position and
+/// the mirrored other one; a vertex in the plane returns to it. Pairs that agree stay
+/// bit-identical. Near the plane, a dab and its image overlap and are applied one after the other;
+/// only there would the two sides differ by more than rounding.
 ///
-/// Twins that are frozen unlike each other stay as they are.
+/// Pairs with different freeze amounts are not changed.
 ///
-/// \param change  open on the level; the places become part of it. \param axes  planes, 0 x, 1 y,
-/// 2 z, each once. \return what has another place or normal now, ascending. \throw Error* when
-/// memory is refused; nothing has moved then.
-/// Cost: by the vertices that the stroke touched.
+/// \param change  open on the level; the moves become part of it. \param axes  axes perpendicular
+/// to the planes, 0 x, 1 y, 2 z, each at most once. \return the vertices whose position or normal
+/// has changed, ascending. \throw Error* if an allocation fails; nothing has moved then. Cost:
+/// proportional to the vertices that the stroke touched.
 TROVIK_API std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
                                                 LevelChange& change,
                                                 const std::vector<int>& axes);
 
-/// Which half of a mesh is the model of the other.
+/// The half of a mesh that is copied to the other half.
 enum class SymmetrySide { Positive, Negative };
 
-/// Makes the bound level symmetric in the plane through the mesh's origin across an axis, 0 x, 1 y,
-/// 2 z: each vertex of the one half keeps its place, its image goes to the mirrored one, and what
-/// lies in the plane goes into it. Who is whose image follows from how the faces of level 0 hang
-/// together (TopologicalMirror), so that the halves may be of any shape. The vertices of a pair are
-/// told apart by which of them lies farther on the side.
+/// Makes the bound level symmetric in the plane through the mesh's origin perpendicular to an axis,
+/// 0 x, 1 y, 2 z: each vertex of the model half keeps its position, its image moves to the mirrored
+/// position, and vertices of the plane are projected into it. Images follow from the connectivity
+/// of level 0 (TopologicalMirror), so that the halves may have any shape. Of a pair, the vertex
+/// that lies farther on the side `model` is the model.
 ///
-/// Frozen vertices stay, partly frozen ones go a part of the way. With an active layer the moves go
-/// into it. One step of undo, pushed. \return the number of vertices that moved. \throw HostError
-/// when the mesh has no such mirror; Cancelled, with nothing changed: the job is asked until the
-/// first vertex moves.
-/// Cost: O(vertices).
+/// Frozen vertices do not move, partly frozen ones move part of the way. If a layer is active, the
+/// moves are recorded in it. Pushes one undo step. \return the number of vertices that moved.
+/// \throw HostError if the mesh has no such mirror; Cancelled, with nothing changed; once the first
+/// vertex moves, it cannot be cancelled. Cost: O(vertices).
 TROVIK_API uint32_t MakeSymmetric(LevelGeometry& geometry,
                                   int axis,
                                   SymmetrySide model,

@@ -6,8 +6,9 @@
 
 namespace trovik {
 
-/// The value at a place between four pixels, whose centres lie at whole numbers; v runs downwards.
-/// \param pixel  pixel(column, row) answers the value there, for whole numbers of any size.
+/// Bilinear interpolation between four pixels, whose centres have integer coordinates; v runs
+/// downwards.
+/// \param pixel  pixel(column, row) returns the value there, for arbitrary integers.
 template <typename Pixel>
 float BetweenPixels(float u, float v, Pixel pixel) {
     const float floorU = std::floor(u);

@@ -9,36 +9,37 @@
 
 namespace trovik {
 
-/// How given freeze amounts g meet the amounts b that are there, 0 to 127 each.
+/// How given freeze amounts g are combined with the existing amounts b, 0 to 127 each.
 enum class FreezeMode : int {
-    /// The larger of both.
+    /// The maximum of b and g.
     Raise,
-    /// g, also where it is 0.
+    /// g, even if it is 0.
     Replace,
     /// b + g, at most 127.
     Add,
     /// b - g, at least 0.
     Subtract,
-    /// b x g / 127, to the nearest: what is frozen by both, and nothing elsewhere.
+    /// b x g / 127, rounded to the nearest: the intersection of both masks.
     Multiply,
 };
 
-/// The amount for a share of 0 to 1: the nearest of the 127ths, halves up. A share outside is
-/// brought to the nearer end; one that is no number freezes nothing.
+/// The freeze amount for a mask weight of 0 to 1, rounded to the nearest of the 127ths, halves up.
+/// Other weights are clamped; NaN yields 0.
 TROVIK_API uint8_t FreezeAmountOf(float share);
 
 TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
 
-/// Amounts for shares of 0 to 1, each taken by `amount`, 0 to 1.
+/// Freeze amounts for mask weights of 0 to 1, each multiplied by `amount`, 0 to 1.
 TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& shares, float amount);
 
-/// What lies the share `amount` (0 to 1) of the way from `from` to `to`, to the nearest.
+/// Linear interpolation from `from` to `to` by `amount` (0 to 1), rounded to the nearest.
 TROVIK_API std::vector<uint8_t> FreezeBetween(const std::vector<uint8_t>& from,
                                               const std::vector<uint8_t>& to,
                                               float amount);
 
-/// Blends amounts, one for each vertex, into the level's and answers the step of it, not yet
-/// pushed; null when no amount changed. Hidden vertices keep their amounts. Cost: O(vertices).
+/// Blends freeze amounts, one for each vertex, into the mask of the level and returns the undo
+/// step, not yet pushed; null if no amount changed. Hidden vertices keep their amounts. Cost:
+/// O(vertices).
 TROVIK_API std::unique_ptr<UndoStep> BlendFreezeAsStep(LevelMesh& level,
                                                        const std::vector<uint8_t>& given,
                                                        FreezeMode mode);

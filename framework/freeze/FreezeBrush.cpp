@@ -13,7 +13,7 @@ namespace {
 
 constexpr float percent = 0.01f;
 
-/// Adds up the shares of a vertex's neighbours.
+/// Sums the mask weights of a vertex's neighbours.
 class ShareSum final : public AdjacentVertexEnumerator {
 public:
     explicit ShareSum(const FreezeRecords& strokeRecords) : records(strokeRecords) {}
@@ -34,7 +34,7 @@ private:
 FreezeBrush::FreezeBrush() {
     SetActiveConfiguration(Tool());
     SetBrushStrength(100.0f);
-    // Freezing has none.
+    // Freezing has no direction.
     directionAttribute.SetVisible(false);
 }
 
@@ -67,7 +67,7 @@ float FreezeBrush::FalloffAt(float distance, float radius) const {
     return samples.array[index];
 }
 
-// As for sculpting: full below the start angle, none beyond start and range.
+// As for sculpting: 1 below the start angle, 0 beyond start plus range.
 float FreezeBrush::FacingFactor(uint32_t vertex, const Vector& eye) const {
     const Vector normal = Unpacked(level->vertexNormals.array[vertex]).Normalized();
     const Vector toEye = (eye - level->Position(vertex)).Normalized();
@@ -93,7 +93,7 @@ void FreezeBrush::ApplyDab(const SurfacePoint& hit,
     if (level == nullptr || hit.mesh != level || !(size > 0.0f) || hit.face >= level->faceCount)
         return;
     const auto reached = VerticesUnderDab(*level, hit.face, hit.position, size);
-    // Nothing moved: no box of the pick tree needs to follow this walk.
+    // Nothing moved: no box of the pick tree needs to be refitted after this walk.
     level->ForgetLastWalks();
     const bool byFacing = UsesFalloffBasedOnFacingAngle();
     const Vector eye = byFacing ? Eye() : Vector();
@@ -126,7 +126,8 @@ void FreezeBrush::ApplyToWholeMesh(trovik::Mesh* mesh, float strength, bool byFa
 void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
                         const std::vector<float>& weights,
                         AxisAlignedBoundingBox& box) {
-    // All of a dab from the state before it, so that the order of the walk is no part of it.
+    // The whole dab is computed from the previous state, so that the result does not depend on the
+    // order of the walk.
     std::vector<float> shares(reached.size());
     for (std::size_t i = 0; i < reached.size(); ++i) {
         const float share = records->Share(reached[i].vertex);
@@ -186,7 +187,7 @@ const ClassDesc* FreezeBrush::StaticClass() {
 }
 const ClassDesc* FreezeBrush::RuntimeClass() const { return StaticClass(); }
 
-// Never destroyed: brushes hold on to it up to the process's end.
+// Never destroyed: brushes refer to it until the process ends.
 BrushConfiguration* FreezeBrush::Tool() {
     static auto* tool =
         new BrushConfiguration(StaticClass(),
@@ -194,7 +195,7 @@ BrushConfiguration* FreezeBrush::Tool() {
                                QStringLiteral("Freeze"),
                                QStringLiteral("Freeze"),
                                PredefinedCategory::Paint,
-                               QStringLiteral("Keeps what is under it from being sculpted"),
+                               QStringLiteral("Protects the surface from being sculpted"),
                                0);
     return tool;
 }

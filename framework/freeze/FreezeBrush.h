@@ -10,28 +10,31 @@
 
 namespace trovik {
 
-/// The host's own brush, which freezes in place of moving: a StrokeLoop drives it like any other,
-/// with the same paths, mirrors, pressure, falloffs, facing angles and stamps.
+/// The host's own brush, which paints the mask instead of moving vertices. A StrokeLoop drives it
+/// like any other brush, with the same paths, mirrors, pressure, falloffs, facing angles and
+/// stamps.
 ///
-/// A dab takes each vertex under it (VerticesUnderDab) by a weight w: falloff at its distance,
-/// times facing, times stamp, times strength in percent / 100, within 0 to 1. With s the vertex's
-/// share, its amount / 127:
-///     freezing                       s + (1 - s) w
-///     ModifierInvert: unfreezing     s - s w
-///     ModifierSmooth: blurring       s + (m - s) w, m the mean share of its neighbours before the
-///                                    dab
-/// Shares are kept in single precision during a stroke; amounts are rounded from them.
+/// A dab changes each vertex under it (VerticesUnderDab) with a weight w: falloff at its distance,
+/// times facing factor, times stamp, times strength in percent / 100, clamped to 0 to 1. With s the
+/// vertex's mask weight, amount / 127, the new mask weight is
 ///
-/// At the end of a stroke one step, labelled "Freeze", goes into the history of the geometry. No
-/// other freezing may come between the two ends of a stroke.
-/// Cost of a dab: the faces under it.
+///     freezing                      s + (1 - s) w
+///     ModifierInvert: unfreezing    s - s w
+///     ModifierSmooth: blurring      s + (m - s) w
+///
+/// where m is the mean mask weight of its neighbours before the dab. During a stroke mask weights
+/// are stored in single precision; amounts are rounded from them.
+///
+/// At the end of a stroke one undo step, labelled "Freeze", is added to the history of the
+/// geometry. The mask must not be changed otherwise during the stroke. Cost of a dab: O(faces under
+/// it).
 class TROVIK_API FreezeBrush : public BrushOperation, public StrokePutBack {
 public:
     FreezeBrush();
     ~FreezeBrush() override;
 
     void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger) override;
-    /// \param strength  percent. \param box  grows by the world places of the vertices that
+    /// \param strength  percent. \param box  extended by the world positions of the vertices that
     /// changed.
     void ApplyDab(const SurfacePoint& hit,
                   const Vector& position,
@@ -39,15 +42,15 @@ public:
                   float pressure,
                   float strength,
                   AxisAlignedBoundingBox& box) override;
-    /// Every vertex of the mesh, with no falloff.
+    /// Affects every vertex of the mesh, without falloff.
     void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing) override;
     void EndStroke() override;
     void PutBackStroke() override;
 
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();
-    /// The one tool of the brush, "Freeze". It is not in the catalogue of BrushOperation, which
-    /// lists what plug-ins bring.
+    /// The only tool of the brush, "Freeze". It is not in the catalogue of BrushOperation, which
+    /// lists the tools of plug-ins.
     static BrushConfiguration* Tool();
 
 private:
@@ -61,8 +64,8 @@ private:
     Vector Eye() const;
 
     LevelMesh* level = nullptr;
-    /// That of the stroke, which later settings do not change. Borrowed from the base for its
-    /// length.
+    /// The falloff of the stroke, which later settings do not change. Borrowed from the base class
+    /// for the duration of the stroke.
     const Store<float>* falloff = nullptr;
     Modifier strokeModifier = ModifierNone;
     std::unique_ptr<FreezeRecords> records;

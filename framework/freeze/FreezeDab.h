@@ -9,35 +9,35 @@
 
 namespace trovik {
 
-/// The vertices that a dab of radius `radius` (world units) reaches: those of the piece of the
-/// surface around the hit that lies in the dab's ball, found face by face from the hit's face
-/// through faces with a corner in the ball. What comes near only through space is not reached.
+/// A vertex within reach of a dab: it lies within the radius (world units) of the hit, and it is
+/// reached from the hit's face through faces with a corner in that sphere. Parts of the surface
+/// that are near only through space are not reached.
 struct FreezeReach {
     uint32_t vertex;
-    /// Of which the vertex is a corner.
+    /// A face that contains the vertex.
     uint32_t face;
-    /// From the hit, world units.
+    /// Distance from the hit, world units.
     float distance;
 };
-/// Each vertex once, in the order of the walk. \param center  mesh-local.
-/// Cost: the faces under the dab.
+/// Vertices in reach of a dab, each once, in the order of the walk. \param center  mesh-local.
+/// Cost: O(faces under the dab).
 TROVIK_API std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
                                                      uint32_t face,
                                                      const Vector& center,
                                                      float radius);
 
-/// What a stroke knows of the vertices that it touched. Within a stroke amounts are kept in full
-/// precision, so that many faint dabs add up to what few strong ones do.
+/// The mask weights of the vertices that a stroke has touched. They are stored in full precision
+/// during a stroke, so that many weak dabs add up to the same result as a few strong ones.
 class TROVIK_API FreezeRecords {
 public:
     explicit FreezeRecords(LevelMesh& strokeLevel) : level(strokeLevel) {}
 
-    /// 0 to 1.
+    /// The mask weight of a vertex, 0 to 1.
     float Share(uint32_t vertex) const;
-    /// \return whether the vertex's amount, the nearest of the 127ths, is another one now.
+    /// \return whether the vertex's amount, rounded to the nearest of the 127ths, has changed.
     bool SetShare(uint32_t vertex, float share);
 
-    /// Vertices touched, in order, and the amounts that they had before.
+    /// Vertices touched, in order, and their original amounts.
     const std::vector<uint32_t>& Vertices() const { return vertices; }
     const std::vector<uint8_t>& AmountsBefore() const { return amountsBefore; }
 

@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// Binary places of amounts between two steps.
+/// Fractional bits of amounts between two steps.
 constexpr int places = 16;
 constexpr int64_t largest = int64_t{freezeAmountMask} << places;
 
@@ -30,14 +30,15 @@ std::vector<uint8_t> Spread(const LevelMesh& level, uint32_t rings, Choose choos
     return amounts;
 }
 
-/// value / divisor to the nearest, halves up; the divisor is positive.
+/// value / divisor, rounded to the nearest, halves up; the divisor must be positive.
 int64_t Divided(int64_t value, int64_t divisor) {
     const int64_t twice = 2 * value + divisor;
     const int64_t by = 2 * divisor;
     return twice >= 0 ? twice / by : -((-twice + by - 1) / by);
 }
 
-/// \param step  (amount, sum of the neighbours, how many) to the next amount.
+/// \param step  computes the next amount from (amount, sum of the neighbours, number of
+/// neighbours).
 template <typename Step>
 std::vector<uint8_t> Weighed(const LevelMesh& level, uint32_t steps, Step step) {
     std::vector<int64_t> amounts(level.VertexCount());

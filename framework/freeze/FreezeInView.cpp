@@ -15,11 +15,12 @@ namespace trovik {
 
 namespace {
 
-/// A vertex counts as seen when what its line of sight meets lies no more than this share of the
-/// way before it: rounding puts the surface around the vertex itself a little to the front.
+/// A vertex is visible if its line of sight meets no surface in front of it by more than this
+/// fraction of its distance. Because of rounding, the surface around the vertex itself can be hit
+/// slightly in front of it.
 constexpr float sightTolerance = 1e-4f;
 
-/// The camera of a viewport, ready for many places.
+/// The camera of a viewport, prepared for projecting many positions.
 class Projection {
 public:
     explicit Projection(const StrokeView& view)
@@ -49,7 +50,7 @@ private:
     float tangent;
 };
 
-/// What lies between a vertex and the eye, in mesh-local space.
+/// Visibility tests between vertices and the eye, in mesh-local space.
 class Sight {
 public:
     Sight(const LevelGeometry& geometry, const PatchTree& patchTree, const StrokeView& view)
@@ -70,7 +71,7 @@ public:
     }
 
 private:
-    // A normal and a way keep the sign of their product under any transformation.
+    // The dot product of a normal and a vector keeps its sign under any transformation.
     bool IsFacing(uint32_t vertex) const {
         const Vector normal = Unpacked(level.vertexNormals.array[vertex]);
         return ((eye - level.Position(vertex)) | normal) > 0.0f;
@@ -120,8 +121,8 @@ bool ViewBox::Holds(const ViewPlace& place) const {
            place.y >= std::min(from.y, to.y) && place.y < std::max(from.y, to.y);
 }
 
-// A side counts from its upper end to just before its lower one, so that a corner at the height of
-// the place is met once.
+// A side includes its upper end but not its lower one, so that a corner at the height of the
+// position is counted once.
 bool ViewLasso::Holds(const ViewPlace& place) const {
     bool inside = false;
     for (std::size_t i = 0; i < corners.size(); ++i) {

@@ -12,47 +12,49 @@
 
 namespace trovik {
 
-/// Which vertices an operation through the camera reaches.
+/// The vertices that an operation through the camera reaches.
 enum class ViewReach : int {
-    /// Those that nothing of the mesh lies in front of.
+    /// Vertices not occluded by the mesh.
     Visible,
-    /// Those whose normal points to the eye's side of the surface.
+    /// Vertices whose normal faces the eye.
     Facing,
-    /// All before the eye.
+    /// All vertices in front of the eye.
     Through,
 };
 
-/// A place on the viewport in pixels, (0, 0) at its upper left corner.
+/// A position on the viewport in pixels, (0, 0) at the upper left corner.
 struct ViewPlace {
     float x = 0.0f;
     float y = 0.0f;
 };
 
-/// Where the camera shows a place of the world; nothing for one that does not lie before the eye.
-/// The reverse of StrokeView::Through.
+/// Projects a world position to the viewport; empty if it is not in front of the eye. The inverse
+/// of StrokeView::Through.
 TROVIK_API std::optional<ViewPlace> PlaceInView(const StrokeView& view, const Vector& world);
 
-/// Shares of the bound level's vertices by where the camera shows them; 0 for those not reached.
-/// \param shareAt  0 to 1, by the place on the viewport; may be asked for places outside. Must
-/// allow to be called on several threads.
-/// \param tree  of the bound level, up to date.
-/// Cost: O(vertices), and for the visible ones a pick for each vertex with a share.
+/// Mask weights of the bound level's vertices by their position on the viewport; 0 for those not
+/// reached.
+/// \param shareAt  returns 0 to 1 for a viewport position, which may be outside the viewport.
+/// Called on several threads.
+/// \param tree  of the bound level, up to date. Cost: O(vertices), and with ViewReach::Visible one
+/// pick for each vertex with a positive weight.
 TROVIK_API std::vector<float> SharesInView(const LevelGeometry& geometry,
                                            const PatchTree& tree,
                                            const StrokeView& view,
                                            ViewReach reach,
                                            const std::function<float(const ViewPlace&)>& shareAt);
 
-/// A rectangle of the viewport, its left and upper sides included, the others not. Corners in any
-/// order.
+/// A rectangle of the viewport, including its left and upper sides but not the others. Corners may
+/// be in any order.
 struct TROVIK_API ViewBox {
     ViewPlace from;
     ViewPlace to;
     bool Holds(const ViewPlace& place) const;
 };
 
-/// A closed line on the viewport; its last corner is joined to the first. Inside is what a line to
-/// the right leaves by crossing it an odd number of times, so that a loop within a loop is a hole.
+/// A closed polygon on the viewport; its last corner is joined to the first. A point is inside if a
+/// horizontal line to the right crosses the polygon an odd number of times, so a loop within a loop
+/// is a hole.
 class TROVIK_API ViewLasso {
 public:
     explicit ViewLasso(std::vector<ViewPlace> lassoCorners) : corners(std::move(lassoCorners)) {}
@@ -66,15 +68,16 @@ private:
 class TROVIK_API ViewImage {
 public:
     enum class Channel : int {
-        /// 0.2126 red + 0.7152 green + 0.0722 blue of the numbers as the file has them; of a grey
-        /// image its value.
+        /// 0.2126 red + 0.7152 green + 0.0722 blue of the values in the file; for a grey image its
+        /// value.
         Luminance,
-        /// 1 where the image has none.
+        /// 1 if the image has no alpha channel.
         Alpha,
     };
-    /// \param over  where the image's borders lie.
+    /// \param over  the area that the image covers, up to its borders.
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
-    /// 0 outside. Between the middles of pixels linear, beyond the outermost ones level.
+    /// Weight at a position; 0 outside. Bilinear between pixel centres, constant beyond the
+    /// outermost ones.
     float ShareAt(const ViewPlace& place) const;
 
 private:

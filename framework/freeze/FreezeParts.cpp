@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// Sets of vertices that faces join.
+/// Disjoint sets of vertices that are connected by faces.
 class VertexSets {
 public:
     explicit VertexSets(uint32_t count) : parent(count) {
@@ -26,7 +26,8 @@ public:
     void Join(uint32_t a, uint32_t b) {
         a = Of(a);
         b = Of(b);
-        // The lower number leads, so that ways stay short where numbers follow the faces.
+        // The lower number becomes the root, which keeps paths short if vertex numbers follow the
+        // faces.
         if (a < b)
             parent[b] = a;
         else

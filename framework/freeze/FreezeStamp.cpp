@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// No stamp is repeated so often that a place lies farther out, in pixels.
+/// A limit for pixel coordinates; stamps are never repeated that often.
 constexpr float farthest = 1e9f;
 
 int64_t Wrapped(int64_t coordinate, int64_t size) {

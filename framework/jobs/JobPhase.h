@@ -7,30 +7,30 @@
 
 namespace trovik {
 
-/// One phase of an operation: counts its work and reports it, at intervals (JobPace), to a
-/// JobControl. Adding costs an addition and a comparison; the clock is read once per
-/// JobPace::elements.
+/// One phase of an operation: counts its work and reports it regularly (JobPace) to a JobControl.
+/// Counting costs an addition and a comparison; the clock is read once per JobPace::elements.
 ///
-/// A phase without work (total 0) reports nothing. Not for use by several threads.
+/// A phase without work (total 0) reports nothing. Not thread-safe.
 class TROVIK_API JobPhase {
 public:
-    /// Reports the beginning. \throw Cancelled as every member function, when the job cancels.
-    /// \param job  null: nobody receives reports. Borrowed.
+    /// Reports the beginning. \throw Cancelled if the job cancels; so do all other members.
+    /// \param job  null if nobody receives reports. Borrowed.
     /// \param phaseName  a string literal.
-    /// \param totalWork  elements in all.
-    /// \param elementsPerCheck  fewer than JobPace::elements where an element takes long.
+    /// \param totalWork  total number of elements.
+    /// \param elementsPerCheck  replaces JobPace::elements if it is smaller, for elements that take
+    /// long.
     JobPhase(JobControl* job,
              const char* phaseName,
              uint64_t totalWork,
              uint64_t elementsPerCheck = ~uint64_t{0});
 
-    /// So many more elements are done.
+    /// Adds completed elements.
     void Add(uint64_t count = 1) {
         done += count;
         sinceCheck += count;
         if (sinceCheck >= checkAfter) Check();
     }
-    /// So many elements are done in all, never fewer than before; for work that is counted
+    /// Sets the number of completed elements, which must not decrease; for work that is counted
     /// elsewhere.
     void Reach(uint64_t elements) {
         if (elements > done)
@@ -38,15 +38,16 @@ public:
         else
             Poll();
     }
-    /// For steps within an element: counts towards the next look at the clock, and not as progress.
+    /// For steps within an element: counts towards the next check of the clock, but not as
+    /// progress.
     void Poll() {
         if (++sinceCheck >= checkAfter) Check();
     }
-    /// Reports the end. To be called once, behind the last element.
+    /// Reports the end. To be called once, after the last element.
     void Finish();
 
-    /// Calls `work(first, end)` for the elements 0 to total - 1 in runs, and adds each run. For
-    /// loops that must not count element by element.
+    /// Calls `work(first, end)` for consecutive ranges of the elements 0 to total - 1, and adds
+    /// each range. For loops in which counting single elements would be too slow.
     template <typename Work>
     void ForEachRun(Work work) {
         for (uint64_t first = 0; first < total; first += runLength) {

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// Lines of the past that go on into a new journal, the newest.
+/// Maximum number of summary lines, the newest ones, that are copied to a new journal.
 constexpr std::size_t mostPast = 4096;
 
 void RefuseUnfinished(const std::string& path) {
@@ -22,7 +22,7 @@ void RefuseUnfinished(const std::string& path) {
     char start[journalMagic.size()] = {};
     std::ifstream(path, std::ios::binary).read(start, sizeof start);
     const std::string_view begins(start, sizeof start);
-    // A new journal that was cut off, down to nothing, still belongs to a run.
+    // A new journal that was truncated, even to zero bytes, still belongs to a run.
     const auto end = begins.find('\0');
     if (begins.substr(0, end) != journalMagic.substr(0, end))
         throw HostError(path + ": exists and is not a journal; name another file");
@@ -30,18 +30,18 @@ void RefuseUnfinished(const std::string& path) {
     try {
         isClosed = ReadJournal(path).isClosed;
     } catch (const HostError&) {
-        // Not a whole journal, so nothing that may be written over.
+        // An incomplete journal must not be overwritten either.
     }
     if (!isClosed) {
         throw HostError(path +
-                        ": the work of this journal did not end in good order; save it with "
-                        "trovik recover, or take the file away");
+                        ": the work of this journal has not been closed; save it with "
+                        "trovik recover, or remove the file");
     }
 }
 
 [[noreturn]] void RefuseSecondRun(const std::string& path) {
     throw HostError(path +
-                    ": another run is writing this journal; wait until it has ended, or name "
+                    ": another run is writing this journal; wait until it ends, or name "
                     "another file");
 }
 
@@ -49,8 +49,8 @@ void RefuseUnfinished(const std::string& path) {
 
 Journal::Journal(const JournalOptions& journalOptions, const JournalBase& base)
     : options(journalOptions) {
-    // Held until the new journal, which is locked too, has taken the place of the old one: no other
-    // run finds the name unlocked in between.
+    // Held until the new journal, which is locked too, has replaced the old one, so that other runs
+    // never find the path unlocked.
     const FileLock old(options.path);
     if (old.State() == FileLock::Result::Busy) RefuseSecondRun(options.path);
     const bool isNew = old.State() == FileLock::Result::Absent;
@@ -65,7 +65,7 @@ void Journal::Start(const JournalBase& base, bool mayReplace) {
     try {
         fresh->PutInPlace(mayReplace);
     } catch (const HostError&) {
-        // Another run that began at the same time was first.
+        // Another run started at the same time and created its journal first.
         if (!mayReplace && FileLock(options.path).State() == FileLock::Result::Busy)
             RefuseSecondRun(options.path);
         throw;
@@ -84,14 +84,14 @@ void Journal::Guarded(const Write& write) {
 }
 
 void Journal::GiveUp(const std::string& reason) {
-    problem = reason + "; the journal ends here, and the work goes on without";
+    problem = reason + "; the journal ends here, and the work continues without it";
     writer.reset();
 }
 
 void Journal::BeginStep(const nlohmann::json& json) {
     inStep = true;
     step = JournalStep();
-    // Of a stroke, whose samples can be many, a line of the past shows only the label.
+    // Strokes can have many samples, so a summary line of a stroke contains only the label.
     step.step = json.contains("stroke") ? nlohmann::json{{"stroke", nullptr}} : json;
     Guarded([&] {
         writer->Append(RecordKind::Step, json.dump());
@@ -168,7 +168,7 @@ void Journal::WholeMesh(const WholeMeshInput& input) {
 }
 
 void Journal::PutBack() {
-    // Goes with the dab that follows it: without that dab the stroke shows nothing.
+    // Written together with the next dab: until that dab the result of the stroke is unaffected.
     Guarded([&] { writer->Append(RecordKind::StrokePutBack, nullptr, 0); });
 }
 

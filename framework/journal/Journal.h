@@ -10,69 +10,70 @@
 
 namespace trovik {
 
-/// How a journal is kept.
+/// Options of a journal.
 struct JournalOptions {
-    /// Empty: no journal.
+    /// Path of the journal file; empty disables the journal.
     std::string path;
-    /// Waits for the disk at the end of each step, so that even the machine's end loses nothing of
-    /// it. Without, only the end of the process is provided for.
+    /// Waits for the disk at the end of each step, so that a crash of the machine loses no
+    /// completed step. Without this option the journal survives only the end of the process.
     bool syncSteps = false;
 };
 
-/// Takes down the inputs of one piece of work as they happen, so that RecoverJournal can do it
-/// again. JournalRecorder drives it for a Document; this class knows neither mesh nor brush.
+/// Records the inputs of one piece of work as they happen, so that RecoverJournal can repeat it.
+/// JournalRecorder drives it for a Document; this class depends on neither mesh nor brush.
 ///
-/// What is taken down is handed to the system before each call returns: the end of the process, in
-/// whatever way, loses none of it. A call costs one call of the system, and no wait for the disk
-/// but where it says so.
+/// Each call writes its record to the operating system before it returns, so the end of the
+/// process, for whatever reason, loses nothing. A call costs one system call and does not wait for
+/// the disk unless documented.
 ///
-/// Errors: only the constructor throws. When the journal cannot be written any more (a full disk),
-/// work goes on without it: nothing more is taken down, and TakeProblem tells why.
+/// Errors: only the constructor throws. If the journal can no longer be written (a full disk), the
+/// work continues without it: nothing more is recorded, and TakeProblem returns the reason.
 class TROVIK_API Journal {
 public:
-    /// Starts a new journal, on disk when this returns.
-    /// \throw HostError also where a journal lies there whose work did not end in good order: it
-    /// may hold what nothing else does; and if another run is writing the journal, which locks it.
+    /// Starts a new journal, which is on disk when the constructor returns.
+    /// \throw HostError if the path has a journal whose work was not closed, because it may contain
+    /// data that exists nowhere else; and if another run is writing the journal, which locks it.
     Journal(const JournalOptions& options, const JournalBase& base);
 
-    /// A step as of a stroke script, right before it runs.
+    /// Records a step of a stroke script, right before it runs.
     void BeginStep(const nlohmann::json& json);
-    /// The step at hand has finished one more dab.
+    /// Records that the current step has completed one more dab.
     void DabDone();
-    /// \param end  `dabs` is set here. \param label  of the step of undo.
+    /// Records the end of the current step. \param end  its `dabs` is set by this call. \param
+    /// label  of the undo step.
     void EndStep(const StepEnd& end, const std::string& label);
 
-    /// The step at hand is over, and the new base holds what it did: EndStep and StartAnew in one,
-    /// so that no journal ever lies on disk that has the step and starts from the old base.
+    /// Ends the current step, whose result the new base contains: EndStep and StartAnew in one
+    /// operation, so that no journal on disk has both the step and the old base.
     void EndStepAnew(const StepEnd& end, const std::string& label, const JournalBase& base);
 
-    /// Strokes that are not a step's doing: their calls in order, each once it has returned, or has
-    /// thrown. Steps may be done between them.
+    /// Strokes that are not part of a step: their calls in order, each after it has returned or
+    /// thrown. Steps may run between them.
     void BeginStroke(const StrokeStart& start, const std::string& label);
     void StrokeDab(const StrokeInput& dab);
     void WholeMesh(const WholeMeshInput& input);
     void PutBack();
     void EndStroke(const StepEnd& end, const std::string& label);
 
-    /// A file that what follows depends on.
+    /// Records a stamp file on which the following records depend.
     void Stamp(const JournalFile& stamp);
-    /// A scene that is complete and about to be renamed to this path. Waits for the disk.
+    /// Records a scene that is complete and about to be renamed to this path. Waits for the disk.
     /// \param carried  see JournalBase.
     void Saved(const JournalFile& scene, const nlohmann::json& carried = nullptr);
-    /// Takes the place of what was taken down until now, which the new base holds. Steps so far
-    /// stay as lines of the past. Waits for the disk.
+    /// Replaces the recorded work, which the new base contains. The steps so far are kept as
+    /// summary lines. Waits for the disk.
     void StartAnew(const JournalBase& base);
-    /// The work ended in good order. Nothing may follow.
+    /// Records that the work has ended properly. Must be the last call.
     void Close();
 
-    /// Ends the journal before the work, for what the caller cannot take down; see TakeProblem.
+    /// Ends the journal because the caller cannot record its work; see TakeProblem.
     void GiveUp(const std::string& reason);
 
     bool IsInStep() const { return inStep; }
-    /// Whether anything is still taken down.
+    /// Whether the journal is still being written.
     bool IsAlive() const { return writer != nullptr; }
     const std::string& Path() const { return options.path; }
-    /// Why the journal ended before the work, in one line, once; empty for nothing.
+    /// Returns once, in one line, why the journal ended early; empty if there is nothing to report.
     std::string TakeProblem();
 
 private:

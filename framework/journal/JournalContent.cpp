@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Builds the content record by record; each is refused that does not belong where it stands.
+/// Builds the content record by record, and rejects records that are not allowed at their position.
 class ContentBuilder {
 public:
     ContentBuilder(const JournalReader& journal, JournalContent& built)
@@ -22,8 +22,8 @@ public:
         record = &next;
         const bool isFirst = next.byte == journalHeaderBytes;
         if (isFirst != (next.kind == RecordKind::Base))
-            Refuse(isFirst ? "the first record does not tell what the work started from"
-                           : "what the work started from is told twice");
+            Refuse(isFirst ? "the first record is not a base record"
+                           : "there is more than one base record");
         if (content.isClosed) Refuse("a record follows the end of the work");
         switch (next.kind) {
             case RecordKind::Base:
@@ -75,7 +75,7 @@ private:
 
     json ReadJson() const {
         json read = json::parse(record->content.begin(), record->content.end(), nullptr, false);
-        if (!read.is_object() && !read.is_array()) Refuse("a record is no valid JSON");
+        if (!read.is_object() && !read.is_array()) Refuse("a record is not valid JSON");
         return read;
     }
 
@@ -96,17 +96,18 @@ private:
     json CarriedIn(const json& fields) const {
         const auto found = fields.find("carried");
         if (found == fields.end()) return nullptr;
-        if (!found->is_array()) Refuse("what is carried on is no JSON array");
+        if (!found->is_array()) Refuse("\"carried\" is not a JSON array");
         return *found;
     }
 
-    /// The record's content as a value, with `rest` bytes behind it; null: there may be none.
+    /// The record's content as a value. \param rest  receives the bytes after it; if null, there
+    /// must be none.
     template <typename Value>
     Value ReadValue(std::string* rest = nullptr) const {
         const std::string_view bytes = record->content;
         if (bytes.size() < sizeof(Value) || (rest == nullptr && bytes.size() != sizeof(Value)))
             Refuse("a record has " + std::to_string(bytes.size()) +
-                   " bytes, which do not fit its kind");
+                   " bytes, which is wrong for its kind");
         Value value;
         std::memcpy(&value, bytes.data(), sizeof value);
         if (rest != nullptr) *rest = std::string(bytes.substr(sizeof value));
@@ -131,13 +132,13 @@ private:
     }
 
     JournalStep& OpenStep() {
-        if (!inStep) Refuse("a record of a step stands outside of one");
+        if (!inStep) Refuse("a record of a step is outside of a step");
         return content.steps.back();
     }
 
-    /// The stroke that is not a step's doing, or what a step left of it.
+    /// The stroke that is not part of a step, or its current part.
     JournalStep& OpenStroke() {
-        if (inStep) Refuse("a record of a stroke stands within a step");
+        if (inStep) Refuse("a record of a stroke is within a step");
         if (!inStrokePart) Start(JournalStep());
         inStrokePart = true;
         return content.steps.back();
@@ -145,7 +146,7 @@ private:
 
     void Start(JournalStep step) {
         step.byte = record->byte;
-        // What a step cuts off of a stroke is whole in itself.
+        // The part of a stroke before a step is complete.
         if (inStrokePart) content.steps.back().isOver = true;
         inStrokePart = false;
         content.steps.push_back(std::move(step));
@@ -154,8 +155,8 @@ private:
     void TakeStep() {
         JournalStep step;
         step.step = ReadJson();
-        if (!step.step.is_object() || step.step.empty()) Refuse("a step is no JSON object");
-        if (inStep) Refuse("a step starts before the one before it has ended");
+        if (!step.step.is_object() || step.step.empty()) Refuse("a step is not a JSON object");
+        if (inStep) Refuse("a step starts before the previous step has ended");
         Start(std::move(step));
         inStep = true;
     }
@@ -163,7 +164,7 @@ private:
     void TakeDab() {
         JournalStep& step = OpenStep();
         if (ReadValue<DabMark>().count != step.dabs + 1)
-            Refuse("the dabs of a step are out of count");
+            Refuse("the number of dabs of a step is wrong");
         ++step.dabs;
     }
 
@@ -171,7 +172,7 @@ private:
         JournalStep& step = ofStroke ? OpenStroke() : OpenStep();
         const StepEnd end = ReadValue<StepEnd>(&step.label);
         if (end.dabs != (ofStroke ? strokeDabs : step.dabs))
-            Refuse("the dabs of a step are out of count");
+            Refuse("the number of dabs of a step is wrong");
         step.isOver = true;
         step.endsStroke = ofStroke;
         step.failed = end.failed != 0;
@@ -183,7 +184,8 @@ private:
     }
 
     void TakeStrokeBegin() {
-        if (inStep || inStrokePart) Refuse("a stroke starts before what is under way has ended");
+        if (inStep || inStrokePart)
+            Refuse("a stroke starts before the previous step or stroke has ended");
         JournalStep& stroke = OpenStroke();
         stroke.start = ReadValue<StrokeStart>(&stroke.label);
         if (stroke.start->modifier > 2) Refuse("a stroke has an unknown modifier");
@@ -225,9 +227,9 @@ private:
 
     void TakePast() {
         json past = ReadJson();
-        if (!past.is_array()) Refuse("the past is no JSON array");
+        if (!past.is_array()) Refuse("the list of past steps is not a JSON array");
         for (const json& line : past)
-            if (!line.is_object()) Refuse("a line of the past is no JSON object");
+            if (!line.is_object()) Refuse("a past step is not a JSON object");
         content.past = std::move(past);
     }
 
@@ -240,15 +242,15 @@ private:
     JournalContent& content;
     const JournalRecord* record = nullptr;
     bool inStep = false;
-    /// The newest of the steps is a stroke, or a part of one, and has not ended.
+    /// The newest step is a stroke, or a part of one, that has not ended.
     bool inStrokePart = false;
-    /// Of the stroke that is not a step's doing, all its parts together.
+    /// Number of dabs in all parts of the stroke that is not part of a step.
     uint32_t strokeDabs = 0;
 };
 
 constexpr std::size_t longestLabel = 60;
 
-/// What the step is, and with what, as short as a line wants it.
+/// A short label of the step: its command and main parameters.
 std::string LabelOf(const JournalStep& step) {
     std::string text;
     if (step.step.is_null() || step.step.contains("stroke")) {
@@ -264,7 +266,7 @@ std::string LabelOf(const JournalStep& step) {
         if (letter >= 0 && letter < ' ') letter = ' ';
     if (text.size() <= longestLabel) return text;
     std::size_t end = longestLabel;
-    // Not within a letter of several bytes.
+    // Does not split a multi-byte character.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) --end;
     return text.substr(0, end) + "...";
 }
@@ -289,14 +291,14 @@ json ToJson(const JournalBase& base) {
 JournalContent ReadJournal(const std::string& path, bool untilDamage) {
     const JournalReader reader(path);
     if (!reader.Damage().empty() && !untilDamage) {
-        throw HostError(reader.Damage() + "; with --until-damage, what comes before it is taken (" +
+        throw HostError(reader.Damage() +
+                        "; use --until-damage to read the part before the damage (" +
                         std::to_string(reader.Records().size()) + " records)");
     }
     JournalContent content;
     ContentBuilder builder(reader, content);
     for (const JournalRecord& record : reader.Records()) builder.Take(record);
-    if (reader.Records().empty())
-        reader.Fail(journalHeaderBytes, "the journal does not tell what the work started from");
+    if (reader.Records().empty()) reader.Fail(journalHeaderBytes, "the journal has no base record");
     for (const std::string& note : {reader.Damage(), reader.TornTail()})
         if (!note.empty()) content.notes.push_back(note);
     return content;

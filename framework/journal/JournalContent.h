@@ -13,21 +13,21 @@
 
 namespace trovik {
 
-/// What the work of a journal started from.
+/// The starting point of a journal's work.
 struct JournalBase {
-    /// Where the script lies, absolute; paths in steps are relative to its folder.
+    /// Absolute path of the script; paths in steps are relative to its folder.
     std::string script;
-    /// A stroke script without its steps: all that sets the work up.
+    /// A stroke script without its steps: the complete setup of the work.
     nlohmann::json setup;
-    /// The mesh or scene file that the setup opens, absolute, and what it held.
+    /// Absolute path and content hash of the mesh or scene file that the setup opens.
     std::string source;
     ContentHash content;
     /// Name and version of the program.
     std::string program;
-    /// Steps that set again what was set before and is not in the source; null for none.
+    /// Steps that restore earlier settings not contained in the source; null if there are none.
     nlohmann::json carried;
-    /// The folder of the files that the script writes, absolute; empty in journals of programs that
-    /// did not record it.
+    /// Absolute path of the folder for files that the script writes; empty in journals of versions
+    /// that did not record it.
     std::string output;
     /// Whether the script may write outside of that folder.
     bool outsideAllowed = false;
@@ -35,7 +35,7 @@ struct JournalBase {
 
 TROVIK_API nlohmann::json ToJson(const JournalBase& base);
 
-/// A file by its place and content.
+/// A file identified by path and content.
 struct JournalFile {
     std::string path;
     ContentHash content;
@@ -43,35 +43,36 @@ struct JournalFile {
 
 TROVIK_API nlohmann::json ToJson(const JournalFile& file);
 
-/// One call into a stroke that is not a step's doing.
+/// One call into a stroke that is not part of a step.
 struct StrokeCall {
     RecordKind kind;
     StrokeInput dab;
     WholeMeshInput whole;
 };
 
-/// A step, or a stroke that no step makes, as far as the journal has it. A stroke during which
-/// steps are done is one of these up to the first of them, another up to the next, and so on.
+/// A step, or a stroke that is not part of a step, as far as the journal contains it. If steps run
+/// during a stroke, the part of the stroke up to the first step is one JournalStep, the part up to
+/// the next step another, and so on.
 struct JournalStep {
     uint64_t byte = 0;
-    /// Null for a stroke that no step makes.
+    /// Null for a stroke that is not part of a step.
     nlohmann::json step;
-    /// Where the stroke begins here.
+    /// Set if the stroke begins here.
     std::optional<StrokeStart> start;
     std::vector<StrokeCall> calls;
     bool endsStroke = false;
-    /// Of its step of undo; empty where the journal does not tell.
+    /// Label of the undo step; empty if the journal does not contain it.
     std::string label;
-    /// Finished ones.
+    /// Number of completed dabs.
     uint32_t dabs = 0;
     uint64_t vertices = 0;
     uint64_t undoBytes = 0;
-    /// It came to its end before the journal did; and that was an error's doing.
+    /// Whether the step ended before the journal did, and whether it ended with an error.
     bool isOver = false;
     bool failed = false;
 };
 
-/// A scene that was complete before one of the steps.
+/// A scene that was saved before one of the steps.
 struct JournalSave {
     JournalFile scene;
     /// See JournalBase.
@@ -79,26 +80,26 @@ struct JournalSave {
     std::size_t stepsBefore = 0;
 };
 
-/// What a journal tells.
+/// The content of a journal.
 struct JournalContent {
     JournalBase base;
     std::vector<JournalStep> steps;
     std::vector<JournalSave> saves;
     std::vector<JournalFile> stamps;
-    /// Lines of what was done before the journal started; see SummaryOf.
+    /// Summary lines of the work before the journal started; see SummaryOf.
     nlohmann::json past = nlohmann::json::array();
     bool isClosed = false;
-    /// What was left out, one line each.
+    /// Parts that were skipped, one line each.
     std::vector<std::string> notes;
 };
 
-/// Reads a journal. A torn end is left out and noted. Everything is checked that can be without
-/// opening another file.
-/// \param untilDamage  takes what comes before the first damage, which is noted, instead of
-/// refusing. \throw HostError "FILE: byte N: reason".
+/// Reads a journal. A truncated end is skipped and noted. Everything is checked that can be checked
+/// without opening another file.
+/// \param untilDamage  reads the part before the first damage, which is noted, instead of throwing.
+/// \throw HostError "FILE: byte N: reason".
 TROVIK_API JournalContent ReadJournal(const std::string& path, bool untilDamage = false);
 
-/// A step as lists show it: "step", "dabs", "vertices", "undoBytes", "finished".
+/// A step in the form that lists show: "step", "dabs", "vertices", "undoBytes", "finished".
 TROVIK_API nlohmann::json SummaryOf(const JournalStep& step);
 
 }  // namespace trovik

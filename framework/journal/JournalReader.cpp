@@ -22,7 +22,7 @@ uint32_t NumberAt(const std::string& bytes, std::size_t place) {
 
 JournalReader::JournalReader(const std::string& journalPath) : path(journalPath) {
     InputFile file(path);
-    // Piece by piece, so that memory follows what is there and not what the file's size says.
+    // Read in pieces, so that memory depends on the actual content and not on the file's size.
     constexpr uint64_t pieceBytes = uint64_t{1} << 20;
     while (file.Remaining() > 0) {
         const auto size = static_cast<std::size_t>(std::min(pieceBytes, file.Remaining()));
@@ -45,10 +45,10 @@ void JournalReader::ReadHeader() {
         Fail(0, "not a journal: the first eight bytes are not TROVIKJN");
     const uint32_t version = NumberAt(bytes, 8);
     if (Crc32(bytes.data(), 12) != NumberAt(bytes, 12))
-        Fail(0, "the header does not fit its checksum; the file is damaged");
+        Fail(0, "the header does not match its checksum; the file is damaged");
     if (version != journalVersion) {
         Fail(8,
-             "the journal is of version " + std::to_string(version) +
+             "the journal has version " + std::to_string(version) +
                  "; this program reads version " + std::to_string(journalVersion));
     }
 }
@@ -65,8 +65,8 @@ std::optional<JournalReader::Frame> JournalReader::WholeFrameAt(std::size_t plac
     return frame;
 }
 
-// Only what looks like a record is summed up, and not without end: a file that is made to look like
-// records everywhere would otherwise be read as often as it has bytes.
+// A checksum is computed only for bytes that look like a record, and only up to a limit: otherwise
+// the time for a file crafted to look like records everywhere would be quadratic in its size.
 bool JournalReader::RecordFollows(std::size_t place, uint32_t number) const {
     uint64_t effort = uint64_t{16} * bytes.size();
     for (; place + recordHeaderBytes <= bytes.size(); ++place) {
@@ -94,19 +94,19 @@ void JournalReader::ReadRecords() {
             if (RecordFollows(place + 1, number)) {
                 tell(place,
                      "record " + std::to_string(number) +
-                         " does not fit its checksum; "
+                         " does not match its checksum; "
                          "the journal is damaged here, and more records follow");
             } else {
                 tornTail = path + ": the last " + std::to_string(bytes.size() - place) +
                            " bytes, from byte " + std::to_string(place) +
-                           " on, are no whole record and were left out";
+                           " on, are an incomplete record and are skipped";
             }
             return;
         }
         if (frame->number != number) {
             tell(place,
                  "record " + std::to_string(number) + " is missing; record " +
-                     std::to_string(frame->number) + " stands in its place");
+                     std::to_string(frame->number) + " follows");
             return;
         }
         records.push_back(

@@ -13,31 +13,31 @@
 
 namespace trovik {
 
-/// A record of a journal. Its content lies in the reader's bytes.
+/// A record of a journal. Its content refers to the reader's bytes.
 struct JournalRecord {
     RecordKind kind;
-    /// Place of the record in the file.
+    /// Offset of the record in the file.
     uint64_t byte;
     std::string_view content;
 };
 
-/// A journal as bytes: which records are whole, and what became of the rest.
+/// Parses the bytes of a journal into complete records and identifies the rest.
 ///
-/// What was cut off at the end, as a process that is killed leaves it, is no error: such a tail has
-/// no whole record behind it, and is told as a note. Anything else is damage.
+/// A truncated end, as a killed process leaves it, is not an error: no complete record follows it,
+/// and it is reported as a note. Anything else is damage.
 class TROVIK_API JournalReader {
 public:
-    /// \throw HostError "FILE: byte N: reason" for what is no journal, or one of a version that
-    /// this program does not read.
+    /// \throw HostError "FILE: byte N: reason" for a file that is not a journal, or has an
+    /// unsupported version.
     explicit JournalReader(const std::string& path);
 
     const std::string& Path() const { return path; }
-    /// The whole records up to the end, or up to the damage.
+    /// The complete records up to the end or the damage.
     const std::vector<JournalRecord>& Records() const { return records; }
-    /// Why the records end before the file does, as "FILE: byte N: reason"; empty where they do not
-    /// or where only a tail is torn.
+    /// Why the records end before the file does, as "FILE: byte N: reason"; empty if they do not or
+    /// if only the end is truncated.
     const std::string& Damage() const { return damage; }
-    /// What was left out at the end, in one line; empty for nothing.
+    /// Describes the skipped end in one line; empty if nothing was skipped.
     const std::string& TornTail() const { return tornTail; }
     [[noreturn]] void Fail(uint64_t byte, const std::string& reason) const;
 
@@ -47,9 +47,9 @@ private:
         uint32_t kind;
         uint32_t number;
     };
-    /// The record at this place, if it is whole.
+    /// The record at this offset, if it is complete.
     std::optional<Frame> WholeFrameAt(std::size_t place) const;
-    /// Whether a whole record with a number of at least `number` lies anywhere from here on.
+    /// Whether a complete record with at least this number exists at or after this offset.
     bool RecordFollows(std::size_t place, uint32_t number) const;
     void ReadHeader();
     void ReadRecords();

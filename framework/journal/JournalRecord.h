@@ -7,78 +7,77 @@
 #include <string_view>
 #include <type_traits>
 
-/// \file
-/// The bytes of a journal; docs/journal.md tells them one by one. A header of 16 bytes: "TROVIKJN",
-/// the version (uint32) and the CRC-32 of both. Then records: length of the content (uint32), kind
-/// (uint32), number of the record from 0 on (uint32), CRC-32 of these three and the content
-/// (uint32), the content. Little-endian throughout. The number is what tells a record that is
-/// missing from one that was never written.
+/// \file The byte format of a journal, described in full in docs/journal.md. A header of 16 bytes:
+/// "TROVIKJN", the version (uint32) and the CRC-32 of both. Then records: length of the content
+/// (uint32), kind (uint32), number of the record from 0 on (uint32), CRC-32 of these three and the
+/// content (uint32), the content. Little-endian throughout. The number distinguishes a missing
+/// record from one that was never written.
 namespace trovik {
 
 inline constexpr std::string_view journalMagic = "TROVIKJN";
 inline constexpr uint32_t journalVersion = 1;
 inline constexpr std::size_t journalHeaderBytes = 16;
 inline constexpr std::size_t recordHeaderBytes = 16;
-/// More than any step of a script; a length beyond it is damage.
+/// Longer than any step of a script; a greater length is damage.
 inline constexpr uint32_t longestRecordBytes = uint32_t{1} << 30;
 
 enum class RecordKind : uint32_t {
-    /// JSON: what the work started from.
+    /// JSON: the starting point of the work.
     Base = 1,
-    /// JSON: a step as of a stroke script, before it runs.
+    /// JSON: a step of a stroke script, before it runs.
     Step = 2,
-    /// DabMark: a dab of the step at hand is finished.
+    /// DabMark: a dab of the current step is complete.
     Dab = 3,
-    /// StepEnd: the step at hand is over.
+    /// StepEnd: the current step has ended.
     StepDone = 4,
-    /// StrokeStart and the label of its step of undo: a stroke that no step makes.
+    /// StrokeStart and the label of the undo step: a stroke that is not part of a step begins.
     StrokeBegin = 5,
-    /// StrokeInput: a finished dab of such a stroke, as it was given.
+    /// StrokeInput: a completed dab of such a stroke, with its original arguments.
     StrokeDab = 6,
-    /// WholeMeshInput: the tool was used on the whole mesh.
+    /// WholeMeshInput: the tool was applied to the whole mesh.
     StrokeWhole = 7,
-    /// Nothing: the stroke was put back to its start and goes on.
+    /// No content: the stroke was reverted to its start and continues.
     StrokePutBack = 8,
-    /// StepEnd: the stroke is over.
+    /// StepEnd: the stroke has ended.
     StrokeEnd = 9,
-    /// JSON: a stamp's file, and what it holds.
+    /// JSON: path and content hash of a stamp file.
     Stamp = 10,
-    /// JSON: a scene file that is complete and about to take its place.
+    /// JSON: a scene file that is complete and about to replace the old one.
     Saved = 11,
-    /// JSON: the steps that were done before this journal started, for those who list them.
+    /// JSON: the steps before this journal started, for lists of steps.
     Past = 12,
-    /// Nothing: the work ended in good order.
+    /// No content: the work ended properly.
     Close = 13
 };
 inline constexpr uint32_t highestRecordKind = 13;
 
 struct DabMark {
-    /// Finished dabs of the step, this one included.
+    /// Number of completed dabs of the step, including this one.
     uint32_t count;
 };
 
 struct StepEnd {
     uint32_t dabs;
-    /// 1 where the step ended by an error, having done what it did until then. Of a stroke: it was
-    /// broken off, see StrokeInputListener::OnStrokeEnded.
+    /// 1 if the step ended with an error, having done a part of its work. For a stroke, 1 if it was
+    /// broken off; see StrokeInputListener::OnStrokeEnded.
     uint32_t failed;
     uint64_t vertices;
-    /// Of its step of undo; 0 where there is none.
+    /// Size of the undo step; 0 if there is none.
     uint64_t undoBytes;
 };
 
 struct StrokeStart {
     uint64_t seed;
-    /// SceneSettings::strokesBegun once the stroke has begun.
+    /// SceneSettings::strokesBegun after the stroke has begun.
     uint64_t strokesBegun;
     uint32_t modifier;
     uint32_t reserved;
 };
 
-/// All that StrokeLoop::Dab is given.
+/// The arguments of StrokeLoop::Dab.
 struct StrokeInput {
     uint32_t face;
-    /// Bit 0: the dab keeps its place; bit 1: it ended by an error.
+    /// Bit 0: the dab keeps its position; bit 1: it ended with an error.
     uint32_t flags;
     std::array<float, 3> hitPosition;
     std::array<float, 3> hitNormal;
@@ -98,7 +97,7 @@ struct WholeMeshInput {
     uint32_t byFacing;
 };
 
-// Written as they lie in memory, so there may be no gaps in them.
+// Written as they are in memory, so they must not contain padding.
 static_assert(sizeof(DabMark) == 4 && sizeof(StepEnd) == 24 && sizeof(StrokeStart) == 24 &&
               sizeof(StrokeInput) == 80 && sizeof(WholeMeshInput) == 8);
 static_assert(std::is_trivially_copyable_v<StrokeInput>);

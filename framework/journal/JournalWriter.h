@@ -12,13 +12,13 @@ namespace trovik {
 
 class FileReplacement;
 
-/// Writes the records of a journal, each by one call of the system at most.
+/// Writes the records of a journal, each with at most one system call.
 ///
-/// A new journal comes into being beside the one that it takes the place of; PutInPlace renames it.
-/// So there is a whole journal under the name at any moment. The journal is locked (FileLock) from
-/// its creation to the end of the writer.
-/// Errors: HostError naming the path and the system's reason. A record that could not be written
-/// whole is a torn one, which readers leave out; nothing may be appended behind it.
+/// A new journal is written next to the one that it replaces; PutInPlace renames it, so that the
+/// path refers to a complete journal at any time. The journal is locked (FileLock) from its
+/// creation until the writer is destroyed. Errors: HostError naming the path and the system's
+/// reason. A record that could not be written completely is a truncated one, which readers skip;
+/// nothing may be appended after it.
 class TROVIK_API JournalWriter {
 public:
     explicit JournalWriter(const std::string& path);
@@ -26,7 +26,7 @@ public:
     JournalWriter(const JournalWriter&) = delete;
     JournalWriter& operator=(const JournalWriter&) = delete;
 
-    /// Adds a record to those that wait for Flush.
+    /// Adds a record to the buffer that Flush writes.
     void Append(RecordKind kind, const void* content, std::size_t size);
     void Append(RecordKind kind, const std::string& text) {
         Append(kind, text.data(), text.size());
@@ -36,12 +36,13 @@ public:
         static_assert(std::is_trivially_copyable_v<Content>);
         Append(kind, &content, sizeof content);
     }
-    /// Hands what waits to the system: from here on the end of this process loses none of it.
+    /// Writes the buffer to the operating system: after that, the end of this process loses
+    /// nothing.
     void Flush();
-    /// Flush, and waits until the disk has it: from here on not even the machine's end does.
+    /// Calls Flush and waits for the disk: after that, a crash of the machine loses nothing either.
     void Sync();
-    /// Sync, and puts the journal under its name. To be called once. \param mayReplace  whether a
-    /// file may be there already; otherwise the call fails then.
+    /// Calls Sync and renames the journal to its path. To be called once. \param mayReplace
+    /// whether an existing file may be replaced; otherwise the call fails if there is one.
     void PutInPlace(bool mayReplace);
 
     const std::string& Path() const { return path; }
@@ -50,7 +51,7 @@ private:
     std::string path;
     std::unique_ptr<FileReplacement> replacement;
     int file = -1;
-    /// Descriptor that holds the lock once the journal is in place.
+    /// File descriptor that holds the lock after the journal is in place.
     int lock = -1;
     uint32_t count = 0;
     std::vector<unsigned char> waiting;

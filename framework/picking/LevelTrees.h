@@ -8,16 +8,16 @@
 
 namespace trovik {
 
-/// The pick trees of a geometry's levels. A tree is built when its level is first needed and then
-/// kept, following the changes of its level, so that switching levels back and forth builds
-/// nothing.
+/// The pick trees of a geometry's levels. A tree is built when its level is first needed. It is
+/// then kept and follows the changes of its level, so that switching back and forth between levels
+/// rebuilds nothing.
 class TROVIK_API LevelTrees {
 public:
     /// Borrows the geometry.
     explicit LevelTrees(LevelGeometry& ofGeometry) : geometry(ofGeometry) {}
 
     /// The tree of the bound level. Valid until the next call after levels were added or removed.
-    /// Drops the trees of levels that are not there any more, or lie on another level 0.
+    /// Deletes the trees of levels that no longer exist, or have another level 0.
     /// \throw Cancelled while a tree is built.
     PatchTree& OfBound(JobControl* job = nullptr);
 

@@ -39,7 +39,7 @@ PatchTree::PatchTree(LevelMesh* ofLevel, JobControl* job)
 
 PatchTree::~PatchTree() { hierarchy->RemoveObserver(*this); }
 
-// Compares addresses, since the level may be gone.
+// Compares addresses only, because the level may have been deleted.
 bool PatchTree::IsInPlace() const {
     return boundLevel < hierarchy->LevelCount() && hierarchy->Level(boundLevel) == level &&
            hierarchy->Level(0) == base;
@@ -79,7 +79,7 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
-// Hidden faces stay near others of their region in the tree, for when they are shown again.
+// Hidden faces are placed near their region in the tree, for when they are shown again.
 PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
     const LevelMesh& lowest = *level->Hierarchy().Level(0);
     const uint32_t corner = lowest.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
@@ -96,18 +96,18 @@ void PatchTree::BuildTop(JobControl* job) {
         const Box box = boxes[face].low[0] <= boxes[face].high[0] ? boxes[face] : CornerBox(face);
         for (std::size_t axis = 0; axis < 3; ++axis) {
             const float centre = 0.5f * box.low[axis] + 0.5f * box.high[axis];
-            // A face without a finite place stands anywhere, but the sort needs an order.
+            // A face without a finite position can be anywhere, but the sort requires an ordering.
             centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
         }
     }
     topLeafOfBaseFace.resize(boxes.size());
     topNodes.push_back({EmptyBox(), 0, static_cast<uint32_t>(boxes.size())});
     topParent.push_back(noParent);
-    // Children are appended behind their parent, so one pass splits everything.
+    // Children are appended after their parent, so one pass splits everything.
     JobPhase phase(job, "Sorting the pick tree", boxes.size());
     for (uint32_t node = 0; node < topNodes.size(); ++node) {
         SplitTop(node, centres);
-        // Each face ends in one leaf.
+        // Each face ends in exactly one leaf.
         if (topNodes[node].count != 0 && topNodes[node].count <= facesPerTopLeaf)
             phase.Add(topNodes[node].count);
         else
@@ -158,7 +158,7 @@ void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
 void PatchTree::NextRefit() {
     touched.clear();
     if (++refit != 0) return;
-    // After 2^32 refits old numbers would come round again.
+    // After 2^32 refits old stamps would be valid again.
     for (std::vector<uint32_t>& stamps : patchStamps) std::fill(stamps.begin(), stamps.end(), 0u);
     std::fill(topStamps.begin(), topStamps.end(), 0u);
     refit = 1;
@@ -217,8 +217,8 @@ void PatchTree::RefitLeaf(uint32_t patch) {
     }
     const uint32_t corners = FacesUnder(leafLevel) * level->CornersPerFace();
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{patch} * corners;
-    // All three axes at once; the fourth lane holds what lies behind a position. The minimum and
-    // maximum give their second operand where a number is none, so that it leaves the box alone.
+    // All three axes at once; the fourth lane contains the data after a position. minps and maxps
+    // return their second operand if one is NaN, so that NaN does not change the box.
     __m128 low = _mm_set1_ps(std::numeric_limits<float>::infinity());
     __m128 high = _mm_set1_ps(-std::numeric_limits<float>::infinity());
     const auto extend = [&](uint32_t corner) {
@@ -228,8 +228,8 @@ void PatchTree::RefitLeaf(uint32_t patch) {
         high = _mm_max_ps(position, high);
     };
     if (corners == 64) {
-        // A grid of 4 x 4 quads that are oriented alike: opposite corners of each are all vertices
-        // but two of the grid's own corners.
+        // A grid of 4 x 4 equally oriented quads: one pair of opposite corners of each quad covers
+        // all vertices but two of the grid's own corners.
         for (uint32_t face = 0; face < 16; ++face) {
             extend(face * 4);
             extend(face * 4 + 2);

@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// A ray in mesh-local space; the direction need not be of length 1. Hits lie at t in [0, maxT].
+/// A ray in mesh-local space; the direction need not have length 1. Hits have t in [0, maxT].
 struct Ray {
     Vector origin;
     Vector direction;
@@ -19,35 +19,35 @@ struct PickHit {
     uint32_t face = 0;
     /// Mesh-local.
     Vector position;
-    /// Mesh-local, unit length: the packed vertex normals, interpolated. Where those say nothing,
+    /// Mesh-local, unit length: the interpolated packed vertex normals or, if their sum vanishes,
     /// the normal of the hit triangle.
     Vector normal;
-    /// Of a ray: origin + t x direction is the position. Of Nearest: the distance.
+    /// For a ray, the position is origin + t x direction. For Nearest, t is the distance.
     float t = 0.0f;
 };
 
-/// Finds where a ray meets the bound level of a geometry. The recursive face order is a tree
-/// already: this keeps a box per patch, from leaf patches of a few faces up to the faces of level
-/// 0, and a tree of boxes over those. Cost of a pick: logarithmic in the mesh; of a refit: what the
-/// dab touched.
+/// Finds intersections of rays with the bound level of a geometry. The recursive face order already
+/// forms a tree: this class stores a box per patch, from leaf patches of a few faces up to the
+/// faces of level 0, and a tree of boxes above those. Cost of a pick: logarithmic in the mesh; of a
+/// refit: proportional to the region that changed.
 ///
-///        top nodes      halves of the faces of level 0, by place
-///        level 0        one box a face
-///        ...            four (above a triangle: three) boxes under each
-///        leaf level     two levels below the bound one, so 16 faces under a box; level 0 where
-///                       there are fewer levels
+///        top nodes      median splits of the faces of level 0
+///        level 0        one box per face
+///        ...            four (below a triangle: three) boxes for each
+///        leaf level     two levels below the bound one, so 16 faces per box; level 0 if there are
+///                       fewer levels
 ///
-/// A quad is the triangles (0, 1, 2) and (0, 2, 3). No ray slips through between two faces that
-/// share an edge. Hidden faces and those with a vertex that is not finite are not there; a patch
-/// without any other face costs no visit. Of hits at equal distance
-/// the one with the lowest face number is told, so answers do not hang on the tree's shape.
+/// A quad consists of the triangles (0, 1, 2) and (0, 2, 3). No ray passes between two faces that
+/// share an edge. Hidden faces and faces with a vertex that is not finite are ignored; a patch
+/// without other faces is never visited. Of hits at equal distance, the one with the lowest face
+/// number is returned, so results do not depend on the shape of the tree.
 ///
 /// Observes the geometry: boxes follow each reported change of the level's positions and hidden
-/// faces, before observers of ObserverOrder::Later receive the report. Edits that nobody reports
-/// need a call of a refit.
+/// faces, before observers of ObserverOrder::Later receive the report. Changes that are not
+/// reported require a call to a refit function.
 ///
-/// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently,
-/// refits and reports may not run concurrently with anything.
+/// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently;
+/// refits and reports must not run concurrently with anything.
 class TROVIK_API PatchTree final : private GeometryObserver {
 public:
     /// Cost: O(faces), and O(n log n) in the faces of level 0.
@@ -57,46 +57,47 @@ public:
     PatchTree(const PatchTree&) = delete;
     PatchTree& operator=(const PatchTree&) = delete;
 
-    /// The nearest front or back face hit. Nothing for a ray whose numbers are not finite or whose
+    /// The nearest hit of a front or back face. Empty for a ray that is not finite or whose
     /// direction is zero.
     std::optional<PickHit> Pick(const Ray& ray) const;
-    /// The point of the surface nearest to `p` (mesh-local). Nothing when `p` is not finite.
+    /// The point of the surface nearest to `p` (mesh-local). Empty if `p` is not finite.
     std::optional<PickHit> Nearest(const Vector& p) const;
 
-    /// Boxes of everything.
+    /// Recomputes all boxes.
     void RefitAll();
-    /// Boxes below and above the faces of level `patchLevelIndex` that a walk visited, whatever the
-    /// visitor answered: a face beside one that was changed shares its moved border.
+    /// Recomputes the boxes below and above the faces of level `patchLevelIndex` that a walk
+    /// visited, whatever the visitor returned: a face next to a changed one shares its border,
+    /// which may have moved.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
 
-    /// Whether the boxes are still those of the level: false once the level has another number or
-    /// another level 0 below it, or while it is taken out of its geometry, and for good after a
-    /// change that was reported meanwhile.
+    /// Whether the boxes are still those of the level. False if the level has another index or
+    /// another level 0 below it, or is detached from its geometry; permanently false after a change
+    /// that was reported in that state.
     bool IsCurrent() const { return !missedChange && IsInPlace(); }
     const LevelMesh* Level() const { return level; }
 
-    /// Box of the visible faces, mesh-local.
+    /// Bounding box of the visible faces, mesh-local.
     AxisAlignedBoundingBox Bounds() const;
     /// The finest level that has a box for each face.
     uint32_t LeafLevel() const { return leafLevel; }
-    /// Mesh-local box around the vertices of a face of level `levelIndex` and all its descendants
-    /// in the bound level. Coordinates that are NaN are left out; a face without any other has an
-    /// empty box. `levelIndex` must be at most LeafLevel(). Cost: O(1).
+    /// Mesh-local bounding box of the vertices of a face of level `levelIndex` and all its
+    /// descendants in the bound level. NaN coordinates are ignored; if a face has no others, its
+    /// box is empty. `levelIndex` must be at most LeafLevel(). Cost: O(1).
     AxisAlignedBoundingBox BoxOf(uint32_t levelIndex, uint32_t face) const;
     uint64_t Bytes() const;
-    /// Boxes recomputed since the tree was made.
+    /// Number of boxes recomputed since the tree was built.
     uint64_t BoxesRefitted() const { return boxesRefitted; }
 
 private:
-    /// Empty while low exceeds high.
+    /// Empty if a component of low exceeds that of high.
     struct Box {
         std::array<float, 3> low;
         std::array<float, 3> high;
     };
     struct TopNode {
         Box box;
-        /// Inner node: the two children are `first` and `first + 1`; leaf: faces of level 0 at
-        /// order[first .. first + count).
+        /// Inner node: the children are nodes `first` and `first + 1`. Leaf: the faces of level 0
+        /// are order[first .. first + count).
         uint32_t first;
         /// 0 in an inner node.
         uint32_t count;
@@ -106,28 +107,29 @@ private:
 
     void SurfaceChanged(const SurfaceChange& change) override;
     bool IsInPlace() const;
-    /// Touches the leaves below or above a face of a level.
+    /// Touches the leaves that are descendants or ancestors of a face of a level.
     void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
 
     static Box EmptyBox();
     static AxisAlignedBoundingBox ToBounds(const Box& box);
     static void Extend(Box& box, const Box& other);
-    /// Children of a face of this level, in the next one.
+    /// Number of children of a face of this level in the next one.
     uint32_t ChildCount(uint32_t levelIndex) const { return levelIndex == 0 ? baseChildren : 4; }
-    /// Faces of the bound level under a face of this one.
+    /// Number of faces of the bound level that descend from a face of this level.
     uint32_t FacesUnder(uint32_t levelIndex) const;
 
     void BuildTop(JobControl* job);
-    /// The box of a corner of a face of level 0, in place of one without visible faces.
+    /// The box of a corner of a face of level 0; replaces the box of a face without visible
+    /// descendants.
     Box CornerBox(uint32_t baseFace) const;
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
     void NextRefit();
-    /// Enters a patch into `touched` unless this refit has it already.
+    /// Adds a patch to `touched` unless this refit already has it.
     void Touch(uint32_t levelIndex, uint32_t patch);
-    /// Recomputes the touched boxes of the leaf level and all above them.
+    /// Recomputes the touched boxes of the leaf level and all their ancestors.
     void RefitTouched();
     void RefitLeaf(uint32_t patch);
-    /// Of a patch that may have hidden faces. \return the box of the others.
+    /// \return the box of the visible faces of a patch that may have hidden ones.
     Box VisibleBox(uint32_t patch) const;
     void RefitInner(uint32_t levelIndex, uint32_t patch);
     void RefitTopNode(uint32_t node);
@@ -145,14 +147,14 @@ private:
     uint32_t boundLevel;
     uint32_t leafLevel;
     uint32_t baseChildren;
-    /// Boxes by level of the patch, from level 0 to the leaf level.
+    /// Boxes for each patch level, from level 0 to the leaf level.
     std::vector<std::vector<Box>> patchBoxes;
     std::vector<TopNode> topNodes;
     std::vector<uint32_t> topParent;
     std::vector<uint32_t> order;
     std::vector<uint32_t> topLeafOfBaseFace;
 
-    /// Number of the refit that last touched a patch or node, so that each is done once.
+    /// Number of the refit that last touched a patch or node, so that each is processed once.
     std::vector<std::vector<uint32_t>> patchStamps;
     std::vector<uint32_t> topStamps;
     uint32_t refit = 0;

@@ -12,14 +12,15 @@ namespace trovik {
 
 namespace {
 
-/// How much nearer a box is taken to be than computed, in parts of its distance: far above the
-/// rounding of either query, far below what costs visits.
+/// Relative amount by which the distance of a box is reduced: much larger than the rounding error
+/// of either query, too small to cause additional visits.
 constexpr double boxSlack = 1e-9;
 
 double Lower(double t) { return t * (t > 0.0 ? 1.0 - boxSlack : 1.0 + boxSlack); }
 double Higher(double t) { return -Lower(-t); }
 
-/// The best triangle so far; ties go to the lower face, whatever the order of the visits.
+/// The best triangle so far. Of equal distances the lower face number is kept, whatever the order
+/// of visits.
 struct Best {
     double t;
     uint32_t face = openBorder;
@@ -50,7 +51,7 @@ PickHit MakeHit(const LevelMesh& mesh, const Best& best) {
             position[axis] += best.shares[i] * corners[i][axis];
         if (vertex >= mesh.vertexNormals.fill) continue;
         const PackedNormal& packed = mesh.vertexNormals.array[vertex];
-        // Only the direction counts, so the words need no scaling.
+        // Only the direction matters, so the words need no scaling.
         const Vector3d words = {static_cast<double>(packed.x),
                                 static_cast<double>(packed.y),
                                 static_cast<double>(packed.z)};
@@ -79,8 +80,8 @@ public:
         for (std::size_t axis = 0; axis < 3; ++axis) inverse[axis] = 1.0 / direction[axis];
     }
 
-    /// \param nearest  receives a lower bound of t in the box. \return false when the ray misses
-    /// it or only meets it behind the best hit.
+    /// \param nearest  receives a lower bound of t in the box. \return false if the ray misses the
+    /// box or enters it beyond the best hit.
     template <class Box>
     bool Reaches(const Box& box, double& nearest) const {
         double entry = 0.0;
@@ -184,20 +185,20 @@ void PatchTree::VisitFaces(Query& query, uint32_t leaf) const {
 
 template <class Query>
 void PatchTree::Walk(Query& query) const {
-    // Above the levels of patches stand the top nodes.
+    // Marks items of the top tree, which is above the patch levels.
     constexpr uint32_t top = 0xffffffffu;
     struct Item {
         double nearest;
         uint32_t levelIndex;
         uint32_t index;
     };
-    // Deepest case: 32 top levels leave one item each, a top leaf four, and each of 16 levels of
-    // patches three.
+    // Maximum depth: 32 top levels leave one item each, a top leaf four, and each of 16 patch
+    // levels three.
     std::array<Item, 128> stack;
     std::size_t size = 0;
     std::array<Item, 4> fan;
     std::size_t fanSize = 0;
-    // Keeps the fan in falling order of distance, so that the nearest comes off the stack first.
+    // Keeps the fan in order of decreasing distance, so that the nearest item is popped first.
     const auto consider = [&](const Box& box, uint32_t levelIndex, uint32_t index) {
         double nearest;
         if (!query.Reaches(box, nearest)) return;

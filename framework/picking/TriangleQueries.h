@@ -25,19 +25,19 @@ inline Vector3d Cross(const Vector3d& a, const Vector3d& b) {
 }
 inline double Square(double a) { return a * a; }
 
-/// A point of a triangle by the shares of its corners, which add up to 1; `t` is the ray's
+/// A point of a triangle by barycentric weights of its corners, with sum 1; `t` is the ray
 /// parameter, or the squared distance.
 struct TrianglePoint {
     std::array<double, 3> shares;
     double t;
 };
 
-/// A ray turned into a frame of its own, in which it runs along the third axis through the origin.
+/// A ray in a sheared frame in which it runs through the origin along the third axis.
 ///
-/// Whether a triangle is hit then hangs on the signs of three 2D edge functions. An edge that two
-/// triangles share gives both of them the same products, and since rounding is monotone the sign of
-/// a difference of products is never the wrong one, at most zero; zero counts as hit. So a ray that
-/// meets an edge hits at least one of its sides.
+/// Whether a triangle is hit then depends on the signs of three 2D edge functions. For an edge
+/// shared by two triangles, both compute the same products. Because rounding is monotone, the sign
+/// of a difference of products is never wrong, at most it becomes zero, and zero counts as a hit. A
+/// ray that meets an edge therefore hits at least one of the adjacent triangles.
 class RayFrame {
 public:
     RayFrame(const Vector& rayOrigin, const Vector& direction) : origin(ToDouble(rayOrigin)) {
@@ -58,8 +58,8 @@ public:
                 p[alongAxis]};
     }
 
-    /// Corners are placed in the frame. \return false without a hit, as for a triangle seen edge
-    /// on.
+    /// Tests a triangle whose corners are in the frame (see Place). \return false if it is not hit
+    /// or seen edge-on.
     bool Hit(const Vector3d& a, const Vector3d& b, const Vector3d& c, TrianglePoint& out) const {
         const double u = Edge(b, c);
         const double v = Edge(c, a);
@@ -86,8 +86,8 @@ private:
     double along;
 };
 
-/// The point of a triangle nearest to `p`: the corner, the edge or the inside whose region `p` lies
-/// in. A triangle without area is its edges.
+/// The point of a triangle nearest to `p`: on the corner, edge or interior whose Voronoi region
+/// contains `p`. A triangle without area is treated as its edges.
 inline TrianglePoint NearestOfTriangle(const Vector3d& p,
                                        const Vector3d& a,
                                        const Vector3d& b,

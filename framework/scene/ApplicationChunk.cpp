@@ -23,7 +23,7 @@ void CheckApplicationData(const ApplicationData& data) {
     for (const auto& [name, content] : data) {
         if (name.empty() || name.size() > maxNameBytes)
             throw HostError("application data: a name has " + std::to_string(name.size()) +
-                            " bytes; from 1 to " + std::to_string(maxNameBytes) + " are allowed");
+                            " bytes; 1 to " + std::to_string(maxNameBytes) + " are allowed");
     }
     if (TotalBytes(data) > maxTotalBytes)
         throw HostError("application data: " + std::to_string(TotalBytes(data)) +
@@ -39,7 +39,7 @@ void ReadApplicationChunk(SceneStream& stream, ApplicationData& data) {
     const std::vector<char> letters = ReadList<char>(stream);
     const std::string name(letters.begin(), letters.end());
     if (data.count(name) != 0)
-        SceneStream::Refuse(QStringLiteral("the application data \"%1\" comes twice")
+        SceneStream::Refuse(QStringLiteral("the application data \"%1\" occurs twice")
                                 .arg(QString::fromStdString(name)));
     data[name] = ReadList<uint8_t>(stream);
     try {

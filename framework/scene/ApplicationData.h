@@ -8,10 +8,10 @@
 
 namespace trovik {
 
-/// What applications keep in a scene for themselves, such as bookmarks, reference images and the
-/// state of windows: bytes by a name that begins with the application's, for example
-/// "studio/bookmarks". Every program that opens a scene keeps the entries that it does not know and
-/// saves them again. Nothing of a sculpture may depend on them.
+/// Data that applications store in a scene for their own use, such as bookmarks, reference images
+/// and window state: bytes under a name that begins with the application's name, for example
+/// "studio/bookmarks". Every program that opens a scene keeps unknown entries and saves them again.
+/// No part of a sculpture may depend on them.
 using ApplicationData = std::map<std::string, std::vector<uint8_t>>;
 
 }  // namespace trovik

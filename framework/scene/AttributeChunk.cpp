@@ -14,10 +14,10 @@ namespace {
 using Uv = std::array<float, 2>;
 using Color = std::array<float, 4>;
 
-/// From this format on, material files and smoothing groups follow.
+/// The first format that also contains material files and smoothing groups.
 constexpr uint32_t smoothingFormat = 333;
 
-/// The bytes of a text's count.
+/// Size of an empty text: its length field.
 constexpr uint64_t shortestText = sizeof(uint32_t);
 
 void WriteText(SceneStream& stream, const std::string& text) {

@@ -8,17 +8,18 @@
 
 namespace trovik {
 
-/// Whether a surface carries anything that chunk SURF would hold.
+/// Whether a surface has any data for chunk SURF.
 bool HasAttributes(const SurfaceAttributes& attributes);
 
-/// Chunk SURF: what level 0 carries beside its shape. Written only where there is something.
-/// Material files are stored relative to the folder of the scene.
+/// Chunk SURF: attributes of level 0 other than its shape. Written only if there are any. Paths of
+/// material files are stored relative to the folder of the scene.
 /// \param scenePath  of the scene file.
 void WriteAttributes(SceneStream& stream,
                      const SurfaceAttributes& attributes,
                      const std::string& scenePath);
-/// \param counts  of the surface that the attributes belong to, \param name  what to call it.
-/// \param scenePath  of the scene file. \throw Error* for lists that do not fit it.
+/// \param counts  of the surface to which the attributes belong. \param name  of the surface, for
+/// messages.
+/// \param scenePath  of the scene file. \throw Error* for lists that do not match the counts.
 SurfaceAttributes ReadAttributes(SceneStream& stream,
                                  const SurfaceCounts& counts,
                                  const std::string& name,

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// Keeps the settings of the active tool while the brush is lent those of others.
+/// Saves the settings of the active tool while the brush takes those of other tools.
 class KeptSettings {
 public:
     explicit KeptSettings(BrushOperation& lentBrush)
@@ -22,7 +22,7 @@ public:
           image(brush.Settings().stampImage),
           imageName(brush.Settings().stampName) {
         if (active == nullptr) return;
-        // Memory can run out at any of these, and the brush then is as it was.
+        // Memory can run out at any of these calls, which then leave the brush unchanged.
         auto& stored = brush.Settings().stored;
         const auto found = stored.find(active);
         const bool had = found != stored.end();
@@ -35,7 +35,8 @@ public:
             stored.erase(active);
     }
     ~KeptSettings() {
-        // Most of what it takes is there again after a first try that ran out of memory.
+        // After a first attempt that ran out of memory, most of the required memory is already
+        // allocated.
         for (int tries = 0; tries < 2; ++tries) {
             try {
                 Restore();
@@ -49,7 +50,7 @@ public:
     KeptSettings(const KeptSettings&) = delete;
     KeptSettings& operator=(const KeptSettings&) = delete;
 
-    /// Gives the brush the settings of the active tool back.
+    /// Restores the settings of the active tool.
     void Restore() {
         if (active == nullptr) return;
         auto& stored = brush.Settings().stored;
@@ -91,7 +92,7 @@ void WriteTool(SceneStream& stream, BrushOperation& brush, const BrushConfigurat
     WriteList(stream, own.Data());
 }
 
-/// What belongs to no tool and is not in the brush's own data.
+/// Settings that belong to no tool and are not in the brush's own data.
 struct CommonSettings {
     uint8_t facing = 0;
     float facingStart = 0.0f;
@@ -151,7 +152,7 @@ void ReadBrushChunk(SceneStream& stream,
     static_cast<Stream&>(stream).Transfer(className);
     if (brush != nullptr && className != brush->RuntimeClass()->Name()) {
         notes.push_back("settings of the brush " + className.toStdString() +
-                        ", which is not the one at hand, were left out");
+                        ", which is not the current one, are skipped");
         brush = nullptr;
     }
     if (brush != nullptr) RefuseNewerClass(stream, *brush->RuntimeClass());
@@ -172,14 +173,14 @@ void ReadBrushChunk(SceneStream& stream,
             CheckBrush(*brush);
         } else if (brush != nullptr) {
             notes.push_back("settings of the tool " + tool.toStdString() +
-                            ", which the brush does not have, were left out");
+                            ", which the brush does not have, are skipped");
         }
         stream.Skip(bytes);
     }
     CommonSettings common;
     common.Transfer(stream);
     if (!std::isfinite(common.facingStart) || !std::isfinite(common.facingRange))
-        SceneStream::Refuse(QStringLiteral("an angle of the facing fall-off is no number"));
+        SceneStream::Refuse(QStringLiteral("an angle of the facing falloff is not finite"));
     if (brush == nullptr) return;
     brush->Settings().screenSpace = common.screenSpace != 0;
     brush->strokeMeshLocked = common.meshLocked;

@@ -9,17 +9,18 @@
 
 namespace trovik {
 
-/// Chunk BRSH: class of the brush, and for each tool that was used its name and the class's own
-/// data under that tool's settings, the active tool last; then what belongs to no tool.
+/// Chunk BRSH: class of the brush; for each tool that was used, its name and the brush's serialized
+/// data under that tool's settings, with the active tool last; then settings that do not belong to
+/// a tool.
 ///
-/// The brush takes each tool's settings for a moment and has its own back at the end, its stamp
-/// image included.
+/// The brush temporarily takes each tool's settings; at the end its own settings are restored,
+/// including its stamp image.
 void WriteBrushChunk(SceneStream& stream, BrushOperation& brush);
 
-/// Brings a new brush to the tools of the chunk: each is made active, which gives it its defaults,
-/// and then takes the file's data, so that what an older file lacks keeps its default.
-/// \param brush  null: only the names are read, into `tools`. Another class than the file's, and
-/// tools that the class does not have, are left out, each with a line in `notes`.
+/// Loads the tools of the chunk into a new brush: each tool is activated, which applies its
+/// defaults, and then reads its data, so that values missing in an older file keep their defaults.
+/// \param brush  null to read only the tool names into `tools`. A brush class other than that of
+/// the file, and tools unknown to the class, are skipped, each with a line in `notes`.
 void ReadBrushChunk(SceneStream& stream,
                     BrushOperation* brush,
                     std::vector<std::string>& tools,

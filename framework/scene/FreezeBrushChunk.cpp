@@ -37,7 +37,7 @@ bool ReadFreezeBrushChunk(SceneStream& stream, BrushOperation* brush) {
     stream.Transfer(start);
     stream.Transfer(range);
     if (!std::isfinite(start) || !std::isfinite(range))
-        SceneStream::Refuse(QStringLiteral("an angle of the facing fall-off is no number"));
+        SceneStream::Refuse(QStringLiteral("an angle of the facing falloff is not finite"));
     if (brush != nullptr) {
         brush->facingAngleStart = start;
         brush->facingAngleRange = range;

@@ -6,10 +6,10 @@
 
 namespace trovik {
 
-/// Chunk FRZB: whether the brush that freezes is at work, and its settings.
+/// Chunk FRZB: whether the freeze brush is active, and its settings.
 void WriteFreezeBrushChunk(SceneStream& stream, BrushOperation& brush, bool isAtWork);
-/// \param brush  a new one, which takes the settings; null: they are passed over. \return whether
-/// it is at work.
+/// \param brush  a new brush, which receives the settings; null to skip them. \return whether the
+/// freeze brush is active.
 bool ReadFreezeBrushChunk(SceneStream& stream, BrushOperation* brush);
 
 }  // namespace trovik

@@ -61,9 +61,9 @@ std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeom
     uint8_t visible = 1;
     if (stream.IsFormatAtLeast(visibilityFormat)) stream.Transfer(visible);
     if (level >= geometry.LevelCount())
-        SceneStream::Refuse(QStringLiteral("a layer of level %1, which is not there").arg(level));
+        SceneStream::Refuse(QStringLiteral("a layer of level %1, which does not exist").arg(level));
     if (!std::isfinite(strength))
-        SceneStream::Refuse(QStringLiteral("the strength of a layer is no number"));
+        SceneStream::Refuse(QStringLiteral("the strength of a layer is not finite"));
     LevelMesh* mesh = geometry.Level(level);
     auto layer = std::make_shared<SculptLayer>(mesh, name.toStdString());
     layer->Give({name.toStdString(), strength, visible != 0, writable != 0});
@@ -72,11 +72,11 @@ std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeom
             SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(entry.vertex));
         if (!IsFinite(entry.state)) {
             SceneStream::Refuse(
-                QStringLiteral("the layer's vertex %1 lies at no number").arg(entry.vertex));
+                QStringLiteral("the layer's values at vertex %1 are not finite").arg(entry.vertex));
         }
         const uint32_t slot = layer->SlotCount();
         if (layer->SlotOf(entry.vertex) != slot)
-            SceneStream::Refuse(QStringLiteral("vertex %1 comes twice").arg(entry.vertex));
+            SceneStream::Refuse(QStringLiteral("vertex %1 occurs twice").arg(entry.vertex));
         SculptLayer::State state = entry.state;
         layer->SwapState(slot, state);
     }
@@ -95,10 +95,10 @@ void ReadGroundChunk(SceneStream& stream, LevelGeometry& geometry) {
     stream.Transfer(level);
     if (level >= geometry.LevelCount()) {
         SceneStream::Refuse(
-            QStringLiteral("the ground of level %1, which is not there").arg(level));
+            QStringLiteral("the layer base of level %1, which does not exist").arg(level));
     }
     const uint32_t vertexCount = geometry.Level(level)->VertexCount();
-    // In order, each once: so they are searched.
+    // Ascending without duplicates, because the lists are searched.
     const auto check = [vertexCount](const auto& list) {
         uint64_t least = 0;
         for (const auto& one : list) {
@@ -114,7 +114,7 @@ void ReadGroundChunk(SceneStream& stream, LevelGeometry& geometry) {
     for (const LayerGround::Knot& knot : knots) {
         if (!IsFinite(knot.base) || !IsFinite(knot.place)) {
             SceneStream::Refuse(
-                QStringLiteral("the ground of vertex %1 lies at no number").arg(knot.vertex));
+                QStringLiteral("the layer base of vertex %1 is not finite").arg(knot.vertex));
         }
     }
     auto normals = ReadList<LayerGround::NotedNormal>(stream);

@@ -20,7 +20,7 @@ namespace trovik {
 
 namespace {
 
-/// Parts of a level that only some have.
+/// Optional parts of a level.
 enum LevelParts : uint32_t {
     HasFreeze = 1,
     HasFaceFlags = 2,
@@ -32,8 +32,8 @@ enum LevelParts : uint32_t {
     AllParts = 127
 };
 
-/// From this format on a level tells what the level below saw, and which freeze amounts its
-/// neighbours saw; and the imported mesh may be another.
+/// The first format in which a level contains the positions that the level below saw, and the
+/// freeze amounts that its neighbours saw, and in which the imported mesh may differ from level 0.
 constexpr uint32_t carriedDownFormat = 331;
 
 struct PlacedVertex {
@@ -42,7 +42,7 @@ struct PlacedVertex {
 };
 static_assert(sizeof(PlacedVertex) == 16);
 
-/// The vertices that lie elsewhere than in the level.
+/// The vertices whose positions differ from those of the level.
 template <typename PositionOf>
 std::vector<PlacedVertex> Differences(const LevelMesh& level, PositionOf positionOf) {
     std::vector<PlacedVertex> list;
@@ -59,7 +59,8 @@ std::vector<PlacedVertex> ReadPlaced(SceneStream& stream, const LevelMesh& level
         if (entry.vertex >= level.VertexCount())
             SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(entry.vertex));
         if (!IsFinite(entry.position))
-            SceneStream::Refuse(QStringLiteral("vertex %1 lies at no number").arg(entry.vertex));
+            SceneStream::Refuse(
+                QStringLiteral("the position of vertex %1 is not finite").arg(entry.vertex));
     }
     return list;
 }
@@ -81,7 +82,7 @@ SeenDifferences ReadSeen(SceneStream& stream, const LevelMesh& level) {
     return seen;
 }
 
-/// None where nothing is kept, too: a list without differences means the same.
+/// An empty list if no amounts are stored: it has the same meaning as a list without differences.
 void WriteSeenFreeze(SceneStream& stream, const FreezeDifferences& seen) {
     WriteList(stream, seen.vertices);
     WriteValues(stream, seen.amounts.data(), seen.amounts.size());
@@ -141,9 +142,9 @@ GeometryChunk ReadGeometryChunk(SceneStream& stream) {
     for (uint32_t* number : {&corners, &faces, &chunk.vertexCount, &chunk.levelCount, &chunk.bound})
         stream.Transfer(*number);
     if (corners != 3 && corners != 4)
-        SceneStream::Refuse(QStringLiteral("level 0 has faces of %1 corners").arg(corners));
+        SceneStream::Refuse(QStringLiteral("level 0 has faces with %1 corners").arg(corners));
     if (chunk.levelCount == 0 || chunk.bound >= chunk.levelCount) {
-        SceneStream::Refuse(QStringLiteral("of %1 levels number %2 is bound")
+        SceneStream::Refuse(QStringLiteral("level %2 of %1 levels is bound")
                                 .arg(chunk.levelCount)
                                 .arg(chunk.bound));
     }
@@ -156,7 +157,7 @@ GeometryChunk ReadGeometryChunk(SceneStream& stream) {
     for (const Matrix* matrix : {&chunk.toWorld, &chunk.toLocal})
         for (const auto& row : matrix->m)
             for (const float number : row) finite = finite && std::isfinite(number);
-    if (!finite) SceneStream::Refuse(QStringLiteral("the transformation is no numbers"));
+    if (!finite) SceneStream::Refuse(QStringLiteral("the transform is not finite"));
     return chunk;
 }
 
@@ -171,12 +172,12 @@ void WriteLevelChunk(SceneStream& stream,
     for (uint32_t v = 0; v < vertices; ++v) {
         phase.Add();
         if (IsFinite(positions[v])) continue;
-        throw HostError("vertex " + std::to_string(v) + " of level " + std::to_string(index) +
-                        " lies at no number; such a mesh cannot be saved");
+        throw HostError("the position of vertex " + std::to_string(v) + " of level " +
+                        std::to_string(index) + " is not finite; such a mesh cannot be saved");
     }
     phase.Finish();
     std::vector<uint8_t> freeze(vertices);
-    // The user's amounts, also of hidden vertices.
+    // The amounts that the user set, including those of hidden vertices.
     for (uint32_t v = 0; v < vertices; ++v)
         freeze[v] = static_cast<uint8_t>((level.vertices.array[v].freeze & ~freezeAmountMask) |
                                          level.Freeze(v));
@@ -219,7 +220,7 @@ LevelMesh& LevelChunkReader::NextLevel(const std::vector<Vector>& positions) {
         base.positions[v] = {positions[v].x, positions[v].y, positions[v].z};
     CheckPolygonMesh(base, "level 0", job);
     if (!MakeOrientedManifold(base, job).Untouched())
-        throw HostError("the faces of level 0 are no oriented manifold");
+        throw HostError("the faces of level 0 are not an oriented manifold");
     geometry = std::make_unique<LevelGeometry>(base, job);
     return *geometry->Level(0);
 }
@@ -236,14 +237,14 @@ void LevelChunkReader::Read(SceneStream& stream) {
         SceneStream::Refuse(LevelText(index) +
                             QStringLiteral(" is not the next of %1 levels").arg(head.levelCount));
     }
-    // Before the level takes memory: its file content must be all there, and be as much as follows
-    // from the level below.
+    // Checked before the level allocates memory: the file must contain all its data, with the count
+    // that follows from the level below.
     const uint64_t expected =
         geometry == nullptr ? head.vertexCount : geometry->CountNextLevelVertices();
     if (vertices != expected) {
         SceneStream::Refuse(
             LevelText(index) +
-            QStringLiteral(" has %1 vertices in place of %2").arg(vertices).arg(expected));
+            QStringLiteral(" has %1 vertices instead of %2").arg(vertices).arg(expected));
     }
     if ((parts & ~uint32_t{AllParts}) != 0)
         SceneStream::Refuse(LevelText(index) + QStringLiteral(" has unknown parts"));
@@ -253,7 +254,7 @@ void LevelChunkReader::Read(SceneStream& stream) {
     for (uint32_t v = 0; v < vertices; ++v) {
         phase.Add();
         if (!IsFinite(positions[v]))
-            SceneStream::Refuse(QStringLiteral("vertex %1 lies at no number").arg(v));
+            SceneStream::Refuse(QStringLiteral("the position of vertex %1 is not finite").arg(v));
     }
     phase.Finish();
     LevelMesh& level = NextLevel(positions);
@@ -299,7 +300,8 @@ void WriteImportChunk(SceneStream& stream,
         uint8_t isOther = sameFaces ? 0 : 1;
         stream.Transfer(isOther);
     } else if (!sameFaces) {
-        throw HostError("level 0 is not what was imported, which this format cannot tell");
+        throw HostError(
+            "level 0 differs from the imported mesh, which this format does not support");
     }
     if (sameFaces) {
         WriteList(stream, Differences(base, [&uniform](uint32_t v) {
@@ -331,7 +333,7 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
         stream.Transfer(corners);
         if (corners != 3 && corners != 4)
             SceneStream::Refuse(
-                QStringLiteral("the imported mesh has faces of %1 corners").arg(corners));
+                QStringLiteral("the imported mesh has faces with %1 corners").arg(corners));
         mesh.faceVertices = ReadList<uint32_t>(stream);
         mesh.faceSizes.assign(mesh.faceVertices.size() / corners, corners);
         mesh.positions = ReadList<std::array<float, 3>>(stream);
@@ -344,7 +346,7 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
                            scenePath);
         CheckPolygonMesh(mesh, "the imported mesh", job);
         if (!MakeOrientedManifold(mesh, job).Untouched())
-            SceneStream::Refuse(QStringLiteral("the imported mesh is no oriented manifold"));
+            SceneStream::Refuse(QStringLiteral("the imported mesh is not an oriented manifold"));
         return mesh;
     }
     const LevelMesh& base = *geometry.Level(0);
@@ -365,7 +367,7 @@ void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry) {
 
 void ReadMirrorChunk(SceneStream& stream, LevelGeometry& geometry) {
     auto mirror = TopologicalMirror::FromImages(*geometry.Level(0), ReadList<uint32_t>(stream));
-    if (mirror == nullptr) SceneStream::Refuse(QStringLiteral("this is no mirror of level 0"));
+    if (mirror == nullptr) SceneStream::Refuse(QStringLiteral("this is not a mirror of level 0"));
     geometry.RestoreMirror(std::move(mirror));
 }
 

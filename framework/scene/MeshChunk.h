@@ -6,7 +6,8 @@
 
 namespace trovik {
 
-/// What chunk GEOM tells beside level 0 itself, which needs its positions (chunk LEVL) first.
+/// The content of chunk GEOM. Level 0 can be created from it only after its positions (chunk LEVL)
+/// have been read.
 struct GeometryChunk {
     PolygonMesh base;  ///< without positions
     uint32_t vertexCount = 0;
@@ -17,21 +18,22 @@ struct GeometryChunk {
     Vector scale;
 };
 
-/// Chunk GEOM: faces of level 0, number of levels, which is bound, transformation.
+/// Chunk GEOM: faces of level 0, number of levels, index of the bound level, transform.
 void WriteGeometryChunk(SceneStream& stream,
                         const LevelGeometry& geometry,
                         const std::string& name);
 GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
-/// Chunk LEVL: positions, normals, freeze bytes, face flags of one level, and what the levels above
-/// and below last saw of it.
+/// Chunk LEVL: positions, normals, freeze bytes and face flags of one level, and the values of it
+/// that the levels above and below last saw.
 /// \throw Cancelled.
 void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index, JobControl* job);
 
-/// Reads level after level and makes the geometry from them.
+/// Reads the levels one by one and creates the geometry from them.
 class LevelChunkReader {
 public:
-    /// \param jobControl  of Read, which throws Cancelled; null: nobody. Borrowed.
+    /// \param jobControl  receives the progress of Read, which throws Cancelled; null if nobody
+    /// receives it. Borrowed.
     LevelChunkReader(GeometryChunk chunk, JobControl* jobControl)
         : head(std::move(chunk)), job(jobControl) {}
     void Read(SceneStream& stream);
@@ -39,9 +41,10 @@ public:
     bool IsComplete() const {
         return geometry != nullptr && geometry->LevelCount() == head.levelCount;
     }
-    /// Null before the first level.
+    /// Null before the first level has been read.
     LevelGeometry* Geometry() const { return geometry.get(); }
-    /// Binds the level that was bound and hands the geometry out. Only when complete.
+    /// Binds the level that was bound and returns the geometry. Call only when IsComplete returns
+    /// true.
     std::unique_ptr<LevelGeometry> Take();
     const GeometryChunk& Head() const { return head; }
 
@@ -54,16 +57,16 @@ private:
     std::vector<SeenByNeighbours> seen;
 };
 
-/// Chunk IMPT: where level 0 was when it was imported, as the differences from where it is; or the
-/// whole imported mesh, where level 0 is another by now. \param scenePath  of the scene file.
-/// \throw Cancelled, as ReadImportChunk.
+/// Chunk IMPT: the imported positions of level 0, as differences from the current ones; or the
+/// whole imported mesh if level 0 has other faces by now. \param scenePath  of the scene file.
+/// \throw Cancelled; so does ReadImportChunk.
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported,
                       const std::string& scenePath,
                       JobControl* job);
-/// The imported mesh, of this name. \param isOther  is set where its faces are not those of level
-/// 0; it then brings what it carries, which otherwise level 0 has.
+/// Reads the imported mesh and gives it this name. \param isOther  set to true if its faces are not
+/// those of level 0. The mesh then has attributes of its own; otherwise they are those of level 0.
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name,
@@ -71,8 +74,8 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
                             bool& isOther,
                             JobControl* job);
 
-/// Chunk TMIR: the topological mirror, which was found by where level 0 was at that time. Written
-/// only where there is one.
+/// Chunk TMIR: the topological mirror, which depends on the positions of level 0 when it was
+/// computed. Written only if there is one.
 void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry);
 void ReadMirrorChunk(SceneStream& stream, LevelGeometry& geometry);
 

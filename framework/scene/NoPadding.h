@@ -8,8 +8,8 @@
 
 namespace trovik {
 
-/// Of the bytes that a value of the type consists of. No constant where one of them is padding,
-/// since such a byte has no value.
+/// Sum of the bytes of a value of the type. Not a constant expression if one of them is padding,
+/// because padding bytes have no value.
 template <typename T>
 constexpr uint64_t SumOfBytes() {
     const auto bytes = std::bit_cast<std::array<uint8_t, sizeof(T)>>(T{});
@@ -18,8 +18,8 @@ constexpr uint64_t SumOfBytes() {
     return sum;
 }
 
-/// Every byte of such a type belongs to a member, so values that are written byte by byte leave
-/// none to chance. It has to be made by T{} in a constant expression, and copied byte by byte.
+/// Types in which every byte belongs to a member, so that values written byte by byte have no
+/// undefined bytes. T{} must be a constant expression, and T must be trivially copyable.
 template <typename T>
 concept NoPadding = requires {
     typename std::integral_constant<uint64_t, SumOfBytes<T>()>;

@@ -13,20 +13,20 @@ namespace trovik {
 
 namespace {
 
-/// A node hangs under the geometry or under a level.
+/// The parent of a node is the geometry or a level.
 constexpr uint32_t geometryParent = 0xffffffffu;
-/// Far beyond any tree; a damaged file must not exhaust the stack.
+/// Deeper than any real tree; a damaged file must not exhaust the stack.
 constexpr uint32_t deepest = 16;
 
-/// The neighbour table of patches: rows of so many faces for each face of its level.
+/// The neighbour table of patches: rows of faceTableRow faces for each face of its level.
 constexpr const char* faceTableClass = "PatchMap";
 constexpr uint32_t faceTableRow = 10;
 constexpr uint32_t noFace = 0xffffffffu;
 
-/// Whoever reads the table later takes its numbers as they are, so they are looked at here.
+/// Later readers of the table do not check its numbers, so they are checked here.
 class FaceTableStream : public SceneStream {
 public:
-    /// Without `faces` a store is taken as it is.
+    /// Without `faces` a store is read unchecked.
     FaceTableStream(const SceneStream& content, std::optional<uint32_t> faces)
         : SceneStream(content), faceCount(faces) {}
 
@@ -34,7 +34,7 @@ public:
         SceneStream::ReadStore(store);
         if (!faceCount) return;
         if (store.fill != 0 && store.fill != uint64_t{*faceCount} * faceTableRow) {
-            Refuse(QStringLiteral("a table of %1 entries is not that of %2 faces")
+            Refuse(QStringLiteral("a table of %1 entries does not match %2 faces")
                        .arg(store.fill)
                        .arg(*faceCount));
         }
@@ -48,7 +48,7 @@ private:
     std::optional<uint32_t> faceCount;
 };
 
-/// Hides the faces of a level for its time.
+/// Hides the faces of a level during its lifetime.
 class NoFaces {
 public:
     explicit NoFaces(LevelMesh* hidden)
@@ -64,7 +64,7 @@ private:
     uint32_t faces;
 };
 
-/// An abstract class has no node of its own in a file, only the classes below it.
+/// Only concrete classes can be created; an abstract class has no nodes of its own in a file.
 bool CanBeCreated(const ClassDesc& desc) {
     const std::unique_ptr<Node> sample(desc.Create());
     return dynamic_cast<TreeNode*>(sample.get()) != nullptr;
@@ -94,10 +94,10 @@ public:
     NodeReader(SceneStream& content, std::vector<std::string>& notesTaken)
         : stream(content), notes(notesTaken) {}
 
-    /// \param parent  null: the node and those below it are passed over.
+    /// \param parent  null to skip the node and its descendants.
     void ReadNode(TreeNode* parent, LevelMesh* level, uint32_t depth) {
         if (depth > deepest)
-            SceneStream::Refuse(QStringLiteral("nodes stand more than %1 deep").arg(deepest));
+            SceneStream::Refuse(QStringLiteral("nodes are nested more than %1 deep").arg(deepest));
         QString name;
         static_cast<Stream&>(stream).Transfer(name);
         uint32_t bytes = 0;
@@ -128,7 +128,7 @@ private:
         auto* node = dynamic_cast<TreeNode*>(made.get());
         if (node == nullptr) {
             notes.push_back("a node of class " + name.toStdString() +
-                            ", which no plug-in brings, was left out");
+                            ", which no plug-in provides, is skipped");
             return nullptr;
         }
         RefuseNewerClass(stream, *desc);
@@ -147,7 +147,8 @@ private:
 void RefuseNewerClass(const SceneStream& stream, const ClassDesc& desc) {
     if (stream.ClassVersion(&desc) <= desc.Version()) return;
     SceneStream::Refuse(
-        QStringLiteral("class %1 was written in version %2; this program knows versions up to %3")
+        QStringLiteral(
+            "class %1 was written in version %2; this program supports versions up to %3")
             .arg(desc.Name())
             .arg(stream.ClassVersion(&desc))
             .arg(desc.Version()));
@@ -177,7 +178,7 @@ void ReadNodeChunk(SceneStream& stream, LevelGeometry& geometry, std::vector<std
         stream.Transfer(parent);
         if (parent != geometryParent && parent >= geometry.LevelCount()) {
             SceneStream::Refuse(
-                QStringLiteral("a node of level %1, which is not there").arg(parent));
+                QStringLiteral("a node of level %1, which does not exist").arg(parent));
         }
         NodeReader reader(stream, notes);
         if (parent == geometryParent)

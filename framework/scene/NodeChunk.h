@@ -11,15 +11,17 @@ namespace trovik {
 class LevelGeometry;
 
 /// Chunk NODE: all child nodes of the geometry and of its levels whose classes can be created, with
-/// theirs. What only lives with the program, such as renderers, has no such class.
+/// their own children. Nodes that exist only while the program runs, such as renderers, have no
+/// such class.
 void WriteNodeChunk(SceneStream& stream, LevelGeometry& geometry);
 
-/// Links a node while its level shows no faces: what builds itself from its mesh when it is linked
-/// stays empty then, and has what the file brings for it, or nothing where the file is too old to
-/// hold it. Nodes of classes that are not registered are left out, each with a line in `notes`.
+/// Links each node while its level shows no faces: nodes that build themselves from their mesh when
+/// they are linked remain empty and receive the data of the file, or nothing if the file is too old
+/// to contain it. Nodes of classes that are not registered are skipped, each with a line in
+/// `notes`.
 void ReadNodeChunk(SceneStream& stream, LevelGeometry& geometry, std::vector<std::string>& notes);
 
-/// \throw Error* when the file has the class under a version that this program does not know yet.
+/// \throw Error* if the file contains the class with a version newer than this program supports.
 void RefuseNewerClass(const SceneStream& stream, const ClassDesc& desc);
 
 }  // namespace trovik

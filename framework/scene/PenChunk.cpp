@@ -26,7 +26,7 @@ PressureCurve ReadCurve(SceneStream& stream, const char* what) {
 }
 
 void Limit(float value, float least, float most, const char* what) {
-    // What is no number fails, too.
+    // NaN is rejected as well.
     if (value >= least && value <= most) return;
     SceneStream::Refuse(QStringLiteral("%1 is not within %2 to %3")
                             .arg(QLatin1String(what))
@@ -59,9 +59,9 @@ DabDynamics ReadPenChunk(SceneStream& stream) {
     dynamics.strengthCurve = ReadCurve(stream, "strength");
     dynamics.sizeCurve = ReadCurve(stream, "size");
     TransferNumbers(stream, dynamics);
-    Limit(dynamics.randomSize, 0.0f, 1.0f, "the random share of sizes");
-    Limit(dynamics.tiltToSize, -1.0f, 4.0f, "the share of sizes by tilt");
-    Limit(dynamics.tiltToStrength, -1.0f, 4.0f, "the share of strengths by tilt");
+    Limit(dynamics.randomSize, 0.0f, 1.0f, "the random fraction of sizes");
+    Limit(dynamics.tiltToSize, -1.0f, 4.0f, "the effect of tilt on size");
+    Limit(dynamics.tiltToStrength, -1.0f, 4.0f, "the effect of tilt on strength");
     Limit(dynamics.radiusPixels, 0.0f, 16384.0f, "the radius in pixels");
     Limit(dynamics.airbrush, 0.0f, 1000.0f, "the rate of the airbrush");
     return dynamics;

@@ -6,8 +6,8 @@
 
 namespace trovik {
 
-/// Chunk PENS: what the pen's pressure, tilt and time, and chance, do to the dabs of strokes to
-/// come, whatever the tool.
+/// Chunk PENS: the effect of pen pressure, tilt, time and randomness on the dabs of the next
+/// strokes, for all tools.
 void WritePenChunk(SceneStream& stream, const DabDynamics& dynamics);
 DabDynamics ReadPenChunk(SceneStream& stream);
 

@@ -17,7 +17,7 @@ namespace {
 constexpr const char* firstChunk = "HEAD";
 constexpr const char* lastChunk = "TEND";
 constexpr std::size_t fixedHeaderBytes = 16;
-/// Far beyond what any program registers.
+/// More than any program registers.
 constexpr uint32_t mostClasses = 4096;
 constexpr uint32_t longestClassName = 1024;
 
@@ -27,10 +27,10 @@ uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t place) {
     return number;
 }
 
-/// Bytes of a chunk that are worked on at a time.
+/// Number of bytes of a chunk that are processed at a time.
 constexpr std::size_t runBytes = std::size_t{1} << 20;
 
-/// Calls work(first, size) for the bytes of a chunk in runs.
+/// Calls work(first, size) for consecutive ranges of a chunk.
 template <typename Work>
 void ForEachRun(JobPhase& phase, std::size_t total, Work work) {
     for (std::size_t first = 0; first < total; first += runBytes) {
@@ -40,7 +40,7 @@ void ForEachRun(JobPhase& phase, std::size_t total, Work work) {
     }
 }
 
-/// The name as it can stand in a message, whatever bytes a damaged file has there.
+/// The name in printable form, because a damaged file can contain any bytes.
 std::string Printable(const std::string& name) {
     std::string text;
     for (const char letter : name) {
@@ -98,10 +98,10 @@ SceneReader::SceneReader(const std::string& path, JobControl* jobControl)
     : file(path), job(jobControl), header(ReadHeader()) {
     uint32_t checksum = 0;
     if (!Next() || name != firstChunk)
-        Fail(contentPlace, "chunk HEAD is not where it should be; the file is damaged");
+        Fail(contentPlace, "chunk HEAD is missing; the file is damaged");
     Read([&checksum](SceneStream& stream) { stream.Transfer(checksum); });
     if (checksum != headerChecksum)
-        Fail(0, "the header does not fit its checksum; the file is damaged");
+        Fail(0, "the header does not match its checksum; the file is damaged");
 }
 
 void SceneReader::Fail(uint64_t byte, const std::string& reason) const {
@@ -115,7 +115,7 @@ void SceneReader::TakeHeader(std::vector<uint8_t>& bytes, std::size_t count) {
     bytes.insert(bytes.end(), taken, taken + count);
 }
 
-// Piece by piece, since only its own numbers tell how long it is.
+// Read in pieces, because the header's length follows from its own fields.
 SceneStream SceneReader::ReadHeader() {
     std::vector<uint8_t> bytes;
     TakeHeader(bytes, fixedHeaderBytes);
@@ -125,8 +125,8 @@ SceneStream SceneReader::ReadHeader() {
     const uint32_t format = NumberAt(bytes, 8);
     if (format > SceneStream::currentFormat) {
         Fail(8,
-             "the file is of format " + std::to_string(format) +
-                 ", or damaged; this program reads formats up to " +
+             "the file has format " + std::to_string(format) +
+                 " or is damaged; this program reads formats up to " +
                  std::to_string(SceneStream::currentFormat));
     }
     const uint32_t classes = NumberAt(bytes, 12);
@@ -148,9 +148,9 @@ bool SceneReader::Next() {
     if (ended) return false;
     const uint64_t place = file.Position();
     contentPlace = place;
-    if (file.Remaining() == 0) Fail(place, "the file is cut off: chunk TEND is missing");
+    if (file.Remaining() == 0) Fail(place, "the file is truncated: chunk TEND is missing");
     const unsigned char* head = file.Take(chunkHeaderBytes);
-    if (head == nullptr) Fail(place, "the file is cut off within the head of a chunk");
+    if (head == nullptr) Fail(place, "the file is truncated within the header of a chunk");
     name.assign(reinterpret_cast<const char*>(head), chunkNameBytes);
     uint32_t expected = 0;
     std::memcpy(&expected, head + chunkNameBytes, sizeof expected);
@@ -158,12 +158,11 @@ bool SceneReader::Next() {
     const std::string what = "chunk " + Printable(name);
     if (contentBytes > file.Remaining()) {
         Fail(place,
-             what + " is said to hold " + std::to_string(contentBytes) +
-                 " bytes, and the file has " + std::to_string(file.Remaining()) +
-                 " more: it is cut off or damaged");
+             what + " should have " + std::to_string(contentBytes) + " bytes, but the file has " +
+                 std::to_string(file.Remaining()) + " left: it is truncated or damaged");
     }
     contentPlace = file.Position();
-    // Reading, and then the checksum.
+    // One pass for reading and one for the checksum.
     JobPhase phase(job, "Reading the scene", contentBytes * 2, 1);
     content =
         contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes), &phase);
@@ -177,7 +176,8 @@ bool SceneReader::Next() {
             checksum = Crc32(content + first, size, checksum);
         });
     phase.Finish();
-    if (checksum != expected) Fail(place, what + " does not fit its checksum; the file is damaged");
+    if (checksum != expected)
+        Fail(place, what + " does not match its checksum; the file is damaged");
     if (name != lastChunk) return true;
     ended = true;
     uint64_t length = 0;
@@ -186,14 +186,14 @@ bool SceneReader::Next() {
         Fail(file.Position(), "bytes follow the end of the scene; the file is damaged");
     if (length != file.Position()) {
         Fail(file.Position(),
-             "the scene was " + std::to_string(length) + " bytes long; parts of it are missing");
+             "the scene should have " + std::to_string(length) + " bytes; parts of it are missing");
     }
     return false;
 }
 
 void SceneReader::Read(const std::function<void(SceneStream&)>& read) {
     const std::string what = "chunk " + Printable(name);
-    // Not null even for an empty chunk: null stands for no borrowed bytes.
+    // Not null even for an empty chunk: null means that no bytes are borrowed.
     static constexpr uint8_t none = 0;
     SceneStream stream = header.Section(content == nullptr ? &none : content,
                                         contentBytes,

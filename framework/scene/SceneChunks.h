@@ -11,26 +11,27 @@
 #include <string_view>
 #include <vector>
 
-/// \file
-/// A scene file as a row of chunks behind the header of SceneStream. A chunk is its name (four
-/// letters), the CRC-32 of name, length and content, the length (uint64), and the content. The
-/// first is "HEAD" with the CRC-32 of the header, the last "TEND" with the length of the file.
+/// \file A scene file as a sequence of chunks after the header of SceneStream. A chunk consists of
+/// its name (four letters), the CRC-32 of name, length and content, the length (uint64), and the
+/// content. The first chunk is "HEAD" with the CRC-32 of the header, the last "TEND" with the
+/// length of the file.
 namespace trovik {
 
 inline constexpr std::size_t chunkNameBytes = 4;
 inline constexpr std::size_t chunkHeaderBytes = 16;
 
-/// Writes a scene file beside the old one, and puts it in place at the end.
-/// Errors: HostError naming the file and the system's reason.
+/// Writes a scene file next to the old one, and replaces the old one at the end. Errors: HostError
+/// naming the file and the system's reason.
 class TROVIK_API SceneWriter {
 public:
-    /// \param header  its format and class versions are those of the file.
-    /// \param job  of Write, which throws Cancelled; null: nobody. Borrowed.
+    /// \param header  provides the format and class versions of the file.
+    /// \param job  receives the progress of Write, which throws Cancelled; null if nobody receives
+    /// it. Borrowed.
     SceneWriter(const std::string& path, const SceneStream& header, JobControl* job = nullptr);
-    /// For the content of a chunk.
+    /// A stream for the content of a chunk.
     SceneStream Section() const { return prototype.Section(); }
     void Write(std::string_view name, const SceneStream& content);
-    /// Closes the file and puts it in place. To be called once, as the last thing.
+    /// Closes the file and replaces the old one. Must be the last call.
     /// \param beforeReplacing  see FileReplacement::Commit.
     void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
@@ -43,20 +44,20 @@ private:
     uint64_t written = 0;
 };
 
-/// Reads a scene file chunk by chunk. What it hands out has the length that it tells and passed its
-/// checksum; memory follows the longest chunk.
-/// Errors: HostError "FILE: byte N: reason".
+/// Reads a scene file chunk by chunk. The content of each chunk has its stated length and a correct
+/// checksum; memory is proportional to the longest chunk. Errors: HostError "FILE: byte N: reason".
 class TROVIK_API SceneReader {
 public:
     /// Opens the file and reads its header.
-    /// \param job  of the constructor and of Next, which throw Cancelled; null: nobody. Borrowed.
+    /// \param job  receives the progress of the constructor and of Next, which throw Cancelled;
+    /// null if nobody receives it. Borrowed.
     explicit SceneReader(const std::string& path, JobControl* job = nullptr);
-    /// Goes on to the next chunk. \return false behind the last.
+    /// Reads the next chunk. \return false after the last one.
     bool Next();
-    /// Name of the chunk at hand.
+    /// Name of the current chunk.
     const std::string& Name() const { return name; }
-    /// Runs `read` on the content of the chunk at hand, which lies there until the next call of
-    /// Next, and sees that all of it was taken. Errors of `read` get file, byte and chunk.
+    /// Runs `read` on the content of the current chunk, which is valid until the next call of Next,
+    /// and checks that all of it was read. File, byte and chunk are added to errors of `read`.
     void Read(const std::function<void(SceneStream& content)>& read);
 
     const SceneStream& Header() const { return header; }
@@ -65,7 +66,7 @@ public:
 
 private:
     SceneStream ReadHeader();
-    /// Takes bytes of the header. \throw HostError where the file ends before.
+    /// Takes bytes of the header. \throw HostError if the file ends before.
     void TakeHeader(std::vector<uint8_t>& bytes, std::size_t count);
 
     InputFile file;
@@ -79,13 +80,13 @@ private:
     bool ended = false;
 };
 
-/// `count` plain values, byte by byte.
+/// Writes `count` plain values, byte by byte.
 template <NoPadding T>
 void WriteValues(SceneStream& stream, const T* values, uint64_t count) {
     stream.WriteElements(values, sizeof(T), count);
 }
 
-/// A whole list of plain values, its count ahead.
+/// Writes a list of plain values, preceded by its count.
 template <NoPadding T>
 void WriteList(SceneStream& stream, const std::vector<T>& list) {
     auto count = static_cast<uint32_t>(list.size());
@@ -93,7 +94,8 @@ void WriteList(SceneStream& stream, const std::vector<T>& list) {
     WriteValues(stream, list.data(), list.size());
 }
 
-/// What WriteValues wrote. \throw Error* before memory is taken, when they are not there.
+/// Reads values written by WriteValues. \throw Error* before memory is allocated if the stream is
+/// too short.
 template <typename T>
 std::vector<T> ReadValues(SceneStream& stream, uint64_t count) {
     stream.Expect(count, sizeof(T));
@@ -102,7 +104,7 @@ std::vector<T> ReadValues(SceneStream& stream, uint64_t count) {
     return list;
 }
 
-/// What WriteList wrote.
+/// Reads a list written by WriteList.
 template <typename T>
 std::vector<T> ReadList(SceneStream& stream) {
     uint32_t count = 0;

@@ -27,7 +27,7 @@ namespace trovik {
 
 namespace {
 
-/// Puts the pieces of a scene together as its chunks come.
+/// Assembles a scene from its chunks as they are read.
 class SceneBuilder {
 public:
     SceneBuilder(SceneReader& sceneReader,
@@ -39,13 +39,13 @@ public:
     void Take() {
         const std::string& name = reader.Name();
         const bool repeats = name == "LEVL" || name == "LAYR" || name == "LGND" || name == "APPL";
-        if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("comes twice");
+        if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("occurs twice");
         if (name == "GEOM") {
             reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s), job); });
             return;
         }
         if (name == "LEVL") {
-            if (!levels || scene.geometry != nullptr) Refuse("is out of place");
+            if (!levels || scene.geometry != nullptr) Refuse("is in the wrong position");
             reader.Read([this](SceneStream& s) { levels->Read(s); });
             if (levels->IsComplete()) scene.geometry = levels->Take();
             return;
@@ -82,22 +82,22 @@ public:
             return;
         }
         if (IsUnknown(name)) {
-            scene.notes.push_back("chunk " + name + ", which is unknown, was left out");
+            scene.notes.push_back("chunk " + name + ", which is unknown, is skipped");
             return;
         }
-        if (scene.geometry == nullptr) Refuse("comes before the mesh that it belongs to");
+        if (scene.geometry == nullptr) Refuse("occurs before the mesh to which it belongs");
         reader.Read([this, &name](SceneStream& s) { TakeOfMesh(name, s); });
     }
 
     LoadedScene Finish() {
         if (scene.geometry == nullptr) {
             throw HostError(reader.Path() + ": the scene has " +
-                            (levels ? "fewer levels than it tells" : "no mesh"));
+                            (levels ? "fewer levels than its header states" : "no mesh"));
         }
         if (scene.imported.positions.empty()) {
             throw HostError(reader.Path() + ": the scene lacks chunk IMPT");
         }
-        // Where the faces of what was imported are those of level 0, so is all that they carry.
+        // If the faces of the imported mesh are those of level 0, its attributes are the same too.
         if (!importedIsOther) scene.imported.attributes = scene.geometry->Attributes();
         scene.format = reader.Header().Format();
         return std::move(scene);
@@ -158,7 +158,7 @@ private:
     BrushOperation* brush;
     BrushOperation* freezeBrush;
     JobControl* job;
-    /// Chunks that come once; HEAD was read before.
+    /// Chunks that occur once and have been read; HEAD is read before.
     std::set<std::string> seen = {"HEAD"};
     std::optional<LevelChunkReader> levels;
     LoadedScene scene;
@@ -240,7 +240,7 @@ void SaveScene(const std::string& path,
     try {
         WriteScene(path, parts, header, beforeReplacing, job);
     } catch (const std::bad_alloc&) {
-        throw HostError("cannot write " + path + ": there is not enough memory");
+        throw HostError("cannot write " + path + ": not enough memory");
     }
 }
 
@@ -252,7 +252,7 @@ LoadedScene LoadScene(const std::string& path,
     LoadPlugins();
     SceneReader reader(path, job);
     SceneBuilder builder(reader, brush, freezeBrush, job);
-    // The one setting that is the whole process's.
+    // The only setting that is global to the process.
     const bool facing = CheckableFloatArray::s_bActive;
     try {
         while (reader.Next()) builder.Take();

@@ -13,51 +13,51 @@
 #include <string>
 #include <vector>
 
-/// \file
-/// Scene files (*.trovik): a mesh with all its levels, layers and nodes, the settings of all tools,
-/// of pen and freeze brush, mirrors and view, so that work goes on to the bit where it was left.
-/// docs/scene-format.md tells every byte. Not in them: the undo history, preferences, stroke
-/// totals.
+/// \file Scene files (*.trovik): a mesh with all its levels, layers and nodes, the settings of all
+/// tools, of pen and freeze brush, mirrors and view, so that work continues with bit-identical
+/// results. docs/scene-format.md describes every byte. Not included: the undo history, preferences,
+/// stroke totals.
 namespace trovik {
 
-/// What a scene holds beside mesh and brush.
+/// The content of a scene other than mesh and brush.
 struct SceneSettings {
     StrokeView view;
-    /// Of the strokes to come: world units, and a share of the radius.
+    /// Settings of the next strokes: radius in world units, and spacing as a fraction of the
+    /// radius.
     float radius = 0.1f;
     float spacing = 0.25f;
-    /// Of the pen, whatever the tool.
+    /// Pen settings, for all tools.
     DabDynamics dynamics;
-    /// What the strokes to come leave to chance follows from these two.
+    /// Determine the random values of the next strokes.
     uint64_t seed = 0;
     uint64_t strokesBegun = 0;
-    /// Mode and point maps as StrokeLoop::SetMirrors takes them.
+    /// Mode and point maps, the arguments of StrokeLoop::SetMirrors.
     int mirrorMode = 0;
     std::vector<Matrix> mirrorMaps;
-    /// Entries of all applications, also unknown ones.
+    /// Entries of all applications, including unknown ones.
     ApplicationData applicationData;
 };
 
-/// The things that make a scene, borrowed for the length of SaveScene. None is changed; the brush
-/// is lent its tools' settings one after the other, and has its own back at the end.
+/// The parts of a scene, borrowed for the duration of SaveScene. None is changed; the brush
+/// temporarily takes each tool's settings, and its own are restored at the end.
 struct SceneParts {
     LevelGeometry& geometry;
-    /// The mesh as it was imported; its faces are those of level 0, or were split into them.
+    /// The mesh as it was imported; its faces are those of level 0, or level 0 was split from them.
     const PolygonMesh& imported;
     BrushOperation& brush;
     const SceneSettings& settings;
-    /// The brush that freezes, which has no tools; null: none.
+    /// The freeze brush, which has only one tool; null if there is none.
     BrushOperation* freezeBrush = nullptr;
-    /// Whether it is the one at work.
+    /// Whether the freeze brush is active.
     bool isFreezing = false;
 };
 
-/// Writes the scene beside the old file and renames. No stroke may be under way.
-/// \param header  format and class versions to write under; older ones leave out what they lack.
+/// Writes the scene next to the old file and renames it. No stroke may be open.
+/// \param header  format and class versions of the file; data that older versions do not support is
+/// omitted.
 /// \param beforeReplacing  see FileReplacement::Commit.
-/// \throw HostError naming the file and the reason, also for positions that are no numbers and
-/// where memory runs out; Cancelled. The old file then is as it was, and nothing of the new one is
-/// left.
+/// \throw HostError naming the file and the reason, also for positions that are not finite and if
+/// memory runs out; Cancelled. The old file then is unchanged, and nothing of the new one remains.
 TROVIK_API void SaveScene(
     const std::string& path,
     const SceneParts& parts,
@@ -65,26 +65,26 @@ TROVIK_API void SaveScene(
     const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {},
     JobControl* job = nullptr);
 
-/// A scene as read.
+/// The content of a scene file.
 struct LoadedScene {
     uint32_t format = 0;
     std::unique_ptr<LevelGeometry> geometry;
     /// Level 0 as it was imported.
     PolygonMesh imported;
     SceneSettings settings;
-    /// What was left out, one line each: nodes and chunks that this program does not know.
+    /// Parts that were skipped, one line each: nodes and chunks that are unknown to this program.
     std::vector<std::string> notes;
     /// Names of the tools with settings, the active one last.
     std::vector<std::string> tools;
-    /// Whether the brush that freezes is at work.
+    /// Whether the freeze brush is active.
     bool isFreezing = false;
 };
 
-/// Reads a scene, loading the plug-ins for the classes of its nodes. Everything or nothing: a scene
-/// that throws leaves nothing behind.
-/// \param brush  a new brush, which receives the tools' settings, at last those of the active tool;
-/// null passes over them. After an error it is only good for being thrown away.
-/// \param freezeBrush  the same for the brush that freezes.
+/// Reads a scene and loads the plug-ins for the classes of its nodes. After an exception nothing of
+/// the scene remains.
+/// \param brush  a new brush, which receives the tools' settings, those of the active tool last;
+/// null to skip them. After an error the brush must be discarded.
+/// \param freezeBrush  a new freeze brush, handled like `brush`.
 /// \throw HostError "FILE: byte N: reason"; Cancelled.
 TROVIK_API LoadedScene LoadScene(const std::string& path,
                                  BrushOperation* brush,

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// As many pixels a side as a picture may have.
+/// The maximum width and height of a render.
 constexpr int32_t largestSide = 16384;
 
 void TransferView(SceneStream& stream, StrokeView& view) {
@@ -31,17 +31,18 @@ void TransferView(SceneStream& stream, StrokeView& view) {
 
 void CheckView(const StrokeView& view) {
     if (!IsFinite(view.eye) || !IsFinite(view.target) || !IsFinite(view.up))
-        SceneStream::Refuse(QStringLiteral("the view has no place"));
+        SceneStream::Refuse(QStringLiteral("the view's position is not finite"));
     if (!((view.up & (view.eye - view.target)).Length() > 0.0f))
         SceneStream::Refuse(QStringLiteral("the view has no direction"));
     if (!(view.verticalFieldOfView > 0.0f && view.verticalFieldOfView < 180.0f))
-        SceneStream::Refuse(QStringLiteral("the view's angle is not within 0 to 180"));
+        SceneStream::Refuse(
+            QStringLiteral("the view's field of view is not between 0 and 180 degrees"));
     for (const int side : {view.width, view.height})
         if (side < 1 || side > largestSide)
-            SceneStream::Refuse(QStringLiteral("the view is %1 pixels large").arg(side));
+            SceneStream::Refuse(QStringLiteral("the view has a side of %1 pixels").arg(side));
 }
 
-/// \throw HostError for settings that no stroke takes.
+/// \throw HostError for settings that strokes reject.
 void CheckBrush(const SceneSettings& settings) {
     if (!(settings.radius > 0.0f) || !std::isfinite(settings.radius))
         throw HostError("the radius is not above 0");
@@ -89,7 +90,7 @@ SceneSettings ReadSettingsChunk(SceneStream& stream) {
         for (const auto& row : map.m)
             for (const float number : row)
                 if (!std::isfinite(number))
-                    SceneStream::Refuse(QStringLiteral("a mirror's map is no numbers"));
+                    SceneStream::Refuse(QStringLiteral("a mirror's map is not finite"));
     return settings;
 }
 

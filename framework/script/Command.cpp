@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-// Constants of other files register themselves while the library is loaded, in no certain order.
+// Constants of other files register themselves while the library is loaded, in unspecified order.
 std::vector<CommandEntry>& Table() {
     static std::vector<CommandEntry> table;
     return table;

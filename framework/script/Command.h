@@ -14,18 +14,18 @@ namespace trovik {
 /// Whether a command can run while a stroke is open.
 enum class DuringStroke { Refused, Allowed };
 
-/// How a command moves in the undo history.
+/// How a command changes the position in the undo history.
 enum class HistoryUse { None, Undo, Redo };
 
-/// A file that a command reads. The journal stores its whole path.
+/// A file that a command reads. The journal stores its full path.
 struct CommandInput {
     enum Recorded {
         /// The journal records the content before the command runs.
         BeforeCommand,
-        /// The same, unless the run itself has written the file: then it is written again when the
-        /// work is repeated.
+        /// As BeforeCommand, unless the same run has written the file: then recovery writes it
+        /// again.
         UnlessWritten,
-        /// When a stroke uses it.
+        /// The journal records the content when a stroke uses the file.
         WhenUsed
     };
     /// JSON pointer within the parameters; empty for the parameters themselves. May be missing.
@@ -33,15 +33,15 @@ struct CommandInput {
     Recorded recorded = BeforeCommand;
 };
 
-/// What scripts, journal and interactive clients have to know of a command.
+/// Properties of a command that scripts, the journal and interactive clients need.
 struct CommandTraits {
-    /// The field of a step that holds the parameters.
+    /// The field of a step that contains the parameters.
     const char* name;
     DuringStroke duringStroke = DuringStroke::Refused;
-    /// False for a command that changes neither sculpture nor settings.
+    /// False for a command that changes neither the sculpture nor settings.
     bool isJournaled = true;
     bool writesFiles = false;
-    /// Calls the brush. A trace ends with the last of these.
+    /// Whether the command calls the brush. A trace ends with the last such command.
     bool callsBrush = false;
     /// Runs before the other commands of its step.
     bool isFirst = false;
@@ -49,26 +49,26 @@ struct CommandTraits {
     std::vector<CommandInput> inputs = {};
 };
 
-/// A command with its parameters as JSON: a row of the table of commands.
+/// A command with its parameters as JSON: one row of the command table.
 struct CommandEntry {
     CommandTraits traits;
     /// Runs the command. \throw HostError.
     std::function<void(CommandContext&, const FieldReader& parameters)> run;
-    /// Checks parameters and files without changing the sculpture. Calls `report` for every fault,
-    /// as part of the error that it describes.
+    /// Checks parameters and files without changing the sculpture. Calls `report` once for each
+    /// part that can fail; each failure describes one error.
     using Report = std::function<void(const std::function<void()>& check)>;
     std::function<void(CommandContext&, const FieldReader& parameters, const Report& report)> check;
     /// Called for every step of a script before the first one runs; may be empty.
     std::function<void(CommandContext&, const FieldReader& parameters)> prepare;
-    /// The parameters, read and written again.
+    /// Reads the parameters and returns them in canonical form.
     std::function<nlohmann::json(const FieldReader& parameters)> rewrite;
     /// The alternatives that the parameters accept; see FieldValue.
     std::function<nlohmann::json()> describe;
 };
 
-/// All commands: those that run before the others of their step, then by name.
+/// All commands: first those that run before the other commands of their step, then by name.
 TROVIK_API const std::vector<CommandEntry>& Commands();
-/// Null for an unknown name.
+/// \return null for an unknown name.
 TROVIK_API const CommandEntry* FindCommand(const std::string& name);
 
 /// Registers a command, as a constant of its file:
@@ -81,16 +81,17 @@ class CommandRegistration {
 public:
     using Function = void (*)(CommandContext& context, const Parameters& parameters);
 
-    /// \param run  does the work by the context's document. Errors of parameters are FieldFault.
-    /// \param check  checks what needs no sculpting: names, files, conflicts between fields; null
-    /// if reading the parameters is enough.
+    /// \param run  executes the command on the context's document. Errors of parameters are
+    /// FieldFault.
+    /// \param check  checks everything that needs no sculpting: names, files, conflicts between
+    /// fields; null if reading the parameters is sufficient.
     /// \param prepare  see CommandEntry.
     CommandRegistration(CommandTraits traits,
                         Function run,
                         Function check = nullptr,
                         Function prepare = nullptr);
 
-    /// The same with a check that reports several faults.
+    /// Registers a command with a check that reports several errors.
     CommandRegistration(CommandTraits traits,
                         Function run,
                         void (*check)(CommandContext& context,

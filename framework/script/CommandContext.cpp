@@ -13,8 +13,8 @@ namespace trovik {
 
 namespace {
 
-/// A point of a script is far from the surface when it lies farther away than this fraction of the
-/// mesh's diagonal. Points are often taken from the mesh file, and a refined surface lies inside of
+/// A point of a script counts as far from the surface if its distance exceeds this fraction of the
+/// mesh's diagonal. Points are often taken from the mesh file, and a refined surface lies inside
 /// it: by 8 percent for a cube.
 constexpr float farFraction = 0.1f;
 
@@ -99,12 +99,12 @@ void CommandContext::WarnOfFarPoints(const std::string& name,
     }
     if (count == 0) return;
     if (points.size() == 1) {
-        Warn(name + " lies " + Short(distance) + " away from the surface");
+        Warn(name + " is " + Short(distance) + " away from the surface");
         return;
     }
     Warn(std::to_string(count) + " of " + std::to_string(points.size()) + " points of " + name +
-         " lie far from the surface; number " + std::to_string(farthest) + " is " +
-         Short(distance) + " away");
+         " are far from the surface; point " + std::to_string(farthest) + " is " + Short(distance) +
+         " away");
 }
 
 }  // namespace trovik

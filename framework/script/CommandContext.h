@@ -14,8 +14,8 @@
 
 namespace trovik {
 
-/// What commands work on: the document, the files of the script, and how they report. One for each
-/// CommandRunner; lives as long as it.
+/// The environment of commands: the document, the files of the script, and progress reporting. Each
+/// CommandRunner owns one.
 class TROVIK_API CommandContext {
 public:
     CommandContext(Document& ofDocument, ScriptFiles& scriptFiles, ScriptProgress listener);
@@ -23,46 +23,48 @@ public:
     Document& document;
     ScriptFiles& files;
     ScriptProgress progress;
-    /// Parameters are checked, and nothing is sculpted or written.
+    /// Parameters are checked without sculpting or writing files.
     bool isChecking = false;
-    /// While checking: whether the strokes so far leave one open.
+    /// While checking: whether the strokes checked so far leave one open.
     bool leavesStrokeOpen = false;
-    /// Bytes that the levels of one command may take together.
+    /// Memory in bytes that all levels created by one command may use together.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
-    /// Of the current step: reasons why it had no effect, or not the intended one.
+    /// Reasons why the current step had no effect, or not the intended one.
     std::vector<std::string> warnings;
-    /// Files that were written, in order.
+    /// Files written, in order.
     std::vector<std::string> written;
 
     bool IsStrokeOpen() const;
-    /// For long operations; null: nobody receives their progress. Borrowed.
+    /// The job of long operations; null if nobody receives their progress. Borrowed.
     JobControl* Job() const { return progress.job; }
-    /// \throw Cancelled if the job cancels.
+    /// \throw Cancelled if the job has been cancelled.
     void ThrowIfCancelled() const;
-    /// To be called after each dab.
+    /// A function to be called after each dab.
     std::function<void()> DabProgress() const;
     void Warn(const std::string& reason) { warnings.push_back(reason); }
-    /// Warns of world points that are to lie on the surface and do not. \param name  of the list in
-    /// its step. \param reach  a point within this distance of the surface is near enough.
+    /// Adds a warning for world points that should lie on the surface but do not. \param name
+    /// field name of the list in its step. \param reach  distance within which a point counts as on
+    /// the surface.
     void WarnOfFarPoints(const std::string& name, const std::vector<Vector>& points, float reach);
     /// Passes notes about a file to `progress.message`.
     void ReportNotes(const std::string& file, const std::vector<std::string>& notes) const;
 
-    /// The file to read that a parameter names. \param pointer  of the parameter.
-    /// \throw FieldFault if there is none.
+    /// Resolves a parameter that names a file to read. \param pointer  of the parameter.
+    /// \throw FieldFault if the file does not exist.
     std::string InputPath(const std::string& name, const std::string& pointer) const;
-    /// The file to write that a parameter names; its folder is created unless only checking.
-    /// \throw FieldFault if it must not be written.
+    /// Resolves a parameter that names a file to write, and creates its folder unless only
+    /// checking.
+    /// \throw FieldFault if the file must not be written.
     std::string OutputPath(const std::string& name, const std::string& pointer) const;
-    /// A file is complete, or would be.
+    /// Records that a file has been written, or would be when checking.
     void NoteWritten(const std::string& file);
 
-    /// Diagonal of the box of the current level, world units.
+    /// Diagonal of the bounding box of the current level, world units.
     float Diagonal() const;
     /// Radius of a dab at a point, world units.
     float RadiusAt(const Vector& point) const;
 
-    /// What commands of one file keep from one step to the next; created at first use.
+    /// State that the commands of one source file share across steps; created at first use.
     template <typename T>
     T& Kept() {
         std::any& slot = kept[std::type_index(typeid(T))];

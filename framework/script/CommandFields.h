@@ -14,35 +14,34 @@
 #include <variant>
 #include <vector>
 
-/// \file
-/// JSON forms of the parameters of commands. A type of parameters lists its fields once, in
+/// \file JSON forms of the parameters of commands. A type of parameters lists its fields once, in
 ///
 ///     template <typename Visitor> void Fields(Visitor& visit) {
 ///         visit("radius", radius);
 ///         visit("soft", soft);
 ///     }
 ///
-/// and is read, written and described for the schema's test by that. A field of type std::optional
-/// may be missing; any other keeps its initial value if it is missing. Supported are float, int,
-/// uint32_t, uint64_t, bool, std::string, Vector, std::nullptr_t (null), Yes (true), enumerations
-/// with EnumNames, types with Fields, and std::vector, std::array and std::variant of these.
-/// Further types specialise FieldValue.
+/// and is read, written and described for the schema test by that function. A field of type
+/// std::optional may be missing; any other keeps its initial value if it is missing. Supported are
+/// float, int, uint32_t, uint64_t, bool, std::string, Vector, std::nullptr_t (null), Yes (true),
+/// enumerations with EnumNames, types with Fields, and std::vector, std::array and std::variant of
+/// these. Further types specialise FieldValue.
 namespace trovik {
 
-/// The value `true`, for commands and fields that have no other.
+/// The value `true`, for commands and fields that accept no other value.
 struct Yes {};
 
-/// Specialised by enumerations with a static member `names`: pairs of name and value.
+/// Specialised for enumerations, with a static member `names`: pairs of name and value.
 template <typename Enum>
 struct EnumNames;
 
-/// Read (values that the schema accepts), Write, and Describe for one type. Describe returns the
-/// alternatives that the type accepts: "boolean", "integer", "number", "string", "null",
-/// {"enum": […]}, {"array": alternatives of the items} or {"object": {field: alternatives}}.
+/// Read (for values that the schema accepts), Write and Describe for one type. Describe returns the
+/// alternatives that the type accepts: "boolean", "integer", "number", "string", "null", {"enum":
+/// […]}, {"array": alternatives of the items} or {"object": {field: alternatives}}.
 template <typename T, typename = void>
 struct FieldValue;
 
-/// One alternative, as Describe returns it.
+/// A list with one alternative, in the form that Describe returns.
 inline nlohmann::json Alternative(const char* kind) {
     nlohmann::json all = nlohmann::json::array();
     all.push_back(kind);
@@ -56,7 +55,7 @@ inline nlohmann::json Alternative(const char* kind, nlohmann::json content) {
     return all;
 }
 
-/// Reads a value with its place for messages. \throw HostError for numbers out of range.
+/// Reads a value; errors name its position. \throw HostError for numbers out of range.
 template <typename T>
 T ReadField(const FieldReader& from) {
     T value{};
@@ -125,7 +124,7 @@ struct FieldValue<T, std::enable_if_t<HasFields<T>>> {
     }
     static nlohmann::json Write(const T& value) {
         FieldsOut visit;
-        // Visitors that write change nothing.
+        // The visitors that write do not change the value.
         const_cast<T&>(value).Fields(visit);
         return visit.object;
     }
@@ -236,7 +235,7 @@ struct FieldValue<std::vector<T>> {
     static nlohmann::json Describe() { return Alternative("array", FieldValue<T>::Describe()); }
 };
 
-/// Of exactly N items, as the schema says.
+/// Exactly N items, which the schema ensures.
 template <typename T, std::size_t N>
 struct FieldValue<std::array<T, N>> {
     static bool Accepts(const nlohmann::json& json) { return json.is_array(); }
@@ -251,7 +250,7 @@ struct FieldValue<std::array<T, N>> {
     static nlohmann::json Describe() { return Alternative("array", FieldValue<T>::Describe()); }
 };
 
-/// The first alternative that accepts the kind of the JSON value.
+/// Reads the first alternative that accepts the kind of the JSON value.
 template <typename... T>
 struct FieldValue<std::variant<T...>> {
     static bool Accepts(const nlohmann::json& json) {

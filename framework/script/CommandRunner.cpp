@@ -25,7 +25,7 @@ bool IsJournaled(const FieldReader& step) {
     return journaled;
 }
 
-/// What the brush throws becomes the one line that users see.
+/// Converts an exception of the brush to the line that users see.
 std::string TextOf(Error* error) {
     std::string text = error->Message().toStdString();
     Error::Dispose(error);
@@ -50,7 +50,7 @@ void CommandRunner::StartJournal(const JournalOptions& options, const nlohmann::
 void CommandRunner::Do(const nlohmann::json& step) {
     nlohmann::json clean = step;
     RemoveComments(clean);
-    // It had only a comment.
+    // The step contained only a comment.
     if (clean.is_object() && clean.empty()) return;
     CheckStep(clean, name);
     Do(FieldReader(clean, name, ""));
@@ -59,7 +59,7 @@ void CommandRunner::Do(const nlohmann::json& step) {
 
 void CommandRunner::Do(const FieldReader& step) {
     context.warnings.clear();
-    // It had only a comment.
+    // The step contained only a comment.
     if (step.Size() == 0) return;
     EndOpenStroke(step);
     const bool isJournaled = journal != nullptr && IsJournaled(step);
@@ -75,7 +75,7 @@ void CommandRunner::Do(const FieldReader& step) {
         end(true);
         step.Fail(text);
     } catch (const Cancelled&) {
-        // The step did not fail: it is one that was not finished, as after a crash.
+        // The step did not fail: it is unfinished, as after a crash.
         throw;
     } catch (...) {
         end(true);
@@ -109,7 +109,7 @@ void CommandRunner::Check(const FieldReader& step,
     });
 }
 
-// Before the step begins, so that the journal has the end of the stroke before it.
+// Called before the step begins, so that the journal records the end of the stroke first.
 void CommandRunner::EndOpenStroke(const FieldReader& step) {
     if (!endsOpenStroke || !context.IsStrokeOpen()) return;
     bool isRefused = false;
@@ -129,7 +129,8 @@ void CommandRunner::CheckOpenStroke(const FieldReader& step) const {
 }
 
 void CommandRunner::ReportProblems() {
-    // Steps that cannot be moved to disk stay in memory: undo is complete, so this is no warning.
+    // Steps that cannot be moved to disk stay in memory: undo is complete, so this is not a
+    // warning.
     const ScriptProgress& progress = context.progress;
     const std::string ofHistory = context.document.TakeHistoryProblem();
     if (!ofHistory.empty() && progress.message) progress.message(ofHistory);

@@ -12,25 +12,26 @@
 
 namespace trovik {
 
-/// Where the files of steps are, and who receives their progress.
+/// Folders for the files of steps, and the receiver of their progress.
 struct CommandOptions {
-    /// Name of the steps in messages, and the file whose folder is searched for the files that they
-    /// read; it need not exist.
+    /// Name of the steps in messages. It is also a file path whose folder is searched for the files
+    /// that steps read; the file itself need not exist.
     std::string name = "step";
-    /// Folder for the files that they write; the working folder if empty.
+    /// Folder for the files that steps write; the working folder if empty.
     std::string outputFolder;
     /// Allows steps to write outside of that folder.
     bool outsideAllowed = false;
     /// Ends an open stroke before a step that cannot run during one, as users of an application
-    /// expect; otherwise the step is refused.
+    /// expect; otherwise the step is rejected.
     bool endsOpenStroke = false;
     ScriptProgress progress;
 };
 
-/// Runs steps of stroke scripts on a document, each a command of the table of commands
-/// (framework/script/Command.h) or several: checks that it can run while a stroke is open, records
-/// it in the journal, runs it, and gives its errors their place. Scripts, recovery, applications
-/// and bindings change documents by this class; live strokes are made by DocumentStroke in between.
+/// Runs steps of stroke scripts on a document. Each step consists of one or more commands of the
+/// command table (framework/script/Command.h). The runner checks that a step can run while a stroke
+/// is open, records it in the journal, runs it, and adds its position to errors. Scripts, recovery,
+/// applications and bindings change documents through this class; live strokes are made with
+/// DocumentStroke in between.
 ///
 /// Use it on the thread of the document, which must outlive it.
 class TROVIK_API CommandRunner {
@@ -39,29 +40,30 @@ public:
     CommandRunner(const CommandRunner&) = delete;
     CommandRunner& operator=(const CommandRunner&) = delete;
 
-    /// Records the work from now on. The history of the document must be empty.
-    /// \param setup  a stroke script without steps that opens and sets up the document as it is.
+    /// Records all work from now on. The history of the document must be empty.
+    /// \param setup  a stroke script without steps that opens and sets up the document in its
+    /// current state.
     void StartJournal(const JournalOptions& options, const nlohmann::json& setup);
 
-    /// Runs a step such as {"subdivide": 1}. Checks it against the schema of stroke scripts first.
+    /// Checks a step such as {"subdivide": 1} against the schema of stroke scripts and runs it.
     /// \throw HostError "NAME: POINTER: reason", with the pointer within the step. A step that
-    /// throws may have changed something before; undo steps show what.
+    /// throws may have changed something before; the undo steps show which changes were made.
     /// \throw Cancelled if `progress.job` cancels.
     void Do(const nlohmann::json& step);
-    /// The same for a step of a script that was checked as a whole.
+    /// Runs a step of a script that has been checked as a whole.
     void Do(const FieldReader& step);
-    /// Runs one command for the setup of a document: without journal, and without regard to open
-    /// strokes. \param parameters  checked against the schema.
+    /// Runs one command for the setup of a document: it is not journaled, and open strokes are not
+    /// considered. \param parameters  checked against the schema.
     void SetUp(const std::string& command, const FieldReader& parameters);
     /// Calls the `prepare` function of the step's commands.
     void Prepare(const FieldReader& step);
-    /// Checks a step that is not run; see CommandEntry::check. Selects tools and applies settings,
-    /// transforms, mirrors and cameras. \param report  see CommandEntry.
+    /// Checks a step without running it; see CommandEntry::check. Tool selections, settings,
+    /// transforms, mirrors and cameras are applied. \param report  see CommandEntry.
     void Check(const FieldReader& step,
                const std::function<void(const std::function<void()>&)>& report);
-    /// Passes problems of history and journal to the progress and to the document's observers.
+    /// Passes errors of history and journal to the progress and to the document's observers.
     void ReportProblems();
-    /// The work ended in good order: ends an open stroke, and the journal.
+    /// Finishes the work: ends an open stroke and the journal.
     void Close();
 
     CommandContext& Context() { return context; }
@@ -75,7 +77,7 @@ private:
     bool endsOpenStroke = false;
     ScriptFiles files;
     CommandContext context;
-    /// Attached to the document until its own end.
+    /// Attached to the document until destroyed.
     std::unique_ptr<JournalRecorder> journal;
 };
 

@@ -9,12 +9,12 @@
 
 namespace trovik {
 
-/// A parameter that a command does not accept. CommandRunner turns it into a HostError that names
-/// the script, the JSON pointer of the parameter and the reason.
+/// A parameter that a command rejects. CommandRunner converts it to a HostError that names the
+/// script, the JSON pointer of the parameter and the reason.
 class TROVIK_API FieldFault : public HostError {
 public:
     /// \param relative  JSON pointer within the command's parameters, such as "/stamp/path"; empty
-    /// for the parameters as a whole.
+    /// for all parameters.
     FieldFault(std::string relative, const std::string& reason)
         : HostError(reason), pointer(std::move(relative)) {}
 
@@ -24,7 +24,7 @@ private:
     std::string pointer;
 };
 
-/// Runs work whose errors are faults of one parameter.
+/// Runs work and attributes its errors to one parameter.
 template <typename Work>
 auto AtField(const std::string& pointer, const Work& work) {
     try {
@@ -36,7 +36,7 @@ auto AtField(const std::string& pointer, const Work& work) {
     }
 }
 
-/// Runs work on parameters that were read from `parameters`, and adds their place to its faults.
+/// Runs work on parameters that were read from `parameters`, and adds their position to its errors.
 template <typename Work>
 void AtParameters(const FieldReader& parameters, const Work& work) {
     try {

@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// A value of a script with its place in it, for messages. The schema has settled names and types;
-/// this settles what a schema cannot say.
+/// A value of a script with its position, for messages. The schema has already checked names and
+/// types; this class checks the rest.
 class TROVIK_API FieldReader {
 public:
     FieldReader(const nlohmann::json& value, std::string file, std::string pointer);
@@ -18,7 +18,7 @@ public:
     bool Has(const char* key) const { return value.contains(key); }
     FieldReader At(const char* key) const;
     FieldReader At(std::size_t index) const;
-    /// Another value in the same position; it outlives the reader.
+    /// A reader of another value with the same position; the value must outlive the reader.
     FieldReader With(const nlohmann::json& other) const { return {other, file, pointer}; }
     std::size_t Size() const { return value.size(); }
     const nlohmann::json& Json() const { return value; }
@@ -36,7 +36,7 @@ public:
 
     /// \throw HostError "FILE: POINTER: reason".
     [[noreturn]] void Fail(const std::string& reason) const;
-    /// The same for a value within this one. \param relative  its JSON pointer from here.
+    /// Fails for a value within this one. \param relative  JSON pointer from this value.
     [[noreturn]] void FailAt(const std::string& relative, const std::string& reason) const;
 
 private:

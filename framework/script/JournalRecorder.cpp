@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What a scene does not hold and the steps depend on.
+/// Setup fields that a scene does not contain and on which the steps depend.
 constexpr const char* besideTheScene[] = {
     "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
 
@@ -27,7 +27,7 @@ std::string Absolute(const std::string& path) {
     return failed ? path : absolute.lexically_normal().string();
 }
 
-/// All preferences as they are, since they may be others where the work is done again.
+/// All current preferences, because they may differ when the work is repeated.
 nlohmann::json PresentPreferences() {
     nlohmann::json values = nlohmann::json::object();
     for (const std::string& key : PreferenceKeys()) {
@@ -102,8 +102,8 @@ void JournalRecorder::BeginStep(const nlohmann::json& step) {
     journal.BeginStep(whole.is_null() ? step : whole);
 }
 
-// Whole paths, since a name alone can mean another file when the work is done again: what this run
-// has written need not be there then.
+// Absolute paths, because a name alone can refer to another file when the work is repeated: files
+// written by this run need not exist then.
 void JournalRecorder::NoteInput(const nlohmann::json& step,
                                 const std::string& command,
                                 const CommandInput& input,
@@ -117,7 +117,7 @@ void JournalRecorder::NoteInput(const nlohmann::json& step,
             std::error_code ignored;
             return fs::exists(file, ignored);
         });
-    // A file that is missing fails the step, unless it is one of the installed stamps.
+    // A missing file fails the step, unless it is one of the installed stamps.
     if (found == candidates.end()) return;
     const bool isWrittenAgain =
         input.recorded == CommandInput::UnlessWritten && files.IsWritten(name);
@@ -184,8 +184,8 @@ void JournalRecorder::OnSceneWritten(const std::string& scenePath,
     journal.Saved(saved);
 }
 
-// Whatever moment the process ends at, the old scene with the old journal or the new scene with
-// either restores everything.
+// Whenever the process ends, the old scene with the old journal, or the new scene with either
+// journal, restores everything.
 void JournalRecorder::OnSaved(const std::string&) {
     if (!journal.IsAlive()) return;
     journal.StartAnew(BaseFrom(saved));
@@ -217,7 +217,7 @@ void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& l
 
 void JournalRecorder::Close() { journal.Close(); }
 
-// A stamp that is another file by the time the work is done again would give other bits.
+// If the stamp file has changed by the time the work is repeated, the result would differ.
 void JournalRecorder::NoteStamp() {
     const BrushOperation::Private& settings = document.Brush().Settings();
     if (!settings.stamp.enabled || settings.stamp.path.isEmpty()) return;

@@ -11,16 +11,17 @@ namespace trovik {
 
 struct CommandInput;
 
-/// Records the work on a document in a journal: its strokes and saves, and the steps of a script
-/// with their begin and end. Restarts the journal from a scene where the recorded steps could not
-/// be repeated from its base.
+/// Records the work on a document in a journal: strokes, saves, and the steps of a script with
+/// their begin and end. If the recorded steps could not be repeated from the journal's base, it
+/// restarts the journal from a scene.
 class TROVIK_API JournalRecorder final : private DocumentJournal {
 public:
     /// Starts the journal and attaches itself to the document, whose history must be empty. Borrows
     /// the document.
-    /// \param setup  a stroke script without steps, by which the document came to be as it is.
-    /// \param script  where paths of the setup and of steps are relative to, as ScriptRunner.
-    /// \param files  finds the files that steps name; borrowed.
+    /// \param setup  a stroke script without steps that sets up the document in its current state.
+    /// \param script  the script path to which paths of the setup and of steps are relative, as for
+    /// ScriptRunner.
+    /// \param files  resolves the files that steps name; borrowed.
     JournalRecorder(const JournalOptions& options,
                     Document& document,
                     const nlohmann::json& setup,
@@ -32,9 +33,9 @@ public:
     JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Undo and redo beyond the steps that the journal has, such as those of before a save, cannot
-    /// be done again from its start: the scene is then written beside the journal, which starts
-    /// anew from there.
+    /// Undo and redo past the recorded steps, for example past a save, cannot be repeated from the
+    /// journal's base. In that case the scene is written next to the journal, and the journal
+    /// restarts from that scene.
     void EndStep(bool failed);
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }
@@ -62,12 +63,12 @@ private:
     void NoteStamp();
     void NoteFile(const std::string& path);
     StepEnd Ended(bool failed) const;
-    /// The base of a journal that goes on from this scene.
+    /// The base of a journal that continues from this scene.
     JournalBase BaseFrom(const JournalFile& scene);
-    /// What is known of the past no longer counts for the new journal.
+    /// Resets the state that refers to the previous journal.
     void StartedAnew();
     void MarkHistory();
-    /// Whether the step went through undo steps from before the journal's start.
+    /// Whether the step undid or redid steps from before the journal's start.
     bool LeftItsHistory() const;
     void EndStepBySnapshot(const StepEnd& end, const std::string& label);
 
@@ -78,15 +79,16 @@ private:
     Journal journal;
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;
-    /// Of the current step.
+    /// Whether the current step undoes, and whether it redoes.
     bool undoes = false;
     bool redoes = false;
     std::vector<std::string> knownFiles;
-    /// The newest step of undo when the journal started; null for none.
+    /// The newest undo step when the journal started; null if there was none.
     const UndoStep* newestAtStart = nullptr;
-    /// Steps that could be brought again when the journal started can be so still.
+    /// Whether steps that could be redone when the journal started can still be redone.
     bool redoFromBefore = false;
-    /// The scene file beside the journal that it starts from; empty: another.
+    /// The scene file next to the journal from which it starts; empty if it starts from another
+    /// file.
     std::string snapshot;
     unsigned snapshots = 0;
     /// The scene that is being saved.

@@ -15,10 +15,10 @@ namespace trovik {
 
 namespace {
 
-/// Leaves a step after its last finished dab.
+/// Thrown to leave a step after its last complete dab.
 struct EndOfJournal : std::exception {};
 
-/// Counts what a step does, up to a limit.
+/// Counts the dabs of a step, up to a limit.
 class DabCounter final : public StrokeInputListener {
 public:
     uint32_t count = 0;
@@ -44,12 +44,12 @@ bool IsStill(const JournalFile& file, JobControl* job) {
     return HashFile(file.path, job) == file.content;
 }
 
-/// Runs a journal's steps.
+/// Repeats the steps of a journal.
 class Redo {
 public:
     Redo(const std::string& journalPath, RecoveredWork& recovered, const RecoveryOptions& given)
         : path(journalPath), work(recovered), content(recovered.content), options(given) {}
-    /// The document may outlive this with a stroke still open, whose end nobody counts.
+    /// The document may outlive this object with a stroke still open, whose end is not counted.
     ~Redo() {
         if (isListening) work.runner->GetDocument().SetInputListener(nullptr);
     }
@@ -62,7 +62,7 @@ public:
         const nlohmann::json script = Checked(first);
         ScriptProgress quiet;
         quiet.job = options.progress.job;
-        // Journals of programs that did not confine scripts name no output folder.
+        // Journals of versions that did not confine scripts name no output folder.
         const std::string& output = content.base.output;
         work.runner = std::make_unique<ScriptRunner>(
             content.base.script, output.empty() ? "." : output, quiet);
@@ -98,14 +98,15 @@ private:
     void CheckStamps() const {
         for (const JournalFile& stamp : content.stamps) {
             if (!IsStill(stamp, options.progress.job))
-                Fail("the file " + stamp.path + " is no longer what it was (sha256 " +
+                Fail("the file " + stamp.path +
+                     " has changed since the work was recorded (expected sha256 " +
                      stamp.content.sha256 + ")");
         }
     }
 
-    /// Sees where the work can start; \return the first step to be done.
+    /// Determines where the work can start. \return the index of the first step to repeat.
     std::size_t ChooseStart() {
-        // Where nothing came after a save, the scene is the work.
+        // If nothing followed a save, the scene already contains all the work.
         const auto& saves = content.saves;
         if (!saves.empty() && saves.back().stepsBefore == content.steps.size() &&
             IsStill(saves.back().scene, options.progress.job))
@@ -113,9 +114,9 @@ private:
         if (IsStill({content.base.source, content.base.content}, options.progress.job)) return 0;
         for (auto save = saves.rbegin(); save != saves.rend(); ++save)
             if (IsStill(save->scene, options.progress.job)) return StartFrom(*save);
-        Fail("the file that the work started from, " + content.base.source +
-             ", is no longer there or not what it was (sha256 " + content.base.content.sha256 +
-             "); put it back and try again");
+        Fail("the source file of the work, " + content.base.source +
+             ", is missing or has changed (expected sha256 " + content.base.content.sha256 +
+             "); restore it and try again");
     }
 
     std::size_t StartFrom(const JournalSave& save) {
@@ -129,7 +130,7 @@ private:
         return save.stepsBefore;
     }
 
-    /// The steps as one script, which its schema finds good.
+    /// The steps as one script, checked against the schema.
     nlohmann::json Checked(std::size_t first) const {
         nlohmann::json script = content.base.setup;
         script["steps"] = nlohmann::json::array();
@@ -143,7 +144,7 @@ private:
     void RedoStep(std::size_t number) {
         if (!step->isOver && step->dabs == 0) {
             work.notes.push_back(path + ": the last step, \"" + Name(*step) +
-                                 "\", was not finished and was left out");
+                                 "\", was not finished and is skipped");
             return;
         }
         counter.count = 0;
@@ -153,7 +154,7 @@ private:
             work.runner->Do(step->step, number);
         } catch (const EndOfJournal&) {
             work.notes.push_back(path +
-                                 ": the last stroke ends after its last finished dab, number " +
+                                 ": the last stroke ends after its last complete dab, number " +
                                  std::to_string(step->dabs));
         } catch (const HostError& error) {
             if (!step->failed) Fail("byte " + std::to_string(step->byte) + ": " + error.what());
@@ -170,8 +171,9 @@ private:
                                         : counter.count == step->dabs;
         if (alike) return;
         Fail("byte " + std::to_string(step->byte) + ": the step \"" + Name(*step) + "\" made " +
-             std::to_string(counter.count) + " dabs, and the journal has " +
-             std::to_string(step->dabs) + "; this program does not give that work again (it was " +
+             std::to_string(counter.count) + " dabs, but the journal has " +
+             std::to_string(step->dabs) +
+             "; this program does not reproduce the work of the program that recorded it (" +
              content.base.program + ")");
     }
 
@@ -204,7 +206,7 @@ private:
             loop.End([this] { ThrowIfCancelled(); });
             return;
         }
-        // The end itself may have failed, which need not happen again.
+        // The original end may have failed, which need not happen again.
         try {
             loop.Break();
         } catch (const HostError&) {
@@ -227,8 +229,8 @@ private:
     void RepeatDab(Document& document, const StrokeInput& input) {
         LevelMesh& mesh = *document.Geometry().Bound();
         if (input.face >= mesh.faceCount)
-            Fail("a dab in the journal lies on face " + std::to_string(input.face) +
-                 ", and the level has " + std::to_string(mesh.faceCount));
+            Fail("a dab in the journal is on face " + std::to_string(input.face) +
+                 ", but the number of faces is " + std::to_string(mesh.faceCount));
         const auto vector = [](const std::array<float, 3>& v) { return Vector(v[0], v[1], v[2]); };
         StrokeDab dab;
         dab.hit = SurfacePoint(&mesh, 0, input.face);
@@ -253,7 +255,7 @@ private:
             Error::Dispose(error);
             return;
         }
-        Fail("a dab that failed then did not fail now");
+        Fail("a dab that failed when it was recorded succeeded now");
     }
 
     const std::string& path;

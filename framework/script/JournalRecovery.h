@@ -11,34 +11,34 @@
 namespace trovik {
 
 struct RecoveryOptions {
-    /// Of a damaged journal, takes what comes before the damage.
+    /// For a damaged journal, recovers the part before the damage.
     bool untilDamage = false;
     ScriptProgress progress;
 };
 
-/// The work of a journal, done again.
+/// The recovered work of a journal.
 struct RecoveredWork {
-    /// Where it stands, as the process stood that kept the journal; a stroke that was under way is
-    /// ended after its last finished dab.
+    /// In the state of the process that wrote the journal; a stroke that was open has been ended
+    /// after its last complete dab.
     std::unique_ptr<ScriptRunner> runner;
     JournalContent content;
-    /// Steps and dabs of the journal that were done again.
+    /// Number of steps and dabs of the journal that were repeated.
     std::size_t steps = 0;
     uint64_t dabs = 0;
-    /// What was left out, and why, one line each.
+    /// Parts that were skipped and why, one line each.
     std::vector<std::string> notes;
 };
 
-/// Does the work of a journal again, from what it started from or the last scene that was saved,
-/// step by step and dab by dab, up to the last finished dab. Steps that write files write none.
-/// The result has the bits of the work itself.
-/// \throw HostError naming journal and reason: damage; a mesh, scene or stamp that is no longer
-/// there or is not what it was; work that comes out otherwise than it did. Cancelled.
+/// Repeats the work of a journal step by step and dab by dab, from its base or the last saved scene
+/// up to the last complete dab. Steps that write files do not write them. The result is
+/// bit-identical to the original work.
+/// \throw HostError naming journal and reason: damage; a mesh, scene or stamp that is missing or
+/// has changed; a repeated step with a different result. \throw Cancelled.
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 
-/// RedoJournal, and saves the work as a scene. The journal stays as it is. Whether the scene can be
-/// written is checked first (CheckWritable).
+/// Calls RedoJournal and saves the result as a scene. The journal is not changed. Whether the scene
+/// can be written is checked first (CheckWritable).
 TROVIK_API RecoveredWork RecoverJournal(const std::string& journalPath,
                                         const std::string& scenePath,
                                         const RecoveryOptions& options = {});

@@ -10,30 +10,32 @@ namespace trovik {
 namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} << 20;
-/// An hour: what a stroke's airbrush would lay in more is no stroke any more.
+/// One hour: an upper bound for the duration of a stroke, which also limits the dabs of an
+/// airbrush.
 constexpr double longestTime = 3.6e6;
-/// Rounding of a pen that lies flat.
+/// Allows for rounding when a pen lies flat.
 constexpr float longestTilt = 1.001f;
 
 PathSample SampleOf(const FieldReader& numbers) {
     const nlohmann::json& json = numbers.Json();
-    // The schema admits nothing but 4 to 6 numbers.
+    // The schema accepts 4 to 6 numbers.
     if (json.size() == 5)
         numbers.Fail(
-            "a sample is [x, y, pressure, milliseconds] or has the two numbers of the tilt too");
+            "a sample must be [x, y, pressure, milliseconds], optionally with two numbers for the "
+            "tilt");
     PathSample sample;
     sample.place = {numbers.At(std::size_t{0}).Number(), numbers.At(1).Number(), 0.0f};
     sample.pressure = numbers.At(2).Number();
     if (sample.pressure < 0.0f || sample.pressure > 1.0f)
-        numbers.At(2).Fail("pressure lies between 0 and 1");
+        numbers.At(2).Fail("pressure must be between 0 and 1");
     const auto milliseconds = json[3].get<double>();
     if (!(milliseconds >= 0.0 && milliseconds <= longestTime))
-        numbers.At(3).Fail("times lie between 0 and 3600000 milliseconds");
+        numbers.At(3).Fail("times must be between 0 and 3600000 milliseconds");
     sample.time = milliseconds / 1000.0;
     if (json.size() == 6) {
         sample.tilt = {numbers.At(4).Number(), numbers.At(5).Number(), 0.0f};
         if (!(sample.tilt.Length() <= longestTilt))
-            numbers.At(4).Fail("the tilt is no longer than 1");
+            numbers.At(4).Fail("the length of the tilt must be at most 1");
     }
     return sample;
 }

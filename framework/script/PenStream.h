@@ -9,17 +9,17 @@
 
 namespace trovik {
 
-/// Samples of a pen as they were recorded: [x, y, pressure, milliseconds], and, where the pen tells
-/// its tilt, two more numbers, see PathSample. Times need not ascend.
-/// \param list  checked against the schema. \throw HostError for numbers out of range, naming the
-/// sample.
+/// Recorded samples of a pen: [x, y, pressure, milliseconds], followed by two numbers if the pen
+/// reports its tilt; see PathSample. Times need not ascend.
+/// \param list  checked against the schema. \throw HostError naming the sample for numbers out of
+/// range.
 TROVIK_API std::vector<PathSample> PenSamples(const FieldReader& list);
 
-/// A recorded pen stream, as docs/pen-stream.schema.json describes it.
-/// \param name  for messages. \throw HostError naming it.
+/// Parses a recorded pen stream, described by docs/pen-stream.schema.json.
+/// \param name  for messages. \throw HostError with this name.
 TROVIK_API std::vector<PathSample> ParsePenStream(const std::string& text, const std::string& name);
 
-/// \throw HostError when the file cannot be read, or is larger than 16 MiB, or is no stream.
+/// \throw HostError if the file cannot be read, is larger than 16 MiB, or is not a pen stream.
 TROVIK_API std::vector<PathSample> ReadPenStream(const std::string& path);
 
 }  // namespace trovik

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Checking a script without sculpting: commands that choose tools, settings, mirrors, transforms
-/// and cameras run; of all others parameters and files are checked.
+/// \file Checks a script without sculpting: commands that select tools, settings, mirrors,
+/// transforms and cameras are run; for all others, parameters and files are checked.
 #include "framework/errors/HostError.h"
 #include "framework/errors/PrintableText.h"
 #include "framework/script/ScriptDocument.h"
@@ -15,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Runs a check; \return false if it failed, which adds a line.
+/// Runs a check. \return false if it failed; a line describing the error has then been added.
 template <typename Work>
 bool Attempt(std::vector<std::string>& faults, const Work& work) {
     try {
@@ -30,7 +29,7 @@ bool Attempt(std::vector<std::string>& faults, const Work& work) {
     return false;
 }
 
-/// The number that a text begins with; none if it begins with something else.
+/// The number at the beginning of a text; empty if the text does not begin with a number.
 std::optional<std::size_t> Number(const std::string& text) {
     std::size_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -38,8 +37,8 @@ std::optional<std::size_t> Number(const std::string& text) {
     return number;
 }
 
-/// Removes the steps and the fields of the script that have faults, so that the rest is as the
-/// schema wants it. Steps keep their numbers.
+/// Removes steps and fields with errors from the script, so that the rest conforms to the schema.
+/// The remaining steps keep their indices.
 void RemoveFaulty(nlohmann::json& script, const std::vector<JsonFault>& faults) {
     if (!script.is_object()) script = nlohmann::json::object();
     const std::string inSteps = "/steps/";
@@ -57,7 +56,7 @@ void RemoveFaulty(nlohmann::json& script, const std::vector<JsonFault>& faults) 
     if (!script.contains("steps")) script["steps"] = nlohmann::json::array();
 }
 
-/// What settings and tools are checked on if there is no mesh.
+/// The mesh on which settings and tools are checked if the script has none.
 PolygonMesh Cube() {
     PolygonMesh cube;
     cube.positions = {{-1, -1, -1},
@@ -82,7 +81,7 @@ std::vector<std::string> ScriptRunner::Check() {
     if (!Attempt(faults, [&] { json = ReadStrokeScript(givenPath, &inDocument); })) return faults;
     for (const JsonFault& fault : inDocument)
         faults.push_back(PrintableText(FaultMessage(options.name, fault)));
-    // Of the script as it was written: below, a faulty "mesh" is removed.
+    // Checked on the original script: below, a faulty "mesh" is removed.
     if (json.is_object())
         Attempt(faults, [&] { CheckHasOneSource(FieldReader(json, options.name, "")); });
     RemoveFaulty(json, inDocument);

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// A script of that many bytes has some three million samples; parsed it takes about 1 GiB.
+/// A script of this size has about three million samples; once parsed it occupies about 1 GiB.
 constexpr std::size_t maxScriptBytes = std::size_t{64} << 20;
 
 const JsonSchema& Schema() {

@@ -11,19 +11,19 @@
 
 namespace trovik {
 
-/// The JSON schemas of stroke scripts and of recorded pen streams, as docs/ has them.
+/// The JSON schemas of stroke scripts and recorded pen streams; identical to the files in docs/.
 TROVIK_API const char* StrokeScriptSchema();
 TROVIK_API const char* PenStreamSchema();
 
 /// Reads a stroke script of at most 64 MiB and checks it against the schema; "-" is standard input.
-/// Comments are removed, so a step that holds only a comment becomes an empty object.
-/// \param faults  receives the faults that leave the text readable, at most 1000 of them besides
-/// repeated fields; if null, the first one is an error.
-/// \throw HostError of one line: file, place (line, or JSON pointer), reason.
+/// Comments are removed, so a step that contains only a comment becomes an empty object.
+/// \param faults  receives the errors of a script that can be parsed, at most 1000 in addition to
+/// repeated fields; if null, the first one is thrown.
+/// \throw HostError with one line: file, position (line, or JSON pointer), reason.
 TROVIK_API nlohmann::json ReadStrokeScript(const std::string& path,
                                            std::vector<JsonFault>* faults = nullptr);
 
-/// The same for a script in memory; `name` stands for the file in messages.
+/// Parses and checks a script in memory; `name` replaces the file in messages.
 TROVIK_API nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);
 
 /// Checks one step without comments. \throw HostError with the pointer within the step.

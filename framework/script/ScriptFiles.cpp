@@ -16,14 +16,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The part of a file name that stands for the number of a tile.
+/// The placeholder for a tile number in a file name.
 constexpr const char* tileMark = "<UDIM>";
 
 bool StartsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-/// Whether a file name is `pattern` with a number in place of the mark; the number may be any text.
+/// Whether a file name is `pattern` with its placeholder replaced by a tile number, for which any
+/// text is accepted.
 bool IsTile(const std::string& fileName, const std::string& pattern) {
     const std::size_t mark = pattern.find(tileMark);
     if (mark == std::string::npos) return false;
@@ -32,13 +33,13 @@ bool IsTile(const std::string& fileName, const std::string& pattern) {
            fileName.compare(fileName.size() - end.size(), end.size(), end) == 0;
 }
 
-/// The names in a folder; none if it does not exist. \throw HostError if it cannot be listed.
+/// The names in a folder; empty if it does not exist. \throw HostError if it cannot be listed.
 std::vector<std::string> NamesIn(const fs::path& folder) {
     const auto fail = [&folder](int systemError) {
         throw HostError("cannot list the folder " + folder.string() + ": " +
                         std::generic_category().message(systemError));
     };
-    // std::filesystem's directory iterators end the process when memory is refused.
+    // std::filesystem's directory iterators terminate the process if an allocation fails.
     const auto close = [](DIR* opened) { closedir(opened); };
     const std::unique_ptr<DIR, decltype(close)> listing(opendir(folder.c_str()), close);
     if (listing == nullptr) {
@@ -67,7 +68,7 @@ bool Exists(const std::string& path) {
     });
 }
 
-/// Whether `path` is `folder` or lies in it; both canonical.
+/// Whether `path` is `folder` or lies within it; both must be canonical.
 bool IsWithin(const fs::path& folder, const fs::path& path) {
     const auto [end, ignored] =
         std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
@@ -75,7 +76,8 @@ bool IsWithin(const fs::path& folder, const fs::path& path) {
 }
 
 [[noreturn]] void RefuseOutside(const std::string& name, const std::string& why) {
-    throw HostError("\"" + name + "\" " + why + " the output folder; --allow-outside permits that");
+    throw HostError("\"" + name + "\" " + why +
+                    " the output folder; use --allow-outside to permit it");
 }
 
 /// The path with all symbolic links resolved, as far as it exists.
@@ -83,7 +85,7 @@ fs::path Canonical(const fs::path& path) {
     std::error_code failed;
     fs::path resolved = fs::weakly_canonical(path, failed);
     if (failed) throw HostError("cannot resolve " + path.string() + ": " + failed.message());
-    // A trailing separator of a folder would be one more element.
+    // A trailing separator of a folder would add an element.
     return resolved.has_filename() ? resolved : resolved.parent_path();
 }
 
@@ -111,9 +113,9 @@ std::string ScriptFiles::Find(const std::string& name) const {
     const std::vector<std::string> candidates = Candidates(name);
     const auto found = std::find_if(candidates.begin(), candidates.end(), Exists);
     if (found != candidates.end()) return *found;
-    if (fs::path(name).is_absolute()) throw HostError("there is no file " + name);
-    throw HostError("there is no file " + name + " in the script's folder (" +
-                    (folder.empty() ? "." : folder) + ") or the output folder (" +
+    if (fs::path(name).is_absolute()) throw HostError("file not found: " + name);
+    throw HostError("file not found: " + name + " is neither in the script's folder (" +
+                    (folder.empty() ? "." : folder) + ") nor in the output folder (" +
                     (output.empty() ? "." : output) + ")");
 }
 
@@ -121,14 +123,14 @@ std::string ScriptFiles::Target(const std::string& name) const {
     const fs::path target = PathInOutput(name);
     if (outsideAllowed) return target.string();
     if (fs::path(name).is_absolute())
-        RefuseOutside(name, "is an absolute path, which can lie outside of");
+        RefuseOutside(name, "is an absolute path, which can be outside");
     const fs::path normal = fs::path(name).lexically_normal();
     if (normal.begin() != normal.end() && *normal.begin() == "..")
         RefuseOutside(name, "leads out of");
     const fs::path root = Canonical(fs::absolute(output.empty() ? "." : output));
     if (!IsWithin(root, Canonical(fs::absolute(target))))
         RefuseOutside(name, "leads through a symbolic link out of");
-    // Tiles of a map are written under other names, buffers under the stem of their document.
+    // Tiles of a map are written under other names, and buffers under the stem of their document.
     // Copies of material files keep their own names and never follow links.
     const std::string stem = target.stem().string() + ".";
     const fs::path parent = fs::absolute(target).parent_path();
@@ -137,7 +139,7 @@ std::string ScriptFiles::Target(const std::string& name) const {
         std::error_code ignored;
         if (isPart && fs::is_symlink(parent / other, ignored) &&
             !IsWithin(root, Canonical(parent / other)))
-            RefuseOutside(name, "is next to " + other + ", a symbolic link out of");
+            RefuseOutside(name, "is next to " + other + ", which is a symbolic link out of");
     }
     return target.string();
 }
@@ -147,7 +149,8 @@ std::string ScriptFiles::MakeTarget(const std::string& name) const {
     std::error_code failed;
     const fs::path parent = fs::path(target).parent_path();
     if (!parent.empty()) fs::create_directories(parent, failed);
-    if (failed) throw HostError("cannot make the folder: " + failed.message());
+    if (failed)
+        throw HostError("cannot create the folder " + parent.string() + ": " + failed.message());
     return target;
 }
 

@@ -8,36 +8,38 @@
 
 namespace trovik {
 
-/// Finds the files that a script reads and decides where the files that it writes go.
+/// Finds the files that a script reads, and determines the paths of the files that it writes.
 ///
-/// A name to read is looked up in this order; an absolute path is used as it is:
+/// A name to read is searched in this order; an absolute path is used as it is:
 /// 1. in the output folder, if this run has written the file;
 /// 2. in the folder of the script, or the working folder for a script from standard input;
 /// 3. in the output folder.
-/// A name to write is relative to the output folder and must stay in it.
+///
+/// A name to write is relative to the output folder and must stay within it.
 class TROVIK_API ScriptFiles {
 public:
     /// \param script  path of the script; its file need not exist.
     ScriptFiles(const std::string& script, std::string outputFolder);
 
     const std::string& OutputFolder() const { return output; }
-    /// Allows targets outside of the output folder.
+    /// Allows files outside of the output folder to be written.
     void AllowOutside(bool allowed) { outsideAllowed = allowed; }
     bool IsOutsideAllowed() const { return outsideAllowed; }
 
-    /// The paths that a name can mean, in search order.
+    /// The paths that a name can refer to, in search order.
     std::vector<std::string> Candidates(const std::string& name) const;
     /// The first candidate that exists. A name with "<UDIM>" exists if one of its tiles does.
-    /// \throw HostError with the reason alone, which names the folders searched.
+    /// \throw HostError with only the reason, which lists the folders searched.
     std::string Find(const std::string& name) const;
-    /// Whether this run has written, or is about to write, the file that the name means.
+    /// Whether this run has written, or is about to write, the file that the name refers to.
     bool IsWritten(const std::string& name) const;
 
-    /// Where a file of this name is written. Symbolic links are followed: neither folder nor file,
-    /// nor a file next to it that begins with its stem, may be a link that leads out of the output
-    /// folder, unless that is allowed. Creates nothing. \throw HostError with the reason alone.
+    /// The path of a file to write with this name; creates nothing. Symbolic links are followed:
+    /// unless it is allowed, neither the folder nor the file, nor a file next to it whose name
+    /// begins with its stem, may be a link that leads out of the output folder. \throw HostError
+    /// with only the reason.
     std::string Target(const std::string& name) const;
-    /// Target, whose folder is created. \throw HostError as Target.
+    /// Returns Target and creates its folder. \throw HostError for the reasons given at Target.
     std::string MakeTarget(const std::string& name) const;
     /// \param target  as returned by Target.
     void NoteWritten(const std::string& target) { written.push_back(target); }

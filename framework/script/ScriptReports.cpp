@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What is reported of each step of a script: its label while it runs, and what it did.
+/// \file Reports for each step of a script: its label while it runs, and its result.
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>

@@ -51,7 +51,7 @@ ScriptResult ScriptRunner::Run() {
     if (lastCall == steps.Size()) FinishTrace();
     for (std::size_t i = 0; i < steps.Size(); ++i) {
         const FieldReader step = steps.At(i);
-        // It had only a comment.
+        // The step contained only a comment.
         if (step.Size() == 0) continue;
         if (progress.step) progress.step(i, steps.Size(), NextStepLabel(step));
         try {

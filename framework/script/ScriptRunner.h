@@ -10,19 +10,19 @@
 
 namespace trovik {
 
-/// What one step did.
+/// The result of one step.
 struct StepReport {
-    /// JSON pointer of the step, and its kind.
+    /// JSON pointer and kind of the step.
     std::string pointer, step;
     uint64_t dabs = 0;
-    /// By strokes that ended in the step, each vertex once per stroke.
+    /// Vertices moved by strokes that ended in the step, each counted once per stroke.
     uint64_t verticesMoved = 0;
-    /// Of the whole step, not only in the brush.
+    /// Time of the whole step, including work outside the brush.
     double milliseconds = 0.0;
     std::vector<std::string> warnings;
 };
 
-/// What a script left behind.
+/// The result of a script.
 struct ScriptResult {
     StrokeTotals totals;
     uint64_t vertices = 0;
@@ -30,59 +30,61 @@ struct ScriptResult {
     uint32_t levels = 0;
     /// Files written, in order.
     std::vector<std::string> files;
-    /// In order.
+    /// Reports of the steps, in order.
     std::vector<StepReport> steps;
 };
 
-/// Runs a stroke script; docs/stroke-script.md describes it. Opens the mesh or scene, sets up the
-/// document and gives the steps to a CommandRunner. Where files are looked for and where they are
-/// written is described at ScriptFiles.
-/// \throw HostError of one line: file, JSON pointer, reason. \throw Cancelled when its job
-/// cancels. Files written before stay.
+/// Runs a stroke script (described in docs/stroke-script.md): opens the mesh or scene, sets up the
+/// document and passes the steps to a CommandRunner. ScriptFiles describes which folders are
+/// searched and written.
+/// \throw HostError with one line: file, JSON pointer, reason. \throw Cancelled if its job cancels.
+/// Files written before an exception remain.
 class TROVIK_API ScriptRunner {
 public:
     /// \param scriptPath  "-" for standard input.
     ScriptRunner(const std::string& scriptPath, std::string outputFolder, ScriptProgress progress);
     /// Allows the script to write outside of the output folder. Off by default.
     void AllowOutside(bool allowed) { options.outsideAllowed = allowed; }
-    /// Preferences to load before the work starts; those of the script take precedence. Without a
-    /// file all preferences have their defaults, or what the process has set.
+    /// A preferences file to load before the work starts; the preferences of the script take
+    /// precedence. Without a file, preferences keep their defaults or the values set by the
+    /// process.
     void SetPreferencesFile(const std::string& file) { preferencesFile = file; }
     /// Writes a trace of the run; see docs/trace.md. To be called before Run.
     void SetTrace(const TraceOptions& newOptions) { traceOptions = newOptions; }
     /// Records a journal of the run; see docs/journal.md. To be called before Run or Open.
     void SetJournal(const JournalOptions& newOptions) { journalOptions = newOptions; }
-    /// Makes warnings errors of their steps: Run throws instead of going on.
+    /// Turns the warnings of a step into errors: Run throws instead of continuing.
     void SetStrict(bool on) { strict = on; }
     ScriptResult Run();
-    /// Checks the script, the files that it reads and its settings, instead of Run. Opens the mesh
-    /// or scene, makes no strokes and writes nothing. Not found are errors that depend on what
-    /// earlier steps made of the surface, such as numbers of faces and levels and names of layers.
-    /// \return all errors found, each as one line; empty if there are none.
+    /// Checks the script, the files that it reads and its settings, instead of running it. Opens
+    /// the mesh or scene, makes no strokes and writes nothing. Does not find errors that depend on
+    /// the results of earlier steps, such as face and level numbers and layer names.
+    /// \return all errors found, one line each; empty if there are none.
     std::vector<std::string> Check();
 
-    /// For programs that give steps one by one, instead of Run. Sets up as a script does;
-    /// \param setup  a script that ParseStrokeScript returned; its steps are ignored.
+    /// Sets up the document as a script does, for programs that pass steps one at a time instead of
+    /// calling Run.
+    /// \param setup  a script returned by ParseStrokeScript; its steps are ignored.
     void Open(const nlohmann::json& setup);
-    /// Runs one step of a script. \param step  checked against the schema, as a part of one; it
-    /// outlives the call. \param number  its index in the script, for messages.
+    /// Runs one step of a script. \param step  checked against the schema as part of a script; must
+    /// outlive the call. \param number  index in the script, for messages.
     void Do(const nlohmann::json& step, std::size_t number);
-    /// Saves the scene as a step "save" does, to this path.
+    /// Saves the scene to this path, like the step "save".
     void Save(const std::string& scenePath) { document->Save(scenePath); }
-    /// The work ended in good order: ends an open stroke, and the journal.
+    /// Finishes the work: ends an open stroke and the journal.
     void Close() { commands->Close(); }
-    /// What was opened. Strokes may be made by its loop between steps; they go into the journal.
-    /// All other changes are steps.
+    /// The opened document. Strokes may be made with its loop between steps; they are journaled.
+    /// All other changes must be steps.
     Document& GetDocument() { return *document; }
 
 private:
     void SetUp(const FieldReader& script);
-    /// \throw HostError unless the script has one of "mesh" and "scene".
+    /// \throw HostError unless the script has exactly one of "mesh" and "scene".
     void CheckHasOneSource(const FieldReader& script) const;
-    /// Before the mesh or scene is opened.
+    /// Sets up the process before the mesh or scene is opened.
     void PrepareProcess(const FieldReader& script);
     void OpenSource(const FieldReader& script);
-    /// What the document runs its commands by.
+    /// Creates the runner of the document's commands.
     void StartCommands();
     void SelectFirstTool();
     void SetView(const FieldReader& script);
@@ -95,17 +97,17 @@ private:
     void RunAndReport(const FieldReader& step);
     /// Counts the strokes of a script for NextStepLabel.
     void CountStrokes(const FieldReader& steps);
-    /// The text that progress shows for a step. To be called once for each step, in order, because
-    /// it numbers the strokes.
+    /// The progress label of a step. To be called once for each step, in order, because it numbers
+    /// the strokes.
     std::string NextStepLabel(const FieldReader& step);
-    /// \throw Cancelled when the job cancels.
+    /// \throw Cancelled if the job has been cancelled.
     void ThrowIfCancelled() const;
-    /// The file that a field names, which must exist.
+    /// Resolves a field that names an existing file.
     std::string InputPath(const FieldReader& file) const;
 
-    /// As given.
+    /// The path as given.
     std::string givenPath;
-    /// With the name of the script in messages.
+    /// Includes the name of the script for messages.
     CommandOptions options;
     std::string preferencesFile;
     TraceOptions traceOptions;
@@ -113,11 +115,11 @@ private:
     std::unique_ptr<TraceRecorder> trace;
     std::unique_ptr<Document> document;
     JournalOptions journalOptions;
-    /// Ends before the document.
+    /// Destroyed before the document.
     std::unique_ptr<CommandRunner> commands;
     ScriptResult result;
     bool strict = false;
-    /// Strokes of the script, and those that began up to the current step.
+    /// Number of strokes in the script, and number of strokes begun up to the current step.
     std::size_t strokeCount = 0;
     std::size_t strokesBegun = 0;
 };

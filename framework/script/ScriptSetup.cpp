@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What a script sets up before its first step: process, document, view and tool.
+/// \file Setup of a script before its first step: process, document, view and tool.
 #include "framework/errors/HostError.h"
 #include "framework/errors/Suggestion.h"
 #include "framework/files/MeshFiles.h"
@@ -43,21 +42,23 @@ void ScriptRunner::SetUp(const FieldReader& script) {
 
 void ScriptRunner::CheckHasOneSource(const FieldReader& script) const {
     if (script.Has("mesh") == script.Has("scene"))
-        throw HostError(options.name + ": /: a script opens one of \"mesh\" and \"scene\"");
+        throw HostError(options.name +
+                        ": /: a script must have exactly one of \"mesh\" and \"scene\"");
 }
 
 void ScriptRunner::PrepareProcess(const FieldReader& script) {
     if (script.Has("scene") && script.Has("levels"))
-        script.At("levels").Fail("a scene has its levels; the step \"subdivide\" adds more");
+        script.At("levels").Fail(
+            "a scene already has its levels; use the step \"subdivide\" to add more");
     for (const char* field : {"units", "up"})
         if (script.Has("scene") && script.Has(field))
-            script.At(field).Fail("a scene knows what its numbers mean");
+            script.At(field).Fail("a scene file already contains its units and up axis");
     RegisterUndoPreferences();
     HostKernel::Instance().SetTestMode(script.FlagOr("testMode", false));
     if (script.Has("memoryLimit"))
         MemoryAccount::SetLimit(script.At("memoryLimit").Json().get<int64_t>());
     if (preferencesFile.empty()) return;
-    // Values are checked against the preferences that are registered.
+    // Values are checked against the registered preferences.
     LoadPlugins();
     LoadPreferences(preferencesFile);
     if (!options.progress.message) return;
@@ -75,7 +76,7 @@ void ScriptRunner::OpenSource(const FieldReader& script) {
     if (script.Has("scene")) {
         document = Document::OpenScene(file, options.progress.job);
     } else {
-        // The schema has settled the words.
+        // The schema has already checked these names.
         const MeshSpace given{MetersPerUnit(script.TextOr("units", "")),
                               UpAxisOf(script.TextOr("up", ""))};
         document = std::make_unique<Document>(file, given, options.progress.job);
@@ -98,8 +99,8 @@ void ScriptRunner::SetView(const FieldReader& script) {
 }
 
 void ScriptRunner::SelectFirstTool() {
-    // A scene comes with its tool; choosing it again changes nothing. Where the freeze brush is
-    // active, the other one has its tool, too.
+    // A scene includes its tool; selecting that tool again changes nothing. If the freeze brush is
+    // active, the sculpting brush has its tool as well.
     const bool isFreezing = document->IsFreezing();
     const BrushConfiguration* tool = document->SculptBrush().ActiveConfiguration();
     if (!document->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))

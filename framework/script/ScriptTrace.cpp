@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The trace of a script: when it starts, and where it ends.
+/// \file Start and end of the trace of a script.
 #include "framework/script/ScriptRunner.h"
 
 namespace trovik {
 
 void ScriptRunner::StartTrace() { trace = std::make_unique<TraceRecorder>(traceOptions); }
 
-// What comes after, such as the end of a stroke that the script left open, is no more a part of it.
+// Later work, such as ending a stroke that the script left open, is not part of the trace.
 void ScriptRunner::FinishTrace() {
     if (trace == nullptr) return;
     document->SetObserver(nullptr);
@@ -16,7 +15,7 @@ void ScriptRunner::FinishTrace() {
     trace.reset();
 }
 
-// What stopped the script is what its user is to hear of, whatever else goes wrong now.
+// The user must see the error that stopped the script, whatever else fails now.
 void ScriptRunner::FinishTraceAfterError() {
     try {
         FinishTrace();

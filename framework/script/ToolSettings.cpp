@@ -24,8 +24,8 @@ struct Source {
     const SceneSettings& settings;
 };
 
-/// One setting. Its value is that of the attribute unless there is a function for it; a tool has it
-/// where the attribute is visible or there is none.
+/// One setting. Its value is that of the attribute unless the row has a function for it. A tool has
+/// the setting if the attribute is visible or if the row has no attribute.
 struct Row {
     const char* name;
     const char* unit;
@@ -33,7 +33,7 @@ struct Row {
     const Attribute* (*attribute)(const Source& from) = nullptr;
 };
 
-/// The shortest decimal that gives the same float: 0.1 rather than 0.10000000149.
+/// The shortest decimal number that yields the same float: 0.1 rather than 0.10000000149.
 json Shortest(float value) {
     for (int digits = 1; digits < 9; ++digits) {
         char text[32];

@@ -10,38 +10,40 @@
 
 namespace trovik {
 
-/// A setting of a tool, as the step "set" of stroke scripts takes it.
+/// A setting of a tool, as used by the step "set" of stroke scripts.
 struct ToolSetting {
-    /// Name in scripts; of a field within a setting "stamp.factor".
+    /// Name in scripts; a field within a setting has a name like "stamp.factor".
     std::string name;
     std::string unit;
-    /// The tool has it. If not, it is accepted and has no effect, or is refused; `value` is null.
+    /// Whether the tool has this setting. If not, a script may set it without effect or is
+    /// rejected; `value` is null.
     bool applies = true;
-    /// As a script would give it; null if nothing is set, such as a curve or a path.
+    /// The value in the form that scripts use; null if nothing is set, such as a curve or a path.
     nlohmann::json value;
     /// Limits as in a JSON schema: "minimum", "exclusiveMinimum", "maximum", "exclusiveMaximum",
     /// "choices", and "type". Empty for a setting without limits.
     nlohmann::json range;
 };
 
-/// Words of the setting "positioning" of stamps, in the order of StampPositioning.
+/// Names of the values of the stamp setting "positioning", in the order of StampPositioning.
 inline constexpr const char* positioningNames[] = {"tool", "upright", "stroke", "start"};
 
 /// Names of the values of the setting "direction", by number.
 TROVIK_API const std::vector<std::string>& DirectionNames();
 
-/// All settings, the same for every brush, with their present values for the brush's active tool.
-/// Values come from the brush and from `settings`, limits from the schema of stroke scripts.
+/// All settings, which are the same for every brush, with their current values for the brush's
+/// active tool. Values come from the brush and from `settings`, limits from the schema of stroke
+/// scripts.
 TROVIK_API std::vector<ToolSetting> ReadToolSettings(const BrushOperation& brush,
                                                      const SceneSettings& settings);
 
-/// A tool with the settings that it has when a script selects it for the first time.
+/// A tool with its settings at the first selection by a script.
 struct ToolDescription {
     const BrushConfiguration* tool;
     std::vector<ToolSetting> settings;
 };
 
-/// All tools: those of the plug-ins' brushes, in their order, and the one that freezes. Each is
+/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. Each is
 /// read from a new brush. The plug-ins must have been loaded (LoadPlugins).
 TROVIK_API std::vector<ToolDescription> DescribeTools();
 

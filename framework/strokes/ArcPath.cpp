@@ -27,7 +27,8 @@ bool SameBut(const PathSample& a, const PathSample& b, bool timed) {
            (!timed || a.time == b.time);
 }
 
-/// The longest component of a way, and the same of a part of it.
+/// The component of `whole` with the largest magnitude. \param partOut  receives the same component
+/// of `part`.
 double Greatest(const Way& whole, const Way& part, double& partOut) {
     double best = whole.x;
     partOut = part.x;
@@ -42,8 +43,8 @@ double Greatest(const Way& whole, const Way& part, double& partOut) {
     return best;
 }
 
-/// Whether `middle` says nothing that `from` and `to` do not say. Differences and products of
-/// floats are exact in double precision, so that this is decided without rounding.
+/// Whether `middle` adds nothing to the segment from `from` to `to`. Differences and products of
+/// floats are exact in double precision, so the result is free of rounding.
 bool IsBetween(const PathSample& from, const PathSample& middle, const PathSample& to, bool timed) {
     const Way whole = Between(from.place, to.place);
     const Way part = Between(from.place, middle.place);
@@ -52,7 +53,7 @@ bool IsBetween(const PathSample& from, const PathSample& middle, const PathSampl
         return false;
     double share = 0.0;
     const double all = Greatest(whole, part, share);
-    // Strictly inside, or the pen turned round or rested there.
+    // Strictly inside; otherwise the pen reversed or paused there.
     if (all == 0.0 || share / all <= 0.0 || share / all >= 1.0) return false;
     const auto straight = [&](double a, double m, double b) {
         return (m - a) * all == (b - a) * share;
@@ -97,7 +98,8 @@ void ArcPath::Add(const PathSample& sample) {
     if (last > 0 && IsBetween(knots[last - 1], knots[last], sample, timed)) {
         knots[last] = sample;
         reached[last] = reached[last - 1] + Between(knots[last - 1].place, sample.place).Length();
-        // A way that vanishes beside the length of the whole measures nothing.
+        // A segment so short that it does not change the length of the path cannot measure
+        // positions.
         if (!(guidesReached[last] > reached[last - 1])) {
             guides[last] = sample;
             guidesReached[last] = reached[last];

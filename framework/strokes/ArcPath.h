@@ -9,55 +9,55 @@
 
 namespace trovik {
 
-/// A polyline by the length of the way along it. What it answers depends on the path and not on
-/// how many samples tell it: a sample that lies exactly on the straight way between its neighbours,
-/// with the pressure, tilt and (if timed) time that they give there, is taken out. A straight way
-/// is measured by the first sample on it, wherever it ends, so that a sample more there changes
-/// answers by less than the rounding to single precision.
+/// A polyline parametrised by arc length. Its values depend on the shape of the path and not on the
+/// number of samples: a sample is dropped if it lies exactly on the straight segment between its
+/// neighbours and has the pressure, tilt and (if timed) time interpolated there. The length of a
+/// straight segment is measured with the first sample on it, wherever the segment ends, so that an
+/// additional sample changes values by less than rounding to single precision.
 ///
-/// A path can grow. What it answers for lengths below Length() stays what it is whatever samples
-/// come later; what it answers for Length() itself can change. So samples are not held back for it.
+/// A path can grow. Values at lengths below Length() do not change when samples are added; the
+/// values at Length() itself can change. Therefore samples need not be held back.
 ///
-/// Lengths are in the samples' own units. Built in O(samples), asked in O(log samples).
+/// Lengths are in the units of the samples. Construction takes O(samples), a query O(log samples).
 class TROVIK_API ArcPath {
 public:
-    /// Of a place where the path changes its pressure, tilt or time without a way: as it comes
-    /// there, or as it leaves.
+    /// Selects a value where pressure, tilt or time change while the position does not: the value
+    /// before or after the change.
     enum class Side { Before, After };
-    /// The pen stays at `at` while time goes by, from one knot to another. The last rest of a path
-    /// can grow.
+    /// A pause: the pen stays at the length `at` from knot `first` to knot `last` while time
+    /// passes. The last pause of a path can grow.
     struct Rest {
         double at;
         std::size_t first;
         std::size_t last;
     };
 
-    /// \param timed  times count: rests are kept.
+    /// \param timed  keeps times, and with them pauses.
     explicit ArcPath(const std::vector<PathSample>& samples, bool timed = false);
 
-    /// The path goes on to the sample.
+    /// Appends a sample to the path.
     void Add(const PathSample& sample);
 
     bool IsEmpty() const { return knots.empty(); }
     double Length() const { return reached.empty() ? 0.0 : reached.back(); }
-    /// The path must not be empty; `at` is brought within it.
+    /// The sample at a length, which is clamped to the path. The path must not be empty.
     PathSample At(double at, Side side = Side::After) const;
-    /// Direction of the path, of any length; after its end that of the last segment; zero before
-    /// its beginning, and for a path without a way.
+    /// Direction of the path, not normalised. Past the end it is the direction of the last segment;
+    /// it is zero before the beginning and for a path of length 0.
     Vector Along(double at, Side side = Side::After) const;
-    /// During a rest, by time.
+    /// The sample at a time during a pause.
     PathSample During(const Rest& rest, double time) const;
 
     /// Lengths at which the path turns by more than about 2.6 degrees, ascending.
     const std::vector<double>& Corners() const { return corners; }
     const std::vector<Rest>& Rests() const { return rests; }
-    /// Whether the last rest is at the end, and grows by a sample there.
+    /// Whether the path ends in a pause, which another sample at the same position extends.
     bool IsResting() const { return !rests.empty() && rests.back().last + 1 == knots.size(); }
     const std::vector<PathSample>& Knots() const { return knots; }
-    /// Length of the way to each knot.
+    /// Arc length at each knot.
     const std::vector<double>& Reached() const { return reached; }
-    /// The first sample on the way to each knot, and the length of the way to it: what measures
-    /// that way, for a last knot can still go on.
+    /// The first sample on the segment that ends at each knot, and the arc length there. They
+    /// measure the segment, because the last knot can still move on.
     const std::vector<PathSample>& Guides() const { return guides; }
     const std::vector<double>& GuidesReached() const { return guidesReached; }
 
@@ -68,7 +68,7 @@ private:
     std::vector<double> guidesReached;
     std::vector<double> corners;
     std::vector<Rest> rests;
-    /// The last knot that lies elsewhere than the one before it; 0 for none.
+    /// The last knot whose position differs from that of the knot before it; 0 if there is none.
     std::size_t lastWay = 0;
     bool timed;
 };

@@ -7,14 +7,14 @@
 
 namespace trovik {
 
-/// Where the bound level was hit, world.
+/// World position of a hit on the bound level.
 TROVIK_API Vector WorldPlace(const LevelGeometry& geometry, const PickHit& hit);
 
-/// A dab with its centre where the bound level was hit. What is not a place, such as radius and
-/// strength, is still to be told.
+/// A dab centred at a hit on the bound level. The caller sets everything but the positions, such as
+/// radius and strength.
 TROVIK_API StrokeDab DabAt(LevelGeometry& geometry, const PickHit& hit);
 
-/// Moves a dab to another place of its level, and nothing else about it.
+/// Moves a dab to another hit on the same level and changes nothing else.
 TROVIK_API void MoveDab(StrokeDab& dab, const LevelGeometry& geometry, const PickHit& hit);
 
 }  // namespace trovik

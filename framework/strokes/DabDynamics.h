@@ -5,23 +5,24 @@
 
 namespace trovik {
 
-/// How pressure, the pen's tilt, time and chance shape each dab of a stroke.
+/// How pressure, pen tilt, time and randomness shape each dab of a stroke.
 struct DabDynamics {
-    /// Applied to the pressure before the brush's own settings of pressure and bias.
+    /// Applied to the pressure before the brush's own pressure and bias settings.
     PressureCurve strengthCurve;
     PressureCurve sizeCurve;
-    /// 0 to 1: a dab's radius is made smaller by up to this share, at random.
+    /// 0 to 1: a dab's radius is reduced at random by up to this fraction.
     float randomSize = 0.0f;
-    /// The stamp's top points where the pen leans to, whatever its positioning.
+    /// The top of the stamp points in the direction of the pen's tilt, whatever its positioning.
     bool tiltTurnsStamp = false;
-    /// From -1: how much larger and stronger a dab is under a pen that lies flat, as a share; under
-    /// a pen that leans less, in proportion to the length of PathSample::tilt.
+    /// At least -1: the fraction by which a dab is larger or stronger when the pen lies flat. For a
+    /// smaller tilt it is multiplied by the length of PathSample::tilt.
     float tiltToSize = 0.0f;
     float tiltToStrength = 0.0f;
-    /// The brush's radius in pixels of the viewport at the depth of each dab; 0: the radius in
-    /// world units counts.
+    /// The brush radius in pixels of the viewport at the depth of each dab; 0 selects the radius in
+    /// world units.
     float radiusPixels = 0.0f;
-    /// Dabs a second while the pen rests or is slower than the spacing; 0: none for time.
+    /// Dabs per second while the pen is paused or moves more slowly than the spacing requires; 0
+    /// disables timed dabs.
     float airbrush = 0.0f;
 };
 

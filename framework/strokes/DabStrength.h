@@ -5,16 +5,18 @@
 
 namespace trovik {
 
-/// The strength argument of a dab, from the brush's strength in percent under a pressure. Tools
-/// that average, pull or work in shares of the way to a plane take the percent as they are. Tools
-/// whose strength is a length (those that push, and Wax, which lifts its plane by it) take it in
-/// world units: at 100 percent a pushing dab moves its centre by one radius before build-up, and
-/// Wax stands its plane a quarter of a radius above the surface. With a vector stamp all but Wax
-/// take the percent: at 100 a value of 1 moves by one side of the stamp.
+/// The strength argument of a dab, computed from the brush strength in percent at a pressure. Tools
+/// that average, pull or move vertices part of the way to a plane take the percentage unchanged.
+/// Tools whose strength is a length (those that push, and Wax, which raises its plane by it) take
+/// it in world units: at 100 percent a pushing dab moves its centre by one radius before build-up,
+/// and Wax places its plane a quarter of a radius above the surface. With a vector stamp all tools
+/// but Wax take the percentage: at 100 percent a value of 1 moves a vertex by one side of the
+/// stamp.
 /// \param radius  world units.
 TROVIK_API float DabStrength(const BrushOperation& brush, float pressure, float radius);
 
-/// A dab's strength at another radius: strengths that are a length grow with it, percent stay.
+/// The strength of a dab at another radius: a strength that is a length scales with the radius, a
+/// percentage does not change.
 TROVIK_API float StrengthAtRadius(const BrushOperation& brush,
                                   float strength,
                                   float radius,

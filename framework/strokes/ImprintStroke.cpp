@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// Where the line of sight through a place on the viewport meets the plane through `middle` that
-/// lies square to the view.
+/// The intersection of the line of sight through a viewport position with the plane through
+/// `middle` perpendicular to the view direction.
 Vector InPlaneOf(const StrokeView& view, const Vector& middle, const Vector& place) {
     const Vector forward = (view.target - view.eye).Normalized();
     const Ray ray = view.Through(place.x, place.y);
@@ -38,7 +38,7 @@ void ImprintStroke::Press(const PathSample& sample) {
 }
 
 void ImprintStroke::Drag(const PathSample& sample) {
-    // Before the surface is asked for anything: the copy lies on what was there before it.
+    // Reverted before the surface is hit: the copy is placed on the original surface.
     loop.PutBack();
     const auto copy = view != nullptr ? CopyInView(sample.place) : CopyOnSurface(sample.place);
     if (copy) Lay(*copy, sample.pressure);

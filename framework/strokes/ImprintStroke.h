@@ -8,25 +8,26 @@ namespace trovik {
 /// Values of BrushOperation::StrokeDrawMode.
 enum class DrawMode : int {
     AlongPath = 0,
-    /// One dab in the place of the press, its radius the distance from press to pointer.
+    /// One dab centred at the press; its radius is the distance from the press to the pointer.
     FromCenter = 1,
-    /// One dab in the middle between press and pointer, both on its rim.
+    /// One dab centred between the press and the pointer, both of which lie on its rim.
     AcrossPoints = 2,
 };
 
-/// One copy of the stamp, placed by press, drag and release, within one stroke of the loop: each
-/// motion puts the surface back and places the copy anew, so that only the last stays. Its top
-/// points from the press to the pointer, unless the stamp's positioning says otherwise. A drag
-/// without a length places a copy of the brush's radius at the press.
+/// A stroke that places one copy of the stamp by press, drag and release, within one stroke of the
+/// loop. Each motion reverts the surface and applies the copy again, so that only the last copy
+/// remains. The top of the copy points from the press to the pointer unless the stamp's positioning
+/// overrides it. A drag of length 0 applies a copy with the brush's radius at the press.
 ///
-/// Places are on the viewport, or, without a view, in world space, where the nearest place of the
-/// surface counts. In a view distances are those in the plane through the dab's middle that lies
-/// square to the view, so the pointer may leave the mesh; where the dab's middle is off the mesh
-/// there is no copy.
+/// Positions are on the viewport or, without a view, in world space, where the nearest point of the
+/// surface is used. In a view, distances are measured in the plane through the dab centre
+/// perpendicular to the view direction, so the pointer may leave the mesh. No copy is applied if
+/// the dab centre is off the mesh.
 class TROVIK_API ImprintStroke {
 public:
-    /// Borrows all, between Begin and End of the loop. `options.spacing` is unused.
-    /// \param view  null for places in world space.
+    /// Borrows all arguments; to be used between Begin and End of the loop. `options.spacing` is
+    /// unused.
+    /// \param view  null if positions are in world space.
     ImprintStroke(StrokeLoop& loop,
                   LevelGeometry& geometry,
                   const PatchTree& tree,
@@ -35,15 +36,15 @@ public:
                   const PathOptions& options);
 
     void Press(const PathSample& sample);
-    /// Takes the place of the press and lays nothing yet.
+    /// Records the position of the press without applying a dab.
     void Start(const Vector& place) { press = place; }
-    /// The release is the last of them.
+    /// Moves the copy to the sample. The last call is the release.
     void Drag(const PathSample& sample);
-    /// Main dabs made, those that were put back included.
+    /// Number of main dabs applied, including those that were reverted.
     unsigned Count() const { return count; }
 
 private:
-    /// Where the copy lies; nothing when that is off the mesh.
+    /// Hit, radius and heading of the copy.
     struct Copy {
         PickHit hit;
         float radius = 0.0f;

@@ -61,7 +61,7 @@ bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadlin
 
 void LiveStroke::Tick(double time) {
     if (taken.empty() || !(time > taken.back().time)) return;
-    // A copy that is placed anew would be the same one.
+    // Placing the copy again would give the same result.
     if (settings.mode != DrawMode::AlongPath) return;
     PathSample sample = taken.back();
     sample.time = time;

@@ -12,12 +12,12 @@
 
 namespace trovik {
 
-/// What becomes of a pen's samples on their way to dabs.
+/// How the samples of a pen are converted to dabs.
 struct LiveStrokeSettings {
     PathSpace space = PathSpace::View;
-    /// The camera, in either space. It stays where it is for the stroke.
+    /// The camera, used in either space. It does not move during the stroke.
     StrokeView view;
-    /// Whether the faults of pens are taken out.
+    /// Whether faults of pens and drivers are removed (see PointerFilter).
     bool isFiltered = true;
     PointerLimits limits;
     PathShape shape;
@@ -26,31 +26,31 @@ struct LiveStrokeSettings {
     DrawMode mode = DrawMode::AlongPath;
 };
 
-/// A stroke while it is drawn: samples go in as the pen reports them, and dabs are laid as soon as
-/// no later sample can change them. The times that count are those of the samples; when the calls
-/// are made, and how many samples each brings, changes no bit of any dab, and a recorded stroke is
-/// the same thing with all its samples at once.
+/// A stroke that is applied while it is drawn: samples are added as the pen reports them, and each
+/// dab is applied as soon as no later sample can affect it. Only the times of the samples matter:
+/// the dabs are bit-identical however the samples are divided into calls and whenever the calls are
+/// made. A recorded stroke is a live stroke with all samples added at once.
 ///
-/// What a dab waits for is the sum of what these wait for:
+/// The delay of a dab is the sum of these delays:
 ///
-/// - PointerFilter: `limits.lateTime`, 50 ms, by the times of the samples, or 4 samples if that is
-///   longer; unfiltered nothing
-/// - curve: the next sample at another place
-/// - snapping: nothing
-/// - smoothing: half its length of the way
-/// - string: nothing
-/// - PathDabs: half a pixel of the way, or a quarter of the spacing
-/// - straight line: the release, since where it lies hangs on its end
+/// - PointerFilter: `limits.lateTime`, 50 ms of sample time, or 4 samples if that is longer;
+///   unfiltered none
+/// - curve: until the next sample at another position
+/// - snapping: none
+/// - smoothing: half the smoothing length along the path
+/// - stabiliser: none
+/// - PathDabs: half a pixel of the path, or a quarter of the spacing
+/// - straight line: until the release, because its direction depends on its end
 ///
-/// With DrawMode::FromCenter and AcrossPoints the copy follows the pen at once: it is placed anew
-/// at each call, by the samples as they come, and at the release by the filtered ones.
+/// With DrawMode::FromCenter and AcrossPoints the copy follows the pen without delay: each call
+/// places it again from the unfiltered samples, and the release places it from the filtered ones.
 ///
-/// A pen that rests reports nothing, and no more becomes certain. Tick tells that time goes on
-/// there.
+/// While the pen pauses, no samples arrive and no further dab becomes certain. Tick reports that
+/// time passes.
 class TROVIK_API LiveStroke {
 public:
-    /// Borrows loop, geometry and tree. Everything else is called between Begin and End of the
-    /// loop. \throw HostError for radius or spacing out of their bounds, see PathSteps.
+    /// Borrows loop, geometry and tree. All other members are called between Begin and End of the
+    /// loop. \throw HostError if radius or spacing is out of range, see PathSteps.
     LiveStroke(StrokeLoop& loop,
                LevelGeometry& geometry,
                const PatchTree& tree,
@@ -58,41 +58,43 @@ public:
     LiveStroke(const LiveStroke&) = delete;
     LiveStroke& operator=(const LiveStroke&) = delete;
 
-    /// Takes the next samples, in the order in which they came, and lays what is certain by them.
-    /// \throw PathRefused for a sample that PathSteps does not take, HostError for a path that has
-    /// become too long by its shape; whatever the brush throws. After that the stroke has ended
-    /// where it was.
+    /// Adds the next samples, in the order in which they arrived, and applies the dabs that they
+    /// make certain.
+    /// \throw PathRefused for a sample that PathSteps rejects, HostError if shaping makes the path
+    /// too long; exceptions of the brush pass through. After an exception the stroke has ended at
+    /// that point.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     using Budget = std::chrono::steady_clock::duration;
-    /// The same within a time budget, so that a backlog of large dabs does not delay the next
-    /// frame: applies dabs until the budget is spent, at least one. How dabs are spread over calls
-    /// changes no bit of them. \return whether dabs remain that could be applied now; the next call
-    /// applies them first. DrawMode::FromCenter and AcrossPoints move one copy and ignore the
-    /// budget.
+    /// Adds samples within a time budget, so that a backlog of large dabs does not delay the next
+    /// frame: applies dabs until the budget is spent, at least one. The dabs are bit-identical
+    /// however they are distributed over calls. \return whether dabs remain that could be applied
+    /// now; the next call applies them first. DrawMode::FromCenter and AcrossPoints move one copy
+    /// and ignore the budget.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs that Add left. \return as Add. \throw as Add.
+    /// Applies dabs that Add left. \return whether dabs remain. \throw the exceptions of Add.
     bool Continue(Budget budget);
-    /// The pen was still where it was last at this time, in the seconds of the samples: the same as
-    /// the last sample once more with this time. Nothing before the first sample, and for a time
-    /// that is not later than its own. To be called while the pen reports nothing, some 60 times a
-    /// second: an airbrush lays dabs by it, and what was held back for time comes out.
+    /// Reports that the pen is still at its last position at this time, in the seconds of the
+    /// samples; equivalent to adding the last sample again with this time. Does nothing before the
+    /// first sample, or if `time` is not later than the last sample. To be called about 60 times a
+    /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
+    /// samples that were held back by time.
     void Tick(double time);
-    /// After the last sample: lays the rest.
+    /// Applies the remaining dabs after the last sample.
     void Release();
-    /// Puts the surface back to the bits of before the stroke, and forgets the samples. The stroke
-    /// takes nothing more.
+    /// Restores the surface bit-exactly to its state before the stroke and discards the samples.
+    /// The stroke accepts nothing afterwards.
     void Abandon();
 
-    /// Takes samples and lays nothing yet, for strokes that are known as a whole: then a path that
-    /// is too long is refused before the first dab.
+    /// Adds samples without applying dabs, for strokes that are recorded as a whole: a path that is
+    /// too long is then rejected before the first dab.
     void Take(const std::vector<PathSample>& samples);
 
-    /// The path that dabs would be laid along if the pen were lifted now: for a line, or a path
-    /// that lags behind its pen, to be drawn over the picture. Samples are in the space of those
-    /// that came. Cost: that of the path of the whole stroke.
+    /// The path along which dabs would be applied if the pen were lifted now; used to draw a
+    /// straight line, or a path that lags behind the pen, over the view. Samples are in the space
+    /// of the added ones. Cost: that of computing the path of the whole stroke.
     std::vector<PathSample> Preview() const;
-    /// Main dabs laid until now; copies that were placed anew count each time.
+    /// Number of main dabs applied so far; a copy that is placed again counts each time.
     unsigned Count() const;
 
 private:
@@ -102,11 +104,11 @@ private:
     StrokeLoop& loop;
     LiveStrokeSettings settings;
     bool isTimed;
-    /// As they came.
+    /// The unfiltered samples.
     std::vector<PathSample> taken;
     PointerFilter filter;
     PathShaper shaper;
-    /// Of the path as it is drawn.
+    /// Checks the path before it is shaped.
     PathSteps steps;
     PathDabs dabs;
     ImprintStroke imprint;

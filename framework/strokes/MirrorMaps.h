@@ -7,22 +7,22 @@
 
 namespace trovik {
 
-/// The copies of a dab under mirrors: reflections in planes through the origin and turns about an
+/// The mirrored copies of a dab: reflections in planes through the origin and rotations about an
 /// axis through it, all mesh-local.
 struct MirrorSetting {
-    /// Planes across the axes 0 x, 1 y, 2 z, each at most once.
+    /// Axes perpendicular to the mirror planes: 0 x, 1 y, 2 z, each at most once.
     std::vector<int> planes;
-    /// Copies about `axis`, the dab itself among them; 1 for none but that.
+    /// Number of copies rotated about `axis`, including the dab itself; 1 disables rotation.
     int copies = 1;
     int axis = 1;
 };
 
-/// The maps of points to their copies, each different from the others and from staying in place,
-/// the turn by nothing first. Two planes give three maps, n copies n - 1, both together their
-/// products. Quarter turns are exact.
+/// The maps of points to their mirrored copies, all different from each other and from the
+/// identity, ordered by rotation, starting without one. Two planes give three maps, n copies n - 1,
+/// and both together all products. Quarter turns are exact.
 TROVIK_API std::vector<Matrix> MirrorMaps(const MirrorSetting& setting);
 
-/// The most maps that a setting may give.
+/// The maximum number of maps of a setting.
 constexpr std::size_t mostMirrorMaps = 64;
 
 }  // namespace trovik

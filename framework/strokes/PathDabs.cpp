@@ -11,10 +11,10 @@ namespace trovik {
 
 namespace {
 
-/// The smallest dab, as a share of the brush.
+/// The smallest dab, as a fraction of the brush radius.
 constexpr float smallestDab = 0.01f;
-/// A little less than the spacing will do, or rounding would decide whether a path whose length is
-/// a multiple of the spacing has a dab at its end.
+/// Slightly less than 1. Otherwise rounding would decide whether a path whose length is a multiple
+/// of the spacing has a dab at its end.
 constexpr double nearEnough = 1.0 - 1e-4;
 
 bool IsPast(PathDabs::Deadline deadline) {
@@ -74,7 +74,7 @@ bool PathDabs::Go(bool isWhole, Deadline deadline) {
     }
 }
 
-/// Fine enough for the spacing, and not the steps, to decide where dabs lie.
+/// Small enough that dab positions depend on the spacing and not on the steps.
 double PathDabs::Step() const {
     if (space == PathSpace::View) return 0.5;
     const float radius = here ? RadiusAt(*here) : options.radius;
@@ -86,7 +86,7 @@ std::optional<PickHit> PathDabs::HitAt(const Vector& place) const {
                                     : HitNear(geometry, tree, place);
 }
 
-/// Takes the next step, up to the first dab in it.
+/// Walks the next step, up to the first dab in it.
 void PathDabs::Walk(double next) {
     steps.Take();
     const double timeNow = path.At(walked, ArcPath::Side::After).time;
@@ -132,7 +132,7 @@ void PathDabs::Walk(double next) {
     }
 }
 
-/// Comes onto the mesh from outside it, or to the path's beginning.
+/// Enters the mesh from outside, or starts the path.
 void PathDabs::Arrive(double at) {
     walked = at;
     const PathSample sample = path.At(at, ArcPath::Side::Before);
@@ -148,11 +148,11 @@ void PathDabs::Arrive(double at) {
     way = away;
 }
 
-/// Applies the dabs that are due while the pen rests at the present position.
+/// Applies the dabs that are due while the pen is paused at the current position.
 PathDabs::RestResult PathDabs::Rest(bool isWhole, Deadline deadline) {
     if (rest >= path.Rests().size() || path.Rests()[rest].at != walked) return RestResult::GoesOn;
     const ArcPath::Rest& pause = path.Rests()[rest];
-    // From knot to knot, as they come.
+    // Times are interpolated from knot to knot.
     for (knot = std::max(knot, pause.first + 1); knot <= pause.last; ++knot) {
         while (here && DueTime() <= path.Knots()[knot].time) {
             const double time = std::max(DueTime(), path.Knots()[pause.first].time);
@@ -182,7 +182,7 @@ void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
         StrengthAtRadius(loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
     const float lean = std::min(sample.tilt.Length(), 1.0f);
     dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
-    // Where the pen rests, what comes after is not known yet.
+    // During a pause the continuation of the path is not known yet.
     const bool isResting = rest < path.Rests().size() && path.Rests()[rest].at == walked;
     const Vector along =
         path.Along(walked, isResting ? ArcPath::Side::Before : ArcPath::Side::After);
@@ -195,7 +195,7 @@ void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
     ++count;
     spacing = std::max(loop.Spacing(size, options.spacing), size * 1e-3f);
     way = 0.0;
-    // The dab has moved the ground under itself.
+    // The dab has moved the surface under itself.
     if (const auto ground = HitAt(sample.place))
         here = WorldPlace(geometry, *ground);
     else
@@ -203,7 +203,7 @@ void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
     if (options.progress) options.progress();
 }
 
-/// Of the whole brush.
+/// Radius of the brush before tilt, pressure and randomness.
 float PathDabs::RadiusAt(const Vector& place) const {
     return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, place)
                                         : options.radius;

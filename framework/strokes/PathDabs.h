@@ -11,29 +11,33 @@
 
 namespace trovik {
 
-/// Lays dabs along a path by the length of its way on the surface, as the surface is then: each
-/// dab lies where the way from the one before, over the corners of the path, has the length of the
-/// spacing of the dab before. What was walked toward the next dab is carried over from sample to
-/// sample. Dabs depend on the path and not on the samples that tell it, see ArcPath, nor on when
-/// they are asked for.
+/// Applies dabs along a path, spaced by the length of the path on the current surface. Each dab is
+/// applied where the distance from the previous dab, measured along the path and its corners,
+/// reaches the spacing of the previous dab. The distance walked toward the next dab is carried over
+/// from sample to sample. Dabs depend on the path and not on its samples (see ArcPath), nor on when
+/// they are requested.
 ///
-/// Off the mesh there are no dabs; where the path comes back a dab is laid at once if the last one
-/// is at least the spacing away. With DabDynamics::airbrush a dab is also laid whenever so much
-/// time has gone since the last; those of a resting pen as soon as a sample tells that it rests.
+/// Off the mesh there are no dabs; where the path returns to the mesh a dab is applied at once if
+/// the last one is at least the spacing away. With DabDynamics::airbrush a dab is also applied
+/// whenever its time interval has passed since the last dab; dabs of a paused pen are applied as
+/// soon as a sample reports the pause.
 ///
-/// A dab's radius is options.radius (or the one in pixels) under
-/// BrushOperation::EffectiveBrushSize, tilt and chance, at least a hundredth of it; its pressure is
-/// what the curve for strength makes of the pen's, and its strength that of options for it, scaled
-/// with the radius where the tool's strength is a length. Its heading is the way that the path goes
-/// on, and under an airbrush that rests the way that it came: none at the press. Chance follows
-/// from the loop's seed and the number of the dab.
+/// A dab's radius is options.radius (or the radius in pixels) modified by
+/// BrushOperation::EffectiveBrushSize, tilt and randomness, at least a hundredth of it. Its
+/// pressure is the pen's pressure mapped by the strength curve, and its strength is
+/// options.strength at that pressure, scaled with the radius if the tool's strength is a length.
+/// Its heading is the direction in which the path continues; for an airbrush that is paused it is
+/// the direction in which the path arrived, and zero at the press. Random values follow from the
+/// loop's seed and the number of the dab.
 ///
-/// What waits: the dab of the press until the pen moves or, with an airbrush, the next sample; all
-/// others until the path is known a step (half a pixel, or a quarter of the spacing) beyond them.
+/// Delay: the dab of the press waits until the pen moves or, with an airbrush, for the next sample.
+/// All other dabs wait until the path reaches one step (half a pixel, or a quarter of the spacing)
+/// beyond them.
 class TROVIK_API PathDabs {
 public:
-    /// Borrows loop, geometry and tree, between Begin and End of the loop.
-    /// \param view  the camera, in either space. \throw HostError as PathSteps does.
+    /// Borrows loop, geometry and tree; to be used between Begin and End of the loop.
+    /// \param view  the camera, used in either space. \throw HostError for the reasons given at
+    /// PathSteps.
     PathDabs(StrokeLoop& loop,
              LevelGeometry& geometry,
              const PatchTree& tree,
@@ -42,20 +46,20 @@ public:
              const PathOptions& options,
              const DabDynamics& dynamics);
 
-    /// The path goes on to the sample. Lays nothing yet.
+    /// Appends a sample to the path without applying dabs.
     void Add(const PathSample& sample) { path.Add(sample); }
     using Deadline = std::chrono::steady_clock::time_point;
     static constexpr Deadline noDeadline = Deadline::max();
 
-    /// Applies the dabs that are certain, or as many as fit before the deadline; the clock is read
-    /// after each dab, so at least one is applied. How dabs are spread over calls changes no bit of
-    /// them. \return whether all that are certain have been applied.
+    /// Applies the dabs that are certain, or as many as fit before the deadline. The clock is read
+    /// after each dab, so at least one is applied. The dabs are bit-identical however they are
+    /// distributed over calls. \return whether all certain dabs have been applied.
     /// \throw HostError for a path that has become too long by PathSteps::CheckLength, before any
     /// dab is applied, or by PathSteps::Take. Exceptions of PathOptions::poll pass through.
     bool Advance(Deadline deadline = noDeadline);
-    /// The path has come to its end: lays the rest. \throw as Advance.
+    /// Ends the path and applies the remaining dabs. \throw the exceptions of Advance.
     void Finish();
-    /// Main dabs that were laid.
+    /// Number of main dabs applied.
     unsigned Count() const { return count; }
 
 private:
@@ -81,27 +85,28 @@ private:
     DabDynamics dynamics;
     PathSteps steps;
 
-    /// Length of the path that is done.
+    /// Length of the path that has been walked.
     double walked = 0.0;
-    /// The surface there; nothing off the mesh.
+    /// World position of the surface at `walked`; empty off the mesh.
     std::optional<Vector> here;
     bool hasBegun = false;
-    /// Length of the way on the surface since the last dab, and the one at which the next is due.
+    /// Length walked on the surface since the last dab, and the length at which the next dab is
+    /// due.
     double way = 0.0;
     double spacing = 0.0;
     Vector last;
     double lastTime = 0.0;
     std::size_t corner = 0;
     std::size_t rest = 0;
-    /// The next knot of a rest.
+    /// The next knot of the current pause.
     std::size_t knot = 0;
     unsigned count = 0;
 };
 
-/// World units of a length on the viewport at a place's depth.
+/// Converts a length on the viewport to world units at the depth of a position.
 TROVIK_API float WorldLength(const StrokeView& view, float pixels, const Vector& place);
 
-/// The lean of the pen as a direction in the plane of the view. World; zero for an upright pen.
+/// The tilt of the pen as a direction in the view plane. World; zero for an upright pen.
 TROVIK_API Vector LeanInView(const StrokeView& view, const Vector& tilt);
 
 }  // namespace trovik

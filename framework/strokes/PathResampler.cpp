@@ -54,7 +54,7 @@ void PathResampler::Take(const std::function<Vector(double at)>& place,
                 out.push_back(path.Knots()[knot]);
                 out.back().place = there;
             }
-            // It may go on.
+            // The pause may continue.
             if (!isWhole && rest + 1 == path.Rests().size() && path.IsResting()) return;
             knot = 0;
             ++rest;

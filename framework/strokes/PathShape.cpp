@@ -26,13 +26,14 @@ Place operator*(const Place& a, double f) { return {a[0] * f, a[1] * f, a[2] * f
 double Dot(const Place& a, const Place& b) { return (a[0] * b[0] + a[1] * b[1]) + a[2] * b[2]; }
 double Length(const Place& a) { return std::sqrt(Dot(a, a)); }
 
-/// The integral of the place over the way from the path's start, relative to its first place. The
-/// path can grow.
+/// The integral of the position over arc length from the start of the path, relative to the first
+/// position. The path can grow.
 class PlaceIntegral {
 public:
     explicit PlaceIntegral(const ArcPath& way) : path(way) {}
 
-    /// Of a length below that of the path, or any once the path has come to its end.
+    /// The integral up to a length below that of the path, or up to any length once the path is
+    /// complete.
     Place UpTo(double at) {
         const auto& reached = path.Reached();
         auto next = static_cast<std::size_t>(std::upper_bound(reached.begin(), reached.end(), at) -
@@ -50,7 +51,7 @@ public:
 
 private:
     Place Relative(const PathSample& sample) const { return Of(sample.place) - First(); }
-    /// Up to a knot that stays where it is.
+    /// The integral up to a knot that can no longer change.
     Place SumTo(std::size_t knot) {
         const auto& knots = path.Knots();
         const auto& reached = path.Reached();
@@ -65,10 +66,10 @@ private:
     std::vector<Place> sums;
 };
 
-/// A stage that moves the places of a path and keeps its length.
+/// A stage that changes the positions of a path and keeps its length.
 class ResamplingStage : public PathStage {
 public:
-    /// \param stageWork  what the steps are for, for messages.
+    /// \param stageWork  names the purpose of the steps in messages.
     ResamplingStage(
         double step, double ahead, bool timed, const char* stageWork, const StepPoll& stagePoll)
         : path({}, timed),
@@ -111,7 +112,8 @@ private:
     Vector PlaceAt(double at) override {
         poll.Take();
         const double reach = std::min({half, at, path.Length() - at});
-        // So near an end the mean is the place itself, and the difference below all rounding.
+        // This close to an end the mean equals the position, and the difference below is only
+        // rounding.
         if (reach < 1e-6 * half) return path.At(at).place;
         const Place before = integral.UpTo(at - reach);
         const Place sum = integral.UpTo(at + reach) - before;
@@ -157,11 +159,11 @@ private:
     float distance;
 };
 
-/// The curve's way between `from` and `to` is cut into so many chords.
+/// Number of chords into which the curve between `from` and `to` is divided.
 constexpr int chords = 64;
 
-/// The place at `t` of the span from b to c; each of the four has its parameter, and those of a and
-/// d can be as far outside as they like.
+/// The position at parameter `t` of the span from b to c. Each of the four points has its
+/// parameter; those of a and d can be arbitrarily far outside the span.
 Place OnSpan(const std::array<Place, 4>& p, const std::array<double, 4>& at, double t) {
     const auto mix = [&](const Place& a, const Place& b, double from, double to) {
         return a * ((to - t) / (to - from)) + b * ((t - from) / (to - from));
@@ -199,7 +201,7 @@ public:
         through.push_back(sample);
         if (static_cast<double>(through.size()) * chords > maxPathSteps)
             throw HostError("the curve through " + std::to_string(through.size()) +
-                            " samples has too many chords; a stroke may take " +
+                            " samples needs too many chords; the maximum for a stroke is " +
                             std::to_string(static_cast<long long>(maxPathSteps)));
         if (through.size() == 3) out.push_back(through.front());
         if (through.size() >= 3) Span(through.size() - 3, out);
@@ -212,7 +214,7 @@ public:
     }
 
 private:
-    /// Of a place and, beyond the ends, of where the path would go on as it came.
+    /// The neighbour of a position; beyond the ends, the path is extrapolated linearly.
     Place Beside(std::size_t i, int step) const {
         const std::size_t last = through.size() - 1;
         if (step < 0 && i == 0) return Of(through[0].place) * 2.0 - Of(through[1].place);
@@ -220,7 +222,7 @@ private:
             return Of(through[last].place) * 2.0 - Of(through[last - 1].place);
         return Of(through[step < 0 ? i - 1 : i + 1].place);
     }
-    /// The way from one place to the next, without the first.
+    /// The curve from one position to the next, without its first point.
     void Span(std::size_t i, std::vector<PathSample>& out) const {
         const PathSample& next = through[i + 1];
         const std::array<Place, 4> p{

@@ -7,41 +7,42 @@
 
 namespace trovik {
 
-/// What becomes of the path of a pen before dabs are laid along it. Lengths are in the samples'
-/// units: pixels of the viewport, or world units.
+/// How the path of a pen is modified before dabs are applied along it. Lengths are in the units of
+/// the samples: pixels of the viewport, or world units.
 struct PathShape {
-    /// The pen is drawn onto the curve through these points where it comes near; empty: nowhere.
+    /// Control points of the curve to which the pen snaps when it is near; empty disables snapping.
     std::vector<Vector> snapTo;
-    /// How near that is.
+    /// Distance within which the pen snaps.
     float snapDistance = 0.0f;
-    /// The curve is a smooth one through its points, and not straight from one to the next.
+    /// The snapping curve is smooth instead of piecewise linear.
     bool snapSmoothly = false;
-    /// Length of the way over which places are averaged.
+    /// Length of the path over which positions are averaged.
     float smoothing = 0.0f;
-    /// Length of the string on which the pen pulls the brush.
+    /// Distance by which the stabiliser lets the brush lag behind the pen (lazy brush).
     float steady = 0.0f;
-    /// Straight from the first place to the last.
+    /// Replaces the path by the straight line from the first to the last position.
     bool line = false;
-    /// Along a smooth curve through the samples.
+    /// Replaces the path by a smooth curve through the samples.
     bool curve = false;
 };
 
-/// The samples' path as the shape wants it: first the curve through the samples or the straight
-/// line, then snapping, smoothing and the string. Without any of them the samples themselves.
-/// This and the functions below throw HostError for a path that takes more than maxPathSteps (see
-/// PathSteps.h), of a 16th of the length that they are given.
-/// \param timed  times count, see ArcPath.
+/// Applies a shape to a path: first the curve through the samples or the straight line, then
+/// snapping, smoothing and the stabiliser. Without any of them it returns the samples. All
+/// functions below throw HostError for a path that takes more than maxPathSteps (see PathSteps.h)
+/// steps of a 16th of their length argument.
+/// \param timed  keeps times, see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
 
-/// The straight line from the first place to the last. Pressure, tilt and time are those at the
-/// same share of the way.
+/// The straight line from the first to the last position. Pressure, tilt and time are those at the
+/// same fraction of the path.
 TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& samples);
 
-/// The centripetal Catmull-Rom curve through the places: it goes through each, has no kinks, makes
-/// no loops between neighbours, and is a straight line through places on one. Pressure, tilt and
-/// time run evenly from sample to sample. Places that repeat count once.
+/// The centripetal Catmull-Rom curve through the positions: it interpolates each of them, is
+/// smooth, makes no loops between neighbours, and is a straight line if the positions are
+/// collinear. Pressure, tilt and time are interpolated linearly from sample to sample. Repeated
+/// positions count once.
 TROVIK_API std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples);
 
 }  // namespace trovik

@@ -11,17 +11,18 @@
 
 namespace trovik {
 
-/// One thing that is done to a path while it is drawn: samples go in one by one, and those come out
-/// that no later one can change. What comes out in all does not depend on when it is asked for.
+/// One step of shaping a path while it is drawn: samples are added one at a time, and the stage
+/// returns those that no later sample can change. The total output does not depend on how the calls
+/// are divided.
 class TROVIK_API PathStage {
 public:
     virtual ~PathStage() = default;
-    /// Takes a sample in, and appends what is certain by it.
+    /// Adds a sample and appends the samples that it makes certain to `out`.
     virtual void Add(const PathSample& sample, std::vector<PathSample>& out) = 0;
-    /// The path has come to its end; appends the rest.
+    /// Ends the path and appends the remaining samples.
     virtual void Finish(std::vector<PathSample>& out) = 0;
 
-    /// Everything at once.
+    /// Processes a whole path at once.
     std::vector<PathSample> Whole(const std::vector<PathSample>& samples) {
         std::vector<PathSample> out;
         for (const PathSample& sample : samples) Add(sample, out);
@@ -30,42 +31,43 @@ public:
     }
 };
 
-/// See Straightened. Everything waits for the end.
+/// See Straightened. All samples wait for the end of the path.
 TROVIK_API std::unique_ptr<PathStage> LineStage();
-/// See CurveThrough. The way to a sample waits for the next one at another place.
-/// Adding throws HostError when the curve is cut into more than maxPathSteps chords.
+/// See CurveThrough. The curve segment to a sample waits for the next sample at another position.
+/// Adding throws HostError if the curve is divided into more than maxPathSteps chords.
 TROVIK_API std::unique_ptr<PathStage> CurveStage();
-/// Each position within `distance` (above 0) of the polyline `curve` moves to the nearest one on
-/// it, the first of several; others stay. Where the pen comes near or leaves, the path goes
-/// straight between both. Nothing waits.
+/// Each position within `distance` (above 0) of the polyline `curve` moves to the nearest point on
+/// it, the first of several; other positions stay. Where the pen approaches or leaves the curve,
+/// the path runs straight between both. No sample waits.
 ///
-/// For this and the next two stages: `poll` is called now and then during long work, and what it
-/// throws passes through; adding throws HostError for a path that takes more than maxPathSteps, of
-/// a 16th of the length each. \param timed  times count, see ArcPath.
+/// For this stage, SmoothingStage and StringStage: `poll` is called regularly during long work, and
+/// its exceptions pass through; adding throws HostError for a path that takes more than
+/// maxPathSteps steps of a 16th of the length. \param timed  whether times count, see ArcPath.
 TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 float distance,
                                                 bool timed,
                                                 const StepPoll& poll = StepPoll());
-/// Each position becomes the mean of the positions on `length` (above 0) of the way around it;
-/// toward the ends of as much as there is on both sides, so that the path begins and ends where it
-/// did. A straight way stays as it is. Pressure, tilt and time stay at their length of the way. A
-/// position waits until the pen is half the length farther on its way, also where the pen rests.
+/// Each position becomes the mean of the positions on `length` (above 0) of the path around it.
+/// Towards the ends the mean covers the length that is available on both sides, so the path begins
+/// and ends where it did. A straight path does not change. Pressure, tilt and time stay at their
+/// length along the path. A position waits until the pen has moved half the length farther along
+/// the path, even if the pen pauses.
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());
-/// The path of a weight on a string of this length (above 0), of which the pen holds the other end:
-/// it stays while the string is slack and then moves straight toward the pen. It begins where the
-/// pen does and ends where it is when the pen is lifted, up to a string's length behind. The exact
-/// curve of pursuit, whatever the number of samples. Nothing waits.
+/// The path of a weight on a string of this length (above 0), the other end of which is the pen: it
+/// stays while the string is slack, and then moves straight towards the pen. It begins where the
+/// pen begins, and ends where it is when the pen is lifted, up to the length of the string behind
+/// it. The result is the exact pursuit curve for any number of samples. No sample waits.
 TROVIK_API std::unique_ptr<PathStage> StringStage(float length,
                                                   bool timed,
                                                   const StepPoll& poll = StepPoll());
 
-/// A path as a shape wants it while it is drawn: the stages of Shaped one behind the other, each
-/// with what it waits for. Without any, samples go through as they are.
+/// Shapes a path while it is drawn: chains the stages of Shaped, each with its delay. Without any
+/// stage, samples pass unchanged.
 class TROVIK_API PathShaper {
 public:
-    /// \param poll  called now and then during long work; what it throws passes through.
+    /// \param poll  called regularly during long work; its exceptions pass through.
     explicit PathShaper(const PathShape& shape = {},
                         bool timed = false,
                         const std::function<void()>& poll = {});
@@ -73,9 +75,9 @@ public:
     PathShaper(PathShaper&&) noexcept;
     PathShaper& operator=(PathShaper&&) noexcept;
 
-    /// \return what is certain by the samples, and was not returned before.
+    /// \return the samples that have become certain and were not returned before.
     std::vector<PathSample> Add(const std::vector<PathSample>& samples);
-    /// After the last sample. \return the rest.
+    /// Ends the path after the last sample. \return the remaining samples.
     std::vector<PathSample> Finish();
 
 private:

@@ -42,7 +42,8 @@ bool IsTooLong(double length, double step) {
 std::string Whole(double number) { return std::to_string(static_cast<long long>(number)); }
 
 std::string TooMany(double steps, const std::string& kind) {
-    return Text(steps) + " steps of " + kind + "; a stroke may take " + Whole(maxPathSteps);
+    return Text(steps) + " steps of " + kind + "; the maximum for a stroke is " +
+           Whole(maxPathSteps);
 }
 
 }  // namespace
@@ -50,7 +51,7 @@ std::string TooMany(double steps, const std::string& kind) {
 void CheckSpacing(float spacing) {
     if (spacing >= minSpacing && spacing <= maxSpacing) return;
     throw HostError("the spacing of dabs is " + Text(spacing * 100.0) +
-                    " percent of the radius; it lies within " + Text(minSpacing * 100.0) + " to " +
+                    " percent of the radius; it must be " + Text(minSpacing * 100.0) + " to " +
                     Text(maxSpacing * 100.0));
 }
 
@@ -75,7 +76,7 @@ PathSteps::PathSteps(const LevelGeometry& strokeGeometry,
       spacing(options.spacing),
       poll(options.poll) {
     if (!(radius > 0.0f) || !std::isfinite(radius))
-        throw HostError("the radius is " + Text(radius) + "; a number above 0 is needed");
+        throw HostError("the radius is " + Text(radius) + "; it must be above 0");
     CheckSpacing(spacing);
 }
 
@@ -87,7 +88,7 @@ double PathSteps::StepLength(const Vector& first) {
     if (hit) {
         world = WorldPlace(geometry, *hit);
     } else if (const AxisAlignedBoundingBox box = tree.Bounds(); !box.IsEmpty()) {
-        // A path can begin off the mesh. Somewhere in the mesh is near enough for an estimate.
+        // A path can begin off the mesh. The centre of the mesh is near enough for an estimate.
         const Vector middle((box.minX + box.maxX) * 0.5f,
                             (box.minY + box.maxY) * 0.5f,
                             (box.minZ + box.maxZ) * 0.5f);
@@ -98,7 +99,7 @@ double PathSteps::StepLength(const Vector& first) {
     if (space == PathSpace::Surface) {
         step = 0.25 * std::min(spacing, 1.0f) * size;
     } else {
-        // In this order a ratio that is NaN, at the depth of the eye, leaves half a pixel.
+        // With this argument order a NaN ratio, at the depth of the eye, yields half a pixel.
         step = std::min(viewStep, static_cast<double>(spacing) * size / pixel);
     }
     return *step;
@@ -118,7 +119,7 @@ void PathSteps::CheckPlace(const PathSample& sample) {
     if (!IsFinite(at)) throw PathRefused(Text(at, space) + " is not finite", number);
     constexpr double farthest = maxPathSteps * viewStep;
     if (space == PathSpace::View && !(std::fabs(at.x) <= farthest && std::fabs(at.y) <= farthest)) {
-        throw PathRefused(Text(at, space) + " lies beyond " + Whole(farthest) +
+        throw PathRefused(Text(at, space) + " is more than " + Whole(farthest) +
                               " pixels from the viewport's upper left corner",
                           number);
     }

@@ -14,17 +14,17 @@
 
 namespace trovik {
 
-/// The most steps that one stroke may take along its path, dabs included. At some microseconds a
-/// step the longest path takes about a minute.
+/// The maximum number of steps that one stroke may take along its path, dabs included. At a few
+/// microseconds per step the longest path takes about a minute.
 inline constexpr double maxPathSteps = 1e7;
 /// Bounds of the spacing of dabs, as a fraction of the radius.
 inline constexpr float minSpacing = 0.001f;
 inline constexpr float maxSpacing = 10.0f;
 
-/// What the samples of a path are.
+/// The space of a path's samples.
 enum class PathSpace { View, Surface };
 
-/// A path that is refused because of one of its samples.
+/// Thrown for a path that is rejected because of one of its samples.
 class TROVIK_API PathRefused : public HostError {
 public:
     PathRefused(const std::string& message, std::size_t refusedSample)
@@ -36,11 +36,11 @@ public:
 /// \throw HostError naming the spacing unless it lies within minSpacing to maxSpacing.
 TROVIK_API void CheckSpacing(float spacing);
 
-/// \throw HostError naming both lengths when a path takes more than maxPathSteps.
-/// \param work  what the steps are for.
+/// \throw HostError naming both lengths if a path takes more than maxPathSteps.
+/// \param work  names the purpose of the steps in the message.
 TROVIK_API void CheckStepCount(double pathLength, double step, const std::string& work);
 
-/// Calls a function once in so many steps, so that long work can be stopped by its exception.
+/// Calls a function once every 256 steps, so that an exception from it can stop long work.
 class StepPoll {
 public:
     explicit StepPoll(std::function<void()> polled = {}) : call(std::move(polled)) {}
@@ -53,12 +53,12 @@ private:
     uint64_t count = 0;
 };
 
-/// Keeps the walk along one stroke's path within maxPathSteps. A walk takes steps of half a pixel
-/// of the view, or of a quarter of the spacing on the surface, and one for each dab.
+/// Limits the walk along the path of one stroke to maxPathSteps. A walk takes steps of half a pixel
+/// of the view, or of a quarter of the spacing on the surface, and one step for each dab.
 class TROVIK_API PathSteps {
 public:
     /// Borrows geometry and tree.
-    /// \throw HostError unless the radius is finite and above 0, and the spacing within its bounds.
+    /// \throw HostError unless the radius is finite and above 0 and the spacing is in range.
     PathSteps(const LevelGeometry& geometry,
               const PatchTree& tree,
               const StrokeView& view,
@@ -66,21 +66,22 @@ public:
               const PathOptions& options,
               const DabDynamics& dynamics = {});
 
-    /// The path as it was drawn goes on to the sample. From the second one on the steps to it are
-    /// predicted from the radius at the path's beginning. \throw PathRefused for a sample that is
-    /// not finite, lies outside of what steps from the viewport's corner reach, or makes the path
-    /// too long.
+    /// Appends a sample of the unshaped path. From the second sample on, the number of steps is
+    /// predicted from the radius at the beginning of the path. \throw PathRefused for a sample that
+    /// is not finite, that lies farther from the viewport's corner than the steps can reach, or
+    /// that makes the path too long.
     void Add(const PathSample& sample);
-    /// The bounds of one sample alone, for strokes that do not follow their path.
+    /// Checks the bounds of a single sample, for strokes that do not follow their path.
     void CheckPlace(const PathSample& sample);
-    /// \throw HostError for a path of this length, in the samples' units, that begins at `first`.
+    /// \throw HostError if a path that begins at `first` is too long with this length, in the units
+    /// of the samples.
     void CheckLength(const Vector& first, double length);
-    /// One step, or one dab, is done. Now and then this calls PathOptions::poll. \throw HostError
-    /// when there were more than maxPathSteps: dabs can be smaller than at the path's beginning.
+    /// Counts one step or one dab and regularly calls PathOptions::poll. \throw HostError after
+    /// more than maxPathSteps: dabs can become smaller than at the beginning of the path.
     void Take();
 
 private:
-    /// Length of the path for one step or dab, whichever is shorter.
+    /// Length of path for one step or one dab, whichever is shorter.
     double StepLength(const Vector& first);
     std::string StepText() const;
 

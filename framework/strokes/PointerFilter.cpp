@@ -84,7 +84,7 @@ std::vector<PointerFilter::Pool> PointerFilter::Pools() const {
     return pools;
 }
 
-/// The means stand in the middle of those that share them, and times run evenly between.
+/// A mean is the time at the middle of its group; between middles, times are interpolated linearly.
 double PointerFilter::TimeOf(std::size_t sample,
                              const std::vector<Pool>& pools,
                              std::size_t pool) const {
@@ -103,7 +103,7 @@ double PointerFilter::TimeOf(std::size_t sample,
         const double share = (at - from->Middle()) / (to->Middle() - from->Middle());
         return from->Mean() + (to->Mean() - from->Mean()) * share;
     }
-    // Before the first of all, or behind the last.
+    // Before the first group, or after the last.
     const auto pace = [](const Pool& a, const Pool& b) {
         return (b.Mean() - a.Mean()) / (b.Middle() - a.Middle());
     };
@@ -125,7 +125,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         const bool isForced = isWhole || samples.size() - settled > limits.latePlaces;
         if (!isForced) {
             double until = std::max(raw[settled], own.Mean());
-            // Of several that share their mean the next ones' decides, too.
+            // In a group with a common mean, the mean of the next group counts as well.
             if (own.count > 1) {
                 if (pool + 1 == pools.size()) break;
                 until = std::max(until, pools[pool + 1].Mean());
@@ -137,7 +137,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         samples[settled].time = time;
         ++settled;
         const bool isThrough = settled == own.first + own.count;
-        // A group without an end is one of wrong times.
+        // A group that does not end consists of wrong times.
         if (!isThrough && settled - base <= limits.latePlaces) continue;
         lastPool = {isThrough ? own
                               : Pool{own.Mean() * static_cast<double>(settled - own.first),
@@ -162,7 +162,7 @@ bool PointerFilter::TakeBlot(bool isWhole) {
     const bool isSeen = i > limits.settleSamples || i < settled;
     if (!isWhole && (!isSeen || (blot > 0 && blot + 1 >= settled))) return false;
     if (blot == 0) return true;
-    // Pressure rises to the fall's foot as it rises behind it.
+    // Before the drop, pressure rises as it does after it.
     const float rise = blot + 1 < samples.size()
                            ? std::max(0.0f, samples[blot + 1].pressure - samples[blot].pressure)
                            : 0.0f;
@@ -182,7 +182,7 @@ void PointerFilter::TakeSpike() {
         float longest = 0.0f;
         for (std::size_t k = i > window ? i - window : 1; k < i; ++k)
             longest = std::max(longest, StepTo(k - 1, k));
-        // Two samples alone are a short straight stroke and no jump.
+        // Two samples alone are a short straight stroke and not a jump.
         if (i < 3) continue;
         if (StepTo(i - 1, i) <= std::max(limits.shortestJump, limits.placeJump * longest)) continue;
         samples.resize(i);

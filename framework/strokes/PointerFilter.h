@@ -8,60 +8,65 @@
 
 namespace trovik {
 
-/// Where the filter tells a fault from what a hand does.
+/// Thresholds by which the filter distinguishes device faults from hand movements.
 struct PointerLimits {
-    /// A fall of pressure right after the press, or a rise right before the release, from one
-    /// sample to the next, that is no hand's.
+    /// A drop of pressure right after the press, or a rise right before the release, from one
+    /// sample to the next, that counts as a fault.
     float pressureJump = 0.25f;
-    /// How long after the press and before the release these are looked for, in seconds...
+    /// Time after the press and before the release in which these jumps are searched, in seconds.
     double settleTime = 0.06;
-    /// ...and in samples, whichever is less.
+    /// The same interval in samples; the shorter of both applies.
     std::size_t settleSamples = 4;
-    /// At the release: a step so many times as long as the longest of the eight before it...
+    /// A position jump at the release is at least this many times as long as the longest of the
+    /// eight steps before it.
     float placeJump = 3.0f;
-    /// ...and at least of this length, in pixels.
+    /// Minimum length of a position jump, in pixels.
     float shortestJump = 6.0f;
-    /// By so much a sample, or its time, can be late, in seconds...
+    /// Maximum delay of a late sample or its time, in seconds.
     double lateTime = 0.05;
-    /// ...and by so many places.
+    /// Maximum delay of a late sample, in samples.
     std::size_t latePlaces = 32;
 };
 
-/// Takes the faults of pens and their drivers out of a pointer stream, from press to release,
-/// while it comes:
+/// Removes faults of pens and drivers from a pointer stream, from press to release, while it
+/// arrives:
 ///
-/// 1. Doubled samples (same place and time): the one stays whose pressure is nearest to that of the
-///    sample before them; of those at the press the one with the least.
-/// 2. Samples that come too late: one whose time lies before that of samples that came before it is
-///    put where its time belongs, if the path becomes shorter by that, or else stays, because only
-///    its time is wrong; so does one that is later than the limits.
-/// 3. Times that still fall: neighbours share their mean until none falls (the ascending times that
-///    are nearest by least squares), and between the middles of such groups times run evenly. A
-///    time before that of samples that are decided becomes theirs.
-/// 4. The blot: where pressure falls by a jump right after the press, the samples before the fall
-///    get the pressures of a ramp, as steep as from the two samples behind it, and not below 0.
-/// 5. The spike: where pressure rises by a jump right before the release, the samples from there on
-///    take the pressure before it; samples behind a jump of place there are left out.
+/// 1. Duplicate samples (equal position and time): the filter keeps the one whose pressure is
+///    nearest to that of the sample before them; at the press it keeps the one with the lowest
+///    pressure.
+/// 2. Late samples: a sample whose time precedes that of samples that arrived before it is moved to
+///    the position of its time if that shortens the path. Otherwise only its time is wrong, and it
+///    stays; so does a sample that is later than the limits.
+/// 3. Times that still decrease: neighbours share their mean until no time decreases (the ascending
+///    times nearest by least squares), and times between the middles of such groups are
+///    interpolated linearly. A time before that of already settled samples becomes the settled
+///    time.
+/// 4. Pressure spike at the press (blot): if pressure drops by a jump right after the press, the
+///    samples before the drop get the pressures of a ramp with the slope of the two samples after
+///    it, at least 0.
+/// 5. Pressure spike at the release: if pressure rises by a jump right before the release, the
+///    samples from there on get the pressure before it; samples after a position jump there are
+///    dropped.
 ///
-/// A stream without faults keeps its samples and their bits.
+/// A stream without faults passes unchanged, bit for bit.
 ///
-/// What a sample waits for, all at the same time: the next sample at another place or time (1, 2);
-/// a sample `lateTime` after it by their times, or `latePlaces` more (2, 3; in a group of times
-/// that fell, until that is so for the next group); the four samples behind it, or one
-/// `settleTime` after it that is itself decided (5). The first samples also wait until the fifth
-/// of them is decided, or one `settleTime` after the first (4). With 125 samples a second a sample
-/// comes out 56 ms after it was drawn, and the press after 88 ms; with 1000 after 50 and 54 ms.
-/// With `lateTime` 0 late samples are not put in order, and what is left are 4 samples.
+/// A sample waits for all of these: the next sample at another position or time (1, 2); a sample
+/// `lateTime` after it by their times, or `latePlaces` more samples (2, 3; in a group of decreasing
+/// times until this holds for the next group); the four samples after it, or one `settleTime` after
+/// it that is itself settled (5). The first samples also wait until the fifth of them is settled,
+/// or one `settleTime` after the first (4). At 125 samples per second a sample is returned 56 ms
+/// after it was drawn, and the press after 88 ms; at 1000 samples per second after 50 and 54 ms.
+/// With `lateTime` 0 late samples are not reordered, and a delay of 4 samples remains.
 ///
-/// Cost: O(latePlaces) a sample.
+/// Cost: O(latePlaces) per sample.
 class TROVIK_API PointerFilter {
 public:
     explicit PointerFilter(const PointerLimits& limits = {});
 
-    /// Takes samples in the order in which they came. \return those that are certain by now and
-    /// were not returned before.
+    /// Adds samples in the order in which they arrived. \return the samples that have become
+    /// certain and were not returned before.
     std::vector<PathSample> Add(const std::vector<PathSample>& given);
-    /// After the release. \return the rest.
+    /// Ends the stream after the release. \return the remaining samples.
     std::vector<PathSample> Finish();
 
 private:
@@ -77,31 +82,32 @@ private:
     };
 
     void AddOne(const PathSample& sample);
-    /// Puts a sample where its time belongs. \param next  the one that came after it, or null.
+    /// Inserts a sample at the index of its time. \param next  the sample that arrived after it, or
+    /// null.
     void Place(const PathSample& sample, const PathSample* next);
-    /// Decides times. \param newest  of the sample that came last.
+    /// Settles times. \param newest  the time of the sample that arrived last.
     void Settle(double newest, bool isWhole);
     std::vector<Pool> Pools() const;
     double TimeOf(std::size_t sample, const std::vector<Pool>& pools, std::size_t pool) const;
-    /// Whether nothing at the press is to come.
+    /// Corrects the blot. \return whether the press is settled.
     bool TakeBlot(bool isWhole);
     void TakeSpike();
-    /// Whether the release cannot change this one, the first that is not out yet.
+    /// Whether the release cannot change this sample, the first one not yet returned.
     bool IsBeforeTail(std::size_t sample) const;
     std::vector<PathSample> Out(bool isWhole);
     float StepTo(std::size_t a, std::size_t b) const;
 
     PointerLimits limits;
-    /// The last sample, which a doubled one can replace, and the pressure before it.
+    /// The last sample, which a duplicate can replace, and the pressure before it.
     std::vector<PathSample> last;
     float before = 0.0f;
-    /// All others in order, and their times as they came. The times of those from `settled` on are
-    /// not decided yet.
+    /// All earlier samples in order, and their original times. Times from index `settled` on are
+    /// not settled yet.
     std::vector<PathSample> samples;
     std::vector<double> raw;
     std::size_t settled = 0;
-    /// The first sample whose group is not wholly decided, and the groups before it: the very first
-    /// and the last.
+    /// The first sample whose group is not completely settled, and the first and the last of the
+    /// groups before it.
     std::size_t base = 0;
     std::vector<Pool> firstPool;
     std::vector<Pool> lastPool;
@@ -109,7 +115,7 @@ private:
     std::size_t given = 0;
 };
 
-/// A whole stream at once, by the same filter.
+/// Filters a whole stream at once.
 TROVIK_API std::vector<PathSample> Filtered(const std::vector<PathSample>& samples,
                                             const PointerLimits& limits = {});
 

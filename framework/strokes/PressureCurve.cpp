@@ -18,19 +18,19 @@ std::optional<std::string> PressureCurve::Flaw(const std::vector<Point>& points,
                                                std::size_t& index) {
     index = points.size();
     if (points.size() < fewestPoints || points.size() > mostPoints)
-        return "a pressure curve has " + std::to_string(fewestPoints) + " to " +
+        return "a pressure curve must have " + std::to_string(fewestPoints) + " to " +
                std::to_string(mostPoints) + " points";
     for (index = 0; index < points.size(); ++index) {
         if (!IsShare(points[index].pressure) || !IsShare(points[index].value))
-            return "pressures and their values lie between 0 and 1";
+            return "pressures and their values must be between 0 and 1";
         if (index > 0 && !(points[index].pressure > points[index - 1].pressure))
-            return "the pressures of a curve's points ascend";
+            return "the pressures of a curve's points must ascend";
     }
     return std::nullopt;
 }
 
-// Slopes by the weighted harmonic mean of those of the chords on both sides, none at a summit or in
-// a valley; a chord's own slope at the ends. With these no span overshoots.
+// Slopes are the weighted harmonic mean of those of the chords on both sides, and 0 at a local
+// extremum; at the ends they are the slope of the chord. With these slopes no span overshoots.
 PressureCurve::PressureCurve(std::vector<Point> given) : points(std::move(given)) {
     std::size_t index = 0;
     if (const auto flaw = Flaw(points, index)) throw HostError(*flaw);
@@ -63,7 +63,7 @@ float PressureCurve::At(float pressure) const {
     const float width = to.pressure - from.pressure;
     const float t = (pressure - from.pressure) / width;
     const float u = 1.0f - t;
-    // The cubic by its four control values, so that rounding cannot leave their range either.
+    // The cubic in Bézier form, so that rounding cannot leave the range of the points either.
     const float b1 = from.value + slopes[i] * width * (1.0f / 3.0f);
     const float b2 = to.value - slopes[i + 1] * width * (1.0f / 3.0f);
     const float value = ((from.value * u * u * u + 3.0f * b1 * u * u * t) + 3.0f * b2 * u * t * t) +

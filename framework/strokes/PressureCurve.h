@@ -9,10 +9,10 @@
 
 namespace trovik {
 
-/// What a pressure counts: a smooth curve through control points, cubic between two of them, that
-/// rises only where its points rise and falls only where they fall, so it never leaves the range of
-/// its points. Level before the first point and behind the last. Without points the pressure
-/// itself.
+/// Maps pressure to a value: a smooth piecewise cubic curve through control points. It rises only
+/// where its points rise and falls only where they fall, so it never leaves the range of its
+/// points. It is constant before the first point and after the last one. Without points it is the
+/// identity.
 class TROVIK_API PressureCurve {
 public:
     struct Point {
@@ -23,11 +23,12 @@ public:
     static constexpr std::size_t mostPoints = 32;
 
     PressureCurve() = default;
-    /// \throw HostError what Flaw tells.
+    /// \throw HostError with the message of Flaw if the points are invalid.
     explicit PressureCurve(std::vector<Point> points);
 
-    /// Why points make no curve: their number, a pressure or value outside 0 to 1, or pressures
-    /// that do not ascend. \param index  the point at fault; their number when it is that.
+    /// Why points are not valid: their number, a pressure or value outside 0 to 1, or pressures
+    /// that do not ascend. Empty if they are valid. \param index  receives the index of the invalid
+    /// point, or the number of points if that number is invalid.
     static std::optional<std::string> Flaw(const std::vector<Point>& points, std::size_t& index);
 
     float At(float pressure) const;

@@ -9,16 +9,16 @@ namespace trovik {
 
 namespace {
 
-/// Shorter than this share of its length before, what is left of a direction in the surface is
-/// rounding.
+/// If less than this fraction of a direction's length remains after projection, the remainder is
+/// rounding error.
 constexpr float leastShare = 1e-3f;
 
 Vector RowOf(const Matrix& matrix, int row) {
     return {matrix.m[row][0], matrix.m[row][1], matrix.m[row][2]};
 }
 
-/// The part of `direction` that stands square to the unit vector `axis`, of unit length; zero where
-/// next to nothing is left.
+/// The component of `direction` perpendicular to the unit vector `axis`, normalised; zero if it
+/// nearly vanishes.
 Vector Across(const Vector& direction, const Vector& axis) {
     const Vector unit = direction.Normalized();
     const Vector part = unit - axis * (unit | axis);
@@ -42,7 +42,8 @@ TurnDirection DirectionOfTurn(float fullTurns) {
     const double turns =
         static_cast<double>(fullTurns) - std::floor(static_cast<double>(fullTurns));
     const double quarter = std::floor(turns * 4.0 + 0.5);
-    // Within an eighth of a turn of 0, where a few terms of the series give every bit of a float.
+    // The angle is within an eighth of a turn of 0, where a few terms of the series suffice for
+    // float precision.
     const double angle = (turns - quarter * 0.25) * 6.283185307179586;
     const double square = angle * angle;
     double sine = 0.0;
@@ -66,7 +67,6 @@ TurnDirection DirectionOfTurn(float fullTurns) {
     }
 }
 
-// Completes the axes around `out`.
 void StampPlacement::SetUp(const Vector& toward, const Matrix& cameraToWorld) {
     up = Across(toward, out);
     if (up == Vector()) up = Across(RowOf(cameraToWorld, 1), out);
@@ -108,9 +108,9 @@ void StampPlacement::Turn(float fullTurns) {
     right = right * turn.cosine - before * turn.sine;
 }
 
-// Parallel: the offset from the middle along each axis, in pixels. Projected: with the place's
-// distance from the eye plane in shares of the middle's for fourth component, which is 1 at the
-// middle, the offset from the line of sight through the middle.
+// Parallel projection: the offset from the centre along each axis, in pixels. Perspective
+// projection: the offset from the line of sight through the centre; the fourth component is the
+// distance from the eye plane relative to that of the centre, so it is 1 at the centre.
 Matrix StampPlacement::ToPixels(uint32_t width, uint32_t height, const Matrix& localToWorld) const {
     assert(width > 0 && height > 0 && radius > 0.0f);
     const double pixels =
@@ -124,7 +124,7 @@ Matrix StampPlacement::ToPixels(uint32_t width, uint32_t height, const Matrix& l
 
     Matrix toPixels;
     for (int r = 0; r < 4; ++r) {
-        // The row's share of the place's offset from the origin along the three axes.
+        // The row's contribution to the offset from the origin along the three axes.
         const float* row = localToWorld.m[r];
         double x = Dot(row, right);
         double y = Dot(row, up);

@@ -14,9 +14,9 @@ namespace trovik {
 
 namespace {
 
-/// The smallest copy of a scattered stamp, as a share of the brush.
+/// The smallest copy of a scattered stamp, as a fraction of the brush radius.
 constexpr float smallestCopy = 0.5f;
-/// Tells the numbers for distances from those for places.
+/// Separates the random numbers for distances from those for positions.
 constexpr uint64_t spacingSalt = 0x5bf03635d1c27a89u;
 
 StampPositioning PositioningOf(const BrushOperation& brush) {
@@ -117,9 +117,8 @@ Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
     return placement.ToPixels(width, height, toWorld);
 }
 
-// Somewhere in the disc of the brush on the surface, and from there to the nearest place of the
-// mesh. Points of the square around the disc are thrown until one lies in it, which needs no
-// angles.
+// A random point in the brush's disc on the surface, moved to the nearest point of the mesh.
+// Rejection sampling in the square around the disc needs no angles.
 void StampStroke::Scatter(StrokeDab& dab) {
     float x = 0.0f;
     float y = 0.0f;

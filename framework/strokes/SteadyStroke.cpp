@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The weight on a string. Between two samples the pen goes straight, and the weight's way under a
-/// taut string is then a tractrix: the half of the angle between string and way has a tangent that
-/// falls by e for each length of the string. So the weight's place is exact at any moment, and a
-/// sample more on the way changes nothing.
+/// \file The stabiliser. The pen drags a weight on a string. Between two samples the pen moves
+/// straight, and the weight under a taut string follows a tractrix: the tangent of half the angle
+/// between string and path decreases by a factor of e per length of the string. The weight's
+/// position is therefore exact at any moment, and an additional sample on the path changes nothing.
 #include "framework/strokes/PathResampler.h"
 #include "framework/strokes/PathStage.h"
 
@@ -24,10 +23,11 @@ Place Sum(const Place& a, const Place& b, double f) {
     return {a[0] + b[0] * f, a[1] + b[1] * f, a[2] + b[2] * f};
 }
 
-/// Steps of the pen in lengths of the string: short enough for chords to pass as the curve.
+/// Steps of the pen relative to the length of the string: short enough for chords to approximate
+/// the curve.
 constexpr double stepShare = 1.0 / 16.0;
 
-/// e^-x for 0 <= x <= stepShare by its series, which is the same on every machine.
+/// e^-x for 0 <= x <= stepShare by its series, which is identical on every machine.
 double Decay(double x) {
     double term = 1.0;
     double sum = 1.0;
@@ -38,13 +38,13 @@ double Decay(double x) {
     return sum;
 }
 
-/// The string from the weight to the pen after the pen went `way` along `toward`.
+/// The string from the weight to the pen.
 struct String {
     double length;
-    /// From weight to pen.
+    /// Vector from the weight to the pen.
     Place pull{};
 
-    /// Moves the pen. \return by how much the weight moved.
+    /// Moves the pen by `way` along `toward`. \return the displacement of the weight.
     Place Move(const Place& toward, double way) {
         const double ahead = Dot(pull, toward);
         const double room = length * length - Dot(pull, pull);
@@ -62,7 +62,7 @@ struct String {
         const double scale = 1.0 + halfTangent * halfTangent;
         pull = Sum({}, toward, length * (1.0 - halfTangent * halfTangent) / scale);
         if (breadth > 0.0) pull = Sum(pull, aside, length * 2.0 * halfTangent / scale / breadth);
-        // Both from where the weight was.
+        // Both are relative to the previous position of the weight.
         return Sum(end, pull, -1.0);
     }
 };
@@ -78,7 +78,7 @@ public:
 
     void Add(const PathSample& sample, std::vector<PathSample>& out) override {
         path.Add(sample);
-        CheckStepCount(path.Length(), longest, "the string of the steady stroke");
+        CheckStepCount(path.Length(), longest, "the stabiliser");
         Take(false, out);
     }
     void Finish(std::vector<PathSample>& out) override { Take(true, out); }
@@ -88,7 +88,7 @@ private:
         resampler.Take([this](double at) { return PlaceAt(at); }, isWhole, out);
     }
 
-    // Lengths come in ascending order, so that the pen is walked along once.
+    // Lengths ascend, so the pen walks the path once.
     Vector PlaceAt(double at) {
         const auto& knots = path.Knots();
         const auto& reached = path.Reached();
@@ -112,7 +112,7 @@ private:
                 walked = until - walked <= longest ? until : walked + step;
             }
             if (until != reached[next]) continue;
-            // The last way can still go on.
+            // The last segment can still grow.
             if (next + 1 == knots.size()) break;
             ++next;
         }

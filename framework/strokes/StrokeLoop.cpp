@@ -22,10 +22,10 @@ namespace {
 
 constexpr int mirroredStampMask = 1;
 constexpr uint8_t shapeChange = SurfaceChange::Positions | SurfaceChange::Normals;
-/// Tells the numbers for sizes from those that the stamp takes.
+/// Separates the random numbers for sizes from those of the stamp.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
-/// Gives a brush the falloff with which its stroke began, until the end of the scope.
+/// Gives a brush the falloff with which its stroke began until the end of the scope.
 class FalloffOfStroke {
 public:
     FalloffOfStroke(FalloffTable& table, FalloffTable::Samples ofStroke)
@@ -47,7 +47,8 @@ double SecondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// The axis of the mesh across whose plane the map reflects, and that alone; -1 for another map.
+/// The coordinate axis perpendicular to the plane in which the map reflects; -1 if the map is not
+/// such a reflection.
 int PlaneAxis(const Matrix& map) {
     int axis = -1;
     for (int row = 0; row < 4; ++row) {
@@ -70,19 +71,19 @@ StrokeLoop::StrokeLoop(BrushOperation& strokeBrush,
     : brush(strokeBrush), geometry(strokeGeometry), tree(strokeTree) {}
 
 void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
-    // The stroke holds one previous hit for each of its mirrors.
+    // The stroke stores one previous hit for each of its mirrors.
     if (active) throw HostError("the mirrors cannot change while a stroke is open");
     brush.MirrorConfig().SetMirrorMode(mode);
     mirrors = std::move(pointMaps);
 }
 
 void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
-    if (active) throw HostError("a stroke is open already");
+    if (active) throw HostError("a stroke is already open");
     modifier = strokeModifier;
     RefreshStamp(brush);
-    // Across the topology a stamp is read where the vertex across lies, so that it looks alike on
-    // halves in different poses. A vector stamp moves vertices along its own axes, which must be
-    // mirrored themselves.
+    // With topological mirroring, the stamp of a mirrored dab is read at the mirrored vertex, so
+    // that it looks the same on halves in different poses. A vector stamp moves vertices along its
+    // own axes, which must be mirrored themselves.
     if (brush.MirrorConfig().MirrorMode() == MirrorConfiguration::Topological)
         brush.Settings().mirroredStampRead =
             !IsVectorStampName(brush.MaskName(stampMask).toStdString());
@@ -91,7 +92,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     laid.clear();
     falloff = brush.Settings().falloff.Current();
     BeginStroke();
-    // A modifier key can have brought another tool.
+    // A modifier key can have changed the tool.
     stamps.Begin(brush, geometry, tree, seed);
     sizeRandom = StrokeRandom(seed ^ sizeSalt);
     inPairs = mirrors.size() > 1 && KeepsPlane();
@@ -172,11 +173,11 @@ bool StrokeLoop::KeepsPlane() const {
     return update != nullptr && (isOn(global) || !isOn(update));
 }
 
-// Two copies of the stroke that no dab was laid for yet are each other's pair as the main side and
-// its mirror are, by another map.
+// Two remaining sides form a pair: one is the image of the other under a map, as the mirrored side
+// is of the main side.
 void StrokeLoop::LayOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
-    // One stroke for the user: a falloff that was chosen in its midst is for the next one.
+    // For the user this is one stroke: a falloff that was chosen during it applies to the next one.
     const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
     const std::vector<StrokeDab> dabs = std::exchange(laid, {});
     for (std::size_t first = 1; first < mirrors.size(); first += 2) {
@@ -219,7 +220,7 @@ void StrokeLoop::RestoreHidden() {
 }
 
 void StrokeLoop::SettleSides() {
-    // A dab that follows the camera is meant to be another on the far side.
+    // A dab that depends on the camera is meant to differ on the far side.
     LevelChange* change = geometry.Bound()->OpenChange();
     if (change == nullptr || CheckableFloatArray::s_bActive) return;
     std::vector<int> axes;
@@ -232,8 +233,7 @@ void StrokeLoop::SettleSides() {
             observer->AfterSettling(brush, mesh, vertices);
         Announce(vertices);
     } catch (Error* error) {
-        // Without the memory for it the sides stay as the brush left them, as alike as rounding
-        // lets them be.
+        // If memory runs out, the sides keep the brush's result, which is equal up to rounding.
         Error::Dispose(error);
     }
 }
@@ -273,7 +273,7 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
             totals.seconds += SecondsSince(start);
         });
     } catch (...) {
-        // Part of the dab may be there.
+        // The dab may have been applied in part.
         ReportDab();
         throw;
     }
@@ -300,7 +300,7 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
             brush.ApplyToWholeMesh(call.mesh, strength, byFacing);
             totals.seconds += SecondsSince(start);
         });
-        // The brush reports what else it changes.
+        // A StrokePutBack brush reports its other changes itself.
         if (dynamic_cast<StrokePutBack*>(&brush) == nullptr)
             geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
@@ -316,9 +316,9 @@ void StrokeLoop::ForgetLastWalks() {
         geometry.Level(level)->ForgetLastWalks();
 }
 
-// The level that was walked is the one whose faces were the patches of the dab. A visited patch
-// that was not reached has its normals written too. A patch shares its border vertices with the
-// patches around it, so these are named along with it.
+// The walked level is the one whose patches the dab visited. Normals are written in a visited patch
+// even if no vertex of it was reached. A patch shares its border vertices with the patches around
+// it, so these are reported along with it.
 void StrokeLoop::ReportDab() {
     if (geometry.Observers().empty()) return;
     // Such a brush reports its changes itself.

@@ -15,7 +15,7 @@
 
 namespace trovik {
 
-/// One main dab as the stroke loop gives it to the brush.
+/// One main dab as the stroke loop passes it to the brush.
 struct StrokeDab {
     /// Mesh-local; its mirror flag is false.
     SurfacePoint hit;
@@ -25,78 +25,82 @@ struct StrokeDab {
     float size = 0.0f;
     float pressure = 1.0f;
     float strength = 0.0f;
-    /// Direction of the stroke here, world, of any length; zero: that from the dab before.
+    /// Direction of the stroke here, world, any length; zero selects the direction from the
+    /// previous dab.
     Vector heading;
-    /// Where the stamp's top points, world, of any length; zero: where its positioning says.
+    /// Direction of the stamp's top, world, any length; zero selects that of the stamp's
+    /// positioning.
     Vector stampTop;
-    /// The dab stays where it is whatever the stamp's settings are.
+    /// Stamp settings do not move the dab.
     bool keepPlace = false;
-    /// Mesh-local position to stamp pixel. Set by the loop.
+    /// Maps mesh-local positions to stamp pixels. Set by the loop.
     Matrix stampMatrix;
 };
 
-/// What the strokes did, added up.
+/// Accumulated statistics of strokes.
 struct StrokeTotals {
     /// Calls of ApplyDab, mirrored ones included.
     uint64_t dabs = 0;
-    /// Vertices whose place a stroke changed, each counted once a stroke.
+    /// Vertices that a stroke moved, each counted once per stroke.
     uint64_t verticesMoved = 0;
-    /// Time inside the brush.
+    /// Time spent inside the brush.
     double seconds = 0.0;
 };
 
-/// Drives a brush over the bound level of one geometry: strict pairs of begin and end, the mirrored
-/// dabs of each main dab, the previous hit of each side, and the reports of changed patches, which
-/// the patch tree follows.
+/// Drives a brush over the bound level of one geometry: strictly paired begin and end calls, the
+/// mirrored dabs of each main dab, the previous hit of each side, and the reports of changed
+/// patches, which update the patch tree.
 ///
-/// Errors: what the brush throws passes through; the stroke is then ended.
+/// Errors: exceptions of the brush pass through after the stroke has been ended.
 class TROVIK_API StrokeLoop {
 public:
-    /// Borrows all three.
+    /// Borrows brush, geometry and tree.
     StrokeLoop(BrushOperation& brush, LevelGeometry& geometry, PatchTree& tree);
 
-    /// Maps of points (mesh-local) to their mirrored places, one dab each; empty for no mirror.
-    /// Each is a reflection, a rotation or both, about the mesh's origin. In the planes among them
-    /// that are the mesh's own a stroke keeps a symmetric surface symmetric to the bit; see
-    /// SettleSymmetry.
+    /// Sets the maps of points (mesh-local) to their mirrored positions, one dab each; empty
+    /// disables mirroring. Each map is a reflection, a rotation or both, about the origin of the
+    /// mesh. With a reflection in a coordinate plane of the mesh, a stroke keeps a symmetric
+    /// surface symmetric bit for bit; see SettleSymmetry.
     ///
-    /// A brush keeps the plane of a stroke for one mirrored side only. Where it works by such a
-    /// plane and there are more sides, they are laid in pairs, each with a stroke of its own after
-    /// the first, which is undone with it.
-    /// \param mode  what MirrorConfiguration::MirrorMode answers from now on. With Topological the
-    /// mirrored dab of each dab comes from the mesh's MirrorVertex, whatever the maps; none where
-    /// it answers -1. \throw HostError while a stroke is open; the mirrors stay as they were.
+    /// A brush stores the plane of a stroke for one mirrored side only. If the tool uses such a
+    /// plane and there are more sides, they are applied in pairs, each in an additional stroke
+    /// after the first, with which it is undone.
+    /// \param mode  returned by MirrorConfiguration::MirrorMode from now on. With Topological, the
+    /// mirrored dab comes from the mesh's MirrorVertex, whatever the maps; there is no mirrored dab
+    /// where MirrorVertex returns -1. \throw HostError while a stroke is open; the mirrors do not
+    /// change then.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
-    /// Who hears of every call into the brush; null for nobody. Borrowed.
+    /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
 
-    /// Who hears of what this loop is told to do; null for nobody. Borrowed. What it throws goes to
-    /// the caller, after the stroke was ended.
+    /// Sets the listener for the operations of this loop; null removes it. Borrowed. Its exceptions
+    /// reach the caller after the stroke has been ended.
     void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
 
-    /// \param seed  of everything that the stroke leaves to chance. The stamp's file is read where
-    /// it was not yet. \throw HostError when it cannot be read; nothing has begun then.
-    /// \throw HostError while a stroke is open, which goes on.
+    /// \param seed  of all random values of the stroke. Loads the stamp's file if that has not been
+    /// done. \throw HostError if the file cannot be read (no stroke has begun then), or while a
+    /// stroke is open, which is not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
-    /// \throw HostError without an open stroke; so does WholeMesh.
+    /// Applies one dab. \throw HostError without an open stroke; so does WholeMesh.
     void Dab(const StrokeDab& dab);
-    /// The tool on the whole bound level at once, inside a stroke. \param strength  as in
-    /// StrokeDab. \param byFacing  less effect where the surface turns away from the camera.
+    /// Applies the tool to the whole bound level at once, within a stroke. \param strength  as in
+    /// StrokeDab. \param byFacing  reduces the effect where the surface faces away from the camera.
     void WholeMesh(float strength, bool byFacing);
-    /// \param poll  called for each dab of mirrored sides that are made by strokes of their own;
-    /// what it throws leaves out the rest of them. The listener hears of the end in any case.
+    /// \param poll  called for each dab of mirrored sides that are applied in additional strokes;
+    /// an exception from it skips the remaining ones. The listener is notified of the end in any
+    /// case.
     void End(const std::function<void()>& poll = {});
-    /// Ends the stroke where it is, for work that was stopped: mirrored sides that are made by
-    /// strokes of their own are left out.
+    /// Ends a cancelled stroke without the mirrored sides that are applied in additional strokes.
     void Break();
-    /// Puts the bound mesh back to the bits of before the stroke, which goes on as if no dab had
-    /// been made: for tools that place one dab anew at each motion. Cost: what the stroke touched.
+    /// Restores the bound mesh bit-exactly to its state before the stroke, which continues as if no
+    /// dab had been applied: for tools that apply one dab again at each motion. Cost: proportional
+    /// to what the stroke touched.
     void PutBack();
-    /// Distance from the dab just made to the next one along a path, world units.
-    /// \param share  of the radius, for tools that have no spacing of their own.
+    /// Distance from the last dab to the next one along a path, world units.
+    /// \param share  fraction of the radius, for tools without a spacing of their own.
     float Spacing(float radius, float share) { return stamps.Spacing(radius, share); }
-    /// The next number of the stroke's chance for a dab's size, 0 to less than 1.
+    /// The next random number for the size of a dab, 0 to less than 1.
     float RandomShare() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
@@ -104,23 +108,23 @@ public:
     uint64_t StrokeNumber() const { return number; }
 
     const StrokeTotals& Totals() const { return totals; }
-    /// World box of everything that the present or last stroke touched.
+    /// World box of everything that the current or last stroke touched.
     const AxisAlignedBoundingBox& DirtyBox() const { return dirtyBox; }
 
 private:
     void BeginStroke();
     void EndStroke();
-    /// Ends the stroke and notifies the listener, also when an exception leaves.
+    /// Ends the stroke and notifies the listener, even if an exception is thrown.
     void Finish(bool brokenOff, const std::function<void()>& poll);
     void Apply(const StrokeDab& dab, std::size_t side);
-    /// The dab where the map puts it. \param asMirror  for the brush it is the mirrored one of a
-    /// pair. \return nothing on a mesh without faces.
+    /// The dab transformed by a map. \param asMirror  whether the brush treats it as the mirrored
+    /// dab of a pair. \return nothing on a mesh without faces.
     std::optional<StrokeDab> Mapped(const StrokeDab& dab, const Matrix& map, bool asMirror) const;
-    /// Whether the brush's tool works by a plane that it keeps over the stroke.
+    /// Whether the brush's tool uses one plane for the whole stroke.
     bool KeepsPlane() const;
     void LayOtherPairs(const std::function<void()>& poll);
     void SettleSides();
-    /// Hidden vertices get their bits of before the stroke where the brush has changed any.
+    /// Restores the values before the stroke at hidden vertices if the brush changed them.
     void RestoreHidden();
     void Announce(const std::vector<uint32_t>& vertices);
     void ForgetLastWalks();
@@ -128,9 +132,9 @@ private:
         StrokeDab dab;
         Matrix pointMap;
     };
-    /// The dab's image in the topological mirror; none where there is none, and in other modes.
+    /// The dab's image in the topological mirror; empty if it has no image, and in other modes.
     std::optional<DabAcross> AcrossTopology(const StrokeDab& dab) const;
-    /// Reports the patches that the walks of a dab have visited.
+    /// Reports the patches that the region walks of a dab have visited.
     void ReportDab();
     uint64_t CountMoved() const;
 
@@ -140,17 +144,19 @@ private:
     StrokeObserver* observer = nullptr;
     StrokeInputListener* listener = nullptr;
     std::vector<Matrix> mirrors;
-    /// Last hit of the main side, of each mirror and of the topological one; zero before the first.
+    /// Last hit of the main side, of each mirror and of the topological mirror; zero before the
+    /// first dab.
     std::vector<Vector> previousHits;
     StampStroke stamps;
     StrokeRandom sizeRandom;
     StrokeTotals totals;
     AxisAlignedBoundingBox dirtyBox;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
-    /// Mirrors beyond the first wait for strokes of their own, and the dabs for them.
+    /// Whether mirrors beyond the first are applied in additional strokes, and the dabs recorded
+    /// for them.
     bool inPairs = false;
     std::vector<StrokeDab> laid;
-    /// The brush's setting when the stroke began.
+    /// The falloff of the brush when the stroke began.
     FalloffTable::Samples falloff;
     uint64_t number = 0;
     bool active = false;

@@ -13,8 +13,8 @@ namespace trovik {
 
 class LevelMesh;
 
-/// One call of the host into a brush. Which members count follows from `kind`; the rest keep their
-/// initial values.
+/// One call of the host into a brush. `kind` determines which members are set; the others keep
+/// their initial values.
 struct BrushCall {
     enum Kind : int { SetActiveConfiguration, BeginStroke, ApplyDab, ApplyToWholeMesh, EndStroke };
 
@@ -24,11 +24,11 @@ struct BrushCall {
     BrushOperation& brush;
     /// SetActiveConfiguration: the tool.
     const BrushConfiguration* configuration = nullptr;
-    /// BeginStroke, ApplyToWholeMesh; null where the brush is given none.
+    /// BeginStroke, ApplyToWholeMesh; null if the brush receives no mesh.
     Mesh* mesh = nullptr;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
     BrushOperation::TriggerType trigger = BrushOperation::TriggerStroke;
-    /// ApplyDab: the arguments as they are given. `box` is read before and after the call.
+    /// ApplyDab: the arguments of the call. `box` is read before and after the call.
     const SurfacePoint* hit = nullptr;
     Vector position;
     float size = 0.0f;
@@ -40,20 +40,22 @@ struct BrushCall {
     bool byFacing = false;
 };
 
-/// Hears of every call into a brush, right before and right after it. It changes nothing that the
-/// brush could see and throws nothing.
+/// Is notified right before and right after every call into a brush. It changes nothing that the
+/// brush can see and does not throw.
 class TROVIK_API StrokeObserver {
 public:
     virtual void BeforeCall(const BrushCall& call) = 0;
-    /// \param error  what the brush threw, which goes on to the caller; null when it returned.
+    /// \param error  message of the exception that the brush threw, which is rethrown; null if it
+    /// returned.
     virtual void AfterCall(const BrushCall& call, const std::string* error) = 0;
-    /// The host is about to run a command that may change meshes without the brush, such as "undo".
-    /// Within a stroke every such change is announced; between strokes it need not be.
+    /// Called before the host runs a command that may change meshes without the brush, such as
+    /// "undo". Within a stroke every such change is announced; between strokes it need not be.
     virtual void BeforeCommand(BrushOperation& brush, const std::string& name) {
         (void)brush, (void)name;
     }
-    /// The host has made both sides of a mirrored stroke equal, right before the call of EndStroke.
-    /// \param vertices  those with another position or normal than before, ascending.
+    /// Called after the host has made both sides of a mirrored stroke equal, right before
+    /// EndStroke.
+    /// \param vertices  those whose position or normal changed, ascending.
     virtual void AfterSettling(BrushOperation& brush,
                                const LevelMesh& mesh,
                                const std::vector<uint32_t>& vertices) {
@@ -64,8 +66,9 @@ protected:
     ~StrokeObserver() = default;
 };
 
-/// Runs `run`, which makes the call that `call` tells of, between the two words to the observer.
-/// \param observer  null: nobody listens, and nothing but `run` is done.
+/// Runs `run`, which makes the call described by `call`, and notifies the observer before and after
+/// it.
+/// \param observer  null to run `run` alone.
 template <typename Run>
 void Observed(StrokeObserver* observer, const BrushCall& call, Run&& run) {
     if (observer == nullptr) {

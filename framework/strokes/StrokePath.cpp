@@ -22,15 +22,15 @@ Axes AxesOf(const StrokeView& view) {
     return {right, back & right, back};
 }
 
-/// Lays dabs where the path has come far enough from the one before.
+/// Applies a dab where the path is far enough from the previous one.
 class DabSpacer {
 public:
     DabSpacer(StrokeLoop& strokeLoop, LevelGeometry& strokeGeometry, const PathOptions& pathOptions)
         : loop(strokeLoop), geometry(strokeGeometry), options(pathOptions) {}
 
-    /// Whether a hit is due for a dab.
+    /// Whether a dab is due at a hit.
     bool IsDue(const PickHit& hit) const {
-        // A little less will do, or rounding would leave out every other dab.
+        // A tolerance, because rounding could otherwise skip every other dab.
         return count == 0 || (WorldPlace(geometry, hit) - last).Length() >= distance * 0.9999f;
     }
 
@@ -43,7 +43,7 @@ public:
         last = dab.position;
         loop.Dab(dab);
         ++count;
-        // Never so close that a path would not come to its end.
+        // A minimum distance, so that the walk along the path always ends.
         distance = std::max(loop.Spacing(options.radius, options.spacing), options.radius * 1e-3f);
         if (options.progress) options.progress();
     }
@@ -59,7 +59,7 @@ private:
     unsigned count = 0;
 };
 
-/// A place on the path.
+/// A position on the path.
 struct PathPlace {
     Vector place;
     float pressure;
@@ -70,12 +70,13 @@ PathPlace Between(const PathSample& from, const PathSample& to, float share) {
             from.pressure + (to.pressure - from.pressure) * share};
 }
 
-/// Halvings of a step in search of the place where a dab is due: to a few thousandths of a step.
+/// Bisections of a step when the position of a due dab is searched: the result is exact to a few
+/// thousandths of a step.
 constexpr int halvings = 10;
 
-/// Walks from sample to sample in steps of at most `step`. `probe(place)` answers the hit there,
-/// `heading(hit, along)` the stroke's direction on the surface from that of the segment. Where a
-/// step comes too far, the place in it is searched that is just far enough.
+/// Walks from sample to sample in steps of at most `step`. `probe(place)` returns the hit there,
+/// `heading(hit, along)` the direction of the stroke on the surface for the direction of the
+/// segment. If a step overshoots, the position at which the dab is due is searched within it.
 template <typename Probe, typename Heading>
 void LayAlong(const std::vector<PathSample>& samples,
               float step,
@@ -107,7 +108,7 @@ void LayAlong(const std::vector<PathSample>& samples,
                 float near = reached;
                 float far = share;
                 PickHit due = *hit;
-                // On coming back to the mesh there is nothing to measure from on this side of it.
+                // When the path returns to the mesh, there is no earlier hit to measure from.
                 for (int n = 0; before && n < halvings; ++n) {
                     const float middle = (near + far) * 0.5f;
                     const auto there = probe(Between(from, to, middle).place);
@@ -161,7 +162,7 @@ unsigned StrokeAlongView(StrokeLoop& loop,
                          const std::vector<PathSample>& samples,
                          const PathOptions& options) {
     DabSpacer spacer(loop, geometry, options);
-    // Finer than a pixel, so that the spacing and not the sampling decides where dabs lie.
+    // Finer than a pixel, so that dab positions depend on the spacing and not on the sampling.
     constexpr float step = 0.5f;
     LayAlong(
         samples,
@@ -211,8 +212,8 @@ std::optional<PickHit> HitNear(const LevelGeometry& geometry,
     return tree.Nearest(local);
 }
 
-// The motion in the view plane, slid along the line of sight until it lies in the surface; where
-// the surface is seen nearly from its side, as it is.
+// Slides the motion in the view plane along the line of sight until it lies in the surface; if the
+// surface is seen nearly edge-on, the motion is returned unchanged.
 Vector HeadingInView(const LevelGeometry& geometry,
                      const StrokeView& view,
                      const PickHit& hit,

@@ -11,7 +11,7 @@
 
 namespace trovik {
 
-/// A viewport: where it is seen from, and its size in pixels.
+/// The camera of a viewport and the viewport's size in pixels.
 struct TROVIK_API StrokeView {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
@@ -20,31 +20,32 @@ struct TROVIK_API StrokeView {
     int width = 960;
     int height = 720;
 
-    /// Ray from the eye through a place on the viewport, (0, 0) at its upper left corner. World.
+    /// Ray from the eye through a viewport position, (0, 0) at the upper left corner. World.
     Ray Through(float x, float y) const;
-    /// Camera to world: it looks along its local -z axis with +y up.
+    /// Camera to world transform: the camera looks along its local -z axis with +y up.
     Matrix ToWorld() const;
 };
 
-/// How dabs are laid along a path.
+/// How dabs are applied along a path.
 struct PathOptions {
     /// Brush radius in world units.
     float radius = 1.0f;
-    /// Distance of dabs as a share of the radius.
+    /// Distance between dabs as a fraction of the radius.
     float spacing = 0.25f;
-    /// Strength of a dab under a pressure.
+    /// Strength of a dab at a pressure.
     std::function<float(float pressure)> strength;
     /// Called after each dab.
     std::function<void()> progress;
-    /// Called now and then during the walk, with dabs or without. What it throws ends the walk.
+    /// Called regularly during the walk, whether or not dabs are applied. An exception from it ends
+    /// the walk.
     std::function<void()> poll;
 };
 
-/// Lays dabs along samples seen by the camera, at the spacing's distance in a straight line from
-/// one to the next. The surface is hit anew for each dab, as it is then; where the path leaves the
-/// mesh there are no dabs. Pressure is interpolated. \return the number of main dabs.
-/// \throw HostError for radius or spacing out of their bounds, and PathRefused for a path that is
-/// too long, both before the first dab; see PathSteps.
+/// Applies dabs along samples on the viewport, spaced by straight distance in the world. The
+/// surface is hit again for each dab in its current shape; there are no dabs where the path leaves
+/// the mesh. Pressure is interpolated. \return the number of main dabs.
+/// \throw HostError if radius or spacing is out of range, and PathRefused for a path that is too
+/// long, both before the first dab; see PathSteps.
 TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     LevelGeometry& geometry,
                                     const PatchTree& tree,
@@ -60,17 +61,17 @@ TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
                                        const std::vector<PathSample>& samples,
                                        const PathOptions& options);
 
-/// The surface under a place on the viewport.
+/// The surface hit at a viewport position.
 TROVIK_API std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
                                              const PatchTree& tree,
                                              const StrokeView& view,
                                              const Vector& place);
-/// The place of the surface nearest to a point, world.
+/// The point of the surface nearest to a position, world.
 TROVIK_API std::optional<PickHit> HitNear(const LevelGeometry& geometry,
                                           const PatchTree& tree,
                                           const Vector& place);
-/// A motion on the viewport, in pixels, as a direction on the surface at the hit. World, any
-/// length.
+/// Converts a motion on the viewport, in pixels, to a direction on the surface at the hit. World,
+/// any length.
 TROVIK_API Vector HeadingInView(const LevelGeometry& geometry,
                                 const StrokeView& view,
                                 const PickHit& hit,

@@ -5,11 +5,11 @@
 
 namespace trovik {
 
-/// A brush that changes something else than places, and knows itself how to put that back.
+/// Implemented by brushes that change more than positions and revert these changes themselves.
 class TROVIK_API StrokePutBack {
 public:
-    /// Puts everything back to the bits of before the stroke, which goes on as if no dab had been
-    /// made.
+    /// Restores everything bit-exactly to its state before the stroke, which continues as if no dab
+    /// had been applied.
     virtual void PutBackStroke() = 0;
 
 protected:

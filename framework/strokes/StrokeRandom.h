@@ -5,13 +5,13 @@
 
 namespace trovik {
 
-/// Numbers that look random and are the same on every machine for the same seed. Integer
-/// arithmetic alone, and one exact product at the end.
+/// Pseudo-random numbers that are identical on every machine for the same seed. They use only
+/// integer arithmetic and one exact product at the end.
 class StrokeRandom {
 public:
     explicit StrokeRandom(uint64_t seed = 0) : state(seed) {}
 
-    /// The next 64 bits: the state moves on by an odd constant and is mixed.
+    /// The next 64 bits: an odd constant is added to the state, and the sum is mixed.
     uint64_t Next() {
         state += 0x9e3779b97f4a7c15u;
         uint64_t z = state;
@@ -19,9 +19,9 @@ public:
         z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
         return z ^ (z >> 31);
     }
-    /// From 0 to less than 1, in steps of 2^-24.
+    /// A number from 0 to less than 1, in steps of 2^-24.
     float Share() { return static_cast<float>(Next() >> 40) * 0x1p-24f; }
-    /// From -1 to less than 1.
+    /// A number from -1 to less than 1.
     float Signed() { return Share() * 2.0f - 1.0f; }
 
 private:

@@ -17,8 +17,8 @@ Vector Position(const Mesh& mesh, uint32_t vertex) {
     return {v.x, v.y, v.z};
 }
 
-/// Shares of a triangle's corners at the place nearest to a point, each 0 to 1, 1 in sum. A point
-/// beyond the border takes shares cut off at 0, which keeps it at the border.
+/// Corner weights at the point of a triangle nearest to `p`, each 0 to 1, with sum 1. For a point
+/// outside, weights are clamped at 0, which keeps it on the border.
 std::array<float, 3> SharesAt(const Triangle& t, const Vector& p) {
     const Vector a = t[1] - t[0];
     const Vector b = t[2] - t[0];
@@ -41,14 +41,14 @@ Vector Blend(const Triangle& t, const std::array<float, 3>& shares) {
     return (t[0] * shares[0] + t[1] * shares[1]) + t[2] * shares[2];
 }
 
-/// Three directions at right angles: along the first side, across it, and out of the surface.
+/// Three orthogonal directions: along the first side, across it, and out of the surface.
 struct Frame {
     Vector along;
     Vector across;
     Vector out;
 };
 
-/// \param sign  -1 for a triangle that lies mirrored.
+/// \param sign  -1 for a mirrored triangle.
 Frame FrameOf(const Triangle& t, float sign) {
     Frame frame;
     frame.along = (t[1] - t[0]).Normalized();
@@ -57,7 +57,7 @@ Frame FrameOf(const Triangle& t, float sign) {
     return frame;
 }
 
-/// The map that takes one triangle's frame to its image's, without a translation.
+/// The map from one triangle's frame to that of its image, without translation.
 Matrix TurnBetween(const Triangle& main, const Triangle& image) {
     Matrix turn;
     const bool isReflection =
@@ -66,7 +66,7 @@ Matrix TurnBetween(const Triangle& main, const Triangle& image) {
         });
     const Frame from = FrameOf(main, 1.0f);
     const Frame to = FrameOf(image, -1.0f);
-    // A triangle without an area has no frame.
+    // A triangle without area has no frame.
     if (isReflection || from.out == Vector() || to.out == Vector()) {
         turn.m[0][0] = -1.0f;
         return turn;
@@ -106,7 +106,7 @@ std::optional<TopologicalHit> AcrossTopologicalMirror(const SurfacePoint& hit) {
         main[k] = Position(mesh, mesh.faceVertexIndices[hit.face * corners + k]);
         image[k] = Position(mesh, static_cast<uint32_t>(vertex));
     }
-    // A quad is two triangles; the one that comes nearer to the place counts.
+    // A quad is two triangles; the one nearer to the hit is used.
     Triangle triangle{main[0], main[1], main[2]};
     Triangle triangleAcross{image[0], image[1], image[2]};
     std::array<float, 3> shares = SharesAt(triangle, hit.position);

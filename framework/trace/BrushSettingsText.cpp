@@ -24,7 +24,7 @@ constexpr const char* preferenceKeys[] = {"Render Swift Stroke",
                                           "Wax Fills Only",
                                           "Wax Scrapes Only"};
 
-/// Of a switch or a number; null for an attribute that is not there.
+/// Value of a Boolean or numeric attribute; null if the attribute does not exist.
 std::string AttributeText(const Attribute* attribute) {
     if (const auto* flag = dynamic_cast<const AttributeInstance<bool>*>(attribute))
         return JsonBool(flag->Value());
@@ -33,7 +33,8 @@ std::string AttributeText(const Attribute* attribute) {
     return JsonNull();
 }
 
-/// A brush names a stamp of directions by its file; any other is read as one value a pixel.
+/// The brush recognises a vector stamp by its file name; any other stamp is read as one value per
+/// pixel.
 bool IsVectorStamp(const QString& name) {
     return name.contains(QLatin1String(".vdm"), Qt::CaseInsensitive) ||
            name.contains(QLatin1String("_vdm"), Qt::CaseInsensitive);
@@ -117,7 +118,7 @@ JsonFields BrushSettingsFields(const BrushOperation& brush, TraceArrays& arrays)
     fields.Set("direction", std::to_string(brush.Direction()));
     fields.Set("strengthScale", JsonFloat(brush.brushStrengthScale));
     fields.Set("strengthBias", JsonFloat(brush.BrushStrengthBias()));
-    // No setting of this host switches refinement under the brush on.
+    // No setting of this host enables refinement under the brush.
     fields.Set("useTessellator", JsonBool(false));
     fields.Set("strokeMeshLocked", JsonBool(brush.strokeMeshLocked != 0));
     fields.Set("testMode", JsonBool(HostKernel::Instance().IsTestModeOn()));

@@ -9,20 +9,20 @@
 
 namespace trovik {
 
-/// Attributes of the brush as a JSON object. \param buildUpRate  JSON text in place of the
-/// attribute's own; empty for that.
+/// Attributes of the brush as a JSON object. \param buildUpRate  JSON text that replaces the
+/// attribute's value; empty to use that value.
 TROVIK_API std::string BrushAttributesText(const BrushOperation& brush,
                                            const std::string& buildUpRate = {});
 /// "builduprate" as JSON text.
 TROVIK_API std::string BuildUpRateText(const BrushOperation& brush);
 
-/// Everything that a brush may ask of the host about itself when a stroke begins: the members of
-/// the trace's settings, in their order, from "tool" to "renderers". Falloff table and stamp pixels
-/// go into `arrays`. \throw HostError when those cannot be written.
+/// All values of the host that a brush may read when a stroke begins: the members of the trace's
+/// settings, in their order, from "tool" to "renderers". Falloff table and stamp pixels are written
+/// to `arrays`. \throw HostError if they cannot be written.
 TROVIK_API JsonFields BrushSettingsFields(const BrushOperation& brush, TraceArrays& arrays);
 
-/// "m0" for the first geometry of the scene and so on; JSON null for no mesh or one that is not in
-/// the scene.
+/// "m0" for the first geometry of the scene, "m1" for the second and so on; JSON null for no mesh
+/// or one that is not in the scene.
 TROVIK_API std::string MeshIdText(const Mesh* mesh);
 
 /// World position of the active camera.

@@ -7,11 +7,11 @@
 
 namespace trovik {
 
-/// 64-bit hash of a content, for detecting changes; not cryptographic, and not stored in files:
-/// ContentHash (framework/io) identifies files. It
-/// reads eight bytes at a time in four independent lanes, so that hashing whole meshes runs at the
-/// speed of memory. Each step is a bijection of its lane: a change of one word always changes the
-/// hash. \param seed  the hash of what comes before, to hash a content in parts.
+/// 64-bit hash for detecting changes; not cryptographic, and not stored in files, which are
+/// identified by ContentHash (framework/io). It reads eight bytes at a time in four independent
+/// lanes, so that hashing whole meshes is limited by memory bandwidth. Each step is a bijection of
+/// its lane: a change of one word always changes the hash. \param seed  the hash of the preceding
+/// part, to hash content in parts.
 inline uint64_t ChangeHash(std::string_view bytes, uint64_t seed = 0) {
     const auto mix = [](uint64_t& lane, uint64_t word) {
         lane = (lane ^ word) * 0x9e3779b97f4a7c15u;

@@ -7,8 +7,8 @@ namespace trovik {
 
 namespace {
 
-/// Replaces states by later ones. A mirror that is no longer written stays known: the brush asks
-/// for it in one mirror mode only, and a reader needs it again only if it is another one then.
+/// Replaces states by later ones. A mirror that is no longer written remains stored: the brush
+/// requests it in one mirror mode only, and a reader needs it again only if it has changed by then.
 void Replace(HostChanges::States& states, HostChanges::States by) {
     for (std::size_t i = 0; i < std::min(states.size(), by.size()); ++i) {
         const auto mirror = states[i].find(mirrorCornersFile);

@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// Finds the meshes that the host changes between two calls into the brush, and the commands that
-/// change them. It compares hashes of mesh states, so any kind of change is found; commands only
-/// name the changes.
+/// Detects the meshes that the host changes between two calls into the brush, and the commands that
+/// change them. It compares hashes of mesh states, so any kind of change is detected; commands only
+/// provide the names of changes.
 ///
 /// States are lists with one entry per mesh, in the order of the scene.
 class HostChanges {
@@ -23,31 +23,31 @@ public:
         std::string reason;
     };
 
-    /// Begins to watch. \param now  the states that a reader of the trace has. Changes before the
+    /// Begins to watch. \param now  the states that the trace already contains. Changes before the
     /// first command are attributed to "host".
     void Start(States now);
     void Stop() { watching = false; }
     bool IsWatching() const { return watching; }
-    /// A command is about to run. \param now  the present states: what has changed until now is
-    /// attributed to the command before.
+    /// To be called before a command runs. \param now  the current states: changes up to now are
+    /// attributed to the previous command.
     void Command(const std::string& name, States now);
-    /// A line of its own describes what has changed since the last command.
+    /// Ignores changes since the last command, because a separate line of the trace describes them.
     void Absorb(const States& now);
-    /// The next Find reports the mesh, whatever its state.
+    /// The next Find reports the mesh, whether or not its state has changed.
     void Force(std::size_t mesh, const std::string& reason);
-    /// The meshes whose state is not the one that a reader has.
+    /// The meshes whose state differs from the one in the trace.
     std::vector<Change> Find(const States& now);
-    /// A state of this mesh without its mirror replaces the one that a reader has.
+    /// Records that the state of this mesh in the trace no longer includes the mirror.
     void ForgetMirror(std::size_t mesh);
 
 private:
     void Notice(States now);
 
     bool watching = false;
-    /// What a reader has, and what the last command found.
+    /// The states in the trace, and those at the last command.
     States known, seen;
     std::string command;
-    /// By mesh.
+    /// Names of commands, by mesh.
     std::vector<std::vector<std::string>> reasons;
     std::set<std::size_t> forced;
 };

@@ -9,15 +9,13 @@
 
 namespace trovik {
 
-/// \file
-/// JSON text of a trace. A general JSON library writes a float as the double nearest to it; here
-/// the text says that it is a float.
+/// \file JSON text of a trace. General JSON libraries write a float as the nearest double; here the
+/// text identifies the value as a float.
 
-/// Nine significant digits, which bring the same float back; always with a point or an exponent, so
-/// that no reader takes it for an integer and loses the sign of a zero. What is no number becomes
-/// the text "inf", "-inf" or "nan".
+/// Nine significant digits, which convert back to the same float. The text always contains a point
+/// or an exponent, so that readers do not parse it as an integer and lose the sign of a zero.
+/// Infinities and NaN become the strings "inf", "-inf" and "nan".
 TROVIK_API std::string JsonFloat(float value);
-/// A list of floats.
 TROVIK_API std::string JsonFloats(const float* values, std::size_t count);
 inline std::string JsonVector(const Vector& v) {
     const float values[3] = {v.x, v.y, v.z};
@@ -28,23 +26,23 @@ inline std::string JsonMatrix(const Matrix& matrix) { return JsonFloats(&matrix.
 /// Minimum x, y, z, then maximum x, y, z.
 inline std::string JsonBox(const AxisAlignedBoundingBox& box) { return JsonFloats(&box.minX, 6); }
 inline std::string JsonBool(bool value) { return value ? "true" : "false"; }
-/// A quoted text; bytes that are no UTF-8 become the replacement character.
+/// A quoted string; bytes that are not valid UTF-8 become the replacement character.
 TROVIK_API std::string JsonString(const std::string& text);
 inline std::string JsonString(const QString& text) { return JsonString(text.toStdString()); }
 inline std::string JsonNull() { return "null"; }
-/// "[a,b,...]" of texts that are JSON already.
+/// A JSON list "[a,b,...]" of JSON texts.
 TROVIK_API std::string JsonList(const std::vector<std::string>& items);
 
 /// The members of a JSON object, in order, as names and JSON texts.
 class TROVIK_API JsonFields {
 public:
-    /// Adds a member, or gives the one of this name another text.
+    /// Adds a member, or replaces the text of an existing one.
     void Set(const std::string& name, std::string text);
     /// Adds the members of `other`.
     void Append(const JsonFields& other);
-    /// Null where there is none.
+    /// \return null if there is no such member.
     const std::string* Find(const std::string& name) const;
-    /// The members whose text is not the one in `earlier`.
+    /// The members whose text differs from that in `earlier`.
     JsonFields ChangedSince(const JsonFields& earlier) const;
     /// The object on one line.
     std::string Text() const;

@@ -21,7 +21,7 @@ namespace {
 void MakeFolder(const std::string& folder) {
     std::error_code failed;
     std::filesystem::create_directories(folder, failed);
-    if (failed) throw HostError("cannot make the folder " + folder + ": " + failed.message());
+    if (failed) throw HostError("cannot create the folder " + folder + ": " + failed.message());
 }
 
 void WriteText(const std::string& path, const std::string& text) {
@@ -32,7 +32,7 @@ void WriteText(const std::string& path, const std::string& text) {
     if (std::fclose(file) != 0 || !written) ThrowFileError("write", path, reason);
 }
 
-/// Receives the files of a state, so that what is written and what is hashed cannot differ.
+/// Receives the files of a state, so that written and hashed content cannot differ.
 class StateSink {
 public:
     virtual void Array(const std::string& name,

@@ -15,7 +15,7 @@ static_assert(std::endian::native == std::endian::little,
               "arrays are written as they lie in memory");
 
 constexpr std::size_t alignment = 64;
-// Magic word, two bytes of version, two bytes of length.
+// Magic string, two bytes of version, two bytes of length.
 constexpr std::size_t preludeBytes = 10;
 
 }  // namespace
@@ -25,7 +25,7 @@ std::string NpyHeader(const char* elementType, const std::vector<uint64_t>& shap
         std::string("{'descr': ") + elementType + ", 'fortran_order': False, 'shape': (";
     for (std::size_t i = 0; i < shape.size(); ++i) {
         header += std::to_string(shape[i]);
-        // A tuple of one has a comma behind it.
+        // A tuple with one element ends with a comma.
         if (i + 1 < shape.size()) header += ", ";
         if (shape.size() == 1) header += ",";
     }

@@ -10,22 +10,22 @@
 
 namespace trovik {
 
-/// Element types of .npy files, as the header names them.
+/// Element types in the notation of .npy headers.
 inline constexpr const char* npyUint8 = "'|u1'";
 inline constexpr const char* npyInt16 = "'<i2'";
 inline constexpr const char* npyInt32 = "'<i4'";
 inline constexpr const char* npyUint32 = "'<u4'";
 inline constexpr const char* npyFloat32 = "'<f4'";
-/// A StoredVertexInfo.
+/// Element type of a StoredVertexInfo.
 inline constexpr const char* npyRecord =
     "[('originalPosition', '<f4', (3,)), ('visitStampWord', '<u4'), "
     "('originalNormal', '<i2', (4,)), ('buildUp', '<f4'), ('vertexIndex', '<u4'), "
     "('reserved', '<u4'), ('layerSlot', '<u4')]";
 
-/// The magic word, version 1.0 and header of an array; its length is a multiple of 64.
+/// The magic string, version 1.0 and header of an array; the length is a multiple of 64.
 TROVIK_API std::string NpyHeader(const char* elementType, const std::vector<uint64_t>& shape);
 
-/// Writes an array: little-endian, C order. `data` may be null when `sizeBytes` is 0.
+/// Writes an array: little-endian, C order. `data` may be null if `sizeBytes` is 0.
 /// \throw HostError naming the path and the system's reason.
 TROVIK_API void WriteNpyFile(const std::string& path,
                              const char* elementType,

@@ -13,12 +13,12 @@ namespace trovik {
 
 namespace {
 
-/// Floating point, 32 bits a channel.
+/// 32-bit floating point per channel.
 constexpr uint32_t floatFormat = 3;
 constexpr uint32_t floatDepth = 5;
 
-/// Stands for a content: stamps are too large to be kept for comparing. Two hashes of different
-/// making and the shape.
+/// Identifies content by two different hashes and the header with the shape; stamps are too large
+/// to be kept for comparison.
 std::string Fingerprint(const std::string& header, std::string_view bytes) {
     return header + std::to_string(ChangeHash(bytes)) + "/" +
            std::to_string(std::hash<std::string_view>()(bytes));

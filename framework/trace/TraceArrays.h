@@ -9,23 +9,22 @@
 
 namespace trovik {
 
-/// The arrays of a trace that its lines refer to by name. The same content is written once,
-/// whatever asks for it.
+/// The array files of a trace, to which its lines refer by name. Equal content is written once.
 class TROVIK_API TraceArrays {
 public:
-    /// \param folder  exists already.
+    /// \param folder  must exist.
     explicit TraceArrays(std::string folder);
 
-    /// File of a falloff table: float32 [n]. \throw HostError of the file.
+    /// File of a falloff table: float32 [n]. \throw HostError if it cannot be written.
     std::string Falloff(const Store<float>& samples);
-    /// File of a stamp's pixels as Image::getTile gives them: float32 [height, width, channels].
-    /// They are read again only when the image object, its version, its size or `name` is another
-    /// than the last time, or after ForgetPixels. \throw HostError of the file.
+    /// File of a stamp's pixels as returned by Image::getTile: float32 [height, width, channels].
+    /// The pixels are read again only if the image object, its version, its size or `name` differs
+    /// from the last call, or after ForgetPixels. \throw HostError if the file cannot be written.
     std::string Pixels(Image& image, const QString& name, uint8_t channels);
-    /// An image that is gone may leave its address to another; a stroke begins with pixels read
-    /// anew.
+    /// A new image can have the address of a deleted one, so each stroke begins with reading the
+    /// pixels again.
     void ForgetPixels() { lastRead = {}; }
-    /// A number for the image object: 0 for the first one that is asked for, and so on.
+    /// A number for the image object, in the order of first use, from 0.
     unsigned ImageNumber(const Image* image);
 
 private:

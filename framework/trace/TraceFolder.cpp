@@ -23,11 +23,12 @@ bool IsPartOfATrace(const std::string& name) {
 void PrepareTraceFolder(const std::string& folder) {
     std::error_code failed;
     fs::create_directories(folder, failed);
-    if (failed) throw HostError("cannot make the folder " + folder + ": " + failed.message());
+    if (failed) throw HostError("cannot create the folder " + folder + ": " + failed.message());
     std::vector<fs::path> parts;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
         if (!IsPartOfATrace(entry.path().filename().string())) {
-            throw HostError(folder + ": the folder holds files that are no trace, such as " +
+            throw HostError(folder +
+                            ": the folder contains files that are not part of a trace, such as " +
                             entry.path().filename().string());
         }
         parts.push_back(entry.path());
@@ -38,7 +39,7 @@ void PrepareTraceFolder(const std::string& folder) {
     }
     fs::create_directories(fs::path(folder) / "arrays", failed);
     if (failed)
-        throw HostError("cannot make the folder " + folder + "/arrays: " + failed.message());
+        throw HostError("cannot create the folder " + folder + "/arrays: " + failed.message());
 }
 
 std::string NumberedTraceFolder(const char* kind, unsigned number) {

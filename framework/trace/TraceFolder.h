@@ -8,12 +8,12 @@ namespace trovik {
 /// Name of the file with the lines of a trace.
 inline constexpr const char* traceLineFile = "trace.jsonl";
 
-/// Makes the folder of a trace, empty but for `arrays`; an earlier trace in it is removed.
-/// \throw HostError when it cannot be made, or holds files that are not part of a trace; nothing is
-/// removed then.
+/// Creates the folder of a trace, empty except for `arrays`; an earlier trace in it is removed.
+/// \throw HostError if it cannot be created, or contains files that are not part of a trace;
+/// nothing is removed then.
 void PrepareTraceFolder(const std::string& folder);
 
-/// Name of a state's folder: the kind and a number of six digits or more.
+/// Name of a state's folder: the kind, followed by the number with at least six digits.
 std::string NumberedTraceFolder(const char* kind, unsigned number);
 
 }  // namespace trovik

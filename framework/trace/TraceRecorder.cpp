@@ -26,7 +26,7 @@ const MeshUnlocker* UnlockerOf(const BrushOperation& brush) {
     return dynamic_cast<const MeshUnlocker*>(&brush);
 }
 
-/// What a brush works on it holds the lock of.
+/// The mesh that the brush is working on is the one whose lock it holds.
 LevelMesh* BoundMesh(const BrushOperation& brush) {
     const MeshUnlocker* unlocker = UnlockerOf(brush);
     if (unlocker == nullptr) return nullptr;
@@ -114,7 +114,8 @@ void TraceRecorder::FillInput(const BrushCall& call) {
     switch (call.kind) {
         case BrushCall::SetActiveConfiguration:
             input.Set("tool", ToolText(call.configuration));
-            // Leaving a tool stores its settings, also for itself, before the brush asks.
+            // Leaving a tool stores its settings, even when the same tool is selected again, before
+            // the brush asks.
             input.Set("inited",
                       JsonBool(brush.IsConfigurationInited(call.configuration) ||
                                brush.ActiveConfiguration() == call.configuration));
@@ -152,7 +153,7 @@ void TraceRecorder::FillInput(const BrushCall& call) {
             input.Set("byFacing", JsonBool(call.byFacing));
             input.Set("hit", HitText(SurfacePoint(call.mesh, call.mesh->faceVertexIndices[0], 0)));
             input.Append(BrushSettingsFields(brush, *arrays));
-            // The dab inside reads these two as any dab does.
+            // The dab within this call reads both values like any other dab.
             input.Set("previousPatchPosition", JsonVector(brush.PreviousPatchPosition()));
             if (brush.IsMaskEnabled(stampMask))
                 input.Set("stampMatrix", JsonMatrix(brush.MaskMatrix(stampMask)));
@@ -183,8 +184,8 @@ void TraceRecorder::Record(const BrushCall& call, const std::string* error) {
         case BrushCall::BeginStroke: {
             settings = BrushSettingsFields(brush, *arrays);
             if (call.modifier == BrushOperation::ModifierSmooth) {
-                // The brush took its build-up rate before it turned to Smooth, and read all the
-                // rest afterwards.
+                // The brush read its build-up rate before it switched to Smooth, and all other
+                // settings afterwards.
                 JsonFields asRead = settings;
                 for (const char* name : {"tool", "strengthScale"})
                     asRead.Set(name, *input.Find(name));

@@ -16,30 +16,31 @@
 namespace trovik {
 
 struct TraceOptions {
-    /// Where the trace goes. The folder is made; an earlier trace in it is replaced.
+    /// Folder of the trace. It is created; an earlier trace in it is replaced.
     std::string folder;
-    /// State of every mesh after each dab whose number is a multiple of this; 0: none.
+    /// Writes the state of every mesh after each dab whose number is a multiple of this; 0 disables
+    /// it.
     unsigned every = 0;
 };
 
-/// Writes a trace: what a brush was given at every call and what it did that the host can see. The
-/// format is told in docs/trace.md.
+/// Writes a trace: the inputs of every call into a brush and its effects visible to the host.
+/// docs/trace.md describes the format.
 ///
-/// The state `before` is written when the first stroke begins, so that it holds what was set up by
-/// then. The recorder watches all geometries of the scene, and only while a call is under way.
-/// Lines are on disk when a call is over, so a crash leaves the trace up to it.
+/// The state `before` is written when the first stroke begins, so that it includes the setup up to
+/// then. The recorder observes all geometries of the scene, but only during calls. The lines of a
+/// call are on disk when it has returned, so after a crash the trace is complete up to that call.
 ///
-/// What the host changes between two calls is written as the state of the mesh before the second
-/// one. Between strokes any change is found by comparing hashes of all arrays; within a stroke only
+/// If the host changes a mesh between two calls, its state is written before the second one.
+/// Between strokes any change is detected by comparing hashes of all arrays; within a stroke only
 /// after a BeforeCommand. Cost: two passes over all arrays of all meshes for each stroke, one for
 /// each command.
 ///
-/// Errors: within a call nothing is thrown; after a failure nothing more is written, and
-/// ThrowIfFailed tells it.
+/// Errors: calls into the brush never throw because of the trace; after a failure nothing more is
+/// written, and ThrowIfFailed reports it.
 class TROVIK_API TraceRecorder final : public StrokeObserver, private GeometryObserver {
 public:
-    /// Prepares the folder. \throw HostError when it cannot be made, or holds files that are no
-    /// trace.
+    /// Prepares the folder. \throw HostError if it cannot be created, or contains files that are
+    /// not part of a trace.
     explicit TraceRecorder(const TraceOptions& options);
     ~TraceRecorder();
     TraceRecorder(const TraceRecorder&) = delete;
@@ -54,9 +55,9 @@ public:
 
     /// \throw HostError with the first failure, if there was one.
     void ThrowIfFailed() const;
-    /// Writes the state `after`, to be called when the last call is over, and the line of what the
-    /// host has changed since, if anything; where no stroke has begun `before` too. \throw
-    /// HostError.
+    /// Writes the state `after` and, if the host has changed anything since the last call, the line
+    /// for that change. To be called after the last call; if no stroke has begun, it writes
+    /// `before` as well. \throw HostError.
     void WriteAfter(BrushOperation& brush);
 
 private:
@@ -71,7 +72,7 @@ private:
     void AddTouched(JsonFields& out, const BrushCall& call) const;
     std::string MessagesSince() const;
     void Watch(bool on);
-    /// Runs work that may throw; the first failure is kept for ThrowIfFailed, and ends the trace.
+    /// Runs work that may throw; the first failure is stored for ThrowIfFailed and ends the trace.
     template <typename Work>
     void Guarded(Work work) {
         if (!failure.empty()) return;
@@ -98,11 +99,11 @@ private:
     HostChanges hostChanges;
     unsigned changeCount = 0;
     bool inStroke = false;
-    /// Settings after the last call, for telling what the host changed since.
+    /// Settings after the last call, to detect what the host has changed since.
     JsonFields settings;
     std::map<const Mesh*, int> freezeQueries;
 
-    // The call under way.
+    // State of the current call.
     JsonFields input;
     std::size_t messagesBefore = 0;
     /// "builduprate" when a stroke began, as JSON text.
@@ -112,7 +113,7 @@ private:
     std::vector<FaceVisit> lastWalk;
     std::vector<std::string> finished;
 
-    /// What was settled before the call of EndStroke, for the line after it.
+    /// Vertices settled before the call of EndStroke, for the line after it.
     struct Settled {
         JsonFields in, out;
         std::size_t mesh = 0;

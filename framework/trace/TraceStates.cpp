@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// States of meshes in a trace, and the lines of what the host changes between calls.
+/// \file States of meshes in a trace, and the lines for changes that the host makes between calls.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/trace/BrushSettingsText.h"
 #include "framework/trace/MeshState.h"
@@ -91,7 +90,8 @@ void TraceRecorder::WriteHostChanges(BrushOperation& brush) {
     }
 }
 
-// The line holds positions, from which normals follow; offsets of a layer take a whole state.
+// The line contains positions, which determine the normals; offsets of a layer require a complete
+// state.
 void TraceRecorder::WriteSettled() {
     for (const Settled& line : settled) {
         WriteCall(settling, line.in, line.out);

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// The visible faces of which `isChosen(vertex)` is true for each corner.
+/// The visible faces for whose corners `isChosen(vertex)` is always true.
 template <typename IsChosen>
 FaceChoice VisibleFacesWith(const LevelMesh& level, IsChosen isChosen) {
     FaceChoice chosen(level.faceCount);
@@ -22,7 +22,7 @@ FaceChoice VisibleFacesWith(const LevelMesh& level, IsChosen isChosen) {
     return chosen;
 }
 
-/// \param ofBaseFaces  a number for each face of level 0; empty: all have none.
+/// \param ofBaseFaces  a number for each face of level 0; empty if all have `none`.
 FaceChoice FacesNumbered(const LevelGeometry& geometry,
                          const std::vector<uint32_t>& ofBaseFaces,
                          uint32_t number) {
@@ -38,7 +38,7 @@ FaceChoice FacesNumbered(const LevelGeometry& geometry,
     return chosen;
 }
 
-/// Faces that share a vertex with one whose byte is `value` take it, too.
+/// Extends the set of faces whose byte is `value` to faces that share a vertex with it.
 void Spread(const LevelMesh& level, FaceChoice& chosen, uint8_t value, uint32_t rings) {
     const uint32_t corners = level.CornersPerFace();
     const auto cornersOf = [&](uint32_t face) {
@@ -76,7 +76,7 @@ FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material) {
     return FacesNumbered(geometry, geometry.Attributes().faceMaterials, material);
 }
 
-// Faces of a level are connected as the faces of level 0 are that they lie in.
+// Faces of a level are connected exactly if their faces of level 0 are.
 FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face) {
     LevelMesh& base = *geometry.Level(0);
     const uint32_t level = geometry.BoundIndex();

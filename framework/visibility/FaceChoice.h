@@ -12,28 +12,28 @@
 
 namespace trovik {
 
-/// \file
-/// Choices of faces of a geometry's bound level, for hiding and showing them.
+/// \file Selections of faces of a geometry's bound level, for hiding and showing them.
 
-/// One byte for each face: 1 for a chosen one, 0 for the others.
+/// One byte for each face: 1 if it is selected, 0 otherwise.
 using FaceChoice = std::vector<uint8_t>;
 
-/// The visible faces of which each corner has at least this mask weight.
+/// The visible faces whose corners all have at least this mask weight.
 /// \param threshold  as a freeze amount, 1 to 127. Cost: O(faces).
 TROVIK_API FaceChoice FacesByMask(const LevelMesh& level, uint8_t threshold);
 
-/// The faces in faces of level 0 of this group, hidden ones included. Cost: O(faces).
-/// \param group  number into SurfaceAttributes::groupNames, or `none` for the faces of no group.
+/// The faces that descend from a level 0 face of this group, including hidden ones. Cost: O(faces).
+/// \param group  index into SurfaceAttributes::groupNames, or `none` for the faces without a group.
 TROVIK_API FaceChoice FacesOfGroup(const LevelGeometry& geometry, uint32_t group);
-/// The same by material. \param material  number into SurfaceAttributes::materialNames, or `none`.
+/// The faces that descend from a level 0 face of this material, including hidden ones. \param
+/// material  index into SurfaceAttributes::materialNames, or `none`.
 TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material);
 
-/// The connected component that holds a face of the bound level, hidden faces included.
-/// Cost: O(faces).
+/// The connected component that contains a face of the bound level, including hidden faces. Cost:
+/// O(faces).
 TROVIK_API FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face);
 
-/// The visible faces of which each corner is reached and shown where `isInside` says.
-/// \param isInside  by the position on the viewport; see SharesInView, also for `tree` and cost.
+/// The visible faces whose corners are all within reach and satisfy `isInside`.
+/// \param isInside  tests a position on the viewport; see SharesInView, also for `tree` and cost.
 TROVIK_API FaceChoice FacesInView(const LevelGeometry& geometry,
                                   const PatchTree& tree,
                                   const StrokeView& view,
@@ -42,9 +42,10 @@ TROVIK_API FaceChoice FacesInView(const LevelGeometry& geometry,
 
 TROVIK_API FaceChoice HiddenFaces(const LevelMesh& level);
 
-/// Each step adds the faces that share a vertex with a chosen one. Cost of a step: O(faces).
+/// Repeatedly adds the faces that share a vertex with a selected one. Cost per repetition:
+/// O(faces).
 TROVIK_API FaceChoice GrownChoice(const LevelMesh& level, FaceChoice chosen, uint32_t rings);
-/// Each step removes the faces that share a vertex with one that is not chosen.
+/// Repeatedly removes the faces that share a vertex with one that is not selected.
 TROVIK_API FaceChoice ShrunkChoice(const LevelMesh& level, FaceChoice chosen, uint32_t rings);
 
 }  // namespace trovik

@@ -8,24 +8,25 @@
 
 namespace trovik {
 
-/// What happens to the visibility of a geometry's bound level, and of all levels with it.
+/// An operation on the visibility of the faces of a geometry, selected on the bound level and
+/// applied to all levels.
 enum class VisibilityChange : int {
-    /// Chosen faces are hidden.
+    /// Hides the selected faces.
     Hide,
-    /// Chosen faces are shown, with all above them.
+    /// Shows the selected faces and all their descendants.
     Show,
-    /// Chosen faces are shown, all others hidden.
+    /// Shows the selected faces and hides all others.
     Isolate,
-    /// Hidden faces are shown, visible ones hidden.
+    /// Shows hidden faces and hides visible ones.
     Invert,
-    /// Everything is shown.
+    /// Shows all faces.
     ShowAll,
 };
 
-/// Changes the visibility and returns the step of it, not yet pushed.
+/// Changes the visibility and returns the undo step, not yet pushed.
 /// \param chosen  one byte for each face of the bound level; not used by Invert and ShowAll.
-/// \return null if nothing changes. \throw HostError while a stroke is open.
-/// Cost: O(faces of the bound level), and what SetVisibilityAsStep costs.
+/// \return null if nothing changes. \throw HostError while a stroke is open. Cost: O(faces of the
+/// bound level) plus the cost of SetVisibilityAsStep.
 TROVIK_API std::unique_ptr<VisibilityStep> ChangeVisibilityAsStep(LevelGeometry& geometry,
                                                                   VisibilityChange change,
                                                                   const FaceChoice& chosen = {});

@@ -190,7 +190,7 @@ TEST(MapBakerTest, OverlappingUvsAreReported) {
                                         {folder.Path("d.exr")});
     EXPECT_EQ(report.warning,
               "on 16 texels the UVs of faces overlap, such as those of face 2 of level 0; the map "
-              "has the face of the lowest number there");
+              "contains the face with the lowest number there");
 }
 
 TEST(MapBakerTest, WhatCannotBeBakedIsToldInOneLine) {
@@ -204,29 +204,30 @@ TEST(MapBakerTest, WhatCannotBeBakedIsToldInOneLine) {
     options.from = 1;
     options.to = 1;
     EXPECT_EQ(message(options, "d.exr"),
-              "a map tells how a finer level differs from a coarser one; level 1 is not finer than "
+              "a map stores the difference between a finer and a coarser level, but level 1 is not "
+              "finer than "
               "level 1");
     options.to = 0;
     EXPECT_EQ(message(options, "d.jpg"),
-              "d.jpg: a map's file name ends in .exr, .png, .tif or .tiff");
+              "d.jpg: the file name of a map must end in .exr, .png, .tif or .tiff");
     options.width = 0;
     EXPECT_EQ(message(options, "d.exr"),
-              "a map of 0 x 16 texels cannot be made; a side has 1 to 16384");
+              "a map of 0 x 16 texels is not possible; width and height must be 1 to 16384");
 
     const auto bare = Refined(GridMesh(2, 1), 1);
     options = Options(MapKind::Normal, MapSpace::Tangent, 16, 16);
     EXPECT_EQ(MessageOf<HostError>([&] { BakeMap(*bare, options, "n.png"); }),
-              "the mesh has no texture coordinates (UVs), and a map lies on the texture");
+              "the mesh has no texture coordinates (UVs), which a map requires");
 
     PolygonMesh outside = WithIslands(GridMesh(2, 1), 2, 0.25f);
     for (std::array<float, 2>& uv : outside.attributes.uvs) uv[0] += 0.25f;
     const auto crossing = Refined(outside, 1);
     EXPECT_EQ(MessageOf<HostError>([&] { BakeMap(*crossing, options, "n.png"); }),
-              "the UVs of face 1 of level 0, (0.875, 0.125) to (1.125, 0.375), lie outside 0 to 1; "
-              "<UDIM> in the file name gives a map for each tile of the texture, and with "
-              "\"repeat\" they are taken as a texture that repeats");
+              "the UVs of face 1 of level 0, (0.875, 0.125) to (1.125, 0.375), are outside 0 to 1; "
+              "use <UDIM> in the file name for one map per tile of the texture, or "
+              "\"repeat\" for a texture that repeats");
     EXPECT_EQ(MessageOf<HostError>([&] { BakeMap(*crossing, options, "n.<UDIM>.png"); }),
-              "the UVs of face 1 of level 0, (0.875, 0.125) to (1.125, 0.375), do not lie within "
+              "the UVs of face 1 of level 0, (0.875, 0.125) to (1.125, 0.375), are not within "
               "one tile of the texture");
 }
 

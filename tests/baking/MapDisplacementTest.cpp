@@ -200,7 +200,7 @@ TEST_F(MapDisplacementTest, WhatIsNoMapForTheMeshIsRefusedAndNothingChanges) {
     options.path = Map("grey.exr", {1, 1, 1, 1});
     options.kind = MapKind::Vector;
     EXPECT_EQ(message(options),
-              options.path + ": a map of vectors has three channels, this image 1");
+              options.path + ": a vector map must have three channels; this image has 1");
     MapText normal;
     normal.kind = MapKind::Normal;
     FloatImage image;
@@ -210,11 +210,10 @@ TEST_F(MapDisplacementTest, WhatIsNoMapForTheMeshIsRefusedAndNothingChanges) {
     WriteFloatImageFile(folder.Path("n.exr"), image, normal.ToLine());
     options = {};
     options.path = folder.Path("n.exr");
-    EXPECT_EQ(message(options),
-              options.path + ": a map of normals does not tell how far the surface moves");
+    EXPECT_EQ(message(options), options.path + ": a normal map contains no displacement");
     options.path = Map("huge.exr", {3e38f, 3e38f, 3e38f, 3e38f});
     options.strength = 100.0f;
-    EXPECT_NE(message(options).find("would be moved beyond all numbers"), std::string::npos);
+    EXPECT_NE(message(options).find("would get a position that is not finite"), std::string::npos);
     EXPECT_EQ(Bits(), before);
     EXPECT_EQ(geometry->History().Position(), 0u);
 
@@ -223,10 +222,9 @@ TEST_F(MapDisplacementTest, WhatIsNoMapForTheMeshIsRefusedAndNothingChanges) {
     geometry->RestoreAttributes(shifted);
     options = {};
     options.path = folder.Path("grey.exr");
-    EXPECT_NE(message(options).find("lie outside 0 to 1"), std::string::npos);
+    EXPECT_NE(message(options).find("are outside 0 to 1"), std::string::npos);
     geometry->RestoreAttributes({});
-    EXPECT_EQ(message(options),
-              "the mesh has no texture coordinates (UVs), and a map lies on the texture");
+    EXPECT_EQ(message(options), "the mesh has no texture coordinates (UVs), which a map requires");
 }
 
 // Both sides of a seam read other places of the map, and the vertices between them are one.

@@ -359,7 +359,7 @@ TEST_F(DocumentStrokeTest, RadiusAndSpacingAreCheckedBeforeAStrokeBegins) {
     document.Settings().spacing = 0.25f;
     document.Settings().radius = 0.0f;
     EXPECT_EQ(MessageOf<HostError>([&] { DocumentStroke{document}; }),
-              "the radius is 0; a number above 0 is needed");
+              "the radius is 0; it must be above 0");
     EXPECT_FALSE(document.Loop().IsActive());
     EXPECT_EQ(document.Settings().strokesBegun, 0u);
 }

@@ -103,7 +103,7 @@ TEST_F(PenScript, TheFilterIsOnUnlessItIsTurnedOff) {
     EXPECT_EQ(Run(Stroke(blot)), Run(Stroke(without)));
     EXPECT_NE(Run(Stroke(blot + off)), Run(Stroke(without + off)));
     EXPECT_THAT(ErrorOf(Stroke(pointer + off)),
-                HasSubstr("/steps/1/stroke/path/filter: only a pen's samples are filtered"));
+                HasSubstr("/steps/1/stroke/path/filter: only pen samples can be filtered"));
 }
 
 TEST_F(PenScript, AnEmptyPathMeasuresRoundCorners) {
@@ -174,57 +174,62 @@ TEST_F(PenScript, TiltMakesDabsLarger) {
 TEST_F(PenScript, ErrorsNameThePlace) {
     const std::string path = pointer + std::string(R"(, "path": )");
     EXPECT_THAT(ErrorOf(Stroke(path + R"({"line": true, "curve": true})")),
-                HasSubstr("/steps/1/stroke/path: a path is one of \"line\" and \"curve\""));
-    EXPECT_THAT(ErrorOf(Stroke(path + R"({"snap": {"curve": [[1, 2, 3], [1, 2, 4]],
+                HasSubstr("/steps/1/stroke/path: \"line\" and \"curve\" cannot be combined"));
+    EXPECT_THAT(
+        ErrorOf(Stroke(path + R"({"snap": {"curve": [[1, 2, 3], [1, 2, 4]],
                                                    "distance": 4}})")),
-                HasSubstr("/steps/1/stroke/path/snap/curve/0: places of this stroke have 2"));
+        HasSubstr("/steps/1/stroke/path/snap/curve/0: positions of this stroke must have 2"));
     EXPECT_THAT(ErrorOf(Stroke(R"("dabs": [{"face": 0}], "path": {})")),
                 HasSubstr("/steps/1/stroke/path: this stroke has no path"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, 0], [1, 2, 1.5, 8]])")),
-                HasSubstr("/steps/1/stroke/pen/1/2: pressure lies between 0 and 1"));
+                HasSubstr("/steps/1/stroke/pen/1/2: pressure must be between 0 and 1"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, 0, 0.9, 0.9]])")),
-                HasSubstr("/steps/1/stroke/pen/0/4: the tilt is no longer than 1"));
+                HasSubstr("/steps/1/stroke/pen/0/4: the length of the tilt must be at most 1"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, 0, 0.9]])")),
-                HasSubstr("/steps/1/stroke/pen/0: a sample is"));
+                HasSubstr("/steps/1/stroke/pen/0: a sample must be"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": [[1, 2, 0.5, -1]])")),
-                HasSubstr("/steps/1/stroke/pen/0/3: times lie between"));
+                HasSubstr("/steps/1/stroke/pen/0/3: times must be between"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pointer": [[1, 2], [1e30, 2]], "path": {})")),
-                HasSubstr("/steps/1/stroke/pointer/1: [1e+30, 2] lies beyond 5000000 pixels"));
+                HasSubstr("/steps/1/stroke/pointer/1: [1e+30, 2] is more than 5000000 pixels"));
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "none.json")")),
-                HasSubstr("/stroke/pen: there is no file none.json"));
-    EXPECT_THAT(ErrorOf(Set(R"("sizeCurve": [[0, 0], [0.5, 0.5], [0.4, 1]])") + Stroke(pen)),
-                HasSubstr("/steps/1/set/sizeCurve/2: the pressures of a curve's points ascend"));
+                HasSubstr("/stroke/pen: file not found: none.json"));
+    EXPECT_THAT(
+        ErrorOf(Set(R"("sizeCurve": [[0, 0], [0.5, 0.5], [0.4, 1]])") + Stroke(pen)),
+        HasSubstr("/steps/1/set/sizeCurve/2: the pressures of a curve's points must ascend"));
     EXPECT_THAT(ErrorOf(Set(R"("sizeCurve": [[0, 0]])") + Stroke(pen)),
-                HasSubstr("/steps/1/set/sizeCurve: a pressure curve has 2 to 32 points"));
-    EXPECT_THAT(ErrorOf(Set(R"("radius": 1, "radiusPixels": 9)") + Stroke(pen)),
-                HasSubstr("/steps/1/set/radiusPixels: a brush has one of"));
+                HasSubstr("/steps/1/set/sizeCurve: a pressure curve must have 2 to 32 points"));
+    EXPECT_THAT(
+        ErrorOf(Set(R"("radius": 1, "radiusPixels": 9)") + Stroke(pen)),
+        HasSubstr("/steps/1/set/radiusPixels: \"radius\" and \"radiusPixels\" cannot be combined"));
 }
 
 TEST_F(PenScript, PathsThatAreTooLongAreRefusedWithTheSample) {
-    const std::string fine = R"(a stroke may take 10000000)";
+    const std::string fine = R"(the maximum for a stroke is 10000000)";
     for (const char* path : {"", R"(, "path": {})", R"(, "path": {"steady": 60})"}) {
         SCOPED_TRACE(path);
         const auto error = [&](const std::string& samples) {
             return ErrorOf(Stroke(samples + path));
         };
         EXPECT_THAT(error(R"("pointer": [[400, 300], [400, 4294967295]])"),
-                    HasSubstr("/steps/1/stroke/pointer/1: [400, 4.29497e+09] lies beyond 5000000 "
+                    HasSubstr("/steps/1/stroke/pointer/1: [400, 4.29497e+09] is more than 5000000 "
                               "pixels from the viewport's upper left corner"));
         EXPECT_THAT(error(R"("pointer": [[400, 1e30]])"),
-                    HasSubstr("/steps/1/stroke/pointer/0: [400, 1e+30] lies beyond"));
+                    HasSubstr("/steps/1/stroke/pointer/0: [400, 1e+30] is more than"));
         EXPECT_THAT(error(R"("pointer": [[0, 0], [0, 4e6], [0, -4e6]])"),
                     HasSubstr("/steps/1/stroke/pointer/2: the path up to [0, -4e+06] takes 2.4e+07 "
-                              "steps of 0.5 pixels; a stroke may take 10000000"));
-        EXPECT_THAT(error(R"("surface": [[0, 0, 1], [0, 2e9, 1]])"),
-                    HasSubstr("/steps/1/stroke/surface/1: the path up to [0, 2e+09, 1] takes "
-                              "1.6e+11 steps of 0.0125 units (radius 0.2, spacing 25 percent); a"));
+                              "steps of 0.5 pixels; the maximum for a stroke is 10000000"));
+        EXPECT_THAT(
+            error(R"("surface": [[0, 0, 1], [0, 2e9, 1]])"),
+            HasSubstr(
+                "/steps/1/stroke/surface/1: the path up to [0, 2e+09, 1] takes "
+                "1.6e+11 steps of 0.0125 units (radius 0.2, spacing 25 percent); the maximum"));
     }
     EXPECT_THAT(
         ErrorOf(Stroke(R"("pen": [[0, 0, 1, 0], [0, 4e6, 1, 8], [0, 0, 1, 16], [0, 4e6, 1, 24]])")),
         HasSubstr("/steps/1/stroke/pen/2: the path up to [0, 0] takes 1.6e+07 steps"));
     folder.Fill("far.json", R"({"samples": [[0, 0, 1, 0], [0, 1e30, 1, 8]]})");
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "far.json")")),
-                HasSubstr("/steps/1/stroke/pen: sample 1: [0, 1e+30] lies beyond"));
+                HasSubstr("/steps/1/stroke/pen: sample 1: [0, 1e+30] is more than"));
     // The shape of a path takes steps of its own.
     for (const char* path : {R"({"steady": 1e-6})",
                              R"({"smoothing": 1e-6})",
@@ -239,7 +244,8 @@ TEST_F(PenScript, PathsThatAreTooLongAreRefusedWithTheSample) {
 
 TEST_F(PenScript, ThePathIsMeasuredByTheRadiusThatIsUsed) {
     const char* reason =
-        "steps of 2.5e-10 pixels (radius 1e-09 pixels, spacing 25 percent); a stroke may take";
+        "steps of 2.5e-10 pixels (radius 1e-09 pixels, spacing 25 percent); the maximum for a "
+        "stroke is";
     const std::string tiny = Set(R"("radiusPixels": 1e-9)");
     EXPECT_THAT(ErrorOf(tiny + Stroke(pointer)), HasSubstr(reason));
     EXPECT_THAT(ErrorOf(tiny + Stroke(pen)), HasSubstr(reason));
@@ -247,7 +253,7 @@ TEST_F(PenScript, ThePathIsMeasuredByTheRadiusThatIsUsed) {
                 HasSubstr("(radius 1e-09 pixels, spacing 25 percent)"));
     for (const char* path : {"", R"(, "path": {})"})
         EXPECT_THAT(ErrorOf(Set(R"("radius": 1e-9)") + Stroke(pointer + std::string(path))),
-                    HasSubstr("(radius 1e-09, spacing 25 percent); a stroke may take"));
+                    HasSubstr("(radius 1e-09, spacing 25 percent); the maximum for a stroke is"));
     // One dab needs no path.
     EXPECT_EQ(DabsOf(tiny + Stroke(R"("pointer": [[300, 300]])")), 1u);
 }
@@ -257,7 +263,7 @@ TEST_F(PenScript, SpacingsHaveOneRangeEverywhere) {
                 HasSubstr("/steps/1/set/spacing: "));
     EXPECT_EQ(DabsOf(Set(R"("spacing": 0.1)") + Stroke(R"("pointer": [[300, 300]])")), 1u);
     EXPECT_EQ(MessageOf<HostError>([] { CheckSpacing(1e-9f); }),
-              "the spacing of dabs is 1e-07 percent of the radius; it lies within 0.1 to 1000");
+              "the spacing of dabs is 1e-07 percent of the radius; it must be 0.1 to 1000");
     EXPECT_THROW(CheckSpacing(10.1f), HostError);
     EXPECT_THROW(CheckSpacing(std::numeric_limits<float>::quiet_NaN()), HostError);
     EXPECT_NO_THROW(CheckSpacing(minSpacing));
@@ -331,8 +337,8 @@ TEST(PenStream, FilesThatAreNoneAreRefusedWithThePlace) {
     EXPECT_EQ(error(R"({"samples": []})"),
               "pen.json: /samples: expected an array of 1 or more arrays, got an empty array");
     EXPECT_EQ(error(R"({"samples": [[1, 2, 0, 0, 1]]})"),
-              "pen.json: /samples/0: a sample is [x, y, pressure, milliseconds] or has the two "
-              "numbers of the tilt too");
+              "pen.json: /samples/0: a sample must be [x, y, pressure, milliseconds], "
+              "optionally with two numbers for the tilt");
     EXPECT_THAT(error(R"({"samples": [[1e300, 2, 0, 0]]})"), HasSubstr("/samples/0/0: the number"));
     EXPECT_EQ(ParsePenStream(R"({"samples": [[1.5, 2, 0.25, 40, 0, -1]]})", "pen.json")[0].time,
               0.04);

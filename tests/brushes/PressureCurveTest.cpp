@@ -61,18 +61,18 @@ TEST(PressureCurve, RisesAndFallsOnlyWhereItsPointsDo) {
 
 TEST(PressureCurve, RefusesPointsThatMakeNoCurve) {
     std::size_t index = 9;
-    EXPECT_EQ(FlawOf({{0.0f, 0.0f}}, index), "a pressure curve has 2 to 32 points");
+    EXPECT_EQ(FlawOf({{0.0f, 0.0f}}, index), "a pressure curve must have 2 to 32 points");
     EXPECT_EQ(index, 1u);
     EXPECT_EQ(FlawOf(std::vector<PressureCurve::Point>(33, {0.0f, 0.0f}), index),
-              "a pressure curve has 2 to 32 points");
+              "a pressure curve must have 2 to 32 points");
     EXPECT_EQ(FlawOf({{0.0f, 0.0f}, {0.5f, 1.5f}}, index),
-              "pressures and their values lie between 0 and 1");
+              "pressures and their values must be between 0 and 1");
     EXPECT_EQ(index, 1u);
     EXPECT_EQ(FlawOf({{0.0f, 0.0f}, {0.5f, 0.5f}, {0.5f, 1.0f}}, index),
-              "the pressures of a curve's points ascend");
+              "the pressures of a curve's points must ascend");
     EXPECT_EQ(index, 2u);
     EXPECT_EQ(FlawOf({{std::numeric_limits<float>::quiet_NaN(), 0.0f}, {1.0f, 1.0f}}, index),
-              "pressures and their values lie between 0 and 1");
+              "pressures and their values must be between 0 and 1");
     EXPECT_EQ(FlawOf({{0.0f, 0.0f}, {1.0f, 1.0f}}, index), "");
     EXPECT_THROW(PressureCurve({{0.0f, 0.0f}}), HostError);
 }

@@ -174,9 +174,10 @@ TEST_F(StampScript, AnOpenStrokeKeepsItsStamp) {
     const std::string open =
         std::string(sculpt) + R"(, {"stroke": {"surface": [[0, 0, 0]], "open": true}},)";
     EXPECT_THAT(ErrorOf(open + R"({"set": {"stamp": "half.tif"}})"),
-                HasSubstr("/steps/2/set/stamp: a stroke is open"));
-    EXPECT_THAT(ErrorOf(open + R"({"stroke": {"continue": true, "seed": 4}})"),
-                HasSubstr("/steps/2/stroke/seed: the seed of a stroke is told where it begins"));
+                HasSubstr("/steps/2/set/stamp: the stamp cannot change while a stroke is open"));
+    EXPECT_THAT(
+        ErrorOf(open + R"({"stroke": {"continue": true, "seed": 4}})"),
+        HasSubstr("/steps/2/stroke/seed: the seed must be given at the beginning of the stroke"));
     // Other settings of the stamp may change.
     Run(open + R"({"set": {"stamp": {"factor": 2}}}, {"stroke": {"continue": true}})");
 }
@@ -199,9 +200,9 @@ TEST_F(StampScript, MistakesAreNamedWithTheirPlace) {
         return R"({"set": {"stamp": )" + stamp + "}}";
     };
     EXPECT_THAT(ErrorOf(set(R"("none.tif")")),
-                HasSubstr("/steps/0/set/stamp: there is no stamp \"none.tif\""));
+                HasSubstr("/steps/0/set/stamp: stamp not found: none.tif"));
     EXPECT_THAT(ErrorOf(set(R"({"path": "some/none.tif"})")),
-                HasSubstr("/steps/0/set/stamp/path: there is no file some/none.tif"));
+                HasSubstr("/steps/0/set/stamp/path: file not found: some/none.tif"));
     folder.Fill("bad.tif", "no image");
     EXPECT_THAT(ErrorOf(set(R"({"path": "bad.tif"})")),
                 testing::AllOf(HasSubstr("/steps/0/set/stamp/path: cannot read image"),

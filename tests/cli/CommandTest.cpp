@@ -75,17 +75,17 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
                       "/steps/0/stroke/dabs/0/face: there is no face 6; the level has 6");
     ExpectScriptError(
         R"({"mesh": "cube.obj", "steps": [{"stroke": {"dabs": [{"face": 0, "normal": [0, 0, 0]}]}}]})",
-        "/steps/0/stroke/dabs/0/normal: the normal has no length");
+        "/steps/0/stroke/dabs/0/normal: the normal must not be zero");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"stroke": {}}]})",
                       "/steps/0/stroke: a stroke needs one of");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"level": 3}]})",
                       "/steps/0/level: there is no level 3; the highest is 0");
     ExpectScriptError(R"({"mesh": "cube.obj", "transform": {"scale": [1, 0, 1]}, "steps": []})",
-                      "/transform/scale: a scale of 0");
+                      "/transform/scale: a scale must not be 0");
     ExpectScriptError(
         R"({"mesh": "cube.obj", "transform": {"matrix": [1,0,0,0, 0,1,0,0, 0,0,1,0, 0,0,0,2]},
             "steps": []})",
-        "/transform/matrix: the last column of the matrix is not 0, 0, 0, 1");
+        "/transform/matrix: the last column of the matrix must be 0, 0, 0, 1");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"undo": 1}]})",
                       "/steps/0/undo: there is nothing more to undo");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"layer": {"strength": 1}}]})",
@@ -101,7 +101,7 @@ TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"deleteLevels": "lower"}]})",
                       "/steps/0/deleteLevels: level 0 is the lowest");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"applyToBase": true}]})",
-                      "/steps/0/applyToBase: the level at hand is the base");
+                      "/steps/0/applyToBase: the current level is level 0, the base");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"unsubdivide": 1}]})",
                       "/steps/0/unsubdivide: the faces of level 0 are not connected like");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"stroke": {"open": true}},
@@ -168,7 +168,8 @@ TEST_F(Command, TraceIsWrittenIntoItsFolder) {
     EXPECT_EQ(Run("sculpt s.json -q --trace t --trace-every 0").status, 2);
     const Outcome refused = Run("sculpt s.json -q --trace .");
     EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.error.find("the folder holds files that are no trace"), std::string::npos)
+    EXPECT_NE(refused.error.find("the folder contains files that are not part of a trace"),
+              std::string::npos)
         << refused.error;
 }
 
@@ -243,7 +244,7 @@ TEST_F(Command, LayerStepsAreTakenBackOneByOne) {
     EXPECT_EQ(Run("info empty.trovik --json").out.find("\"name\": \"a\""), std::string::npos);
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [
         {"layer": {"add": "a"}}, {"layer": {"mergeDown": true}}]})",
-                      "/steps/1/layer: layer \"a\" has none below to be merged into");
+                      "/steps/1/layer: layer \"a\" has no layer below it to merge into");
 }
 
 TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
@@ -282,10 +283,10 @@ TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
 
 TEST_F(Command, WhatIsWrongWithASceneIsOneLine) {
     ExpectScriptError(R"({"mesh": "cube.obj", "scene": "a.trovik", "steps": []})",
-                      "/: a script opens one of \"mesh\" and \"scene\"");
+                      "/: a script must have exactly one of \"mesh\" and \"scene\"");
     ExpectScriptError(R"({"scene": "a.trovik", "levels": 2, "steps": []})", "/levels: ");
     ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"save": "a.scene"}]})",
-                      "/steps/0/save: a scene file's name ends in .trovik");
+                      "/steps/0/save: the name of a scene file must end in .trovik");
     WriteFile("cut.json", R"({"mesh": "cube.obj", "steps": [{"save": "cut.trovik"}]})");
     ASSERT_EQ(Run("sculpt -q cut.json").status, 0);
     const std::string whole = ReadAll(folder / "cut.trovik");
@@ -382,8 +383,8 @@ TEST_F(Command, WhatCannotBeBakedIsOneLine) {
               R"({"mesh": "cube.obj", "levels": 1, "steps": [{"save": "bare.trovik"}]})");
     ASSERT_EQ(Run("sculpt -q bare.json").status, 0);
     EXPECT_EQ(Run("bake bare.trovik -o d.exr -q").error,
-              "trovik: bare.trovik: the mesh has no texture coordinates (UVs), and a map lies on "
-              "the texture\n");
+              "trovik: bare.trovik: the mesh has no texture coordinates (UVs), which a map "
+              "requires\n");
     EXPECT_EQ(Run("bake cube.obj -o d.exr -q").error,
               "trovik: cube.obj: there is only one level; use a scene with several levels, or "
               "--unsubdivide with a mesh that is the refinement of a coarser one\n");
@@ -393,12 +394,12 @@ TEST_F(Command, WhatCannotBeBakedIsOneLine) {
     WriteFile("sheet.obj", sheetWithUvs);
     ExpectScriptError(
         R"({"mesh": "sheet.obj", "levels": 1, "steps": [{"bake": {"file": "d.exr", "to": 1}}]})",
-        "/steps/0/bake: a map tells how a finer level differs from a coarser one");
+        "/steps/0/bake: a map stores the difference between a finer and a coarser level");
     ExpectScriptError(R"({"mesh": "sheet.obj", "levels": 1, "steps": [
                           {"bake": {"file": "d.png", "bits": "float"}}]})",
-                      "/steps/0/bake: d.png: a .png holds 16 bits and no floats");
+                      "/steps/0/bake: d.png: a .png file stores 16 bits; floats require");
     ExpectScriptError(R"({"mesh": "sheet.obj", "steps": [{"displace": {"file": "none.exr"}}]})",
-                      "/steps/0/displace/file: there is no file none.exr");
+                      "/steps/0/displace/file: file not found: none.exr");
     ExpectScriptError(R"({"mesh": "sheet.obj", "steps": [{"stroke": {"open": true}},
                           {"displace": {"file": "none.exr"}}]})",
                       "/steps/1/displace: a stroke is open");

@@ -156,8 +156,8 @@ TEST_F(Interruption, JournalGivesBackWhatWasFinished) {
     const Outcome outcome = Run("recover s.journal -o s.trovik -q");
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.error,
-              "trovik: s.journal: the last step, \"subdivide\", was not finished and was left "
-              "out\n");
+              "trovik: s.journal: the last step, \"subdivide\", was not finished and is "
+              "skipped\n");
     // The work up to the subdivision, to the bit.
     ASSERT_EQ(Run("convert s.trovik again.ply -q").status, 0);
     EXPECT_EQ(ReadAll(folder / "again.ply"), ReadAll(folder / "before.ply"));

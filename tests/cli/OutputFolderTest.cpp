@@ -44,14 +44,15 @@ TEST_F(OutputFolder, IsSearchedByTheNextScript) {
     ASSERT_EQ(Run("sculpt -q --check scripts/second.json -o out").error, "");
     ASSERT_EQ(Run("sculpt -q scripts/second.json -o out --journal w.journal").error, "");
     EXPECT_EQ(Run("sculpt -q scripts/third.json -o out").error, "");
-    EXPECT_EQ(Run("sculpt -q scripts/second.json -o other").error,
-              "trovik: scripts/second.json: /scene: there is no file a.trovik in the script's "
-              "folder (scripts) or the output folder (other)\n");
+    EXPECT_EQ(
+        Run("sculpt -q scripts/second.json -o other").error,
+        "trovik: scripts/second.json: /scene: file not found: a.trovik is neither in the script's "
+        "folder (scripts) nor in the output folder (other)\n");
     const Outcome recovery = Run("recover w.journal -o b.trovik -q");
     EXPECT_EQ(recovery.error, "") << "the journal has the paths of the files that were found";
     WriteFile("out/d.exr", "another map");
     EXPECT_THAT(Run("recover w.journal -o b.trovik -q").error,
-                HasSubstr("out/d.exr is no longer what it was"));
+                HasSubstr("out/d.exr has changed since the work was recorded"));
 }
 
 TEST_F(OutputFolder, ComesAfterTheFolderOfTheScript) {
@@ -80,14 +81,14 @@ TEST_F(OutputFolder, IsNotLeftWithoutLeave) {
         const std::string error = ErrorOf(R"({"export": {"file": ")" + name + R"("}})");
         EXPECT_EQ(error,
                   "trovik: s.json: /steps/0/export/file: \"" + name + "\" " + reason +
-                      " the output folder; --allow-outside permits that\n");
+                      " the output folder; use --allow-outside to permit it\n");
         EXPECT_TRUE(fs::is_empty(folder / "outside"));
         EXPECT_FALSE(fs::exists(folder / "a.ply"));
     };
     refused("../a.ply", "leads out of");
     refused("inner/../../a.ply", "leads out of");
     refused("../out/../a.ply", "leads out of");
-    refused(outside + "/a.ply", "is an absolute path, which can lie outside of");
+    refused(outside + "/a.ply", "is an absolute path, which can be outside");
     fs::create_directory_symlink(folder / "outside", folder / "out/way");
     refused("way/a.ply", "leads through a symbolic link out of");
     refused("way/new/a.ply", "leads through a symbolic link out of");
@@ -100,7 +101,7 @@ TEST_F(OutputFolder, IsNotLeftWithoutLeave) {
     // A buffer is written next to its document, tiles under their own names.
     fs::create_symlink(folder / "cube.obj", folder / "out/c.bin");
     fs::create_symlink(folder / "outside", folder / "out/m.1001.exr");
-    refused("c.gltf", "is next to c.bin, a symbolic link out of");
+    refused("c.gltf", "is next to c.bin, which is a symbolic link out of");
     EXPECT_THAT(ErrorOf(R"({"bake": {"file": "m.<UDIM>.exr"}})"),
                 HasSubstr("/steps/0/bake/file: \"m.<UDIM>.exr\" is next to m.1001.exr"));
     for (const char* step : {R"({"save": "../a.trovik"})",

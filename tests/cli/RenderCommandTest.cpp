@@ -101,8 +101,8 @@ TEST_F(RenderCommand, RefusesWhatDoesNotGoTogether) {
                   "the mesh has no texture coordinates, which the shading mode \"uv\" shows");
     ExpectRefused("r.png --shading flat --matcap grey",
                   "--matcap: requires --shading matcap, got \"flat\"");
-    ExpectRefused("r.png --from 0 0 0", "--from: the direction has no length");
-    ExpectRefused("r.png --up 0 0 0", "--up: the direction has no length");
+    ExpectRefused("r.png --from 0 0 0", "--from: the direction must not be zero");
+    ExpectRefused("r.png --up 0 0 0", "--up: the direction must not be zero");
     ExpectRefused("r.png --eye 0 3 0 --up 0 1 0",
                   "--up: the camera looks along its own up direction");
     ExpectRefused("r.png --eye 0 0 0",
@@ -147,14 +147,15 @@ TEST_F(RenderCommand, ScriptStepsRefuseWhatDoesNotGoTogether) {
                           reason);
     };
     expectError(R"("file": "a.png", "shading": "flat", "matcap": "wax")",
-                "a matcap goes with the shading mode \"matcap\" only");
+                "a matcap requires the shading mode \"matcap\"");
     expectError(R"("file": "a.jpg", "transparent": true)",
                 "/steps/0/picture/file: cannot write a transparent render to a.jpg");
-    expectError(R"("file": "a.png", "keep": "a", "frames": 3)",
-                "/steps/0/picture/keep: the frames of a turntable are written to files, not kept");
+    expectError(
+        R"("file": "a.png", "keep": "a", "frames": 3)",
+        "/steps/0/picture/keep: the frames of a turntable cannot be kept, only written to files");
     expectError(R"("file": "a.png", "shading": "uv")", "the mesh has no texture coordinates");
     expectError(R"("file": "a.png", "camera": {"from": [0, 0, 1], "up": [0, 0, 0]})",
-                "/steps/0/picture/camera/up: the direction has no length");
+                "/steps/0/picture/camera/up: the direction must not be zero");
 }
 
 }  // namespace

@@ -70,29 +70,30 @@ TEST_F(ScriptCheck, AllErrorsAreListed) {
             HasSubstr("/steps/0/set/spacing: the field is given more than once"),
             HasSubstr("/steps/0/set/raduis: unknown setting; did you mean \"radius\"?"),
             HasSubstr("/steps/0/set/strength: expected a number from 0 to 100, got \"a\""),
-            HasSubstr("/mesh: there is no file none.obj in the script's folder (.) or the output "
+            HasSubstr("/mesh: file not found: none.obj is neither in the script's folder (.) nor "
+                      "in the output "
                       "folder (.)"),
             HasSubstr("/preferences/No: unknown preference"),
-            HasSubstr("/transform/scale: a scale of 0"),
-            HasSubstr("/camera/from: the direction has no length"),
-            HasSubstr("/mirror/1: the axis is named twice"),
+            HasSubstr("/transform/scale: a scale must not be 0"),
+            HasSubstr("/camera/from: the direction must not be zero"),
+            HasSubstr("/mirror/1: the axis is given twice"),
             HasSubstr("/steps/1/tool: unknown tool \"Wex\"; did you mean \"Wax\"?"),
-            HasSubstr("/steps/1/set/radiusPixels: a brush has one of"),
-            HasSubstr("/steps/1/set/stamp: there is no stamp \"none.tif\""),
+            HasSubstr("/steps/1/set/radiusPixels: \"radius\" and"),
+            HasSubstr("/steps/1/set/stamp: stamp not found: none.tif"),
             HasSubstr("/steps/2/stroke/continue: no stroke is open"),
-            HasSubstr("bad-pen.json: /samples/0: a sample is"),
-            HasSubstr("/steps/4/stroke/surface/0/3: pressure lies between 0 and 1"),
+            HasSubstr("bad-pen.json: /samples/0: a sample must be"),
+            HasSubstr("/steps/4/stroke/surface/0/3: pressure must be between 0 and 1"),
             HasSubstr("/steps/6/subdivide: a stroke is open"),
             HasSubstr("/steps/7/stroke: a stroke is open"),
             HasSubstr("/steps/9/freeze: \"all\" and \"grow\""),
-            HasSubstr("/steps/10/freeze/image/file: there is no file none.png"),
-            HasSubstr("/steps/11/picture: a picture needs"),
+            HasSubstr("/steps/10/freeze/image/file: file not found: none.png"),
+            HasSubstr("/steps/11/picture: needs"),
             HasSubstr("/steps/12/sheet/pictures/0: no picture was kept"),
             HasSubstr("/steps/13/export: a.unknown: cannot be written as a mesh"),
             HasSubstr("/steps/14/export: a.glb: glTF files are always in metres"),
-            HasSubstr("/steps/15/bake: a.png: a .png holds 16 bits"),
-            HasSubstr("/steps/16/displace/file: there is no file none.exr"),
-            HasSubstr("/steps/17/save: a scene file's name ends in .trovik"),
+            HasSubstr("/steps/15/bake: a.png: a .png file stores 16 bits"),
+            HasSubstr("/steps/16/displace/file: file not found: none.exr"),
+            HasSubstr("/steps/17/save: the name of a scene file must end in .trovik"),
             HasSubstr("/steps/18/save: \"/tmp/a.trovik\" is an absolute path"),
             "trovik: s.json: 26 errors"));
     const Outcome json = Run("sculpt --check --json s.json");
@@ -112,7 +113,8 @@ TEST_F(ScriptCheck, ScriptsThatAreNoneAreOneError) {
         ErrorsOf(R"({"mesh": "cube.obj", "steps": 7})"),
         testing::ElementsAre("trovik: s.json: /steps: expected an array of objects, got 7"));
     EXPECT_THAT(ErrorsOf(R"({"steps": []})"),
-                testing::ElementsAre(HasSubstr("/: a script opens one of \"mesh\" and \"scene\"")));
+                testing::ElementsAre(
+                    HasSubstr("/: a script must have exactly one of \"mesh\" and \"scene\"")));
 }
 
 TEST_F(ScriptCheck, AFaultySourceIsOneError) {
@@ -126,12 +128,12 @@ TEST_F(ScriptCheck, AFaultySourceIsOneError) {
     EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "scene": 6, "steps": []})"),
                 testing::ElementsAre(HasSubstr("/mesh: "),
                                      HasSubstr("/scene: "),
-                                     HasSubstr("/: a script opens one of"),
+                                     HasSubstr("/: a script must have exactly one of"),
                                      "trovik: s.json: 3 errors"));
     // Other errors are still found.
     EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "mirror": ["x", "x"], "steps": [{"tool": "Wex"}]})"),
                 testing::ElementsAre(HasSubstr("/mesh: "),
-                                     HasSubstr("/mirror/1: the axis is named twice"),
+                                     HasSubstr("/mirror/1: the axis is given twice"),
                                      HasSubstr("/steps/0/tool: unknown tool"),
                                      "trovik: s.json: 3 errors"));
 }

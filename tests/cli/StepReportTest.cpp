@@ -44,7 +44,7 @@ protected:
 constexpr const char* stroke = R"({"stroke": {"surface": [[0.2, 0.1, 1], [0.4, 0.1, 1]]}})";
 
 TEST_F(StepReport, StrokeThatMissesTheMesh) {
-    const std::string reason = "the stroke misses the mesh: it has no dab";
+    const std::string reason = "the stroke misses the mesh: no dab was applied";
     ExpectWarning(R"({"stroke": {"pointer": [[1, 1], [5, 5]]}})", 0, reason);
     ExpectWarning(
         std::string(stroke) + R"(, {"stroke": {"pen": [[1, 1, 1, 0], [5, 5, 1, 50]]}})", 1, reason);
@@ -61,16 +61,15 @@ TEST_F(StepReport, StrokeThatMissesTheMesh) {
 }
 
 TEST_F(StepReport, PointsFarFromTheSurface) {
-    ExpectWarning(
-        R"({"stroke": {"surface": [[0.2, 0.1, 1], [0.2, 0.1, 4]]}})",
-        0,
-        "1 of 2 points of stroke/surface lie far from the surface; number 1 is 3.16 away");
+    ExpectWarning(R"({"stroke": {"surface": [[0.2, 0.1, 1], [0.2, 0.1, 4]]}})",
+                  0,
+                  "1 of 2 points of stroke/surface are far from the surface; point 1 is 3.16 away");
     ExpectWarning(R"({"stroke": {"surface": [[0, 0, 6]]}})",
                   0,
-                  "stroke/surface lies 5.15 away from the surface");
+                  "stroke/surface is 5.15 away from the surface");
     ExpectWarning(R"({"freeze": {"shell": {"surface": [0, 8, 0]}}})",
                   0,
-                  "freeze/shell/surface lies 7.15 away from the surface");
+                  "freeze/shell/surface is 7.15 away from the surface");
     // Within the brush's radius a point is near.
     EXPECT_EQ(Sculpt(R"({"set": {"radius": 3}}, {"stroke": {"surface": [[0, 0, 3.5]]}})").error,
               "");
@@ -82,7 +81,8 @@ TEST_F(StepReport, FreezingThatSelectsNothing) {
     ExpectWarning(R"({"freeze": {"center": [9, 9, 9], "radius": 1}})", 0, reason);
     ExpectWarning(R"({"freeze": {"box": [0, 0, 2, 2]}})", 0, reason);
     ExpectWarning(R"({"freeze": {"all": true, "amount": 0}})", 0, reason);
-    ExpectWarning(R"({"freeze": {"grow": 2}})", 0, "nothing is frozen that could grow");
+    ExpectWarning(
+        R"({"freeze": {"grow": 2}})", 0, "no vertex is frozen, so there is nothing to grow");
     EXPECT_EQ(Sculpt(R"({"freeze": "clear"}, {"freeze": {"center": [0, 0, 1], "radius": 1}},
                         {"freeze": {"grow": 1}}, {"freeze": "invert"})")
                   .error,

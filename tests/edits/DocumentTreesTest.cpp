@@ -112,9 +112,8 @@ TEST_F(DocumentTrees, ADabRefitsNoPatchesOfWhichNormalsAloneChange) {
         shaded.patches.begin(), shaded.patches.end(), moved.patches.begin(), moved.patches.end()));
     const auto refittedBy = [&](const PatchLog& log) {
         const std::vector<uint32_t> patches(log.patches.begin(), log.patches.end());
-        return Refitted([&] {
-            geometry.ReportPatches(4, SurfaceChange::Positions, log.patchLevel, patches);
-        });
+        return Refitted(
+            [&] { geometry.ReportPatches(4, SurfaceChange::Positions, log.patchLevel, patches); });
     };
     EXPECT_EQ(boxes, refittedBy(moved));
     EXPECT_LT(boxes, refittedBy(shaded));

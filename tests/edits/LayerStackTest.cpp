@@ -267,16 +267,16 @@ TEST_F(LayerStackTest, MergingIsRefusedWhereItWouldLoseSomething) {
     SculptLayer& a = Add("a");
     SculptLayer& b = Add("b");
     EXPECT_EQ(MessageOf<HostError>([&] { MergeLayerDownAsStep(geometry, a); }),
-              "layer \"a\" has none below to be merged into");
+              "layer \"a\" has no layer below it to merge into");
     Give(a, 1.0f, false);
     EXPECT_EQ(MessageOf<HostError>([&] { MergeLayerDownAsStep(geometry, b); }),
-              "layer \"a\" is hidden, and not merged");
+              "layer \"a\" is hidden and cannot be merged");
     Give(a, 1.0f, true);
     b.SetWritable(false);
     EXPECT_EQ(MessageOf<HostError>([&] { MergeLayerDownAsStep(geometry, b); }),
-              "layer \"b\" is locked, and not merged");
+              "layer \"b\" is locked and cannot be merged");
     EXPECT_EQ(MessageOf<HostError>([&] { EraseLayerByFreezeAsStep(geometry, b); }),
-              "layer \"b\" is locked, and not erased");
+              "layer \"b\" is locked and cannot be erased");
 }
 
 TEST_F(LayerStackTest, FreezeTellsWhatIsErased) {

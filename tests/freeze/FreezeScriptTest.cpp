@@ -259,9 +259,9 @@ TEST_F(FreezeScript, RefusesWhatItCannotDo) {
     EXPECT_THAT(ErrorOf(R"({"freeze": {"center": [0, 0, 0]}})"),
                 HasSubstr("/steps/0/freeze: needs"));
     EXPECT_THAT(ErrorOf(R"({"freeze": {"grow": 1, "blur": 1}})"),
-                HasSubstr("\"grow\" and \"blur\" are two things"));
+                HasSubstr("\"grow\" and \"blur\" cannot be combined"));
     EXPECT_THAT(ErrorOf(R"({"freeze": {"cavity": {"from": 2, "to": 1}}})"),
-                HasSubstr("/steps/0/freeze/cavity/from: lies above"));
+                HasSubstr("/steps/0/freeze/cavity/from: must not be greater than"));
     EXPECT_THAT(ErrorOf(R"({"freeze": {"image": {"file": "no.png"}}})"),
                 HasSubstr("/steps/0/freeze/image/file: "));
     EXPECT_THAT(ErrorOf(R"({"freeze": {"mode": "most", "all": true}})"), HasSubstr("mode"));

@@ -166,7 +166,7 @@ TEST_F(JournalOnDisk, MissesARecordThatWasTakenOut) {
     Write(bytes);
     const std::string message = MessageOf<HostError>([this] { ReadJournal(path); });
     EXPECT_NE(message.find("byte " + std::to_string(gone.byte) +
-                           ": record 3 is missing; record 4 stands in its place"),
+                           ": record 3 is missing; record 4 follows"),
               std::string::npos)
         << message;
 }
@@ -198,8 +198,7 @@ TEST_F(JournalOnDisk, IsNotWrittenOverWhereItsWorkDidNotEnd) {
 
 TEST_F(JournalOnDisk, RefusesASecondRunWhileTheFirstIsGoingOn) {
     const std::string reason =
-        path +
-        ": another run is writing this journal; wait until it has ended, or name another file";
+        path + ": another run is writing this journal; wait until it ends, or name another file";
     const auto start = [this] { Journal({path, false}, base); };
     {
         Journal first({path, false}, base);
@@ -210,7 +209,7 @@ TEST_F(JournalOnDisk, RefusesASecondRunWhileTheFirstIsGoingOn) {
         EXPECT_EQ(folder.FileCount(), 1u);
     }
     // The lock went with the run, but its work did not end.
-    EXPECT_NE(MessageOf<HostError>(start).find("did not end in good order"), std::string::npos);
+    EXPECT_NE(MessageOf<HostError>(start).find("has not been closed"), std::string::npos);
 }
 
 TEST_F(JournalOnDisk, AFileThatIsNotAJournalIsNotReplaced) {

@@ -299,7 +299,7 @@ TEST_F(RecoveredJournal, StartsFromASaveThatOnlyTheOldJournalKnows) {
     fs::remove(Scene("work"));
     const std::string message = MessageOf<HostError>([this] { Recovered(); });
     EXPECT_NE(message.find(Journal()), std::string::npos) << message;
-    EXPECT_NE(message.find("cube.obj, is no longer there"), std::string::npos) << message;
+    EXPECT_NE(message.find("cube.obj, is missing or has changed"), std::string::npos) << message;
 }
 
 TEST_F(RecoveredJournal, RefusesAMeshOrAStampThatChanged) {
@@ -311,12 +311,12 @@ TEST_F(RecoveredJournal, RefusesAMeshOrAStampThatChanged) {
     EXPECT_FALSE(Recovered().empty());
     folder.Fill("dot.pgm", "P2 2 2 255 0 128 64 255\n");
     std::string message = MessageOf<HostError>([this] { Recovered(); });
-    EXPECT_NE(message.find("dot.pgm is no longer what it was"), std::string::npos) << message;
+    EXPECT_NE(message.find("dot.pgm has changed since the work was recorded"), std::string::npos)
+        << message;
     folder.Fill("dot.pgm", "P2 2 2 255 255 128 64 255\n");
     std::ofstream(folder.Path("cube.obj"), std::ios::app) << "# another\n";
     message = MessageOf<HostError>([this] { Recovered(); });
-    EXPECT_NE(message.find("cube.obj, is no longer there or not what it was"), std::string::npos)
-        << message;
+    EXPECT_NE(message.find("cube.obj, is missing or has changed"), std::string::npos) << message;
 }
 
 // What counted the dabs of the recovery is gone when the document ends the open stroke.
@@ -338,7 +338,7 @@ TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListenerBehind) {
         journal.EndStep({}, "Sculpt");
     }
     const std::string message = MessageOf<HostError>([this] { Recovered(); });
-    EXPECT_NE(message.find("made 1 dabs, and the journal has 2"), std::string::npos) << message;
+    EXPECT_NE(message.find("made 1 dabs, but the journal has 2"), std::string::npos) << message;
 }
 
 // The sides that were left out stay out, and a recovery can be stopped between those that were not.

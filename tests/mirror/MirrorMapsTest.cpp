@@ -56,7 +56,7 @@ TEST(MirrorMaps, ThatAreTooManyAreRefusedAndTheMirrorsStay) {
         ball->SetMirrors({{0, 1}, 40, 1});
         FAIL();
     } catch (const HostError& error) {
-        EXPECT_THAT(error.what(), testing::HasSubstr("copies of each dab; the most is 65"));
+        EXPECT_THAT(error.what(), testing::HasSubstr("copies of each dab; the maximum is 65"));
     }
     EXPECT_EQ(1u, ball->Settings().mirrorMaps.size());
     EXPECT_NO_THROW(ball->SetMirrors({{}, 65, 1}));

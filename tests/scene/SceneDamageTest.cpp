@@ -93,7 +93,7 @@ TEST_F(DamagedScene, ChunksThatComeTwiceAreErrors) {
         std::vector<RawChunk> chunks = scene.chunks;
         chunks.insert(chunks.end() - 1, scene.chunks[i]);
         EXPECT_THAT(Read(JoinScene(whole.substr(0, scene.headerBytes), chunks)),
-                    HasSubstr("chunk " + name + ": it comes twice; the file is damaged"));
+                    HasSubstr("chunk " + name + ": it occurs twice; the file is damaged"));
         ++doubled;
     }
     EXPECT_EQ(doubled, 8u);
@@ -155,7 +155,7 @@ TEST_F(DamagedScene, RadiusAndSpacingKeepToTheRangeOfScripts) {
     constexpr std::size_t spacing = 52;
     EXPECT_EQ(readWith(spacing, 0.001f), "");
     EXPECT_THAT(readWith(spacing, 1e-9f),
-                HasSubstr("the spacing of dabs is 1e-07 percent of the radius; it lies within"));
+                HasSubstr("the spacing of dabs is 1e-07 percent of the radius; it must be"));
     EXPECT_THAT(readWith(spacing, 11.0f), HasSubstr("the spacing of dabs is 1100 percent"));
     EXPECT_THAT(readWith(radius, 0.0f), HasSubstr("the radius is not above 0"));
     // What could not be read again is not written.
@@ -204,22 +204,22 @@ TEST_F(DamagedScene, NumbersThatNoPenHasAreRefused) {
     // A curve of three points, one of none, then the numbers.
     EXPECT_THAT(error("PENS", 12, BytesOf(0.0f)),
                 HasSubstr("chunk PENS: the pressure curve for strength: the pressures of a curve's "
-                          "points ascend"));
+                          "points must ascend"));
     EXPECT_THAT(error("PENS", 8, BytesOf(nan)),
                 HasSubstr("chunk PENS: the pressure curve for strength: "));
     EXPECT_THAT(error("PENS", 32, BytesOf(nan)),
-                HasSubstr("chunk PENS: the random share of sizes is not within 0 to 1"));
+                HasSubstr("chunk PENS: the random fraction of sizes is not within 0 to 1"));
     EXPECT_THAT(error("PENS", 37, BytesOf(-1.5f)),
-                HasSubstr("the share of sizes by tilt is not within -1 to 4"));
+                HasSubstr("the effect of tilt on size is not within -1 to 4"));
     EXPECT_THAT(error("PENS", 41, BytesOf(infinite)),
-                HasSubstr("the share of strengths by tilt is not within -1 to 4"));
+                HasSubstr("the effect of tilt on strength is not within -1 to 4"));
     EXPECT_THAT(error("PENS", 45, BytesOf(-1.0f)),
                 HasSubstr("the radius in pixels is not within 0 to 16384"));
     EXPECT_THAT(error("PENS", 49, BytesOf(1e9f)),
                 HasSubstr("the rate of the airbrush is not within 0 to 1000"));
     const std::size_t end = scene.Chunk("FRZB").content.size();
     EXPECT_THAT(error("FRZB", end - 4, BytesOf(nan)),
-                HasSubstr("chunk FRZB: an angle of the facing fall-off is no number"));
+                HasSubstr("chunk FRZB: an angle of the facing falloff is not finite"));
     EXPECT_THAT(error("FRZB", 1, BytesOf(uint32_t{0xffffff})), HasSubstr("chunk FRZB: "));
 }
 
@@ -234,7 +234,7 @@ TEST_F(DamagedScene, ABaseThatIsNoOrientedManifoldIsRefused) {
     content.replace(faces + 4, 4, BytesOf(fourth));
     content.replace(faces + 12, 4, BytesOf(second));
     EXPECT_THAT(Read(JoinScene(whole.substr(0, scene.headerBytes), scene.chunks)),
-                HasSubstr("the faces of level 0 are no oriented manifold"));
+                HasSubstr("the faces of level 0 are not an oriented manifold"));
 }
 
 }  // namespace

@@ -120,7 +120,7 @@ TEST_F(OldScene, ATableThatDoesNotFitTheMeshIsRefused) {
             BytesOf(uint32_t{60}) + BytesOf(table[0]),
             BytesOf(uint32_t{59}) + BytesOf(table[0]));
     EXPECT_THAT(MessageOf<HostError>([&] { Document::OpenScene(path); }),
-                HasSubstr("a table of 59 entries is not that of 6 faces"));
+                HasSubstr("a table of 59 entries does not match 6 faces"));
 }
 
 TEST_F(OldScene, ClassVersionZeroOfTheBrushKeepsTheDefaultsOfWhatItLacks) {
@@ -149,7 +149,7 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
     document->WriteScene(path, SceneStream(SceneStream::currentFormat + 1));
     EXPECT_EQ(MessageOf<HostError>([&] { Document::OpenScene(path); }),
               path +
-                  ": byte 8: the file is of format 335, or damaged; this program reads formats "
+                  ": byte 8: the file has format 335 or is damaged; this program reads formats "
                   "up to 334");
 }
 
@@ -159,7 +159,7 @@ TEST_F(OldScene, ANewerClassIsRefused) {
     document->WriteScene(path, header);
     EXPECT_THAT(MessageOf<HostError>([&] { Document::OpenScene(path); }),
                 HasSubstr("chunk BRSH: class SwiftStroke was written in version 2; this program "
-                          "knows versions up to 1"));
+                          "supports versions up to 1"));
 }
 
 /// A node with a number, for scenes of programs that have more classes than this one.
@@ -209,7 +209,7 @@ TEST_F(OldScene, NodesOfAnyClassAreKeptAndThoseOfAnAbsentOneLeftOut) {
     auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Geometry().Level(1)->FirstChild(), nullptr);
     EXPECT_TRUE(HasPatchMap(*read->Geometry().Level(0)));
-    const std::string note = "a node of class Numbered, which no plug-in brings, was left out";
+    const std::string note = "a node of class Numbered, which no plug-in provides, is skipped";
     EXPECT_THAT(read->Notes(), ElementsAre(note, note));
 }
 
@@ -232,8 +232,8 @@ TEST_F(OldScene, ARenamedClassOfTheBrushLeavesItsSettingsOutAndTheMeshIn) {
     EXPECT_EQ(read->Brush().ActiveConfiguration(), nullptr);
     EXPECT_EQ(read->Geometry().LevelCount(), 3u);
     EXPECT_THAT(read->Notes(),
-                ElementsAre("settings of the brush QuickStroke, which is not the one at hand, "
-                            "were left out"));
+                ElementsAre("settings of the brush QuickStroke, which is not the current one, "
+                            "are skipped"));
 }
 
 TEST_F(OldScene, AToolThatTheBrushDoesNotHaveIsLeftOut) {
@@ -243,7 +243,7 @@ TEST_F(OldScene, AToolThatTheBrushDoesNotHaveIsLeftOut) {
     EXPECT_EQ(read->Brush().ActiveConfiguration()->Name(), QStringLiteral("Bulge"));
     EXPECT_THAT(
         read->Notes(),
-        ElementsAre("settings of the tool Flattem, which the brush does not have, were left out"));
+        ElementsAre("settings of the tool Flattem, which the brush does not have, are skipped"));
 }
 
 TEST_F(OldScene, AnUnknownChunkIsLeftOut) {
@@ -253,7 +253,7 @@ TEST_F(OldScene, AnUnknownChunkIsLeftOut) {
     scene.chunks.insert(scene.chunks.begin() + 1, RawChunk{"ANIM", 0, 0, "whatever"});
     folder.Fill("scene.trovik", JoinScene(bytes.substr(0, scene.headerBytes), scene.chunks));
     auto read = Document::OpenScene(path);
-    EXPECT_THAT(read->Notes(), ElementsAre("chunk ANIM, which is unknown, was left out"));
+    EXPECT_THAT(read->Notes(), ElementsAre("chunk ANIM, which is unknown, is skipped"));
     EXPECT_TRUE(StateOf(*read, folder) == StateOf(*document, folder));
 }
 

@@ -339,8 +339,9 @@ TEST_F(SceneRoundTrip, AMeshThatLiesAtNoNumberIsRefusedAndTheOldFileStays) {
     const std::string before = TemporaryFolder::Content(file);
     const std::size_t files = folder.FileCount();
     document->Geometry().Bound()->SetPosition(5, {0.0f, NAN, 0.0f});
-    EXPECT_EQ(MessageOf<HostError>([&] { document->Save(file); }),
-              file + ": vertex 5 of level 0 lies at no number; such a mesh cannot be saved");
+    EXPECT_EQ(
+        MessageOf<HostError>([&] { document->Save(file); }),
+        file + ": the position of vertex 5 of level 0 is not finite; such a mesh cannot be saved");
     EXPECT_EQ(TemporaryFolder::Content(file), before);
     EXPECT_EQ(folder.FileCount(), files) << "nothing is left beside the file";
 }

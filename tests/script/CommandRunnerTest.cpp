@@ -56,19 +56,19 @@ TEST_F(CommandRunnerTest, ErrorsNameThePlaceInTheStep) {
               options.name + ": /set/raduis: unknown setting; did you mean \"radius\"?");
     EXPECT_EQ(Refusal(R"({"undo": 1})"), options.name + ": /undo: there is nothing more to undo");
     EXPECT_EQ(Refusal(R"({"transform": {"scale": [1, 0, 1]}})"),
-              options.name + ": /transform/scale: a scale of 0 leaves nothing to sculpt");
+              options.name + ": /transform/scale: a scale must not be 0");
     EXPECT_EQ(Refusal(R"({"mirror": {"radial": 2, "planes": ["x", "x"]}})"),
-              options.name + ": /mirror/planes/1: the axis is named twice");
+              options.name + ": /mirror/planes/1: the axis is given twice");
     EXPECT_EQ(Refusal(R"({"stroke": {"surface": [[0, 0, 1, 2]]}})"),
-              options.name + ": /stroke/surface/0/3: pressure lies between 0 and 1");
+              options.name + ": /stroke/surface/0/3: pressure must be between 0 and 1");
     EXPECT_EQ(Refusal(R"({"set": {"stamp": {"path": "x/none.png"}}})"),
               options.name +
-                  ": /set/stamp/path: there is no file x/none.png in the script's "
-                  "folder or the output folder");
+                  ": /set/stamp/path: file not found: x/none.png is neither in the script's "
+                  "folder nor in the output folder");
     EXPECT_EQ(Refusal(R"({"save": "../a.trovik"})"),
               options.name +
                   ": /save: \"../a.trovik\" leads out of the output folder; "
-                  "--allow-outside permits that");
+                  "use --allow-outside to permit it");
     EXPECT_EQ(Refusal(R"([1])"), options.name + ": /: expected an object, got an array of 1 item");
     EXPECT_EQ(document->HistoryPosition(), 0u);
 }

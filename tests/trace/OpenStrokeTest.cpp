@@ -105,9 +105,9 @@ TEST_F(OpenStroke, MistakesInOpeningAndGoingOnAreNamed) {
                 "/steps/1/stroke: a stroke is open");
     ExpectError(
         R"({"stroke": {"open": true}}, {"stroke": {"continue": true, "modifier": "smooth"}})",
-        "/steps/1/stroke/modifier: the modifier of a stroke is told where it begins");
+        "/steps/1/stroke/modifier: the modifier must be given at the beginning of the stroke");
     ExpectError(R"({"stroke": {"open": true}}, {"stroke": {"continue": true, "seed": 3}})",
-                "/steps/1/stroke/seed: the seed of a stroke is told where it begins");
+                "/steps/1/stroke/seed: the seed must be given at the beginning of the stroke");
     ExpectError(R"({"stroke": {"open": true, "dabs": [{"face": 0}], "pointer": [[1, 1]]}})",
                 "/steps/0/stroke: a stroke needs one of");
     ExpectError(R"({"stroke": {}})", "/steps/0/stroke: a stroke needs one of");

@@ -78,7 +78,7 @@ protected:
 TEST_F(VisibilityScript, EveryChoiceHides) {
     EXPECT_THAT(Hidden(R"({"hide": {"group": "left"}})"), ElementsAre(64, 0, 0));
     EXPECT_THAT(Hidden(R"({"hide": {"group": null}})"), ElementsAre(0, 0, 0));
-    EXPECT_THAT(warnings, ElementsAre(HasSubstr("/steps/0: no face is chosen")));
+    EXPECT_THAT(warnings, ElementsAre(HasSubstr("/steps/0: no face is selected")));
     EXPECT_THAT(Hidden(R"({"hide": {"material": "cloth"}})"), ElementsAre(0, 0, 64));
     EXPECT_THAT(Hidden(R"({"hide": {"component": {"surface": [1.6, 0.1, 1]}}})"),
                 ElementsAre(0, 0, 64));
@@ -161,7 +161,7 @@ TEST_F(VisibilityScript, ErrorsNameTheField) {
     EXPECT_THAT(ErrorOf(R"({"hide": {"material": "x"}})"), HasSubstr("no material \"x\""));
     EXPECT_THAT(ErrorOf(R"({"hide": {}})"), HasSubstr("/steps/0/hide: needs one of \"mask\""));
     EXPECT_THAT(ErrorOf(R"({"isolate": {"mask": 1, "group": "left"}})"),
-                HasSubstr("\"mask\" and \"group\" are two choices"));
+                HasSubstr("\"mask\" and \"group\" cannot be combined"));
     EXPECT_THAT(ErrorOf(R"({"show": {"component": {}}})"),
                 HasSubstr("/steps/0/show/component: needs one of"));
     EXPECT_THAT(ErrorOf(R"({"show": {"faces": [[192, 1]]}})"), HasSubstr("there is no face 192"));

@@ -16,13 +16,15 @@ StrokeView ViewOf(const CommandContext& context,
         view.target = camera.target.value_or(view.target);
         view.up = camera.up.value_or(view.up);
         if ((view.up & (view.eye - view.target)).Length() == 0.0f)
-            throw FieldFault(pointer, "the camera looks along its own up direction, or at itself");
+            throw FieldFault(
+                pointer, "\"eye\" equals \"target\", or the view direction is parallel to \"up\"");
         return view;
     }
     const Vector from = camera.from.value_or(Vector(0.35f, 0.2f, 1.0f));
-    if (from.Length() == 0.0f) throw FieldFault(pointer + "/from", "the direction has no length");
+    if (from.Length() == 0.0f)
+        throw FieldFault(pointer + "/from", "the direction must not be zero");
     const Vector up = camera.up.value_or(Vector(0, 1, 0));
-    if (up.Length() == 0.0f) throw FieldFault(pointer + "/up", "the direction has no length");
+    if (up.Length() == 0.0f) throw FieldFault(pointer + "/up", "the direction must not be zero");
     const PictureCamera framed =
         FrameTurntable({context.document.ShownMesh()},
                        -from,

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Parameters of a camera; what is missing stays as it is.
+/// Parameters of a camera; missing ones are not changed.
 struct CameraParameters {
     std::optional<int> width;
     std::optional<int> height;
@@ -14,7 +14,7 @@ struct CameraParameters {
     std::optional<Vector> eye;
     std::optional<Vector> target;
     std::optional<Vector> up;
-    /// Without `eye`: direction from the mesh to the eye; the whole mesh is framed.
+    /// Direction from the mesh to the eye, used without `eye`; the camera frames the whole mesh.
     std::optional<Vector> from;
 
     template <typename Visitor>
@@ -29,8 +29,9 @@ struct CameraParameters {
     }
 };
 
-/// \param frames  of the turntable that starts with this view; 1 for a single render.
-/// \param pointer  of the parameters, for faults.
+/// \param frames  number of frames of the turntable that starts with this view; 1 for a single
+/// render.
+/// \param pointer  of the parameters, for errors.
 StrokeView ViewOf(const CommandContext& context,
                   const CameraParameters& camera,
                   StrokeView view,

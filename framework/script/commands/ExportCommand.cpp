@@ -13,7 +13,7 @@ struct ExportParameters {
     std::optional<bool> world;
     std::optional<std::string> units;
     std::optional<std::string> up;
-    /// False: without hidden faces.
+    /// False omits hidden faces.
     std::optional<bool> hidden;
 
     template <typename Visitor>

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// A region is chosen by one of these fields; "center" and "min" each need a second one.
+/// A region is selected by one of these fields; "center" and "min" each require a second one.
 std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
     const std::pair<const char*, bool> fields[] = {{"all", choice.all.has_value()},
                                                    {"center", choice.center.has_value()},
@@ -30,13 +30,13 @@ std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
     return given;
 }
 
-/// The field that says what is done. \throw FieldFault unless there is exactly one.
+/// The field that selects the operation. \throw FieldFault unless there is exactly one.
 std::string WhatOf(const FreezeChoice& choice) {
     const std::vector<std::string> found = FieldsGiven(choice);
     if (found.size() > 1) {
-        throw FieldFault(
-            "",
-            "\"" + found[0] + "\" and \"" + found[1] + "\" are two things; a step freezes by one");
+        throw FieldFault("",
+                         "\"" + found[0] + "\" and \"" + found[1] +
+                             "\" cannot be combined; a step needs exactly one of them");
     }
     const std::string what = found.empty() ? "" : found[0];
     if (what.empty() || (what == "center" && !choice.radius) || (what == "min" && !choice.max)) {
@@ -56,7 +56,7 @@ struct Filter {
     std::vector<uint8_t> (*run)(const LevelMesh& level, uint32_t times);
 };
 
-/// Changes what is frozen by one of the filters. \return false if the step has none.
+/// Applies one of the filters to the mask. \return false if the step has none.
 bool RunFilter(CommandContext& context, const FreezeChoice& choice, float amount) {
     const Filter filters[] = {{choice.grow, "grow", GrownFreeze},
                               {choice.shrink, "shrink", ShrunkFreeze},
@@ -66,7 +66,7 @@ bool RunFilter(CommandContext& context, const FreezeChoice& choice, float amount
     for (const Filter& filter : filters) {
         if (!filter.times) continue;
         if (level.FrozenVertexCount() == 0)
-            context.Warn(std::string("nothing is frozen that could ") + filter.name);
+            context.Warn(std::string("no vertex is frozen, so there is nothing to ") + filter.name);
         context.document.Freeze(
             FreezeBetween(FreezeAmounts(level), filter.run(level, *filter.times), amount),
             choice.mode.value_or(FreezeMode::Replace));

@@ -40,7 +40,7 @@ struct EnumNames<CavitySign> {
         {"cavity", CavitySign::Cavity}, {"ridge", CavitySign::Ridge}, {"both", CavitySign::Both}};
 };
 
-/// An image over the viewport.
+/// An image that covers the viewport or a part of it.
 struct FreezeImage {
     std::string file;
     std::optional<ViewImage::Channel> channel;
@@ -76,7 +76,7 @@ struct FreezeCavity {
     }
 };
 
-/// A connected component, by one of its points.
+/// A connected component, given by one of its points.
 struct FreezeShell {
     std::optional<uint64_t> vertex;
     std::optional<Vector> surface;
@@ -104,7 +104,7 @@ struct FreezeChoice {
     std::optional<FreezeImage> image;
     std::optional<FreezeCavity> cavity;
     std::optional<FreezeShell> shell;
-    /// Null: the faces of no group.
+    /// Null selects the faces without a group.
     std::optional<std::variant<std::string, std::nullptr_t>> group;
     std::optional<uint32_t> grow;
     std::optional<uint32_t> shrink;
@@ -140,8 +140,8 @@ struct FreezeChoice {
 
 using FreezeParameters = std::variant<FreezeWhat, FreezeChoice>;
 
-/// Weights from 0 to 1, one for each vertex of the current level, that a choice other than a filter
-/// makes.
+/// Mask weights from 0 to 1, one for each vertex of the current level, for a choice other than a
+/// filter.
 std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& choice);
 
 /// \throw FieldFault if the image cannot be read.

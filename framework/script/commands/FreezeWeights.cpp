@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What a "freeze" command chooses.
+/// \file Computes the mask weights that a "freeze" command selects.
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/freeze/FreezeParts.h"
 #include "framework/script/commands/FreezeParameters.h"
@@ -11,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// The radius of curvature that "cavity" looks for, as a fraction of the mesh's diagonal.
+/// The default radius of curvature for "cavity", as a fraction of the mesh's diagonal.
 constexpr float cavityFraction = 0.02f;
 
 std::vector<float> OfImage(CommandContext& context, const FreezeImage& image, ViewReach reach) {
@@ -38,7 +37,7 @@ std::vector<float> OfCavity(const CommandContext& context, const FreezeCavity& c
     range.size = cavity.size ? *cavity.size : context.Diagonal() * cavityFraction;
     range.from = cavity.from.value_or(range.from);
     range.to = cavity.to.value_or(range.to);
-    if (range.from > range.to) throw FieldFault("/cavity/from", "lies above \"to\"");
+    if (range.from > range.to) throw FieldFault("/cavity/from", "must not be greater than \"to\"");
     range.softness = cavity.softness.value_or(range.softness);
     range.rings = cavity.rings.value_or(0);
     return SharesByCurvature(context.document.Geometry(), range);
@@ -65,7 +64,7 @@ uint32_t ShellVertex(CommandContext& context, const FreezeShell& shell) {
         hit = HitThrough(
             document.Geometry(), document.Tree(), document.View(), {place.x, place.y, 0.0f});
     }
-    if (!hit) throw FieldFault("/shell", "there is no surface");
+    if (!hit) throw FieldFault("/shell", "there is no surface at this position");
     return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];
 }
 

@@ -8,9 +8,9 @@ namespace {
 
 struct LayerParameters {
     std::optional<std::string> add;
-    /// Null or an empty name: no layer is active.
+    /// Null or an empty name deactivates all layers.
     std::optional<std::variant<std::string, std::nullptr_t>> select;
-    /// The layer to change, instead of the active one.
+    /// The layer to change instead of the active one.
     std::optional<std::string> of;
     std::optional<std::string> duplicate;
     std::optional<std::string> name;
@@ -71,7 +71,7 @@ void Change(Document& document,
     }
 }
 
-// One step of a script is one step of undo, whatever it does.
+// One step of a script is one undo step, whatever it changes.
 void Layer(CommandContext& context, const LayerParameters& parameters) {
     Document& document = context.document;
     LevelGeometry& geometry = document.Geometry();

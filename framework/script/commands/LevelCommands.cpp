@@ -19,12 +19,12 @@ struct EnumNames<LevelSide> {
 
 namespace {
 
-/// Whether the user was informed of what refinement does to triangles.
+/// Whether the user has been informed of the effect of refinement on triangles.
 struct TriangleNote {
     bool isGiven = false;
 };
 
-/// What the account of memory still grants.
+/// The memory that the memory account still allows.
 uint64_t AccountedRoom() {
     const int64_t limit = MemoryAccount::Limit();
     if (limit <= 0) return std::numeric_limits<uint64_t>::max();
@@ -63,7 +63,7 @@ void DeleteLevels(CommandContext& context, const LevelSide& side) {
 
 void ApplyToBase(CommandContext& context, const Yes&) {
     if (context.document.Geometry().BoundIndex() == 0)
-        throw FieldFault("", "the level at hand is the base");
+        throw FieldFault("", "the current level is level 0, the base");
     context.document.ApplyToBase(context.Job());
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Commands that bake maps and turn maps into shape.
+/// \file Commands that bake maps and apply maps as displacement.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "framework/script/Command.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Commands on symmetry: "mirror" for the next strokes, "symmetrize" for the surface.
+/// \file Symmetry commands: "mirror" for the next strokes, "symmetrize" for the surface.
 #include "framework/script/Command.h"
 
 #include <algorithm>
@@ -50,7 +49,7 @@ std::vector<int> PlanesOf(const std::vector<MirrorAxis>& axes, const std::string
     for (std::size_t i = 0; i < axes.size(); ++i) {
         const int axis = static_cast<int>(axes[i]);
         if (std::find(planes.begin(), planes.end(), axis) != planes.end())
-            throw FieldFault(pointer + "/" + std::to_string(i), "the axis is named twice");
+            throw FieldFault(pointer + "/" + std::to_string(i), "the axis is given twice");
         planes.push_back(axis);
     }
     return planes;

@@ -54,7 +54,7 @@ void SetPen(CommandContext& context, const SettingsParameters& settings) {
     dynamics.randomSize = settings.randomSize.value_or(dynamics.randomSize);
     dynamics.airbrush = settings.airbrush.value_or(dynamics.airbrush);
     if (settings.radius && settings.radiusPixels)
-        throw FieldFault("/radiusPixels", "a brush has one of \"radius\" and \"radiusPixels\"");
+        throw FieldFault("/radiusPixels", "\"radius\" and \"radiusPixels\" cannot be combined");
     if (settings.radius) dynamics.radiusPixels = 0.0f;
     dynamics.radiusPixels = settings.radiusPixels.value_or(dynamics.radiusPixels);
 }

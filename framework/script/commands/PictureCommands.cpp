@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Commands that render: "picture", and "sheet", which arranges pictures that were kept.
+/// \file Commands that render: "picture", and "sheet", which arranges kept renders on a contact
+/// sheet.
 #include "framework/render/PictureFile.h"
 #include "framework/render/RenderedLevel.h"
 #include "framework/script/commands/CameraParameters.h"
@@ -15,7 +15,6 @@ namespace {
 
 constexpr int gap = 12;
 
-/// By their names.
 struct KeptPictures {
     std::map<std::string, Picture> byName;
 };
@@ -63,12 +62,12 @@ PictureOptions OptionsOf(const PictureParameters& parameters, const StrokeView& 
     if (parameters.shading) {
         options.shading = ShadingModeOf(*parameters.shading);
         if (!options.matcap.empty() && options.shading != ShadingMode::Matcap)
-            throw FieldFault("/matcap", "a matcap goes with the shading mode \"matcap\" only");
+            throw FieldFault("/matcap", "a matcap requires the shading mode \"matcap\"");
     }
     return options;
 }
 
-/// Renders one picture, or the frames of a turntable, and passes each to `take` when it is there.
+/// Renders one image, or the frames of a turntable, and passes each to `take` when it is complete.
 void Render(CommandContext& context,
             const PictureParameters& parameters,
             const std::function<void(Picture, int index)>& take) {
@@ -90,7 +89,7 @@ void Render(CommandContext& context,
     std::optional<RenderedLevel> before;
     std::optional<RenderScene> sceneAfter;
     std::optional<RenderScene> sceneBefore;
-    // What cannot be rendered is an error of this command.
+    // Rendering errors are errors of this command.
     AtField("", [&] {
         after.emplace(geometry, options.shading);
         sceneAfter.emplace(std::vector<PictureMesh>{after->Mesh()}, context.Job());
@@ -114,19 +113,19 @@ void Render(CommandContext& context,
 }
 
 void CheckKinds(const PictureParameters& parameters) {
-    if (!parameters.file && !parameters.keep)
-        throw FieldFault("", "a picture needs a \"file\", or a name under which to \"keep\" it");
+    if (!parameters.file && !parameters.keep) throw FieldFault("", "needs \"file\" or \"keep\"");
     if (parameters.frames && parameters.keep) {
-        throw FieldFault("/keep", "the frames of a turntable are written to files, not kept");
+        throw FieldFault("/keep",
+                         "the frames of a turntable cannot be kept, only written to files");
     }
     if (!parameters.file) return;
-    // A comparison is laid over an opaque ground.
+    // A before-and-after comparison has an opaque background.
     const bool hasAlpha =
         parameters.transparent.value_or(false) && !parameters.beforeAfter.value_or(false);
     AtField("/file", [&] { CheckPicturePath(*parameters.file, hasAlpha); });
 }
 
-/// The path of each image file that is written; with "frames" one path per frame.
+/// The paths of the image files to write; with "frames" one path per frame.
 std::vector<std::string> Targets(const CommandContext& context,
                                  const PictureParameters& parameters) {
     if (!parameters.file) return {};
@@ -175,7 +174,7 @@ struct SheetParameters {
     }
 };
 
-/// The pictures that were kept under these names.
+/// The renders that were kept under these names.
 std::vector<const Picture*> KeptUnder(CommandContext& context,
                                       const std::vector<std::string>& names) {
     const auto& kept = context.Kept<KeptPictures>().byName;

@@ -6,7 +6,7 @@ namespace trovik {
 namespace {
 
 std::string ScenePath(const CommandContext& context, const std::string& file) {
-    if (!IsScenePath(file)) throw FieldFault("", "a scene file's name ends in .trovik");
+    if (!IsScenePath(file)) throw FieldFault("", "the name of a scene file must end in .trovik");
     return context.OutputPath(file, "");
 }
 
@@ -20,7 +20,7 @@ void CheckSave(CommandContext& context, const std::string& file) {
     context.NoteWritten(ScenePath(context, file));
 }
 
-// The document informs its journal of a save.
+// The document notifies its journal of a save.
 const CommandRegistration<std::string> save(
     {.name = "save", .isJournaled = false, .writesFiles = true}, Save, CheckSave);
 

@@ -24,7 +24,7 @@ void SetFalloff(BrushOperation& brush, const FalloffSetting& falloff) {
     const auto* name = std::get_if<std::string>(&falloff);
     const int index = name != nullptr ? FalloffIndexOf(*name) : std::get<int>(falloff);
     if (index < 0 || index >= static_cast<int>(FalloffNames().size()))
-        throw FieldFault("/falloff", "unknown falloff; there are " + Listed(FalloffNames()));
+        throw FieldFault("/falloff", "unknown falloff; known are " + Listed(FalloffNames()));
     brush.SetFalloffIndex(index);
 }
 
@@ -38,7 +38,7 @@ void SetDirection(BrushOperation& brush, const DirectionSetting& direction) {
         mode = std::get<int>(direction);
     }
     if (mode < 0 || mode >= static_cast<int>(names.size()))
-        throw FieldFault("/direction", "unknown direction; there are " + Listed(names));
+        throw FieldFault("/direction", "unknown direction; known are " + Listed(names));
     brush.directionAttribute.SetValue(mode, true);
 }
 
@@ -77,7 +77,7 @@ void ApplySettings(CommandContext& context, const SettingsParameters& settings) 
     SetPen(context, settings);
 }
 
-// Settings before a wrong one count, and so does the notification.
+// Settings before an invalid one take effect, so the notification is sent for them as well.
 void Set(CommandContext& context, const SettingsParameters& settings) {
     try {
         ApplySettings(context, settings);
@@ -88,7 +88,7 @@ void Set(CommandContext& context, const SettingsParameters& settings) {
     context.document.NoteToolChanged();
 }
 
-// One by one, so that each is reported that is wrong.
+// Checked one at a time, so that every invalid setting is reported.
 void CheckSettings(CommandContext& context,
                    const FieldReader& settings,
                    const CommandEntry::Report& report) {

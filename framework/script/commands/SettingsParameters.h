@@ -42,7 +42,7 @@ struct StampParameters {
     }
 };
 
-/// On or off, a file, or the fields.
+/// On or off, a file, or the individual fields.
 using StampSetting = std::variant<bool, std::string, StampParameters>;
 
 struct TiltParameters {
@@ -74,9 +74,10 @@ struct FacingParameters {
 /// Name of a curve, its number, or samples from the centre to the rim.
 using FalloffSetting = std::variant<std::string, int, std::vector<float>>;
 using DirectionSetting = std::variant<std::string, int>;
-/// Off (false), on with the present length (true), or a length as a fraction of the viewport.
+/// Off (false), on with the current length (true), or a length as a fraction of the viewport
+/// height.
 using LengthSetting = std::variant<bool, float>;
-/// Points of pressure and value; null: the identity.
+/// Pairs of pressure and value; null selects the identity.
 using CurveSetting = std::variant<std::nullptr_t, std::vector<std::array<float, 2>>>;
 
 struct SettingsParameters {
@@ -134,7 +135,7 @@ struct SettingsParameters {
     }
 };
 
-/// An attribute of the active brush. \param pointer  of the setting.
+/// Returns an attribute of the active brush. \param pointer  of the setting.
 /// \throw FieldFault if the brush has no such attribute.
 template <typename T>
 AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
@@ -146,10 +147,10 @@ AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
     return static_cast<AttributeInstance<T>&>(*attribute);
 }
 
-/// Sets up the stamp of the active brush and reads its file.
+/// Configures the stamp of the active brush and reads its file.
 void SetStamp(CommandContext& context, const StampSetting& setting);
 
-/// Settings of the path and of the pen that draws it.
+/// Applies the settings of the path and of the pen.
 void SetPen(CommandContext& context, const SettingsParameters& settings);
 
 }  // namespace trovik

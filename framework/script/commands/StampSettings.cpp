@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The whole path, so that the stamp stays the same wherever the program is started.
+// An absolute path, so that the stamp does not depend on the folder in which the program is
+// started.
 std::string StampPath(const ScriptFiles& files,
                       const std::string& name,
                       const std::string& pointer) {
@@ -27,14 +28,15 @@ std::string StampPath(const ScriptFiles& files,
     }
     if (!given.has_parent_path()) {
         if (const auto file = FindStampFile(given.string())) return fs::absolute(*file).string();
-        throw FieldFault(pointer,
-                         "there is no stamp \"" + given.string() +
-                             "\", neither next to the script, nor in the output folder, nor among "
-                             "the installed ones");
+        throw FieldFault(
+            pointer,
+            "stamp not found: " + given.string() +
+                " is neither in the script's folder nor in the output folder nor among "
+                "the installed stamps");
     }
-    throw FieldFault(
-        pointer,
-        "there is no file " + given.string() + " in the script's folder or the output folder");
+    throw FieldFault(pointer,
+                     "file not found: " + given.string() +
+                         " is neither in the script's folder nor in the output folder");
 }
 
 void ReadStamp(CommandContext& context, const std::string& name, const std::string& pointer) {
@@ -73,10 +75,10 @@ void SetFields(CommandContext& context, const StampParameters& stamp) {
 
 void SetStamp(CommandContext& context, const StampSetting& setting) {
     const auto* fields = std::get_if<StampParameters>(&setting);
-    // The brush took the pixels of the stamp when the stroke began.
+    // The brush copied the pixels of the stamp when the stroke began.
     const bool other = fields == nullptr || fields->path || fields->enabled;
     if (other && context.document.Loop().IsActive())
-        throw FieldFault("/stamp", "a stroke is open, and keeps the stamp with which it began");
+        throw FieldFault("/stamp", "the stamp cannot change while a stroke is open");
     if (fields != nullptr) {
         SetFields(context, *fields);
     } else if (const auto* name = std::get_if<std::string>(&setting)) {

@@ -9,15 +9,15 @@ namespace trovik {
 
 namespace {
 
-/// The state when the open stroke began, for warnings at its end.
+/// State at the beginning of the open stroke, for warnings at its end.
 struct StrokeStart {
     uint64_t dabs = 0;
     bool wholeMesh = false;
-    /// Freeze amounts; of the freeze brush only.
+    /// Mask weights; stored for the freeze brush only.
     std::vector<uint8_t> frozen;
 };
 
-/// Which fields a stroke must and must not have.
+/// Checks which fields a stroke must and must not have.
 void CheckKinds(const CommandContext& context, const StrokeParameters& stroke) {
     const bool staysOpen = stroke.open.value_or(false);
     const bool goesOn = stroke.goesOn.value_or(false);
@@ -31,11 +31,11 @@ void CheckKinds(const CommandContext& context, const StrokeParameters& stroke) {
     }
     if (goesOn && !context.IsStrokeOpen()) throw FieldFault("/continue", "no stroke is open");
     if (goesOn && stroke.modifier)
-        throw FieldFault("/modifier", "the modifier of a stroke is told where it begins");
+        throw FieldFault("/modifier", "the modifier must be given at the beginning of the stroke");
     if (goesOn && stroke.seed)
-        throw FieldFault("/seed", "the seed of a stroke is told where it begins");
+        throw FieldFault("/seed", "the seed must be given at the beginning of the stroke");
     if (!goesOn && context.IsStrokeOpen()) {
-        throw FieldFault("", "a stroke is open; go on with it by \"continue\", or end it so first");
+        throw FieldFault("", "a stroke is open; continue or end it with \"continue\"");
     }
     const bool hasPath = !stroke.dabs && !stroke.wholeMesh;
     if (!hasPath && stroke.path) throw FieldFault("/path", "this stroke has no path");
@@ -64,7 +64,7 @@ StrokeDab DabOf(CommandContext& context, const DabParameters& given, const std::
     if (given.normal) {
         dab.hit.normal = given.normal->Normalized();
         if (dab.hit.normal == Vector())
-            throw FieldFault(pointer + "/normal", "the normal has no length");
+            throw FieldFault(pointer + "/normal", "the normal must not be zero");
     }
     document.Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
     if (given.position) dab.position = *given.position;
@@ -100,7 +100,7 @@ void WarnOfIdleStroke(CommandContext& context,
     const StrokeTotals now = document.Totals();
     start.wholeMesh = start.wholeMesh || stroke.wholeMesh;
     if (stroke.HasPath() && now.dabs == before.dabs)
-        context.Warn("the stroke misses the mesh: it has no dab");
+        context.Warn("the stroke misses the mesh: no dab was applied");
     const bool hadWork = now.dabs != start.dabs || start.wholeMesh;
     if (document.Loop().IsActive() || !hadWork) return;
     if (document.IsFreezing()) {
@@ -137,7 +137,7 @@ void Stroke(CommandContext& context, const StrokeParameters& stroke) {
     WarnOfIdleStroke(context, stroke, before);
 }
 
-// Whether the stroke stays open counts for the steps that follow, also where its samples are wrong.
+// Later steps depend on whether the stroke stays open, even if its samples are invalid.
 void CheckStroke(CommandContext& context,
                  const FieldReader& from,
                  const CommandEntry::Report& report) {

@@ -91,7 +91,7 @@ struct WholeMeshParameters {
 };
 
 struct SnapParameters {
-    /// Points of the coordinates of the stroke.
+    /// Control points with as many coordinates as the samples of the stroke.
     std::vector<std::vector<float>> curve;
     float distance = 0.0f;
     std::optional<bool> smooth;
@@ -133,7 +133,7 @@ struct StrokeParameters {
     std::optional<PathSamples<3>> surface;
     /// Pixels.
     std::optional<PathSamples<2>> pointer;
-    /// A file, or the samples.
+    /// A file name, or the samples.
     std::optional<std::variant<std::string, PenSampleList>> pen;
     std::optional<PathParameters> path;
     std::optional<WholeMeshParameters> wholeMesh;

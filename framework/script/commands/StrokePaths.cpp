@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Paths of strokes: samples of a pointer, of a pen or on the surface, and what shapes them.
+/// \file Paths of strokes: samples of a pointer, of a pen or on the surface, and their shaping.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/script/commands/StrokeParameters.h"
 #include "framework/strokes/LiveStroke.h"
@@ -12,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// Whether dabs differ from those of a plain path.
+/// Whether dabs differ from those along an unshaped path.
 bool Shapes(const DabDynamics& dynamics) {
     return !dynamics.strengthCurve.IsIdentity() || !dynamics.sizeCurve.IsIdentity() ||
            dynamics.randomSize > 0.0f || dynamics.radiusPixels > 0.0f;
@@ -44,15 +43,16 @@ PathShape ShapeOf(const StrokeParameters& stroke) {
     shape.line = path.line.value_or(false);
     shape.curve = path.curve.value_or(false);
     if (shape.line && shape.curve)
-        throw FieldFault("/path", "a path is one of \"line\" and \"curve\"");
+        throw FieldFault("/path", "\"line\" and \"curve\" cannot be combined");
     if (!path.snap) return shape;
     shape.snapDistance = path.snap->distance;
     shape.snapSmoothly = path.snap->smooth.value_or(false);
     for (std::size_t i = 0; i < path.snap->curve.size(); ++i) {
         const std::vector<float>& point = path.snap->curve[i];
         if (point.size() != numbers) {
-            throw FieldFault("/path/snap/curve/" + std::to_string(i),
-                             "places of this stroke have " + std::to_string(numbers) + " numbers");
+            throw FieldFault(
+                "/path/snap/curve/" + std::to_string(i),
+                "positions of this stroke must have " + std::to_string(numbers) + " numbers");
         }
         shape.snapTo.emplace_back(point[0], point[1], numbers == 3 ? point[2] : 0.0f);
     }
@@ -67,7 +67,7 @@ PenStrokeOptions PenOf(CommandContext& context, const StrokeParameters& stroke) 
     pen.isFiltered = isPen && path.filter.value_or(true);
     pen.progress = context.DabProgress();
     pen.poll = [&context] { context.ThrowIfCancelled(); };
-    // Samples of scripts are exact, whatever the tool does with those of a hand.
+    // Samples of scripts are exact, so the tool's smoothing and stabiliser apply only to pens.
     if (!isPen || path.smoothing) pen.smoothing = path.smoothing.value_or(0.0f);
     if (!isPen || path.steady) pen.steady = path.steady.value_or(0.0f);
     if (!IsImprint(context.document.Brush())) pen.shape = ShapeOf(stroke);
@@ -120,12 +120,10 @@ void LayPath(CommandContext& context, const StrokeParameters& stroke) {
         context.WarnOfFarPoints("stroke/surface", points, context.RadiusAt(points.front()));
     }
     if (stroke.path && stroke.path->filter && !stroke.pen) {
-        throw FieldFault("/path/filter",
-                         "only a pen's samples are filtered; these places are exact");
+        throw FieldFault("/path/filter", "only pen samples can be filtered");
     }
     if (stroke.path && stroke.path->interactive && !stroke.pen) {
-        throw FieldFault("/path/interactive",
-                         "only a pen's samples are drawn live; these places are exact");
+        throw FieldFault("/path/interactive", "only pen samples can be interactive");
     }
     const PenStrokeOptions pen = PenOf(context, stroke);
     AtField(pointer, [&] {

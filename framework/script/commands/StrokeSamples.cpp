@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-/// The milliseconds that PenSamples turns into these seconds.
+/// The milliseconds that PenSamples converts to exactly these seconds.
 double Milliseconds(double seconds) {
     const double near = seconds * 1000.0;
     for (double one = near, other = near; other < near + 1.0;) {
@@ -33,7 +33,7 @@ std::vector<PathSample> ReadPathSamples(const FieldReader& list, std::size_t num
         if (given.Size() > numbers) {
             sample.pressure = given.At(numbers).Number();
             if (sample.pressure < 0.0f || sample.pressure > 1.0f)
-                given.At(numbers).Fail("pressure lies between 0 and 1");
+                given.At(numbers).Fail("pressure must be between 0 and 1");
         }
         samples.push_back(sample);
     }

@@ -7,14 +7,14 @@
 
 namespace trovik {
 
-/// The surface before the first change of a script, for pictures of before and after. Belongs to
-/// the commands that change it and the one that renders it.
+/// The surface before the first change of a script, for before-and-after renders. Shared by the
+/// commands that change the surface and the command that renders it.
 struct SurfaceBefore {
     bool isWanted = false;
     std::vector<Vector> positions;
     std::vector<PackedNormal> normals;
 
-    /// Stores the current level, if that is wanted and was not done before.
+    /// Stores the current level if it is needed and has not been stored yet.
     void Store(Document& document) {
         if (!isWanted || !positions.empty()) return;
         const LevelMesh& mesh = *document.Geometry().Bound();

@@ -27,7 +27,7 @@ Matrix MatrixOf(const std::array<float, 16>& numbers) {
     for (std::size_t i = 0; i < 16; ++i) matrix.m[i / 4][i % 4] = numbers[i];
     const bool isAffine = matrix.m[0][3] == 0.0f && matrix.m[1][3] == 0.0f &&
                           matrix.m[2][3] == 0.0f && matrix.m[3][3] == 1.0f;
-    if (!isAffine) throw FieldFault("/matrix", "the last column of the matrix is not 0, 0, 0, 1");
+    if (!isAffine) throw FieldFault("/matrix", "the last column of the matrix must be 0, 0, 0, 1");
     Matrix inverse = matrix;
     bool invertible = false;
     inverse.Invert(&invertible);
@@ -40,7 +40,7 @@ Vector ScaleOf(const std::variant<float, Vector>& given) {
     const Vector scale =
         factor != nullptr ? Vector(*factor, *factor, *factor) : std::get<Vector>(given);
     if (scale.x == 0.0f || scale.y == 0.0f || scale.z == 0.0f)
-        throw FieldFault("/scale", "a scale of 0 leaves nothing to sculpt");
+        throw FieldFault("/scale", "a scale must not be 0");
     return scale;
 }
 

@@ -11,16 +11,15 @@
 #include <variant>
 #include <vector>
 
-/// \file
-/// Parameters that choose by the viewport or by a name of the mesh, as several commands have them.
+/// \file Parameters, common to several commands, that select by viewport area or by name.
 namespace trovik {
 
-/// The name of a group or material; null: none.
+/// The name of a group or material; null selects faces without one.
 using NameOrNone = std::variant<std::string, std::nullptr_t>;
 
-/// The number of a name in a list of the mesh, or SurfaceAttributes::none for null.
-/// \param kind  "group" or "material": the parameter, and its name in messages.
-/// \throw FieldFault that lists the names if there is no such name.
+/// The index of a name in a list of the mesh, or SurfaceAttributes::none for null.
+/// \param kind  "group" or "material": the name of the parameter, also used in messages.
+/// \throw FieldFault that lists the existing names if there is no such name.
 uint32_t NumberOf(const NameOrNone& wanted,
                   const std::vector<std::string>& names,
                   const std::string& kind);
@@ -30,8 +29,8 @@ inline ViewBox BoxOf(const std::array<float, 4>& numbers) {
     return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
 }
 
-/// Whether a point of the viewport, in pixels, lies in the box, or without one in the lasso. One of
-/// the two must be there.
+/// A test whether a viewport point, in pixels, lies in the box or, without a box, in the lasso. One
+/// of the two must be given.
 std::function<bool(const ViewPlace&)> InsideOf(
     const std::optional<std::array<float, 4>>& box,
     const std::optional<std::vector<std::array<float, 2>>>& lasso);

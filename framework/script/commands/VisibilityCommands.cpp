@@ -27,7 +27,7 @@ struct ComponentParameters {
     }
 };
 
-/// One of the fields up to `hidden` chooses the faces.
+/// Exactly one of the fields up to `hidden` selects the faces.
 struct FaceParameters {
     std::optional<float> mask;
     std::optional<NameOrNone> group;
@@ -72,7 +72,7 @@ void CheckChoice(const FaceParameters& choice) {
         if (chosen != nullptr) {
             throw FieldFault("",
                              std::string("\"") + chosen + "\" and \"" + name +
-                                 "\" are two choices; a step chooses faces by one");
+                                 "\" cannot be combined; a step needs exactly one of them");
         }
         chosen = name;
     }
@@ -110,7 +110,7 @@ FaceChoice OfComponent(Document& document, const ComponentParameters& component)
         const ViewPlace place = PointOf(*component.pointer);
         hit = HitThrough(geometry, document.Tree(), document.View(), {place.x, place.y, 0.0f});
     }
-    if (!hit) throw FieldFault("/component", "there is no visible surface");
+    if (!hit) throw FieldFault("/component", "there is no visible surface at this position");
     return FacesOfComponent(geometry, hit->face);
 }
 
@@ -166,7 +166,7 @@ void Change(CommandContext& context, const FaceParameters& choice) {
         GrownChoice(level, Chosen(context.document, choice), choice.grow.value_or(0));
     chosen = ShrunkChoice(level, std::move(chosen), choice.shrink.value_or(0));
     if (std::find(chosen.begin(), chosen.end(), 1) == chosen.end())
-        context.Warn("no face is chosen; nothing is hidden or shown");
+        context.Warn("no face is selected; nothing is hidden or shown");
     else if (!context.document.ChangeVisibility(change, chosen))
         context.Warn("no face changes its visibility");
     WarnIfAllHidden(context);
