@@ -5,7 +5,7 @@
 # installed. Needs root (or sudo) otherwise; asks no questions.
 #
 #   scripts/install-packages.sh          build, tests, benchmarks
-#   scripts/install-packages.sh --lint   clang-format and clang-tidy as well
+#   scripts/install-packages.sh --lint   clang-format, clang-tidy and codespell as well
 #   scripts/install-packages.sh --clang  clang as well
 #   scripts/install-packages.sh --fuzz   clang and its fuzzer as well
 set -euo pipefail
@@ -24,7 +24,7 @@ usage() { sed -n '4,10s/^# \{0,1\}//p' "$0"; }
 
 for argument in "$@"; do
     case "$argument" in
-        --lint) packages+=(clang-format clang-tidy) ;;
+        --lint) packages+=(clang-format clang-tidy codespell) ;;
         --clang) packages+=(clang) ;;
         --fuzz) packages+=(clang libclang-rt-dev) ;;
         -h | --help) usage; exit 0 ;;
