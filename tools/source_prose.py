@@ -6,7 +6,8 @@ character that is not prose is NUL. A sentence that runs over several lines of a
 adjacent string literals, has only white space between its words, so a pattern with \\s+ finds it, and a
 match's offset gives its line.
 
-Names are not prose: text in backticks, quotations, strings without a blank, and code in documents.
+Names are not prose: text in backticks, quotations, paths from a root, strings without a blank, and code
+in documents.
 """
 
 import io
@@ -22,7 +23,7 @@ CPP_TOKEN = re.compile(
 )
 # The directives of linters in comments, and the licence line.
 DIRECTIVE = re.compile(r"SPDX|NOLINT|clang-format|IWYU")
-NAME = re.compile(r'`[^`\n]*`|"[^"\n]{1,80}"|\\"[^"\n]{1,80}?\\"|“[^”\n]*”')
+NAME = re.compile(r'`[^`\n]*`|"[^"\n]{1,80}"|\\"[^"\n]{1,80}?\\"|“[^”\n]*”|(?<!\S)/[\w/.-]+')
 SHELL_PROSE = re.compile(r'(?<![^\s;])(?P<comment>#+ [^\n]*)|"(?P<string>(?:\\.|[^"\\\n])*)"')
 
 
