@@ -18,7 +18,7 @@ int RegistryPlace(const ClassDesc* desc) {
     return -1;
 }
 
-TEST(Registration, DescriptorOfTheBrush) {
+TEST(Registration, BrushDescriptorHasTheDocumentedFields) {
     const ClassDesc* desc = ClassDesc::ByName(QStringLiteral("SwiftStroke"));
     ASSERT_NE(desc, nullptr);
     EXPECT_EQ(desc, SwiftStroke::StaticClass());
@@ -31,7 +31,7 @@ TEST(Registration, DescriptorOfTheBrush) {
     EXPECT_EQ(static_cast<Node&>(brush).RuntimeClass(), desc);
 }
 
-TEST(Registration, DescriptorOfThePatchMap) {
+TEST(Registration, PatchMapDescriptorHasTheDocumentedFields) {
     const ClassDesc* desc = ClassDesc::ByName(QStringLiteral("PatchMap"));
     ASSERT_NE(desc, nullptr);
     EXPECT_EQ(desc, PatchMap::StaticClass());
@@ -47,7 +47,7 @@ TEST(Registration, DescriptorOfThePatchMap) {
     EXPECT_NE(dynamic_cast<PatchMap*>(made.get()), nullptr);
 }
 
-TEST(Registration, PluginRecord) {
+TEST(Registration, PluginRecordHasTheDocumentedFields) {
     const Plugin* record = nullptr;
     for (unsigned i = 0; i < Plugin::Count(); ++i)
         if (Plugin::At(i)->Name() == QStringLiteral("Swift Stroke")) record = Plugin::At(i);
@@ -55,12 +55,12 @@ TEST(Registration, PluginRecord) {
     EXPECT_EQ(record->Description(), QStringLiteral("Hardware accelerated simple sculptor brush"));
     EXPECT_FALSE(record->Author().isEmpty());
     EXPECT_FALSE(record->Address().isEmpty());
-    // As the compiler writes date and time: "Mmm dd yyyy hh:mm:ss".
+    // The format in which the compiler writes date and time: "Mmm dd yyyy hh:mm:ss".
     EXPECT_EQ(record->Date().size(), 20);
     EXPECT_EQ(record->Date()[14], QLatin1Char(':'));
 }
 
-TEST(Registration, SixPreferencesWithDefaultsAndRange) {
+TEST(Registration, RegistersSixPreferencesWithDefaultsAndRange) {
     for (const char* key : {"Use Original Data For Flatten",
                             "Use Vertex Weights For Flatten",
                             "Wax Fills Only",
@@ -103,7 +103,7 @@ TEST(Registration, FactoryMakesAnArrayForLargerCounts) {
         EXPECT_EQ(brushes[i].buildUpRate.Value(), 0.5f);
         EXPECT_EQ(brushes[i].RuntimeClass(), SwiftStroke::StaticClass());
     }
-    // The count stands ahead of the first element.
+    // The count is stored before the first element.
     delete[] brushes;
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 }
