@@ -16,7 +16,7 @@ std::vector<float> CurveOf(int index) {
     return {samples.array, samples.array + samples.fill};
 }
 
-TEST(Falloff, EachCurveFallsFromOneToTheRim) {
+TEST(Falloff, EachCurveDecreasesFromOneToTheRim) {
     for (int index = 0; index < static_cast<int>(FalloffNames().size()); ++index) {
         SCOPED_TRACE(FalloffNames()[static_cast<std::size_t>(index)]);
         const std::vector<float> curve = CurveOf(index);
@@ -39,7 +39,7 @@ TEST(Falloff, IndexAndNameAgree) {
     EXPECT_FALSE(IsFalloffIndex(-1));
 }
 
-TEST(Falloff, CurvesHaveTheirValuesHalfWay) {
+TEST(Falloff, CurvesHaveTheirDefinedMidValues) {
     EXPECT_EQ(FalloffValue(0, 0.5f), 1.0f);
     EXPECT_EQ(FalloffValue(1, 0.5f), 0.5f);
     EXPECT_EQ(FalloffValue(2, 0.5f), 0.5f);
@@ -53,12 +53,12 @@ TEST(Falloff, CurvesHaveTheirValuesHalfWay) {
     EXPECT_EQ(FalloffValue(7, 0.875f), 0.5f);
 }
 
-TEST(Falloff, AnUnknownIndexIsSmooth) {
+TEST(Falloff, UnknownIndexIsSmooth) {
     EXPECT_EQ(CurveOf(99), CurveOf(smoothFalloffIndex));
     EXPECT_EQ(CurveOf(-7), CurveOf(smoothFalloffIndex));
 }
 
-TEST(Falloff, ACurveJoinsItsPointsByStraightLines) {
+TEST(Falloff, CurveJoinsItsPointsByStraightLines) {
     const std::vector<float> curve = FalloffFromCurve({{0.0f, 1.0f}, {0.2f, 0.5f}, {0.6f, 0.0f}});
     ASSERT_EQ(curve.size(), 256u);
     EXPECT_EQ(curve[0], 1.0f);
@@ -69,7 +69,7 @@ TEST(Falloff, ACurveJoinsItsPointsByStraightLines) {
     EXPECT_EQ(FalloffFromCurve({{0.5f, 0.7f}})[0], 0.7f);
 }
 
-TEST(Falloff, ACurveThatIsNoneNamesItsPoint) {
+TEST(Falloff, InvalidCurveErrorNamesItsPoint) {
     const auto reasonOf = [](const std::vector<FalloffPoint>& points) -> std::string {
         try {
             FalloffFromCurve(points);
