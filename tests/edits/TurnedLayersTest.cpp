@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Layers of a fine level while a coarser one is bent: their offsets turn with the surface.
+/// \file Layers of a fine level while a coarser level is deformed: their offsets rotate with the
+/// surface.
 #include "framework/edits/LayerSteps.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/multires/Steps.h"
@@ -21,13 +21,13 @@ Vector TurnedAboutTwoAxes(const Vector& p, float angle) {
     return TurnedAboutZ({turned.y, turned.z, turned.x}, angle);
 }
 
-/// Turns more the farther out it lies: a bend, a twist and a stretch in one.
+/// A deformation that rotates points more the farther out they are, twists and stretches.
 Vector Bent(const Vector& p) {
     const Vector q = TurnedAboutZ(p, p.x * 0.7f + p.z * 0.4f);
     return {q.x * 1.2f, q.y, q.z + 0.3f * q.x * q.x};
 }
 
-/// How the two layers are while the base is bent.
+/// The state of the two layers while the base is deformed.
 struct Showing {
     const char* name;
     SculptLayer::Properties first;
@@ -44,8 +44,8 @@ const std::vector<Showing>& Showings() {
     return showings;
 }
 
-/// A mesh of three levels, rough at the finest, and there two layers of which both, one or none
-/// touched a vertex.
+/// A mesh of three levels with a rough finest level. It has two layers there; a vertex was touched
+/// by both, one or neither of them.
 class LayeredMesh {
 public:
     explicit LayeredMesh(const PolygonMesh& polygons) : geometry(polygons) {
@@ -97,7 +97,7 @@ float Farthest(const std::vector<Vector>& a, const std::vector<Vector>& b) {
     return farthest;
 }
 
-TEST(TurnedLayers, OffAfterABendLeavesWhatCarryingWithoutThemLeavesToTheBit) {
+TEST(TurnedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const Showing& showing : Showings()) {
             SCOPED_TRACE(zoo.name + ", " + showing.name);
@@ -107,8 +107,8 @@ TEST(TurnedLayers, OffAfterABendLeavesWhatCarryingWithoutThemLeavesToTheBit) {
             layered.Give(showing);
             const std::vector<Vector> on = layered.Positions();
 
-            // The coarser levels see the same surface, and then the finest is the one without
-            // layers, as if its detail had always been that.
+            // The coarser levels see the same surface. The finest level is then the one without
+            // layers, as if that had always been its detail.
             LevelGeometry plain(zoo.mesh);
             plain.Subdivide();
             plain.Subdivide();
@@ -124,16 +124,17 @@ TEST(TurnedLayers, OffAfterABendLeavesWhatCarryingWithoutThemLeavesToTheBit) {
             const std::vector<Vector> bent = layered.Positions();
             layered.ShowAll(false);
             ExpectSameBits(layered.Positions(), PositionsOf(*plain.Bound()));
-            EXPECT_GT(Farthest(layered.Positions(), off), 0.01f) << "the bend did something";
+            EXPECT_GT(Farthest(layered.Positions(), off), 0.01f)
+                << "the deformation moved vertices";
             layered.Give(showing);
             ExpectSameBits(layered.Positions(), bent);
         }
     }
 }
 
-// A surface that turns as a whole takes along what is shown and what is not, within 1e-5 of sizes
-// of about 1.
-TEST(TurnedLayers, LayersTurnRigidlyWithASurfaceThatDoes) {
+// A surface that rotates as a whole carries both shown and hidden offsets along, within 1e-5 at
+// sizes of about 1.
+TEST(TurnedLayers, LayersRotateRigidlyWithTheSurface) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const Showing& showing : Showings()) {
             SCOPED_TRACE(zoo.name + ", " + showing.name);
@@ -165,7 +166,7 @@ TEST(TurnedLayers, LayersTurnRigidlyWithASurfaceThatDoes) {
     }
 }
 
-TEST(TurnedLayers, OffAndOnAgainGivesTheBitsOfBeforeAfterEachOfManyBends) {
+TEST(TurnedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
     LayeredMesh layered(SteppedBox());
     layered.Give(Showings()[1]);
     const float length = layered.Layer(0).StateOfSlot(0).offset.Length();
@@ -180,12 +181,12 @@ TEST(TurnedLayers, OffAndOnAgainGivesTheBitsOfBeforeAfterEachOfManyBends) {
         EXPECT_NE(StateOf(*layered.geometry.Bound()), before);
         layered.Give(Showings()[1]);
         ASSERT_EQ(StateOf(*layered.geometry.Bound()), before) << bend;
-        // Within the rounding of so many turns.
+        // Within the rounding error of that many rotations.
         EXPECT_NEAR(layered.Layer(0).StateOfSlot(0).offset.Length(), length, 1e-6f);
     }
 }
 
-/// All that the layers of all levels hold, and the ground under them.
+/// All data of the layers of all levels, and the layer bases.
 std::string LayersOf(const LevelGeometry& geometry) {
     std::string bytes;
     const auto put = [&bytes](const auto& value) {
@@ -231,7 +232,7 @@ struct Turned {
     uint64_t bytes = 0;
 };
 
-/// A corner's edit on a grid of n x n quads with layers all over.
+/// Edits a corner on a grid of n x n quads whose layers cover everything.
 Turned EditOneVertex(unsigned n) {
     LayeredMesh layered(GridMesh(n, n));
     layered.geometry.BindLevel(0);
@@ -252,7 +253,7 @@ Turned EditOneVertex(unsigned n) {
     return turned;
 }
 
-TEST(TurnedLayers, WhatIsTurnedAndKeptFollowsTheChange) {
+TEST(TurnedLayers, CostOfRotatedOffsetsFollowsTheChange) {
     const Turned small = EditOneVertex(8);
     const Turned large = EditOneVertex(24);
     EXPECT_GT(small.entries, 10u);
@@ -261,8 +262,9 @@ TEST(TurnedLayers, WhatIsTurnedAndKeptFollowsTheChange) {
     EXPECT_NEAR(static_cast<double>(small.bytes), static_cast<double>(large.bytes), 600.0);
 }
 
-// A single layer of a flat grid that is stood on its edge: the numbers can be told by hand.
-TEST(TurnedLayers, OffsetUpwardsPointsSidewardsWhenTheGridIsStoodUp) {
+// A single layer of a flat grid that is rotated to stand on its edge, so the expected values are
+// known.
+TEST(TurnedLayers, UpwardOffsetPointsSidewaysAfterTheGridIsRotatedUpright) {
     for (const bool visible : {true, false}) {
         LevelGeometry geometry(GridMesh(4, 4));
         geometry.Subdivide();
@@ -310,7 +312,7 @@ protected:
         change->Finish(true, false);
         states.push_back(State());
     }
-    /// What a user can see and bring about: all levels, and what each layer has and would leave.
+    /// The complete user-visible state: all levels, and the offsets and the base of each layer.
     std::string State() const {
         std::string state = StateOfAll(geometry);
         const auto put = [&state](const Vector& v) {
@@ -351,7 +353,7 @@ protected:
     std::vector<std::string> states;
 };
 
-TEST_F(TurnedLayersUndoTest, EveryBitIsBackThroughLevelsThatComeAndGo) {
+TEST_F(TurnedLayersUndoTest, EveryBitIsRestoredAcrossAddedAndRemovedLevels) {
     states.push_back(State());
     Push(SubdivideAsStep(geometry));
     Push(SubdivideAsStep(geometry));
@@ -376,7 +378,7 @@ TEST_F(TurnedLayersUndoTest, EveryBitIsBackThroughLevelsThatComeAndGo) {
     Push(BindLevelAsStep(geometry, 1));
     Push(DeleteLevelsAsStep(geometry, true));
     Stroke(30);
-    // Carries what was bent to the highest level, and puts one above.
+    // Carries the deformation to the highest level, and adds one above.
     Push(SubdivideAsStep(geometry));
     Push(UnsubdivideAsStep(geometry));
     Push(BindLevelAsStep(geometry, 0));
@@ -395,7 +397,7 @@ TEST_F(TurnedLayersUndoTest, EveryBitIsBackThroughLevelsThatComeAndGo) {
     }
 }
 
-TEST_F(TurnedLayersUndoTest, GroundIsBackToTheBitWhenABendIsTakenBackAndBroughtAgain) {
+TEST_F(TurnedLayersUndoTest, LayerBaseIsRestoredExactlyByUndoAndRedoOfADeformation) {
     states.push_back(State());
     Push(SubdivideAsStep(geometry));
     Push(SubdivideAsStep(geometry));
@@ -422,13 +424,13 @@ TEST_F(TurnedLayersUndoTest, GroundIsBackToTheBitWhenABendIsTakenBackAndBroughtA
     ExpectSameBits(Ground(), before);
 }
 
-TEST_F(TurnedLayersUndoTest, NothingMoreIsKnownOfTheGroundOnceABendIsTakenBack) {
+TEST_F(TurnedLayersUndoTest, UndoOfADeformationRestoresTheLayerBaseRecords) {
     states.push_back(State());
     Push(SubdivideAsStep(geometry));
     Push(SubdivideAsStep(geometry));
     Push(AddLayerAsStep(geometry, "a"));
     Stroke(150);
-    // Takes in the stroke; what the next one touches is not known yet.
+    // Includes the stroke; the vertices that the next stroke touches have no record yet.
     Push(GiveLayerAsStep(geometry, Layer("a"), {"a", 0.37f, true, true}));
     Stroke(150);
     const auto known = [this] { return geometry.Layers().FindGround(*geometry.Level(2))->Knots(); };
