@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Operations on levels, cancelled at reports that are drawn: every bit of the document is as it
-/// was, and the operation gives the same bits when it is run again.
+/// \file Level operations, cancelled at random reports: every bit of the document is unchanged, and
+/// a new run of the operation gives the same bits.
 #include "framework/mesh/MeshSource.h"
 #include "framework/multires/LevelSource.h"
 #include "tests/baking/BakedMeshes.h"
@@ -31,8 +30,8 @@ void HideFaces(Document& document) {
     document.ChangeVisibility(VisibilityChange::Hide, chosen);
 }
 
-/// Four levels with detail, mask, hidden faces, and layers on two of them, that wait to be carried
-/// from level 1.
+/// Four levels with detail, mask, hidden faces and layers on two of them, with changes still to be
+/// carried from level 1.
 std::unique_ptr<Document> AtLevel1() {
     auto document = std::make_unique<Document>("cube", WithIslands(Cube(), 3, 0.05f));
     document->SetTopologicalMirror();
@@ -51,7 +50,7 @@ std::unique_ptr<Document> AtLevel1() {
     return document;
 }
 
-/// The same, with changes on the highest level that wait to be carried down.
+/// The same document with changes on the highest level that are still to be carried down.
 std::unique_ptr<Document> AtLevel3() {
     auto document = AtLevel1();
     document->BindLevel(3);
@@ -60,7 +59,7 @@ std::unique_ptr<Document> AtLevel3() {
     return document;
 }
 
-TEST(CancelledEdits, LevelSwitchUp) {
+TEST(CancelledEdits, LevelSwitchUpChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
@@ -69,7 +68,7 @@ TEST(CancelledEdits, LevelSwitchUp) {
         11);
 }
 
-TEST(CancelledEdits, LevelSwitchDown) {
+TEST(CancelledEdits, LevelSwitchDownChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3,
@@ -78,7 +77,7 @@ TEST(CancelledEdits, LevelSwitchDown) {
         12);
 }
 
-TEST(CancelledEdits, Subdivide) {
+TEST(CancelledEdits, SubdivideChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
@@ -89,13 +88,13 @@ TEST(CancelledEdits, Subdivide) {
         13);
 }
 
-TEST(CancelledEdits, ApplyToBase) {
+TEST(CancelledEdits, ApplyToBaseChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3, [](Document& document, JobControl* job) { document.ApplyToBase(job); }, 500, 14);
 }
 
-TEST(CancelledEdits, DeleteLowerLevels) {
+TEST(CancelledEdits, DeleteLowerLevelsChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3,
@@ -104,7 +103,7 @@ TEST(CancelledEdits, DeleteLowerLevels) {
         15);
 }
 
-TEST(CancelledEdits, DeleteHigherLevels) {
+TEST(CancelledEdits, DeleteHigherLevelsChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
@@ -113,15 +112,15 @@ TEST(CancelledEdits, DeleteHigherLevels) {
         16);
 }
 
-/// A document whose level 0 is a refinement, with its numbers shuffled by an import, and two levels
-/// above it.
+/// A document with two levels above level 0, which is a refinement whose numbering was shuffled by
+/// an import.
 std::unique_ptr<Document> Refined() {
     LevelGeometry source(WithIslands(Cube(), 3, 0.05f));
     source.Subdivide();
     source.Subdivide();
     Roughen(*source.Bound(), 0.03f, 5);
     PolygonMesh polygons = GatherPolygons(LevelSource(source, {}));
-    // Another order of faces and vertices.
+    // Shuffle the order of faces and vertices.
     std::mt19937 random(6);
     std::vector<uint32_t> order(polygons.positions.size());
     for (uint32_t v = 0; v < order.size(); ++v) order[v] = v;
@@ -146,7 +145,7 @@ std::unique_ptr<Document> Refined() {
     return document;
 }
 
-TEST(CancelledEdits, Unsubdivide) {
+TEST(CancelledEdits, UnsubdivideChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         Refined, [](Document& document, JobControl* job) { document.Unsubdivide(job); }, 3000, 17);
