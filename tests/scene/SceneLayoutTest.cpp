@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The bytes of scene files as docs/scene-format.md tells them.
+/// \file The bytes of scene files as documented in docs/scene-format.md.
 #include "framework/io/Crc32.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
@@ -12,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// Takes a chunk's content from start to end.
+/// Reads a chunk's content from start to end.
 class Taker {
 public:
     explicit Taker(const std::string& content) : bytes(content) {}
@@ -42,7 +41,7 @@ protected:
     RawScene scene;
 };
 
-/// The brush's data under the tool Wax, value by value.
+/// Checks the brush's data with the tool Wax, value by value.
 void ExpectWax(const std::string& data) {
     Taker wax(data);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(wax.Text(), "") << "the node's texts";
@@ -62,7 +61,7 @@ void ExpectWax(const std::string& data) {
     EXPECT_EQ(wax.Take<uint8_t>(), 0u) << "imprint fade";
     EXPECT_EQ(wax.Take<float>(), 0.6f);
     EXPECT_EQ(wax.Take<float>(), 15.0f) << "strength";
-    EXPECT_EQ(wax.Take<float>(), 12.0f) << "its share without pressure";
+    EXPECT_EQ(wax.Take<float>(), 12.0f) << "the part that pressure leaves unchanged";
     EXPECT_EQ(wax.Take<float>(), 0.0f);
     EXPECT_EQ(wax.Take<float>(), 0.0f) << "random turn";
     EXPECT_EQ(wax.Take<float>(), 1.0f) << "stamp factor";
@@ -78,7 +77,7 @@ void ExpectWax(const std::string& data) {
     EXPECT_EQ(wax.Left(), 0u);
 }
 
-TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
+TEST(Crc32, HasItsCheckValueAndCanBeComputedInPieces) {
     const std::string text = "123456789";
     EXPECT_EQ(Crc32(text.data(), text.size()), 0xcbf43926u);
     EXPECT_EQ(Crc32(text.data() + 4, 5, Crc32(text.data(), 4)), 0xcbf43926u);
@@ -90,13 +89,13 @@ TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
                   SlowCrc32(longer.substr(size, 900 + size)));
 }
 
-TEST_F(SceneLayout, HeaderNamesFormatAndClasses) {
+TEST_F(SceneLayout, HeaderHasFormatAndClasses) {
     EXPECT_EQ(scene.format, 334u);
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("SwiftStroke"), 1)));
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("PatchMap"), 0)));
 }
 
-TEST_F(SceneLayout, ChunksStandInTheirOrder) {
+TEST_F(SceneLayout, ChunksAreInTheirOrder) {
     std::vector<std::string> names;
     for (const RawChunk& chunk : scene.chunks) names.push_back(chunk.name);
     EXPECT_THAT(names,
@@ -121,7 +120,7 @@ TEST_F(SceneLayout, ChunksStandInTheirOrder) {
     EXPECT_EQ(NumberAt<uint64_t>(end.content, 0), end.contentPlace + 8);
 }
 
-TEST_F(SceneLayout, GeometryHoldsNameCountsFacesAndTransformation) {
+TEST_F(SceneLayout, GeometryHasNameCountsFacesAndTransform) {
     Taker geom(scene.Chunk("GEOM").content);
     EXPECT_EQ(geom.Text(), "Würfel");
     EXPECT_EQ(geom.Take<uint32_t>(), 4u) << "corners";
@@ -141,7 +140,7 @@ TEST_F(SceneLayout, GeometryHoldsNameCountsFacesAndTransformation) {
     EXPECT_EQ(geom.Left(), 0u);
 }
 
-TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
+TEST_F(SceneLayout, LevelHasPositionsNormalsMaskAndSeenState) {
     Taker levl(scene.chunks[3].content);
     const LevelMesh& level = *document->Geometry().Level(1);
     EXPECT_EQ(levl.Take<uint32_t>(), 1u);
@@ -163,13 +162,13 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     const auto seen = levl.Take<uint32_t>();
     EXPECT_GT(seen, 0u);
     levl.Skip(seen * 16);
-    // The finer level's strokes reached this one, which level 0 has not heard of.
+    // The strokes of the finer level were carried to this one, but not yet to level 0.
     EXPECT_EQ(levl.Take<uint32_t>(), 26u) << "seen from below";
     EXPECT_EQ(levl.Take<uint32_t>(), 0u);
     EXPECT_EQ(levl.Take<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);
     levl.Skip(26 * 16 - 8);
     for (int neighbour = 0; neighbour < 2; ++neighbour) {
-        // All but vertex 0 were frozen since either neighbour looked.
+        // All vertices except 0 were masked since either neighbouring level was updated.
         EXPECT_EQ(levl.Take<uint32_t>(), 25u);
         for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Take<uint32_t>(), v);
         for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Take<uint8_t>(), 0u);
@@ -181,7 +180,7 @@ TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
     EXPECT_EQ(levl.Left(), 0u);
 }
 
-TEST_F(SceneLayout, ALayerHoldsItsTouchedVertices) {
+TEST_F(SceneLayout, LayerHasItsTouchedVertices) {
     const auto chunk = std::find_if(scene.chunks.begin(), scene.chunks.end(), [](const auto& one) {
         return one.name == "LAYR" && NumberAt<uint32_t>(one.content, 0) == 2;
     });
@@ -198,7 +197,7 @@ TEST_F(SceneLayout, ALayerHoldsItsTouchedVertices) {
     EXPECT_EQ(layr.Left(), count * 40u);
 }
 
-TEST_F(SceneLayout, TheGroundHoldsWhatLiesUnderTheLayers) {
+TEST_F(SceneLayout, GroundChunkHasTheLayerBase) {
     Taker ground(scene.Chunk("LGND").content);
     ground.Take<uint32_t>();
     const auto knots = ground.Take<uint32_t>();
@@ -207,7 +206,7 @@ TEST_F(SceneLayout, TheGroundHoldsWhatLiesUnderTheLayers) {
     EXPECT_EQ(ground.Left(), normals * 24u);
 }
 
-TEST_F(SceneLayout, TheBrushHoldsItsToolsTheActiveOneLast) {
+TEST_F(SceneLayout, BrushHasItsToolsWithTheActiveOneLast) {
     Taker brsh(scene.Chunk("BRSH").content);
     EXPECT_EQ(brsh.Text(), "SwiftStroke");
     const auto count = brsh.Take<uint32_t>();
@@ -223,11 +222,11 @@ TEST_F(SceneLayout, TheBrushHoldsItsToolsTheActiveOneLast) {
     EXPECT_EQ(brsh.Take<float>(), 0.0f);
     EXPECT_EQ(brsh.Take<float>(), 90.0f);
     EXPECT_EQ(brsh.Take<uint8_t>(), 0u) << "screen space";
-    EXPECT_EQ(brsh.Take<int32_t>(), 0) << "kept to its mesh";
+    EXPECT_EQ(brsh.Take<int32_t>(), 0) << "locked to its mesh";
     EXPECT_EQ(brsh.Left(), 0u);
 }
 
-TEST_F(SceneLayout, SettingsHoldViewStrokesAndMirrors) {
+TEST_F(SceneLayout, SettingsHaveViewStrokesAndMirrors) {
     Taker sett(scene.Chunk("SETT").content);
     EXPECT_EQ(sett.Take<float>(), 4.0f);
     sett.Skip(32);
@@ -244,24 +243,24 @@ TEST_F(SceneLayout, SettingsHoldViewStrokesAndMirrors) {
     EXPECT_EQ(sett.Left(), 3u * 64u - 4u);
 }
 
-TEST_F(SceneLayout, ThePenHoldsCurvesTiltChanceAndAirbrush) {
+TEST_F(SceneLayout, PenHasCurvesTiltRandomnessAndAirbrush) {
     Taker pens(scene.Chunk("PENS").content);
     ASSERT_EQ(pens.Take<uint32_t>(), 3u) << "the curve for strength";
     for (const float number : {0.0f, 0.125f, 0.5f, 0.25f, 1.0f, 1.0f})
         EXPECT_EQ(pens.Take<float>(), number);
     EXPECT_EQ(pens.Take<uint32_t>(), 0u) << "no curve for size";
     EXPECT_EQ(pens.Take<float>(), 0.375f) << "chance";
-    EXPECT_EQ(pens.Take<uint8_t>(), 1u) << "the tilt turns the stamp";
+    EXPECT_EQ(pens.Take<uint8_t>(), 1u) << "the tilt rotates the stamp";
     EXPECT_EQ(pens.Take<float>(), 1.5f);
     EXPECT_EQ(pens.Take<float>(), -0.5f);
     EXPECT_EQ(pens.Take<float>(), 0.0f) << "pixels";
-    EXPECT_EQ(pens.Take<float>(), 30.0f) << "dabs a second";
+    EXPECT_EQ(pens.Take<float>(), 30.0f) << "dabs per second";
     EXPECT_EQ(pens.Left(), 0u);
 }
 
-TEST_F(SceneLayout, TheFreezeBrushHoldsItsSettings) {
+TEST_F(SceneLayout, FreezeBrushHasItsSettings) {
     Taker brush(scene.Chunk("FRZB").content);
-    EXPECT_EQ(brush.Take<uint8_t>(), 0u) << "another one is at work";
+    EXPECT_EQ(brush.Take<uint8_t>(), 0u) << "another brush is active";
     const std::string data = brush.Text();
     // Three texts, size, direction, smoothing, steady stroke, spacing, flags, stamp, fade.
     const std::size_t strength = 3 * 4 + 4 + 4 + 5 + 5 + 8 + 3 + 8 + 5;
