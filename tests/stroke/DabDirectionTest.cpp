@@ -26,7 +26,7 @@ protected:
         if (!brush.strokeActive) bench.Begin();
         brush.directionAttribute.SetValue(mode, true);
         brush.mirrorPass = pass;
-        // The beginning of a stroke has forgotten the hits of the one before.
+        // The begin of a stroke cleared the hits of the previous one.
         brush.SetPreviousPatchPosition(previous);
         brush.Settings().directionVectorSet = false;
         return brush.PrepareDab(hit);
@@ -43,7 +43,7 @@ protected:
     Vector previous{0.5f, 1.25f, 0.5f};
 };
 
-TEST_F(DabDirection, SurfaceNormalIsThatOfTheHit) {
+TEST_F(DabDirection, SurfaceNormalModeUsesTheNormalOfTheHit) {
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);
     ExpectPlaneAtHit(0);
@@ -52,7 +52,7 @@ TEST_F(DabDirection, SurfaceNormalIsThatOfTheHit) {
     EXPECT_EQ(brush.Settings().directionVector, hit.normal);
 }
 
-TEST_F(DabDirection, FixedDirections) {
+TEST_F(DabDirection, FixedModesUseTheirAxes) {
     const float d = 0.70710677f;
     const std::pair<int, Vector> table[] = {{5, {1.0f, 0.0f, 0.0f}},
                                             {6, {0.0f, 1.0f, 0.0f}},
@@ -76,7 +76,7 @@ TEST_F(DabDirection, VertexNormalNeedsNoDirection) {
     EXPECT_FALSE(Told());
     EXPECT_EQ(brush.directions[0], Vector(7.0f, 7.0f, 7.0f));
     EXPECT_EQ(brush.planeDistances[0], 0.0f);
-    // The next dab in another mode forgets it.
+    // The next dab in another mode clears it.
     EXPECT_TRUE(Prepare(0));
     EXPECT_FALSE(brush.followVertexNormal);
 }
@@ -121,15 +121,15 @@ TEST_F(DabDirection, CameraDirectionIsMeshLocal) {
         {1.0f, 1.0f, 1.0f}, {}, {10.0f, 2.5f, 9.0f});
     for (const int mode : {8, 9}) {
         EXPECT_TRUE(Prepare(mode));
-        // The camera stands at (4.5, 1.25, 4.5) of the mesh: (3, 0, 4) from the hit.
+        // The camera is at (4.5, 1.25, 4.5) in mesh space: (3, 0, 4) from the hit.
         ExpectNear(brush.directions[0], {0.6f, 0.0f, 0.8f});
         ExpectPlaneAtHit(0);
     }
 }
 
-TEST_F(DabDirection, CameraDirectionTurnsWithTheMesh) {
+TEST_F(DabDirection, CameraDirectionRotatesWithTheMesh) {
     bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {0.0f, 0.0f, 90.0f}, {});
-    // A quarter turn about z takes the mesh's x to the world's y.
+    // A quarter turn about z maps the mesh's x to the world's y.
     ExpectNear(bench.WorldOf({1.0f, 0.0f, 0.0f}), {0.0f, 1.0f, 0.0f});
     const Vector eye = bench.WorldOf(hit.position + Vector(0.0f, 3.0f, 4.0f));
     HostKernel::Instance().Scene()->OwnCamera().Place().Set({1.0f, 1.0f, 1.0f}, {}, eye);
@@ -172,7 +172,7 @@ TEST_F(DabDirection, BulgeFollowsVertexNormalsWhateverTheSetting) {
     }
 }
 
-TEST_F(DabDirection, SmearGoesForwardWhateverTheSetting) {
+TEST_F(DabDirection, SmearMovesForwardWhateverTheSetting) {
     bench.Activate(Tool::Smear);
     for (const int mode : {0, 1, 2, 5, 13}) {
         EXPECT_TRUE(Prepare(mode));
@@ -190,7 +190,7 @@ TEST_F(DabDirection, WholeMeshFollowsVertexNormals) {
     brush.wholeMesh = false;
 }
 
-TEST_F(DabDirection, WholeMeshSmearGoesForward) {
+TEST_F(DabDirection, WholeMeshSmearMovesForward) {
     bench.Activate(Tool::Smear);
     bench.Begin();
     brush.wholeMesh = true;
@@ -202,7 +202,7 @@ TEST_F(DabDirection, WholeMeshSmearGoesForward) {
     brush.wholeMesh = false;
 }
 
-TEST_F(DabDirection, WholeMeshSmoothOfTheLayerTakesTheHitNormal) {
+TEST_F(DabDirection, WholeMeshSmoothOfTheLayerUsesTheHitNormal) {
     bench.AddLayer();
     bench.Activate(Tool::Smooth);
     bench.Begin();
@@ -253,7 +253,7 @@ TEST_F(MirroredDirection, AxisIsTheMirrorImageOfTheMainPass) {
     }
 }
 
-TEST_F(MirroredDirection, CameraDirectionIsMirroredToo) {
+TEST_F(MirroredDirection, CameraDirectionIsMirrored) {
     HostKernel::Instance().Scene()->OwnCamera().Place().Set(
         {1.0f, 1.0f, 1.0f}, {}, {50.0f, 0.0f, 0.0f});
     bench.Begin();
@@ -262,7 +262,7 @@ TEST_F(MirroredDirection, CameraDirectionIsMirroredToo) {
     ExpectNear(brush.directions[1], {-0.6f, 0.0f, 0.8f});
 }
 
-TEST_F(MirroredDirection, SurfaceNormalAndForwardKeepTheirOwn) {
+TEST_F(MirroredDirection, SurfaceNormalAndForwardAreThoseOfTheMirroredDab) {
     EXPECT_TRUE(Prepare(0, 1));
     EXPECT_EQ(brush.directions[1], hit.normal);
     ExpectPlaneAtHit(1);
@@ -275,7 +275,7 @@ TEST_F(MirroredDirection, SurfaceNormalAndForwardKeepTheirOwn) {
 TEST_F(MirroredDirection, SidewaysIsReversed) {
     previous = Vector{-0.5f, 1.25f, 0.5f};
     EXPECT_TRUE(Prepare(4, 1));
-    // (-1, 0, 0) x (-0.6, 0, 0.8) = (0, 0.8, 0), and back to the main pass's side.
+    // (-1, 0, 0) x (-0.6, 0, 0.8) = (0, 0.8, 0), converted back to the main pass's side.
     ExpectNear(brush.directions[1], {0.0f, -1.0f, 0.0f});
     EXPECT_EQ(brush.planePoints[1], hit.position);
 }
@@ -300,12 +300,12 @@ TEST_F(PlaneReuse, KeepsThePlaneFoundEarlier) {
     EXPECT_EQ(brush.planeDistances[0], 2.0f);
     EXPECT_FALSE(Told());
     EXPECT_TRUE(brush.followVertexNormal);
-    // Not even a missing heading ends such a dab.
+    // Even a missing heading does not end such a dab.
     previous = Vector{};
     EXPECT_TRUE(Prepare(3));
 }
 
-TEST_F(PlaneReuse, PlaneThroughTheOriginCountsAsUnknown) {
+TEST_F(PlaneReuse, PlaneThroughTheOriginCountsAsUnset) {
     brush.planeDistances[0] = 0.0f;
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);
@@ -317,13 +317,13 @@ TEST_F(PlaneReuse, EachPassHasItsOwnPlane) {
     EXPECT_EQ(brush.directions[0], Vector(0.0f, 1.0f, 0.0f));
 }
 
-TEST_F(PlaneReuse, NotWhileThePlaneIsUpdated) {
+TEST_F(PlaneReuse, DoesNotApplyWhileThePlaneIsUpdated) {
     brush.updatePlane.SetValue(true, true);
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);
 }
 
-TEST_F(PlaneReuse, NotForToolsWithoutAPlane) {
+TEST_F(PlaneReuse, DoesNotApplyToToolsWithoutAPlane) {
     brush.setIsPlaneTool(false);
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);
