@@ -32,9 +32,9 @@ std::array<TilePoint, 4> CornersOf(const Block& block, std::uint32_t side) {
             at(block.right, block.top)};
 }
 
-FloatImage Laid(BakeCanvas::Options options,
-                const std::vector<Block>& blocks,
-                BakeCanvas::Counts* counts = nullptr) {
+FloatImage Rasterized(BakeCanvas::Options options,
+                      const std::vector<Block>& blocks,
+                      BakeCanvas::Counts* counts = nullptr) {
     BakeCanvas canvas(options);
     for (const Block& block : blocks) {
         const MapValue value = {block.value, 0.0f, 0.0f};
@@ -51,7 +51,7 @@ FloatImage Laid(BakeCanvas::Options options,
 }
 
 /// The texels as digits, rows from the top; a dot is the neutral value.
-std::vector<std::string> Drawn(const FloatImage& image) {
+std::vector<std::string> TexelDigits(const FloatImage& image) {
     std::vector<std::string> rows;
     for (std::uint32_t y = 0; y < image.height; ++y) {
         std::string row;
@@ -66,10 +66,11 @@ std::vector<std::string> Drawn(const FloatImage& image) {
 
 TEST(BakeCanvasTest, PaddingHasTheRequestedWidthAndStaysOutOfOtherIslands) {
     BakeCanvas::Counts counts;
-    const FloatImage image = Laid(Small(12, 1, 2), {{1, 1, 4, 4, 1}, {7, 1, 9, 11, 2}}, &counts);
+    const FloatImage image =
+        Rasterized(Small(12, 1, 2), {{1, 1, 4, 4, 1}, {7, 1, 9, 11, 2}}, &counts);
     // The middle column of the three-column gap is equally near to both blocks, and the first block
     // gets it. Texels 1.5 off in both directions are 2.12 away.
-    EXPECT_EQ(Drawn(image)[1], "11111122222.");
+    EXPECT_EQ(TexelDigits(image)[1], "11111122222.");
     // The expected value of every texel follows from its distances to both blocks.
     for (std::uint32_t y = 0; y < 12; ++y) {
         for (std::uint32_t x = 0; x < 12; ++x) {
@@ -132,22 +133,23 @@ TEST(BakeCanvasTest, SharedEdgesBelongToExactlyOneTriangle) {
 
 TEST(BakeCanvasTest, PartlyCoveredTexelIsTheMeanOfTheCoveringSamples) {
     // The left block ends in the middle of column 2, where the right one begins.
-    const FloatImage image = Laid(Small(4, 4, 0), {{0, 0, 2.5, 4, 2}, {2.5, 0, 4, 2, 6}});
-    EXPECT_EQ(Drawn(image), (std::vector<std::string>{"2246", "2246", "222.", "222."}));
+    const FloatImage image = Rasterized(Small(4, 4, 0), {{0, 0, 2.5, 4, 2}, {2.5, 0, 4, 2, 6}});
+    EXPECT_EQ(TexelDigits(image), (std::vector<std::string>{"2246", "2246", "222.", "222."}));
 }
 
 TEST(BakeCanvasTest, OverlapIsCountedAndTheFirstValueIsKept) {
     BakeCanvas::Counts counts;
-    const FloatImage image = Laid(Small(6, 2, 0), {{0, 0, 4, 4, 1}, {3, 3, 6, 6, 2}}, &counts);
+    const FloatImage image =
+        Rasterized(Small(6, 2, 0), {{0, 0, 4, 4, 1}, {3, 3, 6, 6, 2}}, &counts);
     EXPECT_EQ(
-        Drawn(image),
+        TexelDigits(image),
         (std::vector<std::string>{"1111..", "1111..", "1111..", "111122", "...222", "...222"}));
     EXPECT_EQ(counts.overlapping, 1u);
 }
 
 TEST(BakeCanvasTest, GeometryOutsideTheTileIsClipped) {
-    const FloatImage image = Laid(Small(4, 1, 1), {{-3, -2, 1, 2, 7}});
-    EXPECT_EQ(Drawn(image), (std::vector<std::string>{"77..", "77..", "77..", "...."}));
+    const FloatImage image = Rasterized(Small(4, 1, 1), {{-3, -2, 1, 2, 7}});
+    EXPECT_EQ(TexelDigits(image), (std::vector<std::string>{"77..", "77..", "77..", "...."}));
 }
 
 TEST(BakeCanvasTest, DirectionsAreNormalised) {

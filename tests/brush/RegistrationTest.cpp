@@ -12,7 +12,7 @@
 namespace trovik::test {
 namespace {
 
-int RegistryPlace(const ClassDesc* desc) {
+int RegistryIndex(const ClassDesc* desc) {
     for (unsigned i = 0; i < ClassDesc::Count(); ++i)
         if (ClassDesc::At(i) == desc) return static_cast<int>(i);
     return -1;
@@ -42,7 +42,7 @@ TEST(Registration, PatchMapDescriptorHasTheDocumentedFields) {
     EXPECT_EQ(desc->Version(), 0);
     PatchMap map;
     EXPECT_EQ(static_cast<Node&>(map).RuntimeClass(), desc);
-    EXPECT_LT(RegistryPlace(SwiftStroke::StaticClass()), RegistryPlace(desc));
+    EXPECT_LT(RegistryIndex(SwiftStroke::StaticClass()), RegistryIndex(desc));
     const std::unique_ptr<Node> made(desc->Create());
     EXPECT_NE(dynamic_cast<PatchMap*>(made.get()), nullptr);
 }

@@ -78,7 +78,7 @@ public:
         return patches.size();
     }
 
-    bool EqualsWholePacking() const {
+    bool EqualsFullPacking() const {
         return SameVertices(uploaded, PackLevel(*geometry.Bound(), *layout));
     }
 
@@ -143,7 +143,7 @@ TEST(DisplayedEdits, PackingDirtyPatchesEqualsPackingEverything) {
             const uint64_t patches = display.Update(random);
             packed += patches;
             updates += patches > 0 ? 1 : 0;
-            ASSERT_TRUE(display.EqualsWholePacking());
+            ASSERT_TRUE(display.EqualsFullPacking());
         }
     }
     // The test is void if the edits change nothing visible.

@@ -31,7 +31,7 @@ void Scramble(LevelMesh& level, uint32_t seed) {
         level.faceFlags[face] = random.Chance(share) ? 0xff : uint8_t{0xff & ~faceIsHidden};
 }
 
-void GiveGroups(LevelGeometry& geometry, uint32_t seed) {
+void AssignGroups(LevelGeometry& geometry, uint32_t seed) {
     RandomNumbers random(seed);
     SurfaceAttributes attributes;
     for (int i = 0; i < 200; ++i) attributes.groupNames.push_back("group " + std::to_string(i));
@@ -93,7 +93,7 @@ TEST(PatchPacker, PreservesEveryBitOfEveryVertexAndFace) {
                                          level.vertices.array + level.VertexCount());
         const PatchLayout layout(level);
         Scramble(level, ++seed);
-        if (seed % 2 == 0) GiveGroups(geometry, seed);
+        if (seed % 2 == 0) AssignGroups(geometry, seed);
         ExpectLevel(level, layout);
         std::copy(before.begin(), before.end(), level.vertices.array);
         level.ComputeNormals();
@@ -107,7 +107,7 @@ TEST(PatchPacker, PreservesEveryBitInDeepPatches) {
         const PatchLayout layout(*geometry.Bound());
         ASSERT_EQ(layout.Depth(), 5u);
         Scramble(*geometry.Bound(), 70);
-        GiveGroups(geometry, 70);
+        AssignGroups(geometry, 70);
         ExpectLevel(*geometry.Bound(), layout);
     }
 }

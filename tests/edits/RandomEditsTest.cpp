@@ -40,12 +40,12 @@ public:
             for (uint32_t face = 0; face < one.faceCount; ++face) Put(one.IsFaceHidden(face));
         }
         for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
-            PutLayers(geometry, *geometry.Level(level));
+            AppendLayers(geometry, *geometry.Level(level));
     }
     bool operator==(const State&) const = default;
 
 private:
-    void PutLayers(const LevelGeometry& geometry, const LevelMesh& mesh) {
+    void AppendLayers(const LevelGeometry& geometry, const LevelMesh& mesh) {
         for (const auto& layer : geometry.Layers().OfLevel(mesh)) {
             const SculptLayer::Properties& given = layer->Given();
             bytes += given.name;

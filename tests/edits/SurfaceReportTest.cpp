@@ -92,7 +92,7 @@ public:
         for (int i = 0; i < 4 && extended > 1; ++i) {
             Ray ray;
             ray.origin = random.In(-2.0f * reach, 2.0f * reach);
-            ray.direction = SurfacePlace() - ray.origin;
+            ray.direction = RandomSurfacePoint() - ray.origin;
             ExpectSame(fresh.Pick(ray), document.Tree().Pick(ray));
             ExpectSame(fresh.Nearest(ray.origin), document.Tree().Nearest(ray.origin));
         }
@@ -117,7 +117,7 @@ private:
         }
         return most;
     }
-    Vector SurfacePlace() {
+    Vector RandomSurfacePoint() {
         const LevelMesh& mesh = *document.Geometry().Bound();
         return mesh.Position(
             mesh.faceVertexIndices.array[random.Below(mesh.faceVertexIndices.fill)]);
@@ -137,7 +137,7 @@ private:
         loop.Begin(modifier, random.Below(1000));
         const uint32_t dabs = random.Below(5);
         for (uint32_t i = 0; i < dabs; ++i) {
-            const auto hit = document.Tree().Nearest(SurfacePlace());
+            const auto hit = document.Tree().Nearest(RandomSurfacePoint());
             if (!hit) break;
             StrokeDab dab = DabAt(document.Geometry(), *hit);
             dab.size = reach * random.Between(0.05f, 0.6f);

@@ -22,20 +22,20 @@ Vector TurnedAboutTwoAxes(const Vector& p, float angle) {
 }
 
 /// A deformation that rotates points more the farther out they are, twists and stretches.
-Vector Bent(const Vector& p) {
+Vector Deformed(const Vector& p) {
     const Vector q = TurnedAboutZ(p, p.x * 0.7f + p.z * 0.4f);
     return {q.x * 1.2f, q.y, q.z + 0.3f * q.x * q.x};
 }
 
 /// The state of the two layers while the base is deformed.
-struct Showing {
+struct LayerVisibility {
     const char* name;
     SculptLayer::Properties first;
     SculptLayer::Properties second;
 };
 
-const std::vector<Showing>& Showings() {
-    static const std::vector<Showing> showings = {
+const std::vector<LayerVisibility>& LayerVisibilities() {
+    static const std::vector<LayerVisibility> showings = {
         {"both at 1", {"a", 1.0f, true, true}, {"b", 1.0f, true, true}},
         {"others than 1", {"a", 0.37f, true, true}, {"b", -1.3f, true, true}},
         {"one at 0", {"a", 0.0f, true, true}, {"b", 1.0f, true, true}},
@@ -67,7 +67,7 @@ public:
     }
 
     SculptLayer& Layer(std::size_t i) { return *geometry.Layers().All()[i]; }
-    void Give(const Showing& showing) {
+    void Give(const LayerVisibility& showing) {
         Give(0, showing.first);
         Give(1, showing.second);
     }
@@ -99,7 +99,7 @@ float Farthest(const std::vector<Vector>& a, const std::vector<Vector>& b) {
 
 TEST(TurnedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
     for (const ZooMesh& zoo : AllMeshes()) {
-        for (const Showing& showing : Showings()) {
+        for (const LayerVisibility& showing : LayerVisibilities()) {
             SCOPED_TRACE(zoo.name + ", " + showing.name);
             LayeredMesh layered(zoo.mesh);
             layered.ShowAll(false);
@@ -117,7 +117,7 @@ TEST(TurnedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
             ExpectSameBits(PositionsOf(*layered.geometry.Bound()), PositionsOf(*plain.Bound()));
             for (uint32_t v = 0; v < off.size(); ++v) plain.Level(2)->SetPosition(v, off[v]);
             for (LevelGeometry* geometry : {&layered.geometry, &plain}) {
-                Deform(*geometry->Bound(), Bent);
+                Deform(*geometry->Bound(), Deformed);
                 geometry->BindLevel(2);
             }
 
@@ -136,7 +136,7 @@ TEST(TurnedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
 // sizes of about 1.
 TEST(TurnedLayers, LayersRotateRigidlyWithTheSurface) {
     for (const ZooMesh& zoo : AllMeshes()) {
-        for (const Showing& showing : Showings()) {
+        for (const LayerVisibility& showing : LayerVisibilities()) {
             SCOPED_TRACE(zoo.name + ", " + showing.name);
             LayeredMesh layered(zoo.mesh);
             std::vector<Vector> on = layered.Positions();
@@ -168,7 +168,7 @@ TEST(TurnedLayers, LayersRotateRigidlyWithTheSurface) {
 
 TEST(TurnedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
     LayeredMesh layered(SteppedBox());
-    layered.Give(Showings()[1]);
+    layered.Give(LayerVisibilities()[1]);
     const float length = layered.Layer(0).StateOfSlot(0).offset.Length();
     for (int bend = 0; bend < 12; ++bend) {
         layered.geometry.BindLevel(bend % 2 == 0 ? 0 : 1);
@@ -179,7 +179,7 @@ TEST(TurnedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
         const std::vector<VertexState> before = StateOf(*layered.geometry.Bound());
         layered.ShowAll(false);
         EXPECT_NE(StateOf(*layered.geometry.Bound()), before);
-        layered.Give(Showings()[1]);
+        layered.Give(LayerVisibilities()[1]);
         ASSERT_EQ(StateOf(*layered.geometry.Bound()), before) << bend;
         // Within the rounding error of that many rotations.
         EXPECT_NEAR(layered.Layer(0).StateOfSlot(0).offset.Length(), length, 1e-6f);
@@ -218,7 +218,7 @@ TEST(TurnedLayers, WithoutAnEditNoBitChanges) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LayeredMesh layered(zoo.mesh);
-        layered.Give(Showings()[1]);
+        layered.Give(LayerVisibilities()[1]);
         layered.geometry.BindLevel(0);
         const std::string before = LayersOf(layered.geometry);
         for (const uint32_t level : {2u, 1u, 2u, 0u, 1u, 2u})

@@ -19,7 +19,7 @@ namespace {
 
 using testing::HasSubstr;
 
-class UndoKeepingTest : public ::testing::Test {
+class UndoStorageTest : public ::testing::Test {
 protected:
     /// Exchanges its array with an external one that represents the mesh.
     class Step : public UndoStep {
@@ -72,7 +72,7 @@ protected:
     UndoHistory history{uint64_t{1} << 30};
 };
 
-TEST_F(UndoKeepingTest, CompressedStepsAreRestoredExactly) {
+TEST_F(UndoStorageTest, CompressedStepsAreRestoredExactly) {
     for (int i = 0; i < 40; ++i) Edit(10000);
     history.Settle();
     EXPECT_LT(history.Bytes(), 40 * 40100u / 2);
@@ -86,7 +86,7 @@ TEST_F(UndoKeepingTest, CompressedStepsAreRestoredExactly) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, ContentOfAStepIsAvailableOnRequest) {
+TEST_F(UndoStorageTest, ContentOfAStepIsAvailableOnRequest) {
     for (int i = 0; i < 3; ++i) Edit(10000);
     history.Settle();
     EXPECT_TRUE(static_cast<const Step&>(history.Shell(1)).Other().empty());
@@ -94,7 +94,7 @@ TEST_F(UndoKeepingTest, ContentOfAStepIsAvailableOnRequest) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, SmallStepsAreNotCompressed) {
+TEST_F(UndoStorageTest, SmallStepsAreNotCompressed) {
     Edit(100);
     Edit(100);
     history.Settle();
@@ -106,7 +106,7 @@ TEST_F(UndoKeepingTest, SmallStepsAreNotCompressed) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, BudgetIsRespectedByDroppingTheOldestSteps) {
+TEST_F(UndoStorageTest, BudgetIsRespectedByDroppingTheOldestSteps) {
     const uint64_t budget = 300000;
     history.SetBudget(budget);
     for (int i = 0; i < 100; ++i) {
@@ -123,7 +123,7 @@ TEST_F(UndoKeepingTest, BudgetIsRespectedByDroppingTheOldestSteps) {
     EXPECT_LE(history.PeakBytes(), budget + 2 * 40100);
 }
 
-TEST_F(UndoKeepingTest, DroppedStepsDoNotDependOnTheProgressOfCompression) {
+TEST_F(UndoStorageTest, DroppedStepsDoNotDependOnTheProgressOfCompression) {
     std::vector<std::size_t> counts;
     for (const bool waits : {true, false}) {
         UndoHistory other(200000);
@@ -138,7 +138,7 @@ TEST_F(UndoKeepingTest, DroppedStepsDoNotDependOnTheProgressOfCompression) {
     EXPECT_GT(counts[0], 5u);
 }
 
-TEST_F(UndoKeepingTest, NewestStepIsKeptWhateverTheBudget) {
+TEST_F(UndoStorageTest, NewestStepIsKeptWhateverTheBudget) {
     history.SetBudget(1);
     for (int i = 0; i < 5; ++i) {
         Edit(10000);
@@ -147,7 +147,7 @@ TEST_F(UndoKeepingTest, NewestStepIsKeptWhateverTheBudget) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, DroppingBeforeCompressionEndsFreesTheBytes) {
+TEST_F(UndoStorageTest, DroppingBeforeCompressionEndsFreesTheBytes) {
     for (int i = 0; i < 20; ++i) {
         Edit(10000);
         history.Undo(geometry);
@@ -158,7 +158,7 @@ TEST_F(UndoKeepingTest, DroppingBeforeCompressionEndsFreesTheBytes) {
     EXPECT_EQ(history.StepCount(), 0u);
 }
 
-TEST_F(UndoKeepingTest, StepsBeyondTheBudgetGoToTheFile) {
+TEST_F(UndoStorageTest, StepsBeyondTheBudgetGoToTheFile) {
     const TemporaryFolder folder;
     const uint64_t budget = 200000;
     history.SetBudget(budget);
@@ -177,7 +177,7 @@ TEST_F(UndoKeepingTest, StepsBeyondTheBudgetGoToTheFile) {
     EXPECT_EQ(history.TakeProblem(), "");
 }
 
-TEST_F(UndoKeepingTest, FileIsAtMostEightBudgetsLong) {
+TEST_F(UndoStorageTest, FileIsAtMostEightBudgetsLong) {
     const TemporaryFolder folder;
     history.SetBudget(50000);
     history.SetSpillFolder(folder.Path(""));
@@ -191,7 +191,7 @@ TEST_F(UndoKeepingTest, FileIsAtMostEightBudgetsLong) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, FullDiskIsReportedOnceAndStepsStayInMemory) {
+TEST_F(UndoStorageTest, FullDiskIsReportedOnceAndStepsStayInMemory) {
     const TemporaryFolder folder;
     history.SetBudget(200000);
     history.SetSpillFolder(folder.Path(""));
@@ -210,7 +210,7 @@ TEST_F(UndoKeepingTest, FullDiskIsReportedOnceAndStepsStayInMemory) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, StepOfADamagedFileIsRefusedAndOtherStepsStay) {
+TEST_F(UndoStorageTest, StepOfADamagedFileIsRefusedAndOtherStepsStay) {
     const TemporaryFolder folder;
     history.SetBudget(150000);
     history.SetSpillFolder(folder.Path(""));
@@ -236,7 +236,7 @@ TEST_F(UndoKeepingTest, StepOfADamagedFileIsRefusedAndOtherStepsStay) {
     EXPECT_EQ(now, 30u);
 }
 
-TEST_F(UndoKeepingTest, MissingFolderIsRefused) {
+TEST_F(UndoStorageTest, MissingFolderIsRefused) {
     EXPECT_THROW(history.SetSpillFolder("/no/such/folder"), HostError);
     Edit(10000);
     EXPECT_TRUE(history.Undo(geometry));

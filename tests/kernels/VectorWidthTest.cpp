@@ -47,7 +47,7 @@ protected:
 
 constexpr uint32_t dabStamp = 77;
 
-VertexBatch DrawBatch(Numbers& numbers) {
+VertexBatch RandomBatch(Numbers& numbers) {
     VertexBatch batch{};
     for (uint32_t i = 0; i < VertexBatch::capacity; ++i) {
         for (int k = 0; k < 3; ++k) batch.start[i][k] = numbers.Next();
@@ -81,7 +81,7 @@ void ExpectSameWeights(StrokeBench& bench) {
         for (HWVector& row : brush.brushSpace->meshToWorld)
             row = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), numbers.Next());
         const uint32_t count = 1 + numbers.Word() % VertexBatch::capacity;
-        VertexBatch four = DrawBatch(numbers);
+        VertexBatch four = RandomBatch(numbers);
         VertexBatch eight = four;
         const uint64_t within = WeighBatch<buildUp, inWorldSpace>(terms, count, four);
         ASSERT_EQ(within, (WeighBatchWide<buildUp, inWorldSpace>(terms, count, eight)));

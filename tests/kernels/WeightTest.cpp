@@ -28,7 +28,7 @@ protected:
         brush.falloffLast = static_cast<int32_t>(falloff.size()) - 1;
         brush.setFalloffLast(static_cast<float>(falloff.size() - 1));
     }
-    bool WasTold(uint32_t vertex) const {
+    bool WasNotified(uint32_t vertex) const {
         for (const auto& notice : renderer->notices)
             if (notice.vertex == vertex) return true;
         return false;
@@ -51,15 +51,15 @@ TEST_F(Weight, VertexOnTheRimIsInsideAndUsesTheLastSample) {
     EXPECT_EQ(bench.Height(quarter), 0.6f);
     EXPECT_EQ(bench.Height(rim), 0.2f);
     EXPECT_EQ(bench.Height(corner), 0.0f);
-    EXPECT_TRUE(WasTold(rim));
-    EXPECT_FALSE(WasTold(corner));
+    EXPECT_TRUE(WasNotified(rim));
+    EXPECT_FALSE(WasNotified(corner));
 }
 
 TEST_F(Weight, VertexJustBeyondTheRimIsOut) {
     bench.Aim({0.5f, 0.5f, 0.0f}, std::nextafter(0.5f, 0.0f));
     bench.RunKernel(0);
     EXPECT_EQ(bench.Height(rim), 0.0f);
-    EXPECT_FALSE(WasTold(rim));
+    EXPECT_FALSE(WasNotified(rim));
     EXPECT_EQ(bench.Height(quarter), 1.0f);
 }
 
@@ -77,7 +77,7 @@ TEST_F(Weight, SampleBeyondTheTableHasWeightZeroAndCountsAsReached) {
     brush.falloffScale = 40.0f;
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 0.0f);
-    EXPECT_TRUE(WasTold(middle));
+    EXPECT_TRUE(WasNotified(middle));
     EXPECT_EQ(renderer->notices.size(), 4u);
     EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
 }
@@ -156,7 +156,7 @@ TEST_F(Weight, SurfaceBeyondTheFacingAnglesHasWeightZeroAndCountsAsReached) {
     const FacingAngle facing(brush, {0.5f, 0.5f, -100.0f}, 10.0f, 20.0f);
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 0.0f);
-    EXPECT_TRUE(WasTold(middle));
+    EXPECT_TRUE(WasNotified(middle));
     EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
 }
 
@@ -310,8 +310,8 @@ TEST_F(StampedWeight, PlainStampMultipliesTheWeight) {
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(inside), 0.5f);
     EXPECT_EQ(bench.Height(outside), 0.0f);
-    EXPECT_TRUE(WasTold(inside));
-    EXPECT_FALSE(WasTold(outside));
+    EXPECT_TRUE(WasNotified(inside));
+    EXPECT_FALSE(WasNotified(outside));
 }
 
 TEST_F(StampedWeight, BuildUpBeforeTheStampAlsoGrowsOutsideIt) {

@@ -63,7 +63,7 @@ DabWork SecondDab(unsigned n, Tool tool) {
     return work;
 }
 
-TEST(WorkOfADab, LaterDabAllocatesItsGridsAndNothingElse) {
+TEST(DabCost, LaterDabAllocatesItsGridsAndNothingElse) {
     for (const Tool tool : {Tool::Sculpt, Tool::Pinch, Tool::Flatten, Tool::Smooth}) {
         SCOPED_TRACE(static_cast<int>(tool));
         const DabWork work = SecondDab(9, tool);
@@ -71,7 +71,7 @@ TEST(WorkOfADab, LaterDabAllocatesItsGridsAndNothingElse) {
     }
 }
 
-TEST(WorkOfADab, StaysTheSameOnALargerMesh) {
+TEST(DabCost, StaysTheSameOnALargerMesh) {
     const DabWork small = SecondDab(9, Tool::Sculpt);
     const DabWork large = SecondDab(45, Tool::Sculpt);
     EXPECT_GT(small.facesTested, 0u);

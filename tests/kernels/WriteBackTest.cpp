@@ -18,7 +18,7 @@ protected:
         bench.Start(tool);
         bench.Aim({0.5f, 0.5f, 0.0f}, 0.3f);
     }
-    bool WasTold(uint32_t vertex) const {
+    bool WasNotified(uint32_t vertex) const {
         for (const auto& notice : renderer->notices)
             if (notice.vertex == vertex) return true;
         return false;
@@ -117,7 +117,7 @@ TEST_F(WriteBack, VertexOutsideTheStampDoesNotAffectBoxLayerOrRenderers) {
     EXPECT_EQ(bench.BoxMin(), Vector(0.0f, 0.0f, 0.0f));
     EXPECT_EQ(bench.BoxMax(), Vector(0.5f, 0.5f, 1.0f));
     EXPECT_EQ(renderer->notices.size(), 9u);
-    EXPECT_FALSE(WasTold(outside));
+    EXPECT_FALSE(WasNotified(outside));
     EXPECT_EQ(layer.Offset(outside), Vector());
     for (uint32_t row = 0; row < 5; ++row)
         for (uint32_t column = 0; column < 5; ++column)

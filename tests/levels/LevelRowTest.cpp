@@ -11,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(LevelRow, DeletingLowerLevelsMakesTheBoundOneTheBase) {
+TEST(LevelHierarchy, DeletingLowerLevelsMakesTheBoundOneTheBase) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -47,7 +47,7 @@ TEST(LevelRow, DeletingLowerLevelsMakesTheBoundOneTheBase) {
     }
 }
 
-TEST(LevelRow, DeletingNothingMakesNoUndoStep) {
+TEST(LevelHierarchy, DeletingNothingMakesNoUndoStep) {
     LevelGeometry geometry(Cube());
     EXPECT_EQ(DeleteLevelsAsStep(geometry, true), nullptr);
     EXPECT_EQ(DeleteLevelsAsStep(geometry, false), nullptr);
@@ -60,7 +60,7 @@ TEST(LevelRow, DeletingNothingMakesNoUndoStep) {
     EXPECT_EQ(geometry.LevelCount(), 1u);
 }
 
-TEST(LevelRow, LayersOfADeletedLevelAreRestoredByUndoAndFreedWithItsStep) {
+TEST(LevelHierarchy, LayersOfADeletedLevelAreRestoredByUndoAndFreedWithItsStep) {
     LevelGeometry geometry(Cube());
     geometry.Subdivide();
     geometry.Subdivide();
@@ -85,7 +85,7 @@ TEST(LevelRow, LayersOfADeletedLevelAreRestoredByUndoAndFreedWithItsStep) {
     EXPECT_EQ(coarse.Level(), geometry.Level(0));
 }
 
-TEST(LevelRow, LowerLevelsTakeTheShapeVertexForVertex) {
+TEST(LevelHierarchy, LowerLevelsTakeTheShapeVertexForVertex) {
     LevelGeometry geometry(SteppedBox());
     for (int i = 0; i < 3; ++i) geometry.Subdivide();
     geometry.BindLevel(2);
@@ -107,7 +107,7 @@ TEST(LevelRow, LowerLevelsTakeTheShapeVertexForVertex) {
     EXPECT_EQ(PositionsOf(*geometry.Bound()), shape);
 }
 
-TEST(LevelRow, ApplyingIsUndoneBitExactly) {
+TEST(LevelHierarchy, ApplyingIsUndoneBitExactly) {
     LevelGeometry geometry(Icosahedron());
     geometry.Subdivide();
     geometry.Subdivide();
@@ -121,7 +121,7 @@ TEST(LevelRow, ApplyingIsUndoneBitExactly) {
     EXPECT_TRUE(StateOfAll(geometry) == after);
 }
 
-TEST(LevelRow, MirrorUsesTheRemainingFaces) {
+TEST(LevelHierarchy, MirrorUsesTheRemainingFaces) {
     for (const PolygonMesh& mesh : {Cube(), GridMesh(4, 2), Icosahedron()}) {
         SCOPED_TRACE(mesh.name);
         LevelGeometry geometry(mesh);
@@ -191,7 +191,7 @@ void DoSomething(LevelGeometry& geometry, std::mt19937& random) {
     }
 }
 
-TEST(LevelRow, AnySequenceOfStepsIsUndoneAndRedoneBitExactlyOnEveryLevel) {
+TEST(LevelHierarchy, AnySequenceOfStepsIsUndoneAndRedoneBitExactlyOnEveryLevel) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (unsigned seed = 0; seed < 6; ++seed) {
             SCOPED_TRACE(zoo.name + " " + std::to_string(seed));

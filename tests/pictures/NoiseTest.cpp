@@ -145,9 +145,9 @@ TEST_F(FilteredPlane, PixelsWithoutASurfaceStayUnchanged) {
 }
 
 /// A hollow hemisphere seen from above.
-class BowlPicture : public SpherePicture {
+class BowlRender : public SpherePicture {
 protected:
-    BowlPicture() {
+    BowlRender() {
         PolygonMesh half = SphereQuads(4);
         std::vector<uint32_t> corners;
         std::vector<uint32_t> sizes;
@@ -177,21 +177,21 @@ double Difference(const Picture& a, const Picture& b) {
     return std::sqrt(sum / static_cast<double>(a.rgb.size()));
 }
 
-TEST_F(BowlPicture, IsBrightInside) {
+TEST_F(BowlRender, IsBrightInside) {
     options.samples = 16;
     const Picture picture = Make();
     for (int y = 40; y < 80; ++y)
         for (int x = 60; x < 140; ++x) EXPECT_GT(Brightness(picture, x, y), 240) << x << " " << y;
 }
 
-TEST_F(BowlPicture, HasNoNoiseInItsShadows) {
+TEST_F(BowlRender, HasNoNoiseInItsShadows) {
     options.samples = 16;
     const Picture few = Make();
     options.samples = 256;
     EXPECT_LT(Difference(few, Make()), 1.2);
 }
 
-TEST_F(BowlPicture, LooksTheSameWithReversedNormals) {
+TEST_F(BowlRender, LooksTheSameWithReversedNormals) {
     const Picture outward = Make();
     LevelMesh& mesh = *bowl->Bound();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
@@ -201,7 +201,7 @@ TEST_F(BowlPicture, LooksTheSameWithReversedNormals) {
     EXPECT_EQ(Make().rgb, outward.rgb);
 }
 
-TEST_F(BowlPicture, DoesNotDependOnBandsOrThreads) {
+TEST_F(BowlRender, DoesNotDependOnBandsOrThreads) {
     options.width = 160;
     options.height = 200;
     const std::vector<PictureMesh> meshes = {shown};

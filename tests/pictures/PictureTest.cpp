@@ -162,7 +162,7 @@ TEST_F(SpherePicture, TransparentRenderHasTheCoverageAsAlpha) {
     EXPECT_TRUE(hasEdge);
 }
 
-TEST(PictureSheet, BlendsTransparentRendersOverItsBackground) {
+TEST(ContactSheet, BlendsTransparentRendersOverItsBackground) {
     Picture cut{2, 1, {200, 200, 200, 200, 200, 200}, {255, 0}};
     const Picture sheet = PlaceInRows({cut}, 1, 4, {});
     EXPECT_EQ(sheet.rgb[PixelAt(sheet, 4, 4) * 3], 200);
@@ -170,7 +170,7 @@ TEST(PictureSheet, BlendsTransparentRendersOverItsBackground) {
     EXPECT_TRUE(sheet.alpha.empty());
 }
 
-TEST(PictureSheet, HasACellAndACaptionForEachRender) {
+TEST(ContactSheet, HasACellAndACaptionForEachRender) {
     Picture white{20, 10, std::vector<uint8_t>(600, 255)};
     const Picture plain = PlaceInRows({white, white, white}, 2, 4, {});
     EXPECT_EQ(plain.width, 2 * 20 + 3 * 4);

@@ -10,9 +10,9 @@ namespace trovik::test {
 namespace {
 
 /// A square of 6 x 6 faces in the plane y = 0, 2 units wide.
-class GridPicture : public SpherePicture {
+class GridRender : public SpherePicture {
 protected:
-    GridPicture() {
+    GridRender() {
         shown = ShownLevel(grid);
         const float toPlane[16] = {
             1.0f / 3, 0, 0, 0, 0, 0, -1.0f / 3, 0, 0, 1.0f / 3, 0, 0, -1, 0, 1, 1};
@@ -55,7 +55,7 @@ protected:
     LevelGeometry grid{GridMesh(6, 6)};
 };
 
-TEST_F(GridPicture, LinesHaveTheSameWidthAtAGrazingAngle) {
+TEST_F(GridRender, LinesHaveTheSameWidthAtAGrazingAngle) {
     camera = {{0, 5, 0.01f}, {0, 0, 0}, {0, 1, 0}, 35.0f};
     const std::vector<double> above = Widths();
     ASSERT_EQ(above.size(), 7u);
@@ -69,7 +69,7 @@ TEST_F(GridPicture, LinesHaveTheSameWidthAtAGrazingAngle) {
     }
 }
 
-TEST_F(GridPicture, LinesHaveTheSameWidthFromFarAway) {
+TEST_F(GridRender, LinesHaveTheSameWidthFromFarAway) {
     camera = {{0, 5, 0.01f}, {0, 0, 0}, {0, 1, 0}, 35.0f};
     const std::vector<double> near = Widths();
     camera.eye.y = 8.0f;
@@ -79,7 +79,7 @@ TEST_F(GridPicture, LinesHaveTheSameWidthFromFarAway) {
     for (std::size_t line = 1; line < 6; ++line) EXPECT_NEAR(far[line], near[line], 0.15);
 }
 
-TEST_F(GridPicture, FacesAroundTheEyeHaveLines) {
+TEST_F(GridRender, FacesAroundTheEyeHaveLines) {
     camera = {{0.1f, 0.2f, 0.0f}, {0.1f, 0.0f, -1.0f}, {0, 1, 0}, 70.0f};
     options.wireframe = false;
     const Picture plain = Make();

@@ -30,13 +30,13 @@ const std::vector<ZooMesh>& Meshes() {
     return meshes;
 }
 
-Placement& CameraPlace() {
+Placement& CameraTransform() {
     auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
     scene->SetActiveCamera(nullptr);
     return scene->OwnCamera().Place();
 }
 
-void DrawPlace(RandomNumbers& random, Placement& place) {
+void ChooseTransform(RandomNumbers& random, Placement& place) {
     const Vector turn = random.In(-180.0f, 180.0f);
     const Vector move = random.In(-10.0f, 10.0f);
     switch (random.Below(6)) {
@@ -75,7 +75,7 @@ HostSwitches::~HostSwitches() {
         off->attribute->SetValue(false, true);
     renderSwiftStroke.attribute->SetValue(true, true);
     CheckableFloatArray::s_bActive = false;
-    CameraPlace().Set({1.0f, 1.0f, 1.0f}, {}, {});
+    CameraTransform().Set({1.0f, 1.0f, 1.0f}, {}, {});
 }
 
 void HostSwitches::Draw(RandomNumbers& random) {
@@ -84,7 +84,7 @@ void HostSwitches::Draw(RandomNumbers& random) {
          {&useOriginalDataForFlatten, &useVertexWeightsForFlatten, &waxFillsOnly, &waxScrapesOnly})
         preference->attribute->SetValue(random.Chance(0.3f), true);
     renderSwiftStroke.attribute->SetValue(random.Chance(0.8f), true);
-    CameraPlace().Set({1.0f, 1.0f, 1.0f}, {}, random.In(-6.0f, 6.0f));
+    CameraTransform().Set({1.0f, 1.0f, 1.0f}, {}, random.In(-6.0f, 6.0f));
 }
 
 RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
@@ -122,7 +122,7 @@ RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
             if (random.Chance(0.5f)) mesh.SetFreeze(v, static_cast<uint8_t>(random.Below(128)));
     }
-    DrawPlace(random, bench->geometry->Place());
+    ChooseTransform(random, bench->geometry->Place());
     if (random.Chance(0.4f)) {
         SculptLayer& layer = bench->AddLayer();
         if (random.Chance(0.4f)) layer.SetStrength(random.OneOf({0.0f, 0.5f, -1.0f, 2.0f}));

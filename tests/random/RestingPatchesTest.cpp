@@ -174,9 +174,9 @@ void MakeRandomStroke(Twins& twins, RandomNumbers& random, float extent) {
 /// Surfaces of several thousand faces. Their bases have irregular vertices, borders and faces with
 /// rotated corners. Some surfaces have dents that fold patches over, some have a layer or masked
 /// vertices, some are stretched.
-class DrawnTwins {
+class RandomTwins {
 public:
-    DrawnTwins(const ZooMesh& zoo, RandomNumbers& random)
+    RandomTwins(const ZooMesh& zoo, RandomNumbers& random)
         : twins(zoo.mesh, zoo.mesh.faceSizes.size() > 30 ? 4 : 5) {
         LevelMesh& mesh = twins.passing.Mesh();
         extent = ExtentOf(mesh);
@@ -202,14 +202,14 @@ public:
     float extent = 0.0f;
 };
 
-TEST(RestingPatches, GiveTheSameBitsAsPatchesVisitedInFull) {
+TEST(CulledPatches, GiveTheSameBitsAsPatchesVisitedInFull) {
     uint64_t passed = 0;
     uint32_t seed = 0;
     for (const ZooMesh& zoo : QuadMeshes()) {
         for (int round = 0; round < 5; ++round) {
             RandomNumbers random(4711 + seed++);
             SCOPED_TRACE(zoo.name + ", seed " + std::to_string(4710 + seed));
-            DrawnTwins drawn(zoo, random);
+            RandomTwins drawn(zoo, random);
             for (int stroke = 0; stroke < 3; ++stroke) {
                 MakeRandomStroke(drawn.twins, random, drawn.extent);
                 if (HasFatalFailure()) return;
@@ -226,7 +226,7 @@ TEST(RestingPatches, GiveTheSameBitsAsPatchesVisitedInFull) {
 /// vertices. A dab that starts in one of the six moves the tip and visits the two patches next to
 /// that one. None of the other three is visited, and the normals next to the tip along their sides
 /// are updated at their next visit.
-TEST(RestingPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
+TEST(CulledPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
     PolygonMesh hexagon;
     for (int i = 0; i < 6; ++i) {
         const float angle = 1.0471976f * static_cast<float>(i);
@@ -283,7 +283,7 @@ TEST(RestingPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
 
 /// After a switch to Smooth on a layer, a visit also makes records around the patch, unlike the
 /// earlier visits.
-TEST(RestingPatches, HaveTheRecordsOfSmoothOnALayer) {
+TEST(CulledPatches, HaveTheRecordsOfSmoothOnALayer) {
     Twins twins(FlatGrid(8), 5);
     twins.Both([](StrokeBench& bench) {
         bench.AddLayer();
@@ -311,7 +311,7 @@ TEST(RestingPatches, HaveTheRecordsOfSmoothOnALayer) {
 }
 
 /// A host that edits the storage between dabs without counting its edits.
-TEST(RestingPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
+TEST(CulledPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
     for (const bool declared : {false, true}) {
         Twins twins(FlatGrid(8), 5);
         twins.Both([&](StrokeBench& bench) {
@@ -352,9 +352,9 @@ TEST(RestingPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
 }
 
 /// A bench over a flat grid, and a repeated dab in its middle.
-class RestingPatchesOfAGrid : public testing::Test {
+class CulledPatchesOfAGrid : public testing::Test {
 protected:
-    RestingPatchesOfAGrid() : bench(FlatGrid(8), 5) { bench.Activate(Tool::Sculpt, 2); }
+    CulledPatchesOfAGrid() : bench(FlatGrid(8), 5) { bench.Activate(Tool::Sculpt, 2); }
     uint64_t PassedBy(float radius = 1.0f) {
         const uint64_t before = bench.brush->knownPatches.PassedPatches();
         bench.Dab(bench.HitVertex(middle), radius, 0.001f);
@@ -364,7 +364,7 @@ protected:
     const uint32_t middle = 4 * 9 + 4;
 };
 
-TEST_F(RestingPatchesOfAGrid, AreCulledFromTheSecondDabOn) {
+TEST_F(CulledPatchesOfAGrid, AreCulledFromTheSecondDabOn) {
     bench.Begin();
     EXPECT_EQ(PassedBy(), 0u);
     const uint64_t again = PassedBy();
@@ -376,7 +376,7 @@ TEST_F(RestingPatchesOfAGrid, AreCulledFromTheSecondDabOn) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheirDepthChanges) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheirDepthChanges) {
     bench.Begin();
     PassedBy(1.0f);
     EXPECT_EQ(PassedBy(2.0f), 0u);
@@ -385,7 +385,7 @@ TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheirDepthChanges) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreInvalidatedByAnotherWalkWithTheStamp) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedByAnotherWalkWithTheStamp) {
     bench.Begin();
     PassedBy();
     ++bench.Mesh().visitStamp;
@@ -394,7 +394,7 @@ TEST_F(RestingPatchesOfAGrid, AreInvalidatedByAnotherWalkWithTheStamp) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheStrokeIsReverted) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheStrokeIsReverted) {
     bench.Begin();
     PassedBy();
     bench.Mesh().OpenChange()->PutBack();
@@ -402,7 +402,7 @@ TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheStrokeIsReverted) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheHostUpdatesNormals) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheHostUpdatesNormals) {
     bench.Begin();
     PassedBy();
     bench.Mesh().ComputeNormalsOf({0});
@@ -413,7 +413,7 @@ TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheHostUpdatesNormals) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheHostMovesAVertex) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheHostMovesAVertex) {
     bench.Begin();
     PassedBy();
     bench.Mesh().SetPosition(0, bench.Mesh().Position(0));
@@ -424,7 +424,7 @@ TEST_F(RestingPatchesOfAGrid, AreInvalidatedWhenTheHostMovesAVertex) {
     bench.Mesh().SetPosition(0, bench.Mesh().Position(0));
 }
 
-TEST_F(RestingPatchesOfAGrid, WithANaNVertexAreAlwaysVisited) {
+TEST_F(CulledPatchesOfAGrid, WithANaNVertexAreAlwaysVisited) {
     bench.Begin();
     PassedBy();
     const uint64_t usual = PassedBy();
@@ -441,7 +441,7 @@ TEST_F(RestingPatchesOfAGrid, WithANaNVertexAreAlwaysVisited) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreVisitedOnceTheLayerRefusesChanges) {
+TEST_F(CulledPatchesOfAGrid, AreVisitedOnceTheLayerRefusesChanges) {
     SculptLayer& layer = bench.AddLayer();
     bench.Begin();
     PassedBy();

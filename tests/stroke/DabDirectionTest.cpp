@@ -31,7 +31,7 @@ protected:
         brush.Settings().directionVectorSet = false;
         return brush.PrepareDab(hit);
     }
-    bool Told() const { return brush.Settings().directionVectorSet; }
+    bool IsDirectionSet() const { return brush.Settings().directionVectorSet; }
     void ExpectPlaneAtHit(uint32_t pass) {
         EXPECT_EQ(brush.planePoints[pass], hit.position);
         EXPECT_EQ(brush.planeDistances[pass], (hit.position | brush.directions[pass]));
@@ -48,7 +48,7 @@ TEST_F(DabDirection, SurfaceNormalModeUsesTheNormalOfTheHit) {
     EXPECT_EQ(brush.directions[0], hit.normal);
     ExpectPlaneAtHit(0);
     EXPECT_FALSE(brush.followVertexNormal);
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
     EXPECT_EQ(brush.Settings().directionVector, hit.normal);
 }
 
@@ -64,7 +64,7 @@ TEST_F(DabDirection, FixedModesUseTheirAxes) {
         EXPECT_TRUE(Prepare(mode));
         EXPECT_EQ(brush.directions[0], expected) << mode;
         ExpectPlaneAtHit(0);
-        EXPECT_TRUE(Told());
+        EXPECT_TRUE(IsDirectionSet());
     }
 }
 
@@ -73,7 +73,7 @@ TEST_F(DabDirection, VertexNormalNeedsNoDirection) {
     brush.directions[0] = Vector(7.0f, 7.0f, 7.0f);
     EXPECT_TRUE(Prepare(2));
     EXPECT_TRUE(brush.followVertexNormal);
-    EXPECT_FALSE(Told());
+    EXPECT_FALSE(IsDirectionSet());
     EXPECT_EQ(brush.directions[0], Vector(7.0f, 7.0f, 7.0f));
     EXPECT_EQ(brush.planeDistances[0], 0.0f);
     // The next dab in another mode clears it.
@@ -98,7 +98,7 @@ TEST_F(DabDirection, SidewaysLiesAcrossTheStrokeInTheSurface) {
     ExpectNear(brush.directions[0], {0.0f, -1.0f, 0.0f});
     EXPECT_EQ(brush.planePoints[0], hit.position);
     EXPECT_EQ(brush.planeDistances[0], 77.0f);
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
 }
 
 TEST_F(DabDirection, StrokeRelativeModesNeedAnEarlierHit) {
@@ -108,7 +108,7 @@ TEST_F(DabDirection, StrokeRelativeModesNeedAnEarlierHit) {
         brush.directions[0] = Vector(7.0f, 7.0f, 7.0f);
         EXPECT_FALSE(Prepare(mode));
         EXPECT_EQ(brush.directions[0], Vector(7.0f, 7.0f, 7.0f));
-        EXPECT_FALSE(Told());
+        EXPECT_FALSE(IsDirectionSet());
         bench.End();
     }
     previous = Vector{0.0f, 0.0f, 1e-20f};
@@ -145,7 +145,7 @@ TEST_F(DabDirection, ModesBeyondTheTableWriteNothing) {
     EXPECT_EQ(brush.directions[0], Vector(0.0f, 0.0f, 7.0f));
     EXPECT_EQ(brush.planeDistances[0], 5.0f);
     EXPECT_FALSE(brush.followVertexNormal);
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
     EXPECT_EQ(brush.Settings().directionVector, Vector(0.0f, 0.0f, 7.0f));
 }
 
@@ -160,7 +160,7 @@ TEST_F(DabDirection, AverageSamplesTheSurface) {
     EXPECT_TRUE(Prepare(1));
     ExpectNear(brush.directions[0], {0.0f, 0.0f, 1.0f});
     ExpectNear(brush.planePoints[0], {1.5f, 1.5f, 0.0f});
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
 }
 
 TEST_F(DabDirection, BulgeFollowsVertexNormalsWhateverTheSetting) {
@@ -168,7 +168,7 @@ TEST_F(DabDirection, BulgeFollowsVertexNormalsWhateverTheSetting) {
     for (const int mode : {0, 1, 3, 5, 13}) {
         EXPECT_TRUE(Prepare(mode));
         EXPECT_TRUE(brush.followVertexNormal);
-        EXPECT_FALSE(Told());
+        EXPECT_FALSE(IsDirectionSet());
     }
 }
 
@@ -186,7 +186,7 @@ TEST_F(DabDirection, WholeMeshFollowsVertexNormals) {
     brush.wholeMesh = true;
     EXPECT_TRUE(Prepare(5));
     EXPECT_TRUE(brush.followVertexNormal);
-    EXPECT_FALSE(Told());
+    EXPECT_FALSE(IsDirectionSet());
     brush.wholeMesh = false;
 }
 
@@ -247,7 +247,7 @@ TEST_F(MirroredDirection, AxisIsTheMirrorImageOfTheMainPass) {
         ExpectNear(brush.directions[1], image);
         EXPECT_EQ(brush.planePoints[1], hit.position);
         EXPECT_EQ(brush.planeDistances[1], (hit.position | brush.directions[1]));
-        EXPECT_TRUE(Told());
+        EXPECT_TRUE(IsDirectionSet());
         EXPECT_EQ(brush.Settings().directionVector, brush.directions[1]);
         bench.End();
     }
@@ -298,7 +298,7 @@ TEST_F(PlaneReuse, KeepsThePlaneFoundEarlier) {
     EXPECT_EQ(brush.directions[0], Vector(0.0f, 1.0f, 0.0f));
     EXPECT_EQ(brush.planePoints[0], Vector(1.0f, 2.0f, 3.0f));
     EXPECT_EQ(brush.planeDistances[0], 2.0f);
-    EXPECT_FALSE(Told());
+    EXPECT_FALSE(IsDirectionSet());
     EXPECT_TRUE(brush.followVertexNormal);
     // Even a missing heading does not end such a dab.
     previous = Vector{};

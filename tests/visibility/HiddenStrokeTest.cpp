@@ -17,7 +17,7 @@
 namespace trovik::test {
 namespace {
 
-FaceChoice DrawnFaces(const LevelMesh& level, RandomNumbers& random) {
+FaceChoice RandomFaces(const LevelMesh& level, RandomNumbers& random) {
     FaceChoice chosen(level.faceCount);
     const uint32_t length = random.OneOf({1u, 4u, 16u, 64u});
     for (uint32_t face = 0; face < level.faceCount; face += length)
@@ -49,7 +49,7 @@ TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
             StrokeBench& bench = drawn.Bench();
             LevelMesh& mesh = bench.Mesh();
             RandomNumbers faces(77 + stroke);
-            const FaceChoice chosen = DrawnFaces(mesh, faces);
+            const FaceChoice chosen = RandomFaces(mesh, faces);
             const auto step =
                 ChangeVisibilityAsStep(*bench.geometry, VisibilityChange::Hide, chosen);
             isHidden = ExpectedHiddenVertices(mesh);
