@@ -17,16 +17,17 @@ from pathlib import Path
 
 from source_prose import prose_of
 
-# Words between which a noun stands: "a place", "the same place", "its last place".
+# A word before a noun, which distinguishes the noun from the verb: "its place" from "it places".
 NOUN = (
-    r"(?:(?:a|an|the|its|their|his|this|that|these|those|each|every|one|no|some|any|which|what|same|whose|all|both"
-    r"|of|own|two|three|four|other|another|first|last|next|new|old|right|wrong|[a-z]+'s?)\s+)"
+    r"\b(?:a|an|the|its|their|his|this|these|those|each|every|one|two|three|no|some|any|same|whose|own|other"
+    r"|another|first|last|next|new|old|right|wrong|[a-z]+'s?) "
 )
 
 # A pattern, without regard to case, and the term to write instead. A blank also stands for a line break.
 PHRASES = (
     # Positions.
-    (NOUN + r"places?\b(?! (?:in|of) the code)|\b(?<!decimal )places\b (?:of|where|at|and|are|in|for|that|on)\b"
+    (NOUN + r"places?\b(?! (?:in|of) the code)|\b(?:which|what|that) place\b"
+     r"|\b(?<!decimal )places (?:of|where|at|and|are|in|for|that|on)\b"
      r"|\bplace (?:of|where|at|is|and|for|that|on)\b|\bplaces?[.,;:]",
      "position, point, location"),
     (r"\bplacement (?:matrix|matrices|of (?:a|the|its) (?:mesh|object))\b|\b(?:mesh|object)(?:'s|es'?)? placements?\b",
@@ -45,19 +46,21 @@ PHRASES = (
     (r"\bweigh(?:s|ed|ing)?\b", "computes the weight"),
     (r"\bstrengthen(?:s|ed|ing)?\b", "applies the strength"),
     # Negation.
-    (r"(?<!there )\b(?:is|are|was|were|be) no\b(?! more| longer| less| fewer| \w+er than)|\bof no\b",
+    (r"(?<!there )\b(?:is|are|was|were) no\b(?! more| longer| less| fewer| \w+er than)"
+     r"|\bof no\b(?! others?\b| terms\b)",
      "is not a, has no, without"),
-    (r"\bwhere (?:there (?:is|are|was|were) (?:no|none|nothing)|none|nothing|no)\b", "if there is no, if none"),
+    (r"\bwhere (?:there (?:is|are|was|were) (?:no|none|nothing)|none|nothing)\b", "if there is no, if none"),
     # Topology and geometry.
     (r"\b(?:hang|hangs|hung|hanging) together\b", "connected, connectivity, topology"),
-    (r"\bshells?\b(?! script| command)", "connected component"),
-    (r"\bbends?\b|\bbending\b", "curvature"),
+    (r"\bshells?\b(?! script| command| completion)", "connected component"),
+    (r"\bbends\b|" + NOUN + r"bend\b", "curvature"),
     (r"\bcrowded edges?\b", "non-manifold edge"),
     (r"\bwithout extent\b", "degenerate"),
     (r"\b(?:turns?|turned|turning) (?:the|a|every|its) (?:vector|normal|direction|displacement|frame|offset)s?\b",
      "rotates"),
     # Patches.
-    (r"\bresting\b|\bpatch(?:es)? (?:that )?(?:may |can |must |to )?rests?\b", "culled (a patch), stationary (a pen)"),
+    (r"\bresting (?:patch(?:es)?|ones?)\b|\bpatch(?:es)? (?:that )?(?:may |can |must |to )?rests?\b",
+     "culled, culled patch"),
     (r"\bknown patch(?:es)?\b", "cached patch, patch cache"),
     (r"\brings? (?:around|of|about) (?:a|the|each|every|its|their) (?:\w+ )?patch(?:es)?\b|\bring cells?\b",
      "ghost cells"),
@@ -65,7 +68,8 @@ PHRASES = (
     (r"\brows? of levels\b", "level hierarchy, multires stack"),
     (r"\bground (?:under|of|below) (?:a|the|each|every|its) layers?\b|\blayer(?:'s)? ground\b", "layer base"),
     # Strokes.
-    (r"\b(?:lays|laid|laying)\b(?! out)|\blay (?:a|an|the|dabs?|copies|one|them|it|maps?|stamps?)\b", "places, applies"),
+    (r"\b(?:lays|laid|laying)\b(?! out)|\blay (?:a|an|the|dabs?|copies|one|them|it|maps?|stamps?)\b",
+     "places, applies"),
     (r"\bstring (?:that )?pulls\b|\bon (?:a|the) string\b", "stabiliser, lazy brush"),
     # Undo.
     (r"\b(?:take|takes|taken|took|taking)(?: \w+){0,3} back\b", "undoes"),
@@ -73,8 +77,8 @@ PHRASES = (
     (r"\b(?:put|puts|putting)(?: \w+){0,3} back\b", "reverts, restores"),
     (r"\b(?:mend|mends|mended|mending)\b", "fixes"),
     # Renders.
-    (r"\bpictures? (?:of|shows?|with) (?:a|the|its|every|each) (?:\w+ )?(?:mesh|model|object|surface|scene|level|sphere)"
-     r"\b|\bsheets? of (?:pictures|renders|views)\b", "render, contact sheet"),
+    (r"\bpictures? (?:of|shows?|with) (?:a|the|its|every|each) (?:\w+ )?"
+     r"(?:mesh|model|object|surface|scene|level|sphere)\b|\bsheets? of (?:pictures|renders|views)\b", "render, contact sheet"),
     # Time and manner.
     (r"\bat hand\b", "current"),
     (r"\bat work\b", "active, running"),
@@ -99,12 +103,13 @@ IDIOMATIC = re.compile(
 
 # Files in which a word has another meaning: the shell that runs commands, the bend of a shape.
 OTHER_MEANING = (
-    ("connected component", re.compile(r"^(apps/trovik/(Completion|Interruption)|tests/cli/|docs/man/|cmake/|scripts/)")),
+    ("connected component",
+     re.compile(r"^(apps/trovik/(Completion|Interruption|CMakeLists)|tests/(cli|install)/|docs/man/|cmake/|scripts/)")),
     ("curvature", re.compile(r"^(stamps|tools/stamps)/")),
 )
 
-# Files whose texts are not the project's prose: third-party texts and data.
-EXCLUDED = re.compile(r"^(LICENSE|NOTICE|fuzz/corpus/|tests/data/.*\.json|tools/check_phrases\.py)")
+# Files whose texts are not the project's prose: third-party texts, data, this list and its tests.
+EXCLUDED = re.compile(r"^(LICENSE|NOTICE|fuzz/corpus/|tests/data/.*\.json|tools/check_phrases\.py|tests/checks/)")
 
 
 def compiled():
