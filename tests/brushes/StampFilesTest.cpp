@@ -122,7 +122,7 @@ TEST_F(StampFiles, NameOfAFileElsewhereHasNoFolders) {
     EXPECT_EQ(brush.MaskName(-1), QStringLiteral("plain.tif"));
 }
 
-TEST_F(StampFiles, AStampThatIsOffIsNotRead) {
+TEST_F(StampFiles, DisabledStampIsNotRead) {
     const std::string path = folder.Fill("bad.tif", "damaged");
     brush.SetStamp(false, QString::fromStdString(path));
     RefreshStamp(brush);

@@ -17,7 +17,7 @@ constexpr const char* sculptScript =
         {"picture": {"file": "p.png", "width": 64, "height": 48, "samples": 1}},
         {"export": {"file": "OUT.ply"}}]})";
 
-TEST_F(Command, SculptsAndWritesWhatTheScriptAsks) {
+TEST_F(Command, SculptsAndWritesTheFilesOfTheScript) {
     WriteFile("s.json", sculptScript);
     const Outcome outcome = Run("sculpt s.json");
     EXPECT_EQ(outcome.status, 0) << outcome.error;

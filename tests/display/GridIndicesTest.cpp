@@ -72,7 +72,7 @@ TEST(GridIndices, BordersOfEachStrideAreASubsetSpacedByIt) {
     }
 }
 
-TEST(GridIndices, ShareOneSmallBuffer) {
+TEST(GridIndices, AreInOneSmallBuffer) {
     std::size_t bytes = 0;
     for (uint32_t depth = 0; depth <= GridIndices::maxDepth; ++depth) {
         const GridIndices& grid = GridIndices::OfDepth(depth);

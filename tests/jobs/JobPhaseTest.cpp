@@ -58,7 +58,7 @@ TEST(JobPhase, ReportsAtMostOncePerInterval) {
     const auto end = steady_clock::now() + milliseconds(60);
     while (steady_clock::now() < end) phase.Poll();
     phase.Finish();
-    // The begin and the end are always reported.
+    // The start and the end are always reported.
     ASSERT_GE(job.times.size(), 4u);
     for (std::size_t i = 1; i + 1 < job.times.size(); ++i)
         EXPECT_GE(job.times[i] - job.times[i - 1], milliseconds(4));

@@ -20,7 +20,7 @@ public:
     explicit TestJob(uint64_t cancelAtReport = never, const JobPace& reportPace = {1, {}})
         : JobControl(reportPace), cancelAt(cancelAtReport) {}
 
-    /// Only the begins and ends of phases are reported, so that the number of reports is constant.
+    /// Only the starts and ends of phases are reported, so that the number of reports is constant.
     static JobPace WithoutClock() { return {1024, std::chrono::hours(1)}; }
 
     bool Report(uint64_t done, uint64_t total, const char* phase) override {

@@ -51,7 +51,7 @@ TEST_F(Dispatch, MaskIsQueriedForEveryPatch) {
     bench.End();
 }
 
-TEST_F(Dispatch, RendererThatWantsVerticesSetsItsBit) {
+TEST_F(Dispatch, RendererThatRequestsVerticesSetsItsBit) {
     bench.AddRenderer(0.0f);
     EXPECT_EQ(IndexOf(Tool::Sculpt), 256u);
 }

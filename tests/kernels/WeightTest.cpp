@@ -196,7 +196,7 @@ TEST_F(Weight, SurfaceFacingTheEyeHasFullWeight) {
 }
 
 TEST_F(Weight, NaNAngleCountsAsFacing) {
-    // A cosine above one by more than rounding.
+    // A cosine that exceeds one by more than a rounding error.
     bench.mesh.vertexNormals.array[middle] = {0, 32767, 32767, 0};
     const FacingAngle facing(brush, {0.5f, 100.5f, 100.0f}, 10.0f, 20.0f);
     EXPECT_TRUE(bench.RunKernel(0));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The results of a vertex: its position, the grid, the dirty box, the notifications.
+/// \file The results of processing a vertex: its position, the grid, the dirty box, the
+/// notifications.
 #include "tests/kernels/KernelBench.h"
 #include "tests/meshes/MeshZoo.h"
 

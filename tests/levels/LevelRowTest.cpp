@@ -85,7 +85,7 @@ TEST(LevelHierarchy, LayersOfADeletedLevelAreRestoredByUndoAndFreedWithItsStep) 
     EXPECT_EQ(coarse.Level(), geometry.Level(0));
 }
 
-TEST(LevelHierarchy, LowerLevelsTakeTheShapeVertexForVertex) {
+TEST(LevelHierarchy, LowerLevelsGetTheShapeVertexByVertex) {
     LevelGeometry geometry(SteppedBox());
     for (int i = 0; i < 3; ++i) geometry.Subdivide();
     geometry.BindLevel(2);

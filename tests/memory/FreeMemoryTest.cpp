@@ -33,7 +33,7 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(FreeMemoryOfSystem, IsWhatTheMachineHasAvailable) {
+TEST_F(FreeMemoryOfSystem, IsTheAvailableMemoryOfTheMachine) {
     EXPECT_EQ(Query().bytes, 8192 * mebibyte);
     EXPECT_EQ(Query().limit, "machine");
     EXPECT_EQ(Query().Text(), "8589934592 bytes of memory are free (machine)");

@@ -69,7 +69,7 @@ void ReadSample(SceneStream& stream) {
     EXPECT_THAT(raw, testing::ElementsAre(1, 2, 0x1234));
 }
 
-TEST(SceneStream, ReadsBackWhatWasWritten) {
+TEST(SceneStream, ReadsBackTheWrittenValues) {
     SceneStream stream(SampleScene());
     EXPECT_FALSE(stream.IsStoring());
     ReadSample(stream);

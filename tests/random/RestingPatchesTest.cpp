@@ -94,7 +94,7 @@ float DrawStrength(RandomNumbers& random, Tool tool, float extent) {
     return random.Between(0.01f, 0.1f) * extent;
 }
 
-/// Chooses the settings at the begin of a stroke.
+/// Chooses the settings at the start of a stroke.
 void ChooseSettings(Twins& twins, RandomNumbers& random, Tool tool) {
     const auto falloff = static_cast<int>(random.Below(9));
     const auto direction = static_cast<int>(random.Below(13));

@@ -276,7 +276,7 @@ json InSinglePrecision(const json& value) {
     return all;
 }
 
-TEST(CommandTable, WritesWhatItReads) {
+TEST(CommandTable, WrittenStepsEqualReadSteps) {
     std::set<std::string> seen;
     for (const json& step : json::parse(examples)) {
         ASSERT_NO_THROW(CheckStep(step, step.dump()));

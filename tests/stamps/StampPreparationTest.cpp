@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The stamp at the begin of a stroke: its switches, and the cache of its pixels.
+/// \file The stamp at the start of a stroke: its switches, and the cache of its pixels.
 #include "tests/brush/ToolRows.h"
 #include "tests/stamps/StampBench.h"
 
@@ -204,7 +204,7 @@ TEST_F(StampPreparation, NaNFactorAlwaysCountsAsChanged) {
     EXPECT_EQ(StrokeAndCountReads(), 2u);
 }
 
-TEST_F(StampPreparation, BuildUpSettingAloneWaitsForTheNextRead) {
+TEST_F(StampPreparation, ChangedBuildUpSettingAloneCausesNoNewRead) {
     Give("wave.tif", 1, 1, {0.25f});
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     EXPECT_FALSE(brush.stampBuildUp);
@@ -245,7 +245,7 @@ TEST_F(StampPreparation, CacheSurvivesAStrokeWithoutTheStamp) {
     EXPECT_EQ(Cached(), (std::vector<float>{1.0f, 2.0f, 3.0f}));
 }
 
-TEST_F(StampPreparation, SwitchedOffStampIsNotReadAtAll) {
+TEST_F(StampPreparation, DisabledStampIsNotRead) {
     Give("wave.tif", 1, 1, {0.25f});
     brush.SetStamp(false, QStringLiteral("wave.tif"));
     EXPECT_EQ(StrokeAndCountReads(), 0u);

@@ -26,7 +26,7 @@ protected:
         if (!brush.strokeActive) bench.Begin();
         brush.directionAttribute.SetValue(mode, true);
         brush.mirrorPass = pass;
-        // The begin of a stroke cleared the hits of the previous one.
+        // The start of a stroke cleared the hits of the previous one.
         brush.SetPreviousPatchPosition(previous);
         brush.Settings().directionVectorSet = false;
         return brush.PrepareDab(hit);

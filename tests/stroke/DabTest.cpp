@@ -259,7 +259,7 @@ TEST(Dab, DirectionAndPlaneAreThoseOfThePass) {
     bench.End();
 }
 
-TEST(Dab, TessellatingStrokeSaysThatTheMeshCannotBeRefined) {
+TEST(Dab, TessellatingStrokeReportsThatTheMeshCannotBeRefined) {
     StrokeBench bench(FlatGrid(3));
     bench.brush->useTessellator = true;
     bench.Begin();

@@ -59,7 +59,7 @@ Point Cross(const Point& a, const Point& b) {
 class Reader {
 public:
     void Replace(State newState) { state = std::move(newState); }
-    /// Takes the state after a call of the brush; the mirror belongs to the host.
+    /// Applies the state after a call of the brush; the mirror belongs to the host.
     void AfterCall(State result) {
         const auto mirror = state.find(mirrorCornersFile);
         if (mirror != state.end()) result.insert(*mirror);

@@ -164,7 +164,7 @@ TEST(HiddenLevels, MasksAreCarriedBetweenLevelsAsWithoutHiddenFaces) {
     ExpectConsistent(hidden);
 }
 
-TEST(HiddenLevels, UnsubdivideFindsWhatIsHiddenBelow) {
+TEST(HiddenLevels, UnsubdivideDerivesHiddenFacesOfTheBase) {
     LevelGeometry fine(SphereQuads(2));
     fine.Subdivide();
     LevelMesh& level = *fine.Bound();
