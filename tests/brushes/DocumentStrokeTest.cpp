@@ -342,7 +342,7 @@ TEST_F(DocumentStrokeTest, StrokeEndedByTheLoopIsClosed) {
     Draw(stroke, "late", 9);
     stroke.Release();
     EXPECT_TRUE(BitsOf(document) == before);
-    EXPECT_FALSE(next.IsOver()) << "the open stroke is another one";
+    EXPECT_FALSE(next.IsOver()) << "another stroke is open";
     next.Release();
 }
 

@@ -70,7 +70,7 @@ TEST(StoppedWork, LeavesCompleteFilesAndAJournalOfTheFinishedWork) {
     ASSERT_FALSE(all.stopped);
     const std::string obj = TemporaryFolder::Content(whole.Path("mesh.obj"));
     const std::string glb = TemporaryFolder::Content(whole.Path("mesh.glb"));
-    // Each step, each dab, each level and each file reports.
+    // Every step, dab, level and file reports progress.
     ASSERT_GT(all.job.reports, 100u);
     std::size_t recovered = 0;
     std::set<std::size_t> steps;

@@ -426,7 +426,7 @@ TEST_F(HostChange, SettledSidesAreListedAfterTheStroke) {
     const auto vertices = lines[0]["out"]["vertices"].get<std::vector<uint32_t>>();
     EXPECT_FALSE(vertices.empty());
     EXPECT_TRUE(std::is_sorted(vertices.begin(), vertices.end()));
-    EXPECT_TRUE(Reasons().empty()) << "the line is enough";
+    EXPECT_TRUE(Reasons().empty()) << "the line contains the whole change";
 }
 
 TEST_F(HostChange, SettledSidesOfALayerIncludeItsOffsets) {
