@@ -46,6 +46,14 @@ test: packages ## Build with warnings as errors and run all tests
 	@echo "== Testing"
 	@ctest --preset ci --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
+# The branch that a change is compared with.
+BASE ?= main
+
+.PHONY: check
+check: ## Check format, layers, spelling, phrases, links; clang-tidy on what changed since BASE=main
+	@scripts/install-packages.sh --lint
+	@scripts/check.sh $(BASE)
+
 .PHONY: clang
 clang: ## Build the plug-in and the command with Clang and check that results are bit-identical
 	@scripts/install-packages.sh --clang

@@ -5,7 +5,7 @@
 # installed; otherwise it needs root (or sudo). Runs without questions.
 #
 #   scripts/install-packages.sh          build, tests, benchmarks
-#   scripts/install-packages.sh --lint   also clang-format and clang-tidy
+#   scripts/install-packages.sh --lint   also clang-format, clang-tidy and codespell
 #   scripts/install-packages.sh --clang  also Clang
 #   scripts/install-packages.sh --fuzz   also Clang and its fuzzer
 set -euo pipefail
@@ -28,7 +28,7 @@ usage() { sed -n '4,10s/^# \{0,1\}//p' "$0"; }
 
 for argument in "$@"; do
     case "$argument" in
-        --lint) packages+=(clang-format clang-tidy) ;;
+        --lint) packages+=(clang-format clang-tidy codespell) ;;
         --clang) packages+=(clang) ;;
         --fuzz) packages+=(clang libclang-rt-dev) ;;
         -h | --help) usage; exit 0 ;;

@@ -4,13 +4,23 @@
 # Runs clang-tidy on the sources of a configured build.
 #
 #   scripts/tidy.sh [BUILD_DIR [PATTERN]]
+#   scripts/tidy.sh --changed BASE [BUILD_DIR [LIMIT]]
 #
 # PATTERN is a regular expression that limits the run to sources with a matching path.
+#
+# --changed checks the sources changed since the merge base with BASE, uncommitted changes included. If
+# there is no BASE, or HEAD is its merge base, the last commit is the change. For a changed header its
+# own source is checked, or else one that includes it. Of more than LIMIT sources (default 20) those
+# with the most changed lines are checked, and the number of the others is printed.
 set -euo pipefail
 
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+base=
+if [[ ${1:-} == --changed ]]; then
+    base=${2:?--changed needs a branch or commit}
+    shift 2
+fi
 build=${1:-$source/build/dev}
-pattern=${2:-.}
 
 if ! command -v clang-tidy >/dev/null; then
     echo "tidy: clang-tidy is missing; run scripts/install-packages.sh --lint." >&2
@@ -21,19 +31,12 @@ if [[ ! -f $build/compile_commands.json ]]; then
     exit 1
 fi
 
-# The compilation database also contains generated files of the build folder, which are excluded.
-python3 - "$source" "$build" "$pattern" <<'PYTHON' |
-import json, os, re, sys
-
-source, build, pattern = sys.argv[1:]
-build = os.path.realpath(build)
-with open(os.path.join(build, "compile_commands.json")) as database:
-    files = {os.path.realpath(os.path.join(e["directory"], e["file"])) for e in json.load(database)}
-for name in sorted(files):
-    inside = os.path.commonpath([name, os.path.realpath(source)]) == os.path.realpath(source)
-    generated = os.path.commonpath([name, build]) == build
-    if inside and not generated and re.search(pattern, name):
-        sys.stdout.write(name + "\0")
-PYTHON
+select=("$source/tools/tidy_sources.py" "$source" "$build")
+if [[ -n $base ]]; then
+    select+=(--changed "$base" --limit "${2:-20}")
+else
+    select+=(--matching "${2:-.}")
+fi
+python3 "${select[@]}" |
     xargs -0 --no-run-if-empty --max-args=1 --max-procs="$(nproc)" \
         clang-tidy --quiet -p "$build" --extra-arg=-Wno-unknown-warning-option

@@ -5,8 +5,8 @@
 
 namespace trovik::test {
 
-/// Returns the absolute path of the source tree, without a slash at the end. A function rather than
-/// a macro, so that only one object file of the tests depends on where the tree is checked out.
+/// Returns the absolute path of the source tree, without a trailing slash. It is a function rather
+/// than a macro so that only one object file of the tests depends on the location of the checkout.
 std::string SourceFolder();
 
 }  // namespace trovik::test

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Packing patches for display: the patches of a dab, and whole levels. `copy` copies as many bytes
-/// as the packing of the same patches writes, and is the floor: read ratios within one run, not
-/// times. The benchmarks of whole levels measure wall-clock time, as they use several threads.
+/// \file Packs patches for display: the patches of a dab, and whole levels. `copy` copies as many
+/// bytes as packing the same patches writes; it is the lower bound. Compare ratios within one run,
+/// not times. The benchmarks of whole levels measure wall-clock time because they use several
+/// threads.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchBounds.h"
 #include "framework/display/PatchPacker.h"
@@ -20,7 +20,7 @@
 namespace trovik::bench {
 namespace {
 
-/// A torus of 64 x 4^levels quads, bent so that positions and normals differ.
+/// A torus of 64 x 4^levels quads, deformed so that positions and normals differ.
 PolygonMesh Ring() {
     constexpr unsigned around = 16;
     constexpr unsigned tube = 4;
@@ -41,7 +41,7 @@ PolygonMesh Ring() {
     return mesh;
 }
 
-/// A level of 64 x 4^levels quads, made once.
+/// A level of 64 x 4^levels quads, created once.
 LevelMesh& Level(int64_t levels) {
     static std::map<int64_t, std::unique_ptr<LevelGeometry>> geometries;
     std::unique_ptr<LevelGeometry>& geometry = geometries[levels];
@@ -81,8 +81,8 @@ void Report(benchmark::State& state, uint64_t vertices) {
     state.SetBytesProcessed(items * static_cast<int64_t>(sizeof(DisplayVertex)));
 }
 
-/// Successive dabs of a stroke: nearly all of their patches are in the caches. With `scattered`
-/// each is at another place, so that none is.
+/// Successive dabs of a stroke, whose patches are nearly all in the caches. With `scattered`, each
+/// dab is at another position, so that no patch is cached.
 void PackDab(benchmark::State& state, bool scattered) {
     LevelMesh& level = Level(state.range(0));
     const PatchLayout layout(level);
@@ -100,7 +100,7 @@ void PackDab(benchmark::State& state, bool scattered) {
     Report(state, out.size());
 }
 
-/// The floor: copies as many bytes.
+/// The lower bound: copies the same number of bytes.
 void Copy(benchmark::State& state, uint64_t vertices) {
     const std::vector<DisplayVertex> from(vertices);
     std::vector<DisplayVertex> to(vertices);

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// What follows a stroke, through a document, on planes of 1, 4 and 16 million quads: undo and redo
-/// of the stroke, and the switch to the level below and, where the finer level has detail that
-/// turns with the surface, to the level above. The costs should follow the stroke, not the mesh.
-/// Each benchmark has the number of subdivisions of a plane of 16 x 16 quads as its first argument
-/// and the vertices under the dab as its second. `copy` is the floor of the switch up: it copies
-/// the positions and normals of the fine vertices that so many coarse ones move.
+/// Work that follows a stroke, through a document, on planes of 1, 4 and 16 million quads: undo and
+/// redo of the stroke, and the switch to the level below and, if the finer level has detail that
+/// rotates with the surface, to the level above. The cost should depend on the stroke, not on the
+/// mesh. The first argument of each benchmark is the number of subdivisions of a plane of 16 x 16
+/// quads, the second is the number of vertices under the dab. `copy` is the floor of the switch up:
+/// it copies the positions and normals of the fine vertices that the coarse vertices move.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 
@@ -45,7 +45,8 @@ PolygonMesh Plane() {
 
 using Clock = std::chrono::steady_clock;
 
-/// One document for all benchmarks of a size: building the levels takes longer than they do.
+/// One document for all benchmarks of a size, since building the levels takes longer than the
+/// benchmarks.
 class Scene {
 public:
     static Scene& Of(benchmark::State& state) {
@@ -63,7 +64,7 @@ public:
         document.SelectTool("Wax");
     }
 
-    /// A stroke of one dab over so many vertices of the bound level, at another spot each time.
+    /// A stroke of one dab over this many vertices of the bound level, at another point each time.
     void Stroke(int64_t vertices) {
         const double faces = document.Geometry().Bound()->faceCount;
         const double area = static_cast<double>(vertices) * baseSide * baseSide / faces;
@@ -109,9 +110,9 @@ double ThreadSeconds() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// Times work within the iterations of a benchmark, and keeps the fastest, by the clock and by the
-/// time that its thread ran, and the median of the latter: on a machine with other work to do the
-/// mean says little.
+/// Times work within the iterations of a benchmark, and records the fastest, in wall-clock time and
+/// in the processor time of its thread, and the median of the latter. On a busy machine the mean is
+/// not meaningful.
 class Stopwatch {
 public:
     explicit Stopwatch(benchmark::State& ofState) : state(ofState) {}
@@ -171,7 +172,7 @@ void Redo(benchmark::State& state) {
     scene.document.Undo();
 }
 
-/// To the neighbouring level after a stroke on this one.
+/// Switches to the neighbouring level after a stroke on this one.
 void Switch(benchmark::State& state, bool down) {
     Scene& scene = Scene::Of(state);
     if (!down) scene.Roughen();

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The same dab on ever larger meshes: what a dab, a pick and a refit cost must not grow with the
-/// mesh; what refining, saving and loading cost may grow as the mesh does and no faster.
+/// \file The same dab on ever larger meshes. The cost of a dab, a pick and a refit must not grow
+/// with the mesh. The cost of refining, saving and loading may grow in proportion to the mesh, but
+/// no faster.
 ///
-///     trovik-ladder OUT.json [MILLIONS...]     e.g. 1 4 16 64; the default is 1 4 16
+///    trovik-ladder OUT.json [MILLIONS...]     e.g. 1 4 16 64; the default is 1 4 16
 ///
-/// Each step runs in a process of its own (`--step`), so that memory is its own too.
+/// Each step runs in a process of its own (`--step`), so that its memory is measured separately.
 #include "framework/picking/PatchTree.h"
 #include "framework/scene/SceneFile.h"
 #include "tests/fixture/StrokeBench.h"
@@ -31,7 +31,7 @@ using Json = nlohmann::ordered_json;
 constexpr unsigned baseSide = 125;
 constexpr double coveredVertices = 100000.0;
 
-/// Processor time of this process, all threads, in seconds.
+/// Processor time of this process over all threads, in seconds.
 double Now() {
     timespec time;
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
@@ -52,7 +52,7 @@ double LeastOf(int repetitions, Work work) {
     return least;
 }
 
-/// A line of /proc/self/status, in bytes.
+/// The value of a line in /proc/self/status, in bytes.
 double StatusBytes(const std::string& key) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
@@ -106,7 +106,7 @@ void MeasureDabs(test::StrokeBench& bench, unsigned levels, Json& out) {
     out["endStrokeSeconds"] = Seconds([&] { bench.End(); });
 }
 
-/// One mesh from import to load.
+/// Measures one mesh from import to loading.
 Json Step(unsigned levels) {
     Json out;
     const double memoryBefore = StatusBytes("VmRSS");
@@ -118,7 +118,7 @@ Json Step(unsigned levels) {
     out["vertices"] = vertices;
     out["bytesPerVertex"] = (StatusBytes("VmRSS") - memoryBefore) / vertices;
     MeasureDabs(*bench, levels, out);
-    // Undo packs its steps meanwhile; what lasts counts.
+    // Undo compresses its steps in the background; wait for the final size.
     bench->geometry->History().Settle();
     out["bytesPerVertexAfterStroke"] = (StatusBytes("VmRSS") - memoryBefore) / vertices;
     LevelGeometry& geometry = *bench->geometry;
@@ -140,7 +140,8 @@ Json Step(unsigned levels) {
     return out;
 }
 
-/// Subdivisions of the base grid that make about this many million vertices; 0 for no step.
+/// Subdivisions of the base grid that give about this many million vertices; 0 if there is no such
+/// step.
 unsigned LevelsFor(const std::string& millions) {
     if (millions == "1") return 3;
     if (millions == "4") return 4;
@@ -163,7 +164,7 @@ int Run(int count, char** arguments) {
     Json all;
     for (const std::string& step : steps) {
         if (LevelsFor(step) == 0) {
-            std::cerr << "trovik-ladder: no step of " << step << " million\n";
+            std::cerr << "trovik-ladder: no size of " << step << " million vertices is defined\n";
             return 2;
         }
         const std::string part = path + ".step";

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Whole dabs: walk, choice of level, kernels, ring, normals, dirty box.
+/// \file Whole dabs: walk, choice of level, kernels, ghost cells, normals, dirty box.
 #include "bench/stroke/DabScene.h"
 
 #include <string>
@@ -20,7 +19,7 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
     scene.Report(state);
 }
 
-/// A later dab that visits every patch in full, also those that it cannot reach.
+/// A later dab that visits every patch in full, including the patches out of reach.
 void VisitingDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
     scene.brush.remembersPatches = false;
@@ -33,7 +32,7 @@ void VisitingDab(benchmark::State& state, Tool tool) {
     scene.Report(state);
 }
 
-/// The dab that makes the records.
+/// The first dab of a stroke, which creates the undo records.
 void FirstDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
     const char* wrong = nullptr;

@@ -18,12 +18,12 @@ test::StrokeBench& SharedBench() {
     return bench;
 }
 
-/// A disc of this many grid cells.
+/// The radius of a disc that covers this many grid cells.
 float RadiusFor(int64_t vertices) {
     return static_cast<float>(std::sqrt(static_cast<double>(vertices) / 3.14159265) / cellsPerUnit);
 }
 
-/// Grid points within the radius of a grid point.
+/// The number of grid points within the radius of a grid point.
 int64_t PointsWithin(float radius) {
     const double reach = static_cast<double>(radius) * cellsPerUnit;
     const auto whole = static_cast<int64_t>(reach);
@@ -73,7 +73,7 @@ DabScene::DabScene(Tool tool, Variation itsVariation, int64_t vertices)
                             side,
                             side,
                             std::vector<float>(std::size_t{side} * side, 0.75f));
-            // The stamp spans the dab.
+            // The stamp covers the dab.
             Matrix& m = brush.Settings().stampMatrix;
             const float scale = static_cast<float>(side) / (2.0f * radius);
             m.m[0][0] = scale;
@@ -153,7 +153,7 @@ PatchScene::PatchScene(Tool tool, Variation variation, int64_t vertices)
     layerValues.assign(cells, HWVector::Zero());
     brush.positionGrid = positions.data();
     brush.layerGrid = layerValues.data();
-    // A whole grid of true positions, so that normals come out as normals.
+    // Read a whole grid of real positions, so that the normals are valid.
     brush.ReadPatchPositions(brush.PatchSlice(patches.front()));
     brush.FillPatchHalo(brush.patchMesh, patches.front());
 }

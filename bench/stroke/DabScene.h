@@ -10,12 +10,12 @@
 
 namespace trovik::bench {
 
-/// What a dab does beside its family's plain path.
-/// With InactiveLayer the mesh has a layer that holds offsets, and none records.
+/// What a dab does in addition to the plain path of its family. With InactiveLayer the mesh has a
+/// layer with offsets that does not record.
 enum class Variation { Plain, Stamp, Freeze, Layer, InactiveLayer, WorldSpace };
 const char* NameOf(Variation variation);
 
-/// The tool that stands for a displacement family.
+/// The tool that represents a displacement family.
 struct FamilyTool {
     const char* name;
     Tool tool;
@@ -25,9 +25,9 @@ inline constexpr FamilyTool families[] = {{"pushing", Tool::Sculpt},
                                           {"pulling", Tool::Pinch},
                                           {"averaging", Tool::Smooth}};
 
-/// A flat grid of 2.4 million vertices, a tool on it and a dab in the middle that covers about
-/// `vertices` of them. The mesh is made once and shared; a scene puts back what it set and did.
-/// Dabs are so weak that the surface stays flat to the eye, so every dab finds the same work.
+/// A flat grid of 2.4 million vertices, a tool on it, and a dab at the centre that covers about
+/// `vertices` of them. The mesh is created once and shared; a scene reverts its own changes. Dabs
+/// are so weak that the surface stays almost flat, so every dab finds the same work.
 class DabScene {
 public:
     DabScene(Tool tool, Variation variation, int64_t vertices);
@@ -38,16 +38,16 @@ public:
     void Begin() { bench.Begin(); }
     void Dab() { box = bench.Dab(hit, radius, strength); }
     void End() { bench.End(); }
-    /// Makes the mesh flat again by undoing the strokes, and forgets them.
+    /// Flattens the mesh again by undoing the strokes, and clears the history.
     void PutBack();
 
-    /// Vertices within the radius.
+    /// The number of vertices within the radius.
     int64_t Covered() const { return covered; }
-    /// Patches that the last dab handed to the brush, in order.
+    /// The patches that the last dab passed to the brush, in order.
     std::vector<uint32_t> Patches() const;
-    /// Why the last dab cannot have been right; null when it can.
+    /// The reason why the last dab is invalid, or null if it is valid.
     const char* WhatIsWrong() const;
-    /// Rate and size for the table: items are covered vertices.
+    /// Reports rate and size for the table; items are covered vertices.
     void Report(benchmark::State& state) const;
 
     test::StrokeBench& bench;
@@ -64,8 +64,8 @@ private:
     AxisAlignedBoundingBox box;
 };
 
-/// The brush in the middle of a dab that has ended: grids of the dab's size, and every patch that
-/// it handed out, for running single parts of a dab over them.
+/// The state of the brush halfway through a dab, after the dab has ended: grids of the dab's size
+/// and every patch that was passed to the brush. Single parts of a dab can be run over them.
 class PatchScene {
 public:
     PatchScene(Tool tool, Variation variation, int64_t vertices);

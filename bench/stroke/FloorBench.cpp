@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The floor under a dab: loops that read and write the bytes that a dab of pushing must touch, in
-/// its order and through its tables, and work nothing out.
+/// \file The lower bound of a dab: loops that read and write the bytes that a pushing dab must
+/// access, in its order and through its tables, without computing anything.
 #include "bench/stroke/DabScene.h"
 
 #include <cstring>
@@ -10,11 +9,11 @@
 namespace trovik::bench {
 namespace {
 
-/// The compiler must take it that the value is used.
+/// Makes the compiler assume that the value is used.
 void Use(__m128i value) { asm volatile("" : : "x"(value)); }
 __m128i Load(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
 
-/// One patch: list, vertices, records, grid, normals.
+/// Accesses one patch: list, vertices, records, grid, normals.
 void TouchPatch(
     SwiftStroke& brush, uint32_t patch, HWVector* grid, StoredVertexInfo* records, uint32_t mark) {
     LevelMesh& mesh = dynamic_cast<LevelMesh&>(*brush.mesh);
@@ -70,7 +69,7 @@ void Floor(benchmark::State& state) {
     parts.scene.Report(state);
 }
 
-/// A first touch: the record is written instead of read, and the vertex's link with it.
+/// A first touch: writes the record instead of reading it, and also the vertex's link word.
 void FirstTouchFloor(benchmark::State& state) {
     PatchScene parts(Tool::Sculpt, Variation::Plain, state.range(0));
     SwiftStroke& brush = parts.scene.brush;
@@ -94,7 +93,7 @@ void FirstTouchFloor(benchmark::State& state) {
     parts.scene.Report(state);
 }
 
-/// What memory gives at most: every byte of an array read and written in order.
+/// The maximum memory throughput: every byte of an array is read and written in order.
 void Stream(benchmark::State& state) {
     std::vector<uint64_t> words(static_cast<std::size_t>(state.range(0)) / sizeof(uint64_t), 1);
     for (auto _ : state) {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The parts of a dab alone, over the patches of a dab: kernels, ring, normals; and the kernel
-/// against the same step with its switches as values.
+/// \file The separate parts of a dab, over the patches of a dab: kernels, ghost cells, normals; and
+/// the kernel compared with the same step whose switches are run-time values.
 #include "bench/stroke/DabScene.h"
 #include "kernels/PatchKernelTable.h"
 #include "kernels/VertexStep.h"

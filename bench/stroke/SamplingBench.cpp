@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// How a dab finds its direction or plane: along a cross through the hit, or over the whole area.
+/// \file Finding the direction or plane of a dab: along a cross through the hit, or over the whole
+/// area.
 #include "bench/stroke/DabScene.h"
 
 namespace trovik::bench {

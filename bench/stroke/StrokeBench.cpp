@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What surrounds the dabs of a stroke: its begin, its end with the making of the undo step, and
-/// undo.
+/// \file The work around the dabs of a stroke: its start, its end including the creation of the
+/// undo step, and undo.
 #include "bench/stroke/DabScene.h"
 
 namespace trovik::bench {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Meshes without quads: no patches, so the step runs vertex by vertex with its switches as values
-/// and the normals follow by a walk around each vertex.
+/// \file Meshes without quads. They have no patches, so the step runs vertex by vertex with
+/// run-time switches, and a walk around each vertex computes the normals.
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -13,7 +12,7 @@
 namespace trovik::bench {
 namespace {
 
-/// A flat grid with each quad cut along its diagonal.
+/// A flat grid whose quads are split along a diagonal.
 PolygonMesh Triangles(unsigned side) {
     const PolygonMesh quads = test::GridMesh(side, side);
     PolygonMesh mesh;
@@ -27,7 +26,7 @@ PolygonMesh Triangles(unsigned side) {
 }
 
 void TriangleDab(benchmark::State& state) {
-    // The disc and a rim around it.
+    // The disc and a margin around it.
     const unsigned side = state.range(0) > 100000 ? 1280 : 400;
     test::StrokeBench bench(Triangles(side));
     bench.Activate(Tool::Sculpt, 2);

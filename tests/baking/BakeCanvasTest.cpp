@@ -18,7 +18,7 @@ BakeCanvas::Options Small(std::uint32_t side, std::uint32_t samplesPerSide, std:
     return options;
 }
 
-/// A rectangle of one value, in texels of a canvas of `side`, rows from the top.
+/// A rectangle with one value, in texels of a canvas of `side`; rows start at the top.
 struct Block {
     double left, top, right, bottom;
     float value;
@@ -32,9 +32,9 @@ std::array<TilePoint, 4> CornersOf(const Block& block, std::uint32_t side) {
             at(block.right, block.top)};
 }
 
-FloatImage Laid(BakeCanvas::Options options,
-                const std::vector<Block>& blocks,
-                BakeCanvas::Counts* counts = nullptr) {
+FloatImage Rasterized(BakeCanvas::Options options,
+                      const std::vector<Block>& blocks,
+                      BakeCanvas::Counts* counts = nullptr) {
     BakeCanvas canvas(options);
     for (const Block& block : blocks) {
         const MapValue value = {block.value, 0.0f, 0.0f};
@@ -50,8 +50,8 @@ FloatImage Laid(BakeCanvas::Options options,
     return canvas.Finish(neutral, counts == nullptr ? own : *counts);
 }
 
-/// The texels as digits, rows from the top; a dot for the neutral value.
-std::vector<std::string> Drawn(const FloatImage& image) {
+/// The texels as digits, rows from the top; a dot is the neutral value.
+std::vector<std::string> TexelDigits(const FloatImage& image) {
     std::vector<std::string> rows;
     for (std::uint32_t y = 0; y < image.height; ++y) {
         std::string row;
@@ -64,13 +64,14 @@ std::vector<std::string> Drawn(const FloatImage& image) {
     return rows;
 }
 
-TEST(BakeCanvasTest, PaddingGoesAsFarAsAskedAndNotIntoOtherIslands) {
+TEST(BakeCanvasTest, PaddingHasTheRequestedWidthAndStaysOutOfOtherIslands) {
     BakeCanvas::Counts counts;
-    const FloatImage image = Laid(Small(12, 1, 2), {{1, 1, 4, 4, 1}, {7, 1, 9, 11, 2}}, &counts);
-    // The gap of three columns is shared: its middle is equally near to both, and the first keeps
-    // it. What lies 1.5 texels off in both directions is 2.12 off in all.
-    EXPECT_EQ(Drawn(image)[1], "11111122222.");
-    // Every texel by its own distance to both blocks.
+    const FloatImage image =
+        Rasterized(Small(12, 1, 2), {{1, 1, 4, 4, 1}, {7, 1, 9, 11, 2}}, &counts);
+    // The middle column of the three-column gap is equally near to both blocks, and the first block
+    // gets it. Texels 1.5 off in both directions are 2.12 away.
+    EXPECT_EQ(TexelDigits(image)[1], "11111122222.");
+    // The expected value of every texel follows from its distances to both blocks.
     for (std::uint32_t y = 0; y < 12; ++y) {
         for (std::uint32_t x = 0; x < 12; ++x) {
             const auto away = [x, y](const Block& b) {
@@ -109,8 +110,8 @@ TEST(BakeCanvasTest, PaddingContinuesTheValuesAlongTheEdge) {
     }
 }
 
-TEST(BakeCanvasTest, EdgesThatAreSharedBelongToExactlyOneTriangle) {
-    // Edges through centres of texels, and slanted ones.
+TEST(BakeCanvasTest, SharedEdgesBelongToExactlyOneTriangle) {
+    // Edges through texel centres, and slanted edges.
     for (const std::uint32_t samples : {1u, 2u, 4u}) {
         BakeCanvas canvas(Small(16, samples, 0));
         const auto at = [](double x, double y) { return TilePoint{x / 16.0, 1.0 - y / 16.0}; };
@@ -130,24 +131,25 @@ TEST(BakeCanvasTest, EdgesThatAreSharedBelongToExactlyOneTriangle) {
     }
 }
 
-TEST(BakeCanvasTest, ATexelThatIsCoveredInPartTakesTheMeanOfWhatCoversIt) {
-    // The left block ends in the middle of column 2, and the right one begins there.
-    const FloatImage image = Laid(Small(4, 4, 0), {{0, 0, 2.5, 4, 2}, {2.5, 0, 4, 2, 6}});
-    EXPECT_EQ(Drawn(image), (std::vector<std::string>{"2246", "2246", "222.", "222."}));
+TEST(BakeCanvasTest, PartlyCoveredTexelIsTheMeanOfTheCoveringSamples) {
+    // The left block ends in the middle of column 2, where the right one begins.
+    const FloatImage image = Rasterized(Small(4, 4, 0), {{0, 0, 2.5, 4, 2}, {2.5, 0, 4, 2, 6}});
+    EXPECT_EQ(TexelDigits(image), (std::vector<std::string>{"2246", "2246", "222.", "222."}));
 }
 
-TEST(BakeCanvasTest, OverlapIsCountedAndTheFirstStays) {
+TEST(BakeCanvasTest, OverlapIsCountedAndTheFirstValueIsKept) {
     BakeCanvas::Counts counts;
-    const FloatImage image = Laid(Small(6, 2, 0), {{0, 0, 4, 4, 1}, {3, 3, 6, 6, 2}}, &counts);
+    const FloatImage image =
+        Rasterized(Small(6, 2, 0), {{0, 0, 4, 4, 1}, {3, 3, 6, 6, 2}}, &counts);
     EXPECT_EQ(
-        Drawn(image),
+        TexelDigits(image),
         (std::vector<std::string>{"1111..", "1111..", "1111..", "111122", "...222", "...222"}));
     EXPECT_EQ(counts.overlapping, 1u);
 }
 
-TEST(BakeCanvasTest, WhatLiesBeyondTheTileIsCutOff) {
-    const FloatImage image = Laid(Small(4, 1, 1), {{-3, -2, 1, 2, 7}});
-    EXPECT_EQ(Drawn(image), (std::vector<std::string>{"77..", "77..", "77..", "...."}));
+TEST(BakeCanvasTest, GeometryOutsideTheTileIsClipped) {
+    const FloatImage image = Rasterized(Small(4, 1, 1), {{-3, -2, 1, 2, 7}});
+    EXPECT_EQ(TexelDigits(image), (std::vector<std::string>{"77..", "77..", "77..", "...."}));
 }
 
 TEST(BakeCanvasTest, DirectionsAreNormalised) {

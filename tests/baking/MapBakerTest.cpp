@@ -18,8 +18,8 @@ BakeOptions Options(MapKind kind, MapSpace space, std::uint32_t width, std::uint
     return options;
 }
 
-/// Two square sheets of 2 x 2 quads, 3 apart in x, each with the half of the texture on its side;
-/// with `mirrored` the right one's runs from right to left.
+/// Two square pieces of 2 x 2 quads, 3 apart in x. Each has half of the texture; with `mirrored`,
+/// the right one's half runs from right to left.
 PolygonMesh TwoSheets(bool mirrored) {
     PolygonMesh mesh;
     for (std::uint32_t sheet = 0; sheet < 2; ++sheet) {
@@ -38,7 +38,7 @@ PolygonMesh TwoSheets(bool mirrored) {
     return mesh;
 }
 
-TEST(MapBakerTest, NormalsOfASurfaceWithoutDetailPointStraightOut) {
+TEST(MapBakerTest, NormalsWithoutDetailPointStraightOut) {
     const TemporaryFolder folder;
     for (const PolygonMesh& mesh : {WithIslands(SteppedBox(), 8, 0.125f),
                                     WithIslands(Icosahedron(), 5, 0.125f),
@@ -58,8 +58,8 @@ TEST(MapBakerTest, NormalsOfASurfaceWithoutDetailPointStraightOut) {
     }
 }
 
-// A plane z = 0 whose fine level is the slope z = 0.5 x + 0.25 y: the numbers follow by hand.
-TEST(MapBakerTest, ASlopeOverAPlaneHasTheNumbersThatAreKnown) {
+// A plane z = 0 whose fine level is the slope z = 0.5 x + 0.25 y, so the expected values are known.
+TEST(MapBakerTest, SlopeOverAPlaneHasTheAnalyticValues) {
     PolygonMesh mesh = GridMesh(2, 2);
     for (const std::array<float, 3>& p : mesh.positions)
         mesh.attributes.uvs.push_back({p[0] * 0.5f, p[1] * 0.5f});
@@ -82,7 +82,7 @@ TEST(MapBakerTest, ASlopeOverAPlaneHasTheNumbersThatAreKnown) {
     const float facing = image.pixels[0] > 0.0f ? 1.0f : -1.0f;
     for (std::uint32_t y = 0; y < 4; ++y) {
         for (std::uint32_t x = 0; x < 8; ++x) {
-            // The top row is v near 1, which is y near 2.
+            // In the top row v is near 1 and y near 2.
             const float px = (static_cast<float>(x) + 0.5f) * 0.25f;
             const float py = (3.5f - static_cast<float>(y)) * 0.5f;
             EXPECT_NEAR(image.pixels[y * 8 + x], facing * (0.5f * px + 0.25f * py), 1e-5f);
@@ -105,7 +105,7 @@ TEST(MapBakerTest, ASlopeOverAPlaneHasTheNumbersThatAreKnown) {
     EXPECT_NEAR(n[2], facing / length, 1e-5f);
 }
 
-TEST(MapBakerTest, AMirroredIslandHoldsTheMirrorImage) {
+TEST(MapBakerTest, MirroredIslandHoldsTheMirrorImage) {
     for (const MapKind kind : {MapKind::Vector, MapKind::Normal, MapKind::Displacement}) {
         SCOPED_TRACE(MapKindName(kind));
         const auto move = [](std::uint32_t, const Vector& p) {
@@ -124,7 +124,7 @@ TEST(MapBakerTest, AMirroredIslandHoldsTheMirrorImage) {
                 for (std::uint32_t part = 0; part < image.channels; ++part) {
                     const float left = image.pixels[(y * 32 + x) * image.channels + part];
                     const float right = image.pixels[(y * 32 + 31 - x) * image.channels + part];
-                    // The tangent of the right sheet runs the other way.
+                    // The tangent of the right piece has the opposite direction.
                     const float turned = image.channels == 3 && part == 0 ? -right : right;
                     EXPECT_NEAR(left, turned, 2e-5f) << x << ", " << y << ", " << part;
                     if (part == 0) largest = std::max(largest, std::fabs(left));
@@ -135,12 +135,12 @@ TEST(MapBakerTest, AMirroredIslandHoldsTheMirrorImage) {
     }
 }
 
-TEST(MapBakerTest, PaddingOfAnIslandContinuesItAndLeavesTheRestNeutral) {
+TEST(MapBakerTest, PaddingContinuesTheIslandAndLeavesOtherTexelsNeutral) {
     const auto geometry = Refined(WithIslands(GridMesh(2, 1), 2, 0.25f), 1);
     MoveHighest(*geometry, [](std::uint32_t, const Vector& p) {
         return Vector(0.0f, 0.0f, p.x < 1.0f ? 1.0f : p.x > 1.0f ? 3.0f : 2.0f);
     });
-    // Islands from 2 to 6 and from 10 to 14 of 16 columns, and from 2 to 6 of the lower 8 rows.
+    // The islands cover columns 2 to 6 and 10 to 14 of 16, and rows 2 to 6 of the lower 8.
     BakeOptions options = Options(MapKind::Displacement, MapSpace::Tangent, 16, 16);
     options.padding = 2;
     const BakedMap map = BakeMap(*geometry, options, "d.exr");
@@ -176,7 +176,7 @@ TEST(MapBakerTest, PaddingOfAnIslandContinuesItAndLeavesTheRestNeutral) {
 
 TEST(MapBakerTest, OverlappingUvsAreReported) {
     PolygonMesh mesh = WithIslands(GridMesh(3, 1), 2, 0.25f);
-    // Face 2 goes where face 0 is.
+    // Move face 2 onto face 0.
     for (std::size_t corner = 0; corner < 4; ++corner)
         mesh.attributes.uvs[8 + corner] = mesh.attributes.uvs[corner];
     const auto geometry = Refined(mesh, 1);
@@ -193,7 +193,7 @@ TEST(MapBakerTest, OverlappingUvsAreReported) {
               "contains the face with the lowest number there");
 }
 
-TEST(MapBakerTest, WhatCannotBeBakedIsToldInOneLine) {
+TEST(MapBakerTest, InputThatCannotBeBakedIsAOneLineError) {
     const auto geometry = Refined(WithIslands(GridMesh(2, 1), 2, 0.25f), 2);
     const auto message = [&geometry](const BakeOptions& options, const std::string& path) {
         return MessageOf<HostError>([&] { BakeToFile(*geometry, options, {path}); });
@@ -231,7 +231,7 @@ TEST(MapBakerTest, WhatCannotBeBakedIsToldInOneLine) {
               "one tile of the texture");
 }
 
-TEST(MapBakerTest, ARepeatedTextureHoldsWhatLiesOutsideWhereItComesToLie) {
+TEST(MapBakerTest, RepeatedTextureWrapsUvsOutsideTheTile) {
     const auto move = [](std::uint32_t, const Vector& p) { return Wave(p, 0, 0.1f); };
     BakeOptions options = Options(MapKind::Vector, MapSpace::Tangent, 32, 32);
     const auto inside = Refined(WithIslands(GridMesh(2, 1), 2, 0.25f), 2);
@@ -268,7 +268,7 @@ TEST(MapBakerTest, ARepeatedTextureHoldsWhatLiesOutsideWhereItComesToLie) {
     }
 }
 
-TEST(MapBakerTest, RangesAreAsAskedOrRefused) {
+TEST(MapBakerTest, RangesAreAsRequestedOrRefused) {
     const TemporaryFolder folder;
     const auto geometry = Refined(WithIslands(GridMesh(2, 1), 2, 0.25f), 1);
     MoveHighest(*geometry, [](std::uint32_t, const Vector&) { return Vector(0, 0, 0.25f); });
@@ -283,7 +283,7 @@ TEST(MapBakerTest, RangesAreAsAskedOrRefused) {
               file.path + ": the displacement reaches 0.250000, more than the range of 0.125000");
 }
 
-TEST(MapTextTest, ALineComesBackAndOthersAreNone) {
+TEST(MapTextTest, WrittenLineIsReadBackAndOtherTextIsIgnored) {
     MapText text;
     text.kind = MapKind::Vector;
     text.space = MapSpace::Object;
@@ -300,7 +300,7 @@ TEST(MapTextTest, ALineComesBackAndOthersAreNone) {
         EXPECT_FALSE(MapText::FromLine(line).has_value()) << line;
 }
 
-TEST(MapTextTest, EveryFormatKeepsTheLine) {
+TEST(MapTextTest, EveryFormatStoresTheLine) {
     const TemporaryFolder folder;
     const std::vector<std::uint16_t> grey(4, 1000);
     FloatImage image;

@@ -15,7 +15,8 @@
 namespace trovik::test {
 namespace {
 
-/// A plane of 4 x 4 quads, refined twice, its UVs the unit square; normals point along z or -z.
+/// A plane of 4 x 4 quads with two subdivisions; its UVs are the unit square and its normals point
+/// along z or -z.
 class MapDisplacementTest : public ::testing::Test {
 protected:
     MapDisplacementTest() {
@@ -31,7 +32,7 @@ protected:
     }
     LevelMesh& Level() { return *geometry->Bound(); }
 
-    /// A map of 2 x 2 texels: upper left, upper right, lower left, lower right.
+    /// A map of 2 x 2 texels in the order upper left, upper right, lower left, lower right.
     std::string Map(const char* name, const std::array<float, 4>& values) {
         FloatImage image;
         image.width = image.height = 2;
@@ -67,10 +68,10 @@ protected:
     float facing = 1.0f;
 };
 
-TEST_F(MapDisplacementTest, ReadsBetweenTheCentresOfTexelsAndHoldsBeyondThem) {
-    // The corner beyond the centre of the texel of 0 stays: 5 x 5 of 17 x 17 vertices.
+TEST_F(MapDisplacementTest, InterpolatesBetweenTexelCentresAndClampsBeyondThem) {
+    // The corner beyond the centre of the zero texel does not move: 5 x 5 of 17 x 17 vertices.
     EXPECT_EQ(Displace(Map("d.exr", {0.0f, 4.0f, 8.0f, 16.0f})), 17u * 17u - 5u * 5u);
-    // Texel centres lie at 1 and 3; the top row at y = 3.
+    // Texel centres are at 1 and 3; the top row is at y = 3.
     EXPECT_FLOAT_EQ(HeightAt(1, 1), 8.0f);
     EXPECT_FLOAT_EQ(HeightAt(3, 1), 16.0f);
     EXPECT_FLOAT_EQ(HeightAt(2, 1), 12.0f);
@@ -92,7 +93,7 @@ TEST_F(MapDisplacementTest, RepeatedMapsMeetAtTheirEdges) {
     EXPECT_FLOAT_EQ(HeightAt(0, 0), 0.5f * (7.5f - 1.0f));
 }
 
-TEST_F(MapDisplacementTest, IsOneStepOfUndoToTheBit) {
+TEST_F(MapDisplacementTest, IsOneUndoStepThatRestoresEveryBit) {
     const std::vector<char> before = Bits();
     Displace(Map("d.exr", {0.0f, 4.0f, 0.0f, 1.0f}));
     const std::vector<char> after = Bits();
@@ -107,7 +108,7 @@ TEST_F(MapDisplacementTest, IsOneStepOfUndoToTheBit) {
     EXPECT_EQ(Bits(), after) << "normals follow the shape";
 }
 
-TEST_F(MapDisplacementTest, ReportsThePatchesThatItChanges) {
+TEST_F(MapDisplacementTest, ReportsTheChangedPatches) {
     ReportedCopy copy([this]() -> LevelGeometry& { return *geometry; });
     Displace(Map("d.exr", {0.0f, 4.0f, 0.0f, 1.0f}));
     EXPECT_EQ(copy.Difference(), "");
@@ -117,14 +118,14 @@ TEST_F(MapDisplacementTest, ReportsThePatchesThatItChanges) {
     EXPECT_EQ(copy.Difference(), "");
 }
 
-TEST_F(MapDisplacementTest, AMapOfNothingLeavesNoStep) {
+TEST_F(MapDisplacementTest, ZeroMapMakesNoUndoStep) {
     const std::vector<char> before = Bits();
     EXPECT_EQ(Displace(Map("d.exr", {0, 0, 0, 0})), 0u);
     EXPECT_EQ(Bits(), before);
     EXPECT_EQ(geometry->History().Position(), 0u);
 }
 
-TEST_F(MapDisplacementTest, FreezingHoldsBackItsShare) {
+TEST_F(MapDisplacementTest, MaskWeightsReduceTheDisplacement) {
     for (std::uint32_t v = 0; v < Level().VertexCount(); ++v) {
         const Vector p = Level().Position(v);
         Level().SetFreeze(v, p.x < 2.0f ? 127 : p.x == 2.0f ? 64 : 0);
@@ -135,7 +136,7 @@ TEST_F(MapDisplacementTest, FreezingHoldsBackItsShare) {
     EXPECT_EQ(HeightAt(3, 1), 8.0f);
 }
 
-TEST_F(MapDisplacementTest, GoesIntoTheActiveLayer) {
+TEST_F(MapDisplacementTest, IsWrittenToTheActiveLayer) {
     geometry->History().Push(AddLayerAsStep(*geometry, "map"));
     SculptLayer& layer = *Level().ActiveLayer();
     const std::vector<char> before = Bits();
@@ -162,7 +163,7 @@ TEST_F(MapDisplacementTest, GoesIntoTheActiveLayer) {
               "the active layer \"map\" is hidden or locked");
 }
 
-TEST_F(MapDisplacementTest, WholeNumbersHaveTheirMiddleAtOneHalf) {
+TEST_F(MapDisplacementTest, IntegerTexelsHaveTheirZeroAtOneHalf) {
     const std::vector<std::uint16_t> numbers = {0, 65535, 0, 65535};
     WriteImageFile(folder.Path("d.png"), numbers.data(), 2, 2, 1);
     Displace(folder.Path("d.png"));
@@ -170,7 +171,7 @@ TEST_F(MapDisplacementTest, WholeNumbersHaveTheirMiddleAtOneHalf) {
     EXPECT_EQ(HeightAt(3, 1), 0.5f);
 }
 
-TEST_F(MapDisplacementTest, VectorsGoTheWayOfTheTexture) {
+TEST_F(MapDisplacementTest, VectorsFollowTheTextureDirections) {
     FloatImage image;
     image.width = image.height = 1;
     image.channels = 3;
@@ -189,7 +190,7 @@ TEST_F(MapDisplacementTest, VectorsGoTheWayOfTheTexture) {
     }
 }
 
-TEST_F(MapDisplacementTest, WhatIsNoMapForTheMeshIsRefusedAndNothingChanges) {
+TEST_F(MapDisplacementTest, UnsuitableMapIsRefusedAndNothingChanges) {
     const std::vector<char> before = Bits();
     const auto message = [this](const DisplacementOptions& options) {
         return MessageOf<HostError>([&] { DisplaceByMap(*geometry, options); });
@@ -227,10 +228,11 @@ TEST_F(MapDisplacementTest, WhatIsNoMapForTheMeshIsRefusedAndNothingChanges) {
     EXPECT_EQ(message(options), "the mesh has no texture coordinates (UVs), which a map requires");
 }
 
-// Both sides of a seam read other places of the map, and the vertices between them are one.
-TEST(MapDisplacementSeamTest, AVertexOnASeamTakesTheMeanOfItsSides) {
+// The two sides of a seam read different texels of the map but have common vertices.
+TEST(MapDisplacementSeamTest, SeamVertexMovesByTheMeanOfItsSides) {
     const TemporaryFolder folder;
-    // Left quad on the left half of the texture, right quad on the right half, a gap between.
+    // The left quad uses the left half of the texture, the right quad the right half, with a gap
+    // between.
     const auto geometry = Refined(WithIslands(GridMesh(2, 1), 2, 0.25f), 2);
     FloatImage image;
     image.width = 4;
@@ -247,8 +249,8 @@ TEST(MapDisplacementSeamTest, AVertexOnASeamTakesTheMeanOfItsSides) {
         const Vector p = level.Position(v);
         const float height = std::fabs(p.z);
         if (p.x == 1.0f) {
-            // The seam is u = 0.375 to the left (between texels 1 and 2 by 0: all of texel 1), and
-            // u = 0.625, mirrored, to the right.
+            // On the left the seam is at u = 0.375 (between texels 1 and 2 by 0: all of texel 1),
+            // and on the right, mirrored, at u = 0.625.
             EXPECT_FLOAT_EQ(height, 3.0f);
             ++onSeam;
         } else {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A map that is baked and laid onto the smooth refinement of its base gives the shape back.
+/// \file A baked map, applied to the smooth refinement of its base, reproduces the sculpted shape.
 ///
-/// The bound of the tests: a map is linear within the faces, and a vertex reads the mean of texels
-/// at most one texel off in both directions, half a texel on average in each. So it errs by at most
-/// (step of the displacement from vertex to vertex) x (texel / face), and where the texture is
-/// skewed, as in triangles, or the frame turns, by twice that.
+/// The error bound of the tests: a map is linear within the faces, and a vertex reads the mean of
+/// texels at most one texel away in both directions, half a texel on average in each. The error is
+/// therefore at most (change of the displacement from vertex to vertex) x (texel / face), or twice
+/// that where the texture is skewed, as in triangles, or the frame rotates.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "tests/baking/BakedMeshes.h"
@@ -20,7 +19,7 @@ namespace {
 struct Case {
     const char* name;
     PolygonMesh mesh;
-    /// Level 0 faces from side to side of the texture.
+    /// The number of level 0 faces across the texture.
     float facesAcross;
 };
 
@@ -36,7 +35,7 @@ constexpr std::uint32_t size = 256;
 
 class MapRoundTrip : public ::testing::Test {
 protected:
-    /// How far the displaced smooth surface is from the sculpted one.
+    /// The distance of the displaced smooth surface from the sculpted one.
     float Error(LevelGeometry& sculpted, const PolygonMesh& base, const BakeOptions& options) {
         const std::string path = folder.Path(options.kind == MapKind::Vector ? "v.exr" : "d.exr");
         report = BakeToFile(sculpted, options, {path});
@@ -58,7 +57,7 @@ protected:
     MapReport report;
 };
 
-TEST_F(MapRoundTrip, AVectorMapGivesTheSculptedSurfaceBack) {
+TEST_F(MapRoundTrip, VectorMapReproducesTheSculptedSurface) {
     for (const Case& one : Cases()) {
         for (const MapSpace space : {MapSpace::Tangent, MapSpace::Object}) {
             SCOPED_TRACE(std::string(one.name) + ", " + MapSpaceName(space));
@@ -82,13 +81,13 @@ TEST_F(MapRoundTrip, AVectorMapGivesTheSculptedSurfaceBack) {
     }
 }
 
-TEST_F(MapRoundTrip, AScalarMapGivesBackWhatWasMovedAlongTheNormals) {
+TEST_F(MapRoundTrip, ScalarMapReproducesMovesAlongTheNormals) {
     for (const Case& one : Cases()) {
         SCOPED_TRACE(one.name);
         const auto sculpted = Refined(one.mesh, levels);
         const std::vector<Vector> smooth = PositionsOf(*sculpted->Bound());
         const LevelMesh& level = *sculpted->Bound();
-        // Unit normals, to the precision of floats, by the rule that ComputeNormals follows.
+        // Unit normals in single precision, by the rule of ComputeNormals.
         std::vector<Vector> normals(smooth.size());
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {
             const std::uint32_t* v = level.faceVertexIndices.array + face * 4;
@@ -106,7 +105,7 @@ TEST_F(MapRoundTrip, AScalarMapGivesBackWhatWasMovedAlongTheNormals) {
     }
 }
 
-TEST_F(MapRoundTrip, SixteenBitsAddNoMoreThanTheirRounding) {
+TEST_F(MapRoundTrip, SixteenBitsAddOnlyTheirRoundingError) {
     const PolygonMesh base = ArchedSheet(4, 1.0f / 16.0f);
     const auto sculpted = Refined(base, levels);
     MoveHighest(*sculpted, [](std::uint32_t v, const Vector& p) { return Wave(p, v, 0.1f); });
@@ -129,17 +128,17 @@ TEST_F(MapRoundTrip, SixteenBitsAddNoMoreThanTheirRounding) {
         SCOPED_TRACE(name);
         const std::vector<Vector> rounded = applied(name);
         EXPECT_EQ(report.bits, MapBits::Sixteen);
-        // Three components, each off by half a step of the numbers.
+        // Three components, each off by half a quantisation step.
         EXPECT_LT(LargestDistance(exact, rounded), 1.8f * report.text.scale / 131070.0f + 1e-6f);
         EXPECT_GT(LargestDistance(exact, rounded), 0.0f);
     }
 }
 
-TEST_F(MapRoundTrip, ABaseThatFollowsTheSculptingIsTheOneThatTheMapIsFor) {
+TEST_F(MapRoundTrip, MapRefersToTheBaseThatFollowsTheSculpting) {
     const PolygonMesh mesh = ArchedSheet(4, 1.0f / 16.0f);
     const auto sculpted = Refined(mesh, levels);
     LevelMesh& level = *sculpted->Bound();
-    // A swelling that the base takes over when one goes there, unlike in the tests above.
+    // A bulge that the base takes over when its level is bound, unlike in the tests above.
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v)
         level.SetPosition(v, level.Position(v) + Wave(level.Position(v), v, 0.3f));
     level.ComputeNormals();
@@ -165,9 +164,9 @@ TEST_F(MapRoundTrip, ABaseThatFollowsTheSculptingIsTheOneThatTheMapIsFor) {
     EXPECT_LT(LargestDistance(PositionsOf(*sculpted->Bound()), shape), 0.1f * away);
 }
 
-TEST_F(MapRoundTrip, TilesOfTheTextureBecomeFilesOfTheirOwn) {
+TEST_F(MapRoundTrip, EachTextureTileIsASeparateFile) {
     PolygonMesh base = WithIslands(SteppedBox(), 8, 0.125f);
-    // Odd faces, each with four UVs of its own, go to tile 1012.
+    // Move the odd faces, each with its own four UVs, to tile 1012.
     for (std::size_t uv = 0; uv < base.attributes.uvs.size(); ++uv) {
         if (uv / 4 % 2 == 0) continue;
         base.attributes.uvs[uv][0] += 1.0f;

@@ -13,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(BrushNode, AttributesStandInOrderOfCreation) {
+TEST(BrushNode, AttributesAreInOrderOfCreation) {
     NeedTools();
     SwiftStroke brush;
     const std::vector<Attribute*> own = {&brush.bilinearSample,
@@ -102,7 +102,7 @@ TEST(BrushNode, AnnouncesSmoothAsItsOtherBehaviour) {
     EXPECT_EQ(brush.AlternateBehavior(0), QStringLiteral("Smooth"));
 }
 
-TEST(BrushNode, BlockOfVectorsIsAlignedAndStartsWithUnitScale) {
+TEST(BrushNode, VectorBlockIsAlignedAndStartsWithUnitScale) {
     NeedTools();
     std::vector<std::unique_ptr<SwiftStroke>> brushes;
     for (int i = 0; i < 8; ++i) {
@@ -111,7 +111,7 @@ TEST(BrushNode, BlockOfVectorsIsAlignedAndStartsWithUnitScale) {
         const auto raw = reinterpret_cast<uintptr_t>(brush.brushSpaceAllocation);
         const auto used = reinterpret_cast<uintptr_t>(brush.brushSpace);
         EXPECT_EQ(used % 16, 0u);
-        // An aligned allocation is used as it stands; otherwise the next boundary in it.
+        // An aligned allocation is used directly, otherwise the next boundary in it.
         EXPECT_EQ(used, raw % 16 == 0 ? raw : raw + 16 - raw % 16);
         EXPECT_LE(used + sizeof(BrushSpace), raw + 255);
         EXPECT_EQ(static_cast<Vector>(brush.brushSpace->inverseScale), Vector(1.0f, 1.0f, 1.0f));
@@ -135,7 +135,7 @@ TEST(BrushNode, PreferencesAreShownInTestModeOnly) {
     }
 }
 
-TEST(BrushNode, RadiusSetterKeepsDerivedValuesInStep) {
+TEST(BrushNode, RadiusSetterUpdatesDerivedValues) {
     NeedTools();
     SwiftStroke brush;
     brush.setFalloffLast(255.5f);
@@ -151,7 +151,7 @@ TEST(BrushNode, RadiusSetterKeepsDerivedValuesInStep) {
     EXPECT_EQ(brush.falloffScale, 25.0f);
 }
 
-TEST(BrushNode, PlainSettersReachTheirMembers) {
+TEST(BrushNode, PlainSettersWriteTheirMembers) {
     NeedTools();
     SwiftStroke brush;
     brush.setIsBulge(true);
@@ -173,7 +173,7 @@ TEST(BrushNode, PlainSettersReachTheirMembers) {
     EXPECT_EQ(brush.planeClampMin, -2.0f);
 }
 
-/// A node that writes down the events of its attributes.
+/// A node that records the events of its attributes.
 class ListeningNode : public Node {
 public:
     void OnNodeEvent(const Attribute& attribute, NodeEventType type) override {
@@ -216,7 +216,7 @@ TEST_F(BoolAttribute, SilentSetUpdatesTargetsAndStaysSilentItself) {
               (Heard{{"target", NodeEventValueChanged}, {"source", NodeEventValueChanged}}));
 }
 
-TEST_F(BoolAttribute, ConnectingBringsTheTargetAlongAndTellsBothEnds) {
+TEST_F(BoolAttribute, ConnectingUpdatesTheTargetAndNotifiesBothEnds) {
     source.SetValue(true, true);
     source.AddTarget(target, true);
     EXPECT_TRUE(target.Value());
@@ -224,7 +224,7 @@ TEST_F(BoolAttribute, ConnectingBringsTheTargetAlongAndTellsBothEnds) {
               (Heard{{"source", NodeEventSourceConnected}, {"target", NodeEventTargetConnected}}));
 }
 
-TEST_F(BoolAttribute, TargetOfAnotherSizeOnlyHearsOfTheChange) {
+TEST_F(BoolAttribute, TargetOfAnotherSizeIsOnlyNotified) {
     source.AddTarget(number, true);
     node.heard.clear();
     source.SetValue(true, true);

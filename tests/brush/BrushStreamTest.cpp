@@ -9,7 +9,7 @@
 namespace trovik::test {
 namespace {
 
-/// Bytes behind those of the base class: rate, bilinear and the three of class version 1.
+/// The bytes after those of the base class: rate, bilinear and the three of class version 1.
 constexpr std::size_t ownBytes = 4 + 1 + 3;
 
 std::size_t BaseBytes(SwiftStroke& brush) {
@@ -27,7 +27,7 @@ void SetAll(SwiftStroke& brush, float rate, bool value) {
     brush.drawFromCenter.SetValue(value, true);
 }
 
-TEST(BrushStream, OwnDataStandsInOneOrderBehindTheBaseClass) {
+TEST(BrushStream, OwnDataFollowsTheBaseClassInAFixedOrder) {
     NeedTools();
     SwiftStroke brush;
     brush.buildUpRate.SetValue(0.75f, true);
@@ -47,7 +47,7 @@ TEST(BrushStream, OwnDataStandsInOneOrderBehindTheBaseClass) {
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 }
 
-TEST(BrushStream, RoundTripBringsEverythingButDrawFromCenter) {
+TEST(BrushStream, RoundTripRestoresEverythingButDrawFromCenter) {
     NeedTools();
     SwiftStroke written;
     SetAll(written, 0.25f, true);
@@ -66,7 +66,7 @@ TEST(BrushStream, RoundTripBringsEverythingButDrawFromCenter) {
     EXPECT_FALSE(read.drawFromCenter.Value());
 }
 
-TEST(BrushStream, ClassVersionZeroLeavesThreeAttributesAsTheyAre) {
+TEST(BrushStream, ClassVersionZeroLeavesThreeAttributesUnchanged) {
     NeedTools();
     SwiftStroke written;
     SetAll(written, 0.25f, true);
@@ -87,7 +87,7 @@ TEST(BrushStream, ClassVersionZeroLeavesThreeAttributesAsTheyAre) {
     }
 }
 
-TEST(BrushStream, TruncatedSceneLeavesNoCrashFlagBehind) {
+TEST(BrushStream, TruncatedSceneLeavesNoCrashFlag) {
     NeedTools();
     SwiftStroke brush;
     TestStream stream(1);
@@ -98,7 +98,7 @@ TEST(BrushStream, TruncatedSceneLeavesNoCrashFlagBehind) {
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 }
 
-TEST(BrushCopy, KeepsItsOwnDrawFromCenterAndTakesTheRest) {
+TEST(BrushCopy, CopiesEverythingButDrawFromCenter) {
     NeedTools();
     SwiftStroke source;
     SetAll(source, 0.25f, true);

@@ -7,7 +7,7 @@
 namespace trovik::test {
 namespace {
 
-/// Rendering is on at the start of each test and at its end.
+/// Rendering is on at the start and at the end of each test.
 class CommandWord : public ::testing::Test {
 protected:
     CommandWord() {
@@ -22,14 +22,14 @@ protected:
     const QString word = QStringLiteral("swiftstroke_norender");
 };
 
-TEST_F(CommandWord, SwitchesRenderingOffWhoeverWritesIt) {
+TEST_F(CommandWord, SwitchesRenderingOffWhateverCodeWritesIt) {
     SwiftStroke brush;
     EXPECT_EQ(brush.falloffName.Source(), &HostKernel::Instance().kernelCommandAttribute);
     HostKernel::Instance().kernelCommandAttribute.SetValue(word, false);
     EXPECT_EQ(brush.falloffName.Value(), word);
     EXPECT_FALSE(renderSwiftStroke);
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
-    // Nothing of the brush switches it on again.
+    // The brush never switches it on again.
     HostKernel::Instance().kernelCommandAttribute.SetValue(QString(), false);
     EXPECT_FALSE(renderSwiftStroke);
 }
@@ -46,7 +46,7 @@ TEST_F(CommandWord, AnotherWordChangesNothing) {
 TEST_F(CommandWord, OnlyAChangeOfThatAttributeCounts) {
     SwiftStroke brush;
     AttributeInstance<QString>& held = brush.falloffName;
-    // In silence, so that the word stands without having been acted upon.
+    // Set silently, so that the word is present but has not been processed.
     held.SetValue(word, true);
     EXPECT_TRUE(renderSwiftStroke);
     brush.OnNodeEvent(held, NodeEventTargetConnected);
@@ -57,7 +57,7 @@ TEST_F(CommandWord, OnlyAChangeOfThatAttributeCounts) {
     EXPECT_FALSE(renderSwiftStroke);
 }
 
-TEST_F(CommandWord, WorksInTestModeToo) {
+TEST_F(CommandWord, AlsoWorksInTestMode) {
     HostKernel::Instance().SetTestMode(true);
     SwiftStroke brush;
     HostKernel::Instance().kernelCommandAttribute.SetValue(word, false);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A brush needs a kernel from its construction on, also in a test that runs alone.
+/// \file A brush needs a kernel from its construction on, even in a test that runs alone.
 #include "framework/nodes/HostKernel.h"
 
 namespace trovik::test {

@@ -7,7 +7,7 @@
 
 namespace trovik::test {
 
-/// Stands in for the host's kernel while it lives and writes down what a brush asks of it.
+/// Replaces the host's kernel during its lifetime and records the calls of a brush.
 class RecordingKernel : public Kernel, private Interface {
 public:
     RecordingKernel() : before(&HostKernel::Instance()) { g_pKernel = this; }
@@ -23,7 +23,7 @@ public:
     };
     struct LayerPanelSwitch {
         LayerUIType type;
-        /// Crash flags at the call.
+        /// The crash flags at the call.
         uint32_t flags;
     };
     std::vector<Message> messages;

@@ -12,13 +12,13 @@
 namespace trovik::test {
 namespace {
 
-int RegistryPlace(const ClassDesc* desc) {
+int RegistryIndex(const ClassDesc* desc) {
     for (unsigned i = 0; i < ClassDesc::Count(); ++i)
         if (ClassDesc::At(i) == desc) return static_cast<int>(i);
     return -1;
 }
 
-TEST(Registration, DescriptorOfTheBrush) {
+TEST(Registration, BrushDescriptorHasTheDocumentedFields) {
     const ClassDesc* desc = ClassDesc::ByName(QStringLiteral("SwiftStroke"));
     ASSERT_NE(desc, nullptr);
     EXPECT_EQ(desc, SwiftStroke::StaticClass());
@@ -31,7 +31,7 @@ TEST(Registration, DescriptorOfTheBrush) {
     EXPECT_EQ(static_cast<Node&>(brush).RuntimeClass(), desc);
 }
 
-TEST(Registration, DescriptorOfThePatchMap) {
+TEST(Registration, PatchMapDescriptorHasTheDocumentedFields) {
     const ClassDesc* desc = ClassDesc::ByName(QStringLiteral("PatchMap"));
     ASSERT_NE(desc, nullptr);
     EXPECT_EQ(desc, PatchMap::StaticClass());
@@ -42,12 +42,12 @@ TEST(Registration, DescriptorOfThePatchMap) {
     EXPECT_EQ(desc->Version(), 0);
     PatchMap map;
     EXPECT_EQ(static_cast<Node&>(map).RuntimeClass(), desc);
-    EXPECT_LT(RegistryPlace(SwiftStroke::StaticClass()), RegistryPlace(desc));
+    EXPECT_LT(RegistryIndex(SwiftStroke::StaticClass()), RegistryIndex(desc));
     const std::unique_ptr<Node> made(desc->Create());
     EXPECT_NE(dynamic_cast<PatchMap*>(made.get()), nullptr);
 }
 
-TEST(Registration, PluginRecord) {
+TEST(Registration, PluginRecordHasTheDocumentedFields) {
     const Plugin* record = nullptr;
     for (unsigned i = 0; i < Plugin::Count(); ++i)
         if (Plugin::At(i)->Name() == QStringLiteral("Swift Stroke")) record = Plugin::At(i);
@@ -55,12 +55,12 @@ TEST(Registration, PluginRecord) {
     EXPECT_EQ(record->Description(), QStringLiteral("Hardware accelerated simple sculptor brush"));
     EXPECT_FALSE(record->Author().isEmpty());
     EXPECT_FALSE(record->Address().isEmpty());
-    // As the compiler writes date and time: "Mmm dd yyyy hh:mm:ss".
+    // The format in which the compiler writes date and time: "Mmm dd yyyy hh:mm:ss".
     EXPECT_EQ(record->Date().size(), 20);
     EXPECT_EQ(record->Date()[14], QLatin1Char(':'));
 }
 
-TEST(Registration, SixPreferencesWithDefaultsAndRange) {
+TEST(Registration, RegistersSixPreferencesWithDefaultsAndRange) {
     for (const char* key : {"Use Original Data For Flatten",
                             "Use Vertex Weights For Flatten",
                             "Wax Fills Only",
@@ -103,7 +103,7 @@ TEST(Registration, FactoryMakesAnArrayForLargerCounts) {
         EXPECT_EQ(brushes[i].buildUpRate.Value(), 0.5f);
         EXPECT_EQ(brushes[i].RuntimeClass(), SwiftStroke::StaticClass());
     }
-    // The count stands ahead of the first element.
+    // The count is stored before the first element.
     delete[] brushes;
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 }

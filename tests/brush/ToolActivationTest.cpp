@@ -10,7 +10,7 @@
 namespace trovik::test {
 namespace {
 
-/// What a tool is, told once more and independently of the brush.
+/// The properties of a tool, listed independently of the brush.
 struct Expected {
     Tool tool;
     bool smooth, pinch, smear, bulge, wax, plane;
@@ -19,7 +19,8 @@ struct Expected {
     float strength;
     CheckableFloat smoothing;
     float rate;
-    /// Of the rate that is set together with its cube; -1 where the cube is left alone.
+    /// The cube of the build-up rate that is set together with the rate; -1 if the cube stays
+    /// unchanged.
     float cube;
     const char* stamp;
     bool stampEnabled;
@@ -106,7 +107,7 @@ TEST_P(EachTool, SetsItsFlagsPlaneAndStrengthScale) {
     ExpectFlags(brush, e);
 }
 
-TEST_P(EachTool, LeavesNothingOfTheToolBeforeIt) {
+TEST_P(EachTool, KeepsNoStateOfThePreviousTool) {
     for (const Tool before : allTools) {
         SwiftStroke brush;
         brush.SetActiveConfiguration(RowOf(before));
@@ -115,9 +116,9 @@ TEST_P(EachTool, LeavesNothingOfTheToolBeforeIt) {
     }
 }
 
-TEST_P(EachTool, TakesItsDefaultsTheFirstTime) {
+TEST_P(EachTool, UsesItsDefaultsOnFirstActivation) {
     SwiftStroke brush;
-    // Settings that no tool starts with.
+    // Values that are not the default of any tool.
     brush.SetBrushStrength(1.0f);
     brush.SetStrokeSmoothing(false, 0.9f);
     brush.SetSteadyStroke(true, 0.9f);
@@ -162,7 +163,7 @@ TEST_P(EachTool, TakesItsDefaultsTheFirstTime) {
               imprint ? (CheckableFloat{false, 0.6f}) : (CheckableFloat{true, 0.1f}));
 }
 
-TEST_P(EachTool, KeepsWhatTheUserSetTheSecondTime) {
+TEST_P(EachTool, RestoresUserSettingsOnSecondActivation) {
     SwiftStroke brush;
     brush.SetActiveConfiguration(RowOf(e.tool));
     brush.SetBrushStrength(42.0f);
@@ -180,7 +181,7 @@ TEST_P(EachTool, KeepsWhatTheUserSetTheSecondTime) {
     EXPECT_EQ(brush.Direction(), 6);
     EXPECT_EQ(brush.Settings().stamp.path, QStringLiteral("mine.tif"));
 
-    // The same by way of another tool.
+    // The same after another tool was active.
     const Tool other = e.tool == Tool::Sculpt ? Tool::Wax : Tool::Sculpt;
     brush.SetActiveConfiguration(RowOf(other));
     EXPECT_EQ(brush.BrushStrength(), 15.0f);
@@ -189,7 +190,7 @@ TEST_P(EachTool, KeepsWhatTheUserSetTheSecondTime) {
     EXPECT_EQ(brush.FalloffIndex(), 5);
 }
 
-TEST_P(EachTool, ShowsItsPanelWhateverWasShownBefore) {
+TEST_P(EachTool, ShowsItsPanelWhicheverWasShownBefore) {
     for (const bool shownBefore : {false, true}) {
         SwiftStroke brush;
         for (Attribute* attribute : brush.Attributes()) attribute->SetVisible(shownBefore);
@@ -230,7 +231,7 @@ TEST_P(EachTool, SwitchesTheLayerPanelOnceUnderItsOwnCrashFlag) {
     EXPECT_EQ(kernel.crashFlags, 0u);
 }
 
-/// A brush that writes down the events that reach it.
+/// A brush that records the events it receives.
 class ListeningBrush : public SwiftStroke {
 public:
     void OnNodeEvent(const Attribute& attribute, NodeEventType type) override {
@@ -244,7 +245,7 @@ public:
     std::vector<Heard> heard;
 };
 
-TEST_P(EachTool, ActivationIsSilentButForTheImprintPair) {
+TEST_P(EachTool, ActivationIsSilentExceptForTheImprintPair) {
     NeedTools();
     ListeningBrush brush;
     brush.heard.clear();
@@ -289,7 +290,7 @@ TEST(ToolActivation, UnknownIdEndsWithTheBaseValues) {
     EXPECT_FALSE(brush.globalPlane.IsVisible());
 }
 
-TEST(ToolActivation, ByNameFindsTheRow) {
+TEST(ToolActivation, NameFindsTheRow) {
     NeedTools();
     SwiftStroke brush;
     EXPECT_TRUE(brush.SetActiveConfiguration(QStringLiteral("Flatten")));
@@ -311,7 +312,7 @@ TEST(ToolActivation, ReturnToTheOldToolOutlivesOnlyTheTemporarySwitch) {
     EXPECT_EQ(brush.configurationBeforeSmooth, nullptr);
 }
 
-TEST(ToolActivation, BuildUpSetterKeepsTheCubeInStep) {
+TEST(ToolActivation, BuildUpSetterUpdatesTheCube) {
     NeedTools();
     SwiftStroke brush;
     brush.setBuildUpRate(0.25f);

@@ -8,7 +8,7 @@
 namespace trovik::test {
 namespace {
 
-// Taken before anything of the host runs.
+// Evaluated before any code of the host runs.
 const bool smoothRowIsNullAtLoad = smoothConfiguration == nullptr;
 const uint32_t rowsAtLoad = BrushOperation::ConfigurationCount();
 
@@ -63,7 +63,7 @@ constexpr Row expectedRows[] = {
      "of the stamp at a specific location, size, and orientation."},
 };
 
-/// Answers every text of the brush with a mark and the text; writes down the comments.
+/// Translates every text of the brush to a mark and the text, and counts the comments.
 class MarkingTranslator : public QTranslator {
 public:
     bool isEmpty() const override { return false; }
@@ -72,7 +72,7 @@ public:
                       const char* comment,
                       int) const override {
         if (QString::fromLatin1(context) != QLatin1String("SwiftStroke")) return {};
-        // Qt hands a missing comment on as null or as an empty text.
+        // Qt passes a missing comment as null or as an empty text.
         if (comment != nullptr && *comment != '\0') ++comments;
         return QLatin1String("~") + QString::fromLatin1(text);
     }
@@ -84,7 +84,7 @@ TEST(ToolCatalogue, NothingIsRegisteredBeforeTheInitialiserRuns) {
     EXPECT_EQ(rowsAtLoad, 0u);
 }
 
-TEST(ToolCatalogue, FifteenRowsWithIdsNamesAndToolTips) {
+TEST(ToolCatalogue, HasFifteenRowsWithIdsNamesAndToolTips) {
     NeedTools();
     ASSERT_GE(BrushOperation::ConfigurationCount(), 15u);
     for (uint32_t i = 0; i < 15; ++i) {
@@ -103,7 +103,7 @@ TEST(ToolCatalogue, FifteenRowsWithIdsNamesAndToolTips) {
     }
 }
 
-TEST(ToolCatalogue, KeptRowIsThatOfSmooth) {
+TEST(ToolCatalogue, StoredRowIsThatOfSmooth) {
     NeedTools();
     ASSERT_NE(smoothConfiguration, nullptr);
     EXPECT_EQ(smoothConfiguration->ID(), 3u);

@@ -5,7 +5,7 @@
 
 namespace trovik::test {
 
-/// All tools as users know them, in the order of the catalogue.
+/// The names of all tools as users see them, in the order of the catalogue.
 inline constexpr std::array<const char*, 15> toolNames = {"Sculpt",
                                                           "Smear",
                                                           "Pinch",

@@ -6,7 +6,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(ToolQueries, ImprintAnswersUnlikeAllOthers) {
+TEST(ToolQueries, ImprintReturnsOtherValuesThanAllOtherTools) {
     for (const Tool tool : allTools) {
         SwiftStroke brush;
         brush.SetActiveConfiguration(RowOf(tool));
@@ -22,7 +22,7 @@ TEST(ToolQueries, ImprintAnswersUnlikeAllOthers) {
     }
 }
 
-TEST(ToolQueries, AnswerForNoToolAsForAnyButImprint) {
+TEST(ToolQueries, WithoutAToolTheValuesAreThoseOfMostTools) {
     NeedTools();
     SwiftStroke brush;
     EXPECT_EQ(brush.StrokeDrawMode(), 0);
@@ -31,7 +31,7 @@ TEST(ToolQueries, AnswerForNoToolAsForAnyButImprint) {
     EXPECT_TRUE(brush.NonImprintQueryB());
 }
 
-TEST(ToolQueries, HostIsGivenTrue) {
+TEST(ToolQueries, AlwaysTrueQueryReturnsTrue) {
     NeedTools();
     SwiftStroke brush;
     EXPECT_TRUE(brush.AlwaysTrueQuery());

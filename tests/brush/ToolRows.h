@@ -26,7 +26,7 @@ inline constexpr std::array<Tool, 15> allTools = {Tool::Sculpt,
                                                   Tool::Foamy,
                                                   Tool::Imprint};
 
-/// Registers the tools unless some test did so before.
+/// Registers the tools unless an earlier test has registered them.
 inline void NeedTools() {
     HostKernel::Instance();
     if (smoothConfiguration == nullptr) RegisterTools();

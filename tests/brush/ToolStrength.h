@@ -5,8 +5,8 @@
 
 namespace trovik::test {
 
-/// Whether the tool's strength is a share in percent of a way that it finds on the surface; with
-/// the others it is a length.
+/// Returns whether the tool's strength is a percentage of a distance that the tool measures on the
+/// surface. The strength of all other tools is a length.
 inline bool TakesStrengthInPercent(Tool tool) {
     switch (tool) {
         case Tool::Pinch:

@@ -17,7 +17,7 @@ PathSample At(float x, float y, float pressure = 1.0f, double time = 0.0) {
     return sample;
 }
 
-TEST(ArcPath, AnswersByTheLengthOfTheWay) {
+TEST(ArcPath, IsEvaluatedByArcLength) {
     const ArcPath path({At(0, 0, 0.0f), At(3, 4, 0.5f), At(3, 10, 1.0f)});
     EXPECT_EQ(path.Length(), 11.0);
     EXPECT_EQ(path.At(2.5).place, Vector(1.5f, 2.0f, 0.0f));
@@ -31,7 +31,7 @@ TEST(ArcPath, AnswersByTheLengthOfTheWay) {
     EXPECT_EQ(path.Along(11.0), Vector(0.0f, 6.0f, 0.0f));
 }
 
-TEST(ArcPath, ASampleOnTheStraightWayChangesNoBit) {
+TEST(ArcPath, ExtraSampleOnAStraightSegmentChangesNoBit) {
     const ArcPath plain({At(1, 2, 0.25f), At(9, 6, 0.75f), At(9, 1, 0.0f)});
     const ArcPath fuller({At(1, 2, 0.25f),
                           At(3, 3, 0.375f),
@@ -47,15 +47,15 @@ TEST(ArcPath, ASampleOnTheStraightWayChangesNoBit) {
     }
 }
 
-TEST(ArcPath, SamplesThatSaySomethingAreKept) {
+TEST(ArcPath, SignificantSamplesAreKept) {
     EXPECT_EQ(ArcPath({At(0, 0, 0), At(2, 0, 1), At(4, 0, 0)}).Knots().size(), 3u) << "pressure";
-    EXPECT_EQ(ArcPath({At(0, 0), At(4, 0), At(2, 0)}).Length(), 6.0) << "the pen turned round";
+    EXPECT_EQ(ArcPath({At(0, 0), At(4, 0), At(2, 0)}).Length(), 6.0) << "the pen rotated";
     const std::vector<PathSample> uneven{At(0, 0, 1, 0), At(2, 0, 1, 5), At(4, 0, 1, 6)};
     EXPECT_EQ(ArcPath(uneven, false).Knots().size(), 2u);
     EXPECT_EQ(ArcPath(uneven, true).Knots().size(), 3u);
 }
 
-TEST(ArcPath, KnowsItsCornersAndRests) {
+TEST(ArcPath, FindsCornersAndPauses) {
     const ArcPath path({At(0, 0, 1, 0),
                         At(4, 0, 1, 1),
                         At(4, 0, 0.5f, 3),
@@ -76,7 +76,7 @@ TEST(ArcPath, KnowsItsCornersAndRests) {
     EXPECT_EQ(path.During(rest, 3.5).pressure, 0.375f);
 }
 
-TEST(ArcPath, ResamplingKeepsCornersRestsAndTheEnd) {
+TEST(ArcPath, ResamplingKeepsCornersPausesAndTheEnd) {
     const ArcPath path(
         {At(0, 0, 1, 0), At(2.5f, 0, 1, 1), At(2.5f, 0, 1, 3), At(2.5f, 1.25f, 1, 4)}, true);
     std::vector<PathSample> samples;
@@ -94,7 +94,7 @@ TEST(ArcPath, ResamplingKeepsCornersRestsAndTheEnd) {
     EXPECT_EQ(samples[4].time, 3.0);
 }
 
-TEST(ArcPath, APathOfOnePlaceHasNoWay) {
+TEST(ArcPath, PathOfOnePointHasNoLength) {
     const ArcPath path({At(3, 4), At(3, 4)});
     EXPECT_EQ(path.Length(), 0.0);
     EXPECT_EQ(path.At(0.0).place, Vector(3.0f, 4.0f, 0.0f));

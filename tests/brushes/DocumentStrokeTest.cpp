@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A stroke that is drawn while its pen reports gives the bits of the same samples in a script,
-/// with every tool of the plug-in and with the freeze brush.
+/// \file A stroke that is drawn live from pen samples is bit-identical to the same samples in a
+/// script, with every tool of the plug-in and with the freeze brush.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
@@ -30,10 +29,10 @@ protected:
         folder.Fill("quad.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
     }
 
-    /// A square of 32 x 32 quads under these settings, and the runner that holds it.
+    /// A square of 32 x 32 quads with these settings, and the runner that owns it.
     std::unique_ptr<ScriptRunner> Work(const std::string& tool,
                                        const std::string& settings = "{}") {
-        // Kept: steps outlive the call.
+        // Stored in a member, since the steps outlive the call.
         script = nlohmann::json::parse(R"({"mesh": "quad.obj", "levels": 5, "seed": 3,
             "camera": {"eye": [0, 0, 10], "target": [0, 0, 0], "fieldOfView": 17.061518,
                        "width": 800, "height": 600}, "steps": []})");
@@ -55,7 +54,7 @@ protected:
         return R"({"stroke": {"pen": ")" + FileOf(name) + "\"" + more + "}}";
     }
 
-    /// All that a stroke leaves: places, normals and freeze amounts.
+    /// Everything that a stroke changes: positions, normals and mask weights.
     static std::string BitsOf(Document& document) {
         const LevelMesh& level = *document.Geometry().Bound();
         std::string bits(reinterpret_cast<const char*>(level.vertexNormals.array),
@@ -87,7 +86,7 @@ constexpr const char* settingsOfPens[] = {
     R"({"smoothing": 0.05, "steady": 0.03, "randomSize": 0.5})",
     R"({"smoothing": false, "airbrush": 40, "sizeCurve": [[0, 0.3], [1, 1]]})"};
 
-TEST_F(DocumentStrokeTest, InteractiveStrokesTrailThePenByLess) {
+TEST_F(DocumentStrokeTest, InteractiveStrokesHaveLessLag) {
     const auto samples = ReadPenStream(FileOf("clean"));
     const std::vector<PathSample> firstHalf(
         samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2));
@@ -105,7 +104,7 @@ TEST_F(DocumentStrokeTest, InteractiveStrokesTrailThePenByLess) {
     EXPECT_EQ(byDefault.Count(), dabsOf(PenStrokeOptions::Interactive()));
 }
 
-TEST_F(DocumentStrokeTest, AScriptCanAskForTheDefaultsOfLiveStrokes) {
+TEST_F(DocumentStrokeTest, ScriptCanSelectTheDefaultsOfLiveStrokes) {
     auto recorded = Work("Sculpt");
     Step(*recorded, Stroke("everything", R"(, "path": {"interactive": true})"));
     auto live = Work("Sculpt");
@@ -118,7 +117,7 @@ TEST_F(DocumentStrokeTest, AScriptCanAskForTheDefaultsOfLiveStrokes) {
     EXPECT_FALSE(BitsOf(plain->GetDocument()) == BitsOf(recorded->GetDocument()));
 }
 
-TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
+TEST_F(DocumentStrokeTest, IsBitIdenticalToTheScript) {
     for (const char* tool : {"Sculpt", "Smooth", "Knife", "Flatten", "Pinch", "Freeze"}) {
         for (const char* settings : settingsOfPens) {
             for (const char* name : {"clean", "everything"}) {
@@ -153,7 +152,7 @@ TEST_F(DocumentStrokeTest, GivesTheBitsOfTheScript) {
     }
 }
 
-TEST_F(DocumentStrokeTest, TakesShapesAsAScriptDoes) {
+TEST_F(DocumentStrokeTest, AppliesPathShapesLikeAScript) {
     const std::string path =
         R"(, "seed": 5, "path": {"curve": true, "smoothing": 12, "filter": false,
         "snap": {"curve": [[250, 200], [420, 330], [600, 250]], "distance": 60}})";
@@ -173,7 +172,7 @@ TEST_F(DocumentStrokeTest, TakesShapesAsAScriptDoes) {
     EXPECT_TRUE(BitsOf(live->GetDocument()) == BitsOf(recorded->GetDocument()));
 }
 
-TEST_F(DocumentStrokeTest, ShowsDabsWhileItIsDrawn) {
+TEST_F(DocumentStrokeTest, DabsAreVisibleWhileItIsDrawn) {
     auto work = Work("Sculpt", R"({"smoothing": false})");
     DocumentStroke stroke(work->GetDocument(), PenStrokeOptions());
     const auto samples = ReadPenStream(FileOf("clean"));
@@ -192,7 +191,7 @@ TEST_F(DocumentStrokeTest, ShowsDabsWhileItIsDrawn) {
     EXPECT_LT(stroke.Count(), before + 10);
 }
 
-TEST_F(DocumentStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
+TEST_F(DocumentStrokeTest, AbandonedStrokeRestoresEverything) {
     for (const char* tool : {"Sculpt", "Wax", "Freeze"}) {
         SCOPED_TRACE(tool);
         auto work = Work(tool);
@@ -211,7 +210,7 @@ TEST_F(DocumentStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
         EXPECT_FALSE(document.Loop().IsActive());
         EXPECT_TRUE(BitsOf(document) == before);
         EXPECT_EQ(document.Geometry().History().Position(), position);
-        // What is drawn next is what it would have been, but for chance.
+        // The next stroke is unaffected, except for its random numbers.
         PenStrokeOptions options;
         options.seed = 9;
         DocumentStroke next(document, options);
@@ -228,7 +227,7 @@ TEST_F(DocumentStrokeTest, AnAbandonedStrokeLeavesNoTrace) {
     }
 }
 
-TEST_F(DocumentStrokeTest, AStrokeThatIsLeftIsReleased) {
+TEST_F(DocumentStrokeTest, DestroyedStrokeIsReleased) {
     auto work = Work("Sculpt");
     {
         DocumentStroke stroke(work->GetDocument(), PenStrokeOptions());
@@ -240,7 +239,7 @@ TEST_F(DocumentStrokeTest, AStrokeThatIsLeftIsReleased) {
     EXPECT_TRUE(BitsOf(work->GetDocument()) == BitsOf(recorded->GetDocument()));
 }
 
-TEST_F(DocumentStrokeTest, OnlyOneIsDrawnAtATime) {
+TEST_F(DocumentStrokeTest, OnlyOneStrokeIsDrawnAtATime) {
     auto work = Work("Sculpt");
     DocumentStroke stroke(work->GetDocument(), PenStrokeOptions());
     EXPECT_EQ(MessageOf<HostError>([&] { DocumentStroke(work->GetDocument()); }),
@@ -251,7 +250,7 @@ TEST_F(DocumentStrokeTest, OnlyOneIsDrawnAtATime) {
     EXPECT_EQ(work->GetDocument().Settings().strokesBegun, 1u);
 }
 
-/// What a document refuses while a stroke is open, and the words for it.
+/// An operation that a document refuses while a stroke is open, and its name in the message.
 struct Refused {
     const char* work;
     std::function<void(Document&)> run;
@@ -335,7 +334,7 @@ TEST_F(DocumentStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
     }
 }
 
-TEST_F(DocumentStrokeTest, AStrokeThatIsEndedByTheLoopIsOver) {
+TEST_F(DocumentStrokeTest, StrokeEndedByTheLoopIsClosed) {
     auto work = Work("Sculpt");
     Document& document = work->GetDocument();
     DocumentStroke stroke(document, PenStrokeOptions());
@@ -347,7 +346,7 @@ TEST_F(DocumentStrokeTest, AStrokeThatIsEndedByTheLoopIsOver) {
     Draw(stroke, "late", 9);
     stroke.Release();
     EXPECT_TRUE(BitsOf(document) == before);
-    EXPECT_FALSE(next.IsOver()) << "the open stroke is another one";
+    EXPECT_FALSE(next.IsOver()) << "another stroke is open";
     next.Release();
 }
 
@@ -365,7 +364,7 @@ TEST_F(DocumentStrokeTest, RadiusAndSpacingAreCheckedBeforeAStrokeBegins) {
 }
 
 // A stroke borrows the falloff's samples when it begins.
-TEST_F(DocumentStrokeTest, ANewFalloffIsForTheNextStroke) {
+TEST_F(DocumentStrokeTest, NewFalloffTakesEffectInTheNextStroke) {
     std::string many = "1";
     for (int i = 1; i < 40000; ++i) many += i % 3 == 0 ? ", 0.25" : ", 1";
     const std::string custom = R"({"set": {"falloff": [1, 0.9, 0.3, 0]}})";
@@ -398,7 +397,7 @@ TEST_F(DocumentStrokeTest, ANewFalloffIsForTheNextStroke) {
                     SCOPED_TRACE(tool + change.substr(0, 40) + (isMirrored ? " mirrored" : "") +
                                  (isCustom ? " custom" : ""));
                     auto work = begin();
-                    // Twice, so that memory that was given back would be taken again.
+                    // Twice, so that freed memory would be reused.
                     Step(*work, R"({"set": {"falloff": [0.3, 0.7, 0.1, 0.2]}})");
                     Step(*work, R"({"set": {"falloff": )" + change + "}}");
                     Step(*work, second);
@@ -417,7 +416,7 @@ TEST_F(DocumentStrokeTest, ANewFalloffIsForTheNextStroke) {
     }
 }
 
-TEST_F(DocumentStrokeTest, AnErrorEndsTheStroke) {
+TEST_F(DocumentStrokeTest, ErrorEndsTheStroke) {
     auto work = Work("Sculpt", R"({"smoothing": false})");
     PenStrokeOptions options;
     options.isFiltered = false;

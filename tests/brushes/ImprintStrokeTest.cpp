@@ -10,7 +10,7 @@
 namespace trovik::test {
 namespace {
 
-/// Over the middle of a grid of 16 x 16; 20 pixels are one unit, (400, 300) is (8, 8).
+/// A view of the middle of a 16 x 16 grid; 20 pixels are one unit, and (400, 300) is (8, 8).
 StrokeView ViewFromAbove() {
     StrokeView view;
     view.width = 800;
@@ -40,7 +40,7 @@ protected:
     LoopBench bench;
 };
 
-TEST_F(ImprintPlacing, FromItsCentreTheCopyGrowsFromThePress) {
+TEST_F(ImprintPlacing, FromItsCentreTheCopyGrowsAroundThePress) {
     Imprint(nullptr, DrawMode::FromCenter, {{{4.0f, 4.0f, 0.0f}}, {{7.0f, 8.0f, 0.0f}, 0.5f}});
     ASSERT_EQ(brush.dabs.size(), 2u);
     const RecordingBrush::Dab& last = brush.dabs[1];
@@ -49,7 +49,7 @@ TEST_F(ImprintPlacing, FromItsCentreTheCopyGrowsFromThePress) {
     EXPECT_EQ(last.pressure, 0.5f);
     // A strength of 5 for the brush's radius of 0.5 is a length and grows with the copy.
     EXPECT_EQ(last.strength, 50.0f);
-    // The image's top points to the release.
+    // The image's top points towards the release.
     const Vector pixel = PixelOf(last.stampMatrix, {7.0f, 8.0f, 0.0f});
     EXPECT_NEAR(pixel.x, 3.5f, 1e-5f);
     EXPECT_NEAR(pixel.y, -0.5f, 1e-5f);
@@ -67,7 +67,7 @@ TEST_F(ImprintPlacing, AcrossTwoPointsTheCopyLiesBetweenThem) {
     EXPECT_NEAR(PixelOf(last.stampMatrix, {4.0f, 4.0f, 0.0f}).y, 7.5f, 1e-5f);
 }
 
-TEST_F(ImprintPlacing, APressAloneIsACopyOfTheBrushsSizeUpright) {
+TEST_F(ImprintPlacing, PressAloneGivesAnUprightCopyOfTheBrushSize) {
     for (const DrawMode mode : {DrawMode::FromCenter, DrawMode::AcrossPoints}) {
         Imprint(nullptr, mode, {{{4.0f, 4.0f, 0.0f}}});
         ASSERT_EQ(brush.dabs.size(), 1u);
@@ -77,7 +77,7 @@ TEST_F(ImprintPlacing, APressAloneIsACopyOfTheBrushsSizeUpright) {
     }
 }
 
-TEST_F(ImprintPlacing, InAViewDistancesAreThoseAtTheMiddle) {
+TEST_F(ImprintPlacing, InAViewDistancesAreMeasuredAtTheDepthOfTheMiddle) {
     const StrokeView view = ViewFromAbove();
     Imprint(&view, DrawMode::FromCenter, {{{300.0f, 300.0f, 0.0f}}, {{300.0f, 240.0f, 0.0f}}});
     ASSERT_EQ(brush.dabs.size(), 2u);
@@ -91,9 +91,9 @@ TEST_F(ImprintPlacing, InAViewDistancesAreThoseAtTheMiddle) {
     EXPECT_NEAR(brush.dabs[1].size, 2.5f, 1e-4f);
 }
 
-TEST_F(ImprintPlacing, ThePointerMayLeaveTheMeshButTheMiddleMayNot) {
+TEST_F(ImprintPlacing, PointerMayLeaveTheMeshButTheMiddleMayNot) {
     const StrokeView view = ViewFromAbove();
-    // x = 0 stands at pixel 240: the press is outside, the middle inside.
+    // x = 0 is at pixel 240: the press is outside, the middle inside.
     Imprint(&view, DrawMode::AcrossPoints, {{{200.0f, 300.0f, 0.0f}}, {{320.0f, 300.0f, 0.0f}}});
     ASSERT_EQ(brush.dabs.size(), 1u);
     EXPECT_NEAR(brush.dabs[0].position.x, 1.0f, 1e-4f);
@@ -105,7 +105,7 @@ TEST_F(ImprintPlacing, ThePointerMayLeaveTheMeshButTheMiddleMayNot) {
     EXPECT_TRUE(brush.dabs.empty());
 }
 
-TEST_F(ImprintPlacing, AWholeDragAtOnceLaysTheLastCopyAlone) {
+TEST_F(ImprintPlacing, WholeDragAtOnceAppliesOnlyTheLastCopy) {
     const std::vector<PathSample> samples = {
         {{4.0f, 4.0f, 0.0f}}, {{12.0f, 1.0f, 0.0f}}, {{7.0f, 8.0f, 0.0f}, 0.5f}};
     for (const DrawMode mode : {DrawMode::FromCenter, DrawMode::AcrossPoints}) {
@@ -128,7 +128,7 @@ TEST_F(ImprintPlacing, AWholeDragAtOnceLaysTheLastCopyAlone) {
     }
 }
 
-/// With the brush itself, on a sphere with two levels.
+/// The real brush on a sphere with two levels.
 class ImprintedSurface : public testing::Test {
 protected:
     ImprintedSurface() : bench(SphereQuads(3), 2) {
@@ -156,7 +156,7 @@ protected:
     std::unique_ptr<LoopBench> loop;
 };
 
-TEST_F(ImprintedSurface, OnlyTheLastPlacementStays) {
+TEST_F(ImprintedSurface, OnlyTheLastCopyRemains) {
     const auto before = BitsOf(bench.Mesh());
     for (const DrawMode mode : {DrawMode::FromCenter, DrawMode::AcrossPoints}) {
         Imprint(mode, direct);
@@ -167,14 +167,15 @@ TEST_F(ImprintedSurface, OnlyTheLastPlacementStays) {
         loop->tree.RefitAll();
         Imprint(mode, wandering);
         EXPECT_EQ(BitsOf(bench.Mesh()), expected);
-        EXPECT_EQ(bench.geometry->History().StepCount(), 1u) << "one step takes it back";
+        EXPECT_EQ(bench.geometry->History().StepCount(), 1u)
+            << "one undo step restores the surface";
         ASSERT_TRUE(bench.geometry->History().Undo(*bench.geometry));
         EXPECT_EQ(BitsOf(bench.Mesh()), before);
         loop->tree.RefitAll();
     }
 }
 
-TEST_F(ImprintedSurface, ThePickingTreeFollowsWhatIsPutBack) {
+TEST_F(ImprintedSurface, PickTreeFollowsTheReverts) {
     Imprint(DrawMode::FromCenter, wandering);
     const PatchTree fresh(bench.geometry->Bound());
     EXPECT_EQ(loop->tree.Bounds().maxX, fresh.Bounds().maxX);
@@ -193,7 +194,7 @@ TEST_F(ImprintedSurface, ThePickingTreeFollowsWhatIsPutBack) {
     }
 }
 
-TEST_F(ImprintedSurface, ALayerKeepsOnlyTheLastPlacementToo) {
+TEST_F(ImprintedSurface, LayerKeepsOnlyTheLastCopy) {
     SculptLayer& layer = bench.AddLayer();
     Imprint(DrawMode::FromCenter, wandering);
     const auto expected = BitsOf(bench.Mesh());
@@ -209,7 +210,7 @@ TEST_F(ImprintedSurface, ALayerKeepsOnlyTheLastPlacementToo) {
         ASSERT_EQ(layer.Offset(v), offsets[v]) << v;
 }
 
-TEST_F(ImprintedSurface, PuttingBackLeavesNoStepWhenNothingIsPlacedAfterIt) {
+TEST_F(ImprintedSurface, RevertingWithoutANewCopyLeavesNoUndoStep) {
     const auto before = BitsOf(bench.Mesh());
     loop->loop.Begin(BrushOperation::ModifierNone);
     loop->loop.Dab(loop->At({0.0f, 0.0f, 1.0f}, 0.3f, 0.2f));
@@ -221,7 +222,7 @@ TEST_F(ImprintedSurface, PuttingBackLeavesNoStepWhenNothingIsPlacedAfterIt) {
     EXPECT_EQ(loop->loop.Totals().verticesMoved, 0u);
 }
 
-TEST_F(ImprintedSurface, RenderersHearOfWhatIsPutBack) {
+TEST_F(ImprintedSurface, RenderersAreNotifiedOfReverts) {
     RecordingRenderer& renderer = bench.AddRenderer(0.0f);
     loop->loop.Begin(BrushOperation::ModifierNone);
     loop->loop.Dab(loop->At({0.0f, 0.0f, 1.0f}, 0.3f, 0.2f));
@@ -232,7 +233,7 @@ TEST_F(ImprintedSurface, RenderersHearOfWhatIsPutBack) {
     loop->loop.End();
 }
 
-TEST_F(ImprintedSurface, TheBrushsSettingTellsTheWayOfDrawing) {
+TEST_F(ImprintedSurface, BrushSettingSelectsTheDrawMode) {
     EXPECT_EQ(static_cast<DrawMode>(bench.brush->StrokeDrawMode()), DrawMode::FromCenter);
     bench.brush->drawFromCenter.SetValue(false, true);
     EXPECT_EQ(static_cast<DrawMode>(bench.brush->StrokeDrawMode()), DrawMode::AcrossPoints);

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Strokes while they are drawn: dabs come as soon as they are certain, and are those of the
-/// recorded stroke to the bit.
+/// \file Live strokes: dabs are applied as soon as they are final, and are bit-identical to those
+/// of the recorded stroke.
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/strokes/LiveStroke.h"
@@ -41,7 +40,7 @@ protected:
         settings.options = bench.Options(radius, spacing);
     }
 
-    /// What `draw(stroke)` draws, from press to release.
+    /// The dabs of `draw(stroke)`, from press to release.
     template <typename Draw>
     Dabs Drawn(Draw draw) {
         brush.dabs.clear();
@@ -56,7 +55,7 @@ protected:
     Dabs Recorded(const std::vector<PathSample>& samples) {
         return Drawn([&](LiveStroke& stroke) { stroke.Take(samples); });
     }
-    /// In pieces of 1 to `most` samples.
+    /// Adds the samples in pieces of 1 to `most` samples.
     Dabs InPieces(const std::vector<PathSample>& samples, std::size_t most, unsigned seed) {
         std::mt19937 random(seed);
         return Drawn([&](LiveStroke& stroke) {
@@ -69,7 +68,7 @@ protected:
             }
         });
     }
-    /// With a budget that each dab exceeds, so that each call applies one.
+    /// Uses a budget that each dab exceeds, so that each call applies one dab.
     Dabs WithoutTime(const std::vector<PathSample>& samples) {
         return Drawn([&](LiveStroke& stroke) {
             const std::size_t half = samples.size() / 2;
@@ -80,7 +79,7 @@ protected:
                 remain = stroke.Continue(LiveStroke::Budget::zero());
                 EXPECT_LE(stroke.Count(), before + 1);
             }
-            // Left to the release.
+            // The remaining dabs are applied at the release.
             stroke.Add({middle, samples.end()}, LiveStroke::Budget::zero());
         });
     }
@@ -91,14 +90,14 @@ protected:
             const Dabs dabs = InPieces(samples, most, static_cast<unsigned>(samples.size()));
             ASSERT_EQ(dabs.size(), expected.size()) << most;
             for (std::size_t i = 0; i < dabs.size(); ++i)
-                ASSERT_TRUE(SameBits(dabs[i], expected[i])) << i << " in pieces of " << most;
+                ASSERT_TRUE(SameBits(dabs[i], expected[i])) << i << " in pieces of up to " << most;
         }
         const Dabs oneByOne = WithoutTime(samples);
         ASSERT_EQ(oneByOne.size(), expected.size());
         for (std::size_t i = 0; i < oneByOne.size(); ++i)
-            ASSERT_TRUE(SameBits(oneByOne[i], expected[i])) << i << " with no time";
+            ASSERT_TRUE(SameBits(oneByOne[i], expected[i])) << i << " with no time budget";
     }
-    /// Every stream of a pen, and straight ways of a mouse.
+    /// Checks every recorded pen stream, and straight mouse strokes.
     void ExpectAllSame() {
         for (const char* name : streams) {
             SCOPED_TRACE(name);
@@ -106,7 +105,7 @@ protected:
         }
         ExpectSameInAnyPieces(Mouse());
     }
-    /// Whole pixels along straight lines, with a rest, and no pressure.
+    /// Samples at whole pixels along straight lines, with a pause and without pressure.
     static std::vector<PathSample> Mouse() {
         std::vector<PathSample> samples;
         double time = 1.0;
@@ -124,14 +123,14 @@ protected:
     LiveStrokeSettings settings;
 };
 
-TEST_F(LiveStrokeTest, AnyPiecesGiveTheDabsOfTheWhole) { ExpectAllSame(); }
+TEST_F(LiveStrokeTest, SplittingTheSamplesDoesNotChangeTheDabs) { ExpectAllSame(); }
 
-TEST_F(LiveStrokeTest, SoTheyDoUnfiltered) {
+TEST_F(LiveStrokeTest, SplittingUnfilteredSamplesDoesNotChangeTheDabs) {
     settings.isFiltered = false;
     ExpectAllSame();
 }
 
-TEST_F(LiveStrokeTest, SoTheyDoUnderEveryShape) {
+TEST_F(LiveStrokeTest, SplittingDoesNotChangeTheDabsOfAnyPathShape) {
     for (int shape = 0; shape < 7; ++shape) {
         SCOPED_TRACE(shape);
         settings.shape = {};
@@ -149,7 +148,7 @@ TEST_F(LiveStrokeTest, SoTheyDoUnderEveryShape) {
     }
 }
 
-TEST_F(LiveStrokeTest, SoDoTheAirbrushAndChanceAndStampsThatFollowTheStroke) {
+TEST_F(LiveStrokeTest, SplittingDoesNotChangeAirbrushRandomOrFollowingStampDabs) {
     brush.TakeStamp(16, 16);
     brush.BeTool("Knife");
     brush.strokeOptionD.SetValue(true, true);
@@ -167,7 +166,7 @@ TEST_F(LiveStrokeTest, SoDoTheAirbrushAndChanceAndStampsThatFollowTheStroke) {
     }
 }
 
-TEST_F(LiveStrokeTest, SoDoPlacesOnTheSurface) {
+TEST_F(LiveStrokeTest, SplittingSurfacePointsDoesNotChangeTheDabs) {
     settings.space = PathSpace::Surface;
     settings.isFiltered = false;
     std::vector<PathSample> samples;
@@ -180,12 +179,12 @@ TEST_F(LiveStrokeTest, SoDoPlacesOnTheSurface) {
     ExpectSameInAnyPieces(samples);
 }
 
-TEST_F(LiveStrokeTest, AStraightWayIsNotHeldBackUntilItTurns) {
+TEST_F(LiveStrokeTest, StraightSegmentIsNotDelayedUntilItTurns) {
     settings.isFiltered = false;
     Drawn([&](LiveStroke& stroke) {
         for (int i = 0; i <= 100; ++i) {
             stroke.Add(Sample(300.0f + 2.0f * static_cast<float>(i), 300.0f));
-            // 20 pixels are a unit, a dab each quarter of one; up to half a pixel is held back.
+            // 20 pixels are a unit, with a dab every quarter unit; up to half a pixel is delayed.
             if (i == 0) {
                 EXPECT_TRUE(brush.dabs.empty());
                 continue;
@@ -197,7 +196,7 @@ TEST_F(LiveStrokeTest, AStraightWayIsNotHeldBackUntilItTurns) {
     EXPECT_EQ(brush.dabs.size(), 41u);
 }
 
-TEST_F(LiveStrokeTest, TheFilterHoldsBackFiftyMilliseconds) {
+TEST_F(LiveStrokeTest, FilterDelaysByFiftyMilliseconds) {
     PointerFilter filter;
     const auto samples = Stream("clean");
     std::size_t out = 0;
@@ -205,9 +204,9 @@ TEST_F(LiveStrokeTest, TheFilterHoldsBackFiftyMilliseconds) {
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const auto certain = filter.Add({samples[i]});
         out += certain.size();
-        // 8 ms apart.
+        // Samples are 8 ms apart.
         if (i < 11) {
-            EXPECT_EQ(out, 0u) << "the press is not decided";
+            EXPECT_EQ(out, 0u) << "the press is not final yet";
             continue;
         }
         longest = std::max(longest, i + 1 - out);
@@ -235,14 +234,14 @@ TEST_F(LiveStrokeTest, SmoothingLagsByHalfItsLength) {
             const double behind =
                 2.0 * i - 20.0 * (static_cast<double>(brush.dabs.back().position.x) - 3.0);
             EXPECT_GE(behind, 19.9);
-            // A step of smoothing and the spacing.
+            // One step of smoothing plus the spacing.
             EXPECT_LE(behind, 20.0 + 2.5 + 5.0 + 2.0);
         }
     });
     EXPECT_EQ(brush.dabs.size(), 41u);
 }
 
-TEST_F(LiveStrokeTest, TheAirbrushGoesOnByTheTimesOfTicks) {
+TEST_F(LiveStrokeTest, AirbrushContinuesByTheTimesOfTicks) {
     settings.dynamics.airbrush = 10.0f;
     std::size_t resting = 0;
     const Dabs live = Drawn([&](LiveStroke& stroke) {
@@ -252,7 +251,7 @@ TEST_F(LiveStrokeTest, TheAirbrushGoesOnByTheTimesOfTicks) {
         stroke.Tick(2.0);
         resting = brush.dabs.size();
     });
-    // Up to 3.55 s, of which the filter holds 0.05 s back until the release.
+    // Up to 3.55 s, of which the filter delays 0.05 s until the release.
     EXPECT_EQ(resting, 5u);
     EXPECT_EQ(live.size(), 6u);
     std::vector<PathSample> samples{Sample(400, 300, 0.5f, 3.0)};
@@ -262,7 +261,7 @@ TEST_F(LiveStrokeTest, TheAirbrushGoesOnByTheTimesOfTicks) {
     for (std::size_t i = 0; i < live.size(); ++i) EXPECT_TRUE(SameBits(live[i], recorded[i])) << i;
 }
 
-TEST_F(LiveStrokeTest, ATickBringsOutWhatWasHeldBackForTime) {
+TEST_F(LiveStrokeTest, TickAppliesDabsDelayedByTheFilter) {
     std::size_t drawn = 0;
     Drawn([&](LiveStroke& stroke) {
         for (int i = 0; i <= 50; ++i)
@@ -275,7 +274,7 @@ TEST_F(LiveStrokeTest, ATickBringsOutWhatWasHeldBackForTime) {
     EXPECT_EQ(brush.dabs.size(), 21u);
 }
 
-TEST_F(LiveStrokeTest, ALineWaitsForItsEndAndHasAPreview) {
+TEST_F(LiveStrokeTest, LineWaitsForItsEndAndHasAPreview) {
     settings.shape.line = true;
     Drawn([&](LiveStroke& stroke) {
         for (int i = 0; i <= 20; ++i)
@@ -294,7 +293,7 @@ TEST_F(LiveStrokeTest, ALineWaitsForItsEndAndHasAPreview) {
     EXPECT_EQ(brush.dabs.size(), 21u);
 }
 
-TEST_F(LiveStrokeTest, ACurveWaitsForOneSampleMore) {
+TEST_F(LiveStrokeTest, CurveWaitsForOneMoreSample) {
     settings.isFiltered = false;
     settings.shape.curve = true;
     Drawn([&](LiveStroke& stroke) {
@@ -309,7 +308,7 @@ TEST_F(LiveStrokeTest, ACurveWaitsForOneSampleMore) {
     EXPECT_NEAR(brush.dabs.back().position.x, 10.5f, 1e-3f);
 }
 
-TEST_F(LiveStrokeTest, AnImprintFollowsThePenAndEndsWhereTheRecordedOneDoes) {
+TEST_F(LiveStrokeTest, ImprintFollowsThePenAndEndsWhereTheRecordedOneDoes) {
     brush.TakeStamp(16, 16);
     for (const char* name : streams) {
         for (const DrawMode mode : {DrawMode::FromCenter, DrawMode::AcrossPoints}) {
@@ -321,14 +320,14 @@ TEST_F(LiveStrokeTest, AnImprintFollowsThePenAndEndsWhereTheRecordedOneDoes) {
             const Dabs live = InPieces(samples, 3, 1);
             EXPECT_GT(live.size(), 50u);
             RecordingBrush::Dab last = live.back();
-            // The brush still knows the copy that was put back.
+            // The brush still holds the data of the reverted copy.
             last.previous = recorded.back().previous;
             EXPECT_TRUE(SameBits(last, recorded.back())) << name;
         }
     }
 }
 
-TEST_F(LiveStrokeTest, AnAbandonedStrokeTakesNothingMore) {
+TEST_F(LiveStrokeTest, AbandonedStrokeAcceptsNoMoreSamples) {
     brush.dabs.clear();
     bench.loop.Begin(BrushOperation::ModifierNone);
     LiveStroke stroke(bench.loop, bench.geometry, bench.tree, settings);
@@ -343,7 +342,7 @@ TEST_F(LiveStrokeTest, AnAbandonedStrokeTakesNothingMore) {
     bench.loop.End();
 }
 
-TEST_F(LiveStrokeTest, APathThatIsTooLongEndsTheStroke) {
+TEST_F(LiveStrokeTest, OverlongPathEndsTheStroke) {
     settings.isFiltered = false;
     brush.dabs.clear();
     bench.loop.Begin(BrushOperation::ModifierNone);

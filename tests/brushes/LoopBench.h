@@ -13,7 +13,7 @@
 
 namespace trovik::test {
 
-/// A brush that moves nothing and writes down what the stroke loop asks of it.
+/// A brush that moves nothing and records the calls of the stroke loop.
 class RecordingBrush : public BrushOperation {
 public:
     struct Dab {
@@ -38,26 +38,26 @@ public:
                   AxisAlignedBoundingBox& box) override;
     int StrokeDrawMode() const override { return drawMode; }
 
-    /// Makes a tool of this name active; it changes nothing but the name.
+    /// Sets the name of the active tool, and changes nothing else.
     void BeTool(const char* tool);
-    /// A stamp of so many pixels, switched on.
+    /// Enables a stamp of this many pixels.
     void TakeStamp(uint32_t width, uint32_t height);
 
     std::vector<Dab> dabs;
     std::vector<std::string> calls;
     int drawMode = 0;
-    /// ApplyDab throws when so many dabs have been made; 0: never.
+    /// ApplyDab throws after this many dabs; 0 means never.
     std::size_t throwAfter = 0;
 };
 
-/// A geometry, its tree and a loop with a brush that is not owned.
+/// A geometry, its tree, and a loop with a brush that the loop does not own.
 class LoopBench {
 public:
     LoopBench(BrushOperation& brush, const PolygonMesh& polygons, unsigned subdivisions = 0);
     LoopBench(BrushOperation& brush, LevelGeometry& geometry);
     ~LoopBench();
 
-    /// A dab at a place of the surface, world.
+    /// A dab at a point of the surface, in world space.
     StrokeDab At(const Vector& place, float radius = 1.0f, float strength = 1.0f) const;
     PathOptions Options(float radius, float spacing) const;
 
@@ -69,12 +69,12 @@ public:
 
 /// A grey image of these values, row by row.
 FloatImage GreyImage(uint32_t width, uint32_t height, const std::vector<float>& values);
-/// An image whose pixels all differ: (1 + number of the pixel) / 64.
+/// An image whose pixels all differ: (1 + index of the pixel) / 64.
 FloatImage NumberedImage(uint32_t width, uint32_t height);
-/// Switches a stamp on that comes from no file.
+/// Enables a stamp that does not come from a file.
 void SetStampImage(BrushOperation& brush, const FloatImage& image);
 
-/// The pixel of a mesh-local place.
+/// The pixel at a mesh-local position.
 Vector PixelOf(const Matrix& stampMatrix, const Vector& place);
 
 }  // namespace trovik::test

@@ -8,7 +8,7 @@
 
 namespace trovik::test {
 
-/// A grid of 16 x 16 units seen from above, along which paths lay dabs that move nothing.
+/// A grid of 16 x 16 units seen from above. Paths place dabs on it that move nothing.
 class PathBench {
 public:
     PathBench();
@@ -21,7 +21,8 @@ public:
                                                const DabDynamics& dynamics = {},
                                                uint64_t seed = 0);
 
-    /// Over the middle of the grid; 20 pixels are one unit, (400, 300) is the middle (8, 8).
+    /// A view of the middle of the grid; 20 pixels are one unit, and (400, 300) is the middle (8,
+    /// 8).
     static StrokeView FromAbove();
 
     RecordingBrush brush;
@@ -38,7 +39,7 @@ private:
 };
 
 PathSample Sample(float x, float y, float pressure = 1.0f, double time = 0.0);
-/// Each segment of a path in so many parts of equal length.
+/// Splits each segment of a path into this many parts of equal length.
 std::vector<PathSample> Finer(const std::vector<PathSample>& samples, int parts);
 
 }  // namespace trovik::test

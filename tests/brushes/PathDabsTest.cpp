@@ -19,7 +19,7 @@ protected:
         sample.tilt = {x, y, 0.0f};
         return sample;
     }
-    /// The same dabs, to within `bound` of a unit.
+    /// Expects the same dabs, to within `bound` of a unit.
     static void ExpectSame(const Dabs& dabs, const Dabs& expected, float bound) {
         ASSERT_EQ(dabs.size(), expected.size());
         for (std::size_t i = 0; i < dabs.size(); ++i) {
@@ -31,9 +31,9 @@ protected:
     }
 };
 
-TEST_F(PathDabsTest, TheWayOverACornerCounts) {
+TEST_F(PathDabsTest, ArcLengthAroundACornerCounts) {
     const Dabs dabs = OnSurface({Sample(2, 3), Sample(4.1f, 3), Sample(4.1f, 6)});
-    ASSERT_EQ(dabs.size(), 21u) << "5.1 units, a dab each 0.25";
+    ASSERT_EQ(dabs.size(), 21u) << "5.1 units, a dab every 0.25";
     for (std::size_t i = 0; i < dabs.size(); ++i) {
         const float way = 0.25f * static_cast<float>(i);
         const Vector expected =
@@ -42,8 +42,8 @@ TEST_F(PathDabsTest, TheWayOverACornerCounts) {
     }
 }
 
-TEST_F(PathDabsTest, WhatIsLeftIsCarriedOverFromSampleToSample) {
-    // Samples closer than the spacing, none a multiple of it.
+TEST_F(PathDabsTest, RemainderIsCarriedFromSampleToSample) {
+    // Samples closer than the spacing, at distances that are not multiples of it.
     std::vector<PathSample> samples;
     for (int i = 0; i <= 100; ++i) {
         const float x = 1.0f + 0.07f * static_cast<float>(i);
@@ -56,7 +56,7 @@ TEST_F(PathDabsTest, WhatIsLeftIsCarriedOverFromSampleToSample) {
     EXPECT_EQ(dabs.size(), static_cast<std::size_t>(whole / 0.25) + 1);
 }
 
-TEST_F(PathDabsTest, ADabStandsAtTheEndOfAWayThatIsAMultipleOfTheSpacing) {
+TEST_F(PathDabsTest, PathOfAMultipleOfTheSpacingEndsWithADab) {
     for (const int count : {1, 3, 17, 40}) {
         const float length = 0.25f * static_cast<float>(count);
         const Dabs dabs = OnSurface({Sample(2, 3), Sample(2.0f + length, 3)});
@@ -65,7 +65,7 @@ TEST_F(PathDabsTest, ADabStandsAtTheEndOfAWayThatIsAMultipleOfTheSpacing) {
     }
 }
 
-TEST_F(PathDabsTest, ASampleMoreOnTheStraightWayChangesNoBit) {
+TEST_F(PathDabsTest, ExtraSampleOnAStraightSegmentChangesNoBit) {
     const std::vector<PathSample> plain{Sample(100, 200, 0.25f), Sample(612, 328, 0.75f)};
     const Dabs expected = InView(plain);
     ASSERT_GT(expected.size(), 40u);
@@ -79,7 +79,7 @@ TEST_F(PathDabsTest, ASampleMoreOnTheStraightWayChangesNoBit) {
     }
 }
 
-TEST_F(PathDabsTest, DabsDependOnThePathAndNotOnItsSamples) {
+TEST_F(PathDabsTest, DabsDependOnThePathNotOnItsSamples) {
     std::mt19937 random(11);
     const auto share = [&] { return static_cast<float>(random() % 10000) * 1e-4f; };
     brush.strokeOptionD.SetValue(true, true);
@@ -119,7 +119,7 @@ TEST_F(PathDabsTest, SlowAndFastStrokesAreTheSame) {
     ExpectSame(slow, expected, 1e-5f);
 }
 
-TEST_F(PathDabsTest, PressureShapesStrengthAndSizeByItsCurves) {
+TEST_F(PathDabsTest, PressureCurvesScaleStrengthAndSize) {
     brush.strokeOptionD.SetValue(true, true);
     DabDynamics dynamics;
     dynamics.strengthCurve = PressureCurve({{0.0f, 0.0f}, {1.0f, 0.5f}});
@@ -130,15 +130,16 @@ TEST_F(PathDabsTest, PressureShapesStrengthAndSizeByItsCurves) {
         const float p = (dabs[i].position.x - 2.0f) * 0.1f;
         EXPECT_NEAR(dabs[i].pressure, 0.5f * p, 1e-4f);
         EXPECT_NEAR(dabs[i].size, 0.5f * (0.5f + 0.5f * p), 1e-4f);
-        // A length in proportion to the radius, as this brush's strength is one.
+        // A length in proportion to the radius, since the strength of this brush is a length.
         EXPECT_NEAR(dabs[i].strength, 10.0f * 0.5f * p * dabs[i].size / 0.5f, 1e-3f);
         if (i == 0) continue;
         const float apart = dabs[i].position.x - dabs[i - 1].position.x;
-        EXPECT_NEAR(apart, 0.5f * dabs[i - 1].size, 1e-4f) << "the spacing goes with the size";
+        EXPECT_NEAR(apart, 0.5f * dabs[i - 1].size, 1e-4f)
+            << "the spacing is proportional to the size";
     }
 }
 
-TEST_F(PathDabsTest, WithoutPressureADabIsAHundredthOfTheBrush) {
+TEST_F(PathDabsTest, ZeroPressureGivesAHundredthOfTheBrushSize) {
     brush.strokeOptionD.SetValue(true, true);
     const Dabs dabs = OnSurface({Sample(5, 5, 0.0f)});
     ASSERT_EQ(dabs.size(), 1u);
@@ -147,7 +148,7 @@ TEST_F(PathDabsTest, WithoutPressureADabIsAHundredthOfTheBrush) {
     EXPECT_FLOAT_EQ(OnSurface({Sample(5, 5, 0.0f)})[0].size, 0.2f);
 }
 
-TEST_F(PathDabsTest, ALeaningPenMakesLargerAndWeakerDabs) {
+TEST_F(PathDabsTest, TiltedPenMakesLargerAndWeakerDabs) {
     DabDynamics dynamics;
     dynamics.tiltToSize = 1.0f;
     dynamics.tiltToStrength = -0.5f;
@@ -159,18 +160,18 @@ TEST_F(PathDabsTest, ALeaningPenMakesLargerAndWeakerDabs) {
     EXPECT_NEAR(leaning[0].strength, 10.0f * 1.5f * 0.75f, 1e-4f);
 }
 
-TEST_F(PathDabsTest, TheStampsTopPointsWhereThePenLeansTo) {
+TEST_F(PathDabsTest, StampTopPointsInTheDirectionOfTheTilt) {
     brush.TakeStamp(64, 64);
     DabDynamics dynamics;
     dynamics.tiltTurnsStamp = true;
-    // To the right of the viewport, which is the grid's x: the image's top row is
-    // row 0, and pixels have their middles at whole numbers.
+    // To the right of the viewport, which is the grid's x. The image's top row is row 0, and pixel
+    // centres are at integers.
     const Dabs right = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);
     const Vector place = right[0].hit.position;
     const Vector ahead = PixelOf(right[0].stampMatrix, place + Vector(0.25f, 0.0f, 0.0f));
     EXPECT_NEAR(ahead.x, 31.5f, 1e-2f);
     EXPECT_NEAR(ahead.y, 15.5f, 1e-2f);
-    // To the bottom of the viewport, which is against the grid's y.
+    // To the bottom of the viewport, which is opposite to the grid's y.
     const Dabs down = InView({Leaning(Sample(400, 300), 0.0f, 0.6f)}, dynamics);
     const Vector below = PixelOf(down[0].stampMatrix, place + Vector(0.0f, -0.25f, 0.0f));
     EXPECT_NEAR(below.y, 15.5f, 1e-2f);
@@ -201,10 +202,10 @@ TEST_F(PathDabsTest, RandomSizesFollowFromTheSeed) {
     EXPECT_NE(OnSurface(samples, dynamics, 2)[0].size, dabs[0].size);
 }
 
-TEST_F(PathDabsTest, TheAirbrushLaysDabsWhileThePenRests) {
+TEST_F(PathDabsTest, AirbrushAppliesDabsWhileThePenIsStationary) {
     DabDynamics dynamics;
     dynamics.airbrush = 10.0f;
-    // One dab at the press, one each 0.1 s up to 0.55 s, whatever the samples between.
+    // One dab at the press and one every 0.1 s up to 0.55 s, independent of the samples between.
     const Dabs rest = InView({Sample(400, 300, 0.5f, 3.0), Sample(400, 300, 1.0f, 3.55)}, dynamics);
     ASSERT_EQ(rest.size(), 6u);
     for (std::size_t i = 0; i < 6; ++i) {
@@ -218,10 +219,10 @@ TEST_F(PathDabsTest, TheAirbrushLaysDabsWhileThePenRests) {
     EXPECT_EQ(InView(samples, dynamics).size(), 1u);
 }
 
-TEST_F(PathDabsTest, TheAirbrushIsSilentUnderAFastPenAndFillsASlowOne) {
+TEST_F(PathDabsTest, AirbrushAddsDabsToASlowPenButNotToAFastOne) {
     DabDynamics dynamics;
     dynamics.airbrush = 10.0f;
-    // 10 units: 40 spacings. In a second each takes 0.025 s.
+    // 10 units are 40 spacings. Within a second each takes 0.025 s.
     const auto draw = [&](double seconds) {
         return InView({Sample(300, 300, 1, 0), Sample(500, 300, 1, seconds)}, dynamics);
     };
@@ -235,15 +236,15 @@ TEST_F(PathDabsTest, TheAirbrushIsSilentUnderAFastPenAndFillsASlowOne) {
     ExpectSame(finer, slow, 1e-3f);
 }
 
-TEST_F(PathDabsTest, ARadiusInPixelsIsMeasuredAtTheDepthOfTheDab) {
+TEST_F(PathDabsTest, RadiusInPixelsIsMeasuredAtTheDepthOfTheDab) {
     DabDynamics dynamics;
     dynamics.radiusPixels = 30.0f;
     EXPECT_NEAR(InView({Sample(400, 300)}, dynamics)[0].size, 1.5f, 1e-4f);
     EXPECT_NEAR(OnSurface({Sample(3, 3)}, dynamics)[0].size, 1.5f, 1e-4f);
-    // Twice as near, each pixel is half as wide.
+    // At half the distance each pixel is half as wide.
     view.eye.z *= 0.5f;
     EXPECT_NEAR(InView({Sample(400, 300)}, dynamics)[0].size, 0.75f, 1e-4f);
-    // Seen at an angle the far end has the larger dabs, and the wider spacing.
+    // Seen at an angle, the far end has the larger dabs and the wider spacing.
     view.eye = {8.0f, -14.0f, 12.0f};
     const Dabs dabs = InView({Sample(400, 500), Sample(400, 150)}, dynamics);
     ASSERT_GT(dabs.size(), 6u);
@@ -255,7 +256,7 @@ TEST_F(PathDabsTest, ARadiusInPixelsIsMeasuredAtTheDepthOfTheDab) {
     EXPECT_GT(dabs.back().size, 1.3f * dabs.front().size);
 }
 
-TEST_F(PathDabsTest, OffTheMeshThereAreNoDabsAndNothingIsCarriedOver) {
+TEST_F(PathDabsTest, OffTheMeshThereAreNoDabsAndNoRemainderIsCarried) {
     const Dabs dabs = InView({Sample(500, 300), Sample(700, 300), Sample(500, 290)});
     float widest = 0.0f;
     std::size_t back = 0;
@@ -265,12 +266,12 @@ TEST_F(PathDabsTest, OffTheMeshThereAreNoDabsAndNothingIsCarriedOver) {
     }
     EXPECT_LE(widest, 16.0f);
     ASSERT_NE(back, 0u);
-    EXPECT_NEAR(dabs[back].position.x, 16.0f, 0.03f) << "a dab where the path comes back";
+    EXPECT_NEAR(dabs[back].position.x, 16.0f, 0.03f) << "a dab where the path returns to the mesh";
     EXPECT_TRUE(InView({Sample(10, 10), Sample(100, 20)}).empty());
     EXPECT_TRUE(InView({}).empty());
 }
 
-TEST_F(PathDabsTest, SmallestSpacingsComeToAnEnd) {
+TEST_F(PathDabsTest, SmallestSpacingsTerminate) {
     spacing = minSpacing;
     radius = 0.5f;
     const Dabs dabs = InView({Sample(400, 300), Sample(401, 300)});

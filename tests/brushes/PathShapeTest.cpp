@@ -17,7 +17,7 @@ std::vector<PathSample> Through(const std::vector<Vector>& places) {
     return samples;
 }
 
-/// The largest distance of places at equal shares of both paths.
+/// The largest distance between points at equal fractions of both paths.
 float Apart(const std::vector<PathSample>& a, const std::vector<PathSample>& b) {
     const ArcPath first(a);
     const ArcPath second(b);
@@ -55,7 +55,7 @@ std::vector<PathSample> Snapped(const std::vector<PathSample>& samples,
     return Shaped(samples, shape);
 }
 
-TEST(SmoothedPath, AStraightWayStaysAndKeepsItsPressure) {
+TEST(SmoothedPath, StraightPathAndItsPressureStayUnchanged) {
     const auto path = Smoothed({Sample(10, 20, 0.0f), Sample(110, 20, 1.0f)}, 30.0f);
     ASSERT_GT(path.size(), 40u);
     for (const PathSample& sample : path) {
@@ -66,18 +66,18 @@ TEST(SmoothedPath, AStraightWayStaysAndKeepsItsPressure) {
     EXPECT_EQ(path.back().place, Vector(110, 20, 0));
 }
 
-TEST(SmoothedPath, ACornerIsRoundedByAParabola) {
-    // At the corner the mean is that of the last ten units before it and the first ten behind it,
-    // each 5 away on average and of half the weight.
+TEST(SmoothedPath, CornerBecomesAParabola) {
+    // At the corner the mean covers the last ten units before it and the first ten after it, each 5
+    // away on average and of half the weight.
     const ArcPath path(Smoothed(Through({{0, 0, 0}, {100, 0, 0}, {100, 100, 0}}), 20.0f));
     float nearest = 100.0f;
     for (const PathSample& sample : path.Knots())
         nearest = std::min(nearest, (sample.place - Vector(97.5f, 2.5f, 0)).Length());
     EXPECT_LT(nearest, 1e-3f);
-    EXPECT_TRUE(path.Corners().empty() || path.Corners().size() > 8) << "no single kink is left";
+    EXPECT_TRUE(path.Corners().empty() || path.Corners().size() > 8) << "no sharp corner is left";
 }
 
-TEST(SmoothedPath, AZigzagOfTheHandShrinks) {
+TEST(SmoothedPath, ZigzagShrinks) {
     std::vector<Vector> zigzag;
     for (int i = 0; i <= 200; ++i)
         zigzag.emplace_back(static_cast<float>(i), i % 2 == 0 ? 1.0f : -1.0f, 0.0f);
@@ -96,17 +96,19 @@ TEST(SmoothedPath, DoesNotDependOnTheNumberOfSamples) {
         EXPECT_LT(Apart(Smoothed(Finer(rough, parts), 25.0f), path), 2e-4f) << parts;
 }
 
-TEST(SteadyStroke, TheBrushFollowsOnceTheStringIsTaut) {
+TEST(SteadyStroke, BrushFollowsAtTheLengthOfTheStabiliser) {
     const auto path = OnString(Through({{0, 0, 0}, {100, 0, 0}}), 30.0f);
     EXPECT_EQ(path.front().place, Vector(0, 0, 0));
-    EXPECT_NEAR(path.back().place.x, 70.0f, 1e-4f) << "a string's length behind, with no jump";
+    EXPECT_NEAR(path.back().place.x, 70.0f, 1e-4f)
+        << "one stabiliser length behind, without a jump";
     for (std::size_t i = 1; i < path.size(); ++i)
         EXPECT_LE((path[i].place - path[i - 1].place).Length(), 30.0f / 16.0f + 1e-4f);
 }
 
-TEST(SteadyStroke, AroundACornerTheWayIsATractrix) {
-    // The string lies along x when the pen turns off square to it. Down a tractrix the depth is
-    // L tanh(d / L) short of the way d, and the distance aside L / cosh(d / L).
+TEST(SteadyStroke, PathAroundACornerIsATractrix) {
+    // The stabiliser's line lies along x when the pen turns off at a right angle. Along a tractrix
+    // the depth is L tanh(d / L) less than the distance d, and the lateral distance is L / cosh(d /
+    // L).
     const float L = 20.0f;
     const auto path = OnString(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);
     const float d = 45.0f / L;
@@ -114,7 +116,7 @@ TEST(SteadyStroke, AroundACornerTheWayIsATractrix) {
     EXPECT_NEAR(path.back().place.y, 45.0f - L * std::tanh(d), 1e-3f);
 }
 
-TEST(SteadyStroke, ABackAndForthWithinTheStringMovesNothing) {
+TEST(SteadyStroke, MotionWithinTheStabiliserLengthMovesNothing) {
     const auto path =
         OnString(Through({{0, 0, 0}, {50, 0, 0}, {20, 0, 0}, {45, 3, 0}, {30, -4, 0}}), 20.0f);
     EXPECT_NEAR(path.back().place.x, 30.0f, 1e-3f);
@@ -129,7 +131,7 @@ TEST(SteadyStroke, DoesNotDependOnTheNumberOfSamples) {
         EXPECT_LT(Apart(OnString(Finer(rough, parts), 18.0f), path), 2e-4f) << parts;
 }
 
-TEST(SteadyStroke, TimeGoesOnWhileTheBrushStands) {
+TEST(SteadyStroke, TimeContinuesWhileTheBrushIsStationary) {
     const auto path =
         OnString({Sample(0, 0, 1, 0), Sample(50, 0, 1, 1), Sample(50, 0, 1, 5)}, 20.0f, true);
     const ArcPath way(path, true);
@@ -138,7 +140,7 @@ TEST(SteadyStroke, TimeGoesOnWhileTheBrushStands) {
     EXPECT_EQ(way.Knots().back().time, 5.0);
 }
 
-TEST(StraightLine, GoesFromThePressToTheReleaseWithThePressuresOfTheWay) {
+TEST(StraightLine, RunsFromPressToReleaseWithTheRecordedPressures) {
     const auto line = Straightened(
         {Sample(0, 0, 0.0f), Sample(30, 40, 1.0f), Sample(100, 40, 0.5f), Sample(120, 0, 0)});
     ASSERT_EQ(line.size(), 4u);
@@ -149,7 +151,7 @@ TEST(StraightLine, GoesFromThePressToTheReleaseWithThePressuresOfTheWay) {
     EXPECT_EQ(line[3].place, Vector(120, 0, 0));
 }
 
-TEST(CurveThroughPoints, MeetsEachWithoutAKink) {
+TEST(CurveThroughPoints, PassesThroughEachPointSmoothly) {
     const auto points = Through({{0, 0, 0}, {10, 30, 0}, {60, 35, 0}, {62, 30, 0}, {90, 0, 0}});
     const auto curve = CurveThrough(points);
     EXPECT_EQ(curve.size(), 4u * 64u + 1u);
@@ -163,7 +165,7 @@ TEST(CurveThroughPoints, MeetsEachWithoutAKink) {
     }
 }
 
-TEST(CurveThroughPoints, IsStraightThroughPlacesOnALine) {
+TEST(CurveThroughPoints, IsStraightThroughCollinearPoints) {
     const auto curve = CurveThrough({Sample(0, 0, 0.0f),
                                      Sample(10, 10, 1.0f),
                                      Sample(10, 10, 0.3f),
@@ -175,8 +177,8 @@ TEST(CurveThroughPoints, IsStraightThroughPlacesOnALine) {
     EXPECT_EQ(CurveThrough(Through({{0, 0, 0}, {5, 0, 0}})).size(), 2u);
 }
 
-TEST(SnapToCurve, HoldsThePenOnTheCurveWhereItComesNear) {
-    // A hand that wavers along y = 50, and leaves.
+TEST(SnapToCurve, SnapsThePenToANearbyCurve) {
+    // A hand that wavers along y = 50 and then leaves.
     std::vector<Vector> hand;
     for (int i = 0; i <= 100; ++i)
         hand.emplace_back(
@@ -189,18 +191,19 @@ TEST(SnapToCurve, HoldsThePenOnTheCurveWhereItComesNear) {
             EXPECT_EQ(sample.place.y, 50.0f);
         }
         if (sample.place.y == 50.0f) ++held;
-        EXPECT_FALSE(sample.place.y > 50.0f && sample.place.y <= 57.9f) << "on the curve, or free";
+        EXPECT_FALSE(sample.place.y > 50.0f && sample.place.y <= 57.9f)
+            << "on the curve, or unaffected";
     }
     EXPECT_GT(held, 100u);
     EXPECT_EQ(path.back().place, Vector(200, 100, 0));
 }
 
-TEST(SnapToCurve, FarFromTheCurveThePathStays) {
+TEST(SnapToCurve, PathFarFromTheCurveStaysUnchanged) {
     const auto rough = Through({{0, 0, 0}, {60, 10, 0}, {50, 80, 0}});
     EXPECT_LT(Apart(Snapped(rough, {{0, 200, 0}, {300, 200, 0}}, 20.0f), rough), 1e-4f);
 }
 
-TEST(ShapedPath, WithoutAnyShapeIsWhatItWas) {
+TEST(ShapedPath, PathWithoutAShapeStaysUnchanged) {
     const auto rough = Through({{0, 0, 0}, {60, 10, 0}, {50, 80, 0}});
     const auto same = Shaped(rough, PathShape());
     ASSERT_EQ(same.size(), rough.size());

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Pens and the paths of strokes as stroke scripts tell them.
+/// \file Pen strokes and stroke paths in stroke scripts.
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/jobs/JobControl.h"
@@ -28,8 +27,8 @@ class PenScript : public testing::Test {
 protected:
     PenScript() { folder.Fill("quad.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n"); }
 
-    /// Runs steps on a square of 32 x 32 quads; 200 pixels are one unit, (300, 300) is its middle.
-    /// \return a number that tells the exported bits.
+    /// Runs steps on a square of 32 x 32 quads; 200 pixels are one unit, and (300, 300) is its
+    /// middle. \return a hash of the exported bytes.
     std::size_t Run(const std::string& steps) {
         const std::string script =
             folder.Fill("script.json",
@@ -41,7 +40,7 @@ protected:
         result = ScriptRunner(script, folder.Path("out"), {}).Run();
         return std::hash<std::string>()(TemporaryFolder::Content(folder.Path("out/out.ply")));
     }
-    /// The dabs of a brush that leaves the square flat.
+    /// The number of dabs of a brush that leaves the square flat.
     uint64_t DabsOf(const std::string& steps) {
         Run(Set(R"("strength": 0)") + steps);
         return result.totals.dabs;
@@ -64,7 +63,7 @@ constexpr const char* pen =
     R"("pen": [[200, 300, 0.1, 0], [250, 310, 0.6, 40], [300, 290, 0.7, 90], [400, 300, 0.2, 160]])";
 constexpr const char* pointer = R"("pointer": [[200, 300], [300, 200], [400, 300]])";
 
-TEST_F(PenScript, APenMayStandInAFile) {
+TEST_F(PenScript, PenStreamCanBeReadFromAFile) {
     const std::size_t inlined = Run(Stroke(pen));
     folder.Fill("stroke.json",
                 R"({"description": "a hand", "samples": [[200, 300, 0.1, 0], [250, 310, 0.6, 40],
@@ -73,7 +72,7 @@ TEST_F(PenScript, APenMayStandInAFile) {
     EXPECT_GT(result.totals.verticesMoved, 100u);
 }
 
-TEST_F(PenScript, APensStrokeIsSmoothedByTheToolAndPlacesOfScriptsAreNot) {
+TEST_F(PenScript, PenStrokesAreSmoothedByTheToolAndScriptPointsAreNot) {
     const std::size_t smooth = Run(Stroke(pen));
     const std::size_t plain = Run(Stroke(std::string(pen) + R"(, "path": {"smoothing": 0})"));
     EXPECT_NE(smooth, plain);
@@ -86,13 +85,13 @@ TEST_F(PenScript, APensStrokeIsSmoothedByTheToolAndPlacesOfScriptsAreNot) {
     EXPECT_EQ(Run(Set(R"("smoothing": 0.3, "steady": 0.1)") + Stroke(pointer)), exact);
 }
 
-TEST_F(PenScript, TheStringOfTheToolIsTheOneOfThePath) {
+TEST_F(PenScript, StabiliserOfTheToolEqualsThatOfThePath) {
     const std::size_t held = Run(Set(R"("steady": 0.1)") + Stroke(pen));
     EXPECT_NE(held, Run(Stroke(pen)));
     EXPECT_EQ(Run(Stroke(std::string(pen) + R"(, "path": {"steady": 60})")), held);
 }
 
-TEST_F(PenScript, TheFilterIsOnUnlessItIsTurnedOff) {
+TEST_F(PenScript, FilterIsOnByDefault) {
     const std::string blot =
         R"("pen": [[200, 300, 1, 0], [204, 300, 0.125, 8], [208, 300, 0.1875, 16],
         [300, 300, 0.5, 160]])";
@@ -106,23 +105,23 @@ TEST_F(PenScript, TheFilterIsOnUnlessItIsTurnedOff) {
                 HasSubstr("/steps/1/stroke/path/filter: only pen samples can be filtered"));
 }
 
-TEST_F(PenScript, AnEmptyPathMeasuresRoundCorners) {
-    // 282.8 pixels are 1.414 units; a dab each 0.05.
+TEST_F(PenScript, EmptyPathMeasuresArcLengthAroundCorners) {
+    // 282.8 pixels are 1.414 units, with a dab every 0.05.
     EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {})")), 29u);
     EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {"line": true})")), 21u);
     EXPECT_NE(Run(Stroke(std::string(pointer) + R"(, "path": {"curve": true})")),
               Run(Stroke(std::string(pointer) + R"(, "path": {})")));
     const std::string surface = R"("surface": [[-0.5, 0, 0], [0, 0.5, 0], [0.5, 0, 0]], "path": {)";
     EXPECT_EQ(DabsOf(Stroke(surface + "}")), 29u);
-    // The weight goes 0.5 to where the string is square to the new way, and L ln cosh(d / L) down
-    // the tractrix: 1.064 together.
+    // The brush moves 0.5 until the stabiliser's line is perpendicular to the new direction, and L
+    // ln cosh(d / L) along the tractrix: 1.064 together.
     EXPECT_EQ(DabsOf(Stroke(surface + R"("steady": 0.2071068})")), 22u);
     EXPECT_EQ(DabsOf(Stroke(surface + R"("snap": {"curve": [[-1, 0, 0], [1, 0, 0]],
                                                   "distance": 2}})")),
               21u);
 }
 
-TEST_F(PenScript, MoreSamplesOnTheSameWayGiveTheSameBits) {
+TEST_F(PenScript, MoreSamplesOnTheSamePathGiveTheSameBits) {
     const std::string more = R"(, "path": {})";
     const std::size_t few =
         Run(Stroke(R"("pointer": [[120, 460, 0.25], [376, 204, 0.75]])" + more));
@@ -147,13 +146,13 @@ TEST_F(PenScript, PressureCurvesRandomSizesAndPixelsShapeDabs) {
                   Set(R"("strengthCurve": null)") + Stroke(pen)),
               plain);
     EXPECT_EQ(Run(Set(R"("radiusPixels": 50)") + Set(R"("radius": 0.2)") + Stroke(pen)), plain);
-    // 40 pixels are 0.2 units in the plane through the middle of the view: a fifth more dabs under
-    // a brush smaller by a fifth.
+    // 40 pixels are 0.2 units in the plane through the middle of the view. A brush smaller by a
+    // fifth gives a fifth more dabs.
     EXPECT_EQ(DabsOf(Set(R"("radiusPixels": 40)") + Stroke(pointer)), 29u);
     EXPECT_EQ(DabsOf(Set(R"("radiusPixels": 32)") + Stroke(pointer)), 36u);
 }
 
-TEST_F(PenScript, TheAirbrushGoesByTheTimesOfThePen) {
+TEST_F(PenScript, AirbrushUsesTheTimesOfThePen) {
     const std::string rest =
         R"("pen": [[300, 300, 0.5, 100], [300, 300, 0.5, 500], [300, 300, 0.5, 1150]])";
     EXPECT_EQ(DabsOf(Stroke(rest)), 1u);
@@ -171,7 +170,7 @@ TEST_F(PenScript, TiltMakesDabsLarger) {
     EXPECT_EQ(Run(tilt + Stroke(upright)), Run(Stroke(upright)));
 }
 
-TEST_F(PenScript, ErrorsNameThePlace) {
+TEST_F(PenScript, ErrorsNameTheLocation) {
     const std::string path = pointer + std::string(R"(, "path": )");
     EXPECT_THAT(ErrorOf(Stroke(path + R"({"line": true, "curve": true})")),
                 HasSubstr("/steps/1/stroke/path: \"line\" and \"curve\" cannot be combined"));
@@ -203,7 +202,7 @@ TEST_F(PenScript, ErrorsNameThePlace) {
         HasSubstr("/steps/1/set/radiusPixels: \"radius\" and \"radiusPixels\" cannot be combined"));
 }
 
-TEST_F(PenScript, PathsThatAreTooLongAreRefusedWithTheSample) {
+TEST_F(PenScript, OverlongPathsAreRefusedNamingTheSample) {
     const std::string fine = R"(the maximum for a stroke is 10000000)";
     for (const char* path : {"", R"(, "path": {})", R"(, "path": {"steady": 60})"}) {
         SCOPED_TRACE(path);
@@ -230,7 +229,7 @@ TEST_F(PenScript, PathsThatAreTooLongAreRefusedWithTheSample) {
     folder.Fill("far.json", R"({"samples": [[0, 0, 1, 0], [0, 1e30, 1, 8]]})");
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "far.json")")),
                 HasSubstr("/steps/1/stroke/pen: sample 1: [0, 1e+30] is more than"));
-    // The shape of a path takes steps of its own.
+    // The shape of a path has its own step length.
     for (const char* path : {R"({"steady": 1e-6})",
                              R"({"smoothing": 1e-6})",
                              R"({"snap": {"curve": [[0, 0], [9, 9]], "distance": 1e-6}})"}) {
@@ -239,10 +238,10 @@ TEST_F(PenScript, PathsThatAreTooLongAreRefusedWithTheSample) {
                     HasSubstr("/steps/1/stroke/pointer: the path takes 2.26274e+09 steps of "
                               "6.25e-08 for "));
     }
-    EXPECT_EQ(DabsOf(Stroke(pointer)), 29u) << "the limits leave ordinary paths alone";
+    EXPECT_EQ(DabsOf(Stroke(pointer)), 29u) << "the limits do not affect ordinary paths";
 }
 
-TEST_F(PenScript, ThePathIsMeasuredByTheRadiusThatIsUsed) {
+TEST_F(PenScript, PathIsMeasuredByTheEffectiveRadius) {
     const char* reason =
         "steps of 2.5e-10 pixels (radius 1e-09 pixels, spacing 25 percent); the maximum for a "
         "stroke is";
@@ -254,11 +253,11 @@ TEST_F(PenScript, ThePathIsMeasuredByTheRadiusThatIsUsed) {
     for (const char* path : {"", R"(, "path": {})"})
         EXPECT_THAT(ErrorOf(Set(R"("radius": 1e-9)") + Stroke(pointer + std::string(path))),
                     HasSubstr("(radius 1e-09, spacing 25 percent); the maximum for a stroke is"));
-    // One dab needs no path.
+    // A single dab does not need a path.
     EXPECT_EQ(DabsOf(tiny + Stroke(R"("pointer": [[300, 300]])")), 1u);
 }
 
-TEST_F(PenScript, SpacingsHaveOneRangeEverywhere) {
+TEST_F(PenScript, SpacingsHaveTheSameRangeEverywhere) {
     EXPECT_THAT(ErrorOf(Set(R"("spacing": 0.09)") + Stroke(pointer)),
                 HasSubstr("/steps/1/set/spacing: "));
     EXPECT_EQ(DabsOf(Set(R"("spacing": 0.1)") + Stroke(R"("pointer": [[300, 300]])")), 1u);
@@ -269,8 +268,8 @@ TEST_F(PenScript, SpacingsHaveOneRangeEverywhere) {
     EXPECT_NO_THROW(CheckSpacing(minSpacing));
 }
 
-TEST_F(PenScript, WalksCanBeStoppedWhereTheyApplyNoDab) {
-    // All of them off the mesh; without a stop they take seconds to minutes.
+TEST_F(PenScript, WalksWithoutDabsCanBeCancelled) {
+    // All of them are off the mesh; without cancellation they take seconds to minutes.
     for (
         const char* stroke :
         {R"("pointer": [[-9, 0], [-9, 4e6]])",
@@ -288,7 +287,7 @@ TEST_F(PenScript, WalksCanBeStoppedWhereTheyApplyNoDab) {
         class StrokeJob : public JobControl {
         public:
             explicit StrokeJob(const bool& stroking) : isStroke(stroking) {}
-            // The first report comes before the step.
+            // The first report precedes the step.
             bool Report(uint64_t, uint64_t, const char*) override {
                 return !isStroke || ++asked <= 2;
             }
@@ -306,7 +305,7 @@ TEST_F(PenScript, WalksCanBeStoppedWhereTheyApplyNoDab) {
     }
 }
 
-TEST_F(PenScript, AFailedScriptLeavesNoListenerBehind) {
+TEST_F(PenScript, FailedScriptLeavesNoListener) {
     std::vector<std::string> own;
     const HUDListening listening([&own](const std::string& text) { own.push_back(text); });
     const auto show = [](const char* text) {
@@ -328,7 +327,7 @@ TEST_F(PenScript, AFailedScriptLeavesNoListenerBehind) {
     EXPECT_EQ(own, std::vector<std::string>{"after"});
 }
 
-TEST(PenStream, FilesThatAreNoneAreRefusedWithThePlace) {
+TEST(PenStream, InvalidFilesAreRefusedNamingTheLocation) {
     const auto error = [](const std::string& text) {
         return MessageOf<HostError>([&] { ParsePenStream(text, "pen.json"); });
     };

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Recorded pointer streams with the faults of pens and drivers. A stroke is clean when it has the
-/// dabs of the stroke without faults: as many but for one, each within a quarter of the spacing of
-/// its place and within 0.06 of its pressure.
+/// \file Recorded pointer streams with the faults of pens and drivers. A filtered stroke passes if
+/// its dabs match those of the stroke without faults: the same number give or take one, each within
+/// a quarter of the spacing of its position and within 0.06 of its pressure.
 #include "framework/script/PenStream.h"
 #include "framework/strokes/PointerFilter.h"
 #include "tests/SourceFolder.h"
@@ -33,7 +32,7 @@ protected:
         float pressure = 0.0f;
         std::size_t count = 0;
     };
-    /// How far the stroke is from the one without faults, dab by dab.
+    /// The differences from the stroke without faults, dab by dab.
     Faults FaultsOf(const std::vector<PathSample>& samples) {
         const Dabs dabs = InView(samples);
         Faults faults;
@@ -57,7 +56,7 @@ protected:
     Dabs expected;
 };
 
-TEST_F(PointerFilterTest, AStreamWithoutFaultsKeepsItsBits) {
+TEST_F(PointerFilterTest, StreamWithoutFaultsIsBitIdentical) {
     ASSERT_GT(expected.size(), 80u);
     const auto samples = Stream("clean");
     const auto filtered = Filtered(samples);
@@ -69,23 +68,24 @@ TEST_F(PointerFilterTest, AStreamWithoutFaultsKeepsItsBits) {
     }
 }
 
-TEST_F(PointerFilterTest, TheBlotOfThePressGoes) {
+TEST_F(PointerFilterTest, BlotAtThePressIsRemoved) {
     const auto raw = Stream("blot");
     EXPECT_GT(FaultsOf(raw).pressure, 0.5f);
     ExpectClean(Filtered(raw));
     EXPECT_LT(InView(Filtered(raw))[0].pressure, 0.2f);
 }
 
-TEST_F(PointerFilterTest, TheSpikeOfTheReleaseGoes) {
+TEST_F(PointerFilterTest, SpikeAtTheReleaseIsRemoved) {
     const auto raw = Stream("spike");
-    EXPECT_GT(FaultsOf(raw).count, 10u) << "a tail of dabs to where the pen was in the air";
+    EXPECT_GT(FaultsOf(raw).count, 10u)
+        << "a tail of dabs towards the position of the pen in the air";
     EXPECT_GT(InView(raw).back().pressure, 0.9f);
     EXPECT_LT(expected.back().pressure, 0.5f);
     ExpectClean(Filtered(raw));
     EXPECT_LT(InView(Filtered(raw)).back().pressure, 0.5f);
 }
 
-TEST_F(PointerFilterTest, TimesThatFallAreMadeToAscend) {
+TEST_F(PointerFilterTest, DecreasingTimesAreMadeToIncrease) {
     const auto raw = Stream("jitter");
     const auto clean = Stream("clean");
     std::size_t falls = 0;
@@ -94,9 +94,9 @@ TEST_F(PointerFilterTest, TimesThatFallAreMadeToAscend) {
     const auto filtered = Filtered(raw);
     std::size_t k = 0;
     for (std::size_t i = 0; i < filtered.size(); ++i) {
-        // While the pen rests samples with equal times have become one.
+        // While the pen is stationary, samples with equal times have been merged.
         while (k < clean.size() && clean[k].place != filtered[i].place) ++k;
-        ASSERT_LT(k, clean.size()) << "the order in which they came is right";
+        ASSERT_LT(k, clean.size()) << "the samples are in their original order";
         if (i > 0) {
             EXPECT_GE(filtered[i].time, filtered[i - 1].time);
         }
@@ -108,7 +108,7 @@ TEST_F(PointerFilterTest, TimesThatFallAreMadeToAscend) {
     ExpectClean(filtered);
 }
 
-TEST_F(PointerFilterTest, TheAirbrushNeedsTimesThatAscend) {
+TEST_F(PointerFilterTest, AirbrushNeedsIncreasingTimes) {
     DabDynamics dynamics;
     dynamics.airbrush = 50.0f;
     const auto count = [&](const std::vector<PathSample>& samples) {
@@ -120,7 +120,7 @@ TEST_F(PointerFilterTest, TheAirbrushNeedsTimesThatAscend) {
     EXPECT_LE(std::abs(count(Filtered(Stream("jitter"))) - clean), 3);
 }
 
-TEST_F(PointerFilterTest, DoubledSamplesCountOnce) {
+TEST_F(PointerFilterTest, DuplicateSamplesCountOnce) {
     const auto raw = Stream("doubled");
     EXPECT_GT(FaultsOf(raw).pressure, 0.2f);
     const auto filtered = Filtered(raw);
@@ -130,23 +130,23 @@ TEST_F(PointerFilterTest, DoubledSamplesCountOnce) {
     EXPECT_EQ(FaultsOf(filtered).pressure, 0.0f);
 }
 
-TEST_F(PointerFilterTest, SamplesThatCameTooLateArePutInTheirPlace) {
+TEST_F(PointerFilterTest, LateSamplesAreMovedToTheirOrder) {
     const auto raw = Stream("late");
-    EXPECT_GT(FaultsOf(raw).count, 20u) << "the brush runs back and forth";
+    EXPECT_GT(FaultsOf(raw).count, 20u) << "the unfiltered brush runs back and forth";
     const auto filtered = Filtered(raw);
     const auto clean = Stream("clean");
     ASSERT_EQ(filtered.size(), clean.size());
     ExpectClean(filtered);
 }
 
-TEST_F(PointerFilterTest, EverythingAtOnceIsCleanToo) {
+TEST_F(PointerFilterTest, AllFaultsAtOnceAreFiltered) {
     const auto raw = Stream("everything");
     EXPECT_GT(FaultsOf(raw).count, 20u);
     ExpectClean(Filtered(raw));
 }
 
-TEST_F(PointerFilterTest, WhatAHandDoesIsNoFault) {
-    // A press that softens, and a flick at the end that gains on itself.
+TEST_F(PointerFilterTest, NaturalHandMotionIsNotAFault) {
+    // A press that softens, and an accelerating flick at the end.
     std::vector<PathSample> samples;
     for (int i = 0; i < 12; ++i) {
         const auto t = static_cast<float>(i);
@@ -158,13 +158,13 @@ TEST_F(PointerFilterTest, WhatAHandDoesIsNoFault) {
         EXPECT_EQ(filtered[i].place, samples[i].place);
         EXPECT_EQ(filtered[i].pressure, samples[i].pressure);
     }
-    // A tap and a short straight stroke of two samples.
+    // A tap, and a short straight stroke of two samples.
     EXPECT_EQ(Filtered({Sample(1, 1)}).size(), 1u);
     EXPECT_EQ(Filtered({Sample(1, 1), Sample(200, 1, 1, 0.5)}).size(), 2u);
     EXPECT_TRUE(Filtered({}).empty());
 }
 
-TEST_F(PointerFilterTest, ASampleThatIsTooLateByFarHasAWrongTime) {
+TEST_F(PointerFilterTest, SampleFarTooLateHasAWrongTime) {
     std::vector<PathSample> samples;
     for (int i = 0; i < 60; ++i)
         samples.push_back(Sample(300 + static_cast<float>(i), 300, 0.5f, 1.0 + 0.008 * i));
@@ -177,7 +177,7 @@ TEST_F(PointerFilterTest, ASampleThatIsTooLateByFarHasAWrongTime) {
         EXPECT_GE(filtered[i].time, filtered[i - 1].time) << i;
 }
 
-TEST_F(PointerFilterTest, LateInTheStrokePressureMayJump) {
+TEST_F(PointerFilterTest, PressureMayJumpLateInTheStroke) {
     std::vector<PathSample> samples;
     for (int i = 0; i < 40; ++i)
         samples.push_back(

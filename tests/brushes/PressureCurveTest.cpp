@@ -14,13 +14,13 @@ std::string FlawOf(const std::vector<PressureCurve::Point>& points, std::size_t&
     return PressureCurve::Flaw(points, index).value_or("");
 }
 
-TEST(PressureCurve, WithoutPointsIsThePressureItself) {
+TEST(PressureCurve, WithoutPointsIsTheIdentity) {
     const PressureCurve curve;
     EXPECT_TRUE(curve.IsIdentity());
     for (const float p : {0.0f, 0.1f, 0.77f, 1.0f}) EXPECT_EQ(curve.At(p), p);
 }
 
-TEST(PressureCurve, GoesThroughItsPointsAndIsLevelOutside) {
+TEST(PressureCurve, PassesThroughItsPointsAndIsConstantOutside) {
     const PressureCurve curve({{0.2f, 0.1f}, {0.5f, 0.6f}, {0.9f, 0.7f}});
     EXPECT_EQ(curve.At(0.0f), 0.1f);
     EXPECT_EQ(curve.At(0.2f), 0.1f);
@@ -30,13 +30,13 @@ TEST(PressureCurve, GoesThroughItsPointsAndIsLevelOutside) {
     EXPECT_EQ(curve.At(std::numeric_limits<float>::quiet_NaN()), 0.1f);
 }
 
-TEST(PressureCurve, PointsOnALineMakeTheLine) {
+TEST(PressureCurve, CollinearPointsGiveALine) {
     const PressureCurve curve({{0.0f, 0.2f}, {0.3f, 0.38f}, {0.5f, 0.5f}, {1.0f, 0.8f}});
     for (float p = 0.0f; p <= 1.0f; p += 0.05f) EXPECT_NEAR(curve.At(p), 0.2f + 0.6f * p, 1e-6f);
 }
 
 TEST(PressureCurve, RisesAndFallsOnlyWhereItsPointsDo) {
-    // Points that a plain spline overshoots.
+    // Points at which a plain spline overshoots.
     const PressureCurve curve(
         {{0.0f, 0.0f}, {0.4f, 0.02f}, {0.5f, 0.98f}, {0.8f, 1.0f}, {1.0f, 0.3f}});
     float before = 0.0f;
@@ -55,11 +55,11 @@ TEST(PressureCurve, RisesAndFallsOnlyWhereItsPointsDo) {
         before = value;
     }
     EXPECT_LT(widest, 0.02f) << "no jumps";
-    // A smooth curve: steep in the middle of a steep span, and not on a chord.
+    // The curve is smooth: it is steep in the middle of a steep span and does not follow a chord.
     EXPECT_GT(std::abs(curve.At(0.42f) - (0.02f + 0.96f * 0.2f)), 0.02f);
 }
 
-TEST(PressureCurve, RefusesPointsThatMakeNoCurve) {
+TEST(PressureCurve, RefusesPointsThatDefineNoCurve) {
     std::size_t index = 9;
     EXPECT_EQ(FlawOf({{0.0f, 0.0f}}, index), "a pressure curve must have 2 to 32 points");
     EXPECT_EQ(index, 1u);

@@ -25,7 +25,7 @@ protected:
     float DistanceBefore(std::size_t i) const {
         return (brush.dabs[i].position - brush.dabs[i - 1].position).Length();
     }
-    /// Direction on the grid to which the image's top points, unit length.
+    /// The direction on the grid to which the image's top points, unit length.
     static Vector TopOf(const RecordingBrush::Dab& dab) {
         Matrix back = dab.stampMatrix;
         back.Invert(nullptr);
@@ -36,7 +36,7 @@ protected:
     LoopBench bench;
 };
 
-TEST_F(RepeatedDabs, CopiesLieSideBySideWithTheSpacingBetweenThem) {
+TEST_F(RepeatedDabs, CopiesAreAdjacentWithTheSpacingBetweenThem) {
     Along({{{1.0f, 8.0f, 0.0f}}, {{14.0f, 8.0f, 0.0f}}}, 0.5f);
     // Two radii and a quarter of one.
     ASSERT_EQ(brush.dabs.size(), 12u);
@@ -48,7 +48,7 @@ TEST_F(RepeatedDabs, CopiesLieSideBySideWithTheSpacingBetweenThem) {
     EXPECT_NEAR(DistanceBefore(1), 0.75f, 2e-3f);
 }
 
-TEST_F(RepeatedDabs, RandomRoomComesOnTopAndHangsOnTheSeed) {
+TEST_F(RepeatedDabs, RandomSpacingIsAddedAndDependsOnTheSeed) {
     brush.strokeFloatA.SetValue(0.0f, true);
     brush.strokeFloatB.SetValue(100.0f, true);
     const std::vector<PathSample> path = {{{0.5f, 8.0f, 0.0f}}, {{15.5f, 8.0f, 0.0f}}};
@@ -83,23 +83,23 @@ TEST_F(RepeatedDabs, TheStampFollowsTheStroke) {
     }
 }
 
-TEST_F(RepeatedDabs, DabsWithoutAPathFollowTheOneBefore) {
+TEST_F(RepeatedDabs, DabsWithoutAPathFollowThePreviousDab) {
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({4.0f, 4.0f, 0.0f}));
     bench.loop.Dab(bench.At({6.0f, 4.0f, 0.0f}));
     bench.loop.Dab(bench.At({6.0f, 1.0f, 0.0f}));
     bench.loop.End();
-    EXPECT_NEAR(TopOf(brush.dabs[0]).y, 1.0f, 1e-4f) << "upright, with nothing to follow";
+    EXPECT_NEAR(TopOf(brush.dabs[0]).y, 1.0f, 1e-4f) << "upright, since there is no previous dab";
     EXPECT_NEAR(TopOf(brush.dabs[1]).x, 1.0f, 1e-4f);
     EXPECT_NEAR(TopOf(brush.dabs[2]).y, -1.0f, 1e-4f);
 }
 
-TEST_F(RepeatedDabs, PositioningOverridesTheToolsWay) {
+TEST_F(RepeatedDabs, PositioningOverridesTheOrientationOfTheTool) {
     const std::vector<PathSample> path = {{{2.0f, 2.0f, 0.0f}}, {{12.0f, 2.0f, 0.0f}}};
     brush.resetOptionA.SetValue(static_cast<int>(StampPositioning::Upright), true);
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).y, 1.0f, 1e-4f);
-    // Rotation comes on top: a quarter turn clockwise of what follows the stroke to the right.
+    // Rotation is added: a quarter turn clockwise from the direction of the stroke to the right.
     brush.resetOptionA.SetValue(static_cast<int>(StampPositioning::Stroke), true);
     brush.separatorOption.SetValue(90, true);
     Along(path, 0.5f);
@@ -109,19 +109,19 @@ TEST_F(RepeatedDabs, PositioningOverridesTheToolsWay) {
     brush.separatorOption.SetValue(0, true);
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).y, 1.0f, 1e-4f);
-    EXPECT_NEAR(DistanceBefore(1), 0.125f, 1e-3f) << "and dabs as any other tool";
+    EXPECT_NEAR(DistanceBefore(1), 0.125f, 1e-3f) << "and dabs like those of any other tool";
     brush.BeTool("Knife");
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).x, 1.0f, 1e-4f);
 }
 
-TEST_F(RepeatedDabs, WithoutAStampTheBrushsOwnSpacingCounts) {
+TEST_F(RepeatedDabs, WithoutAStampTheBrushSpacingIsUsed) {
     brush.SetStamp(false, QString());
     Along({{{2.0f, 2.0f, 0.0f}}, {{12.0f, 2.0f, 0.0f}}}, 0.5f);
     EXPECT_NEAR(DistanceBefore(1), 0.125f, 1e-3f);
 }
 
-TEST_F(RepeatedDabs, AHugeOverlapStillComesToItsEnd) {
+TEST_F(RepeatedDabs, HugeOverlapStillTerminates) {
     brush.strokeFloatA.SetValue(-1000.0f, true);
     Along({{{2.0f, 2.0f, 0.0f}}, {{2.5f, 2.0f, 0.0f}}}, 0.5f);
     EXPECT_GT(brush.dabs.size(), 100u);

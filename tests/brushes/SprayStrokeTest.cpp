@@ -40,13 +40,13 @@ protected:
     std::unique_ptr<LoopBench> loop;
 };
 
-TEST_F(SprayedSurface, TheSameSeedGivesTheSameBitsAndAnotherOneOthers) {
+TEST_F(SprayedSurface, EqualSeedsGiveEqualBitsAndOtherSeedsDiffer) {
     const auto first = Spray(7);
     EXPECT_NE(first, BitsOf(bench.Mesh()));
     EXPECT_EQ(Spray(7), first);
     const auto other = Spray(8);
     EXPECT_NE(other, first);
-    EXPECT_EQ(Spray(7), first) << "whatever was sprayed between";
+    EXPECT_EQ(Spray(7), first) << "independent of what was sprayed in between";
 }
 
 class SprayedDabs : public testing::Test {
@@ -56,7 +56,7 @@ protected:
         brush.TakeStamp(8, 8);
         brush.SetStampRandomize(true);
     }
-    /// Many dabs of radius 2 in one place, far from the border.
+    /// Many dabs of radius 2 at one position, far from the border.
     std::vector<RecordingBrush::Dab> Spray(uint64_t seed, int count = 400) {
         brush.dabs.clear();
         bench.loop.Begin(BrushOperation::ModifierNone, seed);
@@ -69,7 +69,7 @@ protected:
     LoopBench bench;
 };
 
-TEST_F(SprayedDabs, CopiesLieAllOverTheDiscInEverySizeAndTurn) {
+TEST_F(SprayedDabs, CopiesCoverTheDiscInAllSizesAndRotations) {
     int quadrants[4] = {};
     float smallest = 9.0f;
     float largest = 0.0f;
@@ -81,10 +81,10 @@ TEST_F(SprayedDabs, CopiesLieAllOverTheDiscInEverySizeAndTurn) {
         ++quadrants[(offset.x > 0.0f ? 1 : 0) + (offset.y > 0.0f ? 2 : 0)];
         EXPECT_GE(dab.size, 1.0f);
         EXPECT_LE(dab.size, 2.0f);
-        EXPECT_NEAR(dab.strength, dab.size * 1.5f, 1e-5f) << "a lower copy where it is smaller";
+        EXPECT_NEAR(dab.strength, dab.size * 1.5f, 1e-5f) << "a smaller copy is lower";
         smallest = std::min(smallest, dab.size);
         largest = std::max(largest, dab.size);
-        // The copy's own middle is the image's, and its rim the image's border.
+        // The middle of the copy is that of the image, and its rim is the image's border.
         const Vector pixel = PixelOf(dab.stampMatrix, dab.position);
         EXPECT_NEAR(pixel.x, 3.5f, 1e-4f);
         EXPECT_NEAR(pixel.y, 3.5f, 1e-4f);
@@ -101,7 +101,7 @@ TEST_F(SprayedDabs, CopiesLieAllOverTheDiscInEverySizeAndTurn) {
     EXPECT_GT(largest, 1.95f);
 }
 
-TEST_F(SprayedDabs, TheScatterHangsOnTheSeedAlone) {
+TEST_F(SprayedDabs, ScatterDependsOnTheSeedAlone) {
     const auto first = Spray(3, 20);
     const auto again = Spray(3, 20);
     const auto other = Spray(4, 20);
@@ -114,7 +114,7 @@ TEST_F(SprayedDabs, TheScatterHangsOnTheSeedAlone) {
     EXPECT_EQ(same, 0);
 }
 
-TEST_F(SprayedDabs, TheScatteredDabIsMirrored) {
+TEST_F(SprayedDabs, ScatteredDabIsMirrored) {
     bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     const auto dabs = Spray(9, 10);
     ASSERT_EQ(dabs.size(), 20u);
@@ -125,7 +125,7 @@ TEST_F(SprayedDabs, TheScatteredDabIsMirrored) {
     }
 }
 
-TEST_F(SprayedDabs, ADabThatKeepsItsPlaceIsOnlyTurned) {
+TEST_F(SprayedDabs, DabWithAFixedPositionIsOnlyRotated) {
     bench.loop.Begin(BrushOperation::ModifierNone, 1);
     StrokeDab dab = bench.At({8.0f, 8.0f, 0.0f}, 2.0f, 3.0f);
     dab.keepPlace = true;
@@ -148,14 +148,15 @@ TEST_F(SprayedDabs, WithoutAStampNothingIsScattered) {
     }
 }
 
-TEST_F(SprayedDabs, ARandomTurnKeepsWithinItsShare) {
+TEST_F(SprayedDabs, RandomRotationStaysWithinItsRange) {
     brush.SetStampRandomize(false);
     brush.Settings().stamp.randomTurn = 0.25f;
     float left = 0.0f;
     float right = 0.0f;
     for (const RecordingBrush::Dab& dab : Spray(1, 200)) {
         EXPECT_EQ(dab.position, Vector(8.0f, 8.0f, 0.0f));
-        // Where upwards lies in the image: straight up, at most an eighth of a turn aside.
+        // The upward direction in the image: straight up, or at most an eighth of a turn to the
+        // side.
         const Vector up = PixelOf(dab.stampMatrix, {8.0f, 10.0f, 0.0f}) -
                           PixelOf(dab.stampMatrix, {8.0f, 8.0f, 0.0f});
         const float angle = std::atan2(up.x, -up.y);
@@ -167,7 +168,7 @@ TEST_F(SprayedDabs, ARandomTurnKeepsWithinItsShare) {
     EXPECT_GT(right, 0.7f);
 }
 
-TEST(StrokeRandom, SharesAreEvenAndBelowOne) {
+TEST(StrokeRandom, NumbersAreUniformAndBelowOne) {
     StrokeRandom random(12345);
     int bins[10] = {};
     for (int i = 0; i < 10000; ++i) {
@@ -177,7 +178,7 @@ TEST(StrokeRandom, SharesAreEvenAndBelowOne) {
         ++bins[static_cast<int>(share * 10.0f)];
     }
     for (const int bin : bins) EXPECT_NEAR(bin, 1000, 150);
-    // The first numbers of seed 0 are part of what scripts' results hang on.
+    // The results of scripts depend on the first numbers of seed 0.
     StrokeRandom zero(0);
     EXPECT_EQ(zero.Next(), 0xe220a8397b1dcdafu);
     EXPECT_EQ(zero.Next(), 0x6e789e6aa1b965f4u);

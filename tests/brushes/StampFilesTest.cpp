@@ -13,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-/// Two stamp folders, named by the environment.
+/// Two stamp folders, specified by the environment.
 class StampFiles : public testing::Test {
 protected:
     StampFiles() {
@@ -39,7 +39,7 @@ protected:
     BrushOperation brush;
 };
 
-TEST_F(StampFiles, TheEnvironmentNamesTheFolders) {
+TEST_F(StampFiles, EnvironmentSpecifiesTheFolders) {
     EXPECT_EQ(StampFolders(), (std::vector<std::string>{folder.Path("one"), folder.Path("two")}));
 }
 
@@ -59,15 +59,15 @@ TEST_F(StampFiles, NamesAreLookedUpInTheFoldersInOrder) {
     EXPECT_EQ(FindStampFile("rivet"), nearer);
 }
 
-TEST_F(StampFiles, AnAbsolutePathStandsForItself) {
+TEST_F(StampFiles, AbsolutePathIsUsedUnchanged) {
     const std::string path = Write("mine.tif", 1.0f);
     EXPECT_EQ(FindStampFile(path), path);
     EXPECT_EQ(FindStampFile(folder.Path("mine")), path);
     EXPECT_EQ(FindStampFile(folder.Path("other.tif")), std::nullopt);
-    EXPECT_EQ(FindStampFile(folder.Path("one")), std::nullopt) << "a folder is no stamp";
+    EXPECT_EQ(FindStampFile(folder.Path("one")), std::nullopt) << "a folder is not a stamp";
 }
 
-TEST_F(StampFiles, TheBrushGetsTheImageOfItsStamp) {
+TEST_F(StampFiles, BrushUsesTheImageOfItsStamp) {
     Write("one/Stamps/knife.tif", 0.5f);
     brush.SetStamp(true, QStringLiteral("Stamps/knife.tif"));
     EXPECT_EQ(brush.MaskImage(-1)->Width(), 0u);
@@ -75,17 +75,17 @@ TEST_F(StampFiles, TheBrushGetsTheImageOfItsStamp) {
     EXPECT_EQ(brush.MaskImage(-1)->Width(), 2u);
     EXPECT_EQ(FirstPixel(), 0.5f);
     EXPECT_EQ(brush.MaskName(-1), QStringLiteral("Stamps/knife.tif"));
-    // Away and back: the image is there at once.
+    // Switching to another stamp and back finds the image already loaded.
     const Image* image = brush.MaskImage(-1);
     brush.SetStamp(true, QStringLiteral("Stamps/other.tif"));
     EXPECT_EQ(brush.MaskImage(-1)->Width(), 0u);
     RefreshStamp(brush);
-    EXPECT_EQ(brush.MaskImage(-1)->Width(), 0u) << "there is no such file";
+    EXPECT_EQ(brush.MaskImage(-1)->Width(), 0u) << "the file does not exist";
     brush.SetStamp(true, QStringLiteral("Stamps/knife.tif"));
     EXPECT_EQ(brush.MaskImage(-1), image);
 }
 
-TEST_F(StampFiles, AChangedFileComesWithTheNextStroke) {
+TEST_F(StampFiles, ChangedFileIsReadForTheNextStroke) {
     RecordingBrush recording;
     LoopBench bench(recording, FlatGrid(4));
     const std::string path = Write("mine.tif", 0.5f);
@@ -108,28 +108,28 @@ TEST_F(StampFiles, AChangedFileComesWithTheNextStroke) {
     folder.Fill("mine.tif", "damaged");
     recording.calls.clear();
     EXPECT_THROW(stroke(), HostError);
-    EXPECT_TRUE(recording.calls.empty()) << "the stroke has not begun";
+    EXPECT_TRUE(recording.calls.empty()) << "the stroke has not begun yet";
     EXPECT_FALSE(bench.loop.IsActive());
     std::filesystem::remove(path);
     stroke();
-    EXPECT_EQ(image->Width(), 4u) << "a file that is gone leaves what was read";
+    EXPECT_EQ(image->Width(), 4u) << "the loaded image survives the deletion of its file";
 }
 
-TEST_F(StampFiles, TheNameOfAFileElsewhereIsWithoutItsFolders) {
+TEST_F(StampFiles, NameOfAFileElsewhereHasNoFolders) {
     std::filesystem::create_directory(folder.Path("my_vdm"));
     const std::string path = Write("my_vdm/plain.tif", 1.0f);
     brush.SetStamp(true, QString::fromStdString(path));
     EXPECT_EQ(brush.MaskName(-1), QStringLiteral("plain.tif"));
 }
 
-TEST_F(StampFiles, AStampThatIsOffIsNotRead) {
+TEST_F(StampFiles, DisabledStampIsNotRead) {
     const std::string path = folder.Fill("bad.tif", "damaged");
     brush.SetStamp(false, QString::fromStdString(path));
     RefreshStamp(brush);
     EXPECT_EQ(brush.MaskImage(-1)->Width(), 0u);
 }
 
-TEST_F(StampFiles, AConfigurationSetsEverythingAnew) {
+TEST_F(StampFiles, ConfigurationResetsEverything) {
     BrushOperation::Private& settings = brush.Settings();
     settings.stampTiled = settings.stampInverted = settings.stampBuildUp = true;
     settings.stampFactor = 3.0f;

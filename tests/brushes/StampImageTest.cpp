@@ -57,7 +57,7 @@ std::vector<float> TileOf(StampImage& image, uint8_t channels) {
     return values;
 }
 
-/// Writes a file by the image library itself.
+/// Writes a file directly with the image library.
 template <class Sample>
 std::string WriteFile(const std::string& path,
                       OIIO::TypeDesc type,
@@ -96,7 +96,7 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(StampImageTest, WholeNumbersOfEveryDepthKeepTheirValues) {
+TEST_F(StampImageTest, IntegersOfEveryDepthKeepTheirValues) {
     const std::vector<uint8_t> bytes = {0, 1, 127, 255};
     const std::vector<float> ofBytes = {0.0f, 1.0f / 255.0f, 127.0f / 255.0f, 1.0f};
     for (const char* name : {"a.png", "a.tif"})
@@ -114,7 +114,7 @@ TEST_F(StampImageTest, WholeNumbersOfEveryDepthKeepTheirValues) {
               (std::vector<float>{-1.0f, 1.0f, -1.0f / 32767.0f, 0.0f}));
 }
 
-TEST_F(StampImageTest, FloatsKeepTheirSizeAndSign) {
+TEST_F(StampImageTest, FloatsKeepTheirMagnitudeAndSign) {
     const std::vector<float> values = {-3.25f, 0.1f, 1e-30f, 70000.5f};
     for (const char* name : {"a.exr", "a.tif"})
         EXPECT_EQ(Grey(WriteFile(folder.Path(name), OIIO::TypeFloat, 1, values)), values) << name;
@@ -140,13 +140,13 @@ TEST_F(StampImageTest, FloatsKeepTheirSizeAndSign) {
         values);
 }
 
-TEST_F(StampImageTest, JpegComesWithinItsLoss) {
+TEST_F(StampImageTest, JpegIsWithinItsCompressionLoss) {
     const std::vector<uint8_t> flat(32, 200);
     for (const float value : Grey(WriteFile(folder.Path("a.jpg"), OIIO::TypeUInt8, 1, flat)))
         EXPECT_NEAR(value, 200.0f / 255.0f, 0.01f);
 }
 
-TEST_F(StampImageTest, OneBitAndPaletteImagesAreImagesToo) {
+TEST_F(StampImageTest, ReadsOneBitAndPaletteImages) {
     const std::vector<uint8_t> bits = {255, 0, 0, 255};
     EXPECT_EQ(Grey(WriteFile(folder.Path("bit.tif"), OIIO::TypeUInt8, 1, bits, 1)),
               (std::vector<float>{1.0f, 0.0f, 0.0f, 1.0f}));
@@ -184,14 +184,14 @@ TEST_F(StampImageTest, ChannelsBecomeOneValueOrThree) {
     EXPECT_EQ(TileOf(premultiplied, 3), Values({0.5f, 1.0f, 0.0f}));
     StampImage many = image(6, {3.0f, 6.0f, 9.0f, 50.0f, 50.0f, 50.0f}, true);
     EXPECT_EQ(TileOf(many, 1), Values({6.0f}));
-    // Equal colours are that value to the bit.
+    // Equal colours give exactly that value.
     for (const float v : {0.1f, 0.7f, 1.0f / 3.0f, -123.456f}) {
         StampImage even = image(3, {v, v, v}, true);
         EXPECT_EQ(TileOf(even, 1), Values({v}));
     }
 }
 
-TEST_F(StampImageTest, APartOfTheImageCanBeAskedFor) {
+TEST_F(StampImageTest, SinglePartOfTheImageCanBeRead) {
     FloatImage floats;
     floats.width = 3;
     floats.height = 3;
@@ -204,7 +204,7 @@ TEST_F(StampImageTest, APartOfTheImageCanBeAskedFor) {
     EXPECT_EQ(values, (std::vector<float>{4.0f, 5.0f, 7.0f, 8.0f}));
 }
 
-TEST_F(StampImageTest, NamesOfDisplacementMapsMakeImagesOfDirections) {
+TEST_F(StampImageTest, NamesOfDisplacementMapsGiveVectorImages) {
     const std::vector<float> values(12, 0.5f);
     for (const auto& [name, kind] : {std::pair("ear_vdm.exr", 1),
                                      std::pair("EAR.VDM.exr", 1),
@@ -216,10 +216,11 @@ TEST_F(StampImageTest, NamesOfDisplacementMapsMakeImagesOfDirections) {
     }
     std::filesystem::create_directory(folder.Path("x_vdm"));
     const std::string inside = WriteFile(folder.Path("x_vdm/a.exr"), OIIO::TypeFloat, 3, values);
-    EXPECT_EQ(StampCache::Instance().Get(inside)->ImageKind(), 0) << "a folder's name is none";
+    EXPECT_EQ(StampCache::Instance().Get(inside)->ImageKind(), 0)
+        << "the name of a folder has no effect";
 }
 
-TEST_F(StampImageTest, BadFilesAreOneErrorThatNamesThem) {
+TEST_F(StampImageTest, BadFilesAreOneErrorThatNamesTheFile) {
     const auto refuse = [](const std::string& path, const std::string& reason) {
         const std::string message = MessageOf<HostError>([&] { StampCache::Instance().Get(path); });
         EXPECT_THAT(message, HasSubstr(path));
@@ -229,7 +230,7 @@ TEST_F(StampImageTest, BadFilesAreOneErrorThatNamesThem) {
     refuse(folder.Path("none.tif"), "No such file");
     refuse(std::filesystem::path(folder.Path("none.tif")).parent_path().string(), "Is a directory");
     refuse(folder.Fill("empty.png", ""), "cannot read image");
-    refuse(folder.Fill("text.tif", "this is no image"), "cannot read image");
+    refuse(folder.Fill("text.tif", "not an image"), "cannot read image");
     refuse(folder.Fill("huge.png", Bytes(hugePng)), "30000 x 30000 x 1 values take more");
     refuse(WriteFile(folder.Path("nan.exr"),
                      OIIO::TypeFloat,
@@ -258,7 +259,7 @@ TEST_F(StampImageTest, TruncatedFilesAreRefused) {
     }
 }
 
-TEST_F(StampImageTest, TheLimitIsToldBeforeAnythingIsAllocated) {
+TEST_F(StampImageTest, LimitIsReportedBeforeAnyAllocation) {
     const std::string path = folder.Fill("huge.png", Bytes(hugePng));
     const long before = PeakMemoryKiB();
     const std::string message = MessageOf<HostError>([&] { StampCache::Instance().Get(path); });
@@ -269,14 +270,14 @@ TEST_F(StampImageTest, TheLimitIsToldBeforeAnythingIsAllocated) {
     EXPECT_THAT(MessageOf<HostError>([&] { StampCache::Instance().Get(small, 255); }),
                 HasSubstr("limit of 255 bytes"));
     EXPECT_EQ(StampCache::Instance().Get(small, 256)->Width(), 32u);
-    // The brush takes three values a pixel of a vector stamp.
+    // The brush uses three values per pixel of a vector stamp.
     const std::string grey = WriteFile(folder.Path("s_vdm.tif"), OIIO::TypeUInt8, 1, bytes);
     EXPECT_THAT(MessageOf<HostError>([&] { StampCache::Instance().Get(grey, 767); }),
                 HasSubstr("32 x 2 x 3 values"));
     EXPECT_EQ(StampCache::Instance().Get(grey, 768)->Width(), 32u);
 }
 
-TEST_F(StampImageTest, AFileIsReadOnceUntilItChanges) {
+TEST_F(StampImageTest, FileIsReadAgainOnlyAfterAChange) {
     StampCache& cache = StampCache::Instance();
     const std::string path =
         WriteFile(folder.Path("a.tif"), OIIO::TypeUInt8, 1, std::vector<uint8_t>(4, 255));
@@ -284,21 +285,21 @@ TEST_F(StampImageTest, AFileIsReadOnceUntilItChanges) {
     const uint64_t reads = cache.ReadCount();
     const uint32_t version = image->Version();
     EXPECT_EQ(cache.Get(path), image);
-    // By another way to the same file.
+    // Another path to the same file.
     std::filesystem::create_symlink(path, folder.Path("link.tif"));
     EXPECT_EQ(cache.Get(folder.Path("link.tif")), image);
     EXPECT_EQ(cache.ReadCount(), reads);
     EXPECT_EQ(image->Version(), version);
 
     WriteFile(path, OIIO::TypeUInt8, 1, std::vector<uint8_t>(8, 0));
-    EXPECT_EQ(cache.Get(path), image) << "whoever holds it gets the new pixels";
+    EXPECT_EQ(cache.Get(path), image) << "every owner gets the new pixels";
     EXPECT_EQ(cache.ReadCount(), reads + 1);
     EXPECT_NE(image->Version(), version);
     EXPECT_EQ(TileOf(*image, 1), std::vector<float>(8, 0.0f));
 
     folder.Fill("a.tif", "damaged");
     EXPECT_THROW(cache.Get(path), HostError);
-    EXPECT_EQ(image->Width(), 4u) << "what was read before stays";
+    EXPECT_EQ(image->Width(), 4u) << "the earlier image is unchanged";
 }
 
 TEST_F(StampImageTest, NoTwoImagesShareAddressAndVersion) {
@@ -309,10 +310,10 @@ TEST_F(StampImageTest, NoTwoImagesShareAddressAndVersion) {
     cache.DropIdle(0);
     const uint64_t reads = cache.ReadCount();
     EXPECT_GT(cache.Get(path)->Version(), first);
-    EXPECT_EQ(cache.ReadCount(), reads + 1) << "nobody had kept it";
+    EXPECT_EQ(cache.ReadCount(), reads + 1) << "it was not referenced any more";
 }
 
-TEST_F(StampImageTest, IdleStampsGoTheLongestUnusedFirst) {
+TEST_F(StampImageTest, IdleStampsAreDroppedLeastRecentlyUsedFirst) {
     StampCache& cache = StampCache::Instance();
     cache.DropIdle(0);
     const auto file = [&](const char* name) {
@@ -324,7 +325,7 @@ TEST_F(StampImageTest, IdleStampsGoTheLongestUnusedFirst) {
     const auto held = cache.Get(a);
     cache.Get(b);
     cache.Get(c);
-    // 256 bytes each: room for one beside those that are held.
+    // 256 bytes each: room for one in addition to those in use.
     cache.DropIdle(300);
     const uint64_t reads = cache.ReadCount();
     cache.Get(a);

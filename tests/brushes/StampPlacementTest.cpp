@@ -10,7 +10,7 @@
 namespace trovik::test {
 namespace {
 
-/// A camera over the plane z = 0 at this height, looking down along -z with +y up.
+/// A camera at this height above the plane z = 0, looking along -z with +y up.
 Matrix CameraAbove(float height) {
     Matrix camera;
     camera.m[3][2] = height;
@@ -25,7 +25,7 @@ void ExpectPixel(const Matrix& matrix, const Vector& place, float u, float v, fl
     EXPECT_NEAR(pixel.y, v, tolerance) << place.x << " " << place.y << " " << place.z;
 }
 
-TEST(StampPlacement, MiddleOfTheDabIsTheMiddleOfTheStampAndItsRimTheBorder) {
+TEST(StampPlacement, DabIsCentredInTheStampAndItsRimIsTheBorder) {
     const auto placement =
         StampPlacement::OnSurface({2.0f, 3.0f, 0.0f}, outOfPlane, 0.5f, {}, CameraAbove(4.0f));
     const Matrix matrix = placement.ToPixels(8, 8, Matrix());
@@ -36,7 +36,7 @@ TEST(StampPlacement, MiddleOfTheDabIsTheMiddleOfTheStampAndItsRimTheBorder) {
     ExpectPixel(matrix, {2.0f, 2.5f, 0.0f}, 3.5f, 7.5f, 0.0f);
 }
 
-TEST(StampPlacement, TheLongerSideSpansTheDabAndPixelsAreSquare) {
+TEST(StampPlacement, LongerSideSpansTheDabAndPixelsAreSquare) {
     const auto placement = StampPlacement::OnSurface({}, outOfPlane, 1.0f, {}, CameraAbove(4.0f));
     const Matrix wide = placement.ToPixels(8, 4, Matrix());
     ExpectPixel(wide, {1.0f, 0.5f, 0.0f}, 7.5f, -0.5f, 0.0f);
@@ -53,8 +53,8 @@ TEST(StampPlacement, HeightOverTheSurfaceIsTheThirdCoordinateInPixels) {
     EXPECT_EQ(PixelOf(matrix, {3.0f, 0.0f, 4.0f}).z, -2.0f);
 }
 
-TEST(StampPlacement, TheTopPointsWhereItIsToldWithinTheSurface) {
-    // What the direction has out of the surface does not count, nor its length.
+TEST(StampPlacement, TopPointsAlongTheGivenDirectionInTheSurface) {
+    // The component perpendicular to the surface and the length of the direction are ignored.
     const auto placement =
         StampPlacement::OnSurface({}, outOfPlane, 1.0f, {20.0f, 0.0f, 7.0f}, CameraAbove(4.0f));
     const Matrix matrix = placement.ToPixels(8, 8, Matrix());
@@ -62,23 +62,23 @@ TEST(StampPlacement, TheTopPointsWhereItIsToldWithinTheSurface) {
     ExpectPixel(matrix, {0.0f, -1.0f, 0.0f}, 7.5f, 3.5f, 1e-6f);
 }
 
-TEST(StampPlacement, WithoutADirectionItStandsUprightInTheView) {
+TEST(StampPlacement, WithoutADirectionItIsUprightInTheView) {
     const Matrix camera = CameraAbove(4.0f);
-    // A wall that faces +x: the camera's up lies in it.
+    // A wall facing +x: the camera's up direction lies in it.
     const auto wall = StampPlacement::OnSurface({}, {3.0f, 0.0f, 0.0f}, 1.0f, {}, camera);
     EXPECT_EQ(wall.Up(), Vector(0.0f, 1.0f, 0.0f));
     EXPECT_EQ(wall.Right(), Vector(0.0f, 0.0f, -1.0f));
-    // A floor seen from above its edge: up is away from the viewer.
+    // A floor seen from above its edge: up points away from the viewer.
     const auto floor = StampPlacement::OnSurface({}, {0.0f, 1.0f, 0.0f}, 1.0f, {}, camera);
     EXPECT_EQ(floor.Up(), Vector(0.0f, 0.0f, -1.0f));
     EXPECT_EQ(floor.Right(), Vector(1.0f, 0.0f, 0.0f));
-    // A direction that stands on the surface says nothing.
+    // A direction perpendicular to the surface is ignored.
     const auto still =
         StampPlacement::OnSurface({}, {0.0f, 1.0f, 0.0f}, 1.0f, {0.0f, 5.0f, 0.0f}, camera);
     EXPECT_EQ(still.Up(), floor.Up());
 }
 
-TEST(StampPlacement, TurnsAreClockwiseAndQuartersExact) {
+TEST(StampPlacement, RotationsAreClockwiseAndQuarterTurnsAreExact) {
     auto placement = StampPlacement::OnSurface({}, outOfPlane, 1.0f, {}, CameraAbove(4.0f));
     placement.Turn(0.25f);
     EXPECT_EQ(placement.Up(), Vector(1.0f, 0.0f, 0.0f));
@@ -94,7 +94,7 @@ TEST(StampPlacement, TurnsAreClockwiseAndQuartersExact) {
     EXPECT_NEAR(placement.Up().y, half, 1e-7f);
 }
 
-TEST(StampPlacement, DirectionsOfTurnsAreThoseOfTheCircle) {
+TEST(StampPlacement, DirectionsOfRotationsLieOnTheUnitCircle) {
     for (int i = -720; i <= 720; ++i) {
         const float turns = static_cast<float>(i) / 360.0f;
         const TurnDirection direction = DirectionOfTurn(turns);
@@ -104,7 +104,7 @@ TEST(StampPlacement, DirectionsOfTurnsAreThoseOfTheCircle) {
     }
 }
 
-TEST(StampPlacement, TheMeshsPlaceInTheWorldIsPartOfTheMatrix) {
+TEST(StampPlacement, MatrixIncludesTheTransformOfTheMesh) {
     Placement place;
     place.Set({2.0f, 2.0f, 2.0f}, {0.0f, 0.0f, 0.0f}, {10.0f, 0.0f, 0.0f});
     // World (12, 4, 0) is mesh-local (1, 2, 0).
@@ -115,21 +115,22 @@ TEST(StampPlacement, TheMeshsPlaceInTheWorldIsPartOfTheMatrix) {
     ExpectPixel(matrix, {1.5f, 2.0f, 0.0f}, 7.5f, 3.5f, 0.0f);
 }
 
-TEST(StampPlacement, ByCameraEveryLineOfSightHasOnePixel) {
+TEST(StampPlacement, ByCameraEachLineOfSightHasOnePixel) {
     const auto placement =
         StampPlacement::ByCamera({0.0f, 0.0f, 0.0f}, 0.5f, {}, CameraAbove(4.0f));
     const Matrix matrix = placement.ToPixels(8, 8, Matrix());
     ExpectPixel(matrix, {}, 3.5f, 3.5f, 0.0f);
     ExpectPixel(matrix, {0.5f, 0.0f, 0.0f}, 7.5f, 3.5f, 0.0f);
     ExpectPixel(matrix, {0.0f, 0.5f, 0.0f}, 3.5f, -0.5f, 0.0f);
-    // Half as far from the eye the same pixel is half as far from the axis; twice as far, twice.
+    // At half the distance from the eye, the same pixel is half as far from the axis; at twice the
+    // distance, twice as far.
     ExpectPixel(matrix, {0.25f, 0.0f, 2.0f}, 7.5f, 3.5f, 0.0f);
     ExpectPixel(matrix, {1.0f, 0.0f, -4.0f}, 7.5f, 3.5f, 0.0f);
     EXPECT_EQ(PixelOf(matrix, {}).z, 0.0f);
     EXPECT_GT(PixelOf(matrix, {0.0f, 0.0f, 1.0f}).z, 0.0f);
 }
 
-TEST(StampPlacement, ByCameraAMiddleBesideTheAxisKeepsItsSize) {
+TEST(StampPlacement, ByCameraAnOffAxisMiddleKeepsItsSize) {
     const auto placement =
         StampPlacement::ByCamera({1.0f, 2.0f, 0.0f}, 0.5f, {}, CameraAbove(4.0f));
     const Matrix matrix = placement.ToPixels(8, 8, Matrix());
@@ -139,7 +140,7 @@ TEST(StampPlacement, ByCameraAMiddleBesideTheAxisKeepsItsSize) {
     ExpectPixel(matrix, {0.5f, 1.0f, 2.0f}, 3.5f, 3.5f, 0.0f);
 }
 
-TEST(StampPlacement, ByCameraTheStampTurnsInTheImagePlane) {
+TEST(StampPlacement, ByCameraTheStampRotatesInTheImagePlane) {
     const auto placement =
         StampPlacement::ByCamera({}, 0.5f, {-1.0f, 0.0f, 3.0f}, CameraAbove(4.0f));
     const Matrix matrix = placement.ToPixels(8, 8, Matrix());
@@ -156,7 +157,7 @@ TEST(StampPlacement, NearTheEyeLinesOfSightAreParallel) {
     }
 }
 
-TEST(StampPlacement, TheMatrixHasAnInverse) {
+TEST(StampPlacement, MatrixHasAnInverse) {
     const Matrix camera = CameraAbove(4.0f);
     for (const bool projected : {false, true}) {
         const auto placement = projected
@@ -167,7 +168,7 @@ TEST(StampPlacement, TheMatrixHasAnInverse) {
         bool invertible = false;
         back.Invert(&invertible);
         ASSERT_TRUE(invertible);
-        // The brush asks for the image's sides in this way.
+        // The brush computes the image's sides in this way.
         const Vector origin = back.ProjectedTransform({0.0f, 0.0f, 0.0f}, 1.0f);
         const Vector right = back.ProjectedTransform({64.0f, 0.0f, 0.0f}, 1.0f);
         const Vector below = back.ProjectedTransform({0.0f, 32.0f, 0.0f}, 1.0f);
@@ -177,7 +178,7 @@ TEST(StampPlacement, TheMatrixHasAnInverse) {
     }
 }
 
-TEST(StampPlacement, AMirroredPlaceTakesThePixelOfItsImageToTheBit) {
+TEST(StampPlacement, MirroredPointReadsThePixelOfItsImageExactly) {
     const Matrix map = MirrorAtX(0.0f);
     for (const bool projected : {false, true}) {
         const Matrix camera = CameraAbove(4.0f);
@@ -197,7 +198,7 @@ TEST(StampPlacement, AMirroredPlaceTakesThePixelOfItsImageToTheBit) {
     }
 }
 
-TEST(StampPlacement, AnyMapWithAnInverseCanMirror) {
+TEST(StampPlacement, AnyInvertibleMapCanMirror) {
     const Matrix map = MirrorAtX(8.0f);
     const auto placement =
         StampPlacement::OnSurface({4.0f, 8.0f, 0.0f}, outOfPlane, 2.0f, {}, CameraAbove(4.0f));

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Stamps as stroke scripts tell them.
+/// \file Stamps in stroke scripts.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/script/ScriptRunner.h"
@@ -35,7 +34,7 @@ protected:
         image.pixels.assign(16, value);
         WriteFloatImageFile(folder.Path(name), image);
     }
-    /// Runs the steps on a square of 32 x 32 quads. \return the export.
+    /// Runs the steps on a square of 32 x 32 quads. \return the exported file.
     std::string Run(const std::string& steps, const std::string& more = "") {
         messages.clear();
         const std::string script =
@@ -60,7 +59,7 @@ protected:
     std::vector<std::string> messages;
 };
 
-TEST_F(StampScript, AStampsPathIsRelativeToTheScript) {
+TEST_F(StampScript, StampPathIsRelativeToTheScript) {
     const std::string plain = Run(std::string(sculpt) + "," + dab);
     const std::string half =
         Run(std::string(sculpt) + R"(, {"set": {"stamp": "half.tif"}},)" + dab);
@@ -68,7 +67,7 @@ TEST_F(StampScript, AStampsPathIsRelativeToTheScript) {
     EXPECT_EQ(Run(std::string(sculpt) + R"(, {"set": {"stamp": {"path": "./half.tif"}}},)" + dab),
               half);
     EXPECT_EQ(Run(std::string(sculpt) + R"(, {"set": {"stamp": {"path": "half"}}},)" + dab), half);
-    // Twice one half is the whole.
+    // Twice one half is one.
     EXPECT_EQ(Run(std::string(sculpt) +
                   R"(, {"set": {"stamp": {"path": "half.tif", "factor": 2}}},)" + dab),
               plain);
@@ -80,14 +79,14 @@ TEST_F(StampScript, AStampsPathIsRelativeToTheScript) {
               half);
 }
 
-TEST_F(StampScript, ABareNameIsAlsoThatOfAnInstalledStamp) {
+TEST_F(StampScript, BareNameFindsAnInstalledStamp) {
     WriteStamp("installed/Stamps/other.tif", 0.5f);
     const std::string half =
         Run(std::string(sculpt) + R"(, {"set": {"stamp": "half.tif"}},)" + dab);
     EXPECT_EQ(Run(std::string(sculpt) + R"(, {"set": {"stamp": "other"}},)" + dab), half);
 }
 
-TEST_F(StampScript, AToolTakesItsInstalledStamp) {
+TEST_F(StampScript, ToolUsesItsInstalledStamp) {
     const std::string knife =
         R"({"tool": "Knife", "set": {"radius": 0.5, "strength": 50}}, {"stroke": {"surface": [[0, 0, 0]]}})";
     Run(knife);
@@ -100,7 +99,7 @@ TEST_F(StampScript, AToolTakesItsInstalledStamp) {
     EXPECT_TRUE(messages.empty());
 }
 
-TEST_F(StampScript, SettingsOfTheStampReachTheSurface) {
+TEST_F(StampScript, StampSettingsAffectTheSurface) {
     const std::string base = std::string(sculpt) + R"(, {"set": {"stamp": "half.tif"}},)";
     const auto with = [&](const std::string& setting) {
         return Run(base + R"({"set": {"stamp": {)" + setting + "}}}," + dab);
@@ -110,13 +109,13 @@ TEST_F(StampScript, SettingsOfTheStampReachTheSurface) {
     EXPECT_NE(with(R"("inverted": true, "offset": 0.25)"), half);
     EXPECT_EQ(with(R"("inverted": true)"), half) << "1 - 0.5";
     EXPECT_EQ(with(R"("tiled": true, "positioning": "start", "rotation": 45)"), half)
-        << "an even stamp looks alike however it lies";
+        << "a constant stamp is independent of its rotation";
     EXPECT_EQ(with(R"("enabled": false)"), Run(std::string(sculpt) + "," + dab));
     EXPECT_NE(with(R"("bilinear": true)"), half) << "it fades at its borders";
     EXPECT_NE(with(R"("randomize": true)"), half);
 }
 
-TEST_F(StampScript, SeedsMakeStrokesRepeatAndDiffer) {
+TEST_F(StampScript, EqualSeedsRepeatStrokesAndOtherSeedsDiffer) {
     const std::string spray =
         R"({"tool": "Spray", "set": {"radius": 0.2, "strength": 50, "stamp": {"path": "half.tif", "randomize": true}}},)";
     const std::string path = R"({"stroke": {"surface": [[-0.5, 0, 0], [0.5, 0, 0]])";
@@ -126,7 +125,7 @@ TEST_F(StampScript, SeedsMakeStrokesRepeatAndDiffer) {
     const std::string seeded = Run(spray + path + R"(, "seed": 77}})");
     EXPECT_NE(seeded, first);
     EXPECT_EQ(Run(spray + path + R"(, "seed": 77}})", R"("seed": 9, )"), seeded);
-    // Two strokes without seeds of their own are two different ones.
+    // Two strokes without explicit seeds differ.
     const std::string undone = Run(spray + path + R"(}}, {"undo": 1},)" + path + "}}");
     EXPECT_NE(undone, first);
 }
@@ -153,8 +152,8 @@ TEST_F(StampScript, ImprintPlacesOneCopyInBothWays) {
         HasSubstr("nothing more to undo"));
 }
 
-TEST_F(StampScript, AStampOverTheWholeMeshComesFromTheCamera) {
-    // Seen from the front the left half of the image is over the left half of the square.
+TEST_F(StampScript, WholeMeshStampIsProjectedFromTheCamera) {
+    // Seen from the front, the left half of the image covers the left half of the square.
     FloatImage image;
     image.width = image.height = 2;
     image.channels = 1;
@@ -170,7 +169,7 @@ TEST_F(StampScript, AStampOverTheWholeMeshComesFromTheCamera) {
     EXPECT_LE(result.totals.verticesMoved, 17u * 33u);
 }
 
-TEST_F(StampScript, AnOpenStrokeKeepsItsStamp) {
+TEST_F(StampScript, OpenStrokeKeepsItsStamp) {
     const std::string open =
         std::string(sculpt) + R"(, {"stroke": {"surface": [[0, 0, 0]], "open": true}},)";
     EXPECT_THAT(ErrorOf(open + R"({"set": {"stamp": "half.tif"}})"),
@@ -178,11 +177,11 @@ TEST_F(StampScript, AnOpenStrokeKeepsItsStamp) {
     EXPECT_THAT(
         ErrorOf(open + R"({"stroke": {"continue": true, "seed": 4}})"),
         HasSubstr("/steps/2/stroke/seed: the seed must be given at the beginning of the stroke"));
-    // Other settings of the stamp may change.
+    // Other stamp settings may change.
     Run(open + R"({"set": {"stamp": {"factor": 2}}}, {"stroke": {"continue": true}})");
 }
 
-TEST_F(StampScript, ASceneGoesOnWithItsStampAndItsSeeds) {
+TEST_F(StampScript, LoadedSceneContinuesWithItsStampAndSeeds) {
     const std::string tool =
         R"({"tool": "Spray", "set": {"radius": 0.2, "strength": 50, "stamp": {"path": "half.tif", "randomize": true}}})";
     const std::string stroke = R"({"stroke": {"surface": [[-0.5, 0, 0], [0.5, 0, 0]]}})";
@@ -195,7 +194,7 @@ TEST_F(StampScript, ASceneGoesOnWithItsStampAndItsSeeds) {
     EXPECT_EQ(TemporaryFolder::Content(folder.Path("later/out.ply")), atOnce);
 }
 
-TEST_F(StampScript, MistakesAreNamedWithTheirPlace) {
+TEST_F(StampScript, ErrorsNameTheirLocation) {
     const auto set = [](const std::string& stamp) {
         return R"({"set": {"stamp": )" + stamp + "}}";
     };

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The whole road of a stamp: image, placement, loop, kernels. A flat grid under Sculpt with a flat
-/// falloff shows the image itself: each vertex rises by its pixel.
+/// \file The whole path of a stamp: image, placement, loop, kernels. On a flat grid, Sculpt with a
+/// flat falloff reproduces the image: each vertex rises by its pixel.
 #include "framework/strokes/DabStrength.h"
 #include "tests/brushes/LoopBench.h"
 #include "tests/meshes/MirrorAtX.h"
@@ -28,7 +27,8 @@ protected:
     float HeightAt(uint32_t column, uint32_t row) {
         return bench.Mesh().Position(row * 17 + column).z;
     }
-    /// Value of the numbered image at the pixel nearest to these coordinates, as the brush rounds.
+    /// The value of the numbered image at the pixel nearest to these coordinates, rounded like the
+    /// brush rounds.
     static float Pixel(float u, float v) {
         const long column = std::lrint(u);
         const long row = std::lrint(v);
@@ -41,7 +41,7 @@ protected:
 };
 
 TEST_F(StampedSurface, EachVertexRisesByItsPixel) {
-    // A quarter beside the vertices, so that no coordinate is a tie.
+    // A quarter unit off the vertices, so that no coordinate is a rounding tie.
     Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 2.0f)});
     int moved = 0;
     for (uint32_t row = 0; row <= 16; ++row) {
@@ -57,7 +57,7 @@ TEST_F(StampedSurface, EachVertexRisesByItsPixel) {
     EXPECT_GT(moved, 40);
 }
 
-TEST_F(StampedSurface, ByCameraTheSameSurfaceTakesTheSamePixels) {
+TEST_F(StampedSurface, ByCameraTheSameSurfaceReadsTheSamePixels) {
     bench.brush->SetOrientedToSurface(false);
     Matrix camera;
     camera.m[3][0] = 8.25f;
@@ -69,10 +69,11 @@ TEST_F(StampedSurface, ByCameraTheSameSurfaceTakesTheSamePixels) {
     EXPECT_EQ(HeightAt(10, 9), 2.0f * Pixel(3.5f + 1.75f, 3.5f - 0.75f));
 }
 
-TEST_F(StampedSurface, RotationTurnsThePatternClockwise) {
+TEST_F(StampedSurface, PatternRotatesClockwise) {
     bench.brush->separatorOption.SetValue(90, true);
     Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 1.0f)});
-    // What lay above lies to the right: the image's rows run downwards along x no more.
+    // The part that was above is now on the right: the image's rows no longer run downwards along
+    // x.
     for (uint32_t column = 6; column <= 10; ++column) {
         const float x = static_cast<float>(column) - 8.25f;
         const float y = 9.0f - 8.25f;
@@ -80,7 +81,7 @@ TEST_F(StampedSurface, RotationTurnsThePatternClockwise) {
     }
 }
 
-TEST_F(StampedSurface, AMirroredDabLaysTheMirroredPattern) {
+TEST_F(StampedSurface, MirroredDabAppliesTheMirroredPattern) {
     loop.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     Dabs({loop.At({3.75f, 8.25f, 0.0f}, 3.0f, 1.0f)});
     int moved = 0;
@@ -91,23 +92,24 @@ TEST_F(StampedSurface, AMirroredDabLaysTheMirroredPattern) {
         }
     }
     EXPECT_GT(moved, 20);
-    EXPECT_NE(HeightAt(2, 8), HeightAt(5, 8)) << "the stamp itself is lopsided";
+    EXPECT_NE(HeightAt(2, 8), HeightAt(5, 8)) << "the stamp itself is asymmetric";
 }
 
-TEST_F(StampedSurface, ATiledStampThatStaysAtTheStartIsOnePattern) {
-    // Two pixels to a unit square: image of 2 x 2, dab of radius 1.
+TEST_F(StampedSurface, TiledStampAnchoredAtTheStartIsOnePattern) {
+    // Two pixels per unit: an image of 2 x 2 and a dab of radius 1.
     SetStampImage(*bench.brush, GreyImage(2, 2, {0.25f, 0.5f, 0.75f, 1.0f}));
     bench.brush->Settings().stampTiled = true;
     bench.brush->resetOptionA.SetValue(static_cast<int>(StampPositioning::Start), true);
     StrokeDab first = loop.At({4.5f, 8.5f, 0.0f}, 1.0f, 1.0f);
     StrokeDab second = loop.At({12.0f, 8.0f, 0.0f}, 3.0f, 1.0f);
     Dabs({first, second});
-    // Around the first dab: pixel (0, 0) to the upper left of the middle, one unit a pixel.
+    // Around the first dab: pixel (0, 0) is at the upper left of the middle, with one unit per
+    // pixel.
     EXPECT_EQ(HeightAt(4, 9), 0.25f);
     EXPECT_EQ(HeightAt(5, 9), 0.5f);
     EXPECT_EQ(HeightAt(4, 8), 0.75f);
     EXPECT_EQ(HeightAt(5, 8), 1.0f);
-    // Under the second the same pattern, although its own middle and radius differ.
+    // Under the second dab the pattern is the same, although its middle and radius differ.
     for (uint32_t row = 6; row <= 10; ++row) {
         for (uint32_t column = 10; column <= 14; ++column) {
             const float left = column % 2 == 0 ? 0.0f : 0.25f;
@@ -118,7 +120,7 @@ TEST_F(StampedSurface, ATiledStampThatStaysAtTheStartIsOnePattern) {
 }
 
 TEST_F(StampedSurface, WithoutTilesNothingMovesOutsideTheImage) {
-    // A narrow image: two pixels wide, eight high, so a quarter of the dab's width.
+    // A narrow image, two pixels wide and eight high, covers a quarter of the dab's width.
     SetStampImage(*bench.brush, GreyImage(2, 8, std::vector<float>(16, 1.0f)));
     Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 1.0f)});
     for (uint32_t column = 0; column <= 16; ++column) {
@@ -127,7 +129,7 @@ TEST_F(StampedSurface, WithoutTilesNothingMovesOutsideTheImage) {
     }
 }
 
-TEST_F(StampedSurface, InvertedAndOffsetValuesReachTheSurface) {
+TEST_F(StampedSurface, InversionAndOffsetAffectTheSurface) {
     SetStampImage(*bench.brush, GreyImage(1, 1, {0.25f}));
     bench.brush->Settings().stampInverted = true;
     bench.brush->Settings().stampOffset = 0.5f;
@@ -136,7 +138,7 @@ TEST_F(StampedSurface, InvertedAndOffsetValuesReachTheSurface) {
     EXPECT_EQ(HeightAt(8, 8), 2.5f);
 }
 
-TEST_F(StampedSurface, AStampWithoutAnImageTouchesNothing) {
+TEST_F(StampedSurface, StampWithoutAnImageMovesNothing) {
     bench.brush->Settings().stampImage.reset();
     ASSERT_NE(bench.brush->MaskImage(-1), nullptr);
     EXPECT_EQ(bench.brush->MaskImage(-1)->Width(), 0u);
@@ -145,18 +147,18 @@ TEST_F(StampedSurface, AStampWithoutAnImageTouchesNothing) {
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
 }
 
-TEST_F(StampedSurface, AScaledMeshTakesTheStampInTheWorldsMeasure) {
-    // Twice as wide as high: the stamp is square in the world.
+TEST_F(StampedSurface, StampOnAScaledMeshHasItsSizeInWorldSpace) {
+    // The mesh is scaled to twice its width; the stamp is square in world space.
     bench.geometry->Place().Set({2.0f, 1.0f, 1.0f}, {}, {});
     Dabs({loop.At({16.5f, 8.25f, 0.0f}, 4.0f, 1.0f)});
     const float beside = HeightAt(9, 8);
     const float next = HeightAt(10, 8);
-    // One vertex further is two units, so two pixels further.
+    // The next vertex is two units and therefore two pixels away.
     EXPECT_NEAR(next / beside, Pixel(7.0f, 4.0f) / Pixel(5.0f, 4.0f), 1e-3f);
     EXPECT_GT(beside, 0.0f);
 }
 
-TEST_F(StampedSurface, AVectorStampMovesInSidesOfTheStamp) {
+TEST_F(StampedSurface, VectorStampMovesInUnitsOfItsSide) {
     // One pixel: half a side to the right, a quarter out of the surface, an eighth to the bottom.
     FloatImage image;
     image.width = image.height = 1;
@@ -171,19 +173,19 @@ TEST_F(StampedSurface, AVectorStampMovesInSidesOfTheStamp) {
     EXPECT_EQ(dab.strength, 100.0f);
     EXPECT_EQ(StrengthAtRadius(*bench.brush, 100.0f, 2.0f, 5.0f), 100.0f);
     Dabs({dab});
-    // The stamp measures four units.
+    // The stamp is four units wide.
     const Vector moved = bench.Mesh().Position(8 * 17 + 8);
     EXPECT_NEAR(moved.x, 8.0f + 2.0f, 1e-4f);
     EXPECT_NEAR(moved.y, 8.0f - 0.5f, 1e-4f);
     EXPECT_NEAR(moved.z, 1.0f, 1e-4f);
 }
 
-TEST(StampAcrossTheTopology, EachVertexTakesThePixelOfItsMirrorImage) {
+TEST(StampAcrossTheTopology, EachVertexReadsThePixelOfItsMirrorImage) {
     PolygonMesh grid = FlatGrid(16);
     for (auto& p : grid.positions) p[0] -= 8.0f;
     StrokeBench bench(grid);
     ASSERT_TRUE(bench.geometry->FindMirror());
-    // The right half stands elsewhere, so that no reflection takes one half to the other.
+    // The right half is posed differently, so that no reflection maps one half to the other.
     LevelMesh& mesh = bench.Mesh();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
         const Vector p = mesh.Position(v);

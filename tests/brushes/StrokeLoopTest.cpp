@@ -13,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-/// A grid of 16 x 16 quads from (0, 0) to (16, 16), with its middle line x = 8 as the mirror.
+/// A grid of 16 x 16 quads from (0, 0) to (16, 16), mirrored at its middle line x = 8.
 class StrokeLoopTest : public testing::Test {
 protected:
     StrokeLoopTest() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {}
@@ -22,7 +22,7 @@ protected:
     LoopBench bench;
 };
 
-TEST_F(StrokeLoopTest, AStrokeIsOneBeginItsDabsAndOneEnd) {
+TEST_F(StrokeLoopTest, StrokeIsOneBeginItsDabsAndOneEnd) {
     EXPECT_FALSE(bench.loop.IsActive());
     bench.loop.Begin(BrushOperation::ModifierNone);
     EXPECT_TRUE(bench.loop.IsActive());
@@ -35,7 +35,7 @@ TEST_F(StrokeLoopTest, AStrokeIsOneBeginItsDabsAndOneEnd) {
     EXPECT_EQ(bench.loop.Totals().dabs, 2u);
 }
 
-TEST_F(StrokeLoopTest, CallsOutOfOrderAreRefusedAndLeaveTheStroke) {
+TEST_F(StrokeLoopTest, CallsOutOfOrderAreRefusedAndKeepTheStroke) {
     EXPECT_THROW(bench.loop.Dab(bench.At({3.0f, 3.0f, 0.0f})), HostError);
     EXPECT_THROW(bench.loop.WholeMesh(1.0f, false), HostError);
     EXPECT_EQ(bench.loop.StrokeNumber(), 0u);
@@ -54,8 +54,8 @@ TEST_F(StrokeLoopTest, CallsOutOfOrderAreRefusedAndLeaveTheStroke) {
     bench.loop.End();
 }
 
-// The brush has copied the pixels when the stroke began.
-TEST_F(StrokeLoopTest, AStrokeKeepsTheStampWithWhichItBegan) {
+// The brush copied the pixels when the stroke began.
+TEST_F(StrokeLoopTest, StrokeKeepsItsInitialStamp) {
     const auto matrices = [this](const std::function<void()>& change) {
         brush.dabs.clear();
         brush.TakeStamp(8, 4);
@@ -71,7 +71,7 @@ TEST_F(StrokeLoopTest, AStrokeKeepsTheStampWithWhichItBegan) {
     EXPECT_EQ(matrices([this] { brush.SetStamp(false, QString()); }), expected);
 }
 
-TEST_F(StrokeLoopTest, TheBrushGetsWhatTheDabTells) {
+TEST_F(StrokeLoopTest, BrushReceivesTheValuesOfTheDab) {
     StrokeDab dab = bench.At({3.25f, 5.5f, 0.0f}, 0.75f, 12.0f);
     dab.pressure = 0.5f;
     bench.loop.Begin(BrushOperation::ModifierNone);
@@ -91,7 +91,7 @@ TEST_F(StrokeLoopTest, TheBrushGetsWhatTheDabTells) {
     EXPECT_EQ(bench.loop.DirtyBox().maxY, 5.5f);
 }
 
-TEST_F(StrokeLoopTest, AMirroredDabFollowsEachDabOnTheOtherSide) {
+TEST_F(StrokeLoopTest, MirroredDabFollowsEachDab) {
     bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     EXPECT_EQ(brush.MirrorConfig().MirrorMode(), MirrorConfiguration::PlaneX);
     StrokeDab dab = bench.At({3.25f, 5.5f, 0.0f});
@@ -126,7 +126,7 @@ TEST_F(StrokeLoopTest, EachSideOfAMirrorHasItsOwnPreviousHit) {
     }
 }
 
-TEST_F(StrokeLoopTest, EveryMirrorMakesADab) {
+TEST_F(StrokeLoopTest, EachMirrorAddsADab) {
     Matrix other;
     other.m[1][1] = -1.0f;
     other.m[3][1] = 16.0f;
@@ -140,14 +140,14 @@ TEST_F(StrokeLoopTest, EveryMirrorMakesADab) {
     EXPECT_EQ(brush.dabs[3].position, Vector(14.0f, 11.0f, 0.0f));
 }
 
-TEST_F(StrokeLoopTest, AMirroredDabLaysTheMirroredStamp) {
+TEST_F(StrokeLoopTest, MirroredDabAppliesTheMirroredStamp) {
     brush.TakeStamp(8, 8);
     bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({3.0f, 5.0f, 0.0f}, 2.0f));
     bench.loop.End();
     ASSERT_EQ(brush.dabs.size(), 2u);
-    // Two units a radius, eight pixels: two pixels a unit.
+    // The radius is two units and the stamp eight pixels wide: two pixels per unit.
     const Vector right = PixelOf(brush.dabs[0].stampMatrix, {4.0f, 5.5f, 0.0f});
     EXPECT_EQ(right.x, 5.5f);
     EXPECT_EQ(right.y, 2.5f);
@@ -156,7 +156,7 @@ TEST_F(StrokeLoopTest, AMirroredDabLaysTheMirroredStamp) {
     EXPECT_EQ(left.y, right.y);
 }
 
-TEST_F(StrokeLoopTest, WhatTheBrushThrowsEndsTheStroke) {
+TEST_F(StrokeLoopTest, ExceptionOfTheBrushEndsTheStroke) {
     brush.throwAfter = 1;
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({2.0f, 5.0f, 0.0f}));
@@ -165,7 +165,7 @@ TEST_F(StrokeLoopTest, WhatTheBrushThrowsEndsTheStroke) {
     EXPECT_EQ(brush.calls, (std::vector<std::string>{"begin", "dab", "dab", "end"}));
 }
 
-/// Writes down how strokes end.
+/// Records how strokes end.
 class EndListener final : public StrokeInputListener {
 public:
     void OnStrokeBegun(BrushOperation::Modifier, uint64_t) override {}
@@ -176,7 +176,7 @@ public:
     std::vector<bool> ends;
 };
 
-TEST(StrokeLoopEnd, IsToldAlsoWhereTheBrushFailsToEnd) {
+TEST(StrokeLoopEnd, IsReportedEvenIfTheBrushFailsToEnd) {
     class FailingBrush : public RecordingBrush {
     public:
         void EndStroke() override {
@@ -201,7 +201,7 @@ TEST(StrokeLoopEnd, IsToldAlsoWhereTheBrushFailsToEnd) {
     EXPECT_EQ(listener.ends, (std::vector<bool>{true, false}));
 }
 
-TEST_F(StrokeLoopTest, AMovedMeshIsMirroredOverItsOwnPlane) {
+TEST_F(StrokeLoopTest, MovedMeshIsMirroredAtItsLocalPlane) {
     bench.geometry.Place().Set({2.0f, 2.0f, 2.0f}, {}, {100.0f, 0.0f, 0.0f});
     bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     bench.loop.Begin(BrushOperation::ModifierNone);

@@ -32,7 +32,8 @@ protected:
         bench.loop.End();
         return count;
     }
-    /// Over the middle of the grid; 20 pixels are one unit, (400, 300) is the middle (8, 8).
+    /// A view of the middle of the grid; 20 pixels are one unit, and (400, 300) is the middle (8,
+    /// 8).
     static StrokeView ViewFromAbove() {
         StrokeView view;
         view.width = 800;
@@ -48,7 +49,7 @@ protected:
     LoopBench bench;
 };
 
-TEST_F(StrokePathTest, DabsLieAtTheSpacingWhateverTheLengthOfThePath) {
+TEST_F(StrokePathTest, DabsAreSpacedIndependentOfThePathLength) {
     for (const float length : {1.0f, 1.2345f, 3.9f, 10.07f}) {
         for (const float spacing : {0.25f, 0.6f, 1.7f}) {
             SCOPED_TRACE(std::to_string(length) + " at " + std::to_string(spacing));
@@ -69,14 +70,14 @@ TEST_F(StrokePathTest, DabsLieAtTheSpacingWhateverTheLengthOfThePath) {
     }
 }
 
-TEST_F(StrokePathTest, RoundACornerTheStraightDistanceCounts) {
+TEST_F(StrokePathTest, StraightDistanceCountsAroundACorner) {
     AlongSurface({{{2.0f, 3.0f, 0.0f}}, {{4.1f, 3.0f, 0.0f}}, {{4.1f, 6.0f, 0.0f}}}, 1.0f, 0.5f);
     ASSERT_GT(brush.dabs.size(), 8u);
     for (std::size_t i = 1; i < brush.dabs.size(); ++i) {
         const Vector between = brush.dabs[i].position - brush.dabs[i - 1].position;
         EXPECT_NEAR(between.Length(), 0.5f, 1e-3f);
     }
-    // The last before the corner stands at 4.0, so the next is not half a unit along the path.
+    // The last dab before the corner is at 4.0, so the next is not half a unit along the path.
     EXPECT_NEAR(brush.dabs[4].position.x, 4.0f, 1e-2f);
     EXPECT_NEAR(brush.dabs[5].position.y, 3.0f + std::sqrt(0.25f - 0.01f), 1e-2f);
 }
@@ -97,12 +98,12 @@ TEST_F(StrokePathTest, PressureIsInterpolatedBetweenSamples) {
 
 TEST_F(StrokePathTest, OneSampleIsOneDab) {
     EXPECT_EQ(AlongSurface({{{5.0f, 5.0f, 3.0f}, 0.5f}}, 1.0f, 0.25f), 1u);
-    EXPECT_EQ(brush.dabs[0].position, Vector(5.0f, 5.0f, 0.0f)) << "the nearest place";
+    EXPECT_EQ(brush.dabs[0].position, Vector(5.0f, 5.0f, 0.0f)) << "the nearest point";
     EXPECT_EQ(brush.dabs[0].pressure, 0.5f);
     EXPECT_EQ(AlongSurface({}, 1.0f, 0.25f), 0u);
 }
 
-TEST_F(StrokePathTest, APointerPathIsSpacedOnTheSurface) {
+TEST_F(StrokePathTest, PointerPathIsSpacedOnTheSurface) {
     const unsigned count = AlongView(
         ViewFromAbove(), {{{300.0f, 300.0f, 0.0f}}, {{500.0f, 260.0f, 0.0f}}}, 0.5f, 0.5f);
     EXPECT_NEAR(brush.dabs[0].position.x, 3.0f, 1e-3f);
@@ -115,9 +116,9 @@ TEST_F(StrokePathTest, APointerPathIsSpacedOnTheSurface) {
     }
 }
 
-TEST_F(StrokePathTest, ThereAreNoDabsWhereThePathLeavesTheMesh) {
-    // In at the left border, x = 0 at pixel 240, out at the right one, x = 16 at pixel 560, and
-    // back in.
+TEST_F(StrokePathTest, NoDabsWhereThePathLeavesTheMesh) {
+    // The path enters at the left border (x = 0, pixel 240), leaves at the right one (x = 16, pixel
+    // 560), and returns.
     const StrokeView view = ViewFromAbove();
     AlongView(view,
               {{{100.0f, 300.0f, 0.0f}}, {{700.0f, 300.0f, 0.0f}}, {{520.0f, 200.0f, 0.0f}}},
@@ -133,7 +134,7 @@ TEST_F(StrokePathTest, ThereAreNoDabsWhereThePathLeavesTheMesh) {
         widest = std::max(widest, dab.position.x);
     }
     EXPECT_GT(widest, 15.5f);
-    // The first dab after the gap stands at the border again, not a spacing inside.
+    // The first dab after the gap is at the border again, not a spacing inside.
     std::size_t back = 1;
     while (back < brush.dabs.size() && brush.dabs[back].position.y < 8.5f) ++back;
     ASSERT_LT(back, brush.dabs.size());
@@ -141,7 +142,7 @@ TEST_F(StrokePathTest, ThereAreNoDabsWhereThePathLeavesTheMesh) {
     EXPECT_EQ(AlongView(view, {{{10.0f, 10.0f, 0.0f}}, {{200.0f, 20.0f, 0.0f}}}, 1.0f, 0.5f), 0u);
 }
 
-TEST_F(StrokePathTest, AMovedMeshIsStruckWhereItStands) {
+TEST_F(StrokePathTest, MovedMeshIsHitAtItsWorldPosition) {
     bench.geometry.Place().Set({0.5f, 0.5f, 0.5f}, {}, {0.0f, 0.0f, 7.0f});
     AlongSurface({{{2.0f, 3.0f, 7.0f}}, {{4.0f, 3.0f, 7.0f}}}, 1.0f, 1.0f);
     ASSERT_EQ(brush.dabs.size(), 3u);
@@ -150,9 +151,9 @@ TEST_F(StrokePathTest, AMovedMeshIsStruckWhereItStands) {
     EXPECT_NEAR(brush.dabs[1].hit.position.x, 6.0f, 1e-3f);
 }
 
-TEST_F(StrokePathTest, TheHeadingOfAPointerPathLiesInTheSurface) {
-    // Seen at an angle, a motion to the right of the viewport runs along the grid's x, and one
-    // upwards away from the viewer.
+TEST_F(StrokePathTest, HeadingOfAPointerPathLiesInTheSurface) {
+    // Seen at an angle, a motion to the right of the viewport runs along the grid's x, and an
+    // upward one away from the viewer.
     StrokeView view = ViewFromAbove();
     view.eye = {8.0f, -20.0f, 20.0f};
     const auto hit = HitThrough(bench.geometry, bench.tree, view, {400.0f, 300.0f, 0.0f});

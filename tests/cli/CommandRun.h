@@ -28,7 +28,7 @@ struct Outcome {
     std::string error;
 };
 
-/// A test that runs the command in a folder of its own, which holds a cube.
+/// A test that runs the command in its own folder, which contains a cube.
 class Command : public ::testing::Test {
 protected:
     Command() {
@@ -53,7 +53,7 @@ protected:
         return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
     }
 
-    /// Runs a script and expects that it fails with this one line on standard error.
+    /// Runs a script and expects it to fail with this one line on standard error.
     void ExpectScriptError(const std::string& script, const std::string& reason) {
         SCOPED_TRACE(script);
         WriteFile("bad.json", script);

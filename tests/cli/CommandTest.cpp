@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The command as its users meet it: exit status, one clear line on failure, files that it writes.
+/// \file The command as users see it: exit status, a one-line error on failure, files that it
+/// writes.
 #include "tests/cli/CommandRun.h"
 
 namespace trovik::test {
@@ -17,7 +17,7 @@ constexpr const char* sculptScript =
         {"picture": {"file": "p.png", "width": 64, "height": 48, "samples": 1}},
         {"export": {"file": "OUT.ply"}}]})";
 
-TEST_F(Command, SculptsAndWritesWhatTheScriptAsks) {
+TEST_F(Command, SculptsAndWritesTheFilesOfTheScript) {
     WriteFile("s.json", sculptScript);
     const Outcome outcome = Run("sculpt s.json");
     EXPECT_EQ(outcome.status, 0) << outcome.error;
@@ -36,7 +36,7 @@ TEST_F(Command, SameScriptGivesTheSameBytesTwice) {
     EXPECT_EQ(ReadAll(folder / "p.png"), picture);
 }
 
-TEST_F(Command, UndoBringsTheMeshBackToTheBit) {
+TEST_F(Command, UndoRestoresEveryBitOfTheMesh) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 3, "steps": [
         {"export": {"file": "before.ply"}},
         {"tool": "Sculpt", "set": {"radius": 0.6, "strength": 80}},
@@ -59,7 +59,7 @@ TEST_F(Command, SummaryCanBeJson) {
     EXPECT_NE(outcome.out.find("\"faces\": 1536"), std::string::npos) << outcome.out;
 }
 
-TEST_F(Command, ScriptMistakesAreOneLineWithPlaceAndReason) {
+TEST_F(Command, ScriptErrorsAreOneLineWithLocationAndReason) {
     ExpectScriptError("{\"mesh\": ", "not valid JSON");
     ExpectScriptError(R"({"steps": []})", "mesh");
     ExpectScriptError(R"({"mesh": "cube.obj", "stepps": [], "steps": []})", "stepps");
@@ -131,7 +131,7 @@ TEST_F(Command, ScriptDeletesRebuildsAndAppliesLevels) {
     EXPECT_EQ(faces, 6u);
 }
 
-TEST_F(Command, UnreadableMeshIsOneLineThatNamesIt) {
+TEST_F(Command, UnreadableMeshIsAOneLineErrorThatNamesIt) {
     WriteFile("s.json", R"({"mesh": "nowhere.obj", "steps": []})");
     Outcome outcome = Run("sculpt s.json -q");
     EXPECT_EQ(outcome.status, 1);
@@ -149,14 +149,14 @@ TEST_F(Command, FailedExportLeavesNoHalfWrittenFile) {
     EXPECT_FALSE(fs::exists(folder / "mesh.unknown"));
 }
 
-TEST_F(Command, WrongUsageIsStatusTwo) {
+TEST_F(Command, WrongUsageExitsWithStatusTwo) {
     EXPECT_EQ(Run("").status, 2);
     EXPECT_EQ(Run("sculpt").status, 2);
     EXPECT_EQ(Run("carve s.json").status, 2);
     EXPECT_EQ(Run("render cube.obj p.png --samples 0").status, 2);
 }
 
-TEST_F(Command, TraceIsWrittenIntoItsFolder) {
+TEST_F(Command, TraceIsWrittenToItsFolder) {
     WriteFile("s.json", sculptScript);
     const Outcome outcome = Run("sculpt s.json -q --trace t --trace-every 2");
     EXPECT_EQ(outcome.status, 0) << outcome.error;
@@ -173,7 +173,7 @@ TEST_F(Command, TraceIsWrittenIntoItsFolder) {
         << refused.error;
 }
 
-TEST_F(Command, HelpAndVersionAreStatusZero) {
+TEST_F(Command, HelpAndVersionExitWithStatusZero) {
     EXPECT_EQ(Run("--help").status, 0);
     const Outcome version = Run("--version");
     EXPECT_EQ(version.status, 0);
@@ -202,9 +202,9 @@ TEST_F(Command, InfoConvertAndRenderWork) {
     EXPECT_GT(fs::file_size(folder / "cube.png"), 100u);
 }
 
-TEST_F(Command, PluginThatIsMissingIsNamed) {
+TEST_F(Command, MissingPluginIsNamed) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
-    // The tests after this one need the path as it was.
+    // Later tests need the original path.
     const char* present = std::getenv("TROVIK_PLUGIN_PATH");
     const std::string before = present == nullptr ? "" : present;
     setenv("TROVIK_PLUGIN_PATH", folder.c_str(), 1);
@@ -218,7 +218,7 @@ TEST_F(Command, PluginThatIsMissingIsNamed) {
     EXPECT_NE(outcome.error.find(folder.string()), std::string::npos) << outcome.error;
 }
 
-TEST_F(Command, LayerStepsAreTakenBackOneByOne) {
+TEST_F(Command, LayerStepsAreUndoneOneByOne) {
     WriteFile("s.json",
               R"({"mesh": "cube.obj", "levels": 3, "preferences": {"Undo File": true}, "steps": [
         {"layer": {"add": "a"}}, {"tool": "Sculpt", "set": {"radius": 0.5, "strength": 40}},
@@ -247,7 +247,7 @@ TEST_F(Command, LayerStepsAreTakenBackOneByOne) {
                       "/steps/1/layer: layer \"a\" has no layer below it to merge into");
 }
 
-TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
+TEST_F(Command, SavedSceneContinuesToTheSameMesh) {
     const std::string first = R"({"tool": "Wax", "set": {"radius": 0.5, "strength": 40}},
         {"layer": {"add": "skin"}}, {"stroke": {"surface": [[0.2, 0.1, 1], [0.6, 0.3, 1]]}})";
     const std::string second = R"({"stroke": {"surface": [[0.4, 0.6, 1], [0.1, 0.3, 1]]}})";
@@ -281,7 +281,7 @@ TEST_F(Command, ASavedSceneGoesOnToTheSameMesh) {
     EXPECT_TRUE(ReadAll(folder / "level.ply") == ReadAll(folder / "same.ply"));
 }
 
-TEST_F(Command, WhatIsWrongWithASceneIsOneLine) {
+TEST_F(Command, SceneErrorsAreOneLine) {
     ExpectScriptError(R"({"mesh": "cube.obj", "scene": "a.trovik", "steps": []})",
                       "/: a script must have exactly one of \"mesh\" and \"scene\"");
     ExpectScriptError(R"({"scene": "a.trovik", "levels": 2, "steps": []})", "/levels: ");
@@ -300,7 +300,7 @@ TEST_F(Command, WhatIsWrongWithASceneIsOneLine) {
     }
 }
 
-TEST_F(Command, ConvertKeepsWhatTheMeshCarriesAndConvertsUnits) {
+TEST_F(Command, ConvertKeepsAttributesAndConvertsUnits) {
     WriteFile("sheet.obj",
               "v 0 0 0 1 0 0\nv 10 0 0 0 1 0\nv 10 10 0 0 0 1\nv 0 10 0 1 1 1\nvt 0 0\nvt 1 0\n"
               "vt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
@@ -319,7 +319,7 @@ TEST_F(Command, ConvertKeepsWhatTheMeshCarriesAndConvertsUnits) {
     EXPECT_EQ(Run("convert sheet.obj x.ply --units parsec").status, 2);
 }
 
-TEST_F(Command, ExportsConvertFromTheUnitsThatTheScriptTells) {
+TEST_F(Command, ExportsConvertFromTheUnitsInTheScript) {
     WriteFile("s.json",
               R"({"mesh": "cube.obj", "units": "m", "up": "y", "steps": [
                   {"export": {"file": "as-is.ply"}}, {"export": {"file": "cube.usda"}},
@@ -335,13 +335,13 @@ TEST_F(Command, ExportsConvertFromTheUnitsThatTheScriptTells) {
         "glTF files are always in metres with y up");
 }
 
-/// A 2 x 2 sheet of quads with UVs, arched.
+/// An arched surface of 2 x 2 quads with UVs.
 constexpr const char* sheetWithUvs =
     "v 0 0 0\nv 1 0 0.3\nv 2 0 0\nv 0 1 0.2\nv 1 1 0.6\nv 2 1 0.2\nv 0 2 0\nv 1 2 0.3\nv 2 2 0\n"
     "vt 0 0\nvt 0.5 0\nvt 1 0\nvt 0 0.5\nvt 0.5 0.5\nvt 1 0.5\nvt 0 1\nvt 0.5 1\nvt 1 1\n"
     "f 1/1 2/2 5/5 4/4\nf 2/2 3/3 6/6 5/5\nf 4/4 5/5 8/8 7/7\nf 5/5 6/6 9/9 8/8\n";
 
-TEST_F(Command, BakesMapsAndLaysThemOnAgain) {
+TEST_F(Command, BakesMapsAndAppliesThemAgain) {
     WriteFile("sheet.obj", sheetWithUvs);
     WriteFile("s.json", R"({"mesh": "sheet.obj", "levels": 4, "steps": [
         {"tool": "Sculpt", "set": {"radius": 0.4, "strength": 40}},
@@ -378,7 +378,7 @@ TEST_F(Command, BakesMapsAndLaysThemOnAgain) {
     EXPECT_NE(found.out.find("\"from\": 3"), std::string::npos) << found.out;
 }
 
-TEST_F(Command, WhatCannotBeBakedIsOneLine) {
+TEST_F(Command, BakingErrorsAreOneLine) {
     WriteFile("bare.json",
               R"({"mesh": "cube.obj", "levels": 1, "steps": [{"save": "bare.trovik"}]})");
     ASSERT_EQ(Run("sculpt -q bare.json").status, 0);

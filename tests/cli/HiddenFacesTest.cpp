@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Hidden faces from a script to a scene, and from there to renders and meshes.
+/// \file Hidden faces from a script to a scene, and from the scene to renders and meshes.
 #include "tests/cli/CommandRun.h"
 
 #include <nlohmann/json.hpp>
@@ -31,7 +30,7 @@ TEST_F(HiddenFacesCommand, AreKeptInScenesAndLeftOutOnRequest) {
     EXPECT_EQ(FacesIn("cube.trovik all.ply"), 96u);
     EXPECT_EQ(FacesIn("cube.trovik visible.ply --visible"), 80u);
     EXPECT_EQ(ReadAll(folder / "visible.ply"), ReadAll(folder / "part.ply"));
-    // What an added level has above hidden faces is hidden, too.
+    // The children of hidden faces on an added level are hidden, too.
     EXPECT_EQ(FacesIn("cube.trovik finer.ply --visible --levels 1"), 320u);
     WriteFile("all.json", R"({"scene": "cube.trovik", "steps": [{"show": "all"},
                               {"save": "shown.trovik"}]})");
@@ -44,7 +43,7 @@ TEST_F(HiddenFacesCommand, AreKeptInScenesAndLeftOutOnRequest) {
     EXPECT_NE(ReadAll(folder / "cube.png"), ReadAll(folder / "shown.png"));
 }
 
-TEST_F(HiddenFacesCommand, AreGivenBackByAJournal) {
+TEST_F(HiddenFacesCommand, AreRecoveredFromAJournal) {
     WriteFile("hide.json",
               R"({"mesh": "cube.obj", "levels": 2, "steps": [
                   {"freeze": {"min": [-9, -9, -9], "max": [0, 9, 9], "amount": 0.5}},

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// `trovik info` of several files, and notes on what files hold.
+/// \file `trovik info` on several files, and notes on the contents of files.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -45,7 +44,7 @@ TEST_F(InfoCommand, ReportsSeveralFilesInTheirOrder) {
     EXPECT_EQ(Run("info cube.obj tri.obj -q").out, "");
 }
 
-TEST_F(InfoCommand, GoesOnAfterFilesThatCannotBeRead) {
+TEST_F(InfoCommand, ContinuesAfterUnreadableFiles) {
     const Outcome outcome = Run("info broken.obj cube.obj none.obj tri.obj");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, Run("info cube.obj").out + Run("info tri.obj").out);
@@ -62,7 +61,7 @@ TEST_F(InfoCommand, GoesOnAfterFilesThatCannotBeRead) {
     EXPECT_EQ(list[1]["vertices"], 8);
 }
 
-TEST_F(InfoCommand, NotesWhatWasLeftOutAndWhatRefinementDoesToTriangles) {
+TEST_F(InfoCommand, NotesOmissionsAndTheRefinementOfTriangles) {
     const Outcome odd = Run("info odd.obj");
     EXPECT_EQ(odd.status, 0) << odd.error;
     EXPECT_THAT(odd.out,
@@ -78,7 +77,7 @@ TEST_F(InfoCommand, NotesWhatWasLeftOutAndWhatRefinementDoesToTriangles) {
     EXPECT_THAT(Run("info cube.obj").out, Not(HasSubstr("note")));
 }
 
-TEST_F(InfoCommand, OtherCommandsGiveTheNotesOnStandardErrorUnlessQuiet) {
+TEST_F(InfoCommand, OtherCommandsPrintNotesToStandardErrorUnlessQuiet) {
     const char* note = "note: odd.obj: 1 face has two corners at the same vertex";
     EXPECT_THAT(Run("convert odd.obj odd.ply").error, HasSubstr(note));
     EXPECT_THAT(Run("convert odd.obj odd.ply --levels 1").error, HasSubstr(note));
@@ -93,7 +92,7 @@ TEST_F(InfoCommand, OtherCommandsGiveTheNotesOnStandardErrorUnlessQuiet) {
     EXPECT_EQ(converted["notes"].size(), 1u);
 }
 
-TEST_F(InfoCommand, SculptTellsOnceWhatRefinementDoesToTriangles) {
+TEST_F(InfoCommand, SculptReportsTheRefinementOfTrianglesOnce) {
     const auto count = [this](const std::string& script) {
         WriteFile("t.json", script);
         const std::string error = Run("sculpt t.json").error;
@@ -125,7 +124,7 @@ TEST_F(InfoCommand, ExportsOfMaterialsNameEveryFile) {
     fs::remove_all(folder / "out");
     const json summary = json::parse(Run("sculpt e.json -o out --json -q").out);
     EXPECT_EQ(summary["files"], json({"out/fine.obj", "out/odd.mtl", "out/fine.trovik"}));
-    // A scene that moves together with the files that it names finds them.
+    // A scene that is moved together with the files it names finds them.
     fs::create_directories(folder / "moved");
     fs::rename(folder / "out", folder / "moved/out");
     fs::rename(folder / "odd.mtl", folder / "moved/odd.mtl");

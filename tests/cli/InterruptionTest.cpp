@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Ctrl-C and SIGTERM in the midst of long work: one line, the status of shells, and files as they
-/// were.
+/// \file Ctrl-C and SIGTERM during long work: one line of output, the exit status that shells
+/// expect, and unchanged files.
 #include "tests/cli/CommandRun.h"
 
 #include <algorithm>
@@ -16,7 +15,7 @@
 namespace trovik::test {
 namespace {
 
-/// The command at work in its folder.
+/// The command, running in its folder.
 class Running {
 public:
     Running(const fs::path& folder, const std::vector<std::string>& arguments) {
@@ -28,7 +27,7 @@ public:
         raw.push_back(nullptr);
         child = fork();
         if (child != 0) return;
-        // A test run may itself ignore them, as one in the background does.
+        // The test run may itself ignore these signals, as background processes do.
         for (const int number : {SIGINT, SIGTERM}) std::signal(number, SIG_DFL);
         const int out = open((folder / "out.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         const int error = open((folder / "error.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
@@ -50,7 +49,7 @@ public:
         if (!over) over = waitpid(child, &status, WNOHANG) == child;
         return over;
     }
-    /// As waitpid tells it.
+    /// The status as returned by waitpid.
     int Wait() {
         if (!over) over = waitpid(child, &status, 0) == child;
         return status;
@@ -64,7 +63,8 @@ private:
 
 class Interruption : public Command {
 protected:
-    /// Two steps that write, and between them a subdivision into six millions of faces.
+    /// Writes a script with two steps that write files, and a subdivision into six million faces
+    /// between them.
     void WriteScript() {
         WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 2, "steps": [
             {"tool": "Sculpt", "set": {"radius": 0.6, "strength": 80}},
@@ -74,7 +74,7 @@ protected:
             {"export": {"file": "after.ply"}}]})");
         WriteFile("after.ply", "what was there");
     }
-    /// Starts the command and waits until it says that it is at the step.
+    /// Starts the command and waits until it reports that it has reached the step.
     std::unique_ptr<Running> RunUntil(const std::string& step,
                                       const std::vector<std::string>& arguments) {
         fs::remove(folder / "error.txt");
@@ -92,9 +92,11 @@ protected:
             names.insert(entry.path().filename().string());
         return names;
     }
-    /// Interrupts a run of the script in its subdivision. \return the status as waitpid tells it.
+    /// Interrupts a run of the script during its subdivision. \return the status as returned by
+    /// waitpid.
     int InterruptInSubdivision(int signal, const std::vector<std::string>& arguments) {
-        // Where this test got no time until the subdivision was over, it says nothing; again then.
+        // If the test was not scheduled before the subdivision ended, the run proves nothing and is
+        // repeated.
         for (int attempt = 0; attempt < 10; ++attempt) {
             WriteScript();
             const auto running = RunUntil("] subdivide\n", arguments);
@@ -102,10 +104,10 @@ protected:
             const int status = running->Wait();
             if (!Says("[5/5]")) return status;
         }
-        ADD_FAILURE() << "no subdivision was met at work";
+        ADD_FAILURE() << "no run was interrupted during its subdivision";
         return 0;
     }
-    /// One line, the last one, after those that tell of the steps.
+    /// Expects one line, the last one, after the lines that report the steps.
     void ExpectOneLine() const {
         const std::string error = ReadAll(folder / "error.txt");
         const std::string line = "trovik: interrupted\n";
@@ -116,7 +118,7 @@ protected:
     }
 };
 
-TEST_F(Interruption, EndsASubdivisionInOneLineAndLeavesFilesAsTheyWere) {
+TEST_F(Interruption, EndsASubdivisionWithOneLineAndLeavesFilesUnchanged) {
     for (const int signal : {SIGINT, SIGTERM}) {
         const int status = InterruptInSubdivision(signal, {"sculpt", "s.json"});
         ASSERT_TRUE(WIFEXITED(status)) << status;
@@ -148,7 +150,7 @@ TEST_F(Interruption, EndsAWalkThatAppliesNoDab) {
     }
 }
 
-TEST_F(Interruption, JournalGivesBackWhatWasFinished) {
+TEST_F(Interruption, JournalRecoversFinishedWork) {
     const int status =
         InterruptInSubdivision(SIGINT, {"sculpt", "s.json", "--journal", "s.journal"});
     ASSERT_TRUE(WIFEXITED(status)) << status;
@@ -158,7 +160,7 @@ TEST_F(Interruption, JournalGivesBackWhatWasFinished) {
     EXPECT_EQ(outcome.error,
               "trovik: s.journal: the last step, \"subdivide\", was not finished and is "
               "skipped\n");
-    // The work up to the subdivision, to the bit.
+    // The work up to the subdivision, bit-identical.
     ASSERT_EQ(Run("convert s.trovik again.ply -q").status, 0);
     EXPECT_EQ(ReadAll(folder / "again.ply"), ReadAll(folder / "before.ply"));
 }
@@ -167,7 +169,7 @@ TEST_F(Interruption, SecondSignalEndsTheProgramAtOnce) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         WriteScript();
         const auto running = RunUntil("] subdivide\n", {"sculpt", "s.json"});
-        // Both are there when it goes on.
+        // Both signals are pending when it continues.
         running->Send(SIGSTOP);
         running->Send(SIGINT);
         running->Send(SIGTERM);
@@ -180,12 +182,12 @@ TEST_F(Interruption, SecondSignalEndsTheProgramAtOnce) {
         EXPECT_EQ(ReadAll(folder / "after.ply"), "what was there");
         return;
     }
-    ADD_FAILURE() << "no subdivision was met at work";
+    ADD_FAILURE() << "no run was interrupted during its subdivision";
 }
 
-TEST_F(Interruption, WhatWasIgnoredAtTheStartStaysSo) {
+TEST_F(Interruption, SignalsIgnoredAtTheStartStayIgnored) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": [{"export": {"file": "OUT.ply"}}]})");
-    // The shell sends itself the signal that it and the command ignore, and the command goes on.
+    // The shell sends itself a signal that it and the command ignore, and the command continues.
     const std::string line = "cd '" + folder.string() + "' && trap '' INT && ('" + TROVIK_COMMAND +
                              "' sculpt s.json -q & p=$!; kill -INT $p; wait $p)";
     const int status = std::system(line.c_str());
@@ -193,9 +195,10 @@ TEST_F(Interruption, WhatWasIgnoredAtTheStartStaysSo) {
     EXPECT_TRUE(fs::exists(folder / "OUT.ply"));
 }
 
-TEST_F(Interruption, EndsTheRefiningAndWritingOfAConversion) {
-    // The command tells no steps here. Whenever the signal comes, the old file or the new one is
-    // there whole, and nothing beside it; the time at which it is at work is searched for.
+TEST_F(Interruption, EndsRefinementAndWritingOfAConversion) {
+    // The command does not report steps here. Whenever the signal arrives, either the old file or
+    // the new one is complete, and there is no other file. The test searches for a time at which
+    // the command is running.
     const std::set<std::string> files = {"cube.obj", "fine.ply", "out.txt", "error.txt"};
     bool met = false;
     int wait = 50;
@@ -207,7 +210,7 @@ TEST_F(Interruption, EndsTheRefiningAndWritingOfAConversion) {
         const int status = running.Wait();
         EXPECT_EQ(Files(), files);
         if (!WIFEXITED(status)) {
-            // It was not listening yet.
+            // The signal handler was not installed yet.
             wait += 50;
             continue;
         }

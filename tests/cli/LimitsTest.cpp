@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The command under limits of the system: memory, address space, sizes of files; and files that it
-/// may not write.
+/// \file The command under system limits: memory, address space, file sizes, and files without
+/// write permission.
 #include "framework/io/FileLock.h"
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
@@ -13,7 +12,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-// A sanitized process maps more address space than any limit leaves.
+// A sanitized process maps more address space than any limit allows.
 #ifdef __SANITIZE_ADDRESS__
 #define SKIP_IF_SANITIZED() GTEST_SKIP() << "not with little address space"
 #else
@@ -33,8 +32,8 @@ protected:
             {"stroke": {"surface": [[0, 0, 1], [0.5, 0.2, 1]]}}]})");
     }
 
-    /// Runs the command under a limit of the shell's ulimit: "v" with kilobytes of address space,
-    /// "f" with blocks of 512 bytes in a file.
+    /// Runs the command under a limit of the shell's ulimit: "v" for kilobytes of address space,
+    /// "f" for blocks of 512 bytes in a file.
     Outcome RunUnder(const std::string& limit, uint64_t value, const std::string& arguments) {
         const std::string line = "cd '" + folder.string() + "' && (ulimit -S" + limit + " " +
                                  std::to_string(value) + " && exec '" + TROVIK_COMMAND + "' " +
@@ -43,7 +42,7 @@ protected:
         return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
     }
 
-    /// The least address space, in kilobytes, with which the program starts at all.
+    /// The minimum address space, in kilobytes, with which the program starts.
     uint64_t LeastToStart() {
         uint64_t tooLittle = 8 << 10;
         uint64_t enough = 4 << 20;
@@ -67,8 +66,8 @@ protected:
         return false;
     }
 
-    /// Runs the command with more and more address space, until it has enough several times.
-    /// Whatever it has, it succeeds, or it fails in one line and leaves `output` as it was.
+    /// Runs the command with increasing address space, until it has had enough several times. In
+    /// each run the command either succeeds, or fails with one line and leaves `output` unchanged.
     void ExpectSuccessOrOneLineAtEveryLimit(const std::string& arguments,
                                             const std::string& output) {
         const char* finer = std::getenv("TROVIK_LIMIT_STEP_KB");
@@ -94,11 +93,11 @@ protected:
             }
             if (HasFailure()) return;
         }
-        EXPECT_GT(failures, 0) << "the first limit was enough";
+        EXPECT_GT(failures, 0) << "the first limit was already enough";
     }
 };
 
-TEST_F(Limits, EveryAddressSpaceIsEnoughToSculptOrToFailInOneLine) {
+TEST_F(Limits, SculptSucceedsOrFailsWithOneLineInAnyAddressSpace) {
     SKIP_IF_SANITIZED();
     const std::string mesh = SourceFolder() + "/examples/meshes/spot.obj";
     WriteFile("spot.json", R"({"mesh": ")" + mesh + R"(", "levels": 4, "mirror": ["x"], "steps": [
@@ -114,7 +113,7 @@ TEST_F(Limits, EveryAddressSpaceIsEnoughToSculptOrToFailInOneLine) {
     ExpectSuccessOrOneLineAtEveryLimit("sculpt spot.json -q", "out.trovik");
 }
 
-TEST_F(Limits, EveryAddressSpaceIsEnoughToConvertOrToFailInOneLine) {
+TEST_F(Limits, ConvertSucceedsOrFailsWithOneLineInAnyAddressSpace) {
     SKIP_IF_SANITIZED();
     const std::string mesh = SourceFolder() + "/examples/meshes/spot.obj";
     ExpectSuccessOrOneLineAtEveryLimit("convert '" + mesh + "' out.ply --levels 4 -q", "out.ply");
@@ -136,7 +135,7 @@ TEST_F(Limits, LevelsBeyondFreeMemoryAreRefusedAtOnceByEveryVerb) {
                               "vertices and take "));
         EXPECT_THAT(outcome.error, HasSubstr(" bytes of memory are free (address space limit)"));
     }
-    // Without a limit, what cannot be counted: no level was made before.
+    // Without a limit, level counts that overflow are refused before any level is made.
     const std::string uncountable[] = {"convert '" + mesh + "' out.obj",
                                        "render '" + mesh + "' out.png"};
     for (const std::string& verb : uncountable)
@@ -145,10 +144,10 @@ TEST_F(Limits, LevelsBeyondFreeMemoryAreRefusedAtOnceByEveryVerb) {
     EXPECT_FALSE(fs::exists(folder / "out.png"));
 }
 
-TEST_F(Limits, RendersInTheLeastAddressSpaceAreTheSame) {
+TEST_F(Limits, RendersInTheMinimumAddressSpaceAreIdentical) {
     SKIP_IF_SANITIZED();
     ASSERT_EQ(Run("render cube.obj free.png --levels 2 --width 64 --height 48 -q").status, 0);
-    // Where it has just enough, no address space is left for stacks of further threads.
+    // With just enough address space, none is left for the stacks of further threads.
     const uint64_t least = LeastToStart();
     for (uint64_t limit = least;; limit += 16 << 10) {
         ASSERT_LT(limit, least + (4 << 20)) << "it never has enough";
@@ -160,7 +159,7 @@ TEST_F(Limits, RendersInTheLeastAddressSpaceAreTheSame) {
     EXPECT_EQ(ReadAll(folder / "small.png"), ReadAll(folder / "free.png"));
 }
 
-TEST_F(Limits, FilesBeyondTheSizeLimitFailProperly) {
+TEST_F(Limits, FilesBeyondTheSizeLimitFailWithAnError) {
     WriteFile("big.json",
               R"({"mesh": "cube.obj", "levels": 6, "steps": [{"save": "out.trovik"}]})");
     const std::pair<std::string, std::string> writers[] = {
@@ -179,8 +178,8 @@ TEST_F(Limits, FilesBeyondTheSizeLimitFailProperly) {
     }
 }
 
-TEST_F(Limits, AJournalThatCannotBeKeptIsAWarningThatQuietDoesNotHide) {
-    // Steps of some kilobytes each, so that the journal passes the limit.
+TEST_F(Limits, UnwritableJournalIsAWarningThatQuietDoesNotHide) {
+    // Steps of several kilobytes each, so that the journal exceeds the limit.
     std::string samples = "1";
     for (int i = 0; i < 400; ++i) samples += ", 0.5";
     std::string steps;
@@ -204,7 +203,7 @@ TEST_F(Limits, AJournalThatCannotBeKeptIsAWarningThatQuietDoesNotHide) {
     EXPECT_EQ(nlohmann::json::parse(Run("sculpt s.json --json").out).at("warnings").size(), 0u);
 }
 
-TEST_F(Limits, ASecondRunWithTheSameJournalIsRefused) {
+TEST_F(Limits, SecondRunWithTheSameJournalIsRefused) {
     WriteFile("w.journal", "");
     const FileLock firstRun((folder / "w.journal").string());
     ASSERT_EQ(firstRun.State(), FileLock::Result::Locked);
@@ -228,12 +227,12 @@ TEST_F(Limits, FilesOfKilledRunsAreRemovedWithANote) {
     EXPECT_FALSE(HasUnfinishedFiles());
 }
 
-TEST_F(Limits, RecoverChecksWhereItWritesBeforeItWorks) {
+TEST_F(Limits, RecoverChecksItsOutputBeforeItStarts) {
     ASSERT_EQ(Run("sculpt s.json -q --journal w.journal").status, 0);
     for (const char* target : {"missing/out.trovik", "cube.obj/out.trovik", "w.journal.obj"}) {
         SCOPED_TRACE(target);
         const Outcome outcome = Run(std::string("recover w.journal -o ") + target);
-        // Nothing of the progress: no step was done again.
+        // There is no progress output: no step was repeated.
         ExpectOneLine(outcome);
         EXPECT_THAT(outcome.error, HasSubstr(target));
     }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The man page against the program: every option, and every field of the output for programs.
+/// \file The man page lists every option, and every field of the JSON output.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
@@ -15,7 +14,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-/// The page with the hyphens as they are read.
+/// The text of the page with plain hyphens.
 std::string ManPage() {
     std::string page = ReadAll(fs::path(SourceFolder()) / "docs/man/trovik.1");
     for (std::size_t at = 0; (at = page.find("\\-", at)) != std::string::npos; ++at)
@@ -23,14 +22,14 @@ std::string ManPage() {
     return page;
 }
 
-/// What stands between a heading and the next one.
+/// The text between a heading and the next one.
 std::string Section(const std::string& page, const std::string& heading) {
     const std::size_t from = page.find(".SH " + heading + "\n");
     EXPECT_NE(from, std::string::npos) << heading;
     return page.substr(from, page.find("\n.SH ", from) - from);
 }
 
-/// The long options in a text; `dashes` is what stands before the name.
+/// The long options in a text; `dashes` is the text before the name.
 Names Options(const std::string& text, const std::string& dashes) {
     Names names;
     for (std::size_t at = 0; (at = text.find(dashes, at)) != std::string::npos;) {
@@ -41,7 +40,7 @@ Names Options(const std::string& text, const std::string& dashes) {
     return names;
 }
 
-/// The options that the program itself knows, by verb, out of the completion that it prints.
+/// The options of the program by verb, read from the completion script that it prints.
 std::map<std::string, Names> OptionsByVerb(const std::string& fish) {
     std::map<std::string, Names> verbs;
     std::istringstream lines(fish);
@@ -57,7 +56,7 @@ std::map<std::string, Names> OptionsByVerb(const std::string& fish) {
     return verbs;
 }
 
-/// The fields that the page tells for a heading: the words of its bold lines.
+/// The fields that the page lists under a heading: the words of its bold lines.
 Names Fields(const std::string& section, const std::string& heading) {
     Names fields;
     const std::string start = ".SS " + heading + "\n";
@@ -83,9 +82,9 @@ Names Keys(const nlohmann::json& document) {
 
 class ManPageOfTheCommand : public Command {
 protected:
-    /// Runs a verb with --json and compares the fields with those that the page tells. The output
-    /// must be the same when it is quiet.
-    nlohmann::json ExpectTold(const std::string& heading, const std::string& arguments) {
+    /// Runs a verb with --json and compares the fields with those that the page lists. The output
+    /// must be the same with --quiet.
+    nlohmann::json ExpectDocumented(const std::string& heading, const std::string& arguments) {
         SCOPED_TRACE(arguments);
         const Outcome outcome = Run(arguments + " --json");
         EXPECT_EQ(outcome.status, 0) << outcome.error;
@@ -102,7 +101,7 @@ protected:
     }
 };
 
-TEST_F(ManPageOfTheCommand, HasTheOptionsOfEveryVerbAndNoOthers) {
+TEST_F(ManPageOfTheCommand, ListsExactlyTheOptionsOfEveryVerb) {
     const std::string commands = Section(ManPage(), "COMMANDS");
     const auto verbs = OptionsByVerb(Run("completion fish").out);
     ASSERT_GE(verbs.size(), 9u);
@@ -128,17 +127,17 @@ TEST_F(ManPageOfTheCommand, HasTheOptionsOfEveryVerbAndNoOthers) {
     }
 }
 
-TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
+TEST_F(ManPageOfTheCommand, ListsTheFieldsOfEveryJsonOutput) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 2, "steps": [
         {"set": {"radius": 0.6}}, {"layer": {"add": "skin"}},
         {"stroke": {"surface": [[0.2, 0.1, 1]]}},
         {"save": "a.trovik"}]})");
-    const auto sculpt = ExpectTold("sculpt", "sculpt s.json");
+    const auto sculpt = ExpectDocumented("sculpt", "sculpt s.json");
     EXPECT_EQ(sculpt.at("faces"), 96);
     EXPECT_EQ(sculpt.at("files"), nlohmann::json::array({"a.trovik"}));
     EXPECT_EQ(Keys(sculpt.at("steps").at(0)),
               (Names{"pointer", "step", "dabs", "verticesMoved", "milliseconds", "warnings"}));
-    const auto mesh = ExpectTold("info, of a mesh", "info cube.obj");
+    const auto mesh = ExpectDocumented("info, of a mesh", "info cube.obj");
     EXPECT_EQ(Keys(mesh.at("carries")),
               (Names{"normals",
                      "textureCoordinates",
@@ -152,14 +151,14 @@ TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
                      "units",
                      "up"}));
     EXPECT_EQ(Keys(mesh.at("level0")), (Names{"type", "vertices", "faces", "borderEdges"}));
-    const auto scene = ExpectTold("info, of a scene", "info a.trovik");
+    const auto scene = ExpectDocumented("info, of a scene", "info a.trovik");
     EXPECT_EQ(scene.at("bound"), 2);
     EXPECT_EQ(Keys(scene.at("levels").at(0)), (Names{"type", "vertices", "faces", "frozen"}));
     EXPECT_EQ(Keys(scene.at("layers").at(0)),
               (Names{"name", "level", "strength", "writable", "active", "vertices"}));
     EXPECT_EQ(Keys(scene.at("view")),
               (Names{"eye", "target", "up", "fieldOfView", "width", "height"}));
-    EXPECT_EQ(ExpectTold("convert", "convert cube.obj fine.ply --levels 1"),
+    EXPECT_EQ(ExpectDocumented("convert", "convert cube.obj fine.ply --levels 1"),
               nlohmann::json({{"from", "cube.obj"},
                               {"to", "fine.ply"},
                               {"vertices", 26},
@@ -167,35 +166,35 @@ TEST_F(ManPageOfTheCommand, TellsTheFieldsOfEveryOutputForPrograms) {
                               {"files", {"fine.ply"}},
                               {"notes", nlohmann::json::array()}}));
     const auto render =
-        ExpectTold("render", "render cube.obj c.png --width 40 --height 30 --samples 1");
+        ExpectDocumented("render", "render cube.obj c.png --width 40 --height 30 --samples 1");
     EXPECT_EQ(render.at("width"), 40);
     EXPECT_EQ(render.at("height"), 30);
     EXPECT_EQ(Keys(render.at("camera")), (Names{"eye", "target", "up", "fieldOfView"}));
-    const auto tools = ExpectTold("tools", "tools");
+    const auto tools = ExpectDocumented("tools", "tools");
     EXPECT_EQ(tools.size(), 16u);
     for (const char* field : {"name", "default", "unit"})
         EXPECT_TRUE(tools.at(0).at("settings").at(0).contains(field)) << field;
-    ExpectTold("preferences", "preferences --file p.json");
+    ExpectDocumented("preferences", "preferences --file p.json");
 }
 
-TEST_F(ManPageOfTheCommand, TellsTheFieldsOfJournalsAndMaps) {
+TEST_F(ManPageOfTheCommand, ListsTheFieldsOfJournalsAndMaps) {
     WriteFile("sheet.obj",
               "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
               "f 1/1 2/2 3/3 4/4\n");
     WriteFile("s.json", R"({"mesh": "sheet.obj", "levels": 2, "steps": [
         {"stroke": {"surface": [[0.5, 0.5, 0]]}}, {"save": "a.trovik"}]})");
     ASSERT_EQ(Run("sculpt s.json -q --journal w.journal").status, 0);
-    const auto history = ExpectTold("history", "history w.journal");
+    const auto history = ExpectDocumented("history", "history w.journal");
     ASSERT_EQ(history.at("steps").size(), 1u);
     for (const auto& step : history.at("steps"))
         EXPECT_EQ(Keys(step), (Names{"step", "dabs", "vertices", "undoBytes", "finished"}));
-    EXPECT_EQ(ExpectTold("recover", "recover w.journal -o b.trovik").at("file"), "b.trovik");
-    const auto map = ExpectTold("bake", "bake a.trovik -o map.exr --size 16");
+    EXPECT_EQ(ExpectDocumented("recover", "recover w.journal -o b.trovik").at("file"), "b.trovik");
+    const auto map = ExpectDocumented("bake", "bake a.trovik -o map.exr --size 16");
     EXPECT_EQ(map.at("width"), 16);
     EXPECT_EQ(map.at("bits"), "float");
 }
 
-TEST_F(ManPageOfTheCommand, FullStandardOutputIsAFailure) {
+TEST_F(ManPageOfTheCommand, FullStandardOutputIsAnError) {
     if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
     const std::string line = "cd '" + folder.string() + "' && '" + TROVIK_COMMAND +
                              "' info cube.obj > /dev/full 2> error.txt";

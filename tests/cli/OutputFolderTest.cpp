@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Where scripts find files and where they may write them.
+/// \file Where scripts look for files, and where they may write them.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -55,14 +54,14 @@ TEST_F(OutputFolder, IsSearchedByTheNextScript) {
                 HasSubstr("out/d.exr has changed since the work was recorded"));
 }
 
-TEST_F(OutputFolder, ComesAfterTheFolderOfTheScript) {
+TEST_F(OutputFolder, IsSearchedAfterTheFolderOfTheScript) {
     fs::create_directories(folder / "out");
     WriteFile("out/cube.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
     EXPECT_THAT(Run("sculpt s.json -o out").out, HasSubstr("8 vertices, 6 faces"));
 }
 
-TEST_F(OutputFolder, FilesThatTheScriptHasWrittenComeFirst) {
+TEST_F(OutputFolder, FilesWrittenByTheScriptAreFoundFirst) {
     WriteFile("sheet.obj", sheet);
     WriteFile("d.exr", "no image");
     WriteFile("s.json", R"({"mesh": "sheet.obj", "levels": 2, "steps": [
@@ -72,7 +71,7 @@ TEST_F(OutputFolder, FilesThatTheScriptHasWrittenComeFirst) {
     EXPECT_EQ(Run("sculpt -q s.json -o out").error, "");
 }
 
-TEST_F(OutputFolder, IsNotLeftWithoutLeave) {
+TEST_F(OutputFolder, WritingOutsideNeedsPermission) {
     const std::string outside = (folder / "outside").string();
     fs::create_directories(folder / "outside");
     fs::create_directories(folder / "out/inner");
@@ -98,7 +97,7 @@ TEST_F(OutputFolder, IsNotLeftWithoutLeave) {
     EXPECT_THAT(ErrorOf(R"({"export": {"file": "b.ply"}})"), HasSubstr("a symbolic link"));
     EXPECT_EQ(ReadAll(folder / "a.ply"), "of somebody");
     fs::remove(folder / "a.ply");
-    // A buffer is written next to its document, tiles under their own names.
+    // A buffer is written next to its document, and tiles under their own names.
     fs::create_symlink(folder / "cube.obj", folder / "out/c.bin");
     fs::create_symlink(folder / "outside", folder / "out/m.1001.exr");
     refused("c.gltf", "is next to c.bin, which is a symbolic link out of");
@@ -111,7 +110,7 @@ TEST_F(OutputFolder, IsNotLeftWithoutLeave) {
         EXPECT_THAT(ErrorOf(step), HasSubstr("leads out of the output folder")) << step;
 }
 
-TEST_F(OutputFolder, IsNotLeftByFramesOfATurntable) {
+TEST_F(OutputFolder, TurntableFramesAreNotWrittenOutside) {
     const std::string turntable = R"({"picture": {"file": "spin.png", "frames": 3, "width": 16,
         "height": 16, "samples": 1}})";
     fs::create_directories(folder / "out");
@@ -127,7 +126,7 @@ TEST_F(OutputFolder, IsNotLeftByFramesOfATurntable) {
     EXPECT_EQ(ErrorOf(turntable, "-o out --allow-outside"), "");
     EXPECT_NE(ReadAll(folder / "other.png"), "of somebody");
     EXPECT_TRUE(fs::exists(folder / "out/spin_0001.png"));
-    // Nothing is written under the name without a number, so a link there does no harm.
+    // No file has the name without a number, so a link of that name is harmless.
     fs::remove(folder / "out/spin_0003.png");
     fs::create_symlink(folder / "other.png", folder / "out/spin.png");
     EXPECT_EQ(ErrorOf(turntable), "");
@@ -141,12 +140,12 @@ TEST_F(OutputFolder, IsNotLeftByFramesOfATurntable) {
     EXPECT_EQ(Run("sculpt -q t.json -o out").error, "");
 }
 
-TEST_F(OutputFolder, IsNotLeftByCopiesOfMaterialFiles) {
+TEST_F(OutputFolder, CopiesOfMaterialFilesAreNotWrittenOutside) {
     fs::create_directories(folder / "lib");
     fs::create_directories(folder / "out");
     WriteFile("lib/all.mtl", "newmtl red\n");
     WriteFile("red.obj", std::string("mtllib lib/all.mtl\nusemtl red\n") + sheet);
-    // Looks like an earlier copy, which an export replaces.
+    // It looks like an earlier copy, which an export replaces.
     const std::string other = "# Copied by trovik from ../lib/all.mtl\nof somebody\n";
     WriteFile("other.mtl", other);
     fs::create_symlink(folder / "other.mtl", folder / "out/all.mtl");
@@ -156,7 +155,7 @@ TEST_F(OutputFolder, IsNotLeftByCopiesOfMaterialFiles) {
     EXPECT_THAT(ReadAll(folder / "out/all-2.mtl"), HasSubstr("newmtl red\n"));
 }
 
-TEST_F(OutputFolder, MayBeLeftWithLeave) {
+TEST_F(OutputFolder, WritingOutsideIsAllowedWithPermission) {
     const std::string outside = (folder / "outside").string();
     const std::string steps =
         R"({"export": {"file": "../a.ply"}}, {"export": {"file": ")" + outside + R"(/b.ply"}})";
@@ -165,7 +164,7 @@ TEST_F(OutputFolder, MayBeLeftWithLeave) {
     EXPECT_TRUE(fs::exists(folder / "outside/b.ply"));
 }
 
-TEST_F(OutputFolder, MayItselfBeReachedThroughLinksAndDots) {
+TEST_F(OutputFolder, MayItselfBeGivenThroughLinksAndDots) {
     fs::create_directories(folder / "real/deep");
     fs::create_directory_symlink(folder / "real", folder / "link");
     fs::create_directory_symlink(folder / "real/deep", folder / "real/inside");
@@ -179,8 +178,8 @@ TEST_F(OutputFolder, MayItselfBeReachedThroughLinksAndDots) {
     EXPECT_TRUE(fs::exists(folder / "..a/d.ply"));
 }
 
-// A bake is done again, since a displacement may follow from it.
-TEST_F(OutputFolder, IsThatOfTheWorkWhenAJournalIsRecovered) {
+// Recovery repeats a bake, since a displacement may depend on it.
+TEST_F(OutputFolder, RecoveryUsesTheOriginalOutputFolder) {
     WriteFile("sheet.obj", sheet);
     WriteFile("s.json",
               R"({"mesh": "sheet.obj", "levels": 3, "steps": [
@@ -188,7 +187,7 @@ TEST_F(OutputFolder, IsThatOfTheWorkWhenAJournalIsRecovered) {
                   (folder / "maps/d.exr").string() + R"(", "size": 32}},
         {"bake": {"file": "e.exr", "size": 32}},
         {"displace": {"file": "e.exr"}}, {"level": 9}]})");
-    // It fails at its end, so the journal is not closed.
+    // The script fails at its end, so the journal is not closed.
     EXPECT_THAT(Run("sculpt -q s.json -o out --allow-outside --journal w.journal").error,
                 HasSubstr("/steps/4/level"));
     const std::string baked = ReadAll(folder / "out/e.exr");

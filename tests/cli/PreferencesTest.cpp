@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The user's preferences file: who reads it, and who does not.
+/// \file The user's preferences file: which commands read it, and which do not.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +16,7 @@ protected:
     UserPreferences() { setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1); }
     ~UserPreferences() override { unsetenv("XDG_CONFIG_HOME"); }
 
-    /// The mesh that a script makes with these options; the stroke depends on a preference.
+    /// The mesh that a script makes with these options; its stroke depends on a preference.
     std::string Sculpted(const std::string& options, const std::string& setUp = "") {
         WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 4, )" + setUp + R"("steps": [
             {"tool": "Wax", "set": {"radius": 0.7, "strength": 60}},
@@ -29,7 +28,7 @@ protected:
     }
 };
 
-TEST_F(UserPreferences, SculptReadsTheFileOnlyWhenAsked) {
+TEST_F(UserPreferences, SculptReadsTheFileOnlyOnRequest) {
     const std::string plain = Sculpted("");
     const std::string original =
         Sculpted("", R"("preferences": {"Use Original Data For Flatten": true}, )");
@@ -46,7 +45,7 @@ TEST_F(UserPreferences, SculptReadsTheFileOnlyWhenAsked) {
         << "the script takes precedence";
 }
 
-TEST_F(UserPreferences, AreInTheJournal) {
+TEST_F(UserPreferences, AreRecordedInTheJournal) {
     ASSERT_EQ(Run("preferences 'Use Original Data For Flatten' true").status, 0);
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 4, "steps": [
         {"tool": "Wax", "set": {"radius": 0.7, "strength": 60}},
@@ -62,7 +61,7 @@ TEST_F(UserPreferences, AreInTheJournal) {
 TEST_F(UserPreferences, MistakesInTheFileAreReported) {
     EXPECT_EQ(Run("sculpt cube.obj --preferences").status, 2);
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
-    EXPECT_EQ(Run("sculpt s.json -q --user-preferences").error, "") << "there need not be a file";
+    EXPECT_EQ(Run("sculpt s.json -q --user-preferences").error, "") << "the file may be missing";
     EXPECT_EQ(Run("sculpt s.json -q --preferences none.json").error,
               "trovik: none.json: cannot read: No such file or directory\n");
     EXPECT_EQ(Run("sculpt s.json --user-preferences --preferences none.json").status, 2);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// `trovik render` and the picture steps of scripts: modes, cameras, turntables, transparency.
+/// \file `trovik render` and the render steps of scripts: modes, cameras, turntables, transparency.
 #include "framework/images/ImageFile.h"
 #include "tests/cli/CommandRun.h"
 
@@ -19,7 +18,7 @@ protected:
         EXPECT_EQ(outcome.error, "");
         return ReadImageFile((folder / "r.png").string());
     }
-    /// A failure with exactly this line.
+    /// Expects a failure with exactly this line.
     void ExpectRefused(const std::string& arguments, const std::string& line) {
         SCOPED_TRACE(arguments);
         const Outcome outcome = Run("render cube.obj " + arguments);
@@ -28,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(RenderCommand, EveryShadingModeAndMatcapGivesAnotherImage) {
+TEST_F(RenderCommand, EachShadingModeAndMatcapGivesADifferentImage) {
     WriteFile("cube.obj",
               "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0.2\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
               "f 1/1 2/2 3/3 4/4\n");
@@ -59,7 +58,7 @@ TEST_F(RenderCommand, TransparentImageHasAlpha) {
     EXPECT_EQ(image.pixels[(15 * 40 + 20) * 4 + 3], 1.0f);
 }
 
-TEST_F(RenderCommand, CameraIsTheOneThatWasAskedFor) {
+TEST_F(RenderCommand, UsesTheRequestedCamera) {
     const Outcome outcome =
         Run("render cube.obj r.png --json --samples 1 --width 40 --height 30 --eye 0 -9 1 "
             "--target 0 0 1 --up 0 0 1 --fov 50");
@@ -68,7 +67,7 @@ TEST_F(RenderCommand, CameraIsTheOneThatWasAskedFor) {
         nlohmann::json::parse(outcome.out).at("camera"),
         nlohmann::json::parse(
             R"({"eye": [0, -9, 1], "target": [0, 0, 1], "up": [0, 0, 1], "fieldOfView": 50})"));
-    // The target is the middle of the mesh, and the wider view shows it smaller.
+    // The target is the middle of the mesh, which is smaller in the wider view.
     const auto covered = [](const FloatImage& image) {
         int count = 0;
         for (std::size_t i = 3; i < image.pixels.size(); i += 4)
@@ -93,7 +92,7 @@ TEST_F(RenderCommand, TurntableWritesNumberedFiles) {
     EXPECT_NE(ReadAll(folder / "spin_0002.png"), ReadAll(folder / "spin_0003.png"));
 }
 
-TEST_F(RenderCommand, RefusesWhatDoesNotGoTogether) {
+TEST_F(RenderCommand, RefusesIncompatibleOptions) {
     ExpectRefused("r.jpg --transparent",
                   "cannot write a transparent render to r.jpg: only .png, .tif and .tiff files "
                   "store transparency");
@@ -117,7 +116,7 @@ TEST_F(RenderCommand, RefusesWhatDoesNotGoTogether) {
     EXPECT_FALSE(fs::exists(folder / "r.png"));
 }
 
-TEST_F(RenderCommand, ScriptStepsTakeTheSameFields) {
+TEST_F(RenderCommand, ScriptStepsAcceptTheSameFields) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 1, "steps": [
         {"picture": {"file": "clay.png", "width": 40, "height": 30, "samples": 1}},
         {"picture": {"file": "cut.png", "width": 40, "height": 30, "samples": 1,
@@ -141,7 +140,7 @@ TEST_F(RenderCommand, ScriptStepsTakeTheSameFields) {
     EXPECT_NE(ReadAll(folder / "spin_0001.png"), ReadAll(folder / "spin_0002.png"));
 }
 
-TEST_F(RenderCommand, ScriptStepsRefuseWhatDoesNotGoTogether) {
+TEST_F(RenderCommand, ScriptStepsRefuseIncompatibleFields) {
     const auto expectError = [this](const std::string& fields, const std::string& reason) {
         ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"picture": {)" + fields + "}}]}",
                           reason);

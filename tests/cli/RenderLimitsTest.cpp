@@ -17,9 +17,9 @@ protected:
     }
 };
 
-TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsInOneLine) {
+TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsWithOneLine) {
 #if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the sanitizer maps more address space than any limit leaves";
+    GTEST_SKIP() << "the sanitizer maps more address space than any limit allows";
 #endif
     const std::string render =
         "render cube.obj cube.png --levels 5 --width 32 --height 24 --samples 1 -q";
@@ -43,18 +43,18 @@ TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsInOneLine) {
         EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
         EXPECT_FALSE(fs::exists(folder / "cube.png"));
     }
-    // The libraries of renders and images take more than one step.
+    // The libraries for renders and images need more than one step of the limit.
     EXPECT_GT(refusals, 5);
 }
 
-TEST_F(RenderLimits, CoordinatesBeyondTheRangeAreRefusedInOneLine) {
+TEST_F(RenderLimits, CoordinatesOutOfRangeAreRefusedWithOneLine) {
     WriteFile("far.obj", "v 0 0 0\nv 2e18 0 0\nv 0 2e18 0\nf 1 2 3\n");
     const Outcome far = Run("render far.obj far.png --width 32 --height 24");
     EXPECT_EQ(far.status, 1);
     EXPECT_EQ(far.error,
               "trovik: cannot render: vertex 1 is at (2e+18, 0, 0) in world space; coordinates "
               "must be from -1e+18 to 1e+18\n");
-    // The options of the camera have the same range, also where --up is given.
+    // The camera options have the same range, also if --up is given.
     for (const char* options : {"--eye 1e20 0 0", "--eye 1e20 0 0 --up 0 0 1"}) {
         SCOPED_TRACE(options);
         const Outcome eye =
@@ -70,7 +70,7 @@ TEST_F(RenderLimits, CoordinatesBeyondTheRangeAreRefusedInOneLine) {
     EXPECT_EQ(target.error,
               "trovik: cannot render: the target of the camera is at (0, 2e+18, 0) in world "
               "space; coordinates must be from -1e+18 to 1e+18\n");
-    // As far away as the vertices are allowed to be, the eye is beyond the range.
+    // For the farthest vertices that are accepted, the eye is out of range.
     WriteFile("edge.obj", "v 0 0 0\nv 9e17 0 0\nv 0 9e17 0\nf 1 2 3\n");
     const Outcome edge = Run("render edge.obj edge.png --width 32 --height 24");
     EXPECT_EQ(edge.status, 1);

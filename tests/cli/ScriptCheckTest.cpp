@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Mistakes in scripts: the first one when a script is run, all of them with --check.
+/// \file Errors in scripts: a run reports the first one, --check reports all of them.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -27,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(ScriptCheck, TheMisspeltSettingIsNamedWithTheOneThatWasMeant) {
+TEST_F(ScriptCheck, MisspeltSettingIsNamedWithASuggestion) {
     WriteFile("first.json", R"({"mesh": "cube.obj", "steps": [{"set":{"raduis":1}}]})");
     const Outcome outcome = Run("sculpt first.json");
     EXPECT_EQ(outcome.status, 1);
@@ -36,7 +35,7 @@ TEST_F(ScriptCheck, TheMisspeltSettingIsNamedWithTheOneThatWasMeant) {
               "\"radius\"?\n");
 }
 
-TEST_F(ScriptCheck, GoodScriptsHaveNoErrorsAndWriteNothing) {
+TEST_F(ScriptCheck, ValidScriptsHaveNoErrorsAndWriteNothing) {
     EXPECT_THAT(ErrorsOf(R"({"mesh": "cube.obj", "levels": 9, "steps": [
                     {"comment": "a head"}, {"tool": "Wax", "set": {"radius": 0.2, "strength": 40}},
                     {"stroke": {"open": true}}, {"stroke": {"continue": true, "open": true,
@@ -48,7 +47,7 @@ TEST_F(ScriptCheck, GoodScriptsHaveNoErrorsAndWriteNothing) {
                     {"displace": {"file": "d.exr"}}, {"save": "e.trovik"}, {"undo": 3}]})"),
                 testing::IsEmpty());
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 4)
-        << "cube.obj, s.json, and two for the output of the run";
+        << "cube.obj, s.json, and two files with the output of the run";
 }
 
 TEST_F(ScriptCheck, AllErrorsAreListed) {
@@ -103,7 +102,7 @@ TEST_F(ScriptCheck, AllErrorsAreListed) {
     EXPECT_EQ(document.at("errors").size(), 26u);
 }
 
-TEST_F(ScriptCheck, ScriptsThatAreNoneAreOneError) {
+TEST_F(ScriptCheck, FilesThatAreNotScriptsAreOneError) {
     EXPECT_THAT(ErrorsOf("{"),
                 testing::ElementsAre(HasSubstr("s.json: line 1, column 2: not valid")));
     EXPECT_THAT(
@@ -117,14 +116,14 @@ TEST_F(ScriptCheck, ScriptsThatAreNoneAreOneError) {
                     HasSubstr("/: a script must have exactly one of \"mesh\" and \"scene\"")));
 }
 
-TEST_F(ScriptCheck, AFaultySourceIsOneError) {
+TEST_F(ScriptCheck, FaultySourceIsOneError) {
     for (const char* source : {R"("mesh": 5)", R"("scene": {"file": "a"})", R"("mesh": null)"}) {
         SCOPED_TRACE(source);
         const std::string field = std::string(source).substr(1, std::string(source).find(':') - 2);
         EXPECT_THAT(ErrorsOf("{" + std::string(source) + R"(, "steps": []})"),
                     testing::ElementsAre(HasSubstr("s.json: /" + field + ": ")));
     }
-    // Both are there, whatever their values.
+    // Both fields are present, whatever their values.
     EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "scene": 6, "steps": []})"),
                 testing::ElementsAre(HasSubstr("/mesh: "),
                                      HasSubstr("/scene: "),
@@ -139,7 +138,7 @@ TEST_F(ScriptCheck, AFaultySourceIsOneError) {
 }
 
 TEST_F(ScriptCheck, ControlCharactersAreNotPrinted) {
-    // U+009B begins terminal commands, as ESC [ does.
+    // U+009B starts terminal commands, like ESC [.
     EXPECT_THAT(ErrorsOf("{\"mesh\": \"cube.obj\", \"\xc2\x9b"
                          "2J\": 1, \"steps\": [{\"\xc2\x9b"
                          "1m\": 1}]}"),
@@ -158,7 +157,7 @@ TEST_F(ScriptCheck, ControlCharactersAreNotPrinted) {
     EXPECT_EQ(outcome.error.find('\x1b'), std::string::npos);
 }
 
-TEST_F(ScriptCheck, EveryNameOfTheSchemaIsKnownToTheBrush) {
+TEST_F(ScriptCheck, BrushAcceptsEveryNameOfTheSchema) {
     const std::string names[] = {
         R"("falloff")",
         R"("constant", "linear", "smooth", "spherical", "sharp", "cone", "bell", "plateau")",
@@ -175,7 +174,7 @@ TEST_F(ScriptCheck, EveryNameOfTheSchemaIsKnownToTheBrush) {
     }
 }
 
-TEST_F(ScriptCheck, AScriptCanComeFromStandardInput) {
+TEST_F(ScriptCheck, ScriptCanBeReadFromStandardInput) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 2, "steps": [
         {"stroke": {"surface": [[0.2, 0.1, 1]]}}, {"export": {"file": "a.ply"}}]})");
     EXPECT_EQ(Run("sculpt - -q < s.json").status, 0);
@@ -188,12 +187,12 @@ TEST_F(ScriptCheck, AScriptCanComeFromStandardInput) {
               "trovik: standard input: /steps/0/undo: there is nothing more to undo\n");
     EXPECT_EQ(Run("sculpt - < /dev/null").error,
               "trovik: standard input: not valid JSON: the file is empty\n");
-    // Paths in a journal are relative to the folder that the work was started in.
+    // Paths in a journal are relative to the folder in which the run was started.
     EXPECT_EQ(Run("sculpt - -q --journal w.journal < s.json").status, 0);
     EXPECT_EQ(Run("recover w.journal -o b.trovik -q").status, 0);
 }
 
-TEST_F(ScriptCheck, CheckingNeitherTracesNorJournals) {
+TEST_F(ScriptCheck, CheckingWritesNeitherTraceNorJournal) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
     EXPECT_EQ(Run("sculpt --check s.json --trace t").status, 2);
     EXPECT_EQ(Run("sculpt --check s.json --journal j").status, 2);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Which libraries the command loads: large ones only for the work that needs them.
+/// \file The libraries that the command loads: large ones only if the work needs them.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -14,14 +13,14 @@ using testing::Not;
 
 class Startup : public Command {
 protected:
-    /// What the system's loader reports of the files that it loads during a run.
+    /// The files that the system's loader reports as loaded during a run.
     std::string LoadedFiles(const std::string& arguments, int expectedStatus) {
         const std::string line = "cd '" + folder.string() +
                                  "' && LD_DEBUG=files LD_DEBUG_OUTPUT=loads '" + TROVIK_COMMAND +
                                  "' " + arguments + " > out.txt 2> error.txt";
         const int result = std::system(line.c_str());
         EXPECT_EQ(WEXITSTATUS(result), expectedStatus) << ReadAll(folder / "error.txt");
-        // The loader appends the number of the process to the name.
+        // The loader appends the process id to the name.
         std::string loads;
         for (const auto& entry : fs::directory_iterator(folder)) {
             if (entry.path().stem() != "loads") continue;
@@ -50,7 +49,7 @@ TEST_F(Startup, LoadsNoLargeLibraryWithoutNeed) {
     }
 }
 
-TEST_F(Startup, LoadsPlugInsOnlyForStrokes) {
+TEST_F(Startup, LoadsPluginsOnlyForStrokes) {
     WriteFile("wave.json", R"({"mesh": "cube.obj", "levels": 2, "steps": [
         {"stroke": {"surface": [[0, 0, 1], [0.2, 0, 1]]}}]})");
     const std::string loads = LoadedFiles("sculpt wave.json -q", 0);
@@ -59,7 +58,7 @@ TEST_F(Startup, LoadsPlugInsOnlyForStrokes) {
     EXPECT_THAT(loads, Not(HasSubstr("libembree")));
 }
 
-TEST_F(Startup, RendersLoadWhatTheyNeed) {
+TEST_F(Startup, RendersLoadTheLibrariesTheyNeed) {
     const std::string loads = LoadedFiles("render cube.obj cube.png --width 8 --height 8", 0);
     EXPECT_THAT(loads, HasSubstr("libOpenImageIO"));
     EXPECT_THAT(loads, HasSubstr("libembree"));

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What the command reports of the steps of a script, and of work without effect.
+/// \file The reports of the command on the steps of a script, and on work without effect.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
@@ -43,7 +42,7 @@ protected:
 
 constexpr const char* stroke = R"({"stroke": {"surface": [[0.2, 0.1, 1], [0.4, 0.1, 1]]}})";
 
-TEST_F(StepReport, StrokeThatMissesTheMesh) {
+TEST_F(StepReport, StrokeThatMissesTheMeshIsAWarning) {
     const std::string reason = "the stroke misses the mesh: no dab was applied";
     ExpectWarning(R"({"stroke": {"pointer": [[1, 1], [5, 5]]}})", 0, reason);
     ExpectWarning(
@@ -52,7 +51,7 @@ TEST_F(StepReport, StrokeThatMissesTheMesh) {
                      {"stroke": {"pointer": [[1, 1]], "continue": true}})",
                   1,
                   reason);
-    // Each step has one line, whatever else it lacks.
+    // Each step has one line, whatever else is wrong with it.
     const Outcome two = Sculpt(R"({"stroke": {"pointer": [[1, 1]]}}, {"freeze": "clear"},
                                   {"stroke": {"pointer": [[1, 1]]}})");
     EXPECT_EQ(
@@ -60,7 +59,7 @@ TEST_F(StepReport, StrokeThatMissesTheMesh) {
         "warning: s.json: /steps/0: " + reason + "\nwarning: s.json: /steps/2: " + reason + "\n");
 }
 
-TEST_F(StepReport, PointsFarFromTheSurface) {
+TEST_F(StepReport, PointsFarFromTheSurfaceAreAWarning) {
     ExpectWarning(R"({"stroke": {"surface": [[0.2, 0.1, 1], [0.2, 0.1, 4]]}})",
                   0,
                   "1 of 2 points of stroke/surface are far from the surface; point 1 is 3.16 away");
@@ -70,13 +69,13 @@ TEST_F(StepReport, PointsFarFromTheSurface) {
     ExpectWarning(R"({"freeze": {"shell": {"surface": [0, 8, 0]}}})",
                   0,
                   "freeze/shell/surface is 7.15 away from the surface");
-    // Within the brush's radius a point is near.
+    // A point within the brush radius counts as near.
     EXPECT_EQ(Sculpt(R"({"set": {"radius": 3}}, {"stroke": {"surface": [[0, 0, 3.5]]}})").error,
               "");
     EXPECT_EQ(Sculpt(R"({"stroke": {"surface": [[0, 0, 1.1]]}})").error, "");
 }
 
-TEST_F(StepReport, FreezingThatSelectsNothing) {
+TEST_F(StepReport, FreezingThatSelectsNothingIsAWarning) {
     const std::string reason = "no vertex is selected";
     ExpectWarning(R"({"freeze": {"center": [9, 9, 9], "radius": 1}})", 0, reason);
     ExpectWarning(R"({"freeze": {"box": [0, 0, 2, 2]}})", 0, reason);
@@ -89,14 +88,14 @@ TEST_F(StepReport, FreezingThatSelectsNothing) {
               "");
 }
 
-TEST_F(StepReport, StrokeThatHasNoEffect) {
+TEST_F(StepReport, StrokeWithoutEffectIsAWarning) {
     const std::string frozen = R"({"freeze": "all"}, )";
     ExpectWarning(frozen + stroke, 1, "the stroke moved no vertex");
     ExpectWarning(
         frozen + R"({"stroke": {"wholeMesh": {"strength": 1}}})", 1, "the stroke moved no vertex");
     ExpectWarning(
         frozen + R"({"tool": "Freeze"}, )" + stroke, 2, "the stroke changed no freeze amount");
-    // The effect counts when the stroke ends, over all its steps.
+    // The effect is evaluated over all steps when the stroke ends.
     EXPECT_EQ(Sculpt(R"({"stroke": {"dabs": [{"face": 0, "strength": 0}], "open": true}},
                         {"stroke": {"dabs": [{"face": 0}], "continue": true, "open": true}},
                         {"stroke": {"continue": true}})")
@@ -115,7 +114,7 @@ TEST_F(StepReport, StrictEndsTheRunAtTheFirstWarning) {
     EXPECT_TRUE(fs::exists(folder / "one.obj"));
     EXPECT_FALSE(fs::exists(folder / "two.obj"));
     EXPECT_EQ(Sculpt(stroke, "-q --strict").status, 0);
-    // With a trace, it holds what was done.
+    // If there is a trace, it contains the completed work.
     EXPECT_EQ(Sculpt(std::string(stroke) + R"(, {"freeze": {"grow": 1}}, )" + stroke,
                      "-q --strict --trace t")
                   .status,
@@ -123,7 +122,7 @@ TEST_F(StepReport, StrictEndsTheRunAtTheFirstWarning) {
     EXPECT_TRUE(fs::exists(folder / "t/after/m0/meta.json"));
 }
 
-TEST_F(StepReport, EachStepIsInTheSummaryForPrograms) {
+TEST_F(StepReport, JsonSummaryHasEachStep) {
     const json steps =
         json::parse(Sculpt(std::string(R"({"tool": "Wax", "set": {"radius": 0.5}}, )") + stroke +
                                R"(, {"undo": 1})",
@@ -167,7 +166,7 @@ protected:
     }
 };
 
-/// Names of the settings that the schema has, those of a nested object with a dot.
+/// The names of the settings in the schema; those of a nested object have a dot.
 std::set<std::string> SettingsOfSchema() {
     const json schema =
         json::parse(ReadAll(fs::path(SourceFolder()) / "docs/stroke-script.schema.json"));
@@ -186,7 +185,7 @@ std::set<std::string> SettingsOfSchema() {
     return names;
 }
 
-TEST_F(ToolSettings, SixteenToolsHaveEverySettingThatScriptsTake) {
+TEST_F(ToolSettings, SixteenToolsHaveEveryScriptSetting) {
     const json tools = Tools();
     ASSERT_EQ(tools.size(), 16u);
     EXPECT_EQ(tools.back()["name"], "Freeze");
@@ -198,7 +197,7 @@ TEST_F(ToolSettings, SixteenToolsHaveEverySettingThatScriptsTake) {
     EXPECT_EQ(names, SettingsOfSchema());
 }
 
-TEST_F(ToolSettings, DefaultsAreThoseOfEachTool) {
+TEST_F(ToolSettings, EachToolHasItsOwnDefaults) {
     const json tools = Tools();
     const auto value = [&](const char* tool, const char* setting) {
         const json found = Find(Find(tools, tool)["settings"], setting);
@@ -238,13 +237,13 @@ TEST_F(ToolSettings, RangesAndUnitsAreGiven) {
     EXPECT_EQ(Find(settings, "falloff")["choices"].size(), 8u);
 }
 
-TEST_F(ToolSettings, DefaultsAreAcceptedByScripts) {
+TEST_F(ToolSettings, ScriptsAcceptTheDefaults) {
     json steps = json::array();
     for (const json& tool : Tools()) {
         json set = json::object();
         for (const json& setting : tool["settings"]) {
             const std::string name = setting["name"];
-            // Stamps of tools are files of an installation.
+            // Tool stamps are files of an installation.
             if (setting["default"].is_null() || name == "stamp.path") continue;
             const std::size_t dot = name.find('.');
             if (dot == std::string::npos)
@@ -260,7 +259,7 @@ TEST_F(ToolSettings, DefaultsAreAcceptedByScripts) {
     EXPECT_EQ(outcome.error, "");
 }
 
-TEST_F(ToolSettings, TextHasOneRowPerToolAndPerSetting) {
+TEST_F(ToolSettings, TextHasOneRowPerToolAndSetting) {
     const std::string text = Run("tools").out;
     EXPECT_THAT(text, HasSubstr("\nFreeze    "));
     EXPECT_THAT(text, HasSubstr(" 15; Smooth, Freeze: 100 (0 to 100 %)\n"));

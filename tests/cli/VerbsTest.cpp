@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What the program tells of itself, and the verbs that work on journals.
+/// \file The program's help texts and completions, and the verbs that work on journals.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
@@ -27,7 +26,7 @@ constexpr const char* verbs[] = {"sculpt",
 
 class Verbs : public Command {};
 
-TEST_F(Verbs, AllHaveExamplesAndTellTheExitStatus) {
+TEST_F(Verbs, AllHaveExamplesAndDocumentTheExitStatus) {
     const Outcome all = Run("--help");
     EXPECT_EQ(all.status, 0);
     for (const char* verb : verbs) {
@@ -61,7 +60,7 @@ TEST_F(Verbs, AreInTheManPage) {
     for (const char* verb : verbs) EXPECT_THAT(page, HasSubstr(std::string(".B ") + verb)) << verb;
 }
 
-TEST_F(Verbs, WrongUseIsOneLineAndStatus2) {
+TEST_F(Verbs, WrongUsePrintsOneLineAndExitsWithStatus2) {
     for (const auto& [arguments, reason] :
          std::initializer_list<std::pair<const char*, const char*>>{
              {"", "a command is needed; trovik --help lists the options"},
@@ -78,14 +77,14 @@ TEST_F(Verbs, WrongUseIsOneLineAndStatus2) {
     }
 }
 
-TEST_F(Verbs, CompletionKnowsEveryVerbAndItsShellTakesIt) {
+TEST_F(Verbs, CompletionHasEveryVerbAndItsShellAcceptsIt) {
     for (const char* shell : {"bash", "zsh", "fish"}) {
         const Outcome script = Run(std::string("completion ") + shell);
         EXPECT_EQ(script.status, 0);
         for (const char* verb : verbs) EXPECT_THAT(script.out, HasSubstr(verb)) << shell;
         EXPECT_THAT(script.out, HasSubstr("until-damage")) << shell;
     }
-    // Shells that are not installed cannot judge.
+    // Skip shells that are not installed.
     for (const std::string shell : {"bash", "zsh", "fish"}) {
         const std::string check = "! command -v " + shell + " > /dev/null || '" + TROVIK_COMMAND +
                                   "' completion " + shell + " | " + shell + " -n /dev/stdin";
@@ -102,7 +101,7 @@ TEST_F(Verbs, CompletionKnowsEveryVerbAndItsShellTakesIt) {
     EXPECT_EQ(ReadAll(folder / "reply.txt"), "recover\n");
 }
 
-TEST_F(Verbs, RecoverGivesBackWhatAJournalHoldsAndHistoryListsIt) {
+TEST_F(Verbs, RecoverReplaysAJournalAndHistoryListsIt) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 3, "steps": [
         {"stroke": {"surface": [[0.2, 0.1, 1], [0.6, 0.3, 1]]}}, {"save": "a.trovik"}]})");
     WriteFile("t.json", R"({"scene": "a.trovik", "steps": [
@@ -119,7 +118,7 @@ TEST_F(Verbs, RecoverGivesBackWhatAJournalHoldsAndHistoryListsIt) {
     EXPECT_EQ(told.at("steps")[1].at("dabs"), 1);
     EXPECT_EQ(told.at("closed"), true);
 
-    // The same as the script that saves at its end.
+    // The result equals that of the script that saves at its end.
     WriteFile("u.json", R"({"scene": "a.trovik", "steps": [
         {"tool": "Flatten", "set": {"radius": 0.6}}, {"stroke": {"surface": [[0.4, 0.2, 1]]}}, {"undo": 1},
         {"stroke": {"surface": [[-0.4, 0.2, 1]]}}, {"save": "wanted.trovik"}]})");

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Looks at the machine code of the patch kernels: a specialisation holds only the code of its path.
+"""Checks the machine code of the patch kernels: a specialisation contains only the code of its path.
 
 Usage: check_kernels.py SwiftStroke.so
 
-For optimised builds only. Exit status 0: as it should be; 1: not, with the reasons.
+For optimised builds only. The exit status is 0 if all checks pass, or 1 with the reasons printed.
 """
 import re
 import subprocess
@@ -16,7 +16,7 @@ STAMP, LAYER, NOTIFY = 1, 16, 256
 
 
 def kernel_index(name):
-    """The index of a demangled kernel or of its loop; trailing false members are left out of the name."""
+    """The index of a demangled kernel or of its loop; its name omits trailing false members."""
     found = re.search(r"(?:PatchKernel|MoveBatch)<trovik::KernelSwitches\{([^}]*)\}>", name)
     if not found:
         return None
@@ -25,7 +25,7 @@ def kernel_index(name):
 
 
 def functions(path):
-    """Instructions of the kernels, by index, and the names of all functions."""
+    """The instructions of the kernels, by index, and the names of all functions."""
     listing = subprocess.run(["objdump", "-dC", "--no-show-raw-insn", path], check=True,
                              capture_output=True, text=True).stdout
     kernels, names, body = {}, [], None
@@ -51,7 +51,7 @@ def main():
     if sorted(kernels) != list(range(1 << SWITCHES)):
         wrong.append(f"{len(kernels)} kernels instead of {1 << SWITCHES}")
     if any("StepVertex" in name for name in names):
-        wrong.append("the vertex step stands out of line")
+        wrong.append("the vertex step is not inlined")
     indirect = r"call.*\*"
     plain = kernels[0]
     # A stamp's projective divide, its rounding to pixels and its mirrored read.
@@ -61,12 +61,12 @@ def main():
         if count(plain, pattern):
             wrong.append(f"kernel 0 {what}")
         if not count(kernels[STAMP], pattern):
-            wrong.append(f"kernel {STAMP}, with a stamp, shows no sign of one: {what}")
-    # Layers and renderers are reached by virtual calls alone.
+            wrong.append(f"kernel {STAMP}, with a stamp, does not contain the code that {what}")
+    # Layers and renderers are accessed only by virtual calls.
     for index, what in ((LAYER, "layer"), (NOTIFY, "renderer")):
         if count(kernels[index], indirect) <= count(plain, indirect):
-            wrong.append(f"kernel {index} makes no virtual call more than kernel 0, which has no {what}")
-    # The mask, the tool and its bias, asked once a patch; nothing else.
+            wrong.append(f"kernel {index} does not make more virtual calls than kernel 0, which has no {what}")
+    # Only the mask, the tool and its bias, queried once per patch.
     if count(plain, indirect) > 4:
         wrong.append(f"kernel 0 makes {count(plain, indirect)} virtual calls")
     for reason in wrong:

@@ -24,7 +24,7 @@ protected:
     BrushOperation brush;
 };
 
-TEST_F(BrushOperationTest, SizeAndStrengthKeepToTheirRange) {
+TEST_F(BrushOperationTest, SizeAndStrengthAreClampedToTheirRange) {
     EXPECT_EQ(brush.MaxBrushSize(), 100.0f);
     EXPECT_EQ(brush.MaxBrushStrength(), 100.0f);
     brush.SetBrushSize(40.0f);
@@ -39,7 +39,7 @@ TEST_F(BrushOperationTest, SizeAndStrengthKeepToTheirRange) {
     EXPECT_EQ(brush.BrushSize(), 0.0f);
 }
 
-TEST_F(BrushOperationTest, PressureScalesTheShareThatIsNotFixed) {
+TEST_F(BrushOperationTest, PressureScalesTheFractionThatIsNotFixed) {
     brush.SetBrushStrength(80.0f);
     brush.SetBrushSize(50.0f);
     brush.Settings().strengthBias = 25.0f;
@@ -58,7 +58,7 @@ TEST_F(BrushOperationTest, PressureScalesTheShareThatIsNotFixed) {
     EXPECT_EQ(brush.EffectiveBrushStrength(0.5f), 80.0f);
 }
 
-TEST_F(BrushOperationTest, SmoothingAndSteadyStrokeStandInTheirAttributes) {
+TEST_F(BrushOperationTest, SmoothingAndSteadyStrokeAreStoredInTheirAttributes) {
     brush.SetStrokeSmoothing(false, 0.25f);
     brush.SetSteadyStroke(true, 0.5f);
     EXPECT_FALSE(brush.UsesStrokeSmoothing());
@@ -68,7 +68,7 @@ TEST_F(BrushOperationTest, SmoothingAndSteadyStrokeStandInTheirAttributes) {
     EXPECT_EQ(brush.steadyStrokeAttribute.Value(), (CheckableFloat{true, 0.5f}));
 }
 
-TEST_F(BrushOperationTest, FalloffIsReachedByIndexAndByName) {
+TEST_F(BrushOperationTest, FalloffIsSelectedByIndexOrByName) {
     EXPECT_EQ(brush.FalloffIndex(), smoothFalloffIndex);
     EXPECT_EQ(brush.FalloffData().fill, falloffSampleCount);
     brush.SetFalloffIndex(1);
@@ -84,7 +84,7 @@ TEST_F(BrushOperationTest, FalloffIsReachedByIndexAndByName) {
     EXPECT_EQ(brush.FalloffIndex(), smoothFalloffIndex);
 }
 
-TEST_F(BrushOperationTest, AFalloffOfTheUsersOwnIsNamedCustom) {
+TEST_F(BrushOperationTest, UserDefinedFalloffIsNamedCustom) {
     SetFalloffSamples(brush, {1.0f, 0.25f, 0.0f});
     EXPECT_EQ(brush.Falloff(), QStringLiteral("custom"));
     ASSERT_EQ(brush.FalloffData().fill, 3u);
@@ -94,13 +94,13 @@ TEST_F(BrushOperationTest, AFalloffOfTheUsersOwnIsNamedCustom) {
     brush.SetFalloffIndex(0);
     brush.SetFalloffIndex(customFalloffIndex);
     EXPECT_EQ(brush.FalloffIndex(), smoothFalloffIndex)
-        << "there is no curve of one's own any more";
+        << "there is no user-defined curve any more";
     SetFalloffSamples(brush, {});
     EXPECT_EQ(brush.FalloffData().fill, 0u);
 }
 
-// A brush reads the array that it was lent for the length of a stroke.
-TEST_F(BrushOperationTest, AnArrayThatWasLentStaysWhateverChangesTheFalloff) {
+// A brush reads the borrowed array for the length of a stroke.
+TEST_F(BrushOperationTest, BorrowedArrayStaysValidWhenTheFalloffChanges) {
     using Samples = std::vector<float>;
     const auto content = [](const Store<float>& store) {
         return Samples(store.array, store.array + store.fill);
@@ -128,23 +128,23 @@ TEST_F(BrushOperationTest, AnArrayThatWasLentStaysWhateverChangesTheFalloff) {
             const float* const array = lent.array;
             const Samples before = content(lent);
             change();
-            // Read in the midst of the stroke, as a panel would, and changed again.
+            // Read during the stroke, as a panel does, and changed again.
             const Samples chosen = content(brush.FalloffData());
             EXPECT_NE(chosen, before);
             brush.SetFalloffIndex(3);
             EXPECT_EQ(lent.array, array);
             EXPECT_EQ(content(lent), before);
             brush.EndStroke();
-            EXPECT_EQ(content(lent), before) << "some brushes keep it until they begin again";
+            EXPECT_EQ(content(lent), before) << "some brushes keep it until their next stroke";
             change();
             brush.BeginStroke(nullptr, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
-            EXPECT_EQ(content(brush.FalloffData()), chosen) << "the next stroke has the new one";
+            EXPECT_EQ(content(brush.FalloffData()), chosen) << "the next stroke uses the new one";
             brush.EndStroke();
         }
     }
 }
 
-TEST_F(BrushOperationTest, LentArraysGoWhenTheNextStrokeBegins) {
+TEST_F(BrushOperationTest, BorrowedArraysAreFreedWhenTheNextStrokeBegins) {
     const auto stroke = [this] {
         brush.BeginStroke(nullptr, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
         for (int i = 0; i < 50; ++i) {
@@ -159,7 +159,7 @@ TEST_F(BrushOperationTest, LentArraysGoWhenTheNextStrokeBegins) {
     EXPECT_EQ(MemoryAccount::Total(), once);
 }
 
-TEST_F(BrushOperationTest, AFalloffThatGetsNoMemoryLeavesTheOneThatIsThere) {
+TEST_F(BrushOperationTest, FailedFalloffAllocationKeepsThePreviousFalloff) {
     SetFalloffSamples(brush, {1.0f, 0.5f});
     MemoryAccount::SetLimit(MemoryAccount::Total() + 100);
     EXPECT_THROW(SetFalloffSamples(brush, std::vector<float>(5000, 1.0f)), Error*);
@@ -170,7 +170,7 @@ TEST_F(BrushOperationTest, AFalloffThatGetsNoMemoryLeavesTheOneThatIsThere) {
     EXPECT_EQ(brush.FalloffData().array[1], 0.5f);
 }
 
-TEST_F(BrushOperationTest, FacingAngleFalloffIsProcessWideAndItsAnglesAreNot) {
+TEST_F(BrushOperationTest, FacingFalloffIsProcessWideButItsAnglesArePerBrush) {
     BrushOperation other;
     EXPECT_FALSE(brush.UsesFalloffBasedOnFacingAngle());
     brush.SetFalloffBasedOnFacingAngle(true, 20.0f, 30.0f);
@@ -181,7 +181,7 @@ TEST_F(BrushOperationTest, FacingAngleFalloffIsProcessWideAndItsAnglesAreNot) {
     EXPECT_EQ(other.facingAngleRange, 90.0f);
 }
 
-TEST_F(BrushOperationTest, MasksAnswerTheStampForMinusOne) {
+TEST_F(BrushOperationTest, MaskImageReturnsTheStampForIndexMinusOne) {
     BrushOperation::Private& settings = brush.Settings();
     EXPECT_FALSE(brush.IsMaskEnabled(-1));
     brush.SetStamp(true, QStringLiteral("Stamps/knife.tif"));
@@ -209,7 +209,7 @@ TEST_F(BrushOperationTest, MasksAnswerTheStampForMinusOne) {
     EXPECT_FALSE(brush.IsMaskEnabled(2));
 }
 
-TEST_F(BrushOperationTest, WithoutAnImageTheStampIsOneOfNoSize) {
+TEST_F(BrushOperationTest, WithoutAnImageTheStampIsEmpty) {
     const BrushOperation other;
     ASSERT_NE(brush.MaskImage(-1), nullptr);
     EXPECT_EQ(brush.MaskImage(-1)->Width(), 0u);
@@ -218,7 +218,7 @@ TEST_F(BrushOperationTest, WithoutAnImageTheStampIsOneOfNoSize) {
     EXPECT_EQ(brush.MaskOpacityImage(-1)->Width(), 0u);
 }
 
-TEST_F(BrushOperationTest, AStrokeBeginsWithoutAHeadingAndTellsItsInversion) {
+TEST_F(BrushOperationTest, StrokeBeginsWithoutAHeadingAndReportsItsInversion) {
     brush.SetPreviousPatchPosition({1, 2, 3});
     brush.SetDirectionVector({0, 0, 1});
     EXPECT_EQ(brush.Settings().directionVector, Vector(0, 0, 1));
@@ -259,7 +259,7 @@ TEST_F(BrushOperationTest, AssignmentCopiesTheSettings) {
     EXPECT_EQ(brush.MirrorConfig().MirrorMode(), 7);
 }
 
-TEST_F(BrushOperationTest, SmallQueriesHaveTheirAnswers) {
+TEST_F(BrushOperationTest, QueriesReturnTheirFixedValues) {
     EXPECT_EQ(brush.StrokeDrawMode(), 0);
     EXPECT_FALSE(brush.IsImprintTool());
     EXPECT_TRUE(brush.NonImprintQueryA());

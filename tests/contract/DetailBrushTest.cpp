@@ -39,7 +39,7 @@ TEST_F(DetailBrushTest, WithoutTheTessellatorNothingIsRefined) {
     EXPECT_TRUE(brush.CheckValidity());
 }
 
-TEST_F(DetailBrushTest, TheUserIsToldOverTheViewport) {
+TEST_F(DetailBrushTest, MissingTessellatorIsReportedInTheViewport) {
     HostKernel::Instance().ClearHUDMessages();
     brush.ShowTessellationHUD();
     ASSERT_EQ(HostKernel::Instance().HUDMessages().size(), 1u);
@@ -47,14 +47,14 @@ TEST_F(DetailBrushTest, TheUserIsToldOverTheViewport) {
     HostKernel::Instance().ClearHUDMessages();
 }
 
-TEST_F(DetailBrushTest, AStrokeReachesTheBrushBelow) {
+TEST_F(DetailBrushTest, StrokeIsForwardedToTheBaseBrush) {
     brush.BeginStroke(mesh, BrushOperation::ModifierInvert, BrushOperation::TriggerStroke);
     EXPECT_TRUE(brush.IsInverted());
     brush.EndStroke();
     EXPECT_FALSE(brush.IsInverted());
 }
 
-TEST_F(DetailBrushTest, AssignmentCopiesItsOwnSettingToo) {
+TEST_F(DetailBrushTest, AssignmentAlsoCopiesItsOwnSetting) {
     DetailBrush other;
     other.refineAtIntervals = true;
     other.SetBrushSize(3.0f);
@@ -63,21 +63,21 @@ TEST_F(DetailBrushTest, AssignmentCopiesItsOwnSettingToo) {
     EXPECT_EQ(brush.BrushSize(), 3.0f);
 }
 
-TEST_F(DetailBrushTest, TheOriginalPositionIsThatOfTheRecord) {
+TEST_F(DetailBrushTest, OriginalPositionComesFromTheRecord) {
     EXPECT_EQ(brush.VertexOriginalPosition(mesh, 2), Vector(1, 1, 0));
     const std::unique_ptr<MeshChange> change(mesh->StartChange());
     Vertex& vertex = mesh->vertices.array[2];
     change->Add_uncached(2, 0, vertex, false);
     vertex.z = 5.0f;
     EXPECT_EQ(brush.VertexOriginalPosition(mesh, 2), Vector(1, 1, 0));
-    // A link that happens to name another vertex's record is a stamp.
+    // A link whose value is the record index of another vertex is a stamp.
     mesh->vertices.array[1].changeLink = 0;
     mesh->vertices.array[1].z = 7.0f;
     EXPECT_EQ(brush.VertexOriginalPosition(mesh, 1), Vector(1, 0, 7));
     change->Finish(true, false);
 }
 
-TEST_F(DetailBrushTest, ASurfacePointStandsAtTheFirstCornerOfItsFace) {
+TEST_F(DetailBrushTest, SurfacePointIsAtTheFirstCornerOfItsFace) {
     const SurfacePoint point(mesh, 1234, 0);
     EXPECT_EQ(point.mesh, mesh);
     EXPECT_EQ(point.face, 0u);

@@ -12,7 +12,7 @@ std::vector<float> CurveOf(int index) {
     return {samples.array, samples.array + samples.fill};
 }
 
-TEST(Falloff, EachCurveFallsFromOneToTheRim) {
+TEST(Falloff, EachCurveDecreasesFromOneToTheRim) {
     for (int index = 0; index < static_cast<int>(FalloffNames().size()); ++index) {
         SCOPED_TRACE(FalloffNames()[static_cast<std::size_t>(index)]);
         const std::vector<float> curve = CurveOf(index);
@@ -35,7 +35,7 @@ TEST(Falloff, IndexAndNameAgree) {
     EXPECT_FALSE(IsFalloffIndex(-1));
 }
 
-TEST(Falloff, CurvesHaveTheirValuesHalfWay) {
+TEST(Falloff, CurvesHaveTheirDefinedMidValues) {
     EXPECT_EQ(FalloffValue(0, 0.5f), 1.0f);
     EXPECT_EQ(FalloffValue(1, 0.5f), 0.5f);
     EXPECT_EQ(FalloffValue(2, 0.5f), 0.5f);
@@ -49,7 +49,7 @@ TEST(Falloff, CurvesHaveTheirValuesHalfWay) {
     EXPECT_EQ(FalloffValue(7, 0.875f), 0.5f);
 }
 
-TEST(Falloff, AnUnknownIndexIsSmooth) {
+TEST(Falloff, UnknownIndexIsSmooth) {
     EXPECT_EQ(CurveOf(99), CurveOf(smoothFalloffIndex));
     EXPECT_EQ(CurveOf(-7), CurveOf(smoothFalloffIndex));
 }

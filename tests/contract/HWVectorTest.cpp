@@ -13,7 +13,7 @@ namespace {
 
 uint32_t Bits(float f) { return std::bit_cast<uint32_t>(f); }
 
-/// Vectors of very different sizes, so that another order of additions shows.
+/// Vectors of very different magnitudes, so that a different order of additions changes the result.
 class HWVectorBits : public testing::Test {
 protected:
     static constexpr unsigned seed = 20240611;
@@ -28,7 +28,7 @@ protected:
     std::uniform_int_distribution<int> exponent{-12, 12};
 };
 
-TEST(HWVector, StandsInMemoryFromWToX) {
+TEST(HWVector, IsStoredFromWToX) {
     const HWVector v(1.0f, 2.0f, 3.0f, 4.0f);
     alignas(16) float memory[4];
     _mm_store_ps(memory, v.lanes);
@@ -40,7 +40,7 @@ TEST(HWVector, StandsInMemoryFromWToX) {
     EXPECT_EQ(v.First(), 4.0f);
 }
 
-TEST(HWVector, APositionHasWZero) {
+TEST(HWVector, PositionHasWZero) {
     const HWVector v(Vector(1.0f, 2.0f, 3.0f));
     EXPECT_EQ(Bits(v.W()), Bits(0.0f));
     EXPECT_EQ(static_cast<Vector>(v), Vector(1.0f, 2.0f, 3.0f));
@@ -60,7 +60,7 @@ TEST_F(HWVectorBits, DotAddsXYAndZWInPairsInEveryLane) {
     }
 }
 
-TEST_F(HWVectorBits, CrossTakesOneProductFromAnother) {
+TEST_F(HWVectorBits, CrossSubtractsOneProductFromAnother) {
     for (int i = 0; i < rounds; ++i) {
         const Vector4 a = Four();
         const Vector4 b = Four();
@@ -102,18 +102,18 @@ TEST_F(HWVectorBits, NormalizeMultipliesByOneOverTheRoot) {
     }
 }
 
-TEST(HWVector, NormalizeLeavesAVectorWithoutLengthAsItIs) {
+TEST(HWVector, NormalizeLeavesAZeroLengthVectorUnchanged) {
     HWVector zero(0.0f, -0.0f, 0.0f, 0.0f);
     zero.Normalize();
     EXPECT_EQ(Bits(zero.X()), Bits(0.0f));
     EXPECT_EQ(Bits(zero.Y()), Bits(-0.0f));
-    // Its squares fall below the smallest float.
+    // Its squares underflow.
     HWVector tiny(1e-30f, 0.0f, 0.0f, 0.0f);
     tiny.Normalize();
     EXPECT_EQ(tiny.X(), 1e-30f);
 }
 
-TEST(HWVector, MinimumAndMaximumTakeTheSecondOfNoNumber) {
+TEST(HWVector, MinimumAndMaximumReturnTheSecondOperandForNaN) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const HWVector one = HWVector::Splat(1.0f);
     EXPECT_EQ(HWVector::Minimum(HWVector::Splat(nan), one).X(), 1.0f);

@@ -16,7 +16,7 @@ Matrix Of(const float (&rows)[4][4]) {
     return matrix;
 }
 
-/// Scale 2, 4, 8, then a move by (3, 5, 7).
+/// Scales by 2, 4, 8, then translates by (3, 5, 7).
 const Matrix scaleAndMove = Of({{2, 0, 0, 0}, {0, 4, 0, 0}, {0, 0, 8, 0}, {3, 5, 7, 1}});
 
 TEST(Matrix, StartsAsTheIdentity) {
@@ -24,12 +24,12 @@ TEST(Matrix, StartsAsTheIdentity) {
     EXPECT_EQ(Matrix() * scaleAndMove, scaleAndMove);
 }
 
-TEST(Matrix, RowsAreMultipliedFromTheLeft) {
+TEST(Matrix, RowVectorsMultiplyFromTheLeft) {
     EXPECT_EQ(scaleAndMove.AffineTransform({1, 1, 1}, 1.0f), Vector(5, 9, 15));
     EXPECT_EQ(scaleAndMove.AffineTransform({1, 1, 1}, 0.0f), Vector(2, 4, 8));
 }
 
-TEST(Matrix, TheProductActsFirstWithItsLeftFactor) {
+TEST(Matrix, ProductAppliesItsLeftFactorFirst) {
     Matrix turn = Of({{0, 1, 0, 0}, {-1, 0, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}});
     const Vector p(1, 2, 3);
     EXPECT_EQ((scaleAndMove * turn).AffineTransform(p, 1.0f),
@@ -40,18 +40,18 @@ TEST(Matrix, TheProductActsFirstWithItsLeftFactor) {
 TEST(Matrix, ProjectionDividesByTheFourthComponent) {
     const Matrix projection = Of({{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 2}, {0, 0, 0, 0}});
     EXPECT_EQ(projection.ProjectedTransform({4, 8, 2}, 1.0f), Vector(1, 2, 0.5f));
-    // The fourth component is not guarded.
+    // Division by a zero fourth component is not guarded.
     EXPECT_TRUE(std::isinf(projection.ProjectedTransform({4, 8, 0}, 1.0f).x));
 }
 
-TEST(Matrix, TransformsAddFromTheLeft) {
+TEST(Matrix, TransformsSumFromTheLeft) {
     const float big = 16777216.0f;
     const Matrix sum = Of({{1, 0, 0, 0}, {1, 0, 0, 0}, {1, 0, 0, 0}, {0, 0, 0, 1}});
     EXPECT_EQ(sum.AffineTransform({big, 1, 1}, 1.0f).x, big);
     EXPECT_EQ(sum.AffineTransform({1, 1, big}, 1.0f).x, big + 2.0f);
 }
 
-TEST(Matrix, InvertsExactlyWhereFloatsCanTell) {
+TEST(Matrix, InvertsExactlyWhereFloatsAreExact) {
     Matrix inverse = scaleAndMove;
     bool ok = false;
     inverse.Invert(&ok);
@@ -68,7 +68,7 @@ TEST(Matrix, InvertsWithZerosOnTheDiagonal) {
     EXPECT_EQ(before * swap, Matrix());
 }
 
-TEST(Matrix, TheInverseIsRoundedOnce) {
+TEST(Matrix, InverseIsRoundedOnce) {
     std::mt19937 engine(7);
     std::uniform_real_distribution<float> number(-2.0f, 2.0f);
     for (int round = 0; round < 500; ++round) {
@@ -79,8 +79,9 @@ TEST(Matrix, TheInverseIsRoundedOnce) {
         bool ok = false;
         inverse.Invert(&ok);
         ASSERT_TRUE(ok);
-        // matrix * inverse, summed in double: each entry of the inverse is off by half a step of
-        // its own at most, so the product by half a step of the sum of the sizes.
+        // matrix * inverse, summed in double precision. Each entry of the inverse is off by at most
+        // half a unit in the last place, so the product is off by at most half a unit of the summed
+        // magnitudes.
         for (int r = 0; r < 4; ++r) {
             for (int c = 0; c < 4; ++c) {
                 double product = 0.0;
@@ -99,7 +100,7 @@ TEST(Matrix, TheInverseIsRoundedOnce) {
     }
 }
 
-TEST(Matrix, ASingularMatrixIsLeftAsItIs) {
+TEST(Matrix, SingularMatrixIsLeftUnchanged) {
     const Matrix singular[] = {
         Of({{1, 2, 3, 0}, {4, 5, 6, 0}, {7, 8, 9, 0}, {0, 0, 0, 1}}),
         Of({{0.1f, 0.2f, 0.3f, 0}, {0.7f, 0.11f, 0.13f, 0}, {0.8f, 0.31f, 0.43f, 0}, {0, 0, 0, 0}}),
@@ -114,9 +115,9 @@ TEST(Matrix, ASingularMatrixIsLeftAsItIs) {
     }
 }
 
-TEST(Matrix, AProductOfSingularAxesIsKnownAsSingular) {
-    // The third row is the sum of a multiple of the first and the second, rounded: its pivot is
-    // rounding left over.
+TEST(Matrix, ProductWithDependentAxesIsDetectedAsSingular) {
+    // The third row is the sum of a multiple of the first row and the second row, rounded. Its
+    // pivot is only a rounding residue.
     std::mt19937 engine(11);
     std::uniform_int_distribution<int> number(-1000, 1000);
     for (int round = 0; round < 500; ++round) {
@@ -134,7 +135,7 @@ TEST(Matrix, AProductOfSingularAxesIsKnownAsSingular) {
     }
 }
 
-TEST(Matrix, SmallScalesAreNotTakenForSingular) {
+TEST(Matrix, SmallScalesAreNotDetectedAsSingular) {
     Matrix small = Of({{1e-12f, 0, 0, 0}, {0, 1e-12f, 0, 0}, {0, 0, 1e12f, 0}, {1, 2, 3, 1}});
     bool ok = false;
     small.Invert(&ok);
@@ -143,13 +144,13 @@ TEST(Matrix, SmallScalesAreNotTakenForSingular) {
     EXPECT_FLOAT_EQ(small.m[2][2], 1e-12f);
 }
 
-TEST(Matrix, NoInverseIsMadeOfNoNumbers) {
+TEST(Matrix, MatrixWithNaNHasNoInverse) {
     Matrix matrix;
     matrix.m[1][1] = std::numeric_limits<float>::quiet_NaN();
     bool ok = true;
     matrix.Invert(&ok);
     EXPECT_FALSE(ok);
-    // Its inverse would hold numbers beyond the largest float.
+    // Its inverse would overflow.
     Matrix tiny;
     tiny.m[0][0] = 1e-39f;
     tiny.Invert(&ok);

@@ -11,7 +11,7 @@
 namespace trovik {
 namespace {
 
-/// A brush of two tools, the second of which starts stronger; it counts its events.
+/// A brush with two tools, the second of which starts with a higher strength; it counts its events.
 class TwoToolBrush : public BrushOperation {
 public:
     using BrushOperation::SetActiveConfiguration;
@@ -68,7 +68,7 @@ protected:
     TwoToolBrush brush;
 };
 
-TEST_F(ToolSettings, TheCatalogueKeepsItsRowsInOrder) {
+TEST_F(ToolSettings, CatalogueKeepsItsRowsInOrder) {
     const uint32_t count = BrushOperation::ConfigurationCount();
     ASSERT_GE(count, 2u);
     EXPECT_EQ(BrushOperation::Configuration(count - 2), soft);
@@ -78,7 +78,7 @@ TEST_F(ToolSettings, TheCatalogueKeepsItsRowsInOrder) {
     EXPECT_EQ(hard->Category(), PredefinedCategory::Sculpt);
 }
 
-TEST_F(ToolSettings, AToolIsFoundByItsNameAmongItsOwnClass) {
+TEST_F(ToolSettings, ToolIsFoundByNameWithinItsClass) {
     EXPECT_TRUE(brush.SetActiveConfiguration(QStringLiteral("Hard")));
     EXPECT_EQ(brush.ActiveConfiguration(), hard);
     EXPECT_FALSE(brush.SetActiveConfiguration(QStringLiteral("Nothing")));
@@ -87,10 +87,10 @@ TEST_F(ToolSettings, AToolIsFoundByItsNameAmongItsOwnClass) {
     EXPECT_FALSE(other.BrushOperation::SetActiveConfiguration(QStringLiteral("Hard")));
 }
 
-TEST_F(ToolSettings, AToolTakesItsDefaultsTheFirstTimeOnly) {
+TEST_F(ToolSettings, ToolUsesItsDefaultsOnlyOnFirstActivation) {
     brush.SetActiveConfiguration(soft);
     EXPECT_EQ(brush.BrushStrength(), 15.0f);
-    EXPECT_FALSE(brush.IsConfigurationInited(soft)) << "it was never left";
+    EXPECT_FALSE(brush.IsConfigurationInited(soft)) << "it was never deactivated";
     brush.SetBrushStrength(33.0f);
     brush.hardness.SetValue(0.9f, true);
     brush.SetActiveConfiguration(hard);
@@ -103,7 +103,7 @@ TEST_F(ToolSettings, AToolTakesItsDefaultsTheFirstTimeOnly) {
     EXPECT_EQ(brush.timesDefaultsTaken, 2);
 }
 
-TEST_F(ToolSettings, ActivatingAToolTwiceKeepsWhatTheUserSet) {
+TEST_F(ToolSettings, ActivatingAToolTwiceKeepsUserSettings) {
     brush.SetActiveConfiguration(soft);
     brush.SetBrushStrength(33.0f);
     brush.SetActiveConfiguration(soft);
@@ -111,7 +111,7 @@ TEST_F(ToolSettings, ActivatingAToolTwiceKeepsWhatTheUserSet) {
     EXPECT_EQ(brush.timesDefaultsTaken, 1);
 }
 
-TEST_F(ToolSettings, EverythingOfAToolComesBackInSilence) {
+TEST_F(ToolSettings, AllSettingsOfAToolAreRestoredSilently) {
     brush.SetActiveConfiguration(soft);
     BrushOperation::Private& s = brush.Settings();
     brush.SetStrokeSmoothing(false, 0.2f);
@@ -170,7 +170,7 @@ TEST_F(ToolSettings, EverythingOfAToolComesBackInSilence) {
     EXPECT_FALSE(s.orientedToSurface);
 }
 
-TEST_F(ToolSettings, TheSizeIsCommonToAllTools) {
+TEST_F(ToolSettings, SizeIsCommonToAllTools) {
     brush.SetActiveConfiguration(soft);
     brush.SetBrushSize(10.0f);
     brush.SetActiveConfiguration(hard);
@@ -179,7 +179,7 @@ TEST_F(ToolSettings, TheSizeIsCommonToAllTools) {
     EXPECT_EQ(brush.BrushSize(), 20.0f);
 }
 
-TEST_F(ToolSettings, ResettingBringsTheDefaultsOfTheActiveToolOnly) {
+TEST_F(ToolSettings, ResettingRestoresTheDefaultsOfTheActiveToolOnly) {
     brush.SetActiveConfiguration(soft);
     brush.SetBrushStrength(33.0f);
     brush.SetActiveConfiguration(hard);
@@ -193,7 +193,7 @@ TEST_F(ToolSettings, ResettingBringsTheDefaultsOfTheActiveToolOnly) {
     EXPECT_EQ(brush.BrushStrength(), 44.0f);
 }
 
-TEST_F(ToolSettings, AnAttributeThatFollowsAnotherKeepsFollowing) {
+TEST_F(ToolSettings, ConnectedAttributeStaysConnected) {
     AttributeInstance<float> source(nullptr, QStringLiteral("source"), 0.1f);
     brush.SetActiveConfiguration(soft);
     brush.hardness.SetValue(0.9f, true);
@@ -203,7 +203,7 @@ TEST_F(ToolSettings, AnAttributeThatFollowsAnotherKeepsFollowing) {
     brush.SetActiveConfiguration(soft);
     EXPECT_EQ(brush.BrushStrength(), 15.0f);
     brush.SetActiveConfiguration(hard);
-    EXPECT_EQ(brush.BrushStrength(), 77.0f) << "what stands behind the attribute is read rightly";
+    EXPECT_EQ(brush.BrushStrength(), 77.0f) << "the data after the attribute is read correctly";
     source.SetValue(0.3f);
     EXPECT_EQ(brush.hardness.Value(), 0.3f);
 }
@@ -216,10 +216,10 @@ TEST_F(ToolSettings, StoringDoesNotMakeAToolActive) {
     brush.RestoreConfiguration(hard);
     EXPECT_EQ(brush.BrushStrength(), 15.0f);
     brush.RestoreConfiguration(soft);
-    EXPECT_EQ(brush.BrushStrength(), 15.0f) << "nothing was stored of this one";
+    EXPECT_EQ(brush.BrushStrength(), 15.0f) << "no settings of this tool were stored";
 }
 
-TEST_F(ToolSettings, ABrushComesBackFromAScene) {
+TEST_F(ToolSettings, BrushIsRestoredFromAScene) {
     brush.SetBrushSize(61.0f);
     brush.SetBrushStrength(62.0f);
     brush.SetFalloffIndex(4);
@@ -241,7 +241,7 @@ TEST_F(ToolSettings, ABrushComesBackFromAScene) {
     EXPECT_EQ(other.MaskName(-1), QStringLiteral("x.tif"));
 }
 
-TEST_F(ToolSettings, NumbersOfAHostileSceneAreBroughtIntoTheirLimits) {
+TEST_F(ToolSettings, ValuesOfAHostileSceneAreClamped) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     brush.Settings().size = 1e9f;
     brush.Settings().strength = nan;

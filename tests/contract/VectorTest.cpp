@@ -6,20 +6,21 @@
 namespace trovik {
 namespace {
 
-// 2^24 + 1 is no float: added to the first two, each 1 is lost; added together first, they count.
+// 2^24 + 1 is not a float. Added one by one to 2^24, each 1 is lost; added together first, they
+// count.
 constexpr float big = 16777216.0f;
 
-TEST(Vector, DotAddsFromTheLeft) {
+TEST(Vector, DotSumsFromTheLeft) {
     EXPECT_EQ((Vector(big, 1.0f, 1.0f) | Vector(1.0f, 1.0f, 1.0f)), big);
     EXPECT_EQ((Vector(1.0f, 1.0f, big) | Vector(1.0f, 1.0f, 1.0f)), big + 2.0f);
 }
 
-TEST(Vector, CrossFollowsTheRightHand) {
+TEST(Vector, CrossFollowsTheRightHandRule) {
     EXPECT_EQ((Vector(1, 0, 0) & Vector(0, 1, 0)), Vector(0, 0, 1));
     EXPECT_EQ((Vector(2, 3, 5) & Vector(7, 11, 13)), Vector(-16, 9, 1));
 }
 
-TEST(Vector, LengthIsTheRootOfTheSum) {
+TEST(Vector, LengthIsTheRootOfTheSumOfSquares) {
     EXPECT_EQ(Vector(2, 3, 6).Length(), 7.0f);
     EXPECT_EQ(Vector().Length(), 0.0f);
 }

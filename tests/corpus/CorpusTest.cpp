@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The files that the fuzz targets start from, whole, cut off and damaged, go through the targets:
-/// a target ends the process where a reader crashes, or refuses poorly. With TROVIK_FUZZ_SECONDS
-/// each reader is fed for so long beyond that, with damage that is drawn anew each time.
+/// \file Runs the fuzz targets on their corpus files: whole, truncated and damaged. A target ends
+/// the process if a reader crashes or reports an error of the wrong kind. With TROVIK_FUZZ_SECONDS,
+/// each reader is then run for that time on random damage that differs in every run.
 #include "tests/SourceFolder.h"
 #include "tests/random/RandomNumbers.h"
 
@@ -74,7 +73,7 @@ TEST_P(Corpus, GoesThroughItsReader) {
     }
 }
 
-TEST_P(Corpus, IsReadOrRefusedWhereverItIsCutOff) {
+TEST_P(Corpus, IsReadOrRefusedAfterAnyTruncation) {
     for (const Bytes& file : files) {
         const std::size_t step = 1 + file.size() / 64;
         for (std::size_t size = 0; size < file.size(); size += step)
@@ -100,7 +99,7 @@ TEST_P(Corpus, IsReadOrRefusedWhenDamaged) {
     }
 }
 
-/// Bytes changed, taken out, put in twice, or taken from another file; one to four times.
+/// Changes, removes or duplicates bytes, or copies them from another file; one to four times.
 Bytes Damaged(const std::vector<Bytes>& files, RandomNumbers& random) {
     Bytes bytes = files[random.Below(static_cast<uint32_t>(files.size()))];
     for (uint32_t changes = 1 + random.Below(4); changes > 0 && !bytes.empty(); --changes) {
@@ -136,7 +135,7 @@ Bytes Damaged(const std::vector<Bytes>& files, RandomNumbers& random) {
     return bytes;
 }
 
-/// Drawn damage that a reader is at now, for who finds the process dead.
+/// The seed of the damage that a reader is processing, to be found after the process has ended.
 volatile std::sig_atomic_t presentSeed = 0;
 
 extern "C" void TellSeed(int number) {
@@ -145,13 +144,13 @@ extern "C" void TellSeed(int number) {
     std::raise(number);
 }
 
-TEST_P(Corpus, IsReadOrRefusedHoweverDamagedForAsLongAsAsked) {
+TEST_P(Corpus, IsReadOrRefusedWithRandomDamage) {
     const char* wanted = std::getenv("TROVIK_FUZZ_SECONDS");
     const long seconds = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);
     if (seconds <= 0) GTEST_SKIP() << "TROVIK_FUZZ_SECONDS is not set";
     using Clock = std::chrono::steady_clock;
     const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
-    // Other seeds in each run; a found one can be given back.
+    // Each run uses other seeds; a failing seed can be passed in again.
     const char* given = std::getenv("TROVIK_FUZZ_SEED");
     int seed = given != nullptr
                    ? std::atoi(given)

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The same script gives the same bits: again in one process, in another one, in every build, and
-/// where numbers are written with decimal commas.
+/// \file The same script gives the same bits: when repeated in one process, in another process, in
+/// every build, and in locales with decimal commas.
 #include "framework/script/ScriptRunner.h"
 #include "tests/SourceFolder.h"
 #include "tests/brush/ToolNames.h"
@@ -41,8 +40,8 @@ uint64_t HashOf(const std::string& bytes) {
     return hash;
 }
 
-/// A stroke of every tool, with what changes the numbers on their way: mirrors, a placement with
-/// three different scales, a layer, freezing, facing, pressure, coarser levels, undo.
+/// A stroke of every tool, with everything that affects the values: mirrors, a transform with three
+/// different scales, a layer, masks, facing, pressure, coarser levels, undo.
 std::string ScriptText() {
     std::ostringstream script;
     script << R"({"mesh": ")" << SourceFolder() << R"(/examples/meshes/spot.obj", "levels": 2,
@@ -99,24 +98,24 @@ protected:
     std::string script;
 };
 
-TEST_F(SameBits, TwiceInOneProcessAndOnceInAnother) {
+TEST_F(SameBits, RepeatInOneProcessAndInAnother) {
     const std::string first = RunHere();
     ASSERT_GT(first.size(), 100000u);
     EXPECT_TRUE(RunHere() == first);
     EXPECT_TRUE(RunElsewhere("") == first);
 }
 
-TEST_F(SameBits, InEveryBuild) {
-    // The value that every build has given so far: optimised or not, with sanitizers or without. A
-    // change of it is a change of what strokes do, which the change log tells.
+TEST_F(SameBits, AreEqualInEveryBuild) {
+    // The value of all builds so far, optimised or not, with sanitizers or without. A different
+    // value means that strokes give different results, which the change log must mention.
     EXPECT_EQ(HashOf(RunHere()), 10946052926034741426ull);
 }
 
-TEST_F(SameBits, WithDecimalCommas) {
+TEST_F(SameBits, DoNotDependOnDecimalCommas) {
     const std::string expected = RunHere();
     const std::string locales = (folder / "locales").string();
     fs::create_directories(locales);
-    // Exit status 1 tells of warnings only.
+    // Exit status 1 means warnings only.
     ASSERT_NE(
         std::system(
             ("localedef -i de_DE -f UTF-8 '" + locales + "/de_DE.UTF-8' 2>/dev/null").c_str()),
@@ -129,7 +128,7 @@ TEST_F(SameBits, WithDecimalCommas) {
     const std::string here = RunHere();
     std::setlocale(LC_ALL, "C");
     EXPECT_TRUE(here == expected);
-    // The C library keeps what it makes of LOCPATH, which a leak check would count.
+    // The C library caches data for LOCPATH, which a leak check would report.
     EXPECT_TRUE(RunElsewhere("ASAN_OPTIONS=detect_leaks=0 LC_ALL=de_DE.UTF-8 LANG=de_DE.UTF-8") ==
                 expected);
     unsetenv("LOCPATH");

@@ -30,7 +30,7 @@ std::vector<DisplayVertex> PatchOf(const std::vector<DisplayVertex>& all,
     return {first, first + layout.VertexCount(patch)};
 }
 
-/// A sphere with dents, so that patches bend.
+/// A sphere with dents, so that patches are curved.
 LevelGeometry& DentedSphere() {
     static LevelGeometry geometry(SphereQuads(1));
     if (geometry.LevelCount() == 1) {
@@ -44,7 +44,7 @@ LevelGeometry& DentedSphere() {
     return geometry;
 }
 
-TEST(PatchBoxes, OfTheTreeAreThoseOfThePackedVertices) {
+TEST(PatchBoxes, OfThePickTreeEqualThoseOfThePackedVertices) {
     ForEachLevel(4, [](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
         const PatchLayout layout(level);
@@ -65,7 +65,7 @@ TEST(PatchBoxes, OfTheTreeAreThoseOfThePackedVertices) {
     });
 }
 
-TEST(PatchBoxes, LeaveOutNaN) {
+TEST(PatchBoxes, IgnoreNaN) {
     const DisplayVertex none = {NAN, NAN, NAN, 0, 0, 0, 0, 0};
     const DisplayVertex some = {1, 2, 3, 0, 0, 0, 0, 0};
     EXPECT_TRUE(BoxOf(std::vector{none, none}).IsEmpty());
@@ -75,7 +75,7 @@ TEST(PatchBoxes, LeaveOutNaN) {
     EXPECT_EQ(box.maxZ, 3.0f);
 }
 
-/// A perspective of a camera that looks from one point to another, or a parallel projection.
+/// A perspective camera that looks from one point to another, or a parallel projection.
 class Camera {
 public:
     Camera(RandomNumbers& random, FrustumCuller::ClipDepth depth) {
@@ -105,7 +105,7 @@ public:
             projection.m[2][2] = -span / (far - near);
             projection.m[3][2] = low - span * near / (far - near);
         } else {
-            // The last is of a view without a far plane.
+            // The last view has no far plane.
             const bool endless = random.Chance(0.3f);
             projection.m[2][3] = -1.0f;
             projection.m[3][3] = 0.0f;
@@ -131,7 +131,7 @@ public:
     double lowest;
 };
 
-TEST(FrustumCuller, KeepsEveryPatchOfWhichAPointIsSeen) {
+TEST(FrustumCuller, KeepsEveryPatchWithAVisiblePoint) {
     const LevelMesh& level = *DentedSphere().Bound();
     const PatchLayout layout(level);
     const std::vector<DisplayVertex> all = PackLevel(level, layout);
@@ -152,7 +152,7 @@ TEST(FrustumCuller, KeepsEveryPatchOfWhichAPointIsSeen) {
             const DisplayVertex* first = all.data() + layout.FirstVertex(patch);
             for (uint32_t i = 0; i < layout.VertexCount(patch) && !sees; ++i)
                 sees = camera.Sees(At(first[i]));
-            // Points between vertices, where a triangle is larger than the view.
+            // Points between vertices, for triangles larger than the view.
             const auto triangles = layout.Triangles(patch);
             for (std::size_t i = 0; i < triangles.size() && !sees; i += 3) {
                 Point middle{};
@@ -168,12 +168,12 @@ TEST(FrustumCuller, KeepsEveryPatchOfWhichAPointIsSeen) {
             keptUnseen += !outside && !sees ? 1 : 0;
         }
     }
-    EXPECT_GT(seen, 300u) << "the views show something";
+    EXPECT_GT(seen, 300u) << "some points are visible";
     EXPECT_GT(culled, 300u);
-    EXPECT_LT(keptUnseen, culled / 2) << "culling is not in vain";
+    EXPECT_LT(keptUnseen, culled / 2) << "some patches are culled";
 }
 
-TEST(FrustumCuller, KeepsBoxesInDoubt) {
+TEST(FrustumCuller, KeepsBoxesThatCannotBeDecided) {
     const FrustumCuller culler{Matrix()};
     EXPECT_FALSE(culler.IsOutside({-1, -1, -1, 1, 1, 1}));
     EXPECT_FALSE(culler.IsOutside({-9, -9, -9, 9, 9, 9})) << "around the view";
@@ -188,7 +188,7 @@ TEST(FrustumCuller, KeepsBoxesInDoubt) {
     EXPECT_FALSE(culler.IsOutside({0, 0, -0.9f, 0, 0, -0.1f}));
 }
 
-/// Whether the front of a triangle can be seen from a point, or along a direction.
+/// Returns whether the front of a triangle is visible from a point, or along a direction.
 bool ShowsFront(const DisplayVertex* v, const uint16_t* index, const Point& way, bool parallel) {
     const Point a = At(v[index[0]]);
     const Point e = Less(At(v[index[1]]), a);
@@ -198,7 +198,7 @@ bool ShowsFront(const DisplayVertex* v, const uint16_t* index, const Point& way,
     return Inner(normal, parallel ? way : Less(a, way)) < 0.0;
 }
 
-TEST(NormalCone, CullsNoPatchThatShowsAFront) {
+TEST(NormalCone, CullsNoPatchWithAVisibleFront) {
     const LevelMesh& level = *DentedSphere().Bound();
     const PatchLayout layout(level);
     const std::vector<DisplayVertex> all = PackLevel(level, layout);
@@ -225,7 +225,7 @@ TEST(NormalCone, CullsNoPatchThatShowsAFront) {
             }
         }
         EXPECT_GT(backs, 500u);
-        EXPECT_GT(culled, backs / 3) << "culling is not in vain";
+        EXPECT_GT(culled, backs / 3) << "some patches are culled";
     }
 }
 
@@ -248,7 +248,7 @@ TEST(NormalCone, FrontIsTheSideOfTheNormals) {
     EXPECT_FALSE(cone.FacesAway(box, {NAN, 0, -3.0f}));
 }
 
-TEST(NormalCone, CountsTheExtentOfThePatch) {
+TEST(NormalCone, AccountsForTheExtentOfThePatch) {
     // Two triangles that face up, one above the other, and an eye between them.
     std::vector<DisplayVertex> vertices(6);
     for (std::size_t i = 0; i < 6; ++i) {
@@ -271,7 +271,7 @@ TEST(NormalCone, OfACurledPatchIsNeverCulled) {
     for (int i = 0; i < 100; ++i) EXPECT_FALSE(cone.FacesAwayFrom(random.In(-1.0f, 1.0f)));
 }
 
-TEST(NormalCone, LeavesOutDegenerateTrianglesAndKeepsNaN) {
+TEST(NormalCone, IgnoresDegenerateTrianglesAndKeepsNaN) {
     std::vector<DisplayVertex> vertices(5);
     vertices[1].x = 1.0f;
     vertices[2].y = 1.0f;

@@ -15,7 +15,7 @@ Patches Sorted(const DirtyPatches& dirty) {
     return patches;
 }
 
-/// Level 7 of a quad: the patches are the 16 faces of level 2.
+/// Level 7 of a quad; its patches are the 16 faces of level 2.
 class DirtyGrid : public testing::Test {
 protected:
     DirtyGrid() : geometry(SingleQuad()) {
@@ -68,7 +68,7 @@ TEST_F(DirtyGrid, MergesChangesAndKeepsTheirKinds) {
     EXPECT_EQ(dirty->WhatChanged(2), 0);
 }
 
-TEST_F(DirtyGrid, RemovesWhatWasPacked) {
+TEST_F(DirtyGrid, RemovesPackedPatches) {
     Add(2, {3, 9, 1, 12}, SurfaceChange::Positions);
     dirty->Remove(Patches{9, 3, 7});
     EXPECT_EQ(Sorted(*dirty), (Patches{1, 12}));
@@ -78,14 +78,14 @@ TEST_F(DirtyGrid, RemovesWhatWasPacked) {
     EXPECT_EQ(dirty->WhatChanged(9), SurfaceChange::Mask);
 }
 
-TEST_F(DirtyGrid, TakesWholeLevels) {
+TEST_F(DirtyGrid, AcceptsWholeLevels) {
     dirty->Add({7, SurfaceChange::Mask, 0, {}, true});
     EXPECT_EQ(dirty->Patches().size(), 16u);
     EXPECT_EQ(dirty->WhatChanged(15), SurfaceChange::Mask);
     EXPECT_FALSE(dirty->LayoutChanged());
 }
 
-TEST_F(DirtyGrid, IgnoresOtherLevelsAndChangesOfNothing) {
+TEST_F(DirtyGrid, IgnoresOtherLevelsAndEmptyChanges) {
     Add(2, {3}, SurfaceChange::Positions, 6);
     dirty->Add({3, SurfaceChange::Positions, 0, {}, true});
     Add(2, {3}, 0);
@@ -95,7 +95,7 @@ TEST_F(DirtyGrid, IgnoresOtherLevelsAndChangesOfNothing) {
 TEST_F(DirtyGrid, ReportsThatTheLayoutChanged) {
     dirty->Add({6, SurfaceChange::Topology, 0, {}, true});
     EXPECT_TRUE(dirty->LayoutChanged());
-    // The numbers of later changes belong to the new level.
+    // The indices of later changes refer to the new level.
     Add(2, {3}, SurfaceChange::Positions);
     EXPECT_TRUE(dirty->IsEmpty());
     EXPECT_TRUE(dirty->LayoutChanged());
@@ -131,7 +131,7 @@ TEST(DirtyPatches, OfBucketsAreThoseOfTheFaces) {
     dirty.Clear();
     const uint32_t coarse[] = {17, 6399};
     dirty.Add({1, SurfaceChange::Visibility, 0, coarse, false});
-    EXPECT_EQ(Sorted(dirty), expected) << "children of a face lie together here";
+    EXPECT_EQ(Sorted(dirty), expected) << "children of a face are contiguous here";
 }
 
 }  // namespace

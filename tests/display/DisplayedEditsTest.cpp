@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A copy of the surface that packs only the patches of each change stays equal, byte for byte, to
-/// one that is packed whole. TROVIK_RANDOM_EDITS sets the number of edits.
+/// \file A copy of the surface that packs only the patches of each change stays byte-identical to a
+/// copy that is packed completely. TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/display/DirtyPatches.h"
 #include "tests/display/PackedLevel.h"
 #include "tests/edits/RandomEdits.h"
@@ -14,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-/// What a level holds that can be seen.
+/// The visible data of a level.
 struct SeenState {
     explicit SeenState(const LevelMesh& level)
         : vertices(level.vertices.array, level.vertices.array + level.VertexCount()),
@@ -36,12 +35,12 @@ struct SeenState {
     std::vector<uint8_t> faceFlags;
 };
 
-/// The uploaded vertices of one geometry's bound level, kept up to date by changes.
+/// The uploaded vertices of one geometry's bound level, updated from change reports.
 class Display {
 public:
     explicit Display(LevelGeometry& shown) : geometry(shown) { Reset(); }
 
-    /// Finds what changed, reports it by faces of `patchLevel`, and packs the dirty patches.
+    /// Finds the changes, reports them by faces of `patchLevel`, and packs the dirty patches.
     /// \return the number of patches packed.
     uint64_t Update(RandomNumbers& random) {
         LevelMesh& level = *geometry.Bound();
@@ -54,7 +53,7 @@ public:
             Reset();
             return 0;
         }
-        // One change of each kind, each by another patch level.
+        // One change of each kind, each with a different patch level.
         const SeenState after(level);
         for (const uint8_t what : {SurfaceChange::Positions,
                                    SurfaceChange::Normals,
@@ -79,7 +78,7 @@ public:
         return patches.size();
     }
 
-    bool EqualsWholePacking() const {
+    bool EqualsFullPacking() const {
         return SameVertices(uploaded, PackLevel(*geometry.Bound(), *layout));
     }
 
@@ -116,7 +115,8 @@ private:
     std::unique_ptr<DirtyPatches> dirty;
     std::vector<DisplayVertex> uploaded;
     std::unique_ptr<SeenState> seen;
-    /// Another table: another level with the same number, or faces renumbered.
+    /// Identifies the face table: another level with the same number, or renumbered faces, has a
+    /// different one.
     const uint32_t* faceTable = nullptr;
 };
 
@@ -143,17 +143,17 @@ TEST(DisplayedEdits, PackingDirtyPatchesEqualsPackingEverything) {
             const uint64_t patches = display.Update(random);
             packed += patches;
             updates += patches > 0 ? 1 : 0;
-            ASSERT_TRUE(display.EqualsWholePacking());
+            ASSERT_TRUE(display.EqualsFullPacking());
         }
     }
-    // Edits that show nothing would pass all of this.
+    // The test is void if the edits change nothing visible.
     EXPECT_GT(updates, wanted / 4);
     EXPECT_GT(packed, updates);
 }
 
-/// The faces that a walk visited, and those that share a vertex with one of them. A dab writes the
-/// normals on the borders of all patches that it visits, also of those that it does not reach, and
-/// the vertices there belong to the patches behind the border as well.
+/// The faces that a walk visited, and the faces that have a vertex in common with one of them. A
+/// dab writes the normals on the borders of all visited patches, including patches out of reach,
+/// and the vertices there also belong to the patches across the border.
 std::vector<uint32_t> PatchesWritten(const LevelMesh& patches) {
     std::vector<bool> isWritten(patches.VertexCount());
     const uint32_t corners = patches.CornersPerFace();
@@ -169,7 +169,7 @@ std::vector<uint32_t> PatchesWritten(const LevelMesh& patches) {
 }
 
 /// A torus of 196608 quads in 192 patches.
-TEST(DisplayedEdits, ADabPacksThePatchesThatItWrites) {
+TEST(DisplayedEdits, DabPacksExactlyThePatchesItWrites) {
     StrokeBench bench(Torus(4, 3), 7);
     LevelMesh& level = bench.Mesh();
     const PatchLayout layout(level);
@@ -207,7 +207,7 @@ TEST(DisplayedEdits, ADabPacksThePatchesThatItWrites) {
                             std::span(uploaded).subspan(layout.FirstVertex(patch), 33 * 33));
             EXPECT_EQ(packer.Packed().patches - before.patches, expected.size());
             EXPECT_EQ(packer.Packed().vertices - before.vertices, expected.size() * 33 * 33);
-            EXPECT_LT(expected.size(), 40u) << "a dab packs its surroundings";
+            EXPECT_LT(expected.size(), 40u) << "a dab packs only its surroundings";
             dirty.Clear();
             ASSERT_TRUE(SameVertices(uploaded, PackLevel(level, layout)));
         }

@@ -17,7 +17,7 @@ Point PointAt(uint32_t index, uint32_t depth) {
     return {static_cast<int>(index % points), static_cast<int>(index / points)};
 }
 
-/// Twice the signed area; positive where column, row and the triangle turn in one sense.
+/// Twice the signed area; positive if the triangle has the orientation of the column and row axes.
 int DoubleArea(const Point& a, const Point& b, const Point& c) {
     return (b.first - a.first) * (c.second - a.second) -
            (b.second - a.second) * (c.first - a.first);
@@ -37,10 +37,10 @@ TEST(GridIndices, EachStrideCoversTheGridOnce) {
                 const Point a = PointAt(indices[i], depth);
                 const Point b = PointAt(indices[i + 1], depth);
                 const Point c = PointAt(indices[i + 2], depth);
-                ASSERT_EQ(DoubleArea(a, b, c), stride * stride) << "one sense, half a cell";
+                ASSERT_EQ(DoubleArea(a, b, c), stride * stride) << "same orientation, half a cell";
                 ASSERT_EQ(a.first % stride, 0);
                 ASSERT_EQ(a.second % stride, 0);
-                // Begins at the corner of its cell that holds the flags, and ends on the diagonal.
+                // Starts at the corner of its cell that has the flags, and ends on the diagonal.
                 const Point diagonal(a.first + stride, a.second + stride);
                 ASSERT_TRUE(b == diagonal || c == diagonal);
                 auto& halves = c == diagonal ? firstHalves : secondHalves;
@@ -61,8 +61,8 @@ TEST(GridIndices, BordersOfEachStrideAreASubsetSpacedByIt) {
             const auto [column, row] = PointAt(index, depth);
             if (row == 0) borders[0].insert(column);
             if (column == side) borders[1].insert(row);
-            // A neighbour runs along a side in the other sense, so a border must be the same from
-            // both ends.
+            // A neighbour traverses the side in the opposite direction, so a border must be the
+            // same from both ends.
             if (row == side) borders[2].insert(side - column);
             if (column == 0) borders[3].insert(side - row);
         }
@@ -72,7 +72,7 @@ TEST(GridIndices, BordersOfEachStrideAreASubsetSpacedByIt) {
     }
 }
 
-TEST(GridIndices, ShareOneSmallBuffer) {
+TEST(GridIndices, AreInOneSmallBuffer) {
     std::size_t bytes = 0;
     for (uint32_t depth = 0; depth <= GridIndices::maxDepth; ++depth) {
         const GridIndices& grid = GridIndices::OfDepth(depth);

@@ -10,14 +10,14 @@ namespace {
 
 constexpr double target = LodChoice::Options{}.targetSeconds;
 
-/// Seconds of a frame: a part that no stride changes, and the triangles.
+/// Seconds per frame: a part that does not depend on the stride, and the triangles.
 struct Load {
     double fixed;
     double full;
     double At(uint32_t strideLog2) const { return fixed + full * std::pow(0.25, strideLog2); }
 };
 
-/// Draws some frames while the camera moves. \return how often the stride changed.
+/// Draws some frames while the camera moves. \return the number of stride changes.
 int Move(LodChoice& choice, const Load& load, int frames) {
     int changes = 0;
     for (int i = 0; i < frames; ++i) {
@@ -28,7 +28,7 @@ int Move(LodChoice& choice, const Load& load, int frames) {
     return changes;
 }
 
-TEST(LodChoice, FindsTheStrideThatMeetsTheTargetAndKeepsIt) {
+TEST(LodChoice, SettlesOnTheStrideThatMeetsTheTarget) {
     for (const double full : {0.001, 0.0079, 0.0081, 0.02, 0.05, 0.13, 0.4, 2.0}) {
         for (const double fixed : {0.0, 0.001, 0.004}) {
             SCOPED_TRACE("full " + std::to_string(full) + ", fixed " + std::to_string(fixed));
@@ -37,7 +37,7 @@ TEST(LodChoice, FindsTheStrideThatMeetsTheTargetAndKeepsIt) {
             Move(choice, load, 6);
             const uint32_t stride = choice.StrideLog2(0.0);
             EXPECT_TRUE(load.At(stride) <= target || stride == 4) << load.At(stride);
-            EXPECT_EQ(Move(choice, load, 100), 0) << "does not alternate";
+            EXPECT_EQ(Move(choice, load, 100), 0) << "the stride does not alternate";
         }
     }
 }
@@ -56,21 +56,22 @@ TEST(LodChoice, ReturnsToSmallerStridesWhenTheLoadShrinks) {
     EXPECT_EQ(choice.StrideLog2(0.0), 0u);
 }
 
-TEST(LodChoice, IsFullDetailAtRest) {
+TEST(LodChoice, HasFullDetailWhileTheCameraIsStill) {
     LodChoice choice;
     Move(choice, {0.0, 0.4}, 10);
     const uint32_t moving = choice.StrideLog2(0.0);
     ASSERT_GT(moving, 0u);
     EXPECT_EQ(choice.StrideLog2(0.149), moving);
     EXPECT_EQ(choice.StrideLog2(0.150), 0u);
-    // A frame at rest says how slow full detail is, and cannot lower the stride of movement.
+    // A frame with a still camera gives the cost of full detail, and cannot lower the stride of
+    // movement.
     choice.FrameMeasured(0, 0.4);
     EXPECT_EQ(choice.StrideLog2(0.0), moving);
     choice.FrameMeasured(0, 0.001);
     EXPECT_EQ(choice.StrideLog2(0.0), moving);
 }
 
-TEST(LodChoice, HasALargestStride) {
+TEST(LodChoice, HasAMaximumStride) {
     LodChoice::Options options;
     options.maxStrideLog2 = 2;
     LodChoice choice(options);

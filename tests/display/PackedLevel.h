@@ -24,7 +24,7 @@ inline bool SameVertices(const std::vector<DisplayVertex>& a, const std::vector<
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
 }
 
-/// Per vertex of a patch the vertex of the level that it is a copy of.
+/// For each vertex of a patch, the vertex of the level that it copies.
 inline std::vector<uint32_t> MeshVerticesOf(const LevelMesh& level,
                                             const PatchLayout& layout,
                                             uint32_t patch) {
@@ -39,7 +39,7 @@ inline std::vector<uint32_t> MeshVerticesOf(const LevelMesh& level,
     return vertices;
 }
 
-/// Three vertices of the level, the smallest first, in the sense of the triangle.
+/// Three vertices of the level, the smallest first, in the orientation of the triangle.
 using Triangle = std::array<uint32_t, 3>;
 inline Triangle Canonical(Triangle corners) {
     std::rotate(corners.begin(), std::min_element(corners.begin(), corners.end()), corners.end());
@@ -58,7 +58,7 @@ inline std::multimap<Triangle, uint32_t> TrianglesOf(const LevelMesh& level) {
     return triangles;
 }
 
-/// The zoo and larger meshes, each at its levels 0 to `levels`; calls visit(level, name).
+/// Calls visit(level, name) for the zoo and larger meshes, each at its levels 0 to `levels`.
 template <class Visit>
 void ForEachLevel(unsigned levels, Visit visit) {
     std::vector<ZooMesh> meshes = AllMeshes();

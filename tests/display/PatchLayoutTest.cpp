@@ -44,7 +44,7 @@ TEST(PatchLayout, OfTrianglesHasNoPatchAboveLevelOne) {
     }
 }
 
-TEST(PatchLayout, PatchesFollowEachOther) {
+TEST(PatchLayout, PatchesAreContiguous) {
     ForEachLevel(4, [](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
         const PatchLayout layout(level);
@@ -60,7 +60,7 @@ TEST(PatchLayout, PatchesFollowEachOther) {
     });
 }
 
-/// Each triangle of the level once, in patches that have its vertices.
+/// Expects each triangle of the level once, in a patch that has its vertices.
 void ExpectEachTriangleOnce(const LevelMesh& level, const PatchLayout& layout) {
     std::multimap<Triangle, uint32_t> expected = TrianglesOf(level);
     for (uint32_t patch = 0; patch < layout.PatchCount(); ++patch) {
@@ -79,7 +79,7 @@ void ExpectEachTriangleOnce(const LevelMesh& level, const PatchLayout& layout) {
     ASSERT_TRUE(expected.empty()) << expected.size() << " triangles are missing";
 }
 
-TEST(PatchLayout, HasEachTriangleOfPickingExactlyOnce) {
+TEST(PatchLayout, HasEachPickingTriangleExactlyOnce) {
     ForEachLevel(4, [](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
         ExpectEachTriangleOnce(level, PatchLayout(level));
@@ -113,14 +113,14 @@ TEST(PatchLayout, BucketsAreCompactAndOfAbout4096Faces) {
                 box.Extend(level.Position(v));
             area += static_cast<double>((box.maxX - box.minX) * (box.maxY - box.minY));
         }
-        EXPECT_LT(area, 1.1 * n * n) << "the buckets lie over each other";
-        // Quads need vertices only for the borders, triangles one for each face.
+        EXPECT_LT(area, 1.1 * n * n) << "the buckets overlap";
+        // Quads need extra vertices only at the borders, triangles one for each face.
         const auto total = static_cast<double>(layout.TotalVertexCount());
         EXPECT_LT(total, (triangles ? 1.1 : 1.06) * faces);
     }
 }
 
-TEST(PatchLayout, NoVertexHoldsTheFlagsOfTwoFaces) {
+TEST(PatchLayout, NoVertexHasTheFlagsOfTwoFaces) {
     ForEachLevel(1, [](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
         const PatchLayout layout(level);
@@ -135,21 +135,21 @@ TEST(PatchLayout, NoVertexHoldsTheFlagsOfTwoFaces) {
     });
 }
 
-TEST(PatchLayout, BucketsStayCompactBesidePositionsThatAreNotFinite) {
+TEST(PatchLayout, BucketsStayCompactWithNonFinitePositions) {
     LevelGeometry geometry(GridMesh(8, 4000));
     LevelMesh& level = *geometry.Bound();
     level.SetPosition(17, {INFINITY, NAN, 0});
     const PatchLayout layout(level);
     ExpectEachTriangleOnce(level, layout);
-    // Cut across, not along: an infinite extent would be cut again and again.
+    // An infinite extent must not be chosen for every cut.
     EXPECT_LT(layout.TotalVertexCount(), 1.01 * level.VertexCount());
 }
 
-TEST(PatchLayout, VisitsThePatchesThatHoldFacesUnderAFace) {
+TEST(PatchLayout, VisitsThePatchesWithDescendantsOfAFace) {
     ForEachLevel(4, [](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
         const PatchLayout layout(level);
-        // Parents by the vertices at which children lie: child k of a face has its corner k.
+        // Determine parents by vertices: child k of a face contains its corner k.
         std::vector<uint32_t> ancestor(level.faceCount);
         for (uint32_t face = 0; face < level.faceCount; ++face) ancestor[face] = face;
         const auto patchOf = [&](uint32_t face) {

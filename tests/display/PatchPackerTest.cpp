@@ -11,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// Draws everything that is packed. Positions and normals are any bits.
+/// Sets everything that is packed to random values. Positions and normals get random bits.
 void Scramble(LevelMesh& level, uint32_t seed) {
     RandomNumbers random(seed);
     const auto word = [&] { return static_cast<int16_t>(random.Below(65536) - 32768); };
@@ -21,7 +21,7 @@ void Scramble(LevelMesh& level, uint32_t seed) {
             std::memcpy(c, &bits, sizeof bits);
         }
         level.SetFreeze(v, static_cast<uint8_t>(random.Below(128)));
-        // The other bit of the byte, and all else that a vertex has, are not packed.
+        // The other bit of the byte and all other vertex data are not packed.
         if (random.Chance(0.5f)) level.vertices.array[v].freeze |= 0x80;
         level.vertices.array[v].changeLink = random.Below(65536);
         level.vertexNormals.array[v] = {word(), word(), word(), word()};
@@ -31,7 +31,7 @@ void Scramble(LevelMesh& level, uint32_t seed) {
         level.faceFlags[face] = random.Chance(share) ? 0xff : uint8_t{0xff & ~faceIsHidden};
 }
 
-void GiveGroups(LevelGeometry& geometry, uint32_t seed) {
+void AssignGroups(LevelGeometry& geometry, uint32_t seed) {
     RandomNumbers random(seed);
     SurfaceAttributes attributes;
     for (int i = 0; i < 200; ++i) attributes.groupNames.push_back("group " + std::to_string(i));
@@ -83,31 +83,31 @@ void ExpectLevel(const LevelMesh& level, const PatchLayout& layout) {
     }
 }
 
-TEST(PatchPacker, KeepsEveryBitOfEveryVertexAndFace) {
+TEST(PatchPacker, PreservesEveryBitOfEveryVertexAndFace) {
     uint32_t seed = 0;
     ForEachLevel(4, [&](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
-        // Subdivision needs the positions as they are.
+        // Subdivision needs valid positions.
         LevelGeometry& geometry = GeometryOf(level);
         const std::vector<Vertex> before(level.vertices.array,
                                          level.vertices.array + level.VertexCount());
         const PatchLayout layout(level);
         Scramble(level, ++seed);
-        if (seed % 2 == 0) GiveGroups(geometry, seed);
+        if (seed % 2 == 0) AssignGroups(geometry, seed);
         ExpectLevel(level, layout);
         std::copy(before.begin(), before.end(), level.vertices.array);
         level.ComputeNormals();
     });
 }
 
-TEST(PatchPacker, KeepsThemInDeepPatchesToo) {
+TEST(PatchPacker, PreservesEveryBitInDeepPatches) {
     for (const PolygonMesh& mesh : {Torus(4, 3), FlatTriangles(2)}) {
         LevelGeometry geometry(mesh);
         for (int i = 0; i < 7; ++i) geometry.Subdivide();
         const PatchLayout layout(*geometry.Bound());
         ASSERT_EQ(layout.Depth(), 5u);
         Scramble(*geometry.Bound(), 70);
-        GiveGroups(geometry, 70);
+        AssignGroups(geometry, 70);
         ExpectLevel(*geometry.Bound(), layout);
     }
 }
@@ -147,7 +147,7 @@ TEST(PatchPacker, BytesDoNotDependOnThreadsOrOnTheOrderOfPatches) {
     }
 }
 
-TEST(PatchPacker, WritesNothingBehindItsPatches) {
+TEST(PatchPacker, WritesNothingPastItsPatches) {
     LevelGeometry geometry(Cube());
     for (int i = 0; i < 4; ++i) geometry.Subdivide();
     const PatchLayout layout(*geometry.Bound());
@@ -161,7 +161,7 @@ TEST(PatchPacker, WritesNothingBehindItsPatches) {
     EXPECT_EQ(packer.Packed().patches, 2u);
 }
 
-TEST(DisplayVertex, GroupsRepeatAfter127) {
+TEST(DisplayVertex, GroupNumbersWrapAfter127) {
     EXPECT_EQ(DisplayGroup(0), 1);
     EXPECT_EQ(DisplayGroup(126), 127);
     EXPECT_EQ(DisplayGroup(127), 1);

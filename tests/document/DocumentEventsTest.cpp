@@ -31,7 +31,7 @@ public:
     }
     void Problem(const std::string& message) override { names.push_back(message); }
 
-    /// The events since the last call, but for the surface's.
+    /// The events since the last call, except for those of the surface.
     std::vector<std::string> Take() {
         std::vector<std::string> taken;
         for (const std::string& name : names)
@@ -52,7 +52,7 @@ protected:
     EventLog log;
 };
 
-TEST_F(DocumentEvents, AStrokeChangesTheHistoryAtItsEnd) {
+TEST_F(DocumentEvents, StrokeChangesTheHistoryAtItsEnd) {
     BeginStroke(*document, BrushOperation::ModifierNone, std::nullopt);
     Dab(*document, {0, 0, 1});
     EXPECT_THAT(log.Take(), IsEmpty());
@@ -62,13 +62,13 @@ TEST_F(DocumentEvents, AStrokeChangesTheHistoryAtItsEnd) {
     EXPECT_THAT(log.Take(), ElementsAre("history"));
 }
 
-TEST_F(DocumentEvents, AStrokeThatMovesNothingHasNone) {
+TEST_F(DocumentEvents, StrokeThatMovesNothingSendsNone) {
     BeginStroke(*document, BrushOperation::ModifierNone, std::nullopt);
     document->Loop().End();
     EXPECT_THAT(log.Take(), IsEmpty());
 }
 
-TEST_F(DocumentEvents, LevelsBringTheLayersOfTheLevel) {
+TEST_F(DocumentEvents, LevelChangeReportsTheLayersOfTheLevel) {
     document->Subdivide();
     EXPECT_THAT(log.Take(), ElementsAre("levels", "layers", "history", "modified"));
     document->BindLevel(0);
@@ -79,7 +79,7 @@ TEST_F(DocumentEvents, LevelsBringTheLayersOfTheLevel) {
     EXPECT_THAT(log.Take(), ElementsAre("levels", "layers", "history"));
 }
 
-TEST_F(DocumentEvents, LayersAndTheirProperties) {
+TEST_F(DocumentEvents, ReportLayersAndTheirProperties) {
     document->AddLayer("wrinkles");
     EXPECT_THAT(log.Take(), ElementsAre("layers", "history", "modified"));
     document->SetLayerStrength(0.5f);
@@ -113,13 +113,13 @@ TEST_F(DocumentEvents, UndoToTheSavedStateIsUnmodified) {
                             "unmodified"));
     document->Undo();
     Stroke(*document, {0, 1, 0});
-    EXPECT_TRUE(document->IsModified()) << "another state of as many steps";
+    EXPECT_TRUE(document->IsModified()) << "another state with the same number of steps";
     document->Reset();
     EXPECT_TRUE(document->IsModified());
     EXPECT_FALSE(Document::OpenScene(folder.Path("a.trovik"))->IsModified());
 }
 
-TEST_F(DocumentEvents, ToolSymmetryAndCamera) {
+TEST_F(DocumentEvents, ReportToolSymmetryAndCamera) {
     document->SelectTool("Wax");
     document->SetMirrors({{0}});
     document->UpdateCamera();
@@ -136,7 +136,7 @@ TEST_F(DocumentEvents, ResetReplacesTheSurface) {
     EXPECT_THAT(log.Take(), ElementsAre("levels", "layers", "history"));
 }
 
-TEST_F(DocumentEvents, WhatIsRefusedDuringAStrokeHasNone) {
+TEST_F(DocumentEvents, RefusedOperationsDuringAStrokeSendNone) {
     document->Subdivide();
     BeginStroke(*document, BrushOperation::ModifierNone, std::nullopt);
     Dab(*document, {0, 0, 1});
@@ -160,7 +160,7 @@ TEST_F(DocumentEvents, WhatIsRefusedDuringAStrokeHasNone) {
     document->Loop().End();
 }
 
-TEST_F(DocumentEvents, AnObserverMayRemoveObservers) {
+TEST_F(DocumentEvents, ObserverMayRemoveObservers) {
     EventLog second;
     struct Remover final : DocumentObserver {
         Document* document;
@@ -189,7 +189,7 @@ TEST_F(DocumentEvents, ProblemsReachEveryObserver) {
     EXPECT_THAT(second.names, ElementsAre("the disk is full"));
 }
 
-/// A journal that only counts what the document informs it of.
+/// A journal that only counts the notifications of the document.
 class CountingJournal final : public DocumentJournal {
 public:
     void OnStrokeBegun(BrushOperation::Modifier, uint64_t) override { ++begun; }
@@ -212,7 +212,7 @@ public:
     std::string written, saved;
 };
 
-TEST_F(DocumentEvents, TheJournalReceivesStrokesAndSaves) {
+TEST_F(DocumentEvents, JournalReceivesStrokesAndSaves) {
     const TemporaryFolder folder;
     CountingJournal journal;
     document->SetJournal(&journal);

@@ -9,7 +9,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(DocumentHistory, JumpsToAnyPositionWithTheBitsOfThen) {
+TEST(DocumentHistory, JumpToAnyPositionRestoresEveryBit) {
     const auto document = SphereDocument();
     std::vector<std::string> states = {BitsOf(*document)};
     const auto done = [&] { states.push_back(BitsOf(*document)); };
@@ -33,7 +33,7 @@ TEST(DocumentHistory, JumpsToAnyPositionWithTheBitsOfThen) {
     }
     EXPECT_FALSE(document->JumpTo(states.size()));
     EXPECT_EQ(document->HistoryPosition(), states.size() - 1);
-    // The pick tree and the loop follow, too.
+    // The pick tree and the loop are updated, too.
     document->JumpTo(0);
     Stroke(*document, {0, 0, 1});
     EXPECT_TRUE(BitsOf(*document) == states[1]);
@@ -101,7 +101,7 @@ TEST(DocumentHistory, EntriesHaveLabelToolTimeAndBytes) {
         last = entry.time;
     }
     EXPECT_LE(last, std::chrono::system_clock::now());
-    // Undone steps keep theirs; a new one replaces them.
+    // Undone steps keep their entries; a new step replaces them.
     document->JumpTo(1);
     document->SelectTool("Pinch");
     EXPECT_EQ(document->State()->history[1].tool, "Wax");
@@ -112,9 +112,9 @@ TEST(DocumentHistory, EntriesHaveLabelToolTimeAndBytes) {
     EXPECT_EQ(document->State()->history[0].time, state->history[0].time);
 }
 
-// The budget drops the oldest steps; those that stay keep what is known of them, and the state
-// before the oldest of them is not the saved one.
-TEST(DocumentHistory, DroppedStepsLeaveTheOthersAsTheyWere) {
+// The budget drops the oldest steps. The remaining steps keep their entries, and the state before
+// the oldest of them is not the saved one.
+TEST(DocumentHistory, DroppedStepsLeaveTheOthersUnchanged) {
     const auto document = SphereDocument();
     document->Geometry().History().SetKeeping({uint64_t{1} << 30, 1000});
     const std::vector<std::string> tools = {"Sculpt", "Wax", "Pinch", "Bulge", "Flatten", "Fill"};

@@ -11,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(DocumentState, HasTheValuesOfPanels) {
+TEST(DocumentState, HasTheValuesThatPanelsShow) {
     const TemporaryFolder folder;
     const auto document = SphereDocument();
     document->Subdivide();
@@ -52,7 +52,7 @@ TEST(DocumentState, HasTheValuesOfPanels) {
     document->Save(folder.Path("a.trovik"));
     EXPECT_EQ(document->State()->scenePath, folder.Path("a.trovik"));
     EXPECT_FALSE(document->State()->isModified);
-    EXPECT_TRUE(state->isModified) << "a state that was published does not change";
+    EXPECT_TRUE(state->isModified) << "a published state does not change";
 }
 
 TEST(DocumentState, IsBuiltOncePerChange) {
@@ -65,8 +65,8 @@ TEST(DocumentState, IsBuiltOncePerChange) {
     EXPECT_FALSE(document->State()->isStrokeOpen);
 }
 
-// Another thread sees complete states, in their order, and builds none.
-TEST(DocumentState, IsReadByAnotherThreadWhileTheDocumentWorks) {
+// Another thread sees complete states in their order, and builds none.
+TEST(DocumentState, CanBeReadByAnotherThreadWhileTheDocumentChanges) {
     const auto document = SphereDocument();
     std::atomic<bool> done = false;
     std::atomic<uint64_t> reads = 0;
@@ -86,7 +86,7 @@ TEST(DocumentState, IsReadByAnotherThreadWhileTheDocumentWorks) {
         document->AddLayer("layer " + std::to_string(i));
         document->State();
     }
-    // Not published: nobody on this thread has asked for it.
+    // Not published, since no code on this thread has requested it.
     document->AddLayer("last");
     while (reads < 200) std::this_thread::yield();
     const auto published = [&] {
@@ -101,7 +101,7 @@ TEST(DocumentState, IsReadByAnotherThreadWhileTheDocumentWorks) {
     EXPECT_TRUE(complete);
     document->State();
     EXPECT_EQ(published(), 201u);
-    // The new owner sees its own changes at once.
+    // The new owner sees its own changes immediately.
     std::thread([&] {
         document->SetOwnerThread();
         document->Undo();

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Documents that are used in turn in one process give the bits that each gives alone.
+/// \file Documents that are used in turn in one process give the same bits as each alone.
 #include "tests/document/SculptedDocument.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -14,8 +13,8 @@ namespace {
 
 using Step = std::function<void(Document&)>;
 
-/// Work whose dabs depend on the camera, the facing angle and the symmetry. \param side  1 or -1;
-/// tells two documents apart.
+/// Steps whose dabs depend on the camera, the facing angle and the symmetry. \param side  1 or -1;
+/// distinguishes two documents.
 std::vector<Step> Work(float side) {
     const auto at = [side](float x, float y) { return Vector(x, y, side); };
     const auto settings = [side](Document& d) {
@@ -51,7 +50,7 @@ std::vector<Step> Work(float side) {
             [=](Document& d) { Stroke(d, at(0.1f, 0.1f)); }};
 }
 
-/// The bits after each step.
+/// The state after each step, for a document that runs alone.
 std::vector<std::string> Alone(const std::vector<Step>& work) {
     const auto document = SphereDocument();
     std::vector<std::string> states;
@@ -62,11 +61,11 @@ std::vector<std::string> Alone(const std::vector<Step>& work) {
     return states;
 }
 
-TEST(SeveralDocuments, InterleavedWorkGivesTheBitsOfEachAlone) {
+TEST(SeveralDocuments, InterleavedWorkIsBitIdenticalToSeparateWork) {
     const std::vector<Step> works[] = {Work(1.0f), Work(-1.0f)};
     const std::vector<std::string> expected[] = {Alone(works[0]), Alone(works[1])};
     ASSERT_NE(expected[0].back(), expected[1].back());
-    // Steps in turn, and with one document ahead of the other.
+    // Alternating steps, and steps with one document ahead of the other.
     for (const std::size_t ahead : {0u, 1u, 4u, 7u}) {
         const std::unique_ptr<Document> documents[] = {SphereDocument(), SphereDocument()};
         for (std::size_t i = 0; i < works[0].size() + ahead; ++i) {
@@ -81,7 +80,7 @@ TEST(SeveralDocuments, InterleavedWorkGivesTheBitsOfEachAlone) {
     }
 }
 
-TEST(SeveralDocuments, LiveStrokesCanBeOpenTogether) {
+TEST(SeveralDocuments, LiveStrokesCanBeOpenAtTheSameTime) {
     const auto drawn = [](Document& document, float shift) {
         auto stroke = std::make_unique<DocumentStroke>(document);
         std::vector<PathSample> samples;
@@ -125,7 +124,7 @@ TEST(SeveralDocuments, LiveStrokesCanBeOpenTogether) {
     EXPECT_TRUE(BitsOf(*second) == alone[1]);
 }
 
-TEST(SeveralDocuments, ASceneBringsItsFacingAngleAndLeavesThatOfOthers) {
+TEST(SeveralDocuments, SceneRestoresItsOwnFacingAngleOnly) {
     const TemporaryFolder folder;
     const auto first = SphereDocument();
     first->Brush().SetFalloffBasedOnFacingAngle(true, 10.0f, 20.0f);

@@ -11,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// The patches with one of the vertices, found by looking at every face.
+/// The patches that contain one of the vertices, found by checking every face.
 std::vector<uint32_t> PatchesByEveryFace(const LevelGeometry& geometry,
                                          uint32_t index,
                                          uint32_t patchLevel,
@@ -42,7 +42,7 @@ TEST(ChangedPatches, AreThoseOfAllFacesAroundTheVertices) {
             for (uint32_t patchLevel = 0; patchLevel <= index; ++patchLevel) {
                 for (const uint32_t asked : {1u, 2u, 5u, 40u, count}) {
                     std::vector<uint32_t> vertices;
-                    // In runs, as strokes have them, and one by one.
+                    // In runs, as in strokes, and one by one.
                     for (uint32_t i = 0; i < asked; ++i) {
                         const bool next = !vertices.empty() && random.Chance(0.7f);
                         vertices.push_back(next ? (vertices.back() + 1) % count
@@ -58,7 +58,7 @@ TEST(ChangedPatches, AreThoseOfAllFacesAroundTheVertices) {
     }
 }
 
-TEST(ChangedPatches, OneVertexInsideAPatchNamesThatPatchAlone) {
+TEST(ChangedPatches, InnerVertexSelectsOnlyItsPatch) {
     LevelGeometry geometry(GridMesh(3, 3));
     for (int i = 0; i < 6; ++i) geometry.Subdivide();
     const LevelMesh& level = *geometry.Bound();

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What a document does to its pick trees when the surface changes otherwise than by dabs.
+/// \file Updates of a document's pick trees when the surface changes by other means than dabs.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"
@@ -31,7 +30,7 @@ protected:
         document.Loop().Dab(dab);
         document.Loop().End();
     }
-    /// Boxes that the work has recomputed in the tree of the bound level.
+    /// The number of boxes that the work recomputes in the tree of the bound level.
     template <typename Work>
     uint64_t Refitted(Work work) {
         const uint64_t before = document.Tree().BoxesRefitted();
@@ -44,7 +43,7 @@ protected:
     static constexpr uint64_t allBoxes = 8 * 8 * 16;
 };
 
-TEST_F(DocumentTrees, UndoAndRedoRefitWhatTheStrokeChanged) {
+TEST_F(DocumentTrees, UndoAndRedoRefitOnlyTheChangeOfTheStroke) {
     Stroke({1.0f, 1.0f, 0.0f}, 0.3f);
     const PatchTree* tree = &document.Tree();
     const StrokeLoop* loop = &document.Loop();
@@ -73,13 +72,13 @@ TEST_F(DocumentTrees, FreezingRefitsNothing) {
               0u);
 }
 
-TEST_F(DocumentTrees, AFreezeDabRefitsNothing) {
+TEST_F(DocumentTrees, FreezeDabRefitsNothing) {
     document.SelectTool("Freeze");
     EXPECT_EQ(Refitted([&] { Stroke({1.0f, 1.0f, 0.0f}, 0.3f, 50.0f); }), 0u);
     EXPECT_GT(document.Geometry().Bound()->FrozenVertexCount(), 0u);
 }
 
-/// Collects the patches of a kind of change.
+/// Records the patches of one kind of change.
 class PatchLog final : public GeometryObserver {
 public:
     explicit PatchLog(uint8_t ofWhat) : what(ofWhat) {}
@@ -97,7 +96,7 @@ private:
     uint8_t what;
 };
 
-TEST_F(DocumentTrees, ADabRefitsNoPatchesOfWhichNormalsAloneChange) {
+TEST_F(DocumentTrees, DabDoesNotRefitPatchesWithOnlyChangedNormals) {
     PatchLog moved(SurfaceChange::Positions);
     PatchLog shaded(SurfaceChange::Normals);
     LevelGeometry& geometry = document.Geometry();
@@ -119,7 +118,7 @@ TEST_F(DocumentTrees, ADabRefitsNoPatchesOfWhichNormalsAloneChange) {
     EXPECT_LT(boxes, refittedBy(shaded));
 }
 
-TEST_F(DocumentTrees, GoingToANeighbouringLevelAndBackKeepsBothTrees) {
+TEST_F(DocumentTrees, SwitchingToANeighbouringLevelAndBackKeepsBothTrees) {
     const PatchTree* high = &document.Tree();
     document.BindLevel(3);
     const PatchTree* low = &document.Tree();
@@ -136,7 +135,7 @@ TEST_F(DocumentTrees, GoingToANeighbouringLevelAndBackKeepsBothTrees) {
     EXPECT_EQ(document.Tree().Bounds().maxZ, PatchTree(document.Geometry().Bound()).Bounds().maxZ);
 }
 
-TEST_F(DocumentTrees, AreThoseOfTheLevelsThatThereAre) {
+TEST_F(DocumentTrees, ExistForTheExistingLevels) {
     document.BindLevel(2);
     document.DeleteLevels(true);
     EXPECT_EQ(document.Tree().Level(), document.Geometry().Level(0));

@@ -11,7 +11,7 @@
 
 namespace trovik::test {
 
-/// Everything of a vertex that undo must bring back, as bytes.
+/// All vertex data that undo must restore, as bytes.
 struct VertexState {
     uint8_t bytes[sizeof(Vertex) + sizeof(PackedNormal)];
     bool operator==(const VertexState&) const = default;
@@ -39,7 +39,7 @@ inline StoredVertexInfo& TouchRecord(MeshChange& change, uint32_t vertex, bool w
     return change.Add_uncached(vertex, 0, change.mesh->vertices.array[vertex], withSlot);
 }
 
-/// Moves a vertex and turns its normal, with a record, as a brush does.
+/// Moves a vertex and changes its normal, with a record, as a brush does.
 inline void MoveVertex(MeshChange& change, uint32_t vertex, const Vector& step) {
     TouchRecord(change, vertex);
     Vertex& v = change.mesh->vertices.array[vertex];

@@ -6,8 +6,8 @@
 
 namespace trovik::test {
 
-/// Lets no file of the process grow beyond so many bytes, which to a writer looks much like a full
-/// disk.
+/// Limits the size of every file of the process, which has nearly the same effect on a writer as a
+/// full disk.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t mostBytes) {

@@ -34,7 +34,7 @@ protected:
             geometry.History().Push(std::move(step));
     }
 
-    /// Moves a vertex through the active layer, as a brush does, or past all without one.
+    /// Moves a vertex through the active layer, as a brush does, or directly if no layer is active.
     void Move(MeshChange& change, uint32_t vertex, const Vector& by) {
         if (mesh.ActiveLayer() == nullptr) {
             MoveVertex(change, vertex, by);
@@ -67,7 +67,7 @@ protected:
     std::mt19937 random{17};
 };
 
-TEST_F(LayerStackTest, GroundUnderLayersIsWhatItWasWhenStrokesAndEditsWereTakenBack) {
+TEST_F(LayerStackTest, LayerBaseIsRestoredWhenStrokesAndEditsAreUndone) {
     SculptLayer& a = Add("a");
     Stroke(300);
     SculptLayer& b = Add("b");
@@ -99,7 +99,7 @@ TEST_F(LayerStackTest, GroundUnderLayersIsWhatItWasWhenStrokesAndEditsWereTakenB
     EXPECT_EQ(bare(), ground);
 }
 
-TEST_F(LayerStackTest, SurfaceIsTheGroundAndStrengthTimesEachOffset) {
+TEST_F(LayerStackTest, SurfaceIsTheLayerBasePlusStrengthTimesEachOffset) {
     const Vector ground = mesh.Position(30);
     SculptLayer& a = Add("a");
     StrokeAt(30, {1, 0, 0});
@@ -114,17 +114,18 @@ TEST_F(LayerStackTest, SurfaceIsTheGroundAndStrengthTimesEachOffset) {
     EXPECT_EQ(mesh.Position(30), ground + Vector(-2, 0, 0));
     Give(a, 0.0f, true);
     EXPECT_EQ(mesh.Position(30), ground);
-    EXPECT_EQ(mesh.Position(31), ground + Vector(1, 0, 0)) << "the neighbour was never touched";
+    EXPECT_EQ(mesh.Position(31), ground + Vector(1, 0, 0)) << "no stroke touched the neighbour";
     EXPECT_EQ(a.SlotCount(), 1u);
 }
 
-TEST_F(LayerStackTest, WhateverIsTurnedOffAndOnAgainGivesTheSameBits) {
+TEST_F(LayerStackTest, LayersTurnedOffAndOnAgainGiveTheSameBits) {
     std::vector<SculptLayer*> layers;
     for (const char* name : {"a", "b", "c", "d"}) {
         layers.push_back(&Add(name));
         Stroke(300);
     }
-    // Strokes below others, with strengths whose products are rounded, and past all layers.
+    // Strokes in lower layers, with strengths whose products are rounded, and directly on the
+    // surface.
     Give(*layers[1], 0.37f, true);
     Push(SelectLayerAsStep(geometry, layers[0]));
     Stroke(200);
@@ -143,14 +144,14 @@ TEST_F(LayerStackTest, WhateverIsTurnedOffAndOnAgainGivesTheSameBits) {
         std::shuffle(order.begin(), order.end(), random);
         for (const std::size_t i : order) Give(*layers[i], given[i].strength, true);
         ASSERT_EQ(StateOf(mesh), before) << round;
-        // Something else happens, and it holds again.
+        // The invariant also holds after further edits.
         if (round % 3 == 0) Give(*layers[2], 0.1f * static_cast<float>(round + 1), true);
         if (round % 3 == 1) Push(SelectLayerAsStep(geometry, layers[random() % 4]));
         if (round % 3 == 2) Stroke(50);
     }
 }
 
-TEST_F(LayerStackTest, StrokePastHiddenLayersStaysWhenTheyComeBack) {
+TEST_F(LayerStackTest, StrokeOutsideHiddenLayersStaysWhenTheyAreShown) {
     const Vector ground = mesh.Position(50);
     SculptLayer& a = Add("a");
     StrokeAt(50, {0, 0, 4});
@@ -171,7 +172,7 @@ TEST_F(LayerStackTest, HiddenLayerIsNotWritten) {
     EXPECT_EQ(a.Strength(), 1.0f);
 }
 
-TEST_F(LayerStackTest, RemovedLayerTakesItsDisplacementAlongAndUndoBringsItBack) {
+TEST_F(LayerStackTest, RemovingALayerRemovesItsDisplacementAndUndoRestoresIt) {
     const auto plain = StateOf(mesh);
     Add("a");
     Stroke(200);
@@ -222,7 +223,7 @@ TEST_F(LayerStackTest, RemovedLayerCountsOnceAndIsCompressed) {
     EXPECT_EQ(a.SlotCount(), 441u);
 }
 
-TEST_F(LayerStackTest, CopyDisplacesOnceMore) {
+TEST_F(LayerStackTest, CopyAddsItsDisplacementOnceMore) {
     const Vector ground = mesh.Position(7);
     SculptLayer& a = Add("a");
     StrokeAt(7, {0, 0, 1});
@@ -238,7 +239,7 @@ TEST_F(LayerStackTest, CopyDisplacesOnceMore) {
     EXPECT_EQ(layers[1]->Offset(7), Vector(0, 1, 1));
 }
 
-TEST_F(LayerStackTest, MergingKeepsTheSurfaceToTheBit) {
+TEST_F(LayerStackTest, MergingKeepsEveryBitOfTheSurface) {
     SculptLayer& a = Add("a");
     Stroke(200);
     SculptLayer& b = Add("b");
@@ -263,7 +264,7 @@ TEST_F(LayerStackTest, MergingKeepsTheSurfaceToTheBit) {
     EXPECT_EQ(a.Strength(), 0.3f);
 }
 
-TEST_F(LayerStackTest, MergingIsRefusedWhereItWouldLoseSomething) {
+TEST_F(LayerStackTest, MergingIsRefusedIfItWouldLoseData) {
     SculptLayer& a = Add("a");
     SculptLayer& b = Add("b");
     EXPECT_EQ(MessageOf<HostError>([&] { MergeLayerDownAsStep(geometry, a); }),
@@ -279,7 +280,7 @@ TEST_F(LayerStackTest, MergingIsRefusedWhereItWouldLoseSomething) {
               "layer \"b\" is locked and cannot be erased");
 }
 
-TEST_F(LayerStackTest, FreezeTellsWhatIsErased) {
+TEST_F(LayerStackTest, MaskWeightsControlErasing) {
     const Vector ground = mesh.Position(10);
     SculptLayer& a = Add("a");
     for (const uint32_t v : {10u, 11u, 12u}) StrokeAt(v, {0, 0, 127});
@@ -310,7 +311,7 @@ TEST_F(LayerStackTest, HiddenVerticesAreNotErased) {
     EXPECT_EQ(a.Offset(10), Vector(0, 0, 127));
 }
 
-TEST_F(LayerStackTest, OrderNameAndLockAreTakenBack) {
+TEST_F(LayerStackTest, OrderNameAndLockAreUndone) {
     Add("a");
     SculptLayer& b = Add("b");
     Add("c");
@@ -323,7 +324,7 @@ TEST_F(LayerStackTest, OrderNameAndLockAreTakenBack) {
     EXPECT_EQ(names(), "bac");
     Push(MoveLayerAsStep(geometry, b, 99));
     EXPECT_EQ(names(), "acb");
-    EXPECT_EQ(MoveLayerAsStep(geometry, b, 2), nullptr) << "it lies there";
+    EXPECT_EQ(MoveLayerAsStep(geometry, b, 2), nullptr) << "the layer is at that position";
     SculptLayer::Properties given = b.Given();
     given.name = "x";
     Push(GiveLayerAsStep(geometry, b, given));
@@ -347,7 +348,7 @@ TEST_F(LayerStackTest, OrderNameAndLockAreTakenBack) {
     EXPECT_EQ(geometry.Layers().Find(mesh, "gone"), nullptr);
 }
 
-TEST_F(LayerStackTest, NothingDoneIsNoStep) {
+TEST_F(LayerStackTest, EditsWithoutEffectMakeNoUndoStep) {
     SculptLayer& a = Add("a");
     EXPECT_EQ(SelectLayerAsStep(geometry, &a), nullptr);
     EXPECT_EQ(GiveLayerAsStep(geometry, a, a.Given()), nullptr);

@@ -22,7 +22,7 @@ protected:
     std::mt19937 random{20};
 };
 
-TEST_F(LevelChangeTest, RecordTakesOverTheVertex) {
+TEST_F(LevelChangeTest, RecordStoresTheVertex) {
     Vertex& vertex = mesh.vertices.array[7];
     vertex.changeLink = 4711;
     mesh.vertexNormals.array[7] = {1, -2, 3, 44};
@@ -48,7 +48,7 @@ TEST_F(LevelChangeTest, RecordTakesOverTheVertex) {
     EXPECT_EQ(change->mesh, static_cast<Mesh*>(&mesh));
 }
 
-TEST_F(LevelChangeTest, RecordsTakeOverTheMemoryOfTheChangeBefore) {
+TEST_F(LevelChangeTest, RecordsReuseTheMemoryOfThePreviousChange) {
     LevelChange::DropSpareMemory();
     const StoredVertexInfo* array = nullptr;
     {
@@ -66,7 +66,7 @@ TEST_F(LevelChangeTest, RecordsTakeOverTheMemoryOfTheChangeBefore) {
     EXPECT_EQ(change->records->array, array);
 }
 
-/// How much of the block has pages.
+/// The number of bytes of the block that have pages.
 std::size_t PresentBytes(void* memory, std::size_t bytes) {
     constexpr uintptr_t page = 4096;
     const uintptr_t first = reinterpret_cast<uintptr_t>(memory) / page * page;
@@ -78,7 +78,7 @@ std::size_t PresentBytes(void* memory, std::size_t bytes) {
                       present, [](unsigned char state) { return (state & 1u) != 0; }));
 }
 
-TEST(LevelChangeOfALargeMesh, LeavesNoMoreMemoryThanASmallShareOfTheMesh) {
+TEST(LevelChangeOfALargeMesh, RetainsOnlyASmallFractionOfTheMeshMemory) {
     LevelGeometry large(GridMesh(255, 255));
     LevelMesh& mesh = *large.Bound();
     ASSERT_EQ(mesh.VertexCount(), 65536u);
@@ -97,7 +97,7 @@ TEST(LevelChangeOfALargeMesh, LeavesNoMoreMemoryThanASmallShareOfTheMesh) {
     EXPECT_EQ(mesh.changeRecordCount, 0u);
 }
 
-TEST_F(LevelChangeTest, NoMemoryIsKeptOrTakenOverWhereItIsLimited) {
+TEST_F(LevelChangeTest, NoMemoryIsRetainedOrReusedUnderALimit) {
     { TouchRecord(*std::unique_ptr<MeshChange>(mesh.StartChange()), 0); }
     const int64_t before = MemoryAccount::Total();
     MemoryAccount::SetLimit(before + (int64_t{1} << 20));
@@ -111,7 +111,7 @@ TEST_F(LevelChangeTest, NoMemoryIsKeptOrTakenOverWhereItIsLimited) {
     MemoryAccount::SetLimit(std::numeric_limits<int64_t>::max());
 }
 
-TEST_F(LevelChangeTest, RefusedMemoryLeavesTheVertexAlone) {
+TEST_F(LevelChangeTest, RefusedMemoryLeavesTheVertexUnchanged) {
     LevelChange::DropSpareMemory();
     const std::unique_ptr<MeshChange> change(mesh.StartChange());
     TouchRecord(*change, 0);
@@ -126,33 +126,33 @@ TEST_F(LevelChangeTest, RefusedMemoryLeavesTheVertexAlone) {
     EXPECT_EQ(mesh.changeRecordCount, 2u);
 }
 
-TEST_F(LevelChangeTest, StampThatLooksLikeARecordOfAnotherVertexIsAMiss) {
+TEST_F(LevelChangeTest, StampEqualToARecordOfAnotherVertexIsAMiss) {
     mesh.vertices.array[5].changeLink = 0;
     const std::unique_ptr<MeshChange> change(mesh.StartChange());
     EXPECT_EQ(FindRecord(*change, 5), nullptr);
     TouchRecord(*change, 9);
-    EXPECT_EQ(FindRecord(*change, 5), nullptr) << "record 0 is that of vertex 9";
+    EXPECT_EQ(FindRecord(*change, 5), nullptr) << "record 0 belongs to vertex 9";
     EXPECT_EQ(TouchRecord(*change, 5).visitStampWord, 0u);
     EXPECT_EQ(FindRecord(*change, 5), &change->records->array[1]);
     change->Finish(true, false);
     EXPECT_EQ(mesh.vertices.array[5].changeLink, 0u);
 }
 
-TEST_F(LevelChangeTest, FinishPutsTheRecordsStampBack) {
+TEST_F(LevelChangeTest, FinishRestoresTheStampOfTheRecord) {
     mesh.vertices.array[2].changeLink = 77;
     const std::unique_ptr<MeshChange> change(mesh.StartChange());
     TouchRecord(*change, 2).visitStampWord = 78;
     TouchRecord(*change, 6);
     mesh.vertices.array[6].changeLink = 1234;
     change->Finish(true, false);
-    EXPECT_EQ(mesh.vertices.array[2].changeLink, 78u) << "the dab's stamp went to the record";
-    EXPECT_EQ(mesh.vertices.array[6].changeLink, 1234u) << "that link names no record";
+    EXPECT_EQ(mesh.vertices.array[2].changeLink, 78u) << "the dab's stamp is stored in the record";
+    EXPECT_EQ(mesh.vertices.array[6].changeLink, 1234u) << "that link does not identify a record";
     EXPECT_EQ(mesh.changeRecords, nullptr);
     EXPECT_EQ(mesh.changeRecordCount, 0u);
     EXPECT_EQ(mesh.OpenChange(), nullptr);
 }
 
-TEST_F(LevelChangeTest, UndoAndRedoBringBackEachStateToTheBit) {
+TEST_F(LevelChangeTest, UndoAndRedoRestoreEveryBitOfEachState) {
     std::vector<std::vector<VertexState>> states{StateOf(mesh)};
     for (unsigned i = 0; i < 20; ++i) {
         RandomStroke(mesh, random, 1 + i * 3);
@@ -173,7 +173,7 @@ TEST_F(LevelChangeTest, UndoAndRedoBringBackEachStateToTheBit) {
     }
 }
 
-TEST_F(LevelChangeTest, NormalAloneIsAChangeButItsFourthWordIsTheHosts) {
+TEST_F(LevelChangeTest, NormalAloneIsAChangeButItsFourthWordBelongsToTheHost) {
     const auto before = StateOf(mesh);
     std::unique_ptr<MeshChange> change(mesh.StartChange());
     TouchRecord(*change, 1);
@@ -191,14 +191,14 @@ TEST_F(LevelChangeTest, NormalAloneIsAChangeButItsFourthWordIsTheHosts) {
     EXPECT_EQ(geometry.History().StepCount(), 0u);
 }
 
-TEST_F(LevelChangeTest, StrokeThatChangedNothingLeavesNoStep) {
+TEST_F(LevelChangeTest, StrokeWithoutChangesLeavesNoUndoStep) {
     const std::unique_ptr<MeshChange> change(mesh.StartChange());
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) TouchRecord(*change, v);
     change->Finish(true, false);
     EXPECT_EQ(geometry.History().StepCount(), 0u);
 }
 
-TEST_F(LevelChangeTest, DeletedWithoutFinishUnlinksAndLeavesNoStep) {
+TEST_F(LevelChangeTest, DeletionWithoutFinishUnlinksAndLeavesNoUndoStep) {
     const auto before = StateOf(mesh);
     std::unique_ptr<MeshChange> change(mesh.StartChange());
     TouchRecord(*change, 4);
@@ -220,7 +220,8 @@ TEST_F(LevelChangeTest, SecondChangeUnlinksTheFirst) {
     EXPECT_EQ(first->records->fill, 1u) << "records stay";
     MoveVertex(*second, 3, {0, 0, 1});
     first->Finish(true, false);
-    EXPECT_EQ(mesh.OpenChange(), second.get()) << "finishing the unlinked change leaves the other";
+    EXPECT_EQ(mesh.OpenChange(), second.get())
+        << "finishing the unlinked change does not affect the other";
     EXPECT_EQ(mesh.changeRecords, second->records->array);
     EXPECT_EQ(mesh.changeRecordCount, 1u);
     EXPECT_EQ(mesh.vertices.array[3].changeLink, 0u);
@@ -228,7 +229,7 @@ TEST_F(LevelChangeTest, SecondChangeUnlinksTheFirst) {
     EXPECT_EQ(mesh.vertices.array[3].changeLink, 500u);
 }
 
-TEST_F(LevelChangeTest, LeavingAndComingBackIsOneUndo) {
+TEST_F(LevelChangeTest, LeavingALevelAndReturningIsOneUndoStep) {
     LevelGeometry other(Cube());
     RandomStroke(mesh, random, 5);
     RandomStroke(*other.Bound(), random, 5);
@@ -237,7 +238,7 @@ TEST_F(LevelChangeTest, LeavingAndComingBackIsOneUndo) {
 
     std::unique_ptr<MeshChange> a1(mesh.StartChange());
     MoveSome(*a1, random, 30);
-    // What the first visit moves and the second brings back to the bit must come back too.
+    // Changes that the first visit makes and the second reverts exactly must also be undone.
     MoveVertex(*a1, 0, {0, 0, 1});
     const Vector moved = mesh.Position(0);
     std::unique_ptr<MeshChange> b(other.Bound()->StartChange());
@@ -264,7 +265,7 @@ TEST_F(LevelChangeTest, LeavingAndComingBackIsOneUndo) {
     EXPECT_EQ(other.History().StepCount(), 2u);
     geometry.History().Undo(geometry);
     EXPECT_EQ(StateOf(mesh), before);
-    EXPECT_EQ(geometry.History().Position(), 1u) << "the stroke before is not joined";
+    EXPECT_EQ(geometry.History().Position(), 1u) << "the previous stroke is not joined";
     other.History().Undo(other);
     EXPECT_EQ(StateOf(*other.Bound()), otherBefore);
     EXPECT_EQ(other.History().Position(), 1u)
@@ -289,7 +290,7 @@ TEST_F(LevelChangeTest, SecondMeshDoesNotJoinAnEarlierStrokeWhenTheFirstChangedN
     EXPECT_EQ(geometry.History().Position(), 1u);
 }
 
-TEST_F(LevelChangeTest, StepBearsTheNextLabel) {
+TEST_F(LevelChangeTest, StepHasTheNextLabel) {
     geometry.History().SetNextLabel("Pinch");
     RandomStroke(mesh, random, 3);
     EXPECT_EQ(geometry.History().Label(0), "Pinch");

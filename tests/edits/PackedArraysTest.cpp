@@ -38,9 +38,9 @@ Content ContentOf(std::size_t count, uint32_t seed) {
     return content;
 }
 
-TEST(PackedArrays, EveryLengthComesBackToTheByte) {
+TEST(PackedArrays, EveryLengthIsRestoredExactly) {
     for (const PackMethod method : {PackMethod::Quick, PackMethod::Tight}) {
-        // Empty, tiny, and on both sides of the length of a piece for one array or another.
+        // Empty, tiny, and on both sides of a piece boundary of one of the arrays.
         for (const std::size_t count : {0u, 1u, 2u, 21845u, 21846u, 65536u, 65537u, 200000u}) {
             const Content content = ContentOf(count, 7);
             Content other = content;
@@ -54,7 +54,7 @@ TEST(PackedArrays, EveryLengthComesBackToTheByte) {
     }
 }
 
-TEST(PackedArrays, OrderedNumbersShrinkToATwentiethAndNoiseDoesNotGrow) {
+TEST(PackedArrays, OrderedNumbersShrinkTwentyfoldAndNoiseDoesNotGrow) {
     std::vector<uint32_t> ordered(100000);
     for (uint32_t i = 0; i < ordered.size(); ++i) ordered[i] = i;
     const std::vector<StepArray> arrays = {StepArray(ordered)};
@@ -64,11 +64,11 @@ TEST(PackedArrays, OrderedNumbersShrinkToATwentiethAndNoiseDoesNotGrow) {
     std::mt19937 random(3);
     std::vector<uint32_t> noise(100000);
     for (uint32_t& word : noise) word = static_cast<uint32_t>(random());
-    // A head of 12 bytes, and a length for each of two pieces.
+    // A header of 12 bytes, and a length for each of two pieces.
     EXPECT_EQ(PackArrays({StepArray(noise)}, PackMethod::Quick).size(), 400000u + 12 + 2 * 4);
 }
 
-TEST(PackedArrays, RepackingGivesWhatPackingWould) {
+TEST(PackedArrays, RepackingEqualsPacking) {
     Content content = ContentOf(70000, 9);
     const auto quick = PackArrays(content.Arrays(), PackMethod::Quick);
     const auto tight = PackArrays(content.Arrays(), PackMethod::Tight);

@@ -60,11 +60,11 @@ float RandomEdits::Reach() const {
 }
 
 bool RandomEdits::MayStroke() const {
-    // A layer that refuses changes keeps every vertex in place, but the brush makes the normals
-    // under it anew, for which it keeps no records.
+    // A layer that refuses changes keeps every vertex in place, but the brush recomputes the
+    // normals under it, for which it makes no records.
     const SculptLayer* layer = geometry.Bound()->ActiveLayer();
     if (layer != nullptr && !layer->Writable()) return false;
-    // What has been driven apart goes on doing so, up to NaN.
+    // Extreme positions keep growing with further strokes, up to NaN.
     return Reach() < 100.0f * reach;
 }
 

@@ -9,17 +9,17 @@
 
 namespace trovik::test {
 
-/// Draws a mesh, and edits of it that each become one undo step: strokes of the brush, freezing,
-/// hidden faces, layers, levels, transformations.
+/// Chooses a random mesh and random edits of it that each become one undo step: strokes of the
+/// brush, masks, hidden faces, layers, levels, transforms.
 class RandomEdits {
 public:
     explicit RandomEdits(RandomNumbers& numbers);
 
-    /// One edit; some draw nothing to do and leave no step.
+    /// Makes one edit; some edits have nothing to do and leave no undo step.
     void Edit();
 
     LevelGeometry& Geometry() { return geometry; }
-    /// What was drawn last, for the trace.
+    /// Describes the last mesh and edit, for failure messages.
     std::string Story() const;
 
 private:
@@ -39,7 +39,7 @@ private:
     LevelGeometry& geometry;
     float reach = 0.0f;
     int named = 0;
-    /// Of the current edit, for the trace.
+    /// The current edit, for failure messages.
     uint32_t kind = 0;
     uint32_t layerKind = 0;
 };

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Edits whose every choice is drawn, on meshes that are drawn: strokes of the brush, freezing,
-/// hidden faces, layers, levels, transformations. Undone to the start and redone to the end, every
-/// bit is back at both ends, and at each step of the way. A short run by default;
-/// TROVIK_RANDOM_EDITS sets the number of edits.
+/// \file Random edits on random meshes: strokes of the brush, masks, hidden faces, layers, levels,
+/// transforms. Undoing to the start and redoing to the end restores every bit at both ends and at
+/// each step between. The default run is short; TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/layers/LayerStack.h"
 #include "tests/edits/RandomEdits.h"
 #include "tests/files/TemporaryFolder.h"
@@ -18,7 +16,7 @@ namespace {
 
 constexpr uint32_t editsPerMesh = 25;
 
-/// All that the user sees of a geometry with its bound level, and the freeze and layers of all
+/// Everything that the user sees of a geometry and its bound level, and the masks and layers of all
 /// levels.
 class State {
 public:
@@ -42,12 +40,12 @@ public:
             for (uint32_t face = 0; face < one.faceCount; ++face) Put(one.IsFaceHidden(face));
         }
         for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
-            PutLayers(geometry, *geometry.Level(level));
+            AppendLayers(geometry, *geometry.Level(level));
     }
     bool operator==(const State&) const = default;
 
 private:
-    void PutLayers(const LevelGeometry& geometry, const LevelMesh& mesh) {
+    void AppendLayers(const LevelGeometry& geometry, const LevelMesh& mesh) {
         for (const auto& layer : geometry.Layers().OfLevel(mesh)) {
             const SculptLayer::Properties& given = layer->Given();
             bytes += given.name;
@@ -74,20 +72,19 @@ const UndoStep* Newest(const UndoHistory& history) {
     return history.Position() == 0 ? nullptr : &history.Shell(history.Position() - 1);
 }
 
-TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
+TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
     HostSwitches switches;
     const TemporaryFolder folder;
     const uint32_t wanted = WantedCount("TROVIK_RANDOM_EDITS", 500);
     std::size_t steps = 0;
     for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {
-        // Each mesh has its own seed, so that one case can be looked at alone.
+        // Each mesh has its own seed, so that one case can be examined alone.
         RandomNumbers random(70260 + edit);
         switches.Draw(random);
         RandomEdits edits(random);
         LevelGeometry& geometry = edits.Geometry();
         UndoHistory& history = geometry.History();
-        // All that is in a step goes through each form: as it is, packed, tightly packed, in a
-        // file.
+        // The contents of a step pass through each form: plain, packed, tightly packed, in a file.
         history.SetKeeping({random.OneOf({uint64_t{0}, uint64_t{4096}}), random.Below(20)});
         const bool inFile = random.Chance(0.3f);
         if (inFile) {
@@ -104,7 +101,7 @@ TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
             ASSERT_TRUE(State(geometry) == states.back())
                 << "an edit without a step: " << edits.Story();
             if (random.Chance(0.1f)) {
-                // Back and on from there: what was undone is dropped.
+                // Undo some steps and continue from there, which drops the undone steps.
                 for (uint32_t n = random.Below(4); n > 0 && history.Undo(geometry); --n)
                     states.pop_back();
                 ASSERT_TRUE(State(geometry) == states.back());
@@ -119,7 +116,7 @@ TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
         while (history.Undo(geometry)) {
             ASSERT_TRUE(State(geometry) == states[--now]) << "back at " << now;
         }
-        // The file may have been full, and the oldest are gone.
+        // The file may have been full, so that the oldest steps are gone.
         ASSERT_TRUE(inFile || now == 0u) << now;
         while (history.Redo(geometry)) {
             ASSERT_TRUE(State(geometry) == states[++now]) << "forth at " << now;
@@ -127,7 +124,7 @@ TEST(RandomEdits, AreTakenBackAndBroughtAgainToTheBit) {
         ASSERT_EQ(now, states.size() - 1);
         ASSERT_EQ(history.TakeProblem(), "");
     }
-    // Edits that do nothing would pass all of this.
+    // The test is void if the edits do nothing.
     EXPECT_GT(steps, wanted / 2);
 }
 

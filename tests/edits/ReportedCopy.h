@@ -13,12 +13,12 @@
 
 namespace trovik::test {
 
-/// A copy of the bound level that knows of changes only what the geometry reports. Each face has
-/// its own copy of its corners, as the patches of a viewport have, so that a patch that is not
-/// named keeps what it had.
+/// A copy of the bound level that is updated only from the reports of the geometry. Each face has
+/// its own copy of its corners, like the patches of a viewport, so that a patch that is not
+/// reported keeps its old data.
 class ReportedCopy final : public GeometryObserver {
 public:
-    /// \param present  the geometry, which may be another after a reset.
+    /// \param present  returns the geometry, which may be another one after a reset.
     explicit ReportedCopy(std::function<LevelGeometry&()> present)
         : geometryNow(std::move(present)) {
         geometryNow().AddObserver(*this);
@@ -53,7 +53,7 @@ public:
         }
     }
 
-    /// What the copy and the level differ in; empty for nothing.
+    /// The differences between the copy and the level; empty if they are equal.
     std::string Difference() const {
         const LevelMesh& level = *geometryNow().Bound();
         if (vertices.size() != std::size_t{level.faceCount} * level.CornersPerFace() ||

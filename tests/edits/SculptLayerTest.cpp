@@ -46,7 +46,7 @@ protected:
     std::mt19937 random{21};
 };
 
-TEST_F(SculptLayerTest, CompositeIsRestAndStrengthTimesOffset) {
+TEST_F(SculptLayerTest, CompositeIsTheRestPlusStrengthTimesOffset) {
     layer->SetStrength(0.3f);
     const Vector rest = mesh.Position(11);
     const Vector offset{0.7f, -0.1f, 1.3f};
@@ -63,7 +63,7 @@ TEST_F(SculptLayerTest, CompositeIsRestAndStrengthTimesOffset) {
     EXPECT_EQ(got, offset);
 }
 
-TEST_F(SculptLayerTest, WithoutUpdateThePositionStays) {
+TEST_F(SculptLayerTest, WithoutUpdateThePositionStaysUnchanged) {
     const Vector rest = mesh.Position(4);
     const Vector offset{0, 0, 2};
     Vector out;
@@ -74,12 +74,12 @@ TEST_F(SculptLayerTest, WithoutUpdateThePositionStays) {
     EXPECT_EQ(mesh.Position(4), rest + offset);
 }
 
-TEST_F(SculptLayerTest, OnlyTouchedVerticesAreKept) {
+TEST_F(SculptLayerTest, OnlyTouchedVerticesAreStored) {
     for (const uint32_t v : {5u, 900u, 3000u, 5u}) layer->SlotOf(v);
     EXPECT_EQ(layer->SlotCount(), 3u);
     EXPECT_EQ(layer->VertexOfSlot(layer->FindSlot(900)), 900u);
     EXPECT_EQ(layer->FindSlot(901), SculptLayer::noSlot);
-    EXPECT_EQ(layer->FindSlot(2000), SculptLayer::noSlot) << "its page was never made";
+    EXPECT_EQ(layer->FindSlot(2000), SculptLayer::noSlot) << "its page was never allocated";
     EXPECT_EQ(layer->Rest(901), mesh.Position(901));
     EXPECT_EQ(layer->Offset(901), Vector());
     EXPECT_LT(layer->Bytes(), 2 * 4096u + 1000u) << "two pages and three entries";
@@ -88,7 +88,7 @@ TEST_F(SculptLayerTest, OnlyTouchedVerticesAreKept) {
     EXPECT_EQ(got, Vector());
 }
 
-TEST_F(SculptLayerTest, StrengthAwayAndBackGivesTheSameBits) {
+TEST_F(SculptLayerTest, ChangingTheStrengthAndBackGivesTheSameBits) {
     mesh.SetPosition(1, {-0.0f, -0.0f, -0.0f});
     layer->SlotOf(1);
     LayerStroke(500);
@@ -104,7 +104,7 @@ TEST_F(SculptLayerTest, StrengthAwayAndBackGivesTheSameBits) {
     EXPECT_EQ(StateOf(mesh), before);
 }
 
-TEST_F(SculptLayerTest, UndoRestoresOffsetsToTheBitAndSlotsStay) {
+TEST_F(SculptLayerTest, UndoRestoresEveryBitOfTheOffsetsAndKeepsTheSlots) {
     LayerStroke(200);
     const auto state1 = StateOf(mesh);
     const auto offsets1 = Offsets();
@@ -140,7 +140,7 @@ TEST_F(SculptLayerTest, UndoAtAnotherStrengthComposesAtThatStrength) {
     EXPECT_EQ(mesh.Position(8), rest);
 }
 
-TEST_F(SculptLayerTest, MovePastTheLayerGoesIntoTheRest) {
+TEST_F(SculptLayerTest, MoveOutsideTheLayerChangesTheRest) {
     const Vector rest = mesh.Position(8);
     const Vector offset{0, 0, 4};
     layer->set(nullptr, layer->SlotOf(8), 8, &offset, true);
@@ -150,7 +150,7 @@ TEST_F(SculptLayerTest, MovePastTheLayerGoesIntoTheRest) {
     EXPECT_EQ(mesh.Position(8), rest + Vector(1, 0, 2));
 }
 
-TEST_F(SculptLayerTest, RefusingIsTold) {
+TEST_F(SculptLayerTest, RefusalIsReported) {
     EXPECT_TRUE(mesh.Layer()->Writable());
     layer->SetWritable(false);
     EXPECT_FALSE(mesh.Layer()->Writable());
@@ -168,10 +168,10 @@ TEST_F(SculptLayerTest, DeletedLayerIsNoLongerActiveAndUndoStillMovesPositions) 
 
     mesh.SetActiveLayer(&other);
     { const SculptLayer third(&mesh, "third"); }
-    EXPECT_EQ(mesh.ActiveLayer(), &other) << "only the layer itself clears it";
+    EXPECT_EQ(mesh.ActiveLayer(), &other) << "only the layer itself clears the link";
 }
 
-TEST_F(SculptLayerTest, LayerDeletedInMidStrokeIsLeftAlone) {
+TEST_F(SculptLayerTest, LayerDeletedDuringAStrokeIsNotAccessed) {
     const std::unique_ptr<MeshChange> change(mesh.StartChange());
     MoveInLayer(*change, 3, {0, 0, 1});
     layer.reset();

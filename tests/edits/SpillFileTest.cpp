@@ -35,7 +35,7 @@ protected:
     SpillFile file{folder.Path("")};
 };
 
-TEST_F(SpillFileTest, RunsComeBackAndRoomIsUsedAgain) {
+TEST_F(SpillFileTest, RunsAreReadBackAndFreedSpaceIsReused) {
     const auto a = Write(Bytes(1000, 1));
     const auto b = Write(Bytes(500, 2));
     const auto c = Write(Bytes(2000, 3));
@@ -44,7 +44,7 @@ TEST_F(SpillFileTest, RunsComeBackAndRoomIsUsedAgain) {
     file.Free(b);
     file.Free(a);
     EXPECT_EQ(file.Bytes(), 2000u);
-    // The two gaps have become one.
+    // The two gaps were merged.
     const auto d = Write(Bytes(1400, 4));
     EXPECT_EQ(d.start, 0u);
     const auto e = Write(Bytes(101, 5));
@@ -61,12 +61,12 @@ TEST_F(SpillFileTest, RunsComeBackAndRoomIsUsedAgain) {
     EXPECT_EQ(FileLength(), 1500u) << "the file ends with its last run";
 }
 
-TEST_F(SpillFileTest, HasNoNameInItsFolder) {
+TEST_F(SpillFileTest, IsUnlinkedFromItsFolder) {
     Write(Bytes(10, 0));
     EXPECT_EQ(folder.FileCount(), 0u);
 }
 
-TEST_F(SpillFileTest, DamageIsToldWithItsPlace) {
+TEST_F(SpillFileTest, DamageIsReportedWithItsOffset) {
     Write(Bytes(300, 1));
     const auto place = Write(Bytes(300, 1));
     {
@@ -83,7 +83,7 @@ TEST_F(SpillFileTest, DamageIsToldWithItsPlace) {
                   ": byte 300: the file ends within the step stored here");
 }
 
-TEST_F(SpillFileTest, FullDiskIsToldAndWhatWasWrittenStays) {
+TEST_F(SpillFileTest, FullDiskIsReportedAndWrittenDataIsKept) {
     const auto place = Write(Bytes(300, 1));
     auto next = file.Reserve(9000);
     {
@@ -97,7 +97,7 @@ TEST_F(SpillFileTest, FullDiskIsToldAndWhatWasWrittenStays) {
     EXPECT_EQ(FileLength(), 300u);
 }
 
-TEST(SpillFile, NoFolderIsTold) {
+TEST(SpillFile, MissingFolderIsReported) {
     EXPECT_EQ(MessageOf<HostError>([] { const SpillFile file("/no/such/folder"); }),
               "undo file in /no/such/folder: cannot be created: No such file or directory");
 }

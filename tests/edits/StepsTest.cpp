@@ -8,7 +8,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(LevelStep, UndoAndRedoOverLevelsBringBackEachBoundStateToTheBit) {
+TEST(LevelStep, UndoAndRedoOverLevelsRestoreEveryBitOfEachState) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -33,7 +33,7 @@ TEST(LevelStep, UndoAndRedoOverLevelsBringBackEachBoundStateToTheBit) {
         }
         ASSERT_EQ(history.StepCount() + 1, states.size());
 
-        // Ever further back, and all the way forth again.
+        // Undo to increasing depths, and redo everything each time.
         for (std::size_t depth = 1; depth < states.size(); ++depth) {
             for (std::size_t i = 1; i <= depth; ++i) {
                 ASSERT_TRUE(history.Undo(geometry));
@@ -51,7 +51,7 @@ TEST(LevelStep, UndoAndRedoOverLevelsBringBackEachBoundStateToTheBit) {
     }
 }
 
-TEST(LevelStep, CoarseStrokeTakenBackIsTakenBackFromTheFineLevelToo) {
+TEST(LevelStep, UndoOfACoarseStrokeIsCarriedToTheFineLevel) {
     LevelGeometry geometry(Cube());
     geometry.Subdivide();
     LevelMesh& fine = *geometry.Bound();
@@ -80,7 +80,7 @@ TEST(LevelStep, LabelNamesTheLevel) {
     EXPECT_EQ(BindLevelAsStep(geometry, 0)->label, "Level 0");
 }
 
-TEST(FreezeStep, SwapsTheAmountsThatDiffer) {
+TEST(FreezeStep, SwapsTheDifferingAmounts) {
     LevelGeometry geometry(GridMesh(5, 5));
     LevelMesh& mesh = *geometry.Bound();
     mesh.SetFreeze(3, 20);

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Random edits of a document on the meshes of the zoo, with an observer that keeps a copy of the
-/// bound level and updates it from the reported patches alone. After every dab and every other edit
-/// the copy equals the level, byte for byte, and the document's pick tree gives the hits of a tree
-/// that is built from scratch. A short run by default; TROVIK_RANDOM_EDITS sets the number of
+/// \file Random edits of a document on the meshes of the zoo. An observer keeps a copy of the bound
+/// level and updates it from the reported patches alone. After every dab and every other edit the
+/// copy equals the level, byte for byte, and the document's pick tree gives the same hits as a tree
+/// that is built from scratch. The default run is short; TROVIK_RANDOM_EDITS sets the number of
 /// edits.
 #include "framework/document/Document.h"
 #include "framework/edits/LayerSteps.h"
@@ -24,7 +23,7 @@
 namespace trovik::test {
 namespace {
 
-/// Draws edits of a document.
+/// Makes random edits of a document.
 class RandomDocument {
 public:
     RandomDocument(RandomNumbers& numbers, const ZooMesh& zoo)
@@ -74,18 +73,18 @@ public:
         while (document.Redo()) Check();
     }
 
-    /// The copy equals the level, and the tree one that is built now.
+    /// Checks that the copy equals the level, and the tree a newly built one.
     void Check() {
         ASSERT_EQ(copy.Difference(), "") << "after " << story;
         const PatchTree fresh(document.Geometry().Bound());
         const AxisAlignedBoundingBox bounds = fresh.Bounds();
         const AxisAlignedBoundingBox kept = document.Tree().Bounds();
-        // Of zeros of both signs either may be the bound.
+        // If there are zeros of both signs, either may be the bound.
         const auto values = [](const AxisAlignedBoundingBox& box) {
             return std::array{box.minX, box.minY, box.minZ, box.maxX, box.maxY, box.maxZ};
         };
         ASSERT_EQ(values(bounds), values(kept)) << "after " << story;
-        // On a surface that was drawn flat to a line, rounding decides which face is hit.
+        // On a surface that was flattened to a line, rounding decides which face is hit.
         const auto extents = values(bounds);
         int extended = 0;
         for (std::size_t axis = 0; axis < 3; ++axis)
@@ -93,7 +92,7 @@ public:
         for (int i = 0; i < 4 && extended > 1; ++i) {
             Ray ray;
             ray.origin = random.In(-2.0f * reach, 2.0f * reach);
-            ray.direction = SurfacePlace() - ray.origin;
+            ray.direction = RandomSurfacePoint() - ray.origin;
             ExpectSame(fresh.Pick(ray), document.Tree().Pick(ray));
             ExpectSame(fresh.Nearest(ray.origin), document.Tree().Nearest(ray.origin));
         }
@@ -118,7 +117,7 @@ private:
         }
         return most;
     }
-    Vector SurfacePlace() {
+    Vector RandomSurfacePoint() {
         const LevelMesh& mesh = *document.Geometry().Bound();
         return mesh.Position(
             mesh.faceVertexIndices.array[random.Below(mesh.faceVertexIndices.fill)]);
@@ -138,7 +137,7 @@ private:
         loop.Begin(modifier, random.Below(1000));
         const uint32_t dabs = random.Below(5);
         for (uint32_t i = 0; i < dabs; ++i) {
-            const auto hit = document.Tree().Nearest(SurfacePlace());
+            const auto hit = document.Tree().Nearest(RandomSurfacePoint());
             if (!hit) break;
             StrokeDab dab = DabAt(document.Geometry(), *hit);
             dab.size = reach * random.Between(0.05f, 0.6f);
@@ -154,7 +153,7 @@ private:
         }
         if (random.Chance(0.2f)) {
             loop.PutBack();
-            story = "putting back a stroke of " + tool;
+            story = "reverting a stroke of " + tool;
             Check();
         }
         if (random.Chance(0.2f))
@@ -262,7 +261,7 @@ private:
                 try {
                     document.SetTopologicalMirror();
                 } catch (const HostError&) {
-                    // Not every mesh has one.
+                    // Not every mesh has a mirror.
                 }
                 break;
             default: {
@@ -281,7 +280,7 @@ private:
     std::string story = "nothing";
 };
 
-TEST(SurfaceReport, ACopyThatFollowsTheReportsEqualsTheLevel) {
+TEST(SurfaceReport, CopyUpdatedFromReportsEqualsTheLevel) {
     const uint32_t wanted = WantedCount("TROVIK_RANDOM_EDITS", 500);
     constexpr uint32_t editsPerMesh = 25;
     const std::vector<ZooMesh> meshes = AllMeshes();

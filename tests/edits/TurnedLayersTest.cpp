@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Layers of a fine level while a coarser one is bent: their offsets turn with the surface.
+/// \file Layers of a fine level while a coarser level is deformed: their offsets rotate with the
+/// surface.
 #include "framework/edits/LayerSteps.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/multires/Steps.h"
@@ -21,21 +21,21 @@ Vector TurnedAboutTwoAxes(const Vector& p, float angle) {
     return TurnedAboutZ({turned.y, turned.z, turned.x}, angle);
 }
 
-/// Turns more the farther out it lies: a bend, a twist and a stretch in one.
-Vector Bent(const Vector& p) {
+/// A deformation that rotates points more the farther out they are, twists and stretches.
+Vector Deformed(const Vector& p) {
     const Vector q = TurnedAboutZ(p, p.x * 0.7f + p.z * 0.4f);
     return {q.x * 1.2f, q.y, q.z + 0.3f * q.x * q.x};
 }
 
-/// How the two layers are while the base is bent.
-struct Showing {
+/// The state of the two layers while the base is deformed.
+struct LayerVisibility {
     const char* name;
     SculptLayer::Properties first;
     SculptLayer::Properties second;
 };
 
-const std::vector<Showing>& Showings() {
-    static const std::vector<Showing> showings = {
+const std::vector<LayerVisibility>& LayerVisibilities() {
+    static const std::vector<LayerVisibility> showings = {
         {"both at 1", {"a", 1.0f, true, true}, {"b", 1.0f, true, true}},
         {"others than 1", {"a", 0.37f, true, true}, {"b", -1.3f, true, true}},
         {"one at 0", {"a", 0.0f, true, true}, {"b", 1.0f, true, true}},
@@ -44,8 +44,8 @@ const std::vector<Showing>& Showings() {
     return showings;
 }
 
-/// A mesh of three levels, rough at the finest, and there two layers of which both, one or none
-/// touched a vertex.
+/// A mesh of three levels with a rough finest level. It has two layers there; a vertex was touched
+/// by both, one or neither of them.
 class LayeredMesh {
 public:
     explicit LayeredMesh(const PolygonMesh& polygons) : geometry(polygons) {
@@ -67,7 +67,7 @@ public:
     }
 
     SculptLayer& Layer(std::size_t i) { return *geometry.Layers().All()[i]; }
-    void Give(const Showing& showing) {
+    void Give(const LayerVisibility& showing) {
         Give(0, showing.first);
         Give(1, showing.second);
     }
@@ -97,9 +97,9 @@ float Farthest(const std::vector<Vector>& a, const std::vector<Vector>& b) {
     return farthest;
 }
 
-TEST(TurnedLayers, OffAfterABendLeavesWhatCarryingWithoutThemLeavesToTheBit) {
+TEST(TurnedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
     for (const ZooMesh& zoo : AllMeshes()) {
-        for (const Showing& showing : Showings()) {
+        for (const LayerVisibility& showing : LayerVisibilities()) {
             SCOPED_TRACE(zoo.name + ", " + showing.name);
             LayeredMesh layered(zoo.mesh);
             layered.ShowAll(false);
@@ -107,8 +107,8 @@ TEST(TurnedLayers, OffAfterABendLeavesWhatCarryingWithoutThemLeavesToTheBit) {
             layered.Give(showing);
             const std::vector<Vector> on = layered.Positions();
 
-            // The coarser levels see the same surface, and then the finest is the one without
-            // layers, as if its detail had always been that.
+            // The coarser levels see the same surface. The finest level is then the one without
+            // layers, as if that had always been its detail.
             LevelGeometry plain(zoo.mesh);
             plain.Subdivide();
             plain.Subdivide();
@@ -117,25 +117,26 @@ TEST(TurnedLayers, OffAfterABendLeavesWhatCarryingWithoutThemLeavesToTheBit) {
             ExpectSameBits(PositionsOf(*layered.geometry.Bound()), PositionsOf(*plain.Bound()));
             for (uint32_t v = 0; v < off.size(); ++v) plain.Level(2)->SetPosition(v, off[v]);
             for (LevelGeometry* geometry : {&layered.geometry, &plain}) {
-                Deform(*geometry->Bound(), Bent);
+                Deform(*geometry->Bound(), Deformed);
                 geometry->BindLevel(2);
             }
 
             const std::vector<Vector> bent = layered.Positions();
             layered.ShowAll(false);
             ExpectSameBits(layered.Positions(), PositionsOf(*plain.Bound()));
-            EXPECT_GT(Farthest(layered.Positions(), off), 0.01f) << "the bend did something";
+            EXPECT_GT(Farthest(layered.Positions(), off), 0.01f)
+                << "the deformation moved vertices";
             layered.Give(showing);
             ExpectSameBits(layered.Positions(), bent);
         }
     }
 }
 
-// A surface that turns as a whole takes along what is shown and what is not, within 1e-5 of sizes
-// of about 1.
-TEST(TurnedLayers, LayersTurnRigidlyWithASurfaceThatDoes) {
+// A surface that rotates as a whole carries both shown and hidden offsets along, within 1e-5 at
+// sizes of about 1.
+TEST(TurnedLayers, LayersRotateRigidlyWithTheSurface) {
     for (const ZooMesh& zoo : AllMeshes()) {
-        for (const Showing& showing : Showings()) {
+        for (const LayerVisibility& showing : LayerVisibilities()) {
             SCOPED_TRACE(zoo.name + ", " + showing.name);
             LayeredMesh layered(zoo.mesh);
             std::vector<Vector> on = layered.Positions();
@@ -165,9 +166,9 @@ TEST(TurnedLayers, LayersTurnRigidlyWithASurfaceThatDoes) {
     }
 }
 
-TEST(TurnedLayers, OffAndOnAgainGivesTheBitsOfBeforeAfterEachOfManyBends) {
+TEST(TurnedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
     LayeredMesh layered(SteppedBox());
-    layered.Give(Showings()[1]);
+    layered.Give(LayerVisibilities()[1]);
     const float length = layered.Layer(0).StateOfSlot(0).offset.Length();
     for (int bend = 0; bend < 12; ++bend) {
         layered.geometry.BindLevel(bend % 2 == 0 ? 0 : 1);
@@ -178,14 +179,14 @@ TEST(TurnedLayers, OffAndOnAgainGivesTheBitsOfBeforeAfterEachOfManyBends) {
         const std::vector<VertexState> before = StateOf(*layered.geometry.Bound());
         layered.ShowAll(false);
         EXPECT_NE(StateOf(*layered.geometry.Bound()), before);
-        layered.Give(Showings()[1]);
+        layered.Give(LayerVisibilities()[1]);
         ASSERT_EQ(StateOf(*layered.geometry.Bound()), before) << bend;
-        // Within the rounding of so many turns.
+        // Within the rounding error of that many rotations.
         EXPECT_NEAR(layered.Layer(0).StateOfSlot(0).offset.Length(), length, 1e-6f);
     }
 }
 
-/// All that the layers of all levels hold, and the ground under them.
+/// All data of the layers of all levels, and the layer bases.
 std::string LayersOf(const LevelGeometry& geometry) {
     std::string bytes;
     const auto put = [&bytes](const auto& value) {
@@ -217,7 +218,7 @@ TEST(TurnedLayers, WithoutAnEditNoBitChanges) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LayeredMesh layered(zoo.mesh);
-        layered.Give(Showings()[1]);
+        layered.Give(LayerVisibilities()[1]);
         layered.geometry.BindLevel(0);
         const std::string before = LayersOf(layered.geometry);
         for (const uint32_t level : {2u, 1u, 2u, 0u, 1u, 2u})
@@ -231,7 +232,7 @@ struct Turned {
     uint64_t bytes = 0;
 };
 
-/// A corner's edit on a grid of n x n quads with layers all over.
+/// Edits a corner on a grid of n x n quads whose layers cover everything.
 Turned EditOneVertex(unsigned n) {
     LayeredMesh layered(GridMesh(n, n));
     layered.geometry.BindLevel(0);
@@ -252,7 +253,7 @@ Turned EditOneVertex(unsigned n) {
     return turned;
 }
 
-TEST(TurnedLayers, WhatIsTurnedAndKeptFollowsTheChange) {
+TEST(TurnedLayers, CostOfRotatedOffsetsFollowsTheChange) {
     const Turned small = EditOneVertex(8);
     const Turned large = EditOneVertex(24);
     EXPECT_GT(small.entries, 10u);
@@ -261,8 +262,9 @@ TEST(TurnedLayers, WhatIsTurnedAndKeptFollowsTheChange) {
     EXPECT_NEAR(static_cast<double>(small.bytes), static_cast<double>(large.bytes), 600.0);
 }
 
-// A single layer of a flat grid that is stood on its edge: the numbers can be told by hand.
-TEST(TurnedLayers, OffsetUpwardsPointsSidewardsWhenTheGridIsStoodUp) {
+// A single layer of a flat grid that is rotated to stand on its edge, so the expected values are
+// known.
+TEST(TurnedLayers, UpwardOffsetPointsSidewaysAfterTheGridIsRotatedUpright) {
     for (const bool visible : {true, false}) {
         LevelGeometry geometry(GridMesh(4, 4));
         geometry.Subdivide();
@@ -310,7 +312,7 @@ protected:
         change->Finish(true, false);
         states.push_back(State());
     }
-    /// What a user can see and bring about: all levels, and what each layer has and would leave.
+    /// The complete user-visible state: all levels, and the offsets and the base of each layer.
     std::string State() const {
         std::string state = StateOfAll(geometry);
         const auto put = [&state](const Vector& v) {
@@ -351,7 +353,7 @@ protected:
     std::vector<std::string> states;
 };
 
-TEST_F(TurnedLayersUndoTest, EveryBitIsBackThroughLevelsThatComeAndGo) {
+TEST_F(TurnedLayersUndoTest, EveryBitIsRestoredAcrossAddedAndRemovedLevels) {
     states.push_back(State());
     Push(SubdivideAsStep(geometry));
     Push(SubdivideAsStep(geometry));
@@ -376,7 +378,7 @@ TEST_F(TurnedLayersUndoTest, EveryBitIsBackThroughLevelsThatComeAndGo) {
     Push(BindLevelAsStep(geometry, 1));
     Push(DeleteLevelsAsStep(geometry, true));
     Stroke(30);
-    // Carries what was bent to the highest level, and puts one above.
+    // Carries the deformation to the highest level, and adds one above.
     Push(SubdivideAsStep(geometry));
     Push(UnsubdivideAsStep(geometry));
     Push(BindLevelAsStep(geometry, 0));
@@ -395,7 +397,7 @@ TEST_F(TurnedLayersUndoTest, EveryBitIsBackThroughLevelsThatComeAndGo) {
     }
 }
 
-TEST_F(TurnedLayersUndoTest, GroundIsBackToTheBitWhenABendIsTakenBackAndBroughtAgain) {
+TEST_F(TurnedLayersUndoTest, LayerBaseIsRestoredExactlyByUndoAndRedoOfADeformation) {
     states.push_back(State());
     Push(SubdivideAsStep(geometry));
     Push(SubdivideAsStep(geometry));
@@ -422,13 +424,13 @@ TEST_F(TurnedLayersUndoTest, GroundIsBackToTheBitWhenABendIsTakenBackAndBroughtA
     ExpectSameBits(Ground(), before);
 }
 
-TEST_F(TurnedLayersUndoTest, NothingMoreIsKnownOfTheGroundOnceABendIsTakenBack) {
+TEST_F(TurnedLayersUndoTest, UndoOfADeformationRestoresTheLayerBaseRecords) {
     states.push_back(State());
     Push(SubdivideAsStep(geometry));
     Push(SubdivideAsStep(geometry));
     Push(AddLayerAsStep(geometry, "a"));
     Stroke(150);
-    // Takes in the stroke; what the next one touches is not known yet.
+    // Includes the stroke; the vertices that the next stroke touches have no record yet.
     Push(GiveLayerAsStep(geometry, Layer("a"), {"a", 0.37f, true, true}));
     Stroke(150);
     const auto known = [this] { return geometry.Layers().FindGround(*geometry.Level(2))->Knots(); };

@@ -12,7 +12,7 @@ namespace {
 
 class UndoHistoryTest : public ::testing::Test {
 protected:
-    /// Writes down its number when applied.
+    /// Records its number when applied.
     class Step : public UndoStep {
     public:
         Step(std::vector<int>& toLog, int ofNumber, uint64_t size)
@@ -56,7 +56,7 @@ TEST_F(UndoHistoryTest, UndoesBackwardsAndRedoesForwards) {
     EXPECT_EQ(history.Label(1), "2");
 }
 
-TEST_F(UndoHistoryTest, JoinedStepsGoTogether) {
+TEST_F(UndoHistoryTest, JoinedStepsAreUndoneTogether) {
     history.Push(MakeStep(1));
     history.Push(MakeStep(2));
     history.Push(MakeStep(3, true));
@@ -71,7 +71,7 @@ TEST_F(UndoHistoryTest, JoinedStepsGoTogether) {
     EXPECT_EQ(history.Position(), 4u);
 }
 
-TEST_F(UndoHistoryTest, NewStepDropsWhatWasUndone) {
+TEST_F(UndoHistoryTest, NewStepDropsUndoneSteps) {
     history.Push(MakeStep(1));
     history.Push(MakeStep(2));
     history.Undo(geometry);
@@ -82,7 +82,7 @@ TEST_F(UndoHistoryTest, NewStepDropsWhatWasUndone) {
     EXPECT_EQ(history.Label(1), "3");
 }
 
-TEST_F(UndoHistoryTest, OldestAreDroppedBeyondTheBudget) {
+TEST_F(UndoHistoryTest, OldestStepsAreDroppedBeyondTheBudget) {
     for (int i = 1; i <= 12; ++i) history.Push(MakeStep(i));
     EXPECT_EQ(history.StepCount(), 10u);
     EXPECT_EQ(history.Bytes(), 100u);
@@ -93,7 +93,7 @@ TEST_F(UndoHistoryTest, OldestAreDroppedBeyondTheBudget) {
     EXPECT_EQ(history.Position(), 3u);
 }
 
-TEST_F(UndoHistoryTest, NewestStaysWhateverItsSize) {
+TEST_F(UndoHistoryTest, NewestStepIsKeptWhateverItsSize) {
     history.Push(MakeStep(1));
     history.Push(MakeStep(2, false, 1000));
     EXPECT_EQ(history.StepCount(), 1u);
@@ -111,7 +111,7 @@ TEST_F(UndoHistoryTest, GroupIsDroppedAsAWhole) {
     EXPECT_EQ(history.StepCount(), 2u) << "the newest group stays whole";
 }
 
-TEST_F(UndoHistoryTest, WhenAllIsUndoneTheFarthestIsDropped) {
+TEST_F(UndoHistoryTest, WhenAllIsUndoneTheFarthestStepIsDropped) {
     for (int i = 1; i <= 4; ++i) history.Push(MakeStep(i));
     while (history.Undo(geometry)) {
     }
@@ -122,7 +122,7 @@ TEST_F(UndoHistoryTest, WhenAllIsUndoneTheFarthestIsDropped) {
     EXPECT_EQ(Taken(), (std::vector<int>{1}));
 }
 
-TEST_F(UndoHistoryTest, SizesAreTakenAnewWhenAStepIsApplied) {
+TEST_F(UndoHistoryTest, SizesAreUpdatedWhenAStepIsApplied) {
     auto step = MakeStep(1);
     step->growth = 7;
     history.Push(std::move(step));
@@ -132,7 +132,7 @@ TEST_F(UndoHistoryTest, SizesAreTakenAnewWhenAStepIsApplied) {
     EXPECT_EQ(history.Bytes(), 10u);
 }
 
-TEST_F(UndoHistoryTest, ThrowingStepLeavesThePositionAtTheMesh) {
+TEST_F(UndoHistoryTest, ThrowingStepLeavesThePositionConsistentWithTheMesh) {
     history.Push(MakeStep(-1));
     history.Push(MakeStep(2, true));
     EXPECT_THROW(history.Undo(geometry), std::runtime_error);

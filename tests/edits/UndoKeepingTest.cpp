@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// How a history keeps its steps: compressed, within the budget, in a file.
+/// \file How a history stores its steps: compressed, within the budget, in a file.
 #include "framework/errors/HostError.h"
 #include "framework/history/UndoHistory.h"
 #include "framework/multires/LevelGeometry.h"
@@ -20,9 +19,9 @@ namespace {
 
 using testing::HasSubstr;
 
-class UndoKeepingTest : public ::testing::Test {
+class UndoStorageTest : public ::testing::Test {
 protected:
-    /// Exchanges its array with one outside, which stands for the mesh.
+    /// Exchanges its array with an external one that represents the mesh.
     class Step : public UndoStep {
     public:
         Step(std::vector<uint32_t>& ofMesh, std::vector<uint32_t> before)
@@ -39,7 +38,7 @@ protected:
         std::vector<uint32_t> other;
     };
 
-    /// Of 4 bytes each; half of it compresses well.
+    /// Elements of 4 bytes; half of them compress well.
     std::vector<uint32_t> Draw(std::size_t count) {
         std::vector<uint32_t> content(count);
         for (std::size_t i = 0; i < count; ++i)
@@ -57,7 +56,7 @@ protected:
         history.Push(std::move(step));
     }
 
-    /// All the way back and forth again; the states that are still there come back each time.
+    /// Undoes and redoes everything, and expects each state that is still in the history.
     void ExpectAllStates() {
         std::size_t now = states.size() - 1;
         while (history.Undo(geometry)) ASSERT_EQ(mesh, states[--now]) << now;
@@ -73,11 +72,12 @@ protected:
     UndoHistory history{uint64_t{1} << 30};
 };
 
-TEST_F(UndoKeepingTest, StepsAreCompressedAndComeBackToTheBit) {
+TEST_F(UndoStorageTest, CompressedStepsAreRestoredExactly) {
     for (int i = 0; i < 40; ++i) Edit(10000);
     history.Settle();
     EXPECT_LT(history.Bytes(), 40 * 40100u / 2);
-    EXPECT_LT(history.StepBytes(0), history.StepBytes(39)) << "the old ones tightly";
+    EXPECT_LT(history.StepBytes(0), history.StepBytes(39))
+        << "the old steps are compressed tightly";
     EXPECT_EQ(history.Label(3), "edit 4");
     uint64_t sum = 0;
     for (std::size_t i = 0; i < 40; ++i) sum += history.StepBytes(i);
@@ -86,7 +86,7 @@ TEST_F(UndoKeepingTest, StepsAreCompressedAndComeBackToTheBit) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, ContentOfAStepIsThereWhenItIsAskedFor) {
+TEST_F(UndoStorageTest, ContentOfAStepIsAvailableOnRequest) {
     for (int i = 0; i < 3; ++i) Edit(10000);
     history.Settle();
     EXPECT_TRUE(static_cast<const Step&>(history.Shell(1)).Other().empty());
@@ -94,7 +94,7 @@ TEST_F(UndoKeepingTest, ContentOfAStepIsThereWhenItIsAskedFor) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, SmallStepsAreLeftAlone) {
+TEST_F(UndoStorageTest, SmallStepsAreNotCompressed) {
     Edit(100);
     Edit(100);
     history.Settle();
@@ -106,7 +106,7 @@ TEST_F(UndoKeepingTest, SmallStepsAreLeftAlone) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, BudgetIsKeptAndTheOldestGo) {
+TEST_F(UndoStorageTest, BudgetIsRespectedByDroppingTheOldestSteps) {
     const uint64_t budget = 300000;
     history.SetBudget(budget);
     for (int i = 0; i < 100; ++i) {
@@ -117,13 +117,13 @@ TEST_F(UndoKeepingTest, BudgetIsKeptAndTheOldestGo) {
     EXPECT_GT(history.StepCount(), budget / 40100) << "more than would fit uncompressed";
     EXPECT_LT(history.StepCount(), 100u);
     EXPECT_EQ(history.Label(history.StepCount() - 1), "edit 100");
-    // The new one, and one that is in two forms.
+    // The new step, and one that exists in two forms.
     EXPECT_LE(history.PeakBytes(), budget + 2 * 40100);
     ExpectAllStates();
     EXPECT_LE(history.PeakBytes(), budget + 2 * 40100);
 }
 
-TEST_F(UndoKeepingTest, WhatIsDroppedDoesNotDependOnHowFarTheCompressionHasCome) {
+TEST_F(UndoStorageTest, DroppedStepsDoNotDependOnTheProgressOfCompression) {
     std::vector<std::size_t> counts;
     for (const bool waits : {true, false}) {
         UndoHistory other(200000);
@@ -138,7 +138,7 @@ TEST_F(UndoKeepingTest, WhatIsDroppedDoesNotDependOnHowFarTheCompressionHasCome)
     EXPECT_GT(counts[0], 5u);
 }
 
-TEST_F(UndoKeepingTest, NewestStaysWhateverTheBudget) {
+TEST_F(UndoStorageTest, NewestStepIsKeptWhateverTheBudget) {
     history.SetBudget(1);
     for (int i = 0; i < 5; ++i) {
         Edit(10000);
@@ -147,7 +147,7 @@ TEST_F(UndoKeepingTest, NewestStaysWhateverTheBudget) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, DroppingBeforeCompressionIsDoneGivesTheBytesBack) {
+TEST_F(UndoStorageTest, DroppingBeforeCompressionEndsFreesTheBytes) {
     for (int i = 0; i < 20; ++i) {
         Edit(10000);
         history.Undo(geometry);
@@ -158,7 +158,7 @@ TEST_F(UndoKeepingTest, DroppingBeforeCompressionIsDoneGivesTheBytesBack) {
     EXPECT_EQ(history.StepCount(), 0u);
 }
 
-TEST_F(UndoKeepingTest, FileTakesWhatTheBudgetDoesNotHold) {
+TEST_F(UndoStorageTest, StepsBeyondTheBudgetGoToTheFile) {
     const TemporaryFolder folder;
     const uint64_t budget = 200000;
     history.SetBudget(budget);
@@ -177,7 +177,7 @@ TEST_F(UndoKeepingTest, FileTakesWhatTheBudgetDoesNotHold) {
     EXPECT_EQ(history.TakeProblem(), "");
 }
 
-TEST_F(UndoKeepingTest, FileIsNoLongerThanEightBudgets) {
+TEST_F(UndoStorageTest, FileIsAtMostEightBudgetsLong) {
     const TemporaryFolder folder;
     history.SetBudget(50000);
     history.SetSpillFolder(folder.Path(""));
@@ -191,7 +191,7 @@ TEST_F(UndoKeepingTest, FileIsNoLongerThanEightBudgets) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, FullDiskIsToldOnceAndStepsStayInMemory) {
+TEST_F(UndoStorageTest, FullDiskIsReportedOnceAndStepsStayInMemory) {
     const TemporaryFolder folder;
     history.SetBudget(200000);
     history.SetSpillFolder(folder.Path(""));
@@ -210,7 +210,7 @@ TEST_F(UndoKeepingTest, FullDiskIsToldOnceAndStepsStayInMemory) {
     ExpectAllStates();
 }
 
-TEST_F(UndoKeepingTest, StepOfADamagedFileIsRefusedAndTheRestStays) {
+TEST_F(UndoStorageTest, StepOfADamagedFileIsRefusedAndOtherStepsStay) {
     const TemporaryFolder folder;
     history.SetBudget(150000);
     history.SetSpillFolder(folder.Path(""));
@@ -229,14 +229,14 @@ TEST_F(UndoKeepingTest, StepOfADamagedFileIsRefusedAndTheRestStays) {
         }
     });
     EXPECT_THAT(message, HasSubstr("damaged"));
-    EXPECT_EQ(mesh, states[now]) << "the mesh is as it was before the step that was refused";
+    EXPECT_EQ(mesh, states[now]) << "the mesh is unchanged by the refused step";
     EXPECT_EQ(history.Position(), now);
     EXPECT_EQ(history.StepCount(), 30u);
     while (history.Redo(geometry)) ASSERT_EQ(mesh, states[++now]);
     EXPECT_EQ(now, 30u);
 }
 
-TEST_F(UndoKeepingTest, FolderThatIsNotThereIsRefused) {
+TEST_F(UndoStorageTest, MissingFolderIsRefused) {
     EXPECT_THROW(history.SetSpillFolder("/no/such/folder"), HostError);
     Edit(10000);
     EXPECT_TRUE(history.Undo(geometry));

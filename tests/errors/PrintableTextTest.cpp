@@ -24,7 +24,7 @@ TEST(PrintableText, EscapesBytesThatAreNotUtf8) {
     EXPECT_EQ(PrintableText("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");
 }
 
-TEST(PrintableText, EscapesControlCharactersAndMarksOfDirection) {
+TEST(PrintableText, EscapesControlCharactersAndDirectionMarks) {
     EXPECT_EQ(PrintableText("one\ntwo\tthree\r"), "one\\ntwo\\tthree\\r");
     EXPECT_EQ(PrintableText(std::string("\0\x1b[31m\x7f", 7)), "\\u{0}\\u{1b}[31m\\u{7f}");
     EXPECT_EQ(PrintableText("gpj\u202eexe\u0085"), "gpj\\u{202e}exe\\u{85}");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Files that killed processes leave next to their targets, and targets that cannot be written.
+/// \file Files that killed processes leave next to their targets, and targets that cannot be
+/// written.
 #include "framework/errors/HostError.h"
 #include "framework/io/FileLock.h"
 #include "framework/io/FilePath.h"
@@ -61,7 +61,7 @@ TEST_F(AbandonedFiles, OfAKilledProcessAreRemovedByTheNextWriteOfTheTarget) {
         << notes[0];
 }
 
-TEST_F(AbandonedFiles, OfProcessesThatLiveStay) {
+TEST_F(AbandonedFiles, OfRunningProcessesAreKept) {
     OutputFile first(folder.Path("m.obj"));
     first.Write("first");
     WriteTarget("m.obj");
@@ -72,14 +72,14 @@ TEST_F(AbandonedFiles, OfProcessesThatLiveStay) {
     EXPECT_EQ(TemporaryFolder::Content(folder.Path("m.obj")), "first");
 }
 
-TEST_F(AbandonedFiles, AreToldByTheirLockAndNotByAProcessIdThatIsUsedAgain) {
+TEST_F(AbandonedFiles, AreIdentifiedByTheirLockNotByAReusedProcessId) {
     folder.Fill("m." + std::to_string(getpid()) + "-77.part.obj", "left");
     WriteTarget("m.obj");
     EXPECT_EQ(folder.FileCount(), 1u);
     EXPECT_EQ(notes.size(), 1u);
 }
 
-TEST_F(AbandonedFiles, AreFilesOfExactlyTheirNames) {
+TEST_F(AbandonedFiles, AreMatchedByTheirExactNames) {
     const char* others[] = {"m.1-2.part.ply",
                             "m.1-2.part",
                             "m.1-x.part.obj",
@@ -94,7 +94,7 @@ TEST_F(AbandonedFiles, AreFilesOfExactlyTheirNames) {
     WriteTarget("m.obj");
     EXPECT_EQ(folder.FileCount(), std::size(others) + 2);
     EXPECT_TRUE(notes.empty());
-    // A target without an extension, and one whose name leaves no room for the mark.
+    // A target without an extension, and one whose name is too long for the suffix.
     folder.Fill("m.1-2.part", "left");
     WriteTarget("m");
     EXPECT_EQ(notes.size(), 1u);
@@ -104,7 +104,7 @@ TEST_F(AbandonedFiles, AreFilesOfExactlyTheirNames) {
     EXPECT_EQ(notes.size(), 2u);
 }
 
-TEST(FileLock, TellsWhetherAnotherHolds) {
+TEST(FileLock, ReportsWhetherAnotherProcessHoldsIt) {
     const TemporaryFolder folder;
     const std::string path = folder.Path("f");
     EXPECT_EQ(FileLock(path).State(), FileLock::Result::Absent);
@@ -112,13 +112,13 @@ TEST(FileLock, TellsWhetherAnotherHolds) {
     const FileLock first(path);
     EXPECT_EQ(first.State(), FileLock::Result::Locked);
     EXPECT_EQ(FileLock(path).State(), FileLock::Result::Busy);
-    // The lock is that of the file, which a rename takes away from the name.
+    // The lock belongs to the file, not to its name, which a rename changes.
     ASSERT_EQ(rename(path.c_str(), folder.Path("g").c_str()), 0);
     folder.Fill("f", "");
     EXPECT_EQ(FileLock(path).State(), FileLock::Result::Locked);
 }
 
-TEST(CheckWritable, RefusesWhatCannotBeWrittenAndLeavesNoTrace) {
+TEST(CheckWritable, RefusesUnwritableTargetsAndLeavesNoFile) {
     const TemporaryFolder folder;
     const std::string old = folder.Fill("old.obj", "old");
     CheckWritable(old);
@@ -134,7 +134,7 @@ TEST(CheckWritable, RefusesWhatCannotBeWrittenAndLeavesNoTrace) {
     for (const std::string& path : bad) {
         SCOPED_TRACE(path);
         const std::string message = MessageOf<HostError>([&path] { CheckWritable(path); });
-        // The name of the new file is cut to a length that is allowed; that of the target is not.
+        // The name of the new file is shortened to the allowed length; that of the target is not.
         EXPECT_EQ(message.find("cannot write " + path + ": "), 0u) << message;
     }
     EXPECT_EQ(folder.FileCount(), 1u);

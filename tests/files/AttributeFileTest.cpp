@@ -33,7 +33,7 @@ std::string ObjRefusal(std::string_view text) {
     return MessageOf<HostError>([text] { ReadObjText(text); });
 }
 
-/// Without the seam: the right quad takes the left one's texture along the edge.
+/// The mesh without the seam: the right quad uses the left one's UVs along the edge.
 PolygonMesh SeamlessMesh() {
     PolygonMesh mesh = AttributedMesh();
     mesh.attributes.cornerUvs = {0, 1, 2, 3, 1, 5, 6, 2, 0, 8, 1, 2, 6, 4, 7, 9};
@@ -106,7 +106,7 @@ TEST(AttributeFile, PlyKeepsSeamsAsListsOfFaces) {
         const PolygonMesh read = ReadPly(folder.Path("mesh.ply"));
         ExpectSame(read, mesh);
         Uvs expected = CornerUvValues(mesh);
-        // A face whose corners do not all have one keeps none.
+        // A face whose corners do not all have a UV stores none.
         expected[8] = expected[9] = expected[10] = {-1, -1};
         EXPECT_EQ(CornerUvValues(read), expected);
         EXPECT_EQ(read.attributes.colors, mesh.attributes.colors);
@@ -133,7 +133,7 @@ TEST(AttributeFile, PlyWritesTextureCoordinatesOfVerticesWithoutSeams) {
     }
 }
 
-TEST(AttributeFile, PlyColoursThatBytesDoNotHoldAreFloats) {
+TEST(AttributeFile, PlyColoursOutsideTheByteRangeAreFloats) {
     const TemporaryFolder folder;
     PolygonMesh mesh = SeamlessMesh();
     mesh.attributes.hasAlpha = true;
@@ -179,7 +179,7 @@ TEST(AttributeFile, SplitVerticesKeepTheirColour) {
     EXPECT_NO_THROW(CheckPolygonMesh(mesh, "here"));
 }
 
-TEST(AttributeFile, ListsThatDoNotFitAreRefused) {
+TEST(AttributeFile, MismatchedListsAreRefused) {
     const auto refusal = [](auto change) {
         PolygonMesh mesh = AttributedMesh();
         change(mesh.attributes);

@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// Two quads side by side, a triangle below the left one and a pentagon above the right one, in two
-/// parts and of two materials; the texture has a seam between the quads, and vertices have colours.
+/// Two adjacent quads, a triangle below the left one and a pentagon above the right one, in two
+/// parts and of two materials. The texture has a seam between the quads, and vertices have colours.
 ///
 ///      7 -- 8 -- 9
 ///      |  pent   |
@@ -45,7 +45,7 @@ inline PolygonMesh AttributedMesh() {
                 {0.75f, 0.625f},
                 {0.25f, -0.25f},
                 {0.1f, 0.9f}};
-    // The quads disagree along their common edge 1-4; the pentagon follows q1.
+    // The quads have different UVs along their common edge 1-4; the pentagon follows q1.
     more.cornerUvs = {0, 1, 2, 3, 4, 5, 6, 7, 0, 8, 1, 7, 6, 9, 9, 9};
     for (int vertex = 0; vertex < 10; ++vertex) {
         const auto shade = static_cast<float>(vertex * 25);
@@ -58,7 +58,7 @@ inline PolygonMesh AttributedMesh() {
     return mesh;
 }
 
-/// Its two quads alone, with the seam of the texture between them.
+/// Only its two quads, with the texture seam between them.
 inline PolygonMesh TwoQuads() {
     PolygonMesh mesh = AttributedMesh();
     mesh.positions.resize(6);

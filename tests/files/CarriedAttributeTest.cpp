@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// UVs, colours and groups when another level becomes level 0.
+/// \file UVs, colours and groups when another level becomes level 0.
 #include "framework/multires/LevelSource.h"
 #include "framework/multires/Steps.h"
 #include "tests/files/AttributeSamples.h"
@@ -22,7 +21,7 @@ void ExpectSameSurface(const PolygonMesh& a, const PolygonMesh& b) {
     ExpectSameGroups(a, b);
 }
 
-TEST(CarriedAttributes, StayWithTheSurfaceWhenLowerLevelsGoAndComeBack) {
+TEST(CarriedAttributes, StayWithTheSurfaceWhenLowerLevelsAreDeletedAndRebuilt) {
     LevelGeometry geometry(TwoQuads());
     geometry.Subdivide();
     geometry.Subdivide();
@@ -42,7 +41,7 @@ TEST(CarriedAttributes, StayWithTheSurfaceWhenLowerLevelsGoAndComeBack) {
     ExpectSameSurface(Shown(geometry), before);
 }
 
-TEST(CarriedAttributes, OfACoarserBaseAreThoseThatTheFineOneWasRefinedFrom) {
+TEST(CarriedAttributes, OfARebuiltBaseAreThoseBeforeRefinement) {
     LevelGeometry coarse(TwoQuads());
     const PolygonMesh wanted = Shown(coarse);
     coarse.Subdivide();
@@ -53,17 +52,17 @@ TEST(CarriedAttributes, OfACoarserBaseAreThoseThatTheFineOneWasRefinedFrom) {
     ExpectSameSurface(Shown(geometry), fine);
     geometry.BindLevel(0);
     ExpectSameSurface(Shown(geometry), wanted);
-    EXPECT_LE(geometry.Attributes().uvs.size(), 8u) << "UVs that nothing uses stayed";
+    EXPECT_LE(geometry.Attributes().uvs.size(), 8u) << "unused UVs were kept";
     ASSERT_TRUE(geometry.History().Undo(geometry));
     EXPECT_EQ(geometry.Attributes().cornerUvs, fine.attributes.cornerUvs);
     ExpectSameSurface(Shown(geometry), fine);
 }
 
-TEST(CarriedAttributes, FollowFacesThatGetOtherNumbersAndCornersThatTurn) {
+TEST(CarriedAttributes, FollowRenumberedFacesAndRotatedCorners) {
     LevelGeometry original(TwoQuads());
     original.Subdivide();
     PolygonMesh fine = Shown(original);
-    // The last face first, each begun at its next corner.
+    // The faces in reverse order, each starting at its next corner.
     PolygonMesh turned = fine;
     const std::size_t faces = fine.faceSizes.size();
     for (std::size_t face = 0; face < faces; ++face) {
@@ -79,7 +78,7 @@ TEST(CarriedAttributes, FollowFacesThatGetOtherNumbersAndCornersThatTurn) {
     LevelGeometry geometry(turned);
     geometry.History().Push(UnsubdivideAsStep(geometry));
     geometry.BindLevel(0);
-    // Faces of the coarse mesh may come in another order; each keeps its own texture and group.
+    // Faces of the coarse mesh may be in another order; each keeps its own texture and group.
     const PolygonMesh found = Shown(geometry);
     const PolygonMesh wanted = TwoQuads();
     ASSERT_EQ(found.faceSizes.size(), 2u);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Groups and materials in formats that have them as parts of a mesh.
+/// \file Groups and materials in formats that store them as parts of a mesh.
 #include "framework/files/FaceParts.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/UsdText.h"
@@ -59,7 +58,7 @@ PolygonMesh Strip(std::uint32_t count, const Indices& groups, const Indices& mat
     return mesh;
 }
 
-/// Per face its corners with group and material, in an order of their own.
+/// The corners of each face with its group and material, in a canonical order.
 std::map<Indices, Names> NamedFaces(const PolygonMesh& mesh) {
     std::map<Indices, Names> faces;
     const SurfaceAttributes& more = mesh.attributes;
@@ -80,12 +79,12 @@ json GlbDocument(const std::string& path) {
     return json::parse(content.substr(20, length));
 }
 
-TEST(FaceParts, AreHandedOutInOrderWhateverFitsAPass) {
+TEST(FaceParts, AreReturnedInOrderWhateverTheSizeOfAPass) {
     Indices groups;
     for (std::uint32_t i = 0; i < 37; ++i) {
         groups.push_back(i * i % 11);
     }
-    // More than one block, of faces with and without a group.
+    // More than one block, with faces in a group and without one.
     groups.push_back(SurfaceAttributes::none);
     const PolygonMesh mesh = Strip(10000, groups, {});
     const PolygonSource source(mesh);
@@ -116,13 +115,13 @@ TEST(FaceParts, AreHandedOutInOrderWhateverFitsAPass) {
             EXPECT_EQ(got[part], expected[parts.Parts()[part].group]);
             EXPECT_EQ(parts.Parts()[part].faces, got[part].size());
             EXPECT_EQ(parts.Parts()[part].corners, got[part].size() * 3);
-            EXPECT_GE(got[part][0], before) << "not by first face";
+            EXPECT_GE(got[part][0], before) << "not ordered by the first face";
             before = got[part][0];
         }
     }
 }
 
-TEST(FaceParts, BecomePrimitivesWithNamedMaterialsAndComeBack) {
+TEST(FaceParts, RoundTripAsPrimitivesWithNamedMaterials) {
     const TemporaryFolder folder;
     PolygonMesh mesh =
         Strip(24, {2, 0, SurfaceAttributes::none}, {1, 1, SurfaceAttributes::none, 3});
@@ -135,7 +134,7 @@ TEST(FaceParts, BecomePrimitivesWithNamedMaterialsAndComeBack) {
         EXPECT_EQ(Bits(read.normals), Bits(mesh.normals));
         EXPECT_EQ(NamedFaces(read), NamedFaces(mesh));
         EXPECT_EQ(read.name, "strip");
-        // Through an OBJ and back.
+        // Through an OBJ file and back.
         WriteMeshFile(folder.Path("again.obj"), read);
         EXPECT_EQ(NamedFaces(ReadMeshFile(folder.Path("again.obj"))), NamedFaces(mesh));
     }
@@ -144,7 +143,7 @@ TEST(FaceParts, BecomePrimitivesWithNamedMaterialsAndComeBack) {
     EXPECT_EQ(document["materials"][0]["name"], "m1");
     EXPECT_EQ(document["materials"][0]["pbrMetallicRoughness"]["metallicFactor"], 0);
     const json& primitives = document["meshes"][0]["primitives"];
-    // Three groups by three materials, of which the faces have nine pairs in turn.
+    // Three groups and three materials, of which the faces use nine pairs in turn.
     EXPECT_EQ(primitives.size(), 9u);
     EXPECT_EQ(primitives[0]["extras"]["group"], "g2");
     EXPECT_EQ(primitives[0]["material"], 0);
@@ -153,7 +152,7 @@ TEST(FaceParts, BecomePrimitivesWithNamedMaterialsAndComeBack) {
     }
 }
 
-TEST(FaceParts, OfOneKindAloneComeBackFromGltf) {
+TEST(FaceParts, OfASingleKindRoundTripThroughGltf) {
     const TemporaryFolder folder;
     for (const PolygonMesh& mesh :
          {Strip(10, {3, 1}, {}), Strip(10, {}, {4, 0, 2}), Strip(10, {}, {}), Strip(5, {7}, {})}) {

@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// What read(path) says of a file with this content: one line, which names the file.
+/// The error message of read(path) for a file with this content: one line that names the file.
 template <typename Read>
 std::string FileRefusal(const std::string& name, std::string_view content, const Read& read) {
     const TemporaryFolder folder;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// No format is given numbers that are not finite, wherever they come from.
+/// \file No format is written with numbers that are not finite, wherever they come from.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/layers/LayerStack.h"
@@ -28,7 +27,7 @@ constexpr float Infinity = std::numeric_limits<float>::infinity();
 constexpr float Largest = std::numeric_limits<float>::max();
 constexpr const char* Names[] = {"m.obj", "m.ply", "m.stl", "m.gltf", "m.glb", "m.usda"};
 
-/// The refusal, which must name the file and leave nothing behind.
+/// Expects an error that names the file, and no file afterwards.
 template <class Write>
 std::string Refusal(const TemporaryFolder& folder, const std::string& name, const Write& write) {
     const std::size_t files = folder.FileCount();
@@ -38,7 +37,7 @@ std::string Refusal(const TemporaryFolder& folder, const std::string& name, cons
     return message;
 }
 
-TEST(FiniteExport, EveryFormatRefusesEveryKindOfNumber) {
+TEST(FiniteExport, EveryFormatRefusesEveryKindOfNonFiniteNumber) {
     const TemporaryFolder folder;
     for (const char* name : Names) {
         SCOPED_TRACE(name);
@@ -72,7 +71,7 @@ TEST(FiniteExport, EveryFormatRefusesEveryKindOfNumber) {
     EXPECT_EQ(folder.FileCount(), 0u);
 }
 
-TEST(FiniteExport, RefiningNearTheLimitOfFloatsStaysFiniteAndConvertingBeyondItIsRefused) {
+TEST(FiniteExport, RefinementNearTheFloatLimitStaysFiniteAndConversionBeyondItIsRefused) {
     const TemporaryFolder folder;
     PolygonMesh mesh = TwoQuads();
     mesh.positions[1] = mesh.positions[4] = {Largest, 0, 0};
@@ -93,7 +92,7 @@ TEST(FiniteExport, RefiningNearTheLimitOfFloatsStaysFiniteAndConvertingBeyondItI
         HasSubstr("the position of vertex 2 (counted from 0) is (inf, "));
 }
 
-TEST(FiniteExport, OffsetsOfLayersAreCheckedToo) {
+TEST(FiniteExport, LayerOffsetsAreChecked) {
     const TemporaryFolder folder;
     LevelGeometry geometry(TwoQuads());
     LevelMesh& level = *geometry.Bound();

@@ -24,8 +24,8 @@ using testing::HasSubstr;
 using Indices = std::vector<std::uint32_t>;
 using Points = std::vector<std::array<float, 3>>;
 
-/// A .gltf of these parts around a buffer with a triangle: positions at byte 0 (0 0 0, 1 0 0,
-/// 0 1 0), indices 0 1 2 as bytes at 36; four zero bytes of padding make 40.
+/// A .gltf of these parts around a buffer with a triangle: positions at byte 0 (0 0 0, 1 0 0, 0 1
+/// 0), indices 0 1 2 as bytes at 36; four zero bytes of padding make 40.
 json TriangleDocument() {
     return json::parse(R"({
         "asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
@@ -64,7 +64,7 @@ std::uint32_t WordAt(const std::string& content, std::size_t place) {
     return word;
 }
 
-TEST(GltfFile, TrianglesUvSeamsColoursAndNormalsComeBack) {
+TEST(GltfFile, TrianglesUvSeamsColoursAndNormalsRoundTrip) {
     const TemporaryFolder folder;
     PolygonMesh mesh = AttributedMesh();
     for (std::size_t vertex = 0; vertex < mesh.positions.size(); ++vertex) {
@@ -74,7 +74,7 @@ TEST(GltfFile, TrianglesUvSeamsColoursAndNormalsComeBack) {
     mesh.attributes.colors[4] = {0.25f, 0.5f, 0.75f, 0.125f};
     const Indices written = {0, 1, 4, 0, 4, 3, 1, 2, 5, 1, 5, 4,
                              0, 6, 1, 4, 5, 9, 4, 9, 8, 4, 8, 7};
-    // Corners of the faces as they were written: quads 0 to 7, triangle 8 to 10, pentagon 11 to 15.
+    // The corners in written order: quads 0 to 7, triangle 8 to 10, pentagon 11 to 15.
     const Indices corners = {0, 1, 2,  0,  2,  3,  4,  5,  6,  4,  6,  7,
                              8, 9, 10, 11, 12, 13, 11, 13, 14, 11, 14, 15};
     for (const char* name : {"mesh.glb", "mesh.gltf"}) {
@@ -98,7 +98,7 @@ TEST(GltfFile, TrianglesUvSeamsColoursAndNormalsComeBack) {
     }
 }
 
-TEST(GltfFile, BinaryFilesAreLaidOutAsTheFormatAsks) {
+TEST(GltfFile, BinaryFilesHaveTheLayoutOfTheFormat) {
     const TemporaryFolder folder;
     WriteMeshFile(folder.Path("mesh.glb"), AttributedMesh());
     const std::string content = TemporaryFolder::Content(folder.Path("mesh.glb"));
@@ -110,7 +110,8 @@ TEST(GltfFile, BinaryFilesAreLaidOutAsTheFormatAsks) {
     EXPECT_EQ(jsonBytes % 4, 0u);
     EXPECT_EQ(WordAt(content, 20 + jsonBytes), content.size() - 28 - jsonBytes);
     const json document = DocumentOf(content);
-    // Vertices 1 and 4 lie on the seam: 10 vertices and their copies. Vertex 9 8 7 share one UV.
+    // Vertices 1 and 4 are on the seam: 10 vertices and their copies. Vertices 9, 8 and 7 have the
+    // same UV.
     const json& position = document["accessors"][0];
     EXPECT_EQ(position["count"], 12);
     EXPECT_EQ(position["min"], json({0.0, -1.0, 0.0}));
@@ -169,7 +170,7 @@ TEST(GltfFile, LayersBecomeMorphTargets) {
     EXPECT_EQ(values[0], 0.25f);
     EXPECT_EQ(values[1], -1.0f);
     EXPECT_EQ(values[5], 2.0f);
-    // Positions are those without the layer; reading blends it in again.
+    // Positions exclude the layer; reading blends it in again.
     float base = 0.0f;
     std::memcpy(&base, content.data() + view(document["accessors"][0]) + 7 * 12 + 8, sizeof base);
     EXPECT_EQ(base, before.z);
@@ -178,7 +179,7 @@ TEST(GltfFile, LayersBecomeMorphTargets) {
     EXPECT_EQ(read.positions[3][0], untouched.x);
 }
 
-TEST(GltfFile, NodesAreMergedUnderTheirTransformations) {
+TEST(GltfFile, NodesAreMergedWithTheirTransforms) {
     json document = TriangleDocument();
     document["scenes"][0]["nodes"] = {0, 2};
     document["nodes"] = json::parse(R"([
@@ -193,7 +194,7 @@ TEST(GltfFile, NodesAreMergedUnderTheirTransformations) {
             EXPECT_NEAR(mesh.positions[vertex][axis], expected[vertex][axis], 1e-6) << vertex;
         }
     }
-    // A mirrored triangle is turned round, so that its front stays in front.
+    // The corner order of a mirrored triangle is reversed, so that its front stays in front.
     EXPECT_EQ(mesh.faceVertices, (Indices{0, 1, 2, 3, 5, 4}));
     EXPECT_EQ(mesh.attributes.groupNames, (std::vector<std::string>{"turned", "mirrored"}));
     EXPECT_EQ(mesh.attributes.faceGroups, (Indices{0, 1}));
@@ -202,7 +203,7 @@ TEST(GltfFile, NodesAreMergedUnderTheirTransformations) {
 
 TEST(GltfFile, PrimitivesOfOneMeshShareTheirVertices) {
     json document = TriangleDocument();
-    // The same triangle moved by morph targets that nothing blends, and once as a plain list.
+    // The same triangle moved by morph targets with weight 0, and once as a list without indices.
     document["materials"] = {{{"name", "gold"}}, json::object()};
     document["meshes"][0]["primitives"] = json::parse(R"([
         {"attributes": {"POSITION": 0}, "indices": 1, "material": 1},
@@ -218,8 +219,8 @@ TEST(GltfFile, PrimitivesOfOneMeshShareTheirVertices) {
 
 TEST(GltfFile, SparseNormalizedAndMissingNumbersAreRead) {
     json document = TriangleDocument();
-    // Colours without bytes of their own, of which the sparse part sets one: the bytes 0 to 2 of
-    // the indices as 255ths.
+    // Colours without bytes of their own; the sparse part sets one colour: the bytes 0 to 2 of the
+    // indices, divided by 255.
     document["accessors"].push_back(json::parse(
         R"({"componentType": 5121, "normalized": true, "count": 3, "type": "VEC3", "sparse": {
             "count": 1, "indices": {"bufferView": 2, "componentType": 5121},
@@ -272,7 +273,7 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
     EXPECT_THAT(MessageOf<HostError>([&] { ReadGltf(empty); }), HasSubstr("the file is empty"));
 }
 
-TEST(GltfFile, BuffersBesideTheDocumentAreRead) {
+TEST(GltfFile, ExternalBuffersAreRead) {
     json document = TriangleDocument();
     document["buffers"][0]["uri"] = "data/part.bin";
     const TemporaryFolder folder;
@@ -284,7 +285,7 @@ TEST(GltfFile, BuffersBesideTheDocumentAreRead) {
     folder.Fill("data/part.bin", bytes);
     EXPECT_EQ(ReadGltf(folder.Fill("mesh.gltf", document.dump())).positions,
               (Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
-    // Shorter than announced.
+    // Shorter than declared.
     folder.Fill("data/part.bin", bytes.substr(0, 39));
     EXPECT_THAT(MessageOf<HostError>([&] { ReadGltf(folder.Path("mesh.gltf")); }),
                 HasSubstr("mesh.gltf"));

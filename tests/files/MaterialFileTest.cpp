@@ -54,7 +54,7 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST(ObjStatement, NamesOfMaterialFilesMayHoldBlanks) {
+TEST(ObjStatement, MaterialFileNamesMayContainBlanks) {
     EXPECT_THAT(MaterialFileNames("a.mtl"), ElementsAre("a.mtl"));
     EXPECT_THAT(MaterialFileNames("  my red.MTL b.mtl\tthe rest "),
                 ElementsAre("my red.MTL", "b.mtl", "the rest"));
@@ -77,12 +77,12 @@ TEST_F(MaterialFiles, AreReadAsPathsWithTheSmoothingGroups) {
     const PolygonMesh mesh = Mesh();
     EXPECT_THAT(mesh.attributes.materialFiles, ElementsAre(folder.Path("in/lib/all.mtl")));
     EXPECT_EQ(mesh.attributes.faceSmoothing, (Indices{3, 0}));
-    // Without materials nothing needs the file.
+    // Without materials the file is not needed.
     folder.Fill("in/plain.obj", "mtllib lib/all.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\n");
     EXPECT_THAT(ReadMeshFile(folder.Path("in/plain.obj")).attributes.materialFiles, IsEmpty());
 }
 
-TEST_F(MaterialFiles, InOrBelowTheFolderAreReferredToWhereTheyAre) {
+TEST_F(MaterialFiles, InOrBelowTheFolderAreReferencedInPlace) {
     EXPECT_THAT(Write("in/again.obj"), IsEmpty());
     EXPECT_THAT(Content("in/again.obj"), HasSubstr("mtllib lib/all.mtl\no mesh\n"));
     EXPECT_THAT(Content("in/again.obj"),
@@ -93,7 +93,7 @@ TEST_F(MaterialFiles, InOrBelowTheFolderAreReferredToWhereTheyAre) {
     EXPECT_EQ(again.attributes.faceSmoothing, Mesh().attributes.faceSmoothing);
 }
 
-TEST_F(MaterialFiles, FromElsewhereAreCopiedAndTheirTexturesAreStillFound) {
+TEST_F(MaterialFiles, FromElsewhereAreCopiedWithAdjustedTexturePaths) {
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
     EXPECT_THAT(Content("out/mesh.obj"), HasSubstr("mtllib all.mtl\n"));
     EXPECT_EQ(Content("out/all.mtl"),
@@ -102,21 +102,21 @@ TEST_F(MaterialFiles, FromElsewhereAreCopiedAndTheirTexturesAreStillFound) {
               "newmtl blue\nbump -bm 0.5 ../in/shared/bump.png\nmap_d /data/mask.png\n"
               "refl C:\\sky.hdr\n");
     EXPECT_EQ(Content("in/lib/all.mtl"), Materials);
-    // The same once more writes nothing, and a changed file replaces its copy.
+    // A second export writes nothing, and a changed file replaces its copy.
     EXPECT_THAT(Write("out/other.obj"), IsEmpty());
     folder.Fill("in/lib/all.mtl", "newmtl red\nKd 0.5 0 0\n");
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
     EXPECT_THAT(Content("out/all.mtl"), HasSubstr("Kd 0.5 0 0\n"));
 }
 
-TEST_F(MaterialFiles, OfOthersAreNotOverwritten) {
+TEST_F(MaterialFiles, ForeignFilesAreNotOverwritten) {
     folder.Fill("out/all.mtl", "newmtl mine\n");
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all-2.mtl")));
     EXPECT_EQ(Content("out/all.mtl"), "newmtl mine\n");
     EXPECT_THAT(Content("out/mesh.obj"), HasSubstr("mtllib all-2.mtl\n"));
 }
 
-TEST_F(MaterialFiles, OfOneNameFromTwoFoldersGetOneCopyEach) {
+TEST_F(MaterialFiles, EqualNamesFromTwoFoldersGetOneCopyEach) {
     fs::create_directories(folder.Path("in2/lib"));
     folder.Fill("in2/mesh.obj", Content("in/mesh.obj"));
     folder.Fill("in2/lib/all.mtl", "newmtl red\nKd 0 1 0\n");
@@ -131,7 +131,7 @@ TEST_F(MaterialFiles, OfOneNameFromTwoFoldersGetOneCopyEach) {
     EXPECT_THAT(Content("out/second.obj"), HasSubstr("mtllib all-2.mtl\n"));
     EXPECT_EQ(Content("out/all-2.mtl"),
               "# Copied by trovik from ../in2/lib/all.mtl\nnewmtl red\nKd 0 1 0\n");
-    // Each copy is found again under its number.
+    // Each copy is found again by its number.
     EXPECT_THAT(Write("out/mesh.obj"), IsEmpty());
     EXPECT_THAT(writeSecond(), IsEmpty());
     folder.Fill("in2/lib/all.mtl", "newmtl red\nKd 0 0 1\n");
@@ -141,7 +141,7 @@ TEST_F(MaterialFiles, OfOneNameFromTwoFoldersGetOneCopyEach) {
 
 TEST_F(MaterialFiles, AreNotWrittenThroughLinks) {
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
-    // Even if the link leads to an earlier copy.
+    // Even if the link points to an earlier copy.
     fs::create_directories(folder.Path("elsewhere"));
     fs::rename(folder.Path("out/all.mtl"), folder.Path("elsewhere/all.mtl"));
     fs::create_symlink("../elsewhere/all.mtl", folder.Path("out/all.mtl"));
@@ -155,11 +155,11 @@ TEST_F(MaterialFiles, AreNotWrittenThroughLinks) {
     EXPECT_THAT(Write("out/mesh.obj"), IsEmpty());
 }
 
-TEST_F(MaterialFiles, ThatCannotBeCopiedAreReferredTo) {
+TEST_F(MaterialFiles, UncopiableOnesAreReferencedInPlace) {
     fs::remove(folder.Path("in/lib/all.mtl"));
     EXPECT_THAT(Write("out/mesh.obj"), IsEmpty());
     EXPECT_THAT(Content("out/mesh.obj"), HasSubstr("mtllib ../in/lib/all.mtl\n"));
-    // A file that is no material file is not carried around.
+    // A file that is not a material file is not copied.
     folder.Fill("in/mesh.obj",
                 "mtllib secret.txt\nv 0 0 0\nv 1 0 0\nv 1 1 0\nusemtl red\nf 1 2 3\n");
     folder.Fill("in/secret.txt", "newmtl red\n");
@@ -168,7 +168,7 @@ TEST_F(MaterialFiles, ThatCannotBeCopiedAreReferredTo) {
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path("out")), {}), 1);
 }
 
-TEST_F(MaterialFiles, AndSmoothingGroupsGoToRefinedFaces) {
+TEST_F(MaterialFiles, AreInheritedByRefinedFacesWithSmoothingGroups) {
     const PolygonMesh mesh = Mesh();
     LevelGeometry geometry(mesh);
     geometry.Subdivide();
@@ -179,7 +179,7 @@ TEST_F(MaterialFiles, AndSmoothingGroupsGoToRefinedFaces) {
         EXPECT_EQ(fine.attributes.faceSmoothing[face], face < 12 ? 3u : 0u);
     }
     EXPECT_EQ(fine.attributes.materialFiles, mesh.attributes.materialFiles);
-    // Faces that are split into quads first.
+    // Faces that are first split into quads.
     PolygonMesh mixed = AttributedMesh();
     mixed.attributes.faceSmoothing = {1, 2, 3, 4};
     mixed.attributes.materialFiles = {"a.mtl"};
@@ -189,7 +189,7 @@ TEST_F(MaterialFiles, AndSmoothingGroupsGoToRefinedFaces) {
     EXPECT_THAT(split.attributes.materialFiles, ElementsAre("a.mtl"));
 }
 
-TEST(SmoothingGroups, OfAnotherCountThanFacesAreRefused) {
+TEST(SmoothingGroups, CountDifferentFromTheFacesIsRefused) {
     PolygonMesh mesh = AttributedMesh();
     mesh.attributes.faceSmoothing = {1, 2};
     EXPECT_EQ(MessageOf<HostError>([&] { CheckPolygonMesh(mesh, "here"); }),

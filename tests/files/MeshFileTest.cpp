@@ -202,7 +202,7 @@ TEST(MeshFile, FilesLargerThanTheBuffersRoundTrip) {
     }
 }
 
-TEST(CheckPolygonMesh, NamesTheFirstTrouble) {
+TEST(CheckPolygonMesh, NamesTheFirstFault) {
     PolygonMesh good;
     good.positions = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
     good.faceSizes = {3, 4};

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What every reader does at its end: faces that are none are left out, equal UVs become one.
+/// \file The final stage of every reader: degenerate faces are dropped, and equal UVs are merged.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
@@ -29,7 +28,7 @@ using Names = std::vector<std::string>;
 constexpr const char* OneFaceNote =
     "1 face has two corners at the same vertex and was left out: face 1 (counted from 0)";
 
-TEST(MeshImport, FacesThatRepeatAVertexAreLeftOutOfAnObj) {
+TEST(MeshImport, ObjFacesThatRepeatAVertexAreDropped) {
     const TemporaryFolder folder;
     const PolygonMesh mesh = ReadMeshFile(folder.Fill(
         "mesh.obj",
@@ -46,7 +45,7 @@ TEST(MeshImport, FacesThatRepeatAVertexAreLeftOutOfAnObj) {
     EXPECT_EQ(mesh.attributes.faceSmoothing, (Indices{1, 0}));
 }
 
-TEST(MeshImport, FacesThatRepeatAVertexAreLeftOutOfAPly) {
+TEST(MeshImport, PlyFacesThatRepeatAVertexAreDropped) {
     const TemporaryFolder folder;
     const PolygonMesh mesh = ReadMeshFile(
         folder.Fill("mesh.ply",
@@ -60,7 +59,7 @@ TEST(MeshImport, FacesThatRepeatAVertexAreLeftOutOfAPly) {
               (std::vector<std::array<float, 2>>{{0, 0}, {1, 0}, {1, 1}, {0, 0}, {1, 1}, {0, 1}}));
 }
 
-TEST(MeshImport, TrianglesWithoutAreaAreLeftOutOfAnStl) {
+TEST(MeshImport, StlTrianglesWithoutAreaAreDropped) {
     const TemporaryFolder folder;
     std::string text = "solid s\n";
     for (const char* corners : {"vertex 0 0 0 vertex 1 0 0 vertex 0 1 0",
@@ -74,12 +73,12 @@ TEST(MeshImport, TrianglesWithoutAreaAreLeftOutOfAnStl) {
     EXPECT_EQ(mesh.positions.size(), 4u) << "a vertex that no face uses";
 }
 
-TEST(MeshImport, TrianglesWithoutAreaAreLeftOutOfAGltf) {
+TEST(MeshImport, GltfTrianglesWithoutAreaAreDropped) {
     const TemporaryFolder folder;
     PolygonMesh written;
     written.positions = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0}};
     written.faceSizes = {3, 3, 3};
-    // Vertices 1 and 4 lie at the same position.
+    // Vertices 1 and 4 have the same position.
     written.faceVertices = {0, 1, 2, 1, 4, 2, 0, 2, 3};
     written.attributes.groupNames = {"a", "b"};
     written.attributes.faceGroups = {0, 0, 1};
@@ -93,7 +92,7 @@ TEST(MeshImport, TrianglesWithoutAreaAreLeftOutOfAGltf) {
     }
 }
 
-TEST(MeshImport, SeveralFacesLeftOutAreCountedAndAMeshOfThemAloneIsRefused) {
+TEST(MeshImport, DroppedFacesAreCountedAndAMeshWithoutOthersIsRefused) {
     const TemporaryFolder folder;
     const std::string vertices = "v 0 0 0\nv 1 0 0\nv 1 1 0\n";
     const PolygonMesh mesh =
@@ -107,8 +106,8 @@ TEST(MeshImport, SeveralFacesLeftOutAreCountedAndAMeshOfThemAloneIsRefused) {
     EXPECT_TRUE(ReadMeshFile(folder.Fill("good.obj", vertices + "f 1 2 3\n")).notes.empty());
 }
 
-/// A grid of 3 by 3 vertices with UVs that follow them, but for the right column of faces, which
-/// starts a second island.
+/// A grid of 3 by 3 vertices whose UVs follow the positions, except for the right column of faces,
+/// which starts a second island.
 PolygonMesh SeamedGrid() {
     PolygonMesh mesh;
     for (int i = 0; i < 9; ++i) {
@@ -132,7 +131,7 @@ PolygonMesh SeamedGrid() {
     return mesh;
 }
 
-TEST(MeshImport, UvsOfCornersBecomeOneEntryAVertexAndSide) {
+TEST(MeshImport, CornerUvsBecomeOneEntryPerVertexAndSide) {
     const TemporaryFolder folder;
     const PolygonMesh mesh = SeamedGrid();
     ASSERT_FALSE(PolygonSource(mesh).UvsFollowVertices());
@@ -140,7 +139,7 @@ TEST(MeshImport, UvsOfCornersBecomeOneEntryAVertexAndSide) {
         SCOPED_TRACE(name);
         WriteMeshFile(folder.Path(name), mesh);
         const PolygonMesh read = ReadMeshFile(folder.Path(name));
-        // 9 vertices, of which the three on the seam have a second one.
+        // 9 vertices, of which the three on the seam have a second UV.
         EXPECT_EQ(read.attributes.uvs.size(), 12u);
         EXPECT_EQ(PolygonSource(read).UvsFollowVertices(), false);
         std::set<std::pair<std::uint32_t, std::uint32_t>> pairs;
@@ -160,7 +159,8 @@ TEST(MeshImport, UvsOfDifferentVerticesStayApart) {
     mesh.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 9}, {1, 0, 9}, {0, 1, 9}};
     mesh.faceSizes = {3, 3};
     mesh.faceVertices = {0, 1, 2, 3, 4, 5};
-    // Two triangles over the same part of the texture, one entry each corner and one unused.
+    // Two triangles over the same part of the texture, with one entry per corner and one unused
+    // entry.
     mesh.attributes.uvs = {{9, 9}, {0, 0}, {1, 0}, {0, 1}, {0, 0}, {1, 0}, {0, 1}};
     mesh.attributes.cornerUvs = {1, 2, 3, 4, 5, SurfaceAttributes::none};
     WeldUvs(mesh, nullptr);

@@ -29,7 +29,7 @@ PolygonMesh InInchesZUp() {
     return mesh;
 }
 
-TEST(MeshSpace, NamesAndLengthsOfUnits) {
+TEST(MeshSpace, UnitsHaveTheirNamesAndLengths) {
     EXPECT_EQ(MetersPerUnit("mm"), 0.001);
     EXPECT_EQ(MetersPerUnit("in"), 0.0254);
     EXPECT_EQ(MetersPerUnit("parsec"), 0.0);
@@ -40,7 +40,7 @@ TEST(MeshSpace, NamesAndLengthsOfUnits) {
     EXPECT_EQ(UpAxisName(UpAxis::Y), "y");
 }
 
-TEST(MeshSpace, ConversionScalesAndTurns) {
+TEST(MeshSpace, ConversionScalesAndRotates) {
     const SpaceConversion toYUp({0.001, UpAxis::Z}, {0.01, UpAxis::Y});
     EXPECT_EQ(toYUp.Point({10, 20, 30}), (Point{1, 3, -2}));
     EXPECT_EQ(toYUp.Direction({0, 0.6f, 0.8f}), (Point{0, 0.8f, -0.6f}));
@@ -65,7 +65,7 @@ TEST(MeshSpace, FilesStateTheirSpaceAndKeepNumbersByDefault) {
     EXPECT_EQ(ReadObj(folder.Path("plain.obj")).attributes.space, MeshSpace());
 }
 
-TEST(MeshSpace, WritingConvertsIntoWhatIsAsked) {
+TEST(MeshSpace, WritingConvertsToTheRequestedSpace) {
     const TemporaryFolder folder;
     const PolygonMesh mesh = InInchesZUp();
     const MeshSpace asked = {0.3048, UpAxis::Y};
@@ -93,12 +93,12 @@ TEST(MeshSpace, GltfIsInMetresWithYUp) {
                     SpaceForFile("a.gltf", {}, {1.0, UpAxis::Z});
                 }),
                 HasSubstr("a.gltf: glTF files"));
-    // Of a mesh that does not know, numbers pass as they are.
+    // If the mesh has no known space, numbers are written unchanged.
     WriteMeshFile(folder.Path("as-is.glb"), AttributedMesh());
     EXPECT_EQ(Bits(ReadGltf(folder.Path("as-is.glb")).positions), Bits(AttributedMesh().positions));
 }
 
-TEST(MeshSpace, LevelsConvertBehindTheirTransformation) {
+TEST(MeshSpace, LevelsConvertAfterTheirTransform) {
     PolygonMesh mesh = InInchesZUp();
     mesh.normals.clear();
     mesh.faceSizes = {4, 4};
@@ -108,7 +108,7 @@ TEST(MeshSpace, LevelsConvertBehindTheirTransformation) {
     LevelGeometry geometry(mesh);
     geometry.Place().Set({2, 2, 2}, {0, 0, 0}, {0, 0, 100});
     const LevelSource source(geometry, {true, {1.0, UpAxis::Y}});
-    // 1 2 3 doubled and lifted: 2 4 106 in centimetres with z up.
+    // 1 2 3 doubled and moved up: 2 4 106 in centimetres with z up.
     const Point p = source.Position(4);
     EXPECT_FLOAT_EQ(p[0], 0.02f);
     EXPECT_FLOAT_EQ(p[1], 1.06f);
@@ -117,7 +117,7 @@ TEST(MeshSpace, LevelsConvertBehindTheirTransformation) {
     EXPECT_EQ(LevelSource(geometry, {}).Position(4), (Point{1, 2, 3}));
 }
 
-TEST(UsdFile, EveryPartIsWrittenAsTheFormatAsks) {
+TEST(UsdFile, EveryPartFollowsTheFormat) {
     const TemporaryFolder folder;
     PolygonMesh mesh;
     mesh.name = "2 quads";
@@ -148,7 +148,7 @@ TEST(UsdFile, EveryPartIsWrittenAsTheFormatAsks) {
               "    int[] primvars:st:indices = [0, 1, 2, 3, 2, 4, 3]\n}\n");
 }
 
-TEST(UsdFile, MeshesWithNormalsAreTakenAsTheyAre) {
+TEST(UsdFile, MeshesWithNormalsAreNotSubdivided) {
     const TemporaryFolder folder;
     PolygonMesh mesh = AttributedMesh();
     mesh.name.clear();

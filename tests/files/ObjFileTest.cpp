@@ -31,7 +31,7 @@ constexpr std::string_view FourVertices = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n"
 
 std::string WithFace(std::string_view face) { return std::string(FourVertices).append(face); }
 
-TEST(ObjFile, RoundTripKeepsEveryBitAndAllOrders) {
+TEST(ObjFile, RoundTripKeepsEveryBitAndTheOrder) {
     const TemporaryFolder folder;
     PolygonMesh mesh = MixedMesh();
     WriteObj(folder.Path("a.obj"), mesh);
@@ -42,8 +42,8 @@ TEST(ObjFile, RoundTripKeepsEveryBitAndAllOrders) {
 }
 
 TEST(ObjFile, CoordinatesAreTheNearestFloats) {
-    // Decimal texts just beside the middle of two floats: reading by way of double, or digit by
-    // digit, ends on the wrong side.
+    // Decimal texts very close to the midpoint of two floats. Parsing through double, or digit by
+    // digit, rounds to the wrong side.
     const PolygonMesh mesh = ReadText(
         "v 1.00000005960464477539062500000000000001 1.000000059604644775390625 +0.5\n"
         "v 1e-50 -1e-50 1e-400\nv 7.0064923216240853e-46 3.4028235e38 .25\nf 1 2 3\n");
@@ -76,13 +76,13 @@ TEST(ObjFile, AllCornerFormsAreRead) {
     EXPECT_TRUE(mesh.normals.empty());
 }
 
-TEST(ObjFile, IndicesFromTheEndCountFromTheirLine) {
+TEST(ObjFile, NegativeIndicesCountFromTheirLine) {
     const PolygonMesh mesh =
         ReadText("v 0 0 0\nv 1 0 0\nv 1 1 0\nf -3 -2 -1\nv 0 1 0\nf -3 -2 -1\n");
     EXPECT_EQ(mesh.faceVertices, (Indices{0, 1, 2, 1, 2, 3}));
 }
 
-TEST(ObjFile, FacesMayNameLaterVertices) {
+TEST(ObjFile, FacesMayReferToLaterVertices) {
     const PolygonMesh mesh = ReadText("f 1 2 3\nv 0 0 0\nv 1 0 0\nv 1 1 0\n");
     EXPECT_EQ(mesh.faceVertices, (Indices{0, 1, 2}));
 }
@@ -122,7 +122,7 @@ TEST(ObjFile, BadFacesNameTheirLineAndReason) {
     EXPECT_THAT(Refusal(WithFace("f 1 2 3.5\n")), HasSubstr("line 5: face corner '3.5'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 /3\n")), HasSubstr("line 5: face corner '/3'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 3/1/1/1\n")), HasSubstr("line 5: face corner '3/1/1/1'"));
-    // 2^32 + 1 would be vertex 1 again where only 32 bits are looked at.
+    // 2^32 + 1 would become vertex 1 if only 32 bits were used.
     EXPECT_THAT(Refusal(WithFace("f 2 3 4294967297\n")),
                 HasSubstr("line 5: face corner '4294967297'"));
     std::string long_face = "f";

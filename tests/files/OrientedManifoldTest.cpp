@@ -39,17 +39,18 @@ Faces FacesOf(const PolygonMesh& mesh) {
     return faces;
 }
 
-/// Each pair of vertices at most once in each sense, and the faces of each vertex one fan.
+/// Expects each directed vertex pair at most once, and one fan of faces at each vertex.
 void ExpectOrientedManifold(const PolygonMesh& mesh) {
     CheckPolygonMesh(mesh, "result");
     std::set<std::pair<std::uint32_t, std::uint32_t>> halfEdges;
-    // Around each vertex, from its next to its previous in each face.
+    // Around each vertex, links its next corner to its previous corner in each face.
     std::map<std::uint32_t, std::map<std::uint32_t, std::uint32_t>> links;
     for (const Indices& face : FacesOf(mesh)) {
         for (std::size_t i = 0; i < face.size(); ++i) {
             const std::uint32_t next = face[(i + 1) % face.size()];
             EXPECT_TRUE(halfEdges.emplace(face[i], next).second)
-                << "edge " << face[i] << " " << next << " twice in the same sense";
+                << " twice in the same direction" << face[i] << " " << next
+                << " twice in the same sense";
             links[face[i]][next] = face[(i + face.size() - 1) % face.size()];
         }
     }
@@ -71,7 +72,7 @@ void ExpectOrientedManifold(const PolygonMesh& mesh) {
     }
 }
 
-TEST(OrientedManifold, GoodMeshesStayAsTheyAre) {
+TEST(OrientedManifold, ValidMeshesStayUnchanged) {
     const Faces strip = {{0, 1, 4, 3}, {1, 2, 5, 4}};
     const Faces tetrahedron = {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}};
     for (const Faces& faces : {strip, tetrahedron}) {
@@ -85,7 +86,7 @@ TEST(OrientedManifold, GoodMeshesStayAsTheyAre) {
     }
 }
 
-TEST(OrientedManifold, ThreeFacesAtOneEdgeAllComeApart) {
+TEST(OrientedManifold, ThreeFacesAtOneEdgeAreAllSeparated) {
     PolygonMesh mesh = MeshOf(5, {{0, 1, 2}, {1, 0, 3}, {0, 1, 4}});
     mesh.normals = {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}, {0, 0, 2}, {0, 0, 3}};
     const ManifoldReport report = MakeOrientedManifold(mesh);
@@ -104,7 +105,7 @@ TEST(OrientedManifold, ThreeFacesAtOneEdgeAllComeApart) {
     ExpectOrientedManifold(mesh);
 }
 
-TEST(OrientedManifold, TwoFacesInTheSameSenseComeApart) {
+TEST(OrientedManifold, TwoFacesWithTheSameEdgeDirectionAreSeparated) {
     PolygonMesh mesh = MeshOf(4, {{0, 1, 2}, {0, 1, 3}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.misorientedEdges, 1u);
@@ -115,7 +116,7 @@ TEST(OrientedManifold, TwoFacesInTheSameSenseComeApart) {
 }
 
 TEST(OrientedManifold, BowTieIsSplitAtItsVertex) {
-    // The fan of face 0 keeps vertex 2, wherever its corner stands.
+    // The fan of face 0 keeps vertex 2, whichever corner that is.
     PolygonMesh mesh = MeshOf(7, {{0, 1, 2}, {2, 3, 4}, {2, 4, 5}, {6, 0, 2}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.crowdedEdges + report.misorientedEdges, 0u);
@@ -125,7 +126,7 @@ TEST(OrientedManifold, BowTieIsSplitAtItsVertex) {
     ExpectOrientedManifold(mesh);
 }
 
-TEST(OrientedManifold, TwoSolidsMeetingInAVertexComeApart) {
+TEST(OrientedManifold, TwoSolidsMeetingInAVertexAreSeparated) {
     PolygonMesh mesh = MeshOf(
         7,
         {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}, {4, 5, 0}, {4, 0, 6}, {4, 6, 5}, {5, 6, 0}});
@@ -137,21 +138,21 @@ TEST(OrientedManifold, TwoSolidsMeetingInAVertexComeApart) {
     ExpectOrientedManifold(mesh);
 }
 
-TEST(OrientedManifold, TwoSolidsSharingAnEdgeComeApart) {
+TEST(OrientedManifold, TwoSolidsWithACommonEdgeAreSeparated) {
     PolygonMesh mesh = MeshOf(
         6,
         {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}, {1, 0, 4}, {0, 5, 4}, {5, 0, 1}, {4, 5, 1}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.crowdedEdges, 1u);
     EXPECT_EQ(report.addedVertices, 2u);
-    // Each solid is closed by itself, so that its two faces beside the edge meet again.
+    // Each solid is closed by itself, so that its two faces at the edge are joined again.
     EXPECT_THAT(report.closedCuts,
                 testing::ElementsAre(std::array<std::uint32_t, 2>{0, 1},
                                      std::array<std::uint32_t, 2>{6, 7}));
     ExpectOrientedManifold(mesh);
 }
 
-TEST(OrientedManifold, FinOnAnInnerEdgeComesOff) {
+TEST(OrientedManifold, FinOnAnInnerEdgeIsDetached) {
     // A tetrahedron with a fin on edge 0 1.
     PolygonMesh mesh = MeshOf(5, {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}, {0, 1, 4}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
@@ -163,7 +164,7 @@ TEST(OrientedManifold, FinOnAnInnerEdgeComesOff) {
 }
 
 TEST(OrientedManifold, FinAlongTwoInnerEdgesLeavesASlit) {
-    // A closed band of quads about the row 0 1 2, with a fin of two faces standing on the row.
+    // A closed band of quads around the row 0 1 2, with a fin of two faces on the row.
     PolygonMesh mesh = MeshOf(11,
                               {{0, 1, 4, 3},
                                {1, 2, 5, 4},
@@ -178,7 +179,7 @@ TEST(OrientedManifold, FinAlongTwoInnerEdgesLeavesASlit) {
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.crowdedEdges, 2u);
     EXPECT_TRUE(report.closedCuts.empty());
-    // The middle of the slit has a copy on either bank; its ends have one only for the fin.
+    // The middle of the slit has a copy on either side; at its ends only the fin has a copy.
     EXPECT_EQ(report.addedVertices, 4u);
     const Faces faces = FacesOf(mesh);
     EXPECT_EQ(faces[0][1], 1u);
@@ -207,7 +208,7 @@ TEST(OrientedManifold, MoebiusStripIsCutOpen) {
     ExpectOrientedManifold(mesh);
 }
 
-TEST(OrientedManifold, OneFaceTurnedOverComesOut) {
+TEST(OrientedManifold, FlippedFaceIsDetached) {
     PolygonMesh mesh = MeshOf(4, {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 2, 3}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.misorientedEdges, 3u);

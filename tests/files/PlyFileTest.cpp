@@ -30,7 +30,7 @@ std::string Refusal(std::string_view content) {
     return FileRefusal("mesh.ply", content, [](const std::string& path) { ReadPly(path); });
 }
 
-/// A text file of the vertices of a quad, with a face element of this count and body.
+/// A text file with the vertices of a quad and a face element with this count and body.
 std::string QuadText(std::string_view faceCount, std::string_view faces) {
     return "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
            "property float z\nelement face " +
@@ -40,7 +40,7 @@ std::string QuadText(std::string_view faceCount, std::string_view faces) {
            std::string(faces);
 }
 
-/// A header of three vertices and one face, in binary, followed by this body.
+/// A binary header of three vertices and one face, followed by this body.
 std::string Binary(std::string_view body,
                    std::string_view vertexCount = "3",
                    std::string_view faceCount = "1",
@@ -51,7 +51,7 @@ std::string Binary(std::string_view body,
            " vertex_index\nend_header\n" + std::string(body);
 }
 
-TEST(PlyFile, RoundTripKeepsEveryBitAndAllOrdersInAllEncodings) {
+TEST(PlyFile, RoundTripKeepsEveryBitAndTheOrderInAllEncodings) {
     const TemporaryFolder folder;
     for (const PlyEncoding encoding : Encodings) {
         SCOPED_TRACE(static_cast<int>(encoding));
@@ -110,7 +110,7 @@ TEST(PlyFile, OtherElementsPropertiesOrdersAndTypesAreRead) {
     EXPECT_TRUE(mesh.normals.empty());
 }
 
-TEST(PlyFile, ListLengthsAndIndicesMayBeOfAnyWholeType) {
+TEST(PlyFile, ListLengthsAndIndicesMayHaveAnyIntegerType) {
     struct Case {
         std::string_view list;
         std::string_view face;
@@ -158,7 +158,7 @@ TEST(PlyFile, EveryTruncationOfATextFileIsRefused) {
     const TemporaryFolder folder;
     WritePly(folder.Path("whole.ply"), MixedMesh(), PlyEncoding::Text);
     const std::string whole = TemporaryFolder::Content(folder.Path("whole.ply"));
-    // Up to the blank before the last number: less of that number would be a number as well.
+    // Up to the blank before the last number: a truncated number would still be a number.
     for (std::size_t length = 0; length < whole.size() - 2; length += 97) {
         SCOPED_TRACE(length);
         const std::string path = folder.Fill("cut.ply", whole.substr(0, length));
@@ -166,7 +166,7 @@ TEST(PlyFile, EveryTruncationOfATextFileIsRefused) {
     }
 }
 
-TEST(PlyFile, HostileLengthsAreRefusedBeforeTheyAreBelieved) {
+TEST(PlyFile, HostileLengthsAreRefusedBeforeAllocation) {
     const std::string vertices(9, '\1');
     EXPECT_THAT(Refusal(Binary(vertices, "4000000000")),
                 HasSubstr("4000000000 rows of element 'vertex' are declared"));
@@ -183,7 +183,7 @@ TEST(PlyFile, HostileLengthsAreRefusedBeforeTheyAreBelieved) {
         HasSubstr("element 'face', row 0 of 1 (counted from 0): a list cannot have -1 entries"));
     EXPECT_THAT(Refusal(Binary(face, "3", "1", "list uint int")),
                 HasSubstr("row 0 of 1 (counted from 0): the file ends too early"));
-    // A list that the file does hold, longer than any face.
+    // A list that the file does contain, but longer than any face.
     EXPECT_THAT(
         Refusal(Binary(vertices + std::string("\x41\x42\x0f\0", 4) + std::string(1'000'001, '\0'),
                        "3",

@@ -33,7 +33,7 @@ Uvs FaceUvs(const PolygonMesh& mesh, std::size_t face) {
     return {first, first + 4};
 }
 
-TEST(RefinedAttributes, Level0IsWhatCameIn) {
+TEST(RefinedAttributes, Level0EqualsTheImport) {
     const PolygonMesh mesh = TwoQuads();
     const PolygonMesh same = Refined(mesh, 0);
     EXPECT_EQ(Bits(same.positions), Bits(mesh.positions));
@@ -44,7 +44,7 @@ TEST(RefinedAttributes, Level0IsWhatCameIn) {
     ExpectSameGroups(same, mesh);
 }
 
-TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndTheSeamStays) {
+TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndKeepTheSeam) {
     const PolygonMesh fine = Refined(TwoQuads(), 1);
     // q0 has (0, 0) to (0.5, 0.5), q1 (0.75, 0.125) to (1, 0.625); children at corners 0 to 3.
     EXPECT_EQ(FaceUvs(fine, 0), (Uvs{{0, 0}, {0.25f, 0}, {0.25f, 0.25f}, {0, 0.25f}}));
@@ -55,7 +55,7 @@ TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndTheSeamStays) {
               (Uvs{{0.75f, 0.125f}, {0.875f, 0.125f}, {0.875f, 0.375f}, {0.75f, 0.375f}}));
     EXPECT_EQ(FaceUvs(fine, 7),
               (Uvs{{0.75f, 0.375f}, {0.875f, 0.375f}, {0.875f, 0.625f}, {0.75f, 0.625f}}));
-    // The new vertex on the seam has one place in space and two on the texture.
+    // The new vertex on the seam has one position in space and two in the texture.
     const std::uint32_t onSeam = fine.faceVertices[1 * 4 + 2];
     EXPECT_EQ(onSeam, fine.faceVertices[4 * 4 + 3]);
     EXPECT_EQ(FaceUvs(fine, 1)[2], (std::array<float, 2>{0.5f, 0.25f}));
@@ -64,17 +64,17 @@ TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndTheSeamStays) {
 
 TEST(RefinedAttributes, DeeperLevelsFollowTheChildOrder) {
     const PolygonMesh fine = Refined(TwoQuads(), 3);
-    // Face 64 + 2 * 16 + 1 * 4 + 3 is in q1 the child 3 of the child 1 of the child 2: half of the
-    // width and height on from corner 0, then a quarter to the right, then an eighth down.
+    // Face 64 + 2 * 16 + 1 * 4 + 3 is in q1 the child 3 of the child 1 of the child 2: from corner
+    // 0 half the width and height, then a quarter to the right, then an eighth down.
     EXPECT_EQ(FaceUvs(fine, 64 + 39),
               (Uvs{{0.9375f, 0.4375f}, {0.96875f, 0.4375f}, {0.96875f, 0.5f}, {0.9375f, 0.5f}}));
     const Uvs all = CornerUvValues(fine);
-    // 9 by 9 points a quad, all different.
+    // 9 by 9 points per quad, all different.
     EXPECT_EQ(std::set(all.begin(), all.end()).size(), 162u);
     EXPECT_EQ(fine.attributes.uvs.size(), 162u);
 }
 
-TEST(RefinedAttributes, ColoursAreMeansOfEdgesAndFaces) {
+TEST(RefinedAttributes, ColoursAreEdgeAndFaceMeans) {
     PolygonMesh mesh = TwoQuads();
     mesh.attributes.colors = {{0, 0, 0, 1},
                               {1, 0, 0, 1},
@@ -99,13 +99,13 @@ TEST(RefinedAttributes, ColoursAreMeansOfEdgesAndFaces) {
                                       {0.75f, 0.75f, 0.5f, 0.5f},
                                       {0.625f, 0.375f, 0.5f, 0.625f}};
     EXPECT_EQ(std::vector<Color>(colors.begin() + 6, colors.end()), added);
-    // One level further, each vertex once: the middle of the child 0 of q0.
+    // One more level, each vertex once: the middle of the child 0 of q0.
     const PolygonMesh finer = Refined(mesh, 2);
     ASSERT_EQ(finer.attributes.colors.size(), finer.positions.size());
     EXPECT_EQ(finer.attributes.colors[finer.faceVertices[2]], (Color{0.21875f, 0.21875f, 0, 1}));
 }
 
-TEST(RefinedAttributes, GroupsAndMaterialsGoToAllDescendants) {
+TEST(RefinedAttributes, GroupsAndMaterialsAreInheritedByAllDescendants) {
     const PolygonMesh fine = Refined(TwoQuads(), 2);
     const auto groups = FaceNames(fine.attributes.faceGroups, fine.attributes.groupNames);
     const auto materials = FaceNames(fine.attributes.faceMaterials, fine.attributes.materialNames);
@@ -116,7 +116,7 @@ TEST(RefinedAttributes, GroupsAndMaterialsGoToAllDescendants) {
     }
 }
 
-TEST(RefinedAttributes, OtherPolygonsAreSplitWithAllTheyCarry) {
+TEST(RefinedAttributes, OtherPolygonsAreSplitWithTheirAttributes) {
     const PolygonMesh mesh = AttributedMesh();
     const PolygonMesh quads = Refined(mesh, 0);
     ASSERT_EQ(quads.faceSizes.size(), 16u);
@@ -131,7 +131,7 @@ TEST(RefinedAttributes, OtherPolygonsAreSplitWithAllTheyCarry) {
     EXPECT_EQ(FaceNames(quads.attributes.faceGroups, quads.attributes.groupNames)[8], "left arm");
     EXPECT_EQ(FaceNames(quads.attributes.faceMaterials, quads.attributes.materialNames)[15],
               "skin");
-    // Green is 1 everywhere, and each new vertex got its colour.
+    // Green is 1 everywhere, and each new vertex has a colour.
     ASSERT_EQ(quads.attributes.colors.size(), quads.positions.size());
     for (const Color& color : quads.attributes.colors) {
         EXPECT_FLOAT_EQ(color[1], 1.0f);
@@ -155,7 +155,7 @@ TEST(RefinedAttributes, TrianglesRefineIntoQuads) {
     const PolygonMesh finer = Refined(mesh, 2);
     // Child 1 of child 2: from the middle of the edge before (0, 1) ... to its face point.
     EXPECT_EQ(FaceUvs(finer, 9)[1], (std::array<float, 2>{0, 0.5f}));
-    // Values follow vertices, so that the same list comes vertex by vertex.
+    // UVs are defined per vertex, so the same values are found vertex by vertex.
     std::vector<std::array<float, 2>> byVertex;
     LevelGeometry geometry(mesh);
     geometry.Subdivide();
@@ -200,7 +200,7 @@ TEST(RefinedAttributes, FilesOfRefinedLevelsKeepSeamsAndValues) {
     ExpectSameGroups(ReadMeshFile(folder.Path("fine.obj")), gathered);
 }
 
-TEST(RefinedAttributes, BlocksAreWholeAndInOrder) {
+TEST(RefinedAttributes, BlocksAreCompleteAndInOrder) {
     PolygonMesh mesh;
     mesh.positions = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
     mesh.faceSizes = {4};

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Files that cannot be written leave the old ones untouched and nothing of their own.
+/// \file A failed write leaves the old files untouched and no file of its own.
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
@@ -24,10 +23,10 @@
 namespace trovik {
 namespace {
 
-/// A disk of which one call fails, and all that come after it of the same kind.
+/// A disk on which one call fails, and all later calls of the same kind.
 class FailingDisk : public DiskCalls {
 public:
-    /// \param number  of the call that fails, from 1 on.
+    /// \param number  the index of the failing call, from 1.
     explicit FailingDisk(unsigned number) : failing(number) { Use(this); }
     ~FailingDisk() override { Use(nullptr); }
     FailingDisk(const FailingDisk&) = delete;
@@ -38,7 +37,7 @@ public:
     }
     ssize_t Write(int file, const void* bytes, std::size_t size) override {
         if (!Fails(ENOSPC)) return DiskCalls::Write(file, bytes, size);
-        // A full disk takes a part first.
+        // A full disk writes a part first.
         if (size > 1 && DiskCalls::Write(file, bytes, size / 2) < 0) return -1;
         errno = ENOSPC;
         return -1;
@@ -78,7 +77,7 @@ protected:
             "v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\nv -1 -1 1\nv 1 -1 1\nv -1 1 1\n"
             "v 1 1 1\nf 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n");
         document = std::make_unique<Document>(cube);
-        // Files of more than one buffer.
+        // Files that exceed one buffer.
         for (int i = 0; i < 6; ++i) document->Subdivide();
         path = folder.Fill(GetParam(), oldContent);
         files = folder.FileCount();
@@ -112,7 +111,7 @@ protected:
     std::size_t files = 0;
 };
 
-TEST_P(SafeWriting, FailsWithoutATraceAtEveryCallOfTheSystem) {
+TEST_P(SafeWriting, FailureOfAnySystemCallLeavesNoFile) {
     unsigned failures = 0;
     for (unsigned number = 1;; ++number) {
         SCOPED_TRACE("call " + std::to_string(number));
@@ -128,7 +127,8 @@ TEST_P(SafeWriting, FailsWithoutATraceAtEveryCallOfTheSystem) {
             break;
         }
         if (disk.renamed) {
-            // Only the folder's own sync can still fail, and says that the file is in place.
+            // Only syncing the folder can still fail, and its message says that the file is in
+            // place.
             EXPECT_TRUE(message.empty() || message.find("in place") != std::string::npos)
                 << message;
             EXPECT_NE(TemporaryFolder::Content(path), oldContent);
@@ -136,7 +136,7 @@ TEST_P(SafeWriting, FailsWithoutATraceAtEveryCallOfTheSystem) {
             folder.Fill(GetParam(), oldContent);
             continue;
         }
-        // A file that is only closed, or synced from afar, has nothing to lose by it.
+        // Failures of closing, or of syncing other files, do no harm here.
         if (message.empty()) continue;
         ++failures;
         ExpectUntouched(message);
@@ -145,7 +145,7 @@ TEST_P(SafeWriting, FailsWithoutATraceAtEveryCallOfTheSystem) {
     EXPECT_NE(TemporaryFolder::Content(path), oldContent);
 }
 
-TEST_P(SafeWriting, FailsWithoutATraceWhereTheDiskIsFull) {
+TEST_P(SafeWriting, FullDiskLeavesNoFile) {
     Write();
     const auto whole = static_cast<rlim_t>(TemporaryFolder::Content(path).size());
     ASSERT_GT(whole, 1u);

@@ -13,7 +13,7 @@
 
 namespace trovik {
 
-/// A triangle, a quad, a pentagon and a face of 300 corners, with lone vertices between, and
+/// A triangle, a quad, a pentagon and a face of 300 corners, with unused vertices between, and
 /// coordinates of all magnitudes.
 inline PolygonMesh MixedMesh() {
     constexpr std::uint32_t Corners = 300;

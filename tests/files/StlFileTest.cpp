@@ -52,7 +52,7 @@ TEST(StlFile, FacesBecomeTrianglesAlongTheFirstDiagonal) {
         for (std::size_t corner = 0; corner < written.size(); ++corner) {
             EXPECT_EQ(read.positions[read.faceVertices[corner]], mesh.positions[written[corner]]);
         }
-        // Vertices are numbered as they come, and shared.
+        // Vertices are numbered in order of appearance, and merged.
         EXPECT_EQ(Indices(read.faceVertices.begin(), read.faceVertices.begin() + 9),
                   (Indices{0, 1, 2, 0, 2, 3, 1, 4, 5}));
         EXPECT_EQ(read.positions.size(), 10u);
@@ -95,7 +95,7 @@ TEST(StlFile, BinaryBytesAreThoseOfTheFormat) {
               "   vertex 1 4 0\n  endloop\n endfacet\nendsolid a_b\n");
 }
 
-TEST(StlFile, BinaryFilesThatBeginWithSolidAreKnownByTheirLength) {
+TEST(StlFile, BinaryFilesThatBeginWithSolidAreRecognisedByTheirLength) {
     const TemporaryFolder folder;
     WriteStl(folder.Path("b.stl"), AttributedMesh(), StlEncoding::Binary);
     std::string content = TemporaryFolder::Content(folder.Path("b.stl"));
@@ -103,14 +103,14 @@ TEST(StlFile, BinaryFilesThatBeginWithSolidAreKnownByTheirLength) {
     EXPECT_EQ(ReadContent(content).faceSizes.size(), 8u);
 }
 
-TEST(StlFile, CornersAreMergedByExactBitsAndZerosOfEitherSign) {
+TEST(StlFile, CornersWithEqualBitsOrZerosOfEitherSignAreMerged) {
     const PolygonMesh mesh = ReadContent("solid a\n" + Facet("0 0 0", "1 0 0", "0 1 0") +
                                          Facet("-0 0 -0", "0 1 0", "-1 0 0") +
                                          Facet("1e-45 0 0", "0 -1 0", "1 0 0") + "endsolid\n");
     EXPECT_EQ(mesh.faceVertices, (Indices{0, 1, 2, 0, 2, 3, 4, 5, 1}));
 }
 
-TEST(StlFile, TrianglesWithoutAreaByTheirCornersAreLeftOut) {
+TEST(StlFile, TrianglesWithEqualCornersAreDropped) {
     const PolygonMesh mesh = ReadContent("solid\n" + Facet("0 0 0", "1 0 0", "0 1 0") +
                                          Facet("5 5 5", "5 5 5", "6 6 6") +
                                          Facet("0 0 0", "1 1 1", "-0 0 0") + "endsolid\n");
@@ -118,7 +118,7 @@ TEST(StlFile, TrianglesWithoutAreaByTheirCornersAreLeftOut) {
     EXPECT_EQ(mesh.positions.size(), 3u);
 }
 
-TEST(StlFile, SeveralSolidsAreGroupsAndKeywordsMayBeOfAnyCase) {
+TEST(StlFile, SolidsBecomeGroupsAndKeywordsMayHaveAnyCase) {
     const PolygonMesh mesh = ReadContent(
         "SOLID left wing\r\n" + Facet("0 0 0", "1 0 0", "0 1 0") + "EndSolid left wing\r\n" +
         "solid body\nFACET normal 0 0 1 outer loop vertex 0 0 0 vertex 0 1 0 vertex -1 0 0 "

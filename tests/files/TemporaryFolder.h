@@ -14,7 +14,7 @@
 
 namespace trovik {
 
-/// An empty folder of its own, removed at the end of the scope.
+/// An empty folder that is removed at the end of the scope.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -53,7 +53,8 @@ private:
     std::filesystem::path folder;
 };
 
-/// The message of the HostError that `action` throws; a failure and empty where it throws none.
+/// The message of the HostError that `action` throws. If it throws none, the test fails and the
+/// message is empty.
 template <class Error, class Action>
 std::string MessageOf(const Action& action) {
     try {
@@ -61,7 +62,7 @@ std::string MessageOf(const Action& action) {
     } catch (const Error& error) {
         return error.what();
     }
-    ADD_FAILURE() << "nothing was refused";
+    ADD_FAILURE() << "there was no error";
     return {};
 }
 

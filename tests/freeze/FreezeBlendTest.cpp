@@ -9,7 +9,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(FreezeBlend, AmountsAreTheNearestOfThe127ths) {
+TEST(FreezeBlend, AmountsRoundToTheNearest127th) {
     EXPECT_EQ(FreezeAmountOf(0.0f), 0);
     EXPECT_EQ(FreezeAmountOf(0.0039f), 0);
     EXPECT_EQ(FreezeAmountOf(0.5f), 64) << "halves up";
@@ -20,7 +20,7 @@ TEST(FreezeBlend, AmountsAreTheNearestOfThe127ths) {
     EXPECT_EQ(FreezeAmountsOf({1.0f, 0.5f, 0.0f}, 0.5f), (std::vector<uint8_t>{64, 32, 0}));
 }
 
-TEST(FreezeBlend, ModesMeetWhatIsThere) {
+TEST(FreezeBlend, ModesCombineWithTheExistingMask) {
     EXPECT_EQ(Blended(50, 30, FreezeMode::Raise), 50);
     EXPECT_EQ(Blended(30, 50, FreezeMode::Raise), 50);
     EXPECT_EQ(Blended(50, 0, FreezeMode::Replace), 0);
@@ -34,13 +34,13 @@ TEST(FreezeBlend, ModesMeetWhatIsThere) {
     EXPECT_EQ(Blended(64, 65, FreezeMode::Multiply), 33) << "4160 / 127 = 32.76";
 }
 
-TEST(FreezeBlend, BetweenTwoAmountsTheShareCounts) {
+TEST(FreezeBlend, FractionInterpolatesBetweenTwoAmounts) {
     EXPECT_EQ(FreezeBetween({0, 100, 10}, {127, 0, 10}, 0.5f), (std::vector<uint8_t>{64, 50, 10}));
     EXPECT_EQ(FreezeBetween({0, 100}, {127, 0}, 0.0f), (std::vector<uint8_t>{0, 100}));
     EXPECT_EQ(FreezeBetween({0, 100}, {127, 0}, 1.0f), (std::vector<uint8_t>{127, 0}));
 }
 
-TEST(FreezeBlend, AStepBringsTheAmountsBackAndForth) {
+TEST(FreezeBlend, UndoStepRestoresTheAmountsBothWays) {
     FreezeGrid grid(2);
     grid.Set(0, 0, 20);
     grid.Set(1, 0, 120);

@@ -19,7 +19,7 @@ namespace {
 
 using Row = std::vector<int>;
 
-/// A grid of 16 x 16 quads under the freeze brush with an even falloff.
+/// A grid of 16 x 16 quads under the freeze brush with a constant falloff.
 class FreezeBrushTest : public testing::Test {
 protected:
     FreezeBrushTest()
@@ -58,7 +58,7 @@ protected:
     StrokeLoop loop;
 };
 
-TEST_F(FreezeBrushTest, FreezesWhatLiesWithinItsRadius) {
+TEST_F(FreezeBrushTest, MasksTheVerticesWithinItsRadius) {
     Stroke({At(5.0f, 5.0f)});
     EXPECT_EQ(grid.Level().FrozenVertexCount(), 5u);
     for (const auto& [x, y] : {std::pair{5, 5}, {4, 5}, {6, 5}, {5, 4}, {5, 6}})
@@ -66,22 +66,22 @@ TEST_F(FreezeBrushTest, FreezesWhatLiesWithinItsRadius) {
     EXPECT_NE(grid.Level().FreezeQuery(), 0);
 }
 
-TEST_F(FreezeBrushTest, FalloffAndStrengthMakeAmounts) {
+TEST_F(FreezeBrushTest, AmountIsFalloffTimesStrength) {
     SetFalloffSamples(brush, {1.0f, 0.75f, 0.5f, 0.25f});
     Stroke({At(5.0f, 5.0f, 4.0f, 50.0f)});
-    // Distance 1 of 4 is sample 1, and so on: 127 x 0.5 x sample, to the nearest.
+    // Distance 1 of 4 is sample 1, and so on: 127 x 0.5 x sample, rounded to nearest.
     const auto row = grid.Row(5);
     EXPECT_EQ(Row(row.begin() + 1, row.begin() + 10), (Row{16, 16, 32, 48, 64, 48, 32, 16, 16}));
 }
 
-TEST_F(FreezeBrushTest, DabsOfAStrokeAddUpInFullPrecision) {
-    // 1 - 0.995^300 of 127; were amounts rounded after each dab, 0.635 would go on as 1.
+TEST_F(FreezeBrushTest, DabsOfAStrokeAccumulateInFullPrecision) {
+    // 1 - 0.995^300 of 127; if amounts were rounded after each dab, 0.635 would become 1.
     Stroke(std::vector<StrokeDab>(300, At(5.0f, 5.0f, 0.5f, 0.5f)));
     const double expected = 127.0 * (1.0 - std::pow(0.995, 300.0));
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), std::lround(expected));
 }
 
-TEST_F(FreezeBrushTest, InvertedItUnfreezes) {
+TEST_F(FreezeBrushTest, InvertedBrushUnmasks) {
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) grid.Level().SetFreeze(v, 100);
     Stroke({At(5.0f, 5.0f, 0.5f, 25.0f)}, BrushOperation::ModifierInvert);
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), 75);
@@ -91,17 +91,17 @@ TEST_F(FreezeBrushTest, InvertedItUnfreezes) {
     EXPECT_EQ(grid.Level().FrozenVertexCount(), grid.Level().VertexCount() - 1);
 }
 
-TEST_F(FreezeBrushTest, SmoothingBlursFromTheStateBeforeTheDab) {
+TEST_F(FreezeBrushTest, SmoothingBlursTheStateBeforeTheDab) {
     grid.Set(5, 5, 120);
     Stroke({At(5.0f, 5.0f)}, BrushOperation::ModifierSmooth);
-    // Each takes the mean of its neighbours: none of them sees the other's new amount.
+    // Each is the mean of its neighbours before the dab: none uses the other's new amount.
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), 0);
     EXPECT_EQ(grid.Level().Freeze(grid.At(4, 5)), 30);
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 6)), 30);
     EXPECT_EQ(grid.Level().Freeze(grid.At(3, 5)), 0) << "out of reach";
 }
 
-TEST_F(FreezeBrushTest, AStrokeIsOneStepOfUndo) {
+TEST_F(FreezeBrushTest, StrokeIsOneUndoStep) {
     grid.Set(5, 5, 40);
     const auto before = FreezeAmounts(grid.Level());
     Stroke({At(5.0f, 5.0f), At(6.0f, 5.0f), At(7.0f, 5.0f)});
@@ -114,12 +114,12 @@ TEST_F(FreezeBrushTest, AStrokeIsOneStepOfUndo) {
     EXPECT_EQ(grid.Level().FrozenVertexCount(), 1u);
     history.Redo(grid.geometry);
     EXPECT_EQ(FreezeAmounts(grid.Level()), after);
-    // What is frozen fully already gives no step.
+    // Masking fully masked vertices makes no step.
     Stroke({At(5.0f, 5.0f)});
     EXPECT_EQ(history.StepCount(), 1u);
 }
 
-TEST_F(FreezeBrushTest, MovesNothingAndCostsWhatLiesUnderIt) {
+TEST_F(FreezeBrushTest, MovesNothingAndCostFollowsTheDab) {
     const auto boxes = tree.BoxesRefitted();
     const std::vector<Vertex> before(grid.Level().vertices.array,
                                      grid.Level().vertices.array + grid.Level().VertexCount());
@@ -131,14 +131,14 @@ TEST_F(FreezeBrushTest, MovesNothingAndCostsWhatLiesUnderIt) {
     }
     EXPECT_EQ(loop.DirtyBox().minX, 3.0f);
     EXPECT_EQ(loop.DirtyBox().maxX, 7.0f);
-    // 4 faces around the hit's vertex, then rings of them: no face without a corner in the ball
-    // goes on.
+    // 4 faces around the hit's vertex, then rings of faces; a face without a corner in the ball is
+    // not expanded.
     const auto reached = VerticesUnderDab(grid.Level(), At(5.0f, 5.0f).hit.face, {5, 5, 0}, 2.0f);
     EXPECT_EQ(reached.size(), 13u);
     EXPECT_LE(grid.Level().LastFaceWalk().size(), 40u);
 }
 
-TEST_F(FreezeBrushTest, MirrorsAsSculptingDoes) {
+TEST_F(FreezeBrushTest, MirrorsLikeSculpting) {
     loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     SetFalloffSamples(brush, {1.0f, 0.8f, 0.6f, 0.4f, 0.2f, 0.1f});
     Stroke({At(3.0f, 5.0f, 3.0f, 70.0f), At(4.0f, 6.0f, 3.0f, 70.0f)});
@@ -149,7 +149,7 @@ TEST_F(FreezeBrushTest, MirrorsAsSculptingDoes) {
     EXPECT_GT(grid.Level().Freeze(grid.At(13, 5)), 0);
 }
 
-TEST_F(FreezeBrushTest, PathsPressureAndSpacingAreThoseOfStrokes) {
+TEST_F(FreezeBrushTest, PathsPressureAndSpacingWorkAsInStrokes) {
     PathOptions options;
     options.radius = 0.4f;
     options.spacing = 2.5f;
@@ -163,11 +163,11 @@ TEST_F(FreezeBrushTest, PathsPressureAndSpacingAreThoseOfStrokes) {
     EXPECT_EQ(StrokeAlongSurface(loop, grid.geometry, tree, {from, to}, options), 5u);
     loop.End();
     const auto row = grid.Row(5);
-    // A dab on each vertex, weaker by a quarter each.
+    // A dab on each vertex, each weaker by a quarter.
     EXPECT_EQ(Row(row.begin() + 1, row.begin() + 7), (Row{0, 127, 95, 64, 32, 0}));
 }
 
-TEST_F(FreezeBrushTest, TheStampAndItsInversionShapeTheDab) {
+TEST_F(FreezeBrushTest, StampAndItsInversionShapeTheDab) {
     FloatImage image;
     image.width = 2;
     image.height = 1;
@@ -176,7 +176,7 @@ TEST_F(FreezeBrushTest, TheStampAndItsInversionShapeTheDab) {
     brush.Settings().stamp.enabled = true;
     brush.Settings().stampImage = std::make_shared<StampImage>(image, 0);
     Matrix toPixels;
-    // One pixel for each unit of x; pixel 0 has its middle at x = 4.
+    // One pixel per unit of x; the centre of pixel 0 is at x = 4.
     toPixels.m[3][0] = -4.0f;
     toPixels.m[1][1] = 0.0f;
     const auto dab = At(4.5f, 5.0f, 3.0f);
@@ -204,26 +204,26 @@ TEST_F(FreezeBrushTest, TheStampAndItsInversionShapeTheDab) {
     EXPECT_EQ(Row(row.begin() + 2, row.begin() + 8), (Row{64, 0, 64, 0, 64, 0}));
 }
 
-TEST_F(FreezeBrushTest, FacingTakesLessWhereTheSurfaceTurnsAway) {
+TEST_F(FreezeBrushTest, FacingReducesTheAmountWhereTheSurfaceTurnsAway) {
     brush.SetFalloffBasedOnFacingAngle(true, 0.0f, 90.0f);
-    // The camera stands where it is told; the grid's normals point along z.
+    // A camera at the given position; the grid's normals point along z.
     Matrix camera;
     camera.m[3][0] = 5.0f;
     camera.m[3][1] = 5.0f;
     camera.m[3][2] = 10.0f;
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(camera);
     Stroke({At(5.0f, 5.0f, 0.5f)});
-    EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), 127) << "right below the eye";
+    EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), 127) << "directly below the eye";
     camera.m[3][0] = 15.0f;
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(camera);
     Stroke({At(5.0f, 8.0f, 0.5f)});
-    // 10 and 3 aside of 10 up: an angle of 46.2 degrees.
+    // 10 and 3 to the side, and 10 up: an angle of 46.2 degrees.
     const double angle = std::atan(std::sqrt(109.0) / 10.0) * 57.29578;
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 8)), std::lround(127.0 * (1.0 - angle / 90.0)));
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());
 }
 
-TEST_F(FreezeBrushTest, TheWholeMeshIsTakenByItsStrength) {
+TEST_F(FreezeBrushTest, WholeMeshModeUsesTheStrength) {
     loop.Begin(BrushOperation::ModifierNone);
     loop.WholeMesh(50.0f, false);
     loop.End();
@@ -231,9 +231,9 @@ TEST_F(FreezeBrushTest, TheWholeMeshIsTakenByItsStrength) {
     EXPECT_EQ(grid.Row(16), Row(17, 64));
 }
 
-TEST(FreezeBrushOnParts, WhatIsNearOnlyThroughSpaceIsNotReached) {
+TEST(FreezeBrushOnParts, PartsCloseInSpaceButNotConnectedAreNotReached) {
     HostKernel::Instance();
-    // Two sheets, one right above the other.
+    // Two grids, one directly above the other.
     PolygonMesh mesh = GridMesh(4, 4);
     const auto first = static_cast<uint32_t>(mesh.positions.size());
     for (uint32_t v = 0; v < first; ++v) {
@@ -253,7 +253,7 @@ TEST(FreezeBrushOnParts, WhatIsNearOnlyThroughSpaceIsNotReached) {
     }
 }
 
-TEST(FreezeBrushOnParts, RadiusCountsInTheWorld) {
+TEST(FreezeBrushOnParts, RadiusIsInWorldSpace) {
     HostKernel::Instance();
     FreezeGrid grid(8);
     grid.geometry.Place().Set({3.0f, 1.0f, 1.0f}, Vector(), Vector());

@@ -9,34 +9,34 @@
 namespace trovik::test {
 namespace {
 
-/// A unit sphere, which falls away from its normals everywhere.
+/// A unit sphere, which is convex everywhere.
 class FreezeCurvature : public testing::Test {
 protected:
     FreezeCurvature() : geometry(SphereQuads(4)) {}
     LevelGeometry geometry;
 };
 
-TEST_F(FreezeCurvature, ABallBendsByItsRadius) {
+TEST_F(FreezeCurvature, SphereHasTheCurvatureOfItsRadius) {
     const auto bends = Bends(geometry, 0.25f, 0);
     for (const float bend : bends) EXPECT_NEAR(bend, -0.25f, 0.02f);
 }
 
-TEST_F(FreezeCurvature, IsThatOfTheWorld) {
+TEST_F(FreezeCurvature, IsMeasuredInWorldSpace) {
     geometry.Place().Set({2.0f, 2.0f, 2.0f}, {30.0f, 0.0f, 0.0f}, {5.0f, 0.0f, 0.0f});
     const auto bends = Bends(geometry, 1.0f, 0);
     for (const float bend : bends) EXPECT_NEAR(bend, -0.5f, 0.04f);
 }
 
-TEST_F(FreezeCurvature, IsAboutTheSameOnEveryLevel) {
+TEST_F(FreezeCurvature, IsAlmostEqualOnEveryLevel) {
     geometry.Subdivide();
     const auto bends = Bends(geometry, 1.0f, 0);
     std::size_t near = 0;
     for (const float bend : bends) near += bend > -1.1f && bend < -0.9f ? 1u : 0u;
-    // But for the eight poles of valence 3.
+    // Except for the eight vertices of valence 3.
     EXPECT_GT(near, bends.size() * 98 / 100);
 }
 
-TEST_F(FreezeCurvature, SignAndRangeChooseAndSoftnessFades) {
+TEST_F(FreezeCurvature, SignAndRangeSelectAndSoftnessFades) {
     CurvatureRange range;
     range.from = 0.5f;
     const auto all = [&](float from, float to) {
@@ -45,13 +45,13 @@ TEST_F(FreezeCurvature, SignAndRangeChooseAndSoftnessFades) {
             return share >= from && share <= to;
         });
     };
-    EXPECT_TRUE(all(0.0f, 0.0f)) << "a ball has no cavities";
+    EXPECT_TRUE(all(0.0f, 0.0f)) << "a sphere has no cavities";
     range.sign = BendSign::Ridge;
     EXPECT_TRUE(all(1.0f, 1.0f));
     range.sign = BendSign::Both;
     EXPECT_TRUE(all(1.0f, 1.0f));
     range.to = 0.8f;
-    EXPECT_TRUE(all(0.0f, 0.0f)) << "it bends by 1";
+    EXPECT_TRUE(all(0.0f, 0.0f)) << "its curvature is 1";
     range.softness = 0.4f;
     EXPECT_TRUE(all(0.3f, 0.7f));
     range.from = 1.2f;
@@ -61,7 +61,7 @@ TEST_F(FreezeCurvature, SignAndRangeChooseAndSoftnessFades) {
 
 TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
     FreezeGrid grid(6);
-    // A roof upside down: its floor is the line x = 3.
+    // An inverted roof whose floor is the line x = 3.
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
         const Vector p = grid.Level().Position(v);
         grid.Level().SetPosition(v, {p.x, p.y, std::max(p.x - 3.0f, 3.0f - p.x) * 0.75f});
@@ -71,7 +71,7 @@ TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
         const Vector p = grid.Level().Position(v);
         if (p.y < 1.0f || p.y > 5.0f || p.x < 1.0f || p.x > 5.0f) continue;
-        // Of the neighbours two rise by 0.75 over ways of 1.25, and two lie level.
+        // Two of the neighbours rise by 0.75 over distances of 1.25, and two are level.
         if (p.x == 3.0f) {
             EXPECT_NEAR(bends[v], 2.0f * 0.75f / 1.5625f / 2.0f, 1e-4f);
         } else {
@@ -83,8 +83,8 @@ TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
     const auto shares = SharesByCurvature(grid.geometry, range);
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v)
         EXPECT_EQ(shares[v], grid.Level().Position(v).x == 3.0f ? 1.0f : 0.0f) << v;
-    // Over rings the bend spreads: half its own and half of the mean of its neighbours, of which
-    // two are alike.
+    // Over rings the curvature spreads: half its own value plus half the mean of its neighbours,
+    // two of which have the same value.
     const auto spread = Bends(grid.geometry, 1.0f, 1);
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
         const Vector p = grid.Level().Position(v);

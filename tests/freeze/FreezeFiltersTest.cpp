@@ -9,14 +9,14 @@ namespace {
 
 using Row = std::vector<int>;
 
-TEST(FreezeFilters, InvertTakesEachAmountFrom127) {
+TEST(FreezeFilters, InvertSubtractsEachAmountFrom127) {
     FreezeGrid grid(2);
     grid.Set(1, 1, 127);
     grid.Set(2, 1, 27);
     EXPECT_EQ(grid.Row(1, InvertedFreeze(grid.Level())), (Row{127, 0, 100}));
 }
 
-TEST(FreezeFilters, GrowingTakesARingOfNeighboursEachTime) {
+TEST(FreezeFilters, GrowingAddsOneRingOfNeighboursPerStep) {
     FreezeGrid grid(6);
     grid.Set(3, 3, 100);
     const auto once = GrownFreeze(grid.Level(), 1);
@@ -29,7 +29,7 @@ TEST(FreezeFilters, GrowingTakesARingOfNeighboursEachTime) {
     EXPECT_EQ(GrownFreeze(grid.Level(), 0), FreezeAmounts(grid.Level()));
 }
 
-TEST(FreezeFilters, ShrinkingIsGrowingOfWhatIsFree) {
+TEST(FreezeFilters, ShrinkingIsGrowingOfTheUnmasked) {
     FreezeGrid grid(5);
     for (int x = 0; x < 6; ++x)
         for (int y = 0; y < 6; ++y) grid.Set(x, y, static_cast<uint8_t>((x * 37 + y * 11) % 128));
@@ -40,20 +40,20 @@ TEST(FreezeFilters, ShrinkingIsGrowingOfWhatIsFree) {
     for (std::size_t v = 0; v < grown.size(); ++v) EXPECT_EQ(shrunk[v], 127 - grown[v]) << v;
 }
 
-TEST(FreezeFilters, BlurringTakesHalfOfTheNeighboursMean) {
+TEST(FreezeFilters, BlurringAveragesWithTheNeighboursMean) {
     FreezeGrid grid(6);
     grid.Set(3, 3, 127);
     const auto once = BlurredFreeze(grid.Level(), 1);
     // 63.5 rounds up; a neighbour gets an eighth, 15.875.
     EXPECT_EQ(grid.Row(3, once), (Row{0, 0, 16, 64, 16, 0, 0}));
     EXPECT_EQ(grid.Row(2, once), (Row{0, 0, 0, 16, 0, 0, 0}));
-    // Between steps nothing is rounded: 127 (1/4 + 4 / 64) = 39.69, 127 (1/16 + 1/16) = 15.875.
+    // There is no rounding between steps: 127 (1/4 + 4 / 64) = 39.69, 127 (1/16 + 1/16) = 15.875.
     const auto twice = BlurredFreeze(grid.Level(), 2);
     EXPECT_EQ(grid.Row(3, twice), (Row{0, 2, 16, 40, 16, 2, 0}));
     EXPECT_EQ(grid.Row(2, twice), (Row{0, 0, 4, 16, 4, 0, 0}));
 }
 
-TEST(FreezeFilters, OnABorderANeighbourCountsOnceForEachFaceAtItsEdge) {
+TEST(FreezeFilters, BorderNeighbourCountsOncePerFaceAtItsEdge) {
     FreezeGrid grid(4);
     grid.Set(2, 1, 100);
     grid.Set(1, 0, 40);
@@ -61,7 +61,7 @@ TEST(FreezeFilters, OnABorderANeighbourCountsOnceForEachFaceAtItsEdge) {
     EXPECT_EQ(grid.Row(0, BlurredFreeze(grid.Level(), 1))[2], 30);
 }
 
-TEST(FreezeFilters, AnEvenAmountStaysWhateverIsDoneToIt) {
+TEST(FreezeFilters, UniformAmountIsUnchangedByEveryFilter) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -75,17 +75,18 @@ TEST(FreezeFilters, AnEvenAmountStaysWhateverIsDoneToIt) {
     }
 }
 
-TEST(FreezeFilters, SharpeningMakesASlopeSteeper) {
+TEST(FreezeFilters, SharpeningSteepensASlope) {
     FreezeGrid grid(6);
     const int slope[] = {0, 0, 20, 60, 100, 127, 127};
     for (int x = 0; x < 7; ++x)
         for (int y = 0; y < 7; ++y) grid.Set(x, y, static_cast<uint8_t>(slope[x]));
-    // Inside, the mean of the neighbours is that of left, right and twice the amount itself:
-    // 2a - (l + r + 2a) / 4. At x = 1: 0 - 20 / 4, which stops at 0; at 4: 200 - 387 / 4 = 103.25.
+    // Inside, the mean of the neighbours is that of left, right and twice the amount itself: 2a -
+    // (l + r + 2a) / 4. At x = 1 this is 0 - 20 / 4, which is clamped to 0; at 4 it is 200 - 387 /
+    // 4 = 103.25.
     EXPECT_EQ(grid.Row(3, SharpenedFreeze(grid.Level(), 1)), (Row{0, 0, 15, 60, 103, 127, 127}));
 }
 
-TEST(FreezeFilters, TheOrderOfFacesIsNoPartOfTheResult) {
+TEST(FreezeFilters, ResultDoesNotDependOnTheOrderOfFaces) {
     const PolygonMesh forward = SphereQuads(3);
     PolygonMesh backward = forward;
     for (std::size_t face = 0; face < forward.faceSizes.size(); ++face) {

@@ -9,7 +9,7 @@
 
 namespace trovik::test {
 
-/// Unit quads in the plane z = 0, from the origin; vertices by their places.
+/// Unit quads in the plane z = 0, from the origin; vertices are addressed by position.
 class FreezeGrid {
 public:
     explicit FreezeGrid(unsigned size)
@@ -23,7 +23,7 @@ public:
         return openBorder;
     }
     void Set(int x, int y, uint8_t amount) { Level().SetFreeze(At(x, y), amount); }
-    /// Amounts of a row, by rising x.
+    /// The amounts of a row, in order of x.
     std::vector<int> Row(int y, const std::vector<uint8_t>& amounts) {
         std::vector<int> row;
         for (int x = 0; x < side; ++x) row.push_back(amounts[At(x, y)]);

@@ -7,8 +7,8 @@
 namespace trovik::test {
 namespace {
 
-/// A unit sphere seen from five units before it, and a viewport on which one unit of the plane
-/// through its middle measures 100 pixels.
+/// A unit sphere seen from a distance of five units, and a viewport in which one unit of the plane
+/// through the sphere's centre measures 100 pixels.
 class FreezeInView : public testing::Test {
 protected:
     FreezeInView() : geometry(SphereQuads(4)), tree(geometry.Bound()) {
@@ -28,7 +28,7 @@ protected:
     StrokeView view;
 };
 
-TEST_F(FreezeInView, PlacesAreThoseThatRaysGoThrough) {
+TEST_F(FreezeInView, ViewPositionsMatchThePickingRays) {
     const auto middle = PlaceInView(view, {0.0f, 0.0f, 0.0f});
     ASSERT_TRUE(middle);
     EXPECT_FLOAT_EQ(middle->x, 200.0f);
@@ -43,14 +43,14 @@ TEST_F(FreezeInView, PlacesAreThoseThatRaysGoThrough) {
     EXPECT_NEAR(back->y, 311.0f, 1e-2f);
 }
 
-TEST_F(FreezeInView, ReachTellsWhichSideIsTaken) {
+TEST_F(FreezeInView, ReachSelectsTheSideOfTheSurface) {
     const ViewBox all{{0.0f, 0.0f}, {400.0f, 400.0f}};
     const auto through = Shares(ViewReach::Through, all);
     const auto facing = Shares(ViewReach::Facing, all);
     const auto visible = Shares(ViewReach::Visible, all);
     for (uint32_t v = 0; v < geometry.Bound()->VertexCount(); ++v) {
         EXPECT_EQ(through[v], 1.0f);
-        // A unit sphere five units away is seen up to z = 1 / 5.
+        // A unit sphere at a distance of five units is visible up to z = 1 / 5.
         const float z = geometry.Bound()->Position(v).z;
         if (z > 0.25f) {
             EXPECT_EQ(facing[v], 1.0f);
@@ -62,7 +62,7 @@ TEST_F(FreezeInView, ReachTellsWhichSideIsTaken) {
     }
 }
 
-TEST_F(FreezeInView, WhatFacesTheEyeBehindSomethingIsNotVisible) {
+TEST_F(FreezeInView, OccludedFrontFacesAreNotVisible) {
     // A small sphere behind a large one.
     PolygonMesh two = SphereQuads(3);
     const PolygonMesh small = SphereQuads(2);
@@ -84,7 +84,7 @@ TEST_F(FreezeInView, WhatFacesTheEyeBehindSomethingIsNotVisible) {
     EXPECT_GT(facingBehind, 5u);
 }
 
-TEST_F(FreezeInView, ABoxHoldsItsUpperLeftSides) {
+TEST_F(FreezeInView, BoxIncludesItsUpperAndLeftSides) {
     const ViewBox box{{300.0f, 200.0f}, {200.0f, 100.0f}};
     EXPECT_TRUE(box.Holds({200.0f, 100.0f}));
     EXPECT_FALSE(box.Holds({300.0f, 150.0f}));
@@ -92,7 +92,7 @@ TEST_F(FreezeInView, ABoxHoldsItsUpperLeftSides) {
     const auto shares = Shares(ViewReach::Through, box);
     for (uint32_t v = 0; v < geometry.Bound()->VertexCount(); ++v) {
         const Vector p = geometry.Bound()->Position(v);
-        // What is nearer is shown larger.
+        // Nearer points appear farther from the centre.
         const float x = p.x * 5.0f / (5.0f - p.z);
         const float y = p.y * 5.0f / (5.0f - p.z);
         if (std::abs(x) > 0.01f && std::abs(y) > 0.01f) {
@@ -101,8 +101,8 @@ TEST_F(FreezeInView, ABoxHoldsItsUpperLeftSides) {
     }
 }
 
-TEST(ViewLasso, HoldsWhatIsInsideAndNotTheHole) {
-    // A square with a square in it, drawn in one line.
+TEST(ViewLasso, ContainsItsInsideWithoutTheHole) {
+    // A square with a square hole, drawn in one line.
     const ViewLasso lasso(
         {{0, 0}, {9, 0}, {9, 9}, {0, 9}, {0, 0}, {3, 3}, {6, 3}, {6, 6}, {3, 6}, {3, 3}});
     EXPECT_TRUE(lasso.Holds({1, 2}));
@@ -116,7 +116,7 @@ TEST(ViewLasso, HoldsWhatIsInsideAndNotTheHole) {
     EXPECT_FALSE(triangle.Holds({5, 4}));
 }
 
-TEST(ViewImage, IsReadLinearlyBetweenTheMiddlesOfItsPixels) {
+TEST(ViewImage, IsInterpolatedLinearlyBetweenPixelCentres) {
     FloatImage image;
     image.width = 2;
     image.height = 1;
@@ -134,7 +134,7 @@ TEST(ViewImage, IsReadLinearlyBetweenTheMiddlesOfItsPixels) {
     EXPECT_EQ(inverted.ShareAt({99.0f, 50.0f}), 0.0f);
 }
 
-TEST(ViewImage, TakesLuminanceOrAlpha) {
+TEST(ViewImage, UsesLuminanceOrAlpha) {
     FloatImage image;
     image.width = 1;
     image.height = 1;

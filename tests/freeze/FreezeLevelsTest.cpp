@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Freeze amounts that travel between levels when another one is bound.
+/// \file Mask weights that are carried between levels when another level is bound.
 #include "tests/freeze/FreezeGrid.h"
 #include "tests/levels/GeometryState.h"
 
@@ -12,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// Freezes what `amountAt` says of the bound level, as one step.
+/// Masks the bound level with the values of `amountAt`, as one undo step.
 template <typename AmountAt>
 void Paint(LevelGeometry& geometry, AmountAt amountAt) {
     LevelMesh& level = *geometry.Bound();
@@ -33,7 +32,7 @@ std::vector<std::vector<uint8_t>> AllAmounts(const LevelGeometry& geometry) {
     return all;
 }
 
-TEST(FreezeLevels, UpwardsNewPointsTakeRoundedMeans) {
+TEST(FreezeLevels, UpwardsNewPointsGetRoundedMeans) {
     LevelGeometry geometry(SingleQuad());
     geometry.Subdivide();
     geometry.BindLevel(0);
@@ -41,12 +40,12 @@ TEST(FreezeLevels, UpwardsNewPointsTakeRoundedMeans) {
     for (uint32_t v = 0; v < 4; ++v) geometry.Bound()->SetFreeze(v, static_cast<uint8_t>(given[v]));
     EXPECT_EQ(geometry.Level(1)->FrozenVertexCount(), 0u) << "only when a level is bound";
     geometry.BindLevel(1);
-    // The face is 0, 1, 3, 2: corners, points of its edges in order, its own point: 158 / 4 = 39.5.
+    // The face is 0, 1, 3, 2: corners, edge points in order, face point: 158 / 4 = 39.5.
     EXPECT_EQ(FreezeAmounts(*geometry.Level(1)),
               (std::vector<uint8_t>{0, 10, 21, 127, 5, 69, 74, 11, 40}));
 }
 
-TEST(FreezeLevels, ABoundLevelGetsWhatASubdivisionWouldGive) {
+TEST(FreezeLevels, BindingALevelGivesTheAmountsOfASubdivision) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry late(zoo.mesh);
@@ -66,7 +65,7 @@ TEST(FreezeLevels, ABoundLevelGetsWhatASubdivisionWouldGive) {
     }
 }
 
-TEST(FreezeLevels, DownwardsAVertexTakesItsOwnAmountAndUpAgainNoBitChanges) {
+TEST(FreezeLevels, DownwardsAmountsAreCopiedAndUpAgainNoBitChanges) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -87,7 +86,7 @@ TEST(FreezeLevels, DownwardsAVertexTakesItsOwnAmountAndUpAgainNoBitChanges) {
     }
 }
 
-TEST(FreezeLevels, OnlyWhatLiesAtAChangeFollowsIt) {
+TEST(FreezeLevels, OnlyVerticesAtAChangeFollowIt) {
     FreezeGrid grid(4);
     LevelGeometry& geometry = grid.geometry;
     geometry.Subdivide();
@@ -110,7 +109,7 @@ TEST(FreezeLevels, OnlyWhatLiesAtAChangeFollowsIt) {
         const Vector p = geometry.Level(1)->Position(v);
         const float x = std::abs(p.x - 2.0f);
         const float y = std::abs(p.y - 2.0f);
-        // Inside a flat grid edge and face points lie half way.
+        // In a flat grid, inner edge points and face points are midpoints.
         const bool isAround = x < 0.6f && y < 0.6f;
         if (!isAround) {
             EXPECT_EQ(geometry.Level(1)->Freeze(v), (before[{p.x, p.y}])) << p.x << ", " << p.y;
@@ -125,7 +124,7 @@ TEST(FreezeLevels, OnlyWhatLiesAtAChangeFollowsIt) {
     }
 }
 
-TEST(FreezeLevels, AChangeOnAMiddleLevelGoesBothWays) {
+TEST(FreezeLevels, ChangeOnAMiddleLevelIsCarriedUpAndDown) {
     LevelGeometry geometry(Cube());
     for (int i = 0; i < 3; ++i) geometry.Subdivide();
     geometry.BindLevel(1);
@@ -133,14 +132,14 @@ TEST(FreezeLevels, AChangeOnAMiddleLevelGoesBothWays) {
     geometry.BindLevel(3);
     EXPECT_EQ(geometry.Level(3)->Freeze(3), 90);
     EXPECT_EQ(geometry.Level(3)->Freeze(20), 60);
-    EXPECT_EQ(geometry.Level(0)->Freeze(3), 0) << "not on the way";
+    EXPECT_EQ(geometry.Level(0)->Freeze(3), 0) << "not carried until the level is bound";
     Paint(geometry, [&](uint32_t v) { return v == 3 ? 70 : geometry.Bound()->Freeze(v); });
     geometry.BindLevel(0);
     EXPECT_EQ(geometry.Level(0)->Freeze(3), 70);
     EXPECT_EQ(geometry.Level(1)->Freeze(20), 60);
 }
 
-TEST(FreezeLevels, UndoBringsEveryLevelBackToTheBit) {
+TEST(FreezeLevels, UndoRestoresEveryBitOfEveryLevel) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -186,7 +185,7 @@ TEST(FreezeLevels, UndoBringsEveryLevelBackToTheBit) {
     }
 }
 
-TEST(FreezeLevels, ACoarserBaseTakesTheAmountsOfItsVertices) {
+TEST(FreezeLevels, RebuiltBaseTakesTheAmountsOfItsVertices) {
     LevelGeometry made(Cube());
     made.Subdivide();
     PolygonMesh fine = made.ToPolygons(false);

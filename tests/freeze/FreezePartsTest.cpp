@@ -9,7 +9,7 @@
 namespace trovik::test {
 namespace {
 
-/// Two grids beside each other.
+/// Two grids next to each other.
 PolygonMesh TwoParts() {
     PolygonMesh mesh = GridMesh(2, 2);
     const PolygonMesh other = GridMesh(3, 1);
@@ -20,7 +20,7 @@ PolygonMesh TwoParts() {
     return mesh;
 }
 
-TEST(FreezeParts, AShellIsWhatHangsTogetherOnAnyLevel) {
+TEST(FreezeParts, ConnectedComponentsAreTheSameOnEveryLevel) {
     LevelGeometry geometry(TwoParts());
     geometry.Subdivide();
     geometry.Subdivide();
@@ -35,7 +35,7 @@ TEST(FreezeParts, AShellIsWhatHangsTogetherOnAnyLevel) {
     }
 }
 
-TEST(FreezeParts, AGroupIsTheVerticesOfItsFacesOnAnyLevel) {
+TEST(FreezeParts, GroupIsTheVerticesOfItsFacesOnEveryLevel) {
     PolygonMesh mesh = GridMesh(4, 1);
     mesh.attributes.groupNames = {"left", "middle"};
     const uint32_t none = SurfaceAttributes::none;
@@ -49,7 +49,7 @@ TEST(FreezeParts, AGroupIsTheVerticesOfItsFacesOnAnyLevel) {
         const auto rest = SharesOfGroup(geometry, index, none);
         std::size_t found = 0;
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
-            // Corners of the open grid stay in place; its inner lines do along x.
+            // Corners of the open grid do not move under refinement; its inner lines keep their x.
             const float x = level.Position(v).x;
             EXPECT_EQ(middle[v], x >= 0.999f && x <= 3.001f ? 1.0f : 0.0f) << x;
             EXPECT_EQ(rest[v], x >= 2.999f ? 1.0f : 0.0f) << x;
@@ -59,7 +59,7 @@ TEST(FreezeParts, AGroupIsTheVerticesOfItsFacesOnAnyLevel) {
     }
 }
 
-TEST(FreezeParts, AMeshWithoutGroupsIsAllOfNoGroup) {
+TEST(FreezeParts, MeshWithoutGroupsIsEntirelyUngrouped) {
     LevelGeometry geometry(TriangleStrip(4));
     geometry.Subdivide();
     const auto shares = SharesOfGroup(geometry, 1, SurfaceAttributes::none);
@@ -68,7 +68,7 @@ TEST(FreezeParts, AMeshWithoutGroupsIsAllOfNoGroup) {
     EXPECT_TRUE(std::all_of(other.begin(), other.end(), [](float s) { return s == 0.0f; }));
 }
 
-TEST(FreezeParts, ABallFadesTowardsItsRimInTheWorld) {
+TEST(FreezeParts, BallFadesTowardsItsRimInWorldSpace) {
     FreezeGrid grid(4);
     grid.geometry.Place().Set({2.0f, 2.0f, 2.0f}, Vector(), Vector());
     const auto shares = SharesInBall(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.5f);

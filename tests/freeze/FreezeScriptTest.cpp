@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Freezing as stroke scripts tell it. Scenes bring the amounts out.
+/// \file Masks in stroke scripts. The tests read the amounts from saved scenes.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/multires/Steps.h"
@@ -18,8 +17,8 @@ namespace {
 
 using testing::HasSubstr;
 
-/// A square from (-1, -1) to (1, 1), two groups of faces, seen from (0, 0, 5): a viewport of 400
-/// pixels, of which 100 are a unit.
+/// A square from (-1, -1) to (1, 1) with two groups of faces, seen from (0, 0, 5) in a viewport of
+/// 400 pixels; 100 pixels are a unit.
 class FreezeScript : public testing::Test {
 protected:
     FreezeScript() {
@@ -28,7 +27,7 @@ protected:
                     "g left\nf 1 2 5 4\ng right\nf 2 3 6 5\n");
     }
 
-    /// Runs the steps on 8 x 16 quads. \return the document as it was saved.
+    /// Runs the steps on 8 x 16 quads. \return the saved document.
     std::unique_ptr<Document> Run(const std::string& steps) {
         const std::string script = folder.Fill(
             "script.json",
@@ -44,7 +43,7 @@ protected:
     std::string ErrorOf(const std::string& steps) {
         return MessageOf<HostError>([&] { Run(steps); });
     }
-    /// Whether the amount at each place is what `amountAt(x, y)` says.
+    /// Expects the amount `amountAt(x, y)` at each position.
     template <typename AmountAt>
     void ExpectAmounts(const std::string& steps, AmountAt amountAt) {
         SCOPED_TRACE(steps);
@@ -63,7 +62,7 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(FreezeScript, WordsAndRegionsAsBefore) {
+TEST_F(FreezeScript, WordsAndRegionsAreStillAccepted) {
     ExpectAmounts(R"({"freeze": "all"})", [](float, float) { return 127; });
     ExpectAmounts(R"({"freeze": "all"}, {"freeze": "clear"}, {"freeze": "invert"})",
                   [](float, float) { return 127; });
@@ -91,8 +90,8 @@ TEST_F(FreezeScript, ModesAndAmountsBlend) {
     expect("multiply", 16, 0);
 }
 
-TEST_F(FreezeScript, BoxLassoAndImageGoThroughTheCamera) {
-    // No vertex lies at x = 0.05.
+TEST_F(FreezeScript, BoxLassoAndImageAreProjectedByTheCamera) {
+    // No vertex is at x = 0.05.
     const auto right = [](float x, float) { return x > 0.05f ? 127 : 0; };
     ExpectAmounts(R"({"freeze": {"box": [205, 0, 400, 400]}})", right);
     ExpectAmounts(R"({"freeze": {"lasso": [[205, 0], [400, 0], [400, 400], [205, 400]]}})", right);
@@ -106,7 +105,7 @@ TEST_F(FreezeScript, BoxLassoAndImageGoThroughTheCamera) {
     image.channels = 2;
     image.pixels = {0.25f, 1.0f, 1.0f, 0.5f};
     WriteFloatImageFile(folder.Path("mask.tif"), image);
-    // A pixel is as wide as the mesh from the middle on; linear between -1 and 1.
+    // A pixel is as wide as the mesh, measured between pixel centres: linear between -1 and 1.
     ExpectAmounts(R"({"freeze": {"image": {"file": "mask.tif", "over": [0, 0, 400, 400]}}})",
                   [](float x, float) {
                       const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
@@ -120,7 +119,7 @@ TEST_F(FreezeScript, BoxLassoAndImageGoThroughTheCamera) {
                   });
 }
 
-TEST_F(FreezeScript, FromBehindAClosedShapeReachTellsTheSides) {
+TEST_F(FreezeScript, ReachSelectsTheSidesOfAClosedShape) {
     folder.Fill(
         "quad.obj",
         "v -1 -1 -1\nv 1 -1 -1\nv 1 1 -1\nv -1 1 -1\nv -1 -1 1\nv 1 -1 1\nv 1 1 1\nv -1 1 1\n"
@@ -142,7 +141,7 @@ TEST_F(FreezeScript, FromBehindAClosedShapeReachTellsTheSides) {
     }
 }
 
-TEST_F(FreezeScript, GroupsAndShellsAreParts) {
+TEST_F(FreezeScript, GroupsAndConnectedComponentsAreParts) {
     ExpectAmounts(R"({"freeze": {"group": "right"}})",
                   [](float x, float) { return x >= -1e-6f ? 127 : 0; });
     EXPECT_THAT(
@@ -163,7 +162,7 @@ TEST_F(FreezeScript, GroupsAndShellsAreParts) {
                 HasSubstr("/steps/0/freeze/shell: needs one"));
 }
 
-TEST_F(FreezeScript, FiltersChangeWhatIsThere) {
+TEST_F(FreezeScript, FiltersChangeTheExistingMask) {
     const std::string right = R"({"freeze": {"group": "right"}},)";
     ExpectAmounts(right + R"({"freeze": {"grow": 2}})",
                   [](float x, float) { return x >= -0.2501f ? 127 : 0; });
@@ -173,15 +172,15 @@ TEST_F(FreezeScript, FiltersChangeWhatIsThere) {
         return x >= -1e-6f ? 127 : x >= -0.1251f ? 64 : 0;
     });
     ExpectAmounts(right + R"({"freeze": {"blur": 1}})", [](float x, float) {
-        // Inside, an eighth comes from each side, along open borders a sixth... only rows within
-        // are like their neighbours along y: 1/2 + 1/4 + 1/8 = 7/8 at the edge of the group.
+        // Each inner neighbour contributes an eighth. The two neighbours along y have the same
+        // amount as the vertex, so the edge of the group gets 1/2 + 1/4 + 1/8 = 7/8.
         if (x >= 0.1249f) return 127;
         if (x >= -1e-6f) return 111;
         return x >= -0.1251f ? 16 : 0;
     });
     ExpectAmounts(right + R"({"freeze": {"blur": 3}}, {"undo": 1})",
                   [](float x, float) { return x >= -1e-6f ? 127 : 0; });
-    // What was blurred and sharpened is steeper than what was blurred.
+    // A blurred and sharpened mask is steeper than a blurred one.
     const auto blurred = Amounts(right + R"({"freeze": {"blur": 6}})");
     const auto sharp = Amounts(right + R"({"freeze": {"blur": 6}}, {"freeze": {"sharpen": 1}})");
     uint32_t steeper = 0;
@@ -193,7 +192,7 @@ TEST_F(FreezeScript, FiltersChangeWhatIsThere) {
     EXPECT_GT(steeper, 10u);
 }
 
-TEST_F(FreezeScript, TheFreezeToolStrokesLikeAnyOther) {
+TEST_F(FreezeScript, FreezeToolMakesStrokesLikeAnyOtherTool) {
     const std::string tool =
         R"({"tool": "Freeze", "set": {"radius": 0.3, "falloff": "constant"}},)";
     const auto dab = [](float x, float y) { return std::hypot(x - 0.5f, y) <= 0.3f ? 127 : 0; };
@@ -214,7 +213,7 @@ TEST_F(FreezeScript, TheFreezeToolStrokesLikeAnyOther) {
                   [](float, float) { return 32; });
 }
 
-TEST_F(FreezeScript, SculptingGoesOnBesideFrozenVertices) {
+TEST_F(FreezeScript, SculptingLeavesOnlyMaskedVerticesUnchanged) {
     const auto document = Run(R"({"tool": "Freeze", "set": {"radius": 0.3, "falloff": "constant"}},
         {"stroke": {"surface": [[0.5, 0, 0]]}},
         {"tool": "Sculpt", "set": {"radius": 3, "strength": 10, "falloff": "constant"}},
@@ -232,11 +231,11 @@ TEST_F(FreezeScript, SculptingGoesOnBesideFrozenVertices) {
     EXPECT_EQ(document->Brush().ActiveConfiguration()->Name(), QStringLiteral("Sculpt"));
 }
 
-TEST_F(FreezeScript, LevelsTakeFreezingAlongAndScenesKeepWhatWaits) {
+TEST_F(FreezeScript, MasksAreCarriedBetweenLevelsAndPendingOnesAreSaved) {
     const std::string paint = R"({"level": 1}, {"freeze": {"group": "right"}},)";
     const auto carried = Amounts(paint + R"({"level": 3})");
     ASSERT_THAT(carried, testing::Contains(127));
-    // The same over a scene in between.
+    // The same with a saved scene in between.
     auto document = Run(paint + R"({"mirror": []})");
     ASSERT_EQ(document->Geometry().BoundIndex(), 1u);
     EXPECT_EQ(document->Geometry().Level(3)->FrozenVertexCount(), 0u);
@@ -245,13 +244,13 @@ TEST_F(FreezeScript, LevelsTakeFreezingAlongAndScenesKeepWhatWaits) {
     document->BindLevel(0);
     EXPECT_EQ(FreezeAmounts(*document->Geometry().Bound()),
               std::vector<uint8_t>(carried.begin(), carried.begin() + 6));
-    // A step of undo takes back what was carried, too.
+    // One undo step also reverts the carried amounts.
     const auto undone = Run(paint + R"({"level": 3}, {"undo": 1})");
     EXPECT_EQ(undone->Geometry().Level(3)->FrozenVertexCount(), 0u);
     EXPECT_EQ(undone->Geometry().Level(2)->FrozenVertexCount(), 0u);
 }
 
-TEST_F(FreezeScript, RefusesWhatItCannotDo) {
+TEST_F(FreezeScript, RefusesInvalidArguments) {
     EXPECT_THAT(
         ErrorOf(R"({"freeze": "most"})"),
         HasSubstr("/steps/0/freeze: expected one of \"clear\", \"all\", \"invert\", got \"most\""));
@@ -274,14 +273,14 @@ TEST_F(FreezeScript, RefusesWhatItCannotDo) {
                 HasSubstr("/steps/0/set/buildUpRate: the brush has no setting builduprate"));
 }
 
-TEST_F(FreezeScript, CavitiesAreFoundByTheirBend) {
+TEST_F(FreezeScript, CavitiesAreSelectedByCurvature) {
     folder.Fill("quad.obj",
                 "v -1 -1 1\nv 0 -1 0\nv 1 -1 1\nv -1 1 1\nv 0 1 0\nv 1 1 1\n"
                 "f 1 2 5 4\nf 2 3 6 5\n");
     const auto near = [](const std::string& cavity) {
         return R"({"freeze": {"cavity": )" + cavity + "}}";
     };
-    // The fold at x = 0 is a valley, seen along the normals.
+    // Seen along the normals, the fold at x = 0 is a valley.
     const auto document = Run(near(R"({"size": 0.5})"));
     LevelMesh& level = *document->Geometry().Bound();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {

@@ -20,7 +20,7 @@ namespace {
 
 using testing::HasSubstr;
 
-/// Writes a file by the image library itself, so that its values are known.
+/// Writes a file directly with the image library, so that its values are known.
 template <class Sample>
 std::string WriteSamples(const std::string& path,
                          OIIO::TypeDesc type,
@@ -45,7 +45,7 @@ std::vector<std::uint32_t> Bits(const std::vector<float>& values) {
     return bits;
 }
 
-TEST(ImageFile, EightBitsBecomeTheNearestFloatsOfTheirShare) {
+TEST(ImageFile, EightBitValuesBecomeTheNearestFloatFractions) {
     const TemporaryFolder folder;
     std::vector<std::uint8_t> samples;
     std::vector<float> expected;
@@ -65,7 +65,7 @@ TEST(ImageFile, EightBitsBecomeTheNearestFloatsOfTheirShare) {
     }
 }
 
-TEST(ImageFile, SixteenAndThirtyTwoBitsKeepTheirSteps) {
+TEST(ImageFile, SixteenAndThirtyTwoBitsKeepTheirResolution) {
     const TemporaryFolder folder;
     const std::vector<std::uint16_t> shorts = {0, 1, 32767, 32768, 65534, 65535};
     for (const char* name : {"s.png", "s.tif"}) {
@@ -127,7 +127,7 @@ TEST(ImageFile, ColoursAreNotMultipliedByAlpha) {
     }
 }
 
-TEST(ImageFile, SixteenBitsAreWrittenAsTheyStand) {
+TEST(ImageFile, SixteenBitsAreWrittenUnchanged) {
     const TemporaryFolder folder;
     const std::vector<std::uint16_t> plain{0, 1, 32768, 65535};
     for (const char* name : {"plain.tif", "plain.png"}) {
@@ -142,7 +142,7 @@ TEST(ImageFile, SixteenBitsAreWrittenAsTheyStand) {
               Bits(ReadImageFile(folder.Path("signed.tif")).pixels));
 }
 
-TEST(ImageFile, NoFileNotesTheTimeOfItsWriting) {
+TEST(ImageFile, FilesHaveNoTimestamp) {
     const TemporaryFolder folder;
     const std::vector<std::uint8_t> pixels{1, 2, 3, 4};
     WriteImageFile(folder.Path("a.tif"), pixels.data(), 2, 2, 1);
@@ -154,7 +154,7 @@ TEST(ImageFile, NoFileNotesTheTimeOfItsWriting) {
     }
 }
 
-TEST(ImageFile, SignedValuesAreRefusedWhereTheFormatHasNone) {
+TEST(ImageFile, SignedValuesAreRefusedForUnsignedFormats) {
     const TemporaryFolder folder;
     const std::int16_t value = -5;
     EXPECT_THAT(
@@ -213,7 +213,7 @@ TEST(ImageFile, SameValuesGiveTheSameBytes) {
               TemporaryFolder::Content(folder.Path("b.png")));
 }
 
-TEST(ImageFile, SizeBeyondTheLimitIsRefusedByTheHeaderAlone) {
+TEST(ImageFile, SizeBeyondTheLimitIsRefusedFromTheHeader) {
     const TemporaryFolder folder;
     const std::vector<std::uint8_t> samples(300, 77);
     const std::string path = folder.Path("a.png");
@@ -223,7 +223,7 @@ TEST(ImageFile, SizeBeyondTheLimitIsRefusedByTheHeaderAlone) {
               "cannot read image " + path +
                   ": 10 x 10 x 3 values take more than the limit of 1199 bytes as floats");
 
-    // An uncompressed image header of 30000 x 30000 (Targa), and no pixels at all.
+    // The header of an uncompressed image of 30000 x 30000 (Targa), without any pixels.
     std::string header(18, '\0');
     header[2] = 2;
     header[12] = header[14] = static_cast<char>(30000 & 255);
@@ -280,7 +280,7 @@ TEST(ImageFile, TruncatedFilesAreRefused) {
     }
 }
 
-TEST(ImageFile, ValuesThatAreNotFiniteAreRefusedWithTheirPlace) {
+TEST(ImageFile, NonFiniteValuesAreRefusedWithTheirPixel) {
     const TemporaryFolder folder;
     FloatImage image;
     image.width = 4;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// PNG files of every kind, and damaged ones, of which libpng itself must say nothing.
+/// \file PNG files of every kind, and damaged ones, for which libpng must not print anything.
 #include "framework/errors/HostError.h"
 #include "framework/images/PngFile.h"
 #include "tests/files/TemporaryFolder.h"
@@ -22,7 +21,7 @@ namespace {
 
 using testing::HasSubstr;
 
-/// Writes an image of random samples by libpng itself, in any kind that the format has.
+/// Writes an image of random samples directly with libpng, in any kind that the format has.
 std::string WritePng(const std::string& path, int colorType, int bitDepth, bool isInterlaced) {
     constexpr png_uint_32 Width = 19;
     constexpr png_uint_32 Height = 13;
@@ -84,7 +83,7 @@ const Kind kinds[] = {{PNG_COLOR_TYPE_GRAY, {1, 2, 4, 8, 16}, 1},
                       {PNG_COLOR_TYPE_RGBA, {8, 16}, 4},
                       {PNG_COLOR_TYPE_PALETTE, {1, 2, 4, 8}, 4}};
 
-TEST(PngFile, EveryKindHasTheSamplesThatTheImageLibraryReads) {
+TEST(PngFile, EveryKindHasTheSamplesOfTheImageLibrary) {
     const TemporaryFolder folder;
     for (const Kind& kind : kinds) {
         for (const int depth : kind.depths) {
@@ -123,7 +122,7 @@ TEST(PngFile, EveryKindHasTheSamplesThatTheImageLibraryReads) {
     }
 }
 
-TEST(PngFile, DamagedFilesAreRefusedInOneLineAndTheLibraryIsSilent) {
+TEST(PngFile, DamagedFilesAreRefusedWithOneLineAndNoLibraryOutput) {
     const TemporaryFolder folder;
     const std::string whole =
         TemporaryFolder::Content(WritePng(folder.Path("a.png"), PNG_COLOR_TYPE_RGB, 8, true));
@@ -150,7 +149,7 @@ TEST(PngFile, DamagedFilesAreRefusedInOneLineAndTheLibraryIsSilent) {
     EXPECT_GT(refused, 300);
 }
 
-TEST(PngFile, FilesThatOnlyCallThemselvesPngAreOthers) {
+TEST(PngFile, ExtensionDoesNotMakeAFileAPng) {
     const TemporaryFolder folder;
     EXPECT_FALSE(IsPngFile(folder.Fill("a.png", "\x89PNG\r\n\x1a")));
     EXPECT_FALSE(IsPngFile(folder.Fill("b.png", "II*\0 no PNG")));

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Copies an installed tree to another place, and renders there with all modules and without each.
+# Copies an installed tree to another folder, and renders there with all modules and without each.
 # Variables: prefix, command (below prefix), libraries (below prefix), modules (below libraries),
 # mesh, folder (for the copy).
 cmake_minimum_required(VERSION 3.25)

@@ -18,7 +18,7 @@
 
 namespace trovik::test {
 
-/// Every bit of the document: its levels with what they know of each other, and its scene file.
+/// Every bit of the document: its levels with the data carried between them, and its scene file.
 inline std::string BytesOf(Document& document) {
     const TemporaryFolder folder;
     document.WriteScene(folder.Path("state.trovik"));
@@ -39,17 +39,18 @@ public:
     uint64_t reports = 0;
 };
 
-/// What an operation reports to the observers of the surface before it is cancelled.
+/// The reports of an operation to the observers of the surface before it is cancelled.
 enum class Reports {
     None,
-    /// Changes, and that they are undone.
+    /// Changes, and then their undoing.
     Undone
 };
 
-/// Runs an operation to its end, then cancels it at reports that are drawn, and runs it again.
-/// \param make  makes the document, always the same.
-/// \param leastReports  that the operation makes when every element is reported.
-/// \param steps  undo steps that the operation makes.
+/// Runs an operation to its end, then cancels it at random reports, and runs it again.
+/// \param make  creates the document, the same one in each call.
+/// \param leastReports  the minimum number of reports of the operation if every element is
+/// reported.
+/// \param steps  number of undo steps that the operation makes.
 inline void ExpectCancelChangesNothing(const std::function<std::unique_ptr<Document>()>& make,
                                        const std::function<void(Document&, JobControl*)>& operation,
                                        uint64_t leastReports,
@@ -67,8 +68,8 @@ inline void ExpectCancelChangesNothing(const std::function<std::unique_ptr<Docum
     const uint64_t firstReports = runWhole(*twin);
     EXPECT_GE(firstReports, leastReports);
     const std::string expected = BytesOf(*twin);
-    // A revert drops vertices that were written and have their old values, so that a further run
-    // compares fewer.
+    // A revert drops vertices that were written with their old values, so a further run compares
+    // fewer.
     uint64_t reports = 0;
     {
         const auto reverted = make();
@@ -85,7 +86,7 @@ inline void ExpectCancelChangesNothing(const std::function<std::unique_ptr<Docum
     ASSERT_TRUE(before != expected);
     std::mt19937_64 random(seed);
     for (int i = 0; i < draws; ++i) {
-        // The first and the last report, too.
+        // Include the first and the last report.
         const uint64_t at = i == 0   ? firstReports
                             : i == 1 ? 1
                             : i == 2 ? reports

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Changes of the sculpture, cancelled at reports that are drawn: every bit of the document is as
-/// it was, and the operation gives the same bits when it is run again.
+/// Edits that are cancelled at random reports: every bit of the document is unchanged, and a new
+/// run of the operation gives the same bits.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/images/ImageFile.h"
 #include "framework/mesh/MeshSource.h"
@@ -33,8 +33,8 @@ void HideFaces(Document& document) {
     document.ChangeVisibility(VisibilityChange::Hide, chosen);
 }
 
-/// Four levels with detail, mask, hidden faces, and layers on two of them, that wait to be carried
-/// from level 1.
+/// Four levels with detail, mask, hidden faces and layers on two of them, with changes still to be
+/// carried from level 1.
 std::unique_ptr<Document> AtLevel1() {
     auto document = std::make_unique<Document>("cube", WithIslands(Cube(), 3, 0.05f));
     document->SetTopologicalMirror();
@@ -53,7 +53,7 @@ std::unique_ptr<Document> AtLevel1() {
     return document;
 }
 
-/// The same, with changes on the highest level that wait to be carried down.
+/// The same document with changes on the highest level that are still to be carried down.
 std::unique_ptr<Document> AtLevel3() {
     auto document = AtLevel1();
     document->BindLevel(3);
@@ -62,7 +62,7 @@ std::unique_ptr<Document> AtLevel3() {
     return document;
 }
 
-TEST(CancelledEdits, LevelSwitchUp) {
+TEST(CancelledEdits, LevelSwitchUpChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
@@ -71,7 +71,7 @@ TEST(CancelledEdits, LevelSwitchUp) {
         11);
 }
 
-TEST(CancelledEdits, LevelSwitchDown) {
+TEST(CancelledEdits, LevelSwitchDownChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3,
@@ -80,7 +80,7 @@ TEST(CancelledEdits, LevelSwitchDown) {
         12);
 }
 
-TEST(CancelledEdits, Subdivide) {
+TEST(CancelledEdits, SubdivideChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
@@ -91,13 +91,13 @@ TEST(CancelledEdits, Subdivide) {
         13);
 }
 
-TEST(CancelledEdits, ApplyToBase) {
+TEST(CancelledEdits, ApplyToBaseChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3, [](Document& document, JobControl* job) { document.ApplyToBase(job); }, 500, 14);
 }
 
-TEST(CancelledEdits, DeleteLowerLevels) {
+TEST(CancelledEdits, DeleteLowerLevelsChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel3,
@@ -106,7 +106,7 @@ TEST(CancelledEdits, DeleteLowerLevels) {
         15);
 }
 
-TEST(CancelledEdits, DeleteHigherLevels) {
+TEST(CancelledEdits, DeleteHigherLevelsChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         AtLevel1,
@@ -115,15 +115,15 @@ TEST(CancelledEdits, DeleteHigherLevels) {
         16);
 }
 
-/// A document whose level 0 is a refinement, with its numbers shuffled by an import, and two levels
-/// above it.
+/// A document with two levels above level 0, which is a refinement whose numbering was shuffled by
+/// an import.
 std::unique_ptr<Document> Refined() {
     LevelGeometry source(WithIslands(Cube(), 3, 0.05f));
     source.Subdivide();
     source.Subdivide();
     Roughen(*source.Bound(), 0.03f, 5);
     PolygonMesh polygons = GatherPolygons(LevelSource(source, {}));
-    // Another order of faces and vertices.
+    // Shuffle the order of faces and vertices.
     std::mt19937 random(6);
     std::vector<uint32_t> order(polygons.positions.size());
     for (uint32_t v = 0; v < order.size(); ++v) order[v] = v;
@@ -148,7 +148,7 @@ std::unique_ptr<Document> Refined() {
     return document;
 }
 
-TEST(CancelledEdits, Unsubdivide) {
+TEST(CancelledEdits, UnsubdivideChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
         Refined, [](Document& document, JobControl* job) { document.Unsubdivide(job); }, 3000, 17);

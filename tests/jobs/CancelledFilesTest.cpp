@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Import, export, scenes and maps, cancelled at reports that are drawn: files are whole or as they
-/// were, no temporary file is left, and the next run gives the bits of one that was never
-/// cancelled.
+/// \file Import, export, scenes and maps, cancelled at random reports: files are complete or
+/// unchanged, no temporary file is left, and the next run gives the same bits as a run that was
+/// never cancelled.
 #include "framework/baking/MapFile.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
@@ -20,8 +19,8 @@ namespace {
 
 constexpr int draws = 25;
 
-/// Runs `operation` whole, and then cancelled at drawn reports. \param check  called after each
-/// cancellation.
+/// Runs `operation` to its end, and then cancels it at random reports. \param check  called after
+/// each cancellation.
 void Cancel(const std::function<void(JobControl*)>& operation,
             const std::function<void()>& check,
             uint64_t leastReports,
@@ -55,7 +54,7 @@ PolygonMesh ImportedMesh() {
 
 std::string StateOfMesh(const PolygonMesh& mesh) { return StateOfAll(LevelGeometry(mesh)); }
 
-TEST(CancelledFiles, Import) {
+TEST(CancelledFiles, ImportCanBeRepeatedBitExactly) {
     const QuickDisk disk;
     const TemporaryFolder folder;
     for (const char* name : {"mesh.obj", "mesh.ply", "mesh.stl", "mesh.gltf", "mesh.glb"}) {
@@ -74,7 +73,7 @@ TEST(CancelledFiles, Import) {
     }
 }
 
-TEST(CancelledFiles, ImportOfADocumentLeavesNoGeometryInTheScene) {
+TEST(CancelledFiles, ImportLeavesNoGeometryInTheScene) {
     const QuickDisk disk;
     const TemporaryFolder folder;
     WriteMeshFile(folder.Path("mesh.ply"), ImportedMesh());
@@ -91,7 +90,7 @@ TEST(CancelledFiles, ImportOfADocumentLeavesNoGeometryInTheScene) {
     EXPECT_TRUE(BytesOf(document) == expected);
 }
 
-TEST(CancelledFiles, ImportOfPolygonsOfManyCorners) {
+TEST(CancelledFiles, ImportOfPolygonsWithManyCornersCanBeRepeatedBitExactly) {
     const PolygonMesh mesh = NgonMix();
     const std::string expected = StateOfMesh(mesh);
     Cancel([&](JobControl* job) { EXPECT_TRUE(StateOfAll(LevelGeometry(mesh, job)) == expected); },
@@ -100,7 +99,7 @@ TEST(CancelledFiles, ImportOfPolygonsOfManyCorners) {
            23);
 }
 
-TEST(CancelledFiles, Export) {
+TEST(CancelledFiles, ExportLeavesTheOldFile) {
     const QuickDisk disk;
     LevelGeometry geometry(ImportedMesh());
     geometry.Subdivide();
@@ -110,7 +109,7 @@ TEST(CancelledFiles, Export) {
         SCOPED_TRACE(name);
         const TemporaryFolder folder;
         const std::string file = folder.Path(name);
-        // Runs over the old file, and where there is none.
+        // Once with an old file, and once without.
         for (const bool isThere : {false, true}) {
             std::string before;
             Cancel(
@@ -154,7 +153,7 @@ std::unique_ptr<Document> SceneDocument() {
     return document;
 }
 
-TEST(CancelledFiles, SaveScene) {
+TEST(CancelledFiles, SaveSceneLeavesTheOldFile) {
     const QuickDisk disk;
     const auto document = SceneDocument();
     const TemporaryFolder folder;
@@ -162,13 +161,13 @@ TEST(CancelledFiles, SaveScene) {
     document->Save(file);
     const std::string old = TemporaryFolder::Content(file);
     const std::string before = BytesOf(*document);
-    // Another scene is saved over the old one.
+    // Save another scene over the old one.
     document->BindLevel(2);
     const std::string changed = BytesOf(*document);
     Cancel(
         [&](JobControl* job) {
             document->Save(file, job);
-            // What the whole run has written.
+            // Overwrite the output of the complete run.
             std::ofstream(file, std::ios::binary) << old;
         },
         [&] {
@@ -186,7 +185,7 @@ TEST(CancelledFiles, SaveScene) {
     EXPECT_TRUE(before != changed);
 }
 
-TEST(CancelledFiles, OpenScene) {
+TEST(CancelledFiles, OpenSceneCanBeRepeatedBitExactly) {
     const QuickDisk disk;
     const TemporaryFolder folder;
     const std::string file = folder.Path("work.trovik");
@@ -204,7 +203,7 @@ TEST(CancelledFiles, OpenScene) {
     EXPECT_TRUE(BytesOf(*Document::OpenScene(file)) == expected);
 }
 
-TEST(CancelledFiles, Bake) {
+TEST(CancelledFiles, BakeLeavesNoFile) {
     const QuickDisk disk;
     const auto document = SceneDocument();
     const std::string before = BytesOf(*document);

@@ -13,7 +13,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-/// Keeps what it is told.
+/// Records the reports it receives.
 class RecordingJob : public JobControl {
 public:
     explicit RecordingJob(const JobPace& reportPace) : JobControl(reportPace) {}
@@ -28,7 +28,7 @@ public:
     std::vector<steady_clock::time_point> times;
 };
 
-TEST(JobPhase, ReportsOncePerElementsOfItsPace) {
+TEST(JobPhase, ReportsOncePerPaceElements) {
     RecordingJob job({100, {}});
     JobPhase phase(&job, "Working", 1000);
     for (int i = 0; i < 1000; ++i) phase.Add();
@@ -38,13 +38,13 @@ TEST(JobPhase, ReportsOncePerElementsOfItsPace) {
     EXPECT_EQ(job.reported, expected);
 }
 
-TEST(JobPhase, LooksAtTheClockMoreOftenWhereElementsTakeLong) {
+TEST(JobPhase, ChecksTheClockMoreOftenForSlowElements) {
     RecordingJob job({100, {}});
     JobPhase phase(&job, "Working", 1000, 10);
     for (int i = 0; i < 100; ++i) phase.Add();
     EXPECT_EQ(job.reported.size(), 11u);
     phase.Reach(90);
-    EXPECT_EQ(job.reported.size(), 11u) << "only a step towards the next look";
+    EXPECT_EQ(job.reported.size(), 11u) << "an advance that does not reach the next clock check";
     phase.Reach(110);
     EXPECT_EQ(job.reported.back(), 110u);
     for (int i = 0; i < 10; ++i) phase.Poll();
@@ -52,13 +52,13 @@ TEST(JobPhase, LooksAtTheClockMoreOftenWhereElementsTakeLong) {
     EXPECT_EQ(job.reported.size(), 13u);
 }
 
-TEST(JobPhase, ReportsNotMoreOftenThanItsInterval) {
+TEST(JobPhase, ReportsAtMostOncePerInterval) {
     RecordingJob job({1, milliseconds(5)});
     JobPhase phase(&job, "Working", 1000);
     const auto end = steady_clock::now() + milliseconds(60);
     while (steady_clock::now() < end) phase.Poll();
     phase.Finish();
-    // The beginning and the end are reported whenever they come.
+    // The start and the end are always reported.
     ASSERT_GE(job.times.size(), 4u);
     for (std::size_t i = 1; i + 1 < job.times.size(); ++i)
         EXPECT_GE(job.times[i] - job.times[i - 1], milliseconds(4));
@@ -70,7 +70,7 @@ TEST(JobPhase, ByDefaultReportsAtLeastEvery50Milliseconds) {
     EXPECT_GE(JobPace().interval, milliseconds(10));
 }
 
-TEST(JobPhase, WorkBeyondItsTotalCountsAsAllOfIt) {
+TEST(JobPhase, WorkBeyondItsTotalIsClampedToIt) {
     RecordingJob job({1, {}});
     JobPhase phase(&job, "Working", 1000);
     phase.Add(5000);

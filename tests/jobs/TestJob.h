@@ -20,7 +20,7 @@ public:
     explicit TestJob(uint64_t cancelAtReport = never, const JobPace& reportPace = {1, {}})
         : JobControl(reportPace), cancelAt(cancelAtReport) {}
 
-    /// Reports of the beginnings and ends of phases only, so that their number is always the same.
+    /// Only the starts and ends of phases are reported, so that the number of reports is constant.
     static JobPace WithoutClock() { return {1024, std::chrono::hours(1)}; }
 
     bool Report(uint64_t done, uint64_t total, const char* phase) override {
@@ -32,7 +32,7 @@ public:
         return !isCancelled;
     }
 
-    /// The last phase has ended.
+    /// Expects that the last phase has ended.
     void ExpectFinished() const { EXPECT_EQ(lastDone, lastTotal) << lastPhase; }
 
     uint64_t reports = 0;

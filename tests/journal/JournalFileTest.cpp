@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Journals as files: what comes back of them, whole, cut off or damaged.
+/// \file Journal files: the records that can be read from complete, truncated and damaged ones.
 #include "framework/errors/HostError.h"
 #include "framework/io/Crc32.h"
 #include "framework/journal/Journal.h"
@@ -29,7 +28,7 @@ protected:
         base.program = "trovik 0";
     }
 
-    /// A journal of a bit of everything.
+    /// Writes a journal with records of all kinds.
     void FillJournal() {
         Journal journal({path, false}, base);
         journal.BeginStep({{"tool", "Wax"}});
@@ -61,7 +60,7 @@ protected:
     JournalBase base;
 };
 
-TEST_F(JournalOnDisk, GivesBackWhatWasTakenDown) {
+TEST_F(JournalOnDisk, ReadsBackTheWrittenRecords) {
     FillJournal();
     const JournalContent content = ReadJournal(path);
     EXPECT_TRUE(content.notes.empty());
@@ -103,7 +102,7 @@ TEST_F(JournalOnDisk, GivesBackWhatWasTakenDown) {
     EXPECT_EQ(SummaryOf(content.steps[3]).at("finished"), false);
 }
 
-TEST_F(JournalOnDisk, KeepsAllWholeRecordsWhereverItIsCutOff) {
+TEST_F(JournalOnDisk, KeepsAllCompleteRecordsAfterAnyTruncation) {
     FillJournal();
     const std::string whole = TemporaryFolder::Content(path);
     const JournalReader all(path);
@@ -128,7 +127,7 @@ TEST_F(JournalOnDisk, KeepsAllWholeRecordsWhereverItIsCutOff) {
     EXPECT_EQ(lastCount, all.Records().size());
 }
 
-TEST_F(JournalOnDisk, TellsDamageByFileByteAndReason) {
+TEST_F(JournalOnDisk, ReportsDamageWithFileByteAndReason) {
     FillJournal();
     const std::string whole = TemporaryFolder::Content(path);
     const JournalReader good(path);
@@ -157,7 +156,7 @@ TEST_F(JournalOnDisk, TellsDamageByFileByteAndReason) {
     }
 }
 
-TEST_F(JournalOnDisk, MissesARecordThatWasTakenOut) {
+TEST_F(JournalOnDisk, DetectsARemovedRecord) {
     FillJournal();
     const JournalReader reader(path);
     const JournalRecord& gone = reader.Records()[3];
@@ -171,7 +170,7 @@ TEST_F(JournalOnDisk, MissesARecordThatWasTakenOut) {
         << message;
 }
 
-TEST_F(JournalOnDisk, RefusesWhatIsNoJournalOrALaterOne) {
+TEST_F(JournalOnDisk, RefusesOtherFilesAndLaterVersions) {
     Write("");
     EXPECT_NE(MessageOf<HostError>([this] { ReadJournal(path); }).find("byte 0"),
               std::string::npos);
@@ -186,7 +185,7 @@ TEST_F(JournalOnDisk, RefusesWhatIsNoJournalOrALaterOne) {
               std::string::npos);
 }
 
-TEST_F(JournalOnDisk, IsNotWrittenOverWhereItsWorkDidNotEnd) {
+TEST_F(JournalOnDisk, UnfinishedJournalIsNotOverwritten) {
     FillJournal();
     const std::string before = TemporaryFolder::Content(path);
     const std::string message = MessageOf<HostError>([this] { Journal({path, false}, base); });
@@ -196,7 +195,7 @@ TEST_F(JournalOnDisk, IsNotWrittenOverWhereItsWorkDidNotEnd) {
     EXPECT_EQ(folder.FileCount(), 1u);
 }
 
-TEST_F(JournalOnDisk, RefusesASecondRunWhileTheFirstIsGoingOn) {
+TEST_F(JournalOnDisk, RefusesASecondRunDuringTheFirst) {
     const std::string reason =
         path + ": another run is writing this journal; wait until it ends, or name another file";
     const auto start = [this] { Journal({path, false}, base); };
@@ -208,11 +207,11 @@ TEST_F(JournalOnDisk, RefusesASecondRunWhileTheFirstIsGoingOn) {
         first.BeginStep({{"tool", "Wax"}});
         EXPECT_EQ(folder.FileCount(), 1u);
     }
-    // The lock went with the run, but its work did not end.
+    // The lock was released with the run, but the journal was not closed.
     EXPECT_NE(MessageOf<HostError>(start).find("has not been closed"), std::string::npos);
 }
 
-TEST_F(JournalOnDisk, AFileThatIsNotAJournalIsNotReplaced) {
+TEST_F(JournalOnDisk, FileThatIsNotAJournalIsNotReplaced) {
     for (const char* content : {"notes of mine", "T", "TROVIK"}) {
         std::ofstream(path, std::ios::binary) << content;
         const std::string message = MessageOf<HostError>([this] { Journal({path, false}, base); });
@@ -224,7 +223,7 @@ TEST_F(JournalOnDisk, AFileThatIsNotAJournalIsNotReplaced) {
     }
 }
 
-/// Starts another journal at the moment before a journal is put in place.
+/// Starts another journal immediately before a journal is renamed to its final name.
 class SecondRunIsFirst : public DiskCalls {
 public:
     explicit SecondRunIsFirst(std::function<void()> startOther) : start(std::move(startOther)) {
@@ -247,7 +246,7 @@ private:
     std::function<void()> start;
 };
 
-TEST_F(JournalOnDisk, OfTwoRunsThatStartTogetherOneIsRefused) {
+TEST_F(JournalOnDisk, OfTwoSimultaneousRunsOneIsRefused) {
     std::unique_ptr<Journal> other;
     {
         const SecondRunIsFirst disk([&] {
@@ -261,8 +260,8 @@ TEST_F(JournalOnDisk, OfTwoRunsThatStartTogetherOneIsRefused) {
     other->BeginStep({{"tool", "Wax"}});
     other->EndStep({}, "Stroke");
     other->Close();
-    EXPECT_EQ(ReadJournal(path).steps.size(), 1u) << "nobody replaced it";
-    // Where a closed journal lies there already, the one that was first holds its lock.
+    EXPECT_EQ(ReadJournal(path).steps.size(), 1u) << "no other run replaced it";
+    // If a closed journal already exists, the run that was first holds its lock.
     {
         std::string message;
         const SecondRunIsFirst disk([&] {
@@ -275,14 +274,14 @@ TEST_F(JournalOnDisk, OfTwoRunsThatStartTogetherOneIsRefused) {
     EXPECT_EQ(folder.FileCount(), 1u);
 }
 
-TEST_F(JournalOnDisk, TakesThePlaceOfOneThatWasClosed) {
+TEST_F(JournalOnDisk, ReplacesAClosedJournal) {
     { Journal({path, false}, base).Close(); }
     EXPECT_TRUE(ReadJournal(path).isClosed);
     Journal again({path, false}, base);
     EXPECT_FALSE(ReadJournal(path).isClosed);
 }
 
-TEST_F(JournalOnDisk, KeepsLinesOfThePastWhenItStartsAnew) {
+TEST_F(JournalOnDisk, KeepsItsHistoryLinesAfterARestart) {
     Journal journal({path, false}, base);
     journal.BeginStep({{"tool", "Wax"}});
     journal.EndStep({}, "");
@@ -300,7 +299,7 @@ TEST_F(JournalOnDisk, KeepsLinesOfThePastWhenItStartsAnew) {
     EXPECT_EQ(folder.FileCount(), 1u);
 }
 
-TEST_F(JournalOnDisk, EndsWithAProblemAndWholeRecordsWhenTheDiskIsFull) {
+TEST_F(JournalOnDisk, FullDiskEndsItWithAProblemAndCompleteRecords) {
     Journal journal({path, false}, base);
     {
         const FullDisk full(2000);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Work that is done again from its journal has the bits that it had.
+/// \file Work that is recovered from its journal is bit-identical to the original work.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
@@ -34,7 +33,7 @@ json Tool(const char* name) {
 
 class RecoveredJournal : public ::testing::Test {
 protected:
-    /// Runs the steps with a journal, up to the end of the script or its error.
+    /// Runs the steps with a journal, up to the end of the script or an error.
     void Run(const json& steps) {
         script = FillScript(folder, steps);
         ScriptRunner runner(script, folder.Path(""), {});
@@ -68,8 +67,8 @@ protected:
     std::string failure;
 };
 
-/// Dabs on the surface by the loop itself, as a program with a pointer makes them.
-void DabByHand(Document& document, float x, float y) {
+/// Applies dabs on the surface directly through the loop, as a program with a pointer does.
+void DabThroughTheLoop(Document& document, float x, float y) {
     const auto hit = HitNear(document.Geometry(), document.Tree(), Vector(x, y, 1.0f));
     ASSERT_TRUE(hit.has_value());
     StrokeDab dab = DabAt(document.Geometry(), *hit);
@@ -80,7 +79,7 @@ void DabByHand(Document& document, float x, float y) {
     document.Loop().Dab(dab);
 }
 
-TEST_F(RecoveredJournal, IsTheSceneThatTheScriptSaved) {
+TEST_F(RecoveredJournal, EqualsTheSceneThatTheScriptSaved) {
     json steps = {Tool("Sculpt"), Stroke(0.5f, 0.2f), Tool("Spray"), Stroke(0.3f, 0.1f)};
     Run(steps);
     ASSERT_EQ(failure, "");
@@ -91,20 +90,20 @@ TEST_F(RecoveredJournal, IsTheSceneThatTheScriptSaved) {
     EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("saved")));
 }
 
-TEST_F(RecoveredJournal, HoldsStrokesThatNoStepMakes) {
+TEST_F(RecoveredJournal, ContainsStrokesMadeOutsideOfSteps) {
     auto runner = Open();
     Document& document = runner->GetDocument();
     const json tool = Tool("Wax");
     runner->Do(tool, 0);
     document.Geometry().History().SetNextLabel("by hand");
     document.Loop().Begin(BrushOperation::ModifierNone, 5);
-    DabByHand(document, 0.4f, 0.1f);
-    DabByHand(document, 0.3f, 0.2f);
+    DabThroughTheLoop(document, 0.4f, 0.1f);
+    DabThroughTheLoop(document, 0.3f, 0.2f);
     const json stronger = {{"set", {{"strength", 90}}}};
     runner->Do(stronger, 1);
-    DabByHand(document, 0.2f, 0.2f);
+    DabThroughTheLoop(document, 0.2f, 0.2f);
     document.Loop().PutBack();
-    DabByHand(document, -0.2f, 0.3f);
+    DabThroughTheLoop(document, -0.2f, 0.3f);
     document.Loop().WholeMesh(0.02f, true);
     document.Loop().End();
     const json back = {{"undo", 1}};
@@ -112,7 +111,7 @@ TEST_F(RecoveredJournal, HoldsStrokesThatNoStepMakes) {
     runner->Do(back, 2);
     runner->Do(again, 3);
     document.Loop().Begin(BrushOperation::ModifierSmooth, 6);
-    DabByHand(document, 0.1f, 0.1f);
+    DabThroughTheLoop(document, 0.1f, 0.1f);
 
     const RecoveredWork work = RecoverJournal(Journal(), Scene("recovered"));
     EXPECT_EQ(work.content.steps.size(), 7u);
@@ -127,7 +126,7 @@ TEST_F(RecoveredJournal, HoldsStrokesThatNoStepMakes) {
               TemporaryFolder::Content(Scene("live")));
 }
 
-TEST_F(RecoveredJournal, GoesOnWhereAStepFailed) {
+TEST_F(RecoveredJournal, ContinuesAfterAFailedStep) {
     auto runner = Open();
     const json steps[] = {Tool("Sculpt"),
                           {{"stroke", {{"dabs", {{{"face", 3}}, {{"face", 9999}}}}}}},
@@ -159,7 +158,7 @@ TEST_F(RecoveredJournal, StartsFromTheLastSave) {
     EXPECT_EQ(work.content.past.size(), 2u);
 }
 
-TEST_F(RecoveredJournal, HoldsWhatPenAndFreezeBrushWereSetToBeforeASave) {
+TEST_F(RecoveredJournal, ContainsPenAndFreezeBrushSettingsFromBeforeASave) {
     const json pen = {{"set",
                        {{"sizeCurve", {{0, 0.2}, {1, 1}}},
                         {"tilt", {{"size", 0.5}}},
@@ -185,7 +184,7 @@ TEST_F(RecoveredJournal, HoldsWhatPenAndFreezeBrushWereSetToBeforeASave) {
     EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("end")));
 }
 
-TEST_F(RecoveredJournal, TakesUpWhatOldJournalsCarriedOnBesideTheirScene) {
+TEST_F(RecoveredJournal, ReadsSettingsThatOldJournalsStoredOutsideTheirScene) {
     auto runner = Open();
     runner->Save(Scene("work"));
     runner->Close();
@@ -207,7 +206,7 @@ TEST_F(RecoveredJournal, TakesUpWhatOldJournalsCarriedOnBesideTheirScene) {
     EXPECT_EQ(work.runner->GetDocument().Settings().dynamics.randomSize, 0.25f);
 }
 
-TEST_F(RecoveredJournal, HoldsStrokesThatWereDrawnAndAbandoned) {
+TEST_F(RecoveredJournal, ContainsAbandonedLiveStrokes) {
     auto runner = Open();
     Document& document = runner->GetDocument();
     json steps = json::array();
@@ -245,7 +244,7 @@ TEST_F(RecoveredJournal, HoldsStrokesThatWereDrawnAndAbandoned) {
     EXPECT_EQ(work.runner->GetDocument().Settings().strokesBegun, 6u);
 }
 
-TEST_F(RecoveredJournal, HoldsUndoOfWhatWasDoneBeforeASave) {
+TEST_F(RecoveredJournal, ContainsUndoOfWorkBeforeASave) {
     const json steps = {Tool("Sculpt"),
                         Stroke(0.5f, 0.2f),
                         Stroke(0.2f, 0.3f),
@@ -260,7 +259,7 @@ TEST_F(RecoveredJournal, HoldsUndoOfWhatWasDoneBeforeASave) {
     Run(steps);
     ASSERT_EQ(failure, "");
     const std::string recovered = Recovered();
-    // What the journal starts from lies beside it, once.
+    // The snapshot from which the journal starts exists exactly once.
     std::size_t snapshots = 0;
     for (const auto& entry : fs::directory_iterator(folder.Path("")))
         if (entry.path().filename().string().rfind("work.journal.", 0) == 0) ++snapshots;
@@ -272,8 +271,8 @@ TEST_F(RecoveredJournal, HoldsUndoOfWhatWasDoneBeforeASave) {
     EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("end")));
 }
 
-/// Whoever dies between the renaming of a scene and that of the journal leaves this.
-TEST_F(RecoveredJournal, StartsFromASaveThatOnlyTheOldJournalKnows) {
+/// The state on disk if a process dies between renaming the scene and renaming the journal.
+TEST_F(RecoveredJournal, StartsFromASaveThatOnlyTheOldJournalContains) {
     class NoNewJournal : public DiskCalls {
     public:
         bool armed = false;
@@ -302,7 +301,7 @@ TEST_F(RecoveredJournal, StartsFromASaveThatOnlyTheOldJournalKnows) {
     EXPECT_NE(message.find("cube.obj, is missing or has changed"), std::string::npos) << message;
 }
 
-TEST_F(RecoveredJournal, RefusesAMeshOrAStampThatChanged) {
+TEST_F(RecoveredJournal, RefusesAChangedMeshOrStamp) {
     folder.Fill("dot.pgm", "P2 2 2 255 255 128 64 255\n");
     const json stamp = {{"tool", "Sculpt"}, {"set", {{"stamp", "dot.pgm"}, {"radius", 0.3}}}};
     Run({stamp, Stroke(0.3f, 0.2f)});
@@ -319,8 +318,9 @@ TEST_F(RecoveredJournal, RefusesAMeshOrAStampThatChanged) {
     EXPECT_NE(message.find("cube.obj, is missing or has changed"), std::string::npos) << message;
 }
 
-// What counted the dabs of the recovery is gone when the document ends the open stroke.
-TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListenerBehind) {
+// The object that counted the dabs of the recovery no longer exists when the document ends the open
+// stroke.
+TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListener) {
     script = FillScript(folder, json::array());
     JournalBase base;
     base.program = "a test";
@@ -341,8 +341,8 @@ TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListenerBehind) {
     EXPECT_NE(message.find("made 1 dabs, but the journal has 2"), std::string::npos) << message;
 }
 
-// The sides that were left out stay out, and a recovery can be stopped between those that were not.
-TEST_F(RecoveredJournal, HoldsMirroredStrokesThatWereBrokenOff) {
+// Sides that were skipped stay skipped, and a recovery can be cancelled between the others.
+TEST_F(RecoveredJournal, ContainsInterruptedMirroredStrokes) {
     uint64_t questions = 0;
     for (const bool isBroken : {true, false}) {
         SCOPED_TRACE(isBroken);
@@ -354,8 +354,8 @@ TEST_F(RecoveredJournal, HoldsMirroredStrokesThatWereBrokenOff) {
             runner->Do({{"tool", "Flatten"}, {"set", {{"strength", 60}, {"globalPlane", true}}}},
                        0);
             document.Loop().Begin(BrushOperation::ModifierNone, 5);
-            DabByHand(document, 0.4f, 0.6f);
-            DabByHand(document, 0.6f, 0.7f);
+            DabThroughTheLoop(document, 0.4f, 0.6f);
+            DabThroughTheLoop(document, 0.6f, 0.7f);
             if (isBroken)
                 document.Loop().Break();
             else
@@ -375,14 +375,14 @@ TEST_F(RecoveredJournal, HoldsMirroredStrokesThatWereBrokenOff) {
         options.progress.job = &last;
         EXPECT_THROW(RedoJournal(Journal(), options), Cancelled);
         EXPECT_EQ(last.reports, all);
-        // Once more for each dab of the second pair of sides.
+        // One more check for each dab of the second pair of sides.
         if (isBroken) questions = all;
         EXPECT_EQ(all, isBroken ? questions : questions + 2);
         fs::remove(Journal());
     }
 }
 
-TEST_F(RecoveredJournal, WritesNoFilesButTheScene) {
+TEST_F(RecoveredJournal, WritesNoFilesExceptTheScene) {
     Run({Tool("Sculpt"), Stroke(0.3f, 0.2f), {{"export", {{"file", "out.ply"}}}}});
     ASSERT_EQ(failure, "");
     fs::remove(folder.Path("out.ply"));

@@ -12,7 +12,7 @@
 
 namespace trovik::test {
 
-/// A disk that always waits as long as it is told to, so that a test takes no longer on a busy one.
+/// A disk whose calls take a fixed time, so that the test takes no longer on a slow disk.
 class QuickDisk : public DiskCalls {
 public:
     explicit QuickDisk(useconds_t microseconds = 0) : wait(microseconds) { Use(this); }
@@ -28,13 +28,13 @@ private:
 /// Writes a cube of six faces. \return its path.
 std::string FillCube(const TemporaryFolder& folder);
 
-/// Writes a script with these steps over the cube, refined three times. \return its path.
+/// Writes a script with these steps for the cube with three subdivisions. \return its path.
 std::string FillScript(const TemporaryFolder& folder,
                        const nlohmann::json& steps,
                        const nlohmann::json& mirror = {"x"});
 
-/// Positions and freezing of all levels, the offsets of all layers, and which level is bound, in a
-/// checksum. Open strokes may be under way.
+/// A checksum of the positions and masks of all levels, the offsets of all layers and the number of
+/// the bound level. Strokes may be open.
 uint32_t StateOf(Document& document);
 
 }  // namespace trovik::test

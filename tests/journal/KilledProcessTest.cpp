@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Processes that are killed while they work, at moments all over the work, lose nothing of it.
+/// \file Processes that are killed at many moments of their work lose none of it.
 #include "framework/script/JournalRecovery.h"
 #include "tests/journal/JournalWork.h"
 #include "tests/random/RandomNumbers.h"
@@ -25,16 +24,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// How far the work is: journaled steps that are over, and finished dabs of the next one.
+/// The progress of the work: completed journaled steps, and finished dabs of the next step.
 using Progress = std::pair<uint32_t, uint32_t>;
 
-/// What a process tells of itself while it works; it lies in memory that outlives it.
+/// The progress that a process reports; it is in memory that outlives the process.
 struct Told {
     std::atomic<uint64_t> progress;
-    /// Number of the step at hand, also of those that the journal does not hear of.
+    /// The number of the current step; steps that are not journaled count, too.
     std::atomic<uint32_t> step;
-    /// It waits before this one, or behind this dab of it, until it is let go on, so that whoever
-    /// kills it is in time for it.
+    /// The process waits before this step, or after this dab of it, until it is released, so that
+    /// the killing process is in time.
     uint32_t aim;
     uint32_t aimedDab;
     std::atomic<bool> isWaiting;
@@ -48,8 +47,8 @@ struct Told {
 
 bool IsJournaled(const nlohmann::json& step) { return !step.contains("save"); }
 
-/// Work of all kinds: strokes with several tools, layers, levels, freezing, undo, saves, and undo
-/// of what was done before a save.
+/// Work of all kinds: strokes with several tools, layers, levels, masks, undo, saves, and undo of
+/// work before a save.
 nlohmann::json Steps() {
     nlohmann::json steps = nlohmann::json::array();
     RandomNumbers random(7);
@@ -102,8 +101,8 @@ nlohmann::json Steps() {
 class KilledProcess : public ::testing::Test {
 protected:
     KilledProcess() : steps(Steps()) {
-        // Strokes under mirrors settle their sides when they end, and recovery ends the last one;
-        // without, the surface after a dab is the surface after the end.
+        // Strokes under mirrors settle their sides when they end, and recovery ends the last
+        // stroke. Without mirrors, the surface after a dab is the surface after the end.
         script = FillScript(folder, steps, nlohmann::json::array());
         uint32_t journaled = 0;
         for (const auto& step : steps) {
@@ -113,7 +112,8 @@ protected:
         journaledBefore.push_back(journaled);
     }
 
-    /// Runs the work and calls back whenever it has come on; what is told is then on its way.
+    /// Runs the work and calls back after each advance, when the reported progress is already being
+    /// written.
     void Work(const std::string& output,
               const std::string& journal,
               const std::function<void(Progress, std::size_t step)>& cameOn,
@@ -153,8 +153,8 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
                                          0));
     ASSERT_NE(told, MAP_FAILED);
     RandomNumbers random(20260101);
-    // Every second dies in any step, in strokes within some dab or behind it; the others in those
-    // that come seldom.
+    // Every second process is killed in a random step, in strokes during a dab or after it; the
+    // others are killed in the rare steps.
     const std::set<std::string> seldom[] = {
         {"save"}, {"undo", "redo"}, {"layer", "freeze"}, {"level", "subdivide", "transform"}};
     std::vector<uint32_t> chosen[4];
@@ -177,7 +177,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
-            // Long enough to die in it.
+            // Slow enough to be killed during the step.
             const QuickDisk disk(300);
             try {
                 Work(place, place + "/w.journal", [&](Progress at, std::size_t now) {
@@ -195,7 +195,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         }
         int status = 0;
         bool isGone = false;
-        // A stroke of fewer dabs does not wait.
+        // A stroke with fewer dabs does not wait.
         while (!told[i].isWaiting.load() && told[i].step.load() <= step + 1 && !isGone) {
             isGone = waitpid(child, &status, WNOHANG) == child;
             std::this_thread::sleep_for(std::chrono::microseconds(20));
@@ -210,15 +210,15 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         }
         ASSERT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0) << status;
         killedAt.push_back(told[i].Read());
-        // In it or right behind it: some steps take only as long as the killing does.
+        // During the step or shortly after it: some steps take no longer than the kill itself.
         const uint32_t at = told[i].step.load() - 1;
         if (at <= step + 1) kindsHit.insert(steps[step].begin().key());
     }
     munmap(told, sizeof(Told) * processes);
     for (const char* kind : {"stroke", "save", "undo", "layer", "level", "subdivide"})
-        EXPECT_TRUE(kindsHit.count(kind) == 1) << "no process died in a step " << kind;
+        EXPECT_TRUE(kindsHit.count(kind) == 1) << "no process was killed in a step " << kind;
 
-    // What the work is after each step and each dab when nothing disturbs it.
+    // The state after each step and each dab of an undisturbed run.
     const QuickDisk disk;
     std::map<Progress, uint32_t> states;
     std::map<uint32_t, std::string> scenes;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Work that is asked to stop, at each moment at which it asks: files are whole or as they were,
-/// and the journal gives back all that was finished.
+/// \file Work that is cancelled at each of its reports: files are complete or unchanged, and the
+/// journal recovers all finished work.
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/math/SameBits.h"
@@ -64,14 +63,14 @@ std::set<std::string> Files(const TemporaryFolder& folder) {
     return names;
 }
 
-TEST(StoppedWork, LeavesFilesWholeAndAJournalThatGivesBackWhatWasFinished) {
+TEST(StoppedWork, LeavesCompleteFilesAndAJournalOfTheFinishedWork) {
     const QuickDisk disk;
     const TemporaryFolder whole;
     const StoppedRun all(whole, TestJob::never);
     ASSERT_FALSE(all.stopped);
     const std::string obj = TemporaryFolder::Content(whole.Path("mesh.obj"));
     const std::string glb = TemporaryFolder::Content(whole.Path("mesh.glb"));
-    // Each step, each dab, each level and each file reports.
+    // Every step, dab, level and file reports progress.
     ASSERT_GT(all.job.reports, 100u);
     std::size_t recovered = 0;
     std::set<std::size_t> steps;
@@ -81,14 +80,14 @@ TEST(StoppedWork, LeavesFilesWholeAndAJournalThatGivesBackWhatWasFinished) {
         for (const char* name : {"mesh.obj", "mesh.glb"}) std::ofstream(folder.Path(name)) << old;
         StoppedRun run(folder, at);
         ASSERT_TRUE(run.stopped);
-        EXPECT_EQ(run.job.reports, at) << "nothing goes on after it was cancelled";
+        EXPECT_EQ(run.job.reports, at) << "nothing continues after the cancellation";
         const std::string nowObj = TemporaryFolder::Content(folder.Path("mesh.obj"));
         const std::string nowGlb = TemporaryFolder::Content(folder.Path("mesh.glb"));
         EXPECT_TRUE(nowObj == old || nowObj == obj);
         EXPECT_TRUE(nowGlb == old || nowGlb == glb);
         if (!fs::exists(folder.Path("work.journal"))) continue;
         for (const std::string& name : Files(folder))
-            EXPECT_TRUE(fs::exists(whole.Path(name))) << name << " was left over";
+            EXPECT_TRUE(fs::exists(whole.Path(name))) << name << " is a leftover file";
         RecoveredWork work = RedoJournal(folder.Path("work.journal"));
         EXPECT_EQ(StateOf(work.runner->GetDocument()), StateOf(run.runner->GetDocument()));
         ++recovered;
@@ -98,7 +97,7 @@ TEST(StoppedWork, LeavesFilesWholeAndAJournalThatGivesBackWhatWasFinished) {
     EXPECT_GT(steps.size(), 5u);
 }
 
-TEST(StoppedWork, RecoveryStopsToo) {
+TEST(StoppedWork, RecoveryCanBeStopped) {
     const QuickDisk disk;
     const TemporaryFolder folder;
     const StoppedRun all(folder, TestJob::never);

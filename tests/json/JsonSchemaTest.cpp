@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Each keyword of schemas by itself: what is accepted, and the message for the rest.
+/// \file Each keyword of schemas by itself: accepted values, and the messages for other values.
 #include "framework/errors/HostError.h"
 #include "framework/json/JsonSchema.h"
 #include "tests/files/TemporaryFolder.h"
@@ -30,7 +29,7 @@ void ExpectFault(const std::string& schema, const char* document, const std::str
     EXPECT_THAT(Faults(schema, document), testing::ElementsAre(line)) << schema;
 }
 
-TEST(JsonSchema, Type) {
+TEST(JsonSchema, TypeIsChecked) {
     const std::string number = R"({"type": "number"})";
     ExpectGood(number, {"1", "-1.5", "1e300"});
     ExpectFault(number, R"("abc")", R"(: expected a number, got "abc")");
@@ -55,13 +54,13 @@ TEST(JsonSchema, Type) {
         several, "true", ": expected null, a whole number or an array of strings, got true");
 }
 
-TEST(JsonSchema, LongTextsAreCutAndControlCharactersEscaped) {
+TEST(JsonSchema, LongTextsAreTruncatedAndControlCharactersEscaped) {
     ExpectFault(R"({"type": "number"})",
                 R"("\n0123456789012345678901234567890123456789")",
                 R"(: expected a number, got "\n012345678901234567890123456789012345678...")");
 }
 
-TEST(JsonSchema, Bounds) {
+TEST(JsonSchema, BoundsAreChecked) {
     const std::string percent = R"({"type": "number", "minimum": 0, "maximum": 100})";
     ExpectGood(percent, {"0", "100", "0.5"});
     ExpectFault(percent, "100.5", ": expected a number from 0 to 100, got 100.5");
@@ -85,7 +84,7 @@ TEST(JsonSchema, Bounds) {
                 ": expected a number less than 1, got 1");
 }
 
-TEST(JsonSchema, Enum) {
+TEST(JsonSchema, EnumIsChecked) {
     const std::string axis = R"({"enum": ["surfaceNormal", "y", "z", 1]})";
     ExpectGood(axis, {R"("surfaceNormal")", "1"});
     ExpectFault(axis,
@@ -99,14 +98,14 @@ TEST(JsonSchema, Enum) {
     ExpectFault(R"({"enum": [true]})", "false", ": expected true, got false");
 }
 
-TEST(JsonSchema, MinLength) {
+TEST(JsonSchema, MinLengthIsChecked) {
     ExpectGood(R"({"type": "string", "minLength": 1})", {R"("a")"});
     ExpectFault(R"({"type": "string", "minLength": 1})",
                 R"("")",
                 R"(: expected a string that is not empty, got "")");
 }
 
-TEST(JsonSchema, ItemsAndTheirNumber) {
+TEST(JsonSchema, ItemsAndTheirNumberAreChecked) {
     const std::string three =
         R"({"type": "array", "items": {"type": "number"}, "minItems": 3, "maxItems": 3})";
     ExpectGood(three, {"[1, 2, 3]"});
@@ -129,7 +128,7 @@ constexpr const char* settings = R"({"type": "object", "entryName": "setting",
     "additionalProperties": false, "required": ["strength"],
     "properties": {"radius": {"type": "number"}, "strength": {"type": "number"}}})";
 
-TEST(JsonSchema, FieldsOfObjects) {
+TEST(JsonSchema, FieldsOfObjectsAreChecked) {
     ExpectGood(settings, {R"({"strength": 1})", R"({"strength": 1, "radius": 2})"});
     ExpectFault(settings,
                 R"({"strength": 1, "raduis": 1})",
@@ -151,7 +150,7 @@ TEST(JsonSchema, FieldsOfObjects) {
     ExpectGood(R"({"type": "object"})", {R"({"anything": 1})"});
 }
 
-TEST(JsonSchema, AlternativesOfFields) {
+TEST(JsonSchema, AlternativesOfFieldsAreChecked) {
     const std::string step = R"({"type": "object", "oneOf": [
         {"anyOf": [{"required": ["tool"]}, {"required": ["set"]}]},
         {"required": ["stroke"]}, {"required": ["undo"]},
@@ -171,7 +170,7 @@ TEST(JsonSchema, AlternativesOfFields) {
     ExpectFault(step, "3", ": expected an object, got 3");
 }
 
-TEST(JsonSchema, AlternativesOfValues) {
+TEST(JsonSchema, AlternativesOfValuesAreChecked) {
     const std::string mirror = R"({"oneOf": [
         {"type": "array", "items": {"enum": ["x", "y"]}},
         {"type": "object", "required": ["radial"]},
@@ -198,7 +197,7 @@ TEST(JsonSchema, ReferencesMayBeRecursive) {
     ExpectFault(tree, "[[], [[3]]]", "/1/0/0: expected an array of arrays, got 3");
 }
 
-TEST(JsonSchema, FaultsEndAtTheirLimit) {
+TEST(JsonSchema, NumberOfFaultsIsLimited) {
     const JsonSchema schema(R"({"type": "array", "items": {"type": "number"}})");
     const auto document = nlohmann::json::parse(R"(["a", "b", "c"])");
     EXPECT_EQ(schema.Check(document).size(), 3u);

@@ -92,7 +92,7 @@ TEST(JsonText, DeepNestingIsRefused) {
               "a.json: " + parents + "/b: more than 64 nested values");
 }
 
-TEST(JsonText, ValuesAreThoseOfThePlainParser) {
+TEST(JsonText, ValuesEqualThoseOfThePlainParser) {
     const std::string text =
         R"({"n": null, "t": true, "i": -3, "u": 18446744073709551615, "f": 0.1, "s": "\u00e4\n",
             "a": [1, [], {}, [2, {"x": 1}]], "o": {"p": {"q": 1e-7}}})";

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The schema check against another implementation, on scripts with random changes.
+/// \file The schema check compared with another implementation, on scripts with random changes.
 #include "framework/json/JsonSchema.h"
 #include "framework/script/ScriptDocument.h"
 #include "tests/SourceFolder.h"
@@ -83,7 +82,7 @@ void Change(json& document, RandomNumbers& random) {
     }
 }
 
-TEST(SchemaAgreement, WithAnotherImplementation) {
+TEST(SchemaAgreement, MatchesAnotherImplementation) {
     const JsonSchema schema(StrokeScriptSchema());
     Oracle oracle(StrokeScriptSchema());
     std::vector<json> scripts;
@@ -105,7 +104,7 @@ TEST(SchemaAgreement, WithAnotherImplementation) {
         ASSERT_EQ(faults.empty(), oracle.Accepts(script))
             << script.dump() << "\n"
             << (faults.empty() ? "" : FaultMessage("", faults.front()));
-        // Each fault is in the document.
+        // Each reported fault is in the document.
         for (const JsonFault& fault : faults)
             ASSERT_TRUE(script.contains(json::json_pointer(fault.pointer))) << fault.pointer;
         ++(faults.empty() ? accepted : refused);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What authors of stroke scripts and pen streams read about their mistakes.
+/// \file The error messages for authors of stroke scripts and pen streams.
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptDocument.h"
@@ -24,7 +23,7 @@ std::string StepError(const std::string& step) {
     return error.substr(std::min(error.size(), start.size()));
 }
 
-TEST(ScriptSchema, NamesWhatIsAccepted) {
+TEST(ScriptSchema, ErrorsNameTheAcceptedValues) {
     EXPECT_EQ(ErrorOf(R"({"mesh": "a.obj", "steps": [{"set":{"raduis":1}}]})"),
               R"(first.json: /steps/0/set/raduis: unknown setting; did you mean "radius"?)");
     EXPECT_EQ(StepError(R"({"strok": {}})"), R"(/strok: unknown step; did you mean "stroke"?)");
@@ -93,7 +92,7 @@ TEST(ScriptSchema, NumbersThatWouldOverflowAreRefused) {
               "/camera/eye/2: expected a number from -1e+12 to 1e+12, got 1e+20");
     EXPECT_EQ(StepError(R"({"stroke": {"wholeMesh": {"strength": 1e38}}})"),
               "/stroke/wholeMesh/strength: expected a number from 0 to 1e+12, got 1e+38");
-    // As a signed number of 64 bits it would be negative.
+    // As a signed 64-bit number it would be negative.
     EXPECT_EQ(ErrorOf(R"({"memoryLimit": 10000000000000000000, "steps": []})"),
               "first.json: /memoryLimit: expected a whole number from 1 to 9007199254740992, got "
               "10000000000000000000");
@@ -130,7 +129,7 @@ TEST(ScriptSchema, EveryObjectMayHaveAComment) {
     EXPECT_EQ(StepError(R"({"undo": 1, "comment": 7})"), "/comment: expected a string, got 7");
 }
 
-TEST(ScriptSchema, ScriptsHaveALimitOfSize) {
+TEST(ScriptSchema, ScriptSizeIsLimited) {
     EXPECT_EQ(MessageOf<HostError>([] { ReadStrokeScript("/dev/zero"); }),
               "/dev/zero: larger than 64 MiB");
 }

@@ -8,7 +8,7 @@ namespace {
 
 const std::vector<std::string> words = {"radius", "radiusPixels", "spacing", "strength", "x"};
 
-TEST(Suggestion, FindsWordsWithFewEdits) {
+TEST(Suggestion, FindsWordsWithASmallEditDistance) {
     EXPECT_EQ(ClosestWord("raduis", words), "radius");
     EXPECT_EQ(ClosestWord("radius", words), "radius");
     EXPECT_EQ(ClosestWord("RADIUS", words), "radius");
@@ -18,7 +18,7 @@ TEST(Suggestion, FindsWordsWithFewEdits) {
     EXPECT_EQ(ClosestWord("y", words), "x");
 }
 
-TEST(Suggestion, LeavesFarWordsAlone) {
+TEST(Suggestion, IgnoresDistantWords) {
     EXPECT_EQ(ClosestWord("falloff", words), "");
     EXPECT_EQ(ClosestWord("rds", words), "");
     EXPECT_EQ(ClosestWord("", words), "");

@@ -32,7 +32,8 @@ void Add(std::vector<uint8_t>& bytes, const T* first, std::size_t count) {
     bytes.insert(bytes.end(), raw, raw + count * sizeof(T));
 }
 
-/// A brush in the middle of a dab, its members set by hand so that any switches are legal.
+/// The state of a brush halfway through a dab, with members set directly so that any combination of
+/// switches is legal.
 struct KernelState {
     KernelState(const KernelSwitches& s,
                 bool vectorStamp,
@@ -105,7 +106,7 @@ struct KernelState {
         brush.EndStroke();
     }
 
-    /// Everything that a kernel may have written.
+    /// All data that a kernel may have written.
     std::vector<uint8_t> Bytes(bool reached) const {
         std::vector<uint8_t> bytes;
         Add(bytes, mesh.vertices.array, mesh.VertexCount());
@@ -144,7 +145,7 @@ struct KernelState {
     std::vector<HWVector> offsets;
 };
 
-/// Two dabs on a patch and its neighbour, so that build-up and seams take part.
+/// Two dabs on a patch and its neighbour, to include build-up and seams.
 std::vector<uint8_t> Run(const KernelSwitches& s,
                          bool specialised,
                          bool vectorStamp,
@@ -155,7 +156,7 @@ std::vector<uint8_t> Run(const KernelSwitches& s,
     bool reached = false;
     for (int dab = 0; dab < 2; ++dab) {
         for (const uint32_t patch : {0u, 1u}) {
-            // Positions are averaged over what the grid holds of them.
+            // Positions are averaged from those stored in the grid.
             if (FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal)
                 state.brush.ReadPatchPositions(state.brush.PatchSlice(patch));
             reached |= specialised ? state.RunSpecialised(s, patch) : state.RunByValue(s, patch);
@@ -180,15 +181,15 @@ void ExpectSameBits(int32_t patchLevel, float radius, uint8_t freezeAmount) {
     }
 }
 
-TEST(AllSpecialisations, GiveTheBitsOfTheSameStepWithRunTimeSwitches) {
+TEST(AllSpecialisations, AreBitIdenticalToTheStepWithRunTimeSwitches) {
     ExpectSameBits(2, 0.9f, 3);
 }
 
 TEST(AllSpecialisations, AgreeOnPatchesOfOneFace) { ExpectSameBits(0, 0.9f, 3); }
 
-TEST(AllSpecialisations, AgreeWithNoRadius) { ExpectSameBits(1, 0.0f, 3); }
+TEST(AllSpecialisations, AgreeOnARadiusOfZero) { ExpectSameBits(1, 0.0f, 3); }
 
-TEST(AllSpecialisations, AgreeWithEverythingFrozen) { ExpectSameBits(1, 0.9f, 127); }
+TEST(AllSpecialisations, AgreeOnAFullMask) { ExpectSameBits(1, 0.9f, 127); }
 
 constexpr float oddNumbers[] = {0.0f,
                                 -0.0f,
@@ -197,9 +198,9 @@ constexpr float oddNumbers[] = {0.0f,
                                 1e30f,
                                 -1e-30f};
 
-/// Which of two numbers that are none a sum of both hands on, the processor decides by their order
-/// in the instruction, and so the compiler; here they count as one.
-void TakeNoNumbersAsOne(std::vector<uint8_t>& bytes) {
+/// If both operands of a sum are NaN, the result depends on their order in the instruction, which
+/// the compiler chooses. This function makes all NaNs equal.
+void MakeAllNaNsEqual(std::vector<uint8_t>& bytes) {
     for (std::size_t i = 0; i + sizeof(float) <= bytes.size(); i += sizeof(float)) {
         float number;
         std::memcpy(&number, bytes.data() + i, sizeof number);
@@ -209,15 +210,17 @@ void TakeNoNumbersAsOne(std::vector<uint8_t>& bytes) {
     }
 }
 
-/// Two patches of positions drawn at random, one in `rarity` of them odd.
-std::vector<uint8_t> RunOnDrawn(const KernelSwitches& s, bool specialised, unsigned seed) {
+/// Two patches with random positions, of which one in `rarity` is a special value.
+std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
+                                          bool specialised,
+                                          unsigned seed) {
     std::mt19937 engine(seed);
     KernelState state(s, false, 2, 0.6f + 0.1f * static_cast<float>(seed % 10), 3);
     const unsigned rarity = 2 + seed % 40;
     for (uint32_t v = 0; v < state.mesh.VertexCount(); ++v) {
         Vertex& vertex = state.mesh.vertices.array[v];
         for (float* number : {&vertex.x, &vertex.y, &vertex.z}) {
-            // Every other time zeros alone, which are then the least numbers.
+            // For every other seed zeros alone, which are then the minima.
             const std::size_t kinds = seed % 2 == 0 ? 2 : std::size(oddNumbers);
             if (seed % 2 == 0) *number = std::abs(*number) + 0.01f;
             if (engine() % rarity == 0) *number = oddNumbers[engine() % kinds];
@@ -229,24 +232,25 @@ std::vector<uint8_t> RunOnDrawn(const KernelSwitches& s, bool specialised, unsig
         reached |= specialised ? state.RunSpecialised(s, patch) : state.RunByValue(s, patch);
     }
     auto bytes = state.Bytes(reached);
-    TakeNoNumbersAsOne(bytes);
+    MakeAllNaNsEqual(bytes);
     return bytes;
 }
 
-/// The kernels that take vertices in an order of their own, over zeros of both signs, numbers
-/// without end and such that are none: bounds above all depend on the order then.
-TEST(AllSpecialisations, AgreeOnOddNumbers) {
+/// The kernels that reorder vertices, on zeros of both signs, infinities and NaN. The bounds in
+/// particular then depend on the order.
+TEST(AllSpecialisations, AgreeOnZerosInfinitiesAndNaN) {
     for (unsigned index = 0; index < KernelSwitches::count; ++index) {
         const KernelSwitches s = KernelSwitches::FromIndex(index);
         if (s.withStamp || s.tiledStamp || s.throughLayer || s.withoutRadius || s.notifyPerVertex)
             continue;
         SCOPED_TRACE(Describe(s));
         for (unsigned seed = 0; seed < 100; ++seed)
-            ASSERT_EQ(RunOnDrawn(s, true, seed), RunOnDrawn(s, false, seed)) << "seed " << seed;
+            ASSERT_EQ(RunOnRandomPositions(s, true, seed), RunOnRandomPositions(s, false, seed))
+                << "seed " << seed;
     }
 }
 
-TEST(AllSpecialisations, TheTableHoldsThemAll) {
+TEST(AllSpecialisations, AreAllInTheTable) {
     for (unsigned index = 0; index < KernelSwitches::count; ++index)
         EXPECT_NE(patchKernels[index], nullptr) << index;
 }

@@ -42,7 +42,7 @@ TEST_F(Dispatch, TilingWithoutAStampHasNoBit) {
     bench.End();
 }
 
-TEST_F(Dispatch, FreezeIsAskedAnewForEveryPatch) {
+TEST_F(Dispatch, MaskIsQueriedForEveryPatch) {
     bench.Begin();
     EXPECT_EQ(bench.brush->PatchSwitches().Index(), 0u);
     bench.Mesh().SetFreeze(3, 10);
@@ -51,7 +51,7 @@ TEST_F(Dispatch, FreezeIsAskedAnewForEveryPatch) {
     bench.End();
 }
 
-TEST_F(Dispatch, RendererThatWantsVerticesSetsItsBit) {
+TEST_F(Dispatch, RendererThatRequestsVerticesSetsItsBit) {
     bench.AddRenderer(0.0f);
     EXPECT_EQ(IndexOf(Tool::Sculpt), 256u);
 }
@@ -64,21 +64,21 @@ TEST_F(Dispatch, PatchBeyondTheMeshIsRefused) {
     bench.End();
 }
 
-TEST_F(Dispatch, PatchThatIsNotLiveIsLeftAlone) {
+TEST_F(Dispatch, PatchThatIsNotLiveIsSkipped) {
     bench.Mesh().faceFlags[4 * 16] = 0;
     const std::vector<VertexBits> before = BitsOf(bench.Mesh());
     bench.Stroke(bench.HitFace(4 * 16 + 3), 1.5f);
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
 }
 
-TEST_F(Dispatch, NormalsAreRefreshedWhereTheKernelReachedNothing) {
+TEST_F(Dispatch, NormalsAreUpdatedEvenIfTheKernelReachedNothing) {
     LevelMesh& mesh = bench.Mesh();
     const uint32_t vertex = mesh.faceVertexIndices[4 * 16 * 4];
     mesh.vertexNormals.array[vertex] = {1, 2, 3, 4};
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     SurfacePoint hit = bench.HitFace(4 * 16);
     bench.Begin();
-    // Far above the surface: the patch under the hit is walked, but nothing of it is in reach.
+    // Far above the surface: the patch under the hit is visited, but no vertex is in reach.
     AxisAlignedBoundingBox box;
     bench.brush->ApplyDab(hit, {1.5f, 1.5f, 9.0f}, 1.2f, 1.0f, 1.0f, box);
     bench.End();
@@ -87,21 +87,21 @@ TEST_F(Dispatch, NormalsAreRefreshedWhereTheKernelReachedNothing) {
     EXPECT_TRUE(renderer.notices.empty());
 }
 
-TEST_F(Dispatch, PatchAndItsNeighboursAreToldOncePerPatch) {
+TEST_F(Dispatch, PatchAndItsNeighboursAreReportedOncePerPatch) {
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     bench.Stroke(bench.HitFace(4 * 16 + 2), 0.4f);
     ASSERT_FALSE(renderer.notices.empty());
-    // The patch at the hit first: its first face and that face's first vertex.
+    // The patch at the hit comes first: its first face and that face's first vertex.
     EXPECT_EQ(renderer.notices[0].face % 16 % 4, renderer.notices[0].face % 4);
     for (const RecordingRenderer::Notice& notice : renderer.notices)
         EXPECT_EQ(notice.vertex, bench.Mesh().faceVertexIndices[notice.face * 4]);
 }
 
-TEST_F(Dispatch, WithoutATableOfNeighboursOnlyReachedPatchesAreNotified) {
+TEST_F(Dispatch, WithoutANeighbourTableOnlyReachedPatchesAreReported) {
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     bench.Begin();
     ASSERT_NE(bench.brush->patchMap, nullptr);
-    // As a map is left for which there was no memory.
+    // The state of a map whose allocation failed.
     bench.brush->patchMap->neighbourFaces.Clear();
     bench.Dab(bench.HitFace(4 * 16 + 2), 0.4f);
     bench.End();

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Where the weight takes a vertex: the four families, the vector stamp, the way back from the
-/// world.
+/// \file The displacement of a vertex by its weight: the four families, the vector stamp, the
+/// conversion back from world space.
 #include "tests/kernels/KernelBench.h"
 #include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"
@@ -16,7 +15,7 @@ namespace {
 
 // --- Planing ---
 
-/// A flat patch at z = 0, and a plane z = planeDistance. A strength of 100 is a weight of 1.
+/// A flat patch at z = 0, and a plane z = planeDistance. A strength of 100 gives a weight of 1.
 class Planing : public ::testing::Test {
 protected:
     void Dab(Tool tool, float planeDistance) {
@@ -34,30 +33,30 @@ protected:
     bool reached = false;
 };
 
-TEST_F(Planing, ScrapeLeavesWhatLiesBelowThePlane) {
+TEST_F(Planing, ScrapeLeavesVerticesBelowThePlane) {
     Dab(Tool::Scrape, 1.0f);
     EXPECT_TRUE(reached);
     EXPECT_EQ(Height(), 0.0f);
 }
-TEST_F(Planing, ScrapeBringsDownWhatLiesAbove) {
+TEST_F(Planing, ScrapeLowersVerticesAboveThePlane) {
     Dab(Tool::Scrape, -1.0f);
     EXPECT_NEAR(Height(), -1.0f, 1e-6f);
 }
-TEST_F(Planing, FillLeavesWhatLiesAboveThePlane) {
+TEST_F(Planing, FillLeavesVerticesAboveThePlane) {
     Dab(Tool::Fill, -1.0f);
     EXPECT_TRUE(reached);
     EXPECT_EQ(Height(), 0.0f);
 }
-TEST_F(Planing, FillRaisesWhatLiesBelow) {
+TEST_F(Planing, FillRaisesVerticesBelowThePlane) {
     Dab(Tool::Fill, 1.0f);
     EXPECT_NEAR(Height(), 1.0f, 1e-6f);
 }
-TEST_F(Planing, AmplifyMovesFurtherOut) {
+TEST_F(Planing, AmplifyMovesAwayFromThePlane) {
     Dab(Tool::Amplify, -1.0f);
     EXPECT_NEAR(Height(), 1.0f, 1e-6f);
 }
 
-TEST_F(Planing, SignTurnsBeforeTheClamps) {
+TEST_F(Planing, SignIsAppliedBeforeTheClamps) {
     bench.Start(Tool::Amplify);
     Aim(-1.0f);
     bench.brush.planeClampMin = -0.5f;
@@ -75,7 +74,7 @@ TEST_F(Planing, UpperLimitIsTestedFirst) {
     EXPECT_NEAR(Height(), 0.5f, 1e-6f);
 }
 
-TEST_F(Planing, OffsetTurnsWithTheStroke) {
+TEST_F(Planing, OffsetChangesSignWithTheStroke) {
     bench.Start(Tool::Flatten);
     Aim(1.0f);
     bench.brush.planeOffset = 0.25f;
@@ -89,7 +88,7 @@ TEST_F(Planing, OffsetTurnsWithTheStroke) {
     EXPECT_NEAR(Height(), 0.75f, 1e-6f);
 }
 
-TEST_F(Planing, PlaneIsApproachedFromWhereTheVertexIsNow) {
+TEST_F(Planing, PlaneIsApproachedFromTheCurrentPosition) {
     bench.Start(Tool::Flatten);
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.75f);
     bench.brush.dabStrength = 50.0f;
@@ -103,7 +102,7 @@ TEST_F(Planing, PlaneIsApproachedFromWhereTheVertexIsNow) {
 
 // --- Pulling ---
 
-TEST(Pulling, VertexAtTheCentreStaysWhateverTheWeight) {
+TEST(Pulling, VertexAtTheCentreNeverMoves) {
     KernelBench bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Pinch);
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.3f);
@@ -113,14 +112,14 @@ TEST(Pulling, VertexAtTheCentreStaysWhateverTheWeight) {
     EXPECT_EQ(bench.mesh.Position(middle), Vector(0.5f, 0.5f, 0.0f));
 }
 
-TEST(Pulling, TakesATenthOfTheWayForAWeightOfOne) {
+TEST(Pulling, MovesATenthOfTheDistanceForAWeightOfOne) {
     KernelBench bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Pinch);
     bench.Aim({0.5f, 0.5f, 1.0f}, 2.0f);
     const uint32_t vertex = bench.VertexNear({0.25f, 0.5f, 0.0f});
     bench.RunKernel(0);
     ExpectNear(bench.mesh.Position(vertex), {0.275f, 0.5f, 0.1f}, 1e-6f);
-    // Again, from where it is now.
+    // The same from the current position.
     bench.NextDab();
     bench.RunKernel(0);
     ExpectNear(bench.mesh.Position(vertex), {0.2975f, 0.5f, 0.19f}, 1e-6f);
@@ -128,7 +127,7 @@ TEST(Pulling, TakesATenthOfTheWayForAWeightOfOne) {
 
 // --- Averaging ---
 
-/// The patch in the middle of 3 x 3, itself 2 x 2 faces, flat but for a spike in its middle.
+/// The middle patch of 3 x 3, which has 2 x 2 faces and is flat except for a spike in its middle.
 class Averaging : public ::testing::Test {
 protected:
     Averaging() { renderer = &bench.stroke.AddRenderer(0.0f); }
@@ -143,7 +142,7 @@ protected:
     const uint32_t middle = bench.VertexAt(patch, 1, 1);
 };
 
-TEST_F(Averaging, FlatSurfaceIsWrittenWhereItIs) {
+TEST_F(Averaging, FlatSurfaceIsWrittenUnchanged) {
     Start(true);
     const std::vector<VertexBits> before = BitsOf(bench.mesh);
     EXPECT_TRUE(bench.RunTester(patch));
@@ -155,7 +154,7 @@ TEST_F(Averaging, PositionsAreSmoothedInPlaceInRowOrder) {
     bench.mesh.SetPosition(middle, {1.5f, 1.5f, 1.0f});
     Start(true);
     bench.RunTester(patch);
-    // Each vertex sees those before it smoothed and those behind it not yet.
+    // For each vertex, the vertices before it are already smoothed and those after it are not.
     const float heights[3][3] = {
         {0.0f, 0.2f, 0.04f}, {0.2f, 0.28f, 0.064f}, {0.04f, 0.064f, 0.0256f}};
     for (uint32_t row = 0; row < 3; ++row)
@@ -165,7 +164,7 @@ TEST_F(Averaging, PositionsAreSmoothedInPlaceInRowOrder) {
                 << row << ", " << column;
 }
 
-TEST_F(Averaging, WeightTakesAShareOfTheWay) {
+TEST_F(Averaging, WeightScalesTheMoveToTheMean) {
     bench.mesh.SetPosition(middle, {1.5f, 1.5f, 1.0f});
     Start(true);
     bench.Aim({1.5f, 1.5f, 0.9f}, 0.2f);
@@ -190,7 +189,7 @@ TEST_F(Averaging, LayerIsSmoothedFromItsOldOffsetsOnly) {
     }
 }
 
-TEST_F(Averaging, LayerWithoutOffsetsLeavesTheShapeBeneathItAlone) {
+TEST_F(Averaging, LayerWithoutOffsetsDoesNotSmoothTheBase) {
     bench.mesh.SetPosition(middle, {1.5f, 1.5f, 1.0f});
     SculptLayer& layer = bench.stroke.AddLayer();
     Start(false);
@@ -220,11 +219,11 @@ TEST_F(Averaging, VertexNormalDirectionOnALayerAveragesPositions) {
     EXPECT_NEAR(layer.Offset(middle).z, -0.8f, 1e-6f);
 }
 
-TEST(AveragingAtABorder, MeanLeansInwardAndNotAlongTheNormal) {
+TEST(AveragingAtABorder, MeanIsShiftedInwardNotAlongTheNormal) {
     KernelBench bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Smooth);
     bench.brush.affectAllLayers.SetValue(true, true);
-    // In the middle of an edge, alone in reach.
+    // In the middle of an edge, the only vertex in reach.
     bench.Aim({0.5f, 0.0f, 0.0f}, 0.1f);
     const uint32_t vertex = bench.VertexNear({0.5f, 0.0f, 0.0f});
     EXPECT_TRUE(bench.RunTester(0));
@@ -234,7 +233,7 @@ TEST(AveragingAtABorder, MeanLeansInwardAndNotAlongTheNormal) {
 
 // --- Pushing and directions ---
 
-TEST(Pushing, GoesAlongTheDirectionOfTheDab) {
+TEST(Pushing, MovesAlongTheDirectionOfTheDab) {
     KernelBench bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.1f);
@@ -245,7 +244,7 @@ TEST(Pushing, GoesAlongTheDirectionOfTheDab) {
     EXPECT_EQ(bench.mesh.Position(middle), Vector(1.5f, 0.5f, -0.5f));
 }
 
-TEST(Pushing, AlongVertexNormalsTakesTheNormalOfFirstTouch) {
+TEST(Pushing, AlongVertexNormalsUsesTheNormalAtFirstTouch) {
     KernelBench bench(SingleQuad(), 2, 2);
     const uint32_t middle = bench.VertexNear({0.5f, 0.5f, 0.0f});
     bench.mesh.vertexNormals.array[middle] = {-32767, 0, 16384, 0};
@@ -254,7 +253,7 @@ TEST(Pushing, AlongVertexNormalsTakesTheNormalOfFirstTouch) {
     bench.brush.buildUpRateCubed = 0.5f;
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.1f);
     bench.RunKernel(0);
-    // Not brought to unit length.
+    // The direction is not normalised.
     ExpectNear(bench.mesh.Position(middle), {0.0f, 0.5f, 0.25f}, 1e-4f);
     bench.mesh.vertexNormals.array[middle] = {0, 32767, 0, 0};
     bench.NextDab();
@@ -264,7 +263,7 @@ TEST(Pushing, AlongVertexNormalsTakesTheNormalOfFirstTouch) {
 
 // --- Vector stamp ---
 
-/// A stamp of one pixel over everything: tangent U, height, tangent V.
+/// A stamp of one pixel that covers everything: tangent U, height, tangent V.
 class VectorStamp : public ::testing::Test {
 protected:
     void Start(Tool tool) {
@@ -295,14 +294,14 @@ TEST_F(VectorStamp, PlaneToolsScaleTheMoveByAHundredthAndNotTheTangents) {
     ExpectNear(Step(), {3.0f * 0.5f, -7.0f * 0.125f, 2.0f * 5.0f * 0.01f * 0.25f}, 1e-5f);
 }
 
-TEST_F(VectorStamp, PinchIsFramedAsWell) {
+TEST_F(VectorStamp, PinchUsesTheStampFrame) {
     Start(Tool::Pinch);
     bench.Aim({0.5f, 0.5f, 1.0f}, 1.5f);
     EXPECT_TRUE(bench.RunKernel(0));
     ExpectNear(Step(), {3.0f * 0.5f, -7.0f * 0.125f, 0.1f * 5.0f * 0.25f}, 1e-5f);
 }
 
-TEST_F(VectorStamp, SmoothIsFramedAsWell) {
+TEST_F(VectorStamp, SmoothUsesTheStampFrame) {
     bench.mesh.SetPosition(middle, {0.5f, 0.5f, 0.5f});
     Start(Tool::Smooth);
     bench.brush.affectAllLayers.SetValue(true, true);
@@ -323,7 +322,7 @@ TEST_F(VectorStamp, AxisAlongTheDirectionGivesNoTangent) {
 
 // --- World space ---
 
-/// The patch twice as long along x in the world, and moved away.
+/// The patch is scaled by two along x in world space, and translated.
 class InWorldSpace : public ::testing::Test {
 protected:
     InWorldSpace() {
@@ -339,9 +338,9 @@ protected:
     const uint32_t above = bench.VertexNear({0.5f, 0.75f, 0.0f});
 };
 
-TEST_F(InWorldSpace, DistanceIsTheWorldsAndTheMatrixsOneDoesNotEnterIt) {
+TEST_F(InWorldSpace, DistanceIsMeasuredInWorldSpace) {
     Start(Tool::Sculpt);
-    // Across x the vertices lie half a unit apart, across y a quarter.
+    // Vertices are half a unit apart along x and a quarter along y.
     bench.Aim({11.0f, 20.5f, 30.0f}, 0.3f);
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 1.0f);
@@ -349,7 +348,7 @@ TEST_F(InWorldSpace, DistanceIsTheWorldsAndTheMatrixsOneDoesNotEnterIt) {
     EXPECT_EQ(bench.Height(right), 0.0f);
 }
 
-TEST_F(InWorldSpace, DisplacementComesBackThroughTheInverseScale) {
+TEST_F(InWorldSpace, DisplacementIsConvertedByTheInverseScale) {
     Start(Tool::Sculpt);
     bench.Aim({11.0f, 20.5f, 30.0f}, 0.1f);
     bench.brush.brushSpace->direction = HWVector(Vector(1.0f, 0.5f, 0.0f));
@@ -357,14 +356,14 @@ TEST_F(InWorldSpace, DisplacementComesBackThroughTheInverseScale) {
     EXPECT_EQ(bench.mesh.Position(middle), Vector(1.0f, 1.0f, 0.0f));
 }
 
-TEST_F(InWorldSpace, PinchMixesItsCentreInTheWorldWithTheLocalPosition) {
+TEST_F(InWorldSpace, PinchCombinesItsWorldCentreWithTheLocalPosition) {
     Start(Tool::Pinch);
     bench.Aim({11.0f, 20.5f, 30.0f}, 0.1f);
     bench.RunKernel(0);
     ExpectNear(bench.mesh.Position(middle), {0.5f + 10.5f * 0.05f, 0.5f + 2.0f, 3.0f}, 1e-5f);
 }
 
-TEST_F(InWorldSpace, VectorStampComesBackToo) {
+TEST_F(InWorldSpace, VectorStampIsConvertedByTheInverseScale) {
     Start(Tool::Sculpt);
     bench.Aim({11.0f, 20.5f, 30.0f}, 0.1f);
     bench.SetStamp(1, 1, {1.0f, 1.0f, 0.0f}, true, 0.1f);

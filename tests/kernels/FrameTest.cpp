@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What a kernel does around its stages: work list, records, the mark, the grid, its answer.
+/// \file The work of a kernel around its stages: work list, records, the mark, the grid, its return
+/// value.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelBench.h"
 #include "tests/meshes/MeshZoo.h"
@@ -13,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-/// Two patches of 2 x 2 faces side by side; they share the three vertices at x = 1.
+/// Two adjacent patches of 2 x 2 faces with three common vertices at x = 1.
 class SeamOfTwoPatches : public ::testing::Test {
 protected:
     SeamOfTwoPatches() { bench.Start(Tool::Sculpt); }
@@ -28,11 +28,11 @@ TEST_F(SeamOfTwoPatches, VertexIsMovedOnceByTheFirstPatchThatReachesIt) {
     EXPECT_EQ(bench.Height(seam), 0.25f);
     EXPECT_TRUE(bench.RunKernel(1));
     EXPECT_EQ(bench.Height(seam), 0.25f);
-    // A vertex of the second patch alone shows that it was at work too.
+    // A vertex of the second patch only shows that this patch was processed, too.
     EXPECT_EQ(bench.Height(bench.VertexNear({1.5f, 0.5f, 0.0f})), 0.25f);
 }
 
-TEST_F(SeamOfTwoPatches, SecondPatchTakesTheMovedPositionIntoItsGrid) {
+TEST_F(SeamOfTwoPatches, SecondPatchReadsTheMovedPositionIntoItsGrid) {
     bench.Aim({1.0f, 0.5f, 0.0f}, 0.6f);
     bench.brush.dabStrength = 0.25f;
     bench.RunKernel(0);
@@ -62,7 +62,8 @@ TEST_F(SeamOfTwoPatches, MarkedVertexOfATriangleMeshCountsWithinTheRadius) {
     ASSERT_TRUE(bench.RunKernel(0));
     bench.mesh.meshType = 0;
     EXPECT_TRUE(bench.RunKernel(1));
-    // The limit itself counts as within; measured at first touch, so its own lift plays no part.
+    // A distance equal to the radius counts as within it. It is measured at first touch, so the
+    // vertex's own displacement has no effect.
     bench.Aim({1.25f, 0.5f, 0.0f}, 0.25f);
     EXPECT_TRUE(bench.RunKernel(0));
     bench.Aim({1.375f, 0.5f, 0.0f}, 0.25f);
@@ -70,7 +71,7 @@ TEST_F(SeamOfTwoPatches, MarkedVertexOfATriangleMeshCountsWithinTheRadius) {
     bench.mesh.meshType = 1;
 }
 
-TEST_F(SeamOfTwoPatches, VertexOutOfReachHasARecordAMarkAndItsPlaceInTheGrid) {
+TEST_F(SeamOfTwoPatches, VertexOutOfReachHasARecordAMarkAndAGridCell) {
     bench.Aim({1.0f, 0.5f, 0.0f}, 0.25f);
     bench.RunKernel(0);
     EXPECT_EQ(bench.mesh.changeRecordCount, 9u);
@@ -87,7 +88,7 @@ TEST_F(SeamOfTwoPatches, VertexOutOfReachHasARecordAMarkAndItsPlaceInTheGrid) {
     }
 }
 
-TEST_F(SeamOfTwoPatches, LaterDabOutOfReachPutsThePresentPositionIntoTheGrid) {
+TEST_F(SeamOfTwoPatches, LaterDabOutOfReachWritesTheCurrentPositionToTheGrid) {
     bench.Aim({1.0f, 0.5f, 0.0f}, 0.25f);
     bench.RunKernel(0);
     bench.NextDab();
@@ -111,13 +112,13 @@ TEST_F(SeamOfTwoPatches, ReachIsMeasuredAtFirstTouch) {
     bench.brush.dabStrength = 8.0f;
     bench.RunKernel(0);
     EXPECT_EQ(bench.Height(seam), 4.0f);
-    // Its present place is far outside the radius now.
+    // Its current position is far outside the radius.
     bench.NextDab();
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(seam), 6.0f);
 }
 
-TEST_F(SeamOfTwoPatches, GridKeepsToThePatchAndW0) {
+TEST_F(SeamOfTwoPatches, GridHasOnlyThePatchAndWZero) {
     bench.Aim({1.0f, 0.5f, 0.0f}, 0.6f);
     bench.RunKernel(0);
     for (uint32_t row = 0; row < 5; ++row) {
@@ -141,7 +142,7 @@ TEST_F(SeamOfTwoPatches, EachRunCountsAllVerticesOfThePatch) {
     EXPECT_EQ(strokeVertexCount, 18u);
 }
 
-TEST(RefusingLayer, EndsTheKernelBeforeItLooksAtAnything) {
+TEST(RefusingLayer, EndsTheKernelBeforeAnyVertex) {
     KernelBench bench(GridMesh(2, 1), 1, 1);
     bench.stroke.AddLayer().SetWritable(false);
     bench.Start(Tool::Sculpt);
@@ -153,7 +154,7 @@ TEST(RefusingLayer, EndsTheKernelBeforeItLooksAtAnything) {
     EXPECT_EQ(bench.brush.patchVertexList, nullptr);
     EXPECT_EQ(bench.BoxMin(), Vector(1.0f, 0.5f, 0.0f));
     EXPECT_EQ(bench.BoxMax(), Vector(1.0f, 0.5f, 0.0f));
-    // The normals of the patch are made from the grid, so it holds the present positions.
+    // The normals of the patch are computed from the grid, so it contains the current positions.
     EXPECT_EQ(bench.GridAt(1, 1), Vector(0.5f, 0.5f, 0.75f));
 
     const uint32_t raised = bench.VertexAt(0, 1, 0);
@@ -161,10 +162,10 @@ TEST(RefusingLayer, EndsTheKernelBeforeItLooksAtAnything) {
     EXPECT_FALSE(bench.RunTester(0));
     const PackedNormal& normal = bench.mesh.vertexNormals.array[raised];
     EXPECT_NE(normal.z, 7);
-    EXPECT_LT(normal.x, 0) << "the middle of the patch stands up";
+    EXPECT_LT(normal.x, 0) << "the middle of the patch is raised";
 }
 
-TEST(RefusingLayer, IsAskedByKernelsThroughALayerOnly) {
+TEST(RefusingLayer, IsQueriedOnlyByKernelsThatUseALayer) {
     KernelBench bench(GridMesh(2, 1), 1, 1);
     bench.stroke.AddLayer().SetWritable(false);
     bench.Start(Tool::Sculpt);
@@ -190,13 +191,14 @@ TEST(WorkList, PatchOfOneFaceHasItsFourCorners) {
     }
 }
 
-TEST(WorkList, NamesTheFacesInOneOrder) {
+TEST(WorkList, ListsTheFacesInAFixedOrder) {
     KernelBench bench(GridMesh(2, 2), 1, 1);
     bench.Start(Tool::Sculpt);
     const uint32_t patch = 3;
     ASSERT_EQ(bench.brush.BuildWorkList(patch), 9u);
-    // Row by row of the patch: the cell of each vertex's face. The first vertex of a row shares
-    // the next one's face, and the last row takes its faces from the last row there is.
+    // Row by row of the patch: the cell of each vertex's face. The first vertex of a row has the
+    // same face as the next vertex, and the last row of vertices uses the faces of the last row of
+    // cells.
     const uint32_t faceCells[] = {0, 0, 1, 2, 2, 3, 2, 2, 3};
     const Store<uint32_t>& faces = SubdivisionLevel::QuadIndexTable(1);
     for (uint32_t i = 0; i < 9; ++i)
@@ -223,7 +225,7 @@ TEST(WorkList, EachEntryIsAVertexOfItsFaceAtItsCell) {
     }
 }
 
-TEST(WorkList, BufferGrowsButNeverShrinksInAStroke) {
+TEST(WorkList, BufferNeverShrinksDuringAStroke) {
     KernelBench bench(GridMesh(2, 2), 2, 2);
     bench.Start(Tool::Sculpt);
     bench.brush.BuildWorkList(0);
@@ -236,7 +238,7 @@ TEST(WorkList, BufferGrowsButNeverShrinksInAStroke) {
     EXPECT_EQ(bench.brush.patchVertexList, buffer);
 }
 
-TEST(MirroredStampRead, IsWantedInTheMirroredPassOfTheTopologicalModeOnly) {
+TEST(MirroredStampRead, IsUsedOnlyInTheMirroredPassOfTheTopologicalMode) {
     KernelBench bench(GridMesh(2, 1), 1, 1);
     bench.Start(Tool::Sculpt);
     SwiftStroke& brush = bench.brush;

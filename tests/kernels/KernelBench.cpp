@@ -41,7 +41,7 @@ void KernelBench::Start(Tool tool, int falloffIndex) {
     brush.dabStrength = 1.0f;
     brush.dabPressure = 1.0f;
     brush.brushSpace->direction = HWVector(Vector(0.0f, 0.0f, 1.0f));
-    // A new stamp: the records of this stroke take over the marks of the last one.
+    // A new stamp, since the records of this stroke reuse the marks of the previous one.
     brush.dabStamp = ++mesh.visitStamp;
     Aim(Vector(), 1.0f);
 }

@@ -7,13 +7,13 @@
 
 namespace trovik::test {
 
-/// A brush in the middle of a dab, its members set by hand: no walk and no preparation of a dab
-/// stands between a test and a kernel.
+/// The state of a brush halfway through a dab, with members set directly: no walk and no
+/// preparation of a dab is between a test and a kernel.
 ///
-/// Set up the mesh through `stroke` (layer, renderers, freeze, placement), then Start. A dab has
+/// Set up the mesh through `stroke` (layer, renderers, mask, transform), then call Start. A dab has
 /// full pressure, strength 1, direction +z and an empty dirty box at its centre, unless a test sets
-/// the brush's members otherwise. The grids start out full of NaN, so that a cell that nobody
-/// wrote shows.
+/// the brush's members otherwise. The grids are filled with NaN, so that unwritten cells can be
+/// detected.
 class KernelBench {
 public:
     KernelBench(const PolygonMesh& polygons, unsigned subdivisions, int32_t patchLevelOfDabs);
@@ -21,16 +21,17 @@ public:
 
     /// Begins a stroke with the tool and puts the brush into its first dab.
     void Start(Tool tool, int falloffIndex = 0);
-    /// Centre and radius, in the space of the distances; empties the dirty box into the centre.
+    /// Sets centre and radius, in the space of the distances, and resets the dirty box to the
+    /// centre.
     void Aim(const Vector& center, float radius);
-    /// The next dab of the stroke at the same place.
+    /// Begins the next dab of the stroke at the same position.
     void NextDab();
     /// Ends the stroke and begins one with the same tool and a new dab.
     void Restart(Tool tool, int falloffIndex = 0);
 
-    /// The kernel that the brush's members ask for.
+    /// Runs the kernel that the brush's members select.
     bool RunKernel(uint32_t patch);
-    /// The whole callback of the walk: halo, kernel, normals, notices.
+    /// Runs the whole callback of the walk: ghost cells, kernel, normals, notifications.
     bool RunTester(uint32_t patch) { return brush.Tester(brush.patchMesh, patch); }
 
     uint32_t Points() const { return (1u << patchLevel) + 1; }
@@ -45,8 +46,8 @@ public:
     Vector BoxMin() const { return static_cast<Vector>(brush.brushSpace->boundsMin); }
     Vector BoxMax() const { return static_cast<Vector>(brush.brushSpace->boundsMax); }
 
-    /// A stamp of the given pixels (one float each, or three for a vector stamp), laid on the mesh
-    /// by `x` and `y` times `scale`, the pixels' centres at whole numbers.
+    /// A stamp of the given pixels (one float each, or three for a vector stamp), mapped to the
+    /// mesh by `x` and `y` times `scale`; pixel centres are at integers.
     void SetStamp(uint32_t width,
                   uint32_t height,
                   const std::vector<float>& pixels,
@@ -64,10 +65,10 @@ private:
     bool running = false;
 };
 
-/// The fall-off by facing angle and a camera for it, while it lives.
+/// Sets the falloff by facing angle and a camera for it during its lifetime.
 class FacingAngle {
 public:
-    /// Angles in degrees; the camera stands at `eye`, in the world.
+    /// Angles are in degrees; the camera is at `eye`, in world space.
     FacingAngle(SwiftStroke& brush, const Vector& eye, float start, float range);
     ~FacingAngle();
     FacingAngle(const FacingAngle&) = delete;

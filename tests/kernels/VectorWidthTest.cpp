@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Every vector width gives the same bits, also for numbers that are none, and in whole dabs.
+/// \file Every vector width gives the same bits, also for NaN, and in whole dabs.
 #include "kernels/PatchNormals.h"
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
@@ -25,7 +24,7 @@ constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 constexpr float tiny = std::numeric_limits<float>::denorm_min();
 constexpr float oddities[] = {0.0f, -0.0f, infinity, -infinity, notANumber, tiny, 1e30f, -1e-30f};
 
-/// Mostly plain numbers, now and then an odd one.
+/// Mostly ordinary numbers, occasionally a special value.
 class Numbers {
 public:
     explicit Numbers(uint32_t seed) : engine(seed) {}
@@ -42,13 +41,13 @@ private:
 class VectorWidths : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!IsAvailable(VectorWidth::Eight)) GTEST_SKIP() << "the processor has one width only";
+        if (!IsAvailable(VectorWidth::Eight)) GTEST_SKIP() << "the processor has only one width";
     }
 };
 
 constexpr uint32_t dabStamp = 77;
 
-VertexBatch DrawBatch(Numbers& numbers) {
+VertexBatch RandomBatch(Numbers& numbers) {
     VertexBatch batch{};
     for (uint32_t i = 0; i < VertexBatch::capacity; ++i) {
         for (int k = 0; k < 3; ++k) batch.start[i][k] = numbers.Next();
@@ -82,7 +81,7 @@ void ExpectSameWeights(StrokeBench& bench) {
         for (HWVector& row : brush.brushSpace->meshToWorld)
             row = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), numbers.Next());
         const uint32_t count = 1 + numbers.Word() % VertexBatch::capacity;
-        VertexBatch four = DrawBatch(numbers);
+        VertexBatch four = RandomBatch(numbers);
         VertexBatch eight = four;
         const uint64_t within = WeighBatch<buildUp, inWorldSpace>(terms, count, four);
         ASSERT_EQ(within, (WeighBatchWide<buildUp, inWorldSpace>(terms, count, eight)));
@@ -97,7 +96,7 @@ void ExpectSameWeights(StrokeBench& bench) {
     }
 }
 
-TEST_F(VectorWidths, WeighAlike) {
+TEST_F(VectorWidths, WeightsAreBitIdentical) {
     StrokeBench bench(SingleQuad());
     ExpectSameWeights<BuildUp::None, false>(bench);
     ExpectSameWeights<BuildUp::None, true>(bench);
@@ -107,7 +106,7 @@ TEST_F(VectorWidths, WeighAlike) {
     ExpectSameWeights<BuildUp::DampsAndGrows, true>(bench);
 }
 
-TEST_F(VectorWidths, PackNormalsAlike) {
+TEST_F(VectorWidths, PackedNormalsAreBitIdentical) {
     Numbers numbers(4);
     for (uint32_t count = 1; count <= PackedRow::capacity; ++count) {
         for (int round = 0; round < 20; ++round) {
@@ -127,8 +126,8 @@ TEST_F(VectorWidths, PackNormalsAlike) {
     }
 }
 
-/// The vectors' own operations, one cell at a time.
-TEST(PackedNormals, AreThoseOfTheVectorOperations) {
+/// The vector class's own operations, one cell at a time.
+TEST(PackedNormals, EqualThoseOfTheVectorOperations) {
     Numbers numbers(5);
     for (uint32_t count = 1; count <= 9; ++count) {
         for (int round = 0; round < 50; ++round) {
@@ -165,28 +164,28 @@ std::vector<VertexBits> StrokeWith(VectorWidth width, Tool tool) {
     return BitsOf(bench.Mesh());
 }
 
-TEST_F(VectorWidths, SculptAlike) {
+TEST_F(VectorWidths, WholeDabsAreBitIdentical) {
     for (const Tool tool :
          {Tool::Sculpt, Tool::Flatten, Tool::Pinch, Tool::Smooth, Tool::Wax, Tool::Bulge})
         EXPECT_EQ(StrokeWith(VectorWidth::Four, tool), StrokeWith(VectorWidth::Eight, tool))
             << static_cast<int>(tool);
 }
 
-enum class Heights { Uneven, ZerosOfBothSigns, SomeNoNumbers };
+enum class Heights { Uneven, ZerosOfBothSigns, SomeNaN };
 
-/// The bounds of zeros of both signs, and of places of which some are no numbers, depend on the
-/// order in which they are taken in.
+/// With zeros of both signs, and with positions of which some are NaN, the bounds depend on the
+/// order in which positions are added.
 float HeightOf(uint32_t v, Heights heights) {
     const uint32_t drawn = v * 2654435761u >> 16;
-    // Far less than a face's side, which decides how large patches are.
+    // Much less than the length of a face's side, which determines the size of patches.
     const float height = 1e-8f * static_cast<float>(drawn);
     if (heights == Heights::ZerosOfBothSigns)
         return drawn % 5 == 0 ? 0.0f : drawn % 5 == 1 ? -0.0f : height;
-    if (heights == Heights::SomeNoNumbers && v % 211 == 17) return notANumber;
+    if (heights == Heights::SomeNaN && v % 211 == 17) return notANumber;
     return height;
 }
 
-/// What a dab leaves behind, as bytes: vertices, normals, records and the bounds of what moved.
+/// All results of a dab as bytes: vertices, normals, records and the bounds of the moved vertices.
 std::vector<uint8_t> DabWith(
     VectorWidth width, Tool tool, float radius, int32_t patchLevel, Heights heights) {
     const VectorWidth before = UseVectorWidth(width);
@@ -218,14 +217,14 @@ std::vector<uint8_t> DabWith(
     return bytes;
 }
 
-/// Patches of 128, 64 and fewer faces a side; under the larger brushes whole rows move, under the
-/// smaller ones pieces of them.
-TEST_F(VectorWidths, SculptPatchesOfEverySizeAlike) {
+/// Patches of 128, 64 and fewer faces per side. The larger brushes move whole rows, the smaller
+/// ones parts of rows.
+TEST_F(VectorWidths, DabsOnPatchesOfEverySizeAreBitIdentical) {
     for (const Tool tool : {Tool::Sculpt, Tool::Flatten, Tool::Pinch, Tool::Smooth, Tool::Bulge}) {
         for (const auto& [radius, patchLevel] :
              {std::pair{4.0f, 7}, {1.5f, 6}, {0.7f, 4}, {0.2f, 3}, {0.05f, 1}}) {
             for (const Heights heights :
-                 {Heights::Uneven, Heights::ZerosOfBothSigns, Heights::SomeNoNumbers}) {
+                 {Heights::Uneven, Heights::ZerosOfBothSigns, Heights::SomeNaN}) {
                 EXPECT_TRUE(DabWith(VectorWidth::Four, tool, radius, patchLevel, heights) ==
                             DabWith(VectorWidth::Eight, tool, radius, patchLevel, heights))
                     << "tool " << static_cast<int>(tool) << ", radius " << radius << ", heights "

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// How much of the tool a vertex gets: each factor of the weight by itself.
+/// \file The weight of a vertex: each factor by itself.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelBench.h"
 #include "tests/meshes/MeshZoo.h"
@@ -13,8 +12,8 @@
 namespace trovik::test {
 namespace {
 
-/// One flat patch of 4 x 4 faces around (0.5, 0.5), vertices a quarter apart. Pushes along +z with
-/// strength 1, so that the height of a vertex is its weight.
+/// One flat patch of 4 x 4 faces around (0.5, 0.5) with vertices a quarter apart. The brush pushes
+/// along +z with strength 1, so that the height of a vertex is its weight.
 class Weight : public ::testing::Test {
 protected:
     Weight() {
@@ -22,14 +21,14 @@ protected:
         bench.Start(Tool::Sculpt);
         bench.Aim({0.5f, 0.5f, 0.0f}, 0.5f);
     }
-    /// Lets the brush read these falloff samples.
+    /// Makes the brush read these falloff samples.
     void UseFalloff(const std::vector<float>& samples) {
         falloff = samples;
         brush.falloffTable = falloff.data();
         brush.falloffLast = static_cast<int32_t>(falloff.size()) - 1;
         brush.setFalloffLast(static_cast<float>(falloff.size() - 1));
     }
-    bool WasTold(uint32_t vertex) const {
+    bool WasNotified(uint32_t vertex) const {
         for (const auto& notice : renderer->notices)
             if (notice.vertex == vertex) return true;
         return false;
@@ -45,22 +44,22 @@ protected:
     const uint32_t corner = bench.VertexNear({1.0f, 1.0f, 0.0f});
 };
 
-TEST_F(Weight, VertexOnTheRimIsInsideAndTakesTheLastSample) {
+TEST_F(Weight, VertexOnTheRimIsInsideAndUsesTheLastSample) {
     UseFalloff({1.0f, 0.8f, 0.6f, 0.4f, 0.2f});
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 1.0f);
     EXPECT_EQ(bench.Height(quarter), 0.6f);
     EXPECT_EQ(bench.Height(rim), 0.2f);
     EXPECT_EQ(bench.Height(corner), 0.0f);
-    EXPECT_TRUE(WasTold(rim));
-    EXPECT_FALSE(WasTold(corner));
+    EXPECT_TRUE(WasNotified(rim));
+    EXPECT_FALSE(WasNotified(corner));
 }
 
 TEST_F(Weight, VertexJustBeyondTheRimIsOut) {
     bench.Aim({0.5f, 0.5f, 0.0f}, std::nextafter(0.5f, 0.0f));
     bench.RunKernel(0);
     EXPECT_EQ(bench.Height(rim), 0.0f);
-    EXPECT_FALSE(WasTold(rim));
+    EXPECT_FALSE(WasNotified(rim));
     EXPECT_EQ(bench.Height(quarter), 1.0f);
 }
 
@@ -71,19 +70,19 @@ TEST_F(Weight, FalloffIsReadWithoutInterpolation) {
     EXPECT_EQ(bench.Height(rim), 0.5f);
 }
 
-TEST_F(Weight, SampleBeyondTheTableWeighsNothingButCountsAsReached) {
+TEST_F(Weight, SampleBeyondTheTableHasWeightZeroAndCountsAsReached) {
     UseFalloff({1.0f, 0.8f, 0.6f, 0.4f, 0.2f});
-    // Four vertices an eighth of the diagonal away, and no other in reach.
+    // Four vertices are an eighth of the diagonal away, and no other vertex is in reach.
     bench.Aim({0.625f, 0.625f, 0.0f}, 0.2f);
     brush.falloffScale = 40.0f;
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 0.0f);
-    EXPECT_TRUE(WasTold(middle));
+    EXPECT_TRUE(WasNotified(middle));
     EXPECT_EQ(renderer->notices.size(), 4u);
     EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
 }
 
-TEST_F(Weight, DistanceThatIsNoNumberWeighsNothing) {
+TEST_F(Weight, NaNDistanceHasWeightZero) {
     // A radius of zero around a vertex: 0 / 0.
     UseFalloff({1.0f, 0.8f});
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.0f);
@@ -105,10 +104,10 @@ TEST_F(Weight, FullBuildUpMovesInTheFirstDabOfAStrokeOnly) {
     bench.Restart(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 0.0f}, 1.0f);
     bench.RunKernel(0);
-    EXPECT_EQ(bench.Height(middle), 2.0f) << "build-up dies with the stroke";
+    EXPECT_EQ(bench.Height(middle), 2.0f) << "build-up ends with the stroke";
 }
 
-TEST_F(Weight, BuildUpTakesRateAndPressureButNotStrength) {
+TEST_F(Weight, BuildUpUsesRateAndPressureButNotStrength) {
     brush.buildUpRateCubed = 0.5f;
     brush.dabPressure = 0.25f;
     brush.dabStrength = 8.0f;
@@ -120,7 +119,7 @@ TEST_F(Weight, BuildUpTakesRateAndPressureButNotStrength) {
     EXPECT_EQ(bench.Height(middle), 4.0f + 8.0f * 0.5f * 0.875f);
 }
 
-TEST_F(Weight, BuildUpAboveOneTurnsTheSignOfTheWeight) {
+TEST_F(Weight, BuildUpAboveOneChangesTheSignOfTheWeight) {
     brush.dabPressure = 2.0f;
     bench.RunKernel(0);
     EXPECT_EQ(bench.Record(middle)->buildUp, 2.0f);
@@ -130,7 +129,7 @@ TEST_F(Weight, BuildUpAboveOneTurnsTheSignOfTheWeight) {
     EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
 }
 
-TEST_F(Weight, OtherFamiliesLeaveBuildUpAlone) {
+TEST_F(Weight, OtherFamiliesDoNotWriteBuildUp) {
     for (const Tool tool : {Tool::Pinch, Tool::Smooth, Tool::Flatten, Tool::Wax}) {
         SCOPED_TRACE(static_cast<int>(tool));
         bench.Restart(tool);
@@ -139,7 +138,7 @@ TEST_F(Weight, OtherFamiliesLeaveBuildUpAlone) {
         EXPECT_TRUE(bench.RunTester(0));
         EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
     }
-    // Nor do they heed it.
+    // They do not read it, either.
     bench.Restart(Tool::Flatten);
     brush.planeDistance = 1.0f;
     brush.dabStrength = 50.0f;
@@ -152,12 +151,12 @@ TEST_F(Weight, OtherFamiliesLeaveBuildUpAlone) {
     EXPECT_NEAR(bench.Height(middle), height + (1.0f - height) * 0.5f, 1e-6f);
 }
 
-TEST_F(Weight, SurfaceBeyondTheFacingAnglesWeighsNothingButCountsAsReached) {
+TEST_F(Weight, SurfaceBeyondTheFacingAnglesHasWeightZeroAndCountsAsReached) {
     // Seen from below: 180 degrees.
     const FacingAngle facing(brush, {0.5f, 0.5f, -100.0f}, 10.0f, 20.0f);
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 0.0f);
-    EXPECT_TRUE(WasTold(middle));
+    EXPECT_TRUE(WasNotified(middle));
     EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
 }
 
@@ -179,7 +178,7 @@ TEST_F(Weight, FacingAngleFadesBetweenStartAndEnd) {
     }
 }
 
-TEST_F(Weight, FacingAngleTakesTheNormalOfFirstTouch) {
+TEST_F(Weight, FacingAngleUsesTheNormalAtFirstTouch) {
     bench.RunKernel(0);
     bench.NextDab();
     const_cast<StoredVertexInfo*>(bench.Record(middle))->buildUp = 0.0f;
@@ -189,22 +188,22 @@ TEST_F(Weight, FacingAngleTakesTheNormalOfFirstTouch) {
     EXPECT_EQ(bench.Height(middle), 2.0f);
 }
 
-TEST_F(Weight, SurfaceThatFacesTheEyeFullyWeighsFully) {
-    // The packed normal is a little longer than 1, which no cosine is.
+TEST_F(Weight, SurfaceFacingTheEyeHasFullWeight) {
+    // The packed normal is slightly longer than 1, which gives an invalid cosine.
     const FacingAngle facing(brush, {0.5f, 0.5f, 100.0f}, 0.0f, 90.0f);
     bench.RunKernel(0);
     EXPECT_EQ(bench.Height(middle), 1.0f);
 }
 
-TEST_F(Weight, AngleThatIsNoNumberCountsAsFacing) {
-    // A cosine past one by more than rounding.
+TEST_F(Weight, NaNAngleCountsAsFacing) {
+    // A cosine that exceeds one by more than a rounding error.
     bench.mesh.vertexNormals.array[middle] = {0, 32767, 32767, 0};
     const FacingAngle facing(brush, {0.5f, 100.5f, 100.0f}, 10.0f, 20.0f);
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 1.0f);
 }
 
-TEST_F(Weight, RangeOfZeroMakesAnEdge) {
+TEST_F(Weight, RangeOfZeroGivesASharpEdge) {
     {
         const FacingAngle facing(brush, {0.5f, 0.5f, 100.0f}, 45.0f, 0.0f);
         bench.RunKernel(0);
@@ -217,7 +216,7 @@ TEST_F(Weight, RangeOfZeroMakesAnEdge) {
         bench.RunKernel(0);
         EXPECT_EQ(bench.Height(middle), 1.0f);
     }
-    // Exactly the start: 0 over 0 is no reason to lose the vertex.
+    // An angle equal to the start: 0 / 0 must not discard the vertex.
     bench.Restart(Tool::Sculpt);
     bench.mesh.vertexNormals.array[middle] = {0, 0, 0, 0};
     bench.Aim({0.5f, 0.5f, 0.0f}, 2.0f);
@@ -228,7 +227,7 @@ TEST_F(Weight, RangeOfZeroMakesAnEdge) {
     }
 }
 
-TEST_F(Weight, WholeMeshPassWeighsEveryVertexOneAndBuildsNothingUp) {
+TEST_F(Weight, WholeMeshPassHasWeightOneAndNoBuildUp) {
     brush.wholeMesh = true;
     brush.setRadius(0.0f);
     brush.buildUpRateCubed = 0.25f;
@@ -242,7 +241,7 @@ TEST_F(Weight, WholeMeshPassWeighsEveryVertexOneAndBuildsNothingUp) {
     }
 }
 
-TEST_F(Weight, WholeMeshPassByFacingTakesThePresentNormal) {
+TEST_F(Weight, WholeMeshPassByFacingUsesTheCurrentNormal) {
     brush.wholeMesh = true;
     brush.wholeMeshFacing = true;
     brush.wholeMeshView = Vector(0.6f, 0.0f, 0.8f);
@@ -254,7 +253,7 @@ TEST_F(Weight, WholeMeshPassByFacingTakesThePresentNormal) {
     EXPECT_NEAR(bench.Height(middle), 0.8f + 0.6f, 1e-6f);
 }
 
-TEST_F(Weight, WholeMeshPassByFacingWritesWhatFacesAwayWithItsOwnPosition) {
+TEST_F(Weight, WholeMeshPassByFacingRewritesBackFacingVerticesUnchanged) {
     brush.wholeMesh = true;
     brush.wholeMeshFacing = true;
     brush.wholeMeshView = Vector(0.0f, 0.0f, -1.0f);
@@ -263,7 +262,7 @@ TEST_F(Weight, WholeMeshPassByFacingWritesWhatFacesAwayWithItsOwnPosition) {
     EXPECT_EQ(renderer->notices.size(), 25u);
 }
 
-TEST_F(Weight, ShareOfWaxDoesNotDependOnPressure) {
+TEST_F(Weight, StrengthBiasOfWaxDoesNotDependOnPressure) {
     bench.Restart(Tool::Wax);
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.5f);
     UseFalloff({1.0f, 1.0f, 0.5f, 0.5f, 0.5f});
@@ -275,7 +274,7 @@ TEST_F(Weight, ShareOfWaxDoesNotDependOnPressure) {
     EXPECT_NEAR(bench.Height(middle), 2.0f * (0.8f * 0.25f + 0.2f), 1e-6f);
     EXPECT_NEAR(bench.Height(quarter), 1.0f * (0.8f * 0.25f + 0.2f), 1e-6f);
 
-    // Flatten, of the same family, takes no notice of pressure.
+    // Flatten, of the same family, ignores pressure.
     const float height = bench.Height(middle);
     bench.Restart(Tool::Flatten);
     bench.Aim({0.5f, 0.5f, 0.0f}, 2.0f);
@@ -287,7 +286,7 @@ TEST_F(Weight, ShareOfWaxDoesNotDependOnPressure) {
     EXPECT_NEAR(bench.Height(middle), (height + 2.0f) / 2.0f, 1e-6f);
 }
 
-TEST_F(Weight, FreezeTakesItsShareAndItsTopBitIsNoPartOfIt) {
+TEST_F(Weight, MaskReducesTheWeightAndItsTopBitIsIgnored) {
     bench.mesh.SetFreeze(middle, 127);
     bench.mesh.SetFreeze(quarter, 64);
     bench.mesh.vertices.array[rim].freeze = 0x80 | 32;
@@ -295,10 +294,10 @@ TEST_F(Weight, FreezeTakesItsShareAndItsTopBitIsNoPartOfIt) {
     EXPECT_NEAR(bench.Height(middle), 0.0f, 1e-7f);
     EXPECT_NEAR(bench.Height(quarter), 1.0f - 64.0f / 127.0f, 1e-6f);
     EXPECT_NEAR(bench.Height(rim), 1.0f - 32.0f / 127.0f, 1e-6f);
-    EXPECT_EQ(bench.Record(middle)->buildUp, 1.0f) << "freeze comes behind the build-up";
+    EXPECT_EQ(bench.Record(middle)->buildUp, 1.0f) << "the mask is applied after the build-up";
 }
 
-/// A stamp of one pixel over the quadrant below (0.5, 0.5): what lies beyond is outside.
+/// A stamp of one pixel over the quadrant below (0.5, 0.5); everything else is outside the stamp.
 class StampedWeight : public Weight {
 protected:
     const uint32_t inside = bench.VertexNear({0.25f, 0.5f, 0.0f});
@@ -311,11 +310,11 @@ TEST_F(StampedWeight, PlainStampMultipliesTheWeight) {
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(inside), 0.5f);
     EXPECT_EQ(bench.Height(outside), 0.0f);
-    EXPECT_TRUE(WasTold(inside));
-    EXPECT_FALSE(WasTold(outside));
+    EXPECT_TRUE(WasNotified(inside));
+    EXPECT_FALSE(WasNotified(outside));
 }
 
-TEST_F(StampedWeight, BuildUpBeforeTheStampGrowsOutsideItToo) {
+TEST_F(StampedWeight, BuildUpBeforeTheStampAlsoGrowsOutsideIt) {
     bench.SetStamp(1, 1, {0.25f}, false);
     brush.stampBuildUp = false;
     brush.buildUpRateCubed = 0.5f;
@@ -325,7 +324,7 @@ TEST_F(StampedWeight, BuildUpBeforeTheStampGrowsOutsideItToo) {
     EXPECT_EQ(bench.Height(outside), 0.0f);
 }
 
-TEST_F(StampedWeight, BuildUpBehindTheStampCountsItsValue) {
+TEST_F(StampedWeight, BuildUpAfterTheStampIncludesItsValue) {
     bench.SetStamp(1, 1, {0.25f}, false);
     brush.stampBuildUp = true;
     brush.dabPressure = 0.5f;
@@ -342,10 +341,10 @@ TEST_F(StampedWeight, BuildUpOfAStampGrowsInAllFamilies) {
     bench.RunKernel(0);
     bench.NextDab();
     bench.RunKernel(0);
-    EXPECT_EQ(bench.Record(inside)->buildUp, 2.0f) << "not damped: Pinch does not read it";
+    EXPECT_EQ(bench.Record(inside)->buildUp, 2.0f) << "not damped, since Pinch does not read it";
 }
 
-TEST_F(StampedWeight, BuildUpBehindAVectorStampNeverGrows) {
+TEST_F(StampedWeight, BuildUpAfterAVectorStampNeverGrows) {
     bench.SetStamp(1, 1, {5.0f, 6.0f, 7.0f}, true);
     brush.stampBuildUp = true;
     brush.stampScaleHeight = 1.0f;
@@ -358,7 +357,7 @@ TEST_F(StampedWeight, BuildUpBehindAVectorStampNeverGrows) {
     EXPECT_EQ(bench.Height(inside), 12.0f);
 }
 
-TEST_F(StampedWeight, StrengthAndFreezeActOnTheVectorToo) {
+TEST_F(StampedWeight, StrengthAndMaskScaleTheVector) {
     bench.SetStamp(1, 1, {0.0f, 4.0f, 0.0f}, true);
     brush.stampScaleHeight = 0.5f;
     brush.dabStrength = 0.25f;

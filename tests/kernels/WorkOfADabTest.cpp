@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A dab allocates nothing but its grids, and does no work that grows with the mesh.
+/// \file A dab allocates only its grids, and does no work that grows with the mesh.
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -42,8 +41,8 @@ struct DabWork {
     uint32_t records;
 };
 
-/// What the second of two equal dabs costs, in the middle of an n x n grid refined twice. The
-/// surroundings of the hit are the same whatever n.
+/// The cost of the second of two equal dabs, in the middle of an n x n grid with two subdivisions.
+/// The surroundings of the hit do not depend on n.
 DabWork SecondDab(unsigned n, Tool tool) {
     StrokeBench bench(GridMesh(n, n), 2);
     bench.Activate(tool);
@@ -64,7 +63,7 @@ DabWork SecondDab(unsigned n, Tool tool) {
     return work;
 }
 
-TEST(WorkOfADab, LaterDabAllocatesItsGridsAndNothingElse) {
+TEST(DabCost, LaterDabAllocatesItsGridsAndNothingElse) {
     for (const Tool tool : {Tool::Sculpt, Tool::Pinch, Tool::Flatten, Tool::Smooth}) {
         SCOPED_TRACE(static_cast<int>(tool));
         const DabWork work = SecondDab(9, tool);
@@ -72,7 +71,7 @@ TEST(WorkOfADab, LaterDabAllocatesItsGridsAndNothingElse) {
     }
 }
 
-TEST(WorkOfADab, StaysTheSameOnALargerMesh) {
+TEST(DabCost, StaysTheSameOnALargerMesh) {
     const DabWork small = SecondDab(9, Tool::Sculpt);
     const DabWork large = SecondDab(45, Tool::Sculpt);
     EXPECT_GT(small.facesTested, 0u);

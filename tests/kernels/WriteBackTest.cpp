@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What a vertex leaves behind: its position, the grid, the dirty box, the notices.
+/// \file The results of processing a vertex: its position, the grid, the dirty box, the
+/// notifications.
 #include "tests/kernels/KernelBench.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -12,14 +12,14 @@
 namespace trovik::test {
 namespace {
 
-/// One flat patch of 4 x 4 faces, vertices a quarter apart.
+/// One flat patch of 4 x 4 faces with vertices a quarter apart.
 class WriteBack : public ::testing::Test {
 protected:
     void Start(Tool tool) {
         bench.Start(tool);
         bench.Aim({0.5f, 0.5f, 0.0f}, 0.3f);
     }
-    bool WasTold(uint32_t vertex) const {
+    bool WasNotified(uint32_t vertex) const {
         for (const auto& notice : renderer->notices)
             if (notice.vertex == vertex) return true;
         return false;
@@ -30,7 +30,7 @@ protected:
     const uint32_t outside = bench.VertexNear({0.75f, 0.5f, 0.0f});
 };
 
-TEST_F(WriteBack, WeightOfZeroWritesTheVertexWhereItIs) {
+TEST_F(WriteBack, WeightOfZeroWritesTheVertexUnchanged) {
     Start(Tool::Sculpt);
     bench.brush.dabStrength = 0.0f;
     const std::vector<VertexBits> before = BitsOf(bench.mesh);
@@ -41,7 +41,7 @@ TEST_F(WriteBack, WeightOfZeroWritesTheVertexWhereItIs) {
     EXPECT_EQ(bench.BoxMax(), Vector(0.75f, 0.75f, 0.0f));
 }
 
-TEST_F(WriteBack, GridHoldsTheNewPosition) {
+TEST_F(WriteBack, GridHasTheNewPosition) {
     Start(Tool::Sculpt);
     bench.RunKernel(0);
     EXPECT_EQ(bench.mesh.Position(middle), Vector(0.5f, 0.5f, 1.0f));
@@ -57,7 +57,7 @@ TEST_F(WriteBack, LayerPathReadsThePositionBackFromTheMesh) {
     Start(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 0.25f}, 0.1f);
     EXPECT_TRUE(bench.RunKernel(0));
-    // The offset takes the whole step; the layer, at half strength, shows half of it.
+    // The offset gets the whole step; the layer, at half strength, shows half of it.
     EXPECT_EQ(layer.Offset(middle), Vector(0.0f, 0.0f, 1.5f));
     EXPECT_EQ(bench.mesh.Position(middle), Vector(0.5f, 0.5f, 0.75f));
     EXPECT_EQ(bench.GridAt(2, 2), Vector(0.5f, 0.5f, 0.75f));
@@ -77,9 +77,9 @@ TEST_F(WriteBack, VertexOutOfReachHasItsLayerSlotButNoOffset) {
     EXPECT_EQ(layer.Offset(middle), Vector(0.0f, 0.0f, 1.0f));
 }
 
-TEST_F(WriteBack, BoxHoldsTheOldPlaceOfAVertexThatMovedInside) {
+TEST_F(WriteBack, BoxIncludesTheOldPositionOfAVertexThatMovedInside) {
     Start(Tool::Flatten);
-    bench.Aim({0.5f, 0.5f, 1.0f}, 1.01f);  // the middle alone
+    bench.Aim({0.5f, 0.5f, 1.0f}, 1.01f);  // only the middle
     bench.brush.planeDistance = 1.0f;
     bench.brush.dabStrength = 50.0f;
     bench.RunKernel(0);
@@ -88,7 +88,7 @@ TEST_F(WriteBack, BoxHoldsTheOldPlaceOfAVertexThatMovedInside) {
     EXPECT_EQ(bench.BoxMax(), Vector(0.5f, 0.5f, 1.0f));
 }
 
-TEST_F(WriteBack, BoxHoldsTheNewPlaceOfAVertexThatMovedOut) {
+TEST_F(WriteBack, BoxIncludesTheNewPositionOfAVertexThatMovedOut) {
     Start(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.1f);
     bench.brush.brushSpace->direction = HWVector(Vector(0.5f, -0.25f, 2.0f));
@@ -97,7 +97,7 @@ TEST_F(WriteBack, BoxHoldsTheNewPlaceOfAVertexThatMovedOut) {
     EXPECT_EQ(bench.BoxMax(), Vector(1.0f, 0.5f, 2.0f));
 }
 
-TEST_F(WriteBack, VertexOutOfReachLeavesTheBoxAlone) {
+TEST_F(WriteBack, VertexOutOfReachDoesNotChangeTheBox) {
     Start(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 5.0f}, 0.1f);
     EXPECT_FALSE(bench.RunKernel(0));
@@ -106,10 +106,10 @@ TEST_F(WriteBack, VertexOutOfReachLeavesTheBoxAlone) {
     EXPECT_TRUE(renderer->notices.empty());
 }
 
-TEST_F(WriteBack, VertexOutsideTheStampLeavesBoxLayerAndRenderersAlone) {
+TEST_F(WriteBack, VertexOutsideTheStampDoesNotAffectBoxLayerOrRenderers) {
     SculptLayer& layer = bench.stroke.AddLayer();
     Start(Tool::Sculpt);
-    // Everything is in reach, but the stamp ends at 0.5.
+    // Every vertex is in reach, but the stamp ends at 0.5.
     bench.Aim({0.5f, 0.5f, 0.0f}, 5.0f);
     bench.SetStamp(1, 1, {1.0f}, false);
     EXPECT_TRUE(bench.RunKernel(0));
@@ -118,7 +118,7 @@ TEST_F(WriteBack, VertexOutsideTheStampLeavesBoxLayerAndRenderersAlone) {
     EXPECT_EQ(bench.BoxMin(), Vector(0.0f, 0.0f, 0.0f));
     EXPECT_EQ(bench.BoxMax(), Vector(0.5f, 0.5f, 1.0f));
     EXPECT_EQ(renderer->notices.size(), 9u);
-    EXPECT_FALSE(WasTold(outside));
+    EXPECT_FALSE(WasNotified(outside));
     EXPECT_EQ(layer.Offset(outside), Vector());
     for (uint32_t row = 0; row < 5; ++row)
         for (uint32_t column = 0; column < 5; ++column)
@@ -139,7 +139,7 @@ TEST_F(WriteBack, PatchOutsideTheStampIsReachedInTheWholeMeshPassOnly) {
     EXPECT_EQ(bench.Height(middle), 0.0f);
 }
 
-TEST_F(WriteBack, TiledStampHasNoOutside) {
+TEST_F(WriteBack, TiledStampCoversEverything) {
     Start(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 0.0f}, 5.0f);
     bench.SetStamp(1, 1, {0.5f}, false);
@@ -149,7 +149,7 @@ TEST_F(WriteBack, TiledStampHasNoOutside) {
     EXPECT_EQ(bench.Height(outside), 0.5f);
 }
 
-TEST_F(WriteBack, RenderersAreToldInWorkListOrderWithTheFaceOfTheList) {
+TEST_F(WriteBack, RenderersAreNotifiedInWorkListOrderWithTheFaceOfTheList) {
     RecordingRenderer& second = bench.stroke.AddRenderer(1.0f);
     Start(Tool::Sculpt);
     bench.RunKernel(0);
@@ -160,10 +160,11 @@ TEST_F(WriteBack, RenderersAreToldInWorkListOrderWithTheFaceOfTheList) {
     }
     ASSERT_EQ(wanted.size(), 5u);
     EXPECT_EQ(renderer->notices, wanted);
-    EXPECT_EQ(second.notices, wanted) << "one that wants vertices turns all of them to vertices";
+    EXPECT_EQ(second.notices, wanted)
+        << "one renderer that requests vertices makes all notifications per vertex";
 }
 
-TEST_F(WriteBack, KernelsThatNotifyByFaceTellNobody) {
+TEST_F(WriteBack, KernelsThatNotifyByFaceSendNoVertexNotifications) {
     Start(Tool::Sculpt);
     bench.brush.rendererTakesFaces = true;
     EXPECT_TRUE(bench.RunKernel(0));

@@ -13,7 +13,7 @@
 
 namespace trovik::test {
 
-/// Everything that a geometry holds, as bytes: what undo must bring back.
+/// All data of a geometry that undo must restore, as bytes.
 inline std::string StateOfAll(const LevelGeometry& geometry) {
     std::string state;
     const auto put = [&state](const void* bytes, std::size_t size) {
@@ -66,7 +66,7 @@ inline void Roughen(LevelMesh& level, float size, unsigned seed) {
     }
 }
 
-/// Moves the level's vertices where `place` says.
+/// Moves each of the level's vertices to the position that `place` returns.
 template <typename Place>
 void Deform(LevelMesh& level, Place place) {
     for (uint32_t v = 0; v < level.VertexCount(); ++v)

@@ -7,13 +7,13 @@
 namespace trovik::test {
 namespace {
 
-TEST(IndexTables, CellsOfAPatchStandInRecursiveOrder) {
+TEST(IndexTables, CellsOfAPatchAreInRecursiveOrder) {
     const uint32_t expected[16] = {0, 1, 4, 5, 3, 2, 7, 6, 12, 13, 8, 9, 15, 14, 11, 10};
     const Store<uint32_t>& table = SubdivisionLevel::QuadIndexTable(2);
     for (uint32_t cell = 0; cell < 16; ++cell) EXPECT_EQ(table[cell], expected[cell]) << cell;
 }
 
-TEST(IndexTables, InverseLeadsBack) {
+TEST(IndexTables, InverseRestoresTheIndex) {
     for (uint32_t level = 0; level <= 5; ++level) {
         const Store<uint32_t>& face = SubdivisionLevel::QuadIndexTable(level);
         const Store<uint32_t>& cell = SubdivisionLevel::InvertedQuadIndexTable(level);
@@ -21,8 +21,8 @@ TEST(IndexTables, InverseLeadsBack) {
     }
 }
 
-TEST(IndexTables, GridPointsAreTheVerticesOfTheirPlaces) {
-    // A single quad refined: grid point (row, column) lies at (column, row) over the side.
+TEST(IndexTables, GridPointsAreTheVerticesAtTheirPositions) {
+    // For a refined single quad, grid point (row, column) is at (column, row) divided by the side.
     LevelGeometry geometry(SingleQuad());
     for (uint32_t level = 1; level <= 4; ++level) {
         geometry.Subdivide();
@@ -33,7 +33,7 @@ TEST(IndexTables, GridPointsAreTheVerticesOfTheirPlaces) {
             for (uint32_t column = 0; column <= side; ++column) {
                 const uint32_t vertex = mesh.faceVertexIndices[table[row * (side + 1) + column]];
                 const Vector p = mesh.Position(vertex);
-                // The open border's curve is not uniform; rows and columns still rise.
+                // The curve of the open border is not uniform, but rows and columns still increase.
                 const bool top = row == 0, bottom = row == side;
                 const bool left = column == 0, right = column == side;
                 if (top && left) {

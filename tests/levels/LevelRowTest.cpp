@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Levels deleted at either end, shapes applied to lower levels, and undo over all of it.
+/// \file Levels deleted at either end, shapes applied to lower levels, and undo of all of these.
 #include "framework/layers/SculptLayer.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/levels/GeometryState.h"
@@ -12,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(LevelRow, DeletingLowerLevelsMakesTheBoundOneTheBase) {
+TEST(LevelHierarchy, DeletingLowerLevelsMakesTheBoundOneTheBase) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -28,7 +27,7 @@ TEST(LevelRow, DeletingLowerLevelsMakesTheBoundOneTheBase) {
         EXPECT_EQ(bound->Index(), 0);
         EXPECT_EQ(bound->CoarserVertexCount(), 0u);
         EXPECT_EQ(geometry.ToPolygons(false).positions, shape.positions);
-        // The row is that of a geometry made from this mesh.
+        // The level hierarchy equals that of a geometry made from this mesh.
         LevelGeometry anew(shape);
         anew.Subdivide();
         anew.Subdivide();
@@ -48,7 +47,7 @@ TEST(LevelRow, DeletingLowerLevelsMakesTheBoundOneTheBase) {
     }
 }
 
-TEST(LevelRow, DeletingNothingIsNoStep) {
+TEST(LevelHierarchy, DeletingNothingMakesNoUndoStep) {
     LevelGeometry geometry(Cube());
     EXPECT_EQ(DeleteLevelsAsStep(geometry, true), nullptr);
     EXPECT_EQ(DeleteLevelsAsStep(geometry, false), nullptr);
@@ -61,7 +60,7 @@ TEST(LevelRow, DeletingNothingIsNoStep) {
     EXPECT_EQ(geometry.LevelCount(), 1u);
 }
 
-TEST(LevelRow, LayersOfADeletedLevelComeBackWithItAndGoWithItsStep) {
+TEST(LevelHierarchy, LayersOfADeletedLevelAreRestoredByUndoAndFreedWithItsStep) {
     LevelGeometry geometry(Cube());
     geometry.Subdivide();
     geometry.Subdivide();
@@ -86,7 +85,7 @@ TEST(LevelRow, LayersOfADeletedLevelComeBackWithItAndGoWithItsStep) {
     EXPECT_EQ(coarse.Level(), geometry.Level(0));
 }
 
-TEST(LevelRow, LowerLevelsTakeTheShapeVertexForVertex) {
+TEST(LevelHierarchy, LowerLevelsGetTheShapeVertexByVertex) {
     LevelGeometry geometry(SteppedBox());
     for (int i = 0; i < 3; ++i) geometry.Subdivide();
     geometry.BindLevel(2);
@@ -98,7 +97,8 @@ TEST(LevelRow, LowerLevelsTakeTheShapeVertexForVertex) {
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
             EXPECT_TRUE(SameBits(mesh.Position(v), shape[v])) << level << ' ' << v;
     }
-    // All agree now: going down carries nothing, while level 3 still waits for the roughening.
+    // All levels agree now: going down carries nothing, while level 3 still has the roughening to
+    // carry.
     EXPECT_TRUE(geometry.BindLevel(0).empty());
     EXPECT_EQ(geometry.BindLevel(3).size(), 1u);
     geometry.BindLevel(2);
@@ -107,7 +107,7 @@ TEST(LevelRow, LowerLevelsTakeTheShapeVertexForVertex) {
     EXPECT_EQ(PositionsOf(*geometry.Bound()), shape);
 }
 
-TEST(LevelRow, ApplyingIsTakenBackToTheBit) {
+TEST(LevelHierarchy, ApplyingIsUndoneBitExactly) {
     LevelGeometry geometry(Icosahedron());
     geometry.Subdivide();
     geometry.Subdivide();
@@ -121,7 +121,7 @@ TEST(LevelRow, ApplyingIsTakenBackToTheBit) {
     EXPECT_TRUE(StateOfAll(geometry) == after);
 }
 
-TEST(LevelRow, TheMirrorGoesOnByTheFacesThatAreLeft) {
+TEST(LevelHierarchy, MirrorUsesTheRemainingFaces) {
     for (const PolygonMesh& mesh : {Cube(), GridMesh(4, 2), Icosahedron()}) {
         SCOPED_TRACE(mesh.name);
         LevelGeometry geometry(mesh);
@@ -149,14 +149,14 @@ TEST(LevelRow, TheMirrorGoesOnByTheFacesThatAreLeft) {
         EXPECT_EQ(answers(), before);
         geometry.History().Push(UnsubdivideAsStep(geometry));
         ASSERT_NE(geometry.Mirror(), nullptr);
-        EXPECT_EQ(answers(), before) << "a refinement's own numbers stay";
+        EXPECT_EQ(answers(), before) << "the numbering of a refinement is kept";
         geometry.History().Undo(geometry);
         geometry.History().Undo(geometry);
         EXPECT_EQ(answers(), before);
     }
 }
 
-/// One random thing that a session can do.
+/// One random operation of a session.
 void DoSomething(LevelGeometry& geometry, std::mt19937& random) {
     UndoHistory& history = geometry.History();
     const auto push = [&history](std::unique_ptr<UndoStep> step) {
@@ -191,7 +191,7 @@ void DoSomething(LevelGeometry& geometry, std::mt19937& random) {
     }
 }
 
-TEST(LevelRow, AnyRowOfStepsIsTakenBackAndBroughtAgainToTheBitOnEveryLevel) {
+TEST(LevelHierarchy, AnySequenceOfStepsIsUndoneAndRedoneBitExactlyOnEveryLevel) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (unsigned seed = 0; seed < 6; ++seed) {
             SCOPED_TRACE(zoo.name + " " + std::to_string(seed));

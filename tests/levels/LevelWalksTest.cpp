@@ -46,12 +46,12 @@ TEST(FaceWalk, IsBreadthFirstFromSideZeroToThree) {
     LevelGeometry geometry(GridMesh(3, 3));
     FaceVisitor visitor([](uint32_t) { return true; });
     geometry.Bound()->EnumerateFaces(4, &visitor, 0);
-    // From the middle: above, right, below, left, then theirs.
+    // From the middle: above, right, below, left, then their neighbours.
     EXPECT_EQ(visitor.tested, (std::vector<uint32_t>{4, 1, 5, 7, 3, 2, 0, 8, 6}));
     EXPECT_EQ(visitor.entered, visitor.tested);
 }
 
-TEST(FaceWalk, StopsWhereTheAnswerIsNo) {
+TEST(FaceWalk, StopsWhereTheTesterReturnsFalse) {
     LevelGeometry geometry(GridMesh(3, 3));
     FaceVisitor visitor([](uint32_t face) { return face == 4; });
     geometry.Bound()->EnumerateFaces(4, &visitor, 0);
@@ -62,7 +62,7 @@ TEST(FaceWalk, StopsWhereTheAnswerIsNo) {
     EXPECT_FALSE(geometry.Bound()->LastFaceWalk()[4].answer);
 }
 
-TEST(FaceWalk, ReachesEveryFaceOfAShellOnceAndLeavesTheStampAlone) {
+TEST(FaceWalk, ReachesEachFaceOfAComponentOnceAndKeepsTheVisitStamp) {
     for (const ZooMesh& entry : AllMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);
@@ -80,7 +80,7 @@ TEST(FaceWalk, ReachesEveryFaceOfAShellOnceAndLeavesTheStampAlone) {
     }
 }
 
-TEST(VertexWalk, ReachesEveryVertexWithAFaceThatHoldsItAndCountsTheStamp) {
+TEST(VertexWalk, ReachesEachVertexWithAnIncidentFaceAndAdvancesTheVisitStamp) {
     for (const ZooMesh& entry : AllMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);
@@ -96,26 +96,27 @@ TEST(VertexWalk, ReachesEveryVertexWithAFaceThatHoldsItAndCountsTheStamp) {
     }
 }
 
-TEST(AdjacencyWalk, TurnsFromTheFaceGivenAndReportsNextCorners) {
+TEST(AdjacencyWalk, StartsAtTheGivenFaceAndReportsNextCorners) {
     LevelGeometry geometry(GridMesh(2, 2));
     Adjacent around;
-    // Vertex 4 in the middle; face 3 has it as corner 0, next corner 5; across the edge to the
-    // previous corner 7 lies face 2, and so on.
+    // Vertex 4 is in the middle. It is corner 0 of face 3, whose next corner is 5; face 2 is across
+    // the edge to the previous corner 7, and so on.
     EXPECT_EQ(geometry.Bound()->EnumerateAdjacentVertices(&around, 4, 3), 4u);
     const std::vector<std::pair<uint32_t, uint32_t>> expected = {{5, 3}, {7, 2}, {3, 0}, {1, 1}};
     EXPECT_EQ(around.met, expected);
 }
 
-TEST(AdjacencyWalk, AtAnOpenEdgeReportsThePreviousTooAndTurnsBack) {
+TEST(AdjacencyWalk, AtAnOpenEdgeAlsoReportsThePreviousCornerAndReverses) {
     LevelGeometry geometry(GridMesh(2, 2));
     Adjacent border;
-    // Vertex 1 on the upper border, from face 0: next is 4; the edge to the previous, 0, is open.
+    // Vertex 1 on the upper border, from face 0: the next corner is 4; the edge to the previous
+    // corner, 0, is open.
     EXPECT_EQ(geometry.Bound()->EnumerateAdjacentVertices(&border, 1, 0), 3u);
     const std::vector<std::pair<uint32_t, uint32_t>> expected = {{4, 0}, {0, 0}, {2, 1}};
     EXPECT_EQ(border.met, expected);
 }
 
-TEST(AdjacencyWalk, FaceThatDoesNotHoldTheVertexGivesWayToTheLowestThatDoes) {
+TEST(AdjacencyWalk, FaceWithoutTheVertexIsReplacedByTheLowestIncidentFace) {
     LevelGeometry geometry(GridMesh(2, 2));
     Adjacent fromNowhere, fromLowest;
     geometry.Bound()->EnumerateAdjacentVertices(&fromNowhere, 5, 0);
@@ -123,7 +124,7 @@ TEST(AdjacencyWalk, FaceThatDoesNotHoldTheVertexGivesWayToTheLowestThatDoes) {
     EXPECT_EQ(fromNowhere.met, fromLowest.met);
 }
 
-TEST(AdjacencyWalk, MeetsEveryEdgeOnceOnEveryMesh) {
+TEST(AdjacencyWalk, ReportsEachEdgeOnceOnEveryMesh) {
     for (const ZooMesh& entry : AllMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Detail that turns with the surface, and fine changes that reach the coarser levels.
+/// \file Detail that rotates with the surface, and fine changes that are carried to the coarser
+/// levels.
 #include "tests/levels/GeometryState.h"
 #include "tests/levels/TurnedPoints.h"
 #include "tests/meshes/MeshZoo.h"
@@ -11,14 +11,14 @@
 namespace trovik::test {
 namespace {
 
-/// What lies beyond x = 0.3 is folded up by 90 degrees.
+/// Folds the part beyond x = 0.3 up by 90 degrees.
 Vector Folded(const Vector& p) {
     const float crease = 0.3f;
     if (p.x <= crease) return p;
     return {crease - p.z, p.y, p.x - crease};
 }
 
-/// Unit normals of the top level's refinement without its own detail.
+/// The unit normals of the highest level, refined without its own detail.
 std::vector<Vector> NormalsOf(const LevelMesh& level, const std::vector<Vector>& positions) {
     std::vector<Vector> normals(level.VertexCount());
     for (uint32_t face = 0; face < level.faceCount; ++face) {
@@ -46,7 +46,7 @@ Details DetailsOf(const LevelGeometry& geometry) {
     return result;
 }
 
-TEST(Multires, WithoutDetailAFineLevelIsTheRefinementToTheBit) {
+TEST(Multires, WithoutDetailAFineLevelIsExactlyTheRefinement) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -63,7 +63,7 @@ TEST(Multires, WithoutDetailAFineLevelIsTheRefinementToTheBit) {
     }
 }
 
-TEST(Multires, DetailTurnsRigidlyWithASurfaceThatDoes) {
+TEST(Multires, DetailRotatesRigidlyWithTheSurface) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const float angle : {0.4f, quarter, 3.1f, 3.14159265f}) {
             SCOPED_TRACE(zoo.name + " by " + std::to_string(angle));
@@ -75,7 +75,7 @@ TEST(Multires, DetailTurnsRigidlyWithASurfaceThatDoes) {
             geometry.BindLevel(0);
             Deform(*geometry.Bound(), [angle](const Vector& p) {
                 const Vector turned = TurnedAboutZ(p, angle);
-                // About x too, so that flat meshes leave their plane, and away.
+                // Rotated about x as well, so that flat meshes leave their plane, and translated.
                 const Vector q = TurnedAboutZ({turned.y, turned.z, turned.x}, angle);
                 return q + Vector(1.0f, -2.0f, 0.5f);
             });
@@ -90,8 +90,9 @@ TEST(Multires, DetailTurnsRigidlyWithASurfaceThatDoes) {
     }
 }
 
-// Length of the detail within 1e-5 of the mesh's size, its part along the normal within 1e-4.
-TEST(Multires, DetailKeepsLengthAndHeightWhereTheSurfaceFoldsOrIsCrumpled) {
+// The length of the detail is within 1e-5 of the mesh's size, its part along the normal within
+// 1e-4.
+TEST(Multires, DetailKeepsLengthAndHeightOnFoldedOrCrumpledSurfaces) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const bool fold : {true, false}) {
             SCOPED_TRACE(zoo.name + (fold ? " folded" : " crumpled"));
@@ -123,7 +124,7 @@ TEST(Multires, DetailKeepsLengthAndHeightWhereTheSurfaceFoldsOrIsCrumpled) {
     }
 }
 
-TEST(Multires, GoingDownAndUpWithoutAnEditChangesNoBitOfAnyLevel) {
+TEST(Multires, GoingDownAndUpWithoutAnEditChangesNoBit) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -142,7 +143,7 @@ TEST(Multires, GoingDownAndUpWithoutAnEditChangesNoBitOfAnyLevel) {
     }
 }
 
-TEST(Multires, FineChangeOfTheWholeMovesTheCoarserLevelsAsAWhole) {
+TEST(Multires, FineTranslationMovesTheCoarserLevelsAsAWhole) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -157,7 +158,7 @@ TEST(Multires, FineChangeOfTheWholeMovesTheCoarserLevelsAsAWhole) {
     }
 }
 
-TEST(Multires, NoCoarseVertexMovesFartherThanTheFineOnesDid) {
+TEST(Multires, NoCoarseVertexMovesFartherThanTheFineOnes) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -177,16 +178,17 @@ TEST(Multires, NoCoarseVertexMovesFartherThanTheFineOnesDid) {
     }
 }
 
-TEST(Multires, InnerVertexTakesItsShareOfOneFineMove) {
+TEST(Multires, InnerVertexMovesByItsWeightOfASingleFineMove) {
     LevelGeometry geometry(GridMesh(4, 4));
     geometry.Subdivide();
     LevelMesh& fine = *geometry.Bound();
     fine.SetPosition(12, fine.Position(12) + Vector(0, 0, 1));
     geometry.BindLevel(0);
-    EXPECT_EQ(geometry.Bound()->Position(12), Vector(2, 2, 0.25f)) << "its own vertex";
+    EXPECT_EQ(geometry.Bound()->Position(12), Vector(2, 2, 0.25f))
+        << "the copy of the moved vertex";
     EXPECT_EQ(geometry.Bound()->Position(13), Vector(3, 2, 0));
     geometry.BindLevel(1);
-    // A corner of the border moves as its own vertex, another one by half.
+    // A border corner moves with its fine vertex, another border vertex by half.
     fine.SetPosition(0, {0, 0, 1});
     fine.SetPosition(2, fine.Position(2) + Vector(0, 0, 1));
     geometry.BindLevel(0);
@@ -200,7 +202,8 @@ struct Work {
     std::size_t moved;
 };
 
-/// A corner's edit on a rough grid of n x n quads; all beyond its reach must keep its bits.
+/// Edits a corner on a rough grid of n x n quads; all vertices out of reach must stay
+/// bit-identical.
 Work EditOneVertex(unsigned n, bool fine) {
     LevelGeometry geometry(GridMesh(n, n));
     geometry.Subdivide();
@@ -228,7 +231,7 @@ Work EditOneVertex(unsigned n, bool fine) {
             moved};
 }
 
-TEST(Multires, CostFollowsWhatWasTouched) {
+TEST(Multires, CostFollowsTheTouchedVertices) {
     for (const bool fine : {false, true}) {
         const Work small = EditOneVertex(8, fine);
         const Work large = EditOneVertex(32, fine);
@@ -244,7 +247,7 @@ TEST(Multires, CostFollowsWhatWasTouched) {
 }
 
 TEST(Multires, LargeChangesAreCarriedInPiecesToTheSameBits) {
-    // More faces than are worked on at a time, beside the same change of a part alone.
+    // More faces than are processed at a time, compared with the same change of a part alone.
     const unsigned n = 200;
     LevelGeometry whole(GridMesh(n, n));
     LevelGeometry part(GridMesh(n, n));
@@ -269,7 +272,7 @@ TEST(Multires, LargeChangesAreCarriedInPiecesToTheSameBits) {
     EXPECT_GT(compared, 28000u);
 }
 
-TEST(Multires, CollapsedAndTurnedOverSurfacesStayFinite) {
+TEST(Multires, CollapsedAndFlippedSurfacesStayFinite) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const float z : {0.0f, -1.0f, 1e-30f, 1e18f}) {
             SCOPED_TRACE(zoo.name + " scaled by " + std::to_string(z));
@@ -291,7 +294,7 @@ TEST(Multires, CollapsedAndTurnedOverSurfacesStayFinite) {
     }
 }
 
-TEST(Multires, NormalsAreThoseOfTheWholeLevel) {
+TEST(Multires, PartialNormalsEqualThoseOfTheWholeLevel) {
     LevelGeometry geometry(SteppedBox());
     geometry.Subdivide();
     geometry.Subdivide();

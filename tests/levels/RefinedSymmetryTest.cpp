@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A refinement does not depend on the order in which faces and corners are visited: a mesh that is
-/// mirror-symmetric to the bit stays so, and renumbering a mesh does not change its surface.
+/// \file A refinement does not depend on the order in which faces and corners are visited: an
+/// exactly mirror-symmetric mesh stays exactly symmetric, and renumbering a mesh does not change
+/// its surface.
 #include "framework/math/ExactSum.h"
 #include "framework/math/SameBits.h"
 #include "framework/mesh/LocalRefiner.h"
@@ -48,8 +48,8 @@ PolygonMesh RefinedMesh(const PolygonMesh& mesh, unsigned levels) {
     return geometry.ToPolygons(false);
 }
 
-/// The mesh together with its mirror image. Two components: faces of one have their mirror images
-/// in the other, with corners in the opposite order and starting elsewhere.
+/// The mesh together with its mirror image, as two components. Each face has its mirror image in
+/// the other component, with corners in the opposite order and a different first corner.
 PolygonMesh WithMirrorImage(const PolygonMesh& mesh, std::size_t axis) {
     PolygonMesh both;
     both.name = mesh.name;
@@ -94,7 +94,7 @@ PolygonMesh Reordered(const PolygonMesh& mesh, unsigned seed) {
     return result;
 }
 
-/// Moves every vertex by a random amount, so that sums round.
+/// Moves every vertex by a random amount, so that sums are rounded.
 PolygonMesh Roughened(PolygonMesh mesh, unsigned seed) {
     std::mt19937 random(seed);
     std::uniform_real_distribution<float> offset(-0.2f, 0.2f);
@@ -102,14 +102,15 @@ PolygonMesh Roughened(PolygonMesh mesh, unsigned seed) {
     for (Point& p : mesh.positions) {
         for (float& c : p) {
             c += offset(random);
-            // Coordinates of very different magnitude make sums in double precision round as well.
+            // Coordinates of very different magnitude, so that sums in double precision are also
+            // rounded.
             if (random() % 8 == 0) c = std::ldexp(c, -2 * scale(random));
         }
     }
     return mesh;
 }
 
-TEST(RefinedSymmetry, SymmetricMeshesOfTheZooStaySymmetricToTheBit) {
+TEST(RefinedSymmetry, SymmetricMeshesOfTheZooStayExactlySymmetric) {
     unsigned checked = 0;
     for (const ZooMesh& entry : AllMeshes()) {
         for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -134,7 +135,7 @@ TEST(RefinedSymmetry, EveryMeshOfTheZooRefinesLikeItsMirrorImage) {
     }
 }
 
-TEST(RefinedSymmetry, TheOrderOfFacesAndCornersDoesNotChangeRefinedPositions) {
+TEST(RefinedSymmetry, OrderOfFacesAndCornersDoesNotChangeRefinedPositions) {
     for (const ZooMesh& entry : AllMeshes()) {
         for (unsigned seed = 0; seed < 4; ++seed) {
             SCOPED_TRACE(entry.name + ", seed " + std::to_string(seed));
@@ -183,7 +184,7 @@ TEST(ExactSum, DoesNotDependOnTheOrderOfTerms) {
                                 static_cast<int>(random() % static_cast<unsigned>(span)) - 149);
             }
         }
-        // Terms that cancel leave what smaller terms add up to.
+        // Terms that cancel leave the sum of the smaller terms.
         const std::size_t half = terms.size();
         for (std::size_t i = 0; i + 1 < half; i += 2) terms.push_back(-terms[i]);
         const DoubleVector sum = ExactSum(terms.data(), terms.size());
@@ -211,7 +212,7 @@ TEST(ExactSum, RoundsOnceToTheNearestDouble) {
     EXPECT_EQ(sumOf({}), 0.0);
     EXPECT_EQ(sumOf({1.0f, 0x1p-60f, -1.0f}), 0x1p-60);
     EXPECT_EQ(sumOf({0x1p-100f, 0x1p100f, 0x1p-140f, -0x1p100f}), 0x1p-100 + 0x1p-140);
-    // A tie: half a unit in the last place goes to even, and anything more goes up.
+    // A tie: half a unit in the last place rounds to even, and anything more rounds up.
     EXPECT_EQ(sumOf({1.0f, 0x1p-53f}), 1.0);
     EXPECT_EQ(sumOf({1.0f, 0x1p-53f, 0x1p-149f}), 1.0 + 0x1p-52);
     EXPECT_EQ(sumOf({-1.0f, -0x1p-53f, -0x1p-149f}), -1.0 - 0x1p-52);

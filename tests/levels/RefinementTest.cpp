@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Refined positions against an independent implementation of the same rule.
+/// \file Refined positions compared with an independent implementation of the same rule.
 #include "framework/errors/HostError.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/multires/LevelGeometry.h"
@@ -53,9 +52,10 @@ Refiner MakeRefiner(const PolygonMesh& mesh, int levels) {
     return refiner;
 }
 
-/// Largest distance, over all faces of our level, between our corners and those of the face that
-/// stands for it there. `theirs` maps our faces to theirs. `turns` receives how far our corner 0
-/// lies on in theirs: the start of a face may differ, its sense may not.
+/// The largest distance, over all faces of our level, between our corners and those of the
+/// corresponding reference face. `theirs` maps our faces to the reference faces. `turns` receives
+/// the index of our corner 0 in the reference face: the first corner may differ, but not the
+/// orientation.
 float LargestDistance(const LevelMesh& ours,
                       const Osd::Far::TopologyLevel& level,
                       const std::vector<int>& theirs,
@@ -92,7 +92,7 @@ void ExpectSameRefinement(const PolygonMesh& mesh, int levels) {
         points.push_back({p[0], p[1], p[2]});
         for (const float c : p) size = std::max(size, std::fabs(c));
     }
-    // A mesh of mixed faces begins one refinement later.
+    // A mesh of mixed faces starts one refinement later.
     const bool stepped = geometry.Level(0)->faceCount != mesh.faceSizes.size();
     std::vector<int> theirs(mesh.faceSizes.size());
     for (std::size_t i = 0; i < theirs.size(); ++i) theirs[i] = static_cast<int>(i);
@@ -140,7 +140,7 @@ TEST(Refinement, AgreesWithTheReferenceOnRealMeshes) {
     }
 }
 
-TEST(Refinement, RefusesWhatMemoryDoesNotAllowAndChangesNothing) {
+TEST(Refinement, RefusalByMemoryLimitChangesNothing) {
     LevelGeometry geometry(GridMesh(2, 2));
     for (int level = 0; level < 3; ++level) geometry.Subdivide();
     const PolygonMesh before = geometry.ToPolygons(false);

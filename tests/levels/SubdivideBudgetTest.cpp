@@ -20,7 +20,7 @@ std::string RefusalOf(Act act) {
     return "nothing was refused";
 }
 
-TEST(SubdivideBudget, ForecastIsWhatTheLevelsThenHold) {
+TEST(SubdivideBudget, ForecastEqualsTheMemoryOfTheLevels) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -42,7 +42,7 @@ TEST(SubdivideBudget, ForecastIsWhatTheLevelsThenHold) {
     }
 }
 
-TEST(SubdivideBudget, RefusalTellsWhatItWouldTakeAndLeavesAllAsItWas) {
+TEST(SubdivideBudget, RefusalReportsTheRequirementAndChangesNothing) {
     LevelGeometry geometry(Cube());
     geometry.Subdivide();
     geometry.BindLevel(0);
@@ -58,14 +58,14 @@ TEST(SubdivideBudget, RefusalTellsWhatItWouldTakeAndLeavesAllAsItWas) {
     EXPECT_EQ(geometry.LevelCount(), 3u);
 }
 
-TEST(SubdivideBudget, LevelsThatCannotBeCountedAreRefusedBeforeAnyIsMade) {
+TEST(SubdivideBudget, LevelCountsThatOverflowAreRefusedBeforeAnyLevelIsMade) {
     const LevelGeometry geometry(Cube());
     EXPECT_EQ(RefusalOf([&] { geometry.CheckForecast(30, ~uint64_t{0}); }),
               "subdividing to level 15 would give 6442450944 faces; a level holds at most "
               "1073741823");
 }
 
-TEST(SubdivideBudget, RefusesWhatTheMachineHasNoMemoryFor) {
+TEST(SubdivideBudget, RefusesLevelsBeyondTheMemoryOfTheMachine) {
     LevelGeometry geometry(Cube());
     EXPECT_NO_THROW(geometry.CheckForecast(1, ~uint64_t{0}, 1000));
     const uint64_t further = uint64_t{1} << 60;
@@ -77,11 +77,11 @@ TEST(SubdivideBudget, RefusesWhatTheMachineHasNoMemoryFor) {
     EXPECT_NE(reason.find(" bytes of memory are free ("), std::string::npos) << reason;
 }
 
-TEST(SubdivideBudget, StoppingHalfWayLeavesNothingChanged) {
+TEST(SubdivideBudget, CancellationChangesNothing) {
     LevelGeometry geometry(GridMesh(200, 200));
     geometry.Subdivide();
     geometry.BindLevel(0);
-    // Something that the way to the highest level carries along.
+    // A change to be carried to the highest level.
     geometry.Bound()->SetPosition(7, {7, 0, 1});
     const std::string before = StateOfAll(geometry);
     uint64_t cancelled = 0;
@@ -99,7 +99,7 @@ TEST(SubdivideBudget, StoppingHalfWayLeavesNothingChanged) {
         ASSERT_EQ(job.reports, at) << "cancelled at once";
         ASSERT_TRUE(StateOfAll(geometry) == before) << at;
     }
-    EXPECT_GT(cancelled, 30u) << "on the way up, in topology, positions and normals";
+    EXPECT_GT(cancelled, 30u) << "while carrying upwards, in topology, positions and normals";
     EXPECT_EQ(geometry.LevelCount(), 3u);
     EXPECT_EQ(geometry.Bound()->faceCount, 640000u);
 }

@@ -13,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-/// The mesh with the middle of its box at the origin.
+/// The mesh with the centre of its box at the origin.
 PolygonMesh Centred(PolygonMesh mesh) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
         float low = mesh.positions[0][axis];
@@ -27,7 +27,7 @@ PolygonMesh Centred(PolygonMesh mesh) {
     return mesh;
 }
 
-/// Bends what lies right of the middle up and to the front, as a raised arm.
+/// Moves the part right of the middle up and to the front, like a raised arm.
 PolygonMesh Posed(PolygonMesh mesh) {
     for (auto& p : mesh.positions) {
         if (p[0] <= 0.01f) continue;
@@ -57,8 +57,9 @@ PolygonMesh Together(PolygonMesh a, const PolygonMesh& b, std::array<float, 3> o
     return a;
 }
 
-/// What MirrorVertex answers for all corners of the bound level; -1 and zeros for none.
-std::vector<std::array<int64_t, 3>> AllAnswers(LevelMesh& mesh) {
+/// The results of MirrorVertex for all corners of the bound level; -1 and zeros if there is no
+/// image.
+std::vector<std::array<int64_t, 3>> AllMirrorVertices(LevelMesh& mesh) {
     std::vector<std::array<int64_t, 3>> answers;
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {
         for (uint32_t k = 0; k < mesh.CornersPerFace(); ++k) {
@@ -71,7 +72,7 @@ std::vector<std::array<int64_t, 3>> AllAnswers(LevelMesh& mesh) {
     return answers;
 }
 
-/// Vertex across from each vertex by place: the one nearest to the reflection.
+/// For each vertex the one across by position: the vertex nearest to its reflection.
 std::vector<uint32_t> SpatialMirror(const LevelMesh& mesh, float tolerance) {
     const auto key = [tolerance](const Vector& p) {
         return std::array<long, 3>{std::lround(p.x / tolerance),
@@ -102,7 +103,7 @@ std::vector<uint32_t> SpatialMirror(const LevelMesh& mesh, float tolerance) {
     return across;
 }
 
-/// Meshes whose places are symmetric about x = 0.
+/// Meshes whose positions are symmetric about x = 0.
 std::vector<ZooMesh> SymmetricMeshes() {
     return {{"sphere", SphereQuads(2)},
             {"torus", Centred(Torus(12, 6))},
@@ -142,7 +143,7 @@ TEST(TopologicalMirror, IsTheReflectionOnMeshesThatAreSymmetricInSpace) {
     }
 }
 
-TEST(TopologicalMirror, TakesCornersAcrossInTheOtherSenseAndBack) {
+TEST(TopologicalMirror, MapsCornersInReversedOrderAndBack) {
     for (const ZooMesh& entry : SymmetricMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);
@@ -168,10 +169,10 @@ TEST(TopologicalMirror, TakesCornersAcrossInTheOtherSenseAndBack) {
     }
 }
 
-TEST(TopologicalMirror, PairsInAPoseWhatItPairsAtRest) {
+TEST(TopologicalMirror, PairsTheSameVerticesInAPose) {
     for (const ZooMesh& entry : SymmetricMeshes()) {
         SCOPED_TRACE(entry.name);
-        // A torus has a mirror through each spoke, and a pose may come closer to another one.
+        // A torus has a mirror through each spoke, and a pose may be closer to another one.
         if (entry.name == "torus") continue;
         LevelGeometry atRest(entry.mesh);
         LevelGeometry posed(Posed(entry.mesh));
@@ -179,17 +180,17 @@ TEST(TopologicalMirror, PairsInAPoseWhatItPairsAtRest) {
         ASSERT_TRUE(posed.FindMirror());
         atRest.Subdivide();
         posed.Subdivide();
-        EXPECT_EQ(AllAnswers(*atRest.Bound()), AllAnswers(*posed.Bound()));
+        EXPECT_EQ(AllMirrorVertices(*atRest.Bound()), AllMirrorVertices(*posed.Bound()));
     }
 }
 
-TEST(TopologicalMirror, PairsABodyAlsoWithItsRightHalfMoved) {
+TEST(TopologicalMirror, PairsABodyWithItsRightHalfMoved) {
     PolygonMesh human = ExampleMesh("human.obj");
     LevelGeometry atRest(human);
     ASSERT_TRUE(atRest.FindMirror());
     EXPECT_TRUE(atRest.Mirror()->IsWhole());
-    const auto expected = AllAnswers(*atRest.Bound());
-    // The body's left and right match to the third digit.
+    const auto expected = AllMirrorVertices(*atRest.Bound());
+    // The left and right of the body agree to three digits.
     const std::vector<uint32_t> across = SpatialMirror(*atRest.Bound(), 0.02f);
     std::size_t different = 0;
     for (std::size_t slot = 0; slot < expected.size(); ++slot)
@@ -202,20 +203,20 @@ TEST(TopologicalMirror, PairsABodyAlsoWithItsRightHalfMoved) {
         if (p[0] > 0.0f) p = {p[0], p[1] + 0.5f * p[0], p[2] - 0.25f * p[0] * p[0]};
     LevelGeometry posed(human);
     ASSERT_TRUE(posed.FindMirror());
-    EXPECT_EQ(expected, AllAnswers(*posed.Bound()));
+    EXPECT_EQ(expected, AllMirrorVertices(*posed.Bound()));
 }
 
-TEST(TopologicalMirror, StaysFoundWhenTheWholeMeshHasMovedAside) {
+TEST(TopologicalMirror, StaysValidAfterTheWholeMeshIsMoved) {
     PolygonMesh aside = SphereQuads(2);
     LevelGeometry atRest(aside);
     for (auto& p : aside.positions) p[0] += 0.4f;
     LevelGeometry moved(aside);
     ASSERT_TRUE(atRest.FindMirror());
     ASSERT_TRUE(moved.FindMirror());
-    EXPECT_EQ(AllAnswers(*atRest.Bound()), AllAnswers(*moved.Bound()));
+    EXPECT_EQ(AllMirrorVertices(*atRest.Bound()), AllMirrorVertices(*moved.Bound()));
 }
 
-TEST(TopologicalMirror, OfARefinedLevelIsThatFoundAnewOnItsFaces) {
+TEST(TopologicalMirror, OfARefinedLevelEqualsANewSearchOnItsFaces) {
     for (const ZooMesh& entry : SymmetricMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);
@@ -224,27 +225,27 @@ TEST(TopologicalMirror, OfARefinedLevelIsThatFoundAnewOnItsFaces) {
         geometry.Subdivide();
         LevelGeometry anew(geometry.ToPolygons(false));
         ASSERT_TRUE(anew.FindMirror());
-        EXPECT_EQ(AllAnswers(*geometry.Bound()), AllAnswers(*anew.Bound()));
+        EXPECT_EQ(AllMirrorVertices(*geometry.Bound()), AllMirrorVertices(*anew.Bound()));
     }
 }
 
-TEST(TopologicalMirror, IsNoneOnAMeshWithoutSymmetry) {
+TEST(TopologicalMirror, IsNotFoundOnAMeshWithoutSymmetry) {
     const PolygonMesh sphere = SphereQuads(2);
     for (std::size_t face = 0; face < sphere.faceSizes.size(); face += 7) {
         SCOPED_TRACE(face);
         const std::array<float, 3>& a = sphere.positions[sphere.faceVertices[face * 4]];
         const std::array<float, 3>& b = sphere.positions[sphere.faceVertices[face * 4 + 2]];
-        // A hole beside the middle; front to back, the mesh may well be symmetric.
+        // A hole off the middle; from front to back the mesh may still be symmetric.
         if (std::fabs(a[0] + b[0]) < 0.2f) continue;
         LevelGeometry geometry(WithoutFace(sphere, face));
         EXPECT_FALSE(geometry.FindMirror());
         EXPECT_EQ(nullptr, geometry.Mirror());
-        for (const auto& answer : AllAnswers(*geometry.Bound())) ASSERT_EQ(-1, answer[0]);
+        for (const auto& answer : AllMirrorVertices(*geometry.Bound())) ASSERT_EQ(-1, answer[0]);
     }
 }
 
-TEST(TopologicalMirror, LeavesOutOnlyThePartThatHasNoImage) {
-    // The part at the left has a hole, so nothing lies across from that at the right.
+TEST(TopologicalMirror, ExcludesOnlyThePartWithoutAnImage) {
+    // The left part has a hole, so the right part has no mirror image.
     const PolygonMesh sphere = SphereQuads(1);
     std::size_t lopsided = 0;
     while (sphere.positions[sphere.faceVertices[lopsided * 4]][0] +
@@ -256,13 +257,13 @@ TEST(TopologicalMirror, LeavesOutOnlyThePartThatHasNoImage) {
     ASSERT_TRUE(geometry.FindMirror());
     EXPECT_FALSE(geometry.Mirror()->IsWhole());
     geometry.Subdivide();
-    const auto answers = AllAnswers(*geometry.Bound());
+    const auto answers = AllMirrorVertices(*geometry.Bound());
     const std::size_t firstCorners = sphere.faceSizes.size() * 16;
     for (std::size_t slot = 0; slot < answers.size(); ++slot)
         ASSERT_EQ(slot >= firstCorners, answers[slot][0] == -1) << slot;
 }
 
-TEST(TopologicalMirror, IsUnknownUntilAskedForAndWhenForgotten) {
+TEST(TopologicalMirror, IsUnknownBeforeTheSearchAndAfterItIsDropped) {
     LevelGeometry geometry(SphereQuads(1));
     uint32_t face = 77;
     uint32_t corner = 78;

@@ -9,7 +9,7 @@
 namespace trovik::test {
 namespace {
 
-/// Neighbours of all sides, found by matching vertex pairs.
+/// The neighbours across all sides, found by matching vertex pairs.
 std::vector<uint32_t> NeighboursByMatching(const LevelMesh& mesh) {
     const uint32_t corners = mesh.CornersPerFace();
     std::map<std::pair<uint32_t, uint32_t>, uint32_t> sideOf;
@@ -29,7 +29,7 @@ std::vector<uint32_t> NeighboursByMatching(const LevelMesh& mesh) {
     return neighbours;
 }
 
-TEST(Topology, ImplicitNeighboursAreThoseThatShareTheEdge) {
+TEST(Topology, ImplicitNeighboursHaveTheCommonEdge) {
     for (const ZooMesh& entry : AllMeshes()) {
         LevelGeometry geometry(entry.mesh);
         for (int level = 0; level <= 3; ++level) {
@@ -46,7 +46,7 @@ TEST(Topology, ImplicitNeighboursAreThoseThatShareTheEdge) {
     }
 }
 
-TEST(Topology, ChildrenStandAtTheCornersOfTheirParent) {
+TEST(Topology, ChildrenAreAtTheCornersOfTheirParent) {
     for (const ZooMesh& entry : AllMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);
@@ -119,9 +119,9 @@ TEST(Levels, CoarseChangeIsCarriedUpWhereItReaches) {
     base.SetPosition(0, {0.0f, 0.0f, 1.0f});
     geometry.BindLevel(2);
     const PolygonMesh after = geometry.ToPolygons(false);
-    // The corner vertex is kept by refinement, so it takes the whole change.
+    // Refinement keeps the corner vertex, so it gets the whole change.
     EXPECT_EQ(after.positions[0], (std::array<float, 3>{0.0f, 0.0f, 1.0f}));
-    // The far corner of the grid does not feel it.
+    // The far corner of the grid is not affected.
     EXPECT_EQ(after.positions[80], before.positions[80]);
     EXPECT_EQ(after.normals[80], before.normals[80]);
 }

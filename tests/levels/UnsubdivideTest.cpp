@@ -14,11 +14,11 @@ namespace {
 
 struct Shuffled {
     PolygonMesh mesh;
-    /// Per vertex of the shuffled mesh the vertex that it was.
+    /// The original vertex of each vertex of the shuffled mesh.
     std::vector<uint32_t> was;
 };
 
-/// The same surface with other numbers of vertices and faces, and faces that begin elsewhere.
+/// The same surface with vertices and faces renumbered, and with other first corners.
 Shuffled Shuffle(const PolygonMesh& mesh, unsigned seed) {
     std::mt19937 random(seed);
     Shuffled result;
@@ -45,7 +45,7 @@ Shuffled Shuffle(const PolygonMesh& mesh, unsigned seed) {
     return result;
 }
 
-/// Each face as its corners' places, beginning with the least, in order.
+/// The corner positions of each face, starting with the smallest, sorted.
 std::vector<std::vector<std::array<float, 3>>> FacesInSpace(const PolygonMesh& mesh) {
     std::vector<std::vector<std::array<float, 3>>> faces;
     for (std::size_t f = 0; f < mesh.faceSizes.size(); ++f) {
@@ -76,9 +76,9 @@ TEST(Unsubdivide, FindsTheCoarseMeshOfAShuffledRefinement) {
         ASSERT_EQ(base.faceCount, oldBase.faceCount);
         ASSERT_EQ(base.VertexCount(), oldBase.VertexCount());
         EXPECT_EQ(base.CornersPerFace(), oldBase.CornersPerFace());
-        // The fine faces are where they were, to the bit, and hang together as they did.
+        // The fine faces have the same positions, bit-exactly, and the same connectivity.
         EXPECT_EQ(FacesInSpace(geometry.ToPolygons(false)), FacesInSpace(shuffled.mesh));
-        // On a torus the faces of the refinement do not tell vertices from face points.
+        // On a torus the faces of the refinement do not distinguish vertices from face points.
         if (IsTorusLike(zoo)) continue;
         for (uint32_t v = 0; v < base.VertexCount(); ++v) {
             const Vector fine = geometry.Level(1)->Position(v);
@@ -92,7 +92,7 @@ TEST(Unsubdivide, FindsTheCoarseMeshOfAShuffledRefinement) {
     }
 }
 
-TEST(Unsubdivide, KeepsTheNumbersThatARefinementGave) {
+TEST(Unsubdivide, KeepsTheNumberingOfARefinement) {
     for (const ZooMesh& zoo : QuadMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry original(zoo.mesh);
@@ -112,7 +112,7 @@ TEST(Unsubdivide, KeepsTheNumbersThatARefinementGave) {
     }
 }
 
-TEST(Unsubdivide, CoarseEditsThenCarryTheFineLevel) {
+TEST(Unsubdivide, CoarseEditsMoveTheFineLevelAfterwards) {
     LevelGeometry original(SteppedBox());
     original.Subdivide();
     LevelGeometry geometry(Shuffle(original.ToPolygons(false), 2).mesh);
@@ -132,7 +132,7 @@ TEST(Unsubdivide, CoarseEditsThenCarryTheFineLevel) {
     }
 }
 
-TEST(Unsubdivide, TellsWhyAMeshIsNoRefinement) {
+TEST(Unsubdivide, ReportsWhyAMeshIsNotARefinement) {
     for (const PolygonMesh& mesh : {Cube(), GridMesh(3, 4), SingleQuad(), SteppedBox()}) {
         LevelGeometry geometry(mesh);
         const std::string before = StateOfAll(geometry);
@@ -150,7 +150,7 @@ TEST(Unsubdivide, TellsWhyAMeshIsNoRefinement) {
     EXPECT_THROW(UnsubdivideAsStep(triangles), HostError);
 }
 
-TEST(Unsubdivide, TakesFreezeFlagsAndLayersAlongAndUndoBringsTheNumbersBack) {
+TEST(Unsubdivide, KeepsMaskFlagsAndLayersAndUndoRestoresTheNumbering) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry original(zoo.mesh);

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The orders that make a replay repeatable, against walks written down from their rules, which
-/// know no more of a mesh than its faces' corners.
+/// \file The orders that make a replay repeatable, compared with walks that implement their rules
+/// directly from the corners of the faces.
 #include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
@@ -21,7 +20,7 @@ namespace {
 
 using Visit = std::pair<uint32_t, uint32_t>;
 
-/// The walks by the letter of their rules.
+/// The walks as literal implementations of their rules.
 class RuleWalks {
 public:
     explicit RuleWalks(const LevelMesh& walkedMesh)
@@ -34,7 +33,7 @@ public:
     uint32_t At(uint32_t face, uint32_t corner) const {
         return mesh.faceVertexIndices[face * corners + corner % corners];
     }
-    /// The face that runs from a to b.
+    /// The face that has the directed edge from a to b.
     std::optional<uint32_t> FaceAlong(uint32_t a, uint32_t b) const {
         const auto found = faceOfEdge.find({a, b});
         if (found == faceOfEdge.end()) return std::nullopt;
@@ -48,7 +47,7 @@ public:
     uint32_t CornerOf(uint32_t face, uint32_t vertex) const {
         for (uint32_t k = 0; k < corners; ++k)
             if (At(face, k) == vertex) return k;
-        ADD_FAILURE() << "face " << face << " does not hold vertex " << vertex;
+        ADD_FAILURE() << " does not contain vertex " << face << " does not hold vertex " << vertex;
         return 0;
     }
     uint32_t Next(uint32_t face, uint32_t v) const { return At(face, CornerOf(face, v) + 1); }
@@ -118,7 +117,7 @@ private:
     std::map<Visit, uint32_t> faceOfEdge;
 };
 
-/// True for three of four, always the same.
+/// True for three of four numbers, deterministically.
 bool Wanted(uint32_t number, uint32_t salt) { return (number * 2654435761u + salt) >> 30 != 0; }
 
 class FaceTester final : public FaceEnumerator {
@@ -153,8 +152,9 @@ public:
     std::vector<Visit> met;
 };
 
-/// Calls check(mesh, rules) for levels 0 and 1 of every mesh of the zoo. Two faces may share more
-/// than one edge there, but no edge has two faces in one sense, so a directed edge tells its face.
+/// Calls check(mesh, rules) for levels 0 and 1 of every mesh of the zoo. Two faces may have more
+/// than one common edge there, but no two faces have the same directed edge, so a directed edge
+/// identifies its face.
 template <typename Check>
 void ForEveryLevel(Check check) {
     for (const ZooMesh& entry : AllMeshes()) {
@@ -177,7 +177,7 @@ TEST(WalkOrder, FacesFollowTheRule) {
     });
 }
 
-TEST(WalkOrder, VerticesFollowTheRuleEachWithTheFaceItWasMetIn) {
+TEST(WalkOrder, VerticesAndTheirFacesFollowTheRule) {
     ForEveryLevel([](LevelMesh& mesh, const RuleWalks& rules) {
         for (uint32_t start = 0; start < mesh.faceCount; start += 3) {
             const uint32_t stamp = mesh.visitStamp;
@@ -204,14 +204,14 @@ TEST(WalkOrder, AdjacentVerticesFollowTheRule) {
     });
 }
 
-TEST(WalkOrder, VertexWalkCountsTheStampWhateverTheVisitorAnswers) {
+TEST(WalkOrder, VertexWalkAdvancesTheVisitStampWhateverTheVisitorReturns) {
     LevelGeometry geometry(GridMesh(2, 2));
     LevelMesh& mesh = *geometry.Bound();
     class Nobody final : public VertexEnumerator {
     public:
         void Operator(Mesh*, uint32_t, uint32_t) override {}
         bool Tester(Mesh* walked, uint32_t, uint32_t) override {
-            EXPECT_EQ(walked->visitStamp, stamp) << "not before the walk is over";
+            EXPECT_EQ(walked->visitStamp, stamp) << "not before the walk has ended";
             return false;
         }
         uint32_t stamp = 0;
@@ -240,7 +240,7 @@ TEST(WalkOrder, WalkLeftByAnExceptionDoesNotBlockTheNext) {
     EXPECT_FALSE(faces.tested.empty());
 }
 
-TEST(FaceOrder, QuadChildrenAreTurnedAsTheirParent) {
+TEST(FaceOrder, QuadChildrenHaveTheCornerOrderOfTheirParent) {
     for (const ZooMesh& entry : QuadMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);
@@ -253,14 +253,14 @@ TEST(FaceOrder, QuadChildrenAreTurnedAsTheirParent) {
             for (uint32_t k = 0; k < 4; ++k) {
                 EXPECT_EQ(fine.At(4 * f + k, k), coarse.At(f, k));
                 EXPECT_EQ(fine.At(4 * f + k, k + 2), facePoint);
-                // The point on edge k lies between the children k and k + 1.
+                // The point on edge k is between the children k and k + 1.
                 EXPECT_EQ(fine.At(4 * f + k, k + 1), fine.At(4 * f + (k + 1) % 4, k));
             }
         }
     }
 }
 
-TEST(FaceOrder, ChildrenOfATriangleBeginAtItsCorners) {
+TEST(FaceOrder, ChildrenOfATriangleStartAtItsCorners) {
     for (const ZooMesh& entry : TriangleMeshes()) {
         SCOPED_TRACE(entry.name);
         LevelGeometry geometry(entry.mesh);
@@ -272,7 +272,8 @@ TEST(FaceOrder, ChildrenOfATriangleBeginAtItsCorners) {
             for (uint32_t k = 0; k < 3; ++k) {
                 EXPECT_EQ(fine.At(3 * f + k, 0), coarse.At(f, k));
                 EXPECT_EQ(fine.At(3 * f + k, 2), facePoint);
-                // Behind its corner the point on edge k, which is the last of the next child.
+                // The corner is followed by the point on edge k, which is the last corner of the
+                // next child.
                 EXPECT_EQ(fine.At(3 * f + k, 1), fine.At(3 * f + (k + 1) % 3, 3));
             }
         }
@@ -290,7 +291,7 @@ Vector Cross(const Vector& a, const Vector& b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-TEST(FaceNormals, AreDiagonalsOfAQuadAndSidesOfATriangleToTheBit) {
+TEST(FaceNormals, AreExactCrossProductsOfDiagonalsOrTriangleSides) {
     std::mt19937 random(3);
     LevelGeometry quad(SingleQuad());
     LevelGeometry triangles(TriangleStrip(1));
@@ -315,7 +316,7 @@ TEST(FaceNormals, AreDiagonalsOfAQuadAndSidesOfATriangleToTheBit) {
     }
 }
 
-TEST(PlacementOrder, BothWaysAddRowByRowAndTheInverseIsThatOfTheMatrix) {
+TEST(PlacementOrder, BothDirectionsSumRowByRowWithTheInverseMatrix) {
     std::mt19937 random(5);
     for (int i = 0; i < 200; ++i) {
         Matrix matrix;

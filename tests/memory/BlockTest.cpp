@@ -24,7 +24,7 @@ std::vector<std::string> LinesOf(float share, bool everyBlock) {
     return lines;
 }
 
-TEST(Block, RegisteredBytesCountUntilGivenBack) {
+TEST(Block, RegisteredBytesCountUntilReleased) {
     const int64_t before = MemoryAccount::Total();
     EXPECT_TRUE(Block::RegisterMemoryBlock(1000));
     EXPECT_EQ(MemoryAccount::Total(), before + 1000);
@@ -34,7 +34,7 @@ TEST(Block, RegisteredBytesCountUntilGivenBack) {
     EXPECT_EQ(MemoryAccount::Total(), before);
 }
 
-TEST(Block, TheLimitItselfMayBeReachedAndNotPassed) {
+TEST(Block, TotalMayEqualTheLimitButNotExceedIt) {
     const int64_t before = MemoryAccount::Total();
     const test::MemoryLimit limit(100);
     EXPECT_TRUE(Block::RegisterMemoryBlock(60));
@@ -46,12 +46,12 @@ TEST(Block, TheLimitItselfMayBeReachedAndNotPassed) {
     Block::UnregisterMemoryBlock(100);
 }
 
-TEST(Block, AHugeRequestIsRefusedWithoutOverflow) {
+TEST(Block, HugeRequestIsRefusedWithoutOverflow) {
     const test::MemoryLimit limit(100);
     EXPECT_FALSE(Block::RegisterMemoryBlock(std::numeric_limits<int64_t>::max()));
 }
 
-TEST(Block, ALimitBelowTheTotalRefusesGrowthOnly) {
+TEST(Block, LimitBelowTheTotalRefusesGrowthOnly) {
     EXPECT_TRUE(Block::RegisterMemoryBlock(50));
     {
         const test::MemoryLimit limit(-10);
@@ -61,7 +61,7 @@ TEST(Block, ALimitBelowTheTotalRefusesGrowthOnly) {
     Block::UnregisterMemoryBlock(50);
 }
 
-TEST(Block, EntersAndLeavesTheListAnywhere) {
+TEST(Block, CanBeAddedToAndRemovedFromTheListAnywhere) {
     Block* const before = Block::s_pHead;
     auto* a = new Block("a", 1);
     auto* b = new Block("b", 2);
@@ -96,7 +96,7 @@ TEST(Block, AlignedMemoryIsAlignedAndWritable) {
     }
 }
 
-TEST(Block, CopyMovesTheBytesAndNothingOfNone) {
+TEST(Block, CopyTransfersTheBytesAndAcceptsZeroBytes) {
     const uint32_t from[3] = {1, 2, 3};
     uint32_t to[3] = {};
     Block::CopyMemoryBlock(to, from, 8);
@@ -104,7 +104,7 @@ TEST(Block, CopyMovesTheBytesAndNothingOfNone) {
     Block::CopyMemoryBlock(nullptr, nullptr, 0);
 }
 
-TEST(Block, LogTellsTotalLimitAndArraysByName) {
+TEST(Block, LogListsTotalLimitAndArraysByName) {
     const Block one("log test", 4);
     const Block two("log test", 4);
     const test::MemoryLimit limit(500);
@@ -116,14 +116,14 @@ TEST(Block, LogTellsTotalLimitAndArraysByName) {
     EXPECT_THAT(lines, Contains("memory:   log test: 2 arrays"));
 }
 
-TEST(Block, LogNamesTheAllocationUnderWay) {
+TEST(Block, LogNamesTheCurrentAllocation) {
     Block::SetAllocatorID("growing list");
     EXPECT_THAT(LinesOf(0.0f, true).front(), HasSubstr("allocating for growing list"));
     Block::SetAllocatorID(nullptr);
     EXPECT_THAT(LinesOf(0.0f, true).front(), Not(HasSubstr("allocating for")));
 }
 
-TEST(Block, LogLeavesOutNamesWithASmallShare) {
+TEST(Block, LogOmitsNamesWithASmallFraction) {
     std::vector<std::unique_ptr<Block>> many;
     for (int i = 0; i < 99; ++i) many.push_back(std::make_unique<Block>("many", 4));
     const Block few("few", 4);
@@ -132,7 +132,7 @@ TEST(Block, LogLeavesOutNamesWithASmallShare) {
     EXPECT_THAT(LinesOf(0.5f, true), Contains(HasSubstr("few: 1 arrays")));
 }
 
-TEST(Block, LogIsSilentUnlessItIsAskedFor) {
+TEST(Block, LogIsSilentByDefault) {
     const auto logged = [] {
         testing::internal::CaptureStderr();
         Block::LogAll(0.0f, true);
@@ -145,7 +145,7 @@ TEST(Block, LogIsSilentUnlessItIsAskedFor) {
     unsetenv("TROVIK_MEMORY_LOG");
 }
 
-TEST(Block, LogThatFindsNoMemoryIsDropped) {
+TEST(Block, LogWithoutMemoryIsDropped) {
     MemoryAccount::SetLogSink([](const std::string&) { throw std::bad_alloc(); });
     EXPECT_NO_THROW(Block::LogAll(0.0f, true));
     MemoryAccount::SetLogSink(nullptr);

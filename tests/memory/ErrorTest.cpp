@@ -6,7 +6,7 @@
 namespace trovik {
 namespace {
 
-TEST(Error, FormatSetsTheTextAndAnswersTheSameObject) {
+TEST(Error, FormatSetsTheTextAndReturnsTheSameObject) {
     auto* error = new Error(QString(), Error::InvalidUse, "Grid::Face", "Grid.cpp", 12);
     EXPECT_EQ(error->Format(QStringLiteral("wrong parameter")), error);
     EXPECT_EQ(error->Message(), QStringLiteral("wrong parameter"));
@@ -29,7 +29,7 @@ TEST(Error, IsThrownAndCaughtAsAPointer) {
     Error::Dispose(caught);
 }
 
-TEST(Error, TheMemoryErrorIsStaticAndOutlivesItsDisposal) {
+TEST(Error, MemoryErrorIsStaticAndSurvivesItsDisposal) {
     ASSERT_NE(Error::s_cBadAlloc, nullptr);
     Error::Dispose(Error::s_cBadAlloc);
     EXPECT_EQ(Error::s_cBadAlloc->ErrorCode(), Error::OutOfMemory);

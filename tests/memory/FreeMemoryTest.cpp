@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint64_t mebibyte = uint64_t{1} << 20;
 
-/// A folder with files as the system has them below `/proc` and `/sys`.
+/// A folder with files like those of the system below `/proc` and `/sys`.
 class FreeMemoryOfSystem : public ::testing::Test {
 protected:
     FreeMemoryOfSystem() {
@@ -33,13 +33,13 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(FreeMemoryOfSystem, IsWhatTheMachineHasAvailable) {
+TEST_F(FreeMemoryOfSystem, IsTheAvailableMemoryOfTheMachine) {
     EXPECT_EQ(Query().bytes, 8192 * mebibyte);
     EXPECT_EQ(Query().limit, "machine");
     EXPECT_EQ(Query().Text(), "8589934592 bytes of memory are free (machine)");
 }
 
-TEST_F(FreeMemoryOfSystem, IsWhatAGroupAndThoseAroundItLeave) {
+TEST_F(FreeMemoryOfSystem, IsLimitedByTheControlGroupAndItsParents) {
     Fill("proc/self/cgroup", "0::/outer/inner\n");
     Fill("sys/fs/cgroup/outer/inner/memory.max", "max\n");
     Fill("sys/fs/cgroup/outer/inner/memory.current", "12345\n");
@@ -48,7 +48,7 @@ TEST_F(FreeMemoryOfSystem, IsWhatAGroupAndThoseAroundItLeave) {
     Fill("sys/fs/cgroup/outer/memory.current", std::to_string(700 * mebibyte) + "\n");
     EXPECT_EQ(Query().bytes, 300 * mebibyte);
     EXPECT_EQ(Query().limit, "control group");
-    // The kernel drops pages of files before it refuses memory.
+    // The kernel drops file pages before it refuses memory.
     Fill("sys/fs/cgroup/outer/memory.stat",
          "anon 5\ninactive_file " + std::to_string(200 * mebibyte) + "\nactive_file " +
              std::to_string(100 * mebibyte) + "\n");
@@ -57,28 +57,28 @@ TEST_F(FreeMemoryOfSystem, IsWhatAGroupAndThoseAroundItLeave) {
     EXPECT_EQ(Query().bytes, 50 * mebibyte - 12345);
 }
 
-TEST_F(FreeMemoryOfSystem, ReadsGroupsOfTheFirstVersion) {
+TEST_F(FreeMemoryOfSystem, ReadsVersionOneControlGroups) {
     Fill("proc/self/cgroup", "5:cpu,cpuacct:/x\n4:memory:/docker/0123\n0::/\n");
-    // A container sees its group as the top folder.
+    // In a container, its own group appears as the top folder.
     Fill("sys/fs/cgroup/memory/memory.limit_in_bytes", std::to_string(500 * mebibyte) + "\n");
     Fill("sys/fs/cgroup/memory/memory.usage_in_bytes", std::to_string(100 * mebibyte) + "\n");
     EXPECT_EQ(Query().bytes, 400 * mebibyte);
-    // More used than allowed, as after lowering a limit.
+    // More in use than allowed, as after a limit is lowered.
     Fill("sys/fs/cgroup/memory/memory.usage_in_bytes", std::to_string(900 * mebibyte) + "\n");
     EXPECT_EQ(Query().bytes, 0u);
 }
 
-TEST_F(FreeMemoryOfSystem, PassesOverWhatCannotBeRead) {
+TEST_F(FreeMemoryOfSystem, IgnoresUnreadableFiles) {
     Fill("proc/meminfo", "MemAvailable: much\n");
     Fill("proc/self/cgroup", "nonsense\n0:\n");
     EXPECT_EQ(Query().bytes, std::numeric_limits<uint64_t>::max());
 }
 
-TEST_F(FreeMemoryOfSystem, IsWhatTheLimitsOfTheProcessLeave) {
+TEST_F(FreeMemoryOfSystem, IsLimitedByTheProcessLimits) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "a sanitized process cannot run with little address space";
 #endif
-    // In pages: address space, then data and stack in the sixth place.
+    // In pages: address space, then data and stack in the sixth field.
     Fill("proc/self/statm", "25600 1 1 1 0 12800 0\n");
     const auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
     const pid_t child = fork();
@@ -96,7 +96,7 @@ TEST_F(FreeMemoryOfSystem, IsWhatTheLimitsOfTheProcessLeave) {
         const uint64_t bytes = 7000 * mebibyte;
         const bool isRight = limited(RLIMIT_AS, bytes, 25600, "address space limit") &&
                              limited(RLIMIT_DATA, bytes, 12800, "data segment limit");
-        // Little free memory is no lack of address space.
+        // Little free memory does not mean little address space.
         Fill("proc/meminfo", "MemAvailable: 1 kB\n");
         rlimit before{};
         getrlimit(RLIMIT_AS, &before);
@@ -112,7 +112,7 @@ TEST_F(FreeMemoryOfSystem, IsWhatTheLimitsOfTheProcessLeave) {
     EXPECT_EQ(status, 0);
 }
 
-TEST(FreeMemory, OfThisMachineAllowsLittleAndRefusesTooMuch) {
+TEST(FreeMemory, OfThisMachineAllowsSmallAndRefusesHugeRequests) {
     CheckFreeMemory("working", 1);
     const std::string message = MessageOf<HostError>(
         [] { CheckFreeMemory("working", std::numeric_limits<uint64_t>::max()); });

@@ -5,7 +5,7 @@
 
 namespace trovik::test {
 
-/// Lets the accounted memory grow by so many bytes and no more, until the end of the scope.
+/// Limits the growth of the accounted memory to this many bytes until the end of the scope.
 class MemoryLimit {
 public:
     explicit MemoryLimit(int64_t moreBytes) : before(MemoryAccount::Limit()) {

@@ -17,7 +17,7 @@ std::vector<T> ContentOf(const Store<T>& store) {
     return {store.array, store.array + store.fill};
 }
 
-/// Elements whose arrays cannot be had while `refuse` is set.
+/// Elements whose array allocation fails while `refuse` is set.
 struct Unobtainable {
     static inline bool refuse = false;
     static void* operator new[](std::size_t size) {
@@ -40,7 +40,7 @@ TEST(Store, StartsEmpty) {
     EXPECT_STREQ(Store<uint32_t>().allocatorName, "unknown");
 }
 
-TEST(Store, AppendingGrowsThroughOneThreeSevenFifteen) {
+TEST(Store, AppendingGrowsTheCapacityToOneThreeSevenFifteen) {
     Store<uint32_t> store;
     std::vector<uint32_t> capacities;
     for (uint32_t i = 0; i < 8; ++i) {
@@ -51,7 +51,7 @@ TEST(Store, AppendingGrowsThroughOneThreeSevenFifteen) {
     EXPECT_EQ(ContentOf(store), (std::vector<uint32_t>{0, 10, 20, 30, 40, 50, 60, 70}));
 }
 
-TEST(Store, AppendingAfterAnExactCapacityDoublesThatAndAddsOne) {
+TEST(Store, AppendingAtAnExactCapacityDoublesItAndAddsOne) {
     Store<uint32_t> store;
     store.SetFill(4, true);
     store.Append(9);
@@ -60,7 +60,7 @@ TEST(Store, AppendingAfterAnExactCapacityDoublesThatAndAddsOne) {
     EXPECT_EQ(store.array[4], 9u);
 }
 
-TEST(Store, AnIndexAtTheCapacityReadsTheFirstElement) {
+TEST(Store, IndexAtTheCapacityReadsTheFirstElement) {
     Store<uint32_t> store;
     store.Append(5);
     store.Append(6);
@@ -68,7 +68,7 @@ TEST(Store, AnIndexAtTheCapacityReadsTheFirstElement) {
     store.array[2] = 7;
     const Store<uint32_t>& reading = store;
     EXPECT_EQ(reading[1], 6u);
-    EXPECT_EQ(reading[2], 7u) << "between fill and capacity the element itself";
+    EXPECT_EQ(reading[2], 7u) << "between fill and capacity it is the element itself";
     EXPECT_EQ(reading[3], 5u);
     EXPECT_EQ(reading[0xffffffffu], 5u);
     store[3] = 8;
@@ -91,13 +91,13 @@ TEST(Store, AccountsForItsCapacity) {
     EXPECT_EQ(MemoryAccount::Total(), before);
 }
 
-TEST(Store, RefusedGrowthThrowsAndLeavesEverythingAsItWas) {
+TEST(Store, RefusedGrowthThrowsAndChangesNothing) {
     Store<uint32_t> store;
     for (uint32_t i = 0; i < 7; ++i) store.Append(i);
     const int64_t before = MemoryAccount::Total();
     const uint32_t* const array = store.array;
     {
-        // The old array stays until the new one is there, so 15 more elements have to fit.
+        // The old array exists until the new one is allocated, so 15 more elements have to fit.
         const test::MemoryLimit limit(15 * 4 - 1);
         try {
             store.Append(99);
@@ -115,7 +115,7 @@ TEST(Store, RefusedGrowthThrowsAndLeavesEverythingAsItWas) {
     EXPECT_EQ(store.fill, 8u);
 }
 
-TEST(Store, AFailedAllocationAppendsNothingAndOnlyLogs) {
+TEST(Store, FailedAllocationAppendsNothingAndOnlyLogs) {
     Store<Unobtainable> store("rare");
     store.Append({1});
     const int64_t before = MemoryAccount::Total();
@@ -147,7 +147,7 @@ TEST(FilledStore, HasItsElementsOrThrows) {
     Unobtainable::refuse = false;
 }
 
-TEST(Store, ASmallerFillOnlyStoresTheNumber) {
+TEST(Store, SmallerFillOnlyStoresTheNumber) {
     Store<uint32_t> store;
     for (uint32_t i = 0; i < 5; ++i) store.Append(i);
     const uint32_t* const array = store.array;
@@ -157,7 +157,7 @@ TEST(Store, ASmallerFillOnlyStoresTheNumber) {
     EXPECT_EQ(store.array, array);
 }
 
-TEST(Store, ALargerFillSetsExactlyThatCapacity) {
+TEST(Store, LargerFillSetsExactlyThatCapacity) {
     Store<uint32_t> store;
     store.Append(1);
     store.Append(2);
@@ -165,16 +165,16 @@ TEST(Store, ALargerFillSetsExactlyThatCapacity) {
     EXPECT_EQ(store.capacity, 6u);
     EXPECT_EQ(store.fill, 6u);
     EXPECT_EQ(store.array[1], 2u);
-    // A fill within the capacity, yet above the fill, brings the capacity down to it.
+    // A new fill within the capacity but above the old fill reduces the capacity to it.
     store.SetFill(0, true);
     EXPECT_TRUE(store.SetFill(4, true));
     EXPECT_EQ(store.capacity, 4u);
 }
 
-TEST(Store, WithoutKeepingTheOldContentGoesFirst) {
+TEST(Store, OldContentIsFreedFirstUnlessItIsKept) {
     Store<uint32_t> store;
     store.SetFill(10, true);
-    // Room for 20 elements in all: enough without the old ten, too little beside them.
+    // Memory for 20 elements in total: enough without the old ten, too little with them.
     const test::MemoryLimit limit(10 * 4);
     EXPECT_THROW(store.SetFill(20, true), Error*);
     EXPECT_EQ(store.fill, 10u);
@@ -202,7 +202,7 @@ TEST(Store, ClearingAnEmptyStoreDoesNothing) {
     EXPECT_EQ(store.array, nullptr);
 }
 
-TEST(Store, FieldsStandInTheirOrder) {
+TEST(Store, FieldsAreInTheirOrder) {
     const Store<uint16_t> store;
     const auto at = [&store](const auto& field) {
         return reinterpret_cast<const char*>(&field) - reinterpret_cast<const char*>(&store);

@@ -5,7 +5,7 @@
 
 namespace trovik::test {
 
-/// Maps points to their images in the plane of this x.
+/// Maps points to their images at the plane of this x.
 inline Matrix MirrorAtX(float x) {
     Matrix map;
     map.m[0][0] = -1.0f;
@@ -13,7 +13,7 @@ inline Matrix MirrorAtX(float x) {
     return map;
 }
 
-/// What a brush is told of the plane x = 0.
+/// The configuration that a brush receives for the plane x = 0.
 inline MirrorConfiguration MirroredAtX() {
     MirrorConfiguration mirror;
     mirror.SetMirrorMode(MirrorConfiguration::PlaneX);

@@ -14,8 +14,8 @@
 
 namespace trovik::test {
 
-/// A cube of n x n quads a side, blown up to the unit sphere; symmetric to the bit in the planes of
-/// the axes.
+/// A cube of n x n quads per side, projected onto the unit sphere; exactly symmetric in the
+/// coordinate planes.
 inline PolygonMesh Ball(int n) {
     PolygonMesh mesh;
     std::map<std::array<int, 3>, uint32_t> numbers;
@@ -65,7 +65,7 @@ public:
         document->SelectTool(name);
         document->Brush().directionAttribute.SetValue(direction, true);
     }
-    /// One stroke with a dab at the surface nearest to each place.
+    /// Makes one stroke with a dab at the surface point nearest to each position.
     void Stroke(const std::vector<Vector>& places, float radius, float strength = 0.03f) {
         document->Loop().Begin(BrushOperation::ModifierNone);
         for (const Vector& place : places) {
@@ -76,7 +76,7 @@ public:
         }
         document->Loop().End();
     }
-    /// amount(vertex) for every vertex of the level.
+    /// Sets the amount of each vertex of the level to amount(vertex).
     template <typename Amount>
     void Freeze(Amount amount) {
         std::vector<uint8_t> amounts;
@@ -84,7 +84,7 @@ public:
         document->Freeze(amounts, FreezeMode::Replace);
     }
     std::vector<Vector> Positions() { return PositionsOf(Mesh()); }
-    /// Per vertex the one across the plane, by where they are at the first call.
+    /// For each vertex the one across the plane, by the positions at the first call.
     const std::vector<uint32_t>& Across(int axis) {
         std::vector<uint32_t>& across = twins[axis];
         if (!across.empty()) return across;
@@ -99,7 +99,7 @@ public:
         }
         return across;
     }
-    /// The largest difference of a vertex from where its twin puts it.
+    /// The largest distance of a vertex from the mirror image of its twin.
     float Asymmetry(int axis) {
         const std::vector<uint32_t>& across = Across(axis);
         float most = 0.0f;

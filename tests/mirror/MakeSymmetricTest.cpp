@@ -11,18 +11,18 @@
 namespace trovik::test {
 namespace {
 
-/// A ball with its halves sculpted unlike each other, at level 1.
-class Lopsided : public testing::TestWithParam<int> {
+/// A ball at level 1 whose halves were sculpted differently.
+class AsymmetricBall : public testing::TestWithParam<int> {
 protected:
-    Lopsided() : ball(8) {
+    AsymmetricBall() : ball(8) {
         ball->Subdivide();
-        for (const int axis : {0, 1, 2}) LearnTwins(axis);
+        for (const int axis : {0, 1, 2}) FindTwins(axis);
         ball.Tool("Sculpt");
         ball.Stroke({{0.5f, 0.6f, 0.6f}, {0.2f, 0.8f, 0.5f}}, 0.5f, 0.1f);
         ball.Stroke({{-0.5f, -0.6f, -0.6f}, {0.0f, 0.02f, 0.9f}}, 0.4f, 0.1f);
     }
-    /// A subdivided ball is symmetric but for rounding, so twins are the nearest.
-    void LearnTwins(int axis) {
+    /// A subdivided ball is symmetric except for rounding, so twins are the nearest vertices.
+    void FindTwins(int axis) {
         const std::vector<Vector> positions = ball.Positions();
         for (const Vector& p : positions) {
             Vector q = p;
@@ -48,7 +48,7 @@ protected:
     std::vector<Vector> atFirst;
 };
 
-TEST_P(Lopsided, TakesTheShapeOfItsOneHalfToTheBit) {
+TEST_P(AsymmetricBall, BecomesTheExactMirrorImageOfOneHalf) {
     const int axis = GetParam();
     for (const SymmetrySide side : {SymmetrySide::Positive, SymmetrySide::Negative}) {
         const std::vector<Vector> before = ball.Positions();
@@ -62,17 +62,17 @@ TEST_P(Lopsided, TakesTheShapeOfItsOneHalfToTheBit) {
             const bool isModel = sign * Along(atFirst[v], axis) > 1e-3f;
             EXPECT_TRUE(!isModel || before[v] == now) << v;
         }
-        EXPECT_EQ(0u, ball->MakeSymmetric(axis, side)) << "there was more to do";
+        EXPECT_EQ(0u, ball->MakeSymmetric(axis, side)) << "some vertices are still asymmetric";
         ASSERT_TRUE(ball->Undo());
         EXPECT_TRUE(ball.Positions() == before);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Axes, Lopsided, testing::Values(0, 1, 2));
+INSTANTIATE_TEST_SUITE_P(Axes, AsymmetricBall, testing::Values(0, 1, 2));
 
-using MakeSymmetricOfABall = Lopsided;
+using MakeSymmetricOfABall = AsymmetricBall;
 
-TEST_P(MakeSymmetricOfABall, LeavesFrozenVerticesAndGoesHalfTheWayWithHalfFrozenOnes) {
+TEST_P(MakeSymmetricOfABall, ScalesTheMoveByTheMask) {
     const std::vector<Vector> before = ball.Positions();
     ball->MakeSymmetric(0, SymmetrySide::Positive);
     const std::vector<Vector> goal = ball.Positions();
@@ -94,7 +94,7 @@ TEST_P(MakeSymmetricOfABall, LeavesFrozenVerticesAndGoesHalfTheWayWithHalfFrozen
     }
 }
 
-TEST_P(MakeSymmetricOfABall, GoesIntoTheActiveLayer) {
+TEST_P(MakeSymmetricOfABall, IsWrittenToTheActiveLayer) {
     const std::vector<Vector> before = ball.Positions();
     ball->AddLayer("symmetry");
     ball->MakeSymmetric(0, SymmetrySide::Negative);
@@ -106,10 +106,10 @@ TEST_P(MakeSymmetricOfABall, GoesIntoTheActiveLayer) {
 
 INSTANTIATE_TEST_SUITE_P(AcrossX, MakeSymmetricOfABall, testing::Values(0));
 
-TEST(MakeSymmetric, TellsOfAMeshThatHasNoMirror) {
+TEST(MakeSymmetric, ReportsAMeshWithoutAMirror) {
     const TemporaryFolder folder;
     PolygonMesh mesh = GridMesh(3, 2);
-    // A face less, and one corner is unlike all others.
+    // One face fewer, so that one corner differs from all others.
     mesh.faceSizes.pop_back();
     mesh.faceVertices.resize(mesh.faceVertices.size() - 4);
     mesh.positions.pop_back();

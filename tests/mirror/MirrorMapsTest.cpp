@@ -11,7 +11,7 @@ namespace {
 
 Vector Through(const Matrix& map, const Vector& p) { return map.AffineTransform(p, 1.0f); }
 
-TEST(MirrorMaps, OfNothingAreNone) {
+TEST(MirrorMaps, OfNoMirrorsAreEmpty) {
     EXPECT_TRUE(MirrorMaps({}).empty());
     EXPECT_TRUE(MirrorMaps({{}, 1, 2}).empty());
 }
@@ -24,7 +24,7 @@ TEST(MirrorMaps, OfPlanesAreTheirProducts) {
     EXPECT_EQ(Vector(-1, 2, -3), Through(maps[2], {1, 2, 3}));
 }
 
-TEST(MirrorMaps, OfCopiesTurnAboutTheirAxisAndQuarterTurnsAreExact) {
+TEST(MirrorMaps, OfCopiesRotateAboutTheirAxisWithExactQuarterTurns) {
     const std::vector<Matrix> maps = MirrorMaps({{}, 4, 2});
     ASSERT_EQ(3u, maps.size());
     EXPECT_EQ(Vector(-2, 1, 3), Through(maps[0], {1, 2, 3}));
@@ -41,15 +41,15 @@ TEST(MirrorMaps, OfCopiesTurnAboutTheirAxisAndQuarterTurnsAreExact) {
     EXPECT_NEAR(-0.5f, y.z, 1e-6f);
 }
 
-TEST(MirrorMaps, ThatComeToTheSameAreThereOnce) {
+TEST(MirrorMaps, DuplicatesAreListedOnce) {
     // Half a turn about z is the reflection in x and y.
     EXPECT_EQ(3u, MirrorMaps({{0, 1}, 2, 2}).size());
-    // A plane through the axis and five turns: ten copies in all.
+    // A plane through the axis and five rotations: ten copies in total.
     EXPECT_EQ(9u, MirrorMaps({{0}, 5, 1}).size());
     EXPECT_EQ(9u, MirrorMaps({{1}, 5, 1}).size());
 }
 
-TEST(MirrorMaps, ThatAreTooManyAreRefusedAndTheMirrorsStay) {
+TEST(MirrorMaps, TooManyAreRefusedAndTheOldMirrorsAreKept) {
     BallDocument ball(4);
     ball->SetMirrors({{0}, 1, 1});
     try {
@@ -62,14 +62,15 @@ TEST(MirrorMaps, ThatAreTooManyAreRefusedAndTheMirrorsStay) {
     EXPECT_NO_THROW(ball->SetMirrors({{}, 65, 1}));
 }
 
-TEST(MirrorMaps, OfCopiesGiveEveryDabThatManyTimes) {
+TEST(MirrorMaps, OfCopiesRepeatEveryDab) {
     BallDocument ball(48);
     ball->SetMirrors({{}, 6, 1});
     ball.Tool("Sculpt");
     const std::vector<Vector> before = ball.Positions();
     ball.Stroke({{0.9f, 0.3f, 0.2f}}, 0.15f);
     EXPECT_EQ(6u, ball->Totals().dabs);
-    // Each sixth about y holds as many vertices that moved, but for where the mesh's own faces lie.
+    // Each sixth about y has the same number of moved vertices, except for the position of the
+    // mesh's faces.
     std::size_t moved[6] = {};
     for (uint32_t v = 0; v < before.size(); ++v) {
         if (before[v] == ball.Mesh().Position(v)) continue;

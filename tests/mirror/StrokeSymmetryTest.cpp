@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What mirrored strokes do to a surface that is symmetric to the bit.
+/// \file Mirrored strokes on a surface that is exactly symmetric.
 #include "tests/mirror/Ball.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +8,7 @@
 namespace trovik::test {
 namespace {
 
-/// A way that goes over all three planes, so that dabs and their images overlap.
+/// A path that crosses all three planes, so that dabs and their images overlap.
 const std::vector<Vector> overThePlanes = {{0.3f, 0.25f, 1.0f},
                                            {0.15f, 0.1f, 1.0f},
                                            {0.03f, 0.02f, 1.0f},
@@ -24,7 +23,7 @@ struct Mirrored {
 
 class MirroredSculpt : public testing::TestWithParam<Mirrored> {};
 
-TEST_P(MirroredSculpt, KeepsASymmetricSurfaceSymmetricToTheBit) {
+TEST_P(MirroredSculpt, KeepsASymmetricSurfaceExactlySymmetric) {
     BallDocument ball;
     for (const int axis : GetParam().planes) ball.Across(axis);
     ball->SetMirrors({GetParam().planes, 1, 1});
@@ -62,13 +61,14 @@ INSTANTIATE_TEST_SUITE_P(PlanesAndDirections,
                              return name;
                          });
 
-// Otherwise the tests above would hold without anything being done for them.
+// Otherwise the tests above would pass without the symmetry being restored.
 TEST(StrokeSymmetry, ADabAndItsImageThatOverlapDifferByMoreThanRounding) {
     BallDocument ball;
     ball.Across(0);
     Matrix slightlyTurned;
     slightlyTurned.m[0][0] = -1.0f;
-    // Not a plane of the axes for the loop, and of no consequence for a dab.
+    // The loop does not recognise it as a coordinate plane, and the difference does not affect a
+    // dab.
     slightlyTurned.m[0][1] = 1e-30f;
     ball->Loop().SetMirrors(MirrorConfiguration::PlaneX, {slightlyTurned});
     ball.Tool("Sculpt");
@@ -93,7 +93,7 @@ TEST(StrokeSymmetry, HoldsForEveryTool) {
     }
 }
 
-TEST(StrokeSymmetry, IsThatOfTheLayerToo) {
+TEST(StrokeSymmetry, AppliesToLayerOffsets) {
     BallDocument ball;
     ball.Across(0);
     ball->SetMirrors({{0}, 1, 1});
@@ -110,7 +110,7 @@ TEST(StrokeSymmetry, IsThatOfTheLayerToo) {
     EXPECT_EQ(0.0f, ball.Asymmetry(0));
 }
 
-TEST(StrokeSymmetry, LeavesTwinsAloneThatAreFrozenUnlikeEachOther) {
+TEST(StrokeSymmetry, SkipsTwinsWithDifferentMasks) {
     BallDocument ball;
     const std::vector<uint32_t>& across = ball.Across(0);
     ball->SetMirrors({{0}, 1, 1});
@@ -127,7 +127,7 @@ TEST(StrokeSymmetry, LeavesTwinsAloneThatAreFrozenUnlikeEachOther) {
     EXPECT_GT(moved, 50u);
 }
 
-TEST(StrokeSymmetry, IsNoneWhereTheSurfaceWasNotSymmetric) {
+TEST(StrokeSymmetry, SkipsPartsThatWereNotSymmetric) {
     BallDocument ball;
     ball.Across(0);
     ball.Tool("Sculpt");
@@ -139,7 +139,7 @@ TEST(StrokeSymmetry, IsNoneWhereTheSurfaceWasNotSymmetric) {
     EXPECT_NEAR(before, ball.Asymmetry(0), 0.001f);
 }
 
-TEST(StrokeSymmetry, ToolsThatKeepAPlaneKeepOneOnEachSide) {
+TEST(StrokeSymmetry, PlaneToolsKeepOnePlanePerSide) {
     struct Case {
         std::vector<int> planes;
         int copies;
@@ -169,7 +169,7 @@ TEST(StrokeSymmetry, ToolsThatKeepAPlaneKeepOneOnEachSide) {
             EXPECT_GT(most, 0.003f);
             EXPECT_LT(most, 0.05f) << "a side was flattened towards another side's plane";
             for (const int axis : one.planes) EXPECT_LT(ball.Asymmetry(axis), 1e-6f) << axis;
-            // About z the moves cancel where the mesh itself is alike under the turn.
+            // About z the moves cancel where the mesh itself is invariant under the rotation.
             if (one.copies != 3) {
                 EXPECT_LT(std::fabs(sums[0]) + std::fabs(sums[1]), 1e-3f);
             }
@@ -177,7 +177,7 @@ TEST(StrokeSymmetry, ToolsThatKeepAPlaneKeepOneOnEachSide) {
                                                       : uint64_t{1} << one.planes.size();
             EXPECT_EQ(2 * sides, ball->Totals().dabs);
             ASSERT_TRUE(ball->Undo());
-            EXPECT_TRUE(ball.Positions() == before) << "the sides are not one step";
+            EXPECT_TRUE(ball.Positions() == before) << "the sides are not one undo step";
             EXPECT_FALSE(ball->Undo());
         }
     }

@@ -9,8 +9,8 @@
 namespace trovik::test {
 namespace {
 
-/// A place on a face, off its middle, and `height` above it.
-SurfacePoint PlaceOn(LevelMesh& mesh, uint32_t face, float height) {
+/// A point on a face, off its centre, and `height` above it.
+SurfacePoint PointOn(LevelMesh& mesh, uint32_t face, float height) {
     SurfacePoint hit(&mesh, 0, face);
     const uint32_t* at = mesh.faceVertexIndices.array + face * mesh.CornersPerFace();
     hit.position = (mesh.Position(at[0]) * 0.5f + mesh.Position(at[1]) * 0.3f) +
@@ -18,20 +18,20 @@ SurfacePoint PlaceOn(LevelMesh& mesh, uint32_t face, float height) {
     return hit;
 }
 
-TEST(TopologicalHit, IsThePlaneReflectionOnAMeshThatIsSymmetricInSpace) {
+TEST(TopologicalHit, EqualsThePlaneReflectionOnASymmetricMesh) {
     LevelGeometry geometry(SphereQuads(2));
     ASSERT_TRUE(geometry.FindMirror());
     LevelMesh& mesh = *geometry.Bound();
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {
         SCOPED_TRACE(face);
-        const SurfacePoint hit = PlaceOn(mesh, face, 0.05f);
+        const SurfacePoint hit = PointOn(mesh, face, 0.05f);
         const auto across = AcrossTopologicalMirror(hit);
         ASSERT_TRUE(across);
         EXPECT_TRUE(across->hit.mirror);
         EXPECT_EQ(&mesh, across->hit.mesh);
         ExpectNear({-hit.position.x, hit.position.y, hit.position.z}, across->hit.position, 1e-5f);
         ExpectNear({-hit.normal.x, hit.normal.y, hit.normal.z}, across->hit.normal, 1e-5f);
-        // The face across holds the reflected place.
+        // The face across contains the reflected point.
         Vector normal;
         mesh.FaceNormal(&normal, across->hit.face);
         ExpectNear(across->hit.normal, normal.Normalized(), 1e-4f);
@@ -41,12 +41,12 @@ TEST(TopologicalHit, IsThePlaneReflectionOnAMeshThatIsSymmetricInSpace) {
     }
 }
 
-TEST(TopologicalHit, MapIsExactlyTheReflectionWhereTheFacesAreEachOthersReflection) {
+TEST(TopologicalHit, MapIsExactlyTheReflectionForReflectedFaces) {
     PolygonMesh grid = GridMesh(4, 2);
     for (auto& p : grid.positions) p[0] -= 2.0f;
     LevelGeometry geometry(grid);
     ASSERT_TRUE(geometry.FindMirror());
-    const SurfacePoint hit = PlaceOn(*geometry.Bound(), 0, 0.0f);
+    const SurfacePoint hit = PointOn(*geometry.Bound(), 0, 0.0f);
     const auto across = AcrossTopologicalMirror(hit);
     ASSERT_TRUE(across);
     Matrix reflection;
@@ -57,8 +57,8 @@ TEST(TopologicalHit, MapIsExactlyTheReflectionWhereTheFacesAreEachOthersReflecti
     EXPECT_EQ(hit.normal, across->hit.normal);
 }
 
-TEST(TopologicalHit, FollowsAFaceThatAPoseHasMovedAndTurned) {
-    // Four faces in a row; the last column of vertices stands upright.
+TEST(TopologicalHit, FollowsAFaceMovedAndRotatedByAPose) {
+    // Four faces in a row; the last column of vertices is upright.
     PolygonMesh grid = GridMesh(4, 1);
     for (auto& p : grid.positions) {
         p[0] -= 2.0f;
@@ -73,17 +73,17 @@ TEST(TopologicalHit, FollowsAFaceThatAPoseHasMovedAndTurned) {
     const auto across = AcrossTopologicalMirror(hit);
     ASSERT_TRUE(across);
     EXPECT_EQ(3u, across->hit.face);
-    // The face across stands at x = 1 and looks to the left; 0.75 out is 0.75 up.
+    // The face across is at x = 1 and points to the left; 0.75 out is 0.75 up.
     ExpectNear({1.0f - 0.125f, 0.5f, 0.75f}, across->hit.position, 1e-6f);
     ExpectNear({-1.0f, 0.0f, 0.0f}, across->hit.normal, 1e-6f);
-    // Further out on the one side is further up on the other.
+    // Farther out on the one side is farther up on the other.
     ExpectNear(
         {1.0f, 0.5f, 1.0f}, across->pointMap.AffineTransform({-2.0f, 0.5f, 0.0f}, 1.0f), 1e-6f);
 }
 
-TEST(TopologicalHit, IsNoneWhereTheMeshHasNoMirror) {
+TEST(TopologicalHit, IsEmptyOnAMeshWithoutAMirror) {
     LevelGeometry geometry(SphereQuads(1));
-    EXPECT_FALSE(AcrossTopologicalMirror(PlaceOn(*geometry.Bound(), 3, 0.0f)));
+    EXPECT_FALSE(AcrossTopologicalMirror(PointOn(*geometry.Bound(), 3, 0.0f)));
 }
 
 }  // namespace

@@ -15,7 +15,8 @@
 namespace trovik::test {
 namespace {
 
-/// A plane of 16 x 16 faces, 4 wide, its right half lifted and bent forward in `posed`.
+/// A plane of 16 x 16 faces, 4 units wide. If `posed`, its right half is lifted and rotated
+/// forward.
 PolygonMesh Plane(bool posed) {
     PolygonMesh mesh = GridMesh(16, 16);
     for (auto& p : mesh.positions) {
@@ -25,7 +26,7 @@ PolygonMesh Plane(bool posed) {
     return mesh;
 }
 
-/// What each vertex moved in a stroke of one dab on the left half.
+/// The displacement of each vertex in a stroke of one dab on the left half.
 std::vector<Vector> MovesOfADab(Document& document, float radius) {
     const LevelMesh& mesh = *document.Geometry().Bound();
     const std::vector<Vector> before = PositionsOf(mesh);
@@ -41,7 +42,7 @@ std::vector<Vector> MovesOfADab(Document& document, float radius) {
     return moves;
 }
 
-/// How far each vertex moved by it.
+/// The length of each vertex's displacement.
 std::vector<float> LengthsOfMoves(Document& document) {
     EXPECT_TRUE(document.SelectTool("Sculpt"));
     document.Brush().SetBrushStrength(4.0f);
@@ -56,7 +57,7 @@ std::string MeshFile(const TemporaryFolder& folder, const PolygonMesh& mesh) {
     return path;
 }
 
-TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
+TEST(TopologicalStroke, EqualsThePlaneMirrorOnASymmetricMesh) {
     const TemporaryFolder folder;
     const std::string path = MeshFile(folder, Plane(false));
     Document byPlane(path);
@@ -70,7 +71,8 @@ TEST(TopologicalStroke, OnASymmetricMeshIsTheStrokeMirroredInThePlane) {
     EXPECT_EQ(2u, byFaces.Totals().dabs);
 }
 
-/// The finer plane, sculpted with a stamp of these settings; what each vertex moved.
+/// The finer plane, sculpted with a stamp of these settings; returns the displacement of each
+/// vertex.
 std::vector<Vector> StampedMoves(Document& document, const char* stamp) {
     document.Subdivide();
     document.Subdivide();
@@ -81,7 +83,7 @@ std::vector<Vector> StampedMoves(Document& document, const char* stamp) {
 
 class TopologicalStamp : public testing::TestWithParam<const char*> {};
 
-TEST_P(TopologicalStamp, OnASymmetricMeshIsTheStampMirroredInThePlane) {
+TEST_P(TopologicalStamp, EqualsThePlaneMirroredStampOnASymmetricMesh) {
     const TemporaryFolder folder;
     const std::string path = MeshFile(folder, Plane(false));
     Document byPlane(path);
@@ -105,14 +107,14 @@ INSTANTIATE_TEST_SUITE_P(Shipped,
                              return std::string(stamp.index == 0 ? "Heights" : "Vectors");
                          });
 
-TEST(TopologicalStroke, StampsAHeightImageAlikeOnBothHalvesOfAPose) {
+TEST(TopologicalStroke, AppliesAHeightStampToBothHalvesOfAPose) {
     const TemporaryFolder folder;
     Document document(MeshFile(folder, Plane(true)));
     document.SetTopologicalMirror();
     const std::vector<Vector> moves = StampedMoves(document, "Stamps/rubble.tif");
     LevelMesh& mesh = *document.Geometry().Bound();
-    // The right half is another shape, so the falloff differs; what the image leaves out on the
-    // left is left out on the right.
+    // The right half has another shape, so the falloff differs. The parts outside the image are the
+    // same on both sides.
     std::size_t moved = 0;
     std::size_t both = 0;
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {
@@ -140,7 +142,7 @@ TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
     Document document(MeshFile(folder, Plane(true)));
     document.SetTopologicalMirror();
     const std::vector<float> moves = LengthsOfMoves(document);
-    // Rows of 17 vertices; the one across stands in the same row.
+    // Rows have 17 vertices; a vertex and its image are in the same row.
     std::size_t movedLeft = 0;
     std::size_t movedRight = 0;
     for (std::size_t row = 0; row < 17; ++row) {
@@ -151,7 +153,8 @@ TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
     }
     EXPECT_GT(movedLeft, 10u);
     EXPECT_GT(movedRight, 10u);
-    // The dab's own middle and its image move alike; the faces there are of about one size.
+    // The centre of the dab and its image move equally, since the faces there have about the same
+    // size.
     std::size_t top = 0;
     for (std::size_t v = 0; v < moves.size(); ++v)
         if (v % 17 < 8 && moves[v] > moves[top]) top = v;
@@ -159,7 +162,7 @@ TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
     EXPECT_NEAR(moves[top], moves[across], 0.1f * moves[top]);
 }
 
-TEST(TopologicalStroke, IsKeptAcrossRefinementAndReset) {
+TEST(TopologicalStroke, IsKeptAfterRefinementAndReset) {
     const TemporaryFolder folder;
     Document document(MeshFile(folder, Plane(true)));
     document.SetTopologicalMirror();

@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// The message with which a module is refused; it begins with the file and its purpose.
+/// The error message for a module, which starts with the file and its purpose.
 template <class Open>
 std::string Refusal(const std::string& path, Open open) {
     try {
@@ -74,7 +74,7 @@ TEST(Module, ModuleOfAnotherVersionIsRefused) {
                 StartsWith("it was built for another version of this library, which has version "));
 }
 
-TEST(Module, MoreAddressSpaceThanThereIsIsRefusedBeforeLoading) {
+TEST(Module, TooLittleAddressSpaceIsRefusedBeforeLoading) {
     const ModuleFile module{"trovik-embree.so", "tests", std::size_t{1} << 60};
     EXPECT_THAT(Refusal(EmbreeModule(), [&module] { OpenModule(module); }),
                 StartsWith("not enough memory; the process cannot map 1099511627776 MiB more"));

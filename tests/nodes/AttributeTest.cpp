@@ -26,7 +26,7 @@ protected:
     AttributeInstance<float> f{&node, QStringLiteral("f"), 1.5f};
 };
 
-TEST_F(AttributeTest, StandsInItsOwnersListInOrder) {
+TEST_F(AttributeTest, IsListedByItsOwnerInOrder) {
     EXPECT_THAT(node.Attributes(), ElementsAre(&a, &b, &c, &f));
     EXPECT_EQ(node.AttributeByName(QStringLiteral("c")), &c);
     EXPECT_EQ(node.AttributeByName(QStringLiteral("d")), nullptr);
@@ -49,7 +49,7 @@ TEST_F(AttributeTest, TypesHaveTheirNumbersAndSizes) {
     EXPECT_EQ(a.TargetType(), 3);
 }
 
-TEST_F(AttributeTest, PanelStateIsKept) {
+TEST_F(AttributeTest, PanelStateIsStored) {
     EXPECT_TRUE(a.IsVisible());
     EXPECT_FALSE(a.HasSeparator());
     a.SetVisible(false);
@@ -61,17 +61,17 @@ TEST_F(AttributeTest, PanelStateIsKept) {
     EXPECT_TRUE(a.CategoryCollapsed());
 }
 
-TEST_F(AttributeTest, SettingTellsTheOwnerUnlessSilent) {
+TEST_F(AttributeTest, SettingNotifiesTheOwnerUnlessSilent) {
     a.SetValue(true);
     EXPECT_THAT(node.TakeEvents(), ElementsAre("a:0"));
     a.SetValue(false, true);
     EXPECT_FALSE(a.Value());
     EXPECT_THAT(node.TakeEvents(), IsEmpty());
     a.SetValue(false);
-    EXPECT_THAT(node.TakeEvents(), ElementsAre("a:0")) << "told even when nothing changed";
+    EXPECT_THAT(node.TakeEvents(), ElementsAre("a:0")) << "notified even if nothing changed";
 }
 
-TEST_F(AttributeTest, AssignmentIsSilentAndAnswersTheValue) {
+TEST_F(AttributeTest, AssignmentIsSilentAndReturnsTheValue) {
     b = true;
     const bool answer = (a = b);
     EXPECT_TRUE(answer);
@@ -79,7 +79,7 @@ TEST_F(AttributeTest, AssignmentIsSilentAndAnswersTheValue) {
     EXPECT_THAT(node.TakeEvents(), IsEmpty());
 }
 
-TEST_F(AttributeTest, ConnectingBringsTheValueAndTellsBothEnds) {
+TEST_F(AttributeTest, ConnectingCopiesTheValueAndNotifiesBothEnds) {
     a.SetValue(true, true);
     b.Connect(a, false);
     EXPECT_TRUE(b.Value());
@@ -90,19 +90,19 @@ TEST_F(AttributeTest, ConnectingBringsTheValueAndTellsBothEnds) {
     EXPECT_THAT(node.TakeEvents(), ElementsAre("b:0", "a:2", "b:1"));
 }
 
-TEST_F(AttributeTest, ConnectingEqualValuesChangesNone) {
+TEST_F(AttributeTest, ConnectingEqualValuesChangesNothing) {
     b.Connect(a, false);
     EXPECT_THAT(node.TakeEvents(), ElementsAre("a:2", "b:1"));
 }
 
-TEST_F(AttributeTest, ASilentConnectionStillTellsThatItIs) {
+TEST_F(AttributeTest, SilentConnectionStillReportsItself) {
     a.SetValue(true, true);
     a.AddTarget(b, true);
     EXPECT_TRUE(b.Value());
     EXPECT_THAT(node.TakeEvents(), ElementsAre("a:2", "b:1"));
 }
 
-TEST_F(AttributeTest, TargetsFollowInOrderBeforeTheOwnEvent) {
+TEST_F(AttributeTest, TargetsAreUpdatedInOrderBeforeTheOwnEvent) {
     b.Connect(a, true);
     c.Connect(a, true);
     node.TakeEvents();
@@ -112,7 +112,7 @@ TEST_F(AttributeTest, TargetsFollowInOrderBeforeTheOwnEvent) {
     EXPECT_THAT(node.TakeEvents(), ElementsAre("b:0", "c:0", "a:0"));
 }
 
-TEST_F(AttributeTest, ASilentSetUpdatesTargetsAndTellsOnlyThem) {
+TEST_F(AttributeTest, SilentSetUpdatesAndNotifiesOnlyTheTargets) {
     b.Connect(a, true);
     node.TakeEvents();
     a.SetValue(true, true);
@@ -120,7 +120,7 @@ TEST_F(AttributeTest, ASilentSetUpdatesTargetsAndTellsOnlyThem) {
     EXPECT_THAT(node.TakeEvents(), ElementsAre("b:0"));
 }
 
-TEST_F(AttributeTest, ATargetOfAnotherTypeOnlyHearsOfTheChange) {
+TEST_F(AttributeTest, TargetOfAnotherTypeIsOnlyNotified) {
     f.Connect(a, false);
     EXPECT_THAT(node.TakeEvents(), ElementsAre("a:2", "f:1"));
     a.SetValue(true);
@@ -128,7 +128,7 @@ TEST_F(AttributeTest, ATargetOfAnotherTypeOnlyHearsOfTheChange) {
     EXPECT_THAT(node.TakeEvents(), ElementsAre("f:0", "a:0"));
 }
 
-TEST_F(AttributeTest, ANewSourceReplacesTheOldOne) {
+TEST_F(AttributeTest, NewSourceReplacesTheOldOne) {
     c.Connect(a, true);
     c.Connect(b, true);
     EXPECT_EQ(c.Source(), &b);
@@ -141,7 +141,7 @@ TEST_F(AttributeTest, ANewSourceReplacesTheOldOne) {
     EXPECT_FALSE(c.Value());
 }
 
-TEST_F(AttributeTest, ARingIsNeverClosed) {
+TEST_F(AttributeTest, CyclicConnectionIsRefused) {
     b.Connect(a, true);
     c.Connect(b, true);
     a.Connect(c, true);
@@ -152,7 +152,7 @@ TEST_F(AttributeTest, ARingIsNeverClosed) {
     EXPECT_TRUE(c.Value());
 }
 
-TEST_F(AttributeTest, EitherEndOfAConnectionMayGoFirst) {
+TEST_F(AttributeTest, EitherEndOfAConnectionMayBeDestroyedFirst) {
     auto source = std::make_unique<AttributeInstance<bool>>(&node, QStringLiteral("s"));
     a.Connect(*source, true);
     source.reset();
@@ -166,7 +166,7 @@ TEST_F(AttributeTest, EitherEndOfAConnectionMayGoFirst) {
     EXPECT_FALSE(a.Value());
 }
 
-TEST_F(AttributeTest, ABoolIsStreamedAsOneByte) {
+TEST_F(AttributeTest, BoolIsStreamedAsOneByte) {
     a.SetValue(true, true);
     SceneStream empty;
     SceneStream written;
@@ -185,7 +185,7 @@ TEST_F(AttributeTest, NoWindowSystemMeansNoWidget) {
     EXPECT_EQ(f.CreateEditorWidget(nullptr, 100), nullptr);
 }
 
-TEST(AttributeText, FloatsComeBackAsTheSameFloat) {
+TEST(AttributeText, FloatsRoundTripExactly) {
     AttributeInstance<float> attribute(nullptr, QString());
     std::mt19937 engine(5);
     for (int i = 0; i < 20000; ++i) {
@@ -211,7 +211,7 @@ TEST(AttributeText, EachTypeHasItsText) {
               QStringLiteral("true 0.25"));
 }
 
-TEST(AttributeText, WhatIsNoValueChangesNothing) {
+TEST(AttributeText, InvalidTextChangesNothing) {
     test::RecordingNode node;
     AttributeInstance<int> number(&node, QStringLiteral("n"), 7);
     AttributeInstance<bool> flag(&node, QStringLiteral("b"), true);
@@ -237,7 +237,7 @@ TEST(AttributeText, WhatIsNoValueChangesNothing) {
     EXPECT_THAT(node.TakeEvents(), ElementsAre("p:0", "b:0"));
 }
 
-TEST(AttributeFloatRange, KeepsToItsRange) {
+TEST(AttributeFloatRange, ClampsToItsRange) {
     AttributeFloatRange range(nullptr, QString(), 0.25f, 4.0f, 1.0f, 2);
     range.SetValue(9.0f);
     EXPECT_EQ(range.Value(), 4.0f);
@@ -252,7 +252,7 @@ TEST(AttributeFloatRange, KeepsToItsRange) {
     EXPECT_EQ(AttributeFloatRange(nullptr, QString(), 0.0f, 1.0f, 5.0f, 2).Value(), 1.0f);
 }
 
-TEST(AttributeFloatRange, TellsItsLimitsAsParameters) {
+TEST(AttributeFloatRange, ReportsItsLimitsAsParameters) {
     const AttributeFloatRange range(nullptr, QString(), 0.25f, 4.0f, 1.0f, 2);
     ASSERT_EQ(range.ParameterCount(), 2u);
     EXPECT_EQ(range.ParameterName(0), QStringLiteral("minimum"));
@@ -263,7 +263,7 @@ TEST(AttributeFloatRange, TellsItsLimitsAsParameters) {
     EXPECT_EQ(range.Decimals(), 2);
 }
 
-TEST(AttributeFloatRange, AssignmentTakesRangeAndValueInSilence) {
+TEST(AttributeFloatRange, AssignmentCopiesRangeAndValueSilently) {
     test::RecordingNode node;
     AttributeFloatRange range(&node, QStringLiteral("r"), 0.0f, 1.0f, 0.5f, 2);
     const AttributeFloatRange other(nullptr, QString(), -8.0f, 8.0f, 6.0f, 1);
@@ -275,7 +275,7 @@ TEST(AttributeFloatRange, AssignmentTakesRangeAndValueInSilence) {
     EXPECT_THAT(node.TakeEvents(), IsEmpty());
 }
 
-TEST(AttributeFloatRange, AStreamedValueIsBroughtIntoTheRange) {
+TEST(AttributeFloatRange, StreamedValueIsClampedToTheRange) {
     AttributeInstance<float> wild(nullptr, QString(), 1e30f);
     SceneStream written;
     wild.Serialize(written);

@@ -10,7 +10,7 @@
 namespace trovik {
 namespace {
 
-TEST(ClassDesc, RegistersAndLeavesAgain) {
+TEST(ClassDesc, RegistersAndUnregisters) {
     const unsigned before = ClassDesc::Count();
     {
         const ClassDesc desc(Node::StaticClass(),
@@ -34,7 +34,7 @@ TEST(ClassDesc, RegistersAndLeavesAgain) {
     EXPECT_EQ(ClassDesc::At(ClassDesc::Count()), nullptr);
 }
 
-TEST(ClassDesc, TheHostsOwnClassesAreKnownWithTheKernel) {
+TEST(ClassDesc, HostClassesAreRegisteredWithTheKernel) {
     HostKernel::Instance();
     for (const char* name : {"Node",
                              "TreeNode",
@@ -57,7 +57,7 @@ TEST(ClassDesc, DerivationFollowsTheParents) {
     EXPECT_FALSE(BrushOperation::StaticClass()->IsDerivedFrom(TreeNode::StaticClass()));
 }
 
-TEST(ClassDesc, TheFactoryIsGivenTheCount) {
+TEST(ClassDesc, FactoryReceivesTheCount) {
     static unsigned asked = 0;
     const ClassDesc desc(
         Node::StaticClass(),

@@ -32,7 +32,7 @@ TEST_F(HostKernelTest, TestModeIsOffUnlessSet) {
     EXPECT_TRUE(g_pKernel->IsTestModeOn());
 }
 
-TEST_F(HostKernelTest, MessagesAreKeptAndHandedOn) {
+TEST_F(HostKernelTest, MessagesAreStoredAndForwarded) {
     std::vector<std::string> heard;
     kernel.SetHUDListener([&heard](const std::string& text) { heard.push_back(text); });
     g_pKernel->Interface()->HUDMessageShow(QStringLiteral("zu grob"), HUDMessageWarning);
@@ -45,7 +45,7 @@ TEST_F(HostKernelTest, MessagesAreKeptAndHandedOn) {
     EXPECT_TRUE(kernel.HUDMessages().empty());
 }
 
-TEST_F(HostKernelTest, TheActiveCameraIsNeverNull) {
+TEST_F(HostKernelTest, ActiveCameraIsNeverNull) {
     Scene* scene = g_pKernel->Scene();
     ASSERT_NE(scene->ActiveCamera(), nullptr);
     EXPECT_EQ(scene->ActiveCamera(), &kernel.Scene()->OwnCamera());
@@ -60,7 +60,7 @@ TEST_F(HostKernelTest, TheActiveCameraIsNeverNull) {
     EXPECT_EQ(scene->ActiveCamera(), &kernel.Scene()->OwnCamera());
 }
 
-TEST_F(HostKernelTest, GeometriesAreBorrowedInOrder) {
+TEST_F(HostKernelTest, GeometriesAreListedInOrder) {
     PolygonMesh triangle;
     triangle.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     triangle.faceSizes = {3};
@@ -80,7 +80,7 @@ TEST_F(HostKernelTest, GeometriesAreBorrowedInOrder) {
     EXPECT_EQ(scene->GeometryCount(), before);
 }
 
-TEST_F(HostKernelTest, GuardsAddTheirBitWhileTheyStand) {
+TEST_F(HostKernelTest, GuardsSetTheirBitDuringTheirLifetime) {
     const uint32_t before = kernel.crashFlags;
     {
         const TVCrashReporterFlag outer(4, 64);

@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A node with attributes of all types, made by its own factory.
+/// A node with attributes of all types, created by its own factory.
 class SampleNode : public test::RecordingNode {
 public:
     const ClassDesc* RuntimeClass() const override { return Desc(); }
@@ -64,7 +64,7 @@ void ExpectFilledIn(const SampleNode& node) {
     EXPECT_EQ(node.range.Value(), 0.75f);
 }
 
-TEST(Node, NamesFallBackOnTheName) {
+TEST(Node, OtherNamesDefaultToTheName) {
     Node node;
     node.SetName(QStringLiteral("head"));
     EXPECT_EQ(node.DisplayName(), QStringLiteral("head"));
@@ -77,7 +77,7 @@ TEST(Node, NamesFallBackOnTheName) {
     EXPECT_EQ(node.HelpID(), QStringLiteral("help"));
 }
 
-TEST(Node, ContentChangedCountsTheVersionAndTellsListeners) {
+TEST(Node, ContentChangedIncrementsTheVersionAndNotifiesListeners) {
     Node node;
     Listener listener;
     node.AddListener(&listener);
@@ -86,7 +86,7 @@ TEST(Node, ContentChangedCountsTheVersionAndTellsListeners) {
     node.ContentChanged();
     node.ContentChanged();
     EXPECT_EQ(node.Version(), 2u);
-    ASSERT_EQ(listener.heard.size(), 2u) << "entered twice, told once";
+    ASSERT_EQ(listener.heard.size(), 2u) << "added twice, notified once";
     EXPECT_EQ(listener.heard[0].first, &node);
     EXPECT_EQ(listener.heard[0].second, NodeEventValueChanged);
     node.RemoveListener(&listener);
@@ -94,7 +94,7 @@ TEST(Node, ContentChangedCountsTheVersionAndTellsListeners) {
     EXPECT_EQ(listener.heard.size(), 2u);
 }
 
-TEST(Node, EitherEndOfListeningMayGoFirst) {
+TEST(Node, EitherEndOfAListenerMayBeDestroyedFirst) {
     auto node = std::make_unique<Node>();
     auto listener = std::make_unique<Listener>();
     node->AddListener(listener.get());
@@ -106,7 +106,7 @@ TEST(Node, EitherEndOfListeningMayGoFirst) {
     EXPECT_THAT(listener->heard, IsEmpty());
 }
 
-TEST(Node, AListenerMayEndAnotherWhileItIsTold) {
+TEST(Node, ListenerMayRemoveAnotherDuringItsNotification) {
     Node node;
     Listener first;
     auto second = std::make_unique<Listener>();
@@ -117,7 +117,7 @@ TEST(Node, AListenerMayEndAnotherWhileItIsTold) {
     EXPECT_EQ(first.heard.size(), 1u);
 }
 
-TEST(Node, CopyToTakesValuesOfTheSameNameAndTypeInSilence) {
+TEST(Node, CopyToSilentlyCopiesValuesOfTheSameNameAndType) {
     SampleNode from;
     FillIn(from);
     from.SetName(QStringLiteral("origin"));
@@ -137,7 +137,7 @@ TEST(Node, CopyToTakesValuesOfTheSameNameAndTypeInSilence) {
     EXPECT_TRUE(flag.Value());
 }
 
-TEST(Node, CopyToLeavesAttributesThatFollowAnother) {
+TEST(Node, CopyToSkipsConnectedAttributes) {
     AttributeInstance<int> source(nullptr, QString(), 5);
     SampleNode from;
     FillIn(from);
@@ -147,7 +147,7 @@ TEST(Node, CopyToLeavesAttributesThatFollowAnother) {
     EXPECT_EQ(to.number.Value(), 5);
 }
 
-TEST(Node, DuplicateMakesANodeOfTheSameClass) {
+TEST(Node, DuplicateCreatesANodeOfTheSameClass) {
     SampleNode from;
     FillIn(from);
     const std::unique_ptr<Node> copy(from.Duplicate());
@@ -189,7 +189,7 @@ TEST_F(NodeTemplateTest, WithoutATemplateNothingChanges) {
     EXPECT_THAT(node.TakeEvents(), IsEmpty());
 }
 
-TEST_F(NodeTemplateTest, ATemplateGivesItsValuesByName) {
+TEST_F(NodeTemplateTest, TemplateProvidesValuesByName) {
     SampleNode model;
     FillIn(model);
     StoreTemplate(model, QStringLiteral("fine"));
@@ -203,7 +203,7 @@ TEST_F(NodeTemplateTest, ATemplateGivesItsValuesByName) {
     EXPECT_FALSE(ForgetTemplate(SampleNode::Desc(), QStringLiteral("fine")));
 }
 
-TEST_F(NodeTemplateTest, LoadingAloudTellsTheOwner) {
+TEST_F(NodeTemplateTest, LoadingWithEventsNotifiesTheOwner) {
     SampleNode model;
     FillIn(model);
     StoreTemplate(model, QString());

@@ -8,7 +8,7 @@ namespace {
 
 std::string Plain(const char* text) { return PlainText(QString::fromUtf8(text)); }
 
-TEST(PlainText, TagsAndCommandMarksAreRemovedAndSpaceIsFolded) {
+TEST(PlainText, TagsAndCommandMarksAreRemovedAndSpacesAreCollapsed) {
     EXPECT_EQ(Plain("too coarse<br>\t\t\tfor the size.<p>\t\t\tPress <b>%%Subdivide faces%%</b> to "
                     "subdivide.\n"),
               "too coarse for the size. Press Subdivide faces to subdivide.");
@@ -22,7 +22,7 @@ TEST(PlainText, OtherTextIsKept) {
                     "er <b"),
               "gr\xc3\xb6\xc3\x9f"
               "er <b");
-    // As long as nothing closes them, these are no tags.
+    // Without a closing bracket these are not tags.
     QString open;
     for (int i = 0; i < 100000; ++i) open += QStringLiteral("<a");
     EXPECT_EQ(PlainText(open), open.toStdString());

@@ -54,7 +54,7 @@ Plugin* FindPlugin(const QString& name) {
     return nullptr;
 }
 
-TEST(Plugin, RecordsEnterAndLeaveTheList) {
+TEST(Plugin, RecordsAreListedDuringTheirLifetime) {
     static int runs = 0;
     const unsigned before = Plugin::Count();
     {
@@ -80,18 +80,18 @@ TEST(Plugin, RecordsEnterAndLeaveTheList) {
     EXPECT_EQ(Plugin::At(before), nullptr);
 }
 
-TEST(PluginLoader, TheVariableNamesFoldersInOrder) {
+TEST(PluginLoader, EnvironmentVariableListsFoldersInOrder) {
     const PluginPath path("/first::/second/one");
     EXPECT_THAT(PluginFolders(), ElementsAre("/first", "/second/one"));
 }
 
-TEST(PluginLoader, WithoutTheVariableFoldersThatAreNotThereAreLeftOut) {
+TEST(PluginLoader, WithoutTheVariableMissingFoldersAreSkipped) {
     const PluginPath path("");
     for (const std::string& folder : PluginFolders())
         EXPECT_TRUE(std::filesystem::is_directory(folder)) << folder;
 }
 
-TEST(PluginLoader, AMissingFolderIsNamed) {
+TEST(PluginLoader, MissingFolderIsNamed) {
     const TemporaryFolder folder;
     const std::string missing = folder.Path("no-plugins-here");
     const PluginPath path(missing);
@@ -99,7 +99,7 @@ TEST(PluginLoader, AMissingFolderIsNamed) {
                 HasSubstr(missing + ": cannot read the plug-in folder: No such file"));
 }
 
-TEST(PluginLoader, AFileThatIsNoLibraryIsNamedWithTheLoadersReason) {
+TEST(PluginLoader, InvalidLibraryIsNamedWithTheReasonOfTheLoader) {
     const TemporaryFolder folder;
     const std::string file = folder.Fill("broken.so", "this is not a library");
     folder.Fill("readme.txt", "not looked at");
@@ -111,13 +111,13 @@ TEST(PluginLoader, AFileThatIsNoLibraryIsNamedWithTheLoadersReason) {
                 HasSubstr("none.so: cannot open the plug-in: No such file"));
 }
 
-TEST(PluginLoader, AnEmptyFolderIsFine) {
+TEST(PluginLoader, EmptyFolderIsAccepted) {
     const TemporaryFolder folder;
     const PluginPath path(folder.Path(""));
     EXPECT_EQ(ReasonOf(LoadPlugins), "");
 }
 
-// One test, since what is open stays open.
+// A single test, since loaded plug-ins stay loaded.
 TEST(PluginLoader, OpensRegistersAndInitialisesOnce) {
     const std::string file = TROVIK_SAMPLE_PLUGIN;
     const uint32_t rows = BrushOperation::ConfigurationCount();

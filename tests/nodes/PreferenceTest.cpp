@@ -55,16 +55,16 @@ protected:
     Preferences::Float factor = Factor("test factor", 1.0f);
 };
 
-TEST_F(PreferenceTest, AKeyRegisteredTwiceSharesItsAttribute) {
+TEST_F(PreferenceTest, KeyRegisteredTwiceHasOneAttribute) {
     const Preferences::Bool again = Switch("test flag", true);
     EXPECT_EQ(again.attribute, flag.attribute);
-    EXPECT_FALSE(again) << "the first registration gave the value";
+    EXPECT_FALSE(again) << "the value is that of the first registration";
     flag.attribute->SetValue(true);
     EXPECT_TRUE(again);
     EXPECT_EQ(Factor("test factor", 3.0f).attribute, factor.attribute);
 }
 
-TEST_F(PreferenceTest, AKeyOfTwoKindsKeepsBoth) {
+TEST_F(PreferenceTest, KeyOfTwoTypesHasTwoAttributes) {
     const Preferences::Float other = Factor("test flag", 2.0f);
     EXPECT_EQ(static_cast<float>(other), 2.0f);
     flag.attribute->SetValue(true);
@@ -72,7 +72,7 @@ TEST_F(PreferenceTest, AKeyOfTwoKindsKeepsBoth) {
     EXPECT_EQ(static_cast<float>(other), 2.0f);
 }
 
-TEST_F(PreferenceTest, TheHostKnowsThemByTheirKeys) {
+TEST_F(PreferenceTest, HostFindsThemByKey) {
     EXPECT_EQ(FindPreference("test factor"), factor.attribute);
     EXPECT_EQ(FindPreference("test"), nullptr);
     EXPECT_EQ(FindPreference("test factor "), nullptr);
@@ -87,17 +87,17 @@ TEST_F(PreferenceTest, TheHostKnowsThemByTheirKeys) {
     EXPECT_EQ(factor.attribute->Owner()->Name(), QStringLiteral("Preferences"));
 }
 
-TEST_F(PreferenceTest, TheRangeLimitsTheValue) {
+TEST_F(PreferenceTest, ValueIsClampedToTheRange) {
     factor.attribute->SetValue(100.0f);
     EXPECT_EQ(static_cast<float>(factor), 4.0f);
 }
 
-TEST_F(PreferenceTest, ValuesComeBackFromTheFile) {
+TEST_F(PreferenceTest, ValuesAreRestoredFromTheFile) {
     flag.attribute->SetValue(true, true);
     factor.attribute->SetValue(1.1f, true);
     const std::string path = folder.Path("preferences.json");
     SavePreferences(path);
-    EXPECT_EQ(folder.FileCount(), 1u) << "nothing is left beside the file";
+    EXPECT_EQ(folder.FileCount(), 1u) << "no other file is left";
     flag.attribute->SetValue(false, true);
     factor.attribute->SetValue(2.0f, true);
     LoadPreferences(path);
@@ -105,7 +105,7 @@ TEST_F(PreferenceTest, ValuesComeBackFromTheFile) {
     EXPECT_EQ(static_cast<float>(factor), 1.1f);
 }
 
-TEST_F(PreferenceTest, TheFileMayHoldPlainNumbersAndTruthValues) {
+TEST_F(PreferenceTest, FileMayContainPlainNumbersAndBooleans) {
     LoadPreferences(folder.Fill("p", R"({"test flag": true, "test factor": 0.5})"));
     EXPECT_TRUE(flag);
     EXPECT_EQ(static_cast<float>(factor), 0.5f);
@@ -119,15 +119,15 @@ TEST_F(PreferenceTest, UnknownKeysAreKept) {
     EXPECT_EQ(values.at("test flag"), "false");
 }
 
-TEST_F(PreferenceTest, AKeyRegisteredLaterTakesItsStoredValue) {
+TEST_F(PreferenceTest, KeyRegisteredLaterGetsItsStoredValue) {
     LoadPreferences(folder.Fill("p", R"({"late flag": "true", "late factor": "x"})"));
     EXPECT_TRUE(Switch("late flag", false));
     EXPECT_EQ(static_cast<float>(Factor("late factor", 3.0f)), 3.0f)
-        << "a text that is no value leaves the default";
+        << "an invalid text leaves the default";
     EXPECT_TRUE(UnclaimedPreferences().empty());
 }
 
-TEST_F(PreferenceTest, AnErrorNamesFileAndReasonAndChangesNothing) {
+TEST_F(PreferenceTest, ErrorNamesFileAndReasonAndChangesNothing) {
     const std::string missing = folder.Path("missing");
     EXPECT_THAT(ReasonOf(missing), HasSubstr(missing + ": cannot read"));
     const std::string broken = folder.Fill("broken", R"({"test flag": )");
@@ -148,7 +148,7 @@ TEST_F(PreferenceTest, AnErrorNamesFileAndReasonAndChangesNothing) {
     EXPECT_TRUE(UnclaimedPreferences().empty());
 }
 
-TEST_F(PreferenceTest, TheFileOfTheUserFollowsTheEnvironment) {
+TEST_F(PreferenceTest, UserFileIsLocatedByTheEnvironment) {
     const char* home = std::getenv("HOME");
     const std::string before = home == nullptr ? "" : home;
     setenv("HOME", "/home/someone", 1);
@@ -164,7 +164,7 @@ TEST_F(PreferenceTest, TheFileOfTheUserFollowsTheEnvironment) {
     if (home != nullptr) setenv("HOME", before.c_str(), 1);
 }
 
-TEST_F(PreferenceTest, SavingIntoNoFolderIsAnError) {
+TEST_F(PreferenceTest, SavingToAMissingFolderIsAnError) {
     EXPECT_THROW(SavePreferences(folder.Path("no/such/folder")), HostError);
 }
 

@@ -8,7 +8,7 @@
 
 namespace trovik::test {
 
-/// Writes down its attributes' events as "name:type".
+/// Records its attributes' events as "name:type".
 class RecordingNode : public Node {
 public:
     void OnNodeEvent(const Attribute& attribute, NodeEventType type) override {

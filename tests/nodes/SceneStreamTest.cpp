@@ -25,7 +25,7 @@ const ClassDesc& Versioned() {
     return desc;
 }
 
-/// Text of the error that the action throws; empty when it throws none.
+/// The text of the error that the action throws; empty if it throws none.
 std::string ErrorOf(const std::function<void()>& action) {
     try {
         action();
@@ -38,7 +38,7 @@ std::string ErrorOf(const std::function<void()>& action) {
     return "";
 }
 
-/// A scene that holds one of everything.
+/// A scene with one element of each kind.
 std::vector<uint8_t> SampleScene() {
     SceneStream stream;
     float number = 0.1f;
@@ -69,14 +69,14 @@ void ReadSample(SceneStream& stream) {
     EXPECT_THAT(raw, testing::ElementsAre(1, 2, 0x1234));
 }
 
-TEST(SceneStream, ReadsBackWhatWasWritten) {
+TEST(SceneStream, ReadsBackTheWrittenValues) {
     SceneStream stream(SampleScene());
     EXPECT_FALSE(stream.IsStoring());
     ReadSample(stream);
     EXPECT_EQ(stream.Remaining(), 0u);
 }
 
-TEST(SceneStream, BytesStandInTheFileAsToldLittleEndian) {
+TEST(SceneStream, BytesAreLittleEndianInTheDocumentedLayout) {
     SceneStream stream;
     const std::size_t header = stream.ToBytes().size();
     uint32_t value = 0x01020304;
@@ -92,7 +92,7 @@ TEST(SceneStream, BytesStandInTheFileAsToldLittleEndian) {
         testing::ElementsAre(4, 3, 2, 1, 2, 0, 0, 0, 0xc3, 0xa9));
 }
 
-TEST(SceneStream, AnEmptyStoreReplacesWhatWasThere) {
+TEST(SceneStream, EmptyStoreReplacesThePreviousContent) {
     SceneStream written;
     written.WriteStore(Store<uint32_t>());
     SceneStream read(written.ToBytes());
@@ -102,7 +102,7 @@ TEST(SceneStream, AnEmptyStoreReplacesWhatWasThere) {
     EXPECT_EQ(store.fill, 0u);
 }
 
-TEST(SceneStream, ClassVersionsAreThoseOfTheFile) {
+TEST(SceneStream, ClassVersionsComeFromTheFile) {
     Versioned();
     SceneStream present;
     EXPECT_EQ(present.ClassVersion(&Versioned()), 5);
@@ -113,7 +113,7 @@ TEST(SceneStream, ClassVersionsAreThoseOfTheFile) {
     EXPECT_EQ(SceneStream(old.ToBytes()).ClassVersion(&Versioned()), 2);
 }
 
-TEST(SceneStream, AClassThatTheFileDoesNotNameHasVersionZero) {
+TEST(SceneStream, ClassMissingInTheFileHasVersionZero) {
     const std::vector<uint8_t> bytes = SceneStream().ToBytes();
     const ClassDesc later(Node::StaticClass(),
                           Node::StaticClass(),
@@ -126,7 +126,7 @@ TEST(SceneStream, AClassThatTheFileDoesNotNameHasVersionZero) {
     EXPECT_EQ(SceneStream().ClassVersion(&later), 4);
 }
 
-TEST(SceneStream, TheFormatIsThatOfTheFile) {
+TEST(SceneStream, FormatComesFromTheFile) {
     const SceneStream present;
     EXPECT_TRUE(present.IsStoring());
     EXPECT_TRUE(present.IsFormatAtLeast(328));
@@ -137,7 +137,7 @@ TEST(SceneStream, TheFormatIsThatOfTheFile) {
     EXPECT_FALSE(old.IsFormatAtLeast(328));
 }
 
-TEST(SceneStream, EveryCutIsAnErrorAndNothingWorse) {
+TEST(SceneStream, EveryTruncationIsAnError) {
     const std::vector<uint8_t> whole = SampleScene();
     for (std::size_t size = 0; size < whole.size(); ++size) {
         const std::string error = ErrorOf([&] {
@@ -156,7 +156,7 @@ TEST(SceneStream, EveryCutIsAnErrorAndNothingWorse) {
     }
 }
 
-TEST(SceneStream, AnotherFileIsNoScene) {
+TEST(SceneStream, OtherFilesAreRefused) {
     std::vector<uint8_t> bytes = SampleScene();
     bytes[3] = 'X';
     EXPECT_THAT(ErrorOf([&] { SceneStream stream(bytes); }), testing::HasSubstr("TROVIKSC"));
@@ -164,7 +164,7 @@ TEST(SceneStream, AnotherFileIsNoScene) {
                 testing::HasSubstr("shorter"));
 }
 
-TEST(SceneStream, AStoreLengthBeyondTheFileAllocatesNothing) {
+TEST(SceneStream, StoreLengthBeyondTheFileAllocatesNothing) {
     for (const uint32_t count : {3u, 0x40000000u, 0xffffffffu}) {
         SceneStream written;
         uint32_t length = count;
@@ -180,7 +180,7 @@ TEST(SceneStream, AStoreLengthBeyondTheFileAllocatesNothing) {
     }
 }
 
-TEST(SceneStream, ATextLengthBeyondTheFileIsAnError) {
+TEST(SceneStream, TextLengthBeyondTheFileIsAnError) {
     SceneStream written;
     uint32_t length = 0xfffffff0u;
     written.Transfer(length);
@@ -191,7 +191,7 @@ TEST(SceneStream, ATextLengthBeyondTheFileIsAnError) {
     EXPECT_EQ(text, QStringLiteral("kept"));
 }
 
-TEST(SceneStream, ACountOfElementsThatOverflowsIsAnError) {
+TEST(SceneStream, OverflowingElementCountIsAnError) {
     SceneStream written;
     uint64_t value = 0;
     written.Transfer(value);
@@ -200,7 +200,7 @@ TEST(SceneStream, ACountOfElementsThatOverflowsIsAnError) {
     EXPECT_EQ(read.Remaining(), 8u);
 }
 
-TEST(SceneStream, ARefusedStoreIsTheMemoryError) {
+TEST(SceneStream, RefusedStoreThrowsTheMemoryError) {
     SceneStream written;
     Store<uint32_t> store;
     store.SetFill(100, false);
@@ -217,14 +217,14 @@ TEST(SceneStream, ARefusedStoreIsTheMemoryError) {
     }
 }
 
-TEST(SceneStream, AFileHoldsTheSameBytes) {
+TEST(SceneStream, FileHasTheSameBytes) {
     const TemporaryFolder folder;
     const std::string path = folder.Path("s.scene");
     SceneStream written;
     float number = 2.5f;
     written.Transfer(number);
     written.ToFile(path);
-    EXPECT_EQ(folder.FileCount(), 1u) << "nothing is left beside the file";
+    EXPECT_EQ(folder.FileCount(), 1u) << "no other file is left";
     const std::vector<uint8_t> bytes = written.ToBytes();
     EXPECT_EQ(TemporaryFolder::Content(path), std::string(bytes.begin(), bytes.end()));
     SceneStream read = SceneStream::FromFile(path);

@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Writes down what it was linked to, and counts those alive.
+/// Records its parent and counts the instances.
 class Leaf : public TreeNode {
 public:
     Leaf() { ++alive; }
@@ -59,7 +59,7 @@ protected:
     std::unique_ptr<TreeNode> root = std::make_unique<TreeNode>();
 };
 
-TEST_F(TreeNodeTest, ChildrenStandInTheOrderOfAdding) {
+TEST_F(TreeNodeTest, ChildrenAreInTheOrderOfAdding) {
     EXPECT_EQ(root->FirstChild(), nullptr);
     Leaf* a = Add();
     Leaf* b = Add();
@@ -72,18 +72,18 @@ TEST_F(TreeNodeTest, ChildrenStandInTheOrderOfAdding) {
     EXPECT_EQ(root->PrevSibling(), nullptr);
 }
 
-TEST_F(TreeNodeTest, LinkingIsToldOnceTheParentIsSet) {
+TEST_F(TreeNodeTest, LinkingIsReportedAfterTheParentIsSet) {
     Leaf* leaf = Add();
     EXPECT_THAT(leaf->linkedTo, ElementsAre(root.get()));
     root->RemoveChild(leaf);
     EXPECT_THAT(leaf->linkedTo, ElementsAre(root.get(), nullptr));
     EXPECT_THAT(ChildrenOf(*root), IsEmpty());
     root->RemoveChild(leaf);
-    EXPECT_EQ(leaf->linkedTo.size(), 2u) << "no child of this parent any more";
+    EXPECT_EQ(leaf->linkedTo.size(), 2u) << "no longer a child of this parent";
     delete leaf;
 }
 
-TEST_F(TreeNodeTest, AddingTakesTheChildFromItsFormerParent) {
+TEST_F(TreeNodeTest, AddingRemovesTheChildFromItsFormerParent) {
     Leaf* a = Add();
     Leaf* b = Add();
     a->AddChild(b);
@@ -93,7 +93,7 @@ TEST_F(TreeNodeTest, AddingTakesTheChildFromItsFormerParent) {
     EXPECT_THAT(ChildrenOf(*root), ElementsAre(a));
 }
 
-TEST_F(TreeNodeTest, MovingPutsAChildBehindAnother) {
+TEST_F(TreeNodeTest, MovingInsertsAChildAfterAnother) {
     Leaf* a = Add();
     Leaf* b = Add();
     Leaf* c = Add();
@@ -108,7 +108,7 @@ TEST_F(TreeNodeTest, MovingPutsAChildBehindAnother) {
     EXPECT_THAT(ChildrenOf(*root), ElementsAre(c, b, a));
 }
 
-TEST_F(TreeNodeTest, ADeletedChildLeavesItsParent) {
+TEST_F(TreeNodeTest, DeletedChildIsRemovedFromItsParent) {
     Leaf* a = Add();
     Leaf* b = Add();
     delete a;
@@ -127,7 +127,7 @@ TEST_F(TreeNodeTest, ChildrenAreFoundByClassAndIndex) {
     EXPECT_EQ(root->ChildByClass(TreeNode::StaticClass(), uint32_t{2}), b);
 }
 
-TEST_F(TreeNodeTest, AMissingChildIsMadeByItsFactoryAndLinked) {
+TEST_F(TreeNodeTest, MissingChildIsCreatedByItsFactoryAndLinked) {
     EXPECT_EQ(root->ChildByClass(Leaf::Desc(), false), nullptr);
     TreeNode* made = root->ChildByClass(Leaf::Desc(), true);
     auto* leaf = dynamic_cast<Leaf*>(made);
@@ -142,7 +142,7 @@ TEST_F(TreeNodeTest, AMissingChildIsMadeByItsFactoryAndLinked) {
     EXPECT_EQ(root->ChildByClass(TreeNode::StaticClass(), true), nullptr) << "has no factory";
 }
 
-TEST_F(TreeNodeTest, OneInvalidChildMakesTheTreeInvalid) {
+TEST_F(TreeNodeTest, InvalidChildMakesTheTreeInvalid) {
     Leaf* a = Add();
     auto* below = new Leaf;
     a->AddChild(below);

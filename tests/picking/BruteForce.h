@@ -11,13 +11,14 @@
 
 namespace trovik::test {
 
-/// Plain mathematics over all triangles, in double precision, by another road than the tree's.
+/// Direct computation over all triangles in double precision, by a different method than the
+/// tree's.
 class BruteForce {
 public:
     using Point = std::array<double, 3>;
     static constexpr double none = std::numeric_limits<double>::infinity();
 
-    /// Of the faces that are not hidden.
+    /// Uses the faces that are not hidden.
     explicit BruteForce(const LevelMesh& mesh) {
         const uint32_t corners = mesh.CornersPerFace();
         for (uint32_t face = 0; face < mesh.faceCount; ++face) {
@@ -28,7 +29,7 @@ public:
         }
     }
 
-    /// Smallest t of the ray, by solving o + t d = a + u e + v f; none without a hit.
+    /// The smallest t of the ray, found by solving o + t d = a + u e + v f; none without a hit.
     double Pick(const Ray& ray) const {
         const Point o = {ray.origin.x, ray.origin.y, ray.origin.z};
         const Point d = {ray.direction.x, ray.direction.y, ray.direction.z};
@@ -47,7 +48,8 @@ public:
         return best;
     }
 
-    /// Distance to the surface: the least over the planes' feet that lie inside, and the edges.
+    /// The distance to the surface: the minimum over the projections that fall inside triangles,
+    /// and the edges.
     double Nearest(const Vector& point) const {
         const Point p = {point.x, point.y, point.z};
         double best = none;

@@ -10,7 +10,8 @@
 namespace trovik::test {
 namespace {
 
-/// Moves all vertices of a face of `patchLevel`, refined, and answers the patches that hold one.
+/// Moves all vertices of a face of `patchLevel` with its descendants, and returns the patches that
+/// contain one.
 std::vector<FaceVisit> MovePatch(LevelMesh& mesh,
                                  uint32_t patchLevel,
                                  uint32_t patch,
@@ -43,7 +44,7 @@ void ExpectTrue(const PatchTree& tree, LevelMesh& mesh, uint32_t seed) {
     }
 }
 
-TEST(PatchTreeRefit, AnswersStayTrueAfterEditsAtEachPatchLevel) {
+TEST(PatchTreeRefit, QueriesStayCorrectAfterEditsAtEachPatchLevel) {
     for (const PolygonMesh& polygons : {SphereQuads(1), Torus(6, 5), Icosahedron()}) {
         LevelGeometry geometry(polygons);
         for (int i = 0; i < 4; ++i) geometry.Subdivide();
@@ -60,7 +61,7 @@ TEST(PatchTreeRefit, AnswersStayTrueAfterEditsAtEachPatchLevel) {
                     MovePatch(mesh, patchLevel, patch, {step(random), step(random), step(random)}));
             }
             ExpectTrue(tree, mesh, 30 + patchLevel);
-            // A box too large would still answer right.
+            // Queries would also be correct with boxes that are too large.
             const AxisAlignedBoundingBox bounds = tree.Bounds();
             const AxisAlignedBoundingBox fresh = PatchTree(&mesh).Bounds();
             EXPECT_EQ(bounds.minX, fresh.minX);
@@ -70,12 +71,12 @@ TEST(PatchTreeRefit, AnswersStayTrueAfterEditsAtEachPatchLevel) {
     }
 }
 
-TEST(PatchTreeRefit, TouchesLeavesBelowAndEachParentOnce) {
-    // One base face: no tree above it but its own node.
+TEST(PatchTreeRefit, VisitsLeavesBelowAndEachParentOnce) {
+    // One base face: the tree above it is a single node.
     LevelGeometry geometry(SingleQuad());
     for (int i = 0; i < 5; ++i) geometry.Subdivide();
     PatchTree tree(geometry.Bound());
-    // Leaves are the 64 faces of level 3.
+    // The leaves are the 64 faces of level 3.
     EXPECT_EQ(tree.BoxesRefitted(), 64u + 16u + 4u + 1u + 1u);
     const auto cost = [&](uint32_t patchLevel, const std::vector<FaceVisit>& visited) {
         const uint64_t before = tree.BoxesRefitted();
@@ -87,7 +88,7 @@ TEST(PatchTreeRefit, TouchesLeavesBelowAndEachParentOnce) {
     EXPECT_EQ(cost(3, {{7, true}, {7, false}, {6, false}}), 6u);
     EXPECT_EQ(cost(2, {{1, true}}), 4u + 4u) << "four leaves";
     EXPECT_EQ(cost(5, {{16 * 9, true}, {16 * 9 + 15, true}}), 5u) << "the leaf above";
-    EXPECT_EQ(cost(0, {{0, false}}), 86u) << "all, even where the visitor said no";
+    EXPECT_EQ(cost(0, {{0, false}}), 86u) << "all patches, even if the visitor returned false";
 }
 
 TEST(PatchTreeRefit, CostDoesNotGrowWithTheMesh) {
@@ -100,11 +101,11 @@ TEST(PatchTreeRefit, CostDoesNotGrowWithTheMesh) {
         costs.push_back(tree.BoxesRefitted() - before);
     }
     EXPECT_LE(costs[0], 3u + 3u * 8u);
-    // 64 times the faces, six levels of halving more for each of the three.
+    // 64 times the faces, and six more levels of bisection for each of the three.
     EXPECT_LE(costs[1], costs[0] + 3u * 6u);
 }
 
-TEST(PatchTreeRefit, RefitAllTakesInWhatNobodyTold) {
+TEST(PatchTreeRefit, RefitAllFindsUnreportedChanges) {
     LevelGeometry geometry(Torus(8, 6));
     geometry.Subdivide();
     LevelMesh& mesh = *geometry.Bound();

@@ -36,7 +36,7 @@ void CompareWithBruteForce(LevelMesh& mesh, int rays, uint32_t seed) {
         ASSERT_NEAR(double{nearest->t}, distance, 1e-6 * (1.0 + distance)) << i;
         ASSERT_NEAR(double{(nearest->position - p).Length()}, distance, 1e-5 * (1.0 + distance));
     }
-    EXPECT_GT(hits, rays / 20) << "the rays say something";
+    EXPECT_GT(hits, rays / 20) << "enough rays hit";
 }
 
 TEST(PatchTree, AgreesWithBruteForceOnTheZoo) {
@@ -68,7 +68,7 @@ TEST(PatchTree, AgreesWithBruteForceOnAHumanBody) {
     }
 }
 
-TEST(PatchTree, NoRaySlipsThroughVerticesOrEdges) {
+TEST(PatchTree, NoRayPassesThroughVerticesOrEdges) {
     for (const PolygonMesh& polygons : {SphereQuads(2), Cube(), Icosahedron()}) {
         LevelGeometry geometry(polygons);
         geometry.Subdivide();
@@ -100,7 +100,7 @@ TEST(PatchTree, NoRaySlipsThroughVerticesOrEdges) {
     }
 }
 
-TEST(PatchTree, TwoFacesAtEqualDistanceAnswerWithTheLower) {
+TEST(PatchTree, OfTwoFacesAtEqualDistanceTheLowerIsHit) {
     LevelGeometry geometry(GridMesh(4, 4));
     const PatchTree tree(geometry.Bound());
     // Vertex (2, 2): faces 5, 6, 9 and 10.
@@ -116,7 +116,7 @@ TEST(PatchTree, TwoFacesAtEqualDistanceAnswerWithTheLower) {
     EXPECT_EQ(nearest->t, 3.0f);
 }
 
-TEST(PatchTree, NormalIsInterpolatedAndNotTurnedToTheViewer) {
+TEST(PatchTree, NormalIsInterpolatedAndNotFlippedToTheViewer) {
     LevelGeometry geometry(SingleQuad());
     LevelMesh& mesh = *geometry.Bound();
     const uint32_t* v = mesh.faceVertexIndices.array;
@@ -133,10 +133,10 @@ TEST(PatchTree, NormalIsInterpolatedAndNotTurnedToTheViewer) {
     for (uint32_t k = 0; k < 4; ++k) mesh.vertexNormals.array[v[k]] = {0, 0, 0, 0};
     const auto hit = tree.Pick({middle + Vector(0, 0, 1), {0, 0, -1}});
     ASSERT_TRUE(hit);
-    EXPECT_EQ(std::fabs(hit->normal.z), 1.0f) << "the triangle's own";
+    EXPECT_EQ(std::fabs(hit->normal.z), 1.0f) << "the normal of the triangle";
 }
 
-TEST(PatchTree, MaxTIsPartOfTheRay) {
+TEST(PatchTree, MaxTIsInclusive) {
     LevelGeometry geometry(GridMesh(2, 2));
     const PatchTree tree(geometry.Bound());
     EXPECT_TRUE(tree.Pick({{0.3f, 0.4f, 4}, {0, 0, -2}, 2.0f}));
@@ -147,7 +147,7 @@ TEST(PatchTree, MaxTIsPartOfTheRay) {
     EXPECT_FALSE(tree.Pick({{0.3f, 0.4f, 0}, {0, 0, 2}, notANumber}));
 }
 
-TEST(PatchTree, RaysWithoutSenseHitNothing) {
+TEST(PatchTree, InvalidRaysHitNothing) {
     LevelGeometry geometry(Cube());
     const PatchTree tree(geometry.Bound());
     EXPECT_FALSE(tree.Pick({{0, 0, 0}, {0, 0, 0}}));
@@ -156,10 +156,10 @@ TEST(PatchTree, RaysWithoutSenseHitNothing) {
         EXPECT_FALSE(tree.Pick({{0, 0, 0}, {0, bad, 1}}));
         EXPECT_FALSE(tree.Nearest({0, 0, bad}));
     }
-    EXPECT_TRUE(tree.Pick({{0.1f, 0.2f, 0}, {0, 0, 1e-38f}})) << "tiny, but a direction";
+    EXPECT_TRUE(tree.Pick({{0.1f, 0.2f, 0}, {0, 0, 1e-38f}})) << "tiny, but still a direction";
 }
 
-TEST(PatchTree, FacesWithoutAPlaceAreNotThere) {
+TEST(PatchTree, FacesWithNonFinitePositionsAreIgnored) {
     for (const float bad : {notANumber, infinity, -infinity}) {
         LevelGeometry geometry(GridMesh(8, 8));
         LevelMesh& mesh = *geometry.Bound();
@@ -175,7 +175,7 @@ TEST(PatchTree, FacesWithoutAPlaceAreNotThere) {
     }
 }
 
-TEST(PatchTree, BoundsHoldTheMesh) {
+TEST(PatchTree, BoundsEncloseTheMesh) {
     LevelGeometry geometry(GridMesh(5, 3));
     const AxisAlignedBoundingBox bounds = PatchTree(geometry.Bound()).Bounds();
     EXPECT_EQ(bounds.minX, 0.0f);

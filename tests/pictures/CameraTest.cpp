@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Cameras, turntables and the files that they are written to.
+/// \file Cameras, turntables and the files they are written to.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/render/PictureFile.h"
@@ -16,7 +15,7 @@ namespace {
 
 constexpr float aspect = 120.0f / 90.0f;
 
-TEST(PictureViews, ProjectPointsWhereTheirRaysGo) {
+TEST(PictureViews, ProjectPointsToThePixelsOfTheirRays) {
     const PictureView view({{1, 2, 5}, {0, 0.5f, 0}, {0, 1, 0}, 40.0f}, 320, 200);
     const Vector point = view.Eye() + view.DirectionThrough(37.25f, 150.5f) * 3.0f;
     const Vector pixel = view.ToPixel(view.ToCamera(point));
@@ -35,12 +34,12 @@ TEST(PictureViews, RefuseCamerasWithoutADirection) {
     EXPECT_THROW(PictureView({{1, 2, 3}, {1, 2, 3}, {0, 1, 0}, 35.0f}, 10, 10), HostError);
     EXPECT_THROW(PictureView({{1, 2, 3}, {}, {0, 1, 0}, 180.0f}, 10, 10), HostError);
     EXPECT_THROW(PictureView({{1, 2, 3}, {}, {0, 1, 0}, 0.0f}, 10, 10), HostError);
-    // Along its own up direction the view has another one.
+    // For a view along its own up direction, another up direction is chosen.
     const PictureView steep({{0, 3, 0}, {}, {0, 1, 0}, 35.0f}, 10, 10);
     EXPECT_NEAR(steep.Right().Length(), 1.0f, 1e-5f);
 }
 
-TEST_F(SpherePicture, FramedWithAnotherUpLiesOnItsSide) {
+TEST_F(SpherePicture, FramedWithAnotherUpIsRotated) {
     camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, aspect, {1, 0, 0});
     EXPECT_EQ(camera.up.x, 1.0f);
     EXPECT_NEAR((camera.eye - camera.target) | Vector(0, 0, 1),
@@ -48,7 +47,7 @@ TEST_F(SpherePicture, FramedWithAnotherUpLiesOnItsSide) {
                 1e-5f);
 }
 
-TEST(Turntable, TurnsTheEyeOnceAboutTheTarget) {
+TEST(Turntable, RotatesTheEyeOnceAboutTheTarget) {
     const PictureCamera first{{1, 2, 3}, {1, 0, 0}, {0, 2, 0}, 35.0f};
     const float distance = (first.eye - first.target).Length();
     EXPECT_EQ(TurntableFrame(first, 0, 8).eye.z, 3.0f);
@@ -58,7 +57,8 @@ TEST(Turntable, TurnsTheEyeOnceAboutTheTarget) {
         EXPECT_NEAR(frame.eye.y, 2.0f, 1e-5f);
         EXPECT_EQ(frame.target.x, 1.0f);
     }
-    // The mesh appears to rotate counter-clockwise from above, so the eye moves the other way.
+    // The mesh appears to rotate counter-clockwise from above, so the eye moves in the other
+    // direction.
     const PictureCamera quarter = TurntableFrame(first, 2, 8);
     EXPECT_NEAR(quarter.eye.x, 1.0f - 3.0f, 1e-5f);
     EXPECT_NEAR(quarter.eye.z, 0.0f, 1e-5f);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Light without noise and without lines: samples, filter, both sides of open shells.
+/// \file Shading without noise or visible lines: samples, filter, both sides of open surfaces.
 #include "framework/render/PictureRenderer.h"
 #include "framework/render/SoftLight.h"
 #include "tests/pictures/SpherePicture.h"
@@ -18,8 +17,8 @@ namespace {
 
 constexpr uint32_t stream = 5;
 
-/// Whether the points of `count` samples each of pixels side by side hit every cell of every grid
-/// of 2^a x 2^b cells with as many cells as points.
+/// Returns whether `count` sample points in each of several adjacent pixels hit every cell of every
+/// grid of 2^a x 2^b cells that has as many cells as there are points.
 bool AreStratified(const std::vector<std::pair<int, int>>& pixels, int count) {
     const auto points = static_cast<int>(pixels.size()) * count;
     for (int columns = 1; columns <= points; columns *= 2) {
@@ -44,7 +43,7 @@ TEST(PixelSamples, FillEveryElementaryInterval) {
     EXPECT_TRUE(AreStratified({{300, 700}}, 64));
 }
 
-TEST(PixelSamples, OfNeighboursComplementEachOther) {
+TEST(PixelSamples, NeighbouringPixelsComplementEachOther) {
     EXPECT_TRUE(AreStratified({{10, 6}, {11, 6}}, 16));
     EXPECT_TRUE(AreStratified({{10, 6}, {11, 6}, {10, 7}, {11, 7}}, 16));
 }
@@ -57,7 +56,7 @@ TEST(PixelSamples, DifferByPixelAndStream) {
     EXPECT_NE(samples.At(0, 0).x, samples.At(1, 0).x);
 }
 
-TEST(SoftFacing, HasNoCorner) {
+TEST(SoftFacing, IsSmooth) {
     for (const float softness : {0.2f, 0.6f, 1.0f}) {
         EXPECT_EQ(SoftFacing(-1.0f, softness), 0.0f);
         EXPECT_FLOAT_EQ(SoftFacing(1.0f, softness), 1.0f);
@@ -71,7 +70,7 @@ TEST(SoftFacing, HasNoCorner) {
     }
 }
 
-/// A plane of pixels facing the eye, with openness 0.5 sampled by few rays.
+/// A plane of pixels that face the eye, with openness 0.5 sampled by few rays.
 class FilteredPlane : public ::testing::Test {
 protected:
     static constexpr int side = 48;
@@ -93,7 +92,7 @@ protected:
         return values[static_cast<std::size_t>(y * side + x)].openness;
     }
     void Filter() { FilterVisibility(side, side, guides, values); }
-    /// Root of the mean squared difference from `wanted` in columns [from, to).
+    /// The root mean square difference from `wanted` in columns [from, to).
     float Error(int from, int to, float wanted) const {
         float sum = 0.0f;
         for (int y = 0; y < side; ++y)
@@ -107,7 +106,7 @@ protected:
     std::mt19937 random{7};
 };
 
-TEST_F(FilteredPlane, LosesItsNoise) {
+TEST_F(FilteredPlane, HasNoNoise) {
     for (int i = 0; i < side * side; ++i) Sample(i, 0.5f);
     const float before = Error(0, side, 0.5f);
     Filter();
@@ -137,7 +136,7 @@ TEST_F(FilteredPlane, KeepsTheEdgesOfShadows) {
     EXPECT_GT(Openness(side / 2 + 1, 20), 0.95f);
 }
 
-TEST_F(FilteredPlane, PixelsWithoutASurfaceStayAsTheyAre) {
+TEST_F(FilteredPlane, PixelsWithoutASurfaceStayUnchanged) {
     values[100].openness = 0.25f;
     guides[100].footprint = 0.0f;
     Filter();
@@ -145,10 +144,10 @@ TEST_F(FilteredPlane, PixelsWithoutASurfaceStayAsTheyAre) {
     EXPECT_EQ(values[101].openness, 1.0f);
 }
 
-/// A hollow half sphere seen from above.
-class BowlPicture : public SpherePicture {
+/// A hollow hemisphere seen from above.
+class BowlRender : public SpherePicture {
 protected:
-    BowlPicture() {
+    BowlRender() {
         PolygonMesh half = SphereQuads(4);
         std::vector<uint32_t> corners;
         std::vector<uint32_t> sizes;
@@ -171,28 +170,28 @@ protected:
     std::unique_ptr<LevelGeometry> bowl;
 };
 
-/// Root of the mean squared difference of two pictures, in steps of a byte.
+/// The root mean square difference of two renders, in byte units.
 double Difference(const Picture& a, const Picture& b) {
     double sum = 0.0;
     for (std::size_t i = 0; i < a.rgb.size(); ++i) sum += std::pow(a.rgb[i] - b.rgb[i], 2.0);
     return std::sqrt(sum / static_cast<double>(a.rgb.size()));
 }
 
-TEST_F(BowlPicture, IsBrightInside) {
+TEST_F(BowlRender, IsBrightInside) {
     options.samples = 16;
     const Picture picture = Make();
     for (int y = 40; y < 80; ++y)
         for (int x = 60; x < 140; ++x) EXPECT_GT(Brightness(picture, x, y), 240) << x << " " << y;
 }
 
-TEST_F(BowlPicture, HasNoNoiseInItsShadows) {
+TEST_F(BowlRender, HasNoNoiseInItsShadows) {
     options.samples = 16;
     const Picture few = Make();
     options.samples = 256;
     EXPECT_LT(Difference(few, Make()), 1.2);
 }
 
-TEST_F(BowlPicture, LooksAlikeWithItsNormalsReversed) {
+TEST_F(BowlRender, LooksTheSameWithReversedNormals) {
     const Picture outward = Make();
     LevelMesh& mesh = *bowl->Bound();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
@@ -202,7 +201,7 @@ TEST_F(BowlPicture, LooksAlikeWithItsNormalsReversed) {
     EXPECT_EQ(Make().rgb, outward.rgb);
 }
 
-TEST_F(BowlPicture, DoesNotDependOnBandsOrThreads) {
+TEST_F(BowlRender, DoesNotDependOnBandsOrThreads) {
     options.width = 160;
     options.height = 200;
     const std::vector<PictureMesh> meshes = {shown};
@@ -215,7 +214,7 @@ TEST_F(BowlPicture, DoesNotDependOnBandsOrThreads) {
     EXPECT_EQ(renderer.Render().rgb, whole.rgb);
 }
 
-// A crease reads as a sudden change of slope: on a sphere there must be none.
+// A sudden change of slope is visible as a line; a sphere must not have one.
 TEST_F(SpherePicture, HasNoLineWhereLightEnds) {
     LevelGeometry smooth{SphereQuads(6)};
     shown = ShownLevel(smooth);
@@ -225,7 +224,7 @@ TEST_F(SpherePicture, HasNoLineWhereLightEnds) {
     camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 4.0f / 3.0f);
     const Picture picture = Make();
     constexpr int reach = 6;
-    // Along diagonals from the light to the dark side.
+    // Along diagonals from the lit to the dark side.
     for (int offset = -30; offset <= 30; offset += 10) {
         for (int i = -64; i <= 64; ++i) {
             const auto mean = [&](int along) {

@@ -22,7 +22,7 @@ TEST_F(SpherePicture, CoversTheDiscOfTheSphere) {
     int covered = 0;
     for (std::size_t i = 0; i < with.rgb.size(); i += 3)
         if (with.rgb[i] != without.rgb[i] || with.rgb[i + 2] != without.rgb[i + 2]) ++covered;
-    // The rim is seen at asin(1/5) from the middle.
+    // The rim appears at asin(1/5) from the centre.
     const double pixels = 45.0 / std::tan(17.5 * 3.14159265 / 180.0);
     const double radius = std::tan(std::asin(0.2)) * pixels;
     const double disc = 3.14159265 * radius * radius;
@@ -71,7 +71,7 @@ TEST_F(SpherePicture, WireframeDarkensEdges) {
     EXPECT_EQ(Brightness(plain, 2, 2), Brightness(wired, 2, 2));
 }
 
-TEST_F(SpherePicture, FrozenAreasAreBluer) {
+TEST_F(SpherePicture, MaskedAreasAreBluer) {
     const Picture clay = Make();
     LevelMesh& mesh = *geometry.Bound();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) mesh.SetFreeze(v, 127);
@@ -83,7 +83,7 @@ TEST_F(SpherePicture, FrozenAreasAreBluer) {
     EXPECT_LT(ice.rgb[middle], ice.rgb[middle + 2]);
 }
 
-TEST_F(SpherePicture, VertexThatIsNoNumberTakesOnlyItsFacesAway) {
+TEST_F(SpherePicture, NaNVertexRemovesOnlyItsFaces) {
     geometry.Bound()->SetPosition(0, {std::numeric_limits<float>::quiet_NaN(), 0, 0});
     const Picture picture = Make();
     EXPECT_GT(Brightness(picture, 60, 45), 150);
@@ -92,7 +92,7 @@ TEST_F(SpherePicture, VertexThatIsNoNumberTakesOnlyItsFacesAway) {
 TEST_F(SpherePicture, SizeOfTheMeshDoesNotMatter) {
     options.wireframe = true;
     const Picture usual = Make();
-    // Powers of two, so that not a bit of a position changes relative to the others.
+    // Powers of two, so that the relative positions keep every bit.
     for (const int exponent : {-60, -40, 20, 40, 56}) {
         SCOPED_TRACE(exponent);
         const float scale = std::ldexp(1.0f, exponent);
@@ -106,13 +106,13 @@ TEST_F(SpherePicture, VerticesBeyondTheRangeAreRefused) {
     for (const int i : {0, 5, 10}) shown.localToWorld[i] = 1.1e18f;
     EXPECT_THAT(Refusal(), HasSubstr("cannot render: vertex "));
     EXPECT_THAT(Refusal(), HasSubstr(" in world space; coordinates must be from -1e+18 to 1e+18"));
-    // Finite in the mesh, but not in world space.
+    // Finite in mesh-local space, but not in world space.
     geometry.Bound()->SetPosition(0, {3e38f, 0, 0});
     for (const int i : {0, 5, 10}) shown.localToWorld[i] = 10.0f;
     EXPECT_THAT(Refusal(), StartsWith("cannot render: vertex 0 is at (inf, 0, 0) in world space"));
 }
 
-TEST_F(SpherePicture, CamerasThatShowNothingAreRefused) {
+TEST_F(SpherePicture, InvalidCamerasAreRefused) {
     const PictureCamera good = camera;
     camera.eye = {0, 0, 2e18f};
     EXPECT_THAT(Refusal(), StartsWith("cannot render: the eye of the camera is at (0, 0, 2e+18)"));
@@ -137,7 +137,7 @@ TEST_F(SpherePicture, CameraFarFromATinyMeshShowsTheBackdrop) {
     EXPECT_TRUE(Make().rgb == RenderPicture({}, camera, options).rgb);
 }
 
-TEST_F(SpherePicture, FramedMeshTouchesNoBorder) {
+TEST_F(SpherePicture, FramedMeshDoesNotTouchTheBorder) {
     camera = FrameMeshes({shown}, {0, -0.3f, -1}, 35.0f, 120.0f / 90.0f);
     const Picture with = Make();
     const Picture without = RenderPicture({}, camera, options);
@@ -148,7 +148,7 @@ TEST_F(SpherePicture, FramedMeshTouchesNoBorder) {
     EXPECT_NE(Brightness(with, 60, 45), Brightness(without, 60, 45));
 }
 
-TEST_F(SpherePicture, TransparentPictureHasTheCoverageAsAlpha) {
+TEST_F(SpherePicture, TransparentRenderHasTheCoverageAsAlpha) {
     const Picture opaque = Make();
     EXPECT_TRUE(opaque.alpha.empty());
     options.transparent = true;
@@ -162,7 +162,7 @@ TEST_F(SpherePicture, TransparentPictureHasTheCoverageAsAlpha) {
     EXPECT_TRUE(hasEdge);
 }
 
-TEST(PictureSheet, LaysTransparentPicturesOverItsBackground) {
+TEST(ContactSheet, BlendsTransparentRendersOverItsBackground) {
     Picture cut{2, 1, {200, 200, 200, 200, 200, 200}, {255, 0}};
     const Picture sheet = PlaceInRows({cut}, 1, 4, {});
     EXPECT_EQ(sheet.rgb[PixelAt(sheet, 4, 4) * 3], 200);
@@ -170,7 +170,7 @@ TEST(PictureSheet, LaysTransparentPicturesOverItsBackground) {
     EXPECT_TRUE(sheet.alpha.empty());
 }
 
-TEST(PictureSheet, HasAPlaceAndACaptionForEachPicture) {
+TEST(ContactSheet, HasACellAndACaptionForEachRender) {
     Picture white{20, 10, std::vector<uint8_t>(600, 255)};
     const Picture plain = PlaceInRows({white, white, white}, 2, 4, {});
     EXPECT_EQ(plain.width, 2 * 20 + 3 * 4);
@@ -182,7 +182,8 @@ TEST(PictureSheet, HasAPlaceAndACaptionForEachPicture) {
          i < captioned.rgb.size();
          i += 3)
         if (captioned.rgb[i] == 220) ++lit;
-    // The letter I: a stem of seven dots with two bars of three, each dot two pixels wide and high.
+    // The letter I: a stem of seven dots with two bars of three dots; each dot is two pixels wide
+    // and high.
     EXPECT_EQ(lit, (5 + 3 + 3) * 4);
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What each shading mode shows, and the arrays that single modes need.
+/// \file The output of each shading mode, and the arrays that individual modes need.
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/render/Matcap.h"
@@ -68,19 +67,19 @@ TEST_F(SpherePicture, TextureSpaceIsACheckerboard) {
     const Picture without = Make();
     const std::size_t middle = PixelAt(without, 60, 45) * 3;
     EXPECT_EQ(without.rgb[middle], without.rgb[middle + 2]);
-    // One point of texture space for all of the mesh: red and green give it away.
+    // One texture position for the whole mesh; its red and green values identify it.
     std::vector<float> uvs;
     for (uint32_t corner = 0; corner < shown.faceCount * 4; ++corner)
         uvs.insert(uvs.end(), {0.9f, 0.1f});
     shown.cornerUvs = uvs.data();
     const Picture right = Make();
     EXPECT_GT(right.rgb[middle], right.rgb[middle + 1] + 60);
-    // Another square of the board.
+    // Another square of the checkerboard.
     for (std::size_t i = 0; i < uvs.size(); i += 2) uvs[i] = 0.9f - 1.0f / 16.0f;
     EXPECT_NE(Brightness(Make(), 60, 45) / 60, Brightness(right, 60, 45) / 60);
 }
 
-TEST_F(SpherePicture, MatcapsDifferAndLookAlikeFromEverySide) {
+TEST_F(SpherePicture, MatcapsDifferAndLookTheSameFromEverySide) {
     options.shading = ShadingMode::Matcap;
     std::set<std::vector<uint8_t>> pictures;
     for (const std::string& name : Matcap::Names()) {
@@ -111,7 +110,7 @@ TEST(Matcaps, AreSmoothUpToTheRim) {
     }
 }
 
-TEST(RenderedLevels, HaveTheBendsOfTheSurface) {
+TEST(RenderedLevels, HaveTheCurvatureOfTheSurface) {
     LevelGeometry sphere{SphereQuads(3)};
     const RenderedLevel level(sphere, ShadingMode::Cavity);
     ASSERT_NE(level.Mesh().bends, nullptr);
@@ -123,7 +122,7 @@ TEST(RenderedLevels, HaveTheBendsOfTheSurface) {
     EXPECT_EQ(RenderedLevel(sphere, ShadingMode::Clay).Mesh().bends, nullptr);
 }
 
-TEST(RenderedLevels, OtherPositionsHaveTheirOwnBends) {
+TEST(RenderedLevels, OtherPositionsHaveTheirOwnCurvature) {
     LevelGeometry sphere{SphereQuads(3)};
     const LevelMesh& mesh = *sphere.Bound();
     std::vector<Vector> flat;
@@ -154,7 +153,7 @@ TEST(RenderedLevels, RefineTheTextureCoordinates) {
     EXPECT_EQ(points.count({0.5f, 0.5f}), 1u);
 }
 
-TEST(RenderedLevels, RefuseATextureThatIsNotThere) {
+TEST(RenderedLevels, RefuseAMissingTexture) {
     LevelGeometry sphere{SphereQuads(2)};
     EXPECT_THROW(RenderedLevel(sphere, ShadingMode::Uv), HostError);
 }

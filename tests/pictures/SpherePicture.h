@@ -17,13 +17,13 @@ inline std::size_t PixelAt(const Picture& p, int x, int y) {
     return static_cast<std::size_t>(y * p.width + x);
 }
 
-/// Red, green and blue together, 0 to 765.
+/// The sum of red, green and blue, 0 to 765.
 inline int Brightness(const Picture& p, int x, int y) {
     const std::size_t at = PixelAt(p, x, y) * 3;
     return p.rgb[at] + p.rgb[at + 1] + p.rgb[at + 2];
 }
 
-/// A sphere of radius 1 seen from five units away.
+/// A sphere of radius 1 seen from a distance of five units.
 class SpherePicture : public ::testing::Test {
 protected:
     SpherePicture() {
@@ -34,7 +34,7 @@ protected:
 
     Picture Make(JobControl* job = nullptr) { return RenderPicture({shown}, camera, options, job); }
 
-    /// The message with which the picture is refused; empty if it is not.
+    /// The error message of the render; empty if it succeeds.
     std::string Refusal() {
         try {
             Make();

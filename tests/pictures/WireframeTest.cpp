@@ -10,9 +10,9 @@ namespace trovik::test {
 namespace {
 
 /// A square of 6 x 6 faces in the plane y = 0, 2 units wide.
-class GridPicture : public SpherePicture {
+class GridRender : public SpherePicture {
 protected:
-    GridPicture() {
+    GridRender() {
         shown = ShownLevel(grid);
         const float toPlane[16] = {
             1.0f / 3, 0, 0, 0, 0, 0, -1.0f / 3, 0, 0, 1.0f / 3, 0, 0, -1, 0, 1, 1};
@@ -22,14 +22,14 @@ protected:
         options.samples = 16;
     }
 
-    /// Widths in pixels of the five inner lines that cross the middle of a column of faces, from
-    /// the top: what they take from the light, in units of what a line's core takes.
+    /// The widths in pixels of the five inner lines that cross the middle of a column of faces,
+    /// from the top, measured by their darkening relative to the core of a line.
     std::vector<double> Widths() {
         options.wireframe = false;
         const Picture plain = Make();
         options.wireframe = true;
         const Picture wired = Make();
-        // Half way between the lines that run away from the eye.
+        // Halfway between the lines that run away from the eye.
         const int x = 150 + 14;
         std::vector<double> widths;
         double sum = 0.0;
@@ -55,7 +55,7 @@ protected:
     LevelGeometry grid{GridMesh(6, 6)};
 };
 
-TEST_F(GridPicture, LinesAreAsWideAtAGrazingAngleAsFromAbove) {
+TEST_F(GridRender, LinesHaveTheSameWidthAtAGrazingAngle) {
     camera = {{0, 5, 0.01f}, {0, 0, 0}, {0, 1, 0}, 35.0f};
     const std::vector<double> above = Widths();
     ASSERT_EQ(above.size(), 7u);
@@ -69,7 +69,7 @@ TEST_F(GridPicture, LinesAreAsWideAtAGrazingAngleAsFromAbove) {
     }
 }
 
-TEST_F(GridPicture, LinesAreAsWideFromFarAway) {
+TEST_F(GridRender, LinesHaveTheSameWidthFromFarAway) {
     camera = {{0, 5, 0.01f}, {0, 0, 0}, {0, 1, 0}, 35.0f};
     const std::vector<double> near = Widths();
     camera.eye.y = 8.0f;
@@ -79,7 +79,7 @@ TEST_F(GridPicture, LinesAreAsWideFromFarAway) {
     for (std::size_t line = 1; line < 6; ++line) EXPECT_NEAR(far[line], near[line], 0.15);
 }
 
-TEST_F(GridPicture, FacesAroundTheEyeHaveLinesToo) {
+TEST_F(GridRender, FacesAroundTheEyeHaveLines) {
     camera = {{0.1f, 0.2f, 0.0f}, {0.1f, 0.0f, -1.0f}, {0, 1, 0}, 70.0f};
     options.wireframe = false;
     const Picture plain = Make();
@@ -93,7 +93,7 @@ TEST_F(GridPicture, FacesAroundTheEyeHaveLinesToo) {
     EXPECT_LT(darker, 3000);
 }
 
-TEST_F(SpherePicture, DenseMeshKeepsItsFormUnderTheLines) {
+TEST_F(SpherePicture, DenseMeshStaysVisibleUnderTheLines) {
     LevelGeometry dense{SphereQuads(6)};
     shown = ShownLevel(dense);
     options.wireframe = true;

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# The test of the built plug-in file. Its own executable, since it opens nothing and links no
-# part of the plug-in.
+# The test of the built plug-in file. It is a separate executable, since it neither loads the plug-in
+# nor links any part of it.
 if(TARGET SwiftStroke)
     trovik_add_test(NAME plugin-file-tests SOURCES plugin/BuiltFileTest.cpp LABELS codegen)
     target_compile_definitions(

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Looks at the plug-in as it came out of the linker: rules that no source file shows.
+// Checks the linked plug-in for rules that do not show in source files.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -49,17 +49,17 @@ std::vector<std::string> LinesOf(const std::string& command) {
 
 std::string Quoted(const char* path) { return "'" + std::string(path) + "'"; }
 
-/// Names that the tool chain itself may put into the dynamic symbol table of any module.
+/// Returns whether the tool chain adds this name to the dynamic symbol table of any module.
 bool IsOfToolchain(const std::string& name) {
     static const std::array<const char*, 8> names = {
         "_init", "_fini", "__bss_start", "_edata", "_end", "__end__", "edata", "end"};
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-/// What `nm` prints per symbol is an address, a type letter and a name.
+/// For each symbol, `nm` prints an address, a type letter and a name.
 std::string SymbolName(const std::string& line) { return line.substr(line.find_last_of(' ') + 1); }
 
-/// The libraries that the module asks the loader for, by the name in its dynamic section.
+/// The libraries that the module needs, by the names in its dynamic section.
 std::vector<std::string> NeededLibraries(const char* path) {
     std::vector<std::string> needed;
     for (const std::string& line : LinesOf("LC_ALL=C " TROVIK_READELF " -dW " + Quoted(path))) {
@@ -88,7 +88,7 @@ TEST(BuiltFile, ModuleExportsNothingByName) {
     EXPECT_THAT(exported, IsEmpty());
 }
 
-// Guards the test above: the same look at a library that does export finds its symbols.
+// Validates the test above: the same check of a library with exports finds its symbols.
 TEST(BuiltFile, HostLibraryExportsItsErrorType) {
     std::vector<std::string> exported;
     for (const std::string& line :
@@ -153,7 +153,7 @@ TEST(BuiltFile, DetailBrushNeedsHostLibrary) {
                 Contains(StartsWith("libTrovikFramework.so")));
 }
 
-// The other direction would close a circle: the host finds plug-ins at run time.
+// The opposite dependency would be circular: the host finds plug-ins at run time.
 TEST(BuiltFile, HostLibraryNeedsNoBrush) {
     for (const std::string& library : NeededLibraries(TROVIK_FRAMEWORK_FILE)) {
         EXPECT_FALSE(library.starts_with("libDetailBrush") || library.starts_with("SwiftStroke"))

@@ -10,8 +10,8 @@
 
 namespace trovik::test {
 
-/// Numbers that are the same on every machine: the generator is fixed by the language, and its
-/// words are turned into floats here.
+/// Random numbers that are the same on every machine: the language standard defines the generator,
+/// and its words are converted to floats here.
 class RandomNumbers {
 public:
     explicit RandomNumbers(uint32_t seed) : words(seed) {}
@@ -38,7 +38,7 @@ private:
     std::mt19937 words;
 };
 
-/// The number that the environment variable asks for, above 0; `otherwise` without one.
+/// The value of the environment variable, above 0; `otherwise` if it is not set.
 inline uint32_t WantedCount(const char* variable, uint32_t otherwise) {
     const char* wanted = std::getenv(variable);
     const long count = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);

@@ -22,7 +22,7 @@ const std::vector<ZooMesh>& Meshes() {
     static const std::vector<ZooMesh> meshes = [] {
         std::vector<ZooMesh> all = AllMeshes();
         all.push_back({"sphere", SphereQuads(1)});
-        // Often enough that the path over vertices is run as much as that over patches.
+        // Often enough that the vertex path runs as often as the patch path.
         for (int i = 0; i < 4; ++i)
             for (ZooMesh& mesh : TriangleMeshes()) all.push_back(std::move(mesh));
         return all;
@@ -30,13 +30,13 @@ const std::vector<ZooMesh>& Meshes() {
     return meshes;
 }
 
-Placement& CameraPlace() {
+Placement& CameraTransform() {
     auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
     scene->SetActiveCamera(nullptr);
     return scene->OwnCamera().Place();
 }
 
-void DrawPlace(RandomNumbers& random, Placement& place) {
+void ChooseTransform(RandomNumbers& random, Placement& place) {
     const Vector turn = random.In(-180.0f, 180.0f);
     const Vector move = random.In(-10.0f, 10.0f);
     switch (random.Below(6)) {
@@ -55,7 +55,7 @@ void DrawPlace(RandomNumbers& random, Placement& place) {
             return;
         }
         case 4:
-            // Flat in the world.
+            // Flat in world space.
             place.Set({random.OneOf({0.0f, 1.0f}), 1.0f, 0.0f}, turn, move);
             return;
         default:
@@ -75,7 +75,7 @@ HostSwitches::~HostSwitches() {
         off->attribute->SetValue(false, true);
     renderSwiftStroke.attribute->SetValue(true, true);
     CheckableFloatArray::s_bActive = false;
-    CameraPlace().Set({1.0f, 1.0f, 1.0f}, {}, {});
+    CameraTransform().Set({1.0f, 1.0f, 1.0f}, {}, {});
 }
 
 void HostSwitches::Draw(RandomNumbers& random) {
@@ -84,7 +84,7 @@ void HostSwitches::Draw(RandomNumbers& random) {
          {&useOriginalDataForFlatten, &useVertexWeightsForFlatten, &waxFillsOnly, &waxScrapesOnly})
         preference->attribute->SetValue(random.Chance(0.3f), true);
     renderSwiftStroke.attribute->SetValue(random.Chance(0.8f), true);
-    CameraPlace().Set({1.0f, 1.0f, 1.0f}, {}, random.In(-6.0f, 6.0f));
+    CameraTransform().Set({1.0f, 1.0f, 1.0f}, {}, random.In(-6.0f, 6.0f));
 }
 
 RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
@@ -111,7 +111,7 @@ RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
         mesh.ComputeNormals();
     }
     if (random.Chance(0.15f)) {
-        // Faces without area: some vertices lie on others.
+        // Faces without area: some vertices have the same position.
         for (uint32_t i = 0; i < 4; ++i) {
             const Vector place = mesh.Position(random.Below(mesh.VertexCount()));
             mesh.SetPosition(random.Below(mesh.VertexCount()), place);
@@ -122,7 +122,7 @@ RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
             if (random.Chance(0.5f)) mesh.SetFreeze(v, static_cast<uint8_t>(random.Below(128)));
     }
-    DrawPlace(random, bench->geometry->Place());
+    ChooseTransform(random, bench->geometry->Place());
     if (random.Chance(0.4f)) {
         SculptLayer& layer = bench->AddLayer();
         if (random.Chance(0.4f)) layer.SetStrength(random.OneOf({0.0f, 0.5f, -1.0f, 2.0f}));
@@ -135,8 +135,8 @@ RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
     story = text.str();
 }
 
-// Tools whose steps grow with the distance that they see drive a mesh apart without end when they
-// are turned round or multiplied. That is what was asked of them, and no fault shows in it.
+// Tools whose steps grow with the measured distance move the vertices of a mesh ever further apart
+// if they are inverted or multiplied. This is the expected behaviour and does not indicate a fault.
 bool RandomBench::MovesByDistance() const {
     return bench->brush->isSmooth || bench->brush->isPinch || bench->brush->isPlaneTool;
 }
@@ -175,7 +175,7 @@ Matrix RandomBench::DrawStampMatrix() {
         case 0:
             return m;
         case 1:
-            // All of the mesh on one pixel: no inverse.
+            // The whole mesh is mapped to one pixel: there is no inverse.
             for (int k = 0; k < 3; ++k) m.m[k][k] = 0.0f;
             return m;
         default:
@@ -193,7 +193,7 @@ Matrix RandomBench::DrawStampMatrix() {
     m.m[3][1] = start.y;
     m.m[3][2] = start.z;
     if (random.Chance(0.3f)) {
-        // A perspective whose vanishing plane stays clear of the mesh.
+        // A perspective whose vanishing plane does not intersect the mesh.
         const Vector tilt = random.In(-0.05f, 0.05f) * (1.0f / extent);
         m.m[0][3] = tilt.x;
         m.m[1][3] = tilt.y;
@@ -252,7 +252,7 @@ SurfacePoint RandomBench::DrawHit() {
         case 0:
             return bench->HitVertex(random.Below(mesh.VertexCount()));
         case 1: {
-            // A hit that the surface has left since.
+            // A hit from which the surface has moved away.
             SurfacePoint hit = bench->HitFace(random.Below(mesh.faceCount));
             hit.position += random.In(-0.1f, 0.1f) * extent;
             return hit;

@@ -9,14 +9,14 @@
 
 namespace trovik::test {
 
-/// A bench whose mesh, placement, freeze, layer and bound level were drawn.
+/// A bench with a random mesh, transform, mask, layer and bound level.
 class RandomBench {
 public:
     explicit RandomBench(RandomNumbers& numbers);
 
-    /// Draws a tool, its settings, the host's switches and some dabs, and runs the stroke.
+    /// Chooses a random tool, settings, host switches and dabs, and runs the stroke.
     void Stroke();
-    /// What was drawn last, for the trace.
+    /// Describes the last stroke, for failure messages.
     const std::string& Story() const { return story; }
 
     StrokeBench& Bench() { return *bench; }
@@ -44,7 +44,7 @@ private:
     bool mirrored = false;
 };
 
-/// Gives process-wide switches their values back: preferences, test mode, camera, facing angle.
+/// Restores process-wide switches: preferences, test mode, camera, facing angle.
 class HostSwitches {
 public:
     HostSwitches();

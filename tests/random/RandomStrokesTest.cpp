@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Strokes whose every choice is drawn: mesh, level, placement, freeze, layer, tool, settings,
-/// stamp, mirror, dabs. Whatever was drawn, numbers stay finite, and undo and redo bring every bit
-/// back. A short run by default; TROVIK_RANDOM_STROKES sets the number of strokes.
+/// \file Strokes with random mesh, level, transform, mask, layer, tool, settings, stamp, mirror and
+/// dabs. In every case numbers stay finite, and undo and redo restore every bit. The default run is
+/// short; TROVIK_RANDOM_STROKES sets the number of strokes.
 #include "tests/random/RandomStroke.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +14,7 @@ namespace {
 
 constexpr uint32_t strokesPerMesh = 3;
 
-/// Everything of a mesh and its layer that a stroke changes.
+/// All data of a mesh and its layer that a stroke changes.
 struct State {
     std::vector<VertexBits> vertices;
     std::vector<Vector> offsets;
@@ -34,7 +33,7 @@ State StateOf(StrokeBench& bench) {
     return state;
 }
 
-/// The first vertex whose place is no number or whose normal is longer than 1, or -1.
+/// The first vertex with a NaN position or a normal longer than 1; -1 if there is none.
 int64_t FirstBroken(const LevelMesh& mesh) {
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
         const Vector p = mesh.Position(v);
@@ -55,12 +54,12 @@ void ExpectIdle(StrokeBench& bench) {
     EXPECT_TRUE(bench.brush->IsStrokeFree());
 }
 
-TEST(RandomStrokes, StayFiniteAndAreTakenBackAndBroughtAgainToTheBit) {
+TEST(RandomStrokes, StayFiniteAndAreUndoneAndRedoneBitExactly) {
     HostSwitches switches;
     const uint32_t wanted = WantedCount("TROVIK_RANDOM_STROKES", 150);
     uint32_t changed = 0;
     for (uint32_t stroke = 0; stroke < wanted; stroke += strokesPerMesh) {
-        // Each mesh has its own seed, so that one case can be looked at alone.
+        // Each mesh has its own seed, so that one case can be examined alone.
         RandomNumbers random(20260 + stroke);
         switches.Draw(random);
         RandomBench drawn(random);
@@ -84,7 +83,7 @@ TEST(RandomStrokes, StayFiniteAndAreTakenBackAndBroughtAgainToTheBit) {
         }
         ASSERT_TRUE(StateOf(bench) == end);
     }
-    // Strokes that do nothing would pass all of this.
+    // The test is void if the strokes do nothing.
     EXPECT_GT(changed, wanted / 2);
 }
 

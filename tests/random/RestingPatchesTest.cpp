@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Patches out of reach are passed with less work than a visit. Two benches, alike to the bit, take
-/// the same drawn strokes, one of them visiting every patch in full; after each dab everything that
-/// a dab may write is the same in both.
+/// \file Patches out of reach are culled with less work than a visit. Two bit-identical benches
+/// make the same random strokes, one of them with a full visit of every patch. After each dab, all
+/// data that a dab may write is the same in both.
 #include "framework/multires/LevelChange.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
@@ -25,7 +24,7 @@ bool SameBytes(const T* a, const T* b, std::size_t count) {
     return std::memcmp(a, b, count * sizeof(T)) == 0;
 }
 
-/// Two benches and what is done to both.
+/// Two benches, and operations on both.
 class Twins {
 public:
     Twins(const PolygonMesh& polygons, unsigned levels)
@@ -39,7 +38,7 @@ public:
         action(visiting);
     }
 
-    /// \param away  where the dab lies, seen from the face that it begins at.
+    /// \param away  offset of the dab from the face where its walk starts.
     void Dab(
         uint32_t face, float radius, float strength, bool mirror = false, const Vector& away = {}) {
         Both([&](StrokeBench& bench) {
@@ -84,7 +83,7 @@ float ExtentOf(const LevelMesh& mesh) {
            0.5f;
 }
 
-/// The length of a face's diagonal in the middle of the mesh's numbers.
+/// The length of the diagonal of the face with the middle index.
 float DiagonalOf(const LevelMesh& mesh) {
     const uint32_t* corners = mesh.faceVertexIndices.array + (mesh.faceCount / 2) * 4;
     return (mesh.Position(corners[2]) - mesh.Position(corners[0])).Length();
@@ -95,8 +94,8 @@ float DrawStrength(RandomNumbers& random, Tool tool, float extent) {
     return random.Between(0.01f, 0.1f) * extent;
 }
 
-/// Settings that a stroke may begin with.
-void DrawSettings(Twins& twins, RandomNumbers& random, Tool tool) {
+/// Chooses the settings at the start of a stroke.
+void ChooseSettings(Twins& twins, RandomNumbers& random, Tool tool) {
     const auto falloff = static_cast<int>(random.Below(9));
     const auto direction = static_cast<int>(random.Below(13));
     const bool allLayers = random.Chance(0.6f);
@@ -118,10 +117,10 @@ void DrawSettings(Twins& twins, RandomNumbers& random, Tool tool) {
     });
 }
 
-/// One stroke along neighbouring faces, with what else may happen during one.
-void DrawStroke(Twins& twins, RandomNumbers& random, float extent) {
+/// Makes one stroke along neighbouring faces, with other operations during it.
+void MakeRandomStroke(Twins& twins, RandomNumbers& random, float extent) {
     const Tool tool = allTools[random.Below(allTools.size())];
-    DrawSettings(twins, random, tool);
+    ChooseSettings(twins, random, tool);
     const auto modifier = random.OneOf({BrushOperation::ModifierNone,
                                         BrushOperation::ModifierNone,
                                         BrushOperation::ModifierSmooth,
@@ -172,11 +171,12 @@ void DrawStroke(Twins& twins, RandomNumbers& random, float extent) {
     twins.ExpectAlike();
 }
 
-/// Surfaces of some thousand faces whose bases have poles, borders and turned faces; some with
-/// dents that fold patches over, some with a layer or frozen vertices, some stretched.
-class DrawnTwins {
+/// Surfaces of several thousand faces. Their bases have irregular vertices, borders and faces with
+/// rotated corners. Some surfaces have dents that fold patches over, some have a layer or masked
+/// vertices, some are stretched.
+class RandomTwins {
 public:
-    DrawnTwins(const ZooMesh& zoo, RandomNumbers& random)
+    RandomTwins(const ZooMesh& zoo, RandomNumbers& random)
         : twins(zoo.mesh, zoo.mesh.faceSizes.size() > 30 ? 4 : 5) {
         LevelMesh& mesh = twins.passing.Mesh();
         extent = ExtentOf(mesh);
@@ -202,30 +202,31 @@ public:
     float extent = 0.0f;
 };
 
-TEST(RestingPatches, LeaveTheSameBitsAsPatchesVisitedInFull) {
+TEST(CulledPatches, GiveTheSameBitsAsPatchesVisitedInFull) {
     uint64_t passed = 0;
     uint32_t seed = 0;
     for (const ZooMesh& zoo : QuadMeshes()) {
         for (int round = 0; round < 5; ++round) {
             RandomNumbers random(4711 + seed++);
             SCOPED_TRACE(zoo.name + ", seed " + std::to_string(4710 + seed));
-            DrawnTwins drawn(zoo, random);
+            RandomTwins drawn(zoo, random);
             for (int stroke = 0; stroke < 3; ++stroke) {
-                DrawStroke(drawn.twins, random, drawn.extent);
+                MakeRandomStroke(drawn.twins, random, drawn.extent);
                 if (HasFatalFailure()) return;
             }
             passed += drawn.twins.passing.brush->knownPatches.PassedPatches();
             ASSERT_EQ(drawn.twins.visiting.brush->knownPatches.PassedPatches(), 0u);
         }
     }
-    // Else the above says nothing.
+    // Otherwise the comparison above is void.
     EXPECT_GT(passed, 1000u);
 }
 
-/// Six patches around a pole, whose tip lies nearer to the brush than all else. A dab that begins
-/// in one of the six moves the tip and meets the two patches next to that one; of the other three
-/// none is visited, and the normals next to the tip along their sides wait for their next visit.
-TEST(RestingPatches, MakeTheNormalsNextToACornerThatMovedWithoutThem) {
+/// Six patches around an irregular vertex, the tip, which is nearer to the brush than all other
+/// vertices. A dab that starts in one of the six moves the tip and visits the two patches next to
+/// that one. None of the other three is visited, and the normals next to the tip along their sides
+/// are updated at their next visit.
+TEST(CulledPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
     PolygonMesh hexagon;
     for (int i = 0; i < 6; ++i) {
         const float angle = 1.0471976f * static_cast<float>(i);
@@ -239,8 +240,8 @@ TEST(RestingPatches, MakeTheNormalsNextToACornerThatMovedWithoutThem) {
     uint32_t pole = 0;
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
         if (mesh.Position(v).Length() < mesh.Position(pole).Length()) pole = v;
-    // Of the faces at the pole those farthest to the right and to the left; then others of the same
-    // patches, which do not have the tip at a corner.
+    // Of the faces at the tip, those farthest to the right and to the left; then other faces of the
+    // same patches, without the tip as a corner.
     uint32_t right = mesh.LowestFaceOf(pole);
     uint32_t left = right;
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {
@@ -280,9 +281,9 @@ TEST(RestingPatches, MakeTheNormalsNextToACornerThatMovedWithoutThem) {
     twins.Both([](StrokeBench& bench) { bench.End(); });
 }
 
-/// After a switch to Smooth on a layer a visit also makes records around the patch, which the
-/// visits before did not.
-TEST(RestingPatches, HaveTheRecordsThatSmoothMakesOnALayer) {
+/// After a switch to Smooth on a layer, a visit also makes records around the patch, unlike the
+/// earlier visits.
+TEST(CulledPatches, HaveTheRecordsOfSmoothOnALayer) {
     Twins twins(FlatGrid(8), 5);
     twins.Both([](StrokeBench& bench) {
         bench.AddLayer();
@@ -300,7 +301,7 @@ TEST(RestingPatches, HaveTheRecordsThatSmoothMakesOnALayer) {
     twins.Dab(face, 1.0f, 50.0f);
     twins.ExpectAlike();
     EXPECT_GT(twins.visiting.Mesh().changeRecordCount, recordsBefore);
-    // From then on patches are passed again.
+    // From then on patches are culled again.
     const uint64_t passed = twins.passing.brush->knownPatches.PassedPatches();
     twins.Dab(face, 1.0f, 50.0f);
     twins.ExpectAlike();
@@ -309,8 +310,8 @@ TEST(RestingPatches, HaveTheRecordsThatSmoothMakesOnALayer) {
     twins.ExpectAlike();
 }
 
-/// A host that edits the storage between dabs and counts nothing.
-TEST(RestingPatches, OfAHostThatCountsNoEditsAreVisitedInFull) {
+/// A host that edits the storage between dabs without counting its edits.
+TEST(CulledPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
     for (const bool declared : {false, true}) {
         Twins twins(FlatGrid(8), 5);
         twins.Both([&](StrokeBench& bench) {
@@ -322,7 +323,7 @@ TEST(RestingPatches, OfAHostThatCountsNoEditsAreVisitedInFull) {
         const uint32_t face = twins.passing.HitVertex(4 * 9 + 4).face;
         const Vector middle = twins.passing.HitFace(face).position;
         for (int dab = 0; dab < 3; ++dab) twins.Dab(face, 1.0f, 0.001f);
-        // Waves beyond the brush's reach, in patches that its dabs visit.
+        // Waves out of the brush's reach, in patches that its dabs visit.
         twins.Both([&](StrokeBench& bench) {
             for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
                 Vertex& vertex = bench.Mesh().vertices.array[v];
@@ -338,7 +339,7 @@ TEST(RestingPatches, OfAHostThatCountsNoEditsAreVisitedInFull) {
                     mesh.vertexNormals.array + v, twins.visiting.Mesh().vertexNormals.array + v, 1))
                 ++stale;
         if (declared) {
-            // The declaration was not kept: this is what it is for.
+            // The host violated its declaration, which is what the count is needed for.
             EXPECT_GT(stale, 0u);
         } else {
             EXPECT_EQ(passed, 0u);
@@ -350,10 +351,10 @@ TEST(RestingPatches, OfAHostThatCountsNoEditsAreVisitedInFull) {
     }
 }
 
-/// A bench over a flat grid and a dab in its middle, repeated.
-class RestingPatchesOfAGrid : public testing::Test {
+/// A bench over a flat grid, and a repeated dab in its middle.
+class CulledPatchesOfAGrid : public testing::Test {
 protected:
-    RestingPatchesOfAGrid() : bench(FlatGrid(8), 5) { bench.Activate(Tool::Sculpt, 2); }
+    CulledPatchesOfAGrid() : bench(FlatGrid(8), 5) { bench.Activate(Tool::Sculpt, 2); }
     uint64_t PassedBy(float radius = 1.0f) {
         const uint64_t before = bench.brush->knownPatches.PassedPatches();
         bench.Dab(bench.HitVertex(middle), radius, 0.001f);
@@ -363,7 +364,7 @@ protected:
     const uint32_t middle = 4 * 9 + 4;
 };
 
-TEST_F(RestingPatchesOfAGrid, ArePassedFromTheSecondDabOn) {
+TEST_F(CulledPatchesOfAGrid, AreCulledFromTheSecondDabOn) {
     bench.Begin();
     EXPECT_EQ(PassedBy(), 0u);
     const uint64_t again = PassedBy();
@@ -375,7 +376,7 @@ TEST_F(RestingPatchesOfAGrid, ArePassedFromTheSecondDabOn) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheirDepthChanges) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheirDepthChanges) {
     bench.Begin();
     PassedBy(1.0f);
     EXPECT_EQ(PassedBy(2.0f), 0u);
@@ -384,7 +385,7 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheirDepthChanges) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreForgottenWhenAnotherWalkUsedTheStamp) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedByAnotherWalkWithTheStamp) {
     bench.Begin();
     PassedBy();
     ++bench.Mesh().visitStamp;
@@ -393,7 +394,7 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenAnotherWalkUsedTheStamp) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheStrokeWasPutBack) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheStrokeIsReverted) {
     bench.Begin();
     PassedBy();
     bench.Mesh().OpenChange()->PutBack();
@@ -401,7 +402,7 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheStrokeWasPutBack) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMadeNormals) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheHostUpdatesNormals) {
     bench.Begin();
     PassedBy();
     bench.Mesh().ComputeNormalsOf({0});
@@ -412,18 +413,18 @@ TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMadeNormals) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, AreForgottenWhenTheHostMovedAVertex) {
+TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheHostMovesAVertex) {
     bench.Begin();
     PassedBy();
     bench.Mesh().SetPosition(0, bench.Mesh().Position(0));
     EXPECT_EQ(PassedBy(), 0u);
     EXPECT_GT(PassedBy(), 0u);
     bench.End();
-    // Outside a stroke there is nothing to count in.
+    // Outside a stroke nothing is counted.
     bench.Mesh().SetPosition(0, bench.Mesh().Position(0));
 }
 
-TEST_F(RestingPatchesOfAGrid, WithAVertexThatIsNoNumberAreAlwaysVisited) {
+TEST_F(CulledPatchesOfAGrid, WithANaNVertexAreAlwaysVisited) {
     bench.Begin();
     PassedBy();
     const uint64_t usual = PassedBy();
@@ -440,7 +441,7 @@ TEST_F(RestingPatchesOfAGrid, WithAVertexThatIsNoNumberAreAlwaysVisited) {
     bench.End();
 }
 
-TEST_F(RestingPatchesOfAGrid, OfALayerThatBeganToRefuseAreVisited) {
+TEST_F(CulledPatchesOfAGrid, AreVisitedOnceTheLayerRefusesChanges) {
     SculptLayer& layer = bench.AddLayer();
     bench.Begin();
     PassedBy();

@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<uint64_t> held{0};
 std::atomic<uint64_t> peak{0};
-/// Allocations up to the one to be refused; 0: none is to be.
+/// The number of allocations up to the one to be refused; 0 if none is to be refused.
 std::atomic<uint64_t> untilRefusal{0};
 std::atomic<bool> refused{false};
 
@@ -49,8 +49,8 @@ void Free(void* memory) noexcept {
 
 }  // namespace trovik::test
 
-// The libraries' allocations come here too: an executable's operators stand for all of a process.
-// The address sanitizer brings its own, which also refuse absurd sizes; nothing is counted then.
+// These operators replace those of the whole process, including its libraries. The address
+// sanitizer has its own operators, which also refuse huge sizes; allocations are not counted then.
 #ifndef __SANITIZE_ADDRESS__
 void* operator new(std::size_t bytes) { return trovik::test::Counted(bytes); }
 void* operator new[](std::size_t bytes) { return trovik::test::Counted(bytes); }

@@ -5,17 +5,16 @@
 
 namespace trovik::test {
 
-/// Most bytes that operator new has held at one time since the last ForgetPeak, in the whole
-/// process.
+/// The maximum number of bytes that operator new has held at one time since the last ForgetPeak, in
+/// the whole process.
 uint64_t PeakBytes();
-/// Bytes held now count as the peak from here on.
+/// Resets the peak to the bytes that are held now.
 void ForgetPeak();
 uint64_t BytesHeld();
 
-/// Refuses the allocation that comes as the `number`-th from now on, counted from 1, and no other;
-/// 0: none.
+/// Refuses the `number`-th allocation from now on, counted from 1, and no other; 0 refuses none.
 void RefuseAllocation(uint64_t number);
-/// Whether that allocation has come.
+/// Returns whether that allocation has been requested.
 bool HasRefused();
 
 }  // namespace trovik::test

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Which types may be written to scenes byte by byte.
+/// \file The types that may be written to scenes byte by byte.
 #include "framework/layers/LayerGround.h"
 #include "framework/scene/NoPadding.h"
 
@@ -32,7 +31,7 @@ struct Whole {
     int16_t words[2];
 };
 
-TEST(NoPadding, HoldsWhereEveryByteBelongsToAMember) {
+TEST(NoPadding, IsTrueIfEveryByteBelongsToAMember) {
     EXPECT_TRUE(NoPadding<uint8_t>);
     EXPECT_TRUE(NoPadding<float>);
     EXPECT_TRUE(NoPadding<Vector>);
@@ -42,7 +41,7 @@ TEST(NoPadding, HoldsWhereEveryByteBelongsToAMember) {
     EXPECT_TRUE(NoPadding<LayerGround::NotedNormal>);
 }
 
-TEST(NoPadding, DoesNotHoldWhereAByteBelongsToNone) {
+TEST(NoPadding, IsFalseIfAByteBelongsToNoMember) {
     EXPECT_FALSE(NoPadding<PaddedBehind>);
     EXPECT_FALSE(NoPadding<PaddedBetween>);
     EXPECT_FALSE(NoPadding<PaddedInside>);

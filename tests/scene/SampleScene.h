@@ -11,24 +11,24 @@ namespace trovik::test {
 
 /// A document on a mesh of the zoo.
 std::unique_ptr<Document> DocumentOn(const TemporaryFolder& folder, const PolygonMesh& mesh);
-/// The same with two more levels, and the tool Sculpt at work.
+/// The same document with two more levels and the active tool Sculpt.
 std::unique_ptr<Document> RefinedDocument(const TemporaryFolder& folder, const PolygonMesh& mesh);
 
-/// Dabs of the active tool on some faces of the bound level.
+/// Applies dabs of the active tool to some faces of the bound level.
 void StrokeOver(Document& document, const std::vector<uint32_t>& faces, float radius);
 
-/// One of everything on a few faces: three levels with the middle one bound, layers of two levels,
-/// freezing, four tools with settings of their own, those of pen and freeze brush, mirrors, a view,
-/// a transformation.
+/// A document with each kind of content on a few faces: three levels with the middle one bound,
+/// layers of two levels, masks, four tools with changed settings, the settings of pen and freeze
+/// brush, mirrors, a view, a transform.
 std::unique_ptr<Document> RichDocument(const TemporaryFolder& folder);
 
-/// Everything that work goes on from, as the bytes of a scene file.
+/// All data needed to continue the work, as the bytes of a scene file.
 std::string StateOf(Document& document, const TemporaryFolder& folder);
 
 /// A new brush without a tool.
 std::unique_ptr<BrushOperation> NewBrush();
 
-/// Table of the patch map below a level; empty where there is no map.
+/// The table of the patch map below a level; empty if there is no map.
 std::vector<uint32_t> PatchTable(LevelMesh& level);
 bool HasPatchMap(LevelMesh& level);
 

@@ -18,7 +18,7 @@ PolygonMesh Shown(Document& document) {
     return GatherPolygons(LevelSource(document.Geometry(), {}));
 }
 
-TEST(SceneAttributes, WhatTheMeshCarriesComesBackWithTheScene) {
+TEST(SceneAttributes, AreRestoredWithTheScene) {
     const TemporaryFolder folder;
     PolygonMesh mesh = AttributedMesh();
     mesh.attributes.hasAlpha = true;
@@ -39,7 +39,7 @@ TEST(SceneAttributes, WhatTheMeshCarriesComesBackWithTheScene) {
     EXPECT_TRUE(after.attributes.hasAlpha);
     EXPECT_EQ(after.attributes.space, before.attributes.space);
     ExpectSameGroups(after, before);
-    // A reset keeps them too.
+    // A reset keeps them, too.
     opened->Reset();
     opened->Subdivide();
     after = Shown(*opened);
@@ -47,7 +47,7 @@ TEST(SceneAttributes, WhatTheMeshCarriesComesBackWithTheScene) {
     EXPECT_EQ(after.attributes.colors, before.attributes.colors);
 }
 
-TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsComeBackAndMoveWithTheScene) {
+TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsAreRestoredAndMoveWithTheScene) {
     const TemporaryFolder folder;
     PolygonMesh mesh = TwoQuads();
     mesh.attributes.faceSmoothing = {4, 0};
@@ -60,7 +60,7 @@ TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsComeBackAndMoveWithTheScene
     EXPECT_EQ(document.Geometry().Attributes().materialFiles, mesh.attributes.materialFiles);
     document.Subdivide();
     document.Save(folder.Path("work/a.trovik"));
-    // Another level 0 than the one imported: both have what they carry.
+    // Level 0 is not the imported one: both have their attributes.
     document.DeleteLevels(true);
     document.Save(folder.Path("work/b.trovik"));
     document.WriteScene(folder.Path("work/old.trovik"), SceneStream(332));
@@ -83,7 +83,7 @@ TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsComeBackAndMoveWithTheScene
     ExpectSameGroups(Shown(*old), Shown(document));
 }
 
-TEST(SceneAttributes, ListsThatDoNotFitLevel0AreRefused) {
+TEST(SceneAttributes, ListsThatDoNotMatchLevel0AreRefused) {
     const TemporaryFolder folder;
     WriteMeshFile(folder.Path("mesh.obj"), AttributedMesh());
     Document document(folder.Path("mesh.obj"));

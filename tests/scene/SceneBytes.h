@@ -5,14 +5,13 @@
 #include <string>
 #include <vector>
 
-/// \file
-/// A second reader of the outer layout of scene files, written from docs/scene-format.md without
-/// the library's, so that tests can look into files and change them.
+/// \file A second reader of the outer layout of scene files, written from docs/scene-format.md
+/// independently of the library's reader, so that tests can inspect and change files.
 namespace trovik::test {
 
 struct RawChunk {
     std::string name;
-    /// Of the chunk's first byte, and of its content's.
+    /// The offset of the chunk's first byte, and of its content.
     std::size_t place = 0;
     std::size_t contentPlace = 0;
     std::string content;
@@ -27,12 +26,12 @@ struct RawScene {
     const RawChunk& Chunk(const std::string& name) const;
 };
 
-/// \throw std::runtime_error for what is not laid out as told.
+/// \throw std::runtime_error if the bytes do not have the documented layout.
 RawScene SplitScene(const std::string& bytes);
-/// The file with new checksums and the right length, whatever its chunks hold now.
+/// The file with new checksums and the correct length for the current content of its chunks.
 std::string JoinScene(const std::string& header, const std::vector<RawChunk>& chunks);
 
-/// Bit by bit, as the document tells it.
+/// Computed bit by bit, as documented.
 uint32_t SlowCrc32(const std::string& bytes);
 
 /// The bytes of a plain number.

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A scene goes on exactly where it was: the same steps give the same bits, whether the work is
-/// saved and opened again somewhere among them or not.
+/// \file Work continues exactly from a scene: the same steps give the same bits, whether or not the
+/// work is saved and opened again between them.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/images/ImageFile.h"
@@ -28,9 +27,9 @@ protected:
         ScriptRunner(script, folder.Path("."), {}).Run();
     }
 
-    /// Runs all steps at once, and with a break at each place; the scenes at the end must be equal
-    /// byte for byte. They hold positions, normals and freezing of all levels, what is still to be
-    /// carried up, layers with rests and offsets, nodes, tools, mirrors and view.
+    /// Runs all steps without a break, and with a break after each step; the final scenes must be
+    /// equal byte for byte. They contain positions, normals and masks of all levels, pending
+    /// changes of coarser levels, layers with rests and offsets, nodes, tools, mirrors and view.
     void ExpectNoDifference(const PolygonMesh& mesh,
                             const std::string& head,
                             const std::vector<std::string>& steps) {
@@ -102,12 +101,12 @@ TEST_F(SceneContinuation, GivesTheSameBitsOnQuadsWithMirrorAndTransformation) {
         ManySteps());
 }
 
-TEST_F(SceneContinuation, GivesTheSameBitsOverABaseOfTriangles) {
+TEST_F(SceneContinuation, GivesTheSameBitsOnLevelsAboveTriangles) {
     ExpectNoDifference(
         Icosahedron(), R"(, "levels": 2, "camera": {"width": 256, "height": 256})", ManySteps());
 }
 
-TEST_F(SceneContinuation, GivesTheSameBitsOnTrianglesThemselves) {
+TEST_F(SceneContinuation, GivesTheSameBitsOnTriangles) {
     ExpectNoDifference(Icosahedron(),
                        "",
                        {R"({"tool": "Sculpt", "set": {"radius": 1.2, "strength": 20}})",
@@ -120,7 +119,7 @@ TEST_F(SceneContinuation, GivesTheSameBitsOnTrianglesThemselves) {
                         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})"});
 }
 
-TEST_F(SceneContinuation, GivesTheSameBitsOverAMeshThatWasSplitOnImport) {
+TEST_F(SceneContinuation, GivesTheSameBitsOnAMeshThatWasSplitOnImport) {
     ExpectNoDifference(NgonMix(),
                        R"(, "levels": 2, "camera": {"width": 64, "height": 64})",
                        {R"({"tool": "Sculpt", "set": {"radius": 0.8, "strength": 40}})",
@@ -130,7 +129,7 @@ TEST_F(SceneContinuation, GivesTheSameBitsOverAMeshThatWasSplitOnImport) {
                         R"({"stroke": {"surface": [[0.3, 0.2, 0], [1.5, 0.4, 0]]}})"});
 }
 
-TEST_F(SceneContinuation, GivesTheSameBitsWithStampsAndChance) {
+TEST_F(SceneContinuation, GivesTheSameBitsWithStampsAndRandomness) {
     std::vector<uint8_t> pixels(16 * 16);
     for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<uint8_t>(i * 37 % 256);
     WriteImageFile(folder.Path("rough.png"), pixels.data(), 16, 16, 1);
@@ -177,7 +176,7 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithPensAndTheFreezeBrush) {
          "{\"stroke\": {" + pen + R"(, "modifier": "invert"}})"});
 }
 
-// What was found on the imported mesh must not be sought anew on a sculpted one.
+// The mirror that was found on the imported mesh must not be searched again on a sculpted one.
 TEST_F(SceneContinuation, GivesTheSameBitsWithTheTopologicalMirror) {
     ExpectNoDifference(SphereQuads(1),
                        R"(, "levels": 2, "mirror": "topological")",
@@ -189,12 +188,12 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithTheTopologicalMirror) {
                         R"({"stroke": {"surface": [[0.6, 0.2, 0.6], [0.2, 0.8, 0.3]]}})"});
 }
 
-TEST_F(SceneContinuation, TheTopologicalMirrorIsTheOneThatWasFound) {
+TEST_F(SceneContinuation, TopologicalMirrorIsTheOneFoundBeforeSaving) {
     auto document = DocumentOn(folder, SphereQuads(1));
     document->SetTopologicalMirror();
     const std::vector<uint32_t> images = document->Geometry().Mirror()->Images();
     LevelMesh& base = *document->Geometry().Level(0);
-    // Turned by a quarter about y: front and back now lie left and right.
+    // Rotated by a quarter turn about y, so that front and back become left and right.
     for (uint32_t v = 0; v < base.VertexCount(); ++v) {
         const Vector p = base.Position(v);
         base.SetPosition(v, {p.z, p.y, -p.x});
@@ -204,10 +203,10 @@ TEST_F(SceneContinuation, TheTopologicalMirrorIsTheOneThatWasFound) {
     ASSERT_NE(read->Geometry().Mirror(), nullptr);
     EXPECT_EQ(read->Geometry().Mirror()->Images(), images);
     ASSERT_TRUE(read->Geometry().FindMirror());
-    EXPECT_NE(read->Geometry().Mirror()->Images(), images) << "sought anew it is another";
+    EXPECT_NE(read->Geometry().Mirror()->Images(), images) << "a new search finds another one";
 }
 
-TEST_F(SceneContinuation, AStampsImageStaysWithTheBrushWhileItIsSaved) {
+TEST_F(SceneContinuation, StampImageStaysLoadedDuringSaving) {
     auto document = RichDocument(folder);
     const std::vector<uint8_t> grey(64, 200);
     WriteImageFile(folder.Path("grey.png"), grey.data(), 8, 8, 1);
@@ -221,7 +220,7 @@ TEST_F(SceneContinuation, AStampsImageStaysWithTheBrushWhileItIsSaved) {
     EXPECT_EQ(document->Brush().MaskName(-1), QStringLiteral("grey.png"));
 }
 
-TEST_F(SceneContinuation, ASceneIsNotSavedWithinAStroke) {
+TEST_F(SceneContinuation, SceneCannotBeSavedDuringAStroke) {
     auto document = RichDocument(folder);
     document->Loop().Begin(BrushOperation::ModifierNone);
     const std::string file = folder.Path("open.trovik");
@@ -232,7 +231,7 @@ TEST_F(SceneContinuation, ASceneIsNotSavedWithinAStroke) {
     EXPECT_TRUE(std::filesystem::exists(file));
 }
 
-TEST_F(SceneContinuation, UndoWithinTheSecondHalfIsAsExactAsWithoutABreak) {
+TEST_F(SceneContinuation, UndoAfterTheBreakIsAsExactAsWithoutABreak) {
     auto document = RichDocument(folder);
     document->Save(folder.Path("break.trovik"));
     auto read = Document::OpenScene(folder.Path("break.trovik"));

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Files that are cut off, damaged, or made with ill intent: one clear error or a good scene, and
-/// no more memory than the file can account for.
+/// \file Truncated, damaged or malicious files: reading gives one clear error or a valid scene, and
+/// takes no more memory than the size of the file justifies.
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 #include "tests/scene/AllocationCount.h"
@@ -22,7 +21,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr unsigned flips = 2000;
-/// Buffers of files take a mebibyte; everything else follows the few kilobytes of the scene.
+/// File buffers take one mebibyte; all other memory depends on the few kilobytes of the scene.
 constexpr uint64_t mostMemory = uint64_t{8} << 20;
 
 class DamagedScene : public ::testing::Test {
@@ -34,9 +33,11 @@ protected:
         Document::OpenScene(path);
     }
 
-    /// The message of the error, or nothing when the scene was read; in both cases within bounds.
+    /// The error message, or an empty text if the scene was read; the memory bound is checked in
+    /// both cases.
     std::string Read(const std::string& bytes) {
-        // A new file each time: some file systems wait for the disk when one is written over.
+        // A new file each time, since some file systems wait for the disk when a file is
+        // overwritten.
         std::filesystem::remove(path);
         folder.Fill("scene.trovik", bytes);
         ForgetPeak();
@@ -64,7 +65,7 @@ protected:
     std::string whole;
 };
 
-TEST_F(DamagedScene, EveryCutIsAnError) {
+TEST_F(DamagedScene, EveryTruncationIsAnError) {
     ASSERT_EQ(Read(whole), "");
     for (std::size_t size = 0; size < whole.size(); size += size < 400 ? 1 : 7)
         EXPECT_THAT(Read(whole.substr(0, size)), HasSubstr("byte ")) << "cut at " << size;
@@ -83,7 +84,7 @@ TEST_F(DamagedScene, EveryFlippedByteIsAnError) {
     }
 }
 
-TEST_F(DamagedScene, ChunksThatComeTwiceAreErrors) {
+TEST_F(DamagedScene, DuplicateChunksAreErrors) {
     const RawScene scene = SplitScene(whole);
     unsigned doubled = 0;
     for (std::size_t i = 0; i + 1 < scene.chunks.size(); ++i) {
@@ -99,14 +100,14 @@ TEST_F(DamagedScene, ChunksThatComeTwiceAreErrors) {
     EXPECT_EQ(doubled, 8u);
 }
 
-// Checksums only keep out accidents; the numbers behind them are looked at all the same.
-TEST_F(DamagedScene, FlipsUnderMendedChecksumsAreErrorsOrScenesThatCanBeSculpted) {
+// Checksums only detect accidental damage; the values are validated in any case.
+TEST_F(DamagedScene, FlippedBytesWithValidChecksumsAreErrorsOrUsableScenes) {
     const RawScene scene = SplitScene(whole);
     std::mt19937 random(2);
     unsigned read = 0;
     for (unsigned i = 0; i < flips; ++i) {
         std::vector<RawChunk> chunks = scene.chunks;
-        // Chunk by chunk, so that the small ones get their share.
+        // Chunk by chunk, so that small chunks are covered, too.
         std::string& content = chunks[1 + i % (chunks.size() - 2)].content;
         if (content.empty()) continue;
         const std::size_t place = random() % content.size();
@@ -127,7 +128,7 @@ TEST_F(DamagedScene, FlipsUnderMendedChecksumsAreErrorsOrScenesThatCanBeSculpted
     EXPECT_LT(read, flips);
 }
 
-TEST_F(DamagedScene, CountsBeyondTheFileTakeNoMemory) {
+TEST_F(DamagedScene, CountsBeyondTheFileAllocateNothing) {
     const RawScene scene = SplitScene(whole);
     const std::string header = whole.substr(0, scene.headerBytes);
     for (std::size_t i = 1; i + 1 < scene.chunks.size(); ++i) {
@@ -142,7 +143,7 @@ TEST_F(DamagedScene, CountsBeyondTheFileTakeNoMemory) {
     }
 }
 
-TEST_F(DamagedScene, RadiusAndSpacingKeepToTheRangeOfScripts) {
+TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
     const RawScene scene = SplitScene(whole);
     const auto readWith = [&](std::size_t place, float number) {
         std::vector<RawChunk> chunks = scene.chunks;
@@ -158,7 +159,7 @@ TEST_F(DamagedScene, RadiusAndSpacingKeepToTheRangeOfScripts) {
                 HasSubstr("the spacing of dabs is 1e-07 percent of the radius; it must be"));
     EXPECT_THAT(readWith(spacing, 11.0f), HasSubstr("the spacing of dabs is 1100 percent"));
     EXPECT_THAT(readWith(radius, 0.0f), HasSubstr("the radius is not above 0"));
-    // What could not be read again is not written.
+    // Values that could not be read again are not written.
     ASSERT_EQ(Read(whole), "");
     auto document = Document::OpenScene(path);
     document->Settings().spacing = 1e-9f;
@@ -167,7 +168,7 @@ TEST_F(DamagedScene, RadiusAndSpacingKeepToTheRangeOfScripts) {
     EXPECT_FALSE(std::filesystem::exists(folder.Path("tiny.trovik")));
 }
 
-TEST_F(DamagedScene, OtherFilesAreNoScenes) {
+TEST_F(DamagedScene, OtherFilesAreRefused) {
     EXPECT_EQ(Read("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"),
               path + ": byte 0: not a scene: the first eight bytes are not TROVIKSC");
     EXPECT_EQ(Read(""), path + ": byte 0: the file ends within the header of a scene");
@@ -177,7 +178,7 @@ TEST_F(DamagedScene, OtherFilesAreNoScenes) {
                 HasSubstr(folder.Path("none.trovik")));
 }
 
-TEST_F(DamagedScene, AMissingChunkIsAnError) {
+TEST_F(DamagedScene, MissingChunkIsAnError) {
     const RawScene scene = SplitScene(whole);
     const std::string header = whole.substr(0, scene.headerBytes);
     for (std::size_t i = 0; i < scene.chunks.size(); ++i) {
@@ -190,7 +191,7 @@ TEST_F(DamagedScene, AMissingChunkIsAnError) {
     }
 }
 
-TEST_F(DamagedScene, NumbersThatNoPenHasAreRefused) {
+TEST_F(DamagedScene, InvalidPenSettingsAreRefused) {
     const RawScene scene = SplitScene(whole);
     const std::string header = whole.substr(0, scene.headerBytes);
     const auto error = [&](const char* name, std::size_t place, const std::string& bytes) {
@@ -201,7 +202,7 @@ TEST_F(DamagedScene, NumbersThatNoPenHasAreRefused) {
     };
     constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     constexpr float infinite = std::numeric_limits<float>::infinity();
-    // A curve of three points, one of none, then the numbers.
+    // A curve of three points, an empty curve, then the numbers.
     EXPECT_THAT(error("PENS", 12, BytesOf(0.0f)),
                 HasSubstr("chunk PENS: the pressure curve for strength: the pressures of a curve's "
                           "points must ascend"));
@@ -223,11 +224,11 @@ TEST_F(DamagedScene, NumbersThatNoPenHasAreRefused) {
     EXPECT_THAT(error("FRZB", 1, BytesOf(uint32_t{0xffffff})), HasSubstr("chunk FRZB: "));
 }
 
-TEST_F(DamagedScene, ABaseThatIsNoOrientedManifoldIsRefused) {
+TEST_F(DamagedScene, BaseThatIsNotAnOrientedManifoldIsRefused) {
     RawScene scene = SplitScene(whole);
     std::string& content = scene.chunks[1].content;
     ASSERT_EQ(scene.chunks[1].name, "GEOM");
-    // Name, five numbers, then the faces: the first face is turned over.
+    // Name, five numbers, then the faces: reverse the first face.
     const std::size_t faces = 4 + NumberAt<uint32_t>(content, 0) + 20;
     const auto second = NumberAt<uint32_t>(content, faces + 4);
     const auto fourth = NumberAt<uint32_t>(content, faces + 12);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The bytes of scene files as docs/scene-format.md tells them.
+/// \file The bytes of scene files as documented in docs/scene-format.md.
 #include "framework/io/Crc32.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
@@ -12,17 +11,17 @@
 namespace trovik::test {
 namespace {
 
-/// Takes a chunk's content from start to end.
-class Taker {
+/// Reads a chunk's content from start to end.
+class ChunkReader {
 public:
-    explicit Taker(const std::string& content) : bytes(content) {}
+    explicit ChunkReader(const std::string& content) : bytes(content) {}
     template <typename T>
-    T Take() {
+    T Read() {
         at += sizeof(T);
         return NumberAt<T>(bytes, at - sizeof(T));
     }
     std::string Text() {
-        const auto length = Take<uint32_t>();
+        const auto length = Read<uint32_t>();
         at += length;
         return bytes.substr(at - length, length);
     }
@@ -42,43 +41,43 @@ protected:
     RawScene scene;
 };
 
-/// The brush's data under the tool Wax, value by value.
+/// Checks the brush's data with the tool Wax, value by value.
 void ExpectWax(const std::string& data) {
-    Taker wax(data);
+    ChunkReader wax(data);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(wax.Text(), "") << "the node's texts";
-    EXPECT_EQ(wax.Take<float>(), 33.0f) << "size";
-    EXPECT_EQ(wax.Take<int32_t>(), 1) << "direction";
-    EXPECT_EQ(wax.Take<uint8_t>(), 1u) << "stroke smoothing";
-    EXPECT_EQ(wax.Take<float>(), 0.1f);
-    EXPECT_EQ(wax.Take<uint8_t>(), 0u) << "steady stroke";
-    EXPECT_EQ(wax.Take<float>(), 0.04f);
-    EXPECT_EQ(wax.Take<float>(), 25.0f) << "stamp spacing";
-    EXPECT_EQ(wax.Take<float>(), 0.0f);
-    EXPECT_EQ(wax.Take<uint8_t>(), 1u) << "pressure scales the strength";
-    EXPECT_EQ(wax.Take<uint8_t>(), 0u);
-    EXPECT_EQ(wax.Take<uint8_t>(), 0u);
-    EXPECT_EQ(wax.Take<int32_t>(), 0) << "stamp positioning";
-    EXPECT_EQ(wax.Take<int32_t>(), 0) << "stamp rotation";
-    EXPECT_EQ(wax.Take<uint8_t>(), 0u) << "imprint fade";
-    EXPECT_EQ(wax.Take<float>(), 0.6f);
-    EXPECT_EQ(wax.Take<float>(), 15.0f) << "strength";
-    EXPECT_EQ(wax.Take<float>(), 12.0f) << "its share without pressure";
-    EXPECT_EQ(wax.Take<float>(), 0.0f);
-    EXPECT_EQ(wax.Take<float>(), 0.0f) << "random turn";
-    EXPECT_EQ(wax.Take<float>(), 1.0f) << "stamp factor";
-    EXPECT_EQ(wax.Take<float>(), 0.0f);
+    EXPECT_EQ(wax.Read<float>(), 33.0f) << "size";
+    EXPECT_EQ(wax.Read<int32_t>(), 1) << "direction";
+    EXPECT_EQ(wax.Read<uint8_t>(), 1u) << "stroke smoothing";
+    EXPECT_EQ(wax.Read<float>(), 0.1f);
+    EXPECT_EQ(wax.Read<uint8_t>(), 0u) << "steady stroke";
+    EXPECT_EQ(wax.Read<float>(), 0.04f);
+    EXPECT_EQ(wax.Read<float>(), 25.0f) << "stamp spacing";
+    EXPECT_EQ(wax.Read<float>(), 0.0f);
+    EXPECT_EQ(wax.Read<uint8_t>(), 1u) << "pressure scales the strength";
+    EXPECT_EQ(wax.Read<uint8_t>(), 0u);
+    EXPECT_EQ(wax.Read<uint8_t>(), 0u);
+    EXPECT_EQ(wax.Read<int32_t>(), 0) << "stamp positioning";
+    EXPECT_EQ(wax.Read<int32_t>(), 0) << "stamp rotation";
+    EXPECT_EQ(wax.Read<uint8_t>(), 0u) << "imprint fade";
+    EXPECT_EQ(wax.Read<float>(), 0.6f);
+    EXPECT_EQ(wax.Read<float>(), 15.0f) << "strength";
+    EXPECT_EQ(wax.Read<float>(), 12.0f) << "the part that pressure leaves unchanged";
+    EXPECT_EQ(wax.Read<float>(), 0.0f);
+    EXPECT_EQ(wax.Read<float>(), 0.0f) << "random turn";
+    EXPECT_EQ(wax.Read<float>(), 1.0f) << "stamp factor";
+    EXPECT_EQ(wax.Read<float>(), 0.0f);
     EXPECT_EQ(wax.Text(), "") << "stamp";
-    for (const unsigned flag : {1u, 0u, 0u, 0u, 0u, 0u}) EXPECT_EQ(wax.Take<uint8_t>(), flag);
-    EXPECT_EQ(wax.Take<int32_t>(), -1) << "falloff";
-    ASSERT_EQ(wax.Take<uint32_t>(), 4u);
-    for (const float sample : {1.0f, 0.75f, 0.25f, 0.0f}) EXPECT_EQ(wax.Take<float>(), sample);
-    EXPECT_EQ(wax.Take<float>(), 0.5f) << "build-up rate";
-    wax.Take<uint8_t>();
-    for (const unsigned flag : {1u, 0u, 1u}) EXPECT_EQ(wax.Take<uint8_t>(), flag);
+    for (const unsigned flag : {1u, 0u, 0u, 0u, 0u, 0u}) EXPECT_EQ(wax.Read<uint8_t>(), flag);
+    EXPECT_EQ(wax.Read<int32_t>(), -1) << "falloff";
+    ASSERT_EQ(wax.Read<uint32_t>(), 4u);
+    for (const float sample : {1.0f, 0.75f, 0.25f, 0.0f}) EXPECT_EQ(wax.Read<float>(), sample);
+    EXPECT_EQ(wax.Read<float>(), 0.5f) << "build-up rate";
+    wax.Read<uint8_t>();
+    for (const unsigned flag : {1u, 0u, 1u}) EXPECT_EQ(wax.Read<uint8_t>(), flag);
     EXPECT_EQ(wax.Left(), 0u);
 }
 
-TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
+TEST(Crc32, HasItsCheckValueAndCanBeComputedInPieces) {
     const std::string text = "123456789";
     EXPECT_EQ(Crc32(text.data(), text.size()), 0xcbf43926u);
     EXPECT_EQ(Crc32(text.data() + 4, 5, Crc32(text.data(), 4)), 0xcbf43926u);
@@ -90,13 +89,13 @@ TEST(Crc32, HasItsCheckValueAndGoesOnFromPieces) {
                   SlowCrc32(longer.substr(size, 900 + size)));
 }
 
-TEST_F(SceneLayout, HeaderNamesFormatAndClasses) {
+TEST_F(SceneLayout, HeaderHasFormatAndClasses) {
     EXPECT_EQ(scene.format, 334u);
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("SwiftStroke"), 1)));
     EXPECT_THAT(scene.classes, testing::Contains(std::pair(std::string("PatchMap"), 0)));
 }
 
-TEST_F(SceneLayout, ChunksStandInTheirOrder) {
+TEST_F(SceneLayout, ChunksAreInTheirOrder) {
     std::vector<std::string> names;
     for (const RawChunk& chunk : scene.chunks) names.push_back(chunk.name);
     EXPECT_THAT(names,
@@ -121,96 +120,96 @@ TEST_F(SceneLayout, ChunksStandInTheirOrder) {
     EXPECT_EQ(NumberAt<uint64_t>(end.content, 0), end.contentPlace + 8);
 }
 
-TEST_F(SceneLayout, GeometryHoldsNameCountsFacesAndTransformation) {
-    Taker geom(scene.Chunk("GEOM").content);
+TEST_F(SceneLayout, GeometryHasNameCountsFacesAndTransform) {
+    ChunkReader geom(scene.Chunk("GEOM").content);
     EXPECT_EQ(geom.Text(), "Würfel");
-    EXPECT_EQ(geom.Take<uint32_t>(), 4u) << "corners";
-    EXPECT_EQ(geom.Take<uint32_t>(), 6u) << "faces";
-    EXPECT_EQ(geom.Take<uint32_t>(), 8u) << "vertices";
-    EXPECT_EQ(geom.Take<uint32_t>(), 3u) << "levels";
-    EXPECT_EQ(geom.Take<uint32_t>(), 1u) << "bound";
+    EXPECT_EQ(geom.Read<uint32_t>(), 4u) << "corners";
+    EXPECT_EQ(geom.Read<uint32_t>(), 6u) << "faces";
+    EXPECT_EQ(geom.Read<uint32_t>(), 8u) << "vertices";
+    EXPECT_EQ(geom.Read<uint32_t>(), 3u) << "levels";
+    EXPECT_EQ(geom.Read<uint32_t>(), 1u) << "bound";
     const LevelMesh& base = *document->Geometry().Level(0);
     for (uint32_t i = 0; i < 24; ++i)
-        EXPECT_EQ(geom.Take<uint32_t>(), base.faceVertexIndices.array[i]);
+        EXPECT_EQ(geom.Read<uint32_t>(), base.faceVertexIndices.array[i]);
     for (const auto& row : document->Geometry().Place().ToWorld().m)
-        for (const float number : row) EXPECT_EQ(geom.Take<float>(), number);
+        for (const float number : row) EXPECT_EQ(geom.Read<float>(), number);
     geom.Skip(64);
-    EXPECT_EQ(geom.Take<float>(), 2.0f);
-    EXPECT_EQ(geom.Take<float>(), 1.5f);
-    EXPECT_EQ(geom.Take<float>(), 1.0f);
+    EXPECT_EQ(geom.Read<float>(), 2.0f);
+    EXPECT_EQ(geom.Read<float>(), 1.5f);
+    EXPECT_EQ(geom.Read<float>(), 1.0f);
     EXPECT_EQ(geom.Left(), 0u);
 }
 
-TEST_F(SceneLayout, ALevelHoldsPositionsNormalsFreezeAndWhatWasSeen) {
-    Taker levl(scene.chunks[3].content);
+TEST_F(SceneLayout, LevelHasPositionsNormalsMaskAndSeenState) {
+    ChunkReader levl(scene.chunks[3].content);
     const LevelMesh& level = *document->Geometry().Level(1);
-    EXPECT_EQ(levl.Take<uint32_t>(), 1u);
-    ASSERT_EQ(levl.Take<uint32_t>(), 26u);
-    EXPECT_EQ(levl.Take<uint32_t>(), 1u | 4u | 16u | 32u | 64u)
+    EXPECT_EQ(levl.Read<uint32_t>(), 1u);
+    ASSERT_EQ(levl.Read<uint32_t>(), 26u);
+    EXPECT_EQ(levl.Read<uint32_t>(), 1u | 4u | 16u | 32u | 64u)
         << "freeze bytes, seen positions and freeze amounts";
     for (uint32_t v = 0; v < 26; ++v) {
-        EXPECT_EQ(levl.Take<float>(), level.Position(v).x);
-        EXPECT_EQ(levl.Take<float>(), level.Position(v).y);
-        EXPECT_EQ(levl.Take<float>(), level.Position(v).z);
+        EXPECT_EQ(levl.Read<float>(), level.Position(v).x);
+        EXPECT_EQ(levl.Read<float>(), level.Position(v).y);
+        EXPECT_EQ(levl.Read<float>(), level.Position(v).z);
     }
     for (uint32_t v = 0; v < 26; ++v) {
-        EXPECT_EQ(levl.Take<int16_t>(), level.vertexNormals.array[v].x);
-        EXPECT_EQ(levl.Take<int16_t>(), level.vertexNormals.array[v].y);
-        EXPECT_EQ(levl.Take<int16_t>(), level.vertexNormals.array[v].z);
-        EXPECT_EQ(levl.Take<int16_t>(), 0);
+        EXPECT_EQ(levl.Read<int16_t>(), level.vertexNormals.array[v].x);
+        EXPECT_EQ(levl.Read<int16_t>(), level.vertexNormals.array[v].y);
+        EXPECT_EQ(levl.Read<int16_t>(), level.vertexNormals.array[v].z);
+        EXPECT_EQ(levl.Read<int16_t>(), 0);
     }
-    for (uint32_t v = 0; v < 26; ++v) EXPECT_EQ(levl.Take<uint8_t>(), v * 5 % 128);
-    const auto seen = levl.Take<uint32_t>();
+    for (uint32_t v = 0; v < 26; ++v) EXPECT_EQ(levl.Read<uint8_t>(), v * 5 % 128);
+    const auto seen = levl.Read<uint32_t>();
     EXPECT_GT(seen, 0u);
     levl.Skip(seen * 16);
-    // The finer level's strokes reached this one, which level 0 has not heard of.
-    EXPECT_EQ(levl.Take<uint32_t>(), 26u) << "seen from below";
-    EXPECT_EQ(levl.Take<uint32_t>(), 0u);
-    EXPECT_EQ(levl.Take<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);
+    // The strokes of the finer level were carried to this one, but not yet to level 0.
+    EXPECT_EQ(levl.Read<uint32_t>(), 26u) << "seen from below";
+    EXPECT_EQ(levl.Read<uint32_t>(), 0u);
+    EXPECT_EQ(levl.Read<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);
     levl.Skip(26 * 16 - 8);
     for (int neighbour = 0; neighbour < 2; ++neighbour) {
-        // All but vertex 0 were frozen since either neighbour looked.
-        EXPECT_EQ(levl.Take<uint32_t>(), 25u);
-        for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Take<uint32_t>(), v);
-        for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Take<uint8_t>(), 0u);
+        // All vertices except 0 were masked since either neighbouring level was updated.
+        EXPECT_EQ(levl.Read<uint32_t>(), 25u);
+        for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Read<uint32_t>(), v);
+        for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Read<uint8_t>(), 0u);
     }
     for (int i = 0; i < 3; ++i) EXPECT_EQ(levl.Text(), "") << "the node's texts";
-    EXPECT_EQ(levl.Take<uint8_t>(), 1u) << "visible";
-    EXPECT_EQ(levl.Take<uint8_t>(), 0u) << "locked";
-    EXPECT_EQ(levl.Take<uint8_t>(), 0u) << "hidden";
+    EXPECT_EQ(levl.Read<uint8_t>(), 1u) << "visible";
+    EXPECT_EQ(levl.Read<uint8_t>(), 0u) << "locked";
+    EXPECT_EQ(levl.Read<uint8_t>(), 0u) << "hidden";
     EXPECT_EQ(levl.Left(), 0u);
 }
 
-TEST_F(SceneLayout, ALayerHoldsItsTouchedVertices) {
+TEST_F(SceneLayout, LayerHasItsTouchedVertices) {
     const auto chunk = std::find_if(scene.chunks.begin(), scene.chunks.end(), [](const auto& one) {
         return one.name == "LAYR" && NumberAt<uint32_t>(one.content, 0) == 2;
     });
     ASSERT_NE(chunk, scene.chunks.end());
-    Taker layr(chunk->content);
-    EXPECT_EQ(layr.Take<uint32_t>(), 2u);
+    ChunkReader layr(chunk->content);
+    EXPECT_EQ(layr.Read<uint32_t>(), 2u);
     EXPECT_EQ(layr.Text(), "fine");
-    EXPECT_EQ(layr.Take<float>(), 0.5f);
-    EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "writable";
-    EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "active";
-    EXPECT_EQ(layr.Take<uint8_t>(), 1u) << "visible";
-    const auto count = layr.Take<uint32_t>();
+    EXPECT_EQ(layr.Read<float>(), 0.5f);
+    EXPECT_EQ(layr.Read<uint8_t>(), 1u) << "writable";
+    EXPECT_EQ(layr.Read<uint8_t>(), 1u) << "active";
+    EXPECT_EQ(layr.Read<uint8_t>(), 1u) << "visible";
+    const auto count = layr.Read<uint32_t>();
     EXPECT_GT(count, 10u);
     EXPECT_EQ(layr.Left(), count * 40u);
 }
 
-TEST_F(SceneLayout, TheGroundHoldsWhatLiesUnderTheLayers) {
-    Taker ground(scene.Chunk("LGND").content);
-    ground.Take<uint32_t>();
-    const auto knots = ground.Take<uint32_t>();
+TEST_F(SceneLayout, GroundChunkHasTheLayerBase) {
+    ChunkReader ground(scene.Chunk("LGND").content);
+    ground.Read<uint32_t>();
+    const auto knots = ground.Read<uint32_t>();
     ground.Skip(knots * 40u);
-    const auto normals = ground.Take<uint32_t>();
+    const auto normals = ground.Read<uint32_t>();
     EXPECT_EQ(ground.Left(), normals * 24u);
 }
 
-TEST_F(SceneLayout, TheBrushHoldsItsToolsTheActiveOneLast) {
-    Taker brsh(scene.Chunk("BRSH").content);
+TEST_F(SceneLayout, BrushHasItsToolsWithTheActiveOneLast) {
+    ChunkReader brsh(scene.Chunk("BRSH").content);
     EXPECT_EQ(brsh.Text(), "SwiftStroke");
-    const auto count = brsh.Take<uint32_t>();
+    const auto count = brsh.Read<uint32_t>();
     std::vector<std::string> tools;
     std::string data;
     for (uint32_t i = 0; i < count; ++i) {
@@ -219,49 +218,49 @@ TEST_F(SceneLayout, TheBrushHoldsItsToolsTheActiveOneLast) {
         if (tools.back() == "Wax") ExpectWax(data);
     }
     EXPECT_THAT(tools, testing::ElementsAre("Sculpt", "Flatten", "Wax", "Bulge"));
-    EXPECT_EQ(brsh.Take<uint8_t>(), 0u) << "facing";
-    EXPECT_EQ(brsh.Take<float>(), 0.0f);
-    EXPECT_EQ(brsh.Take<float>(), 90.0f);
-    EXPECT_EQ(brsh.Take<uint8_t>(), 0u) << "screen space";
-    EXPECT_EQ(brsh.Take<int32_t>(), 0) << "kept to its mesh";
+    EXPECT_EQ(brsh.Read<uint8_t>(), 0u) << "facing";
+    EXPECT_EQ(brsh.Read<float>(), 0.0f);
+    EXPECT_EQ(brsh.Read<float>(), 90.0f);
+    EXPECT_EQ(brsh.Read<uint8_t>(), 0u) << "screen space";
+    EXPECT_EQ(brsh.Read<int32_t>(), 0) << "locked to its mesh";
     EXPECT_EQ(brsh.Left(), 0u);
 }
 
-TEST_F(SceneLayout, SettingsHoldViewStrokesAndMirrors) {
-    Taker sett(scene.Chunk("SETT").content);
-    EXPECT_EQ(sett.Take<float>(), 4.0f);
+TEST_F(SceneLayout, SettingsHaveViewStrokesAndMirrors) {
+    ChunkReader sett(scene.Chunk("SETT").content);
+    EXPECT_EQ(sett.Read<float>(), 4.0f);
     sett.Skip(32);
-    EXPECT_EQ(sett.Take<float>(), 50.0f);
-    EXPECT_EQ(sett.Take<int32_t>(), 320);
-    EXPECT_EQ(sett.Take<int32_t>(), 720);
-    EXPECT_EQ(sett.Take<float>(), 0.75f);
-    EXPECT_EQ(sett.Take<float>(), 0.125f);
-    EXPECT_EQ(sett.Take<uint64_t>(), 77u) << "seed";
-    EXPECT_EQ(sett.Take<uint64_t>(), 5u) << "strokes begun";
-    EXPECT_EQ(sett.Take<int32_t>(), document->Settings().mirrorMode);
-    ASSERT_EQ(sett.Take<uint32_t>(), 3u);
-    EXPECT_EQ(sett.Take<float>(), -1.0f) << "x is mirrored first";
+    EXPECT_EQ(sett.Read<float>(), 50.0f);
+    EXPECT_EQ(sett.Read<int32_t>(), 320);
+    EXPECT_EQ(sett.Read<int32_t>(), 720);
+    EXPECT_EQ(sett.Read<float>(), 0.75f);
+    EXPECT_EQ(sett.Read<float>(), 0.125f);
+    EXPECT_EQ(sett.Read<uint64_t>(), 77u) << "seed";
+    EXPECT_EQ(sett.Read<uint64_t>(), 5u) << "strokes begun";
+    EXPECT_EQ(sett.Read<int32_t>(), document->Settings().mirrorMode);
+    ASSERT_EQ(sett.Read<uint32_t>(), 3u);
+    EXPECT_EQ(sett.Read<float>(), -1.0f) << "x is mirrored first";
     EXPECT_EQ(sett.Left(), 3u * 64u - 4u);
 }
 
-TEST_F(SceneLayout, ThePenHoldsCurvesTiltChanceAndAirbrush) {
-    Taker pens(scene.Chunk("PENS").content);
-    ASSERT_EQ(pens.Take<uint32_t>(), 3u) << "the curve for strength";
+TEST_F(SceneLayout, PenHasCurvesTiltRandomnessAndAirbrush) {
+    ChunkReader pens(scene.Chunk("PENS").content);
+    ASSERT_EQ(pens.Read<uint32_t>(), 3u) << "the curve for strength";
     for (const float number : {0.0f, 0.125f, 0.5f, 0.25f, 1.0f, 1.0f})
-        EXPECT_EQ(pens.Take<float>(), number);
-    EXPECT_EQ(pens.Take<uint32_t>(), 0u) << "no curve for size";
-    EXPECT_EQ(pens.Take<float>(), 0.375f) << "chance";
-    EXPECT_EQ(pens.Take<uint8_t>(), 1u) << "the tilt turns the stamp";
-    EXPECT_EQ(pens.Take<float>(), 1.5f);
-    EXPECT_EQ(pens.Take<float>(), -0.5f);
-    EXPECT_EQ(pens.Take<float>(), 0.0f) << "pixels";
-    EXPECT_EQ(pens.Take<float>(), 30.0f) << "dabs a second";
+        EXPECT_EQ(pens.Read<float>(), number);
+    EXPECT_EQ(pens.Read<uint32_t>(), 0u) << "no curve for size";
+    EXPECT_EQ(pens.Read<float>(), 0.375f) << "chance";
+    EXPECT_EQ(pens.Read<uint8_t>(), 1u) << "the tilt rotates the stamp";
+    EXPECT_EQ(pens.Read<float>(), 1.5f);
+    EXPECT_EQ(pens.Read<float>(), -0.5f);
+    EXPECT_EQ(pens.Read<float>(), 0.0f) << "pixels";
+    EXPECT_EQ(pens.Read<float>(), 30.0f) << "dabs per second";
     EXPECT_EQ(pens.Left(), 0u);
 }
 
-TEST_F(SceneLayout, TheFreezeBrushHoldsItsSettings) {
-    Taker brush(scene.Chunk("FRZB").content);
-    EXPECT_EQ(brush.Take<uint8_t>(), 0u) << "another one is at work";
+TEST_F(SceneLayout, FreezeBrushHasItsSettings) {
+    ChunkReader brush(scene.Chunk("FRZB").content);
+    EXPECT_EQ(brush.Read<uint8_t>(), 0u) << "another brush is active";
     const std::string data = brush.Text();
     // Three texts, size, direction, smoothing, steady stroke, spacing, flags, stamp, fade.
     const std::size_t strength = 3 * 4 + 4 + 4 + 5 + 5 + 8 + 3 + 8 + 5;

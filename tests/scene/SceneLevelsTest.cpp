@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Scenes whose levels were edited at several resolutions, deleted, or rebuilt.
+/// \file Scenes whose levels were edited at several resolutions, deleted, or rebuilt.
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
 
@@ -16,9 +15,9 @@ protected:
         document.Save(folder.Path("scene.trovik"));
         return Document::OpenScene(folder.Path("scene.trovik"));
     }
-    /// Saves now, goes on with both, and compares.
-    template <typename GoOn>
-    void ExpectSameBits(Document& document, GoOn goOn) {
+    /// Saves, continues with both documents, and compares them.
+    template <typename Continue>
+    void ExpectSameBits(Document& document, Continue goOn) {
         auto read = Reopen(document);
         EXPECT_TRUE(StateOf(*read, folder) == StateOf(document, folder)) << "as read";
         goOn(document);
@@ -35,7 +34,7 @@ void UpAndDown(Document& document) {
     }
 }
 
-TEST_F(SceneLevels, WhatWaitsInBothDirectionsIsCarriedToTheSameBits) {
+TEST_F(SceneLevels, PendingChangesInBothDirectionsAreCarriedToTheSameBits) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         auto document = RefinedDocument(folder, zoo.mesh);
@@ -46,7 +45,7 @@ TEST_F(SceneLevels, WhatWaitsInBothDirectionsIsCarriedToTheSameBits) {
     }
 }
 
-TEST_F(SceneLevels, DeletedAndRebuiltLevelsGoOnToTheSameBitsAndResetGoesBackToTheImport) {
+TEST_F(SceneLevels, DeletedAndRebuiltLevelsContinueToTheSameBitsAndResetRestoresTheImport) {
     for (const ZooMesh& zoo : {ZooMesh{"stepped box", SteppedBox()},
                                ZooMesh{"icosahedron", Icosahedron()},
                                ZooMesh{"n-gons", NgonMix()}}) {
@@ -72,7 +71,7 @@ TEST_F(SceneLevels, DeletedAndRebuiltLevelsGoOnToTheSameBitsAndResetGoesBackToTh
     }
 }
 
-TEST_F(SceneLevels, LayersOfDeletedLevelsAreNotSavedAndComeBackByUndo) {
+TEST_F(SceneLevels, LayersOfDeletedLevelsAreNotSavedAndAreRestoredByUndo) {
     auto document = DocumentOn(folder, Cube());
     document->Subdivide();
     document->SelectTool("Sculpt");
@@ -88,7 +87,7 @@ TEST_F(SceneLevels, LayersOfDeletedLevelsAreNotSavedAndComeBackByUndo) {
     EXPECT_TRUE(StateOf(*document, folder) == before);
     ASSERT_TRUE(document->Undo());
     EXPECT_EQ(document->ActiveLayer()->Name(), "fine");
-    // When the step is dropped, the level goes with its layer.
+    // When the step is dropped, the level and its layer are freed.
     document->BindLevel(0);
     ASSERT_TRUE(document->DeleteLevels(false));
     document->Geometry().History().Clear();
@@ -97,14 +96,14 @@ TEST_F(SceneLevels, LayersOfDeletedLevelsAreNotSavedAndComeBackByUndo) {
     EXPECT_EQ(Reopen(*document)->Geometry().LevelCount(), 2u);
 }
 
-TEST_F(SceneLevels, StrokesAfterDeletingAndRebuildingAreThoseOfAFreshMesh) {
+TEST_F(SceneLevels, StrokesAfterDeletingAndRebuildingEqualThoseOfANewMesh) {
     auto document = DocumentOn(folder, Icosahedron());
     document->Subdivide();
     document->SelectTool("Sculpt");
     StrokeOver(*document, {0}, 0.5f);
     ASSERT_TRUE(document->DeleteLevels(true));
     StrokeOver(*document, {4}, 0.5f);
-    // A triangle base again: the patches' table on level 1 was made for other numbers.
+    // The base has triangles again; the patch table on level 1 was made for another numbering.
     document->Unsubdivide();
     EXPECT_EQ(document->Geometry().Level(0)->CornersPerFace(), 3u);
     StrokeOver(*document, {7}, 0.5f);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Scenes of older formats and classes, and scenes with what this program does not know.
+/// \file Scenes of older formats and classes, and scenes with unknown content.
 #include "framework/errors/HostError.h"
 #include "framework/mesh/LevelPositions.h"
 #include "tests/meshes/MeshZoo.h"
@@ -33,7 +32,7 @@ protected:
             document->Brush().AttributeByName(QString::fromLatin1(name)))
             ->SetValue(on, true);
     }
-    /// Replaces a text of the same length in a chunk, and mends the checksums.
+    /// Replaces a text of the same length in a chunk, and updates the checksums.
     void Replace(const std::string& chunkName, const std::string& from, const std::string& to) {
         const std::string bytes = TemporaryFolder::Content(path);
         RawScene scene = SplitScene(bytes);
@@ -57,7 +56,7 @@ protected:
     std::unique_ptr<Document> document;
 };
 
-TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapAndTheNextStrokeMakesOne) {
+TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapUntilTheNextStroke) {
     const auto table = PatchTable(*document->Geometry().Level(0));
     ASSERT_EQ(table.size(), 60u);
     auto read = ReopenUnder(SceneStream(327));
@@ -67,20 +66,21 @@ TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapAndTheNextStrokeMakesOne) {
     EXPECT_TRUE(PatchTable(base).empty());
     StrokeOver(*read, {1}, 1.0f);
     EXPECT_EQ(PatchTable(base), table);
-    EXPECT_EQ(base.FirstChild()->NextSibling(), nullptr) << "the empty map is gone";
+    EXPECT_EQ(base.FirstChild()->NextSibling(), nullptr) << "the empty map is removed";
 }
 
-TEST_F(OldScene, BeforeFormat328GoesOnToTheSameBits) {
+TEST_F(OldScene, BeforeFormat328ContinuesToTheSameBits) {
     auto read = ReopenUnder(SceneStream(327));
     for (Document* each : {document.get(), read.get()}) StrokeOver(*each, {1, 7}, 1.5f);
-    // But for what level 0 knows of the level at work, which formats below 331 do not tell.
+    // Except for the state of the current level that level 0 has seen, which formats below 331 do
+    // not store.
     document->WriteScene(path, SceneStream(330));
     const std::string expected = TemporaryFolder::Content(path);
     read->WriteScene(path, SceneStream(330));
     EXPECT_TRUE(TemporaryFolder::Content(path) == expected);
 }
 
-TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
+TEST_F(OldScene, BeforeFormat331NoChangesArePendingDownwards) {
     ASSERT_FALSE(document->Geometry().Seen(1).fromBelow.vertices.empty());
     auto read = ReopenUnder(SceneStream(330));
     const LevelMesh& base = *read->Geometry().Level(0);
@@ -89,10 +89,11 @@ TEST_F(OldScene, BeforeFormat331NothingWaitsToBeCarriedDown) {
     for (uint32_t v = 0; v < base.VertexCount(); ++v) EXPECT_EQ(base.Position(v), before[v]);
 }
 
-TEST_F(OldScene, FromFormat328OnTheTableOfTheFileIsTrusted) {
+TEST_F(OldScene, FromFormat328OnTheTableInTheFileIsUsed) {
     for (const uint32_t format : {328u, SceneStream::currentFormat}) {
         document->WriteScene(path, SceneStream(format));
-        // Another order within the first row is as good a table, and not what a new map would hold.
+        // Another order within the first row is equally valid, and differs from a newly built
+        // table.
         const auto table = PatchTable(*document->Geometry().Level(0));
         auto other = table;
         std::swap(other[0], other[1]);
@@ -108,7 +109,7 @@ TEST_F(OldScene, FromFormat328OnTheTableOfTheFileIsTrusted) {
     }
 }
 
-TEST_F(OldScene, ATableThatDoesNotFitTheMeshIsRefused) {
+TEST_F(OldScene, TableThatDoesNotMatchTheMeshIsRefused) {
     document->Save(path);
     const auto table = PatchTable(*document->Geometry().Level(0));
     const std::string row = BytesOf(uint32_t{60}) + BytesOf(table[0]);
@@ -123,7 +124,7 @@ TEST_F(OldScene, ATableThatDoesNotFitTheMeshIsRefused) {
                 HasSubstr("a table of 59 entries does not match 6 faces"));
 }
 
-TEST_F(OldScene, ClassVersionZeroOfTheBrushKeepsTheDefaultsOfWhatItLacks) {
+TEST_F(OldScene, BrushOfClassVersionZeroKeepsDefaultsForMissingValues) {
     document->SelectTool("Flatten");
     SetFlag("affectalllayers", false);
     SetFlag("globalplane", true);
@@ -138,14 +139,14 @@ TEST_F(OldScene, ClassVersionZeroOfTheBrushKeepsTheDefaultsOfWhatItLacks) {
     EXPECT_TRUE(Flag(*read, "updateplane"));
     EXPECT_TRUE(Flag(*read, "bilinearsample"));
     EXPECT_EQ(read->Brush().BrushStrengthBias(), 12.0f);
-    // Under its present version all are there.
+    // With the current version all values are read.
     read = ReopenUnder(SceneStream());
     EXPECT_FALSE(Flag(*read, "affectalllayers"));
     EXPECT_TRUE(Flag(*read, "globalplane"));
     EXPECT_FALSE(Flag(*read, "updateplane"));
 }
 
-TEST_F(OldScene, ANewerFormatIsRefused) {
+TEST_F(OldScene, NewerFormatIsRefused) {
     document->WriteScene(path, SceneStream(SceneStream::currentFormat + 1));
     EXPECT_EQ(MessageOf<HostError>([&] { Document::OpenScene(path); }),
               path +
@@ -153,7 +154,7 @@ TEST_F(OldScene, ANewerFormatIsRefused) {
                   "up to 334");
 }
 
-TEST_F(OldScene, ANewerClassIsRefused) {
+TEST_F(OldScene, NewerClassIsRefused) {
     SceneStream header;
     header.SetClassVersion(document->Brush().RuntimeClass(), 2);
     document->WriteScene(path, header);
@@ -175,7 +176,7 @@ public:
 };
 const ClassDesc* Numbered::registered = nullptr;
 
-TEST_F(OldScene, NodesOfAnyClassAreKeptAndThoseOfAnAbsentOneLeftOut) {
+TEST_F(OldScene, NodesOfKnownClassesAreReadAndOthersSkipped) {
     {
         const ClassDesc desc(
             TreeNode::StaticClass(),
@@ -225,7 +226,7 @@ TEST_F(OldScene, BeforeFormat332PenAndFreezeBrushHaveTheirDefaults) {
     EXPECT_EQ(read->Brush().BrushStrength(), 100.0f);
 }
 
-TEST_F(OldScene, ARenamedClassOfTheBrushLeavesItsSettingsOutAndTheMeshIn) {
+TEST_F(OldScene, UnknownBrushClassSkipsItsSettingsAndReadsTheMesh) {
     document->Save(path);
     Replace("BRSH", "SwiftStroke", "QuickStroke");
     auto read = Document::OpenScene(path);
@@ -236,7 +237,7 @@ TEST_F(OldScene, ARenamedClassOfTheBrushLeavesItsSettingsOutAndTheMeshIn) {
                             "are skipped"));
 }
 
-TEST_F(OldScene, AToolThatTheBrushDoesNotHaveIsLeftOut) {
+TEST_F(OldScene, UnknownToolIsSkipped) {
     document->Save(path);
     Replace("BRSH", "Flatten", "Flattem");
     auto read = Document::OpenScene(path);
@@ -246,7 +247,7 @@ TEST_F(OldScene, AToolThatTheBrushDoesNotHaveIsLeftOut) {
         ElementsAre("settings of the tool Flattem, which the brush does not have, are skipped"));
 }
 
-TEST_F(OldScene, AnUnknownChunkIsLeftOut) {
+TEST_F(OldScene, UnknownChunkIsSkipped) {
     document->Save(path);
     const std::string bytes = TemporaryFolder::Content(path);
     RawScene scene = SplitScene(bytes);

@@ -26,7 +26,7 @@ class DecimalComma : public std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-/// A document, saved and opened again.
+/// A document that is saved and opened again.
 class SceneRoundTrip : public ::testing::Test {
 protected:
     std::unique_ptr<Document> Reopen(Document& document) {
@@ -38,7 +38,7 @@ protected:
     std::string path;
 };
 
-TEST_F(SceneRoundTrip, BringsEveryLevelBackBitForBit) {
+TEST_F(SceneRoundTrip, RestoresEveryBitOfEveryLevel) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         auto document = RefinedDocument(folder, zoo.mesh);
@@ -64,7 +64,7 @@ TEST_F(SceneRoundTrip, BringsEveryLevelBackBitForBit) {
     }
 }
 
-TEST_F(SceneRoundTrip, KeepsTheDataOfApplications) {
+TEST_F(SceneRoundTrip, KeepsApplicationData) {
     auto document = DocumentOn(folder, Cube());
     const ApplicationData data = {
         {"studio/bookmarks", {0, 255, 7}}, {"studio/empty", {}}, {"other", {1}}};
@@ -75,7 +75,7 @@ TEST_F(SceneRoundTrip, KeepsTheDataOfApplications) {
     EXPECT_EQ(Reopen(*read)->Settings().applicationData, data) << "saved again by another program";
 }
 
-TEST_F(SceneRoundTrip, RefusesApplicationDataThatCouldNotBeReadAgain) {
+TEST_F(SceneRoundTrip, RefusesUnreadableApplicationData) {
     auto document = DocumentOn(folder, Cube());
     const std::string file = folder.Path("scene.trovik");
     document->Save(file);
@@ -101,7 +101,7 @@ TEST_F(SceneRoundTrip, KeepsTheSignOfZeroAndTheSmallestNumbers) {
     EXPECT_EQ(found.z, -std::numeric_limits<float>::max());
 }
 
-TEST_F(SceneRoundTrip, BringsFreezeBytesFaceFlagsAndLocksOfEachLevel) {
+TEST_F(SceneRoundTrip, RestoresMasksFaceFlagsAndLocksOfEachLevel) {
     auto document = RichDocument(folder);
     LevelMesh& fine = *document->Geometry().Level(2);
     fine.faceFlags[7] = 0;
@@ -123,14 +123,14 @@ TEST_F(SceneRoundTrip, BringsFreezeBytesFaceFlagsAndLocksOfEachLevel) {
     EXPECT_FALSE(read->Geometry().Level(2)->IsLockable());
 }
 
-TEST_F(SceneRoundTrip, BringsTheBoundLevelAndWhatIsStillToBeCarriedUp) {
+TEST_F(SceneRoundTrip, RestoresTheBoundLevelAndPendingChanges) {
     auto document = RichDocument(folder);
     auto read = Reopen(*document);
     EXPECT_EQ(read->Geometry().BoundIndex(), 1u);
     const SeenDifferences seen = document->Geometry().Seen(1).fromAbove;
     const SeenDifferences seenOfRead = read->Geometry().Seen(1).fromAbove;
     ASSERT_TRUE(seen.kept);
-    ASSERT_FALSE(seen.vertices.empty()) << "something is to be carried";
+    ASSERT_FALSE(seen.vertices.empty()) << "some changes are pending";
     EXPECT_TRUE(seenOfRead.kept);
     ASSERT_EQ(seenOfRead.vertices, seen.vertices);
     EXPECT_TRUE(
@@ -138,7 +138,7 @@ TEST_F(SceneRoundTrip, BringsTheBoundLevelAndWhatIsStillToBeCarriedUp) {
     EXPECT_FALSE(read->Geometry().Seen(2).fromAbove.kept);
 }
 
-TEST_F(SceneRoundTrip, BringsTheTransformation) {
+TEST_F(SceneRoundTrip, RestoresTheTransform) {
     auto document = RichDocument(folder);
     auto read = Reopen(*document);
     const Placement& a = document->Geometry().Place();
@@ -148,13 +148,13 @@ TEST_F(SceneRoundTrip, BringsTheTransformation) {
     Vector scale;
     b.Scale(&scale);
     EXPECT_EQ(scale, Vector(2.0f, 1.5f, 1.0f));
-    // An axis scaled to nothing has a way back that the matrix alone does not tell.
+    // With an axis scaled to zero, the inverse does not follow from the matrix alone.
     document->Geometry().Place().Set({1.0f, 0.0f, 1.0f}, {}, {});
     read = Reopen(*document);
     EXPECT_EQ(read->Geometry().Place().ToLocal(), a.ToLocal());
 }
 
-TEST_F(SceneRoundTrip, BringsLayersWithNameStrengthLockAndOffsets) {
+TEST_F(SceneRoundTrip, RestoresLayersWithNameStrengthLockAndOffsets) {
     auto document = RichDocument(folder);
     auto read = Reopen(*document);
     EXPECT_EQ(read->ActiveLayer()->Name(), "coarse");
@@ -179,7 +179,7 @@ TEST_F(SceneRoundTrip, BringsLayersWithNameStrengthLockAndOffsets) {
     EXPECT_EQ(read->ActiveLayer()->Strength(), 1.0f);
 }
 
-TEST_F(SceneRoundTrip, BringsALevelWithoutAnActiveLayer) {
+TEST_F(SceneRoundTrip, RestoresALevelWithoutAnActiveLayer) {
     auto document = RichDocument(folder);
     document->SelectLayer("");
     auto read = Reopen(*document);
@@ -187,7 +187,7 @@ TEST_F(SceneRoundTrip, BringsALevelWithoutAnActiveLayer) {
     EXPECT_TRUE(read->SelectLayer("coarse"));
 }
 
-TEST_F(SceneRoundTrip, BringsTheSettingsOfAllTools) {
+TEST_F(SceneRoundTrip, RestoresTheSettingsOfAllTools) {
     auto document = RichDocument(folder);
     BrushOperation& a = document->Brush();
     auto read = Reopen(*document);
@@ -210,10 +210,10 @@ TEST_F(SceneRoundTrip, BringsTheSettingsOfAllTools) {
             EXPECT_EQ(same->AsString(), attribute->AsString()) << attribute->Name().toStdString();
         }
     }
-    EXPECT_EQ(a.BrushStrength(), 100.0f) << "Smooth came with its own defaults in both";
+    EXPECT_EQ(a.BrushStrength(), 100.0f) << "Smooth has its own defaults in both";
 }
 
-TEST_F(SceneRoundTrip, SavingLeavesTheBrushAsItWas) {
+TEST_F(SceneRoundTrip, SavingDoesNotChangeTheBrush) {
     auto document = RichDocument(folder);
     BrushOperation& brush = document->Brush();
     const auto stored = brush.Settings().stored;
@@ -238,7 +238,7 @@ TEST_F(SceneRoundTrip, DrawFromCenterIsNotStored) {
               QStringLiteral("true"));
 }
 
-TEST_F(SceneRoundTrip, BringsWhatBelongsToNoTool) {
+TEST_F(SceneRoundTrip, RestoresSettingsCommonToAllTools) {
     auto document = DocumentOn(folder, Cube());
     document->SelectTool("Sculpt");
     document->Brush().SetFalloffBasedOnFacingAngle(true, 20.0f, 40.0f);
@@ -255,7 +255,7 @@ TEST_F(SceneRoundTrip, BringsWhatBelongsToNoTool) {
     CheckableFloatArray::s_bActive = false;
 }
 
-TEST_F(SceneRoundTrip, BringsViewMirrorsRadiusAndSpacing) {
+TEST_F(SceneRoundTrip, RestoresViewMirrorsRadiusAndSpacing) {
     auto document = RichDocument(folder);
     auto read = Reopen(*document);
     const SceneSettings& a = document->Settings();
@@ -276,7 +276,7 @@ TEST_F(SceneRoundTrip, BringsViewMirrorsRadiusAndSpacing) {
     EXPECT_EQ(read->Brush().MirrorConfig().MirrorMode(), a.mirrorMode);
 }
 
-TEST_F(SceneRoundTrip, BringsNodesWithTheirData) {
+TEST_F(SceneRoundTrip, RestoresNodesWithTheirData) {
     auto document = RichDocument(folder);
     LevelMesh& base = *document->Geometry().Level(0);
     base.SetVisible(false);
@@ -292,7 +292,7 @@ TEST_F(SceneRoundTrip, BringsNodesWithTheirData) {
     EXPECT_TRUE(read->Notes().empty());
 }
 
-TEST_F(SceneRoundTrip, ResetGoesBackToTheImportedMesh) {
+TEST_F(SceneRoundTrip, ResetRestoresTheImportedMesh) {
     for (const ZooMesh& zoo : {ZooMesh{"cube", Cube()}, ZooMesh{"ngons", NgonMix()}}) {
         SCOPED_TRACE(zoo.name);
         auto document = DocumentOn(folder, zoo.mesh);
@@ -308,7 +308,7 @@ TEST_F(SceneRoundTrip, ResetGoesBackToTheImportedMesh) {
     }
 }
 
-TEST_F(SceneRoundTrip, TheUndoHistoryIsNotInIt) {
+TEST_F(SceneRoundTrip, UndoHistoryIsNotSaved) {
     auto document = RichDocument(folder);
     ASSERT_TRUE(document->Geometry().History().CanUndo());
     auto read = Reopen(*document);
@@ -316,13 +316,13 @@ TEST_F(SceneRoundTrip, TheUndoHistoryIsNotInIt) {
     EXPECT_EQ(read->Geometry().History().StepCount(), 0u);
 }
 
-TEST_F(SceneRoundTrip, TheLocaleDoesNotMatter) {
+TEST_F(SceneRoundTrip, DoesNotDependOnTheLocale) {
     auto document = RichDocument(folder);
     const std::string plain = StateOf(*document, folder);
     const std::locale before = std::locale::global(std::locale(std::locale(), new DecimalComma));
     const QLocale languageBefore;
     QLocale::setDefault(QLocale(QLocale::German));
-    // C library locales are those that are installed; none may be.
+    // C library locales have to be installed; possibly none is.
     std::setlocale(LC_ALL, "de_DE.UTF-8");
     auto read = Reopen(*document);
     const std::string again = StateOf(*read, folder);
@@ -332,7 +332,7 @@ TEST_F(SceneRoundTrip, TheLocaleDoesNotMatter) {
     EXPECT_EQ(again, plain);
 }
 
-TEST_F(SceneRoundTrip, AMeshThatLiesAtNoNumberIsRefusedAndTheOldFileStays) {
+TEST_F(SceneRoundTrip, MeshWithNaNIsRefusedAndTheOldFileStays) {
     auto document = DocumentOn(folder, Cube());
     const std::string file = folder.Path("scene.trovik");
     document->Save(file);
@@ -343,10 +343,10 @@ TEST_F(SceneRoundTrip, AMeshThatLiesAtNoNumberIsRefusedAndTheOldFileStays) {
         MessageOf<HostError>([&] { document->Save(file); }),
         file + ": the position of vertex 5 of level 0 is not finite; such a mesh cannot be saved");
     EXPECT_EQ(TemporaryFolder::Content(file), before);
-    EXPECT_EQ(folder.FileCount(), files) << "nothing is left beside the file";
+    EXPECT_EQ(folder.FileCount(), files) << "no other file is left";
 }
 
-TEST_F(SceneRoundTrip, AFolderThatIsNotThereIsAnErrorNamingTheFile) {
+TEST_F(SceneRoundTrip, MissingFolderIsAnErrorThatNamesTheFile) {
     auto document = DocumentOn(folder, Cube());
     const std::string file = folder.Path("none/scene.trovik");
     EXPECT_THAT(MessageOf<HostError>([&] { document->Save(file); }), testing::HasSubstr(file));

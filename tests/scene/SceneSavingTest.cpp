@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Saving when memory runs out: the old scene stays, nothing else does.
+/// \file Saving when memory runs out: the old scene is kept, and no other file is left.
 #include "framework/errors/HostError.h"
 #include "framework/io/DiskCalls.h"
 #include "tests/scene/AllocationCount.h"
@@ -12,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// A disk that never waits: the test saves hundreds of times.
+/// A disk that never waits, since the test saves hundreds of times.
 class QuickDisk : public DiskCalls {
 public:
     QuickDisk() { Use(this); }
@@ -22,9 +21,9 @@ public:
     int Sync(int) override { return 0; }
 };
 
-TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
+TEST(SceneSaving, KeepsTheOldSceneWhicheverAllocationIsRefused) {
 #ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "the sanitizer allocates for itself";
+    GTEST_SKIP() << "the sanitizer makes its own allocations";
 #endif
     const QuickDisk disk;
     const TemporaryFolder folder;
@@ -49,7 +48,8 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
         RefuseAllocation(0);
         if (!cameSoFar) break;
         ASSERT_EQ(folder.FileCount(), files) << number;
-        // A refusal that saving can do without, such as in the words of a check, is none.
+        // A refused allocation that saving does not need, such as the text of a check, is not an
+        // error.
         if (message.empty()) {
             folder.Fill("scene.trovik", "old");
             continue;
@@ -60,7 +60,7 @@ TEST(SceneSaving, LeavesTheOldSceneWhicheverAllocationIsRefused) {
         ASSERT_EQ(TemporaryFolder::Content(path), "old") << number;
     }
     EXPECT_GT(refusals, 50);
-    // All those failures have changed nothing of the document either.
+    // The failures have not changed the document, either.
     EXPECT_EQ(TemporaryFolder::Content(path), whole);
 }
 

@@ -40,7 +40,7 @@ TEST_F(CommandRunnerTest, RunsSteps) {
     EXPECT_EQ(document->Geometry().LevelCount(), 2u);
     Do(R"({"tool": "Wax", "set": {"strength": 55, "comment": "ignored"}})");
     EXPECT_EQ(document->State()->tool.name, "Wax");
-    EXPECT_EQ(document->State()->tool.strength, 55.0f) << "of the tool that the step selects";
+    EXPECT_EQ(document->State()->tool.strength, 55.0f) << "with the tool that the step selects";
     Do(R"({"comment": "nothing"})");
     Do(R"({"stroke": {"surface": [[0, 0, 1]]}})");
     EXPECT_EQ(document->HistoryPosition(), 2u);
@@ -51,7 +51,7 @@ TEST_F(CommandRunnerTest, RunsSteps) {
     EXPECT_THAT(runner->Context().written, testing::ElementsAre(folder.Path("out/a.ply")));
 }
 
-TEST_F(CommandRunnerTest, ErrorsNameThePlaceInTheStep) {
+TEST_F(CommandRunnerTest, ErrorsNameTheLocationInTheStep) {
     EXPECT_EQ(Refusal(R"({"set": {"raduis": 1}})"),
               options.name + ": /set/raduis: unknown setting; did you mean \"radius\"?");
     EXPECT_EQ(Refusal(R"({"undo": 1})"), options.name + ": /undo: there is nothing more to undo");
@@ -73,7 +73,7 @@ TEST_F(CommandRunnerTest, ErrorsNameThePlaceInTheStep) {
     EXPECT_EQ(document->HistoryPosition(), 0u);
 }
 
-TEST_F(CommandRunnerTest, RefusesWhatCannotRunDuringAStroke) {
+TEST_F(CommandRunnerTest, RefusesCommandsThatCannotRunDuringAStroke) {
     Do(R"({"stroke": {"surface": [[0, 0, 1]], "open": true}})");
     const std::string before = BitsOf(*document);
     EXPECT_EQ(Refusal(R"({"subdivide": 1})"),
@@ -101,7 +101,7 @@ TEST_F(CommandRunnerTest, EndsTheStrokeForApplications) {
     EXPECT_EQ(document->State()->history[0].label, "Sculpt");
 }
 
-TEST_F(CommandRunnerTest, AStepWithAWrongSampleChangesNothing) {
+TEST_F(CommandRunnerTest, StepWithAnInvalidSampleChangesNothing) {
     Do(R"({"stroke": {"surface": [[0, 0, 1]], "open": true}})");
     const std::string before = BitsOf(*document);
     EXPECT_THROW(Do(R"({"stroke": {"surface": [[0, 1, 0], [1, 0, 0, 2]], "continue": true}})"),
@@ -126,7 +126,7 @@ TEST_F(CommandRunnerTest, ReportsWarningsOfTheStep) {
     EXPECT_THAT(runner->Context().warnings, testing::IsEmpty());
 }
 
-// Steps, and live strokes between them, come back from the journal bit for bit.
+// Steps, and live strokes between them, are recovered from the journal bit for bit.
 TEST_F(CommandRunnerTest, WorkIsRecoveredFromTheJournal) {
     WriteMeshFile(folder.Path("sphere.ply"), SphereQuads(3));
     document = std::make_unique<Document>(folder.Path("sphere.ply"));
@@ -154,7 +154,7 @@ TEST_F(CommandRunnerTest, WorkIsRecoveredFromTheJournal) {
     Do(R"({"stroke": {"surface": [[1, 0, 0]]}})");
     const std::string expected = BitsOf(*document);
     const std::size_t position = document->HistoryPosition();
-    // As after a crash.
+    // The state after a crash.
     runner.reset();
     const RecoveredWork work = RedoJournal(journal.path);
     EXPECT_TRUE(BitsOf(work.runner->GetDocument()) == expected);
@@ -162,8 +162,8 @@ TEST_F(CommandRunnerTest, WorkIsRecoveredFromTheJournal) {
     EXPECT_GT(work.dabs, 4u);
 }
 
-// The document restarts the journal when it is saved, whoever saves it.
-TEST_F(CommandRunnerTest, ASaveRestartsTheJournal) {
+// The document restarts the journal at every save, whichever code saves it.
+TEST_F(CommandRunnerTest, SavingRestartsTheJournal) {
     WriteMeshFile(folder.Path("sphere.ply"), SphereQuads(3));
     document = std::make_unique<Document>(folder.Path("sphere.ply"));
     runner = std::make_unique<CommandRunner>(*document, options);

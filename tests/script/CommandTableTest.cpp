@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The table of commands and the schema of stroke scripts agree in both directions.
+/// \file The table of commands and the schema of stroke scripts agree in both directions.
 #include "framework/brushes/Falloff.h"
 #include "framework/script/Command.h"
 #include "framework/script/ScriptDocument.h"
@@ -28,7 +27,8 @@ const json& Resolved(const json& part) {
     return Resolved(Schema().at(json::json_pointer(reference->get<std::string>().substr(1))));
 }
 
-/// One way in which a part of the schema admits a value, in the words of FieldValue::Describe.
+/// One alternative that a part of the schema accepts for a value, in the notation of
+/// FieldValue::Describe.
 void AddAlternatives(const json& part, json& all);
 
 json AlternativesOf(const json& part) {
@@ -76,7 +76,7 @@ void AddAlternatives(const json& part, json& all) {
 
 bool Same(const json& described, const json& inSchema);
 
-/// Text is checked against the words of the schema, where there are some.
+/// If the schema lists words, the text is compared with them.
 bool SameAlternative(const json& described, const json& inSchema) {
     if (described == inSchema) return true;
     if (described == "string") return inSchema.is_object() && inSchema.contains("enum");
@@ -129,7 +129,7 @@ TEST(CommandTable, HasTheParametersOfTheSchema) {
     }
 }
 
-TEST(CommandTable, TheSchemaHasTheNamesOfFalloffsAndDirections) {
+TEST(CommandTable, SchemaHasTheNamesOfFalloffsAndDirections) {
     const json& definitions = Schema().at("definitions");
     EXPECT_EQ(definitions.at("falloff").at("anyOf").at(0).at("enum"), json(FalloffNames()));
     EXPECT_EQ(definitions.at("falloff").at("anyOf").at(1).at("maximum"), FalloffNames().size() - 1);
@@ -141,7 +141,7 @@ TEST(CommandTable, TheSchemaHasTheNamesOfFalloffsAndDirections) {
         json(std::vector<std::string>(std::begin(positioningNames), std::end(positioningNames))));
 }
 
-TEST(CommandTable, TheComparisonFindsDifferences) {
+TEST(CommandTable, ComparisonFindsDifferences) {
     const json described = FindCommand("symmetrize")->describe();
     json schema =
         AlternativesOf(Schema().at("definitions").at("step").at("properties").at("symmetrize"));
@@ -161,7 +161,7 @@ TEST(CommandTable, TheComparisonFindsDifferences) {
     EXPECT_FALSE(Same(FindCommand("freeze")->describe(), schema));
 }
 
-/// Steps in which every field of every command occurs.
+/// Steps that contain every field of every command.
 const char* const examples = R"([
     {"tool": "Wax"},
     {"set": {"radius": 0.3, "spacing": 12.5, "strength": 40, "falloff": "smooth",
@@ -267,7 +267,7 @@ const char* const examples = R"([
     {"save": "a.trovik"}
 ])";
 
-/// Numbers of single precision, and samples with their pressure, as Write gives them.
+/// Numbers in single precision, and samples with their pressure, in the form that Write produces.
 json InSinglePrecision(const json& value) {
     if (value.is_number_float()) return static_cast<double>(static_cast<float>(value));
     json all = value;
@@ -276,7 +276,7 @@ json InSinglePrecision(const json& value) {
     return all;
 }
 
-TEST(CommandTable, WritesWhatItReads) {
+TEST(CommandTable, WrittenStepsEqualReadSteps) {
     std::set<std::string> seen;
     for (const json& step : json::parse(examples)) {
         ASSERT_NO_THROW(CheckStep(step, step.dump()));
@@ -295,7 +295,7 @@ TEST(CommandTable, WritesWhatItReads) {
     EXPECT_EQ(seen.size(), Commands().size());
 }
 
-/// The fields that the examples have, below their command.
+/// The fields in the examples, by command.
 void CollectFields(const json& value, const std::string& prefix, std::set<std::string>& fields) {
     if (!value.is_object()) {
         if (value.is_array())
@@ -320,8 +320,8 @@ void CollectDescribed(const json& all, const std::string& prefix, std::set<std::
     }
 }
 
-// A field that is added to a command without an example here would not be seen to be written.
-TEST(CommandTable, TheExamplesHaveEveryField) {
+// Without an example, the writing of a new field would not be tested.
+TEST(CommandTable, ExamplesHaveEveryField) {
     std::set<std::string> inExamples, described;
     for (const json& step : json::parse(examples)) CollectFields(step, "", inExamples);
     for (const CommandEntry& entry : Commands()) {
@@ -329,7 +329,7 @@ TEST(CommandTable, TheExamplesHaveEveryField) {
         described.insert(prefix);
         CollectDescribed(entry.describe(), prefix, described);
     }
-    // The camera of a picture is that of the step "camera".
+    // The camera of a render step has the fields of the step "camera".
     for (const char* field : {"eye", "target", "up", "fieldOfView", "width", "height"})
         inExamples.insert(std::string("/picture/camera/") + field);
     EXPECT_EQ(inExamples, described);
@@ -338,7 +338,7 @@ TEST(CommandTable, TheExamplesHaveEveryField) {
 TEST(CommandTable, TraitsAreConsistent) {
     for (const CommandEntry& entry : Commands()) {
         SCOPED_TRACE(entry.traits.name);
-        // What is journaled has to be repeated; what only writes files need not be.
+        // Journaled commands have to be repeatable; commands that only write files do not.
         if (!entry.traits.isJournaled) {
             EXPECT_TRUE(entry.traits.writesFiles);
         }

@@ -36,7 +36,7 @@ protected:
     const ShippedStamp& Stamp() const { return ShippedStamps()[GetParam()]; }
 };
 
-TEST_P(EachStamp, PaintedAnewEqualsTheShippedFileBitForBit) {
+TEST_P(EachStamp, PaintedAgainIsBitIdenticalToTheShippedFile) {
     const TemporaryFolder folder;
     WriteStamp(Stamp(), folder.Path("anew"));
     const FloatImage anew = ReadImageFile(folder.Path("anew/" + std::string(Stamp().path)));
@@ -67,7 +67,7 @@ TEST_P(EachStamp, BordersAreExactlyNeutral) {
     }
 }
 
-TEST_P(EachStamp, HoldsTheKindOfValuesThatItsUseAsksFor) {
+TEST_P(EachStamp, HasTheKindOfValuesForItsUse) {
     const FloatImage image = ReadImageFile(ShippedPath(Stamp()));
     const auto [low, high] = std::minmax_element(image.pixels.begin(), image.pixels.end());
     switch (Stamp().file) {
@@ -87,14 +87,15 @@ TEST_P(EachStamp, HoldsTheKindOfValuesThatItsUseAsksFor) {
         case StampFile::Vectors:
             EXPECT_EQ(3u, image.channels);
             EXPECT_TRUE(image.isFloat);
-            // By this mark in the name a tool knows a vector displacement map.
+            // Tools recognise a vector displacement map by this suffix in its name.
             EXPECT_NE(std::string::npos, std::string(Stamp().path).find("_vdm"));
             break;
     }
 }
 
-/// What no height map can do: two places of the map end one above the other. The map is walked as
-/// a surface of quads; seen from above, some of them must face away.
+/// A property that no height map can have: two points of the map are displaced to positions one
+/// above the other. The map is treated as a surface of quads; seen from above, some of them must
+/// face away.
 TEST_P(EachStamp, OverhangsIfItIsAVectorMap) {
     if (Stamp().file != StampFile::Vectors) return;
     const FloatImage image = ReadImageFile(ShippedPath(Stamp()));
@@ -112,7 +113,7 @@ TEST_P(EachStamp, OverhangsIfItIsAVectorMap) {
             if (rightX * downY - rightY * downX < 0.0) ++facingAway;
         }
     }
-    // More than two in a hundred of all.
+    // More than two per cent of all quads.
     EXPECT_GT(facingAway, image.pixels.size() / 3 / 50);
 }
 
@@ -126,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
-TEST(ShippedStamps, AreTheFilesThatTheToolsName) {
+TEST(ShippedStamps, AreTheFilesThatTheToolsUse) {
     std::vector<std::string> paths;
     for (const ShippedStamp& stamp : ShippedStamps()) paths.emplace_back(stamp.path);
     for (const char* named : {"Stamps/bw_brickTile.tif",
@@ -136,7 +137,7 @@ TEST(ShippedStamps, AreTheFilesThatTheToolsName) {
         EXPECT_EQ(1, std::count(paths.begin(), paths.end(), named)) << named;
 }
 
-TEST(ShippedStamps, FolderHoldsNothingThatIsNotPainted) {
+TEST(ShippedStamps, FolderHasOnlyPaintedStamps) {
     std::size_t files = 0;
     std::uintmax_t bytes = 0;
     for (const auto& entry : std::filesystem::directory_iterator(ShippedFolder() + "/Stamps")) {
@@ -159,7 +160,7 @@ TEST(KnifeStamp, DabsAtAQuarterOfItsSideMakeAnEvenGroove) {
     EXPECT_LT(depth(0), -1.5f);
 }
 
-TEST(BrickStamp, SlopesAreNoSteeperAcrossItsSeamsThanWithin) {
+TEST(BrickStamp, SlopesAcrossItsSeamsAreNotSteeperThanWithin) {
     const FloatImage brick = ReadImageFile(ShippedPath(StampAt("Stamps/bw_brickTile.tif")));
     const std::uint32_t last = brick.width - 1;
     for (std::uint32_t i = 0; i <= last; ++i) {
@@ -177,7 +178,7 @@ TEST(LatticeNoise, RepeatsAfterItsPeriodAndIsZeroOnTheLattice) {
     EXPECT_DOUBLE_EQ(CellDistance(p, 7, 3u), CellDistance({p.x - 7.0, p.y + 7.0}, 7, 3u));
 }
 
-TEST(StableArithmetic, SineEqualsTheLibrarysAsFarAsFloatsTell) {
+TEST(StableArithmetic, SineEqualsTheLibrarySineInFloatPrecision) {
     for (int i = -64; i <= 64; ++i) {
         const double turns = i / 32.0;
         EXPECT_NEAR(std::sin(turns * 6.283185307179586), SineOfTurns(turns), 1e-11) << turns;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The mirrored side of a topological mirror reads the stamp where the vertex's mirror image lies.
+/// \file The mirrored side of a topological mirror reads the stamp at the position of the vertex's
+/// mirror image.
 #include "tests/stamps/StampBench.h"
 #include "tests/stroke/FakeMesh.h"
 
@@ -10,8 +10,8 @@
 namespace trovik::test {
 namespace {
 
-/// Three vertices of one triangle at (0, 0), (1, 1) and (2, 4); the mirror swaps the outer two. Its
-/// walk visits all three.
+/// Three vertices of one triangle at (0, 0), (1, 1) and (2, 4); the mirror swaps the first and the
+/// last. Its walk visits all three.
 class MirrorLevel : public FakeLevel {
 public:
     using FakeLevel::FakeLevel;
@@ -56,7 +56,7 @@ public:
 class MirroredStamp : public ::testing::Test {
 protected:
     MirroredStamp() {
-        // Pixel k lies at x = k; the pixels' heights tell which one was read.
+        // Pixel k is at x = k; the heights identify the pixel that was read.
         GiveStamp(brush, QStringLiteral("plain"), 3, 1, {1.0f, 2.0f, 4.0f});
         Matrix& m = brush.Settings().stampMatrix;
         m.m[1][1] = 0.0f;
@@ -71,7 +71,7 @@ protected:
     void Begin() {
         brush.BeginStroke(&level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     }
-    /// A dab over everything, without pressure, so that nothing builds up.
+    /// A dab over everything, without pressure, so that there is no build-up.
     void Dab(bool mirroredPass) {
         SurfacePoint hit;
         hit.mesh = &level;
@@ -80,7 +80,7 @@ protected:
         AxisAlignedBoundingBox box;
         brush.ApplyDab(hit, {}, 100.0f, 0.0f, 1.0f, box);
     }
-    /// Into a mirrored pass, with nothing between the test and the step of one vertex.
+    /// Starts a mirrored pass directly before the step of one vertex.
     void EnterMirroredPass() {
         brush.mirrorPass = 1;
         brush.dabStamp = level.visitStamp;
@@ -108,35 +108,35 @@ protected:
     SwiftStroke& brush = *bench.brush;
 };
 
-TEST_F(MirroredStamp, MainPassReadsWhereTheVertexLies) {
+TEST_F(MirroredStamp, MainPassReadsAtTheVertex) {
     EXPECT_EQ(HeightsAfter(false), (std::vector<float>{1.0f, 2.0f, 4.0f}));
     EXPECT_TRUE(level.asked.empty());
 }
 
-TEST_F(MirroredStamp, MirroredPassReadsWhereTheMirrorImageLies) {
+TEST_F(MirroredStamp, MirroredPassReadsAtTheMirrorImage) {
     EXPECT_EQ(HeightsAfter(true), (std::vector<float>{4.0f, 2.0f, 1.0f}));
     EXPECT_EQ(level.asked,
               (std::vector<std::pair<uint32_t, uint32_t>>{{0u, 0u}, {0u, 1u}, {0u, 2u}}));
 }
 
-TEST_F(MirroredStamp, OtherMirrorModesReadWhereTheVertexLies) {
+TEST_F(MirroredStamp, OtherMirrorModesReadAtTheVertex) {
     SetMode(MirrorConfiguration::PlaneX);
     EXPECT_EQ(HeightsAfter(true), (std::vector<float>{1.0f, 2.0f, 4.0f}));
 }
 
-TEST_F(MirroredStamp, SwitchedOffReadsWhereTheVertexLies) {
+TEST_F(MirroredStamp, SwitchedOffReadsAtTheVertex) {
     brush.Settings().mirroredStampRead = false;
     EXPECT_EQ(HeightsAfter(true), (std::vector<float>{1.0f, 2.0f, 4.0f}));
 }
 
-TEST_F(MirroredStamp, MeshWithoutAMirrorReadsWhereTheVertexLies) {
+TEST_F(MirroredStamp, MeshWithoutAMirrorReadsAtTheVertex) {
     level.mirrors = false;
     EXPECT_EQ(HeightsAfter(true), (std::vector<float>{1.0f, 2.0f, 4.0f}));
     EXPECT_EQ(level.asked.size(), 3u);
 }
 
-TEST_F(MirroredStamp, MirrorImageIsReadAtItsFirstTouch) {
-    // The stamp leans, so that a lifted vertex lies over the next pixels.
+TEST_F(MirroredStamp, MirrorImageIsReadAtItsFirstTouchPosition) {
+    // The stamp is tilted, so that a raised vertex is over the next pixels.
     brush.Settings().stampMatrix.m[2][0] = 1.0f;
     Begin();
     Dab(false);
@@ -146,7 +146,7 @@ TEST_F(MirroredStamp, MirrorImageIsReadAtItsFirstTouch) {
     brush.EndStroke();
 }
 
-TEST_F(MirroredStamp, MirrorImageGetsARecordThoughNobodyTouchedIt) {
+TEST_F(MirroredStamp, UntouchedMirrorImageGetsARecord) {
     Begin();
     EnterMirroredPass();
     VertexEnumerator& steps = brush;
@@ -157,7 +157,7 @@ TEST_F(MirroredStamp, MirrorImageGetsARecordThoughNobodyTouchedIt) {
     EXPECT_EQ(level.changeRecords[0].visitStampWord, brush.dabStamp);
     EXPECT_EQ(level.changeRecords[1].vertexIndex, 2u);
     EXPECT_EQ(level.changeRecords[1].originalPosition[0], 2.0f);
-    // Looked at only: its own turn is still to come.
+    // It was only read; it has not been processed itself yet.
     EXPECT_NE(level.changeRecords[1].visitStampWord, brush.dabStamp);
     EXPECT_TRUE(steps.Tester(&level, 2, 0));
     EXPECT_EQ(Heights(), (std::vector<float>{4.0f, 0.0f, 1.0f}));
@@ -166,7 +166,7 @@ TEST_F(MirroredStamp, MirrorImageGetsARecordThoughNobodyTouchedIt) {
     brush.EndStroke();
 }
 
-TEST_F(MirroredStamp, MirrorImageGetsARecordUnderAStampWithoutPixelsToo) {
+TEST_F(MirroredStamp, MirrorImageGetsARecordUnderAnEmptyStamp) {
     GiveStamp(brush, QStringLiteral("none"), 0, 0, {});
     Begin();
     EnterMirroredPass();

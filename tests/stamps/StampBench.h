@@ -10,8 +10,8 @@
 
 namespace trovik::test {
 
-/// An image of a test's own pixels that writes down how it is read. A plain read of a pixel of
-/// three channels takes the first.
+/// An image of the test's own pixels that records how it is read. A plain read of a pixel with
+/// three channels returns the first.
 class TestImage : public Image {
 public:
     TestImage(uint32_t imageWidth, uint32_t imageHeight, std::vector<float> values)
@@ -42,8 +42,8 @@ public:
     std::vector<Read> reads;
 };
 
-/// Gives the brush a stamp of the pixels, which lies on the mesh by the identity: the pixels'
-/// centres at the whole numbers of x and y.
+/// Gives the brush a stamp of the pixels with the identity as its matrix: pixel centres are at
+/// integers of x and y.
 inline TestImage& GiveStamp(SwiftStroke& brush,
                             const QString& name,
                             uint32_t width,

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What the beginning of a stroke makes of the stamp: its switches, and the cache of its pixels.
+/// \file The stamp at the start of a stroke: its switches, and the cache of its pixels.
 #include "tests/brush/ToolRows.h"
 #include "tests/stamps/StampBench.h"
 
@@ -19,7 +18,7 @@ class StampPreparation : public ::testing::Test {
 protected:
     void Begin() { bench.Begin(); }
     void End() { bench.End(); }
-    /// A stroke of no dabs. \return what the image was asked for so far.
+    /// Makes a stroke without dabs. \return the number of reads of the image so far.
     std::size_t StrokeAndCountReads() {
         Begin();
         End();
@@ -27,7 +26,7 @@ protected:
     }
     TestImage& Give(const char* name, uint32_t w, uint32_t h, std::vector<float> pixels) {
         image = &GiveStamp(brush, QString::fromLatin1(name), w, h, std::move(pixels));
-        // An image that took the place of a deleted one in memory would pass for it.
+        // Otherwise a new image could have the address of a deleted one and be mistaken for it.
         given.push_back(settings.stampImage);
         return *image;
     }
@@ -46,7 +45,7 @@ protected:
     std::vector<std::shared_ptr<Image>> given;
 };
 
-TEST(VectorStampName, HoldsTheMarkAnywhereInAnyCase) {
+TEST(VectorStampName, HasTheMarkAnywhereInAnyCase) {
     for (const char* name : {"folds.vdm.tif",
                              "folds.VDM",
                              "FOLDS.VdM.EXR",
@@ -110,7 +109,7 @@ TEST_F(StampPreparation, LaterStrokesWithTheSameStampReadNothing) {
     EXPECT_EQ(Cached(), (std::vector<float>{0.25f, 0.5f}));
 }
 
-TEST_F(StampPreparation, ImageWhoseContentChangedIsReadAgain) {
+TEST_F(StampPreparation, ImageWithChangedContentIsReadAgain) {
     Give("wave.tif", 2, 1, {0.25f, 0.5f});
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     image->pixels = {0.75f, 1.0f, 0.0f, 0.125f};
@@ -144,7 +143,7 @@ TEST_F(StampPreparation, NameAloneMakesTheImageAVectorStamp) {
     EXPECT_EQ(Cached(), (std::vector<float>{1.0f, 2.0f, 3.0f}));
 }
 
-TEST_F(StampPreparation, PlainStampLosesTheOffsetAndNothingClamps) {
+TEST_F(StampPreparation, OffsetIsSubtractedFromAPlainStampWithoutClamping) {
     Give("wave.tif", 3, 1, {1.0f, 0.0f, 0.5f});
     settings.stampOffset = 0.25f;
     EXPECT_EQ(StrokeAndCountReads(), 1u);
@@ -156,7 +155,7 @@ TEST_F(StampPreparation, PlainStampLosesTheOffsetAndNothingClamps) {
     EXPECT_EQ(Cached(), (std::vector<float>{3.0f, 2.0f, 2.5f}));
 }
 
-TEST_F(StampPreparation, InvertedStampGainsTheOffset) {
+TEST_F(StampPreparation, OffsetIsAddedToAnInvertedStamp) {
     Give("wave.tif", 3, 1, {1.0f, 0.0f, 0.5f});
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     settings.stampInverted = true;
@@ -168,7 +167,7 @@ TEST_F(StampPreparation, InvertedStampGainsTheOffset) {
     EXPECT_EQ(Cached(), (std::vector<float>{0.25f, 1.25f, 0.75f}));
 }
 
-TEST_F(StampPreparation, InversionAndOffsetActOnEachChannelOfAVectorStamp) {
+TEST_F(StampPreparation, InversionAndOffsetApplyToEachChannelOfAVectorStamp) {
     Give("ear_vdm.exr", 1, 1, {1.0f, 0.0f, -2.0f});
     settings.stampInverted = true;
     settings.stampOffset = 0.5f;
@@ -176,7 +175,7 @@ TEST_F(StampPreparation, InversionAndOffsetActOnEachChannelOfAVectorStamp) {
     EXPECT_EQ(Cached(), (std::vector<float>{0.5f, 1.5f, 3.5f}));
 }
 
-TEST_F(StampPreparation, FactorReachesTheNextDabWithoutAReadAndIsNotInThePixels) {
+TEST_F(StampPreparation, FactorAppliesToTheNextDabWithoutANewRead) {
     Give("wave.tif", 2, 1, {0.25f, 0.5f});
     settings.stampFactor = 3.0f;
     Begin();
@@ -188,7 +187,7 @@ TEST_F(StampPreparation, FactorReachesTheNextDabWithoutAReadAndIsNotInThePixels)
     EXPECT_EQ(brush.stampFactor, 5.0f);
     EXPECT_EQ(image->reads.size(), 1u);
     End();
-    // The last dab's factor is the one that counts as known.
+    // The factor of the last dab is the reference for changes.
     EXPECT_EQ(StrokeAndCountReads(), 1u);
 
     settings.stampFactor = 7.0f;
@@ -198,14 +197,14 @@ TEST_F(StampPreparation, FactorReachesTheNextDabWithoutAReadAndIsNotInThePixels)
     EXPECT_EQ(StrokeAndCountReads(), 2u);
 }
 
-TEST_F(StampPreparation, FactorOfNoNumberIsNeverTheSame) {
+TEST_F(StampPreparation, NaNFactorAlwaysCountsAsChanged) {
     Give("wave.tif", 1, 1, {0.25f});
     settings.stampFactor = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     EXPECT_EQ(StrokeAndCountReads(), 2u);
 }
 
-TEST_F(StampPreparation, BuildUpSettingAloneWaitsForTheNextRead) {
+TEST_F(StampPreparation, ChangedBuildUpSettingAloneCausesNoNewRead) {
     Give("wave.tif", 1, 1, {0.25f});
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     EXPECT_FALSE(brush.stampBuildUp);
@@ -217,7 +216,7 @@ TEST_F(StampPreparation, BuildUpSettingAloneWaitsForTheNextRead) {
     EXPECT_TRUE(brush.stampBuildUp);
 }
 
-TEST_F(StampPreparation, TilingIsReadAnewAtEveryStroke) {
+TEST_F(StampPreparation, TilingIsReadAtEveryStroke) {
     Give("wave.tif", 1, 1, {0.25f});
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     EXPECT_FALSE(brush.stampTiled);
@@ -230,7 +229,7 @@ TEST_F(StampPreparation, TilingIsReadAnewAtEveryStroke) {
     EXPECT_FALSE(brush.stampTiled);
 }
 
-TEST_F(StampPreparation, CacheOutlivesAStrokeWithoutTheStamp) {
+TEST_F(StampPreparation, CacheSurvivesAStrokeWithoutTheStamp) {
     Give("ear_vdm.exr", 1, 1, {1.0f, 2.0f, 3.0f});
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     const float* const pixels = brush.stampPixels;
@@ -246,7 +245,7 @@ TEST_F(StampPreparation, CacheOutlivesAStrokeWithoutTheStamp) {
     EXPECT_EQ(Cached(), (std::vector<float>{1.0f, 2.0f, 3.0f}));
 }
 
-TEST_F(StampPreparation, SwitchedOffStampIsNotReadAtAll) {
+TEST_F(StampPreparation, DisabledStampIsNotRead) {
     Give("wave.tif", 1, 1, {0.25f});
     brush.SetStamp(false, QStringLiteral("wave.tif"));
     EXPECT_EQ(StrokeAndCountReads(), 0u);
@@ -254,7 +253,7 @@ TEST_F(StampPreparation, SwitchedOffStampIsNotReadAtAll) {
     EXPECT_EQ(brush.stampImage, nullptr);
 }
 
-TEST_F(StampPreparation, ImageMayGoOnceItIsRead) {
+TEST_F(StampPreparation, ImageMayBeDestroyedAfterItIsRead) {
     Give("wave.tif", 1, 1, {0.25f});
     EXPECT_EQ(StrokeAndCountReads(), 1u);
     image = nullptr;
@@ -267,7 +266,7 @@ TEST_F(StampPreparation, ImageMayGoOnceItIsRead) {
     EXPECT_EQ(Cached(), std::vector<float>{0.25f});
 }
 
-TEST_F(StampPreparation, GestureThatSculptsNothingReadsNothing) {
+TEST_F(StampPreparation, StrokeWithoutSculptingReadsNothing) {
     Give("wave.tif", 1, 1, {0.25f});
     brush.BeginStroke(nullptr, BrushOperation::ModifierNone, BrushOperation::TriggerOther);
     brush.EndStroke();
@@ -275,7 +274,7 @@ TEST_F(StampPreparation, GestureThatSculptsNothingReadsNothing) {
     EXPECT_FALSE(brush.stampEnabled);
 }
 
-TEST_F(StampPreparation, SmoothDropsAnImageOfDirectionsForThatStroke) {
+TEST_F(StampPreparation, SmoothIgnoresAVectorStampForThatStroke) {
     Give("ear_vdm.exr", 1, 1, {1.0f, 2.0f, 3.0f});
     image->kind = 1;
     const std::shared_ptr<Image> kept = settings.stampImage;
@@ -286,7 +285,7 @@ TEST_F(StampPreparation, SmoothDropsAnImageOfDirectionsForThatStroke) {
     bench.Activate(Tool::Smooth);
     brush.SetStamp(true, QStringLiteral("ear_vdm.exr"));
     settings.stampImage = kept;
-    // What would ask for a new read counts for nothing without the stamp.
+    // Changes that require a new read have no effect without the stamp.
     settings.stampOffset = 1.0f;
     settings.stampTiled = true;
     EXPECT_EQ(StrokeAndCountReads(), 1u);
@@ -299,7 +298,7 @@ TEST_F(StampPreparation, SmoothDropsAnImageOfDirectionsForThatStroke) {
     EXPECT_TRUE(HostKernel::Instance().HUDMessages().empty());
 }
 
-TEST_F(StampPreparation, SmoothKeepsAnImageOfOtherKinds) {
+TEST_F(StampPreparation, SmoothUsesOtherStamps) {
     for (const int kind : {0, 2, -1}) {
         bench.Activate(Tool::Smooth);
         Give("ear_vdm.exr", 1, 1, {1.0f, 2.0f, 3.0f});
@@ -310,7 +309,7 @@ TEST_F(StampPreparation, SmoothKeepsAnImageOfOtherKinds) {
     }
 }
 
-TEST_F(StampPreparation, StampWithoutAnImageIsToldAtEachStrokeAndMovesNothing) {
+TEST_F(StampPreparation, StampWithoutAnImageIsReportedAtEachStrokeAndMovesNothing) {
     brush.SetStamp(true, QStringLiteral("gone.tif"));
     HostKernel& kernel = HostKernel::Instance();
     const auto before = BitsOf(bench.Mesh());
@@ -332,7 +331,7 @@ TEST_F(StampPreparation, StampWithoutAnImageIsToldAtEachStrokeAndMovesNothing) {
     EXPECT_EQ(kernel.crashFlags, 0u);
 }
 
-TEST_F(StampPreparation, ImageOfNoRowsIsReadWithoutAWord) {
+TEST_F(StampPreparation, ImageWithoutRowsIsReadWithoutAMessage) {
     Give("thin.tif", 4, 0, {});
     const auto before = BitsOf(bench.Mesh());
     Begin();
@@ -345,10 +344,10 @@ TEST_F(StampPreparation, ImageOfNoRowsIsReadWithoutAWord) {
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
 }
 
-TEST(StampOfATool, IsAskedForBySprayRepeatKnifeAndImprintOnly) {
+TEST(StampOfATool, IsSetOnlyForSprayRepeatKnifeAndImprint) {
     for (std::size_t i = 0; i < allTools.size(); ++i) {
         SCOPED_TRACE(toolNames[i]);
-        // The bench switches the stamp off; a new brush has the tool's own settings.
+        // The bench disables the stamp; a new brush has the tool's default settings.
         StrokeBench bench(FlatGrid(2));
         SwiftStroke brush;
         brush.SetActiveConfiguration(RowOf(allTools[i]));
@@ -359,14 +358,14 @@ TEST(StampOfATool, IsAskedForBySprayRepeatKnifeAndImprintOnly) {
         const bool stamped = tool == Tool::Spray || tool == Tool::Repeat || tool == Tool::Knife ||
                              tool == Tool::Imprint;
         EXPECT_EQ(brush.stampEnabled, stamped);
-        // Nobody has loaded its image yet.
+        // Its image has not been loaded yet.
         EXPECT_EQ(HostKernel::Instance().HUDMessages(),
                   std::vector<std::string>(stamped ? 1 : 0, noImageText));
         brush.EndStroke();
     }
 }
 
-TEST(StampOfATool, ComesAgainWithTheToolAndLeavesWithIt) {
+TEST(StampOfATool, IsRestoredWithTheToolAndRemovedWithIt) {
     SwiftStroke brush;
     brush.SetActiveConfiguration(RowOf(Tool::Knife));
     EXPECT_TRUE(brush.IsMaskEnabled(-1));
@@ -387,7 +386,7 @@ TEST(StampOfATool, ComesAgainWithTheToolAndLeavesWithIt) {
     EXPECT_FALSE(brush.UsesStampRandomize());
 }
 
-TEST(StampOfATool, TemporarySmoothSculptsWithoutIt) {
+TEST(StampOfATool, IsNotUsedByTemporarySmooth) {
     StrokeBench bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     bench.Activate(Tool::Repeat);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// From a vertex's place to a pixel, and from the pixel to how far the vertex moves. A pushing tool
-/// of strength 1 with a level falloff lifts a flat mesh by exactly the stamp's value. Everything
-/// runs over patches of one face, over larger patches, and over a mesh of triangles.
+/// \file From a vertex position to a pixel, and from the pixel to the displacement of the vertex. A
+/// pushing tool of strength 1 with a constant falloff raises a flat mesh by exactly the stamp's
+/// value. All tests run over patches of one face, over larger patches, and over a mesh of
+/// triangles.
 #include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/stamps/StampBench.h"
@@ -30,7 +30,7 @@ PolygonMesh FlatMesh(Kind kind) {
     return FlatTriangles(8);
 }
 
-/// The stamp's value at exact coordinates, or nothing outside: the rules in double precision.
+/// The stamp's value at exact coordinates, or nothing outside, computed in double precision.
 struct Reference {
     uint32_t width;
     uint32_t height;
@@ -70,8 +70,8 @@ protected:
         GiveStamp(brush, QStringLiteral("plain"), width, height, pixels);
         reference = {width, height, pixels};
     }
-    /// u = x * stepU + startU, and v likewise.
-    void Lay(float stepU, float startU, float stepV, float startV) {
+    /// Sets the stamp matrix to u = x * stepU + startU, and v likewise.
+    void PlaceStamp(float stepU, float startU, float stepV, float startV) {
         Matrix& m = brush.Settings().stampMatrix;
         m = Matrix();
         m.m[0][0] = stepU;
@@ -91,7 +91,7 @@ protected:
         return 0;
     }
     LevelMesh& Mesh() { return bench.Mesh(); }
-    /// One dab over everything around (x, y). \return the height at (x, y).
+    /// Applies one dab over everything around (x, y). \return the height at (x, y).
     float HeightAt(float x, float y) {
         const uint32_t v = VertexAt(x, y);
         bench.Stroke(bench.HitVertex(v), 100.0f, 1.0f);
@@ -100,7 +100,7 @@ protected:
                     bench.geometry->History().Undo(*bench.geometry));
         return height;
     }
-    /// A dab over everything, which moves each vertex by the reference's value.
+    /// Applies a dab over everything and expects each vertex to move by the reference's value.
     void ExpectReference(const SurfacePoint& hit) {
         const std::vector<Vector> before = PositionsOf(Mesh());
         const Matrix& m = brush.Settings().stampMatrix;
@@ -155,9 +155,9 @@ TEST_P(Stamped, LiftsEachVertexByItsPixelTimesTheFactor) {
     }
 }
 
-TEST_P(Stamped, HalvesGoToTheEvenPixel) {
+TEST_P(Stamped, HalfCoordinatesRoundToTheEvenPixel) {
     Give(12, 1, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
-    Lay(1.0f, 0.5f, 0.0f, 0.0f);
+    PlaceStamp(1.0f, 0.5f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(0, 4), 1.0f);
     EXPECT_EQ(HeightAt(1, 4), 3.0f);
     EXPECT_EQ(HeightAt(2, 4), 3.0f);
@@ -168,32 +168,32 @@ TEST_P(Stamped, HalvesGoToTheEvenPixel) {
 
 TEST_P(Stamped, EndsHalfAPixelBeforeTheFirstCentre) {
     Give(4, 1, {1, 2, 3, 4});
-    Lay(0.0f, -0.4f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, -0.4f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), 1.0f);
-    Lay(0.0f, -0.5f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, -0.5f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), 1.0f);
-    Lay(0.0f, -0.6f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, -0.6f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), 0.0f);
-    Lay(0.0f, 1.0f, 0.0f, -0.4f);
+    PlaceStamp(0.0f, 1.0f, 0.0f, -0.4f);
     EXPECT_EQ(HeightAt(4, 4), 2.0f);
-    Lay(0.0f, 1.0f, 0.0f, -0.6f);
+    PlaceStamp(0.0f, 1.0f, 0.0f, -0.6f);
     EXPECT_EQ(HeightAt(4, 4), 0.0f);
     Tile();
-    Lay(0.0f, -0.6f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, -0.6f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), 4.0f);
 }
 
-TEST_P(Stamped, EndsHalfAPixelBehindTheLastCentre) {
+TEST_P(Stamped, EndsHalfAPixelAfterTheLastCentre) {
     Give(4, 5, Numbers(20));
     const std::vector<float>& p = reference.pixels;
-    Lay(0.0f, 3.4f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, 3.4f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), p[3]);
-    // A tie: 3.5 goes to 4, one beyond; 4.5 also goes to 4, the last of five.
-    Lay(0.0f, 3.5f, 0.0f, 0.0f);
+    // A tie: 3.5 rounds to 4, which is outside; 4.5 also rounds to 4, the last of five.
+    PlaceStamp(0.0f, 3.5f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), 0.0f);
-    Lay(0.0f, 0.0f, 0.0f, 4.5f);
+    PlaceStamp(0.0f, 0.0f, 0.0f, 4.5f);
     EXPECT_EQ(HeightAt(4, 4), p[16]);
-    Lay(0.0f, 0.0f, 0.0f, 4.6f);
+    PlaceStamp(0.0f, 0.0f, 0.0f, 4.6f);
     EXPECT_EQ(HeightAt(4, 4), 0.0f);
 }
 
@@ -207,16 +207,16 @@ TEST_P(Stamped, TilesFromAnyDepth) {
                                       {-3001.0f, -4001.0f, 6.0f},
                                       {3000002.0f, 4000001.0f, 6.0f},
                                       {-3000000.0f, 0.0f, 1.0f}}) {
-        Lay(0.0f, u, 0.0f, v);
+        PlaceStamp(0.0f, u, 0.0f, v);
         EXPECT_EQ(HeightAt(4, 4), value) << u << ", " << v;
     }
 }
 
-TEST_P(Stamped, WhatNoIntegerHoldsIsOutsideAndTilesAsTheMostNegativeInteger) {
+TEST_P(Stamped, UnrepresentableCoordinatesAreOutsideAndTileAsTheMinimumInteger) {
     Give(3, 1, {1, 2, 3});
     for (const float far : {3e9f, -3e9f, 1e30f, -1e30f}) {
         reference.tiled = brush.Settings().stampTiled = false;
-        Lay(0.0f, far, 0.0f, 0.0f);
+        PlaceStamp(0.0f, far, 0.0f, 0.0f);
         EXPECT_EQ(HeightAt(4, 4), 0.0f) << far;
         Tile();
         // -2^31 is one more than a multiple of three.
@@ -226,7 +226,7 @@ TEST_P(Stamped, WhatNoIntegerHoldsIsOutsideAndTilesAsTheMostNegativeInteger) {
 
 TEST_P(Stamped, DivisionByZeroIsOutside) {
     Give(3, 1, {1, 2, 3});
-    Lay(0.0f, 1.0f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, 1.0f, 0.0f, 0.0f);
     brush.Settings().stampMatrix.m[3][3] = 0.0f;
     EXPECT_EQ(HeightAt(4, 4), 0.0f);
     brush.Settings().stampMatrix.m[3][0] = 0.0f;
@@ -235,7 +235,7 @@ TEST_P(Stamped, DivisionByZeroIsOutside) {
 
 TEST_P(Stamped, DividesByTheFourthComponentOfAPerspective) {
     Give(8, 8, Numbers(64));
-    Lay(1.0f, 1.0f, 1.0f, 0.0f);
+    PlaceStamp(1.0f, 1.0f, 1.0f, 0.0f);
     Matrix& m = brush.Settings().stampMatrix;
     m.m[0][3] = 0.07f;
     m.m[1][3] = 0.03f;
@@ -243,13 +243,13 @@ TEST_P(Stamped, DividesByTheFourthComponentOfAPerspective) {
     ExpectReference(bench.HitVertex(VertexAt(4, 4)));
 }
 
-TEST_P(Stamped, ReadsThePlaceOfFirstTouchInEveryDabOfAStroke) {
-    // The stamp leans: a lifted vertex would read another pixel.
+TEST_P(Stamped, ReadsAtTheFirstTouchPositionInEveryDab) {
+    // The stamp is tilted: a raised vertex would read another pixel.
     Give(9, 9, Numbers(81));
     brush.Settings().stampMatrix.m[2][0] = 1.0f;
     const SurfacePoint hit = bench.HitVertex(VertexAt(4, 4));
     brush.buildUpRate.SetValue(1.0f, true);
-    // Without pressure no build-up holds the second dab back.
+    // Without pressure there is no build-up to weaken the second dab.
     bench.Begin();
     bench.Dab(hit, 100.0f, 1.0f, 0.0f);
     bench.Dab(hit, 100.0f, 1.0f, 0.0f);
@@ -260,7 +260,7 @@ TEST_P(Stamped, ReadsThePlaceOfFirstTouchInEveryDabOfAStroke) {
     }
 }
 
-TEST_P(Stamped, LiesInMeshSpaceUnderNonUniformScale) {
+TEST_P(Stamped, IsInMeshSpaceUnderNonUniformScale) {
     bench.geometry->Place().Set({1.0f, 2.0f, 1.0f}, {}, {5.0f, 0.0f, 0.0f});
     Give(9, 9, Numbers(81));
     bench.Begin();
@@ -274,18 +274,18 @@ TEST_P(Stamped, LiesInMeshSpaceUnderNonUniformScale) {
     }
 }
 
-TEST_P(Stamped, BilinearReadMixesTheRoundedPixelAndTheNext) {
+TEST_P(Stamped, BilinearReadInterpolatesTheRoundedPixelAndTheNext) {
     Give(12, 4, Numbers(48));
     Interpolate();
     const std::vector<float>& p = reference.pixels;
-    // On a centre the fraction is one half, a quarter of a pixel before it one quarter.
-    Lay(0.0f, 5.0f, 0.0f, -0.5f);
+    // At a centre the fraction is one half; a quarter of a pixel before it, one quarter.
+    PlaceStamp(0.0f, 5.0f, 0.0f, -0.5f);
     EXPECT_EQ(HeightAt(4, 4), p[5] * 0.5f + p[6] * 0.5f);
-    Lay(0.0f, 4.75f, 0.0f, -0.5f);
+    PlaceStamp(0.0f, 4.75f, 0.0f, -0.5f);
     EXPECT_EQ(HeightAt(4, 4), p[5] * 0.75f + p[6] * 0.25f);
-    Lay(0.0f, 5.25f, 0.0f, -0.5f);
+    PlaceStamp(0.0f, 5.25f, 0.0f, -0.5f);
     EXPECT_EQ(HeightAt(4, 4), p[5] * 0.25f + p[6] * 0.75f);
-    Lay(0.0f, 5.25f, 0.0f, 1.0f);
+    PlaceStamp(0.0f, 5.25f, 0.0f, 1.0f);
     EXPECT_EQ(HeightAt(4, 4),
               ((p[17] * 0.125f + p[18] * 0.375f) + p[29] * 0.125f) + p[30] * 0.375f);
 }
@@ -294,36 +294,36 @@ TEST_P(Stamped, BilinearReadFadesToBlackBeyondTheLastPixels) {
     Give(4, 3, Numbers(12));
     Interpolate();
     const std::vector<float>& p = reference.pixels;
-    Lay(0.0f, 2.75f, 0.0f, -0.5f);
+    PlaceStamp(0.0f, 2.75f, 0.0f, -0.5f);
     EXPECT_EQ(HeightAt(4, 4), p[3] * 0.75f);
-    Lay(0.0f, 3.25f, 0.0f, -0.5f);
+    PlaceStamp(0.0f, 3.25f, 0.0f, -0.5f);
     EXPECT_EQ(HeightAt(4, 4), p[3] * 0.25f);
-    Lay(0.0f, 0.0f, 0.0f, 2.25f);
+    PlaceStamp(0.0f, 0.0f, 0.0f, 2.25f);
     EXPECT_EQ(HeightAt(4, 4), p[8] * 0.125f + p[9] * 0.125f);
-    Lay(0.0f, 3.0f, 0.0f, 2.0f);
+    PlaceStamp(0.0f, 3.0f, 0.0f, 2.0f);
     EXPECT_EQ(HeightAt(4, 4), p[11] * 0.25f);
 }
 
-TEST_P(Stamped, BilinearReadWrapsWhereItTiles) {
+TEST_P(Stamped, BilinearReadWrapsIfTiled) {
     Give(4, 3, Numbers(12));
     Interpolate();
     Tile();
     const std::vector<float>& p = reference.pixels;
-    Lay(0.0f, 3.0f, 0.0f, -0.5f);
+    PlaceStamp(0.0f, 3.0f, 0.0f, -0.5f);
     EXPECT_EQ(HeightAt(4, 4), p[3] * 0.5f + p[0] * 0.5f);
-    Lay(0.0f, -5.0f, 0.0f, 2.0f);
+    PlaceStamp(0.0f, -5.0f, 0.0f, 2.0f);
     EXPECT_EQ(HeightAt(4, 4), ((p[11] + p[8]) + p[3]) * 0.25f + p[0] * 0.25f);
 }
 
-TEST_P(Stamped, BilinearFractionsComeFromTheCoordinatesThatWereNotWrapped) {
+TEST_P(Stamped, BilinearFractionsComeFromUnwrappedCoordinates) {
     Give(3, 2, Numbers(6));
     Interpolate();
     Tile();
-    Lay(0.37f, -41.3f, -0.83f, 77.9f);
+    PlaceStamp(0.37f, -41.3f, -0.83f, 77.9f);
     ExpectReference(bench.HitVertex(VertexAt(4, 4)));
 }
 
-TEST_P(Stamped, EveryWayOfReadingFollowsTheRules) {
+TEST_P(Stamped, EveryReadModeMatchesTheReference) {
     for (const bool tiled : {false, true}) {
         for (const bool bilinear : {false, true}) {
             for (const auto& [a, b, c, d] : {std::tuple{0.73f, -0.3f, 0.91f, 0.2f},
@@ -335,7 +335,7 @@ TEST_P(Stamped, EveryWayOfReadingFollowsTheRules) {
                 brush.bilinearSample.SetValue(bilinear, true);
                 reference.bilinear = bilinear;
                 brush.Settings().stampFactor = 1.5f;
-                Lay(a, b, c, d);
+                PlaceStamp(a, b, c, d);
                 ExpectReference(bench.HitVertex(VertexAt(4, 4)));
                 ASSERT_TRUE(bench.geometry->History().Undo(*bench.geometry));
             }
@@ -343,17 +343,17 @@ TEST_P(Stamped, EveryWayOfReadingFollowsTheRules) {
     }
 }
 
-TEST_P(Stamped, PixelsOfAnySizeAndSignArePassedOn) {
+TEST_P(Stamped, PixelsOfAnyMagnitudeAndSignAreUsed) {
     Give(3, 1, {-2.0f, 1000.0f, 0.0f});
-    Lay(0.0f, 0.0f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, 0.0f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), -2.0f);
-    Lay(0.0f, 1.0f, 0.0f, 0.0f);
+    PlaceStamp(0.0f, 1.0f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), 1000.0f);
     brush.Settings().stampInverted = true;
     EXPECT_EQ(HeightAt(4, 4), -999.0f);
 }
 
-/// A vector stamp of four by two pixels over the mesh, one unit a pixel.
+/// A vector stamp of four by two pixels over the mesh, one unit per pixel.
 class VectorStamped : public Stamped {
 protected:
     VectorStamped() {
@@ -366,10 +366,10 @@ protected:
         }
         brush.Settings().stampFactor = 100.0f;
     }
-    /// Sides of four and two units: first channel along u by a hundredth of the one, third along v
-    /// by a hundredth of the other, the second up by their geometric mean.
+    /// The sides are four and two units. The first channel moves along u by a hundredth of the one
+    /// side, the third along v by a hundredth of the other, the second up by their geometric mean.
     void ExpectChannels(double u, double v) {
-        Lay(1.0f, static_cast<float>(u) - 4.0f, 1.0f, static_cast<float>(v) - 4.0f);
+        PlaceStamp(1.0f, static_cast<float>(u) - 4.0f, 1.0f, static_cast<float>(v) - 4.0f);
         const uint32_t vertex = VertexAt(4, 4);
         bench.Stroke(bench.HitVertex(vertex), 0.5f, 1.0f);
         const Vector p = Mesh().Position(vertex);
@@ -386,19 +386,19 @@ INSTANTIATE_TEST_SUITE_P(Kinds,
                                            Kind::LargePatches,
                                            Kind::Triangles));
 
-TEST_P(VectorStamped, FirstChannelRunsAlongTheStampSecondUpThirdAcross) {
+TEST_P(VectorStamped, ChannelsMoveAlongUUpwardsAndAlongV) {
     for (const auto& [u, v] : {std::pair{0.0, 0.0}, {1.0, 0.0}, {3.25, 1.0}, {2.0, 0.75}})
         ExpectChannels(u, v);
 }
 
-TEST_P(VectorStamped, BilinearReadMixesEachChannel) {
+TEST_P(VectorStamped, BilinearReadInterpolatesEachChannel) {
     brush.bilinearSample.SetValue(true, true);
     for (Reference& channel : channels) channel.bilinear = true;
     for (const auto& [u, v] : {std::pair{0.125, 0.25}, {1.25, 0.5}, {3.0, 1.0}, {2.75, 1.25}})
         ExpectChannels(u, v);
 }
 
-TEST_P(VectorStamped, BilinearReadWrapsEachChannelWhereItTiles) {
+TEST_P(VectorStamped, BilinearReadWrapsEachChannelIfTiled) {
     brush.bilinearSample.SetValue(true, true);
     brush.Settings().stampTiled = true;
     for (Reference& channel : channels) channel.bilinear = channel.tiled = true;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The crash-flag counter names the functions on the stack, and none afterwards.
+/// \file The crash-flag counter contains the functions on the stack, and is zero afterwards.
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"
@@ -13,7 +12,7 @@ namespace {
 
 uint32_t Flags() { return g_pKernel->crashFlags; }
 
-/// Takes the counter down at each notice.
+/// Records the counter at each notification.
 class FlagRenderer : public MeshRenderer {
 public:
     explicit FlagRenderer(float updateFactor) : factor(updateFactor) {}
@@ -23,7 +22,7 @@ public:
     float factor;
 };
 
-TEST(CrashFlags, NameTheFunctionsAroundABinding) {
+TEST(CrashFlags, IdentifyTheFunctionsAroundABinding) {
     CallLog log;
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
@@ -40,7 +39,7 @@ TEST(CrashFlags, NameTheFunctionsAroundABinding) {
     EXPECT_EQ(Flags(), 0u);
 }
 
-TEST(CrashFlags, NameWalkAndKernel) {
+TEST(CrashFlags, IdentifyWalkAndKernel) {
     for (const float factor : {1.0f, 0.0f}) {
         StrokeBench bench(FlatGrid(3));
         auto* renderer = new FlagRenderer(factor);
@@ -53,7 +52,7 @@ TEST(CrashFlags, NameWalkAndKernel) {
     }
 }
 
-TEST(CrashFlags, NameTheVertexWalk) {
+TEST(CrashFlags, IdentifyTheVertexWalk) {
     StrokeBench bench(Icosahedron());
     auto* renderer = new FlagRenderer(0.0f);
     bench.Mesh().AddChild(renderer);
@@ -95,7 +94,7 @@ TEST(CrashFlags, AreZeroAfterEachCall) {
 
 TEST(CrashFlags, DabsThatEndEarlyLeaveNone) {
     StrokeBench bench(FlatGrid(2));
-    // No stroke yet, so no falloff.
+    // No stroke has begun, so there is no falloff.
     bench.Dab(bench.HitFace(0), 1.0f);
     EXPECT_EQ(Flags(), 0u);
     bench.Activate(Tool::Smear);

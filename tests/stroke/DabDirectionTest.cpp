@@ -26,12 +26,12 @@ protected:
         if (!brush.strokeActive) bench.Begin();
         brush.directionAttribute.SetValue(mode, true);
         brush.mirrorPass = pass;
-        // The beginning of a stroke has forgotten the hits of the one before.
+        // The start of a stroke cleared the hits of the previous one.
         brush.SetPreviousPatchPosition(previous);
         brush.Settings().directionVectorSet = false;
         return brush.PrepareDab(hit);
     }
-    bool Told() const { return brush.Settings().directionVectorSet; }
+    bool IsDirectionSet() const { return brush.Settings().directionVectorSet; }
     void ExpectPlaneAtHit(uint32_t pass) {
         EXPECT_EQ(brush.planePoints[pass], hit.position);
         EXPECT_EQ(brush.planeDistances[pass], (hit.position | brush.directions[pass]));
@@ -43,16 +43,16 @@ protected:
     Vector previous{0.5f, 1.25f, 0.5f};
 };
 
-TEST_F(DabDirection, SurfaceNormalIsThatOfTheHit) {
+TEST_F(DabDirection, SurfaceNormalModeUsesTheNormalOfTheHit) {
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);
     ExpectPlaneAtHit(0);
     EXPECT_FALSE(brush.followVertexNormal);
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
     EXPECT_EQ(brush.Settings().directionVector, hit.normal);
 }
 
-TEST_F(DabDirection, FixedDirections) {
+TEST_F(DabDirection, FixedModesUseTheirAxes) {
     const float d = 0.70710677f;
     const std::pair<int, Vector> table[] = {{5, {1.0f, 0.0f, 0.0f}},
                                             {6, {0.0f, 1.0f, 0.0f}},
@@ -64,7 +64,7 @@ TEST_F(DabDirection, FixedDirections) {
         EXPECT_TRUE(Prepare(mode));
         EXPECT_EQ(brush.directions[0], expected) << mode;
         ExpectPlaneAtHit(0);
-        EXPECT_TRUE(Told());
+        EXPECT_TRUE(IsDirectionSet());
     }
 }
 
@@ -73,10 +73,10 @@ TEST_F(DabDirection, VertexNormalNeedsNoDirection) {
     brush.directions[0] = Vector(7.0f, 7.0f, 7.0f);
     EXPECT_TRUE(Prepare(2));
     EXPECT_TRUE(brush.followVertexNormal);
-    EXPECT_FALSE(Told());
+    EXPECT_FALSE(IsDirectionSet());
     EXPECT_EQ(brush.directions[0], Vector(7.0f, 7.0f, 7.0f));
     EXPECT_EQ(brush.planeDistances[0], 0.0f);
-    // The next dab in another mode forgets it.
+    // The next dab in another mode clears it.
     EXPECT_TRUE(Prepare(0));
     EXPECT_FALSE(brush.followVertexNormal);
 }
@@ -98,7 +98,7 @@ TEST_F(DabDirection, SidewaysLiesAcrossTheStrokeInTheSurface) {
     ExpectNear(brush.directions[0], {0.0f, -1.0f, 0.0f});
     EXPECT_EQ(brush.planePoints[0], hit.position);
     EXPECT_EQ(brush.planeDistances[0], 77.0f);
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
 }
 
 TEST_F(DabDirection, StrokeRelativeModesNeedAnEarlierHit) {
@@ -108,7 +108,7 @@ TEST_F(DabDirection, StrokeRelativeModesNeedAnEarlierHit) {
         brush.directions[0] = Vector(7.0f, 7.0f, 7.0f);
         EXPECT_FALSE(Prepare(mode));
         EXPECT_EQ(brush.directions[0], Vector(7.0f, 7.0f, 7.0f));
-        EXPECT_FALSE(Told());
+        EXPECT_FALSE(IsDirectionSet());
         bench.End();
     }
     previous = Vector{0.0f, 0.0f, 1e-20f};
@@ -121,15 +121,15 @@ TEST_F(DabDirection, CameraDirectionIsMeshLocal) {
         {1.0f, 1.0f, 1.0f}, {}, {10.0f, 2.5f, 9.0f});
     for (const int mode : {8, 9}) {
         EXPECT_TRUE(Prepare(mode));
-        // The camera stands at (4.5, 1.25, 4.5) of the mesh: (3, 0, 4) from the hit.
+        // The camera is at (4.5, 1.25, 4.5) in mesh space: (3, 0, 4) from the hit.
         ExpectNear(brush.directions[0], {0.6f, 0.0f, 0.8f});
         ExpectPlaneAtHit(0);
     }
 }
 
-TEST_F(DabDirection, CameraDirectionTurnsWithTheMesh) {
+TEST_F(DabDirection, CameraDirectionRotatesWithTheMesh) {
     bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {0.0f, 0.0f, 90.0f}, {});
-    // A quarter turn about z takes the mesh's x to the world's y.
+    // A quarter turn about z maps the mesh's x to the world's y.
     ExpectNear(bench.WorldOf({1.0f, 0.0f, 0.0f}), {0.0f, 1.0f, 0.0f});
     const Vector eye = bench.WorldOf(hit.position + Vector(0.0f, 3.0f, 4.0f));
     HostKernel::Instance().Scene()->OwnCamera().Place().Set({1.0f, 1.0f, 1.0f}, {}, eye);
@@ -145,7 +145,7 @@ TEST_F(DabDirection, ModesBeyondTheTableWriteNothing) {
     EXPECT_EQ(brush.directions[0], Vector(0.0f, 0.0f, 7.0f));
     EXPECT_EQ(brush.planeDistances[0], 5.0f);
     EXPECT_FALSE(brush.followVertexNormal);
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
     EXPECT_EQ(brush.Settings().directionVector, Vector(0.0f, 0.0f, 7.0f));
 }
 
@@ -160,7 +160,7 @@ TEST_F(DabDirection, AverageSamplesTheSurface) {
     EXPECT_TRUE(Prepare(1));
     ExpectNear(brush.directions[0], {0.0f, 0.0f, 1.0f});
     ExpectNear(brush.planePoints[0], {1.5f, 1.5f, 0.0f});
-    EXPECT_TRUE(Told());
+    EXPECT_TRUE(IsDirectionSet());
 }
 
 TEST_F(DabDirection, BulgeFollowsVertexNormalsWhateverTheSetting) {
@@ -168,11 +168,11 @@ TEST_F(DabDirection, BulgeFollowsVertexNormalsWhateverTheSetting) {
     for (const int mode : {0, 1, 3, 5, 13}) {
         EXPECT_TRUE(Prepare(mode));
         EXPECT_TRUE(brush.followVertexNormal);
-        EXPECT_FALSE(Told());
+        EXPECT_FALSE(IsDirectionSet());
     }
 }
 
-TEST_F(DabDirection, SmearGoesForwardWhateverTheSetting) {
+TEST_F(DabDirection, SmearMovesForwardWhateverTheSetting) {
     bench.Activate(Tool::Smear);
     for (const int mode : {0, 1, 2, 5, 13}) {
         EXPECT_TRUE(Prepare(mode));
@@ -186,11 +186,11 @@ TEST_F(DabDirection, WholeMeshFollowsVertexNormals) {
     brush.wholeMesh = true;
     EXPECT_TRUE(Prepare(5));
     EXPECT_TRUE(brush.followVertexNormal);
-    EXPECT_FALSE(Told());
+    EXPECT_FALSE(IsDirectionSet());
     brush.wholeMesh = false;
 }
 
-TEST_F(DabDirection, WholeMeshSmearGoesForward) {
+TEST_F(DabDirection, WholeMeshSmearMovesForward) {
     bench.Activate(Tool::Smear);
     bench.Begin();
     brush.wholeMesh = true;
@@ -202,7 +202,7 @@ TEST_F(DabDirection, WholeMeshSmearGoesForward) {
     brush.wholeMesh = false;
 }
 
-TEST_F(DabDirection, WholeMeshSmoothOfTheLayerTakesTheHitNormal) {
+TEST_F(DabDirection, WholeMeshSmoothOfTheLayerUsesTheHitNormal) {
     bench.AddLayer();
     bench.Activate(Tool::Smooth);
     bench.Begin();
@@ -247,13 +247,13 @@ TEST_F(MirroredDirection, AxisIsTheMirrorImageOfTheMainPass) {
         ExpectNear(brush.directions[1], image);
         EXPECT_EQ(brush.planePoints[1], hit.position);
         EXPECT_EQ(brush.planeDistances[1], (hit.position | brush.directions[1]));
-        EXPECT_TRUE(Told());
+        EXPECT_TRUE(IsDirectionSet());
         EXPECT_EQ(brush.Settings().directionVector, brush.directions[1]);
         bench.End();
     }
 }
 
-TEST_F(MirroredDirection, CameraDirectionIsMirroredToo) {
+TEST_F(MirroredDirection, CameraDirectionIsMirrored) {
     HostKernel::Instance().Scene()->OwnCamera().Place().Set(
         {1.0f, 1.0f, 1.0f}, {}, {50.0f, 0.0f, 0.0f});
     bench.Begin();
@@ -262,7 +262,7 @@ TEST_F(MirroredDirection, CameraDirectionIsMirroredToo) {
     ExpectNear(brush.directions[1], {-0.6f, 0.0f, 0.8f});
 }
 
-TEST_F(MirroredDirection, SurfaceNormalAndForwardKeepTheirOwn) {
+TEST_F(MirroredDirection, SurfaceNormalAndForwardAreThoseOfTheMirroredDab) {
     EXPECT_TRUE(Prepare(0, 1));
     EXPECT_EQ(brush.directions[1], hit.normal);
     ExpectPlaneAtHit(1);
@@ -275,7 +275,7 @@ TEST_F(MirroredDirection, SurfaceNormalAndForwardKeepTheirOwn) {
 TEST_F(MirroredDirection, SidewaysIsReversed) {
     previous = Vector{-0.5f, 1.25f, 0.5f};
     EXPECT_TRUE(Prepare(4, 1));
-    // (-1, 0, 0) x (-0.6, 0, 0.8) = (0, 0.8, 0), and back to the main pass's side.
+    // (-1, 0, 0) x (-0.6, 0, 0.8) = (0, 0.8, 0), converted back to the main pass's side.
     ExpectNear(brush.directions[1], {0.0f, -1.0f, 0.0f});
     EXPECT_EQ(brush.planePoints[1], hit.position);
 }
@@ -298,14 +298,14 @@ TEST_F(PlaneReuse, KeepsThePlaneFoundEarlier) {
     EXPECT_EQ(brush.directions[0], Vector(0.0f, 1.0f, 0.0f));
     EXPECT_EQ(brush.planePoints[0], Vector(1.0f, 2.0f, 3.0f));
     EXPECT_EQ(brush.planeDistances[0], 2.0f);
-    EXPECT_FALSE(Told());
+    EXPECT_FALSE(IsDirectionSet());
     EXPECT_TRUE(brush.followVertexNormal);
-    // Not even a missing heading ends such a dab.
+    // Even a missing heading does not end such a dab.
     previous = Vector{};
     EXPECT_TRUE(Prepare(3));
 }
 
-TEST_F(PlaneReuse, PlaneThroughTheOriginCountsAsUnknown) {
+TEST_F(PlaneReuse, PlaneThroughTheOriginCountsAsUnset) {
     brush.planeDistances[0] = 0.0f;
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);
@@ -317,13 +317,13 @@ TEST_F(PlaneReuse, EachPassHasItsOwnPlane) {
     EXPECT_EQ(brush.directions[0], Vector(0.0f, 1.0f, 0.0f));
 }
 
-TEST_F(PlaneReuse, NotWhileThePlaneIsUpdated) {
+TEST_F(PlaneReuse, DoesNotApplyWhileThePlaneIsUpdated) {
     brush.updatePlane.SetValue(true, true);
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);
 }
 
-TEST_F(PlaneReuse, NotForToolsWithoutAPlane) {
+TEST_F(PlaneReuse, DoesNotApplyToToolsWithoutAPlane) {
     brush.setIsPlaneTool(false);
     EXPECT_TRUE(Prepare(0));
     EXPECT_EQ(brush.directions[0], hit.normal);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// How much of the mesh a dab takes for one patch, and the message for meshes that are too coarse.
+/// \file The part of the mesh that a dab treats as one patch, and the message for meshes that are
+/// too coarse.
 #include "brush/Registration.h"
 #include "tests/brush/RecordingKernel.h"
 #include "tests/fixture/StrokeBench.h"
@@ -20,7 +20,7 @@ public:
     ~LevelFactor() { swiftStrokeLevelFactor.attribute->SetValue(1.0f, true); }
 };
 
-/// The diagonal of a quad or one side of a triangle, as the brush measures a face.
+/// The diagonal of a quad or one side of a triangle, which is how the brush measures a face.
 float Measure(LevelMesh& mesh, uint32_t face) {
     const uint32_t first = face * mesh.CornersPerFace();
     return (mesh.Position(mesh.faceVertexIndices[first]) -
@@ -34,7 +34,7 @@ struct Split {
     bool operator==(const Split&) const = default;
 };
 
-/// One dab whose radius is `times` the measure of the face of its hit.
+/// Applies one dab with a radius of `times` the measure of the hit's face.
 Split SplitFor(StrokeBench& bench, float times) {
     bench.Begin();
     bench.Dab(bench.HitFace(0), times * Measure(bench.Mesh(), 0), 0.0f);
@@ -72,13 +72,13 @@ TEST(DabLevel, PreferenceMultipliesTheWantedDepth) {
         EXPECT_EQ(SplitFor(bench, 8.0f), (Split{1, 3}));
     }
     {
-        // Wants 8 levels.
+        // The dab requests 8 levels.
         const LevelFactor four(4.0f);
         EXPECT_EQ(SplitFor(bench, 8.0f), (Split{4, 0}));
         EXPECT_EQ(SplitFor(bench, 2.0f), (Split{0, 4}));
     }
     {
-        // The range of the preference is the only limit.
+        // Only the range of the preference limits the result.
         const LevelFactor beyond(100.0f);
         EXPECT_EQ(static_cast<float>(swiftStrokeLevelFactor), 4.0f);
         const LevelFactor below(0.0f);
@@ -112,9 +112,9 @@ TEST(DabLevel, SizeZeroMakesEachFaceAPatch) {
     bench.End();
 }
 
-TEST(DabLevel, NumbersThatNoIntegerHoldsCountAsZero) {
+TEST(DabLevel, UnrepresentableNumbersCountAsZero) {
     StrokeBench bench(FlatGrid(1), 3);
-    // A face without extent: the quotient is infinite, or no number with a brush of size 0.
+    // A degenerate face: the quotient is infinite, or NaN with a brush of size 0.
     LevelMesh& mesh = bench.Mesh();
     const uint32_t* face = mesh.faceVertexIndices.array;
     mesh.SetPosition(face[2], mesh.Position(face[0]));
@@ -127,7 +127,7 @@ TEST(DabLevel, NumbersThatNoIntegerHoldsCountAsZero) {
     bench.End();
 }
 
-/// A single quad whose measure is 4 exactly.
+/// A single quad whose measure is exactly 4.
 PolygonMesh WideQuad() {
     PolygonMesh quad;
     quad.positions = {{0, 0, 0}, {2, -2, 0}, {4, 0, 0}, {2, 2, 0}};
@@ -142,7 +142,7 @@ protected:
     StrokeBench bench{WideQuad()};
 };
 
-TEST_F(CoarseMesh, IsToldOnceAStroke) {
+TEST_F(CoarseMesh, IsReportedOncePerStroke) {
     bench.Begin();
     bench.Dab(bench.HitFace(0), 0.5f);
     ASSERT_EQ(Messages(), 1u);
@@ -161,7 +161,7 @@ TEST_F(CoarseMesh, IsToldOnceAStroke) {
         "polygons.<p>\t\t\t\t\tPress <b>%%Toggle wireframe%%</b> to show/hide the wireframe.");
 }
 
-TEST_F(CoarseMesh, IsOneWhoseFaceMeasuresMoreThanFourRadii) {
+TEST_F(CoarseMesh, IsDetectedByFacesLargerThanFourRadii) {
     bench.Begin();
     bench.Dab(bench.HitFace(0), 1.0f);
     EXPECT_EQ(Messages(), 0u);

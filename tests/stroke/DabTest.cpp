@@ -78,7 +78,7 @@ TEST(Dab, StrengthIsScaledByToolAndMesh) {
     bench.End();
 }
 
-TEST(Dab, SmoothTakesPercentsAndAtMostOne) {
+TEST(Dab, SmoothConvertsPercentAndIsLimitedToOne) {
     StrokeBench bench(FlatGrid(3));
     bench.Activate(Tool::Smooth);
     bench.Begin();
@@ -91,7 +91,7 @@ TEST(Dab, SmoothTakesPercentsAndAtMostOne) {
     bench.End();
 }
 
-TEST(Dab, WaxPutsItsStrengthIntoThePlane) {
+TEST(Dab, WaxOffsetsThePlaneByItsStrength) {
     StrokeBench bench(FlatGrid(3));
     bench.Activate(Tool::Wax);
     for (const float radius : {0.8f, 1.6f}) {
@@ -109,7 +109,7 @@ TEST(Dab, WaxPutsItsStrengthIntoThePlane) {
     bench.End();
 }
 
-TEST(Dab, OtherPlaneOffsetsFollowTheRadius) {
+TEST(Dab, OtherPlaneOffsetsAreProportionalToTheRadius) {
     StrokeBench bench(FlatGrid(3));
     bench.Activate(Tool::Flatten);
     bench.Begin();
@@ -140,7 +140,7 @@ TEST(Dab, UniformScaleMeasuresInMeshSpace) {
     bench.End();
 }
 
-TEST(Dab, NonUniformScaleMeasuresInTheWorld) {
+TEST(Dab, NonUniformScaleMeasuresInWorldSpace) {
     StrokeBench bench(FlatGrid(3));
     bench.geometry->Place().Set({2.0f, 1.0f, 1.0f}, {}, {5.0f, 0.0f, 0.0f});
     bench.Begin();
@@ -175,7 +175,7 @@ TEST(Dab, NonUniformScaleReachesAnEllipseAndMovesByWorldLengths) {
     EXPECT_FLOAT_EQ(weight, 0.5f);
 }
 
-TEST(Dab, VisitStampMovesOnOncePerWalk) {
+TEST(Dab, VisitStampAdvancesOncePerWalk) {
     StrokeBench bench(FlatGrid(3));
     bench.Begin();
     const uint32_t start = bench.Mesh().visitStamp;
@@ -188,7 +188,7 @@ TEST(Dab, VisitStampMovesOnOncePerWalk) {
     bench.brush->directionAttribute.SetValue(1, true);
     bench.Begin();
     bench.Dab(bench.HitFace(4), 0.8f);
-    // The dry run that samples the plane is a walk of its own.
+    // The dry run that samples the plane is a separate walk.
     EXPECT_EQ(bench.brush->dabStamp, start + 2);
     EXPECT_EQ(bench.Mesh().visitStamp, start + 3);
     bench.End();
@@ -203,7 +203,7 @@ TEST(Dab, VisitStampMovesOnOncePerWalk) {
     triangles.End();
 }
 
-TEST(Dab, GivesItsGridsBack) {
+TEST(Dab, FreesItsGrids) {
     StrokeBench bench(FlatGrid(2), 2);
     bench.Activate(Tool::Smooth);
     for (const bool allLayers : {true, false}) {
@@ -214,7 +214,7 @@ TEST(Dab, GivesItsGridsBack) {
         EXPECT_EQ(bench.brush->layerGridAllocation, nullptr);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(bench.brush->positionGrid) % 16, 0u);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(bench.brush->layerGrid) % 16, 0u);
-        // Left dangling on purpose; it says that there was one.
+        // The pointer is left dangling on purpose; it shows that there was a grid.
         EXPECT_EQ(bench.brush->layerGrid != nullptr, !allLayers);
         bench.End();
     }
@@ -259,7 +259,7 @@ TEST(Dab, DirectionAndPlaneAreThoseOfThePass) {
     bench.End();
 }
 
-TEST(Dab, TessellatingStrokeSaysThatTheMeshCannotBeRefined) {
+TEST(Dab, TessellatingStrokeReportsThatTheMeshCannotBeRefined) {
     StrokeBench bench(FlatGrid(3));
     bench.brush->useTessellator = true;
     bench.Begin();
@@ -270,7 +270,7 @@ TEST(Dab, TessellatingStrokeSaysThatTheMeshCannotBeRefined) {
     EXPECT_EQ(bench.Mesh().faceCount, 9u);
 }
 
-/// Wax on a rough surface: some of it lies above the plane, some below.
+/// Wax on a rough surface, partly above and partly below the plane.
 class WaxLimits : public ::testing::Test {
 protected:
     WaxLimits() {
@@ -308,7 +308,7 @@ protected:
     StrokeBench bench{FlatGrid(5)};
 };
 
-TEST_F(WaxLimits, PreferencesCountInTestModeOnly) {
+TEST_F(WaxLimits, PreferencesApplyInTestModeOnly) {
     waxFillsOnly.attribute->SetValue(true, true);
     waxScrapesOnly.attribute->SetValue(true, true);
     const Moves moves = Run();
@@ -327,7 +327,7 @@ TEST_F(WaxLimits, BothTogetherMoveNothing) {
     EXPECT_EQ(moves.down, 0);
     EXPECT_EQ(bench.brush->planeClampMin, 0.0f);
     EXPECT_EQ(bench.brush->planeClampMax, 0.0f);
-    // They stay until the next activation.
+    // They remain until the next activation.
     HostKernel::Instance().SetTestMode(false);
     Run();
     EXPECT_EQ(bench.brush->planeClampMin, 0.0f);

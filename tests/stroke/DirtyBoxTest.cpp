@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What a dab tells the host: the dirty box and the notices to renderers.
+/// \file The dirty box of a dab and its notifications of renderers.
 #include "brush/Registration.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
@@ -28,7 +27,7 @@ void ExpectBox(const AxisAlignedBoundingBox& box, const Vector& low, const Vecto
     EXPECT_FLOAT_EQ(box.maxZ, high.z);
 }
 
-/// Lifts vertex (2, 2) of a flat grid and its four neighbours by a half.
+/// Raises vertex (2, 2) of a flat grid and its four neighbours by a half.
 class DirtyBox : public ::testing::Test {
 protected:
     AxisAlignedBoundingBox Lift(AxisAlignedBoundingBox box = {}) {
@@ -39,11 +38,11 @@ protected:
         return box;
     }
     StrokeBench bench{FlatGrid(4)};
-    /// Twice the diagonal of the face of the hit.
+    /// Twice the diagonal of the hit's face.
     const float margin = std::sqrt(2.0f) * 2.0f;
 };
 
-TEST_F(DirtyBox, EnclosesOldAndNewPlacesAndAMargin) {
+TEST_F(DirtyBox, EnclosesOldAndNewPositionsAndAMargin) {
     ExpectBox(Lift(),
               {1.0f - margin, 1.0f - margin, -margin},
               {3.0f + margin, 3.0f + margin, 0.5f + margin});
@@ -51,13 +50,13 @@ TEST_F(DirtyBox, EnclosesOldAndNewPlacesAndAMargin) {
     EXPECT_EQ(bench.Mesh().Position(6).z, 0.0f);
 }
 
-TEST_F(DirtyBox, AddsToWhatTheHostHandsIn) {
+TEST_F(DirtyBox, ExtendsTheBoxOfTheHost) {
     ExpectBox(Lift({-9.0f, 2.0f, 0.0f, -8.0f, 2.5f, 7.0f}),
               {-9.0f - margin, 1.0f - margin, -margin},
               {3.0f + margin, 3.0f + margin, 7.0f + margin});
 }
 
-TEST_F(DirtyBox, GetsOnlyTheMarginWhileRenderingIsOff) {
+TEST_F(DirtyBox, HasOnlyTheMarginWhileRenderingIsOff) {
     const RenderingOff off;
     ExpectBox(Lift(),
               {1.0f - margin, 1.0f - margin, 1.0f - margin},
@@ -68,7 +67,7 @@ TEST_F(DirtyBox, GetsOnlyTheMarginWhileRenderingIsOff) {
               {margin, margin, margin});
 }
 
-TEST_F(DirtyBox, IsInTheWorldButItsMarginIsTheMeshs) {
+TEST_F(DirtyBox, IsInWorldSpaceWithAMarginInMeshSpace) {
     bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {10.0f, 20.0f, 30.0f});
     const SurfacePoint hit = bench.HitVertex(12);
     bench.Begin();
@@ -83,7 +82,7 @@ TEST_F(DirtyBox, IsInTheWorldButItsMarginIsTheMeshs) {
     EXPECT_NEAR(box.maxZ, 31.0f + margin, 1e-4f);
 }
 
-TEST_F(DirtyBox, HoldsTheHitEvenWhenNothingIsInReach) {
+TEST_F(DirtyBox, ContainsTheHitEvenIfNothingIsInReach) {
     const SurfacePoint hit = bench.HitFace(5);
     bench.Begin();
     AxisAlignedBoundingBox box;
@@ -92,7 +91,7 @@ TEST_F(DirtyBox, HoldsTheHitEvenWhenNothingIsInReach) {
     ExpectBox(box, {1.5f - margin, 1.5f - margin, -margin}, {1.5f + margin, 1.5f + margin, margin});
 }
 
-TEST_F(DirtyBox, WholeMeshPassGetsNoMargin) {
+TEST_F(DirtyBox, WholeMeshPassAddsNoMargin) {
     SurfacePoint hit = bench.HitFace(0);
     bench.Begin();
     bench.brush->wholeMesh = true;
@@ -106,18 +105,19 @@ TEST_F(DirtyBox, WholeMeshPassGetsNoMargin) {
     EXPECT_NEAR(box.maxZ, 0.5f, 1e-4f);
 }
 
-TEST_F(DirtyBox, RefusedDabLeavesItAlone) {
+TEST_F(DirtyBox, RefusedDabDoesNotChangeIt) {
     bench.Mesh().SetLockable(false);
     EXPECT_TRUE(Lift().IsEmpty());
 }
 
-TEST(Notices, TellOfEachChangedPatchAndTheBaseFacesAround) {
+TEST(Notices, ReportEachChangedPatchAndTheBaseFacesAround) {
     StrokeBench bench(FlatGrid(3));
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
-    const SurfacePoint hit = bench.HitVertex(5);  // the middle of faces 0, 1, 3 and 4
+    const SurfacePoint hit = bench.HitVertex(5);  // the common vertex of faces 0, 1, 3 and 4
     bench.Stroke(hit, 0.5f);
     ASSERT_FALSE(renderer.notices.empty());
-    // The walk starts in face 0; only that patch moves the vertex, and the others answer false.
+    // The walk starts in face 0; only that patch moves the vertex, and the tester returns false for
+    // the others.
     EXPECT_EQ(renderer.notices[0], (RecordingRenderer::Notice{0, 0}));
     for (const auto& notice : renderer.notices)
         EXPECT_EQ(notice.vertex, bench.Mesh().faceVertexIndices[notice.face * 4]);
@@ -128,7 +128,7 @@ TEST(Notices, TellOfEachChangedPatchAndTheBaseFacesAround) {
     }
 }
 
-TEST(Notices, TellOfEachVertexWhereARendererWantsIt) {
+TEST(Notices, ReportEachVertexIfARendererRequestsIt) {
     StrokeBench bench(FlatGrid(3));
     RecordingRenderer& coarse = bench.AddRenderer(1.0f);
     RecordingRenderer& exact = bench.AddRenderer(0.0f);

@@ -12,7 +12,7 @@ namespace trovik::test {
 
 using CallLog = std::vector<std::string>;
 
-/// A transformation that answers what it is told; points pass through it unchanged.
+/// A transform that returns preset values; points pass through it unchanged.
 class FakePlace : public Transformation {
 public:
     void LocalToWorld(Vector* out, const Vector* in, float) const override { *out = *in; }
@@ -24,7 +24,7 @@ public:
     Matrix matrix;
 };
 
-/// A change that writes its calls into a log.
+/// A change that writes its calls to a log.
 class FakeChange : public MeshChange {
 public:
     /// \param finishThrows  Finish throws std::runtime_error while this is true.
@@ -51,8 +51,8 @@ private:
     Store<StoredVertexInfo> store;
 };
 
-/// The questions that a brush asks of a mesh, answered as a test sets them and logged. One
-/// triangle; its walks visit nothing. `Base` is Mesh or SubdivisionLevel.
+/// Implements the queries of a brush with values set by a test, and logs them. It is one triangle
+/// whose walks visit nothing. `Base` is Mesh or SubdivisionLevel.
 template <typename Base>
 class FakeOf : public Base {
 public:
@@ -112,7 +112,7 @@ public:
     uint32_t flagsAtUnlock = 0;
 };
 
-/// A mesh that is no level of a geometry.
+/// A mesh that is not a level of a geometry.
 using FakePlainMesh = FakeOf<Mesh>;
 
 class FakeLevel : public FakeOf<SubdivisionLevel> {
@@ -147,7 +147,7 @@ public:
     FakePlace place;
 };
 
-/// A layer of nothing.
+/// An empty layer.
 class FakeLayer : public Layer {
 public:
     Vector* get(Vector* out, uint32_t) const override {

@@ -28,7 +28,7 @@ protected:
     SwiftStroke& brush = *bench.brush;
 };
 
-TEST_F(FakeBinding, OnlyRatiosOfTheScaleCount) {
+TEST_F(FakeBinding, UniformityDependsOnScaleRatiosOnly) {
     EXPECT_FALSE(NonUniform({2.0f, 2.0f, 2.0f}));
     EXPECT_FALSE(NonUniform({0.5f, 0.5f, 0.5f}));
     EXPECT_FALSE(NonUniform({-1.0f, -1.0f, -1.0f}));
@@ -40,7 +40,7 @@ TEST_F(FakeBinding, OnlyRatiosOfTheScaleCount) {
     EXPECT_TRUE(NonUniform({1.0f, 1.0f, 0.98f}));
 }
 
-TEST_F(FakeBinding, LimitsThemselvesCountAsUniform) {
+TEST_F(FakeBinding, RatiosAtTheLimitsCountAsUniform) {
     EXPECT_FALSE(NonUniform({1.0f, 1.01f, 0.99f}));
     EXPECT_FALSE(NonUniform({1.0f, 0.99f, 1.01f}));
     EXPECT_TRUE(NonUniform({1.0f, std::nextafter(1.01f, 2.0f), 1.0f}));
@@ -54,7 +54,7 @@ TEST_F(FakeBinding, ZeroScaleIsNonUniformUnlessAllAxesAreZero) {
     EXPECT_FALSE(NonUniform({0.0f, 0.0f, 0.0f}));
 }
 
-TEST_F(FakeBinding, MatrixIsTakenInLaneOrderForNonUniformScaleOnly) {
+TEST_F(FakeBinding, MatrixIsCopiedInLaneOrderForNonUniformScaleOnly) {
     for (int row = 0; row < 4; ++row)
         for (int column = 0; column < 4; ++column)
             geometry.place.matrix.m[row][column] = static_cast<float>(10 * row + column);
@@ -71,7 +71,7 @@ TEST_F(FakeBinding, MatrixIsTakenInLaneOrderForNonUniformScaleOnly) {
     }
 }
 
-TEST_F(FakeBinding, CopiesWhatTheMeshAnswers) {
+TEST_F(FakeBinding, CopiesTheValuesOfTheMesh) {
     brush.SetMesh(&geometry.level);
     EXPECT_EQ(static_cast<Mesh*>(brush.mesh), &geometry.level);
     EXPECT_FALSE(brush.meshHasFreeze);
@@ -86,7 +86,7 @@ TEST_F(FakeBinding, CopiesWhatTheMeshAnswers) {
     EXPECT_EQ(brush.layer, &layer);
 }
 
-TEST_F(FakeBinding, RefusedLockLeavesTheBrushUnboundInSilence) {
+TEST_F(FakeBinding, RefusedLockLeavesTheBrushUnboundWithoutAMessage) {
     geometry.level.lockable = false;
     HostKernel::Instance().ClearHUDMessages();
     brush.SetMesh(&geometry.level);
@@ -97,7 +97,7 @@ TEST_F(FakeBinding, RefusedLockLeavesTheBrushUnboundInSilence) {
     EXPECT_TRUE(HostKernel::Instance().HUDMessages().empty());
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 
-    // In a stroke the dabs end without a word.
+    // During a stroke the dabs end without a message.
     brush.BeginStroke(&geometry.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     EXPECT_TRUE(brush.strokeActive);
     const AxisAlignedBoundingBox box = bench.Dab(geometry.Hit(), 1.0f);
@@ -106,7 +106,7 @@ TEST_F(FakeBinding, RefusedLockLeavesTheBrushUnboundInSilence) {
     EXPECT_TRUE(HostKernel::Instance().HUDMessages().empty());
 }
 
-TEST_F(FakeBinding, MeshThatIsNoLevelIsAnErrorAndStaysLocked) {
+TEST_F(FakeBinding, MeshThatIsNotALevelIsAnErrorAndStaysLocked) {
     FakePlainMesh plain("plain", log);
     plain.geometry = &geometry;
     brush.SetMesh(&geometry.level);
@@ -125,7 +125,7 @@ TEST_F(FakeBinding, MeshThatIsNoLevelIsAnErrorAndStaysLocked) {
     EXPECT_GT(caught->Line(), 0);
     Error::Dispose(caught);
     EXPECT_EQ(brush.mesh, nullptr);
-    // The earlier binding is gone, the lock of the wrong mesh is held.
+    // The earlier binding is gone, and the lock of the wrong mesh is held.
     ASSERT_EQ(log.size(), 2u);
     EXPECT_EQ(log[0].substr(0, 8), "unlock A");
     EXPECT_EQ(log[1], "lock plain");
@@ -170,7 +170,7 @@ TEST_F(FakeBinding, ErrorInADabLeavesTheStrokeInactive) {
     bench.End();
 }
 
-TEST_F(FakeBinding, TriangleMeshKeepsThePatchMapOfTheBindingBefore) {
+TEST_F(FakeBinding, TriangleMeshKeepsThePatchMapOfThePreviousBinding) {
     bench.Begin();
     PatchMap* const map = brush.patchMap;
     SubdivisionLevel* const owner = brush.patchMapMesh;
@@ -180,7 +180,7 @@ TEST_F(FakeBinding, TriangleMeshKeepsThePatchMapOfTheBindingBefore) {
     EXPECT_EQ(brush.patchMapMesh, owner);
 }
 
-TEST(MeshBinding, PatchMapHangsOnTheLowestQuadLevel) {
+TEST(MeshBinding, PatchMapIsAChildOfTheLowestQuadLevel) {
     StrokeBench quads(Cube(), 2);
     quads.Begin();
     EXPECT_EQ(quads.brush->patchMapMesh, quads.geometry->LevelByIndex(0));
@@ -256,7 +256,7 @@ TEST(MeshBinding, RenderersAreThoseOfTheBoundMesh) {
     bench.End();
 }
 
-TEST(MeshBinding, ZeroFactorOfAnyRendererAsksForEachVertex) {
+TEST(MeshBinding, ZeroFactorOfAnyRendererRequestsEachVertex) {
     for (const auto& [a, b] : {std::pair{0.0f, 1.0f}, {1.0f, -0.0f}}) {
         StrokeBench bench(FlatGrid(2));
         bench.AddRenderer(a);

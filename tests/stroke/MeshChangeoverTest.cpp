@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Strokes that wander from one mesh to another.
+/// \file Strokes that continue from one mesh to another.
 #include "tests/fixture/StrokeBench.h"
 #include "tests/stroke/FakeMesh.h"
 
@@ -10,7 +9,7 @@
 namespace trovik::test {
 namespace {
 
-TEST(MeshChangeover, ThereAndBackHoldsThreePairs) {
+TEST(MeshChangeover, ToAnotherMeshAndBackMakesThreePairs) {
     StrokeBench a(FlatGrid(3));
     StrokeBench b(FlatGrid(3));
     SwiftStroke& brush = *a.brush;
@@ -39,7 +38,7 @@ TEST(MeshChangeover, ThereAndBackHoldsThreePairs) {
     EXPECT_EQ(BitsOf(b.Mesh()), bitsOfB);
 }
 
-TEST(MeshChangeover, VertexTouchedInBothVisitsComesBackToo) {
+TEST(MeshChangeover, VertexTouchedInBothVisitsIsRestored) {
     StrokeBench a(FlatGrid(3));
     StrokeBench b(FlatGrid(3));
     const auto before = BitsOf(a.Mesh());
@@ -78,7 +77,7 @@ TEST(MeshChangeover, PerStrokeValuesStayThoseOfTheFirstMesh) {
     a.End();
 }
 
-TEST(MeshChangeover, LockedStrokeKeepsToItsMesh) {
+TEST(MeshChangeover, LockedStrokeStaysOnItsMesh) {
     StrokeBench a(FlatGrid(3));
     StrokeBench b(FlatGrid(3));
     a.brush->strokeMeshLocked = 1;
@@ -88,13 +87,13 @@ TEST(MeshChangeover, LockedStrokeKeepsToItsMesh) {
     EXPECT_TRUE(box.IsEmpty());
     EXPECT_EQ(static_cast<Mesh*>(a.brush->mesh), &a.Mesh());
     EXPECT_EQ(a.brush->meshChanges.fill, 1u);
-    // The counter has moved all the same.
+    // The counter has still advanced.
     EXPECT_EQ(a.brush->planeDabCount, 0u);
     a.End();
     EXPECT_EQ(BitsOf(b.Mesh()), bitsOfB);
 }
 
-TEST(MeshChangeover, MeshThatRefusesEndsTheDabAndTheNextOneMayBindAgain) {
+TEST(MeshChangeover, RefusingMeshEndsTheDabAndTheNextDabMayBindAgain) {
     StrokeBench a(FlatGrid(3));
     StrokeBench b(FlatGrid(3));
     b.Mesh().SetLockable(false);

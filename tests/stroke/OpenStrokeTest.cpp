@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Strokes whose brush or mesh goes before they end, and what the host refuses until they do.
+/// \file Strokes whose brush or mesh is destroyed before they end, and the operations that the host
+/// refuses until then.
 #include "framework/errors/HostError.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/multires/Steps.h"
@@ -12,10 +12,10 @@
 namespace trovik::test {
 namespace {
 
-/// Strength of the dabs: far less than the radius, so that the next dab is still in reach.
+/// The strength of the dabs: much less than the radius, so that the next dab is still in reach.
 constexpr float step = 0.05f;
 
-/// The text with which `action` is refused; empty if it is not.
+/// The error message of `action`; empty if it succeeds.
 template <class Action>
 std::string RefusalOf(Action action) {
     try {
@@ -26,8 +26,8 @@ std::string RefusalOf(Action action) {
     return {};
 }
 
-/// A mesh with two strokes of its own brush. The third ends over a mesh that refuses its lock, so
-/// its change stays open.
+/// A mesh with two strokes of its own brush. The third stroke ends on another mesh that refuses its
+/// lock, so its change stays open.
 class StrokeOverARefusal : public testing::Test {
 protected:
     StrokeOverARefusal() {
@@ -52,7 +52,7 @@ protected:
 
     StrokeBench other{FlatGrid(3)};
     std::unique_ptr<StrokeBench> a = std::make_unique<StrokeBench>(FlatGrid(3));
-    /// Before the first stroke and after each.
+    /// The states before the first stroke and after each stroke.
     std::vector<std::vector<VertexBits>> states;
 };
 
@@ -66,7 +66,8 @@ TEST_F(StrokeOverARefusal, RefusesUndoUntilItsChangeIsClosed) {
     EXPECT_EQ(History().StepCount(), 2u);
     EXPECT_EQ(History().Position(), 2u);
 
-    // The next stroke closes it, and each stroke is undone alone or with the one that closed it.
+    // The next stroke closes it. Each stroke is undone alone, or together with the stroke that
+    // closed it.
     a->Stroke(a->HitFace(2), 0.8f, step);
     const auto last = BitsOf(a->Mesh());
     EXPECT_TRUE(Undo());
@@ -78,7 +79,7 @@ TEST_F(StrokeOverARefusal, RefusesUndoUntilItsChangeIsClosed) {
     EXPECT_EQ(BitsOf(a->Mesh()), last);
 }
 
-TEST_F(StrokeOverARefusal, RefusesToLoseLevels) {
+TEST_F(StrokeOverARefusal, RefusesToDeleteLevels) {
     a->geometry->Subdivide();
     const auto fine = BitsOf(a->Mesh());
     for (const bool lower : {false, true}) {
@@ -118,7 +119,7 @@ TEST_F(StrokeOverARefusal, MayLoseItsMeshBeforeTheNextStroke) {
     brush->EndStroke();
     EXPECT_EQ(brush->meshChanges.fill, 0u);
     EXPECT_NE(BitsOf(other.Mesh()), between);
-    // Its step joins none of an earlier stroke, though the lost one came first.
+    // Its step is not joined to an earlier stroke, although the destroyed mesh came first.
     EXPECT_TRUE(other.geometry->History().Undo(*other.geometry));
     EXPECT_EQ(BitsOf(other.Mesh()), between);
     EXPECT_TRUE(other.geometry->History().Undo(*other.geometry));
@@ -136,7 +137,7 @@ TEST_F(StrokeOverARefusal, IsUndoneAfterALaterStrokeOfAnotherBrush) {
     const auto last = BitsOf(a->Mesh());
     ASSERT_NE(last, states[3]);
     EXPECT_NE(RefusalOf([&] { Undo(); }), "");
-    // Only now the first brush closes its change, with a stroke that moves nothing.
+    // Only now does the first brush close its change, with a stroke that moves nothing.
     a->Begin();
     a->End();
     for (std::size_t i = 4; i-- > 0;) {
@@ -148,7 +149,7 @@ TEST_F(StrokeOverARefusal, IsUndoneAfterALaterStrokeOfAnotherBrush) {
     EXPECT_EQ(BitsOf(a->Mesh()), last);
 }
 
-TEST(OpenStroke, RefusesUndoOfItsMeshAndOfNoOther) {
+TEST(OpenStroke, RefusesUndoOfItsMeshOnly) {
     StrokeBench bench(FlatGrid(3));
     StrokeBench other(FlatGrid(3));
     const auto before = BitsOf(bench.Mesh());
@@ -182,7 +183,7 @@ TEST(OpenStroke, EndsWithItsBrush) {
     EXPECT_EQ(b.Mesh().OpenChange(), nullptr);
     EXPECT_EQ(BitsOf(a.Mesh()), sculpted);
 
-    // Another brush may lock the mesh, and its stroke is one of its own.
+    // Another brush may lock the mesh, and its stroke is independent.
     SwiftStroke next;
     EXPECT_TRUE(a.Mesh().WouldLock(&next));
     next.BeginStroke(&a.Mesh(), BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
@@ -209,7 +210,7 @@ TEST(OpenStroke, EndsWithTheMeshThatItIsBoundTo) {
     EXPECT_EQ(bench.brush->meshChanges.fill, 0u);
     EXPECT_TRUE(bench.Mesh().Changes().empty());
     EXPECT_NE(BitsOf(bench.Mesh()), before);
-    // The end that the host owes finds nothing to do.
+    // The pending call of EndStroke finds nothing to do.
     bench.End();
     EXPECT_TRUE(bench.geometry->History().Undo(*bench.geometry));
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
@@ -217,7 +218,7 @@ TEST(OpenStroke, EndsWithTheMeshThatItIsBoundTo) {
     EXPECT_NE(BitsOf(bench.Mesh()), before);
 }
 
-TEST(OpenStroke, OfTwoMeshesGoesOnWhenTheOneIsGoneThatItHasLeft) {
+TEST(OpenStroke, ContinuesWhenAMeshItHasLeftIsDestroyed) {
     StrokeBench bench(FlatGrid(3));
     auto other = std::make_unique<StrokeBench>(FlatGrid(3));
     const auto before = BitsOf(bench.Mesh());
@@ -237,12 +238,12 @@ TEST(OpenStroke, OfTwoMeshesGoesOnWhenTheOneIsGoneThatItHasLeft) {
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
 }
 
-TEST(OpenStroke, LockPassesToTheNextBrushThatMayTakeIt) {
+TEST(OpenStroke, LockIsAvailableToTheNextBrush) {
     StrokeBench bench(FlatGrid(3));
     SwiftStroke next;
     bench.Begin();
-    EXPECT_FALSE(bench.Mesh().Lock(&next)) << "a stroke runs";
-    // A stroke that was dropped without an end.
+    EXPECT_FALSE(bench.Mesh().Lock(&next)) << "a stroke is running";
+    // A stroke that was abandoned without an end.
     bench.brush->BeginStroke(
         &bench.Mesh(), BrushOperation::ModifierNone, BrushOperation::TriggerOther);
     bench.brush->strokeActive = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The module as a host meets it: opened at run time, reached through the registries alone.
+/// \file The module from the view of a host: loaded at run time, accessed only through the
+/// registries.
 #include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PreferenceFile.h"
@@ -19,7 +19,7 @@
 namespace trovik::test {
 namespace {
 
-/// Path of the built module.
+/// The path of the built module.
 std::string ModulePath() {
     for (const std::string& folder : PluginFolders()) return folder + "/SwiftStroke.so";
     return "SwiftStroke.so";
@@ -33,7 +33,7 @@ const Plugin* Record() {
 
 const ClassDesc* BrushClass() { return ClassDesc::ByName(QStringLiteral("SwiftStroke")); }
 
-/// What the registries held before the module was opened.
+/// The content of the registries before the module was loaded.
 struct Before {
     uint32_t rows = 99;
     unsigned plugins = 99;
@@ -41,7 +41,7 @@ struct Before {
     bool preference = true;
 };
 
-/// Opens the module once; the tools are registered only by the tests that ask for them.
+/// Loads the module once; only the tests that need the tools register them.
 class PluginLoad : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
@@ -63,7 +63,7 @@ protected:
     static inline bool initialisedAfterOpening = true;
 };
 
-TEST_F(PluginLoad, BringsRecordDescriptorsAndPreferencesButNoTools) {
+TEST_F(PluginLoad, RegistersRecordDescriptorsAndPreferencesButNoTools) {
     EXPECT_EQ(before.rows, 0u);
     EXPECT_EQ(before.plugins, 0u);
     EXPECT_FALSE(before.described);
@@ -79,11 +79,11 @@ TEST_F(PluginLoad, BringsRecordDescriptorsAndPreferencesButNoTools) {
     EXPECT_FALSE(initialisedAfterOpening);
 }
 
-TEST_F(PluginLoad, ObjectsComeIntoBeingInOneOrder) {
+TEST_F(PluginLoad, ObjectsAreConstructedInAFixedOrder) {
     std::vector<std::string> order;
     bool seen = false;
     for (const Registered& entry : RegistrationLog()) {
-        // What the host's own library makes on the way is not the module's.
+        // Objects that the host's own library creates meanwhile do not belong to the module.
         if (entry.kind == "ClassDesc" && entry.name != "SwiftStroke" && entry.name != "PatchMap")
             continue;
         seen = true;
@@ -102,7 +102,7 @@ TEST_F(PluginLoad, ObjectsComeIntoBeingInOneOrder) {
                                         "ClassDesc PatchMap"}));
 }
 
-TEST_F(PluginLoad, PreferencesBearTheirLabelsDefaultsAndRange) {
+TEST_F(PluginLoad, PreferencesHaveTheirLabelsDefaultsAndRange) {
     int preferences = 0;
     for (const Registered& entry : RegistrationLog()) {
         if (entry.kind != "Bool" && entry.kind != "Float") continue;
@@ -123,7 +123,7 @@ TEST_F(PluginLoad, PreferencesBearTheirLabelsDefaultsAndRange) {
     EXPECT_EQ(preferences, 6);
 }
 
-TEST_F(PluginLoad, InitialiserBringsFifteenToolsOnce) {
+TEST_F(PluginLoad, InitialiserRegistersFifteenToolsOnce) {
     LoadPlugin(ModulePath());
     EXPECT_TRUE(Record()->IsInitialised());
     EXPECT_EQ(BrushOperation::ConfigurationCount(), 15u);
@@ -165,7 +165,7 @@ TEST_F(PluginLoad, BrushFromTheModuleSculptsThroughTheContractAlone) {
 }
 
 TEST_F(PluginLoad, ErrorsOfTheModuleReachTheHost) {
-    // Thrown in the module, caught here: the type is one and the same.
+    // Thrown in the module and caught here: the type is the same.
     const std::unique_ptr<TreeNode> parent(new TreeNode);
     std::unique_ptr<Node> map(ClassDesc::ByName(QStringLiteral("PatchMap"))->Create());
     auto* child = dynamic_cast<TreeNode*>(map.get());
@@ -183,7 +183,7 @@ TEST_F(PluginLoad, ErrorsOfTheModuleReachTheHost) {
     EXPECT_EQ(caught->Message(), QStringLiteral("Wrong parrent for PatchMap class"));
     Error::Dispose(caught);
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
-    // The child was linked before it was told.
+    // The child was linked before it was notified.
     if (child->Parent() != nullptr) map.release();
 }
 

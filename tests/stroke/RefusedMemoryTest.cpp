@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Memory that is refused in the middle of a stroke, and what holds between dabs all the same.
+/// \file Memory that is refused during a stroke, and the invariants that still hold between dabs.
 #include "framework/multires/LevelChange.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
@@ -16,7 +15,7 @@
 
 namespace {
 
-/// The size of array that the system refuses; 0 for none.
+/// The array size that the system refuses; 0 if none.
 std::size_t refusedBytes = 0;
 
 }  // namespace
@@ -32,7 +31,7 @@ void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); 
 namespace trovik::test {
 namespace {
 
-/// The system has no array of so many pairs of mesh and change, while this lives.
+/// Refuses memory for an array of this many pairs of mesh and change, during its lifetime.
 class NoRoomForPairs {
 public:
     explicit NoRoomForPairs(std::size_t pairs) { refusedBytes = pairs * sizeof(MeshChangePair); }
@@ -41,7 +40,7 @@ public:
     NoRoomForPairs& operator=(const NoRoomForPairs&) = delete;
 };
 
-/// Runs `action`, which memory is refused.
+/// Runs `action`, expecting that memory is refused.
 template <class Action>
 void ExpectRefusal(Action action) {
     try {
@@ -56,7 +55,8 @@ void ExpectRefusal(Action action) {
 class RefusedPair : public testing::Test {
 protected:
     ~RefusedPair() override { brush.EndStroke(); }
-    /// The pair of `other` was not kept: its change is gone, and so is the binding.
+    /// Expects that the pair of `other` was not stored: there is neither its change nor the
+    /// binding.
     void ExpectUnbound(FakeGeometry& other) {
         EXPECT_EQ(brush.mesh, nullptr);
         ASSERT_EQ(log.size(), 3u);
@@ -94,14 +94,14 @@ TEST_F(RefusedPair, OfTheFirstMeshLeavesNoBinding) {
     ExpectUnbound(b);
     EXPECT_TRUE(brush.strokeActive);
     EXPECT_EQ(brush.meshChanges.fill, 0u);
-    // With memory again the next dab binds.
+    // With memory available again, the next dab binds.
     a.Dab(b.Hit(), 1.0f);
     EXPECT_EQ(static_cast<Mesh*>(brush.mesh), &b.level);
     EXPECT_EQ(b.level.walks, 1);
     EXPECT_EQ(brush.CurrentChange()->mesh, &b.level);
 }
 
-TEST_F(RefusedPair, OfTheSecondMeshLeavesTheFirstOnesChangeAlone) {
+TEST_F(RefusedPair, OfTheSecondMeshKeepsTheChangeOfTheFirst) {
     a.Begin();
     a.Dab(a.HitFace(4), 0.8f);
     MeshChange* const change = brush.CurrentChange();
@@ -123,7 +123,7 @@ TEST_F(RefusedPair, OfTheSecondMeshLeavesTheFirstOnesChangeAlone) {
     EXPECT_EQ(*change->recordCount, records);
 }
 
-/// Both meshes are real, and the second is larger: its records would not fit the first one's
+/// Both meshes are real, and the second is larger: its records would not fit into the first one's
 /// storage.
 TEST(RefusedPairOfTwoMeshes, NothingOfTheSecondMeshIsTouched) {
     StrokeBench a(FlatGrid(2));
@@ -154,15 +154,15 @@ TEST(RefusedPairOfTwoMeshes, NothingOfTheSecondMeshIsTouched) {
     EXPECT_EQ(BitsOf(b.Mesh()), bitsOfB);
 }
 
-/// Begins a stroke that takes over no records of the one before.
+/// Begins a stroke that does not reuse the records of the previous one.
 void BeginWithoutRecords(StrokeBench& bench) {
     LevelChange::DropSpareMemory();
     bench.Begin();
 }
 
-/// A dab that is refused memory for most of its records.
+/// Applies a dab that is refused memory for most of its records.
 void RefuseRecords(StrokeBench& bench, uint32_t face, float radius) {
-    // Room for seven records: 1 + 3 + 7 of them while the array grows.
+    // Memory for seven records: 1 + 3 + 7 of them while the array grows.
     const MemoryLimit limit(11 * sizeof(StoredVertexInfo) + 64);
     ExpectRefusal([&] { bench.Dab(bench.HitFace(face), radius, 0.1f); });
 }
@@ -173,12 +173,13 @@ TEST(RefusedRecords, OfAWalkOverTrianglesLeaveNoPendingNormals) {
     SwiftStroke& brush = *large.brush;
     BeginWithoutRecords(large);
     const uint32_t stamp = large.Mesh().visitStamp;
-    // Room for the pairs of the walk, which come before the records.
+    // Capacity for the pairs of the walk, which are stored before the records.
     brush.deferredNormals.SetCapacity(512);
     RefuseRecords(large, 799, 5.0f);
     EXPECT_EQ(brush.deferredNormals.fill, 0u);
     EXPECT_GT(large.Mesh().changeRecordCount, 0u);
-    EXPECT_EQ(large.Mesh().visitStamp, stamp + 1) << "what the walk has marked is not seen";
+    EXPECT_EQ(large.Mesh().visitStamp, stamp + 1)
+        << "the vertices marked by the walk are not treated as visited";
     EXPECT_EQ(brush.positionGridAllocation, nullptr);
     // These normals would be those of vertices that the small mesh does not have.
     large.Dab(small.HitFace(0), 0.8f);
@@ -242,7 +243,7 @@ TEST(Unwinding, FromAPlaneSampleEndsTheSampling) {
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 }
 
-/// An image whose file is gone.
+/// An image whose file was deleted.
 class LostImage : public TestImage {
 public:
     LostImage() : TestImage(4, 4, std::vector<float>(16, 1.0f)) {}
@@ -253,7 +254,7 @@ public:
     bool isLost = true;
 };
 
-TEST(Unwinding, FromAStampThatCannotBeReadLeavesNoHalfReadStamp) {
+TEST(Unwinding, FromAnUnreadableStampLeavesNoPartlyReadStamp) {
     StrokeBench bench(FlatGrid(4));
     SwiftStroke& brush = *bench.brush;
     GiveStamp(brush, QStringLiteral("plain"), 1, 1, {1.0f});

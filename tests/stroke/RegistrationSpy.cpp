@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Functions that bear the names of the host's registering constructors. The program's come before
-/// the host library's, so an opened module calls these; they write down the arguments and go on to
-/// the real ones. No registry of the host tells the order across registries, nor keeps the labels.
+/// \file Functions with the names of the host's registering constructors. The program's functions
+/// precede those of the host library in symbol resolution, so a loaded module calls them. They
+/// record the arguments and forward to the original functions. The host's registries store neither
+/// the order across registries nor the labels.
 #include "tests/stroke/RegistrationSpy.h"
 
 #include "host/ClassDesc.h"

@@ -6,7 +6,7 @@
 
 namespace trovik::test {
 
-/// One object that a library made while it was opened.
+/// An object that a library created while it was loaded.
 struct Registered {
     std::string kind;      ///< "ClassDesc", "Plugin", "Bool" or "Float"
     std::string name;      ///< name or key
@@ -19,8 +19,8 @@ struct Registered {
     bool lastArgument = false;
 };
 
-/// Descriptors, plug-in records and preferences in the order of their construction, from the start
-/// of the process on. Only what other libraries than the host's make is sure to be seen.
+/// Descriptors, plug-in records and preferences in the order of their construction since the start
+/// of the process. Only objects of libraries other than the host's are guaranteed to be recorded.
 std::vector<Registered>& RegistrationLog();
 
 }  // namespace trovik::test

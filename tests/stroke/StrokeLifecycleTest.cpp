@@ -29,7 +29,7 @@ TEST(StrokeBegin, CubesTheBuildUpRate) {
         bench.brush->buildUpRate.SetValue(rate, true);
         bench.Begin();
         EXPECT_EQ(bench.brush->buildUpRateCubed, cube);
-        // A change in mid-stroke waits for the next one.
+        // A change during a stroke takes effect in the next one.
         bench.brush->buildUpRate.SetValue(0.75f, true);
         bench.Dab(bench.HitFace(0), 0.5f);
         EXPECT_EQ(bench.brush->buildUpRateCubed, cube);
@@ -37,7 +37,7 @@ TEST(StrokeBegin, CubesTheBuildUpRate) {
     }
 }
 
-TEST(StrokeBegin, SmoothModifierTurnsTheWholeStrokeIntoSmooth) {
+TEST(StrokeBegin, SmoothModifierMakesTheWholeStrokeSmooth) {
     StrokeBench bench(FlatGrid(2));
     bench.Activate(Tool::Flatten);
     BrushConfiguration* const flatten = bench.brush->ActiveConfiguration();
@@ -71,7 +71,7 @@ TEST(StrokeBegin, SmoothModifierOnSmoothActivatesNothing) {
     EXPECT_EQ(brush.ActiveConfiguration(), smoothConfiguration);
 }
 
-TEST(StrokeBegin, ActivationByTheHostInMidStrokeDropsTheReturn) {
+TEST(StrokeBegin, ActivationByTheHostDuringAStrokeCancelsTheToolReturn) {
     StrokeBench bench(FlatGrid(2));
     bench.Activate(Tool::Flatten);
     bench.Begin(BrushOperation::ModifierSmooth);
@@ -80,7 +80,7 @@ TEST(StrokeBegin, ActivationByTheHostInMidStrokeDropsTheReturn) {
     EXPECT_EQ(bench.brush->ActiveConfiguration()->ID(), static_cast<uint32_t>(Tool::Wax));
 }
 
-TEST(StrokeBegin, InversionTurnsStrengthOrPlaneOrNothing) {
+TEST(StrokeBegin, InversionNegatesStrengthOrPlaneOrNothing) {
     StrokeBench bench(FlatGrid(2));
     struct Case {
         Tool tool;
@@ -115,7 +115,7 @@ TEST(StrokeBegin, SmoothModifierWithoutAToolBeginsNothing) {
     bench.brush = std::make_unique<SwiftStroke>();
     SwiftStroke& brush = *bench.brush;
     ASSERT_EQ(brush.ActiveConfiguration(), nullptr);
-    // A stroke before this one has left its falloff.
+    // An earlier stroke has left its falloff.
     bench.Begin();
     bench.End();
     ASSERT_NE(brush.falloffTable, nullptr);
@@ -130,19 +130,19 @@ TEST(StrokeBegin, SmoothModifierWithoutAToolBeginsNothing) {
     EXPECT_EQ(brush.ActiveConfiguration(), nullptr);
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
-    // The next stroke is as any other.
+    // The next stroke is an ordinary one.
     bench.Activate(Tool::Sculpt);
     bench.Stroke(bench.HitFace(0), 1.0f);
     EXPECT_NE(BitsOf(bench.Mesh()), before);
 }
 
-TEST(StrokeBegin, OtherTriggersDropTheMeshAndSculptNothing) {
+TEST(StrokeBegin, OtherTriggersReleaseTheMeshAndSculptNothing) {
     CallLog log;
     FakeGeometry geometry("A", log);
     StrokeBench bench(FlatGrid(2));
     bench.Activate(Tool::Flatten);
     SwiftStroke& brush = *bench.brush;
-    // A binding that nobody ended is dropped without being unlocked.
+    // A binding that was not ended is dropped without being unlocked.
     brush.SetMesh(&geometry.level);
     ASSERT_NE(brush.mesh, nullptr);
     log.clear();
@@ -157,14 +157,14 @@ TEST(StrokeBegin, OtherTriggersDropTheMeshAndSculptNothing) {
     EXPECT_TRUE(brush.isPlaneTool);
     EXPECT_FALSE(brush.isSmooth);
     EXPECT_TRUE(log.empty());
-    // The pair waits for a stroke that closes it.
+    // The pair remains until a stroke closes it.
     EXPECT_EQ(brush.meshChanges.fill, 1u);
     bench.Begin();
     bench.End();
     EXPECT_EQ(log, (CallLog{"finish A0 keep alone", "delete A0"}));
 }
 
-TEST(StrokeBegin, MeshScaleGivesStrengthAndInverseScale) {
+TEST(StrokeBegin, MeshScaleDeterminesStrengthAndInverseScale) {
     CallLog log;
     FakeGeometry geometry("A", log);
     StrokeBench bench(FlatGrid(2));
@@ -188,7 +188,7 @@ TEST(StrokeBegin, MeshScaleGivesStrengthAndInverseScale) {
     EXPECT_EQ(brush.strokeStrengthScale, 1.0f);
 }
 
-TEST(StrokeBegin, MirroredMeshTakesTheStepsOfOneThatIsNot) {
+TEST(StrokeBegin, MirroredMeshGetsTheSameStepsAsAnUnmirroredOne) {
     StrokeBench bench(FlatGrid(2));
     for (const Vector& scale :
          {Vector(-2.0f, 2.0f, 2.0f), Vector(-2.0f, -2.0f, 2.0f), Vector(-2.0f, -2.0f, -2.0f)}) {
@@ -218,7 +218,7 @@ TEST(StrokeBegin, WithoutAMeshTheFirstDabBinds) {
     EXPECT_FALSE(brush.strokeActive);
 }
 
-TEST(StrokeBegin, MeshWithoutExtentAlongAnAxisMovesNothing) {
+TEST(StrokeBegin, MeshWithZeroScaleAlongAnAxisMovesNothing) {
     StrokeBench bench(FlatGrid(4));
     bench.geometry->Place().Set({0.0f, 1.0f, 1.0f}, {}, {});
     const auto before = BitsOf(bench.Mesh());
@@ -231,7 +231,7 @@ TEST(StrokeBegin, MeshWithoutExtentAlongAnAxisMovesNothing) {
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
 }
 
-TEST(StrokeBegin, SmoothingDistanceGivesTheRefinementInterval) {
+TEST(StrokeBegin, SmoothingDistanceDeterminesTheRefinementInterval) {
     StrokeBench bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     brush.useTessellator = true;
@@ -286,7 +286,7 @@ TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
         [](StrokeBench& bench) {
             SetFalloffSamples(*bench.brush, std::vector<float>(3000, 0.75f));
         },
-        // The tool's own defaults, and the settings that it was left with.
+        // The tool's own defaults, and the settings from its last use.
         [](StrokeBench& bench) { bench.brush->ResetBrushConfiguration(); },
         [](StrokeBench& bench) {
             bench.brush->SetActiveConfiguration(bench.brush->ActiveConfiguration());
@@ -318,11 +318,11 @@ TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
     other.Dab(other.HitFace(100), 3.0f);
     other.Dab(other.HitFace(186), 3.0f);
     other.End();
-    ASSERT_NE(BitsOf(other.Mesh()), expected) << "the falloff counts";
+    ASSERT_NE(BitsOf(other.Mesh()), expected) << "the falloff is used";
     for (const auto& change : changes) EXPECT_EQ(bits(change), expected);
 }
 
-TEST(StrokeBegin, EmptyFalloffCountsAsNone) {
+TEST(StrokeBegin, EmptyFalloffCountsAsMissing) {
     StrokeBench bench(FlatGrid(2));
     SetFalloffSamples(*bench.brush, {});
     const auto before = BitsOf(bench.Mesh());
@@ -396,7 +396,7 @@ TEST(StrokeEnd, FinishesChangesInTheOrderOfTheirBinding) {
     EXPECT_FALSE(brush.coarseMeshWarned);
 }
 
-TEST(StrokeEnd, UnboundStrokeLeavesItsPairsToALaterOne) {
+TEST(StrokeEnd, PairsOfAnUnboundStrokeAreClosedByALaterOne) {
     CallLog log;
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
@@ -418,7 +418,7 @@ TEST(StrokeEnd, UnboundStrokeLeavesItsPairsToALaterOne) {
     EXPECT_EQ(brush.meshChanges.fill, 0u);
 }
 
-TEST(StrokeEnd, ChangeThatCannotBeFinishedEndsTheStrokeBeforeItsErrorLeaves) {
+TEST(StrokeEnd, ErrorOfFinishIsThrownAfterTheStrokeHasEnded) {
     CallLog log;
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
@@ -441,7 +441,7 @@ TEST(StrokeEnd, ChangeThatCannotBeFinishedEndsTheStrokeBeforeItsErrorLeaves) {
     bench.End();
 }
 
-TEST(StrokeEnd, MeshSeesAStrokeExactlyBetweenBeginAndEnd) {
+TEST(StrokeEnd, MeshReportsAStrokeExactlyBetweenBeginAndEnd) {
     CallLog log;
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);

@@ -11,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// FlatGrid(n) refined twice: cells of a quarter, 4 x 4 to a base face.
+/// FlatGrid(n) with two subdivisions: cells of a quarter unit, 4 x 4 per base face.
 class Sampling : public ::testing::Test {
 protected:
     void Open(unsigned n, unsigned subdivisions = 2) {
@@ -44,7 +44,7 @@ protected:
         ADD_FAILURE() << "no face at " << column << ", " << row;
         return 0;
     }
-    /// The hit in a cell, and the brush as a dab there would have set it.
+    /// The hit in a cell, with the brush in the state that a dab there would set.
     SurfacePoint HitCell(
         uint32_t column, uint32_t row, uint32_t patchLevel, float radius, const Vector& centre) {
         SurfacePoint hit = bench->HitFace(FaceAt(column, row));
@@ -69,7 +69,7 @@ protected:
         }
         return touched;
     }
-    /// Mean position of a cross walk over a flat grid, worked out by itself.
+    /// The mean position of a cross walk over a flat grid, computed independently.
     Vector CrossMean(int column, int row, unsigned steps, float radius, const Vector& centre) {
         const int starts[4][2] = {
             {column, row}, {column + 1, row}, {column + 1, row + 1}, {column, row + 1}};
@@ -89,7 +89,7 @@ protected:
                 weights += w;
                 for (int k = 0; k < 2; ++k) {
                     const int next = cell[k] + moves[arm][k];
-                    // At the border the cursor stays.
+                    // At the border the cursor does not move.
                     if (next >= 0 && next < static_cast<int>(side)) cell[k] = next;
                 }
             }
@@ -116,9 +116,10 @@ TEST_F(Sampling, SmallBrushReadsTheFourCornersOfTheCell) {
     EXPECT_EQ(Brush().planeDabCount, 0u);
 }
 
-TEST_F(Sampling, NormalsWeighByDistance) {
+TEST_F(Sampling, NormalsAreWeightedByDistance) {
     Open(3);
-    // Exactly at the corner (6, 5): its weight is 1, the others' follow from their distance.
+    // Exactly at the corner (6, 5): its weight is 1, and the other weights follow from the
+    // distances.
     const Vector centre(1.5f, 1.25f, 0.0f);
     const SurfacePoint hit = HitCell(6, 5, 0, 1.0f, centre);
     Mesh().vertexNormals.array[VertexAt(6, 5)] = {32767, 0, 0, 0};
@@ -137,7 +138,7 @@ TEST_F(Sampling, NormalsWeighByDistance) {
 
 TEST_F(Sampling, ArmsReachAboutOneRadius) {
     Open(3);
-    // Patches of 4 x 4 cells, their diagonal sqrt 2: radius 0.9 gives 2 steps.
+    // Patches of 4 x 4 cells with a diagonal of sqrt 2: a radius of 0.9 gives 2 steps.
     const Vector centre(1.6f, 1.4f, 0.0f);
     const SurfacePoint hit = HitCell(6, 5, 2, 0.9f, centre);
     Brush().SamplePlane(hit);
@@ -165,8 +166,8 @@ TEST_F(Sampling, ArmsNeverExceedOnePatchSide) {
 
 TEST_F(Sampling, ArmEndsWhereItLeavesTheBrush) {
     Open(5);
-    // Three steps by the radius, but the centre lies off to the left: the arm to the right ends
-    // early. The vertex on which it ends has a record all the same.
+    // Three steps by the radius, but the centre is off to the left, so the arm to the right ends
+    // early. Its last vertex still has a record.
     const Vector centre(1.75f, 2.4f, 0.0f);
     const SurfacePoint hit = HitCell(10, 9, 2, 1.1f, centre);
     Brush().SamplePlane(hit);
@@ -178,7 +179,7 @@ TEST_F(Sampling, ArmEndsWhereItLeavesTheBrush) {
     ExpectNear(Brush().planePoints[0], CrossMean(10, 9, 3, 1.1f, centre), 1e-5f);
 }
 
-TEST_F(Sampling, OpenBorderIsSampledAgainAndAgain) {
+TEST_F(Sampling, OpenBorderIsSampledRepeatedly) {
     Open(2);
     const Vector centre(0.1f, 0.1f, 0.0f);
     const SurfacePoint hit = HitCell(0, 0, 2, 1.3f, centre);
@@ -215,25 +216,25 @@ TEST_F(Sampling, WeightsOfExactlyZeroAreNotGuarded) {
     EXPECT_EQ(Brush().directions[0], Vector());
 }
 
-TEST_F(Sampling, BrushWithoutARadiusTakesOneStep) {
+TEST_F(Sampling, BrushOfRadiusZeroTakesOneStep) {
     Open(3);
     SurfacePoint hit = HitCell(6, 5, 2, 0.0f, {1.5f, 1.25f, 0.0f});
     Brush().SamplePlane(hit);
     EXPECT_EQ(Touched(), (std::set<std::pair<int, int>>{{6, 5}, {7, 5}, {7, 6}, {6, 6}}));
-    // The same over a patch without extent, where the length of an arm is no number.
+    // The same over a degenerate patch, where the length of an arm is NaN.
     LevelMesh& patches = *bench->geometry->Level(0);
     const uint32_t* patch = patches.faceVertexIndices.array + (hit.face / 16) * 4;
     patches.SetPosition(patch[2], patches.Position(patch[0]));
     Brush().SamplePlane(hit);
     EXPECT_EQ(Touched().size(), 4u);
-    // With a radius the arms over such a patch are endless, and end at one patch side.
+    // With a radius the arms over such a patch are infinite, and end after one patch side.
     Brush().localCenter = Vector(1.6f, 1.4f, 0.0f);
     Brush().setRadius(50.0f);
     Brush().SamplePlane(hit);
     EXPECT_EQ(Touched().size(), 16u);
 }
 
-TEST_F(Sampling, VertexAtTheCentreOfABrushWithoutARadiusIsNoSample) {
+TEST_F(Sampling, VertexAtTheCentreOfABrushOfRadiusZeroIsNotSampled) {
     Open(3, 0);
     SurfacePoint hit = HitCell(1, 1, 0, 0.0f, {1.0f, 1.0f, 0.0f});
     hit.normal = Vector(0.6f, 0.0f, 0.8f);
@@ -243,7 +244,7 @@ TEST_F(Sampling, VertexAtTheCentreOfABrushWithoutARadiusIsNoSample) {
     EXPECT_EQ(Brush().planeDistances[0], 0.0f);
 }
 
-TEST_F(Sampling, CrossReadsFirstTouchAndNotThePresent) {
+TEST_F(Sampling, CrossReadsFirstTouchPositions) {
     Open(3);
     const Vector centre(1.6f, 1.4f, 0.0f);
     const SurfacePoint hit = HitCell(6, 5, 0, 0.3f, centre);
@@ -261,7 +262,7 @@ TEST_F(Sampling, CrossReadsFirstTouchAndNotThePresent) {
     ExpectNear(Brush().directions[0], {0.0f, 0.0f, 1.0f}, 1e-6f);
 }
 
-TEST_F(Sampling, CrossReservesLayerSlotsWhereThereIsALayer) {
+TEST_F(Sampling, CrossReservesSlotsOfTheActiveLayer) {
     Open(3);
     bench->End();
     SculptLayer& layer = bench->AddLayer();
@@ -295,7 +296,7 @@ TEST_F(Sampling, AreaIsTheMeanOfAllVerticesInReach) {
         EXPECT_FALSE(Brush().planeSampling);
     }
     EXPECT_EQ(Mesh().visitStamp, stamp + 3);
-    // Reading opens no undo records.
+    // Reading makes no undo records.
     EXPECT_EQ(*Brush().CurrentChange()->recordCount, 0u);
 }
 
@@ -312,7 +313,7 @@ TEST_F(Sampling, AreaWithoutAnyVertexKeepsTheOldPoint) {
     EXPECT_EQ(Brush().planeDistances[0], 0.0f);
 }
 
-TEST_F(Sampling, TiltedPlaneIsFoundByBothWays) {
+TEST_F(Sampling, TiltedPlaneIsFoundByBothMethods) {
     PolygonMesh tilted = FlatGrid(4);
     for (auto& p : tilted.positions) p[2] = 0.5f * p[0] + 0.25f * p[1] + 2.0f;
     const Vector normal = Vector(-0.5f, -0.25f, 1.0f).Normalized();
@@ -348,7 +349,7 @@ TEST_F(Sampling, TrianglesAreSampledByTheVertexWalk) {
     }
     EXPECT_GT(count, 2);
     ExpectNear(b.planePoints[0], sum * static_cast<float>(1.0 / count), 1e-5f);
-    // The walk counts once of itself, the sampling once more; then comes the dab's own walk.
+    // The walk itself counts once, the sampling once more, and then the dab's own walk.
     EXPECT_EQ(bottom.Mesh().visitStamp, stamp + 3);
     bottom.End();
 }
@@ -368,7 +369,7 @@ protected:
     SurfacePoint hit;
 };
 
-TEST_F(RunningMean, FourthSampleWeighsAQuarter) {
+TEST_F(RunningMean, FourthSampleHasAWeightOfAQuarter) {
     Brush().planeDabCount = 3;
     Brush().SamplePlane(hit);
     EXPECT_EQ(Brush().planeDabCount, 3u);
@@ -380,14 +381,14 @@ TEST_F(RunningMean, FourthSampleWeighsAQuarter) {
         Brush().planeDistances[0], (Brush().planePoints[0].x * 3.0f + 6.0f) / length, 1e-4f);
 }
 
-TEST_F(RunningMean, FirstSampleStandsAlone) {
+TEST_F(RunningMean, FirstSampleIsUsedAlone) {
     Brush().planeDabCount = 0;
     Brush().SamplePlane(hit);
     ExpectNear(Brush().directions[0], {0.0f, 0.0f, 1.0f}, 1e-6f);
     ExpectNear(Brush().planePoints[0], {1.625f, 1.375f, 0.0f}, 1e-6f);
 }
 
-TEST_F(RunningMean, WithoutAGlobalPlaneEachSampleStandsAlone) {
+TEST_F(RunningMean, WithoutAGlobalPlaneEachSampleIsUsedAlone) {
     Brush().globalPlane.SetValue(false, true);
     Brush().planeDabCount = 3;
     Brush().SamplePlane(hit);
@@ -395,7 +396,7 @@ TEST_F(RunningMean, WithoutAGlobalPlaneEachSampleStandsAlone) {
     ExpectNear(Brush().planePoints[0], {1.625f, 1.375f, 0.0f}, 1e-6f);
 }
 
-TEST_F(RunningMean, IsForPlaneToolsOnly) {
+TEST_F(RunningMean, AppliesToPlaneToolsOnly) {
     Brush().setIsPlaneTool(false);
     Brush().planeDabCount = 3;
     Brush().SamplePlane(hit);
@@ -403,7 +404,7 @@ TEST_F(RunningMean, IsForPlaneToolsOnly) {
     ExpectNear(Brush().planePoints[0], {1.625f, 1.375f, 0.0f}, 1e-6f);
 }
 
-TEST_F(RunningMean, MirroredPassHasASumOfItsOwn) {
+TEST_F(RunningMean, MirroredPassHasItsOwnSum) {
     Brush().mirrorPass = 1;
     Brush().planeDabCount = 0;
     Brush().SamplePlane(hit);
@@ -411,7 +412,7 @@ TEST_F(RunningMean, MirroredPassHasASumOfItsOwn) {
     EXPECT_EQ(Brush().planePoints[0], Vector(5.0f, 6.0f, 8.0f));
 }
 
-/// Strokes of Flatten over two places of a surface that lies at z = 1 and z = 2.
+/// Strokes of Flatten over two parts of a surface, at z = 1 and z = 2.
 class PlaneOverAStroke : public ::testing::Test {
 protected:
     PlaneOverAStroke() : bench(Terrace()) {
@@ -423,7 +424,7 @@ protected:
         for (auto& p : mesh.positions) p[2] = p[0] < 4.5f ? 1.0f : 2.0f;
         return mesh;
     }
-    /// Distances of the planes of two dabs, on the low and on the high step.
+    /// The distances of the planes of two dabs, on the low and on the high step.
     std::pair<float, float> Distances(bool update, bool global) {
         bench.brush->updatePlane.SetValue(update, true);
         bench.brush->globalPlane.SetValue(global, true);

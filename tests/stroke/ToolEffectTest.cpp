@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What each tool does to a bumpy surface, by the sense of its displacements.
+/// \file The effect of each tool on a bumpy surface, by the sign of its displacements.
 #include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
@@ -30,7 +29,7 @@ protected:
     }
 
     std::vector<Vector> Positions() { return PositionsOf(bench.Mesh()); }
-    /// One dab with the tool in the middle; `direction` as the modes are numbered.
+    /// Applies one dab with the tool in the middle; `direction` is the number of the mode.
     void Dab(Tool tool,
              float strength,
              int direction = 0,
@@ -47,8 +46,8 @@ protected:
         bench.End();
         after = Positions();
     }
-    /// Smallest and largest move along a direction over the vertices that the brush reached, and
-    /// the number that moved at all.
+    /// The minimum and maximum move along a direction over the vertices that the brush reached, and
+    /// the number of vertices that moved.
     struct Moves {
         float least = 1e9f, most = -1e9f;
         int reached = 0, moved = 0, movedBeyond = 0;
@@ -70,7 +69,7 @@ protected:
         EXPECT_EQ(moves.movedBeyond, 0);
         return moves;
     }
-    /// Sum of squared distances to the dab's plane of the vertices in reach.
+    /// The sum of squared distances of the vertices in reach to the dab's plane.
     float Deviation(const std::vector<Vector>& positions) const {
         float sum = 0.0f;
         for (std::size_t v = 0; v < before.size(); ++v) {
@@ -80,7 +79,7 @@ protected:
         }
         return sum;
     }
-    /// Sum of squared differences along the edges in reach.
+    /// The sum of squared differences along the edges in reach.
     float Roughness(const std::vector<Vector>& positions) {
         float sum = 0.0f;
         const LevelMesh& mesh = bench.Mesh();
@@ -113,7 +112,7 @@ protected:
     const Vector up{0.0f, 0.0f, 1.0f};
 };
 
-TEST_F(ToolEffect, PushingToolsLiftEveryVertexInReachByTheirWeight) {
+TEST_F(ToolEffect, PushingToolsRaiseEveryVertexInReachByItsWeight) {
     for (const Tool tool :
          {Tool::Sculpt, Tool::Spray, Tool::Repeat, Tool::Knife, Tool::Foamy, Tool::Imprint}) {
         before = Positions();
@@ -133,7 +132,7 @@ TEST_F(ToolEffect, InvertedSculptLowers) {
     EXPECT_NEAR(moves.most, -0.25f, 1e-6f);
 }
 
-TEST_F(ToolEffect, BuildUpRateHoldsThePushBack) {
+TEST_F(ToolEffect, BuildUpRateWeakensThePush) {
     bench.Activate(Tool::Sculpt);
     bench.brush->setBuildUpRate(0.5f);
     hit = bench.HitVertex(middle);
@@ -142,14 +141,14 @@ TEST_F(ToolEffect, BuildUpRateHoldsThePushBack) {
     bench.Dab(hit, radius, 0.25f);
     after = Positions();
     EXPECT_NEAR(Along(up).most, 0.25f * 0.125f, 1e-6f);
-    // The build-up of the first dab, 1/8, is taken off the second.
+    // The build-up of the first dab, 1/8, is subtracted from the second.
     bench.Dab(hit, radius, 0.25f);
     after = Positions();
     EXPECT_NEAR(Along(up).most, 0.25f * 0.125f * (1.0f + 0.875f), 1e-6f);
     bench.End();
 }
 
-TEST_F(ToolEffect, FullBuildUpMovesOnceAStroke) {
+TEST_F(ToolEffect, FullBuildUpMovesOncePerStroke) {
     bench.Activate(Tool::Sculpt);
     hit = bench.HitVertex(middle);
     hit.normal = up;
@@ -184,7 +183,7 @@ TEST_F(ToolEffect, SmearMovesAlongTheStroke) {
     EXPECT_EQ(Along(up).most, 0.0f);
 }
 
-TEST_F(ToolEffect, PinchDrawsTowardsTheCentre) {
+TEST_F(ToolEffect, PinchMovesTowardsTheCentre) {
     Dab(Tool::Pinch, 50.0f);
     EXPECT_GT(Along(up).moved, 50);
     // Strength 50 x 0.01 x 0.1.
@@ -192,12 +191,12 @@ TEST_F(ToolEffect, PinchDrawsTowardsTheCentre) {
     EXPECT_EQ(after[middle], before[middle]);
 }
 
-TEST_F(ToolEffect, InvertedPinchDrivesApart) {
+TEST_F(ToolEffect, InvertedPinchMovesAwayFromTheCentre) {
     Dab(Tool::Pinch, 50.0f, 0, BrushOperation::ModifierInvert);
     EXPECT_NEAR(MeanDistance(after), MeanDistance(before) * 1.05f, 1e-3f);
 }
 
-TEST_F(ToolEffect, SmoothTakesRoughnessAway) {
+TEST_F(ToolEffect, SmoothReducesRoughness) {
     Dab(Tool::Smooth, 100.0f);
     EXPECT_GT(Along(up).moved, 50);
     EXPECT_LT(Roughness(after), 0.5f * Roughness(before));
@@ -211,7 +210,7 @@ TEST_F(ToolEffect, SmoothCannotBeInverted) {
     EXPECT_LT(Roughness(after), 0.5f * Roughness(before));
 }
 
-TEST_F(ToolEffect, FlattenDrawsToThePlane) {
+TEST_F(ToolEffect, FlattenMovesTowardsThePlane) {
     Dab(Tool::Flatten, 50.0f, 1);
     EXPECT_GT(Along(up).moved, 50);
     EXPECT_GT(normal.z, 0.9f);
@@ -225,7 +224,7 @@ TEST_F(ToolEffect, FlattenOfFullStrengthEndsInThePlane) {
     EXPECT_NEAR(Deviation(after), 0.0f, 1e-6f);
 }
 
-TEST_F(ToolEffect, ScrapeOnlyLowersWhatStandsAboveThePlane) {
+TEST_F(ToolEffect, ScrapeOnlyLowersVerticesAboveThePlane) {
     Dab(Tool::Scrape, 50.0f, 1);
     const Moves moves = Along(normal);
     EXPECT_LT(moves.least, -0.01f);
@@ -236,7 +235,7 @@ TEST_F(ToolEffect, ScrapeOnlyLowersWhatStandsAboveThePlane) {
         }
 }
 
-TEST_F(ToolEffect, FillOnlyRaisesWhatLiesBelowThePlane) {
+TEST_F(ToolEffect, FillOnlyRaisesVerticesBelowThePlane) {
     Dab(Tool::Fill, 50.0f, 1);
     const Moves moves = Along(normal);
     EXPECT_GT(moves.most, 0.01f);
@@ -247,7 +246,7 @@ TEST_F(ToolEffect, FillOnlyRaisesWhatLiesBelowThePlane) {
         }
 }
 
-TEST_F(ToolEffect, AmplifyDrivesAwayFromThePlane) {
+TEST_F(ToolEffect, AmplifyMovesAwayFromThePlane) {
     Dab(Tool::Amplify, 100.0f, 1);
     EXPECT_GT(Along(up).moved, 50);
     // 100 x 0.2 x 0.01: each distance grows by a fifth.
@@ -256,7 +255,7 @@ TEST_F(ToolEffect, AmplifyDrivesAwayFromThePlane) {
 
 TEST_F(ToolEffect, WaxBuildsUpToAPlaneAboveTheSurface) {
     Dab(Tool::Wax, 10.0f, 1);
-    // 10 x 0.5 x 0.1 above the sampled plane, at full force.
+    // 10 x 0.5 x 0.1 above the sampled plane, with full strength.
     for (std::size_t v = 0; v < before.size(); ++v)
         if ((before[v] - hit.position).Length() < 0.9999f * radius) {
             EXPECT_NEAR((after[v] | normal) - distance, 0.5f, 1e-5f);
@@ -264,7 +263,7 @@ TEST_F(ToolEffect, WaxBuildsUpToAPlaneAboveTheSurface) {
     EXPECT_GT(Along(normal).least, 0.0f);
 }
 
-TEST_F(ToolEffect, InvertedWaxDigs) {
+TEST_F(ToolEffect, InvertedWaxLowers) {
     Dab(Tool::Wax, 10.0f, 1, BrushOperation::ModifierInvert);
     for (std::size_t v = 0; v < before.size(); ++v)
         if ((before[v] - hit.position).Length() < 0.9999f * radius) {
@@ -297,7 +296,7 @@ TEST_F(ToolEffect, DirectionModesMoveAlongTheirVectors) {
     }
 }
 
-TEST_F(ToolEffect, VertexNormalModeMovesEachAlongItsOwn) {
+TEST_F(ToolEffect, VertexNormalModeMovesEachVertexAlongItsNormal) {
     std::vector<Vector> normals;
     for (uint32_t v = 0; v < bench.Mesh().VertexCount(); ++v) {
         const PackedNormal& n = bench.Mesh().vertexNormals.array[v];
@@ -335,7 +334,7 @@ TEST_F(ToolEffect, BulgeInflatesASphere) {
     }
 }
 
-TEST_F(ToolEffect, SmoothModifierDoesExactlyWhatSmoothDoes) {
+TEST_F(ToolEffect, SmoothModifierEqualsSmooth) {
     bench.Activate(Tool::Flatten);
     hit = bench.HitVertex(middle);
     bench.Stroke(hit, radius, 80.0f, BrushOperation::ModifierSmooth);

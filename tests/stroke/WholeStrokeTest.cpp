@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Whole strokes with each tool on each kind of mesh: something moves, all of it is finite, and
-/// undo and redo bring every bit back.
+/// \file Whole strokes with each tool on each kind of mesh: vertices move, all values stay finite,
+/// and undo and redo restore every bit.
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
 #include "tests/fixture/StrokeBench.h"
@@ -46,7 +45,7 @@ bool AllFinite(const LevelMesh& mesh) {
     return true;
 }
 
-/// Vertices whose positions differ.
+/// The vertices whose positions differ.
 std::vector<uint32_t> MovedBetween(const std::vector<VertexBits>& a,
                                    const std::vector<VertexBits>& b) {
     std::vector<uint32_t> moved;
@@ -59,13 +58,14 @@ std::vector<uint32_t> MovedBetween(const std::vector<VertexBits>& a,
     return moved;
 }
 
-/// A strength that moves a part of the brush radius, whatever the tool makes of the number.
+/// A strength that moves vertices by a fraction of the brush radius, whatever the unit of the
+/// tool's strength.
 float StrengthOf(Tool tool, float radius) {
     if (TakesStrengthInPercent(tool)) return 60.0f;
     return tool == Tool::Wax ? radius * 4.0f : radius * 0.2f;
 }
 
-/// Four dabs over neighbouring faces, with pressure that grows.
+/// Four dabs over neighbouring faces with increasing pressure.
 void StrokeOver(StrokeBench& bench,
                 Tool tool,
                 int direction,
@@ -92,7 +92,7 @@ void StrokeOver(StrokeBench& bench,
     bench.End();
 }
 
-/// Takes back what was done since the history stood at `position`.
+/// Undoes all steps since the history was at `position`.
 void UndoTo(StrokeBench& bench, std::size_t position) {
     UndoHistory& history = bench.geometry->History();
     while (history.Position() > position && history.Undo(*bench.geometry)) {
@@ -103,7 +103,7 @@ void RedoAll(StrokeBench& bench) {
     }
 }
 
-/// Runs a stroke and checks what holds for every stroke. \return the vertices that it moved.
+/// Runs a stroke and checks the invariants of every stroke. \return the vertices that it moved.
 std::vector<uint32_t> CheckedStroke(
     StrokeBench& bench,
     Tool tool,
@@ -129,11 +129,10 @@ class WholeStroke : public ::testing::TestWithParam<std::size_t> {
 protected:
     const Tool tool = allTools[GetParam()];
 
-    /// Runs over a mesh of the zoo at some depth, in the default direction and the hit's.
+    /// Runs strokes over a mesh of the zoo at some depth, in the default direction and the hit's.
     void Run(const ZooMesh& zoo, unsigned subdivisions) {
         SCOPED_TRACE(zoo.name + " refined " + std::to_string(subdivisions) + " times");
-        // One face gives a stroke no motion; two that lie back to back have normals that cancel
-        // out.
+        // On a single face a stroke has no motion; on two faces back to back the normals cancel.
         const bool degenerate = subdivisions == 0 && zoo.mesh.faceSizes.size() <= 2;
         std::size_t movedByAny = 0;
         for (const int direction : {0, 1, 2}) {
@@ -141,7 +140,7 @@ protected:
             StrokeBench bench(zoo.mesh, subdivisions);
             const float extent = Extent(bench.Mesh());
             Roughen(bench.Mesh(), 0.02f * extent);
-            // Wide enough for the corners of a face, whatever its size.
+            // Large enough to reach the corners of a face of any size.
             const float radius = (subdivisions == 0 ? 0.7f : 0.3f) * extent;
             const std::size_t moved = CheckedStroke(bench, tool, direction, radius).size();
             movedByAny += moved;
@@ -153,7 +152,8 @@ protected:
             EXPECT_GT(movedByAny, 0u);
         }
     }
-    /// On a round surface everything may lie on that side of the plane which these leave alone.
+    /// On a round surface all vertices may be on the side of the plane that these tools do not
+    /// move.
     bool MovesOneWayOnly() const { return tool == Tool::Scrape || tool == Tool::Fill; }
 };
 INSTANTIATE_TEST_SUITE_P(Tools,
@@ -161,28 +161,28 @@ INSTANTIATE_TEST_SUITE_P(Tools,
                          ::testing::Range(std::size_t{0}, std::size_t{15}),
                          [](const auto& tested) { return std::string(toolNames[tested.param]); });
 
-TEST_P(WholeStroke, OnQuadsWithPolesOfAllValencesAndOpenBorders) {
+TEST_P(WholeStroke, WorksOnQuadsOfAllValencesAndOpenBorders) {
     for (const ZooMesh& zoo : QuadMeshes()) Run(zoo, 2);
 }
 
-TEST_P(WholeStroke, OnQuadsAtTheLowestLevel) {
+TEST_P(WholeStroke, WorksOnQuadsAtTheLowestLevel) {
     for (const ZooMesh& zoo : QuadMeshes()) Run(zoo, 0);
 }
 
-TEST_P(WholeStroke, OnTheVertexPathOfTriangles) {
+TEST_P(WholeStroke, WorksOnTheVertexPathOfTriangles) {
     for (const ZooMesh& zoo : TriangleMeshes()) Run(zoo, 0);
 }
 
-TEST_P(WholeStroke, OnQuadLevelsAboveTriangles) {
+TEST_P(WholeStroke, WorksOnQuadLevelsAboveTriangles) {
     for (const ZooMesh& zoo : TriangleMeshes()) {
         Run(zoo, 1);
         Run(zoo, 3);
     }
 }
 
-TEST_P(WholeStroke, OnMixedPolygons) { Run({"polygons", NgonMix()}, 2); }
+TEST_P(WholeStroke, WorksOnMixedPolygons) { Run({"polygons", NgonMix()}, 2); }
 
-TEST_P(WholeStroke, WithSmallAndLargeBrushes) {
+TEST_P(WholeStroke, WorksWithSmallAndLargeBrushes) {
     for (const float share : {0.03f, 0.1f, 0.6f, 3.0f}) {
         SCOPED_TRACE(share);
         StrokeBench bench(Cube(), 4);
@@ -192,7 +192,7 @@ TEST_P(WholeStroke, WithSmallAndLargeBrushes) {
     }
 }
 
-TEST_P(WholeStroke, FrozenVerticesNeverMove) {
+TEST_P(WholeStroke, MaskedVerticesNeverMove) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 3u}, {Icosahedron(), 0u}, {FlatGrid(3), 2u}}) {
         StrokeBench bench(mesh, subdivisions);
@@ -207,8 +207,9 @@ TEST_P(WholeStroke, FrozenVerticesNeverMove) {
     }
 }
 
-TEST_P(WholeStroke, HalfFrozenVerticesMoveLess) {
-    // Pushing tools only: the others move by where a vertex stands, which the freezing changes.
+TEST_P(WholeStroke, HalfMaskedVerticesMoveLess) {
+    // Pushing tools only: the displacement by other tools depends on the vertex position, which the
+    // mask changes.
     if (tool != Tool::Sculpt && tool != Tool::Bulge && tool != Tool::Smear) GTEST_SKIP();
     std::vector<Vector> free;
     for (const uint8_t amount : {uint8_t{0}, uint8_t{64}}) {
@@ -240,7 +241,7 @@ TEST_P(WholeStroke, HalfFrozenVerticesMoveLess) {
     }
 }
 
-TEST_P(WholeStroke, ThroughALayer) {
+TEST_P(WholeStroke, WorksThroughALayer) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 3u}, {Icosahedron(), 0u}, {Icosahedron(), 2u}, {FlatGrid(3), 2u}}) {
         StrokeBench bench(mesh, subdivisions);
@@ -258,13 +259,13 @@ TEST_P(WholeStroke, ThroughALayer) {
             EXPECT_EQ(bench.Mesh().Position(v),
                       Vector(below.x + offset.x, below.y + offset.y, below.z + offset.z));
         }
-        // Without the layer the mesh stands as it did.
+        // Without the layer the mesh is unchanged.
         layer.SetStrength(0.0f);
         EXPECT_TRUE(MovedBetween(rest, BitsOf(bench.Mesh())).empty());
     }
 }
 
-TEST_P(WholeStroke, LayerThatRefusesStaysAsItIs) {
+TEST_P(WholeStroke, LockedLayerStaysUnchanged) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 2u}, {Icosahedron(), 0u}, {FlatGrid(3), 1u}}) {
         StrokeBench bench(mesh, subdivisions);
@@ -280,7 +281,7 @@ TEST_P(WholeStroke, LayerThatRefusesStaysAsItIs) {
     }
 }
 
-TEST_P(WholeStroke, UnderNonUniformScale) {
+TEST_P(WholeStroke, WorksUnderNonUniformScale) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 3u}, {Icosahedron(), 0u}, {FlatGrid(3), 2u}}) {
         StrokeBench bench(mesh, subdivisions);
@@ -292,7 +293,7 @@ TEST_P(WholeStroke, UnderNonUniformScale) {
     }
 }
 
-TEST_P(WholeStroke, UnderAMirroringTransformation) {
+TEST_P(WholeStroke, WorksUnderAMirroringTransform) {
     for (const Vector& scale : {Vector(-1.0f, -1.0f, -1.0f),
                                 Vector(-2.0f, 2.0f, 2.0f),
                                 Vector(-1.0f, -0.5f, -2.0f),
@@ -305,7 +306,7 @@ TEST_P(WholeStroke, UnderAMirroringTransformation) {
     }
 }
 
-TEST_P(WholeStroke, WithModifiers) {
+TEST_P(WholeStroke, WorksWithModifiers) {
     for (const auto modifier : {BrushOperation::ModifierSmooth, BrushOperation::ModifierInvert}) {
         StrokeBench bench(Cube(), 3);
         const float extent = Extent(bench.Mesh());
@@ -316,7 +317,7 @@ TEST_P(WholeStroke, WithModifiers) {
 }
 
 TEST_P(WholeStroke, MirroredPairsMakeASymmetricShape) {
-    // Smooth works in place, row by row, and so never quite the same on both sides.
+    // Smooth works in place, row by row, so the result is not exactly symmetric.
     if (tool == Tool::Smooth) GTEST_SKIP();
     StrokeBench bench(SphereQuads(3));
     LevelMesh& mesh = bench.Mesh();
@@ -360,7 +361,7 @@ TEST_P(WholeStroke, MirroredPairsMakeASymmetricShape) {
         bench.Begin();
         const Vector motion(0.1f, 0.2f, -0.15f);
         brush.SetPreviousPatchPosition(hit.position - motion);
-        // Small enough that the two sides do not meet.
+        // Small enough that the two sides do not overlap.
         bench.Dab(hit, 0.25f, StrengthOf(tool, 0.25f));
         brush.SetPreviousPatchPosition(mirrored.position - Vector(-motion.x, motion.y, motion.z));
         bench.Dab(mirrored, 0.25f, StrengthOf(tool, 0.25f));
@@ -378,7 +379,7 @@ TEST_P(WholeStroke, MirroredPairsMakeASymmetricShape) {
     }
 }
 
-TEST_P(WholeStroke, RepeatsToTheBit) {
+TEST_P(WholeStroke, RepeatsBitExactly) {
     std::vector<VertexBits> first;
     for (int run = 0; run < 2; ++run) {
         StrokeBench bench(SteppedBox(), 3);
@@ -392,11 +393,11 @@ TEST_P(WholeStroke, RepeatsToTheBit) {
     }
 }
 
-TEST(LayerSmoothing, MovesOnlyTheLayersOffsets) {
+TEST(LayerSmoothing, ChangesOnlyTheOffsetsOfTheLayer) {
     StrokeBench bench(FlatGrid(3), 3);
     Roughen(bench.Mesh(), 0.05f);
     SculptLayer& layer = bench.AddLayer();
-    // One vertex of the layer stands out by itself.
+    // One vertex of the layer is raised by itself.
     bench.Activate(Tool::Sculpt);
     const SurfacePoint peak = bench.HitVertex(bench.Mesh().faceVertexIndices[300]);
     bench.Stroke(peak, 0.01f, 1.0f);

@@ -7,7 +7,7 @@
 
 namespace trovik::test {
 
-/// A place in double precision, for calculations of a test's own.
+/// A position in double precision, for independent calculations of tests.
 using Triple = std::array<double, 3>;
 
 inline Triple PlaceOf(const LevelMesh& mesh, uint32_t vertex) {

@@ -10,7 +10,8 @@
 namespace trovik::test {
 namespace {
 
-/// A grid of one patch and its neighbours: FlatGrid(3) refined twice; patch 4 is the middle one.
+/// A grid of one patch and its neighbours: FlatGrid(3) with two subdivisions; patch 4 is the middle
+/// one.
 class FlatPatches : public ::testing::Test {
 protected:
     StrokeBench bench{FlatGrid(3), 2};
@@ -31,7 +32,7 @@ TEST_F(FlatPatches, ViewCoordinatesFollowTheRotation) {
             const GridFace threeQuarters(mesh, middle, 0, column, row, 3);
             EXPECT_EQ(threeQuarters.x, 3 - row);
             EXPECT_EQ(threeQuarters.y, column);
-            // Whatever the view, the cursor stands on the same face.
+            // In every view the cursor is on the same face.
             EXPECT_EQ(quarter.Face(), expected);
             EXPECT_EQ(half.Face(), expected);
             EXPECT_EQ(threeQuarters.Face(), expected);
@@ -55,13 +56,13 @@ TEST_F(FlatPatches, FourDirectionsWalkStraightAcrossTheSeam) {
         const Vector end = mesh->Position(cursor.Corner(0));
         EXPECT_NE(cursor.patch, middle);
         const Vector way = end - start;
-        // Cells are a quarter of a unit; the walk keeps its row or column.
+        // Cells are a quarter of a unit; the walk stays in its row or column.
         EXPECT_FLOAT_EQ(way.Length(), 1.0f) << "rotation " << rotation;
         EXPECT_TRUE(way.x == 0.0f || way.y == 0.0f);
     }
 }
 
-TEST_F(FlatPatches, OppositeStepsComeBack) {
+TEST_F(FlatPatches, OppositeStepsCancel) {
     GridFace cursor(mesh, middle, 0, 2, 1, 3);
     const uint32_t face = cursor.Face();
     for (int i = 0; i < 5; ++i) cursor.Step(1);
@@ -99,7 +100,7 @@ TEST(Grid, LevelZeroMakesEveryStepCrossAPatch) {
     EXPECT_EQ(cursor.patch, 12u);
 }
 
-/// Answers a scripted neighbour for every question.
+/// Returns a scripted neighbour for every query.
 class ScriptedLevel : public SubdivisionLevel {
 public:
     uint32_t answer = 0;
@@ -121,7 +122,7 @@ public:
     int Index() const override { return 0; }
 };
 
-TEST_F(FlatPatches, PatchGluedToItselfTurnsButKeepsTheCoordinate) {
+TEST_F(FlatPatches, PatchJoinedToItselfRotatesButKeepsTheCoordinate) {
     ScriptedLevel patches;
     GridFace cursor(mesh, middle, 0, 1, 0, 0);
     cursor.patchMesh = &patches;
@@ -149,11 +150,11 @@ TEST_F(FlatPatches, ValueOnTheBorderlineCountsAsANeighbour) {
     EXPECT_EQ(stopped.y, 0u);
 }
 
-TEST_F(FlatPatches, WrongDirectionOrRotationIsAnError) {
+TEST_F(FlatPatches, InvalidDirectionOrRotationIsAnError) {
     GridFace cursor(mesh, middle, 0, 1, 1, 0);
     try {
         cursor.Step(4);
-        FAIL() << "a direction of 4 was taken";
+        FAIL() << "a direction of 4 was accepted";
     } catch (Error* error) {
         EXPECT_EQ(error->ErrorCode(), 4);
         EXPECT_STREQ(error->Function(), "GridFace::Step");
@@ -163,7 +164,7 @@ TEST_F(FlatPatches, WrongDirectionOrRotationIsAnError) {
     cursor.rotation = 4;
     try {
         cursor.Face();
-        FAIL() << "a rotation of 4 was taken";
+        FAIL() << "a rotation of 4 was accepted";
     } catch (Error* error) {
         EXPECT_EQ(error->ErrorCode(), 4);
         EXPECT_STREQ(error->Function(), "Grid::Face");
@@ -172,7 +173,7 @@ TEST_F(FlatPatches, WrongDirectionOrRotationIsAnError) {
     }
 }
 
-TEST(Grid, WalksAroundEveryMeshComeBackOrStopAtABorder) {
+TEST(Grid, WalksAroundEveryMeshReturnOrStopAtABorder) {
     for (const ZooMesh& entry : QuadMeshes()) {
         SCOPED_TRACE(entry.name);
         StrokeBench bench(entry.mesh, 2);
@@ -180,7 +181,7 @@ TEST(Grid, WalksAroundEveryMeshComeBackOrStopAtABorder) {
         for (uint32_t patch = 0; patch < bench.geometry->Level(1)->faceCount; ++patch) {
             for (uint32_t rotation = 0; rotation < 4; ++rotation) {
                 GridFace cursor(&mesh, patch, 1, 0, 1, rotation);
-                // A step forth over a seam and back stands on the same face again.
+                // A step across a seam and back ends on the same face.
                 for (uint32_t direction = 0; direction < 4; ++direction) {
                     GridFace walker = cursor;
                     for (int i = 0; i < 2; ++i) walker.Step(direction);

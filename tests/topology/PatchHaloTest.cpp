@@ -56,11 +56,11 @@ public:
     std::vector<HWVector> offsets;
 };
 
-TEST(PatchHalo, RingHoldsTheVertexOneStepAcrossEachSide) {
+TEST(PatchHalo, GhostCellsHaveTheVertexOneStepAcrossEachSide) {
     StrokeBench bench(FlatGrid(3), 2);
     HaloState state(bench, 0, false, true);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
-    // Patch 4 spans 1..2 in x and y, cells of a quarter.
+    // Patch 4 covers 1..2 in x and y with cells of a quarter.
     for (uint32_t i = 0; i <= 4; ++i) {
         const float along = 1.0f + 0.25f * static_cast<float>(i);
         EXPECT_EQ(state.Cell(0, i + 1), Vector(along, 0.75f, 0.0f));
@@ -86,7 +86,7 @@ TEST(PatchHalo, OtherToolsDoNotReadThePatchItself) {
     EXPECT_EQ(state.Cell(1, 1), Vector(-777.0f, -777.0f, -777.0f));
 }
 
-TEST(PatchHalo, OpenBorderRepeatsOwnEdge) {
+TEST(PatchHalo, OpenBorderRepeatsTheEdgeOfThePatch) {
     StrokeBench bench(FlatGrid(1), 2);
     Roughen(bench.Mesh(), 5);
     HaloState state(bench, 0, true, true);
@@ -114,7 +114,7 @@ TEST(PatchHalo, PatchLevelZeroUsesTheFourMiddleCells) {
     EXPECT_EQ(static_cast<Vector>(state.positions[14]), Vector(2.0f, 3.0f, 0.0f));
 }
 
-/// Vertices joined to `vertex` by an edge, found by looking at every face.
+/// The vertices connected to `vertex` by an edge, found by checking every face.
 std::set<uint32_t> NeighboursByBruteForce(const LevelMesh& mesh, uint32_t vertex) {
     std::set<uint32_t> found;
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {
@@ -128,7 +128,7 @@ std::set<uint32_t> NeighboursByBruteForce(const LevelMesh& mesh, uint32_t vertex
     return found;
 }
 
-TEST(PatchHalo, RingVerticesAreNeighboursAcrossTheSideOnEveryMesh) {
+TEST(PatchHalo, GhostVerticesAreNeighboursAcrossTheSideOnEveryMesh) {
     for (const ZooMesh& entry : QuadMeshes()) {
         SCOPED_TRACE(entry.name);
         StrokeBench bench(entry.mesh, 3);
@@ -137,7 +137,7 @@ TEST(PatchHalo, RingVerticesAreNeighboursAcrossTheSideOnEveryMesh) {
         LevelMesh& patches = *bench.geometry->Level(1);
         for (uint32_t patch = 0; patch < patches.faceCount; patch += 3) {
             state.brush.FillPatchHalo(&patches, patch);
-            // Along side 0, away from the corners: the four grid neighbours are the mesh's.
+            // Along side 0, away from the corners, the four grid neighbours are those of the mesh.
             if (patches.QuadEdgeNeighbour(patch, 0) == openBorder) continue;
             for (uint32_t column = 1; column < 4; ++column) {
                 const uint32_t vertex = state.PatchVertex(patch, 0, column);
@@ -196,7 +196,7 @@ TEST(PatchHalo, FiveCellMeanAtCornersIsTheTrueRingMeanForAnyValence) {
             }
         }
     }
-    // The set of meshes really has poles, regular corners and open ones.
+    // The set of meshes contains irregular, regular and open corners.
     for (const std::size_t valence : {2u, 3u, 4u, 5u, 6u}) EXPECT_TRUE(valences.count(valence));
 }
 
@@ -215,7 +215,7 @@ TEST(PatchHalo, RestoredCornersAreTheCellsBeforeTheCorrection) {
         EXPECT_EQ(static_cast<Vector>(state.positions[i]), before[i]) << "cell " << i;
 }
 
-TEST(PatchHalo, RegularInteriorCornerKeepsThePlainMean) {
+TEST(PatchHalo, RegularInteriorCornerUsesThePlainMean) {
     StrokeBench bench(FlatGrid(3), 1);
     HaloState state(bench, 0, true, true);
     Vector mean;
@@ -225,7 +225,7 @@ TEST(PatchHalo, RegularInteriorCornerKeepsThePlainMean) {
     EXPECT_EQ(state.brush.ringCount, 5u);
 }
 
-TEST(PatchHalo, RingReadOfALayerMakesRecordsForVerticesThatItOnlyLooksAt) {
+TEST(PatchHalo, ReadingLayerGhostCellsMakesRecordsOfTheirVertices) {
     StrokeBench bench(FlatGrid(3), 1);
     SculptLayer& layer = bench.AddLayer();
     HaloState state(bench, 0, true, false);
@@ -233,7 +233,7 @@ TEST(PatchHalo, RingReadOfALayerMakesRecordsForVerticesThatItOnlyLooksAt) {
     layer.set(nullptr, slot, 0, &offset, true);
     EXPECT_EQ(*state.brush.CurrentChange()->recordCount, 0u);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
-    // Nine patch vertices and three on each of four sides of the ring.
+    // Nine patch vertices and three ghost cells on each of four sides.
     EXPECT_EQ(*state.brush.CurrentChange()->recordCount, 9u + 12u);
     for (uint32_t row = 1; row <= 3; ++row)
         for (uint32_t column = 1; column <= 3; ++column)
@@ -241,12 +241,12 @@ TEST(PatchHalo, RingReadOfALayerMakesRecordsForVerticesThatItOnlyLooksAt) {
                       Vector());
 }
 
-TEST(PatchHalo, SmoothAtACornerOfAnyValenceMovesTowardsItsRealNeighbours) {
+TEST(PatchHalo, SmoothAtACornerOfAnyValenceMovesTowardsItsNeighbours) {
     for (unsigned valence = 3; valence <= 8; ++valence) {
         SCOPED_TRACE(valence);
         StrokeBench bench(ValenceFan(valence), 2);
         LevelMesh& mesh = bench.Mesh();
-        // The fan's centre is vertex 0 at every level; pull it out of the surface.
+        // The fan's centre is vertex 0 at every level; move it out of the surface.
         Vector centre = mesh.Position(0);
         centre.z += 0.2f;
         mesh.SetPosition(0, centre);
@@ -283,7 +283,7 @@ TEST(PatchNormals, SeamVerticesGetTheNormalOfTheSurface) {
     }
 }
 
-TEST(PatchNormals, FourthWordIsLeftAlone) {
+TEST(PatchNormals, FourthWordIsNotWritten) {
     StrokeBench bench(FlatGrid(3), 1);
     LevelMesh& mesh = bench.Mesh();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The table of the faces around each face, its life as a node, and how renderers hear of it.
+/// \file The table of the faces around each face, its lifetime as a node, and the notifications of
+/// renderers.
 #include "framework/nodes/SceneStream.h"
 #include "tests/fixture/StrokeBench.h"
 #include "tests/meshes/MeshZoo.h"
@@ -28,14 +28,15 @@ std::vector<uint32_t> Row(const PatchMap& map, uint32_t face) {
     const uint32_t* row = map.neighbourFaces.array + face * 10;
     return {row, row + 10};
 }
-/// The faces of a row, without the empties.
+/// The faces of a row, without the empty entries.
 std::vector<uint32_t> Filled(const PatchMap& map, uint32_t face) {
     std::vector<uint32_t> row = Row(map, face);
     std::erase(row, 0xffffffffu);
     return row;
 }
 
-/// All faces that share a vertex with `face`, itself included, by comparing every pair of corners.
+/// All faces that have a vertex in common with `face`, itself included, found by comparing every
+/// pair of corners.
 std::set<uint32_t> FacesTouching(const LevelMesh& mesh, uint32_t face) {
     std::set<uint32_t> faces;
     for (uint32_t i = 0; i < mesh.faceCount * 4; ++i)
@@ -45,7 +46,7 @@ std::set<uint32_t> FacesTouching(const LevelMesh& mesh, uint32_t face) {
     return faces;
 }
 
-TEST(PatchMapTable, HoldsTheFacesAroundAllFourCornersOnEveryMesh) {
+TEST(PatchMapTable, HasTheFacesAroundAllFourCornersOnEveryMesh) {
     for (const ZooMesh& zoo : QuadMeshes()) {
         for (const unsigned subdivisions : {0u, 1u, 2u}) {
             SCOPED_TRACE(zoo.name);
@@ -57,7 +58,7 @@ TEST(PatchMapTable, HoldsTheFacesAroundAllFourCornersOnEveryMesh) {
                 const std::vector<uint32_t> row = Filled(map, f);
                 const std::set<uint32_t> held(row.begin(), row.end());
                 const std::set<uint32_t> around = FacesTouching(mesh, f);
-                EXPECT_EQ(held.size(), row.size()) << "a face twice in row " << f;
+                EXPECT_EQ(held.size(), row.size()) << "a duplicate face in row " << f;
                 EXPECT_EQ(held.size(), std::min<std::size_t>(around.size(), 10));
                 EXPECT_TRUE(std::includes(around.begin(), around.end(), held.begin(), held.end()));
             }
@@ -65,7 +66,7 @@ TEST(PatchMapTable, HoldsTheFacesAroundAllFourCornersOnEveryMesh) {
     }
 }
 
-TEST(PatchMapTable, EmptiesStandAtTheEndOfARow) {
+TEST(PatchMapTable, EmptyEntriesAreAtTheEndOfARow) {
     StrokeBench bench(FlatGrid(3));
     const PatchMap& map = LinkMap(bench.Mesh());
     const std::size_t lengths[9] = {4, 6, 4, 6, 9, 6, 4, 6, 4};
@@ -76,7 +77,7 @@ TEST(PatchMapTable, EmptiesStandAtTheEndOfARow) {
     }
 }
 
-TEST(PatchMapTable, HoldsTheFaceItself) {
+TEST(PatchMapTable, HasTheFaceItself) {
     StrokeBench bench(SingleQuad());
     const PatchMap& map = LinkMap(bench.Mesh());
     EXPECT_EQ(Filled(map, 0), std::vector<uint32_t>{0});
@@ -90,14 +91,15 @@ TEST(PatchMapTable, EleventhFaceIsDropped) {
         EXPECT_EQ(FacesTouching(bench.Mesh(), f).size(), 12u);
         EXPECT_EQ(Filled(map, f).size(), 10u);
     }
-    // Turning from face 0 at its first corner, vertex 0, the walk meets the faces in one sense.
+    // Starting from face 0 at its first corner, vertex 0, the walk reports the faces in one
+    // direction.
     std::vector<uint32_t> row = Filled(map, 0);
     EXPECT_EQ(row[0], 0u);
     std::sort(row.begin(), row.end());
     EXPECT_EQ(std::unique(row.begin(), row.end()), row.end());
 }
 
-TEST(PatchMapTable, VisitorFilesDistinctFacesOfTheRowAtWork) {
+TEST(PatchMapTable, VisitorStoresDistinctFacesInTheCurrentRow) {
     HostKernel::Instance();
     PatchMap map;
     map.neighbourFaces.SetFill(30, false);
@@ -115,7 +117,7 @@ TEST(PatchMapTable, VisitorFilesDistinctFacesOfTheRowAtWork) {
     EXPECT_TRUE(Filled(map, 2).empty());
 }
 
-TEST(PatchMapTable, TakesExactlyTheRoomThatItNeeds) {
+TEST(PatchMapTable, AllocatesExactlyTheNeededSize) {
     StrokeBench bench(FlatGrid(2));
     auto* map = new PatchMap;
     for (uint32_t i = 0; i < 5; ++i) map->neighbourFaces.Append(i);
@@ -126,7 +128,7 @@ TEST(PatchMapTable, TakesExactlyTheRoomThatItNeeds) {
     EXPECT_EQ(Filled(*map, 0).size(), 4u);
 }
 
-TEST(PatchMapTable, LargerTableKeepsItsArrayAndIsBuiltAnew) {
+TEST(PatchMapTable, LargerTableKeepsItsArrayAndIsRebuilt) {
     StrokeBench large(FlatGrid(3));
     StrokeBench small(FlatGrid(2));
     PatchMap& map = LinkMap(large.Mesh());
@@ -159,13 +161,13 @@ TEST(PatchMapNode, LeavingItsMeshKeepsTheTable) {
     EXPECT_EQ(Row(map, 3), row);
 }
 
-TEST(PatchMapNode, UnderWhatIsNoMeshIsAnError) {
+TEST(PatchMapNode, ParentThatIsNotAMeshIsAnError) {
     HostKernel::Instance();
     TreeNode folder;
     auto* map = new PatchMap;
     try {
         folder.AddChild(map);
-        FAIL() << "nothing was thrown";
+        FAIL() << "no error was thrown";
     } catch (Error* error) {
         EXPECT_EQ(error->ErrorCode(), Error::InvalidUse);
         EXPECT_EQ(static_cast<int>(error->ErrorCode()), 4);
@@ -177,7 +179,7 @@ TEST(PatchMapNode, UnderWhatIsNoMeshIsAnError) {
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 }
 
-TEST(PatchMapNode, ClassTellsItsNamesAndMakesOneOrMany) {
+TEST(PatchMapNode, ClassHasItsNamesAndCreatesOneOrManyNodes) {
     HostKernel::Instance();
     const ClassDesc* description = PatchMap::StaticClass();
     EXPECT_EQ(description->Name(), QStringLiteral("PatchMap"));
@@ -198,7 +200,7 @@ TEST(PatchMapNode, ClassTellsItsNamesAndMakesOneOrMany) {
     delete[] many;
 }
 
-TEST(PatchMapInAScene, TableComesBackAsItWasSaved) {
+TEST(PatchMapInAScene, TableIsRestoredAsSaved) {
     StrokeBench bench(FlatGrid(3));
     PatchMap& map = LinkMap(bench.Mesh());
     map.neighbourFaces[7] = 12345;
@@ -232,7 +234,7 @@ TEST(PatchMapInAScene, FormatsBelow328HaveNoTable) {
     }
 }
 
-TEST(PatchMapInAScene, NodeOfAnOldSceneGivesWayToANewOne) {
+TEST(PatchMapInAScene, NodeOfAnOldSceneIsReplacedByANewOne) {
     StrokeBench bench(FlatGrid(3), 2);
     LevelMesh& lowest = *bench.geometry->Level(0);
     SceneStream out(327);
@@ -240,7 +242,7 @@ TEST(PatchMapInAScene, NodeOfAnOldSceneGivesWayToANewOne) {
     saved.SetName(QStringLiteral("old"));
     saved.Serialize(out);
     PatchMap& old = LinkMap(lowest);
-    // A loader reads the node behind its linking.
+    // A loader reads the node after linking it.
     SceneStream in(out.ToBytes());
     old.neighbourFaces.Clear();
     old.Serialize(in);
@@ -255,7 +257,7 @@ TEST(PatchMapInAScene, NodeOfAnOldSceneGivesWayToANewOne) {
     bench.End();
 }
 
-TEST(PatchMapInAScene, TableOfANewSceneIsTrusted) {
+TEST(PatchMapInAScene, TableOfANewSceneIsUsed) {
     StrokeBench bench(FlatGrid(3), 1);
     PatchMap& map = LinkMap(*bench.geometry->Level(0));
     map.neighbourFaces[11] = 77;
@@ -282,7 +284,7 @@ TEST(PatchMapInAScene, LevelWithoutFacesKeepsAnEmptyTable) {
     brush.EndStroke();
 }
 
-/// What renderers hear of one patch.
+/// The notifications of renderers for one patch.
 std::vector<RecordingRenderer::Notice> NoticesOf(StrokeBench& bench,
                                                  uint32_t patchLevelNumber,
                                                  uint32_t patch) {
@@ -297,7 +299,7 @@ std::vector<RecordingRenderer::Notice> NoticesOf(StrokeBench& bench,
     return renderer.notices;
 }
 
-/// The patch's first face, and then the first faces under the row of the map.
+/// The patch's first face, followed by the first faces under the row of the map.
 std::vector<RecordingRenderer::Notice> Expected(const StrokeBench& bench,
                                                 uint32_t firstFace,
                                                 uint32_t row,
@@ -310,15 +312,15 @@ std::vector<RecordingRenderer::Notice> Expected(const StrokeBench& bench,
     return notices;
 }
 
-TEST(PatchMapNotices, NameTheFirstFaceUnderEachFaceOfTheRow) {
-    // Patch 22 of level 1 lies in face 5 of the base; a face of the base holds 64 of level 3.
+TEST(PatchMapNotices, ReportTheFirstFaceUnderEachFaceOfTheRow) {
+    // Patch 22 of level 1 is in face 5 of the base; a base face has 64 faces of level 3.
     StrokeBench bench(FlatGrid(3), 3);
     const auto notices = NoticesOf(bench, 1, 22);
     EXPECT_EQ(notices, Expected(bench, 22 * 16, 5, 64));
     EXPECT_EQ(notices.size(), 7u);
 }
 
-TEST(PatchMapNotices, PatchesOfTheBaseAndOfTheBoundLevelFindTheirRows) {
+TEST(PatchMapNotices, PatchesOfTheBaseAndOfTheBoundLevelUseTheirRows) {
     StrokeBench base(FlatGrid(3), 2);
     const auto ofBase = NoticesOf(base, 0, 4);
     EXPECT_EQ(ofBase, Expected(base, 4 * 16, 4, 16));
@@ -327,9 +329,9 @@ TEST(PatchMapNotices, PatchesOfTheBaseAndOfTheBoundLevelFindTheirRows) {
     EXPECT_EQ(ofBound, Expected(bound, 4 * 16 + 13, 4, 16));
 }
 
-TEST(PatchMapNotices, MapOverTrianglesTakesTheRowByTheLevelsOwnNumber) {
-    // The map hangs under level 1, whose faces each hold 16 of level 3. A patch of level 2 counts
-    // as if level 0 had quads: number 37 / 4 / 4.
+TEST(PatchMapNotices, MapOverTrianglesUsesTheRowOfTheLevelsFaceIndex) {
+    // The map is a child of level 1, whose faces each have 16 faces of level 3. A patch of level 2
+    // counts as if level 0 had quads: index 37 / 4 / 4.
     StrokeBench bench(Icosahedron(), 3);
     const auto notices = NoticesOf(bench, 2, 37);
     ASSERT_EQ(bench.brush->patchMapMesh, bench.geometry->Level(1));
@@ -337,7 +339,7 @@ TEST(PatchMapNotices, MapOverTrianglesTakesTheRowByTheLevelsOwnNumber) {
     EXPECT_GT(notices.size(), 5u);
 }
 
-TEST(PatchMapNotices, WithoutAMapThePatchItselfIsStillTold) {
+TEST(PatchMapNotices, WithoutAMapThePatchItselfIsStillReported) {
     StrokeBench bench(FlatGrid(3), 1);
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     SwiftStroke& brush = *bench.brush;
@@ -357,7 +359,7 @@ TEST(PatchMapNotices, WithoutAMapThePatchItselfIsStillTold) {
     bench.End();
 }
 
-TEST(PatchMapNotices, EveryRendererHearsThemInOrder) {
+TEST(PatchMapNotices, EveryRendererReceivesThemInOrder) {
     StrokeBench bench(FlatGrid(2), 1);
     RecordingRenderer& first = bench.AddRenderer(1.0f);
     const auto second = NoticesOf(bench, 0, 3);
@@ -365,7 +367,7 @@ TEST(PatchMapNotices, EveryRendererHearsThemInOrder) {
     EXPECT_EQ(second, Expected(bench, 12, 3, 4));
 }
 
-TEST(PatchMapNotices, NeighbourBeyondTheTenthIsMissed) {
+TEST(PatchMapNotices, NeighboursBeyondTheTenthAreNotReported) {
     StrokeBench bench(ValenceFan(12));
     const auto notices = NoticesOf(bench, 0, 0);
     EXPECT_EQ(notices.size(), 11u);

@@ -22,7 +22,7 @@ private:
     bool before;
 };
 
-/// A bound brush whose centre and radius are set by hand: FlatGrid(4), centre in the middle.
+/// A bound brush whose centre and radius are set directly: FlatGrid(4), centre in the middle.
 class Sampling : public ::testing::Test {
 protected:
     Sampling() {
@@ -50,7 +50,7 @@ TEST_F(Sampling, VertexOnTheRimCountsWithWeightOne) {
     EXPECT_EQ(brush.planeSamplePositionSum, Vector(3.0f, 2.0f, 0.0f));
 }
 
-TEST_F(Sampling, VertexWeightsGiveTheRimZeroAndItStillCounts) {
+TEST_F(Sampling, VertexOnTheRimHasWeightZeroAndStillCounts) {
     const PreferenceGuard guard(useVertexWeightsForFlatten, true);
     EXPECT_TRUE(brush.SamplePlaneVertex(At(3, 2)));
     EXPECT_EQ(brush.planeSampleWeight, 0.0f);
@@ -58,7 +58,7 @@ TEST_F(Sampling, VertexWeightsGiveTheRimZeroAndItStillCounts) {
     EXPECT_EQ(brush.planeSampleWeight, 1.0f);
 }
 
-TEST_F(Sampling, VertexAtTheCentreOfABrushWithoutARadiusWeighsOne) {
+TEST_F(Sampling, VertexAtTheCentreOfABrushOfRadiusZeroHasWeightOne) {
     const PreferenceGuard guard(useVertexWeightsForFlatten, true);
     brush.setRadius(0.0f);
     EXPECT_TRUE(brush.SamplePlaneVertex(At(2, 2)));
@@ -67,13 +67,13 @@ TEST_F(Sampling, VertexAtTheCentreOfABrushWithoutARadiusWeighsOne) {
     EXPECT_FALSE(brush.SamplePlaneVertex(At(3, 2)));
 }
 
-TEST_F(Sampling, VertexOutOfReachIsMarkedAllTheSame) {
+TEST_F(Sampling, VertexOutOfReachIsStillMarked) {
     EXPECT_FALSE(brush.SamplePlaneVertex(At(4, 4)));
     EXPECT_EQ(mesh.vertices.array[At(4, 4)].changeLink, mesh.visitStamp);
     EXPECT_EQ(brush.planeSampleWeight, 0.0f);
 }
 
-TEST_F(Sampling, VertexSeenInThisWalkAnswersFalse) {
+TEST_F(Sampling, VertexAlreadySampledInThisWalkReturnsFalse) {
     EXPECT_TRUE(brush.SamplePlaneVertex(At(2, 2)));
     EXPECT_FALSE(brush.SamplePlaneVertex(At(2, 2)));
     EXPECT_EQ(brush.planeSampleWeight, 1.0f);
@@ -81,12 +81,12 @@ TEST_F(Sampling, VertexSeenInThisWalkAnswersFalse) {
     EXPECT_TRUE(brush.SamplePlaneVertex(At(2, 2)));
 }
 
-TEST_F(Sampling, ReaderMakesNoRecord) {
+TEST_F(Sampling, SamplingMakesNoRecord) {
     brush.SamplePlaneVertex(At(2, 2));
     EXPECT_EQ(*brush.CurrentChange()->recordCount, 0u);
 }
 
-TEST_F(Sampling, DistanceIsMeasuredAtFirstTouchButThePresentIsSummed) {
+TEST_F(Sampling, DistanceUsesFirstTouchButCurrentPositionsAreSummed) {
     const uint32_t v = At(2, 2);
     brush.CurrentChange()->Add_uncached(v, 0, mesh.vertices.array[v], false);
     mesh.SetPosition(v, {2.0f, 2.0f, 5.0f});
@@ -94,7 +94,7 @@ TEST_F(Sampling, DistanceIsMeasuredAtFirstTouchButThePresentIsSummed) {
     EXPECT_EQ(brush.planeSamplePositionSum, Vector(2.0f, 2.0f, 5.0f));
 }
 
-TEST_F(Sampling, OriginalDataSumsFirstTouch) {
+TEST_F(Sampling, OriginalDataModeSumsFirstTouchPositions) {
     const PreferenceGuard guard(useOriginalDataForFlatten, true);
     const uint32_t v = At(2, 2);
     StoredVertexInfo& record =
@@ -105,12 +105,12 @@ TEST_F(Sampling, OriginalDataSumsFirstTouch) {
     EXPECT_TRUE(brush.SamplePlaneVertex(v));
     EXPECT_EQ(brush.planeSamplePositionSum, Vector(2.0f, 2.0f, 0.0f));
     EXPECT_FLOAT_EQ(brush.planeSampleNormalSum.x, 1.0f);
-    // Without a record original and present are the same.
+    // Without a record the original and the current position are the same.
     EXPECT_TRUE(brush.SamplePlaneVertex(At(2, 3)));
     EXPECT_FLOAT_EQ(brush.planeSampleNormalSum.z, 1.0f);
 }
 
-TEST_F(Sampling, WorldDistancesWithLocalSums) {
+TEST_F(Sampling, DistancesAreInWorldSpaceAndSumsInMeshSpace) {
     brush.nonUniformScale = true;
     for (int row = 0; row < 4; ++row)
         brush.brushSpace->meshToWorld[row] = HWVector(row == 0 ? 10.0f : 0.0f,
@@ -124,15 +124,15 @@ TEST_F(Sampling, WorldDistancesWithLocalSums) {
     brush.nonUniformScale = false;
 }
 
-TEST_F(Sampling, PatchSeenBeforeAnswersFalse) {
+TEST_F(Sampling, PatchAlreadySampledReturnsFalse) {
     brush.patchLevel = 0;
     brush.facesPerPatch = 1;
     EXPECT_TRUE(brush.SamplePlanePatch(5));
     EXPECT_FALSE(brush.SamplePlanePatch(5));
 }
 
-TEST(NormalCalculator, MeanOfUnitFaceNormalsWithoutNormalising) {
-    // Two quads that fold by a right angle along the edge of vertices 1 and 2.
+TEST(NormalCalculator, GivesTheUnnormalisedMeanOfUnitFaceNormals) {
+    // Two quads folded at a right angle along the edge of vertices 1 and 2.
     PolygonMesh folded;
     folded.positions = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 1}, {1, 1, 1}};
     folded.faceSizes = {4, 4};
@@ -142,7 +142,8 @@ TEST(NormalCalculator, MeanOfUnitFaceNormalsWithoutNormalising) {
     Vector normal;
     calculator.Calculate(normal, 0, 0);
     EXPECT_EQ(normal, Vector(0.0f, 0.0f, 1.0f));
-    // Vertex 1 has three neighbours: reports in both faces, and the mean is shorter than 1.
+    // Vertex 1 has three neighbours, which are reported in both faces, and the mean is shorter than
+    // 1.
     calculator.Calculate(normal, 1, 0);
     EXPECT_EQ(calculator.count, 3u);
     EXPECT_LT(normal.Length(), 1.0f);

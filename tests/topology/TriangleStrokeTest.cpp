@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Whole dabs on meshes of triangles, against calculations of the tests' own in double precision,
-/// and all tools with everything at once that can stand in a vertex's way.
+/// \file Whole dabs on meshes of triangles, compared with independent calculations in double
+/// precision; and all tools with every influence on a vertex enabled at once.
 #include "tests/brush/ToolRows.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/meshes/MeshZoo.h"
@@ -38,8 +37,8 @@ std::set<uint32_t> NeighboursOf(const LevelMesh& mesh, uint32_t vertex) {
     return around;
 }
 
-/// On a closed mesh each neighbour is met in one face, so that the mean is that of the unit normals
-/// of all faces around the vertex, and is not normalised.
+/// On a closed mesh each neighbour is reported in one face. The mean is therefore that of the unit
+/// normals of all faces around the vertex, and is not normalised.
 Triple MeanFaceNormal(const LevelMesh& mesh, uint32_t vertex) {
     Triple sum{};
     double count = 0;
@@ -61,7 +60,7 @@ Triple MeanFaceNormal(const LevelMesh& mesh, uint32_t vertex) {
     return sum;
 }
 
-TEST(TriangleDab, WeighsByDistanceAndFalloff) {
+TEST(TriangleDab, WeightDependsOnDistanceAndFalloff) {
     StrokeBench bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     bench.Activate(Tool::Sculpt, 3);
@@ -88,7 +87,7 @@ TEST(TriangleDab, WeighsByDistanceAndFalloff) {
                 static_cast<std::size_t>(distance / radius * static_cast<double>(table.size() - 1));
             weight = static_cast<double>(table[index]);
         }
-        // The second dab measures from first touch, and the first one's build-up holds it back.
+        // The second dab measures from first touch, and the first one's build-up weakens it.
         const double total = weight + weight * (1.0 - weight * 0.5);
         ExpectAt(mesh, v, {before[v][0], before[v][1], before[v][2] + 0.3 * total}, 2e-6);
         moved += weight > 0.0;
@@ -97,7 +96,7 @@ TEST(TriangleDab, WeighsByDistanceAndFalloff) {
     EXPECT_LT(moved, 40);
 }
 
-TEST(TriangleDab, RefreshesTheNormalsOfAllThatItMet) {
+TEST(TriangleDab, UpdatesTheNormalsOfAllReportedVertices) {
     StrokeBench bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     const auto before = BitsOf(mesh);
@@ -119,7 +118,7 @@ TEST(TriangleDab, RefreshesTheNormalsOfAllThatItMet) {
         EXPECT_NEAR(n.y, normal[1] * 32767.0, 1.0);
         EXPECT_NEAR(n.z, normal[2] * 32767.0, 1.0);
     }
-    // The neighbours of what moved were met too, so that no normal is left behind.
+    // The neighbours of moved vertices were reported, too, so that no normal is outdated.
     const auto after = BitsOf(mesh);
     for (uint32_t v = 0; v < before.size(); ++v) {
         if (std::equal(before[v].position, before[v].position + 3, after[v].position)) continue;
@@ -129,7 +128,7 @@ TEST(TriangleDab, RefreshesTheNormalsOfAllThatItMet) {
     }
 }
 
-TEST(TriangleDab, SmoothIsInPlaceInTheOrderOfTheWalk) {
+TEST(TriangleDab, SmoothWorksInPlaceInTheOrderOfTheWalk) {
     StrokeBench bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     uint32_t seed = 7;
@@ -167,14 +166,14 @@ TEST(TriangleDab, SmoothIsInPlaceInTheOrderOfTheWalk) {
     for (uint32_t v = 0; v < places.size(); ++v) ExpectAt(mesh, v, places[v], 2e-6);
 }
 
-TEST(TriangleDab, PinchTakesATenthOfTheWayPerWeightOfOne) {
+TEST(TriangleDab, PinchMovesATenthOfTheDistanceForAWeightOfOne) {
     StrokeBench bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     bench.Activate(Tool::Pinch);
     const SurfacePoint hit = bench.HitVertex(5);
     std::vector<Triple> before;
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(PlaceOf(mesh, v));
-    // Pinch takes a hundredth of the strength.
+    // Pinch uses a hundredth of the strength.
     bench.Stroke(hit, 0.8f, 150.0f);
     for (uint32_t v = 0; v < before.size(); ++v) {
         Triple wanted = before[v];
@@ -184,7 +183,7 @@ TEST(TriangleDab, PinchTakesATenthOfTheWayPerWeightOfOne) {
     }
 }
 
-TEST(TriangleDab, MeasuresInTheWorldUnderNonUniformScale) {
+TEST(TriangleDab, MeasuresInWorldSpaceUnderNonUniformScale) {
     StrokeBench bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     const Triple scale = {2.0, 1.0, 0.5};
@@ -200,7 +199,7 @@ TEST(TriangleDab, MeasuresInTheWorldUnderNonUniformScale) {
         Triple away{};
         for (std::size_t k = 0; k < 3; ++k) away[k] = scale[k] * (before[v][k] - before[5][k]);
         Triple wanted = before[v];
-        // The step comes back through the inverse scale of x; the scales' product is 1.
+        // The step is converted by the inverse scale of x; the product of the scales is 1.
         if (Distance(away, {}) <= 0.9) {
             wanted[0] += 0.3 / 2.0;
             ++moved;
@@ -210,10 +209,10 @@ TEST(TriangleDab, MeasuresInTheWorldUnderNonUniformScale) {
     EXPECT_GT(moved, 3);
 }
 
-/// All tools with a layer, freeze, mirrored dabs, a renderer and a record of the original data.
+/// All tools with a layer, a mask, mirrored dabs, a renderer and a snapshot of the original data.
 class TrianglesByEachTool : public ::testing::TestWithParam<std::size_t> {
 protected:
-    /// Runs a mirrored stroke of three dabs with everything in the way.
+    /// Runs a mirrored stroke of three dabs with every influence enabled.
     void Run(const PolygonMesh& polygons, bool withLayer, BrushOperation::Modifier modifier) {
         StrokeBench bench(polygons);
         SwiftStroke& brush = *bench.brush;
@@ -251,8 +250,8 @@ protected:
                 EXPECT_EQ(brush.deferredNormals.fill, 0u);
             }
         }
-        // What was touched has its place before the stroke both in its undo record and here, as
-        // the first to touch it made both.
+        // The original position of a touched vertex is both in its undo record and in the snapshot,
+        // since the first touch writes both.
         EXPECT_EQ(data.recordCount, mesh.changeRecordCount);
         for (uint32_t i = 0; i < mesh.changeRecordCount; ++i) {
             const StoredVertexInfo& undo = mesh.changeRecords[i];
@@ -299,7 +298,7 @@ INSTANTIATE_TEST_SUITE_P(Tools,
                          ::testing::Range(std::size_t{0}, std::size_t{15}),
                          [](const auto& tested) { return std::string(toolNames[tested.param]); });
 
-TEST_P(TrianglesByEachTool, WithEverythingInTheWay) {
+TEST_P(TrianglesByEachTool, StayConsistentWithEveryInfluenceEnabled) {
     for (const PolygonMesh& mesh : {Icosahedron(), RoundTriangles(), TriangleStrip(6)}) {
         for (const bool withLayer : {false, true}) {
             for (const auto modifier : {BrushOperation::ModifierNone,

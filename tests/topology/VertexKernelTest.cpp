@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The step of one vertex on meshes that have no patches: what it answers, what it leaves behind,
-/// and what it moves, against calculations of the tests' own.
+/// \file The step of one vertex on meshes without patches: its return value, its records and its
+/// displacement, compared with independent calculations.
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
 #include "tests/meshes/MeshZoo.h"
@@ -18,8 +17,8 @@
 namespace trovik::test {
 namespace {
 
-/// A stroke over a mesh of triangles, whose vertices a test hands to the step one by one. The dab's
-/// centre is the mesh's origin until Aim says otherwise.
+/// A stroke over a mesh of triangles, whose vertices a test passes to the step one by one. The
+/// dab's centre is the mesh's origin until Aim is called.
 class VertexKernel : public ::testing::Test {
 protected:
     void Open(const PolygonMesh& polygons, Tool tool = Tool::Sculpt) {
@@ -63,7 +62,7 @@ protected:
     std::unique_ptr<StrokeBench> bench;
 };
 
-TEST_F(VertexKernel, WalkThatGathersAPlaneTouchesNothing) {
+TEST_F(VertexKernel, PlaneSamplingWalkMovesNothing) {
     Open(FlatTriangles(2));
     Begin();
     Brush().planeSampling = true;
@@ -76,7 +75,7 @@ TEST_F(VertexKernel, WalkThatGathersAPlaneTouchesNothing) {
     Brush().planeSampling = false;
 }
 
-TEST_F(VertexKernel, VertexInReachIsMovedAndAnswersTrue) {
+TEST_F(VertexKernel, VertexInReachIsMovedAndReturnsTrue) {
     Open(FlatTriangles(2));
     Begin();
     EXPECT_TRUE(Step(0, 1));
@@ -89,7 +88,7 @@ TEST_F(VertexKernel, VertexInReachIsMovedAndAnswersTrue) {
     EXPECT_EQ(Record(0)->buildUp, 1.0f);
 }
 
-TEST_F(VertexKernel, VertexFirstMetOutOfReachHasARecordAndAPendingNormal) {
+TEST_F(VertexKernel, VertexFirstVisitedOutOfReachHasARecordAndAPendingNormal) {
     Open(FlatTriangles(2));
     Begin();
     EXPECT_FALSE(Step(8));
@@ -99,7 +98,7 @@ TEST_F(VertexKernel, VertexFirstMetOutOfReachHasARecordAndAPendingNormal) {
     EXPECT_EQ(Brush().deferredNormals.fill, 1u);
 }
 
-TEST_F(VertexKernel, VertexMetTwiceIsMovedOnceAndPassedThroughWithinTheRadius) {
+TEST_F(VertexKernel, VertexVisitedTwiceIsMovedOnceAndReturnsTrueWithinTheRadius) {
     Open(FlatTriangles(2));
     Begin();
     EXPECT_TRUE(Step(0, 0));
@@ -109,7 +108,7 @@ TEST_F(VertexKernel, VertexMetTwiceIsMovedOnceAndPassedThroughWithinTheRadius) {
     EXPECT_FALSE(Step(8));
     EXPECT_EQ(Brush().deferredNormals.fill, 4u);
     EXPECT_EQ(Mesh().changeRecordCount, 2u);
-    // On the rim is within.
+    // A vertex on the rim is within the radius.
     EXPECT_TRUE(Step(1));
     EXPECT_TRUE(Step(1));
 }
@@ -151,7 +150,7 @@ TEST_F(VertexKernel, ApplicationToAWholeMeshOfTrianglesMovesNothing) {
     for (const bool byFacing : {false, true}) {
         Open(Icosahedron());
         std::vector<Vector> before;
-        // One vertex lies where the application has its centre, at the world's origin.
+        // One vertex is at the centre of the application, the world origin.
         Mesh().SetPosition(Mesh().faceVertexIndices[1], {});
         for (uint32_t v = 0; v < 12; ++v) before.push_back(Mesh().Position(v));
         const auto bits = BitsOf(Mesh());
@@ -167,7 +166,7 @@ TEST_F(VertexKernel, ApplicationToAWholeMeshOfTrianglesMovesNothing) {
     }
 }
 
-TEST_F(VertexKernel, StampThatDoesNotReachTheVertexAnswersFalse) {
+TEST_F(VertexKernel, StampThatDoesNotReachTheVertexReturnsFalse) {
     Open(FlatTriangles(2));
     Begin();
     SwiftStroke& b = Brush();
@@ -182,7 +181,7 @@ TEST_F(VertexKernel, StampThatDoesNotReachTheVertexAnswersFalse) {
     EXPECT_EQ(Height(0), 0.5f);
     EXPECT_FALSE(Step(4));
     EXPECT_EQ(Height(4), 0.0f);
-    // The whole-mesh pass has no form of its own here.
+    // The whole-mesh pass has no separate path here.
     b.wholeMesh = true;
     EXPECT_FALSE(Step(5));
     b.wholeMesh = false;
@@ -192,7 +191,7 @@ TEST_F(VertexKernel, StampThatDoesNotReachTheVertexAnswersFalse) {
     b.stampEnabled = false;
 }
 
-TEST_F(VertexKernel, FreezeIsThatOfTheBinding) {
+TEST_F(VertexKernel, MaskIsReadAtTheBinding) {
     Open(FlatTriangles(2));
     Mesh().SetFreeze(0, 127);
     Mesh().SetFreeze(1, 64);
@@ -202,7 +201,7 @@ TEST_F(VertexKernel, FreezeIsThatOfTheBinding) {
     EXPECT_TRUE(Step(1));
     EXPECT_NEAR(Height(1), 63.0f / 127.0f, 1e-6f);
 
-    // Frozen in mid-stroke: a mesh that had nothing frozen when it was bound is not asked again.
+    // Masked during a stroke: a mesh without a mask when it was bound is not queried again.
     Open(FlatTriangles(2));
     Begin();
     Mesh().SetFreeze(0, 127);
@@ -228,7 +227,7 @@ TEST_F(VertexKernel, FollowsVertexNormalsOnlyWhenTheDabDoes) {
     EXPECT_NEAR(PlaceOf(Mesh(), 1)[2], other[2] + 1.0, 1e-6);
 }
 
-TEST_F(VertexKernel, EveryRendererHearsOfEachWrittenVertexWhateverItAskedFor) {
+TEST_F(VertexKernel, EveryRendererIsNotifiedOfEachWrittenVertex) {
     Open(FlatTriangles(2));
     RecordingRenderer& first = bench->AddRenderer(1.0f);
     RecordingRenderer& second = bench->AddRenderer(1.0f);
@@ -243,7 +242,7 @@ TEST_F(VertexKernel, EveryRendererHearsOfEachWrittenVertexWhateverItAskedFor) {
     EXPECT_EQ(second.notices, first.notices);
 }
 
-TEST_F(VertexKernel, NormalsWaitForTheEndOfTheDab) {
+TEST_F(VertexKernel, NormalsAreUpdatedAtTheEndOfTheDab) {
     Open(FlatTriangles(2));
     Begin();
     const auto before = BitsOf(Mesh());
@@ -255,22 +254,22 @@ TEST_F(VertexKernel, NormalsWaitForTheEndOfTheDab) {
     EXPECT_EQ(Brush().deferredNormals.fill, 0u);
 }
 
-TEST_F(VertexKernel, SmoothMovesToTheMeanOfTheRingAndBuildsNothingUp) {
+TEST_F(VertexKernel, SmoothMovesToTheRingMeanWithoutBuildUp) {
     Open(FlatTriangles(2), Tool::Smooth);
     Mesh().SetPosition(4, {1.25f, 1.0f, 3.0f});
     Begin();
     Aim({1.0f, 1.0f, 0.0f}, 9.0f);
-    // Vertex 4 and its six neighbours: the two corners off the diagonals are none.
+    // Vertex 4 and its six neighbours, which exclude the two corners off the diagonals.
     EXPECT_TRUE(Step(4));
     EXPECT_NEAR(Height(4), 3.0f / 7.0f, 1e-6f);
     EXPECT_NEAR(Mesh().Position(4).x, (1.25f + 6.0f) / 7.0f, 1e-6f);
     EXPECT_EQ(Record(4)->buildUp, 0.0f);
-    // In place: a vertex whose turn comes later sees the new position. Vertex 0 has 1, 3 and 4.
+    // In place: a later vertex reads the new position. Vertex 0 has the neighbours 1, 3 and 4.
     EXPECT_TRUE(Step(0));
     EXPECT_NEAR(Height(0), 3.0f / 7.0f / 4.0f, 1e-6f);
 }
 
-TEST_F(VertexKernel, SmoothOfALayerTakesTheMeanOfOffsets) {
+TEST_F(VertexKernel, SmoothOfALayerUsesTheMeanOfOffsets) {
     Open(FlatTriangles(2), Tool::Smooth);
     Mesh().SetPosition(4, {1.0f, 1.0f, 3.0f});
     SculptLayer& layer = bench->AddLayer();
@@ -284,7 +283,7 @@ TEST_F(VertexKernel, SmoothOfALayerTakesTheMeanOfOffsets) {
     EXPECT_NEAR(layer.Offset(4).y, 0.1f, 1e-6f);
     EXPECT_EQ(layer.Rest(4), Vector(1.0f, 1.0f, 3.0f));
     EXPECT_EQ(Height(4), 3.0f);
-    // The ring read made records of all that it saw, but only the vertex had its turn.
+    // Reading the ring made records of all its vertices, but only this vertex was processed.
     EXPECT_EQ(Mesh().changeRecordCount, 7u);
     EXPECT_TRUE(Step(1));
     EXPECT_NEAR(layer.Offset(1).y, 0.1f / 5.0f, 1e-6f);
@@ -327,7 +326,7 @@ protected:
         Mesh().vertexAuxiliary = source;
         for (uint32_t i = 0; i < data.pages.fill; ++i) Block::AlignedFree(data.pages[i]);
     }
-    /// Bytes of record i.
+    /// The bytes of record i.
     const uint8_t* RecordAt(uint32_t i) {
         return static_cast<const uint8_t*>(data.pages[i / 2]) + (i % 2) * 28;
     }
@@ -344,14 +343,14 @@ protected:
     std::vector<int32_t> records = std::vector<int32_t>(9, -1);
 };
 
-TEST_F(OriginalRecords, HoldPlaceItemNumberAndFreezeOfEachVertexAsItWasFirstMet) {
+TEST_F(OriginalRecords, HavePositionItemNumberAndMaskOfEachVertexAtFirstTouch) {
     Open(9);
     Mesh().SetFreeze(5, 64);
     for (const uint32_t v : {5u, 0u, 7u, 0u, 5u}) Step(v);
     EXPECT_EQ(data.recordCount, 3u);
     EXPECT_EQ(data.pages.fill, 2u);
     EXPECT_EQ(records, (std::vector<int32_t>{1, -1, -1, -1, -1, 0, -1, 2, -1}));
-    // Out of reach or not, moved or not: vertex 0 was moved behind its record.
+    // Independent of reach and movement: vertex 0 was moved after its record was made.
     EXPECT_EQ(Height(0), 1.0f);
     const uint32_t order[3] = {5, 0, 7};
     for (uint32_t i = 0; i < 3; ++i) {
@@ -367,7 +366,7 @@ TEST_F(OriginalRecords, HoldPlaceItemNumberAndFreezeOfEachVertexAsItWasFirstMet)
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data.pages[i]) % 64, 0u);
 }
 
-TEST_F(OriginalRecords, FreezeBitIsNoPartOfTheWeight) {
+TEST_F(OriginalRecords, MaskOfARecordExcludesTheTopBit) {
     Open(9);
     Mesh().vertices.array[3].freeze = 0xff;
     Step(3);
@@ -382,7 +381,7 @@ TEST_F(OriginalRecords, AreKeptForVerticesBelowTheLimitOnly) {
     EXPECT_EQ(records, (std::vector<int32_t>{0, 1, 2, 3, 4, -1, -1, -1, -1}));
 }
 
-TEST_F(OriginalRecords, AreMadeBeforeTheVertexIsTestedButBehindARefusingLayer) {
+TEST_F(OriginalRecords, AreMadeBeforeTheReachTestButAfterALayerRefusal) {
     Open(9);
     EXPECT_FALSE(Step(8));
     EXPECT_EQ(records[8], 0);
@@ -393,7 +392,7 @@ TEST_F(OriginalRecords, AreMadeBeforeTheVertexIsTestedButBehindARefusingLayer) {
     EXPECT_EQ(records[4], -1);
 }
 
-TEST_F(OriginalRecords, RefusedPageLeavesTheRecordsAsTheyWere) {
+TEST_F(OriginalRecords, RefusedPageLeavesTheRecordsUnchanged) {
     Open(9);
     {
         const MemoryLimit limit(0);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// What the host changes between calls, as a reader of a trace follows it.
+/// \file Changes by the host between calls, as a reader of a trace follows them.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
@@ -35,7 +34,7 @@ State ReadState(const std::string& folder) {
 
 template <typename T>
 struct ArrayIn {
-    /// \param file  of a state; the values are those behind the header.
+    /// \param file  of a state; the values are those after the header.
     explicit ArrayIn(std::string& file) : bytes(file) {
         header = 10u + static_cast<uint8_t>(file.at(8)) + 256u * static_cast<uint8_t>(file.at(9));
         values.resize((file.size() - header) / sizeof(T));
@@ -56,11 +55,11 @@ Point Cross(const Point& a, const Point& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-/// A reader of a trace that has no mesh of its own: files, and the rules of docs/trace.md.
+/// A reader of a trace without a mesh: only files, and the rules of docs/trace.md.
 class Reader {
 public:
     void Replace(State newState) { state = std::move(newState); }
-    /// What a call of the brush leaves; the mirror is the host's.
+    /// Applies the state after a call of the brush; the mirror belongs to the host.
     void AfterCall(State result) {
         const auto mirror = state.find(mirrorCornersFile);
         if (mirror != state.end()) result.insert(*mirror);
@@ -68,7 +67,7 @@ public:
     }
     const State& Present() const { return state; }
 
-    /// MeshChange::Finish: the words of the records come back.
+    /// MeshChange::Finish: the words of the records are restored.
     void EndStroke() {
         const auto open = state.find("records.npy");
         if (open == state.end()) return;
@@ -127,7 +126,7 @@ private:
     State state;
 };
 
-/// Passes everything on to a recorder, and keeps the true state of the mesh before and after every
+/// Forwards everything to a recorder, and stores the true state of the mesh before and after every
 /// call.
 class Witness final : public StrokeObserver {
 public:
@@ -171,7 +170,7 @@ private:
     std::string folder;
 };
 
-/// The brush asks for the mirror in one mode only; a reader may have the one of earlier.
+/// The brush queries the mirror in one mode only; a reader may have an earlier one.
 void ExpectSame(State reader, State truth, const std::string& what) {
     if (truth.count(mirrorCornersFile) == 0) reader.erase(mirrorCornersFile);
     for (const auto& [name, content] : truth)
@@ -181,8 +180,8 @@ void ExpectSame(State reader, State truth, const std::string& what) {
 
 class HostChange : public TraceBench {
 protected:
-    /// Runs steps one by one, and those that the mesh does not allow are passed over; then follows
-    /// the trace.
+    /// Runs steps one by one, skipping those that the mesh does not allow, and then follows the
+    /// trace.
     void Follow(const std::vector<nlohmann::json>& steps,
                 const nlohmann::json& setUp,
                 const std::function<void(Document&)>& byHand = {}) {
@@ -231,7 +230,8 @@ protected:
                     reader.Replace(ReadState(At("before/m0")));
                     hasState = true;
                 }
-                // The sides are settled right before the call, and told right after it.
+                // The sides are settled immediately before the call, and reported immediately after
+                // it.
                 const bool settles =
                     i + 1 < trace.size() && trace[i + 1]["call"] == "SettleSymmetry";
                 if (hasState && !settles) ExpectSame(reader.Present(), witness.before[call], what);
@@ -256,7 +256,7 @@ protected:
 
 const nlohmann::json stroke = R"({"stroke": {"surface": [[0.3, 0.1, 1], [0.5, 0.2, 1]]}})"_json;
 
-TEST_F(HostChange, HiddenVerticesGetTheirBitsBackBeforeTheEndOfAStroke) {
+TEST_F(HostChange, HiddenVerticesAreRestoredBeforeTheEndOfAStroke) {
     std::string grid;
     for (int y = 0; y < 9; ++y)
         for (int x = 0; x < 9; ++x)
@@ -314,7 +314,7 @@ TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
         reasons.emplace_back(reason);
     }
     Follow(script, {{"levels", 2}});
-    // The stroke after the undo left nothing to redo.
+    // After the stroke that followed the undo there was nothing to redo.
     reasons.erase(reasons.begin() + 1);
     EXPECT_EQ(Reasons(), reasons);
     unsigned number = 0;
@@ -359,7 +359,7 @@ TEST_F(HostChange, WorkThatChangesNothingHasNoLine) {
     EXPECT_EQ(Reasons(), std::vector<std::string>{});
 }
 
-TEST_F(HostChange, ChangeStandsBeforeTheNextCallWhateverItIs) {
+TEST_F(HostChange, ChangePrecedesTheNextCallOfAnyKind) {
     Follow({stroke, R"({"undo": 1})"_json, R"({"tool": "Wax"})"_json, stroke}, {{"levels", 2}});
     const std::vector<std::string> calls = Calls();
     const auto change = std::find(calls.begin(), calls.end(), "HostChange");
@@ -368,17 +368,17 @@ TEST_F(HostChange, ChangeStandsBeforeTheNextCallWhateverItIs) {
     EXPECT_EQ(*(change + 1), "SetActiveConfiguration");
 }
 
-TEST_F(HostChange, StrokesOfTheFreezeBrushAreTheHosts) {
+TEST_F(HostChange, FreezeBrushStrokesAreHostChanges) {
     Follow({stroke, R"({"tool": "Freeze"})"_json, stroke, R"({"tool": "Sculpt"})"_json, stroke},
            {{"levels", 3}});
     EXPECT_EQ(Reasons(), std::vector<std::string>{"stroke"});
     EXPECT_EQ(LinesOf(trace, "BeginStroke").size(), 2u);
-    // At the end too, so that the state after the trace follows from its lines.
+    // The trace ends with one, too, so that the state after the trace follows from its lines.
     Follow({stroke, R"({"tool": "Freeze"})"_json, stroke}, {{"levels", 3}});
     EXPECT_EQ(Calls().back(), "HostChange");
 }
 
-TEST_F(HostChange, FreezingInMidStrokeIsFollowed) {
+TEST_F(HostChange, MaskingDuringAStrokeIsFollowed) {
     Follow({R"({"stroke": {"surface": [[0.3, 0.1, 1]], "open": true}})"_json,
             R"({"freeze": {"center": [0, 0, 1], "radius": 0.5}})"_json,
             R"({"stroke": {"surface": [[0.4, 0.1, 1]], "continue": true, "open": true}})"_json,
@@ -389,7 +389,7 @@ TEST_F(HostChange, FreezingInMidStrokeIsFollowed) {
     EXPECT_TRUE(Has("change-000001/m0/records.npy"));
 }
 
-TEST_F(HostChange, CopyThatIsDraggedIsPutBackBeforeEachDab) {
+TEST_F(HostChange, DraggedCopyIsRevertedBeforeEachDab) {
     FloatImage image;
     image.width = 2;
     image.height = 2;
@@ -426,10 +426,10 @@ TEST_F(HostChange, SettledSidesAreListedAfterTheStroke) {
     const auto vertices = lines[0]["out"]["vertices"].get<std::vector<uint32_t>>();
     EXPECT_FALSE(vertices.empty());
     EXPECT_TRUE(std::is_sorted(vertices.begin(), vertices.end()));
-    EXPECT_TRUE(Reasons().empty()) << "the line is enough";
+    EXPECT_TRUE(Reasons().empty()) << "the line contains the whole change";
 }
 
-TEST_F(HostChange, SettledSidesOfALayerComeWithItsOffsets) {
+TEST_F(HostChange, SettledSidesOfALayerIncludeItsOffsets) {
     Follow({R"({"set": {"radius": 0.6}})"_json,
             R"({"layer": {"add": "skin"}})"_json,
             R"({"layer": {"strength": 0.75}})"_json,
@@ -442,7 +442,7 @@ TEST_F(HostChange, SettledSidesOfALayerComeWithItsOffsets) {
     EXPECT_TRUE(Has("change-000001/m0/layer.npy"));
 }
 
-TEST_F(HostChange, MirrorOfTheTopologyStandsBeforeTheFirstStrokeThatUsesIt) {
+TEST_F(HostChange, TopologicalMirrorPrecedesTheFirstStrokeThatUsesIt) {
     Follow({stroke,
             R"({"mirror": "topological"})"_json,
             stroke,
@@ -452,7 +452,8 @@ TEST_F(HostChange, MirrorOfTheTopologyStandsBeforeTheFirstStrokeThatUsesIt) {
             R"({"mirror": "topological"})"_json,
             stroke},
            {{"levels", 2}});
-    EXPECT_EQ(Reasons(), std::vector<std::string>{"mirror"}) << "one that is known is not repeated";
+    EXPECT_EQ(Reasons(), std::vector<std::string>{"mirror"})
+        << "a mirror that was reported is not repeated";
     EXPECT_FALSE(Has("before/m0/mirror_corners.npy"));
     const auto corners = NpyArray(At("change-000001/m0/mirror_corners.npy")).Values<int32_t>();
     EXPECT_EQ(corners.size(), 96u * 4 * 3);
@@ -462,7 +463,7 @@ TEST_F(HostChange, MirrorOfTheTopologyStandsBeforeTheFirstStrokeThatUsesIt) {
     EXPECT_EQ(*(change + 1), "BeginStroke");
 }
 
-TEST_F(HostChange, MirrorThatIsOnFromTheStartIsInTheFirstState) {
+TEST_F(HostChange, MirrorEnabledFromTheStartIsInTheFirstState) {
     Follow({stroke, R"({"undo": 1})"_json, stroke}, {{"levels", 2}, {"mirror", "topological"}});
     EXPECT_TRUE(Has("before/m0/mirror_corners.npy"));
     EXPECT_TRUE(Has("change-000001/m0/mirror_corners.npy"));
@@ -555,7 +556,7 @@ nlohmann::json RandomStep(RandomNumbers& random) {
 TEST_F(HostChange, RandomScriptsAreFollowed) {
     std::set<std::string> reasons;
     std::size_t settled = 0;
-    // A run of many belongs to a change of what is traced; set the variable for it.
+    // Run more scripts after a change of the traced data, by setting the variable.
     const uint32_t scripts = WantedCount("TROVIK_RANDOM_TRACES", 12);
     for (uint32_t seed = 1; seed <= scripts; ++seed) {
         SCOPED_TRACE("script " + std::to_string(seed));

@@ -21,7 +21,7 @@ TEST(JsonFloat, HasNineSignificantDigits) {
     EXPECT_EQ(JsonFloat(std::numeric_limits<float>::max()), "3.40282347e+38");
 }
 
-TEST(JsonFloat, IsNeverTakenForAnInteger) {
+TEST(JsonFloat, IsNeverWrittenAsAnInteger) {
     EXPECT_EQ(JsonFloat(1.0f), "1.0");
     EXPECT_EQ(JsonFloat(0.0f), "0.0");
     EXPECT_EQ(JsonFloat(-0.0f), "-0.0");
@@ -29,14 +29,14 @@ TEST(JsonFloat, IsNeverTakenForAnInteger) {
     EXPECT_EQ(JsonFloat(-100.0f), "-100.0");
 }
 
-TEST(JsonFloat, WhatIsNoNumberIsAWord) {
+TEST(JsonFloat, NaNAndInfinityAreWords) {
     EXPECT_EQ(JsonFloat(std::numeric_limits<float>::infinity()), "\"inf\"");
     EXPECT_EQ(JsonFloat(-std::numeric_limits<float>::infinity()), "\"-inf\"");
     EXPECT_EQ(JsonFloat(std::nanf("")), "\"nan\"");
     EXPECT_EQ(JsonFloat(-std::nanf("")), "\"nan\"");
 }
 
-TEST(JsonFloat, ComesBackAsTheSameBits) {
+TEST(JsonFloat, RoundTripsBitExactly) {
     std::mt19937 random(7);
     for (int i = 0; i < 200000; ++i) {
         const auto value = std::bit_cast<float>(static_cast<uint32_t>(random()));
@@ -56,7 +56,7 @@ TEST(JsonFields, ObjectKeepsTheOrderAndReplacesByName) {
     EXPECT_EQ(fields.Text(), R"({"b":[2,[3]],"a":"x \"y\"\n"})");
 }
 
-TEST(JsonFields, OnlyWhatHasAnotherTextIsAChange) {
+TEST(JsonFields, OnlyADifferentTextIsAChange) {
     JsonFields before, now;
     before.Set("same", "1");
     before.Set("other", "1.0");
@@ -68,7 +68,7 @@ TEST(JsonFields, OnlyWhatHasAnotherTextIsAChange) {
     EXPECT_TRUE(now.ChangedSince(now).IsEmpty());
 }
 
-TEST(JsonString, BytesThatAreNoTextDoNotBreakTheLine) {
+TEST(JsonString, InvalidTextDoesNotBreakTheLine) {
     EXPECT_EQ(JsonString(std::string("a\xff")), "\"a\xef\xbf\xbd\"");
     EXPECT_EQ(JsonString(QString::fromUtf8("\u00e4<br>\t")), "\"\u00e4<br>\\t\"");
 }

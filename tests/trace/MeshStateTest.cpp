@@ -65,7 +65,7 @@ TEST_F(MeshStateTest, EveryLevelHasFacesPositionsAndFlags) {
     EXPECT_EQ(Write(geometry, "level-0/positions.npy").Shape(), "(12, 3)");
 }
 
-TEST_F(MeshStateTest, BoundLevelHasNormalsFreezeAndLinkWords) {
+TEST_F(MeshStateTest, BoundLevelHasNormalsMaskAndLinkWords) {
     LevelGeometry geometry(GridMesh(2, 2));
     LevelMesh& mesh = *geometry.Bound();
     mesh.vertexNormals[1] = {5, -6, 7, 8};
@@ -131,7 +131,7 @@ TEST_F(MeshStateTest, LayerIsOffsetAndRestByVertex) {
     EXPECT_EQ(meta["layerStrength"], 0.5);
 }
 
-TEST_F(MeshStateTest, MirrorCornersAreWhatTheMeshAnswers) {
+TEST_F(MeshStateTest, MirrorCornersAreThoseOfTheMesh) {
     LevelGeometry geometry(GridMesh(2, 1));
     mirrorCorners = true;
     const NpyArray array = Write(geometry, "mirror_corners.npy");
@@ -150,7 +150,7 @@ TEST_F(MeshStateTest, MirrorCornersAreWhatTheMeshAnswers) {
     EXPECT_EQ(array.Values<int32_t>(), expected);
 }
 
-TEST_F(MeshStateTest, MetaTellsTheRest) {
+TEST_F(MeshStateTest, MetaHasAllOtherData) {
     LevelGeometry geometry(Icosahedron());
     geometry.Subdivide();
     geometry.Subdivide();
@@ -167,14 +167,14 @@ TEST_F(MeshStateTest, MetaTellsTheRest) {
         "layerStrength": 1.0, "lockable": true, "isSubdivisionLevel": true})"_json);
 }
 
-TEST_F(MeshStateTest, LockableIsWhatLockWouldAnswerAndTakesNothing) {
+TEST_F(MeshStateTest, LockableIsTheResultOfLockWithoutLocking) {
     LevelGeometry geometry(SingleQuad());
     LevelMesh& mesh = *geometry.Bound();
     EXPECT_EQ(Meta(geometry)["lockable"], true);
     EXPECT_EQ(mesh.LockHolder(), nullptr);
     Holder other;
     mesh.Lock(&other);
-    EXPECT_EQ(Meta(geometry)["lockable"], false) << "the other's stroke is running";
+    EXPECT_EQ(Meta(geometry)["lockable"], false) << "the other brush's stroke is running";
     other.free = true;
     EXPECT_EQ(Meta(geometry)["lockable"], true);
     EXPECT_EQ(mesh.LockHolder(), &other);

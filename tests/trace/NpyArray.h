@@ -11,7 +11,7 @@
 
 namespace trovik::test {
 
-/// An .npy file as its bytes, its header's text and its values.
+/// An .npy file as its bytes, the text of its header and its values.
 struct NpyArray {
     explicit NpyArray(const std::string& path) {
         std::ifstream file(path, std::ios::binary);
@@ -19,7 +19,7 @@ struct NpyArray {
         if (!file || !(text << file.rdbuf())) throw std::runtime_error("cannot read " + path);
         bytes = text.str();
         if (bytes.compare(0, 8, std::string("\x93NUMPY\x01\x00", 8)) != 0)
-            throw std::runtime_error(path + " is no .npy file of version 1.0");
+            throw std::runtime_error(path + " is not an .npy file of version 1.0");
         headerBytes = 10u + static_cast<uint8_t>(bytes[8]) + 256u * static_cast<uint8_t>(bytes[9]);
         header = bytes.substr(10, headerBytes - 10);
     }

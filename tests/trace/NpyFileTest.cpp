@@ -24,7 +24,7 @@ TEST(NpyFile, HeaderIsThatOfVersionOneAndEndsOnAMultipleOfSixtyFour) {
     }
 }
 
-TEST(NpyFile, HeaderNamesTypeOrderAndShape) {
+TEST(NpyFile, HeaderHasTypeOrderAndShape) {
     const auto dictionary = [](const char* type, const std::vector<uint64_t>& shape) {
         const std::string header = NpyHeader(type, shape);
         return header.substr(10, header.find('}') - 9);
@@ -42,7 +42,7 @@ TEST(NpyFile, HeaderNamesTypeOrderAndShape) {
         "('reserved', '<u4'), ('layerSlot', '<u4')], 'fortran_order': False, 'shape': (0,), }");
 }
 
-TEST(NpyFile, ValuesFollowTheHeaderAsTheyLieInMemory) {
+TEST(NpyFile, ValuesFollowTheHeaderInMemoryLayout) {
     const TemporaryFolder folder;
     const float values[6] = {0.0f, -1.5f, 2.0f, 3.0f, 1e30f, -0.0f};
     WriteNpyFile(folder.Path("a.npy"), npyFloat32, {2, 3}, values, sizeof values);
@@ -60,7 +60,7 @@ TEST(NpyFile, EmptyArrayNeedsNoData) {
     EXPECT_EQ(NpyArray(folder.Path("a.npy")).Shape(), "(0,)");
 }
 
-TEST(NpyFile, FolderThatIsMissingIsNamed) {
+TEST(NpyFile, MissingFolderIsNamed) {
     const TemporaryFolder folder;
     const std::string path = folder.Path("nowhere") + "/a.npy";
     try {

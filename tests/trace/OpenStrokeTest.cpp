@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Strokes that a script leaves open.
+/// \file Strokes that a script leaves open.
 #include "framework/errors/HostError.h"
 #include "tests/trace/NpyArray.h"
 #include "tests/trace/TraceBench.h"
@@ -22,7 +21,7 @@ protected:
     std::string setUp;
 };
 
-TEST_F(OpenStroke, GoesOnInALaterStep) {
+TEST_F(OpenStroke, ContinuesInALaterStep) {
     Run(R"({"stroke": {"open": true, "dabs": [{"face": 0}]}}, {"set": {"buildUpRate": 1}},
            {"stroke": {"continue": true, "open": true, "dabs": [{"face": 9}]}},
            {"stroke": {"continue": true, "dabs": [{"face": 2}]}})",
@@ -41,7 +40,7 @@ TEST_F(OpenStroke, GoesOnInALaterStep) {
               Line("ApplyDab", 0)["in"]["hit"]["position"]);
 }
 
-TEST_F(OpenStroke, GivesTheMeshThatOneStrokeGives) {
+TEST_F(OpenStroke, GivesTheMeshOfASingleStroke) {
     const std::string settings = R"({"set": {"radius": 0.6, "strength": 50}}, )";
     Run(settings + R"({"stroke": {"dabs": [{"face": 0}, {"face": 9}]}})", setUp);
     const std::string whole = NpyArray(At("after/m0/level-2/positions.npy")).bytes;
@@ -53,7 +52,7 @@ TEST_F(OpenStroke, GivesTheMeshThatOneStrokeGives) {
 
 TEST_F(OpenStroke, EndOfTheScriptShowsTheRecords) {
     Run(R"({"set": {"radius": 0.6}}, {"stroke": {"open": true, "dabs": [{"face": 0}]}})", setUp);
-    EXPECT_EQ(Calls().back(), "ApplyDab") << "ending the stroke is no more a part of the trace";
+    EXPECT_EQ(Calls().back(), "ApplyDab") << "ending the stroke is not part of the trace any more";
     const auto records = NpyArray(At("after/m0/records.npy")).Values<StoredVertexInfo>();
     EXPECT_EQ(records.size(), Line("ApplyDab")["out"]["recordCount"].get<std::size_t>());
     const auto links = NpyArray(At("after/m0/change_link.npy")).Values<uint32_t>();
@@ -74,7 +73,7 @@ TEST_F(OpenStroke, CanBeginAndEndWithoutADab) {
     EXPECT_EQ(Line("BeginStroke")["in"]["modifier"], 2);
 }
 
-TEST_F(OpenStroke, FreezingInBetweenIsToldAtTheNextDab) {
+TEST_F(OpenStroke, MaskingInBetweenIsReportedAtTheNextDab) {
     Run(R"({"stroke": {"open": true, "dabs": [{"face": 0}]}}, {"freeze": "all"},
            {"stroke": {"continue": true, "dabs": [{"face": 0}]}})",
         setUp);
@@ -83,7 +82,7 @@ TEST_F(OpenStroke, FreezingInBetweenIsToldAtTheNextDab) {
     EXPECT_EQ(Line("ApplyDab", 1)["in"]["freezeQuery"], 1);
 }
 
-TEST_F(OpenStroke, StepsThatWouldPullTheGroundFromUnderItAreRefused) {
+TEST_F(OpenStroke, StepsThatWouldInvalidateItAreRefused) {
     const std::string open = R"({"stroke": {"open": true, "dabs": [{"face": 0}]}}, )";
     const std::string reason =
         R"(: a stroke is open; end it first with {"stroke": {"continue": true}})";
@@ -98,7 +97,7 @@ TEST_F(OpenStroke, StepsThatWouldPullTheGroundFromUnderItAreRefused) {
     ExpectError(open + R"({"reset": true})", "/steps/1/reset" + reason);
 }
 
-TEST_F(OpenStroke, MistakesInOpeningAndGoingOnAreNamed) {
+TEST_F(OpenStroke, ErrorsInOpeningAndContinuingAreReported) {
     ExpectError(R"({"stroke": {"continue": true, "dabs": [{"face": 0}]}})",
                 "/steps/0/stroke/continue: no stroke is open");
     ExpectError(R"({"stroke": {"open": true}}, {"stroke": {"dabs": [{"face": 0}]}})",
@@ -113,7 +112,7 @@ TEST_F(OpenStroke, MistakesInOpeningAndGoingOnAreNamed) {
     ExpectError(R"({"stroke": {}})", "/steps/0/stroke: a stroke needs one of");
 }
 
-TEST_F(OpenStroke, MistakeInAContinuedStrokeEndsIt) {
+TEST_F(OpenStroke, ErrorInAContinuedStrokeEndsIt) {
     ExpectError(R"({"stroke": {"open": true, "dabs": [{"face": 0}]}},
                    {"stroke": {"continue": true, "dabs": [{"face": 99999}]}})",
                 "there is no face 99999");

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Traces of small scripts with the brush itself.
+/// \file Traces of small scripts with the brush itself.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/math/SameBits.h"
@@ -21,7 +20,7 @@ constexpr const char* oneDab = R"({"stroke": {"dabs": [{"face": 0, "radius": 0.5
 
 class ScriptTrace : public TraceBench {};
 
-TEST_F(ScriptTrace, BeginsWithTheToolAndHoldsEveryCallInOrder) {
+TEST_F(ScriptTrace, BeginsWithTheToolAndHasEveryCallInOrder) {
     Run(std::string(R"({"tool": "Flatten"}, )") + oneDab, "\"levels\": 2, ");
     EXPECT_EQ(Calls(),
               (std::vector<std::string>{"SetActiveConfiguration",
@@ -37,7 +36,7 @@ TEST_F(ScriptTrace, BeginsWithTheToolAndHoldsEveryCallInOrder) {
         EXPECT_EQ(KeysOf(line), (std::vector<std::string>{"call", "in", "out"}));
 }
 
-TEST_F(ScriptTrace, ToolThatWasLeftOnceIsInited) {
+TEST_F(ScriptTrace, DeactivatedToolIsMarkedAsInitialised) {
     Run(R"({"tool": "Pinch"}, {"tool": "Sculpt"}, {"tool": "Pinch"})");
     ASSERT_EQ(trace.size(), 4u);
     EXPECT_EQ(trace[1]["in"], R"({"tool": 2, "inited": false})"_json);
@@ -46,8 +45,8 @@ TEST_F(ScriptTrace, ToolThatWasLeftOnceIsInited) {
     EXPECT_EQ(trace[3]["in"], R"({"tool": 2, "inited": true})"_json);
 }
 
-TEST_F(ScriptTrace, ToolThatIsChosenAgainIsInited) {
-    // The settings of the tool at hand are stored before it is chosen anew.
+TEST_F(ScriptTrace, ToolSelectedAgainIsMarkedAsInitialised) {
+    // The settings of the current tool are stored before it is selected again.
     Run(R"({"tool": "Sculpt"})");
     ASSERT_EQ(trace.size(), 2u);
     EXPECT_EQ(trace[0]["in"], R"({"tool": 0, "inited": false})"_json);
@@ -82,7 +81,7 @@ TEST_F(ScriptTrace, StrokeBeginsWithEverySettingOfTheBrush) {
     EXPECT_EQ(falloff.Type(), "'<f4'");
     EXPECT_EQ(falloff.Shape(), "(3,)");
     EXPECT_EQ(falloff.Values<float>(), (std::vector<float>{1.0f, 0.5f, 0.0f}));
-    // The preference and the switch are the process's.
+    // The preference and the switch are process-wide.
     Run(std::string(R"({"set": {"facing": {"on": false}}}, )") + oneDab,
         R"("preferences": {"Swift Stroke Level Factor": 1.0}, )");
 }
@@ -100,14 +99,14 @@ TEST_F(ScriptTrace, MirroredDabFollowsItsMainDab) {
         EXPECT_EQ(dabs[1]["in"]["hit"]["position"][axis],
                   sign * dabs[0]["in"]["hit"]["position"][axis].get<double>());
     }
-    // Each side has its own previous place.
+    // Each side has its own previous position.
     EXPECT_EQ(dabs[0]["in"]["previousPatchPosition"], R"([0.0, 0.0, 0.0])"_json);
     EXPECT_EQ(dabs[1]["in"]["previousPatchPosition"], R"([0.0, 0.0, 0.0])"_json);
     EXPECT_EQ(dabs[2]["in"]["previousPatchPosition"], dabs[0]["in"]["hit"]["position"]);
     EXPECT_EQ(dabs[3]["in"]["previousPatchPosition"], dabs[1]["in"]["hit"]["position"]);
 }
 
-TEST_F(ScriptTrace, SmoothStrokeTellsTheToolAsItWasAndTheRestAsTheBrushReadsIt) {
+TEST_F(ScriptTrace, SmoothStrokeHasTheSelectedToolAndTheSettingsOfSmooth) {
     Run(std::string(R"({"tool": "Smooth", "set": {"buildUpRate": 0.125, "strengthBias": 60,
                         "falloff": "constant"}},
                        {"tool": "Pinch", "set": {"buildUpRate": 0.75, "strengthBias": 10,
@@ -123,8 +122,9 @@ TEST_F(ScriptTrace, SmoothStrokeTellsTheToolAsItWasAndTheRestAsTheBrushReadsIt) 
     EXPECT_EQ(smooth["strengthBias"], 60.0) << "Smooth's own";
     const std::vector<float> table =
         NpyArray(At("arrays/" + smooth["falloff"].get<std::string>())).Values<float>();
-    EXPECT_EQ(table.at(table.size() / 2), 1.0f) << "Smooth's own: constant";
-    EXPECT_FALSE(Line("ApplyDab")["in"].contains("tool")) << "the swap is the brush's, not ours";
+    EXPECT_EQ(table.at(table.size() / 2), 1.0f) << "Smooth's own falloff: constant";
+    EXPECT_FALSE(Line("ApplyDab")["in"].contains("tool"))
+        << "the brush swaps the tool, not the host";
     EXPECT_EQ(Line("EndStroke")["out"]["tool"], 2);
 
     const nlohmann::json pinch = Line("BeginStroke", 1)["in"];
@@ -133,7 +133,7 @@ TEST_F(ScriptTrace, SmoothStrokeTellsTheToolAsItWasAndTheRestAsTheBrushReadsIt) 
     EXPECT_NE(pinch["falloff"], smooth["falloff"]);
 }
 
-TEST_F(ScriptTrace, StampOfAScriptComesWithItsPixelsAndEachDabsMatrix) {
+TEST_F(ScriptTrace, StampHasItsPixelsAndTheMatrixOfEachDab) {
     FloatImage image;
     image.width = 2;
     image.height = 3;
@@ -159,10 +159,10 @@ TEST_F(ScriptTrace, StampOfAScriptComesWithItsPixelsAndEachDabsMatrix) {
         EXPECT_FALSE(dab["in"].contains("stamp"));
         matrices.insert(dab["in"]["stampMatrix"].dump());
     }
-    EXPECT_EQ(matrices.size(), 4u) << "two dabs, each on both sides, and each its own place";
+    EXPECT_EQ(matrices.size(), 4u) << "two dabs, each on both sides and at its own position";
 }
 
-TEST_F(ScriptTrace, DabTellsWhatItDid) {
+TEST_F(ScriptTrace, DabReportsItsEffect) {
     Run(R"({"set": {"direction": "surfaceNormal"}},
            {"stroke": {"dabs": [{"face": 0, "radius": 0.4}, {"face": 0, "radius": 0.4}]}})",
         "\"levels\": 3, \"renderers\": [0], ",
@@ -186,7 +186,7 @@ TEST_F(ScriptTrace, DabTellsWhatItDid) {
     EXPECT_GT(first["facesTested"].size(), 4u);
     EXPECT_EQ(first["facesTested"][0][1], 1);
 
-    // Every vertex that moved was told to the renderer, and is a record.
+    // Every vertex that moved was reported to the renderer, and has a record.
     const auto before = NpyArray(At("before/m0/level-3/positions.npy")).Values<Vector>();
     const auto after = NpyArray(At("dab-000001/m0/level-3/positions.npy")).Values<Vector>();
     std::set<uint32_t> moved, told;
@@ -210,14 +210,14 @@ TEST_F(ScriptTrace, DabWithoutAHeadingWalksNothing) {
     EXPECT_EQ(out["bound"], "m0");
 }
 
-TEST_F(ScriptTrace, CoarseMeshIsAMessage) {
+TEST_F(ScriptTrace, CoarseMeshIsReportedAsAMessage) {
     Run(R"({"stroke": {"dabs": [{"face": 0, "radius": 0.01}]}})");
     const nlohmann::json messages = Line("ApplyDab")["out"]["messages"];
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].get<std::string>().find("The mesh you are trying to sculpt"), 0u);
 }
 
-TEST_F(ScriptTrace, TriangleMeshTellsVerticesInsteadOfFaces) {
+TEST_F(ScriptTrace, TriangleMeshReportsVerticesInsteadOfFaces) {
     folder.Fill("cube.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nf 1 2 3\nf 2 4 3\n");
     Run(R"({"stroke": {"dabs": [{"face": 1, "radius": 5}]}})");
     const nlohmann::json tested = Line("ApplyDab")["out"]["facesTested"];
@@ -229,7 +229,7 @@ TEST_F(ScriptTrace, TriangleMeshTellsVerticesInsteadOfFaces) {
     EXPECT_EQ(Meta("after")["meshType"], 0);
 }
 
-TEST_F(ScriptTrace, WholeMeshTellsItsArgumentsAndAllSettings) {
+TEST_F(ScriptTrace, WholeMeshReportsItsArgumentsAndAllSettings) {
     Run(R"({"tool": "Bulge"}, {"stroke": {"wholeMesh": {"strength": 0.25, "byFacing": true}}})",
         "\"levels\": 1, ");
     EXPECT_EQ(Calls(),
@@ -271,7 +271,7 @@ TEST_F(ScriptTrace, StatesFollowEveryNthDab) {
     EXPECT_FALSE(Has("after/m0/records.npy")) << "no change is open after the stroke";
 }
 
-TEST_F(ScriptTrace, StateBeforeHoldsWhatWasSetUpForTheFirstStroke) {
+TEST_F(ScriptTrace, StateBeforeIncludesTheSetUpOfTheFirstStroke) {
     Run(std::string(R"({"freeze": "all"}, {"layer": {"add": "L"}}, )") + oneDab +
             R"(, {"freeze": "clear"})",
         "\"levels\": 1, ");
@@ -289,7 +289,7 @@ TEST_F(ScriptTrace, ScriptWithoutAStrokeHasTwoEqualStates) {
               NpyArray(At("after/m0/level-1/positions.npy")).bytes);
 }
 
-TEST_F(ScriptTrace, LevelsBelowTheBoundOneKeepTheirPlaces) {
+TEST_F(ScriptTrace, LevelsBelowTheBoundOneKeepTheirPositions) {
     Run(oneDab, "\"levels\": 2, ");
     for (const char* level : {"level-0", "level-1"}) {
         EXPECT_EQ(NpyArray(At(std::string("before/m0/") + level + "/positions.npy")).bytes,
@@ -299,7 +299,7 @@ TEST_F(ScriptTrace, LevelsBelowTheBoundOneKeepTheirPlaces) {
               NpyArray(At("after/m0/level-2/positions.npy")).bytes);
 }
 
-TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsAStateOfItsOwn) {
+TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsASeparateState) {
     Run(std::string(oneDab) + R"(, {"level": 1}, )" + oneDab, "\"levels\": 2, ");
     EXPECT_EQ(Line("HostChange")["in"],
               R"({"mesh": "m0", "reason": "level", "state": "change-000001"})"_json);
@@ -307,9 +307,9 @@ TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsAStateOfItsOwn) {
     EXPECT_EQ(Meta("change-000001")["level"], 1);
 }
 
-TEST_F(ScriptTrace, ErrorOfTheBrushIsToldAndLeavesTheStateAfterTheLastCall) {
+TEST_F(ScriptTrace, ErrorOfTheBrushIsReportedAndTheLastStateWritten) {
     LevelChange::DropSpareMemory();
-    // Enough for the levels, and for some of the records.
+    // Enough for the levels and for some of the records.
     const std::string limit = std::to_string(MemoryAccount::Total() + 160000);
     const std::string reason = MessageOf<HostError>([&] {
         Run(R"({"set": {"radius": 2}}, {"stroke": {"dabs": [{"face": 0}]}}, {"tool": "Wax"})",
@@ -349,7 +349,7 @@ TEST_F(ScriptTrace, MirrorCornersLeadAcrossATopologicalMirror) {
     }
 }
 
-TEST_F(ScriptTrace, MirrorCornersComeWithATopologicalMirrorOnly) {
+TEST_F(ScriptTrace, MirrorCornersExistOnlyWithATopologicalMirror) {
     Run(oneDab, "\"mirror\": [\"x\", \"y\"], ");
     EXPECT_FALSE(Has("before/m0/mirror_corners.npy"));
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The recorder before a brush that does as it is told, on two meshes: what no script can bring
-/// about.
+/// \file The recorder in front of a brush that a test controls, on two meshes, for cases that no
+/// script produces.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
 #include "framework/mesh/NoticeRenderer.h"
@@ -18,7 +17,7 @@
 namespace trovik::test {
 namespace {
 
-/// What the line of a dab tells though nothing has changed.
+/// The fields that the line of a dab has even if nothing has changed.
 const std::vector<std::string> alwaysTold = {"box",
                                              "camera",
                                              "direction",
@@ -30,7 +29,7 @@ const std::vector<std::string> alwaysTold = {"box",
                                              "stampFactor",
                                              "strength"};
 
-/// Answers true for faces below the limit.
+/// Returns true for faces below the limit.
 class Faces final : public FaceEnumerator {
 public:
     explicit Faces(uint32_t faceLimit) : limit(faceLimit) {}
@@ -142,7 +141,7 @@ protected:
     std::unique_ptr<TraceRecorder> recorder;
 };
 
-TEST_F(TraceRecorderTest, StrokeWithoutAMeshIsBoundToNone) {
+TEST_F(TraceRecorderTest, StrokeWithoutAMeshHasNoBinding) {
     Begin(nullptr);
     const nlohmann::json begin = ReadTrace(options.folder).back();
     EXPECT_TRUE(begin["in"]["mesh"].is_null());
@@ -152,7 +151,7 @@ TEST_F(TraceRecorderTest, StrokeWithoutAMeshIsBoundToNone) {
     EXPECT_EQ(begin["out"], R"({"messages": [], "error": null, "bound": null})"_json);
 }
 
-TEST_F(TraceRecorderTest, DabTellsItsArguments) {
+TEST_F(TraceRecorderTest, DabReportsItsArguments) {
     Begin(first.Bound());
     const nlohmann::json in = Dab(first, 4)["in"];
     EXPECT_EQ(in["hit"],
@@ -166,7 +165,7 @@ TEST_F(TraceRecorderTest, DabTellsItsArguments) {
     EXPECT_EQ(KeysOf(in), alwaysTold);
 }
 
-TEST_F(TraceRecorderTest, DabThatDoesNothingSaysSo) {
+TEST_F(TraceRecorderTest, DabWithoutEffectReportsIt) {
     Begin(first.Bound());
     EXPECT_EQ(Dab(first)["out"],
               R"({"box": [1.0, 1.0, 1.0, -1.0, -1.0, -1.0], "messages": [], "error": null,
@@ -174,7 +173,7 @@ TEST_F(TraceRecorderTest, DabThatDoesNothingSaysSo) {
                   "facesTested": [], "notices": []})"_json);
 }
 
-TEST_F(TraceRecorderTest, OnlyTheLastWalkOfADabIsTold) {
+TEST_F(TraceRecorderTest, OnlyTheLastWalkOfADabIsReported) {
     brush.work = [this](const SurfacePoint& hit, AxisAlignedBoundingBox&) {
         Faces all(9), one(1);
         hit.mesh->EnumerateFaces(8, &all, 0);
@@ -192,7 +191,7 @@ TEST_F(TraceRecorderTest, OnlyTheLastWalkOfADabIsTold) {
     EXPECT_EQ(tested[1], nlohmann::json({second.Bound()->faceVertexIndices[1], 0}));
 }
 
-TEST_F(TraceRecorderTest, WalkThatIsLeftByAnErrorTellsWhatWasAnswered) {
+TEST_F(TraceRecorderTest, WalkEndedByAnErrorReportsItsResultsSoFar) {
     brush.work = [](const SurfacePoint& hit, AxisAlignedBoundingBox&) {
         Faces faces(9);
         faces.throwAt = 3;
@@ -202,7 +201,7 @@ TEST_F(TraceRecorderTest, WalkThatIsLeftByAnErrorTellsWhatWasAnswered) {
     const nlohmann::json out = Dab(first)["out"];
     EXPECT_EQ(out["error"], "walk");
     EXPECT_EQ(out["facesTested"], R"([[0, 1], [1, 1]])"_json);
-    // The next walk on the level runs as if nothing had been.
+    // The next walk on the level is not affected.
     brush.work = [](const SurfacePoint& hit, AxisAlignedBoundingBox&) {
         Faces faces(9);
         hit.mesh->EnumerateFaces(0, &faces, 0);
@@ -210,7 +209,7 @@ TEST_F(TraceRecorderTest, WalkThatIsLeftByAnErrorTellsWhatWasAnswered) {
     EXPECT_EQ(Dab(first)["out"]["facesTested"].size(), 9u);
 }
 
-TEST_F(TraceRecorderTest, MessagesDirectionAndBoxAreTold) {
+TEST_F(TraceRecorderTest, MessagesDirectionAndBoxAreReported) {
     HostKernel::Instance().Interface()->HUDMessageShow(QStringLiteral("earlier"),
                                                        HUDMessageWarning);
     brush.work = [this](const SurfacePoint&, AxisAlignedBoundingBox& box) {
@@ -225,7 +224,7 @@ TEST_F(TraceRecorderTest, MessagesDirectionAndBoxAreTold) {
     EXPECT_EQ(out["messages"], R"(["a<br>", "b"])"_json);
     EXPECT_EQ(out["directionVector"], R"([0.0, 0.5, -1.0])"_json);
     EXPECT_EQ(out["box"], R"([1.0, 2.0, 3.0, 1.0, 2.0, 3.0])"_json);
-    // The direction stays for the host's cursor, but the next dab did not set it.
+    // The direction remains for the host's cursor, but the next dab did not set it.
     brush.work = [](const SurfacePoint&, AxisAlignedBoundingBox&) {};
     out = Dab(first)["out"];
     EXPECT_TRUE(out["directionVector"].is_null());
@@ -233,7 +232,7 @@ TEST_F(TraceRecorderTest, MessagesDirectionAndBoxAreTold) {
     EXPECT_TRUE(brush.Settings().directionVectorSet);
 }
 
-TEST_F(TraceRecorderTest, BoundMeshIsTheOneThatTheBrushHoldsTheLockOf) {
+TEST_F(TraceRecorderTest, BoundMeshIsTheOneThatTheBrushHasLocked) {
     Begin(first.Bound());
     brush.work = [this](const SurfacePoint&, AxisAlignedBoundingBox&) {
         second.Bound()->Lock(&brush);
@@ -270,7 +269,7 @@ TEST_F(TraceRecorderTest, NoticesAreThoseOfTheBoundMeshByRenderer) {
     brush.work = [](const SurfacePoint&, AxisAlignedBoundingBox&) {};
     EXPECT_EQ(Dab(first)["out"]["notices"], nlohmann::json::array()) << "no walk ran";
     every->rendererVertexChanged(1, 1);
-    EXPECT_TRUE(every->Notices().empty()) << "outside a call nobody listens";
+    EXPECT_TRUE(every->Notices().empty()) << "outside a call there is no observer";
     first.Bound()->Unlock();
 }
 
@@ -297,11 +296,11 @@ TEST_F(TraceRecorderTest, DabRepeatsOnlyWhatTheHostChangedSinceTheLastLine) {
     brush.SetFalloffIndex(0);
     EXPECT_EQ(changed(), R"({"falloff":"falloff-0002.npy"})");
     brush.SetFalloffIndex(2);
-    EXPECT_EQ(changed(), R"({"falloff":"falloff-0001.npy"})") << "a content is written once";
+    EXPECT_EQ(changed(), R"({"falloff":"falloff-0001.npy"})") << "equal content is written once";
     EXPECT_EQ(changed(), "{}");
 }
 
-TEST_F(TraceRecorderTest, WhatTheBrushChangesInACallIsNoChangeOfTheHosts) {
+TEST_F(TraceRecorderTest, ChangesByTheBrushDuringACallAreNotHostChanges) {
     brush.work = [this](const SurfacePoint&, AxisAlignedBoundingBox&) {
         brush.brushStrengthScale = 0.25f;
     };
@@ -310,7 +309,7 @@ TEST_F(TraceRecorderTest, WhatTheBrushChangesInACallIsNoChangeOfTheHosts) {
     EXPECT_FALSE(Dab(first)["in"].contains("strengthScale"));
 }
 
-TEST_F(TraceRecorderTest, MirroredHitComesWithItsPointMap) {
+TEST_F(TraceRecorderTest, MirroredHitHasItsPointMap) {
     Begin(first.Bound());
     Matrix map;
     map.m[0][0] = -1.0f;
@@ -324,7 +323,7 @@ TEST_F(TraceRecorderTest, MirroredHitComesWithItsPointMap) {
                   1.0])"_json);
 }
 
-TEST_F(TraceRecorderTest, StampComesWithItsPixelsAndMatrix) {
+TEST_F(TraceRecorderTest, StampHasItsPixelsAndMatrix) {
     SmallImage image;
     brush.image = &image;
     brush.SetStamp(true, QStringLiteral("knife.tif"));
@@ -348,7 +347,7 @@ TEST_F(TraceRecorderTest, StampComesWithItsPixelsAndMatrix) {
     Begin(first.Bound());
     EXPECT_EQ(image.reads, 2) << "or in another stroke";
 
-    // A stamp of directions by its name; then another image object with the same pixels.
+    // A vector stamp by its name; then another image object with the same pixels.
     brush.SetStamp(true, QStringLiteral("horn_VDM.exr"));
     brush.Settings().stampFactor = 2.0f;
     stamp = Dab(first)["in"]["stamp"];
@@ -362,7 +361,7 @@ TEST_F(TraceRecorderTest, StampComesWithItsPixelsAndMatrix) {
     EXPECT_EQ(stamp["pixels"], "stamp-0002.npy");
 }
 
-TEST_F(TraceRecorderTest, FinishedChangesAreToldInOrderWithTheirFlags) {
+TEST_F(TraceRecorderTest, FinishedChangesAreReportedInOrderWithTheirFlags) {
     Begin(first.Bound());
     std::unique_ptr<MeshChange> one(first.Bound()->StartChange());
     std::unique_ptr<MeshChange> two(second.Bound()->StartChange());
@@ -385,7 +384,7 @@ TEST_F(TraceRecorderTest, EveryMeshOfTheSceneHasAState) {
               "(6, 3)");
 }
 
-TEST_F(TraceRecorderTest, ChangeThatNobodyAnnouncedIsFoundBetweenStrokes) {
+TEST_F(TraceRecorderTest, UnreportedChangeIsFoundBetweenStrokes) {
     Begin(first.Bound());
     End();
     second.Subdivide();
@@ -414,7 +413,7 @@ TEST_F(TraceRecorderTest, EachMeshThatChangedHasItsOwnState) {
     EXPECT_EQ(NpyArray(options.folder + "/change-000001/m0/freeze.npy").Values<uint8_t>().at(1), 6);
 }
 
-TEST_F(TraceRecorderTest, ChangeThatWasTakenBackIsNone) {
+TEST_F(TraceRecorderTest, RevertedChangeIsNotReported) {
     Begin(first.Bound());
     End();
     Recorder().BeforeCommand(brush, "freeze");
@@ -451,7 +450,7 @@ TEST_F(TraceRecorderTest, FolderWithOtherFilesIsRefusedAndAnEarlierTraceReplaced
     folder.Fill("t/work.txt", "mine");
     const std::string reason = MessageOf<HostError>([&] { TraceRecorder refused(options); });
     EXPECT_NE(reason.find("work.txt"), std::string::npos) << reason;
-    EXPECT_TRUE(std::filesystem::exists(options.folder + "/trace.jsonl")) << "nothing was removed";
+    EXPECT_TRUE(std::filesystem::exists(options.folder + "/trace.jsonl")) << "no file was removed";
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the trace tool on traces that the command makes."""
+"""Tests the trace tool on traces that the command writes."""
 
 import argparse
 import json
@@ -107,7 +107,7 @@ class TraceTool(unittest.TestCase):
         self.assertEqual((result.returncode, result.stderr), (0, ""), result)
         self.assertTrue(result.stdout.startswith("same: "), result.stdout)
 
-    def test_other_script_differs_where_it_was_changed(self):
+    def test_changed_script_differs_at_the_change(self):
         result = self.tool("compare", "one", "other")
         self.assertEqual(result.returncode, 1)
         first = result.stdout.splitlines()[0]
@@ -153,7 +153,7 @@ class TraceTool(unittest.TestCase):
         result = self.tool("compare", "one", "changed")
         self.assertEqual((result.returncode, result.stdout), (1, "before/m0/meta.json: visitStamp: 1 / 2\n"))
 
-    def test_lines_that_are_missing_are_counted(self):
+    def test_missing_lines_are_counted(self):
         self.changed("trace.jsonl", lambda b: b"\n".join(b.split(b"\n")[:2]) + b"\n")
         result = self.tool("compare", "one", "changed")
         self.assertEqual(result.returncode, 1)
@@ -166,7 +166,7 @@ class TraceTool(unittest.TestCase):
         self.assertEqual(calls[-1], "ApplyDab")
         self.assertIn("ApplyToWholeMesh", calls)
 
-    def test_show_tells_what_a_dab_did(self):
+    def test_show_reports_the_effect_of_a_dab(self):
         result = self.tool("show", "one", "--call", "3")
         self.assertEqual(result.returncode, 0, result)
         for row in (r"call 3: ApplyDab, dab 1", r"  faces tested +\d+, reached \d+", r"  records +\d+",
@@ -174,28 +174,28 @@ class TraceTool(unittest.TestCase):
                     r"  box +\(.*\) to \(.*\)", r"  notices +[1-9]\d*"):
             self.assertRegex(result.stdout, row)
 
-    def test_show_without_states_says_how_to_know(self):
+    def test_show_without_states_explains_how_to_get_them(self):
         result = self.tool("show", "sparse", "--call", "3")
         self.assertIn("unknown: the trace was not recorded with --trace-every 1", result.stdout)
 
-    def test_show_does_not_blame_a_dab_for_the_whole_mesh_before_it(self):
+    def test_show_does_not_attribute_a_whole_mesh_pass_to_the_next_dab(self):
         calls = [line.split()[1] for line in self.tool("show", "one").stdout.splitlines()]
         after = next(i for i in range(calls.index("ApplyToWholeMesh"), len(calls)) if calls[i] == "ApplyDab")
         result = self.tool("show", "one", "--call", str(after + 1))
         self.assertIn("unknown: there is no state between the previous ApplyToWholeMesh", result.stdout)
 
     def host_lines(self, call):
-        """Numbers of the lines of this kind in trace "host", from 1."""
+        """The numbers of the lines with this call in trace "host", from 1."""
         lines = self.tool("show", "host").stdout.splitlines()
         return [number for number, line in enumerate(lines, 1) if line.split()[1] == call]
 
-    def test_show_lists_what_the_host_changed(self):
+    def test_show_lists_host_changes(self):
         output = self.tool("show", "host").stdout
         self.assertRegex(output, r"SettleSymmetry +m0, [1-9]\d* vertices")
         self.assertRegex(output, r"HostChange +m0, undo, state change-000001")
         self.assertRegex(output, r"HostChange +m0, level, mirror, state change-000002")
 
-    def test_show_of_a_change_tells_its_state(self):
+    def test_show_of_a_change_reports_its_state(self):
         undone, switched = self.host_lines("HostChange")
         result = self.tool("show", "host", "--call", str(undone))
         self.assertEqual(result.returncode, 0, result)
@@ -206,7 +206,7 @@ class TraceTool(unittest.TestCase):
         self.assertRegex(result.stdout, r"  level +1")
         self.assertIn("the number of vertices has changed", result.stdout)
 
-    def test_show_of_settled_sides_tells_how_far_they_moved(self):
+    def test_show_of_settled_sides_reports_their_displacement(self):
         result = self.tool("show", "host", "--call", str(self.host_lines("SettleSymmetry")[0]))
         self.assertEqual(result.returncode, 0, result)
         self.assertRegex(result.stdout, r"  vertices moved +[1-9]\d*; largest displacement \d")
@@ -236,7 +236,7 @@ class TraceTool(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertEqual(result.stdout, "change-000002/m0/mirror_corners.npy: only in host\n")
 
-    def test_broken_lines_of_the_host_are_one_line(self):
+    def test_broken_host_lines_are_one_line_errors(self):
         self.changed("trace.jsonl", lambda b: b'{"call":"HostChange","in":{"mesh":"m0","reason":"undo",'
                      b'"state":"change-000009"},"out":{}}\n')
         self.expect_trouble(self.tool("show", "changed", "--call", "1"), "change-000009/m0/meta.json")
@@ -246,7 +246,7 @@ class TraceTool(unittest.TestCase):
         self.changed("trace.jsonl", lambda b: b'{"call":"SettleSymmetry","in":{},"out":{}}\n')
         self.expect_trouble(self.tool("show", "changed", "--call", "1"), "line 1", "mesh")
 
-    def test_missing_and_broken_files_are_one_line(self):
+    def test_missing_and_broken_files_are_one_line_errors(self):
         self.expect_trouble(self.tool("show", "nowhere"), "nowhere: no such folder")
         self.expect_trouble(self.tool("compare", "one", "."), "trace.jsonl is missing")
         self.expect_trouble(self.tool("show", "one", "--call", "999"), "there is no call 999")
@@ -268,11 +268,11 @@ class TraceTool(unittest.TestCase):
         self.changed("after/m0/meta.json", lambda b: b[:50])
         self.expect_trouble(self.tool("compare", "one", "changed"), "meta.json: not complete JSON")
 
-    def test_wrong_usage_is_status_two(self):
+    def test_wrong_usage_exits_with_status_two(self):
         for arguments in ((), ("show",), ("compare", "one"), ("show", "one", "--call", "0"), ("draw", "one")):
             self.assertEqual(self.tool(*arguments).returncode, 2, arguments)
 
-    def test_help_tells_commands_and_status(self):
+    def test_help_documents_commands_and_status(self):
         result = self.tool("--help")
         self.assertEqual(result.returncode, 0)
         for word in ("show", "compare", "Exit status"):

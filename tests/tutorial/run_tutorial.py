@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Does what docs/tutorial.md tells, in an empty folder, and checks what came of it.
+"""Follows docs/tutorial.md in an empty folder, and checks the results.
 
     run_tutorial.py SOURCE_DIR TROVIK FOLDER [--pictures]
 
 Scripts are the blocks marked `json NAME`, commands the blocks marked `sh`, in the order of the page.
-Pictures are made small, for speed; with --pictures they are made as the page says, and those that it
-shows are written into docs/pictures/tutorial (needs ImageMagick's `convert`).
+Renders are small, for speed. With --pictures they have the size on the page, and the pictures of the
+page are written to docs/pictures/tutorial (needs ImageMagick's `convert`).
 """
 
 import json
@@ -26,7 +26,7 @@ def fail(reason):
 
 
 def smaller(script):
-    """The script with pictures of a few pixels."""
+    """The script with renders of a few pixels."""
     for step in script["steps"]:
         if "picture" in step:
             step["picture"].update({"samples": 1, "width": 90, "height": 114})
@@ -48,7 +48,7 @@ def main():
     for language, name, content in BLOCK.findall(text):
         if language == "json":
             if not name:
-                fail("a script has no name to be saved under")
+                fail("a script block has no file name")
             script = json.loads(content)
             for step in script["steps"]:
                 for field in ("picture", "export"):
@@ -64,7 +64,7 @@ def main():
                 if result.returncode != 0:
                     fail("status %d from: %s" % (result.returncode, command))
         else:
-            fail("what is a block of " + language + "?")
+            fail("unknown kind of block: " + language)
 
     if commands < 8:
         fail("only %d commands were found on the page" % commands)
@@ -72,14 +72,14 @@ def main():
     for name in sorted(promised):
         path = os.path.join(folder, name)
         if not os.path.isfile(path):
-            fail("the page shows or promises " + name + ", which was not made")
-        # A picture of nothing but background is far smaller.
+            fail("the page shows or promises " + name + ", which was not written")
+        # A render that shows only the background is much smaller.
         if os.path.getsize(path) < (1500 if name.endswith(".jpg") else 10000):
-            fail(name + " is all but empty")
-    told = subprocess.run(
+            fail(name + " is almost empty")
+    info = subprocess.run(
         [trovik, "info", "--json", os.path.join(folder, "bust.trovik")],
         stdout=subprocess.PIPE, check=True, env=environment)
-    scene = json.loads(told.stdout)
+    scene = json.loads(info.stdout)
     layers = scene["layers"]
     if [layer["name"] for layer in layers] != ["wrinkles"] or layers[0]["strength"] != 0.5:
         fail("the scene's layers are %s" % layers)

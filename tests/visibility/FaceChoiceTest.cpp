@@ -22,7 +22,7 @@ FaceChoice Only(const LevelMesh& level, std::initializer_list<uint32_t> faces) {
 
 using Set = std::set<uint32_t>;
 
-TEST(FaceChoiceTest, MasksChooseFacesWhoseCornersAllHaveTheAmount) {
+TEST(FaceChoiceTest, MasksSelectFacesWhoseCornersAllHaveTheAmount) {
     LevelGeometry geometry(GridMesh(3, 1));
     LevelMesh& level = *geometry.Bound();
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
@@ -98,7 +98,7 @@ TEST(FaceChoiceTest, RingsOfFacesAreAddedAndRemoved) {
             ASSERT_EQ(grown[face] != 0, away <= static_cast<float>(rings)) << face;
         }
         EXPECT_EQ(ShrunkChoice(level, grown, rings), rings < 3 ? one : FaceChoice(49, 1))
-            << "an open border is no ring";
+            << "an open border is not a ring";
     }
 }
 
@@ -114,9 +114,9 @@ StrokeView ViewOnGrid() {
     return view;
 }
 
-TEST(FaceChoiceTest, ViewChoosesVisibleFacesWithAllCornersInside) {
+TEST(FaceChoiceTest, ViewSelectsVisibleFacesWithAllCornersInside) {
     PolygonMesh mesh = GridMesh(4, 4);
-    // A second sheet behind the first.
+    // A second grid behind the first.
     const PolygonMesh front = mesh;
     for (const auto& p : front.positions) mesh.positions.push_back({p[0], p[1], -0.1f});
     for (const uint32_t v : front.faceVertices) mesh.faceVertices.push_back(v + 25);
@@ -134,7 +134,8 @@ TEST(FaceChoiceTest, ViewChoosesVisibleFacesWithAllCornersInside) {
     for (const uint32_t face : inFront) both.insert(face + 16);
     EXPECT_EQ(choose(ViewReach::Visible), inFront);
     EXPECT_EQ(choose(ViewReach::Through), both);
-    // What was behind is seen once the front is hidden, which itself is chosen no more.
+    // The occluded faces become visible once the front is hidden; the front itself is not selected
+    // any more.
     FaceChoice sheet(level.faceCount);
     std::fill_n(sheet.begin(), 16, uint8_t{1});
     auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::Hide, sheet);

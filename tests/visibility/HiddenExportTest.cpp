@@ -35,7 +35,7 @@ PolygonMesh DecoratedGrid() {
     return mesh;
 }
 
-/// A face by everything that belongs to it, and nothing by numbers.
+/// A face with its attributes by value, without any indices.
 using FaceContent = std::vector<float>;
 
 std::vector<FaceContent> Contents(const PolygonMesh& mesh) {
@@ -64,7 +64,7 @@ std::vector<FaceContent> Contents(const PolygonMesh& mesh) {
     return faces;
 }
 
-TEST(HiddenExport, OnlyVisibleFacesAndWhatTheyUseAreLeft) {
+TEST(HiddenExport, HasOnlyVisibleFacesAndTheirData) {
     std::vector<ZooMesh> meshes = AllMeshes();
     meshes.push_back({"decorated", DecoratedGrid()});
     meshes.push_back({"large", GridMesh(90, 60)});
@@ -81,7 +81,8 @@ TEST(HiddenExport, OnlyVisibleFacesAndWhatTheyUseAreLeft) {
             Change(geometry, VisibilityChange::Hide, chosen);
             const LevelMesh& level = *geometry.Bound();
             const PolygonMesh all = GatherPolygons(LevelSource(geometry, {}));
-            ASSERT_EQ(all.faceSizes.size(), level.faceCount) << "everything, unless asked for less";
+            ASSERT_EQ(all.faceSizes.size(), level.faceCount)
+                << "everything, unless a part is requested";
             const VisibleSource source(geometry, {});
             const PolygonMesh part = GatherPolygons(source);
             EXPECT_EQ(source.FaceCount(), part.faceSizes.size());
@@ -112,7 +113,7 @@ TEST(HiddenExport, OnlyVisibleFacesAndWhatTheyUseAreLeft) {
     }
 }
 
-TEST(HiddenExport, WithoutHiddenFacesNothingDiffers) {
+TEST(HiddenExport, WithoutHiddenFacesNothingChanges) {
     LevelGeometry geometry(DecoratedGrid());
     geometry.Subdivide();
     const PolygonMesh all = GatherPolygons(LevelSource(geometry, {}));
@@ -145,7 +146,7 @@ TEST(HiddenExport, LayersKeepTheOffsetsOfVisibleVertices) {
     }
 }
 
-TEST(HiddenExport, AMeshWithoutVisibleFacesIsRefused) {
+TEST(HiddenExport, MeshWithoutVisibleFacesIsRefused) {
     LevelGeometry geometry(Cube());
     Change(geometry, VisibilityChange::Invert);
     EXPECT_THAT([&] { VisibleSource(geometry, {}); },

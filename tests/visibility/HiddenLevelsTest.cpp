@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Hidden faces of all levels: they agree, follow levels that come and go, and every step is undone
-/// to the bit.
+/// \file Hidden faces of all levels: they are consistent, follow added and removed levels, and
+/// every step is undone bit-exactly.
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
 #include "tests/levels/GeometryState.h"
@@ -24,7 +23,7 @@ TEST(HiddenLevels, CoarseFacesAreHiddenWhenAllTheirChildrenAre) {
         geometry.Subdivide();
         geometry.Subdivide();
         const uint32_t children = geometry.Level(0)->CornersPerFace();
-        // All but one face above face 0 of level 0.
+        // All but one descendant of face 0 of level 0.
         FaceChoice chosen(geometry.Bound()->faceCount);
         std::fill_n(chosen.begin(), children * 4 - 1, uint8_t{1});
         ASSERT_TRUE(Change(geometry, VisibilityChange::Hide, chosen));
@@ -41,11 +40,11 @@ TEST(HiddenLevels, CoarseFacesAreHiddenWhenAllTheirChildrenAre) {
     }
 }
 
-TEST(HiddenLevels, HidingACoarseFaceHidesWhatLiesAboveItAndNothingElse) {
+TEST(HiddenLevels, HidingACoarseFaceHidesItsDescendantsOnly) {
     LevelGeometry geometry(Torus(6, 4));
     geometry.Subdivide();
     geometry.Subdivide();
-    // In part, so that the coarse face is visible.
+    // Only some descendants, so that the coarse face is visible.
     Change(geometry, VisibilityChange::Hide, Only(*geometry.Bound(), {0, 1, 37}));
     geometry.BindLevel(0);
     EXPECT_EQ(geometry.Bound()->HiddenFaceCount(), 0u);
@@ -56,13 +55,14 @@ TEST(HiddenLevels, HidingACoarseFaceHidesWhatLiesAboveItAndNothingElse) {
     std::fill_n(expected.begin() + 80, 16, true);
     expected[37] = true;
     EXPECT_EQ(HiddenFlags(*geometry.Level(2)), expected);
-    // Showing a visible face shows what is hidden of it.
+    // Showing a visible face shows its hidden descendants.
     Change(geometry, VisibilityChange::Show, Only(*geometry.Bound(), {2}));
     expected[37] = false;
     EXPECT_EQ(HiddenFlags(*geometry.Level(2)), expected);
     ASSERT_TRUE(geometry.History().Undo(geometry));
     ASSERT_TRUE(geometry.History().Undo(geometry));
-    EXPECT_EQ(geometry.Level(2)->HiddenFaceCount(), 3u) << "the finer level has its own again";
+    EXPECT_EQ(geometry.Level(2)->HiddenFaceCount(), 3u)
+        << "the finer level has its own flags again";
     ExpectConsistent(geometry);
 }
 
@@ -93,7 +93,7 @@ TEST(HiddenLevels, IsolateInvertAndShowAll) {
     ASSERT_TRUE(Change(geometry, VisibilityChange::ShowAll));
     EXPECT_EQ(level.HiddenFaceCount(), 0u);
     EXPECT_EQ(level.HiddenVertexCount(), 0u);
-    EXPECT_FALSE(Change(geometry, VisibilityChange::ShowAll)) << "no step for nothing";
+    EXPECT_FALSE(Change(geometry, VisibilityChange::ShowAll)) << "no step without a change";
     EXPECT_EQ(geometry.History().Label(geometry.History().Position() - 1), "Show All");
 }
 
@@ -115,7 +115,7 @@ TEST(HiddenLevels, SingleFacesAndWholePassesMarkTheSameVertices) {
     }
 }
 
-/// Whatever is hidden, every vertex keeps the amount that the user gave it.
+/// Every vertex keeps its mask amount, whichever faces are hidden.
 TEST(HiddenLevels, MasksOfHiddenVerticesAreKept) {
     LevelGeometry geometry(SphereQuads(1));
     geometry.Subdivide();
@@ -126,14 +126,14 @@ TEST(HiddenLevels, MasksOfHiddenVerticesAreKept) {
     Change(geometry, VisibilityChange::Hide, DrawnChoice(level, random, 50));
     ASSERT_GT(level.HiddenVertexCount(), 0u);
     EXPECT_EQ(FreezeAmounts(level), amounts);
-    // An operation on the mask passes over them.
+    // A mask operation skips them.
     auto step =
         BlendFreezeAsStep(level, std::vector<uint8_t>(level.VertexCount(), 9), FreezeMode::Replace);
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         ASSERT_EQ(level.Freeze(v), level.IsVertexHidden(v) ? amounts[v] : 9) << v;
     geometry.History().Push(std::move(step));
     ExpectConsistent(geometry);
-    // Set beneath what is hidden, as levels and undo do it.
+    // Set while they are hidden, as level switches and undo do.
     for (uint32_t v = 0; v < amounts.size(); ++v) level.SetFreeze(v, amounts[v] = v * 11 % 128);
     ExpectConsistent(geometry);
     Change(geometry, VisibilityChange::ShowAll);
@@ -164,13 +164,13 @@ TEST(HiddenLevels, MasksAreCarriedBetweenLevelsAsWithoutHiddenFaces) {
     ExpectConsistent(hidden);
 }
 
-TEST(HiddenLevels, UnsubdivideFindsWhatIsHiddenBelow) {
+TEST(HiddenLevels, UnsubdivideDerivesHiddenFacesOfTheBase) {
     LevelGeometry fine(SphereQuads(2));
     fine.Subdivide();
     LevelMesh& level = *fine.Bound();
     std::mt19937 random(12);
     Change(fine, VisibilityChange::Hide, DrawnChoice(level, random, 60));
-    // By position, since faces get new numbers.
+    // By position, since faces are renumbered.
     const auto middles = [](const LevelMesh& of) {
         std::vector<std::array<float, 3>> list;
         for (uint32_t face = 0; face < of.faceCount; ++face) {
@@ -199,7 +199,7 @@ TEST(HiddenLevels, UnsubdivideFindsWhatIsHiddenBelow) {
     EXPECT_EQ(StateOfAll(fine), after);
 }
 
-TEST(HiddenLevels, RandomSequencesAreUndoneAndRedoneToTheBit) {
+TEST(HiddenLevels, RandomSequencesAreUndoneAndRedoneBitExactly) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LevelGeometry geometry(zoo.mesh);
@@ -270,7 +270,7 @@ TEST(HiddenLevels, RandomSequencesAreUndoneAndRedoneToTheBit) {
     }
 }
 
-TEST(HiddenLevels, StepsHoldRunsOfFaces) {
+TEST(HiddenLevels, StepsStoreRunsOfFaces) {
     LevelGeometry geometry(GridMesh(8, 8));
     for (int i = 0; i < 4; ++i) geometry.Subdivide();
     FaceChoice chosen(geometry.Bound()->faceCount);

@@ -57,12 +57,12 @@ TEST(HiddenPick, RaysAndNearestPointsIgnoreHiddenFaces) {
     }
 }
 
-TEST(HiddenPick, NothingIsThereWhenEverythingIsHiddenAndAllWhenItIsShownAgain) {
+TEST(HiddenPick, NothingIsHitWhileEverythingIsHidden) {
     LevelGeometry geometry(Torus(12, 8));
     geometry.Subdivide();
     geometry.Subdivide();
     Change(geometry, VisibilityChange::Invert);
-    // Made while all is hidden.
+    // Built while everything is hidden.
     PatchTree tree(geometry.Bound());
     EXPECT_TRUE(tree.Bounds().IsEmpty());
     ExpectLikeBruteForce(*geometry.Bound(), tree, 1);
@@ -71,7 +71,7 @@ TEST(HiddenPick, NothingIsThereWhenEverythingIsHiddenAndAllWhenItIsShownAgain) {
     ExpectLikeBruteForce(*geometry.Bound(), tree, 2);
 }
 
-TEST(HiddenPick, ARefitCostsWhatWasHidden) {
+TEST(HiddenPick, CostOfARefitFollowsTheHiddenFaces) {
     LevelGeometry geometry(GridMesh(32, 32));
     for (int i = 0; i < 3; ++i) geometry.Subdivide();
     PatchTree tree(geometry.Bound());

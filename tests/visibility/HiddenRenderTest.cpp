@@ -20,7 +20,7 @@ void HideHalf(LevelGeometry& geometry) {
 
 class HiddenRender : public SpherePicture {};
 
-TEST_F(HiddenRender, HiddenFacesAreNotSeenNorDoTheyShadow) {
+TEST_F(HiddenRender, HiddenFacesAreInvisibleAndCastNoShadow) {
     options.transparent = true;
     const Picture whole = Make();
     HideHalf(geometry);
@@ -37,7 +37,7 @@ TEST_F(HiddenRender, HiddenFacesAreNotSeenNorDoTheyShadow) {
     EXPECT_EQ(half.alpha[PixelAt(half, 45, 45)], 255);
 }
 
-/// The picture of a mesh without the hidden faces, to the byte.
+/// The render is byte-identical to that of a mesh without the hidden faces.
 TEST_F(HiddenRender, EqualsTheRenderOfTheVisibleFacesAlone) {
     HideHalf(geometry);
     const LevelMesh& level = *geometry.Bound();
@@ -58,7 +58,7 @@ TEST_F(HiddenRender, EqualsTheRenderOfTheVisibleFacesAlone) {
     }
 }
 
-TEST_F(HiddenRender, CamerasFrameWhatIsVisible) {
+TEST_F(HiddenRender, CamerasFrameTheVisibleFaces) {
     const PictureCamera whole = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 1.0f);
     EXPECT_NEAR(whole.target.x, 0.0f, 1e-3f);
     HideHalf(geometry);
@@ -81,7 +81,7 @@ TEST_F(HiddenRender, HiddenFacesAreNotTintedAsMasked) {
     for (uint32_t v = 0; v < level.VertexCount(); ++v) level.SetFreeze(v, 0);
     HideHalf(geometry);
     shown = ShownLevel(geometry);
-    EXPECT_EQ(shown.freeze, nullptr) << "hiding is no mask";
+    EXPECT_EQ(shown.freeze, nullptr) << "hiding is not masking";
     EXPECT_NE(Make().rgb[PixelAt(frozen, 45, 45) * 3], frozen.rgb[PixelAt(frozen, 45, 45) * 3]);
 }
 

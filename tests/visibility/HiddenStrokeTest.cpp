@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Strokes over hidden faces: hidden vertices stay bit-identical, and visible ones get the same
-/// bits as when the hidden ones are frozen by a mask.
+/// \file Strokes over hidden faces: hidden vertices stay bit-identical, and visible ones get the
+/// same bits as when the hidden ones are masked.
 #include "framework/brushes/Falloff.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBrush.h"
@@ -18,7 +17,7 @@
 namespace trovik::test {
 namespace {
 
-FaceChoice DrawnFaces(const LevelMesh& level, RandomNumbers& random) {
+FaceChoice RandomFaces(const LevelMesh& level, RandomNumbers& random) {
     FaceChoice chosen(level.faceCount);
     const uint32_t length = random.OneOf({1u, 4u, 16u, 64u});
     for (uint32_t face = 0; face < level.faceCount; face += length)
@@ -32,9 +31,9 @@ bool SamePosition(const VertexBits& a, const VertexBits& b) {
     return std::memcmp(a.position, b.position, sizeof a.position) == 0;
 }
 
-/// Two benches draw the same strokes; in one faces are hidden, in the other their vertices are
-/// frozen by hand.
-TEST(HiddenStroke, HiddenVerticesStayAndTheRestIsAsIfTheyWereFrozen) {
+/// Two benches make the same strokes; in one, faces are hidden, in the other, their vertices are
+/// masked explicitly.
+TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
     HostSwitches switches;
     const uint32_t wanted = WantedCount("TROVIK_RANDOM_STROKES", 150);
     uint32_t moved = 0;
@@ -50,7 +49,7 @@ TEST(HiddenStroke, HiddenVerticesStayAndTheRestIsAsIfTheyWereFrozen) {
             StrokeBench& bench = drawn.Bench();
             LevelMesh& mesh = bench.Mesh();
             RandomNumbers faces(77 + stroke);
-            const FaceChoice chosen = DrawnFaces(mesh, faces);
+            const FaceChoice chosen = RandomFaces(mesh, faces);
             const auto step =
                 ChangeVisibilityAsStep(*bench.geometry, VisibilityChange::Hide, chosen);
             isHidden = ExpectedHiddenVertices(mesh);
@@ -78,7 +77,7 @@ TEST(HiddenStroke, HiddenVerticesStayAndTheRestIsAsIfTheyWereFrozen) {
             ASSERT_TRUE(BitsOf(mesh) == before);
         }
         for (uint32_t v = 0; v < results[0].size(); ++v) {
-            // Adding 0 to -0 gives +0, from which only hidden vertices are spared.
+            // Adding 0 to -0 gives +0; only hidden vertices are not affected.
             if (isHidden[v]) continue;
             ASSERT_TRUE(SamePosition(results[0][v], results[1][v])) << v;
             ASSERT_TRUE(
@@ -120,7 +119,7 @@ TEST(HiddenStroke, NegativeZerosOfHiddenVerticesKeepTheirSign) {
 
 TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     StrokeBench bench(SphereQuads(3), 1);
-    // Gently, since brush and host weight the faces around a vertex differently.
+    // With little strength, since brush and host weight the faces around a vertex differently.
     bench.Activate(Tool::Sculpt, FalloffIndexOf("smooth"));
     LevelMesh& level = bench.Mesh();
     FaceChoice chosen(level.faceCount);
@@ -129,7 +128,7 @@ TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     const std::vector<VertexBits> before = BitsOf(level);
     bench.Stroke(bench.HitFace(level.faceCount / 2 + 3), 0.5f, 0.02f);
     const std::vector<VertexBits> after = BitsOf(level);
-    // Hidden normals next to vertices that moved are new, too.
+    // Hidden normals next to moved vertices are updated, too.
     uint32_t turned = 0;
     for (uint32_t v = 0; v < after.size(); ++v)
         if (level.IsVertexHidden(v))
@@ -148,7 +147,7 @@ TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     }
 }
 
-TEST(HiddenStroke, StrokesFarFromHiddenFacesAreAsWithoutThem) {
+TEST(HiddenStroke, StrokesFarFromHiddenFacesAreUnaffected) {
     std::vector<VertexBits> results[2];
     for (const bool hide : {true, false}) {
         StrokeBench bench(FlatGrid(16), 3);
@@ -172,7 +171,7 @@ TEST(HiddenStroke, StrokesFarFromHiddenFacesAreAsWithoutThem) {
     EXPECT_TRUE(results[0] == results[1]);
 }
 
-TEST(HiddenStroke, TheFreezeBrushPassesOverHiddenVertices) {
+TEST(HiddenStroke, FreezeBrushSkipsHiddenVertices) {
     HostKernel::Instance();
     LevelGeometry geometry(FlatGrid(8));
     HostKernel::Instance().Scene()->AddGeometry(&geometry);

@@ -29,8 +29,8 @@ std::string ReadAll(const std::string& path) {
     return text.str();
 }
 
-/// A square from (-1, -1) to (1, 1) and a small one off to the side, two groups and two materials
-/// of faces, seen from (0, 0, 5): a viewport of 400 pixels, of which 100 are a unit.
+/// A square from (-1, -1) to (1, 1) and a small one off to the side, with two groups and two
+/// materials of faces, seen from (0, 0, 5) in a viewport of 400 pixels; 100 pixels are a unit.
 class VisibilityScript : public testing::Test {
 protected:
     VisibilityScript() {
@@ -48,7 +48,7 @@ protected:
             R"( "fieldOfView": 43.602818, "width": 400, "height": 400}, "steps": [)" +
                 steps + R"(, {"save": "out.trovik"}]})");
     }
-    /// Runs the steps on 3 x 64 quads. \return the document as it was saved.
+    /// Runs the steps on 3 x 64 quads. \return the saved document.
     std::unique_ptr<Document> Run(const std::string& steps) {
         ScriptProgress progress;
         warnings.clear();
@@ -61,7 +61,7 @@ protected:
     std::string ErrorOf(const std::string& steps) {
         return MessageOf<HostError>([&] { Run(steps); });
     }
-    /// How many faces of each face of level 0 are hidden.
+    /// The number of hidden faces per face of level 0.
     std::vector<int> Hidden(const std::string& steps) {
         const auto document = Run(steps);
         const LevelMesh& level = *document->Geometry().Bound();
@@ -75,7 +75,7 @@ protected:
     std::vector<std::string> warnings;
 };
 
-TEST_F(VisibilityScript, EveryChoiceHides) {
+TEST_F(VisibilityScript, EverySelectionCanBeHidden) {
     EXPECT_THAT(Hidden(R"({"hide": {"group": "left"}})"), ElementsAre(64, 0, 0));
     EXPECT_THAT(Hidden(R"({"hide": {"group": null}})"), ElementsAre(0, 0, 0));
     EXPECT_THAT(warnings, ElementsAre(HasSubstr("/steps/0: no face is selected")));
@@ -90,7 +90,7 @@ TEST_F(VisibilityScript, EveryChoiceHides) {
     EXPECT_THAT(Hidden(R"({"hide": {"lasso": [[201, 90], [320, 90], [320, 310], [201, 310]],
                             "reach": "through"}})"),
                 ElementsAre(0, 56, 0));
-    // The half of the left square whose corners are frozen.
+    // The half of the left square whose corners are masked.
     EXPECT_THAT(Hidden(R"({"freeze": {"min": [-2, -2, -1], "max": [-0.4, 2, 1], "amount": 0.5}},
                           {"hide": {"mask": 0.5}})"),
                 ElementsAre(32, 0, 0));
@@ -102,7 +102,7 @@ TEST_F(VisibilityScript, EveryChoiceHides) {
     EXPECT_THAT(warnings, IsEmpty());
 }
 
-TEST_F(VisibilityScript, ShowIsolateAndInvert) {
+TEST_F(VisibilityScript, ShowIsolateAndInvertWork) {
     EXPECT_THAT(Hidden(R"({"isolate": {"group": "left"}})"), ElementsAre(0, 64, 64));
     EXPECT_THAT(Hidden(R"({"isolate": {"group": "left"}}, {"invertVisibility": true})"),
                 ElementsAre(64, 0, 0));
@@ -122,7 +122,7 @@ TEST_F(VisibilityScript, ShowIsolateAndInvert) {
     EXPECT_THAT(Hidden(R"({"hide": {"group": "left"}}, {"reset": true})"), ElementsAre(0, 0, 0));
 }
 
-TEST_F(VisibilityScript, StrokesLeaveHiddenFacesAlone) {
+TEST_F(VisibilityScript, StrokesDoNotMoveHiddenFaces) {
     const std::string stroke =
         R"({"tool": "Sculpt", "set": {"radius": 0.5}},
            {"stroke": {"surface": [[0.3, -0.5, 0], [0.3, 0.5, 0]]}})";
@@ -135,7 +135,7 @@ TEST_F(VisibilityScript, StrokesLeaveHiddenFacesAlone) {
         ASSERT_FALSE(level.IsVertexHidden(v) && isMoved) << v;
         moved += isMoved ? 1u : 0u;
     }
-    EXPECT_GT(moved, 0u) << "points of the path lie nearest to the border then";
+    EXPECT_GT(moved, 0u) << "the nearest surface points of the path are then at the border";
     EXPECT_NE(whole->Geometry().Bound()->Position(13).z, 100.0f);
 }
 
@@ -182,7 +182,7 @@ TEST_F(VisibilityScript, ErrorsNameTheField) {
                 ElementsAre(HasSubstr("/steps/0/hide"), HasSubstr("/steps/1/show/component")));
 }
 
-TEST_F(VisibilityScript, ScenesKeepWhatIsHiddenAndTheMaskUnderIt) {
+TEST_F(VisibilityScript, ScenesStoreHiddenFacesAndTheirMasks) {
     const std::string steps =
         R"({"freeze": {"min": [-2, -2, -1], "max": [0.2, 2, 1], "amount": 0.3}},
            {"hide": {"faces": [[0, 20], [70, 9]]}}, {"level": 1})";
@@ -196,7 +196,7 @@ TEST_F(VisibilityScript, ScenesKeepWhatIsHiddenAndTheMaskUnderIt) {
         const bool isInside = geometry.Level(3)->Position(v).x <= 0.2f;
         ASSERT_EQ(geometry.Level(3)->Freeze(v), isInside ? amount : 0) << v;
     }
-    // What is opened goes on like what was never closed.
+    // An opened document continues like one that was never closed.
     document->Save(folder.Path("again.trovik"));
     const auto again = Document::OpenScene(folder.Path("again.trovik"));
     EXPECT_EQ(ReadAll(folder.Path("again.trovik")), ReadAll(folder.Path("out/out.trovik")));
@@ -206,9 +206,9 @@ TEST_F(VisibilityScript, ScenesKeepWhatIsHiddenAndTheMaskUnderIt) {
     EXPECT_EQ(again->Geometry().Level(3)->HiddenFaceCount(), 29u);
 }
 
-TEST_F(VisibilityScript, AScenesHighestLevelDecidesWhereLevelsDisagree) {
+TEST_F(VisibilityScript, HighestLevelOfASceneDecidesInconsistencies) {
     const auto document = Run(R"({"hide": {"group": "left"}})");
-    // As after a program that subdivides without knowing of hidden faces.
+    // The result of a program that subdivides without support for hidden faces.
     LevelMesh& top = *document->Geometry().Level(3);
     for (uint32_t face = 0; face < 32; ++face) top.faceFlags[face] = faceIsLive;
     document->Save(folder.Path("other.trovik"));
@@ -218,7 +218,7 @@ TEST_F(VisibilityScript, AScenesHighestLevelDecidesWhereLevelsDisagree) {
     EXPECT_EQ(read->Geometry().Level(0)->HiddenFaceCount(), 0u);
 }
 
-TEST_F(VisibilityScript, DocumentsRefuseToHideDuringAStrokeAndPickWithoutRebuilding) {
+TEST_F(VisibilityScript, HidingIsRefusedDuringAStrokeAndNeedsNoRebuildForPicking) {
     const auto document = Run(R"({"tool": "Sculpt"})");
     const FaceChoice left = FacesOfGroup(document->Geometry(), 0);
     const PatchTree* tree = &document->Tree();

@@ -12,14 +12,15 @@
 
 namespace trovik::test {
 
-/// Hidden faces of a level, counted in one pass and by one flag a face.
+/// The hidden faces of a level; checks that counting in one pass and reading each face's flag
+/// agree.
 inline std::vector<bool> HiddenFlags(const LevelMesh& level) {
     std::vector<bool> hidden(level.faceCount);
     for (uint32_t face = 0; face < level.faceCount; ++face) hidden[face] = level.IsFaceHidden(face);
     return hidden;
 }
 
-/// Vertices whose faces are all hidden, found without the walks of the mesh.
+/// The vertices whose faces are all hidden, found without the walks of the mesh.
 inline std::vector<bool> ExpectedHiddenVertices(const LevelMesh& level) {
     std::vector<uint32_t> faces(level.VertexCount());
     std::vector<uint32_t> hidden(level.VertexCount());
@@ -37,8 +38,8 @@ inline std::vector<bool> ExpectedHiddenVertices(const LevelMesh& level) {
     return expected;
 }
 
-/// That counts, vertices and brush amounts of every level follow from its face flags, and that the
-/// levels agree.
+/// Expects that the counts, vertices and brush amounts of every level follow from its face flags,
+/// and that the levels are consistent.
 inline void ExpectConsistent(const LevelGeometry& geometry) {
     for (uint32_t index = 0; index < geometry.LevelCount(); ++index) {
         const LevelMesh& level = *geometry.Level(index);
@@ -67,7 +68,7 @@ inline void ExpectConsistent(const LevelGeometry& geometry) {
     }
 }
 
-/// A choice of about this fraction of the faces: some patches and some single faces.
+/// A random selection of about this fraction of the faces: some patches and some single faces.
 template <typename Random>
 FaceChoice DrawnChoice(const LevelMesh& level, Random& random, unsigned percent) {
     FaceChoice chosen(level.faceCount);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A tool on a whole mesh at once: no place, no radius, no falloff.
+/// \file A tool applied to the whole mesh at once, without a position, radius or falloff.
 #include "framework/mesh/LevelPositions.h"
 #include "framework/nodes/HostScene.h"
 #include "tests/brush/ToolRows.h"
@@ -17,7 +16,7 @@
 namespace trovik::test {
 namespace {
 
-/// Puts the scene's camera somewhere while it lives.
+/// Moves the scene's camera during its lifetime.
 class CameraAt {
 public:
     explicit CameraAt(const Vector& eye) { Place().Set({1.0f, 1.0f, 1.0f}, {}, eye); }
@@ -51,7 +50,7 @@ struct Bench : StrokeBench {
     }
 };
 
-/// Each vertex has moved along its normal by `distance(vertex)`.
+/// Expects that each vertex has moved along its normal by `distance(vertex)`.
 template <class Distance>
 void ExpectMovedAlongNormals(Bench& bench,
                              const std::vector<Vector>& before,
@@ -68,7 +67,7 @@ TEST(WholeMesh, MovesEveryVertexByTheSameWeightAlongItsOwnNormal) {
          {std::pair{SphereQuads(2), 0u}, {Cube(), 3u}, {ValenceFan(5), 2u}, {Icosahedron(), 2u}}) {
         Bench bench(polygons, subdivisions);
         bench.Activate(Tool::Sculpt, 2);
-        // Neither direction nor build-up counts.
+        // Direction and build-up have no effect.
         bench.brush->directionAttribute.SetValue(5, true);
         bench.brush->buildUpRate.SetValue(0.1f, true);
         const auto before = bench.Positions();
@@ -93,7 +92,7 @@ TEST(WholeMesh, SecondPassOfAStrokeMovesAsFarAsTheFirst) {
     for (const Vector& p : bench.Positions()) EXPECT_NEAR(p.z, 1.0f, 1e-6f);
 }
 
-TEST(WholeMesh, IsOverWhenTheCallReturns) {
+TEST(WholeMesh, EndsWhenTheCallReturns) {
     Bench bench(Cube(), 1);
     bench.Begin();
     EXPECT_FALSE(bench.brush->wholeMesh);
@@ -104,7 +103,7 @@ TEST(WholeMesh, IsOverWhenTheCallReturns) {
     EXPECT_FALSE(bench.brush->wholeMeshFacing);
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
     bench.End();
-    // A dab behind it has its radius again.
+    // A later dab has its radius again.
     const auto before = bench.Positions();
     bench.Stroke(bench.HitVertex(0), 0.01f, 1.0f);
     int moved = 0;
@@ -125,7 +124,7 @@ TEST(WholeMesh, RunsOverPatchesOfOneFaceWithoutARadius) {
     bench.End();
 }
 
-TEST(WholeMesh, SaysNothingOfACoarseMesh) {
+TEST(WholeMesh, GivesNoMessageForACoarseMesh) {
     Bench bench(SingleQuad());
     bench.Apply(0.5f);
     EXPECT_TRUE(HostKernel::Instance().HUDMessages().empty());
@@ -137,7 +136,7 @@ TEST(WholeMesh, NeedsNoFalloff) {
     bench.brush->falloffTable = nullptr;
     bench.brush->ApplyToWholeMesh(&bench.Mesh(), 0.5f, false);
     for (const Vector& p : bench.Positions()) EXPECT_NEAR(p.z, 0.5f, 1e-6f);
-    // An ordinary dab does.
+    // An ordinary dab needs one.
     bench.Dab(bench.HitFace(0), 5.0f, 1.0f);
     for (const Vector& p : bench.Positions()) EXPECT_NEAR(p.z, 0.5f, 1e-6f);
     bench.End();
@@ -171,7 +170,7 @@ TEST(WholeMesh, BindsAMeshOutsideAStrokeAndTheNextEndClosesIt) {
     EXPECT_EQ(BitsOf(other.Mesh()), after);
 }
 
-TEST(WholeMesh, MeshThatRefusesTheLockIsLeftInSilence) {
+TEST(WholeMesh, MeshThatRefusesTheLockIsSkippedWithoutAMessage) {
     Bench bench(FlatGrid(2));
     bench.Mesh().SetLockable(false);
     const auto before = BitsOf(bench.Mesh());
@@ -182,7 +181,7 @@ TEST(WholeMesh, MeshThatRefusesTheLockIsLeftInSilence) {
     EXPECT_TRUE(HostKernel::Instance().HUDMessages().empty());
 }
 
-TEST(WholeMesh, ErrorLeavesTheFlagToTheNextCall) {
+TEST(WholeMesh, FlagStaysSetAfterAnErrorUntilTheNextCall) {
     CallLog log;
     FakeGeometry geometry("A", log);
     FakePlainMesh plain("plain", log);
@@ -191,7 +190,7 @@ TEST(WholeMesh, ErrorLeavesTheFlagToTheNextCall) {
     bench.Begin();
     try {
         bench.brush->ApplyToWholeMesh(&plain, 0.5f, false);
-        ADD_FAILURE() << "nothing was thrown";
+        ADD_FAILURE() << "no error was thrown";
     } catch (Error* error) {
         EXPECT_EQ(error->Message(), QStringLiteral("Invalid mesh specified"));
         Error::Dispose(error);
@@ -239,7 +238,7 @@ TEST(WholeMesh, CountsAsADabOfTheMainPass) {
     bench.End();
 }
 
-TEST(WholeMesh, StrengthIsScaledAsThatOfADab) {
+TEST(WholeMesh, StrengthIsScaledLikeThatOfADab) {
     Bench bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     const auto dabStrength = [&](Tool tool, float strength) {
@@ -261,7 +260,7 @@ TEST(WholeMesh, StrengthIsScaledAsThatOfADab) {
     EXPECT_EQ(brush.dabStrength, -3.0f);
 }
 
-TEST(WholeMesh, ByFacingWeighsByTheCosineToOneViewForAll) {
+TEST(WholeMesh, ByFacingTheWeightIsTheCosineToACommonView) {
     Bench bench(SphereQuads(2));
     bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {0.0f, 0.0f, 90.0f}, {7.0f, 0.0f, 0.0f});
     const CameraAt camera({7.0f, 30.0f, 0.0f});
@@ -269,7 +268,7 @@ TEST(WholeMesh, ByFacingWeighsByTheCosineToOneViewForAll) {
     std::vector<Vector> normals;
     for (uint32_t v = 0; v < before.size(); ++v) normals.push_back(bench.Normal(v));
     bench.Apply(1.0f, true);
-    // A turn by 90 degrees takes the mesh's x axis to the world's y axis, or the reverse.
+    // A rotation by 90 degrees maps the mesh's x axis to the world's y axis, or the reverse.
     const Vector view = bench.brush->wholeMeshView;
     EXPECT_NEAR(std::fabs(view.x), 1.0f, 1e-6f);
     EXPECT_NEAR(view.y, 0.0f, 1e-6f);
@@ -296,7 +295,7 @@ TEST(WholeMesh, WithoutFacingKeepsTheOldView) {
     EXPECT_EQ(bench.brush->wholeMeshView, Vector(0.0f, 0.0f, 1.0f));
 }
 
-TEST(WholeMesh, CameraAtTheMeshsOriginSeesNothing) {
+TEST(WholeMesh, CameraAtTheMeshOriginMovesNothing) {
     Bench bench(FlatGrid(2));
     bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {}, {1.0f, 2.0f, 3.0f});
     const CameraAt camera({1.0f, 2.0f, 3.0f});
@@ -307,8 +306,8 @@ TEST(WholeMesh, CameraAtTheMeshsOriginSeesNothing) {
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
 }
 
-TEST(WholeMesh, PlaneToolsTakeThePlaneOfTheirPassAlongEachNormal) {
-    // Nobody samples a plane: that of a new stroke goes through the origin.
+TEST(WholeMesh, PlaneToolsUseThePlaneOfTheirPassAlongEachNormal) {
+    // No plane is sampled: that of a new stroke passes through the origin.
     PolygonMesh raised = FlatGrid(2);
     for (auto& p : raised.positions) p[2] = 2.0f;
     Bench bench(raised);
@@ -317,14 +316,14 @@ TEST(WholeMesh, PlaneToolsTakeThePlaneOfTheirPassAlongEachNormal) {
     for (const Vector& p : bench.Positions()) EXPECT_NEAR(p.z, 1.0f, 1e-5f);
 }
 
-TEST(WholeMesh, SmoothTakesTheMeanOfEachRing) {
+TEST(WholeMesh, SmoothUsesTheMeanOfEachRing) {
     PolygonMesh peak = FlatGrid(4);
     peak.positions[12][2] = 1.0f;
     Bench bench(peak);
     bench.Activate(Tool::Smooth);
     bench.Apply(100.0f);
-    // In place: the peak's left and upper neighbours were smoothed before it and had risen by a
-    // fifth of it.
+    // In place: the left and upper neighbours of the peak were smoothed before it and had risen by
+    // a fifth of it.
     const auto positions = bench.Positions();
     EXPECT_LT(positions[12].z, 0.3f);
     EXPECT_GT(positions[12].z, 0.2f);
@@ -356,7 +355,7 @@ TEST(WholeMesh, SmearNeedsAHeading) {
     bench.brush->SetPreviousPatchPosition({});
     bench.Apply(0.5f);
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
-    // From the hit, the first corner of the first face, backwards.
+    // Backwards from the hit, which is at the first corner of the first face.
     bench.Begin();
     bench.brush->SetPreviousPatchPosition({-3.0f, 0.0f, 0.0f});
     bench.brush->ApplyToWholeMesh(&bench.Mesh(), 0.5f, false);
@@ -366,7 +365,7 @@ TEST(WholeMesh, SmearNeedsAHeading) {
     EXPECT_EQ(bench.Mesh().Position(8).z, 0.0f);
 }
 
-TEST(WholeMesh, FreezeHoldsItsShareBack) {
+TEST(WholeMesh, MaskReducesTheMove) {
     Bench bench(FlatGrid(2));
     bench.Mesh().SetFreeze(4, 127);
     bench.Mesh().SetFreeze(5, 64);
@@ -376,10 +375,10 @@ TEST(WholeMesh, FreezeHoldsItsShareBack) {
     EXPECT_NEAR(bench.Mesh().Position(5).z, 63.0f / 127.0f, 1e-6f);
 }
 
-TEST(WholeMesh, WalksOnBeyondWhatLiesOutsideTheStamp) {
+TEST(WholeMesh, ContinuesBeyondPartsOutsideTheStamp) {
     Bench bench(FlatGrid(8));
     GiveStamp(*bench.brush, QStringLiteral("plain"), 9, 9, std::vector<float>(81, 0.5f));
-    // One pixel of the stamp lies on the corner farthest from the first face.
+    // One pixel of the stamp is at the corner farthest from the first face.
     bench.brush->Settings().stampMatrix.m[3][0] = -8.0f;
     bench.brush->Settings().stampMatrix.m[3][1] = -8.0f;
     bench.Apply(1.0f);
@@ -387,7 +386,7 @@ TEST(WholeMesh, WalksOnBeyondWhatLiesOutsideTheStamp) {
     EXPECT_NEAR(bench.Mesh().Position(80).z, 0.5f, 1e-6f);
 }
 
-TEST(WholeMesh, TellsRenderersOfWhatChanged) {
+TEST(WholeMesh, NotifiesRenderersOfTheChange) {
     Bench bench(FlatGrid(2));
     RecordingRenderer& renderer = bench.AddRenderer(0.0f);
     bench.Apply(1.0f);
@@ -403,7 +402,7 @@ INSTANTIATE_TEST_SUITE_P(Tools,
                          ::testing::Range(std::size_t{0}, std::size_t{15}),
                          [](const auto& tested) { return std::string(toolNames[tested.param]); });
 
-TEST_P(WholeMeshOfEachTool, KeepsNumbersFiniteAndIsTakenBackToTheBit) {
+TEST_P(WholeMeshOfEachTool, StaysFiniteAndIsUndoneBitExactly) {
     const Tool tool = allTools[GetParam()];
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const bool byFacing : {false, true}) {
@@ -421,7 +420,7 @@ TEST_P(WholeMeshOfEachTool, KeepsNumbersFiniteAndIsTakenBackToTheBit) {
             for (const Vector& p : bench.Positions())
                 EXPECT_TRUE(std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z));
             const auto after = BitsOf(bench.Mesh());
-            // A pass that changed nothing leaves no step.
+            // A pass without changes leaves no undo step.
             if (bench.geometry->History().Undo(*bench.geometry)) {
                 EXPECT_EQ(BitsOf(bench.Mesh()), before);
                 ASSERT_TRUE(bench.geometry->History().Redo(*bench.geometry));

@@ -1,22 +1,22 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Makes the pointer streams of this folder; README.md tells what each is for."""
+"""Writes the pointer streams of this folder; README.md describes the purpose of each."""
 
 import json
 import math
 import os
 import random
 
-INTERVAL = 8  # milliseconds from sample to sample, as of a pen that tells 125 a second
+INTERVAL = 8  # milliseconds between samples, as of a pen that reports 125 samples per second
 MOVE, REST = 480, 400
 
 
-def min_jerk(share):
-    return share**3 * (10 - 15 * share + 6 * share**2)
+def min_jerk(fraction):
+    return fraction**3 * (10 - 15 * fraction + 6 * fraction**2)
 
 
 def clean():
-    """An S over 300 pixels, with a rest in its middle; pressure rises and falls in 0.1 seconds."""
+    """An S over 300 pixels with a pause in its middle; pressure rises and falls within 0.1 seconds."""
     samples = []
     whole = 2 * MOVE + REST
     for t in range(0, whole + 1, INTERVAL):
@@ -39,27 +39,27 @@ def clean():
 
 
 def blot(samples):
-    """The driver tells full pressure until the pen's first measurement is there."""
+    """The driver reports full pressure until the pen's first measurement."""
     for sample in samples[:2]:
         sample[2] = 1.0
 
 
 def spike(samples):
-    """At the release the tip springs back: full pressure, and the place of a pen in the air."""
+    """At the release the tip springs back: full pressure, and the position of the pen in the air."""
     samples[-2][2] = 1.0
     x, y = samples[-1][:2]
     samples[-1] = [round(x - 60, 1), round(y - 35, 1), 1.0, samples[-1][3]]
 
 
 def jitter(samples, rng):
-    """The clock is read when a busy program comes round to it: 5 to 50 milliseconds late."""
+    """A busy program reads the clock 5 to 50 milliseconds late."""
     for sample in samples:
         sample[3] += rng.randint(5, 50)
 
 
 def doubled(samples, rng):
-    """Every third sample comes from the pen and from the mouse that it plays, which knows no
-    pressure and tells full; some come twice as they are."""
+    """Every third sample is reported by the pen and by the mouse that it emulates, which has no
+    pressure sensor and reports full pressure; some samples are repeated unchanged."""
     result = []
     for sample in samples:
         result.append(sample)
@@ -71,7 +71,7 @@ def doubled(samples, rng):
 
 
 def late(samples, rng):
-    """Some samples are overtaken by the two or three behind them."""
+    """Some samples arrive after the two or three samples that follow them."""
     i = 10
     while i < len(samples) - 10:
         step = rng.randint(2, 3)

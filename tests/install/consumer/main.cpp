@@ -18,7 +18,7 @@ void RefuseMisplacedVertex() {
     }
 }
 
-/// Both need modules of the library, which it finds by itself wherever the executable is.
+/// Both need modules of the library, which finds them independently of the executable's location.
 void RenderAndWrite() {
     trovik::PictureOptions options;
     options.width = 8;

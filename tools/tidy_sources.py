@@ -1,0 +1,106 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Selects the sources for clang-tidy and prints their paths, each followed by a NUL character.
+
+The compilation database of the build folder also lists generated sources; they are left out.
+
+usage: tidy_sources.py CHECKOUT BUILD_DIR --matching PATTERN
+       tidy_sources.py CHECKOUT BUILD_DIR --changed BASE --limit NUMBER
+"""
+
+import argparse
+import json
+import os
+import re
+import subprocess
+import sys
+
+
+def compiled_sources(checkout, build):
+    """Paths relative to the checkout."""
+    with open(os.path.join(build, "compile_commands.json")) as database:
+        files = {os.path.realpath(os.path.join(e["directory"], e["file"])) for e in json.load(database)}
+    inside = (f for f in files if os.path.commonpath([f, checkout]) == checkout)
+    return sorted(os.path.relpath(f, checkout) for f in inside if os.path.commonpath([f, build]) != build)
+
+
+def git(checkout, *arguments):
+    result = subprocess.run(["git", "-C", checkout, *arguments], capture_output=True, text=True)
+    return result.stdout if result.returncode == 0 else None
+
+
+def start_of_change(checkout, base):
+    """The merge base with `base`, or the commit before HEAD if HEAD has nothing beyond it."""
+    head = git(checkout, "rev-parse", "HEAD")
+    for branch in (base, f"origin/{base}"):
+        start = git(checkout, "merge-base", "HEAD", branch)
+        if start and start != head:
+            return start.strip()
+    dirty = git(checkout, "status", "--porcelain", "--untracked-files=no")
+    return "HEAD" if dirty or git(checkout, "rev-parse", "HEAD^") is None else "HEAD^"
+
+
+def changed_lines(checkout, start):
+    """The number of changed lines of each file that was changed since `start` and still exists."""
+    counts = {}
+    for line in git(checkout, "diff", "--numstat", "--no-renames", "--diff-filter=d", start).splitlines():
+        added, removed, name = line.split("\t")
+        if added != "-":
+            counts[name] = int(added) + int(removed)
+    for name in git(checkout, "ls-files", "--others", "--exclude-standard").splitlines():
+        with open(os.path.join(checkout, name), "rb") as file:
+            counts[name] = file.read().count(b"\n")
+    return counts
+
+
+def source_of_header(checkout, header, sources):
+    """The source of the same name, or else the first one that includes the header; None if none does."""
+    stem = os.path.splitext(header)[0]
+    if stem + ".cpp" in sources:
+        return stem + ".cpp"
+    # Includes are relative to the root, or to the root of the plug-in.
+    names = {header, header.removeprefix("plugins/SwiftStroke/")}
+    pattern = re.compile("|".join(f'#include "{re.escape(name)}"' for name in names))
+    for source in sources:
+        with open(os.path.join(checkout, source), encoding="utf-8") as file:
+            if pattern.search(file.read()):
+                return source
+    return None
+
+
+def sources_of_change(checkout, sources, counts):
+    """The sources to check, those with the most changed lines first."""
+    weights = {}
+    for name, count in counts.items():
+        source = name if name in sources else None
+        if name.endswith((".h", ".inl")):
+            source = source_of_header(checkout, name, sources)
+        if source is not None:
+            weights[source] = weights.get(source, 0) + count
+    return sorted(weights, key=lambda source: (-weights[source], source))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("checkout")
+    parser.add_argument("build")
+    parser.add_argument("--matching", default=".")
+    parser.add_argument("--changed")
+    parser.add_argument("--limit", type=int, default=20)
+    arguments = parser.parse_args()
+    checkout, build = os.path.realpath(arguments.checkout), os.path.realpath(arguments.build)
+
+    chosen = [f for f in compiled_sources(checkout, build) if re.search(arguments.matching, f)]
+    if arguments.changed is not None:
+        start = start_of_change(checkout, arguments.changed)
+        chosen = sources_of_change(checkout, chosen, changed_lines(checkout, start))
+        beyond = len(chosen) - arguments.limit
+        chosen = chosen[:arguments.limit]
+        print(f"tidy: {len(chosen)} sources changed since {start[:12]}"
+              + (f" are checked, {beyond} more are left to make tidy" if beyond > 0 else ""), file=sys.stderr)
+    for name in chosen:
+        sys.stdout.write(os.path.join(checkout, name) + "\0")
+
+
+if __name__ == "__main__":
+    main()
