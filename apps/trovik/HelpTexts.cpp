@@ -63,7 +63,7 @@ const std::map<std::string, std::string>& Examples() {
 }
 
 /// The requested verb, or the program if there is none.
-const CLI::App& Asked(const CLI::App& program) {
+const CLI::App& RequestedCommand(const CLI::App& program) {
     const std::vector<CLI::App*> verbs = program.get_subcommands();
     return verbs.empty() ? program : *verbs.front();
 }
@@ -89,11 +89,12 @@ std::string UnknownCommand(const CLI::App& program, const std::string& name) {
 }
 
 std::string UsageError(const CLI::App& program, const CLI::ParseError& error) {
-    const CLI::App& asked = Asked(program);
-    const std::string help =
-        asked.get_parent() == nullptr ? "trovik --help" : "trovik " + asked.get_name() + " --help";
+    const CLI::App& requested = RequestedCommand(program);
+    const std::string help = requested.get_parent() == nullptr
+                                 ? "trovik --help"
+                                 : "trovik " + requested.get_name() + " --help";
     std::string reason = error.what();
-    if (&asked == &program) {
+    if (&requested == &program) {
         const std::vector<std::string> rest = program.remaining();
         if (rest.empty())
             reason = "a command is needed";

@@ -9,25 +9,25 @@ namespace trovik {
 
 namespace {
 
-constexpr int heard[] = {SIGINT, SIGTERM};
+constexpr int handledSignals[] = {SIGINT, SIGTERM};
 
 volatile std::sig_atomic_t received = 0;
 
 extern "C" void NoteInterruption(int number) {
     received = number;
-    for (const int one : heard) std::signal(one, SIG_DFL);
+    for (const int one : handledSignals) std::signal(one, SIG_DFL);
 }
 
 }  // namespace
 
-void ListenForInterruption() {
+void InstallInterruptionHandlers() {
     struct sigaction action = {};
     action.sa_handler = NoteInterruption;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     // If both signals arrive at once, they count as a first and a second signal.
-    for (const int one : heard) sigaddset(&action.sa_mask, one);
-    for (const int one : heard) {
+    for (const int one : handledSignals) sigaddset(&action.sa_mask, one);
+    for (const int one : handledSignals) {
         struct sigaction present = {};
         if (sigaction(one, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
             sigaction(one, &action, nullptr);
@@ -38,7 +38,7 @@ void IgnoreFileSizeSignal() { std::signal(SIGXFSZ, SIG_IGN); }
 
 bool IsInterrupted() { return received != 0; }
 
-void StopIfInterrupted() {
+void ThrowIfInterrupted() {
     if (IsInterrupted()) throw Cancelled();
 }
 

@@ -67,27 +67,28 @@ struct HistoryOptions {
 /// Reads the journal, or the journal next to a scene, which starts from that scene.
 JournalContent JournalOf(const HistoryOptions& options) {
     if (!IsScenePath(options.file)) return ReadJournal(options.file, options.untilDamage);
-    const std::string beside = options.file + ".journal";
+    const std::string journalPath = options.file + ".journal";
     std::error_code ignored;
     if (!std::filesystem::exists(options.file, ignored))
         throw HostError(options.file + ": no such file");
-    if (!std::filesystem::exists(beside, ignored))
+    if (!std::filesystem::exists(journalPath, ignored))
         throw HostError(options.file +
                         ": the steps of a scene are in its journal, but there is no file " +
-                        beside);
-    JournalContent content = ReadJournal(beside, options.untilDamage);
+                        journalPath);
+    JournalContent content = ReadJournal(journalPath, options.untilDamage);
     const ContentHash present = HashFile(options.file);
     bool isOfScene = content.base.content == present;
     for (const JournalSave& save : content.saves)
         isOfScene = isOfScene || save.scene.content == present;
     if (!isOfScene)
-        content.notes.push_back(beside + " does not belong to the present version of this scene");
+        content.notes.push_back(journalPath +
+                                " does not belong to the present version of this scene");
     return content;
 }
 
 std::string Count(uint64_t number) { return number == 0 ? "" : std::to_string(number); }
 
-void Tell(const HistoryOptions& options) {
+void PrintHistory(const HistoryOptions& options) {
     const JournalContent content = JournalOf(options);
     nlohmann::json steps = content.past;
     const std::size_t pastSteps = steps.size();
@@ -150,7 +151,7 @@ void AddHistoryCommand(CLI::App& program) {
                    "Lists the part of a damaged journal before the damage");
     verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
     verb->add_flag("--json", options->json, "As JSON on standard output");
-    verb->callback([options] { Tell(*options); });
+    verb->callback([options] { PrintHistory(*options); });
 }
 
 }  // namespace trovik

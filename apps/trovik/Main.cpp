@@ -56,7 +56,7 @@ int Run(int argc, char** argv) {
     trovik::AddCompletionCommand(program);
     trovik::AddHelpCommand(program);
     trovik::AddHelpTexts(program);
-    trovik::ListenForInterruption();
+    trovik::InstallInterruptionHandlers();
     trovik::IgnoreFileSizeSignal();
     try {
         program.parse(argc, argv);

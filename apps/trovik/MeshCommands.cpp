@@ -25,7 +25,7 @@ namespace trovik {
 LoadedScene OpenRefined(const std::string& path,
                         unsigned levels,
                         const MeshSpace& given,
-                        const std::function<uint64_t(const LevelForecast&)>& furtherBytes,
+                        const std::function<uint64_t(const LevelForecast&)>& additionalBytes,
                         JobControl* job) {
     LoadedScene scene;
     if (IsScenePath(path)) {
@@ -45,7 +45,7 @@ LoadedScene OpenRefined(const std::string& path,
         try {
             scene.geometry->CheckForecast(levels,
                                           std::numeric_limits<uint64_t>::max(),
-                                          furtherBytes(scene.geometry->Forecast(levels)));
+                                          additionalBytes(scene.geometry->Forecast(levels)));
         } catch (const HostError& error) {
             throw HostError(path + ": " + error.what());
         }
@@ -71,18 +71,18 @@ struct ConvertOptions {
 };
 
 /// The result of a conversion.
-struct Converted {
+struct ConversionResult {
     uint64_t vertices = 0;
     uint64_t faces = 0;
     /// Files that were written in addition to the mesh.
-    std::vector<std::string> furtherFiles;
+    std::vector<std::string> additionalFiles;
     std::vector<std::string> notes;
 };
 
-void TellConverted(const ConvertOptions& options, const Converted& result) {
+void ReportConversion(const ConvertOptions& options, const ConversionResult& result) {
     if (options.json) {
         std::vector<std::string> files = {options.to};
-        files.insert(files.end(), result.furtherFiles.begin(), result.furtherFiles.end());
+        files.insert(files.end(), result.additionalFiles.begin(), result.additionalFiles.end());
         PrintJson({{"from", options.from},
                    {"to", options.to},
                    {"vertices", result.vertices},
@@ -94,7 +94,8 @@ void TellConverted(const ConvertOptions& options, const Converted& result) {
                     options.to.c_str(),
                     static_cast<unsigned long long>(result.vertices),
                     static_cast<unsigned long long>(result.faces));
-        for (const std::string& file : result.furtherFiles) std::printf("wrote %s\n", file.c_str());
+        for (const std::string& file : result.additionalFiles)
+            std::printf("wrote %s\n", file.c_str());
     }
 }
 
@@ -119,11 +120,11 @@ void Convert(const ConvertOptions& options) {
         std::vector<std::string> further = WriteMeshFile(
             options.to, PolygonSource(polygons, SpaceForFile(options.to, space, asked)), &line);
         line.Finish();
-        TellConverted(options,
-                      {polygons.positions.size(),
-                       polygons.faceSizes.size(),
-                       std::move(further),
-                       polygons.notes});
+        ReportConversion(options,
+                         {polygons.positions.size(),
+                          polygons.faceSizes.size(),
+                          std::move(further),
+                          polygons.notes});
         return;
     }
     // Writers work on blocks of a few megabytes.
@@ -144,8 +145,8 @@ void Convert(const ConvertOptions& options) {
         source = std::make_unique<LevelSource>(*scene.geometry, LevelSource::Options{false, space});
     std::vector<std::string> further = WriteMeshFile(options.to, *source, &line);
     line.Finish();
-    TellConverted(options,
-                  {source->VertexCount(), source->FaceCount(), std::move(further), scene.notes});
+    ReportConversion(options,
+                     {source->VertexCount(), source->FaceCount(), std::move(further), scene.notes});
 }
 
 }  // namespace

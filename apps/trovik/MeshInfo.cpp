@@ -70,8 +70,8 @@ struct MeshInfo {
     std::size_t faces = 0;
     std::map<uint32_t, std::size_t> facesByCorners;
     AxisAlignedBoundingBox box;
-    std::vector<std::pair<std::string, std::string>> carriedLines;
-    nlohmann::json carried;
+    std::vector<std::pair<std::string, std::string>> attributeLines;
+    nlohmann::json attributesJson;
     std::vector<std::string> notes;
     ManifoldReport manifold;
     bool quads = false;
@@ -82,14 +82,14 @@ struct MeshInfo {
 
 MeshInfo Examine(const std::string& path) {
     PolygonMesh polygons = ReadMeshFile(path);
-    StopIfInterrupted();
+    ThrowIfInterrupted();
     MeshInfo info;
     info.vertices = polygons.positions.size();
     info.faces = polygons.faceSizes.size();
     for (const uint32_t size : polygons.faceSizes) ++info.facesByCorners[size];
     for (const auto& p : polygons.positions) info.box.Extend({p[0], p[1], p[2]});
-    info.carriedLines = AttributeLines(polygons);
-    info.carried = AttributeJson(polygons);
+    info.attributeLines = AttributeLines(polygons);
+    info.attributesJson = AttributeJson(polygons);
     info.notes = polygons.notes;
     if (std::string note = RefinementNote(polygons); !note.empty())
         info.notes.push_back(std::move(note));
@@ -118,7 +118,7 @@ nlohmann::json MeshInfoJson(const std::string& path) {
             {"facesByCorners", bySize},
             {"low", {box.minX, box.minY, box.minZ}},
             {"high", {box.maxX, box.maxY, box.maxZ}},
-            {"carries", info.carried},
+            {"carries", info.attributesJson},
             {"verticesAddedBySplitting", info.manifold.addedVertices},
             {"level0",
              {{"type", info.quads ? "quads" : "triangles"},
@@ -146,7 +146,7 @@ void PrintMeshInfo(const std::string& path, bool quiet) {
                 static_cast<double>(box.maxX),
                 static_cast<double>(box.maxY),
                 static_cast<double>(box.maxZ));
-    for (const auto& [what, text] : info.carriedLines)
+    for (const auto& [what, text] : info.attributeLines)
         std::printf("  %-9s %s\n", what.c_str(), text.c_str());
     if (!info.manifold.Untouched())
         std::printf("  split     %zu vertices added where the mesh is not an oriented manifold\n",

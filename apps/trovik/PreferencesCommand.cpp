@@ -52,7 +52,7 @@ void Print(const PreferencesOptions& options, const std::string& file) {
     }
     if (options.json) {
         nlohmann::json unknown = nlohmann::json::array();
-        for (const auto& [key, ignored] : UnclaimedPreferences()) unknown.push_back(key);
+        for (const auto& [key, ignored] : PendingPreferences()) unknown.push_back(key);
         PrintJson({{"file", file}, {"preferences", values}, {"unknown", unknown}});
         return;
     }
@@ -61,7 +61,7 @@ void Print(const PreferencesOptions& options, const std::string& file) {
     std::printf("%s%s\n", file.c_str(), fs::exists(file, ignored) ? "" : " (does not exist yet)");
     for (const auto& [key, value] : values.items())
         std::printf("  %-32s %s\n", key.c_str(), value.dump().c_str());
-    for (const auto& [key, ignoredValue] : UnclaimedPreferences())
+    for (const auto& [key, ignoredValue] : PendingPreferences())
         std::printf("  %-32s unknown\n", key.c_str());
 }
 

@@ -7,7 +7,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/io/FilePath.h"
 #include "framework/render/Matcap.h"
-#include "framework/render/PictureFile.h"
+#include "framework/render/RenderFile.h"
 #include "framework/render/RenderMemory.h"
 #include "framework/render/RenderRange.h"
 #include "framework/render/RenderedLevel.h"
@@ -24,10 +24,10 @@ namespace trovik {
 namespace {
 
 /// A view from slightly above and to the right of the front.
-const Vector usualDirection(0.35f, 0.2f, 1.0f);
-constexpr float usualFieldOfView = 35.0f;
+const Vector defaultDirection(0.35f, 0.2f, 1.0f);
+constexpr float defaultFieldOfView = 35.0f;
 
-struct RenderOptions {
+struct RenderArguments {
     std::string mesh;
     std::string picture;
     unsigned levels = 0;
@@ -38,7 +38,7 @@ struct RenderOptions {
     std::string shading;
     /// 0 for a single image.
     int frames = 0;
-    PictureOptions options;
+    RenderOptions options;
     bool quiet = false;
     bool json = false;
 };
@@ -56,19 +56,19 @@ Vector DirectionOr(const std::vector<float>& numbers, const char* option, const 
 }
 
 /// The camera by the first of these that is given: --eye, --from, the scene's view, the default.
-PictureCamera CameraFor(const RenderOptions& wanted,
-                        const PictureMesh& shown,
-                        const StrokeView* sceneView) {
+RenderCamera CameraFor(const RenderArguments& wanted,
+                       const RenderMesh& shown,
+                       const StrokeView* sceneView) {
     const Vector up = DirectionOr(wanted.up, "--up", Vector(0.0f, 1.0f, 0.0f));
     const bool isSeen = sceneView != nullptr && wanted.from.empty() && wanted.eye.empty();
-    float fieldOfView = isSeen ? sceneView->verticalFieldOfView : usualFieldOfView;
+    float fieldOfView = isSeen ? sceneView->verticalFieldOfView : defaultFieldOfView;
     if (wanted.fieldOfView != 0.0f) fieldOfView = wanted.fieldOfView;
     if (isSeen)
         return {
             sceneView->eye, sceneView->target, wanted.up.empty() ? sceneView->up : up, fieldOfView};
-    PictureCamera camera = FrameTurntable(
+    RenderCamera camera = FrameTurntable(
         {shown},
-        -DirectionOr(wanted.from, "--from", usualDirection),
+        -DirectionOr(wanted.from, "--from", defaultDirection),
         fieldOfView,
         static_cast<float>(wanted.options.width) / static_cast<float>(wanted.options.height),
         up,
@@ -82,14 +82,14 @@ PictureCamera CameraFor(const RenderOptions& wanted,
 
 /// \param camera  one that CheckCamera accepts.
 /// \throw HostError if the option --up is parallel to the line of sight.
-void CheckUp(const RenderOptions& wanted, const PictureCamera& camera) {
+void CheckUp(const RenderArguments& wanted, const RenderCamera& camera) {
     const Vector sight = camera.eye - camera.target;
     if (!wanted.up.empty() && !((camera.up.Normalized() & sight.Normalized()).Length() > 1e-4f))
         throw HostError("--up: the camera looks along its own up direction");
 }
 
-PictureOptions PictureOptionsOf(const RenderOptions& wanted) {
-    PictureOptions options = wanted.options;
+RenderOptions PictureOptionsOf(const RenderArguments& wanted) {
+    RenderOptions options = wanted.options;
     if (!options.matcap.empty()) options.shading = ShadingMode::Matcap;
     if (!wanted.shading.empty()) options.shading = ShadingModeOf(wanted.shading);
     if (!options.matcap.empty() && options.shading != ShadingMode::Matcap)
@@ -97,9 +97,9 @@ PictureOptions PictureOptionsOf(const RenderOptions& wanted) {
     return options;
 }
 
-void Report(const RenderOptions& wanted,
-            const PictureOptions& options,
-            const PictureCamera& camera,
+void Report(const RenderArguments& wanted,
+            const RenderOptions& options,
+            const RenderCamera& camera,
             const std::vector<std::string>& files) {
     if (wanted.json) {
         const auto triple = [](const Vector& v) { return nlohmann::json{v.x, v.y, v.z}; };
@@ -127,13 +127,13 @@ void Report(const RenderOptions& wanted,
     }
 }
 
-void Render(const RenderOptions& wanted) {
-    const PictureOptions options = PictureOptionsOf(wanted);
+void Render(const RenderArguments& wanted) {
+    const RenderOptions options = PictureOptionsOf(wanted);
     ProgressLine line(wanted.quiet);
-    CheckPicturePath(wanted.picture, options.transparent);
+    CheckRenderPath(wanted.picture, options.transparent);
     CheckWritable(wanted.picture);
-    DirectionOr(wanted.from, "--from", usualDirection);
-    DirectionOr(wanted.up, "--up", usualDirection);
+    DirectionOr(wanted.from, "--from", defaultDirection);
+    DirectionOr(wanted.up, "--up", defaultDirection);
     const LoadedScene scene = OpenRefined(
         wanted.mesh,
         wanted.levels,
@@ -143,7 +143,7 @@ void Render(const RenderOptions& wanted) {
         },
         &line);
     const RenderedLevel level(*scene.geometry, options.shading);
-    const PictureCamera camera =
+    const RenderCamera camera =
         CameraFor(wanted, level.Mesh(), IsScenePath(wanted.mesh) ? &scene.settings.view : nullptr);
     // Check the vertices first: a camera that frames a mesh out of range is out of range too.
     const RenderScene rendered({level.Mesh()}, &line);
@@ -153,13 +153,14 @@ void Render(const RenderOptions& wanted) {
     std::vector<std::string> files;
     const int count = std::max(wanted.frames, 1);
     for (int i = 0; i < count; ++i) {
-        StopIfInterrupted();
+        ThrowIfInterrupted();
         files.push_back(wanted.frames == 0 ? wanted.picture : FramePath(wanted.picture, i + 1));
         if (wanted.frames != 0)
             line.Step(static_cast<std::size_t>(i), static_cast<std::size_t>(count), files.back());
-        const Picture picture = rendered.Render(TurntableFrame(camera, i, count), options, &line);
-        StopIfInterrupted();
-        WritePicture(files.back(), picture);
+        const RenderImage picture =
+            rendered.Render(TurntableFrame(camera, i, count), options, &line);
+        ThrowIfInterrupted();
+        WriteRender(files.back(), picture);
     }
     line.Finish();
     Report(wanted, options, camera, files);
@@ -168,7 +169,7 @@ void Render(const RenderOptions& wanted) {
 }  // namespace
 
 void AddRenderCommand(CLI::App& program) {
-    auto options = std::make_shared<RenderOptions>();
+    auto options = std::make_shared<RenderArguments>();
     CLI::App* verb = program.add_subcommand("render", "Renders a mesh or a scene into an image");
     verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
     verb->add_option("picture", options->picture, "Image file (PNG, JPEG, TIFF)")->required();

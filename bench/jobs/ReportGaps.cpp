@@ -20,7 +20,7 @@
 #include "framework/jobs/JobControl.h"
 #include "framework/journal/Journal.h"
 #include "framework/multires/LevelSource.h"
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 #include "framework/script/JournalRecovery.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -312,16 +312,16 @@ private:
 
     void Renders() {
         const auto document = Sculpted(levels);
-        const std::vector<PictureMesh> meshes{document->ShownMesh()};
-        const PictureCamera camera =
+        const std::vector<RenderMesh> meshes{document->ShownMesh()};
+        const RenderCamera camera =
             FrameMeshes(meshes, Vector(0.3f, 0.2f, -1.0f), 35.0f, 4.0f / 3.0f);
-        PictureOptions options;
-        Measure("render", [&](JobControl* job) { RenderPicture(meshes, camera, options, job); });
+        RenderOptions options;
+        Measure("render", [&](JobControl* job) { RenderOnce(meshes, camera, options, job); });
         options.wireframe = true;
         options.width = 320;
         options.height = 240;
         Measure("render wireframe",
-                [&](JobControl* job) { RenderPicture(meshes, camera, options, job); });
+                [&](JobControl* job) { RenderOnce(meshes, camera, options, job); });
     }
 
     void Recovery() {

@@ -9,7 +9,7 @@
 /// Each step runs in a process of its own (`--step`), so that its memory is measured separately.
 #include "framework/picking/PatchTree.h"
 #include "framework/scene/SceneFile.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 
 #include <nlohmann/json.hpp>
 
@@ -60,12 +60,12 @@ double StatusBytes(const std::string& key) {
     return 0.0;
 }
 
-void Save(test::StrokeBench& bench, const PolygonMesh& imported, const std::string& path) {
+void Save(test::StrokeFixture& bench, const PolygonMesh& imported, const std::string& path) {
     const SceneSettings settings;
     SaveScene(path, {*bench.geometry, imported, *bench.brush, settings});
 }
 
-void MeasureDabs(test::StrokeBench& bench, unsigned levels, Json& out) {
+void MeasureDabs(test::StrokeFixture& bench, unsigned levels, Json& out) {
     const float cell = std::ldexp(1.0f, -static_cast<int>(levels));
     const auto radius = static_cast<float>(std::sqrt(coveredVertices / 3.14159265)) * cell;
     bench.Activate(Tool::Sculpt, 2);
@@ -111,9 +111,9 @@ Json Step(unsigned levels) {
     Json out;
     const double memoryBefore = StatusBytes("VmRSS");
     const PolygonMesh imported = test::FlatGrid(baseSide);
-    std::unique_ptr<test::StrokeBench> bench;
+    std::unique_ptr<test::StrokeFixture> bench;
     out["refineSeconds"] =
-        Seconds([&] { bench = std::make_unique<test::StrokeBench>(imported, levels); });
+        Seconds([&] { bench = std::make_unique<test::StrokeFixture>(imported, levels); });
     const auto vertices = static_cast<double>(bench->Mesh().VertexCount());
     out["vertices"] = vertices;
     out["bytesPerVertex"] = (StatusBytes("VmRSS") - memoryBefore) / vertices;

@@ -13,7 +13,7 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
     scene.Begin();
     scene.Dab();
     for (auto _ : state) scene.Dab();
-    if (const char* wrong = scene.WhatIsWrong()) state.SkipWithError(wrong);
+    if (const char* wrong = scene.FaultReason()) state.SkipWithError(wrong);
     state.counters["records"] = static_cast<double>(*scene.brush.CurrentChange()->recordCount);
     scene.End();
     scene.Report(state);
@@ -22,13 +22,13 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
 /// A later dab that visits every patch in full, including the patches out of reach.
 void VisitingDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
-    scene.brush.remembersPatches = false;
+    scene.brush.usesPatchCache = false;
     scene.Begin();
     scene.Dab();
     for (auto _ : state) scene.Dab();
-    if (const char* wrong = scene.WhatIsWrong()) state.SkipWithError(wrong);
+    if (const char* wrong = scene.FaultReason()) state.SkipWithError(wrong);
     scene.End();
-    scene.brush.remembersPatches = true;
+    scene.brush.usesPatchCache = true;
     scene.Report(state);
 }
 
@@ -42,9 +42,9 @@ void FirstDab(benchmark::State& state, Tool tool) {
         state.ResumeTiming();
         scene.Dab();
         state.PauseTiming();
-        if (wrong == nullptr) wrong = scene.WhatIsWrong();
+        if (wrong == nullptr) wrong = scene.FaultReason();
         scene.End();
-        scene.PutBack();
+        scene.RevertStroke();
         state.ResumeTiming();
     }
     if (wrong != nullptr) state.SkipWithError(wrong);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bench/stroke/DabScene.h"
 
-#include "tests/stamps/StampBench.h"
+#include "tests/stamps/StampFixture.h"
 
 #include <cmath>
 
@@ -13,8 +13,8 @@ constexpr unsigned gridSide = 12;
 constexpr unsigned subdivisions = 7;
 constexpr unsigned cellsPerUnit = 1u << subdivisions;
 
-test::StrokeBench& SharedBench() {
-    static test::StrokeBench bench(test::FlatGrid(gridSide), subdivisions);
+test::StrokeFixture& SharedBench() {
+    static test::StrokeFixture bench(test::FlatGrid(gridSide), subdivisions);
     return bench;
 }
 
@@ -68,11 +68,11 @@ DabScene::DabScene(Tool tool, Variation itsVariation, int64_t vertices)
     switch (variation) {
         case Variation::Stamp: {
             constexpr uint32_t side = 256;
-            test::GiveStamp(brush,
-                            QStringLiteral("bench"),
-                            side,
-                            side,
-                            std::vector<float>(std::size_t{side} * side, 0.75f));
+            test::SetTestStamp(brush,
+                               QStringLiteral("bench"),
+                               side,
+                               side,
+                               std::vector<float>(std::size_t{side} * side, 0.75f));
             // The stamp covers the dab.
             Matrix& m = brush.Settings().stampMatrix;
             const float scale = static_cast<float>(side) / (2.0f * radius);
@@ -103,14 +103,14 @@ DabScene::DabScene(Tool tool, Variation itsVariation, int64_t vertices)
     }
 }
 
-void DabScene::PutBack() {
+void DabScene::RevertStroke() {
     UndoHistory& history = bench.geometry->History();
     while (history.Undo(*bench.geometry)) continue;
     history.Clear();
 }
 
 DabScene::~DabScene() {
-    PutBack();
+    RevertStroke();
     bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {}, {});
     mesh.SetFreeze(0, 0);
     mesh.SetActiveLayer(nullptr);
@@ -125,7 +125,7 @@ std::vector<uint32_t> DabScene::Patches() const {
     return patches;
 }
 
-const char* DabScene::WhatIsWrong() const {
+const char* DabScene::FaultReason() const {
     const uint32_t records = *brush.CurrentChange()->recordCount;
     if (records < covered) return "fewer records than covered vertices";
     const Vector middle = mesh.Position(mesh.faceVertexIndices[hit.face * 4]);

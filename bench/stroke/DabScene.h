@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 
 #include <benchmark/benchmark.h>
 
@@ -39,18 +39,18 @@ public:
     void Dab() { box = bench.Dab(hit, radius, strength); }
     void End() { bench.End(); }
     /// Flattens the mesh again by undoing the strokes, and clears the history.
-    void PutBack();
+    void RevertStroke();
 
     /// The number of vertices within the radius.
     int64_t Covered() const { return covered; }
     /// The patches that the last dab passed to the brush, in order.
     std::vector<uint32_t> Patches() const;
     /// The reason why the last dab is invalid, or null if it is valid.
-    const char* WhatIsWrong() const;
+    const char* FaultReason() const;
     /// Reports rate and size for the table; items are covered vertices.
     void Report(benchmark::State& state) const;
 
-    test::StrokeBench& bench;
+    test::StrokeFixture& bench;
     SwiftStroke& brush;
     LevelMesh& mesh;
     SurfacePoint hit;

@@ -30,7 +30,7 @@ void EndOfStroke(benchmark::State& state) {
         scene.End();
         state.PauseTiming();
         undoable = undoable && scene.bench.geometry->History().CanUndo();
-        scene.PutBack();
+        scene.RevertStroke();
         state.ResumeTiming();
     }
     if (!undoable) state.SkipWithError("no step to undo");

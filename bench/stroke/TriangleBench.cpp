@@ -2,7 +2,7 @@
 
 /// \file Meshes without quads. They have no patches, so the step runs vertex by vertex with
 /// run-time switches, and a walk around each vertex computes the normals.
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <benchmark/benchmark.h>
@@ -28,7 +28,7 @@ PolygonMesh Triangles(unsigned side) {
 void TriangleDab(benchmark::State& state) {
     // The disc and a margin around it.
     const unsigned side = state.range(0) > 100000 ? 1280 : 400;
-    test::StrokeBench bench(Triangles(side));
+    test::StrokeFixture bench(Triangles(side));
     bench.Activate(Tool::Sculpt, 2);
     const SurfacePoint hit = bench.HitVertex(side / 2 * (side + 1) + side / 2);
     const float radius = std::sqrt(static_cast<float>(state.range(0)) / 3.14159265f);

@@ -51,9 +51,9 @@ public:
         trovik::PatchPacker packer(*document.Geometry().Bound(), *layout);
         const std::size_t count = dirty->Patches().size();
         for (const uint32_t patch : dirty->Patches()) {
-            const std::span<trovik::DisplayVertex> place(
+            const std::span<trovik::DisplayVertex> patchVertices(
                 vertices.data() + layout->FirstVertex(patch), layout->VertexCount(patch));
-            packer.Pack(std::span(&patch, 1), place);
+            packer.Pack(std::span(&patch, 1), patchVertices);
         }
         dirty->Clear();
         return count;

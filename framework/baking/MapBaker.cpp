@@ -15,7 +15,7 @@ namespace trovik {
 
 namespace {
 
-constexpr std::uint32_t largestPadding = 256;
+constexpr std::uint32_t maxPadding = 256;
 
 /// Binds a level; the destructor restores the previous state.
 class BoundLevel {
@@ -70,9 +70,9 @@ void CheckSizes(const BakeOptions& options) {
     if (options.samples != 1 && options.samples != 4 && options.samples != 16)
         throw HostError("the samples per texel must be 1, 4 or 16, not " +
                         std::to_string(options.samples));
-    if (options.padding > largestPadding)
+    if (options.padding > maxPadding)
         throw HostError("a padding of " + std::to_string(options.padding) +
-                        " texels is too large; the maximum is " + std::to_string(largestPadding));
+                        " texels is too large; the maximum is " + std::to_string(maxPadding));
 }
 
 /// The value of the map at each frame of the smooth surface.

@@ -13,7 +13,7 @@ namespace trovik {
 namespace {
 
 /// An arbitrary unit vector perpendicular to a unit vector.
-Vector AnyAcross(const Vector& normal) {
+Vector AnyPerpendicular(const Vector& normal) {
     const float x = std::fabs(normal.x);
     const float y = std::fabs(normal.y);
     const float z = std::fabs(normal.z);
@@ -104,7 +104,7 @@ SurfaceFrames::SurfaceFrames(const LevelMesh& level,
         // Removes the component along the normal that rounding has left.
         entry.tangent -= normal * (entry.tangent | normal);
         entry.tangent.Normalize();
-        if (entry.tangent == Vector()) entry.tangent = AnyAcross(normal);
+        if (entry.tangent == Vector()) entry.tangent = AnyPerpendicular(normal);
         if (entry.sense == 0.0f) entry.sense = 1.0f;
     }
 }

@@ -53,8 +53,8 @@ float BrushOperation::MaskOffset(int mask) const {
 void BrushOperation::OnMaskChanged(int mask) {
     if (mask != stampMask) return;
     if (d->stampImagePath != d->stamp.path) {
-        const auto known = d->knownStampImages.find(d->stamp.path);
-        d->stampImage = known == d->knownStampImages.end() ? nullptr : known->second.lock();
+        const auto known = d->cachedStampImages.find(d->stamp.path);
+        d->stampImage = known == d->cachedStampImages.end() ? nullptr : known->second.lock();
     }
     d->stampImagePath = d->stamp.path;
     // The name of a folder elsewhere must not turn a file into a vector stamp.

@@ -35,7 +35,7 @@ struct BrushOperation::Private {
     QString stampImagePath;  ///< StampConfiguration::path from which stampImage was loaded
     std::shared_ptr<Image> stampImage;  ///< null if there is none
     /// Stamp images of other tools by path, as long as they are in use elsewhere.
-    std::map<QString, std::weak_ptr<Image>> knownStampImages;
+    std::map<QString, std::weak_ptr<Image>> cachedStampImages;
     bool stampTiled = false;
     bool stampInverted = false;
     bool stampBuildUp = false;

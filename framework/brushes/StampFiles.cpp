@@ -55,7 +55,7 @@ void RefreshStamp(BrushOperation& brush) {
     if (const auto file = FindStampFile(settings.stamp.path.toStdString())) {
         settings.stampImage = StampCache::Instance().Get(*file);
         settings.stampImagePath = settings.stamp.path;
-        settings.knownStampImages[settings.stamp.path] = settings.stampImage;
+        settings.cachedStampImages[settings.stamp.path] = settings.stampImage;
     }
 }
 

@@ -27,8 +27,8 @@ constexpr NamedTraits table[] = {
      {.radiiAtFullStrength = 0.25f / (0.1f * 0.5f),
       .vectorStampTakesPercent = false,
       .worksOnPlane = true}},
-    {"Repeat", {.turnsStampAlongStroke = true, .spacesDabsByStamp = true}},
-    {"Knife", {.turnsStampAlongStroke = true}},
+    {"Repeat", {.rotatesStampAlongStroke = true, .placesStampsSideBySide = true}},
+    {"Knife", {.rotatesStampAlongStroke = true}},
     {"Freeze", percent},
 };
 

@@ -22,10 +22,10 @@ struct ToolTraits {
     /// fractions of its side.
     bool vectorStampTakesPercent = true;
     /// With StampPositioning::Tool the stamp rotates with the stroke.
-    bool turnsStampAlongStroke = false;
+    bool rotatesStampAlongStroke = false;
     /// Copies of the stamp are placed side by side: dabs are two radii apart plus the tool's gap
     /// settings, and the spacing of the stroke is ignored.
-    bool spacesDabsByStamp = false;
+    bool placesStampsSideBySide = false;
     /// The tool flattens onto a plane, which can be constant for a stroke ("globalplane",
     /// "updateplane").
     bool worksOnPlane = false;

@@ -6,7 +6,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/history/UndoPreferences.h"
-#include "framework/mesh/NoticeRenderer.h"
+#include "framework/mesh/NotificationRecorder.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/pluginhost/PluginLoader.h"
 #include "framework/render/RenderedLevel.h"
@@ -176,14 +176,14 @@ void Document::FollowLevel(JobControl* job) {
     // The geometry was loaded from a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
         geometry->FindMirror(job);
-    PlaceMirrors();
+    ApplyMirrors();
     loop->SetObserver(strokeObserver);
     if (events == nullptr) events = std::make_unique<StrokeEvents>(*this);
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(events.get());
     PlaceRenderers();
 }
 
-void Document::PlaceMirrors() {
+void Document::ApplyMirrors() {
     for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
         one->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
 }
@@ -205,7 +205,7 @@ void Document::PlaceRenderers() {
         LevelMesh& level = *geometry->Level(i);
         uint32_t kept = 0;
         while (TreeNode* child = level.ChildByClass(MeshRenderer::StaticClass(), kept)) {
-            if (dynamic_cast<NoticeRenderer*>(child) == nullptr) {
+            if (dynamic_cast<NotificationRecorder*>(child) == nullptr) {
                 ++kept;
                 continue;
             }
@@ -214,7 +214,7 @@ void Document::PlaceRenderers() {
         }
     }
     for (const float factor : rendererFactors)
-        geometry->Bound()->AddChild(new NoticeRenderer(factor));
+        geometry->Bound()->AddChild(new NotificationRecorder(factor));
 }
 
 void Document::SetUndoBudget(std::optional<uint64_t> bytes) {
@@ -227,7 +227,7 @@ void Document::ApplyUndoSettings() {
     if (undoBudget) geometry->History().SetBudget(*undoBudget);
 }
 
-PictureMesh Document::ShownMesh() const { return ShownLevel(*geometry); }
+RenderMesh Document::ShownMesh() const { return VisibleLevel(*geometry); }
 
 StrokeTotals Document::Totals() const {
     StrokeTotals sum = earlierTotals;

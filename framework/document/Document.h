@@ -9,7 +9,7 @@
 #include "framework/freeze/FreezeBrush.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/picking/LevelTrees.h"
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 #include "framework/scene/SceneFile.h"
 #include "framework/strokes/MirrorMaps.h"
 #include "framework/strokes/StrokePath.h"
@@ -170,7 +170,7 @@ public:
     void NoteToolChanged();
 
     /// Mirrors the next strokes in planes across the mesh's own axes and about one of the axes.
-    /// \throw HostError for more copies than mostMirrorMaps; the mirrors do not change then.
+    /// \throw HostError for more copies than maxMirrorMaps; the mirrors do not change then.
     void SetMirrors(const MirrorSetting& setting);
     /// Mirrors the next strokes by the mesh's connectivity, independent of its pose.
     /// \throw HostError if the mesh has no topological mirror; Cancelled. The mirrors do not change
@@ -198,7 +198,7 @@ public:
     /// \param chosen  see ChangeVisibilityAsStep. \return false if nothing changes.
     bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
     /// Sets the mesh's transform to world space. One undo step.
-    void SetTransform(const Placement& place);
+    void SetTransform(const MatrixTransform& place);
     /// See DisplaceByMap. One undo step. \throw Cancelled, with nothing changed.
     void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
 
@@ -209,7 +209,7 @@ public:
     /// MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
     /// The visible faces of the current level for a render; borrows its arrays.
-    PictureMesh ShownMesh() const;
+    RenderMesh ShownMesh() const;
     /// To be called after the surface was changed without a stroke and without Push.
     void RefreshSurface();
 
@@ -265,7 +265,7 @@ private:
     void BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job);
     /// Selects tree and loops of the current level.
     void FollowLevel(JobControl* job = nullptr);
-    void PlaceMirrors();
+    void ApplyMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
     /// Makes `times` steps and pushes them; an exception of one reverts those before it.
     template <typename MakeStep>
@@ -312,7 +312,7 @@ private:
     bool freezing = false;
     /// Values of the process globals while another document is active: the kernel's camera, and
     /// whether the falloff depends on the facing angle.
-    Placement camera;
+    MatrixTransform camera;
     bool facingActive = false;
     StrokeTotals earlierTotals;
     SceneSettings settings;

@@ -11,7 +11,7 @@ namespace trovik {
 
 void Document::Reset(uint32_t levels, uint64_t byteBudget, JobControl* job) {
     RequireNoStroke("reset the mesh");
-    const Placement place = geometry->Place();
+    const MatrixTransform place = geometry->Place();
     BuildGeometry(levels, byteBudget, job);
     geometry->Place() = place;
     entries.Restart();
@@ -160,9 +160,9 @@ bool Document::SelectLayer(const std::string& name) {
 
 void Document::SetLayerStrength(float strength) {
     RequireNoStroke("change the layer");
-    SculptLayer::Properties given = ActiveLayer()->Given();
+    SculptLayer::Properties given = ActiveLayer()->UserProperties();
     given.strength = strength;
-    Push(GiveLayerAsStep(*geometry, *ActiveLayer(), given));
+    Push(SetLayerPropertiesAsStep(*geometry, *ActiveLayer(), given));
 }
 
 void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
@@ -182,9 +182,9 @@ bool Document::ChangeVisibility(VisibilityChange change, const FaceChoice& chose
     return true;
 }
 
-void Document::SetTransform(const Placement& place) {
+void Document::SetTransform(const MatrixTransform& place) {
     RequireNoStroke("transform the mesh");
-    const Placement before = geometry->Place();
+    const MatrixTransform before = geometry->Place();
     geometry->Place() = place;
     Push(MakeTransformStep(*geometry, before));
 }

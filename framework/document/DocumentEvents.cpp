@@ -97,7 +97,7 @@ std::vector<DocumentState::Layer> Document::LayersOfState() const {
     std::vector<DocumentState::Layer> layers;
     const SculptLayer* present = ActiveLayer();
     for (const auto& layer : geometry->Layers().OfLevel(*geometry->Bound())) {
-        const SculptLayer::Properties& given = layer->Given();
+        const SculptLayer::Properties& given = layer->UserProperties();
         layers.push_back(
             {given.name, given.strength, given.visible, given.writable, layer.get() == present});
     }

@@ -27,7 +27,7 @@ void Document::StoreGlobals() {
     if (active == nullptr) return;
     HostScene& scene = *HostKernel::Instance().Scene();
     active->facingActive = std::exchange(CheckableFloatArray::s_bActive, false);
-    active->camera = std::exchange(scene.OwnCamera().Place(), Placement());
+    active->camera = std::exchange(scene.OwnCamera().Place(), MatrixTransform());
     scene.RemoveGeometry(active->geometry.get());
     active = nullptr;
 }
@@ -78,18 +78,17 @@ std::vector<std::string> Document::ToolNames() const {
 void Document::SetMirrors(const MirrorSetting& setting) {
     RequireNoStroke("change the mirrors");
     std::vector<Matrix> maps = MirrorMaps(setting);
-    if (maps.size() > mostMirrorMaps) {
+    if (maps.size() > maxMirrorMaps) {
         throw HostError("the mirrors would make " + std::to_string(maps.size() + 1) +
-                        " copies of each dab; the maximum is " +
-                        std::to_string(mostMirrorMaps + 1));
+                        " copies of each dab; the maximum is " + std::to_string(maxMirrorMaps + 1));
     }
-    geometry->ForgetMirror();
+    geometry->ClearMirror();
     settings.mirrorMaps = std::move(maps);
     const bool onePlane = setting.copies == 1 && setting.planes.size() == 1;
     settings.mirrorMode = settings.mirrorMaps.empty() ? static_cast<int>(MirrorConfiguration::Off)
                           : onePlane                  ? setting.planes[0] + 1
                                                       : severalCopies;
-    PlaceMirrors();
+    ApplyMirrors();
     NoteToolChanged();
 }
 
@@ -101,7 +100,7 @@ void Document::SetTopologicalMirror(JobControl* job) {
                         "right sides differs");
     settings.mirrorMaps.clear();
     settings.mirrorMode = MirrorConfiguration::Topological;
-    PlaceMirrors();
+    ApplyMirrors();
     NoteToolChanged();
 }
 

@@ -20,8 +20,8 @@ public:
     void OnWholeMesh(float strength, bool byFacing) override {
         Pass([&](StrokeInputListener& one) { one.OnWholeMesh(strength, byFacing); });
     }
-    void OnPutBack() override {
-        Pass([](StrokeInputListener& one) { one.OnPutBack(); });
+    void OnReverted() override {
+        Pass([](StrokeInputListener& one) { one.OnReverted(); });
     }
     void OnStrokeEnded(bool brokenOff) override {
         Pass([&](StrokeInputListener& one) { one.OnStrokeEnded(brokenOff); });

@@ -38,8 +38,8 @@ LayerEdit::LayerEdit(LevelGeometry& ofGeometry, uint32_t ofLevel, Reach ofReach)
     if (const SculptLayer* active = mesh.ActiveLayer()) activeBefore = active->Handle();
     if (reach == Reach::Properties) return;
     for (const auto& layer : layers) statesBefore.push_back(StatesOf(*layer));
-    LayerGround& ground = geometry.Layers().Ground(mesh);
-    knotsBefore = ground.Knots();
+    LayerBase& ground = geometry.Layers().LayerBaseOf(mesh);
+    knotsBefore = ground.LayeredVertices();
     ground.Settle(mesh, layers);
 }
 
@@ -48,15 +48,15 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
     step->label = label;
     step->level = level;
     geometry.Layers().SetOfLevel(mesh, layers);
-    LayerGround& ground = geometry.Layers().Ground(mesh);
+    LayerBase& ground = geometry.Layers().LayerBaseOf(mesh);
     if (reach == Reach::Surface)
         TakeVertices(*step, ground.Compose(mesh, layers));
     else if (reach == Reach::HiddenFromSurface)
         ground.Keep(mesh, layers);
     if (reach != Reach::Properties) {
         TakeEntries(*step);
-        step->knots = ground.Otherwise(knotsBefore);
-        step->knots.shrink_to_fit();
+        step->layeredVertices = ground.DifferencesTo(knotsBefore);
+        step->layeredVertices.shrink_to_fit();
     }
     const SculptLayer* active = mesh.ActiveLayer();
     const bool sameActive = (activeBefore == nullptr ? nullptr : *activeBefore) == active;
@@ -64,7 +64,7 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
     step->rows = std::move(rowsBefore);
     if (sameActive && step->vertices.empty() && step->entries.empty() && SameRows(*step)) {
         // Without a step nothing else would restore the layer base.
-        ground.Exchange(step->knots);
+        ground.Exchange(step->layeredVertices);
         return nullptr;
     }
     step->FindKept(LayerStep::RowsOf(geometry, level));
@@ -80,11 +80,12 @@ bool LayerEdit::SameRows(const LayerStep& step) const {
                       layers.begin(),
                       layers.end(),
                       [](const LayerStep::Row& row, const std::shared_ptr<SculptLayer>& layer) {
-                          return row.layer == layer && SameProperties(row.given, layer->Given());
+                          return row.layer == layer &&
+                                 SameProperties(row.given, layer->UserProperties());
                       });
 }
 
-void LayerEdit::TakeVertices(LayerStep& step, const LayerGround::Replaced& replaced) const {
+void LayerEdit::TakeVertices(LayerStep& step, const LayerBase::Replaced& replaced) const {
     for (std::size_t i = 0; i < replaced.vertices.size(); ++i) {
         const uint32_t vertex = replaced.vertices[i];
         const PackedNormal& normal = replaced.normals[i];

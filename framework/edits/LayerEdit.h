@@ -25,13 +25,13 @@ public:
 
     LayerEdit(LevelGeometry& geometry, uint32_t level, Reach reach);
     /// The layers of the level, which may be changed freely, as may their properties and offsets.
-    LayerGround::Layers& Layers() { return layers; }
+    LayerBase::Layers& Layers() { return layers; }
     LevelMesh& Mesh() { return mesh; }
     /// Updates the level. \return the undo step, or null if nothing has changed.
     std::unique_ptr<UndoStep> Finish(const std::string& label);
 
 private:
-    void TakeVertices(LayerStep& step, const LayerGround::Replaced& replaced) const;
+    void TakeVertices(LayerStep& step, const LayerBase::Replaced& replaced) const;
     void TakeEntries(LayerStep& step) const;
     bool SameRows(const LayerStep& step) const;
 
@@ -39,12 +39,12 @@ private:
     uint32_t level;
     LevelMesh& mesh;
     Reach reach;
-    LayerGround::Layers layers;
+    LayerBase::Layers layers;
     std::vector<LayerStep::Row> rowsBefore;
     std::shared_ptr<SculptLayer*> activeBefore;
     /// For each row the states of all slots.
     std::vector<std::vector<SculptLayer::State>> statesBefore;
-    std::vector<LayerGround::Knot> knotsBefore;
+    std::vector<LayerBase::LayeredVertex> knotsBefore;
 };
 
 }  // namespace trovik

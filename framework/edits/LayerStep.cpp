@@ -12,7 +12,7 @@ namespace trovik {
 std::vector<LayerStep::Row> LayerStep::RowsOf(const LevelGeometry& geometry, uint32_t level) {
     std::vector<Row> rows;
     for (const auto& layer : geometry.Layers().OfLevel(*geometry.Level(level)))
-        rows.push_back({layer, layer->Given()});
+        rows.push_back({layer, layer->UserProperties()});
     return rows;
 }
 
@@ -35,9 +35,9 @@ void LayerStep::Apply(LevelGeometry& geometry) {
     assert(mesh.OpenChange() == nullptr && "no undo during a stroke");
 
     std::vector<Row> now = RowsOf(geometry, level);
-    LayerGround::Layers layers;
+    LayerBase::Layers layers;
     for (const Row& row : rows) {
-        row.layer->Give(row.given);
+        row.layer->SetUserProperties(row.given);
         layers.push_back(row.layer);
     }
     geometry.Layers().SetOfLevel(mesh, layers);
@@ -52,7 +52,7 @@ void LayerStep::Apply(LevelGeometry& geometry) {
     for (Entries& list : entries)
         for (std::size_t i = 0; i < list.slots.size(); ++i)
             list.layer->SwapState(list.slots[i], list.states[i]);
-    if (!knots.empty()) geometry.Layers().Ground(mesh).Exchange(knots);
+    if (!layeredVertices.empty()) geometry.Layers().LayerBaseOf(mesh).Exchange(layeredVertices);
 
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const uint32_t vertex = vertices[i];
@@ -68,7 +68,7 @@ uint64_t LayerStep::Bytes() const {
                      entries.capacity() * sizeof(Entries) + vertices.capacity() * sizeof(uint32_t) +
                      positions.capacity() * sizeof(Vector) +
                      normals.capacity() * sizeof(NormalWords) +
-                     knots.capacity() * sizeof(LayerGround::OtherKnot);
+                     layeredVertices.capacity() * sizeof(LayerBase::OtherLayeredVertex);
     for (const Row& row : rows) bytes += row.given.name.capacity();
     for (const Entries& list : entries) {
         bytes += list.slots.capacity() * sizeof(uint32_t) +
@@ -80,7 +80,7 @@ uint64_t LayerStep::Bytes() const {
 
 std::vector<StepArray> LayerStep::Arrays() {
     std::vector<StepArray> arrays = {
-        StepArray(vertices), StepArray(positions), StepArray(normals), StepArray(knots)};
+        StepArray(vertices), StepArray(positions), StepArray(normals), StepArray(layeredVertices)};
     for (Entries& list : entries) {
         arrays.emplace_back(list.slots);
         arrays.emplace_back(list.states);

@@ -46,7 +46,7 @@ private:
     std::vector<NormalWords> normals;
     /// The layer base of the other state. It is stored because it includes rounding from earlier
     /// strokes and cannot be recomputed exactly.
-    std::vector<LayerGround::OtherKnot> knots;
+    std::vector<LayerBase::OtherLayeredVertex> layeredVertices;
     std::vector<std::shared_ptr<SculptLayer>> kept;
 };
 

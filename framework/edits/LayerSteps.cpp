@@ -17,14 +17,14 @@ uint32_t LevelOf(const SculptLayer& layer) { return static_cast<uint32_t>(layer.
 
 std::string Quoted(const SculptLayer& layer) { return "layer \"" + layer.Name() + "\""; }
 
-std::size_t PlaceIn(const LayerGround::Layers& layers, const SculptLayer& layer) {
+std::size_t IndexIn(const LayerBase::Layers& layers, const SculptLayer& layer) {
     const auto found = std::find_if(
         layers.begin(), layers.end(), [&layer](const auto& one) { return one.get() == &layer; });
     assert(found != layers.end() && "the layer is not in the stack");
     return static_cast<std::size_t>(found - layers.begin());
 }
 
-LayerGround::Layers::iterator At(LayerGround::Layers& layers, std::size_t place) {
+LayerBase::Layers::iterator At(LayerBase::Layers& layers, std::size_t place) {
     return layers.begin() + static_cast<std::ptrdiff_t>(place);
 }
 
@@ -48,20 +48,20 @@ std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry, const std::str
 std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, SculptLayer& layer) {
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::Surface);
     if (edit.Mesh().ActiveLayer() == &layer) edit.Mesh().SetActiveLayer(nullptr);
-    edit.Layers().erase(At(edit.Layers(), PlaceIn(edit.Layers(), layer)));
+    edit.Layers().erase(At(edit.Layers(), IndexIn(edit.Layers(), layer)));
     return edit.Finish("Remove Layer");
 }
 
-std::unique_ptr<UndoStep> GiveLayerAsStep(LevelGeometry& geometry,
-                                          SculptLayer& layer,
-                                          const SculptLayer::Properties& properties) {
-    const SculptLayer::Properties before = layer.Given();
+std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(LevelGeometry& geometry,
+                                                   SculptLayer& layer,
+                                                   const SculptLayer::Properties& properties) {
+    const SculptLayer::Properties before = layer.UserProperties();
     const bool showsOtherwise =
         properties.strength != before.strength || properties.visible != before.visible;
     LayerEdit edit(geometry,
                    LevelOf(layer),
                    showsOtherwise ? LayerEdit::Reach::Surface : LayerEdit::Reach::Properties);
-    layer.Give(properties);
+    layer.SetUserProperties(properties);
     const char* label = properties.visible != before.visible     ? "Layer Visibility"
                         : properties.strength != before.strength ? "Layer Strength"
                         : properties.writable != before.writable ? "Layer Lock"
@@ -73,8 +73,8 @@ std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
                                           SculptLayer& layer,
                                           std::size_t place) {
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::Surface);
-    LayerGround::Layers& layers = edit.Layers();
-    const std::size_t from = PlaceIn(layers, layer);
+    LayerBase::Layers& layers = edit.Layers();
+    const std::size_t from = IndexIn(layers, layer);
     const std::shared_ptr<SculptLayer> moved = layers[from];
     layers.erase(At(layers, from));
     layers.insert(At(layers, std::min(place, layers.size())), moved);
@@ -93,26 +93,26 @@ std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
                                                const std::string& name) {
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::Surface);
     auto copy = std::make_shared<SculptLayer>(&edit.Mesh(), name);
-    SculptLayer::Properties given = layer.Given();
+    SculptLayer::Properties given = layer.UserProperties();
     given.name = name;
-    copy->Give(given);
+    copy->SetUserProperties(given);
     for (uint32_t slot = 0; slot < layer.SlotCount(); ++slot) {
         SetOffset(*copy, copy->SlotOf(layer.VertexOfSlot(slot)), layer.StateOfSlot(slot).offset);
     }
-    edit.Layers().insert(At(edit.Layers(), PlaceIn(edit.Layers(), layer) + 1), copy);
+    edit.Layers().insert(At(edit.Layers(), IndexIn(edit.Layers(), layer) + 1), copy);
     edit.Mesh().SetActiveLayer(copy.get());
     return edit.Finish("Duplicate Layer");
 }
 
 std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry, SculptLayer& layer) {
-    LayerGround::Layers present = geometry.Layers().OfLevel(*layer.Level());
-    const std::size_t place = PlaceIn(present, layer);
+    LayerBase::Layers present = geometry.Layers().OfLevel(*layer.Level());
+    const std::size_t place = IndexIn(present, layer);
     if (place == 0) throw HostError(Quoted(layer) + " has no layer below it to merge into");
     SculptLayer& below = *present[place - 1];
     for (const SculptLayer* one : {&layer, &below}) {
-        if (!one->Given().visible)
+        if (!one->UserProperties().visible)
             throw HostError(Quoted(*one) + " is hidden and cannot be merged");
-        if (!one->Given().writable)
+        if (!one->UserProperties().writable)
             throw HostError(Quoted(*one) + " is locked and cannot be merged");
     }
 
@@ -126,16 +126,17 @@ std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry, SculptLa
                   below.StateOfSlot(target).offset +
                       Scaled(layer.Strength(), layer.StateOfSlot(slot).offset));
     }
-    SculptLayer::Properties given = below.Given();
+    SculptLayer::Properties given = below.UserProperties();
     given.strength = 1.0f;
-    below.Give(given);
+    below.SetUserProperties(given);
     if (edit.Mesh().ActiveLayer() == &layer) edit.Mesh().SetActiveLayer(&below);
     edit.Layers().erase(At(edit.Layers(), place));
     return edit.Finish("Merge Layer");
 }
 
 std::unique_ptr<UndoStep> EraseLayerByFreezeAsStep(LevelGeometry& geometry, SculptLayer& layer) {
-    if (!layer.Given().writable) throw HostError(Quoted(layer) + " is locked and cannot be erased");
+    if (!layer.UserProperties().writable)
+        throw HostError(Quoted(layer) + " is locked and cannot be erased");
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::Surface);
     constexpr float fullAmount = freezeAmountMask;
     for (uint32_t slot = 0; slot < layer.SlotCount(); ++slot) {

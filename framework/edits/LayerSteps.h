@@ -19,9 +19,8 @@ TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
 /// afterwards.
 TROVIK_API std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, SculptLayer& layer);
 /// Changes name, strength (any finite number), visibility and write lock at once.
-TROVIK_API std::unique_ptr<UndoStep> GiveLayerAsStep(LevelGeometry& geometry,
-                                                     SculptLayer& layer,
-                                                     const SculptLayer::Properties& properties);
+TROVIK_API std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(
+    LevelGeometry& geometry, SculptLayer& layer, const SculptLayer::Properties& properties);
 /// Moves the layer to index `place` of its level, 0 being the lowest; larger indices mean the
 /// highest.
 TROVIK_API std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,

@@ -23,7 +23,7 @@ const StoredVertexInfo& RecordOf(LevelMesh& level,
 
 std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
     SculptLayer* layer = level.ActiveLayer();
-    if (layer != nullptr && (!layer->Writable() || layer->PresentStrength() == 0.0f))
+    if (layer != nullptr && (!layer->Writable() || layer->EffectiveStrength() == 0.0f))
         layer = nullptr;
     std::vector<uint32_t> vertices;
     vertices.reserve(moves.size());
@@ -37,7 +37,7 @@ std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
         const uint32_t slot = layer == nullptr ? SculptLayer::noSlot : layer->FindSlot(vertex);
         if (slot != SculptLayer::noSlot) {
             const Vector move = place - level.Position(vertex);
-            const float share = 1.0f / layer->PresentStrength();
+            const float share = 1.0f / layer->EffectiveStrength();
             const Vector offset = layer->Offset(vertex) + move * share;
             layer->set(nullptr, slot, vertex, &offset, true);
         }

@@ -33,34 +33,34 @@ Vector Mean(const Vector& a, const Vector& b, int axis) {
 
 /// The records of a change, indexed by the original positions of their vertices. Zeros of both
 /// signs count as equal.
-class RecordsByPlace {
+class RecordsByPosition {
 public:
-    explicit RecordsByPlace(const Store<StoredVertexInfo>& changed)
+    explicit RecordsByPosition(const Store<StoredVertexInfo>& changed)
         : records(changed), slots(std::bit_ceil(std::size_t{2} * changed.fill + 1), none) {
         for (uint32_t i = 0; i < records.fill; ++i) {
-            std::size_t slot = SlotOf(PlaceOf(i));
+            std::size_t slot = SlotOf(OriginalPosition(i));
             // Of several vertices at one position only the first is stored and has a twin.
             if (slots[slot] == none) slots[slot] = i;
         }
     }
 
-    Vector PlaceOf(uint32_t record) const {
+    Vector OriginalPosition(uint32_t record) const {
         const float* p = records.array[record].originalPosition;
         return {p[0], p[1], p[2]};
     }
     /// The record whose original position was the mirror image of this one's, if each is the
     /// other's twin; otherwise `none`.
     uint32_t TwinOf(uint32_t record, int axis) const {
-        const uint32_t twin = slots[SlotOf(Mirrored(PlaceOf(record), axis))];
+        const uint32_t twin = slots[SlotOf(Mirrored(OriginalPosition(record), axis))];
         if (twin == none) return none;
-        return slots[SlotOf(Mirrored(PlaceOf(twin), axis))] == record ? twin : none;
+        return slots[SlotOf(Mirrored(OriginalPosition(twin), axis))] == record ? twin : none;
     }
 
 private:
     /// The slot that contains or would contain a record of this position.
     std::size_t SlotOf(const Vector& place) const {
         std::size_t slot = Hash(place) & (slots.size() - 1);
-        while (slots[slot] != none && PlaceOf(slots[slot]) != place)
+        while (slots[slot] != none && OriginalPosition(slots[slot]) != place)
             slot = (slot + 1) & (slots.size() - 1);
         return slot;
     }
@@ -86,7 +86,7 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
                                      const std::vector<int>& axes) {
     const Store<StoredVertexInfo>& records = change.Records();
     if (records.fill == 0 || axes.empty()) return {};
-    const RecordsByPlace byPlace(records);
+    const RecordsByPosition byPosition(records);
     const uint32_t count = records.fill;
     std::vector<Vector> places(count);
     for (uint32_t i = 0; i < count; ++i) places[i] = level.Position(records.array[i].vertexIndex);
@@ -94,7 +94,7 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
     // this plane, which receive the mirrored mean.
     for (const int axis : axes) {
         for (uint32_t i = 0; i < count; ++i) {
-            const uint32_t twin = byPlace.TwinOf(i, axis);
+            const uint32_t twin = byPosition.TwinOf(i, axis);
             if (twin == none || twin < i) continue;
             if (places[i] == Mirrored(places[twin], axis)) continue;
             const uint32_t vertex = records.array[i].vertexIndex;

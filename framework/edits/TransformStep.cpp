@@ -8,12 +8,12 @@ namespace {
 
 class TransformStep : public UndoStep {
 public:
-    explicit TransformStep(const Placement& placementBefore) : other(placementBefore) {
+    explicit TransformStep(const MatrixTransform& transformBefore) : other(transformBefore) {
         label = "Transform";
     }
 
     void Apply(LevelGeometry& geometry) override {
-        const Placement present = geometry.Place();
+        const MatrixTransform present = geometry.Place();
         geometry.Place() = other;
         other = present;
     }
@@ -21,10 +21,10 @@ public:
     uint64_t Bytes() const override { return sizeof(TransformStep) + label.capacity(); }
 
 private:
-    Placement other;
+    MatrixTransform other;
 };
 
-bool Same(const Placement& a, const Placement& b) {
+bool Same(const MatrixTransform& a, const MatrixTransform& b) {
     Vector scaleA;
     Vector scaleB;
     a.Scale(&scaleA);
@@ -36,9 +36,9 @@ bool Same(const Placement& a, const Placement& b) {
 }  // namespace
 
 std::unique_ptr<UndoStep> MakeTransformStep(const LevelGeometry& geometry,
-                                            const Placement& placementBefore) {
-    if (Same(geometry.Place(), placementBefore)) return nullptr;
-    return std::make_unique<TransformStep>(placementBefore);
+                                            const MatrixTransform& transformBefore) {
+    if (Same(geometry.Place(), transformBefore)) return nullptr;
+    return std::make_unique<TransformStep>(transformBefore);
 }
 
 }  // namespace trovik

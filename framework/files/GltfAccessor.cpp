@@ -16,7 +16,7 @@ struct GltfAccessors::Span {
 
 namespace {
 
-constexpr std::size_t mostComponents = 4;
+constexpr std::size_t maxComponents = 4;
 
 template <class Number>
 Number Load(const unsigned char* bytes) {
@@ -113,12 +113,12 @@ GltfAccessors::Span GltfAccessors::Bytes(int view,
                                          std::size_t elementBytes,
                                          bool isStrided,
                                          const std::string& what,
-                                         const GltfPlace& place) const {
+                                         const GltfLocation& location) const {
     const tinygltf::Model& model = document.Model();
     const tinygltf::BufferView& from =
-        model.bufferViews[place.Checked(view, model.bufferViews.size(), "buffer view")];
+        model.bufferViews[location.Checked(view, model.bufferViews.size(), "buffer view")];
     const std::vector<unsigned char>& buffer =
-        model.buffers[place.Checked(from.buffer, model.buffers.size(), "buffer")].data;
+        model.buffers[location.Checked(from.buffer, model.buffers.size(), "buffer")].data;
     const std::size_t stride = isStrided && from.byteStride != 0 ? from.byteStride : elementBytes;
     const bool viewFits =
         from.byteOffset <= buffer.size() && from.byteLength <= buffer.size() - from.byteOffset;
@@ -128,8 +128,8 @@ GltfAccessors::Span GltfAccessors::Bytes(int view,
         (count == 0 || (elementBytes <= from.byteLength - offset &&
                         count - 1 <= (from.byteLength - offset - elementBytes) / stride));
     if (!fits) {
-        place.Refuse(what + ": its " + std::to_string(count) +
-                     " elements reach beyond buffer view " + std::to_string(view));
+        location.Refuse(what + ": its " + std::to_string(count) +
+                        " elements reach beyond buffer view " + std::to_string(view));
     }
     return {buffer.data() + from.byteOffset + offset, stride};
 }
@@ -137,32 +137,32 @@ GltfAccessors::Span GltfAccessors::Bytes(int view,
 void GltfAccessors::ReadNumbers(int number,
                                 std::size_t components,
                                 std::optional<std::size_t> length,
-                                const GltfPlace& place,
+                                const GltfLocation& location,
                                 const Append& append,
                                 const Replace& replace) const {
     const tinygltf::Model& model = document.Model();
     const tinygltf::Accessor& accessor =
-        model.accessors[place.Checked(number, model.accessors.size(), "accessor")];
+        model.accessors[location.Checked(number, model.accessors.size(), "accessor")];
     const std::string what = Named(number);
     const std::size_t componentBytes = BytesOf(accessor.componentType);
     if (componentBytes == 0 || ComponentsOf(accessor.type) != components) {
-        place.Refuse(what + " has no vectors of " + std::to_string(components) + " numbers");
+        location.Refuse(what + " has no vectors of " + std::to_string(components) + " numbers");
     }
     if (length && accessor.count != *length) {
-        place.Refuse(what + " has " + std::to_string(accessor.count) + " elements instead of " +
-                     std::to_string(*length));
+        location.Refuse(what + " has " + std::to_string(accessor.count) + " elements instead of " +
+                        std::to_string(*length));
     }
     if (!length && accessor.bufferView < 0) {
-        place.Refuse(what + " has no buffer view");
+        location.Refuse(what + " has no buffer view");
     }
     const std::size_t elementBytes = components * componentBytes;
-    std::array<float, mostComponents> values = {};
+    std::array<float, maxComponents> values = {};
     const auto load = [&](const unsigned char* bytes) {
         for (std::size_t i = 0; i < components; ++i) {
             values[i] =
                 LoadFloat(accessor.componentType, accessor.normalized, bytes + i * componentBytes);
             if (!std::isfinite(values[i])) {
-                place.Refuse(what + " has a number that is not finite");
+                location.Refuse(what + " has a number that is not finite");
             }
         }
     };
@@ -174,7 +174,7 @@ void GltfAccessors::ReadNumbers(int number,
                      elementBytes,
                      true,
                      what,
-                     place);
+                     location);
     }
     for (std::size_t entry = 0; entry < accessor.count; ++entry) {
         if (span.first != nullptr) {
@@ -187,7 +187,7 @@ void GltfAccessors::ReadNumbers(int number,
     }
     if (accessor.sparse.count < 0 || !IsIndexType(accessor.sparse.indices.componentType) ||
         accessor.sparse.indices.byteOffset < 0 || accessor.sparse.values.byteOffset < 0) {
-        place.Refuse(what + ": its sparse part is damaged");
+        location.Refuse(what + ": its sparse part is damaged");
     }
     const auto count = static_cast<std::size_t>(accessor.sparse.count);
     const int indexType = accessor.sparse.indices.componentType;
@@ -197,19 +197,19 @@ void GltfAccessors::ReadNumbers(int number,
                                BytesOf(indexType),
                                false,
                                what + ", sparse indices",
-                               place);
+                               location);
     const Span changes = Bytes(accessor.sparse.values.bufferView,
                                static_cast<std::size_t>(accessor.sparse.values.byteOffset),
                                count,
                                elementBytes,
                                false,
                                what + ", sparse values",
-                               place);
+                               location);
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t entry = LoadIndex(indexType, indices.first + i * indices.stride);
         if (entry >= accessor.count) {
-            place.Refuse(what + ": its sparse part refers to element " + std::to_string(entry) +
-                         " of " + std::to_string(accessor.count));
+            location.Refuse(what + ": its sparse part refers to element " + std::to_string(entry) +
+                            " of " + std::to_string(accessor.count));
         }
         load(changes.first + i * changes.stride);
         replace(entry, values.data());
@@ -218,16 +218,16 @@ void GltfAccessors::ReadNumbers(int number,
 
 std::vector<std::array<float, 4>> GltfAccessors::ReadColors(int accessor,
                                                             std::size_t length,
-                                                            const GltfPlace& place,
+                                                            const GltfLocation& location,
                                                             bool& hasAlpha) const {
     const tinygltf::Model& model = document.Model();
-    const std::size_t index = place.Checked(accessor, model.accessors.size(), "accessor");
+    const std::size_t index = location.Checked(accessor, model.accessors.size(), "accessor");
     if (ComponentsOf(model.accessors[index].type) == 4) {
         hasAlpha = true;
-        return Read<4>(accessor, length, place);
+        return Read<4>(accessor, length, location);
     }
     std::vector<std::array<float, 4>> colors;
-    for (const std::array<float, 3>& color : Read<3>(accessor, length, place)) {
+    for (const std::array<float, 3>& color : Read<3>(accessor, length, location)) {
         colors.push_back({color[0], color[1], color[2], 1.0f});
     }
     return colors;
@@ -235,14 +235,14 @@ std::vector<std::array<float, 4>> GltfAccessors::ReadColors(int accessor,
 
 std::vector<std::uint32_t> GltfAccessors::ReadIndices(int number,
                                                       std::size_t limit,
-                                                      const GltfPlace& place) const {
+                                                      const GltfLocation& location) const {
     const tinygltf::Model& model = document.Model();
     const tinygltf::Accessor& accessor =
-        model.accessors[place.Checked(number, model.accessors.size(), "accessor")];
+        model.accessors[location.Checked(number, model.accessors.size(), "accessor")];
     const std::string what = Named(number);
     if (!IsIndexType(accessor.componentType) || ComponentsOf(accessor.type) != 1 ||
         accessor.sparse.isSparse || accessor.bufferView < 0) {
-        place.Refuse(what + " is not a list of whole numbers");
+        location.Refuse(what + " is not a list of whole numbers");
     }
     const Span span = Bytes(accessor.bufferView,
                             accessor.byteOffset,
@@ -250,14 +250,14 @@ std::vector<std::uint32_t> GltfAccessors::ReadIndices(int number,
                             BytesOf(accessor.componentType),
                             true,
                             what,
-                            place);
+                            location);
     std::vector<std::uint32_t> indices;
     indices.reserve(accessor.count);
     for (std::size_t i = 0; i < accessor.count; ++i) {
         indices.push_back(LoadIndex(accessor.componentType, span.first + i * span.stride));
         if (indices.back() >= limit) {
-            place.Refuse(what + " refers to vertex " + std::to_string(indices.back()) + " of " +
-                         std::to_string(limit));
+            location.Refuse(what + " refers to vertex " + std::to_string(indices.back()) + " of " +
+                            std::to_string(limit));
         }
     }
     return indices;

@@ -27,13 +27,13 @@ public:
     template <std::size_t count>
     std::vector<std::array<float, count>> Read(int accessor,
                                                std::optional<std::size_t> length,
-                                               const GltfPlace& place) const {
+                                               const GltfLocation& location) const {
         std::vector<std::array<float, count>> list;
         ReadNumbers(
             accessor,
             count,
             length,
-            place,
+            location,
             [&list](const float* numbers) {
                 list.emplace_back();
                 std::copy(numbers, numbers + count, list.back().begin());
@@ -48,13 +48,13 @@ public:
     /// \param hasAlpha  set to true if there are four numbers.
     std::vector<std::array<float, 4>> ReadColors(int accessor,
                                                  std::size_t length,
-                                                 const GltfPlace& place,
+                                                 const GltfLocation& location,
                                                  bool& hasAlpha) const;
 
     /// Reads integers below `limit`.
     std::vector<std::uint32_t> ReadIndices(int accessor,
                                            std::size_t limit,
-                                           const GltfPlace& place) const;
+                                           const GltfLocation& location) const;
 
 private:
     struct Span;
@@ -64,7 +64,7 @@ private:
     void ReadNumbers(int accessor,
                      std::size_t components,
                      std::optional<std::size_t> length,
-                     const GltfPlace& place,
+                     const GltfLocation& location,
                      const Append& append,
                      const Replace& replace) const;
     Span Bytes(int view,
@@ -73,7 +73,7 @@ private:
                std::size_t elementBytes,
                bool isStrided,
                const std::string& what,
-               const GltfPlace& place) const;
+               const GltfLocation& location) const;
 
     const GltfDocument& document;
 };

@@ -47,16 +47,16 @@ std::string Shown(const std::string& name) {
 }
 
 /// Reads the first `wanted` bytes of a file in the folder of the document or a subfolder.
-Bytes ReadBesides(const std::string& document,
-                  const std::string& name,
-                  std::uint64_t wanted,
-                  const std::string& place,
-                  JobControl* job) {
+Bytes ReadExternalFile(const std::string& document,
+                       const std::string& name,
+                       std::uint64_t wanted,
+                       const std::string& location,
+                       JobControl* job) {
     if (name.find('\0') != std::string::npos) {
-        throw HostError(place + Shown(name) + " is not the name of a file");
+        throw HostError(location + Shown(name) + " is not the name of a file");
     }
     const auto refuseOutside = [&] {
-        throw HostError(place + Shown(name) +
+        throw HostError(location + Shown(name) +
                         " is outside the folder of the file; only files in that folder and its "
                         "subfolders are read");
     };
@@ -69,7 +69,7 @@ Bytes ReadBesides(const std::string& document,
         std::error_code failed;
         fs::path resolved = fs::canonical(path, failed);
         if (failed) {
-            throw HostError(place + Shown(name) + ": " + failed.message());
+            throw HostError(location + Shown(name) + ": " + failed.message());
         }
         return resolved;
     };
@@ -96,18 +96,18 @@ Bytes ReadBesides(const std::string& document,
     } catch (const HostError& refused) {
         reason = refused.what();
     }
-    throw HostError(place + reason);
+    throw HostError(location + reason);
 }
 
-Bytes ReadDataUri(const std::string& uri, std::uint64_t wanted, const std::string& place) {
+Bytes ReadDataUri(const std::string& uri, std::uint64_t wanted, const std::string& location) {
     Bytes bytes;
     std::string kind;
     if (!tinygltf::DecodeDataURI(&bytes, kind, uri, 0, false)) {
-        throw HostError(place + "its data URI " + Shown(uri.substr(0, 40)) +
+        throw HostError(location + "its data URI " + Shown(uri.substr(0, 40)) +
                         " cannot be decoded or is empty");
     }
     if (bytes.size() < wanted) {
-        throw HostError(place + "its data URI has " + std::to_string(bytes.size()) +
+        throw HostError(location + "its data URI has " + std::to_string(bytes.size()) +
                         " bytes, fewer than its byteLength of " + std::to_string(wanted));
     }
     bytes.resize(static_cast<std::size_t>(wanted));
@@ -132,10 +132,10 @@ GltfBuffers::GltfBuffers(const std::string& path, std::string_view text, JobCont
         }
         const std::string uri = std::move(buffer["uri"].get_ref<std::string&>());
         const auto wanted = buffer["byteLength"].get<std::uint64_t>();
-        const std::string place = path + ": buffer " + std::to_string(number) + ": ";
+        const std::string location = path + ": buffer " + std::to_string(number) + ": ";
         contents[number] = uri.starts_with("data:")
-                               ? ReadDataUri(uri, wanted, place)
-                               : ReadBesides(path, Decoded(uri), wanted, place, job);
+                               ? ReadDataUri(uri, wanted, location)
+                               : ReadExternalFile(path, Decoded(uri), wanted, location, job);
         buffer["uri"] = "data:application/octet-stream;base64,AA==";
         buffer["byteLength"] = 1;
     }

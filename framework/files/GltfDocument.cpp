@@ -20,11 +20,11 @@ constexpr int MaxDepth = 64;
 void CheckNesting(std::string_view json, const std::string& path) {
     int depth = 0;
     bool inText = false;
-    for (std::size_t place = 0; place < json.size(); ++place) {
-        const char letter = json[place];
+    for (std::size_t offset = 0; offset < json.size(); ++offset) {
+        const char letter = json[offset];
         if (inText) {
             if (letter == '\\') {
-                ++place;
+                ++offset;
             } else if (letter == '"') {
                 inText = false;
             }
@@ -32,7 +32,7 @@ void CheckNesting(std::string_view json, const std::string& path) {
             inText = true;
         } else if (letter == '[' || letter == '{') {
             if (++depth > MaxDepth) {
-                throw HostError(path + ", byte " + std::to_string(place) +
+                throw HostError(path + ", byte " + std::to_string(offset) +
                                 " of its JSON: nested more than " + std::to_string(MaxDepth) +
                                 " levels deep");
             }
@@ -147,9 +147,11 @@ GltfDocument::GltfDocument(const std::string& filePath, JobControl* job) : path(
     buffers.MoveInto(model);
 }
 
-void GltfPlace::Refuse(const std::string& reason) const { throw HostError(text + ": " + reason); }
+void GltfLocation::Refuse(const std::string& reason) const {
+    throw HostError(text + ": " + reason);
+}
 
-std::size_t GltfPlace::Checked(int number, std::size_t count, const char* what) const {
+std::size_t GltfLocation::Checked(int number, std::size_t count, const char* what) const {
     if (number < 0 || static_cast<std::size_t>(number) >= count) {
         Refuse(std::string("it refers to ") + what + " " + std::to_string(number) +
                ", but there are only " + std::to_string(count));

@@ -27,15 +27,15 @@ private:
 };
 
 /// A part of the file, for messages.
-class GltfPlace {
+class GltfLocation {
 public:
-    GltfPlace(const GltfDocument& document, const char* what, std::size_t number)
+    GltfLocation(const GltfDocument& document, const char* what, std::size_t number)
         : text(document.Path() + ": " + what + " " + std::to_string(number)) {}
-    GltfPlace(const GltfDocument& document,
-              const char* what,
-              std::size_t number,
-              const char* inner,
-              std::size_t innerNumber)
+    GltfLocation(const GltfDocument& document,
+                 const char* what,
+                 std::size_t number,
+                 const char* inner,
+                 std::size_t innerNumber)
         : text(document.Path() + ": " + what + " " + std::to_string(number) + ", " + inner + " " +
                std::to_string(innerNumber)) {}
 

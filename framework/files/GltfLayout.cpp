@@ -19,10 +19,10 @@ bool IsSame(const std::array<float, 2>& a, const std::array<float, 2>& b) {
            std::bit_cast<std::array<std::uint32_t, 2>>(b);
 }
 
-void Widen(GltfBox& box, const std::array<float, 3>& place, bool isFirst) {
+void Widen(GltfBox& box, const std::array<float, 3>& position, bool isFirst) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
-        box.low[axis] = isFirst ? place[axis] : std::min(box.low[axis], place[axis]);
-        box.high[axis] = isFirst ? place[axis] : std::max(box.high[axis], place[axis]);
+        box.low[axis] = isFirst ? position[axis] : std::min(box.low[axis], position[axis]);
+        box.high[axis] = isFirst ? position[axis] : std::max(box.high[axis], position[axis]);
     }
 }
 

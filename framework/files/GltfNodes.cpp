@@ -26,7 +26,7 @@ std::vector<std::size_t> RootsOf(const GltfDocument& document) {
                             " is to be shown, but there are only " +
                             std::to_string(model.scenes.size()));
         }
-        const GltfPlace place(document, "scene", number);
+        const GltfLocation place(document, "scene", number);
         for (const int node : model.scenes[number].nodes) {
             roots.push_back(place.Checked(node, model.nodes.size(), "node"));
         }
@@ -34,7 +34,7 @@ std::vector<std::size_t> RootsOf(const GltfDocument& document) {
     }
     std::vector<bool> isChild(model.nodes.size(), false);
     for (std::size_t number = 0; number < model.nodes.size(); ++number) {
-        const GltfPlace place(document, "node", number);
+        const GltfLocation place(document, "node", number);
         for (const int child : model.nodes[number].children) {
             isChild[place.Checked(child, model.nodes.size(), "node")] = true;
         }
@@ -67,7 +67,7 @@ std::vector<GltfShownMesh> FindShownMeshes(const GltfDocument& document) {
     while (!open.empty()) {
         const Visit visit = open.back();
         open.pop_back();
-        const GltfPlace place(document, "node", visit.node);
+        const GltfLocation place(document, "node", visit.node);
         if (seen[visit.node]) {
             place.Refuse("it has several parents, or is its own ancestor");
         }

@@ -30,10 +30,10 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
                                            bool isStrip,
                                            bool isFan,
                                            std::size_t vertexCount,
-                                           const GltfPlace& place) {
+                                           const GltfLocation& location) {
     std::vector<std::uint32_t> order;
     if (indexAccessor >= 0) {
-        order = accessors.ReadIndices(indexAccessor, vertexCount, place);
+        order = accessors.ReadIndices(indexAccessor, vertexCount, location);
     } else {
         order.resize(vertexCount);
         for (std::size_t vertex = 0; vertex < vertexCount; ++vertex) {
@@ -42,8 +42,8 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
     }
     if (!isStrip && !isFan) {
         if (order.size() % 3 != 0) {
-            place.Refuse("its " + std::to_string(order.size()) +
-                         " corners are no whole number of triangles");
+            location.Refuse("its " + std::to_string(order.size()) +
+                            " corners are no whole number of triangles");
         }
         return order;
     }
@@ -128,11 +128,11 @@ private:
         const std::string name = node != nullptr && !node->name.empty() ? node->name : part.name;
         const std::size_t before = mesh.faceSizes.size();
         for (std::size_t index = 0; index < part.primitives.size(); ++index) {
-            const GltfPlace place(document, "mesh", number, "primitive", index);
+            const GltfLocation location(document, "mesh", number, "primitive", index);
             const std::vector<double>& weights =
                 node != nullptr && !node->weights.empty() ? node->weights : part.weights;
             const tinygltf::Primitive& primitive = part.primitives[index];
-            AddPrimitive(primitive, weights, transform, place);
+            AddPrimitive(primitive, weights, transform, location);
             EndPart(name, primitive);
         }
         shownMeshes += std::size_t{mesh.faceSizes.size() > before};
@@ -155,7 +155,7 @@ private:
     void AddPrimitive(const tinygltf::Primitive& primitive,
                       const std::vector<double>& weights,
                       const GltfTransform& transform,
-                      const GltfPlace& place) {
+                      const GltfLocation& location) {
         constexpr int Triangles = 4;
         constexpr int Strip = 5;
         constexpr int Fan = 6;
@@ -169,16 +169,16 @@ private:
                              vertices.primitive->attributes == primitive.attributes &&
                              vertices.primitive->targets == primitive.targets;
         if (!isKnown) {
-            vertices = ReadVertices(primitive, weights, transform, place);
+            vertices = ReadVertices(primitive, weights, transform, location);
         }
         const std::vector<std::uint32_t> corners = TriangleCorners(accessors,
                                                                    primitive.indices,
                                                                    mode == Strip,
                                                                    mode == Fan,
                                                                    vertices.numbers.size(),
-                                                                   place);
+                                                                   location);
         AddTriangles(corners, Determinant(transform) < 0.0);
-        AddMaterial(primitive.material, place);
+        AddMaterial(primitive.material, location);
     }
 
     /// The vertices of a primitive.
@@ -194,31 +194,31 @@ private:
     Vertices ReadVertices(const tinygltf::Primitive& primitive,
                           const std::vector<double>& weights,
                           const GltfTransform& transform,
-                          const GltfPlace& place) {
+                          const GltfLocation& location) {
         const auto accessor = [&primitive](const char* name) -> std::optional<int> {
             const auto found = primitive.attributes.find(name);
             return found == primitive.attributes.end() ? std::nullopt
                                                        : std::optional<int>(found->second);
         };
         const std::vector<std::array<float, 3>> positions =
-            ReadPositions(primitive, weights, place);
+            ReadPositions(primitive, weights, location);
         const std::size_t count = positions.size();
         const double sign = Determinant(transform) < 0.0 ? -1.0 : 1.0;
         std::vector<std::array<float, 3>> normals;
         if (const auto normal = accessor("NORMAL")) {
-            normals = accessors.Read<3>(*normal, count, place);
+            normals = accessors.Read<3>(*normal, count, location);
         }
         std::vector<std::array<float, 2>> uvs;
         if (const auto uv = accessor("TEXCOORD_0")) {
-            uvs = accessors.Read<2>(*uv, count, place);
+            uvs = accessors.Read<2>(*uv, count, location);
         }
         std::vector<std::array<float, 4>> colors;
         if (const auto color = accessor("COLOR_0")) {
-            colors = accessors.ReadColors(*color, count, place, mesh.attributes.hasAlpha);
+            colors = accessors.ReadColors(*color, count, location, mesh.attributes.hasAlpha);
         }
         Vertices read;
         read.primitive = &primitive;
-        read.numbers = AddVertices(positions, transform, place);
+        read.numbers = AddVertices(positions, transform, location);
         AddNormals(read.numbers, normals, transform, sign);
         AddColors(read.numbers, colors);
         if (!uvs.empty()) {
@@ -235,13 +235,13 @@ private:
     /// Reads the positions with morph targets applied.
     std::vector<std::array<float, 3>> ReadPositions(const tinygltf::Primitive& primitive,
                                                     const std::vector<double>& weights,
-                                                    const GltfPlace& place) const {
+                                                    const GltfLocation& location) const {
         const auto position = primitive.attributes.find("POSITION");
         if (position == primitive.attributes.end()) {
-            place.Refuse("it has no attribute POSITION");
+            location.Refuse("it has no attribute POSITION");
         }
         std::vector<std::array<float, 3>> positions =
-            accessors.Read<3>(position->second, std::nullopt, place);
+            accessors.Read<3>(position->second, std::nullopt, location);
         for (std::size_t target = 0; target < primitive.targets.size() && target < weights.size();
              ++target) {
             const auto offsets = primitive.targets[target].find("POSITION");
@@ -249,7 +249,7 @@ private:
                 continue;
             }
             const auto weight = static_cast<float>(weights[target]);
-            const auto moves = accessors.Read<3>(offsets->second, positions.size(), place);
+            const auto moves = accessors.Read<3>(offsets->second, positions.size(), location);
             for (std::size_t vertex = 0; vertex < positions.size(); ++vertex) {
                 for (std::size_t axis = 0; axis < 3; ++axis) {
                     positions[vertex][axis] += weight * moves[vertex][axis];
@@ -262,7 +262,7 @@ private:
     /// Adds the vertices of the file and returns their numbers in the mesh.
     std::vector<std::uint32_t> AddVertices(const std::vector<std::array<float, 3>>& positions,
                                            const GltfTransform& transform,
-                                           const GltfPlace& place) {
+                                           const GltfLocation& location) {
         std::vector<std::uint32_t> numbers;
         numbers.reserve(positions.size());
         JobPhase phase(job, "Joining vertices", positions.size());
@@ -270,7 +270,7 @@ private:
             phase.Add();
             const std::array<float, 3> moved = Moved(transform, position);
             if (mesh.positions.size() >= SurfaceAttributes::none - 1) {
-                place.Refuse("the file has more vertices than a 32-bit index can address");
+                location.Refuse("the file has more vertices than a 32-bit index can address");
             }
             const auto [number, isNew] =
                 weld.Number(moved, static_cast<std::uint32_t>(mesh.positions.size()));
@@ -345,10 +345,11 @@ private:
         phase.Finish();
     }
 
-    void AddMaterial(int material, const GltfPlace& place) {
+    void AddMaterial(int material, const GltfLocation& location) {
         std::uint32_t number = SurfaceAttributes::none;
         if (material >= 0) {
-            const std::size_t index = place.Checked(material, model.materials.size(), "material");
+            const std::size_t index =
+                location.Checked(material, model.materials.size(), "material");
             const std::string& name = model.materials[index].name;
             std::vector<std::string>& names = mesh.attributes.materialNames;
             const std::string shown = name.empty() ? "material " + std::to_string(index) : name;

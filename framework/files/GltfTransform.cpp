@@ -62,19 +62,19 @@ std::array<float, 3> Turned(const GltfTransform& m, double sign, const std::arra
             static_cast<float>(turned[2] * factor)};
 }
 
-GltfTransform LocalTransform(const tinygltf::Node& node, const GltfPlace& place) {
+GltfTransform LocalTransform(const tinygltf::Node& node, const GltfLocation& location) {
     GltfTransform m = gltfIdentity;
     if (!node.matrix.empty()) {
         if (node.matrix.size() != 16) {
-            place.Refuse("its matrix has " + std::to_string(node.matrix.size()) + " numbers");
+            location.Refuse("its matrix has " + std::to_string(node.matrix.size()) + " numbers");
         }
         std::copy(node.matrix.begin(), node.matrix.end(), m.begin());
     } else {
         const auto part =
-            [&place](const std::vector<double>& numbers, std::size_t count, const char* what) {
+            [&location](const std::vector<double>& numbers, std::size_t count, const char* what) {
                 if (!numbers.empty() && numbers.size() != count) {
-                    place.Refuse(std::string("its ") + what + " has " +
-                                 std::to_string(numbers.size()) + " numbers");
+                    location.Refuse(std::string("its ") + what + " has " +
+                                    std::to_string(numbers.size()) + " numbers");
                 }
                 return !numbers.empty();
             };
@@ -112,7 +112,7 @@ GltfTransform LocalTransform(const tinygltf::Node& node, const GltfPlace& place)
         }
     }
     if (!std::all_of(m.begin(), m.end(), [](double number) { return std::isfinite(number); })) {
-        place.Refuse("its transformation is not finite");
+        location.Refuse("its transformation is not finite");
     }
     return m;
 }

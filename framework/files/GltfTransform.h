@@ -23,6 +23,6 @@ std::array<float, 3> Turned(const GltfTransform& m, double sign, const std::arra
 
 /// Returns the transform of a node relative to its parent.
 /// \throw HostError if it is not finite.
-GltfTransform LocalTransform(const tinygltf::Node& node, const GltfPlace& place);
+GltfTransform LocalTransform(const tinygltf::Node& node, const GltfLocation& location);
 
 }  // namespace trovik

@@ -118,9 +118,10 @@ void WriteUvs(OutputFile& file, const MeshSource& source, JobControl* job) {
 }  // namespace
 
 void WriteUsd(const std::string& path, const MeshSource& source, JobControl* job) {
-    constexpr std::uint64_t Most = std::numeric_limits<std::int32_t>::max();
-    if (source.VertexCount() > Most || source.FaceCount() > Most || source.UvCount() >= Most) {
-        throw HostError(path + ": the mesh has more than " + std::to_string(Most) +
+    constexpr std::uint64_t MaxCount = std::numeric_limits<std::int32_t>::max();
+    if (source.VertexCount() > MaxCount || source.FaceCount() > MaxCount ||
+        source.UvCount() >= MaxCount) {
+        throw HostError(path + ": the mesh has more than " + std::to_string(MaxCount) +
                         " vertices, faces or texture coordinates, the limit of a USD file");
     }
     OutputFile file(path);

@@ -47,9 +47,9 @@ std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& shares, float amo
     return amounts;
 }
 
-std::vector<uint8_t> FreezeBetween(const std::vector<uint8_t>& from,
-                                   const std::vector<uint8_t>& to,
-                                   float amount) {
+std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& from,
+                                        const std::vector<uint8_t>& to,
+                                        float amount) {
     assert(from.size() == to.size());
     const float share = Limited(amount);
     std::vector<uint8_t> between(from.size());

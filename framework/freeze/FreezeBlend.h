@@ -33,9 +33,9 @@ TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
 TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& shares, float amount);
 
 /// Linear interpolation from `from` to `to` by `amount` (0 to 1), rounded to the nearest.
-TROVIK_API std::vector<uint8_t> FreezeBetween(const std::vector<uint8_t>& from,
-                                              const std::vector<uint8_t>& to,
-                                              float amount);
+TROVIK_API std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& from,
+                                                   const std::vector<uint8_t>& to,
+                                                   float amount);
 
 /// Blends freeze amounts, one for each vertex, into the mask of the level and returns the undo
 /// step, not yet pushed; null if no amount changed. Hidden vertices keep their amounts. Cost:

@@ -14,9 +14,9 @@ namespace {
 constexpr float percent = 0.01f;
 
 /// Sums the mask weights of a vertex's neighbours.
-class ShareSum final : public AdjacentVertexEnumerator {
+class WeightSum final : public AdjacentVertexEnumerator {
 public:
-    explicit ShareSum(const FreezeRecords& strokeRecords) : records(strokeRecords) {}
+    explicit WeightSum(const FreezeRecords& strokeRecords) : records(strokeRecords) {}
     void Operator(uint32_t vertex, uint32_t) override {
         sum += records.Share(vertex);
         ++count;
@@ -79,7 +79,7 @@ float FreezeBrush::FacingFactor(uint32_t vertex, const Vector& eye) const {
 }
 
 float FreezeBrush::MeanAround(const FreezeReach& at) const {
-    ShareSum sum(*records);
+    WeightSum sum(*records);
     level->EnumerateAdjacentVertices(&sum, at.vertex, at.face);
     return sum.count == 0 ? records->Share(at.vertex) : sum.sum / static_cast<float>(sum.count);
 }
@@ -94,7 +94,7 @@ void FreezeBrush::ApplyDab(const SurfacePoint& hit,
         return;
     const auto reached = VerticesUnderDab(*level, hit.face, hit.position, size);
     // Nothing moved: no box of the pick tree needs to be refitted after this walk.
-    level->ForgetLastWalks();
+    level->ClearLastWalks();
     const bool byFacing = UsesFalloffBasedOnFacingAngle();
     const Vector eye = byFacing ? Eye() : Vector();
     const Matrix toPixels = MaskMatrix(stampMask);
@@ -103,7 +103,7 @@ void FreezeBrush::ApplyDab(const SurfacePoint& hit,
         const uint32_t vertex = reached[i].vertex;
         float weight = FalloffAt(reached[i].distance, size) * (strength * percent);
         if (byFacing) weight *= FacingFactor(vertex, eye);
-        weights[i] = weight * stamp.ShareAt(level->Position(vertex), toPixels);
+        weights[i] = weight * stamp.WeightAt(level->Position(vertex), toPixels);
     }
     Apply(reached, weights, box);
 }
@@ -116,7 +116,7 @@ void FreezeBrush::ApplyToWholeMesh(trovik::Mesh* mesh, float strength, bool byFa
     std::vector<float> weights(level->VertexCount());
     for (uint32_t v = 0; v < level->VertexCount(); ++v) {
         reached[v] = {v, level->LowestFaceOf(v), 0.0f};
-        weights[v] = strength * percent * stamp.ShareAt(level->Position(v), toPixels);
+        weights[v] = strength * percent * stamp.WeightAt(level->Position(v), toPixels);
         if (byFacing) weights[v] *= FacingFactor(v, eye);
     }
     AxisAlignedBoundingBox box;
@@ -142,7 +142,7 @@ void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
     for (std::size_t i = 0; i < reached.size(); ++i) {
         const uint32_t vertex = reached[i].vertex;
         if (!(weights[i] > 0.0f) || level->IsVertexHidden(vertex)) continue;
-        if (!records->SetShare(vertex, shares[i])) continue;
+        if (!records->SetWeight(vertex, shares[i])) continue;
         changed.push_back(vertex);
         box.Extend(toWorld.AffineTransform(level->Position(vertex), 1.0f));
     }
@@ -167,7 +167,7 @@ void FreezeBrush::EndStroke() {
     records.reset();
 }
 
-void FreezeBrush::PutBackStroke() {
+void FreezeBrush::RevertBrushStroke() {
     if (level == nullptr) return;
     for (std::size_t i = 0; i < records->Vertices().size(); ++i)
         level->SetFreeze(records->Vertices()[i], records->AmountsBefore()[i]);

@@ -3,7 +3,7 @@
 
 #include "framework/freeze/FreezeDab.h"
 #include "framework/freeze/FreezeStamp.h"
-#include "framework/strokes/StrokePutBack.h"
+#include "framework/strokes/StrokeRevert.h"
 #include "host/BrushOperation.h"
 
 #include <memory>
@@ -28,7 +28,7 @@ namespace trovik {
 /// At the end of a stroke one undo step, labelled "Freeze", is added to the history of the
 /// geometry. The mask must not be changed otherwise during the stroke. Cost of a dab: O(faces under
 /// it).
-class TROVIK_API FreezeBrush : public BrushOperation, public StrokePutBack {
+class TROVIK_API FreezeBrush : public BrushOperation, public StrokeRevert {
 public:
     FreezeBrush();
     ~FreezeBrush() override;
@@ -45,7 +45,7 @@ public:
     /// Affects every vertex of the mesh, without falloff.
     void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing) override;
     void EndStroke() override;
-    void PutBackStroke() override;
+    void RevertBrushStroke() override;
 
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();

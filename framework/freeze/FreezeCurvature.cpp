@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rings) {
+std::vector<float> ScaledCurvatures(const LevelGeometry& geometry, float size, uint32_t rings) {
     const LevelMesh& level = *geometry.Bound();
     const uint32_t vertices = level.VertexCount();
     const Matrix& toWorld = geometry.Place().ToWorld();
@@ -22,12 +22,12 @@ std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rin
     return MeanCurvatures(level, places, normals, size, rings);
 }
 
-std::vector<float> SharesByCurvature(const LevelGeometry& geometry, const CurvatureRange& range) {
-    std::vector<float> shares = Bends(geometry, range.size, range.rings);
+std::vector<float> WeightsByCurvature(const LevelGeometry& geometry, const CurvatureRange& range) {
+    std::vector<float> shares = ScaledCurvatures(geometry, range.size, range.rings);
     for (float& share : shares) {
         float bend = share;
-        if (range.sign == BendSign::Ridge) bend = -bend;
-        if (range.sign == BendSign::Both) bend = std::abs(bend);
+        if (range.sign == CurvatureSign::Ridge) bend = -bend;
+        if (range.sign == CurvatureSign::Both) bend = std::abs(bend);
         const float outside = std::max({range.from - bend, bend - range.to, 0.0f});
         if (outside == 0.0f)
             share = 1.0f;

@@ -8,7 +8,7 @@
 namespace trovik {
 
 /// The signs of curvature that an operation selects.
-enum class BendSign : int {
+enum class CurvatureSign : int {
     /// Concave: the surface rises toward its normal around the vertex.
     Cavity,
     /// Convex: the surface falls away around the vertex.
@@ -17,7 +17,7 @@ enum class BendSign : int {
 };
 
 struct CurvatureRange {
-    BendSign sign = BendSign::Cavity;
+    CurvatureSign sign = CurvatureSign::Cavity;
     /// World units. Scaled curvature is the mean curvature times this size: it is 1 in a spherical
     /// hollow of radius `size`, 1/2 in one of twice the radius, and negative on a ridge.
     float size = 1.0f;
@@ -36,10 +36,12 @@ struct CurvatureRange {
 /// its neighbours q of the curvature toward them, 2 (q - p) . n / |q - p|^2, times `size`, where n
 /// is the normal. Neighbours count as for BlurredFreeze. 0 for a vertex without faces.
 /// \param size, rings  see CurvatureRange. Cost: O(faces).
-TROVIK_API std::vector<float> Bends(const LevelGeometry& geometry, float size, uint32_t rings);
+TROVIK_API std::vector<float> ScaledCurvatures(const LevelGeometry& geometry,
+                                               float size,
+                                               uint32_t rings);
 
 /// Mask weights, 0 to 1, of the bound level's vertices, selected by curvature.
-TROVIK_API std::vector<float> SharesByCurvature(const LevelGeometry& geometry,
-                                                const CurvatureRange& range);
+TROVIK_API std::vector<float> WeightsByCurvature(const LevelGeometry& geometry,
+                                                 const CurvatureRange& range);
 
 }  // namespace trovik

@@ -59,7 +59,7 @@ float FreezeRecords::Share(uint32_t vertex) const {
     return static_cast<float>(level.Freeze(vertex)) / static_cast<float>(freezeAmountMask);
 }
 
-bool FreezeRecords::SetShare(uint32_t vertex, float share) {
+bool FreezeRecords::SetWeight(uint32_t vertex, float share) {
     const auto [slot, isNew] = indices.emplace(vertex, static_cast<uint32_t>(vertices.size()));
     if (isNew) {
         vertices.push_back(vertex);

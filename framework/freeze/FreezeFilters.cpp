@@ -40,7 +40,7 @@ int64_t Divided(int64_t value, int64_t divisor) {
 /// \param step  computes the next amount from (amount, sum of the neighbours, number of
 /// neighbours).
 template <typename Step>
-std::vector<uint8_t> Weighed(const LevelMesh& level, uint32_t steps, Step step) {
+std::vector<uint8_t> FilteredAmounts(const LevelMesh& level, uint32_t steps, Step step) {
     std::vector<int64_t> amounts(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         amounts[v] = int64_t{level.Freeze(v)} << places;
@@ -89,13 +89,13 @@ std::vector<uint8_t> ShrunkFreeze(const LevelMesh& level, uint32_t rings) {
 }
 
 std::vector<uint8_t> BlurredFreeze(const LevelMesh& level, uint32_t steps) {
-    return Weighed(level, steps, [](int64_t amount, int64_t sum, int64_t count) {
+    return FilteredAmounts(level, steps, [](int64_t amount, int64_t sum, int64_t count) {
         return Divided(amount * count + sum, 2 * count);
     });
 }
 
 std::vector<uint8_t> SharpenedFreeze(const LevelMesh& level, uint32_t steps) {
-    return Weighed(level, steps, [](int64_t amount, int64_t sum, int64_t count) {
+    return FilteredAmounts(level, steps, [](int64_t amount, int64_t sum, int64_t count) {
         return Divided(2 * amount * count - sum, count);
     });
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeInView.h"
 
-#include "framework/freeze/BetweenPixels.h"
+#include "framework/freeze/BilinearValue.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/threads/WorkerThreads.h"
 
@@ -30,7 +30,7 @@ public:
           height(static_cast<float>(view.height)),
           tangent(std::tan(view.verticalFieldOfView * 0.5f * 0.017453293f)) {}
 
-    std::optional<ViewPlace> Place(const Vector& world) const {
+    std::optional<ViewPoint> Place(const Vector& world) const {
         const Vector way = world - eye;
         const auto along = [&](int row) {
             return (camera.m[row][0] * way.x + camera.m[row][1] * way.y) + camera.m[row][2] * way.z;
@@ -39,7 +39,7 @@ public:
         if (!(depth > 0.0f)) return std::nullopt;
         const float u = along(0) / depth / tangent;
         const float v = along(1) / depth / tangent;
-        return ViewPlace{(u * height + width) * 0.5f, (1.0f - v) * height * 0.5f};
+        return ViewPoint{(u * height + width) * 0.5f, (1.0f - v) * height * 0.5f};
     }
 
 private:
@@ -89,15 +89,15 @@ private:
 
 }  // namespace
 
-std::optional<ViewPlace> PlaceInView(const StrokeView& view, const Vector& world) {
+std::optional<ViewPoint> ProjectToView(const StrokeView& view, const Vector& world) {
     return Projection(view).Place(world);
 }
 
-std::vector<float> SharesInView(const LevelGeometry& geometry,
-                                const PatchTree& tree,
-                                const StrokeView& view,
-                                ViewReach reach,
-                                const std::function<float(const ViewPlace&)>& shareAt) {
+std::vector<float> WeightsInView(const LevelGeometry& geometry,
+                                 const PatchTree& tree,
+                                 const StrokeView& view,
+                                 ViewReach reach,
+                                 const std::function<float(const ViewPoint&)>& weightAt) {
     const LevelMesh& level = *geometry.Bound();
     const Projection projection(view);
     const Sight sight(geometry, tree, view);
@@ -109,25 +109,25 @@ std::vector<float> SharesInView(const LevelGeometry& geometry,
         for (uint32_t v = some.begin(); v != some.end(); ++v) {
             const auto place = projection.Place(toWorld.AffineTransform(level.Position(v), 1.0f));
             if (!place) continue;
-            const float share = shareAt(*place);
+            const float share = weightAt(*place);
             if (share > 0.0f && sight.Reaches(v, reach)) shares[v] = share;
         }
     });
     return shares;
 }
 
-bool ViewBox::Holds(const ViewPlace& place) const {
+bool ViewBox::Holds(const ViewPoint& place) const {
     return place.x >= std::min(from.x, to.x) && place.x < std::max(from.x, to.x) &&
            place.y >= std::min(from.y, to.y) && place.y < std::max(from.y, to.y);
 }
 
 // A side includes its upper end but not its lower one, so that a corner at the height of the
 // position is counted once.
-bool ViewLasso::Holds(const ViewPlace& place) const {
+bool ViewLasso::Holds(const ViewPoint& place) const {
     bool inside = false;
     for (std::size_t i = 0; i < corners.size(); ++i) {
-        const ViewPlace& a = corners[i];
-        const ViewPlace& b = corners[(i + 1) % corners.size()];
+        const ViewPoint& a = corners[i];
+        const ViewPoint& b = corners[(i + 1) % corners.size()];
         if ((a.y <= place.y) == (b.y <= place.y)) continue;
         if (place.x < a.x + (place.y - a.y) / (b.y - a.y) * (b.x - a.x)) inside = !inside;
     }
@@ -159,7 +159,7 @@ float ViewImage::Pixel(int64_t column, int64_t row) const {
     return values[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)];
 }
 
-float ViewImage::ShareAt(const ViewPlace& place) const {
+float ViewImage::WeightAt(const ViewPoint& place) const {
     if (!area.Holds(place) || values.empty()) return 0.0f;
     const float left = std::min(area.from.x, area.to.x);
     const float top = std::min(area.from.y, area.to.y);
@@ -167,7 +167,7 @@ float ViewImage::ShareAt(const ViewPlace& place) const {
     const float spanY = std::max(area.from.y, area.to.y) - top;
     const float u = (place.x - left) / spanX * static_cast<float>(width) - 0.5f;
     const float v = (place.y - top) / spanY * static_cast<float>(height) - 0.5f;
-    return BetweenPixels(u, v, [this](int64_t column, int64_t row) { return Pixel(column, row); });
+    return BilinearValue(u, v, [this](int64_t column, int64_t row) { return Pixel(column, row); });
 }
 
 }  // namespace trovik

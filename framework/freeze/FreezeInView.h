@@ -23,33 +23,33 @@ enum class ViewReach : int {
 };
 
 /// A position on the viewport in pixels, (0, 0) at the upper left corner.
-struct ViewPlace {
+struct ViewPoint {
     float x = 0.0f;
     float y = 0.0f;
 };
 
 /// Projects a world position to the viewport; empty if it is not in front of the eye. The inverse
 /// of StrokeView::Through.
-TROVIK_API std::optional<ViewPlace> PlaceInView(const StrokeView& view, const Vector& world);
+TROVIK_API std::optional<ViewPoint> ProjectToView(const StrokeView& view, const Vector& world);
 
 /// Mask weights of the bound level's vertices by their position on the viewport; 0 for those not
 /// reached.
-/// \param shareAt  returns 0 to 1 for a viewport position, which may be outside the viewport.
+/// \param weightAt  returns 0 to 1 for a viewport position, which may be outside the viewport.
 /// Called on several threads.
 /// \param tree  of the bound level, up to date. Cost: O(vertices), and with ViewReach::Visible one
 /// pick for each vertex with a positive weight.
-TROVIK_API std::vector<float> SharesInView(const LevelGeometry& geometry,
-                                           const PatchTree& tree,
-                                           const StrokeView& view,
-                                           ViewReach reach,
-                                           const std::function<float(const ViewPlace&)>& shareAt);
+TROVIK_API std::vector<float> WeightsInView(const LevelGeometry& geometry,
+                                            const PatchTree& tree,
+                                            const StrokeView& view,
+                                            ViewReach reach,
+                                            const std::function<float(const ViewPoint&)>& weightAt);
 
 /// A rectangle of the viewport, including its left and upper sides but not the others. Corners may
 /// be in any order.
 struct TROVIK_API ViewBox {
-    ViewPlace from;
-    ViewPlace to;
-    bool Holds(const ViewPlace& place) const;
+    ViewPoint from;
+    ViewPoint to;
+    bool Holds(const ViewPoint& place) const;
 };
 
 /// A closed polygon on the viewport; its last corner is joined to the first. A point is inside if a
@@ -57,11 +57,11 @@ struct TROVIK_API ViewBox {
 /// is a hole.
 class TROVIK_API ViewLasso {
 public:
-    explicit ViewLasso(std::vector<ViewPlace> lassoCorners) : corners(std::move(lassoCorners)) {}
-    bool Holds(const ViewPlace& place) const;
+    explicit ViewLasso(std::vector<ViewPoint> lassoCorners) : corners(std::move(lassoCorners)) {}
+    bool Holds(const ViewPoint& place) const;
 
 private:
-    std::vector<ViewPlace> corners;
+    std::vector<ViewPoint> corners;
 };
 
 /// An image stretched over a rectangle of the viewport.
@@ -78,7 +78,7 @@ public:
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
     /// Weight at a position; 0 outside. Bilinear between pixel centres, constant beyond the
     /// outermost ones.
-    float ShareAt(const ViewPlace& place) const;
+    float WeightAt(const ViewPoint& place) const;
 
 private:
     float Pixel(int64_t column, int64_t row) const;

@@ -38,19 +38,19 @@ private:
     std::vector<uint32_t> parent;
 };
 
-template <typename ShareAt>
-std::vector<float> SharesByPlace(const LevelGeometry& geometry, ShareAt shareAt) {
+template <typename WeightAt>
+std::vector<float> WeightsByPosition(const LevelGeometry& geometry, WeightAt weightAt) {
     const LevelMesh& level = *geometry.Bound();
     const Matrix& toWorld = geometry.Place().ToWorld();
     std::vector<float> shares(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        shares[v] = shareAt(toWorld.AffineTransform(level.Position(v), 1.0f));
+        shares[v] = weightAt(toWorld.AffineTransform(level.Position(v), 1.0f));
     return shares;
 }
 
 }  // namespace
 
-std::vector<float> SharesOfShell(const LevelMesh& level, uint32_t vertex) {
+std::vector<float> WeightsOfComponent(const LevelMesh& level, uint32_t vertex) {
     VertexSets sets(level.VertexCount());
     const uint32_t corners = level.CornersPerFace();
     const uint32_t* face = level.faceVertexIndices.array;
@@ -63,9 +63,9 @@ std::vector<float> SharesOfShell(const LevelMesh& level, uint32_t vertex) {
     return shares;
 }
 
-std::vector<float> SharesOfGroup(const LevelGeometry& geometry,
-                                 uint32_t levelIndex,
-                                 uint32_t group) {
+std::vector<float> WeightsOfGroup(const LevelGeometry& geometry,
+                                  uint32_t levelIndex,
+                                  uint32_t group) {
     const LevelMesh& level = *geometry.Level(levelIndex);
     const uint32_t baseCorners = geometry.Level(0)->CornersPerFace();
     const std::vector<uint32_t>& groups = geometry.Attributes().faceGroups;
@@ -81,21 +81,21 @@ std::vector<float> SharesOfGroup(const LevelGeometry& geometry,
     return shares;
 }
 
-std::vector<float> SharesInBall(const LevelGeometry& geometry,
-                                const Vector& center,
-                                float radius,
-                                float soft) {
-    return SharesByPlace(geometry, [&](const Vector& place) {
+std::vector<float> WeightsInSphere(const LevelGeometry& geometry,
+                                   const Vector& center,
+                                   float radius,
+                                   float soft) {
+    return WeightsByPosition(geometry, [&](const Vector& place) {
         const float rim = (place - center).Length() / radius;
         if (!(rim <= 1.0f)) return 0.0f;
         return soft > 0.0f ? std::min(1.0f, (1.0f - rim) / soft) : 1.0f;
     });
 }
 
-std::vector<float> SharesInBox(const LevelGeometry& geometry,
-                               const Vector& low,
-                               const Vector& high) {
-    return SharesByPlace(geometry, [&](const Vector& p) {
+std::vector<float> WeightsInBox(const LevelGeometry& geometry,
+                                const Vector& low,
+                                const Vector& high) {
+    return WeightsByPosition(geometry, [&](const Vector& p) {
         const bool inside = p.x >= low.x && p.y >= low.y && p.z >= low.z && p.x <= high.x &&
                             p.y <= high.y && p.z <= high.z;
         return inside ? 1.0f : 0.0f;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeStamp.h"
 
-#include "framework/freeze/BetweenPixels.h"
+#include "framework/freeze/BilinearValue.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,7 +50,7 @@ float FreezeStamp::Pixel(int64_t column, int64_t row) const {
     return pixels[static_cast<std::size_t>(row * width + column)];
 }
 
-float FreezeStamp::ShareAt(const Vector& position, const Matrix& toPixels) const {
+float FreezeStamp::WeightAt(const Vector& position, const Matrix& toPixels) const {
     if (!enabled) return 1.0f;
     const auto at = [&](int column) {
         return (position.x * toPixels.m[0][column] + position.y * toPixels.m[1][column]) +
@@ -61,7 +61,7 @@ float FreezeStamp::ShareAt(const Vector& position, const Matrix& toPixels) const
     const float v = at(1) / w;
     if (!(std::fabs(u) < farthest) || !(std::fabs(v) < farthest)) return 0.0f;
     const float value =
-        BetweenPixels(u, v, [this](int64_t column, int64_t row) { return Pixel(column, row); });
+        BilinearValue(u, v, [this](int64_t column, int64_t row) { return Pixel(column, row); });
     return std::clamp(value * factor, 0.0f, 1.0f);
 }
 

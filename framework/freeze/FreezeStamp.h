@@ -16,7 +16,7 @@ public:
     void Read(const BrushOperation& brush);
     /// Weight from 0 to 1: the pixels times the stamp's factor, with bilinear interpolation; 0
     /// outside a stamp that is not tiled. \param position, toPixels  see StampPlacement::ToPixels.
-    float ShareAt(const Vector& position, const Matrix& toPixels) const;
+    float WeightAt(const Vector& position, const Matrix& toPixels) const;
 
 private:
     float Pixel(int64_t column, int64_t row) const;

@@ -31,29 +31,29 @@ SpillFile::~SpillFile() { close(file); }
 
 std::string SpillFile::OpenPath() const { return "/proc/self/fd/" + std::to_string(file); }
 
-SpillFile::Place SpillFile::Reserve(uint64_t length) {
-    Place place{end, length, 0};
+SpillFile::Extent SpillFile::Reserve(uint64_t length) {
+    Extent extent{end, length, 0};
     used += length;
     for (auto gap = gaps.begin(); gap != gaps.end(); ++gap) {
         if (gap->second < length) continue;
-        place.start = gap->first;
+        extent.start = gap->first;
         const uint64_t left = gap->second - length;
         gaps.erase(gap);
-        if (left != 0) gaps[place.start + length] = left;
-        return place;
+        if (left != 0) gaps[extent.start + length] = left;
+        return extent;
     }
     end += length;
-    return place;
+    return extent;
 }
 
-void SpillFile::Fill(Place& place, const std::vector<uint8_t>& bytes) const {
-    assert(bytes.size() == place.length);
-    place.checksum = Crc32(bytes.data(), bytes.size());
-    for (uint64_t done = 0; done < place.length;) {
+void SpillFile::Fill(Extent& extent, const std::vector<uint8_t>& bytes) const {
+    assert(bytes.size() == extent.length);
+    extent.checksum = Crc32(bytes.data(), bytes.size());
+    for (uint64_t done = 0; done < extent.length;) {
         const ssize_t count = pwrite(file,
                                      bytes.data() + done,
-                                     static_cast<std::size_t>(place.length - done),
-                                     static_cast<off_t>(place.start + done));
+                                     static_cast<std::size_t>(extent.length - done),
+                                     static_cast<off_t>(extent.start + done));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0)
             throw HostError(Title(folder) + "cannot be written: " + std::strerror(errno));
@@ -62,30 +62,30 @@ void SpillFile::Fill(Place& place, const std::vector<uint8_t>& bytes) const {
     }
 }
 
-std::vector<uint8_t> SpillFile::Read(const Place& place) const {
-    std::vector<uint8_t> bytes(static_cast<std::size_t>(place.length));
-    const std::string where = Title(folder) + "byte " + std::to_string(place.start) + ": ";
-    for (uint64_t done = 0; done < place.length;) {
+std::vector<uint8_t> SpillFile::Read(const Extent& extent) const {
+    std::vector<uint8_t> bytes(static_cast<std::size_t>(extent.length));
+    const std::string where = Title(folder) + "byte " + std::to_string(extent.start) + ": ";
+    for (uint64_t done = 0; done < extent.length;) {
         const ssize_t count = pread(file,
                                     bytes.data() + done,
-                                    static_cast<std::size_t>(place.length - done),
-                                    static_cast<off_t>(place.start + done));
+                                    static_cast<std::size_t>(extent.length - done),
+                                    static_cast<off_t>(extent.start + done));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw HostError(where + "cannot be read: " + std::strerror(errno));
         if (count == 0) throw HostError(where + "the file ends within the step stored here");
         done += static_cast<uint64_t>(count);
     }
-    if (Crc32(bytes.data(), bytes.size()) != place.checksum)
+    if (Crc32(bytes.data(), bytes.size()) != extent.checksum)
         throw HostError(where + "the step stored here is damaged: its checksum does not match");
     return bytes;
 }
 
-void SpillFile::Free(const Place& place) {
-    if (place.length == 0) return;
-    used -= place.length;
+void SpillFile::Free(const Extent& extent) {
+    if (extent.length == 0) return;
+    used -= extent.length;
     auto gap = gaps.end();
     try {
-        gap = gaps.emplace(place.start, place.length).first;
+        gap = gaps.emplace(extent.start, extent.length).first;
     } catch (const std::bad_alloc&) {
         // Called by destructors. The bytes stay unused until the file is closed.
         return;

@@ -16,7 +16,7 @@ namespace trovik {
 class TROVIK_API SpillFile {
 public:
     /// The location of a sequence. Its bytes are verified by the checksum.
-    struct Place {
+    struct Extent {
         uint64_t start = 0;
         uint64_t length = 0;
         uint32_t checksum = 0;
@@ -29,16 +29,16 @@ public:
     SpillFile& operator=(const SpillFile&) = delete;
 
     /// Reserves this number of bytes.
-    Place Reserve(uint64_t length);
+    Extent Reserve(uint64_t length);
     /// Writes the bytes to a reserved place and stores their checksum in it.
     /// \throw HostError with the folder and the reason given by the system, such as a full disk.
     /// Earlier data is then intact, and the caller must free the place.
-    void Fill(Place& place, const std::vector<uint8_t>& bytes) const;
+    void Fill(Extent& extent, const std::vector<uint8_t>& bytes) const;
     /// \throw HostError "undo file in FOLDER: byte N: reason" if the bytes cannot be read or differ
     /// from those that were written.
-    std::vector<uint8_t> Read(const Place& place) const;
+    std::vector<uint8_t> Read(const Extent& extent) const;
     /// Frees the space that a sequence occupies.
-    void Free(const Place& place);
+    void Free(const Extent& extent);
 
     /// Total size of the stored sequences in bytes.
     uint64_t Bytes() const { return used; }

@@ -26,7 +26,7 @@ public:
     State state = State::Open;
     PackMethod method = PackMethod::Quick;
     std::vector<uint8_t> packed;
-    SpillFile::Place place;
+    SpillFile::Extent extent;
     /// The bytes in memory that are counted for this record.
     uint64_t bytes = 0;
     /// Number of withdrawals; jobs with another number are void.
@@ -39,7 +39,7 @@ namespace {
 /// After packing, the allocator still holds the freed memory. Amounts from this size on are
 /// returned to the system. Smaller ones are used again when a step is unpacked, which then causes
 /// no page faults.
-constexpr uint64_t worthGivingBack = uint64_t{16} << 20;
+constexpr uint64_t minReleasedBytes = uint64_t{16} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {
     uint64_t bytes = 0;
@@ -105,7 +105,7 @@ StepKeeper::Handle StepKeeper::Add(std::unique_ptr<UndoStep> step) {
 void StepKeeper::Drop(const Handle& record) {
     std::unique_lock lock(mutex);
     Claim(record, lock);
-    if (record->state == StepRecord::State::Spilled) file->Free(record->place);
+    if (record->state == StepRecord::State::Spilled) file->Free(record->extent);
     record->state = StepRecord::State::Open;
     SetBytes(*record, 0);
     // Steps may own objects that must be destroyed on the caller's thread, such as layers.
@@ -147,19 +147,19 @@ bool StepKeeper::StartWorker() {
     return true;
 }
 
-void StepKeeper::Pack(const Handle& record, uint64_t leastBytes) {
+void StepKeeper::Pack(const Handle& record, uint64_t minBytes) {
     if (!IsOpen(record)) return;
     const uint64_t arrays = ArrayBytes(record->step->Arrays());
-    if (arrays == 0 || arrays < leastBytes) return;
+    if (arrays == 0 || arrays < minBytes) return;
     Ask(record, Task::Pack);
 }
 
-void StepKeeper::PackNow(const Handle& record, uint64_t leastBytes) {
+void StepKeeper::PackNow(const Handle& record, uint64_t minBytes) {
     std::unique_lock lock(mutex);
     Claim(record, lock);
     if (record->state != StepRecord::State::Open) return;
     const uint64_t arrays = ArrayBytes(record->step->Arrays());
-    if (arrays == 0 || arrays < leastBytes) return;
+    if (arrays == 0 || arrays < minBytes) return;
     Do({record, Task::PackTightly, record->asking}, lock);
 }
 
@@ -180,10 +180,10 @@ UndoStep& StepKeeper::Open(const Handle& record) {
     const bool spilled = record->state == StepRecord::State::Spilled;
     // No other thread accesses the record now, so tasks of other records continue meanwhile.
     lock.unlock();
-    const std::vector<uint8_t> read = spilled ? file->Read(record->place) : std::vector<uint8_t>();
+    const std::vector<uint8_t> read = spilled ? file->Read(record->extent) : std::vector<uint8_t>();
     UnpackArrays(spilled ? read : record->packed, record->method, arrays);
     lock.lock();
-    if (spilled) file->Free(record->place);
+    if (spilled) file->Free(record->extent);
     record->state = StepRecord::State::Open;
     SetBytes(*record, record->step->Bytes() + record->packed.capacity() + read.capacity());
     record->packed = {};
@@ -221,7 +221,8 @@ uint64_t StepKeeper::SpilledBytes() const {
 
 uint64_t StepKeeper::BytesOf(const Handle& record) const {
     const std::lock_guard lock(mutex);
-    return record->bytes + (record->state == StepRecord::State::Spilled ? record->place.length : 0);
+    return record->bytes +
+           (record->state == StepRecord::State::Spilled ? record->extent.length : 0);
 }
 
 bool StepKeeper::IsOpen(const Handle& record) const {
@@ -271,10 +272,10 @@ void StepKeeper::Run(const std::stop_token& stop) {
         if (job.asked == job.record->asking) Do(job, lock);
         freed += before - std::min(before, job.record->bytes);
         job.record.reset();
-        if (jobs.empty() && freed >= worthGivingBack) {
+        if (jobs.empty() && freed >= minReleasedBytes) {
             freed = 0;
             lock.unlock();
-            GiveBackFreedMemory();
+            ReleaseFreedMemory();
             lock.lock();
         }
         busy = false;
@@ -345,18 +346,18 @@ void StepKeeper::DoTighten(StepRecord& record, std::unique_lock<std::mutex>& loc
 void StepKeeper::DoSpill(StepRecord& record, std::unique_lock<std::mutex>& lock) {
     if (record.state != StepRecord::State::Packed || file == nullptr || spillFolder.empty()) return;
     record.busy = true;
-    record.place = file->Reserve(record.packed.size());
+    record.extent = file->Reserve(record.packed.size());
     std::string failure;
     lock.unlock();
     try {
-        file->Fill(record.place, record.packed);
+        file->Fill(record.extent, record.packed);
     } catch (const HostError& error) {
         failure = error.what();
     }
     lock.lock();
     record.busy = false;
     if (!failure.empty()) {
-        file->Free(record.place);
+        file->Free(record.extent);
         // Reported once; the steps stay in memory from now on.
         problem = failure + "; undo steps stay in memory";
         spillFolder.clear();

@@ -38,11 +38,11 @@ public:
     /// Deletes the step immediately; waits while it is being processed.
     void Drop(const Handle& record);
 
-    /// Requests that the arrays be packed. Has no effect on a step with fewer than `leastBytes` in
+    /// Requests that the arrays be packed. Has no effect on a step with fewer than `minBytes` in
     /// arrays.
-    void Pack(const Handle& record, uint64_t leastBytes);
+    void Pack(const Handle& record, uint64_t minBytes);
     /// Packs tightly on the calling thread, immediately.
-    void PackNow(const Handle& record, uint64_t leastBytes);
+    void PackNow(const Handle& record, uint64_t minBytes);
     /// Requests that a packed step be packed tightly.
     void Tighten(const Handle& record);
     /// Requests that the packed bytes be moved into the file.

@@ -10,7 +10,7 @@ namespace trovik {
 namespace {
 
 /// Maximum size of the file as a multiple of the budget.
-constexpr uint64_t fileShare = 8;
+constexpr uint64_t maxFileRatio = 8;
 
 }  // namespace
 
@@ -52,7 +52,7 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
     if (keeper->Bytes() <= budget) return;
     // Undoing many steps could open steps faster than the thread packs them, and leave them larger
     // than they were when tightly packed.
-    keeper->PackNow(record, keeping.leastPackedBytes);
+    keeper->PackNow(record, keeping.minPackedBytes);
     if (!keeper->CanSpill() || keeper->Bytes() <= budget) return;
     SpillFarthest();
     keeper->Settle();
@@ -176,7 +176,7 @@ void UndoHistory::Fit() {
     // All steps that can be in the file are there now. The newest group may exceed the budget, and
     // dropping steps from the file would free no memory for it.
     DropOldest(budget + NewestGroupBytes());
-    while (keeper->SpilledBytes() > fileShare * budget && DropGroup()) {
+    while (keeper->SpilledBytes() > maxFileRatio * budget && DropGroup()) {
     }
 }
 
@@ -201,7 +201,7 @@ void UndoHistory::PackOpened() {
     for (const std::size_t index : opened) {
         if (index >= steps.size()) continue;
         steps[index].aged = false;
-        keeper->Pack(steps[index].record, keeping.leastPackedBytes);
+        keeper->Pack(steps[index].record, keeping.minPackedBytes);
     }
     opened.clear();
     // All steps farther away are aged already, because the position changes by one step at a time.

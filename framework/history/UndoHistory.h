@@ -36,7 +36,7 @@ public:
 /// Settings for the storage of steps other than the newest.
 struct UndoKeeping {
     /// Steps with fewer bytes in arrays are not packed.
-    uint64_t leastPackedBytes = 4096;
+    uint64_t minPackedBytes = 4096;
     /// Steps that are more than this number of steps away from the position are packed tightly.
     std::size_t tightenBeyond = 16;
 };

@@ -11,7 +11,7 @@ namespace trovik {
 namespace {
 
 constexpr float defaultMiB = 1024.0f;
-constexpr float mostMiB = 1024.0f * 1024.0f;
+constexpr float maxMiB = 1024.0f * 1024.0f;
 constexpr double bytesPerMiB = 1024.0 * 1024.0;
 
 QString Ascii(const char* text) { return QString::fromLatin1(text); }
@@ -23,7 +23,7 @@ const Preferences::Float& Budget() {
                                            Ascii("General"),
                                            defaultMiB,
                                            1.0f,
-                                           mostMiB,
+                                           maxMiB,
                                            false);
     return budget;
 }

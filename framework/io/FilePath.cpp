@@ -35,7 +35,7 @@ std::function<void(const std::string&)>& Notes() {
 constexpr std::string_view partMark = ".part";
 
 /// Returns the start of the names of new files, up to the first dot, for a mark of this length.
-std::string StemBeside(const fs::path& target, std::size_t markBytes) {
+std::string StemOfNewName(const fs::path& target, std::size_t markBytes) {
     // Most file systems limit names to 255 bytes; the new file of a target with such a name must
     // fit too.
     constexpr std::size_t maxNameBytes = 255;
@@ -47,16 +47,16 @@ std::string StemBeside(const fs::path& target, std::size_t markBytes) {
 }
 
 /// Returns a unique name for each new file of this process, in the folder of `target`.
-std::string NewNameBeside(const fs::path& target) {
+std::string NewNameNextTo(const fs::path& target) {
     static std::atomic<unsigned> counter{0};
     const std::string mark =
         "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + std::string(partMark);
     return (target.parent_path() /
-            (StemBeside(target, mark.size()) + mark + target.extension().string()))
+            (StemOfNewName(target, mark.size()) + mark + target.extension().string()))
         .string();
 }
 
-/// Returns whether NewNameBeside in any process generates this name for `target`.
+/// Returns whether NewNameNextTo in any process generates this name for `target`.
 bool IsNewNameOf(const fs::path& target, const std::string& name) {
     const std::string ending = std::string(partMark) + target.extension().string();
     const std::size_t dot = name.size() <= ending.size()
@@ -75,7 +75,7 @@ bool IsNewNameOf(const fs::path& target, const std::string& name) {
         !isNumber(numbers.substr(hyphen + 1)))
         return false;
     const std::size_t markBytes = 1 + numbers.size() + partMark.size();
-    return name.compare(0, dot, StemBeside(target, markBytes)) == 0;
+    return name.compare(0, dot, StemOfNewName(target, markBytes)) == 0;
 }
 
 std::string FollowLinks(const std::string& path) {
@@ -167,7 +167,7 @@ FileReplacement::FileReplacement(const std::string& filePath)
 
 bool FileReplacement::Create() {
     constexpr mode_t anyNewFile = 0666;
-    temporaryPath = NewNameBeside(targetPath);
+    temporaryPath = NewNameNextTo(targetPath);
     const int file = DiskCalls::Current().Open(
         temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, anyNewFile);
     if (file < 0) {

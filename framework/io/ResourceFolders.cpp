@@ -10,7 +10,7 @@ namespace trovik {
 namespace fs = std::filesystem;
 
 std::vector<std::string> ResourceFolders(const char* variable,
-                                         std::initializer_list<const char*> besideProgram) {
+                                         std::initializer_list<const char*> nextToProgram) {
     std::vector<std::string> folders;
     if (const char* path = std::getenv(variable); path != nullptr && *path != '\0') {
         std::istringstream parts(path);
@@ -21,7 +21,7 @@ std::vector<std::string> ResourceFolders(const char* variable,
     std::error_code failed;
     const fs::path program = fs::read_symlink("/proc/self/exe", failed);
     if (failed) return folders;
-    for (const char* relative : besideProgram) {
+    for (const char* relative : nextToProgram) {
         const fs::path folder = (program.parent_path() / relative).lexically_normal();
         if (fs::is_directory(folder, failed)) folders.push_back(folder.string());
     }

@@ -11,9 +11,9 @@ namespace trovik {
 
 /// Returns the folders to search for files that are installed with the program, in order: the
 /// folders in an environment variable, separated by colons, or, if it is not set, those of
-/// `besideProgram` that exist.
-/// \param besideProgram  relative to the folder of the running program.
+/// `nextToProgram` that exist.
+/// \param nextToProgram  relative to the folder of the running program.
 TROVIK_API std::vector<std::string> ResourceFolders(
-    const char* variable, std::initializer_list<const char*> besideProgram);
+    const char* variable, std::initializer_list<const char*> nextToProgram);
 
 }  // namespace trovik

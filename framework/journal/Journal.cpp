@@ -14,9 +14,9 @@ namespace trovik {
 namespace {
 
 /// Maximum number of summary lines, the newest ones, that are copied to a new journal.
-constexpr std::size_t mostPast = 4096;
+constexpr std::size_t maxPastLines = 4096;
 
-void RefuseUnfinished(const std::string& path) {
+void RejectUnclosed(const std::string& path) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) return;
     char start[journalMagic.size()] = {};
@@ -39,7 +39,7 @@ void RefuseUnfinished(const std::string& path) {
     }
 }
 
-[[noreturn]] void RefuseSecondRun(const std::string& path) {
+[[noreturn]] void RejectSecondRun(const std::string& path) {
     throw HostError(path +
                     ": another run is writing this journal; wait until it ends, or name "
                     "another file");
@@ -52,9 +52,9 @@ Journal::Journal(const JournalOptions& journalOptions, const JournalBase& base)
     // Held until the new journal, which is locked too, has replaced the old one, so that other runs
     // never find the path unlocked.
     const FileLock old(options.path);
-    if (old.State() == FileLock::Result::Busy) RefuseSecondRun(options.path);
+    if (old.State() == FileLock::Result::Busy) RejectSecondRun(options.path);
     const bool isNew = old.State() == FileLock::Result::Absent;
-    if (!isNew) RefuseUnfinished(options.path);
+    if (!isNew) RejectUnclosed(options.path);
     Start(base, !isNew);
 }
 
@@ -67,7 +67,7 @@ void Journal::Start(const JournalBase& base, bool mayReplace) {
     } catch (const HostError&) {
         // Another run started at the same time and created its journal first.
         if (!mayReplace && FileLock(options.path).State() == FileLock::Result::Busy)
-            RefuseSecondRun(options.path);
+            RejectSecondRun(options.path);
         throw;
     }
     writer = std::move(fresh);
@@ -112,7 +112,7 @@ void Journal::Note(JournalStep& ended, const StepEnd& end, const std::string& la
     ended.undoBytes = end.undoBytes;
     ended.isOver = true;
     ended.failed = end.failed != 0;
-    if (past.size() >= mostPast) past.erase(past.begin());
+    if (past.size() >= maxPastLines) past.erase(past.begin());
     past.push_back(SummaryOf(ended));
 }
 
@@ -129,7 +129,9 @@ void Journal::End(RecordKind kind, JournalStep& ended, StepEnd end, const std::s
     });
 }
 
-void Journal::EndStepAnew(const StepEnd& end, const std::string& label, const JournalBase& base) {
+void Journal::EndStepAndRestart(const StepEnd& end,
+                                const std::string& label,
+                                const JournalBase& base) {
     inStep = false;
     Guarded([&] {
         Note(step, end, label);
@@ -167,9 +169,9 @@ void Journal::WholeMesh(const WholeMeshInput& input) {
     });
 }
 
-void Journal::PutBack() {
+void Journal::RevertStroke() {
     // Written together with the next dab: until that dab the result of the stroke is unaffected.
-    Guarded([&] { writer->Append(RecordKind::StrokePutBack, nullptr, 0); });
+    Guarded([&] { writer->Append(RecordKind::StrokeRevert, nullptr, 0); });
 }
 
 void Journal::EndStroke(const StepEnd& end, const std::string& label) {
@@ -193,7 +195,7 @@ void Journal::Saved(const JournalFile& scene, const nlohmann::json& carried) {
     });
 }
 
-void Journal::StartAnew(const JournalBase& base) {
+void Journal::RestartFrom(const JournalBase& base) {
     Guarded([&] { Start(base); });
 }
 

@@ -43,16 +43,16 @@ public:
     /// label  of the undo step.
     void EndStep(const StepEnd& end, const std::string& label);
 
-    /// Ends the current step, whose result the new base contains: EndStep and StartAnew in one
+    /// Ends the current step, whose result the new base contains: EndStep and RestartFrom in one
     /// operation, so that no journal on disk has both the step and the old base.
-    void EndStepAnew(const StepEnd& end, const std::string& label, const JournalBase& base);
+    void EndStepAndRestart(const StepEnd& end, const std::string& label, const JournalBase& base);
 
     /// Strokes that are not part of a step: their calls in order, each after it has returned or
     /// thrown. Steps may run between them.
     void BeginStroke(const StrokeStart& start, const std::string& label);
     void StrokeDab(const StrokeInput& dab);
     void WholeMesh(const WholeMeshInput& input);
-    void PutBack();
+    void RevertStroke();
     void EndStroke(const StepEnd& end, const std::string& label);
 
     /// Records a stamp file on which the following records depend.
@@ -62,7 +62,7 @@ public:
     void Saved(const JournalFile& scene, const nlohmann::json& carried = nullptr);
     /// Replaces the recorded work, which the new base contains. The steps so far are kept as
     /// summary lines. Waits for the disk.
-    void StartAnew(const JournalBase& base);
+    void RestartFrom(const JournalBase& base);
     /// Records that the work has ended properly. Must be the last call.
     void Close();
 

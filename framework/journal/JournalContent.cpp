@@ -47,8 +47,8 @@ public:
             case RecordKind::StrokeWhole:
                 TakeStrokeWhole();
                 break;
-            case RecordKind::StrokePutBack:
-                TakePutBack();
+            case RecordKind::StrokeRevert:
+                TakeRevert();
                 break;
             case RecordKind::StrokeEnd:
                 TakeEnd(true);
@@ -217,7 +217,7 @@ private:
         ++strokeDabs;
     }
 
-    void TakePutBack() { OpenStroke().calls.push_back({RecordKind::StrokePutBack, {}, {}}); }
+    void TakeRevert() { OpenStroke().calls.push_back({RecordKind::StrokeRevert, {}, {}}); }
 
     void TakeSaved() {
         if (inStep || inStrokePart) Refuse("a scene is saved within a step");
@@ -248,7 +248,7 @@ private:
     uint32_t strokeDabs = 0;
 };
 
-constexpr std::size_t longestLabel = 60;
+constexpr std::size_t maxLabelBytes = 60;
 
 /// A short label of the step: its command and main parameters.
 std::string LabelOf(const JournalStep& step) {
@@ -264,8 +264,8 @@ std::string LabelOf(const JournalStep& step) {
     }
     for (char& letter : text)
         if (letter >= 0 && letter < ' ') letter = ' ';
-    if (text.size() <= longestLabel) return text;
-    std::size_t end = longestLabel;
+    if (text.size() <= maxLabelBytes) return text;
+    std::size_t end = maxLabelBytes;
     // Does not split a multi-byte character.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) --end;
     return text.substr(0, end) + "...";
@@ -299,7 +299,7 @@ JournalContent ReadJournal(const std::string& path, bool untilDamage) {
     ContentBuilder builder(reader, content);
     for (const JournalRecord& record : reader.Records()) builder.Take(record);
     if (reader.Records().empty()) reader.Fail(journalHeaderBytes, "the journal has no base record");
-    for (const std::string& note : {reader.Damage(), reader.TornTail()})
+    for (const std::string& note : {reader.Damage(), reader.TruncatedEnd()})
         if (!note.empty()) content.notes.push_back(note);
     return content;
 }

@@ -97,9 +97,9 @@ void JournalReader::ReadRecords() {
                          " does not match its checksum; "
                          "the journal is damaged here, and more records follow");
             } else {
-                tornTail = path + ": the last " + std::to_string(bytes.size() - place) +
-                           " bytes, from byte " + std::to_string(place) +
-                           " on, are an incomplete record and are skipped";
+                truncatedEnd = path + ": the last " + std::to_string(bytes.size() - place) +
+                               " bytes, from byte " + std::to_string(place) +
+                               " on, are an incomplete record and are skipped";
             }
             return;
         }

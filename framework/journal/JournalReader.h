@@ -38,7 +38,7 @@ public:
     /// if only the end is truncated.
     const std::string& Damage() const { return damage; }
     /// Describes the skipped end in one line; empty if nothing was skipped.
-    const std::string& TornTail() const { return tornTail; }
+    const std::string& TruncatedEnd() const { return truncatedEnd; }
     [[noreturn]] void Fail(uint64_t byte, const std::string& reason) const;
 
 private:
@@ -58,7 +58,7 @@ private:
     std::string bytes;
     std::vector<JournalRecord> records;
     std::string damage;
-    std::string tornTail;
+    std::string truncatedEnd;
 };
 
 }  // namespace trovik

@@ -19,7 +19,7 @@ inline constexpr uint32_t journalVersion = 1;
 inline constexpr std::size_t journalHeaderBytes = 16;
 inline constexpr std::size_t recordHeaderBytes = 16;
 /// Longer than any step of a script; a greater length is damage.
-inline constexpr uint32_t longestRecordBytes = uint32_t{1} << 30;
+inline constexpr uint32_t maxRecordBytes = uint32_t{1} << 30;
 
 enum class RecordKind : uint32_t {
     /// JSON: the starting point of the work.
@@ -37,7 +37,7 @@ enum class RecordKind : uint32_t {
     /// WholeMeshInput: the tool was applied to the whole mesh.
     StrokeWhole = 7,
     /// No content: the stroke was reverted to its start and continues.
-    StrokePutBack = 8,
+    StrokeRevert = 8,
     /// StepEnd: the stroke has ended.
     StrokeEnd = 9,
     /// JSON: path and content hash of a stamp file.
@@ -88,7 +88,7 @@ struct StrokeInput {
     float pressure;
     float strength;
 
-    static constexpr uint32_t keepsPlace = 1;
+    static constexpr uint32_t keepsPosition = 1;
     static constexpr uint32_t failed = 2;
 };
 

@@ -35,7 +35,7 @@ JournalWriter::~JournalWriter() {
 }
 
 void JournalWriter::Append(RecordKind kind, const void* content, std::size_t size) {
-    if (size > longestRecordBytes)
+    if (size > maxRecordBytes)
         throw HostError("cannot write " + path + ": a step of " + std::to_string(size) +
                         " bytes is too long for a journal");
     const std::size_t start = waiting.size();

@@ -32,21 +32,21 @@ void LayerStack::SetOfLevel(const LevelMesh& level, const Layers& newLayers) {
     layers.insert(layers.end(), newLayers.begin(), newLayers.end());
 }
 
-const LayerGround* LayerStack::FindGround(const LevelMesh& level) const {
-    const auto found = grounds.find(&level);
-    return found == grounds.end() ? nullptr : &found->second;
+const LayerBase* LayerStack::FindLayerBase(const LevelMesh& level) const {
+    const auto found = layerBases.find(&level);
+    return found == layerBases.end() ? nullptr : &found->second;
 }
 
 void LayerStack::Renumber(const LevelMesh& level, const std::vector<uint32_t>& map) {
     for (const auto& layer : layers)
         if (layer->Level() == &level) layer->Renumber(map);
-    const auto ground = grounds.find(&level);
-    if (ground != grounds.end()) ground->second.Renumber(map);
+    const auto ground = layerBases.find(&level);
+    if (ground != layerBases.end()) ground->second.Renumber(map);
 }
 
 void LayerStack::Forget(const LevelMesh& level) {
     std::erase_if(layers, [&level](const auto& one) { return one->Level() == &level; });
-    grounds.erase(&level);
+    layerBases.erase(&level);
 }
 
 }  // namespace trovik

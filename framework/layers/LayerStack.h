@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/layers/LayerGround.h"
+#include "framework/layers/LayerBase.h"
 
 #include <map>
 #include <memory>
@@ -10,14 +10,14 @@
 
 namespace trovik {
 
-/// The sculpt layers of a geometry: any number per level, lowest first. LayerGround describes the
+/// The sculpt layers of a geometry: any number per level, lowest first. LayerBase describes the
 /// effect of the operations of LayerSteps.h. Each of them works on the bound level or on the level
 /// of its layer, and returns its undo step, which is not pushed yet, or null if nothing changed.
 /// None may be called during a stroke. Cost: O(touched vertices) of the level if the surface may
 /// change, otherwise O(layers).
 class TROVIK_API LayerStack {
 public:
-    using Layers = LayerGround::Layers;
+    using Layers = LayerBase::Layers;
 
     /// All layers; the layers of one level are in stack order.
     const Layers& All() const { return layers; }
@@ -33,9 +33,9 @@ public:
     void Insert(std::shared_ptr<SculptLayer> layer);
     /// Replaces the layers of a level.
     void SetOfLevel(const LevelMesh& level, const Layers& newLayers);
-    LayerGround& Ground(const LevelMesh& level) { return grounds[&level]; }
+    LayerBase& LayerBaseOf(const LevelMesh& level) { return layerBases[&level]; }
     /// Returns null if the level has no layer base yet.
-    const LayerGround* FindGround(const LevelMesh& level) const;
+    const LayerBase* FindLayerBase(const LevelMesh& level) const;
     /// Renumbers the vertices: vertex v of the level becomes vertex map[v].
     void Renumber(const LevelMesh& level, const std::vector<uint32_t>& map);
     /// Called when a level is destroyed; removes its layers and their base.
@@ -43,7 +43,7 @@ public:
 
 private:
     Layers layers;
-    std::map<const LevelMesh*, LayerGround> grounds;
+    std::map<const LevelMesh*, LayerBase> layerBases;
 };
 
 }  // namespace trovik

@@ -47,9 +47,9 @@ void SculptLayer::set(
     if (layerSlot >= entries.size()) layerSlot = SlotOf(vertex);
     Entry& entry = entries[layerSlot];
     assert(entry.vertex == vertex);
-    TakeForeignMove(entry);
+    AbsorbForeignMove(entry);
     entry.state.offset = *offset;
-    const Vector composite = Composed(entry.state.rest, PresentStrength(), entry.state.offset);
+    const Vector composite = Composed(entry.state.rest, EffectiveStrength(), entry.state.offset);
     if (updateComposite) {
         level->StorePosition(vertex, composite);
         entry.state.seen = composite;
@@ -57,7 +57,7 @@ void SculptLayer::set(
     if (out != nullptr) *out = composite;
 }
 
-uint32_t& SculptLayer::PlaceFor(uint32_t vertex) {
+uint32_t& SculptLayer::SlotEntryOf(uint32_t vertex) {
     const uint32_t page = vertex >> pageBits;
     if (page >= slotPages.size()) slotPages.resize(page + 1);
     if (slotPages[page] == nullptr) {
@@ -68,7 +68,7 @@ uint32_t& SculptLayer::PlaceFor(uint32_t vertex) {
 }
 
 uint32_t SculptLayer::SlotOf(uint32_t vertex) {
-    uint32_t& slot = PlaceFor(vertex);
+    uint32_t& slot = SlotEntryOf(vertex);
     if (slot == noSlot) {
         const Vector position = level->Position(vertex);
         entries.push_back({vertex, {position, Vector(), position}});
@@ -85,7 +85,7 @@ uint32_t SculptLayer::FindSlot(uint32_t vertex) const {
 
 Vector SculptLayer::Rest(uint32_t vertex) const {
     const uint32_t slot = FindSlot(vertex);
-    return slot == noSlot ? level->Position(vertex) : PresentRest(entries[slot]);
+    return slot == noSlot ? level->Position(vertex) : CurrentRest(entries[slot]);
 }
 
 Vector SculptLayer::Offset(uint32_t vertex) const {
@@ -94,7 +94,7 @@ Vector SculptLayer::Offset(uint32_t vertex) const {
 }
 
 void SculptLayer::SetStrength(float newStrength) {
-    for (Entry& entry : entries) TakeForeignMove(entry);
+    for (Entry& entry : entries) AbsorbForeignMove(entry);
     given.strength = newStrength;
     for (uint32_t slot = 0; slot < SlotCount(); ++slot) Compose(slot);
 }
@@ -103,7 +103,7 @@ void SculptLayer::Renumber(const std::vector<uint32_t>& map) {
     slotPages.clear();
     for (uint32_t slot = 0; slot < SlotCount(); ++slot) {
         entries[slot].vertex = map[entries[slot].vertex];
-        PlaceFor(entries[slot].vertex) = slot;
+        SlotEntryOf(entries[slot].vertex) = slot;
     }
 }
 
@@ -111,15 +111,15 @@ void SculptLayer::SwapState(uint32_t slot, State& state) { std::swap(entries[slo
 
 Vector SculptLayer::Composite(uint32_t slot) const {
     const State& state = entries[slot].state;
-    return Composed(state.rest, PresentStrength(), state.offset);
+    return Composed(state.rest, EffectiveStrength(), state.offset);
 }
 
 void SculptLayer::Compose(uint32_t slot) {
     Entry& entry = entries[slot];
-    TakeForeignMove(entry);
+    AbsorbForeignMove(entry);
     // Without an offset the strength has no effect, and adding zero could change -0 to +0.
     if (IsAtRest(entry.state)) return;
-    const Vector composite = Composed(entry.state.rest, PresentStrength(), entry.state.offset);
+    const Vector composite = Composed(entry.state.rest, EffectiveStrength(), entry.state.offset);
     level->SetPosition(entry.vertex, composite);
     entry.state.seen = composite;
 }
@@ -131,7 +131,7 @@ uint64_t SculptLayer::Bytes() const {
     return bytes;
 }
 
-Vector SculptLayer::PresentRest(const Entry& entry) const {
+Vector SculptLayer::CurrentRest(const Entry& entry) const {
     const Vector present = level->Position(entry.vertex);
     if (SameBits(present, entry.state.seen)) return entry.state.rest;
     // If the layer does not displace the vertex, its rest position is exactly its position.
@@ -139,8 +139,8 @@ Vector SculptLayer::PresentRest(const Entry& entry) const {
     return entry.state.rest + (present - entry.state.seen);
 }
 
-void SculptLayer::TakeForeignMove(Entry& entry) {
-    entry.state.rest = PresentRest(entry);
+void SculptLayer::AbsorbForeignMove(Entry& entry) {
+    entry.state.rest = CurrentRest(entry);
     entry.state.seen = level->Position(entry.vertex);
 }
 

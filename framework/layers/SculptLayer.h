@@ -67,13 +67,13 @@ public:
         /// False if the layer is locked against sculpting.
         bool writable = true;
     };
-    const Properties& Given() const { return given; }
+    const Properties& UserProperties() const { return given; }
     /// Sets the properties. Positions do not change.
-    void Give(const Properties& properties) { given = properties; }
+    void SetUserProperties(const Properties& properties) { given = properties; }
 
     float Strength() const { return given.strength; }
     /// The effective strength: 0 while the layer is hidden.
-    float PresentStrength() const { return given.visible ? given.strength : 0.0f; }
+    float EffectiveStrength() const { return given.visible ? given.strength : 0.0f; }
     /// Updates the composite position of every vertex of the layer. The caller updates normals.
     void SetStrength(float newStrength);
     void SetWritable(bool on) { given.writable = on; }
@@ -81,7 +81,7 @@ public:
     /// Null after the level is destroyed; the content of the layer can then no longer be applied.
     LevelMesh* Level() const { return level; }
     /// Called by the level when it is destroyed.
-    void ForgetLevel() { level = nullptr; }
+    void OnLevelDestroyed() { level = nullptr; }
     /// Renumbers the vertices: vertex v of the level becomes vertex map[v].
     void Renumber(const std::vector<uint32_t>& map);
 
@@ -116,9 +116,9 @@ private:
         State state;
     };
     /// Returns the entry that stores the slot of the vertex, and creates its page if necessary.
-    uint32_t& PlaceFor(uint32_t vertex);
-    Vector PresentRest(const Entry& entry) const;
-    void TakeForeignMove(Entry& entry);
+    uint32_t& SlotEntryOf(uint32_t vertex);
+    Vector CurrentRest(const Entry& entry) const;
+    void AbsorbForeignMove(Entry& entry);
 
     LevelMesh* level;
     Properties given;

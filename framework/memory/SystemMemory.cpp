@@ -26,11 +26,11 @@ void PreferLargePages(void* memory, uint64_t bytes) {
     if (memory != nullptr && bytes >= least) Advise(memory, bytes, MADV_HUGEPAGE);
 }
 
-void GiveBackPages(void* memory, uint64_t bytes) {
+void ReleasePages(void* memory, uint64_t bytes) {
     if (memory != nullptr) Advise(memory, bytes, MADV_DONTNEED);
 }
 
-void GiveBackFreedMemory() {
+void ReleaseFreedMemory() {
 #ifdef __GLIBC__
     malloc_trim(0);
 #endif

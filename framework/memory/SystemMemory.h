@@ -15,11 +15,11 @@ TROVIK_API void PreferLargePages(void* memory, uint64_t bytes);
 
 /// Returns the pages of memory to the system, which maps new ones on the next access. Addresses do
 /// not change; the contents are lost.
-TROVIK_API void GiveBackPages(void* memory, uint64_t bytes);
+TROVIK_API void ReleasePages(void* memory, uint64_t bytes);
 
 /// Returns memory to the system that the program has freed but the allocator still holds. Holds the
 /// locks of the allocator for some milliseconds, so it is only useful after large objects are
 /// freed.
-TROVIK_API void GiveBackFreedMemory();
+TROVIK_API void ReleaseFreedMemory();
 
 }  // namespace trovik

@@ -19,7 +19,7 @@ namespace {
 struct EdgeSide {
     uint32_t higherEnd;
     /// face * 4 + side.
-    uint32_t place;
+    uint32_t packedSide;
     /// Whether the side runs from the lower end to the higher end.
     bool rising;
 };
@@ -175,24 +175,27 @@ void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
     std::vector<EdgeSide> sides(static_cast<std::size_t>(faceCount) * corners);
     std::vector<uint32_t> next(firstOfVertex.begin(), firstOfVertex.end() - 1);
     for (uint32_t face = 0; face < faceCount; ++face)
-        forEachSide(face, [&](uint32_t a, uint32_t b, uint32_t place) {
-            sides[next[std::min(a, b)]++] = {std::max(a, b), place, a < b};
+        forEachSide(face, [&](uint32_t a, uint32_t b, uint32_t packedSide) {
+            sides[next[std::min(a, b)]++] = {std::max(a, b), packedSide, a < b};
         });
     std::vector<uint32_t> found(sides.size(), openBorder);
-    const auto slot = [corners](uint32_t place) { return (place >> 2) * corners + (place & 3u); };
+    const auto slot = [corners](uint32_t packedSide) {
+        return (packedSide >> 2) * corners + (packedSide & 3u);
+    };
     for (std::size_t v = 0; v < vertexCount; ++v) {
         phase.Add();
         EdgeSide* const last = sides.data() + firstOfVertex[v + 1];
         EdgeSide* first = sides.data() + firstOfVertex[v];
         std::sort(first, last, [](const EdgeSide& a, const EdgeSide& b) {
-            return a.higherEnd != b.higherEnd ? a.higherEnd < b.higherEnd : a.place < b.place;
+            return a.higherEnd != b.higherEnd ? a.higherEnd < b.higherEnd
+                                              : a.packedSide < b.packedSide;
         });
         while (first != last) {
             EdgeSide* end = first + 1;
             while (end != last && end->higherEnd == first->higherEnd) ++end;
             if (end - first == 2 && first[0].rising != first[1].rising) {
-                found[slot(first[0].place)] = first[1].place;
-                found[slot(first[1].place)] = first[0].place;
+                found[slot(first[0].packedSide)] = first[1].packedSide;
+                found[slot(first[1].packedSide)] = first[0].packedSide;
             }
             first = end;
         }

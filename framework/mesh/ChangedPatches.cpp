@@ -32,7 +32,7 @@ public:
         std::vector<uint32_t> owners;
         std::vector<uint32_t> around;
         for (const uint32_t vertex : vertices) {
-            if (NewVertices* one = BornWith(vertex)) {
+            if (NewVertices* one = NewVerticesOf(vertex)) {
                 if (one->Find(vertex)) owners.push_back(one->Patch());
                 continue;
             }
@@ -49,7 +49,7 @@ public:
 private:
     /// Returns the entry of the level in which the vertex is new; null if that is at most the patch
     /// level.
-    NewVertices* BornWith(uint32_t vertex) {
+    NewVertices* NewVerticesOf(uint32_t vertex) {
         for (std::size_t i = born.size(); i-- > 0;)
             if (vertex >= firstNew[i]) return &born[i];
         return nullptr;

@@ -182,7 +182,7 @@ public:
     /// Vertices that were passed to the visitor's Tester in the last EnumerateVertices, in order.
     const std::vector<FaceVisit>& LastVertexWalk() const { return lastVertexWalk; }
     /// Empties both lists, so that a caller can detect whether a walk ran afterwards.
-    void ForgetLastWalks() {
+    void ClearLastWalks() {
         lastFaceWalk.clear();
         lastVertexWalk.clear();
     }

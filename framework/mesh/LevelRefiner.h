@@ -19,11 +19,13 @@ public:
 
     /// Builds the faces and vertex numbers of the level above. `fine` must be empty.
     void RefineTopology(LevelMesh& fine);
-    /// Computes the positions of the level above. Calls `place(vertex, position)` once for each
-    /// vertex of the fine level. `fine` supplies the vertex numbers.
-    /// \param positions  of the coarse level; null to use its current positions. Borrowed.
-    template <typename Place>
-    void RefinePositions(const LevelMesh& fine, Place place, const Vector* positions = nullptr);
+    /// Computes the positions of the level above. Calls `setPosition(vertex, position)` once for
+    /// each vertex of the fine level. `fine` supplies the vertex numbers. \param positions  of the
+    /// coarse level; null to use its current positions. Borrowed.
+    template <typename SetPosition>
+    void RefinePositions(const LevelMesh& fine,
+                         SetPosition setPosition,
+                         const Vector* positions = nullptr);
 
 private:
     bool OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const;

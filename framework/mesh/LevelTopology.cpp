@@ -79,15 +79,15 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
         // The divisors are compile-time constants.
         const uint32_t above = ofTriangle ? face / 3 : face / 4;
         const uint32_t child = face - above * childCount;
-        const ChildSide place =
+        const ChildSide childSide =
             ofTriangle ? TriangleChildSide(child, side) : QuadChildSide(child, side);
-        if (place.inside) {
-            neighbour = (above * childCount + place.sibling) * 4 + place.siblingSide;
+        if (childSide.inside) {
+            neighbour = (above * childCount + childSide.sibling) * 4 + childSide.siblingSide;
             break;
         }
-        halves = halves << 1 | (place.firstHalf ? 1u : 0u);
+        halves = halves << 1 | (childSide.firstHalf ? 1u : 0u);
         face = above;
-        side = place.parentSide;
+        side = childSide.parentSide;
         --level;
     }
     if (neighbour == openBorder) return openBorder;

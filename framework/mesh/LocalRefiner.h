@@ -16,7 +16,7 @@ public:
     /// \param positions  of the coarse level; null to use its current positions. Both arguments are
     /// borrowed.
     LocalRefiner(LevelMesh& coarseLevel, const Vector* positions)
-        : coarse(coarseLevel), places(positions), corners(coarseLevel.CornersPerFace()) {}
+        : coarse(coarseLevel), inputPositions(positions), corners(coarseLevel.CornersPerFace()) {}
     /// Refines an older state of the coarse level.
     /// \param positions  sorted.
     LocalRefiner(LevelMesh& coarseLevel, const OlderValues<Vector>& positions)
@@ -24,7 +24,7 @@ public:
 
     /// Returns the position of a coarse vertex that the refinement uses as input.
     Vector At(uint32_t vertex) const {
-        if (places != nullptr) return places[vertex];
+        if (inputPositions != nullptr) return inputPositions[vertex];
         const Vector* position = older == nullptr ? nullptr : older->Find(vertex);
         return position == nullptr ? coarse.Position(vertex) : *position;
     }
@@ -39,7 +39,7 @@ public:
 
 private:
     LevelMesh& coarse;
-    const Vector* places = nullptr;
+    const Vector* inputPositions = nullptr;
     const OlderValues<Vector>* older = nullptr;
     uint32_t corners;
     std::vector<uint32_t> facesAround;

@@ -115,7 +115,7 @@ std::vector<std::uint32_t> FindTwins(const CornerRing& ring,
     ForEachEdge(groups, [&](std::size_t first, std::size_t last) {
         phase.Add(last - first);
         if (last - first > 2) {
-            ++report.crowdedEdges;
+            ++report.nonManifoldEdges;
         } else if (last - first == 2) {
             const std::uint32_t a = groups.halfEdges[first].second;
             const std::uint32_t b = groups.halfEdges[first + 1].second;
@@ -255,7 +255,7 @@ ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* job) {
         });
     }
     report.addedVertices = further.size();
-    if (report.crowdedEdges > 0) {
+    if (report.nonManifoldEdges > 0) {
         FindClosedCuts(ring, groups, report);
     }
     return report;

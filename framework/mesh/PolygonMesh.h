@@ -33,7 +33,7 @@ struct PolygonMesh {
 /// The result of MakeOrientedManifold. All members are zero or empty for an oriented manifold.
 struct ManifoldReport {
     /// Non-manifold edges: edges with more than two faces.
-    std::size_t crowdedEdges = 0;
+    std::size_t nonManifoldEdges = 0;
     /// Edges whose two faces have the same direction along the edge.
     std::size_t misorientedEdges = 0;
     /// Vertices that were duplicated because their faces do not form a single fan.

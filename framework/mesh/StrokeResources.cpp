@@ -14,7 +14,7 @@ namespace {
 
 /// Runs an action in a destructor, which cannot report errors to a caller.
 template <class Action>
-void DropErrorsOf(Action action) {
+void IgnoreErrorsOf(Action action) {
     try {
         action();
     } catch (Error* error) {
@@ -32,7 +32,7 @@ StrokeResources::~StrokeResources() {
         // The destructor of the change removes it from the list.
         const std::unique_ptr<EndableChange> change(changes.front());
         if (change->IsFinished()) continue;
-        DropErrorsOf([&] { change->Finish(true, joinPrevious); });
+        IgnoreErrorsOf([&] { change->Finish(true, joinPrevious); });
         joinPrevious = true;
     }
     while (!lockedMeshes.empty()) {
@@ -43,7 +43,7 @@ StrokeResources::~StrokeResources() {
 }
 
 void StrokeResources::EndStroke() {
-    DropErrorsOf([this] { brush.EndStroke(); });
+    IgnoreErrorsOf([this] { brush.EndStroke(); });
 }
 
 void StrokeResources::RemoveLock(const LevelMesh& mesh) { std::erase(lockedMeshes, &mesh); }

@@ -3,8 +3,8 @@
 
 namespace trovik {
 
-Vector WorldNormal(const Placement& place, const Vector& local) {
-    const Matrix& back = place.ToLocal();
+Vector WorldNormal(const MatrixTransform& transform, const Vector& local) {
+    const Matrix& back = transform.ToLocal();
     const auto along = [&](int row) {
         return (back.m[row][0] * local.x + back.m[row][1] * local.y) + back.m[row][2] * local.z;
     };

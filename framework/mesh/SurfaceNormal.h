@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/math/Placement.h"
+#include "framework/math/MatrixTransform.h"
 #include "host/MeshRecords.h"
 
 namespace trovik {
@@ -15,6 +15,6 @@ inline Vector Unpacked(const PackedNormal& normal) {
 /// Transforms a mesh-local normal of any length to world space; returns unit length or zero. Uses
 /// the transpose of the inverse, so that the normal stays perpendicular to a surface with
 /// non-uniform scale.
-TROVIK_API Vector WorldNormal(const Placement& place, const Vector& local);
+TROVIK_API Vector WorldNormal(const MatrixTransform& transform, const Vector& local);
 
 }  // namespace trovik

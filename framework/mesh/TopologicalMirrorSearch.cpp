@@ -27,7 +27,7 @@ constexpr std::size_t partnerLimit = 4;
 constexpr uint64_t walkLimit = 200;
 /// If the error of a seed or map is at most this fraction of its size, it is a reflection up to
 /// rounding.
-constexpr double exactShare = 1e-10;
+constexpr double exactRatio = 1e-10;
 
 struct Seed {
     /// The squared distance of the two faces from being each other's reflection in a plane x = c,
@@ -40,7 +40,7 @@ struct Seed {
 };
 
 /// A component of faces that are connected by edges.
-struct Part {
+struct Component {
     std::vector<uint32_t> faces;
     double centre[3] = {0.0, 0.0, 0.0};
     /// Mean squared distance from the centre.
@@ -80,11 +80,11 @@ private:
     };
 
     /// Returns the position of the vertex, with the mirror axis as x.
-    Vector PlaceOf(uint32_t vertex) const {
-        Vector place = base.Position(vertex);
-        if (axis == 1) std::swap(place.x, place.y);
-        if (axis == 2) std::swap(place.x, place.z);
-        return place;
+    Vector PointOf(uint32_t vertex) const {
+        Vector point = base.Position(vertex);
+        if (axis == 1) std::swap(point.x, point.y);
+        if (axis == 2) std::swap(point.x, point.z);
+        return point;
     }
     uint32_t VertexAt(uint32_t face, uint32_t corner) const {
         return base.faceVertexIndices.array[face * corners + corner];
@@ -106,7 +106,7 @@ private:
     bool Walk(const Seed& seed);
     bool Pair(uint32_t face, uint32_t across, uint32_t shift);
     bool PairVertices(uint32_t vertex, uint32_t across);
-    Map TakeBack();
+    Map EndWalk();
 
     /// Counts the faces of finished parts; the walks poll it.
     JobPhase phase;
@@ -115,7 +115,7 @@ private:
     uint32_t corners;
     std::vector<uint32_t>& images;
     std::vector<uint32_t> vertexImages;
-    std::vector<Part> parts;
+    std::vector<Component> parts;
     std::vector<uint32_t> partOf;
     /// The entries that the current walk has made, in order.
     std::vector<uint32_t> walked;
@@ -155,7 +155,7 @@ void TopologicalMirrorSearch::FindParts() {
     for (uint32_t first = 0; first < base.faceCount; ++first) {
         if (partOf[first] != openBorder) continue;
         const auto number = static_cast<uint32_t>(parts.size());
-        Part part;
+        Component part;
         part.faces.push_back(first);
         partOf[first] = number;
         double squares = 0.0;
@@ -163,7 +163,7 @@ void TopologicalMirrorSearch::FindParts() {
             phase.Poll();
             const uint32_t face = part.faces[at];
             for (uint32_t k = 0; k < corners; ++k) {
-                const Vector p = PlaceOf(VertexAt(face, k));
+                const Vector p = PointOf(VertexAt(face, k));
                 part.centre[0] += p.x;
                 part.centre[1] += p.y;
                 part.centre[2] += p.z;
@@ -188,7 +188,7 @@ void TopologicalMirrorSearch::FindParts() {
 double TopologicalMirrorSearch::MiddleOf(uint32_t face, uint32_t across) const {
     double sum = 0.0;
     for (uint32_t k = 0; k < corners; ++k)
-        sum += static_cast<double>(PlaceOf(VertexAt(face, k)).x) + PlaceOf(VertexAt(across, k)).x;
+        sum += static_cast<double>(PointOf(VertexAt(face, k)).x) + PointOf(VertexAt(across, k)).x;
     return sum / (2.0 * corners);
 }
 
@@ -200,8 +200,8 @@ double TopologicalMirrorSearch::ErrorOf(uint32_t face,
                                         double plane) const {
     double error = 0.0;
     for (uint32_t k = 0; k < corners; ++k) {
-        const Vector a = PlaceOf(VertexAt(face, k));
-        const Vector b = PlaceOf(VertexAt(across, CornerAcross(shift, k)));
+        const Vector a = PointOf(VertexAt(face, k));
+        const Vector b = PointOf(VertexAt(across, CornerAcross(shift, k)));
         const double x = static_cast<double>(a.x) + b.x - 2.0 * plane;
         const double y = static_cast<double>(a.y) - b.y;
         const double z = static_cast<double>(a.z) - b.z;
@@ -212,9 +212,9 @@ double TopologicalMirrorSearch::ErrorOf(uint32_t face,
 
 double TopologicalMirrorSearch::SizeOf(uint32_t face) const {
     double size = 0.0;
-    const Vector a = PlaceOf(VertexAt(face, 0));
+    const Vector a = PointOf(VertexAt(face, 0));
     for (uint32_t k = 1; k < corners; ++k) {
-        const Vector edge = PlaceOf(VertexAt(face, k)) - a;
+        const Vector edge = PointOf(VertexAt(face, k)) - a;
         size += static_cast<double>(edge.x) * edge.x + static_cast<double>(edge.y) * edge.y +
                 static_cast<double>(edge.z) * edge.z;
     }
@@ -250,7 +250,7 @@ void TopologicalMirrorSearch::KeepSeed(std::vector<Seed>& seeds,
 }
 
 TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number) {
-    const Part& part = parts[number];
+    const Component& part = parts[number];
     std::vector<Map> maps;
     std::vector<Seed> seeds;
     for (const uint32_t face : part.faces) {
@@ -269,7 +269,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     // centre of this one.
     std::vector<std::pair<double, std::size_t>> partners;
     for (std::size_t other = number + 1; other < parts.size(); ++other) {
-        const Part& candidate = parts[other];
+        const Component& candidate = parts[other];
         if (candidate.isDone || candidate.faces.size() != part.faces.size()) continue;
         const double x = candidate.centre[0] + part.centre[0];
         const double y = candidate.centre[1] - part.centre[1];
@@ -313,7 +313,7 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
         };
         if (std::any_of(maps.begin(), maps.end(), holdsSeed)) continue;
         const bool isConsistent = Walk(seed);
-        Map map = TakeBack();
+        Map map = EndWalk();
         if (!isConsistent || !IsReflection(map)) continue;
         double size = 0.0;
         map.error = 0.0;
@@ -322,7 +322,7 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
             map.error += ErrorOf(face, image >> 2, image & 3u, 0.0);
             size += SizeOf(face);
         }
-        const bool isExact = map.error <= exactShare * size;
+        const bool isExact = map.error <= exactRatio * size;
         maps.push_back(std::move(map));
         if (isExact) return true;
         ++found;
@@ -339,9 +339,9 @@ bool TopologicalMirrorSearch::IsReflection(const Map& map) {
         phase.Poll();
         for (uint32_t k = 0; k < corners; ++k) {
             const uint32_t next = (k + 1) % corners;
-            const Vector a = PlaceOf(VertexAt(face, next)) - PlaceOf(VertexAt(face, k));
-            const Vector b = PlaceOf(VertexAt(image >> 2, CornerAcross(image & 3u, next))) -
-                             PlaceOf(VertexAt(image >> 2, CornerAcross(image & 3u, k)));
+            const Vector a = PointOf(VertexAt(face, next)) - PointOf(VertexAt(face, k));
+            const Vector b = PointOf(VertexAt(image >> 2, CornerAcross(image & 3u, next))) -
+                             PointOf(VertexAt(image >> 2, CornerAcross(image & 3u, k)));
             sums[0] += static_cast<double>(a.x) * b.x;
             sums[1] += static_cast<double>(a.y) * b.y;
             sums[2] += static_cast<double>(a.z) * b.z;
@@ -405,7 +405,7 @@ bool TopologicalMirrorSearch::PairVertices(uint32_t vertex, uint32_t across) {
 
 /// Returns the pairs that the walk has found, by face, and restores the tables to their state
 /// before the walk.
-TopologicalMirrorSearch::Map TopologicalMirrorSearch::TakeBack() {
+TopologicalMirrorSearch::Map TopologicalMirrorSearch::EndWalk() {
     Map map;
     map.faces.reserve(walked.size());
     for (const uint32_t face : walked) {

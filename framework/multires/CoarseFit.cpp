@@ -140,7 +140,7 @@ private:
     std::vector<uint8_t> onBorder;
 };
 
-constexpr int mostIterations = 200;
+constexpr int maxIterations = 200;
 /// The fit stops when the squared gradient is below this fraction of the initial one, which is
 /// sufficient for single precision.
 constexpr double accuracy = 1e-20;
@@ -152,7 +152,7 @@ std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
                                        const std::vector<Vector>& finePositions,
                                        JobControl* job) {
     // One element per iteration.
-    JobPhase phase(job, "Fitting the coarse level", mostIterations);
+    JobPhase phase(job, "Fitting the coarse level", maxIterations);
     const RefineMap map(coarse, fine, phase);
     // Starts from the positions of the fine vertices; the fit then reduces the residual.
     Points x(coarse.VertexCount());
@@ -169,7 +169,7 @@ std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
     Points direction = gradient;
     double size = Dot(gradient, gradient);
     const double enough = size * accuracy;
-    for (int i = 0; i < mostIterations && size > enough; ++i) {
+    for (int i = 0; i < maxIterations && size > enough; ++i) {
         const Points step = map.Refine(direction);
         const double length = Dot(step, step);
         if (!(length > 0.0)) break;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/multires/DetailCarrier.h"
 
+#include "framework/math/FrameRotation.h"
 #include "framework/math/IsFinite.h"
 #include "framework/math/SameBits.h"
-#include "framework/math/SurfaceTurn.h"
 #include "framework/mesh/VertexNeighbours.h"
 #include "framework/multires/RefinedRegion.h"
-#include "framework/multires/TurnedLayers.h"
+#include "framework/multires/RotatedLayers.h"
 
 #include <algorithm>
 #include <array>
@@ -80,7 +80,7 @@ public:
     }
 
     /// \param turn  newly constructed.
-    void Find(uint32_t point, SurfaceTurn& turn) {
+    void Find(uint32_t point, FrameRotation& turn) {
         const uint32_t* const first = slots.data() + (point == 0 ? 0 : ends[point - 1]);
         const uint32_t* const end = slots.data() + ends[point];
         for (const uint32_t* slot = first; slot != end; ++slot) turn.AddNormal(normals[*slot / 4]);
@@ -96,7 +96,7 @@ public:
     }
 
 private:
-    SurfaceTurn::Face NormalsOf(const RefinedRegion::Quad& quad) const {
+    FrameRotation::Face NormalsOf(const RefinedRegion::Quad& quad) const {
         const RefinedRegion::Point& a = region.At(quad[0]);
         const RefinedRegion::Point& b = region.At(quad[1]);
         const RefinedRegion::Point& c = region.At(quad[2]);
@@ -104,7 +104,7 @@ private:
         return {(c.before - a.before) & (d.before - b.before),
                 (c.after - a.after) & (d.after - b.after)};
     }
-    const SurfaceTurn::Edge& EdgeTo(uint32_t end, uint32_t point, const SurfaceTurn& turn) {
+    const FrameRotation::Edge& EdgeTo(uint32_t end, uint32_t point, const FrameRotation& turn) {
         for (const KnownEdge& known : edges)
             if (known.end == end) return known.edge;
         const RefinedRegion::Point& from = region.At(point);
@@ -115,12 +115,12 @@ private:
 
     struct KnownEdge {
         uint32_t end;
-        SurfaceTurn::Edge edge;
+        FrameRotation::Edge edge;
     };
     const RefinedRegion& region;
     /// The quads of the region with a point whose rotation is needed.
     std::vector<RefinedRegion::Quad> quads;
-    std::vector<SurfaceTurn::Face> normals;
+    std::vector<FrameRotation::Face> normals;
     /// 4 x quad + corner, grouped by point; `ends` holds the end of each group.
     std::vector<uint32_t> slots;
     std::vector<uint32_t> ends;
@@ -145,7 +145,7 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
                                uint32_t firstOwner,
                                uint32_t lastOwner,
                                const OlderValues<Vector>& seen,
-                               TurnedLayers* layers,
+                               RotatedLayers* layers,
                                JobPhase& phase,
                                CarriedLevel& carried) {
     const uint32_t corners = coarse.CornersPerFace();
@@ -186,14 +186,14 @@ void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
             turns.Find(point, move.turn);
         }
         const uint32_t vertex = region.VertexOf(point);
-        const Vector place = move.Carried(fine.Position(vertex));
-        if (layers != nullptr) layers->Turn(vertex, place, move);
-        MoveVertex(fine, vertex, place, carried);
+        const Vector newPosition = move.Carried(fine.Position(vertex));
+        if (layers != nullptr) layers->Turn(vertex, newPosition, move);
+        MoveVertex(fine, vertex, newPosition, carried);
     }
 }
 
 void DetailCarrier::Up(const OlderValues<Vector>& seen,
-                       TurnedLayers* layers,
+                       RotatedLayers* layers,
                        CarriedLevel& carried) {
     carried.level = static_cast<uint32_t>(fine.Index());
     const std::vector<uint32_t> changed = Changed(coarse, seen, job);
@@ -226,9 +226,9 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
         const SurfaceMove move{SeenPosition(coarse, seen, vertex), coarse.Position(vertex), {}};
-        const Vector place = move.Carried(fine.Position(vertex));
-        if (layers != nullptr) layers->Turn(vertex, place, move);
-        MoveVertex(fine, vertex, place, carried);
+        const Vector newPosition = move.Carried(fine.Position(vertex));
+        if (layers != nullptr) layers->Turn(vertex, newPosition, move);
+        MoveVertex(fine, vertex, newPosition, carried);
     }
     RefreshNormals(fine, carried, job);
     if (layers != nullptr) layers->Finish();

@@ -13,7 +13,7 @@ namespace trovik {
 /// "Interactive multiresolution mesh editing", 1997).
 ///
 /// A fine level is the refinement of the coarse level plus a detail vector per vertex, expressed in
-/// a frame that rotates with the refined surface (SurfaceTurn). The positions of both levels are
+/// a frame that rotates with the refined surface (FrameRotation). The positions of both levels are
 /// stored. The detail is computed from them, so it takes no memory, and an unchanged level stays
 /// bit-identical. The state of the coarse level at the last synchronisation of two adjacent levels
 /// is called "seen". The detail of a fine vertex is its distance from the refinement of that state.
@@ -21,7 +21,7 @@ namespace trovik {
 /// Upwards: if the refinements of the seen and the current state differ at a fine vertex, the
 /// vertex moves to its refined position plus its detail, rotated as the surface rotated there. A
 /// vertex without detail is exactly at the position that subdivision would give it. The offsets
-/// that layers of the fine level store for the vertex rotate with its detail (TurnedLayers).
+/// that layers of the fine level store for the vertex rotate with its detail (RotatedLayers).
 ///
 /// Downwards: a coarse vertex moves by a weighted mean of the moves of the fine vertices at and
 /// around it: 1/4 its own vertex, 1/2 the mean of its edge points, 1/4 the mean of its face points.
@@ -47,7 +47,7 @@ public:
     /// \param seen  the positions of the coarse level at the last synchronisation, sorted.
     /// \param layers  of the fine level; null if it has none.
     /// \param carried  receives the changes of the fine surface.
-    void Up(const OlderValues<Vector>& seen, TurnedLayers* layers, CarriedLevel& carried);
+    void Up(const OlderValues<Vector>& seen, RotatedLayers* layers, CarriedLevel& carried);
     /// Propagates changes of the fine level to the coarse level.
     /// \param seen  the positions of the fine level at the last synchronisation, sorted.
     /// \param carried  receives the changes of the coarse level.
@@ -65,7 +65,7 @@ private:
                     uint32_t firstOwner,
                     uint32_t lastOwner,
                     const OlderValues<Vector>& seen,
-                    TurnedLayers* layers,
+                    RotatedLayers* layers,
                     JobPhase& phase,
                     CarriedLevel& carried);
     void MoveVertex(LevelMesh& level, uint32_t vertex, const Vector& to, CarriedLevel& carried);

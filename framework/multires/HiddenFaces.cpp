@@ -23,9 +23,9 @@ bool AreAllHidden(const LevelMesh& level, uint32_t first, uint32_t count) {
 }
 
 /// Returns the coarse faces in `runs` whose visibility does not match that of their children.
-std::vector<FaceRun> Disagreeing(const LevelMesh& coarse,
-                                 const LevelMesh& fine,
-                                 const std::vector<FaceRun>& runs) {
+std::vector<FaceRun> DifferingFromChildren(const LevelMesh& coarse,
+                                           const LevelMesh& fine,
+                                           const std::vector<FaceRun>& runs) {
     const uint32_t children = coarse.CornersPerFace();
     std::vector<FaceRun> found;
     for (const FaceRun& run : runs)
@@ -103,7 +103,7 @@ void ToggleHidden(LevelGeometry& geometry, const std::vector<FaceRun>& runs) {
         level.ToggleHidden(toggled);
         ReportToggled(geometry, index, toggled);
         if (index == 0) break;
-        toggled = Disagreeing(
+        toggled = DifferingFromChildren(
             *geometry.Level(index - 1), level, FacesOnLevel(geometry, toggled, index, index - 1));
     }
 }
@@ -126,7 +126,7 @@ void HideParents(LevelMesh& coarse, const LevelMesh& fine) {
     coarse.RefreshHidden();
 }
 
-void AgreeOnHidden(LevelGeometry& geometry) {
+void UpdateHiddenFromHighest(LevelGeometry& geometry) {
     uint32_t index = geometry.LevelCount() - 1;
     geometry.Level(index)->RefreshHidden();
     while (index-- > 0) HideParents(*geometry.Level(index), *geometry.Level(index + 1));

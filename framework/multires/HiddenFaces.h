@@ -47,6 +47,6 @@ TROVIK_API void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
 TROVIK_API void HideParents(LevelMesh& coarse, const LevelMesh& fine);
 /// Updates the hidden faces of all levels from the highest level, after its face flags were
 /// written.
-TROVIK_API void AgreeOnHidden(LevelGeometry& geometry);
+TROVIK_API void UpdateHiddenFromHighest(LevelGeometry& geometry);
 
 }  // namespace trovik

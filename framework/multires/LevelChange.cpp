@@ -33,13 +33,13 @@ public:
         std::swap(records.capacity, spare.capacity);
     }
     /// \param vertexCount  of the mesh that the records belong to.
-    void TakeBack(Store<StoredVertexInfo>& records, uint32_t vertexCount) {
+    void Recycle(Store<StoredVertexInfo>& records, uint32_t vertexCount) {
         if (records.capacity <= spare.capacity || IsMemoryLimited()) return;
         LendTo(records);
         const uint64_t bytes = uint64_t{spare.capacity} * sizeof(StoredVertexInfo);
-        const uint64_t kept = std::clamp(uint64_t{vertexCount} * shareOfVertex, least, most);
+        const uint64_t kept = std::clamp(uint64_t{vertexCount} * sparePerVertex, least, most);
         if (bytes > kept)
-            GiveBackPages(reinterpret_cast<uint8_t*>(spare.array) + kept, bytes - kept);
+            ReleasePages(reinterpret_cast<uint8_t*>(spare.array) + kept, bytes - kept);
     }
     void Drop() { spare.Clear(); }
 
@@ -51,7 +51,7 @@ private:
 
     /// Maximum bytes kept per vertex of the mesh, so that the spare memory is small compared with
     /// the mesh, within fixed bounds.
-    static constexpr uint64_t shareOfVertex = 4;
+    static constexpr uint64_t sparePerVertex = 4;
     static constexpr uint64_t least = uint64_t{1} << 20;
     static constexpr uint64_t most = uint64_t{32} << 20;
     Store<StoredVertexInfo> spare{"spare change records"};
@@ -77,7 +77,7 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
     countsOutsideEdits = true;
     if (const SculptLayer* active = level->ActiveLayer()) {
         layer = active->Handle();
-        layerStrength = active->PresentStrength();
+        layerStrength = active->EffectiveStrength();
     }
     if (LevelChange* open = level->OpenChange()) {
         open->Unlink();
@@ -99,7 +99,7 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
 LevelChange::~LevelChange() {
     if (linked) RestoreStamps();
     Close();
-    Spare().TakeBack(recordStore, vertexCount);
+    Spare().Recycle(recordStore, vertexCount);
 }
 
 void LevelChange::DropSpareMemory() { Spare().Drop(); }
@@ -150,7 +150,7 @@ void LevelChange::Close() {
     if (resources != nullptr) resources->RemoveChange(*this);
 }
 
-std::vector<uint32_t> LevelChange::PutBack() {
+std::vector<uint32_t> LevelChange::RevertStroke() {
     assert(linked && "only an open change can be reverted");
     ++outsideEdits;
     std::vector<uint32_t> vertices;

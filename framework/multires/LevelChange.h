@@ -56,7 +56,7 @@ public:
     /// Restores every vertex of the open change exactly to its state before the stroke, with its
     /// layer offset, and clears its build-up. The change stays open.
     /// \return the vertices.
-    std::vector<uint32_t> PutBack();
+    std::vector<uint32_t> RevertStroke();
 
     /// Records for the neighbouring levels the positions before the stroke of the vertices that
     /// moved. Unlink does this; otherwise only code that binds another level during a stroke calls

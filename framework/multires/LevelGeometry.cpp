@@ -22,7 +22,7 @@ namespace trovik {
 
 namespace {
 
-constexpr uint64_t mostElements = 0xfffffffeu;
+constexpr uint64_t maxElements = 0xfffffffeu;
 
 }  // namespace
 
@@ -66,7 +66,7 @@ trovik::Layer* LevelGeometry::LayerOf(LevelMesh& level) { return level.ActiveLay
 
 void LevelGeometry::LevelDestroyed(LevelMesh& level) {
     layers->Forget(level);
-    for (SculptLayer* layer : level.Layers()) layer->ForgetLevel();
+    for (SculptLayer* layer : level.Layers()) layer->OnLevelDestroyed();
     for (LevelChange* change : level.Changes()) change->Detach();
 }
 
@@ -76,7 +76,7 @@ SubdivisionLevel* LevelGeometry::LevelByIndex(uint32_t index) const {
     return index < levels.size() ? levels[index].get() : nullptr;
 }
 trovik::Transformation* LevelGeometry::Transformation() const {
-    return const_cast<Placement*>(&placement);
+    return const_cast<MatrixTransform*>(&transform);
 }
 
 uint64_t LevelGeometry::CountNextLevelVertices() const {
@@ -177,7 +177,7 @@ LevelForecast LevelGeometry::Forecast(uint32_t times) const {
     uint64_t vertices = top.VertexCount();
     uint64_t edges = CountEdges();
     LevelForecast forecast;
-    for (uint32_t i = 0; i < times && faces <= mostElements; ++i) {
+    for (uint32_t i = 0; i < times && faces <= maxElements; ++i) {
         vertices += edges + faces;
         edges = 2 * edges + corners * faces;
         faces *= corners;
@@ -193,14 +193,14 @@ LevelForecast LevelGeometry::Forecast(uint32_t times) const {
 
 void LevelGeometry::CheckForecast(uint32_t times,
                                   uint64_t byteBudget,
-                                  uint64_t furtherBytes) const {
+                                  uint64_t additionalBytes) const {
     const LevelForecast forecast = Forecast(times);
     const std::string level = std::to_string(levels.size() - 1 + forecast.levels);
     // The four indices of every face must be countable too.
-    if (forecast.vertices > mostElements || forecast.faces > mostElements / 4) {
+    if (forecast.vertices > maxElements || forecast.faces > maxElements / 4) {
         throw HostError("subdividing to level " + level + " would give " +
                         std::to_string(forecast.faces) + " faces; a level holds at most " +
-                        std::to_string(mostElements / 4));
+                        std::to_string(maxElements / 4));
     }
     const auto refuse = [&](uint64_t bytes, const std::string& reason) {
         throw HostError("subdividing to level " + level + " would give " +
@@ -211,8 +211,8 @@ void LevelGeometry::CheckForecast(uint32_t times,
     if (forecast.bytes > byteBudget)
         refuse(forecast.bytes, "the budget is " + std::to_string(byteBudget));
     const FreeMemory free = QueryFreeMemory();
-    if (forecast.bytes + furtherBytes > free.bytes)
-        refuse(forecast.bytes + furtherBytes, "only " + free.Text());
+    if (forecast.bytes + additionalBytes > free.bytes)
+        refuse(forecast.bytes + additionalBytes, "only " + free.Text());
 }
 
 std::vector<Vector> LevelGeometry::RefinedPositions(uint32_t index) const {
@@ -234,8 +234,8 @@ PolygonMesh LevelGeometry::ToPolygons(bool world) const {
         Vector p = level.Position(v);
         Vector normal = Unpacked(level.vertexNormals.array[v]).Normalized();
         if (world) {
-            p = placement.ToWorld().AffineTransform(p, 1.0f);
-            normal = WorldNormal(placement, normal);
+            p = transform.ToWorld().AffineTransform(p, 1.0f);
+            normal = WorldNormal(transform, normal);
         }
         polygons.positions[v] = {p.x, p.y, p.z};
         polygons.normals[v] = {normal.x, normal.y, normal.z};

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/history/UndoHistory.h"
-#include "framework/math/Placement.h"
+#include "framework/math/MatrixTransform.h"
 #include "framework/mesh/LevelForecast.h"
 #include "framework/mesh/LevelHierarchy.h"
 #include "framework/mesh/PolygonMesh.h"
@@ -41,8 +41,8 @@ public:
     bool Holds(const LevelMesh* level) const;
     LevelMesh* Bound() const { return levels[bound].get(); }
     uint32_t BoundIndex() const { return bound; }
-    Placement& Place() { return placement; }
-    const Placement& Place() const { return placement; }
+    MatrixTransform& Place() { return transform; }
+    const MatrixTransform& Place() const { return transform; }
 
     /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
     /// it. Freeze amounts are propagated, and children of hidden faces are hidden.
@@ -56,13 +56,12 @@ public:
     /// Returns the size of `times` additional levels. Cost: O(faces) of level 0.
     LevelForecast Forecast(uint32_t times = 1) const;
     /// Checks that `times` additional levels fit into memory.
-    /// \param furtherBytes  memory that the caller needs in addition to the levels, such as that of
-    /// a render.
-    /// \throw HostError "subdividing to level L would give F faces and V vertices and take B bytes;
-    /// REASON" if the levels exceed the budget ("the budget is N"), if the levels and the further
-    /// bytes exceed the result of QueryFreeMemory ("only N bytes of memory are free (LIMIT)"), or
-    /// if the elements of the highest level cannot be counted in the index type.
-    void CheckForecast(uint32_t times, uint64_t byteBudget, uint64_t furtherBytes = 0) const;
+    /// \param additionalBytes  memory that the caller needs in addition to the levels, such as that
+    /// of a render. \throw HostError "subdividing to level L would give F faces and V vertices and
+    /// take B bytes; REASON" if the levels exceed the budget ("the budget is N"), if the levels and
+    /// the further bytes exceed the result of QueryFreeMemory ("only N bytes of memory are free
+    /// (LIMIT)"), or if the elements of the highest level cannot be counted in the index type.
+    void CheckForecast(uint32_t times, uint64_t byteBudget, uint64_t additionalBytes = 0) const;
 
     /// Binds another level. Changes since the last switch are propagated through the levels in
     /// between: to coarser levels by fitting, to finer levels by rotating their detail with the
@@ -89,7 +88,7 @@ public:
     const CarryCounts& CarryWork() const { return carryWork; }
 
     /// Levels that were removed from the geometry. The geometry still owns everything else.
-    struct TakenLevels {
+    struct RemovedLevels {
         bool lower = false;
         std::vector<std::unique_ptr<LevelMesh>> levels;
         std::unique_ptr<TopologicalMirror> mirror;
@@ -99,12 +98,12 @@ public:
     /// becomes level 0. In the second case an existing mirror is converted to its faces, and the
     /// attributes of the old level 0 are refined to it. The bound level must remain.
     /// \throw HostError while a stroke is open; Cancelled. Nothing has changed then.
-    TakenLevels TakeLevels(bool lower, uint32_t kept, JobControl* job = nullptr);
-    /// Reinserts the levels that TakeLevels removed. Everything else must be as it was then.
-    void PutLevels(TakenLevels taken);
+    RemovedLevels RemoveLevels(bool lower, uint32_t kept, JobControl* job = nullptr);
+    /// Reinserts the levels that RemoveLevels removed. Everything else must be as it was then.
+    void RestoreLevels(RemovedLevels taken);
 
     /// Data of a level 0 that has become another level.
-    struct OfOldBase {
+    struct OldBaseData {
         std::unique_ptr<TopologicalMirror> mirror;
         SurfaceAttributes attributes;
     };
@@ -114,16 +113,16 @@ public:
     /// faces, bit-exactly. An existing mirror and the surface attributes are converted to the new
     /// faces (AttributesOfCoarse).
     /// \param coarse  the result of FindCoarseFaces for the current level 0; it is completed.
-    /// \param known  the level that TakeCoarserBase returned; null to fit a new level to the
+    /// \param known  the level that RemoveCoarserBase returned; null to fit a new level to the
     /// current one.
     /// \return the replaced data.
     /// \throw HostError while a stroke is open; Cancelled. Nothing has changed then.
-    OfOldBase PutCoarserBase(CoarseFaces& coarse,
-                             std::unique_ptr<LevelMesh> known = nullptr,
-                             JobControl* job = nullptr);
+    OldBaseData AddCoarserBase(CoarseFaces& coarse,
+                               std::unique_ptr<LevelMesh> known = nullptr,
+                               JobControl* job = nullptr);
     /// Removes level 0 again and restores the old numbers of the levels. The old mirror, if there
     /// is one, is restored too.
-    std::unique_ptr<LevelMesh> TakeCoarserBase(const CoarseFaces& coarse, OfOldBase old);
+    std::unique_ptr<LevelMesh> RemoveCoarserBase(const CoarseFaces& coarse, OldBaseData old);
 
     /// Returns the number of vertices of one additional level. Cost: O(faces) of level 0.
     uint64_t CountNextLevelVertices() const;
@@ -157,7 +156,7 @@ public:
     /// uses it.
     /// \return false if the mesh has no mirror; the geometry then has none.
     bool FindMirror(JobControl* job = nullptr);
-    void ForgetMirror() { mirror.reset(); }
+    void ClearMirror() { mirror.reset(); }
     /// Used when the content of a geometry is loaded.
     void RestoreMirror(std::unique_ptr<TopologicalMirror> found) { mirror = std::move(found); }
 
@@ -220,10 +219,10 @@ private:
     void RenumberLevels(uint32_t first, const std::vector<LevelNumbers>& numbers);
     void NumberLevels();
     /// Drops the state kept for the level below level 0, which does not exist.
-    void ForgetFromBelow();
+    void DropFromBelow();
 
     uint32_t bound = 0;
-    Placement placement;
+    MatrixTransform transform;
     SurfaceAttributes attributes;
     /// Must outlive the history and all levels, which notify it when they are destroyed.
     std::unique_ptr<LayerStack> layers;

@@ -76,7 +76,7 @@ void LevelSource::AddLayers() {
     for (const SculptLayer* layer : blended) {
         MorphTarget target;
         target.name = layer->Name();
-        target.weight = layer->PresentStrength();
+        target.weight = layer->EffectiveStrength();
         target.vertices.reserve(layer->SlotCount());
         for (std::uint32_t slot = 0; slot < layer->SlotCount(); ++slot) {
             target.vertices.push_back(layer->VertexOfSlot(slot));
@@ -116,7 +116,7 @@ std::array<float, 3> LevelSource::BasePosition(std::uint32_t vertex) const {
     int touching = 0;
     for (const SculptLayer* layer : blended) {
         if (layer->FindSlot(vertex) != SculptLayer::noSlot) {
-            base = base - layer->Offset(vertex) * layer->PresentStrength();
+            base = base - layer->Offset(vertex) * layer->EffectiveStrength();
             only = layer;
             ++touching;
         }

@@ -17,7 +17,7 @@
 #include "framework/multires/HiddenFaces.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/multires/LevelGeometry.h"
-#include "framework/multires/TurnedLayers.h"
+#include "framework/multires/RotatedLayers.h"
 
 #include <utility>
 
@@ -155,10 +155,10 @@ void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, 
     if (!known.IsKept()) return;
     LevelMesh& fine = *levels[index + 1];
     if (index + 2 < levels.size()) fine.Older().fromAbove.Keep();
-    std::shared_ptr<TurnedLayers> turned;
+    std::shared_ptr<RotatedLayers> turned;
     const LayerStack::Layers ofFine = layers->OfLevel(fine);
     if (!ofFine.empty())
-        turned = std::make_shared<TurnedLayers>(fine, ofFine, layers->Ground(fine));
+        turned = std::make_shared<RotatedLayers>(fine, ofFine, layers->LayerBaseOf(fine));
     // The changes come from the level below, so it needs no record of them.
     fine.Older().fromBelow.Drop();
     CarriedLevel& one = carried.emplace_back();
@@ -294,11 +294,11 @@ void LevelGeometry::ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobCont
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             phase.Add();
             const Vector present = level.Position(v);
-            const Vector place = shape.Position(v);
-            if (SameBits(present, place)) continue;
+            const Vector newPosition = shape.Position(v);
+            if (SameBits(present, newPosition)) continue;
             carried.vertices.push_back(v);
             carried.positionsBefore.push_back(present);
-            level.SetPosition(v, place);
+            level.SetPosition(v, newPosition);
         }
         phase.Finish();
         DetailCarrier::RefreshNormals(level, carried, job);
@@ -334,7 +334,7 @@ void LevelGeometry::SwapCarried(std::vector<CarriedLevel>& carried) {
             level.SetFreeze(one.freezeVertices[i], one.freezeBefore[i]);
             one.freezeBefore[i] = amount;
         }
-        if (one.layers != nullptr) one.layers->Exchange(layers->Ground(level));
+        if (one.layers != nullptr) one.layers->Exchange(layers->LayerBaseOf(level));
     }
 }
 
@@ -349,7 +349,7 @@ void LevelGeometry::Restore(uint32_t boundIndex, const std::vector<SeenByNeighbo
     bound = boundIndex;
     for (uint32_t i = 0; i < LevelCount(); ++i)
         levels[i]->Older() = i < seenLevels.size() ? Restored(seenLevels[i]) : OlderStates();
-    AgreeOnHidden(*this);
+    UpdateHiddenFromHighest(*this);
     KeepSeen(bound);
     ReportAll(bound, SurfaceChange::Topology);
 }

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-class TurnedLayers;
+class RotatedLayers;
 
 /// The changes that were propagated to one level: the old positions of the vertices that moved, the
 /// old normals of those that were refreshed, the old freeze amounts, and the old layer state.
@@ -22,7 +22,7 @@ struct CarriedLevel {
     std::vector<uint32_t> freezeVertices;
     std::vector<uint8_t> freezeBefore;
     /// Null if no layer has data for the vertices that moved.
-    std::shared_ptr<TurnedLayers> layers = nullptr;
+    std::shared_ptr<RotatedLayers> layers = nullptr;
 
     bool IsEmpty() const { return vertices.empty() && freezeVertices.empty() && !layers; }
     TROVIK_API uint64_t Bytes() const;

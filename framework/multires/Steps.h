@@ -21,7 +21,7 @@ namespace trovik {
 ///
 /// Memory: 32 bytes per vertex that was changed, and 16 per vertex whose change is still to be
 /// propagated; 5 per freeze amount; per vertex in layers 44, and 40 more for each layer
-/// (TurnedLayers).
+/// (RotatedLayers).
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
                                                      uint32_t index,
                                                      JobControl* job = nullptr);
@@ -74,6 +74,6 @@ TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
 /// Creates the step of a change of the transform of the geometry.
 /// \return null if the transform is bit-identical to before.
 TROVIK_API std::unique_ptr<UndoStep> MakeTransformStep(const LevelGeometry& geometry,
-                                                       const Placement& placementBefore);
+                                                       const MatrixTransform& transformBefore);
 
 }  // namespace trovik

@@ -96,7 +96,7 @@ void StrokeStep::Apply(LevelGeometry& geometry) {
     }
 
     if (SculptLayer* alive = layer == nullptr ? nullptr : *layer) {
-        const float strength = alive->PresentStrength();
+        const float strength = alive->EffectiveStrength();
         const bool sameStrength = SameBits(strength, layerStrength);
         for (LayerEntry& entry : layerEntries) {
             alive->SwapState(entry.slot, entry.state);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/math/Placement.h"
+#include "framework/math/MatrixTransform.h"
 
 #include <algorithm>
 #include <vector>
@@ -12,12 +12,12 @@ namespace trovik {
 class HostCamera : public Camera {
 public:
     trovik::Transformation* Transformation() const override {
-        return const_cast<Placement*>(&placement);
+        return const_cast<MatrixTransform*>(&placement);
     }
-    Placement& Place() { return placement; }
+    MatrixTransform& Place() { return placement; }
 
 private:
-    Placement placement;
+    MatrixTransform placement;
 };
 
 /// The current geometries, borrowed, and the active camera, which is never null.

@@ -31,7 +31,7 @@ void StoreTemplate(const Node& node, const QString& name) {
     Templates()[{node.RuntimeClass()->Name(), name}] = std::move(values);
 }
 
-bool ForgetTemplate(const ClassDesc* classDesc, const QString& name) {
+bool RemoveTemplate(const ClassDesc* classDesc, const QString& name) {
     return Templates().erase({classDesc->Name(), name}) != 0;
 }
 

@@ -12,6 +12,6 @@ namespace trovik {
 /// earlier one. The empty name is the default of the class, which new brushes start with.
 TROVIK_API void StoreTemplate(const Node& node, const QString& name);
 /// \return whether the template existed.
-TROVIK_API bool ForgetTemplate(const ClassDesc* classDesc, const QString& name);
+TROVIK_API bool RemoveTemplate(const ClassDesc* classDesc, const QString& name);
 
 }  // namespace trovik

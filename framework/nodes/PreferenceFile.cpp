@@ -75,12 +75,12 @@ void LoadPreferences(const std::string& path) {
         if (Attribute* attribute = FindPreference(key))
             attribute->SetFromString(QString::fromStdString(text));
         else
-            UnclaimedPreferences()[key] = text;
+            PendingPreferences()[key] = text;
     }
 }
 
 void SavePreferences(const std::string& path) {
-    nlohmann::json values = UnclaimedPreferences();
+    nlohmann::json values = PendingPreferences();
     if (values.is_null()) values = nlohmann::json::object();
     for (const std::string& key : PreferenceKeys())
         values[key] = FindPreference(key)->AsString().toStdString();

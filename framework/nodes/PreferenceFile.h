@@ -25,7 +25,7 @@ TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
 TROVIK_API std::vector<std::string> PreferenceKeys();
 /// Stored values, as text, of keys that are not registered yet. Registering a key removes its value
 /// from here.
-TROVIK_API std::map<std::string, std::string>& UnclaimedPreferences();
+TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
 /// Returns the reason for a message about a value whose type differs from that of the preference.
 TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);

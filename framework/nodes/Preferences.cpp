@@ -103,6 +103,6 @@ std::vector<std::string> PreferenceKeys() {
     return keys;
 }
 
-std::map<std::string, std::string>& UnclaimedPreferences() { return TheNode().unclaimed; }
+std::map<std::string, std::string>& PendingPreferences() { return TheNode().unclaimed; }
 
 }  // namespace trovik

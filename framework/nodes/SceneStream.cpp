@@ -59,13 +59,13 @@ SceneStream SceneStream::Section() const {
 
 SceneStream SceneStream::Section(const uint8_t* bytes,
                                  uint64_t sizeBytes,
-                                 uint64_t place,
+                                 uint64_t offset,
                                  QString what) const {
     SceneStream section = Section();
     section.storing = false;
     section.borrowed = bytes;
     section.size = sizeBytes;
-    section.origin = place;
+    section.origin = offset;
     section.title = std::move(what);
     return section;
 }

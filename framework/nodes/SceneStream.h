@@ -34,7 +34,7 @@ public:
     /// this stream.
     /// \param place  offset of the first byte in its file, for messages.
     /// \param what  the name of the section for messages, such as "chunk LEVL".
-    SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t place, QString what) const;
+    SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t offset, QString what) const;
 
     /// Writes a class with another version than its current one, as an older program would.
     void SetClassVersion(const ClassDesc* classDesc, int version);

@@ -40,14 +40,14 @@ PatchTree::PatchTree(LevelMesh* ofLevel, JobControl* job)
 PatchTree::~PatchTree() { hierarchy->RemoveObserver(*this); }
 
 // Compares addresses only, because the level may have been deleted.
-bool PatchTree::IsInPlace() const {
+bool PatchTree::IsAttached() const {
     return boundLevel < hierarchy->LevelCount() && hierarchy->Level(boundLevel) == level &&
            hierarchy->Level(0) == base;
 }
 
 void PatchTree::SurfaceChanged(const SurfaceChange& change) {
     if ((change.what & (SurfaceChange::Positions | SurfaceChange::Visibility)) == 0) return;
-    if (!IsInPlace()) {
+    if (!IsAttached()) {
         missedChange = true;
         return;
     }

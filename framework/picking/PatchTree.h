@@ -73,7 +73,7 @@ public:
     /// Whether the boxes are still those of the level. False if the level has another index or
     /// another level 0 below it, or is detached from its geometry; permanently false after a change
     /// that was reported in that state.
-    bool IsCurrent() const { return !missedChange && IsInPlace(); }
+    bool IsCurrent() const { return !missedChange && IsAttached(); }
     const LevelMesh* Level() const { return level; }
 
     /// Bounding box of the visible faces, mesh-local.
@@ -106,7 +106,7 @@ private:
     static constexpr uint32_t noParent = 0xffffffffu;
 
     void SurfaceChanged(const SurfaceChange& change) override;
-    bool IsInPlace() const;
+    bool IsAttached() const;
     /// Touches the leaves that are descendants or ancestors of a face of a level.
     void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
 

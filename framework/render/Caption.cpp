@@ -57,7 +57,7 @@ int CaptionWidth(const std::string& text, int scale) {
 }
 
 void DrawCaption(
-    Picture& picture, int x, int y, int scale, const std::string& text, uint8_t brightness) {
+    RenderImage& picture, int x, int y, int scale, const std::string& text, uint8_t brightness) {
     for (const char letter : text) {
         const Glyph* glyph = GlyphOf(letter);
         for (int dot = 0; glyph != nullptr && dot < glyphWidth * glyphHeight; ++dot) {

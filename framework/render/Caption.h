@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 
 namespace trovik {
 
@@ -11,7 +11,7 @@ inline constexpr int captionHeight = 8;
 /// Draws ASCII text in capitals of 5 x 7 dots, with the top left corner at (x, y) and `scale`
 /// pixels per dot.
 void DrawCaption(
-    Picture& picture, int x, int y, int scale, const std::string& text, uint8_t brightness);
+    RenderImage& picture, int x, int y, int scale, const std::string& text, uint8_t brightness);
 int CaptionWidth(const std::string& text, int scale);
 
 }  // namespace trovik

@@ -19,7 +19,7 @@ const float* At(const float* first, std::size_t stride, uint32_t index) {
 
 /// Fills `world` with the positions in world space.
 /// \return the largest absolute coordinate of the finite vertices.
-float PlaceVertices(const PictureMesh& mesh, std::vector<float>& world) {
+float PlaceVertices(const RenderMesh& mesh, std::vector<float>& world) {
     // The ray tracing library reads vertices in groups of four floats.
     world.resize(static_cast<std::size_t>(mesh.vertexCount) * 3 + 4);
     const float* m = mesh.localToWorld;
@@ -41,7 +41,7 @@ float PlaceVertices(const PictureMesh& mesh, std::vector<float>& world) {
 
 /// Returns the faces with every corner of a hidden face replaced by `nowhere`, so that face numbers
 /// do not change.
-std::vector<uint32_t> VisibleFaces(const PictureMesh& mesh, uint32_t nowhere) {
+std::vector<uint32_t> VisibleFaces(const RenderMesh& mesh, uint32_t nowhere) {
     const uint32_t* indices = mesh.faceVertexIndices;
     std::vector<uint32_t> corners(indices,
                                   indices + std::size_t{mesh.faceCount} * mesh.cornersPerFace);
@@ -64,7 +64,7 @@ const RayLibrary& LoadedRayLibrary() {
 
 }  // namespace
 
-EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown, JobControl* job)
+EmbreeScene::EmbreeScene(const std::vector<RenderMesh>& shown, JobControl* job)
     : meshes(shown), positions(shown.size()), visibleFaces(shown.size()) {
     float largest = 0.0f;
     for (std::size_t i = 0; i < meshes.size(); ++i)
@@ -76,7 +76,7 @@ EmbreeScene::EmbreeScene(const std::vector<PictureMesh>& shown, JobControl* job)
 
     std::vector<RayMesh> rayMeshes;
     for (std::size_t i = 0; i < meshes.size(); ++i) {
-        const PictureMesh& mesh = meshes[i];
+        const RenderMesh& mesh = meshes[i];
         for (float& coordinate : positions[i]) coordinate *= perUnit;
         uint32_t vertexCount = mesh.vertexCount;
         const uint32_t* indices = mesh.faceVertexIndices;

@@ -21,8 +21,8 @@ public:
     /// Borrows the list and its meshes.
     /// \throw HostError if a vertex is beyond maxRenderCoordinate (RenderRange.h), if memory is
     /// insufficient, or if the module with the ray tracing library cannot be loaded.
-    explicit EmbreeScene(const std::vector<PictureMesh>& meshes, JobControl* job = nullptr);
-    explicit EmbreeScene(std::vector<PictureMesh>&& meshes, JobControl* job = nullptr) = delete;
+    explicit EmbreeScene(const std::vector<RenderMesh>& meshes, JobControl* job = nullptr);
+    explicit EmbreeScene(std::vector<RenderMesh>&& meshes, JobControl* job = nullptr) = delete;
 
     /// Rays with components that are not finite hit nothing. Nor do rays that start more than
     /// RayCaster::maxCoordinate library units away, where no mesh can be seen.
@@ -31,7 +31,7 @@ public:
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
     /// Diagonal of the bounding box of all meshes; 0 if they are empty.
     float Extent() const;
-    const PictureMesh& Mesh(uint32_t number) const { return meshes[number]; }
+    const RenderMesh& Mesh(uint32_t number) const { return meshes[number]; }
     /// Returns a vertex in world space.
     Vector WorldPosition(uint32_t mesh, uint32_t vertex) const {
         const float* p = positions[mesh].data() + vertex * std::size_t{3};
@@ -41,7 +41,7 @@ public:
 private:
     SurfaceSample Describe(const Vector& origin, const Vector& direction, const RayHit& hit) const;
 
-    const std::vector<PictureMesh>& meshes;
+    const std::vector<RenderMesh>& meshes;
     /// Positions in library units, one array per mesh, with four floats of padding at the end.
     std::vector<std::vector<float>> positions;
     /// Corners of the visible faces; empty for a mesh without hidden faces.

@@ -14,10 +14,10 @@ uint64_t RenderBytes(uint64_t vertices, uint64_t faces) {
     return vertices * bytesPerVertex + faces * bytesPerFace;
 }
 
-void PrepareRenderMemory(const std::vector<PictureMesh>& meshes) {
+void PrepareRenderMemory(const std::vector<RenderMesh>& meshes) {
     uint64_t faces = 0;
     uint64_t bytes = 0;
-    for (const PictureMesh& mesh : meshes) {
+    for (const RenderMesh& mesh : meshes) {
         faces += mesh.faceCount;
         bytes += RenderBytes(mesh.vertexCount, mesh.faceCount);
         if (mesh.HasHiddenFaces())

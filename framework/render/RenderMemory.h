@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 #include "host/Api.h"
 
 #include <cstdint>
@@ -16,6 +16,6 @@ TROVIK_API uint64_t RenderBytes(uint64_t vertices, uint64_t faces);
 /// memory, and limits the threads of the ray tracing library to those that the system grants
 /// (LimitWorkerThreads).
 /// \throw HostError if RenderBytes of the meshes exceeds the free memory (QueryFreeMemory).
-void PrepareRenderMemory(const std::vector<PictureMesh>& meshes);
+void PrepareRenderMemory(const std::vector<RenderMesh>& meshes);
 
 }  // namespace trovik

@@ -35,7 +35,7 @@ void CheckRenderable(const std::string& what, const Vector& position) {
                         " to " + Text(maxRenderCoordinate));
 }
 
-void CheckCamera(const PictureCamera& camera) {
+void CheckCamera(const RenderCamera& camera) {
     CheckRenderable("the eye of the camera", camera.eye);
     CheckRenderable("the target of the camera", camera.target);
     if (camera.eye == camera.target)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 #include "host/Api.h"
 
 #include <string>
@@ -21,6 +21,6 @@ void CheckRenderable(const std::string& what, const Vector& position);
 
 /// \throw HostError if the eye or the target of the camera is not renderable, if they coincide, if
 /// `up` is not finite, or if the field of view is not between 0 and 180 degrees.
-TROVIK_API void CheckCamera(const PictureCamera& camera);
+TROVIK_API void CheckCamera(const RenderCamera& camera);
 
 }  // namespace trovik

@@ -20,9 +20,9 @@ constexpr uint32_t cavityRings = 1;
 
 }  // namespace
 
-PictureMesh ShownLevel(const LevelGeometry& geometry) {
+RenderMesh VisibleLevel(const LevelGeometry& geometry) {
     const LevelMesh& level = *geometry.Bound();
-    PictureMesh shown;
+    RenderMesh shown;
     shown.positions = &level.vertices.array->x;
     shown.positionStride = sizeof(Vertex);
     shown.vertexCount = level.VertexCount();
@@ -46,7 +46,7 @@ PictureMesh ShownLevel(const LevelGeometry& geometry) {
 }
 
 RenderedLevel::RenderedLevel(const LevelGeometry& geometry, ShadingMode shading)
-    : mesh(ShownLevel(geometry)) {
+    : mesh(VisibleLevel(geometry)) {
     AddFor(geometry, shading);
 }
 
@@ -54,7 +54,7 @@ RenderedLevel::RenderedLevel(const LevelGeometry& geometry,
                              ShadingMode shading,
                              const std::vector<Vector>& positions,
                              const std::vector<PackedNormal>& normals)
-    : mesh(ShownLevel(geometry)) {
+    : mesh(VisibleLevel(geometry)) {
     mesh.positions = &positions.data()->x;
     mesh.positionStride = sizeof(Vector);
     mesh.normals = &normals.data()->x;
@@ -63,11 +63,11 @@ RenderedLevel::RenderedLevel(const LevelGeometry& geometry,
 }
 
 void RenderedLevel::AddFor(const LevelGeometry& geometry, ShadingMode shading) {
-    if (shading == ShadingMode::Cavity) AddBends(geometry);
+    if (shading == ShadingMode::Cavity) AddCurvatures(geometry);
     if (shading == ShadingMode::Uv) AddUvs(geometry);
 }
 
-void RenderedLevel::AddBends(const LevelGeometry& geometry) {
+void RenderedLevel::AddCurvatures(const LevelGeometry& geometry) {
     const Matrix& toWorld = geometry.Place().ToWorld();
     const auto* position = reinterpret_cast<const char*>(mesh.positions);
     const auto* normal = reinterpret_cast<const char*>(mesh.normals);
@@ -84,9 +84,9 @@ void RenderedLevel::AddBends(const LevelGeometry& geometry) {
         box.Extend(positions.back());
     }
     const Vector diagonal(box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ);
-    bends = MeanCurvatures(
+    curvatures = MeanCurvatures(
         *geometry.Bound(), positions, normals, diagonal.Length() * cavitySize, cavityRings);
-    mesh.bends = bends.data();
+    mesh.curvatures = curvatures.data();
 }
 
 void RenderedLevel::AddUvs(const LevelGeometry& geometry) {

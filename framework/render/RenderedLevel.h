@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/multires/LevelGeometry.h"
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 
 #include <vector>
 
@@ -10,7 +10,7 @@ namespace trovik {
 
 /// Returns the visible faces of the bound level of a geometry in world space; borrows its arrays.
 /// The arrays that only some shading modes need are not set: see RenderedLevel.
-TROVIK_API PictureMesh ShownLevel(const LevelGeometry& geometry);
+TROVIK_API RenderMesh VisibleLevel(const LevelGeometry& geometry);
 
 /// The bound level of a geometry with all data that a shading mode needs. Borrows the geometry.
 ///
@@ -27,15 +27,15 @@ public:
                   const std::vector<Vector>& positions,
                   const std::vector<PackedNormal>& normals);
 
-    const PictureMesh& Mesh() const { return mesh; }
+    const RenderMesh& Mesh() const { return mesh; }
 
 private:
-    void AddBends(const LevelGeometry& geometry);
+    void AddCurvatures(const LevelGeometry& geometry);
     void AddUvs(const LevelGeometry& geometry);
     void AddFor(const LevelGeometry& geometry, ShadingMode shading);
 
-    PictureMesh mesh;
-    std::vector<float> bends;
+    RenderMesh mesh;
+    std::vector<float> curvatures;
     std::vector<float> cornerUvs;
 };
 

@@ -45,7 +45,7 @@ float WithBounces(float openness, float albedo) {
 
 }  // namespace
 
-Shading::Shading(const EmbreeScene& litScene, const PictureView& view)
+Shading::Shading(const EmbreeScene& litScene, const RenderViewport& view)
     : scene(litScene),
       extent(litScene.Extent()),
       right(view.Right()),
@@ -106,7 +106,7 @@ LitSample Shading::Light(const SurfaceSample& sample,
                          const Vector& toEye,
                          const PixelSamples& points,
                          int index) const {
-    const PictureMesh& mesh = scene.Mesh(sample.mesh);
+    const RenderMesh& mesh = scene.Mesh(sample.mesh);
     const Vector& n = flat ? sample.faceNormal : sample.shadingNormal;
     const Vector start = Start(sample, flat);
     LitSample lit;

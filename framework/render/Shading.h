@@ -2,8 +2,8 @@
 #pragma once
 
 #include "framework/render/EmbreeScene.h"
-#include "framework/render/PictureView.h"
 #include "framework/render/PixelSamples.h"
+#include "framework/render/RenderViewport.h"
 
 namespace trovik {
 
@@ -28,7 +28,7 @@ struct LitSample {
 /// the camera, so that a mesh has the same lighting from every side.
 class Shading {
 public:
-    Shading(const EmbreeScene& scene, const PictureView& view);
+    Shading(const EmbreeScene& scene, const RenderViewport& view);
 
     /// Computes the lighting of a sample seen from `toEye` (unit length), with its face normal if
     /// `flat` is set; traces two rays.

@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-const int16_t* NormalAt(const PictureMesh& mesh, uint32_t index) {
+const int16_t* NormalAt(const RenderMesh& mesh, uint32_t index) {
     return reinterpret_cast<const int16_t*>(reinterpret_cast<const char*>(mesh.normals) +
                                             mesh.normalStride * index);
 }
@@ -26,7 +26,7 @@ float NormalScale(const float* m) {
 
 /// Normals are transformed by the inverse transpose of the matrix; its cofactors give the same
 /// direction.
-Vector NormalToWorld(const PictureMesh& mesh, const Vector& n) {
+Vector NormalToWorld(const RenderMesh& mesh, const Vector& n) {
     const float* m = mesh.localToWorld;
     const float scale = NormalScale(m);
     const Vector x = Vector(m[0], m[1], m[2]) * scale;
@@ -36,7 +36,7 @@ Vector NormalToWorld(const PictureMesh& mesh, const Vector& n) {
     return ((y & z) * n.x + (z & x) * n.y + (x & y) * n.z) * side;
 }
 
-const uint32_t* CornersOf(const PictureMesh& mesh, uint32_t face) {
+const uint32_t* CornersOf(const RenderMesh& mesh, uint32_t face) {
     return mesh.faceVertexIndices + std::size_t{face} * mesh.cornersPerFace;
 }
 
@@ -45,7 +45,7 @@ const uint32_t* CornersOf(const PictureMesh& mesh, uint32_t face) {
 SurfaceSample EmbreeScene::Describe(const Vector& origin,
                                     const Vector& direction,
                                     const RayHit& hit) const {
-    const PictureMesh& mesh = meshes[hit.mesh];
+    const RenderMesh& mesh = meshes[hit.mesh];
     const uint32_t corners = mesh.cornersPerFace;
     const uint32_t* vertices = CornersOf(mesh, hit.face);
     const float u = hit.u;
@@ -90,7 +90,7 @@ SurfaceSample EmbreeScene::Describe(const Vector& origin,
     return sample;
 }
 
-Vector FrozenTint(const PictureMesh& mesh, const SurfaceSample& sample, const Vector& base) {
+Vector FrozenTint(const RenderMesh& mesh, const SurfaceSample& sample, const Vector& base) {
     if (mesh.freeze == nullptr) return base;
     float frozen = 0.0f;
     const uint32_t* vertices = CornersOf(mesh, sample.face);
@@ -102,16 +102,16 @@ Vector FrozenTint(const PictureMesh& mesh, const SurfaceSample& sample, const Ve
     return base + (ice - base) * (0.75f * frozen);
 }
 
-float BendAt(const PictureMesh& mesh, const SurfaceSample& sample) {
-    if (mesh.bends == nullptr) return 0.0f;
-    float bend = 0.0f;
+float CurvatureAt(const RenderMesh& mesh, const SurfaceSample& sample) {
+    if (mesh.curvatures == nullptr) return 0.0f;
+    float curvature = 0.0f;
     const uint32_t* vertices = CornersOf(mesh, sample.face);
     for (uint32_t k = 0; k < mesh.cornersPerFace; ++k)
-        bend += mesh.bends[vertices[k]] * sample.weights[k];
-    return bend;
+        curvature += mesh.curvatures[vertices[k]] * sample.weights[k];
+    return curvature;
 }
 
-bool UvAt(const PictureMesh& mesh, const SurfaceSample& sample, float& u, float& v) {
+bool UvAt(const RenderMesh& mesh, const SurfaceSample& sample, float& u, float& v) {
     if (mesh.cornerUvs == nullptr) return false;
     const float* uvs = mesh.cornerUvs + std::size_t{sample.face} * mesh.cornersPerFace * 2;
     u = v = 0.0f;

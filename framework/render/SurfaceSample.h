@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 
 namespace trovik {
 
@@ -26,14 +26,14 @@ struct SurfaceSample {
 
 /// Returns the linear colour of the mesh at the hit, tinted if it is frozen.
 /// \param base  the colour without freeze.
-Vector FrozenTint(const PictureMesh& mesh, const SurfaceSample& sample, const Vector& base);
+Vector FrozenTint(const RenderMesh& mesh, const SurfaceSample& sample, const Vector& base);
 
 /// Returns the mean curvature at the hit, positive in cavities; 0 if the mesh has no curvature
 /// array.
-float BendAt(const PictureMesh& mesh, const SurfaceSample& sample);
+float CurvatureAt(const RenderMesh& mesh, const SurfaceSample& sample);
 
 /// Computes the texture coordinates at the hit.
 /// \return false if there are none.
-bool UvAt(const PictureMesh& mesh, const SurfaceSample& sample, float& u, float& v);
+bool UvAt(const RenderMesh& mesh, const SurfaceSample& sample, float& u, float& v);
 
 }  // namespace trovik

@@ -29,7 +29,7 @@ constexpr float planeLimit = 0.6f;
 /// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
 /// Smallest squared difference that is always smoothed: about one step of a byte.
-constexpr float leastNoise = 2e-5f;
+constexpr float minNoise = 2e-5f;
 
 /// Decreases smoothly from 1 at 0 to 0 at 1 and beyond.
 float Falloff(float square) {
@@ -155,14 +155,14 @@ void FilterVisibility(int width,
                 const PixelVisibility& there = values[pixel];
                 const float opennessStep = there.openness - here.openness;
                 const float opennessNoise =
-                    noiseLimit * (here.opennessVariance + there.opennessVariance) + leastNoise;
+                    noiseLimit * (here.opennessVariance + there.opennessVariance) + minNoise;
                 openness.Add(there.openness,
                              there.opennessVariance,
                              weight * there.opennessCount *
                                  Falloff(opennessStep * opennessStep / opennessNoise));
                 const float keyStep = there.key - here.key;
                 const float keyNoise =
-                    noiseLimit * (here.keyVariance + there.keyVariance) + leastNoise;
+                    noiseLimit * (here.keyVariance + there.keyVariance) + minNoise;
                 key.Add(there.key,
                         there.keyVariance,
                         weight * there.keyCount * Falloff(keyStep * keyStep / keyNoise));

@@ -13,9 +13,9 @@ namespace {
 constexpr float halfWidth = 0.75f;
 constexpr float darkness = 0.78f;
 /// Faces whose longest edge is shorter than this, in pixels, would be covered by lines. Their lines
-/// fade to `leastStrength`, so that the shape of a dense mesh remains visible.
+/// fade to `minStrength`, so that the shape of a dense mesh remains visible.
 constexpr float sparseEdge = 5.0f;
-constexpr float leastStrength = 0.4f;
+constexpr float minStrength = 0.4f;
 
 float DistanceToSegment(const Vector& p, const Vector& a, const Vector& b) {
     const Vector way = b - a;
@@ -26,11 +26,11 @@ float DistanceToSegment(const Vector& p, const Vector& a, const Vector& b) {
 
 }  // namespace
 
-WireLines::WireLines(const EmbreeScene& seenScene, const PictureView& fromView)
+WireLines::WireLines(const EmbreeScene& seenScene, const RenderViewport& fromView)
     : scene(seenScene), view(fromView) {}
 
 void WireLines::Project(const SurfaceSample& sample) {
-    const PictureMesh& shown = scene.Mesh(sample.mesh);
+    const RenderMesh& shown = scene.Mesh(sample.mesh);
     const uint32_t corners = shown.cornersPerFace;
     const uint32_t* vertices = shown.faceVertexIndices + std::size_t{sample.face} * corners;
     // Edges that pass behind the eye are clipped just in front of it.
@@ -50,7 +50,7 @@ void WireLines::Project(const SurfaceSample& sample) {
         longest = std::max(longest, (edge.to - edge.from).Length());
         edges[edgeCount++] = edge;
     }
-    strength = darkness * std::clamp(longest / sparseEdge, leastStrength, 1.0f);
+    strength = darkness * std::clamp(longest / sparseEdge, minStrength, 1.0f);
     mesh = sample.mesh;
     face = sample.face;
     hasFace = true;

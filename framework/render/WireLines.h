@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/render/EmbreeScene.h"
-#include "framework/render/PictureView.h"
+#include "framework/render/RenderViewport.h"
 
 namespace trovik {
 
@@ -14,7 +14,7 @@ namespace trovik {
 /// one object per thread.
 class WireLines {
 public:
-    WireLines(const EmbreeScene& scene, const PictureView& view);
+    WireLines(const EmbreeScene& scene, const RenderViewport& view);
 
     /// Returns the fraction of light, 0 to 1, that remains for a sample seen through a point of the
     /// image.
@@ -28,7 +28,7 @@ private:
     void Project(const SurfaceSample& sample);
 
     const EmbreeScene& scene;
-    const PictureView& view;
+    const RenderViewport& view;
     bool hasFace = false;
     uint32_t mesh = 0;
     uint32_t face = 0;

@@ -18,7 +18,7 @@ using Color = std::array<float, 4>;
 constexpr uint32_t smoothingFormat = 333;
 
 /// Size of an empty text: its length field.
-constexpr uint64_t shortestText = sizeof(uint32_t);
+constexpr uint64_t minTextBytes = sizeof(uint32_t);
 
 void WriteText(SceneStream& stream, const std::string& text) {
     QString shown = QString::fromStdString(text);
@@ -40,7 +40,7 @@ void WriteNames(SceneStream& stream, const std::vector<std::string>& names) {
 std::vector<std::string> ReadNames(SceneStream& stream) {
     uint32_t count = 0;
     stream.Transfer(count);
-    stream.Expect(count, shortestText);
+    stream.Expect(count, minTextBytes);
     std::vector<std::string> names;
     for (uint32_t i = 0; i < count; ++i) names.push_back(ReadText(stream));
     return names;

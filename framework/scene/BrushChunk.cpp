@@ -14,9 +14,9 @@ namespace trovik {
 namespace {
 
 /// Saves the settings of the active tool while the brush takes those of other tools.
-class KeptSettings {
+class SavedSettings {
 public:
-    explicit KeptSettings(BrushOperation& lentBrush)
+    explicit SavedSettings(BrushOperation& lentBrush)
         : brush(lentBrush),
           active(brush.ActiveConfiguration()),
           image(brush.Settings().stampImage),
@@ -34,7 +34,7 @@ public:
         else
             stored.erase(active);
     }
-    ~KeptSettings() {
+    ~SavedSettings() {
         // After a first attempt that ran out of memory, most of the required memory is already
         // allocated.
         for (int tries = 0; tries < 2; ++tries) {
@@ -47,8 +47,8 @@ public:
             }
         }
     }
-    KeptSettings(const KeptSettings&) = delete;
-    KeptSettings& operator=(const KeptSettings&) = delete;
+    SavedSettings(const SavedSettings&) = delete;
+    SavedSettings& operator=(const SavedSettings&) = delete;
 
     /// Restores the settings of the active tool.
     void Restore() {
@@ -128,7 +128,7 @@ void WriteBrushChunk(SceneStream& stream, BrushOperation& brush) {
     uint32_t count = static_cast<uint32_t>(others.size()) + (active == nullptr ? 0u : 1u);
     stream.Transfer(count);
     if (!others.empty()) {
-        KeptSettings kept(brush);
+        SavedSettings kept(brush);
         for (const BrushConfiguration* tool : others) {
             brush.RestoreConfiguration(tool);
             WriteTool(stream, brush, *tool);

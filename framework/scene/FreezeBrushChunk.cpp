@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-void WriteFreezeBrushChunk(SceneStream& stream, BrushOperation& brush, bool isAtWork) {
-    uint8_t atWork = isAtWork ? 1 : 0;
+void WriteFreezeBrushChunk(SceneStream& stream, BrushOperation& brush, bool isFreezeBrushActive) {
+    uint8_t atWork = isFreezeBrushActive ? 1 : 0;
     stream.Transfer(atWork);
     SceneStream own = stream.Section();
     brush.Serialize(own);

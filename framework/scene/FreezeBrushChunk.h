@@ -7,7 +7,7 @@
 namespace trovik {
 
 /// Chunk FRZB: whether the freeze brush is active, and its settings.
-void WriteFreezeBrushChunk(SceneStream& stream, BrushOperation& brush, bool isAtWork);
+void WriteFreezeBrushChunk(SceneStream& stream, BrushOperation& brush, bool isFreezeBrushActive);
 /// \param brush  a new brush, which receives the settings; null to skip them. \return whether the
 /// freeze brush is active.
 bool ReadFreezeBrushChunk(SceneStream& stream, BrushOperation* brush);

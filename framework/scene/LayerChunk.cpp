@@ -19,8 +19,8 @@ struct StoredEntry {
     SculptLayer::State state;
 };
 static_assert(sizeof(StoredEntry) == 40);
-static_assert(sizeof(LayerGround::Knot) == 40);
-static_assert(sizeof(LayerGround::NotedNormal) == 24);
+static_assert(sizeof(LayerBase::LayeredVertex) == 40);
+static_assert(sizeof(LayerBase::StoredNormal) == 24);
 
 bool IsFinite(const SculptLayer::State& state) {
     return IsFinite(state.rest) && IsFinite(state.offset) && IsFinite(state.seen);
@@ -32,14 +32,14 @@ void WriteLayerChunk(SceneStream& stream, const SculptLayer& layer) {
     auto level = static_cast<uint32_t>(layer.Level()->Index());
     QString name = QString::fromStdString(layer.Name());
     float strength = layer.Strength();
-    uint8_t writable = layer.Given().writable ? 1 : 0;
+    uint8_t writable = layer.UserProperties().writable ? 1 : 0;
     uint8_t active = layer.Level()->ActiveLayer() == &layer ? 1 : 0;
     stream.Transfer(level);
     static_cast<Stream&>(stream).Transfer(name);
     stream.Transfer(strength);
     stream.Transfer(writable);
     stream.Transfer(active);
-    uint8_t visible = layer.Given().visible ? 1 : 0;
+    uint8_t visible = layer.UserProperties().visible ? 1 : 0;
     if (stream.IsFormatAtLeast(visibilityFormat)) stream.Transfer(visible);
     std::vector<StoredEntry> entries(layer.SlotCount());
     for (uint32_t slot = 0; slot < layer.SlotCount(); ++slot)
@@ -66,7 +66,7 @@ std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeom
         SceneStream::Refuse(QStringLiteral("the strength of a layer is not finite"));
     LevelMesh* mesh = geometry.Level(level);
     auto layer = std::make_shared<SculptLayer>(mesh, name.toStdString());
-    layer->Give({name.toStdString(), strength, visible != 0, writable != 0});
+    layer->SetUserProperties({name.toStdString(), strength, visible != 0, writable != 0});
     for (const StoredEntry& entry : ReadList<StoredEntry>(stream)) {
         if (entry.vertex >= mesh->VertexCount())
             SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(entry.vertex));
@@ -84,13 +84,13 @@ std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeom
     return layer;
 }
 
-void WriteGroundChunk(SceneStream& stream, uint32_t level, const LayerGround& ground) {
+void WriteLayerBaseChunk(SceneStream& stream, uint32_t level, const LayerBase& ground) {
     stream.Transfer(level);
-    WriteList(stream, ground.Knots());
+    WriteList(stream, ground.LayeredVertices());
     WriteList(stream, ground.Normals());
 }
 
-void ReadGroundChunk(SceneStream& stream, LevelGeometry& geometry) {
+void ReadLayerBaseChunk(SceneStream& stream, LevelGeometry& geometry) {
     uint32_t level = 0;
     stream.Transfer(level);
     if (level >= geometry.LevelCount()) {
@@ -109,17 +109,19 @@ void ReadGroundChunk(SceneStream& stream, LevelGeometry& geometry) {
             least = uint64_t{one.vertex} + 1;
         }
     };
-    auto knots = ReadList<LayerGround::Knot>(stream);
-    check(knots);
-    for (const LayerGround::Knot& knot : knots) {
-        if (!IsFinite(knot.base) || !IsFinite(knot.place)) {
-            SceneStream::Refuse(
-                QStringLiteral("the layer base of vertex %1 is not finite").arg(knot.vertex));
+    auto layeredVertices = ReadList<LayerBase::LayeredVertex>(stream);
+    check(layeredVertices);
+    for (const LayerBase::LayeredVertex& layeredVertex : layeredVertices) {
+        if (!IsFinite(layeredVertex.base) || !IsFinite(layeredVertex.place)) {
+            SceneStream::Refuse(QStringLiteral("the layer base of vertex %1 is not finite")
+                                    .arg(layeredVertex.vertex));
         }
     }
-    auto normals = ReadList<LayerGround::NotedNormal>(stream);
+    auto normals = ReadList<LayerBase::StoredNormal>(stream);
     check(normals);
-    geometry.Layers().Ground(*geometry.Level(level)).Restore(std::move(knots), std::move(normals));
+    geometry.Layers()
+        .LayerBaseOf(*geometry.Level(level))
+        .Restore(std::move(layeredVertices), std::move(normals));
 }
 
 }  // namespace trovik

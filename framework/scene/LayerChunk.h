@@ -14,8 +14,8 @@ void WriteLayerChunk(SceneStream& stream, const SculptLayer& layer);
 /// The level must have been read, with positions that already include the layer.
 std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeometry& geometry);
 
-/// Chunk LGND: the layer base of a level (LayerGround).
-void WriteGroundChunk(SceneStream& stream, uint32_t level, const LayerGround& ground);
-void ReadGroundChunk(SceneStream& stream, LevelGeometry& geometry);
+/// Chunk LGND: the layer base of a level (LayerBase).
+void WriteLayerBaseChunk(SceneStream& stream, uint32_t level, const LayerBase& ground);
+void ReadLayerBaseChunk(SceneStream& stream, LevelGeometry& geometry);
 
 }  // namespace trovik

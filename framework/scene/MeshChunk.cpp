@@ -36,16 +36,16 @@ enum LevelParts : uint32_t {
 /// freeze amounts that its neighbours saw, and in which the imported mesh may differ from level 0.
 constexpr uint32_t carriedDownFormat = 331;
 
-struct PlacedVertex {
+struct VertexPosition {
     uint32_t vertex;
     Vector position;
 };
-static_assert(sizeof(PlacedVertex) == 16);
+static_assert(sizeof(VertexPosition) == 16);
 
 /// The vertices whose positions differ from those of the level.
 template <typename PositionOf>
-std::vector<PlacedVertex> Differences(const LevelMesh& level, PositionOf positionOf) {
-    std::vector<PlacedVertex> list;
+std::vector<VertexPosition> Differences(const LevelMesh& level, PositionOf positionOf) {
+    std::vector<VertexPosition> list;
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const Vector position = positionOf(v);
         if (!SameBits(position, level.Position(v))) list.push_back({v, position});
@@ -53,9 +53,9 @@ std::vector<PlacedVertex> Differences(const LevelMesh& level, PositionOf positio
     return list;
 }
 
-std::vector<PlacedVertex> ReadPlaced(SceneStream& stream, const LevelMesh& level) {
-    std::vector<PlacedVertex> list = ReadList<PlacedVertex>(stream);
-    for (const PlacedVertex& entry : list) {
+std::vector<VertexPosition> ReadVertexPositions(SceneStream& stream, const LevelMesh& level) {
+    std::vector<VertexPosition> list = ReadList<VertexPosition>(stream);
+    for (const VertexPosition& entry : list) {
         if (entry.vertex >= level.VertexCount())
             SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(entry.vertex));
         if (!IsFinite(entry.position))
@@ -66,7 +66,7 @@ std::vector<PlacedVertex> ReadPlaced(SceneStream& stream, const LevelMesh& level
 }
 
 void WriteSeen(SceneStream& stream, const SeenDifferences& seen) {
-    std::vector<PlacedVertex> list;
+    std::vector<VertexPosition> list;
     for (std::size_t i = 0; i < seen.vertices.size(); ++i)
         list.push_back({seen.vertices[i], seen.positions[i]});
     WriteList(stream, list);
@@ -75,7 +75,7 @@ void WriteSeen(SceneStream& stream, const SeenDifferences& seen) {
 SeenDifferences ReadSeen(SceneStream& stream, const LevelMesh& level) {
     SeenDifferences seen;
     seen.kept = true;
-    for (const PlacedVertex& entry : ReadPlaced(stream, level)) {
+    for (const VertexPosition& entry : ReadVertexPositions(stream, level)) {
         seen.vertices.push_back(entry.vertex);
         seen.positions.push_back(entry.position);
     }
@@ -351,7 +351,7 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
     }
     const LevelMesh& base = *geometry.Level(0);
     std::vector<Vector> positions = PositionsOf(base);
-    for (const PlacedVertex& entry : ReadPlaced(stream, base))
+    for (const VertexPosition& entry : ReadVertexPositions(stream, base))
         positions[entry.vertex] = entry.position;
     mesh.positions.reserve(positions.size());
     for (const Vector& p : positions) mesh.positions.push_back({p.x, p.y, p.z});

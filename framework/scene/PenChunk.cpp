@@ -36,9 +36,9 @@ void Limit(float value, float least, float most, const char* what) {
 
 void TransferNumbers(SceneStream& stream, DabDynamics& dynamics) {
     stream.Transfer(dynamics.randomSize);
-    uint8_t turns = dynamics.tiltTurnsStamp ? 1 : 0;
+    uint8_t turns = dynamics.tiltRotatesStamp ? 1 : 0;
     stream.Transfer(turns);
-    dynamics.tiltTurnsStamp = turns != 0;
+    dynamics.tiltRotatesStamp = turns != 0;
     stream.Transfer(dynamics.tiltToSize);
     stream.Transfer(dynamics.tiltToStrength);
     stream.Transfer(dynamics.radiusPixels);

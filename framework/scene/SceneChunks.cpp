@@ -18,8 +18,8 @@ constexpr const char* firstChunk = "HEAD";
 constexpr const char* lastChunk = "TEND";
 constexpr std::size_t fixedHeaderBytes = 16;
 /// More than any program registers.
-constexpr uint32_t mostClasses = 4096;
-constexpr uint32_t longestClassName = 1024;
+constexpr uint32_t maxClasses = 4096;
+constexpr uint32_t maxClassNameBytes = 1024;
 
 uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t place) {
     uint32_t number = 0;
@@ -98,7 +98,7 @@ SceneReader::SceneReader(const std::string& path, JobControl* jobControl)
     : file(path), job(jobControl), header(ReadHeader()) {
     uint32_t checksum = 0;
     if (!Next() || name != firstChunk)
-        Fail(contentPlace, "chunk HEAD is missing; the file is damaged");
+        Fail(contentOffset, "chunk HEAD is missing; the file is damaged");
     Read([&checksum](SceneStream& stream) { stream.Transfer(checksum); });
     if (checksum != headerChecksum)
         Fail(0, "the header does not match its checksum; the file is damaged");
@@ -130,13 +130,13 @@ SceneStream SceneReader::ReadHeader() {
                  std::to_string(SceneStream::currentFormat));
     }
     const uint32_t classes = NumberAt(bytes, 12);
-    if (classes > mostClasses)
+    if (classes > maxClasses)
         Fail(12, std::to_string(classes) + " classes are too many; the file is damaged");
     for (uint32_t i = 0; i < classes; ++i) {
         const uint64_t place = file.Position();
         TakeHeader(bytes, sizeof(uint32_t));
         const uint32_t length = NumberAt(bytes, bytes.size() - sizeof(uint32_t));
-        if (length > longestClassName)
+        if (length > maxClassNameBytes)
             Fail(place, "the name of a class is too long; the file is damaged");
         TakeHeader(bytes, length + sizeof(int32_t));
     }
@@ -147,7 +147,7 @@ SceneStream SceneReader::ReadHeader() {
 bool SceneReader::Next() {
     if (ended) return false;
     const uint64_t place = file.Position();
-    contentPlace = place;
+    contentOffset = place;
     if (file.Remaining() == 0) Fail(place, "the file is truncated: chunk TEND is missing");
     const unsigned char* head = file.Take(chunkHeaderBytes);
     if (head == nullptr) Fail(place, "the file is truncated within the header of a chunk");
@@ -161,13 +161,13 @@ bool SceneReader::Next() {
              what + " should have " + std::to_string(contentBytes) + " bytes, but the file has " +
                  std::to_string(file.Remaining()) + " left: it is truncated or damaged");
     }
-    contentPlace = file.Position();
+    contentOffset = file.Position();
     // One pass for reading and one for the checksum.
     JobPhase phase(job, "Reading the scene", contentBytes * 2, 1);
     content =
         contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes), &phase);
     if (contentBytes != 0 && content == nullptr)
-        Fail(contentPlace, "the file became shorter while it was read");
+        Fail(contentOffset, "the file became shorter while it was read");
     uint32_t checksum = Crc32(name.data(), name.size());
     checksum = Crc32(&contentBytes, sizeof contentBytes, checksum);
     phase.Reach(contentBytes);
@@ -197,7 +197,7 @@ void SceneReader::Read(const std::function<void(SceneStream&)>& read) {
     static constexpr uint8_t none = 0;
     SceneStream stream = header.Section(content == nullptr ? &none : content,
                                         contentBytes,
-                                        contentPlace,
+                                        contentOffset,
                                         QString::fromStdString(what));
     try {
         read(stream);

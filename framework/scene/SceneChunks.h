@@ -76,7 +76,7 @@ private:
     std::string name;
     const uint8_t* content = nullptr;
     uint64_t contentBytes = 0;
-    uint64_t contentPlace = 0;
+    uint64_t contentOffset = 0;
     bool ended = false;
 };
 

@@ -137,7 +137,7 @@ private:
         else if (name == "LAYR")
             scene.geometry->Layers().Insert(ReadLayerChunk(stream, *scene.geometry));
         else if (name == "LGND")
-            ReadGroundChunk(stream, *scene.geometry);
+            ReadLayerBaseChunk(stream, *scene.geometry);
         else
             ReadNodeChunk(stream, *scene.geometry, scene.notes);
     }
@@ -199,9 +199,9 @@ void WriteScene(const std::string& path,
             const LayerStack::Layers ofLevel = layers.OfLevel(mesh);
             for (const auto& layer : ofLevel)
                 write("LAYR", [&](SceneStream& s) { WriteLayerChunk(s, *layer); });
-            const LayerGround* ground = layers.FindGround(mesh);
+            const LayerBase* ground = layers.FindLayerBase(mesh);
             if (ground == nullptr || ofLevel.empty()) continue;
-            write("LGND", [&](SceneStream& s) { WriteGroundChunk(s, level, *ground); });
+            write("LGND", [&](SceneStream& s) { WriteLayerBaseChunk(s, level, *ground); });
         }
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });
         write("SETT", [&](SceneStream& s) { WriteSettingsChunk(s, parts.settings); });

@@ -82,7 +82,7 @@ SceneSettings ReadSettingsChunk(SceneStream& stream) {
     stream.Transfer(mode);
     settings.mirrorMode = mode;
     settings.mirrorMaps = ReadList<Matrix>(stream);
-    if (settings.mirrorMaps.size() > mostMirrorMaps) {
+    if (settings.mirrorMaps.size() > maxMirrorMaps) {
         SceneStream::Refuse(
             QStringLiteral("%1 mirrors are too many").arg(settings.mirrorMaps.size()));
     }

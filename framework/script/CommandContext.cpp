@@ -91,7 +91,7 @@ void CommandContext::WarnOfFarPoints(const std::string& name,
     for (std::size_t i = 0; i < points.size(); ++i) {
         const auto hit = HitNear(geometry, document.Tree(), points[i]);
         if (!hit) continue;
-        const float away = (WorldPlace(geometry, *hit) - points[i]).Length();
+        const float away = (WorldPositionOf(geometry, *hit) - points[i]).Length();
         if (!(away > limit)) continue;
         ++count;
         if (away > distance) farthest = i;

@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Setup fields that a scene does not contain and on which the steps depend.
-constexpr const char* besideTheScene[] = {
+constexpr const char* setupNotInScene[] = {
     "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
 
 std::string Absolute(const std::string& path) {
@@ -156,7 +156,7 @@ bool JournalRecorder::LeftItsHistory() const {
 
 JournalBase JournalRecorder::BaseFrom(const JournalFile& scene) {
     nlohmann::json reduced = nlohmann::json::object();
-    for (const char* field : besideTheScene)
+    for (const char* field : setupNotInScene)
         if (setup.contains(field)) reduced[field] = setup.at(field);
     reduced["scene"] = scene.path;
     reduced["preferences"] = PresentPreferences();
@@ -171,8 +171,8 @@ JournalBase JournalRecorder::BaseFrom(const JournalFile& scene) {
             files.IsOutsideAllowed()};
 }
 
-void JournalRecorder::StartedAnew() {
-    knownFiles.clear();
+void JournalRecorder::ForgetPreviousJournal() {
+    recordedFiles.clear();
     MarkHistory();
 }
 
@@ -188,8 +188,8 @@ void JournalRecorder::OnSceneWritten(const std::string& scenePath,
 // journal, restores everything.
 void JournalRecorder::OnSaved(const std::string&) {
     if (!journal.IsAlive()) return;
-    journal.StartAnew(BaseFrom(saved));
-    StartedAnew();
+    journal.RestartFrom(BaseFrom(saved));
+    ForgetPreviousJournal();
     if (snapshot.empty() || !journal.IsAlive()) return;
     std::error_code ignored;
     fs::remove(snapshot, ignored);
@@ -208,8 +208,8 @@ void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& l
     } catch (const HostError& error) {
         journal.GiveUp(error.what());
     }
-    journal.EndStepAnew(end, label, BaseFrom(scene));
-    StartedAnew();
+    journal.EndStepAndRestart(end, label, BaseFrom(scene));
+    ForgetPreviousJournal();
     if (before.empty() || before == snapshot || !journal.IsAlive()) return;
     std::error_code ignored;
     fs::remove(before, ignored);
@@ -228,8 +228,8 @@ void JournalRecorder::NoteStamp() {
 
 void JournalRecorder::NoteFile(const std::string& name) {
     const std::string path = Absolute(name);
-    if (std::find(knownFiles.begin(), knownFiles.end(), path) != knownFiles.end()) return;
-    knownFiles.push_back(path);
+    if (std::find(recordedFiles.begin(), recordedFiles.end(), path) != recordedFiles.end()) return;
+    recordedFiles.push_back(path);
     try {
         journal.Stamp({path, HashFile(path)});
     } catch (const HostError& error) {
@@ -255,7 +255,7 @@ void JournalRecorder::OnDab(const StrokeDab& dab, bool failed) {
     StrokeInput input{};
     input.face = dab.hit.face;
     input.flags =
-        (dab.keepPlace ? StrokeInput::keepsPlace : 0) | (failed ? StrokeInput::failed : 0);
+        (dab.keepPosition ? StrokeInput::keepsPosition : 0) | (failed ? StrokeInput::failed : 0);
     input.hitPosition = Three(dab.hit.position);
     input.hitNormal = Three(dab.hit.normal);
     input.position = Three(dab.position);
@@ -274,8 +274,8 @@ void JournalRecorder::OnWholeMesh(float strength, bool byFacing) {
         journal.WholeMesh({strength, byFacing ? 1u : 0u});
 }
 
-void JournalRecorder::OnPutBack() {
-    if (!journal.IsInStep()) journal.PutBack();
+void JournalRecorder::OnReverted() {
+    if (!journal.IsInStep()) journal.RevertStroke();
 }
 
 void JournalRecorder::OnStrokeEnded(bool brokenOff) {

@@ -44,7 +44,7 @@ private:
     void OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) override;
     void OnDab(const StrokeDab& dab, bool failed) override;
     void OnWholeMesh(float strength, bool byFacing) override;
-    void OnPutBack() override;
+    void OnReverted() override;
     void OnStrokeEnded(bool brokenOff) override;
     void OnSceneWritten(const std::string& scenePath,
                         const std::string& temporaryPath,
@@ -66,7 +66,7 @@ private:
     /// The base of a journal that continues from this scene.
     JournalBase BaseFrom(const JournalFile& scene);
     /// Resets the state that refers to the previous journal.
-    void StartedAnew();
+    void ForgetPreviousJournal();
     void MarkHistory();
     /// Whether the step undid or redid steps from before the journal's start.
     bool LeftItsHistory() const;
@@ -82,7 +82,7 @@ private:
     /// Whether the current step undoes, and whether it redoes.
     bool undoes = false;
     bool redoes = false;
-    std::vector<std::string> knownFiles;
+    std::vector<std::string> recordedFiles;
     /// The newest undo step when the journal started; null if there was none.
     const UndoStep* newestAtStart = nullptr;
     /// Whether steps that could be redone when the journal started can still be redone.

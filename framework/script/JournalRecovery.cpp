@@ -29,7 +29,7 @@ public:
         if (!failed) Count();
     }
     void OnWholeMesh(float, bool) override { Count(); }
-    void OnPutBack() override {}
+    void OnReverted() override {}
     void OnStrokeEnded(bool) override {}
 
 private:
@@ -38,7 +38,7 @@ private:
     }
 };
 
-bool IsStill(const JournalFile& file, JobControl* job) {
+bool HasExpectedContent(const JournalFile& file, JobControl* job) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file.path, ignored)) return false;
     return HashFile(file.path, job) == file.content;
@@ -97,7 +97,7 @@ private:
 
     void CheckStamps() const {
         for (const JournalFile& stamp : content.stamps) {
-            if (!IsStill(stamp, options.progress.job))
+            if (!HasExpectedContent(stamp, options.progress.job))
                 Fail("the file " + stamp.path +
                      " has changed since the work was recorded (expected sha256 " +
                      stamp.content.sha256 + ")");
@@ -109,11 +109,12 @@ private:
         // If nothing followed a save, the scene already contains all the work.
         const auto& saves = content.saves;
         if (!saves.empty() && saves.back().stepsBefore == content.steps.size() &&
-            IsStill(saves.back().scene, options.progress.job))
+            HasExpectedContent(saves.back().scene, options.progress.job))
             return StartFrom(saves.back());
-        if (IsStill({content.base.source, content.base.content}, options.progress.job)) return 0;
+        if (HasExpectedContent({content.base.source, content.base.content}, options.progress.job))
+            return 0;
         for (auto save = saves.rbegin(); save != saves.rend(); ++save)
-            if (IsStill(save->scene, options.progress.job)) return StartFrom(*save);
+            if (HasExpectedContent(save->scene, options.progress.job)) return StartFrom(*save);
         Fail("the source file of the work, " + content.base.source +
              ", is missing or has changed (expected sha256 " + content.base.content.sha256 +
              "); restore it and try again");
@@ -217,8 +218,8 @@ private:
 
     void Repeat(Document& document, const StrokeCall& call) {
         if (!document.Loop().IsActive()) Fail("a stroke in the journal has no beginning");
-        if (call.kind == RecordKind::StrokePutBack) {
-            document.Loop().PutBack();
+        if (call.kind == RecordKind::StrokeRevert) {
+            document.Loop().RevertStroke();
         } else if (call.kind == RecordKind::StrokeWhole) {
             document.Loop().WholeMesh(call.whole.strength, call.whole.byFacing != 0);
         } else {
@@ -242,7 +243,7 @@ private:
         dab.size = input.size;
         dab.pressure = input.pressure;
         dab.strength = input.strength;
-        dab.keepPlace = (input.flags & StrokeInput::keepsPlace) != 0;
+        dab.keepPosition = (input.flags & StrokeInput::keepsPosition) != 0;
         if ((input.flags & StrokeInput::failed) == 0) {
             document.Loop().Dab(dab);
             return;

@@ -9,12 +9,12 @@ namespace trovik {
 
 namespace {
 
-constexpr std::size_t largestFile = std::size_t{16} << 20;
+constexpr std::size_t maxPenFileBytes = std::size_t{16} << 20;
 /// One hour: an upper bound for the duration of a stroke, which also limits the dabs of an
 /// airbrush.
-constexpr double longestTime = 3.6e6;
+constexpr double maxMilliseconds = 3.6e6;
 /// Allows for rounding when a pen lies flat.
-constexpr float longestTilt = 1.001f;
+constexpr float maxTiltLength = 1.001f;
 
 PathSample SampleOf(const FieldReader& numbers) {
     const nlohmann::json& json = numbers.Json();
@@ -29,12 +29,12 @@ PathSample SampleOf(const FieldReader& numbers) {
     if (sample.pressure < 0.0f || sample.pressure > 1.0f)
         numbers.At(2).Fail("pressure must be between 0 and 1");
     const auto milliseconds = json[3].get<double>();
-    if (!(milliseconds >= 0.0 && milliseconds <= longestTime))
+    if (!(milliseconds >= 0.0 && milliseconds <= maxMilliseconds))
         numbers.At(3).Fail("times must be between 0 and 3600000 milliseconds");
     sample.time = milliseconds / 1000.0;
     if (json.size() == 6) {
         sample.tilt = {numbers.At(4).Number(), numbers.At(5).Number(), 0.0f};
-        if (!(sample.tilt.Length() <= longestTilt))
+        if (!(sample.tilt.Length() <= maxTiltLength))
             numbers.At(4).Fail("the length of the tilt must be at most 1");
     }
     return sample;
@@ -56,7 +56,7 @@ std::vector<PathSample> ParsePenStream(const std::string& text, const std::strin
 }
 
 std::vector<PathSample> ReadPenStream(const std::string& path) {
-    return ParsePenStream(ReadDocument(path, largestFile), path);
+    return ParsePenStream(ReadDocument(path, maxPenFileBytes), path);
 }
 
 }  // namespace trovik

@@ -75,7 +75,7 @@ bool IsWithin(const fs::path& folder, const fs::path& path) {
     return end == folder.end();
 }
 
-[[noreturn]] void RefuseOutside(const std::string& name, const std::string& why) {
+[[noreturn]] void RejectOutside(const std::string& name, const std::string& why) {
     throw HostError("\"" + name + "\" " + why +
                     " the output folder; use --allow-outside to permit it");
 }
@@ -123,13 +123,13 @@ std::string ScriptFiles::Target(const std::string& name) const {
     const fs::path target = PathInOutput(name);
     if (outsideAllowed) return target.string();
     if (fs::path(name).is_absolute())
-        RefuseOutside(name, "is an absolute path, which can be outside");
+        RejectOutside(name, "is an absolute path, which can be outside");
     const fs::path normal = fs::path(name).lexically_normal();
     if (normal.begin() != normal.end() && *normal.begin() == "..")
-        RefuseOutside(name, "leads out of");
+        RejectOutside(name, "leads out of");
     const fs::path root = Canonical(fs::absolute(output.empty() ? "." : output));
     if (!IsWithin(root, Canonical(fs::absolute(target))))
-        RefuseOutside(name, "leads through a symbolic link out of");
+        RejectOutside(name, "leads through a symbolic link out of");
     // Tiles of a map are written under other names, and buffers under the stem of their document.
     // Copies of material files keep their own names and never follow links.
     const std::string stem = target.stem().string() + ".";
@@ -139,7 +139,7 @@ std::string ScriptFiles::Target(const std::string& name) const {
         std::error_code ignored;
         if (isPart && fs::is_symlink(parent / other, ignored) &&
             !IsWithin(root, Canonical(parent / other)))
-            RefuseOutside(name, "is next to " + other + ", which is a symbolic link out of");
+            RejectOutside(name, "is next to " + other + ", which is a symbolic link out of");
     }
     return target.string();
 }

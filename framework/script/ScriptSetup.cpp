@@ -62,7 +62,7 @@ void ScriptRunner::PrepareProcess(const FieldReader& script) {
     LoadPlugins();
     LoadPreferences(preferencesFile);
     if (!options.progress.message) return;
-    for (const auto& [key, ignored] : UnclaimedPreferences())
+    for (const auto& [key, ignored] : PendingPreferences())
         options.progress.message(FaultMessage(
             preferencesFile,
             {FieldPointer("", key), "unknown preference" + Suggestion(key, PreferenceKeys())}));

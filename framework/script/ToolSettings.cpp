@@ -117,7 +117,7 @@ const Row rows[] = {
     {"strengthCurve", "", [](const Source& f) { return CurveOf(f.settings.dynamics.strengthCurve); }},
     {"sizeCurve", "", [](const Source& f) { return CurveOf(f.settings.dynamics.sizeCurve); }},
     {"randomSize", "of the radius", [](const Source& f) { return Shortest(f.settings.dynamics.randomSize); }},
-    {"tilt.turn", "", [](const Source& f) { return json(f.settings.dynamics.tiltTurnsStamp); }},
+    {"tilt.turn", "", [](const Source& f) { return json(f.settings.dynamics.tiltRotatesStamp); }},
     {"tilt.size", "of the radius", [](const Source& f) { return Shortest(f.settings.dynamics.tiltToSize); }},
     {"tilt.strength", "of the strength", [](const Source& f) { return Shortest(f.settings.dynamics.tiltToStrength); }},
     {"airbrush", "dabs/s", [](const Source& f) { return Shortest(f.settings.dynamics.airbrush); }},

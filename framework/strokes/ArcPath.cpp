@@ -29,7 +29,7 @@ bool SameBut(const PathSample& a, const PathSample& b, bool timed) {
 
 /// The component of `whole` with the largest magnitude. \param partOut  receives the same component
 /// of `part`.
-double Greatest(const Way& whole, const Way& part, double& partOut) {
+double LargestComponent(const Way& whole, const Way& part, double& partOut) {
     double best = whole.x;
     partOut = part.x;
     if (std::fabs(whole.y) > std::fabs(best)) {
@@ -52,7 +52,7 @@ bool IsBetween(const PathSample& from, const PathSample& middle, const PathSampl
         whole.z * part.x != whole.x * part.z)
         return false;
     double share = 0.0;
-    const double all = Greatest(whole, part, share);
+    const double all = LargestComponent(whole, part, share);
     // Strictly inside; otherwise the pen reversed or paused there.
     if (all == 0.0 || share / all <= 0.0 || share / all >= 1.0) return false;
     const auto straight = [&](double a, double m, double b) {
@@ -108,13 +108,14 @@ void ArcPath::Add(const PathSample& sample) {
     }
     const Way way = Between(knots[last].place, sample.place);
     if (way.Length() != 0.0) {
-        if (lastWay > 0) {
-            const Way before = Between(knots[lastWay - 1].place, knots[lastWay].place);
+        if (lastMovingKnot > 0) {
+            const Way before =
+                Between(knots[lastMovingKnot - 1].place, knots[lastMovingKnot].place);
             const double lengths = way.Length() * before.Length();
             if (lengths != 0.0 && way.Dot(before) < cornerCosine * lengths)
                 corners.push_back(reached[last]);
         }
-        lastWay = last + 1;
+        lastMovingKnot = last + 1;
     } else if (timed) {
         if (!rests.empty() && rests.back().last == last)
             rests.back().last = last + 1;
@@ -146,7 +147,7 @@ Vector ArcPath::Along(double at, Side side) const {
     return next == 0 ? Vector() : guides[next].place - knots[next - 1].place;
 }
 
-PathSample ArcPath::During(const Rest& rest, double time) const {
+PathSample ArcPath::During(const Pause& rest, double time) const {
     std::size_t i = rest.first + 1;
     while (i < rest.last && knots[i].time < time) ++i;
     const PathSample& from = knots[i - 1];

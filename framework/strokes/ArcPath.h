@@ -26,7 +26,7 @@ public:
     enum class Side { Before, After };
     /// A pause: the pen stays at the length `at` from knot `first` to knot `last` while time
     /// passes. The last pause of a path can grow.
-    struct Rest {
+    struct Pause {
         double at;
         std::size_t first;
         std::size_t last;
@@ -46,13 +46,13 @@ public:
     /// it is zero before the beginning and for a path of length 0.
     Vector Along(double at, Side side = Side::After) const;
     /// The sample at a time during a pause.
-    PathSample During(const Rest& rest, double time) const;
+    PathSample During(const Pause& rest, double time) const;
 
     /// Lengths at which the path turns by more than about 2.6 degrees, ascending.
     const std::vector<double>& Corners() const { return corners; }
-    const std::vector<Rest>& Rests() const { return rests; }
+    const std::vector<Pause>& Pauses() const { return rests; }
     /// Whether the path ends in a pause, which another sample at the same position extends.
-    bool IsResting() const { return !rests.empty() && rests.back().last + 1 == knots.size(); }
+    bool IsPaused() const { return !rests.empty() && rests.back().last + 1 == knots.size(); }
     const std::vector<PathSample>& Knots() const { return knots; }
     /// Arc length at each knot.
     const std::vector<double>& Reached() const { return reached; }
@@ -67,9 +67,9 @@ private:
     std::vector<PathSample> guides;
     std::vector<double> guidesReached;
     std::vector<double> corners;
-    std::vector<Rest> rests;
+    std::vector<Pause> rests;
     /// The last knot whose position differs from that of the knot before it; 0 if there is none.
-    std::size_t lastWay = 0;
+    std::size_t lastMovingKnot = 0;
     bool timed;
 };
 

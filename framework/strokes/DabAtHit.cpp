@@ -3,7 +3,7 @@
 
 namespace trovik {
 
-Vector WorldPlace(const LevelGeometry& geometry, const PickHit& hit) {
+Vector WorldPositionOf(const LevelGeometry& geometry, const PickHit& hit) {
     Vector world;
     geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
     return world;
@@ -20,7 +20,7 @@ void MoveDab(StrokeDab& dab, const LevelGeometry& geometry, const PickHit& hit) 
     dab.hit.face = hit.face;
     dab.hit.position = hit.position;
     dab.hit.normal = hit.normal;
-    dab.position = WorldPlace(geometry, hit);
+    dab.position = WorldPositionOf(geometry, hit);
 }
 
 }  // namespace trovik

@@ -8,7 +8,7 @@
 namespace trovik {
 
 /// World position of a hit on the bound level.
-TROVIK_API Vector WorldPlace(const LevelGeometry& geometry, const PickHit& hit);
+TROVIK_API Vector WorldPositionOf(const LevelGeometry& geometry, const PickHit& hit);
 
 /// A dab centred at a hit on the bound level. The caller sets everything but the positions, such as
 /// radius and strength.

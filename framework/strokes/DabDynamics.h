@@ -13,7 +13,7 @@ struct DabDynamics {
     /// 0 to 1: a dab's radius is reduced at random by up to this fraction.
     float randomSize = 0.0f;
     /// The top of the stamp points in the direction of the pen's tilt, whatever its positioning.
-    bool tiltTurnsStamp = false;
+    bool tiltRotatesStamp = false;
     /// At least -1: the fraction by which a dab is larger or stronger when the pen lies flat. For a
     /// smaller tilt it is multiplied by the length of PathSample::tilt.
     float tiltToSize = 0.0f;

@@ -10,7 +10,7 @@ namespace {
 
 /// The intersection of the line of sight through a viewport position with the plane through
 /// `middle` perpendicular to the view direction.
-Vector InPlaneOf(const StrokeView& view, const Vector& middle, const Vector& place) {
+Vector IntersectionWithPlane(const StrokeView& view, const Vector& middle, const Vector& place) {
     const Vector forward = (view.target - view.eye).Normalized();
     const Ray ray = view.Through(place.x, place.y);
     const float t = ((middle - view.eye) | forward) / (ray.direction | forward);
@@ -39,17 +39,18 @@ void ImprintStroke::Press(const PathSample& sample) {
 
 void ImprintStroke::Drag(const PathSample& sample) {
     // Reverted before the surface is hit: the copy is placed on the original surface.
-    loop.PutBack();
+    loop.RevertStroke();
     const auto copy = view != nullptr ? CopyInView(sample.place) : CopyOnSurface(sample.place);
-    if (copy) Lay(*copy, sample.pressure);
+    if (copy) ApplyCopy(*copy, sample.pressure);
 }
 
 std::optional<ImprintStroke::Copy> ImprintStroke::CopyInView(const Vector& pointer) const {
     const Vector middle = mode == DrawMode::FromCenter ? press : (press + pointer) * 0.5f;
     const auto hit = HitThrough(geometry, tree, *view, middle);
     if (!hit) return std::nullopt;
-    const Vector world = WorldPlace(geometry, *hit);
-    const Vector drag = InPlaneOf(*view, world, pointer) - InPlaneOf(*view, world, press);
+    const Vector world = WorldPositionOf(geometry, *hit);
+    const Vector drag =
+        IntersectionWithPlane(*view, world, pointer) - IntersectionWithPlane(*view, world, press);
     return Copy{*hit, drag.Length(), HeadingInView(geometry, *view, *hit, pointer - press)};
 }
 
@@ -57,15 +58,15 @@ std::optional<ImprintStroke::Copy> ImprintStroke::CopyOnSurface(const Vector& po
     const auto from = HitNear(geometry, tree, press);
     const auto to = HitNear(geometry, tree, pointer);
     if (!from || !to) return std::nullopt;
-    const Vector start = WorldPlace(geometry, *from);
-    const Vector end = WorldPlace(geometry, *to);
+    const Vector start = WorldPositionOf(geometry, *from);
+    const Vector end = WorldPositionOf(geometry, *to);
     const auto middle =
         mode == DrawMode::FromCenter ? from : HitNear(geometry, tree, (start + end) * 0.5f);
     if (!middle) return std::nullopt;
     return Copy{*middle, (end - start).Length(), end - start};
 }
 
-void ImprintStroke::Lay(const Copy& copy, float pressure) {
+void ImprintStroke::ApplyCopy(const Copy& copy, float pressure) {
     float radius = mode == DrawMode::FromCenter ? copy.radius : copy.radius * 0.5f;
     if (!(radius > 0.0f)) radius = options.radius;
     StrokeDab dab = DabAt(geometry, copy.hit);

@@ -52,7 +52,7 @@ private:
     };
     std::optional<Copy> CopyInView(const Vector& pointer) const;
     std::optional<Copy> CopyOnSurface(const Vector& pointer) const;
-    void Lay(const Copy& copy, float pressure);
+    void ApplyCopy(const Copy& copy, float pressure);
 
     StrokeLoop& loop;
     LevelGeometry& geometry;

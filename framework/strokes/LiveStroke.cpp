@@ -74,7 +74,7 @@ void LiveStroke::Take(const std::vector<PathSample>& samples) {
         if (settings.mode == DrawMode::AlongPath)
             steps.Add(sample);
         else
-            steps.CheckPlace(sample);
+            steps.CheckPosition(sample);
     }
     taken.insert(taken.end(), samples.begin(), samples.end());
     if (settings.mode == DrawMode::AlongPath)
@@ -103,7 +103,7 @@ void LiveStroke::Release() {
 void LiveStroke::Abandon() {
     isOver = true;
     taken.clear();
-    loop.PutBack();
+    loop.RevertStroke();
 }
 
 std::vector<PathSample> LiveStroke::Preview() const {

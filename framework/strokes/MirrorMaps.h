@@ -23,6 +23,6 @@ struct MirrorSetting {
 TROVIK_API std::vector<Matrix> MirrorMaps(const MirrorSetting& setting);
 
 /// The maximum number of maps of a setting.
-constexpr std::size_t mostMirrorMaps = 64;
+constexpr std::size_t maxMirrorMaps = 64;
 
 }  // namespace trovik

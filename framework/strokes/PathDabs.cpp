@@ -49,13 +49,13 @@ bool PathDabs::Go(bool isWhole, Deadline deadline) {
     if (path.IsEmpty()) return true;
     steps.CheckLength(path.Knots().front().place, path.Length());
     if (!hasBegun) {
-        if (!isWhole && !(path.Length() > 0.0) && path.Rests().empty()) return true;
+        if (!isWhole && !(path.Length() > 0.0) && path.Pauses().empty()) return true;
         hasBegun = true;
         Arrive(0.0);
     }
     while (true) {
-        const RestResult rested = Rest(isWhole, deadline);
-        if (rested != RestResult::GoesOn) return rested == RestResult::Waits;
+        const PauseResult rested = Pause(isWhole, deadline);
+        if (rested != PauseResult::GoesOn) return rested == PauseResult::Waits;
         if (!(walked < path.Length())) return true;
         const auto& corners = path.Corners();
         while (corner < corners.size() && corners[corner] <= walked) ++corner;
@@ -63,9 +63,9 @@ bool PathDabs::Go(bool isWhole, Deadline deadline) {
         if (isWhole) next = std::min(next, path.Length());
         if (corner < corners.size()) next = std::min(next, corners[corner]);
         bool isCertain = isWhole;
-        if (rest < path.Rests().size()) {
-            next = std::min(next, path.Rests()[rest].at);
-            isCertain = isCertain || next == path.Rests()[rest].at;
+        if (rest < path.Pauses().size()) {
+            next = std::min(next, path.Pauses()[rest].at);
+            isCertain = isCertain || next == path.Pauses()[rest].at;
         }
         if (!isCertain && !(next < path.Length())) return true;
         const unsigned before = count;
@@ -95,7 +95,7 @@ void PathDabs::Walk(double next) {
     bool due = false;
     const auto hit = HitAt(ahead.place);
     if (hit && here) {
-        const double length = (WorldPlace(geometry, *hit) - *here).Length();
+        const double length = (WorldPositionOf(geometry, *hit) - *here).Length();
         if (way + length >= spacing * nearEnough) {
             due = true;
             const double share =
@@ -116,15 +116,15 @@ void PathDabs::Walk(double next) {
         const auto dabHit = dabAt == next ? hit : HitAt(there.place);
         walked = dabAt;
         if (dabHit) {
-            Lay(*dabHit, there);
+            ApplyDabAt(*dabHit, there);
             return;
         }
         here.reset();
         return;
     }
     if (hit && here) {
-        way += (WorldPlace(geometry, *hit) - *here).Length();
-        here = WorldPlace(geometry, *hit);
+        way += (WorldPositionOf(geometry, *hit) - *here).Length();
+        here = WorldPositionOf(geometry, *hit);
         walked = next;
     } else {
         here.reset();
@@ -138,10 +138,10 @@ void PathDabs::Arrive(double at) {
     const PathSample sample = path.At(at, ArcPath::Side::Before);
     const auto hit = HitAt(sample.place);
     if (!hit) return;
-    const Vector world = WorldPlace(geometry, *hit);
+    const Vector world = WorldPositionOf(geometry, *hit);
     const double away = count == 0 ? 0.0 : (world - last).Length();
     if (count == 0 || away >= spacing * nearEnough) {
-        Lay(*hit, sample);
+        ApplyDabAt(*hit, sample);
         return;
     }
     here = world;
@@ -149,9 +149,10 @@ void PathDabs::Arrive(double at) {
 }
 
 /// Applies the dabs that are due while the pen is paused at the current position.
-PathDabs::RestResult PathDabs::Rest(bool isWhole, Deadline deadline) {
-    if (rest >= path.Rests().size() || path.Rests()[rest].at != walked) return RestResult::GoesOn;
-    const ArcPath::Rest& pause = path.Rests()[rest];
+PathDabs::PauseResult PathDabs::Pause(bool isWhole, Deadline deadline) {
+    if (rest >= path.Pauses().size() || path.Pauses()[rest].at != walked)
+        return PauseResult::GoesOn;
+    const ArcPath::Pause& pause = path.Pauses()[rest];
     // Times are interpolated from knot to knot.
     for (knot = std::max(knot, pause.first + 1); knot <= pause.last; ++knot) {
         while (here && DueTime() <= path.Knots()[knot].time) {
@@ -160,20 +161,20 @@ PathDabs::RestResult PathDabs::Rest(bool isWhole, Deadline deadline) {
             sample.time = time;
             const auto hit = HitAt(sample.place);
             if (hit)
-                Lay(*hit, sample);
+                ApplyDabAt(*hit, sample);
             else
                 here.reset();
-            if (IsPast(deadline)) return RestResult::Paused;
+            if (IsPast(deadline)) return PauseResult::Paused;
         }
     }
-    if (!isWhole && rest + 1 == path.Rests().size() && path.IsResting()) return RestResult::Waits;
+    if (!isWhole && rest + 1 == path.Pauses().size() && path.IsPaused()) return PauseResult::Waits;
     ++rest;
-    return RestResult::GoesOn;
+    return PauseResult::GoesOn;
 }
 
 double PathDabs::DueTime() const { return lastTime + 1.0 / static_cast<double>(dynamics.airbrush); }
 
-void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
+void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
     steps.Take();
     StrokeDab dab = DabAt(geometry, hit);
     dab.pressure = dynamics.strengthCurve.At(sample.pressure);
@@ -183,11 +184,11 @@ void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
     const float lean = std::min(sample.tilt.Length(), 1.0f);
     dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
     // During a pause the continuation of the path is not known yet.
-    const bool isResting = rest < path.Rests().size() && path.Rests()[rest].at == walked;
+    const bool isPaused = rest < path.Pauses().size() && path.Pauses()[rest].at == walked;
     const Vector along =
-        path.Along(walked, isResting ? ArcPath::Side::Before : ArcPath::Side::After);
+        path.Along(walked, isPaused ? ArcPath::Side::Before : ArcPath::Side::After);
     dab.heading = space == PathSpace::View ? HeadingInView(geometry, view, hit, along) : along;
-    if (dynamics.tiltTurnsStamp) dab.stampTop = LeanInView(view, sample.tilt);
+    if (dynamics.tiltRotatesStamp) dab.stampTop = TiltInView(view, sample.tilt);
     last = dab.position;
     lastTime = sample.time;
     const float size = dab.size;
@@ -197,7 +198,7 @@ void PathDabs::Lay(const PickHit& hit, const PathSample& sample) {
     way = 0.0;
     // The dab has moved the surface under itself.
     if (const auto ground = HitAt(sample.place))
-        here = WorldPlace(geometry, *ground);
+        here = WorldPositionOf(geometry, *ground);
     else
         here.reset();
     if (options.progress) options.progress();
@@ -217,7 +218,7 @@ float PathDabs::SizeOf(const Vector& place, const PathSample& sample) {
             brush.EffectiveBrushSize(dynamics.sizeCurve.At(sample.pressure)) / brush.BrushSize();
     const float lean = std::min(sample.tilt.Length(), 1.0f);
     share *= 1.0f + dynamics.tiltToSize * lean;
-    if (dynamics.randomSize > 0.0f) share *= 1.0f - dynamics.randomSize * loop.RandomShare();
+    if (dynamics.randomSize > 0.0f) share *= 1.0f - dynamics.randomSize * loop.RandomFraction();
     return RadiusAt(place) * std::max(share, smallestDab);
 }
 
@@ -228,7 +229,7 @@ float WorldLength(const StrokeView& view, float pixels, const Vector& place) {
     return pixels * (std::fabs(depth) * tangent * 2.0f / static_cast<float>(view.height));
 }
 
-Vector LeanInView(const StrokeView& view, const Vector& tilt) {
+Vector TiltInView(const StrokeView& view, const Vector& tilt) {
     const Matrix toWorld = view.ToWorld();
     const Vector right(toWorld.m[0][0], toWorld.m[0][1], toWorld.m[0][2]);
     const Vector up(toWorld.m[1][0], toWorld.m[1][1], toWorld.m[1][2]);

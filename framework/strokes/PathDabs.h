@@ -68,10 +68,10 @@ private:
     std::optional<PickHit> HitAt(const Vector& place) const;
     void Walk(double next);
     void Arrive(double at);
-    enum class RestResult { GoesOn, Waits, Paused };
-    RestResult Rest(bool isWhole, Deadline deadline);
+    enum class PauseResult { GoesOn, Waits, Paused };
+    PauseResult Pause(bool isWhole, Deadline deadline);
     double DueTime() const;
-    void Lay(const PickHit& hit, const PathSample& sample);
+    void ApplyDabAt(const PickHit& hit, const PathSample& sample);
     float RadiusAt(const Vector& place) const;
     float SizeOf(const Vector& place, const PathSample& sample);
 
@@ -107,6 +107,6 @@ private:
 TROVIK_API float WorldLength(const StrokeView& view, float pixels, const Vector& place);
 
 /// The tilt of the pen as a direction in the view plane. World; zero for an upright pen.
-TROVIK_API Vector LeanInView(const StrokeView& view, const Vector& tilt);
+TROVIK_API Vector TiltInView(const StrokeView& view, const Vector& tilt);
 
 }  // namespace trovik

@@ -8,20 +8,20 @@ namespace trovik {
 
 namespace {
 
-constexpr double mostSteps = 200000.0;
-constexpr double mostLongSteps = 50000.0;
+constexpr double maxShortSteps = 200000.0;
+constexpr double maxLongSteps = 50000.0;
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
 }  // namespace
 
 PathResampler::PathResampler(const ArcPath& sampledPath, double sampleStep, double needed)
-    : path(sampledPath), step(sampleStep), ahead(needed), most(mostSteps) {}
+    : path(sampledPath), step(sampleStep), ahead(needed), most(maxShortSteps) {}
 
 double PathResampler::NextStop(bool isWhole) const {
     double at = isWhole ? path.Length() : infinite;
     if (NextStep() < path.Length()) at = std::min(at, NextStep());
     if (corner < path.Corners().size()) at = std::min(at, path.Corners()[corner]);
-    if (rest < path.Rests().size()) at = std::min(at, path.Rests()[rest].at);
+    if (rest < path.Pauses().size()) at = std::min(at, path.Pauses()[rest].at);
     return at;
 }
 
@@ -33,7 +33,7 @@ void PathResampler::Pass(double at) {
         base = NextStep();
         count = 0.0;
         step *= 4.0;
-        most = mostLongSteps;
+        most = maxLongSteps;
     }
 }
 
@@ -42,10 +42,10 @@ void PathResampler::Take(const std::function<Vector(double at)>& place,
                          std::vector<PathSample>& out) {
     while (!path.IsEmpty() && !isDone) {
         const double at = NextStop(isWhole);
-        const bool isRest = rest < path.Rests().size() && path.Rests()[rest].at == at;
-        if (!isWhole && !(at + ahead < path.Length()) && !(isRest && ahead == 0.0)) return;
-        if (isRest) {
-            const ArcPath::Rest& pause = path.Rests()[rest];
+        const bool isPause = rest < path.Pauses().size() && path.Pauses()[rest].at == at;
+        if (!isWhole && !(at + ahead < path.Length()) && !(isPause && ahead == 0.0)) return;
+        if (isPause) {
+            const ArcPath::Pause& pause = path.Pauses()[rest];
             if (knot == 0) {
                 there = place(at);
                 knot = pause.first;
@@ -55,7 +55,7 @@ void PathResampler::Take(const std::function<Vector(double at)>& place,
                 out.back().place = there;
             }
             // The pause may continue.
-            if (!isWhole && rest + 1 == path.Rests().size() && path.IsResting()) return;
+            if (!isWhole && rest + 1 == path.Pauses().size() && path.IsPaused()) return;
             knot = 0;
             ++rest;
         } else {

@@ -28,9 +28,9 @@ double Length(const Place& a) { return std::sqrt(Dot(a, a)); }
 
 /// The integral of the position over arc length from the start of the path, relative to the first
 /// position. The path can grow.
-class PlaceIntegral {
+class PositionIntegral {
 public:
-    explicit PlaceIntegral(const ArcPath& way) : path(way) {}
+    explicit PositionIntegral(const ArcPath& way) : path(way) {}
 
     /// The integral up to a length below that of the path, or up to any length once the path is
     /// complete.
@@ -86,14 +86,14 @@ public:
     void Finish(std::vector<PathSample>& out) override { Take(true, out); }
 
 protected:
-    virtual Vector PlaceAt(double at) = 0;
+    virtual Vector PositionAt(double at) = 0;
 
     ArcPath path;
     StepPoll poll;
 
 private:
     void Take(bool isWhole, std::vector<PathSample>& out) {
-        resampler.Take([this](double at) { return PlaceAt(at); }, isWhole, out);
+        resampler.Take([this](double at) { return PositionAt(at); }, isWhole, out);
     }
 
     double stepLength;
@@ -109,7 +109,7 @@ public:
           half(0.5 * length) {}
 
 private:
-    Vector PlaceAt(double at) override {
+    Vector PositionAt(double at) override {
         poll.Take();
         const double reach = std::min({half, at, path.Length() - at});
         // This close to an end the mean equals the position, and the difference below is only
@@ -120,7 +120,7 @@ private:
         return ToVector(integral.First() + sum * (0.5 / reach));
     }
 
-    PlaceIntegral integral;
+    PositionIntegral integral;
     double half;
 };
 
@@ -135,7 +135,7 @@ public:
           distance(reach) {}
 
 private:
-    Vector PlaceAt(double at) override {
+    Vector PositionAt(double at) override {
         const Place from = Of(path.At(at).place);
         double least = static_cast<double>(distance) * distance;
         Place nearest = from;
@@ -215,7 +215,7 @@ public:
 
 private:
     /// The neighbour of a position; beyond the ends, the path is extrapolated linearly.
-    Place Beside(std::size_t i, int step) const {
+    Place NeighbourOf(std::size_t i, int step) const {
         const std::size_t last = through.size() - 1;
         if (step < 0 && i == 0) return Of(through[0].place) * 2.0 - Of(through[1].place);
         if (step > 0 && i == last)
@@ -226,7 +226,7 @@ private:
     void Span(std::size_t i, std::vector<PathSample>& out) const {
         const PathSample& next = through[i + 1];
         const std::array<Place, 4> p{
-            Beside(i, -1), Of(through[i].place), Of(next.place), Beside(i + 1, 1)};
+            NeighbourOf(i, -1), Of(through[i].place), Of(next.place), NeighbourOf(i + 1, 1)};
         std::array<double, 4> at{};
         for (std::size_t k = 1; k < 4; ++k) at[k] = at[k - 1] + std::sqrt(Length(p[k] - p[k - 1]));
         for (int k = 1; k < chords; ++k) {
@@ -281,7 +281,7 @@ PathShaper::PathShaper(const PathShape& shape, bool timed, const std::function<v
                                    timed,
                                    poll));
     if (shape.smoothing > 0.0f) stages.push_back(SmoothingStage(shape.smoothing, timed, poll));
-    if (shape.steady > 0.0f) stages.push_back(StringStage(shape.steady, timed, poll));
+    if (shape.steady > 0.0f) stages.push_back(StabiliserStage(shape.steady, timed, poll));
 }
 
 PathShaper::~PathShaper() = default;

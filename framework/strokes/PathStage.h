@@ -40,8 +40,8 @@ TROVIK_API std::unique_ptr<PathStage> CurveStage();
 /// it, the first of several; other positions stay. Where the pen approaches or leaves the curve,
 /// the path runs straight between both. No sample waits.
 ///
-/// For this stage, SmoothingStage and StringStage: `poll` is called regularly during long work, and
-/// its exceptions pass through; adding throws HostError for a path that takes more than
+/// For this stage, SmoothingStage and StabiliserStage: `poll` is called regularly during long work,
+/// and its exceptions pass through; adding throws HostError for a path that takes more than
 /// maxPathSteps steps of a 16th of the length. \param timed  whether times count, see ArcPath.
 TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 float distance,
@@ -59,9 +59,9 @@ TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
 /// stays while the string is slack, and then moves straight towards the pen. It begins where the
 /// pen begins, and ends where it is when the pen is lifted, up to the length of the string behind
 /// it. The result is the exact pursuit curve for any number of samples. No sample waits.
-TROVIK_API std::unique_ptr<PathStage> StringStage(float length,
-                                                  bool timed,
-                                                  const StepPoll& poll = StepPoll());
+TROVIK_API std::unique_ptr<PathStage> StabiliserStage(float length,
+                                                      bool timed,
+                                                      const StepPoll& poll = StepPoll());
 
 /// Shapes a path while it is drawn: chains the stages of Shaped, each with its delay. Without any
 /// stage, samples pass unchanged.

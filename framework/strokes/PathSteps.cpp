@@ -86,7 +86,7 @@ double PathSteps::StepLength(const Vector& first) {
                                               : HitNear(geometry, tree, first);
     Vector world;
     if (hit) {
-        world = WorldPlace(geometry, *hit);
+        world = WorldPositionOf(geometry, *hit);
     } else if (const AxisAlignedBoundingBox box = tree.Bounds(); !box.IsEmpty()) {
         // A path can begin off the mesh. The centre of the mesh is near enough for an estimate.
         const Vector middle((box.minX + box.maxX) * 0.5f,
@@ -113,7 +113,7 @@ std::string PathSteps::StepText() const {
     return text + ", spacing " + Text(spacing * 100.0) + " percent)";
 }
 
-void PathSteps::CheckPlace(const PathSample& sample) {
+void PathSteps::CheckPosition(const PathSample& sample) {
     const std::size_t number = samples++;
     const Vector& at = sample.place;
     if (!IsFinite(at)) throw PathRefused(Text(at, space) + " is not finite", number);
@@ -126,7 +126,7 @@ void PathSteps::CheckPlace(const PathSample& sample) {
 }
 
 void PathSteps::Add(const PathSample& sample) {
-    CheckPlace(sample);
+    CheckPosition(sample);
     if (last) {
         const double longer = length + Distance(last->place, sample.place);
         if (longer != 0.0 && IsTooLong(longer, StepLength(start))) {

@@ -72,7 +72,7 @@ public:
     /// that makes the path too long.
     void Add(const PathSample& sample);
     /// Checks the bounds of a single sample, for strokes that do not follow their path.
-    void CheckPlace(const PathSample& sample);
+    void CheckPosition(const PathSample& sample);
     /// \throw HostError if a path that begins at `first` is too long with this length, in the units
     /// of the samples.
     void CheckLength(const Vector& first, double length);

@@ -47,8 +47,8 @@ void PointerFilter::Place(const PathSample& sample, const PathSample* next) {
     samples.push_back(sample);
     raw.push_back(sample.time);
     std::size_t to = i;
-    while (to > 0 && i - to <= limits.latePlaces && raw[to - 1] > raw[i]) --to;
-    if (to == i || i - to > limits.latePlaces || to < settled) return;
+    while (to > 0 && i - to <= limits.lateSamples && raw[to - 1] > raw[i]) --to;
+    if (to == i || i - to > limits.lateSamples || to < settled) return;
     float asItCame = StepTo(i - 1, i);
     float moved = StepTo(i, to);
     if (next != nullptr) {
@@ -122,7 +122,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
     while (settled < samples.size()) {
         while (pools[pool].first + pools[pool].count <= settled) ++pool;
         const Pool& own = pools[pool];
-        const bool isForced = isWhole || samples.size() - settled > limits.latePlaces;
+        const bool isForced = isWhole || samples.size() - settled > limits.lateSamples;
         if (!isForced) {
             double until = std::max(raw[settled], own.Mean());
             // In a group with a common mean, the mean of the next group counts as well.
@@ -138,7 +138,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         ++settled;
         const bool isThrough = settled == own.first + own.count;
         // A group that does not end consists of wrong times.
-        if (!isThrough && settled - base <= limits.latePlaces) continue;
+        if (!isThrough && settled - base <= limits.lateSamples) continue;
         lastPool = {isThrough ? own
                               : Pool{own.Mean() * static_cast<double>(settled - own.first),
                                      own.first,
@@ -152,7 +152,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
     }
 }
 
-bool PointerFilter::TakeBlot(bool isWhole) {
+bool PointerFilter::RemoveBlot(bool isWhole) {
     std::size_t blot = 0;
     std::size_t i = 1;
     for (; i < settled && i <= limits.settleSamples; ++i) {
@@ -171,7 +171,7 @@ bool PointerFilter::TakeBlot(bool isWhole) {
     return true;
 }
 
-void PointerFilter::TakeSpike() {
+void PointerFilter::RemoveSpike() {
     if (samples.size() < 2) return;
     constexpr std::size_t window = 8;
     std::size_t tail = samples.size();
@@ -184,7 +184,8 @@ void PointerFilter::TakeSpike() {
             longest = std::max(longest, StepTo(k - 1, k));
         // Two samples alone are a short straight stroke and not a jump.
         if (i < 3) continue;
-        if (StepTo(i - 1, i) <= std::max(limits.shortestJump, limits.placeJump * longest)) continue;
+        if (StepTo(i - 1, i) <= std::max(limits.minJumpPixels, limits.positionJump * longest))
+            continue;
         samples.resize(i);
         break;
     }
@@ -203,9 +204,9 @@ bool PointerFilter::IsBeforeTail(std::size_t sample) const {
 
 std::vector<PathSample> PointerFilter::Out(bool isWhole) {
     std::vector<PathSample> out;
-    if (!isBlotDone) isBlotDone = TakeBlot(isWhole);
+    if (!isBlotDone) isBlotDone = RemoveBlot(isWhole);
     if (!isBlotDone) return out;
-    if (isWhole) TakeSpike();
+    if (isWhole) RemoveSpike();
     const std::size_t end = isWhole ? samples.size() : settled;
     for (; given < end && (isWhole || IsBeforeTail(given)); ++given) out.push_back(samples[given]);
     return out;

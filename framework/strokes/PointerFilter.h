@@ -19,13 +19,13 @@ struct PointerLimits {
     std::size_t settleSamples = 4;
     /// A position jump at the release is at least this many times as long as the longest of the
     /// eight steps before it.
-    float placeJump = 3.0f;
+    float positionJump = 3.0f;
     /// Minimum length of a position jump, in pixels.
-    float shortestJump = 6.0f;
+    float minJumpPixels = 6.0f;
     /// Maximum delay of a late sample or its time, in seconds.
     double lateTime = 0.05;
     /// Maximum delay of a late sample, in samples.
-    std::size_t latePlaces = 32;
+    std::size_t lateSamples = 32;
 };
 
 /// Removes faults of pens and drivers from a pointer stream, from press to release, while it
@@ -51,14 +51,15 @@ struct PointerLimits {
 /// A stream without faults passes unchanged, bit for bit.
 ///
 /// A sample waits for all of these: the next sample at another position or time (1, 2); a sample
-/// `lateTime` after it by their times, or `latePlaces` more samples (2, 3; in a group of decreasing
-/// times until this holds for the next group); the four samples after it, or one `settleTime` after
-/// it that is itself settled (5). The first samples also wait until the fifth of them is settled,
-/// or one `settleTime` after the first (4). At 125 samples per second a sample is returned 56 ms
-/// after it was drawn, and the press after 88 ms; at 1000 samples per second after 50 and 54 ms.
-/// With `lateTime` 0 late samples are not reordered, and a delay of 4 samples remains.
+/// `lateTime` after it by their times, or `lateSamples` more samples (2, 3; in a group of
+/// decreasing times until this holds for the next group); the four samples after it, or one
+/// `settleTime` after it that is itself settled (5). The first samples also wait until the fifth of
+/// them is settled, or one `settleTime` after the first (4). At 125 samples per second a sample is
+/// returned 56 ms after it was drawn, and the press after 88 ms; at 1000 samples per second after
+/// 50 and 54 ms. With `lateTime` 0 late samples are not reordered, and a delay of 4 samples
+/// remains.
 ///
-/// Cost: O(latePlaces) per sample.
+/// Cost: O(lateSamples) per sample.
 class TROVIK_API PointerFilter {
 public:
     explicit PointerFilter(const PointerLimits& limits = {});
@@ -90,8 +91,8 @@ private:
     std::vector<Pool> Pools() const;
     double TimeOf(std::size_t sample, const std::vector<Pool>& pools, std::size_t pool) const;
     /// Corrects the blot. \return whether the press is settled.
-    bool TakeBlot(bool isWhole);
-    void TakeSpike();
+    bool RemoveBlot(bool isWhole);
+    void RemoveSpike();
     /// Whether the release cannot change this sample, the first one not yet returned.
     bool IsBeforeTail(std::size_t sample) const;
     std::vector<PathSample> Out(bool isWhole);

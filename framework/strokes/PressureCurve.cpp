@@ -10,18 +10,18 @@ namespace trovik {
 
 namespace {
 
-bool IsShare(float value) { return value >= 0.0f && value <= 1.0f; }
+bool IsFraction(float value) { return value >= 0.0f && value <= 1.0f; }
 
 }  // namespace
 
 std::optional<std::string> PressureCurve::Flaw(const std::vector<Point>& points,
                                                std::size_t& index) {
     index = points.size();
-    if (points.size() < fewestPoints || points.size() > mostPoints)
-        return "a pressure curve must have " + std::to_string(fewestPoints) + " to " +
-               std::to_string(mostPoints) + " points";
+    if (points.size() < minCurvePoints || points.size() > maxCurvePoints)
+        return "a pressure curve must have " + std::to_string(minCurvePoints) + " to " +
+               std::to_string(maxCurvePoints) + " points";
     for (index = 0; index < points.size(); ++index) {
-        if (!IsShare(points[index].pressure) || !IsShare(points[index].value))
+        if (!IsFraction(points[index].pressure) || !IsFraction(points[index].value))
             return "pressures and their values must be between 0 and 1";
         if (index > 0 && !(points[index].pressure > points[index - 1].pressure))
             return "the pressures of a curve's points must ascend";

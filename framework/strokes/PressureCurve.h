@@ -19,8 +19,8 @@ public:
         float pressure;
         float value;
     };
-    static constexpr std::size_t fewestPoints = 2;
-    static constexpr std::size_t mostPoints = 32;
+    static constexpr std::size_t minCurvePoints = 2;
+    static constexpr std::size_t maxCurvePoints = 32;
 
     PressureCurve() = default;
     /// \throw HostError with the message of Flaw if the points are invalid.

@@ -11,7 +11,7 @@ namespace {
 
 /// If less than this fraction of a direction's length remains after projection, the remainder is
 /// rounding error.
-constexpr float leastShare = 1e-3f;
+constexpr float minRemainingLength = 1e-3f;
 
 Vector RowOf(const Matrix& matrix, int row) {
     return {matrix.m[row][0], matrix.m[row][1], matrix.m[row][2]};
@@ -22,7 +22,7 @@ Vector RowOf(const Matrix& matrix, int row) {
 Vector Across(const Vector& direction, const Vector& axis) {
     const Vector unit = direction.Normalized();
     const Vector part = unit - axis * (unit | axis);
-    return part.Length() < leastShare ? Vector() : part.Normalized();
+    return part.Length() < minRemainingLength ? Vector() : part.Normalized();
 }
 
 double Dot(const float row[4], const Vector& axis) {
@@ -119,8 +119,8 @@ Matrix StampPlacement::ToPixels(uint32_t width, uint32_t height, const Matrix& l
     const double middleV = (static_cast<double>(height) - 1.0) * 0.5;
     const Vector& origin = projected ? eye : middle;
     const double depth = projected ? Dot(eye, out) - Dot(middle, out) : 1.0;
-    const double besideU = projected ? Dot(middle, right) - Dot(eye, right) : 0.0;
-    const double besideV = projected ? Dot(middle, up) - Dot(eye, up) : 0.0;
+    const double neighbourU = projected ? Dot(middle, right) - Dot(eye, right) : 0.0;
+    const double neighbourV = projected ? Dot(middle, up) - Dot(eye, up) : 0.0;
 
     Matrix toPixels;
     for (int r = 0; r < 4; ++r) {
@@ -138,8 +138,8 @@ Matrix StampPlacement::ToPixels(uint32_t width, uint32_t height, const Matrix& l
         }
         const double w = projected ? -z / depth : one;
         const double height3 = projected ? depth * one + z : z;
-        toPixels.m[r][0] = static_cast<float>(w * (middleU - pixels * besideU) + pixels * x);
-        toPixels.m[r][1] = static_cast<float>(w * (middleV + pixels * besideV) - pixels * y);
+        toPixels.m[r][0] = static_cast<float>(w * (middleU - pixels * neighbourU) + pixels * x);
+        toPixels.m[r][1] = static_cast<float>(w * (middleV + pixels * neighbourV) - pixels * y);
         toPixels.m[r][2] = static_cast<float>(pixels * height3);
         toPixels.m[r][3] = static_cast<float>(w);
     }

@@ -15,7 +15,7 @@ namespace trovik {
 namespace {
 
 /// The smallest copy of a scattered stamp, as a fraction of the brush radius.
-constexpr float smallestCopy = 0.5f;
+constexpr float minCopyRatio = 0.5f;
 /// Separates the random numbers for distances from those for positions.
 constexpr uint64_t spacingSalt = 0x5bf03635d1c27a89u;
 
@@ -25,7 +25,7 @@ StampPositioning PositioningOf(const BrushOperation& brush) {
         return StampPositioning::Upright;
     const auto positioning = static_cast<StampPositioning>(value);
     if (positioning != StampPositioning::Tool) return positioning;
-    const bool follows = TraitsOf(brush).turnsStampAlongStroke || brush.StrokeDrawMode() != 0;
+    const bool follows = TraitsOf(brush).rotatesStampAlongStroke || brush.StrokeDrawMode() != 0;
     return follows ? StampPositioning::Stroke : StampPositioning::Upright;
 }
 
@@ -58,7 +58,7 @@ void StampStroke::Restart() {
     hasStart = false;
 }
 
-void StampStroke::Lay(StrokeDab& dab) {
+void StampStroke::PlaceStamp(StrokeDab& dab) {
     if (!HasStamp() || !(dab.size > 0.0f)) return;
     const StampPositioning positioning = PositioningOf(*brush);
     Vector toward;
@@ -73,7 +73,7 @@ void StampStroke::Lay(StrokeDab& dab) {
     const BrushOperation::Private& settings = brush->Settings();
     float turns = static_cast<float>(brush->separatorOption.Value()) / 360.0f;
     if (brush->UsesStampRandomize()) {
-        if (!dab.keepPlace && brush->StrokeDrawMode() == 0) Scatter(dab);
+        if (!dab.keepPosition && brush->StrokeDrawMode() == 0) Scatter(dab);
         turns += random.Share();
     } else if (settings.stamp.randomTurn > 0.0f) {
         turns += settings.stamp.randomTurn * 0.5f * random.Signed();
@@ -126,7 +126,7 @@ void StampStroke::Scatter(StrokeDab& dab) {
         x = random.Signed();
         y = random.Signed();
     } while (x * x + y * y > 1.0f);
-    const float share = smallestCopy + (1.0f - smallestCopy) * random.Share();
+    const float share = minCopyRatio + (1.0f - minCopyRatio) * random.Share();
 
     const StampPlacement placement = Place(dab, Vector());
     const Vector target =
@@ -140,7 +140,7 @@ void StampStroke::Scatter(StrokeDab& dab) {
 }
 
 float StampStroke::Spacing(float radius, float share) {
-    if (!HasStamp() || !TraitsOf(*brush).spacesDabsByStamp) return radius * share;
+    if (!HasStamp() || !TraitsOf(*brush).placesStampsSideBySide) return radius * share;
     const float room = brush->strokeFloatA.Value() * 0.01f;
     const float randomRoom = brush->strokeFloatB.Value() * 0.01f * spacingRandom.Share();
     return radius * ((2.0f + room) + randomRoom);

@@ -43,7 +43,7 @@ public:
     /// Applies the stamp settings to a dab. A randomised stamp (that of Spray, for example) moves
     /// the dab within one radius and scales its radius to between one half and all of it, unless
     /// the dab keeps its position. Sets the dab's stamp matrix.
-    void Lay(StrokeDab& dab);
+    void PlaceStamp(StrokeDab& dab);
 
     /// Stamp matrix for a tool that is applied to the whole mesh: projected from the camera onto
     /// the bounding sphere of this box (mesh-local).

@@ -19,7 +19,7 @@ public:
     /// its work; the stroke ends next.
     virtual void OnDab(const StrokeDab& dab, bool failed) = 0;
     virtual void OnWholeMesh(float strength, bool byFacing) = 0;
-    virtual void OnPutBack() = 0;
+    virtual void OnReverted() = 0;
     /// \param brokenOff  the stroke ended before all mirrored sides were applied, or its end
     /// failed. StrokeLoop::Break then reproduces it, except for sides that were already complete.
     virtual void OnStrokeEnded(bool brokenOff) = 0;

@@ -9,7 +9,7 @@
 #include "framework/images/StampImage.h"
 #include "framework/mesh/VertexNeighbours.h"
 #include "framework/multires/LevelChange.h"
-#include "framework/strokes/StrokePutBack.h"
+#include "framework/strokes/StrokeRevert.h"
 #include "framework/strokes/TopologicalHit.h"
 
 #include <algorithm>
@@ -89,7 +89,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
             !IsVectorStampName(brush.MaskName(stampMask).toStdString());
     previousHits.assign(mirrors.size() + 2, Vector());
     dirtyBox = AxisAlignedBoundingBox();
-    laid.clear();
+    mainDabs.clear();
     falloff = brush.Settings().falloff.Current();
     BeginStroke();
     // A modifier key can have changed the tool.
@@ -118,7 +118,7 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
     bool isDone = false;
     try {
         StrokeDab dab = pathDab;
-        stamps.Lay(dab);
+        stamps.PlaceStamp(dab);
         // Looked up before the dab moves the face under it.
         const auto across = AcrossTopology(dab);
         Apply(dab, 0);
@@ -129,7 +129,7 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
             brush.MirrorConfig().SetPointMap(mirrors[side - 1]);
             Apply(*mirrored, side);
         }
-        if (inPairs) laid.push_back(dab);
+        if (inPairs) mainDabs.push_back(dab);
         if (across) {
             brush.MirrorConfig().SetPointMap(across->pointMap);
             Apply(across->dab, mirrors.size() + 1);
@@ -154,7 +154,7 @@ std::optional<StrokeDab> StrokeLoop::Mapped(const StrokeDab& dab,
     if (!nearest) return std::nullopt;
     mapped.hit.face = nearest->face;
     mapped.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, map);
-    const Placement& place = geometry.Place();
+    const MatrixTransform& place = geometry.Place();
     Vector local;
     place.WorldToLocal(&local, &dab.position, 1.0f);
     local = map.AffineTransform(local, 1.0f);
@@ -175,11 +175,11 @@ bool StrokeLoop::KeepsPlane() const {
 
 // Two remaining sides form a pair: one is the image of the other under a map, as the mirrored side
 // is of the main side.
-void StrokeLoop::LayOtherPairs(const std::function<void()>& poll) {
+void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
     // For the user this is one stroke: a falloff that was chosen during it applies to the next one.
     const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
-    const std::vector<StrokeDab> dabs = std::exchange(laid, {});
+    const std::vector<StrokeDab> dabs = std::exchange(mainDabs, {});
     for (std::size_t first = 1; first < mirrors.size(); first += 2) {
         const bool isPair = first + 1 < mirrors.size();
         Matrix between;
@@ -238,13 +238,13 @@ void StrokeLoop::SettleSides() {
     }
 }
 
-std::optional<StrokeLoop::DabAcross> StrokeLoop::AcrossTopology(const StrokeDab& dab) const {
+std::optional<StrokeLoop::MirroredDab> StrokeLoop::AcrossTopology(const StrokeDab& dab) const {
     if (brush.MirrorConfig().MirrorMode() != MirrorConfiguration::Topological) return std::nullopt;
     const auto across = AcrossTopologicalMirror(dab.hit);
     if (!across) return std::nullopt;
-    DabAcross mirrored{dab, across->pointMap};
+    MirroredDab mirrored{dab, across->pointMap};
     mirrored.dab.hit = across->hit;
-    const Placement& place = geometry.Place();
+    const MatrixTransform& place = geometry.Place();
     Vector local;
     place.WorldToLocal(&local, &dab.position, 1.0f);
     local = across->pointMap.AffineTransform(local, 1.0f);
@@ -255,7 +255,7 @@ std::optional<StrokeLoop::DabAcross> StrokeLoop::AcrossTopology(const StrokeDab&
 }
 
 void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
-    ForgetLastWalks();
+    ClearLastWalks();
     brush.SetPreviousPatchPosition(previousHits[side]);
     brush.Settings().stampMatrix = dab.stampMatrix;
     AxisAlignedBoundingBox box;
@@ -289,7 +289,7 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
 void StrokeLoop::WholeMesh(float strength, bool byFacing) {
     if (!active) throw HostError("a dab needs an open stroke");
     try {
-        ForgetLastWalks();
+        ClearLastWalks();
         brush.Settings().stampMatrix = stamps.OverAll(tree.Bounds());
         BrushCall call(BrushCall::ApplyToWholeMesh, brush);
         call.mesh = geometry.Bound();
@@ -300,8 +300,8 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
             brush.ApplyToWholeMesh(call.mesh, strength, byFacing);
             totals.seconds += SecondsSince(start);
         });
-        // A StrokePutBack brush reports its other changes itself.
-        if (dynamic_cast<StrokePutBack*>(&brush) == nullptr)
+        // A StrokeRevert brush reports its other changes itself.
+        if (dynamic_cast<StrokeRevert*>(&brush) == nullptr)
             geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);
     } catch (...) {
@@ -311,9 +311,9 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
     }
 }
 
-void StrokeLoop::ForgetLastWalks() {
+void StrokeLoop::ClearLastWalks() {
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
-        geometry.Level(level)->ForgetLastWalks();
+        geometry.Level(level)->ClearLastWalks();
 }
 
 // The walked level is the one whose patches the dab visited. Normals are written in a visited patch
@@ -322,7 +322,7 @@ void StrokeLoop::ForgetLastWalks() {
 void StrokeLoop::ReportDab() {
     if (geometry.Observers().empty()) return;
     // Such a brush reports its changes itself.
-    if (dynamic_cast<StrokePutBack*>(&brush) != nullptr) return;
+    if (dynamic_cast<StrokeRevert*>(&brush) != nullptr) return;
     const uint32_t bound = geometry.BoundIndex();
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
         LevelMesh& mesh = *geometry.Level(level);
@@ -342,18 +342,18 @@ void StrokeLoop::ReportDab() {
     }
 }
 
-void StrokeLoop::PutBack() {
+void StrokeLoop::RevertStroke() {
     LevelMesh& mesh = *geometry.Bound();
     LevelChange* change = mesh.OpenChange();
-    auto* own = dynamic_cast<StrokePutBack*>(&brush);
+    auto* own = dynamic_cast<StrokeRevert*>(&brush);
     if (!active || (change == nullptr && own == nullptr)) return;
     if (observer != nullptr) observer->BeforeCommand(brush, "putBack");
-    if (own != nullptr) own->PutBackStroke();
-    if (change != nullptr) Announce(change->PutBack());
-    laid.clear();
+    if (own != nullptr) own->RevertBrushStroke();
+    if (change != nullptr) Announce(change->RevertStroke());
+    mainDabs.clear();
     previousHits.assign(previousHits.size(), Vector());
     stamps.Restart();
-    if (listener != nullptr) listener->OnPutBack();
+    if (listener != nullptr) listener->OnReverted();
 }
 
 void StrokeLoop::Announce(const std::vector<uint32_t>& vertices) {
@@ -390,8 +390,8 @@ void StrokeLoop::EndStroke() {
 }
 
 void StrokeLoop::Break() {
-    const bool leavesOutSides = !laid.empty();
-    laid.clear();
+    const bool leavesOutSides = !mainDabs.empty();
+    mainDabs.clear();
     Finish(leavesOutSides, {});
 }
 
@@ -404,9 +404,9 @@ void StrokeLoop::Finish(bool brokenOff, const std::function<void()>& poll) {
     try {
         if (!inPairs) SettleSides();
         EndStroke();
-        if (inPairs) LayOtherPairs(poll);
+        if (inPairs) ApplyOtherPairs(poll);
     } catch (...) {
-        laid.clear();
+        mainDabs.clear();
         if (listener != nullptr) listener->OnStrokeEnded(true);
         throw;
     }

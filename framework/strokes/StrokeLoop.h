@@ -32,7 +32,7 @@ struct StrokeDab {
     /// positioning.
     Vector stampTop;
     /// Stamp settings do not move the dab.
-    bool keepPlace = false;
+    bool keepPosition = false;
     /// Maps mesh-local positions to stamp pixels. Set by the loop.
     Matrix stampMatrix;
 };
@@ -96,12 +96,12 @@ public:
     /// Restores the bound mesh bit-exactly to its state before the stroke, which continues as if no
     /// dab had been applied: for tools that apply one dab again at each motion. Cost: proportional
     /// to what the stroke touched.
-    void PutBack();
+    void RevertStroke();
     /// Distance from the last dab to the next one along a path, world units.
     /// \param share  fraction of the radius, for tools without a spacing of their own.
     float Spacing(float radius, float share) { return stamps.Spacing(radius, share); }
     /// The next random number for the size of a dab, 0 to less than 1.
-    float RandomShare() { return sizeRandom.Share(); }
+    float RandomFraction() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
     /// Number of the open stroke, unique in the process; 0 while none is open.
@@ -122,18 +122,18 @@ private:
     std::optional<StrokeDab> Mapped(const StrokeDab& dab, const Matrix& map, bool asMirror) const;
     /// Whether the brush's tool uses one plane for the whole stroke.
     bool KeepsPlane() const;
-    void LayOtherPairs(const std::function<void()>& poll);
+    void ApplyOtherPairs(const std::function<void()>& poll);
     void SettleSides();
     /// Restores the values before the stroke at hidden vertices if the brush changed them.
     void RestoreHidden();
     void Announce(const std::vector<uint32_t>& vertices);
-    void ForgetLastWalks();
-    struct DabAcross {
+    void ClearLastWalks();
+    struct MirroredDab {
         StrokeDab dab;
         Matrix pointMap;
     };
     /// The dab's image in the topological mirror; empty if it has no image, and in other modes.
-    std::optional<DabAcross> AcrossTopology(const StrokeDab& dab) const;
+    std::optional<MirroredDab> AcrossTopology(const StrokeDab& dab) const;
     /// Reports the patches that the region walks of a dab have visited.
     void ReportDab();
     uint64_t CountMoved() const;
@@ -155,7 +155,7 @@ private:
     /// Whether mirrors beyond the first are applied in additional strokes, and the dabs recorded
     /// for them.
     bool inPairs = false;
-    std::vector<StrokeDab> laid;
+    std::vector<StrokeDab> mainDabs;
     /// The falloff of the brush when the stroke began.
     FalloffTable::Samples falloff;
     uint64_t number = 0;

@@ -31,10 +31,10 @@ public:
     /// Whether a dab is due at a hit.
     bool IsDue(const PickHit& hit) const {
         // A tolerance, because rounding could otherwise skip every other dab.
-        return count == 0 || (WorldPlace(geometry, hit) - last).Length() >= distance * 0.9999f;
+        return count == 0 || (WorldPositionOf(geometry, hit) - last).Length() >= distance * 0.9999f;
     }
 
-    void Lay(const PickHit& hit, float pressure, const Vector& heading) {
+    void ApplyDabAt(const PickHit& hit, float pressure, const Vector& heading) {
         StrokeDab dab = DabAt(geometry, hit);
         dab.size = options.radius;
         dab.pressure = pressure;
@@ -60,12 +60,12 @@ private:
 };
 
 /// A position on the path.
-struct PathPlace {
+struct PathPosition {
     Vector place;
     float pressure;
 };
 
-PathPlace Between(const PathSample& from, const PathSample& to, float share) {
+PathPosition Between(const PathSample& from, const PathSample& to, float share) {
     return {from.place + (to.place - from.place) * share,
             from.pressure + (to.pressure - from.pressure) * share};
 }
@@ -78,19 +78,19 @@ constexpr int halvings = 10;
 /// `heading(hit, along)` the direction of the stroke on the surface for the direction of the
 /// segment. If a step overshoots, the position at which the dab is due is searched within it.
 template <typename Probe, typename Heading>
-void LayAlong(const std::vector<PathSample>& samples,
-              float step,
-              PathSteps steps,
-              DabSpacer& spacer,
-              Probe probe,
-              Heading heading) {
+void ApplyDabsAlong(const std::vector<PathSample>& samples,
+                    float step,
+                    PathSteps steps,
+                    DabSpacer& spacer,
+                    Probe probe,
+                    Heading heading) {
     if (samples.empty()) return;
     for (const PathSample& sample : samples) steps.Add(sample);
     Vector along;
     for (std::size_t i = 1; i < samples.size() && along == Vector(); ++i)
         along = samples[i].place - samples[0].place;
     std::optional<PickHit> before = probe(samples[0].place);
-    if (before) spacer.Lay(*before, samples[0].pressure, heading(*before, along));
+    if (before) spacer.ApplyDabAt(*before, samples[0].pressure, heading(*before, along));
 
     for (std::size_t i = 1; i < samples.size(); ++i) {
         const PathSample& from = samples[i - 1];
@@ -119,7 +119,7 @@ void LayAlong(const std::vector<PathSample>& samples,
                         near = middle;
                     }
                 }
-                spacer.Lay(due, Between(from, to, far).pressure, heading(due, along));
+                spacer.ApplyDabAt(due, Between(from, to, far).pressure, heading(due, along));
                 before = due;
                 if (far == share) break;
                 reached = far;
@@ -164,7 +164,7 @@ unsigned StrokeAlongView(StrokeLoop& loop,
     DabSpacer spacer(loop, geometry, options);
     // Finer than a pixel, so that dab positions depend on the spacing and not on the sampling.
     constexpr float step = 0.5f;
-    LayAlong(
+    ApplyDabsAlong(
         samples,
         step,
         PathSteps(geometry, tree, view, PathSpace::View, options),
@@ -183,7 +183,7 @@ unsigned StrokeAlongSurface(StrokeLoop& loop,
                             const PathOptions& options) {
     DabSpacer spacer(loop, geometry, options);
     const float step = options.radius * std::min(options.spacing, 1.0f) * 0.25f;
-    LayAlong(
+    ApplyDabsAlong(
         samples,
         step,
         PathSteps(geometry, tree, {}, PathSpace::Surface, options),
@@ -221,10 +221,10 @@ Vector HeadingInView(const LevelGeometry& geometry,
     const Axes axes = AxesOf(view);
     const Vector motion = axes.right * along.x - axes.up * along.y;
     const Vector normal = WorldNormal(geometry.Place(), hit.normal);
-    const Vector sight = (WorldPlace(geometry, hit) - view.eye).Normalized();
+    const Vector sight = (WorldPositionOf(geometry, hit) - view.eye).Normalized();
     const float facing = sight | normal;
-    constexpr float leastFacing = 0.05f;
-    if (std::fabs(facing) < leastFacing) return motion;
+    constexpr float minFacing = 0.05f;
+    if (std::fabs(facing) < minFacing) return motion;
     return motion - sight * ((motion | normal) / facing);
 }
 

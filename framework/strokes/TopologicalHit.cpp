@@ -19,7 +19,7 @@ Vector Position(const Mesh& mesh, uint32_t vertex) {
 
 /// Corner weights at the point of a triangle nearest to `p`, each 0 to 1, with sum 1. For a point
 /// outside, weights are clamped at 0, which keeps it on the border.
-std::array<float, 3> SharesAt(const Triangle& t, const Vector& p) {
+std::array<float, 3> CornerWeightsAt(const Triangle& t, const Vector& p) {
     const Vector a = t[1] - t[0];
     const Vector b = t[2] - t[0];
     const Vector q = p - t[0];
@@ -58,7 +58,7 @@ Frame FrameOf(const Triangle& t, float sign) {
 }
 
 /// The map from one triangle's frame to that of its image, without translation.
-Matrix TurnBetween(const Triangle& main, const Triangle& image) {
+Matrix RotationBetween(const Triangle& main, const Triangle& image) {
     Matrix turn;
     const bool isReflection =
         std::equal(main.begin(), main.end(), image.begin(), [](const Vector& a, const Vector& b) {
@@ -109,20 +109,20 @@ std::optional<TopologicalHit> AcrossTopologicalMirror(const SurfacePoint& hit) {
     // A quad is two triangles; the one nearer to the hit is used.
     Triangle triangle{main[0], main[1], main[2]};
     Triangle triangleAcross{image[0], image[1], image[2]};
-    std::array<float, 3> shares = SharesAt(triangle, hit.position);
+    std::array<float, 3> shares = CornerWeightsAt(triangle, hit.position);
     if (corners == 4) {
         const Triangle second{main[0], main[2], main[3]};
-        const std::array<float, 3> secondShares = SharesAt(second, hit.position);
-        if ((Blend(second, secondShares) - hit.position).Length() <
+        const std::array<float, 3> secondWeights = CornerWeightsAt(second, hit.position);
+        if ((Blend(second, secondWeights) - hit.position).Length() <
             (Blend(triangle, shares) - hit.position).Length()) {
             triangle = second;
             triangleAcross = {image[0], image[2], image[3]};
-            shares = secondShares;
+            shares = secondWeights;
         }
     }
 
     TopologicalHit across;
-    across.pointMap = TurnBetween(triangle, triangleAcross);
+    across.pointMap = RotationBetween(triangle, triangleAcross);
     const Vector foot = Blend(triangle, shares);
     const Vector footAcross = Blend(triangleAcross, shares);
     const Vector turned = across.pointMap.AffineTransform(foot, 0.0f);

@@ -83,7 +83,7 @@ std::vector<HostChanges::Change> HostChanges::Find(const States& now) {
     return changes;
 }
 
-void HostChanges::ForgetMirror(std::size_t mesh) {
+void HostChanges::ClearMirror(std::size_t mesh) {
     if (mesh < known.size()) known[mesh].erase(mirrorCornersFile);
 }
 

@@ -38,7 +38,7 @@ public:
     /// The meshes whose state differs from the one in the trace.
     std::vector<Change> Find(const States& now);
     /// Records that the state of this mesh in the trace no longer includes the mirror.
-    void ForgetMirror(std::size_t mesh);
+    void ClearMirror(std::size_t mesh);
 
 private:
     void Notice(States now);

@@ -167,7 +167,7 @@ void PutMirrorCorners(StateSink& sink, LevelMesh& mesh) {
 std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
     LevelMesh& mesh = *geometry.Bound();
     const Mesh* plain = &mesh;
-    const Placement& place = geometry.Place();
+    const MatrixTransform& place = geometry.Place();
     const SculptLayer* layer = mesh.ActiveLayer();
     Vector scale;
     place.Scale(&scale);

@@ -4,7 +4,7 @@
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
 #include "framework/io/FilePath.h"
-#include "framework/mesh/NoticeRenderer.h"
+#include "framework/mesh/NotificationRecorder.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/trace/BrushSettingsText.h"
 #include "framework/trace/MeshState.h"
@@ -251,8 +251,8 @@ void TraceRecorder::AddTouched(JsonFields& out, const BrushCall& call) const {
     if (walked && bound != nullptr) {
         for (const MeshRenderer* renderer : RenderersOf(*bound)) {
             std::vector<std::string> heard;
-            if (const auto* listener = dynamic_cast<const NoticeRenderer*>(renderer))
-                for (const NoticeRenderer::Notice& notice : listener->Notices())
+            if (const auto* listener = dynamic_cast<const NotificationRecorder*>(renderer))
+                for (const NotificationRecorder::Notice& notice : listener->Notices())
                     heard.push_back("[" + std::to_string(notice.vertex) + "," +
                                     std::to_string(notice.face) + "]");
             notices.push_back(JsonList(heard));
@@ -286,12 +286,12 @@ void TraceRecorder::Watch(bool on) {
         else
             geometry->RemoveObserver(*this);
         for (MeshRenderer* renderer : RenderersOf(*geometry->Bound())) {
-            auto* listener = dynamic_cast<NoticeRenderer*>(renderer);
+            auto* listener = dynamic_cast<NotificationRecorder*>(renderer);
             if (listener == nullptr) continue;
             if (on)
-                listener->StartListening();
+                listener->StartRecording();
             else
-                listener->StopListening();
+                listener->StopRecording();
         }
     }
 }

@@ -81,7 +81,7 @@ void TraceRecorder::WriteHostChanges(BrushOperation& brush) {
     for (const HostChanges::Change& change : hostChanges.Find(HashStates(brush))) {
         const std::string state = NumberedTraceFolder("change", ++changeCount);
         WriteState(state, change.mesh, brush);
-        if (!MirrorsByTopology(brush)) hostChanges.ForgetMirror(change.mesh);
+        if (!MirrorsByTopology(brush)) hostChanges.ClearMirror(change.mesh);
         JsonFields in;
         in.Set("mesh", JsonString(MeshName(change.mesh)));
         in.Set("reason", JsonString(change.reason));

@@ -101,9 +101,9 @@ FaceChoice FacesInView(const LevelGeometry& geometry,
                        const PatchTree& tree,
                        const StrokeView& view,
                        ViewReach reach,
-                       const std::function<bool(const ViewPlace&)>& isInside) {
+                       const std::function<bool(const ViewPoint&)>& isInside) {
     const std::vector<float> inside =
-        SharesInView(geometry, tree, view, reach, [&isInside](const ViewPlace& place) {
+        WeightsInView(geometry, tree, view, reach, [&isInside](const ViewPoint& place) {
             return isInside(place) ? 1.0f : 0.0f;
         });
     return VisibleFacesWith(*geometry.Bound(), [&](uint32_t v) { return inside[v] > 0.0f; });

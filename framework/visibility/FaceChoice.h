@@ -33,12 +33,12 @@ TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t ma
 TROVIK_API FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face);
 
 /// The visible faces whose corners are all within reach and satisfy `isInside`.
-/// \param isInside  tests a position on the viewport; see SharesInView, also for `tree` and cost.
+/// \param isInside  tests a position on the viewport; see WeightsInView, also for `tree` and cost.
 TROVIK_API FaceChoice FacesInView(const LevelGeometry& geometry,
                                   const PatchTree& tree,
                                   const StrokeView& view,
                                   ViewReach reach,
-                                  const std::function<bool(const ViewPlace&)>& isInside);
+                                  const std::function<bool(const ViewPoint&)>& isInside);
 
 TROVIK_API FaceChoice HiddenFaces(const LevelMesh& level);
 

@@ -151,14 +151,14 @@ TEST_F(MapDisplacementTest, IsWrittenToTheActiveLayer) {
     geometry->History().Redo(*geometry);
     EXPECT_EQ(Bits(), after);
 
-    SculptLayer::Properties given = layer.Given();
+    SculptLayer::Properties given = layer.UserProperties();
     given.strength = 0.25f;
-    geometry->History().Push(GiveLayerAsStep(*geometry, layer, given));
+    geometry->History().Push(SetLayerPropertiesAsStep(*geometry, layer, given));
     EXPECT_EQ(HeightAt(1, 1), 1.0f);
     Displace(Map("e.exr", {8, 8, 8, 8}));
     EXPECT_EQ(HeightAt(1, 1), 3.0f) << "the layer's strength scales it";
     given.writable = false;
-    geometry->History().Push(GiveLayerAsStep(*geometry, layer, given));
+    geometry->History().Push(SetLayerPropertiesAsStep(*geometry, layer, given));
     EXPECT_EQ(MessageOf<HostError>([&] { Displace(folder.Path("e.exr")); }),
               "the active layer \"map\" is hidden or locked");
 }

@@ -155,7 +155,7 @@ TEST_F(MapRoundTrip, MapRefersToTheBaseThatFollowsTheSculpting) {
 
     sculpted->BindLevel(0);
     EXPECT_NE(PositionsOf(*sculpted->Level(0)), baseBefore);
-    sculpted->TakeLevels(false, 0);
+    sculpted->RemoveLevels(false, 0);
     for (unsigned i = 0; i < levels; ++i) sculpted->Subdivide();
     const float away = LargestDistance(PositionsOf(*sculpted->Bound()), shape);
     DisplacementOptions displacement;

@@ -67,8 +67,8 @@ TEST(ArcPath, FindsCornersAndPauses) {
     ASSERT_EQ(path.Corners().size(), 2u);
     EXPECT_EQ(path.Corners()[0], 4.0);
     EXPECT_EQ(path.Corners()[1], 6.0);
-    ASSERT_EQ(path.Rests().size(), 1u);
-    const ArcPath::Rest rest = path.Rests()[0];
+    ASSERT_EQ(path.Pauses().size(), 1u);
+    const ArcPath::Pause rest = path.Pauses()[0];
     EXPECT_EQ(rest.at, 4.0);
     EXPECT_EQ(path.At(4.0, ArcPath::Side::Before).time, 1.0);
     EXPECT_EQ(path.At(4.0, ArcPath::Side::After).time, 4.0);

@@ -258,7 +258,7 @@ struct Refused {
 
 std::vector<Refused> AllRefused(const std::string& scene) {
     const auto push = [](Document& document) {
-        const Placement before = document.Geometry().Place();
+        const MatrixTransform before = document.Geometry().Place();
         document.Geometry().Place().Set({2, 2, 2}, {}, {});
         document.Push(MakeTransformStep(document.Geometry(), before));
     };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/ImprintStroke.h"
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ class ImprintPlacing : public testing::Test {
 protected:
     ImprintPlacing() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {
         brush.drawMode = 1;
-        brush.TakeStamp(8, 8);
+        brush.EnableStamp(8, 8);
     }
     void Imprint(const StrokeView* view, DrawMode mode, const std::vector<PathSample>& samples) {
         const PathOptions options = bench.Options(0.5f, 0.25f);
@@ -37,7 +37,7 @@ protected:
     }
 
     RecordingBrush brush;
-    LoopBench bench;
+    LoopFixture bench;
 };
 
 TEST_F(ImprintPlacing, FromItsCentreTheCopyGrowsAroundThePress) {
@@ -135,7 +135,7 @@ protected:
         bench.Activate(Tool::Imprint);
         bench.brush->directionAttribute.SetValue(1, true);
         SetStampImage(*bench.brush, NumberedImage(8, 8));
-        loop = std::make_unique<LoopBench>(*bench.brush, *bench.geometry);
+        loop = std::make_unique<LoopFixture>(*bench.brush, *bench.geometry);
     }
     void Imprint(DrawMode mode, const std::vector<PathSample>& samples) {
         const PathOptions options = loop->Options(0.2f, 0.25f);
@@ -152,8 +152,8 @@ protected:
                                                {{0.1f, 0.9f, 0.3f}},
                                                {{-0.4f, -0.3f, 0.8f}},
                                                {{0.4f, 0.3f, 0.9f}}};
-    StrokeBench bench;
-    std::unique_ptr<LoopBench> loop;
+    StrokeFixture bench;
+    std::unique_ptr<LoopFixture> loop;
 };
 
 TEST_F(ImprintedSurface, OnlyTheLastCopyRemains) {
@@ -215,7 +215,7 @@ TEST_F(ImprintedSurface, RevertingWithoutANewCopyLeavesNoUndoStep) {
     loop->loop.Begin(BrushOperation::ModifierNone);
     loop->loop.Dab(loop->At({0.0f, 0.0f, 1.0f}, 0.3f, 0.2f));
     EXPECT_NE(BitsOf(bench.Mesh()), before);
-    loop->loop.PutBack();
+    loop->loop.RevertStroke();
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
     loop->loop.End();
     EXPECT_EQ(bench.geometry->History().StepCount(), 0u);
@@ -227,7 +227,7 @@ TEST_F(ImprintedSurface, RenderersAreNotifiedOfReverts) {
     loop->loop.Begin(BrushOperation::ModifierNone);
     loop->loop.Dab(loop->At({0.0f, 0.0f, 1.0f}, 0.3f, 0.2f));
     renderer.notices.clear();
-    loop->loop.PutBack();
+    loop->loop.RevertStroke();
     EXPECT_EQ(renderer.notices.size(), bench.Mesh().changeRecordCount);
     EXPECT_GT(renderer.notices.size(), 10u);
     loop->loop.End();

@@ -6,7 +6,7 @@
 #include "framework/script/PenStream.h"
 #include "framework/strokes/LiveStroke.h"
 #include "tests/SourceFolder.h"
-#include "tests/brushes/PathBench.h"
+#include "tests/brushes/PathFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ bool SameBits(const RecordingBrush::Dab& a, const RecordingBrush::Dab& b) {
            std::memcmp(&a.stampMatrix, &b.stampMatrix, sizeof a.stampMatrix) == 0;
 }
 
-class LiveStrokeTest : public testing::Test, protected PathBench {
+class LiveStrokeTest : public testing::Test, protected PathFixture {
 protected:
     LiveStrokeTest() {
         settings.view = view;
@@ -149,11 +149,11 @@ TEST_F(LiveStrokeTest, SplittingDoesNotChangeTheDabsOfAnyPathShape) {
 }
 
 TEST_F(LiveStrokeTest, SplittingDoesNotChangeAirbrushRandomOrFollowingStampDabs) {
-    brush.TakeStamp(16, 16);
-    brush.BeTool("Knife");
+    brush.EnableStamp(16, 16);
+    brush.SetToolName("Knife");
     brush.strokeOptionD.SetValue(true, true);
     settings.dynamics.randomSize = 0.4f;
-    settings.dynamics.tiltTurnsStamp = true;
+    settings.dynamics.tiltRotatesStamp = true;
     for (const float rate : {0.0f, 20.0f, 90.0f}) {
         SCOPED_TRACE(rate);
         settings.dynamics.airbrush = rate;
@@ -309,7 +309,7 @@ TEST_F(LiveStrokeTest, CurveWaitsForOneMoreSample) {
 }
 
 TEST_F(LiveStrokeTest, ImprintFollowsThePenAndEndsWhereTheRecordedOneDoes) {
-    brush.TakeStamp(16, 16);
+    brush.EnableStamp(16, 16);
     for (const char* name : streams) {
         for (const DrawMode mode : {DrawMode::FromCenter, DrawMode::AcrossPoints}) {
             settings.mode = mode;

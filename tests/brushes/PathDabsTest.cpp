@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/PathDabs.h"
-#include "tests/brushes/PathBench.h"
+#include "tests/brushes/PathFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 using Dabs = std::vector<RecordingBrush::Dab>;
 
-class PathDabsTest : public testing::Test, protected PathBench {
+class PathDabsTest : public testing::Test, protected PathFixture {
 protected:
     static PathSample Leaning(PathSample sample, float x, float y) {
         sample.tilt = {x, y, 0.0f};
@@ -161,9 +161,9 @@ TEST_F(PathDabsTest, TiltedPenMakesLargerAndWeakerDabs) {
 }
 
 TEST_F(PathDabsTest, StampTopPointsInTheDirectionOfTheTilt) {
-    brush.TakeStamp(64, 64);
+    brush.EnableStamp(64, 64);
     DabDynamics dynamics;
-    dynamics.tiltTurnsStamp = true;
+    dynamics.tiltRotatesStamp = true;
     // To the right of the viewport, which is the grid's x. The image's top row is row 0, and pixel
     // centres are at integers.
     const Dabs right = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);
@@ -176,7 +176,7 @@ TEST_F(PathDabsTest, StampTopPointsInTheDirectionOfTheTilt) {
     const Vector below = PixelOf(down[0].stampMatrix, place + Vector(0.0f, -0.25f, 0.0f));
     EXPECT_NEAR(below.y, 15.5f, 1e-2f);
     const Dabs upright = InView({Sample(400, 300)}, dynamics);
-    dynamics.tiltTurnsStamp = false;
+    dynamics.tiltRotatesStamp = false;
     const Dabs plain = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);
     EXPECT_TRUE(std::equal(&upright[0].stampMatrix.m[0][0],
                            &upright[0].stampMatrix.m[0][0] + 16,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/ArcPath.h"
 #include "framework/strokes/PathShape.h"
-#include "tests/brushes/PathBench.h"
+#include "tests/brushes/PathFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -38,9 +38,9 @@ std::vector<PathSample> Smoothed(const std::vector<PathSample>& samples, float l
     return Shaped(samples, shape);
 }
 
-std::vector<PathSample> OnString(const std::vector<PathSample>& samples,
-                                 float length,
-                                 bool timed = false) {
+std::vector<PathSample> Stabilised(const std::vector<PathSample>& samples,
+                                   float length,
+                                   bool timed = false) {
     PathShape shape;
     shape.steady = length;
     return Shaped(samples, shape, timed);
@@ -97,7 +97,7 @@ TEST(SmoothedPath, DoesNotDependOnTheNumberOfSamples) {
 }
 
 TEST(SteadyStroke, BrushFollowsAtTheLengthOfTheStabiliser) {
-    const auto path = OnString(Through({{0, 0, 0}, {100, 0, 0}}), 30.0f);
+    const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}}), 30.0f);
     EXPECT_EQ(path.front().place, Vector(0, 0, 0));
     EXPECT_NEAR(path.back().place.x, 70.0f, 1e-4f)
         << "one stabiliser length behind, without a jump";
@@ -110,7 +110,7 @@ TEST(SteadyStroke, PathAroundACornerIsATractrix) {
     // the depth is L tanh(d / L) less than the distance d, and the lateral distance is L / cosh(d /
     // L).
     const float L = 20.0f;
-    const auto path = OnString(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);
+    const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);
     const float d = 45.0f / L;
     EXPECT_NEAR(path.back().place.x, 100.0f - L / std::cosh(d), 1e-3f);
     EXPECT_NEAR(path.back().place.y, 45.0f - L * std::tanh(d), 1e-3f);
@@ -118,7 +118,7 @@ TEST(SteadyStroke, PathAroundACornerIsATractrix) {
 
 TEST(SteadyStroke, MotionWithinTheStabiliserLengthMovesNothing) {
     const auto path =
-        OnString(Through({{0, 0, 0}, {50, 0, 0}, {20, 0, 0}, {45, 3, 0}, {30, -4, 0}}), 20.0f);
+        Stabilised(Through({{0, 0, 0}, {50, 0, 0}, {20, 0, 0}, {45, 3, 0}, {30, -4, 0}}), 20.0f);
     EXPECT_NEAR(path.back().place.x, 30.0f, 1e-3f);
     EXPECT_NEAR(path.back().place.y, 0.0f, 1e-3f);
     EXPECT_NEAR(ArcPath(path).Length(), 30.0, 1e-2);
@@ -126,17 +126,17 @@ TEST(SteadyStroke, MotionWithinTheStabiliserLengthMovesNothing) {
 
 TEST(SteadyStroke, DoesNotDependOnTheNumberOfSamples) {
     const auto rough = Through({{0, 0, 0}, {60, 10, 0}, {50, 80, 0}, {-20, 60, 0}, {30, 60, 0}});
-    const auto path = OnString(rough, 18.0f);
+    const auto path = Stabilised(rough, 18.0f);
     for (const int parts : {2, 7, 50})
-        EXPECT_LT(Apart(OnString(Finer(rough, parts), 18.0f), path), 2e-4f) << parts;
+        EXPECT_LT(Apart(Stabilised(Finer(rough, parts), 18.0f), path), 2e-4f) << parts;
 }
 
 TEST(SteadyStroke, TimeContinuesWhileTheBrushIsStationary) {
     const auto path =
-        OnString({Sample(0, 0, 1, 0), Sample(50, 0, 1, 1), Sample(50, 0, 1, 5)}, 20.0f, true);
+        Stabilised({Sample(0, 0, 1, 0), Sample(50, 0, 1, 1), Sample(50, 0, 1, 5)}, 20.0f, true);
     const ArcPath way(path, true);
-    ASSERT_FALSE(way.Rests().empty());
-    EXPECT_NEAR(way.Rests().back().at, 30.0, 1e-4);
+    ASSERT_FALSE(way.Pauses().empty());
+    EXPECT_NEAR(way.Pauses().back().at, 30.0, 1e-4);
     EXPECT_EQ(way.Knots().back().time, 5.0);
 }
 

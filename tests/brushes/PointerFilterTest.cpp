@@ -6,7 +6,7 @@
 #include "framework/script/PenStream.h"
 #include "framework/strokes/PointerFilter.h"
 #include "tests/SourceFolder.h"
-#include "tests/brushes/PathBench.h"
+#include "tests/brushes/PathFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ std::vector<PathSample> Stream(const std::string& name) {
     return ReadPenStream(SourceFolder() + "/tests/data/pointer/" + name + ".json");
 }
 
-class PointerFilterTest : public testing::Test, protected PathBench {
+class PointerFilterTest : public testing::Test, protected PathFixture {
 protected:
     PointerFilterTest() { expected = InView(Stream("clean")); }
 

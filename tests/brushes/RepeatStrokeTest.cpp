@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -12,8 +12,8 @@ namespace {
 class RepeatedDabs : public testing::Test {
 protected:
     RepeatedDabs() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {
-        brush.BeTool("Repeat");
-        brush.TakeStamp(8, 8);
+        brush.SetToolName("Repeat");
+        brush.EnableStamp(8, 8);
     }
     void Along(const std::vector<PathSample>& samples, float radius, uint64_t seed = 0) {
         brush.dabs.clear();
@@ -33,7 +33,7 @@ protected:
     }
 
     RecordingBrush brush;
-    LoopBench bench;
+    LoopFixture bench;
 };
 
 TEST_F(RepeatedDabs, CopiesAreAdjacentWithTheSpacingBetweenThem) {
@@ -104,13 +104,13 @@ TEST_F(RepeatedDabs, PositioningOverridesTheOrientationOfTheTool) {
     brush.separatorOption.SetValue(90, true);
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).y, -1.0f, 1e-4f);
-    brush.BeTool("Sculpt");
+    brush.SetToolName("Sculpt");
     brush.resetOptionA.SetValue(static_cast<int>(StampPositioning::Tool), true);
     brush.separatorOption.SetValue(0, true);
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).y, 1.0f, 1e-4f);
     EXPECT_NEAR(DistanceBefore(1), 0.125f, 1e-3f) << "and dabs like those of any other tool";
-    brush.BeTool("Knife");
+    brush.SetToolName("Knife");
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).x, 1.0f, 1e-4f);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/meshes/MirrorAtX.h"
 
@@ -18,7 +18,7 @@ protected:
         bench.Activate(Tool::Spray);
         SetStampImage(*bench.brush, NumberedImage(8, 8));
         bench.brush->SetStampRandomize(true);
-        loop = std::make_unique<LoopBench>(*bench.brush, *bench.geometry);
+        loop = std::make_unique<LoopFixture>(*bench.brush, *bench.geometry);
     }
     std::vector<VertexBits> Spray(uint64_t seed) {
         PathOptions options = loop->Options(0.25f, 0.5f);
@@ -36,8 +36,8 @@ protected:
         return bits;
     }
 
-    StrokeBench bench;
-    std::unique_ptr<LoopBench> loop;
+    StrokeFixture bench;
+    std::unique_ptr<LoopFixture> loop;
 };
 
 TEST_F(SprayedSurface, EqualSeedsGiveEqualBitsAndOtherSeedsDiffer) {
@@ -52,8 +52,8 @@ TEST_F(SprayedSurface, EqualSeedsGiveEqualBitsAndOtherSeedsDiffer) {
 class SprayedDabs : public testing::Test {
 protected:
     SprayedDabs() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {
-        brush.BeTool("Spray");
-        brush.TakeStamp(8, 8);
+        brush.SetToolName("Spray");
+        brush.EnableStamp(8, 8);
         brush.SetStampRandomize(true);
     }
     /// Many dabs of radius 2 at one position, far from the border.
@@ -66,7 +66,7 @@ protected:
     }
 
     RecordingBrush brush;
-    LoopBench bench;
+    LoopFixture bench;
 };
 
 TEST_F(SprayedDabs, CopiesCoverTheDiscInAllSizesAndRotations) {
@@ -128,7 +128,7 @@ TEST_F(SprayedDabs, ScatteredDabIsMirrored) {
 TEST_F(SprayedDabs, DabWithAFixedPositionIsOnlyRotated) {
     bench.loop.Begin(BrushOperation::ModifierNone, 1);
     StrokeDab dab = bench.At({8.0f, 8.0f, 0.0f}, 2.0f, 3.0f);
-    dab.keepPlace = true;
+    dab.keepPosition = true;
     bench.loop.Dab(dab);
     bench.loop.Dab(dab);
     bench.loop.End();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/StampFiles.h"
 #include "framework/errors/HostError.h"
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/files/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -87,7 +87,7 @@ TEST_F(StampFiles, BrushUsesTheImageOfItsStamp) {
 
 TEST_F(StampFiles, ChangedFileIsReadForTheNextStroke) {
     RecordingBrush recording;
-    LoopBench bench(recording, FlatGrid(4));
+    LoopFixture bench(recording, FlatGrid(4));
     const std::string path = Write("mine.tif", 0.5f);
     recording.SetStamp(true, QString::fromStdString(path));
     const auto stroke = [&] {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/StampPlacement.h"
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
@@ -105,7 +105,7 @@ TEST(StampPlacement, DirectionsOfRotationsLieOnTheUnitCircle) {
 }
 
 TEST(StampPlacement, MatrixIncludesTheTransformOfTheMesh) {
-    Placement place;
+    MatrixTransform place;
     place.Set({2.0f, 2.0f, 2.0f}, {0.0f, 0.0f, 0.0f}, {10.0f, 0.0f, 0.0f});
     // World (12, 4, 0) is mesh-local (1, 2, 0).
     const auto placement =

@@ -3,7 +3,7 @@
 /// \file The whole path of a stamp: image, placement, loop, kernels. On a flat grid, Sculpt with a
 /// flat falloff reproduces the image: each vertex rises by its pixel.
 #include "framework/strokes/DabStrength.h"
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MirrorAtX.h"
 
 #include <gtest/gtest.h>
@@ -36,8 +36,8 @@ protected:
         return static_cast<float>(1 + row * 8 + column) / 64.0f;
     }
 
-    StrokeBench bench;
-    LoopBench loop;
+    StrokeFixture bench;
+    LoopFixture loop;
 };
 
 TEST_F(StampedSurface, EachVertexRisesByItsPixel) {
@@ -183,7 +183,7 @@ TEST_F(StampedSurface, VectorStampMovesInUnitsOfItsSide) {
 TEST(StampAcrossTheTopology, EachVertexReadsThePixelOfItsMirrorImage) {
     PolygonMesh grid = FlatGrid(16);
     for (auto& p : grid.positions) p[0] -= 8.0f;
-    StrokeBench bench(grid);
+    StrokeFixture bench(grid);
     ASSERT_TRUE(bench.geometry->FindMirror());
     // The right half is posed differently, so that no reflection maps one half to the other.
     LevelMesh& mesh = bench.Mesh();
@@ -193,7 +193,7 @@ TEST(StampAcrossTheTopology, EachVertexReadsThePixelOfItsMirrorImage) {
     }
     mesh.ComputeNormals();
     SetStampImage(*bench.brush, NumberedImage(8, 8));
-    LoopBench loop(*bench.brush, *bench.geometry);
+    LoopFixture loop(*bench.brush, *bench.geometry);
     loop.loop.SetMirrors(MirrorConfiguration::Topological, {});
     loop.loop.Begin(BrushOperation::ModifierNone);
     EXPECT_TRUE(bench.brush->IsMaskEnabled(1));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/meshes/MirrorAtX.h"
 
@@ -19,7 +19,7 @@ protected:
     StrokeLoopTest() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {}
 
     RecordingBrush brush;
-    LoopBench bench;
+    LoopFixture bench;
 };
 
 TEST_F(StrokeLoopTest, StrokeIsOneBeginItsDabsAndOneEnd) {
@@ -58,7 +58,7 @@ TEST_F(StrokeLoopTest, CallsOutOfOrderAreRefusedAndKeepTheStroke) {
 TEST_F(StrokeLoopTest, StrokeKeepsItsInitialStamp) {
     const auto matrices = [this](const std::function<void()>& change) {
         brush.dabs.clear();
-        brush.TakeStamp(8, 4);
+        brush.EnableStamp(8, 4);
         bench.loop.Begin(BrushOperation::ModifierNone, 3);
         bench.loop.Dab(bench.At({3.0f, 3.0f, 0.0f}));
         change();
@@ -67,7 +67,7 @@ TEST_F(StrokeLoopTest, StrokeKeepsItsInitialStamp) {
         return std::pair(brush.dabs[0].stampMatrix, brush.dabs[1].stampMatrix);
     };
     const auto expected = matrices([] {});
-    EXPECT_EQ(matrices([this] { brush.TakeStamp(32, 64); }), expected);
+    EXPECT_EQ(matrices([this] { brush.EnableStamp(32, 64); }), expected);
     EXPECT_EQ(matrices([this] { brush.SetStamp(false, QString()); }), expected);
 }
 
@@ -141,7 +141,7 @@ TEST_F(StrokeLoopTest, EachMirrorAddsADab) {
 }
 
 TEST_F(StrokeLoopTest, MirroredDabAppliesTheMirroredStamp) {
-    brush.TakeStamp(8, 8);
+    brush.EnableStamp(8, 8);
     bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({3.0f, 5.0f, 0.0f}, 2.0f));
@@ -171,7 +171,7 @@ public:
     void OnStrokeBegun(BrushOperation::Modifier, uint64_t) override {}
     void OnDab(const StrokeDab&, bool) override {}
     void OnWholeMesh(float, bool) override {}
-    void OnPutBack() override {}
+    void OnReverted() override {}
     void OnStrokeEnded(bool brokenOff) override { ends.push_back(brokenOff); }
     std::vector<bool> ends;
 };
@@ -187,7 +187,7 @@ TEST(StrokeLoopEnd, IsReportedEvenIfTheBrushFailsToEnd) {
     };
     HostKernel::Instance();
     FailingBrush brush;
-    LoopBench bench(brush, FlatGrid(16));
+    LoopFixture bench(brush, FlatGrid(16));
     EndListener listener;
     bench.loop.SetInputListener(&listener);
     bench.loop.Begin(BrushOperation::ModifierNone);

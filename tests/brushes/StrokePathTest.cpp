@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/brushes/LoopBench.h"
+#include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ protected:
     }
 
     RecordingBrush brush;
-    LoopBench bench;
+    LoopFixture bench;
 };
 
 TEST_F(StrokePathTest, DabsAreSpacedIndependentOfThePathLength) {

@@ -123,7 +123,7 @@ private:
 TEST(DisplayedEdits, PackingDirtyPatchesEqualsPackingEverything) {
     HostSwitches switches;
     constexpr uint32_t editsPerMesh = 25;
-    const uint32_t wanted = WantedCount("TROVIK_RANDOM_EDITS", 500);
+    const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_EDITS", 500);
     uint64_t packed = 0;
     uint32_t updates = 0;
     for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {
@@ -133,7 +133,7 @@ TEST(DisplayedEdits, PackingDirtyPatchesEqualsPackingEverything) {
         LevelGeometry& geometry = edits.Geometry();
         Display display(geometry);
         for (uint32_t i = 0; i < editsPerMesh; ++i) {
-            SCOPED_TRACE("edit " + std::to_string(edit + i) + ": " + edits.Story());
+            SCOPED_TRACE("edit " + std::to_string(edit + i) + ": " + edits.CaseDescription());
             if (random.Chance(0.2f))
                 geometry.History().Undo(geometry);
             else if (random.Chance(0.1f))
@@ -170,7 +170,7 @@ std::vector<uint32_t> PatchesWritten(const LevelMesh& patches) {
 
 /// A torus of 196608 quads in 192 patches.
 TEST(DisplayedEdits, DabPacksExactlyThePatchesItWrites) {
-    StrokeBench bench(Torus(4, 3), 7);
+    StrokeFixture bench(Torus(4, 3), 7);
     LevelMesh& level = bench.Mesh();
     const PatchLayout layout(level);
     ASSERT_EQ(layout.PatchLevel(), 2u);

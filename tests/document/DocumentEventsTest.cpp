@@ -149,7 +149,7 @@ TEST_F(DocumentEvents, RefusedOperationsDuringAStrokeSendNone) {
                                              [&] { document->SelectTool("Wax"); },
                                              [&] { document->Reset(); },
                                              [&] { document->ClearHistory(); },
-                                             [&] { document->SetTransform(Placement()); },
+                                             [&] { document->SetTransform(MatrixTransform()); },
                                              [&] { document->Displace(DisplacementOptions{}); },
                                              [&] { document->WriteScene("refused.trovik"); },
                                              [&] { document->Save("refused.trovik"); }};
@@ -195,7 +195,7 @@ public:
     void OnStrokeBegun(BrushOperation::Modifier, uint64_t) override { ++begun; }
     void OnDab(const StrokeDab&, bool) override { ++dabs; }
     void OnWholeMesh(float, bool) override {}
-    void OnPutBack() override {}
+    void OnReverted() override {}
     void OnStrokeEnded(bool) override { ++ended; }
     void OnSceneWritten(const std::string& scene,
                         const std::string& temporary,

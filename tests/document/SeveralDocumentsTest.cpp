@@ -32,7 +32,7 @@ std::vector<Step> Work(float side) {
             [](Document& d) { BeginStroke(d, BrushOperation::ModifierNone, std::nullopt); },
             [=](Document& d) { Dab(d, at(0.2f, 0)); },
             [=](Document& d) { Dab(d, at(0.4f, 0.1f)); },
-            [](Document& d) { d.Loop().PutBack(); },
+            [](Document& d) { d.Loop().RevertStroke(); },
             [=](Document& d) { Dab(d, at(0.4f, 0.2f)); },
             [](Document& d) { d.Loop().End(); },
             [](Document& d) { d.BindLevel(0); },

@@ -27,10 +27,10 @@ protected:
         return *mesh.ActiveLayer();
     }
     void Give(SculptLayer& layer, float strength, bool visible) {
-        SculptLayer::Properties given = layer.Given();
+        SculptLayer::Properties given = layer.UserProperties();
         given.strength = strength;
         given.visible = visible;
-        if (auto step = GiveLayerAsStep(geometry, layer, given))
+        if (auto step = SetLayerPropertiesAsStep(geometry, layer, given))
             geometry.History().Push(std::move(step));
     }
 
@@ -138,7 +138,7 @@ TEST_F(LayerStackTest, LayersTurnedOffAndOnAgainGiveTheSameBits) {
         std::shuffle(order.begin(), order.end(), random);
         std::vector<SculptLayer::Properties> given;
         given.reserve(std::size(layers));
-        for (const SculptLayer* layer : layers) given.push_back(layer->Given());
+        for (const SculptLayer* layer : layers) given.push_back(layer->UserProperties());
         for (const std::size_t i : order) Give(*layers[i], given[i].strength * 3.1f, false);
         ASSERT_NE(StateOf(mesh), before);
         std::shuffle(order.begin(), order.end(), random);
@@ -168,7 +168,7 @@ TEST_F(LayerStackTest, HiddenLayerIsNotWritten) {
     EXPECT_TRUE(a.Writable());
     Give(a, 1.0f, false);
     EXPECT_FALSE(a.Writable());
-    EXPECT_EQ(a.PresentStrength(), 0.0f);
+    EXPECT_EQ(a.EffectiveStrength(), 0.0f);
     EXPECT_EQ(a.Strength(), 1.0f);
 }
 
@@ -325,11 +325,11 @@ TEST_F(LayerStackTest, OrderNameAndLockAreUndone) {
     Push(MoveLayerAsStep(geometry, b, 99));
     EXPECT_EQ(names(), "acb");
     EXPECT_EQ(MoveLayerAsStep(geometry, b, 2), nullptr) << "the layer is at that position";
-    SculptLayer::Properties given = b.Given();
+    SculptLayer::Properties given = b.UserProperties();
     given.name = "x";
-    Push(GiveLayerAsStep(geometry, b, given));
+    Push(SetLayerPropertiesAsStep(geometry, b, given));
     given.writable = false;
-    Push(GiveLayerAsStep(geometry, b, given));
+    Push(SetLayerPropertiesAsStep(geometry, b, given));
     EXPECT_EQ(names(), "acx");
     EXPECT_FALSE(b.Writable());
     const std::size_t last = geometry.History().StepCount() - 1;
@@ -351,7 +351,7 @@ TEST_F(LayerStackTest, OrderNameAndLockAreUndone) {
 TEST_F(LayerStackTest, EditsWithoutEffectMakeNoUndoStep) {
     SculptLayer& a = Add("a");
     EXPECT_EQ(SelectLayerAsStep(geometry, &a), nullptr);
-    EXPECT_EQ(GiveLayerAsStep(geometry, a, a.Given()), nullptr);
+    EXPECT_EQ(SetLayerPropertiesAsStep(geometry, a, a.UserProperties()), nullptr);
     EXPECT_EQ(EraseLayerByFreezeAsStep(geometry, a), nullptr);
 }
 

@@ -43,8 +43,8 @@ void RandomEdits::Edit() {
     }
 }
 
-std::string RandomEdits::Story() const {
-    return drawn.Story() + "; edit of kind " + std::to_string(kind) + ", " +
+std::string RandomEdits::CaseDescription() const {
+    return drawn.CaseDescription() + "; edit of kind " + std::to_string(kind) + ", " +
            std::to_string(layerKind);
 }
 
@@ -126,7 +126,7 @@ void RandomEdits::Unsubdivide() {
 }
 
 void RandomEdits::Transform() {
-    const Placement before = geometry.Place();
+    const MatrixTransform before = geometry.Place();
     const float scale = random.OneOf({0.5f, 1.0f, 2.0f});
     geometry.Place().Set({scale, 1.0f, scale}, random.In(-180.0f, 180.0f), random.In(-3.0f, 3.0f));
     Push(MakeTransformStep(geometry, before));
@@ -140,7 +140,7 @@ void RandomEdits::Layer() {
         return;
     }
     SculptLayer& layer = *layers[random.Below(static_cast<uint32_t>(layers.size()))];
-    SculptLayer::Properties given = layer.Given();
+    SculptLayer::Properties given = layer.UserProperties();
     switch (what) {
         case 2:
             Push(RemoveLayerAsStep(geometry, layer));
@@ -173,15 +173,15 @@ void RandomEdits::Layer() {
             MergeOrErase(layer, layers);
             return;
     }
-    Push(GiveLayerAsStep(geometry, layer, given));
+    Push(SetLayerPropertiesAsStep(geometry, layer, given));
 }
 
-void RandomEdits::MergeOrErase(SculptLayer& layer, const LayerGround::Layers& layers) {
+void RandomEdits::MergeOrErase(SculptLayer& layer, const LayerBase::Layers& layers) {
     const bool mergeable =
         layers.size() > 1 && layers[0]->Writable() && layers[1]->Writable() && random.Chance(0.5f);
     if (mergeable)
         Push(MergeLayerDownAsStep(geometry, *layers[1]));
-    else if (layer.Given().writable)
+    else if (layer.UserProperties().writable)
         Push(EraseLayerByFreezeAsStep(geometry, layer));
 }
 

@@ -20,7 +20,7 @@ public:
 
     LevelGeometry& Geometry() { return geometry; }
     /// Describes the last mesh and edit, for failure messages.
-    std::string Story() const;
+    std::string CaseDescription() const;
 
 private:
     float Reach() const;
@@ -32,10 +32,10 @@ private:
     void Unsubdivide();
     void Transform();
     void Layer();
-    void MergeOrErase(SculptLayer& layer, const LayerGround::Layers& layers);
+    void MergeOrErase(SculptLayer& layer, const LayerBase::Layers& layers);
 
     RandomNumbers& random;
-    RandomBench drawn;
+    RandomStrokeFixture drawn;
     LevelGeometry& geometry;
     float reach = 0.0f;
     int named = 0;

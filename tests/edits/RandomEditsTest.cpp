@@ -47,7 +47,7 @@ public:
 private:
     void AppendLayers(const LevelGeometry& geometry, const LevelMesh& mesh) {
         for (const auto& layer : geometry.Layers().OfLevel(mesh)) {
-            const SculptLayer::Properties& given = layer->Given();
+            const SculptLayer::Properties& given = layer->UserProperties();
             bytes += given.name;
             Put(given.strength);
             Put(given.visible);
@@ -75,7 +75,7 @@ const UndoStep* Newest(const UndoHistory& history) {
 TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
     HostSwitches switches;
     const TemporaryFolder folder;
-    const uint32_t wanted = WantedCount("TROVIK_RANDOM_EDITS", 500);
+    const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_EDITS", 500);
     std::size_t steps = 0;
     for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {
         // Each mesh has its own seed, so that one case can be examined alone.
@@ -94,12 +94,12 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
         std::vector<State> states;
         states.emplace_back(geometry);
         for (uint32_t i = 0; i < editsPerMesh; ++i) {
-            SCOPED_TRACE("edit " + std::to_string(edit + i) + ": " + edits.Story());
+            SCOPED_TRACE("edit " + std::to_string(edit + i) + ": " + edits.CaseDescription());
             const UndoStep* before = Newest(history);
             edits.Edit();
             if (Newest(history) != before) states.emplace_back(geometry);
             ASSERT_TRUE(State(geometry) == states.back())
-                << "an edit without a step: " << edits.Story();
+                << "an edit without a step: " << edits.CaseDescription();
             if (random.Chance(0.1f)) {
                 // Undo some steps and continue from there, which drops the undone steps.
                 for (uint32_t n = random.Below(4); n > 0 && history.Undo(geometry); --n)
@@ -109,7 +109,8 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
         }
         std::string labels;
         for (std::size_t i = 0; i < history.StepCount(); ++i) labels += history.Label(i) + ", ";
-        SCOPED_TRACE("edits of " + std::to_string(edit) + ": " + edits.Story() + ": " + labels);
+        SCOPED_TRACE("edits of " + std::to_string(edit) + ": " + edits.CaseDescription() + ": " +
+                     labels);
         while (history.Redo(geometry)) states.emplace_back(geometry);
         steps += states.size() - 1;
         std::size_t now = states.size() - 1;

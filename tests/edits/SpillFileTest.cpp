@@ -21,10 +21,10 @@ std::vector<uint8_t> Bytes(std::size_t count, uint8_t first) {
 
 class SpillFileTest : public ::testing::Test {
 protected:
-    SpillFile::Place Write(const std::vector<uint8_t>& bytes) {
-        SpillFile::Place place = file.Reserve(bytes.size());
-        file.Fill(place, bytes);
-        return place;
+    SpillFile::Extent Write(const std::vector<uint8_t>& bytes) {
+        SpillFile::Extent extent = file.Reserve(bytes.size());
+        file.Fill(extent, bytes);
+        return extent;
     }
     uint64_t FileLength() const {
         std::ifstream open(file.OpenPath(), std::ios::binary | std::ios::ate);
@@ -68,23 +68,23 @@ TEST_F(SpillFileTest, IsUnlinkedFromItsFolder) {
 
 TEST_F(SpillFileTest, DamageIsReportedWithItsOffset) {
     Write(Bytes(300, 1));
-    const auto place = Write(Bytes(300, 1));
+    const auto extent = Write(Bytes(300, 1));
     {
         std::fstream open(file.OpenPath(), std::ios::binary | std::ios::in | std::ios::out);
         open.seekp(450);
         open.put('x');
     }
-    EXPECT_EQ(MessageOf<HostError>([&] { file.Read(place); }),
+    EXPECT_EQ(MessageOf<HostError>([&] { file.Read(extent); }),
               "undo file in " + folder.Path("") +
                   ": byte 300: the step stored here is damaged: its checksum does not match");
     std::filesystem::resize_file(file.OpenPath(), 400);
-    EXPECT_EQ(MessageOf<HostError>([&] { file.Read(place); }),
+    EXPECT_EQ(MessageOf<HostError>([&] { file.Read(extent); }),
               "undo file in " + folder.Path("") +
                   ": byte 300: the file ends within the step stored here");
 }
 
 TEST_F(SpillFileTest, FullDiskIsReportedAndWrittenDataIsKept) {
-    const auto place = Write(Bytes(300, 1));
+    const auto extent = Write(Bytes(300, 1));
     auto next = file.Reserve(9000);
     {
         const FullDisk full(4096);
@@ -92,7 +92,7 @@ TEST_F(SpillFileTest, FullDiskIsReportedAndWrittenDataIsKept) {
                   "undo file in " + folder.Path("") + ": cannot be written: File too large");
     }
     file.Free(next);
-    EXPECT_EQ(file.Read(place), Bytes(300, 1));
+    EXPECT_EQ(file.Read(extent), Bytes(300, 1));
     EXPECT_EQ(file.Bytes(), 300u);
     EXPECT_EQ(FileLength(), 300u);
 }

@@ -97,7 +97,7 @@ public:
             ExpectSame(fresh.Nearest(ray.origin), document.Tree().Nearest(ray.origin));
         }
     }
-    const std::string& Story() const { return story; }
+    const std::string& CaseDescription() const { return story; }
 
 private:
     void ExpectSame(const std::optional<PickHit>& a, const std::optional<PickHit>& b) {
@@ -152,7 +152,7 @@ private:
             Check();
         }
         if (random.Chance(0.2f)) {
-            loop.PutBack();
+            loop.RevertStroke();
             story = "reverting a stroke of " + tool;
             Check();
         }
@@ -208,7 +208,7 @@ private:
             return;
         }
         SculptLayer& layer = *layers[random.Below(static_cast<uint32_t>(layers.size()))];
-        SculptLayer::Properties given = layer.Given();
+        SculptLayer::Properties given = layer.UserProperties();
         switch (random.Below(6)) {
             case 0:
                 document.Push(RemoveLayerAsStep(geometry, layer));
@@ -223,14 +223,14 @@ private:
                 document.Push(DuplicateLayerAsStep(geometry, layer, "copy"));
                 return;
             case 4:
-                if (layer.Given().writable)
+                if (layer.UserProperties().writable)
                     document.Push(EraseLayerByFreezeAsStep(geometry, layer));
                 return;
             default:
                 given.strength = random.OneOf({0.0f, 0.3f, 1.0f, 1.2f});
                 break;
         }
-        document.Push(GiveLayerAsStep(geometry, layer, given));
+        document.Push(SetLayerPropertiesAsStep(geometry, layer, given));
     }
 
     void Symmetry() {
@@ -281,7 +281,7 @@ private:
 };
 
 TEST(SurfaceReport, CopyUpdatedFromReportsEqualsTheLevel) {
-    const uint32_t wanted = WantedCount("TROVIK_RANDOM_EDITS", 500);
+    const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_EDITS", 500);
     constexpr uint32_t editsPerMesh = 25;
     const std::vector<ZooMesh> meshes = AllMeshes();
     for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {

@@ -79,7 +79,7 @@ TEST(OrientedManifold, ValidMeshesStayUnchanged) {
         PolygonMesh mesh = MeshOf(7, faces);
         const ManifoldReport report = MakeOrientedManifold(mesh);
         EXPECT_TRUE(report.Untouched());
-        EXPECT_EQ(report.crowdedEdges + report.misorientedEdges + report.splitVertices, 0u);
+        EXPECT_EQ(report.nonManifoldEdges + report.misorientedEdges + report.splitVertices, 0u);
         EXPECT_EQ(FacesOf(mesh), faces);
         EXPECT_EQ(mesh.positions.size(), 7u);
         ExpectOrientedManifold(mesh);
@@ -90,7 +90,7 @@ TEST(OrientedManifold, ThreeFacesAtOneEdgeAreAllSeparated) {
     PolygonMesh mesh = MeshOf(5, {{0, 1, 2}, {1, 0, 3}, {0, 1, 4}});
     mesh.normals = {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}, {0, 0, 2}, {0, 0, 3}};
     const ManifoldReport report = MakeOrientedManifold(mesh);
-    EXPECT_EQ(report.crowdedEdges, 1u);
+    EXPECT_EQ(report.nonManifoldEdges, 1u);
     EXPECT_EQ(report.misorientedEdges, 0u);
     EXPECT_EQ(report.splitVertices, 2u);
     EXPECT_EQ(report.addedVertices, 4u);
@@ -109,7 +109,7 @@ TEST(OrientedManifold, TwoFacesWithTheSameEdgeDirectionAreSeparated) {
     PolygonMesh mesh = MeshOf(4, {{0, 1, 2}, {0, 1, 3}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.misorientedEdges, 1u);
-    EXPECT_EQ(report.crowdedEdges, 0u);
+    EXPECT_EQ(report.nonManifoldEdges, 0u);
     EXPECT_EQ(report.addedVertices, 2u);
     EXPECT_EQ(FacesOf(mesh), (Faces{{0, 1, 2}, {4, 5, 3}}));
     ExpectOrientedManifold(mesh);
@@ -119,7 +119,7 @@ TEST(OrientedManifold, BowTieIsSplitAtItsVertex) {
     // The fan of face 0 keeps vertex 2, whichever corner that is.
     PolygonMesh mesh = MeshOf(7, {{0, 1, 2}, {2, 3, 4}, {2, 4, 5}, {6, 0, 2}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
-    EXPECT_EQ(report.crowdedEdges + report.misorientedEdges, 0u);
+    EXPECT_EQ(report.nonManifoldEdges + report.misorientedEdges, 0u);
     EXPECT_EQ(report.splitVertices, 1u);
     EXPECT_EQ(report.addedVertices, 1u);
     EXPECT_EQ(FacesOf(mesh), (Faces{{0, 1, 2}, {7, 3, 4}, {7, 4, 5}, {6, 0, 2}}));
@@ -143,7 +143,7 @@ TEST(OrientedManifold, TwoSolidsWithACommonEdgeAreSeparated) {
         6,
         {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}, {1, 0, 4}, {0, 5, 4}, {5, 0, 1}, {4, 5, 1}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
-    EXPECT_EQ(report.crowdedEdges, 1u);
+    EXPECT_EQ(report.nonManifoldEdges, 1u);
     EXPECT_EQ(report.addedVertices, 2u);
     // Each solid is closed by itself, so that its two faces at the edge are joined again.
     EXPECT_THAT(report.closedCuts,
@@ -156,7 +156,7 @@ TEST(OrientedManifold, FinOnAnInnerEdgeIsDetached) {
     // A tetrahedron with a fin on edge 0 1.
     PolygonMesh mesh = MeshOf(5, {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}, {0, 1, 4}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
-    EXPECT_EQ(report.crowdedEdges, 1u);
+    EXPECT_EQ(report.nonManifoldEdges, 1u);
     EXPECT_EQ(FacesOf(mesh), (Faces{{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}, {5, 6, 4}}));
     EXPECT_THAT(report.closedCuts, testing::ElementsAre(std::array<std::uint32_t, 2>{0, 1}));
     EXPECT_FALSE(report.Untouched());
@@ -177,7 +177,7 @@ TEST(OrientedManifold, FinAlongTwoInnerEdgesLeavesASlit) {
                                {2, 8, 5},
                                {1, 2, 10}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
-    EXPECT_EQ(report.crowdedEdges, 2u);
+    EXPECT_EQ(report.nonManifoldEdges, 2u);
     EXPECT_TRUE(report.closedCuts.empty());
     // The middle of the slit has a copy on either side; at its ends only the fin has a copy.
     EXPECT_EQ(report.addedVertices, 4u);

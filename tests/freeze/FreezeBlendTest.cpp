@@ -35,9 +35,10 @@ TEST(FreezeBlend, ModesCombineWithTheExistingMask) {
 }
 
 TEST(FreezeBlend, FractionInterpolatesBetweenTwoAmounts) {
-    EXPECT_EQ(FreezeBetween({0, 100, 10}, {127, 0, 10}, 0.5f), (std::vector<uint8_t>{64, 50, 10}));
-    EXPECT_EQ(FreezeBetween({0, 100}, {127, 0}, 0.0f), (std::vector<uint8_t>{0, 100}));
-    EXPECT_EQ(FreezeBetween({0, 100}, {127, 0}, 1.0f), (std::vector<uint8_t>{127, 0}));
+    EXPECT_EQ(InterpolatedFreeze({0, 100, 10}, {127, 0, 10}, 0.5f),
+              (std::vector<uint8_t>{64, 50, 10}));
+    EXPECT_EQ(InterpolatedFreeze({0, 100}, {127, 0}, 0.0f), (std::vector<uint8_t>{0, 100}));
+    EXPECT_EQ(InterpolatedFreeze({0, 100}, {127, 0}, 1.0f), (std::vector<uint8_t>{127, 0}));
 }
 
 TEST(FreezeBlend, UndoStepRestoresTheAmountsBothWays) {

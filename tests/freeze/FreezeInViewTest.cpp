@@ -18,7 +18,7 @@ protected:
         view.verticalFieldOfView = 43.602818f;
     }
     std::vector<float> Shares(ViewReach reach, const ViewBox& box) {
-        return SharesInView(geometry, tree, view, reach, [&box](const ViewPlace& place) {
+        return WeightsInView(geometry, tree, view, reach, [&box](const ViewPoint& place) {
             return box.Holds(place) ? 1.0f : 0.0f;
         });
     }
@@ -29,16 +29,16 @@ protected:
 };
 
 TEST_F(FreezeInView, ViewPositionsMatchThePickingRays) {
-    const auto middle = PlaceInView(view, {0.0f, 0.0f, 0.0f});
+    const auto middle = ProjectToView(view, {0.0f, 0.0f, 0.0f});
     ASSERT_TRUE(middle);
     EXPECT_FLOAT_EQ(middle->x, 200.0f);
     EXPECT_FLOAT_EQ(middle->y, 200.0f);
-    const auto right = PlaceInView(view, {1.0f, 0.5f, 0.0f});
+    const auto right = ProjectToView(view, {1.0f, 0.5f, 0.0f});
     EXPECT_NEAR(right->x, 300.0f, 1e-2f);
     EXPECT_NEAR(right->y, 150.0f, 1e-2f);
-    EXPECT_FALSE(PlaceInView(view, {0.0f, 0.0f, 6.0f})) << "behind the eye";
+    EXPECT_FALSE(ProjectToView(view, {0.0f, 0.0f, 6.0f})) << "behind the eye";
     const Ray ray = view.Through(37.0f, 311.0f);
-    const auto back = PlaceInView(view, ray.origin + ray.direction * 3.0f);
+    const auto back = ProjectToView(view, ray.origin + ray.direction * 3.0f);
     EXPECT_NEAR(back->x, 37.0f, 1e-2f);
     EXPECT_NEAR(back->y, 311.0f, 1e-2f);
 }
@@ -73,9 +73,9 @@ TEST_F(FreezeInView, OccludedFrontFacesAreNotVisible) {
     two.faceSizes.insert(two.faceSizes.end(), small.faceSizes.begin(), small.faceSizes.end());
     LevelGeometry both(two);
     const PatchTree bothTree(both.Bound());
-    const auto all = [](const ViewPlace&) { return 1.0f; };
-    const auto visible = SharesInView(both, bothTree, view, ViewReach::Visible, all);
-    const auto facing = SharesInView(both, bothTree, view, ViewReach::Facing, all);
+    const auto all = [](const ViewPoint&) { return 1.0f; };
+    const auto visible = WeightsInView(both, bothTree, view, ViewReach::Visible, all);
+    const auto facing = WeightsInView(both, bothTree, view, ViewReach::Facing, all);
     std::size_t facingBehind = 0;
     for (uint32_t v = first; v < both.Bound()->VertexCount(); ++v) {
         EXPECT_EQ(visible[v], 0.0f);
@@ -123,15 +123,15 @@ TEST(ViewImage, IsInterpolatedLinearlyBetweenPixelCentres) {
     image.channels = 1;
     image.pixels = {0.0f, 1.0f};
     const ViewImage shown(image, ViewImage::Channel::Luminance, false, {{100, 0}, {300, 100}});
-    EXPECT_EQ(shown.ShareAt({150.0f, 50.0f}), 0.0f);
-    EXPECT_EQ(shown.ShareAt({200.0f, 50.0f}), 0.5f);
-    EXPECT_EQ(shown.ShareAt({225.0f, 10.0f}), 0.75f);
-    EXPECT_EQ(shown.ShareAt({299.0f, 99.0f}), 1.0f);
-    EXPECT_EQ(shown.ShareAt({99.0f, 50.0f}), 0.0f) << "outside";
-    EXPECT_EQ(shown.ShareAt({250.0f, 101.0f}), 0.0f);
+    EXPECT_EQ(shown.WeightAt({150.0f, 50.0f}), 0.0f);
+    EXPECT_EQ(shown.WeightAt({200.0f, 50.0f}), 0.5f);
+    EXPECT_EQ(shown.WeightAt({225.0f, 10.0f}), 0.75f);
+    EXPECT_EQ(shown.WeightAt({299.0f, 99.0f}), 1.0f);
+    EXPECT_EQ(shown.WeightAt({99.0f, 50.0f}), 0.0f) << "outside";
+    EXPECT_EQ(shown.WeightAt({250.0f, 101.0f}), 0.0f);
     const ViewImage inverted(image, ViewImage::Channel::Luminance, true, {{100, 0}, {300, 100}});
-    EXPECT_EQ(inverted.ShareAt({225.0f, 10.0f}), 0.25f);
-    EXPECT_EQ(inverted.ShareAt({99.0f, 50.0f}), 0.0f);
+    EXPECT_EQ(inverted.WeightAt({225.0f, 10.0f}), 0.25f);
+    EXPECT_EQ(inverted.WeightAt({99.0f, 50.0f}), 0.0f);
 }
 
 TEST(ViewImage, UsesLuminanceOrAlpha) {
@@ -141,16 +141,17 @@ TEST(ViewImage, UsesLuminanceOrAlpha) {
     image.channels = 4;
     image.pixels = {1.0f, 0.5f, 0.25f, 0.75f};
     const ViewBox over{{0, 0}, {10, 10}};
-    EXPECT_FLOAT_EQ(ViewImage(image, ViewImage::Channel::Luminance, false, over).ShareAt({5, 5}),
+    EXPECT_FLOAT_EQ(ViewImage(image, ViewImage::Channel::Luminance, false, over).WeightAt({5, 5}),
                     0.2126f + 0.3576f + 0.01805f);
-    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Alpha, false, over).ShareAt({5, 5}), 0.75f);
+    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Alpha, false, over).WeightAt({5, 5}), 0.75f);
     image.channels = 2;
     image.pixels = {0.125f, 0.5f};
-    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Luminance, false, over).ShareAt({5, 5}), 0.125f);
-    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Alpha, false, over).ShareAt({5, 5}), 0.5f);
+    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Luminance, false, over).WeightAt({5, 5}),
+              0.125f);
+    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Alpha, false, over).WeightAt({5, 5}), 0.5f);
     image.channels = 1;
     image.pixels = {0.125f};
-    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Alpha, false, over).ShareAt({5, 5}), 1.0f);
+    EXPECT_EQ(ViewImage(image, ViewImage::Channel::Alpha, false, over).WeightAt({5, 5}), 1.0f);
 }
 
 }  // namespace

@@ -26,8 +26,8 @@ TEST(FreezeParts, ConnectedComponentsAreTheSameOnEveryLevel) {
     geometry.Subdivide();
     for (uint32_t index = 0; index < 3; ++index) {
         const LevelMesh& level = *geometry.Level(index);
-        const auto left = SharesOfShell(level, 0);
-        const auto right = SharesOfShell(level, 9);
+        const auto left = WeightsOfComponent(level, 0);
+        const auto right = WeightsOfComponent(level, 9);
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             EXPECT_EQ(left[v], level.Position(v).x < 5.0f ? 1.0f : 0.0f);
             EXPECT_EQ(right[v], level.Position(v).x < 5.0f ? 0.0f : 1.0f);
@@ -45,8 +45,8 @@ TEST(FreezeParts, GroupIsTheVerticesOfItsFacesOnEveryLevel) {
     geometry.Subdivide();
     for (uint32_t index = 0; index < 3; ++index) {
         const LevelMesh& level = *geometry.Level(index);
-        const auto middle = SharesOfGroup(geometry, index, 1);
-        const auto rest = SharesOfGroup(geometry, index, none);
+        const auto middle = WeightsOfGroup(geometry, index, 1);
+        const auto rest = WeightsOfGroup(geometry, index, none);
         std::size_t found = 0;
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             // Corners of the open grid do not move under refinement; its inner lines keep their x.
@@ -62,24 +62,24 @@ TEST(FreezeParts, GroupIsTheVerticesOfItsFacesOnEveryLevel) {
 TEST(FreezeParts, MeshWithoutGroupsIsEntirelyUngrouped) {
     LevelGeometry geometry(TriangleStrip(4));
     geometry.Subdivide();
-    const auto shares = SharesOfGroup(geometry, 1, SurfaceAttributes::none);
+    const auto shares = WeightsOfGroup(geometry, 1, SurfaceAttributes::none);
     EXPECT_TRUE(std::all_of(shares.begin(), shares.end(), [](float s) { return s == 1.0f; }));
-    const auto other = SharesOfGroup(geometry, 1, 0);
+    const auto other = WeightsOfGroup(geometry, 1, 0);
     EXPECT_TRUE(std::all_of(other.begin(), other.end(), [](float s) { return s == 0.0f; }));
 }
 
 TEST(FreezeParts, BallFadesTowardsItsRimInWorldSpace) {
     FreezeGrid grid(4);
     grid.geometry.Place().Set({2.0f, 2.0f, 2.0f}, Vector(), Vector());
-    const auto shares = SharesInBall(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.5f);
+    const auto shares = WeightsInSphere(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.5f);
     EXPECT_EQ(shares[grid.At(0, 0)], 1.0f);
     EXPECT_EQ(shares[grid.At(1, 0)], 1.0f) << "half way to the rim";
     EXPECT_EQ(shares[grid.At(2, 0)], 0.0f) << "on the rim";
     EXPECT_EQ(shares[grid.At(3, 0)], 0.0f);
-    const auto hard = SharesInBall(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.0f);
+    const auto hard = WeightsInSphere(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.0f);
     EXPECT_EQ(hard[grid.At(2, 0)], 1.0f);
     EXPECT_EQ(hard[grid.At(2, 1)], 0.0f);
-    const auto box = SharesInBox(grid.geometry, {2.0f, 0.0f, -1.0f}, {4.0f, 2.0f, 1.0f});
+    const auto box = WeightsInBox(grid.geometry, {2.0f, 0.0f, -1.0f}, {4.0f, 2.0f, 1.0f});
     EXPECT_EQ(box[grid.At(1, 0)], 1.0f);
     EXPECT_EQ(box[grid.At(2, 1)], 1.0f);
     EXPECT_EQ(box[grid.At(2, 2)], 0.0f);

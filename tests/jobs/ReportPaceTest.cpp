@@ -9,7 +9,7 @@
 #include "framework/files/MeshFiles.h"
 #include "framework/images/ImageFile.h"
 #include "framework/multires/LevelSource.h"
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 #include "tests/baking/BakedMeshes.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/jobs/CancelledDocument.h"
@@ -45,11 +45,11 @@ public:
     /// \param phases  that the operation must have among others.
     void Expect(const std::set<std::string>& phases) const {
         // The longest run without a look at the clock, and the pace.
-        const uint64_t mostElements = 4096 + JobPace().elements;
+        const uint64_t maxElements = 4096 + JobPace().elements;
         const uint64_t mostBytes = uint64_t{2} << 20;
         for (const auto& [phase, most] : elements) {
             const bool ofBytes = phase.ends_with("the file") || phase.ends_with("the scene");
-            EXPECT_LE(most, ofBytes ? mostBytes : mostElements) << phase;
+            EXPECT_LE(most, ofBytes ? mostBytes : maxElements) << phase;
         }
         for (const std::string& phase : phases) EXPECT_TRUE(elements.contains(phase)) << phase;
     }
@@ -165,11 +165,11 @@ TEST(ReportPace, MapsAndRenders) {
     baked.Expect(
         {"Computing values", "Painting the map", "Averaging texels", "Encoding the image"});
 
-    PictureOptions picture;
+    RenderOptions picture;
     picture.width = picture.height = 64;
-    const std::vector<PictureMesh> meshes{document->ShownMesh()};
+    const std::vector<RenderMesh> meshes{document->ShownMesh()};
     PaceJob rendered;
-    RenderPicture(
+    RenderOnce(
         meshes, FrameMeshes(meshes, Vector(0.0f, 0.0f, -1.0f), 35.0f, 1.0f), picture, &rendered);
     rendered.Expect({"Building the ray tree", "Rendering"});
 }

@@ -42,11 +42,11 @@ protected:
         journal.Stamp({"/here/stamp.png", {std::string(64, 'c'), 9}});
         StrokeInput dab{};
         dab.face = 5;
-        dab.flags = StrokeInput::keepsPlace;
+        dab.flags = StrokeInput::keepsPosition;
         dab.hitPosition = {1.0f, 2.0f, 3.0f};
         dab.strength = 0.25f;
         journal.StrokeDab(dab);
-        journal.PutBack();
+        journal.RevertStroke();
         journal.WholeMesh({0.5f, 1});
         journal.EndStroke({0, 0, 7, 300}, "Smooth");
         journal.BeginStep({{"stroke", {{"surface", {{0, 0, 1}}}}}});
@@ -87,9 +87,9 @@ TEST_F(JournalOnDisk, ReadsBackTheWrittenRecords) {
     EXPECT_EQ(stroke.start->modifier, 1u);
     ASSERT_EQ(stroke.calls.size(), 3u);
     EXPECT_EQ(stroke.calls[0].dab.face, 5u);
-    EXPECT_EQ(stroke.calls[0].dab.flags, StrokeInput::keepsPlace);
+    EXPECT_EQ(stroke.calls[0].dab.flags, StrokeInput::keepsPosition);
     EXPECT_EQ(stroke.calls[0].dab.hitPosition[2], 3.0f);
-    EXPECT_EQ(stroke.calls[1].kind, RecordKind::StrokePutBack);
+    EXPECT_EQ(stroke.calls[1].kind, RecordKind::StrokeRevert);
     EXPECT_EQ(stroke.calls[2].whole.strength, 0.5f);
     EXPECT_EQ(stroke.dabs, 2u);
     EXPECT_TRUE(stroke.endsStroke);
@@ -121,7 +121,7 @@ TEST_F(JournalOnDisk, KeepsAllCompleteRecordsAfterAnyTruncation) {
         }
         EXPECT_EQ(reader.Records().size(), expected) << size;
         EXPECT_GE(expected, lastCount);
-        EXPECT_EQ(reader.TornTail().empty(), end == size) << size;
+        EXPECT_EQ(reader.TruncatedEnd().empty(), end == size) << size;
         lastCount = expected;
     }
     EXPECT_EQ(lastCount, all.Records().size());
@@ -202,7 +202,7 @@ TEST_F(JournalOnDisk, RefusesASecondRunDuringTheFirst) {
     {
         Journal first({path, false}, base);
         EXPECT_EQ(MessageOf<HostError>(start), reason);
-        first.StartAnew(base);
+        first.RestartFrom(base);
         EXPECT_EQ(MessageOf<HostError>(start), reason) << "the new journal is locked too";
         first.BeginStep({{"tool", "Wax"}});
         EXPECT_EQ(folder.FileCount(), 1u);
@@ -287,7 +287,7 @@ TEST_F(JournalOnDisk, KeepsItsHistoryLinesAfterARestart) {
     journal.EndStep({}, "");
     JournalBase saved = base;
     saved.source = "/here/saved.trovik";
-    journal.StartAnew(saved);
+    journal.RestartFrom(saved);
     journal.BeginStep({{"undo", 1}});
     journal.EndStep({}, "");
     const JournalContent content = ReadJournal(path);

@@ -102,7 +102,7 @@ TEST_F(RecoveredJournal, ContainsStrokesMadeOutsideOfSteps) {
     const json stronger = {{"set", {{"strength", 90}}}};
     runner->Do(stronger, 1);
     DabThroughTheLoop(document, 0.2f, 0.2f);
-    document.Loop().PutBack();
+    document.Loop().RevertStroke();
     DabThroughTheLoop(document, -0.2f, 0.3f);
     document.Loop().WholeMesh(0.02f, true);
     document.Loop().End();

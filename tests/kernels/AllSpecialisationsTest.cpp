@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kernels/PatchKernelTable.h"
 #include "kernels/VertexStep.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -137,7 +137,7 @@ struct KernelState {
         return reached;
     }
 
-    StrokeBench bench;
+    StrokeFixture bench;
     SwiftStroke& brush;
     LevelMesh& mesh;
     RecordingRenderer* renderer;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "topology/PatchMap.h"
 
@@ -17,7 +17,7 @@ protected:
         bench.End();
         return index;
     }
-    StrokeBench bench{GridMesh(3, 3), 2};
+    StrokeFixture bench{GridMesh(3, 3), 2};
 };
 
 TEST_F(Dispatch, PushingToolSetsNoBit) { EXPECT_EQ(IndexOf(Tool::Sculpt), 0u); }

@@ -2,7 +2,7 @@
 
 /// \file The displacement of a vertex by its weight: the four families, the vector stamp, the
 /// conversion back from world space.
-#include "tests/kernels/KernelBench.h"
+#include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -29,7 +29,7 @@ protected:
         bench.brush.planeDistance = planeDistance;
     }
     float Height() const { return bench.Height(bench.VertexNear({0.25f, 0.5f, 0.0f})); }
-    KernelBench bench{SingleQuad(), 2, 2};
+    KernelFixture bench{SingleQuad(), 2, 2};
     bool reached = false;
 };
 
@@ -103,7 +103,7 @@ TEST_F(Planing, PlaneIsApproachedFromTheCurrentPosition) {
 // --- Pulling ---
 
 TEST(Pulling, VertexAtTheCentreNeverMoves) {
-    KernelBench bench(SingleQuad(), 2, 2);
+    KernelFixture bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Pinch);
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.3f);
     bench.brush.dabStrength = 1e6f;
@@ -113,7 +113,7 @@ TEST(Pulling, VertexAtTheCentreNeverMoves) {
 }
 
 TEST(Pulling, MovesATenthOfTheDistanceForAWeightOfOne) {
-    KernelBench bench(SingleQuad(), 2, 2);
+    KernelFixture bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Pinch);
     bench.Aim({0.5f, 0.5f, 1.0f}, 2.0f);
     const uint32_t vertex = bench.VertexNear({0.25f, 0.5f, 0.0f});
@@ -136,7 +136,7 @@ protected:
         bench.brush.affectAllLayers.SetValue(allLayers, true);
         bench.Aim({1.5f, 1.5f, 0.0f}, 5.0f);
     }
-    KernelBench bench{GridMesh(3, 3), 1, 1};
+    KernelFixture bench{GridMesh(3, 3), 1, 1};
     RecordingRenderer* renderer = nullptr;
     const uint32_t patch = 4;
     const uint32_t middle = bench.VertexAt(patch, 1, 1);
@@ -220,7 +220,7 @@ TEST_F(Averaging, VertexNormalDirectionOnALayerAveragesPositions) {
 }
 
 TEST(AveragingAtABorder, MeanIsShiftedInwardNotAlongTheNormal) {
-    KernelBench bench(SingleQuad(), 2, 2);
+    KernelFixture bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Smooth);
     bench.brush.affectAllLayers.SetValue(true, true);
     // In the middle of an edge, the only vertex in reach.
@@ -234,7 +234,7 @@ TEST(AveragingAtABorder, MeanIsShiftedInwardNotAlongTheNormal) {
 // --- Pushing and directions ---
 
 TEST(Pushing, MovesAlongTheDirectionOfTheDab) {
-    KernelBench bench(SingleQuad(), 2, 2);
+    KernelFixture bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.1f);
     bench.brush.brushSpace->direction = HWVector(Vector(0.5f, 0.0f, -0.25f));
@@ -245,7 +245,7 @@ TEST(Pushing, MovesAlongTheDirectionOfTheDab) {
 }
 
 TEST(Pushing, AlongVertexNormalsUsesTheNormalAtFirstTouch) {
-    KernelBench bench(SingleQuad(), 2, 2);
+    KernelFixture bench(SingleQuad(), 2, 2);
     const uint32_t middle = bench.VertexNear({0.5f, 0.5f, 0.0f});
     bench.mesh.vertexNormals.array[middle] = {-32767, 0, 16384, 0};
     bench.Start(Tool::Sculpt);
@@ -277,7 +277,7 @@ protected:
         bench.brush.stampScaleHeight = 0.25f;
     }
     Vector Step() const { return bench.mesh.Position(middle) - Vector(0.5f, 0.5f, 0.0f); }
-    KernelBench bench{SingleQuad(), 2, 2};
+    KernelFixture bench{SingleQuad(), 2, 2};
     const uint32_t middle = bench.VertexNear({0.5f, 0.5f, 0.0f});
 };
 
@@ -332,7 +332,7 @@ protected:
         bench.Start(tool);
         ASSERT_TRUE(bench.brush.nonUniformScale);
     }
-    KernelBench bench{SingleQuad(), 2, 2};
+    KernelFixture bench{SingleQuad(), 2, 2};
     const uint32_t middle = bench.VertexNear({0.5f, 0.5f, 0.0f});
     const uint32_t right = bench.VertexNear({0.75f, 0.5f, 0.0f});
     const uint32_t above = bench.VertexNear({0.5f, 0.75f, 0.0f});

@@ -3,7 +3,7 @@
 /// \file The work of a kernel around its stages: work list, records, the mark, the grid, its return
 /// value.
 #include "framework/brushes/BrushSettings.h"
-#include "tests/kernels/KernelBench.h"
+#include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ namespace {
 class SeamOfTwoPatches : public ::testing::Test {
 protected:
     SeamOfTwoPatches() { bench.Start(Tool::Sculpt); }
-    KernelBench bench{GridMesh(2, 1), 1, 1};
+    KernelFixture bench{GridMesh(2, 1), 1, 1};
     const uint32_t seam = bench.VertexNear({1.0f, 0.5f, 0.0f});
 };
 
@@ -143,7 +143,7 @@ TEST_F(SeamOfTwoPatches, EachRunCountsAllVerticesOfThePatch) {
 }
 
 TEST(RefusingLayer, EndsTheKernelBeforeAnyVertex) {
-    KernelBench bench(GridMesh(2, 1), 1, 1);
+    KernelFixture bench(GridMesh(2, 1), 1, 1);
     bench.stroke.AddLayer().SetWritable(false);
     bench.Start(Tool::Sculpt);
     bench.mesh.SetPosition(bench.VertexAt(0, 1, 1), {0.5f, 0.5f, 0.75f});
@@ -166,7 +166,7 @@ TEST(RefusingLayer, EndsTheKernelBeforeAnyVertex) {
 }
 
 TEST(RefusingLayer, IsQueriedOnlyByKernelsThatUseALayer) {
-    KernelBench bench(GridMesh(2, 1), 1, 1);
+    KernelFixture bench(GridMesh(2, 1), 1, 1);
     bench.stroke.AddLayer().SetWritable(false);
     bench.Start(Tool::Sculpt);
     bench.brush.meshHasLayer = false;
@@ -177,7 +177,7 @@ TEST(RefusingLayer, IsQueriedOnlyByKernelsThatUseALayer) {
 }
 
 TEST(WorkList, PatchOfOneFaceHasItsFourCorners) {
-    KernelBench bench(GridMesh(2, 2), 1, 0);
+    KernelFixture bench(GridMesh(2, 2), 1, 0);
     bench.Start(Tool::Sculpt);
     const uint32_t patch = 7;
     ASSERT_EQ(bench.brush.BuildWorkList(patch), 4u);
@@ -192,7 +192,7 @@ TEST(WorkList, PatchOfOneFaceHasItsFourCorners) {
 }
 
 TEST(WorkList, ListsTheFacesInAFixedOrder) {
-    KernelBench bench(GridMesh(2, 2), 1, 1);
+    KernelFixture bench(GridMesh(2, 2), 1, 1);
     bench.Start(Tool::Sculpt);
     const uint32_t patch = 3;
     ASSERT_EQ(bench.brush.BuildWorkList(patch), 9u);
@@ -208,7 +208,7 @@ TEST(WorkList, ListsTheFacesInAFixedOrder) {
 TEST(WorkList, EachEntryIsAVertexOfItsFaceAtItsCell) {
     for (const int32_t level : {0, 1, 2, 3}) {
         SCOPED_TRACE(level);
-        KernelBench bench(TurnedGrid(2), 3, level);
+        KernelFixture bench(RotatedCornerGrid(2), 3, level);
         bench.Start(Tool::Sculpt);
         const uint32_t points = bench.Points();
         const uint32_t facesPerPatch = (points - 1) * (points - 1);
@@ -226,7 +226,7 @@ TEST(WorkList, EachEntryIsAVertexOfItsFaceAtItsCell) {
 }
 
 TEST(WorkList, BufferNeverShrinksDuringAStroke) {
-    KernelBench bench(GridMesh(2, 2), 2, 2);
+    KernelFixture bench(GridMesh(2, 2), 2, 2);
     bench.Start(Tool::Sculpt);
     bench.brush.BuildWorkList(0);
     EXPECT_EQ(bench.brush.patchVertexListCapacity, 25);
@@ -239,7 +239,7 @@ TEST(WorkList, BufferNeverShrinksDuringAStroke) {
 }
 
 TEST(MirroredStampRead, IsUsedOnlyInTheMirroredPassOfTheTopologicalMode) {
-    KernelBench bench(GridMesh(2, 1), 1, 1);
+    KernelFixture bench(GridMesh(2, 1), 1, 1);
     bench.Start(Tool::Sculpt);
     SwiftStroke& brush = bench.brush;
     for (const bool mask : {false, true}) {

@@ -4,7 +4,7 @@
 #include "kernels/PatchNormals.h"
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -60,12 +60,12 @@ VertexBatch RandomBatch(Numbers& numbers) {
 }
 
 template <BuildUp buildUp, bool inWorldSpace>
-void ExpectSameWeights(StrokeBench& bench) {
+void ExpectSameWeights(StrokeFixture& bench) {
     Numbers numbers(buildUp == BuildUp::None ? 1 : buildUp == BuildUp::Damps ? 2 : 3);
     SwiftStroke& brush = *bench.brush;
     const float table[] = {1.0f, 0.75f, 0.5f, -0.0f, notANumber};
     for (int round = 0; round < 400; ++round) {
-        WeighTerms terms;
+        WeightTerms terms;
         for (float& c : terms.center) c = numbers.Next();
         terms.radiusSquared = round % 20 == 0 ? numbers.Next() : 1.5f;
         terms.falloffTable = table;
@@ -83,8 +83,8 @@ void ExpectSameWeights(StrokeBench& bench) {
         const uint32_t count = 1 + numbers.Word() % VertexBatch::capacity;
         VertexBatch four = RandomBatch(numbers);
         VertexBatch eight = four;
-        const uint64_t within = WeighBatch<buildUp, inWorldSpace>(terms, count, four);
-        ASSERT_EQ(within, (WeighBatchWide<buildUp, inWorldSpace>(terms, count, eight)));
+        const uint64_t within = ComputeWeights<buildUp, inWorldSpace>(terms, count, four);
+        ASSERT_EQ(within, (ComputeWeightsWide<buildUp, inWorldSpace>(terms, count, eight)));
         for (uint32_t i = 0; i < count; ++i) {
             if (((within >> i) & 1u) == 0) continue;
             ASSERT_EQ(std::bit_cast<uint32_t>(four.weight[i]),
@@ -97,7 +97,7 @@ void ExpectSameWeights(StrokeBench& bench) {
 }
 
 TEST_F(VectorWidths, WeightsAreBitIdentical) {
-    StrokeBench bench(SingleQuad());
+    StrokeFixture bench(SingleQuad());
     ExpectSameWeights<BuildUp::None, false>(bench);
     ExpectSameWeights<BuildUp::None, true>(bench);
     ExpectSameWeights<BuildUp::Damps, false>(bench);
@@ -155,7 +155,7 @@ TEST(PackedNormals, EqualThoseOfTheVectorOperations) {
 
 std::vector<VertexBits> StrokeWith(VectorWidth width, Tool tool) {
     const VectorWidth before = UseVectorWidth(width);
-    StrokeBench bench(TurnedGrid(4), 4);
+    StrokeFixture bench(RotatedCornerGrid(4), 4);
     bench.Activate(tool, 1);
     bench.Begin();
     for (const uint32_t face : {40u, 300u, 900u}) bench.Dab(bench.HitFace(face), 1.3f, 20.0f, 0.8f);
@@ -189,7 +189,7 @@ float HeightOf(uint32_t v, Heights heights) {
 std::vector<uint8_t> DabWith(
     VectorWidth width, Tool tool, float radius, int32_t patchLevel, Heights heights) {
     const VectorWidth before = UseVectorWidth(width);
-    StrokeBench bench(SingleQuad(), 7);
+    StrokeFixture bench(SingleQuad(), 7);
     LevelMesh& mesh = bench.Mesh();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
         mesh.vertices.array[v].z = HeightOf(v, heights);

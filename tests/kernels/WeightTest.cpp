@@ -2,7 +2,7 @@
 
 /// \file The weight of a vertex: each factor by itself.
 #include "framework/brushes/BrushSettings.h"
-#include "tests/kernels/KernelBench.h"
+#include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ protected:
         return false;
     }
 
-    KernelBench bench{SingleQuad(), 2, 2};
+    KernelFixture bench{SingleQuad(), 2, 2};
     SwiftStroke& brush = bench.brush;
     RecordingRenderer* renderer = nullptr;
     std::vector<float> falloff;

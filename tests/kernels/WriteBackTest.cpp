@@ -2,7 +2,7 @@
 
 /// \file The results of processing a vertex: its position, the grid, the dirty box, the
 /// notifications.
-#include "tests/kernels/KernelBench.h"
+#include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ protected:
             if (notice.vertex == vertex) return true;
         return false;
     }
-    KernelBench bench{SingleQuad(), 2, 2};
+    KernelFixture bench{SingleQuad(), 2, 2};
     RecordingRenderer* renderer = &bench.stroke.AddRenderer(0.0f);
     const uint32_t middle = bench.VertexNear({0.5f, 0.5f, 0.0f});
     const uint32_t outside = bench.VertexNear({0.75f, 0.5f, 0.0f});

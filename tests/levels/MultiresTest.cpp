@@ -3,7 +3,7 @@
 /// \file Detail that rotates with the surface, and fine changes that are carried to the coarser
 /// levels.
 #include "tests/levels/GeometryState.h"
-#include "tests/levels/TurnedPoints.h"
+#include "tests/levels/RotatedPoints.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -74,16 +74,16 @@ TEST(Multires, DetailRotatesRigidlyWithTheSurface) {
             const std::vector<Vector> before = PositionsOf(*geometry.Bound());
             geometry.BindLevel(0);
             Deform(*geometry.Bound(), [angle](const Vector& p) {
-                const Vector turned = TurnedAboutZ(p, angle);
+                const Vector turned = RotatedAboutZ(p, angle);
                 // Rotated about x as well, so that flat meshes leave their plane, and translated.
-                const Vector q = TurnedAboutZ({turned.y, turned.z, turned.x}, angle);
+                const Vector q = RotatedAboutZ({turned.y, turned.z, turned.x}, angle);
                 return q + Vector(1.0f, -2.0f, 0.5f);
             });
             geometry.BindLevel(2);
             for (uint32_t v = 0; v < before.size(); ++v) {
-                const Vector turned = TurnedAboutZ(before[v], angle);
-                const Vector expected =
-                    TurnedAboutZ({turned.y, turned.z, turned.x}, angle) + Vector(1.0f, -2.0f, 0.5f);
+                const Vector turned = RotatedAboutZ(before[v], angle);
+                const Vector expected = RotatedAboutZ({turned.y, turned.z, turned.x}, angle) +
+                                        Vector(1.0f, -2.0f, 0.5f);
                 EXPECT_LT((geometry.Bound()->Position(v) - expected).Length(), 1e-5f) << v;
             }
         }

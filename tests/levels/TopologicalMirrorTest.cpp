@@ -110,7 +110,7 @@ std::vector<ZooMesh> SymmetricMeshes() {
             {"cube", Centred(Cube())},
             {"even grid", Centred(GridMesh(6, 5))},
             {"odd grid", Centred(GridMesh(5, 4))},
-            {"turned grid", Centred(TurnedGrid(4))},
+            {"turned grid", Centred(RotatedCornerGrid(4))},
             {"icosahedron", Icosahedron()},
             {"two spheres",
              Together(Together(SphereQuads(1), SphereQuads(1), {-3.0f, 1.0f, 0.0f}),
@@ -272,7 +272,7 @@ TEST(TopologicalMirror, IsUnknownBeforeTheSearchAndAfterItIsDropped) {
     EXPECT_EQ(78u, corner);
     ASSERT_TRUE(geometry.FindMirror());
     EXPECT_NE(-1, geometry.Bound()->MirrorVertex(0, 0, &face, &corner));
-    geometry.ForgetMirror();
+    geometry.ClearMirror();
     EXPECT_EQ(-1, geometry.Bound()->MirrorVertex(0, 0, &face, &corner));
 }
 

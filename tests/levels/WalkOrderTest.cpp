@@ -326,7 +326,7 @@ TEST(PlacementOrder, BothDirectionsSumRowByRowWithTheInverseMatrix) {
             matrix.m[row][1] = numbers.y;
             matrix.m[row][2] = numbers.z;
         }
-        Placement place;
+        MatrixTransform place;
         place.SetMatrix(matrix);
         Matrix inverse = matrix;
         inverse.Invert(nullptr);

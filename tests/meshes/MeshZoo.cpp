@@ -41,7 +41,7 @@ PolygonMesh GridMesh(unsigned n, unsigned m) {
 
 PolygonMesh SingleQuad() { return GridMesh(1, 1); }
 
-PolygonMesh TurnedGrid(unsigned n) {
+PolygonMesh RotatedCornerGrid(unsigned n) {
     PolygonMesh mesh = GridMesh(n, n);
     for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) {
         uint32_t corners[4];
@@ -238,7 +238,7 @@ PolygonMesh NgonMix() {
 std::vector<ZooMesh> OpenMeshes() {
     std::vector<ZooMesh> meshes = {{"single quad", SingleQuad()},
                                    {"grid 3 x 2", GridMesh(3, 2)},
-                                   {"turned grid", TurnedGrid(4)},
+                                   {"turned grid", RotatedCornerGrid(4)},
                                    {"cylinder", OpenCylinder(5, 2)},
                                    {"n-gons", NgonMix()}};
     for (unsigned k = 3; k <= 8; ++k)

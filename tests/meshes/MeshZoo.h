@@ -25,7 +25,7 @@ PolygonMesh ValenceFan(unsigned k);
 /// A box with one face extruded through a smaller one: vertices of valence 3, 4 and 5, closed.
 PolygonMesh SteppedBox();
 /// Quads whose first corner changes from face to face, so that neighbours have all rotations.
-PolygonMesh TurnedGrid(unsigned n);
+PolygonMesh RotatedCornerGrid(unsigned n);
 /// A unit sphere of quads: a cube with n subdivisions projected onto the sphere.
 PolygonMesh SphereQuads(unsigned n);
 PolygonMesh Icosahedron();

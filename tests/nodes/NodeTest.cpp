@@ -177,8 +177,8 @@ TEST(Node, NamesAreStreamed) {
 class NodeTemplateTest : public testing::Test {
 protected:
     ~NodeTemplateTest() override {
-        ForgetTemplate(SampleNode::Desc(), QString());
-        ForgetTemplate(SampleNode::Desc(), QStringLiteral("fine"));
+        RemoveTemplate(SampleNode::Desc(), QString());
+        RemoveTemplate(SampleNode::Desc(), QStringLiteral("fine"));
     }
 };
 
@@ -199,8 +199,8 @@ TEST_F(NodeTemplateTest, TemplateProvidesValuesByName) {
     node.LoadTemplate(QStringLiteral("fine"), true);
     ExpectFilledIn(node);
     EXPECT_THAT(node.TakeEvents(), IsEmpty());
-    EXPECT_TRUE(ForgetTemplate(SampleNode::Desc(), QStringLiteral("fine")));
-    EXPECT_FALSE(ForgetTemplate(SampleNode::Desc(), QStringLiteral("fine")));
+    EXPECT_TRUE(RemoveTemplate(SampleNode::Desc(), QStringLiteral("fine")));
+    EXPECT_FALSE(RemoveTemplate(SampleNode::Desc(), QStringLiteral("fine")));
 }
 
 TEST_F(NodeTemplateTest, LoadingWithEventsNotifiesTheOwner) {

@@ -44,11 +44,11 @@ std::string ReasonOf(const std::string& path) {
 class PreferenceTest : public testing::Test {
 protected:
     PreferenceTest() {
-        UnclaimedPreferences().clear();
+        PendingPreferences().clear();
         flag.attribute->SetValue(false, true);
         factor.attribute->SetValue(1.0f, true);
     }
-    ~PreferenceTest() override { UnclaimedPreferences().clear(); }
+    ~PreferenceTest() override { PendingPreferences().clear(); }
 
     TemporaryFolder folder;
     Preferences::Bool flag = Switch("test flag");
@@ -124,7 +124,7 @@ TEST_F(PreferenceTest, KeyRegisteredLaterGetsItsStoredValue) {
     EXPECT_TRUE(Switch("late flag", false));
     EXPECT_EQ(static_cast<float>(Factor("late factor", 3.0f)), 3.0f)
         << "an invalid text leaves the default";
-    EXPECT_TRUE(UnclaimedPreferences().empty());
+    EXPECT_TRUE(PendingPreferences().empty());
 }
 
 TEST_F(PreferenceTest, ErrorNamesFileAndReasonAndChangesNothing) {
@@ -145,7 +145,7 @@ TEST_F(PreferenceTest, ErrorNamesFileAndReasonAndChangesNothing) {
     const std::string twice = folder.Fill("twice", R"({"test factor": 1, "test factor": 2})");
     EXPECT_EQ(ReasonOf(twice), twice + ": /test factor: the field is given more than once");
     EXPECT_EQ(static_cast<float>(factor), 1.0f);
-    EXPECT_TRUE(UnclaimedPreferences().empty());
+    EXPECT_TRUE(PendingPreferences().empty());
 }
 
 TEST_F(PreferenceTest, UserFileIsLocatedByTheEnvironment) {

@@ -3,9 +3,9 @@
 /// \file Cameras, turntables and the files they are written to.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
-#include "framework/render/PictureFile.h"
-#include "framework/render/PictureView.h"
-#include "tests/pictures/SpherePicture.h"
+#include "framework/render/RenderFile.h"
+#include "framework/render/RenderViewport.h"
+#include "tests/pictures/SphereRender.h"
 
 #include <filesystem>
 #include <unistd.h>
@@ -16,7 +16,7 @@ namespace {
 constexpr float aspect = 120.0f / 90.0f;
 
 TEST(PictureViews, ProjectPointsToThePixelsOfTheirRays) {
-    const PictureView view({{1, 2, 5}, {0, 0.5f, 0}, {0, 1, 0}, 40.0f}, 320, 200);
+    const RenderViewport view({{1, 2, 5}, {0, 0.5f, 0}, {0, 1, 0}, 40.0f}, 320, 200);
     const Vector point = view.Eye() + view.DirectionThrough(37.25f, 150.5f) * 3.0f;
     const Vector pixel = view.ToPixel(view.ToCamera(point));
     EXPECT_NEAR(pixel.x, 37.25f, 1e-3f);
@@ -31,15 +31,15 @@ TEST(PictureViews, ProjectPointsToThePixelsOfTheirRays) {
 }
 
 TEST(PictureViews, RefuseCamerasWithoutADirection) {
-    EXPECT_THROW(PictureView({{1, 2, 3}, {1, 2, 3}, {0, 1, 0}, 35.0f}, 10, 10), HostError);
-    EXPECT_THROW(PictureView({{1, 2, 3}, {}, {0, 1, 0}, 180.0f}, 10, 10), HostError);
-    EXPECT_THROW(PictureView({{1, 2, 3}, {}, {0, 1, 0}, 0.0f}, 10, 10), HostError);
+    EXPECT_THROW(RenderViewport({{1, 2, 3}, {1, 2, 3}, {0, 1, 0}, 35.0f}, 10, 10), HostError);
+    EXPECT_THROW(RenderViewport({{1, 2, 3}, {}, {0, 1, 0}, 180.0f}, 10, 10), HostError);
+    EXPECT_THROW(RenderViewport({{1, 2, 3}, {}, {0, 1, 0}, 0.0f}, 10, 10), HostError);
     // For a view along its own up direction, another up direction is chosen.
-    const PictureView steep({{0, 3, 0}, {}, {0, 1, 0}, 35.0f}, 10, 10);
+    const RenderViewport steep({{0, 3, 0}, {}, {0, 1, 0}, 35.0f}, 10, 10);
     EXPECT_NEAR(steep.Right().Length(), 1.0f, 1e-5f);
 }
 
-TEST_F(SpherePicture, FramedWithAnotherUpIsRotated) {
+TEST_F(SphereRender, FramedWithAnotherUpIsRotated) {
     camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, aspect, {1, 0, 0});
     EXPECT_EQ(camera.up.x, 1.0f);
     EXPECT_NEAR((camera.eye - camera.target) | Vector(0, 0, 1),
@@ -48,32 +48,32 @@ TEST_F(SpherePicture, FramedWithAnotherUpIsRotated) {
 }
 
 TEST(Turntable, RotatesTheEyeOnceAboutTheTarget) {
-    const PictureCamera first{{1, 2, 3}, {1, 0, 0}, {0, 2, 0}, 35.0f};
+    const RenderCamera first{{1, 2, 3}, {1, 0, 0}, {0, 2, 0}, 35.0f};
     const float distance = (first.eye - first.target).Length();
     EXPECT_EQ(TurntableFrame(first, 0, 8).eye.z, 3.0f);
     for (int i = 0; i < 8; ++i) {
-        const PictureCamera frame = TurntableFrame(first, i, 8);
+        const RenderCamera frame = TurntableFrame(first, i, 8);
         EXPECT_NEAR((frame.eye - frame.target).Length(), distance, 1e-5f);
         EXPECT_NEAR(frame.eye.y, 2.0f, 1e-5f);
         EXPECT_EQ(frame.target.x, 1.0f);
     }
     // The mesh appears to rotate counter-clockwise from above, so the eye moves in the other
     // direction.
-    const PictureCamera quarter = TurntableFrame(first, 2, 8);
+    const RenderCamera quarter = TurntableFrame(first, 2, 8);
     EXPECT_NEAR(quarter.eye.x, 1.0f - 3.0f, 1e-5f);
     EXPECT_NEAR(quarter.eye.z, 0.0f, 1e-5f);
 }
 
-TEST_F(SpherePicture, TurntableShowsAllOfTheMeshInEveryFrame) {
+TEST_F(SphereRender, TurntableShowsAllOfTheMeshInEveryFrame) {
     shown.localToWorld[0] = 4.0f;
-    const PictureCamera alone = FrameMeshes({shown}, {-1, 0, 0}, 35.0f, aspect);
+    const RenderCamera alone = FrameMeshes({shown}, {-1, 0, 0}, 35.0f, aspect);
     camera = FrameTurntable({shown}, {-1, 0, 0}, 35.0f, aspect, {0, 1, 0}, 6);
     EXPECT_GT((camera.eye - camera.target).Length(), (alone.eye - alone.target).Length());
-    const PictureCamera first = camera;
+    const RenderCamera first = camera;
     options.transparent = true;
     for (int i = 0; i < 6; ++i) {
         camera = TurntableFrame(first, i, 6);
-        const Picture frame = Make();
+        const RenderImage frame = Make();
         for (int y = 0; y < 90; ++y) {
             EXPECT_EQ(frame.alpha[PixelAt(frame, 0, y)], 0);
             EXPECT_EQ(frame.alpha[PixelAt(frame, 119, y)], 0);
@@ -88,14 +88,14 @@ TEST(PictureFiles, FramesAreNumbered) {
 }
 
 TEST(PictureFiles, StoreTransparencyOrRefuseIt) {
-    EXPECT_NO_THROW(CheckPicturePath("a.jpg", false));
-    EXPECT_NO_THROW(CheckPicturePath("a.PNG", true));
-    EXPECT_THROW(CheckPicturePath("a.jpg", true), HostError);
-    const Picture cut{2, 1, {10, 20, 30, 40, 50, 60}, {255, 51}};
+    EXPECT_NO_THROW(CheckRenderPath("a.jpg", false));
+    EXPECT_NO_THROW(CheckRenderPath("a.PNG", true));
+    EXPECT_THROW(CheckRenderPath("a.jpg", true), HostError);
+    const RenderImage cut{2, 1, {10, 20, 30, 40, 50, 60}, {255, 51}};
     const std::filesystem::path file = std::filesystem::temp_directory_path() /
                                        ("trovik-cut-" + std::to_string(getpid()) + ".png");
-    EXPECT_THROW(WritePicture("cut.jpg", cut), HostError);
-    WritePicture(file.string(), cut);
+    EXPECT_THROW(WriteRender("cut.jpg", cut), HostError);
+    WriteRender(file.string(), cut);
     const FloatImage read = ReadImageFile(file.string());
     std::filesystem::remove(file);
     ASSERT_EQ(read.channels, 4u);

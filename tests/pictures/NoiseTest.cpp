@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Shading without noise or visible lines: samples, filter, both sides of open surfaces.
-#include "framework/render/PictureRenderer.h"
+#include "framework/render/ImageRenderer.h"
 #include "framework/render/SoftLight.h"
-#include "tests/pictures/SpherePicture.h"
+#include "tests/pictures/SphereRender.h"
 
 #include <tbb/global_control.h>
 
@@ -145,7 +145,7 @@ TEST_F(FilteredPlane, PixelsWithoutASurfaceStayUnchanged) {
 }
 
 /// A hollow hemisphere seen from above.
-class BowlRender : public SpherePicture {
+class BowlRender : public SphereRender {
 protected:
     BowlRender() {
         PolygonMesh half = SphereQuads(4);
@@ -162,7 +162,7 @@ protected:
         half.faceSizes = sizes;
         half.faceVertices = corners;
         bowl = std::make_unique<LevelGeometry>(half);
-        shown = ShownLevel(*bowl);
+        shown = VisibleLevel(*bowl);
         options.width = 200;
         options.height = 150;
         camera = FrameMeshes({shown}, {-0.3f, -0.9f, -0.8f}, 35.0f, 4.0f / 3.0f);
@@ -171,7 +171,7 @@ protected:
 };
 
 /// The root mean square difference of two renders, in byte units.
-double Difference(const Picture& a, const Picture& b) {
+double Difference(const RenderImage& a, const RenderImage& b) {
     double sum = 0.0;
     for (std::size_t i = 0; i < a.rgb.size(); ++i) sum += std::pow(a.rgb[i] - b.rgb[i], 2.0);
     return std::sqrt(sum / static_cast<double>(a.rgb.size()));
@@ -179,20 +179,20 @@ double Difference(const Picture& a, const Picture& b) {
 
 TEST_F(BowlRender, IsBrightInside) {
     options.samples = 16;
-    const Picture picture = Make();
+    const RenderImage picture = Make();
     for (int y = 40; y < 80; ++y)
         for (int x = 60; x < 140; ++x) EXPECT_GT(Brightness(picture, x, y), 240) << x << " " << y;
 }
 
 TEST_F(BowlRender, HasNoNoiseInItsShadows) {
     options.samples = 16;
-    const Picture few = Make();
+    const RenderImage few = Make();
     options.samples = 256;
     EXPECT_LT(Difference(few, Make()), 1.2);
 }
 
 TEST_F(BowlRender, LooksTheSameWithReversedNormals) {
-    const Picture outward = Make();
+    const RenderImage outward = Make();
     LevelMesh& mesh = *bowl->Bound();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
         PackedNormal& n = mesh.vertexNormals.array[v];
@@ -204,10 +204,10 @@ TEST_F(BowlRender, LooksTheSameWithReversedNormals) {
 TEST_F(BowlRender, DoesNotDependOnBandsOrThreads) {
     options.width = 160;
     options.height = 200;
-    const std::vector<PictureMesh> meshes = {shown};
+    const std::vector<RenderMesh> meshes = {shown};
     const EmbreeScene scene(meshes);
-    const PictureRenderer renderer(scene, camera, options);
-    const Picture whole = renderer.Render();
+    const ImageRenderer renderer(scene, camera, options);
+    const RenderImage whole = renderer.Render();
     EXPECT_EQ(renderer.Render(160 * 64).rgb, whole.rgb);
     EXPECT_EQ(renderer.Render(160 * 101).rgb, whole.rgb);
     const tbb::global_control one(tbb::global_control::max_allowed_parallelism, 1);
@@ -215,14 +215,14 @@ TEST_F(BowlRender, DoesNotDependOnBandsOrThreads) {
 }
 
 // A sudden change of slope is visible as a line; a sphere must not have one.
-TEST_F(SpherePicture, HasNoLineWhereLightEnds) {
+TEST_F(SphereRender, HasNoLineWhereLightEnds) {
     LevelGeometry smooth{SphereQuads(6)};
-    shown = ShownLevel(smooth);
+    shown = VisibleLevel(smooth);
     options.width = 400;
     options.height = 300;
     options.samples = 32;
     camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 4.0f / 3.0f);
-    const Picture picture = Make();
+    const RenderImage picture = Make();
     constexpr int reach = 6;
     // Along diagonals from the lit to the dark side.
     for (int offset = -30; offset <= 30; offset += 10) {

@@ -5,7 +5,7 @@
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/render/Matcap.h"
 #include "tests/SourceFolder.h"
-#include "tests/pictures/SpherePicture.h"
+#include "tests/pictures/SphereRender.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,10 +16,10 @@
 namespace trovik::test {
 namespace {
 
-TEST_F(SpherePicture, NormalsAreColoursInCameraSpace) {
+TEST_F(SphereRender, NormalsAreColoursInCameraSpace) {
     options.shading = ShadingMode::Normals;
     camera.eye = Vector(5, 0, 0);
-    const Picture picture = Make();
+    const RenderImage picture = Make();
     const auto channel = [&](int x, int y, std::size_t k) {
         return static_cast<int>(picture.rgb[PixelAt(picture, x, y) * 3 + k]);
     };
@@ -31,12 +31,12 @@ TEST_F(SpherePicture, NormalsAreColoursInCameraSpace) {
     EXPECT_GT(channel(60, 21, 1), 205);
 }
 
-TEST_F(SpherePicture, FlatFacesHaveOneBrightness) {
+TEST_F(SphereRender, FlatFacesHaveOneBrightness) {
     LevelGeometry box{Cube()};
-    shown = ShownLevel(box);
+    shown = VisibleLevel(box);
     camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 120.0f / 90.0f);
     const auto range = [&] {
-        const Picture picture = Make();
+        const RenderImage picture = Make();
         int least = 765;
         int most = 0;
         for (int x = 45; x <= 75; ++x) {
@@ -50,21 +50,21 @@ TEST_F(SpherePicture, FlatFacesHaveOneBrightness) {
     EXPECT_LT(range(), 40);
 }
 
-TEST_F(SpherePicture, CavitiesAreDarkerAndRidgesBrighter) {
+TEST_F(SphereRender, CavitiesAreDarkerAndRidgesBrighter) {
     options.shading = ShadingMode::Cavity;
     const int even = Brightness(Make(), 60, 45);
-    std::vector<float> bends(shown.vertexCount, 1.0f);
-    shown.bends = bends.data();
+    std::vector<float> curvatures(shown.vertexCount, 1.0f);
+    shown.curvatures = curvatures.data();
     const int hollow = Brightness(Make(), 60, 45);
-    bends.assign(shown.vertexCount, -1.0f);
+    curvatures.assign(shown.vertexCount, -1.0f);
     const int ridge = Brightness(Make(), 60, 45);
     EXPECT_LT(hollow, even - 60);
     EXPECT_GT(ridge, even + 60);
 }
 
-TEST_F(SpherePicture, TextureSpaceIsACheckerboard) {
+TEST_F(SphereRender, TextureSpaceIsACheckerboard) {
     options.shading = ShadingMode::Uv;
-    const Picture without = Make();
+    const RenderImage without = Make();
     const std::size_t middle = PixelAt(without, 60, 45) * 3;
     EXPECT_EQ(without.rgb[middle], without.rgb[middle + 2]);
     // One texture position for the whole mesh; its red and green values identify it.
@@ -72,14 +72,14 @@ TEST_F(SpherePicture, TextureSpaceIsACheckerboard) {
     for (uint32_t corner = 0; corner < shown.faceCount * 4; ++corner)
         uvs.insert(uvs.end(), {0.9f, 0.1f});
     shown.cornerUvs = uvs.data();
-    const Picture right = Make();
+    const RenderImage right = Make();
     EXPECT_GT(right.rgb[middle], right.rgb[middle + 1] + 60);
     // Another square of the checkerboard.
     for (std::size_t i = 0; i < uvs.size(); i += 2) uvs[i] = 0.9f - 1.0f / 16.0f;
     EXPECT_NE(Brightness(Make(), 60, 45) / 60, Brightness(right, 60, 45) / 60);
 }
 
-TEST_F(SpherePicture, MatcapsDifferAndLookTheSameFromEverySide) {
+TEST_F(SphereRender, MatcapsDifferAndLookTheSameFromEverySide) {
     options.shading = ShadingMode::Matcap;
     std::set<std::vector<uint8_t>> pictures;
     for (const std::string& name : Matcap::Names()) {
@@ -88,7 +88,7 @@ TEST_F(SpherePicture, MatcapsDifferAndLookTheSameFromEverySide) {
     }
     EXPECT_EQ(pictures.size(), Matcap::Names().size());
     options.matcap = "";
-    const Picture front = Make();
+    const RenderImage front = Make();
     options.matcap = Matcap::Names().front();
     EXPECT_EQ(Make().rgb, front.rgb);
     camera.eye = Vector(-5, 0, 0);
@@ -113,13 +113,13 @@ TEST(Matcaps, AreSmoothUpToTheRim) {
 TEST(RenderedLevels, HaveTheCurvatureOfTheSurface) {
     LevelGeometry sphere{SphereQuads(3)};
     const RenderedLevel level(sphere, ShadingMode::Cavity);
-    ASSERT_NE(level.Mesh().bends, nullptr);
-    const std::vector<float> bends = Bends(sphere, 1.0f, 1);
-    const float size = level.Mesh().bends[0] / bends[0];
+    ASSERT_NE(level.Mesh().curvatures, nullptr);
+    const std::vector<float> curvatures = ScaledCurvatures(sphere, 1.0f, 1);
+    const float size = level.Mesh().curvatures[0] / curvatures[0];
     EXPECT_GT(size, 0.0f);
     for (uint32_t v = 0; v < level.Mesh().vertexCount; ++v)
-        EXPECT_NEAR(level.Mesh().bends[v], bends[v] * size, 1e-5f);
-    EXPECT_EQ(RenderedLevel(sphere, ShadingMode::Clay).Mesh().bends, nullptr);
+        EXPECT_NEAR(level.Mesh().curvatures[v], curvatures[v] * size, 1e-5f);
+    EXPECT_EQ(RenderedLevel(sphere, ShadingMode::Clay).Mesh().curvatures, nullptr);
 }
 
 TEST(RenderedLevels, OtherPositionsHaveTheirOwnCurvature) {
@@ -135,7 +135,7 @@ TEST(RenderedLevels, OtherPositionsHaveTheirOwnCurvature) {
     const std::vector<PackedNormal> normals(mesh.VertexCount(), towardsZ);
     const RenderedLevel level(sphere, ShadingMode::Cavity, flat, normals);
     EXPECT_EQ(level.Mesh().positions, &flat[0].x);
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) EXPECT_EQ(level.Mesh().bends[v], 0.0f);
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) EXPECT_EQ(level.Mesh().curvatures[v], 0.0f);
 }
 
 TEST(RenderedLevels, RefineTheTextureCoordinates) {

@@ -2,7 +2,7 @@
 
 /// \file
 /// The width of wireframe lines.
-#include "tests/pictures/SpherePicture.h"
+#include "tests/pictures/SphereRender.h"
 
 #include <algorithm>
 
@@ -10,10 +10,10 @@ namespace trovik::test {
 namespace {
 
 /// A square of 6 x 6 faces in the plane y = 0, 2 units wide.
-class GridRender : public SpherePicture {
+class GridRender : public SphereRender {
 protected:
     GridRender() {
-        shown = ShownLevel(grid);
+        shown = VisibleLevel(grid);
         const float toPlane[16] = {
             1.0f / 3, 0, 0, 0, 0, 0, -1.0f / 3, 0, 0, 1.0f / 3, 0, 0, -1, 0, 1, 1};
         std::copy(toPlane, toPlane + 16, shown.localToWorld);
@@ -26,9 +26,9 @@ protected:
     /// from the top, measured by their darkening relative to the core of a line.
     std::vector<double> Widths() {
         options.wireframe = false;
-        const Picture plain = Make();
+        const RenderImage plain = Make();
         options.wireframe = true;
-        const Picture wired = Make();
+        const RenderImage wired = Make();
         // Halfway between the lines that run away from the eye.
         const int x = 150 + 14;
         std::vector<double> widths;
@@ -82,9 +82,9 @@ TEST_F(GridRender, LinesHaveTheSameWidthFromFarAway) {
 TEST_F(GridRender, FacesAroundTheEyeHaveLines) {
     camera = {{0.1f, 0.2f, 0.0f}, {0.1f, 0.0f, -1.0f}, {0, 1, 0}, 70.0f};
     options.wireframe = false;
-    const Picture plain = Make();
+    const RenderImage plain = Make();
     options.wireframe = true;
-    const Picture wired = Make();
+    const RenderImage wired = Make();
     int darker = 0;
     for (int y = 150; y < 220; ++y)
         for (int x = 0; x < 300; ++x)
@@ -93,11 +93,11 @@ TEST_F(GridRender, FacesAroundTheEyeHaveLines) {
     EXPECT_LT(darker, 3000);
 }
 
-TEST_F(SpherePicture, DenseMeshStaysVisibleUnderTheLines) {
+TEST_F(SphereRender, DenseMeshStaysVisibleUnderTheLines) {
     LevelGeometry dense{SphereQuads(6)};
-    shown = ShownLevel(dense);
+    shown = VisibleLevel(dense);
     options.wireframe = true;
-    const Picture wired = Make();
+    const RenderImage wired = Make();
     EXPECT_GT(Brightness(wired, 50, 35), 200);
     EXPECT_GT(Brightness(wired, 50, 35), Brightness(wired, 72, 57) + 40);
 }

@@ -39,7 +39,7 @@ private:
 };
 
 /// The value of the environment variable, above 0; `otherwise` if it is not set.
-inline uint32_t WantedCount(const char* variable, uint32_t otherwise) {
+inline uint32_t CountFromEnvironment(const char* variable, uint32_t otherwise) {
     const char* wanted = std::getenv(variable);
     const long count = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);
     return count > 0 ? static_cast<uint32_t>(count) : otherwise;

@@ -8,7 +8,7 @@
 #include "tests/brush/ToolStrength.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/meshes/MirrorAtX.h"
-#include "tests/stamps/StampBench.h"
+#include "tests/stamps/StampFixture.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,13 +30,13 @@ const std::vector<ZooMesh>& Meshes() {
     return meshes;
 }
 
-Placement& CameraTransform() {
+MatrixTransform& CameraTransform() {
     auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
     scene->SetActiveCamera(nullptr);
     return scene->OwnCamera().Place();
 }
 
-void ChooseTransform(RandomNumbers& random, Placement& place) {
+void ChooseTransform(RandomNumbers& random, MatrixTransform& place) {
     const Vector turn = random.In(-180.0f, 180.0f);
     const Vector move = random.In(-10.0f, 10.0f);
     switch (random.Below(6)) {
@@ -87,10 +87,10 @@ void HostSwitches::Draw(RandomNumbers& random) {
     CameraTransform().Set({1.0f, 1.0f, 1.0f}, {}, random.In(-6.0f, 6.0f));
 }
 
-RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
+RandomStrokeFixture::RandomStrokeFixture(RandomNumbers& numbers) : random(numbers) {
     const ZooMesh& zoo = Meshes()[random.Below(static_cast<uint32_t>(Meshes().size()))];
     const uint32_t levels = random.Below(4);
-    bench = std::make_unique<StrokeBench>(zoo.mesh, levels);
+    bench = std::make_unique<StrokeFixture>(zoo.mesh, levels);
     if (random.Chance(0.2f)) bench->geometry->BindLevel(random.Below(levels + 1));
     LevelMesh& mesh = bench->Mesh();
     if (random.Chance(0.1f)) {
@@ -137,19 +137,19 @@ RandomBench::RandomBench(RandomNumbers& numbers) : random(numbers) {
 
 // Tools whose steps grow with the measured distance move the vertices of a mesh ever further apart
 // if they are inverted or multiplied. This is the expected behaviour and does not indicate a fault.
-bool RandomBench::MovesByDistance() const {
+bool RandomStrokeFixture::MovesByDistance() const {
     return bench->brush->isSmooth || bench->brush->isPinch || bench->brush->isPlaneTool;
 }
 
-bool RandomBench::LayerIsMild() const {
+bool RandomStrokeFixture::HasMildLayer() const {
     const SculptLayer* layer = bench->Mesh().ActiveLayer();
     return layer == nullptr || (layer->Strength() >= 0.0f && layer->Strength() <= 1.0f);
 }
 
-void RandomBench::DrawTool() {
+void RandomStrokeFixture::ChooseTool() {
     SwiftStroke& brush = *bench->brush;
     tool = allTools[random.Below(allTools.size())];
-    if (tool == Tool::Smooth && !LayerIsMild()) tool = Tool::Sculpt;
+    if (tool == Tool::Smooth && !HasMildLayer()) tool = Tool::Sculpt;
     bench->Activate(tool, static_cast<int>(random.Below(9)));
     if (random.Chance(0.15f)) {
         std::vector<float> samples;
@@ -169,7 +169,7 @@ void RandomBench::DrawTool() {
     brush.SetFalloffBasedOnFacingAngle(byAngle, angle, random.OneOf({0.0f, 20.0f, 90.0f}));
 }
 
-Matrix RandomBench::DrawStampMatrix() {
+Matrix RandomStrokeFixture::ChooseStampMatrix() {
     Matrix m;
     switch (random.Below(5)) {
         case 0:
@@ -203,7 +203,7 @@ Matrix RandomBench::DrawStampMatrix() {
     return m;
 }
 
-void RandomBench::DrawStamp() {
+void RandomStrokeFixture::ChooseStamp() {
     SwiftStroke& brush = *bench->brush;
     const bool mild = MovesByDistance();
     uint32_t kind = random.Below(6);
@@ -219,14 +219,14 @@ void RandomBench::DrawStamp() {
     std::vector<float> pixels;
     for (uint32_t i = 0; i < width * height * 3; ++i)
         pixels.push_back(random.Between(mild ? 0.0f : -1.0f, 1.0f));
-    TestImage& image = GiveStamp(brush,
-                                 kind == 4 ? QStringLiteral("plain") : QStringLiteral("ear_vdm"),
-                                 width,
-                                 height,
-                                 pixels);
+    TestImage& image = SetTestStamp(brush,
+                                    kind == 4 ? QStringLiteral("plain") : QStringLiteral("ear_vdm"),
+                                    width,
+                                    height,
+                                    pixels);
     image.kind = static_cast<int>(random.Below(2));
     BrushOperation::Private& settings = brush.Settings();
-    settings.stampMatrix = DrawStampMatrix();
+    settings.stampMatrix = ChooseStampMatrix();
     settings.stampTiled = random.Chance(0.5f);
     settings.stampInverted = random.Chance(0.4f);
     settings.stampBuildUp = random.Chance(0.5f);
@@ -235,7 +235,7 @@ void RandomBench::DrawStamp() {
     settings.mirroredStampRead = random.Chance(0.5f);
 }
 
-void RandomBench::DrawMirror() {
+void RandomStrokeFixture::ChooseMirror() {
     mirrored = random.Chance(0.3f);
     MirrorConfiguration mirror;
     if (mirrored) {
@@ -246,7 +246,7 @@ void RandomBench::DrawMirror() {
     bench->brush->SetMirrorConfig(mirror);
 }
 
-SurfacePoint RandomBench::DrawHit() {
+SurfacePoint RandomStrokeFixture::ChooseHit() {
     LevelMesh& mesh = bench->Mesh();
     switch (random.Below(4)) {
         case 0:
@@ -262,7 +262,7 @@ SurfacePoint RandomBench::DrawHit() {
     }
 }
 
-float RandomBench::DrawRadius() {
+float RandomStrokeFixture::ChooseRadius() {
     switch (random.Below(8)) {
         case 0:
             return 0.0f;
@@ -275,50 +275,50 @@ float RandomBench::DrawRadius() {
     }
 }
 
-float RandomBench::DrawStrength() {
+float RandomStrokeFixture::ChooseStrength() {
     if (random.Chance(0.05f)) return 0.0f;
-    if (TakesStrengthInPercent(tool)) return random.Between(1.0f, 100.0f);
+    if (HasStrengthInPercent(tool)) return random.Between(1.0f, 100.0f);
     return random.Between(0.0f, 0.3f) * extent;
 }
 
-void RandomBench::Dab(const SurfacePoint& hit) {
+void RandomStrokeFixture::Dab(const SurfacePoint& hit) {
     AxisAlignedBoundingBox box;
     const Vector center = random.Chance(0.9f)
                               ? bench->WorldOf(hit.position)
                               : bench->WorldOf(hit.position + random.In(-1.0f, 1.0f));
-    const float radius = DrawRadius();
+    const float radius = ChooseRadius();
     const float pressure = random.Between(0.0f, 1.0f);
-    bench->brush->ApplyDab(hit, center, radius, pressure, DrawStrength(), box);
+    bench->brush->ApplyDab(hit, center, radius, pressure, ChooseStrength(), box);
 }
 
-void RandomBench::DabWithMirror() {
+void RandomStrokeFixture::DabWithMirror() {
     SwiftStroke& brush = *bench->brush;
-    SurfacePoint hit = DrawHit();
+    SurfacePoint hit = ChooseHit();
     if (random.Chance(0.8f))
         brush.SetPreviousPatchPosition(hit.position + random.In(-0.1f, 0.1f) * extent);
     else
         brush.SetPreviousPatchPosition({});
     Dab(hit);
     if (!mirrored) return;
-    hit = DrawHit();
+    hit = ChooseHit();
     hit.mirror = true;
     Dab(hit);
 }
 
-void RandomBench::ApplyToAll() {
-    const float strength = DrawStrength();
+void RandomStrokeFixture::ApplyToAll() {
+    const float strength = ChooseStrength();
     bench->brush->ApplyToWholeMesh(&bench->Mesh(), strength, random.Chance(0.5f));
 }
 
-void RandomBench::Stroke() {
-    DrawTool();
-    DrawStamp();
-    DrawMirror();
+void RandomStrokeFixture::Stroke() {
+    ChooseTool();
+    ChooseStamp();
+    ChooseMirror();
     auto modifier = random.OneOf({BrushOperation::ModifierNone,
                                   BrushOperation::ModifierNone,
                                   BrushOperation::ModifierSmooth,
                                   BrushOperation::ModifierInvert});
-    if (!LayerIsMild() && modifier == BrushOperation::ModifierSmooth)
+    if (!HasMildLayer() && modifier == BrushOperation::ModifierSmooth)
         modifier = BrushOperation::ModifierNone;
     const bool withoutBegin = random.Chance(0.05f);
     SwiftStroke& brush = *bench->brush;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/random/RandomNumbers.h"
 
 #include <memory>
@@ -10,34 +10,34 @@
 namespace trovik::test {
 
 /// A bench with a random mesh, transform, mask, layer and bound level.
-class RandomBench {
+class RandomStrokeFixture {
 public:
-    explicit RandomBench(RandomNumbers& numbers);
+    explicit RandomStrokeFixture(RandomNumbers& numbers);
 
     /// Chooses a random tool, settings, host switches and dabs, and runs the stroke.
     void Stroke();
     /// Describes the last stroke, for failure messages.
-    const std::string& Story() const { return story; }
+    const std::string& CaseDescription() const { return story; }
 
-    StrokeBench& Bench() { return *bench; }
+    StrokeFixture& Bench() { return *bench; }
 
 private:
-    void DrawTool();
-    void DrawStamp();
-    void DrawMirror();
-    Matrix DrawStampMatrix();
+    void ChooseTool();
+    void ChooseStamp();
+    void ChooseMirror();
+    Matrix ChooseStampMatrix();
     bool MovesByDistance() const;
-    bool LayerIsMild() const;
-    SurfacePoint DrawHit();
-    float DrawRadius();
-    float DrawStrength();
+    bool HasMildLayer() const;
+    SurfacePoint ChooseHit();
+    float ChooseRadius();
+    float ChooseStrength();
     void Dab(const SurfacePoint& hit);
     void DabWithMirror();
     void ApplyToAll();
 
     RandomNumbers& random;
     std::string story;
-    std::unique_ptr<StrokeBench> bench;
+    std::unique_ptr<StrokeFixture> bench;
     float extent = 1.0f;
     Vector middle;
     Tool tool{};

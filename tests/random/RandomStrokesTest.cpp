@@ -22,7 +22,7 @@ struct State {
     bool operator==(const State&) const = default;
 };
 
-State StateOf(StrokeBench& bench) {
+State StateOf(StrokeFixture& bench) {
     State state;
     state.vertices = BitsOf(bench.Mesh());
     if (bench.layer == nullptr) return state;
@@ -45,7 +45,7 @@ int64_t FirstBroken(const LevelMesh& mesh) {
     return -1;
 }
 
-void ExpectIdle(StrokeBench& bench) {
+void ExpectIdle(StrokeFixture& bench) {
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
     EXPECT_EQ(bench.Mesh().changeRecordCount, 0u);
     EXPECT_EQ(bench.brush->meshChanges.fill, 0u);
@@ -56,25 +56,25 @@ void ExpectIdle(StrokeBench& bench) {
 
 TEST(RandomStrokes, StayFiniteAndAreUndoneAndRedoneBitExactly) {
     HostSwitches switches;
-    const uint32_t wanted = WantedCount("TROVIK_RANDOM_STROKES", 150);
+    const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_STROKES", 150);
     uint32_t changed = 0;
     for (uint32_t stroke = 0; stroke < wanted; stroke += strokesPerMesh) {
         // Each mesh has its own seed, so that one case can be examined alone.
         RandomNumbers random(20260 + stroke);
         switches.Draw(random);
-        RandomBench drawn(random);
-        StrokeBench& bench = drawn.Bench();
+        RandomStrokeFixture drawn(random);
+        StrokeFixture& bench = drawn.Bench();
         UndoHistory& history = bench.geometry->History();
         const State start = StateOf(bench);
         for (uint32_t i = 0; i < strokesPerMesh; ++i) {
             const State before = StateOf(bench);
             drawn.Stroke();
-            SCOPED_TRACE("stroke " + std::to_string(stroke + i) + ": " + drawn.Story());
+            SCOPED_TRACE("stroke " + std::to_string(stroke + i) + ": " + drawn.CaseDescription());
             ExpectIdle(bench);
             ASSERT_EQ(FirstBroken(bench.Mesh()), -1);
             changed += StateOf(bench) != before;
         }
-        SCOPED_TRACE("stroke " + std::to_string(stroke) + ": " + drawn.Story());
+        SCOPED_TRACE("stroke " + std::to_string(stroke) + ": " + drawn.CaseDescription());
         const State end = StateOf(bench);
         while (history.Undo(*bench.geometry)) {
         }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file The types that may be written to scenes byte by byte.
-#include "framework/layers/LayerGround.h"
+#include "framework/layers/LayerBase.h"
 #include "framework/scene/NoPadding.h"
 
 #include <gtest/gtest.h>
@@ -37,8 +37,8 @@ TEST(NoPadding, IsTrueIfEveryByteBelongsToAMember) {
     EXPECT_TRUE(NoPadding<Vector>);
     EXPECT_TRUE((NoPadding<std::array<float, 3>>));
     EXPECT_TRUE(NoPadding<Whole>);
-    EXPECT_TRUE(NoPadding<LayerGround::Knot>);
-    EXPECT_TRUE(NoPadding<LayerGround::NotedNormal>);
+    EXPECT_TRUE(NoPadding<LayerBase::LayeredVertex>);
+    EXPECT_TRUE(NoPadding<LayerBase::StoredNormal>);
 }
 
 TEST(NoPadding, IsFalseIfAByteBelongsToNoMember) {

@@ -57,7 +57,7 @@ std::unique_ptr<Document> RichDocument(const TemporaryFolder& folder) {
     DabDynamics& pen = document->Settings().dynamics;
     pen.strengthCurve = PressureCurve({{0.0f, 0.125f}, {0.5f, 0.25f}, {1.0f, 1.0f}});
     pen.randomSize = 0.375f;
-    pen.tiltTurnsStamp = true;
+    pen.tiltRotatesStamp = true;
     pen.tiltToSize = 1.5f;
     pen.tiltToStrength = -0.5f;
     pen.airbrush = 30.0f;

@@ -37,7 +37,7 @@ RawScene SplitScene(const std::string& bytes) {
         RawChunk chunk;
         chunk.name = bytes.substr(at, 4);
         chunk.place = at;
-        chunk.contentPlace = at + 16;
+        chunk.contentOffset = at + 16;
         chunk.content = bytes.substr(at + 16, NumberAt<uint64_t>(bytes, at + 8));
         const std::string length = bytes.substr(at + 8, 8);
         if (NumberAt<uint32_t>(bytes, at + 4) != SlowCrc32(chunk.name + length + chunk.content))

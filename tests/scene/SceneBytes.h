@@ -13,7 +13,7 @@ struct RawChunk {
     std::string name;
     /// The offset of the chunk's first byte, and of its content.
     std::size_t place = 0;
-    std::size_t contentPlace = 0;
+    std::size_t contentOffset = 0;
     std::string content;
 };
 

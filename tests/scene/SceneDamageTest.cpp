@@ -22,7 +22,7 @@ using testing::StartsWith;
 
 constexpr unsigned flips = 2000;
 /// File buffers take one mebibyte; all other memory depends on the few kilobytes of the scene.
-constexpr uint64_t mostMemory = uint64_t{8} << 20;
+constexpr uint64_t maxMemory = uint64_t{8} << 20;
 
 class DamagedScene : public ::testing::Test {
 protected:
@@ -54,7 +54,7 @@ protected:
             EXPECT_THAT(message, StartsWith(path + ": "));
             EXPECT_EQ(message.find('\n'), std::string::npos) << message;
         }
-        EXPECT_LT(PeakBytes() - before, mostMemory) << message;
+        EXPECT_LT(PeakBytes() - before, maxMemory) << message;
         EXPECT_EQ(HostKernel::Instance().Scene()->GeometryCount(), geometries);
         EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
         return message;

@@ -117,7 +117,7 @@ TEST_F(SceneLayout, ChunksAreInTheirOrder) {
                                      "FRZB",
                                      "TEND"));
     const RawChunk& end = scene.chunks.back();
-    EXPECT_EQ(NumberAt<uint64_t>(end.content, 0), end.contentPlace + 8);
+    EXPECT_EQ(NumberAt<uint64_t>(end.content, 0), end.contentOffset + 8);
 }
 
 TEST_F(SceneLayout, GeometryHasNameCountsFacesAndTransform) {
@@ -200,8 +200,8 @@ TEST_F(SceneLayout, LayerHasItsTouchedVertices) {
 TEST_F(SceneLayout, GroundChunkHasTheLayerBase) {
     ChunkReader ground(scene.Chunk("LGND").content);
     ground.Read<uint32_t>();
-    const auto knots = ground.Read<uint32_t>();
-    ground.Skip(knots * 40u);
+    const auto layeredVertices = ground.Read<uint32_t>();
+    ground.Skip(layeredVertices * 40u);
     const auto normals = ground.Read<uint32_t>();
     EXPECT_EQ(ground.Left(), normals * 24u);
 }

@@ -141,8 +141,8 @@ TEST_F(SceneRoundTrip, RestoresTheBoundLevelAndPendingChanges) {
 TEST_F(SceneRoundTrip, RestoresTheTransform) {
     auto document = RichDocument(folder);
     auto read = Reopen(*document);
-    const Placement& a = document->Geometry().Place();
-    const Placement& b = read->Geometry().Place();
+    const MatrixTransform& a = document->Geometry().Place();
+    const MatrixTransform& b = read->Geometry().Place();
     EXPECT_EQ(b.ToWorld(), a.ToWorld());
     EXPECT_EQ(b.ToLocal(), a.ToLocal());
     Vector scale;

@@ -2,7 +2,7 @@
 
 /// \file The mirrored side of a topological mirror reads the stamp at the position of the vertex's
 /// mirror image.
-#include "tests/stamps/StampBench.h"
+#include "tests/stamps/StampFixture.h"
 #include "tests/stroke/FakeMesh.h"
 
 #include <gtest/gtest.h>
@@ -47,17 +47,17 @@ public:
     SubdivisionLevel* HighestLevel() const override { return LowestLevel(); }
     SubdivisionLevel* LevelByIndex(uint32_t) const override { return LowestLevel(); }
     trovik::Transformation* Transformation() const override {
-        return const_cast<FakePlace*>(&place);
+        return const_cast<FakeTransform*>(&place);
     }
     MirrorLevel level;
-    FakePlace place;
+    FakeTransform place;
 };
 
 class MirroredStamp : public ::testing::Test {
 protected:
     MirroredStamp() {
         // Pixel k is at x = k; the heights identify the pixel that was read.
-        GiveStamp(brush, QStringLiteral("plain"), 3, 1, {1.0f, 2.0f, 4.0f});
+        SetTestStamp(brush, QStringLiteral("plain"), 3, 1, {1.0f, 2.0f, 4.0f});
         Matrix& m = brush.Settings().stampMatrix;
         m.m[1][1] = 0.0f;
         brush.Settings().mirroredStampRead = true;
@@ -104,7 +104,7 @@ protected:
     CallLog log;
     MirrorGeometry geometry{log};
     MirrorLevel& level = geometry.level;
-    StrokeBench bench{FlatGrid(1)};
+    StrokeFixture bench{FlatGrid(1)};
     SwiftStroke& brush = *bench.brush;
 };
 
@@ -167,7 +167,7 @@ TEST_F(MirroredStamp, UntouchedMirrorImageGetsARecord) {
 }
 
 TEST_F(MirroredStamp, MirrorImageGetsARecordUnderAnEmptyStamp) {
-    GiveStamp(brush, QStringLiteral("none"), 0, 0, {});
+    SetTestStamp(brush, QStringLiteral("none"), 0, 0, {});
     Begin();
     EnterMirroredPass();
     VertexEnumerator& steps = brush;

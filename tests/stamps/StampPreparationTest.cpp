@@ -2,7 +2,7 @@
 
 /// \file The stamp at the start of a stroke: its switches, and the cache of its pixels.
 #include "tests/brush/ToolRows.h"
-#include "tests/stamps/StampBench.h"
+#include "tests/stamps/StampFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ protected:
         return image->reads.size();
     }
     TestImage& Give(const char* name, uint32_t w, uint32_t h, std::vector<float> pixels) {
-        image = &GiveStamp(brush, QString::fromLatin1(name), w, h, std::move(pixels));
+        image = &SetTestStamp(brush, QString::fromLatin1(name), w, h, std::move(pixels));
         // Otherwise a new image could have the address of a deleted one and be mistaken for it.
         given.push_back(settings.stampImage);
         return *image;
@@ -38,7 +38,7 @@ protected:
                 brush.stampPixels + brush.stampWidth * brush.stampHeight * channels};
     }
 
-    StrokeBench bench{FlatGrid(2)};
+    StrokeFixture bench{FlatGrid(2)};
     SwiftStroke& brush = *bench.brush;
     BrushOperation::Private& settings = brush.Settings();
     TestImage* image = nullptr;
@@ -348,7 +348,7 @@ TEST(StampOfATool, IsSetOnlyForSprayRepeatKnifeAndImprint) {
     for (std::size_t i = 0; i < allTools.size(); ++i) {
         SCOPED_TRACE(toolNames[i]);
         // The bench disables the stamp; a new brush has the tool's default settings.
-        StrokeBench bench(FlatGrid(2));
+        StrokeFixture bench(FlatGrid(2));
         SwiftStroke brush;
         brush.SetActiveConfiguration(RowOf(allTools[i]));
         HostKernel::Instance().ClearHUDMessages();
@@ -387,10 +387,10 @@ TEST(StampOfATool, IsRestoredWithTheToolAndRemovedWithIt) {
 }
 
 TEST(StampOfATool, IsNotUsedByTemporarySmooth) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     bench.Activate(Tool::Repeat);
-    GiveStamp(brush, QStringLiteral("wave.tif"), 1, 1, {0.5f});
+    SetTestStamp(brush, QStringLiteral("wave.tif"), 1, 1, {0.5f});
     bench.Begin(BrushOperation::ModifierSmooth);
     EXPECT_TRUE(brush.isSmooth);
     EXPECT_FALSE(brush.stampEnabled);

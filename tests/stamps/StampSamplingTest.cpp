@@ -6,7 +6,7 @@
 /// triangles.
 #include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/Triangles.h"
-#include "tests/stamps/StampBench.h"
+#include "tests/stamps/StampFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ struct Reference {
 class Stamped : public ::testing::TestWithParam<Kind> {
 protected:
     void Give(uint32_t width, uint32_t height, const std::vector<float>& pixels) {
-        GiveStamp(brush, QStringLiteral("plain"), width, height, pixels);
+        SetTestStamp(brush, QStringLiteral("plain"), width, height, pixels);
         reference = {width, height, pixels};
     }
     /// Sets the stamp matrix to u = x * stepU + startU, and v likewise.
@@ -125,7 +125,7 @@ protected:
         EXPECT_GT(inside, 8);
     }
 
-    StrokeBench bench{FlatMesh(GetParam()), GetParam() == Kind::LargePatches ? 2u : 0u};
+    StrokeFixture bench{FlatMesh(GetParam()), GetParam() == Kind::LargePatches ? 2u : 0u};
     SwiftStroke& brush = *bench.brush;
     Reference reference;
 };
@@ -359,7 +359,7 @@ protected:
     VectorStamped() {
         std::vector<float> pixels;
         for (uint32_t i = 0; i < 24; ++i) pixels.push_back(static_cast<float>(i * i % 13) - 4.0f);
-        GiveStamp(brush, QStringLiteral("ear_vdm"), 4, 2, pixels);
+        SetTestStamp(brush, QStringLiteral("ear_vdm"), 4, 2, pixels);
         for (std::size_t c = 0; c < 3; ++c) {
             channels[c] = {4, 2, {}};
             for (std::size_t i = c; i < 24; i += 3) channels[c].pixels.push_back(pixels[i]);

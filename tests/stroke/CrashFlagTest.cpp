@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file The crash-flag counter contains the functions on the stack, and is zero afterwards.
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"
 
@@ -26,7 +26,7 @@ TEST(CrashFlags, IdentifyTheFunctionsAroundABinding) {
     CallLog log;
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.brush->BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     EXPECT_EQ(a.level.flagsAtLock, 0x20u + 0x100u);
     EXPECT_EQ(Flags(), 0u);
@@ -41,7 +41,7 @@ TEST(CrashFlags, IdentifyTheFunctionsAroundABinding) {
 
 TEST(CrashFlags, IdentifyWalkAndKernel) {
     for (const float factor : {1.0f, 0.0f}) {
-        StrokeBench bench(FlatGrid(3));
+        StrokeFixture bench(FlatGrid(3));
         auto* renderer = new FlagRenderer(factor);
         bench.Mesh().AddChild(renderer);
         bench.Stroke(bench.HitFace(4), 0.8f);
@@ -53,7 +53,7 @@ TEST(CrashFlags, IdentifyWalkAndKernel) {
 }
 
 TEST(CrashFlags, IdentifyTheVertexWalk) {
-    StrokeBench bench(Icosahedron());
+    StrokeFixture bench(Icosahedron());
     auto* renderer = new FlagRenderer(0.0f);
     bench.Mesh().AddChild(renderer);
     bench.Stroke(bench.HitVertex(0), 0.5f);
@@ -62,7 +62,7 @@ TEST(CrashFlags, IdentifyTheVertexWalk) {
 }
 
 TEST(CrashFlags, AreZeroAfterEachCall) {
-    StrokeBench bench(Cube(), 2);
+    StrokeFixture bench(Cube(), 2);
     SwiftStroke& brush = *bench.brush;
     EXPECT_EQ(Flags(), 0u);
     for (const Tool tool : {Tool::Sculpt, Tool::Smooth, Tool::Flatten}) {
@@ -93,7 +93,7 @@ TEST(CrashFlags, AreZeroAfterEachCall) {
 }
 
 TEST(CrashFlags, DabsThatEndEarlyLeaveNone) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     // No stroke has begun, so there is no falloff.
     bench.Dab(bench.HitFace(0), 1.0f);
     EXPECT_EQ(Flags(), 0u);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MirrorAtX.h"
 
@@ -37,7 +37,7 @@ protected:
         EXPECT_EQ(brush.planeDistances[pass], (hit.position | brush.directions[pass]));
     }
 
-    StrokeBench bench{FlatGrid(3)};
+    StrokeFixture bench{FlatGrid(3)};
     SwiftStroke& brush = *bench.brush;
     SurfacePoint hit;
     Vector previous{0.5f, 1.25f, 0.5f};

@@ -4,7 +4,7 @@
 /// too coarse.
 #include "brush/Registration.h"
 #include "tests/brush/RecordingKernel.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ struct Split {
 };
 
 /// Applies one dab with a radius of `times` the measure of the hit's face.
-Split SplitFor(StrokeBench& bench, float times) {
+Split SplitFor(StrokeFixture& bench, float times) {
     bench.Begin();
     bench.Dab(bench.HitFace(0), times * Measure(bench.Mesh(), 0), 0.0f);
     const Split split{bench.brush->patchLevel, bench.brush->patchMeshLevel};
@@ -47,7 +47,7 @@ Split SplitFor(StrokeBench& bench, float times) {
 }
 
 TEST(DabLevel, PatchFollowsTheBrushSize) {
-    StrokeBench bench(FlatGrid(1), 4);
+    StrokeFixture bench(FlatGrid(1), 4);
     EXPECT_EQ(SplitFor(bench, 0.1f), (Split{0, 4}));
     EXPECT_EQ(SplitFor(bench, 2.0f), (Split{0, 4}));
     EXPECT_EQ(SplitFor(bench, 3.9f), (Split{0, 4}));
@@ -57,16 +57,16 @@ TEST(DabLevel, PatchFollowsTheBrushSize) {
 }
 
 TEST(DabLevel, NeverExceedsTheBoundLevel) {
-    StrokeBench bench(FlatGrid(1), 4);
+    StrokeFixture bench(FlatGrid(1), 4);
     EXPECT_EQ(SplitFor(bench, 32.0f), (Split{4, 0}));
     EXPECT_EQ(SplitFor(bench, 1000.0f), (Split{4, 0}));
-    StrokeBench base(FlatGrid(1));
+    StrokeFixture base(FlatGrid(1));
     EXPECT_EQ(SplitFor(base, 0.5f), (Split{0, 0}));
     EXPECT_EQ(SplitFor(base, 100.0f), (Split{0, 0}));
 }
 
 TEST(DabLevel, PreferenceMultipliesTheWantedDepth) {
-    StrokeBench bench(FlatGrid(1), 4);
+    StrokeFixture bench(FlatGrid(1), 4);
     {
         const LevelFactor half(0.5f);
         EXPECT_EQ(SplitFor(bench, 8.0f), (Split{1, 3}));
@@ -89,19 +89,19 @@ TEST(DabLevel, PreferenceMultipliesTheWantedDepth) {
 }
 
 TEST(DabLevel, OverTrianglesLevelOneIsTheCoarsestPatchLevel) {
-    StrokeBench bench(Icosahedron(), 3);
+    StrokeFixture bench(Icosahedron(), 3);
     EXPECT_EQ(SplitFor(bench, 1000.0f), (Split{2, 1}));
     EXPECT_EQ(SplitFor(bench, 8.0f), (Split{2, 1}));
     EXPECT_EQ(SplitFor(bench, 4.0f), (Split{1, 2}));
     EXPECT_EQ(SplitFor(bench, 1.0f), (Split{0, 3}));
-    StrokeBench first(Icosahedron(), 1);
+    StrokeFixture first(Icosahedron(), 1);
     EXPECT_EQ(SplitFor(first, 1000.0f), (Split{0, 1}));
-    StrokeBench base(Icosahedron());
+    StrokeFixture base(Icosahedron());
     EXPECT_EQ(SplitFor(base, 1000.0f), (Split{0, 0}));
 }
 
 TEST(DabLevel, SizeZeroMakesEachFaceAPatch) {
-    StrokeBench bench(FlatGrid(1), 3);
+    StrokeFixture bench(FlatGrid(1), 3);
     bench.Begin();
     bench.Dab(bench.HitFace(0), 0.0f, 0.0f);
     EXPECT_EQ(bench.brush->patchLevel, 0);
@@ -113,7 +113,7 @@ TEST(DabLevel, SizeZeroMakesEachFaceAPatch) {
 }
 
 TEST(DabLevel, UnrepresentableNumbersCountAsZero) {
-    StrokeBench bench(FlatGrid(1), 3);
+    StrokeFixture bench(FlatGrid(1), 3);
     // A degenerate face: the quotient is infinite, or NaN with a brush of size 0.
     LevelMesh& mesh = bench.Mesh();
     const uint32_t* face = mesh.faceVertexIndices.array;
@@ -139,7 +139,7 @@ PolygonMesh WideQuad() {
 class CoarseMesh : public ::testing::Test {
 protected:
     std::size_t Messages() const { return HostKernel::Instance().HUDMessages().size(); }
-    StrokeBench bench{WideQuad()};
+    StrokeFixture bench{WideQuad()};
 };
 
 TEST_F(CoarseMesh, IsReportedOncePerStroke) {
@@ -174,7 +174,7 @@ TEST_F(CoarseMesh, IsDetectedByFacesLargerThanFourRadii) {
 }
 
 TEST_F(CoarseMesh, HasNoHigherLevel) {
-    StrokeBench fine(WideQuad(), 1);
+    StrokeFixture fine(WideQuad(), 1);
     HostKernel::Instance().ClearHUDMessages();
     fine.Begin();
     fine.Dab(fine.HitFace(0), 0.001f);

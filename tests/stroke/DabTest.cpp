@@ -2,7 +2,7 @@
 #include "brush/Registration.h"
 #include "framework/brushes/BrushSettings.h"
 #include "framework/mesh/LevelPositions.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"
 
@@ -14,7 +14,7 @@ namespace trovik::test {
 namespace {
 
 TEST(Dab, WithoutAStrokeDoesNothing) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     const auto before = BitsOf(bench.Mesh());
     const uint32_t count = bench.brush->planeDabCount;
     EXPECT_TRUE(bench.Dab(bench.HitFace(4), 1.0f).IsEmpty());
@@ -24,7 +24,7 @@ TEST(Dab, WithoutAStrokeDoesNothing) {
 }
 
 TEST(Dab, HitWithoutAMeshOrOnAMeshWithoutFacesDoesNothing) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     CallLog log;
     FakeGeometry empty("empty", log);
     empty.level.faceCount = 0;
@@ -47,7 +47,7 @@ TEST(Dab, HitWithoutAMeshOrOnAMeshWithoutFacesDoesNothing) {
 }
 
 TEST(Dab, MirroredPairCountsOnce) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Begin();
     SurfacePoint hit = bench.HitFace(4);
     bench.Dab(hit, 0.8f);
@@ -64,7 +64,7 @@ TEST(Dab, MirroredPairCountsOnce) {
 }
 
 TEST(Dab, StrengthIsScaledByToolAndMesh) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Activate(Tool::Pinch);
     bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {});
     bench.Begin();
@@ -79,7 +79,7 @@ TEST(Dab, StrengthIsScaledByToolAndMesh) {
 }
 
 TEST(Dab, SmoothConvertsPercentAndIsLimitedToOne) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Activate(Tool::Smooth);
     bench.Begin();
     bench.Dab(bench.HitFace(4), 0.8f, 100.0f);
@@ -92,7 +92,7 @@ TEST(Dab, SmoothConvertsPercentAndIsLimitedToOne) {
 }
 
 TEST(Dab, WaxOffsetsThePlaneByItsStrength) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Activate(Tool::Wax);
     for (const float radius : {0.8f, 1.6f}) {
         bench.Begin();
@@ -110,7 +110,7 @@ TEST(Dab, WaxOffsetsThePlaneByItsStrength) {
 }
 
 TEST(Dab, OtherPlaneOffsetsAreProportionalToTheRadius) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Activate(Tool::Flatten);
     bench.Begin();
     bench.Dab(bench.HitFace(4), 0.8f, 15.0f);
@@ -122,7 +122,7 @@ TEST(Dab, OtherPlaneOffsetsAreProportionalToTheRadius) {
 }
 
 TEST(Dab, UniformScaleMeasuresInMeshSpace) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {5.0f, 0.0f, 0.0f});
     bench.Begin();
     const SurfacePoint hit = bench.HitFace(4);
@@ -141,7 +141,7 @@ TEST(Dab, UniformScaleMeasuresInMeshSpace) {
 }
 
 TEST(Dab, NonUniformScaleMeasuresInWorldSpace) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.geometry->Place().Set({2.0f, 1.0f, 1.0f}, {}, {5.0f, 0.0f, 0.0f});
     bench.Begin();
     const SurfacePoint hit = bench.HitFace(4);
@@ -155,7 +155,7 @@ TEST(Dab, NonUniformScaleMeasuresInWorldSpace) {
 }
 
 TEST(Dab, NonUniformScaleReachesAnEllipseAndMovesByWorldLengths) {
-    StrokeBench bench(FlatGrid(8));
+    StrokeFixture bench(FlatGrid(8));
     bench.geometry->Place().Set({2.0f, 1.0f, 4.0f}, {}, {});
     LevelMesh& mesh = bench.Mesh();
     bench.Begin();
@@ -176,7 +176,7 @@ TEST(Dab, NonUniformScaleReachesAnEllipseAndMovesByWorldLengths) {
 }
 
 TEST(Dab, VisitStampAdvancesOncePerWalk) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Begin();
     const uint32_t start = bench.Mesh().visitStamp;
     bench.Dab(bench.HitFace(4), 0.8f);
@@ -193,7 +193,7 @@ TEST(Dab, VisitStampAdvancesOncePerWalk) {
     EXPECT_EQ(bench.Mesh().visitStamp, start + 3);
     bench.End();
 
-    StrokeBench triangles(Icosahedron());
+    StrokeFixture triangles(Icosahedron());
     triangles.Begin();
     const uint32_t first = triangles.Mesh().visitStamp;
     triangles.Dab(triangles.HitFace(4), 0.8f);
@@ -204,7 +204,7 @@ TEST(Dab, VisitStampAdvancesOncePerWalk) {
 }
 
 TEST(Dab, FreesItsGrids) {
-    StrokeBench bench(FlatGrid(2), 2);
+    StrokeFixture bench(FlatGrid(2), 2);
     bench.Activate(Tool::Smooth);
     for (const bool allLayers : {true, false}) {
         bench.brush->affectAllLayers.SetValue(allLayers, true);
@@ -221,7 +221,7 @@ TEST(Dab, FreesItsGrids) {
 }
 
 TEST(Dab, FirstOfASmearStrokeEndsBeforeAnythingIsAllocated) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Activate(Tool::Smear);
     bench.brush->SetPreviousPatchPosition({});
     const auto before = BitsOf(bench.Mesh());
@@ -242,7 +242,7 @@ TEST(Dab, FirstOfASmearStrokeEndsBeforeAnythingIsAllocated) {
 }
 
 TEST(Dab, DirectionAndPlaneAreThoseOfThePass) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.Begin();
     SurfacePoint hit = bench.HitFace(4);
     hit.normal = Vector(0.0f, 1.0f, 0.0f);
@@ -260,7 +260,7 @@ TEST(Dab, DirectionAndPlaneAreThoseOfThePass) {
 }
 
 TEST(Dab, TessellatingStrokeReportsThatTheMeshCannotBeRefined) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     bench.brush->useTessellator = true;
     bench.Begin();
     bench.Dab(bench.HitFace(4), 1.0f);
@@ -305,7 +305,7 @@ protected:
         }
         return moves;
     }
-    StrokeBench bench{FlatGrid(5)};
+    StrokeFixture bench{FlatGrid(5)};
 };
 
 TEST_F(WaxLimits, PreferencesApplyInTestModeOnly) {

@@ -2,7 +2,7 @@
 
 /// \file The dirty box of a dab and its notifications of renderers.
 #include "brush/Registration.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ protected:
         bench.End();
         return box;
     }
-    StrokeBench bench{FlatGrid(4)};
+    StrokeFixture bench{FlatGrid(4)};
     /// Twice the diagonal of the hit's face.
     const float margin = std::sqrt(2.0f) * 2.0f;
 };
@@ -111,7 +111,7 @@ TEST_F(DirtyBox, RefusedDabDoesNotChangeIt) {
 }
 
 TEST(Notices, ReportEachChangedPatchAndTheBaseFacesAround) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     const SurfacePoint hit = bench.HitVertex(5);  // the common vertex of faces 0, 1, 3 and 4
     bench.Stroke(hit, 0.5f);
@@ -129,7 +129,7 @@ TEST(Notices, ReportEachChangedPatchAndTheBaseFacesAround) {
 }
 
 TEST(Notices, ReportEachVertexIfARendererRequestsIt) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     RecordingRenderer& coarse = bench.AddRenderer(1.0f);
     RecordingRenderer& exact = bench.AddRenderer(0.0f);
     bench.Stroke(bench.HitVertex(5), 0.5f);
@@ -139,7 +139,7 @@ TEST(Notices, ReportEachVertexIfARendererRequestsIt) {
 
 TEST(Notices, AreNotSentByFaceWhileRenderingIsOff) {
     const RenderingOff off;
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     bench.Stroke(bench.HitVertex(5), 0.5f);
     EXPECT_TRUE(renderer.notices.empty());

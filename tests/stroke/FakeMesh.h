@@ -13,7 +13,7 @@ namespace trovik::test {
 using CallLog = std::vector<std::string>;
 
 /// A transform that returns preset values; points pass through it unchanged.
-class FakePlace : public Transformation {
+class FakeTransform : public Transformation {
 public:
     void LocalToWorld(Vector* out, const Vector* in, float) const override { *out = *in; }
     void WorldToLocal(Vector* out, const Vector* in, float) const override { *out = *in; }
@@ -133,7 +133,7 @@ public:
         return index == 0 ? LowestLevel() : nullptr;
     }
     trovik::Transformation* Transformation() const override {
-        return const_cast<FakePlace*>(&place);
+        return const_cast<FakeTransform*>(&place);
     }
     /// A hit at the level's first corner.
     SurfacePoint Hit() {
@@ -144,7 +144,7 @@ public:
     }
 
     FakeLevel level;
-    FakePlace place;
+    FakeTransform place;
 };
 
 /// An empty layer.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"
 #include "topology/PatchMap.h"
@@ -24,7 +24,7 @@ protected:
 
     CallLog log;
     FakeGeometry geometry{"A", log};
-    StrokeBench bench{FlatGrid(2)};
+    StrokeFixture bench{FlatGrid(2)};
     SwiftStroke& brush = *bench.brush;
 };
 
@@ -181,7 +181,7 @@ TEST_F(FakeBinding, TriangleMeshKeepsThePatchMapOfThePreviousBinding) {
 }
 
 TEST(MeshBinding, PatchMapIsAChildOfTheLowestQuadLevel) {
-    StrokeBench quads(Cube(), 2);
+    StrokeFixture quads(Cube(), 2);
     quads.Begin();
     EXPECT_EQ(quads.brush->patchMapMesh, quads.geometry->LevelByIndex(0));
     ASSERT_NE(quads.brush->patchMap, nullptr);
@@ -189,7 +189,7 @@ TEST(MeshBinding, PatchMapIsAChildOfTheLowestQuadLevel) {
     EXPECT_EQ(quads.brush->patchMap->neighbourFaces.fill, 60u);
     quads.End();
 
-    StrokeBench triangles(Icosahedron(), 2);
+    StrokeFixture triangles(Icosahedron(), 2);
     triangles.Begin();
     EXPECT_EQ(triangles.brush->patchMapMesh, triangles.geometry->LevelByIndex(1));
     ASSERT_NE(triangles.brush->patchMap, nullptr);
@@ -197,7 +197,7 @@ TEST(MeshBinding, PatchMapIsAChildOfTheLowestQuadLevel) {
     EXPECT_EQ(triangles.brush->patchMap->neighbourFaces.fill, 600u);
     triangles.End();
 
-    StrokeBench base(Icosahedron());
+    StrokeFixture base(Icosahedron());
     base.Begin();
     EXPECT_EQ(base.brush->patchMapMesh, nullptr);
     EXPECT_EQ(base.brush->patchMap, nullptr);
@@ -205,7 +205,7 @@ TEST(MeshBinding, PatchMapIsAChildOfTheLowestQuadLevel) {
 }
 
 TEST(MeshBinding, PatchMapIsMadeOnce) {
-    StrokeBench bench(Cube(), 1);
+    StrokeFixture bench(Cube(), 1);
     bench.Begin();
     PatchMap* const map = bench.brush->patchMap;
     bench.End();
@@ -217,7 +217,7 @@ TEST(MeshBinding, PatchMapIsMadeOnce) {
 }
 
 TEST(MeshBinding, PatchMapWithoutATableIsReplaced) {
-    StrokeBench bench(Cube(), 1);
+    StrokeFixture bench(Cube(), 1);
     LevelMesh* lowest = bench.geometry->Level(0);
     auto* fromScene = new PatchMap;
     lowest->AddChild(fromScene);
@@ -233,7 +233,7 @@ TEST(MeshBinding, PatchMapWithoutATableIsReplaced) {
 }
 
 TEST(MeshBinding, RenderersAreThoseOfTheBoundMesh) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.Begin();
     EXPECT_EQ(bench.brush->renderers.fill, 0u);
     EXPECT_TRUE(bench.brush->rendererTakesFaces);
@@ -249,7 +249,7 @@ TEST(MeshBinding, RenderersAreThoseOfTheBoundMesh) {
     EXPECT_EQ(bench.brush->renderers[0], &first);
     EXPECT_EQ(bench.brush->renderers[1], &second);
     EXPECT_FALSE(bench.brush->rendererTakesFaces);
-    StrokeBench other(FlatGrid(2));
+    StrokeFixture other(FlatGrid(2));
     bench.brush->SetMesh(&other.Mesh());
     EXPECT_EQ(bench.brush->renderers.fill, 0u);
     EXPECT_TRUE(bench.brush->rendererTakesFaces);
@@ -258,14 +258,14 @@ TEST(MeshBinding, RenderersAreThoseOfTheBoundMesh) {
 
 TEST(MeshBinding, ZeroFactorOfAnyRendererRequestsEachVertex) {
     for (const auto& [a, b] : {std::pair{0.0f, 1.0f}, {1.0f, -0.0f}}) {
-        StrokeBench bench(FlatGrid(2));
+        StrokeFixture bench(FlatGrid(2));
         bench.AddRenderer(a);
         bench.AddRenderer(b);
         bench.Begin();
         EXPECT_FALSE(bench.brush->rendererTakesFaces);
         bench.End();
     }
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.AddRenderer(-1.0f);
     bench.AddRenderer(std::numeric_limits<float>::quiet_NaN());
     bench.Begin();
@@ -274,7 +274,7 @@ TEST(MeshBinding, ZeroFactorOfAnyRendererRequestsEachVertex) {
 }
 
 TEST(MeshBinding, OpensOneChangePerBinding) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.Begin();
     ASSERT_EQ(bench.brush->meshChanges.fill, 1u);
     EXPECT_EQ(bench.brush->meshChanges[0].mesh, &bench.Mesh());

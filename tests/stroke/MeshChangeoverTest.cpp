@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Strokes that continue from one mesh to another.
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/stroke/FakeMesh.h"
 
 #include <gtest/gtest.h>
@@ -10,8 +10,8 @@ namespace trovik::test {
 namespace {
 
 TEST(MeshChangeover, ToAnotherMeshAndBackMakesThreePairs) {
-    StrokeBench a(FlatGrid(3));
-    StrokeBench b(FlatGrid(3));
+    StrokeFixture a(FlatGrid(3));
+    StrokeFixture b(FlatGrid(3));
     SwiftStroke& brush = *a.brush;
     const auto bitsOfA = BitsOf(a.Mesh());
     const auto bitsOfB = BitsOf(b.Mesh());
@@ -39,8 +39,8 @@ TEST(MeshChangeover, ToAnotherMeshAndBackMakesThreePairs) {
 }
 
 TEST(MeshChangeover, VertexTouchedInBothVisitsIsRestored) {
-    StrokeBench a(FlatGrid(3));
-    StrokeBench b(FlatGrid(3));
+    StrokeFixture a(FlatGrid(3));
+    StrokeFixture b(FlatGrid(3));
     const auto before = BitsOf(a.Mesh());
     a.Begin();
     a.Dab(a.HitFace(4), 1.0f);
@@ -56,8 +56,8 @@ TEST(MeshChangeover, VertexTouchedInBothVisitsIsRestored) {
 }
 
 TEST(MeshChangeover, PerStrokeValuesStayThoseOfTheFirstMesh) {
-    StrokeBench a(FlatGrid(3));
-    StrokeBench b(FlatGrid(3));
+    StrokeFixture a(FlatGrid(3));
+    StrokeFixture b(FlatGrid(3));
     b.geometry->Place().Set({1.0f, 2.0f, 4.0f}, {}, {});
     SwiftStroke& brush = *a.brush;
     a.Begin();
@@ -78,8 +78,8 @@ TEST(MeshChangeover, PerStrokeValuesStayThoseOfTheFirstMesh) {
 }
 
 TEST(MeshChangeover, LockedStrokeStaysOnItsMesh) {
-    StrokeBench a(FlatGrid(3));
-    StrokeBench b(FlatGrid(3));
+    StrokeFixture a(FlatGrid(3));
+    StrokeFixture b(FlatGrid(3));
     a.brush->strokeMeshLocked = 1;
     const auto bitsOfB = BitsOf(b.Mesh());
     a.Begin();
@@ -94,8 +94,8 @@ TEST(MeshChangeover, LockedStrokeStaysOnItsMesh) {
 }
 
 TEST(MeshChangeover, RefusingMeshEndsTheDabAndTheNextDabMayBindAgain) {
-    StrokeBench a(FlatGrid(3));
-    StrokeBench b(FlatGrid(3));
+    StrokeFixture a(FlatGrid(3));
+    StrokeFixture b(FlatGrid(3));
     b.Mesh().SetLockable(false);
     const auto bitsOfA = BitsOf(a.Mesh());
     a.Begin();

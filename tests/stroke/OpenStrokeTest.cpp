@@ -5,7 +5,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/multires/Steps.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -50,8 +50,8 @@ protected:
     bool Undo() { return History().Undo(*a->geometry); }
     bool Redo() { return History().Redo(*a->geometry); }
 
-    StrokeBench other{FlatGrid(3)};
-    std::unique_ptr<StrokeBench> a = std::make_unique<StrokeBench>(FlatGrid(3));
+    StrokeFixture other{FlatGrid(3)};
+    std::unique_ptr<StrokeFixture> a = std::make_unique<StrokeFixture>(FlatGrid(3));
     /// The states before the first stroke and after each stroke.
     std::vector<std::vector<VertexBits>> states;
 };
@@ -150,8 +150,8 @@ TEST_F(StrokeOverARefusal, IsUndoneAfterALaterStrokeOfAnotherBrush) {
 }
 
 TEST(OpenStroke, RefusesUndoOfItsMeshOnly) {
-    StrokeBench bench(FlatGrid(3));
-    StrokeBench other(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
+    StrokeFixture other(FlatGrid(3));
     const auto before = BitsOf(bench.Mesh());
     bench.Stroke(bench.HitFace(0), 0.8f, step);
     other.Stroke(other.HitFace(0), 0.8f, step);
@@ -164,8 +164,8 @@ TEST(OpenStroke, RefusesUndoOfItsMeshOnly) {
 }
 
 TEST(OpenStroke, EndsWithItsBrush) {
-    StrokeBench a(FlatGrid(3));
-    StrokeBench b(FlatGrid(3));
+    StrokeFixture a(FlatGrid(3));
+    StrokeFixture b(FlatGrid(3));
     const auto beforeA = BitsOf(a.Mesh());
     const auto beforeB = BitsOf(b.Mesh());
     a.Begin();
@@ -196,8 +196,8 @@ TEST(OpenStroke, EndsWithItsBrush) {
 }
 
 TEST(OpenStroke, EndsWithTheMeshThatItIsBoundTo) {
-    StrokeBench bench(FlatGrid(3));
-    auto other = std::make_unique<StrokeBench>(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
+    auto other = std::make_unique<StrokeFixture>(FlatGrid(3));
     const auto before = BitsOf(bench.Mesh());
     bench.Begin();
     bench.Dab(other->HitFace(4), 0.8f, step);
@@ -219,8 +219,8 @@ TEST(OpenStroke, EndsWithTheMeshThatItIsBoundTo) {
 }
 
 TEST(OpenStroke, ContinuesWhenAMeshItHasLeftIsDestroyed) {
-    StrokeBench bench(FlatGrid(3));
-    auto other = std::make_unique<StrokeBench>(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
+    auto other = std::make_unique<StrokeFixture>(FlatGrid(3));
     const auto before = BitsOf(bench.Mesh());
     bench.Begin();
     for (int visit = 0; visit < 2; ++visit) {
@@ -239,7 +239,7 @@ TEST(OpenStroke, ContinuesWhenAMeshItHasLeftIsDestroyed) {
 }
 
 TEST(OpenStroke, LockIsAvailableToTheNextBrush) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     SwiftStroke next;
     bench.Begin();
     EXPECT_FALSE(bench.Mesh().Lock(&next)) << "a stroke is running";

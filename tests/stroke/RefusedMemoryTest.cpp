@@ -4,7 +4,7 @@
 #include "framework/multires/LevelChange.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
-#include "tests/stamps/StampBench.h"
+#include "tests/stamps/StampFixture.h"
 #include "tests/stroke/FakeMesh.h"
 
 #include <gtest/gtest.h>
@@ -69,7 +69,7 @@ protected:
 
     CallLog log;
     FakeGeometry b{"B", log};
-    StrokeBench a{FlatGrid(3)};
+    StrokeFixture a{FlatGrid(3)};
     SwiftStroke& brush = *a.brush;
 };
 
@@ -126,8 +126,8 @@ TEST_F(RefusedPair, OfTheSecondMeshKeepsTheChangeOfTheFirst) {
 /// Both meshes are real, and the second is larger: its records would not fit into the first one's
 /// storage.
 TEST(RefusedPairOfTwoMeshes, NothingOfTheSecondMeshIsTouched) {
-    StrokeBench a(FlatGrid(2));
-    StrokeBench b(FlatGrid(12));
+    StrokeFixture a(FlatGrid(2));
+    StrokeFixture b(FlatGrid(12));
     const auto bitsOfA = BitsOf(a.Mesh());
     const auto bitsOfB = BitsOf(b.Mesh());
     b.Begin();
@@ -155,21 +155,21 @@ TEST(RefusedPairOfTwoMeshes, NothingOfTheSecondMeshIsTouched) {
 }
 
 /// Begins a stroke that does not reuse the records of the previous one.
-void BeginWithoutRecords(StrokeBench& bench) {
+void BeginWithoutRecords(StrokeFixture& bench) {
     LevelChange::DropSpareMemory();
     bench.Begin();
 }
 
 /// Applies a dab that is refused memory for most of its records.
-void RefuseRecords(StrokeBench& bench, uint32_t face, float radius) {
+void RefuseRecords(StrokeFixture& bench, uint32_t face, float radius) {
     // Memory for seven records: 1 + 3 + 7 of them while the array grows.
     const MemoryLimit limit(11 * sizeof(StoredVertexInfo) + 64);
     ExpectRefusal([&] { bench.Dab(bench.HitFace(face), radius, 0.1f); });
 }
 
 TEST(RefusedRecords, OfAWalkOverTrianglesLeaveNoPendingNormals) {
-    StrokeBench large(FlatTriangles(20));
-    StrokeBench small(FlatTriangles(1));
+    StrokeFixture large(FlatTriangles(20));
+    StrokeFixture small(FlatTriangles(1));
     SwiftStroke& brush = *large.brush;
     BeginWithoutRecords(large);
     const uint32_t stamp = large.Mesh().visitStamp;
@@ -189,7 +189,7 @@ TEST(RefusedRecords, OfAWalkOverTrianglesLeaveNoPendingNormals) {
 }
 
 TEST(RefusedRecords, OfAWalkOverPatchesLeaveNoMarkOfTheNextDab) {
-    StrokeBench bench(FlatGrid(8));
+    StrokeFixture bench(FlatGrid(8));
     BeginWithoutRecords(bench);
     const uint32_t stamp = bench.Mesh().visitStamp;
     RefuseRecords(bench, 36, 3.0f);
@@ -209,7 +209,7 @@ TEST(RefusedRecords, OfAWalkOverPatchesLeaveNoMarkOfTheNextDab) {
 }
 
 TEST(RefusedRecords, OfSmoothReleaseBothGrids) {
-    StrokeBench bench(FlatGrid(8));
+    StrokeFixture bench(FlatGrid(8));
     bench.Activate(Tool::Smooth);
     bench.brush->affectAllLayers.SetValue(false, true);
     BeginWithoutRecords(bench);
@@ -222,7 +222,7 @@ TEST(RefusedRecords, OfSmoothReleaseBothGrids) {
 TEST(Unwinding, FromAPlaneSampleEndsTheSampling) {
     CallLog log;
     FakeGeometry geometry("A", log);
-    StrokeBench bench(FlatGrid(4));
+    StrokeFixture bench(FlatGrid(4));
     bench.Activate(Tool::Flatten);
     bench.brush->directionAttribute.SetValue(1, true);
     SwiftStroke& brush = *bench.brush;
@@ -255,9 +255,9 @@ public:
 };
 
 TEST(Unwinding, FromAnUnreadableStampLeavesNoPartlyReadStamp) {
-    StrokeBench bench(FlatGrid(4));
+    StrokeFixture bench(FlatGrid(4));
     SwiftStroke& brush = *bench.brush;
-    GiveStamp(brush, QStringLiteral("plain"), 1, 1, {1.0f});
+    SetTestStamp(brush, QStringLiteral("plain"), 1, 1, {1.0f});
     auto lost = std::make_shared<LostImage>();
     brush.Settings().stampImage = lost;
     EXPECT_THROW(bench.Begin(), std::runtime_error);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/stroke/FakeMesh.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ public:
 };
 
 TEST(StrokeBegin, CubesTheBuildUpRate) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     for (const auto& [rate, cube] : {std::pair{0.5f, 0.125f}, {1.0f, 1.0f}, {0.0f, 0.0f}}) {
         bench.brush->buildUpRate.SetValue(rate, true);
         bench.Begin();
@@ -38,7 +38,7 @@ TEST(StrokeBegin, CubesTheBuildUpRate) {
 }
 
 TEST(StrokeBegin, SmoothModifierMakesTheWholeStrokeSmooth) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.Activate(Tool::Flatten);
     BrushConfiguration* const flatten = bench.brush->ActiveConfiguration();
     bench.Begin(BrushOperation::ModifierSmooth);
@@ -57,7 +57,7 @@ TEST(StrokeBegin, SmoothModifierMakesTheWholeStrokeSmooth) {
 }
 
 TEST(StrokeBegin, SmoothModifierOnSmoothActivatesNothing) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     auto counting = std::make_unique<CountingBrush>();
     CountingBrush& brush = *counting;
     bench.brush = std::move(counting);
@@ -72,7 +72,7 @@ TEST(StrokeBegin, SmoothModifierOnSmoothActivatesNothing) {
 }
 
 TEST(StrokeBegin, ActivationByTheHostDuringAStrokeCancelsTheToolReturn) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.Activate(Tool::Flatten);
     bench.Begin(BrushOperation::ModifierSmooth);
     bench.brush->SetActiveConfiguration(QStringLiteral("Wax"));
@@ -81,7 +81,7 @@ TEST(StrokeBegin, ActivationByTheHostDuringAStrokeCancelsTheToolReturn) {
 }
 
 TEST(StrokeBegin, InversionNegatesStrengthOrPlaneOrNothing) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     struct Case {
         Tool tool;
         float strength, plane;
@@ -110,7 +110,7 @@ TEST(StrokeBegin, InversionNegatesStrengthOrPlaneOrNothing) {
 }
 
 TEST(StrokeBegin, SmoothModifierWithoutAToolBeginsNothing) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     const auto before = BitsOf(bench.Mesh());
     bench.brush = std::make_unique<SwiftStroke>();
     SwiftStroke& brush = *bench.brush;
@@ -139,7 +139,7 @@ TEST(StrokeBegin, SmoothModifierWithoutAToolBeginsNothing) {
 TEST(StrokeBegin, OtherTriggersReleaseTheMeshAndSculptNothing) {
     CallLog log;
     FakeGeometry geometry("A", log);
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.Activate(Tool::Flatten);
     SwiftStroke& brush = *bench.brush;
     // A binding that was not ended is dropped without being unlocked.
@@ -167,7 +167,7 @@ TEST(StrokeBegin, OtherTriggersReleaseTheMeshAndSculptNothing) {
 TEST(StrokeBegin, MeshScaleDeterminesStrengthAndInverseScale) {
     CallLog log;
     FakeGeometry geometry("A", log);
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     const auto begin = [&](const Vector& scale) {
         geometry.place.scale = scale;
@@ -189,7 +189,7 @@ TEST(StrokeBegin, MeshScaleDeterminesStrengthAndInverseScale) {
 }
 
 TEST(StrokeBegin, MirroredMeshGetsTheSameStepsAsAnUnmirroredOne) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     for (const Vector& scale :
          {Vector(-2.0f, 2.0f, 2.0f), Vector(-2.0f, -2.0f, 2.0f), Vector(-2.0f, -2.0f, -2.0f)}) {
         bench.geometry->Place().Set(scale, {}, {});
@@ -200,7 +200,7 @@ TEST(StrokeBegin, MirroredMeshGetsTheSameStepsAsAnUnmirroredOne) {
 }
 
 TEST(StrokeBegin, WithoutAMeshTheFirstDabBinds) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {});
     bench.Stroke(bench.HitFace(0), 0.5f);
     SwiftStroke& brush = *bench.brush;
@@ -219,7 +219,7 @@ TEST(StrokeBegin, WithoutAMeshTheFirstDabBinds) {
 }
 
 TEST(StrokeBegin, MeshWithZeroScaleAlongAnAxisMovesNothing) {
-    StrokeBench bench(FlatGrid(4));
+    StrokeFixture bench(FlatGrid(4));
     bench.geometry->Place().Set({0.0f, 1.0f, 1.0f}, {}, {});
     const auto before = BitsOf(bench.Mesh());
     bench.Begin();
@@ -232,7 +232,7 @@ TEST(StrokeBegin, MeshWithZeroScaleAlongAnAxisMovesNothing) {
 }
 
 TEST(StrokeBegin, SmoothingDistanceDeterminesTheRefinementInterval) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     brush.useTessellator = true;
     const auto interval = [&](bool on, float distance) {
@@ -264,7 +264,7 @@ TEST(StrokeBegin, SmoothingDistanceDeterminesTheRefinementInterval) {
 }
 
 TEST(StrokeBegin, BorrowsTheFalloffTable) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     brush.setRadius(4.0f);
     bench.Begin();
@@ -278,26 +278,26 @@ TEST(StrokeBegin, BorrowsTheFalloffTable) {
 }
 
 TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
-    const std::function<void(StrokeBench&)> changes[] = {
-        [](StrokeBench& bench) { bench.brush->SetFalloffIndex(0); },
-        [](StrokeBench& bench) {
+    const std::function<void(StrokeFixture&)> changes[] = {
+        [](StrokeFixture& bench) { bench.brush->SetFalloffIndex(0); },
+        [](StrokeFixture& bench) {
             SetFalloffSamples(*bench.brush, {0.0f, 1.0f});
         },
-        [](StrokeBench& bench) {
+        [](StrokeFixture& bench) {
             SetFalloffSamples(*bench.brush, std::vector<float>(3000, 0.75f));
         },
         // The tool's own defaults, and the settings from its last use.
-        [](StrokeBench& bench) { bench.brush->ResetBrushConfiguration(); },
-        [](StrokeBench& bench) {
+        [](StrokeFixture& bench) { bench.brush->ResetBrushConfiguration(); },
+        [](StrokeFixture& bench) {
             bench.brush->SetActiveConfiguration(bench.brush->ActiveConfiguration());
         },
-        [](StrokeBench& bench) {
+        [](StrokeFixture& bench) {
             SwiftStroke other;
             SetFalloffSamples(other, {0.25f, 0.5f, 0.0f});
             static_cast<BrushOperation&>(*bench.brush) = other;
         }};
-    const auto bits = [](const std::function<void(StrokeBench&)>& change) {
-        StrokeBench bench(FlatGrid(16));
+    const auto bits = [](const std::function<void(StrokeFixture&)>& change) {
+        StrokeFixture bench(FlatGrid(16));
         SetFalloffSamples(*bench.brush, {1.0f, 0.9f, 0.4f, 0.2f, 0.0f});
         bench.Begin();
         bench.Dab(bench.HitFace(100), 3.0f);
@@ -312,7 +312,7 @@ TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
         return BitsOf(bench.Mesh());
     };
     const auto expected = bits({});
-    StrokeBench other(FlatGrid(16));
+    StrokeFixture other(FlatGrid(16));
     SetFalloffSamples(*other.brush, {0.6f, 0.7f, 0.8f, 0.9f, 1.0f});
     other.Begin();
     other.Dab(other.HitFace(100), 3.0f);
@@ -323,7 +323,7 @@ TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
 }
 
 TEST(StrokeBegin, EmptyFalloffCountsAsMissing) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SetFalloffSamples(*bench.brush, {});
     const auto before = BitsOf(bench.Mesh());
     bench.Begin();
@@ -336,7 +336,7 @@ TEST(StrokeBegin, EmptyFalloffCountsAsMissing) {
 }
 
 TEST(StrokeBegin, ClearsPlaneStateScratchAndCounter) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     bench.Begin();
     bench.Dab(bench.HitFace(0), 1.0f);
@@ -368,7 +368,7 @@ TEST(StrokeEnd, FinishesChangesInTheOrderOfTheirBinding) {
     CallLog log;
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     const uint32_t versionOfA = a.level.Version();
     brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
@@ -401,7 +401,7 @@ TEST(StrokeEnd, PairsOfAnUnboundStrokeAreClosedByALaterOne) {
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
     b.level.lockable = false;
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     bench.Dab(b.Hit(), 1.0f);
@@ -423,7 +423,7 @@ TEST(StrokeEnd, ErrorOfFinishIsThrownAfterTheStrokeHasEnded) {
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
     a.level.finishThrows = true;
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     bench.Dab(b.Hit(), 1.0f);
@@ -445,7 +445,7 @@ TEST(StrokeEnd, MeshReportsAStrokeExactlyBetweenBeginAndEnd) {
     CallLog log;
     FakeGeometry a("A", log);
     FakeGeometry b("B", log);
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     EXPECT_TRUE(brush.IsStrokeFree());
     brush.BeginStroke(&a.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
@@ -460,7 +460,7 @@ TEST(StrokeEnd, MeshReportsAStrokeExactlyBetweenBeginAndEnd) {
 }
 
 TEST(StrokeEnd, WithoutABindingFinishDoesNothing) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     const uint32_t version = bench.Mesh().Version();
     bench.brush->FinishMesh();
     EXPECT_EQ(bench.Mesh().Version(), version);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -15,7 +15,7 @@ namespace {
 class Sampling : public ::testing::Test {
 protected:
     void Open(unsigned n, unsigned subdivisions = 2) {
-        bench = std::make_unique<StrokeBench>(FlatGrid(n), subdivisions);
+        bench = std::make_unique<StrokeFixture>(FlatGrid(n), subdivisions);
         h = 1.0f / static_cast<float>(1u << subdivisions);
         side = n << subdivisions;
         bench->Begin();
@@ -99,7 +99,7 @@ protected:
 
     double Along(int cells) const { return static_cast<double>(h) * cells; }
 
-    std::unique_ptr<StrokeBench> bench;
+    std::unique_ptr<StrokeFixture> bench;
     float h = 1.0f;
     uint32_t side = 0;
 };
@@ -319,7 +319,7 @@ TEST_F(Sampling, TiltedPlaneIsFoundByBothMethods) {
     const Vector normal = Vector(-0.5f, -0.25f, 1.0f).Normalized();
     const float distance = normal.z * 2.0f;
     for (const bool cross : {true, false}) {
-        StrokeBench slope(tilted, 2);
+        StrokeFixture slope(tilted, 2);
         slope.brush->directionAttribute.SetValue(1, true);
         slope.Begin();
         slope.brush->setUsePatchNormal(cross);
@@ -332,7 +332,7 @@ TEST_F(Sampling, TiltedPlaneIsFoundByBothMethods) {
 }
 
 TEST_F(Sampling, TrianglesAreSampledByTheVertexWalk) {
-    StrokeBench bottom(TriangleStrip(6));
+    StrokeFixture bottom(TriangleStrip(6));
     bottom.Begin();
     SwiftStroke& b = *bottom.brush;
     b.directionAttribute.SetValue(1, true);
@@ -436,7 +436,7 @@ protected:
         bench.End();
         return {first, second};
     }
-    StrokeBench bench;
+    StrokeFixture bench;
 };
 
 TEST_F(PlaneOverAStroke, UpdatedLocalPlaneIsNewAtEachDab) {

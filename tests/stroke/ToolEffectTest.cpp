@@ -2,7 +2,7 @@
 
 /// \file The effect of each tool on a bumpy surface, by the sign of its displacements.
 #include "framework/mesh/LevelPositions.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -102,7 +102,7 @@ protected:
         return sum;
     }
 
-    StrokeBench bench{FlatGrid(8), 2};
+    StrokeFixture bench{FlatGrid(8), 2};
     const float radius = 1.5f;
     uint32_t middle = 0;
     SurfacePoint hit;
@@ -316,7 +316,7 @@ TEST_F(ToolEffect, VertexNormalModeMovesEachVertexAlongItsNormal) {
 TEST_F(ToolEffect, BulgeInflatesASphere) {
     for (const auto& [modifier, sign] :
          {std::pair{BrushOperation::ModifierNone, 1.0f}, {BrushOperation::ModifierInvert, -1.0f}}) {
-        StrokeBench sphere(SphereQuads(3));
+        StrokeFixture sphere(SphereQuads(3));
         sphere.Activate(Tool::Bulge);
         const SurfacePoint point = sphere.HitFace(17);
         std::vector<float> radii;

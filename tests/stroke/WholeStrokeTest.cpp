@@ -4,7 +4,7 @@
 /// and undo and redo restore every bit.
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/meshes/MirrorAtX.h"
 
@@ -61,12 +61,12 @@ std::vector<uint32_t> MovedBetween(const std::vector<VertexBits>& a,
 /// A strength that moves vertices by a fraction of the brush radius, whatever the unit of the
 /// tool's strength.
 float StrengthOf(Tool tool, float radius) {
-    if (TakesStrengthInPercent(tool)) return 60.0f;
+    if (HasStrengthInPercent(tool)) return 60.0f;
     return tool == Tool::Wax ? radius * 4.0f : radius * 0.2f;
 }
 
 /// Four dabs over neighbouring faces with increasing pressure.
-void StrokeOver(StrokeBench& bench,
+void StrokeOver(StrokeFixture& bench,
                 Tool tool,
                 int direction,
                 float radius,
@@ -93,19 +93,19 @@ void StrokeOver(StrokeBench& bench,
 }
 
 /// Undoes all steps since the history was at `position`.
-void UndoTo(StrokeBench& bench, std::size_t position) {
+void UndoTo(StrokeFixture& bench, std::size_t position) {
     UndoHistory& history = bench.geometry->History();
     while (history.Position() > position && history.Undo(*bench.geometry)) {
     }
 }
-void RedoAll(StrokeBench& bench) {
+void RedoAll(StrokeFixture& bench) {
     while (bench.geometry->History().Redo(*bench.geometry)) {
     }
 }
 
 /// Runs a stroke and checks the invariants of every stroke. \return the vertices that it moved.
 std::vector<uint32_t> CheckedStroke(
-    StrokeBench& bench,
+    StrokeFixture& bench,
     Tool tool,
     int direction,
     float radius,
@@ -137,7 +137,7 @@ protected:
         std::size_t movedByAny = 0;
         for (const int direction : {0, 1, 2}) {
             SCOPED_TRACE("direction " + std::to_string(direction));
-            StrokeBench bench(zoo.mesh, subdivisions);
+            StrokeFixture bench(zoo.mesh, subdivisions);
             const float extent = Extent(bench.Mesh());
             Roughen(bench.Mesh(), 0.02f * extent);
             // Large enough to reach the corners of a face of any size.
@@ -185,7 +185,7 @@ TEST_P(WholeStroke, WorksOnMixedPolygons) { Run({"polygons", NgonMix()}, 2); }
 TEST_P(WholeStroke, WorksWithSmallAndLargeBrushes) {
     for (const float share : {0.03f, 0.1f, 0.6f, 3.0f}) {
         SCOPED_TRACE(share);
-        StrokeBench bench(Cube(), 4);
+        StrokeFixture bench(Cube(), 4);
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.003f * extent);
         EXPECT_FALSE(CheckedStroke(bench, tool, 1, share * extent).empty());
@@ -195,7 +195,7 @@ TEST_P(WholeStroke, WorksWithSmallAndLargeBrushes) {
 TEST_P(WholeStroke, MaskedVerticesNeverMove) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 3u}, {Icosahedron(), 0u}, {FlatGrid(3), 2u}}) {
-        StrokeBench bench(mesh, subdivisions);
+        StrokeFixture bench(mesh, subdivisions);
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
         for (uint32_t v = 0; v < bench.Mesh().VertexCount(); v += 2) bench.Mesh().SetFreeze(v, 127);
@@ -213,7 +213,7 @@ TEST_P(WholeStroke, HalfMaskedVerticesMoveLess) {
     if (tool != Tool::Sculpt && tool != Tool::Bulge && tool != Tool::Smear) GTEST_SKIP();
     std::vector<Vector> free;
     for (const uint8_t amount : {uint8_t{0}, uint8_t{64}}) {
-        StrokeBench bench(FlatGrid(4), 2);
+        StrokeFixture bench(FlatGrid(4), 2);
         std::vector<Vector> before;
         for (uint32_t v = 0; v < bench.Mesh().VertexCount(); ++v) {
             bench.Mesh().SetFreeze(v, amount);
@@ -244,7 +244,7 @@ TEST_P(WholeStroke, HalfMaskedVerticesMoveLess) {
 TEST_P(WholeStroke, WorksThroughALayer) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 3u}, {Icosahedron(), 0u}, {Icosahedron(), 2u}, {FlatGrid(3), 2u}}) {
-        StrokeBench bench(mesh, subdivisions);
+        StrokeFixture bench(mesh, subdivisions);
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
         SculptLayer& layer = bench.AddLayer();
@@ -268,7 +268,7 @@ TEST_P(WholeStroke, WorksThroughALayer) {
 TEST_P(WholeStroke, LockedLayerStaysUnchanged) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 2u}, {Icosahedron(), 0u}, {FlatGrid(3), 1u}}) {
-        StrokeBench bench(mesh, subdivisions);
+        StrokeFixture bench(mesh, subdivisions);
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
         SculptLayer& layer = bench.AddLayer();
@@ -284,7 +284,7 @@ TEST_P(WholeStroke, LockedLayerStaysUnchanged) {
 TEST_P(WholeStroke, WorksUnderNonUniformScale) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 3u}, {Icosahedron(), 0u}, {FlatGrid(3), 2u}}) {
-        StrokeBench bench(mesh, subdivisions);
+        StrokeFixture bench(mesh, subdivisions);
         bench.geometry->Place().Set({2.0f, 1.0f, 0.5f}, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
@@ -298,7 +298,7 @@ TEST_P(WholeStroke, WorksUnderAMirroringTransform) {
                                 Vector(-2.0f, 2.0f, 2.0f),
                                 Vector(-1.0f, -0.5f, -2.0f),
                                 Vector(1.0f, -1.0f, -1.0f)}) {
-        StrokeBench bench(Cube(), 3);
+        StrokeFixture bench(Cube(), 3);
         bench.geometry->Place().Set(scale, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
@@ -308,7 +308,7 @@ TEST_P(WholeStroke, WorksUnderAMirroringTransform) {
 
 TEST_P(WholeStroke, WorksWithModifiers) {
     for (const auto modifier : {BrushOperation::ModifierSmooth, BrushOperation::ModifierInvert}) {
-        StrokeBench bench(Cube(), 3);
+        StrokeFixture bench(Cube(), 3);
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
         EXPECT_FALSE(CheckedStroke(bench, tool, 1, 0.4f * extent, modifier).empty());
@@ -319,7 +319,7 @@ TEST_P(WholeStroke, WorksWithModifiers) {
 TEST_P(WholeStroke, MirroredPairsMakeASymmetricShape) {
     // Smooth works in place, row by row, so the result is not exactly symmetric.
     if (tool == Tool::Smooth) GTEST_SKIP();
-    StrokeBench bench(SphereQuads(3));
+    StrokeFixture bench(SphereQuads(3));
     LevelMesh& mesh = bench.Mesh();
     std::vector<uint32_t> image(mesh.VertexCount());
     for (uint32_t v = 0; v < image.size(); ++v) {
@@ -382,7 +382,7 @@ TEST_P(WholeStroke, MirroredPairsMakeASymmetricShape) {
 TEST_P(WholeStroke, RepeatsBitExactly) {
     std::vector<VertexBits> first;
     for (int run = 0; run < 2; ++run) {
-        StrokeBench bench(SteppedBox(), 3);
+        StrokeFixture bench(SteppedBox(), 3);
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
         StrokeOver(bench, tool, 1, 0.3f * extent);
@@ -394,7 +394,7 @@ TEST_P(WholeStroke, RepeatsBitExactly) {
 }
 
 TEST(LayerSmoothing, ChangesOnlyTheOffsetsOfTheLayer) {
-    StrokeBench bench(FlatGrid(3), 3);
+    StrokeFixture bench(FlatGrid(3), 3);
     Roughen(bench.Mesh(), 0.05f);
     SculptLayer& layer = bench.AddLayer();
     // One vertex of the layer is raised by itself.
@@ -419,7 +419,7 @@ TEST(LayerSmoothing, ChangesOnlyTheOffsetsOfTheLayer) {
 
 TEST(LayerSmoothing, WithoutALayerActsOnPositions) {
     for (const int direction : {0, 2}) {
-        StrokeBench bench(SteppedBox(), 2);
+        StrokeFixture bench(SteppedBox(), 2);
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.05f * extent);
         bench.Activate(Tool::Smooth);
@@ -435,7 +435,7 @@ TEST(LayerSmoothing, WithoutALayerActsOnPositions) {
 }
 
 TEST(LayerSmoothing, VertexNormalDirectionOnALayerStaysFinite) {
-    StrokeBench bench(SteppedBox(), 2);
+    StrokeFixture bench(SteppedBox(), 2);
     const float extent = Extent(bench.Mesh());
     Roughen(bench.Mesh(), 0.05f * extent);
     bench.AddLayer();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "topology/Grid.h"
 
@@ -14,7 +14,7 @@ namespace {
 /// one.
 class FlatPatches : public ::testing::Test {
 protected:
-    StrokeBench bench{FlatGrid(3), 2};
+    StrokeFixture bench{FlatGrid(3), 2};
     LevelMesh* mesh = &bench.Mesh();
     static constexpr uint32_t middle = 4;
 };
@@ -87,7 +87,7 @@ TEST_F(FlatPatches, OpenBorderStepIsNoOp) {
 }
 
 TEST(Grid, LevelZeroMakesEveryStepCrossAPatch) {
-    StrokeBench bench(FlatGrid(5));
+    StrokeFixture bench(FlatGrid(5));
     GridFace cursor(&bench.Mesh(), 12, 0, 0, 0, 0);
     EXPECT_EQ(cursor.size, 1u);
     cursor.Step(1);
@@ -176,7 +176,7 @@ TEST_F(FlatPatches, InvalidDirectionOrRotationIsAnError) {
 TEST(Grid, WalksAroundEveryMeshReturnOrStopAtABorder) {
     for (const ZooMesh& entry : QuadMeshes()) {
         SCOPED_TRACE(entry.name);
-        StrokeBench bench(entry.mesh, 2);
+        StrokeFixture bench(entry.mesh, 2);
         LevelMesh& mesh = bench.Mesh();
         for (uint32_t patch = 0; patch < bench.geometry->Level(1)->faceCount; ++patch) {
             for (uint32_t rotation = 0; rotation < 4; ++rotation) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ void Roughen(LevelMesh& mesh, unsigned seed) {
 /// Puts a bench's brush into the state of a dab on patches of level `patchMeshLevel`, with grids.
 class HaloState {
 public:
-    HaloState(StrokeBench& bench, uint32_t patchMeshLevel, bool smooth, bool allLayers)
+    HaloState(StrokeFixture& bench, uint32_t patchMeshLevel, bool smooth, bool allLayers)
         : brush(*bench.brush), mesh(bench.Mesh()) {
         bench.Activate(smooth ? Tool::Smooth : Tool::Sculpt);
         brush.affectAllLayers.SetValue(allLayers, true);
@@ -57,7 +57,7 @@ public:
 };
 
 TEST(PatchHalo, GhostCellsHaveTheVertexOneStepAcrossEachSide) {
-    StrokeBench bench(FlatGrid(3), 2);
+    StrokeFixture bench(FlatGrid(3), 2);
     HaloState state(bench, 0, false, true);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
     // Patch 4 covers 1..2 in x and y with cells of a quarter.
@@ -71,7 +71,7 @@ TEST(PatchHalo, GhostCellsHaveTheVertexOneStepAcrossEachSide) {
 }
 
 TEST(PatchHalo, OutermostCornersAreNeverWritten) {
-    StrokeBench bench(FlatGrid(3), 2);
+    StrokeFixture bench(FlatGrid(3), 2);
     HaloState state(bench, 0, true, true);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
     for (const uint32_t row : {0u, 6u})
@@ -80,14 +80,14 @@ TEST(PatchHalo, OutermostCornersAreNeverWritten) {
 }
 
 TEST(PatchHalo, OtherToolsDoNotReadThePatchItself) {
-    StrokeBench bench(FlatGrid(3), 1);
+    StrokeFixture bench(FlatGrid(3), 1);
     HaloState state(bench, 0, false, true);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
     EXPECT_EQ(state.Cell(1, 1), Vector(-777.0f, -777.0f, -777.0f));
 }
 
 TEST(PatchHalo, OpenBorderRepeatsTheEdgeOfThePatch) {
-    StrokeBench bench(FlatGrid(1), 2);
+    StrokeFixture bench(FlatGrid(1), 2);
     Roughen(bench.Mesh(), 5);
     HaloState state(bench, 0, true, true);
     state.brush.FillPatchHalo(state.brush.patchMesh, 0);
@@ -100,7 +100,7 @@ TEST(PatchHalo, OpenBorderRepeatsTheEdgeOfThePatch) {
 }
 
 TEST(PatchHalo, PatchLevelZeroUsesTheFourMiddleCells) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     HaloState state(bench, 0, true, true);
     EXPECT_EQ(state.brush.gridStride, 4u);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
@@ -131,7 +131,7 @@ std::set<uint32_t> NeighboursByBruteForce(const LevelMesh& mesh, uint32_t vertex
 TEST(PatchHalo, GhostVerticesAreNeighboursAcrossTheSideOnEveryMesh) {
     for (const ZooMesh& entry : QuadMeshes()) {
         SCOPED_TRACE(entry.name);
-        StrokeBench bench(entry.mesh, 3);
+        StrokeFixture bench(entry.mesh, 3);
         Roughen(bench.Mesh(), 11);
         HaloState state(bench, 1, true, true);
         LevelMesh& patches = *bench.geometry->Level(1);
@@ -163,7 +163,7 @@ TEST(PatchHalo, FiveCellMeanAtCornersIsTheTrueRingMeanForAnyValence) {
     std::set<std::size_t> valences;
     for (const ZooMesh& entry : QuadMeshes()) {
         SCOPED_TRACE(entry.name);
-        StrokeBench bench(entry.mesh, 2);
+        StrokeFixture bench(entry.mesh, 2);
         Roughen(bench.Mesh(), 3);
         HaloState state(bench, 0, true, true);
         LevelMesh& patches = *bench.geometry->Level(0);
@@ -201,7 +201,7 @@ TEST(PatchHalo, FiveCellMeanAtCornersIsTheTrueRingMeanForAnyValence) {
 }
 
 TEST(PatchHalo, RestoredCornersAreTheCellsBeforeTheCorrection) {
-    StrokeBench bench(FlatGrid(3), 2);
+    StrokeFixture bench(FlatGrid(3), 2);
     Roughen(bench.Mesh(), 9);
     HaloState state(bench, 0, true, true);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
@@ -216,7 +216,7 @@ TEST(PatchHalo, RestoredCornersAreTheCellsBeforeTheCorrection) {
 }
 
 TEST(PatchHalo, RegularInteriorCornerUsesThePlainMean) {
-    StrokeBench bench(FlatGrid(3), 1);
+    StrokeFixture bench(FlatGrid(3), 1);
     HaloState state(bench, 0, true, true);
     Vector mean;
     const uint32_t corner = state.PatchVertex(4, 0, 0);
@@ -226,7 +226,7 @@ TEST(PatchHalo, RegularInteriorCornerUsesThePlainMean) {
 }
 
 TEST(PatchHalo, ReadingLayerGhostCellsMakesRecordsOfTheirVertices) {
-    StrokeBench bench(FlatGrid(3), 1);
+    StrokeFixture bench(FlatGrid(3), 1);
     SculptLayer& layer = bench.AddLayer();
     HaloState state(bench, 0, true, false);
     const auto [slot, offset] = std::pair{layer.SlotOf(0), Vector(0.0f, 0.0f, 0.25f)};
@@ -244,7 +244,7 @@ TEST(PatchHalo, ReadingLayerGhostCellsMakesRecordsOfTheirVertices) {
 TEST(PatchHalo, SmoothAtACornerOfAnyValenceMovesTowardsItsNeighbours) {
     for (unsigned valence = 3; valence <= 8; ++valence) {
         SCOPED_TRACE(valence);
-        StrokeBench bench(ValenceFan(valence), 2);
+        StrokeFixture bench(ValenceFan(valence), 2);
         LevelMesh& mesh = bench.Mesh();
         // The fan's centre is vertex 0 at every level; move it out of the surface.
         Vector centre = mesh.Position(0);
@@ -267,7 +267,7 @@ TEST(PatchHalo, SmoothAtACornerOfAnyValenceMovesTowardsItsNeighbours) {
 }
 
 TEST(PatchNormals, SeamVerticesGetTheNormalOfTheSurface) {
-    StrokeBench bench(FlatGrid(4), 2);
+    StrokeFixture bench(FlatGrid(4), 2);
     LevelMesh& mesh = bench.Mesh();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
         const Vector p = mesh.Position(v);
@@ -284,7 +284,7 @@ TEST(PatchNormals, SeamVerticesGetTheNormalOfTheSurface) {
 }
 
 TEST(PatchNormals, FourthWordIsNotWritten) {
-    StrokeBench bench(FlatGrid(3), 1);
+    StrokeFixture bench(FlatGrid(3), 1);
     LevelMesh& mesh = bench.Mesh();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
         mesh.vertexNormals.array[v].reserved = static_cast<int16_t>(v + 1);

@@ -3,7 +3,7 @@
 /// \file The table of the faces around each face, its lifetime as a node, and the notifications of
 /// renderers.
 #include "framework/nodes/SceneStream.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"
 #include "topology/PatchMap.h"
@@ -50,7 +50,7 @@ TEST(PatchMapTable, HasTheFacesAroundAllFourCornersOnEveryMesh) {
     for (const ZooMesh& zoo : QuadMeshes()) {
         for (const unsigned subdivisions : {0u, 1u, 2u}) {
             SCOPED_TRACE(zoo.name);
-            StrokeBench bench(zoo.mesh, subdivisions);
+            StrokeFixture bench(zoo.mesh, subdivisions);
             LevelMesh& mesh = bench.Mesh();
             const PatchMap& map = LinkMap(mesh);
             ASSERT_EQ(map.neighbourFaces.fill, mesh.faceCount * 10);
@@ -67,7 +67,7 @@ TEST(PatchMapTable, HasTheFacesAroundAllFourCornersOnEveryMesh) {
 }
 
 TEST(PatchMapTable, EmptyEntriesAreAtTheEndOfARow) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     const PatchMap& map = LinkMap(bench.Mesh());
     const std::size_t lengths[9] = {4, 6, 4, 6, 9, 6, 4, 6, 4};
     for (uint32_t f = 0; f < 9; ++f) {
@@ -78,14 +78,14 @@ TEST(PatchMapTable, EmptyEntriesAreAtTheEndOfARow) {
 }
 
 TEST(PatchMapTable, HasTheFaceItself) {
-    StrokeBench bench(SingleQuad());
+    StrokeFixture bench(SingleQuad());
     const PatchMap& map = LinkMap(bench.Mesh());
     EXPECT_EQ(Filled(map, 0), std::vector<uint32_t>{0});
 }
 
 TEST(PatchMapTable, EleventhFaceIsDropped) {
     // Twelve faces meet at vertex 0.
-    StrokeBench bench(ValenceFan(12));
+    StrokeFixture bench(ValenceFan(12));
     const PatchMap& map = LinkMap(bench.Mesh());
     for (uint32_t f = 0; f < 12; ++f) {
         EXPECT_EQ(FacesTouching(bench.Mesh(), f).size(), 12u);
@@ -118,7 +118,7 @@ TEST(PatchMapTable, VisitorStoresDistinctFacesInTheCurrentRow) {
 }
 
 TEST(PatchMapTable, AllocatesExactlyTheNeededSize) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     auto* map = new PatchMap;
     for (uint32_t i = 0; i < 5; ++i) map->neighbourFaces.Append(i);
     ASSERT_EQ(map->neighbourFaces.capacity, 7u);
@@ -129,8 +129,8 @@ TEST(PatchMapTable, AllocatesExactlyTheNeededSize) {
 }
 
 TEST(PatchMapTable, LargerTableKeepsItsArrayAndIsRebuilt) {
-    StrokeBench large(FlatGrid(3));
-    StrokeBench small(FlatGrid(2));
+    StrokeFixture large(FlatGrid(3));
+    StrokeFixture small(FlatGrid(2));
     PatchMap& map = LinkMap(large.Mesh());
     const uint32_t* const array = map.neighbourFaces.array;
     EXPECT_EQ(map.neighbourFaces.capacity, 90u);
@@ -152,7 +152,7 @@ TEST(PatchMapNode, WithoutAParentKeepsItsTable) {
 }
 
 TEST(PatchMapNode, LeavingItsMeshKeepsTheTable) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     PatchMap& map = LinkMap(bench.Mesh());
     const std::vector<uint32_t> row = Row(map, 3);
     bench.Mesh().RemoveChild(&map);
@@ -201,7 +201,7 @@ TEST(PatchMapNode, ClassHasItsNamesAndCreatesOneOrManyNodes) {
 }
 
 TEST(PatchMapInAScene, TableIsRestoredAsSaved) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     PatchMap& map = LinkMap(bench.Mesh());
     map.neighbourFaces[7] = 12345;
     map.currentFace = 6;
@@ -221,7 +221,7 @@ TEST(PatchMapInAScene, TableIsRestoredAsSaved) {
 }
 
 TEST(PatchMapInAScene, FormatsBelow328HaveNoTable) {
-    StrokeBench bench(FlatGrid(3));
+    StrokeFixture bench(FlatGrid(3));
     PatchMap& map = LinkMap(bench.Mesh());
     for (const uint32_t format : {0u, 327u, 328u, 329u}) {
         SceneStream out(format);
@@ -235,7 +235,7 @@ TEST(PatchMapInAScene, FormatsBelow328HaveNoTable) {
 }
 
 TEST(PatchMapInAScene, NodeOfAnOldSceneIsReplacedByANewOne) {
-    StrokeBench bench(FlatGrid(3), 2);
+    StrokeFixture bench(FlatGrid(3), 2);
     LevelMesh& lowest = *bench.geometry->Level(0);
     SceneStream out(327);
     PatchMap saved;
@@ -258,7 +258,7 @@ TEST(PatchMapInAScene, NodeOfAnOldSceneIsReplacedByANewOne) {
 }
 
 TEST(PatchMapInAScene, TableOfANewSceneIsUsed) {
-    StrokeBench bench(FlatGrid(3), 1);
+    StrokeFixture bench(FlatGrid(3), 1);
     PatchMap& map = LinkMap(*bench.geometry->Level(0));
     map.neighbourFaces[11] = 77;
     map.neighbourFaces.fill = 20;
@@ -274,7 +274,7 @@ TEST(PatchMapInAScene, LevelWithoutFacesKeepsAnEmptyTable) {
     FakeGeometry geometry("A", log);
     geometry.level.meshType = 1;
     geometry.level.faceCount = 0;
-    StrokeBench bench(FlatGrid(1));
+    StrokeFixture bench(FlatGrid(1));
     SwiftStroke& brush = *bench.brush;
     brush.SetMesh(&geometry.level);
     ASSERT_NE(brush.patchMap, nullptr);
@@ -285,7 +285,7 @@ TEST(PatchMapInAScene, LevelWithoutFacesKeepsAnEmptyTable) {
 }
 
 /// The notifications of renderers for one patch.
-std::vector<RecordingRenderer::Notice> NoticesOf(StrokeBench& bench,
+std::vector<RecordingRenderer::Notice> NoticesOf(StrokeFixture& bench,
                                                  uint32_t patchLevelNumber,
                                                  uint32_t patch) {
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
@@ -300,7 +300,7 @@ std::vector<RecordingRenderer::Notice> NoticesOf(StrokeBench& bench,
 }
 
 /// The patch's first face, followed by the first faces under the row of the map.
-std::vector<RecordingRenderer::Notice> Expected(const StrokeBench& bench,
+std::vector<RecordingRenderer::Notice> Expected(const StrokeFixture& bench,
                                                 uint32_t firstFace,
                                                 uint32_t row,
                                                 uint32_t facesPerMapFace) {
@@ -314,17 +314,17 @@ std::vector<RecordingRenderer::Notice> Expected(const StrokeBench& bench,
 
 TEST(PatchMapNotices, ReportTheFirstFaceUnderEachFaceOfTheRow) {
     // Patch 22 of level 1 is in face 5 of the base; a base face has 64 faces of level 3.
-    StrokeBench bench(FlatGrid(3), 3);
+    StrokeFixture bench(FlatGrid(3), 3);
     const auto notices = NoticesOf(bench, 1, 22);
     EXPECT_EQ(notices, Expected(bench, 22 * 16, 5, 64));
     EXPECT_EQ(notices.size(), 7u);
 }
 
 TEST(PatchMapNotices, PatchesOfTheBaseAndOfTheBoundLevelUseTheirRows) {
-    StrokeBench base(FlatGrid(3), 2);
+    StrokeFixture base(FlatGrid(3), 2);
     const auto ofBase = NoticesOf(base, 0, 4);
     EXPECT_EQ(ofBase, Expected(base, 4 * 16, 4, 16));
-    StrokeBench bound(FlatGrid(3), 2);
+    StrokeFixture bound(FlatGrid(3), 2);
     const auto ofBound = NoticesOf(bound, 2, 4 * 16 + 13);
     EXPECT_EQ(ofBound, Expected(bound, 4 * 16 + 13, 4, 16));
 }
@@ -332,7 +332,7 @@ TEST(PatchMapNotices, PatchesOfTheBaseAndOfTheBoundLevelUseTheirRows) {
 TEST(PatchMapNotices, MapOverTrianglesUsesTheRowOfTheLevelsFaceIndex) {
     // The map is a child of level 1, whose faces each have 16 faces of level 3. A patch of level 2
     // counts as if level 0 had quads: index 37 / 4 / 4.
-    StrokeBench bench(Icosahedron(), 3);
+    StrokeFixture bench(Icosahedron(), 3);
     const auto notices = NoticesOf(bench, 2, 37);
     ASSERT_EQ(bench.brush->patchMapMesh, bench.geometry->Level(1));
     EXPECT_EQ(notices, Expected(bench, 37 * 4, 2, 16));
@@ -340,7 +340,7 @@ TEST(PatchMapNotices, MapOverTrianglesUsesTheRowOfTheLevelsFaceIndex) {
 }
 
 TEST(PatchMapNotices, WithoutAMapThePatchItselfIsStillReported) {
-    StrokeBench bench(FlatGrid(3), 1);
+    StrokeFixture bench(FlatGrid(3), 1);
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     SwiftStroke& brush = *bench.brush;
     bench.Begin();
@@ -360,7 +360,7 @@ TEST(PatchMapNotices, WithoutAMapThePatchItselfIsStillReported) {
 }
 
 TEST(PatchMapNotices, EveryRendererReceivesThemInOrder) {
-    StrokeBench bench(FlatGrid(2), 1);
+    StrokeFixture bench(FlatGrid(2), 1);
     RecordingRenderer& first = bench.AddRenderer(1.0f);
     const auto second = NoticesOf(bench, 0, 3);
     EXPECT_EQ(first.notices, second);
@@ -368,7 +368,7 @@ TEST(PatchMapNotices, EveryRendererReceivesThemInOrder) {
 }
 
 TEST(PatchMapNotices, NeighboursBeyondTheTenthAreNotReported) {
-    StrokeBench bench(ValenceFan(12));
+    StrokeFixture bench(ValenceFan(12));
     const auto notices = NoticesOf(bench, 0, 0);
     EXPECT_EQ(notices.size(), 11u);
     EXPECT_EQ(notices, Expected(bench, 0, 0, 1));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/Registration.h"
-#include "tests/fixture/StrokeBench.h"
+#include "tests/fixture/StrokeFixture.h"
 #include "topology/NormalCalculator.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ protected:
     /// Vertex (column, row) of the grid.
     static uint32_t At(uint32_t column, uint32_t row) { return row * 5 + column; }
 
-    StrokeBench bench{FlatGrid(4)};
+    StrokeFixture bench{FlatGrid(4)};
     SwiftStroke& brush = *bench.brush;
     LevelMesh& mesh = bench.Mesh();
 };
@@ -137,7 +137,7 @@ TEST(NormalCalculator, GivesTheUnnormalisedMeanOfUnitFaceNormals) {
     folded.positions = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 1}, {1, 1, 1}};
     folded.faceSizes = {4, 4};
     folded.faceVertices = {0, 1, 2, 3, 1, 4, 5, 2};
-    StrokeBench bench(folded);
+    StrokeFixture bench(folded);
     NormalCalculator calculator(&bench.Mesh());
     Vector normal;
     calculator.Calculate(normal, 0, 0);
@@ -151,7 +151,7 @@ TEST(NormalCalculator, GivesTheUnnormalisedMeanOfUnitFaceNormals) {
 }
 
 TEST(DeferredNormals, VertexListedTwiceIsComputedTwiceWithTheSameResult) {
-    StrokeBench bench(FlatGrid(2));
+    StrokeFixture bench(FlatGrid(2));
     SwiftStroke& brush = *bench.brush;
     bench.Begin();
     brush.patchMesh = &bench.Mesh();

@@ -6,7 +6,7 @@
 #include "tests/fixture/Triangles.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/meshes/MirrorAtX.h"
-#include "tests/topology/DoublePlace.h"
+#include "tests/topology/DoublePosition.h"
 
 #include <gtest/gtest.h>
 
@@ -61,7 +61,7 @@ Triple MeanFaceNormal(const LevelMesh& mesh, uint32_t vertex) {
 }
 
 TEST(TriangleDab, WeightDependsOnDistanceAndFalloff) {
-    StrokeBench bench(RoundTriangles());
+    StrokeFixture bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     bench.Activate(Tool::Sculpt, 3);
     bench.brush->directionAttribute.SetValue(7, true);
@@ -97,7 +97,7 @@ TEST(TriangleDab, WeightDependsOnDistanceAndFalloff) {
 }
 
 TEST(TriangleDab, UpdatesTheNormalsOfAllReportedVertices) {
-    StrokeBench bench(RoundTriangles());
+    StrokeFixture bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     const auto before = BitsOf(mesh);
     bench.Activate(Tool::Sculpt, 2);
@@ -129,7 +129,7 @@ TEST(TriangleDab, UpdatesTheNormalsOfAllReportedVertices) {
 }
 
 TEST(TriangleDab, SmoothWorksInPlaceInTheOrderOfTheWalk) {
-    StrokeBench bench(RoundTriangles());
+    StrokeFixture bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     uint32_t seed = 7;
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
@@ -167,7 +167,7 @@ TEST(TriangleDab, SmoothWorksInPlaceInTheOrderOfTheWalk) {
 }
 
 TEST(TriangleDab, PinchMovesATenthOfTheDistanceForAWeightOfOne) {
-    StrokeBench bench(RoundTriangles());
+    StrokeFixture bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     bench.Activate(Tool::Pinch);
     const SurfacePoint hit = bench.HitVertex(5);
@@ -184,7 +184,7 @@ TEST(TriangleDab, PinchMovesATenthOfTheDistanceForAWeightOfOne) {
 }
 
 TEST(TriangleDab, MeasuresInWorldSpaceUnderNonUniformScale) {
-    StrokeBench bench(RoundTriangles());
+    StrokeFixture bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     const Triple scale = {2.0, 1.0, 0.5};
     bench.geometry->Place().Set({2.0f, 1.0f, 0.5f}, {}, {});
@@ -214,7 +214,7 @@ class TrianglesByEachTool : public ::testing::TestWithParam<std::size_t> {
 protected:
     /// Runs a mirrored stroke of three dabs with every influence enabled.
     void Run(const PolygonMesh& polygons, bool withLayer, BrushOperation::Modifier modifier) {
-        StrokeBench bench(polygons);
+        StrokeFixture bench(polygons);
         SwiftStroke& brush = *bench.brush;
         LevelMesh& mesh = bench.Mesh();
         std::vector<VertexAuxiliary> auxiliary(mesh.VertexCount());

@@ -5,7 +5,7 @@
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
 #include "tests/meshes/MeshZoo.h"
-#include "tests/topology/DoublePlace.h"
+#include "tests/topology/DoublePosition.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ namespace {
 class VertexKernel : public ::testing::Test {
 protected:
     void Open(const PolygonMesh& polygons, Tool tool = Tool::Sculpt) {
-        bench = std::make_unique<StrokeBench>(polygons);
+        bench = std::make_unique<StrokeFixture>(polygons);
         bench->Activate(tool);
     }
     void Begin() {
@@ -59,7 +59,7 @@ protected:
     SwiftStroke& Brush() { return *bench->brush; }
     LevelMesh& Mesh() { return bench->Mesh(); }
 
-    std::unique_ptr<StrokeBench> bench;
+    std::unique_ptr<StrokeFixture> bench;
 };
 
 TEST_F(VertexKernel, PlaneSamplingWalkMovesNothing) {

@@ -7,7 +7,7 @@
 #include "framework/trace/MeshState.h"
 #include "tests/random/RandomNumbers.h"
 #include "tests/trace/NpyArray.h"
-#include "tests/trace/TraceBench.h"
+#include "tests/trace/TraceFixture.h"
 
 #include <algorithm>
 #include <array>
@@ -178,7 +178,7 @@ void ExpectSame(State reader, State truth, const std::string& what) {
     EXPECT_EQ(reader.size(), truth.size()) << what;
 }
 
-class HostChange : public TraceBench {
+class HostChange : public TraceFixture {
 protected:
     /// Runs steps one by one, skipping those that the mesh does not allow, and then follows the
     /// trace.
@@ -557,7 +557,7 @@ TEST_F(HostChange, RandomScriptsAreFollowed) {
     std::set<std::string> reasons;
     std::size_t settled = 0;
     // Run more scripts after a change of the traced data, by setting the variable.
-    const uint32_t scripts = WantedCount("TROVIK_RANDOM_TRACES", 12);
+    const uint32_t scripts = CountFromEnvironment("TROVIK_RANDOM_TRACES", 12);
     for (uint32_t seed = 1; seed <= scripts; ++seed) {
         SCOPED_TRACE("script " + std::to_string(seed));
         RandomNumbers random(seed);

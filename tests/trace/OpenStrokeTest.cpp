@@ -3,12 +3,12 @@
 /// \file Strokes that a script leaves open.
 #include "framework/errors/HostError.h"
 #include "tests/trace/NpyArray.h"
-#include "tests/trace/TraceBench.h"
+#include "tests/trace/TraceFixture.h"
 
 namespace trovik::test {
 namespace {
 
-class OpenStroke : public TraceBench {
+class OpenStroke : public TraceFixture {
 protected:
     OpenStroke() { setUp = "\"levels\": 2, "; }
 

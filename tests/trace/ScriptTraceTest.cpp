@@ -7,7 +7,7 @@
 #include "framework/memory/MemoryAccount.h"
 #include "framework/multires/LevelChange.h"
 #include "tests/trace/NpyArray.h"
-#include "tests/trace/TraceBench.h"
+#include "tests/trace/TraceFixture.h"
 
 #include <algorithm>
 #include <limits>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* oneDab = R"({"stroke": {"dabs": [{"face": 0, "radius": 0.5}]}})";
 
-class ScriptTrace : public TraceBench {};
+class ScriptTrace : public TraceFixture {};
 
 TEST_F(ScriptTrace, BeginsWithTheToolAndHasEveryCallInOrder) {
     Run(std::string(R"({"tool": "Flatten"}, )") + oneDab, "\"levels\": 2, ");

@@ -4,13 +4,13 @@
 /// script produces.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
-#include "framework/mesh/NoticeRenderer.h"
+#include "framework/mesh/NotificationRecorder.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/trace/TraceRecorder.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/trace/NpyArray.h"
-#include "tests/trace/TraceBench.h"
+#include "tests/trace/TraceFixture.h"
 
 #include <functional>
 
@@ -250,8 +250,8 @@ TEST_F(TraceRecorderTest, BoundMeshIsTheOneThatTheBrushHasLocked) {
 }
 
 TEST_F(TraceRecorderTest, NoticesAreThoseOfTheBoundMeshByRenderer) {
-    auto* every = new NoticeRenderer(0.0f);
-    auto* some = new NoticeRenderer(2.5f);
+    auto* every = new NotificationRecorder(0.0f);
+    auto* some = new NotificationRecorder(2.5f);
     first.Bound()->AddChild(every);
     first.Bound()->AddChild(some);
     brush.work = [&](const SurfacePoint& hit, AxisAlignedBoundingBox&) {

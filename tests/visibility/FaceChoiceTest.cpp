@@ -127,7 +127,7 @@ TEST(FaceChoiceTest, ViewSelectsVisibleFacesWithAllCornersInside) {
     const ViewBox box{{90.0f, 90.0f}, {310.0f, 310.0f}};
     const auto choose = [&](ViewReach reach) {
         return Numbers(FacesInView(
-            geometry, tree, ViewOnGrid(), reach, [&](const ViewPlace& p) { return box.Holds(p); }));
+            geometry, tree, ViewOnGrid(), reach, [&](const ViewPoint& p) { return box.Holds(p); }));
     };
     const Set inFront = {5, 6, 9, 10};
     Set both = inFront;

@@ -76,7 +76,7 @@ TEST(HiddenExport, HasOnlyVisibleFacesAndTheirData) {
             if (geometry.Bound()->faceCount > 30000) break;
             std::mt19937 random(index);
             Change(geometry, VisibilityChange::ShowAll);
-            FaceChoice chosen = DrawnChoice(*geometry.Bound(), random, 40);
+            FaceChoice chosen = RandomChoice(*geometry.Bound(), random, 40);
             chosen.back() = 0;
             Change(geometry, VisibilityChange::Hide, chosen);
             const LevelMesh& level = *geometry.Bound();

@@ -71,7 +71,7 @@ TEST(HiddenLevels, OtherLevelsAreBoundWithoutChange) {
     geometry.Subdivide();
     geometry.Subdivide();
     std::mt19937 random(3);
-    Change(geometry, VisibilityChange::Hide, DrawnChoice(*geometry.Bound(), random, 40));
+    Change(geometry, VisibilityChange::Hide, RandomChoice(*geometry.Bound(), random, 40));
     const std::string before = StateOfAll(geometry);
     for (const uint32_t level : {1u, 0u, 2u}) geometry.BindLevel(level);
     EXPECT_EQ(StateOfAll(geometry), before);
@@ -123,7 +123,7 @@ TEST(HiddenLevels, MasksOfHiddenVerticesAreKept) {
     std::vector<uint8_t> amounts(level.VertexCount());
     for (uint32_t v = 0; v < amounts.size(); ++v) level.SetFreeze(v, amounts[v] = v * 37 % 128);
     std::mt19937 random(4);
-    Change(geometry, VisibilityChange::Hide, DrawnChoice(level, random, 50));
+    Change(geometry, VisibilityChange::Hide, RandomChoice(level, random, 50));
     ASSERT_GT(level.HiddenVertexCount(), 0u);
     EXPECT_EQ(FreezeAmounts(level), amounts);
     // A mask operation skips them.
@@ -150,7 +150,7 @@ TEST(HiddenLevels, MasksAreCarriedBetweenLevelsAsWithoutHiddenFaces) {
         geometry->Subdivide();
         if (geometry == &hidden) {
             std::mt19937 random(6);
-            Change(*geometry, VisibilityChange::Hide, DrawnChoice(*geometry->Bound(), random, 50));
+            Change(*geometry, VisibilityChange::Hide, RandomChoice(*geometry->Bound(), random, 50));
         }
         for (const uint32_t level : {2u, 0u, 1u, 2u, 1u}) {
             geometry->BindLevel(level);
@@ -169,7 +169,7 @@ TEST(HiddenLevels, UnsubdivideDerivesHiddenFacesOfTheBase) {
     fine.Subdivide();
     LevelMesh& level = *fine.Bound();
     std::mt19937 random(12);
-    Change(fine, VisibilityChange::Hide, DrawnChoice(level, random, 60));
+    Change(fine, VisibilityChange::Hide, RandomChoice(level, random, 60));
     // By position, since faces are renumbered.
     const auto middles = [](const LevelMesh& of) {
         std::vector<std::array<float, 3>> list;
@@ -239,7 +239,7 @@ TEST(HiddenLevels, RandomSequencesAreUndoneAndRedoneBitExactly) {
                     break;
                 case 5:
                     push(ChangeVisibilityAsStep(
-                        geometry, VisibilityChange::Show, DrawnChoice(level, random, 40)));
+                        geometry, VisibilityChange::Show, RandomChoice(level, random, 40)));
                     break;
                 case 6:
                     try {
@@ -250,7 +250,7 @@ TEST(HiddenLevels, RandomSequencesAreUndoneAndRedoneBitExactly) {
                     break;
                 default:
                     push(ChangeVisibilityAsStep(
-                        geometry, VisibilityChange::Hide, DrawnChoice(level, random, 30)));
+                        geometry, VisibilityChange::Hide, RandomChoice(level, random, 30)));
             }
             ExpectConsistent(geometry);
             if (testing::Test::HasFatalFailure()) return;

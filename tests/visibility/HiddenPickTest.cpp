@@ -47,7 +47,7 @@ TEST(HiddenPick, RaysAndNearestPointsIgnoreHiddenFaces) {
             for (const VisibilityChange change :
                  {VisibilityChange::Hide, VisibilityChange::Invert, VisibilityChange::Show}) {
                 auto step = ChangeVisibilityAsStep(
-                    geometry, change, DrawnChoice(*geometry.Bound(), random, 40));
+                    geometry, change, RandomChoice(*geometry.Bound(), random, 40));
                 if (step == nullptr) continue;
                 ExpectLikeBruteForce(*geometry.Bound(), refitted, 5 + level);
                 ExpectLikeBruteForce(*geometry.Bound(), PatchTree(geometry.Bound()), 6 + level);

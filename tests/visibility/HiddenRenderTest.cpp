@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/pictures/SpherePicture.h"
+#include "tests/pictures/SphereRender.h"
 #include "tests/visibility/VisibilityState.h"
 
 namespace trovik::test {
@@ -18,14 +18,14 @@ void HideHalf(LevelGeometry& geometry) {
     Change(geometry, VisibilityChange::Hide, chosen);
 }
 
-class HiddenRender : public SpherePicture {};
+class HiddenRender : public SphereRender {};
 
 TEST_F(HiddenRender, HiddenFacesAreInvisibleAndCastNoShadow) {
     options.transparent = true;
-    const Picture whole = Make();
+    const RenderImage whole = Make();
     HideHalf(geometry);
-    shown = ShownLevel(geometry);
-    const Picture half = Make();
+    shown = VisibleLevel(geometry);
+    const RenderImage half = Make();
     std::size_t gone = 0;
     for (int y = 0; y < half.height; ++y) {
         for (int x = half.width / 2 + 3; x < half.width; ++x) {
@@ -46,29 +46,29 @@ TEST_F(HiddenRender, EqualsTheRenderOfTheVisibleFacesAlone) {
         const uint32_t* v = level.faceVertexIndices.array + face * 4;
         if (!level.IsFaceHidden(face)) indices.insert(indices.end(), v, v + 4);
     }
-    shown = ShownLevel(geometry);
-    PictureMesh part = shown;
+    shown = VisibleLevel(geometry);
+    RenderMesh part = shown;
     part.faceFlags = nullptr;
     part.faceVertexIndices = indices.data();
     part.faceCount = static_cast<uint32_t>(indices.size() / 4);
     for (const bool wireframe : {false, true}) {
         options.wireframe = wireframe;
-        const Picture expected = RenderPicture({part}, camera, options);
+        const RenderImage expected = RenderOnce({part}, camera, options);
         EXPECT_TRUE(Make().rgb == expected.rgb) << wireframe;
     }
 }
 
 TEST_F(HiddenRender, CamerasFrameTheVisibleFaces) {
-    const PictureCamera whole = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 1.0f);
+    const RenderCamera whole = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 1.0f);
     EXPECT_NEAR(whole.target.x, 0.0f, 1e-3f);
     HideHalf(geometry);
-    const PictureCamera half = FrameMeshes({ShownLevel(geometry)}, {0, 0, -1}, 35.0f, 1.0f);
+    const RenderCamera half = FrameMeshes({VisibleLevel(geometry)}, {0, 0, -1}, 35.0f, 1.0f);
     EXPECT_NEAR(half.target.x, -0.5f, 0.02f);
     Change(geometry, VisibilityChange::Hide, FaceChoice(geometry.Bound()->faceCount, 1));
-    EXPECT_EQ(FrameMeshes({ShownLevel(geometry)}, {0, 0, -1}, 35.0f, 1.0f).target, Vector());
-    shown = ShownLevel(geometry);
+    EXPECT_EQ(FrameMeshes({VisibleLevel(geometry)}, {0, 0, -1}, 35.0f, 1.0f).target, Vector());
+    shown = VisibleLevel(geometry);
     options.transparent = true;
-    const Picture none = Make();
+    const RenderImage none = Make();
     EXPECT_EQ(std::count(none.alpha.begin(), none.alpha.end(), 0),
               static_cast<std::ptrdiff_t>(none.alpha.size()));
 }
@@ -76,11 +76,11 @@ TEST_F(HiddenRender, CamerasFrameTheVisibleFaces) {
 TEST_F(HiddenRender, HiddenFacesAreNotTintedAsMasked) {
     LevelMesh& level = *geometry.Bound();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) level.SetFreeze(v, 127);
-    shown = ShownLevel(geometry);
-    const Picture frozen = Make();
+    shown = VisibleLevel(geometry);
+    const RenderImage frozen = Make();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) level.SetFreeze(v, 0);
     HideHalf(geometry);
-    shown = ShownLevel(geometry);
+    shown = VisibleLevel(geometry);
     EXPECT_EQ(shown.freeze, nullptr) << "hiding is not masking";
     EXPECT_NE(Make().rgb[PixelAt(frozen, 45, 45) * 3], frozen.rgb[PixelAt(frozen, 45, 45) * 3]);
 }

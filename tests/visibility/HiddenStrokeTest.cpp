@@ -35,7 +35,7 @@ bool SamePosition(const VertexBits& a, const VertexBits& b) {
 /// masked explicitly.
 TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
     HostSwitches switches;
-    const uint32_t wanted = WantedCount("TROVIK_RANDOM_STROKES", 150);
+    const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_STROKES", 150);
     uint32_t moved = 0;
     uint32_t hiddenVertices = 0;
     for (uint32_t stroke = 0; stroke < wanted; ++stroke) {
@@ -45,8 +45,8 @@ TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
         for (const bool hide : {true, false}) {
             RandomNumbers random(31000 + stroke);
             switches.Draw(random);
-            RandomBench drawn(random);
-            StrokeBench& bench = drawn.Bench();
+            RandomStrokeFixture drawn(random);
+            StrokeFixture& bench = drawn.Bench();
             LevelMesh& mesh = bench.Mesh();
             RandomNumbers faces(77 + stroke);
             const FaceChoice chosen = RandomFaces(mesh, faces);
@@ -68,7 +68,8 @@ TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
             for (uint32_t v = 0; v < after.size(); ++v) {
                 if (isHidden[v]) {
                     ++hiddenVertices;
-                    ASSERT_TRUE(SamePosition(after[v], before[v])) << drawn.Story() << " " << v;
+                    ASSERT_TRUE(SamePosition(after[v], before[v]))
+                        << drawn.CaseDescription() << " " << v;
                 }
                 moved += SamePosition(after[v], before[v]) ? 0u : 1u;
             }
@@ -96,7 +97,7 @@ TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
 TEST(HiddenStroke, NegativeZerosOfHiddenVerticesKeepTheirSign) {
     PolygonMesh mesh = FlatGrid(8);
     for (auto& p : mesh.positions) p[2] = -0.0f;
-    StrokeBench bench(mesh, 2);
+    StrokeFixture bench(mesh, 2);
     bench.Activate(Tool::Sculpt);
     LevelMesh& level = bench.Mesh();
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
@@ -118,7 +119,7 @@ TEST(HiddenStroke, NegativeZerosOfHiddenVerticesKeepTheirSign) {
 }
 
 TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
-    StrokeBench bench(SphereQuads(3), 1);
+    StrokeFixture bench(SphereQuads(3), 1);
     // With little strength, since brush and host weight the faces around a vertex differently.
     bench.Activate(Tool::Sculpt, FalloffIndexOf("smooth"));
     LevelMesh& level = bench.Mesh();
@@ -150,7 +151,7 @@ TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
 TEST(HiddenStroke, StrokesFarFromHiddenFacesAreUnaffected) {
     std::vector<VertexBits> results[2];
     for (const bool hide : {true, false}) {
-        StrokeBench bench(FlatGrid(16), 3);
+        StrokeFixture bench(FlatGrid(16), 3);
         bench.Activate(Tool::Smooth);
         LevelMesh& level = bench.Mesh();
         for (uint32_t v = 0; v < level.VertexCount(); ++v)

@@ -70,7 +70,7 @@ inline void ExpectConsistent(const LevelGeometry& geometry) {
 
 /// A random selection of about this fraction of the faces: some patches and some single faces.
 template <typename Random>
-FaceChoice DrawnChoice(const LevelMesh& level, Random& random, unsigned percent) {
+FaceChoice RandomChoice(const LevelMesh& level, Random& random, unsigned percent) {
     FaceChoice chosen(level.faceCount);
     for (uint32_t face = 0; face < level.faceCount; ++face) {
         if (face % 16 == 0 && random() % 100 < percent)

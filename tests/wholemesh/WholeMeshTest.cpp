@@ -5,7 +5,7 @@
 #include "framework/nodes/HostScene.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/meshes/MeshZoo.h"
-#include "tests/stamps/StampBench.h"
+#include "tests/stamps/StampFixture.h"
 #include "tests/stroke/FakeMesh.h"
 
 #include <gtest/gtest.h>
@@ -25,15 +25,15 @@ public:
     CameraAt& operator=(const CameraAt&) = delete;
 
 private:
-    static Placement& Place() {
+    static MatrixTransform& Place() {
         auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
         scene->SetActiveCamera(nullptr);
         return scene->OwnCamera().Place();
     }
 };
 
-struct Bench : StrokeBench {
-    using StrokeBench::StrokeBench;
+struct Bench : StrokeFixture {
+    using StrokeFixture::StrokeFixture;
     /// A stroke of one whole-mesh pass.
     void Apply(float strength,
                bool byFacing = false,
@@ -377,7 +377,7 @@ TEST(WholeMesh, MaskReducesTheMove) {
 
 TEST(WholeMesh, ContinuesBeyondPartsOutsideTheStamp) {
     Bench bench(FlatGrid(8));
-    GiveStamp(*bench.brush, QStringLiteral("plain"), 9, 9, std::vector<float>(81, 0.5f));
+    SetTestStamp(*bench.brush, QStringLiteral("plain"), 9, 9, std::vector<float>(81, 0.5f));
     // One pixel of the stamp is at the corner farthest from the first face.
     bench.brush->Settings().stampMatrix.m[3][0] = -8.0f;
     bench.brush->Settings().stampMatrix.m[3][1] = -8.0f;

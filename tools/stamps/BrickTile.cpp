@@ -34,8 +34,8 @@ Brick MakeBrick(double left, double right, int row) {
     Brick brick{};
     brick.centre = {(left + right) * 0.5, (row + 0.5) * rowHeight};
     brick.half = {(right - left - Joint) * 0.5, (rowHeight - Joint) * 0.5};
-    brick.seed = Scatter(static_cast<std::uint32_t>(row * 1024) + static_cast<std::uint32_t>(left));
-    NumberRow numbers(brick.seed);
+    brick.seed = HashOf(static_cast<std::uint32_t>(row * 1024) + static_cast<std::uint32_t>(left));
+    RandomSequence numbers(brick.seed);
     brick.height = numbers.Between(0.72, 0.92);
     brick.tilt = {numbers.Between(-0.05, 0.05) / brick.half.x,
                   numbers.Between(-0.06, 0.06) / brick.half.y};
@@ -69,9 +69,9 @@ double BrickHeight(const Brick& brick, Point2 place) {
     Point2 p = place - brick.centre;
     p = {p.x + p.y * brick.turn, p.y - p.x * brick.turn};
     // Each brick has its own noise, with a period longer than the brick.
-    constexpr int Endless = 4096;
+    constexpr int NoisePeriod = 4096;
     const auto noise = [&brick, p](double cell, int octaves, std::uint32_t salt) {
-        return LayeredNoise(p * (1.0 / cell), Endless, octaves, brick.seed + salt);
+        return LayeredNoise(p * (1.0 / cell), NoisePeriod, octaves, brick.seed + salt);
     };
     const Point2 warped = p + Point2{noise(70.0, 3, 1), noise(70.0, 3, 2)} * 7.0;
     const double inside = Inside(brick, warped);
@@ -84,7 +84,7 @@ double BrickHeight(const Brick& brick, Point2 place) {
     // Pores of different sizes in coarse areas.
     const double coarse = SmoothStep(0.0, 0.4, noise(110.0, 2, 5));
     const Point2 bent = p + Point2{noise(9.0, 1, 8), noise(9.0, 1, 9)} * 5.0;
-    const double pores = CellDistance(bent * (1.0 / 17.0), Endless, brick.seed + 6u);
+    const double pores = CellDistance(bent * (1.0 / 17.0), NoisePeriod, brick.seed + 6u);
     const double wide = 0.20 + 0.22 * noise(12.0, 1, 10);
     top -= 0.11 * coarse * SmoothStep(wide + 0.14, wide - 0.10, pores);
     // A long crack on some bricks.

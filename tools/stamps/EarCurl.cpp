@@ -30,7 +30,7 @@ constexpr Profile Front = {
      {0.575, 0.055}, {0.630, 0.031}, {0.690, 0.014}, {0.750, 0.004}, {0.800, 0.000}, {0.850, 0.000},
      {0.900, 0.000}, {0.950, 0.000}, {1.000, 0.000}}};
 
-Place3 EarShape(Point2 p) {
+Point3 EarShape(Point2 p) {
     const double far = Length(p);
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
     // The face is to the left; the lobe is below, slightly forward.
@@ -46,7 +46,7 @@ Place3 EarShape(Point2 p) {
 
     // The ear is taller than wide, wider above, and leans back; the head around it does not move.
     const double body = SmoothStep(0.97, 0.80, far);
-    Place3 place{heading.x * out, 0.0, heading.y * out};
+    Point3 place{heading.x * out, 0.0, heading.y * out};
     place.right =
         Mix(place.right, place.right * (0.70 - 0.13 * place.down) - 0.10 * place.down, body);
     // The rear rim is farthest from the head.

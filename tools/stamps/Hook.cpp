@@ -50,7 +50,7 @@ SpinePoint OnSpine(double s) {
 }
 
 /// The surface of the horn; `far` is 0 at its tip and 1 at its neck, `heading` goes around it.
-Place3 HornPlace(double far, Point2 heading) {
+Point3 HornPoint(double far, Point2 heading) {
     const double s = 1.0 - far;
     const SpinePoint spine = OnSpine(s);
     // A round tip, an evenly tapered body, growth rings that fade towards the tip.
@@ -69,25 +69,25 @@ Place3 HornPlace(double far, Point2 heading) {
             radius * heading.y};
 }
 
-Place3 HookShape(Point2 p) {
+Point3 HookShape(Point2 p) {
     const double far = Length(p);
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
-    if (far <= RootEdge) return HornPlace(far / RootEdge, heading);
+    if (far <= RootEdge) return HornPoint(far / RootEdge, heading);
 
     // The root: a cubic from the flat surface to the neck, with the direction of the neck.
     const double t = (far - RootEdge) / (1.0 - RootEdge);
     constexpr double Reach = 1e-3;
-    const Place3 neck = HornPlace(1.0, heading);
-    const Place3 above = HornPlace(1.0 - Reach, heading);
-    const Place3 slope = (neck + above * -1.0) * ((1.0 - RootEdge) / RootEdge / Reach);
-    const Place3 rim{heading.x, 0.0, heading.y};
-    const Place3 flat = rim * (1.0 - RootEdge);
+    const Point3 neck = HornPoint(1.0, heading);
+    const Point3 above = HornPoint(1.0 - Reach, heading);
+    const Point3 slope = (neck + above * -1.0) * ((1.0 - RootEdge) / RootEdge / Reach);
+    const Point3 rim{heading.x, 0.0, heading.y};
+    const Point3 flat = rim * (1.0 - RootEdge);
     const double t2 = t * t;
     const double t3 = t2 * t;
-    const Place3 place = neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
+    const Point3 place = neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
                          rim * (3.0 * t2 - 2.0 * t3) + flat * (t3 - t2);
     // Curvature fades out before the rim, because an abrupt end would be visible under light.
-    const Place3 here{p.x, 0.0, p.y};
+    const Point3 here{p.x, 0.0, p.y};
     return here + (place + here * -1.0) * SmoothStep(1.0, 0.35, t);
 }
 

@@ -17,7 +17,7 @@ int Wrap(int cell, int period) {
 std::uint32_t CellNumber(int column, int row, int period, std::uint32_t seed) {
     const auto x = static_cast<std::uint32_t>(Wrap(column, period));
     const auto y = static_cast<std::uint32_t>(Wrap(row, period));
-    return Scatter(Scatter(Scatter(seed) + x) + y);
+    return HashOf(HashOf(HashOf(seed) + x) + y);
 }
 
 double Fade(double t) { return t * t * t * (t * (t * 6.0 - 15.0) + 10.0); }
@@ -36,7 +36,7 @@ double Unit(std::uint32_t number) { return number * (1.0 / 4294967296.0); }
 
 }  // namespace
 
-std::uint32_t Scatter(std::uint32_t number) {
+std::uint32_t HashOf(std::uint32_t number) {
     number += 0x9e3779b9u;
     number ^= number >> 16;
     number *= 0x21f0aaadu;
@@ -46,8 +46,8 @@ std::uint32_t Scatter(std::uint32_t number) {
     return number;
 }
 
-double NumberRow::Next() {
-    state = Scatter(state);
+double RandomSequence::Next() {
+    state = HashOf(state);
     return Unit(state);
 }
 
@@ -89,7 +89,7 @@ double CellDistance(Point2 p, int period, std::uint32_t seed) {
     double nearest = 4.0;
     for (int dy = -1; dy <= 1; ++dy) {
         for (int dx = -1; dx <= 1; ++dx) {
-            NumberRow numbers(CellNumber(column + dx, row + dy, period, seed));
+            RandomSequence numbers(CellNumber(column + dx, row + dy, period, seed));
             const double x = left + dx + numbers.Next();
             const double y = top + dy + numbers.Next();
             nearest = std::min(nearest, Square(p.x - x) + Square(p.y - y));

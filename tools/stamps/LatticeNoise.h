@@ -8,12 +8,12 @@
 namespace trovik::stamps {
 
 /// A hash of a number; the same on every machine.
-std::uint32_t Scatter(std::uint32_t number);
+std::uint32_t HashOf(std::uint32_t number);
 
 /// A sequence of pseudo-random numbers, determined by the seed.
-class NumberRow {
+class RandomSequence {
 public:
-    explicit NumberRow(std::uint32_t seed) : state(Scatter(seed)) {}
+    explicit RandomSequence(std::uint32_t seed) : state(HashOf(seed)) {}
     /// The next number, from 0 to less than 1.
     double Next();
     double Between(double low, double high) { return Mix(low, high, Next()); }

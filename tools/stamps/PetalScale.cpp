@@ -46,7 +46,7 @@ constexpr std::array<ProfilePoint, 17> Before = {{{0.0000, 0.300},
                                                   {0.9375, 0.000},
                                                   {1.0000, 0.000}}};
 
-Place3 PetalShape(Point2 p) {
+Point3 PetalShape(Point2 p) {
     const double far = Length(p);
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{0.0, 1.0};
     // The profiles have a common centre and are blended at the sides.
@@ -57,7 +57,7 @@ Place3 PetalShape(Point2 p) {
 
     const double body = SmoothStep(1.0, 0.72, far);
     const double upper = SmoothStep(0.45, 0.30, far);
-    Place3 place{heading.x * at.out, at.up, heading.y * at.out};
+    Point3 place{heading.x * at.out, at.up, heading.y * at.out};
     // A tip that curls up, a hollow along the centre line, and a wavy rim.
     const double tip = SmoothStep(0.55, 1.0, heading.y) * body * SmoothStep(0.10, 0.42, far);
     place.down += 0.11 * tip;

@@ -7,7 +7,7 @@ namespace trovik::stamps {
 
 namespace {
 
-constexpr int Endless = 4096;
+constexpr int NoisePeriod = 4096;
 
 /// The distance of a point to the outline of the scale, positive inside. The outline is pointed
 /// behind (y = 0.88) and round in front: two arcs form the sides, a circle forms the front.
@@ -25,7 +25,7 @@ double Inside(Point2 p) {
 
 double ScaleHeight(Point2 at) {
     const Point2 p{(at.x - 0.5) * 2.0, (at.y - 0.5) * 2.0};
-    const Point2 wobble{Noise(p * 3.0, Endless, 11u), Noise(p * 3.0, Endless, 12u)};
+    const Point2 wobble{Noise(p * 3.0, NoisePeriod, 11u), Noise(p * 3.0, NoisePeriod, 12u)};
     const double inside = Inside(p + wobble * 0.02);
     if (inside <= 0.0) return 0.0;
 
@@ -38,13 +38,13 @@ double ScaleHeight(Point2 at) {
     const double away = std::fabs(p.x + 0.02 * wobble.x);
     const double keel = (1.0 / (1.0 + Square(away / 0.055)) - 0.03) * SmoothStep(-0.70, 0.0, p.y);
     // Growth rings follow the outline; ribs fan out from the front.
-    const double years = inside * 15.0 + 0.5 * LayeredNoise(p * 4.0, Endless, 3, 13u);
+    const double years = inside * 15.0 + 0.5 * LayeredNoise(p * 4.0, NoisePeriod, 3, 13u);
     const double phase = years - std::floor(years);
     const double ring = SmoothStep(0.0, 0.75, phase) * SmoothStep(1.0, 0.80, phase) - 0.5;
     const double rings = ring * SmoothStep(0.03, 0.12, inside) * SmoothStep(0.50, 0.20, inside);
     const double fan = p.x / (p.y + 1.35);
-    const double ribs = LayeredNoise({fan * 26.0, p.y * 1.6}, Endless, 3, 14u);
-    const double grain = LayeredNoise(p * 30.0, Endless, 3, 15u);
+    const double ribs = LayeredNoise({fan * 26.0, p.y * 1.6}, NoisePeriod, 3, 14u);
+    const double grain = LayeredNoise(p * 30.0, NoisePeriod, 3, 15u);
 
     const double relief = 0.032 * rings + 0.036 * ribs + 0.008 * grain;
     const double top =

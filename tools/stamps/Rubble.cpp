@@ -9,7 +9,7 @@ namespace trovik::stamps {
 
 namespace {
 
-constexpr int Endless = 4096;
+constexpr int NoisePeriod = 4096;
 
 /// A facet of a stone: its height falls by `slope` along `heading`, from `height` at the centre.
 struct Facet {
@@ -29,7 +29,7 @@ struct Stone {
 
 Stone MakeStone(Point2 centre, double size, double base, std::uint32_t seed) {
     Stone stone{centre, size, base, seed, {}};
-    NumberRow numbers(seed);
+    RandomSequence numbers(seed);
     const double turn = numbers.Next();
     // Steep facets all around, then a few flat ones on top.
     const int flanks = 5 + static_cast<int>(numbers.Next() * 4.0);
@@ -64,12 +64,12 @@ double StoneHeight(const Stone& stone, Point2 place, double floor) {
         if (top(facet, straight) + lift < floor) return floor - 1.0;
 
     const Point2 unit = straight * (1.0 / size);
-    const Point2 p = straight + Point2{LayeredNoise(unit * 1.7, Endless, 3, stone.seed + 1u),
-                                       LayeredNoise(unit * 1.7, Endless, 3, stone.seed + 2u)} *
+    const Point2 p = straight + Point2{LayeredNoise(unit * 1.7, NoisePeriod, 3, stone.seed + 1u),
+                                       LayeredNoise(unit * 1.7, NoisePeriod, 3, stone.seed + 2u)} *
                                     (0.07 * size);
     double height = size;
     for (const Facet& facet : stone.facets) height = SmoothMin(height, top(facet, p), 0.055 * size);
-    height += 0.030 * size * LayeredNoise(unit * 4.0, Endless, 4, stone.seed + 3u);
+    height += 0.030 * size * LayeredNoise(unit * 4.0, NoisePeriod, 4, stone.seed + 3u);
     return stone.base + height;
 }
 
@@ -92,7 +92,7 @@ std::vector<Stone> Heap() {
                               {75, 0.022, 0.040, 0.385, 0.85, 0.060},
                               {260, 0.007, 0.016, 0.445, 1.0, 0.0}};
     std::vector<Stone> stones;
-    NumberRow numbers(2718u);
+    RandomSequence numbers(2718u);
     for (const Tier& tier : Tiers) {
         const std::size_t first = stones.size();
         // An occupied position is drawn again; a tier that does not fit has fewer stones.
@@ -134,7 +134,7 @@ FloatImage PaintRubble() {
         // Earth between the stones.
         const double far = Length(p - Point2{0.5, 0.5});
         const double fade = SmoothStep(0.46, 0.16, far);
-        double height = fade * (0.045 + 0.012 * LayeredNoise(p * 40.0, Endless, 4, 5u)) * fade;
+        double height = fade * (0.045 + 0.012 * LayeredNoise(p * 40.0, NoisePeriod, 4, 5u)) * fade;
         constexpr double Crease = 0.0015;
         for (const Stone* stone : near[row * Cells + column]) {
             const double top = StoneHeight(*stone, p, height - Crease);

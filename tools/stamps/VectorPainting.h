@@ -10,16 +10,16 @@
 namespace trovik::stamps {
 
 /// A point above the stamp, in sides of it: right and down as in the image, up out of the surface.
-struct Place3 {
+struct Point3 {
     double right;
     double up;
     double down;
 };
 
-inline Place3 operator+(Place3 a, Place3 b) {
+inline Point3 operator+(Point3 a, Point3 b) {
     return {a.right + b.right, a.up + b.up, a.down + b.down};
 }
-inline Place3 operator*(Place3 a, double f) { return {a.right * f, a.up * f, a.down * f}; }
+inline Point3 operator*(Point3 a, double f) { return {a.right * f, a.up * f, a.down * f}; }
 
 /// The target of the disc's points at one distance from its centre: distance outwards, height.
 struct ProfilePoint {
@@ -75,8 +75,8 @@ FloatImage PaintVectors(std::uint32_t size, Shape shape) {
     for (std::uint32_t row = 0; row < size; ++row) {
         for (std::uint32_t column = 0; column < size; ++column) {
             const Point2 p{(column + 0.5 - size * 0.5) / half, (row + 0.5 - size * 0.5) / half};
-            Place3 move{0.0, 0.0, 0.0};
-            if (Length(p) < 1.0) move = shape(p) + Place3{-p.x, 0.0, -p.y};
+            Point3 move{0.0, 0.0, 0.0};
+            if (Length(p) < 1.0) move = shape(p) + Point3{-p.x, 0.0, -p.y};
             image.pixels.insert(image.pixels.end(),
                                 {stepped(move.right), stepped(move.up), stepped(move.down)});
         }

@@ -243,7 +243,7 @@ HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {
     const auto hit = HitThrough(geometry, document.Tree(), view, Vector(x, y, 0.0f));
     if (!hit) return result;
     result.isHit = true;
-    result.position = WorldPlace(geometry, *hit);
+    result.position = WorldPositionOf(geometry, *hit);
     result.normal = WorldNormal(geometry.Place(), hit->normal);
     const SceneSettings& settings = document.Settings();
     for (const Matrix& map : settings.mirrorMaps) {

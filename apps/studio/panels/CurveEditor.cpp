@@ -171,7 +171,7 @@ void CurveEditor::mouseReleaseEvent(QMouseEvent* event) {
 
 void CurveEditor::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || PointAt(event->position()) >= 0) return;
-    if (points.size() >= PressureCurve::mostPoints) return;
+    if (points.size() >= PressureCurve::maxCurvePoints) return;
     const PressureCurve::Point added = PointOf(event->position());
     const auto after = std::find_if(points.begin(), points.end(), [&](const auto& point) {
         return point.pressure > added.pressure;

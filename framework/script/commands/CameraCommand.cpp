@@ -25,7 +25,7 @@ StrokeView ViewOf(const CommandContext& context,
         throw FieldFault(pointer + "/from", "the direction must not be zero");
     const Vector up = camera.up.value_or(Vector(0, 1, 0));
     if (up.Length() == 0.0f) throw FieldFault(pointer + "/up", "the direction must not be zero");
-    const PictureCamera framed =
+    const RenderCamera framed =
         FrameTurntable({context.document.ShownMesh()},
                        -from,
                        view.verticalFieldOfView,

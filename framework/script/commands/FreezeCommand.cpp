@@ -68,7 +68,7 @@ bool RunFilter(CommandContext& context, const FreezeChoice& choice, float amount
         if (level.FrozenVertexCount() == 0)
             context.Warn(std::string("no vertex is frozen, so there is nothing to ") + filter.name);
         context.document.Freeze(
-            FreezeBetween(FreezeAmounts(level), filter.run(level, *filter.times), amount),
+            InterpolatedFreeze(FreezeAmounts(level), filter.run(level, *filter.times), amount),
             choice.mode.value_or(FreezeMode::Replace));
         return true;
     }

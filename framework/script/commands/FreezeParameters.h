@@ -77,7 +77,7 @@ struct FreezeCavity {
 };
 
 /// A connected component, given by one of its points.
-struct FreezeShell {
+struct FreezeComponent {
     std::optional<uint64_t> vertex;
     std::optional<Vector> surface;
     std::optional<std::array<float, 2>> pointer;
@@ -103,7 +103,7 @@ struct FreezeChoice {
     std::optional<std::vector<std::array<float, 2>>> lasso;
     std::optional<FreezeImage> image;
     std::optional<FreezeCavity> cavity;
-    std::optional<FreezeShell> shell;
+    std::optional<FreezeComponent> shell;
     /// Null selects the faces without a group.
     std::optional<std::variant<std::string, std::nullptr_t>> group;
     std::optional<uint32_t> grow;

@@ -23,27 +23,27 @@ std::vector<float> OfImage(CommandContext& context, const FreezeImage& image, Vi
                           image.channel.value_or(ViewImage::Channel::Luminance),
                           image.invert.value_or(false),
                           over);
-    return SharesInView(
-        document.Geometry(), document.Tree(), view, reach, [&shown](const ViewPlace& place) {
-            return shown.ShareAt(place);
+    return WeightsInView(
+        document.Geometry(), document.Tree(), view, reach, [&shown](const ViewPoint& place) {
+            return shown.WeightAt(place);
         });
 }
 
 std::vector<float> OfCavity(const CommandContext& context, const FreezeCavity& cavity) {
     CurvatureRange range;
     const CavitySign sign = cavity.sign.value_or(CavitySign::Cavity);
-    if (sign == CavitySign::Ridge) range.sign = BendSign::Ridge;
-    if (sign == CavitySign::Both) range.sign = BendSign::Both;
+    if (sign == CavitySign::Ridge) range.sign = CurvatureSign::Ridge;
+    if (sign == CavitySign::Both) range.sign = CurvatureSign::Both;
     range.size = cavity.size ? *cavity.size : context.Diagonal() * cavityFraction;
     range.from = cavity.from.value_or(range.from);
     range.to = cavity.to.value_or(range.to);
     if (range.from > range.to) throw FieldFault("/cavity/from", "must not be greater than \"to\"");
     range.softness = cavity.softness.value_or(range.softness);
     range.rings = cavity.rings.value_or(0);
-    return SharesByCurvature(context.document.Geometry(), range);
+    return WeightsByCurvature(context.document.Geometry(), range);
 }
 
-uint32_t ShellVertex(CommandContext& context, const FreezeShell& shell) {
+uint32_t ComponentVertex(CommandContext& context, const FreezeComponent& shell) {
     Document& document = context.document;
     LevelMesh& level = *document.Geometry().Bound();
     shell.RequireOne();
@@ -60,7 +60,7 @@ uint32_t ShellVertex(CommandContext& context, const FreezeShell& shell) {
         context.WarnOfFarPoints("freeze/shell/surface", {*shell.surface}, 0.0f);
         hit = HitNear(document.Geometry(), document.Tree(), *shell.surface);
     } else {
-        const ViewPlace place = PointOf(*shell.pointer);
+        const ViewPoint place = PointOf(*shell.pointer);
         hit = HitThrough(
             document.Geometry(), document.Tree(), document.View(), {place.x, place.y, 0.0f});
     }
@@ -70,7 +70,7 @@ uint32_t ShellVertex(CommandContext& context, const FreezeShell& shell) {
 
 }  // namespace
 
-void FreezeShell::RequireOne() const {
+void FreezeComponent::RequireOne() const {
     const int given = static_cast<int>(vertex.has_value()) + static_cast<int>(surface.has_value()) +
                       static_cast<int>(pointer.has_value());
     if (given != 1) throw FieldFault("/shell", "needs one of \"vertex\", \"surface\", \"pointer\"");
@@ -88,17 +88,19 @@ std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& ch
     if (choice.all) return std::vector<float>(geometry.Bound()->VertexCount(), 1.0f);
     if (choice.image) return OfImage(context, *choice.image, reach);
     if (choice.cavity) return OfCavity(context, *choice.cavity);
-    if (choice.shell) return SharesOfShell(*geometry.Bound(), ShellVertex(context, *choice.shell));
+    if (choice.shell)
+        return WeightsOfComponent(*geometry.Bound(), ComponentVertex(context, *choice.shell));
     if (choice.group) {
         const uint32_t group = NumberOf(*choice.group, geometry.Attributes().groupNames, "group");
-        return SharesOfGroup(geometry, geometry.BoundIndex(), group);
+        return WeightsOfGroup(geometry, geometry.BoundIndex(), group);
     }
     if (choice.center)
-        return SharesInBall(geometry, *choice.center, *choice.radius, choice.soft.value_or(0.0f));
-    if (choice.min) return SharesInBox(geometry, *choice.min, *choice.max);
+        return WeightsInSphere(
+            geometry, *choice.center, *choice.radius, choice.soft.value_or(0.0f));
+    if (choice.min) return WeightsInBox(geometry, *choice.min, *choice.max);
     const auto isInside = InsideOf(choice.box, choice.lasso);
-    return SharesInView(
-        geometry, document.Tree(), document.View(), reach, [&isInside](const ViewPlace& place) {
+    return WeightsInView(
+        geometry, document.Tree(), document.View(), reach, [&isInside](const ViewPoint& place) {
             return isInside(place) ? 1.0f : 0.0f;
         });
 }

@@ -55,12 +55,12 @@ void Change(Document& document,
         push(DuplicateLayerAsStep(geometry, *layer, *parameters.duplicate));
         layer = geometry.Layers().Shared(document.ActiveLayer());
     }
-    SculptLayer::Properties given = layer->Given();
+    SculptLayer::Properties given = layer->UserProperties();
     given.name = parameters.name.value_or(given.name);
     given.strength = parameters.strength.value_or(given.strength);
     given.visible = parameters.visible.value_or(given.visible);
     given.writable = parameters.writable.value_or(given.writable);
-    push(GiveLayerAsStep(geometry, *layer, given));
+    push(SetLayerPropertiesAsStep(geometry, *layer, given));
     if (parameters.order)
         push(MoveLayerAsStep(geometry, *layer, static_cast<std::size_t>(*parameters.order)));
     if (parameters.erase) push(EraseLayerByFreezeAsStep(geometry, *layer));

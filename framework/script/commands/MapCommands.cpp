@@ -4,7 +4,7 @@
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "framework/script/Command.h"
-#include "framework/script/commands/SurfaceBefore.h"
+#include "framework/script/commands/InitialSurface.h"
 
 namespace trovik {
 
@@ -121,7 +121,7 @@ void Displace(CommandContext& context, const DisplaceParameters& parameters) {
     options.scale = parameters.scale;
     options.strength = parameters.strength.value_or(options.strength);
     options.repeat = parameters.repeat.value_or(options.repeat);
-    context.Kept<SurfaceBefore>().Store(context.document);
+    context.Kept<InitialSurface>().Store(context.document);
     AtField("", [&] { context.document.Displace(options, context.Job()); });
 }
 

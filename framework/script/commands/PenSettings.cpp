@@ -47,7 +47,7 @@ void SetPen(CommandContext& context, const SettingsParameters& settings) {
     host.sizeBias = settings.sizeBias.value_or(host.sizeBias);
     if (settings.tilt) {
         const TiltParameters& tilt = *settings.tilt;
-        dynamics.tiltTurnsStamp = tilt.turn.value_or(dynamics.tiltTurnsStamp);
+        dynamics.tiltRotatesStamp = tilt.turn.value_or(dynamics.tiltRotatesStamp);
         dynamics.tiltToSize = tilt.size.value_or(dynamics.tiltToSize);
         dynamics.tiltToStrength = tilt.strength.value_or(dynamics.tiltToStrength);
     }

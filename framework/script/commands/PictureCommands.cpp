@@ -2,10 +2,10 @@
 
 /// \file Commands that render: "picture", and "sheet", which arranges kept renders on a contact
 /// sheet.
-#include "framework/render/PictureFile.h"
+#include "framework/render/RenderFile.h"
 #include "framework/render/RenderedLevel.h"
 #include "framework/script/commands/CameraParameters.h"
-#include "framework/script/commands/SurfaceBefore.h"
+#include "framework/script/commands/InitialSurface.h"
 
 #include <map>
 
@@ -16,7 +16,7 @@ namespace {
 constexpr int gap = 12;
 
 struct KeptPictures {
-    std::map<std::string, Picture> byName;
+    std::map<std::string, RenderImage> byName;
 };
 
 struct PictureParameters {
@@ -50,8 +50,8 @@ struct PictureParameters {
     }
 };
 
-PictureOptions OptionsOf(const PictureParameters& parameters, const StrokeView& view) {
-    PictureOptions options;
+RenderOptions OptionsOf(const PictureParameters& parameters, const StrokeView& view) {
+    RenderOptions options;
     options.width = parameters.width.value_or(view.width);
     options.height = parameters.height.value_or(view.height);
     options.samples = parameters.samples.value_or(16);
@@ -70,16 +70,16 @@ PictureOptions OptionsOf(const PictureParameters& parameters, const StrokeView& 
 /// Renders one image, or the frames of a turntable, and passes each to `take` when it is complete.
 void Render(CommandContext& context,
             const PictureParameters& parameters,
-            const std::function<void(Picture, int index)>& take) {
+            const std::function<void(RenderImage, int index)>& take) {
     Document& document = context.document;
     const int frames = parameters.frames.value_or(1);
     StrokeView view = document.View();
     if (parameters.camera) view = ViewOf(context, *parameters.camera, view, "/camera", frames);
-    const PictureOptions options = OptionsOf(parameters, view);
-    const PictureCamera first{view.eye, view.target, view.up, view.verticalFieldOfView};
+    const RenderOptions options = OptionsOf(parameters, view);
+    const RenderCamera first{view.eye, view.target, view.up, view.verticalFieldOfView};
     const bool beforeAfter = parameters.beforeAfter.value_or(false);
     const LevelGeometry& geometry = document.Geometry();
-    const SurfaceBefore& surface = context.Kept<SurfaceBefore>();
+    const InitialSurface& surface = context.Kept<InitialSurface>();
     if (beforeAfter && surface.positions.size() != geometry.Bound()->VertexCount()) {
         throw FieldFault("",
                          "there is no state before the first stroke on this level to compare with");
@@ -92,21 +92,21 @@ void Render(CommandContext& context,
     // Rendering errors are errors of this command.
     AtField("", [&] {
         after.emplace(geometry, options.shading);
-        sceneAfter.emplace(std::vector<PictureMesh>{after->Mesh()}, context.Job());
+        sceneAfter.emplace(std::vector<RenderMesh>{after->Mesh()}, context.Job());
         if (!beforeAfter) return;
         before.emplace(geometry, options.shading, surface.positions, surface.normals);
-        sceneBefore.emplace(std::vector<PictureMesh>{before->Mesh()}, context.Job());
+        sceneBefore.emplace(std::vector<RenderMesh>{before->Mesh()}, context.Job());
     });
     for (int i = 0; i < frames; ++i) {
         context.ThrowIfCancelled();
-        const PictureCamera camera = TurntableFrame(first, i, frames);
-        Picture picture = AtField("", [&] {
-            Picture rendered = sceneAfter->Render(camera, options, context.Job());
+        const RenderCamera camera = TurntableFrame(first, i, frames);
+        RenderImage picture = AtField("", [&] {
+            RenderImage rendered = sceneAfter->Render(camera, options, context.Job());
             if (!beforeAfter) return rendered;
-            return PlaceInRows({sceneBefore->Render(camera, options, context.Job()), rendered},
-                               2,
-                               gap,
-                               {"before", "after"});
+            return MakeContactSheet({sceneBefore->Render(camera, options, context.Job()), rendered},
+                                    2,
+                                    gap,
+                                    {"before", "after"});
         });
         take(std::move(picture), i);
     }
@@ -122,7 +122,7 @@ void CheckKinds(const PictureParameters& parameters) {
     // A before-and-after comparison has an opaque background.
     const bool hasAlpha =
         parameters.transparent.value_or(false) && !parameters.beforeAfter.value_or(false);
-    AtField("/file", [&] { CheckPicturePath(*parameters.file, hasAlpha); });
+    AtField("/file", [&] { CheckRenderPath(*parameters.file, hasAlpha); });
 }
 
 /// The paths of the image files to write; with "frames" one path per frame.
@@ -136,13 +136,13 @@ std::vector<std::string> Targets(const CommandContext& context,
     return targets;
 }
 
-void RenderPicture(CommandContext& context, const PictureParameters& parameters) {
+void RenderOnce(CommandContext& context, const PictureParameters& parameters) {
     CheckKinds(parameters);
     const std::vector<std::string> targets = Targets(context, parameters);
-    Render(context, parameters, [&](Picture picture, int index) {
+    Render(context, parameters, [&](RenderImage picture, int index) {
         if (!targets.empty()) {
             const std::string& target = targets[static_cast<std::size_t>(index)];
-            WritePicture(target, picture);
+            WriteRender(target, picture);
             context.NoteWritten(target);
         }
         if (parameters.keep)
@@ -152,13 +152,13 @@ void RenderPicture(CommandContext& context, const PictureParameters& parameters)
 
 void CheckPicture(CommandContext& context, const PictureParameters& parameters) {
     CheckKinds(parameters);
-    if (parameters.keep) context.Kept<KeptPictures>().byName[*parameters.keep] = Picture();
+    if (parameters.keep) context.Kept<KeptPictures>().byName[*parameters.keep] = RenderImage();
     if (parameters.camera) ViewOf(context, *parameters.camera, context.document.View(), "/camera");
     for (const std::string& target : Targets(context, parameters)) context.NoteWritten(target);
 }
 
 void PreparePicture(CommandContext& context, const PictureParameters& parameters) {
-    if (parameters.beforeAfter.value_or(false)) context.Kept<SurfaceBefore>().isWanted = true;
+    if (parameters.beforeAfter.value_or(false)) context.Kept<InitialSurface>().isWanted = true;
 }
 
 struct SheetParameters {
@@ -175,15 +175,15 @@ struct SheetParameters {
 };
 
 /// The renders that were kept under these names.
-std::vector<const Picture*> KeptUnder(CommandContext& context,
-                                      const std::vector<std::string>& names) {
+std::vector<const RenderImage*> KeptPicturesNamed(CommandContext& context,
+                                                  const std::vector<std::string>& names) {
     const auto& kept = context.Kept<KeptPictures>().byName;
-    std::vector<const Picture*> pictures;
+    std::vector<const RenderImage*> pictures;
     for (std::size_t i = 0; i < names.size(); ++i) {
         const std::string pointer = "/pictures/" + std::to_string(i);
         const auto found = kept.find(names[i]);
         if (found == kept.end()) throw FieldFault(pointer, "no picture was kept under this name");
-        const Picture& picture = found->second;
+        const RenderImage& picture = found->second;
         if (!pictures.empty() && (pictures.front()->width != picture.width ||
                                   pictures.front()->height != picture.height))
             throw FieldFault(pointer, "the pictures of a sheet must have one size");
@@ -193,17 +193,17 @@ std::vector<const Picture*> KeptUnder(CommandContext& context,
 }
 
 void Sheet(CommandContext& context, const SheetParameters& parameters) {
-    std::vector<Picture> pictures;
-    for (const Picture* picture : KeptUnder(context, parameters.pictures))
+    std::vector<RenderImage> pictures;
+    for (const RenderImage* picture : KeptPicturesNamed(context, parameters.pictures))
         pictures.push_back(*picture);
     const std::string file = context.OutputPath(parameters.file, "/file");
-    WritePicture(file,
-                 PlaceInRows(pictures, parameters.columns.value_or(5), gap, parameters.pictures));
+    WriteRender(
+        file, MakeContactSheet(pictures, parameters.columns.value_or(5), gap, parameters.pictures));
     context.NoteWritten(file);
 }
 
 void CheckSheet(CommandContext& context, const SheetParameters& parameters) {
-    KeptUnder(context, parameters.pictures);
+    KeptPicturesNamed(context, parameters.pictures);
     context.NoteWritten(context.OutputPath(parameters.file, "/file"));
 }
 
@@ -211,7 +211,7 @@ const CommandRegistration<PictureParameters> picture({.name = "picture",
                                                       .duringStroke = DuringStroke::Allowed,
                                                       .isJournaled = false,
                                                       .writesFiles = true},
-                                                     RenderPicture,
+                                                     RenderOnce,
                                                      CheckPicture,
                                                      PreparePicture);
 const CommandRegistration<SheetParameters> sheet({.name = "sheet",

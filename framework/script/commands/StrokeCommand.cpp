@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/Cancelled.h"
 #include "framework/multires/Steps.h"
+#include "framework/script/commands/InitialSurface.h"
 #include "framework/script/commands/StrokeParameters.h"
-#include "framework/script/commands/SurfaceBefore.h"
 #include "framework/strokes/DabStrength.h"
 
 namespace trovik {
@@ -68,7 +68,7 @@ StrokeDab DabOf(CommandContext& context, const DabParameters& given, const std::
     }
     document.Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
     if (given.position) dab.position = *given.position;
-    dab.keepPlace = true;
+    dab.keepPosition = true;
     dab.size = given.radius ? *given.radius : context.RadiusAt(dab.position);
     dab.pressure = given.pressure.value_or(1.0f);
     dab.strength =
@@ -76,7 +76,7 @@ StrokeDab DabOf(CommandContext& context, const DabParameters& given, const std::
     return dab;
 }
 
-void Lay(CommandContext& context, const StrokeParameters& stroke) {
+void ApplyDabs(CommandContext& context, const StrokeParameters& stroke) {
     StrokeLoop& loop = context.document.Loop();
     const auto report = context.DabProgress();
     if (stroke.dabs) {
@@ -88,13 +88,13 @@ void Lay(CommandContext& context, const StrokeParameters& stroke) {
         loop.WholeMesh(stroke.wholeMesh->strength, stroke.wholeMesh->byFacing.value_or(false));
         report();
     } else {
-        LayPath(context, stroke);
+        ApplyPath(context, stroke);
     }
 }
 
-void WarnOfIdleStroke(CommandContext& context,
-                      const StrokeParameters& stroke,
-                      const StrokeTotals& before) {
+void WarnIfStrokeHadNoEffect(CommandContext& context,
+                             const StrokeParameters& stroke,
+                             const StrokeTotals& before) {
     Document& document = context.document;
     auto& start = context.Kept<StrokeStart>();
     const StrokeTotals now = document.Totals();
@@ -116,7 +116,7 @@ void Stroke(CommandContext& context, const StrokeParameters& stroke) {
     Document& document = context.document;
     StrokeLoop& loop = document.Loop();
     const auto poll = [&context] { context.ThrowIfCancelled(); };
-    context.Kept<SurfaceBefore>().Store(document);
+    context.Kept<InitialSurface>().Store(document);
     const StrokeTotals before = document.Totals();
     if (!stroke.goesOn.value_or(false)) {
         auto& start = context.Kept<StrokeStart>();
@@ -125,7 +125,7 @@ void Stroke(CommandContext& context, const StrokeParameters& stroke) {
         BeginStroke(document, stroke.modifier.value_or(BrushOperation::ModifierNone), stroke.seed);
     }
     try {
-        Lay(context, stroke);
+        ApplyDabs(context, stroke);
     } catch (const Cancelled&) {
         loop.Break();
         throw;
@@ -134,7 +134,7 @@ void Stroke(CommandContext& context, const StrokeParameters& stroke) {
         throw;
     }
     if (!stroke.open.value_or(false)) loop.End(poll);
-    WarnOfIdleStroke(context, stroke, before);
+    WarnIfStrokeHadNoEffect(context, stroke, before);
 }
 
 // Later steps depend on whether the stroke stays open, even if its samples are invalid.

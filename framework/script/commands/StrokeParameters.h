@@ -158,7 +158,7 @@ struct StrokeParameters {
 };
 
 /// Applies the dabs along the stroke's path, or nothing if it has none.
-void LayPath(CommandContext& context, const StrokeParameters& stroke);
+void ApplyPath(CommandContext& context, const StrokeParameters& stroke);
 /// Checks the path and reads the file of its samples.
 void CheckPath(const CommandContext& context, const StrokeParameters& stroke);
 

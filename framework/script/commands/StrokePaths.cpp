@@ -74,10 +74,10 @@ PenStrokeOptions PenOf(CommandContext& context, const StrokeParameters& stroke) 
     return pen;
 }
 
-void Lay(CommandContext& context,
-         const StrokeParameters& stroke,
-         const PenStrokeOptions& pen,
-         const std::vector<PathSample>& samples) {
+void ApplySamples(CommandContext& context,
+                  const StrokeParameters& stroke,
+                  const PenStrokeOptions& pen,
+                  const std::vector<PathSample>& samples) {
     Document& document = context.document;
     LevelGeometry& geometry = document.Geometry();
     const bool isPen = stroke.pen.has_value();
@@ -107,7 +107,7 @@ void CheckPath(const CommandContext& context, const StrokeParameters& stroke) {
     ShapeOf(stroke);
 }
 
-void LayPath(CommandContext& context, const StrokeParameters& stroke) {
+void ApplyPath(CommandContext& context, const StrokeParameters& stroke) {
     if (!stroke.HasPath()) {
         if (stroke.path) throw FieldFault("/path", "this stroke has no path");
         return;
@@ -128,7 +128,7 @@ void LayPath(CommandContext& context, const StrokeParameters& stroke) {
     const PenStrokeOptions pen = PenOf(context, stroke);
     AtField(pointer, [&] {
         try {
-            Lay(context, stroke, pen, samples);
+            ApplySamples(context, stroke, pen, samples);
         } catch (const PathRefused& refused) {
             const bool isFile = stroke.pen && std::holds_alternative<std::string>(*stroke.pen);
             const std::string number = std::to_string(refused.sample);

@@ -45,7 +45,7 @@ Vector ScaleOf(const std::variant<float, Vector>& given) {
 }
 
 void Transform(CommandContext& context, const TransformParameters& parameters) {
-    Placement place = context.document.Geometry().Place();
+    MatrixTransform place = context.document.Geometry().Place();
     if (parameters.matrix) {
         place.SetMatrix(MatrixOf(*parameters.matrix));
     } else {

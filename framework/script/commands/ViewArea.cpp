@@ -20,13 +20,13 @@ uint32_t NumberOf(const NameOrNone& wanted,
     throw FieldFault("/" + kind, "the mesh has no " + kind + " \"" + *name + "\"" + known);
 }
 
-std::function<bool(const ViewPlace&)> InsideOf(
+std::function<bool(const ViewPoint&)> InsideOf(
     const std::optional<std::array<float, 4>>& box,
     const std::optional<std::vector<std::array<float, 2>>>& lasso) {
-    if (box) return [area = BoxOf(*box)](const ViewPlace& place) { return area.Holds(place); };
-    std::vector<ViewPlace> corners;
+    if (box) return [area = BoxOf(*box)](const ViewPoint& place) { return area.Holds(place); };
+    std::vector<ViewPoint> corners;
     for (const auto& corner : *lasso) corners.push_back(PointOf(corner));
-    return [area = ViewLasso(std::move(corners))](const ViewPlace& place) {
+    return [area = ViewLasso(std::move(corners))](const ViewPoint& place) {
         return area.Holds(place);
     };
 }

@@ -24,14 +24,14 @@ uint32_t NumberOf(const NameOrNone& wanted,
                   const std::vector<std::string>& names,
                   const std::string& kind);
 
-inline ViewPlace PointOf(const std::array<float, 2>& numbers) { return {numbers[0], numbers[1]}; }
+inline ViewPoint PointOf(const std::array<float, 2>& numbers) { return {numbers[0], numbers[1]}; }
 inline ViewBox BoxOf(const std::array<float, 4>& numbers) {
     return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
 }
 
 /// A test whether a viewport point, in pixels, lies in the box or, without a box, in the lasso. One
 /// of the two must be given.
-std::function<bool(const ViewPlace&)> InsideOf(
+std::function<bool(const ViewPoint&)> InsideOf(
     const std::optional<std::array<float, 4>>& box,
     const std::optional<std::vector<std::array<float, 2>>>& lasso);
 

@@ -107,7 +107,7 @@ FaceChoice OfComponent(Document& document, const ComponentParameters& component)
     if (component.surface) {
         hit = HitNear(geometry, document.Tree(), *component.surface);
     } else {
-        const ViewPlace place = PointOf(*component.pointer);
+        const ViewPoint place = PointOf(*component.pointer);
         hit = HitThrough(geometry, document.Tree(), document.View(), {place.x, place.y, 0.0f});
     }
     if (!hit) throw FieldFault("/component", "there is no visible surface at this position");

@@ -74,7 +74,7 @@ SwiftStroke::~SwiftStroke() {
 }
 
 void SwiftStroke::ReleaseScratch() {
-    knownPatches.Forget();
+    patchCache.Forget();
     std::free(patchVertexList);
     patchVertexList = nullptr;
     patchVertexListCapacity = 0;

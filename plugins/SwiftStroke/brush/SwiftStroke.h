@@ -4,7 +4,7 @@
 #include "DetailBrush.h"
 #include "kernels/KernelSwitches.h"
 #include "stroke/BrushSpace.h"
-#include "topology/KnownPatches.h"
+#include "topology/PatchCache.h"
 
 namespace trovik {
 
@@ -155,23 +155,23 @@ public:
     /// Copies the current positions of the vertices of a patch into positionGrid.
     void ReadPatchPositions(const uint32_t* slice);
     /// Returns whether this dab may use and extend the patch cache of the stroke.
-    bool MayRememberPatches();
+    bool MayUsePatchCache();
     /// Applies the side effects of a visit of the patch, if the cache shows that the patch is
     /// culled.
     /// \return false, without any effect, if it is not.
-    bool PassRestingPatch(uint32_t patch);
+    bool SkipCulledPatch(uint32_t patch);
     /// Finds the ghost vertices near the ends of the sides of a patch.
     /// \return false if a side of the patch is open.
-    bool FindRingEnds(uint32_t patch, KnownPatches::RingEnds& ends) const;
+    bool FindRingEnds(uint32_t patch, PatchCache::RingEnds& ends) const;
     /// Reads the cells that are needed for the normals at the corners of a culled patch.
-    void ReadCornerCells(const KnownPatches::Patch& patch);
+    void ReadCornerCells(const PatchCache::Patch& patch);
     /// Returns whether the four corners of the patch in the work list are different vertices. If
     /// so, no two sides of the patch are joined to each other, and each vertex is listed once.
     bool ListsEachVertexOnce() const;
     /// Whether the vertices and normals of a listed patch are prefetched just before their use
     /// rather than when the list is built. In a deep patch they would be evicted from the caches
     /// before they are used.
-    bool FetchesLate() const { return patchLevel >= 6; }
+    bool PrefetchesLate() const { return patchLevel >= 6; }
     /// Whether patchVertexList is the list of the patch with this slice.
     bool IsListed(const uint32_t* slice) const {
         return slice == listedSlice && patchLevel == listedLevel;
@@ -367,9 +367,9 @@ public:
     uint32_t refineDabCount = 0;
     uint32_t refineInterval = 0;
     bool strokeActive = false;
-    KnownPatches knownPatches;
+    PatchCache patchCache;
     /// For comparisons in tests: if false, every patch is visited in full.
-    bool remembersPatches = true;
+    bool usesPatchCache = true;
 
 private:
     class NormalRefresh;

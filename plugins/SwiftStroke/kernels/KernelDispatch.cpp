@@ -37,14 +37,14 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     if ((mesh->faceFlags[faceBase] & faceIsLive) == 0) return false;
     if (useTessellator && CurrentMeshEditable()) return DetailBrush::Tester(walked, face);
     if (planeSampling) return SamplePlanePatch(face);
-    if (PassRestingPatch(face)) return false;
+    if (SkipCulledPatch(face)) return false;
 
-    Vector bentCells[8];
+    Vector modifiedCells[8];
     if (isSmooth) {
         // Building the list prefetches the vertices from which the grid is then filled.
         BuildWorkList(face);
         FillPatchHalo(walked, face);
-        CorrectCorners(face, bentCells);
+        CorrectCorners(face, modifiedCells);
     }
 
     const PatchKernelPointer kernel = patchKernels[PatchSwitches().Index()];
@@ -53,7 +53,7 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     // The normals need the true positions of the neighbours in the ghost cells. Smooth on positions
     // has already read them and modified only eight cells.
     if (isSmooth && affectAllLayers.Value())
-        RestoreCorners(bentCells);
+        RestoreCorners(modifiedCells);
     else
         FillPatchHalo(walked, face);
 

@@ -19,7 +19,7 @@ template <KernelSwitches switches>
 __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
                                          const PatchVertexEntry* entries,
                                          uint32_t count,
-                                         uint64_t turns,
+                                         uint64_t movingMask,
                                          const VertexBatch& batch) {
     constexpr FixedSwitches<switches> sw;
     DabConstants dab = patch;
@@ -31,14 +31,14 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
         v.cell = entries[i].cell;
         v.vertexRecord = dab.vertices + v.vertex;
         v.current = PositionOf(*v.vertexRecord);
-        if (((turns >> i) & 1u) == 0) {
+        if (((movingMask >> i) & 1u) == 0) {
             dab.positionGrid[v.cell] = v.current;
             continue;
         }
         v.record = batch.records[i];
         if constexpr (sw.withStamp) v.startPosition = ReversedXyz(_mm_load_ps(batch.start[i]));
         if constexpr (sw.withoutRadius) {
-            Weigh(sw, dab, v);
+            ComputeWeight(sw, dab, v);
         } else {
             v.weight = batch.weight[i];
         }
@@ -74,18 +74,18 @@ TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
     constexpr FixedSwitches<switches> sw;
     VertexState v;
     v.vertexRecord = dab.vertices + entry.vertex;
-    HWVector place = PositionOf(*v.vertexRecord);
+    HWVector position = PositionOf(*v.vertexRecord);
     if (moves) {
         v.weight = weight;
-        Strengthen(sw, dab, v);
+        ApplyStrength(sw, dab, v);
         const HWVector mean = FiveCellSum(dab.positionGrid, left, entry.cell, stride) * 0.2f;
-        HWVector displacement = (mean - place) * v.weight;
+        HWVector displacement = (mean - position) * v.weight;
         if (sw.inWorldSpace) displacement = displacement * dab.space.inverseScale;
-        place = place + displacement;
-        StorePosition(*v.vertexRecord, place);
+        position = position + displacement;
+        StorePosition(*v.vertexRecord, position);
     }
-    dab.positionGrid[entry.cell] = place;
-    left = place;
+    dab.positionGrid[entry.cell] = position;
+    left = position;
 }
 
 /// The second stage for two rows. The lower row is one vertex behind the upper row: it needs the
@@ -112,7 +112,7 @@ __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
         [&dab, stride](
             const PatchVertexEntry* row, const RowBatches& batches, uint32_t i, HWVector& atLeft) {
             AverageInRow<switches>(
-                dab, row[i], batches.IsTurnOf(i), batches.WeightOf(i), stride, atLeft);
+                dab, row[i], batches.IsMoving(i), batches.WeightOf(i), stride, atLeft);
         };
     turn(entries, upper, 0, left);
     for (uint32_t i = 1; i < points; ++i) {
@@ -121,8 +121,8 @@ __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
     }
     turn(under, lower, points - 1, leftUnder);
 
-    const bool above = WidenBounds(patch, grid + entries->cell, before[0], points, upper);
-    const bool below = WidenBounds(patch, grid + under->cell, before[1], points, lower);
+    const bool above = ExtendBounds(patch, grid + entries->cell, before[0], points, upper);
+    const bool below = ExtendBounds(patch, grid + under->cell, before[1], points, lower);
     return above || below;
 }
 

@@ -115,10 +115,10 @@ public:
           places(SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(brush.patchLevel))
                      .array),
           list(brush.IsListed(patchSlice) ? brush.patchVertexList : nullptr),
-          fetchesLate(brush.FetchesLate()),
+          fetchesLate(brush.PrefetchesLate()),
           normals(brush.mesh->vertexNormals.array),
           scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
-          pack(PresentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
+          pack(CurrentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
 
     /// Processes the rows as one sequence, including the ghost cells between them. This costs less
     /// than groups that a row does not fill.

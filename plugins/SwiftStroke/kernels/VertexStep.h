@@ -32,7 +32,7 @@ TROVIK_FORCE_INLINE bool MoveVertex(const Switches& sw, DabConstants& dab, Verte
     v.weightVector = HWVector::Splat(v.weight);
     if (sw.withStamp && ApplyStamp(sw, dab, v) == StageResult::OutOfReach)
         return LeaveVertex(sw, dab, v, sw.withoutRadius);
-    Strengthen(sw, dab, v);
+    ApplyStrength(sw, dab, v);
     Displace(sw, dab, v);
     WriteBack(sw, dab, v);
     return true;
@@ -67,7 +67,7 @@ TROVIK_FORCE_INLINE bool StepVertex(const Switches& sw,
         return LeaveVertex(sw, dab, v, reached);
     }
 
-    if (Weigh(sw, dab, v) == StageResult::OutOfReach) return LeaveVertex(sw, dab, v, false);
+    if (ComputeWeight(sw, dab, v) == StageResult::OutOfReach) return LeaveVertex(sw, dab, v, false);
     return MoveVertex(sw, dab, v);
 }
 

@@ -47,8 +47,8 @@ void SwiftStroke::FillWorkList(uint32_t patch, const VertexAt& vertexAt) {
 
     // Each vertex uses the face to its upper left, or the nearest face of the patch. The data of
     // later stages is prefetched here, because those stages can find it only through the list.
-    const auto fetched = [=, &vertexAt](uint32_t place) {
-        const uint32_t vertex = vertexAt(place);
+    const auto fetched = [=, &vertexAt](uint32_t index) {
+        const uint32_t vertex = vertexAt(index);
         if constexpr (fetches) {
             __builtin_prefetch(vertices + vertex, 1);
             __builtin_prefetch(normals + vertex, 1);
@@ -86,17 +86,17 @@ uint32_t SwiftStroke::BuildWorkList(uint32_t patch) {
     }
     listedSlice = slice;
     listedLevel = patchLevel;
-    if (const KnownPatches::Patch* known = knownPatches.Find(patch); known != nullptr) {
+    if (const PatchCache::Patch* known = patchCache.Find(patch); known != nullptr) {
         const uint32_t* listed = known->vertices;
-        const auto vertexAt = [listed](uint32_t place) { return listed[place]; };
-        if (FetchesLate())
+        const auto vertexAt = [listed](uint32_t index) { return listed[index]; };
+        if (PrefetchesLate())
             FillWorkList<false>(patch, vertexAt);
         else
             FillWorkList<true>(patch, vertexAt);
     } else {
         const uint32_t* table =
             SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(patchLevel)).array;
-        FillWorkList<true>(patch, [slice, table](uint32_t place) { return slice[table[place]]; });
+        FillWorkList<true>(patch, [slice, table](uint32_t index) { return slice[table[index]]; });
     }
     return count;
 }

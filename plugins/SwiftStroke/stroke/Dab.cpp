@@ -85,7 +85,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     brushSpace->boundsMax = HWVector(hit.position);
     brushSpace->boundsMin = brushSpace->boundsMax;
     // Called before plane sampling walks the mesh.
-    knownPatches.Check(*CurrentChange(), patchLevel, SmoothsLayer());
+    patchCache.Check(*CurrentChange(), patchLevel, SmoothsLayer());
     if (!PrepareDab(hit)) return;
     dabStamp = mesh->visitStamp;
     if (stampEnabled) SetUpStampFrame(position);
@@ -98,17 +98,17 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
         if (useTessellator) RefineUnderBrush(hit);
 
         if (hit.mesh->meshType == 1) {
-            if (MayRememberPatches())
-                knownPatches.Open();
+            if (MayUsePatchCache())
+                patchCache.Open();
             else
-                knownPatches.Forget();
+                patchCache.Forget();
             {
                 // Runs even after an exception, because records have the mark of this dab, which no
                 // later dab may use.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             }
-            knownPatches.Close(*CurrentChange());
+            patchCache.Close(*CurrentChange());
         } else {
             mesh->EnumerateVertices(hit.face, this);
         }

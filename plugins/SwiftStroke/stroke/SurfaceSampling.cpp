@@ -10,7 +10,7 @@ namespace trovik {
 namespace {
 
 /// A sum of weights below this counts as no sample.
-constexpr float leastSampleWeight = 0.0001f;
+constexpr float minSampleWeight = 0.0001f;
 
 /// Returns the number of cells along one arm: about one brush radius, at least one, at most a patch
 /// side.
@@ -122,7 +122,7 @@ void SwiftStroke::SampleArea(const SurfacePoint& hit, Vector& normal, Vector& po
     }
 
     normal = planeSampleNormalSum.Normalized();
-    position = planeSampleWeight > leastSampleWeight
+    position = planeSampleWeight > minSampleWeight
                    ? planeSamplePositionSum * (1.0f / planeSampleWeight)
                    : planePoints[mirrorPass];
 }

@@ -123,7 +123,7 @@ void SwiftStroke::ReadRingSide(const uint32_t* slice,
     const Walk walk = NeighbourWalk(neighbourSide, size);
     const RingSide ring = RingSideOf(side, gridStride);
     const uint32_t* vertexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
-    uint32_t place = walk.start;
+    uint32_t tableIndex = walk.start;
     uint32_t cell = Along(ring.start, size, ring.step);
     HWVector* const positions = positionGrid;
 
@@ -133,8 +133,8 @@ void SwiftStroke::ReadRingSide(const uint32_t* slice,
     uint32_t found[together];
     for (uint32_t left = size + 1; left > 0;) {
         const uint32_t count = std::min(left, together);
-        for (uint32_t i = 0; i < count; ++i, place += static_cast<uint32_t>(walk.step)) {
-            found[i] = slice[vertexTable[place]];
+        for (uint32_t i = 0; i < count; ++i, tableIndex += static_cast<uint32_t>(walk.step)) {
+            found[i] = slice[vertexTable[tableIndex]];
             __builtin_prefetch(vertices + found[i]);
         }
         const uint32_t firstCell = cell;

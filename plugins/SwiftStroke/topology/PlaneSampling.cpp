@@ -38,9 +38,9 @@ bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
                                                        record->originalPosition[1],
                                                        record->originalPosition[2])
                                               : Vector(changed.x, changed.y, changed.z);
-    HWVector place(measured);
-    if (nonUniformScale) place = ToWorld(*brushSpace, place);
-    const HWVector toCenter = brushSpace->center - place;
+    HWVector measuredPosition(measured);
+    if (nonUniformScale) measuredPosition = ToWorld(*brushSpace, measuredPosition);
+    const HWVector toCenter = brushSpace->center - measuredPosition;
     const float distanceSquared = (toCenter | toCenter).First();
     if (distanceSquared > radiusSquared) return false;
 

@@ -3,7 +3,7 @@
 #include "DetailBrush.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
-#include "framework/render/Picture.h"
+#include "framework/render/RenderImage.h"
 #include "host/Mesh.h"
 
 #include <cstdio>
@@ -20,10 +20,10 @@ void RefuseMisplacedVertex() {
 
 /// Both need modules of the library, which finds them independently of the executable's location.
 void RenderAndWrite() {
-    trovik::PictureOptions options;
+    trovik::RenderOptions options;
     options.width = 8;
     options.height = 6;
-    const trovik::Picture picture = trovik::RenderPicture({}, {}, options);
+    const trovik::RenderImage picture = trovik::RenderOnce({}, {}, options);
     trovik::WriteImageFile("consumer.png", picture.rgb.data(), 8, 6, 3);
     const trovik::FloatImage image = trovik::ReadImageFile("consumer.png");
     std::printf("image: %u x %u x %u\n", image.width, image.height, image.channels);

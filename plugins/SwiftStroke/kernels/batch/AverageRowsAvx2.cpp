@@ -46,9 +46,9 @@ public:
         for (uint32_t row = 0; row < rowCount; ++row) {
             uint64_t carried = 0;
             for (uint32_t k = 0; k < std::size(all); ++k) {
-                const uint64_t turns = k < words ? rows[row].turns[k] : 0;
-                const uint64_t shifted = (turns << row) | carried;
-                carried = row == 0 ? 0 : turns >> (64 - row);
+                const uint64_t movingMask = k < words ? rows[row].movingMask[k] : 0;
+                const uint64_t shifted = (movingMask << row) | carried;
+                carried = row == 0 ? 0 : movingMask >> (64 - row);
                 all[k] &= shifted;
                 any[k] |= shifted;
             }
@@ -83,24 +83,26 @@ static_assert(RowBatches::capacity + rowCount - 1 <= 256);
 class WideBounds {
 public:
     TROVIK_AVX2_INLINE explicit WideBounds(const DabConstants& dab)
-        : least(Doubled(dab.boundsMin)), most(Doubled(dab.boundsMax)), odd(_mm256_setzero_ps()) {}
+        : least(Duplicated(dab.boundsMin)),
+          most(Duplicated(dab.boundsMax)),
+          nanMask(_mm256_setzero_ps()) {}
 
     /// A position that was NaN before is NaN now as well.
     TROVIK_AVX2_INLINE void Take(__m256 now, __m256 before) {
         least = _mm256_min_ps(least, _mm256_min_ps(now, before));
         most = _mm256_max_ps(most, _mm256_max_ps(now, before));
-        odd = _mm256_or_ps(odd, _mm256_cmp_ps(now, now, _CMP_UNORD_Q));
+        nanMask = _mm256_or_ps(nanMask, _mm256_cmp_ps(now, now, _CMP_UNORD_Q));
     }
 
     TROVIK_AVX2_INLINE __m128 Least() const { return _mm_min_ps(FirstOf(least), SecondOf(least)); }
     TROVIK_AVX2_INLINE __m128 Most() const { return _mm_max_ps(FirstOf(most), SecondOf(most)); }
     /// Whether one of the positions was NaN; the result then depends on the order.
-    TROVIK_AVX2_INLINE bool HasOdd() const { return _mm256_movemask_ps(odd) != 0; }
+    TROVIK_AVX2_INLINE bool HasNan() const { return _mm256_movemask_ps(nanMask) != 0; }
 
 private:
     __m256 least;
     __m256 most;
-    __m256 odd;
+    __m256 nanMask;
 };
 
 /// Processes a single vertex.
@@ -113,13 +115,13 @@ TROVIK_AVX2_INLINE void AverageOne(const FourRows& rows,
     const HWVector mean = FiveCellSum(above, rows.stride, rows.stride) * 0.2f;
     const HWVector moved = cell + ((mean - cell) * rows.weights[row][column]) * rows.scale;
     StorePosition(rows.VertexOf(row, column), moved);
-    bounds.Take(Doubled(moved), Doubled(cell));
+    bounds.Take(Duplicated(moved), Duplicated(cell));
     cell = moved;
 }
 
 /// Returns the new positions of two vertices, computed from their positions, their four neighbours
 /// and their weights.
-TROVIK_AVX2_INLINE __m256 Averaged(__m256 place,
+TROVIK_AVX2_INLINE __m256 Averaged(__m256 position,
                                    __m256 left,
                                    __m256 right,
                                    __m256 below,
@@ -127,15 +129,16 @@ TROVIK_AVX2_INLINE __m256 Averaged(__m256 place,
                                    __m256 weights,
                                    __m256 scale,
                                    bool inWorldSpace) {
-    __m256 sum = _mm256_add_ps(_mm256_add_ps(place, left), right);
+    __m256 sum = _mm256_add_ps(_mm256_add_ps(position, left), right);
     sum = _mm256_add_ps(_mm256_add_ps(sum, below), above);
     const __m256 mean = _mm256_mul_ps(sum, _mm256_set1_ps(0.2f));
-    const __m256 displacement = _mm256_mul_ps(_mm256_sub_ps(mean, place), weights);
-    return _mm256_add_ps(place, inWorldSpace ? _mm256_mul_ps(displacement, scale) : displacement);
+    const __m256 displacement = _mm256_mul_ps(_mm256_sub_ps(mean, position), weights);
+    return _mm256_add_ps(position,
+                         inWorldSpace ? _mm256_mul_ps(displacement, scale) : displacement);
 }
 
 /// Processes steps at which the vertices of all four rows move.
-TROVIK_AVX2_INLINE void AverageTogether(
+TROVIK_AVX2_INLINE void AverageAllRows(
     const FourRows& rows, uint32_t step, uint32_t count, bool inWorldSpace, WideBounds& allBounds) {
     WideBounds bounds = allBounds;
     HWVector* const first = rows.CellOf(0, step);
@@ -144,37 +147,37 @@ TROVIK_AVX2_INLINE void AverageTogether(
     HWVector* const fourth = rows.CellOf(3, step - 3);
     const HWVector* const over = first - rows.stride;
     const HWVector* const under = fourth + rows.stride;
-    const __m256 scale = Doubled(rows.scale);
-    __m256 leftA = Beside(first[-1].lanes, second[-1].lanes);
-    __m256 leftB = Beside(third[-1].lanes, fourth[-1].lanes);
-    __m256 placeA = Beside(first->lanes, second->lanes);
-    __m256 placeB = Beside(third->lanes, fourth->lanes);
+    const __m256 scale = Duplicated(rows.scale);
+    __m256 leftA = CombineHalves(first[-1].lanes, second[-1].lanes);
+    __m256 leftB = CombineHalves(third[-1].lanes, fourth[-1].lanes);
+    __m256 positionA = CombineHalves(first->lanes, second->lanes);
+    __m256 positionB = CombineHalves(third->lanes, fourth->lanes);
     for (uint32_t i = 0; i < count; ++i) {
-        const __m256 rightA = Beside(first[i + 1].lanes, second[i + 1].lanes);
-        const __m256 rightB = Beside(third[i + 1].lanes, fourth[i + 1].lanes);
+        const __m256 rightA = CombineHalves(first[i + 1].lanes, second[i + 1].lanes);
+        const __m256 rightB = CombineHalves(third[i + 1].lanes, fourth[i + 1].lanes);
         // The cell below a row is the cell to the right in the next row, and the cell above it is
         // the previous result of the row above.
         const __m256 belowA = _mm256_permute2f128_ps(rightA, rightB, 0x21);
-        const __m256 belowB = Beside(SecondOf(rightB), under[i].lanes);
-        const __m256 aboveA = Beside(over[i].lanes, FirstOf(leftA));
+        const __m256 belowB = CombineHalves(SecondOf(rightB), under[i].lanes);
+        const __m256 aboveA = CombineHalves(over[i].lanes, FirstOf(leftA));
         const __m256 aboveB = _mm256_permute2f128_ps(leftA, leftB, 0x21);
         const uint32_t column = step + i;
-        const __m256 weightA =
-            Beside(_mm_set1_ps(rows.weights[0][column]), _mm_set1_ps(rows.weights[1][column - 1]));
-        const __m256 weightB = Beside(_mm_set1_ps(rows.weights[2][column - 2]),
-                                      _mm_set1_ps(rows.weights[3][column - 3]));
-        leftA = Averaged(placeA, leftA, rightA, belowA, aboveA, weightA, scale, inWorldSpace);
-        leftB = Averaged(placeB, leftB, rightB, belowB, aboveB, weightB, scale, inWorldSpace);
-        bounds.Take(leftA, placeA);
-        bounds.Take(leftB, placeB);
+        const __m256 weightA = CombineHalves(_mm_set1_ps(rows.weights[0][column]),
+                                             _mm_set1_ps(rows.weights[1][column - 1]));
+        const __m256 weightB = CombineHalves(_mm_set1_ps(rows.weights[2][column - 2]),
+                                             _mm_set1_ps(rows.weights[3][column - 3]));
+        leftA = Averaged(positionA, leftA, rightA, belowA, aboveA, weightA, scale, inWorldSpace);
+        leftB = Averaged(positionB, leftB, rightB, belowB, aboveB, weightB, scale, inWorldSpace);
+        bounds.Take(leftA, positionA);
+        bounds.Take(leftB, positionB);
         first[i].lanes = FirstOf(leftA);
         second[i].lanes = SecondOf(leftA);
         third[i].lanes = FirstOf(leftB);
         fourth[i].lanes = SecondOf(leftB);
-        StorePlaces(rows.VertexOf(0, column), rows.VertexOf(1, column - 1), leftA);
-        StorePlaces(rows.VertexOf(2, column - 2), rows.VertexOf(3, column - 3), leftB);
-        placeA = rightA;
-        placeB = rightB;
+        StorePositionPair(rows.VertexOf(0, column), rows.VertexOf(1, column - 1), leftA);
+        StorePositionPair(rows.VertexOf(2, column - 2), rows.VertexOf(3, column - 3), leftB);
+        positionA = rightA;
+        positionB = rightB;
     }
     allBounds = bounds;
 }
@@ -189,7 +192,7 @@ TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
         found = _mm256_or_si256(found, _mm256_cmpeq_epi32(two, negativeZero));
     }
     if (i < count) {
-        const __m256i last = _mm256_castps_si256(Doubled(cells[i]));
+        const __m256i last = _mm256_castps_si256(Duplicated(cells[i]));
         found = _mm256_or_si256(found, _mm256_cmpeq_epi32(last, negativeZero));
     }
     // The lowest lane of each is w.
@@ -203,7 +206,7 @@ TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
                                     const WideBounds& bounds,
                                     const FourRows& rows,
                                     const HWVector (*before)[RowBatches::capacity]) {
-    if (bounds.HasOdd()) return false;
+    if (bounds.HasNan()) return false;
     const __m128 least = bounds.Least();
     const __m128 most = bounds.Most();
     const __m128 zeros =
@@ -239,12 +242,12 @@ TROVIK_AVX2_INLINE bool AverageRows(DabConstants& patch,
     rows.weights = weights;
     for (uint32_t row = 0; row < rowCount; ++row) {
         for (uint32_t first = 0; first < points; first += VertexBatch::capacity) {
-            StrengthenBatch(patch,
-                            entries + row * points + first,
-                            std::min(points - first, VertexBatch::capacity),
-                            withFreeze,
-                            batches[row].batches[first / VertexBatch::capacity].weight,
-                            weights[row] + first);
+            ApplyStrengthToBatch(patch,
+                                 entries + row * points + first,
+                                 std::min(points - first, VertexBatch::capacity),
+                                 withFreeze,
+                                 batches[row].batches[first / VertexBatch::capacity].weight,
+                                 weights[row] + first);
         }
         std::copy_n(rows.CellOf(row, 0), points, before[row]);
     }
@@ -259,13 +262,13 @@ TROVIK_AVX2_INLINE bool AverageRows(DabConstants& patch,
         reached = true;
         const uint32_t together = map.Together(step);
         if (together > 0) {
-            AverageTogether(rows, step, together, inWorldSpace, bounds);
+            AverageAllRows(rows, step, together, inWorldSpace, bounds);
             step += together;
             continue;
         }
         for (uint32_t row = 0; row < rowCount && row <= step; ++row) {
             const uint32_t column = step - row;
-            if (column < points && batches[row].IsTurnOf(column))
+            if (column < points && batches[row].IsMoving(column))
                 AverageOne(rows, row, column, bounds);
         }
         ++step;
@@ -273,7 +276,7 @@ TROVIK_AVX2_INLINE bool AverageRows(DabConstants& patch,
 
     if (!StoreBounds(patch, bounds, rows, before)) {
         for (uint32_t row = 0; row < rowCount; ++row)
-            WidenBounds(patch, rows.CellOf(row, 0), before[row], points, batches[row]);
+            ExtendBounds(patch, rows.CellOf(row, 0), before[row], points, batches[row]);
     }
     return reached;
 }

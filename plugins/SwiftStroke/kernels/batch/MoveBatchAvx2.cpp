@@ -63,11 +63,11 @@ TROVIK_AVX2_INLINE __m256 Dot(__m256 a, __m256 b) {
     return _mm256_permute_ps(sums, 0);
 }
 
-TROVIK_AVX2_INLINE __m256 DisplacementOf(const WideDab& dab, Way way, __m256 place, __m256 dir) {
+TROVIK_AVX2_INLINE __m256 DisplacementOf(const WideDab& dab, Way way, __m256 position, __m256 dir) {
     if (IsPushing(way)) return dir;
     if (way == Way::Pull)
-        return _mm256_mul_ps(_mm256_sub_ps(dab.center, place), _mm256_set1_ps(0.1f));
-    const __m256 height = Dot(dir, place);
+        return _mm256_mul_ps(_mm256_sub_ps(dab.center, position), _mm256_set1_ps(0.1f));
+    const __m256 height = Dot(dir, position);
     __m256 move = _mm256_add_ps(dab.planeOffset, _mm256_sub_ps(dab.planeDistance, height));
     move = _mm256_mul_ps(move, dab.planeSign);
     // If the operands are equal or NaN, both instructions return the second operand: the move.
@@ -80,17 +80,17 @@ TROVIK_AVX2_INLINE __m256 DisplacementOf(const WideDab& dab, Way way, __m256 pla
 TROVIK_AVX2_INLINE __m256 MovePair(WideDab& dab, Way way, uint32_t i, uint32_t k, __m256 weights) {
     Vertex& first = dab.vertices[dab.entries[i].vertex];
     Vertex& second = dab.vertices[dab.entries[k].vertex];
-    const __m256 place = PlacesOf(first, second);
+    const __m256 position = PositionPairOf(first, second);
     const __m256 dir =
         IsByNormals(way) ? NormalsOf(*dab.records[i], *dab.records[k]) : dab.direction;
-    const __m256 displacement = _mm256_mul_ps(DisplacementOf(dab, way, place, dir), weights);
-    const __m256 moved = _mm256_add_ps(place, _mm256_mul_ps(displacement, dab.scale));
-    StorePlaces(first, second, moved);
+    const __m256 displacement = _mm256_mul_ps(DisplacementOf(dab, way, position, dir), weights);
+    const __m256 moved = _mm256_add_ps(position, _mm256_mul_ps(displacement, dab.scale));
+    StorePositionPair(first, second, moved);
 
-    dab.least = _mm_min_ps(_mm_min_ps(dab.least, FirstOf(moved)), FirstOf(place));
-    dab.most = _mm_max_ps(_mm_max_ps(dab.most, FirstOf(moved)), FirstOf(place));
-    dab.least = _mm_min_ps(_mm_min_ps(dab.least, SecondOf(moved)), SecondOf(place));
-    dab.most = _mm_max_ps(_mm_max_ps(dab.most, SecondOf(moved)), SecondOf(place));
+    dab.least = _mm_min_ps(_mm_min_ps(dab.least, FirstOf(moved)), FirstOf(position));
+    dab.most = _mm_max_ps(_mm_max_ps(dab.most, FirstOf(moved)), FirstOf(position));
+    dab.least = _mm_min_ps(_mm_min_ps(dab.least, SecondOf(moved)), SecondOf(position));
+    dab.most = _mm_max_ps(_mm_max_ps(dab.most, SecondOf(moved)), SecondOf(position));
     if (IsPushing(way)) {
         dab.records[i]->buildUp = dab.buildUp[i];
         dab.records[k]->buildUp = dab.buildUp[k];
@@ -101,7 +101,7 @@ TROVIK_AVX2_INLINE __m256 MovePair(WideDab& dab, Way way, uint32_t i, uint32_t k
 TROVIK_AVX2_INLINE bool MoveAll(DabConstants& patch,
                                 const PatchVertexEntry* entries,
                                 uint32_t count,
-                                uint64_t turns,
+                                uint64_t movingMask,
                                 const VertexBatch& batch,
                                 Way way,
                                 bool withFreeze,
@@ -113,9 +113,9 @@ TROVIK_AVX2_INLINE bool MoveAll(DabConstants& patch,
     dab.buildUp = batch.buildUp;
     dab.vertices = patch.vertices;
     dab.grid = patch.positionGrid;
-    dab.direction = Doubled(patch.direction);
-    dab.center = Doubled(patch.center);
-    dab.scale = inWorldSpace ? Doubled(patch.space.inverseScale) : _mm256_set1_ps(1.0f);
+    dab.direction = Duplicated(patch.direction);
+    dab.center = Duplicated(patch.center);
+    dab.scale = inWorldSpace ? Duplicated(patch.space.inverseScale) : _mm256_set1_ps(1.0f);
     dab.planeOffset = _mm256_set1_ps(brush.planeOffset * brush.strokePlaneSign);
     dab.planeDistance = _mm256_set1_ps(brush.planeDistance);
     dab.planeSign = _mm256_set1_ps(brush.planeDirectionSign);
@@ -125,7 +125,7 @@ TROVIK_AVX2_INLINE bool MoveAll(DabConstants& patch,
     dab.most = patch.boundsMax.lanes;
 
     alignas(32) float weight[VertexBatch::capacity];
-    StrengthenBatch(patch, entries, count, withFreeze, batch.weight, weight);
+    ApplyStrengthToBatch(patch, entries, count, withFreeze, batch.weight, weight);
     if (IsPlaning(way)) {
         for (uint32_t i = 0; i < count; i += 8)
             _mm256_store_ps(weight + i,
@@ -135,7 +135,7 @@ TROVIK_AVX2_INLINE bool MoveAll(DabConstants& patch,
     const __m256i firstTwo = _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1);
     const __m256i lastTwo = _mm256_setr_epi32(2, 2, 2, 2, 3, 3, 3, 3);
     for (uint32_t i = 0; i < count; i += 4) {
-        const auto moving = static_cast<unsigned>(turns >> i) & 15u;
+        const auto moving = static_cast<unsigned>(movingMask >> i) & 15u;
         // Four vertices whose cells are consecutive.
         if (moving == 15 && entries[i + 3].cell == entries[i].cell + 3) [[likely]] {
             const __m256 four = _mm256_castps128_ps256(_mm_load_ps(weight + i));
@@ -149,7 +149,7 @@ TROVIK_AVX2_INLINE bool MoveAll(DabConstants& patch,
         }
         for (uint32_t k = i; k < i + 4 && k < count; ++k) {
             HWVector& cell = dab.grid[entries[k].cell];
-            if (((turns >> k) & 1u) != 0)
+            if (((movingMask >> k) & 1u) != 0)
                 cell.lanes = FirstOf(MovePair(dab, way, k, k, _mm256_set1_ps(weight[k])));
             else
                 cell = PositionOf(dab.vertices[entries[k].vertex]);
@@ -157,18 +157,19 @@ TROVIK_AVX2_INLINE bool MoveAll(DabConstants& patch,
     }
     patch.boundsMin.lanes = dab.least;
     patch.boundsMax.lanes = dab.most;
-    return turns != 0;
+    return movingMask != 0;
 }
 
-#define TROVIK_MOVE_WIDE(way)                                                                    \
-    TROVIK_AVX2 bool Move##way(DabConstants& patch,                                              \
-                               const PatchVertexEntry* entries,                                  \
-                               uint32_t count,                                                   \
-                               uint64_t turns,                                                   \
-                               const VertexBatch& batch,                                         \
-                               bool withFreeze,                                                  \
-                               bool inWorldSpace) {                                              \
-        return MoveAll(patch, entries, count, turns, batch, Way::way, withFreeze, inWorldSpace); \
+#define TROVIK_MOVE_WIDE(way)                                                              \
+    TROVIK_AVX2 bool Move##way(DabConstants& patch,                                        \
+                               const PatchVertexEntry* entries,                            \
+                               uint32_t count,                                             \
+                               uint64_t movingMask,                                        \
+                               const VertexBatch& batch,                                   \
+                               bool withFreeze,                                            \
+                               bool inWorldSpace) {                                        \
+        return MoveAll(                                                                    \
+            patch, entries, count, movingMask, batch, Way::way, withFreeze, inWorldSpace); \
     }
 
 TROVIK_MOVE_WIDE(PushAlong)

@@ -13,24 +13,25 @@ namespace trovik {
 
 namespace {
 
-using Weigher = uint64_t (*)(const WeighTerms&, uint32_t, VertexBatch&);
+using WeightFunction = uint64_t (*)(const WeightTerms&, uint32_t, VertexBatch&);
 
-bool IsWide() { return PresentVectorWidth() == VectorWidth::Eight; }
+bool IsWide() { return CurrentVectorWidth() == VectorWidth::Eight; }
 
 template <BuildUp buildUp>
-Weigher WeigherOf(bool inWorldSpace) {
+WeightFunction WeightFunctionOf(bool inWorldSpace) {
     if (IsWide())
-        return inWorldSpace ? &WeighBatchWide<buildUp, true> : &WeighBatchWide<buildUp, false>;
-    return inWorldSpace ? &WeighBatch<buildUp, true> : &WeighBatch<buildUp, false>;
+        return inWorldSpace ? &ComputeWeightsWide<buildUp, true>
+                            : &ComputeWeightsWide<buildUp, false>;
+    return inWorldSpace ? &ComputeWeights<buildUp, true> : &ComputeWeights<buildUp, false>;
 }
 
 /// Build-up applies only to pushing. With a stamp it is added in the stage of the stamp.
-Weigher WeigherFor(const KernelSwitches& switches) {
+WeightFunction WeightFunctionFor(const KernelSwitches& switches) {
     const bool world = switches.inWorldSpace;
     if (FamilyOf(switches.averageBit, switches.pullBit) != Family::Pushing)
-        return WeigherOf<BuildUp::None>(world);
-    return switches.withStamp ? WeigherOf<BuildUp::Damps>(world)
-                              : WeigherOf<BuildUp::DampsAndGrows>(world);
+        return WeightFunctionOf<BuildUp::None>(world);
+    return switches.withStamp ? WeightFunctionOf<BuildUp::Damps>(world)
+                              : WeightFunctionOf<BuildUp::DampsAndGrows>(world);
 }
 
 /// The run of one kernel over one patch.
@@ -47,7 +48,7 @@ public:
           movers(kernelMovers),
           dab(swiftStroke, mirroredStamp),
           terms(dab),
-          weigh(WeigherFor(kernelSwitches)),
+          weigh(WeightFunctionFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
           wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
           // A mirrored read creates records between those of the vertices, and records must be in
@@ -59,16 +60,16 @@ public:
     /// \return whether the dab reached a vertex.
     bool Run(const PatchVertexEntry* entries,
              const PatchVertexEntry* end,
-             const KnownPatches::Run* records) {
+             const PatchCache::Run* records) {
         known.run = records;
         if (movers.rowPair != nullptr && brush.ListsEachVertexOnce() && dab.mesh.meshType == 1)
             entries = RunRows(entries, end);
         VertexBatch batch;
         while (entries != end) {
-            uint64_t turns = 0;
+            uint64_t movingMask = 0;
             const uint32_t length =
-                Take(entries, static_cast<uint32_t>(end - entries), batch, turns);
-            Move(entries, length, turns, batch);
+                Take(entries, static_cast<uint32_t>(end - entries), batch, movingMask);
+            Move(entries, length, movingMask, batch);
             entries += length;
         }
         dab.StoreBounds();
@@ -81,16 +82,16 @@ private:
     uint32_t Take(const PatchVertexEntry* entries,
                   uint32_t count,
                   VertexBatch& batch,
-                  uint64_t& turns) {
+                  uint64_t& movingMask) {
         uint32_t length = std::min(longest, count);
         if (known.run != nullptr)
-            TouchKnown(known,
-                       length,
-                       fetchesLate ? entries : nullptr,
-                       dab.vertices,
-                       dab.change.records->array,
-                       dab.dabStamp,
-                       batch);
+            TouchCached(known,
+                        length,
+                        fetchesLate ? entries : nullptr,
+                        dab.vertices,
+                        dab.change.records->array,
+                        dab.dabStamp,
+                        batch);
         else
             length = TouchBatch(entries,
                                 length,
@@ -99,14 +100,14 @@ private:
                                 dab.dabStamp,
                                 switches.throughLayer,
                                 batch);
-        if (brush.knownPatches.IsLearning()) [[unlikely]]
-            brush.knownPatches.Learn(
+        if (brush.patchCache.IsAdding()) [[unlikely]]
+            brush.patchCache.AddEntries(
                 entries, length, batch.start, batch.records, dab.change.records->array);
         if (switches.withoutRadius) {
-            turns = FreshOf(batch, length, dab.dabStamp);
+            movingMask = FreshOf(batch, length, dab.dabStamp);
         } else {
             if (terms.facingActive) FaceBatch(brush, length, terms, batch);
-            turns = weigh(terms, length, batch);
+            movingMask = weigh(terms, length, batch);
         }
         if (dab.mesh.meshType == 0) [[unlikely]]
             reached |= MarkedWithinReach(batch, length, terms, switches.inWorldSpace);
@@ -115,13 +116,16 @@ private:
 
     void Move(const PatchVertexEntry* entries,
               uint32_t count,
-              uint64_t turns,
+              uint64_t movingMask,
               const VertexBatch& batch) {
-        reached |=
-            wideMover != nullptr
-                ? wideMover(
-                      dab, entries, count, turns, batch, switches.withFreeze, switches.inWorldSpace)
-                : movers.batch(dab, entries, count, turns, batch);
+        reached |= wideMover != nullptr ? wideMover(dab,
+                                                    entries,
+                                                    count,
+                                                    movingMask,
+                                                    batch,
+                                                    switches.withFreeze,
+                                                    switches.inWorldSpace)
+                                        : movers.batch(dab, entries, count, movingMask, batch);
     }
 
     /// Averages as many groups of rows as possible.
@@ -157,7 +161,8 @@ private:
         for (uint32_t k = 0; taken < points; ++k) {
             const uint32_t wanted = std::min(points - taken, VertexBatch::capacity);
             try {
-                const uint32_t length = Take(entries + taken, wanted, row.batches[k], row.turns[k]);
+                const uint32_t length =
+                    Take(entries + taken, wanted, row.batches[k], row.movingMask[k]);
                 taken += length;
                 if (length < wanted) break;
             } catch (...) {
@@ -172,7 +177,7 @@ private:
     void MoveRow(const PatchVertexEntry* entries, uint32_t count, const RowBatches& row) {
         for (uint32_t k = 0; count > 0; ++k) {
             const uint32_t length = std::min(count, VertexBatch::capacity);
-            Move(entries, length, row.turns[k], row.batches[k]);
+            Move(entries, length, row.movingMask[k], row.batches[k]);
             entries += length;
             count -= length;
         }
@@ -183,27 +188,27 @@ private:
     const BatchMovers& movers;
     DabConstants dab;
     RecordWalk known;
-    WeighTerms terms;
-    Weigher weigh;
+    WeightTerms terms;
+    WeightFunction weigh;
     WideMover wideMover;
     WideRowMover wideRowMover;
     uint32_t longest;
-    bool fetchesLate = brush.FetchesLate();
+    bool fetchesLate = brush.PrefetchesLate();
     bool reached = false;
 };
 
 }  // namespace
 
-bool WidenBounds(DabConstants& patch,
-                 const HWVector* now,
-                 const HWVector* before,
-                 uint32_t points,
-                 const RowBatches& row) {
+bool ExtendBounds(DabConstants& patch,
+                  const HWVector* now,
+                  const HWVector* before,
+                  uint32_t points,
+                  const RowBatches& row) {
     bool any = false;
     HWVector least = patch.boundsMin;
     HWVector most = patch.boundsMax;
     for (uint32_t i = 0; i < points; ++i) {
-        if (!row.IsTurnOf(i)) continue;
+        if (!row.IsMoving(i)) continue;
         any = true;
         least = HWVector::Minimum(HWVector::Minimum(least, now[i]), before[i]);
         most = HWVector::Maximum(HWVector::Maximum(most, now[i]), before[i]);
@@ -227,17 +232,17 @@ bool SwiftStroke::RunPatch(uint32_t face,
     const bool mirroredStamp = WantsMirroredStampRead();
     const uint32_t points = (1u << patchLevel) + 1;
     const uint32_t count = IsListed(PatchSlice(face)) ? points * points : BuildWorkList(face);
-    const KnownPatches::Patch* known = knownPatches.Find(face);
-    const KnownPatches::Run* records = nullptr;
-    knownPatches.StopLearning();
+    const PatchCache::Patch* known = patchCache.Find(face);
+    const PatchCache::Run* records = nullptr;
+    patchCache.StopAdding();
     if (known != nullptr)
-        records = knownPatches.RunsOf(*known).data();
-    else if (knownPatches.IsOpen() && ListsEachVertexOnce())
-        knownPatches.StartLearning(count);
+        records = patchCache.RunsOf(*known).data();
+    else if (patchCache.IsOpen() && ListsEachVertexOnce())
+        patchCache.StartAdding(count);
     const bool reached = PatchRun(*this, switches, movers, mirroredStamp)
                              .Run(patchVertexList, patchVertexList + count, records);
     strokeVertexCount += count;
-    knownPatches.Keep(face);
+    patchCache.Keep(face);
     return reached;
 }
 

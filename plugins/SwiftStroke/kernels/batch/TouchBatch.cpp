@@ -74,13 +74,13 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
     return count;
 }
 
-void TouchKnown(RecordWalk& walk,
-                uint32_t count,
-                const PatchVertexEntry* fetched,
-                const Vertex* vertices,
-                StoredVertexInfo* records,
-                uint32_t dabStamp,
-                VertexBatch& batch) {
+void TouchCached(RecordWalk& walk,
+                 uint32_t count,
+                 const PatchVertexEntry* fetched,
+                 const Vertex* vertices,
+                 StoredVertexInfo* records,
+                 uint32_t dabStamp,
+                 VertexBatch& batch) {
     for (uint32_t i = 0; i < count;) {
         const uint32_t length = std::min(count - i, walk.run->count - walk.done);
         StoredVertexInfo* record = records + walk.run->first + walk.done;

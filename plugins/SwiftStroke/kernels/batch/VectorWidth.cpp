@@ -24,7 +24,7 @@ bool IsAvailable(VectorWidth width) {
 #endif
 }
 
-VectorWidth PresentVectorWidth() { return Chosen(); }
+VectorWidth CurrentVectorWidth() { return Chosen(); }
 
 VectorWidth UseVectorWidth(VectorWidth width) {
     assert(IsAvailable(width));

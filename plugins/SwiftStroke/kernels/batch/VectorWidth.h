@@ -17,7 +17,7 @@ enum class VectorWidth {
 bool IsAvailable(VectorWidth width);
 /// Returns the width in use: the widest that the processor supports, unless UseVectorWidth has set
 /// another one.
-VectorWidth PresentVectorWidth();
+VectorWidth CurrentVectorWidth();
 /// Sets the width, for comparisons. Must not be called while a dab is running.
 /// \return the previous width.
 VectorWidth UseVectorWidth(VectorWidth width);

@@ -31,9 +31,9 @@ struct VertexBatch {
 };
 
 /// The input of the weights of a patch.
-struct WeighTerms {
-    WeighTerms() = default;
-    explicit WeighTerms(const DabConstants& dab);
+struct WeightTerms {
+    WeightTerms() = default;
+    explicit WeightTerms(const DabConstants& dab);
 
     float center[3] = {};
     float radiusSquared = 0.0f;
@@ -56,22 +56,21 @@ struct RowBatches {
     static constexpr uint32_t capacity = most * VertexBatch::capacity;
 
     VertexBatch batches[most];
-    uint64_t turns[most];
+    uint64_t movingMask[most];
 
-    bool IsTurnOf(uint32_t i) const { return ((turns[i / 64] >> (i % 64)) & 1u) != 0; }
+    bool IsMoving(uint32_t i) const { return ((movingMask[i / 64] >> (i % 64)) & 1u) != 0; }
     float WeightOf(uint32_t i) const { return batches[i / 64].weight[i % 64]; }
 };
 static_assert(VertexBatch::capacity == 64);
 
 /// The second stage of the vertex step, as one specialised kernel implements it.
 struct BatchMovers {
-    /// Moves a batch in the order of the list. Bit i of `turns`: vertex i moves; the other vertices
-    /// only enter the grid.
-    /// \return whether the dab reached one of them.
+    /// Moves a batch in the order of the list. Bit i of `movingMask`: vertex i moves; the other
+    /// vertices only enter the grid. \return whether the dab reached one of them.
     bool (*batch)(DabConstants& patch,
                   const PatchVertexEntry* entries,
                   uint32_t count,
-                  uint64_t turns,
+                  uint64_t movingMask,
                   const VertexBatch& batch);
     /// Moves two rows of `points` entries at once, with results bit-identical to those of one row
     /// after the other, for a patch that lists each vertex once. Null if the kernel depends on the
@@ -86,17 +85,17 @@ struct BatchMovers {
 /// Extends the bounds of the dab by the moves of a row, in the order of the list, from the old and
 /// new values of its cells.
 /// \return whether any vertex moved.
-bool WidenBounds(DabConstants& patch,
-                 const HWVector* now,
-                 const HWVector* before,
-                 uint32_t points,
-                 const RowBatches& row);
+bool ExtendBounds(DabConstants& patch,
+                  const HWVector* now,
+                  const HWVector* before,
+                  uint32_t points,
+                  const RowBatches& row);
 
 /// Moves a batch in the order of the list, two vertices at a time, like BatchMovers::batch.
 using WideMover = bool (*)(DabConstants& patch,
                            const PatchVertexEntry* entries,
                            uint32_t count,
-                           uint64_t turns,
+                           uint64_t movingMask,
                            const VertexBatch& batch,
                            bool withFreeze,
                            bool inWorldSpace);
@@ -130,7 +129,7 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
 /// Iterates over the records of a cached patch in the order of its list.
 struct RecordWalk {
     /// Null if the patch is not cached.
-    const KnownPatches::Run* run = nullptr;
+    const PatchCache::Run* run = nullptr;
     /// Number of records of the run that were already visited.
     uint32_t done = 0;
 };
@@ -138,13 +137,13 @@ struct RecordWalk {
 /// Fills the batch like TouchBatch, for the next `count` entries of a cached patch, all of which
 /// have records.
 /// \param fetched  the entries if their vertices are to be prefetched meanwhile, otherwise null.
-void TouchKnown(RecordWalk& walk,
-                uint32_t count,
-                const PatchVertexEntry* fetched,
-                const Vertex* vertices,
-                StoredVertexInfo* records,
-                uint32_t dabStamp,
-                VertexBatch& batch);
+void TouchCached(RecordWalk& walk,
+                 uint32_t count,
+                 const PatchVertexEntry* fetched,
+                 const Vertex* vertices,
+                 StoredVertexInfo* records,
+                 uint32_t dabStamp,
+                 VertexBatch& batch);
 
 /// Returns a bit mask. Bit i: vertex i of the batch had no mark of this dab yet.
 uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
@@ -153,14 +152,14 @@ uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
 /// a patch also counts as reached if another patch has moved such a vertex.
 bool MarkedWithinReach(const VertexBatch& batch,
                        uint32_t count,
-                       const WeighTerms& terms,
+                       const WeightTerms& terms,
                        bool inWorldSpace);
 
 /// Fills `facing` for the vertices that this dab visits for the first time. Reads the camera for
 /// each of them.
 void FaceBatch(const SwiftStroke& brush,
                uint32_t count,
-               const WeighTerms& terms,
+               const WeightTerms& terms,
                VertexBatch& batch);
 
 /// The use of build-up in the weights. It applies only to pushing; with a stamp it is added later.
@@ -170,9 +169,9 @@ enum class BuildUp { None, Damps, DampsAndGrows };
 /// \return a bit mask; bit i: vertex i is new in this dab and within the radius. The weights of the
 /// others are undefined.
 template <BuildUp buildUp, bool inWorldSpace>
-uint64_t WeighBatch(const WeighTerms& terms, uint32_t count, VertexBatch& batch);
+uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
 /// Computes bit-identical results, eight at a time. Requires VectorWidth::Eight.
 template <BuildUp buildUp, bool inWorldSpace>
-uint64_t WeighBatchWide(const WeighTerms& terms, uint32_t count, VertexBatch& batch);
+uint64_t ComputeWeightsWide(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
 
 }  // namespace trovik

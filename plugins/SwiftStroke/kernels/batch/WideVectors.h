@@ -17,10 +17,10 @@
 
 namespace trovik {
 
-TROVIK_AVX2_INLINE __m256 Beside(__m128 first, __m128 second) {
+TROVIK_AVX2_INLINE __m256 CombineHalves(__m128 first, __m128 second) {
     return _mm256_insertf128_ps(_mm256_castps128_ps256(first), second, 1);
 }
-TROVIK_AVX2_INLINE __m256 Doubled(const HWVector& v) { return Beside(v.lanes, v.lanes); }
+TROVIK_AVX2_INLINE __m256 Duplicated(const HWVector& v) { return CombineHalves(v.lanes, v.lanes); }
 TROVIK_AVX2_INLINE __m128 FirstOf(__m256 pair) { return _mm256_castps256_ps128(pair); }
 TROVIK_AVX2_INLINE __m128 SecondOf(__m256 pair) { return _mm256_extractf128_ps(pair, 1); }
 
@@ -31,16 +31,16 @@ TROVIK_AVX2_INLINE __m256 ReversedPair(__m256 plain) {
     return _mm256_and_ps(reversed, _mm256_castsi256_ps(xyz));
 }
 
-TROVIK_AVX2_INLINE __m256 PlacesOf(const Vertex& first, const Vertex& second) {
-    return ReversedPair(Beside(_mm_loadu_ps(&first.x), _mm_loadu_ps(&second.x)));
+TROVIK_AVX2_INLINE __m256 PositionPairOf(const Vertex& first, const Vertex& second) {
+    return ReversedPair(CombineHalves(_mm_loadu_ps(&first.x), _mm_loadu_ps(&second.x)));
 }
 
 /// Writes x, y and z and keeps the link.
 TROVIK_AVX2_INLINE void StorePlain(Vertex& v, __m128 plain) {
     _mm_storeu_ps(&v.x, _mm_blend_ps(plain, _mm_loadu_ps(&v.x), 8));
 }
-TROVIK_AVX2_INLINE void StorePlaces(Vertex& first, Vertex& second, __m256 places) {
-    const __m256 plain = _mm256_permute_ps(places, _MM_SHUFFLE(0, 1, 2, 3));
+TROVIK_AVX2_INLINE void StorePositionPair(Vertex& first, Vertex& second, __m256 positions) {
+    const __m256 plain = _mm256_permute_ps(positions, _MM_SHUFFLE(0, 1, 2, 3));
     StorePlain(first, FirstOf(plain));
     StorePlain(second, SecondOf(plain));
 }
@@ -48,12 +48,12 @@ TROVIK_AVX2_INLINE void StorePlaces(Vertex& first, Vertex& second, __m256 places
 /// Computes for each vertex its weight times the strength and, with freeze, times the remaining
 /// fraction.
 /// \param out  has room for `count` rounded up to eight; entries from `count` on are undefined.
-TROVIK_AVX2_INLINE void StrengthenBatch(const DabConstants& dab,
-                                        const PatchVertexEntry* entries,
-                                        uint32_t count,
-                                        bool withFreeze,
-                                        const float* weights,
-                                        float* out) {
+TROVIK_AVX2_INLINE void ApplyStrengthToBatch(const DabConstants& dab,
+                                             const PatchVertexEntry* entries,
+                                             uint32_t count,
+                                             bool withFreeze,
+                                             const float* weights,
+                                             float* out) {
     const __m256 strength = _mm256_set1_ps(dab.dabStrength);
     for (uint32_t i = 0; i < count; i += 8)
         _mm256_store_ps(out + i, _mm256_mul_ps(_mm256_load_ps(weights + i), strength));

@@ -7,7 +7,7 @@
 namespace trovik {
 
 /// A position on the stamp image: exact coordinates and the nearest pixel.
-struct StampPlace {
+struct StampPosition {
     float u;
     float v;
     int32_t column;
@@ -21,7 +21,8 @@ TROVIK_FORCE_INLINE int32_t RoundToPixel(float coordinate) {
 }
 
 /// Projects a mesh-local position onto the stamp. The division is also done for affine matrices.
-TROVIK_FORCE_INLINE StampPlace PlaceOnStamp(const BrushSpace& space, const HWVector& position) {
+TROVIK_FORCE_INLINE StampPosition ProjectToStamp(const BrushSpace& space,
+                                                 const HWVector& position) {
     const auto row = [&space](int i) { return _mm_loadu_ps(space.stampMatrix[i]); };
     const auto scaled = [](__m128 r, float f) { return _mm_mul_ps(r, _mm_set1_ps(f)); };
     __m128 s = _mm_add_ps(scaled(row(2), position.Z()), scaled(row(3), 1.0f));
@@ -84,9 +85,9 @@ TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, 
 /// fractions are those of the coordinate minus one half. This is one pixel further than in the
 /// usual convention, and the position of stamps depends on it.
 struct BilinearRead {
-    BilinearRead(const SwiftStroke& brush, const StampPlace& place, bool tiled) {
-        const float du = static_cast<float>(static_cast<double>(place.u) - 0.5);
-        const float dv = static_cast<float>(static_cast<double>(place.v) - 0.5);
+    BilinearRead(const SwiftStroke& brush, const StampPosition& stampPosition, bool tiled) {
+        const float du = static_cast<float>(static_cast<double>(stampPosition.u) - 0.5);
+        const float dv = static_cast<float>(static_cast<double>(stampPosition.v) - 0.5);
         const float fu = du - std::floor(du);
         const float fv = dv - std::floor(dv);
         const float uv = fv * fu;
@@ -95,8 +96,8 @@ struct BilinearRead {
         w10 = fu - uv;
         w00 = ((1.0f - uv) - w01) - w10;
 
-        const auto column = static_cast<uint32_t>(place.column);
-        const auto row = static_cast<uint32_t>(place.row);
+        const auto column = static_cast<uint32_t>(stampPosition.column);
+        const auto row = static_cast<uint32_t>(stampPosition.row);
         x0 = column % brush.stampWidth;
         x1 = (column + 1) % brush.stampWidth;
         y0 = row % brush.stampHeight;
@@ -118,10 +119,10 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
                                             const DabConstants& dab,
                                             VertexState& v) {
     const SwiftStroke& brush = dab.brush;
-    StampPlace place = PlaceOnStamp(dab.space, v.startPosition);
+    StampPosition stampPosition = ProjectToStamp(dab.space, v.startPosition);
     if (dab.mirroredStamp) {
         const Vector across = MirroredStartPosition(dab.brush, v.vertex, v.face, sw.throughLayer);
-        place = PlaceOnStamp(dab.space, HWVector(across));
+        stampPosition = ProjectToStamp(dab.space, HWVector(across));
         v.record = FindRecord(dab.change, v.vertex, v.vertexRecord->changeLink);
     }
 
@@ -129,16 +130,16 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
         // A stamp without pixels covers nothing. If it is not tiled, the range check below has this
         // effect.
         if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
-        place.column = WrapPixel(place.column, brush.stampWidth);
-        place.row = WrapPixel(place.row, brush.stampHeight);
-    } else if (place.column < 0 || place.row < 0 ||
-               static_cast<uint32_t>(place.column) >= brush.stampWidth ||
-               static_cast<uint32_t>(place.row) >= brush.stampHeight) {
+        stampPosition.column = WrapPixel(stampPosition.column, brush.stampWidth);
+        stampPosition.row = WrapPixel(stampPosition.row, brush.stampHeight);
+    } else if (stampPosition.column < 0 || stampPosition.row < 0 ||
+               static_cast<uint32_t>(stampPosition.column) >= brush.stampWidth ||
+               static_cast<uint32_t>(stampPosition.row) >= brush.stampHeight) {
         return StageResult::OutOfReach;
     }
 
-    const auto column = static_cast<uint32_t>(place.column);
-    const auto row = static_cast<uint32_t>(place.row);
+    const auto column = static_cast<uint32_t>(stampPosition.column);
+    const auto row = static_cast<uint32_t>(stampPosition.row);
     if (!brush.bilinearSample.Value()) {
         if (brush.stampIsVector)
             v.weightVector = v.weightVector * VectorPixel(brush, column, row);
@@ -147,7 +148,7 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
         return StageResult::Continue;
     }
 
-    const BilinearRead read(brush, place, sw.tiledStamp);
+    const BilinearRead read(brush, stampPosition, sw.tiledStamp);
     if (brush.stampIsVector) {
         const HWVector zero = HWVector::Zero();
         const HWVector p00 = VectorPixel(brush, read.x0, read.y0);

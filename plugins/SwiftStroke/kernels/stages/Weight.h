@@ -35,7 +35,9 @@ inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& reco
 /// Computes the weight from the distance: distance test, falloff, the Wax scale and the build-up
 /// damping. The facing factor is computed even if it is not used.
 template <class Switches>
-TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& dab, VertexState& v) {
+TROVIK_FORCE_INLINE StageResult ComputeWeight(const Switches& sw,
+                                              const DabConstants& dab,
+                                              VertexState& v) {
     float facing = 1.0f;
     if (dab.facingActive) facing = FacingFactor(dab.brush, *v.record);
 
@@ -70,7 +72,9 @@ TROVIK_FORCE_INLINE StageResult Weigh(const Switches& sw, const DabConstants& da
 /// Applies the dab strength and the mask weight to the weight or, for a vector stamp, to its three
 /// channels.
 template <class Switches>
-TROVIK_FORCE_INLINE void Strengthen(const Switches& sw, const DabConstants& dab, VertexState& v) {
+TROVIK_FORCE_INLINE void ApplyStrength(const Switches& sw,
+                                       const DabConstants& dab,
+                                       VertexState& v) {
     const bool onVector = sw.withStamp && dab.brush.stampIsVector;
     if (onVector)
         v.weightVector *= dab.dabStrength;

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/layers/SculptLayer.h"
+#include "framework/math/FrameRotation.h"
+
+#include <memory>
+#include <vector>
+
+namespace trovik {
+
+/// The layer base of one level: for each vertex that a layer touches, the position without layers.
+/// The surface is the base plus strength x offset of each layer, in the order of the stack. Layers
+/// that are hidden, have strength 0, or have no offset at the vertex contribute nothing. The
+/// surface is a function of base and layers alone, so switching layers off and on in any order
+/// restores bit-identical positions.
+///
+/// Strokes write sums that are rounded differently, and their own normals. The last such position
+/// and normal of a vertex are stored here together with the result of the function, and replace
+/// that result whenever the function computes it again.
+class TROVIK_API LayerBase {
+public:
+    using Layers = std::vector<std::shared_ptr<SculptLayer>>;
+
+    /// A vertex that layers touch.
+    struct LayeredVertex {
+        uint32_t vertex = 0;
+        Vector base;
+        /// If the computed sum is `sum`, the vertex is placed at `place` instead.
+        Vector sum;
+        Vector place;
+    };
+    static bool SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b);
+    /// The data of a vertex in another state, if there was any.
+    struct OtherLayeredVertex {
+        LayeredVertex layeredVertex;
+        bool isKnown = false;
+    };
+    /// If the positions of the faces around a vertex match `ring` (a hash), its normal is this one
+    /// instead of the computed one.
+    struct StoredNormal {
+        uint64_t ring = 0;
+        uint32_t vertex = 0;
+        int16_t words[3] = {0, 0, 0};
+        /// Scene files store these values byte by byte, so there must be no padding.
+        int16_t unused[3] = {0, 0, 0};
+    };
+
+    /// Absorbs the changes of the level since the last call.
+    /// \param layers  of the level, lowest first.
+    /// Cost: O(touched vertices).
+    void Settle(const LevelMesh& level, const Layers& layers);
+
+    /// The positions and normals that Compose has replaced.
+    struct Replaced {
+        /// The vertices that moved and their neighbours, ascending.
+        std::vector<uint32_t> vertices;
+        std::vector<Vector> positions;
+        std::vector<PackedNormal> normals;
+    };
+    /// Updates the level after its layers or their offsets have changed since Settle: positions,
+    /// the normals around moved vertices, and the state that each layer stores for a vertex.
+    Replaced Compose(LevelMesh& level, const Layers& layers);
+    /// Called after a change of the layers that does not change the surface: records that the
+    /// current positions belong to the new layers.
+    void Keep(const LevelMesh& level, const Layers& layers);
+
+    /// The layer data of a vertex, and the base below it.
+    struct VertexLayers {
+        /// An entry of a layer; `layer` is an index into the layers of the level.
+        struct Entry {
+            uint32_t layer;
+            uint32_t slot;
+            SculptLayer::State state;
+        };
+        LayeredVertex layeredVertex;
+        std::vector<Entry> entries;
+    };
+    /// Returns the data of one vertex, with the changes since the last call of Settle absorbed.
+    /// There are no entries if no layer touches the vertex. Cost: O(layers + log(touched
+    /// vertices)).
+    VertexLayers VertexLayersOf(const LevelMesh& level,
+                                const Layers& layers,
+                                uint32_t vertex) const;
+    /// Returns the data after the surface below the vertex has moved and taken it to `place`: the
+    /// base moves along, and the offsets rotate. If a result would not be finite, nothing changes.
+    static VertexLayers Carried(const VertexLayers& held,
+                                const Layers& layers,
+                                const Vector& present,
+                                const Vector& place,
+                                const SurfaceMove& move);
+
+    /// Compares the current data with `before` and returns the older data of each vertex that
+    /// differs, ordered by vertex.
+    std::vector<OtherLayeredVertex> DifferencesTo(const std::vector<LayeredVertex>& before) const;
+    /// Exchanges the current data of these vertices with older data.
+    /// \param others  ordered by vertex, without duplicates.
+    void Exchange(std::vector<OtherLayeredVertex>& others);
+
+    /// Renumbers the vertices: vertex v of the level becomes vertex map[v]. Stored normals are
+    /// dropped, because they depend on the order of the old face numbers.
+    void Renumber(const std::vector<uint32_t>& map);
+
+    /// Used to save scenes; ordered by vertex.
+    const std::vector<LayeredVertex>& LayeredVertices() const { return layeredVertices; }
+    const std::vector<StoredNormal>& Normals() const { return normals; }
+    void Restore(std::vector<LayeredVertex> newLayeredVertices,
+                 std::vector<StoredNormal> newNormals);
+    uint64_t Bytes() const;
+
+private:
+    /// A vertex that a layer touches, and the first of its slots; the `slots` are consecutive.
+    struct Touched {
+        uint32_t vertex;
+        uint32_t layer;
+        uint32_t slot;
+    };
+    static std::vector<Touched> TouchedBy(const Layers& layers);
+    /// \param known  the existing data of the vertex; null if there is none.
+    static LayeredVertex Settled(const LayeredVertex* known,
+                                 const LevelMesh& level,
+                                 const Layers& layers,
+                                 const Touched* first,
+                                 const Touched* last);
+    /// Absorbs a position that differs from the expected one into the data of the vertex.
+    static void AbsorbMove(LayeredVertex& layeredVertex,
+                           const Layers& layers,
+                           const Touched* first,
+                           const Touched* last,
+                           const Vector& present,
+                           const Vector& expected);
+    void StoreNormals(LevelMesh& level, const std::vector<uint32_t>& around);
+    void ApplyStoredNormals(LevelMesh& level, const std::vector<uint32_t>& around) const;
+
+    std::vector<LayeredVertex> layeredVertices;
+    std::vector<StoredNormal> normals;
+};
+
+}  // namespace trovik

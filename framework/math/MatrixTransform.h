@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Kernel.h"
+
+namespace trovik {
+
+/// The transform of a mesh or a camera, set as scale, rotation and translation, or as a matrix.
+class TROVIK_API MatrixTransform : public Transformation {
+public:
+    void LocalToWorld(Vector* out, const Vector* in, float w) const override;
+    void WorldToLocal(Vector* out, const Vector* in, float w) const override;
+    void LocalToWorldMatrix(Matrix* out) const override;
+    void Scale(Vector* out) const override;
+
+    const Matrix& ToWorld() const { return toWorld; }
+    const Matrix& ToLocal() const { return toLocal; }
+
+    /// Sets scale * rotation (Euler angles in degrees about x, then y, then z) * translation, in
+    /// the row-vector convention. A zero scale axis has no inverse: ToLocal then maps that axis to
+    /// 0.
+    void Set(const Vector& scale, const Vector& rotationDegrees, const Vector& translation);
+    /// Sets any affine matrix. The scale is the length of rows 0 to 2, negative for row 0 if the
+    /// determinant is negative.
+    void SetMatrix(const Matrix& matrix);
+    /// Copies the three stored parts of another transform, bit-exactly.
+    void Restore(const Matrix& localToWorld, const Matrix& worldToLocal, const Vector& factors);
+
+private:
+    Matrix toWorld;
+    Matrix toLocal;
+    Vector scale{1.0f, 1.0f, 1.0f};
+};
+
+}  // namespace trovik

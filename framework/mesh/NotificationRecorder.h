@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "host/Mesh.h"
+
+#include <vector>
+
+namespace trovik {
+
+/// A renderer that draws nothing and records the notifications it receives while it is listening. A
+/// host without a display attaches it to a mesh to check which notifications a brush sends.
+class TROVIK_API NotificationRecorder : public MeshRenderer {
+public:
+    /// \param updateFactor  0 to be notified of every vertex; otherwise a brush may send one
+    /// notification per patch.
+    explicit NotificationRecorder(float updateFactor) : factor(updateFactor) {}
+
+    struct Notice {
+        uint32_t vertex;
+        uint32_t face;
+        bool operator==(const Notice&) const = default;
+    };
+
+    /// Clears the recorded notifications and starts to record. A new renderer does not record.
+    void StartRecording() {
+        notices.clear();
+        listening = true;
+    }
+    void StopRecording() { listening = false; }
+    /// The recorded notifications, in order of arrival.
+    const std::vector<Notice>& Notices() const { return notices; }
+
+    void rendererVertexChanged(uint32_t vertex, uint32_t face) override;
+    float rendererUpdateFactor() const override { return factor; }
+
+private:
+    float factor;
+    bool listening = false;
+    std::vector<Notice> notices;
+};
+
+}  // namespace trovik

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/render/Matcap.h"
+#include "framework/render/Shading.h"
+#include "framework/render/VisibilityFilter.h"
+#include "framework/render/WireLines.h"
+#include "host/Api.h"
+
+#include <optional>
+
+namespace trovik {
+
+/// Renders one image of a scene; see RenderScene::Render.
+class TROVIK_API ImageRenderer {
+public:
+    /// \param jobControl  used by Render, which throws Cancelled; may be null. Borrowed.
+    ImageRenderer(const EmbreeScene& scene,
+                  const RenderCamera& camera,
+                  const RenderOptions& options,
+                  JobControl* jobControl = nullptr);
+
+    /// \param pixelsPerBand  number of pixels that are rendered and filtered at a time, which
+    /// limits the memory. Results do not depend on it.
+    RenderImage Render(int pixelsPerBand = 1 << 21) const;
+
+private:
+    /// The mean values of a pixel over its hits. Visibility is stored separately until it is
+    /// filtered.
+    struct Pixel {
+        /// Unlit colour: linear, or the byte values / 255 of ShadingMode::Normals.
+        Vector plain;
+        Vector albedo;
+        Vector ambient;
+        Vector key;
+        /// Fraction of the samples that hit.
+        float coverage = 0.0f;
+    };
+    struct Sums;
+
+    bool IsLit() const {
+        return options.shading == ShadingMode::Clay || options.shading == ShadingMode::Flat;
+    }
+    void Sample(int x,
+                int y,
+                WireLines& wires,
+                Pixel& pixel,
+                PixelGuide& guide,
+                PixelVisibility& visibility) const;
+    void AddSample(const SurfaceSample& sample,
+                   const Vector& direction,
+                   float remaining,
+                   const PixelSamples& points,
+                   int index,
+                   Sums& sums) const;
+    Vector PlainColor(const SurfaceSample& sample, const Vector& toEye) const;
+    void Store(
+        int x, int y, const Pixel& pixel, const PixelVisibility& visibility, RenderImage&) const;
+
+    const EmbreeScene& scene;
+    const RenderOptions& options;
+    JobControl* job;
+    RenderViewport view;
+    Shading shading;
+    std::optional<Matcap> matcap;
+};
+
+}  // namespace trovik

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/render/RenderImage.h"
+#include "host/Api.h"
+
+namespace trovik {
+
+/// A camera together with the size of an image: converts pixels to rays and points to pixels. Pixel
+/// coordinates start at the upper left corner of the image and increase to the right and downwards;
+/// integer coordinates are between pixels.
+class TROVIK_API RenderViewport {
+public:
+    /// \throw HostError for a camera without a direction, or with values that are not finite.
+    RenderViewport(const RenderCamera& camera, int width, int height);
+
+    const Vector& Eye() const { return eye; }
+    /// Returns the unit direction, in world space, of the ray from the eye through a point of the
+    /// image.
+    Vector DirectionThrough(float pixelX, float pixelY) const;
+    /// Returns the world size of a pixel at a depth in front of the eye.
+    float PixelSizeAt(float depth) const { return pixelSize * depth; }
+
+    /// Converts to camera space: x to the right, y up, z the depth in front of the eye.
+    Vector ToCamera(const Vector& world) const;
+    /// Returns the pixel coordinates, with z 0, of a point in camera space whose depth is positive.
+    Vector ToPixel(const Vector& inCamera) const;
+
+    const Vector& Right() const { return right; }
+    const Vector& Up() const { return up; }
+    const Vector& Back() const { return back; }
+
+private:
+    Vector eye, right, up, back;
+    float halfWidth, halfHeight;
+    /// World units per pixel at depth 1.
+    float pixelSize = 0.0f;
+};
+
+}  // namespace trovik
