@@ -23,10 +23,10 @@ protected:
         document.SelectTool("Wax");
     }
 
-    void Stroke(const Vector& at, float radius, float strength = 0.1f) {
+    void Stroke(const Vector& at, float radius) {
         StrokeDab dab = DabAt(document.Geometry(), document.Tree().Nearest(at).value());
         dab.size = radius;
-        dab.strength = strength;
+        dab.strength = 0.1f;
         document.Loop().Begin(BrushOperation::ModifierNone);
         document.Loop().Dab(dab);
         document.Loop().End();
@@ -73,12 +73,6 @@ TEST_F(DocumentTrees, FreezingRefitsNothing) {
               0u);
 }
 
-TEST_F(DocumentTrees, AFreezeDabRefitsNothing) {
-    document.SelectTool("Freeze");
-    EXPECT_EQ(Refitted([&] { Stroke({1.0f, 1.0f, 0.0f}, 0.3f, 50.0f); }), 0u);
-    EXPECT_GT(document.Geometry().Bound()->FrozenVertexCount(), 0u);
-}
-
 /// Collects the patches of a kind of change.
 class PatchLog final : public GeometryObserver {
 public:
@@ -112,9 +106,8 @@ TEST_F(DocumentTrees, ADabRefitsNoPatchesOfWhichNormalsAloneChange) {
         shaded.patches.begin(), shaded.patches.end(), moved.patches.begin(), moved.patches.end()));
     const auto refittedBy = [&](const PatchLog& log) {
         const std::vector<uint32_t> patches(log.patches.begin(), log.patches.end());
-        return Refitted([&] {
-            geometry.ReportPatches(4, SurfaceChange::Positions, log.patchLevel, patches);
-        });
+        return Refitted(
+            [&] { geometry.ReportPatches(4, SurfaceChange::Positions, log.patchLevel, patches); });
     };
     EXPECT_EQ(boxes, refittedBy(moved));
     EXPECT_LT(boxes, refittedBy(shaded));
