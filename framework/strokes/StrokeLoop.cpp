@@ -321,8 +321,6 @@ void StrokeLoop::ClearLastWalks() {
 // it, so these are reported along with it.
 void StrokeLoop::ReportDab() {
     if (geometry.Observers().empty()) return;
-    // Such a brush reports its changes itself.
-    if (dynamic_cast<StrokeRevert*>(&brush) != nullptr) return;
     const uint32_t bound = geometry.BoundIndex();
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
         LevelMesh& mesh = *geometry.Level(level);

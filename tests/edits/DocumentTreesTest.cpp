@@ -22,10 +22,10 @@ protected:
         document.SelectTool("Wax");
     }
 
-    void Stroke(const Vector& at, float radius, float strength = 0.1f) {
+    void Stroke(const Vector& at, float radius) {
         StrokeDab dab = DabAt(document.Geometry(), document.Tree().Nearest(at).value());
         dab.size = radius;
-        dab.strength = strength;
+        dab.strength = 0.1f;
         document.Loop().Begin(BrushOperation::ModifierNone);
         document.Loop().Dab(dab);
         document.Loop().End();
@@ -70,12 +70,6 @@ TEST_F(DocumentTrees, FreezingRefitsNothing) {
                   document.Redo();
               }),
               0u);
-}
-
-TEST_F(DocumentTrees, FreezeDabRefitsNothing) {
-    document.SelectTool("Freeze");
-    EXPECT_EQ(Refitted([&] { Stroke({1.0f, 1.0f, 0.0f}, 0.3f, 50.0f); }), 0u);
-    EXPECT_GT(document.Geometry().Bound()->FrozenVertexCount(), 0u);
 }
 
 /// Records the patches of one kind of change.
