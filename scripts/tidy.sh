@@ -10,8 +10,9 @@
 #
 # --changed checks the sources changed since the merge base with BASE, uncommitted changes included. If
 # there is no BASE, or HEAD is its merge base, the last commit is the change. For a changed header its
-# own source is checked, or else one that includes it. Of more than LIMIT sources (default 20) those
-# with the most changed lines are checked, and the number of the others is printed.
+# own source is checked, or else one that includes it. Of more than LIMIT sources (default 12), product
+# sources come before tests and those with the most changed lines first; the number of unchecked
+# sources is printed.
 set -euo pipefail
 
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -33,7 +34,7 @@ fi
 
 select=("$source/tools/tidy_sources.py" "$source" "$build")
 if [[ -n $base ]]; then
-    select+=(--changed "$base" --limit "${2:-20}")
+    select+=(--changed "$base" --limit "${2:-12}")
 else
     select+=(--matching "${2:-.}")
 fi

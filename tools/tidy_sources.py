@@ -69,7 +69,7 @@ def source_of_header(checkout, header, sources):
 
 
 def sources_of_change(checkout, sources, counts):
-    """The sources to check, those with the most changed lines first."""
+    """The sources to check: first those of the products, then tests; those with the most changed lines first."""
     weights = {}
     for name, count in counts.items():
         source = name if name in sources else None
@@ -77,7 +77,7 @@ def sources_of_change(checkout, sources, counts):
             source = source_of_header(checkout, name, sources)
         if source is not None:
             weights[source] = weights.get(source, 0) + count
-    return sorted(weights, key=lambda source: (-weights[source], source))
+    return sorted(weights, key=lambda source: (source.startswith(("tests/", "bench/")), -weights[source], source))
 
 
 def main():
@@ -86,7 +86,7 @@ def main():
     parser.add_argument("build")
     parser.add_argument("--matching", default=".")
     parser.add_argument("--changed")
-    parser.add_argument("--limit", type=int, default=20)
+    parser.add_argument("--limit", type=int, default=12)
     arguments = parser.parse_args()
     checkout, build = os.path.realpath(arguments.checkout), os.path.realpath(arguments.build)
 

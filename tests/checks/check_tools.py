@@ -160,6 +160,19 @@ class TidySources(Checkout):
         self.assertEqual(selected, ["a/Two.cpp"])
         self.assertIn("1 more", message)
 
+    def test_product_sources_come_before_tests(self):
+        self.write("tests/Test.cpp", "// first\n")
+        database = os.path.join(self.folder, "build/compile_commands.json")
+        with open(database, encoding="utf-8") as file:
+            entries = json.load(file)
+        with open(database, "w", encoding="utf-8") as file:
+            json.dump(entries + [{"directory": self.folder, "file": "tests/Test.cpp"}], file)
+        self.commit()
+        self.git("checkout", "-q", "-b", "branch")
+        self.write("tests/Test.cpp", "// second\n// third\n// fourth\n")
+        self.write("a/One.cpp", "// second\n")
+        self.assertEqual(self.selected("--changed", "main")[0], ["a/One.cpp", "tests/Test.cpp"])
+
     def test_on_the_base_itself_the_last_commit_is_the_change(self):
         self.write("a/One.cpp", "// second\n")
         self.commit()
