@@ -103,7 +103,7 @@ void Convert(const ConvertOptions& options) {
     const MeshSpace asked = {MetersPerUnit(options.units), UpAxisOf(options.up)};
     const bool isScene = IsScenePath(options.from);
     if (isScene && given != MeshSpace())
-        throw HostError(options.from + ": a scene file already contains its units and up axis");
+        throw HostError(options.from + ": a scene knows what its numbers mean");
     // What cannot be asked of the format is told before the work is done.
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
