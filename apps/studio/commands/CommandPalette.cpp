@@ -162,7 +162,10 @@ void CommandPalette::Refill() {
         }
         item->setData(keyRole, key);
     }
-    list->setCurrentRow(0);
+    // Held keys are listed only for their key.
+    int first = 0;
+    while (first + 1 < list->count() && !(list->item(first)->flags() & Qt::ItemIsEnabled)) ++first;
+    list->setCurrentRow(first);
     ShowDescription();
 }
 

@@ -98,7 +98,9 @@ QList<QKeySequence> Keymap::PresetKeys(const QString& id) const {
 
 QStringList Keymap::Bind(const QString& id, const QList<QKeySequence>& keys) {
     const QStringList losers = actions.SetKeys(id, keys);
-    for (const QString& changed : QStringList(losers) << id) {
+    QStringList touched = losers;
+    touched.append(id);
+    for (const QString& changed : touched) {
         const QList<QKeySequence> bound = actions.Keys(changed);
         if (bound == PresetKeys(changed))
             own.erase(changed);

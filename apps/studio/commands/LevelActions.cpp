@@ -93,6 +93,11 @@ void AddLevelActions(const ActionContext& context) {
          .run =
              [context] { context.Run("deleteLevels", "lower", Text::tr("Delete lower levels")); }},
         HasLower);
+    // Of buttons in the panel of levels.
+    actions.Find("level.delete.higher")->setIconText(Text::tr("Delete higher"));
+    actions.Find("level.delete.lower")->setIconText(Text::tr("Delete lower"));
+    actions.Find("level.subdivide.once")->setIconText(Text::tr("Subdivide"));
+    actions.Find("level.subdivide")->setIconText(Text::tr("Subdivide…"));
 }
 
 }  // namespace trovik::studio

@@ -13,7 +13,8 @@ struct Text {
 
 struct Row {
     const char* id;
-    QString text, description;
+    /// `shortText` is that of buttons next to other masks' actions.
+    QString text, shortText, description;
     const char* key;
     const char* icon;
     nlohmann::json freeze;
@@ -25,54 +26,63 @@ void AddMaskActions(const ActionContext& context) {
     const Row rows[] = {
         {"mask.clear",
          Text::tr("Clear Mask"),
+         Text::tr("Clear"),
          Text::tr("Removes the mask from the whole surface."),
          "Alt+M",
          "mask-clear",
          "clear"},
         {"mask.fill",
          Text::tr("Mask Everything"),
+         Text::tr("Fill"),
          Text::tr("Masks the whole surface."),
          "Ctrl+A",
          "mask-fill",
          "all"},
         {"mask.invert",
          Text::tr("Invert Mask"),
+         Text::tr("Invert"),
          Text::tr("Masks what is not masked, and the other way round."),
          "Ctrl+I",
          "mask-invert",
          "invert"},
         {"mask.grow",
          Text::tr("Grow Mask"),
+         Text::tr("Grow"),
          Text::tr("Widens the mask by one ring of vertices."),
          "Ctrl+]",
          "mask-grow",
          {{"grow", 1}}},
         {"mask.shrink",
          Text::tr("Shrink Mask"),
+         Text::tr("Shrink"),
          Text::tr("Narrows the mask by one ring of vertices."),
          "Ctrl+[",
          "mask-shrink",
          {{"shrink", 1}}},
         {"mask.blur",
          Text::tr("Blur Mask"),
+         Text::tr("Blur"),
          Text::tr("Softens the border of the mask."),
          "Ctrl+B",
          "mask-blur",
          {{"blur", 2}}},
         {"mask.sharpen",
          Text::tr("Sharpen Mask"),
+         Text::tr("Sharpen"),
          Text::tr("Hardens the border of the mask."),
          "Ctrl+Shift+B",
          "mask-sharpen",
          {{"sharpen", 2}}},
         {"mask.cavity",
          Text::tr("Mask Cavities"),
+         Text::tr("Cavities"),
          Text::tr("Masks hollows of the surface, in addition to what is masked."),
          "",
          "mask-cavity",
          {{"cavity", {{"softness", 0.5}}}}},
         {"mask.ridges",
          Text::tr("Mask Ridges"),
+         Text::tr("Ridges"),
          Text::tr("Masks ridges of the surface, in addition to what is masked."),
          "",
          "mask-sharpen",
@@ -88,6 +98,7 @@ void AddMaskActions(const ActionContext& context) {
              .keys = keys,
              .icon = row.icon,
              .run = [context, row] { context.Run("freeze", row.freeze, row.text); }});
+        action->setIconText(row.shortText);
         context.EnableWithDocument(action);
     }
 }

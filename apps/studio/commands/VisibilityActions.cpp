@@ -16,7 +16,8 @@ constexpr double maskLimit = 0.5;
 
 struct Row {
     const char* id;
-    QString text, description;
+    /// `shortText` is that of buttons in the group of visibility.
+    QString text, shortText, description;
     const char* key;
     const char* icon;
     const char* step;
@@ -30,6 +31,7 @@ void AddVisibilityActions(const ActionContext& context) {
     const Row rows[] = {
         {"visibility.hide",
          Text::tr("Hide Masked"),
+         Text::tr("Hide"),
          Text::tr("Hides the masked faces. Hidden faces are neither sculpted nor rendered."),
          "H",
          "hide",
@@ -37,6 +39,7 @@ void AddVisibilityActions(const ActionContext& context) {
          masked},
         {"visibility.isolate",
          Text::tr("Isolate Masked"),
+         Text::tr("Isolate"),
          Text::tr("Hides everything except for the masked faces."),
          "Shift+H",
          "isolate",
@@ -44,6 +47,7 @@ void AddVisibilityActions(const ActionContext& context) {
          masked},
         {"visibility.show",
          Text::tr("Show All"),
+         Text::tr("Show all"),
          Text::tr("Shows all hidden faces."),
          "Alt+H",
          "show",
@@ -51,6 +55,7 @@ void AddVisibilityActions(const ActionContext& context) {
          "all"},
         {"visibility.invert",
          Text::tr("Invert Visibility"),
+         Text::tr("Invert"),
          Text::tr("Shows what is hidden and hides what is visible."),
          "Ctrl+Shift+H",
          "invert-visibility",
@@ -58,6 +63,7 @@ void AddVisibilityActions(const ActionContext& context) {
          true},
         {"visibility.grow",
          Text::tr("Hide More"),
+         Text::tr("Hide more"),
          Text::tr("Hides one more ring of faces around the hidden ones."),
          "",
          "mask-grow",
@@ -74,6 +80,7 @@ void AddVisibilityActions(const ActionContext& context) {
              .keys = keys,
              .icon = row.icon,
              .run = [context, row] { context.Run(row.step, row.value, row.text); }});
+        action->setIconText(row.shortText);
         context.EnableWithDocument(action);
     }
 }

@@ -57,6 +57,8 @@ QToolButton* MakeActionButton(QAction* action, QWidget* parent, bool hasText) {
     if (hasText) {
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        // The style sheet draws it as a button.
+        button->setProperty("hasText", true);
     } else {
         button->setAutoRaise(true);
     }
@@ -70,8 +72,10 @@ PanelCheck::PanelCheck(const QString& label, const QString& tip, QWidget* parent
     setFocusPolicy(Qt::NoFocus);
     setAccessibleName(label);
     setToolTip(tip);
-    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    // Without a label only the box.
+    setSizePolicy(label.isEmpty() ? QSizePolicy::Fixed : QSizePolicy::Ignored, QSizePolicy::Fixed);
     setFixedHeight(fontMetrics().height() + 8);
+    if (label.isEmpty()) setFixedWidth(fontMetrics().height() + 4);
 }
 
 void PanelCheck::paintEvent(QPaintEvent*) {

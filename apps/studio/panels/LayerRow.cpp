@@ -31,7 +31,6 @@ LayerRow::LayerRow(QWidget* parent) : QWidget(parent) {
     grip = handle;
     row->addWidget(grip);
     target = MakeIconButton(QStringLiteral("target"), tr("Record"), {}, this);
-    target->setCheckable(true);
     row->addWidget(target);
     strength = new ValueSlider(
         tr("Layer"),
@@ -63,7 +62,6 @@ void LayerRow::Show(const DocumentState::Layer& shown) {
     setAccessibleName(name);
     strength->SetName(name);
     strength->SetValue(static_cast<double>(layer.strength));
-    target->setChecked(layer.active);
     target->setIcon(Icon(layer.active ? QStringLiteral("target-on") : QStringLiteral("target"),
                          layer.active ? QColor(226, 84, 74) : QColor()));
     target->setToolTip(layer.active ? tr("Strokes are recorded into this layer; click to stop")

@@ -77,7 +77,6 @@ public:
         if (isOptional) {
             check = new PanelCheck({}, appearance.description, this);
             check->setAccessibleName(appearance.label);
-            check->setFixedWidth(fontMetrics().height() + 4);
             row->addWidget(check);
             connect(check, &QToolButton::clicked, this, [this](bool on) { Switch(on); });
         }

@@ -36,7 +36,7 @@ SymmetryPanel::SymmetryPanel(Engine& given, ActionRegistry& actions, QWidget* pa
     planes->setSpacing(4);
     for (const char* id : {"symmetry.x", "symmetry.y", "symmetry.z"}) {
         QToolButton* button = MakeActionButton(actions.Find(id), strokes, true);
-        button->setText(actions.Find(id)->text().right(1));
+        button->setToolButtonStyle(Qt::ToolButtonIconOnly);
         planes->addWidget(button, 1);
     }
     strokes->Body()->addLayout(planes);

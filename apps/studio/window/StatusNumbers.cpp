@@ -16,7 +16,7 @@ namespace trovik::studio {
 StatusNumbers::StatusNumbers(Engine& given, ViewModel& model, QWidget* parent)
     : QWidget(parent), engine(given), view(model) {
     auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 6, 0);
+    layout->setContentsMargins(8, 0, 6, 0);
     text = new QLabel(this);
     text->setAccessibleName(tr("Document"));
     text->setToolTip(

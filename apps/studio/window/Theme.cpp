@@ -77,6 +77,9 @@ QStatusBar::item { border: none; }
 QStatusBar QLabel { color: %faint; }
 QDockWidget::title { background: %window; padding: 5px 8px; }
 QToolButton { border: 1px solid transparent; border-radius: 3px; padding: 3px; }
+QToolButton[hasText="true"] { background: %raised; border-color: %edge; }
+QToolButton[hasText="true"]:hover { background: %edge; }
+QToolButton[hasText="true"]:checked { background: %accent; }
 QToolButton:hover { background: %raised; }
 QToolButton:pressed { background: %base; }
 QToolButton:checked { background: %accent; color: %onAccent; }
@@ -93,6 +96,7 @@ QFrame#welcome { background: %panel; border: 1px solid %edge; border-radius: 6px
 QFrame#message { background: %panel; border: 1px solid %edge; border-radius: 4px; }
 QFrame#message[isError="true"] { border-color: #c8584e; }
 QListWidget, QTreeWidget { border: 1px solid %edge; border-radius: 3px; background: %base; }
+QTreeWidget::item { padding: 2px 0; }
 QFrame#palette QListWidget { border: none; background: %panel; }
 QScrollBar:vertical { background: transparent; width: 9px; margin: 0; }
 QScrollBar::handle:vertical { background: %edge; border-radius: 4px; min-height: 24px; margin: 1px; }

@@ -36,7 +36,7 @@ TEST(ValueSlider, DragsWithinItsSoftRangeAndTypesBeyondIt) {
 TEST(ValueSlider, ShiftDragsFinely) {
     ValueSlider slider("Strength", "", nullptr);
     slider.resize(200, 22);
-    slider.SetRange({.least = 0, .most = 100});
+    slider.SetRange({.least = 0, .most = 100, .unit = {}});
     slider.SetValue(50);
     slider.show();
     const auto drag = [&](Qt::KeyboardModifiers keys) {
@@ -55,8 +55,12 @@ TEST(ValueSlider, ShiftDragsFinely) {
 TEST(ValueSlider, LogarithmicRangesReachSmallValues) {
     ValueSlider slider("Radius", "", nullptr);
     slider.resize(100, 22);
-    slider.SetRange(
-        {.least = 0, .most = 1e12, .softLeast = 0.01, .softMost = 1, .isLogarithmic = true});
+    slider.SetRange({.least = 0,
+                     .most = 1e12,
+                     .softLeast = 0.01,
+                     .softMost = 1,
+                     .isLogarithmic = true,
+                     .unit = {}});
     slider.SetValue(1);
     slider.show();
     QTest::mousePress(&slider, Qt::LeftButton, {}, {80, 10});
@@ -67,7 +71,7 @@ TEST(ValueSlider, LogarithmicRangesReachSmallValues) {
 
 TEST(ValueSlider, ShowsFewDigitsWithUnits) {
     ValueSlider slider("Radius", "", nullptr);
-    slider.SetRange({.least = 0, .most = 1e6, .decimals = 4});
+    slider.SetRange({.least = 0, .most = 1e6, .decimals = 4, .unit = {}});
     slider.SetValue(0.12345678);
     EXPECT_EQ(slider.ValueText(), "0.123");
     slider.SetRange({.least = 0, .most = 100, .unit = "%"});

@@ -110,7 +110,9 @@ TEST(Primitives, CylinderIsRound) {
         const double around = std::hypot(position[0], position[2]);
         EXPECT_LT(around, 1.0 + 1e-6);
         // Between the ends only the mantle has points.
-        if (std::abs(position[1]) < 0.99f) EXPECT_NEAR(around, 1.0, 1e-6);
+        if (std::abs(position[1]) < 0.99f) {
+            EXPECT_NEAR(around, 1.0, 1e-6);
+        }
     }
 }
 

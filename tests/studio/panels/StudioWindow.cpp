@@ -47,10 +47,10 @@ nlohmann::json StudioWindow::Steps() {
     Finish();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return {};
+    const nlohmann::json script = nlohmann::json::parse(file.readAll().toStdString());
     nlohmann::json steps = nlohmann::json::array();
     // Without the steps by which Finish waits.
-    for (const nlohmann::json& step :
-         nlohmann::json::parse(file.readAll().toStdString()).at("steps"))
+    for (const nlohmann::json& step : script.at("steps"))
         if (step != nlohmann::json{{"set", nlohmann::json::object()}}) steps.push_back(step);
     return steps;
 }

@@ -23,15 +23,18 @@ OffscreenViewport::OffscreenViewport(int width, int height) {
 }
 
 OffscreenViewport::~OffscreenViewport() {
+    MakeCurrent();
     renderer.reset();
     target.reset();
 }
 
 void OffscreenViewport::Add(SurfaceFeed& feed, std::size_t maxBytes) {
+    MakeCurrent();
     while (const std::shared_ptr<SurfaceUpdate> update = feed.Pack(maxBytes)) renderer->Add(update);
 }
 
 QImage OffscreenViewport::Draw() {
+    MakeCurrent();
     frame.view = camera.ToRenderView(renderer->WorldBounds());
     target->bind();
     renderer->Draw(frame);

@@ -29,11 +29,16 @@ public:
     /// `frame` as Draw uses it; tests change what they look at.
     ViewportRenderer::Frame frame;
     Camera camera;
-    ViewportRenderer& Renderer() { return *renderer; }
-    /// To be called after another viewport was used.
-    void MakeCurrent() { context.makeCurrent(&surface); }
+    /// Its context is current then.
+    ViewportRenderer& Renderer() {
+        MakeCurrent();
+        return *renderer;
+    }
 
 private:
+    /// Another viewport may have been used.
+    void MakeCurrent() { context.makeCurrent(&surface); }
+
     QOffscreenSurface surface;
     QOpenGLContext context;
     std::unique_ptr<QOpenGLFramebufferObject> target;

@@ -20,7 +20,7 @@ constexpr int height = 180;
 struct Scene {
     explicit Scene(int levels)
         : shown(std::make_unique<Document>("sphere", trovik::test::SphereQuads(2))) {
-        shown.runner.Do({{"subdivide", levels}});
+        if (levels > 0) shown.runner.Do({{"subdivide", levels}});
         shown.Do(R"({"camera": {"eye": [2.5, 1.2, 5.2], "target": [0.2, 0, 0], "fieldOfView": 30,
                                 "width": 240, "height": 180}})");
         shown.Do(R"({"tool": "Bulge", "set": {"radius": 0.3, "strength": 80}})");
@@ -83,7 +83,7 @@ TEST(SurfaceIds, FacesAndDepthsAreThoseOfPicking) {
         Scene scene(levels);
         ExpectPicked(scene);
         scene.shown.Do(
-            R"({"transform": {"scale": 1.2, "rotate": [10, 30, 0], "move": [0.1, 0, 0]}})");
+            R"({"transform": {"scale": 1.2, "rotate": [10, 30, 0], "translate": [0.1, 0, 0]}})");
         scene.shown.feed.SendTransform();
         scene.shown.Do(R"({"hide": {"box": [100, 70, 150, 110]}})");
         scene.Show();

@@ -14,19 +14,19 @@ namespace {
 using test::OffscreenViewport;
 using test::ShownDocument;
 
-constexpr int width = 320;
-constexpr int height = 240;
+constexpr int width = 200;
+constexpr int height = 150;
 /// Of a patch of 33 x 33 vertices.
 constexpr uint64_t patchBytes = 21780;
 
 /// A document shown by a viewport that follows its changes.
 class SurfacePictureTest : public testing::Test {
 protected:
-    explicit SurfacePictureTest(unsigned sphere = 2, int levels = 5)
-        : shown(std::make_unique<Document>("sphere", trovik::test::SphereQuads(sphere))) {
-        shown.runner.Do({{"subdivide", levels}});
+    SurfacePictureTest()
+        : shown(std::make_unique<Document>("sphere", trovik::test::SphereQuads(1))) {
+        shown.Do(R"({"subdivide": 5})");
         shown.Do(R"({"camera": {"eye": [1.5, 1.2, 4.2], "target": [0, 0, 0], "fieldOfView": 32,
-                                "width": 320, "height": 240}})");
+                                "width": 200, "height": 150}})");
         shown.Do(R"({"tool": "Sculpt", "set": {"radius": 0.3, "strength": 40}})");
         viewport.camera.SetView(shown.document->View());
         viewport.frame.settings.showsGroups = true;
@@ -42,14 +42,12 @@ protected:
 
     /// The picture of a viewport that is given the whole surface.
     QImage Fresh() {
-        OffscreenViewport other(width, height);
+        other.Renderer().Clear();
         SurfaceFeed feed(*shown.document);
         other.camera = viewport.camera;
         other.frame = viewport.frame;
         other.Add(feed);
-        const QImage drawn = other.Draw();
-        viewport.MakeCurrent();
-        return drawn;
+        return other.Draw();
     }
 
     /// Runs a step and compares. \return whether the picture changed by it.
@@ -59,9 +57,15 @@ protected:
         const QImage now = Follow();
         EXPECT_EQ(now, Fresh()) << "the picture differs from that of the whole surface";
         const LevelMesh& level = *shown.document->Geometry().Bound();
-        EXPECT_TRUE(trovik::test::SameVertices(
-            viewport.Renderer().Buffers().Read(),
-            trovik::test::PackLevel(level, *viewport.Renderer().Buffers().Layout())));
+        const std::vector<DisplayVertex> uploaded = viewport.Renderer().Buffers().Read();
+        const PatchLayout& layout = *viewport.Renderer().Buffers().Layout();
+        const std::vector<DisplayVertex> packed = trovik::test::PackLevel(level, layout);
+        for (uint32_t patch = 0; patch < layout.PatchCount(); ++patch) {
+            const auto first = static_cast<std::size_t>(layout.FirstVertex(patch));
+            const std::size_t bytes = layout.VertexCount(patch) * sizeof(DisplayVertex);
+            EXPECT_EQ(std::memcmp(&uploaded[first], &packed[first], bytes), 0)
+                << "patch " << patch << " was not uploaded again";
+        }
         const bool changed = now != picture;
         picture = now;
         return changed;
@@ -69,14 +73,15 @@ protected:
 
     ShownDocument shown;
     OffscreenViewport viewport{width, height};
+    OffscreenViewport other{width, height};
     QImage picture;
 };
 
-constexpr const char* stroke = R"({"stroke": {"pointer": [[120, 100], [200, 150]]}})";
+constexpr const char* stroke = R"({"stroke": {"pointer": [[75, 62], [125, 94]]}})";
 
 TEST_F(SurfacePictureTest, ShowsStrokesOfEveryTool) {
     // Tools that smooth or move need something to work on.
-    EXPECT_TRUE(StepIsShown(R"({"stroke": {"pointer": [[110, 140], [210, 110]]}})"));
+    EXPECT_TRUE(StepIsShown(R"({"stroke": {"pointer": [[69, 87], [131, 69]]}})"));
     unsigned shownTools = 0;
     const std::vector<std::string> tools = shown.document->ToolNames();
     ASSERT_GE(tools.size(), 15u);
@@ -104,7 +109,7 @@ TEST_F(SurfacePictureTest, ShowsLayersMaskHiddenFacesLevelsAndTransforms) {
     EXPECT_TRUE(StepIsShown(stroke));
     EXPECT_TRUE(StepIsShown(R"({"layer": {"strength": 0.4}})"));
     EXPECT_TRUE(StepIsShown(R"({"layer": {"visible": false}})"));
-    EXPECT_TRUE(StepIsShown(R"({"freeze": {"box": [100, 80, 180, 160]}})"));
+    EXPECT_TRUE(StepIsShown(R"({"freeze": {"box": [62, 50, 112, 100]}})"));
     EXPECT_TRUE(StepIsShown(R"({"freeze": {"blur": 3}})"));
     EXPECT_TRUE(StepIsShown(R"({"hide": {"mask": 0.9}})"));
     EXPECT_TRUE(StepIsShown(R"({"invertVisibility": true})"));
@@ -114,7 +119,7 @@ TEST_F(SurfacePictureTest, ShowsLayersMaskHiddenFacesLevelsAndTransforms) {
     EXPECT_TRUE(StepIsShown(R"({"level": 1})"));
     ASSERT_FALSE(viewport.Renderer().Buffers().Layout()->IsGrid());
     EXPECT_TRUE(StepIsShown(stroke));
-    EXPECT_TRUE(StepIsShown(R"({"hide": {"box": [130, 90, 200, 160]}})"));
+    EXPECT_TRUE(StepIsShown(R"({"hide": {"box": [70, 50, 125, 100]}})"));
     EXPECT_TRUE(StepIsShown(R"({"level": 5})"));
     viewport.frame.settings.isFlat = true;
     EXPECT_TRUE(StepIsShown(R"({"undo": 3})"));
@@ -129,7 +134,7 @@ TEST_F(SurfacePictureTest, ShowsEverySettingOfTheSurface) {
         EXPECT_EQ(now, Fresh());
         picture = now;
     };
-    shown.Do(R"({"freeze": {"box": [100, 80, 180, 160]}})");
+    shown.Do(R"({"freeze": {"box": [62, 50, 112, 100]}})");
     picture = Follow();
     using Frame = ViewportRenderer::Frame;
     change("mask", [](Frame& frame) { frame.settings.showsMask = false; });
@@ -195,7 +200,7 @@ TEST_F(SurfacePictureTest, CountsItsWork) {
         DirtyPatches dirty;
     } reported(layout);
     shown.document->AddObserver(reported);
-    shown.Do(R"({"stroke": {"pointer": [[160, 120]]}})");
+    shown.Do(R"({"stroke": {"pointer": [[100, 75]]}})");
     shown.document->RemoveObserver(reported);
     Follow();
     EXPECT_GT(stats.patchesUploaded, 0u);
@@ -205,7 +210,7 @@ TEST_F(SurfacePictureTest, CountsItsWork) {
 
     viewport.camera.Dolly({0.0f, 0.0f, 1.0f}, 0.2f);
     viewport.Draw();
-    EXPECT_GT(stats.patchesCulled, layout.PatchCount() / 3);
+    EXPECT_GE(stats.patchesCulled, layout.PatchCount() / 3);
 }
 
 TEST_F(SurfacePictureTest, SpreadsUploadsOverFrames) {
@@ -223,7 +228,7 @@ TEST_F(SurfacePictureTest, SpreadsUploadsOverFrames) {
         EXPECT_EQ(viewport.Renderer().HasPending(), stats.bytesPending > 0);
     } while (viewport.Renderer().HasPending());
     EXPECT_EQ(uploaded, viewport.Renderer().Buffers().Layout()->PatchCount());
-    EXPECT_EQ(frames, 10);
+    EXPECT_EQ(frames, 3);
     viewport.frame.uploadBudget = ViewportRenderer::unlimitedBudget;
     EXPECT_EQ(picture, Fresh());
 }

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// The viewport as the window has it, with an engine. TROVIK_SHOTS names a folder that receives
+/// the pictures, to be looked at.
+#include "engine/Engine.h"
+#include "viewport/ViewportWidget.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace trovik::studio {
+namespace {
+
+/// Runs the event loop until a condition holds. \return false after a minute.
+template <typename Condition>
+bool WaitFor(Condition condition) {
+    QElapsedTimer time;
+    time.start();
+    while (!condition()) {
+        if (time.elapsed() > 60000) return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    return true;
+}
+
+void SavePicture(const QImage& image, const char* name) {
+    const QString folder = qEnvironmentVariable("TROVIK_SHOTS");
+    if (!folder.isEmpty()) image.save(folder + QLatin1Char('/') + QLatin1String(name));
+}
+
+class ViewportWidgetTest : public testing::Test {
+protected:
+    ViewportWidgetTest() {
+        viewport.resize(640, 480);
+        viewport.show();
+        OpenRequest request;
+        request.meshPath = std::string(std::getenv("TROVIK_DATA")) + "/meshes/bust.obj";
+        QObject::connect(&engine, &Engine::Failed, [](const QString& message) {
+            ADD_FAILURE() << message.toStdString();
+        });
+        engine.Open(request);
+    }
+    /// The surface is small enough for one update.
+    bool WaitForSurface() {
+        return WaitFor([this] {
+            return viewport.Stats().bufferBytes > 0 && viewport.Stats().bytesPending == 0;
+        });
+    }
+
+    Engine engine{""};
+    ViewportWidget viewport{engine};
+};
+
+TEST_F(ViewportWidgetTest, ShowsTheDocument) {
+    ASSERT_TRUE(WaitForSurface());
+    EXPECT_TRUE(viewport.Problem().isEmpty()) << viewport.Problem().toStdString();
+    Camera camera = viewport.View();
+    camera.LookAlong({-0.4f, -0.2f, -1.0f}, {0.0f, 1.0f, 0.0f});
+    viewport.SetView(camera);
+    viewport.FrameAll();
+    viewport.SetHudLines({QStringLiteral("5,429 quads, level 0 of 0"), QStringLiteral("Sculpt")});
+    Overlays overlays;
+    overlays.selection = {{120, 90}, {420, 110}, {400, 380}, {140, 360}};
+    overlays.lazyString = {{430, 200}, {470, 230}, {540, 300}};
+    viewport.SetOverlays(overlays);
+    const QImage picture = viewport.Grab();
+    EXPECT_EQ(viewport.Stats().trianglesDrawn, 2 * 5429u);
+    SavePicture(picture, "viewport.png");
+    EXPECT_EQ(picture.size(), viewport.size() * viewport.devicePixelRatioF());
+
+    viewport.UploadAll();
+    ASSERT_TRUE(WaitFor([&] { return viewport.Stats().bufferBytes == 0; }));
+    ASSERT_TRUE(WaitForSurface());
+    EXPECT_EQ(viewport.Grab(), picture);
+}
+
+TEST(ViewCube, PartsStandForDirections) {
+    const QSizeF size(800, 600);
+    const QPointF centre = ViewCube::Area(size).center();
+    Camera camera;
+    EXPECT_EQ(ViewCube::HitTest(centre, camera, size), Vector(0, 0, -1));
+    EXPECT_EQ(ViewCube::HitTest(QPointF(10, 10), camera, size), std::nullopt);
+    EXPECT_EQ(ViewCube::HitTest(centre + QPointF(26, 0), camera, size),
+              Vector(-1, 0, -1).Normalized());
+    EXPECT_EQ(ViewCube::HitTest(centre + QPointF(-26, -26), camera, size),
+              Vector(1, -1, -1).Normalized());
+    // The direction of a part shows that part in the middle.
+    for (const Vector& direction : {Vector(1, 0, 0), Vector(0, -1, 0), Vector(0, 1, 0)}) {
+        camera.LookAlong(direction, ViewCube::UpFor(direction));
+        EXPECT_EQ(ViewCube::HitTest(centre, camera, size), direction);
+    }
+    ViewCube cube;
+    EXPECT_TRUE(cube.SetHovered(Vector(0, 0, -1)));
+    EXPECT_FALSE(cube.SetHovered(Vector(0, 0, -1)));
+}
+
+}  // namespace
+}  // namespace trovik::studio
