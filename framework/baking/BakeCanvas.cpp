@@ -113,7 +113,7 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
         along[i] = {b.x - a.x, b.y - a.y};
         owns[i] = along[i].y > 0 || (along[i].y == 0 && along[i].x < 0);
     }
-    const double share = 1.0 / static_cast<double>(area);
+    const double fraction = 1.0 / static_cast<double>(area);
     for (std::int64_t y = firstY; y <= lastY; ++y) {
         const FixedPoint start = {firstX * step + half, y * step + half};
         std::int64_t side[3];
@@ -125,7 +125,7 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
             if (inside) {
                 float weights[3];
                 for (std::size_t i = 0; i < 3; ++i)
-                    weights[i] = static_cast<float>(static_cast<double>(side[i]) * share);
+                    weights[i] = static_cast<float>(static_cast<double>(side[i]) * fraction);
                 TakeSample(x, y, Mix(*values[0], *values[1], *values[2], weights));
             }
             for (std::size_t i = 0; i < 3; ++i) side[i] -= along[i].y * step;
@@ -191,10 +191,10 @@ void BakeCanvas::PadEdge(const TilePoint& from,
             if (distance > reach * reach || static_cast<float>(distance) >= distances[texel])
                 continue;
             distances[texel] = static_cast<float>(distance);
-            const auto share = static_cast<float>(t);
+            const auto fraction = static_cast<float>(t);
             for (std::size_t i = 0; i < options.channels; ++i)
                 sums[texel * options.channels + i] =
-                    fromValue[i] * (1.0f - share) + toValue[i] * share;
+                    fromValue[i] * (1.0f - fraction) + toValue[i] * fraction;
         }
     }
 }
@@ -223,8 +223,8 @@ FloatImage BakeCanvas::Finish(const MapValue& neutral, Counts& counts, JobContro
         if (options.directions) {
             const float length =
                 std::sqrt((values[0] * values[0] + values[1] * values[1]) + values[2] * values[2]);
-            const float share = length > 0.0f ? 1.0f / length : 0.0f;
-            for (std::size_t i = 0; i < channels; ++i) values[i] *= share;
+            const float fraction = length > 0.0f ? 1.0f / length : 0.0f;
+            for (std::size_t i = 0; i < channels; ++i) values[i] *= fraction;
         } else if (samples > 1) {
             const auto count = static_cast<float>(samples);
             for (std::size_t i = 0; i < channels; ++i) values[i] /= count;

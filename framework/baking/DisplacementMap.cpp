@@ -15,21 +15,21 @@ namespace {
 struct Between {
     std::uint32_t first;
     std::uint32_t second;
-    float share;
+    float weight;
 };
 
 /// \param place  in texels from the outer edge of the first texel. \param repeat  the texel after
 /// the last is the first.
-Between BetweenTexels(double place, std::uint32_t size, bool repeat) {
-    const double centred = place - 0.5;
+Between BetweenTexels(double position, std::uint32_t size, bool repeat) {
+    const double centred = position - 0.5;
     const double below = std::floor(centred);
-    const auto share = static_cast<float>(centred - below);
+    const auto weight = static_cast<float>(centred - below);
     const auto last = static_cast<double>(size - 1);
     const auto texel = [last, repeat, size](double at) {
         if (repeat) at -= std::floor(at / size) * size;
         return static_cast<std::uint32_t>(std::clamp(at, 0.0, last));
     };
-    return {texel(below), texel(below + 1.0), share};
+    return {texel(below), texel(below + 1.0), weight};
 }
 
 }  // namespace
@@ -40,11 +40,11 @@ DisplacementMap::DisplacementMap(const DisplacementOptions& given)
         throw HostError(options.path + ": a map with several tiles cannot repeat");
 }
 
-void DisplacementMap::Settle(const std::optional<MapText>& said,
+void DisplacementMap::Settle(const std::optional<MapText>& description,
                              const std::string& path,
                              const FloatImage& image) {
-    MapText own = said.value_or(MapText());
-    if (!said) own.mid = image.isFloat ? 0.0f : 0.5f;
+    MapText own = description.value_or(MapText());
+    if (!description) own.mid = image.isFloat ? 0.0f : 0.5f;
     own.kind = options.kind.value_or(own.kind);
     own.space = options.space.value_or(own.space);
     own.mid = options.mid.value_or(own.mid);
@@ -86,10 +86,10 @@ Vector DisplacementMap::At(const std::array<float, 2>& uv) {
     };
     for (std::size_t part = 0; part < parts; ++part) {
         const auto mixed = [&](std::uint32_t y) {
-            return texel(column.first, y, part) * (1.0f - column.share) +
-                   texel(column.second, y, part) * column.share;
+            return texel(column.first, y, part) * (1.0f - column.weight) +
+                   texel(column.second, y, part) * column.weight;
         };
-        const float value = mixed(row.first) * (1.0f - row.share) + mixed(row.second) * row.share;
+        const float value = mixed(row.first) * (1.0f - row.weight) + mixed(row.second) * row.weight;
         values[part] = (value - text.mid) * text.scale * options.strength;
     }
     return {values[0], values[1], values[2]};

@@ -26,7 +26,7 @@ public:
 private:
     const FloatImage& Tile(std::uint32_t number);
     /// \param said  the description stored in the file; options override its values.
-    void Settle(const std::optional<MapText>& said,
+    void Settle(const std::optional<MapText>& description,
                 const std::string& path,
                 const FloatImage& image);
 

@@ -198,7 +198,7 @@ public:
     /// \param chosen  see ChangeVisibilityAsStep. \return false if nothing changes.
     bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
     /// Sets the mesh's transform to world space. One undo step.
-    void SetTransform(const MatrixTransform& place);
+    void SetTransform(const MatrixTransform& transform);
     /// See DisplaceByMap. One undo step. \throw Cancelled, with nothing changed.
     void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
 

@@ -11,9 +11,9 @@ namespace trovik {
 
 void Document::Reset(uint32_t levels, uint64_t byteBudget, JobControl* job) {
     RequireNoStroke("reset the mesh");
-    const MatrixTransform place = geometry->Place();
+    const MatrixTransform transform = geometry->Place();
     BuildGeometry(levels, byteBudget, job);
-    geometry->Place() = place;
+    geometry->Place() = transform;
     entries.Restart();
     for (uint32_t i = 0; i <= levels; ++i) geometry->ReportAll(i, SurfaceChange::Topology);
     NotifyChanges();
@@ -182,10 +182,10 @@ bool Document::ChangeVisibility(VisibilityChange change, const FaceChoice& chose
     return true;
 }
 
-void Document::SetTransform(const MatrixTransform& place) {
+void Document::SetTransform(const MatrixTransform& transform) {
     RequireNoStroke("transform the mesh");
     const MatrixTransform before = geometry->Place();
-    geometry->Place() = place;
+    geometry->Place() = transform;
     Push(MakeTransformStep(*geometry, before));
 }
 

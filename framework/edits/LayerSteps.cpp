@@ -24,8 +24,8 @@ std::size_t IndexIn(const LayerBase::Layers& layers, const SculptLayer& layer) {
     return static_cast<std::size_t>(found - layers.begin());
 }
 
-LayerBase::Layers::iterator At(LayerBase::Layers& layers, std::size_t place) {
-    return layers.begin() + static_cast<std::ptrdiff_t>(place);
+LayerBase::Layers::iterator At(LayerBase::Layers& layers, std::size_t index) {
+    return layers.begin() + static_cast<std::ptrdiff_t>(index);
 }
 
 void SetOffset(SculptLayer& layer, uint32_t slot, const Vector& offset) {
@@ -71,13 +71,13 @@ std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(LevelGeometry& geometry,
 
 std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
                                           SculptLayer& layer,
-                                          std::size_t place) {
+                                          std::size_t index) {
     LayerEdit edit(geometry, LevelOf(layer), LayerEdit::Reach::Surface);
     LayerBase::Layers& layers = edit.Layers();
     const std::size_t from = IndexIn(layers, layer);
     const std::shared_ptr<SculptLayer> moved = layers[from];
     layers.erase(At(layers, from));
-    layers.insert(At(layers, std::min(place, layers.size())), moved);
+    layers.insert(At(layers, std::min(index, layers.size())), moved);
     return edit.Finish("Layer Order");
 }
 
@@ -106,9 +106,9 @@ std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
 
 std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry, SculptLayer& layer) {
     LayerBase::Layers present = geometry.Layers().OfLevel(*layer.Level());
-    const std::size_t place = IndexIn(present, layer);
-    if (place == 0) throw HostError(Quoted(layer) + " has no layer below it to merge into");
-    SculptLayer& below = *present[place - 1];
+    const std::size_t index = IndexIn(present, layer);
+    if (index == 0) throw HostError(Quoted(layer) + " has no layer below it to merge into");
+    SculptLayer& below = *present[index - 1];
     for (const SculptLayer* one : {&layer, &below}) {
         if (!one->UserProperties().visible)
             throw HostError(Quoted(*one) + " is hidden and cannot be merged");
@@ -130,7 +130,7 @@ std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry, SculptLa
     given.strength = 1.0f;
     below.SetUserProperties(given);
     if (edit.Mesh().ActiveLayer() == &layer) edit.Mesh().SetActiveLayer(&below);
-    edit.Layers().erase(At(edit.Layers(), place));
+    edit.Layers().erase(At(edit.Layers(), index));
     return edit.Finish("Merge Layer");
 }
 

@@ -21,11 +21,11 @@ TROVIK_API std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, 
 /// Changes name, strength (any finite number), visibility and write lock at once.
 TROVIK_API std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(
     LevelGeometry& geometry, SculptLayer& layer, const SculptLayer::Properties& properties);
-/// Moves the layer to index `place` of its level, 0 being the lowest; larger indices mean the
+/// Moves the layer to index `index` of its level, 0 being the lowest; larger indices mean the
 /// highest.
 TROVIK_API std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
                                                      SculptLayer& layer,
-                                                     std::size_t place);
+                                                     std::size_t index);
 /// Makes a layer of the bound level the one into which strokes record; null selects no layer.
 TROVIK_API std::unique_ptr<UndoStep> SelectLayerAsStep(LevelGeometry& geometry, SculptLayer* layer);
 /// Adds a copy directly above the layer and activates it. The copy has the same effect as the

@@ -27,21 +27,21 @@ std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
         layer = nullptr;
     std::vector<uint32_t> vertices;
     vertices.reserve(moves.size());
-    for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
+    for (const auto& [vertex, position] : moves) vertices.push_back(vertex);
     std::vector<uint32_t> around = WithNeighbours(level, vertices);
     // All records are created first, because this can fail.
     for (const uint32_t vertex : vertices) RecordOf(level, change, vertex, layer != nullptr);
     for (const uint32_t vertex : around) RecordOf(level, change, vertex, false);
 
-    for (const auto& [vertex, place] : moves) {
+    for (const auto& [vertex, position] : moves) {
         const uint32_t slot = layer == nullptr ? SculptLayer::noSlot : layer->FindSlot(vertex);
         if (slot != SculptLayer::noSlot) {
-            const Vector move = place - level.Position(vertex);
-            const float share = 1.0f / layer->EffectiveStrength();
-            const Vector offset = layer->Offset(vertex) + move * share;
+            const Vector move = position - level.Position(vertex);
+            const float fraction = 1.0f / layer->EffectiveStrength();
+            const Vector offset = layer->Offset(vertex) + move * fraction;
             layer->set(nullptr, slot, vertex, &offset, true);
         }
-        level.SetPosition(vertex, place);
+        level.SetPosition(vertex, position);
     }
     level.ComputeNormalsOf(around);
     return around;

@@ -18,7 +18,7 @@ public:
     /// Borrows the level, on which a change must be open when Apply is called.
     explicit SurfaceMoves(LevelMesh& ofLevel) : level(ofLevel) {}
     /// Mesh-local position. Each vertex may be added once.
-    void Add(uint32_t vertex, const Vector& place) { moves.emplace_back(vertex, place); }
+    void Add(uint32_t vertex, const Vector& position) { moves.emplace_back(vertex, position); }
     bool IsEmpty() const { return moves.empty(); }
 
     /// Moves the vertices and recomputes the normals around them. \return the vertices whose

@@ -58,15 +58,15 @@ public:
 
 private:
     /// The slot that contains or would contain a record of this position.
-    std::size_t SlotOf(const Vector& place) const {
-        std::size_t slot = Hash(place) & (slots.size() - 1);
-        while (slots[slot] != none && OriginalPosition(slots[slot]) != place)
+    std::size_t SlotOf(const Vector& position) const {
+        std::size_t slot = Hash(position) & (slots.size() - 1);
+        while (slots[slot] != none && OriginalPosition(slots[slot]) != position)
             slot = (slot + 1) & (slots.size() - 1);
         return slot;
     }
-    static std::size_t Hash(const Vector& place) {
+    static std::size_t Hash(const Vector& position) {
         uint64_t hash = 0;
-        for (const float value : {place.x, place.y, place.z}) {
+        for (const float value : {position.x, position.y, position.z}) {
             // Converts -0 to +0.
             const float same = value + 0.0f;
             hash = (hash ^ std::bit_cast<uint32_t>(same)) * 0x9e3779b97f4a7c15u;
@@ -88,27 +88,28 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
     if (records.fill == 0 || axes.empty()) return {};
     const RecordsByPosition byPosition(records);
     const uint32_t count = records.fill;
-    std::vector<Vector> places(count);
-    for (uint32_t i = 0; i < count; ++i) places[i] = level.Position(records.array[i].vertexIndex);
+    std::vector<Vector> positions(count);
+    for (uint32_t i = 0; i < count; ++i)
+        positions[i] = level.Position(records.array[i].vertexIndex);
     // One plane after the other. Symmetry in earlier planes is preserved: their twins have twins in
     // this plane, which receive the mirrored mean.
     for (const int axis : axes) {
         for (uint32_t i = 0; i < count; ++i) {
             const uint32_t twin = byPosition.TwinOf(i, axis);
             if (twin == none || twin < i) continue;
-            if (places[i] == Mirrored(places[twin], axis)) continue;
+            if (positions[i] == Mirrored(positions[twin], axis)) continue;
             const uint32_t vertex = records.array[i].vertexIndex;
             const uint32_t across = records.array[twin].vertexIndex;
             if (level.IsVertexHidden(vertex) || level.IsVertexHidden(across)) continue;
             if (level.Freeze(vertex) != level.Freeze(across)) continue;
-            places[i] = Mean(places[i], places[twin], axis);
-            if (twin != i) places[twin] = Mirrored(places[i], axis);
+            positions[i] = Mean(positions[i], positions[twin], axis);
+            if (twin != i) positions[twin] = Mirrored(positions[i], axis);
         }
     }
     SurfaceMoves moves(level);
     for (uint32_t i = 0; i < count; ++i) {
         const uint32_t vertex = records.array[i].vertexIndex;
-        if (!SameBits(places[i], level.Position(vertex))) moves.Add(vertex, places[i]);
+        if (!SameBits(positions[i], level.Position(vertex))) moves.Add(vertex, positions[i]);
     }
     return moves.IsEmpty() ? std::vector<uint32_t>() : moves.Apply(change);
 }
@@ -130,9 +131,9 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model, Jo
         const Vector present = level.Position(vertex);
         const uint8_t amount = level.FreezeOfTools(vertex);
         if (amount == freezeAmountMask || SameBits(present, goal)) return;
-        const float share =
+        const float fraction =
             1.0f - static_cast<float>(amount) / static_cast<float>(freezeAmountMask);
-        moves.Add(vertex, amount == 0 ? goal : present + (goal - present) * share);
+        moves.Add(vertex, amount == 0 ? goal : present + (goal - present) * fraction);
         ++moved;
     };
     JobPhase phase(job, "Pairing vertices", uint64_t{level.faceCount} * corners);
@@ -145,16 +146,16 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model, Jo
         const uint32_t twin =
             level.faceVertexIndices.array[across->face * corners + across->corner];
         seen[vertex] = seen[twin] = true;
-        const Vector place = level.Position(vertex);
+        const Vector position = level.Position(vertex);
         if (twin == vertex) {
-            Vector inPlane = place;
+            Vector inPlane = position;
             if (Component(inPlane, axis) != 0.0f) Component(inPlane, axis) = 0.0f;
             move(vertex, inPlane);
             continue;
         }
         const Vector other = level.Position(twin);
-        const bool isModel = sign * Component(place, axis) >= sign * Component(other, axis);
-        move(isModel ? twin : vertex, Mirrored(isModel ? place : other, axis));
+        const bool isModel = sign * Component(position, axis) >= sign * Component(other, axis);
+        move(isModel ? twin : vertex, Mirrored(isModel ? position : other, axis));
     }
     phase.Finish();
     if (moves.IsEmpty()) return 0;

@@ -13,12 +13,12 @@ namespace {
 
 constexpr int full = freezeAmountMask;
 
-float Limited(float share) { return share > 0.0f ? std::min(share, 1.0f) : 0.0f; }
+float Limited(float weight) { return weight > 0.0f ? std::min(weight, 1.0f) : 0.0f; }
 
 }  // namespace
 
-uint8_t FreezeAmountOf(float share) {
-    return static_cast<uint8_t>(Limited(share) * static_cast<float>(full) + 0.5f);
+uint8_t FreezeAmountOf(float weight) {
+    return static_cast<uint8_t>(Limited(weight) * static_cast<float>(full) + 0.5f);
 }
 
 uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode) {
@@ -40,10 +40,10 @@ uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode) {
     return before;
 }
 
-std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& shares, float amount) {
-    std::vector<uint8_t> amounts(shares.size());
-    for (std::size_t v = 0; v < shares.size(); ++v)
-        amounts[v] = FreezeAmountOf(Limited(shares[v]) * Limited(amount));
+std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& weights, float amount) {
+    std::vector<uint8_t> amounts(weights.size());
+    for (std::size_t v = 0; v < weights.size(); ++v)
+        amounts[v] = FreezeAmountOf(Limited(weights[v]) * Limited(amount));
     return amounts;
 }
 
@@ -51,12 +51,12 @@ std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& from,
                                         const std::vector<uint8_t>& to,
                                         float amount) {
     assert(from.size() == to.size());
-    const float share = Limited(amount);
+    const float weight = Limited(amount);
     std::vector<uint8_t> between(from.size());
     for (std::size_t v = 0; v < from.size(); ++v) {
         const auto start = static_cast<float>(from[v]);
         const float way = static_cast<float>(to[v]) - start;
-        between[v] = static_cast<uint8_t>((start + way * share) + 0.5f);
+        between[v] = static_cast<uint8_t>((start + way * weight) + 0.5f);
     }
     return between;
 }

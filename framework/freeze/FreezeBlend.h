@@ -25,12 +25,12 @@ enum class FreezeMode : int {
 
 /// The freeze amount for a mask weight of 0 to 1, rounded to the nearest of the 127ths, halves up.
 /// Other weights are clamped; NaN yields 0.
-TROVIK_API uint8_t FreezeAmountOf(float share);
+TROVIK_API uint8_t FreezeAmountOf(float weight);
 
 TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
 
 /// Freeze amounts for mask weights of 0 to 1, each multiplied by `amount`, 0 to 1.
-TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& shares, float amount);
+TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& weights, float amount);
 
 /// Linear interpolation from `from` to `to` by `amount` (0 to 1), rounded to the nearest.
 TROVIK_API std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& from,

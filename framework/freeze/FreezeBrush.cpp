@@ -61,9 +61,10 @@ Vector FreezeBrush::Eye() const {
 float FreezeBrush::FalloffAt(float distance, float radius) const {
     const Store<float>& samples = *falloff;
     if (samples.fill == 0) return 1.0f;
-    const float place = distance / radius * static_cast<float>(samples.fill);
+    const float sampleIndex = distance / radius * static_cast<float>(samples.fill);
     const uint32_t last = samples.fill - 1;
-    const auto index = place < static_cast<float>(last) ? static_cast<uint32_t>(place) : last;
+    const auto index =
+        sampleIndex < static_cast<float>(last) ? static_cast<uint32_t>(sampleIndex) : last;
     return samples.array[index];
 }
 
@@ -128,21 +129,21 @@ void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
                         AxisAlignedBoundingBox& box) {
     // The whole dab is computed from the previous state, so that the result does not depend on the
     // order of the walk.
-    std::vector<float> shares(reached.size());
+    std::vector<float> maskWeights(reached.size());
     for (std::size_t i = 0; i < reached.size(); ++i) {
-        const float share = records->Share(reached[i].vertex);
+        const float maskWeight = records->Share(reached[i].vertex);
         float target = 1.0f;
         if (strokeModifier == ModifierInvert) target = 0.0f;
         if (strokeModifier == ModifierSmooth) target = MeanAround(reached[i]);
         const float weight = weights[i] > 0.0f ? std::min(weights[i], 1.0f) : 0.0f;
-        shares[i] = share + (target - share) * weight;
+        maskWeights[i] = maskWeight + (target - maskWeight) * weight;
     }
     const Matrix& toWorld = GeometryOf(*level).Place().ToWorld();
     std::vector<uint32_t> changed;
     for (std::size_t i = 0; i < reached.size(); ++i) {
         const uint32_t vertex = reached[i].vertex;
         if (!(weights[i] > 0.0f) || level->IsVertexHidden(vertex)) continue;
-        if (!records->SetWeight(vertex, shares[i])) continue;
+        if (!records->SetWeight(vertex, maskWeights[i])) continue;
         changed.push_back(vertex);
         box.Extend(toWorld.AffineTransform(level->Position(vertex), 1.0f));
     }

@@ -55,20 +55,20 @@ std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
 
 float FreezeRecords::Share(uint32_t vertex) const {
     const auto slot = indices.find(vertex);
-    if (slot != indices.end()) return shares[slot->second];
+    if (slot != indices.end()) return weights[slot->second];
     return static_cast<float>(level.Freeze(vertex)) / static_cast<float>(freezeAmountMask);
 }
 
-bool FreezeRecords::SetWeight(uint32_t vertex, float share) {
+bool FreezeRecords::SetWeight(uint32_t vertex, float weight) {
     const auto [slot, isNew] = indices.emplace(vertex, static_cast<uint32_t>(vertices.size()));
     if (isNew) {
         vertices.push_back(vertex);
         amountsBefore.push_back(level.Freeze(vertex));
-        shares.push_back(share);
+        weights.push_back(weight);
     }
-    shares[slot->second] = share;
+    weights[slot->second] = weight;
     const uint8_t before = level.Freeze(vertex);
-    level.SetFreeze(vertex, FreezeAmountOf(share));
+    level.SetFreeze(vertex, FreezeAmountOf(weight));
     return level.Freeze(vertex) != before;
 }
 

@@ -35,7 +35,7 @@ public:
     /// The mask weight of a vertex, 0 to 1.
     float Share(uint32_t vertex) const;
     /// \return whether the vertex's amount, rounded to the nearest of the 127ths, has changed.
-    bool SetWeight(uint32_t vertex, float share);
+    bool SetWeight(uint32_t vertex, float weight);
 
     /// Vertices touched, in order, and their original amounts.
     const std::vector<uint32_t>& Vertices() const { return vertices; }
@@ -46,7 +46,7 @@ private:
     std::unordered_map<uint32_t, uint32_t> indices;
     std::vector<uint32_t> vertices;
     std::vector<uint8_t> amountsBefore;
-    std::vector<float> shares;
+    std::vector<float> weights;
 };
 
 }  // namespace trovik

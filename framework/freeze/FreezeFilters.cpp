@@ -12,8 +12,8 @@ namespace trovik {
 namespace {
 
 /// Fractional bits of amounts between two steps.
-constexpr int places = 16;
-constexpr int64_t largest = int64_t{freezeAmountMask} << places;
+constexpr int fractionBits = 16;
+constexpr int64_t largest = int64_t{freezeAmountMask} << fractionBits;
 
 template <typename Choose>
 std::vector<uint8_t> Spread(const LevelMesh& level, uint32_t rings, Choose choose) {
@@ -43,7 +43,7 @@ template <typename Step>
 std::vector<uint8_t> FilteredAmounts(const LevelMesh& level, uint32_t steps, Step step) {
     std::vector<int64_t> amounts(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        amounts[v] = int64_t{level.Freeze(v)} << places;
+        amounts[v] = int64_t{level.Freeze(v)} << fractionBits;
     std::vector<int64_t> sums(amounts.size());
     std::vector<uint32_t> counts(amounts.size(), 0);
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
@@ -68,7 +68,8 @@ std::vector<uint8_t> FilteredAmounts(const LevelMesh& level, uint32_t steps, Ste
     }
     std::vector<uint8_t> rounded(amounts.size());
     for (std::size_t v = 0; v < amounts.size(); ++v)
-        rounded[v] = static_cast<uint8_t>((amounts[v] + (int64_t{1} << (places - 1))) >> places);
+        rounded[v] =
+            static_cast<uint8_t>((amounts[v] + (int64_t{1} << (fractionBits - 1))) >> fractionBits);
     return rounded;
 }
 

@@ -102,34 +102,34 @@ std::vector<float> WeightsInView(const LevelGeometry& geometry,
     const Projection projection(view);
     const Sight sight(geometry, tree, view);
     const Matrix& toWorld = geometry.Place().ToWorld();
-    std::vector<float> shares(level.VertexCount(), 0.0f);
+    std::vector<float> weights(level.VertexCount(), 0.0f);
     LimitWorkerThreads();
     const tbb::blocked_range<uint32_t> all(0, level.VertexCount(), 4096);
     tbb::parallel_for(all, [&](const tbb::blocked_range<uint32_t>& some) {
         for (uint32_t v = some.begin(); v != some.end(); ++v) {
-            const auto place = projection.Place(toWorld.AffineTransform(level.Position(v), 1.0f));
-            if (!place) continue;
-            const float share = weightAt(*place);
-            if (share > 0.0f && sight.Reaches(v, reach)) shares[v] = share;
+            const auto point = projection.Place(toWorld.AffineTransform(level.Position(v), 1.0f));
+            if (!point) continue;
+            const float weight = weightAt(*point);
+            if (weight > 0.0f && sight.Reaches(v, reach)) weights[v] = weight;
         }
     });
-    return shares;
+    return weights;
 }
 
-bool ViewBox::Holds(const ViewPoint& place) const {
-    return place.x >= std::min(from.x, to.x) && place.x < std::max(from.x, to.x) &&
-           place.y >= std::min(from.y, to.y) && place.y < std::max(from.y, to.y);
+bool ViewBox::Holds(const ViewPoint& point) const {
+    return point.x >= std::min(from.x, to.x) && point.x < std::max(from.x, to.x) &&
+           point.y >= std::min(from.y, to.y) && point.y < std::max(from.y, to.y);
 }
 
 // A side includes its upper end but not its lower one, so that a corner at the height of the
 // position is counted once.
-bool ViewLasso::Holds(const ViewPoint& place) const {
+bool ViewLasso::Holds(const ViewPoint& point) const {
     bool inside = false;
     for (std::size_t i = 0; i < corners.size(); ++i) {
         const ViewPoint& a = corners[i];
         const ViewPoint& b = corners[(i + 1) % corners.size()];
-        if ((a.y <= place.y) == (b.y <= place.y)) continue;
-        if (place.x < a.x + (place.y - a.y) / (b.y - a.y) * (b.x - a.x)) inside = !inside;
+        if ((a.y <= point.y) == (b.y <= point.y)) continue;
+        if (point.x < a.x + (point.y - a.y) / (b.y - a.y) * (b.x - a.x)) inside = !inside;
     }
     return inside;
 }
@@ -159,14 +159,14 @@ float ViewImage::Pixel(int64_t column, int64_t row) const {
     return values[static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x)];
 }
 
-float ViewImage::WeightAt(const ViewPoint& place) const {
-    if (!area.Holds(place) || values.empty()) return 0.0f;
+float ViewImage::WeightAt(const ViewPoint& point) const {
+    if (!area.Holds(point) || values.empty()) return 0.0f;
     const float left = std::min(area.from.x, area.to.x);
     const float top = std::min(area.from.y, area.to.y);
     const float spanX = std::max(area.from.x, area.to.x) - left;
     const float spanY = std::max(area.from.y, area.to.y) - top;
-    const float u = (place.x - left) / spanX * static_cast<float>(width) - 0.5f;
-    const float v = (place.y - top) / spanY * static_cast<float>(height) - 0.5f;
+    const float u = (point.x - left) / spanX * static_cast<float>(width) - 0.5f;
+    const float v = (point.y - top) / spanY * static_cast<float>(height) - 0.5f;
     return BilinearValue(u, v, [this](int64_t column, int64_t row) { return Pixel(column, row); });
 }
 

@@ -49,7 +49,7 @@ TROVIK_API std::vector<float> WeightsInView(const LevelGeometry& geometry,
 struct TROVIK_API ViewBox {
     ViewPoint from;
     ViewPoint to;
-    bool Holds(const ViewPoint& place) const;
+    bool Holds(const ViewPoint& position) const;
 };
 
 /// A closed polygon on the viewport; its last corner is joined to the first. A point is inside if a
@@ -58,7 +58,7 @@ struct TROVIK_API ViewBox {
 class TROVIK_API ViewLasso {
 public:
     explicit ViewLasso(std::vector<ViewPoint> lassoCorners) : corners(std::move(lassoCorners)) {}
-    bool Holds(const ViewPoint& place) const;
+    bool Holds(const ViewPoint& position) const;
 
 private:
     std::vector<ViewPoint> corners;
@@ -78,7 +78,7 @@ public:
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
     /// Weight at a position; 0 outside. Bilinear between pixel centres, constant beyond the
     /// outermost ones.
-    float WeightAt(const ViewPoint& place) const;
+    float WeightAt(const ViewPoint& position) const;
 
 private:
     float Pixel(int64_t column, int64_t row) const;

@@ -42,10 +42,10 @@ template <typename WeightAt>
 std::vector<float> WeightsByPosition(const LevelGeometry& geometry, WeightAt weightAt) {
     const LevelMesh& level = *geometry.Bound();
     const Matrix& toWorld = geometry.Place().ToWorld();
-    std::vector<float> shares(level.VertexCount());
+    std::vector<float> weights(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        shares[v] = weightAt(toWorld.AffineTransform(level.Position(v), 1.0f));
-    return shares;
+        weights[v] = weightAt(toWorld.AffineTransform(level.Position(v), 1.0f));
+    return weights;
 }
 
 }  // namespace
@@ -57,10 +57,10 @@ std::vector<float> WeightsOfComponent(const LevelMesh& level, uint32_t vertex) {
     for (uint32_t number = 0; number < level.faceCount; ++number, face += corners)
         for (uint32_t k = 1; k < corners; ++k) sets.Join(face[0], face[k]);
     const uint32_t wanted = sets.Of(vertex);
-    std::vector<float> shares(level.VertexCount());
+    std::vector<float> weights(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
-        shares[v] = sets.Of(v) == wanted ? 1.0f : 0.0f;
-    return shares;
+        weights[v] = sets.Of(v) == wanted ? 1.0f : 0.0f;
+    return weights;
 }
 
 std::vector<float> WeightsOfGroup(const LevelGeometry& geometry,
@@ -69,16 +69,16 @@ std::vector<float> WeightsOfGroup(const LevelGeometry& geometry,
     const LevelMesh& level = *geometry.Level(levelIndex);
     const uint32_t baseCorners = geometry.Level(0)->CornersPerFace();
     const std::vector<uint32_t>& groups = geometry.Attributes().faceGroups;
-    std::vector<float> shares(level.VertexCount(), 0.0f);
+    std::vector<float> weights(level.VertexCount(), 0.0f);
     const uint32_t corners = level.CornersPerFace();
     const uint32_t* vertices = level.faceVertexIndices.array;
     for (uint32_t face = 0; face < level.faceCount; ++face, vertices += corners) {
         const uint32_t base = BaseFace(baseCorners, levelIndex, face);
         const uint32_t ofFace = base < groups.size() ? groups[base] : SurfaceAttributes::none;
         if (ofFace != group) continue;
-        for (uint32_t k = 0; k < corners; ++k) shares[vertices[k]] = 1.0f;
+        for (uint32_t k = 0; k < corners; ++k) weights[vertices[k]] = 1.0f;
     }
-    return shares;
+    return weights;
 }
 
 std::vector<float> WeightsInSphere(const LevelGeometry& geometry,

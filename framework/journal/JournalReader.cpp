@@ -12,9 +12,9 @@ namespace trovik {
 
 namespace {
 
-uint32_t NumberAt(const std::string& bytes, std::size_t place) {
+uint32_t NumberAt(const std::string& bytes, std::size_t offset) {
     uint32_t number = 0;
-    std::memcpy(&number, bytes.data() + place, sizeof number);
+    std::memcpy(&number, bytes.data() + offset, sizeof number);
     return number;
 }
 
@@ -53,67 +53,67 @@ void JournalReader::ReadHeader() {
     }
 }
 
-std::optional<JournalReader::Frame> JournalReader::WholeFrameAt(std::size_t place) const {
-    if (bytes.size() - place < recordHeaderBytes) return std::nullopt;
+std::optional<JournalReader::Frame> JournalReader::WholeFrameAt(std::size_t offset) const {
+    if (bytes.size() - offset < recordHeaderBytes) return std::nullopt;
     const Frame frame{
-        NumberAt(bytes, place), NumberAt(bytes, place + 4), NumberAt(bytes, place + 8)};
+        NumberAt(bytes, offset), NumberAt(bytes, offset + 4), NumberAt(bytes, offset + 8)};
     if (frame.kind == 0 || frame.kind > highestRecordKind) return std::nullopt;
-    if (frame.length > bytes.size() - place - recordHeaderBytes) return std::nullopt;
+    if (frame.length > bytes.size() - offset - recordHeaderBytes) return std::nullopt;
     const uint32_t checksum = Crc32(
-        bytes.data() + place + recordHeaderBytes, frame.length, Crc32(bytes.data() + place, 12));
-    if (checksum != NumberAt(bytes, place + 12)) return std::nullopt;
+        bytes.data() + offset + recordHeaderBytes, frame.length, Crc32(bytes.data() + offset, 12));
+    if (checksum != NumberAt(bytes, offset + 12)) return std::nullopt;
     return frame;
 }
 
 // A checksum is computed only for bytes that look like a record, and only up to a limit: otherwise
 // the time for a file crafted to look like records everywhere would be quadratic in its size.
-bool JournalReader::RecordFollows(std::size_t place, uint32_t number) const {
+bool JournalReader::RecordFollows(std::size_t offset, uint32_t number) const {
     uint64_t effort = uint64_t{16} * bytes.size();
-    for (; place + recordHeaderBytes <= bytes.size(); ++place) {
-        const uint32_t kind = NumberAt(bytes, place + 4);
-        const uint64_t length = NumberAt(bytes, place);
-        const uint32_t found = NumberAt(bytes, place + 8);
+    for (; offset + recordHeaderBytes <= bytes.size(); ++offset) {
+        const uint32_t kind = NumberAt(bytes, offset + 4);
+        const uint64_t length = NumberAt(bytes, offset);
+        const uint32_t found = NumberAt(bytes, offset + 8);
         if (kind == 0 || kind > highestRecordKind || found < number) continue;
-        if (length > bytes.size() - place - recordHeaderBytes) continue;
+        if (length > bytes.size() - offset - recordHeaderBytes) continue;
         if (length > effort) return true;
         effort -= length;
-        if (WholeFrameAt(place)) return true;
+        if (WholeFrameAt(offset)) return true;
     }
     return false;
 }
 
 void JournalReader::ReadRecords() {
-    std::size_t place = journalHeaderBytes;
+    std::size_t offset = journalHeaderBytes;
     const auto tell = [this](std::size_t byte, const std::string& reason) {
         damage = path + ": byte " + std::to_string(byte) + ": " + reason;
     };
-    while (place < bytes.size()) {
+    while (offset < bytes.size()) {
         const auto number = static_cast<uint32_t>(records.size());
-        const auto frame = WholeFrameAt(place);
+        const auto frame = WholeFrameAt(offset);
         if (!frame) {
-            if (RecordFollows(place + 1, number)) {
-                tell(place,
+            if (RecordFollows(offset + 1, number)) {
+                tell(offset,
                      "record " + std::to_string(number) +
                          " does not match its checksum; "
                          "the journal is damaged here, and more records follow");
             } else {
-                truncatedEnd = path + ": the last " + std::to_string(bytes.size() - place) +
-                               " bytes, from byte " + std::to_string(place) +
+                truncatedEnd = path + ": the last " + std::to_string(bytes.size() - offset) +
+                               " bytes, from byte " + std::to_string(offset) +
                                " on, are an incomplete record and are skipped";
             }
             return;
         }
         if (frame->number != number) {
-            tell(place,
+            tell(offset,
                  "record " + std::to_string(number) + " is missing; record " +
                      std::to_string(frame->number) + " follows");
             return;
         }
         records.push_back(
             {static_cast<RecordKind>(frame->kind),
-             place,
-             std::string_view(bytes).substr(place + recordHeaderBytes, frame->length)});
-        place += recordHeaderBytes + frame->length;
+             offset,
+             std::string_view(bytes).substr(offset + recordHeaderBytes, frame->length)});
+        offset += recordHeaderBytes + frame->length;
     }
 }
 

@@ -48,9 +48,9 @@ private:
         uint32_t number;
     };
     /// The record at this offset, if it is complete.
-    std::optional<Frame> WholeFrameAt(std::size_t place) const;
+    std::optional<Frame> WholeFrameAt(std::size_t offset) const;
     /// Whether a complete record with at least this number exists at or after this offset.
-    bool RecordFollows(std::size_t place, uint32_t number) const;
+    bool RecordFollows(std::size_t offset, uint32_t number) const;
     void ReadHeader();
     void ReadRecords();
 

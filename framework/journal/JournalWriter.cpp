@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-void Put(unsigned char* place, uint32_t number) { std::memcpy(place, &number, sizeof number); }
+void Put(unsigned char* target, uint32_t number) { std::memcpy(target, &number, sizeof number); }
 
 }  // namespace
 

@@ -25,7 +25,7 @@ struct Best {
     double t;
     uint32_t face = openBorder;
     std::array<uint32_t, 3> corners{};
-    std::array<double, 3> shares{};
+    std::array<double, 3> weights{};
 
     void Take(const TrianglePoint& point,
               uint32_t ofFace,
@@ -36,7 +36,7 @@ struct Best {
         t = point.t;
         face = ofFace;
         corners = {cornerA, cornerB, cornerC};
-        shares = point.shares;
+        weights = point.weights;
     }
 };
 
@@ -48,14 +48,14 @@ PickHit MakeHit(const LevelMesh& mesh, const Best& best) {
         const uint32_t vertex = best.corners[i];
         corners[i] = ToDouble(mesh.Position(vertex));
         for (std::size_t axis = 0; axis < 3; ++axis)
-            position[axis] += best.shares[i] * corners[i][axis];
+            position[axis] += best.weights[i] * corners[i][axis];
         if (vertex >= mesh.vertexNormals.fill) continue;
         const PackedNormal& packed = mesh.vertexNormals.array[vertex];
         // Only the direction matters, so the words need no scaling.
         const Vector3d words = {static_cast<double>(packed.x),
                                 static_cast<double>(packed.y),
                                 static_cast<double>(packed.z)};
-        for (std::size_t axis = 0; axis < 3; ++axis) normal[axis] += best.shares[i] * words[axis];
+        for (std::size_t axis = 0; axis < 3; ++axis) normal[axis] += best.weights[i] * words[axis];
     }
     if (Dot(normal, normal) < 1.0) normal = Cross(corners[1] - corners[0], corners[2] - corners[0]);
     const double length = std::sqrt(Dot(normal, normal));
@@ -202,9 +202,9 @@ void PatchTree::Walk(Query& query) const {
     const auto consider = [&](const Box& box, uint32_t levelIndex, uint32_t index) {
         double nearest;
         if (!query.Reaches(box, nearest)) return;
-        std::size_t place = fanSize++;
-        for (; place > 0 && fan[place - 1].nearest < nearest; --place) fan[place] = fan[place - 1];
-        fan[place] = {nearest, levelIndex, index};
+        std::size_t slot = fanSize++;
+        for (; slot > 0 && fan[slot - 1].nearest < nearest; --slot) fan[slot] = fan[slot - 1];
+        fan[slot] = {nearest, levelIndex, index};
     };
 
     consider(topNodes[0].box, top, 0);

@@ -28,7 +28,7 @@ inline double Square(double a) { return a * a; }
 /// A point of a triangle by barycentric weights of its corners, with sum 1; `t` is the ray
 /// parameter, or the squared distance.
 struct TrianglePoint {
-    std::array<double, 3> shares;
+    std::array<double, 3> weights;
     double t;
 };
 
@@ -69,8 +69,8 @@ public:
         if (!front && !back) return false;
         const double sum = u + v + w;
         if (sum == 0.0) return false;
-        out.shares = {u / sum, v / sum, w / sum};
-        out.t = (out.shares[0] * a[2] + out.shares[1] * b[2] + out.shares[2] * c[2]) / along;
+        out.weights = {u / sum, v / sum, w / sum};
+        out.t = (out.weights[0] * a[2] + out.weights[1] * b[2] + out.weights[2] * c[2]) / along;
         return true;
     }
 

@@ -21,9 +21,9 @@ constexpr std::size_t fixedHeaderBytes = 16;
 constexpr uint32_t maxClasses = 4096;
 constexpr uint32_t maxClassNameBytes = 1024;
 
-uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t place) {
+uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t offset) {
     uint32_t number = 0;
-    std::memcpy(&number, bytes.data() + place, sizeof number);
+    std::memcpy(&number, bytes.data() + offset, sizeof number);
     return number;
 }
 
@@ -133,11 +133,11 @@ SceneStream SceneReader::ReadHeader() {
     if (classes > maxClasses)
         Fail(12, std::to_string(classes) + " classes are too many; the file is damaged");
     for (uint32_t i = 0; i < classes; ++i) {
-        const uint64_t place = file.Position();
+        const uint64_t offset = file.Position();
         TakeHeader(bytes, sizeof(uint32_t));
         const uint32_t length = NumberAt(bytes, bytes.size() - sizeof(uint32_t));
         if (length > maxClassNameBytes)
-            Fail(place, "the name of a class is too long; the file is damaged");
+            Fail(offset, "the name of a class is too long; the file is damaged");
         TakeHeader(bytes, length + sizeof(int32_t));
     }
     headerChecksum = Crc32(bytes.data(), bytes.size());
@@ -146,18 +146,18 @@ SceneStream SceneReader::ReadHeader() {
 
 bool SceneReader::Next() {
     if (ended) return false;
-    const uint64_t place = file.Position();
-    contentOffset = place;
-    if (file.Remaining() == 0) Fail(place, "the file is truncated: chunk TEND is missing");
+    const uint64_t offset = file.Position();
+    contentOffset = offset;
+    if (file.Remaining() == 0) Fail(offset, "the file is truncated: chunk TEND is missing");
     const unsigned char* head = file.Take(chunkHeaderBytes);
-    if (head == nullptr) Fail(place, "the file is truncated within the header of a chunk");
+    if (head == nullptr) Fail(offset, "the file is truncated within the header of a chunk");
     name.assign(reinterpret_cast<const char*>(head), chunkNameBytes);
     uint32_t expected = 0;
     std::memcpy(&expected, head + chunkNameBytes, sizeof expected);
     std::memcpy(&contentBytes, head + chunkNameBytes + sizeof expected, sizeof contentBytes);
     const std::string what = "chunk " + Printable(name);
     if (contentBytes > file.Remaining()) {
-        Fail(place,
+        Fail(offset,
              what + " should have " + std::to_string(contentBytes) + " bytes, but the file has " +
                  std::to_string(file.Remaining()) + " left: it is truncated or damaged");
     }
@@ -177,7 +177,7 @@ bool SceneReader::Next() {
         });
     phase.Finish();
     if (checksum != expected)
-        Fail(place, what + " does not match its checksum; the file is damaged");
+        Fail(offset, what + " does not match its checksum; the file is damaged");
     if (name != lastChunk) return true;
     ended = true;
     uint64_t length = 0;

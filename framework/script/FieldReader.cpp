@@ -9,8 +9,10 @@
 
 namespace trovik {
 
-FieldReader::FieldReader(const nlohmann::json& json, std::string scriptFile, std::string place)
-    : value(json), file(std::move(scriptFile)), pointer(std::move(place)) {}
+FieldReader::FieldReader(const nlohmann::json& json,
+                         std::string scriptFile,
+                         std::string jsonPointer)
+    : value(json), file(std::move(scriptFile)), pointer(std::move(jsonPointer)) {}
 
 FieldReader FieldReader::At(const char* key) const {
     return {value.at(key), file, FieldPointer(pointer, key)};

@@ -24,7 +24,7 @@ PathSample SampleOf(const FieldReader& numbers) {
             "a sample must be [x, y, pressure, milliseconds], optionally with two numbers for the "
             "tilt");
     PathSample sample;
-    sample.place = {numbers.At(std::size_t{0}).Number(), numbers.At(1).Number(), 0.0f};
+    sample.position = {numbers.At(std::size_t{0}).Number(), numbers.At(1).Number(), 0.0f};
     sample.pressure = numbers.At(2).Number();
     if (sample.pressure < 0.0f || sample.pressure > 1.0f)
         numbers.At(2).Fail("pressure must be between 0 and 1");

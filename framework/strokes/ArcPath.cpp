@@ -23,7 +23,7 @@ Way Between(const Vector& from, const Vector& to) {
 }
 
 bool SameBut(const PathSample& a, const PathSample& b, bool timed) {
-    return a.place == b.place && a.pressure == b.pressure && a.tilt == b.tilt &&
+    return a.position == b.position && a.pressure == b.pressure && a.tilt == b.tilt &&
            (!timed || a.time == b.time);
 }
 
@@ -46,17 +46,17 @@ double LargestComponent(const Way& whole, const Way& part, double& partOut) {
 /// Whether `middle` adds nothing to the segment from `from` to `to`. Differences and products of
 /// floats are exact in double precision, so the result is free of rounding.
 bool IsBetween(const PathSample& from, const PathSample& middle, const PathSample& to, bool timed) {
-    const Way whole = Between(from.place, to.place);
-    const Way part = Between(from.place, middle.place);
+    const Way whole = Between(from.position, to.position);
+    const Way part = Between(from.position, middle.position);
     if (whole.x * part.y != whole.y * part.x || whole.y * part.z != whole.z * part.y ||
         whole.z * part.x != whole.x * part.z)
         return false;
-    double share = 0.0;
-    const double all = LargestComponent(whole, part, share);
+    double fraction = 0.0;
+    const double all = LargestComponent(whole, part, fraction);
     // Strictly inside; otherwise the pen reversed or paused there.
-    if (all == 0.0 || share / all <= 0.0 || share / all >= 1.0) return false;
+    if (all == 0.0 || fraction / all <= 0.0 || fraction / all >= 1.0) return false;
     const auto straight = [&](double a, double m, double b) {
-        return (m - a) * all == (b - a) * share;
+        return (m - a) * all == (b - a) * fraction;
     };
     return straight(from.pressure, middle.pressure, to.pressure) &&
            straight(from.tilt.x, middle.tilt.x, to.tilt.x) &&
@@ -64,18 +64,18 @@ bool IsBetween(const PathSample& from, const PathSample& middle, const PathSampl
            (!timed || straight(from.time, middle.time, to.time));
 }
 
-float Mixed(float a, float b, double share) {
-    return static_cast<float>(a + (static_cast<double>(b) - a) * share);
+float Mixed(float a, float b, double fraction) {
+    return static_cast<float>(a + (static_cast<double>(b) - a) * fraction);
 }
 
-PathSample Mixed(const PathSample& a, const PathSample& b, double share) {
+PathSample Mixed(const PathSample& a, const PathSample& b, double fraction) {
     PathSample mixed;
-    mixed.place = {Mixed(a.place.x, b.place.x, share),
-                   Mixed(a.place.y, b.place.y, share),
-                   Mixed(a.place.z, b.place.z, share)};
-    mixed.pressure = Mixed(a.pressure, b.pressure, share);
-    mixed.tilt = {Mixed(a.tilt.x, b.tilt.x, share), Mixed(a.tilt.y, b.tilt.y, share), 0.0f};
-    mixed.time = a.time + (b.time - a.time) * share;
+    mixed.position = {Mixed(a.position.x, b.position.x, fraction),
+                      Mixed(a.position.y, b.position.y, fraction),
+                      Mixed(a.position.z, b.position.z, fraction)};
+    mixed.pressure = Mixed(a.pressure, b.pressure, fraction);
+    mixed.tilt = {Mixed(a.tilt.x, b.tilt.x, fraction), Mixed(a.tilt.y, b.tilt.y, fraction), 0.0f};
+    mixed.time = a.time + (b.time - a.time) * fraction;
     return mixed;
 }
 
@@ -97,7 +97,8 @@ void ArcPath::Add(const PathSample& sample) {
     const std::size_t last = knots.size() - 1;
     if (last > 0 && IsBetween(knots[last - 1], knots[last], sample, timed)) {
         knots[last] = sample;
-        reached[last] = reached[last - 1] + Between(knots[last - 1].place, sample.place).Length();
+        reached[last] =
+            reached[last - 1] + Between(knots[last - 1].position, sample.position).Length();
         // A segment so short that it does not change the length of the path cannot measure
         // positions.
         if (!(guidesReached[last] > reached[last - 1])) {
@@ -106,11 +107,11 @@ void ArcPath::Add(const PathSample& sample) {
         }
         return;
     }
-    const Way way = Between(knots[last].place, sample.place);
+    const Way way = Between(knots[last].position, sample.position);
     if (way.Length() != 0.0) {
         if (lastMovingKnot > 0) {
             const Way before =
-                Between(knots[lastMovingKnot - 1].place, knots[lastMovingKnot].place);
+                Between(knots[lastMovingKnot - 1].position, knots[lastMovingKnot].position);
             const double lengths = way.Length() * before.Length();
             if (lengths != 0.0 && way.Dot(before) < cornerCosine * lengths)
                 corners.push_back(reached[last]);
@@ -134,8 +135,8 @@ PathSample ArcPath::At(double at, Side side) const {
     const auto next = static_cast<std::size_t>(found - reached.begin());
     if (next == 0) return knots.front();
     if (next == knots.size()) return knots.back();
-    const double share = (at - reached[next - 1]) / (guidesReached[next] - reached[next - 1]);
-    return Mixed(knots[next - 1], guides[next], share);
+    const double fraction = (at - reached[next - 1]) / (guidesReached[next] - reached[next - 1]);
+    return Mixed(knots[next - 1], guides[next], fraction);
 }
 
 Vector ArcPath::Along(double at, Side side) const {
@@ -144,7 +145,7 @@ Vector ArcPath::Along(double at, Side side) const {
     auto next = static_cast<std::size_t>(found - reached.begin());
     next = std::min(next, knots.size() - 1);
     while (next > 0 && reached[next] == reached[next - 1]) --next;
-    return next == 0 ? Vector() : guides[next].place - knots[next - 1].place;
+    return next == 0 ? Vector() : guides[next].position - knots[next - 1].position;
 }
 
 PathSample ArcPath::During(const Pause& rest, double time) const {

@@ -10,9 +10,9 @@ namespace {
 
 /// The intersection of the line of sight through a viewport position with the plane through
 /// `middle` perpendicular to the view direction.
-Vector IntersectionWithPlane(const StrokeView& view, const Vector& middle, const Vector& place) {
+Vector IntersectionWithPlane(const StrokeView& view, const Vector& middle, const Vector& position) {
     const Vector forward = (view.target - view.eye).Normalized();
-    const Ray ray = view.Through(place.x, place.y);
+    const Ray ray = view.Through(position.x, position.y);
     const float t = ((middle - view.eye) | forward) / (ray.direction | forward);
     return view.eye + ray.direction * t;
 }
@@ -33,14 +33,15 @@ ImprintStroke::ImprintStroke(StrokeLoop& strokeLoop,
       options(pathOptions) {}
 
 void ImprintStroke::Press(const PathSample& sample) {
-    Start(sample.place);
+    Start(sample.position);
     Drag(sample);
 }
 
 void ImprintStroke::Drag(const PathSample& sample) {
     // Reverted before the surface is hit: the copy is placed on the original surface.
     loop.RevertStroke();
-    const auto copy = view != nullptr ? CopyInView(sample.place) : CopyOnSurface(sample.place);
+    const auto copy =
+        view != nullptr ? CopyInView(sample.position) : CopyOnSurface(sample.position);
     if (copy) ApplyCopy(*copy, sample.pressure);
 }
 

@@ -37,7 +37,7 @@ public:
 
     void Press(const PathSample& sample);
     /// Records the position of the press without applying a dab.
-    void Start(const Vector& place) { press = place; }
+    void Start(const Vector& position) { press = position; }
     /// Moves the copy to the sample. The last call is the release.
     void Drag(const PathSample& sample);
     /// Number of main dabs applied, including those that were reverted.

@@ -50,7 +50,7 @@ bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadlin
         Take(samples);
         if (settings.mode == DrawMode::AlongPath) return !dabs.Advance(deadline);
         if (samples.empty()) return false;
-        imprint.Start(taken.front().place);
+        imprint.Start(taken.front().position);
         imprint.Drag(taken.back());
         return false;
     } catch (...) {
@@ -96,7 +96,7 @@ void LiveStroke::Release() {
     }
     const auto clean = settings.isFiltered ? Filtered(taken, settings.limits) : taken;
     if (clean.empty()) return;
-    imprint.Start(clean.front().place);
+    imprint.Start(clean.front().position);
     imprint.Drag(clean.back());
 }
 

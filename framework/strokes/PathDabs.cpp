@@ -47,7 +47,7 @@ void PathDabs::Finish() { Go(true, noDeadline); }
 /// \return false if it stopped at the deadline.
 bool PathDabs::Go(bool isWhole, Deadline deadline) {
     if (path.IsEmpty()) return true;
-    steps.CheckLength(path.Knots().front().place, path.Length());
+    steps.CheckLength(path.Knots().front().position, path.Length());
     if (!hasBegun) {
         if (!isWhole && !(path.Length() > 0.0) && path.Pauses().empty()) return true;
         hasBegun = true;
@@ -81,9 +81,9 @@ double PathDabs::Step() const {
     return 0.25 * std::min(options.spacing, 1.0f) * radius;
 }
 
-std::optional<PickHit> PathDabs::HitAt(const Vector& place) const {
-    return space == PathSpace::View ? HitThrough(geometry, tree, view, place)
-                                    : HitNear(geometry, tree, place);
+std::optional<PickHit> PathDabs::HitAt(const Vector& position) const {
+    return space == PathSpace::View ? HitThrough(geometry, tree, view, position)
+                                    : HitNear(geometry, tree, position);
 }
 
 /// Walks the next step, up to the first dab in it.
@@ -93,27 +93,27 @@ void PathDabs::Walk(double next) {
     const PathSample ahead = path.At(next, ArcPath::Side::Before);
     double dabAt = next;
     bool due = false;
-    const auto hit = HitAt(ahead.place);
+    const auto hit = HitAt(ahead.position);
     if (hit && here) {
         const double length = (WorldPositionOf(geometry, *hit) - *here).Length();
         if (way + length >= spacing * nearEnough) {
             due = true;
-            const double share =
+            const double fraction =
                 length > 0.0 ? std::clamp((spacing - way) / length, 0.0, 1.0) : 1.0;
-            dabAt = walked + (next - walked) * share;
+            dabAt = walked + (next - walked) * fraction;
         }
     }
     if (here && dynamics.airbrush > 0.0f && ahead.time > timeNow) {
-        const double share = (DueTime() - timeNow) / (ahead.time - timeNow);
-        const double at = walked + (next - walked) * std::max(share, 0.0);
-        if (share <= 1.0 && at < dabAt) {
+        const double fraction = (DueTime() - timeNow) / (ahead.time - timeNow);
+        const double at = walked + (next - walked) * std::max(fraction, 0.0);
+        if (fraction <= 1.0 && at < dabAt) {
             due = true;
             dabAt = at;
         }
     }
     if (due) {
         const PathSample there = path.At(dabAt, ArcPath::Side::Before);
-        const auto dabHit = dabAt == next ? hit : HitAt(there.place);
+        const auto dabHit = dabAt == next ? hit : HitAt(there.position);
         walked = dabAt;
         if (dabHit) {
             ApplyDabAt(*dabHit, there);
@@ -136,7 +136,7 @@ void PathDabs::Walk(double next) {
 void PathDabs::Arrive(double at) {
     walked = at;
     const PathSample sample = path.At(at, ArcPath::Side::Before);
-    const auto hit = HitAt(sample.place);
+    const auto hit = HitAt(sample.position);
     if (!hit) return;
     const Vector world = WorldPositionOf(geometry, *hit);
     const double away = count == 0 ? 0.0 : (world - last).Length();
@@ -159,7 +159,7 @@ PathDabs::PauseResult PathDabs::Pause(bool isWhole, Deadline deadline) {
             const double time = std::max(DueTime(), path.Knots()[pause.first].time);
             PathSample sample = path.During({pause.at, knot - 1, knot}, time);
             sample.time = time;
-            const auto hit = HitAt(sample.place);
+            const auto hit = HitAt(sample.position);
             if (hit)
                 ApplyDabAt(*hit, sample);
             else
@@ -197,7 +197,7 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
     spacing = std::max(loop.Spacing(size, options.spacing), size * 1e-3f);
     way = 0.0;
     // The dab has moved the surface under itself.
-    if (const auto ground = HitAt(sample.place))
+    if (const auto ground = HitAt(sample.position))
         here = WorldPositionOf(geometry, *ground);
     else
         here.reset();
@@ -205,26 +205,26 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
 }
 
 /// Radius of the brush before tilt, pressure and randomness.
-float PathDabs::RadiusAt(const Vector& place) const {
-    return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, place)
+float PathDabs::RadiusAt(const Vector& position) const {
+    return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, position)
                                         : options.radius;
 }
 
-float PathDabs::SizeOf(const Vector& place, const PathSample& sample) {
+float PathDabs::SizeOf(const Vector& position, const PathSample& sample) {
     const BrushOperation& brush = loop.Brush();
-    float share = 1.0f;
+    float fraction = 1.0f;
     if (brush.strokeOptionD.Value() && brush.BrushSize() > 0.0f)
-        share =
+        fraction =
             brush.EffectiveBrushSize(dynamics.sizeCurve.At(sample.pressure)) / brush.BrushSize();
     const float lean = std::min(sample.tilt.Length(), 1.0f);
-    share *= 1.0f + dynamics.tiltToSize * lean;
-    if (dynamics.randomSize > 0.0f) share *= 1.0f - dynamics.randomSize * loop.RandomFraction();
-    return RadiusAt(place) * std::max(share, smallestDab);
+    fraction *= 1.0f + dynamics.tiltToSize * lean;
+    if (dynamics.randomSize > 0.0f) fraction *= 1.0f - dynamics.randomSize * loop.RandomFraction();
+    return RadiusAt(position) * std::max(fraction, smallestDab);
 }
 
-float WorldLength(const StrokeView& view, float pixels, const Vector& place) {
+float WorldLength(const StrokeView& view, float pixels, const Vector& position) {
     const Vector forward = (view.target - view.eye).Normalized();
-    const float depth = (place - view.eye) | forward;
+    const float depth = (position - view.eye) | forward;
     const float tangent = std::tan(view.verticalFieldOfView * 0.5f * 0.017453293f);
     return pixels * (std::fabs(depth) * tangent * 2.0f / static_cast<float>(view.height));
 }

@@ -65,15 +65,15 @@ public:
 private:
     bool Go(bool isWhole, Deadline deadline);
     double Step() const;
-    std::optional<PickHit> HitAt(const Vector& place) const;
+    std::optional<PickHit> HitAt(const Vector& position) const;
     void Walk(double next);
     void Arrive(double at);
     enum class PauseResult { GoesOn, Waits, Paused };
     PauseResult Pause(bool isWhole, Deadline deadline);
     double DueTime() const;
     void ApplyDabAt(const PickHit& hit, const PathSample& sample);
-    float RadiusAt(const Vector& place) const;
-    float SizeOf(const Vector& place, const PathSample& sample);
+    float RadiusAt(const Vector& position) const;
+    float SizeOf(const Vector& position, const PathSample& sample);
 
     StrokeLoop& loop;
     LevelGeometry& geometry;
@@ -104,7 +104,7 @@ private:
 };
 
 /// Converts a length on the viewport to world units at the depth of a position.
-TROVIK_API float WorldLength(const StrokeView& view, float pixels, const Vector& place);
+TROVIK_API float WorldLength(const StrokeView& view, float pixels, const Vector& position);
 
 /// The tilt of the pen as a direction in the view plane. World; zero for an upright pen.
 TROVIK_API Vector TiltInView(const StrokeView& view, const Vector& tilt);

@@ -37,7 +37,7 @@ void PathResampler::Pass(double at) {
     }
 }
 
-void PathResampler::Take(const std::function<Vector(double at)>& place,
+void PathResampler::Take(const std::function<Vector(double at)>& position,
                          bool isWhole,
                          std::vector<PathSample>& out) {
     while (!path.IsEmpty() && !isDone) {
@@ -47,12 +47,12 @@ void PathResampler::Take(const std::function<Vector(double at)>& place,
         if (isPause) {
             const ArcPath::Pause& pause = path.Pauses()[rest];
             if (knot == 0) {
-                there = place(at);
+                there = position(at);
                 knot = pause.first;
             }
             for (; knot <= pause.last; ++knot) {
                 out.push_back(path.Knots()[knot]);
-                out.back().place = there;
+                out.back().position = there;
             }
             // The pause may continue.
             if (!isWhole && rest + 1 == path.Pauses().size() && path.IsPaused()) return;
@@ -60,13 +60,13 @@ void PathResampler::Take(const std::function<Vector(double at)>& place,
             ++rest;
         } else {
             PathSample sample = path.At(at, ArcPath::Side::Before);
-            sample.place = place(at);
+            sample.position = position(at);
             out.push_back(sample);
             const PathSample after = path.At(at, ArcPath::Side::After);
             if (after.pressure != sample.pressure || !(after.tilt == sample.tilt)) {
-                const Vector same = sample.place;
+                const Vector same = sample.position;
                 sample = after;
-                sample.place = same;
+                sample.position = same;
                 out.push_back(sample);
             }
         }

@@ -22,7 +22,7 @@ public:
     /// positive. \param place  returns the position of the sample at a length; called with
     /// ascending lengths.
     /// \param isWhole  the path is complete; all samples are certain.
-    void Take(const std::function<Vector(double at)>& place,
+    void Take(const std::function<Vector(double at)>& position,
               bool isWhole,
               std::vector<PathSample>& out);
 

@@ -10,9 +10,9 @@ namespace trovik {
 struct PathSample {
     PathSample() = default;
     /// A sample of an upright pen.
-    PathSample(const Vector& at, float pressed = 1.0f) : place(at), pressure(pressed) {}
+    PathSample(const Vector& at, float pressed = 1.0f) : position(at), pressure(pressed) {}
 
-    Vector place;
+    Vector position;
     /// 0 to 1.
     float pressure = 1.0f;
     /// Tilt of the pen: the projection to the viewport of a vector of length 1 along the pen toward

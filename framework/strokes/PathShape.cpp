@@ -41,16 +41,16 @@ public:
         if (next == reached.size()) return SumTo(next - 1);
         next = std::max<std::size_t>(next, 1);
         const double way = at - reached[next - 1];
-        const double share = way / (path.GuidesReached()[next] - reached[next - 1]);
+        const double fraction = way / (path.GuidesReached()[next] - reached[next - 1]);
         const Place from = Relative(path.Knots()[next - 1]);
-        const Place there = from + (Relative(path.Guides()[next]) - from) * share;
+        const Place there = from + (Relative(path.Guides()[next]) - from) * fraction;
         return SumTo(next - 1) + (from + there) * (0.5 * way);
     }
 
-    Place First() const { return Of(path.Knots().front().place); }
+    Place First() const { return Of(path.Knots().front().position); }
 
 private:
-    Place Relative(const PathSample& sample) const { return Of(sample.place) - First(); }
+    Place Relative(const PathSample& sample) const { return Of(sample.position) - First(); }
     /// The integral up to a knot that can no longer change.
     Place SumTo(std::size_t knot) {
         const auto& knots = path.Knots();
@@ -114,7 +114,7 @@ private:
         const double reach = std::min({half, at, path.Length() - at});
         // This close to an end the mean equals the position, and the difference below is only
         // rounding.
-        if (reach < 1e-6 * half) return path.At(at).place;
+        if (reach < 1e-6 * half) return path.At(at).position;
         const Place before = integral.UpTo(at - reach);
         const Place sum = integral.UpTo(at + reach) - before;
         return ToVector(integral.First() + sum * (0.5 / reach));
@@ -136,7 +136,7 @@ public:
 
 private:
     Vector PositionAt(double at) override {
-        const Place from = Of(path.At(at).place);
+        const Place from = Of(path.At(at).position);
         double least = static_cast<double>(distance) * distance;
         Place nearest = from;
         for (std::size_t i = 0; i < curve.size(); ++i) {
@@ -144,9 +144,9 @@ private:
             const Place a = Of(curve[i]);
             const Place way = i == 0 ? Place{} : Of(curve[i - 1]) - a;
             const double square = Dot(way, way);
-            const double share =
+            const double fraction =
                 square > 0.0 ? std::clamp(Dot(from - a, way) / square, 0.0, 1.0) : 0.0;
-            const Place there = a + way * share;
+            const Place there = a + way * fraction;
             const double far = Dot(there - from, there - from);
             if (far > least || (far == least && nearest != from)) continue;
             least = far;
@@ -176,8 +176,8 @@ Place OnSpan(const std::array<Place, 4>& p, const std::array<double, 4>& at, dou
     return mix(b1, b2, at[1], at[2]);
 }
 
-float Between(float a, float b, double share) {
-    return static_cast<float>(a + (static_cast<double>(b) - a) * share);
+float Between(float a, float b, double fraction) {
+    return static_cast<float>(a + (static_cast<double>(b) - a) * fraction);
 }
 
 class Line : public PathStage {
@@ -197,7 +197,7 @@ private:
 class Curve : public PathStage {
 public:
     void Add(const PathSample& sample, std::vector<PathSample>& out) override {
-        if (!through.empty() && through.back().place == sample.place) return;
+        if (!through.empty() && through.back().position == sample.position) return;
         through.push_back(sample);
         if (static_cast<double>(through.size()) * chords > maxPathSteps)
             throw HostError("the curve through " + std::to_string(through.size()) +
@@ -217,27 +217,27 @@ private:
     /// The neighbour of a position; beyond the ends, the path is extrapolated linearly.
     Place NeighbourOf(std::size_t i, int step) const {
         const std::size_t last = through.size() - 1;
-        if (step < 0 && i == 0) return Of(through[0].place) * 2.0 - Of(through[1].place);
+        if (step < 0 && i == 0) return Of(through[0].position) * 2.0 - Of(through[1].position);
         if (step > 0 && i == last)
-            return Of(through[last].place) * 2.0 - Of(through[last - 1].place);
-        return Of(through[step < 0 ? i - 1 : i + 1].place);
+            return Of(through[last].position) * 2.0 - Of(through[last - 1].position);
+        return Of(through[step < 0 ? i - 1 : i + 1].position);
     }
     /// The curve from one position to the next, without its first point.
     void Span(std::size_t i, std::vector<PathSample>& out) const {
         const PathSample& next = through[i + 1];
         const std::array<Place, 4> p{
-            NeighbourOf(i, -1), Of(through[i].place), Of(next.place), NeighbourOf(i + 1, 1)};
+            NeighbourOf(i, -1), Of(through[i].position), Of(next.position), NeighbourOf(i + 1, 1)};
         std::array<double, 4> at{};
         for (std::size_t k = 1; k < 4; ++k) at[k] = at[k - 1] + std::sqrt(Length(p[k] - p[k - 1]));
         for (int k = 1; k < chords; ++k) {
-            const double share = static_cast<double>(k) / chords;
+            const double fraction = static_cast<double>(k) / chords;
             PathSample sample = through[i];
-            sample.place = ToVector(OnSpan(p, at, at[1] + (at[2] - at[1]) * share));
-            sample.pressure = Between(sample.pressure, next.pressure, share);
-            sample.tilt = {Between(sample.tilt.x, next.tilt.x, share),
-                           Between(sample.tilt.y, next.tilt.y, share),
+            sample.position = ToVector(OnSpan(p, at, at[1] + (at[2] - at[1]) * fraction));
+            sample.pressure = Between(sample.pressure, next.pressure, fraction);
+            sample.tilt = {Between(sample.tilt.x, next.tilt.x, fraction),
+                           Between(sample.tilt.y, next.tilt.y, fraction),
                            0.0f};
-            sample.time += (next.time - sample.time) * share;
+            sample.time += (next.time - sample.time) * fraction;
             out.push_back(sample);
         }
         out.push_back(next);
@@ -248,10 +248,10 @@ private:
 
 std::vector<Vector> SmoothCurve(const std::vector<Vector>& points) {
     std::vector<PathSample> samples(points.size());
-    for (std::size_t i = 0; i < points.size(); ++i) samples[i].place = points[i];
-    std::vector<Vector> places;
-    for (const PathSample& sample : CurveThrough(samples)) places.push_back(sample.place);
-    return places;
+    for (std::size_t i = 0; i < points.size(); ++i) samples[i].position = points[i];
+    std::vector<Vector> positions;
+    for (const PathSample& sample : CurveThrough(samples)) positions.push_back(sample.position);
+    return positions;
 }
 
 }  // namespace
@@ -323,10 +323,10 @@ std::vector<PathSample> Straightened(const std::vector<PathSample>& samples) {
     const ArcPath path(samples, true);
     if (path.IsEmpty() || path.Length() == 0.0) return samples;
     std::vector<PathSample> line = path.Knots();
-    const Place first = Of(line.front().place);
-    const Place way = Of(line.back().place) - first;
+    const Place first = Of(line.front().position);
+    const Place way = Of(line.back().position) - first;
     for (std::size_t i = 1; i + 1 < line.size(); ++i)
-        line[i].place = ToVector(first + way * (path.Reached()[i] / path.Length()));
+        line[i].position = ToVector(first + way * (path.Reached()[i] / path.Length()));
     return line;
 }
 

@@ -21,9 +21,9 @@ std::string Text(double number) {
     return text;
 }
 
-std::string Text(const Vector& place, PathSpace space) {
-    std::string text = "[" + Text(place.x) + ", " + Text(place.y);
-    if (space == PathSpace::Surface) text += ", " + Text(place.z);
+std::string Text(const Vector& position, PathSpace space) {
+    std::string text = "[" + Text(position.x) + ", " + Text(position.y);
+    if (space == PathSpace::Surface) text += ", " + Text(position.z);
     return text + "]";
 }
 
@@ -115,7 +115,7 @@ std::string PathSteps::StepText() const {
 
 void PathSteps::CheckPosition(const PathSample& sample) {
     const std::size_t number = samples++;
-    const Vector& at = sample.place;
+    const Vector& at = sample.position;
     if (!IsFinite(at)) throw PathRefused(Text(at, space) + " is not finite", number);
     constexpr double farthest = maxPathSteps * viewStep;
     if (space == PathSpace::View && !(std::fabs(at.x) <= farthest && std::fabs(at.y) <= farthest)) {
@@ -128,15 +128,15 @@ void PathSteps::CheckPosition(const PathSample& sample) {
 void PathSteps::Add(const PathSample& sample) {
     CheckPosition(sample);
     if (last) {
-        const double longer = length + Distance(last->place, sample.place);
+        const double longer = length + Distance(last->position, sample.position);
         if (longer != 0.0 && IsTooLong(longer, StepLength(start))) {
-            throw PathRefused("the path up to " + Text(sample.place, space) + " takes " +
+            throw PathRefused("the path up to " + Text(sample.position, space) + " takes " +
                                   TooMany(longer / *step, StepText()),
                               samples - 1);
         }
         length = longer;
     } else {
-        start = sample.place;
+        start = sample.position;
     }
     last = sample;
 }

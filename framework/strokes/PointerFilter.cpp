@@ -27,7 +27,7 @@ void PointerFilter::AddOne(const PathSample& sample) {
         return;
     }
     PathSample& kept = last.front();
-    if (kept.place == sample.place && kept.time == sample.time) {
+    if (kept.position == sample.position && kept.time == sample.time) {
         if (std::fabs(sample.pressure - before) < std::fabs(kept.pressure - before)) kept = sample;
         return;
     }
@@ -39,7 +39,7 @@ void PointerFilter::AddOne(const PathSample& sample) {
 }
 
 float PointerFilter::StepTo(std::size_t a, std::size_t b) const {
-    return (samples[b].place - samples[a].place).Length();
+    return (samples[b].position - samples[a].position).Length();
 }
 
 void PointerFilter::Place(const PathSample& sample, const PathSample* next) {
@@ -52,8 +52,8 @@ void PointerFilter::Place(const PathSample& sample, const PathSample* next) {
     float asItCame = StepTo(i - 1, i);
     float moved = StepTo(i, to);
     if (next != nullptr) {
-        asItCame += (next->place - samples[i].place).Length();
-        moved += (next->place - samples[i - 1].place).Length();
+        asItCame += (next->position - samples[i].position).Length();
+        moved += (next->position - samples[i - 1].position).Length();
     }
     if (to > 0) {
         asItCame += StepTo(to - 1, to);
@@ -100,8 +100,8 @@ double PointerFilter::TimeOf(std::size_t sample,
     else
         from = lastPool.empty() ? nullptr : &lastPool.front();
     if (from != nullptr && to != nullptr) {
-        const double share = (at - from->Middle()) / (to->Middle() - from->Middle());
-        return from->Mean() + (to->Mean() - from->Mean()) * share;
+        const double fraction = (at - from->Middle()) / (to->Middle() - from->Middle());
+        return from->Mean() + (to->Mean() - from->Mean()) * fraction;
     }
     // Before the first group, or after the last.
     const auto pace = [](const Pool& a, const Pool& b) {

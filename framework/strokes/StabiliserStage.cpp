@@ -93,15 +93,15 @@ private:
         const auto& knots = path.Knots();
         const auto& reached = path.Reached();
         if (!hasBegun) {
-            const Vector& start = knots.front().place;
+            const Vector& start = knots.front().position;
             weight = {start.x, start.y, start.z};
             hasBegun = true;
         }
         while (walked < at && next < knots.size()) {
             const double until = std::min(at, reached[next]);
             const double whole = path.GuidesReached()[next] - reached[next - 1];
-            const Vector& from = knots[next - 1].place;
-            const Vector& to = path.Guides()[next].place;
+            const Vector& from = knots[next - 1].position;
+            const Vector& to = path.Guides()[next].position;
             while (whole > 0.0 && walked < until) {
                 poll.Take();
                 const double step = std::min(longest, until - walked);

@@ -126,7 +126,7 @@ void StampStroke::Scatter(StrokeDab& dab) {
         x = random.Signed();
         y = random.Signed();
     } while (x * x + y * y > 1.0f);
-    const float share = minCopyRatio + (1.0f - minCopyRatio) * random.Share();
+    const float fraction = minCopyRatio + (1.0f - minCopyRatio) * random.Share();
 
     const StampPlacement placement = Place(dab, Vector());
     const Vector target =
@@ -134,13 +134,13 @@ void StampStroke::Scatter(StrokeDab& dab) {
     Vector local;
     geometry->Place().WorldToLocal(&local, &target, 1.0f);
     if (const auto hit = tree->Nearest(local)) MoveDab(dab, *geometry, *hit);
-    const float size = dab.size * share;
+    const float size = dab.size * fraction;
     dab.strength = StrengthAtRadius(*brush, dab.strength, dab.size, size);
     dab.size = size;
 }
 
-float StampStroke::Spacing(float radius, float share) {
-    if (!HasStamp() || !TraitsOf(*brush).placesStampsSideBySide) return radius * share;
+float StampStroke::Spacing(float radius, float fraction) {
+    if (!HasStamp() || !TraitsOf(*brush).placesStampsSideBySide) return radius * fraction;
     const float room = brush->strokeFloatA.Value() * 0.01f;
     const float randomRoom = brush->strokeFloatB.Value() * 0.01f * spacingRandom.Share();
     return radius * ((2.0f + room) + randomRoom);

@@ -49,10 +49,10 @@ public:
     /// the bounding sphere of this box (mesh-local).
     Matrix OverAll(const AxisAlignedBoundingBox& box) const;
 
-    /// Distance to the next dab, world units: `share` of the radius. Repeat with a stamp places its
-    /// copies side by side instead: the distance is two radii plus the brush's stamp spacing
+    /// Distance to the next dab, world units: `fraction` of the radius. Repeat with a stamp places
+    /// its copies side by side instead: the distance is two radii plus the brush's stamp spacing
     /// (percent of the radius) plus a random part. To be called once per dab.
-    float Spacing(float radius, float share);
+    float Spacing(float radius, float fraction);
 
 private:
     bool HasStamp() const { return width != 0 && height != 0; }

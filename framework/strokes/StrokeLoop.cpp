@@ -154,11 +154,11 @@ std::optional<StrokeDab> StrokeLoop::Mapped(const StrokeDab& dab,
     if (!nearest) return std::nullopt;
     mapped.hit.face = nearest->face;
     mapped.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, map);
-    const MatrixTransform& place = geometry.Place();
+    const MatrixTransform& transform = geometry.Place();
     Vector local;
-    place.WorldToLocal(&local, &dab.position, 1.0f);
+    transform.WorldToLocal(&local, &dab.position, 1.0f);
     local = map.AffineTransform(local, 1.0f);
-    place.LocalToWorld(&mapped.position, &local, 1.0f);
+    transform.LocalToWorld(&mapped.position, &local, 1.0f);
     return mapped;
 }
 
@@ -244,11 +244,11 @@ std::optional<StrokeLoop::MirroredDab> StrokeLoop::AcrossTopology(const StrokeDa
     if (!across) return std::nullopt;
     MirroredDab mirrored{dab, across->pointMap};
     mirrored.dab.hit = across->hit;
-    const MatrixTransform& place = geometry.Place();
+    const MatrixTransform& transform = geometry.Place();
     Vector local;
-    place.WorldToLocal(&local, &dab.position, 1.0f);
+    transform.WorldToLocal(&local, &dab.position, 1.0f);
     local = across->pointMap.AffineTransform(local, 1.0f);
-    place.LocalToWorld(&mirrored.dab.position, &local, 1.0f);
+    transform.LocalToWorld(&mirrored.dab.position, &local, 1.0f);
     if (!brush.IsMaskEnabled(mirroredStampMask))
         mirrored.dab.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, across->pointMap);
     return mirrored;

@@ -99,7 +99,7 @@ public:
     void RevertStroke();
     /// Distance from the last dab to the next one along a path, world units.
     /// \param share  fraction of the radius, for tools without a spacing of their own.
-    float Spacing(float radius, float share) { return stamps.Spacing(radius, share); }
+    float Spacing(float radius, float fraction) { return stamps.Spacing(radius, fraction); }
     /// The next random number for the size of a dab, 0 to less than 1.
     float RandomFraction() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }

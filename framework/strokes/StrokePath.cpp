@@ -61,13 +61,13 @@ private:
 
 /// A position on the path.
 struct PathPosition {
-    Vector place;
+    Vector position;
     float pressure;
 };
 
-PathPosition Between(const PathSample& from, const PathSample& to, float share) {
-    return {from.place + (to.place - from.place) * share,
-            from.pressure + (to.pressure - from.pressure) * share};
+PathPosition Between(const PathSample& from, const PathSample& to, float fraction) {
+    return {from.position + (to.position - from.position) * fraction,
+            from.pressure + (to.pressure - from.pressure) * fraction};
 }
 
 /// Bisections of a step when the position of a due dab is searched: the result is exact to a few
@@ -88,30 +88,30 @@ void ApplyDabsAlong(const std::vector<PathSample>& samples,
     for (const PathSample& sample : samples) steps.Add(sample);
     Vector along;
     for (std::size_t i = 1; i < samples.size() && along == Vector(); ++i)
-        along = samples[i].place - samples[0].place;
-    std::optional<PickHit> before = probe(samples[0].place);
+        along = samples[i].position - samples[0].position;
+    std::optional<PickHit> before = probe(samples[0].position);
     if (before) spacer.ApplyDabAt(*before, samples[0].pressure, heading(*before, along));
 
     for (std::size_t i = 1; i < samples.size(); ++i) {
         const PathSample& from = samples[i - 1];
         const PathSample& to = samples[i];
-        const float length = (to.place - from.place).Length();
-        if (length != 0.0f) along = to.place - from.place;
+        const float length = (to.position - from.position).Length();
+        if (length != 0.0f) along = to.position - from.position;
         const auto parts = static_cast<unsigned>(std::max(1.0f, std::ceil(length / step)));
         float reached = 0.0f;
         for (unsigned k = 1; k <= parts; ++k) {
             steps.Take();
-            const float share = static_cast<float>(k) / static_cast<float>(parts);
-            std::optional<PickHit> hit = probe(Between(from, to, share).place);
+            const float fraction = static_cast<float>(k) / static_cast<float>(parts);
+            std::optional<PickHit> hit = probe(Between(from, to, fraction).position);
             while (hit && spacer.IsDue(*hit)) {
                 steps.Take();
                 float near = reached;
-                float far = share;
+                float far = fraction;
                 PickHit due = *hit;
                 // When the path returns to the mesh, there is no earlier hit to measure from.
                 for (int n = 0; before && n < halvings; ++n) {
                     const float middle = (near + far) * 0.5f;
-                    const auto there = probe(Between(from, to, middle).place);
+                    const auto there = probe(Between(from, to, middle).position);
                     if (there && spacer.IsDue(*there)) {
                         far = middle;
                         due = *there;
@@ -121,12 +121,12 @@ void ApplyDabsAlong(const std::vector<PathSample>& samples,
                 }
                 spacer.ApplyDabAt(due, Between(from, to, far).pressure, heading(due, along));
                 before = due;
-                if (far == share) break;
+                if (far == fraction) break;
                 reached = far;
-                hit = probe(Between(from, to, share).place);
+                hit = probe(Between(from, to, fraction).position);
             }
             before = hit;
-            reached = share;
+            reached = fraction;
         }
     }
 }
@@ -169,7 +169,7 @@ unsigned StrokeAlongView(StrokeLoop& loop,
         step,
         PathSteps(geometry, tree, view, PathSpace::View, options),
         spacer,
-        [&](const Vector& place) { return HitThrough(geometry, tree, view, place); },
+        [&](const Vector& position) { return HitThrough(geometry, tree, view, position); },
         [&](const PickHit& hit, const Vector& along) {
             return HeadingInView(geometry, view, hit, along);
         });
@@ -188,7 +188,7 @@ unsigned StrokeAlongSurface(StrokeLoop& loop,
         step,
         PathSteps(geometry, tree, {}, PathSpace::Surface, options),
         spacer,
-        [&](const Vector& place) { return HitNear(geometry, tree, place); },
+        [&](const Vector& position) { return HitNear(geometry, tree, position); },
         [](const PickHit&, const Vector& along) { return along; });
     return spacer.Count();
 }
@@ -196,8 +196,8 @@ unsigned StrokeAlongSurface(StrokeLoop& loop,
 std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
                                   const PatchTree& tree,
                                   const StrokeView& view,
-                                  const Vector& place) {
-    const Ray world = view.Through(place.x, place.y);
+                                  const Vector& position) {
+    const Ray world = view.Through(position.x, position.y);
     Ray local;
     geometry.Place().WorldToLocal(&local.origin, &world.origin, 1.0f);
     geometry.Place().WorldToLocal(&local.direction, &world.direction, 0.0f);
@@ -206,9 +206,9 @@ std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
 
 std::optional<PickHit> HitNear(const LevelGeometry& geometry,
                                const PatchTree& tree,
-                               const Vector& place) {
+                               const Vector& position) {
     Vector local;
-    geometry.Place().WorldToLocal(&local, &place, 1.0f);
+    geometry.Place().WorldToLocal(&local, &position, 1.0f);
     return tree.Nearest(local);
 }
 

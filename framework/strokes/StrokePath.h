@@ -65,11 +65,11 @@ TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
 TROVIK_API std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
                                              const PatchTree& tree,
                                              const StrokeView& view,
-                                             const Vector& place);
+                                             const Vector& position);
 /// The point of the surface nearest to a position, world.
 TROVIK_API std::optional<PickHit> HitNear(const LevelGeometry& geometry,
                                           const PatchTree& tree,
-                                          const Vector& place);
+                                          const Vector& position);
 /// Converts a motion on the viewport, in pixels, to a direction on the surface at the hit. World,
 /// any length.
 TROVIK_API Vector HeadingInView(const LevelGeometry& geometry,

@@ -30,15 +30,15 @@ std::array<float, 3> CornerWeightsAt(const Triangle& t, const Vector& p) {
     if (!(determinant > 0.0f)) return {1.0f, 0.0f, 0.0f};
     const float u = (bb * (q | a) - ab * (q | b)) / determinant;
     const float v = (aa * (q | b) - ab * (q | a)) / determinant;
-    std::array<float, 3> shares{
+    std::array<float, 3> weights{
         std::max((1.0f - u) - v, 0.0f), std::max(u, 0.0f), std::max(v, 0.0f)};
-    const float sum = (shares[0] + shares[1]) + shares[2];
-    for (float& share : shares) share /= sum;
-    return shares;
+    const float sum = (weights[0] + weights[1]) + weights[2];
+    for (float& fraction : weights) fraction /= sum;
+    return weights;
 }
 
-Vector Blend(const Triangle& t, const std::array<float, 3>& shares) {
-    return (t[0] * shares[0] + t[1] * shares[1]) + t[2] * shares[2];
+Vector Blend(const Triangle& t, const std::array<float, 3>& weights) {
+    return (t[0] * weights[0] + t[1] * weights[1]) + t[2] * weights[2];
 }
 
 /// Three orthogonal directions: along the first side, across it, and out of the surface.
@@ -109,22 +109,22 @@ std::optional<TopologicalHit> AcrossTopologicalMirror(const SurfacePoint& hit) {
     // A quad is two triangles; the one nearer to the hit is used.
     Triangle triangle{main[0], main[1], main[2]};
     Triangle triangleAcross{image[0], image[1], image[2]};
-    std::array<float, 3> shares = CornerWeightsAt(triangle, hit.position);
+    std::array<float, 3> weights = CornerWeightsAt(triangle, hit.position);
     if (corners == 4) {
         const Triangle second{main[0], main[2], main[3]};
         const std::array<float, 3> secondWeights = CornerWeightsAt(second, hit.position);
         if ((Blend(second, secondWeights) - hit.position).Length() <
-            (Blend(triangle, shares) - hit.position).Length()) {
+            (Blend(triangle, weights) - hit.position).Length()) {
             triangle = second;
             triangleAcross = {image[0], image[2], image[3]};
-            shares = secondWeights;
+            weights = secondWeights;
         }
     }
 
     TopologicalHit across;
     across.pointMap = RotationBetween(triangle, triangleAcross);
-    const Vector foot = Blend(triangle, shares);
-    const Vector footAcross = Blend(triangleAcross, shares);
+    const Vector foot = Blend(triangle, weights);
+    const Vector footAcross = Blend(triangleAcross, weights);
     const Vector turned = across.pointMap.AffineTransform(foot, 0.0f);
     across.pointMap.m[3][0] = footAcross.x - turned.x;
     across.pointMap.m[3][1] = footAcross.y - turned.y;

@@ -167,10 +167,10 @@ void PutMirrorCorners(StateSink& sink, LevelMesh& mesh) {
 std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
     LevelMesh& mesh = *geometry.Bound();
     const Mesh* plain = &mesh;
-    const MatrixTransform& place = geometry.Place();
+    const MatrixTransform& transform = geometry.Place();
     const SculptLayer* layer = mesh.ActiveLayer();
     Vector scale;
-    place.Scale(&scale);
+    transform.Scale(&scale);
     std::vector<std::string> types;
     for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
         types.push_back(std::to_string(geometry.Level(level)->meshType));
@@ -183,8 +183,8 @@ std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
     meta.Set("visitStamp", std::to_string(mesh.visitStamp));
     meta.Set("vertexCount", std::to_string(mesh.VertexCount()));
     meta.Set("faceCount", std::to_string(mesh.faceCount));
-    meta.Set("localToWorld", JsonMatrix(place.ToWorld()));
-    meta.Set("worldToLocal", JsonMatrix(place.ToLocal()));
+    meta.Set("localToWorld", JsonMatrix(transform.ToWorld()));
+    meta.Set("worldToLocal", JsonMatrix(transform.ToLocal()));
     meta.Set("scale", JsonVector(scale));
     meta.Set("freezeQuery", std::to_string(mesh.FreezeQuery()));
     meta.Set("hasLayer", JsonBool(layer != nullptr));

@@ -103,8 +103,8 @@ FaceChoice FacesInView(const LevelGeometry& geometry,
                        ViewReach reach,
                        const std::function<bool(const ViewPoint&)>& isInside) {
     const std::vector<float> inside =
-        WeightsInView(geometry, tree, view, reach, [&isInside](const ViewPoint& place) {
-            return isInside(place) ? 1.0f : 0.0f;
+        WeightsInView(geometry, tree, view, reach, [&isInside](const ViewPoint& point) {
+            return isInside(point) ? 1.0f : 0.0f;
         });
     return VisibleFacesWith(*geometry.Bound(), [&](uint32_t v) { return inside[v] > 0.0f; });
 }

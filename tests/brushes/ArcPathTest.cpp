@@ -11,7 +11,7 @@ namespace {
 
 PathSample At(float x, float y, float pressure = 1.0f, double time = 0.0) {
     PathSample sample;
-    sample.place = {x, y, 0.0f};
+    sample.position = {x, y, 0.0f};
     sample.pressure = pressure;
     sample.time = time;
     return sample;
@@ -20,12 +20,12 @@ PathSample At(float x, float y, float pressure = 1.0f, double time = 0.0) {
 TEST(ArcPath, IsEvaluatedByArcLength) {
     const ArcPath path({At(0, 0, 0.0f), At(3, 4, 0.5f), At(3, 10, 1.0f)});
     EXPECT_EQ(path.Length(), 11.0);
-    EXPECT_EQ(path.At(2.5).place, Vector(1.5f, 2.0f, 0.0f));
+    EXPECT_EQ(path.At(2.5).position, Vector(1.5f, 2.0f, 0.0f));
     EXPECT_EQ(path.At(2.5).pressure, 0.25f);
-    EXPECT_EQ(path.At(8.0).place, Vector(3.0f, 7.0f, 0.0f));
+    EXPECT_EQ(path.At(8.0).position, Vector(3.0f, 7.0f, 0.0f));
     EXPECT_EQ(path.At(8.0).pressure, 0.75f);
-    EXPECT_EQ(path.At(-1.0).place, Vector(0.0f, 0.0f, 0.0f));
-    EXPECT_EQ(path.At(99.0).place, Vector(3.0f, 10.0f, 0.0f));
+    EXPECT_EQ(path.At(-1.0).position, Vector(0.0f, 0.0f, 0.0f));
+    EXPECT_EQ(path.At(99.0).position, Vector(3.0f, 10.0f, 0.0f));
     EXPECT_EQ(path.Along(1.0), Vector(3.0f, 4.0f, 0.0f));
     EXPECT_EQ(path.Along(5.0), Vector(0.0f, 6.0f, 0.0f));
     EXPECT_EQ(path.Along(11.0), Vector(0.0f, 6.0f, 0.0f));
@@ -42,7 +42,7 @@ TEST(ArcPath, ExtraSampleOnAStraightSegmentChangesNoBit) {
     ASSERT_EQ(fuller.Knots().size(), 3u);
     EXPECT_EQ(fuller.Reached(), plain.Reached());
     for (double at = 0.0; at < 14.0; at += 0.37) {
-        EXPECT_EQ(fuller.At(at).place, plain.At(at).place) << at;
+        EXPECT_EQ(fuller.At(at).position, plain.At(at).position) << at;
         EXPECT_EQ(fuller.At(at).pressure, plain.At(at).pressure) << at;
     }
 }
@@ -80,16 +80,17 @@ TEST(ArcPath, ResamplingKeepsCornersPausesAndTheEnd) {
     const ArcPath path(
         {At(0, 0, 1, 0), At(2.5f, 0, 1, 1), At(2.5f, 0, 1, 3), At(2.5f, 1.25f, 1, 4)}, true);
     std::vector<PathSample> samples;
-    PathResampler(path, 1.0).Take([&](double at) { return path.At(at).place; }, true, samples);
-    const std::vector<Vector> places{{0, 0, 0},
-                                     {1, 0, 0},
-                                     {2, 0, 0},
-                                     {2.5f, 0, 0},
-                                     {2.5f, 0, 0},
-                                     {2.5f, 0.5f, 0},
-                                     {2.5f, 1.25f, 0}};
-    ASSERT_EQ(samples.size(), places.size());
-    for (std::size_t i = 0; i < places.size(); ++i) EXPECT_EQ(samples[i].place, places[i]) << i;
+    PathResampler(path, 1.0).Take([&](double at) { return path.At(at).position; }, true, samples);
+    const std::vector<Vector> positions{{0, 0, 0},
+                                        {1, 0, 0},
+                                        {2, 0, 0},
+                                        {2.5f, 0, 0},
+                                        {2.5f, 0, 0},
+                                        {2.5f, 0.5f, 0},
+                                        {2.5f, 1.25f, 0}};
+    ASSERT_EQ(samples.size(), positions.size());
+    for (std::size_t i = 0; i < positions.size(); ++i)
+        EXPECT_EQ(samples[i].position, positions[i]) << i;
     EXPECT_EQ(samples[3].time, 1.0);
     EXPECT_EQ(samples[4].time, 3.0);
 }
@@ -97,7 +98,7 @@ TEST(ArcPath, ResamplingKeepsCornersPausesAndTheEnd) {
 TEST(ArcPath, PathOfOnePointHasNoLength) {
     const ArcPath path({At(3, 4), At(3, 4)});
     EXPECT_EQ(path.Length(), 0.0);
-    EXPECT_EQ(path.At(0.0).place, Vector(3.0f, 4.0f, 0.0f));
+    EXPECT_EQ(path.At(0.0).position, Vector(3.0f, 4.0f, 0.0f));
     EXPECT_EQ(path.Along(0.0), Vector());
     EXPECT_TRUE(ArcPath({}).IsEmpty());
 }

@@ -172,7 +172,7 @@ TEST_F(LiveStrokeTest, SplittingSurfacePointsDoesNotChangeTheDabs) {
     std::vector<PathSample> samples;
     for (const PathSample& sample : Stream("clean")) {
         samples.push_back(sample);
-        samples.back().place = {sample.place.x / 50.0f, sample.place.y / 50.0f, 0.0f};
+        samples.back().position = {sample.position.x / 50.0f, sample.position.y / 50.0f, 0.0f};
     }
     ExpectSameInAnyPieces(samples);
     settings.shape.steady = 0.75f;
@@ -285,10 +285,10 @@ TEST_F(LiveStrokeTest, LineWaitsForItsEndAndHasAPreview) {
         EXPECT_TRUE(brush.dabs.empty());
         const auto preview = stroke.Preview();
         ASSERT_GE(preview.size(), 2u);
-        EXPECT_EQ(preview.front().place, Vector(300, 300, 0));
-        EXPECT_EQ(preview.back().place, Vector(400, 302, 0));
+        EXPECT_EQ(preview.front().position, Vector(300, 300, 0));
+        EXPECT_EQ(preview.back().position, Vector(400, 302, 0));
         for (const PathSample& sample : preview)
-            EXPECT_NEAR(sample.place.y, 300.0f + (sample.place.x - 300.0f) * 0.02f, 1e-3f);
+            EXPECT_NEAR(sample.position.y, 300.0f + (sample.position.x - 300.0f) * 0.02f, 1e-3f);
     });
     EXPECT_EQ(brush.dabs.size(), 21u);
 }

@@ -52,7 +52,7 @@ TEST_F(PathDabsTest, RemainderIsCarriedFromSampleToSample) {
     const Dabs dabs = OnSurface(samples);
     double whole = 0.0;
     for (std::size_t i = 1; i < samples.size(); ++i)
-        whole += (samples[i].place - samples[i - 1].place).Length();
+        whole += (samples[i].position - samples[i - 1].position).Length();
     EXPECT_EQ(dabs.size(), static_cast<std::size_t>(whole / 0.25) + 1);
 }
 
@@ -167,13 +167,13 @@ TEST_F(PathDabsTest, StampTopPointsInTheDirectionOfTheTilt) {
     // To the right of the viewport, which is the grid's x. The image's top row is row 0, and pixel
     // centres are at integers.
     const Dabs right = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);
-    const Vector place = right[0].hit.position;
-    const Vector ahead = PixelOf(right[0].stampMatrix, place + Vector(0.25f, 0.0f, 0.0f));
+    const Vector position = right[0].hit.position;
+    const Vector ahead = PixelOf(right[0].stampMatrix, position + Vector(0.25f, 0.0f, 0.0f));
     EXPECT_NEAR(ahead.x, 31.5f, 1e-2f);
     EXPECT_NEAR(ahead.y, 15.5f, 1e-2f);
     // To the bottom of the viewport, which is opposite to the grid's y.
     const Dabs down = InView({Leaning(Sample(400, 300), 0.0f, 0.6f)}, dynamics);
-    const Vector below = PixelOf(down[0].stampMatrix, place + Vector(0.0f, -0.25f, 0.0f));
+    const Vector below = PixelOf(down[0].stampMatrix, position + Vector(0.0f, -0.25f, 0.0f));
     EXPECT_NEAR(below.y, 15.5f, 1e-2f);
     const Dabs upright = InView({Sample(400, 300)}, dynamics);
     dynamics.tiltRotatesStamp = false;

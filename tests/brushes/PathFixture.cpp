@@ -47,7 +47,7 @@ StrokeView PathFixture::FromAbove() {
 
 PathSample Sample(float x, float y, float pressure, double time) {
     PathSample sample;
-    sample.place = {x, y, 0.0f};
+    sample.position = {x, y, 0.0f};
     sample.pressure = pressure;
     sample.time = time;
     return sample;
@@ -61,7 +61,7 @@ std::vector<PathSample> Finer(const std::vector<PathSample>& samples, int parts)
         for (int k = 1; k < parts; ++k) {
             const float share = static_cast<float>(k) / static_cast<float>(parts);
             PathSample sample = from;
-            sample.place = from.place + (to.place - from.place) * share;
+            sample.position = from.position + (to.position - from.position) * share;
             sample.pressure = from.pressure + (to.pressure - from.pressure) * share;
             sample.tilt = from.tilt + (to.tilt - from.tilt) * share;
             sample.time = from.time + (to.time - from.time) * k / parts;

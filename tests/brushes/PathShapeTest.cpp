@@ -11,9 +11,9 @@
 namespace trovik::test {
 namespace {
 
-std::vector<PathSample> Through(const std::vector<Vector>& places) {
+std::vector<PathSample> Through(const std::vector<Vector>& positions) {
     std::vector<PathSample> samples;
-    for (const Vector& place : places) samples.push_back(Sample(place.x, place.y));
+    for (const Vector& position : positions) samples.push_back(Sample(position.x, position.y));
     return samples;
 }
 
@@ -24,10 +24,10 @@ float Apart(const std::vector<PathSample>& a, const std::vector<PathSample>& b) 
     float apart = 0.0f;
     for (int k = 0; k <= 1000; ++k) {
         const double share = k / 1000.0;
-        apart = std::max(
-            apart,
-            (first.At(first.Length() * share).place - second.At(second.Length() * share).place)
-                .Length());
+        apart = std::max(apart,
+                         (first.At(first.Length() * share).position -
+                          second.At(second.Length() * share).position)
+                             .Length());
     }
     return apart;
 }
@@ -59,11 +59,11 @@ TEST(SmoothedPath, StraightPathAndItsPressureStayUnchanged) {
     const auto path = Smoothed({Sample(10, 20, 0.0f), Sample(110, 20, 1.0f)}, 30.0f);
     ASSERT_GT(path.size(), 40u);
     for (const PathSample& sample : path) {
-        EXPECT_NEAR(sample.place.y, 20.0f, 1e-4f);
-        EXPECT_NEAR(sample.pressure, (sample.place.x - 10.0f) * 0.01f, 1e-5f);
+        EXPECT_NEAR(sample.position.y, 20.0f, 1e-4f);
+        EXPECT_NEAR(sample.pressure, (sample.position.x - 10.0f) * 0.01f, 1e-5f);
     }
-    EXPECT_EQ(path.front().place, Vector(10, 20, 0));
-    EXPECT_EQ(path.back().place, Vector(110, 20, 0));
+    EXPECT_EQ(path.front().position, Vector(10, 20, 0));
+    EXPECT_EQ(path.back().position, Vector(110, 20, 0));
 }
 
 TEST(SmoothedPath, CornerBecomesAParabola) {
@@ -72,7 +72,7 @@ TEST(SmoothedPath, CornerBecomesAParabola) {
     const ArcPath path(Smoothed(Through({{0, 0, 0}, {100, 0, 0}, {100, 100, 0}}), 20.0f));
     float nearest = 100.0f;
     for (const PathSample& sample : path.Knots())
-        nearest = std::min(nearest, (sample.place - Vector(97.5f, 2.5f, 0)).Length());
+        nearest = std::min(nearest, (sample.position - Vector(97.5f, 2.5f, 0)).Length());
     EXPECT_LT(nearest, 1e-3f);
     EXPECT_TRUE(path.Corners().empty() || path.Corners().size() > 8) << "no sharp corner is left";
 }
@@ -83,8 +83,8 @@ TEST(SmoothedPath, ZigzagShrinks) {
         zigzag.emplace_back(static_cast<float>(i), i % 2 == 0 ? 1.0f : -1.0f, 0.0f);
     const auto path = Smoothed(Through(zigzag), 24.0f);
     for (const PathSample& sample : path)
-        if (sample.place.x > 15.0f && sample.place.x < 185.0f) {
-            EXPECT_LT(std::fabs(sample.place.y), 0.1f);
+        if (sample.position.x > 15.0f && sample.position.x < 185.0f) {
+            EXPECT_LT(std::fabs(sample.position.y), 0.1f);
         }
 }
 
@@ -98,11 +98,11 @@ TEST(SmoothedPath, DoesNotDependOnTheNumberOfSamples) {
 
 TEST(SteadyStroke, BrushFollowsAtTheLengthOfTheStabiliser) {
     const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}}), 30.0f);
-    EXPECT_EQ(path.front().place, Vector(0, 0, 0));
-    EXPECT_NEAR(path.back().place.x, 70.0f, 1e-4f)
+    EXPECT_EQ(path.front().position, Vector(0, 0, 0));
+    EXPECT_NEAR(path.back().position.x, 70.0f, 1e-4f)
         << "one stabiliser length behind, without a jump";
     for (std::size_t i = 1; i < path.size(); ++i)
-        EXPECT_LE((path[i].place - path[i - 1].place).Length(), 30.0f / 16.0f + 1e-4f);
+        EXPECT_LE((path[i].position - path[i - 1].position).Length(), 30.0f / 16.0f + 1e-4f);
 }
 
 TEST(SteadyStroke, PathAroundACornerIsATractrix) {
@@ -112,15 +112,15 @@ TEST(SteadyStroke, PathAroundACornerIsATractrix) {
     const float L = 20.0f;
     const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);
     const float d = 45.0f / L;
-    EXPECT_NEAR(path.back().place.x, 100.0f - L / std::cosh(d), 1e-3f);
-    EXPECT_NEAR(path.back().place.y, 45.0f - L * std::tanh(d), 1e-3f);
+    EXPECT_NEAR(path.back().position.x, 100.0f - L / std::cosh(d), 1e-3f);
+    EXPECT_NEAR(path.back().position.y, 45.0f - L * std::tanh(d), 1e-3f);
 }
 
 TEST(SteadyStroke, MotionWithinTheStabiliserLengthMovesNothing) {
     const auto path =
         Stabilised(Through({{0, 0, 0}, {50, 0, 0}, {20, 0, 0}, {45, 3, 0}, {30, -4, 0}}), 20.0f);
-    EXPECT_NEAR(path.back().place.x, 30.0f, 1e-3f);
-    EXPECT_NEAR(path.back().place.y, 0.0f, 1e-3f);
+    EXPECT_NEAR(path.back().position.x, 30.0f, 1e-3f);
+    EXPECT_NEAR(path.back().position.y, 0.0f, 1e-3f);
     EXPECT_NEAR(ArcPath(path).Length(), 30.0, 1e-2);
 }
 
@@ -144,11 +144,11 @@ TEST(StraightLine, RunsFromPressToReleaseWithTheRecordedPressures) {
     const auto line = Straightened(
         {Sample(0, 0, 0.0f), Sample(30, 40, 1.0f), Sample(100, 40, 0.5f), Sample(120, 0, 0)});
     ASSERT_EQ(line.size(), 4u);
-    for (const PathSample& sample : line) EXPECT_EQ(sample.place.y, 0.0f);
+    for (const PathSample& sample : line) EXPECT_EQ(sample.position.y, 0.0f);
     const float whole = 50.0f + 70.0f + std::sqrt(2000.0f);
-    EXPECT_NEAR(line[1].place.x, 120.0f * 50.0f / whole, 1e-4f);
+    EXPECT_NEAR(line[1].position.x, 120.0f * 50.0f / whole, 1e-4f);
     EXPECT_EQ(line[1].pressure, 1.0f);
-    EXPECT_EQ(line[3].place, Vector(120, 0, 0));
+    EXPECT_EQ(line[3].position, Vector(120, 0, 0));
 }
 
 TEST(CurveThroughPoints, PassesThroughEachPointSmoothly) {
@@ -156,11 +156,11 @@ TEST(CurveThroughPoints, PassesThroughEachPointSmoothly) {
     const auto curve = CurveThrough(points);
     EXPECT_EQ(curve.size(), 4u * 64u + 1u);
     for (std::size_t i = 0; i < points.size(); ++i)
-        EXPECT_EQ(curve[i * 64].place, points[i].place) << i;
+        EXPECT_EQ(curve[i * 64].position, points[i].position) << i;
     EXPECT_EQ(ArcPath(points).Corners().size(), 3u);
     for (std::size_t i = 1; i + 1 < curve.size(); ++i) {
-        const Vector in = (curve[i].place - curve[i - 1].place).Normalized();
-        const Vector out = (curve[i + 1].place - curve[i].place).Normalized();
+        const Vector in = (curve[i].position - curve[i - 1].position).Normalized();
+        const Vector out = (curve[i + 1].position - curve[i].position).Normalized();
         EXPECT_GT(in | out, 0.97f) << i;
     }
 }
@@ -171,7 +171,7 @@ TEST(CurveThroughPoints, IsStraightThroughCollinearPoints) {
                                      Sample(10, 10, 0.3f),
                                      Sample(15, 15, 0.5f),
                                      Sample(40, 40, 0)});
-    for (const PathSample& sample : curve) EXPECT_NEAR(sample.place.x, sample.place.y, 1e-5f);
+    for (const PathSample& sample : curve) EXPECT_NEAR(sample.position.x, sample.position.y, 1e-5f);
     EXPECT_NEAR(ArcPath(curve).Length(), 40.0 * std::sqrt(2.0), 1e-4) << "never back";
     EXPECT_EQ(curve[32].pressure, 0.5f);
     EXPECT_EQ(CurveThrough(Through({{0, 0, 0}, {5, 0, 0}})).size(), 2u);
@@ -187,15 +187,15 @@ TEST(SnapToCurve, SnapsThePenToANearbyCurve) {
     const auto path = Snapped(Through(hand), {{0, 50, 0}, {300, 50, 0}}, 8.0f);
     std::size_t held = 0;
     for (const PathSample& sample : path) {
-        if (sample.place.x < 199.0f) {
-            EXPECT_EQ(sample.place.y, 50.0f);
+        if (sample.position.x < 199.0f) {
+            EXPECT_EQ(sample.position.y, 50.0f);
         }
-        if (sample.place.y == 50.0f) ++held;
-        EXPECT_FALSE(sample.place.y > 50.0f && sample.place.y <= 57.9f)
+        if (sample.position.y == 50.0f) ++held;
+        EXPECT_FALSE(sample.position.y > 50.0f && sample.position.y <= 57.9f)
             << "on the curve, or unaffected";
     }
     EXPECT_GT(held, 100u);
-    EXPECT_EQ(path.back().place, Vector(200, 100, 0));
+    EXPECT_EQ(path.back().position, Vector(200, 100, 0));
 }
 
 TEST(SnapToCurve, PathFarFromTheCurveStaysUnchanged) {
@@ -207,14 +207,14 @@ TEST(ShapedPath, PathWithoutAShapeStaysUnchanged) {
     const auto rough = Through({{0, 0, 0}, {60, 10, 0}, {50, 80, 0}});
     const auto same = Shaped(rough, PathShape());
     ASSERT_EQ(same.size(), rough.size());
-    for (std::size_t i = 0; i < rough.size(); ++i) EXPECT_EQ(same[i].place, rough[i].place);
+    for (std::size_t i = 0; i < rough.size(); ++i) EXPECT_EQ(same[i].position, rough[i].position);
     PathShape shape;
     shape.line = true;
     shape.steady = 10.0f;
     const auto both = Shaped(rough, shape);
     const float whole = std::sqrt(50.0f * 50.0f + 80.0f * 80.0f);
-    EXPECT_NEAR((both.back().place - Vector(50, 80, 0)).Length(), 10.0f, 1e-4f);
-    EXPECT_NEAR(both.back().place.x, 50.0f * (1.0f - 10.0f / whole), 1e-3f);
+    EXPECT_NEAR((both.back().position - Vector(50, 80, 0)).Length(), 10.0f, 1e-4f);
+    EXPECT_NEAR(both.back().position.x, 50.0f * (1.0f - 10.0f / whole), 1e-3f);
 }
 
 }  // namespace

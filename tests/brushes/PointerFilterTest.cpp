@@ -28,7 +28,7 @@ protected:
     PointerFilterTest() { expected = InView(Stream("clean")); }
 
     struct Faults {
-        float place = 0.0f;
+        float position = 0.0f;
         float pressure = 0.0f;
         std::size_t count = 0;
     };
@@ -39,8 +39,8 @@ protected:
         faults.count = dabs.size() > expected.size() ? dabs.size() - expected.size()
                                                      : expected.size() - dabs.size();
         for (std::size_t i = 0; i < std::min(dabs.size(), expected.size()); ++i) {
-            faults.place =
-                std::max(faults.place, (dabs[i].position - expected[i].position).Length());
+            faults.position =
+                std::max(faults.position, (dabs[i].position - expected[i].position).Length());
             faults.pressure =
                 std::max(faults.pressure, std::fabs(dabs[i].pressure - expected[i].pressure));
         }
@@ -49,7 +49,7 @@ protected:
     void ExpectClean(const std::vector<PathSample>& samples) {
         const Faults faults = FaultsOf(samples);
         EXPECT_LE(faults.count, 1u);
-        EXPECT_LE(faults.place, 0.25f * 0.25f);
+        EXPECT_LE(faults.position, 0.25f * 0.25f);
         EXPECT_LE(faults.pressure, 0.06f);
     }
 
@@ -62,7 +62,7 @@ TEST_F(PointerFilterTest, StreamWithoutFaultsIsBitIdentical) {
     const auto filtered = Filtered(samples);
     ASSERT_EQ(filtered.size(), samples.size());
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        EXPECT_EQ(filtered[i].place, samples[i].place) << i;
+        EXPECT_EQ(filtered[i].position, samples[i].position) << i;
         EXPECT_EQ(filtered[i].pressure, samples[i].pressure) << i;
         EXPECT_EQ(filtered[i].time, samples[i].time) << i;
     }
@@ -95,15 +95,15 @@ TEST_F(PointerFilterTest, DecreasingTimesAreMadeToIncrease) {
     std::size_t k = 0;
     for (std::size_t i = 0; i < filtered.size(); ++i) {
         // While the pen is stationary, samples with equal times have been merged.
-        while (k < clean.size() && clean[k].place != filtered[i].place) ++k;
+        while (k < clean.size() && clean[k].position != filtered[i].position) ++k;
         ASSERT_LT(k, clean.size()) << "the samples are in their original order";
         if (i > 0) {
             EXPECT_GE(filtered[i].time, filtered[i - 1].time);
         }
-        if (clean[k].place == Vector(400.0f, 300.0f, 0.0f)) continue;
+        if (clean[k].position == Vector(400.0f, 300.0f, 0.0f)) continue;
         EXPECT_NEAR(filtered[i].time, clean[k].time + 0.0275, 0.0275) << i;
     }
-    EXPECT_EQ(filtered.back().place, clean.back().place);
+    EXPECT_EQ(filtered.back().position, clean.back().position);
     EXPECT_GE(filtered.size() + 4, clean.size());
     ExpectClean(filtered);
 }
@@ -126,7 +126,7 @@ TEST_F(PointerFilterTest, DuplicateSamplesCountOnce) {
     const auto filtered = Filtered(raw);
     EXPECT_EQ(filtered.size(), Stream("clean").size());
     ExpectClean(filtered);
-    EXPECT_EQ(FaultsOf(filtered).place, 0.0f);
+    EXPECT_EQ(FaultsOf(filtered).position, 0.0f);
     EXPECT_EQ(FaultsOf(filtered).pressure, 0.0f);
 }
 
@@ -155,7 +155,7 @@ TEST_F(PointerFilterTest, NaturalHandMotionIsNotAFault) {
     const auto filtered = Filtered(samples);
     ASSERT_EQ(filtered.size(), samples.size());
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        EXPECT_EQ(filtered[i].place, samples[i].place);
+        EXPECT_EQ(filtered[i].position, samples[i].position);
         EXPECT_EQ(filtered[i].pressure, samples[i].pressure);
     }
     // A tap, and a short straight stroke of two samples.
@@ -172,7 +172,7 @@ TEST_F(PointerFilterTest, SampleFarTooLateHasAWrongTime) {
     const auto filtered = Filtered(samples);
     ASSERT_EQ(filtered.size(), samples.size());
     for (std::size_t i = 0; i < samples.size(); ++i)
-        EXPECT_EQ(filtered[i].place, samples[i].place) << i;
+        EXPECT_EQ(filtered[i].position, samples[i].position) << i;
     for (std::size_t i = 1; i < samples.size(); ++i)
         EXPECT_GE(filtered[i].time, filtered[i - 1].time) << i;
 }

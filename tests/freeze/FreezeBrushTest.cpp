@@ -156,9 +156,9 @@ TEST_F(FreezeBrushTest, PathsPressureAndSpacingWorkAsInStrokes) {
     options.strength = [this](float pressure) { return DabStrength(brush, pressure, 0.4f); };
     loop.Begin(BrushOperation::ModifierNone);
     PathSample from;
-    from.place = {2.0f, 5.0f, 0.0f};
+    from.position = {2.0f, 5.0f, 0.0f};
     PathSample to;
-    to.place = {6.0f, 5.0f, 0.0f};
+    to.position = {6.0f, 5.0f, 0.0f};
     to.pressure = 0.0f;
     EXPECT_EQ(StrokeAlongSurface(loop, grid.geometry, tree, {from, to}, options), 5u);
     loop.End();

@@ -24,8 +24,8 @@ std::vector<float> OfImage(CommandContext& context, const FreezeImage& image, Vi
                           image.invert.value_or(false),
                           over);
     return WeightsInView(
-        document.Geometry(), document.Tree(), view, reach, [&shown](const ViewPoint& place) {
-            return shown.WeightAt(place);
+        document.Geometry(), document.Tree(), view, reach, [&shown](const ViewPoint& point) {
+            return shown.WeightAt(point);
         });
 }
 
@@ -60,9 +60,9 @@ uint32_t ComponentVertex(CommandContext& context, const FreezeComponent& shell) 
         context.WarnOfFarPoints("freeze/shell/surface", {*shell.surface}, 0.0f);
         hit = HitNear(document.Geometry(), document.Tree(), *shell.surface);
     } else {
-        const ViewPoint place = PointOf(*shell.pointer);
+        const ViewPoint point = PointOf(*shell.pointer);
         hit = HitThrough(
-            document.Geometry(), document.Tree(), document.View(), {place.x, place.y, 0.0f});
+            document.Geometry(), document.Tree(), document.View(), {point.x, point.y, 0.0f});
     }
     if (!hit) throw FieldFault("/shell", "there is no surface at this position");
     return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];
@@ -100,8 +100,8 @@ std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& ch
     if (choice.min) return WeightsInBox(geometry, *choice.min, *choice.max);
     const auto isInside = InsideOf(choice.box, choice.lasso);
     return WeightsInView(
-        geometry, document.Tree(), document.View(), reach, [&isInside](const ViewPoint& place) {
-            return isInside(place) ? 1.0f : 0.0f;
+        geometry, document.Tree(), document.View(), reach, [&isInside](const ViewPoint& point) {
+            return isInside(point) ? 1.0f : 0.0f;
         });
 }
 

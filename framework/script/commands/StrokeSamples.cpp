@@ -28,8 +28,8 @@ std::vector<PathSample> ReadPathSamples(const FieldReader& list, std::size_t num
     for (std::size_t i = 0; i < list.Size(); ++i) {
         const FieldReader given = list.At(i);
         PathSample sample;
-        float* place[3] = {&sample.place.x, &sample.place.y, &sample.place.z};
-        for (std::size_t k = 0; k < numbers; ++k) *place[k] = given.At(k).Number();
+        float* position[3] = {&sample.position.x, &sample.position.y, &sample.position.z};
+        for (std::size_t k = 0; k < numbers; ++k) *position[k] = given.At(k).Number();
         if (given.Size() > numbers) {
             sample.pressure = given.At(numbers).Number();
             if (sample.pressure < 0.0f || sample.pressure > 1.0f)
@@ -43,9 +43,9 @@ std::vector<PathSample> ReadPathSamples(const FieldReader& list, std::size_t num
 nlohmann::json WritePathSamples(const std::vector<PathSample>& list, std::size_t numbers) {
     nlohmann::json all = nlohmann::json::array();
     for (const PathSample& sample : list) {
-        const float place[3] = {sample.place.x, sample.place.y, sample.place.z};
+        const float position[3] = {sample.position.x, sample.position.y, sample.position.z};
         nlohmann::json one = nlohmann::json::array();
-        for (std::size_t k = 0; k < numbers; ++k) one.push_back(static_cast<double>(place[k]));
+        for (std::size_t k = 0; k < numbers; ++k) one.push_back(static_cast<double>(position[k]));
         one.push_back(static_cast<double>(sample.pressure));
         all.push_back(std::move(one));
     }
@@ -55,8 +55,8 @@ nlohmann::json WritePathSamples(const std::vector<PathSample>& list, std::size_t
 nlohmann::json FieldValue<PenSampleList>::Write(const PenSampleList& value) {
     nlohmann::json all = nlohmann::json::array();
     for (const PathSample& sample : value.list) {
-        nlohmann::json one = nlohmann::json::array({static_cast<double>(sample.place.x),
-                                                    static_cast<double>(sample.place.y),
+        nlohmann::json one = nlohmann::json::array({static_cast<double>(sample.position.x),
+                                                    static_cast<double>(sample.position.y),
                                                     static_cast<double>(sample.pressure),
                                                     Milliseconds(sample.time)});
         if (sample.tilt != Vector()) {

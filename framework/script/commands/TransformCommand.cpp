@@ -45,16 +45,16 @@ Vector ScaleOf(const std::variant<float, Vector>& given) {
 }
 
 void Transform(CommandContext& context, const TransformParameters& parameters) {
-    MatrixTransform place = context.document.Geometry().Place();
+    MatrixTransform meshTransform = context.document.Geometry().Place();
     if (parameters.matrix) {
-        place.SetMatrix(MatrixOf(*parameters.matrix));
+        meshTransform.SetMatrix(MatrixOf(*parameters.matrix));
     } else {
         const Vector scale =
             parameters.scale ? ScaleOf(*parameters.scale) : Vector(1.0f, 1.0f, 1.0f);
-        place.Set(
+        meshTransform.Set(
             scale, parameters.rotate.value_or(Vector()), parameters.translate.value_or(Vector()));
     }
-    context.document.SetTransform(place);
+    context.document.SetTransform(meshTransform);
 }
 
 const CommandRegistration<TransformParameters> transform({.name = "transform"},

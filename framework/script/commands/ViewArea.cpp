@@ -23,11 +23,11 @@ uint32_t NumberOf(const NameOrNone& wanted,
 std::function<bool(const ViewPoint&)> InsideOf(
     const std::optional<std::array<float, 4>>& box,
     const std::optional<std::vector<std::array<float, 2>>>& lasso) {
-    if (box) return [area = BoxOf(*box)](const ViewPoint& place) { return area.Holds(place); };
+    if (box) return [area = BoxOf(*box)](const ViewPoint& point) { return area.Holds(point); };
     std::vector<ViewPoint> corners;
     for (const auto& corner : *lasso) corners.push_back(PointOf(corner));
-    return [area = ViewLasso(std::move(corners))](const ViewPoint& place) {
-        return area.Holds(place);
+    return [area = ViewLasso(std::move(corners))](const ViewPoint& point) {
+        return area.Holds(point);
     };
 }
 

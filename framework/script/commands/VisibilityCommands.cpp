@@ -107,8 +107,8 @@ FaceChoice OfComponent(Document& document, const ComponentParameters& component)
     if (component.surface) {
         hit = HitNear(geometry, document.Tree(), *component.surface);
     } else {
-        const ViewPoint place = PointOf(*component.pointer);
-        hit = HitThrough(geometry, document.Tree(), document.View(), {place.x, place.y, 0.0f});
+        const ViewPoint point = PointOf(*component.pointer);
+        hit = HitThrough(geometry, document.Tree(), document.View(), {point.x, point.y, 0.0f});
     }
     if (!hit) throw FieldFault("/component", "there is no visible surface at this position");
     return FacesOfComponent(geometry, hit->face);
