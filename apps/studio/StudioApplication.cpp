@@ -5,6 +5,7 @@
 #include "commands/Keymap.h"
 #include "commands/Preferences.h"
 #include "commands/SymmetrySetting.h"
+#include "engine/LiveSession.h"
 #include "input/ViewportInput.h"
 #include "viewport/ViewportWidget.h"
 #include "window/MainWindow.h"
@@ -13,6 +14,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QThreadPool>
 
 namespace trovik::studio {
 
@@ -23,6 +25,10 @@ constexpr uint32_t firstSegments = 32;
 constexpr int firstLevels = 1;
 /// Radius of the brush in a mesh that was imported, logical pixels.
 constexpr double firstRadius = 50.0;
+
+/// An image of the work is stored for the recovery dialog so long after a change.
+constexpr int pictureDelayMilliseconds = 15000;
+constexpr QSize pictureSize(760, 440);
 
 std::optional<CameraMotion> BarrelMotion(const QString& effect) {
     if (effect == QLatin1String("pan")) return CameraMotion::Pan;
@@ -60,6 +66,12 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     connect(preferences.get(), &Preferences::Changed, this, &StudioApplication::ApplyPreferences);
     connect(engine.get(), &Engine::Opened, this, &StudioApplication::WhenOpened);
     connect(engine.get(), &Engine::StateChanged, this, &StudioApplication::ShowSymmetry);
+    pictureTimer.setSingleShot(true);
+    pictureTimer.setInterval(pictureDelayMilliseconds);
+    connect(&pictureTimer, &QTimer::timeout, this, &StudioApplication::StorePicture);
+    connect(engine.get(), &Engine::StateChanged, this, [this] {
+        if (engine->State()->isModified && !pictureTimer.isActive()) pictureTimer.start();
+    });
 }
 
 StudioApplication::~StudioApplication() {
@@ -109,6 +121,8 @@ void StudioApplication::ApplyPreferences() {
                          ? BrushOperation::ModifierSmooth
                          : BrushOperation::ModifierInvert);
     input->SetBarrel(BarrelMotion(preferences->BarrelButton()));
+    engine->SetPreferences(
+        {{"Undo Budget", preferences->UndoBudget()}, {"Undo File", preferences->UsesUndoFile()}});
     input->Router().SetPenPosition(preferences->PenPosition() == QLatin1String("pointer")
                                        ? PointerRouter::PenPosition::Cursor
                                        : PointerRouter::PenPosition::Device);
@@ -197,9 +211,21 @@ bool StudioApplication::OfferRecovery() {
         engine->Open(request);
         return true;
     }
-    if (dialog.Chosen() == RecoveryDialog::Choice::Discard)
-        for (const RecoverableWork& work : works) QFile::remove(work.journalPath);
-    return false;
+    if (dialog.Chosen() != RecoveryDialog::Choice::Discard) return false;
+    const std::string journal = dialog.Journal().toStdString();
+    QFile::remove(dialog.Journal());
+    QFile::remove(QString::fromStdString(PicturePathOf(journal)));
+    return OfferRecovery();
+}
+
+void StudioApplication::StorePicture() {
+    if (!engine->HasDocument() || engine->Document().journalPath.empty()) return;
+    const QString path = QString::fromStdString(PicturePathOf(engine->Document().journalPath));
+    const QImage image = viewport->grabFramebuffer();
+    // Scaling and compression take longer than a frame.
+    QThreadPool::globalInstance()->start([image, path] {
+        image.scaled(pictureSize, Qt::KeepAspectRatio, Qt::SmoothTransformation).save(path);
+    });
 }
 
 void StudioApplication::OpenFirst() {

@@ -9,6 +9,7 @@
 
 #include <QObject>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <memory>
 
@@ -51,6 +52,8 @@ private:
     /// \return whether the user chose to recover some.
     bool OfferRecovery();
     void OpenFirst();
+    /// Stores an image of the document next to its journal.
+    void StorePicture();
     void WhenOpened();
 
     CommandLine commandLine;
@@ -64,6 +67,7 @@ private:
     std::unique_ptr<MainWindow> window;
     ViewportWidget* viewport = nullptr;
     ViewportInput* input = nullptr;
+    QTimer pictureTimer;
 };
 
 }  // namespace trovik::studio

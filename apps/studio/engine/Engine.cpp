@@ -29,7 +29,11 @@ Engine::Engine(const std::string& journalFolder, QObject* parent)
 
 Engine::~Engine() = default;
 
-void Engine::Open(const OpenRequest& request) { worker->Post(request); }
+void Engine::Open(const OpenRequest& request) {
+    OpenRequest withPreferences = request;
+    withPreferences.preferences = preferences;
+    worker->Post(std::move(withPreferences));
+}
 
 void Engine::SetApplicationData(const std::string& name, std::vector<uint8_t> bytes) {
     worker->Post(ApplicationDataRequest{name, std::move(bytes)});

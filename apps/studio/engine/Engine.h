@@ -39,6 +39,8 @@ public:
     bool HasDocument() const { return opened != nullptr; }
     /// The document that was opened last; only with HasDocument.
     const OpenedDocument& Document() const { return *opened; }
+    /// Values of preferences, as in stroke scripts, for documents that are opened from now on.
+    void SetPreferences(nlohmann::json values) { preferences = std::move(values); }
     /// Stores an entry of the application with the next save, without an undo step.
     void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
     /// Saves to a path as the step "save" does; ends with Saved or Failed.
@@ -118,6 +120,7 @@ private:
     std::unique_ptr<const OpenedDocument> opened;
     std::shared_ptr<const DocumentState> state;
     std::shared_ptr<const ToolSettingList> settings;
+    nlohmann::json preferences;
     bool isBusy = false;
 };
 
