@@ -6,6 +6,7 @@
 #include "commands/Preferences.h"
 #include "commands/SymmetrySetting.h"
 #include "engine/LiveSession.h"
+#include "input/TabletTester.h"
 #include "input/ViewportInput.h"
 #include "viewport/ViewportWidget.h"
 #include "window/MainWindow.h"
@@ -47,6 +48,9 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     engine = std::make_unique<Engine>(
         commandLine.hasNoJournal ? std::string() : StudioFolders::Journals().toStdString());
     actions = std::make_unique<ActionRegistry>(nullptr);
+    // Before the window, which puts them into its menus.
+    AddSelectionActions();
+    AddTabletTester();
     view = std::make_unique<ViewModel>();
     viewport = new ViewportWidget(*engine);
     const QString keysPath = commandLine.hasNoPreferences
@@ -56,7 +60,6 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     window =
         std::make_unique<MainWindow>(*engine, *actions, *view, *preferences, *keymap, viewport);
     input = new ViewportInput(*engine, *actions, *viewport);
-    AddSelectionActions();
     if (const QString problem = keymap->Load(); !problem.isEmpty()) window->ShowError(problem);
     if (commandLine.viewportWidth > 0) viewport->setFixedWidth(commandLine.viewportWidth);
     if (commandLine.viewportHeight > 0) viewport->setFixedHeight(commandLine.viewportHeight);
@@ -176,6 +179,17 @@ void StudioApplication::AddSelectionActions() {
                  tr("Shows only the faces in an outline that you draw over the viewport."),
                  Shape::Lasso,
                  "isolate");
+}
+
+void StudioApplication::AddTabletTester() {
+    actions->Add({.id = "help.tabletTester",
+                  .text = tr("Tablet Tester…"),
+                  .description = tr("Shows what the tablet sends: rate, pressure, tilt, buttons."),
+                  .run = [this] {
+                      auto* tester = new TabletTester(input->Router(), window.get());
+                      tester->setAttribute(Qt::WA_DeleteOnClose);
+                      tester->show();
+                  }});
 }
 
 void StudioApplication::ShowSymmetry() {

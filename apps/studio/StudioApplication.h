@@ -47,6 +47,7 @@ private:
                       const QString& description,
                       SelectionGesture::Shape shape,
                       const char* step);
+    void AddTabletTester();
     void ApplyPreferences();
     void ShowSymmetry();
     /// \return whether the user chose to recover some.
