@@ -36,7 +36,7 @@ private:
 
     /// Differences to it wrap for lower numbers, which are then beyond the last page.
     std::size_t firstPage = 0;
-    /// By page of numbers its place in the ranks.
+    /// Per page of numbers its index into `ranks`.
     std::vector<std::size_t> pages;
     std::vector<uint32_t> ranks;
     uint32_t count = 0;

@@ -22,8 +22,8 @@ constexpr std::size_t maxWaitingBytes = std::size_t{32} << 20;
 /// Of one update, so that an opened mesh appears bit by bit.
 constexpr std::size_t maxUpdateBytes = std::size_t{8} << 20;
 
-/// Without the place that the message has as that of a step of a script.
-QString WithoutPlace(const std::string& message) {
+/// Removes the script position (name and JSON pointer) from the start of a message.
+QString WithoutPosition(const std::string& message) {
     const std::string prefix = "studio: ";
     if (message.compare(0, prefix.size(), prefix) != 0) return QString::fromStdString(message);
     std::size_t begin = prefix.size();
@@ -156,7 +156,7 @@ QString EngineWorker::Guarded(Work work) {
     } catch (const Cancelled&) {
         error = Engine::tr("Cancelled");
     } catch (const HostError& failure) {
-        error = WithoutPlace(failure.what());
+        error = WithoutPosition(failure.what());
     } catch (const std::bad_alloc&) {
         error = Engine::tr("There is not enough memory");
     } catch (const std::exception& failure) {
@@ -169,7 +169,7 @@ QString EngineWorker::Guarded(Work work) {
 ScriptProgress EngineWorker::Progress() {
     ScriptProgress progress;
     const auto note = [this](const std::string& text) {
-        const QString message = WithoutPlace(text);
+        const QString message = WithoutPosition(text);
         ToUi([message](Engine& to) { Q_EMIT to.Noted(message); });
     };
     progress.message = note;

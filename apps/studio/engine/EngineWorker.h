@@ -14,8 +14,8 @@
 
 namespace trovik::studio {
 
-/// The engine thread: carries out requests in order, sends the changed surface after each, answers
-/// picks when nothing else waits. Results are posted to the Engine's thread.
+/// The engine thread: carries out requests in order, sends the changed surface after each, and
+/// picks the surface when idle. Results are posted to the Engine's thread.
 class EngineWorker {
 public:
     /// \param journalFolder  see Engine.

@@ -258,7 +258,7 @@ bool ViewportInput::TypeNumber(const QKeyEvent& event) {
 bool ViewportInput::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
         case QEvent::ShortcutOverride:
-            // While a gesture is active, its keys are no shortcuts.
+            // While a gesture is active, keys do not trigger shortcuts.
             if (gesture != nullptr) {
                 event->accept();
                 return true;

@@ -99,7 +99,7 @@ private:
     /// A held key that began the gesture; 0: none.
     int gestureKey = 0;
     ValueGesture* valueGesture = nullptr;
-    /// A press whose meaning depends on a pick that has not been answered, and what followed.
+    /// A press whose meaning depends on a pick that is not complete, and the events since.
     std::vector<PointerEvent> pending;
     struct Selection {
         SelectionGesture::Shape shape;

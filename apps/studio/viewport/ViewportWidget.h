@@ -28,8 +28,8 @@ public:
     ~ViewportWidget() override;
 
     const Camera& View() const { return camera; }
-    /// Changes the camera, tells the engine, and schedules a frame; while it moves, frames are
-    /// drawn with less detail.
+    /// Changes the camera, passes it to the engine, and schedules a frame; while it moves, frames
+    /// are drawn with less detail.
     void SetView(const Camera& moved);
     const RenderSettings& Settings() const { return settings; }
     void SetSettings(const RenderSettings& changed);
