@@ -15,17 +15,17 @@ namespace trovik::studio {
 /// What a user can start by menu, key, palette or script.
 struct ActionInfo {
     /// Unique and stable, such as "mask.invert"; the part before the dot is the category.
-    QString id;
+    QString id = {};
     /// Shown in menus and the palette, such as "Invert Mask".
-    QString text;
+    QString text = {};
     /// One sentence that says what it does.
-    QString description;
+    QString description = {};
     /// Of the preset "default"; may be empty.
-    QList<QKeySequence> keys;
+    QList<QKeySequence> keys = {};
     /// Name of an icon in resources/icons, without ".svg"; may be empty.
-    QString icon;
+    QString icon = {};
     bool isCheckable = false;
-    std::function<void()> run;
+    std::function<void()> run = {};
 };
 
 /// All actions of the studio, by their id. Menus, tool bars, palette, keymap and event files use

@@ -85,7 +85,7 @@ void main() {
     if (gridOpacity > 0.0) {
         vec2 fine = Lines(spacing, 1.0);
         vec2 coarse = Lines(spacing * 10.0, 1.0);
-        float alpha = max(0.13 * max(fine.x, fine.y), 0.26 * max(coarse.x, coarse.y));
+        float alpha = max(0.09 * max(fine.x, fine.y), 0.26 * max(coarse.x, coarse.y));
         color = Over(vec4(vec3(0.80, 0.82, 0.86), alpha * fade * gridOpacity), color);
         vec2 slope = vec2(length(vec2(dFdx(place.x), dFdy(place.x))),
                           length(vec2(dFdx(place.y), dFdy(place.y))));
@@ -173,6 +173,7 @@ uint64_t BackdropPass::DrawFloor(const RenderSettings& settings,
 
     // The planes of the view enclose the surface, not the floor.
     gl.glEnable(GL_DEPTH_CLAMP);
+    gl.glDepthFunc(GL_LEQUAL);
     gl.glDepthMask(GL_FALSE);
     gl.glEnable(GL_BLEND);
     gl.glBindVertexArray(vertexArray);
@@ -180,6 +181,7 @@ uint64_t BackdropPass::DrawFloor(const RenderSettings& settings,
     gl.glBindVertexArray(0);
     gl.glDisable(GL_BLEND);
     gl.glDepthMask(GL_TRUE);
+    gl.glDepthFunc(GL_LESS);
     gl.glDisable(GL_DEPTH_CLAMP);
     return 1;
 }

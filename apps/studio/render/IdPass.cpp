@@ -81,7 +81,10 @@ private:
 
 }  // namespace
 
-IdImage DrawIds(SurfaceBuffers& surface, const RenderView& view, const Matrix& toWorld) {
+IdImage DrawIds(SurfaceBuffers& surface,
+                const RenderView& view,
+                const Matrix& toWorld,
+                uint32_t strideLog2) {
     Gl& gl = CurrentGl();
     const std::size_t pixels =
         static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height);
@@ -107,7 +110,7 @@ IdImage DrawIds(SurfaceBuffers& surface, const RenderView& view, const Matrix& t
     gl.glEnable(GL_DEPTH_TEST);
     gl.glDisable(GL_BLEND);
     gl.glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
-    surface.Draw(FrustumCuller(localToClip), 0, [&](uint64_t firstVertex) {
+    surface.Draw(FrustumCuller(localToClip), strideLog2, [&](uint64_t firstVertex) {
         program->setUniformValue("firstVertex", static_cast<GLuint>(firstVertex));
     });
     gl.glProvokingVertex(GL_LAST_VERTEX_CONVENTION);

@@ -21,8 +21,11 @@ struct IdImage {
 
 /// Draws the surface without multisampling into a buffer of its own and reads it back, which waits
 /// for the GPU: for tests and single picks. Needs a current context.
-/// \param view  the size must be 16384 pixels at most. \throw std::runtime_error if the buffer
-/// cannot be made.
-IdImage DrawIds(SurfaceBuffers& surface, const RenderView& view, const Matrix& toWorld);
+/// \param view  the size must be 16384 pixels at most. \param strideLog2  level of detail; a coarse
+/// cell has the number of its first face. \throw std::runtime_error if the buffer cannot be made.
+IdImage DrawIds(SurfaceBuffers& surface,
+                const RenderView& view,
+                const Matrix& toWorld,
+                uint32_t strideLog2 = 0);
 
 }  // namespace trovik::studio

@@ -12,7 +12,7 @@ namespace {
 /// Of the array in the shader.
 constexpr int maxRings = 33;
 /// How much the falloff preview covers the surface where the falloff is 1.
-constexpr float falloffOpacity = 0.22f;
+constexpr float falloffOpacity = 0.30f;
 
 Matrix WorldToView(const RenderView& view) {
     const Vector back = -view.forward;

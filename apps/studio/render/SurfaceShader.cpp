@@ -17,16 +17,24 @@ uniform int gridSide;
 
 out vec3 worldPosition;
 out vec3 viewPosition;
-out vec3 viewNormal;
+// Edge pixels of steep triangles take attributes from far outside of the triangle otherwise.
+centroid out vec3 viewNormal;
 flat out uint faceFlags;
+#ifdef CAVITY
+out vec3 bentNormal;
+#endif
 #ifdef MASK
-out float mask;
+centroid out float mask;
+#endif
+#ifdef RINGS
+centroid out vec3 coveredPosition;
 #endif
 #ifdef WIRE
 out vec2 cell;
 #endif
 #ifdef PLANES
 out vec3 localPosition;
+centroid out vec3 coveredLocal;
 #endif
 
 void main() {
@@ -35,6 +43,12 @@ void main() {
     viewPosition = (worldToView * world).xyz;
     viewNormal = mat3(normalToView) * normal;
     faceFlags = flags;
+#ifdef CAVITY
+    bentNormal = viewNormal;
+#endif
+#ifdef RINGS
+    coveredPosition = worldPosition;
+#endif
 #ifdef MASK
     mask = freeze / 127.0;
 #endif
@@ -44,6 +58,7 @@ void main() {
 #endif
 #ifdef PLANES
     localPosition = position;
+    coveredLocal = position;
 #endif
     gl_Position = localToClip * vec4(position, 1.0);
 }
@@ -52,10 +67,10 @@ void main() {
 const char* const surfaceFragmentShader = R"(
 in vec3 worldPosition;
 in vec3 viewPosition;
-in vec3 viewNormal;
+centroid in vec3 viewNormal;
 flat in uint faceFlags;
 #ifdef MASK
-in float mask;
+centroid in float mask;
 #endif
 #ifdef WIRE
 in vec2 cell;
@@ -64,12 +79,15 @@ uniform int wireLevels;
 #endif
 #ifdef PLANES
 in vec3 localPosition;
+centroid in vec3 coveredLocal;
 uniform vec3 planes;
 #endif
 #ifdef CAVITY
+in vec3 bentNormal;
 uniform float cavity;
 #endif
 #ifdef RINGS
+centroid in vec3 coveredPosition;
 uniform vec4 rings[33];
 uniform vec3 ringColors[33];
 uniform int ringCount;
@@ -94,9 +112,10 @@ float Line(float pixels, float width) {
     return clamp(0.5 + width * 0.5 - pixels, 0.0, 1.0);
 }
 
-// Distance in pixels from where a value is zero.
-float PixelsFrom(float value) {
-    return abs(value) / max(length(vec2(dFdx(value), dFdy(value))), 1e-20);
+// Distance in pixels from where a value is zero. \param value  within the covered part of the pixel;
+// `smoothed` has the derivatives.
+float PixelsFrom(float value, float smoothed) {
+    return abs(value) / max(length(vec2(dFdx(smoothed), dFdy(smoothed))), 1e-20);
 }
 
 #ifdef GROUPS
@@ -128,7 +147,8 @@ void main() {
 #ifdef CAVITY
     // Divergence of the normal over the picture: 2 / radius, in pixels, for a sphere seen from the
     // front. Limited, and fading toward silhouettes, where it grows without bound.
-    float bend = (dFdx(n).x + dFdy(n).y) * pixelRatio;
+    vec3 bent = normalize(bentNormal) * (gl_FrontFacing ? 1.0 : -1.0);
+    float bend = (dFdx(bent).x + dFdy(bent).y) * pixelRatio;
     bend = bend * 9.0 * smoothstep(0.05, 0.5, facing);
     bend = bend / (1.0 + abs(bend));
     color *= 1.0 + cavity * (bend < 0.0 ? 0.9 : 0.55) * bend;
@@ -164,15 +184,15 @@ void main() {
         vec3(0.93, 0.36, 0.32), vec3(0.52, 0.80, 0.30), vec3(0.33, 0.58, 0.96));
     for (int axis = 0; axis < 3; ++axis)
         if (planes[axis] > 0.5) {
-            float pixels = PixelsFrom(localPosition[axis]);
+            float pixels = PixelsFrom(coveredLocal[axis], localPosition[axis]);
             shown = mix(shown, axisColors[axis], 0.75 * Line(pixels, 1.25 * pixelRatio));
         }
 #endif
 #ifdef RINGS
     for (int i = 0; i < ringCount; ++i) {
-        float away = length(worldPosition - rings[i].xyz);
-        float pixels = PixelsFrom(away - rings[i].w);
-        float strength = i == 0 ? 1.0 : 0.6;
+        float away = length(coveredPosition - rings[i].xyz);
+        float pixels = PixelsFrom(away - rings[i].w, length(worldPosition - rings[i].xyz));
+        float strength = (i == 0 ? 1.0 : 0.6) * smoothstep(0.0, 0.12, abs(facing));
         if (i == 0 && away < rings[i].w) {
             float value = texture(falloff, vec2(away / rings[i].w, 0.5)).r;
             shown = mix(shown, ringColors[i], falloffStrength * value);

@@ -7,6 +7,13 @@
 
 namespace trovik::studio {
 
+namespace {
+
+/// Longer measurements are errors.
+constexpr double maxFrameSeconds = 60.0;
+
+}  // namespace
+
 ViewportRenderer::ViewportRenderer() : gl(CurrentGl()), timer(std::make_unique<FrameTimer>()) {}
 
 ViewportRenderer::~ViewportRenderer() = default;
@@ -46,6 +53,8 @@ void ViewportRenderer::Draw(const Frame& frame) {
     stats = {};
     UploadPending(frame);
     while (const auto measured = timer->Take()) {
+        // Some drivers answer the first query with the time since they were started.
+        if (measured->seconds > maxFrameSeconds) continue;
         frameSeconds = measured->seconds;
         lod.FrameMeasured(measured->tag, measured->seconds);
     }

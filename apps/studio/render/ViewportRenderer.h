@@ -66,7 +66,9 @@ public:
     double ShownSampleTime() const { return shownSampleTime; }
 
     /// The surface under each pixel, as far as it was uploaded. For tests and single picks.
-    IdImage Ids(const RenderView& view) { return DrawIds(surface, view, toWorld); }
+    IdImage Ids(const RenderView& view, uint32_t strideLog2 = 0) {
+        return DrawIds(surface, view, toWorld, strideLog2);
+    }
     /// For tests.
     SurfaceBuffers& Buffers() { return surface; }
 

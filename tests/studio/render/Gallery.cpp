@@ -5,7 +5,8 @@
 /// studio-gallery MESH LEVELS FOLDER [PIXELRATIO].
 #include "tests/studio/render/OffscreenViewport.h"
 
-#include <chrono>
+#include <QGuiApplication>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -14,6 +15,7 @@ using namespace trovik::studio;
 
 int main(int argc, char** argv) {
     if (argc < 4) return std::puts("studio-gallery MESH LEVELS FOLDER [PIXELRATIO]"), 2;
+    const QGuiApplication application(argc, argv);
     const float ratio = argc > 4 ? std::strtof(argv[4], nullptr) : 1.0f;
     studio::test::ShownDocument shown(std::make_unique<Document>(argv[1]));
     shown.runner.Do({{"subdivide", std::atoi(argv[2])}});

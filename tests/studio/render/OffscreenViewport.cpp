@@ -1,26 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/studio/render/OffscreenViewport.h"
 
-#include <QGuiApplication>
-
 #include <stdexcept>
 
 namespace trovik::studio::test {
 
-namespace {
-
-/// The application that the first viewport of a test program starts.
-void RequireApplication() {
-    static int count = 1;
-    static char name[] = "test";
-    static char* arguments[] = {name, nullptr};
-    static const QGuiApplication application(count, arguments);
-}
-
-}  // namespace
-
 OffscreenViewport::OffscreenViewport(int width, int height) {
-    RequireApplication();
     QSurfaceFormat format;
     format.setVersion(3, 3);
     format.setProfile(QSurfaceFormat::CoreProfile);

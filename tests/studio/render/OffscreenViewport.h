@@ -16,6 +16,7 @@
 namespace trovik::studio::test {
 
 /// A context with a multisampled framebuffer in which a ViewportRenderer draws, without a window.
+/// Needs a QGuiApplication.
 class OffscreenViewport {
 public:
     OffscreenViewport(int width, int height);
@@ -23,12 +24,14 @@ public:
 
     /// Adds what the feed has, in updates of at most `maxBytes`.
     void Add(SurfaceFeed& feed, std::size_t maxBytes = std::size_t{1} << 30);
-    /// Draws a frame with the camera, which is given the size of the viewport.
+    /// Draws a frame with the camera, which has the size of the viewport.
     QImage Draw();
     /// `frame` as Draw uses it; tests change what they look at.
     ViewportRenderer::Frame frame;
     Camera camera;
     ViewportRenderer& Renderer() { return *renderer; }
+    /// To be called after another viewport was used.
+    void MakeCurrent() { context.makeCurrent(&surface); }
 
 private:
     QOffscreenSurface surface;

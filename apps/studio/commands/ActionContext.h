@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "commands/ActionRegistry.h"
+#include "engine/Engine.h"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+namespace trovik::studio {
+
+class Preferences;
+class ViewModel;
+
+/// What actions act on. All members are borrowed and outlive the actions.
+struct ActionContext {
+    Engine& engine;
+    ActionRegistry& actions;
+    ViewModel& view;
+    Preferences& preferences;
+    /// Parent of dialogs.
+    QWidget* window;
+
+    /// The state of the document; a state without levels before the first document.
+    const DocumentState& State() const {
+        static const DocumentState none;
+        return engine.State() ? *engine.State() : none;
+    }
+    /// Runs the step {name: value}.
+    void Run(const char* name, nlohmann::json value, const QString& label = {}) const {
+        nlohmann::json step;
+        step[name] = std::move(value);
+        engine.Run(step, label);
+    }
+    /// Enables the action while a condition on the document's state holds, and disables it without
+    /// a document.
+    template <typename Condition>
+    void EnableWhen(QAction* action, Condition condition) const {
+        const auto update = [this_ = *this, action, condition] {
+            action->setEnabled(this_.engine.State() && condition(*this_.engine.State()));
+        };
+        QObject::connect(&engine, &Engine::StateChanged, action, update);
+        update();
+    }
+    void EnableWithDocument(QAction* action) const {
+        EnableWhen(action, [](const DocumentState&) { return true; });
+    }
+    /// Keeps the check mark of an action equal to a condition on the document's state.
+    template <typename Condition>
+    void CheckWhen(QAction* action, Condition condition) const {
+        const auto update = [this_ = *this, action, condition] {
+            action->setChecked(this_.engine.State() && condition(*this_.engine.State()));
+        };
+        QObject::connect(&engine, &Engine::StateChanged, action, update);
+        // A click has toggled the mark already; the engine's answer decides.
+        QObject::connect(action, &QAction::triggered, action, update);
+        update();
+    }
+};
+
+}  // namespace trovik::studio

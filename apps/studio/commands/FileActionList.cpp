@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// The actions that FileActions adds.
+#include "commands/FileActions.h"
+#include "commands/FileDialogs.h"
+#include "commands/Preferences.h"
+#include "commands/ScriptPlayer.h"
+
+#include <QFileDialog>
+#include <QWidget>
+
+namespace trovik::studio {
+
+void FileActions::AddDocumentActions() {
+    ActionRegistry& actions = context.actions;
+    actions.Add({.id = "file.new",
+                 .text = tr("New…"),
+                 .description = tr("Begins with a sphere, cube, plane, cylinder or bust."),
+                 .keys = {QKeySequence("Ctrl+N")},
+                 .icon = "new",
+                 .run = [this] {
+                     NewDialog dialog(context.window);
+                     if (dialog.exec() == QDialog::Accepted)
+                         OpenPrimitive(dialog.Shape(), dialog.Segments(), dialog.Levels());
+                 }});
+    actions.Add({.id = "file.new.sphere",
+                 .text = tr("New Sphere"),
+                 .description = tr("Begins with a sphere that is ready to sculpt."),
+                 .keys = {QKeySequence("Ctrl+Alt+N")},
+                 .icon = "sphere",
+                 .run = [this] { OpenPrimitive(Primitive::Sphere, 16, 3); }});
+    actions.Add({.id = "file.open",
+                 .text = tr("Open…"),
+                 .description = tr("Opens a scene or a mesh."),
+                 .keys = {QKeySequence("Ctrl+O")},
+                 .icon = "open",
+                 .run = [this] { AskAndOpen(false); }});
+    QAction* save =
+        actions.Add({.id = "file.save",
+                     .text = tr("Save"),
+                     .description = tr("Saves everything but the undo history into the scene."),
+                     .keys = {QKeySequence("Ctrl+S")},
+                     .icon = "save",
+                     .run = [this] { Save(); }});
+    QAction* saveAs = actions.Add({.id = "file.saveAs",
+                                   .text = tr("Save As…"),
+                                   .description = tr("Saves into another scene file."),
+                                   .keys = {QKeySequence("Ctrl+Shift+S")},
+                                   .icon = "save",
+                                   .run = [this] { SaveAs(); }});
+    QAction* incremental =
+        actions.Add({.id = "file.saveIncremental",
+                     .text = tr("Save Incremental"),
+                     .description = tr("Saves into a new file with the next number, and keeps the "
+                                       "file so far."),
+                     .keys = {QKeySequence("Ctrl+Alt+S")},
+                     .icon = "save",
+                     .run = [this] { SaveIncremental(); }});
+    for (QAction* action : {save, saveAs, incremental}) context.EnableWithDocument(action);
+}
+
+void FileActions::AddTransferActions() {
+    ActionRegistry& actions = context.actions;
+    actions.Add({.id = "file.import",
+                 .text = tr("Import Mesh…"),
+                 .description = tr("Opens a mesh with units, up axis and levels of your choice."),
+                 .keys = {QKeySequence("Ctrl+Shift+O")},
+                 .icon = "import",
+                 .run = [this] { AskAndOpen(true); }});
+    QAction* exporting = actions.Add({.id = "file.export",
+                                      .text = tr("Export Mesh…"),
+                                      .description = tr("Writes the current level as a mesh file."),
+                                      .keys = {QKeySequence("Ctrl+E")},
+                                      .icon = "export",
+                                      .run = [this] { Export(); }});
+    QAction* bake =
+        actions.Add({.id = "file.bake",
+                     .text = tr("Bake Map…"),
+                     .description = tr("Bakes the detail of a level into a displacement or normal "
+                                       "map for a coarser one."),
+                     .icon = "bake",
+                     .run = [this] { Bake(); }});
+    QAction* displace =
+        actions.Add({.id = "file.displace",
+                     .text = tr("Import Displacement…"),
+                     .description = tr("Moves the surface by a displacement map."),
+                     .icon = "import",
+                     .run = [this] { ImportDisplacement(); }});
+    QAction* screenshot = actions.Add({.id = "file.screenshot",
+                                       .text = tr("Screenshot…"),
+                                       .description = tr("Saves the viewport as an image."),
+                                       .keys = {QKeySequence("F12")},
+                                       .icon = "screenshot",
+                                       .run = [this] { Screenshot(); }});
+    for (QAction* action : {exporting, bake, displace, screenshot})
+        context.EnableWithDocument(action);
+    actions.Add({.id = "file.quit",
+                 .text = tr("Quit"),
+                 .description = tr("Ends the studio, and asks about changes that were not saved."),
+                 .keys = {QKeySequence("Ctrl+Q")},
+                 .icon = "quit",
+                 .run = [this] { context.window->close(); }});
+}
+
+void FileActions::AddScriptActions() {
+    ActionRegistry& actions = context.actions;
+    actions.Add({.id = "file.script.run",
+                 .text = tr("Run Script…"),
+                 .description = tr("Runs the steps of a stroke script."),
+                 .keys = {QKeySequence("Ctrl+R")},
+                 .icon = "script",
+                 .run = [this] {
+                     const QString path = AskToOpen(
+                         tr("Run Script"), QStringLiteral("script"), tr("Scripts (*.json)"));
+                     if (path.isEmpty()) return;
+                     const QString error = player->Run(path);
+                     if (!error.isEmpty()) Q_EMIT Refused(error);
+                 }});
+    QAction* save = actions.Add(
+        {.id = "file.script.save",
+         .text = tr("Save Actions as Script…"),
+         .description = tr("Writes all strokes and commands since the document was opened as a "
+                           "script that gives the same surface, bit for bit."),
+         .icon = "script",
+         .run = [this] {
+             const QString path = AskToSave(tr("Save Actions as Script"),
+                                            QStringLiteral("script"),
+                                            QStringLiteral(".json"),
+                                            tr("Scripts (*.json)"));
+             if (!path.isEmpty()) context.engine.SaveActions(path.toStdString());
+         }});
+    context.EnableWithDocument(save);
+}
+
+}  // namespace trovik::studio

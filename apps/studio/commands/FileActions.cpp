@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "commands/FileActions.h"
+
+#include "commands/FileDialogs.h"
+#include "commands/Preferences.h"
+#include "commands/ScriptPlayer.h"
+#include "commands/ViewModel.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMessageBox>
+#include <QRegularExpression>
+
+namespace trovik::studio {
+
+namespace {
+
+const QStringList meshExtensions{"obj", "ply", "stl", "gltf", "glb"};
+constexpr const char* sceneExtension = "trovik";
+
+}  // namespace
+
+FileActions::FileActions(const ActionContext& given, QObject* parent)
+    : QObject(parent), context(given), player(new ScriptPlayer(given.engine, this)) {
+    AddDocumentActions();
+    AddTransferActions();
+    AddScriptActions();
+    connect(&context.engine, &Engine::Saved, this, [this](const QString& path) {
+        context.preferences.AddRecentFile(path);
+        Q_EMIT Succeeded(tr("Saved %1").arg(path));
+        if (const auto go = std::exchange(afterSave, {})) go();
+    });
+    connect(&context.engine, &Engine::Failed, this, [this] { afterSave = {}; });
+    connect(&context.engine, &Engine::Opened, this, [this] {
+        const OpenedDocument& document = context.engine.Document();
+        const QString source = QString::fromStdString(document.sourcePath);
+        // Primitives are files of a cache, not of the user's.
+        if (!source.isEmpty() && !source.startsWith(StudioFolders::Primitives()))
+            context.preferences.AddRecentFile(source);
+    });
+    connect(player, &ScriptPlayer::Finished, this, [this](int done, const QString& error) {
+        if (error.isEmpty()) Q_EMIT Succeeded(tr("The script has run: %n step(s)", "", done));
+    });
+}
+
+void FileActions::Open(const QString& path) {
+    const QString extension = QFileInfo(path).suffix().toLower();
+    if (extension == QLatin1String("json")) {
+        const QString error = player->Run(path);
+        if (!error.isEmpty()) Q_EMIT Refused(error);
+        return;
+    }
+    OpenRequest request;
+    if (extension == QLatin1String(sceneExtension))
+        request.scenePath = path.toStdString();
+    else if (meshExtensions.contains(extension))
+        request.meshPath = path.toStdString();
+    else {
+        Q_EMIT Refused(tr("%1: expected a scene (.trovik), a mesh (.%2) or a script (.json)")
+                           .arg(path, meshExtensions.join(QStringLiteral(", ."))));
+        return;
+    }
+    WhenSaved([this, request] { context.engine.Open(request); });
+}
+
+void FileActions::OpenPrimitive(std::optional<Primitive> primitive,
+                                std::uint32_t segments,
+                                int levels) {
+    OpenRequest request;
+    request.levels = levels;
+    try {
+        if (primitive) {
+            request.meshPath =
+                WritePrimitive(*primitive, segments, StudioFolders::Primitives().toStdString());
+            request.title = NameOf(*primitive);
+        } else {
+            request.meshPath = FindShippedMesh("bust.obj");
+            request.title = "bust";
+            if (request.meshPath.empty()) {
+                Q_EMIT Refused(tr("bust.obj is not installed"));
+                return;
+            }
+        }
+    } catch (const std::exception& error) {
+        Q_EMIT Refused(QString::fromUtf8(error.what()));
+        return;
+    }
+    WhenSaved([this, request] { context.engine.Open(request); });
+}
+
+void FileActions::WhenSaved(const std::function<void()>& go) {
+    if (!context.engine.HasDocument() || !context.State().isModified) {
+        go();
+        return;
+    }
+    QMessageBox box(QMessageBox::Question,
+                    tr("Unsaved Changes"),
+                    tr("Save the changes to %1?").arg(Stem()),
+                    QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel,
+                    context.window);
+    box.setDefaultButton(QMessageBox::Save);
+    const int answer = box.exec();
+    if (answer == QMessageBox::Discard) go();
+    if (answer != QMessageBox::Save) return;
+    afterSave = go;
+    Save();
+}
+
+QString FileActions::NextIncrement(const QString& path) {
+    const QFileInfo file(path);
+    static const QRegularExpression numbered(QStringLiteral("^(.*)_(\\d+)$"));
+    const auto match = numbered.match(file.completeBaseName());
+    const QString stem = match.hasMatch() ? match.captured(1) : file.completeBaseName();
+    const int digits = match.hasMatch() ? static_cast<int>(match.captured(2).size()) : 3;
+    int number = match.hasMatch() ? match.captured(2).toInt() : 0;
+    QString next;
+    do {
+        next = file.dir().filePath(QStringLiteral("%1_%2.%3")
+                                       .arg(stem)
+                                       .arg(++number, digits, 10, QLatin1Char('0'))
+                                       .arg(file.suffix()));
+    } while (QFileInfo::exists(next));
+    return next;
+}
+
+void FileActions::FillRecent(QMenu* menu) {
+    const auto fill = [this, menu] {
+        menu->clear();
+        const QStringList files = context.preferences.RecentFiles();
+        for (const QString& path : files) {
+            QAction* action = menu->addAction(QFileInfo(path).fileName());
+            action->setToolTip(path);
+            action->setStatusTip(path);
+            connect(action, &QAction::triggered, this, [this, path] { Open(path); });
+        }
+        menu->setEnabled(!files.isEmpty());
+        if (files.isEmpty()) return;
+        menu->addSeparator();
+        connect(menu->addAction(tr("Clear List")), &QAction::triggered, this, [this] {
+            context.preferences.ClearRecentFiles();
+        });
+    };
+    menu->setToolTipsVisible(true);
+    connect(&context.preferences, &Preferences::RecentFilesChanged, menu, fill, Qt::QueuedConnection);
+    fill();
+}
+
+QString FileActions::Stem() const {
+    if (!context.engine.HasDocument()) return tr("sculpture");
+    const OpenedDocument& document = context.engine.Document();
+    const std::string& scene = context.State().scenePath;
+    const QString path = QString::fromStdString(!scene.empty()            ? scene
+                                                : document.title.empty() ? document.sourcePath
+                                                                         : document.title);
+    return QFileInfo(path).completeBaseName();
+}
+
+QString FileActions::AskToOpen(const QString& title, const QString& purpose, const QString& filter) {
+    const QString path = QFileDialog::getOpenFileName(
+        context.window, title, context.preferences.LastFolder(purpose), filter);
+    if (!path.isEmpty())
+        context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
+    return path;
+}
+
+QString FileActions::AskToSave(const QString& title,
+                               const QString& purpose,
+                               const QString& extension,
+                               const QString& filter) {
+    const QString proposal =
+        QDir(context.preferences.LastFolder(purpose)).filePath(Stem() + extension);
+    QFileDialog dialog(context.window, title, QFileInfo(proposal).absolutePath(), filter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(extension.mid(1));
+    dialog.selectFile(QFileInfo(proposal).fileName());
+    if (dialog.exec() != QDialog::Accepted) return {};
+    const QString path = dialog.selectedFiles().value(0);
+    context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
+    return path;
+}
+
+void FileActions::AskAndOpen(bool withOptions) {
+    const QString meshes = QStringLiteral("*.") + meshExtensions.join(QStringLiteral(" *."));
+    if (!withOptions) {
+        const QString path = AskToOpen(tr("Open"),
+                                       QStringLiteral("open"),
+                                       tr("Scenes and meshes (*.trovik %1);;All files (*)").arg(meshes));
+        if (!path.isEmpty()) Open(path);
+        return;
+    }
+    const QString path =
+        AskToOpen(tr("Import Mesh"), QStringLiteral("open"), tr("Meshes (%1)").arg(meshes));
+    if (path.isEmpty()) return;
+    ImportDialog dialog(QFileInfo(path).fileName(), context.window);
+    if (dialog.exec() != QDialog::Accepted) return;
+    OpenRequest request;
+    request.meshPath = path.toStdString();
+    request.units = dialog.Units();
+    request.up = dialog.Up();
+    request.levels = dialog.Levels();
+    WhenSaved([this, request] { context.engine.Open(request); });
+}
+
+void FileActions::Save() {
+    const std::string& scene = context.State().scenePath;
+    if (!scene.empty())
+        context.engine.Save(scene);
+    else if (!SaveAs())
+        afterSave = {};
+}
+
+bool FileActions::SaveAs() {
+    const QString path = AskToSave(
+        tr("Save As"), QStringLiteral("save"), QStringLiteral(".trovik"), tr("Scenes (*.trovik)"));
+    if (path.isEmpty()) return false;
+    context.engine.Save(path.toStdString());
+    return true;
+}
+
+void FileActions::SaveIncremental() {
+    const std::string& scene = context.State().scenePath;
+    if (scene.empty())
+        SaveAs();
+    else
+        context.engine.Save(NextIncrement(QString::fromStdString(scene)).toStdString());
+}
+
+void FileActions::Export() {
+    ExportDialog dialog(context.window);
+    if (dialog.exec() != QDialog::Accepted) return;
+    const QString path = AskToSave(tr("Export Mesh"),
+                                   QStringLiteral("export"),
+                                   dialog.Extension(),
+                                   QStringLiteral("*") + dialog.Extension());
+    if (path.isEmpty()) return;
+    nlohmann::json options = dialog.Options();
+    options["file"] = path.toStdString();
+    context.Run("export", options, tr("Export"));
+}
+
+void FileActions::Bake() {
+    BakeDialog dialog(context.State(), context.window);
+    if (dialog.exec() != QDialog::Accepted) return;
+    const QString path = AskToSave(tr("Bake Map"),
+                                   QStringLiteral("export"),
+                                   dialog.Extension(),
+                                   QStringLiteral("*") + dialog.Extension());
+    if (path.isEmpty()) return;
+    nlohmann::json options = dialog.Options();
+    options["file"] = path.toStdString();
+    context.Run("bake", options, tr("Bake"));
+}
+
+void FileActions::ImportDisplacement() {
+    const QString path = AskToOpen(tr("Import Displacement"),
+                                   QStringLiteral("displacement"),
+                                   tr("Images (*.exr *.tif *.tiff *.png)"));
+    if (path.isEmpty()) return;
+    DisplacementDialog dialog(QFileInfo(path).fileName(), context.window);
+    if (dialog.exec() != QDialog::Accepted) return;
+    nlohmann::json options = dialog.Options();
+    options["file"] = path.toStdString();
+    context.Run("displace", options, tr("Displace"));
+}
+
+void FileActions::Screenshot() {
+    const QImage image = context.view.grab ? context.view.grab() : QImage();
+    if (image.isNull()) {
+        Q_EMIT Refused(tr("There is no viewport to take a screenshot of"));
+        return;
+    }
+    const QString path = AskToSave(
+        tr("Save Screenshot"), QStringLiteral("screenshot"), QStringLiteral(".png"), tr("PNG (*.png)"));
+    if (path.isEmpty()) return;
+    if (image.save(path))
+        Q_EMIT Succeeded(tr("Saved %1").arg(path));
+    else
+        Q_EMIT Refused(tr("%1: the image could not be written").arg(path));
+}
+
+}  // namespace trovik::studio

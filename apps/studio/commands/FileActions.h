@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "commands/ActionContext.h"
+#include "commands/Primitives.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+class QMenu;
+
+namespace trovik::studio {
+
+class ScriptPlayer;
+
+/// The actions of the menu File. It remembers what is to be done after a save.
+///
+/// Call on the UI thread only.
+class FileActions : public QObject {
+    Q_OBJECT
+public:
+    FileActions(const ActionContext& context, QObject* parent);
+
+    /// Opens a scene, mesh or script by its extension, after asking about changes that were not
+    /// saved. Other files are passed to Refused.
+    void Open(const QString& path);
+    /// Opens a primitive, or the bust if there is none, with so many levels.
+    void OpenPrimitive(std::optional<Primitive> primitive, std::uint32_t segments, int levels);
+    /// Calls `go` at once if nothing would be lost; otherwise asks whether to save first. Nothing
+    /// is called if the user cancels or saving fails.
+    void WhenSaved(const std::function<void()>& go);
+    /// The file with the next free number: "head.trovik" gives "head_001.trovik", "head_001.trovik"
+    /// gives "head_002.trovik".
+    static QString NextIncrement(const QString& path);
+    /// Fills a menu with the recent files, now and when they change.
+    void FillRecent(QMenu* menu);
+    ScriptPlayer& Player() { return *player; }
+
+Q_SIGNALS:
+    /// A message for the user about something that was not done.
+    void Refused(const QString& message);
+    /// A short note of success.
+    void Succeeded(const QString& message);
+
+private:
+    void AddDocumentActions();
+    void AddTransferActions();
+    void AddScriptActions();
+    void AskAndOpen(bool withOptions);
+    void Save();
+    /// \return false if the user cancelled.
+    bool SaveAs();
+    void SaveIncremental();
+    void Export();
+    void Bake();
+    void ImportDisplacement();
+    void Screenshot();
+    QString AskToSave(const QString& title,
+                      const QString& purpose,
+                      const QString& extension,
+                      const QString& filter);
+    QString AskToOpen(const QString& title, const QString& purpose, const QString& filter);
+    /// File name of the document without folder and extension.
+    QString Stem() const;
+
+    ActionContext context;
+    ScriptPlayer* player;
+    std::function<void()> afterSave;
+};
+
+}  // namespace trovik::studio

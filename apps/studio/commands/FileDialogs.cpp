@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "commands/FileDialogs.h"
+
+#include "commands/SubdivideDialog.h"
+#include "resources/Icons.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSpinBox>
+#include <QToolButton>
+
+namespace trovik::studio {
+
+namespace {
+
+FormDialog::Choices UnitChoices(const QString& none) {
+    FormDialog::Choices choices{{none, QString()}};
+    for (const char* unit : {"mm", "cm", "dm", "m", "km", "in", "ft", "yd"})
+        choices.push_back({QString::fromLatin1(unit), QString::fromLatin1(unit)});
+    return choices;
+}
+
+FormDialog::Choices UpChoices(const QString& none) {
+    return {{none, QString()},
+            {FormDialog::tr("Y up"), QStringLiteral("y")},
+            {FormDialog::tr("Z up"), QStringLiteral("z")}};
+}
+
+std::string Chosen(const QComboBox* box) { return box->currentData().toString().toStdString(); }
+
+/// Index of the bust among the buttons of NewDialog, after the primitives.
+constexpr int bust = 4;
+
+}  // namespace
+
+NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Create"), parent) {
+    shapes = new QButtonGroup(this);
+    auto* row = new QWidget(this);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 8);
+    layout->setSpacing(6);
+    const std::pair<const char*, QString> buttons[] = {{"sphere", tr("Sphere")},
+                                                       {"cube", tr("Cube")},
+                                                       {"plane", tr("Plane")},
+                                                       {"cylinder", tr("Cylinder")},
+                                                       {"bust", tr("Bust")}};
+    int id = 0;
+    for (const auto& [icon, text] : buttons) {
+        auto* button = new QToolButton(row);
+        button->setText(text);
+        button->setIcon(Icon(QString::fromLatin1(icon)));
+        button->setIconSize({32, 32});
+        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+        button->setCheckable(true);
+        button->setFixedSize(72, 68);
+        button->setAccessibleName(text);
+        button->setToolTip(tr("Begins with this shape"));
+        shapes->addButton(button, id++);
+        layout->addWidget(button);
+    }
+    shapes->button(0)->setChecked(true);
+    AddRow(row);
+    segments = AddWhole(tr("Base segments"), tr("Faces along an edge of the base mesh"), 1, 512, 16);
+    levels = AddWhole(tr("Levels"), tr("Finer levels above the base mesh"), 0, 8, 3);
+    counts = AddText(tr("Faces"));
+    connect(segments, &QSpinBox::valueChanged, this, &NewDialog::ShowCounts);
+    connect(levels, &QSpinBox::valueChanged, this, &NewDialog::ShowCounts);
+    connect(shapes, &QButtonGroup::idClicked, this, &NewDialog::ShowCounts);
+    ShowCounts();
+}
+
+std::optional<Primitive> NewDialog::Shape() const {
+    if (shapes->checkedId() == bust) return std::nullopt;
+    return static_cast<Primitive>(shapes->checkedId());
+}
+
+std::uint32_t NewDialog::Segments() const { return static_cast<std::uint32_t>(segments->value()); }
+
+int NewDialog::Levels() const { return levels->value(); }
+
+void NewDialog::ShowCounts() {
+    const auto shape = Shape();
+    ShowRow(segments, shape.has_value());
+    ShowRow(counts, shape.has_value());
+    if (!shape) return;
+    const std::uint64_t base = FacesOf(*shape, Segments());
+    const std::uint64_t top = base << (2 * Levels());
+    const QString text = Levels() == 0 ? CountText(base)
+                                       : tr("%1 in the base, %2 on the highest level")
+                                             .arg(CountText(base), CountText(top));
+    counts->setText(text);
+    GoButton()->setEnabled(top <= 100'000'000);
+}
+
+ImportDialog::ImportDialog(const QString& fileName, QWidget* parent)
+    : FormDialog(tr("Import %1").arg(fileName), tr("Import"), parent) {
+    units = AddChoice(tr("Units"),
+                      tr("What the numbers of the file mean; no number is changed"),
+                      UnitChoices(tr("As the file states")));
+    up = AddChoice(tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As the file states")));
+    levels = AddWhole(tr("Levels"), tr("Finer levels to add above the mesh"), 0, 8, 0);
+}
+
+std::string ImportDialog::Units() const { return Chosen(units); }
+std::string ImportDialog::Up() const { return Chosen(up); }
+int ImportDialog::Levels() const { return levels->value(); }
+
+std::vector<ExportFormat> ExportFormats() {
+    return {{QStringLiteral(".obj"), ExportDialog::tr("Wavefront OBJ")},
+            {QStringLiteral(".ply"), ExportDialog::tr("PLY, binary")},
+            {QStringLiteral(".stl"), ExportDialog::tr("STL, binary")},
+            {QStringLiteral(".glb"), ExportDialog::tr("glTF, binary")},
+            {QStringLiteral(".gltf"), ExportDialog::tr("glTF, text")},
+            {QStringLiteral(".usda"), ExportDialog::tr("USD, text")}};
+}
+
+ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("Export…"), parent) {
+    Choices formats;
+    for (const ExportFormat& row : ExportFormats())
+        formats.push_back({row.title + QStringLiteral("  (") + row.extension + u')', row.extension});
+    format = AddChoice(tr("Format"), tr("The format of the file"), formats);
+    keeps = AddText(tr("Keeps"));
+    keeps->setWordWrap(true);
+    world = AddCheck(tr("World coordinates"), tr("Applies the transform of the mesh"), false);
+    hidden = AddCheck(tr("Hidden faces"), tr("Exports hidden faces as well"), true);
+    units = AddChoice(tr("Units"),
+                      tr("Converts the numbers, if the units of the mesh are known"),
+                      UnitChoices(tr("Unchanged")));
+    up = AddChoice(tr("Up axis"), tr("Rotates the mesh so that this axis points up"),
+                   UpChoices(tr("Unchanged")));
+    connect(format, &QComboBox::currentIndexChanged, this, &ExportDialog::ShowOptions);
+    ShowOptions();
+}
+
+QString ExportDialog::Extension() const { return format->currentData().toString(); }
+
+void ExportDialog::SetExtension(const QString& extension) {
+    format->setCurrentIndex(format->findData(extension));
+}
+
+void ExportDialog::ShowOptions() {
+    const QString extension = Extension();
+    const bool isGltf = extension.startsWith(QLatin1String(".gl"));
+    // glTF fixes units and axis.
+    ShowRow(units, !isGltf);
+    ShowRow(up, !isGltf);
+    const QString kept =
+        isGltf                             ? tr("triangles, UVs, colours, materials, layers as morph "
+                                                "targets; in metres, y up")
+        : extension == QLatin1String(".stl") ? tr("triangles only")
+        : extension == QLatin1String(".obj") ? tr("quads, UVs, colours, groups, materials")
+        : extension == QLatin1String(".ply") ? tr("quads, UVs, colours")
+                                             : tr("quads, UVs, colours, groups, materials");
+    keeps->setText(kept);
+}
+
+nlohmann::json ExportDialog::Options() const {
+    nlohmann::json options = {{"world", world->isChecked()}, {"hidden", hidden->isChecked()}};
+    const bool isGltf = Extension().startsWith(QLatin1String(".gl"));
+    if (!isGltf && !Chosen(units).empty()) options["units"] = Chosen(units);
+    if (!isGltf && !Chosen(up).empty()) options["up"] = Chosen(up);
+    return options;
+}
+
+BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
+    : FormDialog(tr("Bake Map"), tr("Bake…"), parent) {
+    map = AddChoice(tr("Map"),
+                    tr("What the map holds"),
+                    {{tr("Displacement"), "displacement"},
+                     {tr("Vector displacement"), "vector"},
+                     {tr("Normals"), "normal"}});
+    space = AddChoice(tr("Space"),
+                      tr("Whether vectors are relative to the surface or to the mesh"),
+                      {{tr("Tangent"), "tangent"}, {tr("Object"), "object"}});
+    Choices levels;
+    for (std::size_t i = 0; i < state.levels.size(); ++i)
+        levels.push_back({tr("Level %1 (%2 faces)").arg(i).arg(CountText(state.levels[i].faces)),
+                          static_cast<int>(i)});
+    from = AddChoice(tr("Detail from"), tr("The level whose detail is baked"), levels);
+    from->setCurrentIndex(static_cast<int>(state.currentLevel));
+    to = AddChoice(tr("Onto"), tr("The coarser level that the map is for"), levels);
+    size = AddChoice(tr("Size"),
+                     tr("Width and height in pixels"),
+                     {{"512", 512}, {"1024", 1024}, {"2048", 2048}, {"4096", 4096}, {"8192", 8192}});
+    size->setCurrentIndex(2);
+    format = AddChoice(tr("Format"),
+                       tr("The format of the file"),
+                       {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
+    bits = AddChoice(tr("Depth"),
+                     tr("How exactly values are stored"),
+                     {{tr("32-bit float"), "float"}, {tr("16 bits"), 16}});
+    samples = AddChoice(tr("Samples"),
+                        tr("Samples per pixel; more are slower and smoother"),
+                        {{"1", 1}, {"4", 4}, {"16", 16}});
+    samples->setCurrentIndex(1);
+    padding = AddWhole(
+        tr("Padding"), tr("Pixels by which the map continues beyond seams"), 0, 256, 8);
+    repeat = AddCheck(tr("Repeats"), tr("The UVs run beyond 0 to 1, so the map repeats"), false);
+    connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
+    connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
+    connect(from, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
+    connect(to, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
+    ShowOptions();
+}
+
+QString BakeDialog::Extension() const { return format->currentData().toString(); }
+
+void BakeDialog::ShowOptions() {
+    ShowRow(space, map->currentData() != "displacement");
+    // PNG has whole numbers only.
+    ShowRow(bits, Extension() != QLatin1String(".png"));
+    GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());
+    GoButton()->setToolTip(GoButton()->isEnabled()
+                               ? tr("Asks for the file, then bakes")
+                               : tr("The detail has to come from a higher level"));
+}
+
+nlohmann::json BakeDialog::Options() const {
+    nlohmann::json options = {{"map", Chosen(map)},
+                              {"from", from->currentData().toInt()},
+                              {"to", to->currentData().toInt()},
+                              {"size", size->currentData().toInt()},
+                              {"samples", samples->currentData().toInt()},
+                              {"padding", padding->value()},
+                              {"repeat", repeat->isChecked()}};
+    if (map->currentData() != "displacement") options["space"] = Chosen(space);
+    if (Extension() == QLatin1String(".png") || bits->currentData() != "float")
+        options["bits"] = 16;
+    else
+        options["bits"] = "float";
+    return options;
+}
+
+DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
+    : FormDialog(tr("Displace by %1").arg(fileName), tr("Displace"), parent) {
+    map = AddChoice(tr("Map"),
+                    tr("What the map holds"),
+                    {{tr("As the file states"), QString()},
+                     {tr("Displacement"), "displacement"},
+                     {tr("Vector displacement"), "vector"}});
+    space = AddChoice(tr("Space"),
+                      tr("Whether vectors are relative to the surface or to the mesh"),
+                      {{tr("As the file states"), QString()},
+                       {tr("Tangent"), "tangent"},
+                       {tr("Object"), "object"}});
+    strength = AddNumber(tr("Strength"), tr("Multiplies the displacement"), -1000, 1000, 1);
+    hasScale = AddCheck(tr("Own range"), tr("Sets middle and scale, for maps that state none"), false);
+    mid = AddNumber(tr("Middle"), tr("The value that does not move the surface"), -1e6, 1e6, 0.5);
+    scale = AddNumber(tr("Scale"), tr("Length that the value 1 stands for"), -1e6, 1e6, 1);
+    repeat = AddCheck(tr("Repeats"), tr("The map continues beyond its border"), false);
+    ShowRow(mid, false);
+    ShowRow(scale, false);
+    connect(hasScale, &QCheckBox::toggled, this, [this](bool on) {
+        ShowRow(mid, on);
+        ShowRow(scale, on);
+    });
+}
+
+nlohmann::json DisplacementDialog::Options() const {
+    nlohmann::json options = {{"strength", strength->value()}, {"repeat", repeat->isChecked()}};
+    if (!Chosen(map).empty()) options["map"] = Chosen(map);
+    if (!Chosen(space).empty()) options["space"] = Chosen(space);
+    if (hasScale->isChecked()) {
+        options["mid"] = mid->value();
+        options["scale"] = scale->value();
+    }
+    return options;
+}
+
+}  // namespace trovik::studio

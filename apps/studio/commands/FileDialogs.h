@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "commands/FormDialog.h"
+#include "commands/Primitives.h"
+#include "framework/document/DocumentState.h"
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+
+class QButtonGroup;
+
+namespace trovik::studio {
+
+/// Asks for a shape to begin with.
+class NewDialog : public FormDialog {
+    Q_OBJECT
+public:
+    explicit NewDialog(QWidget* parent);
+    /// Nothing for the bust, which comes as a file.
+    std::optional<Primitive> Shape() const;
+    std::uint32_t Segments() const;
+    int Levels() const;
+
+private:
+    void ShowCounts();
+
+    QButtonGroup* shapes;
+    QSpinBox* segments;
+    QSpinBox* levels;
+    QLabel* counts;
+};
+
+/// Asks how to read the numbers of a mesh file.
+class ImportDialog : public FormDialog {
+    Q_OBJECT
+public:
+    ImportDialog(const QString& fileName, QWidget* parent);
+    /// Empty: as the file states.
+    std::string Units() const;
+    std::string Up() const;
+    int Levels() const;
+
+private:
+    QComboBox* units;
+    QComboBox* up;
+    QSpinBox* levels;
+};
+
+/// Formats that meshes can be exported in: extension and title.
+struct ExportFormat {
+    QString extension, title;
+};
+std::vector<ExportFormat> ExportFormats();
+
+/// Asks for the options of an export; the file is asked for after it.
+class ExportDialog : public FormDialog {
+    Q_OBJECT
+public:
+    explicit ExportDialog(QWidget* parent);
+    /// With the dot.
+    QString Extension() const;
+    void SetExtension(const QString& extension);
+    /// The fields of the step "export", without the file.
+    nlohmann::json Options() const;
+
+private:
+    void ShowOptions();
+
+    QComboBox* format;
+    QCheckBox* world;
+    QCheckBox* hidden;
+    QComboBox* units;
+    QComboBox* up;
+    QLabel* keeps;
+};
+
+/// Asks for the options of a map that is baked.
+class BakeDialog : public FormDialog {
+    Q_OBJECT
+public:
+    BakeDialog(const DocumentState& state, QWidget* parent);
+    QString Extension() const;
+    /// The fields of the step "bake", without the file.
+    nlohmann::json Options() const;
+
+private:
+    void ShowOptions();
+
+    QComboBox* map;
+    QComboBox* space;
+    QComboBox* from;
+    QComboBox* to;
+    QComboBox* size;
+    QComboBox* format;
+    QComboBox* bits;
+    QComboBox* samples;
+    QSpinBox* padding;
+    QCheckBox* repeat;
+};
+
+/// Asks how a displacement map moves the surface.
+class DisplacementDialog : public FormDialog {
+    Q_OBJECT
+public:
+    DisplacementDialog(const QString& fileName, QWidget* parent);
+    /// The fields of the step "displace", without the file.
+    nlohmann::json Options() const;
+
+private:
+    QComboBox* map;
+    QComboBox* space;
+    QDoubleSpinBox* strength;
+    QCheckBox* hasScale;
+    QDoubleSpinBox* mid;
+    QDoubleSpinBox* scale;
+    QCheckBox* repeat;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QDialog>
+#include <QVariant>
+
+#include <utility>
+#include <vector>
+
+class QCheckBox;
+class QComboBox;
+class QDoubleSpinBox;
+class QFormLayout;
+class QLabel;
+class QPushButton;
+class QSpinBox;
+
+namespace trovik::studio {
+
+/// A dialog of labelled controls with two buttons. Every control gets its label as accessible name
+/// and its tooltip. Values are read after exec returned QDialog::Accepted.
+class FormDialog : public QDialog {
+    Q_OBJECT
+public:
+    /// \param go  text of the button that accepts.
+    FormDialog(const QString& title, const QString& go, QWidget* parent);
+
+    using Choices = std::vector<std::pair<QString, QVariant>>;
+    /// Texts with their values.
+    QComboBox* AddChoice(const QString& label, const QString& tip, const Choices& choices);
+    QCheckBox* AddCheck(const QString& label, const QString& tip, bool isOn);
+    QSpinBox* AddWhole(const QString& label, const QString& tip, int least, int most, int value);
+    QDoubleSpinBox* AddNumber(
+        const QString& label, const QString& tip, double least, double most, double value);
+    QLabel* AddText(const QString& label);
+    void AddRow(QWidget* widget);
+    void ShowRow(QWidget* control, bool shown);
+    QPushButton* GoButton() const { return go; }
+
+private:
+    template <typename Control>
+    Control* Add(Control* control, const QString& label, const QString& tip);
+
+    QFormLayout* form;
+    QPushButton* go;
+};
+
+}  // namespace trovik::studio

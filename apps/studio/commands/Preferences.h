@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QObject>
+#include <QSettings>
+#include <QString>
+#include <QStringList>
+
+namespace trovik::studio {
+
+/// Folders of the studio below those of the XDG base directories, without a trailing slash. They
+/// need not exist.
+struct StudioFolders {
+    /// $XDG_CONFIG_HOME/trovik: preferences, keymap.
+    static QString Config();
+    /// $XDG_STATE_HOME/trovik: journals.
+    static QString Journals();
+    /// $XDG_CACHE_HOME/trovik/primitives.
+    static QString Primitives();
+};
+
+/// The preferences of a user. Reading is cheap; each change is written to the file, and announced
+/// by Changed.
+///
+/// Call on the UI thread only.
+class Preferences : public QObject {
+    Q_OBJECT
+public:
+    /// \param path  an INI file, which need not exist.
+    explicit Preferences(const QString& path, QObject* parent = nullptr);
+    /// $XDG_CONFIG_HOME/trovik/studio.ini.
+    static QString UsualPath();
+
+    /// "dark" or "light".
+    QString Theme() const;
+    void SetTheme(const QString& theme);
+    /// Size of all controls and texts, relative to the desktop's: 0.75 to 2.
+    double UiScale() const;
+    void SetUiScale(double scale);
+    /// A name of Keymap::Presets: how drags with modifiers move the camera.
+    QString Navigation() const;
+    void SetNavigation(const QString& preset);
+    /// MiB of undo steps kept in memory, 64 to 65536.
+    int UndoBudget() const;
+    void SetUndoBudget(int mebibytes);
+    /// Older undo steps go into a temporary file instead of being forgotten.
+    bool UsesUndoFile() const;
+    void SetUsesUndoFile(bool on);
+    /// "device" or "pointer": whether pen positions are those of the tablet or of the cursor.
+    QString PenPosition() const;
+    void SetPenPosition(const QString& source);
+    /// The eraser end of a pen: "invert" or "smooth".
+    QString Eraser() const;
+    void SetEraser(const QString& effect);
+    /// The pen's barrel button: "pan", "orbit" or "menu".
+    QString BarrelButton() const;
+    void SetBarrelButton(const QString& effect);
+    /// The hint of the first start is still to be shown.
+    bool ShowsWelcome() const;
+    void SetShowsWelcome(bool shows);
+
+    /// Documents that were opened or saved, the newest first; at most 12.
+    QStringList RecentFiles() const;
+    void AddRecentFile(const QString& path);
+    void ClearRecentFiles();
+    /// Stamps that were chosen, the newest first; at most 12.
+    QStringList RecentStamps() const;
+    void AddRecentStamp(const QString& path);
+    /// The folder that a file dialog was in last.
+    QString LastFolder(const QString& purpose) const;
+    void SetLastFolder(const QString& purpose, const QString& folder);
+    /// State of windows and docks by name.
+    QByteArray Layout(const QString& name) const;
+    void SetLayout(const QString& name, const QByteArray& state);
+
+Q_SIGNALS:
+    void Changed();
+    void RecentFilesChanged();
+    void RecentStampsChanged();
+
+private:
+    void Set(const QString& key, const QVariant& value);
+    void Prepend(const QString& key, const QString& entry);
+
+    QSettings settings;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "commands/StudioActions.h"
+
+#include <QCoreApplication>
+
+namespace trovik::studio {
+
+namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(StrokeActions)
+};
+
+}  // namespace
+
+void AddStrokeActions(const ActionContext& context) {
+    ActionRegistry& actions = context.actions;
+    actions.AddHeld({.id = "stroke.smooth",
+                     .text = Text::tr("Smooth While Held"),
+                     .description = Text::tr("Strokes smooth the surface, whatever the tool."),
+                     .keys = {QKeySequence(Qt::Key_Shift)},
+                     .icon = "tool-smooth"});
+    actions.AddHeld({.id = "stroke.invert",
+                     .text = Text::tr("Invert While Held"),
+                     .description = Text::tr("Strokes have the opposite effect: carve instead of "
+                                             "raise, unmask instead of mask."),
+                     .keys = {QKeySequence(Qt::Key_Control)},
+                     .icon = "tool-fill"});
+    actions.AddHeld({.id = "stroke.mask",
+                     .text = Text::tr("Mask While Held"),
+                     .description = Text::tr("Strokes paint the mask, whatever the tool."),
+                     .keys = {QKeySequence("Q")},
+                     .icon = "mask"});
+    actions.AddHeld({.id = "stroke.line",
+                     .text = Text::tr("Straight Line While Held"),
+                     .description = Text::tr("The stroke runs straight from press to release."),
+                     .keys = {QKeySequence("V")},
+                     .icon = "strength"});
+    actions.AddHeld({.id = "stroke.abandon",
+                     .text = Text::tr("Abandon Stroke"),
+                     .description = Text::tr("Reverts the stroke that is being drawn, bit for bit."),
+                     .keys = {QKeySequence("Esc")},
+                     .icon = "cancel"});
+    actions.AddHeld({.id = "brush.radius",
+                     .text = Text::tr("Change Radius"),
+                     .description = Text::tr("Drag to change the radius of the brush, or type a "
+                                             "number and press Return."),
+                     .keys = {QKeySequence("F")},
+                     .icon = "radius"});
+    actions.AddHeld({.id = "brush.strength",
+                     .text = Text::tr("Change Strength"),
+                     .description = Text::tr("Drag to change the strength of the brush, or type a "
+                                             "number and press Return."),
+                     .keys = {QKeySequence("Shift+F")},
+                     .icon = "strength"});
+    actions.AddHeld({.id = "view.navigate",
+                     .text = Text::tr("Navigate While Held"),
+                     .description = Text::tr("Drag to orbit, with Shift to pan, with Ctrl to zoom. "
+                                             "For pens without buttons."),
+                     .keys = {QKeySequence("Space")},
+                     .icon = "view"});
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/document/DocumentState.h"
+#include "framework/strokes/MirrorMaps.h"
+
+#include <nlohmann/json.hpp>
+
+namespace trovik::studio {
+
+/// How strokes are mirrored.
+struct SymmetrySetting {
+    /// Planes x, y, z; copies about an axis.
+    MirrorSetting mirrors;
+    bool isTopological = false;
+
+    /// Finds the setting that gives the maps of a state. A setting of several planes is preferred
+    /// to one of copies about an axis that gives the same maps.
+    static SymmetrySetting Of(const DocumentState& state);
+    bool HasPlane(int axis) const;
+    void TogglePlane(int axis);
+    /// The value of the step "mirror".
+    nlohmann::json ToJson() const;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QKeySequence>
+#include <QString>
+
+#include <vector>
+
+namespace trovik::studio {
+
+/// How a tool is shown.
+struct ToolAppearance {
+    /// Name in steps.
+    QString name;
+    /// Icon and default key; a generic icon and no key for tools that the list does not have.
+    QString icon;
+    QKeySequence key;
+    /// What it does, in one or two sentences.
+    QString description;
+};
+
+/// The tools of resources/tools.json, in the order of the file.
+const std::vector<ToolAppearance>& KnownTools();
+/// Of any tool.
+ToolAppearance AppearanceOf(const QString& toolName);
+
+}  // namespace trovik::studio

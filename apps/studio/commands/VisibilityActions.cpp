@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "commands/StudioActions.h"
+
+#include <QCoreApplication>
+
+namespace trovik::studio {
+
+namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(VisibilityActions)
+};
+
+/// A face is chosen if all its corners are masked at least half.
+constexpr double maskLimit = 0.5;
+
+struct Row {
+    const char* id;
+    QString text, description;
+    const char* key;
+    const char* icon;
+    const char* step;
+    nlohmann::json value;
+};
+
+}  // namespace
+
+void AddVisibilityActions(const ActionContext& context) {
+    const nlohmann::json masked = {{"mask", maskLimit}};
+    const Row rows[] = {
+        {"visibility.hide",
+         Text::tr("Hide Masked"),
+         Text::tr("Hides the masked faces. Hidden faces are neither sculpted nor rendered."),
+         "H",
+         "hide",
+         "hide",
+         masked},
+        {"visibility.isolate",
+         Text::tr("Isolate Masked"),
+         Text::tr("Hides everything except for the masked faces."),
+         "Shift+H",
+         "isolate",
+         "isolate",
+         masked},
+        {"visibility.show",
+         Text::tr("Show All"),
+         Text::tr("Shows all hidden faces."),
+         "Alt+H",
+         "show",
+         "show",
+         "all"},
+        {"visibility.invert",
+         Text::tr("Invert Visibility"),
+         Text::tr("Shows what is hidden and hides what is visible."),
+         "Ctrl+Shift+H",
+         "invert-visibility",
+         "invertVisibility",
+         true},
+        {"visibility.grow",
+         Text::tr("Hide More"),
+         Text::tr("Hides one more ring of faces around the hidden ones."),
+         "",
+         "mask-grow",
+         "hide",
+         {{"hidden", true}, {"grow", 1}}},
+    };
+    for (const Row& row : rows) {
+        QList<QKeySequence> keys;
+        if (*row.key != '\0') keys.append(QKeySequence(QLatin1String(row.key)));
+        QAction* action = context.actions.Add(
+            {.id = row.id,
+             .text = row.text,
+             .description = row.description,
+             .keys = keys,
+             .icon = row.icon,
+             .run = [context, row] { context.Run(row.step, row.value, row.text); }});
+        context.EnableWithDocument(action);
+    }
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QComboBox>
+#include <QToolButton>
+
+class QAction;
+class QLabel;
+class QVBoxLayout;
+
+namespace trovik::studio {
+
+/// \file
+/// Controls of panels. They never take the key focus, so that letter keys always reach the actions
+/// of the window; only line edits take it, and return it by ReturnFocus.
+
+/// Gives the key focus to the central widget of the main window that a widget belongs to.
+void ReturnFocus(QWidget* from);
+
+/// A combo box that ignores the wheel, since panels scroll under the pointer.
+class PanelCombo : public QComboBox {
+    Q_OBJECT
+public:
+    PanelCombo(const QString& name, const QString& tip, QWidget* parent);
+
+protected:
+    void wheelEvent(QWheelEvent* event) override;
+};
+
+/// A small flat button with an icon.
+QToolButton* MakeIconButton(const QString& icon,
+                            const QString& name,
+                            const QString& tip,
+                            QWidget* parent);
+/// A button for an action of the registry, with its icon only, or with icon and text that fill the
+/// width.
+QToolButton* MakeActionButton(QAction* action, QWidget* parent, bool hasText = false);
+/// A row of a switch: a check mark and a label.
+class PanelCheck : public QToolButton {
+    Q_OBJECT
+public:
+    PanelCheck(const QString& label, const QString& tip, QWidget* parent);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+/// A header that shows and hides the widgets below it.
+class Section : public QWidget {
+    Q_OBJECT
+public:
+    Section(const QString& title, QWidget* parent, bool isOpen = true);
+    /// Where the contents go.
+    QVBoxLayout* Body() const { return layout; }
+    bool IsOpen() const;
+    void SetOpen(bool open);
+
+private:
+    QToolButton* header;
+    QWidget* contents;
+    QVBoxLayout* layout;
+};
+
+/// A layout with the margins and spacing of panels.
+QVBoxLayout* MakePanelLayout(QWidget* panel);
+/// A faint text that may wrap.
+QLabel* MakeHint(const QString& text, QWidget* parent);
+
+}  // namespace trovik::studio

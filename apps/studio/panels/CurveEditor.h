@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/strokes/PressureCurve.h"
+
+#include <QWidget>
+
+#include <vector>
+
+namespace trovik::studio {
+
+/// Shows and edits a curve from 0 to 1 by its points, for falloffs and pressures. A drag moves a
+/// point, a double click adds one, a right click removes one. The curve between the points is that
+/// of PressureCurve, which the engine evaluates as well.
+class CurveEditor : public QWidget {
+    Q_OBJECT
+public:
+    using Points = std::vector<PressureCurve::Point>;
+
+    CurveEditor(const QString& name, const QString& tip, QWidget* parent);
+
+    const Points& Value() const { return points; }
+    /// Shows a curve of at least two points with ascending pressures. Ignored during a drag.
+    void SetValue(const Points& shown);
+    /// Texts at the left and right end of the horizontal axis.
+    void SetAxis(const QString& left, const QString& right);
+    /// The curve's values at `count` places from 0 to 1.
+    std::vector<float> Samples(std::size_t count) const;
+    /// Where a point of the curve is on the widget.
+    QPointF PlaceOf(const PressureCurve::Point& point) const;
+
+    QSize sizeHint() const override;
+
+Q_SIGNALS:
+    /// The curve changes during a drag.
+    void Dragged();
+    /// The user has changed the curve.
+    void Edited();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+private:
+    QRectF Area() const;
+    /// -1 if none is near.
+    int PointAt(const QPointF& place) const;
+    PressureCurve::Point PointOf(const QPointF& place) const;
+    void Remove(int index);
+
+    QString leftText, rightText;
+    Points points{{0.0f, 0.0f}, {1.0f, 1.0f}};
+    int dragged = -1;
+    bool hasMoved = false;
+};
+
+}  // namespace trovik::studio

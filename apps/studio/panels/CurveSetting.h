@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "panels/CurveEditor.h"
+#include "panels/SettingControl.h"
+
+namespace trovik::studio {
+
+class PanelCombo;
+
+/// A pressure curve with presets.
+class CurveControl : public SettingControl {
+    Q_OBJECT
+public:
+    CurveControl(Engine& engine, const ToolSetting& setting, QWidget* parent);
+    void Show(const ToolSetting& setting) override;
+    CurveEditor& Editor() { return *editor; }
+
+private:
+    void SendPoints();
+
+    PanelCombo* presets;
+    CurveEditor* editor;
+};
+
+/// The falloff: a curve of the table, or one of the user's own, which is sent as samples.
+class FalloffControl : public SettingControl {
+    Q_OBJECT
+public:
+    /// Samples of a curve of the user's own.
+    static constexpr std::size_t sampleCount = 65;
+
+    FalloffControl(Engine& engine, const ToolSetting& setting, QWidget* parent);
+    void Show(const ToolSetting& setting) override;
+    CurveEditor& Editor() { return *editor; }
+
+private:
+    /// As sent last, to recognise a curve whose points the editor has.
+    std::vector<float> sent;
+    PanelCombo* names;
+    CurveEditor* editor;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panels/InfoPanel.h"
+
+#include "commands/SubdivideDialog.h"
+#include "commands/ViewModel.h"
+#include "engine/Engine.h"
+#include "panels/Controls.h"
+
+#include <QFormLayout>
+#include <QLabel>
+
+namespace trovik::studio {
+
+InfoPanel::InfoPanel(Engine& given, ViewModel& model, QWidget* parent)
+    : QWidget(parent), engine(given), view(model) {
+    setAccessibleName(tr("Information"));
+    auto* form = new QFormLayout(this);
+    form->setContentsMargins(10, 10, 10, 10);
+    form->setVerticalSpacing(5);
+    form->setLabelAlignment(Qt::AlignLeft);
+    AddRow("file", tr("File"), tr("The file of the document"));
+    AddRow("level", tr("Level"), tr("The current level"));
+    AddRow("faces", tr("Faces"), tr("Of the current level"));
+    AddRow("vertices", tr("Vertices"), tr("Of the current level"));
+    AddRow("layers", tr("Layers"), tr("Of the current level"));
+    AddRow("size", tr("Size"), tr("Box around the surface, in world units"));
+    AddRow("memory", tr("Memory"), tr("That all meshes and undo steps take"));
+    AddRow("undo", tr("Undo"), tr("Memory and disk of the undo steps"));
+    AddRow("dabs", tr("Last stroke"), tr("Dabs of the last stroke"));
+    AddRow("dab", tr("Dab"), tr("Time of one dab of the last stroke"));
+    AddRow("latency", tr("Pen to picture"), tr("From a pen sample to the frame that shows it"));
+    connect(&engine, &Engine::StateChanged, this, &InfoPanel::Refresh);
+    connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& newest) {
+        figures = newest;
+        Refresh();
+    });
+    connect(&view, &ViewModel::PenLatencyChanged, this, &InfoPanel::Refresh);
+    Refresh();
+}
+
+void InfoPanel::AddRow(const QString& id, const QString& title, const QString& tip) {
+    auto* value = new QLabel(this);
+    value->setAccessibleName(title);
+    value->setToolTip(tip);
+    value->setTextInteractionFlags(Qt::NoTextInteraction);
+    value->setWordWrap(true);
+    auto* label = MakeHint(title, this);
+    label->setToolTip(tip);
+    static_cast<QFormLayout*>(layout())->addRow(label, value);
+    values[id] = value;
+}
+
+QString InfoPanel::Text(const QString& row) const { return values.at(row)->text(); }
+
+void InfoPanel::Refresh() {
+    for (const auto& [id, value] : values) value->setText(QStringLiteral("–"));
+    if (!engine.State()) return;
+    const DocumentState& state = *engine.State();
+    const DocumentState::Level& level = state.levels.at(state.currentLevel);
+    const std::string& path = state.scenePath.empty() ? state.sourcePath : state.scenePath;
+    values["file"]->setText(QString::fromStdString(path.substr(path.find_last_of('/') + 1)));
+    values["level"]->setText(tr("%1 of %2").arg(state.currentLevel).arg(state.levels.size() - 1));
+    values["faces"]->setText(CountText(level.faces));
+    values["vertices"]->setText(CountText(level.vertices));
+    values["layers"]->setText(QString::number(state.layers.size()));
+    if (engine.HasDocument()) {
+        const AxisAlignedBoundingBox& box = engine.Document().bounds;
+        const auto text = [](float length) {
+            return QLocale().toString(static_cast<double>(length), 'g', 3);
+        };
+        values["size"]->setText(QStringLiteral("%1 × %2 × %3")
+                                    .arg(text(box.maxX - box.minX),
+                                         text(box.maxY - box.minY),
+                                         text(box.maxZ - box.minZ)));
+    }
+    values["memory"]->setText(BytesText(static_cast<uint64_t>(std::max<int64_t>(state.memoryBytes, 0))));
+    values["undo"]->setText(
+        state.historyBytesOnDisk == 0
+            ? BytesText(state.historyBytes)
+            : tr("%1, %2 on disk")
+                  .arg(BytesText(state.historyBytes), BytesText(state.historyBytesOnDisk)));
+    if (figures.dabs > 0) {
+        values["dabs"]->setText(tr("%n dab(s)", "", static_cast<int>(figures.dabs)));
+        values["dab"]->setText(tr("%1 ms").arg(figures.millisecondsPerDab, 0, 'f', 2));
+    }
+    if (view.PenLatency() > 0.0)
+        values["latency"]->setText(tr("%1 ms").arg(view.PenLatency() * 1000.0, 0, 'f', 1));
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "panels/MaskPanel.h"
+
+#include "commands/ActionRegistry.h"
+#include "engine/Engine.h"
+#include "panels/Controls.h"
+#include "panels/ValueSlider.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace trovik::studio {
+
+namespace {
+
+void AddActions(Section* section, ActionRegistry& actions, std::initializer_list<const char*> ids) {
+    auto* grid = new QGridLayout;
+    grid->setSpacing(4);
+    int place = 0;
+    for (const char* id : ids) {
+        grid->addWidget(MakeActionButton(actions.Find(id), section, true), place / 2, place % 2);
+        ++place;
+    }
+    section->Body()->addLayout(grid);
+}
+
+}  // namespace
+
+MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
+    : QWidget(parent), engine(given) {
+    setAccessibleName(tr("Mask and visibility"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(1);
+    auto* mask = new Section(tr("Mask"), this);
+    AddActions(mask,
+               actions,
+               {"mask.clear", "mask.invert", "mask.fill", "tool.Freeze", "mask.grow", "mask.shrink",
+                "mask.blur", "mask.sharpen"});
+    auto* cavity = new Section(tr("Mask by cavity"), this);
+    auto* visibility = new Section(tr("Visibility"), this);
+    AddActions(visibility,
+               actions,
+               {"visibility.hide", "visibility.isolate", "visibility.show", "visibility.invert"});
+    layout->addWidget(mask);
+    layout->addWidget(visibility);
+    layout->addWidget(cavity);
+    layout->addStretch();
+
+    sign = new PanelCombo(tr("Where"), tr("Which parts of the surface are masked"), cavity);
+    sign->addItem(tr("Cavities"), "cavity");
+    sign->addItem(tr("Ridges"), "ridge");
+    sign->addItem(tr("Both"), "both");
+    mode = new PanelCombo(tr("Mode"), tr("How it combines with the present mask"), cavity);
+    mode->addItem(tr("Add to mask"), "raise");
+    mode->addItem(tr("Replace mask"), "replace");
+    mode->addItem(tr("Subtract"), "subtract");
+    mode->addItem(tr("Within mask"), "multiply");
+    auto* row = new QHBoxLayout;
+    row->setSpacing(4);
+    row->addWidget(sign, 1);
+    row->addWidget(mode, 1);
+    cavity->Body()->addLayout(row);
+    const auto slider = [&](const QString& name, const QString& tip, double most, double value) {
+        auto* made = new ValueSlider(name, tip, cavity);
+        ValueSlider::Range range;
+        range.most = most;
+        made->SetRange(range);
+        made->SetValue(value);
+        cavity->Body()->addWidget(made);
+        return made;
+    };
+    from = slider(tr("From curvature"), tr("Curvature from which the mask is full"), 2, 0.25);
+    softness = slider(tr("Softness"), tr("Curvature over which the mask fades"), 2, 0.5);
+    amount = slider(tr("Amount"), tr("Strength of the mask"), 1, 1);
+    auto* apply = new QPushButton(tr("Mask by Cavity"), cavity);
+    apply->setFocusPolicy(Qt::NoFocus);
+    apply->setAccessibleName(apply->text());
+    apply->setToolTip(tr("Masks the surface by its curvature"));
+    cavity->Body()->addWidget(apply);
+    connect(apply, &QPushButton::clicked, this, &MaskPanel::MaskByCavity);
+}
+
+void MaskPanel::MaskByCavity() {
+    engine.Run({{"freeze",
+                 {{"cavity",
+                   {{"sign", sign->currentData().toString().toStdString()},
+                    {"from", from->Value()},
+                    {"softness", softness->Value()}}},
+                  {"amount", amount->Value()},
+                  {"mode", mode->currentData().toString().toStdString()}}}},
+               tr("Mask by cavity"));
+}
+
+}  // namespace trovik::studio

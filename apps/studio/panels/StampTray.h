@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QHash>
+#include <QImage>
+#include <QWidget>
+
+class QLabel;
+class QToolButton;
+
+namespace trovik::studio {
+
+class Engine;
+class FlowLayout;
+class Preferences;
+class SettingList;
+
+/// Reads a stamp image and shrinks it to a grey or coloured thumbnail, its values stretched to the
+/// full range. May be called on any thread. \return a null image for a file that cannot be read.
+QImage StampThumbnail(const QString& path, int side);
+
+/// Thumbnails of the stamps: those that were used lately, then those of the stamp folders. A click
+/// selects one for the active tool; an image that is dropped is selected and remembered. Below them
+/// are the stamp settings of the tool. Images are read on other threads.
+class StampTray : public QWidget {
+    Q_OBJECT
+public:
+    StampTray(Engine& engine, Preferences& preferences, QWidget* parent = nullptr);
+
+    /// Paths of the stamps that are shown.
+    QStringList Shown() const;
+    /// Selects a stamp for the active tool and remembers it.
+    void Choose(const QString& path);
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void Refill();
+    void Refresh();
+    void Load(const QString& path);
+    void Browse();
+
+    Engine& engine;
+    Preferences& preferences;
+    FlowLayout* tiles;
+    QWidget* tray;
+    QLabel* current;
+    QHash<QString, QToolButton*> buttons;
+};
+
+}  // namespace trovik::studio

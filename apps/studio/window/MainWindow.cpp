@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "window/MainWindow.h"
+
+#include "commands/CommandPalette.h"
+#include "commands/FileActions.h"
+#include "commands/Keymap.h"
+#include "commands/Preferences.h"
+#include "commands/StudioActions.h"
+#include "commands/ViewModel.h"
+#include "panels/BrushPanel.h"
+#include "panels/Controls.h"
+#include "panels/ToolShelf.h"
+#include "window/MessageBar.h"
+#include "window/PanelStack.h"
+#include "window/QuickBar.h"
+#include "window/StatusNumbers.h"
+#include "window/WelcomeHint.h"
+
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QStatusBar>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace trovik::studio {
+
+namespace {
+
+QDockWidget* AddDock(QMainWindow& window,
+                     const QString& id,
+                     const QString& title,
+                     Qt::DockWidgetArea area,
+                     QWidget* contents) {
+    auto* dock = new QDockWidget(title, &window);
+    dock->setObjectName(id);
+    dock->setFeatures(QDockWidget::DockWidgetClosable);
+    // Without a title bar; the panels have titles of their own.
+    dock->setTitleBarWidget(new QWidget(dock));
+    dock->setWidget(contents);
+    window.addDockWidget(area, dock);
+    return dock;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(Engine& engine,
+                       ActionRegistry& registry,
+                       ViewModel& view,
+                       Preferences& preferences,
+                       Keymap& map,
+                       QWidget* viewport)
+    : context{engine, registry, view, preferences, this}, keymap(map) {
+    setAcceptDrops(true);
+    setCentralWidget(viewport);
+    viewport->setFocusPolicy(Qt::StrongFocus);
+    viewport->installEventFilter(this);
+    connect(&registry, &ActionRegistry::Added, this, [this](const QString& id) {
+        if (QAction* action = context.actions.Find(id)) addAction(action);
+    });
+    for (const ActionInfo& info : registry.Infos())
+        if (QAction* action = registry.Find(info.id)) addAction(action);
+    AddActions();
+    palette = new CommandPalette(registry, this);
+    AddDocks();
+    AddStatusBar();
+    message = new MessageBar(viewport);
+    FillMenus(*this, registry, *files);
+    ConnectEngine();
+    resize(1440, 900);
+    const QByteArray geometry = preferences.Layout("geometry");
+    if (!geometry.isEmpty()) restoreGeometry(geometry);
+    ShowTitle();
+    viewport->setFocus();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::AddActions() {
+    files = new FileActions(context, this);
+    AddEditActions(context);
+    AddToolActions(context);
+    AddStrokeActions(context);
+    AddLevelActions(context);
+    AddLayerActions(context);
+    AddMaskActions(context);
+    AddVisibilityActions(context);
+    AddSymmetryActions(context);
+    AddViewActions(context);
+    AddWindowActions();
+}
+
+void MainWindow::AddDocks() {
+    addToolBar(Qt::TopToolBarArea, new QuickBar(context.engine, context.actions, this));
+    tools = new ToolShelf(context.engine, context.actions, this);
+    AddDock(*this, QStringLiteral("tools"), tr("Tools"), Qt::LeftDockWidgetArea, tools);
+    brush = new BrushPanel(context.engine, this);
+    AddDock(*this, QStringLiteral("brush"), tr("Brush"), Qt::RightDockWidgetArea, brush);
+    panels = new PanelStack(this);
+    AddPanels();
+    AddDock(*this, QStringLiteral("panels"), tr("Panels"), Qt::RightDockWidgetArea, panels);
+    setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+}
+
+void MainWindow::AddStatusBar() {
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(new StatusNumbers(context.engine, context.view, this));
+    statusBar()->addPermanentWidget(new JobBar(context.engine, this));
+}
+
+void MainWindow::ConnectEngine() {
+    Engine& engine = context.engine;
+    connect(&engine, &Engine::Failed, this, &MainWindow::ShowError);
+    connect(&engine, &Engine::Noted, this, &MainWindow::ShowNote);
+    connect(&engine, &Engine::StateChanged, this, &MainWindow::ShowTitle);
+    connect(&engine, &Engine::Opened, this, [this] {
+        ShowTitle();
+        const std::vector<std::string>& notes = context.engine.Document().notes;
+        QStringList lines;
+        for (const std::string& note : notes) lines.append(QString::fromStdString(note));
+        if (!lines.isEmpty()) ShowNote(lines.join(u'\n'));
+    });
+    connect(&engine, &Engine::StrokeAdvanced, this, [this] {
+        if (welcome != nullptr) welcome->Dismiss();
+    });
+    connect(files, &FileActions::Refused, this, &MainWindow::ShowError);
+    connect(files, &FileActions::Succeeded, this, &MainWindow::ShowNote);
+    connect(&keymap, &Keymap::StoreFailed, this, &MainWindow::ShowError);
+}
+
+void MainWindow::ShowTitle() {
+    if (!context.engine.HasDocument()) {
+        setWindowTitle(tr("Trovik Studio"));
+        return;
+    }
+    const DocumentState& state = context.State();
+    const OpenedDocument& document = context.engine.Document();
+    const QString name =
+        !state.scenePath.empty() ? QFileInfo(QString::fromStdString(state.scenePath)).fileName()
+        : !document.title.empty()
+            ? QString::fromStdString(document.title)
+            : QFileInfo(QString::fromStdString(document.sourcePath)).fileName();
+    setWindowTitle(tr("%1[*] – Trovik Studio").arg(name));
+    setWindowModified(state.isModified);
+}
+
+void MainWindow::ShowWelcome() {
+    if (!context.preferences.ShowsWelcome() || welcome != nullptr) return;
+    welcome = new WelcomeHint(context.actions, context.preferences, centralWidget());
+}
+
+void MainWindow::ShowNote(const QString& text) { message->ShowNote(text); }
+void MainWindow::ShowError(const QString& text) { message->ShowError(text); }
+
+void MainWindow::TogglePanels() {
+    const QList<QDockWidget*> docks = findChildren<QDockWidget*>();
+    const bool anyShown =
+        std::any_of(docks.begin(), docks.end(), [](const QDockWidget* dock) { return dock->isVisible(); });
+    for (QDockWidget* dock : docks) dock->setVisible(!anyShown);
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (isLaidOut) return;
+    isLaidOut = true;
+    auto* toolDock = findChild<QDockWidget*>(QStringLiteral("tools"));
+    auto* brushDock = findChild<QDockWidget*>(QStringLiteral("brush"));
+    auto* panelDock = findChild<QDockWidget*>(QStringLiteral("panels"));
+    const int unit = fontMetrics().height();
+    resizeDocks({toolDock, brushDock}, {2 * (unit + 20) + 12, 17 * unit}, Qt::Horizontal);
+    resizeDocks({brushDock, panelDock}, {height() * 6 / 10, height() * 4 / 10}, Qt::Vertical);
+    const QByteArray state = context.preferences.Layout("docks");
+    if (!state.isEmpty()) restoreState(state);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!mayClose && context.engine.HasDocument() && context.State().isModified) {
+        event->ignore();
+        files->WhenSaved([this] {
+            mayClose = true;
+            close();
+        });
+        return;
+    }
+    context.preferences.SetLayout("geometry", saveGeometry());
+    context.preferences.SetLayout("docks", saveState());
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty() || !urls.first().isLocalFile()) return;
+    event->acceptProposedAction();
+    // Not inside the event: a question may follow, which would block the program that drags.
+    QMetaObject::invokeMethod(
+        this, [this, path = urls.first().toLocalFile()] { files->Open(path); }, Qt::QueuedConnection);
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    // The pointer is back at the surface: letters are keys of tools again, not parts of a number.
+    if (watched == centralWidget() && event->type() == QEvent::Enter &&
+        qobject_cast<QLineEdit*>(focusWidget()) != nullptr && !palette->isVisible())
+        centralWidget()->setFocus();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "commands/ActionContext.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+namespace trovik::studio {
+
+class BrushPanel;
+class CommandPalette;
+class FileActions;
+class Keymap;
+class MessageBar;
+class PanelStack;
+class ToolShelf;
+class WelcomeHint;
+
+/// The window of the studio: the viewport in the middle, tools at the left, brush and panels at the
+/// right, menus, a bar with radius, strength and symmetry, and numbers below. It adds all actions to
+/// the registry.
+///
+/// Panels never keep the key focus: it returns to the viewport after each entry, and when the
+/// pointer enters the viewport.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    /// \param viewport  becomes the central widget and child. The other objects are borrowed.
+    /// \param registry  one without actions of the studio.
+    MainWindow(Engine& engine,
+               ActionRegistry& registry,
+               ViewModel& view,
+               Preferences& preferences,
+               Keymap& keymap,
+               QWidget* viewport);
+    ~MainWindow() override;
+
+    FileActions& Files() { return *files; }
+    CommandPalette& Palette() { return *palette; }
+    BrushPanel& Brush() { return *brush; }
+    PanelStack& Panels() { return *panels; }
+    ToolShelf& Tools() { return *tools; }
+    /// Shows the hint of the first start, if it was not dismissed before.
+    void ShowWelcome();
+    void ShowNote(const QString& text);
+    void ShowError(const QString& text);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void AddActions();
+    void AddWindowActions();
+    void AddDocks();
+    void AddPanels();
+    void AddStatusBar();
+    void ConnectEngine();
+    void ShowTitle();
+    void TogglePanels();
+    void About();
+
+    ActionContext context;
+    Keymap& keymap;
+    FileActions* files = nullptr;
+    CommandPalette* palette = nullptr;
+    BrushPanel* brush = nullptr;
+    PanelStack* panels = nullptr;
+    ToolShelf* tools = nullptr;
+    MessageBar* message = nullptr;
+    QPointer<WelcomeHint> welcome;
+    bool mayClose = false;
+    bool isLaidOut = false;
+};
+
+/// Fills a menu bar with the actions of the registry.
+void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& files);
+
+}  // namespace trovik::studio

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QString>
+
+namespace trovik::studio {
+
+/// Gives the application the style Fusion with a palette, a font size and a small style sheet.
+/// Icons follow the palette.
+/// \param theme  "dark" or "light"; others count as "dark".
+/// \param scale  of texts and controls relative to the desktop's size, as Preferences::UiScale.
+void ApplyTheme(const QString& theme, double scale);
+
+}  // namespace trovik::studio
