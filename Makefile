@@ -46,6 +46,12 @@ test: packages ## Build with warnings as errors and run all tests
 	@echo "== Testing"
 	@ctest --preset ci --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
+.PHONY: studio
+studio: packages ## Build the desktop application and start it, FILE=mesh or scene to open
+	@cmake --preset release -DTROVIK_BUILD_TESTS=OFF -DTROVIK_BUILD_BENCH=OFF
+	@cmake --build --preset release --parallel $(JOBS) --target trovik-studio
+	@build/release/bin/trovik-studio $(FILE)
+
 .PHONY: clang
 clang: ## Build the plug-in and the command with Clang and check that they give the same bits
 	@scripts/install-packages.sh --clang

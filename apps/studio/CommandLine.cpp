@@ -12,9 +12,8 @@ std::optional<CommandLine> ReadCommandLine(int argc, char** argv, int& status) {
     CLI::App program("Sculpts meshes of many millions of faces with pen or mouse.",
                      "trovik-studio");
     program.set_version_flag("--version", std::string("trovik-studio ") + TROVIK_VERSION);
-    program.add_option("file",
-                       commandLine.file,
-                       "Mesh (OBJ, PLY, STL, glTF, GLB) or scene (*.trovik) to open");
+    program.add_option(
+        "file", commandLine.file, "Mesh (OBJ, PLY, STL, glTF, GLB) or scene (*.trovik) to open");
     program
         .add_option("--play",
                     commandLine.events,
