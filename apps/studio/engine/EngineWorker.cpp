@@ -63,6 +63,7 @@ EngineWorker::~EngineWorker() {
 void EngineWorker::Post(EngineRequest request) {
     {
         const std::lock_guard lock(mutex);
+        ++newestRequest;
         // All samples that wait go into the stroke at once.
         auto* samples = std::get_if<StrokeSamples>(&request);
         auto* waiting = requests.empty() ? nullptr : std::get_if<StrokeSamples>(&requests.back());
@@ -82,6 +83,7 @@ void EngineWorker::SetView(const StrokeView& newView) { uiView = newView; }
 void EngineWorker::Pick(float x, float y) {
     {
         const std::lock_guard lock(mutex);
+        ++newestRequest;
         pick = {uiView, x, y};
     }
     wake.notify_one();
@@ -98,6 +100,16 @@ std::vector<std::shared_ptr<const SurfaceUpdate>> EngineWorker::TakeUpdates() {
     return taken;
 }
 
+bool EngineWorker::HasUpdates() const {
+    const std::lock_guard lock(mutex);
+    return !updates.empty();
+}
+
+uint64_t EngineWorker::NewestRequest() const {
+    const std::lock_guard lock(mutex);
+    return newestRequest;
+}
+
 bool EngineWorker::HasWork() const {
     if (isEnding || !requests.empty() || hasBacklog || pick) return true;
     return hasSurfaceWork && waitingBytes < maxWaitingBytes;
@@ -105,6 +117,7 @@ bool EngineWorker::HasWork() const {
 
 bool EngineWorker::WaitForWork() {
     std::unique_lock lock(mutex);
+    if (!HasWork() && !hasSurfaceWork && idleRequest != newestRequest) ReportIdle();
     wake.wait(lock, [this] { return HasWork(); });
     return !isEnding;
 }
@@ -145,6 +158,14 @@ template <typename Function>
 void EngineWorker::ToUi(Function function) {
     QMetaObject::invokeMethod(
         &engine, [to = &engine, function] { function(*to); }, Qt::QueuedConnection);
+}
+
+void EngineWorker::ReportIdle() {
+    idleRequest = newestRequest;
+    ToUi([number = idleRequest](Engine& to) {
+        to.idleNumber = number;
+        if (to.IsIdle()) Q_EMIT to.BecameIdle();
+    });
 }
 
 template <typename Work>

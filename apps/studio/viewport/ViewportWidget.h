@@ -54,6 +54,8 @@ public:
     /// Draws a frame with all detail and returns it, in device pixels. Uploads everything that has
     /// arrived before.
     QImage Grab();
+    /// Whether everything that has arrived is drawn, with all detail.
+    bool IsComplete() const;
     /// Requests every patch from the engine again and uploads it; the picture must not change by
     /// that. For tests and after a lost context.
     void UploadAll();
