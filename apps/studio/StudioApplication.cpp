@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "StudioApplication.h"
 
+#include "CommandLineWork.h"
 #include "commands/FileActions.h"
 #include "commands/Keymap.h"
 #include "commands/Preferences.h"
 #include "commands/SymmetrySetting.h"
 #include "engine/LiveSession.h"
+#include "events/EventRecorder.h"
+#include "framework/errors/HostError.h"
 #include "input/TabletTester.h"
 #include "input/ViewportInput.h"
 #include "viewport/ViewportWidget.h"
@@ -14,6 +17,7 @@
 #include "window/Theme.h"
 
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QThreadPool>
 
@@ -51,6 +55,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     // Before the window, which puts them into its menus.
     AddSelectionActions();
     AddTabletTester();
+    AddEventActions();
     view = std::make_unique<ViewModel>();
     viewport = new ViewportWidget(*engine);
     const QString keysPath = commandLine.hasNoPreferences
@@ -60,6 +65,10 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     window =
         std::make_unique<MainWindow>(*engine, *actions, *view, *preferences, *keymap, viewport);
     input = new ViewportInput(*engine, *actions, *viewport);
+    const EventTarget target{*engine, *actions, *viewport, *input};
+    recorder = std::make_unique<EventRecorder>(target);
+    work = std::make_unique<CommandLineWork>(commandLine, target, *window);
+    connect(&work->Player(), &EventPlayer::Noted, window.get(), &MainWindow::ShowNote);
     if (const QString problem = keymap->Load(); !problem.isEmpty()) window->ShowError(problem);
     if (commandLine.viewportWidth > 0) viewport->setFixedWidth(commandLine.viewportWidth);
     if (commandLine.viewportHeight > 0) viewport->setFixedHeight(commandLine.viewportHeight);
@@ -78,6 +87,8 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
 }
 
 StudioApplication::~StudioApplication() {
+    work.reset();
+    recorder.reset();
     // Dialogs and panels of the window use the other objects to their end.
     window.reset();
 }
@@ -190,6 +201,48 @@ void StudioApplication::AddTabletTester() {
                       tester->setAttribute(Qt::WA_DeleteOnClose);
                       tester->show();
                   }});
+}
+
+void StudioApplication::AddEventActions() {
+    actions->Add({.id = "file.recordEvents",
+                  .text = tr("Record Events"),
+                  .description = tr("Records pen, mouse, keys and commands; chosen again, it stops "
+                                    "and writes an event file."),
+                  .run = [this] { RecordEvents(); }});
+    actions->Add({.id = "file.playEvents",
+                  .text = tr("Play Events…"),
+                  .description = tr("Plays an event file on the open document. Escape stops it."),
+                  .run = [this] { PlayEvents(); }});
+}
+
+void StudioApplication::RecordEvents() {
+    if (!recorder->IsRecording()) {
+        recorder->Start();
+        window->ShowNote(tr("Recording events. Choose Record Events again to stop."));
+        return;
+    }
+    const EventFile events = recorder->Stop();
+    const QString path = QFileDialog::getSaveFileName(window.get(),
+                                                      tr("Save Events"),
+                                                      QStringLiteral("work.events.json"),
+                                                      tr("Event files (*.events.json)"));
+    if (path.isEmpty()) return;
+    try {
+        WriteEventFile(events, path.toStdString());
+    } catch (const HostError& error) {
+        window->ShowError(QString::fromStdString(error.what()));
+    }
+}
+
+void StudioApplication::PlayEvents() {
+    const QString path = QFileDialog::getOpenFileName(
+        window.get(), tr("Play Events"), QString(), tr("Event files (*.events.json)"));
+    if (path.isEmpty()) return;
+    try {
+        work->Player().Play(ReadEventFile(path.toStdString()));
+    } catch (const HostError& error) {
+        window->ShowError(QString::fromStdString(error.what()));
+    }
 }
 
 void StudioApplication::ShowSymmetry() {

@@ -15,6 +15,8 @@
 
 namespace trovik::studio {
 
+class CommandLineWork;
+class EventRecorder;
 class Keymap;
 class MainWindow;
 class Preferences;
@@ -48,6 +50,9 @@ private:
                       SelectionGesture::Shape shape,
                       const char* step);
     void AddTabletTester();
+    void AddEventActions();
+    void RecordEvents();
+    void PlayEvents();
     void ApplyPreferences();
     void ShowSymmetry();
     /// \return whether the user chose to recover some.
@@ -68,6 +73,8 @@ private:
     std::unique_ptr<MainWindow> window;
     ViewportWidget* viewport = nullptr;
     ViewportInput* input = nullptr;
+    std::unique_ptr<CommandLineWork> work;
+    std::unique_ptr<EventRecorder> recorder;
     QTimer pictureTimer;
 };
 

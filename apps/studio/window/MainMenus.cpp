@@ -42,6 +42,8 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "-",
           "file.script.run",
           "file.script.save",
+          "file.recordEvents",
+          "file.playEvents",
           "file.screenshot",
           "-",
           "file.quit"});
