@@ -167,7 +167,7 @@ void ViewportInput::PressKnown(const PointerEvent& press, bool isOnSurface) {
     } else if (press.button == Qt::LeftButton) {
         BeginStroke(press);
     } else if (press.button == Qt::RightButton) {
-        // The menu has an event loop of its own; what is chosen in it is no effect of the press.
+        // The menu has an event loop of its own; the choice in it is not part of the press.
         const QPoint at =
             viewport.mapToGlobal((press.position / viewport.devicePixelRatioF()).toPoint());
         QMetaObject::invokeMethod(
