@@ -23,7 +23,7 @@ std::vector<std::size_t> RootsOf(const GltfDocument& document) {
             model.defaultScene < 0 ? 0 : static_cast<std::size_t>(model.defaultScene);
         if (number >= model.scenes.size()) {
             throw HostError(document.Path() + ": scene " + std::to_string(number) +
-                            " is to be shown, but there are only " +
+                            " is the default scene, but the number of scenes is " +
                             std::to_string(model.scenes.size()));
         }
         const GltfLocation place(document, "scene", number);

@@ -191,16 +191,17 @@ private:
             const std::optional<ObjCorner> corner = CornerOf(word);
             if (!corner) {
                 Refuse("face corner '" + std::string(word.substr(0, 40)) +
-                       "' is none of v, v/vt, v//vn, v/vt/vn with whole numbers other than 0");
+                       "' does not have the form v, v/vt, v//vn or v/vt/vn with whole numbers "
+                       "other than 0");
             }
             corners.push_back(*corner);
         }
         if (corners.size() < 3) {
-            Refuse("face has " + std::to_string(corners.size()) + " corners, but 3 are needed");
+            Refuse("face has " + std::to_string(corners.size()) + " corners, but at least 3 are needed");
         }
         if (corners.size() > maxFaceCorners) {
             Refuse("face has " + std::to_string(corners.size()) + " corners, but at most " +
-                   std::to_string(maxFaceCorners) + " are read");
+                   std::to_string(maxFaceCorners) + " are supported");
         }
     }
 

@@ -159,7 +159,7 @@ private:
             RefuseRow(file,
                       body.Place(),
                       row,
-                      "a list of " + std::to_string(length) + " entries is impossible");
+                      "a list cannot have " + std::to_string(length) + " entries");
         }
         body.CheckLength(property.type, static_cast<std::uint64_t>(length), row);
         return static_cast<std::uint64_t>(length);
@@ -171,7 +171,7 @@ private:
             RefuseRow(file,
                       body.Place(),
                       row,
-                      "a face of " + std::to_string(length) + " corners is outside 3 to " +
+                      "a face has " + std::to_string(length) + " corners; it must have 3 to " +
                           std::to_string(maxFaceCorners));
         }
         for (std::uint64_t i = 0; i < length; ++i) {
@@ -180,7 +180,7 @@ private:
                 RefuseRow(file,
                           body.Place(),
                           row,
-                          "the vertex number " + std::to_string(vertex) + " is impossible");
+                          "the vertex number " + std::to_string(vertex) + " is not valid");
             }
             mesh.faceVertices.push_back(static_cast<std::uint32_t>(vertex));
         }

@@ -46,7 +46,7 @@ PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement&
     }
     for (std::size_t i = 0; i < plyFirstNormal; ++i) {
         if (!found[i]) {
-            throw HostError(path + ": element 'vertex' has no number '" +
+            throw HostError(path + ": element 'vertex' has no scalar property '" +
                             std::string(Names[i].first) + "'");
         }
     }

@@ -97,7 +97,7 @@ TEST_F(RenderCommand, RefusesIncompatibleOptions) {
                   "cannot write a transparent render to r.jpg: only .png, .tif and .tiff files "
                   "store transparency");
     ExpectRefused("r.png --shading uv",
-                  "the mesh has no texture coordinates, which the shading mode \"uv\" shows");
+                  "the mesh has no texture coordinates, which the shading mode \"uv\" needs");
     ExpectRefused("r.png --shading flat --matcap grey",
                   "--matcap: requires --shading matcap, got \"flat\"");
     ExpectRefused("r.png --from 0 0 0", "--from: the direction must not be zero");

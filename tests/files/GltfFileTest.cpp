@@ -251,7 +251,7 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
     EXPECT_THAT(changed("/accessors/0/count", 4000000000u), HasSubstr("reach beyond"));
     EXPECT_THAT(changed("/accessors/0/byteOffset", 4000000000u), HasSubstr("reach beyond"));
     EXPECT_THAT(changed("/accessors/0/type", "VEC2"), HasSubstr("no vectors of 3 numbers"));
-    EXPECT_THAT(changed("/accessors/0/bufferView", 9), HasSubstr("names buffer view 9"));
+    EXPECT_THAT(changed("/accessors/0/bufferView", 9), HasSubstr("refers to buffer view 9"));
     EXPECT_THAT(changed("/accessors/1/componentType", 5126),
                 HasSubstr("not a list of whole numbers"));
     EXPECT_THAT(changed("/bufferViews/0/buffer", 2), HasSubstr("buffer 2"));

@@ -88,11 +88,11 @@ TEST(ReportPace, Levels) {
     const auto document = Large();
     Expect(*document,
            [](Document& d, JobControl* job) { d.BindLevel(0, job); },
-           {"Carrying changes down", "Updating normals"});
+           {"Propagating changes down", "Updating normals"});
     Stroke(*document);
     Expect(*document,
            [](Document& d, JobControl* job) { d.BindLevel(7, job); },
-           {"Carrying details up"});
+           {"Propagating details up"});
     Stroke(*document);
     Expect(
         *document, [](Document& d, JobControl* job) { d.ApplyToBase(job); }, {"Moving vertices"});
@@ -163,7 +163,7 @@ TEST(ReportPace, MapsAndRenders) {
     PaceJob baked;
     BakeToFile(document->Geometry(), options, file, &baked);
     baked.Expect(
-        {"Computing values", "Painting the map", "Averaging texels", "Encoding the image"});
+        {"Computing values", "Rasterising the map", "Averaging texels", "Encoding the image"});
 
     RenderOptions picture;
     picture.width = picture.height = 64;
