@@ -54,9 +54,8 @@ public:
                    !isEnabled   ? QIcon::Disabled
                    : isSelected ? QIcon::Selected
                                 : QIcon::Normal);
-        QColor ink = option.palette.color(
-            isEnabled ? QPalette::Active : QPalette::Disabled,
-            isSelected ? QPalette::HighlightedText : QPalette::Text);
+        QColor ink = option.palette.color(isEnabled ? QPalette::Active : QPalette::Disabled,
+                                          isSelected ? QPalette::HighlightedText : QPalette::Text);
         painter->setPen(ink);
         const QRect textArea = row.adjusted(26, 0, 0, 0);
         const QString text = index.data().toString();
@@ -67,8 +66,7 @@ public:
         painter->drawText(textArea.adjusted(width + 10, 0, 0, 0),
                           Qt::AlignVCenter | Qt::AlignLeft,
                           Category(index.data(idRole).toString()));
-        painter->drawText(
-            row, Qt::AlignVCenter | Qt::AlignRight, index.data(keyRole).toString());
+        painter->drawText(row, Qt::AlignVCenter | Qt::AlignRight, index.data(keyRole).toString());
     }
 };
 
@@ -140,8 +138,8 @@ void CommandPalette::Refill() {
         // The name counts far more than the description.
         int score = 16 * FuzzyScore(query->text(), info.text);
         if (score == 0)
-            score = FuzzyScore(query->text(), Category(info.id) + u' ' + info.text + u' ' +
-                                                  info.description);
+            score = FuzzyScore(query->text(),
+                               Category(info.id) + u' ' + info.text + u' ' + info.description);
         if (score == 0) continue;
         const qsizetype age = recent.indexOf(info.id);
         if (age >= 0) score += static_cast<int>(std::max<qsizetype>(20 - age, 1));
@@ -197,17 +195,28 @@ bool CommandPalette::eventFilter(QObject* watched, QEvent* event) {
             list->setCurrentRow(std::clamp(list->currentRow() + rows, 0, std::max(last, 0)));
         };
         switch (key) {
-            case Qt::Key_Up: move(-1); return true;
-            case Qt::Key_Down: move(1); return true;
-            case Qt::Key_PageUp: move(-10); return true;
-            case Qt::Key_PageDown: move(10); return true;
+            case Qt::Key_Up:
+                move(-1);
+                return true;
+            case Qt::Key_Down:
+                move(1);
+                return true;
+            case Qt::Key_PageUp:
+                move(-10);
+                return true;
+            case Qt::Key_PageDown:
+                move(10);
+                return true;
             case Qt::Key_Return:
-            case Qt::Key_Enter: RunSelected(); return true;
+            case Qt::Key_Enter:
+                RunSelected();
+                return true;
             case Qt::Key_Escape:
                 hide();
                 if (focusBefore != nullptr) focusBefore->setFocus();
                 return true;
-            default: break;
+            default:
+                break;
         }
     }
     return QFrame::eventFilter(watched, event);

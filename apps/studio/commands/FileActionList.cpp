@@ -81,12 +81,11 @@ void FileActions::AddTransferActions() {
                                        "map for a coarser one."),
                      .icon = "bake",
                      .run = [this] { Bake(); }});
-    QAction* displace =
-        actions.Add({.id = "file.displace",
-                     .text = tr("Import Displacement…"),
-                     .description = tr("Moves the surface by a displacement map."),
-                     .icon = "import",
-                     .run = [this] { ImportDisplacement(); }});
+    QAction* displace = actions.Add({.id = "file.displace",
+                                     .text = tr("Import Displacement…"),
+                                     .description = tr("Moves the surface by a displacement map."),
+                                     .icon = "import",
+                                     .run = [this] { ImportDisplacement(); }});
     QAction* screenshot = actions.Add({.id = "file.screenshot",
                                        .text = tr("Screenshot…"),
                                        .description = tr("Saves the viewport as an image."),

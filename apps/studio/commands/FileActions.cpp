@@ -143,7 +143,8 @@ void FileActions::FillRecent(QMenu* menu) {
         });
     };
     menu->setToolTipsVisible(true);
-    connect(&context.preferences, &Preferences::RecentFilesChanged, menu, fill, Qt::QueuedConnection);
+    connect(
+        &context.preferences, &Preferences::RecentFilesChanged, menu, fill, Qt::QueuedConnection);
     fill();
 }
 
@@ -151,17 +152,18 @@ QString FileActions::Stem() const {
     if (!context.engine.HasDocument()) return tr("sculpture");
     const OpenedDocument& document = context.engine.Document();
     const std::string& scene = context.State().scenePath;
-    const QString path = QString::fromStdString(!scene.empty()            ? scene
+    const QString path = QString::fromStdString(!scene.empty()           ? scene
                                                 : document.title.empty() ? document.sourcePath
                                                                          : document.title);
     return QFileInfo(path).completeBaseName();
 }
 
-QString FileActions::AskToOpen(const QString& title, const QString& purpose, const QString& filter) {
+QString FileActions::AskToOpen(const QString& title,
+                               const QString& purpose,
+                               const QString& filter) {
     const QString path = QFileDialog::getOpenFileName(
         context.window, title, context.preferences.LastFolder(purpose), filter);
-    if (!path.isEmpty())
-        context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
+    if (!path.isEmpty()) context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
     return path;
 }
 
@@ -184,9 +186,10 @@ QString FileActions::AskToSave(const QString& title,
 void FileActions::AskAndOpen(bool withOptions) {
     const QString meshes = QStringLiteral("*.") + meshExtensions.join(QStringLiteral(" *."));
     if (!withOptions) {
-        const QString path = AskToOpen(tr("Open"),
-                                       QStringLiteral("open"),
-                                       tr("Scenes and meshes (*.trovik %1);;All files (*)").arg(meshes));
+        const QString path =
+            AskToOpen(tr("Open"),
+                      QStringLiteral("open"),
+                      tr("Scenes and meshes (*.trovik %1);;All files (*)").arg(meshes));
         if (!path.isEmpty()) Open(path);
         return;
     }
@@ -271,8 +274,10 @@ void FileActions::Screenshot() {
         Q_EMIT Refused(tr("There is no viewport to take a screenshot of"));
         return;
     }
-    const QString path = AskToSave(
-        tr("Save Screenshot"), QStringLiteral("screenshot"), QStringLiteral(".png"), tr("PNG (*.png)"));
+    const QString path = AskToSave(tr("Save Screenshot"),
+                                   QStringLiteral("screenshot"),
+                                   QStringLiteral(".png"),
+                                   tr("PNG (*.png)"));
     if (path.isEmpty()) return;
     if (image.save(path))
         Q_EMIT Succeeded(tr("Saved %1").arg(path));

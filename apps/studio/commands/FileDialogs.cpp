@@ -64,7 +64,8 @@ NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Crea
     }
     shapes->button(0)->setChecked(true);
     AddRow(row);
-    segments = AddWhole(tr("Base segments"), tr("Faces along an edge of the base mesh"), 1, 512, 16);
+    segments =
+        AddWhole(tr("Base segments"), tr("Faces along an edge of the base mesh"), 1, 512, 16);
     levels = AddWhole(tr("Levels"), tr("Finer levels above the base mesh"), 0, 8, 3);
     counts = AddText(tr("Faces"));
     connect(segments, &QSpinBox::valueChanged, this, &NewDialog::ShowCounts);
@@ -89,9 +90,10 @@ void NewDialog::ShowCounts() {
     if (!shape) return;
     const std::uint64_t base = FacesOf(*shape, Segments());
     const std::uint64_t top = base << (2 * Levels());
-    const QString text = Levels() == 0 ? CountText(base)
-                                       : tr("%1 in the base, %2 on the highest level")
-                                             .arg(CountText(base), CountText(top));
+    const QString text =
+        Levels() == 0
+            ? CountText(base)
+            : tr("%1 in the base, %2 on the highest level").arg(CountText(base), CountText(top));
     counts->setText(text);
     GoButton()->setEnabled(top <= 100'000'000);
 }
@@ -101,7 +103,8 @@ ImportDialog::ImportDialog(const QString& fileName, QWidget* parent)
     units = AddChoice(tr("Units"),
                       tr("What the numbers of the file mean; no number is changed"),
                       UnitChoices(tr("As the file states")));
-    up = AddChoice(tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As the file states")));
+    up = AddChoice(
+        tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As the file states")));
     levels = AddWhole(tr("Levels"), tr("Finer levels to add above the mesh"), 0, 8, 0);
 }
 
@@ -121,7 +124,8 @@ std::vector<ExportFormat> ExportFormats() {
 ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("Export…"), parent) {
     Choices formats;
     for (const ExportFormat& row : ExportFormats())
-        formats.push_back({row.title + QStringLiteral("  (") + row.extension + u')', row.extension});
+        formats.push_back(
+            {row.title + QStringLiteral("  (") + row.extension + u')', row.extension});
     format = AddChoice(tr("Format"), tr("The format of the file"), formats);
     keeps = AddText(tr("Keeps"));
     keeps->setWordWrap(true);
@@ -130,7 +134,8 @@ ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("
     units = AddChoice(tr("Units"),
                       tr("Converts the numbers, if the units of the mesh are known"),
                       UnitChoices(tr("Unchanged")));
-    up = AddChoice(tr("Up axis"), tr("Rotates the mesh so that this axis points up"),
+    up = AddChoice(tr("Up axis"),
+                   tr("Rotates the mesh so that this axis points up"),
                    UpChoices(tr("Unchanged")));
     connect(format, &QComboBox::currentIndexChanged, this, &ExportDialog::ShowOptions);
     ShowOptions();
@@ -149,8 +154,8 @@ void ExportDialog::ShowOptions() {
     ShowRow(units, !isGltf);
     ShowRow(up, !isGltf);
     const QString kept =
-        isGltf                             ? tr("triangles, UVs, colours, materials, layers as morph "
-                                                "targets; in metres, y up")
+        isGltf ? tr("triangles, UVs, colours, materials, layers as morph "
+                    "targets; in metres, y up")
         : extension == QLatin1String(".stl") ? tr("triangles only")
         : extension == QLatin1String(".obj") ? tr("quads, UVs, colours, groups, materials")
         : extension == QLatin1String(".ply") ? tr("quads, UVs, colours")
@@ -183,13 +188,15 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
     from = AddChoice(tr("Detail from"), tr("The level whose detail is baked"), levels);
     from->setCurrentIndex(static_cast<int>(state.currentLevel));
     to = AddChoice(tr("Onto"), tr("The coarser level that the map is for"), levels);
-    size = AddChoice(tr("Size"),
-                     tr("Width and height in pixels"),
-                     {{"512", 512}, {"1024", 1024}, {"2048", 2048}, {"4096", 4096}, {"8192", 8192}});
+    size =
+        AddChoice(tr("Size"),
+                  tr("Width and height in pixels"),
+                  {{"512", 512}, {"1024", 1024}, {"2048", 2048}, {"4096", 4096}, {"8192", 8192}});
     size->setCurrentIndex(2);
-    format = AddChoice(tr("Format"),
-                       tr("The format of the file"),
-                       {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
+    format =
+        AddChoice(tr("Format"),
+                  tr("The format of the file"),
+                  {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
     bits = AddChoice(tr("Depth"),
                      tr("How exactly values are stored"),
                      {{tr("32-bit float"), "float"}, {tr("16 bits"), 16}});
@@ -197,8 +204,8 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
                         tr("Samples per pixel; more are slower and smoother"),
                         {{"1", 1}, {"4", 4}, {"16", 16}});
     samples->setCurrentIndex(1);
-    padding = AddWhole(
-        tr("Padding"), tr("Pixels by which the map continues beyond seams"), 0, 256, 8);
+    padding =
+        AddWhole(tr("Padding"), tr("Pixels by which the map continues beyond seams"), 0, 256, 8);
     repeat = AddCheck(tr("Repeats"), tr("The UVs run beyond 0 to 1, so the map repeats"), false);
     connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
@@ -248,7 +255,8 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
                        {tr("Tangent"), "tangent"},
                        {tr("Object"), "object"}});
     strength = AddNumber(tr("Strength"), tr("Multiplies the displacement"), -1000, 1000, 1);
-    hasScale = AddCheck(tr("Own range"), tr("Sets middle and scale, for maps that state none"), false);
+    hasScale =
+        AddCheck(tr("Own range"), tr("Sets middle and scale, for maps that state none"), false);
     mid = AddNumber(tr("Middle"), tr("The value that does not move the surface"), -1e6, 1e6, 0.5);
     scale = AddNumber(tr("Scale"), tr("Length that the value 1 stands for"), -1e6, 1e6, 1);
     repeat = AddCheck(tr("Repeats"), tr("The map continues beyond its border"), false);

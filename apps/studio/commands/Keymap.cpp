@@ -173,8 +173,8 @@ QString Keymap::Export(const QString& path) const { return Write(path); }
 QString Keymap::Write(const QString& path) const {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument(ToJson()).toJson()) < 0 || !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(ToJson()).toJson()) < 0 ||
+        !file.commit())
         return path + ": " + file.errorString();
     return {};
 }

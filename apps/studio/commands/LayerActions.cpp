@@ -67,7 +67,10 @@ void AddLayerActions(const ActionContext& context) {
          .text = Text::tr("Record into No Layer"),
          .description = Text::tr("Strokes change the surface below the layers."),
          .icon = "target",
-         .run = [context] { context.Run("layer", {{"select", nullptr}}); }},
+         .run =
+             [context] {
+                 context.Run("layer", {{"select", nullptr}});
+             }},
         HasActive);
     add({.id = "layer.duplicate",
          .text = Text::tr("Duplicate Layer"),
@@ -90,8 +93,9 @@ void AddLayerActions(const ActionContext& context) {
         [](const DocumentState& state) { return HasActive(state) && !state.layers[0].active; });
     add({.id = "layer.erase",
          .text = Text::tr("Erase Layer by Mask"),
-         .description = Text::tr("Removes the active layer's detail where the surface is masked, by "
-                                 "as much as it is masked."),
+         .description =
+             Text::tr("Removes the active layer's detail where the surface is masked, by "
+                      "as much as it is masked."),
          .icon = "erase",
          .run = [context] { ChangeActive(context, "erase", true); }},
         HasActive);
@@ -126,9 +130,7 @@ void AddLayerActions(const ActionContext& context) {
          .description = Text::tr("Moves the active layer one place up."),
          .icon = "level-up",
          .run = [move] { move(1); }},
-        [](const DocumentState& state) {
-            return HasActive(state) && !state.layers.back().active;
-        });
+        [](const DocumentState& state) { return HasActive(state) && !state.layers.back().active; });
     add({.id = "layer.lower",
          .text = Text::tr("Lower Layer"),
          .description = Text::tr("Moves the active layer one place down."),

@@ -81,7 +81,9 @@ void AddLevelActions(const ActionContext& context) {
          .description = Text::tr("Deletes all levels above the current one, with their detail."),
          .icon = "delete-higher",
          .run =
-             [context] { context.Run("deleteLevels", "higher", Text::tr("Delete higher levels")); }},
+             [context] {
+                 context.Run("deleteLevels", "higher", Text::tr("Delete higher levels"));
+             }},
         HasHigher);
     add({.id = "level.delete.lower",
          .text = Text::tr("Delete Lower Levels"),

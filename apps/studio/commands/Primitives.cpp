@@ -118,10 +118,11 @@ PolygonMesh MakePlane(std::uint32_t n) {
 
 PolygonMesh MakePrimitive(Primitive primitive, std::uint32_t segments) {
     const std::uint32_t n = std::clamp<std::uint32_t>(segments, 1, maxSegments);
-    PolygonMesh mesh = primitive == Primitive::Plane      ? MakePlane(n)
-                       : primitive == Primitive::Sphere   ? GridCube(n, OnSphere)
-                       : primitive == Primitive::Cylinder ? GridCube(n, OnCylinder)
-                                                          : GridCube(n, [](const Point& p) { return p; });
+    PolygonMesh mesh = primitive == Primitive::Plane    ? MakePlane(n)
+                       : primitive == Primitive::Sphere ? GridCube(n, OnSphere)
+                       : primitive == Primitive::Cylinder
+                           ? GridCube(n, OnCylinder)
+                           : GridCube(n, [](const Point& p) { return p; });
     mesh.name = NameOf(primitive);
     return mesh;
 }
@@ -139,10 +140,14 @@ std::uint32_t SegmentsFor(Primitive primitive, std::uint64_t faces) {
 
 const char* NameOf(Primitive primitive) {
     switch (primitive) {
-        case Primitive::Sphere: return "sphere";
-        case Primitive::Cube: return "cube";
-        case Primitive::Plane: return "plane";
-        case Primitive::Cylinder: return "cylinder";
+        case Primitive::Sphere:
+            return "sphere";
+        case Primitive::Cube:
+            return "cube";
+        case Primitive::Plane:
+            return "plane";
+        case Primitive::Cylinder:
+            return "cylinder";
     }
     return "";
 }
@@ -153,7 +158,8 @@ std::string WritePrimitive(Primitive primitive, std::uint32_t segments, const st
     fs::create_directories(folder, ignored);
     const fs::path path = fs::path(folder) / (std::string(NameOf(primitive)) + "-" +
                                               std::to_string(segments) + ".obj");
-    if (!fs::is_regular_file(path, ignored)) WriteObj(path.string(), MakePrimitive(primitive, segments));
+    if (!fs::is_regular_file(path, ignored))
+        WriteObj(path.string(), MakePrimitive(primitive, segments));
     return path.string();
 }
 

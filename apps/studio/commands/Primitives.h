@@ -17,8 +17,8 @@ enum class Primitive { Sphere, Cube, Plane, Cylinder };
 /// closed by square grids bent to discs.
 ///
 /// Counts, with n segments: sphere and cube 6 n^2 faces and 6 n^2 + 2 vertices; plane n^2 faces and
-/// (n + 1)^2 vertices; cylinder, whose mantle has 4 n x n faces, 6 n^2 faces and 6 n^2 + 2 vertices.
-/// \param segments  n, 1 to 1024; values outside are limited to that.
+/// (n + 1)^2 vertices; cylinder, whose mantle has 4 n x n faces, 6 n^2 faces and 6 n^2 + 2
+/// vertices. \param segments  n, 1 to 1024; values outside are limited to that.
 PolygonMesh MakePrimitive(Primitive primitive, std::uint32_t segments);
 
 /// The number of segments that gives about so many faces.

@@ -70,7 +70,8 @@ QString ScriptPlayer::Run(const QString& path) {
         return path + ": " + QString::fromUtf8(fault.what());
     }
     const bool opens = !request.meshPath.empty() || !request.scenePath.empty();
-    if (!opens && !engine.HasDocument()) return tr("%1: it names no mesh, and none is open").arg(path);
+    if (!opens && !engine.HasDocument())
+        return tr("%1: it names no mesh, and none is open").arg(path);
     Stop();
     steps = std::move(read);
     next = 0;

@@ -3,7 +3,6 @@
 
 #include <QObject>
 #include <QString>
-
 #include <nlohmann/json.hpp>
 
 #include <vector>

@@ -36,11 +36,12 @@ void AddStrokeActions(const ActionContext& context) {
                      .description = Text::tr("The stroke runs straight from press to release."),
                      .keys = {QKeySequence("V")},
                      .icon = "strength"});
-    actions.AddHeld({.id = "stroke.abandon",
-                     .text = Text::tr("Abandon Stroke"),
-                     .description = Text::tr("Reverts the stroke that is being drawn, bit for bit."),
-                     .keys = {QKeySequence("Esc")},
-                     .icon = "cancel"});
+    actions.AddHeld(
+        {.id = "stroke.abandon",
+         .text = Text::tr("Abandon Stroke"),
+         .description = Text::tr("Reverts the stroke that is being drawn, bit for bit."),
+         .keys = {QKeySequence("Esc")},
+         .icon = "cancel"});
     actions.AddHeld({.id = "brush.radius",
                      .text = Text::tr("Change Radius"),
                      .description = Text::tr("Drag to change the radius of the brush, or type a "

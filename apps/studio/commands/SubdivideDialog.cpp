@@ -27,9 +27,11 @@ LevelForecast ForecastLevels(const DocumentState& state, int times) {
 }
 
 QString BytesText(uint64_t bytes) {
-    return QLocale().formattedDataSize(
-        static_cast<qint64>(bytes), bytes < 10'000'000 ? 1 : bytes < 1'000'000'000 ? 0 : 2,
-        QLocale::DataSizeSIFormat);
+    return QLocale().formattedDataSize(static_cast<qint64>(bytes),
+                                       bytes < 10'000'000      ? 1
+                                       : bytes < 1'000'000'000 ? 0
+                                                               : 2,
+                                       QLocale::DataSizeSIFormat);
 }
 
 QString CountText(uint64_t count) {
@@ -68,8 +70,8 @@ QString SubdivideDialog::ForecastText() const { return forecast->text(); }
 
 void SubdivideDialog::ShowForecast() {
     const LevelForecast more = ForecastLevels(state, Times());
-    forecast->setText(tr("%1 faces, %2 more memory")
-                          .arg(CountText(more.faces), BytesText(more.bytes)));
+    forecast->setText(
+        tr("%1 faces, %2 more memory").arg(CountText(more.faces), BytesText(more.bytes)));
 }
 
 }  // namespace trovik::studio

@@ -36,11 +36,10 @@ void AddSymmetryActions(const ActionContext& context) {
              .keys = {QKeySequence(name)},
              .icon = QStringLiteral("axis-%1").arg(QLatin1String(names[axis])),
              .isCheckable = true,
-             .run =
-                 [context, axis] {
-                     ChangeSymmetry(context,
-                                    [&](SymmetrySetting& setting) { setting.TogglePlane(axis); });
-                 }});
+             .run = [context, axis] {
+                 ChangeSymmetry(context,
+                                [&](SymmetrySetting& setting) { setting.TogglePlane(axis); });
+             }});
         context.EnableWithDocument(action);
         context.CheckWhen(action, [axis](const DocumentState& state) {
             return SymmetrySetting::Of(state).HasPlane(axis);
@@ -49,62 +48,60 @@ void AddSymmetryActions(const ActionContext& context) {
     QAction* radial = actions.Add(
         {.id = "symmetry.radial",
          .text = Text::tr("Radial Symmetry"),
-         .description = Text::tr("Repeats strokes about an axis of the mesh. The symmetry panel has "
-                                 "the number of copies and the axis."),
+         .description =
+             Text::tr("Repeats strokes about an axis of the mesh. The symmetry panel has "
+                      "the number of copies and the axis."),
          .icon = "radial",
          .isCheckable = true,
-         .run =
-             [context] {
-                 ChangeSymmetry(context, [](SymmetrySetting& setting) {
-                     setting.isTopological = false;
-                     setting.mirrors.copies =
-                         setting.mirrors.copies > 1 ? 1 : firstRadialCount;
-                 });
-             }});
+         .run = [context] {
+             ChangeSymmetry(context, [](SymmetrySetting& setting) {
+                 setting.isTopological = false;
+                 setting.mirrors.copies = setting.mirrors.copies > 1 ? 1 : firstRadialCount;
+             });
+         }});
     context.CheckWhen(radial, [](const DocumentState& state) {
         return SymmetrySetting::Of(state).mirrors.copies > 1;
     });
-    QAction* topological = actions.Add(
-        {.id = "symmetry.topological",
-         .text = Text::tr("Topological Symmetry"),
-         .description = Text::tr("Mirrors strokes by the mesh's connectivity, so that a posed figure "
-                                 "stays symmetric."),
-         .icon = "topological",
-         .isCheckable = true,
-         .run =
-             [context] {
-                 ChangeSymmetry(context, [](SymmetrySetting& setting) {
-                     setting.isTopological = !setting.isTopological;
-                     setting.mirrors = {};
-                 });
-             }});
-    context.CheckWhen(topological, [](const DocumentState& state) {
-        return state.symmetry.topological;
-    });
-    QAction* off = actions.Add(
-        {.id = "symmetry.off",
-         .text = Text::tr("No Symmetry"),
-         .description = Text::tr("Turns all mirrors of strokes off."),
-         .icon = "cancel",
-         .run = [context] { context.Run("mirror", nlohmann::json::array()); }});
-    QAction* fromPositive = actions.Add(
-        {.id = "symmetry.symmetrize",
-         .text = Text::tr("Symmetrize +X to -X"),
-         .description = Text::tr("Gives the half of the mesh at negative x the shape of the other."),
-         .icon = "symmetrize",
-         .run =
-             [context] {
-                 context.Run("symmetrize", {{"axis", "x"}, {"from", "positive"}});
-             }});
-    QAction* fromNegative = actions.Add(
-        {.id = "symmetry.symmetrize.negative",
-         .text = Text::tr("Symmetrize -X to +X"),
-         .description = Text::tr("Gives the half of the mesh at positive x the shape of the other."),
-         .icon = "symmetrize",
-         .run =
-             [context] {
-                 context.Run("symmetrize", {{"axis", "x"}, {"from", "negative"}});
-             }});
+    QAction* topological =
+        actions.Add({.id = "symmetry.topological",
+                     .text = Text::tr("Topological Symmetry"),
+                     .description = Text::tr(
+                         "Mirrors strokes by the mesh's connectivity, so that a posed figure "
+                         "stays symmetric."),
+                     .icon = "topological",
+                     .isCheckable = true,
+                     .run = [context] {
+                         ChangeSymmetry(context, [](SymmetrySetting& setting) {
+                             setting.isTopological = !setting.isTopological;
+                             setting.mirrors = {};
+                         });
+                     }});
+    context.CheckWhen(topological,
+                      [](const DocumentState& state) { return state.symmetry.topological; });
+    QAction* off =
+        actions.Add({.id = "symmetry.off",
+                     .text = Text::tr("No Symmetry"),
+                     .description = Text::tr("Turns all mirrors of strokes off."),
+                     .icon = "cancel",
+                     .run = [context] { context.Run("mirror", nlohmann::json::array()); }});
+    QAction* fromPositive =
+        actions.Add({.id = "symmetry.symmetrize",
+                     .text = Text::tr("Symmetrize +X to -X"),
+                     .description = Text::tr(
+                         "Gives the half of the mesh at negative x the shape of the other."),
+                     .icon = "symmetrize",
+                     .run = [context] {
+                         context.Run("symmetrize", {{"axis", "x"}, {"from", "positive"}});
+                     }});
+    QAction* fromNegative =
+        actions.Add({.id = "symmetry.symmetrize.negative",
+                     .text = Text::tr("Symmetrize -X to +X"),
+                     .description = Text::tr(
+                         "Gives the half of the mesh at positive x the shape of the other."),
+                     .icon = "symmetrize",
+                     .run = [context] {
+                         context.Run("symmetrize", {{"axis", "x"}, {"from", "negative"}});
+                     }});
     for (QAction* action : {radial, topological, off, fromPositive, fromNegative})
         context.EnableWithDocument(action);
 }

@@ -12,9 +12,10 @@ constexpr const char* axisNames[] = {"x", "y", "z"};
 
 bool AreSame(const std::vector<Matrix>& left, const std::vector<Matrix>& right) {
     return left.size() == right.size() &&
-           std::equal(left.begin(), left.end(), right.begin(), [](const Matrix& a, const Matrix& b) {
-               return std::memcmp(&a, &b, sizeof a) == 0;
-           });
+           std::equal(
+               left.begin(), left.end(), right.begin(), [](const Matrix& a, const Matrix& b) {
+                   return std::memcmp(&a, &b, sizeof a) == 0;
+               });
 }
 
 std::vector<int> PlanesOf(unsigned bits) {

@@ -99,9 +99,7 @@ void AddToolActions(const ActionContext& context) {
         AddNewTools(context);
     });
     ActionRegistry& actions = context.actions;
-    const auto add = [&](const ActionInfo& info) {
-        context.EnableWithDocument(actions.Add(info));
-    };
+    const auto add = [&](const ActionInfo& info) { context.EnableWithDocument(actions.Add(info)); };
     add({.id = "brush.larger",
          .text = Text::tr("Larger Brush"),
          .description = Text::tr("Makes the brush a ninth larger."),

@@ -96,18 +96,18 @@ void AddMatcaps(const ActionContext& context) {
 
 void AddCavity(const ActionContext& context) {
     constexpr float usual = 0.4f;
-    QAction* action = context.actions.Add(
-        {.id = "view.cavity",
-         .text = Text::tr("Cavity Shading"),
-         .description = Text::tr("Darkens hollows and brightens ridges."),
-         .keys = {QKeySequence("Shift+C")},
-         .icon = "cavity",
-         .isCheckable = true,
-         .run = [context] {
-             RenderSettings settings = context.view.Settings();
-             settings.cavity = settings.cavity > 0.0f ? 0.0f : usual;
-             context.view.SetSettings(settings);
-         }});
+    QAction* action =
+        context.actions.Add({.id = "view.cavity",
+                             .text = Text::tr("Cavity Shading"),
+                             .description = Text::tr("Darkens hollows and brightens ridges."),
+                             .keys = {QKeySequence("Shift+C")},
+                             .icon = "cavity",
+                             .isCheckable = true,
+                             .run = [context] {
+                                 RenderSettings settings = context.view.Settings();
+                                 settings.cavity = settings.cavity > 0.0f ? 0.0f : usual;
+                                 context.view.SetSettings(settings);
+                             }});
     const auto update = [context, action] {
         action->setChecked(context.view.Settings().cavity > 0.0f);
     };

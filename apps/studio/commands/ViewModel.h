@@ -30,7 +30,9 @@ public:
     void SetFieldOfView(float degrees);
 
     /// Looks along a world direction.
-    void LookAlong(const Vector& direction, const Vector& up) { Q_EMIT LookRequested(direction, up); }
+    void LookAlong(const Vector& direction, const Vector& up) {
+        Q_EMIT LookRequested(direction, up);
+    }
     /// Shows the whole surface.
     void FrameAll() { Q_EMIT FrameRequested(); }
 

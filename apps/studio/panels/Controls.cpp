@@ -86,13 +86,16 @@ void PanelCheck::paintEvent(QPaintEvent*) {
     const QRectF box(1.5, (height() - side) / 2.0, side, side);
     const QColor edge = palette().color(QPalette::Mid);
     painter.setPen(isChecked() ? Qt::NoPen : QPen(edge, 1));
-    painter.setBrush(isChecked() ? palette().color(QPalette::Highlight)
+    painter.setBrush(isChecked()    ? palette().color(QPalette::Highlight)
                      : underMouse() ? palette().color(QPalette::Button).lighter(115)
                                     : palette().color(QPalette::Base));
     painter.drawRoundedRect(box, 2.5, 2.5);
     if (isChecked()) {
-        painter.setPen(QPen(
-            palette().color(QPalette::HighlightedText), side / 8.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.setPen(QPen(palette().color(QPalette::HighlightedText),
+                            side / 8.0,
+                            Qt::SolidLine,
+                            Qt::RoundCap,
+                            Qt::RoundJoin));
         const QPointF tick[] = {box.topLeft() + QPointF(side * 0.22, side * 0.53),
                                 box.topLeft() + QPointF(side * 0.42, side * 0.74),
                                 box.topLeft() + QPointF(side * 0.79, side * 0.28)};
@@ -129,7 +132,8 @@ Section::Section(const QString& title, QWidget* parent, bool isOpen) : QWidget(p
     all->addWidget(contents);
     connect(header, &QToolButton::toggled, this, [this](bool open) {
         contents->setVisible(open);
-        header->setIcon(Icon(open ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right")));
+        header->setIcon(
+            Icon(open ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right")));
     });
     header->setIcon(Icon(QStringLiteral("chevron-right")));
     header->setChecked(isOpen);

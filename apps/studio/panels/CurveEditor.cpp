@@ -154,9 +154,8 @@ void CurveEditor::mouseMoveEvent(QMouseEvent* event) {
     else if (at + 1 == points.size())
         moved.pressure = points[at].pressure;
     else
-        moved.pressure = std::clamp(moved.pressure,
-                                    points[at - 1].pressure + pointGap,
-                                    points[at + 1].pressure - pointGap);
+        moved.pressure = std::clamp(
+            moved.pressure, points[at - 1].pressure + pointGap, points[at + 1].pressure - pointGap);
     points[at] = moved;
     hasMoved = true;
     update();

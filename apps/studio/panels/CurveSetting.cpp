@@ -68,10 +68,10 @@ CurveControl::CurveControl(Engine& given, const ToolSetting& setting, QWidget* p
     presets = AddHeader(layout, appearance, this);
     for (const Preset& preset : PressurePresets()) presets->addItem(preset.title);
     presets->setPlaceholderText(tr("Own curve"));
-    editor = new CurveEditor(
-        appearance.label,
-        appearance.description + u' ' + tr("Drag points; double-click adds one, right-click removes."),
-        this);
+    editor = new CurveEditor(appearance.label,
+                             appearance.description + u' ' +
+                                 tr("Drag points; double-click adds one, right-click removes."),
+                             this);
     editor->SetAxis(tr("light"), tr("hard press"));
     layout->addWidget(editor);
     connect(editor, &CurveEditor::Edited, this, &CurveControl::SendPoints);
@@ -114,10 +114,10 @@ FalloffControl::FalloffControl(Engine& given, const ToolSetting& setting, QWidge
     for (const std::string& known : FalloffNames())
         names->addItem(ChoiceText(QString::fromStdString(known)), QString::fromStdString(known));
     names->setPlaceholderText(tr("Own curve"));
-    editor = new CurveEditor(
-        appearance.label,
-        appearance.description + u' ' + tr("Drag points; double-click adds one, right-click removes."),
-        this);
+    editor = new CurveEditor(appearance.label,
+                             appearance.description + u' ' +
+                                 tr("Drag points; double-click adds one, right-click removes."),
+                             this);
     editor->SetAxis(tr("centre"), tr("rim"));
     layout->addWidget(editor);
     connect(names, &QComboBox::activated, this, [this](int index) {

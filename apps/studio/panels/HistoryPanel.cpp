@@ -19,7 +19,8 @@ namespace trovik::studio {
 
 namespace {
 
-constexpr int positionRole = Qt::UserRole, bytesRole = Qt::UserRole + 1, doneRole = Qt::UserRole + 2;
+constexpr int positionRole = Qt::UserRole, bytesRole = Qt::UserRole + 1,
+              doneRole = Qt::UserRole + 2;
 
 /// Label at the left, bytes at the right; steps that can be redone are faint.
 class StepRow : public QStyledItemDelegate {
@@ -114,23 +115,22 @@ void HistoryPanel::Refresh() {
         item->setData(doneRole, i <= state.historyPosition);
         const auto seconds =
             std::chrono::duration_cast<std::chrono::seconds>(entry.time.time_since_epoch()).count();
-        item->setToolTip(tr("%1, %2").arg(
-            QString::fromStdString(entry.tool),
-            QLocale().toString(QDateTime::fromSecsSinceEpoch(seconds).time(), QLocale::LongFormat)));
+        item->setToolTip(
+            tr("%1, %2").arg(QString::fromStdString(entry.tool),
+                             QLocale().toString(QDateTime::fromSecsSinceEpoch(seconds).time(),
+                                                QLocale::LongFormat)));
         if (end == state.historyPosition) list->setCurrentItem(item);
     }
     auto* first = new QListWidgetItem(tr("As opened"), list);
     first->setData(positionRole, 0ULL);
     first->setData(doneRole, true);
     if (state.historyPosition == 0) list->setCurrentItem(first);
-    totals->setText(state.historyBytesOnDisk == 0
-                        ? tr("%n step(s), %1", "", static_cast<int>(state.history.size()))
-                              .arg(BytesText(state.historyBytes))
-                        : tr("%n step(s), %1 in memory, %2 on disk",
-                             "",
-                             static_cast<int>(state.history.size()))
-                              .arg(BytesText(state.historyBytes),
-                                   BytesText(state.historyBytesOnDisk)));
+    totals->setText(
+        state.historyBytesOnDisk == 0
+            ? tr("%n step(s), %1", "", static_cast<int>(state.history.size()))
+                  .arg(BytesText(state.historyBytes))
+            : tr("%n step(s), %1 in memory, %2 on disk", "", static_cast<int>(state.history.size()))
+                  .arg(BytesText(state.historyBytes), BytesText(state.historyBytesOnDisk)));
 }
 
 }  // namespace trovik::studio

@@ -73,7 +73,8 @@ void InfoPanel::Refresh() {
                                          text(box.maxY - box.minY),
                                          text(box.maxZ - box.minZ)));
     }
-    values["memory"]->setText(BytesText(static_cast<uint64_t>(std::max<int64_t>(state.memoryBytes, 0))));
+    values["memory"]->setText(
+        BytesText(static_cast<uint64_t>(std::max<int64_t>(state.memoryBytes, 0))));
     values["undo"]->setText(
         state.historyBytesOnDisk == 0
             ? BytesText(state.historyBytes)

@@ -33,7 +33,9 @@ LayerRow::LayerRow(QWidget* parent) : QWidget(parent) {
     target = MakeIconButton(QStringLiteral("target"), tr("Record"), {}, this);
     row->addWidget(target);
     strength = new ValueSlider(
-        tr("Layer"), tr("Strength of the layer. 1: as sculpted, 0: no effect, below 0: inverted"), this);
+        tr("Layer"),
+        tr("Strength of the layer. 1: as sculpted, 0: no effect, below 0: inverted"),
+        this);
     ValueSlider::Range range;
     range.least = -1e6;
     range.most = 1e6;
@@ -41,7 +43,8 @@ LayerRow::LayerRow(QWidget* parent) : QWidget(parent) {
     range.softMost = 2;
     strength->SetRange(range);
     row->addWidget(strength, 1);
-    eye = MakeIconButton(QStringLiteral("eye"), tr("Visible"), tr("Shows or hides the layer"), this);
+    eye =
+        MakeIconButton(QStringLiteral("eye"), tr("Visible"), tr("Shows or hides the layer"), this);
     lock = MakeIconButton(
         QStringLiteral("unlock"), tr("Locked"), tr("Protects the layer from strokes"), this);
     row->addWidget(eye);

@@ -56,13 +56,13 @@ LayersPanel::LayersPanel(const ActionContext& context, QWidget* parent)
     buttons->setSpacing(2);
     for (const char* id : {"layer.add", "layer.duplicate", "layer.merge", "layer.erase"})
         buttons->addWidget(MakeActionButton(context.actions.Find(id), this));
-    QAction* rename = context.actions.Add(
-        {.id = "layer.rename",
-         .text = tr("Rename Layer"),
-         .description = tr("Changes the name of the active layer."),
-         .keys = {QKeySequence("F2")},
-         .icon = "rename",
-         .run = [this] { RenameActive(); }});
+    QAction* rename =
+        context.actions.Add({.id = "layer.rename",
+                             .text = tr("Rename Layer"),
+                             .description = tr("Changes the name of the active layer."),
+                             .keys = {QKeySequence("F2")},
+                             .icon = "rename",
+                             .run = [this] { RenameActive(); }});
     context.EnableWhen(rename, [](const DocumentState& state) {
         return std::any_of(state.layers.begin(), state.layers.end(), [](const auto& layer) {
             return layer.active;
@@ -83,9 +83,8 @@ LayerRow* LayersPanel::AddRow() {
         const json target = row->Layer().active ? json() : json(row->Layer().name);
         engine.Run({{"layer", {{"select", target}}}});
     });
-    connect(row, &LayerRow::VisibleClicked, this, [this, row](bool on) {
-        Change(row, "visible", on);
-    });
+    connect(
+        row, &LayerRow::VisibleClicked, this, [this, row](bool on) { Change(row, "visible", on); });
     connect(row, &LayerRow::WritableClicked, this, [this, row](bool on) {
         Change(row, "writable", on);
     });
@@ -93,8 +92,9 @@ LayerRow* LayersPanel::AddRow() {
         Change(row, "strength", strength);
     });
     connect(row, &LayerRow::Renamed, this, [this, row](const QString& name) {
-        Change(row, "name", QString::fromStdString(
-                                FreeLayerName(*engine.State(), name.toStdString())));
+        Change(row,
+               "name",
+               QString::fromStdString(FreeLayerName(*engine.State(), name.toStdString())));
     });
     connect(row, &LayerRow::GripMoved, this, [this, row](int y) {
         draggedRow = row;
@@ -117,9 +117,8 @@ LayerRow* LayersPanel::AddRow() {
 void LayersPanel::Change(const LayerRow* row, const char* field, const QVariant& value) {
     json changed = value.typeId() == QMetaType::Bool     ? json(value.toBool())
                    : value.typeId() == QMetaType::Double ? json(value.toDouble())
-                   : value.typeId() == QMetaType::Int
-                       ? json(value.toInt())
-                       : json(value.toString().toStdString());
+                   : value.typeId() == QMetaType::Int    ? json(value.toInt())
+                                                         : json(value.toString().toStdString());
     engine.Run({{"layer", {{"of", row->Layer().name}, {field, changed}}}});
 }
 
@@ -142,7 +141,8 @@ void LayersPanel::RenameActive() {
 
 void LayersPanel::Refresh() {
     const std::vector<DocumentState::Layer> none;
-    const std::vector<DocumentState::Layer>& layers = engine.State() ? engine.State()->layers : none;
+    const std::vector<DocumentState::Layer>& layers =
+        engine.State() ? engine.State()->layers : none;
     setEnabled(engine.State() != nullptr);
     while (rows.size() > layers.size()) {
         rows.back()->deleteLater();

@@ -25,8 +25,12 @@ LevelsPanel::LevelsPanel(Engine& given, ActionRegistry& actions, QWidget* parent
     layout->addWidget(counts);
     auto* grid = new QGridLayout;
     grid->setSpacing(4);
-    const char* ids[] = {"level.subdivide.once", "level.unsubdivide", "level.delete.higher",
-                         "level.delete.lower",   "level.apply",       "level.subdivide"};
+    const char* ids[] = {"level.subdivide.once",
+                         "level.unsubdivide",
+                         "level.delete.higher",
+                         "level.delete.lower",
+                         "level.apply",
+                         "level.subdivide"};
     int place = 0;
     for (const char* id : ids) {
         grid->addWidget(MakeActionButton(actions.Find(id), this, true), place / 2, place % 2);

@@ -37,8 +37,14 @@ MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
     auto* mask = new Section(tr("Mask"), this);
     AddActions(mask,
                actions,
-               {"mask.clear", "mask.invert", "mask.fill", "tool.Freeze", "mask.grow", "mask.shrink",
-                "mask.blur", "mask.sharpen"});
+               {"mask.clear",
+                "mask.invert",
+                "mask.fill",
+                "tool.Freeze",
+                "mask.grow",
+                "mask.shrink",
+                "mask.blur",
+                "mask.sharpen"});
     auto* cavity = new Section(tr("Mask by cavity"), this);
     auto* visibility = new Section(tr("Visibility"), this);
     AddActions(visibility,

@@ -39,7 +39,9 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     };
 
     soft(add("radius", Text::tr("Radius"), Brush, Text::tr("Radius of the brush in world units.")),
-         0.002, 2, true);
+         0.002,
+         2,
+         true);
     SettingAppearance& pixels = add("radiusPixels",
                                     Text::tr("Screen radius"),
                                     Brush,
@@ -53,17 +55,22 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
         Text::tr("Falloff"),
         Brush,
         Text::tr("How the effect decreases from the centre of the brush to its rim."));
-    add("direction", Text::tr("Direction"), Brush, Text::tr("Where the brush moves the surface to."));
+    add("direction",
+        Text::tr("Direction"),
+        Brush,
+        Text::tr("Where the brush moves the surface to."));
     scaled(add("buildUpRate",
                Text::tr("Build-up"),
                Brush,
                Text::tr("How soon the surface has had enough of one stroke.")),
-           100, percent);
+           100,
+           percent);
     scaled(add("strengthBias",
                Text::tr("Minimum strength"),
                Pressure,
                Text::tr("Part of the strength that does not depend on pressure.")),
-           1, percent);
+           1,
+           percent);
     rows["strengthBias"].dependsOn = "pressureControlsStrength";
     add("pressureControlsStrength",
         Text::tr("Pressure controls strength"),
@@ -82,7 +89,8 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
                Text::tr("Minimum size"),
                Pressure,
                Text::tr("Part of the radius that does not depend on pressure.")),
-           1, percent);
+           1,
+           percent);
     rows["sizeBias"].dependsOn = "pressureControlsSize";
     add("sizeCurve",
         Text::tr("Size curve"),
@@ -93,12 +101,14 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
                Text::tr("Tilt to size"),
                Pressure,
                Text::tr("By how much dabs of a pen that lies flat are larger.")),
-           100, percent);
+           100,
+           percent);
     scaled(add("tilt.strength",
                Text::tr("Tilt to strength"),
                Pressure,
                Text::tr("By how much dabs of a pen that lies flat are stronger.")),
-           100, percent);
+           100,
+           percent);
     for (const char* name : {"tilt.size", "tilt.strength"}) soft(rows[name], -100, 100);
     SettingAppearance& spacing = add("spacing",
                                      Text::tr("Spacing"),
@@ -132,7 +142,8 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
                Text::tr("Random size"),
                Stroke,
                Text::tr("By how much dabs are made smaller at random.")),
-           100, percent);
+           100,
+           percent);
 
     add("stamp.enabled", Text::tr("Use stamp"), Stamp, Text::tr("Shapes the dabs by an image."));
     add("stamp.path", Text::tr("Image"), Stamp, Text::tr("The image of the stamp."));
@@ -140,19 +151,18 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
         Text::tr("Orientation"),
         Stamp,
         Text::tr("Where the top of the stamp points."));
-    SettingAppearance& rotation =
-        add("stamp.rotation", Text::tr("Rotation"), Stamp, Text::tr("Rotates the stamp clockwise."));
+    SettingAppearance& rotation = add(
+        "stamp.rotation", Text::tr("Rotation"), Stamp, Text::tr("Rotates the stamp clockwise."));
     soft(rotation, -180, 180);
     rotation.unit = degrees;
     scaled(add("stamp.randomTurn",
                Text::tr("Random rotation"),
                Stamp,
                Text::tr("Rotates the stamp of each dab at random.")),
-           100, percent);
-    SettingAppearance& factor = add("stamp.factor",
-                                    Text::tr("Factor"),
-                                    Stamp,
-                                    Text::tr("Multiplies the values of the image."));
+           100,
+           percent);
+    SettingAppearance& factor = add(
+        "stamp.factor", Text::tr("Factor"), Stamp, Text::tr("Multiplies the values of the image."));
     soft(factor, -2, 2);
     SettingAppearance& offset = add("stamp.offset",
                                     Text::tr("Offset"),
@@ -259,29 +269,33 @@ SettingAppearance AppearanceOf(const ToolSetting& setting) {
 
 QString TitleOf(SettingGroup group) {
     switch (group) {
-        case Brush: return Text::tr("Brush");
-        case Pressure: return Text::tr("Pressure");
-        case Stroke: return Text::tr("Stroke");
-        case Stamp: return Text::tr("Stamp");
-        case Advanced: return Text::tr("Advanced");
+        case Brush:
+            return Text::tr("Brush");
+        case Pressure:
+            return Text::tr("Pressure");
+        case Stroke:
+            return Text::tr("Stroke");
+        case Stamp:
+            return Text::tr("Stamp");
+        case Advanced:
+            return Text::tr("Advanced");
     }
     return {};
 }
 
 QString ChoiceText(const QString& value) {
-    static const std::map<QString, QString> texts = {
-        {"tool", Text::tr("As the tool does")},
-        {"upright", Text::tr("Upright")},
-        {"stroke", Text::tr("Along the stroke")},
-        {"start", Text::tr("As at the start")},
-        {"cameraToo", Text::tr("Average and view")},
-        {"camera", Text::tr("View")},
-        {"xy", Text::tr("In plane XY")},
-        {"xz", Text::tr("In plane XZ")},
-        {"yz", Text::tr("In plane YZ")},
-        {"x", Text::tr("X axis")},
-        {"y", Text::tr("Y axis")},
-        {"z", Text::tr("Z axis")}};
+    static const std::map<QString, QString> texts = {{"tool", Text::tr("As the tool does")},
+                                                     {"upright", Text::tr("Upright")},
+                                                     {"stroke", Text::tr("Along the stroke")},
+                                                     {"start", Text::tr("As at the start")},
+                                                     {"cameraToo", Text::tr("Average and view")},
+                                                     {"camera", Text::tr("View")},
+                                                     {"xy", Text::tr("In plane XY")},
+                                                     {"xz", Text::tr("In plane XZ")},
+                                                     {"yz", Text::tr("In plane YZ")},
+                                                     {"x", Text::tr("X axis")},
+                                                     {"y", Text::tr("Y axis")},
+                                                     {"z", Text::tr("Z axis")}};
     if (const auto found = texts.find(value); found != texts.end()) return found->second;
     QString text;
     for (const QChar letter : value) {

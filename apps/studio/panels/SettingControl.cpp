@@ -60,9 +60,8 @@ public:
         });
     }
     void Show(const ToolSetting& setting) override {
-        box->setCurrentIndex(setting.value.is_string()
-                                 ? box->findData(QString::fromStdString(setting.value))
-                                 : -1);
+        box->setCurrentIndex(
+            setting.value.is_string() ? box->findData(QString::fromStdString(setting.value)) : -1);
     }
 
 private:
@@ -106,9 +105,8 @@ private:
     void FitRadius() {
         if (!engine.HasDocument()) return;
         const AxisAlignedBoundingBox& box = engine.Document().bounds;
-        const double size =
-            static_cast<double>(Vector(box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ)
-                                    .Length());
+        const double size = static_cast<double>(
+            Vector(box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ).Length());
         ValueSlider::Range range = slider->Limits();
         if (!(size > 0.0) || range.softMost == size / 2) return;
         range.softLeast = size / 1000;
@@ -200,8 +198,8 @@ void SettingList::Refresh() {
         control->setVisible(setting.applies);
         if (!setting.applies) continue;
         control->Show(setting);
-        const ToolSetting* condition =
-            appearance.dependsOn.isEmpty() ? nullptr
+        const ToolSetting* condition = appearance.dependsOn.isEmpty()
+                                           ? nullptr
                                            : engine.Setting(appearance.dependsOn.toStdString());
         control->setEnabled(condition == nullptr || !condition->applies ||
                             condition->value != json(false));

@@ -54,25 +54,30 @@ QImage StampThumbnail(const QString& path, int side) {
     const std::uint32_t channel =
         IsVectorStampName(QFileInfo(path).fileName().toStdString()) && read.channels > 1 ? 1 : 0;
     const double longer = std::max(read.width, read.height);
-    const int width = std::max(1, static_cast<int>(std::lround(side * static_cast<double>(read.width) / longer)));
-    const int height = std::max(1, static_cast<int>(std::lround(side * static_cast<double>(read.height) / longer)));
+    const int width =
+        std::max(1, static_cast<int>(std::lround(side * static_cast<double>(read.width) / longer)));
+    const int height = std::max(
+        1, static_cast<int>(std::lround(side * static_cast<double>(read.height) / longer)));
     std::vector<float> values(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             // The mean of the pixels below the thumbnail's.
-            const auto left = static_cast<std::uint32_t>(x) * read.width / static_cast<std::uint32_t>(width);
-            const auto top = static_cast<std::uint32_t>(y) * read.height / static_cast<std::uint32_t>(height);
+            const auto left =
+                static_cast<std::uint32_t>(x) * read.width / static_cast<std::uint32_t>(width);
+            const auto top =
+                static_cast<std::uint32_t>(y) * read.height / static_cast<std::uint32_t>(height);
             const std::uint32_t right = std::max(
                 left + 1,
                 static_cast<std::uint32_t>(x + 1) * read.width / static_cast<std::uint32_t>(width));
-            const std::uint32_t bottom = std::max(
-                top + 1,
-                static_cast<std::uint32_t>(y + 1) * read.height / static_cast<std::uint32_t>(height));
+            const std::uint32_t bottom = std::max(top + 1,
+                                                  static_cast<std::uint32_t>(y + 1) * read.height /
+                                                      static_cast<std::uint32_t>(height));
             double sum = 0.0;
             for (std::uint32_t row = top; row < bottom; ++row)
                 for (std::uint32_t column = left; column < right; ++column)
                     sum += static_cast<double>(
-                        read.pixels[(std::size_t{row} * read.width + column) * read.channels + channel]);
+                        read.pixels[(std::size_t{row} * read.width + column) * read.channels +
+                                    channel]);
             values[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
                    static_cast<std::size_t>(x)] =
                 static_cast<float>(sum / ((bottom - top) * (right - left)));
@@ -84,12 +89,12 @@ QImage StampThumbnail(const QString& path, int side) {
     QImage image(width, height, QImage::Format_Grayscale8);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
-            image.scanLine(y)[x] = static_cast<uchar>(std::lround(
-                255.0f *
-                (values[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                        static_cast<std::size_t>(x)] -
-                 low) /
-                span));
+            image.scanLine(y)[x] = static_cast<uchar>(
+                std::lround(255.0f *
+                            (values[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                                    static_cast<std::size_t>(x)] -
+                             low) /
+                            span));
     return image;
 }
 
@@ -151,14 +156,17 @@ void StampTray::Refill() {
         button->setFocusPolicy(Qt::NoFocus);
         const QString name = QFileInfo(path).completeBaseName();
         button->setAccessibleName(tr("Stamp %1").arg(name));
-        button->setToolTip(tr("<b>%1</b><br>Shapes the dabs by this image.").arg(name.toHtmlEscaped()));
+        button->setToolTip(
+            tr("<b>%1</b><br>Shapes the dabs by this image.").arg(name.toHtmlEscaped()));
         connect(button, &QToolButton::clicked, this, [this, path] { Choose(path); });
         tiles->addWidget(button);
         buttons[path] = button;
         Load(path);
     }
-    QToolButton* add = MakeIconButton(
-        QStringLiteral("plus"), tr("Add stamp"), tr("Adds an image. Images can be dropped here as well."), tray);
+    QToolButton* add = MakeIconButton(QStringLiteral("plus"),
+                                      tr("Add stamp"),
+                                      tr("Adds an image. Images can be dropped here as well."),
+                                      tray);
     add->setFixedSize(tileSide, tileSide);
     connect(add, &QToolButton::clicked, this, &StampTray::Browse);
     tiles->addWidget(add);
@@ -194,8 +202,9 @@ void StampTray::Refresh() {
         button.value()->setChecked(!file.isEmpty() &&
                                    QFileInfo(button.key()).canonicalFilePath() == file);
     current->setText(name.empty() ? tr("The active tool has no stamp. Click one to use it.")
-                     : isOn       ? tr("In use: %1").arg(QFileInfo(QString::fromStdString(name)).fileName())
-                                  : tr("Off: %1").arg(QFileInfo(QString::fromStdString(name)).fileName()));
+                     : isOn
+                         ? tr("In use: %1").arg(QFileInfo(QString::fromStdString(name)).fileName())
+                         : tr("Off: %1").arg(QFileInfo(QString::fromStdString(name)).fileName()));
 }
 
 void StampTray::Choose(const QString& path) {
@@ -206,10 +215,11 @@ void StampTray::Choose(const QString& path) {
 }
 
 void StampTray::Browse() {
-    const QString path = QFileDialog::getOpenFileName(window(),
-                                                      tr("Add Stamp"),
-                                                      preferences.LastFolder("stamps"),
-                                                      tr("Images (%1)").arg(imageFilters.join(u' ')));
+    const QString path =
+        QFileDialog::getOpenFileName(window(),
+                                     tr("Add Stamp"),
+                                     preferences.LastFolder("stamps"),
+                                     tr("Images (%1)").arg(imageFilters.join(u' ')));
     if (path.isEmpty()) return;
     preferences.SetLastFolder("stamps", QFileInfo(path).absolutePath());
     Choose(path);
@@ -217,7 +227,8 @@ void StampTray::Browse() {
 
 void StampTray::dragEnterEvent(QDragEnterEvent* event) {
     const QList<QUrl> urls = event->mimeData()->urls();
-    if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return IsImage(url.toLocalFile()); }))
+    if (std::any_of(
+            urls.begin(), urls.end(), [](const QUrl& url) { return IsImage(url.toLocalFile()); }))
         event->acceptProposedAction();
 }
 

@@ -56,9 +56,8 @@ double ValueSlider::FractionOf(double of) const {
 
 double ValueSlider::ValueAt(double fraction) const {
     const double least = SoftLeast(), most = SoftMost();
-    const double at = range.isLogarithmic && least > 0.0
-                          ? least * std::pow(most / least, fraction)
-                          : least + (most - least) * fraction;
+    const double at = range.isLogarithmic && least > 0.0 ? least * std::pow(most / least, fraction)
+                                                         : least + (most - least) * fraction;
     // Values of a drag are round: three significant digits.
     const double step = std::pow(10.0, std::floor(std::log10(std::max(std::abs(at), 1e-12))) - 2);
     return Limited(std::round(at / step) * step);
@@ -99,7 +98,7 @@ QString ValueSlider::ValueText() const {
         while (text.contains(point) && text.endsWith(u'0')) text.chop(1);
         if (text.endsWith(point)) text.chop(1);
     }
-    return range.unit.isEmpty()              ? text
+    return range.unit.isEmpty() ? text
            : range.unit == QLatin1String("%") || range.unit == QStringLiteral("°")
                ? text + range.unit
                : text + u' ' + range.unit;
@@ -133,10 +132,10 @@ void ValueSlider::paintEvent(QPaintEvent*) {
     const QString number = ValueText();
     const int numberWidth = fontMetrics().horizontalAdvance(number);
     painter.drawText(text, Qt::AlignVCenter | Qt::AlignRight, number);
-    painter.drawText(text.adjusted(0, 0, -numberWidth - 6, 0),
-                     Qt::AlignVCenter | Qt::AlignLeft,
-                     fontMetrics().elidedText(
-                         name, Qt::ElideRight, text.width() - numberWidth - 6));
+    painter.drawText(
+        text.adjusted(0, 0, -numberWidth - 6, 0),
+        Qt::AlignVCenter | Qt::AlignLeft,
+        fontMetrics().elidedText(name, Qt::ElideRight, text.width() - numberWidth - 6));
 }
 
 void ValueSlider::mousePressEvent(QMouseEvent* event) {

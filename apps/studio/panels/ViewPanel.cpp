@@ -53,8 +53,8 @@ ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
     layout->addWidget(surface);
     auto* scene = new Section(tr("Scene"), this);
     AddActions(scene, actions, {"view.grid", "view.ground", "view.orthographic", "view.frame"});
-    fieldOfView = new ValueSlider(
-        tr("Field of view"), tr("Angle of the camera from top to bottom"), scene);
+    fieldOfView =
+        new ValueSlider(tr("Field of view"), tr("Angle of the camera from top to bottom"), scene);
     ValueSlider::Range range;
     range.least = 5;
     range.most = 120;
@@ -107,8 +107,8 @@ ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
 
 void ViewPanel::ChooseColor(std::size_t index) {
     RenderSettings settings = view.Settings();
-    const QColor color = QColorDialog::getColor(
-        settings.background.at(index), window(), tr("Background Colour"));
+    const QColor color =
+        QColorDialog::getColor(settings.background.at(index), window(), tr("Background Colour"));
     if (!color.isValid()) return;
     settings.background.at(index) = color;
     view.SetSettings(settings);

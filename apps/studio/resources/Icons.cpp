@@ -21,9 +21,9 @@ public:
 
     void paint(QPainter* painter, const QRect& area, QIcon::Mode mode, QIcon::State) override {
         const QPalette palette = QApplication::palette();
-        QColor ink = color.isValid()              ? color
-                     : mode == QIcon::Selected    ? palette.color(QPalette::HighlightedText)
-                                                  : palette.color(QPalette::ButtonText);
+        QColor ink = color.isValid()           ? color
+                     : mode == QIcon::Selected ? palette.color(QPalette::HighlightedText)
+                                               : palette.color(QPalette::ButtonText);
         QByteArray text = svg;
         text.replace("#000", ink.name(QColor::HexRgb).toLatin1());
         QSvgRenderer renderer(text);

@@ -30,55 +30,139 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
     files.FillRecent(file->addMenu(MainWindow::tr("Open Recent")));
     Fill(file,
          actions,
-         {"-", "file.save", "file.saveAs", "file.saveIncremental", "-", "file.import",
-          "file.export", "file.bake", "file.displace", "-", "file.script.run", "file.script.save",
-          "file.screenshot", "-", "file.quit"});
+         {"-",
+          "file.save",
+          "file.saveAs",
+          "file.saveIncremental",
+          "-",
+          "file.import",
+          "file.export",
+          "file.bake",
+          "file.displace",
+          "-",
+          "file.script.run",
+          "file.script.save",
+          "file.screenshot",
+          "-",
+          "file.quit"});
     Fill(bar->addMenu(MainWindow::tr("&Edit")),
          actions,
-         {"edit.undo", "edit.redo", "-", "edit.cancel", "edit.reset", "-", "window.preferences",
+         {"edit.undo",
+          "edit.redo",
+          "-",
+          "edit.cancel",
+          "edit.reset",
+          "-",
+          "window.preferences",
           "window.keymap"});
     QMenu* tools = bar->addMenu(MainWindow::tr("&Tools"));
     for (const ToolAppearance& tool : KnownTools())
         Fill(tools, actions, {QStringLiteral("tool.%1").arg(tool.name)});
     Fill(tools,
          actions,
-         {"-", "brush.larger", "brush.smaller", "brush.stronger", "brush.weaker", "-",
-          "brush.pressure.strength", "brush.pressure.size", "brush.steady", "brush.stamp",
+         {"-",
+          "brush.larger",
+          "brush.smaller",
+          "brush.stronger",
+          "brush.weaker",
+          "-",
+          "brush.pressure.strength",
+          "brush.pressure.size",
+          "brush.steady",
+          "brush.stamp",
           "brush.facing"});
     Fill(bar->addMenu(MainWindow::tr("&Levels")),
          actions,
-         {"level.subdivide", "level.subdivide.once", "-", "level.up", "level.down", "-",
-          "level.unsubdivide", "level.apply", "-", "level.delete.higher", "level.delete.lower"});
+         {"level.subdivide",
+          "level.subdivide.once",
+          "-",
+          "level.up",
+          "level.down",
+          "-",
+          "level.unsubdivide",
+          "level.apply",
+          "-",
+          "level.delete.higher",
+          "level.delete.lower"});
     Fill(bar->addMenu(MainWindow::tr("L&ayers")),
          actions,
-         {"layer.add", "layer.duplicate", "layer.rename", "layer.none", "-", "layer.visible",
-          "layer.lock", "layer.raise", "layer.lower", "-", "layer.merge", "layer.erase",
+         {"layer.add",
+          "layer.duplicate",
+          "layer.rename",
+          "layer.none",
+          "-",
+          "layer.visible",
+          "layer.lock",
+          "layer.raise",
+          "layer.lower",
+          "-",
+          "layer.merge",
+          "layer.erase",
           "layer.delete"});
     Fill(bar->addMenu(MainWindow::tr("&Mask")),
          actions,
-         {"mask.clear", "mask.fill", "mask.invert", "-", "mask.grow", "mask.shrink", "mask.blur",
-          "mask.sharpen", "-", "mask.cavity", "mask.ridges", "-", "visibility.hide",
-          "visibility.isolate", "visibility.show", "visibility.invert", "visibility.grow"});
+         {"mask.clear",
+          "mask.fill",
+          "mask.invert",
+          "-",
+          "mask.grow",
+          "mask.shrink",
+          "mask.blur",
+          "mask.sharpen",
+          "-",
+          "mask.cavity",
+          "mask.ridges",
+          "-",
+          "visibility.hide",
+          "visibility.isolate",
+          "visibility.show",
+          "visibility.invert",
+          "visibility.grow"});
     Fill(bar->addMenu(MainWindow::tr("&Symmetry")),
          actions,
-         {"symmetry.x", "symmetry.y", "symmetry.z", "symmetry.radial", "symmetry.topological",
-          "symmetry.off", "-", "symmetry.symmetrize", "symmetry.symmetrize.negative"});
+         {"symmetry.x",
+          "symmetry.y",
+          "symmetry.z",
+          "symmetry.radial",
+          "symmetry.topological",
+          "symmetry.off",
+          "-",
+          "symmetry.symmetrize",
+          "symmetry.symmetrize.negative"});
     QMenu* view = bar->addMenu(MainWindow::tr("&View"));
-    Fill(view, actions, {"view.frame", "view.orthographic", "-", "view.front", "view.back",
-                         "view.right", "view.left", "view.top", "view.bottom", "-"});
+    Fill(view,
+         actions,
+         {"view.frame",
+          "view.orthographic",
+          "-",
+          "view.front",
+          "view.back",
+          "view.right",
+          "view.left",
+          "view.top",
+          "view.bottom",
+          "-"});
     QMenu* matcaps = view->addMenu(MainWindow::tr("Matcap"));
     for (const MatcapName& matcap : MatcapTitles())
         Fill(matcaps, actions, {QStringLiteral("view.matcap.%1").arg(matcap.name)});
     Fill(matcaps, actions, {"-", "view.matcap.next"});
     Fill(view,
          actions,
-         {"view.cavity", "view.wireframe", "view.flat", "view.mask", "view.groups", "-",
-          "view.grid", "view.ground"});
+         {"view.cavity",
+          "view.wireframe",
+          "view.flat",
+          "view.mask",
+          "view.groups",
+          "-",
+          "view.grid",
+          "view.ground"});
     QMenu* windows = bar->addMenu(MainWindow::tr("&Window"));
     Fill(windows, actions, {"window.palette", "window.panels", "window.fullscreen", "-"});
     for (const ActionInfo& info : actions.Infos())
         if (info.id.startsWith(QLatin1String("panel."))) Fill(windows, actions, {info.id});
-    Fill(bar->addMenu(MainWindow::tr("&Help")), actions, {"help.welcome", "window.keymap", "-", "help.about"});
+    Fill(bar->addMenu(MainWindow::tr("&Help")),
+         actions,
+         {"help.welcome", "window.keymap", "-", "help.about"});
 }
 
 }  // namespace trovik::studio

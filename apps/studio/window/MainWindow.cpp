@@ -139,11 +139,11 @@ void MainWindow::ShowTitle() {
     }
     const DocumentState& state = context.State();
     const OpenedDocument& document = context.engine.Document();
-    const QString name =
-        !state.scenePath.empty() ? QFileInfo(QString::fromStdString(state.scenePath)).fileName()
-        : !document.title.empty()
-            ? QString::fromStdString(document.title)
-            : QFileInfo(QString::fromStdString(document.sourcePath)).fileName();
+    const QString name = !state.scenePath.empty()
+                             ? QFileInfo(QString::fromStdString(state.scenePath)).fileName()
+                         : !document.title.empty()
+                             ? QString::fromStdString(document.title)
+                             : QFileInfo(QString::fromStdString(document.sourcePath)).fileName();
     setWindowTitle(tr("%1[*] – Trovik Studio").arg(name));
     setWindowModified(state.isModified);
 }
@@ -158,8 +158,8 @@ void MainWindow::ShowError(const QString& text) { message->ShowError(text); }
 
 void MainWindow::TogglePanels() {
     const QList<QDockWidget*> docks = findChildren<QDockWidget*>();
-    const bool anyShown =
-        std::any_of(docks.begin(), docks.end(), [](const QDockWidget* dock) { return dock->isVisible(); });
+    const bool anyShown = std::any_of(
+        docks.begin(), docks.end(), [](const QDockWidget* dock) { return dock->isVisible(); });
     for (QDockWidget* dock : docks) dock->setVisible(!anyShown);
 }
 
@@ -201,7 +201,9 @@ void MainWindow::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
     // Not inside the event: a question may follow, which would block the program that drags.
     QMetaObject::invokeMethod(
-        this, [this, path = urls.first().toLocalFile()] { files->Open(path); }, Qt::QueuedConnection);
+        this,
+        [this, path = urls.first().toLocalFile()] { files->Open(path); },
+        Qt::QueuedConnection);
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {

@@ -18,8 +18,8 @@ class ToolShelf;
 class WelcomeHint;
 
 /// The window of the studio: the viewport in the middle, tools at the left, brush and panels at the
-/// right, menus, a bar with radius, strength and symmetry, and numbers below. It adds all actions to
-/// the registry.
+/// right, menus, a bar with radius, strength and symmetry, and numbers below. It adds all actions
+/// to the registry.
 ///
 /// Panels never keep the key focus: it returns to the viewport after each entry, and when the
 /// pointer enters the viewport.

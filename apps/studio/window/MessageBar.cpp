@@ -32,8 +32,8 @@ MessageBar::MessageBar(QWidget* covered) : QFrame(covered), over(covered) {
     label = new QLabel(this);
     label->setWordWrap(true);
     label->setAccessibleName(tr("Message"));
-    QToolButton* close = MakeIconButton(
-        QStringLiteral("close"), tr("Close"), tr("Closes the message"), this);
+    QToolButton* close =
+        MakeIconButton(QStringLiteral("close"), tr("Close"), tr("Closes the message"), this);
     const int side = fontMetrics().height() - 2;
     close->setIconSize({side, side});
     layout->addWidget(icon);
@@ -71,7 +71,8 @@ void MessageBar::Place() {
     const int width = std::min(maxWidth, over->width() - 24);
     const int natural = label->fontMetrics().horizontalAdvance(label->text()) + 90;
     const int used = std::min(width, natural);
-    const int height = layout()->hasHeightForWidth() ? layout()->heightForWidth(used) : sizeHint().height();
+    const int height =
+        layout()->hasHeightForWidth() ? layout()->heightForWidth(used) : sizeHint().height();
     setGeometry((over->width() - used) / 2, over->height() - height - 14, used, height);
 }
 

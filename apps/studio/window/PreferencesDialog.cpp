@@ -24,8 +24,7 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
     Choices scales;
     for (const int percent : {75, 90, 100, 110, 125, 150, 175, 200})
         scales.push_back({QStringLiteral("%1 %").arg(percent), percent / 100.0});
-    QComboBox* scale =
-        AddChoice(tr("Interface size"), tr("Size of texts and controls"), scales);
+    QComboBox* scale = AddChoice(tr("Interface size"), tr("Size of texts and controls"), scales);
     Choose(scale, preferences.UiScale());
     Choices presets;
     for (const QString& preset : Keymap::Presets())
@@ -37,11 +36,8 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
                      "orbits. The keys of the preset apply as well."),
                   presets);
     Choose(navigation, preferences.Navigation());
-    QSpinBox* undo = AddWhole(tr("Undo memory (MiB)"),
-                              tr("Memory for undo steps"),
-                              64,
-                              65536,
-                              preferences.UndoBudget());
+    QSpinBox* undo = AddWhole(
+        tr("Undo memory (MiB)"), tr("Memory for undo steps"), 64, 65536, preferences.UndoBudget());
     undo->setSingleStep(256);
     QCheckBox* undoFile = AddCheck(tr("Older undo steps on disk"),
                                    tr("Keeps undo steps beyond that memory in a temporary file"),

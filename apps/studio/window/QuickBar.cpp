@@ -28,18 +28,24 @@ QuickBar::QuickBar(Engine& given, ActionRegistry& registry, QWidget* parent)
         addWidget(slider);
         return slider;
     };
-    radius = add(tr("Radius"), tr("Radius of the brush. Hold F over the viewport to change it there."));
+    radius =
+        add(tr("Radius"), tr("Radius of the brush. Hold F over the viewport to change it there."));
     AddAction("brush.pressure.size");
     strength = add(tr("Strength"),
                    tr("Strength of the brush. Hold Shift+F over the viewport to change it there."));
     AddAction("brush.pressure.strength");
     addSeparator();
-    for (const char* id : {"symmetry.x", "symmetry.y", "symmetry.z", "symmetry.radial"}) AddAction(id);
+    for (const char* id : {"symmetry.x", "symmetry.y", "symmetry.z", "symmetry.radial"})
+        AddAction(id);
     auto* space = new QWidget(this);
     space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     addWidget(space);
-    for (const char* id : {"view.frame", "view.orthographic", "view.wireframe", "view.cavity",
-                           "view.grid", "window.palette"})
+    for (const char* id : {"view.frame",
+                           "view.orthographic",
+                           "view.wireframe",
+                           "view.cavity",
+                           "view.grid",
+                           "window.palette"})
         AddAction(id);
     connect(radius, &ValueSlider::Edited, this, [this](double value) {
         engine.Run(SetStep(radiusName, value));

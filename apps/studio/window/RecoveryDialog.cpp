@@ -21,12 +21,12 @@ QString StepText(const JournalStep& step) {
     QString text = QString::fromStdString(step.label);
     if (text.isEmpty() && step.step.is_object()) {
         QStringList names;
-        for (const auto& [name, value] : step.step.items()) names.append(QString::fromStdString(name));
+        for (const auto& [name, value] : step.step.items())
+            names.append(QString::fromStdString(name));
         text = names.join(QStringLiteral(", "));
     }
     if (text.isEmpty()) text = RecoveryDialog::tr("Stroke");
-    if (step.dabs > 0)
-        text += RecoveryDialog::tr(" (%n dab(s))", "", static_cast<int>(step.dabs));
+    if (step.dabs > 0) text += RecoveryDialog::tr(" (%n dab(s))", "", static_cast<int>(step.dabs));
     return text;
 }
 
@@ -55,7 +55,8 @@ std::vector<RecoverableWork> FindRecoverableWork(const QString& folder) {
         QDir(folder).entryInfoList({QStringLiteral("*.journal")}, QDir::Files, QDir::Time);
     for (const QFileInfo& file : files) {
         // A lock belongs to a process that still writes the journal.
-        if (FileLock(file.absoluteFilePath().toStdString()).State() == FileLock::Result::Busy) continue;
+        if (FileLock(file.absoluteFilePath().toStdString()).State() == FileLock::Result::Busy)
+            continue;
         RecoverableWork work = Describe(file);
         // A closed journal, and one without a step, hold nothing that is not elsewhere.
         if (work.problem == QLatin1String("closed")) continue;
@@ -70,10 +71,10 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
     setWindowTitle(tr("Recover Work"));
     resize(720, 440);
     auto* layout = new QVBoxLayout(this);
-    auto* intro = new QLabel(
-        tr("The studio ended before this work was saved. Everything up to the last finished dab can "
-           "be recovered."),
-        this);
+    auto* intro = new QLabel(tr("The studio ended before this work was saved. Everything up to the "
+                                "last finished dab can "
+                                "be recovered."),
+                             this);
     intro->setWordWrap(true);
     layout->addWidget(intro);
     auto* columns = new QHBoxLayout;
@@ -134,9 +135,10 @@ void RecoveryDialog::ShowWork() {
     if (!work.picture.isNull())
         picture->setPixmap(QPixmap::fromImage(work.picture)
                                .scaled(380, 220, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    details->setText(work.problem.isEmpty()
-                         ? tr("%1\n%n step(s)", "", static_cast<int>(work.steps.size())).arg(work.source)
-                         : work.problem);
+    details->setText(
+        work.problem.isEmpty()
+            ? tr("%1\n%n step(s)", "", static_cast<int>(work.steps.size())).arg(work.source)
+            : work.problem);
     recover->setEnabled(work.problem.isEmpty());
     steps->clear();
     for (auto step = work.steps.rbegin(); step != work.steps.rend(); ++step) steps->addItem(*step);

@@ -19,7 +19,8 @@ StatusNumbers::StatusNumbers(Engine& given, ViewModel& model, QWidget* parent)
     layout->setContentsMargins(8, 0, 6, 0);
     text = new QLabel(this);
     text->setAccessibleName(tr("Document"));
-    text->setToolTip(tr("Level, faces, memory, undo bytes, time of a dab, time from pen to picture"));
+    text->setToolTip(
+        tr("Level, faces, memory, undo bytes, time of a dab, time from pen to picture"));
     layout->addWidget(text);
     connect(&engine, &Engine::StateChanged, this, &StatusNumbers::Refresh);
     connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& figures) {
@@ -39,11 +40,10 @@ void StatusNumbers::Refresh() {
     }
     const DocumentState& state = *engine.State();
     const DocumentState::Level& level = state.levels.at(state.currentLevel);
-    QStringList parts{
-        tr("Level %1/%2").arg(state.currentLevel).arg(state.levels.size() - 1),
-        tr("%1 faces").arg(CountText(level.faces)),
-        BytesText(static_cast<uint64_t>(std::max<int64_t>(state.memoryBytes, 0))),
-        tr("undo %1").arg(BytesText(state.historyBytes + state.historyBytesOnDisk))};
+    QStringList parts{tr("Level %1/%2").arg(state.currentLevel).arg(state.levels.size() - 1),
+                      tr("%1 faces").arg(CountText(level.faces)),
+                      BytesText(static_cast<uint64_t>(std::max<int64_t>(state.memoryBytes, 0))),
+                      tr("undo %1").arg(BytesText(state.historyBytes + state.historyBytesOnDisk))};
     if (millisecondsPerDab > 0.0) parts.append(tr("dab %1 ms").arg(millisecondsPerDab, 0, 'f', 2));
     if (view.PenLatency() > 0.0)
         parts.append(tr("pen to picture %1 ms").arg(view.PenLatency() * 1000.0, 0, 'f', 0));

@@ -42,7 +42,8 @@ TEST(ValueSlider, ShiftDragsFinely) {
     const auto drag = [&](Qt::KeyboardModifiers keys) {
         slider.SetValue(50);
         QTest::mousePress(&slider, Qt::LeftButton, keys, {100, 10});
-        QMouseEvent move(QEvent::MouseMove, {140, 10}, {140, 10}, Qt::LeftButton, Qt::LeftButton, keys);
+        QMouseEvent move(
+            QEvent::MouseMove, {140, 10}, {140, 10}, Qt::LeftButton, Qt::LeftButton, keys);
         QApplication::sendEvent(&slider, &move);
         QTest::mouseRelease(&slider, Qt::LeftButton, keys, {140, 10});
         return slider.Value();
@@ -54,7 +55,12 @@ TEST(ValueSlider, ShiftDragsFinely) {
 TEST(ValueSlider, LogarithmicRangesReachSmallValues) {
     ValueSlider slider("Radius", "", nullptr);
     slider.resize(100, 22);
-    slider.SetRange({.least = 0, .most = 1e12, .softLeast = 0.01, .softMost = 1, .isLogarithmic = true, .unit = {}});
+    slider.SetRange({.least = 0,
+                     .most = 1e12,
+                     .softLeast = 0.01,
+                     .softMost = 1,
+                     .isLogarithmic = true,
+                     .unit = {}});
     slider.SetValue(1);
     slider.show();
     QTest::mousePress(&slider, Qt::LeftButton, {}, {80, 10});
@@ -134,8 +140,7 @@ TEST_F(Curve, PointsKeepTheirOrderAndTheEndsStay) {
 
 TEST(Settings, StepsNestFieldsOfGroups) {
     EXPECT_EQ(SetStep("radius", 0.5), (nlohmann::json{{"set", {{"radius", 0.5}}}}));
-    EXPECT_EQ(SetStep("stamp.factor", 2),
-              (nlohmann::json{{"set", {{"stamp", {{"factor", 2}}}}}}));
+    EXPECT_EQ(SetStep("stamp.factor", 2), (nlohmann::json{{"set", {{"stamp", {{"factor", 2}}}}}}));
 }
 
 TEST(Settings, UnknownSettingsGetALabelFromTheirName) {

@@ -25,9 +25,7 @@ protected:
     ActionRegistry actions{&window};
     int runs = 0;
 
-    void SetUp() override {
-        Fill(actions);
-    }
+    void SetUp() override { Fill(actions); }
 
     void Fill(ActionRegistry& registry) {
         registry.Add({.id = "edit.undo",
@@ -148,14 +146,16 @@ TEST_F(KeymapTest, ResetOfOneActionTakesItsKeyBack) {
 TEST_F(KeymapTest, ErrorsNameFilePlaceAndValueAndChangeNothing) {
     Keymap keymap(actions, Path("user.json"));
     const QString path = Path("bad.json");
-    Write(path, "{\"format\": \"trovik-keymap\", \"version\": 1, \"preset\": \"default\", "
-                "\"keys\": {\"edit.undo\": [\"Hyper+Nonsense\"]}}");
+    Write(path,
+          "{\"format\": \"trovik-keymap\", \"version\": 1, \"preset\": \"default\", "
+          "\"keys\": {\"edit.undo\": [\"Hyper+Nonsense\"]}}");
     EXPECT_EQ(keymap.Import(path), path + ": /keys/edit.undo: \"Hyper+Nonsense\" is not a key");
     Write(path, "{\"format\": \"trovik-keymap\", \"version\": 7, \"preset\": \"default\"}");
     EXPECT_EQ(keymap.Import(path), path + ": /version: expected 1, got 7");
     Write(path, "{\"format\": \"trovik-keymap\", \"version\": 1, \"preset\": \"mine\"}");
-    EXPECT_TRUE(keymap.Import(path).contains("/preset: expected one of default, alt-drag, pen, got "
-                                             "\"mine\""));
+    EXPECT_TRUE(
+        keymap.Import(path).contains("/preset: expected one of default, alt-drag, pen, got "
+                                     "\"mine\""));
     Write(path, "{\"format\": ");
     EXPECT_TRUE(keymap.Import(path).startsWith(path + ": byte "));
     EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+Z")});
@@ -183,7 +183,8 @@ TEST_F(KeymapTest, TheEditorBindsTheNextKeyAndReportsConflicts) {
 
     editor.Capture("edit.undo");
     QTest::keyClick(list, Qt::Key_Y, Qt::ControlModifier);
-    EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+U")}) << "taken at the first press";
+    EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+U")})
+        << "taken at the first press";
     EXPECT_TRUE(editor.Message().contains("Ctrl+Y belongs to Redo"));
     QTest::keyClick(list, Qt::Key_Y, Qt::ControlModifier);
     EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+Y")});

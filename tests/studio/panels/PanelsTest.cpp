@@ -48,8 +48,10 @@ TEST_F(StudioWindow, BrushPanelShowsTheSettingsThatApplyForEveryTool) {
 
 TEST_F(StudioWindow, EverySliderSendsItsOwnSetting) {
     OpenSphere();
-    engine.Run({{"set", {{"stamp", {{"enabled", true}}}, {"facing", {{"on", true}}},
-                         {"pressureControlsSize", true}}}});
+    engine.Run({{"set",
+                 {{"stamp", {{"enabled", true}}},
+                  {"facing", {{"on", true}}},
+                  {"pressureControlsSize", true}}}});
     Finish();
     int sliders = 0;
     for (const ToolSetting& setting : ToolSettingList(*engine.Settings())) {
@@ -59,9 +61,10 @@ TEST_F(StudioWindow, EverySliderSendsItsOwnSetting) {
         ASSERT_NE(slider, nullptr) << setting.name;
         ++sliders;
         const ValueSlider::Range& range = slider->Limits();
-        const double shown = (range.softLeast == range.softMost ? range.least + range.most
-                                                                : range.softLeast + range.softMost) /
-                             2.5;
+        const double shown =
+            (range.softLeast == range.softMost ? range.least + range.most
+                                               : range.softLeast + range.softMost) /
+            2.5;
         Q_EMIT slider->Edited(shown);
         Finish();
         const double factor = AppearanceOf(setting).factor;
@@ -280,9 +283,19 @@ TEST_F(StudioWindow, HistoryJumpsToAStep) {
 
 TEST_F(StudioWindow, MaskAndVisibilityActionsRun) {
     OpenSphere();
-    for (const char* id : {"mask.fill", "mask.invert", "mask.cavity", "mask.grow", "mask.shrink",
-                           "mask.blur", "mask.sharpen", "mask.fill", "visibility.isolate",
-                           "visibility.show", "visibility.invert", "visibility.show", "mask.clear"}) {
+    for (const char* id : {"mask.fill",
+                           "mask.invert",
+                           "mask.cavity",
+                           "mask.grow",
+                           "mask.shrink",
+                           "mask.blur",
+                           "mask.sharpen",
+                           "mask.fill",
+                           "visibility.isolate",
+                           "visibility.show",
+                           "visibility.invert",
+                           "visibility.show",
+                           "mask.clear"}) {
         Action(id)->trigger();
         Finish();
         EXPECT_TRUE(failures.empty()) << id << ": " << failures.join("\n").toStdString();
@@ -321,7 +334,8 @@ TEST_F(StudioWindow, ViewActionsChangeTheRenderSettings) {
     Action("view.orthographic")->trigger();
     EXPECT_TRUE(view.IsOrthographic());
     Vector along;
-    QObject::connect(&view, &ViewModel::LookRequested, [&](const Vector& d, const Vector&) { along = d; });
+    QObject::connect(
+        &view, &ViewModel::LookRequested, [&](const Vector& d, const Vector&) { along = d; });
     Action("view.right")->trigger();
     EXPECT_EQ(along, Vector(-1, 0, 0));
 }

@@ -21,7 +21,8 @@ StudioWindow::~StudioWindow() = default;
 
 void StudioWindow::OpenSphere(int levels) {
     OpenRequest request;
-    request.meshPath = WritePrimitive(Primitive::Sphere, 8, folder.filePath("shapes").toStdString());
+    request.meshPath =
+        WritePrimitive(Primitive::Sphere, 8, folder.filePath("shapes").toStdString());
     request.levels = levels;
     engine.Open(request);
     ASSERT_TRUE(WaitFor([this] {
