@@ -176,7 +176,10 @@ TEST_F(StudioWindow, EveryControlHasANameAndATooltip) {
         const bool isControl = qobject_cast<QAbstractButton*>(widget) != nullptr ||
                                qobject_cast<QComboBox*>(widget) != nullptr ||
                                qobject_cast<ValueSlider*>(widget) != nullptr;
-        if (!isControl || widget->objectName().startsWith("qt_")) continue;
+        // Parts of Qt's own controls, such as the icon in a line edit.
+        if (!isControl || widget->objectName().startsWith("qt_") ||
+            qobject_cast<QLineEdit*>(widget->parentWidget()) != nullptr)
+            continue;
         ++controls;
         EXPECT_FALSE(widget->accessibleName().isEmpty())
             << widget->metaObject()->className() << " " << widget->objectName().toStdString();
