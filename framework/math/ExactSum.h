@@ -32,7 +32,7 @@ public:
     }
     bool IsExact() const { return lost == 0.0; }
     const DoubleVector& Value() const { return sum; }
-    /// Number of terms that were added.
+    /// Number of terms added so far.
     uint32_t Count() const { return count; }
 
 private:

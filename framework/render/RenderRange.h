@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// The largest absolute coordinate of vertices and cameras in world space that renders accept.
+/// The largest absolute world-space coordinate that renders accept for vertices and cameras.
 /// Squared distances then stay within the range of floats.
 inline constexpr float maxRenderCoordinate = 1e18f;
 
@@ -16,7 +16,7 @@ inline constexpr float maxRenderCoordinate = 1e18f;
 bool IsRenderable(const Vector& position);
 
 /// \param what  for example "vertex 12".
-/// \throw HostError with `what` and the position, unless IsRenderable.
+/// \throw HostError with `what` and the position if the position is not renderable (IsRenderable).
 void CheckRenderable(const std::string& what, const Vector& position);
 
 /// \throw HostError if the eye or the target of the camera is not renderable, if they coincide, if

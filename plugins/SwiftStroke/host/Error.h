@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// An error as the host and its plug-ins throw it: by pointer, `throw (new Error(...))->Format(
-/// text)`. The code that catches it must call Dispose.
+/// An error of the host or a plug-in, thrown by pointer: `throw (new Error(...))->Format( text)`.
+/// The code that catches it must call Dispose.
 class TROVIK_API Error {
 public:
     enum Code : int {
