@@ -43,8 +43,8 @@ std::string LineAndColumn(const std::string& text, std::size_t at) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/// Returns the error message of the parser, without its preamble and without the last text that it
-/// read, which may be long and not UTF-8.
+/// Returns the parser's error message without the preamble and without the quoted input, which may
+/// be long and may not be UTF-8.
 std::string PlainReason(std::string reason) {
     if (const auto from = reason.find("] "); from != std::string::npos) reason.erase(0, from + 2);
     if (const auto from = reason.find(" - "); from != std::string::npos) reason.erase(0, from + 3);
@@ -145,8 +145,8 @@ private:
         bool isRepeated = false;
     };
 
-    /// Returns the pointer of the next value. The innermost array does not contain it yet; in an
-    /// outer array, the last item is the one that contains it.
+    /// Returns the JSON Pointer to the next value. The innermost array does not contain the value
+    /// yet; in an outer array, the last item contains it.
     std::string Pointer() const {
         std::string pointer;
         for (const Level& level : levels) {

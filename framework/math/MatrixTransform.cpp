@@ -9,7 +9,7 @@ namespace {
 
 constexpr double degree = 0.017453292519943295;
 
-/// Rotation about axis 0, 1 or 2; row-vector convention.
+/// Returns the rotation about axis 0, 1 or 2, in the row-vector convention.
 Matrix Turn(int axis, float degrees) {
     Matrix turn;
     const double angle = static_cast<double>(degrees) * degree;

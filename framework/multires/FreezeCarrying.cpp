@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// Sets amounts of a level and records the old ones.
+/// Sets freeze amounts of a level and records the old ones.
 class FreezeSetter {
 public:
     FreezeSetter(LevelMesh& changedLevel, CarriedLevel& changes)

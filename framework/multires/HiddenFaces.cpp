@@ -86,7 +86,7 @@ std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
     std::vector<FaceRun> found;
     uint32_t end = 0;
     for (const FaceRun& run : runs) {
-        // One run may end in the coarse face in which the next one begins.
+        // A run may end in the same coarse face in which the next run begins.
         const uint32_t first = std::max(run.first / shrink * grow, end);
         const uint32_t last = (run.first + run.count - 1) / shrink * grow + grow;
         if (last <= first) continue;

@@ -41,8 +41,8 @@ std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror
     return TopologicalMirror::FromImages(level, std::move(images));
 }
 
-/// Returns the mirror of the coarse faces, given that of their refinement. The image of a coarse
-/// face is the face whose child is the image of its first child.
+/// Returns the mirror of the coarse faces, given the mirror of their refinement. The image of a
+/// coarse face is the face whose child is the image of its first child.
 std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirror,
                                                   const CoarseFaces& coarse,
                                                   const LevelMesh& coarseLevel,

@@ -184,8 +184,7 @@ Vector ImageRenderer::PlainColor(const SurfaceSample& sample, const Vector& toEy
     const Vector& n = sample.shadingNormal;
     switch (options.shading) {
         case ShadingMode::Matcap: {
-            // In the frame of the ray, so that a sphere has the same appearance at every position
-            // in the image.
+            // Relative to the ray, so that a sphere looks the same at every position in the image.
             const Vector across = (view.Up() & toEye).Normalized();
             const Vector upwards = toEye & across;
             return FrozenTint(mesh, sample, matcap->At(n | across, n | upwards));

@@ -63,7 +63,7 @@ RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
     if (box.IsEmpty()) return camera;
     camera.target = Vector(box.minX + box.maxX, box.minY + box.maxY, box.minZ + box.maxZ) * 0.5f;
 
-    // Every point must be inside the four planes of the view frustum; each plane requires a
+    // Every point must be inside the four planes of the view frustum; each plane requires a minimum
     // distance.
     constexpr float margin = 1.08f;
     const float tangent = std::tan(verticalFieldOfView * 0.5f * 0.017453293f);

@@ -16,8 +16,8 @@ namespace {
 /// Cubic B-spline over five pixels.
 constexpr float kernel[5] = {1.0f / 16.0f, 4.0f / 16.0f, 6.0f / 16.0f, 4.0f / 16.0f, 1.0f / 16.0f};
 constexpr int radius = 2;
-/// Distances between the taps of each pass. Their sum plus that of the variance estimate, times the
-/// radius, is filterReach.
+/// Distances between the taps of each pass. filterReach is the sum of these distances and the
+/// variance estimate's, times the radius.
 constexpr int passes[] = {1, 2, 4};
 static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 
@@ -141,7 +141,7 @@ void FilterVisibility(int width,
         mean = here.key;
         key.Store(mean, unused);
         here.keyVariance = BinomialVariance(mean, here.keyCount);
-        // No ray of this pixel was above the horizon, so the value of the neighbours is the best
+        // None of this pixel's rays were above the horizon, so the neighbours' value is the best
         // estimate.
         if (here.keyCount == 0.0f) here.key = mean;
     });

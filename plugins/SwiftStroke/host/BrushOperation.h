@@ -231,7 +231,7 @@ public:
     virtual void SetDirectionVector(const Vector& direction);
 
     /// Starts a stroke. Every call is followed by one EndStroke.
-    /// \param mesh  the mesh to bind; may be null: the first dab then binds the mesh of its hit.
+    /// \param mesh  the mesh to bind; if null, the first dab binds the mesh of its hit.
     /// \param trigger  unless TriggerStroke, the stroke does not sculpt.
     virtual void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger);
     /// Ends the stroke: finishes the changes of all its meshes as one undo step and unlocks the
