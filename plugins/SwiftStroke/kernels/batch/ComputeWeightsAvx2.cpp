@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The weights of ComputeWeights.cpp, eight vertices at a time. The operations are the same line by
-/// line; the comments are in that file.
+/// The weights of ComputeWeights.cpp, computed for eight vertices at a time. The operations are the
+/// same line by line; that file has the comments.
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
 
@@ -31,8 +31,8 @@ TROVIK_AVX2 inline __m256 TwoRows(const float (*start)[4], uint32_t i) {
     return CombineHalves(_mm_load_ps(start[i]), _mm_load_ps(start[i + 4]));
 }
 
-/// The switches are constants at every call, because this function is inlined. A template would
-/// lose the attribute.
+/// The switches are constants at every call, because this function is inlined. A template would not
+/// inherit the target attribute.
 TROVIK_AVX2_INLINE uint64_t ComputeWeight(const WeightTerms& terms,
                                           uint32_t count,
                                           VertexBatch& batch,

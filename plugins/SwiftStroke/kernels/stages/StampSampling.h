@@ -83,7 +83,7 @@ TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, 
 
 /// The four pixels and weights of a bilinear read. The base pixel is the rounded coordinate, while
 /// the fractions are those of the coordinate minus one half. The base is therefore one pixel
-/// further than usual; the position of stamps depends on this convention.
+/// further than usual; results depend on this convention.
 struct BilinearRead {
     BilinearRead(const SwiftStroke& brush, const StampPosition& stampPosition, bool tiled) {
         const float du = static_cast<float>(static_cast<double>(stampPosition.u) - 0.5);
