@@ -56,7 +56,7 @@ public:
     /// A source can only be read from front to back, so each pass over the faces collects as many
     /// parts as fit into `maxWords` words. A larger part gets a separate pass and is passed on
     /// without being collected. There are at most 2 * words / maxWords + 1 passes.
-    /// \param wordsOf  returns the total number of words of the faces of a part.
+    /// \param wordsOf  returns the total number of words of a part's faces.
     /// \param blockParts  the lists that ReadFaces must fill for `describe`.
     void ForEachWord(const std::function<std::uint64_t(const Part&)>& wordsOf,
                      unsigned blockParts,

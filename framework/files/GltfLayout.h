@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// A duplicate of a vertex with another texture coordinate.
+/// A duplicate of a vertex that has a different texture coordinate.
 struct GltfCopy {
     std::uint32_t vertex;
     std::array<float, 2> uv;
@@ -40,7 +40,7 @@ public:
         return vertex < source.VertexCount() ? vertex
                                              : copies[vertex - source.VertexCount()].vertex;
     }
-    /// Calls `take(index of the copy)` for the copies of a vertex of the mesh.
+    /// Calls `take(index of the copy)` for the copies of a mesh vertex.
     template <class Take>
     void ForEachCopyOf(std::uint32_t vertex, Take take) const {
         const auto first = copiesOf.find(vertex);

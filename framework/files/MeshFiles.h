@@ -33,8 +33,8 @@ enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 
 /// Reads the polygons of an OBJ file.
 ///
-/// - All groups and objects form one mesh, in file order. `name` is that of the first object, or of
-///   the first group if there is no object.
+/// - All groups and objects form one mesh, in file order. `name` is the name of the first object,
+///   or of the first group if there is no object.
 /// - Coordinates are parsed to the nearest float, in any locale; a fourth coordinate is ignored.
 /// - Corners may refer to vertices and texture coordinates by negative indices, and to ones that
 ///   are defined later in the file.
@@ -62,9 +62,9 @@ TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 /// - The elements `vertex` (scalar x, y, z; nx, ny, nz if all three are present) and `face` (list
 ///   `vertex_indices` or `vertex_index`) are read. Elements and properties may have any order and
 ///   number type.
-/// - UVs are read from the vertices (s and t, u and v, or texture_u and texture_v), otherwise from
-///   the list `texcoord` of faces. Equal UVs at the corners of a vertex become one entry of the
-///   list.
+/// - UVs are read from the vertex properties (s and t, u and v, or texture_u and texture_v),
+///   otherwise from the face list `texcoord`. Equal UVs at the corners of a vertex become one entry
+///   of the mesh's UV list.
 /// - Colours are read from the vertices (red, green, blue, alpha). Integers are in units of 1/255,
 ///   or 1/65535 for 16 bits.
 /// - The header lines `obj_info name`, `obj_info units` and `obj_info up`, which WritePly writes,
@@ -75,10 +75,11 @@ TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 /// \throw HostError with the file, the line or byte, the element and its row, and the reason.
 TROVIK_API PolygonMesh ReadPly(const std::string& path, JobControl* job = nullptr);
 
-/// Writes a PLY file: positions and normals as floats, faces as lists. UVs are s and t of vertices
-/// if the mesh has no seams, otherwise the list `texcoord` of faces. Colours are bytes if bytes
-/// represent them exactly, otherwise floats. Binary encodings are bit-exact; text has as many
-/// digits as WriteObj. The file is written completely or not at all: see OutputFile.
+/// Writes a PLY file: positions and normals as floats, faces as lists. UVs are stored as the vertex
+/// properties s and t if the mesh has no seams, and otherwise as the face list `texcoord`. Colours
+/// are bytes if bytes represent them exactly, otherwise floats. Binary encodings are bit-exact;
+/// text has as many digits as WriteObj. The file is written completely or not at all: see
+/// OutputFile.
 /// \throw HostError with the file and the reason given by the system.
 TROVIK_API void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding);
 

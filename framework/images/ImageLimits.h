@@ -25,7 +25,7 @@ TROVIK_API void CheckImageSize(const std::string& path,
                                std::int64_t channels,
                                std::size_t maxBytes);
 
-/// \throw HostError with the path and the first pixel and channel whose value is not finite.
+/// \throw HostError with the path and the first pixel and channel that has a non-finite value.
 TROVIK_API void CheckImageFinite(const char* doing,
                                  const std::string& path,
                                  const FloatImage& image);

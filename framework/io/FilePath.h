@@ -15,7 +15,7 @@ TROVIK_API std::string LowerExtension(const std::string& path);
 
 /// Returns the size of a regular file in bytes.
 /// \throw HostError with the path and the reason if the file does not exist or is not a regular
-/// file. A folder is rejected, and so is a pipe, which could block a reader for ever.
+/// file. A folder is rejected, and so is a pipe, which could block a reader forever.
 TROVIK_API std::uint64_t RegularFileSize(const std::string& path);
 
 /// Sets the function that receives one line for each file event that users should know about, such
@@ -29,7 +29,7 @@ TROVIK_API void SetFileNotes(std::function<void(const std::string&)> receive);
 /// \throw HostError under the same conditions as FileReplacement.
 TROVIK_API void CheckWritable(const std::string& path);
 
-/// A new file that replaces another one only when it is complete.
+/// A new file that replaces an existing one only when the new file is complete.
 ///
 /// The constructor creates a file next to the target, in the same folder and with the same
 /// extension. It has the target's access rights if the target exists, otherwise the default ones.

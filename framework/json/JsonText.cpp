@@ -125,8 +125,9 @@ public:
     bool parse_error(std::size_t position,
                      const std::string& token,
                      const nlohmann::detail::exception& error) override {
-        // The position is that of the last byte read, counted from 1. For words and strings the
-        // first byte is needed; the token starts with the latest string or number.
+        // The parser's position is the last byte that it read, counted from 1. For words and
+        // strings, the first byte of the token is needed; the token ends with the most recent
+        // string or number.
         std::size_t at = std::min(position == 0 ? 0 : position - 1, text.size());
         const bool isString = at < text.size() && text[at] == '"' && token.size() > 1 &&
                               token.size() <= at + 1 && token.front() == '"' &&

@@ -23,7 +23,7 @@ const Vector& OffsetOf(const LayerBase::Layers&, const LayerBase::VertexLayers::
     return entry.state.offset;
 }
 
-/// Returns the layer base plus the layers, except `without`. `first` to `last` are the layers that
+/// Returns the layer base plus all layers except `without`. `first` to `last` are the layers that
 /// touch the vertex, lowest first.
 template <typename Touch>
 Vector Sum(const Vector& base,

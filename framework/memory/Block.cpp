@@ -108,7 +108,7 @@ void Block::LogAll(float share, bool everyBlock) {
     try {
         WriteLog(share, everyBlock);
     } catch (const std::bad_alloc&) {
-        // Called because an allocation failed; logging must not throw another error.
+        // Called after a failed allocation, so logging must not throw another error.
     }
 }
 

@@ -47,8 +47,8 @@ public:
         uint32_t face;
         uint32_t corner;
     };
-    /// Returns the mirror image of a corner of a face of level `level`, or nothing if that
-    /// component has no mirror image. Cost: O(level).
+    /// Returns the mirror image of a face corner on level `level`, or nothing if its component has
+    /// no mirror image. Cost: O(level).
     std::optional<Corner> Across(uint32_t level, uint32_t face, uint32_t corner) const;
 
     /// For each level-0 face: its image face * 4 + shift, or openBorder. Used to store a mirror.

@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-/// Returns the number of faces of level `fine` in one face of level `coarse`.
+/// Returns how many faces of level `fine` a face of level `coarse` contains.
 uint32_t FacesInFace(const LevelGeometry& geometry, uint32_t coarse, uint32_t fine) {
     uint32_t faces = 1;
     for (uint32_t level = coarse; level < fine; ++level)
@@ -22,7 +22,7 @@ bool AreAllHidden(const LevelMesh& level, uint32_t first, uint32_t count) {
     });
 }
 
-/// Returns the coarse faces in `runs` whose visibility does not match that of their children.
+/// Returns the coarse faces in `runs` whose visibility does not match their children's.
 std::vector<FaceRun> DifferingFromChildren(const LevelMesh& coarse,
                                            const LevelMesh& fine,
                                            const std::vector<FaceRun>& runs) {

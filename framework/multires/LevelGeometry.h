@@ -64,13 +64,14 @@ public:
     /// (LIMIT)"), or if the element counts of the highest level do not fit the index type.
     void CheckForecast(uint32_t times, uint64_t byteBudget, uint64_t additionalBytes = 0) const;
 
-    /// Binds another level. Changes since the last switch are propagated through the levels in
+    /// Binds a different level. Changes since the last switch are propagated through the levels in
     /// between: to coarser levels by fitting, to finer levels by rotating their detail with the
     /// surface; see DetailCarrier, and FreezeCarrying.h for freeze amounts. If nothing changed,
     /// every level stays bit-identical.
     /// \return the changes of the levels that were updated.
     std::vector<CarriedLevel> BindLevel(uint32_t index);
-    /// Binds another level as BindLevel does, and returns the state that Exchange needs to go back.
+    /// Binds a different level as BindLevel does, and returns the state that Exchange needs to
+    /// switch back.
     /// \throw Cancelled; every level is then bit-identical to before, and the observers have not
     /// been notified.
     LevelSwitch SwitchLevel(uint32_t index, JobControl* job = nullptr);

@@ -12,7 +12,7 @@
 /// create and push their own steps (LevelChange).
 namespace trovik {
 
-/// Binds another level and returns its undo step, which is not pushed yet. Undo binds the level
+/// Binds a different level and returns the undo step, which is not pushed yet. Undo binds the level
 /// that was bound before, and restores the exact position, normal and freeze amount of every vertex
 /// to which changes were propagated. Redo restores the propagated values. The undo steps of the
 /// functions below do the same.

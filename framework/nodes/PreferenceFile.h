@@ -27,7 +27,8 @@ TROVIK_API std::vector<std::string> PreferenceKeys();
 /// value from here.
 TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
-/// Returns the reason for a message about a value whose type differs from that of the preference.
+/// Returns the reason, for use in a message, that a value's type differs from the preference's
+/// type.
 TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);
 
 /// Returns the path of the user's preferences file: trovik/preferences.json in $XDG_CONFIG_HOME, by

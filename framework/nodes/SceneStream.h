@@ -27,18 +27,18 @@ public:
     /// \throw Error* if the bytes are not a scene or end within the header.
     explicit SceneStream(std::vector<uint8_t> bytes);
 
-    /// Returns an empty stream for writing, without a header, with the format and class versions of
-    /// this stream.
+    /// Returns an empty stream for writing. It has no header, and has this stream's format and
+    /// class versions.
     SceneStream Section() const;
-    /// Returns a stream that reads `size` bytes, borrowed, with the format and class versions of
-    /// this stream.
+    /// Returns a stream that reads `size` borrowed bytes with this stream's format and class
+    /// versions.
     /// \param place  offset of the first byte in its file, for messages.
     /// \param what  the name of the section for messages, such as "chunk LEVL".
     SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t offset, QString what) const;
 
     /// Writes a class with a version other than its current one, as an older program would.
     void SetClassVersion(const ClassDesc* classDesc, int version);
-    /// Returns header and data of a written stream.
+    /// Returns the header and the data of a written stream.
     std::vector<uint8_t> ToBytes() const;
     /// Writes the scene to a new file that replaces the old one.
     /// \throw HostError with the file.

@@ -36,7 +36,7 @@ public:
     /// Returns the value as text, independently of the locale; the text of a float parses back to
     /// exactly the same float.
     virtual QString AsString() const = 0;
-    /// \return false, without a change, if the text is not a value of this type.
+    /// \return false, without changing the value, if the text is not a value of this type.
     virtual bool SetFromString(const QString& text) = 0;
     /// Connects `target`, which then follows this attribute. If the target had a different source,
     /// that connection ends.
@@ -150,8 +150,8 @@ public:
         StartEvent(NodeEventSourceConnected);
         target.StartEvent(NodeEventTargetConnected);
     }
-    /// A target of another type cannot receive the value; its owner is only notified that something
-    /// changed.
+    /// A target of a different type cannot receive the value; its owner is only notified of a
+    /// change.
     void UpdateTargets() override {
         for (uint32_t i = 0; i < TargetCount(); ++i) {
             if (AttributeInstance* same = SameType(*Target(i)))

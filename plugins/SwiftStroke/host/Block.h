@@ -19,7 +19,7 @@ public:
     Block& operator=(const Block&) = delete;
 
     /// Adds to the accounted total.
-    /// \return false, without a change, if the total would exceed the limit.
+    /// \return false, without changing the total, if it would exceed the limit.
     static bool RegisterMemoryBlock(int64_t bytes);
     static void UnregisterMemoryBlock(int64_t bytes);
     /// Sets the name under which later allocations are accounted; null resets it.

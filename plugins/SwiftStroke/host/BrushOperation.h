@@ -170,7 +170,7 @@ public:
     /// Returns CheckableFloatArray::s_bActive.
     virtual bool UsesFalloffBasedOnFacingAngle() const;
     /// Configures the falloff by the angle between the surface and the view. `on` is process-wide;
-    /// the angles, in degrees, are those of facingAngleStart and facingAngleRange.
+    /// the angles, in degrees, set facingAngleStart and facingAngleRange.
     virtual void SetFalloffBasedOnFacingAngle(bool on, float start, float range);
     /// Returns the stamp's StampConfiguration::randomize.
     virtual bool UsesStampRandomize() const;
@@ -188,7 +188,7 @@ public:
     /// Returns whether the values v of the mask are inverted: 1 - v + offset instead of v - offset,
     /// where offset is MaskOffset(mask).
     virtual bool IsMaskInverted(int mask) const;
-    /// Returns the factor that is applied to all mask values, 1 by default. A brush reads it for
+    /// Returns the factor that is applied to all mask values, 1 by default. Brushes call this for
     /// every dab.
     virtual float MaskFactor(int mask) const;
     /// Returns whether the mask is repeated in both directions.
@@ -259,11 +259,11 @@ public:
     /// weights are 1.
     virtual void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing);
     /// Activates a tool by its name.
-    /// \return false, without a change, if the class of this brush has no tool with this name.
+    /// \return false, without any effect, if the class of this brush has no tool with this name.
     virtual bool SetActiveConfiguration(const QString& name);
-    /// Activates a tool; null activates none. Stores the settings of the previous tool, and
-    /// restores those of the new tool if it has any. A brush overrides this to apply the defaults
-    /// of a new tool. The configuration is borrowed.
+    /// Activates a tool; null deactivates the active tool. Stores the settings of the previous
+    /// tool, and restores those of the new tool if it has any. A brush overrides this to apply the
+    /// defaults of a new tool. The configuration is borrowed.
     virtual void SetActiveConfiguration(BrushConfiguration* configuration);
     /// Returns the active tool, or null.
     virtual BrushConfiguration* ActiveConfiguration() const;

@@ -213,7 +213,7 @@ void SwiftStroke::SetUpStampFrame(const Vector& position) {
     stampScaleU = (right - origin).Length() / 100.0f;
     stampScaleV = (origin - below).Length() / 100.0f;
     stampScaleHeight = std::sqrt(stampScaleV * stampScaleU);
-    // Read for every dab, so that the factor can change during a stroke.
+    // The factor is read for every dab, because it can change during a stroke.
     stampFactor = MaskFactor(stampMask);
 }
 

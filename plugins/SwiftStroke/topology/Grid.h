@@ -61,7 +61,7 @@ public:
 
 private:
     /// Crosses side k of the view.
-    /// \return whether another patch was entered. Crossing a side at which a patch is joined to
+    /// \return whether a different patch was entered. Crossing a side at which a patch is joined to
     /// itself rotates the view but preserves the coordinates.
     bool Cross(uint32_t k);
 };

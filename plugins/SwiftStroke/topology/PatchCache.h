@@ -26,11 +26,12 @@ struct PatchVertexEntry;
 /// vertices.
 ///
 /// If the bounding box of the recorded positions is out of reach of the brush, the patch is
-/// *culled*: none of its vertices moves in this dab, whichever patch visits them. Culled patches
-/// surround the patches that move; they are about a quarter of all patches that a dab visits. The
-/// effects of the kernel and of the normals pass are then applied without reading the vertices:
+/// *culled*: none of its vertices moves in this dab, no matter which patch visits them. Culled
+/// patches surround the patches that move; they are about a quarter of all patches that a dab
+/// visits. The effects of the kernel and of the normals pass are then applied without reading the
+/// vertices:
 ///
-/// - Each record's mark is set to that of the dab.
+/// - Each record's mark is set to the dab's mark.
 /// - The normals of the corners and of the vertices next to them on the edge are recomputed,
 ///   because a corner also belongs to patches other than this one and its direct neighbours.
 /// - All other normals already have the value that a visit would compute. The neighbours of these

@@ -211,7 +211,7 @@ TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
     const __m128 zeros =
         _mm_or_ps(_mm_cmpeq_ps(least, _mm_setzero_ps()), _mm_cmpeq_ps(most, _mm_setzero_ps()));
     if ((_mm_movemask_ps(zeros) & 14) != 0) {
-        // A sum is -0 only if both operands are, so a -0 must have been present before.
+        // A sum is -0 only if both operands are -0, so a -0 must have been present before.
         bool negative =
             HoldNegativeZero(&patch.boundsMin, 1) || HoldNegativeZero(&patch.boundsMax, 1);
         for (uint32_t row = 0; row < rowCount && !negative; ++row)

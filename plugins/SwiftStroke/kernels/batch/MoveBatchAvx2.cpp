@@ -2,8 +2,8 @@
 
 /// \file
 /// The second stage of the vertex step, two vertices at a time, for kernels in which the order of
-/// vertices matters only for the bounds. The operations are those of the stages, line by line; the
-/// files of the stages have the comments.
+/// vertices matters only for the bounds. The operations match those of the stages line by line; the
+/// stages' files have the comments.
 #include "kernels/KernelSwitches.h"
 #include "kernels/batch/VertexBatch.h"
 
