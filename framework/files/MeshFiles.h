@@ -20,7 +20,7 @@ namespace trovik {
 /// Vertices (including those without faces), faces and corners keep the order of the file. Faces
 /// that use a vertex twice are skipped and counted in `notes`. The result satisfies
 /// CheckPolygonMesh.
-/// \throw HostError for any other extension; and the errors of the format's reader.
+/// \throw HostError for any other extension, or as the format's reader does.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = nullptr);
 
 /// Writes a mesh file. The extension, in any case, selects the format: `.obj`, `.ply` (binary
@@ -36,8 +36,8 @@ enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 /// - All groups and objects form one mesh, in file order. `name` is the name of the first object,
 ///   or of the first group if there is no object.
 /// - Coordinates are parsed to the nearest float, in any locale; a fourth coordinate is ignored.
-/// - Corners may refer to vertices and texture coordinates by negative indices, and to ones that
-///   are defined later in the file.
+/// - Corners may refer to vertices and texture coordinates by negative indices, and to ones defined
+///   later in the file.
 /// - Normals are read if the file has them per vertex: as many normals as positions, with equal
 ///   normal and position indices at each corner.
 /// - Colours are read if all vertices have three or four numbers after their coordinates.
@@ -66,7 +66,7 @@ TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 ///   otherwise from the face list `texcoord`. Equal UVs at the corners of a vertex become one entry
 ///   of the mesh's UV list.
 /// - Colours are read from the vertices (red, green, blue, alpha). Integers are in units of 1/255,
-///   or 1/65535 for 16 bits.
+///   or of 1/65535 for 16-bit types.
 /// - The header lines `obj_info name`, `obj_info units` and `obj_info up`, which WritePly writes,
 ///   are read.
 /// - All other data is skipped.

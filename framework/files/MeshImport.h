@@ -7,8 +7,7 @@
 #include <cstddef>
 #include <string>
 
-/// \file
-/// The last step of every mesh reader.
+/// \file The final step of every mesh reader.
 namespace trovik {
 
 class JobControl;

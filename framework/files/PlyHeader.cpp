@@ -209,7 +209,7 @@ private:
     /// excessive allocations.
     void CheckCounts() const {
         const bool isText = header.encoding == PlyEncoding::Text;
-        // The last number of a text needs no white space after it.
+        // The last number of a text does not need white space after it.
         std::uint64_t remaining = file.Remaining() + (isText ? 1 : 0);
         for (const PlyElement& element : header.elements) {
             std::uint64_t shortestRow = 0;

@@ -139,7 +139,7 @@ bool StepKeeper::StartWorker() {
     try {
         worker = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     } catch (const std::system_error&) {
-        // The system cannot start a thread because of a limit on threads or address space.
+        // The system cannot start a thread, because of a limit on threads or address space.
         return false;
     } catch (const std::bad_alloc&) {
         return false;

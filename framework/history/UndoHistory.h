@@ -73,8 +73,8 @@ public:
     /// `joinPrevious`.
     /// \param strokeNumber  identifies the stroke; not 0.
     void PushOfStroke(std::unique_ptr<UndoStep> step, uint64_t strokeNumber);
-    /// If `on` is true, the next step to be pushed joins the newest one, regardless of its
-    /// joinPrevious. False cancels this.
+    /// If `on` is true, the next step to be pushed joins the newest one, regardless of the step's
+    /// joinPrevious. A call with false cancels this.
     void JoinNext(bool on) { joinNext = on; }
     /// Sets a function that is called before undo and redo with the name of the action, such as
     /// "undo". The function refuses the action by throwing.
@@ -97,7 +97,7 @@ public:
 
     /// Sets the folder of a temporary file. From then on, steps that exceed the budget are moved
     /// into that file instead of being dropped, starting with those farthest from the position. The
-    /// file grows to at most eight times the budget; beyond that the oldest steps are dropped. It
+    /// file grows to at most eight times the budget; beyond that, the oldest steps are dropped. It
     /// is not listed in the folder and disappears when the program ends. An empty name stops
     /// further writing.
     ///
@@ -147,7 +147,7 @@ private:
     /// Reduces the history to the budget by moving steps into the file and by dropping steps.
     void Fit();
     void DropOldest(uint64_t most);
-    /// Drops the group that is the first to be dropped.
+    /// Drops the next group in dropping order.
     /// \return false if only one group is left.
     bool DropGroup();
     void SpillFarthest();
@@ -163,7 +163,7 @@ private:
     std::size_t done = 0;
     uint64_t budget;
     UndoKeeping keeping;
-    /// Steps whose content was requested since the last change.
+    /// Steps whose content has been requested since the last change.
     mutable std::vector<std::size_t> opened;
     /// Stroke number of the newest step; 0 if it does not belong to a stroke or if the position has
     /// changed since.

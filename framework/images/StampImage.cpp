@@ -23,7 +23,7 @@ struct Colour {
     float c[3];
 };
 
-/// Returns the three colours of a pixel, multiplied by alpha where it applies.
+/// Returns the three colours of a pixel, multiplied by alpha if the alpha applies.
 Colour ColourOf(const float* pixel, uint32_t channels, bool isFloat) {
     const bool grey = channels <= 2;
     const bool hasAlpha = !isFloat && (channels == 2 || channels == 4);

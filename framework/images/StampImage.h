@@ -61,7 +61,7 @@ TROVIK_API bool IsVectorStampName(const std::string& fileName);
 
 /// A cache of stamps by file. A file is read again only if its size, modification time or identity
 /// has changed. The new pixels then replace those of the cached image, so that its owners detect
-/// the new version. Used only on the main thread of the host.
+/// the new version. Used only on the host's main thread.
 class TROVIK_API StampCache {
 public:
     static StampCache& Instance();

@@ -126,7 +126,7 @@ public:
                      const std::string& token,
                      const nlohmann::detail::exception& error) override {
         // The parser's position is the last byte that it read, counted from 1. For words and
-        // strings, the first byte of the token is needed; the token ends with the most recent
+        // strings, the first byte of the token is needed; `token` starts with the most recent
         // string or number.
         std::size_t at = std::min(position == 0 ? 0 : position - 1, text.size());
         const bool isString = at < text.size() && text[at] == '"' && token.size() > 1 &&

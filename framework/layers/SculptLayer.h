@@ -70,7 +70,7 @@ public:
         bool writable = true;
     };
     const Properties& UserProperties() const { return given; }
-    /// Sets the properties. Positions do not change.
+    /// Sets the properties; does not update positions.
     void SetUserProperties(const Properties& properties) { given = properties; }
 
     float Strength() const { return given.strength; }

@@ -15,10 +15,11 @@ namespace trovik {
 /// edges of the vertex, so that no edge is preferred, and that poles of any valence and borders are
 /// handled alike.
 ///
-/// The rotation preserves lengths, however the surface deforms. If the normals of the faces cancel,
-/// for example where two coincident sheets face each other, the face that is largest in both states
-/// is used instead, so that noise has no effect. If all faces are degenerate, the rotation is the
-/// identity. If the edges do not determine an angle, only the shortest rotation is used.
+/// The rotation preserves lengths under any deformation of the surface. If the normals of the faces
+/// cancel, for example where two coincident sheets face each other, the face that is largest in
+/// both states is used instead, so that noise has no effect. If all faces are degenerate, the
+/// rotation is the identity. If the edges do not determine an angle, only the shortest rotation is
+/// used.
 ///
 /// Computation is in double precision, so squared lengths neither underflow nor overflow.
 class TROVIK_API FrameRotation {

@@ -44,7 +44,7 @@ std::optional<uint64_t> FieldIn(const fs::path& path, const std::string& key) {
     return std::nullopt;
 }
 
-/// Lowers `least` to the number of bytes that remain within a limit.
+/// Lowers `least` to the number of bytes that a limit leaves, if that is less.
 void Apply(FreeMemory& least, uint64_t bytes, const char* limit) {
     if (bytes < least.bytes) least = {bytes, limit};
 }
@@ -87,7 +87,7 @@ void ApplyGroup(FreeMemory& least,
 
 void ApplyGroups(FreeMemory& least, const fs::path& systemRoot) {
     std::ifstream file(systemRoot / "proc/self/cgroup");
-    // Each line contains the number of the hierarchy, its controllers, and the path of the group.
+    // Each line contains the hierarchy's number, its controllers, and the group's path.
     for (std::string line; std::getline(file, line);) {
         const auto first = line.find(':');
         const auto second = first == std::string::npos ? first : line.find(':', first + 1);

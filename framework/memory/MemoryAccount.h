@@ -9,7 +9,7 @@
 namespace trovik {
 
 /// The memory accounting behind Block: the total size of all arrays, and its limit. Used only on
-/// the main thread of the host.
+/// the host's main thread.
 class TROVIK_API MemoryAccount {
 public:
     /// Sets the limit beyond which Block::RegisterMemoryBlock fails. Initially there is no limit.

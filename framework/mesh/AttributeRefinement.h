@@ -12,9 +12,9 @@ namespace trovik {
 
 struct PolygonMesh;
 
-/// The refinement rule of texture coordinates and colours. An edge point gets the mean of the two
-/// ends, a face point gets the mean of the corners, and an existing vertex keeps its value. Values
-/// are therefore bilinear over each quad of level 0, and a texture seam stays a seam.
+/// The refinement rule for texture coordinates and colours. An edge point gets the mean of the two
+/// endpoints, a face point gets the mean of the corners, and an existing vertex keeps its value.
+/// Values are therefore bilinear over each quad of level 0, and a texture seam stays a seam.
 ///
 /// The order of operations is fixed, so that both faces on an edge compute identical bits: edge (a
 /// + b) * 0.5, face ((a + b) + c [+ d ...]) * (1 / corners).

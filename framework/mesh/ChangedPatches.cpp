@@ -85,7 +85,7 @@ private:
     }
 
     /// Adds the vertices along the side of a face, excluding its endpoints.
-    /// \param below  number of levels from the level of the face to the finest level.
+    /// \param below  number of levels from the face's level to the finest level.
     void AddInside(uint32_t face,
                    uint32_t side,
                    uint32_t corners,

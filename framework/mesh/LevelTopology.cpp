@@ -76,7 +76,7 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
         }
         const bool ofTriangle = level == 1 && triangleBase;
         const uint32_t childCount = ofTriangle ? 3 : 4;
-        // The divisors are compile-time constants.
+        // Written so that the divisors are compile-time constants.
         const uint32_t above = ofTriangle ? face / 3 : face / 4;
         const uint32_t child = face - above * childCount;
         const ChildSide childSide =

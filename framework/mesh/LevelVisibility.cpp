@@ -87,7 +87,7 @@ void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
                             return IsFaceHidden(one);
                         }));
     });
-    // This includes vertices that were hidden before, which the first pass skips.
+    // This includes previously hidden vertices, which the first pass skips.
     forEachCorner(false, [this](uint32_t vertex, uint32_t) { SetVertexHidden(vertex, false); });
 }
 

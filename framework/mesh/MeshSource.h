@@ -33,7 +33,7 @@ struct TROVIK_API FaceBlock {
     std::vector<std::uint32_t> vertices;
     /// Per corner: the index into the UV list of the source, or SurfaceAttributes::none.
     std::vector<std::uint32_t> uvIndices;
-    /// Per corner; zeros if uvIndices is `none`.
+    /// Per corner; zeros if the entry of uvIndices is `none`.
     std::vector<std::array<float, 2>> uvs;
     /// Per face.
     std::vector<std::uint32_t> groups;

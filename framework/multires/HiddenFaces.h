@@ -17,7 +17,7 @@ namespace trovik {
 /// and switching levels does not change visibility. All code that adds or removes levels preserves
 /// this rule.
 
-/// The effect of a visibility change on a face of the bound level.
+/// How a visibility change affects a face of the bound level.
 enum class FaceVisibility : uint8_t { Keep, Hide, Show };
 
 /// Returns, in ascending order, the faces of the highest level that must be toggled so that the

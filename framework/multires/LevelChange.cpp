@@ -18,8 +18,8 @@ namespace trovik {
 
 namespace {
 
-/// Number of the current stroke, over all geometries, so that a step does not join one of an
-/// earlier stroke. Like all changes, it is accessed only on the host's main thread.
+/// Number of the current stroke, counted over all geometries, so that a step does not join a step
+/// of an earlier stroke. Like all changes, it is accessed only on the host's main thread.
 uint64_t currentStroke = 1;
 
 /// The allocation of the last change's records, reused by the next change: it has already grown,

@@ -32,7 +32,7 @@ public:
     void Turn(uint32_t vertex, const Vector& position, const SurfaceMove& move);
     /// Called once, after the last call of Turn.
     void Finish();
-    /// Whether nothing was rotated.
+    /// Whether no offset was rotated.
     bool IsEmpty() const { return layeredVertices.empty(); }
 
     /// Exchanges the current layer data with the stored data, bit-exactly.

@@ -43,8 +43,8 @@ private:
     std::function<void(const std::string&)> listener;
 };
 
-/// Redirects the messages of the kernel to a listener during its lifetime, then restores the
-/// previous listener. Scopes can be nested.
+/// Redirects the kernel's messages to a listener during the lifetime of this object, then restores
+/// the previous listener. Scopes can be nested.
 class HUDListening {
 public:
     explicit HUDListening(std::function<void(const std::string&)> listener)

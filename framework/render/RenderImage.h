@@ -51,7 +51,7 @@ struct RenderMesh {
     /// Bends); null for 0 everywhere.
     const float* curvatures = nullptr;
     /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without UVs. Null
-    /// if no corner has any.
+    /// if no corner has UVs.
     const float* cornerUvs = nullptr;
     /// Linear red, green, blue.
     float color[3] = {0.46f, 0.33f, 0.26f};
@@ -96,8 +96,8 @@ public:
     RenderScene(const RenderScene&) = delete;
     RenderScene& operator=(const RenderScene&) = delete;
 
-    /// Renders one image. Both sides of a face are shaded alike. The same input gives the same
-    /// bytes for any number of threads. Faces with a non-finite vertex are omitted.
+    /// Renders one image. Both sides of a face are shaded in the same way. The same input gives the
+    /// same bytes for any number of threads. Faces with a non-finite vertex are omitted.
     ///
     /// Shadows and ambient occlusion are sampled with `options.samples` rays each, and then
     /// smoothed between neighbouring pixels of the same surface within their sampling error: see
@@ -121,7 +121,7 @@ TROVIK_API RenderImage RenderOnce(const std::vector<RenderMesh>& meshes,
                                   JobControl* job = nullptr);
 
 /// Returns a camera that looks along `direction` (world space) and shows all of the meshes with a
-/// small margin. Hidden faces are ignored; if nothing is visible, it is the default camera.
+/// small margin. Hidden faces are ignored; if nothing is visible, the result is the default camera.
 /// \param up  the up direction of the image; replaced if it is parallel to `direction`.
 TROVIK_API RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
                                     const Vector& direction,

@@ -20,7 +20,7 @@ bool IsRenderable(const Vector& position);
 void CheckRenderable(const std::string& what, const Vector& position);
 
 /// \throw HostError if the eye or the target of the camera is not renderable, if they coincide, if
-/// `up` is not finite, or if the field of view is not between 0 and 180 degrees.
+/// `up` is non-finite, or if the field of view is not between 0 and 180 degrees.
 TROVIK_API void CheckCamera(const RenderCamera& camera);
 
 }  // namespace trovik

@@ -37,7 +37,7 @@ RenderMesh VisibleLevel(const LevelGeometry& geometry) {
         shown.faceFlags = level.faceFlags;
         shown.hiddenBit = faceIsHidden;
     }
-    // Tools see the vertex's own freeze amount, unless the vertex is hidden.
+    // Vertex::freeze is the vertex's own amount, unless the vertex is hidden.
     if (level.FrozenVertexCount() != 0) {
         shown.freeze = &level.vertices.array->freeze;
         shown.freezeStride = sizeof(Vertex);

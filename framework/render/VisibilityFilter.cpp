@@ -24,7 +24,7 @@ static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 /// Pixels belong to different surfaces if 1 - cosine of the angle between their normals exceeds
 /// this.
 constexpr float normalLimit = 0.10f;
-/// Maximum distance from the plane, in pixels per pixel of distance.
+/// Maximum distance from the surface plane, in pixels per pixel of image distance.
 constexpr float planeLimit = 0.6f;
 /// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
@@ -73,8 +73,8 @@ public:
         }
     }
 
-    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads, and adds the rows to
-    /// the phase.
+    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads, and reports finished
+    /// rows to the phase.
     template <typename Work>
     void ForEach(JobPhase& phase, Work work) const {
         const std::thread::id caller = std::this_thread::get_id();

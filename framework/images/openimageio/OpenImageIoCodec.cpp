@@ -68,7 +68,7 @@ void ReadRows(OIIO::ImageInput& input,
                                    block.data())
                 : input.read_scanlines(
                       0, 0, first, last, spec.z, 0, spec.nchannels, type, block.data());
-        // Some formats return zeros for unreadable data and report success.
+        // For some formats, the library returns zeros for unreadable data and reports success.
         std::string error = input.geterror();
         if (!done || !error.empty()) {
             ThrowImageError("read", path, std::move(error));

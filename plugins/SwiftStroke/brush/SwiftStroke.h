@@ -43,10 +43,10 @@ static_assert(sizeof(DeferredNormal) == 8);
 /// runs one of 1024 kernels on each (kernels/). For each patch, it also reads the ghost layer and
 /// recomputes the normals (topology/).
 ///
-/// State lives as long as the brush (attributes, brushSpace, the stamp cache), as long as the tool
-/// is active (flags, set at every activation), or as long as the stroke. Kernels also use the
-/// members as scratch memory, so a brush is not re-entrant; all work is done on the calling thread.
-/// The members are public because the kernel stages, which access them, are free functions.
+/// State belongs to the brush (attributes, brushSpace, the stamp cache), to the active tool (flags,
+/// set at every activation) or to the stroke. Kernels also use the members as scratch memory, so a
+/// brush is not re-entrant; all work is done on the calling thread. The members are public because
+/// the kernel stages, which access them, are free functions.
 class SwiftStroke : public DetailBrush,
                     public AdjacentVertexEnumerator,
                     public VertexEnumerator,
@@ -130,7 +130,7 @@ public:
     /// The common part of all kernels, which calls the loops of one kernel: see
     /// kernels/batch/RunPatch.cpp.
     bool RunPatch(uint32_t face, const KernelSwitches& switches, const BatchMovers& movers);
-    /// Returns the switches of this dab, except withFreeze.
+    /// Returns the switches of this dab, excluding withFreeze.
     KernelSwitches DabSwitches() const;
     /// Returns the switches of this dab, with withFreeze queried from the mesh; called for every
     /// patch.
@@ -359,7 +359,7 @@ public:
     float stampScaleV = 0.0f;
     float stampScaleHeight = 0.0f;
 
-    /// All bindings of this stroke, in order; the last one's change is the current change.
+    /// All bindings of this stroke, in order; the change of the last one is the current change.
     Store<MeshChangePair> meshChanges{"unknown"};
     uint32_t gridStride = 0;
     HWVector* positionGrid = nullptr;

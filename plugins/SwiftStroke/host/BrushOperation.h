@@ -300,7 +300,8 @@ public:
     virtual int FalloffIndex() const;
     /// Returns the number of alternate behaviours that a modifier key can select, 0 or 1.
     virtual unsigned AlternateBehaviorCount() const;
-    /// Returns the name of an alternate behaviour, such as "Smooth"; empty beyond the count.
+    /// Returns the name of an alternate behaviour, such as "Smooth"; empty for an index beyond the
+    /// count.
     virtual QString AlternateBehavior(unsigned index) const;
     /// Returns whether strokes snap to curves (strokeOptionE).
     virtual bool IsSnapToCurve() const;
@@ -327,7 +328,8 @@ public:
 
     /// Adds a tool to the process-wide catalogue, which takes ownership.
     static void AddConfiguration(BrushConfiguration* configuration);
-    /// Returns a tool of the catalogue, in the order of addition; null beyond the end.
+    /// Returns a tool of the catalogue by index, in the order of addition; null for an index beyond
+    /// the end.
     static BrushConfiguration* Configuration(uint32_t index);
     static uint32_t ConfigurationCount();
 

@@ -14,7 +14,7 @@ public:
     enum Code : int {
         None = 0,
         OutOfMemory = 1,
-        /// Incorrect use of an operation; the code of all errors that SwiftStroke itself throws.
+        /// Incorrect use of an operation; SwiftStroke itself throws only errors with this code.
         InvalidUse = 4,
     };
 

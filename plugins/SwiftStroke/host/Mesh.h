@@ -209,8 +209,8 @@ public:
                                  uint32_t* outCorner) = 0;
     /// Returns the neighbour across a side as face * 4 + side, or openBorder for an open border.
     virtual uint32_t QuadEdgeNeighbour(uint32_t face, uint32_t side) = 0;
-    /// Computes the normal of a face, of any length: for a quad the cross product of its diagonals,
-    /// for a triangle that of its sides at corner 0.
+    /// Computes the normal of a face, not normalised: for a quad, the cross product of its
+    /// diagonals; for a triangle, the cross product of its sides at corner 0.
     virtual void FaceNormal(Vector* out, uint32_t face) = 0;
     virtual trovik::Geometry* Geometry() = 0;
     /// Requests permission to change the mesh. If the result is false, the mesh must not be

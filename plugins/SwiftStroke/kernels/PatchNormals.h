@@ -8,7 +8,7 @@
 namespace trovik {
 
 /// Packed normals of up to 64 neighbouring cells of a grid row, each in the memory layout of
-/// PackedNormal, with the host word 0.
+/// PackedNormal, with the host's word set to 0.
 struct PackedRow {
     static constexpr uint32_t capacity = 64;
     alignas(32) uint64_t normals[capacity];

@@ -153,7 +153,7 @@ void SwiftStroke::SplitPatchLevel(int32_t wanted) {
         patchMeshLevel = static_cast<uint32_t>(level - wanted);
         patchLevel = wanted;
     }
-    // A patch must be a quad; if the base has triangles, level 1 is the coarsest level with quads.
+    // Patches must be quads; if the base has triangles, level 1 is the coarsest level with quads.
     const Geometry* geometry = mesh->Geometry();
     if (patchMeshLevel == 0 && geometry->LowestLevel()->meshType != 1 && patchLevel != 0) {
         ++patchMeshLevel;

@@ -39,7 +39,7 @@ void SwiftStroke::PrepareStamp() {
     try {
         RebuildStamp();
     } catch (...) {
-        // The pixels are missing or incomplete; the next stroke builds them again.
+        // The pixels are missing or incomplete; the next stroke rebuilds them.
         stampImage = nullptr;
         stampEnabled = false;
         throw;

@@ -87,7 +87,7 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
             positionSum = positionSum + HWVector(p) * weight;
             weightSum += weight;
             ++samples;
-            // At an open border the cursor does not move and the cell is counted again, so borders
+            // At an open border, the cursor does not move and the cell is counted again, so borders
             // have a greater weight.
             cursor.Step(0);
         }

@@ -19,7 +19,8 @@ struct WideLanes {
     __m256 x, y, z;
 };
 
-/// One component of a world position; r are the entries of the four matrix rows for it.
+/// Computes one component of a world position; `r` contains that component's entries of the four
+/// matrix rows.
 TROVIK_AVX2 inline __m256 ToWorldComponent(
     const WideLanes& p, float r0, float r1, float r2, float r3) {
     const __m256 far = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(r2), p.z), _mm256_set1_ps(r3));

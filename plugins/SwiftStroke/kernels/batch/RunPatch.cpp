@@ -51,8 +51,9 @@ public:
           weigh(WeightFunctionFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
           wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
-          // A mirrored read creates records between those of the vertices, and records must be in
-          // the order of first touch. In this case every vertex is processed separately.
+          // A mirrored stamp lookup creates records in between the vertices' own records, and
+          // records must be in the order of first touch. In this case, every vertex is processed
+          // separately.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
 
     /// Processes all entries from `entries` on.
