@@ -22,7 +22,7 @@ struct GltfShownMesh {
 /// Returns the meshes that the scene contains, in depth-first order of its nodes. If there is no
 /// scene, the nodes without a parent are the roots; if there are no nodes, all meshes are returned.
 /// \throw HostError with the file and the node, for indices of scenes, nodes or meshes that do not
-/// exist, and for nodes that are their own ancestors.
+/// exist, and for nodes that have several parents or are their own ancestors.
 std::vector<GltfShownMesh> FindShownMeshes(const GltfDocument& document);
 
 }  // namespace trovik

@@ -68,8 +68,8 @@ public:
         }
     }
 
-    /// Makes room to read a list of this many numbers.
-    /// \throw HostError if the list is too long.
+    /// Checks that the rest of the file can contain a list of this many numbers.
+    /// \throw HostError if it cannot.
     void CheckLength(PlyType, std::uint64_t count, const PlyRow& row) {
         // One digit and one blank each, except for the last number of the file.
         if (count > (rest.size() + file.Remaining() + 1) / 2) {

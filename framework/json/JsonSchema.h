@@ -51,8 +51,8 @@ private:
 };
 
 /// Parses a document, checks it and removes its comments.
-/// \param faults  receives all faults, except syntax errors, which are always thrown; if null, the
-/// first fault is thrown.
+/// \param faults  receives the faults, up to a limit; syntax errors are always thrown instead; if
+/// null, the first fault is thrown.
 /// \throw HostError with `name`.
 TROVIK_API nlohmann::json ParseAgainst(const JsonSchema& schema,
                                        const std::string& text,
