@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "host/Api.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -13,7 +15,7 @@ namespace trovik {
 /// Ranks are stored in pages of 512 numbers; pages without members are not stored. Cost and memory:
 /// linear in the members if their numbers are close together, as in a region of a mesh, plus 8
 /// bytes per 512 numbers between the lowest and the highest member.
-class IndexSet {
+class TROVIK_API IndexSet {
 public:
     /// \param members  in any order; duplicates are allowed.
     explicit IndexSet(std::span<const uint32_t> members);

@@ -17,26 +17,27 @@ void MakeSet(std::vector<uint32_t>& list);
 /// Returns, in ascending order, the faces that use any of the vertices. Cost: linear in the number
 /// of vertices, lowest if neighbouring vertices are close together in the list; at most linear in
 /// the size of the level.
-std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
+TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
 
 /// Overload for callers that already have some faces of the vertices, such as those of a region.
 /// `faces` then contains all faces of most vertices, and only vertices on the region's border are
 /// searched individually.
 /// \param faces  in ascending order; at least one face of each vertex that has any; may include
 /// others.
-std::vector<uint32_t> FacesAt(LevelMesh& level,
-                              const IndexSet& vertices,
-                              const std::vector<uint32_t>& faces);
+TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level,
+                                         const IndexSet& vertices,
+                                         const std::vector<uint32_t>& faces);
 
 /// Returns, in ascending order, the faces and all other faces that share a vertex with one of them.
-std::vector<uint32_t> WithFacesAround(LevelMesh& level, std::vector<uint32_t> faces);
+TROVIK_API std::vector<uint32_t> WithFacesAround(LevelMesh& level, std::vector<uint32_t> faces);
 
 /// Writes the faces around a vertex to `faces`, in ascending order and without duplicates; the list
 /// is empty if the vertex has none. Old contents are replaced, and the allocation is reused.
 void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces);
 
 /// Returns the vertices of the faces, in ascending order and without duplicates.
-std::vector<uint32_t> CornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces);
+TROVIK_API std::vector<uint32_t> CornersOf(const LevelMesh& level,
+                                           const std::vector<uint32_t>& faces);
 
 /// Returns the same vertices as a set.
 IndexSet CornerSetOf(const LevelMesh& level, const std::vector<uint32_t>& faces);

@@ -55,8 +55,8 @@ TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());
-/// The path of a weight on a string of this length (above 0), the other end of which is the pen: it
-/// stays while the string is slack, and then moves straight towards the pen. It begins where the
+/// The stabiliser: the path of a weight that the pen pulls by a cord of this length (above 0). It
+/// stays while the cord is slack, and then moves straight towards the pen. It begins where the
 /// pen begins, and ends where it is when the pen is lifted, up to the length of the string behind
 /// it. The result is the exact pursuit curve for any number of samples. No sample waits.
 TROVIK_API std::unique_ptr<PathStage> StabiliserStage(float length,

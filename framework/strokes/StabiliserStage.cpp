@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The stabiliser. The pen drags a weight on a string. Between two samples the pen moves
-/// straight, and the weight under a taut string follows a tractrix: the tangent of half the angle
+/// \file The stabiliser. The pen drags a weight by a cord. Between two samples the pen moves
+/// straight, and the weight under a taut cord follows a tractrix: the tangent of half the angle
 /// between string and path decreases by a factor of e per length of the string. The weight's
 /// position is therefore exact at any moment, and an additional sample on the path changes nothing.
 #include "framework/strokes/PathResampler.h"

@@ -270,7 +270,7 @@ TEST(RotatedLayers, UpwardOffsetPointsSidewaysAfterTheGridIsRotatedUpright) {
         geometry.Subdivide();
         geometry.History().Push(AddLayerAsStep(geometry, "up"));
         SculptLayer& layer = *geometry.Layers().All().front();
-        layer.Give({"up", 1.0f, visible, true});
+        layer.SetUserProperties({"up", 1.0f, visible, true});
         const Vector up(0, 0, 0.5f);
         layer.set(nullptr, layer.SlotOf(12), 12, &up, true);
         geometry.BindLevel(0);
