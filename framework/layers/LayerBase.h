@@ -47,7 +47,7 @@ public:
     };
 
     /// Absorbs the level's changes since the last call.
-    /// \param layers  of the level, lowest first.
+    /// \param layers  layers of the level, lowest first.
     /// Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
 

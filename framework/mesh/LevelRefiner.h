@@ -20,8 +20,9 @@ public:
     /// Builds the faces and vertex numbers of the level above. `fine` must be empty.
     void RefineTopology(LevelMesh& fine);
     /// Computes the positions of the level above. Calls `setPosition(vertex, position)` once for
-    /// each vertex of the fine level. `fine` supplies the vertex numbers. \param positions  of the
-    /// coarse level; null to use its current positions. Borrowed.
+    /// each vertex of the fine level. `fine` supplies the vertex numbers.
+    /// \param positions  positions of the coarse level; null to use its current positions.
+    /// Borrowed.
     template <typename SetPosition>
     void RefinePositions(const LevelMesh& fine,
                          SetPosition setPosition,

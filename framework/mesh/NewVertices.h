@@ -12,7 +12,8 @@ namespace trovik {
 /// that level or of a coarser one.
 class NewVertices {
 public:
-    /// \param newLevel  at least level 1. \param facesOfPatch  of the level below.
+    /// \param newLevel  at least level 1.
+    /// \param facesOfPatch  number of faces of the level below per patch.
     NewVertices(const LevelMesh& newLevel, uint32_t facesOfPatch) : level(newLevel) {
         const LevelMesh& below = *level.Hierarchy().Level(static_cast<uint32_t>(level.Index()) - 1);
         slotsPerPatch = facesOfPatch * below.CornersPerFace() * 4;

@@ -57,7 +57,7 @@ TROVIK_API CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullp
 /// the fine level, by least squares over all fine vertices (conjugate gradients in double
 /// precision, with a fixed order of operations). If the fine level is an exact refinement, the
 /// result equals its coarse level up to rounding.
-/// \param finePositions  of the vertices of the fine level.
+/// \param finePositions  positions of the fine level's vertices.
 /// \throw Cancelled.
 TROVIK_API std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
                                                   const LevelMesh& fine,

@@ -46,7 +46,7 @@ public:
 
     /// Propagates changes of the coarse level to the fine level.
     /// \param seen  the positions of the coarse level at the last synchronisation, sorted.
-    /// \param layers  of the fine level; null if it has none.
+    /// \param layers  layers of the fine level; null if it has none.
     /// \param carried  receives the changes of the fine surface.
     void Up(const OlderValues<Vector>& seen, RotatedLayers* layers, CarriedLevel& carried);
     /// Propagates changes of the fine level to the coarse level.

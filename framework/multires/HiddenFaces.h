@@ -29,7 +29,7 @@ TROVIK_API std::vector<FaceRun> FacesToToggle(const LevelGeometry& geometry,
 
 /// Toggles these faces of the highest level, and updates the faces of the levels below. Toggling
 /// the same runs again reverts the change. Must not be called during a stroke.
-/// \param runs  of the highest level, in ascending order.
+/// \param runs  runs of faces of the highest level, in ascending order.
 /// Cost: linear in the number of these faces, summed over all levels.
 TROVIK_API void ToggleHidden(LevelGeometry& geometry, const std::vector<FaceRun>& runs);
 

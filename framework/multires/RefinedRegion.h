@@ -34,7 +34,7 @@ public:
     using Quad = std::array<uint32_t, 4>;
 
     /// \param seen  the older positions of the coarse level, sorted.
-    /// \param regionFaces  of the coarse level, in ascending order.
+    /// \param regionFaces  faces of the coarse level, in ascending order.
     /// \throw Cancelled.
     RefinedRegion(LevelMesh& coarseLevel,
                   const LevelMesh& fineLevel,

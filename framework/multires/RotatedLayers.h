@@ -36,7 +36,7 @@ public:
     bool IsEmpty() const { return layeredVertices.empty(); }
 
     /// Exchanges the current layer data with the stored data, bit-exactly.
-    /// \param ground  of the level.
+    /// \param ground  layer base of the level.
     void Exchange(LayerBase& ground);
     uint64_t Bytes() const;
 

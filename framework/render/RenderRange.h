@@ -15,7 +15,7 @@ inline constexpr float maxRenderCoordinate = 1e18f;
 /// Returns whether all coordinates are finite and at most maxRenderCoordinate.
 bool IsRenderable(const Vector& position);
 
-/// \param what  for example "vertex 12".
+/// \param what  the object, for example "vertex 12".
 /// \throw HostError with `what` and the position if the position is not renderable (IsRenderable).
 void CheckRenderable(const std::string& what, const Vector& position);
 
