@@ -9,7 +9,7 @@ namespace trovik {
 
 /// Thrown when an operation is cancelled by its JobControl or by a callback. It is not a HostError:
 /// the input is not at fault, and callers must not add a location to it. Files that were being
-/// written have their old content; a journal ends as after a crash.
+/// written keep their old content; a journal ends as it would after a crash.
 class TROVIK_API Cancelled : public std::exception {
 public:
     Cancelled() noexcept = default;

@@ -8,14 +8,14 @@
 
 namespace trovik {
 
-/// Returns the candidate nearest to a misspelt word. It is accepted up to one edit per three
-/// letters of the longer word, but at least one edit. An edit inserts, deletes or replaces a byte,
-/// or swaps two adjacent bytes; ASCII case is ignored.
-/// \return the first of the nearest candidates; empty if none is near enough.
+/// Returns the candidate nearest to a misspelt word. A candidate is accepted up to one edit per
+/// three letters of the longer word, but at least one edit is allowed. An edit inserts, deletes or
+/// replaces a byte, or swaps two adjacent bytes; ASCII case is ignored.
+/// \return the first of the nearest candidates, or an empty text if none is near enough.
 TROVIK_API std::string ClosestWord(const std::string& word,
                                    const std::vector<std::string>& candidates);
 
-/// Returns the end of a message about an unknown word: `; did you mean "X"?` if there is a near
+/// Returns the suffix for a message about an unknown word: `; did you mean "X"?` if there is a near
 /// candidate, otherwise `; known are A, B, C`. Empty if there are no candidates.
 TROVIK_API std::string Suggestion(const std::string& word,
                                   const std::vector<std::string>& candidates);

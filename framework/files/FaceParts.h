@@ -19,14 +19,14 @@ public:
     enum Keys : unsigned { ByGroup = 1, ByMaterial = 2 };
 
     struct Part {
-        /// Indices into the names of the source; SurfaceAttributes::none if this is not a key or if
-        /// the faces have no value.
+        /// Indices into the names of the source; SurfaceAttributes::none if the attribute is not a
+        /// key or if the faces have no value.
         std::uint32_t group = SurfaceAttributes::none;
         std::uint32_t material = SurfaceAttributes::none;
         std::uint64_t faces = 0;
         std::uint64_t corners = 0;
 
-        /// Number of triangles if each face is a fan around its first corner.
+        /// Number of triangles if each face is split into a fan around its first corner.
         std::uint64_t Triangles() const { return corners - 2 * faces; }
     };
 
@@ -45,7 +45,7 @@ public:
     using Take = std::function<void(std::size_t part, const std::vector<std::uint32_t>& words)>;
 
     /// \param keys  a combination of Keys. Cost: one pass over the faces. Borrows the source.
-    /// \param jobControl  used by the constructor and by ForEachWord, which throw Cancelled.
+    /// \param jobControl  checked by the constructor and by ForEachWord, which throw Cancelled.
     /// Borrowed.
     FaceParts(const MeshSource& source, unsigned keys, JobControl* jobControl = nullptr);
 
@@ -54,9 +54,9 @@ public:
     /// Passes the words of all faces to `take`, part by part.
     ///
     /// A source can only be read from front to back, so each pass over the faces collects as many
-    /// parts as fit into `maxWords` words. A larger part has its own pass and is not collected.
-    /// There are at most 2 * words / maxWords + 1 passes.
-    /// \param wordsOf  returns the total number of words of the faces of a part.
+    /// parts as fit into `maxWords` words. A larger part gets a separate pass and is passed on
+    /// without being collected. There are at most 2 * words / maxWords + 1 passes.
+    /// \param wordsOf  returns the total number of words of a part's faces.
     /// \param blockParts  the lists that ReadFaces must fill for `describe`.
     void ForEachWord(const std::function<std::uint64_t(const Part&)>& wordsOf,
                      unsigned blockParts,

@@ -122,7 +122,7 @@ GltfAccessors::Span GltfAccessors::Bytes(int view,
     const std::size_t stride = isStrided && from.byteStride != 0 ? from.byteStride : elementBytes;
     const bool viewFits =
         from.byteOffset <= buffer.size() && from.byteLength <= buffer.size() - from.byteOffset;
-    // This order avoids overflow: the last element begins at (count - 1) * stride.
+    // The order of these checks avoids overflow: the last element begins at (count - 1) * stride.
     const bool fits =
         viewFits && stride >= elementBytes && offset <= from.byteLength &&
         (count == 0 || (elementBytes <= from.byteLength - offset &&

@@ -15,15 +15,15 @@ namespace trovik {
 /// Reads the number lists of a glTF file. All number types, strided, normalised and sparse lists
 /// are supported.
 ///
-/// Memory is allocated only for data that is present in the file: a list without bytes of its own
-/// must have the length of the list that it belongs to. Errors: HostError with the file, the
+/// Memory is allocated only for data that is present in the file: a list without its own bytes must
+/// have the same length as the list to which it belongs. Errors: HostError with the file, the
 /// current part, the accessor and the reason.
 class GltfAccessors {
 public:
     explicit GltfAccessors(const GltfDocument& opened) : document(opened) {}
 
     /// Reads vectors of `count` finite numbers.
-    /// \param length  the required length; if it is not set, the list must have bytes of its own.
+    /// \param length  the required length; if it is not set, the list must have its own bytes.
     template <std::size_t count>
     std::vector<std::array<float, count>> Read(int accessor,
                                                std::optional<std::size_t> length,

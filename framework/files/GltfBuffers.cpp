@@ -46,7 +46,7 @@ std::string Shown(const std::string& name) {
     return "'" + shown + "'";
 }
 
-/// Reads the first `wanted` bytes of a file in the folder of the document or a subfolder.
+/// Reads the first `wanted` bytes of a file in the document's folder or a subfolder.
 Bytes ReadExternalFile(const std::string& document,
                        const std::string& name,
                        std::uint64_t wanted,

@@ -15,16 +15,16 @@ namespace trovik {
 
 class JobControl;
 
-/// The buffers of a glTF document that have a URI: data URIs, and files in the folder of the
-/// document or its subfolders, after symbolic links are resolved.
+/// The buffers of a glTF document that have a URI: data URIs, and files that, with symbolic links
+/// resolved, are in the document's folder or a subfolder.
 ///
 /// tinygltf rejects buffers that are longer than their `byteLength`, although the format allows
-/// them, and it reads any file that a link points to. Therefore these buffers are read here, and
-/// tinygltf receives a document in which each of them is a single byte.
+/// them, and it follows links to any file. These buffers are therefore read here, and tinygltf
+/// receives a document in which each of them is a single byte.
 class GltfBuffers {
 public:
-    /// Reads the buffers. If the text is not JSON or has no such buffers, there are none; tinygltf
-    /// reports the errors of the text.
+    /// Reads the buffers. If the text is not JSON or has no such buffers, the list is empty;
+    /// tinygltf reports any errors of the text.
     /// \throw HostError with the file, the buffer and the reason.
     /// \throw Cancelled.
     GltfBuffers(const std::string& path, std::string_view json, JobControl* job);

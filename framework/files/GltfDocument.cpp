@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Deeper than any real file; the loader recurses into nested values.
+/// Deeper than in any real file. A limit is needed because the loader recurses into nested values.
 constexpr int MaxDepth = 64;
 
 void CheckNesting(std::string_view json, const std::string& path) {

@@ -9,10 +9,9 @@
 
 namespace trovik {
 
-/// A parsed glTF file, text (.gltf) or binary (.glb). The first bytes determine which of the two it
-/// is.
+/// A parsed glTF file, text (.gltf) or binary (.glb). The first bytes determine the form.
 ///
-/// Buffers that it refers to are read if GltfBuffers permits it; images are not read.
+/// Referenced buffers are read if GltfBuffers permits it; images are not read.
 /// \throw HostError with the file and the reason; Cancelled while the file is read.
 class GltfDocument {
 public:

@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// A duplicate of a vertex with another texture coordinate.
+/// A duplicate of a vertex that has a different texture coordinate.
 struct GltfCopy {
     std::uint32_t vertex;
     std::array<float, 2> uv;
@@ -23,8 +23,8 @@ struct GltfBox {
     std::array<float, 3> high = {};
 };
 
-/// The vertices of a glTF file: those of the mesh, in order, followed by a copy for each further
-/// texture coordinate of a vertex, in the order in which faces use them.
+/// The vertices of a glTF file: those of the mesh, in order, followed by one copy for each
+/// additional texture coordinate of a vertex, in the order in which faces use them.
 class GltfLayout {
 public:
     /// \throw HostError with the path if there are too many vertices for the index type.
@@ -35,12 +35,12 @@ public:
     std::uint64_t TriangleCount() const { return source.CornerCount() - 2 * source.FaceCount(); }
     bool HasCopies() const { return !copies.empty(); }
     const std::vector<GltfCopy>& Copies() const { return copies; }
-    /// Returns the vertex of the mesh that a vertex of the file is, or is a copy of.
+    /// Returns the mesh vertex that a vertex of the file represents or copies.
     std::uint32_t Original(std::uint32_t vertex) const {
         return vertex < source.VertexCount() ? vertex
                                              : copies[vertex - source.VertexCount()].vertex;
     }
-    /// Calls `take(index of the copy)` for the copies of a vertex of the mesh.
+    /// Calls `take(index of the copy)` for the copies of a mesh vertex.
     template <class Take>
     void ForEachCopyOf(std::uint32_t vertex, Take take) const {
         const auto first = copiesOf.find(vertex);
@@ -55,7 +55,7 @@ public:
     void WriteUvs(GltfSink& sink, JobControl* job) const;
 
     GltfBox PositionBox(JobControl* job) const;
-    /// The vertices of the file that a morph target moves, ascending.
+    /// The vertices of the file that a morph target moves, in ascending order.
     const std::vector<std::uint32_t>& MorphVertices(std::size_t target) const {
         return morphVertices[target];
     }
@@ -68,7 +68,8 @@ private:
     std::uint32_t CopyOf(std::uint32_t vertex, const std::array<float, 2>& uv) const;
 
     const MeshSource& source;
-    /// For each vertex, the UV of the first face that uses it; empty if UVs follow vertices.
+    /// For each vertex, the UV of the first face that uses it; empty if each vertex has a single
+    /// UV.
     std::vector<std::array<float, 2>> firstUvs;
     std::vector<GltfCopy> copies;
     /// Linked lists of copies: the first copy of each vertex, and the next one of each copy.

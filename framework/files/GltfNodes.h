@@ -9,20 +9,20 @@
 
 namespace trovik {
 
-/// A mesh of the file as a node shows it.
+/// An instance of a mesh: the mesh and the node that refers to it.
 struct GltfShownMesh {
-    /// Its number in the file.
+    /// Index of the mesh in the file.
     std::size_t mesh;
-    /// To the space of the scene.
+    /// Transform from mesh space to scene space.
     GltfTransform transform;
-    /// Null where the file has no nodes. Belongs to the document.
+    /// Null if the file has no nodes. Owned by the document.
     const tinygltf::Node* node;
 };
 
-/// The meshes that the scene shows, in the order of its nodes from the roots, children in order.
-/// If there is no scene, the nodes without a parent are the roots; if there are no nodes, all
-/// meshes are shown. \throw HostError naming file and node, for numbers of scenes, nodes and meshes
-/// that do not exist and for nodes that are their own ancestors.
+/// Returns the meshes that the scene contains, in depth-first order of its nodes. If there is no
+/// scene, the nodes without a parent are the roots; if there are no nodes, all meshes are returned.
+/// \throw HostError with the file and the node, for indices of scenes, nodes or meshes that do not
+/// exist, and for nodes that have several parents or are their own ancestors.
 std::vector<GltfShownMesh> FindShownMeshes(const GltfDocument& document);
 
 }  // namespace trovik

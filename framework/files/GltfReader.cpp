@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// tinygltf parses the JSON, the chunks and the buffers. It does not check the indices with which
-// one part refers to another, so every index is checked here before it is used.
+// tinygltf parses the JSON, the chunks and the buffers. It does not check the indices by which one
+// part refers to another, so every index is checked here before use.
 #include "framework/errors/HostError.h"
 #include "framework/files/GltfAccessor.h"
 #include "framework/files/GltfDocument.h"
@@ -24,7 +24,7 @@ namespace trovik {
 
 namespace {
 
-/// Vertices of the corners of all triangles, of a list, a strip or a fan.
+/// Vertex indices of all triangle corners, from a triangle list, strip or fan.
 std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
                                            int indexAccessor,
                                            bool isStrip,
@@ -54,7 +54,7 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
         const std::uint32_t triangle[] = {order[isStrip ? first + turned : first],
                                           order[isStrip ? last - 1 - turned : last - 1],
                                           order[last]};
-        // Strips are joined by triangles that are none on purpose.
+        // Strips are joined by intentionally degenerate triangles.
         if (triangle[0] != triangle[1] && triangle[1] != triangle[2] &&
             triangle[2] != triangle[0]) {
             corners.insert(corners.end(), std::begin(triangle), std::end(triangle));
@@ -67,12 +67,13 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
 struct Part {
     std::string name;
     std::optional<std::string> group;
-    /// The number of the mesh among those that are shown.
+    /// The index of the mesh among the meshes in the scene.
     std::size_t mesh;
     std::size_t facesSoFar;
 };
 
-/// Faces belong to the group of their primitive, else to their mesh if there are several.
+/// Faces belong to their primitive's group if it has one, and otherwise, if there are several
+/// meshes, to the group of their mesh.
 void NumberGroups(const std::vector<Part>& parts, bool byMesh, SurfaceAttributes& attributes) {
     std::map<std::string, std::uint32_t> groups;
     std::map<std::size_t, std::uint32_t> meshes;
@@ -185,7 +186,7 @@ private:
     struct Vertices {
         /// Null if no primitive has been read.
         const tinygltf::Primitive* primitive = nullptr;
-        /// Their vertex numbers in the mesh.
+        /// The vertices' numbers in the mesh.
         std::vector<std::uint32_t> numbers;
         /// UV index of the first vertex; SurfaceAttributes::none if there are no UVs.
         std::uint32_t firstUv = SurfaceAttributes::none;
@@ -226,7 +227,7 @@ private:
             hasUvs = true;
         }
         for (const std::array<float, 2>& uv : uvs) {
-            // In glTF files v points down from the top of the image.
+            // In glTF files, v points down from the top of the image.
             mesh.attributes.uvs.push_back({uv[0], 1.0f - uv[1]});
         }
         return read;
@@ -259,7 +260,7 @@ private:
         return positions;
     }
 
-    /// Adds the vertices of the file and returns their numbers in the mesh.
+    /// Adds the file's vertices and returns their numbers in the mesh.
     std::vector<std::uint32_t> AddVertices(const std::vector<std::array<float, 3>>& positions,
                                            const GltfTransform& transform,
                                            const GltfLocation& location) {
@@ -283,8 +284,7 @@ private:
         return numbers;
     }
 
-    /// Normals are kept only if all vertices have one, and if the vertices that were welded have
-    /// the same one.
+    /// Normals are kept only if all vertices have one and welded vertices have equal ones.
     void AddNormals(const std::vector<std::uint32_t>& numbers,
                     const std::vector<std::array<float, 3>>& normals,
                     const GltfTransform& transform,
@@ -306,7 +306,7 @@ private:
         }
     }
 
-    /// Vertices of parts without colours are white.
+    /// Vertices of primitives without colours are white.
     void AddColors(const std::vector<std::uint32_t>& numbers,
                    const std::vector<std::array<float, 4>>& colors) {
         std::vector<std::array<float, 4>>& all = mesh.attributes.colors;
@@ -317,7 +317,7 @@ private:
         }
         hasColors = true;
         for (std::size_t vertex = numbers.size(); vertex-- > 0;) {
-            // Iterates backwards, so that the first of several colours remains.
+            // Iterates backwards, so that the first of several colours is kept.
             if (numbers[vertex] >= before) {
                 all[numbers[vertex]] = colors[vertex];
             }

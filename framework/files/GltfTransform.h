@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// A matrix in column order, as in glTF files: the columns are the images of the axes, and the
+/// A column-major matrix, as in glTF files: the columns are the images of the axes, and the
 /// translation.
 using GltfTransform = std::array<double, 16>;
 

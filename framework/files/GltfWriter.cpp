@@ -30,7 +30,7 @@ constexpr int IndexView = 34963;
 /// Describes the parts of the buffer in the order in which they are written.
 class GltfDescription {
 public:
-    /// \param name  of the mesh and its node.
+    /// \param name  name of the mesh and its node.
     GltfDescription(const MeshSource& source,
                     const GltfLayout& layout,
                     const FaceParts& parts,
@@ -119,7 +119,7 @@ private:
     }
 
     /// Adds one primitive per group and material, all with the same vertices. The format has no
-    /// groups within a mesh, so group names are extras, which the reader supports.
+    /// groups within a mesh, so group names are stored as extras, which the reader supports.
     json AddPrimitives(const MeshSource& source, const GltfLayout& layout, const FaceParts& parts) {
         const std::size_t view = AddView(layout.TriangleCount() * 12, IndexView);
         std::unordered_map<std::uint32_t, std::size_t> materialOf;
@@ -133,7 +133,7 @@ private:
             if (part.material != SurfaceAttributes::none) {
                 const auto [entry, isNew] = materialOf.try_emplace(part.material, materials.size());
                 if (isNew) {
-                    // The default of the format would make the material a metal.
+                    // The format's default would make the material metallic.
                     materials.push_back({{"name", source.MaterialNames()[part.material]},
                                          {"pbrMetallicRoughness", {{"metallicFactor", 0}}}});
                 }

@@ -76,7 +76,7 @@ void SkipTextureOptions(std::string_view& text) {
         if (!takesNumbers) {
             TakeWord(rest);
         }
-        // There are up to three numbers, of which the last ones may be missing.
+        // There are up to three numbers; trailing ones may be missing.
         for (int value = 0; takesNumbers && value < 3; ++value) {
             std::string_view after = rest;
             if (!IsNumber(TakeWord(after))) {

@@ -10,7 +10,7 @@ namespace trovik {
 struct PlacedMaterialFiles {
     /// For `mtllib` statements: paths relative to the folder of the OBJ file, with slashes.
     std::vector<std::string> references;
-    /// Copies that were written.
+    /// The copies that were written.
     std::vector<std::string> written;
 };
 
@@ -19,8 +19,8 @@ struct PlacedMaterialFiles {
 /// A file in the folder of the OBJ file or a subfolder is referenced directly. Any other file is
 /// copied into that folder, and the texture paths in the copy are adjusted so that they refer to
 /// the same images. A copy starts with a comment that contains the path of the original relative to
-/// the folder. It replaces an earlier copy of the same original. If its name belongs to any other
-/// file or to a symbolic link, "-2", "-3" and so on is appended to the name. An identical copy is
+/// the folder. It replaces an earlier copy of the same original. If its name is taken by any other
+/// file or by a symbolic link, "-2", "-3" and so on is appended to the name. An identical copy is
 /// not rewritten. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl or not
 /// text is not copied, and is referenced by its relative path.
 ///

@@ -10,17 +10,17 @@
 /// \file
 /// Mesh files: import and export of OBJ, PLY, STL and glTF, export of USD. docs/mesh-files.md
 /// describes the data that each format preserves. All functions are thread-safe. Functions with a
-/// JobControl throw Cancelled when it is cancelled; a file that was being written then has its old
-/// content.
+/// JobControl throw Cancelled when the job is cancelled; a file that was being written then keeps
+/// its old content.
 namespace trovik {
 
 /// Reads a mesh file. The extension, in any case, selects the format: `.obj`, `.ply`, `.stl`,
 /// `.gltf` or `.glb`. docs/mesh-files.md describes the data that each format preserves.
 ///
 /// Vertices (including those without faces), faces and corners keep the order of the file. Faces
-/// that use a vertex twice are skipped and counted in `notes`. The result has passed
+/// that use a vertex twice are skipped and counted in `notes`. The result satisfies
 /// CheckPolygonMesh.
-/// \throw HostError for any other extension, and the errors of the reader of the format.
+/// \throw HostError for any other extension, or as the format's reader does.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = nullptr);
 
 /// Writes a mesh file. The extension, in any case, selects the format: `.obj`, `.ply` (binary
@@ -33,19 +33,18 @@ enum class PlyEncoding { Text, BinaryLittleEndian, BinaryBigEndian };
 
 /// Reads the polygons of an OBJ file.
 ///
-/// - All groups and objects form one mesh, in file order. `name` is that of the first object, or of
-///   the first group if there is no object.
-/// - Coordinates are the floats nearest to their text, in any locale; a fourth coordinate is
-///   ignored.
-/// - Corners may refer to vertices and texture coordinates counted from the end, and to those that
-///   follow later in the file.
-/// - Normals are read if the file has them per vertex: as many as positions, with the same number
-///   for both at each corner.
+/// - All groups and objects form one mesh, in file order. `name` is the name of the first object,
+///   or of the first group if there is no object.
+/// - Coordinates are parsed to the nearest float, in any locale; a fourth coordinate is ignored.
+/// - Corners may refer to vertices and texture coordinates by negative indices, and to ones defined
+///   later in the file.
+/// - Normals are read if the file has them per vertex: as many normals as positions, with equal
+///   normal and position indices at each corner.
 /// - Colours are read if all vertices have three or four numbers after their coordinates.
-/// - Group names are those of `g`, or of `o` if no `g` follows it. Material names are those of
-///   `usemtl`, smoothing groups those of `s`.
-/// - `materialFiles` are the files of `mtllib`, relative to the folder of the OBJ file; they are
-///   not opened.
+/// - Group names come from `g`, or from `o` if no `g` follows it; material names from `usemtl`,
+///   smoothing groups from `s`.
+/// - `materialFiles` lists the files named by `mtllib`, relative to the folder of the OBJ file;
+///   they are not opened.
 /// - The comments `# units mm` and `# up z`, which WriteObj writes, specify units and axis.
 /// - Lines, points and curves are skipped.
 ///
@@ -63,23 +62,24 @@ TROVIK_API void WriteObj(const std::string& path, const PolygonMesh& mesh);
 /// - The elements `vertex` (scalar x, y, z; nx, ny, nz if all three are present) and `face` (list
 ///   `vertex_indices` or `vertex_index`) are read. Elements and properties may have any order and
 ///   number type.
-/// - UVs are read from the vertices (s and t, u and v, or texture_u and texture_v), otherwise from
-///   the list `texcoord` of faces. Equal UVs at the corners of a vertex become one entry of the
-///   list.
+/// - UVs are read from the vertex properties (s and t, u and v, or texture_u and texture_v),
+///   otherwise from the face list `texcoord`. Equal UVs at the corners of a vertex become one entry
+///   of the mesh's UV list.
 /// - Colours are read from the vertices (red, green, blue, alpha). Integers are in units of 1/255,
-///   or 1/65535 for 16 bits.
-/// - `obj_info name`, `obj_info units` and `obj_info up` are the lines that WritePly writes in the
-///   header.
+///   or of 1/65535 for 16-bit types.
+/// - The header lines `obj_info name`, `obj_info units` and `obj_info up`, which WritePly writes,
+///   are read.
 /// - All other data is skipped.
 ///
 /// Memory: proportional to the size of the file, regardless of the counts in its header.
 /// \throw HostError with the file, the line or byte, the element and its row, and the reason.
 TROVIK_API PolygonMesh ReadPly(const std::string& path, JobControl* job = nullptr);
 
-/// Writes a PLY file: positions and normals as floats, faces as lists. UVs are s and t of vertices
-/// if the mesh has no seams, otherwise the list `texcoord` of faces. Colours are bytes if bytes
-/// represent them exactly, otherwise floats. Binary encodings are bit-exact; text has as many
-/// digits as WriteObj. The file is written completely or not at all: see OutputFile.
+/// Writes a PLY file: positions and normals as floats, faces as lists. UVs are stored as the vertex
+/// properties s and t if the mesh has no seams, and otherwise as the face list `texcoord`. Colours
+/// are bytes if bytes represent them exactly, otherwise floats. Binary encodings are bit-exact;
+/// text has as many digits as WriteObj. The file is written completely or not at all: see
+/// OutputFile.
 /// \throw HostError with the file and the reason given by the system.
 TROVIK_API void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding);
 
@@ -105,33 +105,33 @@ TROVIK_API void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEn
 ///
 /// - All meshes of the scene form one mesh, in the order of the nodes. Transforms are applied,
 ///   morph targets are blended by their weights, and skins and animations are ignored.
-/// - Vertices of one mesh of the file with bitwise equal positions become one vertex, so that
-///   texture seams do not separate the surface.
+/// - Vertices of the same mesh with bitwise equal positions become one vertex, so that texture
+///   seams do not separate the surface.
 /// - Normals, TEXCOORD_0, COLOR_0 and names of materials are read. Several meshes become groups,
-///   and so do primitives that WriteMeshFile marked with a group.
+///   and so do primitives that WriteMeshFile has marked with a group.
 /// - Triangles with two corners at the same position are skipped and counted in `notes`.
-/// - Buffers that the document refers to are read if they are in its folder or a subfolder; bytes
-///   of a buffer after its `byteLength` are ignored.
+/// - Referenced buffers are read if they are in the document's folder or a subfolder; bytes beyond
+///   a buffer's `byteLength` are ignored.
 ///
 /// Memory: proportional to the size of the file and to the meshes that its nodes contain.
 /// \throw HostError with the file, the part of the document, and the reason.
 TROVIK_API PolygonMesh ReadGltf(const std::string& path, JobControl* job = nullptr);
 
-/// \throw HostError if the extension is not that of a mesh format that can be written.
+/// \throw HostError unless the extension is that of a writable mesh format.
 TROVIK_API void RequireWritableMesh(const std::string& path);
 
 /// Writes a mesh in the format that the extension selects; see docs/mesh-files.md.
 /// \return additional files that were written: copies of material files, for OBJ.
-/// \throw HostError for any other extension, for numbers that are not finite, or with the file and
-/// the reason given by the system.
-/// Memory: a few megabytes in addition to that of the source, regardless of the size of the mesh.
+/// \throw HostError for any other extension, for non-finite numbers, or with the file and the
+/// reason given by the system.
+/// Memory: a few megabytes in addition to the source's memory, regardless of the size of the mesh.
 /// glTF files of meshes with UV seams need 8 more bytes per vertex; glTF and USD files of meshes
 /// with groups or materials need up to 64 MiB.
 TROVIK_API std::vector<std::string> WriteMeshFile(const std::string& path,
                                                   const MeshSource& source,
                                                   JobControl* job = nullptr);
 
-/// Returns the space in which a file of this name is written.
+/// Returns the space in which a file with this name is written.
 /// \param present  the space of the mesh.
 /// \param asked  the requested space.
 /// \throw HostError if the format does not support the requested space.

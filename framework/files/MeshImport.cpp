@@ -16,7 +16,7 @@ namespace trovik {
 
 namespace {
 
-/// Moves a range of a list towards its front. Missing lists stay missing.
+/// Moves a range of a list towards its front. Empty lists stay empty.
 void MoveRun(std::vector<std::uint32_t>& list,
              std::size_t from,
              std::size_t to,
@@ -34,7 +34,7 @@ void Shorten(std::vector<std::uint32_t>& list, std::size_t length) {
     list.resize(std::min(list.size(), length));
 }
 
-/// Returns whether each list of faces and corners is missing or complete. Other meshes are rejected
+/// Returns whether each list of faces and corners is empty or complete. Other meshes are rejected
 /// by CheckPolygonMesh.
 bool ListsFit(const PolygonMesh& mesh) {
     const SurfaceAttributes& more = mesh.attributes;

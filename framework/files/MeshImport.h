@@ -7,8 +7,7 @@
 #include <cstddef>
 #include <string>
 
-/// \file
-/// The last step of every mesh reader.
+/// \file The final step of every mesh reader.
 namespace trovik {
 
 class JobControl;
@@ -16,7 +15,7 @@ class JobControl;
 /// Faces that were skipped because they use a vertex twice.
 struct DroppedFaces {
     std::size_t count = 0;
-    /// The number of the first such face, counted from 0 in file order.
+    /// The index of the first such face, counted from 0 in file order.
     std::size_t first = 0;
 
     void Add(std::size_t face) {
@@ -26,11 +25,11 @@ struct DroppedFaces {
     }
 };
 
-/// Removes faces that use a vertex twice, with their attributes, adds a note with their number, and
-/// checks the mesh (CheckPolygonMesh).
+/// Removes faces that use a vertex twice and their attributes, adds a note with the number of these
+/// faces, and checks the mesh (CheckPolygonMesh).
 /// \param dropped  faces that the reader itself skipped for this reason.
 /// \throw HostError whose message begins with `path`; Cancelled.
-/// Cost: linear in the corners.
+/// Cost: linear in the corner count.
 void FinishImport(PolygonMesh& mesh,
                   const std::string& path,
                   JobControl* job,
@@ -38,7 +37,8 @@ void FinishImport(PolygonMesh& mesh,
 
 /// Gives equal UVs at the corners of a vertex the same index, in the order in which corners use
 /// them, and removes unused UVs. UVs are compared bitwise. Corners of different vertices keep
-/// different indices, so overlapping parts of a texture stay separate. Cost: linear in the corners.
+/// different indices, so overlapping parts of a texture stay separate. Cost: linear in the corner
+/// count.
 /// \throw Cancelled.
 TROVIK_API void WeldUvs(PolygonMesh& mesh, JobControl* job);
 

@@ -9,17 +9,17 @@
 
 /// \file
 /// The writers, one per format. Each writes the file completely or not at all (OutputFile), block
-/// by block. They are called through WriteMeshFile, WriteObj, WritePly and WriteStl for polygons,
-/// which check the source first (CheckFinite). Errors: HostError with the file and the reason given
-/// by the system; Cancelled.
+/// by block. They are called by WriteMeshFile, and for polygon meshes by WriteObj, WritePly and
+/// WriteStl, which check the source first (CheckFinite). Errors: HostError with the file and the
+/// reason given by the system; Cancelled.
 namespace trovik {
 
 /// Checks the positions, normals, UVs, colours and morph targets that the source returns.
-/// \throw HostError with `path` and the first number that is not finite.
+/// \throw HostError with `path` and the first non-finite number.
 /// Cost: one pass over the source.
 void CheckFinite(const std::string& path, const MeshSource& source, JobControl* job = nullptr);
 
-/// \return copies of material files that were written.
+/// \return the copies of material files that were written.
 std::vector<std::string> WriteObj(const std::string& path,
                                   const MeshSource& source,
                                   JobControl* job);

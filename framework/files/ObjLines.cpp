@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// Room for a face of as many corners as are allowed, each with three numbers of ten digits.
+/// Room for a face with the maximum number of corners, each with three numbers of ten digits.
 constexpr std::size_t maxLineBytes = std::size_t{64} << 20;
 
 }  // namespace

@@ -10,12 +10,12 @@
 
 namespace trovik {
 
-/// The statements of an OBJ file, one after the other. Lines end in LF, CR LF or CR alone, as older
-/// systems write them; a backslash at the end of a line joins the next one to it.
+/// Reads the statements of an OBJ file one by one. Lines end in LF, CR LF or, in files from older
+/// systems, CR alone; a backslash at the end of a line continues the statement on the next line.
 class ObjLines {
 public:
     /// \param job  reading the file is one phase of it. Borrowed.
-    /// \throw HostError naming the file; Cancelled.
+    /// \throw HostError with the file; Cancelled.
     explicit ObjLines(const std::string& path, JobControl* job) : file(path, job) {}
 
     /// \param statement  valid until the next call.
@@ -32,7 +32,7 @@ private:
 
     InputFile file;
     std::uint64_t line = 0;
-    /// Lines that end in CR alone reach us as one.
+    /// Lines that end in CR alone arrive as a single line.
     std::string_view pending;
     std::string_view current;
     std::string joined;

@@ -22,7 +22,7 @@ namespace trovik {
 
 namespace {
 
-/// Gathers the mesh from the statements.
+/// Builds the mesh from the statements.
 class ObjSource {
 public:
     ObjSource(const std::string& path, JobControl* jobControl)
@@ -63,7 +63,7 @@ private:
             AddFace(rest);
         } else if (keyword == "o" || keyword == "g") {
             groups.Choose(Trimmed(rest));
-            // Of several groups in one line the first is the name.
+            // If a line names several groups, the first one names the mesh.
             NameBy(keyword == "g" ? TakeWord(rest) : rest, keyword == "o");
         } else if (keyword == "usemtl") {
             materials.Choose(Trimmed(rest));
@@ -101,8 +101,8 @@ private:
         vectors.push_back(vector);
     }
 
-    /// Three numbers after a position are its colour, four its colour and alpha. If any vertex has
-    /// no colour, the mesh has none.
+    /// Three numbers after a position are its colour; four are its colour and alpha. If any vertex
+    /// has no colour, the mesh has none.
     void AddColor(std::string_view text) {
         if (!allColored) {
             return;
@@ -239,7 +239,7 @@ private:
         cornerUvs.push_back(index);
     }
 
-    /// Adds one entry per face, from the first face with such a name on.
+    /// Adds one entry per face, starting with the first face that has such a name.
     void AddFaceName(std::uint32_t number, std::vector<std::uint32_t>& numbers) const {
         if (number != SurfaceAttributes::none || !numbers.empty()) {
             numbers.resize(mesh.faceSizes.size(), SurfaceAttributes::none);
@@ -271,7 +271,8 @@ private:
         mesh.faceSizes.push_back(static_cast<std::uint32_t>(corners.size()));
     }
 
-    /// Converts an index as written to one counted from 0; negative if there is no such element.
+    /// Converts an index in the file to one counted from 0; the result is negative if there is no
+    /// such element.
     static std::int64_t FromStart(std::int64_t written, std::size_t definedSoFar) {
         return written > 0   ? written - 1
                : written < 0 ? static_cast<std::int64_t>(definedSoFar) + written
@@ -287,7 +288,7 @@ private:
 
     ObjLines lines;
     JobControl* job;
-    /// That errors name.
+    /// The line that error messages contain.
     std::uint64_t line = 0;
 
     PolygonMesh mesh;
@@ -301,7 +302,7 @@ private:
     ObjNames materialFiles;
     std::uint32_t smoothing = SurfaceAttributes::none;
     bool allColored = true;
-    /// Of the current face.
+    /// Values of the current face.
     std::vector<ObjCorner> corners;
     std::optional<std::uint32_t> farthestUv;
     std::uint64_t farthestUvLine = 0;

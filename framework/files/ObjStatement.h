@@ -21,25 +21,25 @@ std::string_view TakeWord(std::string_view& text);
 /// Returns the text without surrounding blanks.
 std::string Trimmed(std::string_view text);
 
-/// A corner of a face as it is written: numbers count from 1; negative numbers count back from the
-/// last element that is defined so far; 0 if a number is missing.
+/// A face corner as written in the file: indices count from 1; negative indices count back from the
+/// last element defined so far; a missing index is 0.
 struct ObjCorner {
     std::int32_t vertex = 0;
     std::int32_t uv = 0;
     std::int32_t normal = 0;
 };
 
-/// Reads `v`, `v/t`, `v//n` or `v/t/n` with integers of 32 bits, where v is not 0. A number after a
+/// Parses `v`, `v/t`, `v//n` or `v/t/n` with 32-bit integers, where v is not 0. An index after a
 /// slash may be missing, because some exporters omit it.
 /// \return nothing for any other text.
 std::optional<ObjCorner> CornerOf(std::string_view word);
 
-/// Returns the names in an `mtllib` statement. Names may contain blanks, so a name ends at a word
-/// that ends in ".mtl" in any case; the rest after the last such word is one name. Backslashes
-/// become slashes.
+/// Returns the names in an `mtllib` statement. Names may contain blanks, so each name ends with a
+/// word that ends in ".mtl", in upper or lower case; any text after the last such word is one more
+/// name. Backslashes become slashes.
 TROVIK_API std::vector<std::string> MaterialFileNames(std::string_view text);
 
-/// Returns the number of an `s` statement: an integer, 0 for `off`, 1 for `on`.
+/// Returns the group number of an `s` statement: an integer, 0 for `off`, 1 for `on`.
 /// \param otherwise  the result for any other text.
 TROVIK_API std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
 
@@ -54,7 +54,7 @@ struct ObjNames {
         chosen = name;
         number = SurfaceAttributes::none;
     }
-    /// Returns the number of the name that was chosen last.
+    /// Returns the number of the most recently chosen name.
     std::uint32_t Number();
 };
 

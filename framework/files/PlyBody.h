@@ -16,18 +16,18 @@
 #include <string_view>
 #include <system_error>
 
-/// \file
-/// The numbers behind the header of a PLY file, in each of its encodings. The classes have the same
-/// members: each number is read as the type that its property has in the file.
+/// \file Readers for the numbers after the header of a PLY file, one class per encoding. The
+/// classes have the same members. Each number is read as the type that its property has in the
+/// file.
 namespace trovik {
 
-/// The row that is being read, for messages.
+/// The index of the current row, for messages.
 struct PlyRow {
     const PlyElement* element = nullptr;
     std::uint64_t number = 0;
 };
 
-/// \throw HostError with the file, the position and the row.
+/// \throw HostError with the file, the location and the row.
 [[noreturn]] inline void RefuseRow(const InputFile& file,
                                    const std::string& place,
                                    const PlyRow& row,
@@ -37,7 +37,7 @@ struct PlyRow {
                     " (counted from 0): " + reason);
 }
 
-/// Numbers in words, separated by white space.
+/// Numbers as text, separated by white space.
 class PlyTextBody {
 public:
     PlyTextBody(InputFile& file_, const PlyHeader& header) : file(file_), line(header.lineCount) {}
@@ -68,9 +68,10 @@ public:
         }
     }
 
-    /// Lets a list of so many numbers be read, or throws.
+    /// Checks that the rest of the file can contain a list of this many numbers.
+    /// \throw HostError if it cannot.
     void CheckLength(PlyType, std::uint64_t count, const PlyRow& row) {
-        // A digit and a blank each, but for the last of the file.
+        // One digit and one blank each, except for the last number of the file.
         if (count > (rest.size() + file.Remaining() + 1) / 2) {
             RefuseEnd(row);
         }
@@ -80,7 +81,7 @@ public:
 
 private:
     static constexpr std::string_view Blanks = " \t\r\v\f";
-    /// A line may hold the longest face that is read, in numbers of ten digits.
+    /// A line has room for the longest accepted face, with ten digits per number.
     static constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
 
     std::string_view Word(const PlyRow& row) {
@@ -118,7 +119,7 @@ private:
     std::string_view rest;
 };
 
-/// Numbers as bytes, in either order.
+/// Numbers as bytes, in either byte order.
 template <std::endian order>
 class PlyBinaryBody {
 public:
@@ -133,7 +134,7 @@ public:
     }
 
     void Skip(PlyType type, std::uint64_t count, const PlyRow& row) {
-        // The count has 32 bits at most, so that the product cannot wrap.
+        // The count has at most 32 bits, so the product cannot overflow.
         if (!file.Skip(SizeOf(type) * count)) {
             RefuseEnd(row);
         }
@@ -185,7 +186,7 @@ private:
                 return static_cast<Result>(Load<std::int32_t>(bytes));
             case PlyType::UInt32:
                 return static_cast<Result>(Load<std::uint32_t>(bytes));
-            // Only what is wanted as floats is read from these types.
+            // Only numbers that are requested as floats are read from these types.
             case PlyType::Float32:
                 return static_cast<Result>(Load<float>(bytes));
             case PlyType::Float64:

@@ -14,7 +14,8 @@ namespace trovik {
 
 namespace {
 
-// Larger than any real header, so that a damaged file does not allocate excessive memory.
+// Larger than any real header; the limit prevents a damaged file from causing excessive
+// allocations.
 constexpr std::size_t MaxLineBytes = 64 * 1024;
 constexpr std::size_t MaxHeaderLines = 100'000;
 constexpr std::size_t MaxProperties = 1'000;
@@ -204,11 +205,11 @@ private:
         element.properties.push_back(std::move(property));
     }
 
-    /// A count must not exceed the capacity of the file. Otherwise a damaged file would allocate
-    /// excessive memory.
+    /// A count must not exceed the capacity of the file; otherwise, a damaged file would cause
+    /// excessive allocations.
     void CheckCounts() const {
         const bool isText = header.encoding == PlyEncoding::Text;
-        // The last number of a text needs no white space after it.
+        // The last number of a text does not need white space after it.
         std::uint64_t remaining = file.Remaining() + (isText ? 1 : 0);
         for (const PlyElement& element : header.elements) {
             std::uint64_t shortestRow = 0;

@@ -51,9 +51,9 @@ struct PlyHeader {
 
 /// Reads the header of a file.
 ///
-/// It guarantees that no element has more rows than the rest of the file can contain in their
-/// shortest form (empty lists; one digit per number), that names are unique, and that lists have
-/// integer counts.
+/// The result is guaranteed to have no element with more rows than the rest of the file can contain
+/// in their shortest form (empty lists; one digit per number), that names are unique, and that
+/// lists have integer counts.
 /// \throw HostError with the file, the line and the reason.
 PlyHeader ReadPlyHeader(InputFile& file);
 

@@ -21,7 +21,7 @@ namespace trovik {
 
 namespace {
 
-/// Integer colours are fractions of the maximum of their type.
+/// Integer colours are fractions of the largest value of their type.
 float ColorScale(PlyType type) {
     return !IsWhole(type) ? 1.0f : type == PlyType::UInt16 ? 65535.0f : 255.0f;
 }
@@ -216,7 +216,7 @@ private:
     }
 
     void SkipElement(const PlyElement& element) {
-        // Rows without properties take no space, so their count may be any number.
+        // Rows without properties do not take any space, so their count is not limited by the file.
         if (element.properties.empty()) {
             return;
         }

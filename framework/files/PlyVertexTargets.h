@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// Numbers of a vertex row that are taken, in this order.
+/// The numbers that are read from a vertex row, in this order.
 inline constexpr std::size_t plyFirstNormal = 3;
 inline constexpr std::size_t plyFirstUv = 6;
 inline constexpr std::size_t plyFirstColor = 8;
@@ -17,7 +17,7 @@ inline constexpr std::size_t plyAlpha = 11;
 inline constexpr std::size_t plyVertexNumbers = 12;
 
 struct PlyVertexTargets {
-    /// Per property the index of its target value; -1 if the property is not read.
+    /// For each property, its index among the numbers that are read, or -1 if it is skipped.
     std::vector<int> places;
     bool hasNormals = false;
     bool hasUvs = false;
@@ -25,8 +25,8 @@ struct PlyVertexTargets {
     bool hasAlpha = false;
 };
 
-/// Finds the numbers by the names of the properties.
-/// \throw HostError naming the file if a coordinate is missing.
+/// Finds the numbers by their property names.
+/// \throw HostError with the file if a coordinate is missing.
 PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement& element);
 
 }  // namespace trovik

@@ -89,7 +89,7 @@ void WriteHeader(OutputFile& file,
     file.Write("end_header\n");
 }
 
-/// Rows of words.
+/// Writes rows as text.
 class TextRows {
 public:
     explicit TextRows(OutputFile& target) : file(target) {}

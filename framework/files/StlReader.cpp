@@ -25,7 +25,7 @@ class TriangleList {
 public:
     void Add(const Triangle& triangle) {
         const std::size_t number = count++;
-        // Skipped here and not by FinishImport, so that their corners do not become vertices.
+        // Skipped here instead of in FinishImport, so that their corners do not become vertices.
         if (VertexWeld::AreSame(triangle[0], triangle[1]) ||
             VertexWeld::AreSame(triangle[1], triangle[2]) ||
             VertexWeld::AreSame(triangle[2], triangle[0])) {
@@ -91,7 +91,7 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
         Triangle triangle;
         for (std::size_t corner = 0; corner < 3; ++corner) {
             for (std::size_t axis = 0; axis < 3; ++axis) {
-                // The corners follow the normal, which has three numbers.
+                // The corners follow the three numbers of the normal.
                 const unsigned char* bytes = row + (3 + corner * 3 + axis) * sizeof(float);
                 const float number_ = StlFile::LoadFloat(bytes);
                 if (!std::isfinite(number_)) {
@@ -108,7 +108,7 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
     return triangles.Finish(file.Path(), job);
 }
 
-/// Returns whether the word is this keyword, in any case.
+/// Returns whether the word is this keyword, in upper or lower case.
 bool IsWord(std::string_view word, std::string_view keyword) {
     return word.size() == keyword.size() &&
            std::equal(word.begin(), word.end(), keyword.begin(), [](char a, char b) {
@@ -187,7 +187,8 @@ private:
 
     void ReadFacet() {
         Expect("normal");
-        // Normals are computed from the corners, and some programs write invalid ones.
+        // Stored normals are skipped: normals are computed from the corners, and some programs
+        // write invalid ones.
         for (int axis = 0; axis < 3; ++axis) {
             if (Word().empty()) {
                 Refuse("a normal", {});

@@ -36,8 +36,8 @@ public:
           family(std::move(familyName)),
           materials(std::move(materialPath)) {}
 
-    /// \param names  of the parts; empty for a part that gets no subset.
-    /// \param prims  of the parts, and of their materials.
+    /// \param names  names of the parts; empty for a part without a subset.
+    /// \param prims  prim names of the parts and of their materials.
     void Write(const std::vector<std::string>& names, const std::vector<std::string>& prims) {
         file.Write("    uniform token subsetFamily:" + family +
                    ":familyType = \"nonOverlapping\"\n");

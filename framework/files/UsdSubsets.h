@@ -12,7 +12,7 @@ class JobControl;
 
 /// Writes the groups and materials of a mesh as children of its prim: a `GeomSubset` of faces for
 /// each group (family "group") and each material (family "materialBind"), and for each material a
-/// `Material` with the same name to which the subset is bound. Names that are not valid in USD are
+/// `Material` prim with the same name, bound to the subset. Names that are not valid in USD are
 /// stored as `displayName`.
 /// \param prim  name of the mesh prim, which is at the root.
 void WriteUsdSubsets(OutputFile& file,

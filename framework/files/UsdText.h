@@ -18,7 +18,7 @@ namespace trovik {
 /// "mesh" for an empty name.
 std::string UsdPrimName(const std::string& name);
 
-/// Returns a text in quotation marks.
+/// Returns the text in quotation marks.
 TROVIK_API std::string UsdQuoted(const std::string& text);
 
 /// Generates unique names for the children of a prim.

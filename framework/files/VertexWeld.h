@@ -10,8 +10,8 @@
 
 namespace trovik {
 
-/// Numbers positions so that bitwise equal positions get the same number, in the order of their
-/// first occurrence. 0 and -0 are equal.
+/// Numbers positions in the order of their first occurrence; bitwise equal positions get the same
+/// number. 0 and -0 are equal.
 class VertexWeld {
 public:
     /// \param next  the number for a position that has not occurred before.

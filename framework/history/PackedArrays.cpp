@@ -28,8 +28,8 @@ void Shuffle(const uint8_t* from, std::size_t elementBytes, std::size_t count, u
         for (std::size_t i = 0; i < count; ++i) *to++ = from[i * elementBytes + rank];
 }
 
-/// Processes four ranks at a time: bytes are combined into words in registers, so that a word takes
-/// one store instead of four.
+/// Processes four byte ranks at a time: bytes are combined into words in registers, so that each
+/// word takes one store instead of four.
 void UnshuffleWord(const uint8_t* from, std::size_t elementBytes, std::size_t count, uint8_t* to) {
     constexpr std::size_t lanes = 16;
     std::size_t i = 0;
@@ -70,7 +70,7 @@ void Put(std::vector<uint8_t>& bytes, T value) {
     bytes.insert(bytes.end(), raw, raw + sizeof value);
 }
 
-/// Compresses pieces; keeps the buffers for that, so that they are allocated once.
+/// Compresses pieces; keeps its buffers, so that they are allocated only once.
 class Press {
 public:
     explicit Press(PackMethod ofMethod) : method(ofMethod) {}

@@ -25,7 +25,7 @@ enum class PackMethod : uint8_t { Quick, Tight };
 /// length (u32) and its bytes. A packed length equal to the length of the piece means uncompressed.
 TROVIK_API std::vector<uint8_t> PackArrays(const std::vector<StepArray>& arrays, PackMethod method);
 
-/// Unpacks into the arrays, which must have the types of those that were packed.
+/// Unpacks into the arrays, which must have the same types as the packed ones.
 /// \throw HostError if the bytes are not a result of PackArrays for such arrays; the arrays are
 /// then empty.
 TROVIK_API void UnpackArrays(const std::vector<uint8_t>& packed,

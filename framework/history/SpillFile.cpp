@@ -87,7 +87,8 @@ void SpillFile::Free(const Extent& extent) {
     try {
         gap = gaps.emplace(extent.start, extent.length).first;
     } catch (const std::bad_alloc&) {
-        // Called by destructors. The bytes stay unused until the file is closed.
+        // Called by destructors, so errors are ignored: the bytes then stay unused until the file
+        // is closed.
         return;
     }
     const auto next = std::next(gap);
@@ -105,7 +106,7 @@ void SpillFile::Free(const Extent& extent) {
     }
     if (gap->first + gap->second != end) return;
     const uint64_t newEnd = gap->first;
-    // If truncation fails, the file only wastes disk space until the program ends.
+    // If truncation fails, the only effect is wasted disk space until the program ends.
     if (ftruncate(file, static_cast<off_t>(newEnd)) != 0) return;
     end = newEnd;
     gaps.erase(gap);

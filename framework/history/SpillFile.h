@@ -10,12 +10,12 @@
 
 namespace trovik {
 
-/// A temporary file of byte sequences. It has no name in its folder as soon as it is open, so it
-/// disappears when the program ends, even after a crash. Fill and Read are thread-safe; all other
-/// functions are for one thread at a time.
+/// A temporary file of byte sequences. Its name is removed from the folder as soon as it is open,
+/// so that it disappears when the program ends, even by a crash. Fill and Read are thread-safe; all
+/// other functions must be called by one thread at a time.
 class TROVIK_API SpillFile {
 public:
-    /// The location of a sequence. Its bytes are verified by the checksum.
+    /// The location of a sequence, and the checksum that verifies its bytes.
     struct Extent {
         uint64_t start = 0;
         uint64_t length = 0;
@@ -42,7 +42,7 @@ public:
 
     /// Total size of the stored sequences in bytes.
     uint64_t Bytes() const { return used; }
-    /// A path under which this process can open the file, for inspection.
+    /// A path by which this process can open the file, for inspection.
     std::string OpenPath() const;
 
 private:
@@ -50,7 +50,7 @@ private:
     int file = -1;
     uint64_t used = 0;
     uint64_t end = 0;
-    /// Lengths of the gaps by their start.
+    /// Maps the start of each gap to its length.
     std::map<uint64_t, uint64_t> gaps;
 };
 

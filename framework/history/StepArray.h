@@ -18,7 +18,7 @@ public:
           count([](const void* v) { return static_cast<const std::vector<T>*>(v)->size(); }),
           data([](void* v) -> void* { return static_cast<std::vector<T>*>(v)->data(); }),
           resize([](void* v, std::size_t n) {
-              // A new vector, so that there is no unused capacity.
+              // Creates a new vector, so that there is no unused capacity.
               *static_cast<std::vector<T>*>(v) = std::vector<T>(n);
           }) {
         static_assert(std::is_trivially_copyable_v<T>);

@@ -15,7 +15,7 @@
 namespace trovik {
 
 /// All members except the content of the step are protected by the mutex. The content belongs to
-/// the thread of the keeper while `busy` is set, otherwise to the caller's thread.
+/// the keeper's thread while `busy` is set, and otherwise to the caller's thread.
 class StepRecord {
 public:
     enum class State { Open, Packed, Spilled };
@@ -29,16 +29,16 @@ public:
     SpillFile::Extent extent;
     /// The bytes in memory that are counted for this record.
     uint64_t bytes = 0;
-    /// Number of withdrawals; jobs with another number are void.
+    /// Number of withdrawals; jobs with a different number are void.
     uint64_t asking = 0;
     bool busy = false;
 };
 
 namespace {
 
-/// After packing, the allocator still holds the freed memory. Amounts from this size on are
-/// returned to the system. Smaller ones are used again when a step is unpacked, which then causes
-/// no page faults.
+/// After packing, the allocator still holds the freed memory. Amounts of at least this size are
+/// returned to the system. Smaller amounts are reused when a step is unpacked, which avoids page
+/// faults.
 constexpr uint64_t minReleasedBytes = uint64_t{16} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {
@@ -86,8 +86,8 @@ StepKeeper::~StepKeeper() {
     {
         const std::lock_guard lock(mutex);
         jobs.clear();
-        // Requested under the lock. Otherwise the worker could check for a stop too early and then
-        // miss the notification.
+        // The stop is requested under the lock. Otherwise, the worker could check for it too early
+        // and then miss the notification.
         worker.request_stop();
     }
     asked.notify_all();
@@ -139,7 +139,7 @@ bool StepKeeper::StartWorker() {
     try {
         worker = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     } catch (const std::system_error&) {
-        // The system cannot start a thread because of a limit on threads or address space.
+        // The system cannot start a thread, because of a limit on threads or address space.
         return false;
     } catch (const std::bad_alloc&) {
         return false;
@@ -178,7 +178,8 @@ UndoStep& StepKeeper::Open(const Handle& record) {
     if (record->state == StepRecord::State::Open) return *record->step;
     const std::vector<StepArray> arrays = record->step->Arrays();
     const bool spilled = record->state == StepRecord::State::Spilled;
-    // No other thread accesses the record now, so tasks of other records continue meanwhile.
+    // No other thread accesses the record now, so tasks for other records can continue in the
+    // meantime.
     lock.unlock();
     const std::vector<uint8_t> read = spilled ? file->Read(record->extent) : std::vector<uint8_t>();
     UnpackArrays(spilled ? read : record->packed, record->method, arrays);
@@ -301,7 +302,7 @@ void StepKeeper::Do(const Job& job, std::unique_lock<std::mutex>& lock) {
                 break;
         }
     } catch (const std::exception&) {
-        // If there is no memory for the packed bytes, the step stays as it is.
+        // If memory for the packed bytes cannot be allocated, the step is left unchanged.
         if (!lock.owns_lock()) lock.lock();
         record.busy = false;
     }
@@ -358,7 +359,7 @@ void StepKeeper::DoSpill(StepRecord& record, std::unique_lock<std::mutex>& lock)
     record.busy = false;
     if (!failure.empty()) {
         file->Free(record.extent);
-        // Reported once; the steps stay in memory from now on.
+        // Reported once; from then on, steps stay in memory.
         problem = failure + "; undo steps stay in memory";
         spillFolder.clear();
         return;

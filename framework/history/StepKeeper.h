@@ -16,11 +16,10 @@ namespace trovik {
 
 class StepRecord;
 
-/// Stores the steps of one history: open, as they were created, or with their arrays packed in
-/// memory or in a file. Packing, repacking and writing are done by a thread of the keeper, in the
-/// order of the requests; the thread starts with the first request. If the system cannot start a
-/// thread, the work is done immediately on the caller's thread. The keeper itself must be used by
-/// one thread only.
+/// Stores the steps of one history. A step is either open, as it was created, or has its arrays
+/// packed in memory or in a file. A thread of the keeper packs, repacks and writes, in the order of
+/// the requests; it starts with the first request. If the system cannot start a thread, the work is
+/// done immediately on the caller's thread. The keeper itself must be used by one thread only.
 ///
 /// A step whose arrays are packed still has all its other members, so its type, label and small
 /// members can be read.
@@ -43,12 +42,12 @@ public:
     void Pack(const Handle& record, uint64_t minBytes);
     /// Packs tightly on the calling thread, immediately.
     void PackNow(const Handle& record, uint64_t minBytes);
-    /// Requests that a packed step be packed tightly.
+    /// Requests that a packed step be repacked tightly.
     void Tighten(const Handle& record);
     /// Requests that the packed bytes be moved into the file.
     void Spill(const Handle& record);
 
-    /// Returns the step with its arrays. Waits while this step is being processed, never for
+    /// Returns the step with its arrays. Waits while this step is being processed, but never for
     /// another step.
     /// \throw HostError if its packed bytes cannot be read or are damaged; the step is then
     /// unchanged.
@@ -56,17 +55,17 @@ public:
     /// Returns the step, possibly without its arrays, which must not be accessed.
     static UndoStep& Shell(const Handle& record);
 
-    /// Waits until all requests are done.
+    /// Waits until all requests are completed.
     void Settle();
-    /// Called when the content of an open step has changed.
+    /// Must be called when the content of an open step has changed.
     void Remeasure(const Handle& record);
 
-    /// Bytes in memory of all steps, including those that wait to be packed.
+    /// Memory of all steps in bytes, including those that wait to be packed.
     uint64_t Bytes() const;
     /// The maximum of Bytes() so far; it includes packed bytes while they are being created.
     uint64_t PeakBytes() const;
     uint64_t SpilledBytes() const;
-    /// Bytes of one step, in memory and in the file.
+    /// Size of one step in bytes, in memory and in the file.
     uint64_t BytesOf(const Handle& record) const;
     bool IsOpen(const Handle& record) const;
     /// Bytes of memory that Spill would free; 0 unless the step is packed in memory.
@@ -76,9 +75,10 @@ public:
     /// file; bytes in an existing file stay there.
     /// \throw HostError if the file cannot be created.
     void SetSpillFolder(const std::string& folder);
-    /// Whether steps can be moved into a file: a folder was set and no error has occurred since.
+    /// Whether steps can be moved into a file, that is, a folder was set and no error has occurred
+    /// since.
     bool CanSpill() const;
-    /// Returns the error of the file once; then empty.
+    /// Returns the file's error once; afterwards returns an empty text.
     std::string TakeProblem();
     std::string SpillPath() const;
 
@@ -87,8 +87,8 @@ private:
     struct Job {
         Handle record;
         Task task;
-        /// The request number of the record when the job was created. If the record now has another
-        /// number, the job was withdrawn.
+        /// The request number of the record when the job was created. If the record's number has
+        /// changed since, the job was withdrawn.
         uint64_t asked;
     };
     void Ask(const Handle& record, Task task);

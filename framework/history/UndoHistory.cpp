@@ -50,8 +50,8 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
     keeper->Open(record).Apply(geometry);
     keeper->Remeasure(record);
     if (keeper->Bytes() <= budget) return;
-    // Undoing many steps could open steps faster than the thread packs them, and leave them larger
-    // than they were when tightly packed.
+    // Undoing many steps could open steps faster than the thread packs them, and could leave them
+    // larger than when they were tightly packed.
     keeper->PackNow(record, keeping.minPackedBytes);
     if (!keeper->CanSpill() || keeper->Bytes() <= budget) return;
     SpillFarthest();
@@ -173,15 +173,15 @@ void UndoHistory::Fit() {
         DropOldest(budget);
         return;
     }
-    // All steps that can be in the file are there now. The newest group may exceed the budget, and
-    // dropping steps from the file would free no memory for it.
+    // All steps that can be moved to the file are now in it. The newest group may exceed the
+    // budget, and dropping steps from the file would not free memory for it.
     DropOldest(budget + NewestGroupBytes());
     while (keeper->SpilledBytes() > maxFileRatio * budget && DropGroup()) {
     }
 }
 
 void UndoHistory::SpillFarthest() {
-    // Frees some more than necessary, so that not every step has to wait for the file.
+    // Frees slightly more than necessary, so that not every step has to wait for the file.
     const uint64_t most = budget - budget / 8;
     uint64_t bytes = keeper->Bytes();
     std::size_t first = 0;
@@ -204,7 +204,8 @@ void UndoHistory::PackOpened() {
         keeper->Pack(steps[index].record, keeping.minPackedBytes);
     }
     opened.clear();
-    // All steps farther away are aged already, because the position changes by one step at a time.
+    // All steps farther away have already been marked as aged, because the position changes by one
+    // step at a time.
     const std::size_t distance = keeping.tightenBeyond;
     for (std::size_t i = done > distance ? done - distance : 0; i-- > 0 && !steps[i].aged;) {
         steps[i].aged = true;

@@ -15,17 +15,17 @@ namespace trovik {
 class LevelGeometry;
 
 /// One operation that can be undone. Apply exchanges the content of the step with that of the mesh,
-/// so the same call serves undo and redo.
+/// so the same call implements both undo and redo.
 class TROVIK_API UndoStep {
 public:
     virtual ~UndoStep();
     virtual void Apply(LevelGeometry& geometry) = 0;
-    /// Memory of the step, including its arrays.
+    /// Memory of the step in bytes, including its arrays.
     virtual uint64_t Bytes() const = 0;
     /// The large arrays of the step, always in the same order. A history may store their content
-    /// elsewhere in compressed form and leave them empty in the meantime. It restores the content
-    /// before Apply and for UndoHistory::Step. Not called while another thread compresses. A step
-    /// without such arrays is stored as it is.
+    /// elsewhere in compressed form and leave them empty in the meantime. The history restores the
+    /// content before it calls Apply and in UndoHistory::Step. Not called while another thread
+    /// compresses the step. A step without such arrays is stored unchanged.
     virtual std::vector<StepArray> Arrays() { return {}; }
 
     std::string label;
@@ -33,11 +33,11 @@ public:
     bool joinPrevious = false;
 };
 
-/// Settings for the storage of steps other than the newest.
+/// Settings for the storage of all steps except the newest.
 struct UndoKeeping {
-    /// Steps with fewer bytes in arrays are not packed.
+    /// Steps whose arrays have fewer bytes are not packed.
     uint64_t minPackedBytes = 4096;
-    /// Steps that are more than this number of steps away from the position are packed tightly.
+    /// Steps farther than this from the history's position are packed tightly.
     std::size_t tightenBeyond = 16;
 };
 
@@ -45,19 +45,19 @@ class StepKeeper;
 class StepRecord;
 
 /// The steps of one geometry within a byte budget. The oldest steps are dropped first, but the
-/// newest always remains. A new step drops the undone steps. Joined steps form a group, which is
-/// undone, redone and dropped as a whole.
+/// newest always remains. Pushing a step drops the undone steps. Joined steps form a group, which
+/// is undone, redone and dropped as a whole.
 ///
-/// A finished step is compressed by a thread of the history, quickly at first, and tightly when
-/// enough newer steps follow it. The selection of steps to drop does not depend on the progress of
-/// that thread: if the budget is exceeded, the history first waits for it. Undo and redo wait only
-/// for the step that they apply; when many steps are read back from the file, they occasionally
-/// wait for data to be written to the file.
+/// A thread of the history compresses a finished step, quickly at first, and tightly when enough
+/// newer steps follow it. The selection of steps to drop does not depend on the progress of that
+/// thread: if the budget is exceeded, the history first waits for the thread. Undo and redo wait
+/// only for the step that they apply; while many steps are read back from the file, they
+/// occasionally wait for pending writes to the file.
 ///
-/// Memory: within the budget, unless the newest step alone is larger. A step that is being unpacked
-/// or applied, or that is being converted to another form, is counted in addition to the budget.
+/// Memory: at most the budget, unless the newest step alone is larger. A step that is being
+/// unpacked, applied or converted to another form is not counted against the budget.
 ///
-/// For one thread. Undo and redo are refused during a stroke.
+/// Not thread-safe. Undo and redo are refused during a stroke.
 class TROVIK_API UndoHistory {
 public:
     explicit UndoHistory(uint64_t budgetBytes = uint64_t{1} << 30);
@@ -65,19 +65,19 @@ public:
     UndoHistory(const UndoHistory&) = delete;
     UndoHistory& operator=(const UndoHistory&) = delete;
 
-    /// Adds a step that has already been done. A step with joinPrevious stands alone if no done
-    /// step precedes it.
+    /// Adds a step that has already been applied. A step with joinPrevious is not joined if no
+    /// applied step precedes it.
     void Push(std::unique_ptr<UndoStep> step);
     /// Adds the step of one mesh of a stroke. It is joined to the newest step if that belongs to
-    /// the same stroke and the history has not changed in between, regardless of `joinPrevious` of
-    /// the step.
+    /// the same stroke and the history has not changed in between, regardless of the step's
+    /// `joinPrevious`.
     /// \param strokeNumber  identifies the stroke; not 0.
     void PushOfStroke(std::unique_ptr<UndoStep> step, uint64_t strokeNumber);
-    /// If `on` is true, the next step to be pushed joins the newest one, regardless of its
-    /// joinPrevious. False cancels this.
+    /// If `on` is true, the next step to be pushed joins the newest one, regardless of the step's
+    /// joinPrevious. A call with false cancels this.
     void JoinNext(bool on) { joinNext = on; }
     /// Sets a function that is called before undo and redo with the name of the action, such as
-    /// "undo". It refuses the action by throwing.
+    /// "undo". The function refuses the action by throwing.
     void SetGuard(std::function<void(const std::string& action)> newGuard) {
         guard = std::move(newGuard);
     }
@@ -86,8 +86,8 @@ public:
     /// \return false if there is nothing to undo.
     /// If a step throws, the steps of its group that were already undone stay undone, and the
     /// position matches the mesh.
-    /// \throw HostError if the step is in the file and cannot be read back intact, and while a
-    /// stroke on the geometry is open (SetGuard).
+    /// \throw HostError if the step is in the file and cannot be read back intact, and during a
+    /// stroke on the geometry (SetGuard).
     bool Undo(LevelGeometry& geometry);
     bool Redo(LevelGeometry& geometry);
     void Clear();
@@ -95,23 +95,24 @@ public:
     uint64_t Budget() const { return budget; }
     void SetKeeping(const UndoKeeping& newKeeping) { keeping = newKeeping; }
 
-    /// From now on, steps that exceed the budget are moved into a temporary file in this folder
-    /// instead of being dropped, starting with those farthest from the position. The file grows to
-    /// at most eight times the budget; beyond that the oldest steps are dropped. It has no name in
-    /// the folder and disappears when the program ends. An empty name stops further writing.
+    /// Sets the folder of a temporary file. From then on, steps that exceed the budget are moved
+    /// into that file instead of being dropped, starting with those farthest from the position. The
+    /// file grows to at most eight times the budget; beyond that, the oldest steps are dropped. It
+    /// is not listed in the folder and disappears when the program ends. An empty name stops
+    /// further writing.
     ///
     /// If the file cannot be written (for example because the disk is full), the step stays in
     /// memory, no more steps are written, and TakeProblem returns the reason.
     /// \throw HostError if the file cannot be created in the folder.
     void SetSpillFolder(const std::string& folder);
-    /// Returns the error of the file since the last call, in one line; empty if there was none.
+    /// Returns the file error since the last call, in one line; empty if there was none.
     std::string TakeProblem();
-    /// Bytes of the steps in the file.
+    /// Total size of the steps in the file, in bytes.
     uint64_t SpilledBytes() const;
-    /// A path under which this process can open the file; empty if there is none.
+    /// A path by which this process can open the file; empty if there is no file.
     std::string SpillPath() const;
 
-    /// Bytes of all steps in memory: compressed, being compressed, and waiting for compression.
+    /// Memory of all steps in bytes: compressed, being compressed, and waiting for compression.
     uint64_t Bytes() const;
     /// The maximum of Bytes() so far.
     uint64_t PeakBytes() const;
@@ -119,15 +120,15 @@ public:
     void Settle() const;
 
     std::size_t StepCount() const { return steps.size(); }
-    /// Number of done steps; the steps after them can be redone.
+    /// Number of applied steps; the steps after them can be redone.
     std::size_t Position() const { return done; }
     const std::string& Label(std::size_t index) const { return Shell(index).label; }
     /// Current size of one step in bytes, in memory or in the file.
     uint64_t StepBytes(std::size_t index) const;
-    /// Returns the step with its content, which is valid until the next change of the history.
+    /// Returns the step with its content. The reference is valid until the history changes.
     const UndoStep& Step(std::size_t index) const;
-    /// Returns the step, possibly with empty arrays because they are compressed. Used to read its
-    /// type and small members.
+    /// Returns the step without unpacking it, so its arrays may be empty. Use it to read the type
+    /// and the small members.
     const UndoStep& Shell(std::size_t index) const;
 
     /// Sets the label for the steps of strokes that finish from now on.
@@ -146,12 +147,12 @@ private:
     /// Reduces the history to the budget by moving steps into the file and by dropping steps.
     void Fit();
     void DropOldest(uint64_t most);
-    /// Drops the group that is the first to be dropped.
+    /// Drops the next group in dropping order.
     /// \return false if only one group is left.
     bool DropGroup();
     void SpillFarthest();
     uint64_t NewestGroupBytes() const;
-    /// Requests compression of all steps that were left open, and tight compression of those that
+    /// Requests compression of all steps that are still open, and tight compression of those that
     /// have become old.
     void PackOpened();
 
@@ -162,9 +163,9 @@ private:
     std::size_t done = 0;
     uint64_t budget;
     UndoKeeping keeping;
-    /// Steps whose content was requested since the last change.
+    /// Steps whose content has been requested since the last change.
     mutable std::vector<std::size_t> opened;
-    /// Stroke of the newest step; 0 if it does not belong to a stroke or if the position has
+    /// Stroke number of the newest step; 0 if it does not belong to a stroke or if the position has
     /// changed since.
     uint64_t lastStroke = 0;
     bool joinNext = false;

@@ -8,11 +8,11 @@ namespace trovik {
 class UndoHistory;
 
 /// Registers the preferences "Undo Budget", in MiB, initially 1024, and "Undo File", initially off.
-/// With the latter, steps beyond the budget are moved into a temporary file instead of being
+/// If "Undo File" is on, steps beyond the budget are moved into a temporary file instead of being
 /// dropped.
 TROVIK_API void RegisterUndoPreferences();
 
-/// Applies the preferences to a history. The file is in the system folder for temporary files.
+/// Applies the preferences to a history. The file is in the system's folder for temporary files.
 /// \throw HostError if the file cannot be created there.
 TROVIK_API void ApplyUndoPreferences(UndoHistory& history);
 

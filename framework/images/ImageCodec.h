@@ -7,7 +7,7 @@ namespace trovik {
 
 enum class SampleType { UInt8, UInt16, Int16, Float };
 
-/// Pixels to encode: rows from top to bottom, channels interleaved. `samples` is borrowed.
+/// Pixels to encode: rows from top to bottom, interleaved channels. `samples` is borrowed.
 struct EncodedImage {
     SampleType type = SampleType::UInt8;
     const void* samples = nullptr;
@@ -19,8 +19,8 @@ struct EncodedImage {
 };
 
 /// Decodes and encodes image formats. The implementation is the module `trovik-openimageio`,
-/// because OpenImageIO and the hundreds of libraries that it needs take most of a second to load.
-/// All functions are thread-safe.
+/// because OpenImageIO and its hundreds of dependencies take most of a second to load. All
+/// functions are thread-safe.
 class ImageCodec {
 public:
     /// See ReadImageFile. The file must exist.

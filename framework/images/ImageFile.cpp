@@ -23,7 +23,7 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image, JobContr
     constexpr std::uint32_t maxSide = std::numeric_limits<int>::max();
     if (image.width > maxSide || image.height > maxSide || image.channels > maxSide)
         ThrowImageError("write", path, "it has more pixels than any image format can store");
-    // Encodes into memory first, because some formats of the library do not report a full disk.
+    // Encodes into memory first, because the library does not report a full disk for some formats.
     const std::vector<unsigned char> bytes = LoadedImageCodec().Encode(path, image, job);
     OutputFile file(path);
     file.Write(bytes.data(), bytes.size());
@@ -33,7 +33,8 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image, JobContr
 }  // namespace
 
 const ImageCodec& LoadedImageCodec() {
-    // The libraries map about 400 MiB and start as many threads as there are processors.
+    // The libraries map about 400 MiB of address space and start as many threads as there are
+    // processors.
     static const auto& codec = ModuleInterface<ImageCodec>(
         {"trovik-openimageio.so",
          "images",
@@ -42,8 +43,7 @@ const ImageCodec& LoadedImageCodec() {
 }
 
 FloatImage ReadImageFile(const std::string& path, std::size_t maxBytes) {
-    // Called first, because the reason given by the system is more precise than that of the
-    // library.
+    // Called first, because the system's reason is more precise than the library's.
     RegularFileSize(path);
     if (IsPngFile(path)) return ReadPngFile(path, maxBytes);
     return LoadedImageCodec().Read(path, maxBytes);

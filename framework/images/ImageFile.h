@@ -12,16 +12,16 @@ namespace trovik {
 
 class JobControl;
 
-/// An image in floats: rows from top to bottom, pixels from left to right, channels interleaved.
+/// An image of floats: rows from top to bottom, pixels from left to right, interleaved channels.
 struct FloatImage {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     std::uint32_t channels = 0;
     /// width * height * channels values.
     std::vector<float> pixels;
-    /// True if the file contains floats: the values are those of the file, of any size and sign.
-    /// False if it contains integers: unsigned values are mapped to 0 .. 1, signed values are
-    /// divided by the largest value of their type.
+    /// True if the file contains floats: the values are those in the file, of any magnitude and
+    /// sign. False if it contains integers: unsigned values are mapped to 0 .. 1, and signed values
+    /// are divided by their type's largest value.
     bool isFloat = false;
 };
 
@@ -30,13 +30,13 @@ inline constexpr std::size_t DefaultMaxImageBytes = std::size_t{1} << 30;
 
 /// Reads an image file, such as TIFF, PNG, EXR or JPEG; its content determines the format.
 ///
-/// Values are not converted further: an 8-bit value v becomes the float nearest to v / 255, and 16
-/// and 32 bits correspondingly. Colour spaces are not converted, and colours are not multiplied by
-/// alpha. If a file contains several images, the first one is read; of an EXR file, the data
-/// window.
+/// An 8-bit value v becomes the float nearest to v / 255; 16-bit and 32-bit values are scaled
+/// correspondingly. There is no other conversion: colour spaces are not converted, and colours are
+/// not multiplied by alpha. If a file contains several images, the first one is read; from an EXR
+/// file, the data window is read.
 /// \param maxBytes  maximum memory of the pixels as floats.
 /// \throw HostError with the file and the reason: missing; damaged; too large (with size and limit,
-/// before memory is allocated); values that are not finite (with their location).
+/// before memory is allocated); non-finite values (with their location).
 TROVIK_API FloatImage ReadImageFile(const std::string& path,
                                     std::size_t maxBytes = DefaultMaxImageBytes);
 
@@ -78,13 +78,13 @@ TROVIK_API void WriteImageFile(const std::string& path,
 /// The file is written completely or not at all: see FileReplacement.
 /// \param image  isFloat is ignored.
 /// \param description  one line of text to store with the pixels; may be empty.
-/// \throw HostError with the file and the reason; also for a value that is not finite. Cancelled.
+/// \throw HostError with the file and the reason; also for a non-finite value; Cancelled.
 TROVIK_API void WriteFloatImageFile(const std::string& path,
                                     const FloatImage& image,
                                     const std::string& description = std::string(),
                                     JobControl* job = nullptr);
 
-/// Returns the text that was stored with the pixels; empty if the file has none.
+/// Returns the text that was stored with the pixels, or an empty text if the file has none.
 /// \throw HostError with the file and the reason.
 TROVIK_API std::string ReadImageDescription(const std::string& path);
 

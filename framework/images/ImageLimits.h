@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// \throw HostError always: "cannot <doing> image <path>: <reason>", the reason in one line. If the
-/// reason is empty, the file is reported as damaged.
+/// \throw HostError always: "cannot <doing> image <path>: <reason>", with the reason reduced to one
+/// line. If the reason is empty, the file is reported as damaged.
 [[noreturn]] TROVIK_API void ThrowImageError(const char* doing,
                                              const std::string& path,
                                              std::string reason);
@@ -25,7 +25,7 @@ TROVIK_API void CheckImageSize(const std::string& path,
                                std::int64_t channels,
                                std::size_t maxBytes);
 
-/// \throw HostError with the path and the first pixel and channel whose value is not finite.
+/// \throw HostError with the path and the first pixel and channel that has a non-finite value.
 TROVIK_API void CheckImageFinite(const char* doing,
                                  const std::string& path,
                                  const FloatImage& image);

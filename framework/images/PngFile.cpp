@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::size_t SignatureBytes = 8;
 
-/// libpng reports errors by a long jump. Each call into it is guarded by Run. No object with a
-/// destructor exists between the jump and its target.
+/// libpng reports errors by a long jump. Each call into it is guarded by Run. There must not be an
+/// object with a destructor between the jump and its target.
 class PngReader {
 public:
     explicit PngReader(const std::string& filePath) : path(filePath) {

@@ -16,8 +16,8 @@ namespace trovik {
 /// \throw HostError if it cannot be read.
 TROVIK_API bool IsPngFile(const std::string& path);
 
-/// See ReadImageFile. Palettes are converted to colours, transparent colours to alpha, and samples
-/// with fewer than eight bits are scaled to eight.
+/// See ReadImageFile. Palette indices are converted to colours, transparent colours to alpha, and
+/// samples of fewer than eight bits are scaled to eight.
 FloatImage ReadPngFile(const std::string& path, std::size_t maxBytes);
 
 /// See ReadImageDescription: returns the text "Description".

@@ -23,7 +23,7 @@ struct Colour {
     float c[3];
 };
 
-/// Returns the three colours of a pixel, multiplied by alpha where it applies.
+/// Returns the three colours of a pixel, multiplied by alpha if the alpha applies.
 Colour ColourOf(const float* pixel, uint32_t channels, bool isFloat) {
     const bool grey = channels <= 2;
     const bool hasAlpha = !isFloat && (channels == 2 || channels == 4);
@@ -97,9 +97,9 @@ StampCache::FileState StampCache::StateOf(const std::string& path) {
 
 namespace {
 
-/// Reads a stamp within the size limit. The limit also applies to the copy of the brush: if the
-/// name is that of a vector displacement map, the brush requests three values per pixel, regardless
-/// of the file.
+/// Reads a stamp within the size limit. The limit also applies to the brush's copy: if the name
+/// marks a vector displacement map, the brush requests three values per pixel, regardless of the
+/// file.
 FloatImage ReadStamp(const std::string& path, std::size_t maxBytes) {
     FloatImage image = ReadImageFile(path, maxBytes);
     const std::size_t values = std::size_t{image.width} * image.height * 3;
@@ -116,7 +116,8 @@ FloatImage ReadStamp(const std::string& path, std::size_t maxBytes) {
 }  // namespace
 
 std::shared_ptr<StampImage> StampCache::Get(const std::string& path, std::size_t maxBytes) {
-    // Taken before the read, so that a file that changes during the read is read again next time.
+    // The identity is determined before the read, so that a file that changes during the read is
+    // read again next time.
     const FileState state = StateOf(path);
     std::error_code failed;
     const std::filesystem::path canonical = std::filesystem::canonical(path, failed);

@@ -10,11 +10,12 @@
 
 namespace trovik {
 
-/// A stamp: the pixels of a file in the form that a brush reads.
+/// A stamp: the pixels of a file in the form in which brushes read them.
 ///
 /// If one value per pixel is requested, it is the mean of the colour channels; if three are
 /// requested, they are the colours. The number of channels of the file determines their meaning:
-/// - 1: grey. As three values, it is the second one, which a vector stamp uses as the height.
+/// - 1: grey. If three values are requested, the grey is the second one, which a vector stamp uses
+///   as the height.
 /// - 2: grey and alpha.
 /// - 3: colour.
 /// - 4: colour and alpha.
@@ -51,34 +52,34 @@ private:
 /// Maximum memory of one stamp as floats, 512 MiB: a grey stamp of 11585 x 11585 pixels. The brush
 /// stores a second copy of its pixels.
 inline constexpr std::size_t maxStampBytes = std::size_t{1} << 29;
-/// Maximum memory of stamps that no brush uses, before the oldest are dropped.
+/// Memory limit for stamps that no brush uses; beyond it, the oldest are evicted.
 inline constexpr std::size_t maxIdleStampBytes = std::size_t{1} << 29;
 
-/// Returns whether the name is that of a vector displacement map: it contains ".vdm" or "_vdm"
-/// anywhere, in any case.
+/// Returns whether the name marks a vector displacement map, that is, contains ".vdm" or "_vdm" in
+/// upper or lower case.
 TROVIK_API bool IsVectorStampName(const std::string& fileName);
 
-/// Cache of stamps by file. A file is read again only if its size, time or identity has changed.
-/// The new pixels then replace those of the same image, so that its owners see the version change.
-/// Used only on the main thread of the host.
+/// A cache of stamps by file. A file is read again only if its size, modification time or identity
+/// has changed. The new pixels then replace those of the cached image, so that its owners detect
+/// the new version. Used only on the host's main thread.
 class TROVIK_API StampCache {
 public:
     static StampCache& Instance();
 
-    /// Returns the stamp of a file; never null. ImageKind is 1 for an image with the name of a
-    /// vector displacement map, otherwise 0.
+    /// Returns the stamp of a file; never null. ImageKind is 1 if the file name marks a vector
+    /// displacement map, otherwise 0.
     /// \throw HostError with the file and the reason, like ReadImageFile; the cached image of the
     /// file is kept.
     std::shared_ptr<StampImage> Get(const std::string& path, std::size_t maxBytes = maxStampBytes);
 
     /// Number of files read since the program started.
     uint64_t ReadCount() const { return reads; }
-    /// Drops stamps that are used only by the cache, least recently used first, until the remaining
-    /// ones are within the limit.
+    /// Evicts stamps that only the cache uses, least recently used first, until the remaining ones
+    /// are within the limit.
     void DropIdle(std::size_t keepBytes);
 
 private:
-    /// Identifies a file, so that a replaced file of the same name is detected.
+    /// Identifies a file, so that a different file with the same name is detected.
     struct FileState {
         uint64_t device = 0;
         uint64_t inode = 0;

@@ -10,7 +10,7 @@ namespace trovik {
 
 class JobControl;
 
-/// Identifies the content of a file, independent of its name and times.
+/// Identifies the content of a file, independently of its name and timestamps.
 struct ContentHash {
     /// SHA-256 as 64 lower-case hexadecimal digits, as sha256sum prints it.
     std::string sha256;

@@ -22,10 +22,10 @@ public:
     /// Rename that fails with EEXIST if `to` exists; atomic if the file system supports it.
     virtual int RenameNew(const char* from, const char* to);
 
-    /// The current implementation; initially that of the system.
+    /// The current implementation; initially the system's.
     static DiskCalls& Current();
-    /// Sets the implementation for all files that are written from now on; null selects that of the
-    /// system. Borrowed. Must not be called while files are being written.
+    /// Sets the implementation for all files that are written from now on; null selects the
+    /// system's. Borrowed. Must not be called while files are being written.
     static void Use(DiskCalls* calls);
 };
 

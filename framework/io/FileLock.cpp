@@ -35,8 +35,8 @@ FileLock::FileLock(const std::string& path) {
 }
 
 FileLock::Result FileLock::Try(const std::string& path) {
-    // Network file systems require a file that is open for writing. Non-blocking, because a pipe
-    // with this name could block the call for ever.
+    // Network file systems require a file that is open for writing. Opened non-blocking, because a
+    // pipe with this name could block the call forever.
     file = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     if (file < 0 && errno != ENOENT) file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (file < 0) return errno == ENOENT ? Result::Absent : Result::Unavailable;

@@ -34,10 +34,11 @@ std::function<void(const std::string&)>& Notes() {
 /// extension of the target.
 constexpr std::string_view partMark = ".part";
 
-/// Returns the start of the names of new files, up to the first dot, for a mark of this length.
+/// Returns the start of the names of new files, up to the first dot, leaving room for a mark of
+/// `markBytes` bytes.
 std::string StemOfNewName(const fs::path& target, std::size_t markBytes) {
     // Most file systems limit names to 255 bytes; the new file of a target with such a name must
-    // fit too.
+    // also fit.
     constexpr std::size_t maxNameBytes = 255;
     std::string stem = target.stem().string();
     const std::size_t rest = markBytes + target.extension().string().size();
@@ -89,14 +90,14 @@ std::string FollowLinks(const std::string& path) {
     return path;
 }
 
-/// Some file systems report that they cannot sync a folder, or any file. This is not a failed
-/// write.
+/// Some file systems report that they cannot sync a folder, or any file. This does not count as a
+/// failed write.
 bool SyncFailed(int file) {
     return DiskCalls::Current().Sync(file) != 0 && errno != EINVAL && errno != EROFS;
 }
 
 /// Opens, syncs and closes a file.
-/// \return 0 or the error number of the system.
+/// \return 0 or the system's error number.
 int SyncFile(const std::string& path) {
     const int file = DiskCalls::Current().Open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
     if (file < 0) {
@@ -152,14 +153,15 @@ FileReplacement::FileReplacement(const std::string& filePath)
         }
         presentMode = status.st_mode & 07777;
     } else if (errno != ENOENT) {
-        // For example, the name is too long. The shorter name of the new file would hide that.
+        // For example, the target's name may be too long, which the shorter name of the new file
+        // would hide.
         ThrowFileError("write", path, errno);
     }
 
     RemoveAbandoned();
     while (!Create()) {
     }
-    // Best effort: a file with different rights is better than none.
+    // Best effort: a file with different access rights is better than no file.
     if (presentMode && fchmod(lock, *presentMode | S_IRUSR | S_IWUSR) != 0) {
         errno = 0;
     }
@@ -204,7 +206,8 @@ void FileReplacement::RemoveAbandoned() const {
         const std::string abandoned = (folder / name).string();
         struct stat status {};
         if (lstat(abandoned.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
-        // Checks the lock, not the process ID in the name, which another process may have by now.
+        // Checks the lock instead of the process ID in the name, because the ID may have been
+        // reused by another process.
         const FileLock owned(abandoned);
         if (owned.State() != FileLock::Result::Locked || unlink(abandoned.c_str()) != 0) continue;
         if (Notes()) Notes()(abandoned + ": removed; it was left by a process that was killed");
@@ -233,7 +236,8 @@ void FileReplacement::Commit(const std::function<void(const std::string&)>& befo
     if (beforeReplacing) {
         beforeReplacing(temporaryPath);
     }
-    // Computed before the rename, because after it nothing may fail, not even an allocation.
+    // Computed before the rename, because no operation after the rename may fail, not even an
+    // allocation.
     const std::filesystem::path parent = std::filesystem::path(targetPath).parent_path();
     const std::string folder = parent.empty() ? std::string(".") : parent.string();
     DiskCalls& disk = DiskCalls::Current();
@@ -243,7 +247,7 @@ void FileReplacement::Commit(const std::function<void(const std::string&)>& befo
         ThrowFileError("write", path, errno);
     }
     temporaryPath.clear();
-    // The directory entry must be synced too. A folder that is not readable cannot be synced.
+    // The directory entry must also be synced. A folder that is not readable cannot be synced.
     const int systemError = SyncFile(folder);
     if (systemError != 0 && systemError != EACCES && systemError != EPERM) {
         throw HostError(path + " is written and in place, but its folder could not be synced: " +

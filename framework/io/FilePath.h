@@ -15,7 +15,7 @@ TROVIK_API std::string LowerExtension(const std::string& path);
 
 /// Returns the size of a regular file in bytes.
 /// \throw HostError with the path and the reason if the file does not exist or is not a regular
-/// file. A folder is rejected, and so is a pipe, which could block a reader for ever.
+/// file. A folder is rejected, and so is a pipe, which could block a reader forever.
 TROVIK_API std::uint64_t RegularFileSize(const std::string& path);
 
 /// Sets the function that receives one line for each file event that users should know about, such
@@ -29,17 +29,17 @@ TROVIK_API void SetFileNotes(std::function<void(const std::string&)> receive);
 /// \throw HostError under the same conditions as FileReplacement.
 TROVIK_API void CheckWritable(const std::string& path);
 
-/// A new file that replaces another one only when it is complete.
+/// A new file that replaces an existing one only when the new file is complete.
 ///
 /// The constructor creates a file next to the target, in the same folder and with the same
-/// extension. It has the access rights of the target if that exists, otherwise those of any new
-/// file. The owner of the object writes the content of this file. Commit syncs it to disk and
-/// renames it. Without Commit, the destructor removes it and the target is unchanged. If the target
-/// is a symbolic link, the file that it points to is replaced.
+/// extension. It has the target's access rights if the target exists, otherwise the default ones.
+/// The owner of the object writes the content to this file. Commit syncs it to disk and renames it.
+/// Without Commit, the destructor removes it and the target is unchanged. If the target is a
+/// symbolic link, the file that it points to is replaced.
 ///
 /// The new file is locked (flock) while this object owns it. An unlocked file for the same target
-/// was left by a process that was killed; the constructor removes it and reports that through
-/// SetFileNotes. On file systems without locks such files are not removed.
+/// is a leftover of a process that was killed; the constructor removes it and reports the removal
+/// through SetFileNotes. On file systems without locks such files are not removed.
 class TROVIK_API FileReplacement {
 public:
     /// \throw HostError with `path` and the reason given by the system; also if `path` is a folder,
@@ -65,7 +65,7 @@ public:
     /// not be synced.
     void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 
-    /// From now on Commit fails if a file with the name of the target exists.
+    /// Makes Commit fail if a file with the target's name exists.
     void RequireNewTarget() { mayReplace = false; }
 
 private:

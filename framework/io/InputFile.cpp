@@ -110,7 +110,7 @@ bool InputFile::NextLine(std::string_view& line, std::size_t maxBytes) {
 }
 
 const unsigned char* InputFile::Take(std::size_t sizeBytes, JobPhase* bytes) {
-    // Checked before memory is allocated, because a length from the file may be any number.
+    // Checked before memory is allocated, because a length from the file may have any value.
     if (sizeBytes > Remaining() || !Fill(sizeBytes, bytes)) {
         return nullptr;
     }

@@ -14,8 +14,8 @@ namespace trovik {
 
 /// A regular file that is read from start to end, by lines or by bytes.
 ///
-/// Requested data is contiguous in a buffer, which grows to the requested size, but never beyond
-/// the size of the file. Errors: HostError with the path and the reason given by the system;
+/// Requested data is returned contiguously in a buffer, which grows to the requested size, but
+/// never beyond the file size. Errors: HostError with the path and the reason given by the system;
 /// Cancelled. Not thread-safe.
 class TROVIK_API InputFile {
 public:
@@ -29,7 +29,7 @@ public:
     const std::string& Path() const { return path; }
     /// Number of bytes returned so far.
     std::uint64_t Position() const { return position; }
-    /// Number of bytes not returned yet, based on the size of the file when it was opened.
+    /// Number of bytes not returned yet, based on the file size at the time of opening.
     std::uint64_t Remaining() const { return size > position ? size - position : 0; }
 
     /// Reads the next line, without its end (LF or CR LF); the last line may have no end.
@@ -39,8 +39,8 @@ public:
     bool NextLine(std::string_view& line, std::size_t maxBytes);
 
     /// Reads the next `sizeBytes` bytes.
-    /// \param bytes  a phase to which the bytes that are read from the system are added; may be
-    /// null.
+    /// \param bytes  a phase whose progress is advanced by the bytes that are read from the system;
+    /// may be null.
     /// \return a pointer that is valid until the next call; null if the file has fewer bytes left.
     const unsigned char* Take(std::size_t sizeBytes, JobPhase* bytes = nullptr);
 

@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// Parses the float nearest to a decimal text, independent of the locale. Values that are too small
-/// become a signed zero, values that are too large become an infinity; `nan` and `inf` are
+/// Parses a decimal text to the nearest float, independently of the locale. Values that are too
+/// small become a signed zero, values that are too large become an infinity; `nan` and `inf` are
 /// accepted.
 /// \return false if the whole text is not a number.
 inline bool ParseFloat(std::string_view text, float& value) {
@@ -25,7 +25,7 @@ inline bool ParseFloat(std::string_view text, float& value) {
     }
     if (error == std::errc::result_out_of_range) {
         // `value` is not set in this case. Double precision shows whether the number is too small
-        // or too large; if it is outside the range of double too, the sign of the exponent does.
+        // or too large; if it is also outside the range of double, the sign of the exponent does.
         double wide = 0.0;
         bool tooSmall = false;
         if (std::from_chars(text.data(), end, wide).ec == std::errc()) {

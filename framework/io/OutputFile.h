@@ -18,7 +18,7 @@ namespace trovik {
 /// target as a whole.
 ///
 /// Until Commit the target is unchanged. If the object is destroyed without Commit, for example
-/// after an error, no file is left. See FileReplacement. Numbers are written independent of the
+/// after an error, no file is left. See FileReplacement. Numbers are written independently of the
 /// locale. Errors: HostError with the path and the reason given by the system (missing folder, full
 /// disk). Cost: one system call per mebibyte.
 class TROVIK_API OutputFile {

@@ -58,7 +58,7 @@ public:
         if (value.is_array() && rule.items != nullptr)
             for (std::size_t i = 0; i < value.size() && !IsFull(); ++i)
                 Check(*rule.items, value[i], ItemPointer(pointer, i));
-        // Misspelt or missing fields would cause errors in these checks too.
+        // Misspelt or missing fields would also cause errors in these checks.
         if (faults.size() != before) return;
         if (!rule.anyOf.empty()) CheckAlternatives(rule, rule.anyOf, false, value, pointer);
         if (!rule.oneOf.empty()) CheckAlternatives(rule, rule.oneOf, true, value, pointer);
@@ -158,7 +158,8 @@ private:
             Expected(rule, value, pointer);
     }
 
-    /// \param alternatives  if the object matches too many, those; if it matches none, all.
+    /// \param alternatives  if the object matches too many alternatives, the matching ones; if it
+    /// matches none, all.
     void ExpectedFields(const std::vector<const JsonRule*>& alternatives,
                         const json& object,
                         const std::string& pointer) {

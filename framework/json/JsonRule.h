@@ -36,7 +36,7 @@ struct JsonRule {
     std::vector<const JsonRule*> anyOf, oneOf;
 };
 
-/// Appends the faults of a value until there are `maxFaults`.
+/// Appends the faults of a value, until the list has `maxFaults` entries.
 void CheckValue(const JsonRule& rule,
                 const nlohmann::json& value,
                 const std::string& pointer,

@@ -15,20 +15,20 @@ namespace trovik {
 
 struct JsonRule;
 
-/// A JSON schema (draft 7) that reports faults in words for the author of a document.
+/// A JSON schema (draft 7) that reports faults in plain language for the author of a document.
 ///
 /// Supported keywords: type, enum, properties, required, additionalProperties, maxProperties, items
 /// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,
 /// exclusiveMaximum, anyOf, oneOf, $ref to "#/definitions/…", and the annotations $schema, title
 /// and description. As an extension of draft 7, "entryName" is the noun for fields of an object in
-/// messages about unknown ones, such as "setting". "integer" accepts numbers written without
-/// fraction and exponent.
+/// messages about unknown ones, such as "setting". "integer" accepts numbers that are written
+/// without a fraction or an exponent.
 ///
 /// Messages have the form "expected ACCEPTED VALUES, got VALUE". Immutable after construction;
 /// thread-safe.
 class TROVIK_API JsonSchema {
 public:
-    /// \param text  of the schema.
+    /// \param text  the text of the schema.
     /// \throw std::logic_error for an unsupported keyword, and nlohmann::json::exception for text
     /// that is not a schema. Both are defects of the program.
     explicit JsonSchema(const std::string& text);
@@ -51,8 +51,8 @@ private:
 };
 
 /// Parses a document, checks it and removes its comments.
-/// \param faults  receives all faults with which the document can still be parsed; if null, the
-/// first fault is an error.
+/// \param faults  receives the faults, up to a limit; syntax errors are always thrown instead; if
+/// null, the first fault is thrown.
 /// \throw HostError with `name`.
 TROVIK_API nlohmann::json ParseAgainst(const JsonSchema& schema,
                                        const std::string& text,

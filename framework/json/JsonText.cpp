@@ -43,8 +43,8 @@ std::string LineAndColumn(const std::string& text, std::size_t at) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/// Returns the error message of the parser, without its preamble and without the last text that it
-/// read, which may be long and not UTF-8.
+/// Returns the parser's error message without the preamble and without the quoted input, which may
+/// be long and may not be UTF-8.
 std::string PlainReason(std::string reason) {
     if (const auto from = reason.find("] "); from != std::string::npos) reason.erase(0, from + 2);
     if (const auto from = reason.find(" - "); from != std::string::npos) reason.erase(0, from + 3);
@@ -125,8 +125,9 @@ public:
     bool parse_error(std::size_t position,
                      const std::string& token,
                      const nlohmann::detail::exception& error) override {
-        // The position is that of the last byte read, counted from 1. For words and strings the
-        // first byte is needed; the token starts with the latest string or number.
+        // The parser's position is the last byte that it read, counted from 1. For words and
+        // strings, the first byte of the token is needed; `token` starts with the most recent
+        // string or number.
         std::size_t at = std::min(position == 0 ? 0 : position - 1, text.size());
         const bool isString = at < text.size() && text[at] == '"' && token.size() > 1 &&
                               token.size() <= at + 1 && token.front() == '"' &&
@@ -145,8 +146,8 @@ private:
         bool isRepeated = false;
     };
 
-    /// Returns the pointer of the next value. The innermost array does not contain it yet; in an
-    /// outer array, the last item is the one that contains it.
+    /// Returns the JSON Pointer to the next value. The innermost array does not contain the value
+    /// yet; in an outer array, the last item contains it.
     std::string Pointer() const {
         std::string pointer;
         for (const Level& level : levels) {

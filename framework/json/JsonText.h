@@ -12,19 +12,19 @@ namespace trovik {
 
 /// Returns whether the path denotes standard input.
 TROVIK_API bool IsStandardInput(const std::string& path);
-/// Returns the name of a file for messages: the path, or "standard input".
+/// Returns the name of a file for use in messages: the path, or "standard input".
 TROVIK_API std::string DocumentName(const std::string& path);
 
 /// Reads a whole text file; "-" is standard input.
-/// \throw HostError with the file and the reason, also if it is larger than `maxBytes`; no more
-/// than that is read.
+/// \throw HostError with the file and the reason, also if the file is larger than `maxBytes`; at
+/// most that many bytes are read.
 TROVIK_API std::string ReadDocument(const std::string& path, std::size_t maxBytes);
 
 /// Parses a JSON text (RFC 8259, UTF-8) with at most 64 nested arrays and objects.
-/// \param name  of the file, for messages.
-/// \param repeated  receives a fault for each field that its object already has; the first value is
-/// kept. If null, the first such field is an error.
-/// \throw HostError with line and column of a syntax error.
+/// \param name  name of the file, for messages.
+/// \param repeated  receives a fault for each field that is already present in its object; the
+/// first value is kept. If null, the first such field is an error.
+/// \throw HostError with the line and column of a syntax error.
 TROVIK_API nlohmann::json ParseDocument(const std::string& text,
                                         const std::string& name,
                                         std::vector<JsonFault>* repeated = nullptr);

@@ -13,7 +13,7 @@ namespace trovik {
 std::string Accepted(const JsonRule& rule);
 /// Describes a value briefly: strings and numbers as JSON, arrays by their length.
 std::string Shown(const nlohmann::json& value);
-/// Returns `"a", "b" or "c"` with the given word before the last item.
+/// Returns the items as `"a", "b" or "c"`, with the given word before the last item.
 std::string Joined(const std::vector<std::string>& words, const std::string& lastWord);
 std::string Quoted(const std::string& text);
 

@@ -23,7 +23,7 @@ const Vector& OffsetOf(const LayerBase::Layers&, const LayerBase::VertexLayers::
     return entry.state.offset;
 }
 
-/// Returns the layer base plus the layers, except `without`. `first` to `last` are the layers that
+/// Returns the layer base plus all layers except `without`. `first` to `last` are the layers that
 /// touch the vertex, lowest first.
 template <typename Touch>
 Vector Sum(const Vector& base,
@@ -108,9 +108,9 @@ void LayerBase::AbsorbMove(LayeredVertex& layeredVertex,
         if (!SameBits(state.seen, present) ||
             !SameBits(state.rest, Sum(layeredVertex.base, layers, first, last, touch)))
             continue;
-        // A stroke in this layer moved the vertex last, so the base is unchanged. The stroke may
-        // have rounded the sum differently. It may also have deferred the position, which then does
-        // not exist yet.
+        // The last stroke to move the vertex was in this layer, so the base is unchanged. The
+        // stroke may have rounded the sum differently. It may also have deferred the position,
+        // which then has not been computed yet.
         if (SameBits(present, layer.Composite(touch->slot)))
             Note(layeredVertex, Sum(layeredVertex.base, layers, first, last), present);
         return;
@@ -198,7 +198,7 @@ LayerBase::VertexLayers LayerBase::Carried(const VertexLayers& held,
                                            const SurfaceMove& move) {
     const VertexLayers::Entry* const heldEnd = held.entries.data() + held.entries.size();
     const Vector sum = Sum(held.layeredVertex.base, layers, held.entries.data(), heldEnd);
-    // If not, a layer has deferred the position.
+    // Otherwise, a layer has deferred the position.
     const bool isComposed = SameBits(PlaceOf(held.layeredVertex, sum), present);
     VertexLayers carried = held;
     carried.layeredVertex.base = move.Carried(held.layeredVertex.base);

@@ -12,12 +12,12 @@ namespace trovik {
 /// The layer base of one level: for each vertex that a layer touches, the position without layers.
 /// The surface is the base plus strength x offset of each layer, in the order of the stack. Layers
 /// that are hidden, have strength 0, or have no offset at the vertex contribute nothing. The
-/// surface is a function of base and layers alone, so switching layers off and on in any order
+/// surface depends only on the base and the layers, so hiding and showing layers in any order
 /// restores bit-identical positions.
 ///
-/// Strokes write sums that are rounded differently, and their own normals. The last such position
-/// and normal of a vertex are stored here together with the result of the function, and replace
-/// that result whenever the function computes it again.
+/// Strokes, however, write differently rounded sums and their own normals. The last such position
+/// and normal of each vertex are stored here together with the result that the layers give, and
+/// replace that result whenever it is computed again.
 class TROVIK_API LayerBase {
 public:
     using Layers = std::vector<std::shared_ptr<SculptLayer>>;
@@ -26,18 +26,18 @@ public:
     struct LayeredVertex {
         uint32_t vertex = 0;
         Vector base;
-        /// If the computed sum is `sum`, the vertex is placed at `place` instead.
+        /// If the computed sum equals `sum`, the vertex gets the position `place` instead.
         Vector sum;
         Vector place;
     };
     static bool SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b);
-    /// The data of a vertex in another state, if there was any.
+    /// The data of a vertex in another state, if it had any.
     struct OtherLayeredVertex {
         LayeredVertex layeredVertex;
         bool isKnown = false;
     };
-    /// If the positions of the faces around a vertex match `ring` (a hash), its normal is this one
-    /// instead of the computed one.
+    /// If the positions of a vertex's surrounding faces match the hash `ring`, this normal replaces
+    /// the computed one.
     struct StoredNormal {
         uint64_t ring = 0;
         uint32_t vertex = 0;
@@ -46,14 +46,14 @@ public:
         int16_t unused[3] = {0, 0, 0};
     };
 
-    /// Absorbs the changes of the level since the last call.
-    /// \param layers  of the level, lowest first.
+    /// Absorbs the level's changes since the last call.
+    /// \param layers  layers of the level, lowest first.
     /// Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
 
     /// The positions and normals that Compose has replaced.
     struct Replaced {
-        /// The vertices that moved and their neighbours, ascending.
+        /// The vertices that moved and their neighbours, in ascending order.
         std::vector<uint32_t> vertices;
         std::vector<Vector> positions;
         std::vector<PackedNormal> normals;
@@ -82,8 +82,9 @@ public:
     VertexLayers VertexLayersOf(const LevelMesh& level,
                                 const Layers& layers,
                                 uint32_t vertex) const;
-    /// Returns the data after the surface below the vertex has moved and taken it to `place`: the
-    /// base moves along, and the offsets rotate. If a result would not be finite, nothing changes.
+    /// Returns the data after the underlying surface has moved the vertex to `place`: the base
+    /// moves along, and the offsets rotate. If a result would not be finite, the data is returned
+    /// unchanged.
     static VertexLayers Carried(const VertexLayers& held,
                                 const Layers& layers,
                                 const Vector& present,
@@ -91,7 +92,7 @@ public:
                                 const SurfaceMove& move);
 
     /// Compares the current data with `before` and returns the older data of each vertex that
-    /// differs, ordered by vertex.
+    /// differs, in ascending order.
     std::vector<OtherLayeredVertex> DifferencesTo(const std::vector<LayeredVertex>& before) const;
     /// Exchanges the current data of these vertices with older data.
     /// \param others  ordered by vertex, without duplicates.
@@ -101,7 +102,7 @@ public:
     /// dropped, because they depend on the order of the old face numbers.
     void Renumber(const std::vector<uint32_t>& map);
 
-    /// Used to save scenes; ordered by vertex.
+    /// Used to save scenes; in ascending vertex order.
     const std::vector<LayeredVertex>& LayeredVertices() const { return layeredVertices; }
     const std::vector<StoredNormal>& Normals() const { return normals; }
     void Restore(std::vector<LayeredVertex> newLayeredVertices,
@@ -122,7 +123,7 @@ private:
                                  const Layers& layers,
                                  const Touched* first,
                                  const Touched* last);
-    /// Absorbs a position that differs from the expected one into the data of the vertex.
+    /// Absorbs a position that differs from the expected one into the vertex's data.
     static void AbsorbMove(LayeredVertex& layeredVertex,
                            const Layers& layers,
                            const Touched* first,

@@ -11,10 +11,10 @@
 namespace trovik {
 
 /// The sculpt layers of a geometry: any number per level, lowest first. LayerBase describes the
-/// effect of the operations of LayerSteps.h. Each of them works on the bound level or on the level
-/// of its layer, and returns its undo step, which is not pushed yet, or null if nothing changed.
-/// None may be called during a stroke. Cost: O(touched vertices) of the level if the surface may
-/// change, otherwise O(layers).
+/// effect of the operations in LayerSteps.h. Each operation works on the bound level or on the
+/// level of its layer, and returns its undo step, which is not pushed yet, or null if nothing
+/// changed. The operations must not be called during a stroke. Cost: O(touched vertices) of the
+/// level if the surface may change, otherwise O(layers).
 class TROVIK_API LayerStack {
 public:
     using Layers = LayerBase::Layers;
@@ -25,11 +25,11 @@ public:
     Layers OfLevel(const LevelMesh& level) const;
     /// Returns the highest layer with that name on the level, or null.
     std::shared_ptr<SculptLayer> Find(const LevelMesh& level, const std::string& name) const;
-    /// Returns the shared pointer of a layer in this stack; null if the layer is not in it.
+    /// Returns the shared pointer to a layer of this stack; null if the stack does not contain it.
     std::shared_ptr<SculptLayer> Shared(const SculptLayer* layer) const;
 
-    /// Adds a layer on top of the layers of its level. Used when the content of a geometry is
-    /// loaded.
+    /// Adds a layer on top of the layers of its level. Used while loading the content of a
+    /// geometry.
     void Insert(std::shared_ptr<SculptLayer> layer);
     /// Replaces the layers of a level.
     void SetOfLevel(const LevelMesh& level, const Layers& newLayers);

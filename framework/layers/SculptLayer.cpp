@@ -117,7 +117,7 @@ Vector SculptLayer::Composite(uint32_t slot) const {
 void SculptLayer::Compose(uint32_t slot) {
     Entry& entry = entries[slot];
     AbsorbForeignMove(entry);
-    // Without an offset the strength has no effect, and adding zero could change -0 to +0.
+    // Without an offset, the strength has no effect, and adding zero could change -0 to +0.
     if (IsAtRest(entry.state)) return;
     const Vector composite = Composed(entry.state.rest, EffectiveStrength(), entry.state.offset);
     level->SetPosition(entry.vertex, composite);

@@ -15,12 +15,13 @@ namespace trovik {
 /// position is stored along with the offset, so that changing the strength and restoring it gives
 /// bit-identical positions.
 ///
-/// A vertex may also be moved without the layer: by a stroke with no active layer or another one,
-/// or by a change propagated from a coarser level. On its next access the layer detects that the
-/// position is not the one that it wrote, and adds the difference to the rest position.
+/// A vertex may also move independently of the layer: by a stroke on another layer or without an
+/// active layer, or by a change propagated from a coarser level. On the next access, the layer
+/// detects that the position differs from the one it wrote, and adds the difference to the rest
+/// position.
 ///
-/// If a level has several layers, they belong to a LayerStack, which composes them all. For the
-/// functions of this class, the other layers are part of the rest position.
+/// If a level has several layers, they belong to a LayerStack, which composes them all. The
+/// functions of this class treat the other layers as part of the rest position.
 ///
 /// Memory: 40 bytes per touched vertex, and 4 KiB for each range of 1024 vertices that contains
 /// one.
@@ -28,7 +29,8 @@ class TROVIK_API SculptLayer : public trovik::Layer {
 public:
     /// Borrows the level. A layer must not be used after its level is destroyed.
     SculptLayer(LevelMesh* level, const std::string& name);
-    /// If this is the active layer of the level, the level then has none. Positions do not change.
+    /// If this is the active layer of the level, the level has no active layer afterwards.
+    /// Positions do not change.
     ~SculptLayer() override;
     SculptLayer(const SculptLayer&) = delete;
     SculptLayer& operator=(const SculptLayer&) = delete;
@@ -59,7 +61,7 @@ public:
     Vector Rest(uint32_t vertex) const;
     Vector Offset(uint32_t vertex) const;
 
-    /// The user-defined properties of a layer.
+    /// The user-settable properties of a layer.
     struct Properties {
         std::string name;
         float strength = 1.0f;
@@ -68,7 +70,7 @@ public:
         bool writable = true;
     };
     const Properties& UserProperties() const { return given; }
-    /// Sets the properties. Positions do not change.
+    /// Sets the properties; does not update positions.
     void SetUserProperties(const Properties& properties) { given = properties; }
 
     float Strength() const { return given.strength; }
@@ -85,7 +87,7 @@ public:
     /// Renumbers the vertices: vertex v of the level becomes vertex map[v].
     void Renumber(const std::vector<uint32_t>& map);
 
-    /// All data of the layer for a vertex.
+    /// All of the layer's data for one vertex.
     struct State {
         Vector rest;
         Vector offset;
@@ -99,13 +101,13 @@ public:
     Vector Composite(uint32_t slot) const;
     /// Updates the composite position of one vertex to the current strength.
     void Compose(uint32_t slot);
-    /// Points to this layer while it exists, and to null afterwards. Used by objects that may
-    /// outlive the layer.
+    /// A handle that points to this layer while it exists, and to null afterwards. Used by objects
+    /// that may outlive the layer.
     const std::shared_ptr<SculptLayer*>& Handle() const { return handle; }
-    /// Bytes allocated for the touched vertices.
+    /// Number of bytes allocated for the touched vertices.
     uint64_t Bytes() const;
-    /// Vertices and states, for code that stores an unused layer in compressed form. While they are
-    /// removed, no other function of the layer may be called.
+    /// The layer's vertices and states, for code that stores an unused layer in compressed form.
+    /// While they are removed, no other function of the layer may be called.
     StepArray Content() { return StepArray(entries); }
 
 private:
@@ -123,7 +125,7 @@ private:
     LevelMesh* level;
     Properties given;
     std::vector<Entry> entries;
-    /// Slot by vertex, in pages that are created when one of their vertices is touched.
+    /// Maps vertices to slots, in pages that are created when one of their vertices is touched.
     std::vector<std::unique_ptr<uint32_t[]>> slotPages;
     std::shared_ptr<SculptLayer*> handle;
 };

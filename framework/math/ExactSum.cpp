@@ -10,9 +10,9 @@ namespace trovik {
 
 namespace {
 
-/// A sum of floats as non-overlapping doubles in ascending order of magnitude: the expansions of
-/// Shewchuk, "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric Predicates",
-/// 1997.
+/// A sum of floats, stored as non-overlapping doubles in ascending order of magnitude: an expansion
+/// as in Shewchuk, "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric
+/// Predicates", 1997.
 class Expansion {
 public:
     void Add(double term) {

@@ -32,7 +32,7 @@ public:
     }
     bool IsExact() const { return lost == 0.0; }
     const DoubleVector& Value() const { return sum; }
-    /// Number of terms that were added.
+    /// Number of terms added so far.
     uint32_t Count() const { return count; }
 
 private:
@@ -54,9 +54,9 @@ private:
 /// ExactSum for terms whose running sum in double precision is inexact.
 TROVIK_API DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 
-/// Returns the sum of the terms, computed exactly and rounded once to double precision. It does not
-/// depend on their order, and negating all terms negates it. The sum of no terms is zero. If a term
-/// is not finite, neither is the sum.
+/// Returns the sum of the terms, computed exactly and rounded once to double precision. The sum
+/// does not depend on their order, and negating all terms negates it. The sum of an empty list is
+/// zero. If a term is non-finite, so is the sum.
 inline DoubleVector ExactSum(const Vector* terms, std::size_t count) {
     RunningSum quick;
     for (std::size_t i = 0; i < count; ++i) quick.Add(terms[i]);

@@ -7,11 +7,11 @@ namespace trovik {
 
 namespace {
 
-/// If the sum of the normals is below this fraction of the surrounding area, they cancel and the
-/// sum is noise.
+/// If the sum of the normals is below this fraction of the surrounding area, the normals cancel and
+/// the sum is noise.
 constexpr double cancelMargin = 1e-2;
-/// If the sums over the edges are below this fraction of their upper bound, they do not determine
-/// an angle.
+/// If the sums over the edges are below this fraction of their upper bound, the edges do not
+/// determine an angle.
 constexpr double angleMargin = 1e-9;
 
 }  // namespace

@@ -9,15 +9,17 @@ namespace trovik {
 
 /// The rotation of the surface around one vertex between two states. It maps the frame of the
 /// vertex in the first state to its frame in the second. The third axis of the frame is the normal.
-/// The other two axes need not be chosen, because only the rotation matters: first the shortest
-/// rotation from normal to normal, then a rotation about the normal by the angle that best aligns
-/// the old edges with the new ones (least squares over all edges of the ring, so that no edge is
-/// preferred, and poles of any valence and borders are treated alike).
+/// The other two axes need not be chosen, because only the rotation matters. It consists of the
+/// shortest rotation from normal to normal, followed by a rotation about the normal by the angle
+/// that best aligns the old edges with the new ones. The alignment is by least squares over all
+/// edges of the vertex, so that no edge is preferred, and that poles of any valence and borders are
+/// handled alike.
 ///
-/// The rotation preserves lengths, however the surface deforms. If the normals of the faces cancel,
-/// for example where two coincident sheets face each other, the face that is largest in both states
-/// is used instead, so that noise has no effect. If there is no area, the rotation is the identity.
-/// If the edges do not determine an angle, only the shortest rotation is used.
+/// The rotation preserves lengths under any deformation of the surface. If the normals of the faces
+/// cancel, for example where two coincident sheets face each other, the face that is largest in
+/// both states is used instead, so that noise has no effect. If all faces are degenerate, the
+/// rotation is the identity. If the edges do not determine an angle, only the shortest rotation is
+/// used.
 ///
 /// Computation is in double precision, so squared lengths neither underflow nor overflow.
 class TROVIK_API FrameRotation {
@@ -28,8 +30,8 @@ class TROVIK_API FrameRotation {
     };
 
 public:
-    /// The normals of a face of the ring in both states, of any length. One object serves all
-    /// vertices of the face.
+    /// The normals of an adjacent face in both states, of any length. One object can be used for
+    /// all vertices of the face.
     struct Face {
         Face(const Vector& normalBefore, const Vector& normalAfter)
             : before(Double(normalBefore)),
@@ -41,7 +43,7 @@ public:
         double lengthBefore;
         double lengthAfter;
     };
-    /// What an edge of the ring adds.
+    /// The contribution of one edge at the vertex.
     struct Edge {
         double across = 0.0;
         double along = 0.0;
@@ -60,7 +62,7 @@ public:
     }
     /// Called once, after the last normal and before the first edge.
     void CloseNormals();
-    /// \param before, after  the edge from the vertex outwards, in both states.
+    /// \param before, after  the edge vector, from the vertex outwards, in both states.
     Edge EdgeOf(const Vector& before, const Vector& after) const {
         if (!isDefined) return {};
         const Double3 a = ShortestRotationOf(Double(before));
@@ -69,7 +71,7 @@ public:
                 Dot(a, b) - Dot(normalAfter, a) * Dot(normalAfter, b),
                 std::sqrt(Dot(a, a) * Dot(b, b))};
     }
-    /// \param edge  by EdgeOf. An edge is added once for each face that it belongs to.
+    /// \param edge  the result of EdgeOf. An edge is added once for each of its faces.
     void AddEdge(const Edge& edge) {
         across += edge.across;
         along += edge.along;
@@ -109,7 +111,8 @@ private:
                 v.z * cosine + sideways.z + axis.z * f};
     }
 
-    /// Closer than this to opposite, the shortest way does not follow from the normals any more.
+    /// If the normals are closer to opposite than this, they no longer determine the shortest
+    /// rotation.
     static constexpr double oppositeMargin = 1e-6;
 
     Double3 normalBefore;
@@ -123,7 +126,7 @@ private:
     /// Cross and dot product of the two normals.
     Double3 axis;
     double cosine = 1.0;
-    /// Sums over the edges that determine the angle about the normal, and their upper bound.
+    /// Sums over the edges, which determine the angle about the normal, and an upper bound on them.
     double across = 0.0;
     double along = 0.0;
     double size = 0.0;
@@ -132,8 +135,8 @@ private:
     bool isDefined = false;
 };
 
-/// The motion of one point of a refined surface between two states. Nearby points move along as if
-/// they were attached to the surface.
+/// The motion of one point of a refined surface between two states. Nearby points move as if they
+/// were attached to the surface.
 struct SurfaceMove {
     Vector before;
     Vector after;

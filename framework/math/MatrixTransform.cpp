@@ -9,7 +9,7 @@ namespace {
 
 constexpr double degree = 0.017453292519943295;
 
-/// Rotation about axis 0, 1 or 2; row-vector convention.
+/// Returns the rotation about axis 0, 1 or 2, in the row-vector convention.
 Matrix Turn(int axis, float degrees) {
     Matrix turn;
     const double angle = static_cast<double>(degrees) * degree;
@@ -54,7 +54,7 @@ void MatrixTransform::Set(const Vector& newScale,
     bool invertible = false;
     toLocal.Invert(&invertible);
     if (invertible) return;
-    // An axis with zero scale maps to 0 in the inverse.
+    // The inverse maps an axis with zero scale to 0.
     Matrix shrink;
     for (int k = 0; k < 3; ++k) shrink.m[k][k] = factors[k] == 0.0f ? 0.0f : 1.0f / factors[k];
     Matrix back = turn * move;

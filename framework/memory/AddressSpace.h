@@ -5,10 +5,10 @@
 
 namespace trovik {
 
-/// Returns whether the process can map this many additional bytes. Fails if its address space is
-/// limited (RLIMIT_AS). No memory is allocated, and the physical memory of the machine is not
-/// considered. For libraries that terminate the process on a failed allocation. Cost: two system
-/// calls.
+/// Returns whether the process can map this many additional bytes. The result is false only if the
+/// address space is limited (RLIMIT_AS): no memory is allocated, and the machine's physical memory
+/// is not considered. Use it before calling libraries that terminate the process when an allocation
+/// fails. Cost: two system calls.
 TROVIK_API bool CanMapMemory(uint64_t bytes);
 
 }  // namespace trovik

@@ -44,7 +44,7 @@ void Log(const std::string& line) {
         std::clog << line << '\n';
 }
 
-// The account has a single total; per name, only the number of arrays is available.
+// The account has a single total; for each name, only the number of arrays is available.
 void WriteLog(float share, bool everyBlock) {
     const Account& account = TheAccount();
     std::map<std::string, int64_t> blocksByName;
@@ -108,7 +108,7 @@ void Block::LogAll(float share, bool everyBlock) {
     try {
         WriteLog(share, everyBlock);
     } catch (const std::bad_alloc&) {
-        // Called because an allocation failed; logging must not throw another error.
+        // Called after a failed allocation, so logging must not throw another error.
     }
 }
 

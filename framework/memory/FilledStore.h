@@ -10,7 +10,7 @@ namespace trovik {
 
 /// Sets the fill count of a store to `count`, discards the old contents, and sets every element to
 /// `value`. Store itself reports a failed allocation only by its return value; this function is for
-/// arrays that the caller cannot do without.
+/// arrays that the caller requires.
 /// \throw std::bad_alloc if the allocation fails, Error::s_cBadAlloc if memory accounting rejects
 /// it.
 template <typename T>

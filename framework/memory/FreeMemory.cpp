@@ -21,7 +21,7 @@ constexpr uint64_t unlimited = std::numeric_limits<uint64_t>::max();
 
 uint64_t Difference(uint64_t limit, uint64_t used) { return limit > used ? limit - used : 0; }
 
-/// Returns the only number in a file; nothing if the file is missing or contains "max".
+/// Returns the only number in a file, or nothing if the file is missing or contains "max".
 std::optional<uint64_t> NumberIn(const fs::path& path) {
     std::ifstream file(path);
     uint64_t number = 0;
@@ -44,12 +44,12 @@ std::optional<uint64_t> FieldIn(const fs::path& path, const std::string& key) {
     return std::nullopt;
 }
 
-/// Lowers `least` to the bytes that a limit leaves.
+/// Lowers `least` to the number of bytes that a limit leaves, if that is less.
 void Apply(FreeMemory& least, uint64_t bytes, const char* limit) {
     if (bytes < least.bytes) least = {bytes, limit};
 }
 
-/// The names of the same files in the two versions of control groups.
+/// The names of the corresponding files in the two versions of control groups.
 struct GroupFiles {
     const char* folder;
     const char* limit;
@@ -64,8 +64,8 @@ constexpr GroupFiles versionOne = {"sys/fs/cgroup/memory",
 constexpr GroupFiles versionTwo = {
     "sys/fs/cgroup", "memory.max", "memory.current", {"inactive_file ", "active_file "}};
 
-/// Applies the limits of a group and of all its ancestors. A container may see its own group as the
-/// root although /proc contains a longer path, so missing folders are skipped.
+/// Applies the limits of a group and of all its ancestors. In a container, the group itself may
+/// appear as the root although /proc reports a longer path, so missing folders are skipped.
 void ApplyGroup(FreeMemory& least,
                 const fs::path& systemRoot,
                 const GroupFiles& files,
@@ -87,7 +87,7 @@ void ApplyGroup(FreeMemory& least,
 
 void ApplyGroups(FreeMemory& least, const fs::path& systemRoot) {
     std::ifstream file(systemRoot / "proc/self/cgroup");
-    // Each line contains the number of the hierarchy, its controllers, and the path of the group.
+    // Each line contains the hierarchy's number, its controllers, and the group's path.
     for (std::string line; std::getline(file, line);) {
         const auto first = line.find(':');
         const auto second = first == std::string::npos ? first : line.find(':', first + 1);

@@ -26,12 +26,12 @@ struct FreeMemory {
 /// - the remainder of RLIMIT_AS and RLIMIT_DATA.
 ///
 /// The result is a snapshot: other processes change it. Sources that cannot be read impose no
-/// limit. Cost: reads about ten small files of /proc and /sys, some 100 microseconds.
+/// limit. Cost: reads about ten small files of /proc and /sys, about 100 microseconds.
 /// \param systemRoot  folder that contains `proc` and `sys`.
 TROVIK_API FreeMemory QueryFreeMemory(const std::string& systemRoot = "/");
 
 /// Returns the address space in bytes that RLIMIT_AS leaves to this process, regardless of free
-/// memory; returns nothing if the limit is not set or the usage cannot be read.
+/// memory. Returns nothing if the limit is not set or the usage cannot be read.
 /// \param systemRoot  folder that contains `proc` and `sys`.
 TROVIK_API std::optional<uint64_t> QueryFreeAddressSpace(const std::string& systemRoot = "/");
 

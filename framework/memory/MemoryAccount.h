@@ -8,8 +8,8 @@
 
 namespace trovik {
 
-/// The memory accounting behind Block: the total size of the arrays of the system, and its limit.
-/// Used only on the main thread of the host.
+/// The memory accounting behind Block: the total size of all arrays, and its limit. Used only on
+/// the host's main thread.
 class TROVIK_API MemoryAccount {
 public:
     /// Sets the limit beyond which Block::RegisterMemoryBlock fails. Initially there is no limit.

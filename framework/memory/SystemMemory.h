@@ -4,13 +4,13 @@
 #include "host/Api.h"
 
 /// \file
-/// Requests to the system about memory that is already allocated.
+/// Requests to the operating system about memory that is already allocated.
 namespace trovik {
 
 /// Asks the system to back memory with large pages. A first access then costs one page fault per
 /// two megabytes instead of one per four kilobytes, and scattered accesses cause fewer TLB misses.
-/// For arrays of the size of a mesh or a stroke, before they are written; small arrays are skipped.
-/// The system may ignore this hint. Contents and addresses do not change.
+/// Call it for arrays of the size of a mesh or a stroke, before they are written; small arrays are
+/// skipped. The system may ignore this hint. Contents and addresses do not change.
 TROVIK_API void PreferLargePages(void* memory, uint64_t bytes);
 
 /// Returns the pages of memory to the system, which maps new ones on the next access. Addresses do
@@ -18,7 +18,7 @@ TROVIK_API void PreferLargePages(void* memory, uint64_t bytes);
 TROVIK_API void ReleasePages(void* memory, uint64_t bytes);
 
 /// Returns memory to the system that the program has freed but the allocator still holds. Holds the
-/// locks of the allocator for some milliseconds, so it is only useful after large objects are
+/// allocator's locks for a few milliseconds, so it is only worthwhile after large objects were
 /// freed.
 TROVIK_API void ReleaseFreedMemory();
 

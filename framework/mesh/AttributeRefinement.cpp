@@ -71,8 +71,7 @@ void SplitColors(const PolygonMesh& polygons,
         values.push_back(polygons.attributes.colors[polygons.faceVertices[first + k]]);
     }
     for (std::uint32_t k = 0; k < n; ++k) {
-        // Each corner became a quad: the corner, the next edge point, the face point, the previous
-        // edge point.
+        // Each corner became a quad: corner, next edge point, face point, previous edge point.
         const std::uint32_t* quad = quads.faceVertices.data() + (first + k) * 4;
         colors[quad[1]] = MeanOfTwo(values[k], values[(k + 1) % n]);
         colors[quad[2]] = MeanOfAll(values);

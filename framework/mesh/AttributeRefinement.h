@@ -12,9 +12,9 @@ namespace trovik {
 
 struct PolygonMesh;
 
-/// The refinement rule of texture coordinates and colours. An edge point gets the mean of the two
-/// ends, a face point gets the mean of the corners, and an existing vertex keeps its value. Values
-/// are therefore bilinear over each quad of level 0, and a texture seam stays a seam.
+/// The refinement rule for texture coordinates and colours. An edge point gets the mean of the two
+/// endpoints, a face point gets the mean of the corners, and an existing vertex keeps its value.
+/// Values are therefore bilinear over each quad of level 0, and a texture seam stays a seam.
 ///
 /// The order of operations is fixed, so that both faces on an edge compute identical bits: edge (a
 /// + b) * 0.5, face ((a + b) + c [+ d ...]) * (1 / corners).
@@ -63,9 +63,9 @@ CornerValues<count> ChildValues(const CornerValues<count>& parent,
     return values;
 }
 
-/// Returns the values at the corners of face `face` of level `level`, computed from the corner
+/// Returns the values at the corners of face `face` of level `level`, interpolated from the corner
 /// values of the level-0 face that contains it.
-/// \param corners  number of corners of each level-0 face.
+/// \param corners  corner count per level-0 face.
 template <std::size_t count>
 CornerValues<count> FaceValues(CornerValues<count> base,
                                std::uint32_t corners,
@@ -87,9 +87,9 @@ inline std::uint32_t BaseFace(std::uint32_t corners, std::uint32_t level, std::u
     return level == 0 ? face : (face >> (2 * (level - 1))) / corners;
 }
 
-/// Returns the attributes of level 0 after polygons are split into quads by one step
+/// Returns the attributes of level 0 after one step that splits polygons into quads
 /// (ToUniformFaces).
-/// \param quads  the result of the split; its faces and vertices are final.
+/// \param quads  the result of the split, with its final faces and vertices.
 TROVIK_API SurfaceAttributes SplitIntoQuads(const PolygonMesh& polygons, const PolygonMesh& quads);
 
 }  // namespace trovik

@@ -15,12 +15,12 @@ namespace trovik {
 
 namespace {
 
-/// A side of a face, as stored in the table of the lower end of its edge.
+/// A side of a face, as stored in the table of its edge's lower-numbered endpoint.
 struct EdgeSide {
     uint32_t higherEnd;
     /// face * 4 + side.
     uint32_t packedSide;
-    /// Whether the side runs from the lower end to the higher end.
+    /// Whether the side runs from the lower-numbered endpoint to the higher one.
     bool rising;
 };
 
@@ -36,11 +36,11 @@ Vector At(const PolygonMesh& mesh, uint32_t vertex) {
 
 std::array<float, 3> Plain(const Vector& v) { return {v.x, v.y, v.z}; }
 
-/// The input of the refined position of a vertex of a polygon mesh.
+/// The input for the refined position of a polygon mesh's vertex.
 struct Surroundings {
     /// The face point and the next corner of each face at the vertex.
     std::vector<Vector> around;
-    /// The other ends of the border edges at the vertex.
+    /// The opposite endpoints of the border edges at the vertex.
     std::vector<Vector> borderEnds;
 };
 
@@ -72,8 +72,8 @@ PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job) {
     std::vector<Vector> facePoints(polygons.faceSizes.size());
     std::vector<Vector> corners;
 
-    // First assigns the numbers: the new edge points of a face in the order of its sides, then its
-    // face point.
+    // Assigns the numbers first: a face's new edge points in the order of its sides, then its face
+    // point.
     std::size_t first = 0;
     uint32_t next = oldCount;
     for (std::size_t face = 0; face < polygons.faceSizes.size(); ++face) {
@@ -165,7 +165,7 @@ void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
         for (uint32_t k = 0; k < corners; ++k) visit(v[k], v[(k + 1) % corners], face * 4 + k);
         phase.Add();
     };
-    // Sides, grouped by the lower end of their edge.
+    // Sides, grouped by the lower-numbered endpoint of their edge.
     std::vector<uint32_t> firstOfVertex(std::size_t{vertexCount} + 1, 0);
     for (uint32_t face = 0; face < faceCount; ++face)
         forEachSide(face, [&](uint32_t a, uint32_t b, uint32_t) {

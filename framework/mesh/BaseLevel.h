@@ -8,21 +8,20 @@
 
 namespace trovik {
 
-/// Converts polygons into the faces that level 0 can store: all quads or all triangles. Other
-/// meshes are split by one Catmull-Clark step: a face with n corners becomes n consecutive quads,
-/// and the corners of quad k are corner k, the point on edge k, the face point and the point on
-/// edge k - 1.
+/// Converts polygons into the faces that level 0 can store: all quads or all triangles. Any other
+/// mesh is split by one Catmull-Clark step: a face with n corners becomes n consecutive quads. The
+/// corners of quad k are corner k, the point on edge k, the face point and the point on edge k - 1.
 /// \throw Cancelled.
 PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job = nullptr);
 
 /// Returns one sentence of advice for a user who is about to refine the mesh, or an empty string.
-/// There is advice if at least half of the faces are triangles.
+/// The advice is given if at least half of the faces are triangles.
 TROVIK_API std::string RefinementNote(const PolygonMesh& polygons);
 
 /// Computes the neighbour across each side of each face, as face * 4 + side, or openBorder. An edge
 /// is open unless exactly two faces share it in opposite directions.
-/// Cost: linear in the corners (plus sorting the edges of each vertex).
-/// \param vertexCount  greater than every vertex index.
+/// Cost: linear in the corner count, plus sorting the edges at each vertex.
+/// \param vertexCount  must exceed every vertex index.
 /// \throw Cancelled; `neighbours` is then unchanged.
 void FindNeighbours(const Store<uint32_t>& faceVertexIndices,
                     uint32_t faceCount,

@@ -9,10 +9,10 @@
 /// The rules of one Catmull-Clark step (Catmull and Clark, "Recursively generated B-spline surfaces
 /// on arbitrary topological meshes", 1978). Border edges are refined as curves.
 ///
-/// Positions are single precision. A sum is either exact or has only two terms, all other
-/// arithmetic is double precision, and each result is rounded once. Results therefore do not depend
-/// on the order in which faces and corners are visited, and an exactly mirror-symmetric mesh stays
-/// exactly symmetric.
+/// Positions are single precision. Every sum is either exact or has only two terms. All other
+/// arithmetic is in double precision, and each result is rounded once. Results therefore do not
+/// depend on the order in which faces and corners are visited, and an exactly mirror-symmetric mesh
+/// stays exactly symmetric.
 namespace trovik {
 
 /// Returns the mean of the corners of a face.
@@ -24,8 +24,8 @@ inline Vector FacePointRule(const DoubleVector& corners, uint32_t count) {
             static_cast<float>(corners.z / n)};
 }
 
-/// Returns the point on an inner edge.
-/// \param a, b  the ends of the edge.
+/// Returns the edge point of an inner edge.
+/// \param a, b  the endpoints of the edge.
 /// \param left, right  the face points on either side.
 inline Vector EdgePointRule(const Vector& a,
                             const Vector& b,
@@ -58,7 +58,7 @@ inline Vector VertexPointRule(const Vector& vertex, const DoubleVector& around, 
 }
 
 /// Returns the refined position of a border vertex. A vertex with a single face does not move.
-/// \param ends  the sum of the other ends of the border edges at the vertex.
+/// \param ends  the sum of the opposite endpoints of the vertex's border edges.
 /// \param faces  the number of faces at the vertex.
 inline Vector BorderVertexPointRule(const Vector& vertex,
                                     const DoubleVector& ends,

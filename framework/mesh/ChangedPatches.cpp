@@ -47,8 +47,8 @@ public:
     }
 
 private:
-    /// Returns the entry of the level in which the vertex is new; null if that is at most the patch
-    /// level.
+    /// Returns the entry of the level in which the vertex is new; null if that level is at most the
+    /// patch level.
     NewVertices* NewVerticesOf(uint32_t vertex) {
         for (std::size_t i = born.size(); i-- > 0;)
             if (vertex >= firstNew[i]) return &born[i];
@@ -60,7 +60,7 @@ private:
     void AddAcross(const std::vector<uint32_t>& owners,
                    const std::vector<uint32_t>& vertices,
                    std::vector<uint32_t>& patches) {
-        // The vertices on such sides are far fewer than those of the list.
+        // There are far fewer vertices on such sides than in the list.
         std::vector<uint32_t> onSides;
         std::vector<uint32_t> across;
         for (const uint32_t patch : owners) {
@@ -84,8 +84,8 @@ private:
             if (isListed[wanted.RankOf(onSides[i])]) patches.push_back(across[i]);
     }
 
-    /// Adds the vertices inside the side of a face, without those at its ends.
-    /// \param below  number of levels from the level of the face to the finest level.
+    /// Adds the vertices along the side of a face, excluding its endpoints.
+    /// \param below  number of levels from the face's level to the finest level.
     void AddInside(uint32_t face,
                    uint32_t side,
                    uint32_t corners,

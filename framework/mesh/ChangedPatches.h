@@ -14,13 +14,13 @@ class LevelMesh;
 /// to 32 x 32 faces.
 inline uint32_t ReportedPatchLevel(uint32_t level) { return level > 5 ? level - 5 : 0; }
 
-/// Returns the faces of level `patchLevel`, ascending, that have a descendant in `level` with one
-/// of the vertices at a corner. A vertex without faces belongs to no patch.
+/// Returns, in ascending order, the faces of level `patchLevel` with a descendant in `level` that
+/// uses one of the vertices. A vertex without faces does not belong to any patch.
 ///
-/// Vertices are numbered by the first face that uses them, so the patch that owns a vertex follows
-/// from its number. If the patch across a side of an owner is not an owner itself, the vertices on
-/// that side are looked up. Cost: a few nanoseconds for most vertices, if vertices of the same
-/// patch are adjacent in the list.
+/// Vertices are numbered in the order of the first face that uses them, so a vertex's number
+/// determines the patch that owns it. If the neighbour across a side of an owning patch does not
+/// itself own any of the vertices, the vertices on that side are looked up. Cost: a few nanoseconds
+/// for most vertices, provided that vertices of the same patch are adjacent in the list.
 TROVIK_API std::vector<uint32_t> PatchesAt(LevelMesh& level,
                                            uint32_t patchLevel,
                                            const std::vector<uint32_t>& vertices);

@@ -10,10 +10,11 @@
 
 namespace trovik {
 
-/// A face with more corners is treated as file damage; no modelling program writes one.
+/// A face with more corners is rejected as file corruption: modelling programs do not write such
+/// faces.
 inline constexpr std::size_t maxFaceCorners = 1'000'000;
 
-/// Returns a vertex that the face uses twice, if there is one.
+/// Returns a vertex that the face uses more than once, if there is one.
 inline std::optional<std::uint32_t> RepeatedVertex(std::span<const std::uint32_t> corners) {
     constexpr std::size_t fewCorners = 16;
     if (corners.size() <= fewCorners) {

@@ -9,8 +9,8 @@ namespace trovik {
 /// Bit of Mesh::faceFlags that only the host reads: the face is hidden.
 inline constexpr uint8_t faceIsHidden = 4;
 
-/// Consecutive faces of a level. The faces of a patch are consecutive, so most selections need few
-/// runs.
+/// Consecutive faces of a level. The faces of a patch are consecutive, so most selections need only
+/// a few runs.
 struct FaceRun {
     uint32_t first = 0;
     uint32_t count = 0;
@@ -18,8 +18,8 @@ struct FaceRun {
     bool operator==(const FaceRun&) const = default;
 };
 
-/// Appends `count` faces starting at `first`. They must follow all faces that are already in the
-/// list.
+/// Appends `count` faces starting at `first`. Their numbers must be higher than those of all faces
+/// already in the list.
 inline void AppendFaces(std::vector<FaceRun>& runs, uint32_t first, uint32_t count) {
     if (!runs.empty() && runs.back().first + runs.back().count == first)
         runs.back().count += count;

@@ -12,17 +12,17 @@
 
 namespace trovik {
 
-/// When an observer of a geometry is called.
+/// The position of an observer in the call order of its geometry.
 enum class ObserverOrder {
-    /// Ahead of the others: structures that follow the surface, such as pick trees, which the other
-    /// observers may query.
+    /// Called before the others. For structures that are derived from the surface, such as pick
+    /// trees, which other observers may query.
     First,
     Later
 };
 
-/// The levels of one mesh, as far as a level needs them: the topology of a level follows from the
-/// levels below it. LevelGeometry, the only implementation, adds the propagation of edits between
-/// levels.
+/// The levels of one mesh, reduced to the interface that a level needs: the topology of a level
+/// depends on the levels below it. LevelGeometry, the only implementation, adds the propagation of
+/// edits between levels.
 class TROVIK_API LevelHierarchy : public Geometry {
 public:
     uint32_t LevelCount() const { return static_cast<uint32_t>(levels.size()); }
@@ -31,21 +31,21 @@ public:
     /// Null until a topological mirror has been found.
     const TopologicalMirror* Mirror() const { return mirror.get(); }
 
-    /// Adds an observer of all levels, unless it was added before. The observer is borrowed.
-    /// Observers of the same order are called in the order in which they were added.
+    /// Adds an observer of all levels. Has no effect if it is already in the list. The observer is
+    /// borrowed. Observers of the same order are called in the order in which they were added.
     void AddObserver(GeometryObserver& observer, ObserverOrder order = ObserverOrder::Later);
     /// Removes an observer. Has no effect if it was not added.
     void RemoveObserver(GeometryObserver& observer);
     const std::vector<GeometryObserver*>& Observers() const { return observers; }
 
     /// \name Reports to the observers
-    /// Code that has changed a level calls these after the change. If there is no observer, each
-    /// costs one comparison.
+    /// Code that has changed a level calls these after the change. Without observers, each costs
+    /// one comparison.
     /// \param what  a combination of SurfaceChange::What.
     /// @{
 
-    /// Reports the patches of level max(0, level - 5) that have one of the vertices at a corner of
-    /// one of their faces. Reports nothing if the list is empty. Cost: linear in the vertices.
+    /// Reports the patches of level max(0, level - 5) with a face that uses one of the vertices.
+    /// Reports nothing if the list is empty. Cost: linear in the number of vertices.
     void ReportVertices(uint32_t level, uint8_t what, const std::vector<uint32_t>& vertices);
     /// Reports the listed patches.
     /// \param patches  faces of level `patchLevel`, without duplicates.
@@ -72,7 +72,7 @@ private:
     void Report(const SurfaceChange& change) const;
 
     std::vector<GeometryObserver*> observers;
-    /// Of these, so many have ObserverOrder::First.
+    /// The number of observers that have ObserverOrder::First.
     std::ptrdiff_t firstObservers = 0;
 };
 

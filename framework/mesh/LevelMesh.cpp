@@ -42,7 +42,7 @@ void LevelMesh::MakeBaseTables(JobControl* job) {
     for (uint32_t slot = faceCount * corners; slot-- > 0;)
         baseVertexFace.array[faceVertexIndices.array[slot]] = slot / corners;
     // Strokes walk over the vertices of level 0 and must not allocate memory in proportion to the
-    // mesh.
+    // mesh size.
     FillStore(vertexWalkStamps, vertexCount, 0u);
     vertexWalk = 0;
 }

@@ -17,7 +17,7 @@ class LevelHierarchy;
 class SculptLayer;
 class StrokeResources;
 
-/// One face of a walk and the result of the visitor.
+/// One face of a walk and the visitor's result for it.
 struct FaceVisit {
     uint32_t face;
     bool answer;
@@ -58,8 +58,7 @@ public:
     uint32_t QuadEdgeNeighbour(uint32_t face, uint32_t side) override;
     void FaceNormal(Vector* out, uint32_t face) override;
     trovik::Geometry* Geometry() override;
-    /// Fails while the mesh is set to not lockable, or while the stroke of another holder is
-    /// running.
+    /// Fails while the mesh is marked as not lockable, or during another holder's stroke.
     bool Lock(MeshUnlocker* unlocker) override;
     int FreezeQuery() override;
     trovik::Layer* Layer() override;
@@ -78,18 +77,20 @@ public:
         const Vertex& v = vertices.array[vertex];
         return {v.x, v.y, v.z};
     }
-    /// Moves a vertex. This counts as an edit from outside the brush; see CountOutsideEdit.
+    /// Moves a vertex. The call counts as an edit from outside the brush; see CountOutsideEdit.
     void SetPosition(uint32_t vertex, const Vector& p) {
         CountOutsideEdit();
         if (older.MissesPosition(vertex)) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
     /// Counts an edit of positions or normals in the open change, if there is one. Code that writes
-    /// them directly into the storage calls this once per edit, unless it writes for the brush.
+    /// to the storage directly must call this once per edit, unless it writes on behalf of the
+    /// brush.
     void CountOutsideEdit() {
         if (outsideEditCount != nullptr) ++*outsideEditCount;
     }
-    /// Moves a vertex for the brush. The open change already has a record of the vertex.
+    /// Moves a vertex on behalf of the brush. The open change must already have a record of the
+    /// vertex.
     void StorePosition(uint32_t vertex, const Vector& p) {
         Vertex& v = vertices.array[vertex];
         v.x = p.x;
@@ -99,18 +100,18 @@ public:
     /// Returns the first corner of `face` that is `vertex`, or -1.
     int CornerOf(uint32_t face, uint32_t vertex) const;
     /// Returns the lowest-numbered face that uses the vertex, or openBorder if there is none. Cost:
-    /// O(log faces + valence), or some nanoseconds if `near` is close.
-    /// \param near  a face from which the search starts; openBorder if there is none.
+    /// O(log faces + valence), or a few nanoseconds if `near` is close to the vertex.
+    /// \param near  the face at which the search starts; openBorder if there is none.
     uint32_t LowestFaceOf(uint32_t vertex, uint32_t near = openBorder);
 
     /// Recomputes all packed normals of the level: for each vertex, the normalised sum of
     /// FaceNormal over its faces. Allocates the normals on first use. Cost: O(faces).
-    /// \throw Cancelled; some normals may have changed then.
+    /// \throw Cancelled; in that case, some normals may have changed.
     void ComputeNormals(JobControl* job = nullptr);
 
-    /// Sets the freeze amount, 0 to 127: the mask that the user painted. Updates the count behind
-    /// FreezeQuery. A hidden vertex keeps its own amount, which takes effect again when the vertex
-    /// is shown.
+    /// Sets the freeze amount, 0 to 127: the mask that the user painted. Updates the count that
+    /// FreezeQuery reads. A hidden vertex keeps its own amount, which takes effect again when the
+    /// vertex is shown.
     void SetFreeze(uint32_t vertex, uint8_t amount);
     uint8_t Freeze(uint32_t vertex) const {
         const Vertex& v = vertices.array[vertex];
@@ -124,14 +125,14 @@ public:
     /// Number of vertices whose Freeze is above 0.
     uint32_t FrozenVertexCount() const { return frozenVertexCount; }
 
-    /// The states of this level that the neighbouring levels were last synchronised with.
-    /// SetPosition and SetFreeze record the values that they replace. Values that the brush changes
-    /// are recorded when its change is unlinked.
+    /// The older states of this level with which the neighbouring levels were last synchronised.
+    /// SetPosition and SetFreeze record the values that they replace. Values that the brush
+    /// replaces are recorded when its change is unlinked.
     OlderStates& Older() { return older; }
     const OlderStates& Older() const { return older; }
-    /// Hidden faces are neither sculpted nor drawn. The entry of the face in faceFlags stores the
-    /// state (faceIsHidden). A vertex is hidden if it has faces and all of them are hidden. Brushes
-    /// then see it as fully frozen through Vertex::freeze, and its own amount is saved in
+    /// Hidden faces are neither sculpted nor drawn. The face's entry in faceFlags stores the state
+    /// (faceIsHidden). A vertex is hidden if it has faces and all of them are hidden.
+    /// Vertex::freeze then marks it as fully frozen for brushes, and its own amount is saved in
     /// Vertex::reserved[0]. Vertices between hidden and visible faces are visible.
     ///
     /// All levels of a geometry have the same hidden region. Use HiddenFaces.h in
@@ -140,30 +141,30 @@ public:
     bool IsVertexHidden(uint32_t vertex) const { return vertices.array[vertex].reserved[0] != 0; }
     uint32_t HiddenFaceCount() const { return hiddenFaceCount; }
     uint32_t HiddenVertexCount() const { return hiddenVertexCount; }
-    /// Hides those of the faces that are visible, and shows those that are hidden. Must not be
-    /// called during a stroke.
+    /// Toggles the visibility of these faces: hides the visible ones and shows the hidden ones.
+    /// Must not be called during a stroke.
     /// \param faces  without duplicates.
-    /// Cost: O(these faces), at most O(faces of the level).
+    /// Cost: linear in the number of these faces, at most O(faces of the level).
     void ToggleHidden(std::span<const FaceRun> faces);
-    /// Updates counts and vertices after faceFlags was written. Cost: O(faces).
+    /// Updates the counts and the vertices after code has written to faceFlags. Cost: O(faces).
     void RefreshHidden();
 
     void SetLockable(bool on) { lockable = on; }
     bool IsLockable() const { return lockable; }
     /// Returns the result that Lock would return, without locking.
     bool WouldLock(const MeshUnlocker* unlocker) const;
-    /// The holder of the lock; null if the mesh is not locked. The lock of a brush ends when the
-    /// brush is destroyed. Any other holder must unlock the mesh before it is destroyed.
+    /// The holder of the lock; null if the mesh is not locked. A brush's lock is released when the
+    /// brush is destroyed. Any other holder must unlock the mesh before the holder is destroyed.
     MeshUnlocker* LockHolder() const { return lockHolder; }
-    /// The resources of the brush that holds the lock; null if the mesh is not locked or if the
-    /// holder is not a brush.
+    /// The stroke resources of the brush that holds the lock; null if the mesh is not locked or if
+    /// the holder is not a brush.
     StrokeResources* LockResources() const { return lockResources; }
 
     /// Sets the active layer of this level; may be null. Not owned.
     void SetActiveLayer(SculptLayer* layer) { activeLayer = layer; }
     SculptLayer* ActiveLayer() const { return activeLayer; }
-    /// All layers that borrow this level, in a stack or in an undo step. They register themselves.
-    /// Not owned. A layer that outlives its level is notified (SculptLayer::Level).
+    /// All layers that refer to this level, in a stack or in an undo step. Layers register
+    /// themselves. Not owned. A layer that outlives its level is notified (SculptLayer::Level).
     std::vector<SculptLayer*>& Layers() { return layers; }
 
     /// The change that is currently linked, or null.
@@ -173,7 +174,7 @@ public:
     /// null.
     void SetOpenChange(LevelChange* change, uint32_t* outsideEdits);
     /// All changes of the level that are neither finished nor deleted, in the order in which they
-    /// were started. They register themselves. Not owned.
+    /// were started. Changes register themselves. Not owned.
     std::vector<LevelChange*>& Changes() { return changes; }
 
     /// Faces that were passed to the visitor's Tester in the last EnumerateFaces on this level, in
@@ -190,12 +191,12 @@ public:
     /// Recomputes the normals of some vertices. The results are bit-identical to those of
     /// ComputeNormals.
     void ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job = nullptr);
-    /// The same where the faces around the vertices are known already. \param faces  ascending;
-    /// others may be among them.
+    /// Overload for callers that already have the faces around the vertices.
+    /// \param faces  in ascending order; may include others.
     void ComputeNormalsOf(const IndexSet& which,
                           const std::vector<uint32_t>& faces,
                           JobControl* job = nullptr);
-    /// Appends the faces around a vertex in rotational order, starting at `face`, which must use
+    /// Appends the faces around a vertex in rotational order. The first is `face`, which must use
     /// the vertex.
     void FacesAround(uint32_t vertex, uint32_t face, std::vector<uint32_t>& faces);
 
@@ -213,7 +214,7 @@ private:
     void MakeBaseTables(JobControl* job = nullptr);
     void DropBaseTables();
     void NoteOlderPosition(uint32_t vertex);
-    /// Marks a walk as running. When it ends, by return or by exception, the observers are
+    /// Marks a walk as running. When the walk ends, normally or by an exception, the observers are
     /// notified.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
@@ -233,7 +234,7 @@ private:
     SculptLayer* activeLayer = nullptr;
     std::vector<SculptLayer*> layers;
     LevelChange* openChange = nullptr;
-    /// Counter in the open change; null if no change is open.
+    /// The counter of the open change; null if no change is open.
     uint32_t* outsideEditCount = nullptr;
     std::vector<LevelChange*> changes;
     OlderStates older;
@@ -242,7 +243,7 @@ private:
     Store<uint32_t> baseNeighbours;
     /// Level 0 only: the lowest-numbered face of each vertex.
     Store<uint32_t> baseVertexFace;
-    /// Stamps of the walks; see WalkStamps in the source file.
+    /// Stamps that walks write; see WalkStamps in the source file.
     Store<uint32_t> faceWalkStamps;
     Store<uint32_t> vertexWalkStamps;
     uint32_t faceWalk = 0;

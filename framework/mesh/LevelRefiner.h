@@ -6,12 +6,12 @@
 
 namespace trovik {
 
-/// One Catmull-Clark step of a whole level: its topology, and its positions by the rules of
-/// CatmullClarkRules.h.
+/// Applies one Catmull-Clark step to a whole level: to its topology, and to its positions by the
+/// rules of CatmullClarkRules.h.
 class LevelRefiner {
 public:
-    /// \param jobControl  used by RefineTopology and RefinePositions, which throw Cancelled; their
-    /// output is then incomplete.
+    /// \param jobControl  checked by RefineTopology and RefinePositions, which throw Cancelled and
+    /// then leave their output incomplete.
     explicit LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl = nullptr);
 
     /// Returns the number of vertices of the level above. Cost: O(faces).
@@ -20,8 +20,9 @@ public:
     /// Builds the faces and vertex numbers of the level above. `fine` must be empty.
     void RefineTopology(LevelMesh& fine);
     /// Computes the positions of the level above. Calls `setPosition(vertex, position)` once for
-    /// each vertex of the fine level. `fine` supplies the vertex numbers. \param positions  of the
-    /// coarse level; null to use its current positions. Borrowed.
+    /// each vertex of the fine level. `fine` supplies the vertex numbers.
+    /// \param positions  positions of the coarse level; null to use its current positions.
+    /// Borrowed.
     template <typename SetPosition>
     void RefinePositions(const LevelMesh& fine,
                          SetPosition setPosition,

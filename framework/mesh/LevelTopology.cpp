@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Implicit topology: the neighbour across a side follows from the base mesh and the digits of the
-/// face number. The four children of a quad meet at its face point. Child k keeps the orientation
-/// of the quad:
+/// Implicit topology: the neighbour across a side is determined by the base mesh and the digits of
+/// the face number. The four children of a quad meet at its face point. Child k keeps the
+/// orientation of the quad:
 ///
 ///      corner 0 ---- e0 ---- corner 1        child 0: corners  c0 e0 fp e3
 ///         |  child 0 | child 1  |            child 1: corners  e0 c1 e1 fp
@@ -76,7 +76,7 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
         }
         const bool ofTriangle = level == 1 && triangleBase;
         const uint32_t childCount = ofTriangle ? 3 : 4;
-        // The divisors are compile-time constants.
+        // Written so that the divisors are compile-time constants.
         const uint32_t above = ofTriangle ? face / 3 : face / 4;
         const uint32_t child = face - above * childCount;
         const ChildSide childSide =
@@ -115,7 +115,8 @@ int LevelMesh::CornerOf(uint32_t face, uint32_t vertex) const {
 }
 
 uint32_t LevelMesh::LowestFaceOf(uint32_t vertex, uint32_t near) {
-    // The first level that has the vertex, and the lowest face of that level that uses it.
+    // The first level that contains the vertex, and the lowest-numbered face of that level that
+    // uses it.
     uint32_t level = 0;
     while (vertex >= hierarchy->Level(level)->vertexCount) ++level;
     const bool triangleBase = hierarchy->Level(0)->meshType != 1;
@@ -124,8 +125,8 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex, uint32_t near) {
         face = hierarchy->Level(0)->baseVertexFace.array[vertex];
         if (face == openBorder) return openBorder;
     } else {
-        // The faces of the level below number their new vertices one after the other; the face
-        // point is the last vertex of a face.
+        // New vertices are numbered by faces of the level below; the face point is the last vertex
+        // of each face.
         const LevelMesh& born = *hierarchy->Level(level);
         const uint32_t childCount = level == 1 && triangleBase ? 3 : 4;
         const auto facePoint = [&born, childCount](uint32_t above) {
@@ -134,7 +135,7 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex, uint32_t near) {
         uint32_t low = 0;
         uint32_t high = hierarchy->Level(level - 1)->faceCount - 1;
         if (near != openBorder) {
-            // Closes in on the vertex from the ancestor of the near face, in ever longer steps.
+            // Brackets the vertex by exponential search from the ancestor of the near face.
             const uint32_t start =
                 (near >> 2 * (static_cast<uint32_t>(index) - level)) / childCount;
             if (facePoint(start) < vertex) {

@@ -15,7 +15,7 @@ namespace {
 /// means visible.
 constexpr uint8_t vertexIsHidden = 0x80;
 
-/// Visiting the faces around a vertex costs about this many times as much per vertex as a pass over
+/// Per vertex, visiting the surrounding faces costs about this many times as much as one pass over
 /// all faces.
 constexpr uint64_t aroundVertexCost = 16;
 
@@ -62,7 +62,7 @@ void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
             }
         }
     }
-    // A face that is shown makes its corners visible, whether or not the faces around them are
+    // Showing a face makes its corners visible, whether or not the other faces around them are
     // hidden.
     if (newlyHidden * aroundVertexCost > faceCount) {
         RefreshHiddenVertices();
@@ -87,7 +87,7 @@ void LevelMesh::ToggleHidden(std::span<const FaceRun> faces) {
                             return IsFaceHidden(one);
                         }));
     });
-    // This includes vertices that were hidden before, which the first pass skips.
+    // This includes previously hidden vertices, which the first pass skips.
     forEachCorner(false, [this](uint32_t vertex, uint32_t) { SetVertexHidden(vertex, false); });
 }
 

@@ -130,7 +130,7 @@ void LevelMesh::EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) {
     if (face < faceCount) {
         if (vertexWalkStamps.fill != vertexCount) FillStore(vertexWalkStamps, vertexCount, 0u);
         const uint32_t walk = NextWalk(vertexWalk, vertexWalkStamps);
-        // The queue holds pairs: a vertex and the face in which it was found.
+        // The queue contains pairs of a vertex and the face in which it was found.
         walkQueue.clear();
         const auto queue = [this, walk](uint32_t vertex, uint32_t inFace) {
             if (vertexWalkStamps.array[vertex] == walk) return;

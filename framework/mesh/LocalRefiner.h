@@ -9,12 +9,12 @@
 
 namespace trovik {
 
-/// Computes single points of a Catmull-Clark step, bit-identical to those of LevelRefiner. The cost
-/// depends only on the faces around the point, not on the size of the level.
+/// Computes individual points of a Catmull-Clark step, bit-identical to the results of
+/// LevelRefiner. The cost depends only on the faces around the point, not on the size of the level.
 class TROVIK_API LocalRefiner {
 public:
-    /// \param positions  of the coarse level; null to use its current positions. Both arguments are
-    /// borrowed.
+    /// \param positions  positions of the coarse level; null to use its current positions. Both
+    /// arguments are borrowed.
     LocalRefiner(LevelMesh& coarseLevel, const Vector* positions)
         : coarse(coarseLevel), inputPositions(positions), corners(coarseLevel.CornersPerFace()) {}
     /// Refines an older state of the coarse level.

@@ -33,7 +33,7 @@ std::vector<float> MeanCurvatures(const LevelMesh& level,
         const Vector difference = positions[b] - positions[a];
         const float square = (difference.x * difference.x + difference.y * difference.y) +
                              difference.z * difference.z;
-        // Two vertices at the same position define no direction.
+        // Two vertices at the same position do not define a direction.
         if (!(square > 0.0f)) return;
         curvatures[a] += (difference | normals[a]) / square;
         curvatures[b] -= (difference | normals[b]) / square;

@@ -7,10 +7,10 @@
 
 namespace trovik {
 
-/// Computes the mean curvature at each vertex, times `size`: the mean over the neighbours q of 2 (q
-/// - p) . n / |q - p|^2, where n is the normal of the vertex at p. It is positive in concave
-/// regions, and 1 inside a hollow ball of radius `size`. Neighbours are defined as for
-/// BlurredFreeze. The value is 0 for a vertex without faces.
+/// Computes the mean curvature at each vertex, times `size`: the mean, over the vertex's neighbours
+/// q, of 2 (q - p) . n / |q - p|^2, where p is the vertex's position and n its normal. The value is
+/// positive in concave regions, 1 inside a hollow ball of radius `size`, and 0 for a vertex without
+/// faces. Neighbours are defined as for BlurredFreeze.
 /// \param positions, normals  per vertex, in the same space; the normals have unit length.
 /// \param size  a length in that space.
 /// \param rings  number of averaging passes over the neighbours; each pass works like a step of

@@ -14,8 +14,8 @@ namespace trovik {
 
 class JobControl;
 
-/// Consecutive vertices, in order. A list is empty if it was not requested or if the mesh does not
-/// have it.
+/// Consecutive vertices, in order. A list is empty if it was not requested or if the mesh has no
+/// such data.
 struct TROVIK_API VertexBlock {
     std::vector<std::array<float, 3>> positions;
     std::vector<std::array<float, 3>> normals;
@@ -25,15 +25,15 @@ struct TROVIK_API VertexBlock {
     void Clear();
 };
 
-/// Consecutive faces, in order. A list is empty if it was not requested or if the mesh does not
-/// have it.
+/// Consecutive faces, in order. A list is empty if it was not requested or if the mesh has no such
+/// data.
 struct TROVIK_API FaceBlock {
     std::vector<std::uint32_t> sizes;
     /// Per corner.
     std::vector<std::uint32_t> vertices;
     /// Per corner: the index into the UV list of the source, or SurfaceAttributes::none.
     std::vector<std::uint32_t> uvIndices;
-    /// Per corner; zeros if uvIndices is `none`.
+    /// Per corner; zeros if the entry of uvIndices is `none`.
     std::vector<std::array<float, 2>> uvs;
     /// Per face.
     std::vector<std::uint32_t> groups;
@@ -43,8 +43,8 @@ struct TROVIK_API FaceBlock {
     void Clear();
 };
 
-/// A shape that can be blended onto the mesh: the vertices that it moves, ascending, and their
-/// offsets at a weight of 1.
+/// A morph target: the vertices that it moves, in ascending order, and their offsets at a weight of
+/// 1.
 struct MorphTarget {
     std::string name;
     float weight = 0.0f;
@@ -52,8 +52,8 @@ struct MorphTarget {
     std::function<std::array<float, 3>(std::uint32_t vertex)> offset;
 };
 
-/// A mesh in the form that file writers consume: block by block, in order, so that no second copy
-/// of a large mesh is in memory. Positions, offsets and normals are in the space of the file.
+/// A mesh in the form that file writers consume: block by block, in order, so that a large mesh is
+/// not copied in memory. Positions, offsets and normals are in the space of the file.
 ///
 /// A source borrows its data; the data must not change during the lifetime of the source.
 class TROVIK_API MeshSource {
@@ -75,21 +75,21 @@ public:
     std::uint32_t LargestFace() const { return largestFace; }
     /// Length of the UV list; 0 if the mesh has no UVs.
     std::uint64_t UvCount() const { return uvCount; }
-    /// Whether every vertex has the same UV at all of its corners and no corner lacks one. Vertex
+    /// Whether every corner has a UV and all corners of each vertex have the same one. Vertex
     /// blocks have UVs only in this case.
     bool UvsFollowVertices() const { return uvsFollowVertices; }
     bool HasNormals() const { return hasNormals; }
     bool HasColors() const { return hasColors; }
     bool HasAlpha() const { return hasAlpha; }
-    /// Whether every imported colour was a multiple of 1/255, so that bytes can store the colours.
-    /// Refined colours are then rounded.
+    /// Whether every imported colour was a multiple of 1/255, so that bytes can represent the
+    /// colours. In that case, refined colours are rounded to bytes.
     bool ColorsAreBytes() const { return colorsAreBytes; }
     const std::vector<std::string>& GroupNames() const { return *groupNames; }
     const std::vector<std::string>& MaterialNames() const { return *materialNames; }
-    /// Files that define the materials.
+    /// The files that define the materials.
     const std::vector<std::string>& MaterialFiles() const { return *materialFiles; }
-    /// Shapes to be blended. If there are any, BasePosition returns the position of a vertex when
-    /// all weights are 0; otherwise it equals Position.
+    /// Morph targets. If there are any, BasePosition returns a vertex's position with all weights
+    /// at 0; otherwise it equals Position.
     const std::vector<MorphTarget>& MorphTargets() const { return morphTargets; }
 
     virtual std::array<float, 3> Position(std::uint32_t vertex) const = 0;
@@ -101,10 +101,10 @@ public:
     virtual void ReadVertices(unsigned parts,
                               const std::function<void(const VertexBlock&)>& take) const = 0;
     /// Calls `take` for each block in order.
-    /// \param parts  with Uvs, uvIndices and uvs are filled too.
+    /// \param parts  if it contains Uvs, uvIndices and uvs are filled as well.
     virtual void ReadFaces(unsigned parts,
                            const std::function<void(const FaceBlock&)>& take) const = 0;
-    /// Calls `take` with consecutive parts of the UV list.
+    /// Calls `take` with consecutive sections of the UV list.
     virtual void ReadUvs(
         const std::function<void(const std::vector<std::array<float, 2>>&)>& take) const = 0;
 
@@ -112,8 +112,8 @@ protected:
     MeshSource() = default;
     MeshSource(const MeshSource&) = delete;
     MeshSource& operator=(const MeshSource&) = delete;
-    /// Copies the properties that the attributes of the lowest level define for the whole mesh:
-    /// names, alpha, and whether colours are bytes.
+    /// Copies the mesh-wide properties from the attributes of the lowest level: names, alpha, and
+    /// whether colours are bytes.
     void Describe(const SurfaceAttributes& attributes);
 
     std::string name;
@@ -134,7 +134,7 @@ protected:
     std::vector<MorphTarget> morphTargets;
 };
 
-/// Polygons as a source. Borrows the mesh.
+/// A polygon mesh as a source. Borrows the mesh.
 class TROVIK_API PolygonSource : public MeshSource {
 public:
     /// \param wanted  the space of the returned coordinates; by default the space of the mesh.
@@ -151,7 +151,8 @@ public:
 private:
     const PolygonMesh& mesh;
     SpaceConversion conversion;
-    /// If UVs follow vertices: the UV index of each vertex, or `none` for a vertex without faces.
+    /// If each vertex has a single UV: the UV index of each vertex, or `none` for a vertex without
+    /// faces.
     std::vector<std::uint32_t> vertexUvs;
 };
 

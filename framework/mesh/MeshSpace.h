@@ -11,8 +11,8 @@ namespace trovik {
 /// The axis that points up.
 enum class UpAxis { Unknown, Y, Z };
 
-/// The length of a unit and the axis that points up. Many file formats specify neither; both are
-/// then unknown, and coordinates are copied between files unchanged.
+/// The length of a coordinate unit and the axis that points up. Many file formats specify neither.
+/// Both are then unknown, and coordinates are copied between files unchanged.
 struct MeshSpace {
     /// 0 if unknown.
     double metersPerUnit = 0.0;
@@ -21,8 +21,8 @@ struct MeshSpace {
     bool operator==(const MeshSpace&) const = default;
 };
 
-/// Returns the length of a unit by its name: mm, cm, dm, m, km, in, ft or yd. Returns 0 for any
-/// other name.
+/// Returns the length of the unit with this name: mm, cm, dm, m, km, in, ft or yd. Returns 0 for
+/// any other name.
 TROVIK_API double MetersPerUnit(const std::string& name);
 /// Returns the name of the unit with this length, or an empty string if there is none.
 TROVIK_API std::string UnitName(double metersPerUnit);
@@ -31,7 +31,7 @@ TROVIK_API UpAxis UpAxisOf(const std::string& name);
 /// Returns "y", "z", or an empty string for Unknown.
 TROVIK_API std::string UpAxisName(UpAxis axis);
 
-/// Returns `over`, with its unknown members taken from `under`.
+/// Returns `over`, with its unknown members replaced by those of `under`.
 TROVIK_API MeshSpace Overlaid(const MeshSpace& under, const MeshSpace& over);
 
 /// Converts coordinates from one space to another: scales them, then rotates them about x, so that

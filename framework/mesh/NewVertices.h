@@ -7,12 +7,13 @@
 
 namespace trovik {
 
-/// The vertices that are new in a level, and the patches that own them: the lowest-numbered ones
-/// that hold them. A patch is a run of faces of the level below, the descendants of a face of that
-/// level or of one farther down.
+/// The vertices that are new in a level, and the patch that owns each: the lowest-numbered patch
+/// that contains it. A patch is a run of faces of the level below: the descendants of one face of
+/// that level or of a coarser one.
 class NewVertices {
 public:
-    /// \param newLevel  at least level 1. \param facesOfPatch  of the level below.
+    /// \param newLevel  at least level 1.
+    /// \param facesOfPatch  number of faces of the level below per patch.
     NewVertices(const LevelMesh& newLevel, uint32_t facesOfPatch) : level(newLevel) {
         const LevelMesh& below = *level.Hierarchy().Level(static_cast<uint32_t>(level.Index()) - 1);
         slotsPerPatch = facesOfPatch * below.CornersPerFace() * 4;
@@ -20,12 +21,12 @@ public:
         patches = below.faceCount / facesOfPatch;
     }
 
-    /// Finds the owner of a vertex. Cost: O(1) for the patch of the call before, otherwise
-    /// logarithmic in the distance to it. \return whether the patch is another than that of the
-    /// call before.
+    /// Finds the patch that owns a vertex. Cost: O(1) if it is the same patch as in the previous
+    /// call, otherwise logarithmic in the distance to it.
+    /// \return whether the patch differs from that of the previous call.
     bool Find(uint32_t vertex) {
         if (vertex >= first && vertex < end) return false;
-        // Closes in on the vertex in ever longer steps.
+        // Brackets the vertex by exponential search.
         uint32_t low = 0;
         uint32_t high = patches - 1;
         if (vertex >= end) {
@@ -60,7 +61,8 @@ public:
     uint32_t Patch() const { return patch; }
 
 private:
-    /// New vertices are numbered face by face of the level below, the face point last.
+    /// New vertices are numbered by faces of the level below; the face point of each face comes
+    /// last.
     uint32_t EndOf(uint32_t ofPatch) const {
         constexpr uint32_t facePoint = 2;
         const uint32_t* slots =
@@ -70,7 +72,7 @@ private:
 
     const LevelMesh& level;
     uint32_t slotsPerPatch;
-    /// Of the corners of the patch's last face's children, the first.
+    /// The first corner of the children of the patch's last face.
     uint32_t lastFaceSlot;
     uint32_t patches;
     uint32_t patch = 0;

@@ -11,8 +11,8 @@ namespace trovik {
 /// host without a display attaches it to a mesh to check which notifications a brush sends.
 class TROVIK_API NotificationRecorder : public MeshRenderer {
 public:
-    /// \param updateFactor  0 to be notified of every vertex; otherwise a brush may send one
-    /// notification per patch.
+    /// \param updateFactor  0 if brushes must notify of every vertex; otherwise a brush may send
+    /// one notification per patch.
     explicit NotificationRecorder(float updateFactor) : factor(updateFactor) {}
 
     struct Notice {

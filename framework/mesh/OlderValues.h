@@ -12,10 +12,10 @@
 namespace trovik {
 
 /// An older state of one value per vertex of a level. It stores the old values of the vertices that
-/// were written since; all other vertices still have their old value.
+/// have been written since. All other vertices still have their old values.
 ///
-/// Memory: the recorded values, one bit per vertex up to the highest recorded one, and half a bit
-/// per vertex more after Sort.
+/// Memory: the recorded values, one bit per vertex up to the highest recorded one, and another half
+/// bit per vertex after Sort.
 template <typename Value>
 class OlderValues {
 public:
@@ -38,8 +38,8 @@ public:
         if (Misses(vertex)) Append(vertex, value);
     }
 
-    /// Sorts the lists by vertex. Cost: the recorded vertices, and one word per 64 vertices of the
-    /// level.
+    /// Sorts the lists by vertex. Cost: linear in the number of recorded vertices, plus one word
+    /// per 64 vertices of the level.
     void Sort();
     /// Returns the recorded value, or null if the vertex was not written. Sort must have been
     /// called after the last Note.
@@ -115,7 +115,7 @@ void OlderValues<Value>::Renumber(const std::vector<uint32_t>& map) {
     *this = std::move(renumbered);
 }
 
-/// The states of a level that its neighbours were last synchronised with: positions, mesh-local,
+/// The states of a level with which its neighbours were last synchronised: mesh-local positions,
 /// and freeze amounts.
 struct OlderStates {
     OlderValues<Vector> fromAbove;

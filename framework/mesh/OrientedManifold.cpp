@@ -18,7 +18,7 @@ namespace {
 /// Marks a missing corner or vertex.
 constexpr std::uint32_t None = 0xFFFFFFFFu;
 
-/// Corners and the half-edges that start at them. Both are indexed by the position of the corner in
+/// Corners and the half-edges that start at them. Both are indexed by the corner's index in
 /// faceVertices.
 class CornerRing {
 public:
@@ -40,7 +40,7 @@ public:
     std::uint32_t Vertex(std::uint32_t corner) const { return vertices[corner]; }
     std::uint32_t Next(std::uint32_t corner) const { return nextCorner[corner]; }
     std::uint32_t Previous(std::uint32_t corner) const { return previousCorner[corner]; }
-    /// Returns the far end of the half-edge that starts at a corner.
+    /// Returns the end vertex of the half-edge that starts at a corner.
     std::uint32_t Head(std::uint32_t corner) const { return vertices[nextCorner[corner]]; }
 
 private:
@@ -49,8 +49,8 @@ private:
     std::vector<std::uint32_t> previousCorner;
 };
 
-/// Half-edges grouped by the lower end of their undirected edge; within a group, pairs (higher end,
-/// half-edge) are sorted.
+/// Half-edges grouped by the lower-numbered endpoint of their undirected edge; each group is sorted
+/// by the pair (higher endpoint, half-edge).
 struct EdgeGroups {
     std::vector<std::size_t> firstOfVertex;
     std::vector<std::pair<std::uint32_t, std::uint32_t>> halfEdges;
@@ -87,7 +87,8 @@ EdgeGroups GroupByEdge(const CornerRing& ring, std::size_t vertexCount, JobContr
     return groups;
 }
 
-/// Calls `visit(first, last)` for each undirected edge, with a range of (higher end, half-edge).
+/// Calls `visit(first, last)` for each undirected edge, with a range of pairs (higher endpoint,
+/// half-edge).
 template <class Visit>
 void ForEachEdge(const EdgeGroups& groups, const Visit& visit) {
     for (std::size_t vertex = 0; vertex + 1 < groups.firstOfVertex.size(); ++vertex) {
@@ -105,7 +106,7 @@ void ForEachEdge(const EdgeGroups& groups, const Visit& visit) {
 }
 
 /// Returns, for each half-edge, the half-edge of the neighbouring face, or None at borders and at
-/// edges that are to be split.
+/// edges that will be split.
 std::vector<std::uint32_t> FindTwins(const CornerRing& ring,
                                      const EdgeGroups& groups,
                                      ManifoldReport& report,
@@ -143,8 +144,8 @@ void WalkFan(const CornerRing& ring,
              const std::vector<std::uint32_t>& twins,
              std::uint32_t start,
              const Visit& visit) {
-    // Go around across the half-edges that leave the vertex. If this returns to the start, the fan
-    // is complete.
+    // Rotate across the half-edges that leave the vertex. On returning to the start, the fan is
+    // complete.
     std::uint32_t corner = start;
     do {
         visit(corner);
@@ -154,15 +155,16 @@ void WalkFan(const CornerRing& ring,
     if (corner == start) {
         return;
     }
-    // A border was reached: go around in the other direction, across the half-edges that arrive at
-    // the vertex.
+    // A border was reached: rotate in the other direction, across the half-edges that end at the
+    // vertex.
     for (corner = twins[ring.Previous(start)]; corner != None;
          corner = twins[ring.Previous(corner)]) {
         visit(corner);
     }
 }
 
-/// Returns the fans that do not keep their vertex, ordered by vertex and then by lowest face.
+/// Returns the fans that do not keep their vertex, ordered by vertex and then by lowest-numbered
+/// face.
 std::vector<Fan> FindFurtherFans(const CornerRing& ring,
                                  const std::vector<std::uint32_t>& twins,
                                  std::size_t vertexCount,
@@ -171,8 +173,8 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
     std::vector<Fan> further;
     std::vector<bool> cornerSeen(ring.Count(), false);
     std::vector<bool> vertexSeen(vertexCount, false);
-    // Corners are stored in face order, so the first corner of a fan to be found is in its lowest
-    // face.
+    // Corners are stored in face order, so the first corner found of a fan is in the fan's
+    // lowest-numbered face.
     for (std::uint32_t corner = 0; corner < ring.Count(); ++corner) {
         phase.Add();
         if (cornerSeen[corner]) {
@@ -192,10 +194,10 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
     return further;
 }
 
-/// At most one half-edge without a twin leaves each fan, and at most one arrives. Two fans are
-/// therefore connected by at most two such half-edges, in opposite directions, and vertex pairs
-/// describe an oriented manifold. If both half-edges exist, however, vertex pairs identify the two
-/// faces as neighbours again.
+/// At most one half-edge without a twin starts in each fan, and at most one ends there. Two fans
+/// are therefore connected by at most two such half-edges, in opposite directions, and vertex pairs
+/// describe an oriented manifold. However, if both half-edges exist, the two faces are neighbours
+/// again when neighbours are found by vertex pairs.
 ///
 /// \param ring  uses the vertices of the result.
 void FindClosedCuts(const CornerRing& ring, const EdgeGroups& groups, ManifoldReport& report) {

@@ -15,7 +15,7 @@ namespace trovik {
 
 namespace {
 
-// The two highest numbers are reserved: they mark a missing vertex or face index.
+// The two highest numbers are reserved to mark a missing vertex or face index.
 constexpr std::uint64_t MaxCount = 0xFFFFFFFEu;
 
 void CheckCount(std::uint64_t count, const char* what, const std::string& source) {

@@ -14,19 +14,19 @@ namespace trovik {
 
 class JobControl;
 
-/// Polygons as read from or written to a file: mesh-local positions, faces in file order.
+/// A polygon mesh as read from or written to a file: mesh-local positions, and faces in file order.
 struct PolygonMesh {
     std::vector<std::array<float, 3>> positions;
     /// Number of corners per face, each at least 3.
     std::vector<std::uint32_t> faceSizes;
     /// The vertex of each corner. The length is the sum of faceSizes.
     std::vector<std::uint32_t> faceVertices;
-    /// Per vertex; empty or as long as positions. Writers store it if it is present.
+    /// Per vertex; empty or as long as positions. Writers store the list unless it is empty.
     std::vector<std::array<float, 3>> normals;
     std::string name;
     /// UVs, colours, groups, and the space of the coordinates.
     SurfaceAttributes attributes;
-    /// What the reader skipped in the file, one sentence per note.
+    /// Data in the file that the reader skipped, one sentence each.
     std::vector<std::string> notes;
 };
 
@@ -34,47 +34,49 @@ struct PolygonMesh {
 struct ManifoldReport {
     /// Non-manifold edges: edges with more than two faces.
     std::size_t nonManifoldEdges = 0;
-    /// Edges whose two faces have the same direction along the edge.
+    /// Edges that both faces traverse in the same direction.
     std::size_t misorientedEdges = 0;
     /// Vertices that were duplicated because their faces do not form a single fan.
     std::size_t splitVertices = 0;
-    /// Vertices appended to the mesh.
+    /// Number of vertices appended to the mesh.
     std::size_t addedVertices = 0;
-    /// Non-manifold edges that two faces still share after the split, as vertices of the result.
+    /// Non-manifold edges that two faces still share after the split, as pairs of the result's
+    /// vertices.
     ///
-    /// The faces at such an edge are connected around both of its ends and have opposite
-    /// orientation, for example where a fin stands on a single inner edge of a surface. The fin is
-    /// separated, but a cut along a single edge duplicates no vertex. Code that finds neighbours by
-    /// vertex pairs sees an ordinary edge with two faces there.
+    /// An example is a fin that stands on a single inner edge of a surface: the two faces at the
+    /// edge have opposite orientation and are connected around both of its endpoints. The fin is
+    /// separated, but a cut along a single edge does not duplicate any vertex. Code that finds
+    /// neighbours by vertex pairs therefore finds an ordinary edge with two faces there.
     std::vector<std::array<std::uint32_t, 2>> closedCuts;
 
     /// Whether the mesh was left unchanged.
     bool Untouched() const { return addedVertices == 0 && closedCuts.empty(); }
 };
 
-/// Makes the faces an oriented manifold, possibly with borders.
+/// Turns the faces into an oriented manifold, possibly with borders.
 ///
-/// - An edge with more than two faces, or with two faces in the same direction, is split into open
-///   borders.
+/// - An edge with more than two faces, or with two faces that traverse it in the same direction, is
+///   split into open borders.
 /// - A vertex whose faces then do not form a single fan gets a copy for each additional fan. The
-///   fan with the lowest face keeps the vertex. Copies are appended, ordered by vertex and then by
-///   the lowest face of the fan, and have the same position, normal and colour.
+///   fan with the lowest-numbered face keeps the vertex. Copies are appended, ordered by vertex and
+///   then by the lowest face of the fan, and have the same position, normal and colour.
 ///
 /// Faces, their order and their orientation do not change. Afterwards every pair of vertices is an
 /// edge of at most two faces, in opposite directions, and the faces of each vertex form one fan.
 ///
 /// \param mesh  a mesh that CheckPolygonMesh accepts.
-/// \throw HostError if the copies exceed the index range; Cancelled. The mesh is then unchanged.
-/// Cost: linear in the corners (plus sorting the edges of each vertex); about 24 bytes per corner.
+/// \throw HostError if the copies exceed the index range; Cancelled. In both cases the mesh is
+/// unchanged. Cost: linear in the corner count, plus sorting the edges at each vertex; temporary
+/// memory of about 24 bytes per corner.
 TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* job = nullptr);
 
 /// Checks that the lists of a mesh describe a surface that can be sculpted.
 ///
 /// The following are rejected: a mesh without faces; faces with fewer than three corners, with a
-/// repeated vertex or with a vertex that does not exist; positions that are not finite; lists,
-/// attributes included, whose lengths do not match; more than 2^32 - 2 vertices, faces or corners.
-/// Messages count faces and vertices from 0.
-/// \param source  the start of each message, such as the path of the file.
+/// repeated vertex or with a vertex that does not exist; non-finite positions; lists, including
+/// attributes, whose lengths do not match; more than 2^32 - 2 vertices, faces or corners. Messages
+/// count faces and vertices from 0.
+/// \param source  the prefix of each message, such as the file's path.
 /// \throw HostError for the first fault; Cancelled.
 TROVIK_API void CheckPolygonMesh(const PolygonMesh& mesh,
                                  const std::string& source,

@@ -20,7 +20,7 @@ void IgnoreErrorsOf(Action action) {
     } catch (Error* error) {
         Error::Dispose(error);
     } catch (...) {
-        // An exception of unknown type, which needs no disposal.
+        // An exception of unknown type, which need not be disposed of.
     }
 }
 
@@ -29,7 +29,7 @@ void IgnoreErrorsOf(Action action) {
 StrokeResources::~StrokeResources() {
     bool joinPrevious = false;
     while (!changes.empty()) {
-        // The destructor of the change removes it from the list.
+        // The change's destructor removes it from the list.
         const std::unique_ptr<EndableChange> change(changes.front());
         if (change->IsFinished()) continue;
         IgnoreErrorsOf([&] { change->Finish(true, joinPrevious); });

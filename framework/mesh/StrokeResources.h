@@ -10,16 +10,16 @@ namespace trovik {
 class BrushOperation;
 class LevelMesh;
 
-/// A change that the resources of a brush can end.
+/// A change that StrokeResources can end.
 class TROVIK_API EndableChange : public MeshChange {
 public:
     using MeshChange::MeshChange;
     virtual bool IsFinished() const = 0;
 };
 
-/// The meshes that a brush has locked and the changes that it has not deleted yet. This is a member
-/// of the brush base class, so that locks and changes end with a brush that is destroyed in
-/// mid-stroke. Both lists are empty after a brush ends its stroke.
+/// The meshes that a brush has locked and the changes that it has not deleted yet. It is a member
+/// of the brush base class, so that destroying a brush in mid-stroke ends its locks and changes.
+/// Both lists are empty after a brush ends its stroke.
 ///
 /// Meshes and changes add and remove themselves. Not thread-safe.
 class TROVIK_API StrokeResources {
@@ -29,9 +29,9 @@ public:
     static StrokeResources* Of(MeshUnlocker* holder);
 
     explicit StrokeResources(BrushOperation& ofBrush) : brush(ofBrush) {}
-    /// Releases the remains of a stroke that was not ended. Finishes and deletes the changes in the
-    /// order in which they were started, which makes them one undo step, and unlocks the meshes. A
-    /// change that cannot be finished is deleted without an undo step.
+    /// Cleans up a stroke that was not ended: finishes and deletes its changes in the order in
+    /// which they were started, which makes them one undo step, and unlocks the meshes. A change
+    /// that cannot be finished is deleted without an undo step.
     ~StrokeResources();
     StrokeResources(const StrokeResources&) = delete;
     StrokeResources& operator=(const StrokeResources&) = delete;

@@ -25,7 +25,7 @@ struct SurfaceAttributes {
     std::vector<std::array<float, 4>> colors;
     /// Whether alpha was imported; otherwise it is 1.
     bool hasAlpha = false;
-    /// Names of groups and materials, and for each face an index into them or `none`.
+    /// Names of groups and materials, and for each face an index into each list, or `none`.
     std::vector<std::string> groupNames;
     std::vector<std::uint32_t> faceGroups;
     std::vector<std::string> materialNames;
@@ -38,7 +38,7 @@ struct SurfaceAttributes {
     /// Unit and up axis of the positions.
     MeshSpace space;
 
-    /// Bytes allocated by the lists, without the names.
+    /// Bytes allocated by the lists, excluding the names.
     std::uint64_t Bytes() const {
         return uvs.capacity() * sizeof uvs[0] + colors.capacity() * sizeof colors[0] +
                (cornerUvs.capacity() + faceGroups.capacity() + faceMaterials.capacity() +

@@ -10,7 +10,7 @@ namespace trovik {
 ///
 /// A patch is a face of level `patchLevel` (at most `level`) with all its descendants in `level`.
 /// It owns the vertices at the corners of those faces, so a vertex on a border belongs to every
-/// patch around it. All data outside of the listed patches is byte-identical to before.
+/// patch around it. All data outside the listed patches is byte-identical to before.
 struct SurfaceChange {
     enum What : uint8_t {
         Positions = 1,
@@ -19,8 +19,8 @@ struct SurfaceChange {
         Mask = 4,
         /// Hidden faces.
         Visibility = 8,
-        /// The level is a different one, or its faces or vertices were renumbered; all data must be
-        /// read again.
+        /// The level was replaced, or its faces or vertices were renumbered; all data must be read
+        /// again.
         Topology = 16
     };
 

@@ -6,7 +6,7 @@
 
 namespace trovik {
 
-/// Converts a packed normal to a vector of length 32767, or zero.
+/// Converts a packed normal to a vector of length 32767, or to zero.
 inline Vector Unpacked(const PackedNormal& normal) {
     return {
         static_cast<float>(normal.x), static_cast<float>(normal.y), static_cast<float>(normal.z)};

@@ -12,7 +12,7 @@ std::optional<TopologicalMirror::Corner> TopologicalMirror::Across(uint32_t leve
                                                                    uint32_t face,
                                                                    uint32_t corner) const {
     const bool quads = baseCorners == 4;
-    // One base-4 digit per level below the first. For a triangle, the first digit is at most 2.
+    // One base-4 digit per level below the first. In a triangle, the first digit is at most 2.
     const uint32_t digits = level == 0 ? 0 : (quads ? level : level - 1);
     uint32_t above = face >> (2 * digits);
     const uint32_t firstChild = !quads && level != 0 ? above % 3u : 0;

@@ -14,30 +14,30 @@ class JobControl;
 class LevelMesh;
 
 /// Maps each corner of each face to its mirror image. The map is based on connectivity, not on
-/// positions, so a model that was built symmetric has a mirror in any pose.
+/// positions, so a model that was built symmetrically has a mirror in any pose.
 ///
 /// A mirror reverses the order of corners. If face g is the image of face f, corner k of f maps to
 /// corner (shift - k) mod n of g, and the inverse map has the same shift. The children of a quad
-/// inherit its shift, because child k is at corner k. Level 0 therefore determines all levels, and
-/// one number per level-0 face is stored.
+/// inherit its shift, because child k is at corner k. Level 0 therefore determines the map on all
+/// levels, and only one number per level-0 face is stored.
 class TROVIK_API TopologicalMirror {
 public:
-    /// Finds the mirror of a mesh. `base` is level 0. If several mirrors are possible, its current
-    /// positions select the one that is closest to a reflection in the plane through the origin
-    /// perpendicular to `axis` (0 x, 1 y, 2 z). The description below is for x and applies to the
-    /// other axes in the same way.
+    /// Finds the mirror of a mesh. `base` is level 0. If several mirrors are possible, the current
+    /// positions of `base` select the one closest to a reflection in the plane through the origin
+    /// perpendicular to `axis` (0 x, 1 y, 2 z). The rest of this description is for x; the other
+    /// axes work the same way.
     ///
     /// A map that exchanges front and back, or top and bottom, instead of left and right is not
     /// accepted, even if the connectivity allows it.
     ///
-    /// Seeds are pairs of faces across an edge, and faces that map to themselves, that are similar
-    /// to each other's reflection; the most similar seed is tried first. From a seed, the map is
-    /// extended to neighbours, and it is discarded at the first contradiction. A connected
-    /// component maps either to itself or to another component. A component without a mirror image
-    /// is omitted.
+    /// A seed is a pair of faces that share an edge and are near mirror images of each other, or a
+    /// single face that nearly mirrors itself; the best match is tried first. The map is extended
+    /// from a seed to the neighbouring faces, and is discarded at the first contradiction. A
+    /// connected component maps either to itself or to another component. A component without a
+    /// mirror image is omitted.
     /// \return null if no component has a mirror image.
-    /// Cost: O(faces) if the first seed is correct, at most some hundred times that, plus
-    /// O(components^2); temporary memory of about 20 bytes per face and 12 per vertex.
+    /// Cost: O(faces) if the first seed is correct and at most a few hundred times that, plus
+    /// O(components^2). Temporary memory: about 20 bytes per face and 12 per vertex.
     /// \throw Cancelled.
     static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base,
                                                    int axis = 0,
@@ -47,15 +47,15 @@ public:
         uint32_t face;
         uint32_t corner;
     };
-    /// Returns the mirror image of a corner of a face of level `level`, or nothing if that
-    /// component has no mirror image. Cost: O(level).
+    /// Returns the mirror image of a face corner on level `level`, or nothing if its component has
+    /// no mirror image. Cost: O(level).
     std::optional<Corner> Across(uint32_t level, uint32_t face, uint32_t corner) const;
 
     /// For each level-0 face: its image face * 4 + shift, or openBorder. Used to store a mirror.
     const std::vector<uint32_t>& Images() const { return images; }
     /// Restores a mirror from such a list.
     /// \return null if the list does not fit this base: a different number of faces, or faces that
-    /// are not each other's image.
+    /// are not images of each other.
     static std::unique_ptr<TopologicalMirror> FromImages(const LevelMesh& base,
                                                          std::vector<uint32_t> images);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The search for the mirror of a mesh: seeds come from positions, and the rest of the map from
+/// The search for the mirror of a mesh: seeds are derived from positions, the rest of the map from
 /// adjacency.
 #include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
@@ -18,28 +18,27 @@ namespace {
 
 /// Maximum number of seeds to try per component.
 constexpr std::size_t seedLimit = 1024;
-/// Maximum number of different mirrors among which the one closest to a reflection is selected.
+/// Maximum number of candidate mirrors; the one closest to a reflection is selected.
 constexpr std::size_t mirrorLimit = 8;
 /// Maximum number of other components to try as the mirror image of a component.
 constexpr std::size_t partnerLimit = 4;
-/// Maximum number of steps of all walks from one list of seeds, as a multiple of the faces of the
-/// component.
+/// Maximum number of steps of all walks from one list of seeds, as a multiple of the component's
+/// face count.
 constexpr uint64_t walkLimit = 200;
-/// If the error of a seed or map is at most this fraction of its size, it is a reflection up to
-/// rounding.
+/// A seed or map whose error is at most this fraction of its size is a reflection up to rounding.
 constexpr double exactRatio = 1e-10;
 
 struct Seed {
-    /// The squared distance of the two faces from being each other's reflection in a plane x = c,
-    /// relative to their size, plus the squared distance of that plane from x = 0, relative to the
-    /// size of the component.
+    /// The squared distance between one face and the other's reflection in a plane x = c, relative
+    /// to their size, plus the squared distance between that plane and x = 0, relative to the
+    /// component's size.
     double error;
     uint32_t face;
     uint32_t across;
     uint32_t shift;
 };
 
-/// A component of faces that are connected by edges.
+/// A set of faces that are connected by edges.
 struct Component {
     std::vector<uint32_t> faces;
     double centre[3] = {0.0, 0.0, 0.0};
@@ -108,7 +107,7 @@ private:
     bool PairVertices(uint32_t vertex, uint32_t across);
     Map EndWalk();
 
-    /// Counts the faces of finished parts; the walks poll it.
+    /// Counts the faces of finished components; walks poll it.
     JobPhase phase;
     LevelMesh& base;
     int axis;
@@ -139,10 +138,10 @@ bool TopologicalMirrorSearch::FindAll() {
         const Map map = BestMap(part);
         for (const auto& [face, image] : map.faces) {
             images[face] = image;
-            // A component that is the image of another one needs no search of its own.
+            // A component that is the image of another one is not searched separately.
             parts[partOf[face]].isDone = true;
         }
-        // Of two parts that are across from each other both.
+        // If two components mirror each other, this counts the faces of both.
         phase.Add(std::max(map.faces.size(), parts[part].faces.size()));
         isAny = isAny || !map.faces.empty();
     }
@@ -221,8 +220,8 @@ double TopologicalMirrorSearch::SizeOf(uint32_t face) const {
     return size;
 }
 
-// The seeds form a heap with the worst seed on top, so that a large mesh does not keep a list of
-// all of them.
+// The seeds form a heap with the worst seed on top, so that a large mesh does not need a list of
+// all seeds.
 void TopologicalMirrorSearch::KeepSeed(std::vector<Seed>& seeds,
                                        uint32_t face,
                                        uint32_t across,
@@ -232,7 +231,7 @@ void TopologicalMirrorSearch::KeepSeed(std::vector<Seed>& seeds,
         return a.face != b.face ? a.face < b.face : a.across < b.across;
     };
     const double size = SizeOf(face) + SizeOf(across);
-    // A degenerate face is similar to every face.
+    // A degenerate face matches every face.
     if (!(size > 0.0)) return;
     const double plane = MiddleOf(face, across);
     const double spread = parts[partOf[face]].spread;
@@ -256,7 +255,8 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     for (const uint32_t face : part.faces) {
         phase.Poll();
         for (uint32_t k = 0; k < corners; ++k) {
-            // A face that maps to itself, and the two faces of an edge that map to each other.
+            // Seeds are faces that map to themselves, and pairs of faces at an edge that map to
+            // each other.
             KeepSeed(seeds, face, face, k);
             const uint32_t neighbour = base.QuadEdgeNeighbour(face, k);
             if (neighbour != openBorder && neighbour >> 2 > face)
@@ -265,7 +265,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     }
     if (TrySeeds(seeds, maps)) return std::move(maps.back());
 
-    // Components of the same size, ordered by the distance of their centre from the reflected
+    // Components of the same size, ordered by the distance between their centre and the reflected
     // centre of this one.
     std::vector<std::pair<double, std::size_t>> partners;
     for (std::size_t other = number + 1; other < parts.size(); ++other) {
@@ -295,7 +295,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     return best;
 }
 
-/// Adds the maps that grow from the seeds.
+/// Adds the maps that are extended from the seeds.
 /// \return whether the last one is a reflection.
 bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps) {
     if (seeds.empty()) return false;
@@ -332,7 +332,7 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
 
 /// Returns whether the map exchanges left and right, not front and back. Summed over all edges, x
 /// must tend to change sign, and y and z must tend to keep it. A pose may bend and move limbs
-/// freely but must not reverse the model.
+/// arbitrarily but must not reverse the model.
 bool TopologicalMirrorSearch::IsReflection(const Map& map) {
     double sums[3] = {0.0, 0.0, 0.0};
     for (const auto& [face, image] : map.faces) {

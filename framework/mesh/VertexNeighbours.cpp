@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// A vertex once for each of the faces.
+/// Contains a vertex once for each of its faces.
 std::vector<uint32_t> AllCornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces) {
     const std::size_t corners = level.CornersPerFace();
     std::vector<uint32_t> vertices;
@@ -24,8 +24,8 @@ std::vector<uint32_t> AllCornersOf(const LevelMesh& level, const std::vector<uin
     return vertices;
 }
 
-/// The faces of the level below that own the vertices, and all their children, which are faces of
-/// the level: ascending.
+/// The faces of the level below that own the vertices, and all of their children, which are faces
+/// of this level; in ascending order.
 std::vector<uint32_t> FacesOfOwners(LevelMesh& level, const std::vector<uint32_t>& vertices) {
     const uint32_t children =
         level.Hierarchy().Level(static_cast<uint32_t>(level.Index()) - 1)->CornersPerFace();
@@ -87,8 +87,8 @@ std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& ver
     return faces;
 }
 
-// Counting shows which vertices have all of their faces in the list: those that are not of level 0
-// have at most four corners of faces.
+// Counting identifies the vertices whose faces are all in the list: a vertex that is not from level
+// 0 has at most four faces.
 std::vector<uint32_t> FacesAt(LevelMesh& level,
                               const IndexSet& vertices,
                               const std::vector<uint32_t>& faces) {

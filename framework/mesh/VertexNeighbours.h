@@ -14,34 +14,37 @@ class LevelMesh;
 /// Sorts the list and removes duplicates.
 void MakeSet(std::vector<uint32_t>& list);
 
-/// Returns the faces around any of the vertices, ascending. Cost: linear in the vertices, lowest if
-/// neighbours are close together in the list; at most linear in the level.
+/// Returns, in ascending order, the faces that use any of the vertices. Cost: linear in the number
+/// of vertices, lowest if neighbouring vertices are close together in the list; at most linear in
+/// the size of the level.
 TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
 
-/// The same for vertices of which some faces are known. Most vertices of a region then have all of
-/// their faces among these, and only those on its border are looked at one by one.
-/// \param faces  ascending; at least one of each vertex that has any. Others may be among them.
+/// Overload for callers that already have some faces of the vertices, such as those of a region.
+/// `faces` then contains all faces of most vertices, and only vertices on the region's border are
+/// searched individually.
+/// \param faces  in ascending order; at least one face of each vertex that has any; may include
+/// others.
 TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level,
                                          const IndexSet& vertices,
                                          const std::vector<uint32_t>& faces);
 
-/// The faces and all others that share a vertex with one of them, ascending.
+/// Returns, in ascending order, the faces and all other faces that share a vertex with one of them.
 TROVIK_API std::vector<uint32_t> WithFacesAround(LevelMesh& level, std::vector<uint32_t> faces);
 
-/// Writes the faces around a vertex, ascending and without duplicates, to `faces`; the list is
-/// empty if the vertex has none. Old contents are replaced, and the allocation is reused.
+/// Writes the faces around a vertex to `faces`, in ascending order and without duplicates; the list
+/// is empty if the vertex has none. Old contents are replaced, and the allocation is reused.
 void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces);
 
-/// Returns the vertices of the faces, ascending, without duplicates.
+/// Returns the vertices of the faces, in ascending order and without duplicates.
 TROVIK_API std::vector<uint32_t> CornersOf(const LevelMesh& level,
                                            const std::vector<uint32_t>& faces);
 
-/// The same as a set.
+/// Returns the same vertices as a set.
 IndexSet CornerSetOf(const LevelMesh& level, const std::vector<uint32_t>& faces);
 
-/// Returns the vertices and all other vertices of the faces around them, ascending. These are the
-/// vertices whose normals change when the given vertices move. A vertex without faces is included
-/// alone. Cost: linear in their number.
+/// Returns, in ascending order, the vertices and all other vertices of the faces around them. These
+/// are the vertices whose normals change when the given vertices move. A vertex without faces only
+/// contributes itself. Cost: linear in the number of vertices.
 TROVIK_API std::vector<uint32_t> WithNeighbours(LevelMesh& level,
                                                 const std::vector<uint32_t>& vertices);
 

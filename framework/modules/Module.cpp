@@ -14,13 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// An address inside this library. The address of an exported function may be in the executable.
+/// An address inside this library. An exported function is not used, because its address may be in
+/// the executable.
 const char insideThisLibrary = 0;
 
 [[noreturn]] void ThrowModuleError(const std::string& path,
                                    const char* purpose,
                                    std::string reason) {
-    // The message of the loader starts with the path if the file itself is the problem.
+    // The loader's message starts with the path if the file itself is the problem.
     if (reason.rfind(path + ": ", 0) == 0) reason.erase(0, path.size() + 2);
     throw HostError("cannot load the module " + path + ", which is needed for " + purpose + ": " +
                     reason);

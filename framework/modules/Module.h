@@ -7,9 +7,10 @@
 #include <string>
 
 /// \file
-/// Modules: parts of this library in separate files, because they link large libraries that most
-/// programs never use. A module is loaded when it is first needed, and it stays loaded until the
-/// process ends. Plug-ins are different: they add classes, and hosts load all of them.
+/// Modules: parts of this library that are built as separate files, because they link large
+/// libraries that most programs never use. A module is loaded when it is first needed, and it stays
+/// loaded until the process ends. Plug-ins are different: they add classes, and hosts load all of
+/// them.
 namespace trovik {
 
 /// Returns the folder of the modules: `trovik/modules` next to this library, with symbolic links
@@ -25,7 +26,7 @@ TROVIK_API std::string ModuleFolder();
 /// loader), not a module, or built for another version of this library.
 TROVIK_API const void* OpenModule(const std::string& path, const char* purpose);
 
-/// The data that the library needs about a module before it is loaded.
+/// Describes a module to the library before the module is loaded.
 struct ModuleFile {
     /// In ModuleFolder, for example "trovik-embree.so".
     const char* name;
@@ -37,8 +38,8 @@ struct ModuleFile {
 };
 
 /// Loads a module of the library and returns its interface, as the other overload does. The caller
-/// stores it in a static variable, so that the module is loaded once; if loading throws, the next
-/// call tries again.
+/// stores the interface in a static variable, so that the module is loaded only once; if loading
+/// throws, the next call tries again.
 /// \throw HostError also if the process cannot map that much address space.
 TROVIK_API const void* OpenModule(const ModuleFile& module);
 

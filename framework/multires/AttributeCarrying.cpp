@@ -63,8 +63,8 @@ SurfaceAttributes AttributesOfCoarse(const SurfaceAttributes& fine,
         attributes.cornerUvs.reserve(coarse.faceVertices.size());
         for (uint32_t corner = 0; corner < coarse.faceVertices.size(); ++corner) {
             phase.Add();
-            // There is one child per corner. Child k of a quad has that corner at its corner k,
-            // child k of a triangle at its corner 0.
+            // There is one child per corner. That corner is corner k of child k of a quad, and
+            // corner 0 of child k of a triangle.
             const uint32_t ofChild = coarse.corners == 4 ? corner & 3u : 0u;
             const uint32_t ofFine = (ofChild + back.turn[corner]) & 3u;
             const uint32_t uv = fine.cornerUvs[back.face[corner] * 4 + ofFine];

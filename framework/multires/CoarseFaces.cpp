@@ -83,8 +83,7 @@ private:
             for (uint32_t side = 0; side < 4; ++side) {
                 const uint32_t neighbour = mesh.QuadEdgeNeighbour(face, side);
                 if (neighbour == openBorder) continue;
-                // The start of the side is corner t + 1 of the neighbour, and the end is its corner
-                // t.
+                // The side starts at the neighbour's corner t + 1 and ends at its corner t.
                 const uint32_t t = neighbour & 3u;
                 const auto found = static_cast<uint8_t>(side == c                ? (t + 1) & 3u
                                                         : ((side + 1) & 3u) == c ? t
@@ -141,8 +140,8 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, 
         for (uint32_t k = 0; k < corners; ++k) {
             const uint32_t c = search.VertexCorner(face);
             coarse.fineFaces.face[face] = next * corners + k;
-            // The corner at which a refinement has the vertex: corner k for a child of a quad,
-            // corner 0 for a child of a triangle.
+            // The corner that is the vertex in a refinement: corner k for a child of a quad, corner
+            // 0 for a child of a triangle.
             const uint32_t turned = corners == 4 ? k : 0;
             coarse.fineFaces.turn[face] = static_cast<uint8_t>((turned - c) & 3u);
             coarse.faceVertices.push_back(number[search.At(face, c)]);

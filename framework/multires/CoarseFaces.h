@@ -11,8 +11,7 @@ namespace trovik {
 class JobControl;
 class LevelMesh;
 
-/// New numbers of faces: face f becomes face[f], and its corner c becomes corner (c + turn[f]) mod
-/// 4.
+/// Face renumbering: face f becomes face[f], and its corner c becomes corner (c + turn[f]) mod 4.
 struct TROVIK_API FaceRenumbering {
     std::vector<uint32_t> face;
     std::vector<uint8_t> turn;
@@ -29,11 +28,11 @@ struct CoarseFaces {
     uint32_t corners = 4;
     /// Per corner: a vertex number of the coarse mesh.
     std::vector<uint32_t> faceVertices;
-    /// Per coarse vertex: the corresponding vertex of the fine mesh, ascending.
+    /// Per coarse vertex: the corresponding vertex of the fine mesh, in ascending order.
     std::vector<uint32_t> fineVertices;
-    /// Maps the numbers of the fine faces to those that a refinement assigns.
+    /// Maps each fine face to the number that a refinement assigns to it.
     FaceRenumbering fineFaces;
-    /// Maps the numbers of the fine vertices in the same way; filled when the refinement is built.
+    /// Maps the fine vertices in the same way; filled when the refinement is built.
     std::vector<uint32_t> fineVertexMap;
 
     uint64_t Bytes() const {
@@ -43,12 +42,12 @@ struct CoarseFaces {
     }
 };
 
-/// Recognises a refined mesh by its connectivity. Each face must have one corner that is a coarse
-/// vertex, one that is a face point, and two edge points between them. An edge point has four
-/// faces, or two on a border. A face point has as many faces as the coarse faces have corners. If
-/// several coarse meshes are possible, as on a torus, the one that keeps the lowest vertex of the
-/// component's lowest face is returned. If the numbers of the mesh come from a refinement, they are
-/// kept.
+/// Recognises a refined mesh by its connectivity. Of each face's corners, one must be a coarse
+/// vertex, the opposite one a face point, and the other two edge points. An edge point has four
+/// faces, or two on a border. A face point has as many faces as its coarse face has corners. If
+/// several coarse meshes are possible, as on a torus, the function returns the one that keeps the
+/// lowest-numbered vertex of the component's lowest-numbered face. If the mesh was numbered by a
+/// refinement, its numbering is kept.
 /// \param level  level 0 of its geometry.
 /// \throw HostError with the reason if the mesh is not a refinement; Cancelled.
 /// Cost: O(faces log faces).
@@ -58,7 +57,7 @@ TROVIK_API CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullp
 /// the fine level, by least squares over all fine vertices (conjugate gradients in double
 /// precision, with a fixed order of operations). If the fine level is an exact refinement, the
 /// result equals its coarse level up to rounding.
-/// \param finePositions  of the vertices of the fine level.
+/// \param finePositions  positions of the fine level's vertices.
 /// \throw Cancelled.
 TROVIK_API std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
                                                   const LevelMesh& fine,

@@ -109,7 +109,7 @@ private:
     uint32_t CentreOf(uint32_t face) const {
         return fine.faceVertexIndices.array[face * corners * 4 + 2];
     }
-    /// A vertex without faces does not move, nor does a border vertex with one face.
+    /// Vertices without faces and border vertices with one face do not move.
     bool IsKept(uint32_t v) const { return faces[v] == 0 || (onBorder[v] != 0 && faces[v] == 1); }
     double Weight(uint32_t v) const { return 1.0 / (static_cast<double>(faces[v]) * faces[v]); }
     double OwnWeight(uint32_t v) const {

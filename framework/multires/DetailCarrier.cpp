@@ -16,7 +16,7 @@ namespace trovik {
 
 namespace {
 
-/// Returns the vertices whose position differs from the recorded one, ascending.
+/// Returns, in ascending order, the vertices whose position differs from the recorded one.
 std::vector<uint32_t> Changed(const LevelMesh& level,
                               const OlderValues<Vector>& seen,
                               JobControl* job) {
@@ -40,20 +40,20 @@ Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uin
 /// Number of coarse faces that are processed at a time, which bounds the memory for large changes.
 constexpr std::size_t batchFaces = std::size_t{1} << 15;
 
-/// Properties of a point of a region; a combination.
+/// Properties of a region's point; may be combined.
 enum PointFlag : uint32_t {
     isMoved = 1,
     /// The point is a corner of a face with a moved corner.
     isTouched = 2,
-    /// A face of the region uses the point, and the lowest such face is one of the owners.
+    /// A face of the region uses the point, and the lowest-numbered such face is one of the owners.
     isMet = 4,
     isOwned = 8,
-    /// The rotation of the surface at the point is needed.
+    /// The surface rotation at the point is needed.
     isTurned = 16
 };
 using PointFlags = std::vector<uint32_t>;
 
-/// The rotations of the surface at some points of a region.
+/// The surface rotations at some points of a region.
 class PointTurns {
 public:
     PointTurns(const RefinedRegion& ofRegion, const PointFlags& flags, JobPhase& phase)
@@ -67,7 +67,7 @@ public:
             quads.push_back(quad);
             normals.push_back(NormalsOf(quad));
         }
-        // Lists of the corners at each point, ascending, stored consecutively.
+        // Lists of the corners at each point, each in ascending order, stored consecutively.
         uint32_t total = 0;
         for (uint32_t& end : ends) {
             const uint32_t count = end;
@@ -200,8 +200,8 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     if (changed.empty()) return;
 
     // Refined points change in the faces around a changed vertex. The surface rotates around those
-    // points as well, so the rotations of one further ring are computed from the points of all
-    // these faces.
+    // points as well, so the rotations of one additional ring of points are computed, from the
+    // points of all these faces.
     const std::vector<uint32_t> faces = WithFacesAround(coarse, FacesAt(coarse, changed));
     JobPhase phase(job, "Propagating details up", faces.size());
     if (faces.size() <= batchFaces) {
@@ -222,7 +222,7 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
         }
     }
     phase.Finish();
-    // At a vertex without faces there is no surface rotation to apply.
+    // A vertex without faces has no surface rotation to apply.
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
         const SurfaceMove move{SeenPosition(coarse, seen, vertex), coarse.Position(vertex), {}};

@@ -13,30 +13,31 @@ namespace trovik {
 /// "Interactive multiresolution mesh editing", 1997).
 ///
 /// A fine level is the refinement of the coarse level plus a detail vector per vertex, expressed in
-/// a frame that rotates with the refined surface (FrameRotation). The positions of both levels are
-/// stored. The detail is computed from them, so it takes no memory, and an unchanged level stays
-/// bit-identical. The state of the coarse level at the last synchronisation of two adjacent levels
-/// is called "seen". The detail of a fine vertex is its distance from the refinement of that state.
+/// a frame that rotates with the refined surface (see FrameRotation). The positions of both levels
+/// are stored. The detail is computed from them, so it takes no memory, and an unchanged level
+/// stays bit-identical. The "seen" state of a level is its state at the last synchronisation with
+/// an adjacent level. The detail of a fine vertex is its offset from the refinement of the coarse
+/// level's seen state.
 ///
 /// Upwards: if the refinements of the seen and the current state differ at a fine vertex, the
-/// vertex moves to its refined position plus its detail, rotated as the surface rotated there. A
+/// vertex moves to its refined position plus its detail, which is rotated with the surface. A
 /// vertex without detail is exactly at the position that subdivision would give it. The offsets
 /// that layers of the fine level store for the vertex rotate with its detail (RotatedLayers).
 ///
-/// Downwards: a coarse vertex moves by a weighted mean of the moves of the fine vertices at and
-/// around it: 1/4 its own vertex, 1/2 the mean of its edge points, 1/4 the mean of its face points.
-/// On a border the weights are 1/2 for its own vertex and 1/4 for each border edge point; a vertex
-/// with one face moves with its own vertex. The weights are non-negative and sum to one, so no
-/// coarse vertex moves farther than the fine vertices did, and a translation of the fine level
-/// translates the coarse level. The fine level stays bit-identical; changes that the coarse level
-/// cannot represent remain in the detail.
+/// Downwards: a coarse vertex moves by a weighted mean of the displacements of the fine vertices at
+/// and around it: 1/4 of the same vertex, 1/2 of the mean of its edge points, and 1/4 of the mean
+/// of its face points. On a border, the weights are 1/2 for the same vertex and 1/4 for each border
+/// edge point; a vertex with one face moves exactly with its fine vertex. The weights are
+/// non-negative and sum to one, so no coarse vertex moves farther than the fine vertices did, and a
+/// translation of the fine level translates the coarse level. The fine level stays bit-identical;
+/// changes that the coarse level cannot represent remain in the detail.
 ///
-/// Cost of either direction: the vertices that were written since the last synchronisation, and
-/// recomputation of the surroundings of those that moved.
+/// Cost in either direction: linear in the number of vertices that were written since the last
+/// synchronisation, plus recomputing the surroundings of those that moved.
 class DetailCarrier {
 public:
-    /// \param jobControl  used by Up and Down, which throw Cancelled; `carried` then lists their
-    /// changes.
+    /// \param jobControl  checked by Up and Down, which throw Cancelled; `carried` then lists the
+    /// changes made so far.
     DetailCarrier(LevelMesh& coarseLevel,
                   LevelMesh& fineLevel,
                   CarryCounts& work,
@@ -45,7 +46,7 @@ public:
 
     /// Propagates changes of the coarse level to the fine level.
     /// \param seen  the positions of the coarse level at the last synchronisation, sorted.
-    /// \param layers  of the fine level; null if it has none.
+    /// \param layers  layers of the fine level; null if it has none.
     /// \param carried  receives the changes of the fine surface.
     void Up(const OlderValues<Vector>& seen, RotatedLayers* layers, CarriedLevel& carried);
     /// Propagates changes of the fine level to the coarse level.
@@ -59,8 +60,8 @@ public:
     static void RefreshNormals(LevelMesh& level, CarriedLevel& carried, JobControl* job = nullptr);
 
 private:
-    /// Moves the fine vertices whose lowest coarse face is between firstOwner and lastOwner.
-    /// `faces`, sorted, must contain all faces around them.
+    /// Moves the fine vertices whose lowest-numbered coarse face is between firstOwner and
+    /// lastOwner. `faces` must be sorted and contain all faces around them.
     void CarryFaces(const std::vector<uint32_t>& faces,
                     uint32_t firstOwner,
                     uint32_t lastOwner,

@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// Sets amounts of a level and records the old ones.
+/// Sets freeze amounts of a level and records the old ones.
 class FreezeSetter {
 public:
     FreezeSetter(LevelMesh& changedLevel, CarriedLevel& changes)
@@ -122,7 +122,7 @@ void CarryFreezeDown(LevelMesh& coarse,
     for (std::size_t i = 0; i < seen.Vertices().size(); ++i) {
         phase.Add();
         const uint32_t v = seen.Vertices()[i];
-        // The first vertices of the fine level are those of the coarse level.
+        // The fine level's vertices start with those of the coarse level.
         if (v >= coarse.VertexCount()) break;
         if (fine.Freeze(v) != seen.Values()[i]) setter.Set(v, fine.Freeze(v));
     }

@@ -17,8 +17,8 @@ namespace trovik {
 /// fine vertex; the fine vertices in between are ignored.
 ///
 /// Only changes are propagated. Upwards, a fine vertex gets a new amount only if the amount of its
-/// coarse vertex, of an end of its edge, or of a corner of its face changed. Going down and up
-/// again without a change therefore leaves every amount unchanged.
+/// coarse vertex, of an end of its edge, or of a corner of its face changed. Switching down and up
+/// again without an edit therefore leaves every amount unchanged.
 
 /// Computes all amounts of `fine`, which has none yet, from those of `coarse`.
 /// \throw Cancelled.
@@ -28,7 +28,7 @@ void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine, JobControl* job = 
 /// \param seen  the amounts of the coarse level at the last synchronisation, sorted.
 /// \param carried  receives the changes of the fine level, even if the function throws.
 /// \throw Cancelled.
-/// Cost: the vertices in `seen`, and the surroundings of those that changed.
+/// Cost: linear in the number of vertices in `seen`, plus the surroundings of those that changed.
 void CarryFreezeUp(LevelMesh& coarse,
                    LevelMesh& fine,
                    const OlderValues<uint8_t>& seen,
@@ -39,7 +39,7 @@ void CarryFreezeUp(LevelMesh& coarse,
 /// \param seen  the amounts of the fine level at the last synchronisation, sorted.
 /// \param carried  receives the changes of the coarse level, even if the function throws.
 /// \throw Cancelled.
-/// Cost: the vertices in `seen`.
+/// Cost: linear in the number of vertices in `seen`.
 void CarryFreezeDown(LevelMesh& coarse,
                      LevelMesh& fine,
                      const OlderValues<uint8_t>& seen,

@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-/// Returns the number of faces of level `fine` in one face of level `coarse`.
+/// Returns how many faces of level `fine` a face of level `coarse` contains.
 uint32_t FacesInFace(const LevelGeometry& geometry, uint32_t coarse, uint32_t fine) {
     uint32_t faces = 1;
     for (uint32_t level = coarse; level < fine; ++level)
@@ -22,7 +22,7 @@ bool AreAllHidden(const LevelMesh& level, uint32_t first, uint32_t count) {
     });
 }
 
-/// Returns the coarse faces in `runs` whose visibility does not match that of their children.
+/// Returns the coarse faces in `runs` whose visibility does not match their children's.
 std::vector<FaceRun> DifferingFromChildren(const LevelMesh& coarse,
                                            const LevelMesh& fine,
                                            const std::vector<FaceRun>& runs) {
@@ -86,7 +86,7 @@ std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
     std::vector<FaceRun> found;
     uint32_t end = 0;
     for (const FaceRun& run : runs) {
-        // One run may end in the coarse face in which the next one begins.
+        // A run may end in the same coarse face in which the next run begins.
         const uint32_t first = std::max(run.first / shrink * grow, end);
         const uint32_t last = (run.first + run.count - 1) / shrink * grow + grow;
         if (last <= first) continue;

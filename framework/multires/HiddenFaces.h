@@ -10,32 +10,32 @@
 namespace trovik {
 
 /// \file
-/// Hidden faces over the levels of a geometry.
+/// Hidden faces across the levels of a geometry.
 ///
 /// The highest level determines the others: a face of any other level is hidden if all its children
 /// are. Hiding a face therefore hides all its descendants, a partly hidden coarse face is visible,
-/// and a level switch does not change visibility. All code that adds or removes levels preserves
+/// and switching levels does not change visibility. All code that adds or removes levels preserves
 /// this rule.
 
-/// The effect of a visibility change on a face of the bound level.
+/// How a visibility change affects a face of the bound level.
 enum class FaceVisibility : uint8_t { Keep, Hide, Show };
 
-/// Returns the faces of the highest level to toggle so that the faces of the bound level and their
-/// descendants match `wanted`, in ascending order.
+/// Returns, in ascending order, the faces of the highest level that must be toggled so that the
+/// faces of the bound level and their descendants match `wanted`.
 /// \param wanted  one entry per face of the bound level.
-/// Cost: O(faces of the highest level below faces that are not kept).
+/// Cost: linear in the number of highest-level descendants of faces that are not kept.
 TROVIK_API std::vector<FaceRun> FacesToToggle(const LevelGeometry& geometry,
                                               const std::vector<FaceVisibility>& wanted);
 
 /// Toggles these faces of the highest level, and updates the faces of the levels below. Toggling
 /// the same runs again reverts the change. Must not be called during a stroke.
-/// \param runs  of the highest level, ascending.
-/// Cost: O(these faces) on all levels together.
+/// \param runs  runs of faces of the highest level, in ascending order.
+/// Cost: linear in the number of these faces, summed over all levels.
 TROVIK_API void ToggleHidden(LevelGeometry& geometry, const std::vector<FaceRun>& runs);
 
 /// Converts faces of level `from` to level `to`: to their ancestors if to <= from, to their
 /// descendants otherwise.
-/// \param runs  ascending.
+/// \param runs  in ascending order.
 TROVIK_API std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
                                              const std::vector<FaceRun>& runs,
                                              uint32_t from,
@@ -45,8 +45,8 @@ TROVIK_API std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
 TROVIK_API void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
 /// Hides exactly those faces of `coarse` whose children on `fine` are all hidden.
 TROVIK_API void HideParents(LevelMesh& coarse, const LevelMesh& fine);
-/// Updates the hidden faces of all levels from the highest level, after its face flags were
-/// written.
+/// Updates the hidden faces of all levels from the highest level, after code has written its face
+/// flags.
 TROVIK_API void UpdateHiddenFromHighest(LevelGeometry& geometry);
 
 }  // namespace trovik

@@ -18,13 +18,13 @@ namespace trovik {
 
 namespace {
 
-/// Number of the current stroke, over all geometries, so that a step does not join one of an
-/// earlier stroke. Like all changes, it is accessed only on the main thread of the host.
+/// Number of the current stroke, counted over all geometries, so that a step does not join a step
+/// of an earlier stroke. Like all changes, it is accessed only on the host's main thread.
 uint64_t currentStroke = 1;
 
 /// The allocation of the last change's records, reused by the next change: it has already grown,
-/// and its pages are already mapped. Without it, the first dab of a stroke spends half its time on
-/// growth and page faults.
+/// and its pages are already mapped. Without it, the first dab of a stroke spends half of its time
+/// on growing the array and on page faults.
 class SpareMemory {
 public:
     void LendTo(Store<StoredVertexInfo>& records) {
@@ -32,7 +32,7 @@ public:
         std::swap(records.array, spare.array);
         std::swap(records.capacity, spare.capacity);
     }
-    /// \param vertexCount  of the mesh that the records belong to.
+    /// \param vertexCount  vertex count of the mesh to which the records belong.
     void Recycle(Store<StoredVertexInfo>& records, uint32_t vertexCount) {
         if (records.capacity <= spare.capacity || IsMemoryLimited()) return;
         LendTo(records);
@@ -44,13 +44,14 @@ public:
     void Drop() { spare.Clear(); }
 
 private:
-    /// Under a memory limit nothing is kept, so that the memory is available to others.
+    /// If there is a memory limit, the array is not kept, so that its memory is available to other
+    /// arrays.
     static bool IsMemoryLimited() {
         return MemoryAccount::Limit() != std::numeric_limits<int64_t>::max();
     }
 
-    /// Maximum bytes kept per vertex of the mesh, so that the spare memory is small compared with
-    /// the mesh, within fixed bounds.
+    /// Maximum number of bytes kept per vertex, so that the spare memory is small compared with the
+    /// mesh. Fixed bounds apply in addition.
     static constexpr uint64_t sparePerVertex = 4;
     static constexpr uint64_t least = uint64_t{1} << 20;
     static constexpr uint64_t most = uint64_t{32} << 20;
@@ -81,11 +82,11 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
     }
     if (LevelChange* open = level->OpenChange()) {
         open->Unlink();
-        // A stroke of another brush is open, which may be finished after this one. The history
-        // takes its step now, so that steps are undone in the reverse order of the edits.
+        // Another brush has an open stroke, which may be finished after this one. The history
+        // receives its step now, so that steps are undone in the reverse order of the edits.
         if (open->resources != resources) open->PushStep(++currentStroke);
     }
-    // Reserves room in the second list first, so that after a failed allocation the change is in
+    // Reserves room in the second list first, so that a failed allocation leaves the change in
     // neither list.
     level->Changes().reserve(level->Changes().size() + 1);
     if (resources != nullptr) resources->AddChange(*this);
@@ -200,7 +201,7 @@ void LevelChange::NoteOlderPositions() {
 }
 
 // For a fully frozen vertex, brushes write its position plus a displacement times 0, which changes
-// -0 to +0. If there is a layer, they compose the position again, which may round.
+// -0 to +0. With a layer, brushes compose the position again, which may round it differently.
 std::vector<uint32_t> LevelChange::MovedHidden() const {
     std::vector<uint32_t> moved;
     if (level == nullptr || level->HiddenVertexCount() == 0) return moved;

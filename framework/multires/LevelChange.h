@@ -16,30 +16,29 @@ class StrokeStep;
 
 /// The change of a LevelMesh: the records of a stroke, and on Finish one step of the undo history.
 ///
-/// A stroke that leaves a mesh and returns to it has two changes of that mesh. Only the later one
+/// A stroke that leaves a mesh and returns to it makes two changes of that mesh. Only the later one
 /// is linked. The effect of the earlier one is recorded when it is unlinked, so that the two steps
-/// can be undone one after the other, bit-exactly, even if the second one restored a vertex.
+/// can be undone one after the other, bit-exactly, even if the second one moved a vertex back.
 ///
 /// A change is *open* until it is finished or deleted. While a level has an open change, its
 /// geometry refuses undo, redo and the removal of levels (LevelGeometry::RefuseInStroke). If the
-/// brush that held the lock of the level when the change was started is destroyed, it ends the
-/// change. If the level is destroyed, it detaches its open changes: such a change has no mesh, and
-/// its Finish creates no undo step.
+/// brush that held the lock of the level when the change was started is destroyed, destroying it
+/// also ends the change. A level that is destroyed detaches its open changes: a detached change has
+/// no mesh, and its Finish creates no undo step.
 class TROVIK_API LevelChange : public EndableChange {
 public:
     /// Opens and links the change. If another change of the level is open, it is unlinked first.
     explicit LevelChange(LevelMesh* level);
-    /// If the change was not finished, unlinks its vertices and creates no undo step.
+    /// If the change was not finished, unlinks its vertices without creating an undo step.
     ~LevelChange() override;
 
     /// Restores visitStampWord in the changeLink of every vertex whose link still refers to its
-    /// record, and pushes the undo step: the position, normal and layer offset before the stroke of
-    /// each vertex that was touched. Vertices whose values are bit-identical to before are omitted;
-    /// if no vertex changed, nothing is pushed. Hidden vertices are at exactly their positions from
-    /// before the stroke.
+    /// record, and pushes the undo step: the pre-stroke position, normal and layer offset of each
+    /// touched vertex. Vertices whose values are bit-identical to before are omitted; if no vertex
+    /// changed, nothing is pushed. Hidden vertices are exactly at their pre-stroke positions.
     ///
-    /// Finish without `joinPrevious` starts a new stroke for the histories. Steps of other meshes
-    /// join only steps of that stroke, each in the history of its own geometry.
+    /// Finish without `joinPrevious` starts a new stroke for the histories. Later steps of other
+    /// meshes join only steps of that stroke, each in its own geometry's history.
     void Finish(bool keepTopology, bool joinPrevious) override;
     bool IsFinished() const override { return finished; }
 
@@ -50,31 +49,30 @@ public:
     /// Restores the stamps; the records are kept for undo. The change is then no longer the open
     /// change of the level.
     void Unlink();
-    /// Called when the level is about to be destroyed; see the class description.
+    /// Called when the level is about to be destroyed; see the class comment.
     void Detach();
 
-    /// Restores every vertex of the open change exactly to its state before the stroke, with its
+    /// Restores every vertex of the open change exactly to its pre-stroke state, including its
     /// layer offset, and clears its build-up. The change stays open.
     /// \return the vertices.
     std::vector<uint32_t> RevertStroke();
 
-    /// Records for the neighbouring levels the positions before the stroke of the vertices that
-    /// moved. Unlink does this; otherwise only code that binds another level during a stroke calls
-    /// it.
+    /// Records the pre-stroke positions of the vertices that moved, for synchronisation with the
+    /// neighbouring levels. Called by Unlink; other code needs it only to bind another level during
+    /// a stroke.
     void NoteOlderPositions();
 
-    /// Returns the records of hidden vertices whose position is not exactly that from before the
-    /// stroke. Cost: O(records) if anything is hidden.
+    /// Returns the records of hidden vertices that are not exactly at their pre-stroke positions.
+    /// Cost: O(records) if anything is hidden.
     std::vector<uint32_t> MovedHidden() const;
-    /// Restores the position from before the stroke of the vertices of these records. Unlink does
-    /// so for all hidden vertices; a host that reports every change to an observer calls this
-    /// before.
+    /// Restores the pre-stroke positions of these records' vertices. Unlink does so for all hidden
+    /// vertices; a host that reports every change to an observer calls this first.
     void RestoreHidden(const std::vector<uint32_t>& moved);
 
     const Store<StoredVertexInfo>& Records() const { return recordStore; }
 
-    /// If memory is unlimited, the record array of the last change is kept for the next change of
-    /// any mesh, up to 32 MiB. This frees it.
+    /// Frees the cached record array. If memory is unlimited, the record array of the last change,
+    /// up to 32 MiB, is kept for the next change of any mesh.
     static void DropSpareMemory();
 
 protected:
@@ -99,7 +97,8 @@ private:
     LevelMesh* level;
     /// The resources of the brush that locked the level; null if there is none.
     StrokeResources* resources;
-    /// Vertex count of the level, stored because the level may no longer exist when it is read.
+    /// Vertex count of the level; a copy, because the level may already have been destroyed when it
+    /// is read.
     uint32_t vertexCount;
     Store<StoredVertexInfo> recordStore;
     /// The earlier layer states, in the order of the records; contains only records with a layer

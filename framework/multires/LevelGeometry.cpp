@@ -49,13 +49,12 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons, JobControl* job)
 }
 
 LevelGeometry::~LevelGeometry() {
-    // A brush that is bound to a level would unlock it at the end of its stroke.
+    // A brush that is bound to a level would unlock the level at the end of its stroke.
     for (const auto& level : levels) {
         StrokeResources* holder = level->LockResources();
         if (holder != nullptr && !level->Changes().empty()) holder->EndStroke();
     }
-    // When the levels, including those in undo steps, are destroyed, they access members of this
-    // class.
+    // The destructors of the levels, including those in undo steps, access members of this class.
     history.Clear();
     levels.clear();
 }
@@ -83,7 +82,7 @@ uint64_t LevelGeometry::CountNextLevelVertices() const {
     return uint64_t{levels.back()->VertexCount()} + levels.back()->faceCount + CountEdges();
 }
 
-// A refinement has one edge per half of a lower edge, and one per corner of a face.
+// A refinement has two edges per coarse edge, and one per face corner.
 uint64_t LevelGeometry::CountEdges() const {
     const LevelMesh& base = *levels.front();
     uint64_t edges =
@@ -196,7 +195,7 @@ void LevelGeometry::CheckForecast(uint32_t times,
                                   uint64_t additionalBytes) const {
     const LevelForecast forecast = Forecast(times);
     const std::string level = std::to_string(levels.size() - 1 + forecast.levels);
-    // The four indices of every face must be countable too.
+    // The index type must also be able to count four indices per face.
     if (forecast.vertices > maxElements || forecast.faces > maxElements / 4) {
         throw HostError("subdividing to level " + level + " would give " +
                         std::to_string(forecast.faces) + " faces; a level holds at most " +

@@ -22,9 +22,9 @@ class LayerStack;
 /// level that is displayed and sculpted.
 class TROVIK_API LevelGeometry : public LevelHierarchy {
 public:
-    /// Level 0 is the imported mesh, if it has only quads or only triangles. Any other mesh gets
-    /// one Catmull-Clark step, and the result is level 0. The faces must form oriented manifolds,
-    /// possibly with borders (MakeOrientedManifold).
+    /// Level 0 is the imported mesh if it has only quads or only triangles, and otherwise the
+    /// result of one Catmull-Clark step. The faces must form oriented manifolds, possibly with
+    /// borders (MakeOrientedManifold).
     /// \throw HostError with the fault; Cancelled.
     explicit LevelGeometry(const PolygonMesh& polygons, JobControl* job = nullptr);
     ~LevelGeometry() override;
@@ -34,10 +34,10 @@ public:
     SubdivisionLevel* LevelByIndex(uint32_t index) const override;
     trovik::Transformation* Transformation() const override;
 
-    /// \throw HostError if a change of one of the levels is open, that is, during a stroke.
+    /// \throw HostError if one of the levels has an open change, that is, during a stroke.
     /// \param action  the name of the action for the message, such as "undo".
     void RefuseInStroke(const std::string& action) const;
-    /// Whether the level is currently in the hierarchy and was not removed.
+    /// Whether the level is currently in the hierarchy, that is, was not removed.
     bool Holds(const LevelMesh* level) const;
     LevelMesh* Bound() const { return levels[bound].get(); }
     uint32_t BoundIndex() const { return bound; }
@@ -46,63 +46,68 @@ public:
 
     /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
     /// it. Freeze amounts are propagated, and children of hidden faces are hidden.
-    /// \param byteBudget  maximum number of bytes of the new level.
-    /// \return the switch to the level that was the highest, as for SwitchLevel.
+    /// \param byteBudget  maximum size of the new level.
+    /// \return the switch to the previously highest level, as for SwitchLevel.
     /// \throw HostError if the level would exceed 2^32 - 2 vertices or faces or the byte budget, or
-    /// if memory accounting rejects the allocation; Cancelled. Nothing has been changed or reported
-    /// then.
+    /// if memory accounting rejects the allocation; Cancelled. In each case, nothing has been
+    /// changed or reported.
     LevelSwitch Subdivide(uint64_t byteBudget = unlimitedBytes, JobControl* job = nullptr);
     static constexpr uint64_t unlimitedBytes = ~uint64_t{0};
     /// Returns the size of `times` additional levels. Cost: O(faces) of level 0.
     LevelForecast Forecast(uint32_t times = 1) const;
     /// Checks that `times` additional levels fit into memory.
-    /// \param additionalBytes  memory that the caller needs in addition to the levels, such as that
-    /// of a render. \throw HostError "subdividing to level L would give F faces and V vertices and
-    /// take B bytes; REASON" if the levels exceed the budget ("the budget is N"), if the levels and
-    /// the further bytes exceed the result of QueryFreeMemory ("only N bytes of memory are free
-    /// (LIMIT)"), or if the elements of the highest level cannot be counted in the index type.
+    /// \param additionalBytes  memory that the caller needs in addition to the levels, such as for
+    /// a render.
+    /// \throw HostError "subdividing to level L would give F faces and V vertices and take B bytes;
+    /// REASON" if the levels exceed the budget ("the budget is N"), if the levels and the
+    /// additional bytes exceed the result of QueryFreeMemory ("only N bytes of memory are free
+    /// (LIMIT)"), or if the element counts of the highest level do not fit the index type.
     void CheckForecast(uint32_t times, uint64_t byteBudget, uint64_t additionalBytes = 0) const;
 
-    /// Binds another level. Changes since the last switch are propagated through the levels in
+    /// Binds a different level. Changes since the last switch are propagated through the levels in
     /// between: to coarser levels by fitting, to finer levels by rotating their detail with the
     /// surface; see DetailCarrier, and FreezeCarrying.h for freeze amounts. If nothing changed,
     /// every level stays bit-identical.
-    /// \return the changes of the levels on the way.
+    /// \return the changes of the levels that were updated.
     std::vector<CarriedLevel> BindLevel(uint32_t index);
-    /// Binds another level as BindLevel does, and returns the state that Exchange needs to go back.
-    /// \throw Cancelled; every level is then bit-identical to before, and nothing was reported to
-    /// observers.
+    /// Binds a different level as BindLevel does, and returns the state that Exchange needs to
+    /// switch back.
+    /// \throw Cancelled; every level is then bit-identical to before, and the observers have not
+    /// been notified.
     LevelSwitch SwitchLevel(uint32_t index, JobControl* job = nullptr);
     /// Moves the vertices of all levels below the bound one to their positions on the bound level.
-    /// The bound level and those above stay bit-identical; differences to the refinement of the new
-    /// shape become their detail.
+    /// The bound level and those above stay bit-identical; their differences from the refinement of
+    /// the new shape become detail.
     /// \throw Cancelled, with the guarantees of SwitchLevel.
     LevelSwitch ApplyToLowerLevels(JobControl* job = nullptr);
     /// Exchanges the current state of the levels with the state in `other`, bit-exactly. The levels
-    /// must be in the state right after, or right before, the switch that `other` describes.
+    /// must be in the state immediately after, or immediately before, the switch that `other`
+    /// describes.
     void Exchange(LevelSwitch& other);
-    /// Returns the synchronisation state of the levels and the bound level, for Exchange. Cost: the
-    /// vertices that were written since the last synchronisation.
+    /// Returns the synchronisation state of the levels and the bound level, for Exchange. Cost:
+    /// linear in the number of vertices that were written since the last synchronisation.
     /// \throw Cancelled.
     LevelSwitch StateOfSwitch(JobControl* job = nullptr);
     const CarryCounts& CarryWork() const { return carryWork; }
 
-    /// Levels that were removed from the geometry. The geometry still owns everything else.
+    /// Levels that were removed from the geometry. The geometry still owns all other data.
     struct RemovedLevels {
         bool lower = false;
         std::vector<std::unique_ptr<LevelMesh>> levels;
         std::unique_ptr<TopologicalMirror> mirror;
         SurfaceAttributes attributes;
     };
-    /// Removes the levels above level `kept`, or with `lower` the levels below it, so that it
-    /// becomes level 0. In the second case an existing mirror is converted to its faces, and the
-    /// attributes of the old level 0 are refined to it. The bound level must remain.
-    /// \throw HostError while a stroke is open; Cancelled. Nothing has changed then.
+    /// Removes the levels above level `kept`, or, if `lower` is set, the levels below it, so that
+    /// it becomes level 0. In the second case, an existing mirror is converted to the faces of the
+    /// new level 0, and the attributes of the old level 0 are refined to it. The bound level must
+    /// not be among the removed ones.
+    /// \throw HostError during a stroke; Cancelled. In both cases, nothing has changed.
     RemovedLevels RemoveLevels(bool lower, uint32_t kept, JobControl* job = nullptr);
-    /// Reinserts the levels that RemoveLevels removed. Everything else must be as it was then.
+    /// Reinserts the levels that RemoveLevels removed. All other data must be as it was immediately
+    /// after the removal.
     void RestoreLevels(RemovedLevels taken);
 
-    /// Data of a level 0 that has become another level.
+    /// Data of a level 0 that is no longer level 0.
     struct OldBaseData {
         std::unique_ptr<TopologicalMirror> mirror;
         SurfaceAttributes attributes;
@@ -116,40 +121,40 @@ public:
     /// \param known  the level that RemoveCoarserBase returned; null to fit a new level to the
     /// current one.
     /// \return the replaced data.
-    /// \throw HostError while a stroke is open; Cancelled. Nothing has changed then.
+    /// \throw HostError during a stroke; Cancelled. In both cases, nothing has changed.
     OldBaseData AddCoarserBase(CoarseFaces& coarse,
                                std::unique_ptr<LevelMesh> known = nullptr,
                                JobControl* job = nullptr);
-    /// Removes level 0 again and restores the old numbers of the levels. The old mirror, if there
-    /// is one, is restored too.
+    /// Removes level 0 again and restores the previous numbering of the levels, and the previous
+    /// mirror, if there was one.
     std::unique_ptr<LevelMesh> RemoveCoarserBase(const CoarseFaces& coarse, OldBaseData old);
 
     /// Returns the number of vertices of one additional level. Cost: O(faces) of level 0.
     uint64_t CountNextLevelVertices() const;
-    /// Adds a level on top that has only topology, for code that fills in its content. Positions,
+    /// Adds a level on top that has only topology; the caller fills in its content. Positions,
     /// normals and freeze amounts are zero, and the bound level does not change.
     /// \throw HostError and Cancelled, like Subdivide.
     LevelMesh& AddLevel(JobControl* job = nullptr);
-    /// Returns the state of level `index` that its neighbours were last synchronised with.
+    /// Returns the state of level `index` with which its neighbours were last synchronised.
     SeenByNeighbours Seen(uint32_t index) const;
-    /// Used when the content of a geometry is loaded: binds the level without propagating changes,
+    /// Used while loading the content of a geometry: binds the level without propagating changes,
     /// and sets the synchronisation state of the levels. The face flags of the highest level
     /// determine the hidden faces of all levels.
     /// \param seenLevels  one entry per level.
     void Restore(uint32_t boundIndex, const std::vector<SeenByNeighbours>& seenLevels);
 
-    /// Returns one Catmull-Clark refinement of the current positions of level `index`: the
-    /// positions of the level above if it had no detail.
+    /// Returns one Catmull-Clark refinement of the current positions of level `index`. These are
+    /// the positions that the level above would have without detail.
     std::vector<Vector> RefinedPositions(uint32_t index) const;
 
     /// The attributes of level 0; LevelSource refines them for export.
     const SurfaceAttributes& Attributes() const { return attributes; }
-    /// Used when the content of a geometry is loaded. The lists must match the faces and vertices
-    /// of level 0.
+    /// Used while loading the content of a geometry. The lists must match the faces and vertices of
+    /// level 0.
     void RestoreAttributes(SurfaceAttributes carried) { attributes = std::move(carried); }
 
-    /// Returns the bound level as polygons, for export. Positions are mesh-local, or in world space
-    /// if `world` is set.
+    /// Returns the bound level as a polygon mesh, for export. Positions are mesh-local, or in world
+    /// space if `world` is set.
     PolygonMesh ToPolygons(bool world) const;
 
     /// Computes the topological mirror from the current level 0. MirrorVertex of the levels then
@@ -157,7 +162,7 @@ public:
     /// \return false if the mesh has no mirror; the geometry then has none.
     bool FindMirror(JobControl* job = nullptr);
     void ClearMirror() { mirror.reset(); }
-    /// Used when the content of a geometry is loaded.
+    /// Used while loading the content of a geometry.
     void RestoreMirror(std::unique_ptr<TopologicalMirror> found) { mirror = std::move(found); }
 
     UndoHistory& History() { return history; }
@@ -174,24 +179,25 @@ private:
     std::unique_ptr<LevelMesh> MakeLevel(JobControl* job) const;
     /// Number of edges of the highest level.
     uint64_t CountEdges() const;
-    /// Implements BindLevel without reports to the observers. Adds each change to `carried` as soon
-    /// as it is made.
+    /// Implements BindLevel without notifying the observers. Appends each change to `carried` as
+    /// soon as it is made.
     /// \throw Cancelled; the caller then restores the levels with Revert.
     void CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
-    /// Restores the state before a switch that was cancelled and not reported.
+    /// Reverts a switch that was cancelled before it was reported.
     void Revert(LevelSwitch& before);
-    /// Implements ApplyToLowerLevels without reports to the observers, like CarryTo.
+    /// Implements ApplyToLowerLevels without notifying the observers, like CarryTo.
     void ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobControl* job);
     void SwapCarried(std::vector<CarriedLevel>& carried);
     void RestoreSeen(const LevelSwitch& state);
-    /// Keeps the state of level `index` for its neighbours, before the level can change.
+    /// Starts to record the older state of level `index` for its neighbours, before the level can
+    /// change.
     void KeepSeen(uint32_t index);
-    /// Drops the kept state of a level that did not change.
+    /// Drops the recorded state of a level that did not change.
     void DropUnchanged(uint32_t index);
     /// Reports to the observers which changes were propagated to a level.
     void ReportCarried(const CarriedLevel& carried);
-    /// Reports a different bound level, or one with other vertices or faces, after the propagated
-    /// changes.
+    /// Reports a bound level that was replaced or has different vertices or faces; called after the
+    /// propagated changes are reported.
     void ReportSwitch(uint32_t boundBefore, const std::vector<CarriedLevel>& carried);
     void CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
     void CarryDown(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
@@ -200,31 +206,31 @@ private:
     void Renumber(uint32_t index,
                   const std::vector<uint32_t>& vertexMap,
                   const std::vector<uint32_t>& faceMap);
-    /// New numbers of the vertices and faces of a level.
+    /// Renumbering of the vertices and faces of a level.
     struct LevelNumbers {
         std::vector<uint32_t> vertexMap;
         std::vector<uint32_t> faceMap;
     };
-    /// Renumbers each level from `first` on according to the level below. Afterwards the faces of
-    /// the levels refer to the new vertices; RenumberLevels updates all other data.
-    /// \param facesBefore  receives the faces of each level before it changes; may be null.
+    /// Renumbers level `first` and all higher ones according to the level below each. Afterwards
+    /// the faces of the levels refer to the new vertices; RenumberLevels updates all other data.
+    /// \param facesBefore  receives the previous faces of each level; may be null.
     std::vector<LevelNumbers> RefineNumbers(uint32_t first,
                                             FaceRenumbering faces,
                                             std::vector<uint32_t> lowerMap,
                                             std::vector<std::vector<uint32_t>>* facesBefore,
                                             JobControl* job);
-    /// Computes positions, mask and normals of a new level 0 that is fitted to level 1.
-    /// \param fineMap  new numbers of the vertices of level 1.
+    /// Computes the positions, mask and normals of a new level 0 that is fitted to level 1.
+    /// \param fineMap  renumbering of level 1's vertices.
     void FitBase(const CoarseFaces& coarse, const std::vector<uint32_t>& fineMap, JobControl* job);
     void RenumberLevels(uint32_t first, const std::vector<LevelNumbers>& numbers);
     void NumberLevels();
-    /// Drops the state kept for the level below level 0, which does not exist.
+    /// Drops the state recorded for the level below level 0, because no such level exists.
     void DropFromBelow();
 
     uint32_t bound = 0;
     MatrixTransform transform;
     SurfaceAttributes attributes;
-    /// Must outlive the history and all levels, which notify it when they are destroyed.
+    /// Must outlive the history and all levels, because they notify it when they are destroyed.
     std::unique_ptr<LayerStack> layers;
     UndoHistory history;
     CarryCounts carryWork;

@@ -26,7 +26,7 @@ void Permute(T* elements, std::size_t count, const std::vector<uint32_t>& map) {
     for (std::size_t i = 0; i < count; ++i) elements[map[i]] = before[i];
 }
 
-/// Returns the mirror with the faces of the bound level as its base.
+/// Returns the mirror, converted to the faces of the bound level as its base.
 std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror,
                                                  const LevelMesh& level,
                                                  JobControl* job) {
@@ -41,8 +41,8 @@ std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror
     return TopologicalMirror::FromImages(level, std::move(images));
 }
 
-/// Returns the mirror of the coarse faces, given that of their refinement. The image of a coarse
-/// face is the face whose child is the image of its first child.
+/// Returns the mirror of the coarse faces, given the mirror of their refinement. The image of a
+/// coarse face is the face whose child is the image of its first child.
 std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirror,
                                                   const CoarseFaces& coarse,
                                                   const LevelMesh& coarseLevel,
@@ -199,7 +199,7 @@ void LevelGeometry::FitBase(const CoarseFaces& coarse,
                             JobControl* job) {
     LevelMesh& base = *levels[0];
     const LevelMesh& fine = *levels[1];
-    // At this point only the faces of the fine level use the new vertex numbers.
+    // At this point, only the faces of the fine level use the new vertex numbers.
     std::vector<Vector> finePositions(fine.VertexCount());
     for (uint32_t v = 0; v < fine.VertexCount(); ++v) finePositions[fineMap[v]] = fine.Position(v);
     const std::vector<Vector> positions = FitCoarsePositions(base, fine, finePositions, job);

@@ -108,8 +108,8 @@ std::array<float, 3> LevelSource::Position(std::uint32_t vertex) const {
     return Placed(level.Position(vertex));
 }
 
-// The rest position of a single layer is known exactly. The offsets of several layers are
-// subtracted from the current position.
+// A single layer stores the exact rest position. With several layers, the offsets are subtracted
+// from the current position.
 std::array<float, 3> LevelSource::BasePosition(std::uint32_t vertex) const {
     Vector base = level.Position(vertex);
     const SculptLayer* only = nullptr;

@@ -17,8 +17,8 @@ namespace trovik {
 /// and the layers.
 ///
 /// The UV list of a level above 0 has one entry per grid point of each quad of the lowest quad
-/// level (level 0, or level 1 above triangles), row by row. Memory: proportional to level 0, and 4
-/// bytes per vertex that a layer touches.
+/// level (level 0, or level 1 above triangles), row by row. Memory: proportional to the size of
+/// level 0, plus 4 bytes per vertex that a layer touches.
 class TROVIK_API LevelSource : public MeshSource {
 public:
     struct Options {
@@ -26,7 +26,7 @@ public:
         bool world = false;
         /// The space of the returned coordinates, if the space of the mesh is known.
         MeshSpace space;
-        /// The level; the bound level if not set.
+        /// The level to export; the bound level if not set.
         std::optional<std::uint32_t> level = {};
     };
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Propagation of changes between the levels of a geometry when another level is bound.
+/// Propagation of changes between the levels of a geometry when a different level is bound.
 ///
-/// For a level that was or may have been changed, two older states are kept: the states that the
-/// level above and the level below were last synchronised with (OlderStates). Each is dropped when
-/// that neighbour has received the change, or if the neighbour does not exist. Only the bound level
-/// can change, so a switch to another level visits every pair of neighbours that has changes to
+/// For a level that has or may have changed, two older states are kept: those with which the level
+/// above and the level below were last synchronised (OlderStates). Each is dropped when that
+/// neighbour has received the changes, or if the neighbour does not exist. Only the bound level can
+/// change, so switching to another level visits every pair of adjacent levels that has changes to
 /// propagate in that direction.
 #include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
@@ -54,7 +54,8 @@ OlderValues<Value> TakeChanged(const LevelMesh& level, OlderValues<Value>& older
     return taken;
 }
 
-/// Fills lists with the vertices that differ from an older state, ascending, and their values.
+/// Fills lists with the vertices that differ from an older state, in ascending order, and their
+/// values.
 template <typename Value>
 bool FillDifferences(const LevelMesh& level,
                      OlderValues<Value>& older,

@@ -11,8 +11,8 @@ namespace trovik {
 
 class RotatedLayers;
 
-/// The changes that were propagated to one level: the old positions of the vertices that moved, the
-/// old normals of those that were refreshed, the old freeze amounts, and the old layer state.
+/// The changes that were propagated to one level: the old positions of the moved vertices, the old
+/// normals that were replaced, the old freeze amounts, and the old layer state.
 struct CarriedLevel {
     uint32_t level = 0;
     std::vector<uint32_t> vertices;
@@ -28,7 +28,7 @@ struct CarriedLevel {
     TROVIK_API uint64_t Bytes() const;
 };
 
-/// An older state of a level: the vertices that have moved since, ascending, and their old
+/// An older state of a level: the vertices that have moved since, in ascending order, and their old
 /// positions.
 struct SeenDifferences {
     /// False if there is nothing to store because nothing changed.
@@ -41,8 +41,8 @@ struct SeenDifferences {
     }
 };
 
-/// Older freeze amounts of a level: the vertices whose amounts differ now, ascending, and their old
-/// amounts.
+/// Older freeze amounts of a level: the vertices whose amounts have changed since, in ascending
+/// order, and their old amounts.
 struct FreezeDifferences {
     /// False if there is nothing to store because nothing changed.
     bool kept = false;
@@ -52,7 +52,7 @@ struct FreezeDifferences {
     uint64_t Bytes() const { return vertices.capacity() * sizeof(uint32_t) + amounts.capacity(); }
 };
 
-/// The state of a level that its neighbours were last synchronised with (OlderStates).
+/// The state of a level with which its neighbours were last synchronised (see OlderStates).
 struct SeenByNeighbours {
     SeenDifferences fromAbove;
     SeenDifferences fromBelow;
@@ -65,7 +65,7 @@ struct SeenByNeighbours {
     }
 };
 
-/// All effects of a level switch except added or removed levels. It is sufficient to go back
+/// All effects of a level switch except added or removed levels; sufficient to revert the switch
 /// bit-exactly.
 struct LevelSwitch {
     uint32_t bound = 0;
@@ -80,14 +80,14 @@ struct LevelSwitch {
     }
 };
 
-/// Work done by the propagation of changes since counting began. It depends on the size of the
-/// changes, not of the level.
+/// Work done by the propagation of changes since counting began. It scales with the size of the
+/// changes, not with the size of the level.
 struct CarryCounts {
-    /// Points that were refined, each for two states.
+    /// Number of points that were refined, each for two states.
     uint64_t refined = 0;
-    /// Vertices for which the rotation of the surface was computed.
+    /// Number of vertices for which the surface rotation was computed.
     uint64_t turned = 0;
-    /// Coarse vertices that were fitted to a changed finer level.
+    /// Number of coarse vertices that were fitted to a changed finer level.
     uint64_t fitted = 0;
 };
 

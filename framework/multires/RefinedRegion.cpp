@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Sums over what lies around a coarse vertex, in both states.
+/// Sums over the surroundings of a coarse vertex, in both states.
 struct TwoSums {
     RunningSum before;
     RunningSum after;
@@ -25,14 +25,14 @@ struct TwoSums {
     }
 };
 
-/// Of an edge point that lies on two faces, both of which have been seen.
+/// State of an edge point between two faces that have both been visited.
 constexpr uint32_t isClosed = 0xfffffffeu;
 constexpr uint32_t isUnseen = 0xffffffffu;
 
 }  // namespace
 
-/// Refines in the order of the faces: what lies on a face or edge is computed once, and what lies
-/// around a vertex is summed on the way.
+/// Refines face by face: face and edge points are computed once, and the sums around vertices are
+/// accumulated along the way.
 class RefinedRegion::Refinement {
 public:
     Refinement(RefinedRegion& ofRegion, const OlderValues<Vector>& seenPositions)
@@ -100,8 +100,8 @@ private:
         }
     }
 
-    // An edge on the outside of the faces around the region is taken for one of the border. Neither
-    // it nor its ends belong to the region.
+    // An outer edge of the faces around the region is treated as a border edge. Neither the edge
+    // nor its endpoints belong to the region.
     void RefineBorder(const FacePoints& face) {
         for (uint32_t side = 0; side < region.corners; ++side) {
             if (edges[face.edge[side]] == isClosed) continue;
@@ -137,13 +137,13 @@ private:
 
     RefinedRegion& region;
     const OlderValues<Vector>& seen;
-    /// Coarse positions, by point.
+    /// Coarse position of each point.
     std::vector<Point> input;
-    /// By point: the centre of the face on one side of an edge point, or what is known of it.
+    /// For each edge point, the face point on one side, or the state of its computation.
     std::vector<uint32_t> edges;
     /// Face points and next corners around each coarse vertex.
     std::vector<TwoSums> around;
-    /// The other ends of the border edges at a coarse vertex.
+    /// The opposite endpoints of the border edges at a coarse vertex.
     std::unordered_map<uint32_t, TwoSums> borderEnds;
 };
 

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// \name Corners among those of a face's children
+/// \name Corners of a face's children
 /// The face point, and the edge point of a side; see LevelTopology.cpp.
 /// @{
 inline constexpr uint32_t facePointSlot = 2;
@@ -18,11 +18,12 @@ inline uint32_t EdgePointSlot(uint32_t corners, uint32_t side) {
 }
 /// @}
 
-/// The Catmull-Clark refinement of some faces of a level, in an older state of the level and in the
-/// present one. Bit-identical to LevelRefiner. Cost: by the faces and those around them.
+/// The Catmull-Clark refinement of some faces of a level, for an older state of the level and for
+/// the current one. Results are bit-identical to those of LevelRefiner. Cost: linear in the number
+/// of these faces and the faces around them.
 ///
-/// Points are vertices of the finer level, numbered from 0 in ascending order. There are points
-/// beyond the region that have no position.
+/// Points are vertices of the finer level, numbered from 0 in ascending order. Points outside the
+/// region do not have a position.
 class RefinedRegion {
 public:
     struct Point {
@@ -33,7 +34,7 @@ public:
     using Quad = std::array<uint32_t, 4>;
 
     /// \param seen  the older positions of the coarse level, sorted.
-    /// \param regionFaces  of the coarse level, ascending.
+    /// \param regionFaces  faces of the coarse level, in ascending order.
     /// \throw Cancelled.
     RefinedRegion(LevelMesh& coarseLevel,
                   const LevelMesh& fineLevel,
@@ -49,7 +50,7 @@ public:
 
 private:
     class Refinement;
-    /// The points of a coarse face: those at its corners, on its sides and at its centre.
+    /// The points of a coarse face: its corners, edge points and face point.
     struct FacePoints {
         std::array<uint32_t, 4> corner{};
         std::array<uint32_t, 4> edge{};
@@ -61,10 +62,10 @@ private:
 
     LevelMesh& coarse;
     uint32_t corners;
-    /// By point.
+    /// Per point.
     std::vector<uint32_t> vertices;
     std::vector<Point> points;
-    /// Of the region's faces and those around them.
+    /// For the region's faces and the faces around them.
     std::vector<FacePoints> facePoints;
     std::vector<Quad> quads;
 };

@@ -10,19 +10,19 @@
 
 namespace trovik {
 
-/// The layer data of the vertices of a level that are moved by a change of the level below. The
-/// layer base moves with the surface as a vertex without layers would, and every offset rotates as
-/// the detail of the vertex rotates, regardless of the strength and visibility of the layer. If a
-/// layer is hidden after the change, the result is therefore bit-identical to propagating the
-/// change without the layer; if it is shown again, the previous positions return exactly.
+/// Layer data of the vertices that move because the level below changed. The layer base moves with
+/// the surface as a vertex without layers would. Every offset rotates with the detail of its
+/// vertex, regardless of the layer's strength and visibility. Hiding a layer after the change
+/// therefore gives the same bits as propagating the change without the layer, and showing it again
+/// restores the previous positions exactly.
 ///
 /// A rotated offset keeps its length, up to single-precision rounding.
 ///
-/// Only the offsets of the level itself are rotated, by changes of coarser levels. Changes by a
-/// stroke or from a finer level affect the layer base, and the offsets above it keep their
-/// direction.
+/// Only the offsets of the level itself are rotated, by changes of coarser levels. Changes by
+/// strokes or from a finer level affect the layer base; the offsets above it keep their direction.
 ///
-/// Cost and memory: for each moved vertex that a layer touches, 44 bytes, and 40 for each layer.
+/// Cost and memory: 44 bytes for each moved vertex that a layer touches, and 40 more for each such
+/// layer.
 class TROVIK_API RotatedLayers {
 public:
     /// Borrows the level and the layer base until Finish.
@@ -32,16 +32,16 @@ public:
     void Turn(uint32_t vertex, const Vector& position, const SurfaceMove& move);
     /// Called once, after the last call of Turn.
     void Finish();
-    /// Whether nothing was rotated.
+    /// Whether no offset was rotated.
     bool IsEmpty() const { return layeredVertices.empty(); }
 
     /// Exchanges the current layer data with the stored data, bit-exactly.
-    /// \param ground  of the level.
+    /// \param ground  layer base of the level.
     void Exchange(LayerBase& ground);
     uint64_t Bytes() const;
 
 private:
-    /// The other states of the entries of a layer.
+    /// The other states of one layer's entries.
     struct Entries {
         std::shared_ptr<SculptLayer*> layer;
         std::vector<uint32_t> slots;
@@ -52,7 +52,7 @@ private:
     LayerBase::Layers layers;
     LayerBase* ground;
     std::vector<Entries> entries;
-    /// Data of the vertices in the other state; until Finish, in the state that is being prepared.
+    /// The vertices' data in the other state; until Finish, in the state that is being prepared.
     std::vector<LayerBase::OtherLayeredVertex> layeredVertices;
 };
 

@@ -12,15 +12,15 @@
 /// create and push their own steps (LevelChange).
 namespace trovik {
 
-/// Binds another level and returns its undo step, which is not pushed yet. Undo binds the level
+/// Binds a different level and returns the undo step, which is not pushed yet. Undo binds the level
 /// that was bound before, and restores the exact position, normal and freeze amount of every vertex
 /// to which changes were propagated. Redo restores the propagated values. The undo steps of the
 /// functions below do the same.
 ///
 /// All of these functions throw Cancelled if the job is cancelled; the geometry is then unchanged.
 ///
-/// Memory: 32 bytes per vertex that was changed, and 16 per vertex whose change is still to be
-/// propagated; 5 per freeze amount; per vertex in layers 44, and 40 more for each layer
+/// Memory: 32 bytes per changed vertex, and 16 per vertex whose change is still to be propagated; 5
+/// bytes per freeze amount; for each vertex with layer data 44 bytes, and 40 more for each layer
 /// (RotatedLayers).
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
                                                      uint32_t index,
@@ -34,9 +34,9 @@ TROVIK_API std::unique_ptr<UndoStep> SubdivideAsStep(
     uint64_t byteBudget = LevelGeometry::unlimitedBytes,
     JobControl* job = nullptr);
 
-/// Deletes the levels above the bound level, or with `lower` the levels below it, so that the bound
-/// level becomes the base. The step owns the deleted levels and their freeze amounts. Layers of a
-/// deleted level are kept until the step is destroyed.
+/// Deletes the levels above the bound level, or, if `lower` is set, the levels below it, so that
+/// the bound level becomes the base. The step owns the deleted levels and their freeze amounts.
+/// Layers of a deleted level are kept until the step is destroyed.
 /// \return null if there is no such level.
 TROVIK_API std::unique_ptr<UndoStep> DeleteLevelsAsStep(LevelGeometry& geometry,
                                                         bool lower,
@@ -53,10 +53,10 @@ TROVIK_API std::unique_ptr<UndoStep> UnsubdivideAsStep(LevelGeometry& geometry,
 TROVIK_API std::unique_ptr<UndoStep> ApplyToBaseAsStep(LevelGeometry& geometry,
                                                        JobControl* job = nullptr);
 
-/// Returns the freeze amounts of all vertices of a level, 0 to 127, for MakeFreezeStep.
+/// Returns the freeze amounts (0 to 127) of all vertices of a level, for MakeFreezeStep.
 TROVIK_API std::vector<uint8_t> FreezeAmounts(const LevelMesh& level);
 
-/// Creates the step of a change of freeze amounts. It stores the amounts of the vertices that
+/// Creates the undo step for a change of freeze amounts. It stores the amounts of the vertices that
 /// differ from `amountsBefore`.
 /// \param amountsBefore  one per vertex of the level.
 /// \return null if none differs.
@@ -66,12 +66,12 @@ TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
 /// Creates the same step from a list of vertices.
 /// \param vertices  without duplicates.
 /// \param amountsBefore  one per listed vertex.
-/// Cost: O(listed vertices).
+/// Cost: linear in the number of listed vertices.
 TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
                                                     const std::vector<uint32_t>& vertices,
                                                     const std::vector<uint8_t>& amountsBefore);
 
-/// Creates the step of a change of the transform of the geometry.
+/// Creates the undo step for a change of the geometry's transform.
 /// \return null if the transform is bit-identical to before.
 TROVIK_API std::unique_ptr<UndoStep> MakeTransformStep(const LevelGeometry& geometry,
                                                        const MatrixTransform& transformBefore);

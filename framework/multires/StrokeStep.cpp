@@ -14,7 +14,7 @@ namespace {
 /// The vertices of a step are scattered over a mesh that is larger than the caches.
 constexpr std::size_t prefetchAhead = 16;
 
-/// Returns whether position or normal differ bitwise from those of the record.
+/// Returns whether the position or the normal differs bitwise from the record's.
 bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
     const Vertex& vertex = mesh.vertices.array[record.vertexIndex];
     if (std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
@@ -44,9 +44,9 @@ std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
                 if (changed) {
                     step->layerEntries.push_back({record.layerSlot, before->state});
                 } else {
-                    // The stroke did not change this vertex. If the layer had absorbed an earlier
-                    // move into its rest position during the stroke, undo of that move could not
-                    // restore the rest position, so the old layer state is restored.
+                    // The stroke did not change this vertex. If the layer absorbed an earlier move
+                    // into its rest position during the stroke, undoing that move could not restore
+                    // the rest position. The old layer state is therefore restored here.
                     SculptLayer::State seen = before->state;
                     layer->SwapState(record.layerSlot, seen);
                 }

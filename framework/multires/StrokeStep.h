@@ -9,30 +9,31 @@
 
 namespace trovik {
 
-/// The effect of one stroke on one level: the other state of every vertex that the stroke changed.
+/// The effect of one stroke on one level: for every vertex that the stroke changed, the state that
+/// Apply exchanges with the current one.
 ///
 /// Apply exchanges positions, normals and layer states bit-exactly, so any sequence of undo and
 /// redo restores each state exactly. Memory: 22 bytes per vertex, or 62 with a layer.
 ///
-/// The step belongs to the level that it was recorded on. If another level is bound, Apply first
+/// The step belongs to the level on which it was recorded. If another level is bound, Apply first
 /// binds that level. BindLevel may propagate changes of coarser levels into this level; the
 /// vertices of the step then get the exact state that the step stores, and the other vertices keep
-/// the propagated values. Hosts that make each level switch a step of its own (BindLevelAsStep)
-/// avoid this case, and their undo is exact across levels as well.
+/// the propagated values. Hosts that record each level switch as a separate step (BindLevelAsStep)
+/// avoid this case; their undo is exact across levels, too.
 class TROVIK_API StrokeStep : public UndoStep {
 public:
     /// Compares the records of an unlinked change with the current mesh.
     /// \return null if no vertex changed.
     static std::unique_ptr<StrokeStep> FromChange(const LevelChange& change);
 
-    /// If the strength of the layer differs from the strength when the step was recorded, positions
-    /// are composed from the offsets at the current strength; normals are those of the step. If the
-    /// layer has been deleted, only positions and normals are exchanged.
+    /// If the layer's strength has changed since the step was recorded, positions are composed from
+    /// the offsets at the current strength, and normals are taken from the step. If the layer has
+    /// been deleted, only positions and normals are exchanged.
     void Apply(LevelGeometry& geometry) override;
     uint64_t Bytes() const override;
     std::vector<StepArray> Arrays() override;
 
-    /// Number of the level that the stroke was applied to.
+    /// Number of the level to which the stroke was applied.
     uint32_t Level() const { return level; }
     /// The vertices that Apply changes, without duplicates.
     const std::vector<uint32_t>& Vertices() const { return vertices; }

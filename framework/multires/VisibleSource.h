@@ -8,9 +8,9 @@
 namespace trovik {
 
 /// The visible faces of a level as a source for file writers: the data of LevelSource without
-/// hidden faces, hidden vertices and UVs that only hidden faces use. Order and values are
-/// preserved; the numbers of vertices and UVs are compacted. If no face is hidden, the result
-/// equals that of LevelSource.
+/// hidden faces, hidden vertices, and UVs that only hidden faces use. Order and values are
+/// preserved; vertices and UVs are renumbered without gaps. If no face is hidden, the result equals
+/// that of LevelSource.
 ///
 /// Memory: 4 bytes per vertex of the level and per UV. Cost of construction: O(faces).
 class TROVIK_API VisibleSource : public MeshSource {
@@ -36,7 +36,8 @@ private:
 
     LevelSource all;
     const LevelMesh& level;
-    /// Old vertex by new number, and new number by old vertex (or SurfaceAttributes::none).
+    /// Maps new vertex numbers to old ones, and old numbers to new ones (or
+    /// SurfaceAttributes::none).
     std::vector<std::uint32_t> oldVertices;
     std::vector<std::uint32_t> newVertices;
     std::vector<std::uint32_t> newUvs;

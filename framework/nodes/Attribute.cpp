@@ -27,7 +27,7 @@ Attribute::~Attribute() {
 }
 
 void Attribute::AddTarget(Attribute& target, bool) {
-    // A cycle of attributes would pass on a value for ever, so such a connection is not made.
+    // A cycle of attributes would propagate a value forever, so such a connection is not made.
     for (const Attribute* above = this; above != nullptr; above = above->source)
         if (above == &target) return;
     target.Disconnect();

@@ -10,7 +10,7 @@ namespace trovik {
 /// \return whether the value was copied.
 TROVIK_API bool CopyAttributeValue(const Attribute& from, Attribute& to, bool silent);
 
-/// Like Attribute::SetFromString, with the option to send no event to the owner.
+/// Like Attribute::SetFromString, with the option not to send an event to the owner.
 TROVIK_API bool SetAttributeText(Attribute& attribute, const QString& text, bool silent);
 
 }  // namespace trovik

@@ -8,8 +8,8 @@ namespace trovik {
 HostKernel::HostKernel() {
     g_pKernel = this;
     SetName(QStringLiteral("Kernel"));
-    // Descriptors are registered when they are first used. The registry must contain those of the
-    // host from the start.
+    // Descriptors are registered on first use, but the registry must contain the host's descriptors
+    // from the start.
     Node::StaticClass();
     TreeNode::StaticClass();
     Mesh::StaticClass();
@@ -20,7 +20,7 @@ HostKernel::HostKernel() {
 }
 
 HostKernel& HostKernel::Instance() {
-    // Never destroyed: brushes with static lifetime open their guards until the program exits.
+    // Never destroyed: brushes with static lifetime may open guards until the program exits.
     static auto* kernel = new HostKernel;
     return *kernel;
 }

@@ -22,7 +22,7 @@ public:
     bool IsTestModeOn() const override { return testMode; }
 
     void SetTestMode(bool on) { testMode = on; }
-    /// Messages shown since they were last cleared.
+    /// Messages shown since the list was last cleared.
     const std::vector<std::string>& HUDMessages() const { return messages; }
     void ClearHUDMessages() { messages.clear(); }
     /// Sets the function that is called with each message; may be null.
@@ -43,8 +43,8 @@ private:
     std::function<void(const std::string&)> listener;
 };
 
-/// Redirects the messages of the kernel to a listener during its lifetime, then restores the
-/// previous listener. Scopes can be nested.
+/// Redirects the kernel's messages to a listener during the lifetime of this object, then restores
+/// the previous listener. Scopes can be nested.
 class HUDListening {
 public:
     explicit HUDListening(std::function<void(const std::string&)> listener)

@@ -27,7 +27,7 @@ public:
     Geometry* GeometryAt(unsigned index) const override {
         return index < geometries.size() ? geometries[index] : nullptr;
     }
-    /// Null selects the camera of the scene itself.
+    /// Null selects the scene's own camera.
     void SetActiveCamera(Camera* camera) override {
         active = camera == nullptr ? &ownCamera : camera;
     }

@@ -21,7 +21,7 @@ Homogeneous Times(const Matrix& m, const Vector& p, float w) {
 
 }  // namespace
 
-// Inverts by cofactors, which keep the zeros of an affine matrix exact. Each sum of products is
+// Inverts by cofactors, which preserve the exact zeros of an affine matrix. Each sum of products is
 // accompanied by the sum of their magnitudes. A determinant within the rounding error of its terms
 // counts as zero, so a singular matrix is detected even if its numbers do not cancel exactly.
 void Matrix::Invert(bool* ok) {
@@ -31,7 +31,7 @@ void Matrix::Invert(bool* ok) {
     for (int r = 0; r < 4; ++r)
         for (int c = 0; c < 4; ++c) a[r][c] = static_cast<double>(m[r][c]);
 
-    // Minors of the upper two rows and of the lower two, by pairs of columns.
+    // Minors of the upper two rows and of the lower two rows, for each pair of columns.
     constexpr int pairs[6][2] = {{0, 1}, {0, 2}, {0, 3}, {1, 2}, {1, 3}, {2, 3}};
     constexpr double signs[6] = {1.0, -1.0, 1.0, 1.0, -1.0, 1.0};
     double s[6];

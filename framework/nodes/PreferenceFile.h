@@ -23,20 +23,22 @@ TROVIK_API Attribute* FindPreference(const std::string& key);
 TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
 /// Returns all registered keys, sorted.
 TROVIK_API std::vector<std::string> PreferenceKeys();
-/// Stored values, as text, of keys that are not registered yet. Registering a key removes its value
-/// from here.
+/// Stored values, as text, for keys that are not registered yet. Registering a key removes its
+/// value from here.
 TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
-/// Returns the reason for a message about a value whose type differs from that of the preference.
+/// Returns the reason, for use in a message, that a value's type differs from the preference's
+/// type.
 TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);
 
 /// Returns the path of the user's preferences file: trovik/preferences.json in $XDG_CONFIG_HOME, by
-/// default in ~/.config. The file need not exist. Empty if the environment defines neither folder.
+/// default in ~/.config. The file need not exist. Returns an empty path if the environment defines
+/// neither folder.
 TROVIK_API std::string UserPreferencesPath();
 
 /// Reads stored values: a JSON object of strings, numbers and booleans by key. Values of
-/// unregistered keys are kept, for a library that registers them later and for the next save.
-/// Either all values are applied or, after an error, none.
+/// unregistered keys are kept for libraries that register them later, and for the next save. If
+/// there is an error, no value is applied.
 /// \throw HostError with the file, the key and the reason.
 TROVIK_API void LoadPreferences(const std::string& path);
 /// Writes all values, as text, to a new file that replaces the old one.

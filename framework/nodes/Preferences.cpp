@@ -17,8 +17,8 @@ struct Entry {
     PreferenceInfo info;
 };
 
-/// Owner of all preference attributes. If two libraries register different value types for the same
-/// key, each has its own attribute, and the file stores the value of the first.
+/// Owns all preference attributes. If two libraries register different value types for the same
+/// key, each has its own attribute, and the file stores the first one's value.
 class PreferenceNode : public Node {
 public:
     PreferenceNode() { SetName(QStringLiteral("Preferences")); }
@@ -39,7 +39,7 @@ const Entry* FindEntry(const std::string& key) {
     return found == TheNode().byKey.end() ? nullptr : &found->second.front();
 }
 
-/// Returns the attribute of the key, created with `make` if the key is new. A value that was loaded
+/// Returns the key's attribute, created with `make` if the key is new. A value that was loaded
 /// before the key was registered is applied now.
 template <typename A, typename Make>
 A* Register(const QString& key, PreferenceInfo info, Make make) {

@@ -10,35 +10,35 @@
 
 namespace trovik {
 
-/// A stream of nodes in memory, for writing or reading. It is either a whole stream with its
-/// header, or one section of a scene file, whose header is at the start of the file.
+/// A stream of nodes in memory, for writing or reading. It is either a complete stream that
+/// includes its header, or one section of a scene file, in which case the header is at the start of
+/// the file.
 ///
-/// Header: "TROVIKSC", format number (uint32), count of classes (uint32), for each class its name
-/// (uint32 length, UTF-8) and version (int32); then the data of the nodes. All values are
-/// little-endian.
+/// Header: "TROVIKSC", format number (uint32), class count (uint32), for each class its name
+/// (uint32 length, UTF-8) and version (int32); then the nodes' data. All values are little-endian.
 class TROVIK_API SceneStream : public Stream {
 public:
     using Stream::Transfer;
     static constexpr uint32_t currentFormat = 334;
 
-    /// Creates a stream for writing. The class versions are the current ones of the registry.
+    /// Creates a stream for writing. The class versions are the registry's current ones.
     explicit SceneStream(uint32_t format = currentFormat);
     /// Creates a stream for reading.
     /// \throw Error* if the bytes are not a scene or end within the header.
     explicit SceneStream(std::vector<uint8_t> bytes);
 
-    /// Returns an empty stream for writing, without a header, with the format and class versions of
-    /// this stream.
+    /// Returns an empty stream for writing. It has no header, and has this stream's format and
+    /// class versions.
     SceneStream Section() const;
-    /// Returns a stream that reads `size` bytes, borrowed, with the format and class versions of
-    /// this stream.
+    /// Returns a stream that reads `size` borrowed bytes with this stream's format and class
+    /// versions.
     /// \param place  offset of the first byte in its file, for messages.
     /// \param what  the name of the section for messages, such as "chunk LEVL".
     SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t offset, QString what) const;
 
-    /// Writes a class with another version than its current one, as an older program would.
+    /// Writes a class with a version other than its current one, as an older program would.
     void SetClassVersion(const ClassDesc* classDesc, int version);
-    /// Returns header and data of a written stream.
+    /// Returns the header and the data of a written stream.
     std::vector<uint8_t> ToBytes() const;
     /// Writes the scene to a new file that replaces the old one.
     /// \throw HostError with the file.
@@ -60,7 +60,8 @@ public:
     const std::vector<uint8_t>& Data() const { return data; }
     /// The next byte to be read.
     const uint8_t* Next() const { return Bytes() + position; }
-    /// The offset of that byte in the file; a whole stream counts from the end of its header.
+    /// The offset of that byte in the file; in a complete stream, the offset from the end of its
+    /// header.
     uint64_t Place() const { return origin + position; }
     uint32_t Format() const { return format; }
 

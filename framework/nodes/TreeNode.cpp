@@ -12,7 +12,7 @@ TreeNode::TreeNode() = default;
 
 TreeNode::~TreeNode() {
     if (parent != nullptr) std::erase(parent->children, this);
-    // Deleted one at a time, because a destructor of a child may access its siblings.
+    // Deleted one at a time, because a child's destructor may access its siblings.
     while (!children.empty()) {
         TreeNode* child = children.front();
         children.erase(children.begin());

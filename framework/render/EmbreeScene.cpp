@@ -53,7 +53,7 @@ std::vector<uint32_t> VisibleFaces(const RenderMesh& mesh, uint32_t nowhere) {
     return corners;
 }
 
-/// Memory that is mapped to load the ray tracing library and to create a device.
+/// Address space needed to load the ray tracing library and to create a device.
 constexpr uint64_t rayLibraryBytes = uint64_t{64} << 20;
 
 const RayLibrary& LoadedRayLibrary() {
@@ -81,8 +81,8 @@ EmbreeScene::EmbreeScene(const std::vector<RenderMesh>& shown, JobControl* job)
         uint32_t vertexCount = mesh.vertexCount;
         const uint32_t* indices = mesh.faceVertexIndices;
         if (mesh.HasHiddenFaces()) {
-            // The padding contains one additional vertex whose position is not finite; faces that
-            // use it are never hit.
+            // The padding contains one additional vertex with a non-finite position; faces that use
+            // it are never hit.
             visibleFaces[i] = VisibleFaces(mesh, vertexCount);
             std::fill_n(positions[i].data() + std::size_t{3} * vertexCount,
                         3,

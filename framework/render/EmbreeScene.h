@@ -12,10 +12,10 @@ namespace trovik {
 
 class JobControl;
 
-/// The meshes in a ray tracing library. The library uses its own unit of length, such that the
-/// largest coordinate is about 1. Squares and products of lengths then stay within the range of
-/// floats, whatever the size of the meshes. The unit is a power of two, so it does not affect any
-/// bit of a result.
+/// The meshes as geometries of the ray tracing library. Coordinates are passed to the library in a
+/// unit of length that makes the largest coordinate about 1, so that squares and products of
+/// lengths stay within the range of floats for meshes of any size. The unit is a power of two, so
+/// that it does not affect any bit of a result.
 class TROVIK_API EmbreeScene {
 public:
     /// Borrows the list and its meshes.
@@ -24,8 +24,8 @@ public:
     explicit EmbreeScene(const std::vector<RenderMesh>& meshes, JobControl* job = nullptr);
     explicit EmbreeScene(std::vector<RenderMesh>&& meshes, JobControl* job = nullptr) = delete;
 
-    /// Rays with components that are not finite hit nothing. Nor do rays that start more than
-    /// RayCaster::maxCoordinate library units away, where no mesh can be seen.
+    /// Rays with non-finite components hit nothing. Neither do rays that start more than
+    /// RayCaster::maxCoordinate library units away; no mesh is visible from there.
     bool Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const;
     /// Returns whether the ray hits anything up to `distance`.
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
@@ -42,7 +42,7 @@ private:
     SurfaceSample Describe(const Vector& origin, const Vector& direction, const RayHit& hit) const;
 
     const std::vector<RenderMesh>& meshes;
-    /// Positions in library units, one array per mesh, with four floats of padding at the end.
+    /// Positions in library units, one array per mesh, each with four floats of padding at the end.
     std::vector<std::vector<float>> positions;
     /// Corners of the visible faces; empty for a mesh without hidden faces.
     std::vector<std::vector<uint32_t>> visibleFaces;

@@ -98,7 +98,7 @@ RenderImage ImageRenderer::Render(int pixelsPerBand) const {
         tbb::parallel_for(above, below, [&](int y) {
             const bool isCaller = std::this_thread::get_id() == caller;
             WireLines wires(scene, view);
-            // A row can take long, so cancellation is checked at every pixel.
+            // Rendering a row can take long, so cancellation is checked at every pixel.
             for (int x = 0; x < width && !tbb::is_current_task_group_canceling(); ++x) {
                 Sample(x, y, wires, pixels[at(x, y)], guides[at(x, y)], visibilities[at(x, y)]);
                 ++sampled;
@@ -184,8 +184,7 @@ Vector ImageRenderer::PlainColor(const SurfaceSample& sample, const Vector& toEy
     const Vector& n = sample.shadingNormal;
     switch (options.shading) {
         case ShadingMode::Matcap: {
-            // In the frame of the ray, so that a sphere has the same appearance at every position
-            // in the image.
+            // Relative to the ray, so that a sphere looks the same at every position in the image.
             const Vector across = (view.Up() & toEye).Normalized();
             const Vector upwards = toEye & across;
             return FrozenTint(mesh, sample, matcap->At(n | across, n | upwards));

@@ -14,7 +14,7 @@ namespace trovik {
 /// Renders one image of a scene; see RenderScene::Render.
 class TROVIK_API ImageRenderer {
 public:
-    /// \param jobControl  used by Render, which throws Cancelled; may be null. Borrowed.
+    /// \param jobControl  checked by Render, which throws Cancelled; may be null. Borrowed.
     ImageRenderer(const EmbreeScene& scene,
                   const RenderCamera& camera,
                   const RenderOptions& options,
@@ -25,8 +25,7 @@ public:
     RenderImage Render(int pixelsPerBand = 1 << 21) const;
 
 private:
-    /// The mean values of a pixel over its hits. Visibility is stored separately until it is
-    /// filtered.
+    /// Means over the hits of a pixel. Visibility is stored separately until it is filtered.
     struct Pixel {
         /// Unlit colour: linear, or the byte values / 255 of ShadingMode::Normals.
         Vector plain;

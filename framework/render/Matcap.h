@@ -10,7 +10,7 @@
 namespace trovik {
 
 /// A material capture: the colours of a lit sphere, looked up by the normal relative to the eye.
-/// The program generates the spheres from a short recipe of lights and lobes for each name.
+/// The program generates each sphere from a short list of lights and reflection lobes.
 ///
 /// The technique is from P.-P. J. Sloan, W. Martin, A. Gooch, B. Gooch, "The Lit Sphere: A Model
 /// for Capturing NPR Shading from Art", Graphics Interface 2001.
@@ -22,8 +22,8 @@ public:
     /// The available names; the first is the default.
     static const std::vector<std::string>& Names();
 
-    /// Returns the linear colour for a unit normal in the frame of the eye: x to the right, y up.
-    /// Normals that face away have the colour at the rim of the sphere.
+    /// Returns the linear colour for a unit normal in camera space: x to the right, y up. Normals
+    /// that face away have the colour at the rim of the sphere.
     Vector At(float x, float y) const;
 
 private:

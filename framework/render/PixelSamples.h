@@ -12,7 +12,7 @@ struct SamplePoint {
 };
 
 /// The sample points of one pixel. They depend only on the pixel and the sample count, so that a
-/// render does not depend on the distribution of pixels to threads.
+/// render does not depend on how pixels are distributed over threads.
 ///
 /// Each stream is the two-dimensional Sobol sequence, Owen-scrambled by hashing: B. Burley,
 /// "Practical Hash-based Owen Scrambling", Journal of Computer Graphics Techniques 9(4), 2020.
@@ -41,7 +41,8 @@ public:
     }
 
 private:
-    /// Side length in pixels of a tile, which has its own sequence: 8 + 8 bits of the index.
+    /// Side length of a tile in pixels. Each tile has its own sequence; a pixel's index in it has 8
+    /// + 8 bits.
     static constexpr uint32_t tileSide = 256;
 
     static uint32_t BitsOf(int count) {

@@ -26,8 +26,8 @@ struct RayHit {
     /// Index of the RayMesh.
     uint32_t mesh = 0;
     uint32_t face = 0;
-    /// Position in the face: for a quad along its first and its last side, for a triangle the
-    /// weights of its second and third corner.
+    /// Position in the face: for a quad, the coordinates along its first and last side; for a
+    /// triangle, the weights of its second and third corner.
     float u = 0.0f;
     float v = 0.0f;
     /// Distance from the origin, in units of the length of the ray direction.
@@ -46,7 +46,7 @@ class RayCaster {
 public:
     /// The largest absolute value of the components of origins, directions and positions. Rays
     /// beyond it hit nothing, and faces with vertices beyond it are never hit. The same applies to
-    /// components that are not finite.
+    /// non-finite components.
     static constexpr float maxCoordinate = 1e18f;
 
     virtual ~RayCaster() = default;

@@ -50,7 +50,7 @@ RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
     camera.verticalFieldOfView = verticalFieldOfView;
     const Vector forward = direction.Normalized();
     const Vector upright = wantedUp.Normalized();
-    // If the camera looks along the up direction, another direction replaces it.
+    // If the camera looks along the up direction, a different up direction is used.
     const bool steep = std::fabs(forward | upright) > 0.999f;
     const bool alongZ = std::fabs(upright.z) > 0.9f;
     camera.up = !steep ? upright : alongZ ? Vector(0, 1, 0) : Vector(0, 0, -1);
@@ -63,7 +63,7 @@ RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
     if (box.IsEmpty()) return camera;
     camera.target = Vector(box.minX + box.maxX, box.minY + box.maxY, box.minZ + box.maxZ) * 0.5f;
 
-    // Every point must be inside the four planes of the view frustum; each plane requires a
+    // Every point must be inside the four planes of the view frustum; each plane requires a minimum
     // distance.
     constexpr float margin = 1.08f;
     const float tangent = std::tan(verticalFieldOfView * 0.5f * 0.017453293f);

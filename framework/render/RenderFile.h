@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Checks that a file name is valid for a render, before the work of rendering.
+/// Checks, before rendering starts, that a file name is valid for a render.
 /// \param transparent  whether the render has alpha, which only .png, .tif and .tiff store.
 /// \throw HostError with the file and the accepted extensions.
 TROVIK_API void CheckRenderPath(const std::string& path, bool transparent);

@@ -15,12 +15,12 @@ namespace trovik {
 class EmbreeScene;
 class JobControl;
 
-/// The camera of a render. World space; degrees.
+/// The camera of a render. Positions are in world space, angles in degrees.
 struct RenderCamera {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
     Vector up{0.0f, 1.0f, 0.0f};
-    /// Opening angle from top to bottom.
+    /// Vertical field of view.
     float verticalFieldOfView = 35.0f;
 };
 
@@ -51,7 +51,7 @@ struct RenderMesh {
     /// ScaledCurvatures); null for 0 everywhere.
     const float* curvatures = nullptr;
     /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without UVs. Null
-    /// if no corner has any.
+    /// if no corner has UVs.
     const float* cornerUvs = nullptr;
     /// Linear red, green, blue.
     float color[3] = {0.46f, 0.33f, 0.26f};
@@ -65,7 +65,7 @@ struct RenderMesh {
 struct RenderOptions {
     int width = 960;
     int height = 720;
-    /// Rays through each pixel; at least 1.
+    /// Number of rays through each pixel; at least 1.
     int samples = 16;
     bool wireframe = false;
     ShadingMode shading = ShadingMode::Clay;
@@ -85,8 +85,8 @@ struct RenderImage {
     std::vector<uint8_t> alpha = {};
 };
 
-/// Meshes prepared for rendering. Construction builds the acceleration structure for rays,
-/// O(faces); any number of renders share it. Borrows the arrays of the meshes.
+/// Meshes prepared for rendering. The constructor builds the acceleration structure for rays in
+/// O(faces); any number of renders can share it. Borrows the arrays of the meshes.
 class TROVIK_API RenderScene {
 public:
     /// \throw HostError if finite vertices are beyond maxRenderCoordinate (RenderRange.h), if
@@ -96,8 +96,8 @@ public:
     RenderScene(const RenderScene&) = delete;
     RenderScene& operator=(const RenderScene&) = delete;
 
-    /// Renders one image. Both sides of a face are shaded alike. The same input gives the same
-    /// bytes for any number of threads. Faces with a vertex that is not finite are omitted.
+    /// Renders one image. Both sides of a face are shaded in the same way. The same input gives the
+    /// same bytes for any number of threads. Faces with a non-finite vertex are omitted.
     ///
     /// Shadows and ambient occlusion are sampled with `options.samples` rays each, and then
     /// smoothed between neighbouring pixels of the same surface within their sampling error: see
@@ -120,8 +120,8 @@ TROVIK_API RenderImage RenderOnce(const std::vector<RenderMesh>& meshes,
                                   const RenderOptions& options,
                                   JobControl* job = nullptr);
 
-/// Returns a camera that shows all of the meshes with a small margin, looking along `direction`
-/// (world). Hidden faces are ignored; if nothing is visible, it is the default camera.
+/// Returns a camera that looks along `direction` (world space) and shows all of the meshes with a
+/// small margin. Hidden faces are ignored; if nothing is visible, the result is the default camera.
 /// \param up  the up direction of the image; replaced if it is parallel to `direction`.
 TROVIK_API RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
                                     const Vector& direction,
@@ -134,7 +134,7 @@ TROVIK_API RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
 /// from above.
 TROVIK_API RenderCamera TurntableFrame(const RenderCamera& camera, int index, int count);
 
-/// Like FrameMeshes, for a turntable: the camera keeps one distance at which the meshes fit into
+/// Like FrameMeshes, but for a turntable: at the returned camera's distance, the meshes fit into
 /// every frame.
 TROVIK_API RenderCamera FrameTurntable(const std::vector<RenderMesh>& meshes,
                                        const Vector& direction,

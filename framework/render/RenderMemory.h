@@ -9,11 +9,11 @@
 
 namespace trovik {
 
-/// Returns the memory of the ray tracing structures of a mesh, without the mesh.
+/// Returns the memory of a mesh's ray tracing structures in bytes, excluding the mesh itself.
 TROVIK_API uint64_t RenderBytes(uint64_t vertices, uint64_t faces);
 
 /// Called before the ray tracing structures of the meshes are built. Checks that there is enough
-/// memory, and limits the threads of the ray tracing library to those that the system grants
+/// memory, and limits the ray tracing library to as many threads as the system grants
 /// (LimitWorkerThreads).
 /// \throw HostError if RenderBytes of the meshes exceeds the free memory (QueryFreeMemory).
 void PrepareRenderMemory(const std::vector<RenderMesh>& meshes);

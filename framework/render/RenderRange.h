@@ -8,19 +8,19 @@
 
 namespace trovik {
 
-/// The largest absolute coordinate of vertices and cameras in world space that renders accept.
+/// The largest absolute world-space coordinate that renders accept for vertices and cameras.
 /// Squared distances then stay within the range of floats.
 inline constexpr float maxRenderCoordinate = 1e18f;
 
 /// Returns whether all coordinates are finite and at most maxRenderCoordinate.
 bool IsRenderable(const Vector& position);
 
-/// \param what  for example "vertex 12".
-/// \throw HostError with `what` and the position, unless IsRenderable.
+/// \param what  the object, for example "vertex 12".
+/// \throw HostError with `what` and the position if the position is not renderable (IsRenderable).
 void CheckRenderable(const std::string& what, const Vector& position);
 
 /// \throw HostError if the eye or the target of the camera is not renderable, if they coincide, if
-/// `up` is not finite, or if the field of view is not between 0 and 180 degrees.
+/// `up` is non-finite, or if the field of view is not between 0 and 180 degrees.
 TROVIK_API void CheckCamera(const RenderCamera& camera);
 
 }  // namespace trovik

@@ -11,7 +11,7 @@ namespace trovik {
 /// integer coordinates are between pixels.
 class TROVIK_API RenderViewport {
 public:
-    /// \throw HostError for a camera without a direction, or with values that are not finite.
+    /// \throw HostError for a camera without a direction or with non-finite values.
     RenderViewport(const RenderCamera& camera, int width, int height);
 
     const Vector& Eye() const { return eye; }

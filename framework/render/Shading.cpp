@@ -12,7 +12,7 @@ namespace {
 
 constexpr float pi = 3.14159265f;
 
-/// Streams of the points of a pixel; the first is the position within the pixel.
+/// Streams of a pixel's sample points; the first is the position within the pixel.
 constexpr uint32_t ambientStream = 1;
 constexpr uint32_t keyStream = 2;
 constexpr uint32_t reachStream = 3;
@@ -112,17 +112,17 @@ LitSample Shading::Light(const SurfaceSample& sample,
     LitSample lit;
     lit.albedo = FrozenTint(mesh, sample, {mesh.color[0], mesh.color[1], mesh.color[2]});
 
-    // Light grazes the silhouette of matt shapes: a soft rim replaces a lamp from behind.
+    // Light grazes the silhouette of matte shapes: a soft rim replaces a light from behind.
     const float away = 1.0f - std::max(0.0f, n | toEye);
     const float rim = away * away * away * (0.5f + 0.5f * (n | up));
     lit.ambient = Scaled(lit.albedo, Surroundings(n)) + Vector(0.08f, 0.09f, 0.10f) * rim;
-    // The ray lengths are distributed up to the maximum, so that near surfaces count more than
-    // distant ones.
+    // The ray lengths are distributed between 0 and the maximum, so that near surfaces count more
+    // than distant ones.
     const float reach = extent * ambientReach * points.At(reachStream, index).x;
     lit.openness = Openness(start, n, sample.faceNormal, points.At(ambientStream, index), reach);
 
     const float facing = SoftFacing(n | keyDirection, keySoftness);
-    // The Blinn-Phong highlight, low and broad because clay is matt.
+    // The Blinn-Phong highlight, weak and broad because clay is matte.
     const Vector half = (keyDirection + toEye).Normalized();
     const float square = std::max(0.0f, n | half) * std::max(0.0f, n | half);
     const float eighth = (square * square) * (square * square);

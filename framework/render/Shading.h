@@ -18,21 +18,21 @@ struct LitSample {
     Vector key;
     /// 1 if the ambient ray is free, 0 if it is blocked.
     float openness = 0.0f;
-    /// Weight of the shadow ray, 0 if it points below the horizon, and whether it is free.
+    /// The weight of the shadow ray, 0 if it points below the horizon, and whether the ray is free.
     float keyWeight = 0.0f;
     float keyVisible = 0.0f;
 };
 
-/// The clay material and the studio light of the renders: a wide warm key light from the upper
-/// left, and soft surroundings that are brighter above and in front. Directions are in the frame of
-/// the camera, so that a mesh has the same lighting from every side.
+/// The clay material and the studio lighting of renders: a wide warm key light from the upper left,
+/// and soft surroundings that are brighter above and in front. Directions are in the frame of the
+/// camera, so that a mesh has the same lighting from every side.
 class Shading {
 public:
     Shading(const EmbreeScene& scene, const RenderViewport& view);
 
-    /// Computes the lighting of a sample seen from `toEye` (unit length), with its face normal if
-    /// `flat` is set; traces two rays.
-    /// \param index  of the sample in its pixel.
+    /// Computes the lighting of a sample seen from the direction `toEye` (unit length). Uses the
+    /// face normal if `flat` is set. Traces two rays.
+    /// \param index  index of the sample in its pixel.
     LitSample Light(const SurfaceSample& sample,
                     bool flat,
                     const Vector& toEye,
@@ -46,7 +46,7 @@ public:
                           float openness,
                           float keyVisible);
 
-    /// Brightness of a matt surface under a light at the eye.
+    /// Brightness of a matte surface under a light at the eye.
     static float Headlight(const SurfaceSample& sample, const Vector& toEye);
 
     /// The backdrop: `height` is 0 at the lower edge of the image and 1 at the upper edge.
@@ -65,7 +65,7 @@ private:
     float extent;
     Vector right, up, back;
     Vector keyDirection;
-    /// Two directions perpendicular to that of the key light.
+    /// Two directions perpendicular to the key light's direction.
     Vector keyAcross[2];
 };
 

@@ -12,14 +12,14 @@ namespace trovik {
 enum class ShadingMode : int {
     /// Clay in soft studio light, with shadows and ambient occlusion.
     Clay,
-    /// The colour of a lit sphere at the point with the same normal; see Matcap.
+    /// The colour of a lit sphere at its point with the same normal; see Matcap.
     Matcap,
     /// Grey, darker in cavities and brighter on ridges, by mean curvature.
     Cavity,
     /// Like Clay, with face normals instead of smooth normals.
     Flat,
-    /// The normal in camera space: x to the right, y up, z to the eye, mapped from -1 .. 1 to byte
-    /// values 0 .. 255.
+    /// The normal in camera space: x to the right, y up, z towards the eye, mapped from -1 .. 1 to
+    /// byte values 0 .. 255.
     Normals,
     /// A checkerboard in texture space: red increases with u, green with v.
     Uv,

@@ -7,7 +7,7 @@ namespace trovik {
 
 /// The point where a ray hits a mesh. World space.
 struct SurfaceSample {
-    /// Number of the mesh, and of its face.
+    /// Index of the mesh, and of the face in it.
     uint32_t mesh;
     uint32_t face;
     /// Weights of the corners of the face; their sum is 1.
@@ -24,7 +24,7 @@ struct SurfaceSample {
     Vector rayStart;
 };
 
-/// Returns the linear colour of the mesh at the hit, tinted if it is frozen.
+/// Returns the linear colour of the mesh at the hit, tinted where the mesh is frozen.
 /// \param base  the colour without freeze.
 Vector FrozenTint(const RenderMesh& mesh, const SurfaceSample& sample, const Vector& base);
 

@@ -16,15 +16,15 @@ namespace {
 /// Cubic B-spline over five pixels.
 constexpr float kernel[5] = {1.0f / 16.0f, 4.0f / 16.0f, 6.0f / 16.0f, 4.0f / 16.0f, 1.0f / 16.0f};
 constexpr int radius = 2;
-/// Distances between the taps of each pass. Their sum plus that of the variance estimate, times the
-/// radius, is filterReach.
+/// Distances between the taps of each pass. filterReach is the sum of these distances and the
+/// variance estimate's, times the radius.
 constexpr int passes[] = {1, 2, 4};
 static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 
 /// Pixels belong to different surfaces if 1 - cosine of the angle between their normals exceeds
 /// this.
 constexpr float normalLimit = 0.10f;
-/// Maximum distance from the plane, in pixels per pixel of distance.
+/// Maximum distance from the surface plane, in pixels per pixel of image distance.
 constexpr float planeLimit = 0.6f;
 /// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
@@ -73,8 +73,8 @@ public:
         }
     }
 
-    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads, and adds the rows to
-    /// the phase.
+    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads, and reports finished
+    /// rows to the phase.
     template <typename Work>
     void ForEach(JobPhase& phase, Work work) const {
         const std::thread::id caller = std::this_thread::get_id();
@@ -141,7 +141,7 @@ void FilterVisibility(int width,
         mean = here.key;
         key.Store(mean, unused);
         here.keyVariance = BinomialVariance(mean, here.keyCount);
-        // No ray of this pixel was above the horizon, so the value of the neighbours is the best
+        // None of this pixel's rays were above the horizon, so the neighbours' value is the best
         // estimate.
         if (here.keyCount == 0.0f) here.key = mean;
     });

@@ -10,7 +10,7 @@ namespace trovik {
 
 class JobControl;
 
-/// The surface that a pixel shows, which guides the filter. Means over the hits of the pixel.
+/// The surface that a pixel shows, as means over the pixel's hits. It guides the filter.
 struct PixelGuide {
     Vector normal;
     Vector position;
@@ -35,11 +35,11 @@ inline constexpr int filterReach = 16;
 /// Smooths the sampling noise of visibilities, in place. The filter computes the variances itself.
 ///
 /// Each value becomes a mean over pixels of the same surface (similar normal, same plane) whose
-/// values differ by no more than the sampling error. Edges of surfaces therefore stay sharp, and so
-/// do edges of shadows as far as the samples resolve them; with more samples the filter has less
-/// effect. This is an edge-avoiding a-trous wavelet filter: H. Dammertz, D. Sewtz, J. Hanika, H. P.
-/// A. Lensch, "Edge-Avoiding A-Trous Wavelet Transform for Fast Global Illumination Filtering",
-/// High Performance Graphics 2010; with the variance bound on differences from C. Schied et al.,
+/// values differ by no more than the sampling error. Surface edges therefore stay sharp, and so do
+/// shadow edges as far as the samples resolve them; the filter has less effect with more samples.
+/// This is an edge-avoiding a-trous wavelet filter: H. Dammertz, D. Sewtz, J. Hanika, H. P. A.
+/// Lensch, "Edge-Avoiding A-Trous Wavelet Transform for Fast Global Illumination Filtering", High
+/// Performance Graphics 2010; the variance bound on differences is from C. Schied et al.,
 /// "Spatiotemporal Variance-Guided Filtering", High Performance Graphics 2017.
 ///
 /// Uses all threads; results do not depend on their number.

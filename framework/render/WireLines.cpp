@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Width on each of the two faces at an edge, in pixels.
+/// Line width on each of the two faces at an edge, in pixels.
 constexpr float halfWidth = 0.75f;
 constexpr float darkness = 0.78f;
 /// Faces whose longest edge is shorter than this, in pixels, would be covered by lines. Their lines

@@ -19,9 +19,9 @@ namespace trovik {
 
 namespace {
 
-/// Address space of a thread: its stack, and the heap that the C library reserves for it.
+/// Address space per thread: its stack, and the heap that the C library reserves for it.
 constexpr uint64_t addressBytesPerThread = uint64_t{144} << 20;
-/// Address space that is left free for data of the libraries.
+/// Address space that is left free for the libraries' data.
 constexpr uint64_t addressReserve = uint64_t{64} << 20;
 
 /// Returns the number of threads that can run at the same time, up to `wanted`, by starting them.
@@ -54,7 +54,8 @@ unsigned CountGrantedThreads(unsigned wanted) {
 
 /// Returns the number of threads that fit into the address space in addition to the work.
 unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
-    // Only address space is considered: the stacks reserve it, but use little physical memory.
+    // Only address space is considered, because stacks reserve address space but use little
+    // physical memory.
     const std::optional<uint64_t> left = QueryFreeAddressSpace();
     if (!left) return wanted;
     const uint64_t free = *left;

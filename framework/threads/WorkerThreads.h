@@ -9,7 +9,7 @@ namespace trovik {
 
 /// Limits the threads of oneTBB, for the rest of the process, to a number that the system grants.
 /// Call this before work that uses oneTBB, directly or through a library, because a worker thread
-/// that cannot be started later terminates the process. Further calls can only lower the number.
+/// that cannot be started later terminates the process. Later calls can only lower the number.
 ///
 /// The number is less than the number of processors if RLIMIT_NPROC or a control group limits it,
 /// or if RLIMIT_AS leaves no address space for stacks and heaps. Results never depend on the

@@ -5,12 +5,12 @@
 
 namespace trovik {
 
-/// Snapshot of the vertices that a tessellating stroke touches. Records have 28 bytes and are
+/// Snapshot of the vertices that a tessellating stroke touches. Records take 28 bytes each and are
 /// stored in pages.
 struct OriginalData {
     uint32_t vertexLimit = 0;
     Mesh* sourceMesh = nullptr;
-    /// Per vertex: index of its record, or -1.
+    /// For each vertex: the index of its record, or -1.
     int32_t* recordOfVertex = nullptr;
     uint32_t recordCount = 0;
     uint32_t recordsPerPage = 0;
@@ -22,7 +22,7 @@ struct OriginalData {
 
 /// Brush base class that can refine the mesh under the brush during a stroke. Refinement is
 /// possible only on meshes that are not quad subdivision levels. While `useTessellator` is false,
-/// there is no refinement: no mesh is editable, and requests to refine have no effect.
+/// refinement is off: no mesh is editable, and requests to refine have no effect.
 class TROVIK_API DetailBrush : public BrushOperation, public FaceEnumerator {
 public:
     DetailBrush();
@@ -51,7 +51,7 @@ public:
     bool CurrentMeshEditable() const;
     bool MeshEditable(const Mesh* mesh) const;
     /// Splits long edges and collapses short ones among the collected faces.
-    /// \return the number of changes of the mesh.
+    /// \return the number of topological changes.
     int DoRefineReduce(bool refine, bool reduce, int passes, bool relax);
     void InitializeTessellator(
         const SurfacePoint* hit, MeshChange* change, float reach, bool refine, bool reduce);
@@ -60,7 +60,7 @@ public:
 
     /// Whether the brush refines the mesh under it.
     bool useTessellator = false;
-    /// Whether to refine only every few dabs.
+    /// Whether to refine only once every few dabs.
     bool refineAtIntervals = false;
     /// Null unless a tessellating stroke is active.
     OriginalData* originalData = nullptr;

@@ -33,7 +33,7 @@ void CheckSize(const std::string& path, const OIIO::ImageSpec& spec, std::size_t
     }
 }
 
-/// Reads all rows as `Sample`, the type of the file, and converts them.
+/// Reads all rows as `Sample`, the file's sample type, and converts them.
 template <class Sample>
 void ReadRows(OIIO::ImageInput& input,
               OIIO::TypeDesc type,
@@ -41,7 +41,8 @@ void ReadRows(OIIO::ImageInput& input,
               FloatImage& image) {
     const OIIO::ImageSpec spec = input.spec();
     const std::size_t rowValues = std::size_t{image.width} * image.channels;
-    // Tiles are read as a whole, so a block of rows that ended within a tile would read it twice.
+    // Tiles are always read completely, so if a block of rows ended within a tile, the tile would
+    // be read twice.
     const auto tileRows = static_cast<std::size_t>(std::max(spec.tile_height, 1));
     const std::size_t fitting = std::max<std::size_t>(BlockBytes / (rowValues * sizeof(Sample)), 1);
     const std::size_t blockRows = (fitting + tileRows - 1) / tileRows * tileRows;
@@ -67,7 +68,7 @@ void ReadRows(OIIO::ImageInput& input,
                                    block.data())
                 : input.read_scanlines(
                       0, 0, first, last, spec.z, 0, spec.nchannels, type, block.data());
-        // Some formats return zeros for unreadable data and report success.
+        // For some formats, the library returns zeros for unreadable data and reports success.
         std::string error = input.geterror();
         if (!done || !error.empty()) {
             ThrowImageError("read", path, std::move(error));
@@ -93,16 +94,17 @@ OIIO::TypeDesc LibraryType(SampleType type) {
     return OIIO::TypeFloat;
 }
 
-/// Reports the rows that the library has encoded. It calls between blocks of rows.
+/// Reports how many rows the library has encoded. The library calls it between blocks of rows.
 class EncodingProgress {
 public:
     EncodingProgress(JobControl* job, std::uint32_t imageRows)
         : phase(job, "Encoding the image", imageRows, 1), rows(imageRows) {}
 
-    /// For OIIO::ImageOutput::write_image. \return true to end it.
+    /// Callback for OIIO::ImageOutput::write_image.
+    /// \return true to cancel.
     static bool Call(void* progress, float portion) {
         auto& self = *static_cast<EncodingProgress*>(progress);
-        // Nothing is thrown through the library.
+        // Exceptions must not propagate through the library.
         try {
             self.phase.Reach(static_cast<std::uint64_t>(portion * static_cast<float>(self.rows)));
         } catch (const Cancelled&) {
@@ -145,7 +147,7 @@ FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes)
     image.height = static_cast<std::uint32_t>(spec.height);
     image.channels = static_cast<std::uint32_t>(spec.nchannels);
     image.pixels.resize(std::size_t{image.width} * image.height * image.channels);
-    // Channels of different types, as in EXR files, are all read as floats.
+    // If channels have different types, as in EXR files, all are read as floats.
     const OIIO::TypeDesc type = spec.channelformats.empty() ? spec.format : OIIO::TypeFloat;
     switch (type.basetype) {
         case OIIO::TypeDesc::UINT8:
@@ -216,7 +218,7 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
                                           &progress) &&
                       output->close();
     if (progress.IsCancelled()) {
-        // It writes to `memory`, which ends before it.
+        // Closed here, because the writer uses `memory`, which is destroyed before the writer.
         output->close();
         throw Cancelled();
     }

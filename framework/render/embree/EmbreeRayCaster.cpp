@@ -66,11 +66,11 @@ private:
 
     std::mutex guard;
     RTCError first = RTC_ERROR_NONE;
-    /// Not a std::string, because nothing can be allocated when memory is exhausted.
+    /// Not a std::string, because memory cannot be allocated when it is exhausted.
     char message[256] = "";
 };
 
-/// Progress of the work of the library, which polls it on any of its threads.
+/// Progress of the library's work; the library polls it on any of its threads.
 class BuildMonitor {
 public:
     explicit BuildMonitor(JobControl* job) : phase(job, "Building the ray tree", steps, 1) {}
@@ -133,14 +133,14 @@ public:
 private:
     void Attach(const RayMesh& mesh, unsigned id);
 
-    /// Declared before the device, which reports to it until it is destroyed.
+    /// Declared before the device, because the device reports to it until the device is destroyed.
     FirstError error;
     Device device;
     Scene scene;
 };
 
 EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl* job)
-    // Without the 128 MiB that the library reserves for subdivision surfaces, which are not used.
+    // Avoids the 128 MiB that the library reserves for subdivision surfaces, which are not used.
     : device(rtcNewDevice("set_affinity=0,tessellation_cache_size=0")) {
     // If the device could not be created, the error is queried without one.
     if (device == nullptr) ThrowRayError(rtcGetDeviceError(nullptr), "no device");
@@ -154,8 +154,8 @@ EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl*
     rtcCommitScene(scene.get());
     rtcSetSceneProgressMonitorFunction(scene.get(), nullptr, nullptr);
     if (monitor.IsCancelled()) throw Cancelled();
-    // A scene whose tasks could not be started still holds them, and its destructor would terminate
-    // the process. It is leaked instead.
+    // A scene whose tasks could not be started still holds the tasks, and its destructor would
+    // terminate the process. The scene is leaked instead.
     if (error.Code() == RTC_ERROR_UNKNOWN) scene.release();
     error.ThrowIfAny();
     monitor.Finish();

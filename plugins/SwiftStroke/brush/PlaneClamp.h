@@ -3,7 +3,8 @@
 
 namespace trovik {
 
-/// Magnitude of planeClampMin and planeClampMax where displacement towards the plane has no limit.
+/// Magnitude of planeClampMin and planeClampMax that leaves displacement towards the plane
+/// unlimited.
 inline constexpr float unlimited = 100000000.0f;
 
 }  // namespace trovik

@@ -20,8 +20,7 @@ Preferences::Bool MakeBoolPreference(const char* key, const char* label) {
 
 }  // namespace
 
-// All objects are in this file, because the language defines the order of construction only within
-// a file.
+// All objects are in this file, because C++ defines the order of construction only within one file.
 
 const ClassDesc swiftStrokeClass(BrushOperation::StaticClass(),
                                  BrushOperation::StaticClass(),
@@ -57,8 +56,8 @@ const Preferences::Bool useOriginalDataForFlatten =
 const Preferences::Bool useVertexWeightsForFlatten =
     MakeBoolPreference("Use Vertex Weights For Flatten", "Use Vertex Weights For Flatten");
 const Preferences::Bool waxFillsOnly = MakeBoolPreference("Wax Fills Only", "Wax Fills Only");
-// This preference has the label of the other one in the panel. It is kept because users are used to
-// it.
+// This preference has the same label as the other one in the panel. The label is kept because users
+// are familiar with it.
 const Preferences::Bool waxScrapesOnly = MakeBoolPreference("Wax Scrapes Only", "Wax Fills Only");
 
 const PatchKernelTable patchKernels;

@@ -6,9 +6,9 @@
 
 /// \file
 /// The objects that register this library with the host. They are constructed when the library is
-/// loaded, in this order: descriptor of SwiftStroke, plug-in record, preferences, kernel table,
-/// descriptor of PatchMap. The tools are registered later, when the host runs the initialiser of
-/// the plug-in record.
+/// loaded, in this order: the descriptor of SwiftStroke, the plug-in record, the preferences, the
+/// kernel table, and the descriptor of PatchMap. The tools are registered later, when the host runs
+/// the initialiser of the plug-in record.
 namespace trovik {
 
 extern const ClassDesc swiftStrokeClass;
@@ -16,14 +16,14 @@ extern const ClassDesc patchMapClass;
 
 /// If off, dabs do not extend the host's dirty box and send no notifications per face.
 extern const Preferences::Bool renderSwiftStroke;
-/// Factor of the wanted depth of a patch.
+/// Scales the target depth of patches.
 extern const Preferences::Float swiftStrokeLevelFactor;
-/// Planes are sampled from the positions and normals that vertices had when the stroke first
-/// touched them.
+/// Whether planes are sampled from the positions and normals that vertices had when the stroke
+/// first touched them.
 extern const Preferences::Bool useOriginalDataForFlatten;
-/// The weight of a plane sample is 1 minus its distance divided by the radius, instead of 1.
+/// Whether the weight of a plane sample is 1 - distance / radius instead of 1.
 extern const Preferences::Bool useVertexWeightsForFlatten;
-/// Test mode only: Wax can only raise, or only lower.
+/// Test mode only: restricts Wax to raising, or to lowering.
 extern const Preferences::Bool waxFillsOnly;
 extern const Preferences::Bool waxScrapesOnly;
 

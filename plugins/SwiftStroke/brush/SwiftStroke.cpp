@@ -13,8 +13,7 @@ namespace trovik {
 
 namespace {
 
-// Writing this command to the command attribute of the kernel switches off rendering during
-// strokes.
+// Writing this command to the kernel's command attribute switches off rendering during strokes.
 constexpr const char* noRenderCommand = "swiftstroke_norender";
 
 constexpr std::size_t brushSpaceBytes = 255;
@@ -59,7 +58,7 @@ SwiftStroke::SwiftStroke()
 
     falloffName.Connect(g_pKernel->kernelCommandAttribute, false);
     LoadTemplate(QString::fromLatin1(""), false);
-    // Set after the template is loaded, so that a rate stored there has no effect.
+    // Set after the template is loaded, so that a rate stored in the template has no effect.
     buildUpRate.SetValue(0.5f, true);
     strokeOptionE.SetVisible(true);
     alternateBehavior.modifier = ModifierSmooth;
@@ -116,7 +115,7 @@ void SwiftStroke::Serialize(Stream& stream) {
     DetailBrush::Serialize(stream);
     stream << buildUpRate;
     bilinearSample.Serialize(stream);
-    // Scenes with class version 0 end here; the three attributes keep their values.
+    // Data of class version 0 ends here; the three attributes keep their values.
     if (stream.ClassVersion(StaticClass()) > 0) {
         affectAllLayers.Serialize(stream);
         globalPlane.Serialize(stream);
@@ -133,7 +132,7 @@ void SwiftStroke::OnNodeEvent(const Attribute& attribute, NodeEventType type) {
     if (g_pKernel->IsTestModeOn())
         DetailBrush::OnNodeEvent(attribute, type);
     else
-        // Skips the tessellating base class on purpose.
+        // Intentionally skips the tessellating base class.
         // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         BrushOperation::OnNodeEvent(attribute, type);
 }

@@ -14,7 +14,7 @@ enum class Tool : uint32_t;
 
 /// One entry of the work list of a patch kernel.
 struct PatchVertexEntry {
-    uint32_t vertex;  ///< index in the mesh
+    uint32_t vertex;  ///< vertex index in the mesh
     uint32_t face;    ///< a face of the patch that uses the vertex
     uint32_t cell;    ///< cell of the halo grids
 };
@@ -27,7 +27,7 @@ struct MeshChangePair {
 };
 static_assert(sizeof(MeshChangePair) == 16);
 
-/// A vertex whose normal is to be recomputed at the end of the dab.
+/// A vertex whose normal must be recomputed at the end of the dab.
 struct DeferredNormal {
     uint32_t face;
     uint32_t vertex;
@@ -38,15 +38,15 @@ static_assert(sizeof(DeferredNormal) == 8);
 /// stroke loop calls, and the visitor of the mesh walks that find the patches and vertices under
 /// the brush.
 ///
-/// A stroke is one BeginStroke, one ApplyDab for every hit, and one EndStroke. A dab determines
-/// radius, patch level and direction (stroke/), walks the patches of the mesh, runs one of 1024
-/// kernels on each (kernels/), and reads the ghost layer around each patch and recomputes its
-/// normals (topology/).
+/// A stroke consists of one BeginStroke, one ApplyDab for every hit, and one EndStroke. A dab
+/// determines the radius, patch level and direction (stroke/), walks the patches of the mesh and
+/// runs one of 1024 kernels on each (kernels/). For each patch, it also reads the ghost layer and
+/// recomputes the normals (topology/).
 ///
-/// State has three lifetimes: that of the brush (attributes, brushSpace, the stamp cache), that of
-/// the tool (flags, set at every activation) and that of the stroke. The members are also scratch
-/// memory of the kernels, so a brush is not re-entrant; all work is done on the calling thread. The
-/// members are public because the stages of the kernels are free functions that access them.
+/// State belongs to the brush (attributes, brushSpace, the stamp cache), to the active tool (flags,
+/// set at every activation) or to the stroke. Kernels also use the members as scratch memory, so a
+/// brush is not re-entrant; all work is done on the calling thread. The members are public because
+/// the kernel stages, which access them, are free functions.
 class SwiftStroke : public DetailBrush,
                     public AdjacentVertexEnumerator,
                     public VertexEnumerator,
@@ -71,26 +71,26 @@ public:
     bool NonImprintQueryB() const override;
     float BuildUpRate() const override;
     bool AlwaysTrueQuery() const override;
-    /// Copies everything except "drawfromcenter", which is specific to each brush.
+    /// Copies all settings except "drawfromcenter", which is specific to each brush.
     const BrushOperation& operator=(const BrushOperation& other) override;
 
     // --- Tools (brush/ToolActivation.cpp) ---
     using DetailBrush::SetActiveConfiguration;
     void SetActiveConfiguration(BrushConfiguration* configuration) override;
     void ResetBrushConfiguration() override;
-    /// Sets "builduprate" and the cube that the kernels read.
+    /// Sets "builduprate" and its cube, which the kernels read.
     void setBuildUpRate(float rate);
 
     // --- Stroke (stroke/) ---
     void BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) override;
     void EndStroke() override;
     /// Applies the tool once at one point of the surface. A dab that cannot run (no falloff, no
-    /// mesh, no direction yet) ends without an error and does not change `box`.
+    /// mesh, no direction yet) returns without an error and does not change `box`.
     /// \param hit  mesh-local.
     /// \param position  dab centre, world space.
     /// \param size  radius, world units.
     /// \param pressure  0 to 1, scales the build-up.
-    /// \param strength  effective strength before the factors of the tool and the stroke.
+    /// \param strength  effective strength, before the tool's and the stroke's factors are applied.
     /// \param box  world space; extended by the dab.
     /// Errors: those of SetMesh.
     void ApplyDab(const SurfacePoint& hit,
@@ -99,17 +99,17 @@ public:
                   float pressure,
                   float strength,
                   AxisAlignedBoundingBox& box) override;
-    /// Applies the tool to a whole mesh at once, without a radius: every vertex has the same
-    /// weight, or is weighted by how far it faces the camera. Can be called inside or outside of a
-    /// stroke.
+    /// Applies the tool to a whole mesh at once, without a radius: all vertices have the same
+    /// weight, or are weighted by how directly they face the camera. Can be called inside or
+    /// outside a stroke.
     void ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) override;
     /// Binds a mesh: lock, storage, undo record, renderers. If the lock is refused or there is no
     /// memory for the undo record, `mesh` is null afterwards.
     /// Errors: "Invalid mesh specified" for a mesh that is not a SubdivisionLevel (it stays
-    /// locked); exceptions of the host. If there is no undo record for the mesh at that point, it
-    /// is unbound.
+    /// locked); exceptions of the host, in which case the mesh is unbound if its undo record has
+    /// not been created yet.
     void SetMesh(Mesh* newMesh);
-    /// Unlocks the bound mesh, if any, and reports that it has changed.
+    /// Unlocks the bound mesh, if any, and reports that the mesh has changed.
     void FinishMesh();
     bool IsStrokeFree() override;
 
@@ -130,9 +130,10 @@ public:
     /// The common part of all kernels, which calls the loops of one kernel: see
     /// kernels/batch/RunPatch.cpp.
     bool RunPatch(uint32_t face, const KernelSwitches& switches, const BatchMovers& movers);
-    /// Returns the switches of this dab, except withFreeze.
+    /// Returns the switches of this dab, excluding withFreeze.
     KernelSwitches DabSwitches() const;
-    /// Returns the switches of this dab. withFreeze is queried from the mesh for every patch.
+    /// Returns the switches of this dab, with withFreeze queried from the mesh; called for every
+    /// patch.
     KernelSwitches PatchSwitches() const;
     /// Fills patchVertexList for a patch.
     /// \return the number of entries.
@@ -147,46 +148,48 @@ public:
     void NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase);
 
     // --- Seams and topology (topology/) ---
-    /// Reads the ghost layer, one cell wide, around a patch into the grids; for Smooth also the
+    /// Reads the one-cell ghost layer around a patch into the grids; for Smooth, also reads the
     /// patch itself. The grids have gridStride x gridStride cells, row by row; patch vertex (r, c)
-    /// is in cell (r + 1) * gridStride + c + 1. At an open border the ghost cells repeat the edge
-    /// of the patch itself. The four outermost corner cells are never written. Mesh-local, w 0.
+    /// is in cell (r + 1) * gridStride + c + 1. At an open border, the ghost cells repeat the
+    /// patch's own edge. The four outermost corner cells are never written. Values are mesh-local,
+    /// with w 0.
     void FillPatchHalo(Mesh* walked, uint32_t patch);
     /// Copies the current positions of the vertices of a patch into positionGrid.
     void ReadPatchPositions(const uint32_t* slice);
     /// Returns whether this dab may use and extend the patch cache of the stroke.
     bool MayUsePatchCache();
-    /// Applies the side effects of a visit of the patch, if the cache shows that the patch is
-    /// culled.
-    /// \return false, without any effect, if it is not.
+    /// If the patch cache shows that the patch is culled, applies the side effects that a visit of
+    /// the patch would have.
+    /// \return false, without any effect, if the patch is not culled.
     bool SkipCulledPatch(uint32_t patch);
-    /// Finds the ghost vertices near the ends of the sides of a patch.
+    /// Finds the ghost vertices near the ends of a patch's sides.
     /// \return false if a side of the patch is open.
     bool FindRingEnds(uint32_t patch, PatchCache::RingEnds& ends) const;
     /// Reads the cells that are needed for the normals at the corners of a culled patch.
     void ReadCornerCells(const PatchCache::Patch& patch);
     /// Returns whether the four corners of the patch in the work list are different vertices. If
-    /// so, no two sides of the patch are joined to each other, and each vertex is listed once.
+    /// they are, no two sides of the patch are joined, and each vertex is listed once.
     bool ListsEachVertexOnce() const;
     /// Whether the vertices and normals of a listed patch are prefetched just before their use
-    /// rather than when the list is built. In a deep patch they would be evicted from the caches
-    /// before they are used.
+    /// rather than when the list is built. In a deep patch, an early prefetch would be evicted from
+    /// the CPU caches before its use.
     bool PrefetchesLate() const { return patchLevel >= 6; }
-    /// Whether patchVertexList is the list of the patch with this slice.
+    /// Whether patchVertexList belongs to the patch with this slice.
     bool IsListed(const uint32_t* slice) const {
         return slice == listedSlice && patchLevel == listedLevel;
     }
     /// Computes the mean of a vertex and all adjacent vertices: of positions, or of values of the
     /// active layer if Smooth works on the layer.
     void RingAverage(Vector& out, uint32_t vertex, uint32_t face);
-    /// Makes the five-cell mean at the four corners of the patch equal to the true ring mean.
-    /// `saved` receives the eight cells that are modified for this.
+    /// Modifies the cells around the four corners of the patch so that the five-cell mean there
+    /// equals the true ring mean. `saved` receives the eight cells that are modified.
     void CorrectCorners(uint32_t patch, Vector (&saved)[8]);
     void RestoreCorners(const Vector (&saved)[8]);
-    /// Reads the value of the vertex in the active layer; creates its record if necessary.
+    /// Reads the vertex's value in the active layer; creates its record if necessary.
     void ReadLayerValue(Vector& out, uint32_t vertex, uint32_t face);
     void FlushDeferredNormals();
-    /// \return whether the vertex is new in this walk and inside the brush.
+    /// \return whether the vertex is visited for the first time in this walk and is inside the
+    /// brush.
     bool SamplePlaneVertex(uint32_t vertex);
     bool SamplePlaneVertexUnchecked(uint32_t vertex);
     bool SamplePlanePatch(uint32_t patch);
@@ -198,9 +201,9 @@ public:
     void SamplePlane(const SurfacePoint& hit);
 
     // --- Stamp (stroke/StampPreparation.cpp) ---
-    /// Reads the settings of the stamp and updates the pixel cache.
+    /// Reads the stamp's settings and updates the pixel cache.
     void PrepareStamp();
-    /// Returns whether the name contains ".vdm" or "_vdm" anywhere, in any case.
+    /// Returns whether the name contains ".vdm" or "_vdm", in upper or lower case.
     static bool IsVectorStampName(const QString& name);
 
     // --- Plain setters ---
@@ -222,10 +225,10 @@ public:
     /// Writes x, y, z of a unit normal to the packed normal of the vertex in `mesh`.
     void setVertexNormal(uint32_t vertex, const HWVector& normal);
 
-    /// The change of the last binding. Requires a bound mesh, which always has a change.
+    /// The change of the most recent binding. Requires a bound mesh, which always has a change.
     MeshChange* CurrentChange() const { return meshChanges[meshChanges.fill - 1].change; }
-    /// Whether Smooth averages values of the active layer. It then creates records for every vertex
-    /// that it reads, including those of the ghost layer.
+    /// Whether Smooth averages values of the active layer. If so, it creates records for every
+    /// vertex that it reads, including ghost vertices.
     bool SmoothsLayer() const { return isSmooth && !affectAllLayers.Value() && layer != nullptr; }
     /// Returns the slice of the face vertex indices of `mesh` that starts at face `patch` *
     /// facesPerPatch.
@@ -244,7 +247,7 @@ public:
     AttributeInstance<QString> falloffName;
     AttributeFloatRange buildUpRate;
 
-    // --- The tool's flags ---
+    // --- Flags of the tool ---
     bool isSmooth = false;
     bool isPinch = false;
     bool isPlaneTool = false;
@@ -266,11 +269,11 @@ public:
     float planeOffsetFactor = 0.0f;
     float planeDirectionSign = 1.0f;
     float strokePlaneSign = 1.0f;
-    /// Number of dabs of the main pass since BeginStroke; the first dab sees 0.
+    /// Number of dabs of the main pass since BeginStroke; 0 during the first dab.
     uint32_t planeDabCount = 0;
     float planeOffset = 0.0f;
-    /// If false, the normal and centre of the plane are collected over the brush area instead of
-    /// along a cross through the hit.
+    /// If false, the plane's normal and centre are sampled over the brush area instead of along a
+    /// cross through the hit.
     bool usePatchNormal = false;
     float buildUpRateCubed = 0.0f;
     /// The walk only samples a plane.
@@ -289,7 +292,7 @@ public:
     float planeSampleWeight = 0.0f;
 
     // --- Levels of the dab ---
-    /// Number of subdivisions inside one patch: 2^patchLevel faces per side.
+    /// Number of subdivisions inside one patch, which has 2^patchLevel faces per side.
     int32_t patchLevel = 0;
     /// Number of the level whose faces are the patches.
     uint32_t patchMeshLevel = 0;
@@ -304,11 +307,11 @@ public:
     Vector localCenter;
     Store<MeshRenderer*> renderers{"swift stroke renderers"};
 
-    // --- Scratch of the kernels ---
+    // --- Scratch memory of the kernels ---
     PatchVertexEntry* patchVertexList = nullptr;
     int32_t patchVertexListCapacity = 0;
-    /// PatchSlice and patchLevel of the patch in patchVertexList; null if the list may be out of
-    /// date. Only compared, never dereferenced.
+    /// PatchSlice and patchLevel of the patch to which patchVertexList belongs; null if the list
+    /// may be out of date. Only compared, never dereferenced.
     const uint32_t* listedSlice = nullptr;
     int32_t listedLevel = 0;
     void* spareScratch = nullptr;
@@ -356,7 +359,7 @@ public:
     float stampScaleV = 0.0f;
     float stampScaleHeight = 0.0f;
 
-    /// All bindings of this stroke in order; the change of the last pair is the current one.
+    /// All bindings of this stroke, in order; the change of the last one is the current change.
     Store<MeshChangePair> meshChanges{"unknown"};
     uint32_t gridStride = 0;
     HWVector* positionGrid = nullptr;

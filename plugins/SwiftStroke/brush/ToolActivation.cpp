@@ -14,8 +14,8 @@ bool IsImprint(const BrushConfiguration* tool) {
 
 }  // namespace
 
-// The only function that converts a tool to state. The rest of the brush tests the flags that are
-// set here.
+// The only function that derives state from the active tool. The rest of the brush tests the flags
+// that are set here.
 void SwiftStroke::SetActiveConfiguration(BrushConfiguration* configuration) {
     const TVCrashReporterFlag flag(4, 4);
     BrushOperation::SetActiveConfiguration(configuration);

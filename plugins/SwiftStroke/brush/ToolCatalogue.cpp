@@ -13,7 +13,7 @@ namespace {
 struct ToolRow {
     Tool tool;
     const char* name;
-    /// The tool tip of the host resolves ${SHORTCUT:...}.
+    /// The host's tool tip resolves ${SHORTCUT:...}.
     const char* help;
 };
 

@@ -25,7 +25,7 @@ struct CheckableFloat {
 /// set.
 class TROVIK_API Attribute {
 public:
-    /// Adds the attribute to the list of the owner.
+    /// Adds the attribute to the owner's list.
     Attribute(Node* owner, const QString& name);
     Attribute(const Attribute&) = delete;
     Attribute& operator=(const Attribute&) = delete;
@@ -33,13 +33,13 @@ public:
     /// Number of the value type: 1 int, 2 float, 3 bool, 4 string, 5 checkable float.
     virtual int attributeType() const = 0;
     virtual void Serialize(Stream& stream) = 0;
-    /// Returns the value as text, independent of the locale; the text of a float restores exactly
-    /// the same float.
+    /// Returns the value as text, independently of the locale; the text of a float parses back to
+    /// exactly the same float.
     virtual QString AsString() const = 0;
-    /// \return false, without a change, if the text is not a value of this type.
+    /// \return false, without changing the value, if the text is not a value of this type.
     virtual bool SetFromString(const QString& text) = 0;
-    /// Connects `target`, which then follows this attribute. If the target had another source, that
-    /// connection ends.
+    /// Connects `target`, which then follows this attribute. If the target had a different source,
+    /// that connection ends.
     virtual void AddTarget(Attribute& target, bool silent);
     virtual void UpdateTargets();
     virtual int TargetType() const;
@@ -47,7 +47,7 @@ public:
     virtual void SetPointerValue(Node* node, bool silent);
     virtual Node* PointerValue() const;
     virtual bool ValidatePointerValue(Node* node) const;
-    /// Removes the attribute from the list of its owner and ends all connections.
+    /// Removes the attribute from its owner's list and ends all connections.
     virtual ~Attribute();
     /// Notifies the owner.
     virtual void StartEvent(NodeEventType type);
@@ -61,10 +61,10 @@ public:
 
     void SetVisible(bool visible) { shown = visible; }
     bool IsVisible() const { return shown; }
-    /// Whether the panel shows a line above the attribute.
+    /// Whether the panel shows a separator line above the attribute.
     void SetSeparator(bool separator) { separated = separator; }
     bool HasSeparator() const { return separated; }
-    /// \param collapsed  whether the group of the category is initially closed.
+    /// \param collapsed  whether the category's group is initially collapsed.
     void SetCategory(const QString& category, bool collapsed);
     const QString& Category() const { return category; }
     bool CategoryCollapsed() const { return collapsed; }
@@ -101,7 +101,7 @@ private:
 template <typename T>
 struct AttributeValue {};
 
-// T is a type, which cannot be parenthesised. NOLINTBEGIN(bugprone-macro-parentheses)
+// T is a type, so it cannot be parenthesised. NOLINTBEGIN(bugprone-macro-parentheses)
 #define TROVIK_ATTRIBUTE_VALUE(T, number)                \
     template <>                                          \
     struct TROVIK_API AttributeValue<T> {                \
@@ -150,8 +150,8 @@ public:
         StartEvent(NodeEventSourceConnected);
         target.StartEvent(NodeEventTargetConnected);
     }
-    /// A target of another type cannot receive the value; its owner is only notified that something
-    /// changed.
+    /// A target of a different type cannot receive the value; its owner is only notified of a
+    /// change.
     void UpdateTargets() override {
         for (uint32_t i = 0; i < TargetCount(); ++i) {
             if (AttributeInstance* same = SameType(*Target(i)))
@@ -199,7 +199,7 @@ private:
 /// A float within a range: values outside the range are clamped, and NaN becomes the minimum.
 class TROVIK_API AttributeFloatRange : public AttributeInstance<float> {
 public:
-    /// \param decimals  number of decimals in the panel.
+    /// \param decimals  number of decimal places in the panel.
     AttributeFloatRange(
         Node* owner, const QString& name, float minimum, float maximum, float value, int decimals);
 

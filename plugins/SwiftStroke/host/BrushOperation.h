@@ -10,7 +10,7 @@ namespace trovik {
 
 class BrushConfiguration;
 
-/// Process-wide switch of the falloff by the angle between the surface and the view. It belongs to
+/// Process-wide switch for the falloff by the angle between the surface and the view. It belongs to
 /// the panel row with the two angles (BrushOperation::facingAngleStart and facingAngleRange).
 class TROVIK_API CheckableFloatArray {
 public:
@@ -51,7 +51,7 @@ private:
     int flags;
 };
 
-/// The stamp of a tool and the way in which dabs apply it.
+/// The stamp of a tool, and how dabs apply it.
 class TROVIK_API StampConfiguration {
 public:
     StampConfiguration();
@@ -61,7 +61,7 @@ public:
     QString path;
     /// Whether the stamp is used.
     bool enabled = false;
-    /// Range of the random rotation of the stamp of each dab, as a fraction of a full turn, 0 to 1.
+    /// Range of the random stamp rotation per dab, as a fraction of a full turn, 0 to 1.
     float randomTurn = 0.0f;
     /// Whether each dab applies the stamp at a random position, size and rotation.
     bool randomize = false;
@@ -96,14 +96,14 @@ public:
 /// The `mask` argument that selects the brush's stamp.
 inline constexpr int stampMask = -1;
 
-/// Base class of all brushes: the settings and their attributes, the stamp, the tools, and the
-/// stroke functions that the host's stroke loop calls.
+/// Base class of all brushes: contains the settings and their attributes, the stamp, the tools, and
+/// the stroke functions that the host's stroke loop calls.
 ///
-/// A stroke is one BeginStroke, one ApplyDab for each hit, and one EndStroke. The order of the
-/// virtual functions is part of the binary interface. Unless a comment states otherwise, the base
-/// class returns and stores the settings that it describes, and all functions are called on the
-/// main thread of the host. A `mask` argument is stampMask for the stamp of the brush, or 1 for the
-/// additional read of the stamp at the mirror vertex; for any other value there is no mask.
+/// A stroke consists of one BeginStroke, one ApplyDab for each hit, and one EndStroke. The order of
+/// the virtual functions is part of the binary interface. Unless stated otherwise, the base class's
+/// getters and setters return and store the setting, and all functions are called on the host's
+/// main thread. A `mask` argument is stampMask for the stamp of the brush, or 1 for the additional
+/// stamp lookup at the mirror vertex; no mask exists for any other value.
 class TROVIK_API BrushOperation : public Operation {
 public:
     /// Key state at the start of a stroke. ModifierSmooth replaces the tool by Smooth for the
@@ -135,9 +135,9 @@ public:
     /// Returns the brush strength at a pressure of 0 to 1, as EffectiveBrushSize does for the size,
     /// if PressureControlsBrushStrength() returns true.
     virtual float EffectiveBrushStrength(float pressure) const;
-    /// Returns the part of the size that does not depend on pressure, in percent.
+    /// Returns the fraction of the size that does not depend on pressure, in percent.
     virtual float BrushSizeBias() const;
-    /// Returns the part of the strength that does not depend on pressure, in percent.
+    /// Returns the fraction of the strength that does not depend on pressure, in percent.
     virtual float BrushStrengthBias() const;
     /// Returns the upper limit of the brush size, 100 by default.
     virtual float MaxBrushSize() const;
@@ -147,7 +147,7 @@ public:
     virtual bool UsesStrokeSmoothing() const;
     /// Returns the length over which the path is smoothed, as a fraction of the viewport height.
     virtual float StrokeSmoothingDistance() const;
-    /// Sets both values of stroke smoothing without a notification of the owner.
+    /// Sets both stroke smoothing values without notifying the owner.
     virtual void SetStrokeSmoothing(bool on, float distance);
     /// Returns whether the brush draws its own cursor. False by default.
     virtual bool HasCustomCursor() const;
@@ -156,7 +156,7 @@ public:
     virtual bool UsesSteadyStroke() const;
     /// Returns the distance at which dabs trail the pointer, as a fraction of the viewport height.
     virtual float SteadyStrokeDistance() const;
-    /// Sets both values of the stabiliser without a notification of the owner.
+    /// Sets both stabiliser values without notifying the owner.
     virtual void SetSteadyStroke(bool on, float distance);
     /// Sets how the size of a stamp is derived from its image. Ignored by the base class.
     virtual void SetStampSizingMode(int mode);
@@ -169,12 +169,12 @@ public:
     virtual const Store<float>& FalloffData() const;
     /// Returns CheckableFloatArray::s_bActive.
     virtual bool UsesFalloffBasedOnFacingAngle() const;
-    /// Sets the falloff by the angle between the surface and the view. `on` is process-wide; the
-    /// angles, in degrees, are those of facingAngleStart and facingAngleRange.
+    /// Configures the falloff by the angle between the surface and the view. `on` is process-wide;
+    /// the angles, in degrees, set facingAngleStart and facingAngleRange.
     virtual void SetFalloffBasedOnFacingAngle(bool on, float start, float range);
-    /// Returns StampConfiguration::randomize of the stamp.
+    /// Returns the stamp's StampConfiguration::randomize.
     virtual bool UsesStampRandomize() const;
-    /// Sets StampConfiguration::randomize of the stamp.
+    /// Sets the stamp's StampConfiguration::randomize.
     virtual void SetStampRandomize(bool on);
 
     /// Returns whether the mask is used. Mask 1 is used if topological mirroring is on and the
@@ -188,23 +188,24 @@ public:
     /// Returns whether the values v of the mask are inverted: 1 - v + offset instead of v - offset,
     /// where offset is MaskOffset(mask).
     virtual bool IsMaskInverted(int mask) const;
-    /// Returns the factor of all mask values, 1 by default. A brush reads it for every dab.
+    /// Returns the factor that is applied to all mask values, 1 by default. Brushes call this for
+    /// every dab.
     virtual float MaskFactor(int mask) const;
     /// Returns whether the mask is repeated in both directions.
     virtual bool IsMaskTiled(int mask) const;
-    /// Returns the file name of the mask. A name that contains ".vdm" or "_vdm" is that of a vector
+    /// Returns the file name of the mask. A name that contains ".vdm" or "_vdm" marks a vector
     /// displacement map.
     virtual QString MaskName(int mask) const;
-    /// Returns whether the build-up of a vertex grows by its weight with the mask (true) or without
-    /// it (false).
+    /// Returns whether a vertex's build-up grows by its weight including the mask (true) or
+    /// excluding it (false).
     virtual bool MaskBuildUp(int mask) const;
     /// Returns the opacity image of the mask. The base class has none and returns an image with
     /// width 0.
     virtual Image* MaskOpacityImage(int mask) const;
     /// Returns the value that is subtracted from the mask values; see IsMaskInverted.
     virtual float MaskOffset(int mask) const;
-    /// Called after the path of the mask was set. Updates the name, and the image if it is already
-    /// in memory; the host loads other images.
+    /// Called after the path of the mask was set. Updates the name and, if the image is already in
+    /// memory, the image; the host loads all other images.
     virtual void OnMaskChanged(int mask);
 
     /// Returns the rate at which repeated dabs of a stroke add up, 1 by default.
@@ -230,7 +231,7 @@ public:
     virtual void SetDirectionVector(const Vector& direction);
 
     /// Starts a stroke. Every call is followed by one EndStroke.
-    /// \param mesh  the mesh to bind; may be null: the first dab then binds the mesh of its hit.
+    /// \param mesh  the mesh to bind; if null, the first dab binds the mesh of its hit.
     /// \param trigger  unless TriggerStroke, the stroke does not sculpt.
     virtual void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger);
     /// Ends the stroke: finishes the changes of all its meshes as one undo step and unlocks the
@@ -239,30 +240,30 @@ public:
     /// Called when the pointer moves. The base class does nothing.
     virtual void MouseMove();
     /// Applies the tool once at a point of the surface. A dab that cannot run, for example because
-    /// the mesh is locked, ends without an error and without a change of `box`.
+    /// the mesh is locked, returns without an error and does not change `box`.
     /// \param hit  mesh-local.
     /// \param position  centre of the dab, world space.
     /// \param size  radius in world units.
     /// \param pressure  0 to 1; scales the build-up.
-    /// \param strength  effective strength before the factors of the tool and the stroke.
-    /// \param box  world space; extended by the region that the dab changed.
+    /// \param strength  effective strength, before the tool's and the stroke's factors are applied.
+    /// \param box  world space; extended to contain the region that the dab changed.
     virtual void ApplyDab(const SurfacePoint& hit,
                           const Vector& position,
                           float size,
                           float pressure,
                           float strength,
                           AxisAlignedBoundingBox& box);
-    /// Applies the tool to all vertices of a mesh at once, inside or outside of a stroke. Does not
+    /// Applies the tool to all vertices of a mesh at once, inside or outside a stroke. Does not
     /// call BeginStroke or EndStroke.
-    /// \param byFacing  weights each vertex by how far it faces the camera; if false, all weights
-    /// are 1.
+    /// \param byFacing  weights each vertex by how directly it faces the camera; if false, all
+    /// weights are 1.
     virtual void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing);
     /// Activates a tool by its name.
-    /// \return false, without a change, if the class of this brush has no tool with this name.
+    /// \return false, without any effect, if the class of this brush has no tool with this name.
     virtual bool SetActiveConfiguration(const QString& name);
-    /// Activates a tool; null activates none. Stores the settings of the previous tool, and
-    /// restores those of the new tool if it has any. A brush overrides this to apply the defaults
-    /// of a new tool. The configuration is borrowed.
+    /// Activates a tool; null deactivates the active tool. Stores the settings of the previous
+    /// tool, and restores those of the new tool if it has any. A brush overrides this to apply the
+    /// defaults of a new tool. The configuration is borrowed.
     virtual void SetActiveConfiguration(BrushConfiguration* configuration);
     /// Returns the active tool, or null.
     virtual BrushConfiguration* ActiveConfiguration() const;
@@ -273,7 +274,7 @@ public:
     virtual void SetMirrorConfig(const MirrorConfiguration& config);
     /// Returns whether the tool has stored settings, that is, whether it was active before.
     virtual bool IsConfigurationInited(const BrushConfiguration* configuration) const;
-    /// Stores the current settings as those of a tool: all attributes and the settings without an
+    /// Stores the current settings for a tool: all attributes and the settings without an
     /// attribute, except the brush size.
     virtual void StoreConfiguration(const BrushConfiguration* configuration);
     /// Restores the stored settings of a tool. Has no effect if there are none.
@@ -284,9 +285,9 @@ public:
     virtual int OverlayOffset() const;
 
     /// Copies the settings of another brush, but not its active tool or the stored settings of its
-    /// tools. Attributes change without a notification of the owner.
+    /// tools. The owner is not notified of the attribute changes.
     virtual const BrushOperation& operator=(const BrushOperation& other);
-    /// Always returns true. The function exists for the layout of the interface.
+    /// Always returns true. The function exists only to preserve the layout of the interface.
     virtual bool AlwaysTrueQuery() const;
     /// Returns whether the brush determines hits itself. False by default.
     virtual bool CustomPicker() const;
@@ -299,7 +300,8 @@ public:
     virtual int FalloffIndex() const;
     /// Returns the number of alternate behaviours that a modifier key can select, 0 or 1.
     virtual unsigned AlternateBehaviorCount() const;
-    /// Returns the name of an alternate behaviour, such as "Smooth"; empty beyond the count.
+    /// Returns the name of an alternate behaviour, such as "Smooth"; empty for an index beyond the
+    /// count.
     virtual QString AlternateBehavior(unsigned index) const;
     /// Returns whether strokes snap to curves (strokeOptionE).
     virtual bool IsSnapToCurve() const;
@@ -326,21 +328,22 @@ public:
 
     /// Adds a tool to the process-wide catalogue, which takes ownership.
     static void AddConfiguration(BrushConfiguration* configuration);
-    /// Returns a tool of the catalogue, in the order of addition; null beyond the end.
+    /// Returns a tool of the catalogue by index, in the order of addition; null for an index beyond
+    /// the end.
     static BrushConfiguration* Configuration(uint32_t index);
     static uint32_t ConfigurationCount();
 
     MirrorConfiguration& MirrorConfig() { return mirrorConfig; }
     /// The direction mode as a number; the brush defines its meaning.
     int Direction() const { return directionAttribute.Value(); }
-    /// Mesh-local position of the previous hit of the stroke on the same side of the mirror;
-    /// exactly zero if there is none.
+    /// Mesh-local position of the stroke's previous hit on the same side of the mirror; exactly
+    /// zero if there is none.
     Vector PreviousPatchPosition() const { return previousPatchPosition; }
     void SetPreviousPatchPosition(const Vector& position) { previousPatchPosition = position; }
     void SetBrushStrengthScale(float scale) { brushStrengthScale = scale; }
     /// Sets whether the stamp is used, and its image file.
     void SetStamp(bool enabled, const QString& path);
-    /// Copies all settings of a stamp. Settings of the stamp that `config` does not contain get
+    /// Copies all settings of a stamp. Stamp settings that `config` does not contain are reset to
     /// their defaults.
     void SetStampConfig(StampConfiguration& config);
 
@@ -350,8 +353,8 @@ public:
         QString name;
     };
 
-    // The settings that the tools of a brush set. The panel of the brush shows the visible ones;
-    // the tool determines which are visible.
+    // The settings that a brush's tools set. The brush's panel shows the visible ones; the tool
+    // determines which are visible.
     AttributeInstance<int> directionAttribute;
     AttributeInstance<CheckableFloat> strokeSmoothingAttribute;
     AttributeInstance<CheckableFloat> steadyStrokeAttribute;
@@ -376,7 +379,7 @@ public:
     /// beyond facingAngleStart + facingAngleRange.
     float facingAngleStart = 0.0f;
     float facingAngleRange = 90.0f;
-    /// Factor that the tool applies to the strength of every dab.
+    /// The factor that the tool applies to the strength of every dab.
     float brushStrengthScale = 1.0f;
     /// If not 0, dabs on a mesh other than the bound one are ignored.
     int strokeMeshLocked = 0;

@@ -7,14 +7,14 @@
 
 namespace trovik {
 
-/// An error as the host and its plug-ins throw it: by pointer, `throw (new Error(...))->Format(
-/// text)`. The code that catches it must call Dispose.
+/// An error of the host or a plug-in, thrown by pointer: `throw (new Error(...))->Format( text)`.
+/// The code that catches it must call Dispose.
 class TROVIK_API Error {
 public:
     enum Code : int {
         None = 0,
         OutOfMemory = 1,
-        /// Incorrect use of an operation; the code of all errors that SwiftStroke itself throws.
+        /// Incorrect use of an operation; SwiftStroke itself throws only errors with this code.
         InvalidUse = 4,
     };
 

@@ -16,7 +16,7 @@ namespace trovik {
 /// the lowest lane; w is 0 for a position. The order in memory is therefore w, z, y, x.
 class alignas(16) HWVector {
 public:
-    /// Lanes are not initialised, so that grids of vectors can be allocated without clearing.
+    /// Leaves the lanes uninitialised, so that grids of vectors can be allocated without clearing.
     HWVector() = default;
     explicit HWVector(__m128 value) : lanes(value) {}
     HWVector(float x, float y, float z, float w) : lanes(_mm_set_ps(x, y, z, w)) {}
@@ -52,7 +52,7 @@ public:
     /// Cross product of x, y, z; each component is the difference of two products. w is w w' - w
     /// w'.
     HWVector operator&(const HWVector& o) const {
-        // Lanes from high to low are x y z w. The shuffles produce (y z x w) and (z x y w).
+        // From high to low, the lanes are x y z w. The shuffles produce (y z x w) and (z x y w).
         const __m128 a1 = _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(2, 1, 3, 0));
         const __m128 a2 = _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(1, 3, 2, 0));
         const __m128 b1 = _mm_shuffle_ps(o.lanes, o.lanes, _MM_SHUFFLE(2, 1, 3, 0));

@@ -67,17 +67,17 @@ public:
     /// for tuning.
     virtual bool IsTestModeOn() const = 0;
 
-    /// Sum of the bits of the guarded functions that are on the stack; see TVCrashReporterFlag.
+    /// Sum of the bits of all guarded functions on the stack; see TVCrashReporterFlag.
     uint32_t crashFlags = 0;
-    /// Commands as text; nodes may connect a string attribute to it.
+    /// Commands as text; nodes may connect a string attribute to this one.
     AttributeInstance<QString> kernelCommandAttribute;
 };
 
 TROVIK_API extern Kernel* g_pKernel;
 
 /// Scope guard of every public entry point of a plug-in. It records for crash reports which
-/// functions were on the stack: it adds `bit` to the counter of the kernel and subtracts it at the
-/// end.
+/// functions were on the stack: it adds `bit` to the kernel's counter and subtracts it at the end
+/// of the scope.
 class TROVIK_API TVCrashReporterFlag {
 public:
     TVCrashReporterFlag(uint32_t flagKind, uint32_t flagBit) : kind(flagKind), bit(flagBit) {

@@ -5,8 +5,8 @@
 
 namespace trovik {
 
-/// A 4 x 4 matrix in single precision, row-vector convention: (x, y, z, w) * M, with the
-/// translation in row 3.
+/// A 4 x 4 matrix in single precision, row-vector convention: (x, y, z, w) * M; row 3 contains the
+/// translation.
 struct TROVIK_API Matrix {
     float m[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
 
@@ -24,10 +24,10 @@ struct TROVIK_API Matrix {
     /// Adds ((x row0 + y row1) + z row2) + w row3.
     Vector ProjectedTransform(const Vector& p, float w) const;
 
-    /// Returns (p, w) times this matrix without the division, added in the same order.
+    /// Returns (p, w) times this matrix without the division; adds in the same order.
     Vector AffineTransform(const Vector& p, float w) const;
 
-    /// The product this * right: applies this matrix first, then right.
+    /// Returns the product this * right, which applies this matrix first, then `right`.
     Matrix operator*(const Matrix& right) const;
 };
 static_assert(sizeof(Matrix) == 64);

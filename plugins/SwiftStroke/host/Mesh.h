@@ -13,9 +13,9 @@
 /// is a mesh. The brush reads and writes the storage of a level directly; all other access is by
 /// virtual functions.
 ///
-/// The corners and sides of a face have the same direction of rotation: side k joins corner k to
-/// corner k + 1. A patch is one face of a coarser level with its descendants: 2^L faces per side,
-/// stored as one slice.
+/// Corners and sides are numbered in the same direction: side k joins corner k to corner k + 1. A
+/// patch is one face of a coarser level with its descendants: 2^L faces per side, stored as one
+/// slice.
 ///
 ///      corner 0 --- side 0 --> corner 1
 ///         ^                       |
@@ -38,7 +38,7 @@ struct TROVIK_API SurfacePoint {
     uint32_t face = 0;
     Vector position;
     Vector normal;
-    /// The hit is the mirrored one of a pair.
+    /// Whether the hit is the mirrored one of a pair.
     bool mirror = false;
 };
 
@@ -72,7 +72,7 @@ protected:
     ~AdjacentVertexEnumerator() = default;
 };
 
-/// Passed to a mesh by the code that locks it, so that the mesh can query whether the lock may be
+/// Passed to a mesh by the code that locks it, so that the mesh can ask whether the lock may be
 /// transferred.
 class TROVIK_API MeshUnlocker {
 public:
@@ -112,19 +112,19 @@ public:
     static const ClassDesc* StaticClass();
 };
 
-/// The undo object of one mesh during one stroke. The code that started it must delete it.
+/// The undo object of one mesh during one stroke. The code that started the change must delete it.
 ///
-/// Look-up of the record of a vertex: let k be the changeLink of the vertex. If k is below
-/// *recordCount and record k is that of the vertex, it has been found. Otherwise the vertex has no
-/// record, and the word is its visit stamp.
+/// To look up a vertex's record, let k be the vertex's changeLink. If k is below *recordCount and
+/// record k belongs to the vertex, it is the result. Otherwise the vertex has no record, and its
+/// changeLink is its visit stamp.
 class TROVIK_API MeshChange {
 public:
     virtual ~MeshChange();
     MeshChange(const MeshChange&) = delete;
     MeshChange& operator=(const MeshChange&) = delete;
 
-    /// Creates the record of a vertex that has none: copies its position, normal and link word, and
-    /// sets the link of the vertex to the record. The reference is valid until the next call.
+    /// Creates the record of a vertex that has none: copies the vertex's position, normal and link
+    /// word, and sets its link to the record. The reference is valid until the next call.
     /// \param face  a face that uses the vertex.
     /// \param withLayerSlot  whether to reserve a slot in the active layer.
     /// \throw Error::s_cBadAlloc if memory cannot be allocated.
@@ -140,26 +140,25 @@ public:
     static constexpr uint32_t noLayerSlot = 0xffffffffu;
 
     /// Ends the change at the end of a stroke and passes it to the undo history.
-    /// \param keepTopology  the faces of the mesh have not changed.
-    /// \param joinPrevious  the step belongs to the same undo step as the change that was finished
+    /// \param keepTopology  whether the faces of the mesh are unchanged.
+    /// \param joinPrevious  whether the step joins the undo step of the change that was finished
     /// before it.
     virtual void Finish(bool keepTopology, bool joinPrevious) = 0;
 
     Mesh* mesh;
     Store<StoredVertexInfo>* records;
     uint32_t* recordCount;
-    /// Number of edits of the positions or normals of the mesh while this change was open, except
-    /// those by the brush itself through its kernels or the layer. Valid if countsOutsideEdits is
-    /// set.
+    /// Number of edits of the mesh's positions or normals while this change was open, except the
+    /// brush's own edits through its kernels or the layer. Valid if countsOutsideEdits is set.
     uint32_t outsideEdits = 0;
     /// Declares that the host increments outsideEdits for every such edit. A brush may then reuse
-    /// results of the previous dab as long as the count does not change. By default this is false,
+    /// results of the previous dab while the count does not change. By default the flag is false,
     /// and every dab reads the mesh again.
     bool countsOutsideEdits = false;
 
 protected:
     explicit MeshChange(Mesh* changedMesh);
-    /// Returns the slot of the vertex in the active layer, and creates it if necessary.
+    /// Returns the vertex's slot in the active layer, and creates it if necessary.
     virtual uint32_t ReserveLayerSlot(uint32_t vertex) = 0;
 };
 
@@ -196,23 +195,22 @@ public:
     virtual uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator,
                                                uint32_t vertex,
                                                uint32_t face) = 0;
-    /// Breadth-first flood fill over faces, starting at `face`. Calls Tester once per face; if it
-    /// returns true, calls Operator and continues across sides 0 to 3. The cost depends only on the
-    /// faces that are reached. Does not change visitStamp.
+    /// Breadth-first flood fill over faces, starting at `face`. Calls Tester once per face; if
+    /// Tester returns true, calls Operator and continues across sides 0 to 3. The cost depends only
+    /// on the number of faces that are reached. Does not change visitStamp.
     virtual void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) = 0;
     /// Flood fill over vertices in the same way, starting at the corners of `face`. Adds 1 to
     /// visitStamp at the end.
     virtual void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) = 0;
-    /// Topological mirror of a corner.
-    /// \return the mirror vertex or -1.
+    /// Returns the topological mirror vertex of a corner, or -1 if there is none.
     virtual int32_t MirrorVertex(uint32_t face,
                                  uint32_t corner,
                                  uint32_t* outFace,
                                  uint32_t* outCorner) = 0;
     /// Returns the neighbour across a side as face * 4 + side, or openBorder for an open border.
     virtual uint32_t QuadEdgeNeighbour(uint32_t face, uint32_t side) = 0;
-    /// Computes the normal of a face, of any length: for a quad the cross product of its diagonals,
-    /// for a triangle that of its sides at corner 0.
+    /// Computes the normal of a face, not normalised: for a quad, the cross product of its
+    /// diagonals; for a triangle, the cross product of its sides at corner 0.
     virtual void FaceNormal(Vector* out, uint32_t face) = 0;
     virtual trovik::Geometry* Geometry() = 0;
     /// Requests permission to change the mesh. If the result is false, the mesh must not be
@@ -233,9 +231,9 @@ protected:
     Mesh();
 };
 
-/// Creates records like Add_uncached, but inline, as long as there is room. The state of the change
-/// is read once. The change is updated when this object is destroyed; until then, records must not
-/// be added in any other way.
+/// Creates records like Add_uncached, but inline, as long as there is room. Reads the state of the
+/// change once, and updates the change when it is destroyed; until then, records must not be added
+/// in any other way.
 class RecordMaker {
 public:
     explicit RecordMaker(MeshChange& change)
@@ -258,7 +256,7 @@ public:
         return link < fill && records[link].vertexIndex == vertex ? records + link : nullptr;
     }
     /// Creates the record of a vertex that has none. Requires MeshChange::HasRoom.
-    /// \param layerSlot  MeshChange::noLayerSlot, or the slot that is reserved for it.
+    /// \param layerSlot  MeshChange::noLayerSlot, or the slot that is reserved for the vertex.
     StoredVertexInfo& Add(uint32_t vertex, Vertex& vertexRecord, uint32_t layerSlot) {
         StoredVertexInfo& record = records[fill];
         // Position and link word have the same layout in the record and the vertex.
@@ -299,12 +297,12 @@ public:
     /// Tables of a patch that is refined `level` times, N = 2^level faces per side. They are built
     /// once and exist until the process ends. `level` must be at most 15.
     ///
-    /// For each of the (N + 1)^2 grid points in row order: the position of its vertex index in the
-    /// slice of faceVertexIndices that belongs to the patch.
+    /// For each of the (N + 1)^2 grid points in row order: the offset of its vertex index in the
+    /// patch's slice of faceVertexIndices.
     static const Store<uint32_t>& QuadVertexIndexTable(uint32_t level);
     /// For each of the N^2 cells in row order: the number of the face within the patch.
     static const Store<uint32_t>& QuadIndexTable(uint32_t level);
-    /// The inverse table: for each face within the patch its cell, row * N + column.
+    /// The inverse table: for each face within the patch, its cell, row * N + column.
     static const Store<uint32_t>& InvertedQuadIndexTable(uint32_t level);
 
     const ClassDesc* RuntimeClass() const override;

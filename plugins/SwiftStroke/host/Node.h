@@ -12,13 +12,13 @@ namespace trovik {
 class Attribute;
 class Stream;
 
-/// Type of an event of an attribute of a node.
+/// Type of an attribute event.
 enum NodeEventType : int {
-    /// Its value changed.
+    /// The attribute's value changed.
     NodeEventValueChanged = 0,
-    /// It became the target of a connection.
+    /// The attribute became the target of a connection.
     NodeEventTargetConnected = 1,
-    /// It became the source of a connection.
+    /// The attribute became the source of a connection.
     NodeEventSourceConnected = 2,
 };
 
@@ -49,9 +49,9 @@ public:
     virtual QWidget* CreatePropertiesWindow(QWidget* parent);
     /// Reads or writes the node, depending on the direction of the stream.
     virtual void Serialize(Stream& stream);
-    /// \return false if the content of the node is inconsistent.
+    /// \return false if the node's content is inconsistent.
     virtual bool CheckValidity();
-    /// Copies names and the values of attributes with the same name and type, without events.
+    /// Copies the names, and the values of attributes with equal name and type, without events.
     virtual void CopyTo(Node& target) const;
     /// \return a new node of the same class with the same content, owned by the caller.
     virtual Node* Duplicate() const;
@@ -65,7 +65,7 @@ public:
     /// listeners.
     void ContentChanged();
     /// Sets the attributes from the stored template of this class, if there is one.
-    /// \param name  of the template; empty for the default of the class.
+    /// \param name  name of the template; empty for the default of the class.
     /// \param silent  if false, value events are sent.
     void LoadTemplate(const QString& name, bool silent);
 

@@ -5,14 +5,14 @@
 
 namespace trovik {
 
-/// Settings of the user rather than of a scene. The constructor registers the setting with the
+/// A setting that belongs to the user rather than to a scene. The constructor registers it with the
 /// host, which owns the attribute and stores its value. Settings with the same key share one
 /// attribute.
 namespace Preferences {
 
 class TROVIK_API Bool {
 public:
-    /// \param advanced  shown only in the advanced panel.
+    /// \param advanced  whether the setting is shown only in the advanced panel.
     Bool(const QString& key,
          const QString& category,
          const QString& label,

@@ -9,12 +9,12 @@
 
 namespace trovik {
 
-/// The growable array of the whole system. If the array grows by appending, its capacities are 0,
-/// 1, 3, 7, 15 and so on. Element i is array[i] while i is below the capacity, and array[0]
-/// otherwise; code that reads `array` directly clamps in the same way.
+/// The growable array that the whole system uses. Appending grows its capacity through 0, 1, 3, 7,
+/// 15 and so on. Element i is array[i] if i is below the capacity, and array[0] otherwise; code
+/// that reads `array` directly clamps in the same way.
 ///
 /// Errors: if memory accounting rejects an allocation, Error::s_cBadAlloc is thrown. If the
-/// allocation itself fails, this is logged, and the array does not grow.
+/// allocation itself fails, the failure is logged, and the array does not grow.
 template <typename T>
 class Store : public Block {
 public:
@@ -100,7 +100,7 @@ public:
 
     T* array = nullptr;
     uint32_t capacity = 0;
-    /// True: growth copies memory; false: growth copies element by element.
+    /// If true, growth copies memory; if false, growth copies element by element.
     bool plainCopy = true;
     Block* self;
     uint32_t fill = 0;

@@ -7,9 +7,9 @@ namespace trovik {
 
 class ClassDesc;
 
-/// A scene file that is being read or written. A single Serialize function serves both directions:
-/// it checks IsStoring and calls the matching function of each pair. All numbers in the file are
-/// little-endian.
+/// A scene file that is being read or written. A single Serialize function implements both
+/// directions: it checks IsStoring and calls the matching function of each pair. All numbers in the
+/// file are little-endian.
 ///
 /// Errors: a read beyond the end, or a stored length that exceeds the file, throws an Error of the
 /// host. Data that was read before the error must be discarded.
@@ -17,14 +17,14 @@ class TROVIK_API Stream {
 public:
     virtual ~Stream();
 
-    /// The version of the class in this file; when storing, its current version. Returns 0 for a
-    /// class that the file does not contain.
+    /// Returns the version of the class in this file; when storing, its current version. Returns 0
+    /// for a class that the file does not contain.
     virtual int ClassVersion(const ClassDesc* classDesc) const = 0;
     /// Whether the file has format `number` or newer.
     virtual bool IsFormatAtLeast(uint32_t number) const = 0;
     virtual bool IsStoring() const = 0;
 
-    /// Transfers raw elements one after the other, in memory order.
+    /// Transfers raw elements in memory order.
     virtual void ReadElements(void* elements, uint32_t elementSize, uint64_t count) = 0;
     virtual void WriteElements(const void* elements, uint32_t elementSize, uint64_t count) = 0;
 

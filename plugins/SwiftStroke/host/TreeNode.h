@@ -23,13 +23,14 @@ public:
     virtual TreeNode* PrevSibling() const;
     /// Moves a child to the position after `after`; null moves it to the front.
     virtual void MoveChild(TreeNode* child, TreeNode* after);
-    /// \return child number `index` among those of the class or a derived class, or null.
+    /// \return the child with this index among the children of the class or a derived class, or
+    /// null.
     virtual TreeNode* ChildByClass(const ClassDesc* classDesc, uint32_t index);
     /// \return the first child of the class. If there is none and `create` is set, one is created
     /// and added.
     virtual TreeNode* ChildByClass(const ClassDesc* classDesc, bool create);
     virtual void DeleteChildByClass(const ClassDesc* classDesc);
-    /// One line for lists of nodes.
+    /// A one-line description for lists of nodes.
     virtual QString Info() const;
     virtual bool Visible() const;
     virtual void SetVisible(bool visible);

@@ -50,14 +50,15 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     const PatchKernelPointer kernel = patchKernels[PatchSwitches().Index()];
     const bool reached = (this->*kernel)(face);
 
-    // The normals need the true positions of the neighbours in the ghost cells. Smooth on positions
+    // The normals require the neighbours' true positions in the ghost cells. Smooth on positions
     // has already read them and modified only eight cells.
     if (isSmooth && affectAllLayers.Value())
         RestoreCorners(modifiedCells);
     else
         FillPatchHalo(walked, face);
 
-    // Also if no vertex was reached, because the patch may share a seam with a patch that moved.
+    // Done even if no vertex was reached, because the patch may share a seam with a patch that
+    // moved.
     RefreshPatchNormals(PatchSlice(face));
     if (!reached) return false;
     NotifyRenderersOfPatch(face, faceBase);
@@ -78,7 +79,7 @@ void SwiftStroke::NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase) {
     for (uint32_t i = 0; i < renderers.fill; ++i) {
         MeshRenderer* renderer = renderers.array[i];
         notify(renderer, faceBase);
-        // The map is empty if there was no memory for its table.
+        // The map is empty if its table could not be allocated.
         if (patchMap == nullptr || patchMap->neighbourFaces.fill == 0) continue;
         for (uint32_t k = 0; k < PatchMap::rowLength; ++k) {
             const uint32_t neighbour = patchMap->neighbourFaces[baseFace * PatchMap::rowLength + k];

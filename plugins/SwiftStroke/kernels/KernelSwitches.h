@@ -10,8 +10,8 @@ namespace trovik {
 struct KernelSwitches {
     bool withStamp = false;          ///< bit 0: the weight is multiplied by a stamp
     bool withoutRadius = false;      ///< bit 1: whole-mesh pass: no distance, falloff or build-up
-    bool alongVertexNormal = false;  ///< bit 2: along the normal of each vertex; for averaging: of
-                                     ///< positions
+    bool alongVertexNormal = false;  ///< bit 2: move along each vertex's normal; when averaging:
+                                     ///< average positions
     bool withFreeze = false;         ///< bit 3: the freeze amount reduces the weight
     bool throughLayer = false;       ///< bit 4: write through the sculpt layer
     bool averageBit = false;         ///< bit 5: together with pullBit selects the family, see below

@@ -7,8 +7,8 @@
 #include <algorithm>
 
 /// \file
-/// The kernel of one patch, and the entry of its 1024 specialisations in the table. Only the
-/// instance files include this header; each of them instantiates some of the specialisations.
+/// The kernel of one patch, and the code that enters its 1024 specialisations in the table. Only
+/// the instance files include this header; each of them instantiates some of the specialisations.
 namespace trovik {
 
 /// The second stage of the vertex step for a batch, in the order of the work list. Not inlined, so
@@ -43,8 +43,8 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
             v.weight = batch.weight[i];
         }
         reached |= MoveVertex(sw, dab, v);
-        // Stored after the move, so that the move need not account for a possible change of the
-        // vertex by this store.
+        // Stored after the move; otherwise, the compiler would have to assume during the move that
+        // this store changes the vertex.
         if constexpr (sw.family == Family::Pushing && !sw.withStamp && !sw.withoutRadius)
             v.record->buildUp = batch.buildUp[i];
     }
@@ -54,8 +54,8 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
 }
 
 /// Returns whether a kernel may process two rows at once. This requires that it averages positions
-/// and that no renderer is notified per vertex. An average depends on the one to its left through a
-/// chain of additions; two independent rows keep the processor busy.
+/// and that no renderer is notified per vertex. Each average depends on the one to its left through
+/// a chain of additions, so processing two independent rows hides latency.
 constexpr bool MayPairRows(const KernelSwitches& s) {
     return FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal &&
            !s.withStamp && !s.tiledStamp && !s.withoutRadius && !s.throughLayer &&
@@ -88,10 +88,10 @@ TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
     left = position;
 }
 
-/// The second stage for two rows. The lower row is one vertex behind the upper row: it needs the
-/// result above it, and the upper row needs the old value below it. A cell contains `current` of
-/// its vertex until the vertex is processed. The bounds are therefore computed after both rows, in
-/// the order of the list, from the old and new values of the cells.
+/// The second stage for two rows. The lower row is processed one vertex behind the upper row: it
+/// needs the new value above it, while the upper row needs the old value below it. A cell contains
+/// `current` of its vertex until the vertex is processed. Therefore, the bounds are computed after
+/// both rows, in the order of the list, from the old and new values of the cells.
 template <KernelSwitches switches>
 __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
                                            const PatchVertexEntry* entries,

@@ -2,8 +2,8 @@
 
 /// \file
 /// Normals of a patch by central differences over its grid. Four neighbouring cells of a row are
-/// transposed to four x, four y and four z. Each number is computed by the same operations as in
-/// the products and in Normalize of HWVector, in the same order.
+/// transposed to four x, four y and four z. Each number is computed by the same operations, in the
+/// same order, as in HWVector's products and HWVector::Normalize.
 #include "kernels/PatchNormals.h"
 
 #include "brush/SwiftStroke.h"
@@ -16,13 +16,13 @@ namespace trovik {
 
 namespace {
 
-/// Each member has one component of four vectors.
+/// Each member contains one component of four vectors.
 struct Components {
     __m128 x, y, z;
 };
 
 TROVIK_FORCE_INLINE Components Transposed(__m128 v0, __m128 v1, __m128 v2, __m128 v3) {
-    // Lanes from low to high are w z y x; w is unused.
+    // From low to high, the lanes are w z y x; w is unused.
     const __m128 zw01 = _mm_unpacklo_ps(v0, v1);
     const __m128 zw23 = _mm_unpacklo_ps(v2, v3);
     const __m128 xy01 = _mm_unpackhi_ps(v0, v1);
@@ -71,7 +71,7 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
 }
 
 /// The fourth word is reserved for the host and does not change. The normal is read and written as
-/// one word, so that a cache miss starts long before the value is needed.
+/// one word, so that a cache miss is issued long before the value is needed.
 TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint64_t packed) {
     constexpr uint64_t hostWord = uint64_t{0xffff} << 48;
     uint64_t words;
@@ -94,7 +94,7 @@ void PackNormals(
         }
         return;
     }
-    // Fewer than four are computed from a copy, because the grid may end after them.
+    // Fewer than four cells are computed from a copy, because the grid may end after them.
     HWVector copy[3][6];
     for (uint32_t i = 0; i < 6; ++i) {
         const uint32_t from = std::min(i, count + 1);
@@ -121,7 +121,7 @@ public:
           pack(CurrentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
 
     /// Processes the rows as one sequence, including the ghost cells between them. This costs less
-    /// than groups that a row does not fill.
+    /// than processing partial groups at the end of each row.
     void All() {
         const uint32_t cells = (points - 1) * stride + points;
         uint32_t place = 0;
@@ -148,15 +148,15 @@ private:
     /// Stores packed normals, from index `first` on, for `count` entries of the patch list.
     void Put(uint32_t first, uint32_t count, uint32_t place) {
         const uint64_t* from = packed.normals + first;
-        // Copied to a local variable, because the compiler must assume that a written normal may
-        // overlap the members.
+        // Copied to local variables, because the compiler must assume that a written normal may
+        // alias the members.
         PackedNormal* const to = normals;
         if (list == nullptr) {
             for (const uint32_t* at = places + place; count > 0; --count)
                 StoreNormal(to[slice[*at++]], *from++);
             return;
         }
-        // The list gives the vertices in fewer steps.
+        // The list provides the vertices with fewer indirections.
         const PatchVertexEntry* entries = list + place;
         if (fetchesLate) {
             const PatchVertexEntry* const last = list + (points * points - 1);

@@ -8,7 +8,7 @@
 namespace trovik {
 
 /// Packed normals of up to 64 neighbouring cells of a grid row, each in the memory layout of
-/// PackedNormal, with the host word 0.
+/// PackedNormal, with the host's word set to 0.
 struct PackedRow {
     static constexpr uint32_t capacity = 64;
     alignas(32) uint64_t normals[capacity];
@@ -16,11 +16,11 @@ struct PackedRow {
 
 /// Computes normals by central differences at `count` cells starting at `cell`, 1 to 64 of them, in
 /// a grid whose rows are `stride` cells apart: the cross product of the differences across and
-/// along, times `scale` by component, normalised and packed as HWVector does. Reads the cells
-/// around them, and no cells beyond the `count` + 2 cells of the three rows.
+/// along, times `scale` per component, normalised and packed as HWVector does. Reads only the
+/// `count` + 2 cells around them in each of the three rows.
 void PackNormals(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out);
-/// Computes bit-identical results, eight at a time. Requires VectorWidth::Eight.
+/// Computes the same results, bit-identical, eight cells at a time. Requires VectorWidth::Eight.
 void PackNormalsWide(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out);
 

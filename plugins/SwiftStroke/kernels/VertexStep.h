@@ -25,7 +25,8 @@ TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
     return reached;
 }
 
-/// The second stage for a vertex whose weight is known: stamp, strength, displacement, write.
+/// The second stage for a vertex whose weight has been computed: stamp, strength, displacement,
+/// write.
 /// \return whether the dab reached it.
 template <class Switches>
 TROVIK_FORCE_INLINE bool MoveVertex(const Switches& sw, DabConstants& dab, VertexState& v) {

@@ -5,8 +5,8 @@
 
 namespace trovik {
 
-/// Runs an action at the end of a scope, also if it is left by an exception. The action must not
-/// throw.
+/// Runs an action at the end of a scope, even if the scope is left by an exception. The action must
+/// not throw.
 template <class Action>
 class AtScopeEnd {
 public:

@@ -9,8 +9,8 @@ namespace trovik {
 
 /// The vectors and matrices that the kernels read for each vertex, in one aligned block.
 struct BrushSpace {
-    /// Dab centre in the space in which distances are measured: mesh-local, or world if the scale
-    /// of the mesh is not uniform.
+    /// Dab centre in the space in which distances are measured: mesh-local, or world space if the
+    /// mesh's scale is not uniform.
     HWVector center;
     /// Push direction or plane normal of this pass. Mesh-local.
     HWVector direction;
@@ -18,9 +18,9 @@ struct BrushSpace {
     /// vertex.
     HWVector boundsMin;
     HWVector boundsMax;
-    /// 1 / scale of the transform of the mesh, per axis.
+    /// 1 / scale of the mesh's transform, per axis.
     HWVector inverseScale;
-    /// Full width and height of the stamp image as vectors in the plane of the stamp.
+    /// Full width and height of the stamp image, as vectors in the stamp's plane.
     HWVector stampAxisU;
     HWVector stampAxisV;
     /// Multiplying (x, y, z, 1) by this matrix and dividing by the fourth component gives a stamp

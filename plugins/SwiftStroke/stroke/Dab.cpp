@@ -50,7 +50,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     if (!HasFaces(hit.mesh)) return;
     if (!wholeMesh && falloffTable == nullptr) return;
     // A walk can end with an exception, for example if memory for a record cannot be allocated. The
-    // pending normals belong to the mesh of this dab; the mesh of the next dab may be smaller.
+    // pending normals belong to this dab's mesh; the next dab's mesh may be smaller.
     const AtScopeEnd dropPendingNormals([this] { deferredNormals.SetFill(0, true); });
     mirrorPass = hit.mirror ? 1 : 0;
     dabReserved = 0;
@@ -103,8 +103,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
             else
                 patchCache.Forget();
             {
-                // Runs even after an exception, because records have the mark of this dab, which no
-                // later dab may use.
+                // Runs even after an exception, because records contain this dab's mark, which no
+                // later dab may reuse.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             }
@@ -127,8 +127,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     FlushDeferredNormals();
 }
 
-/// Returns the patch depth for this brush, such that the side of a patch measures about half the
-/// radius.
+/// Returns the patch depth for this brush, chosen so that a patch side is about half the radius
+/// long.
 int32_t SwiftStroke::WantedPatchLevel(float size, float edge) const {
     const float factor = swiftStrokeLevelFactor;
     const float wanted = std::trunc(factor * (logf(size * 0.5f / edge) / logf(2.0f)));
@@ -153,7 +153,7 @@ void SwiftStroke::SplitPatchLevel(int32_t wanted) {
         patchMeshLevel = static_cast<uint32_t>(level - wanted);
         patchLevel = wanted;
     }
-    // A patch must be a quad; if the base has triangles, level 1 is the coarsest level with quads.
+    // Patches must be quads; if the base has triangles, level 1 is the coarsest level with quads.
     const Geometry* geometry = mesh->Geometry();
     if (patchMeshLevel == 0 && geometry->LowestLevel()->meshType != 1 && patchLevel != 0) {
         ++patchMeshLevel;
@@ -184,8 +184,8 @@ void SwiftStroke::SetUpRadius(const Vector& position, float size) {
 void SwiftStroke::SetUpPlaneStep(float strength) {
     planeOffset = planeOffsetFactor * radius;
     if (!isWax) return;
-    // Wax always pushes at full strength; its strength setting is the height of the plane above the
-    // surface.
+    // Wax always pushes at full strength; its strength setting determines the height of the plane
+    // above the surface.
     planeOffset = strength * 0.1f;
     dabStrength = 100.0f;
     if (!g_pKernel->IsTestModeOn()) return;
@@ -213,7 +213,7 @@ void SwiftStroke::SetUpStampFrame(const Vector& position) {
     stampScaleU = (right - origin).Length() / 100.0f;
     stampScaleV = (origin - below).Length() / 100.0f;
     stampScaleHeight = std::sqrt(stampScaleV * stampScaleU);
-    // Read for every dab, so that the factor can change during a stroke.
+    // The factor is read for every dab, because it can change during a stroke.
     stampFactor = MaskFactor(stampMask);
 }
 

@@ -104,7 +104,7 @@ void SwiftStroke::WriteDirection(int mode, const SurfacePoint& hit) {
 }
 
 void SwiftStroke::MirrorDirection(int mode, const SurfacePoint& hit) {
-    // An axis or view direction is that of the main pass, mirrored.
+    // An axis or view direction is the mirrored direction of the main pass.
     if (mode >= DirectionAxisX && mode <= DirectionPlaneYZ) {
         const MirrorConfiguration& mirror = MirrorConfig();
         planePoints[1] = mirror.Transform(planePoints[0], 1.0f, &hit);

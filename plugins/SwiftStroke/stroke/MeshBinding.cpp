@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Returns whether the axes have different scales, by more than one per cent of the scale along x.
+/// Returns whether the scales along the axes differ by more than one per cent of the scale along x.
 bool IsNonUniform(const Vector& scale) {
     const float inverse = 1.0f / scale.x;
     const float y = scale.y * inverse;
@@ -32,8 +32,8 @@ void SwiftStroke::SetMesh(Mesh* newMesh) {
         ReadMesh();
         OpenChange();
     } catch (...) {
-        // Without a change of its own, edits of the mesh would be recorded in the change of another
-        // mesh.
+        // If the mesh had no change of its own, its edits would be recorded in another mesh's
+        // change.
         FinishMesh();
         throw;
     }
@@ -79,7 +79,8 @@ void SwiftStroke::BindPatchMap() {
     if (patchMapMesh->meshType != 1) patchMapMesh = mesh->Geometry()->LevelByIndex(1);
     patchMap = dynamic_cast<PatchMap*>(patchMapMesh->ChildByClass(&patchMapClass, true));
     if (patchMap == nullptr || patchMap->neighbourFaces.fill != 0) return;
-    // The map is from a scene without a table. A new map fills its table when it is linked.
+    // The map was loaded from a scene without a table. A new map builds its table when it is
+    // linked.
     patchMapMesh->RemoveChild(patchMap);
     delete patchMap;
     patchMap = dynamic_cast<PatchMap*>(patchMapMesh->ChildByClass(&patchMapClass, true));

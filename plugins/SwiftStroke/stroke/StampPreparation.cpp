@@ -30,7 +30,7 @@ void SwiftStroke::PrepareStamp() {
     stampIsVector = stampEnabled && IsVectorStampName(MaskName(stampMask));
     if (!stampEnabled || image == nullptr) return;
 
-    // The factor is not part of the pixels, but it is compared.
+    // The factor does not affect the cached pixels, but it is compared as well.
     const bool current = image == stampImage && IsMaskInverted(stampMask) == stampInverted &&
                          MaskFactor(stampMask) == stampFactor &&
                          MaskOffset(stampMask) == stampOffset &&
@@ -39,7 +39,7 @@ void SwiftStroke::PrepareStamp() {
     try {
         RebuildStamp();
     } catch (...) {
-        // The pixels are missing or incomplete; the next stroke builds them again.
+        // The pixels are missing or incomplete; the next stroke rebuilds them.
         stampImage = nullptr;
         stampEnabled = false;
         throw;

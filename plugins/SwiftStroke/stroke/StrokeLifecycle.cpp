@@ -25,7 +25,7 @@ uint32_t RefineIntervalFor(float distance) {
 void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) {
     const TVCrashReporterFlag flag(4, 0x20);
     if (modifier == ModifierSmooth && ActiveConfiguration() == nullptr) {
-        // There is no tool to return to, so the stroke does not start. Without a falloff its dabs
+        // There is no tool to return to, so the stroke does not start. Without a falloff, its dabs
         // have no effect; see also ApplyToWholeMesh.
         falloffTable = nullptr;
         strokeActive = false;
@@ -62,7 +62,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         planePoints[pass] = Vector();
     }
 
-    // Strength is in world units, so a mesh with a larger scale needs smaller local steps.
+    // Strength is in world units, so a mesh with a larger scale requires smaller local steps.
     strokeStrengthScale = 1.0f;
     if (strokeMesh != nullptr) {
         Vector scale;
@@ -71,7 +71,8 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         brushSpace->inverseScale =
             volume == 0.0f ? HWVector(Vector(1.0f, 1.0f, 1.0f))
                            : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
-        // A mirrored mesh has the same step length: the power of a negative volume would be NaN.
+        // Uses the magnitude, so that a mirrored mesh has the same step length: the power of a
+        // negative volume would be NaN.
         const float side = powf(std::fabs(volume), 0.33333334f);
         strokeStrengthScale = side;
         if (side != 0.0f) strokeStrengthScale = 1.0f / side;
@@ -105,8 +106,8 @@ void SwiftStroke::EndStroke() {
     }
     if (mesh == nullptr) return;
 
-    // Uses the mesh pointer of the change, which is reset when the mesh is destroyed; that of the
-    // pair is not.
+    // Uses the change's mesh pointer, which is reset when the mesh is destroyed; the pair's pointer
+    // is not.
     const auto isEditable = [this](const MeshChangePair& pair) {
         const Mesh* changed = pair.change->mesh;
         return useTessellator && changed != nullptr && MeshEditable(changed);
@@ -122,7 +123,7 @@ void SwiftStroke::EndStroke() {
         try {
             pair.change->Finish(keepTopology, joinPrevious);
         } catch (...) {
-            // The stroke is ended for all its meshes before the first error is rethrown.
+            // The stroke is ended for all of its meshes before the first error is rethrown.
             if (failure == nullptr) failure = std::current_exception();
         }
         delete pair.change;

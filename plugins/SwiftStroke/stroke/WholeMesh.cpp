@@ -7,7 +7,7 @@ namespace trovik {
 void SwiftStroke::ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) {
     const TVCrashReporterFlag flag(4, 0x8000);
     if (!HasFaces(wholeMeshTarget)) return;
-    // The state after BeginStroke if there was no tool for the Smooth modifier.
+    // This is the state after BeginStroke if there was no tool for the Smooth modifier.
     if (!strokeActive && falloffTable == nullptr && ActiveConfiguration() == nullptr) return;
     wholeMesh = true;
     wholeMeshFacing = byFacing;

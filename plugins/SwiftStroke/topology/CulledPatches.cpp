@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The effects of a dab on a patch that it cannot reach. PatchCache explains why there are no
-/// others.
+/// \file Applies the effects of a dab to a patch that it cannot reach. PatchCache explains why
+/// there are no other effects.
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
 #include "topology/PatchSides.h"
@@ -14,8 +13,8 @@ namespace {
 /// The four positions of RingEnds along a side.
 uint32_t RingEndAt(uint32_t k, uint32_t size) { return k < 2 ? k : size - 3 + k; }
 
-/// A vertex of a patch near its corner `corner`, `x` steps along the row and `y` steps along the
-/// column away from it.
+/// The vertex of a patch that is `x` steps along the row and `y` steps along the column away from
+/// corner `corner`.
 struct NearCorner {
     NearCorner(uint32_t corner, uint32_t x, uint32_t y, uint32_t size)
         : row((corner & 2u) != 0 ? size - y : y), column((corner & 1u) != 0 ? size - x : x) {}
@@ -39,7 +38,7 @@ bool SwiftStroke::FindRingEnds(uint32_t patch, PatchCache::RingEnds& ends) const
         if (neighbour >= firstOpen) return false;
         const uint32_t* slice = PatchSlice(neighbour >> 2);
         const Walk walk = NeighbourWalk(neighbour & 3u, size);
-        // The two patches have opposite directions along an edge.
+        // The two patches have opposite directions along their shared edge.
         for (uint32_t k = 0; k < 4; ++k)
             ends[side * 4 + k] =
                 slice[vertexTable[Along(walk.start, size - RingEndAt(k, size), walk.step)]];
@@ -69,7 +68,7 @@ void SwiftStroke::ReadCornerCells(const PatchCache::Patch& patch) {
 bool SwiftStroke::SkipCulledPatch(uint32_t patch) {
     PatchCache::Patch* known = patchCache.Find(patch);
     // The box is mesh-local, so it cannot be compared with a radius that is measured in world
-    // space. A box of positions with a NaN is not valid either.
+    // space. A box that was computed from a NaN is not valid, either.
     if (known == nullptr || known->hasNan || nonUniformScale) return false;
     const HWVector& c = brushSpace->center;
     const float center[3] = {c.X(), c.Y(), c.Z()};

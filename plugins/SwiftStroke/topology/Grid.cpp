@@ -85,8 +85,8 @@ bool GridFace::Cross(uint32_t k) {
     const uint32_t neighbour = patchMesh->QuadEdgeNeighbour(patch, (rotation + k) & 3u);
     if (neighbour <= lastNeighbour) {
         patch = neighbour >> 2;
-        // The view leaves through its side k and enters through side k + 2 of the view in the
-        // neighbour.
+        // The view leaves the patch through side k and enters the neighbour through the view's side
+        // k + 2.
         rotation = (neighbour - k - 2u) & 3u;
     }
     return patch != old;

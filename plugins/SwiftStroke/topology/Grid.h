@@ -32,11 +32,11 @@ public:
     uint32_t cells;
 };
 
-/// A cursor on a patch that moves cell by cell and crosses patch borders; a straight path stays
-/// straight on the surface. At an open border a step has no effect.
+/// A cursor on a patch. It moves cell by cell and across patch borders; a straight path stays
+/// straight on the surface. At an open border, a step has no effect.
 class GridFace : public Grid {
 public:
-    /// \param column, row  cell in the frame of the patch.
+    /// \param column, row  the cell, in the patch's frame.
     GridFace(Mesh* mesh,
              uint32_t patch,
              uint32_t patchMeshLevel,
@@ -61,8 +61,8 @@ public:
 
 private:
     /// Crosses side k of the view.
-    /// \return whether another patch was entered. A patch that is joined to itself rotates the view
-    /// but keeps the coordinates.
+    /// \return whether a different patch was entered. Crossing a side at which a patch is joined to
+    /// itself rotates the view but preserves the coordinates.
     bool Cross(uint32_t k);
 };
 

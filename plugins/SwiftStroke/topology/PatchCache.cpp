@@ -94,7 +94,7 @@ void PatchCache::StartAdding(uint32_t count) {
         if (runs.capacity() - runs.size() < count) runs.reserve(2 * runs.capacity() + count);
         isAdding = true;
     } catch (const std::bad_alloc&) {
-        // The cache is only an optimisation.
+        // An allocation failure is ignored, because the cache is only an optimisation.
     }
 }
 
@@ -159,7 +159,7 @@ void PatchCache::Keep(uint32_t patch) {
             taken += wantedVertices;
             isAdding = false;
         } catch (const std::bad_alloc&) {
-            // The cache is only an optimisation.
+            // An allocation failure is ignored, because the cache is only an optimisation.
         }
     }
     StopAdding();
@@ -168,7 +168,7 @@ void PatchCache::Keep(uint32_t patch) {
 bool SwiftStroke::MayUsePatchCache() {
     if (!usesPatchCache || wholeMesh || useTessellator) return false;
     if (!CurrentChange()->countsOutsideEdits) return false;
-    // If the layer does not accept changes, no kernel marks anything.
+    // If the layer does not accept changes, kernels do not mark any records.
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
     // Reading the stamp at mirror vertices creates records between those of a patch.
     return !WantsMirroredStampRead();

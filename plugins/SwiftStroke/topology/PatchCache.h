@@ -16,37 +16,39 @@ namespace trovik {
 
 struct PatchVertexEntry;
 
-/// The patch cache: data of patches that dabs of the current stroke have visited. Since its first
-/// visit, each vertex of such a patch has a record, and the location and the position in a record
-/// never change.
+/// The patch cache: data of the patches that dabs of the current stroke have visited. From the
+/// first visit on, each vertex of such a patch has a record, and the record's index and the
+/// position in it never change.
 ///
-/// The cache stores the vertices in the order of the work list, and the locations of their records.
+/// The cache stores the vertices in the order of the work list, and the indices of their records.
 /// Most records are consecutive, because the patch that first touched the vertices created them in
 /// that order. Later visits then need neither the index tables nor the look-up through the
 /// vertices.
 ///
 /// If the bounding box of the recorded positions is out of reach of the brush, the patch is
-/// *culled*: none of its vertices moves in this dab, whichever patch visits them. These are the
-/// patches around those that move, about a quarter of all patches that a dab visits. The effects of
-/// the kernel and of the normals pass are then applied without reading the vertices:
+/// *culled*: none of its vertices moves in this dab, no matter which patch visits them. Culled
+/// patches surround the patches that move; they are about a quarter of all patches that a dab
+/// visits. The effects of the kernel and of the normals pass are then applied without reading the
+/// vertices:
 ///
-/// - The mark of each record is set to that of the dab.
-/// - The normals at the corners, and of the vertices next to them on the edge, are recomputed: a
-///   corner belongs to patches that are not covered by the visits of this one.
-/// - All other normals already have the value that a visit would compute. Their neighbours belong
-///   to the patch or to the patch across the side, and to no third patch. Each neighbour therefore
-///   moves during a visit of one of these two, and at the end of that visit the patch recomputes
-///   the normals of all its vertices, including those of the shared side. Both patches compute the
-///   same normals: the two patches at a side have opposite directions along it, and a patch with an
-///   open side is never culled. Rotating a patch by quarter turns changes no product or difference
-///   except the sign of a zero, and a packed zero has no sign.
+/// - Each record's mark is set to the dab's mark.
+/// - The normals of the corners and of the vertices next to them on the edge are recomputed,
+///   because a corner also belongs to patches other than this one and its direct neighbours.
+/// - All other normals already have the value that a visit would compute. The neighbours of these
+///   vertices belong only to the patch itself or to the patch across the side. Each neighbour
+///   therefore moves during a visit of one of these two patches, and at the end of that visit, the
+///   normals of all vertices of the visited patch are recomputed, including those on the shared
+///   side. Both patches compute the same normals, because they have opposite directions along the
+///   shared side, and because a patch with an open side is never culled. Rotating a patch by
+///   quarter turns does not change any product or difference except the sign of a zero, and a
+///   packed zero has no sign.
 ///
 /// The last point requires that no other code changes the mesh. The cache is therefore used only
 /// while the change of the mesh counts outside edits (MeshChange::countsOutsideEdits). It is
-/// cleared when the mesh, its change, the depth of the patches, the visit stamp of the mesh or the
-/// count of outside edits differs from the state after the previous dab. It is also cleared when
-/// Smooth starts or stops averaging layer values: in that state a visit also creates records for
-/// vertices around a patch.
+/// cleared when the mesh, its change, the patch depth, the mesh's visit stamp or the count of
+/// outside edits differs from the state after the previous dab. It is also cleared when Smooth
+/// starts or stops averaging layer values, because while it does, a visit also creates records for
+/// the vertices around a patch.
 class PatchCache {
 public:
     /// Consecutive records.
@@ -66,7 +68,7 @@ public:
         HWVector lower;
         HWVector upper;
         bool hasNan = false;
-        /// State of ringEnds, which only few patches need.
+        /// State of ringEnds, which only a few patches need.
         enum class Ring { NotSearched, Found, Open } ring = Ring::NotSearched;
         RingEnds ringEnds = {};
 
@@ -77,20 +79,20 @@ public:
     };
 
     void Forget();
-    /// Called at the start of a dab: clears data that may be out of date.
+    /// Must be called at the start of a dab; clears data that may be out of date.
     /// \param smoothsLayer  see SwiftStroke::SmoothsLayer.
     void Check(const MeshChange& change, int32_t patchLevel, bool smoothsLayer);
-    /// From here on patches may be looked up and added, if they are deep enough for the cache to be
-    /// useful.
+    /// From this call on, patches may be looked up and added, if they are deep enough for the cache
+    /// to be useful.
     void Open() { isOpen = level >= shallowest; }
     bool IsOpen() const { return isOpen; }
-    /// The dab ended without an exception. Otherwise the next Check clears the cache, because an
-    /// interrupted dab leaves patches partly processed.
+    /// Must be called when a dab has ended without an exception. Otherwise, the next Check clears
+    /// the cache, because an interrupted dab leaves patches partly processed.
     void Close(const MeshChange& change);
 
     /// \return null if the patch is not in the cache or if the cache is not open.
     Patch* Find(uint32_t patch);
-    /// The records of the vertices of the patch, in order. Valid until the next patch is added.
+    /// Returns the records of the patch's vertices, in order. Valid until the next patch is added.
     std::span<const Run> RunsOf(const Patch& patch) const {
         return {runs.data() + patch.firstRun, patch.runCount};
     }
@@ -109,13 +111,13 @@ public:
                     const float (*positions)[4],
                     StoredVertexInfo* const* records,
                     const StoredVertexInfo* firstRecord);
-    /// Stores the added entries as those of the patch, if they are complete.
+    /// If the patch's entries are complete, stores them.
     void Keep(uint32_t patch);
     /// Discards entries that were not stored.
     void StopAdding();
 
 private:
-    /// Returns unused memory for this number of vertices. Errors: std::bad_alloc.
+    /// Returns a pointer to unused memory for this number of vertices. Errors: std::bad_alloc.
     uint32_t* FindRoom(uint32_t count);
     void AddRun(const Run& run);
 
@@ -130,7 +132,7 @@ private:
     bool readsLayer = false;
     bool isOpen = false;
     std::unordered_map<uint32_t, Patch> patches;
-    /// The runs of all patches, one after the other; those of the patch that is being added are
+    /// The runs of all patches, one after the other; the runs of the patch that is being added are
     /// last.
     std::vector<Run> runs;
     /// Memory for vertices. It is never reallocated, because patches point into it.
@@ -142,7 +144,7 @@ private:
     /// Number of chunks that are kept for the next stroke.
     static constexpr std::size_t maxKeptChunks = 16;
     std::vector<Chunk> chunks;
-    /// The current chunk and the number of its used entries; all earlier chunks are used.
+    /// The current chunk and the number of its used entries; all earlier chunks are full.
     std::size_t chunk = 0;
     std::size_t taken = 0;
     uint64_t culledPatches = 0;

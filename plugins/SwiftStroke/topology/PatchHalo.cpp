@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// A corner of the patch: its position in the index tables, its cell, and the steps into the patch.
+/// A corner of the patch: its index in the index tables, its cell, and the steps into the patch.
 struct Corner {
     uint32_t vertexIndex;
     uint32_t faceCell;
@@ -111,7 +111,7 @@ void SwiftStroke::ReadPatchLayerValues(const uint32_t* slice, uint32_t patch) {
     }
 }
 
-/// Reads the vertices of the neighbour one step away from the shared edge. The two patches have
+/// Reads the neighbour's vertices that are one step away from the shared edge. The two patches have
 /// opposite directions along the edge, so the vertices are stored in reverse order.
 void SwiftStroke::ReadRingSide(const uint32_t* slice,
                                uint32_t side,
@@ -127,8 +127,8 @@ void SwiftStroke::ReadRingSide(const uint32_t* slice,
     uint32_t cell = Along(ring.start, size, ring.step);
     HWVector* const positions = positionGrid;
 
-    // The vertices of a side are scattered in memory, so all of them are prefetched before the
-    // first one is used.
+    // The vertices of a side are scattered in memory, so they are all prefetched before the first
+    // one is used.
     constexpr uint32_t together = 128;
     uint32_t found[together];
     for (uint32_t left = size + 1; left > 0;) {
@@ -170,7 +170,7 @@ void SwiftStroke::RepeatOpenSide(uint32_t side, bool layerToo) {
 void SwiftStroke::RingAverage(Vector& out, uint32_t vertex, uint32_t face) {
     ringSum = Vector();
     ringCount = 0;
-    // The value of the vertex itself, then those of its neighbours.
+    // The vertex's own value, then those of its neighbours.
     Operator(vertex, face);
     mesh->EnumerateAdjacentVertices(this, vertex, face);
     out = ringSum * (1.0f / static_cast<float>(ringCount));

@@ -5,15 +5,15 @@
 
 namespace trovik {
 
-/// For each face of the lowest quad level, up to ten faces around its corners: those that a change
-/// at the seams of the face can affect. Renderers are notified of them; the geometry of seams does
-/// not depend on the map. It is a child node of the level, built when it is linked, and saved with
-/// the scene.
+/// Lists, for each face of the lowest quad level, up to ten faces around its corners: those that a
+/// change at the face's seams can affect. Renderers are notified of these faces; the geometry of
+/// seams does not depend on the map. It is a child node of the level, built when it is linked, and
+/// saved with the scene.
 class PatchMap : public TreeNode, public AdjacentVertexEnumerator {
 public:
     static constexpr uint32_t rowLength = 10;
     static constexpr uint32_t emptySlot = 0xffffffffu;
-    /// First file format of scenes that contain the table.
+    /// First scene file format that contains the table.
     static constexpr uint32_t firstFormatWithTable = 328;
 
     PatchMap();
@@ -27,10 +27,10 @@ public:
     /// Builds the table. Has no effect without a parent. Errors: "Wrong parrent for PatchMap class"
     /// if the parent is not a mesh.
     void OnLinked() override;
-    /// Adds `face` to the current row; more than ten faces are ignored.
+    /// Adds `face` to the current row; ignored if the row already has ten faces.
     void Operator(uint32_t vertex, uint32_t face) override;
 
-    /// Row f is entries f * 10 to f * 10 + 9: distinct faces in order of discovery, then empty
+    /// Row f has the entries f * 10 to f * 10 + 9: distinct faces in order of discovery, then empty
     /// slots.
     Store<uint32_t> neighbourFaces{"unknown"};
     uint32_t currentFace = 0;

@@ -7,8 +7,8 @@
 /// Positions of the sides of a patch in the grid and in the index tables of the adjacent patches.
 namespace trovik {
 
-/// When ghost cells are read, only values below this are neighbours. The grid cursor accepts one
-/// value more.
+/// When ghost cells are read, only values below this one denote neighbours. The grid cursor also
+/// accepts the value itself.
 inline constexpr uint32_t firstOpen = 0x80000000u;
 
 struct Walk {
@@ -16,8 +16,8 @@ struct Walk {
     int32_t step;
 };
 
-/// Start and step, in the vertex table, of the row of a patch next to its side `side`, in the
-/// direction of the side.
+/// Start and step, in the vertex table, of the patch's row of vertices next to `side`, in the
+/// direction of that side.
 ///   side 0: row 1, left to right       side 2: row size - 1, right to left
 ///   side 1: column size - 1, downward  side 3: column 1, upward
 inline Walk NeighbourWalk(uint32_t side, uint32_t size) {

@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// Returns the word with the visit stamp of the vertex: in its record, or in the vertex if it has
-/// no record.
+/// Returns the word that contains the vertex's visit stamp: in its record, or in the vertex itself
+/// if it has no record.
 uint32_t& StampWord(Mesh& mesh, uint32_t vertex) {
     Vertex& v = mesh.vertices.array[vertex];
     if (v.changeLink < mesh.changeRecordCount) {

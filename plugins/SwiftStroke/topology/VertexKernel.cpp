@@ -17,13 +17,12 @@ static_assert(sizeof(OriginalDataRecord) == 28);
 }  // namespace
 
 // Meshes without quads have no grid for the kernels, so the walk visits single vertices. The same
-// vertex step runs with its switches as run-time values.
+// vertex step is used, with its switches as run-time values.
 bool SwiftStroke::Tester(Mesh*, uint32_t vertex, uint32_t face) {
     const TVCrashReporterFlag flag(4, 0x800);
     if (planeSampling) return SamplePlaneVertex(vertex);
 
-    // Done before all tests, because the normal of a vertex that is out of reach changes with its
-    // neighbours.
+    // Done before all tests, because the normal of an unreached vertex changes with its neighbours.
     deferredNormals.Append({face, vertex});
     const bool mirroredStamp = WantsMirroredStampRead();
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
@@ -56,7 +55,7 @@ void SwiftStroke::RecordOriginalData(uint32_t vertex) {
             static_cast<uint64_t>(data.recordsPerPage) * sizeof(OriginalDataRecord),
             data.pageAlignment);
         if (data.pages[last] == nullptr) {
-            // Without memory the vertex gets no record.
+            // If memory cannot be allocated, the vertex does not get a record.
             data.pages.fill = last;
             return;
         }

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Averages of four rows at once. An average depends on the one to its left, through a chain of
-/// additions, and on the one above. Each row is therefore one vertex behind the row above it, and a
-/// register contains two rows. Every average uses exactly the operands that it would use if the
-/// rows were processed one after the other.
+/// \file Averages four rows at once. Each average depends on the one to its left, through a chain
+/// of additions, and on the one above. Each row is therefore processed one vertex behind the row
+/// above it, and each register contains two rows. Every average uses exactly the operands that it
+/// would use if the rows were processed one after the other.
 #include "kernels/batch/VertexBatch.h"
 
 #if defined(__x86_64__)
@@ -28,7 +27,7 @@ struct FourRows {
     Vertex* vertices;
     /// First cell of the top row.
     HWVector* cells;
-    /// 1 in mesh-local space, where the multiplication changes nothing.
+    /// 1 in mesh-local space, where the multiplication has no effect.
     HWVector scale;
     const float (*weights)[RowBatches::capacity];
 
@@ -38,7 +37,7 @@ struct FourRows {
     }
 };
 
-/// Steps of the four rows: at step t, row r is at column t - r.
+/// The steps of the four rows: at step t, row r is at column t - r.
 class StepMap {
 public:
     StepMap(const RowBatches* rows, uint32_t points) : all{~0ull, ~0ull, ~0ull, ~0ull}, any{} {
@@ -87,7 +86,7 @@ public:
           most(Duplicated(dab.boundsMax)),
           nanMask(_mm256_setzero_ps()) {}
 
-    /// A position that was NaN before is NaN now as well.
+    /// A position that was NaN before is still NaN.
     TROVIK_AVX2_INLINE void Take(__m256 now, __m256 before) {
         least = _mm256_min_ps(least, _mm256_min_ps(now, before));
         most = _mm256_max_ps(most, _mm256_max_ps(now, before));
@@ -195,12 +194,12 @@ TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
         const __m256i last = _mm256_castps_si256(Duplicated(cells[i]));
         found = _mm256_or_si256(found, _mm256_cmpeq_epi32(last, negativeZero));
     }
-    // The lowest lane of each is w.
+    // The lowest lane of each half is w.
     return (_mm256_movemask_ps(_mm256_castsi256_ps(found)) & 0xee) != 0;
 }
 
-/// Stores the bounds, which were extended without regard to the order of the list.
-/// \return false, without an effect, if the order matters: with NaN, and with zeros of either sign
+/// Stores the bounds, which were extended regardless of the order of the list.
+/// \return false, without any effect, if the order matters: for NaN, and for zeros of either sign
 /// at a bound.
 TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
                                     const WideBounds& bounds,
@@ -212,7 +211,7 @@ TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
     const __m128 zeros =
         _mm_or_ps(_mm_cmpeq_ps(least, _mm_setzero_ps()), _mm_cmpeq_ps(most, _mm_setzero_ps()));
     if ((_mm_movemask_ps(zeros) & 14) != 0) {
-        // A sum is -0 only if both operands are, so a -0 must have been present before.
+        // A sum is -0 only if both operands are -0, so a -0 must have been present before.
         bool negative =
             HoldNegativeZero(&patch.boundsMin, 1) || HoldNegativeZero(&patch.boundsMax, 1);
         for (uint32_t row = 0; row < rowCount && !negative; ++row)
@@ -281,7 +280,7 @@ TROVIK_AVX2_INLINE bool AverageRows(DabConstants& patch,
     return reached;
 }
 
-/// Instantiated with the conditions of every step as compile-time constants.
+/// Instantiated with the conditions of each step as compile-time constants.
 TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
                                  const PatchVertexEntry* entries,
                                  uint32_t points,

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The weights of ComputeWeights.cpp, eight vertices at a time. The operations are the same line by
-/// line; the comments are in that file.
+/// The weights of ComputeWeights.cpp, computed for eight vertices at a time. The operations are the
+/// same line by line; that file has the comments.
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
 
@@ -19,7 +19,8 @@ struct WideLanes {
     __m256 x, y, z;
 };
 
-/// One component of a world position; r are the entries of the four matrix rows for it.
+/// Computes one component of a world position; `r` contains that component's entries of the four
+/// matrix rows.
 TROVIK_AVX2 inline __m256 ToWorldComponent(
     const WideLanes& p, float r0, float r1, float r2, float r3) {
     const __m256 far = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(r2), p.z), _mm256_set1_ps(r3));
@@ -31,8 +32,8 @@ TROVIK_AVX2 inline __m256 TwoRows(const float (*start)[4], uint32_t i) {
     return CombineHalves(_mm_load_ps(start[i]), _mm_load_ps(start[i + 4]));
 }
 
-/// The switches are constants at every call, because this function is inlined. A template would
-/// lose the attribute.
+/// The switches are constants at every call, because this function is inlined. A template would not
+/// inherit the target attribute.
 TROVIK_AVX2_INLINE uint64_t ComputeWeight(const WeightTerms& terms,
                                           uint32_t count,
                                           VertexBatch& batch,

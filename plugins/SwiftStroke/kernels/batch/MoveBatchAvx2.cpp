@@ -2,8 +2,8 @@
 
 /// \file
 /// The second stage of the vertex step, two vertices at a time, for kernels in which the order of
-/// vertices matters only for the bounds. The operations are those of the stages, line by line; the
-/// comments are in their files.
+/// vertices matters only for the bounds. The operations match those of the stages line by line; the
+/// stages' files have the comments.
 #include "kernels/KernelSwitches.h"
 #include "kernels/batch/VertexBatch.h"
 
@@ -34,7 +34,7 @@ struct WideDab {
     HWVector* grid;
     __m256 direction;
     __m256 center;
-    /// 1 in mesh-local space, where the multiplication changes nothing.
+    /// 1 in mesh-local space, where the multiplication has no effect.
     __m256 scale;
     __m256 planeOffset;
     __m256 planeDistance;
@@ -76,7 +76,7 @@ TROVIK_AVX2_INLINE __m256 DisplacementOf(const WideDab& dab, Way way, __m256 pos
     return _mm256_mul_ps(dir, move);
 }
 
-/// Moves vertices i and k of the batch. If both are the same, it is moved once.
+/// Moves vertices i and k of the batch. If i equals k, the vertex is moved once.
 TROVIK_AVX2_INLINE __m256 MovePair(WideDab& dab, Way way, uint32_t i, uint32_t k, __m256 weights) {
     Vertex& first = dab.vertices[dab.entries[i].vertex];
     Vertex& second = dab.vertices[dab.entries[k].vertex];

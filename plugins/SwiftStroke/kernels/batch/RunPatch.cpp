@@ -25,7 +25,7 @@ WeightFunction WeightFunctionOf(bool inWorldSpace) {
     return inWorldSpace ? &ComputeWeights<buildUp, true> : &ComputeWeights<buildUp, false>;
 }
 
-/// Build-up applies only to pushing. With a stamp it is added in the stage of the stamp.
+/// Build-up applies only to pushing. With a stamp, the stamp stage adds it.
 WeightFunction WeightFunctionFor(const KernelSwitches& switches) {
     const bool world = switches.inWorldSpace;
     if (FamilyOf(switches.averageBit, switches.pullBit) != Family::Pushing)
@@ -34,10 +34,10 @@ WeightFunction WeightFunctionFor(const KernelSwitches& switches) {
                               : WeightFunctionOf<BuildUp::DampsAndGrows>(world);
 }
 
-/// The run of one kernel over one patch.
+/// One run of a kernel over a patch.
 class PatchRun {
 public:
-    // The analyzer does not see the constructor of the terms, which is in another file.
+    // The analyzer cannot see the terms' constructor, which is in a different file.
     // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
     PatchRun(SwiftStroke& swiftStroke,
              const KernelSwitches& kernelSwitches,
@@ -51,12 +51,13 @@ public:
           weigh(WeightFunctionFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
           wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
-          // A mirrored read creates records between those of the vertices, and records must be in
-          // the order of first touch. In this case every vertex is processed separately.
+          // A mirrored stamp lookup creates records in between the vertices' own records, and
+          // records must be in the order of first touch. In this case, every vertex is processed
+          // separately.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
 
     /// Processes all entries from `entries` on.
-    /// \param records  of these entries if the patch is cached, otherwise null.
+    /// \param records  the records of these entries if the patch is cached, otherwise null.
     /// \return whether the dab reached a vertex.
     bool Run(const PatchVertexEntry* entries,
              const PatchVertexEntry* end,
@@ -140,8 +141,8 @@ private:
             for (uint32_t row = 0; row < together; ++row) {
                 const uint32_t taken = TakeRow(entries + row * points, points, rows[row]);
                 if (taken == points) continue;
-                // Memory for a record could not be allocated. The vertices before it are moved, row
-                // by row.
+                // Memory for a record could not be allocated. The vertices before that record are
+                // moved, row by row.
                 for (uint32_t before = 0; before < row; ++before)
                     MoveRow(entries + before * points, points, rows[before]);
                 MoveRow(entries + row * points, taken, rows[row]);

@@ -88,7 +88,7 @@ void TouchCached(RecordWalk& walk,
         if (fetched == nullptr) {
             for (; i < end; ++i) Touch(*record++, dabStamp, batch, i);
         } else {
-            // Prefetches one at a time, because a processor drops prefetches that are issued too
+            // Prefetches one at a time, because processors drop prefetches that are issued too
             // fast.
             for (; i < end; ++i) {
                 Touch(*record++, dabStamp, batch, i);

@@ -16,7 +16,7 @@ enum class VectorWidth {
 /// Returns whether the processor supports the width.
 bool IsAvailable(VectorWidth width);
 /// Returns the width in use: the widest that the processor supports, unless UseVectorWidth has set
-/// another one.
+/// a different one.
 VectorWidth CurrentVectorWidth();
 /// Sets the width, for comparisons. Must not be called while a dab is running.
 /// \return the previous width.

@@ -3,14 +3,13 @@
 
 #include "brush/SwiftStroke.h"
 
-/// \file
-/// Up to 64 vertices of the work list of a patch in the stages look-up, mark, distance and weight.
-/// In these stages vertices are independent, so they are plain loops over a batch that process
-/// several vertices at a time. The stages that depend on the order (stamps, layers, averaging,
-/// bounds, notifications) follow vertex by vertex, in the order of the list.
+/// \file Batches of up to 64 vertices of a patch's work list, for the stages look-up, mark,
+/// distance and weight. Vertices are independent in these stages, so the stages are plain loops
+/// over a batch that process several vertices at a time. The order-dependent stages (stamps,
+/// layers, averaging, bounds, notifications) follow vertex by vertex, in the order of the list.
 ///
-/// Each number is computed by the operations of the vertex step in the same order, so batches of
-/// any length and any vector width give bit-identical results.
+/// Each number is computed by the same operations as in the vertex step, in the same order, so
+/// results are bit-identical for any batch length and vector width.
 namespace trovik {
 
 struct DabConstants;
@@ -21,16 +20,16 @@ struct VertexBatch {
     /// Position at first touch; the fourth component is the mark that the record had before this
     /// dab.
     alignas(32) float start[capacity][4];
-    /// The weight by falloff, with build-up if the family has it.
+    /// The falloff weight, including build-up if the family uses it.
     alignas(32) float weight[capacity];
-    /// In: the build-up of the record. Out: the build-up with the weight of this dab added.
+    /// In: the build-up of the record. Out: the build-up plus the weight of this dab.
     alignas(32) float buildUp[capacity];
-    /// Facing factors; set only if the falloff by facing angle is on.
+    /// Facing factors; set only if the facing falloff is on.
     alignas(32) float facing[capacity];
     StoredVertexInfo* records[capacity];
 };
 
-/// The input of the weights of a patch.
+/// The input for computing the weights of a patch.
 struct WeightTerms {
     WeightTerms() = default;
     explicit WeightTerms(const DabConstants& dab);
@@ -52,7 +51,7 @@ struct WeightTerms {
 /// One row of a patch, in as many batches as it needs.
 struct RowBatches {
     static constexpr uint32_t most = 3;
-    /// Longer rows do not fit.
+    /// Longer rows are not supported.
     static constexpr uint32_t capacity = most * VertexBatch::capacity;
 
     VertexBatch batches[most];
@@ -72,9 +71,9 @@ struct BatchMovers {
                   uint32_t count,
                   uint64_t movingMask,
                   const VertexBatch& batch);
-    /// Moves two rows of `points` entries at once, with results bit-identical to those of one row
-    /// after the other, for a patch that lists each vertex once. Null if the kernel depends on the
-    /// order.
+    /// Moves two rows of `points` entries at once, with results bit-identical to processing one row
+    /// after the other, for a patch that lists each vertex once. Null if the kernel is
+    /// order-dependent.
     bool (*rowPair)(DabConstants& patch,
                     const PatchVertexEntry* entries,
                     uint32_t points,
@@ -82,8 +81,8 @@ struct BatchMovers {
                     const RowBatches& lower);
 };
 
-/// Extends the bounds of the dab by the moves of a row, in the order of the list, from the old and
-/// new values of its cells.
+/// Extends the dab's bounds by the moves of a row, in the order of the list, from the old and new
+/// values of the row's cells.
 /// \return whether any vertex moved.
 bool ExtendBounds(DabConstants& patch,
                   const HWVector* now,
@@ -99,11 +98,11 @@ using WideMover = bool (*)(DabConstants& patch,
                            const VertexBatch& batch,
                            bool withFreeze,
                            bool inWorldSpace);
-/// \return null if the kernel depends on the order. Requires VectorWidth::Eight.
+/// \return null if the kernel is order-dependent. Requires VectorWidth::Eight.
 WideMover WideMoverFor(const KernelSwitches& switches);
 
 /// Moves four rows of `points` entries at once, like BatchMovers::rowPair does for two. Reads the
-/// positions from the grid, which contains them when averages are computed.
+/// positions from the grid, which contains them in averaging kernels.
 using WideRowMover = bool (*)(DabConstants& patch,
                               const PatchVertexEntry* entries,
                               uint32_t points,
@@ -130,13 +129,14 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
 struct RecordWalk {
     /// Null if the patch is not cached.
     const PatchCache::Run* run = nullptr;
-    /// Number of records of the run that were already visited.
+    /// Number of records of the run that have already been visited.
     uint32_t done = 0;
 };
 
 /// Fills the batch like TouchBatch, for the next `count` entries of a cached patch, all of which
 /// have records.
-/// \param fetched  the entries if their vertices are to be prefetched meanwhile, otherwise null.
+/// \param fetched  the entries, if their vertices should be prefetched in the meantime; otherwise
+/// null.
 void TouchCached(RecordWalk& walk,
                  uint32_t count,
                  const PatchVertexEntry* fetched,
@@ -145,11 +145,11 @@ void TouchCached(RecordWalk& walk,
                  uint32_t dabStamp,
                  VertexBatch& batch);
 
-/// Returns a bit mask. Bit i: vertex i of the batch had no mark of this dab yet.
+/// Returns a bit mask. Bit i is set if vertex i of the batch did not have this dab's mark yet.
 uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
 
 /// Returns whether a vertex that was already marked is within the radius. In a mesh without quads,
-/// a patch also counts as reached if another patch has moved such a vertex.
+/// a patch also counts as reached if a different patch has moved such a vertex.
 bool MarkedWithinReach(const VertexBatch& batch,
                        uint32_t count,
                        const WeightTerms& terms,
@@ -162,15 +162,15 @@ void FaceBatch(const SwiftStroke& brush,
                const WeightTerms& terms,
                VertexBatch& batch);
 
-/// The use of build-up in the weights. It applies only to pushing; with a stamp it is added later.
+/// How weights use build-up. It applies only to pushing; with a stamp, it is added later.
 enum class BuildUp { None, Damps, DampsAndGrows };
 
 /// Computes the weights of a batch.
-/// \return a bit mask; bit i: vertex i is new in this dab and within the radius. The weights of the
-/// others are undefined.
+/// \return a bit mask; bit i is set if vertex i is new in this dab and within the radius. The
+/// weights of the others are undefined.
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
-/// Computes bit-identical results, eight at a time. Requires VectorWidth::Eight.
+/// Computes the same results, bit-identical, eight vertices at a time. Requires VectorWidth::Eight.
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t ComputeWeightsWide(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
 

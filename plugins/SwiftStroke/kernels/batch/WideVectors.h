@@ -2,16 +2,16 @@
 #pragma once
 
 /// \file
-/// Functions shared by the loops with eight lanes, such as those for two vectors side by side. Only
-/// for files that contain the code of VectorWidth::Eight. Each half uses the operations of HWVector
-/// in the same order.
+/// Functions shared by the eight-lane loops, such as operations on two vectors side by side. Only
+/// for files that implement VectorWidth::Eight. Each half uses the operations of HWVector in the
+/// same order.
 #include "kernels/stages/DabConstants.h"
 
 #include <immintrin.h>
 
-// The attribute is on the functions rather than on the file, because inline functions of headers
-// must not be compiled with instructions that the processor may lack. Templates and lambdas would
-// lose it.
+// The target attribute is set per function rather than per file, because inline functions of
+// headers must not be compiled with instructions that the processor may lack. Templates and lambdas
+// would not inherit the attribute.
 #define TROVIK_AVX2 __attribute__((target("avx2")))
 #define TROVIK_AVX2_INLINE TROVIK_AVX2 TROVIK_FORCE_INLINE
 
@@ -35,7 +35,7 @@ TROVIK_AVX2_INLINE __m256 PositionPairOf(const Vertex& first, const Vertex& seco
     return ReversedPair(CombineHalves(_mm_loadu_ps(&first.x), _mm_loadu_ps(&second.x)));
 }
 
-/// Writes x, y and z and keeps the link.
+/// Writes x, y and z and preserves the link.
 TROVIK_AVX2_INLINE void StorePlain(Vertex& v, __m128 plain) {
     _mm_storeu_ps(&v.x, _mm_blend_ps(plain, _mm_loadu_ps(&v.x), 8));
 }
@@ -45,8 +45,8 @@ TROVIK_AVX2_INLINE void StorePositionPair(Vertex& first, Vertex& second, __m256 
     StorePlain(second, SecondOf(plain));
 }
 
-/// Computes for each vertex its weight times the strength and, with freeze, times the remaining
-/// fraction.
+/// Computes, for each vertex, its weight times the strength and, if freeze is on, times the
+/// unfrozen fraction.
 /// \param out  has room for `count` rounded up to eight; entries from `count` on are undefined.
 TROVIK_AVX2_INLINE void ApplyStrengthToBatch(const DabConstants& dab,
                                              const PatchVertexEntry* entries,

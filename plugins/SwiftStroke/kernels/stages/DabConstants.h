@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// Values that are constant for all vertices of a patch, collected once so that the loop reads them
-/// from registers and the stack, and the bounds, which the loop extends.
+/// Values that are constant for all vertices of a patch, and the bounds, which the loop extends.
+/// They are collected once, so that the loop reads them from registers and the stack.
 struct DabConstants {
     DabConstants(SwiftStroke& swiftStroke, bool mirroredStampRead)
         : brush(swiftStroke),
@@ -72,7 +72,7 @@ struct DabConstants {
     float waxScale = 1.0f;
 };
 
-/// One vertex during the stages.
+/// The state of one vertex as it passes through the stages.
 struct VertexState {
     uint32_t vertex;
     uint32_t face;
@@ -93,7 +93,7 @@ struct VertexState {
 
 enum class StageResult { Continue, OutOfReach };
 
-/// Converts x, y, z in memory order, followed by any value, to a vector with w 0.
+/// Converts x, y, z in memory order, followed by an arbitrary value, to a vector with w 0.
 TROVIK_FORCE_INLINE HWVector ReversedXyz(__m128 plain) {
     const __m128 reversed = _mm_shuffle_ps(plain, plain, _MM_SHUFFLE(0, 1, 2, 3));
     return HWVector(_mm_and_ps(reversed, _mm_castsi128_ps(_mm_setr_epi32(0, -1, -1, -1))));
@@ -121,7 +121,7 @@ TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) {
     return ReversedXyz(_mm_loadu_ps(reinterpret_cast<const float*>(&v)));
 }
 
-/// Writes x, y and z and keeps the link, in one store.
+/// Writes x, y and z with a single store that preserves the link.
 TROVIK_FORCE_INLINE void StorePosition(Vertex& v, const HWVector& position) {
     auto* words = reinterpret_cast<float*>(&v);
     const __m128 linkOnly = _mm_castsi128_ps(_mm_setr_epi32(0, 0, 0, -1));
@@ -130,8 +130,8 @@ TROVIK_FORCE_INLINE void StorePosition(Vertex& v, const HWVector& position) {
         words, _mm_or_ps(_mm_andnot_ps(linkOnly, xyz), _mm_and_ps(linkOnly, _mm_loadu_ps(words))));
 }
 
-/// Returns the world position of a mesh-local point, w 0: the 1 of the last row of the matrix must
-/// not enter distances.
+/// Returns the world position of a mesh-local point, with w 0, because the 1 from the last row of
+/// the matrix must not contribute to distances.
 TROVIK_FORCE_INLINE HWVector ToWorld(const BrushSpace& space, const HWVector& local) {
     const HWVector* rows = space.meshToWorld;
     const HWVector world =

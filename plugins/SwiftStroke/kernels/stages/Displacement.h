@@ -6,8 +6,8 @@
 
 namespace trovik {
 
-/// Sum of a cell and its four neighbours: centre, left, right, below, above. The order of the
-/// additions affects the result.
+/// Returns the sum of a cell and its four neighbours: centre, left, right, below, above. The order
+/// of the additions affects the result.
 TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid,
                                          const HWVector& left,
                                          uint32_t cell,
@@ -46,7 +46,8 @@ TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
     return mean - HWVector(own);
 }
 
-/// Moves along dir to the plane, within the clamps; the upper limit is tested first.
+/// Returns the displacement along dir to the plane, within the clamps; the upper limit is tested
+/// first.
 TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
                                                  const VertexState& v,
                                                  const HWVector& dir) {
@@ -59,7 +60,7 @@ TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
     return dir * move;
 }
 
-/// Returns the part of a stamp axis that is perpendicular to dir, normalised.
+/// Returns the component of a stamp axis that is perpendicular to dir, normalised.
 TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector& dir) {
     HWVector tangent = dir & (axis & dir);
     tangent.Normalize();
@@ -67,7 +68,7 @@ TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector&
 }
 
 /// The channels of a vector stamp are tangent U, height and tangent V. Their unit is 1/100 of the
-/// stamp side; for the height, of the geometric mean of the two sides.
+/// stamp's side; for the height, 1/100 of the geometric mean of both sides.
 TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
                                           const VertexState& v,
                                           const HWVector& dir,

@@ -34,11 +34,11 @@ TROVIK_FORCE_INLINE StampPosition ProjectToStamp(const BrushSpace& space,
     return {u, v, RoundToPixel(u), RoundToPixel(v)};
 }
 
-/// Returns the first-touch position of the topological mirror image of the vertex, so that a stamp
-/// has the same appearance on both sides of a mesh whose halves are not mirror images in space. If
-/// the vertex has no mirror image, its own position is returned. May create a record, so the caller
-/// must look up its own record again. The function has no reference parameters to variables of the
-/// loop and is not inlined, so that these variables can stay in registers.
+/// Returns the first-touch position of the vertex's topological mirror image, so that a stamp looks
+/// the same on both sides of a mesh whose halves are not mirror images in space. If the vertex has
+/// no mirror image, its own position is returned. May create a record, so the caller must look up
+/// its own record again. The function is not inlined and does not take references to the loop's
+/// variables, so that these can stay in registers.
 __attribute__((noinline)) inline Vector MirroredStartPosition(const SwiftStroke& brush,
                                                               uint32_t vertex,
                                                               uint32_t face,
@@ -61,7 +61,7 @@ __attribute__((noinline)) inline Vector MirroredStartPosition(const SwiftStroke&
     return {record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]};
 }
 
-/// Moves a coordinate into [0, size), like repeated addition of the size, but in one step.
+/// Wraps a coordinate into [0, size), as repeated addition of the size would, but in one step.
 TROVIK_FORCE_INLINE int32_t WrapPixel(int32_t coordinate, uint32_t size) {
     const int64_t wrapped = coordinate % static_cast<int64_t>(size);
     return static_cast<int32_t>(wrapped < 0 ? wrapped + size : wrapped);
@@ -81,9 +81,9 @@ TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, 
            brush.stampFactor;
 }
 
-/// The four pixels and weights of a bilinear read. The base pixel is the rounded one, while the
-/// fractions are those of the coordinate minus one half. This is one pixel further than in the
-/// usual convention, and the position of stamps depends on it.
+/// The four pixels and weights of a bilinear read. The base pixel is the rounded coordinate, while
+/// the fractions are those of the coordinate minus one half. The base is therefore one pixel
+/// further than usual; results depend on this convention.
 struct BilinearRead {
     BilinearRead(const SwiftStroke& brush, const StampPosition& stampPosition, bool tiled) {
         const float du = static_cast<float>(static_cast<double>(stampPosition.u) - 0.5);
@@ -127,8 +127,8 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     }
 
     if (sw.tiledStamp) {
-        // A stamp without pixels covers nothing. If it is not tiled, the range check below has this
-        // effect.
+        // A stamp without pixels covers nothing; for untiled stamps, the range check below ensures
+        // this.
         if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
         stampPosition.column = WrapPixel(stampPosition.column, brush.stampWidth);
         stampPosition.row = WrapPixel(stampPosition.row, brush.stampHeight);
@@ -170,8 +170,8 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
 }
 
 /// Applies the stamp and adds the build-up: before the read, so that it also grows outside the
-/// stamp, or after it, so that the stamp value is included. After the read, the lowest lane of the
-/// weight of a vector stamp is 0, so the later addition has no effect.
+/// stamp, or after it, so that the stamp value is included. For a vector stamp, the lowest lane of
+/// the weight is 0 after the read, so the later addition has no effect.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw,
                                            const DabConstants& dab,

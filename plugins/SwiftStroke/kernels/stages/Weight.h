@@ -6,8 +6,9 @@
 
 namespace trovik {
 
-/// Returns the factor by the angle between surface and view, 0 to 1: full below facingAngleStart,
-/// none beyond start + range. Reads the camera for each vertex; the caller tests the flag.
+/// Returns the facing factor, which depends on the angle between surface and view: 1 below
+/// facingAngleStart, 0 beyond start + range. Reads the camera for each vertex; the caller tests the
+/// flag.
 inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& record) {
     const Vector normal = UnpackNormal(record.originalNormal);
     const Vector origin;
@@ -32,8 +33,8 @@ inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& reco
     return 1.0f - (angle - start) / range;
 }
 
-/// Computes the weight from the distance: distance test, falloff, the Wax scale and the build-up
-/// damping. The facing factor is computed even if it is not used.
+/// Computes the weight from the distance: applies the distance test, the falloff, the Wax scale and
+/// the build-up damping. The facing factor is computed even if it is not used.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult ComputeWeight(const Switches& sw,
                                               const DabConstants& dab,
@@ -46,8 +47,8 @@ TROVIK_FORCE_INLINE StageResult ComputeWeight(const Switches& sw,
         const float distanceSquared = (toCenter | toCenter).First();
         if (distanceSquared > dab.radiusSquared) return StageResult::OutOfReach;
         const float distance = std::sqrt(distanceSquared);
-        // Truncated by the processor: values beyond the integer range, and NaN, become the most
-        // negative integer, which as unsigned is above every valid index.
+        // The processor truncates values beyond the integer range, and NaN, to the most negative
+        // integer, which is above every valid index when read as unsigned.
         const auto index =
             static_cast<uint32_t>(_mm_cvttss_si32(_mm_set_ss(distance * dab.falloffScale)));
         v.weight = index > dab.falloffLast ? 0.0f : facing * dab.falloffTable[index];

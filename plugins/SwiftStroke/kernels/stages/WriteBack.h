@@ -5,8 +5,8 @@
 
 namespace trovik {
 
-/// Moves the vertex, directly or through the layer, and updates grid, bounds and renderers. Through
-/// the layer, the new position is read back from the mesh.
+/// Moves the vertex, directly or through the layer, and updates the grid, the bounds and the
+/// renderers. After a move through the layer, the new position is read back from the mesh.
 template <class Switches>
 TROVIK_FORCE_INLINE void WriteBack(const Switches& sw, DabConstants& dab, VertexState& v) {
     SwiftStroke& brush = dab.brush;
