@@ -10,8 +10,8 @@
 
 namespace trovik {
 
-/// Copies patches of a level into the format in which they are uploaded. A patch is a copy of the
-/// level's current state; packing the same state again gives the same bytes.
+/// Copies patches of a level into the format in which they are uploaded. A packed patch is a copy
+/// of the level's current state; packing the same state again gives the same bytes.
 ///
 /// The level is only read. Several packers may run at the same time, but no thread may write to the
 /// level meanwhile.
