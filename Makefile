@@ -54,6 +54,12 @@ check: ## Check format, layers, spelling, phrases, links; clang-tidy on what cha
 	@scripts/install-packages.sh --lint
 	@scripts/check.sh $(BASE)
 
+.PHONY: studio
+studio: packages ## Build the desktop application and start it, FILE=mesh or scene to open
+	@cmake --preset release -DTROVIK_BUILD_TESTS=OFF -DTROVIK_BUILD_BENCH=OFF
+	@cmake --build --preset release --parallel $(JOBS) --target trovik-studio
+	@build/release/bin/trovik-studio $(FILE)
+
 .PHONY: clang
 clang: ## Build the plug-in and the command with Clang and check that results are bit-identical
 	@scripts/install-packages.sh --clang

@@ -60,6 +60,23 @@ if(TARGET trovik)
         DESTINATION "${CMAKE_INSTALL_BINDIR}"
         RENAME trovik-trace)
 endif()
+if(TARGET trovik-studio)
+    install(TARGETS trovik-studio RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(FILES "${PROJECT_SOURCE_DIR}/docs/man/trovik-studio.1"
+            DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+    # Where desktops look for applications, their icons, and types of files.
+    set(desktopFiles "${PROJECT_SOURCE_DIR}/apps/studio/desktop")
+    set(studioId org.trovik.Studio)
+    install(FILES "${desktopFiles}/${studioId}.desktop"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+    install(FILES "${desktopFiles}/${studioId}.svg"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
+    install(FILES "${desktopFiles}/${studioId}.metainfo.xml"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
+    install(FILES "${desktopFiles}/${studioId}.mime.xml"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages"
+            RENAME ${studioId}.xml)
+endif()
 foreach(page IN ITEMS docs/trovik.1 docs/man/trovik.1 apps/trovik/trovik.1)
     if(EXISTS "${PROJECT_SOURCE_DIR}/${page}")
         install(FILES "${PROJECT_SOURCE_DIR}/${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")

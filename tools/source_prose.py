@@ -90,7 +90,7 @@ def python(text):
 
 
 def shell(text):
-    """Shell, CMake and make: comments, and double-quoted strings that are sentences."""
+    """Shell scripts, CMake and make: comments, and double-quoted strings that are sentences."""
     out = list(re.sub(r"[^\s]", "\0", text))
     for match in SHELL_PROSE.finditer(text):
         if match.group("comment"):

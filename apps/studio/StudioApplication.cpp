@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "StudioApplication.h"
 
+#include "CommandLineWork.h"
 #include "commands/FileActions.h"
 #include "commands/Keymap.h"
 #include "commands/Preferences.h"
 #include "commands/SymmetrySetting.h"
+#include "engine/LiveSession.h"
+#include "events/EventRecorder.h"
+#include "framework/errors/HostError.h"
+#include "input/TabletTester.h"
 #include "input/ViewportInput.h"
 #include "viewport/ViewportWidget.h"
 #include "window/MainWindow.h"
@@ -12,7 +17,9 @@
 #include "window/Theme.h"
 
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
+#include <QThreadPool>
 
 namespace trovik::studio {
 
@@ -23,6 +30,10 @@ constexpr uint32_t firstSegments = 32;
 constexpr int firstLevels = 1;
 /// Radius of the brush in a mesh that was imported, logical pixels.
 constexpr double firstRadius = 50.0;
+
+/// An image of the work is stored for the recovery dialog so long after a change.
+constexpr int pictureDelayMilliseconds = 15000;
+constexpr QSize pictureSize(760, 440);
 
 std::optional<CameraMotion> BarrelMotion(const QString& effect) {
     if (effect == QLatin1String("pan")) return CameraMotion::Pan;
@@ -41,6 +52,10 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     engine = std::make_unique<Engine>(
         commandLine.hasNoJournal ? std::string() : StudioFolders::Journals().toStdString());
     actions = std::make_unique<ActionRegistry>(nullptr);
+    // Before the window, which puts them into its menus.
+    AddSelectionActions();
+    AddTabletTester();
+    AddEventActions();
     view = std::make_unique<ViewModel>();
     viewport = new ViewportWidget(*engine);
     const QString keysPath = commandLine.hasNoPreferences
@@ -50,7 +65,10 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     window =
         std::make_unique<MainWindow>(*engine, *actions, *view, *preferences, *keymap, viewport);
     input = new ViewportInput(*engine, *actions, *viewport);
-    AddSelectionActions();
+    const EventTarget target{*engine, *actions, *viewport, *input};
+    recorder = std::make_unique<EventRecorder>(target);
+    work = std::make_unique<CommandLineWork>(commandLine, target, *window);
+    connect(&work->Player(), &EventPlayer::Noted, window.get(), &MainWindow::ShowNote);
     if (const QString problem = keymap->Load(); !problem.isEmpty()) window->ShowError(problem);
     if (commandLine.viewportWidth > 0) viewport->setFixedWidth(commandLine.viewportWidth);
     if (commandLine.viewportHeight > 0) viewport->setFixedHeight(commandLine.viewportHeight);
@@ -60,9 +78,17 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     connect(preferences.get(), &Preferences::Changed, this, &StudioApplication::ApplyPreferences);
     connect(engine.get(), &Engine::Opened, this, &StudioApplication::WhenOpened);
     connect(engine.get(), &Engine::StateChanged, this, &StudioApplication::ShowSymmetry);
+    pictureTimer.setSingleShot(true);
+    pictureTimer.setInterval(pictureDelayMilliseconds);
+    connect(&pictureTimer, &QTimer::timeout, this, &StudioApplication::StorePicture);
+    connect(engine.get(), &Engine::StateChanged, this, [this] {
+        if (engine->State()->isModified && !pictureTimer.isActive()) pictureTimer.start();
+    });
 }
 
 StudioApplication::~StudioApplication() {
+    work.reset();
+    recorder.reset();
     // Dialogs and panels of the window use the other objects to their end.
     window.reset();
 }
@@ -109,6 +135,8 @@ void StudioApplication::ApplyPreferences() {
                          ? BrushOperation::ModifierSmooth
                          : BrushOperation::ModifierInvert);
     input->SetBarrel(BarrelMotion(preferences->BarrelButton()));
+    engine->SetPreferences(
+        {{"Undo Budget", preferences->UndoBudget()}, {"Undo File", preferences->UsesUndoFile()}});
     input->Router().SetPenPosition(preferences->PenPosition() == QLatin1String("pointer")
                                        ? PointerRouter::PenPosition::Cursor
                                        : PointerRouter::PenPosition::Device);
@@ -164,6 +192,59 @@ void StudioApplication::AddSelectionActions() {
                  "isolate");
 }
 
+void StudioApplication::AddTabletTester() {
+    actions->Add({.id = "help.tabletTester",
+                  .text = tr("Tablet Tester…"),
+                  .description = tr("Shows what the tablet sends: rate, pressure, tilt, buttons."),
+                  .run = [this] {
+                      auto* tester = new TabletTester(input->Router(), window.get());
+                      tester->setAttribute(Qt::WA_DeleteOnClose);
+                      tester->show();
+                  }});
+}
+
+void StudioApplication::AddEventActions() {
+    actions->Add({.id = "file.recordEvents",
+                  .text = tr("Record Events"),
+                  .description = tr("Records pen, mouse, keys and commands; chosen again, it stops "
+                                    "and writes an event file."),
+                  .run = [this] { RecordEvents(); }});
+    actions->Add({.id = "file.playEvents",
+                  .text = tr("Play Events…"),
+                  .description = tr("Plays an event file on the open document. Escape stops it."),
+                  .run = [this] { PlayEvents(); }});
+}
+
+void StudioApplication::RecordEvents() {
+    if (!recorder->IsRecording()) {
+        recorder->Start();
+        window->ShowNote(tr("Recording events. Choose Record Events again to stop."));
+        return;
+    }
+    const EventFile events = recorder->Stop();
+    const QString path = QFileDialog::getSaveFileName(window.get(),
+                                                      tr("Save Events"),
+                                                      QStringLiteral("work.events.json"),
+                                                      tr("Event files (*.events.json)"));
+    if (path.isEmpty()) return;
+    try {
+        WriteEventFile(events, path.toStdString());
+    } catch (const HostError& error) {
+        window->ShowError(QString::fromStdString(error.what()));
+    }
+}
+
+void StudioApplication::PlayEvents() {
+    const QString path = QFileDialog::getOpenFileName(
+        window.get(), tr("Play Events"), QString(), tr("Event files (*.events.json)"));
+    if (path.isEmpty()) return;
+    try {
+        work->Player().Play(ReadEventFile(path.toStdString()));
+    } catch (const HostError& error) {
+        window->ShowError(QString::fromStdString(error.what()));
+    }
+}
+
 void StudioApplication::ShowSymmetry() {
     Overlays overlays = viewport->Shown();
     overlays.symmetryPlanes.clear();
@@ -197,9 +278,21 @@ bool StudioApplication::OfferRecovery() {
         engine->Open(request);
         return true;
     }
-    if (dialog.Chosen() == RecoveryDialog::Choice::Discard)
-        for (const RecoverableWork& work : works) QFile::remove(work.journalPath);
-    return false;
+    if (dialog.Chosen() != RecoveryDialog::Choice::Discard) return false;
+    const std::string journal = dialog.Journal().toStdString();
+    QFile::remove(dialog.Journal());
+    QFile::remove(QString::fromStdString(PicturePathOf(journal)));
+    return OfferRecovery();
+}
+
+void StudioApplication::StorePicture() {
+    if (!engine->HasDocument() || engine->Document().journalPath.empty()) return;
+    const QString path = QString::fromStdString(PicturePathOf(engine->Document().journalPath));
+    const QImage image = viewport->grabFramebuffer();
+    // Scaling and compression take longer than a frame.
+    QThreadPool::globalInstance()->start([image, path] {
+        image.scaled(pictureSize, Qt::KeepAspectRatio, Qt::SmoothTransformation).save(path);
+    });
 }
 
 void StudioApplication::OpenFirst() {

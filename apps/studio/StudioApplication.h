@@ -9,11 +9,14 @@
 
 #include <QObject>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <memory>
 
 namespace trovik::studio {
 
+class CommandLineWork;
+class EventRecorder;
 class Keymap;
 class MainWindow;
 class Preferences;
@@ -46,11 +49,17 @@ private:
                       const QString& description,
                       SelectionGesture::Shape shape,
                       const char* step);
+    void AddTabletTester();
+    void AddEventActions();
+    void RecordEvents();
+    void PlayEvents();
     void ApplyPreferences();
     void ShowSymmetry();
     /// \return whether the user chose to recover some.
     bool OfferRecovery();
     void OpenFirst();
+    /// Stores an image of the document next to its journal.
+    void StorePicture();
     void WhenOpened();
 
     CommandLine commandLine;
@@ -64,6 +73,9 @@ private:
     std::unique_ptr<MainWindow> window;
     ViewportWidget* viewport = nullptr;
     ViewportInput* input = nullptr;
+    std::unique_ptr<CommandLineWork> work;
+    std::unique_ptr<EventRecorder> recorder;
+    QTimer pictureTimer;
 };
 
 }  // namespace trovik::studio

@@ -20,9 +20,9 @@ struct GltfShownMesh {
 };
 
 /// The meshes that the scene shows, in the order of its nodes from the roots, children in order.
-/// Without a scene, nodes that are no children are roots; without nodes all meshes are shown.
-/// \throw HostError naming file and node, for numbers of scenes, nodes and meshes that do not exist
-/// and for nodes that are their own ancestors.
+/// If there is no scene, the nodes without a parent are the roots; if there are no nodes, all
+/// meshes are shown. \throw HostError naming file and node, for numbers of scenes, nodes and meshes
+/// that do not exist and for nodes that are their own ancestors.
 std::vector<GltfShownMesh> FindShownMeshes(const GltfDocument& document);
 
 }  // namespace trovik

@@ -43,7 +43,7 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
     if (!isStrip && !isFan) {
         if (order.size() % 3 != 0) {
             location.Refuse("its " + std::to_string(order.size()) +
-                            " corners are no whole number of triangles");
+                            " corners are not a multiple of three");
         }
         return order;
     }

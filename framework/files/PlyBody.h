@@ -27,7 +27,7 @@ struct PlyRow {
     std::uint64_t number = 0;
 };
 
-/// \throw HostError naming file, place and row.
+/// \throw HostError with the file, the position and the row.
 [[noreturn]] inline void RefuseRow(const InputFile& file,
                                    const std::string& place,
                                    const PlyRow& row,

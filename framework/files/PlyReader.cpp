@@ -21,7 +21,7 @@ namespace trovik {
 
 namespace {
 
-/// Whole numbers of colours are shares of the largest number that their type holds.
+/// Integer colours are fractions of the maximum of their type.
 float ColorScale(PlyType type) {
     return !IsWhole(type) ? 1.0f : type == PlyType::UInt16 ? 65535.0f : 255.0f;
 }

@@ -17,7 +17,7 @@ inline constexpr std::size_t plyAlpha = 11;
 inline constexpr std::size_t plyVertexNumbers = 12;
 
 struct PlyVertexTargets {
-    /// Per property its place among the numbers that are taken, -1 for none.
+    /// Per property the index of its target value; -1 if the property is not read.
     std::vector<int> places;
     bool hasNormals = false;
     bool hasUvs = false;

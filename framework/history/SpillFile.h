@@ -30,9 +30,9 @@ public:
 
     /// Reserves this number of bytes.
     Extent Reserve(uint64_t length);
-    /// Writes the bytes to a reserved place and stores their checksum in it.
+    /// Writes the bytes to a reserved extent and stores their checksum in it.
     /// \throw HostError with the folder and the reason given by the system, such as a full disk.
-    /// Earlier data is then intact, and the caller must free the place.
+    /// Earlier data is then intact, and the caller must free the extent.
     void Fill(Extent& extent, const std::vector<uint8_t>& bytes) const;
     /// \throw HostError "undo file in FOLDER: byte N: reason" if the bytes cannot be read or differ
     /// from those that were written.

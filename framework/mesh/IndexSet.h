@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "host/Api.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -13,7 +15,7 @@ namespace trovik {
 /// The ranks lie in pages of 512 numbers; pages without members are not stored. Cost and memory: by
 /// the members as long as they lie close together in numbers, as those of a region do, and 8 bytes
 /// for each 512 numbers between the lowest and the highest.
-class IndexSet {
+class TROVIK_API IndexSet {
 public:
     /// \param members  in any order; repeated ones count once.
     explicit IndexSet(std::span<const uint32_t> members);
@@ -36,7 +38,7 @@ private:
 
     /// Differences to it wrap for lower numbers, which are then beyond the last page.
     std::size_t firstPage = 0;
-    /// By page of numbers its place in the ranks.
+    /// Per page of numbers its index into `ranks`.
     std::vector<std::size_t> pages;
     std::vector<uint32_t> ranks;
     uint32_t count = 0;

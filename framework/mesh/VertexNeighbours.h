@@ -16,24 +16,25 @@ void MakeSet(std::vector<uint32_t>& list);
 
 /// Returns the faces around any of the vertices, ascending. Cost: linear in the vertices, lowest if
 /// neighbours are close together in the list; at most linear in the level.
-std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
+TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
 
 /// The same for vertices of which some faces are known. Most vertices of a region then have all of
 /// their faces among these, and only those on its border are looked at one by one.
 /// \param faces  ascending; at least one of each vertex that has any. Others may be among them.
-std::vector<uint32_t> FacesAt(LevelMesh& level,
-                              const IndexSet& vertices,
-                              const std::vector<uint32_t>& faces);
+TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level,
+                                         const IndexSet& vertices,
+                                         const std::vector<uint32_t>& faces);
 
 /// The faces and all others that share a vertex with one of them, ascending.
-std::vector<uint32_t> WithFacesAround(LevelMesh& level, std::vector<uint32_t> faces);
+TROVIK_API std::vector<uint32_t> WithFacesAround(LevelMesh& level, std::vector<uint32_t> faces);
 
 /// Writes the faces around a vertex, ascending and without duplicates, to `faces`; the list is
 /// empty if the vertex has none. Old contents are replaced, and the allocation is reused.
 void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces);
 
 /// Returns the vertices of the faces, ascending, without duplicates.
-std::vector<uint32_t> CornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces);
+TROVIK_API std::vector<uint32_t> CornersOf(const LevelMesh& level,
+                                           const std::vector<uint32_t>& faces);
 
 /// The same as a set.
 IndexSet CornerSetOf(const LevelMesh& level, const std::vector<uint32_t>& faces);

@@ -48,7 +48,7 @@ struct RenderMesh {
     const uint8_t* faceFlags = nullptr;
     uint8_t hiddenBit = 0;
     /// For ShadingMode::Cavity: the mean curvature of each vertex, positive in cavities (see
-    /// Bends); null for 0 everywhere.
+    /// ScaledCurvatures); null for 0 everywhere.
     const float* curvatures = nullptr;
     /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without UVs. Null
     /// if no corner has any.

@@ -56,9 +56,9 @@ TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());
-/// The stabiliser: the path of a weight that the pen drags on a string of this length (above 0).
-/// The weight does not move while the string is slack, and then moves straight towards the pen. The
-/// path begins at the pen and ends at the weight when the pen is lifted, at most one string length
+/// The stabiliser: the path of a weight that the pen drags on a cord of this length (above 0).
+/// The weight does not move while the cord is slack, and then moves straight towards the pen. The
+/// path begins at the pen and ends at the weight when the pen is lifted, at most one cord length
 /// behind the pen. The result is the exact pursuit curve for any number of samples. No sample is
 /// held back.
 TROVIK_API std::unique_ptr<PathStage> StabiliserStage(float length,

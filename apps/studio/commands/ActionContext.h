@@ -53,7 +53,7 @@ struct ActionContext {
             action->setChecked(this_.engine.State() && condition(*this_.engine.State()));
         };
         QObject::connect(&engine, &Engine::StateChanged, action, update);
-        // A click has toggled the mark already; the engine's answer decides.
+        // A click has toggled the mark already; the state from the engine is authoritative.
         QObject::connect(action, &QAction::triggered, action, update);
         update();
     }

@@ -34,6 +34,7 @@ QAction* ActionRegistry::Add(const ActionInfo& info) {
     connect(action, &QAction::triggered, this, [this, id = info.id, run = info.run] {
         recent.removeAll(id);
         recent.prepend(id);
+        Q_EMIT Starting(id);
         if (run) run();
         Q_EMIT Triggered(id);
     });

@@ -72,7 +72,8 @@ public:
 Q_SIGNALS:
     void KeysChanged();
     void Added(const QString& id);
-    /// An action was triggered, by whatever way.
+    /// An action was triggered, by whatever way; before and after it runs.
+    void Starting(const QString& id);
     void Triggered(const QString& id);
 
 private:

@@ -47,7 +47,7 @@ int WordScore(const QString& word, const QString& text) {
         previous = found;
         at = found + 1;
     }
-    // Letters scattered over the inside of words are no match.
+    // Letters scattered inside words do not count as a match.
     return score >= static_cast<int>(word.size()) * (perLetter + 4) ? score : 0;
 }
 

@@ -127,13 +127,13 @@ void AddLayerActions(const ActionContext& context) {
     };
     add({.id = "layer.raise",
          .text = Text::tr("Raise Layer"),
-         .description = Text::tr("Moves the active layer one place up."),
+         .description = Text::tr("Moves the active layer up by one."),
          .icon = "level-up",
          .run = [move] { move(1); }},
         [](const DocumentState& state) { return HasActive(state) && !state.layers.back().active; });
     add({.id = "layer.lower",
          .text = Text::tr("Lower Layer"),
-         .description = Text::tr("Moves the active layer one place down."),
+         .description = Text::tr("Moves the active layer down by one."),
          .icon = "level-down",
          .run = [move] { move(-1); }},
         [](const DocumentState& state) {

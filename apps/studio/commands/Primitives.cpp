@@ -90,7 +90,7 @@ Point OnCylinder(const Point& cube) {
     const double x = cube[0], z = cube[2];
     const double ring = std::max(std::abs(x), std::abs(z));
     if (ring == 0) return {0, cube[1], 0};
-    // The place along the square's side as an angle; exact at the middles of the sides.
+    // The position along the side of the square as an angle; exact at the midpoints of the sides.
     const double quarter = std::numbers::pi / 4;
     if (std::abs(x) >= std::abs(z)) {
         const double angle = z / x * quarter;

@@ -145,13 +145,14 @@ void AddToolActions(const ActionContext& context) {
                .description = Text::tr("Shapes the dabs of the active tool by its stamp."),
                .keys = {QKeySequence("J")},
                .icon = "stamp"});
-    AddSwitch(context,
-              "steady",
-              {.id = "brush.steady",
-               .text = Text::tr("Steady Stroke"),
-               .description = Text::tr("The pen pulls the brush on a string, for calm curves."),
-               .keys = {QKeySequence("Shift+S")},
-               .icon = "falloff"});
+    AddSwitch(
+        context,
+        "steady",
+        {.id = "brush.steady",
+         .text = Text::tr("Steady Stroke"),
+         .description = Text::tr("The brush follows the pen at a distance, for smooth curves."),
+         .keys = {QKeySequence("Shift+S")},
+         .icon = "falloff"});
     AddSwitch(context,
               "facing.on",
               {.id = "brush.facing",

@@ -23,13 +23,18 @@ Engine::Engine(const std::string& journalFolder, QObject* parent)
         if (worker->IsLong() == isBusy) return;
         isBusy = !isBusy;
         Q_EMIT BusyChanged(isBusy);
+        if (IsIdle()) Q_EMIT BecameIdle();
     });
     poll->start(busyPollMilliseconds);
 }
 
 Engine::~Engine() = default;
 
-void Engine::Open(const OpenRequest& request) { worker->Post(request); }
+void Engine::Open(const OpenRequest& request) {
+    OpenRequest withPreferences = request;
+    withPreferences.preferences = preferences;
+    worker->Post(std::move(withPreferences));
+}
 
 void Engine::SetApplicationData(const std::string& name, std::vector<uint8_t> bytes) {
     worker->Post(ApplicationDataRequest{name, std::move(bytes)});
@@ -44,6 +49,7 @@ void Engine::SaveActions(const std::string& scriptPath) {
 void Engine::Run(const nlohmann::json& step, const QString& label, Done done) {
     const QString shown =
         label.isEmpty() && !step.empty() ? QString::fromStdString(step.begin().key()) : label;
+    Q_EMIT StepRequested(step);
     worker->Post(StepRequest{step, shown, std::move(done), worker->View()});
 }
 
@@ -59,6 +65,8 @@ void Engine::AddSamples(std::vector<PenPoint> points) {
 void Engine::Tick(double milliseconds) { worker->Post(StrokeTick{milliseconds}); }
 void Engine::EndStroke() { worker->Post(StrokeEnd{false}); }
 void Engine::AbandonStroke() { worker->Post(StrokeEnd{true}); }
+bool Engine::IsIdle() const { return !isBusy && idleNumber == worker->NewestRequest(); }
+bool Engine::HasUpdates() const { return worker->HasUpdates(); }
 void Engine::CancelJob() { worker->Cancel(); }
 void Engine::Pick(float x, float y) { worker->Pick(x, y); }
 void Engine::RequestSurface() { worker->Post(SurfaceRequest{}); }

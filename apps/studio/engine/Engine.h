@@ -39,6 +39,8 @@ public:
     bool HasDocument() const { return opened != nullptr; }
     /// The document that was opened last; only with HasDocument.
     const OpenedDocument& Document() const { return *opened; }
+    /// Values of preferences, as in stroke scripts, for documents that are opened from now on.
+    void SetPreferences(nlohmann::json values) { preferences = std::move(values); }
     /// Stores an entry of the application with the next save, without an undo step.
     void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
     /// Saves to a path as the step "save" does; ends with Saved or Failed.
@@ -74,6 +76,9 @@ public:
     bool IsBusy() const { return isBusy; }
     /// Cancels the running request.
     void CancelJob();
+    /// Whether all requests so far, picks included, are carried out and their results have arrived.
+    /// Surface updates may still wait for TakeUpdates.
+    bool IsIdle() const;
 
     // --- What panels and viewport show ---
 
@@ -84,6 +89,7 @@ public:
     void RequestSurface();
     /// The updates that have arrived, in order; removes them.
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
+    bool HasUpdates() const;
     /// The newest state; null before the first document.
     const std::shared_ptr<const DocumentState>& State() const { return state; }
     /// The settings of the active tool; null before the first document.
@@ -106,6 +112,10 @@ Q_SIGNALS:
     /// A job runs longer than 200 ms. \param total  0: unknown.
     void JobProgressed(const QString& label, const QString& phase, quint64 done, quint64 total);
     void BusyChanged(bool busy);
+    /// IsIdle has become true.
+    void BecameIdle();
+    /// Run was called; before the step is carried out.
+    void StepRequested(const nlohmann::json& step);
     /// A request failed; the document is as it was before, except where the message says otherwise.
     void Failed(const QString& message);
     /// A remark, a warning, or a problem that loses no work.
@@ -118,7 +128,10 @@ private:
     std::unique_ptr<const OpenedDocument> opened;
     std::shared_ptr<const DocumentState> state;
     std::shared_ptr<const ToolSettingList> settings;
+    nlohmann::json preferences;
     bool isBusy = false;
+    /// Number of the newest request that was carried out before the engine thread had no work left.
+    uint64_t idleNumber = 0;
 };
 
 }  // namespace trovik::studio

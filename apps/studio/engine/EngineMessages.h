@@ -89,6 +89,8 @@ struct OpenRequest {
     std::string units, up;
     /// Levels to add to a mesh.
     int levels = 0;
+    /// Values of preferences by key, such as "Undo Budget"; the others have their defaults.
+    nlohmann::json preferences;
     /// Name of a new document that was made from a primitive; empty: the name of the file.
     std::string title;
 };
@@ -100,6 +102,8 @@ struct OpenedDocument {
     std::string sourcePath;
     /// The scene that saving writes to; empty if the document has none yet.
     std::string scenePath;
+    /// The journal of the document; empty if none is kept.
+    std::string journalPath;
     /// World box.
     AxisAlignedBoundingBox bounds;
     StrokeView view;

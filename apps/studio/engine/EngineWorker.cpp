@@ -22,8 +22,8 @@ constexpr std::size_t maxWaitingBytes = std::size_t{32} << 20;
 /// Of one update, so that an opened mesh appears bit by bit.
 constexpr std::size_t maxUpdateBytes = std::size_t{8} << 20;
 
-/// Without the place that the message has as that of a step of a script.
-QString WithoutPlace(const std::string& message) {
+/// Removes the script position (name and JSON pointer) from the start of a message.
+QString WithoutPosition(const std::string& message) {
     const std::string prefix = "studio: ";
     if (message.compare(0, prefix.size(), prefix) != 0) return QString::fromStdString(message);
     std::size_t begin = prefix.size();
@@ -63,6 +63,7 @@ EngineWorker::~EngineWorker() {
 void EngineWorker::Post(EngineRequest request) {
     {
         const std::lock_guard lock(mutex);
+        ++newestRequest;
         // All samples that wait go into the stroke at once.
         auto* samples = std::get_if<StrokeSamples>(&request);
         auto* waiting = requests.empty() ? nullptr : std::get_if<StrokeSamples>(&requests.back());
@@ -82,6 +83,7 @@ void EngineWorker::SetView(const StrokeView& newView) { uiView = newView; }
 void EngineWorker::Pick(float x, float y) {
     {
         const std::lock_guard lock(mutex);
+        ++newestRequest;
         pick = {uiView, x, y};
     }
     wake.notify_one();
@@ -98,6 +100,16 @@ std::vector<std::shared_ptr<const SurfaceUpdate>> EngineWorker::TakeUpdates() {
     return taken;
 }
 
+bool EngineWorker::HasUpdates() const {
+    const std::lock_guard lock(mutex);
+    return !updates.empty();
+}
+
+uint64_t EngineWorker::NewestRequest() const {
+    const std::lock_guard lock(mutex);
+    return newestRequest;
+}
+
 bool EngineWorker::HasWork() const {
     if (isEnding || !requests.empty() || hasBacklog || pick) return true;
     return hasSurfaceWork && waitingBytes < maxWaitingBytes;
@@ -105,6 +117,7 @@ bool EngineWorker::HasWork() const {
 
 bool EngineWorker::WaitForWork() {
     std::unique_lock lock(mutex);
+    if (!HasWork() && !hasSurfaceWork && idleRequest != newestRequest) ReportIdle();
     wake.wait(lock, [this] { return HasWork(); });
     return !isEnding;
 }
@@ -147,6 +160,14 @@ void EngineWorker::ToUi(Function function) {
         &engine, [to = &engine, function] { function(*to); }, Qt::QueuedConnection);
 }
 
+void EngineWorker::ReportIdle() {
+    idleRequest = newestRequest;
+    ToUi([number = idleRequest](Engine& to) {
+        to.idleNumber = number;
+        if (to.IsIdle()) Q_EMIT to.BecameIdle();
+    });
+}
+
 template <typename Work>
 QString EngineWorker::Guarded(Work work) {
     QString error;
@@ -156,7 +177,7 @@ QString EngineWorker::Guarded(Work work) {
     } catch (const Cancelled&) {
         error = Engine::tr("Cancelled");
     } catch (const HostError& failure) {
-        error = WithoutPlace(failure.what());
+        error = WithoutPosition(failure.what());
     } catch (const std::bad_alloc&) {
         error = Engine::tr("There is not enough memory");
     } catch (const std::exception& failure) {
@@ -169,7 +190,7 @@ QString EngineWorker::Guarded(Work work) {
 ScriptProgress EngineWorker::Progress() {
     ScriptProgress progress;
     const auto note = [this](const std::string& text) {
-        const QString message = WithoutPlace(text);
+        const QString message = WithoutPosition(text);
         ToUi([message](Engine& to) { Q_EMIT to.Noted(message); });
     };
     progress.message = note;

@@ -14,8 +14,8 @@
 
 namespace trovik::studio {
 
-/// The engine thread: carries out requests in order, sends the changed surface after each, answers
-/// picks when nothing else waits. Results are posted to the Engine's thread.
+/// The engine thread: carries out requests in order, sends the changed surface after each, and
+/// picks the surface when idle. Results are posted to the Engine's thread.
 class EngineWorker {
 public:
     /// \param journalFolder  see Engine.
@@ -35,6 +35,9 @@ public:
     void Cancel() { job.Cancel(); }
     bool IsLong() const { return job.IsLong(); }
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
+    bool HasUpdates() const;
+    /// Requests and picks are numbered in the order in which they are posted.
+    uint64_t NewestRequest() const;
 
 private:
     struct PickRequest {
@@ -45,6 +48,9 @@ private:
     // --- Engine thread ---
 
     void Loop();
+    /// Reports that all requests so far are carried out, once for each newest request. Called with
+    /// the mutex locked.
+    void ReportIdle();
     /// Blocks until there is work. \return false when the thread is to end.
     bool WaitForWork();
     bool HasWork() const;
@@ -85,6 +91,9 @@ private:
     std::optional<PickRequest> pick;
     std::vector<std::shared_ptr<const SurfaceUpdate>> updates;
     std::size_t waitingBytes = 0;
+    uint64_t newestRequest = 0;
+    /// The newest request when Engine::BecameIdle was last sent.
+    uint64_t idleRequest = 0;
     bool isEnding = false;
 
     // Engine thread.

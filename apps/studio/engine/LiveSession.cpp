@@ -53,6 +53,7 @@ bool IsSameView(const StrokeView& a, const StrokeView& b) {
 /// A script without steps that opens what was requested.
 nlohmann::json SetupOf(const OpenRequest& request) {
     nlohmann::json setup = {{"steps", nlohmann::json::array()}};
+    if (!request.preferences.empty()) setup["preferences"] = request.preferences;
     if (!request.scenePath.empty()) {
         setup["scene"] = std::filesystem::absolute(request.scenePath).string();
         return setup;
@@ -65,6 +66,10 @@ nlohmann::json SetupOf(const OpenRequest& request) {
 }
 
 }  // namespace
+
+std::string PicturePathOf(const std::string& journalPath) {
+    return std::filesystem::path(journalPath).replace_extension(".png").string();
+}
 
 LiveSession::LiveSession(const OpenRequest& request,
                          const std::string& journalPath,
@@ -81,6 +86,7 @@ LiveSession::LiveSession(const OpenRequest& request,
     trovik::Document& document = GetDocument();
     opened.sourcePath = request.scenePath.empty() ? request.meshPath : request.scenePath;
     opened.scenePath = request.scenePath;
+    opened.journalPath = journal;
     opened.title = request.title.empty()
                        ? std::filesystem::path(opened.sourcePath).filename().string()
                        : request.title;
@@ -98,6 +104,7 @@ void LiveSession::Close() {
     if (journal.empty()) return;
     std::error_code ignored;
     std::filesystem::remove(journal, ignored);
+    std::filesystem::remove(PicturePathOf(journal), ignored);
 }
 
 void LiveSession::Do(const nlohmann::json& step) {

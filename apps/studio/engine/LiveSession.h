@@ -79,4 +79,7 @@ private:
     StrokeFigures figures;
 };
 
+/// The image of a document that is stored next to its journal, for the recovery after a crash.
+std::string PicturePathOf(const std::string& journalPath);
+
 }  // namespace trovik::studio

@@ -25,7 +25,8 @@ public:
 
     /// The whole surface is to be sent again.
     void SendAll() { isLayoutCurrent = false; }
-    /// The mesh was moved in the world: the next update tells it, if need be without patches.
+    /// The mesh was moved in the world. The next update contains the new transform, even if no
+    /// patch has changed.
     void SendTransform() { isTransformPending = true; }
     bool HasWork() const {
         return !isLayoutCurrent || isTransformPending || nextPatch < PatchCount() ||

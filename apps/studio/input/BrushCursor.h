@@ -32,7 +32,7 @@ public:
     void SetPreviewRadius(double pixels);
     /// Where the pointer was last; nothing after Hide.
     const std::optional<QPointF>& Position() const { return position; }
-    /// The last answer of the engine.
+    /// The last result of a pick.
     const HoverHit& Hit() const { return hit; }
     /// The last position on the surface, for orbits; nothing before the first one.
     const std::optional<Vector>& LastOnSurface() const { return lastOnSurface; }

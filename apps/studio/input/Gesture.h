@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+#include <optional>
+
 namespace trovik::studio {
 
 /// Something that a drag does, from press to release: a stroke, a motion of the camera, a change
@@ -24,8 +26,11 @@ public:
     /// A digit, '.', '-' or backspace, for gestures that take a number. \return whether it was
     /// taken.
     virtual bool Type(int /*key*/, const QString& /*text*/) { return false; }
-    /// Called 60 times a second.
-    virtual void Tick() {}
+    /// Called 60 times a second. \return a time that has an effect on what the gesture does, to be
+    /// recorded for TickAt: milliseconds on the clock of pointer events.
+    virtual std::optional<double> Tick() { return std::nullopt; }
+    /// Has the effect that Tick had at a recorded time.
+    virtual void TickAt(double /*milliseconds*/) {}
     /// Shown over the viewport.
     virtual QStringList Hud() const { return {}; }
     /// Whether it goes on when no button is down, until a press or a key ends it.

@@ -104,7 +104,7 @@ void PointerRouter::Route(const QTabletEvent& event) {
 }
 
 bool PointerRouter::Route(const QMouseEvent& event) {
-    // The event's source would call these real; only the device tells.
+    // QMouseEvent::source() does not identify mouse events made from a pen; the device does.
     if (IsPen(event.pointingDevice()) || active == Active::Pen) return true;
     PointerEvent pointer;
     pointer.button = event.button();

@@ -26,22 +26,30 @@ StrokeGesture::StrokeGesture(Engine& ofEngine,
 }
 
 void StrokeGesture::Add(const PointerEvent& event) {
-    lastTime = std::max(lastTime, event.milliseconds - pressTime);
+    // Times that fall, as some drivers report them, are for the stroke's filter.
+    const double time = std::max(0.0, event.milliseconds - pressTime);
+    newestTime = std::max(newestTime, time);
     engine.AddSamples({{static_cast<float>(event.position.x()),
                         static_cast<float>(event.position.y()),
                         event.pressure,
                         event.tiltX,
                         event.tiltY,
-                        lastTime}});
+                        time}});
     sinceSample.start();
 }
 
 void StrokeGesture::Move(const PointerEvent& event) { Add(event); }
 
-void StrokeGesture::Tick() {
-    if (sinceSample.elapsed() < restMilliseconds) return;
-    lastTime += static_cast<double>(sinceSample.restart());
-    engine.Tick(lastTime);
+std::optional<double> StrokeGesture::Tick() {
+    if (sinceSample.elapsed() < restMilliseconds) return std::nullopt;
+    const double time = pressTime + newestTime + static_cast<double>(sinceSample.restart());
+    TickAt(time);
+    return time;
+}
+
+void StrokeGesture::TickAt(double milliseconds) {
+    newestTime = std::max(newestTime, milliseconds - pressTime);
+    engine.Tick(newestTime);
 }
 
 void StrokeGesture::Finish() {

@@ -23,7 +23,8 @@ public:
     void Move(const PointerEvent& event) override;
     void Finish() override;
     void Cancel() override;
-    void Tick() override;
+    std::optional<double> Tick() override;
+    void TickAt(double milliseconds) override;
     bool MovesRing() const override { return true; }
 
 private:
@@ -32,8 +33,8 @@ private:
     Engine& engine;
     ViewportWidget& viewport;
     double pressTime;
-    /// Milliseconds since the press of the last sample or tick; times of a stroke never fall.
-    double lastTime = 0.0;
+    /// Milliseconds since the press of the newest sample or tick.
+    double newestTime = 0.0;
     QElapsedTimer sinceSample;
 };
 

@@ -23,6 +23,17 @@ constexpr int tickMilliseconds = 16;
 constexpr double unitsPerFactor = 120.0;
 constexpr double wheelFactor = 0.9;
 
+class Nesting {
+public:
+    explicit Nesting(int& counter) : depth(counter) { ++depth; }
+    ~Nesting() { --depth; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+private:
+    int& depth;
+};
+
 const QColor plainRing(245, 245, 245);
 const QColor invertRing(255, 150, 80);
 const QColor smoothRing(110, 190, 255);
@@ -55,7 +66,9 @@ ViewportInput::ViewportInput(Engine& ofEngine, ActionRegistry& registry, Viewpor
     ticks.setTimerType(Qt::PreciseTimer);
     ticks.setInterval(tickMilliseconds);
     connect(&ticks, &QTimer::timeout, this, [this] {
-        if (gesture != nullptr) gesture->Tick();
+        if (gesture == nullptr) return;
+        const std::optional<double> time = gesture->Tick();
+        if (time) Q_EMIT Ticked(*time);
     });
     ShowRingColor();
 }
@@ -76,7 +89,12 @@ void ViewportInput::SelectNext(SelectionGesture::Shape shape, SelectionGesture::
 
 void ViewportInput::FinishGesture() { End(true); }
 
+void ViewportInput::PlayTick(double milliseconds) {
+    if (gesture != nullptr) gesture->TickAt(milliseconds);
+}
+
 void ViewportInput::Handle(const PointerEvent& event) {
+    const Nesting nesting(handlingDepth);
     if (!pending.empty()) {
         pending.push_back(event);
         return;
@@ -149,8 +167,11 @@ void ViewportInput::PressKnown(const PointerEvent& press, bool isOnSurface) {
     } else if (press.button == Qt::LeftButton) {
         BeginStroke(press);
     } else if (press.button == Qt::RightButton) {
-        Q_EMIT MenuRequested(
-            viewport.mapToGlobal((press.position / viewport.devicePixelRatioF()).toPoint()));
+        // The menu has an event loop of its own; what is chosen in it is no effect of the press.
+        const QPoint at =
+            viewport.mapToGlobal((press.position / viewport.devicePixelRatioF()).toPoint());
+        QMetaObject::invokeMethod(
+            this, [this, at] { Q_EMIT MenuRequested(at); }, Qt::QueuedConnection);
     }
     for (std::size_t i = 1; i < waited.size(); ++i) Handle(waited[i]);
 }
@@ -175,7 +196,7 @@ void ViewportInput::BeginStroke(const PointerEvent& press) {
 void ViewportInput::Begin(std::unique_ptr<Gesture> next, Qt::MouseButton button) {
     gesture = std::move(next);
     gestureButton = button;
-    ticks.start();
+    if (isTimerOn) ticks.start();
     ShowHud();
     Q_EMIT GestureChanged(true);
 }
@@ -214,6 +235,7 @@ Vector ViewportInput::Anchor() const {
 }
 
 void ViewportInput::KeyPressed(int key) {
+    const Nesting nesting(handlingDepth);
     ShowRingColor();
     if (key == Qt::Key_Escape || IsHeld("stroke.abandon")) {
         selection.reset();
@@ -243,6 +265,7 @@ void ViewportInput::KeyPressed(int key) {
 
 // Hold, drag and let go; or tap the key, move, and click.
 void ViewportInput::KeyReleased(int key) {
+    const Nesting nesting(handlingDepth);
     ShowRingColor();
     if (valueGesture != nullptr && key == gestureKey && valueGesture->HasChanged()) End(true);
 }
@@ -258,7 +281,7 @@ bool ViewportInput::TypeNumber(const QKeyEvent& event) {
 bool ViewportInput::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
         case QEvent::ShortcutOverride:
-            // While a gesture is active, its keys are no shortcuts.
+            // While a gesture is active, keys do not trigger shortcuts.
             if (gesture != nullptr) {
                 event->accept();
                 return true;

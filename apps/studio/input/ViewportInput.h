@@ -50,6 +50,17 @@ public:
     void FinishGesture();
     bool HasGesture() const { return gesture != nullptr; }
 
+    // --- Recorded events ---
+
+    /// Whether the meaning of a press depends on a pick that has not been answered.
+    bool IsWaitingForPick() const { return !pending.empty(); }
+    /// Whether an event is being handled, so that steps that are run now are effects of it.
+    bool IsHandling() const { return handlingDepth > 0; }
+    /// Whether a timer measures how long the pen rests. Without it, PlayTick does.
+    void SetTimerOn(bool on) { isTimerOn = on; }
+    /// \param milliseconds  on the clock of pointer events, as of Ticked.
+    void PlayTick(double milliseconds);
+
 Q_SIGNALS:
     /// Lines to show over the viewport; empty for none.
     void HudChanged(const QStringList& lines);
@@ -59,6 +70,8 @@ Q_SIGNALS:
     void Refused(const QString& reason);
     /// A drag of the camera, a stroke or another gesture began or ended.
     void GestureChanged(bool isActive);
+    /// The timer changed what a gesture does. \param milliseconds  on the clock of pointer events.
+    void Ticked(double milliseconds);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -89,6 +102,8 @@ private:
     KeyTracker keys;
     std::unique_ptr<BrushCursor> cursor;
     QTimer ticks;
+    bool isTimerOn = true;
+    int handlingDepth = 0;
     const NavigationPreset* navigation;
     BrushOperation::Modifier eraser = BrushOperation::ModifierInvert;
     std::optional<CameraMotion> barrel = CameraMotion::Pan;
@@ -99,7 +114,7 @@ private:
     /// A held key that began the gesture; 0: none.
     int gestureKey = 0;
     ValueGesture* valueGesture = nullptr;
-    /// A press whose meaning depends on a pick that has not been answered, and what followed.
+    /// A press whose meaning depends on a pick that is not complete, and the events since.
     std::vector<PointerEvent> pending;
     struct Selection {
         SelectionGesture::Shape shape;

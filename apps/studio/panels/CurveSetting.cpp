@@ -43,7 +43,7 @@ bool AreSame(const CurveEditor::Points& left, const CurveEditor::Points& right) 
                       });
 }
 
-/// Places of points that a curve of the table, or of samples, is shown by.
+/// Positions of the points that represent a built-in or sampled curve.
 constexpr float sampledAt[] = {0.0f, 0.2f, 0.4f, 0.6f, 0.8f, 1.0f};
 
 PanelCombo* AddHeader(QVBoxLayout* layout, const SettingAppearance& appearance, QWidget* parent) {

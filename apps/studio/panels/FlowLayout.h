@@ -6,7 +6,7 @@
 
 namespace trovik::studio {
 
-/// Lays items of equal size out in rows, as many to a row as fit.
+/// Arranges items of equal size in rows, with as many items per row as fit.
 class FlowLayout : public QLayout {
 public:
     explicit FlowLayout(QWidget* parent, int gap = 2) : QLayout(parent), between(gap) {}

@@ -35,17 +35,17 @@ const char* const floorVertexShader = R"(
 uniform mat4 worldToClip;
 uniform vec3 centre;
 uniform float extent;
-out vec2 place;
+out vec2 floorPoint;
 void main() {
     vec2 corner = vec2((gl_VertexID & 1) != 0 ? 1.0 : -1.0, (gl_VertexID & 2) != 0 ? 1.0 : -1.0);
     vec3 world = centre + vec3(corner.x * extent, 0.0, corner.y * extent);
-    place = world.xz;
+    floorPoint = world.xz;
     gl_Position = worldToClip * vec4(world, 1.0);
 }
 )";
 
 const char* const floorFragmentShader = R"(
-in vec2 place;
+in vec2 floorPoint;
 uniform vec2 middle;
 uniform float extent;
 uniform float spacing;
@@ -64,7 +64,7 @@ vec4 Over(vec4 front, vec4 behind) {
 // Coverage of the lines x = n * distance and the same in y, each fading where lines are narrower
 // than pixels.
 vec2 Lines(float distance, float width) {
-    vec2 scaled = place / distance;
+    vec2 scaled = floorPoint / distance;
     vec2 slope = vec2(length(vec2(dFdx(scaled.x), dFdy(scaled.x))),
                       length(vec2(dFdx(scaled.y), dFdy(scaled.y))));
     vec2 pixels = abs(fract(scaled + 0.5) - 0.5) / max(slope, 1e-20);
@@ -73,7 +73,7 @@ vec2 Lines(float distance, float width) {
 }
 
 void main() {
-    float away = length(place - middle);
+    float away = length(floorPoint - middle);
     float fade = 1.0 - smoothstep(0.25, 1.0, away / extent);
     fade *= fade;
     vec4 color = vec4(0.0);
@@ -87,9 +87,9 @@ void main() {
         vec2 coarse = Lines(spacing * 10.0, 1.0);
         float alpha = max(0.09 * max(fine.x, fine.y), 0.26 * max(coarse.x, coarse.y));
         color = Over(vec4(vec3(0.80, 0.82, 0.86), alpha * fade * gridOpacity), color);
-        vec2 slope = vec2(length(vec2(dFdx(place.x), dFdy(place.x))),
-                          length(vec2(dFdx(place.y), dFdy(place.y))));
-        vec2 axis = clamp(0.5 + 0.6 * pixelRatio - abs(place) / max(slope, 1e-20), 0.0, 1.0);
+        vec2 slope = vec2(length(vec2(dFdx(floorPoint.x), dFdy(floorPoint.x))),
+                          length(vec2(dFdx(floorPoint.y), dFdy(floorPoint.y))));
+        vec2 axis = clamp(0.5 + 0.6 * pixelRatio - abs(floorPoint) / max(slope, 1e-20), 0.0, 1.0);
         color = Over(vec4(0.87, 0.36, 0.34, 0.55 * axis.y * fade * gridOpacity), color);
         color = Over(vec4(0.33, 0.55, 0.92, 0.55 * axis.x * fade * gridOpacity), color);
     }

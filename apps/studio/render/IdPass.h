@@ -12,10 +12,12 @@ struct IdImage {
 
     int width = 0;
     int height = 0;
-    /// Number of the patch, and of the face in the level; none where there is no surface.
+    /// Number of the patch, and of the face in the level; a number that is not used where the
+    /// surface does not cover the pixel.
     std::vector<uint32_t> patches;
     std::vector<uint32_t> faces;
-    /// World distance from the eye along the viewing direction; 0 where there is no surface.
+    /// World distance from the eye along the viewing direction; 0 where the surface does not cover
+    /// the pixel.
     std::vector<float> depths;
 };
 

@@ -211,7 +211,7 @@ layout(location = 0) in vec3 position;
 uniform mat4 localToClip;
 void main() {
     gl_Position = localToClip * vec4(position, 1.0);
-    // Toward the eye, so that the faces beside a line do not cover it.
+    // Toward the eye, so that the faces next to a line do not cover it.
     gl_Position.z -= 2e-4 * gl_Position.w;
 }
 )";

@@ -53,7 +53,7 @@ void ViewportRenderer::Draw(const Frame& frame) {
     stats = {};
     UploadPending(frame);
     while (const auto measured = timer->Take()) {
-        // Some drivers answer the first query with the time since they were started.
+        // Some drivers return the time since driver start for the first query.
         if (measured->seconds > maxFrameSeconds) continue;
         frameSeconds = measured->seconds;
         lod.FrameMeasured(measured->tag, measured->seconds);

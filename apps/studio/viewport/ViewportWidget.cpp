@@ -167,6 +167,11 @@ QImage ViewportWidget::Grab() {
     return image;
 }
 
+bool ViewportWidget::IsComplete() const {
+    if (renderer == nullptr) return true;
+    return !engine.HasUpdates() && !renderer->HasPending() && !renderer->IsCoarse();
+}
+
 void ViewportWidget::UploadAll() {
     if (renderer == nullptr) return;
     makeCurrent();

@@ -28,8 +28,8 @@ public:
     ~ViewportWidget() override;
 
     const Camera& View() const { return camera; }
-    /// Changes the camera, tells the engine, and schedules a frame; while it moves, frames are
-    /// drawn with less detail.
+    /// Changes the camera, passes it to the engine, and schedules a frame; while it moves, frames
+    /// are drawn with less detail.
     void SetView(const Camera& moved);
     const RenderSettings& Settings() const { return settings; }
     void SetSettings(const RenderSettings& changed);
@@ -54,6 +54,8 @@ public:
     /// Draws a frame with all detail and returns it, in device pixels. Uploads everything that has
     /// arrived before.
     QImage Grab();
+    /// Whether everything that has arrived is drawn, with all detail.
+    bool IsComplete() const;
     /// Requests every patch from the engine again and uploads it; the picture must not change by
     /// that. For tests and after a lost context.
     void UploadAll();

@@ -42,6 +42,8 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "-",
           "file.script.run",
           "file.script.save",
+          "file.recordEvents",
+          "file.playEvents",
           "file.screenshot",
           "-",
           "file.quit"});
@@ -113,11 +115,17 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "mask.cavity",
           "mask.ridges",
           "-",
+          "mask.box",
+          "mask.lasso",
+          "-",
           "visibility.hide",
           "visibility.isolate",
           "visibility.show",
           "visibility.invert",
-          "visibility.grow"});
+          "visibility.grow",
+          "visibility.hideBox",
+          "visibility.hideLasso",
+          "visibility.isolateLasso"});
     Fill(bar->addMenu(MainWindow::tr("&Symmetry")),
          actions,
          {"symmetry.x",
@@ -162,7 +170,7 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
         if (info.id.startsWith(QLatin1String("panel."))) Fill(windows, actions, {info.id});
     Fill(bar->addMenu(MainWindow::tr("&Help")),
          actions,
-         {"help.welcome", "window.keymap", "-", "help.about"});
+         {"help.welcome", "window.keymap", "help.tabletTester", "-", "help.about"});
 }
 
 }  // namespace trovik::studio

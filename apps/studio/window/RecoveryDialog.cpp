@@ -12,6 +12,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace trovik::studio {
 
 namespace {
@@ -40,6 +42,12 @@ RecoverableWork Describe(const QFileInfo& file) {
         const JournalContent content = ReadJournal(work.journalPath.toStdString(), true);
         if (content.isClosed) work.problem = QStringLiteral("closed");
         work.source = QString::fromStdString(content.base.source);
+        // Settings, tools and cameras alone are not worth recovering.
+        const bool hasChanges =
+            std::any_of(content.steps.begin(), content.steps.end(), [](const JournalStep& step) {
+                return step.dabs > 0 || step.undoBytes > 0 || !step.label.empty();
+            });
+        if (!hasChanges) return work;
         for (const JournalStep& step : content.steps) work.steps.append(StepText(step));
     } catch (const std::exception& error) {
         work.problem = QString::fromUtf8(error.what());
@@ -104,10 +112,13 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
     auto* buttons = new QDialogButtonBox(this);
     recover = buttons->addButton(tr("Recover"), QDialogButtonBox::AcceptRole);
     recover->setToolTip(tr("Opens the work as it was"));
+    static_cast<QPushButton*>(recover)->setDefault(true);
     auto* later = buttons->addButton(tr("Later"), QDialogButtonBox::RejectRole);
     later->setToolTip(tr("Keeps the journals; the next start asks again"));
     auto* discard = buttons->addButton(tr("Discard"), QDialogButtonBox::DestructiveRole);
     discard->setToolTip(tr("Deletes the journal of the chosen work"));
+    // A key that is pressed by accident discards nothing.
+    discard->setAutoDefault(false);
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, [this] {
         choice = Choice::Recover;
@@ -120,6 +131,7 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
     });
     connect(list, &QListWidget::currentRowChanged, this, &RecoveryDialog::ShowWork);
     list->setCurrentRow(0);
+    recover->setFocus();
 }
 
 QString RecoveryDialog::Journal() const {

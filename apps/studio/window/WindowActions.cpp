@@ -85,7 +85,7 @@ void MainWindow::AddPanels() {
         {"layers",
          "layers",
          tr("Layers"),
-         tr("Detail that can be strengthened, hidden and removed later"),
+         tr("Detail that can be scaled, hidden and removed later"),
          new LayersPanel(context, panels),
          false},
         {"levels",

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "engine/EngineMessages.h"
+
+#include <QPoint>
+#include <QPointF>
+#include <QSize>
+#include <QString>
+#include <Qt>
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+/// \file
+/// Events of the studio as they are recorded and played; docs/studio-events.md describes their
+/// files. Positions are logical pixels of the viewport, (0, 0) at its upper left corner.
+namespace trovik::studio {
+
+struct PenInput {
+    enum class Kind { Press, Move, Release };
+    Kind kind = Kind::Move;
+    QPointF position;
+    /// 0 to 1.
+    double pressure = 0.0;
+    /// Degrees from upright, along x and y.
+    QPointF tilt;
+    /// Degrees.
+    double rotation = 0.0;
+    /// Of press and release.
+    Qt::MouseButton button = Qt::LeftButton;
+    bool isEraser = false;
+    bool operator==(const PenInput&) const = default;
+};
+struct MouseInput {
+    using Kind = PenInput::Kind;
+    Kind kind = Kind::Move;
+    QPointF position;
+    Qt::MouseButton button = Qt::LeftButton;
+    /// The window system made it of a pen's event.
+    bool isFromPen = false;
+    bool operator==(const MouseInput&) const = default;
+};
+struct WheelInput {
+    QPointF position;
+    /// Eighths of a degree.
+    QPoint delta;
+    bool operator==(const WheelInput&) const = default;
+};
+struct KeyInput {
+    enum class Kind { Press, Release, Tap };
+    Kind kind = Kind::Press;
+    /// A key; taps may have modifiers.
+    QKeyCombination key = QKeyCombination(Qt::Key_unknown);
+    QString text;
+    bool operator==(const KeyInput&) const = default;
+};
+/// The pen has rested until the time of the event.
+struct TickInput {
+    bool operator==(const TickInput&) const = default;
+};
+struct ActionInput {
+    QString id;
+    bool operator==(const ActionInput&) const = default;
+};
+struct StepInput {
+    nlohmann::json step;
+    bool operator==(const StepInput&) const = default;
+};
+struct OpenInput {
+    /// Paths are relative to the folder of the event file.
+    std::string mesh, scene;
+    int levels = 0;
+    bool operator==(const OpenInput&) const = default;
+};
+/// World space; as Camera.
+struct CameraInput {
+    Vector eye, target, up;
+    float fieldOfView = 35.0f;
+    bool isOrthographic = false;
+    bool operator==(const CameraInput&) const = default;
+};
+struct ResizeInput {
+    QSize viewport;
+    bool operator==(const ResizeInput&) const = default;
+};
+struct WaitInput {
+    bool operator==(const WaitInput&) const = default;
+};
+struct ScreenshotInput {
+    /// Relative to the player's output folder.
+    QString file;
+    /// The whole window instead of the viewport.
+    bool isWindow = false;
+    bool operator==(const ScreenshotInput&) const = default;
+};
+
+using Input = std::variant<PenInput,
+                           MouseInput,
+                           WheelInput,
+                           KeyInput,
+                           TickInput,
+                           ActionInput,
+                           StepInput,
+                           OpenInput,
+                           CameraInput,
+                           ResizeInput,
+                           WaitInput,
+                           ScreenshotInput>;
+
+struct TimedInput {
+    /// Milliseconds on the clock of the pen.
+    uint32_t time = 0;
+    Input input;
+    bool operator==(const TimedInput&) const = default;
+};
+
+/// A list of events in the order in which they are played.
+struct EventFile {
+    /// For messages; empty if the events were not read from a file.
+    std::string path;
+    /// Logical pixels.
+    QSize viewport{960, 720};
+    /// Device pixels of a logical one when the events were recorded; strokes give the same bits
+    /// only where it is the same.
+    double pixelRatio = 1.0;
+    std::vector<TimedInput> events;
+};
+
+/// Reads and checks a file of at most 64 MiB.
+/// \throw HostError of one line: file, JSON pointer or line, value.
+EventFile ReadEventFile(const std::string& path);
+/// The same for a text. \param name  for messages; its folder is that of relative paths.
+EventFile ParseEventFile(const std::string& text, const std::string& name);
+
+/// Writes a file as a whole, with one event per line. \throw HostError naming the path.
+void WriteEventFile(const EventFile& file, const std::string& path);
+
+/// Portable name of a key without modifiers, such as "Shift", "F" or "Esc".
+QString KeyName(int key);
+
+}  // namespace trovik::studio

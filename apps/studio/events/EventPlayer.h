@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "events/EventFile.h"
+#include "events/InputSender.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+
+namespace trovik::studio {
+
+class ActionRegistry;
+class Engine;
+class ViewportInput;
+class ViewportWidget;
+
+/// The parts of the application that events are played on; all outlive their player or recorder.
+struct EventTarget {
+    Engine& engine;
+    ActionRegistry& actions;
+    ViewportWidget& viewport;
+    ViewportInput& input;
+};
+
+/// Plays recorded events in the event loop. While it plays, input of the user has no effect, apart
+/// from Escape, which stops it; pens rest for as long as the file has ticks, not by the clock.
+///
+/// Call on the UI thread only.
+class EventPlayer : public QObject {
+    Q_OBJECT
+public:
+    enum class Pace {
+        /// Each event waits until the engine has carried out everything before it, so that a file
+        /// gives the same bits on every machine. As fast as that allows.
+        Settled,
+        /// Motions between a press and its release come at the times of the file, whatever the
+        /// engine does; other events wait.
+        Timed
+    };
+
+    explicit EventPlayer(const EventTarget& target, QObject* parent = nullptr);
+    ~EventPlayer() override;
+
+    void SetPace(Pace newPace) { pace = newPace; }
+    /// Whether an event that fails, such as a step with an error or an action that is disabled,
+    /// ends the playback; true at first.
+    void SetStopsOnError(bool on) { stopsOnError = on; }
+    /// Receives screenshots with relative paths; the working folder at first.
+    void SetOutputFolder(const QString& folder) { outputFolder = folder; }
+
+    /// Resizes the viewport and begins to play; ends what is played now.
+    void Play(EventFile events);
+    /// Releases what is pressed, and ends the playback without an error.
+    void Stop();
+    bool IsPlaying() const { return isPlaying; }
+
+Q_SIGNALS:
+    void Progressed(int done, int total);
+    /// \param error  one line that names file and event; empty if all events were played.
+    void Finished(const QString& error);
+    /// A remark, in one line.
+    void Noted(const QString& message);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void Advance();
+    /// Plays the next event if its time has come. \return false if it has to wait.
+    bool PlayNext();
+    bool IsReady(const TimedInput& next) const;
+    bool IsMotion(const TimedInput& event) const;
+    void Finish(const QString& error);
+    /// \return the reason in one line; empty on success.
+    QString Send(const TimedInput& event);
+    void Resize(const QSize& viewport);
+    QString Trigger(const QString& id);
+    void Open(const OpenInput& open);
+    void SetCamera(const CameraInput& camera);
+    QString Screenshot(const ScreenshotInput& screenshot);
+    QString Place(std::size_t event) const;
+
+    EventTarget to;
+    Pace pace = Pace::Settled;
+    bool stopsOnError = true;
+    QString outputFolder;
+    EventFile file;
+    std::unique_ptr<InputSender> sender;
+    std::size_t next = 0;
+    bool isPlaying = false;
+    bool isResizing = false;
+    /// Calls Advance while nothing else does.
+    QTimer timer;
+    QElapsedTimer sinceWait;
+    /// Since the last event that was no motion, and the time of that event.
+    QElapsedTimer sinceAnchor;
+    uint32_t anchorTime = 0;
+    /// The last pointer event on the router's clock, and in the file.
+    double pointerTime = 0.0;
+    uint32_t pointerFileTime = 0;
+    QString failure;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "events/EventFile.h"
+
+#include <QPointingDevice>
+
+class QWidget;
+
+namespace trovik::studio {
+
+class ActionRegistry;
+
+/// Sends pen, mouse, wheel and key events to a widget as the window system would. It holds which
+/// buttons and modifier keys are down.
+///
+/// Call on the UI thread only.
+class InputSender {
+public:
+    /// \param actions  the keys that trigger actions.
+    InputSender(QWidget& target, ActionRegistry& actions);
+
+    /// \param time  milliseconds; becomes the timestamp.
+    void Send(const PenInput& pen, uint32_t time);
+    void Send(const MouseInput& mouse, uint32_t time);
+    void Send(const WheelInput& wheel, uint32_t time);
+    /// The widget may take the key for itself; otherwise it triggers the action that it is bound
+    /// to, and otherwise it reaches the widget.
+    void Send(const KeyInput& key, uint32_t time);
+    /// Releases all buttons and modifier keys that are down.
+    void ReleaseAll(uint32_t time);
+    /// Whether a button of pen or mouse is down.
+    bool IsDragging() const { return penButtons != Qt::NoButton || mouseButtons != Qt::NoButton; }
+
+private:
+    void SendPress(QKeyCombination key, const QString& text, uint32_t time);
+    void SendRelease(Qt::Key key, uint32_t time);
+    QPointF Global(const QPointF& position) const;
+
+    QWidget& widget;
+    ActionRegistry& actions;
+    QPointingDevice pen, eraser;
+    Qt::MouseButtons penButtons, mouseButtons;
+    Qt::KeyboardModifiers modifiers;
+    PenInput lastPen;
+    MouseInput lastMouse;
+};
+
+}  // namespace trovik::studio
