@@ -37,8 +37,8 @@ public:
     uint64_t Pack(std::span<const uint32_t> patches,
                   std::span<DisplayVertex> out,
                   unsigned threads = 1);
-    /// Packs every patch at its FirstVertex. \param out  at least layout.TotalVertexCount()
-    /// vertices. \param threads  as for Pack.
+    /// Packs every patch at its FirstVertex.
+    /// \param out  at least layout.TotalVertexCount() vertices. \param threads  as for Pack.
     uint64_t PackAll(std::span<DisplayVertex> out, unsigned threads);
 
     const Counters& Packed() const { return packed; }

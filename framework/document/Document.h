@@ -114,8 +114,8 @@ public:
     const std::vector<std::string>& Notes() const { return notes; }
 
     /// Restores the mesh as it was imported, without layers, mask, hidden faces and undo steps, and
-    /// adds `levels` levels. Until the new mesh is complete, both meshes are in memory. \param
-    /// byteBudget bytes that the added levels may take.
+    /// adds `levels` levels. Until the new mesh is complete, both meshes are in memory.
+    /// \param byteBudget  bytes that the added levels may take.
     /// \throw HostError if the levels exceed the budget or the free memory; Cancelled. In both
     /// cases, nothing has changed or been reported.
     void Reset(uint32_t levels = 0,
@@ -123,7 +123,7 @@ public:
                JobControl* job = nullptr);
     /// See LevelGeometry::Subdivide. Subdivide, DeleteLevels, Unsubdivide, ApplyToBase and
     /// BindLevel throw Cancelled if the job cancels; nothing has then changed or been reported.
-    /// \param times number of levels to add, each as its own undo step; either all of them are
+    /// \param times  number of levels to add, each as its own undo step; either all of them are
     /// added or none. If `times` is greater than 1 and an exception is thrown, observers may have
     /// received the addition and the removal of some levels.
     void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes,
@@ -132,13 +132,14 @@ public:
     /// Deletes the levels above the current one, or those below it. \return false if there are
     /// none.
     bool DeleteLevels(bool lower, JobControl* job = nullptr);
-    /// Adds a coarser level below level 0. \param times  as above. \throw HostError if level 0 is
-    /// not a refinement.
+    /// Adds a coarser level below level 0. \param times  as above.
+    /// \throw HostError if level 0 is not a refinement.
     void Unsubdivide(JobControl* job = nullptr, uint32_t times = 1);
     /// Propagates the shape of the current level to the levels below. \return false if nothing
     /// moved.
     bool ApplyToBase(JobControl* job = nullptr);
-    /// Makes another level the current one. \return false for a level that does not exist.
+    /// Makes another level the current one.
+    /// \return false for a level that does not exist.
     bool BindLevel(uint32_t level, JobControl* job = nullptr);
 
     /// Undoes or redoes one step together with the steps joined to it. \return false if there is no
@@ -146,14 +147,14 @@ public:
     bool Undo();
     bool Redo();
     /// Undoes or redoes steps until `position` of them are applied. Joined steps stay together, and
-    /// a position within such a group selects its start. \return false for a position beyond the
-    /// newest step.
+    /// a position within such a group selects its start.
+    /// \return false for a position beyond the newest step.
     bool JumpTo(std::size_t position);
     /// Deletes all undo steps.
     void ClearHistory();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
     /// Adds an undo step whose change has already been made to the geometry, and updates everything
-    /// that depends on the surface. Does nothing if the step is null. \param join undo the step
+    /// that depends on the surface. Does nothing if the step is null. \param join  undo the step
     /// together with the previous one. \throw HostError while a stroke is open, after reverting the
     /// change by applying the step.
     void Push(std::unique_ptr<UndoStep> step, bool join = false);
@@ -164,19 +165,20 @@ public:
     void ApplyUndoSettings();
 
     /// Selects a tool of the plug-in's brush, or "Freeze". Reads the stamp of the tool if its file
-    /// exists. \return false for an unknown name.
+    /// exists.
+    /// \return false for an unknown name.
     bool SelectTool(const std::string& name);
     std::vector<std::string> ToolNames() const;
     /// Call this after changing settings through Brush, SculptBrush or Settings.
     void NoteToolChanged();
 
     /// Mirrors the following strokes in planes across the mesh's own axes, and with rotated copies
-    /// about one of the axes. \throw HostError for more copies than maxMirrorMaps; the mirrors are
-    /// then unchanged.
+    /// about one of the axes.
+    /// \throw HostError for more copies than maxMirrorMaps; the mirrors are then unchanged.
     void SetMirrors(const MirrorSetting& setting);
-    /// Mirrors the following strokes by the mesh's connectivity, independent of its pose. \throw
-    /// HostError if the mesh has no topological mirror; Cancelled. In both cases, the mirrors are
-    /// unchanged.
+    /// Mirrors the following strokes by the mesh's connectivity, independent of its pose.
+    /// \throw HostError if the mesh has no topological mirror; Cancelled. In both cases, the
+    /// mirrors are unchanged.
     void SetTopologicalMirror(JobControl* job = nullptr);
     /// Makes the current level symmetric; see trovik::MakeSymmetric. One undo step. \return the
     /// number of vertices that moved. \throw Cancelled, with nothing changed.
@@ -207,7 +209,7 @@ public:
     /// Makes the document's view the camera of the kernel.
     void UpdateCamera();
     /// Adds renderers below the current level; they move to the new level when the level changes.
-    /// They display nothing and only receive change notices. \param updateFactors one factor per
+    /// They display nothing and only receive change notices. \param updateFactors  one factor per
     /// renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
     /// The visible faces of the current level for a render; borrows its arrays.

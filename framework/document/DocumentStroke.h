@@ -48,8 +48,8 @@ TROVIK_API LiveStrokeSettings PenStrokeSettings(Document& document,
                                                 const PenStrokeOptions& options);
 
 /// Begins a stroke of the document's loop as scripts do: the undo step is labelled with the tool's
-/// name, and without a seed the next one of the document is used. \throw HostError while a stroke
-/// is open, which stays open.
+/// name, and without a seed the next one of the document is used.
+/// \throw HostError while a stroke is open, which stays open.
 TROVIK_API void BeginStroke(Document& document,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);

@@ -32,7 +32,7 @@ public:
         std::size_t last;
     };
 
-    /// \param timed whether to keep times, and therefore pauses.
+    /// \param timed  whether to keep times, and therefore pauses.
     explicit ArcPath(const std::vector<PathSample>& samples, bool timed = false);
 
     /// Appends a sample to the path.

@@ -35,8 +35,9 @@ namespace trovik {
 /// beyond them.
 class TROVIK_API PathDabs {
 public:
-    /// Borrows loop, geometry and tree. Use it between Begin and End of the loop. \param view the
-    /// camera, used in both spaces. \throw HostError for the reasons given at PathSteps.
+    /// Borrows loop, geometry and tree. Use it between Begin and End of the loop.
+    /// \param view  the camera, used in both spaces.
+    /// \throw HostError for the reasons given at PathSteps.
     PathDabs(StrokeLoop& loop,
              LevelGeometry& geometry,
              const PatchTree& tree,

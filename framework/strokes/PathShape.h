@@ -30,7 +30,7 @@ struct PathShape {
 /// snapping, smoothing and the stabiliser. If none of them is set, it returns the samples
 /// unchanged. All functions below throw HostError for a path that takes more than maxPathSteps (see
 /// PathSteps.h) steps, each a 16th of their length argument.
-/// \param timed whether to keep times, see ArcPath.
+/// \param timed  whether to keep times, see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);

@@ -43,7 +43,7 @@ TROVIK_API std::unique_ptr<PathStage> CurveStage();
 ///
 /// For this stage, SmoothingStage and StabiliserStage: `poll` is called regularly during long work,
 /// and its exceptions pass through; adding throws HostError for a path that takes more than
-/// maxPathSteps steps, each a 16th of the length. \param timed whether times count, see ArcPath.
+/// maxPathSteps steps, each a 16th of the length. \param timed  whether times count, see ArcPath.
 TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 float distance,
                                                 bool timed,

@@ -27,7 +27,7 @@ public:
     explicit PressureCurve(std::vector<Point> points);
 
     /// Why the points are invalid: their number, a pressure or value outside 0 to 1, or pressures
-    /// that do not ascend. Empty if they are valid. \param index receives the index of the invalid
+    /// that do not ascend. Empty if they are valid. \param index  receives the index of the invalid
     /// point, or the number of points if that number is invalid.
     static std::optional<std::string> Flaw(const std::vector<Point>& points, std::size_t& index);
 

@@ -52,8 +52,8 @@ public:
     const Vector& Out() const { return out; }
 
     /// The matrix of a mirrored dab: each position reads the pixel of its mirror image on the main
-    /// side. For mirrors in the mesh's own planes, the values differ only in their signs. \param
-    /// pointMap maps main positions to mirrored ones, mesh-local; must be invertible.
+    /// side. For mirrors in the mesh's own planes, the values differ only in their signs.
+    /// \param pointMap  maps main positions to mirrored ones, mesh-local; must be invertible.
     static Matrix Mirrored(const Matrix& toPixels, const Matrix& pointMap);
 
 private:

@@ -15,13 +15,13 @@ struct StrokeDab;
 class TROVIK_API StrokeInputListener {
 public:
     virtual void OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) = 0;
-    /// \param dab the dab before stamp settings moved it. \param failed whether the brush threw
+    /// \param dab  the dab before stamp settings moved it. \param failed  whether the brush threw
     /// after doing part of its work; the stroke ends next.
     virtual void OnDab(const StrokeDab& dab, bool failed) = 0;
     virtual void OnWholeMesh(float strength, bool byFacing) = 0;
     virtual void OnReverted() = 0;
-    /// \param brokenOff whether the stroke ended before all mirrored sides were applied, or its end
-    /// failed. StrokeLoop::Break then reproduces the end, except for sides that were already
+    /// \param brokenOff  whether the stroke ended before all mirrored sides were applied, or its
+    /// end failed. StrokeLoop::Break then reproduces the end, except for sides that were already
     /// complete.
     virtual void OnStrokeEnded(bool brokenOff) = 0;
 

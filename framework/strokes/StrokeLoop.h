@@ -77,7 +77,7 @@ public:
     /// reach the caller after the stroke has ended.
     void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
 
-    /// Loads the stamp's file if necessary. \param seed seed of all random values of the stroke.
+    /// Loads the stamp's file if necessary. \param seed  seed of all random values of the stroke.
     /// \throw HostError if the file cannot be read (no stroke has then begun), or while a stroke is
     /// open, which is not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);

@@ -54,7 +54,8 @@ public:
         (void)brush, (void)name;
     }
     /// Called after the host has made both sides of a mirrored stroke equal, immediately before
-    /// EndStroke. \param vertices those whose position or normal has changed, in ascending order.
+    /// EndStroke.
+    /// \param vertices  those whose position or normal has changed, in ascending order.
     virtual void AfterSettling(BrushOperation& brush,
                                const LevelMesh& mesh,
                                const std::vector<uint32_t>& vertices) {
@@ -66,7 +67,7 @@ protected:
 };
 
 /// Runs `run`, which makes the call described by `call`, and notifies the observer before and after
-/// it. \param observer may be null.
+/// it. \param observer  may be null.
 template <typename Run>
 void Observed(StrokeObserver* observer, const BrushCall& call, Run&& run) {
     if (observer == nullptr) {
