@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("trovik-studio"));
     QApplication::setApplicationDisplayName(QStringLiteral("Trovik Studio"));
     QApplication::setApplicationVersion(QStringLiteral(TROVIK_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("trovik-studio"));
+    QApplication::setDesktopFileName(QStringLiteral("org.trovik.Studio"));
 
     StudioApplication studio(*commandLine);
     studio.Start();

@@ -116,7 +116,7 @@ TEST_F(ImprintPlacing, WholeDragAtOnceAppliesOnlyTheLastCopy) {
         const PathOptions options = bench.Options(0.5f, 0.25f);
         bench.loop.Begin(BrushOperation::ModifierNone);
         ImprintStroke imprint(bench.loop, bench.geometry, bench.tree, nullptr, mode, options);
-        imprint.Start(samples.front().place);
+        imprint.Start(samples.front().position);
         imprint.Drag(samples.back());
         EXPECT_EQ(imprint.Count(), 1u);
         bench.loop.End();

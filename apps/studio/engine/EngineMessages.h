@@ -44,6 +44,8 @@ struct SurfaceUpdate {
 /// The surface under the pointer.
 struct HoverHit {
     bool isHit = false;
+    /// The pixel that was picked.
+    float x = 0.0f, y = 0.0f;
     /// World; the normal has length 1.
     Vector position;
     Vector normal;

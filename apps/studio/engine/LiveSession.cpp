@@ -247,6 +247,8 @@ HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {
     trovik::Document& document = GetDocument();
     const LevelGeometry& geometry = document.Geometry();
     HoverHit result;
+    result.x = x;
+    result.y = y;
     const auto hit = HitThrough(geometry, document.Tree(), view, Vector(x, y, 0.0f));
     if (!hit) return result;
     result.isHit = true;

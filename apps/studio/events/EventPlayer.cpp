@@ -138,7 +138,7 @@ bool EventPlayer::PlayNext() {
         if (sinceWait.elapsed() > maxWaitMilliseconds)
             Finish(
                 Place(next + 1) +
-                tr("the engine has not answered for %1 minutes").arg(maxWaitMilliseconds / 60000));
+                tr("the engine has not responded for %1 minutes").arg(maxWaitMilliseconds / 60000));
         return false;
     }
     sinceWait.restart();

@@ -95,7 +95,7 @@ private:
     /// Calls Advance while nothing else does.
     QTimer timer;
     QElapsedTimer sinceWait;
-    /// Since the last event that was no motion, and the time of that event.
+    /// Since the last event other than a motion, and the time of that event.
     QElapsedTimer sinceAnchor;
     uint32_t anchorTime = 0;
     /// The last pointer event on the router's clock, and in the file.

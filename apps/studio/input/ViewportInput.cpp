@@ -56,7 +56,12 @@ ViewportInput::ViewportInput(Engine& ofEngine, ActionRegistry& registry, Viewpor
     connect(&keys, &KeyTracker::Pressed, this, &ViewportInput::KeyPressed);
     connect(&keys, &KeyTracker::Released, this, &ViewportInput::KeyReleased);
     connect(&engine, &Engine::HoverPicked, this, [this](const HoverHit& hit) {
-        if (!pending.empty()) PressKnown(pending.front(), hit.isHit);
+        if (pending.empty()) return;
+        // A pick of an earlier position does not decide about the press.
+        const PointerEvent& press = pending.front();
+        if (hit.x == static_cast<float>(press.position.x()) &&
+            hit.y == static_cast<float>(press.position.y()))
+            PressKnown(press, hit.isHit);
     });
     // A busy engine picks nothing; the camera stays usable meanwhile.
     connect(&engine, &Engine::BusyChanged, this, [this](bool isBusy) {
@@ -167,7 +172,7 @@ void ViewportInput::PressKnown(const PointerEvent& press, bool isOnSurface) {
     } else if (press.button == Qt::LeftButton) {
         BeginStroke(press);
     } else if (press.button == Qt::RightButton) {
-        // The menu has an event loop of its own; what is chosen in it is no effect of the press.
+        // The menu has an event loop of its own; the choice in it is not part of the press.
         const QPoint at =
             viewport.mapToGlobal((press.position / viewport.devicePixelRatioF()).toPoint());
         QMetaObject::invokeMethod(

@@ -52,7 +52,7 @@ public:
 
     // --- Recorded events ---
 
-    /// Whether the meaning of a press depends on a pick that has not been answered.
+    /// Whether the meaning of a press depends on a pick that is not complete.
     bool IsWaitingForPick() const { return !pending.empty(); }
     /// Whether an event is being handled, so that steps that are run now are effects of it.
     bool IsHandling() const { return handlingDepth > 0; }
