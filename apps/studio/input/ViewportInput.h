@@ -52,7 +52,7 @@ public:
 
     // --- Recorded events ---
 
-    /// Whether the meaning of a press depends on a pick that is not complete.
+    /// Whether the effect of a press depends on a pick that is not complete.
     bool IsWaitingForPick() const { return !pending.empty(); }
     /// Whether an event is being handled; steps that are run during this time are its effects.
     bool IsHandling() const { return handlingDepth > 0; }
