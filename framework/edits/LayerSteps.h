@@ -12,7 +12,7 @@ namespace trovik {
 /// \name Operations on layers. Each returns its undo step, not yet pushed.
 /// @{
 
-/// Adds a layer above those of the bound level and activates it for the next strokes.
+/// Adds a layer above those of the bound level and activates it for the following strokes.
 TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
                                                     const std::string& name);
 /// Removes a layer and its contribution to the surface. If it was active, no layer is active

@@ -28,7 +28,7 @@ struct SceneSettings {
     float spacing = 0.25f;
     /// Pen settings, for all tools.
     DabDynamics dynamics;
-    /// Determine the random values of the next strokes.
+    /// Determine the random values of the following strokes.
     uint64_t seed = 0;
     uint64_t strokesBegun = 0;
     /// Mode and point maps, the arguments of StrokeLoop::SetMirrors.

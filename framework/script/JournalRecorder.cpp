@@ -103,7 +103,7 @@ void JournalRecorder::BeginStep(const nlohmann::json& step) {
 }
 
 // Absolute paths, because a name alone can refer to another file when the work is repeated: files
-// written by this run need not exist then.
+// written by this run may no longer exist by then.
 void JournalRecorder::NoteInput(const nlohmann::json& step,
                                 const std::string& command,
                                 const CommandInput& input,

@@ -49,9 +49,9 @@ public:
     /// precedence. Without a file, preferences keep their defaults, or the values that the process
     /// has set.
     void SetPreferencesFile(const std::string& file) { preferencesFile = file; }
-    /// Writes a trace of the run; see docs/trace.md. To be called before Run.
+    /// Writes a trace of the run; see docs/trace.md. Call this before Run.
     void SetTrace(const TraceOptions& newOptions) { traceOptions = newOptions; }
-    /// Records a journal of the run; see docs/journal.md. To be called before Run or Open.
+    /// Records a journal of the run; see docs/journal.md. Call this before Run or Open.
     void SetJournal(const JournalOptions& newOptions) { journalOptions = newOptions; }
     /// Turns the warnings of a step into errors: Run throws instead of continuing.
     void SetStrict(bool on) { strict = on; }

@@ -76,7 +76,7 @@ public:
     bool Continue(Budget budget);
     /// Reports that the pen is still at its last position at this time, in the seconds of the
     /// samples; equivalent to adding the last sample again with this time. Does nothing before the
-    /// first sample, or if `time` is not later than the last sample. To be called about 60 times a
+    /// first sample, or if `time` is not later than the last sample. Call it about 60 times a
     /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
     /// samples that were held back by time.
     void Tick(double time);

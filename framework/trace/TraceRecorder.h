@@ -56,8 +56,8 @@ public:
     /// \throw HostError with the first failure, if there was one.
     void ThrowIfFailed() const;
     /// Writes the state `after` and, if the host has changed anything since the last call, the line
-    /// for that change. To be called after the last call; if no stroke has begun, it writes
-    /// `before` as well. \throw HostError.
+    /// for that change. Call this after the last call into the brush; if no stroke has begun, it
+    /// writes `before` as well. \throw HostError.
     void WriteAfter(BrushOperation& brush);
 
 private:
