@@ -104,7 +104,7 @@ TEST(RotatedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
             LayeredMesh layered(zoo.mesh);
             layered.ShowAll(false);
             const std::vector<Vector> off = layered.Positions();
-            layered.SetUserProperties(showing);
+            layered.Give(showing);
             const std::vector<Vector> on = layered.Positions();
 
             // The coarser levels see the same surface. The finest level is then the one without
@@ -126,7 +126,7 @@ TEST(RotatedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
             ExpectSameBits(layered.Positions(), PositionsOf(*plain.Bound()));
             EXPECT_GT(Farthest(layered.Positions(), off), 0.01f)
                 << "the deformation moved vertices";
-            layered.SetUserProperties(showing);
+            layered.Give(showing);
             ExpectSameBits(layered.Positions(), bent);
         }
     }
@@ -145,7 +145,7 @@ TEST(RotatedLayers, LayersRotateRigidlyWithTheSurface) {
                 offsets.push_back(layered.Layer(0).StateOfSlot(slot).offset);
             layered.ShowAll(false);
             std::vector<Vector> off = layered.Positions();
-            layered.SetUserProperties(showing);
+            layered.Give(showing);
             layered.geometry.BindLevel(0);
             const auto turn = [](const Vector& p) { return RotatedAboutTwoAxes(p, quarter); };
             Deform(*layered.geometry.Bound(), turn);
@@ -168,7 +168,7 @@ TEST(RotatedLayers, LayersRotateRigidlyWithTheSurface) {
 
 TEST(RotatedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
     LayeredMesh layered(SteppedBox());
-    layered.SetUserProperties(LayerVisibilities()[1]);
+    layered.Give(LayerVisibilities()[1]);
     const float length = layered.Layer(0).StateOfSlot(0).offset.Length();
     for (int bend = 0; bend < 12; ++bend) {
         layered.geometry.BindLevel(bend % 2 == 0 ? 0 : 1);
@@ -179,7 +179,7 @@ TEST(RotatedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
         const std::vector<VertexState> before = StateOf(*layered.geometry.Bound());
         layered.ShowAll(false);
         EXPECT_NE(StateOf(*layered.geometry.Bound()), before);
-        layered.SetUserProperties(LayerVisibilities()[1]);
+        layered.Give(LayerVisibilities()[1]);
         ASSERT_EQ(StateOf(*layered.geometry.Bound()), before) << bend;
         // Within the rounding error of that many rotations.
         EXPECT_NEAR(layered.Layer(0).StateOfSlot(0).offset.Length(), length, 1e-6f);
@@ -218,7 +218,7 @@ TEST(RotatedLayers, WithoutAnEditNoBitChanges) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
         LayeredMesh layered(zoo.mesh);
-        layered.SetUserProperties(LayerVisibilities()[1]);
+        layered.Give(LayerVisibilities()[1]);
         layered.geometry.BindLevel(0);
         const std::string before = LayersOf(layered.geometry);
         for (const uint32_t level : {2u, 1u, 2u, 0u, 1u, 2u})

@@ -404,7 +404,7 @@ TEST_F(HostChange, DraggedCopyIsRevertedBeforeEachDab) {
                DocumentStroke drag(document, options);
                for (const float x : {480.0f, 500.0f, 520.0f, 540.0f}) {
                    PathSample sample;
-                   sample.place = {x, 360.0f, 0.0f};
+                   sample.position = {x, 360.0f, 0.0f};
                    drag.Add(sample);
                }
                drag.Release();

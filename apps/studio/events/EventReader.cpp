@@ -123,8 +123,9 @@ Input ReadOpen(const FieldReader& event) {
         event.Fail("expected either \"mesh\" or \"scene\"");
     if (event.Has("scene") && event.Has("levels"))
         event.At("levels").Fail("only a mesh is opened with further levels");
-    return OpenInput{
-        event.TextOr("mesh", {}), event.TextOr("scene", {}), event.IntegerOr("levels", 0)};
+    return OpenInput{event.TextOr("mesh", {}),
+                     event.TextOr("scene", {}),
+                     event.Has("levels") ? event.At("levels").Integer() : 0};
 }
 
 Input ReadCamera(const FieldReader& event) {
@@ -132,7 +133,7 @@ Input ReadCamera(const FieldReader& event) {
     camera.eye = event.At("eye").ThreeNumbers();
     camera.target = event.At("target").ThreeNumbers();
     camera.up = event.At("up").ThreeNumbers();
-    camera.fieldOfView = event.NumberOr("fieldOfView", camera.fieldOfView);
+    if (event.Has("fieldOfView")) camera.fieldOfView = event.At("fieldOfView").Number();
     camera.isOrthographic = event.FlagOr("orthographic", false);
     const Vector forward = camera.target - camera.eye;
     if (!((forward & camera.up).Length() > 0.0f))
