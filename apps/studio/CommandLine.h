@@ -6,35 +6,36 @@
 
 namespace trovik::studio {
 
-/// What the command line of trovik-studio asks for.
+/// The options of the trovik-studio command line.
 struct CommandLine {
-    /// Mesh or scene to open; empty: a new sphere, or the recovery of unfinished work.
+    /// Mesh or scene to open. If empty, a new sphere is opened, or unfinished work is recovered.
     std::string file;
     /// Event file to play.
     std::string events;
-    /// Scene to save when the events have been played, or at once without events.
+    /// Scene to save after the events have been played, or at once if there are none.
     std::string save;
-    /// Image of the window to write then.
+    /// Image of the window to write after that.
     std::string screenshot;
-    /// Ends the program then.
+    /// Whether to end the program after that.
     bool quits = false;
-    /// Platform of Qt; empty: chosen by PlatformFor.
+    /// Qt platform; if empty, PlatformFor chooses it.
     std::string platform;
-    /// Size of the viewport in logical pixels; 0: as the window gives it.
+    /// Size of the viewport in logical pixels; 0: determined by the window.
     int viewportWidth = 0;
     int viewportHeight = 0;
-    /// Keeps no journal: nothing can be recovered after a crash.
+    /// Whether to keep no journal; nothing can then be recovered after a crash.
     bool hasNoJournal = false;
-    /// Reads and writes no preferences.
+    /// Whether to neither read nor write preferences.
     bool hasNoPreferences = false;
 };
 
-/// Reads the arguments. Prints help, version or an error itself.
-/// \return nothing if the program is to end, with its exit status in `status`.
+/// Parses the arguments and prints help, the version or an error.
+/// \return nothing if the program should end; `status` then receives its exit status.
 std::optional<CommandLine> ReadCommandLine(int argc, char** argv, int& status);
 
-/// The platform to use: what was asked for, by option or QT_QPA_PLATFORM; otherwise xcb where an X
-/// server is there, since Qt's Wayland platform loses pressure and modifiers of pens before 6.8.
+/// The platform to use: the requested one (by option or QT_QPA_PLATFORM); otherwise xcb if an X
+/// server is available, because Qt's Wayland platform loses the pressure and modifiers of pens
+/// before version 6.8.
 std::string PlatformFor(const CommandLine& commandLine);
 
 }  // namespace trovik::studio

@@ -58,7 +58,7 @@ void CommandLineWork::Begin() {
     poll.start();
 }
 
-// One stage each time that nothing is left to do for the engine and the viewport.
+// Runs one stage whenever the engine and the viewport have become idle.
 void CommandLineWork::Continue() {
     if (stage == Stage::Events) {
         poll.stop();

@@ -11,13 +11,14 @@ class QWidget;
 
 namespace trovik::studio {
 
-/// Does what the command line asks for after the document is open: plays events, saves the scene,
-/// writes a screenshot of the window, and ends the program. Errors go to standard error; with
-/// `--quit` the first one ends the program with status 1.
+/// Carries out the command-line options after the document has been opened: plays events, saves the
+/// scene, writes a screenshot of the window, and ends the program. Errors go to standard error;
+/// with `--quit` the first one ends the program with status 1.
 class CommandLineWork : public QObject {
     Q_OBJECT
 public:
-    /// \param window  the one that a screenshot shows. Borrows everything.
+    /// Borrows everything.
+    /// \param window  the window that a screenshot shows.
     CommandLineWork(const CommandLine& commandLine, const EventTarget& target, QWidget& window);
 
     bool IsNeeded() const;
@@ -36,7 +37,7 @@ private:
     QWidget& window;
     EventPlayer player;
     Stage stage = Stage::Open;
-    /// Looks whether the engine is idle and everything is drawn.
+    /// Checks whether the engine is idle and everything has been drawn.
     QTimer poll;
 };
 

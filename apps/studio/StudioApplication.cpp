@@ -28,10 +28,10 @@ namespace {
 /// The sphere of a new document: 24 576 faces at its base, four times as many with each level.
 constexpr uint32_t firstSegments = 32;
 constexpr int firstLevels = 1;
-/// Radius of the brush in a mesh that was imported, logical pixels.
+/// Brush radius for an imported mesh, in logical pixels.
 constexpr double firstRadius = 50.0;
 
-/// An image of the work is stored for the recovery dialog so long after a change.
+/// Delay between a change and storing an image of the document for the recovery dialog.
 constexpr int pictureDelayMilliseconds = 15000;
 constexpr QSize pictureSize(760, 440);
 
@@ -52,7 +52,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     engine = std::make_unique<Engine>(
         commandLine.hasNoJournal ? std::string() : StudioFolders::Journals().toStdString());
     actions = std::make_unique<ActionRegistry>(nullptr);
-    // Before the window, which puts them into its menus.
+    // Added before the window is created, because it puts them into its menus.
     AddSelectionActions();
     AddTabletTester();
     AddEventActions();
@@ -89,7 +89,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
 StudioApplication::~StudioApplication() {
     work.reset();
     recorder.reset();
-    // Dialogs and panels of the window use the other objects to their end.
+    // The window's dialogs and panels use the other objects until they are destroyed.
     window.reset();
 }
 

@@ -23,15 +23,15 @@ class Preferences;
 class ViewportInput;
 class ViewportWidget;
 
-/// The objects of the running studio, and how they are connected. Needs a QApplication.
+/// Owns and connects the objects of the running studio. Needs a QApplication.
 class StudioApplication : public QObject {
     Q_OBJECT
 public:
     explicit StudioApplication(const CommandLine& commandLine);
     ~StudioApplication() override;
 
-    /// Shows the window and opens what the command line names: a file, else work to be recovered if
-    /// the user wants it, else a sphere. Errors are shown in the window.
+    /// Shows the window and opens the file that the command line names. Without a file, it offers
+    /// to recover unfinished work, and otherwise opens a sphere. Errors are shown in the window.
     void Start();
 
     Engine& GetEngine() { return *engine; }
@@ -55,7 +55,7 @@ private:
     void PlayEvents();
     void ApplyPreferences();
     void ShowSymmetry();
-    /// \return whether the user chose to recover some.
+    /// \return whether the user chose to recover work.
     bool OfferRecovery();
     void OpenFirst();
     /// Stores an image of the document next to its journal.
@@ -63,7 +63,7 @@ private:
     void WhenOpened();
 
     CommandLine commandLine;
-    /// Holds preferences and journals that nobody keeps.
+    /// Folder for preferences and journals that are not kept.
     QTemporaryDir scratch;
     std::unique_ptr<Preferences> preferences;
     std::unique_ptr<Engine> engine;

@@ -12,7 +12,7 @@ namespace trovik {
 
 class JobControl;
 
-/// A position on a tile of the texture, u to the right and v upwards, 0 to 1.
+/// A position on a texture tile, u to the right and v upwards, 0 to 1.
 using TilePoint = std::array<double, 2>;
 /// The value of a map at one position; a map with one channel uses the first number.
 using MapValue = std::array<float, 3>;
@@ -41,12 +41,13 @@ public:
         std::uint32_t channels = 3;
         /// Samples of a texel in each direction: 1, 2 or 4.
         std::uint32_t samplesPerSide = 2;
-        /// Values are directions: the value of each texel is normalised.
+        /// Whether values are directions; if so, the value of each texel is normalised.
         bool directions = false;
-        /// Distance from a surface's edge, in texels, up to which free texels are filled.
+        /// Distance from an island's edge, in texels, up to which uncovered texels are filled.
         std::uint32_t padding = 0;
         /// Surfaces that cross an edge of the tile continue at the opposite edge; otherwise they
-        /// are clipped. Quads then lie within -1 to 2 and are at most as large as the tile.
+        /// are clipped. With this option, quads must lie within -1 to 2 and be at most as large as
+        /// the tile.
         bool repeat = false;
     };
     explicit BakeCanvas(const Options& options);
@@ -55,8 +56,8 @@ public:
     /// the value at the centre is the mean of the corners.
     void AddQuad(const std::array<TilePoint, 4>& corners, const std::array<MapValue, 4>& values);
     /// Fills texels near an edge of a surface: a texel not covered by any surface gets the value of
-    /// the nearest point on such an edge if its centre is within the padding distance. Of equally
-    /// near points the first is kept. To be called after all quads have been added.
+    /// the nearest point on such an edge if its centre is within the padding distance. If several
+    /// points are equally near, the first is used. Call this after all quads have been added.
     void PadEdge(const TilePoint& from,
                  const TilePoint& to,
                  const MapValue& fromValue,
@@ -65,7 +66,7 @@ public:
     struct Counts {
         std::uint64_t covered = 0;
         std::uint64_t padded = 0;
-        /// Texels with a sample that is covered by more than one surface.
+        /// Number of texels with a sample that is covered by more than one surface.
         std::uint64_t overlapping = 0;
     };
     /// Finishes the tile. \param neutral  the value of empty texels.
@@ -88,11 +89,11 @@ private:
     std::int64_t step;
     unsigned stepBits;
     bool lastOverlapped = false;
-    /// For each texel one bit per covered sample, and overlapBit.
+    /// For each texel, one bit per covered sample, and overlapBit.
     static constexpr std::uint32_t overlapBit = 1u << 31;
     std::vector<std::uint32_t> taken;
     std::vector<float> sums;
-    /// For each texel the squared distance to the edge from which it was filled; empty without
+    /// For each texel, the squared distance to the edge from which it was filled; empty without
     /// padding.
     std::vector<float> distances;
 };

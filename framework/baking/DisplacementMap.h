@@ -13,7 +13,7 @@ namespace trovik {
 /// The files of a displacement map, read tile by tile on demand.
 class DisplacementMap {
 public:
-    /// Does not read any file.
+    /// Reads no file yet.
     explicit DisplacementMap(const DisplacementOptions& options);
 
     /// The value of the map at a position: a scalar in x, or a vector.
@@ -25,7 +25,7 @@ public:
 
 private:
     const FloatImage& Tile(std::uint32_t number);
-    /// \param said  the description stored in the file; options override its values.
+    /// \param said  the description stored in the file; its values are overridden by the options.
     void Settle(const std::optional<MapText>& description,
                 const std::string& path,
                 const FloatImage& image);

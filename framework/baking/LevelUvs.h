@@ -14,7 +14,7 @@ public:
     LevelUvs(const LevelGeometry& geometry, std::uint32_t level);
 
     /// UVs at the corners of a face of the level; for a triangle the fourth value is undefined.
-    /// \return false if a corner of its face of level 0 has no UVs.
+    /// \return false if a corner of the face's level-0 ancestor has no UVs.
     bool Of(std::uint32_t face, CornerValues<2>& uvs) const {
         if (!OfBase(BaseOf(face), uvs)) return false;
         uvs = FaceValues(uvs, baseCorners, level, face);
@@ -22,7 +22,7 @@ public:
     }
     /// Like Of, for a face of level 0.
     bool OfBase(std::uint32_t baseFace, CornerValues<2>& uvs) const;
-    /// The face of level 0 from which a face of the level descends.
+    /// The level-0 ancestor of a face of the level.
     std::uint32_t BaseOf(std::uint32_t face) const { return BaseFace(baseCorners, level, face); }
     std::uint32_t BaseFaceCount() const { return baseFaces; }
     std::uint32_t BaseCorners() const { return baseCorners; }

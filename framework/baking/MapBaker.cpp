@@ -177,7 +177,7 @@ private:
         return corners;
     }
 
-    /// Whether the neighbour across the side is not adjacent on the texture.
+    /// Whether the side is a UV seam: the neighbour across it is not adjacent on the texture.
     bool IsIslandEdge(std::uint32_t face, std::uint32_t side) const {
         const std::uint32_t across = level.QuadEdgeNeighbour(face, side);
         if (across == openBorder) return true;

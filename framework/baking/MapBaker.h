@@ -25,11 +25,12 @@ struct BakeOptions {
     std::uint32_t height = 1024;
     /// Samples per texel: 1, 4 or 16.
     std::uint32_t samples = 4;
-    /// Distance in texels up to which free texels next to a surface's edge are filled from it; at
-    /// most 256.
+    /// Distance in texels up to which uncovered texels next to an island's edge are filled from it;
+    /// at most 256.
     std::uint32_t padding = 8;
-    /// The texture repeats: faces outside 0 to 1 are wrapped into it, and surfaces that cross an
-    /// edge of the map continue at the opposite edge. Without this option such faces are rejected.
+    /// Whether the texture repeats: faces outside 0 to 1 are wrapped into it, and surfaces that
+    /// cross an edge of the map continue at the opposite edge. Without this option such faces are
+    /// rejected.
     bool repeat = false;
 };
 
@@ -68,17 +69,17 @@ struct BakedMap {
 ///
 /// at the vertices, interpolated linearly between the vertices and the centres of faces, and
 /// averaged over the samples of a texel. Texels that no face covers get the value of the nearest
-/// point on the edge of a UV island within the padding distance. All others contain no
-/// displacement, or the normal of the frame (mesh-local: the zero vector). Where faces overlap on
-/// the texture, the one with the lowest number is used.
+/// point on the edge of a UV island within the padding distance. All others contain no displacement
+/// or, in a normal map, the normal of the frame (mesh-local: the zero vector). Where faces overlap
+/// on the texture, the one with the lowest number is used.
 ///
-/// The levels are evaluated in the state that they have after switching to `from` and then to `to`;
-/// afterwards all of them are restored bit-exactly. No stroke may be open. Cost: O(faces of `from`
+/// The levels are evaluated in the state in which switching to `from` and then to `to` leaves them;
+/// afterwards, all of them are restored bit-exactly. No stroke may be open. Cost: O(faces of `from`
 /// + samples). Memory: about 150 bytes per vertex of `from`, 4 bytes per texel and channel of each
 /// tile, and 8 bytes more per texel of the tile in progress.
 /// \param path  of the output file; if it contains `<UDIM>`, there may be several tiles.
 /// \throw HostError for levels that do not exist or are in the wrong order, sizes out of range, a
-/// mesh without UVs, and UVs outside of tiles; Cancelled. Nothing has changed then.
+/// mesh without UVs, and UVs outside of tiles; Cancelled. In both cases, nothing has changed.
 TROVIK_API BakedMap BakeMap(LevelGeometry& geometry,
                             const BakeOptions& options,
                             const std::string& path,

@@ -17,7 +17,7 @@ namespace trovik {
 
 namespace {
 
-/// The displacement of a vertex by the map, without regard to the mask.
+/// The displacement of a vertex by the map, before the mask is applied.
 Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap& map) {
     Vector sum;
     float count = 0.0f;
@@ -37,7 +37,8 @@ Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap
 
 /// Recomputes the normals of these vertices from the current shape; the others are not changed.
 void RefreshNormals(LevelMesh& level, const std::vector<std::uint32_t>& vertices) {
-    // Per vertex, visiting its surrounding faces costs more than one pass over all faces.
+    // Gathering from the surrounding faces of every vertex would cost more than a single pass over
+    // all faces.
     if (vertices.size() < level.VertexCount() / 8) {
         level.ComputeNormalsOf(vertices);
         return;
@@ -81,7 +82,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry,
 
     const std::vector<std::uint32_t> around = WithNeighbours(level, moved);
     LevelChange change(&level);
-    // All undo records are made first: if an allocation fails, nothing has moved.
+    // All undo records are created first, so that nothing has moved if an allocation fails.
     for (const std::uint32_t vertex : around)
         change.Add_uncached(vertex,
                             level.LowestFaceOf(vertex),

@@ -15,7 +15,7 @@ class JobControl;
 /// the file (MapText). If the file has no description, the map is a scalar displacement with scale
 /// 1 and with mid 0.5 for integer pixels and 0 for floating-point pixels.
 struct DisplacementOptions {
-    /// An image file; with `<UDIM>` in its name one file for each tile.
+    /// An image file; with `<UDIM>` in its name, one file per tile.
     std::string path;
     /// Displacement (reads the first channel) or Vector (reads the first three).
     std::optional<MapKind> kind = {};
@@ -25,18 +25,19 @@ struct DisplacementOptions {
     std::optional<float> scale = {};
     /// Multiplies every displacement.
     float strength = 1.0f;
-    /// The image repeats outside 0 to 1, and its edges meet; otherwise UVs outside are rejected.
+    /// Whether the image repeats outside 0 to 1, with interpolation across its edges; otherwise,
+    /// UVs outside are rejected.
     bool repeat = false;
 };
 
 /// Moves the vertices of the bound level by a map, as one undo step.
 ///
-/// The map is read at the UVs of each vertex, with bilinear interpolation between the centres of
-/// texels and constant beyond the outermost ones. A scalar moves the vertex along its normal, a
-/// vector in the frame at the vertex (SurfaceFrames of the current surface) or in mesh-local
-/// directions. A vertex on a UV seam is moved by the mean of the values at its UVs, so that the
-/// surface does not split. The mask reduces the displacement by its weight. If a layer is active,
-/// the displacement is recorded in the layer, whose strength scales it.
+/// The map is read at the UVs of each vertex, with bilinear interpolation between texel centres,
+/// and constant values beyond the outermost ones. A scalar moves the vertex along its normal; a
+/// vector moves it in the frame at the vertex (SurfaceFrames of the current surface) or in
+/// mesh-local directions. A vertex on a UV seam is moved by the mean of the values at its UVs, so
+/// that the surface does not tear. The mask reduces the displacement by its weight. If a layer is
+/// active, the displacement is recorded in the layer, whose strength scales it.
 /// \return the number of vertices moved; if it is 0, there is no undo step.
 /// \throw HostError, with nothing changed: no UVs, UVs outside, image not found, an image with too
 /// few channels or of normals, an active layer that is hidden or locked. Error if an allocation

@@ -18,8 +18,8 @@ namespace trovik {
 enum class MapBits { Sixteen, Float };
 
 struct MapFileOptions {
-    /// `.exr` (floats), `.png` (16 bits), `.tif` or `.tiff` (both); with `<UDIM>` in the name one
-    /// file for each tile.
+    /// `.exr` (floats), `.png` (16 bits), `.tif` or `.tiff` (both); with `<UDIM>` in the name, one
+    /// file per tile.
     std::string path;
     /// By default floats in .exr files, 16 bits in the others.
     std::optional<MapBits> bits = {};
@@ -38,12 +38,12 @@ struct MapReport {
     std::uint64_t coveredTexels = 0;
     std::uint64_t paddedTexels = 0;
     std::uint64_t overlappingTexels = 0;
-    /// One line for the user if the result is doubtful; empty otherwise.
+    /// A one-line warning for the user if the result is questionable; empty otherwise.
     std::string warning;
 };
 
-/// The number format of a map file. \throw HostError for a file name or a range that does not
-/// support it.
+/// The number format of a map file. \throw HostError if the file name or the range does not support
+/// it.
 TROVIK_API MapBits BitsFor(const MapFileOptions& file);
 
 /// Bakes a map (BakeMap) and writes it, with a line that describes the meaning of its values

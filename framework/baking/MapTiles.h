@@ -27,9 +27,9 @@ bool HasTileMark(const std::string& path);
 /// The path with `<UDIM>` replaced by the tile's number.
 std::string TilePath(const std::string& path, std::uint32_t number);
 
-/// For each face of level 0 the number of the tile that contains its UVs, or noMapTile for a face
-/// without UVs. Corners may exceed the tile's border by 1/1000, as rounding and manual editing
-/// leave them; the excess is clipped.
+/// For each face of level 0, the number of the tile that contains its UVs, or noMapTile for a face
+/// without UVs. Corners may exceed the tile's border by 1/1000, as can result from rounding or
+/// manual editing; the excess is clipped.
 /// \throw HostError naming the face and its UVs if they cross the border of a tile or lie outside
 /// all tiles, and if `path` has no mark but another tile than 1001 is needed. With `repeat` all
 /// faces lie in tile 1001; a mark in the path and faces larger than the texture are rejected.

@@ -17,9 +17,9 @@ std::vector<Vector> SmoothPositions(const LevelGeometry& geometry,
                                     std::uint32_t fine,
                                     JobControl* job = nullptr);
 
-/// Unit normals of a level's vertices at given positions: for each vertex the sum of its faces'
-/// normals (for a quad the cross product of its diagonals), in the order of the faces, normalised.
-/// The result is not packed, but otherwise equal to that of LevelMesh::ComputeNormals.
+/// Unit normals of a level's vertices at given positions: for each vertex, the normalised sum of
+/// its faces' normals (for a quad, the cross product of its diagonals), added in face order. The
+/// result is not packed, but otherwise equal to that of LevelMesh::ComputeNormals.
 std::vector<Vector> VertexNormals(const LevelMesh& level,
                                   const std::vector<Vector>& positions,
                                   JobControl* job = nullptr);
@@ -41,9 +41,9 @@ struct SurfaceFrame {
 /// At a corner, the surface's derivative along u follows from the two edges that meet there. All
 /// corners of a vertex with the same UV and the same orientation (texture seen from outside, or
 /// mirrored) share one frame: their derivatives are projected onto the plane perpendicular to the
-/// vertex's normal, normalised, and added in the order of the faces; that sum, normalised, is the
-/// tangent. The bitangent is normal x tangent, negated if the texture is mirrored. If the UVs are
-/// degenerate, the tangent is an arbitrary direction perpendicular to the normal.
+/// vertex's normal, normalised, and added in face order; the tangent is the normalised sum. The
+/// bitangent is normal x tangent, negated if the texture is mirrored. If the UVs are degenerate,
+/// the tangent is an arbitrary direction perpendicular to the normal.
 class SurfaceFrames {
 public:
     /// \param positions  of the level's vertices. \param uvs  of the same level.
@@ -53,7 +53,7 @@ public:
                   JobControl* job = nullptr);
 
     const Vector& Normal(std::uint32_t vertex) const { return normals[vertex]; }
-    /// The number of the frame at a corner of a face; `none` for a corner without UVs.
+    /// The index of the frame at a corner of a face; `none` for a corner without UVs.
     std::uint32_t FrameOf(std::uint32_t face, std::uint32_t corner) const {
         return cornerFrames[face * corners + corner];
     }

@@ -29,7 +29,7 @@ BrushConfiguration* BrushOperation::ActiveConfiguration() const { return d->acti
 
 void BrushOperation::ResetBrushConfiguration() {
     if (d->active == nullptr) return;
-    // The tool is selected again without storing the settings that are being reset.
+    // Selects the tool again without storing the settings that are being reset.
     BrushConfiguration* tool = d->active;
     d->stored.erase(tool);
     d->active = nullptr;
@@ -56,8 +56,8 @@ void BrushOperation::RestoreConfiguration(const BrushConfiguration* configuratio
 // Everything that a tool sets or its user may change; the brush size is shared by all tools.
 void BrushOperation::TransferToolSettings(Stream& stream) {
     for (Attribute* attribute : Attributes()) {
-        // An attribute that follows another one has no value of its own. It may no longer follow it
-        // when the settings are restored, so that is stored as well.
+        // An attribute that is bound to another one has no value of its own. The binding may no
+        // longer exist when the settings are restored, so it is stored as well.
         uint8_t own = attribute->Source() == nullptr ? 1 : 0;
         stream.Transfer(own);
         if (own == 0) continue;

@@ -15,9 +15,9 @@ class BrushOperation;
 TROVIK_API const std::vector<std::string>& FalloffNames();
 /// \return the index of a curve, or -1 for an unknown name.
 TROVIK_API int FalloffIndexOf(const std::string& name);
-/// Whether the table has a curve of this index.
+/// Whether the table has a curve with this index.
 TROVIK_API bool IsFalloffIndex(int index);
-/// Name of a curve of the table, or "custom".
+/// Name of a curve in the table, or "custom".
 TROVIK_API std::string FalloffName(int index);
 
 /// Samples per curve.

@@ -30,9 +30,10 @@ public:
 
     /// Shares ownership of the current samples, which never change.
     const Samples& Current() const { return current; }
-    /// Lends the current samples: the array stays at its address until BeginStroke.
+    /// Returns the current samples as a borrowed array, which stays at its address until
+    /// BeginStroke.
     const Store<float>& Lend();
-    /// Ends all loans of earlier strokes.
+    /// Invalidates the arrays borrowed by earlier strokes.
     void BeginStroke() { lent.clear(); }
 
 private:

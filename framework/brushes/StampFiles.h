@@ -14,8 +14,8 @@ namespace trovik {
 /// tree and stamps/ of the source tree, if they exist.
 TROVIK_API std::vector<std::string> StampFolders();
 
-/// Finds the file of a stamp name. An absolute path is used as it is. Any other name is searched in
-/// the stamp folders and in their subfolder "Stamps", first as it is and then without its own
+/// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is searched
+/// in the stamp folders and in their subfolder "Stamps", first unchanged and then without its own
 /// folders. A name without an extension may refer to a TIFF, PNG, EXR or JPEG file. \return nothing
 /// if the file does not exist.
 TROVIK_API std::optional<std::string> FindStampFile(const std::string& name);

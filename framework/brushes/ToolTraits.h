@@ -5,9 +5,9 @@
 
 namespace trovik {
 
-/// How the host drives a tool. The catalogue row of a tool (BrushConfiguration) does not contain
-/// these properties, so the host declares them by the tool's name; a tool that is not listed in
-/// ToolTraits.cpp has the defaults below.
+/// How the host drives a tool. A tool's catalogue row (BrushConfiguration) does not contain these
+/// properties, so the host declares them by tool name; a tool that is not listed in ToolTraits.cpp
+/// has the defaults below.
 struct ToolTraits {
     enum class StrengthUnit {
         /// A length in world units: 100 percent is `radiiAtFullStrength` brush radii.
@@ -21,7 +21,7 @@ struct ToolTraits {
     /// With a vector stamp the strength is a percentage, whatever the unit: the stamp's values are
     /// fractions of its side.
     bool vectorStampTakesPercent = true;
-    /// With StampPositioning::Tool the stamp rotates with the stroke.
+    /// With StampPositioning::Tool, the stamp rotates with the stroke.
     bool rotatesStampAlongStroke = false;
     /// Copies of the stamp are placed side by side: dabs are two radii apart plus the tool's gap
     /// settings, and the spacing of the stroke is ignored.

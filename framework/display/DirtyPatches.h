@@ -10,13 +10,14 @@
 
 namespace trovik {
 
-/// The patches of a layout that have to be packed again, collected from surface changes. Changes
-/// of several dabs over one region are merged, so each patch is packed once for all of them.
+/// The patches of a layout that have to be packed again, collected from surface changes. The
+/// changes of several dabs in one region are merged, so that each patch is packed only once for all
+/// of them.
 ///
 /// Not synchronised; the changes arrive on the thread of the document.
 class TROVIK_API DirtyPatches {
 public:
-    /// Starts with no dirty patch. Borrows the layout. Allocates one byte per patch.
+    /// Starts without dirty patches. Borrows the layout. Allocates one byte per patch.
     explicit DirtyPatches(const PatchLayout& layout);
 
     /// Adds a change. Changes of other levels are ignored, because those levels are not displayed;
@@ -24,18 +25,18 @@ public:
     /// O(patches in the layout) if either is finer.
     void Add(const SurfaceChange& change);
 
-    /// The layout no longer describes the displayed level. The caller must create a new one, pack
-    /// all of its patches and use a new DirtyPatches.
+    /// Whether the layout no longer describes the displayed level. The caller must create a new
+    /// one, pack all of its patches and use a new DirtyPatches.
     bool LayoutChanged() const { return layoutChanged; }
 
     /// The dirty patches, each once, in the order in which they were first added.
     std::span<const uint32_t> Patches() const { return patches; }
     bool IsEmpty() const { return patches.empty(); }
-    /// The kinds of change in a patch: a combination of SurfaceChange::What; 0 if the patch is not
-    /// dirty.
+    /// The kinds of change to a patch, as a combination of SurfaceChange::What; 0 if the patch is
+    /// not dirty.
     uint8_t WhatChanged(uint32_t patch) const { return what[patch]; }
 
-    /// Removes patches that were packed. Patches that are not dirty are ignored.
+    /// Removes patches that have been packed; those that are not dirty are ignored.
     /// Cost: O(dirty patches).
     void Remove(std::span<const uint32_t> packed);
     /// Removes all patches. Cost: O(dirty patches).

@@ -19,7 +19,7 @@ std::vector<std::array<float, 3>> CentresOf(const LevelMesh& level) {
         Vector sum;
         for (uint32_t k = 0; k < corners; ++k)
             sum += level.Position(*vertex++) * (1.0f / static_cast<float>(corners));
-        // A NaN centre would break the ordering for the median.
+        // A NaN centre would break the ordering that the median needs.
         if (IsFinite(sum)) centre = {sum.x, sum.y, sum.z};
     }
     return centres;
@@ -86,7 +86,7 @@ private:
     FaceBuckets& out;
     const LevelMesh& level;
     uint32_t corners;
-    /// For each vertex of the level its number in the current bucket.
+    /// For each vertex of the level, its number in the current bucket.
     std::vector<uint32_t> local;
 };
 

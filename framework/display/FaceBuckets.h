@@ -18,13 +18,13 @@ namespace trovik {
 /// additional vertices for that. Triangle meshes have twice as many faces as vertices, so about
 /// half of their faces get a copy of a vertex.
 ///
-/// Stores indices, no positions: valid until faces or vertices of the level are renumbered. The
-/// division depends only on the positions at the time of construction. May be read by several
+/// Stores indices only, not positions: valid until faces or vertices of the level are renumbered.
+/// The division depends only on the positions at the time of construction. May be read by several
 /// threads.
 class TROVIK_API FaceBuckets {
 public:
     static constexpr uint32_t maxFaces = 4096;
-    /// In FlagFaces: no triangle begins with the vertex.
+    /// Value in FlagFaces of a vertex with which no triangle begins.
     static constexpr uint32_t noFace = 0xffffffffu;
 
     /// Cost: O(n log n) in the faces of the level. Memory: about 30 bytes per face.
@@ -38,11 +38,11 @@ public:
     uint32_t VertexCount(uint32_t bucket) const {
         return firstVertex[bucket + 1] - firstVertex[bucket];
     }
-    /// For each vertex of the bucket its number in the level.
+    /// For each vertex of the bucket, its number in the level.
     std::span<const uint32_t> Vertices(uint32_t bucket) const {
         return {vertices.data() + firstVertex[bucket], VertexCount(bucket)};
     }
-    /// For each vertex of the bucket the face whose flags it stores, or noFace.
+    /// For each vertex of the bucket, the face whose flags it stores, or noFace.
     std::span<const uint32_t> FlagFaces(uint32_t bucket) const {
         return {flagFaces.data() + firstVertex[bucket], VertexCount(bucket)};
     }

@@ -31,7 +31,7 @@ bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
                                         static_cast<double>(box.maxY),
                                         static_cast<double>(box.maxZ)};
     for (const std::array<double, 4>& plane : planes) {
-        // The corner of the box that lies farthest inside.
+        // The box corner that lies farthest inside the plane.
         double inside = plane[3];
         double size = std::abs(plane[3]);
         for (std::size_t axis = 0; axis < 3; ++axis) {

@@ -21,9 +21,9 @@ public:
     /// without a far plane is allowed.
     explicit FrustumCuller(const Matrix& localToClip, ClipDepth depth = ClipDepth::MinusOneToOne);
 
-    /// Whether no part of the box (mesh-local) can be in view: the box is empty, or lies completely
-    /// outside one plane. Returns false in doubt, as for boxes with infinite limits; boxes near a
-    /// corner of the view may be kept although they are outside. Cost: O(1).
+    /// Whether no part of the (mesh-local) box can be in view: the box is empty, or lies completely
+    /// outside one plane. Returns false if this is uncertain, as for boxes with infinite limits;
+    /// boxes near a corner of the view may be kept although they are outside. Cost: O(1).
     bool IsOutside(const AxisAlignedBoundingBox& box) const;
 
 private:

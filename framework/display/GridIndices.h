@@ -10,8 +10,8 @@
 namespace trovik {
 
 /// The triangles of a square grid of vertices in row order, at full detail and with strides of 2,
-/// 4, 8 and so on for level of detail, in one buffer. The same buffer serves all grid patches of
-/// all meshes, because indices are relative to the patch's first vertex.
+/// 4, 8 and so on for level of detail, in one buffer. All grid patches of all meshes share this
+/// buffer, because indices are relative to the patch's first vertex.
 ///
 /// For stride s, the cell with corners (row, column), (row, column + s), (row + s, column + s),
 /// (row + s, column) consists of the triangles (0, 1, 2) and (0, 2, 3) of those corners. At full
@@ -26,12 +26,12 @@ public:
     static constexpr uint32_t maxDepth = 5;
 
     /// Buffers for grids of 2^depth cells per side, `depth` up to maxDepth. They are computed by
-    /// the first call and live as long as the process. Callable from any thread.
+    /// the first call and are never freed. Callable from any thread.
     static const GridIndices& OfDepth(uint32_t depth);
 
     /// The whole buffer: all strides in sequence, full detail first.
     std::span<const uint16_t> Buffer() const { return indices; }
-    /// Number of strides: depth + 1. The last one draws a patch as one cell.
+    /// Number of strides: depth + 1. The last stride draws a patch as a single cell.
     uint32_t StrideCount() const { return static_cast<uint32_t>(first.size()) - 1; }
     /// Position in Buffer() of the triangles with stride 2^strideLog2.
     uint32_t FirstIndex(uint32_t strideLog2) const { return first[strideLog2]; }

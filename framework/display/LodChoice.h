@@ -27,16 +27,16 @@ public:
     LodChoice() = default;
     explicit LodChoice(const Options& chosen) : options(chosen) {}
 
-    /// The base-2 logarithm of the stride for a frame.
+    /// Returns the base-2 logarithm of the stride for a frame.
     /// \param secondsAtRest  time since the camera last moved; 0 while it moves.
     uint32_t StrideLog2(double secondsAtRest) const {
         return secondsAtRest >= options.restSeconds ? 0 : moving;
     }
 
-    /// Adjusts the choice to the measured time of a frame. The stride grows as soon as a frame
-    /// takes longer than the target, by as many steps as are needed if each takes a quarter of the
-    /// time of the previous one. It shrinks by one step if four times the measured time would be
-    /// below four fifths of the target, so that it does not alternate.
+    /// Adapts the stride to the measured time of a frame. The stride grows as soon as a frame takes
+    /// longer than the target, by as many steps as are needed if each step quarters the time. It
+    /// shrinks by one step if four times the measured time would be below four fifths of the
+    /// target, so that it does not alternate.
     /// \param strideLog2  the stride with which the frame was drawn. Frames with another stride
     /// than the current choice can only raise it.
     void FrameMeasured(uint32_t strideLog2, double seconds);

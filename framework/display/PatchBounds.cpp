@@ -17,7 +17,7 @@ constexpr double slack = 1e-6;
 
 Vector3d PositionOf(const DisplayVertex& v) { return ToDouble({v.x, v.y, v.z}); }
 
-/// Calls visit(normal) with a normal of each triangle, of any length.
+/// Calls visit(normal) with the unnormalised normal of each triangle.
 template <typename Visit>
 void VisitNormals(std::span<const DisplayVertex> vertices,
                   std::span<const uint16_t> triangles,
@@ -58,7 +58,7 @@ NormalCone ConeOf(std::span<const DisplayVertex> vertices, std::span<const uint1
     const Vector axis(static_cast<float>(sum[0] / length),
                       static_cast<float>(sum[1] / length),
                       static_cast<float>(sum[2] / length));
-    // Angles are measured from the rounded axis, which is the one stored.
+    // Angles are measured from the rounded axis, because that is the stored one.
     const Vector3d rounded = ToDouble(axis);
     double minCosine = 1.0;
     VisitNormals(vertices, triangles, [&](const Vector3d& normal) {
@@ -76,9 +76,9 @@ NormalCone ConeOf(std::span<const DisplayVertex> vertices, std::span<const uint1
 
 bool NormalCone::FacesAway(const AxisAlignedBoundingBox& box, const Vector& eye) const {
     if (axis == Vector() || box.IsEmpty()) return false;
-    // A triangle shows its back if the dot product of its normal and the vector from the eye to one
-    // of its points is positive. The vectors to all points of the box lie in a sphere around the
-    // vector to its centre.
+    // A triangle is seen from the back if the dot product of its normal and the vector from the eye
+    // to one of its points is positive. The vectors from the eye to all points of the box lie in a
+    // sphere around the vector to the box centre.
     const Vector3d low = ToDouble({box.minX, box.minY, box.minZ}) - ToDouble(eye);
     const Vector3d high = ToDouble({box.maxX, box.maxY, box.maxZ}) - ToDouble(eye);
     Vector3d centre;

@@ -9,15 +9,15 @@
 
 namespace trovik {
 
-/// Mesh-local bounding box of packed vertices. NaN coordinates are ignored; if there are no others,
-/// the box is empty. PatchTree::BoxOf returns the same box for a grid patch without reading
-/// vertices. Cost: O(vertices).
+/// The mesh-local bounding box of packed vertices. NaN coordinates are ignored; if all are NaN, the
+/// box is empty. PatchTree::BoxOf returns the same box for a grid patch without reading vertices.
+/// Cost: O(vertices).
 TROVIK_API AxisAlignedBoundingBox BoxOf(std::span<const DisplayVertex> vertices);
 
 /// A cone that contains the normals of triangles, mesh-local. The front of a triangle is the side
 /// from which its corners run counterclockwise.
 struct TROVIK_API NormalCone {
-    /// Unit length, or zero for triangles that face too many directions to be culled.
+    /// Unit length, or zero if the triangles face too many directions to be culled.
     Vector axis;
     /// Sine of the largest angle between the axis and a normal.
     float sinAngle = 1.0f;
@@ -30,9 +30,9 @@ struct TROVIK_API NormalCone {
     bool FacesAwayFrom(const Vector& direction) const;
 };
 
-/// The normal cone of some triangles: those of a patch at full detail, or at the stride that is
-/// drawn, because the normals of coarser triangles may lie outside the cone of the finer ones.
-/// Degenerate triangles are ignored, as they are not drawn; for positions that are not finite the
+/// Computes the normal cone of some triangles. To cull a patch, pass the triangles at the stride
+/// that is drawn, because the normals of coarser triangles may lie outside the cone of the finer
+/// ones. Degenerate triangles are ignored, as they are not drawn; with non-finite positions the
 /// cone is never culled. Cost: O(triangles), about five times that of packing, so use it for
 /// patches that have not changed recently.
 TROVIK_API NormalCone ConeOf(std::span<const DisplayVertex> vertices,

@@ -11,8 +11,8 @@
 namespace trovik {
 
 /// The division of a level into patches for drawing. A patch is a range of vertices with 16-bit
-/// indices, so that it can be packed, uploaded, culled and drawn separately. Vertices on the border
-/// between patches are stored in each of these patches.
+/// indices, so that it can be packed, uploaded, culled and drawn separately. A vertex on the border
+/// between patches is stored in each of them.
 ///
 ///     grids     All levels that are refined from quads at least twice. A patch is one face of
 ///               PatchLevel() with its descendants: a grid of (2^Depth() + 1)^2 vertices in row
@@ -23,8 +23,9 @@ namespace trovik {
 /// face at cell (row, column) are stored in the vertex at (row, column); vertices of the last row
 /// and column store no flags.
 ///
-/// A layout stores indices, no positions. It is valid until another level is displayed or faces or
-/// vertices of the level are renumbered (SurfaceChange::Topology). May be read by several threads.
+/// A layout stores indices only, not positions. It is valid until another level is displayed or
+/// faces or vertices of the level are renumbered (SurfaceChange::Topology). May be read by several
+/// threads.
 class TROVIK_API PatchLayout {
 public:
     /// Depth of a patch if the level has enough levels below it: 33 x 33 vertices.
@@ -54,9 +55,9 @@ public:
     uint32_t PatchLevel() const { return patchLevel; }
     /// Grids only. Number of refinements from PatchLevel() to Level().
     uint32_t Depth() const { return level - patchLevel; }
-    /// Grids only. For each vertex of a patch its index in the patch's slice of faceVertexIndices.
+    /// Grids only. For each vertex of a patch, its index in the patch's slice of faceVertexIndices.
     const uint32_t* GridSlots() const { return gridSlots; }
-    /// Grids only. For each face of a patch its cell: row * 2^Depth() + column.
+    /// Grids only. For each face of a patch, its cell: row * 2^Depth() + column.
     const uint32_t* GridCells() const { return gridCells; }
     /// Null for grids.
     const FaceBuckets* Buckets() const { return buckets.get(); }
@@ -96,7 +97,7 @@ private:
     bool baseIsTriangles;
     uint32_t patchLevel = 0;
     uint32_t patchCount = 0;
-    // Fetched once, because the tables' getters are not thread-safe.
+    // Fetched once, because the getters of the tables are not thread-safe.
     const uint32_t* gridSlots = nullptr;
     const uint32_t* gridCells = nullptr;
     std::unique_ptr<const FaceBuckets> buckets;

@@ -132,7 +132,7 @@ void PatchPacker::PackGrid(uint32_t patch, DisplayVertex* out) const {
         const uint32_t vertex = slice[*slot++];
         PackVertex(vertices[vertex], normals[vertex], flags, *out++);
     };
-    // The vertices of a row are scattered over the patch's, so each is prefetched one row ahead.
+    // The vertices of a row are scattered in memory, so each is prefetched one row ahead.
     const auto prefetchBelow = [&] {
         const uint32_t vertex = slice[slot[side + 1]];
         __builtin_prefetch(&vertices[vertex]);

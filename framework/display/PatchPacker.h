@@ -10,8 +10,8 @@
 
 namespace trovik {
 
-/// Copies patches of a level into the format in which they are uploaded. A patch is a copy of the
-/// level's current state; packing the same state again gives the same bytes.
+/// Copies patches of a level into the format in which they are uploaded. A packed patch is a copy
+/// of the level's current state; packing the same state again gives the same bytes.
 ///
 /// The level is only read. Several packers may run at the same time, but no thread may write to the
 /// level meanwhile.
@@ -37,8 +37,8 @@ public:
     uint64_t Pack(std::span<const uint32_t> patches,
                   std::span<DisplayVertex> out,
                   unsigned threads = 1);
-    /// Packs every patch at its FirstVertex. \param out  at least layout.TotalVertexCount()
-    /// vertices. \param threads  as for Pack.
+    /// Packs every patch at its FirstVertex.
+    /// \param out  at least layout.TotalVertexCount() vertices. \param threads  as for Pack.
     uint64_t PackAll(std::span<DisplayVertex> out, unsigned threads);
 
     const Counters& Packed() const { return packed; }

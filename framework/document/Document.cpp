@@ -118,7 +118,8 @@ Document::~Document() {
         // There is no caller left to receive an error.
         try {
             Activate();
-            // Applying the remaining mirrored sides could take long, and nobody would see them.
+            // Applying the remaining mirrored sides could take long, and the result would not be
+            // seen.
             one->Break();
         } catch (const std::exception&) {
         } catch (Error* error) {

@@ -28,7 +28,7 @@ struct DisplacementOptions;
 
 /// A sculpture and its working state: levels, layers, mask, the brush with the settings of its
 /// tools, symmetry, view and undo history. Applications, scripts and bindings change a sculpture
-/// through this class only. Errors are HostError.
+/// only through this class. Errors are reported as HostError.
 ///
 /// Open strokes: while a stroke is open, every operation that would change the mesh, its levels and
 /// layers, the tool, the mirrors or the renderers throws HostError and changes nothing; the stroke
@@ -43,9 +43,9 @@ struct DisplacementOptions;
 /// Threads: a document has one owner thread, initially the one that constructs it; only State may
 /// be called on other threads. Several documents can be used in turn on one thread, with the same
 /// results as if each were used alone; their strokes may be interleaved. Engine and host share one
-/// kernel per process. Brush, SculptBrush and Loop make this document's camera and mesh those of
-/// the kernel, so call them again after another document has been used instead of keeping the
-/// references.
+/// kernel per process. Brush, SculptBrush and Loop set the kernel's camera and mesh to those of
+/// this document. Do not keep the references that they return: call them again after another
+/// document has been used.
 class TROVIK_API Document {
 public:
     /// Opens a mesh file, splits the mesh where it is not an oriented manifold, and loads the
@@ -92,13 +92,13 @@ public:
     PatchTree& Tree() { return *tree; }
     /// Call UpdateCamera after changing it.
     StrokeView& View() { return settings.view; }
-    /// Radius, spacing and pen settings of the next strokes; may be read and changed. Call
+    /// Radius, spacing and pen settings of the following strokes; may be read and changed. Call
     /// NoteToolChanged after changing them.
     SceneSettings& Settings() { return settings; }
 
-    /// Saves everything but the undo history in a scene file, which becomes the file of the
-    /// document; an attached journal restarts from it.
-    /// \throw HostError; Cancelled. The old file and the journal then remain unchanged.
+    /// Saves everything except the undo history in a scene file, which becomes the document's file;
+    /// an attached journal restarts from it.
+    /// \throw HostError; Cancelled. In both cases, the old file and the journal remain unchanged.
     void Save(const std::string& scenePath, JobControl* job = nullptr);
     /// Writes a scene file without making it the file of the document.
     /// \param header, beforeReplacing  see SaveScene. \throw HostError and Cancelled like Save.
@@ -107,74 +107,78 @@ public:
         const SceneStream& header = SceneStream(),
         const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {},
         JobControl* job = nullptr);
-    /// Whether the sculpture differs from the file that was opened or saved last. Undoing back to
+    /// Whether the sculpture differs from the last file that was opened or saved. Undoing back to
     /// the saved state makes it unmodified again. Tools, symmetry and camera do not count.
     bool IsModified() const { return modified; }
     /// Parts of the mesh file or scene that were not loaded, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
     /// Restores the mesh as it was imported, without layers, mask, hidden faces and undo steps, and
-    /// adds `levels` levels. The new mesh needs memory along with the old one until it is complete.
+    /// adds `levels` levels. Until the new mesh is complete, both meshes are in memory.
     /// \param byteBudget  bytes that the added levels may take.
-    /// \throw HostError if the levels exceed the budget or the free memory; Cancelled. Nothing has
-    /// changed or been reported then.
+    /// \throw HostError if the levels exceed the budget or the free memory; Cancelled. In both
+    /// cases, nothing has changed or been reported.
     void Reset(uint32_t levels = 0,
                uint64_t byteBudget = LevelGeometry::unlimitedBytes,
                JobControl* job = nullptr);
     /// See LevelGeometry::Subdivide. Subdivide, DeleteLevels, Unsubdivide, ApplyToBase and
-    /// BindLevel throw Cancelled if the job cancels; nothing has changed or been reported then.
-    /// \param times  number of levels to add, each as its own undo step; all of them are added or
-    /// none. If `times` is greater than 1 and an exception is thrown, the addition of some levels
-    /// and their removal have been reported.
+    /// BindLevel throw Cancelled if the job cancels; nothing has then changed or been reported.
+    /// \param times  number of levels to add, each as its own undo step; either all of them are
+    /// added or none. If `times` is greater than 1 and an exception is thrown, observers may have
+    /// received the addition and the removal of some levels.
     void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes,
                    JobControl* job = nullptr,
                    uint32_t times = 1);
     /// Deletes the levels above the current one, or those below it. \return false if there are
     /// none.
     bool DeleteLevels(bool lower, JobControl* job = nullptr);
-    /// Adds a coarser level below level 0. \param times  as above. \throw HostError if level 0 is
-    /// not a refinement.
+    /// Adds a coarser level below level 0. \param times  as above.
+    /// \throw HostError if level 0 is not a refinement.
     void Unsubdivide(JobControl* job = nullptr, uint32_t times = 1);
     /// Propagates the shape of the current level to the levels below. \return false if nothing
     /// moved.
     bool ApplyToBase(JobControl* job = nullptr);
-    /// Makes another level the current one. \return false for a level that does not exist.
+    /// Makes another level the current one.
+    /// \return false for a level that does not exist.
     bool BindLevel(uint32_t level, JobControl* job = nullptr);
 
     /// Undoes or redoes one step together with the steps joined to it. \return false if there is no
     /// step.
     bool Undo();
     bool Redo();
-    /// Undoes or redoes until `position` steps are done. Joined steps stay together, and a position
-    /// within such a group selects its start. \return false for a position beyond the newest step.
+    /// Undoes or redoes steps until `position` of them are applied. Joined steps stay together, and
+    /// a position within such a group selects its start.
+    /// \return false for a position beyond the newest step.
     bool JumpTo(std::size_t position);
     /// Deletes all undo steps.
     void ClearHistory();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
     /// Adds an undo step whose change has already been made to the geometry, and updates everything
-    /// that depends on the surface; does nothing if the step is null. \param join  undo the step
-    /// together with the previous one. \throw HostError while a stroke is open; the step is first
-    /// applied once more, which reverts it.
+    /// that depends on the surface. Does nothing if the step is null. \param join  undo the step
+    /// together with the previous one. \throw HostError while a stroke is open, after reverting the
+    /// change by applying the step.
     void Push(std::unique_ptr<UndoStep> step, bool join = false);
     /// Sets the memory budget of the undo history in bytes, which a reset keeps; without a value
     /// the preference applies.
     void SetUndoBudget(std::optional<uint64_t> bytes);
-    /// To be called after preferences of the undo history were changed.
+    /// Call this after changing preferences of the undo history.
     void ApplyUndoSettings();
 
     /// Selects a tool of the plug-in's brush, or "Freeze". Reads the stamp of the tool if its file
-    /// exists. \return false for an unknown name.
+    /// exists.
+    /// \return false for an unknown name.
     bool SelectTool(const std::string& name);
     std::vector<std::string> ToolNames() const;
-    /// To be called after settings were changed through Brush, SculptBrush or Settings.
+    /// Call this after changing settings through Brush, SculptBrush or Settings.
     void NoteToolChanged();
 
-    /// Mirrors the next strokes in planes across the mesh's own axes and about one of the axes.
-    /// \throw HostError for more copies than maxMirrorMaps; the mirrors do not change then.
+    /// Mirrors the following strokes in planes across the mesh's own axes, and with rotated copies
+    /// about one of the axes.
+    /// \throw HostError for more copies than maxMirrorMaps; the mirrors are then unchanged.
     void SetMirrors(const MirrorSetting& setting);
-    /// Mirrors the next strokes by the mesh's connectivity, independent of its pose.
-    /// \throw HostError if the mesh has no topological mirror; Cancelled. The mirrors do not change
-    /// then.
+    /// Mirrors the following strokes by the mesh's connectivity, independent of its pose.
+    /// \throw HostError if the mesh has no topological mirror; Cancelled. In both cases, the
+    /// mirrors are unchanged.
     void SetTopologicalMirror(JobControl* job = nullptr);
     /// Makes the current level symmetric; see trovik::MakeSymmetric. One undo step. \return the
     /// number of vertices that moved. \throw Cancelled, with nothing changed.
@@ -204,13 +208,13 @@ public:
 
     /// Makes the document's view the camera of the kernel.
     void UpdateCamera();
-    /// Adds renderers below the current level, which follow when the level changes. They display
-    /// nothing and only receive change notices. \param updateFactors  one factor per renderer; see
-    /// MeshRenderer.
+    /// Adds renderers below the current level; they move to the new level when the level changes.
+    /// They display nothing and only receive change notices. \param updateFactors  one factor per
+    /// renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
     /// The visible faces of the current level for a render; borrows its arrays.
     RenderMesh ShownMesh() const;
-    /// To be called after the surface was changed without a stroke and without Push.
+    /// Call this after changing the surface without a stroke and without Push.
     void RefreshSurface();
 
     /// Statistics of all strokes of the document.
@@ -229,14 +233,14 @@ public:
     /// Returns and clears the last problem of the undo history; empty if there is none.
     std::string TakeHistoryProblem();
 
-    /// The values that panels show. On the owner thread they are up to date; on another thread they
-    /// date from the last call on the owner thread, or from the constructor. Cost: after a change
+    /// The values that panels show. On the owner thread they are up to date; other threads get the
+    /// values of the owner thread's last call, or those of the constructor. Cost: after a change
     /// O(levels + layers + undo steps), otherwise one atomic load.
     std::shared_ptr<const DocumentState> State() const;
     /// Transfers the document to the calling thread. No other thread may be using it.
     void SetOwnerThread() { owner = std::this_thread::get_id(); }
 
-    /// Records strokes and saves in a journal from now on; null detaches it. Borrowed.
+    /// Records strokes and saves in a journal from now on; null detaches the journal. Borrowed.
     void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
     /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
@@ -260,19 +264,19 @@ private:
     Document(const std::string& scenePath,
              std::unique_ptr<BrushOperation> sceneBrush,
              JobControl* job);
-    /// Builds the geometry from the imported mesh, with `levels` levels above it, and makes it that
-    /// of the document. Until then an exception changes nothing.
+    /// Builds the geometry from the imported mesh, with `levels` levels above it, and installs it
+    /// in the document. If building throws, nothing has changed.
     void BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job);
-    /// Selects tree and loops of the current level.
+    /// Selects the tree and the loops of the current level.
     void FollowLevel(JobControl* job = nullptr);
     void ApplyMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
-    /// Makes `times` steps and pushes them; an exception of one reverts those before it.
+    /// Makes `times` steps and pushes them. If one throws, the steps before it are reverted.
     template <typename MakeStep>
     void PushAllOrNone(uint32_t times, const MakeStep& makeStep);
     void PlaceRenderers();
     /// Activates this document's values of the process globals. Costs one comparison if they are
-    /// active.
+    /// already active.
     void Activate() {
         if (active != this) BecomeActive();
     }
@@ -328,7 +332,7 @@ private:
     uint64_t savedState = 0;
     bool modified = false;
     std::string historyProblem;
-    /// State at the last notification of the observers.
+    /// State when the observers were last notified.
     std::vector<DocumentState::Level> notifiedLevels;
     uint32_t notifiedLevel = 0;
     std::vector<DocumentState::Layer> notifiedLayers;

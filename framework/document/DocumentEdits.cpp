@@ -27,7 +27,8 @@ void Document::PushLevels(std::unique_ptr<UndoStep> step) {
 
 template <typename MakeStep>
 void Document::PushAllOrNone(uint32_t times, const MakeStep& makeStep) {
-    // Pushed only when all are made, so that steps that can be redone survive an exception.
+    // Steps are pushed only when all of them are complete, so that an exception leaves the redo
+    // history intact.
     std::vector<std::unique_ptr<UndoStep>> steps;
     try {
         for (uint32_t i = 0; i < times; ++i) steps.push_back(makeStep());
@@ -105,7 +106,7 @@ bool Document::Redo() {
 bool Document::JumpTo(std::size_t position) {
     const UndoHistory& history = geometry->History();
     if (position > history.StepCount()) return false;
-    // The end of the list is never within a group.
+    // The end of the list is never inside a group.
     while (position < history.StepCount() && position > 0 && history.Shell(position).joinPrevious)
         --position;
     WalkHistory("undo", [&](UndoHistory& steps) {
@@ -166,8 +167,8 @@ void Document::SetLayerStrength(float strength) {
 }
 
 void Document::Freeze(const std::vector<uint8_t>& given, FreezeMode mode) {
-    // The freeze brush stores the amounts of its stroke itself; a sculpting brush reads them again
-    // for each patch.
+    // During a stroke, the freeze brush keeps its own copy of the amounts, whereas a sculpting
+    // brush reads them again for each patch.
     if (freezeLoop->IsActive()) RequireNoStroke("freeze");
     auto step = BlendFreezeAsStep(*geometry->Bound(), given, mode);
     if (step != nullptr) geometry->History().Push(std::move(step));

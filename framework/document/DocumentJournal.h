@@ -14,7 +14,7 @@ class JobControl;
 class TROVIK_API DocumentJournal : public StrokeInputListener {
 public:
     /// Called when a scene is complete in a temporary file that is about to replace `scenePath`.
-    /// \param job  of the save; null if nobody receives progress.
+    /// \param job  the job of the save; may be null.
     /// \throw HostError or Cancelled to cancel the save; the old scene then remains.
     virtual void OnSceneWritten(const std::string& scenePath,
                                 const std::string& temporaryPath,

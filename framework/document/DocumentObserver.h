@@ -13,9 +13,9 @@ namespace trovik {
 /// Events arrive on the document's thread, after the operation that caused them is complete.
 /// SurfaceChanged arrives earlier: during the operation, as soon as the arrays of the level contain
 /// the change, and during a stroke after each dab. One operation may report several changes. An
-/// operation that throws may have changed something before; its events arrive too. An observer may
-/// read the document and add and remove observers, but must not change the document. It must not
-/// throw.
+/// operation that throws may already have changed something; the events of these changes arrive
+/// too. An observer may read the document and add and remove observers, but must not change the
+/// document. It must not throw.
 class TROVIK_API DocumentObserver {
 public:
     virtual void SurfaceChanged(const SurfaceChange& change);
@@ -29,10 +29,11 @@ public:
     /// Another tool became active, or settings of the tool, the pen or the symmetry changed.
     virtual void ToolChanged();
     virtual void CameraChanged();
-    /// The document became different from its file, or equal to it; see Document::IsModified.
+    /// The document started to differ from its file, or became identical to it again; see
+    /// Document::IsModified.
     virtual void ModifiedChanged(bool modified);
-    /// An operation failed without losing work: undo steps cannot be moved to disk, for example, or
-    /// a journal cannot be written. One line.
+    /// A failure that loses no work, described in one line: for example, undo steps cannot be moved
+    /// to disk, or a journal cannot be written.
     virtual void Problem(const std::string& message);
 
 protected:

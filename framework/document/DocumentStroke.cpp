@@ -65,10 +65,10 @@ DocumentStroke::DocumentStroke(Document& edited, const PenStrokeOptions& options
                      document.Tree(),
                      PenStrokeSettings(document, options));
     };
-    // Settings that are out of their bounds are refused before the stroke is open.
+    // Out-of-range settings are refused before the stroke is open.
     begin();
     BeginStroke(document, options.modifier, options.seed);
-    // A modifier lends the stroke the settings of another tool.
+    // With a modifier, the stroke uses the settings of another tool.
     begin();
     number = document.Loop().StrokeNumber();
 }
@@ -84,7 +84,7 @@ DocumentStroke::~DocumentStroke() {
 
 bool DocumentStroke::IsOpen() const { return document.Loop().StrokeNumber() == number; }
 
-/// If anything is thrown, the stroke ends.
+/// Any exception ends the stroke.
 template <typename Work>
 void DocumentStroke::Do(Work work) {
     if (IsOver()) return;

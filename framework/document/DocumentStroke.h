@@ -11,18 +11,18 @@
 
 namespace trovik {
 
-/// Options of a live stroke, in addition to the settings of document and tool.
+/// Options of a live stroke, in addition to the settings of the document and the tool.
 struct TROVIK_API PenStrokeOptions {
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
     /// Seed of the stroke's random choices; without a value it is derived from the document's seed
     /// and the number of the stroke.
     std::optional<uint64_t> seed;
-    /// Whether faults of pens and drivers are removed; see PointerFilter.
+    /// Whether to remove the faults of pens and drivers; see PointerFilter.
     bool isFiltered = true;
     PointerLimits limits;
-    /// Its two lengths are not used: they come from the tool unless given below.
+    /// The two lengths in it are unused: they come from the tool unless they are given below.
     PathShape shape;
-    /// Smoothing length in pixels; overrides the length of the tool, which is a fraction of the
+    /// Smoothing length in pixels; overrides the tool's length, which is a fraction of the
     /// viewport's height.
     std::optional<float> smoothing;
     /// Multiplies the tool's own smoothing length. The path trails the pen by half that length.
@@ -42,14 +42,14 @@ struct TROVIK_API PenStrokeOptions {
     static PenStrokeOptions Interactive();
 };
 
-/// Combines the settings of the document, its tool and the options into those of a live stroke.
+/// Combines the settings of the document and its tool with the options into those of a live stroke.
 /// \throw HostError if the document's spacing is out of range; see CheckSpacing.
 TROVIK_API LiveStrokeSettings PenStrokeSettings(Document& document,
                                                 const PenStrokeOptions& options);
 
-/// Begins a stroke of the document's loop as scripts do: the undo step is labelled with the tool,
-/// and the next seed is used if none is given. \throw HostError while a stroke is open, which stays
-/// open.
+/// Begins a stroke of the document's loop as scripts do: the undo step is labelled with the tool's
+/// name, and without a seed the next one of the document is used.
+/// \throw HostError while a stroke is open, which stays open.
 TROVIK_API void BeginStroke(Document& document,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);
@@ -59,20 +59,20 @@ TROVIK_API void BeginStroke(Document& document,
 /// step, and a journal records it.
 ///
 /// While it is open, Document rejects every operation that would change the mesh, the tool or the
-/// mirrors. If the stroke is ended through the document's loop, it ignores further samples. The
-/// document has to outlive it. Strokes of several documents may be open at a time.
+/// mirrors. If the stroke is ended through the document's loop, this object ignores further
+/// samples. The document must outlive it. Several documents may have open strokes at the same time.
 ///
-/// A mouse is treated as a pen with pressure 1. Samples contain pixels of Document::View, a
-/// pressure from 0 to 1, and seconds; see LiveStroke for delays and errors.
+/// A mouse is treated as a pen with pressure 1. Sample positions are in pixels of Document::View,
+/// pressures are from 0 to 1, and times are in seconds; see LiveStroke for delays and errors.
 class TROVIK_API DocumentStroke {
 public:
     /// Begins a stroke with PenStrokeOptions::Interactive.
     explicit DocumentStroke(Document& document);
     /// Begins the stroke. The document's tool, view and settings must not change until its end.
-    /// \throw HostError while another stroke is open, which stays open, and if radius or spacing of
-    /// the document are out of range.
+    /// \throw HostError if another stroke is open, which then stays open, or if the document's
+    /// radius or spacing is out of range.
     DocumentStroke(Document& document, const PenStrokeOptions& options);
-    /// Releases a stroke that is still open; errors are discarded.
+    /// Releases the stroke if it is still open; errors are discarded.
     ~DocumentStroke();
     DocumentStroke(const DocumentStroke&) = delete;
     DocumentStroke& operator=(const DocumentStroke&) = delete;

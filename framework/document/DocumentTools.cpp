@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Combinations of mirrors have no mode of their own; any value other than 0 to 3 and 7 works.
+/// Combinations of mirrors have no mode of their own; any value works except 0 to 3 and 7.
 constexpr int severalCopies = 4;
 
 }  // namespace

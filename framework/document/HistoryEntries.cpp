@@ -37,7 +37,7 @@ bool HistoryEntries::Update(const UndoHistory& history, const std::string& tool)
 
 void HistoryEntries::Restart() {
     known.clear();
-    // No history has this position, so the next Update reports a change.
+    // A history never has this position, so the next Update reports a change.
     position = std::numeric_limits<std::size_t>::max();
     oldestState = ++lastNumber;
 }

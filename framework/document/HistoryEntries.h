@@ -21,19 +21,19 @@ struct HistoryEntry {
     std::chrono::system_clock::time_point time;
     /// Current size, which depends on whether the step is uncompressed, compressed or on disk.
     uint64_t bytes = 0;
-    /// Undone and redone together with the previous step.
+    /// Whether the step is undone and redone together with the previous one.
     bool joinsPrevious = false;
 };
 
-/// Records tool and time of the steps of an UndoHistory and identifies its states by numbers.
-/// Update is called after every change of the history; it costs O(steps), at a few nanoseconds per
-/// step.
+/// Records the tool and time of each step of an UndoHistory, and numbers the states of the history.
+/// Update must be called after every change to the history; it costs O(steps), a few nanoseconds
+/// per step.
 class TROVIK_API HistoryEntries {
 public:
     /// Assigns this tool and the current time to steps that are new since the last call.
-    /// \return whether steps or position changed since the last call.
+    /// \return whether the steps or the position have changed since the last call.
     bool Update(const UndoHistory& history, const std::string& tool);
-    /// To be called after the sculpture was replaced without an undo step: the state gets a new
+    /// Call this after the sculpture was replaced without an undo step: the state gets a new
     /// number, and all entries are removed.
     void Restart();
     /// One entry per step, oldest first.

@@ -7,8 +7,8 @@ namespace trovik {
 
 namespace {
 
-/// The undo step of a mask change: the other freeze amounts of some vertices of a level, which need
-/// not be bound.
+/// The undo step of a mask change. It stores the freeze amounts to restore for some vertices of a
+/// level; the level need not be bound.
 class FreezeStep : public UndoStep {
 public:
     explicit FreezeStep(uint32_t ofLevel) : level(ofLevel) { label = "Freeze"; }

@@ -63,7 +63,7 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
     step->active = std::move(activeBefore);
     step->rows = std::move(rowsBefore);
     if (sameActive && step->vertices.empty() && step->entries.empty() && SameRows(*step)) {
-        // Without a step nothing else would restore the layer base.
+        // If there is no undo step, nothing else restores the layer base.
         ground.Exchange(step->layeredVertices);
         return nullptr;
     }

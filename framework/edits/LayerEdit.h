@@ -9,22 +9,23 @@
 
 namespace trovik {
 
-/// Records a level and its layers, allows changes to them, and creates the undo step of the
-/// difference.
+/// Records the state of a level and its layers, gives access for changes, and creates an undo step
+/// from the difference.
 class LayerEdit {
 public:
     /// The parts that a change may affect.
     enum class Reach {
         /// Layers and their properties, but no vertices.
         Properties,
-        /// The layers' contribution to the surface.
+        /// The contribution of the layers to the surface.
         Surface,
-        /// Offsets, while the surface stays bit-identical.
+        /// Offsets; the surface stays bit-identical.
         HiddenFromSurface
     };
 
     LayerEdit(LevelGeometry& geometry, uint32_t level, Reach reach);
-    /// The layers of the level, which may be changed freely, as may their properties and offsets.
+    /// The layers of the level. The list, and the properties and offsets of each layer, may be
+    /// changed freely.
     LayerBase::Layers& Layers() { return layers; }
     LevelMesh& Mesh() { return mesh; }
     /// Updates the level. \return the undo step, or null if nothing has changed.

@@ -10,14 +10,14 @@
 
 namespace trovik {
 
-/// The undo step of a change to the layers of one level. It stores the other state: the layers,
-/// their order and properties, the active layer, and every vertex and layer entry that changed. A
-/// layer that was removed, or whose addition was undone, is owned by the step.
+/// The undo step of a change to the layers of one level. It stores the state to switch to: the
+/// layers, their order and properties, the active layer, and every vertex and layer entry that
+/// changed. A layer that was removed, or whose addition was undone, is owned by the step.
 class TROVIK_API LayerStep : public UndoStep {
 public:
     void Apply(LevelGeometry& geometry) override;
     uint64_t Bytes() const override;
-    /// Includes the content of layers that only this step owns.
+    /// Includes the contents of layers that only this step owns.
     std::vector<StepArray> Arrays() override;
 
 private:

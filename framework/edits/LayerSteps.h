@@ -12,7 +12,7 @@ namespace trovik {
 /// \name Operations on layers. Each returns its undo step, not yet pushed.
 /// @{
 
-/// Adds a layer above those of the bound level and activates it for the next strokes.
+/// Adds a layer above those of the bound level and activates it for the following strokes.
 TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
                                                     const std::string& name);
 /// Removes a layer and its contribution to the surface. If it was active, no layer is active
@@ -21,12 +21,13 @@ TROVIK_API std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, 
 /// Changes name, strength (any finite number), visibility and write lock at once.
 TROVIK_API std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(
     LevelGeometry& geometry, SculptLayer& layer, const SculptLayer::Properties& properties);
-/// Moves the layer to index `index` of its level, 0 being the lowest; larger indices mean the
-/// highest.
+/// Moves the layer to index `index` within its level; 0 is the lowest, and an index that is too
+/// large means the highest.
 TROVIK_API std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
                                                      SculptLayer& layer,
                                                      std::size_t index);
-/// Makes a layer of the bound level the one into which strokes record; null selects no layer.
+/// Activates a layer of the bound level, so that strokes are recorded into it; null deactivates all
+/// layers.
 TROVIK_API std::unique_ptr<UndoStep> SelectLayerAsStep(LevelGeometry& geometry, SculptLayer* layer);
 /// Adds a copy directly above the layer and activates it. The copy has the same effect as the
 /// layer, so the surface is displaced once more.
@@ -34,13 +35,13 @@ TROVIK_API std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometr
                                                           SculptLayer& layer,
                                                           const std::string& name);
 /// Adds the layer to the one below, whose strength becomes 1, and removes it; the surface stays
-/// bit-identical. The layer below becomes active if the layer was. \throw HostError if there is no
-/// layer below, or one of the two is hidden or locked.
+/// bit-identical. If the layer was active, the layer below becomes active. \throw HostError if
+/// there is no layer below, or one of the two is hidden or locked.
 TROVIK_API std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer);
-/// Removes the layer's offsets where the level is frozen: completely at full mask weight,
-/// proportionally below. Hidden vertices keep their offsets. \throw HostError if the layer is
-/// locked.
+/// Removes the layer's offsets where the level is frozen: completely at full mask weight, and
+/// proportionally at lower weights. Hidden vertices keep their offsets. \throw HostError if the
+/// layer is locked.
 TROVIK_API std::unique_ptr<UndoStep> EraseLayerByFreezeAsStep(LevelGeometry& geometry,
                                                               SculptLayer& layer);
 /// @}

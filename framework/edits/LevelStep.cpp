@@ -7,8 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// A change to the content of levels and to the choice of the bound level; the hierarchy stays the
-/// same.
+/// A change to the contents of levels and to which level is bound; the hierarchy stays the same.
 class LevelStep : public UndoStep {
 public:
     LevelStep(LevelSwitch done, const LevelGeometry& geometry)

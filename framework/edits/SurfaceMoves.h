@@ -11,8 +11,9 @@ namespace trovik {
 /// Moves vertices of a level to given positions, for operations other than brushes. The moves
 /// become part of an open change, and so of its undo step.
 ///
-/// If a writable, visible layer is active, the displacement of a vertex is added to its offset
-/// there, and the vertex has exactly the given position. Otherwise the move changes the layer base.
+/// If a writable, visible layer is active, the displacement of a vertex is added to its offset in
+/// that layer, and the vertex gets exactly the given position. Otherwise the move changes the layer
+/// base.
 class TROVIK_API SurfaceMoves {
 public:
     /// Borrows the level, on which a change must be open when Apply is called.
@@ -22,8 +23,8 @@ public:
     bool IsEmpty() const { return moves.empty(); }
 
     /// Moves the vertices and recomputes the normals around them. \return the vertices whose
-    /// position or normal has changed, ascending. \throw Error* if an allocation fails; no vertex
-    /// has moved then. Cost: proportional to the number of moved vertices.
+    /// position or normal has changed, in ascending order. \throw Error* if an allocation fails; no
+    /// vertex has then moved. Cost: proportional to the number of moved vertices.
     std::vector<uint32_t> Apply(LevelChange& change);
 
 private:

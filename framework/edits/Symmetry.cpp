@@ -39,7 +39,7 @@ public:
         : records(changed), slots(std::bit_ceil(std::size_t{2} * changed.fill + 1), none) {
         for (uint32_t i = 0; i < records.fill; ++i) {
             std::size_t slot = SlotOf(OriginalPosition(i));
-            // Of several vertices at one position only the first is stored and has a twin.
+            // If several vertices have the same position, only the first is stored and has a twin.
             if (slots[slot] == none) slots[slot] = i;
         }
     }
@@ -91,8 +91,8 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
     std::vector<Vector> positions(count);
     for (uint32_t i = 0; i < count; ++i)
         positions[i] = level.Position(records.array[i].vertexIndex);
-    // One plane after the other. Symmetry in earlier planes is preserved: their twins have twins in
-    // this plane, which receive the mirrored mean.
+    // The planes are processed one after the other. Symmetry in earlier planes is preserved: their
+    // twins have twins in this plane, which receive the mirrored mean.
     for (const int axis : axes) {
         for (uint32_t i = 0; i < count; ++i) {
             const uint32_t twin = byPosition.TwinOf(i, axis);

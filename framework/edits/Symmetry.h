@@ -8,8 +8,8 @@
 namespace trovik {
 
 /// Makes both sides of a mirrored stroke equal. If a vertex and its image in a coordinate plane of
-/// the mesh were exactly symmetric before the stroke, both move to the mean of the one position and
-/// the mirrored other one; a vertex in the plane returns to it. Pairs that agree stay
+/// the mesh were exactly symmetric before the stroke, both move to the mean of one position and the
+/// mirror image of the other; a vertex in the plane returns to the plane. Pairs that agree stay
 /// bit-identical. Near the plane, a dab and its image overlap and are applied one after the other;
 /// only there would the two sides differ by more than rounding.
 ///
@@ -17,8 +17,8 @@ namespace trovik {
 ///
 /// \param change  open on the level; the moves become part of it. \param axes  axes perpendicular
 /// to the planes, 0 x, 1 y, 2 z, each at most once. \return the vertices whose position or normal
-/// has changed, ascending. \throw Error* if an allocation fails; nothing has moved then. Cost:
-/// proportional to the vertices that the stroke touched.
+/// has changed, in ascending order. \throw Error* if an allocation fails; nothing has then moved.
+/// Cost: proportional to the vertices that the stroke touched.
 TROVIK_API std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
                                                 LevelChange& change,
                                                 const std::vector<int>& axes);
@@ -28,11 +28,11 @@ enum class SymmetrySide { Positive, Negative };
 
 /// Makes the bound level symmetric in the plane through the mesh's origin perpendicular to an axis,
 /// 0 x, 1 y, 2 z: each vertex of the model half keeps its position, its image moves to the mirrored
-/// position, and vertices of the plane are projected into it. Images follow from the connectivity
-/// of level 0 (TopologicalMirror), so that the halves may have any shape. Of a pair, the vertex
-/// that lies farther on the side `model` is the model.
+/// position, and vertices of the plane are projected into it. Mirror images are found by the
+/// connectivity of level 0 (TopologicalMirror), so the halves may have any shape. Of each pair, the
+/// vertex that lies farther on the side `model` is the model.
 ///
-/// Frozen vertices do not move, partly frozen ones move part of the way. If a layer is active, the
+/// Frozen vertices do not move; partly frozen ones move part of the way. If a layer is active, the
 /// moves are recorded in it. Pushes one undo step. \return the number of vertices that moved.
 /// \throw HostError if the mesh has no such mirror; Cancelled, with nothing changed; once the first
 /// vertex moves, it cannot be cancelled. Cost: O(vertices).

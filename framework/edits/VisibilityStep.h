@@ -22,8 +22,9 @@ public:
     uint64_t Bytes() const override;
     std::vector<StepArray> Arrays() override { return {StepArray(runs)}; }
 
-    /// The faces of the highest level whose visibility the step changes, ascending; FacesOnLevel
-    /// converts them to another level. Empty while the history stores the step in compressed form.
+    /// The faces of the highest level whose visibility the step changes, in ascending order;
+    /// FacesOnLevel converts them to another level. Empty while the history stores the step in
+    /// compressed form.
     const std::vector<FaceRun>& Faces() const { return runs; }
 
 private:
@@ -31,7 +32,7 @@ private:
 };
 
 /// Hides or shows faces of the bound level and all their descendants, and returns the undo step,
-/// not yet pushed. All faces of the geometry may be hidden afterwards.
+/// not yet pushed. It is permitted to hide all faces of the geometry.
 /// \param wanted  one value for each face of the bound level. \return null if nothing changes.
 /// \throw HostError while a stroke is open. Cost: see FacesToToggle and ToggleHidden.
 TROVIK_API std::unique_ptr<VisibilityStep> SetVisibilityAsStep(

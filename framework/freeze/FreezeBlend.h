@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// How given freeze amounts g are combined with the existing amounts b, 0 to 127 each.
+/// How new freeze amounts g are combined with the existing amounts b, both from 0 to 127.
 enum class FreezeMode : int {
     /// The maximum of b and g.
     Raise,
@@ -19,12 +19,12 @@ enum class FreezeMode : int {
     Add,
     /// b - g, at least 0.
     Subtract,
-    /// b x g / 127, rounded to the nearest: the intersection of both masks.
+    /// b x g / 127, rounded to nearest: the intersection of the two masks.
     Multiply,
 };
 
-/// The freeze amount for a mask weight of 0 to 1, rounded to the nearest of the 127ths, halves up.
-/// Other weights are clamped; NaN yields 0.
+/// The freeze amount for a mask weight of 0 to 1, rounded to the nearest multiple of 1/127, halves
+/// up. Other weights are clamped; NaN yields 0.
 TROVIK_API uint8_t FreezeAmountOf(float weight);
 
 TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
@@ -32,7 +32,7 @@ TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
 /// Freeze amounts for mask weights of 0 to 1, each multiplied by `amount`, 0 to 1.
 TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& weights, float amount);
 
-/// Linear interpolation from `from` to `to` by `amount` (0 to 1), rounded to the nearest.
+/// Linear interpolation from `from` to `to` by `amount` (0 to 1), rounded to nearest.
 TROVIK_API std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& from,
                                                    const std::vector<uint8_t>& to,
                                                    float amount);

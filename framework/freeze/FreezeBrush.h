@@ -26,23 +26,22 @@ namespace trovik {
 /// are stored in single precision; amounts are rounded from them.
 ///
 /// At the end of a stroke one undo step, labelled "Freeze", is added to the history of the
-/// geometry. The mask must not be changed otherwise during the stroke. Cost of a dab: O(faces under
-/// it).
+/// geometry. Nothing else may change the mask during the stroke. Cost of a dab: O(faces under it).
 class TROVIK_API FreezeBrush : public BrushOperation, public StrokeRevert {
 public:
     FreezeBrush();
     ~FreezeBrush() override;
 
     void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger) override;
-    /// \param strength  percent. \param box  extended by the world positions of the vertices that
-    /// changed.
+    /// \param strength  percent. \param box  is extended to include the world positions of the
+    /// vertices that changed.
     void ApplyDab(const SurfacePoint& hit,
                   const Vector& position,
                   float size,
                   float pressure,
                   float strength,
                   AxisAlignedBoundingBox& box) override;
-    /// Affects every vertex of the mesh, without falloff.
+    /// Affects every vertex of the mesh, without a falloff.
     void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing) override;
     void EndStroke() override;
     void RevertBrushStroke() override;
@@ -64,7 +63,7 @@ private:
     Vector Eye() const;
 
     LevelMesh* level = nullptr;
-    /// The falloff of the stroke, which later settings do not change. Borrowed from the base class
+    /// The stroke's falloff, which is not affected by later settings. Borrowed from the base class
     /// for the duration of the stroke.
     const Store<float>* falloff = nullptr;
     Modifier strokeModifier = ModifierNone;

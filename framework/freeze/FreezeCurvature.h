@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// The signs of curvature that an operation selects.
+/// The sign of the curvature that an operation selects.
 enum class CurvatureSign : int {
     /// Concave: the surface rises toward its normal around the vertex.
     Cavity,
@@ -19,7 +19,7 @@ enum class CurvatureSign : int {
 struct CurvatureRange {
     CurvatureSign sign = CurvatureSign::Cavity;
     /// World units. Scaled curvature is the mean curvature times this size: it is 1 in a spherical
-    /// hollow of radius `size`, 1/2 in one of twice the radius, and negative on a ridge.
+    /// hollow of radius `size`, 1/2 in a hollow of twice that radius, and negative on a ridge.
     float size = 1.0f;
     /// Scaled curvature from `from` to `to` (negated for Ridge, absolute for Both) yields mask
     /// weight 1.
@@ -33,8 +33,8 @@ struct CurvatureRange {
 };
 
 /// The scaled curvature of each vertex p of the bound level, from world positions: the mean over
-/// its neighbours q of the curvature toward them, 2 (q - p) . n / |q - p|^2, times `size`, where n
-/// is the normal. Neighbours count as for BlurredFreeze. 0 for a vertex without faces.
+/// its neighbours q of the curvature towards them, 2 (q - p) . n / |q - p|^2, times `size`, where n
+/// is the normal. Neighbours are weighted as for BlurredFreeze. 0 for a vertex without faces.
 /// \param size, rings  see CurvatureRange. Cost: O(faces).
 TROVIK_API std::vector<float> ScaledCurvatures(const LevelGeometry& geometry,
                                                float size,

@@ -11,7 +11,7 @@ namespace trovik {
 
 /// A vertex within reach of a dab: it lies within the radius (world units) of the hit, and it is
 /// reached from the hit's face through faces with a corner in that sphere. Parts of the surface
-/// that are near only through space are not reached.
+/// that are near in space but not along the surface are not reached.
 struct FreezeReach {
     uint32_t vertex;
     /// A face that contains the vertex.
@@ -34,10 +34,10 @@ public:
 
     /// The mask weight of a vertex, 0 to 1.
     float Share(uint32_t vertex) const;
-    /// \return whether the vertex's amount, rounded to the nearest of the 127ths, has changed.
+    /// \return whether the vertex's amount, rounded to the nearest multiple of 1/127, has changed.
     bool SetWeight(uint32_t vertex, float weight);
 
-    /// Vertices touched, in order, and their original amounts.
+    /// Touched vertices in order, with their original amounts.
     const std::vector<uint32_t>& Vertices() const { return vertices; }
     const std::vector<uint8_t>& AmountsBefore() const { return amountsBefore; }
 

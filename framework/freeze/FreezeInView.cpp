@@ -71,7 +71,7 @@ public:
     }
 
 private:
-    // The dot product of a normal and a vector keeps its sign under any transformation.
+    // The sign of the dot product of a normal and a vector is invariant under any transformation.
     bool IsFacing(uint32_t vertex) const {
         const Vector normal = Unpacked(level.vertexNormals.array[vertex]);
         return ((eye - level.Position(vertex)) | normal) > 0.0f;

@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// The vertices that an operation through the camera reaches.
+/// Selects the vertices that an operation through the camera reaches.
 enum class ViewReach : int {
     /// Vertices not occluded by the mesh.
     Visible,
@@ -68,8 +68,8 @@ private:
 class TROVIK_API ViewImage {
 public:
     enum class Channel : int {
-        /// 0.2126 red + 0.7152 green + 0.0722 blue of the values in the file; for a grey image its
-        /// value.
+        /// 0.2126 red + 0.7152 green + 0.0722 blue, computed from the values in the file; for a
+        /// grey image, its value.
         Luminance,
         /// 1 if the image has no alpha channel.
         Alpha,

@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// Disjoint sets of vertices that are connected by faces.
+/// Union-find over vertices: vertices of one face are in one set.
 class VertexSets {
 public:
     explicit VertexSets(uint32_t count) : parent(count) {

@@ -19,7 +19,7 @@ struct JobPace {
 /// Receives the progress of a long operation and can cancel it.
 ///
 /// Every operation that can take longer than 200 ms accepts a pointer to a JobControl. If it is
-/// null, nobody receives progress, and the operation cannot be cancelled. The pointer is borrowed
+/// null, progress is not reported, and the operation cannot be cancelled. The pointer is borrowed
 /// for the call.
 ///
 /// An operation runs through phases, one after the other. Each reports its beginning with `done` 0,
@@ -50,7 +50,8 @@ private:
     JobPace pace;
 };
 
-/// Reports once. \throw Cancelled if `job` cancels. \param job  if null, the function does nothing.
+/// Makes one report. \throw Cancelled if `job` cancels. \param job  if null, the function does
+/// nothing.
 TROVIK_API void ReportOrThrow(JobControl* job, uint64_t done, uint64_t total, const char* phase);
 
 }  // namespace trovik

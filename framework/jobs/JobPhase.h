@@ -14,7 +14,7 @@ namespace trovik {
 class TROVIK_API JobPhase {
 public:
     /// Reports the beginning. \throw Cancelled if the job cancels; so do all other members.
-    /// \param job  null if nobody receives reports. Borrowed.
+    /// \param job  receives the reports; may be null. Borrowed.
     /// \param phaseName  a string literal.
     /// \param totalWork  total number of elements.
     /// \param elementsPerCheck  replaces JobPace::elements if it is smaller, for elements that take
@@ -38,12 +38,11 @@ public:
         else
             Poll();
     }
-    /// For steps within an element: counts towards the next check of the clock, but not as
-    /// progress.
+    /// For the substeps of an element: counts towards the next clock check, but not as progress.
     void Poll() {
         if (++sinceCheck >= checkAfter) Check();
     }
-    /// Reports the end. To be called once, after the last element.
+    /// Reports the end. Call it once, after the last element.
     void Finish();
 
     /// Calls `work(first, end)` for consecutive ranges of the elements 0 to total - 1, and adds

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// Maximum number of summary lines, the newest ones, that are copied to a new journal.
+/// Maximum number of summary lines that are copied to a new journal; the newest ones are kept.
 constexpr std::size_t maxPastLines = 4096;
 
 void RejectUnclosed(const std::string& path) {

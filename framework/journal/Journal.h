@@ -19,8 +19,8 @@ struct JournalOptions {
     bool syncSteps = false;
 };
 
-/// Records the inputs of one piece of work as they happen, so that RecoverJournal can repeat it.
-/// JournalRecorder drives it for a Document; this class depends on neither mesh nor brush.
+/// Records the inputs of the work on a document as they occur, so that RecoverJournal can repeat
+/// them. JournalRecorder drives it for a Document; this class depends on neither mesh nor brush.
 ///
 /// Each call writes its record to the operating system before it returns, so the end of the
 /// process, for whatever reason, loses nothing. A call costs one system call and does not wait for
@@ -31,8 +31,8 @@ struct JournalOptions {
 class TROVIK_API Journal {
 public:
     /// Starts a new journal, which is on disk when the constructor returns.
-    /// \throw HostError if the path has a journal whose work was not closed, because it may contain
-    /// data that exists nowhere else; and if another run is writing the journal, which locks it.
+    /// \throw HostError if the path has a journal that was not closed, because it may be the only
+    /// record of the work; and if another run has locked the journal to write it.
     Journal(const JournalOptions& options, const JournalBase& base);
 
     /// Records a step of a stroke script, right before it runs.
@@ -47,8 +47,8 @@ public:
     /// operation, so that no journal on disk has both the step and the old base.
     void EndStepAndRestart(const StepEnd& end, const std::string& label, const JournalBase& base);
 
-    /// Strokes that are not part of a step: their calls in order, each after it has returned or
-    /// thrown. Steps may run between them.
+    /// Record strokes that are not part of a step: call these in the order of the stroke's calls,
+    /// each after the call has returned or thrown. Steps may run in between.
     void BeginStroke(const StrokeStart& start, const std::string& label);
     void StrokeDab(const StrokeInput& dab);
     void WholeMesh(const WholeMeshInput& input);
@@ -63,7 +63,7 @@ public:
     /// Replaces the recorded work, which the new base contains. The steps so far are kept as
     /// summary lines. Waits for the disk.
     void RestartFrom(const JournalBase& base);
-    /// Records that the work has ended properly. Must be the last call.
+    /// Records that the work ended normally. Must be the last call.
     void Close();
 
     /// Ends the journal because the caller cannot record its work; see TakeProblem.

@@ -266,7 +266,7 @@ std::string LabelOf(const JournalStep& step) {
         if (letter >= 0 && letter < ' ') letter = ' ';
     if (text.size() <= maxLabelBytes) return text;
     std::size_t end = maxLabelBytes;
-    // Does not split a multi-byte character.
+    // A multi-byte character must not be split.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) --end;
     return text.substr(0, end) + "...";
 }

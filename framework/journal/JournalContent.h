@@ -50,9 +50,9 @@ struct StrokeCall {
     WholeMeshInput whole;
 };
 
-/// A step, or a stroke that is not part of a step, as far as the journal contains it. If steps run
-/// during a stroke, the part of the stroke up to the first step is one JournalStep, the part up to
-/// the next step another, and so on.
+/// The part of a step, or of a stroke that is not part of a step, that the journal contains. If
+/// steps run during a stroke, the part of the stroke up to the first step is one JournalStep, the
+/// part up to the next step another, and so on.
 struct JournalStep {
     uint64_t byte = 0;
     /// Null for a stroke that is not part of a step.
@@ -93,13 +93,13 @@ struct JournalContent {
     std::vector<std::string> notes;
 };
 
-/// Reads a journal. A truncated end is skipped and noted. Everything is checked that can be checked
-/// without opening another file.
+/// Reads a journal. A truncated end is skipped and noted. All checks are made that need no other
+/// file.
 /// \param untilDamage  reads the part before the first damage, which is noted, instead of throwing.
 /// \throw HostError "FILE: byte N: reason".
 TROVIK_API JournalContent ReadJournal(const std::string& path, bool untilDamage = false);
 
-/// A step in the form that lists show: "step", "dabs", "vertices", "undoBytes", "finished".
+/// A step as shown in lists: "step", "dabs", "vertices", "undoBytes", "finished".
 TROVIK_API nlohmann::json SummaryOf(const JournalStep& step);
 
 }  // namespace trovik

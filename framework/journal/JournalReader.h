@@ -21,7 +21,8 @@ struct JournalRecord {
     std::string_view content;
 };
 
-/// Parses the bytes of a journal into complete records and identifies the rest.
+/// Parses the bytes of a journal into complete records, and determines whether the remaining bytes
+/// are a truncated end or damage.
 ///
 /// A truncated end, as a killed process leaves it, is not an error: no complete record follows it,
 /// and it is reported as a note. Anything else is damage.

@@ -77,7 +77,7 @@ struct StrokeStart {
 /// The arguments of StrokeLoop::Dab.
 struct StrokeInput {
     uint32_t face;
-    /// Bit 0: the dab keeps its position; bit 1: it ended with an error.
+    /// Bit 0: stamp settings do not move the dab; bit 1: it ended with an error.
     uint32_t flags;
     std::array<float, 3> hitPosition;
     std::array<float, 3> hitNormal;
@@ -97,7 +97,7 @@ struct WholeMeshInput {
     uint32_t byFacing;
 };
 
-// Written as they are in memory, so they must not contain padding.
+// These are written with their memory layout, so they must not contain padding.
 static_assert(sizeof(DabMark) == 4 && sizeof(StepEnd) == 24 && sizeof(StrokeStart) == 24 &&
               sizeof(StrokeInput) == 80 && sizeof(WholeMeshInput) == 8);
 static_assert(std::is_trivially_copyable_v<StrokeInput>);

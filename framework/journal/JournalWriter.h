@@ -36,13 +36,13 @@ public:
         static_assert(std::is_trivially_copyable_v<Content>);
         Append(kind, &content, sizeof content);
     }
-    /// Writes the buffer to the operating system: after that, the end of this process loses
-    /// nothing.
+    /// Writes the buffer to the operating system: after that, nothing is lost when this process
+    /// ends.
     void Flush();
-    /// Calls Flush and waits for the disk: after that, a crash of the machine loses nothing either.
+    /// Calls Flush and waits for the disk: after that, nothing is lost when the machine crashes.
     void Sync();
-    /// Calls Sync and renames the journal to its path. To be called once. \param mayReplace
-    /// whether an existing file may be replaced; otherwise the call fails if there is one.
+    /// Calls Sync and renames the journal to its path. Call it once. \param mayReplace  whether an
+    /// existing file may be replaced; otherwise the call fails if there is one.
     void PutInPlace(bool mayReplace);
 
     const std::string& Path() const { return path; }

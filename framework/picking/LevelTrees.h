@@ -16,8 +16,9 @@ public:
     /// Borrows the geometry.
     explicit LevelTrees(LevelGeometry& ofGeometry) : geometry(ofGeometry) {}
 
-    /// The tree of the bound level. Valid until the next call after levels were added or removed.
-    /// Deletes the trees of levels that no longer exist, or have another level 0.
+    /// The tree of the bound level. The reference is valid until the next call after levels were
+    /// added or removed. Deletes the trees of levels that no longer exist or whose level 0 was
+    /// replaced.
     /// \throw Cancelled while a tree is built.
     PatchTree& OfBound(JobControl* job = nullptr);
 

@@ -79,7 +79,7 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
-// Hidden faces are placed near their region in the tree, for when they are shown again.
+// Hidden faces are sorted into the tree near their region, in case they are shown again.
 PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
     const LevelMesh& lowest = *level->Hierarchy().Level(0);
     const uint32_t corner = lowest.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
@@ -96,7 +96,8 @@ void PatchTree::BuildTop(JobControl* job) {
         const Box box = boxes[face].low[0] <= boxes[face].high[0] ? boxes[face] : CornerBox(face);
         for (std::size_t axis = 0; axis < 3; ++axis) {
             const float centre = 0.5f * box.low[axis] + 0.5f * box.high[axis];
-            // A face without a finite position can be anywhere, but the sort requires an ordering.
+            // A face without a finite position can be placed anywhere, but the sort requires an
+            // ordering.
             centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
         }
     }
@@ -107,7 +108,7 @@ void PatchTree::BuildTop(JobControl* job) {
     JobPhase phase(job, "Sorting the pick tree", boxes.size());
     for (uint32_t node = 0; node < topNodes.size(); ++node) {
         SplitTop(node, centres);
-        // Each face ends in exactly one leaf.
+        // Each face is in exactly one leaf.
         if (topNodes[node].count != 0 && topNodes[node].count <= facesPerTopLeaf)
             phase.Add(topNodes[node].count);
         else

@@ -38,8 +38,8 @@ struct PickHit {
 ///                       fewer levels
 ///
 /// A quad consists of the triangles (0, 1, 2) and (0, 2, 3). No ray passes between two faces that
-/// share an edge. Hidden faces and faces with a vertex that is not finite are ignored; a patch
-/// without other faces is never visited. Of hits at equal distance, the one with the lowest face
+/// share an edge. Hidden faces and faces with a non-finite vertex are ignored; a patch that has
+/// only such faces is never visited. Among hits at equal distance, the one with the lowest face
 /// number is returned, so results do not depend on the shape of the tree.
 ///
 /// Observes the geometry: boxes follow each reported change of the level's positions and hidden
@@ -57,8 +57,8 @@ public:
     PatchTree(const PatchTree&) = delete;
     PatchTree& operator=(const PatchTree&) = delete;
 
-    /// The nearest hit of a front or back face. Empty for a ray that is not finite or whose
-    /// direction is zero.
+    /// The nearest hit of a front or back face. Empty if the ray is non-finite or its direction is
+    /// zero.
     std::optional<PickHit> Pick(const Ray& ray) const;
     /// The point of the surface nearest to `p` (mesh-local). Empty if `p` is not finite.
     std::optional<PickHit> Nearest(const Vector& p) const;
@@ -70,9 +70,9 @@ public:
     /// which may have moved.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
 
-    /// Whether the boxes are still those of the level. False if the level has another index or
-    /// another level 0 below it, or is detached from its geometry; permanently false after a change
-    /// that was reported in that state.
+    /// Whether the boxes still match the level. False if the level's index or its level 0 has
+    /// changed, or if it is detached from its geometry; permanently false after a change that was
+    /// reported in that state.
     bool IsCurrent() const { return !missedChange && IsAttached(); }
     const LevelMesh* Level() const { return level; }
 
@@ -81,8 +81,8 @@ public:
     /// The finest level that has a box for each face.
     uint32_t LeafLevel() const { return leafLevel; }
     /// Mesh-local bounding box of the vertices of a face of level `levelIndex` and all its
-    /// descendants in the bound level. NaN coordinates are ignored; if a face has no others, its
-    /// box is empty. `levelIndex` must be at most LeafLevel(). Cost: O(1).
+    /// descendants in the bound level. NaN coordinates are ignored; if all are NaN, the box is
+    /// empty. `levelIndex` must be at most LeafLevel(). Cost: O(1).
     AxisAlignedBoundingBox BoxOf(uint32_t levelIndex, uint32_t face) const;
     uint64_t Bytes() const;
     /// Number of boxes recomputed since the tree was built.
@@ -113,13 +113,13 @@ private:
     static Box EmptyBox();
     static AxisAlignedBoundingBox ToBounds(const Box& box);
     static void Extend(Box& box, const Box& other);
-    /// Number of children of a face of this level in the next one.
+    /// Number of children that a face of this level has on the next level.
     uint32_t ChildCount(uint32_t levelIndex) const { return levelIndex == 0 ? baseChildren : 4; }
     /// Number of faces of the bound level that descend from a face of this level.
     uint32_t FacesUnder(uint32_t levelIndex) const;
 
     void BuildTop(JobControl* job);
-    /// The box of a corner of a face of level 0; replaces the box of a face without visible
+    /// The box that contains only a corner of a face of level 0; used for a face without visible
     /// descendants.
     Box CornerBox(uint32_t baseFace) const;
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);

@@ -198,7 +198,7 @@ void PatchTree::Walk(Query& query) const {
     std::size_t size = 0;
     std::array<Item, 4> fan;
     std::size_t fanSize = 0;
-    // Keeps the fan in order of decreasing distance, so that the nearest item is popped first.
+    // Keeps the children in order of decreasing distance, so that the nearest one is popped first.
     const auto consider = [&](const Box& box, uint32_t levelIndex, uint32_t index) {
         double nearest;
         if (!query.Reaches(box, nearest)) return;

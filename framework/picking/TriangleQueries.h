@@ -25,8 +25,8 @@ inline Vector3d Cross(const Vector3d& a, const Vector3d& b) {
 }
 inline double Square(double a) { return a * a; }
 
-/// A point of a triangle by barycentric weights of its corners, with sum 1; `t` is the ray
-/// parameter, or the squared distance.
+/// A point on a triangle, as barycentric weights with sum 1; `t` is the ray parameter, or the
+/// squared distance.
 struct TrianglePoint {
     std::array<double, 3> weights;
     double t;
@@ -36,8 +36,8 @@ struct TrianglePoint {
 ///
 /// Whether a triangle is hit then depends on the signs of three 2D edge functions. For an edge
 /// shared by two triangles, both compute the same products. Because rounding is monotone, the sign
-/// of a difference of products is never wrong, at most it becomes zero, and zero counts as a hit. A
-/// ray that meets an edge therefore hits at least one of the adjacent triangles.
+/// of a difference of products is never wrong; at worst the difference becomes zero, and zero
+/// counts as a hit. A ray that meets an edge therefore hits at least one of the adjacent triangles.
 class RayFrame {
 public:
     RayFrame(const Vector& rayOrigin, const Vector& direction) : origin(ToDouble(rayOrigin)) {
@@ -87,7 +87,7 @@ private:
 };
 
 /// The point of a triangle nearest to `p`: on the corner, edge or interior whose Voronoi region
-/// contains `p`. A triangle without area is treated as its edges.
+/// contains `p`. A degenerate triangle is treated as its edges.
 inline TrianglePoint NearestOfTriangle(const Vector3d& p,
                                        const Vector3d& a,
                                        const Vector3d& b,

@@ -32,8 +32,9 @@ enum LevelParts : uint32_t {
     AllParts = 127
 };
 
-/// The first format in which a level contains the positions that the level below saw, and the
-/// freeze amounts that its neighbours saw, and in which the imported mesh may differ from level 0.
+/// The first format in which a level contains the positions from which the level below was last
+/// updated and the freeze amounts from which its neighbours were, and in which the imported mesh
+/// may differ from level 0.
 constexpr uint32_t carriedDownFormat = 331;
 
 struct VertexPosition {
@@ -82,7 +83,8 @@ SeenDifferences ReadSeen(SceneStream& stream, const LevelMesh& level) {
     return seen;
 }
 
-/// An empty list if no amounts are stored: it has the same meaning as a list without differences.
+/// If no amounts are stored, an empty list, which has the same meaning as a list without
+/// differences.
 void WriteSeenFreeze(SceneStream& stream, const FreezeDifferences& seen) {
     WriteList(stream, seen.vertices);
     WriteValues(stream, seen.amounts.data(), seen.amounts.size());
@@ -177,7 +179,7 @@ void WriteLevelChunk(SceneStream& stream,
     }
     phase.Finish();
     std::vector<uint8_t> freeze(vertices);
-    // The amounts that the user set, including those of hidden vertices.
+    // The amounts that the user has set, including those of hidden vertices.
     for (uint32_t v = 0; v < vertices; ++v)
         freeze[v] = static_cast<uint8_t>((level.vertices.array[v].freeze & ~freezeAmountMask) |
                                          level.Freeze(v));

@@ -24,16 +24,16 @@ void WriteGeometryChunk(SceneStream& stream,
                         const std::string& name);
 GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
-/// Chunk LEVL: positions, normals, freeze bytes and face flags of one level, and the values of it
-/// that the levels above and below last saw.
+/// Chunk LEVL: positions, normals, freeze bytes and face flags of one level, and the values from
+/// which the levels above and below were last updated.
 /// \throw Cancelled.
 void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index, JobControl* job);
 
 /// Reads the levels one by one and creates the geometry from them.
 class LevelChunkReader {
 public:
-    /// \param jobControl  receives the progress of Read, which throws Cancelled; null if nobody
-    /// receives it. Borrowed.
+    /// \param jobControl  receives the progress of Read, which throws Cancelled; may be null.
+    /// Borrowed.
     LevelChunkReader(GeometryChunk chunk, JobControl* jobControl)
         : head(std::move(chunk)), job(jobControl) {}
     void Read(SceneStream& stream);
@@ -43,8 +43,8 @@ public:
     }
     /// Null before the first level has been read.
     LevelGeometry* Geometry() const { return geometry.get(); }
-    /// Binds the level that was bound and returns the geometry. Call only when IsComplete returns
-    /// true.
+    /// Binds the level that was bound when the scene was saved, and returns the geometry. Call only
+    /// when IsComplete returns true.
     std::unique_ptr<LevelGeometry> Take();
     const GeometryChunk& Head() const { return head; }
 

@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// Sum of the bytes of a value of the type. Not a constant expression if one of them is padding,
+/// Sum of the bytes of a value. It is not a constant expression if one of the bytes is padding,
 /// because padding bytes have no value.
 template <typename T>
 constexpr uint64_t SumOfBytes() {

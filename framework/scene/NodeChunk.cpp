@@ -23,10 +23,10 @@ constexpr const char* faceTableClass = "PatchMap";
 constexpr uint32_t faceTableRow = 10;
 constexpr uint32_t noFace = 0xffffffffu;
 
-/// Later readers of the table do not check its numbers, so they are checked here.
+/// Code that reads the table later does not check its numbers, so they are checked here.
 class FaceTableStream : public SceneStream {
 public:
-    /// Without `faces` a store is read unchecked.
+    /// Without `faces`, a store is read without checks.
     FaceTableStream(const SceneStream& content, std::optional<uint32_t> faces)
         : SceneStream(content), faceCount(faces) {}
 

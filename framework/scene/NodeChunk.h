@@ -15,10 +15,10 @@ class LevelGeometry;
 /// such class.
 void WriteNodeChunk(SceneStream& stream, LevelGeometry& geometry);
 
-/// Links each node while its level shows no faces: nodes that build themselves from their mesh when
-/// they are linked remain empty and receive the data of the file, or nothing if the file is too old
-/// to contain it. Nodes of classes that are not registered are skipped, each with a line in
-/// `notes`.
+/// Links each node while its level shows no faces: nodes that build their contents from the mesh
+/// when they are linked remain empty. They then receive the data of the file, or stay empty if the
+/// file is too old to contain it. Nodes of classes that are not registered are skipped, each with a
+/// line in `notes`.
 void ReadNodeChunk(SceneStream& stream, LevelGeometry& geometry, std::vector<std::string>& notes);
 
 /// \throw Error* if the file contains the class with a version newer than this program supports.

@@ -17,7 +17,7 @@ namespace {
 constexpr const char* firstChunk = "HEAD";
 constexpr const char* lastChunk = "TEND";
 constexpr std::size_t fixedHeaderBytes = 16;
-/// More than any program registers.
+/// Limit for the number of classes, higher than any program needs.
 constexpr uint32_t maxClasses = 4096;
 constexpr uint32_t maxClassNameBytes = 1024;
 

@@ -25,8 +25,7 @@ inline constexpr std::size_t chunkHeaderBytes = 16;
 class TROVIK_API SceneWriter {
 public:
     /// \param header  provides the format and class versions of the file.
-    /// \param job  receives the progress of Write, which throws Cancelled; null if nobody receives
-    /// it. Borrowed.
+    /// \param job  receives the progress of Write, which throws Cancelled; may be null. Borrowed.
     SceneWriter(const std::string& path, const SceneStream& header, JobControl* job = nullptr);
     /// A stream for the content of a chunk.
     SceneStream Section() const { return prototype.Section(); }
@@ -49,8 +48,8 @@ private:
 class TROVIK_API SceneReader {
 public:
     /// Opens the file and reads its header.
-    /// \param job  receives the progress of the constructor and of Next, which throw Cancelled;
-    /// null if nobody receives it. Borrowed.
+    /// \param job  receives the progress of the constructor and of Next, which throw Cancelled; may
+    /// be null. Borrowed.
     explicit SceneReader(const std::string& path, JobControl* job = nullptr);
     /// Reads the next chunk. \return false after the last one.
     bool Next();
@@ -66,7 +65,7 @@ public:
 
 private:
     SceneStream ReadHeader();
-    /// Takes bytes of the header. \throw HostError if the file ends before.
+    /// Reads bytes of the header. \throw HostError if the file ends too early.
     void TakeHeader(std::vector<uint8_t>& bytes, std::size_t count);
 
     InputFile file;

@@ -14,21 +14,21 @@
 #include <vector>
 
 /// \file Scene files (*.trovik): a mesh with all its levels, layers and nodes, the settings of all
-/// tools, of pen and freeze brush, mirrors and view, so that work continues with bit-identical
-/// results. docs/scene-format.md describes every byte. Not included: the undo history, preferences,
-/// stroke totals.
+/// tools, the pen and the freeze brush, mirrors and the view, so that work continues with
+/// bit-identical results. docs/scene-format.md describes every byte. Not included: the undo
+/// history, preferences, stroke totals.
 namespace trovik {
 
 /// The content of a scene other than mesh and brush.
 struct SceneSettings {
     StrokeView view;
-    /// Settings of the next strokes: radius in world units, and spacing as a fraction of the
+    /// Settings of the following strokes: radius in world units, and spacing as a fraction of the
     /// radius.
     float radius = 0.1f;
     float spacing = 0.25f;
     /// Pen settings, for all tools.
     DabDynamics dynamics;
-    /// Determine the random values of the next strokes.
+    /// Determine the random values of the following strokes.
     uint64_t seed = 0;
     uint64_t strokesBegun = 0;
     /// Mode and point maps, the arguments of StrokeLoop::SetMirrors.
@@ -42,7 +42,8 @@ struct SceneSettings {
 /// temporarily takes each tool's settings, and its own are restored at the end.
 struct SceneParts {
     LevelGeometry& geometry;
-    /// The mesh as it was imported; its faces are those of level 0, or level 0 was split from them.
+    /// The mesh as it was imported. Level 0 has its faces, or the faces that result from splitting
+    /// them.
     const PolygonMesh& imported;
     BrushOperation& brush;
     const SceneSettings& settings;
@@ -56,8 +57,9 @@ struct SceneParts {
 /// \param header  format and class versions of the file; data that older versions do not support is
 /// omitted.
 /// \param beforeReplacing  see FileReplacement::Commit.
-/// \throw HostError naming the file and the reason, also for positions that are not finite and if
-/// memory runs out; Cancelled. The old file then is unchanged, and nothing of the new one remains.
+/// \throw HostError naming the file and the reason, also for non-finite positions and if memory
+/// runs out; Cancelled. In both cases, the old file is unchanged, and nothing of the new one
+/// remains.
 TROVIK_API void SaveScene(
     const std::string& path,
     const SceneParts& parts,
@@ -80,8 +82,8 @@ struct LoadedScene {
     bool isFreezing = false;
 };
 
-/// Reads a scene and loads the plug-ins for the classes of its nodes. After an exception nothing of
-/// the scene remains.
+/// Reads a scene and loads the plug-ins for the classes of its nodes. If it throws, nothing of the
+/// scene remains.
 /// \param brush  a new brush, which receives the tools' settings, those of the active tool last;
 /// null to skip them. After an error the brush must be discarded.
 /// \param freezeBrush  a new freeze brush, handled like `brush`.
@@ -91,7 +93,7 @@ TROVIK_API LoadedScene LoadScene(const std::string& path,
                                  BrushOperation* freezeBrush = nullptr,
                                  JobControl* job = nullptr);
 
-/// Whether the file name ends in ".trovik", in any case.
+/// Whether the file name ends in ".trovik", in upper or lower case.
 TROVIK_API bool IsScenePath(const std::string& path);
 
 }  // namespace trovik

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Chunk SETT: view; radius, spacing and random seed of the next strokes; mirrors.
+/// Chunk SETT: view; radius, spacing and random seed of the following strokes; mirrors.
 void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings);
 SceneSettings ReadSettingsChunk(SceneStream& stream);
 

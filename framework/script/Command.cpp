@@ -10,7 +10,8 @@ namespace trovik {
 
 namespace {
 
-// Constants of other files register themselves while the library is loaded, in unspecified order.
+// Constants in other files register themselves while the library is being loaded, in an unspecified
+// order.
 std::vector<CommandEntry>& Table() {
     static std::vector<CommandEntry> table;
     return table;

@@ -22,13 +22,14 @@ struct CommandInput {
     enum Recorded {
         /// The journal records the content before the command runs.
         BeforeCommand,
-        /// As BeforeCommand, unless the same run has written the file: then recovery writes it
-        /// again.
+        /// As BeforeCommand, unless the same run has written the file, in which case recovery
+        /// writes it again.
         UnlessWritten,
         /// The journal records the content when a stroke uses the file.
         WhenUsed
     };
-    /// JSON pointer within the parameters; empty for the parameters themselves. May be missing.
+    /// JSON pointer within the parameters; empty for the parameters themselves. The parameter may
+    /// be missing.
     const char* pointer;
     Recorded recorded = BeforeCommand;
 };
@@ -38,12 +39,12 @@ struct CommandTraits {
     /// The field of a step that contains the parameters.
     const char* name;
     DuringStroke duringStroke = DuringStroke::Refused;
-    /// False for a command that changes neither the sculpture nor settings.
+    /// False for commands that change neither the sculpture nor settings.
     bool isJournaled = true;
     bool writesFiles = false;
     /// Whether the command calls the brush. A trace ends with the last such command.
     bool callsBrush = false;
-    /// Runs before the other commands of its step.
+    /// Whether the command runs before the other commands of its step.
     bool isFirst = false;
     HistoryUse history = HistoryUse::None;
     std::vector<CommandInput> inputs = {};
@@ -55,7 +56,7 @@ struct CommandEntry {
     /// Runs the command. \throw HostError.
     std::function<void(CommandContext&, const FieldReader& parameters)> run;
     /// Checks parameters and files without changing the sculpture. Calls `report` once for each
-    /// part that can fail; each failure describes one error.
+    /// part of the check that can fail; each failure describes one error.
     using Report = std::function<void(const std::function<void()>& check)>;
     std::function<void(CommandContext&, const FieldReader& parameters, const Report& report)> check;
     /// Called for every step of a script before the first one runs; may be empty.
@@ -71,7 +72,7 @@ TROVIK_API const std::vector<CommandEntry>& Commands();
 /// \return null for an unknown name.
 TROVIK_API const CommandEntry* FindCommand(const std::string& name);
 
-/// Registers a command, as a constant of its file:
+/// Registers a command. Define it as a constant in the command's source file:
 ///
 ///     const CommandRegistration<int> undo({.name = "undo", .history = HistoryUse::Undo}, Undo);
 ///
@@ -81,8 +82,8 @@ class CommandRegistration {
 public:
     using Function = void (*)(CommandContext& context, const Parameters& parameters);
 
-    /// \param run  executes the command on the context's document. Errors of parameters are
-    /// FieldFault.
+    /// \param run  executes the command on the context's document. Errors in parameters are
+    /// reported as FieldFault.
     /// \param check  checks everything that needs no sculpting: names, files, conflicts between
     /// fields; null if reading the parameters is sufficient.
     /// \param prepare  see CommandEntry.
@@ -99,7 +100,7 @@ public:
                                       const CommandEntry::Report& report));
 };
 
-/// Adds a row to the table. Called while the library is loaded.
+/// Adds a row to the table. Called while the library is being loaded.
 void RegisterCommand(CommandEntry entry);
 
 namespace commands {

@@ -27,7 +27,7 @@ public:
     bool isChecking = false;
     /// While checking: whether the strokes checked so far leave one open.
     bool leavesStrokeOpen = false;
-    /// Memory in bytes that all levels created by one command may use together.
+    /// Memory limit, in bytes, for all levels that one command creates.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
     /// Reasons why the current step had no effect, or not the intended one.
     std::vector<std::string> warnings;
@@ -35,7 +35,7 @@ public:
     std::vector<std::string> written;
 
     bool IsStrokeOpen() const;
-    /// The job of long operations; null if nobody receives their progress. Borrowed.
+    /// The job of long operations; may be null. Borrowed.
     JobControl* Job() const { return progress.job; }
     /// \throw Cancelled if the job has been cancelled.
     void ThrowIfCancelled() const;
@@ -56,7 +56,7 @@ public:
     /// checking.
     /// \throw FieldFault if the file must not be written.
     std::string OutputPath(const std::string& name, const std::string& pointer) const;
-    /// Records that a file has been written, or would be when checking.
+    /// Records that a file has been written or, when checking, would be written.
     void NoteWritten(const std::string& file);
 
     /// Diagonal of the bounding box of the current level, world units.

@@ -14,24 +14,25 @@
 #include <variant>
 #include <vector>
 
-/// \file JSON forms of the parameters of commands. A type of parameters lists its fields once, in
+/// \file JSON forms of command parameters. A parameter type lists its fields once, in
 ///
 ///     template <typename Visitor> void Fields(Visitor& visit) {
 ///         visit("radius", radius);
 ///         visit("soft", soft);
 ///     }
 ///
-/// and is read, written and described for the schema test by that function. A field of type
-/// std::optional may be missing; any other keeps its initial value if it is missing. Supported are
-/// float, int, uint32_t, uint64_t, bool, std::string, Vector, std::nullptr_t (null), Yes (true),
-/// enumerations with EnumNames, types with Fields, and std::vector, std::array and std::variant of
-/// these. Further types specialise FieldValue.
+/// and this function is used to read and write it, and to describe it for the schema test. A field
+/// of type std::optional may be missing; any other missing field keeps its initial value. Supported
+/// are float, int, uint32_t, uint64_t, bool, std::string, Vector, std::nullptr_t (null), Yes
+/// (true), enumerations with EnumNames, types with Fields, and std::vector, std::array and
+/// std::variant of these. For other types, specialise FieldValue.
 namespace trovik {
 
 /// The value `true`, for commands and fields that accept no other value.
 struct Yes {};
 
-/// Specialised for enumerations, with a static member `names`: pairs of name and value.
+/// To be specialised for enumerations, with a static member `names` that lists pairs of name and
+/// value.
 template <typename Enum>
 struct EnumNames;
 
@@ -55,7 +56,7 @@ inline nlohmann::json Alternative(const char* kind, nlohmann::json content) {
     return all;
 }
 
-/// Reads a value; errors name its position. \throw HostError for numbers out of range.
+/// Reads a value; errors name its position. \throw HostError for out-of-range numbers.
 template <typename T>
 T ReadField(const FieldReader& from) {
     T value{};

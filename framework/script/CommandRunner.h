@@ -21,8 +21,8 @@ struct CommandOptions {
     std::string outputFolder;
     /// Allows steps to write outside of that folder.
     bool outsideAllowed = false;
-    /// Ends an open stroke before a step that cannot run during one, as users of an application
-    /// expect; otherwise the step is rejected.
+    /// Ends an open stroke before a step that cannot run during a stroke, as users of an
+    /// application expect. Without this option, the step is rejected.
     bool endsOpenStroke = false;
     ScriptProgress progress;
 };
@@ -30,10 +30,10 @@ struct CommandOptions {
 /// Runs steps of stroke scripts on a document. Each step consists of one or more commands of the
 /// command table (framework/script/Command.h). The runner checks that a step can run while a stroke
 /// is open, records it in the journal, runs it, and adds its position to errors. Scripts, recovery,
-/// applications and bindings change documents through this class; live strokes are made with
-/// DocumentStroke in between.
+/// applications and bindings change documents through this class. Between steps, live strokes are
+/// applied with DocumentStroke.
 ///
-/// Use it on the thread of the document, which must outlive it.
+/// Use it only on the document's thread; the document must outlive it.
 class TROVIK_API CommandRunner {
 public:
     explicit CommandRunner(Document& document, CommandOptions options = {});
@@ -47,13 +47,13 @@ public:
 
     /// Checks a step such as {"subdivide": 1} against the schema of stroke scripts and runs it.
     /// \throw HostError "NAME: POINTER: reason", with the pointer within the step. A step that
-    /// throws may have changed something before; the undo steps show which changes were made.
+    /// throws may already have changed something; the undo steps show which changes were made.
     /// \throw Cancelled if `progress.job` cancels.
     void Do(const nlohmann::json& step);
     /// Runs a step of a script that has been checked as a whole.
     void Do(const FieldReader& step);
-    /// Runs one command for the setup of a document: it is not journaled, and open strokes are not
-    /// considered. \param parameters  checked against the schema.
+    /// Runs one command for the setup of a document. The command is not journaled, and there is no
+    /// check for open strokes. \param parameters  checked against the schema.
     void SetUp(const std::string& command, const FieldReader& parameters);
     /// Calls the `prepare` function of the step's commands.
     void Prepare(const FieldReader& step);
@@ -61,7 +61,8 @@ public:
     /// transforms, mirrors and cameras are applied. \param report  see CommandEntry.
     void Check(const FieldReader& step,
                const std::function<void(const std::function<void()>&)>& report);
-    /// Passes errors of history and journal to the progress and to the document's observers.
+    /// Passes errors of the history and the journal to the progress receiver and to the document's
+    /// observers.
     void ReportProblems();
     /// Finishes the work: ends an open stroke and the journal.
     void Close();
@@ -77,7 +78,7 @@ private:
     bool endsOpenStroke = false;
     ScriptFiles files;
     CommandContext context;
-    /// Attached to the document until destroyed.
+    /// Attached to the document until it is destroyed.
     std::unique_ptr<JournalRecorder> journal;
 };
 

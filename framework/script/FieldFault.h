@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// A parameter that a command rejects. CommandRunner converts it to a HostError that names the
-/// script, the JSON pointer of the parameter and the reason.
+/// Thrown for a parameter that a command rejects. CommandRunner converts it to a HostError that
+/// names the script, the JSON pointer of the parameter and the reason.
 class TROVIK_API FieldFault : public HostError {
 public:
     /// \param relative  JSON pointer within the command's parameters, such as "/stamp/path"; empty
@@ -24,7 +24,7 @@ private:
     std::string pointer;
 };
 
-/// Runs work and attributes its errors to one parameter.
+/// Runs a function and attributes its errors to one parameter.
 template <typename Work>
 auto AtField(const std::string& pointer, const Work& work) {
     try {
@@ -36,7 +36,8 @@ auto AtField(const std::string& pointer, const Work& work) {
     }
 }
 
-/// Runs work on parameters that were read from `parameters`, and adds their position to its errors.
+/// Runs a function on parameters that were read from `parameters`, and adds their position to its
+/// errors.
 template <typename Work>
 void AtParameters(const FieldReader& parameters, const Work& work) {
     try {

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// A value of a script with its position, for messages. The schema has already checked names and
+/// A value of a script, with its position for messages. The schema has already checked names and
 /// types; this class checks the rest.
 class TROVIK_API FieldReader {
 public:
@@ -24,7 +24,7 @@ public:
     const nlohmann::json& Json() const { return value; }
     const std::string& Pointer() const { return pointer; }
 
-    /// A finite float. \throw HostError for a number that single precision cannot hold.
+    /// A finite float. \throw HostError for a number that single precision cannot represent.
     float Number() const;
     Vector ThreeNumbers() const;
     int Integer() const;
@@ -36,7 +36,7 @@ public:
 
     /// \throw HostError "FILE: POINTER: reason".
     [[noreturn]] void Fail(const std::string& reason) const;
-    /// Fails for a value within this one. \param relative  JSON pointer from this value.
+    /// Throws for a value within this one. \param relative  JSON pointer from this value.
     [[noreturn]] void FailAt(const std::string& relative, const std::string& reason) const;
 
 private:

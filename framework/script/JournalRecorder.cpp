@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Setup fields that a scene does not contain and on which the steps depend.
+/// Setup fields on which the steps depend and that a scene does not contain.
 constexpr const char* setupNotInScene[] = {
     "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
 
@@ -103,7 +103,7 @@ void JournalRecorder::BeginStep(const nlohmann::json& step) {
 }
 
 // Absolute paths, because a name alone can refer to another file when the work is repeated: files
-// written by this run need not exist then.
+// written by this run may no longer exist by then.
 void JournalRecorder::NoteInput(const nlohmann::json& step,
                                 const std::string& command,
                                 const CommandInput& input,
@@ -117,7 +117,7 @@ void JournalRecorder::NoteInput(const nlohmann::json& step,
             std::error_code ignored;
             return fs::exists(file, ignored);
         });
-    // A missing file fails the step, unless it is one of the installed stamps.
+    // If a file is missing, the step fails, unless the file is one of the installed stamps.
     if (found == candidates.end()) return;
     const bool isWrittenAgain =
         input.recorded == CommandInput::UnlessWritten && files.IsWritten(name);

@@ -33,9 +33,9 @@ public:
     JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Undo and redo past the recorded steps, for example past a save, cannot be repeated from the
-    /// journal's base. In that case the scene is written next to the journal, and the journal
-    /// restarts from that scene.
+    /// Undo and redo that go back beyond the recorded steps, for example beyond a save, cannot be
+    /// repeated from the journal's base. In that case the scene is written next to the journal, and
+    /// the journal restarts from that scene.
     void EndStep(bool failed);
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }
@@ -85,10 +85,9 @@ private:
     std::vector<std::string> recordedFiles;
     /// The newest undo step when the journal started; null if there was none.
     const UndoStep* newestAtStart = nullptr;
-    /// Whether steps that could be redone when the journal started can still be redone.
+    /// Whether the redo history from before the journal's start still exists.
     bool redoFromBefore = false;
-    /// The scene file next to the journal from which it starts; empty if it starts from another
-    /// file.
+    /// The scene file next to the journal, if the journal starts from it; otherwise empty.
     std::string snapshot;
     unsigned snapshots = 0;
     /// The scene that is being saved.

@@ -15,7 +15,7 @@ namespace trovik {
 
 namespace {
 
-/// Thrown to leave a step after its last complete dab.
+/// Thrown to abort a step after its last complete dab.
 struct EndOfJournal : std::exception {};
 
 /// Counts the dabs of a step, up to a limit.
@@ -49,7 +49,8 @@ class Redo {
 public:
     Redo(const std::string& journalPath, RecoveredWork& recovered, const RecoveryOptions& given)
         : path(journalPath), work(recovered), content(recovered.content), options(given) {}
-    /// The document may outlive this object with a stroke still open, whose end is not counted.
+    /// The document may outlive this object while a stroke is still open; its end is then not
+    /// counted.
     ~Redo() {
         if (isListening) work.runner->GetDocument().SetInputListener(nullptr);
     }
@@ -62,7 +63,8 @@ public:
         const nlohmann::json script = Checked(first);
         ScriptProgress quiet;
         quiet.job = options.progress.job;
-        // Journals of versions that did not confine scripts name no output folder.
+        // Journals from versions that did not confine scripts to an output folder contain no such
+        // folder.
         const std::string& output = content.base.output;
         work.runner = std::make_unique<ScriptRunner>(
             content.base.script, output.empty() ? "." : output, quiet);
@@ -207,7 +209,7 @@ private:
             loop.End([this] { ThrowIfCancelled(); });
             return;
         }
-        // The original end may have failed, which need not happen again.
+        // The original end of the stroke may have failed for a reason that does not recur.
         try {
             loop.Break();
         } catch (const HostError&) {

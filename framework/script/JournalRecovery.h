@@ -11,7 +11,7 @@
 namespace trovik {
 
 struct RecoveryOptions {
-    /// For a damaged journal, recovers the part before the damage.
+    /// Whether to recover the part before the damage from a damaged journal.
     bool untilDamage = false;
     ScriptProgress progress;
 };
@@ -30,10 +30,10 @@ struct RecoveredWork {
 };
 
 /// Repeats the work of a journal step by step and dab by dab, from its base or the last saved scene
-/// up to the last complete dab. Steps that write files do not write them. The result is
-/// bit-identical to the original work.
+/// up to the last complete dab. During recovery, steps that would write files skip the write. The
+/// result is bit-identical to the original work.
 /// \throw HostError naming journal and reason: damage; a mesh, scene or stamp that is missing or
-/// has changed; a repeated step with a different result. \throw Cancelled.
+/// has changed; a step whose result differs when it is repeated. \throw Cancelled.
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 

@@ -10,9 +10,9 @@
 namespace trovik {
 
 /// Recorded samples of a pen: [x, y, pressure, milliseconds], followed by two numbers if the pen
-/// reports its tilt; see PathSample. Times need not ascend.
-/// \param list  checked against the schema. \throw HostError naming the sample for numbers out of
-/// range.
+/// reports its tilt; see PathSample. Timestamps need not ascend.
+/// \param list  checked against the schema. \throw HostError naming the sample, for out-of-range
+/// numbers.
 TROVIK_API std::vector<PathSample> PenSamples(const FieldReader& list);
 
 /// Parses a recorded pen stream, described by docs/pen-stream.schema.json.

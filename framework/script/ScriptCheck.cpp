@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Checks a script without sculpting: commands that select tools, settings, mirrors,
-/// transforms and cameras are run; for all others, parameters and files are checked.
+/// transforms and cameras are run; for all others, only parameters and files are checked.
 #include "framework/errors/HostError.h"
 #include "framework/errors/PrintableText.h"
 #include "framework/script/ScriptDocument.h"
@@ -81,7 +81,7 @@ std::vector<std::string> ScriptRunner::Check() {
     if (!Attempt(faults, [&] { json = ReadStrokeScript(givenPath, &inDocument); })) return faults;
     for (const JsonFault& fault : inDocument)
         faults.push_back(PrintableText(FaultMessage(options.name, fault)));
-    // Checked on the original script: below, a faulty "mesh" is removed.
+    // Checked on the original script, because a faulty "mesh" is removed below.
     if (json.is_object())
         Attempt(faults, [&] { CheckHasOneSource(FieldReader(json, options.name, "")); });
     RemoveFaulty(json, inDocument);

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// A script of this size has about three million samples; once parsed it occupies about 1 GiB.
+/// A script of this size has about three million samples and occupies about 1 GiB when parsed.
 constexpr std::size_t maxScriptBytes = std::size_t{64} << 20;
 
 const JsonSchema& Schema() {

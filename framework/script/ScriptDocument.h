@@ -17,8 +17,8 @@ TROVIK_API const char* PenStreamSchema();
 
 /// Reads a stroke script of at most 64 MiB and checks it against the schema; "-" is standard input.
 /// Comments are removed, so a step that contains only a comment becomes an empty object.
-/// \param faults  receives the errors of a script that can be parsed, at most 1000 in addition to
-/// repeated fields; if null, the first one is thrown.
+/// \param faults  receives the schema errors of a script that can be parsed, at most 1000 in
+/// addition to repeated fields; if null, the first error is thrown.
 /// \throw HostError with one line: file, position (line, or JSON pointer), reason.
 TROVIK_API nlohmann::json ReadStrokeScript(const std::string& path,
                                            std::vector<JsonFault>* faults = nullptr);
@@ -26,7 +26,8 @@ TROVIK_API nlohmann::json ReadStrokeScript(const std::string& path,
 /// Parses and checks a script in memory; `name` replaces the file in messages.
 TROVIK_API nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);
 
-/// Checks one step without comments. \throw HostError with the pointer within the step.
+/// Checks one step from which comments have been removed.
+/// \throw HostError with the pointer within the step.
 TROVIK_API void CheckStep(const nlohmann::json& step, const std::string& name);
 
 }  // namespace trovik

@@ -23,8 +23,8 @@ bool StartsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-/// Whether a file name is `pattern` with its placeholder replaced by a tile number, for which any
-/// text is accepted.
+/// Whether a file name is `pattern` with its placeholder replaced by a tile number. Any text is
+/// accepted as the number.
 bool IsTile(const std::string& fileName, const std::string& pattern) {
     const std::size_t mark = pattern.find(tileMark);
     if (mark == std::string::npos) return false;
@@ -130,8 +130,8 @@ std::string ScriptFiles::Target(const std::string& name) const {
     const fs::path root = Canonical(fs::absolute(output.empty() ? "." : output));
     if (!IsWithin(root, Canonical(fs::absolute(target))))
         RejectOutside(name, "leads through a symbolic link out of");
-    // Tiles of a map are written under other names, and buffers under the stem of their document.
-    // Copies of material files keep their own names and never follow links.
+    // Map tiles are written under other names, and glTF buffers under names that begin with the
+    // document's stem. Copies of material files keep their own names and never follow links.
     const std::string stem = target.stem().string() + ".";
     const fs::path parent = fs::absolute(target).parent_path();
     for (const std::string& other : NamesIn(parent)) {

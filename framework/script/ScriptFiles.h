@@ -10,7 +10,7 @@ namespace trovik {
 
 /// Finds the files that a script reads, and determines the paths of the files that it writes.
 ///
-/// A name to read is searched in this order; an absolute path is used as it is:
+/// A file to read is searched in this order; an absolute path is used unchanged:
 /// 1. in the output folder, if this run has written the file;
 /// 2. in the folder of the script, or the working folder for a script from standard input;
 /// 3. in the output folder.
@@ -29,15 +29,15 @@ public:
     /// The paths that a name can refer to, in search order.
     std::vector<std::string> Candidates(const std::string& name) const;
     /// The first candidate that exists. A name with "<UDIM>" exists if one of its tiles does.
-    /// \throw HostError with only the reason, which lists the folders searched.
+    /// \throw HostError that contains only the reason, with a list of the searched folders.
     std::string Find(const std::string& name) const;
     /// Whether this run has written, or is about to write, the file that the name refers to.
     bool IsWritten(const std::string& name) const;
 
     /// The path of a file to write with this name; creates nothing. Symbolic links are followed:
     /// unless it is allowed, neither the folder nor the file, nor a file next to it whose name
-    /// begins with its stem, may be a link that leads out of the output folder. \throw HostError
-    /// with only the reason.
+    /// begins with its stem, may be a link that leads out of the output folder.
+    /// \throw HostError with only the reason.
     std::string Target(const std::string& name) const;
     /// Returns Target and creates its folder. \throw HostError for the reasons given at Target.
     std::string MakeTarget(const std::string& name) const;

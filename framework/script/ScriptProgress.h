@@ -12,12 +12,13 @@ class JobControl;
 /// Receives the progress of a script or of single steps. Each function may be empty, and the job
 /// may be null.
 struct ScriptProgress {
-    /// The number of finished steps, the number of all steps, and the label of the current one.
+    /// Receives the number of finished steps, the number of all steps, and the label of the current
+    /// one.
     std::function<void(std::size_t done, std::size_t count, const std::string& what)> step;
     /// Called after each dab; for progress within a long stroke.
     std::function<void()> dab;
     /// Receives plain text: a message of the brush to the user; a note about a file; or a failure
-    /// that costs memory but loses no data, such as undo steps that cannot be moved to disk.
+    /// that wastes memory but loses no data, such as undo steps that cannot be moved to disk.
     std::function<void(const std::string&)> message;
     /// Receives a warning when a step had no effect, or probably not the intended one (file, JSON
     /// pointer, reason; at most once per step), or when data is no longer protected because the

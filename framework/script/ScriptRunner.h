@@ -17,7 +17,7 @@ struct StepReport {
     uint64_t dabs = 0;
     /// Vertices moved by strokes that ended in the step, each counted once per stroke.
     uint64_t verticesMoved = 0;
-    /// Time of the whole step, including work outside the brush.
+    /// Duration of the whole step, including work outside the brush.
     double milliseconds = 0.0;
     std::vector<std::string> warnings;
 };
@@ -37,8 +37,8 @@ struct ScriptResult {
 /// Runs a stroke script (described in docs/stroke-script.md): opens the mesh or scene, sets up the
 /// document and passes the steps to a CommandRunner. ScriptFiles describes which folders are
 /// searched and written.
-/// \throw HostError with one line: file, JSON pointer, reason. \throw Cancelled if its job cancels.
-/// Files written before an exception remain.
+/// \throw HostError with one line: file, JSON pointer, reason.
+/// \throw Cancelled if its job cancels. Files written before an exception remain.
 class TROVIK_API ScriptRunner {
 public:
     /// \param scriptPath  "-" for standard input.
@@ -46,12 +46,12 @@ public:
     /// Allows the script to write outside of the output folder. Off by default.
     void AllowOutside(bool allowed) { options.outsideAllowed = allowed; }
     /// A preferences file to load before the work starts; the preferences of the script take
-    /// precedence. Without a file, preferences keep their defaults or the values set by the
-    /// process.
+    /// precedence. Without a file, preferences keep their defaults, or the values that the process
+    /// has set.
     void SetPreferencesFile(const std::string& file) { preferencesFile = file; }
-    /// Writes a trace of the run; see docs/trace.md. To be called before Run.
+    /// Writes a trace of the run; see docs/trace.md. Call this before Run.
     void SetTrace(const TraceOptions& newOptions) { traceOptions = newOptions; }
-    /// Records a journal of the run; see docs/journal.md. To be called before Run or Open.
+    /// Records a journal of the run; see docs/journal.md. Call this before Run or Open.
     void SetJournal(const JournalOptions& newOptions) { journalOptions = newOptions; }
     /// Turns the warnings of a step into errors: Run throws instead of continuing.
     void SetStrict(bool on) { strict = on; }
@@ -73,8 +73,8 @@ public:
     void Save(const std::string& scenePath) { document->Save(scenePath); }
     /// Finishes the work: ends an open stroke and the journal.
     void Close() { commands->Close(); }
-    /// The opened document. Strokes may be made with its loop between steps; they are journaled.
-    /// All other changes must be steps.
+    /// The opened document. Between steps, strokes may be applied with its loop; they are
+    /// journaled. All other changes must be steps.
     Document& GetDocument() { return *document; }
 
 private:
@@ -97,17 +97,17 @@ private:
     void RunAndReport(const FieldReader& step);
     /// Counts the strokes of a script for NextStepLabel.
     void CountStrokes(const FieldReader& steps);
-    /// The progress label of a step. To be called once for each step, in order, because it numbers
-    /// the strokes.
+    /// The progress label of a step. Call it once for each step, in order, because it numbers the
+    /// strokes.
     std::string NextStepLabel(const FieldReader& step);
     /// \throw Cancelled if the job has been cancelled.
     void ThrowIfCancelled() const;
     /// Resolves a field that names an existing file.
     std::string InputPath(const FieldReader& file) const;
 
-    /// The path as given.
+    /// The unmodified path.
     std::string givenPath;
-    /// Includes the name of the script for messages.
+    /// Also contains the script's name for messages.
     CommandOptions options;
     std::string preferencesFile;
     TraceOptions traceOptions;

@@ -99,8 +99,8 @@ void ScriptRunner::SetView(const FieldReader& script) {
 }
 
 void ScriptRunner::SelectFirstTool() {
-    // A scene includes its tool; selecting that tool again changes nothing. If the freeze brush is
-    // active, the sculpting brush has its tool as well.
+    // A scene includes its active tool; selecting that tool again changes nothing. If the freeze
+    // brush is active, the sculpting brush still has a tool of its own.
     const bool isFreezing = document->IsFreezing();
     const BrushConfiguration* tool = document->SculptBrush().ActiveConfiguration();
     if (!document->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))

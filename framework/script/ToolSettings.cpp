@@ -24,8 +24,8 @@ struct Source {
     const SceneSettings& settings;
 };
 
-/// One setting. Its value is that of the attribute unless the row has a function for it. A tool has
-/// the setting if the attribute is visible or if the row has no attribute.
+/// One setting. Its value is the attribute's value unless the row has a function that returns it. A
+/// tool has the setting if the attribute is visible or if the row has no attribute.
 struct Row {
     const char* name;
     const char* unit;
@@ -150,7 +150,7 @@ const json& Resolved(const json& schema, const json& part) {
     return Resolved(schema, schema.at(json::json_pointer(reference->get<std::string>().substr(1))));
 }
 
-/// The limits that the schema sets for a setting of this name.
+/// The limits that the schema specifies for a setting of this name.
 json RangeOf(const std::string& name) {
     static const json schema = json::parse(StrokeScriptSchema());
     const json* part = &Resolved(schema, schema.at("definitions").at("settings"));

@@ -15,8 +15,8 @@ struct ToolSetting {
     /// Name in scripts; a field within a setting has a name like "stamp.factor".
     std::string name;
     std::string unit;
-    /// Whether the tool has this setting. If not, a script may set it without effect or is
-    /// rejected; `value` is null.
+    /// Whether the tool has this setting. If not, `value` is null, and a script that sets it is
+    /// rejected or has no effect.
     bool applies = true;
     /// The value in the form that scripts use; null if nothing is set, such as a curve or a path.
     nlohmann::json value;
@@ -37,14 +37,14 @@ TROVIK_API const std::vector<std::string>& DirectionNames();
 TROVIK_API std::vector<ToolSetting> ReadToolSettings(const BrushOperation& brush,
                                                      const SceneSettings& settings);
 
-/// A tool with its settings at the first selection by a script.
+/// A tool with the settings that it has when a script first selects it.
 struct ToolDescription {
     const BrushConfiguration* tool;
     std::vector<ToolSetting> settings;
 };
 
-/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. Each is
-/// read from a new brush. The plug-ins must have been loaded (LoadPlugins).
+/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. The
+/// settings of each are read from a new brush. The plug-ins must have been loaded (LoadPlugins).
 TROVIK_API std::vector<ToolDescription> DescribeTools();
 
 }  // namespace trovik

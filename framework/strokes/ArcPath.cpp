@@ -99,8 +99,8 @@ void ArcPath::Add(const PathSample& sample) {
         knots[last] = sample;
         reached[last] =
             reached[last - 1] + Between(knots[last - 1].position, sample.position).Length();
-        // A segment so short that it does not change the length of the path cannot measure
-        // positions.
+        // Positions cannot be measured along a segment that is too short to change the length of
+        // the path.
         if (!(guidesReached[last] > reached[last - 1])) {
             guides[last] = sample;
             guidesReached[last] = reached[last];

@@ -32,7 +32,7 @@ public:
         std::size_t last;
     };
 
-    /// \param timed  keeps times, and with them pauses.
+    /// \param timed  whether to keep times, and therefore pauses.
     explicit ArcPath(const std::vector<PathSample>& samples, bool timed = false);
 
     /// Appends a sample to the path.
@@ -43,12 +43,12 @@ public:
     /// The sample at a length, which is clamped to the path. The path must not be empty.
     PathSample At(double at, Side side = Side::After) const;
     /// Direction of the path, not normalised. Past the end it is the direction of the last segment;
-    /// it is zero before the beginning and for a path of length 0.
+    /// before the beginning, and for a path of length 0, it is zero.
     Vector Along(double at, Side side = Side::After) const;
     /// The sample at a time during a pause.
     PathSample During(const Pause& rest, double time) const;
 
-    /// Lengths at which the path turns by more than about 2.6 degrees, ascending.
+    /// Lengths at which the path turns by more than about 2.6 degrees, in ascending order.
     const std::vector<double>& Corners() const { return corners; }
     const std::vector<Pause>& Pauses() const { return rests; }
     /// Whether the path ends in a pause, which another sample at the same position extends.
@@ -56,8 +56,8 @@ public:
     const std::vector<PathSample>& Knots() const { return knots; }
     /// Arc length at each knot.
     const std::vector<double>& Reached() const { return reached; }
-    /// The first sample on the segment that ends at each knot, and the arc length there. They
-    /// measure the segment, because the last knot can still move on.
+    /// For each knot, the first sample on the segment that ends at the knot, and the arc length
+    /// there. They measure the segment, because its last knot can still move on.
     const std::vector<PathSample>& Guides() const { return guides; }
     const std::vector<double>& GuidesReached() const { return guidesReached; }
 
@@ -68,7 +68,7 @@ private:
     std::vector<double> guidesReached;
     std::vector<double> corners;
     std::vector<Pause> rests;
-    /// The last knot whose position differs from that of the knot before it; 0 if there is none.
+    /// The last knot whose position differs from that of its predecessor; 0 if there is none.
     std::size_t lastMovingKnot = 0;
     bool timed;
 };

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// How pressure, pen tilt, time and randomness shape each dab of a stroke.
+/// How pressure, pen tilt, time and randomness affect each dab of a stroke.
 struct DabDynamics {
     /// Applied to the pressure before the brush's own pressure and bias settings.
     PressureCurve strengthCurve;

@@ -16,8 +16,8 @@ enum class DrawMode : int {
 
 /// A stroke that places one copy of the stamp by press, drag and release, within one stroke of the
 /// loop. Each motion reverts the surface and applies the copy again, so that only the last copy
-/// remains. The top of the copy points from the press to the pointer unless the stamp's positioning
-/// overrides it. A drag of length 0 applies a copy with the brush's radius at the press.
+/// remains. The copy's up direction points from the press to the pointer unless the stamp's
+/// positioning overrides it. A drag of length 0 applies a copy with the brush radius at the press.
 ///
 /// Positions are on the viewport or, without a view, in world space, where the nearest point of the
 /// surface is used. In a view, distances are measured in the plane through the dab centre
@@ -25,7 +25,7 @@ enum class DrawMode : int {
 /// the dab centre is off the mesh.
 class TROVIK_API ImprintStroke {
 public:
-    /// Borrows all arguments; to be used between Begin and End of the loop. `options.spacing` is
+    /// Borrows all arguments. Use it between Begin and End of the loop. `options.spacing` is
     /// unused.
     /// \param view  null if positions are in world space.
     ImprintStroke(StrokeLoop& loop,
@@ -40,7 +40,7 @@ public:
     void Start(const Vector& position) { press = position; }
     /// Moves the copy to the sample. The last call is the release.
     void Drag(const PathSample& sample);
-    /// Number of main dabs applied, including those that were reverted.
+    /// Number of main dabs that were applied, including reverted ones.
     unsigned Count() const { return count; }
 
 private:

@@ -15,7 +15,7 @@ namespace trovik {
 /// How the samples of a pen are converted to dabs.
 struct LiveStrokeSettings {
     PathSpace space = PathSpace::View;
-    /// The camera, used in either space. It does not move during the stroke.
+    /// The camera, used in both spaces. It does not move during the stroke.
     StrokeView view;
     /// Whether faults of pens and drivers are removed (see PointerFilter).
     bool isFiltered = true;
@@ -33,8 +33,8 @@ struct LiveStrokeSettings {
 ///
 /// The delay of a dab is the sum of these delays:
 ///
-/// - PointerFilter: `limits.lateTime`, 50 ms of sample time, or 4 samples if that is longer;
-///   unfiltered none
+/// - PointerFilter: `limits.lateTime`, 50 ms of sample time, or 4 samples if that is longer; none
+/// if unfiltered
 /// - curve: until the next sample at another position
 /// - snapping: none
 /// - smoothing: half the smoothing length along the path
@@ -45,12 +45,12 @@ struct LiveStrokeSettings {
 /// With DrawMode::FromCenter and AcrossPoints the copy follows the pen without delay: each call
 /// places it again from the unfiltered samples, and the release places it from the filtered ones.
 ///
-/// While the pen pauses, no samples arrive and no further dab becomes certain. Tick reports that
-/// time passes.
+/// While the pen pauses, no samples arrive and no further dab becomes certain. Tick informs the
+/// stroke that time passes.
 class TROVIK_API LiveStroke {
 public:
-    /// Borrows loop, geometry and tree. All other members are called between Begin and End of the
-    /// loop. \throw HostError if radius or spacing is out of range, see PathSteps.
+    /// Borrows loop, geometry and tree. All other members must be called between Begin and End of
+    /// the loop. \throw HostError if radius or spacing is out of range, see PathSteps.
     LiveStroke(StrokeLoop& loop,
                LevelGeometry& geometry,
                const PatchTree& tree,
@@ -61,8 +61,7 @@ public:
     /// Adds the next samples, in the order in which they arrived, and applies the dabs that they
     /// make certain.
     /// \throw PathRefused for a sample that PathSteps rejects, HostError if shaping makes the path
-    /// too long; exceptions of the brush pass through. After an exception the stroke has ended at
-    /// that point.
+    /// too long; exceptions of the brush pass through. An exception ends the stroke at that point.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     using Budget = std::chrono::steady_clock::duration;
@@ -72,11 +71,12 @@ public:
     /// now; the next call applies them first. DrawMode::FromCenter and AcrossPoints move one copy
     /// and ignore the budget.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs that Add left. \return whether dabs remain. \throw the exceptions of Add.
+    /// Applies dabs that remain from Add. \return whether dabs remain. \throw the exceptions of
+    /// Add.
     bool Continue(Budget budget);
     /// Reports that the pen is still at its last position at this time, in the seconds of the
     /// samples; equivalent to adding the last sample again with this time. Does nothing before the
-    /// first sample, or if `time` is not later than the last sample. To be called about 60 times a
+    /// first sample, or if `time` is not later than the last sample. Call it about 60 times a
     /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
     /// samples that were held back by time.
     void Tick(double time);
@@ -91,8 +91,8 @@ public:
     void Take(const std::vector<PathSample>& samples);
 
     /// The path along which dabs would be applied if the pen were lifted now; used to draw a
-    /// straight line, or a path that lags behind the pen, over the view. Samples are in the space
-    /// of the added ones. Cost: that of computing the path of the whole stroke.
+    /// straight line, or a path that lags behind the pen, over the view. Samples are in the same
+    /// space as the added ones. Cost: that of recomputing the path of the whole stroke.
     std::vector<PathSample> Preview() const;
     /// Number of main dabs applied so far; a copy that is placed again counts each time.
     unsigned Count() const;

@@ -18,11 +18,11 @@ struct MirrorSetting {
 };
 
 /// The maps of points to their mirrored copies, all different from each other and from the
-/// identity, ordered by rotation, starting without one. Two planes give three maps, n copies n - 1,
-/// and both together all products. Quarter turns are exact.
+/// identity, in order of rotation; those without a rotation come first. Two planes give three maps,
+/// n copies give n - 1, and both together give all products. Quarter turns are exact.
 TROVIK_API std::vector<Matrix> MirrorMaps(const MirrorSetting& setting);
 
-/// The maximum number of maps of a setting.
+/// The maximum number of maps.
 constexpr std::size_t maxMirrorMaps = 64;
 
 }  // namespace trovik

@@ -86,7 +86,7 @@ std::optional<PickHit> PathDabs::HitAt(const Vector& position) const {
                                     : HitNear(geometry, tree, position);
 }
 
-/// Walks the next step, up to the first dab in it.
+/// Walks the next step, or up to the first dab in it.
 void PathDabs::Walk(double next) {
     steps.Take();
     const double timeNow = path.At(walked, ArcPath::Side::After).time;
@@ -204,7 +204,7 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
     if (options.progress) options.progress();
 }
 
-/// Radius of the brush before tilt, pressure and randomness.
+/// Brush radius before tilt, pressure and randomness are applied.
 float PathDabs::RadiusAt(const Vector& position) const {
     return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, position)
                                         : options.radius;

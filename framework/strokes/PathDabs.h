@@ -11,11 +11,11 @@
 
 namespace trovik {
 
-/// Applies dabs along a path, spaced by the length of the path on the current surface. Each dab is
-/// applied where the distance from the previous dab, measured along the path and its corners,
-/// reaches the spacing of the previous dab. The distance walked toward the next dab is carried over
-/// from sample to sample. Dabs depend on the path and not on its samples (see ArcPath), nor on when
-/// they are requested.
+/// Applies dabs along a path, spaced by path length on the current surface. Each dab is applied
+/// where the distance from the previous dab, measured along the path and its corners, reaches the
+/// spacing of the previous dab. The distance walked toward the next dab is carried over from sample
+/// to sample. Dabs depend on the path and not on its samples (see ArcPath), nor on when they are
+/// requested.
 ///
 /// Off the mesh there are no dabs; where the path returns to the mesh a dab is applied at once if
 /// the last one is at least the spacing away. With DabDynamics::airbrush a dab is also applied
@@ -23,21 +23,21 @@ namespace trovik {
 /// soon as a sample reports the pause.
 ///
 /// A dab's radius is options.radius (or the radius in pixels) modified by
-/// BrushOperation::EffectiveBrushSize, tilt and randomness, at least a hundredth of it. Its
-/// pressure is the pen's pressure mapped by the strength curve, and its strength is
-/// options.strength at that pressure, scaled with the radius if the tool's strength is a length.
-/// Its heading is the direction in which the path continues; for an airbrush that is paused it is
-/// the direction in which the path arrived, and zero at the press. Random values follow from the
-/// loop's seed and the number of the dab.
+/// BrushOperation::EffectiveBrushSize, tilt and randomness, and at least a hundredth of the
+/// unmodified radius. Its pressure is the pen's pressure mapped by the strength curve, and its
+/// strength is options.strength at that pressure, scaled with the radius if the tool's strength is
+/// a length. Its heading is the direction in which the path continues; for a paused airbrush it is
+/// the direction in which the path arrived, or zero at the press. Random values are derived from
+/// the loop's seed and the dab number.
 ///
 /// Delay: the dab of the press waits until the pen moves or, with an airbrush, for the next sample.
 /// All other dabs wait until the path reaches one step (half a pixel, or a quarter of the spacing)
 /// beyond them.
 class TROVIK_API PathDabs {
 public:
-    /// Borrows loop, geometry and tree; to be used between Begin and End of the loop.
-    /// \param view  the camera, used in either space. \throw HostError for the reasons given at
-    /// PathSteps.
+    /// Borrows loop, geometry and tree. Use it between Begin and End of the loop.
+    /// \param view  the camera, used in both spaces.
+    /// \throw HostError for the reasons given at PathSteps.
     PathDabs(StrokeLoop& loop,
              LevelGeometry& geometry,
              const PatchTree& tree,
@@ -85,7 +85,7 @@ private:
     DabDynamics dynamics;
     PathSteps steps;
 
-    /// Length of the path that has been walked.
+    /// Path length walked so far.
     double walked = 0.0;
     /// World position of the surface at `walked`; empty off the mesh.
     std::optional<Vector> here;

@@ -6,10 +6,11 @@
 namespace trovik {
 
 /// Resamples a path that can still grow: at every multiple of a step, at corners, at both ends of
-/// pauses and at the end of the path. All values but the positions are those of the path.
+/// pauses and at the end of the path. All values except the positions are those of the path.
 ///
 /// The first 200000 steps have the requested length; after that the step length is multiplied by
-/// four every 50000 steps, so that a path that is long by mistake does not exhaust the memory.
+/// four every 50000 steps, so that a path that is accidentally very long does not exhaust the
+/// memory.
 class TROVIK_API PathResampler {
 public:
     /// Borrows the path.

@@ -15,11 +15,11 @@ struct PathSample {
     Vector position;
     /// 0 to 1.
     float pressure = 1.0f;
-    /// Tilt of the pen: the projection to the viewport of a vector of length 1 along the pen toward
-    /// its upper end, x to the right and y down. Zero is upright, length 1 flat. z is unused.
+    /// Pen tilt: the projection onto the viewport of a unit vector along the pen towards its upper
+    /// end, x to the right and y down. Zero is upright, length 1 flat. z is unused.
     Vector tilt;
-    /// Seconds since an arbitrary moment. Only airbrush dabs and the filter of pointer streams read
-    /// it.
+    /// Timestamp in seconds since an arbitrary moment. Only airbrush dabs and the pointer filter
+    /// read it.
     double time = 0.0;
 };
 

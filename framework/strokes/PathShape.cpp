@@ -26,8 +26,8 @@ Place operator*(const Place& a, double f) { return {a[0] * f, a[1] * f, a[2] * f
 double Dot(const Place& a, const Place& b) { return (a[0] * b[0] + a[1] * b[1]) + a[2] * b[2]; }
 double Length(const Place& a) { return std::sqrt(Dot(a, a)); }
 
-/// The integral of the position over arc length from the start of the path, relative to the first
-/// position. The path can grow.
+/// The integral over arc length of the position relative to the path's first position. The path can
+/// grow.
 class PositionIntegral {
 public:
     explicit PositionIntegral(const ArcPath& way) : path(way) {}
@@ -66,7 +66,7 @@ private:
     std::vector<Place> sums;
 };
 
-/// A stage that changes the positions of a path and keeps its length.
+/// A stage that changes the positions on a path and keeps their arc lengths.
 class ResamplingStage : public PathStage {
 public:
     /// \param stageWork  names the purpose of the steps in messages.
@@ -112,8 +112,8 @@ private:
     Vector PositionAt(double at) override {
         poll.Take();
         const double reach = std::min({half, at, path.Length() - at});
-        // This close to an end the mean equals the position, and the difference below is only
-        // rounding.
+        // This close to an end, the mean equals the position, and the difference computed below
+        // would only be rounding error.
         if (reach < 1e-6 * half) return path.At(at).position;
         const Place before = integral.UpTo(at - reach);
         const Place sum = integral.UpTo(at + reach) - before;
@@ -162,8 +162,8 @@ private:
 /// Number of chords into which the curve between `from` and `to` is divided.
 constexpr int chords = 64;
 
-/// The position at parameter `t` of the span from b to c. Each of the four points has its
-/// parameter; those of a and d can be arbitrarily far outside the span.
+/// The position at parameter `t` of the span from b to c. Each of the four points has a parameter;
+/// those of a and d can be arbitrarily far outside the span.
 Place OnSpan(const std::array<Place, 4>& p, const std::array<double, 4>& at, double t) {
     const auto mix = [&](const Place& a, const Place& b, double from, double to) {
         return a * ((to - t) / (to - from)) + b * ((t - from) / (to - from));

@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// How the path of a pen is modified before dabs are applied along it. Lengths are in the units of
-/// the samples: pixels of the viewport, or world units.
+/// How a pen path is modified before dabs are applied along it. Lengths are in the units of the
+/// samples: pixels of the viewport, or world units.
 struct PathShape {
     /// Control points of the curve to which the pen snaps when it is near; empty disables snapping.
     std::vector<Vector> snapTo;
@@ -18,7 +18,7 @@ struct PathShape {
     bool snapSmoothly = false;
     /// Length of the path over which positions are averaged.
     float smoothing = 0.0f;
-    /// Distance by which the stabiliser lets the brush lag behind the pen (lazy brush).
+    /// Distance by which the brush lags behind the pen with the stabiliser (lazy brush).
     float steady = 0.0f;
     /// Replaces the path by the straight line from the first to the last position.
     bool line = false;
@@ -27,10 +27,10 @@ struct PathShape {
 };
 
 /// Applies a shape to a path: first the curve through the samples or the straight line, then
-/// snapping, smoothing and the stabiliser. Without any of them it returns the samples. All
-/// functions below throw HostError for a path that takes more than maxPathSteps (see PathSteps.h)
-/// steps of a 16th of their length argument.
-/// \param timed  keeps times, see ArcPath.
+/// snapping, smoothing and the stabiliser. If none of them is set, it returns the samples
+/// unchanged. All functions below throw HostError for a path that takes more than maxPathSteps (see
+/// PathSteps.h) steps, each a 16th of their length argument.
+/// \param timed  whether to keep times, see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
@@ -39,10 +39,10 @@ TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
 /// same fraction of the path.
 TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& samples);
 
-/// The centripetal Catmull-Rom curve through the positions: it interpolates each of them, is
-/// smooth, makes no loops between neighbours, and is a straight line if the positions are
-/// collinear. Pressure, tilt and time are interpolated linearly from sample to sample. Repeated
-/// positions count once.
+/// The centripetal Catmull-Rom curve through the positions: it interpolates each position, is
+/// smooth, has no loops between neighbours, and is a straight line if the positions are collinear.
+/// Pressure, tilt and time are interpolated linearly from sample to sample. Repeated positions
+/// count once.
 TROVIK_API std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples);
 
 }  // namespace trovik

@@ -31,34 +31,36 @@ public:
     }
 };
 
-/// See Straightened. All samples wait for the end of the path.
+/// See Straightened. All samples are held back until the end of the path.
 TROVIK_API std::unique_ptr<PathStage> LineStage();
-/// See CurveThrough. The curve segment to a sample waits for the next sample at another position.
-/// Adding throws HostError if the curve is divided into more than maxPathSteps chords.
+/// See CurveThrough. The curve segment to a sample is held back until the next sample at another
+/// position. Adding throws HostError if the curve is divided into more than maxPathSteps chords.
 TROVIK_API std::unique_ptr<PathStage> CurveStage();
 /// Each position within `distance` (above 0) of the polyline `curve` moves to the nearest point on
-/// it, the first of several; other positions stay. Where the pen approaches or leaves the curve,
-/// the path runs straight between both. No sample waits.
+/// it, or to the first such point if there are several; other positions are unchanged. Where the
+/// pen approaches or leaves the curve, the path between the two is straight. No sample is held
+/// back.
 ///
 /// For this stage, SmoothingStage and StabiliserStage: `poll` is called regularly during long work,
 /// and its exceptions pass through; adding throws HostError for a path that takes more than
-/// maxPathSteps steps of a 16th of the length. \param timed  whether times count, see ArcPath.
+/// maxPathSteps steps, each a 16th of the length. \param timed  whether times count, see ArcPath.
 TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 float distance,
                                                 bool timed,
                                                 const StepPoll& poll = StepPoll());
-/// Each position becomes the mean of the positions on `length` (above 0) of the path around it.
-/// Towards the ends the mean covers the length that is available on both sides, so the path begins
-/// and ends where it did. A straight path does not change. Pressure, tilt and time stay at their
-/// length along the path. A position waits until the pen has moved half the length farther along
-/// the path, even if the pen pauses.
+/// Each position becomes the mean of the path positions within a window of this `length` (above 0)
+/// around it. Towards the ends the mean covers the length that is available on both sides, so the
+/// path begins and ends where it did. A straight path does not change. Pressure, tilt and time stay
+/// at their arc length on the path. A position is held back until the pen has moved half the length
+/// farther along the path, even if the pen pauses.
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());
-/// The stabiliser: the path of a weight that the pen pulls by a cord of this length (above 0). It
-/// stays while the cord is slack, and then moves straight towards the pen. It begins where the
-/// pen begins, and ends where it is when the pen is lifted, up to the length of the string behind
-/// it. The result is the exact pursuit curve for any number of samples. No sample waits.
+/// The stabiliser: the path of a weight that the pen drags on a cord of this length (above 0).
+/// The weight does not move while the cord is slack, and then moves straight towards the pen. The
+/// path begins at the pen and ends at the weight when the pen is lifted, at most one cord length
+/// behind the pen. The result is the exact pursuit curve for any number of samples. No sample is
+/// held back.
 TROVIK_API std::unique_ptr<PathStage> StabiliserStage(float length,
                                                       bool timed,
                                                       const StepPoll& poll = StepPoll());

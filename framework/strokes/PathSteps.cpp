@@ -35,7 +35,7 @@ double Distance(const Vector& a, const Vector& b) {
 }
 
 bool IsTooLong(double length, double step) {
-    // A step of 0 and lengths that are NaN count as too long.
+    // A step of 0 and NaN lengths count as too long.
     return length != 0.0 && !(length / step <= maxPathSteps);
 }
 
@@ -88,7 +88,8 @@ double PathSteps::StepLength(const Vector& first) {
     if (hit) {
         world = WorldPositionOf(geometry, *hit);
     } else if (const AxisAlignedBoundingBox box = tree.Bounds(); !box.IsEmpty()) {
-        // A path can begin off the mesh. The centre of the mesh is near enough for an estimate.
+        // A path can begin off the mesh; then, the centre of the mesh is near enough for an
+        // estimate.
         const Vector middle((box.minX + box.maxX) * 0.5f,
                             (box.minY + box.maxY) * 0.5f,
                             (box.minZ + box.maxZ) * 0.5f);

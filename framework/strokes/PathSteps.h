@@ -14,14 +14,14 @@
 
 namespace trovik {
 
-/// The maximum number of steps that one stroke may take along its path, dabs included. At a few
+/// The maximum number of steps that one stroke may take along its path, including dabs. At a few
 /// microseconds per step the longest path takes about a minute.
 inline constexpr double maxPathSteps = 1e7;
-/// Bounds of the spacing of dabs, as a fraction of the radius.
+/// Bounds of the dab spacing, as a fraction of the radius.
 inline constexpr float minSpacing = 0.001f;
 inline constexpr float maxSpacing = 10.0f;
 
-/// The space of a path's samples.
+/// The coordinate space of a path's samples.
 enum class PathSpace { View, Surface };
 
 /// Thrown for a path that is rejected because of one of its samples.
@@ -68,8 +68,8 @@ public:
 
     /// Appends a sample of the unshaped path. From the second sample on, the number of steps is
     /// predicted from the radius at the beginning of the path. \throw PathRefused for a sample that
-    /// is not finite, that lies farther from the viewport's corner than the steps can reach, or
-    /// that makes the path too long.
+    /// is non-finite, lies farther from the viewport's corner than the steps can reach, or makes
+    /// the path too long.
     void Add(const PathSample& sample);
     /// Checks the bounds of a single sample, for strokes that do not follow their path.
     void CheckPosition(const PathSample& sample);
@@ -81,7 +81,7 @@ public:
     void Take();
 
 private:
-    /// Length of path for one step or one dab, whichever is shorter.
+    /// Path length of one step or one dab, whichever is shorter.
     double StepLength(const Vector& first);
     std::string StepText() const;
 

@@ -84,7 +84,7 @@ std::vector<PointerFilter::Pool> PointerFilter::Pools() const {
     return pools;
 }
 
-/// A mean is the time at the middle of its group; between middles, times are interpolated linearly.
+/// A mean is the time at the centre of its group; between centres, times are interpolated linearly.
 double PointerFilter::TimeOf(std::size_t sample,
                              const std::vector<Pool>& pools,
                              std::size_t pool) const {
@@ -182,7 +182,7 @@ void PointerFilter::RemoveSpike() {
         float longest = 0.0f;
         for (std::size_t k = i > window ? i - window : 1; k < i; ++k)
             longest = std::max(longest, StepTo(k - 1, k));
-        // Two samples alone are a short straight stroke and not a jump.
+        // A stroke of only two samples is short and straight, not a jump.
         if (i < 3) continue;
         if (StepTo(i - 1, i) <= std::max(limits.minJumpPixels, limits.positionJump * longest))
             continue;

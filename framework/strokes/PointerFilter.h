@@ -10,26 +10,26 @@ namespace trovik {
 
 /// Thresholds by which the filter distinguishes device faults from hand movements.
 struct PointerLimits {
-    /// A drop of pressure right after the press, or a rise right before the release, from one
-    /// sample to the next, that counts as a fault.
+    /// Pressure drop right after the press, or rise right before the release, from one sample to
+    /// the next, that counts as a fault.
     float pressureJump = 0.25f;
-    /// Time after the press and before the release in which these jumps are searched, in seconds.
+    /// Time after the press and before the release in which these jumps are detected, in seconds.
     double settleTime = 0.06;
-    /// The same interval in samples; the shorter of both applies.
+    /// The same interval in samples; the shorter of the two applies.
     std::size_t settleSamples = 4;
     /// A position jump at the release is at least this many times as long as the longest of the
     /// eight steps before it.
     float positionJump = 3.0f;
     /// Minimum length of a position jump, in pixels.
     float minJumpPixels = 6.0f;
-    /// Maximum delay of a late sample or its time, in seconds.
+    /// Maximum delay of a late sample or of its time, in seconds.
     double lateTime = 0.05;
     /// Maximum delay of a late sample, in samples.
     std::size_t lateSamples = 32;
 };
 
-/// Removes faults of pens and drivers from a pointer stream, from press to release, while it
-/// arrives:
+/// Removes the faults of pens and drivers from a pointer stream, from press to release, while the
+/// samples arrive:
 ///
 /// 1. Duplicate samples (equal position and time): the filter keeps the one whose pressure is
 ///    nearest to that of the sample before them; at the press it keeps the one with the lowest
@@ -37,10 +37,10 @@ struct PointerLimits {
 /// 2. Late samples: a sample whose time precedes that of samples that arrived before it is moved to
 ///    the position of its time if that shortens the path. Otherwise only its time is wrong, and it
 ///    stays; so does a sample that is later than the limits.
-/// 3. Times that still decrease: neighbours share their mean until no time decreases (the ascending
-///    times nearest by least squares), and times between the middles of such groups are
-///    interpolated linearly. A time before that of already settled samples becomes the settled
-///    time.
+/// 3. Times that still decrease: neighbouring samples get the mean of their times until no time
+///    decreases (the ascending
+/// times nearest by least squares), and times between the centres of such groups are interpolated
+/// linearly. A time earlier than that of already settled samples becomes the settled time.
 /// 4. Pressure spike at the press (blot): if pressure drops by a jump right after the press, the
 ///    samples before the drop get the pressures of a ramp with the slope of the two samples after
 ///    it, at least 0.
@@ -71,7 +71,7 @@ public:
     std::vector<PathSample> Finish();
 
 private:
-    /// Neighbours whose times have the same mean.
+    /// Neighbouring samples that share a mean time.
     struct Pool {
         double sum;
         std::size_t first;

@@ -29,8 +29,8 @@ std::optional<std::string> PressureCurve::Flaw(const std::vector<Point>& points,
     return std::nullopt;
 }
 
-// Slopes are the weighted harmonic mean of those of the chords on both sides, and 0 at a local
-// extremum; at the ends they are the slope of the chord. With these slopes no span overshoots.
+// A slope is the weighted harmonic mean of the slopes of the two adjacent chords, and 0 at a local
+// extremum; at the ends it is the slope of the chord. With these slopes no span overshoots.
 PressureCurve::PressureCurve(std::vector<Point> given) : points(std::move(given)) {
     std::size_t index = 0;
     if (const auto flaw = Flaw(points, index)) throw HostError(*flaw);

@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// Maps pressure to a value: a smooth piecewise cubic curve through control points. It rises only
-/// where its points rise and falls only where they fall, so it never leaves the range of its
+/// Maps pressure to a value by a smooth, piecewise cubic curve through control points. It rises
+/// only where its points rise and falls only where they fall, so it never leaves the range of its
 /// points. It is constant before the first point and after the last one. Without points it is the
 /// identity.
 class TROVIK_API PressureCurve {
@@ -26,7 +26,7 @@ public:
     /// \throw HostError with the message of Flaw if the points are invalid.
     explicit PressureCurve(std::vector<Point> points);
 
-    /// Why points are not valid: their number, a pressure or value outside 0 to 1, or pressures
+    /// Why the points are invalid: their number, a pressure or value outside 0 to 1, or pressures
     /// that do not ascend. Empty if they are valid. \param index  receives the index of the invalid
     /// point, or the number of points if that number is invalid.
     static std::optional<std::string> Flaw(const std::vector<Point>& points, std::size_t& index);

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The stabiliser. The pen drags a weight by a cord. Between two samples the pen moves
+/// \file The stabiliser. The pen drags a weight on a cord. Between two samples the pen moves
 /// straight, and the weight under a taut cord follows a tractrix: the tangent of half the angle
-/// between string and path decreases by a factor of e per length of the string. The weight's
-/// position is therefore exact at any moment, and an additional sample on the path changes nothing.
+/// between cord and path decreases by a factor of e for each cord length that the pen moves.
+/// The weight's position is therefore exact at any moment, and an additional sample on the path
+/// changes nothing.
 #include "framework/strokes/PathResampler.h"
 #include "framework/strokes/PathStage.h"
 
@@ -23,11 +24,11 @@ Place Sum(const Place& a, const Place& b, double f) {
     return {a[0] + b[0] * f, a[1] + b[1] * f, a[2] + b[2] * f};
 }
 
-/// Steps of the pen relative to the length of the string: short enough for chords to approximate
-/// the curve.
+/// Length of a pen step relative to the cord: short enough for chords to approximate the curve.
 constexpr double stepFraction = 1.0 / 16.0;
 
-/// e^-x for 0 <= x <= stepFraction by its series, which is identical on every machine.
+/// Computes e^-x for 0 <= x <= stepFraction from its series, with identical results on every
+/// machine.
 double Decay(double x) {
     double term = 1.0;
     double sum = 1.0;
@@ -38,7 +39,7 @@ double Decay(double x) {
     return sum;
 }
 
-/// The string from the weight to the pen.
+/// The cord from the weight to the pen.
 struct String {
     double length;
     /// Vector from the weight to the pen.

@@ -7,8 +7,9 @@
 
 namespace trovik {
 
-/// How the stamp of one dab lies in the world: a centre, three orthonormal axes and a size. The
-/// rows of the image run along `Right`, its top points to `Up`, and `Out` points to the viewer.
+/// The placement of one dab's stamp in world space: a centre, three orthonormal axes and a size.
+/// The image rows run along `Right`, the image's up direction is `Up`, and `Out` points to the
+/// viewer.
 ///
 /// The longer side of the image measures two radii; pixels are square. Pixel k is centred on
 /// coordinate k, as the brush rounds, so the centre of an image of width W is at (W - 1) / 2 and
@@ -16,10 +17,10 @@ namespace trovik {
 class TROVIK_API StampPlacement {
 public:
     /// A stamp flat on the surface.
-    /// \param middle, normal, toward  world. `normal` has any length but 0. `toward`, the direction
-    /// of the image's top, is projected onto the surface. If the projection vanishes, `Up` is the
-    /// camera's up direction projected onto the surface, and if that vanishes too, the camera's
-    /// view direction.
+    /// \param middle, normal, toward world. `normal` has any length but 0. `toward`, the image's up
+    /// direction, is projected onto the surface. If the projection vanishes, `Up` is the camera's
+    /// up direction projected onto the surface, and if that vanishes too, the camera's view
+    /// direction.
     /// \param radius  world units, more than 0.
     static StampPlacement OnSurface(const Vector& middle,
                                     const Vector& normal,
@@ -50,8 +51,8 @@ public:
     const Vector& Up() const { return up; }
     const Vector& Out() const { return out; }
 
-    /// The matrix of a mirrored dab: a position reads the pixel of the position of which it is the
-    /// mirror image. For mirrors in the mesh's own planes the values are equal but for their signs.
+    /// The matrix of a mirrored dab: each position reads the pixel of its mirror image on the main
+    /// side. For mirrors in the mesh's own planes, the values differ only in their signs.
     /// \param pointMap  maps main positions to mirrored ones, mesh-local; must be invertible.
     static Matrix Mirrored(const Matrix& toPixels, const Matrix& pointMap);
 
@@ -67,7 +68,7 @@ private:
     bool projected = false;
 };
 
-/// A direction as the cosine and sine of its angle.
+/// A direction, given by the cosine and sine of its angle.
 struct TurnDirection {
     float cosine;
     float sine;

@@ -10,21 +10,21 @@ namespace trovik {
 
 struct StrokeDab;
 
-/// Values of the brush attribute "stamppositioning": the position and orientation of a dab's stamp.
-/// The attribute "stamprotation" rotates it further, in whole degrees clockwise.
+/// Values of the brush attribute "stamppositioning", which determines the position and orientation
+/// of a dab's stamp. The attribute "stamprotation" adds a clockwise rotation in whole degrees.
 enum class StampPositioning : int {
     /// The default of the tool: Stroke for Repeat and Knife, the dragged direction for Imprint,
     /// Upright for all others.
     Tool = 0,
     /// Centred on the dab, upright in the view.
     Upright = 1,
-    /// Centred on the dab, its top along the stroke.
+    /// Centred on the dab, its up direction along the stroke.
     Stroke = 2,
     /// At the position and with the size of the first dab of the stroke.
     Start = 3,
 };
 
-/// The stamp along one stroke: position, rotation, scattering and spacing of each dab's copy.
+/// The stamp during one stroke: position, rotation, scattering and spacing of each dab's copy.
 ///
 /// Presence, size and pixels of the stamp are those at the beginning of the stroke. Other settings
 /// are read at each dab. If the brush's IsOrientedToSurface is set, the stamp lies flat on the
@@ -51,7 +51,7 @@ public:
 
     /// Distance to the next dab, world units: `fraction` of the radius. Repeat with a stamp places
     /// its copies side by side instead: the distance is two radii plus the brush's stamp spacing
-    /// (percent of the radius) plus a random part. To be called once per dab.
+    /// (percent of the radius) plus a random part. Call it once per dab.
     float Spacing(float radius, float fraction);
 
 private:
@@ -63,7 +63,7 @@ private:
     const LevelGeometry* geometry = nullptr;
     const PatchTree* tree = nullptr;
     uint64_t seed = 0;
-    /// Size of the stamp image; 0 without a stamp.
+    /// Size of the stamp image; 0 if there is no stamp.
     uint32_t width = 0;
     uint32_t height = 0;
     StrokeRandom random;

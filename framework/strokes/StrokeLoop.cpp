@@ -173,8 +173,8 @@ bool StrokeLoop::KeepsPlane() const {
     return update != nullptr && (isOn(global) || !isOn(update));
 }
 
-// Two remaining sides form a pair: one is the image of the other under a map, as the mirrored side
-// is of the main side.
+// Two remaining sides form a pair if one is the image of the other under a map, as the mirrored
+// side is of the main side.
 void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
     // For the user this is one stroke: a falloff that was chosen during it applies to the next one.
@@ -233,7 +233,7 @@ void StrokeLoop::SettleSides() {
             observer->AfterSettling(brush, mesh, vertices);
         Announce(vertices);
     } catch (Error* error) {
-        // If memory runs out, the sides keep the brush's result, which is equal up to rounding.
+        // If memory runs out, the sides keep the brush's results, which are equal up to rounding.
         Error::Dispose(error);
     }
 }
@@ -273,7 +273,7 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
             totals.seconds += SecondsSince(start);
         });
     } catch (...) {
-        // The dab may have been applied in part.
+        // The dab may have been applied partially.
         ReportDab();
         throw;
     }

@@ -15,7 +15,7 @@
 
 namespace trovik {
 
-/// One main dab as the stroke loop passes it to the brush.
+/// A main dab, as the stroke loop passes it to the brush.
 struct StrokeDab {
     /// Mesh-local; its mirror flag is false.
     SurfacePoint hit;
@@ -28,10 +28,9 @@ struct StrokeDab {
     /// Direction of the stroke here, world, any length; zero selects the direction from the
     /// previous dab.
     Vector heading;
-    /// Direction of the stamp's top, world, any length; zero selects that of the stamp's
-    /// positioning.
+    /// The stamp's up direction, world, any length; zero selects that of the stamp's positioning.
     Vector stampTop;
-    /// Stamp settings do not move the dab.
+    /// Whether stamp settings must not move the dab.
     bool keepPosition = false;
     /// Maps mesh-local positions to stamp pixels. Set by the loop.
     Matrix stampMatrix;
@@ -47,9 +46,9 @@ struct StrokeTotals {
     double seconds = 0.0;
 };
 
-/// Drives a brush over the bound level of one geometry: strictly paired begin and end calls, the
-/// mirrored dabs of each main dab, the previous hit of each side, and the reports of changed
-/// patches, which update the patch tree.
+/// Drives a brush over the bound level of one geometry. It pairs begin and end calls, adds the
+/// mirrored dabs of each main dab, tracks the previous hit of each side, and reports changed
+/// patches, which updates the patch tree.
 ///
 /// Errors: exceptions of the brush pass through after the stroke has been ended.
 class TROVIK_API StrokeLoop {
@@ -64,23 +63,23 @@ public:
     ///
     /// A brush stores the plane of a stroke for one mirrored side only. If the tool uses such a
     /// plane and there are more sides, they are applied in pairs, each in an additional stroke
-    /// after the first, with which it is undone.
+    /// after the first; all of them are undone together.
     /// \param mode  returned by MirrorConfiguration::MirrorMode from now on. With Topological, the
     /// mirrored dab comes from the mesh's MirrorVertex, whatever the maps; there is no mirrored dab
-    /// where MirrorVertex returns -1. \throw HostError while a stroke is open; the mirrors do not
-    /// change then.
+    /// where MirrorVertex returns -1. \throw HostError while a stroke is open; the mirrors are then
+    /// unchanged.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
     /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
 
     /// Sets the listener for the operations of this loop; null removes it. Borrowed. Its exceptions
-    /// reach the caller after the stroke has been ended.
+    /// reach the caller after the stroke has ended.
     void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
 
-    /// \param seed  of all random values of the stroke. Loads the stamp's file if that has not been
-    /// done. \throw HostError if the file cannot be read (no stroke has begun then), or while a
-    /// stroke is open, which is not affected.
+    /// Loads the stamp's file if necessary. \param seed  seed of all random values of the stroke.
+    /// \throw HostError if the file cannot be read (no stroke has then begun), or while a stroke is
+    /// open, which is not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
     /// Applies one dab. \throw HostError without an open stroke; so does WholeMesh.
     void Dab(const StrokeDab& dab);
@@ -94,13 +93,13 @@ public:
     /// Ends a cancelled stroke without the mirrored sides that are applied in additional strokes.
     void Break();
     /// Restores the bound mesh bit-exactly to its state before the stroke, which continues as if no
-    /// dab had been applied: for tools that apply one dab again at each motion. Cost: proportional
-    /// to what the stroke touched.
+    /// dab had been applied: for tools that reapply a dab at each motion. Cost: proportional to the
+    /// number of vertices that the stroke touched.
     void RevertStroke();
     /// Distance from the last dab to the next one along a path, world units.
     /// \param share  fraction of the radius, for tools without a spacing of their own.
     float Spacing(float radius, float fraction) { return stamps.Spacing(radius, fraction); }
-    /// The next random number for the size of a dab, 0 to less than 1.
+    /// The next random number for the size of a dab, in [0, 1).
     float RandomFraction() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
@@ -153,7 +152,7 @@ private:
     AxisAlignedBoundingBox dirtyBox;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
     /// Whether mirrors beyond the first are applied in additional strokes, and the dabs recorded
-    /// for them.
+    /// for that purpose.
     bool inPairs = false;
     std::vector<StrokeDab> mainDabs;
     /// The falloff of the brush when the stroke began.

@@ -40,8 +40,8 @@ struct BrushCall {
     bool byFacing = false;
 };
 
-/// Is notified right before and right after every call into a brush. It changes nothing that the
-/// brush can see and does not throw.
+/// Is notified immediately before and after every call into a brush. An observer must not change
+/// anything that the brush can see, and must not throw.
 class TROVIK_API StrokeObserver {
 public:
     virtual void BeforeCall(const BrushCall& call) = 0;
@@ -53,9 +53,9 @@ public:
     virtual void BeforeCommand(BrushOperation& brush, const std::string& name) {
         (void)brush, (void)name;
     }
-    /// Called after the host has made both sides of a mirrored stroke equal, right before
+    /// Called after the host has made both sides of a mirrored stroke equal, immediately before
     /// EndStroke.
-    /// \param vertices  those whose position or normal changed, ascending.
+    /// \param vertices  those whose position or normal has changed, in ascending order.
     virtual void AfterSettling(BrushOperation& brush,
                                const LevelMesh& mesh,
                                const std::vector<uint32_t>& vertices) {
@@ -67,8 +67,7 @@ protected:
 };
 
 /// Runs `run`, which makes the call described by `call`, and notifies the observer before and after
-/// it.
-/// \param observer  null to run `run` alone.
+/// it. \param observer  may be null.
 template <typename Run>
 void Observed(StrokeObserver* observer, const BrushCall& call, Run&& run) {
     if (observer == nullptr) {

@@ -22,7 +22,7 @@ Axes AxesOf(const StrokeView& view) {
     return {right, back & right, back};
 }
 
-/// Applies a dab where the path is far enough from the previous one.
+/// Applies a dab where the path is far enough from the previous dab.
 class DabSpacer {
 public:
     DabSpacer(StrokeLoop& strokeLoop, LevelGeometry& strokeGeometry, const PathOptions& pathOptions)
@@ -30,7 +30,7 @@ public:
 
     /// Whether a dab is due at a hit.
     bool IsDue(const PickHit& hit) const {
-        // A tolerance, because rounding could otherwise skip every other dab.
+        // Without this tolerance, rounding could skip every other dab.
         return count == 0 || (WorldPositionOf(geometry, hit) - last).Length() >= distance * 0.9999f;
     }
 
@@ -70,8 +70,8 @@ PathPosition Between(const PathSample& from, const PathSample& to, float fractio
             from.pressure + (to.pressure - from.pressure) * fraction};
 }
 
-/// Bisections of a step when the position of a due dab is searched: the result is exact to a few
-/// thousandths of a step.
+/// Number of times a step is bisected to find the position of a due dab: the result is exact to a
+/// few thousandths of a step.
 constexpr int halvings = 10;
 
 /// Walks from sample to sample in steps of at most `step`. `probe(place)` returns the hit there,

@@ -41,9 +41,9 @@ struct PathOptions {
     std::function<void()> poll;
 };
 
-/// Applies dabs along samples on the viewport, spaced by straight distance in the world. The
-/// surface is hit again for each dab in its current shape; there are no dabs where the path leaves
-/// the mesh. Pressure is interpolated. \return the number of main dabs.
+/// Applies dabs along samples on the viewport, spaced by straight distance in the world. For each
+/// dab, the surface is hit in its current shape; there are no dabs where the path leaves the mesh.
+/// Pressure is interpolated. \return the number of main dabs.
 /// \throw HostError if radius or spacing is out of range, and PathRefused for a path that is too
 /// long, both before the first dab; see PathSteps.
 TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
@@ -53,7 +53,7 @@ TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     const std::vector<PathSample>& samples,
                                     const PathOptions& options);
 
-/// Applies dabs along points on the surface (world; the nearest point of the mesh counts). Errors
+/// Applies dabs along points on the surface (world; the nearest point of the mesh is used). Errors
 /// are those of StrokeAlongView.
 TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
                                        LevelGeometry& geometry,
@@ -70,8 +70,8 @@ TROVIK_API std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
 TROVIK_API std::optional<PickHit> HitNear(const LevelGeometry& geometry,
                                           const PatchTree& tree,
                                           const Vector& position);
-/// Converts a motion on the viewport, in pixels, to a direction on the surface at the hit. World,
-/// any length.
+/// Converts a motion on the viewport, in pixels, to a direction on the surface at the hit, in world
+/// space and of any length.
 TROVIK_API Vector HeadingInView(const LevelGeometry& geometry,
                                 const StrokeView& view,
                                 const PickHit& hit,

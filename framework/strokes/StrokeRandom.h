@@ -19,9 +19,9 @@ public:
         z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
         return z ^ (z >> 31);
     }
-    /// A number from 0 to less than 1, in steps of 2^-24.
+    /// A random number in [0, 1), a multiple of 2^-24.
     float Share() { return static_cast<float>(Next() >> 40) * 0x1p-24f; }
-    /// A number from -1 to less than 1.
+    /// A random number in [-1, 1).
     float Signed() { return Share() * 2.0f - 1.0f; }
 
 private:

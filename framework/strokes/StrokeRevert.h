@@ -5,7 +5,8 @@
 
 namespace trovik {
 
-/// Implemented by brushes that change more than positions and revert these changes themselves.
+/// Implemented by brushes that change data other than positions and revert these changes
+/// themselves.
 class TROVIK_API StrokeRevert {
 public:
     /// Restores everything bit-exactly to its state before the stroke, which continues as if no dab

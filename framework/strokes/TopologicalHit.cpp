@@ -17,8 +17,8 @@ Vector Position(const Mesh& mesh, uint32_t vertex) {
     return {v.x, v.y, v.z};
 }
 
-/// Corner weights at the point of a triangle nearest to `p`, each 0 to 1, with sum 1. For a point
-/// outside, weights are clamped at 0, which keeps it on the border.
+/// Corner weights of the triangle's point nearest to `p`, each 0 to 1, with sum 1. For a point
+/// outside the triangle, weights are clamped at 0, which keeps it on the border.
 std::array<float, 3> CornerWeightsAt(const Triangle& t, const Vector& p) {
     const Vector a = t[1] - t[0];
     const Vector b = t[2] - t[0];

@@ -10,7 +10,7 @@ namespace trovik {
 
 /// The counterpart of a surface point across the topological mirror.
 struct TopologicalHit {
-    /// On the same mesh, its mirror flag set.
+    /// On the same mesh, with its mirror flag set.
     SurfacePoint hit;
     /// Maps points around the hit to those around its image (mesh-local): a reflection that
     /// preserves lengths and angles. If the two faces are each other's reflection in the plane x =
@@ -18,9 +18,9 @@ struct TopologicalHit {
     Matrix pointMap;
 };
 
-/// Returns the counterpart of a hit: on the mirrored face, with the same corner weights. The offset
-/// of the hit from its face, and its normal, are carried over in the frames of the two faces, so
-/// that they follow a pose.
+/// Returns the counterpart of a hit: on the mirrored face, with the same corner weights. The hit's
+/// offset from its face and its normal are converted from the frame of one face to that of the
+/// other, so that they follow a pose.
 /// \return nothing if the face has no mirror image (Mesh::MirrorVertex returns -1). Cost: O(level).
 TROVIK_API std::optional<TopologicalHit> AcrossTopologicalMirror(const SurfacePoint& hit);
 

@@ -16,9 +16,9 @@ TROVIK_API std::string BrushAttributesText(const BrushOperation& brush,
 /// "builduprate" as JSON text.
 TROVIK_API std::string BuildUpRateText(const BrushOperation& brush);
 
-/// All values of the host that a brush may read when a stroke begins: the members of the trace's
-/// settings, in their order, from "tool" to "renderers". Falloff table and stamp pixels are written
-/// to `arrays`. \throw HostError if they cannot be written.
+/// All host values that a brush may read when a stroke begins: the settings members of the trace,
+/// from "tool" to "renderers", in order. Falloff table and stamp pixels are written to `arrays`.
+/// \throw HostError if they cannot be written.
 TROVIK_API JsonFields BrushSettingsFields(const BrushOperation& brush, TraceArrays& arrays);
 
 /// "m0" for the first geometry of the scene, "m1" for the second and so on; JSON null for no mesh

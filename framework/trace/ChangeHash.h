@@ -10,7 +10,7 @@ namespace trovik {
 /// 64-bit hash for detecting changes; not cryptographic, and not stored in files, which are
 /// identified by ContentHash (framework/io). It reads eight bytes at a time in four independent
 /// lanes, so that hashing whole meshes is limited by memory bandwidth. Each step is a bijection of
-/// its lane: a change of one word always changes the hash. \param seed  the hash of the preceding
+/// its lane: changing a single word always changes the hash. \param seed  the hash of the preceding
 /// part, to hash content in parts.
 inline uint64_t ChangeHash(std::string_view bytes, uint64_t seed = 0) {
     const auto mix = [](uint64_t& lane, uint64_t word) {

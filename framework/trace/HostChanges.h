@@ -11,7 +11,7 @@ namespace trovik {
 
 /// Detects the meshes that the host changes between two calls into the brush, and the commands that
 /// change them. It compares hashes of mesh states, so any kind of change is detected; commands only
-/// provide the names of changes.
+/// supply the names of the changes.
 ///
 /// States are lists with one entry per mesh, in the order of the scene.
 class HostChanges {
@@ -23,17 +23,17 @@ public:
         std::string reason;
     };
 
-    /// Begins to watch. \param now  the states that the trace already contains. Changes before the
-    /// first command are attributed to "host".
+    /// Starts the detection. \param now  the states that the trace already contains. Changes before
+    /// the first command are attributed to "host".
     void Start(States now);
     void Stop() { watching = false; }
     bool IsWatching() const { return watching; }
-    /// To be called before a command runs. \param now  the current states: changes up to now are
-    /// attributed to the previous command.
+    /// Call this before a command runs. \param now  the current states; changes up to this point
+    /// are attributed to the previous command.
     void Command(const std::string& name, States now);
     /// Ignores changes since the last command, because a separate line of the trace describes them.
     void Absorb(const States& now);
-    /// The next Find reports the mesh, whether or not its state has changed.
+    /// Makes the next Find report the mesh, whether or not its state has changed.
     void Force(std::size_t mesh, const std::string& reason);
     /// The meshes whose state differs from the one in the trace.
     std::vector<Change> Find(const States& now);

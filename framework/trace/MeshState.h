@@ -17,7 +17,7 @@ inline constexpr const char* mirrorCornersFile = "mirror_corners.npy";
 /// positions and flags, and the data of the bound level, including the records of an open change.
 /// docs/trace.md describes every file.
 ///
-/// \param unlocker  determines the value "lockable". \param mirrorCorners  whether to write the
+/// \param unlocker  determines the value of "lockable". \param mirrorCorners  whether to write the
 /// topological mirror of every corner too. Cost: proportional to the size of the files.
 /// \throw HostError naming a file and the system's reason.
 TROVIK_API void WriteMeshState(const std::string& folder,
@@ -31,8 +31,8 @@ TROVIK_API std::vector<LevelGeometry*> SceneGeometries();
 /// Hashes of the files of a state, by file name within its folder.
 using MeshStateHashes = std::map<std::string, uint64_t>;
 
-/// Hashes of the files that WriteMeshState would write, equal exactly if the files are equal, up to
-/// hash collisions. Writes nothing. Cost: one pass over all arrays of the mesh.
+/// Hashes of the files that WriteMeshState would write; except for hash collisions, they are equal
+/// if and only if the files are equal. Writes nothing. Cost: one pass over all arrays of the mesh.
 TROVIK_API MeshStateHashes HashMeshState(LevelGeometry& geometry,
                                          const MeshUnlocker* unlocker,
                                          bool mirrorCorners);

@@ -21,10 +21,10 @@ public:
     /// The pixels are read again only if the image object, its version, its size or `name` differs
     /// from the last call, or after ForgetPixels. \throw HostError if the file cannot be written.
     std::string Pixels(Image& image, const QString& name, uint8_t channels);
-    /// A new image can have the address of a deleted one, so each stroke begins with reading the
-    /// pixels again.
+    /// Forces the pixels to be read again. Called at the beginning of each stroke, because a new
+    /// image can have the address of a deleted one.
     void ForgetPixels() { lastRead = {}; }
-    /// A number for the image object, in the order of first use, from 0.
+    /// A number for the image object, assigned in the order of first use, starting at 0.
     unsigned ImageNumber(const Image* image);
 
 private:

@@ -9,8 +9,8 @@ namespace trovik {
 inline constexpr const char* traceLineFile = "trace.jsonl";
 
 /// Creates the folder of a trace, empty except for `arrays`; an earlier trace in it is removed.
-/// \throw HostError if it cannot be created, or contains files that are not part of a trace;
-/// nothing is removed then.
+/// \throw HostError if it cannot be created, or contains files that are not part of a trace; in
+/// that case, nothing is removed.
 void PrepareTraceFolder(const std::string& folder);
 
 /// Name of a state's folder: the kind, followed by the number with at least six digits.

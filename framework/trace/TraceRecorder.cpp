@@ -153,7 +153,7 @@ void TraceRecorder::FillInput(const BrushCall& call) {
             input.Set("byFacing", JsonBool(call.byFacing));
             input.Set("hit", HitText(SurfacePoint(call.mesh, call.mesh->faceVertexIndices[0], 0)));
             input.Append(BrushSettingsFields(brush, *arrays));
-            // The dab within this call reads both values like any other dab.
+            // The dab within this call reads both values, as any other dab does.
             input.Set("previousPatchPosition", JsonVector(brush.PreviousPatchPosition()));
             if (brush.IsMaskEnabled(stampMask))
                 input.Set("stampMatrix", JsonMatrix(brush.MaskMatrix(stampMask)));

@@ -56,8 +56,8 @@ public:
     /// \throw HostError with the first failure, if there was one.
     void ThrowIfFailed() const;
     /// Writes the state `after` and, if the host has changed anything since the last call, the line
-    /// for that change. To be called after the last call; if no stroke has begun, it writes
-    /// `before` as well. \throw HostError.
+    /// for that change. Call this after the last call into the brush; if no stroke has begun, it
+    /// writes `before` as well. \throw HostError.
     void WriteAfter(BrushOperation& brush);
 
 private:
@@ -72,7 +72,8 @@ private:
     void AddTouched(JsonFields& out, const BrushCall& call) const;
     std::string MessagesSince() const;
     void Watch(bool on);
-    /// Runs work that may throw; the first failure is stored for ThrowIfFailed and ends the trace.
+    /// Runs a function that may throw; the first failure is stored for ThrowIfFailed and ends the
+    /// trace.
     template <typename Work>
     void Guarded(Work work) {
         if (!failure.empty()) return;
@@ -99,7 +100,7 @@ private:
     HostChanges hostChanges;
     unsigned changeCount = 0;
     bool inStroke = false;
-    /// Settings after the last call, to detect what the host has changed since.
+    /// Settings after the last call, to detect later changes by the host.
     JsonFields settings;
     std::map<const Mesh*, int> freezeQueries;
 
@@ -113,7 +114,8 @@ private:
     std::vector<FaceVisit> lastWalk;
     std::vector<std::string> finished;
 
-    /// Vertices settled before the call of EndStroke, for the line after it.
+    /// Vertices that SettleSymmetry changed before the call of EndStroke, for the line that follows
+    /// it.
     struct Settled {
         JsonFields in, out;
         std::size_t mesh = 0;

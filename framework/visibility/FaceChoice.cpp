@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// The visible faces for whose corners `isChosen(vertex)` is always true.
+/// The visible faces for which `isChosen(vertex)` is true at all corners.
 template <typename IsChosen>
 FaceChoice VisibleFacesWith(const LevelMesh& level, IsChosen isChosen) {
     FaceChoice chosen(level.faceCount);
@@ -76,7 +76,7 @@ FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material) {
     return FacesNumbered(geometry, geometry.Attributes().faceMaterials, material);
 }
 
-// Faces of a level are connected exactly if their faces of level 0 are.
+// Faces of a level are connected if and only if their level-0 ancestors are.
 FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face) {
     LevelMesh& base = *geometry.Level(0);
     const uint32_t level = geometry.BoundIndex();

@@ -21,11 +21,11 @@ using FaceChoice = std::vector<uint8_t>;
 /// \param threshold  as a freeze amount, 1 to 127. Cost: O(faces).
 TROVIK_API FaceChoice FacesByMask(const LevelMesh& level, uint8_t threshold);
 
-/// The faces that descend from a level 0 face of this group, including hidden ones. Cost: O(faces).
+/// The faces whose level-0 ancestor belongs to this group, including hidden faces. Cost: O(faces).
 /// \param group  index into SurfaceAttributes::groupNames, or `none` for the faces without a group.
 TROVIK_API FaceChoice FacesOfGroup(const LevelGeometry& geometry, uint32_t group);
-/// The faces that descend from a level 0 face of this material, including hidden ones. \param
-/// material  index into SurfaceAttributes::materialNames, or `none`.
+/// The faces whose level-0 ancestor has this material, including hidden faces. \param material
+/// index into SurfaceAttributes::materialNames, or `none`.
 TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material);
 
 /// The connected component that contains a face of the bound level, including hidden faces. Cost:

@@ -13,7 +13,7 @@ namespace trovik::studio {
 class Preferences;
 class ViewModel;
 
-/// What actions act on. All members are borrowed and outlive the actions.
+/// The objects that actions use. All members are borrowed and must outlive the actions.
 struct ActionContext {
     Engine& engine;
     ActionRegistry& actions;
@@ -22,7 +22,7 @@ struct ActionContext {
     /// Parent of dialogs.
     QWidget* window;
 
-    /// The state of the document; a state without levels before the first document.
+    /// The document's state. Before the first document, it has no levels.
     const DocumentState& State() const {
         static const DocumentState none;
         return engine.State() ? *engine.State() : none;
@@ -46,14 +46,14 @@ struct ActionContext {
     void EnableWithDocument(QAction* action) const {
         EnableWhen(action, [](const DocumentState&) { return true; });
     }
-    /// Keeps the check mark of an action equal to a condition on the document's state.
+    /// Keeps an action's check mark in sync with a condition on the document's state.
     template <typename Condition>
     void CheckWhen(QAction* action, Condition condition) const {
         const auto update = [this_ = *this, action, condition] {
             action->setChecked(this_.engine.State() && condition(*this_.engine.State()));
         };
         QObject::connect(&engine, &Engine::StateChanged, action, update);
-        // A click has toggled the mark already; the state from the engine is authoritative.
+        // A click has already toggled the check mark; the state from the engine is authoritative.
         QObject::connect(action, &QAction::triggered, action, update);
         update();
     }

@@ -12,15 +12,15 @@
 
 namespace trovik::studio {
 
-/// What a user can start by menu, key, palette or script.
+/// An action that a user can trigger by menu, key, palette or script.
 struct ActionInfo {
     /// Unique and stable, such as "mask.invert"; the part before the dot is the category.
     QString id = {};
     /// Shown in menus and the palette, such as "Invert Mask".
     QString text = {};
-    /// One sentence that says what it does.
+    /// One sentence that describes its effect.
     QString description = {};
-    /// Of the preset "default"; may be empty.
+    /// Keys in the preset "default"; may be empty.
     QList<QKeySequence> keys = {};
     /// Name of an icon in resources/icons, without ".svg"; may be empty.
     QString icon = {};
@@ -29,19 +29,19 @@ struct ActionInfo {
 };
 
 /// All actions of the studio, by their id. Menus, tool bars, palette, keymap and event files use
-/// the same QAction objects. Keys that are held (radius, strength, pan …) are actions with
-/// `AddHeld`, which appear in keymap and palette but are read by the input code.
+/// the same QAction objects. Held keys (radius, strength, pan …) are added with `AddHeld`; they
+/// appear in the keymap and the palette, but are handled by the input code.
 ///
-/// A key belongs to at most one action. Call on the UI thread only.
+/// A key belongs to at most one action. To be used only on the UI thread.
 class ActionRegistry : public QObject {
     Q_OBJECT
 public:
     explicit ActionRegistry(QWidget* window);
 
-    /// Adds an action. Its tooltip is the description with the key. The id must be new; a key that
-    /// another action has already is not bound.
+    /// Adds an action. Its tooltip consists of the description and the key. The id must be new; a
+    /// key that is already bound to another action is not bound again.
     QAction* Add(const ActionInfo& info);
-    /// Adds a key that acts while it is held; see HeldKey.
+    /// Adds a key that has an effect while it is held; see HeldKey.
     void AddHeld(const ActionInfo& info);
     /// Null if there is none, and for held keys.
     QAction* Find(const QString& id) const;
@@ -54,25 +54,25 @@ public:
     const ActionInfo* Info(const QString& id) const;
     /// Triggers an action. \return false for an unknown id or a disabled action.
     bool Trigger(const QString& id);
-    /// What was triggered last comes first, by whatever way; each id once.
+    /// The triggered actions, most recent first, however they were triggered; each id once.
     const QStringList& Recent() const { return recent; }
 
     /// The keys that are bound now.
     QList<QKeySequence> Keys(const QString& id) const;
-    /// Binds keys; ids that lose a key by that are returned. Unknown ids change nothing.
+    /// Binds keys and returns the ids that lose a key. Unknown ids have no effect.
     QStringList SetKeys(const QString& id, const QList<QKeySequence>& keys);
     /// The id that has a key; empty if there is none.
     QString Owner(const QKeySequence& key) const;
     /// Restores the keys of the preset "default".
     void ResetKeys();
-    /// Updates menus and tooltips of all actions: call after several SetKeys with `isQuiet`.
-    /// \param isQuiet  KeysChanged is not sent until the next call with false.
+    /// Updates the menus and tooltips of all actions. Call it after several calls of SetKeys with
+    /// `isQuiet`. \param isQuiet  suppresses KeysChanged until the next call with false.
     void SetQuiet(bool isQuiet);
 
 Q_SIGNALS:
     void KeysChanged();
     void Added(const QString& id);
-    /// An action was triggered, by whatever way; before and after it runs.
+    /// Sent before and after an action runs, however it was triggered.
     void Starting(const QString& id);
     void Triggered(const QString& id);
 

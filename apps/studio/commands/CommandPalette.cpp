@@ -135,7 +135,7 @@ void CommandPalette::Refill() {
     std::vector<Match> matches;
     const QStringList& recent = actions.Recent();
     for (const ActionInfo& info : actions.Infos()) {
-        // The name counts far more than the description.
+        // A match in the name scores much higher than one in the description.
         int score = 16 * FuzzyScore(query->text(), info.text);
         if (score == 0)
             score = FuzzyScore(query->text(),
@@ -162,7 +162,7 @@ void CommandPalette::Refill() {
         }
         item->setData(keyRole, key);
     }
-    // Held keys are listed only for their key.
+    // Held keys are listed only to show their key.
     int first = 0;
     while (first + 1 < list->count() && !(list->item(first)->flags() & Qt::ItemIsEnabled)) ++first;
     list->setCurrentRow(first);
@@ -181,7 +181,7 @@ void CommandPalette::RunSelected() {
     const QString id = item == nullptr ? QString() : item->data(idRole).toString();
     hide();
     if (focusBefore != nullptr && focusBefore->window() == window()) focusBefore->setFocus();
-    // The action may open a dialog, which must not run inside the palette's event.
+    // The action may open a dialog, which must not run inside the palette's event handler.
     if (!id.isEmpty()) QTimer::singleShot(0, &actions, [this, id] { actions.Trigger(id); });
 }
 

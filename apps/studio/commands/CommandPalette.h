@@ -13,8 +13,8 @@ namespace trovik::studio {
 class ActionRegistry;
 
 /// A search field over all actions, with their keys and descriptions, near the top of a window.
-/// Return runs the selected action, Escape closes. Without a query the actions that were used last
-/// come first. Held keys are listed for their key, and cannot be run.
+/// Return runs the selected action, Escape closes the palette. Without a query, the most recently
+/// used actions come first. Held keys are listed only to show their keys; they cannot be run.
 class CommandPalette : public QFrame {
     Q_OBJECT
 public:
@@ -23,7 +23,7 @@ public:
     /// Opens above the window's contents, with an empty query.
     void Open();
     void SetQuery(const QString& query);
-    /// The ids that are listed, the best match first.
+    /// The listed ids, best match first.
     QStringList Listed() const;
     /// Closes the palette and runs the selected action.
     void RunSelected();

@@ -36,7 +36,7 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
     connect(&context.engine, &Engine::Opened, this, [this] {
         const OpenedDocument& document = context.engine.Document();
         const QString source = QString::fromStdString(document.sourcePath);
-        // Primitives are files of a cache, not of the user's.
+        // Primitives are cache files, not the user's files.
         if (!source.isEmpty() && !source.startsWith(StudioFolders::Primitives()))
             context.preferences.AddRecentFile(source);
     });

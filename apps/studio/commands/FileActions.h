@@ -15,7 +15,7 @@ namespace trovik::studio {
 
 class ScriptPlayer;
 
-/// The actions of the menu File. It remembers what is to be done after a save.
+/// The actions of the File menu. Stores the operation to perform after a save.
 ///
 /// Call on the UI thread only.
 class FileActions : public QObject {
@@ -23,13 +23,13 @@ class FileActions : public QObject {
 public:
     FileActions(const ActionContext& context, QObject* parent);
 
-    /// Opens a scene, mesh or script by its extension, after asking about changes that were not
-    /// saved. Other files are passed to Refused.
+    /// Opens a scene, mesh or script, identified by its extension, after asking about unsaved
+    /// changes. For other files, Refused is sent.
     void Open(const QString& path);
-    /// Opens a primitive, or the bust if there is none, with so many levels.
+    /// Opens a primitive, or the bust if none is given, with this number of levels.
     void OpenPrimitive(std::optional<Primitive> primitive, std::uint32_t segments, int levels);
-    /// Calls `go` at once if nothing would be lost; otherwise asks whether to save first. Nothing
-    /// is called if the user cancels or saving fails.
+    /// Calls `go` at once if no changes would be lost; otherwise asks whether to save first. `go`
+    /// is not called if the user cancels or saving fails.
     void WhenSaved(const std::function<void()>& go);
     /// The file with the next free number: "head.trovik" gives "head_001.trovik", "head_001.trovik"
     /// gives "head_002.trovik".
@@ -39,9 +39,9 @@ public:
     ScriptPlayer& Player() { return *player; }
 
 Q_SIGNALS:
-    /// A message for the user about something that was not done.
+    /// A message for the user about an operation that was not performed.
     void Refused(const QString& message);
-    /// A short note of success.
+    /// A short success message.
     void Succeeded(const QString& message);
 
 private:

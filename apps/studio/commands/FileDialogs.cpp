@@ -32,7 +32,7 @@ FormDialog::Choices UpChoices(const QString& none) {
 
 std::string Chosen(const QComboBox* box) { return box->currentData().toString().toStdString(); }
 
-/// Index of the bust among the buttons of NewDialog, after the primitives.
+/// Index of the bust's button in NewDialog, after the primitives.
 constexpr int bust = 4;
 
 }  // namespace
@@ -150,7 +150,7 @@ void ExportDialog::SetExtension(const QString& extension) {
 void ExportDialog::ShowOptions() {
     const QString extension = Extension();
     const bool isGltf = extension.startsWith(QLatin1String(".gl"));
-    // glTF fixes units and axis.
+    // glTF specifies the units and the axis.
     ShowRow(units, !isGltf);
     ShowRow(up, !isGltf);
     const QString kept =
@@ -218,7 +218,7 @@ QString BakeDialog::Extension() const { return format->currentData().toString();
 
 void BakeDialog::ShowOptions() {
     ShowRow(space, map->currentData() != "displacement");
-    // PNG has whole numbers only.
+    // PNG supports only integers.
     ShowRow(bits, Extension() != QLatin1String(".png"));
     GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());
     GoButton()->setToolTip(GoButton()->isEnabled()

@@ -13,12 +13,12 @@ class QButtonGroup;
 
 namespace trovik::studio {
 
-/// Asks for a shape to begin with.
+/// Asks for an initial shape.
 class NewDialog : public FormDialog {
     Q_OBJECT
 public:
     explicit NewDialog(QWidget* parent);
-    /// Nothing for the bust, which comes as a file.
+    /// Empty for the bust, which is a file.
     std::optional<Primitive> Shape() const;
     std::uint32_t Segments() const;
     int Levels() const;
@@ -32,12 +32,12 @@ private:
     QLabel* counts;
 };
 
-/// Asks how to read the numbers of a mesh file.
+/// Asks for the units and up axis of a mesh file.
 class ImportDialog : public FormDialog {
     Q_OBJECT
 public:
     ImportDialog(const QString& fileName, QWidget* parent);
-    /// Empty: as the file states.
+    /// If empty, as specified by the file.
     std::string Units() const;
     std::string Up() const;
     int Levels() const;
@@ -48,13 +48,13 @@ private:
     QSpinBox* levels;
 };
 
-/// Formats that meshes can be exported in: extension and title.
+/// Formats for exporting meshes: extension and title.
 struct ExportFormat {
     QString extension, title;
 };
 std::vector<ExportFormat> ExportFormats();
 
-/// Asks for the options of an export; the file is asked for after it.
+/// Asks for the options of an export; the file is chosen afterwards.
 class ExportDialog : public FormDialog {
     Q_OBJECT
 public:
@@ -76,7 +76,7 @@ private:
     QLabel* keeps;
 };
 
-/// Asks for the options of a map that is baked.
+/// Asks for the options of baking a map.
 class BakeDialog : public FormDialog {
     Q_OBJECT
 public:
@@ -100,7 +100,7 @@ private:
     QCheckBox* repeat;
 };
 
-/// Asks how a displacement map moves the surface.
+/// Asks for the options of applying a displacement map.
 class DisplacementDialog : public FormDialog {
     Q_OBJECT
 public:

@@ -17,16 +17,16 @@ class QSpinBox;
 
 namespace trovik::studio {
 
-/// A dialog of labelled controls with two buttons. Every control gets its label as accessible name
-/// and its tooltip. Values are read after exec returned QDialog::Accepted.
+/// A dialog of labelled controls with two buttons. The label of a control is also its accessible
+/// name. Read the values after exec has returned QDialog::Accepted.
 class FormDialog : public QDialog {
     Q_OBJECT
 public:
-    /// \param go  text of the button that accepts.
+    /// \param go  text of the accept button.
     FormDialog(const QString& title, const QString& go, QWidget* parent);
 
     using Choices = std::vector<std::pair<QString, QVariant>>;
-    /// Texts with their values.
+    /// Pairs of text and value.
     QComboBox* AddChoice(const QString& label, const QString& tip, const Choices& choices);
     QCheckBox* AddCheck(const QString& label, const QString& tip, bool isOn);
     QSpinBox* AddWhole(const QString& label, const QString& tip, int least, int most, int value);

@@ -18,7 +18,7 @@ bool StartsWord(const QString& text, qsizetype at) {
 /// The best score of the letters of `word` from `from` on in `text` from `at` on. Texts are short,
 /// so trying every start of a word and the next occurrence is enough.
 int WordScore(const QString& word, const QString& text) {
-    // A whole word of the query inside the text is better than scattered letters.
+    // A contiguous match of a query word scores higher than scattered letters.
     int best = 0;
     for (qsizetype at = text.indexOf(word); at >= 0; at = text.indexOf(word, at + 1)) {
         int score = static_cast<int>(word.size()) * (perLetter + inRun);

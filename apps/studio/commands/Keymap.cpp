@@ -41,7 +41,7 @@ QString ReadKeys(const QJsonObject& object, Keymap::Keys& keys) {
 Keymap::Keymap(ActionRegistry& registry, const QString& path, QObject* parent)
     : QObject(parent), actions(registry) {
     SetPreset(Presets().first());
-    // Only now, so that the user's file is not replaced before Load reads it.
+    // Connected only now, so that the user's file is not replaced before Load reads it.
     userPath = path;
     connect(&actions, &ActionRegistry::Added, this, [this](const QString& id) {
         const auto found = own.find(id);
@@ -180,7 +180,7 @@ QString Keymap::Write(const QString& path) const {
 }
 
 void Keymap::Store() {
-    // Nothing to store: a preset "default" without changes is what a missing file means.
+    // Nothing needs to be stored: a missing file means the preset "default" without changes.
     if (userPath.isEmpty()) return;
     if (own.empty() && preset == Presets().first() && !QFileInfo::exists(userPath)) return;
     const QString error = Write(userPath);

@@ -12,13 +12,13 @@ namespace trovik::studio {
 
 class ActionRegistry;
 
-/// The keys of a user: a preset, and the keys that differ from it. A keymap is stored as JSON:
+/// A user's key bindings: a preset, and the keys that differ from it. A keymap is stored as JSON:
 ///
 ///     {"format": "trovik-keymap", "version": 1, "preset": "default",
 ///      "keys": {"mask.clear": ["Alt+M"], "view.grid": []}}
 ///
-/// Keys are written as QKeySequence::PortableText. Ids that no action has are kept and written
-/// again, since an action may be added later.
+/// Keys are written as QKeySequence::PortableText. Unknown ids are kept and written again, because
+/// an action may be added later.
 ///
 /// Call on the UI thread only.
 class Keymap : public QObject {
@@ -26,26 +26,27 @@ class Keymap : public QObject {
 public:
     using Keys = std::map<QString, QList<QKeySequence>>;
 
-    /// Binds the preset "default". \param userPath  where Store writes; empty: Store does nothing.
+    /// Binds the preset "default". \param userPath  the file that Store writes; if empty, Store
+    /// does nothing.
     Keymap(ActionRegistry& actions, const QString& userPath, QObject* parent = nullptr);
 
     /// "default", "alt-drag" and "pen".
     static QStringList Presets();
-    /// Name of a preset as users see it, translated.
+    /// Translated display name of a preset.
     static QString PresetTitle(const QString& preset);
     const QString& Preset() const { return preset; }
-    /// Binds the keys of a preset and forgets all keys of the user's own.
+    /// Binds the keys of a preset and discards all user-defined keys.
     void SetPreset(const QString& name);
 
     /// Binds keys of one action and stores the keymap. \return the ids that lost a key.
     QStringList Bind(const QString& id, const QList<QKeySequence>& keys);
-    /// Binds the keys that the preset has for one action. \return the ids that lost a key.
+    /// Binds the preset's keys for one action. \return the ids that lost a key.
     QStringList Reset(const QString& id);
     /// Whether the keys of an action differ from those of the preset.
     bool IsChanged(const QString& id) const;
 
-    /// Reads the user's file, if it exists. \return an error in one line; the keymap is unchanged
-    /// then.
+    /// Reads the user's file, if it exists.
+    /// \return an error in one line, in which case the keymap is unchanged; empty on success.
     QString Load();
     /// \return an error that names the file; empty on success.
     QString Import(const QString& path);

@@ -246,7 +246,7 @@ void KeymapEditor::TakeKey(const QKeySequence& key) {
 }
 
 bool KeymapEditor::event(QEvent* event) {
-    // While a key is waited for, shortcuts of the application must not act on it.
+    // While the editor waits for a key, the application's shortcuts must not respond to it.
     if (event->type() == QEvent::ShortcutOverride && !capturing.isEmpty()) {
         event->accept();
         return true;
@@ -270,7 +270,7 @@ bool KeymapEditor::eventFilter(QObject* watched, QEvent* event) {
         }
         return QDialog::eventFilter(watched, event);
     }
-    // A modifier alone is taken when it is released, since it may begin a combination.
+    // A single modifier is accepted only on release, because it may begin a combination.
     const bool wantsRelease = IsModifier(pressed->key());
     if (wantsRelease != (event->type() == QEvent::KeyRelease)) return true;
     if (pressed->key() == Qt::Key_Escape) {

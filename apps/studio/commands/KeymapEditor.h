@@ -15,9 +15,9 @@ namespace trovik::studio {
 class ActionRegistry;
 class Keymap;
 
-/// Lists all actions with their keys. A click on a key waits for the next key, Backspace removes
-/// it, Escape leaves it. A key of another action is only taken after a second press, and the
-/// message names the other action.
+/// Lists all actions with their keys. After a click on a key, the editor waits for the next key;
+/// Backspace removes the key, Escape keeps it. A key that is bound to another action is only
+/// rebound after a second press; a message names the other action.
 class KeymapEditor : public QDialog {
     Q_OBJECT
 public:
@@ -27,9 +27,9 @@ public:
     void Search(const QString& text);
     /// Selects an action and waits for a key.
     void Capture(const QString& id);
-    /// What the line below the list says.
+    /// The text of the line below the list.
     QString Message() const;
-    /// The id whose key is waited for; empty if none.
+    /// The id for which the editor waits for a key; empty if there is none.
     const QString& Capturing() const { return capturing; }
 
 protected:
@@ -56,7 +56,7 @@ private:
     QLabel* message;
     QPushButton* reset;
     QString capturing;
-    /// Pressed once already, although another action has it.
+    /// A key of another action that has been pressed once.
     QKeySequence contested;
 };
 

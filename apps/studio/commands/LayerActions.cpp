@@ -36,7 +36,7 @@ std::string FreeLayerName(const DocumentState& state, const std::string& wanted)
                            state.layers.end(),
                            [&](const DocumentState::Layer& layer) { return layer.name == name; });
     };
-    // "Skin 2" continues as "Skin 3", not as "Skin 2 2".
+    // "Skin 2" is followed by "Skin 3", not by "Skin 2 2".
     std::string stem = wanted;
     const std::size_t digits = stem.find_last_not_of("0123456789");
     if (digits != std::string::npos && digits + 1 < stem.size() && stem[digits] == ' ')

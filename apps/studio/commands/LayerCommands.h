@@ -7,8 +7,8 @@
 
 namespace trovik::studio {
 
-/// A name that no layer of the current level has: `wanted`, or that with a number. Steps select
-/// layers by name, so the studio gives each its own.
+/// A name that is unique among the layers of the current level: `wanted`, with a number if
+/// necessary. Steps select layers by name, so the studio makes names unique.
 std::string FreeLayerName(const DocumentState& state, const std::string& wanted);
 
 }  // namespace trovik::studio

@@ -22,7 +22,7 @@ QString Below(QStandardPaths::StandardLocation place, const QString& name) {
 QString StudioFolders::Config() { return Below(QStandardPaths::GenericConfigLocation, {}); }
 
 QString StudioFolders::Journals() {
-    // Qt 6.4 has no name for the state folder.
+    // Qt 6.4 has no standard location for the state folder.
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
     if (state.isEmpty()) state = QDir::homePath() + QStringLiteral("/.local/state");
     return state + QStringLiteral("/trovik/journals");

@@ -19,8 +19,8 @@ struct StudioFolders {
     static QString Primitives();
 };
 
-/// The preferences of a user. Reading is cheap; each change is written to the file, and announced
-/// by Changed.
+/// A user's preferences. Reading is cheap; each change is written to the file and reported by
+/// Changed.
 ///
 /// Call on the UI thread only.
 class Preferences : public QObject {
@@ -34,19 +34,19 @@ public:
     /// "dark" or "light".
     QString Theme() const;
     void SetTheme(const QString& theme);
-    /// Size of all controls and texts, relative to the desktop's: 0.75 to 2.
+    /// Size of all controls and texts, relative to the desktop setting: 0.75 to 2.
     double UiScale() const;
     void SetUiScale(double scale);
-    /// A name of Keymap::Presets: how drags with modifiers move the camera.
+    /// A name from Keymap::Presets, which determines how drags with modifiers move the camera.
     QString Navigation() const;
     void SetNavigation(const QString& preset);
     /// MiB of undo steps kept in memory, 64 to 65536.
     int UndoBudget() const;
     void SetUndoBudget(int mebibytes);
-    /// Older undo steps go into a temporary file instead of being forgotten.
+    /// Whether older undo steps are moved to a temporary file instead of being dropped.
     bool UsesUndoFile() const;
     void SetUsesUndoFile(bool on);
-    /// "device" or "pointer": whether pen positions are those of the tablet or of the cursor.
+    /// "device" or "pointer": whether pen positions come from the tablet or from the cursor.
     QString PenPosition() const;
     void SetPenPosition(const QString& source);
     /// The eraser end of a pen: "invert" or "smooth".
@@ -55,7 +55,7 @@ public:
     /// The pen's barrel button: "pan", "orbit" or "menu".
     QString BarrelButton() const;
     void SetBarrelButton(const QString& effect);
-    /// The hint of the first start is still to be shown.
+    /// Whether the first-start hint still has to be shown.
     bool ShowsWelcome() const;
     void SetShowsWelcome(bool shows);
 
@@ -66,7 +66,7 @@ public:
     /// Stamps that were chosen, the newest first; at most 12.
     QStringList RecentStamps() const;
     void AddRecentStamp(const QString& path);
-    /// The folder that a file dialog was in last.
+    /// The most recent folder of a file dialog.
     QString LastFolder(const QString& purpose) const;
     void SetLastFolder(const QString& purpose, const QString& folder);
     /// State of windows and docks by name.

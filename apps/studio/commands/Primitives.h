@@ -9,38 +9,39 @@
 
 namespace trovik::studio {
 
-/// Shapes to begin with. All but the plane are closed, of size 2 around the origin, with y up.
+/// Initial shapes, of size 2 around the origin, with y up. All except the plane are closed.
 enum class Primitive { Sphere, Cube, Plane, Cylinder };
 
-/// Makes a primitive of quads only, with faces counterclockwise seen from outside. The sphere is a
-/// cube whose points are spread evenly over the sphere, so that it has no poles; the cylinder is
-/// closed by square grids bent to discs.
+/// Makes a primitive that consists of quads only, which are counterclockwise when seen from
+/// outside. The sphere is a cube whose points are spread evenly over the sphere, so that it has no
+/// poles; the caps of the cylinder are square grids mapped to discs.
 ///
 /// Counts, with n segments: sphere and cube 6 n^2 faces and 6 n^2 + 2 vertices; plane n^2 faces and
-/// (n + 1)^2 vertices; cylinder, whose mantle has 4 n x n faces, 6 n^2 faces and 6 n^2 + 2
-/// vertices. \param segments  n, 1 to 1024; values outside are limited to that.
+/// (n + 1)^2 vertices; cylinder, whose lateral surface has 4 n x n faces, 6 n^2 faces and 6 n^2 + 2
+/// vertices. \param segments  n, clamped to 1 to 1024.
 PolygonMesh MakePrimitive(Primitive primitive, std::uint32_t segments);
 
-/// The number of segments that gives about so many faces.
+/// The number of segments that gives about this many faces.
 std::uint32_t SegmentsFor(Primitive primitive, std::uint64_t faces);
 
-/// Faces that MakePrimitive makes.
+/// The number of faces that MakePrimitive makes.
 std::uint64_t FacesOf(Primitive primitive, std::uint32_t segments);
 
 /// English name for files: "sphere", "cube", "plane", "cylinder".
 const char* NameOf(Primitive primitive);
 
-/// Writes a primitive as OBJ into a folder, which is created if it is missing. The name of the file
-/// states its kind and number of segments; a file that exists is used as it is.
+/// Writes a primitive as OBJ into a folder, which is created if it is missing. The file name
+/// contains its kind and number of segments; an existing file is used unchanged.
 /// \return the path. \throw HostError naming the file and the reason.
 std::string WritePrimitive(Primitive primitive, std::uint32_t segments, const std::string& folder);
 
-/// Folders of the meshes that come with the program: those of the environment variable
-/// TROVIK_MESH_PATH, separated by colons, or else share/trovik/meshes of the installed tree and
-/// examples/meshes of the source tree, as far as they exist.
+/// Folders of the meshes supplied with the program: the colon-separated folders of the environment
+/// variable TROVIK_MESH_PATH, or otherwise share/trovik/meshes of the installed tree and
+/// examples/meshes of the source tree, if they exist.
 std::vector<std::string> MeshFolders();
 
-/// A mesh that comes with the program by its file name, such as "bust.obj"; empty if it is missing.
+/// The path of a mesh supplied with the program, by its file name, such as "bust.obj"; empty if it
+/// is missing.
 std::string FindShippedMesh(const std::string& fileName);
 
 }  // namespace trovik::studio

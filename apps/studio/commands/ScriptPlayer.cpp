@@ -36,7 +36,7 @@ void ResolveFiles(json& step, const QDir& folder) {
     at("/displace/file");
 }
 
-/// Fields of a script that set the work up and are steps as well, in the order in which they apply.
+/// Setup fields of a script that are also steps, in the order in which they are applied.
 constexpr const char* setupSteps[] = {"transform", "mirror", "camera"};
 
 }  // namespace
@@ -63,7 +63,7 @@ QString ScriptPlayer::Run(const QString& path) {
             if (script.contains(name)) read.push_back({{name, script[name]}});
         for (json step : script.at("steps")) {
             ResolveFiles(step, folder);
-            // A step of a comment alone does nothing.
+            // A step that contains only a comment does nothing.
             if (!(step.size() == 1 && step.contains("comment"))) read.push_back(std::move(step));
         }
     } catch (const json::exception& fault) {

@@ -12,7 +12,7 @@ namespace trovik::studio {
 class Engine;
 
 /// Runs a stroke script on the open document, or on the mesh or scene that it names, step by step.
-/// Files that the script reads are looked up in its folder. It stops at the first error, which the
+/// Files that the script reads are searched in its folder. It stops at the first error, which the
 /// engine reports.
 ///
 /// Call on the UI thread only.
@@ -21,15 +21,15 @@ class ScriptPlayer : public QObject {
 public:
     explicit ScriptPlayer(Engine& engine, QObject* parent = nullptr);
 
-    /// Starts a script. \return an error that names the file, if it cannot be read; nothing has
-    /// changed then.
+    /// Starts a script. \return an error that names the file, if it cannot be read; in that case,
+    /// nothing has changed.
     QString Run(const QString& path);
     bool IsRunning() const { return isRunning; }
     /// Stops before the next step.
     void Stop();
 
 Q_SIGNALS:
-    /// \param done  steps that were run. \param error  empty if all were run.
+    /// \param done  number of steps that were run. \param error  empty if all steps were run.
     void Finished(int done, const QString& error);
 
 private:

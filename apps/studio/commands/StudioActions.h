@@ -6,8 +6,8 @@
 namespace trovik::studio {
 
 /// \file
-/// One function per menu; each adds its actions to the registry of the context. FileActions has a
-/// header of its own, since windows use it.
+/// One function per menu; each adds its actions to the registry of the context. FileActions has its
+/// own header, because windows use it.
 
 void AddEditActions(const ActionContext& context);
 void AddViewActions(const ActionContext& context);

@@ -11,15 +11,15 @@ class QSpinBox;
 
 namespace trovik::studio {
 
-/// What more levels on top of a document would hold. Exact for quads without open borders; with
-/// borders a little less than what it will be. Estimated from counts, so that it costs nothing.
+/// The predicted size of additional levels. It is exact for quads without open borders, and
+/// slightly too small with borders. It is computed from counts only, so the cost is negligible.
 LevelForecast ForecastLevels(const DocumentState& state, int times);
 
-/// A number of bytes or elements as users read it, such as "1.25 GB" or "3.1 million".
+/// A number of bytes or elements in readable form, such as "1.25 GB" or "3.1 million".
 QString BytesText(uint64_t bytes);
 QString CountText(uint64_t count);
 
-/// Asks how many levels to add, with the faces and the memory that they need.
+/// Asks how many levels to add, and shows the number of faces and the memory that they need.
 class SubdivideDialog : public QDialog {
     Q_OBJECT
 public:

@@ -14,8 +14,8 @@ struct SymmetrySetting {
     MirrorSetting mirrors;
     bool isTopological = false;
 
-    /// Finds the setting that gives the maps of a state. A setting of several planes is preferred
-    /// to one of copies about an axis that gives the same maps.
+    /// Finds the setting that results in the maps of a state. If several settings give the same
+    /// maps, one with several planes is preferred to one with copies about an axis.
     static SymmetrySetting Of(const DocumentState& state);
     bool HasPlane(int axis) const;
     void TogglePlane(int axis);

@@ -30,7 +30,7 @@ void AddTool(const ActionContext& context, const ToolAppearance& tool) {
     context.EnableWithDocument(action);
 }
 
-/// Tools that the plug-in has beyond the known ones.
+/// Tools of the plug-in that are not in the list.
 void AddNewTools(const ActionContext& context) {
     for (const std::string& name : context.State().tools) {
         const QString tool = QString::fromStdString(name);
@@ -43,7 +43,7 @@ void Set(const ActionContext& context, const char* name, const nlohmann::json& v
     context.Run("set", {{name, value}});
 }
 
-/// Multiplies the radius, in the unit that is in use.
+/// Multiplies the radius, in its current unit.
 void ScaleRadius(const ActionContext& context, double factor) {
     const ToolSetting* pixels = context.engine.Setting("radiusPixels");
     const ToolSetting* world = context.engine.Setting("radius");

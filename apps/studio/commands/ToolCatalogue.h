@@ -12,10 +12,10 @@ namespace trovik::studio {
 struct ToolAppearance {
     /// Name in steps.
     QString name;
-    /// Icon and default key; a generic icon and no key for tools that the list does not have.
+    /// Icon and default key; a generic icon and no key for tools that are not in the list.
     QString icon;
     QKeySequence key;
-    /// What it does, in one or two sentences.
+    /// One or two sentences that describe its effect.
     QString description;
 };
 

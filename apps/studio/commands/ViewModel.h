@@ -11,8 +11,8 @@
 
 namespace trovik::studio {
 
-/// How the viewport shows the document, as actions and panels change it. The window connects it to
-/// the viewport; without one it can be used alone.
+/// The display settings of the viewport, which actions and panels change. The window connects it to
+/// the viewport; it can also be used without a viewport.
 ///
 /// Call on the UI thread only.
 class ViewModel : public QObject {
@@ -21,7 +21,7 @@ public:
     using QObject::QObject;
 
     const RenderSettings& Settings() const { return settings; }
-    /// Sends SettingsChanged if something differs.
+    /// Sends SettingsChanged if any value is different.
     void SetSettings(const RenderSettings& changed);
     bool IsOrthographic() const { return isOrthographic; }
     void SetOrthographic(bool on);
@@ -36,7 +36,7 @@ public:
     /// Shows the whole surface.
     void FrameAll() { Q_EMIT FrameRequested(); }
 
-    /// Returns the frame that is shown, in device pixels; unset without a viewport.
+    /// Returns the displayed frame, in device pixels; unset without a viewport.
     std::function<QImage()> grab;
 
     /// Seconds from a pen sample to the frame that shows it, for the panels; 0 if unknown.
@@ -58,7 +58,7 @@ private:
     double penLatency = 0.0;
 };
 
-/// The matcaps that can be chosen, in the order of menus, with the names that users see.
+/// The available matcaps, in menu order, with their display names.
 struct MatcapName {
     QString name, title;
 };

@@ -11,7 +11,7 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(VisibilityActions)
 };
 
-/// A face is chosen if all its corners are masked at least half.
+/// A face is selected if the mask weight is at least one half at all its corners.
 constexpr double maskLimit = 0.5;
 
 struct Row {

@@ -10,16 +10,16 @@
 
 namespace trovik::studio {
 
-/// The steps and strokes since a document was opened, as a stroke script that gives the same bits.
-/// Used on the engine thread only.
+/// The steps and strokes since a document was opened, as a stroke script whose result is
+/// bit-identical. Used only on the engine thread.
 class ActionLog {
 public:
     /// \param setup  the script, without steps, that opened the document.
     explicit ActionLog(nlohmann::json setup) : script(std::move(setup)) {}
 
-    /// A step that was done. Steps that only write files are left out.
+    /// Adds a step that has run. Steps that only write files are omitted.
     void AddStep(const nlohmann::json& step);
-    /// A stroke that was released, with the samples and ticks that it was given.
+    /// Adds a stroke that was released, with its samples and ticks.
     void AddStroke(const StrokeStart& start, uint64_t seed, const std::vector<PenPoint>& points);
 
     std::size_t StepCount() const { return steps.size(); }

@@ -11,7 +11,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// How often the UI thread looks whether a request has become a long one.
+/// Interval at which the UI thread checks whether a request has been running for a long time.
 constexpr int busyPollMilliseconds = 50;
 
 }  // namespace

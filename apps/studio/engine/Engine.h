@@ -14,11 +14,11 @@ namespace trovik::studio {
 
 class EngineWorker;
 
-/// The UI thread's access to the document, which lives on a thread of its own. All functions return
-/// at once; requests are carried out in order, and results arrive as signals on the UI thread.
+/// The UI thread's access to the document, which has a thread of its own. All functions return at
+/// once; requests are carried out in order, and results arrive as signals on the UI thread.
 ///
 /// Steps are those of stroke scripts, for example {"subdivide": 1} or {"layer": {"add": "Skin"}};
-/// they are the only way in which the studio changes a document, next to live strokes. Each step
+/// apart from live strokes, they are the only way in which the studio changes a document. Each step
 /// and stroke is recorded in the journal and in the list of actions (SaveActions).
 ///
 /// Call on the UI thread only.
@@ -32,14 +32,14 @@ public:
 
     // --- Documents ---
 
-    /// Opens a document instead of the present one. Ends with Opened or Failed; after Failed the
-    /// present document is still open.
+    /// Opens a document instead of the current one. Ends with Opened or Failed; after Failed, the
+    /// current document is still open.
     void Open(const OpenRequest& request);
     /// Whether a document is open.
     bool HasDocument() const { return opened != nullptr; }
-    /// The document that was opened last; only with HasDocument.
+    /// The document that was opened last. Requires HasDocument.
     const OpenedDocument& Document() const { return *opened; }
-    /// Values of preferences, as in stroke scripts, for documents that are opened from now on.
+    /// Sets the preferences, as in stroke scripts, for documents that are opened from now on.
     void SetPreferences(nlohmann::json values) { preferences = std::move(values); }
     /// Stores an entry of the application with the next save, without an undo step.
     void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
@@ -50,23 +50,24 @@ public:
 
     // --- Changes ---
 
-    /// Called on the UI thread when a step is done; `error` is empty, or one line.
+    /// Called on the UI thread when a step has finished; `error` is empty, or one line.
     using Done = std::function<void(const QString& error)>;
     /// Runs a step. Errors are reported by Failed as well. Steps that read the view (mask and
     /// visibility by box or lasso, renders) use the view of SetView at the time of this call.
     /// \param label  shown with the progress of a long step; empty: the name of the step.
     void Run(const nlohmann::json& step, const QString& label = {}, Done done = {});
-    /// The view of the viewport; cheap, may be called for each frame.
+    /// Sets the view of the viewport. It is cheap and may be called for each frame.
     void SetView(const StrokeView& view);
 
     // --- Live strokes ---
 
     void BeginStroke(const StrokeStart& start);
     void AddSamples(std::vector<PenPoint> points);
-    /// The pen rests at its last position; to be called about 60 times a second while pressed.
+    /// Reports that the pen rests at its last position. Call it about 60 times a second while the
+    /// pen is pressed.
     void Tick(double milliseconds);
     void EndStroke();
-    /// Reverts the surface to the bits of before the stroke.
+    /// Reverts the surface bit-exactly to its state before the stroke.
     void AbandonStroke();
 
     // --- Jobs ---
@@ -76,18 +77,18 @@ public:
     bool IsBusy() const { return isBusy; }
     /// Cancels the running request.
     void CancelJob();
-    /// Whether all requests so far, picks included, are carried out and their results have arrived.
-    /// Surface updates may still wait for TakeUpdates.
+    /// Whether all requests so far, including picks, have been carried out and their results have
+    /// arrived. Surface updates may still wait for TakeUpdates.
     bool IsIdle() const;
 
     // --- What panels and viewport show ---
 
-    /// Requests the surface under a pixel of the view; HoverPicked follows, when the engine is
-    /// idle. A newer request replaces one that waits.
+    /// Requests the surface point under a pixel of the view; HoverPicked follows when the engine is
+    /// idle. A newer request replaces a pending one.
     void Pick(float x, float y);
-    /// Sends the whole surface again, as after the loss of the graphics context.
+    /// Sends the whole surface again, for example after the loss of the graphics context.
     void RequestSurface();
-    /// The updates that have arrived, in order; removes them.
+    /// Returns the updates that have arrived, in order, and removes them.
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
     bool HasUpdates() const;
     /// The newest state; null before the first document.
@@ -109,16 +110,16 @@ Q_SIGNALS:
     void SettingsChanged();
     void HoverPicked(const trovik::studio::HoverHit& hit);
     void StrokeAdvanced(const trovik::studio::StrokeFigures& figures);
-    /// A job runs longer than 200 ms. \param total  0: unknown.
+    /// A job has been running for longer than 200 ms. \param total  0 if unknown.
     void JobProgressed(const QString& label, const QString& phase, quint64 done, quint64 total);
     void BusyChanged(bool busy);
     /// IsIdle has become true.
     void BecameIdle();
     /// Run was called; before the step is carried out.
     void StepRequested(const nlohmann::json& step);
-    /// A request failed; the document is as it was before, except where the message says otherwise.
+    /// A request failed; the document is unchanged unless the message says otherwise.
     void Failed(const QString& message);
-    /// A remark, a warning, or a problem that loses no work.
+    /// A note, a warning, or a problem that loses no work.
     void Noted(const QString& message);
 
 private:

@@ -11,7 +11,7 @@
 
 namespace trovik::studio {
 
-/// The progress of the request that the engine carries out. Requests that take less than 200 ms
+/// The progress of the request that the engine is carrying out. Requests that take less than 200 ms
 /// report nothing.
 ///
 /// Begin, End and Report: engine thread. Cancel and IsLong: any thread.
@@ -26,7 +26,7 @@ public:
 
     void Begin(const QString& newLabel);
     void End();
-    /// Cancels the request that is running; without effect if none is.
+    /// Cancels the running request; has no effect if there is none.
     void Cancel() { isCancelled = isRunning.load(); }
     /// Whether a request has been running for longer than 200 ms.
     bool IsLong() const;

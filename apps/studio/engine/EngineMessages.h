@@ -24,10 +24,10 @@ namespace trovik::studio {
 /// applied in the order in which they were sent.
 struct SurfaceUpdate {
     /// The division of the level into patches; the same object until the level or its topology
-    /// changes. The first update with another layout replaces the whole surface, which arrives in
-    /// several updates; patches that have not arrived yet are not drawn.
+    /// changes. The first update with another layout replaces the whole surface. Its patches arrive
+    /// in several updates; patches that have not yet arrived are not drawn.
     std::shared_ptr<const PatchLayout> layout;
-    /// The patches of this update, each once, and per patch its mesh-local box.
+    /// The patches of this update, each once, and the mesh-local box of each.
     std::vector<uint32_t> patches;
     std::vector<AxisAlignedBoundingBox> boxes;
     /// The vertices of the patches, in the order of `patches`.
@@ -36,8 +36,8 @@ struct SurfaceUpdate {
     Matrix toWorld;
     /// Mesh-local box of the visible faces of the level.
     AxisAlignedBoundingBox bounds;
-    /// Time of the newest pen sample that the update shows, on the steady clock in seconds; 0 if it
-    /// shows none.
+    /// Steady-clock time, in seconds, of the newest pen sample that the update shows; 0 if it shows
+    /// none.
     double sampleTime = 0.0;
 };
 
@@ -68,7 +68,7 @@ struct StrokeStart {
     std::string tool;
     /// Straight from press to release.
     bool isLine = false;
-    /// Length in pixels of the string of a lazy brush; negative: the tool's own setting.
+    /// Stabiliser length (lazy brush) in pixels; negative: the tool's own setting.
     float steadyPixels = -1.0f;
 };
 
@@ -81,17 +81,17 @@ struct PenPoint {
     double milliseconds = 0.0;
 };
 
-/// A document to open. Exactly one of the paths is set.
+/// A document to open. Exactly one of the paths must be set.
 struct OpenRequest {
     std::string meshPath;
     std::string scenePath;
-    /// Of a journal whose process ended before it was closed.
+    /// Path of a journal whose process ended without closing it.
     std::string journalPath;
     /// Units and up axis of a mesh, as in stroke scripts; empty: those of the file.
     std::string units, up;
     /// Levels to add to a mesh.
     int levels = 0;
-    /// Values of preferences by key, such as "Undo Budget"; the others have their defaults.
+    /// Preference values by key, such as "Undo Budget"; the others have their defaults.
     nlohmann::json preferences;
     /// Name of a new document that was made from a primitive; empty: the name of the file.
     std::string title;
@@ -102,7 +102,7 @@ struct OpenedDocument {
     std::string title;
     /// The file that it came from.
     std::string sourcePath;
-    /// The scene that saving writes to; empty if the document has none yet.
+    /// The scene file that saving writes; empty if the document has none yet.
     std::string scenePath;
     /// The journal of the document; empty if none is kept.
     std::string journalPath;
@@ -111,7 +111,7 @@ struct OpenedDocument {
     StrokeView view;
     /// Entries of the scene for applications; see ApplicationData.
     ApplicationData applicationData;
-    /// Remarks about the file, one line each.
+    /// Notes about the file, one line each.
     std::vector<std::string> notes;
     bool isRecovered = false;
 };

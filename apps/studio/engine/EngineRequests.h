@@ -8,7 +8,7 @@
 #include <vector>
 
 /// \file
-/// What the UI thread asks of the engine thread; carried out in order.
+/// Requests from the UI thread to the engine thread, carried out in order.
 namespace trovik::studio {
 
 struct StepRequest {

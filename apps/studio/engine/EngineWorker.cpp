@@ -17,9 +17,10 @@ namespace trovik::studio {
 
 namespace {
 
-/// Vertices that wait for the UI thread; more changes stay merged with the engine.
+/// Limit for packed vertices that wait for the UI thread; beyond it, changes are merged before they
+/// are packed.
 constexpr std::size_t maxWaitingBytes = std::size_t{32} << 20;
-/// Of one update, so that an opened mesh appears bit by bit.
+/// Size limit of one update, so that an opened mesh appears progressively.
 constexpr std::size_t maxUpdateBytes = std::size_t{8} << 20;
 
 /// Removes the script position (name and JSON pointer) from the start of a message.
@@ -64,7 +65,7 @@ void EngineWorker::Post(EngineRequest request) {
     {
         const std::lock_guard lock(mutex);
         ++newestRequest;
-        // All samples that wait go into the stroke at once.
+        // All waiting samples are added to the stroke at once.
         auto* samples = std::get_if<StrokeSamples>(&request);
         auto* waiting = requests.empty() ? nullptr : std::get_if<StrokeSamples>(&requests.back());
         if (samples != nullptr && waiting != nullptr) {
@@ -131,7 +132,7 @@ std::optional<EngineRequest> EngineWorker::NextRequest() {
 }
 
 void EngineWorker::Loop() {
-    // Messages of the brush to its user.
+    // Messages of the brush for the user.
     const HUDListening listening([this](const std::string& text) {
         const QString message = PlainText(QString::fromStdString(text)).c_str();
         ToUi([message](Engine& to) { Q_EMIT to.Noted(message); });
@@ -147,7 +148,7 @@ void EngineWorker::Loop() {
         SendSurface();
         SendState();
     }
-    // The last document ends with the application, in good order.
+    // The last document is closed normally when the application ends.
     Guarded([this] {
         if (session != nullptr) session->Close();
     });

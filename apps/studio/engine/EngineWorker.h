@@ -20,7 +20,7 @@ class EngineWorker {
 public:
     /// \param journalFolder  see Engine.
     EngineWorker(Engine& resultReceiver, std::string journalFolder);
-    /// Cancels the running request, drops the waiting ones, and joins the thread.
+    /// Cancels the running request, drops the pending ones, and joins the thread.
     ~EngineWorker();
     EngineWorker(const EngineWorker&) = delete;
     EngineWorker& operator=(const EngineWorker&) = delete;
@@ -30,7 +30,7 @@ public:
     void Post(EngineRequest request);
     void SetView(const StrokeView& newView);
     const StrokeView& View() const { return uiView; }
-    /// Replaces a pick that waits.
+    /// Replaces a pending pick.
     void Pick(float x, float y);
     void Cancel() { job.Cancel(); }
     bool IsLong() const { return job.IsLong(); }
@@ -65,7 +65,8 @@ private:
     void Serve(StrokeSamples& request);
     void Serve(StrokeTick& request);
     void Serve(StrokeEnd& request);
-    /// Runs work, and reports what it throws. \return the error in one line; empty for none.
+    /// Runs a function and reports its exceptions. \return the error in one line; empty if there is
+    /// none.
     template <typename Work>
     QString Guarded(Work work);
     template <typename Request>

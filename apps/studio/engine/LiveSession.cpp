@@ -14,7 +14,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Time for dabs before the surface is sent to the viewport: half a frame at 60 Hz.
+/// Time budget for dabs before the surface is sent to the viewport: half a frame at 60 Hz.
 constexpr std::chrono::milliseconds dabBudget(8);
 
 std::vector<PathSample> PathSamples(const std::vector<PenPoint>& points) {
@@ -23,7 +23,8 @@ std::vector<PathSample> PathSamples(const std::vector<PenPoint>& points) {
     for (const PenPoint& point : points) {
         PathSample sample(Vector(point.x, point.y, 0.0f), point.pressure);
         sample.tilt = {point.tiltX, point.tiltY, 0.0f};
-        // The conversion of recorded pens in stroke scripts, so that a replay has the same times.
+        // The same conversion as for recorded pens in stroke scripts, so that a replay has the same
+        // times.
         sample.time = point.milliseconds / 1000.0;
         samples.push_back(sample);
     }
@@ -50,7 +51,7 @@ bool IsSameView(const StrokeView& a, const StrokeView& b) {
            a.height == b.height;
 }
 
-/// A script without steps that opens what was requested.
+/// A script without steps that opens the requested document.
 nlohmann::json SetupOf(const OpenRequest& request) {
     nlohmann::json setup = {{"steps", nlohmann::json::array()}};
     if (!request.preferences.empty()) setup["preferences"] = request.preferences;
@@ -75,7 +76,7 @@ LiveSession::LiveSession(const OpenRequest& request,
                          const std::string& journalPath,
                          const ScriptProgress& progress)
     : runner("studio", ".", progress), journal(journalPath) {
-    // Users choose the files that they write in dialogs.
+    // Users choose output files in dialogs, so all paths are allowed.
     runner.AllowOutside(true);
     if (!journal.empty()) runner.SetJournal({.path = journal});
     const nlohmann::json setup = SetupOf(request);
@@ -188,7 +189,7 @@ void LiveSession::AddSamples(const std::vector<PenPoint>& points) {
 void LiveSession::Tick(double milliseconds) {
     Stroke([&] {
         if (strokePoints.empty() || milliseconds <= strokePoints.back().milliseconds) return;
-        // In a recording, the last sample once more at this time.
+        // Recorded as a repetition of the last sample at this time.
         PenPoint resting = strokePoints.back();
         resting.milliseconds = milliseconds;
         strokePoints.push_back(resting);
@@ -231,7 +232,8 @@ void LiveSession::AbandonStroke() {
         stroke->Abandon();
         stroke.reset();
         hasBacklog = false;
-        // The stroke leaves no trace, so that a replay of the actions counts strokes alike.
+        // The stroke is not recorded or counted, so that a replay of the actions numbers strokes
+        // identically.
         --GetDocument().Settings().strokesBegun;
     });
     SelectToolBefore();

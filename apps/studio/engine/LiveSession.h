@@ -23,7 +23,7 @@ public:
     LiveSession(const OpenRequest& request,
                 const std::string& journalPath,
                 const ScriptProgress& progress);
-    /// Ends an open stroke; the journal stays as after a crash unless Close was called.
+    /// Ends an open stroke. Unless Close was called, the journal is left as after a crash.
     ~LiveSession();
     LiveSession(const LiveSession&) = delete;
     LiveSession& operator=(const LiveSession&) = delete;
@@ -33,14 +33,15 @@ public:
     const ActionLog& Actions() const { return *actions; }
     const OpenedDocument& Opened() const { return opened; }
 
-    /// Runs a step; an open stroke is released first. \throw HostError; Cancelled.
+    /// Runs a step; an open stroke is released first.
+    /// \throw HostError; Cancelled.
     void Run(const nlohmann::json& step, const StrokeView& view);
     /// \throw HostError
     void BeginStroke(const StrokeStart& start);
-    /// Without effect if no stroke is open. \throw HostError; the stroke has ended then.
+    /// Has no effect if no stroke is open. \throw HostError; the stroke has then ended.
     void AddSamples(const std::vector<PenPoint>& points);
     void Tick(double milliseconds);
-    /// Applies dabs that AddSamples left within its time budget.
+    /// Applies dabs that AddSamples could not apply within its time budget.
     void Continue();
     void EndStroke();
     void AbandonStroke();
@@ -51,13 +52,13 @@ public:
     /// The surface under a pixel of a view.
     HoverHit Pick(const StrokeView& view, float x, float y);
 
-    /// The work ended in good order: closes and removes the journal.
+    /// Ends the work normally: closes and removes the journal.
     void Close();
 
 private:
     void ShowView(const StrokeView& view);
     void Do(const nlohmann::json& step);
-    /// Calls work() on the open stroke, if there is one. Whatever is thrown, the stroke is over.
+    /// Calls work() on the open stroke, if there is one. Any exception ends the stroke.
     template <typename Work>
     void Stroke(Work work);
     void NoteDabs(unsigned before, std::chrono::steady_clock::time_point begin);
@@ -73,13 +74,13 @@ private:
     StrokeStart strokeStart;
     uint64_t strokeSeed = 0;
     std::vector<PenPoint> strokePoints;
-    /// The tool to select again when the stroke is over; empty: it stays.
+    /// The tool to select again when the stroke ends; if empty, the tool does not change.
     std::string toolBefore;
     bool hasBacklog = false;
     StrokeFigures figures;
 };
 
-/// The image of a document that is stored next to its journal, for the recovery after a crash.
+/// The path of the document image that is stored next to the journal, for recovery after a crash.
 std::string PicturePathOf(const std::string& journalPath);
 
 }  // namespace trovik::studio

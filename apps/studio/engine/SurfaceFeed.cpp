@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Threads for packing, the engine's included.
+/// Threads for packing, including the engine thread.
 constexpr unsigned packingThreads = 2;
 
 }  // namespace
@@ -53,7 +53,7 @@ std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
     std::size_t vertices = 0;
     for (const uint32_t patch : dirty->Patches()) {
         if (vertices >= maxVertices) break;
-        // Those that were never sent follow below.
+        // Patches that have never been sent follow below.
         if (patch < nextPatch) AddPatch(*update, patch, vertices);
     }
     while (nextPatch < PatchCount() && vertices < maxVertices)

@@ -12,21 +12,20 @@
 namespace trovik::studio {
 
 /// Follows the changes of a document's surface and packs the changed patches for the viewport.
-/// Changes are merged until they are packed, so several dabs over one region cost one packing.
+/// Changes are merged until they are packed, so several dabs in one region are packed only once.
 ///
 /// Used on the engine thread only.
 class SurfaceFeed final : public DocumentObserver {
 public:
-    /// The whole surface is to be sent. Borrows the document.
+    /// Marks the whole surface to be sent. Borrows the document.
     explicit SurfaceFeed(Document& ofDocument);
     ~SurfaceFeed();
     SurfaceFeed(const SurfaceFeed&) = delete;
     SurfaceFeed& operator=(const SurfaceFeed&) = delete;
 
-    /// The whole surface is to be sent again.
+    /// Marks the whole surface to be sent again.
     void SendAll() { isLayoutCurrent = false; }
-    /// The mesh was moved in the world. The next update contains the new transform, even if no
-    /// patch has changed.
+    /// Reports a new mesh transform. The next update contains it, even if no patch has changed.
     void SendTransform() { isTransformPending = true; }
     bool HasWork() const {
         return !isLayoutCurrent || isTransformPending || nextPatch < PatchCount() ||
@@ -48,7 +47,7 @@ private:
     std::unique_ptr<DirtyPatches> dirty;
     bool isLayoutCurrent = false;
     bool isTransformPending = false;
-    /// Of the first sending of a layout: patches from this one on have not been sent yet.
+    /// While a layout is sent for the first time: patches from this one on have not been sent yet.
     uint32_t nextPatch = 0;
 };
 

@@ -15,8 +15,8 @@
 #include <vector>
 
 /// \file
-/// Events of the studio as they are recorded and played; docs/studio-events.md describes their
-/// files. Positions are logical pixels of the viewport, (0, 0) at its upper left corner.
+/// Recorded events of the studio; docs/studio-events.md describes their files. Positions are
+/// logical pixels of the viewport, (0, 0) at its upper left corner.
 namespace trovik::studio {
 
 struct PenInput {
@@ -29,7 +29,7 @@ struct PenInput {
     QPointF tilt;
     /// Degrees.
     double rotation = 0.0;
-    /// Of press and release.
+    /// The button of a press or release.
     Qt::MouseButton button = Qt::LeftButton;
     bool isEraser = false;
     bool operator==(const PenInput&) const = default;
@@ -39,7 +39,7 @@ struct MouseInput {
     Kind kind = Kind::Move;
     QPointF position;
     Qt::MouseButton button = Qt::LeftButton;
-    /// The window system made it of a pen's event.
+    /// Whether the window system synthesised it from a pen event.
     bool isFromPen = false;
     bool operator==(const MouseInput&) const = default;
 };
@@ -57,7 +57,7 @@ struct KeyInput {
     QString text;
     bool operator==(const KeyInput&) const = default;
 };
-/// The pen has rested until the time of the event.
+/// Reports that the pen has rested until the event's timestamp.
 struct TickInput {
     bool operator==(const TickInput&) const = default;
 };
@@ -75,7 +75,7 @@ struct OpenInput {
     int levels = 0;
     bool operator==(const OpenInput&) const = default;
 };
-/// World space; as Camera.
+/// World space; see Camera.
 struct CameraInput {
     Vector eye, target, up;
     float fieldOfView = 35.0f;
@@ -119,23 +119,23 @@ struct TimedInput {
 
 /// A list of events in the order in which they are played.
 struct EventFile {
-    /// For messages; empty if the events were not read from a file.
+    /// File name for messages; empty if the events were not read from a file.
     std::string path;
     /// Logical pixels.
     QSize viewport{960, 720};
-    /// Device pixels of a logical one when the events were recorded; strokes give the same bits
-    /// only where it is the same.
+    /// Device pixels per logical pixel when the events were recorded. Strokes are bit-identical
+    /// only if it is the same.
     double pixelRatio = 1.0;
     std::vector<TimedInput> events;
 };
 
 /// Reads and checks a file of at most 64 MiB.
-/// \throw HostError of one line: file, JSON pointer or line, value.
+/// \throw HostError with one line: file, JSON pointer or line, value.
 EventFile ReadEventFile(const std::string& path);
-/// The same for a text. \param name  for messages; its folder is that of relative paths.
+/// The same for a text. \param name  for messages; relative paths are relative to its folder.
 EventFile ParseEventFile(const std::string& text, const std::string& name);
 
-/// Writes a file as a whole, with one event per line. \throw HostError naming the path.
+/// Writes a complete file, with one event per line. \throw HostError naming the path.
 void WriteEventFile(const EventFile& file, const std::string& path);
 
 /// Portable name of a key without modifiers, such as "Shift", "F" or "Esc".

@@ -19,7 +19,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// How often a waiting event looks whether it can go on, if no signal says so.
+/// Interval at which a waiting event checks whether it can continue, if no signal triggers it.
 constexpr int pollMilliseconds = 4;
 /// An event that waits longer has been forgotten by the engine.
 constexpr qint64 maxWaitMilliseconds = qint64{20} * 60 * 1000;
@@ -105,7 +105,7 @@ bool EventPlayer::eventFilter(QObject* watched, QEvent* event) {
         case QEvent::TabletRelease:
             if (event->spontaneous()) return true;
             break;
-        // The pointer of the user is elsewhere than the played one.
+        // The user's pointer is not at the position of the played one.
         case QEvent::Enter:
         case QEvent::Leave:
         case QEvent::FocusOut:
@@ -165,7 +165,7 @@ bool EventPlayer::IsMotion(const TimedInput& event) const {
 }
 
 bool EventPlayer::IsReady(const TimedInput& event) const {
-    // The pick decides what the press begins.
+    // The pick determines which operation the press begins.
     if (to.input.IsWaitingForPick()) return false;
     if (pace == Pace::Timed && IsMotion(event)) {
         const qint64 due = qint64{event.time} - qint64{anchorTime};
@@ -212,7 +212,7 @@ void EventPlayer::Resize(const QSize& size) {
     const QSize change = size - to.viewport.size();
     to.viewport.setFixedSize(size);
     window.resize(window.size() + change);
-    // Strokes depend on the size of the view, which the widget learns by an event.
+    // Strokes depend on the size of the view, which the widget receives in an event.
     isResizing = true;
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     isResizing = false;

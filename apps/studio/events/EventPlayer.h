@@ -17,7 +17,8 @@ class Engine;
 class ViewportInput;
 class ViewportWidget;
 
-/// The parts of the application that events are played on; all outlive their player or recorder.
+/// The parts of the application on which events are played. All must outlive the player or
+/// recorder.
 struct EventTarget {
     Engine& engine;
     ActionRegistry& actions;
@@ -25,8 +26,9 @@ struct EventTarget {
     ViewportInput& input;
 };
 
-/// Plays recorded events in the event loop. While it plays, input of the user has no effect, apart
-/// from Escape, which stops it; pens rest for as long as the file has ticks, not by the clock.
+/// Plays recorded events in the event loop. During playback, user input has no effect except
+/// Escape, which stops it. How long a pen rests is determined by the ticks of the file, not by the
+/// clock.
 ///
 /// Call on the UI thread only.
 class EventPlayer : public QObject {
@@ -34,10 +36,11 @@ class EventPlayer : public QObject {
 public:
     enum class Pace {
         /// Each event waits until the engine has carried out everything before it, so that a file
-        /// gives the same bits on every machine. As fast as that allows.
+        /// gives bit-identical results on every machine. Otherwise, events are played as fast as
+        /// possible.
         Settled,
-        /// Motions between a press and its release come at the times of the file, whatever the
-        /// engine does; other events wait.
+        /// Motions between a press and its release are played at the times of the file, whatever
+        /// the state of the engine; other events wait.
         Timed
     };
 
@@ -45,15 +48,15 @@ public:
     ~EventPlayer() override;
 
     void SetPace(Pace newPace) { pace = newPace; }
-    /// Whether an event that fails, such as a step with an error or an action that is disabled,
-    /// ends the playback; true at first.
+    /// Whether an event that fails, such as a step with an error or a disabled action, ends the
+    /// playback. Initially true.
     void SetStopsOnError(bool on) { stopsOnError = on; }
-    /// Receives screenshots with relative paths; the working folder at first.
+    /// Folder for screenshots with relative paths; initially the working folder.
     void SetOutputFolder(const QString& folder) { outputFolder = folder; }
 
-    /// Resizes the viewport and begins to play; ends what is played now.
+    /// Resizes the viewport and starts the playback, after ending a current one.
     void Play(EventFile events);
-    /// Releases what is pressed, and ends the playback without an error.
+    /// Releases all pressed buttons and keys, and ends the playback without an error.
     void Stop();
     bool IsPlaying() const { return isPlaying; }
 
@@ -61,7 +64,7 @@ Q_SIGNALS:
     void Progressed(int done, int total);
     /// \param error  one line that names file and event; empty if all events were played.
     void Finished(const QString& error);
-    /// A remark, in one line.
+    /// A note, in one line.
     void Noted(const QString& message);
 
 protected:
@@ -74,7 +77,7 @@ private:
     bool IsReady(const TimedInput& next) const;
     bool IsMotion(const TimedInput& event) const;
     void Finish(const QString& error);
-    /// \return the reason in one line; empty on success.
+    /// \return the reason of a failure in one line; empty on success.
     QString Send(const TimedInput& event);
     void Resize(const QSize& viewport);
     QString Trigger(const QString& id);
@@ -92,13 +95,13 @@ private:
     std::size_t next = 0;
     bool isPlaying = false;
     bool isResizing = false;
-    /// Calls Advance while nothing else does.
+    /// Calls Advance when nothing else does.
     QTimer timer;
     QElapsedTimer sinceWait;
     /// Since the last event other than a motion, and the time of that event.
     QElapsedTimer sinceAnchor;
     uint32_t anchorTime = 0;
-    /// The last pointer event on the router's clock, and in the file.
+    /// Timestamp of the last pointer event, on the router's clock and in the file.
     double pointerTime = 0.0;
     uint32_t pointerFileTime = 0;
     QString failure;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t maxFileBytes = std::size_t{64} << 20;
 
-/// The fields of a type of events besides "type", "time" and "comment".
+/// The fields of an event type apart from "type", "time" and "comment".
 struct EventType {
     std::string_view name;
     std::vector<std::string_view> required;
@@ -74,7 +74,7 @@ Input ReadWheel(const FieldReader& event) {
     return WheelInput{PositionOf(event), exact.toPoint()};
 }
 
-/// Unlike a shortcut, a key may be a modifier alone.
+/// Unlike a shortcut, a key may be a single modifier.
 QKeyCombination KeyOf(const FieldReader& event) {
     const QString name = QString::fromStdString(event.At("key").Text());
     for (const int modifier : {Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_Meta})

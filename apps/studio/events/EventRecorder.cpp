@@ -101,7 +101,7 @@ uint32_t EventRecorder::Now() const { return static_cast<uint32_t>(sinceStart.el
 
 uint32_t EventRecorder::TimeOf(quint64 timestamp) {
     using std::chrono::steady_clock;
-    // As PointerRouter does: events that other programs make up have no time.
+    // As in PointerRouter: events synthesised by other programs have no timestamp.
     if (timestamp == 0)
         timestamp = static_cast<quint64>(std::chrono::duration_cast<std::chrono::milliseconds>(
                                              steady_clock::now().time_since_epoch())
@@ -143,7 +143,7 @@ bool EventRecorder::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &from.viewport) {
         RecordViewport(*event);
     } else if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
-        // Modifiers act on the viewport wherever the focus is.
+        // Modifiers affect the viewport regardless of the focus.
         const auto& key = static_cast<const QKeyEvent&>(*event);
         for (const auto& [modifier, modifierKey] : modifierKeys)
             if (key.key() == modifierKey && watched == QApplication::focusWidget()) RecordKey(key);

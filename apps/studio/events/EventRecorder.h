@@ -16,8 +16,8 @@ namespace trovik::studio {
 
 /// Records events for EventPlayer: pen, mouse, wheel and keys over the viewport with the ticks of a
 /// resting pen, the steps that panels, menus and palette run, and actions without steps. Steps that
-/// only write files and actions that open a window are left out. The camera is recorded wherever it
-/// has changed, so that strokes do not depend on how fast it was moved.
+/// only write files and actions that open a window are omitted. The camera is recorded whenever it
+/// has changed, so that strokes do not depend on the speed of its motion.
 ///
 /// Call on the UI thread only.
 class EventRecorder : public QObject {
@@ -26,24 +26,24 @@ public:
     explicit EventRecorder(const EventTarget& target, QObject* parent = nullptr);
     ~EventRecorder() override;
 
-    /// Begins a new list. It is played on the document as it is now.
+    /// Begins a new list, to be played on the current state of the document.
     void Start();
-    /// \return what was recorded.
+    /// \return the recorded events.
     EventFile Stop();
     bool IsRecording() const { return isRecording; }
     std::size_t Count() const { return file.events.size(); }
 
 Q_SIGNALS:
-    /// Another document was opened, which ends the recording; Stop returns it.
+    /// Another document was opened, which ends the recording; Stop returns the events.
     void Interrupted();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// Milliseconds in the file of a pointer event's timestamp.
+    /// Converts a pointer event's timestamp to milliseconds in the file.
     uint32_t TimeOf(quint64 timestamp);
-    /// The present time in the file.
+    /// The current time in the file.
     uint32_t Now() const;
     void Put(uint32_t time, Input input);
     void RecordViewport(QEvent& event);
@@ -52,7 +52,7 @@ private:
     void Record(const QWheelEvent& event);
     void RecordKey(const QKeyEvent& event);
     void RecordStep(const nlohmann::json& step);
-    /// Records modifier keys that another window saw.
+    /// Records modifier keys that were pressed in another window.
     void RecordModifiers(Qt::KeyboardModifiers modifiers, uint32_t time);
     /// Records the camera, if it has changed since it was last recorded.
     void RecordCamera(uint32_t time);
@@ -66,7 +66,7 @@ private:
     CameraInput camera;
     QSize size;
     Qt::KeyboardModifiers modifiers;
-    /// Buttons that are down, of the device that was used last.
+    /// Pressed buttons of the most recently used device.
     Qt::MouseButtons buttons;
     bool isPenDown = false;
     PenInput lastPen;
@@ -76,10 +76,10 @@ private:
     uint32_t baseTime = 0;
     bool hasBase = false;
     QElapsedTimer sinceStart;
-    /// Of the last pointer event, on the router's clock and in the file.
+    /// Timestamp of the last pointer event, on the router's clock and in the file.
     double pointerTime = 0.0;
     uint32_t pointerFileTime = 0;
-    /// What the running action did.
+    /// The effects of the running action.
     bool hasRunStep = false;
     bool hasOpenedWindow = false;
 };

@@ -3,7 +3,7 @@
 
 namespace trovik::studio {
 
-/// The JSON schema of event files, as docs/studio-events.schema.json has it.
+/// The JSON schema of event files, identical to docs/studio-events.schema.json.
 const char* EventFileSchema();
 
 }  // namespace trovik::studio

@@ -17,7 +17,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Numbers that no device of a window system has.
+/// IDs that no device of a window system has.
 constexpr qint64 penId = 0x7472'0001;
 constexpr qint64 eraserId = 0x7472'0002;
 constexpr int buttonCount = 3;
@@ -41,7 +41,7 @@ QInputDevice::Capabilities PenCapabilities() {
            QInputDevice::Capability::Rotation;
 }
 
-/// Qt's timestamp 0 means that an event has none.
+/// In Qt, the timestamp 0 means that an event has none.
 quint64 TimestampOf(uint32_t time) { return quint64{time} + 1; }
 
 /// \return the button of the event, and `buttons` after it.

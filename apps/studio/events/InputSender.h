@@ -11,25 +11,25 @@ namespace trovik::studio {
 
 class ActionRegistry;
 
-/// Sends pen, mouse, wheel and key events to a widget as the window system would. It holds which
-/// buttons and modifier keys are down.
+/// Sends pen, mouse, wheel and key events to a widget as the window system would. It stores which
+/// buttons and modifier keys are pressed.
 ///
 /// Call on the UI thread only.
 class InputSender {
 public:
-    /// \param actions  the keys that trigger actions.
+    /// \param actions  defines the keys that trigger actions.
     InputSender(QWidget& target, ActionRegistry& actions);
 
     /// \param time  milliseconds; becomes the timestamp.
     void Send(const PenInput& pen, uint32_t time);
     void Send(const MouseInput& mouse, uint32_t time);
     void Send(const WheelInput& wheel, uint32_t time);
-    /// The widget may take the key for itself; otherwise it triggers the action that it is bound
-    /// to, and otherwise it reaches the widget.
+    /// If the widget accepts the key's shortcut override, it receives the key. Otherwise the key
+    /// triggers the action to which it is bound or, without such an action, is sent to the widget.
     void Send(const KeyInput& key, uint32_t time);
-    /// Releases all buttons and modifier keys that are down.
+    /// Releases all pressed buttons and modifier keys.
     void ReleaseAll(uint32_t time);
-    /// Whether a button of pen or mouse is down.
+    /// Whether a pen or mouse button is pressed.
     bool IsDragging() const { return penButtons != Qt::NoButton || mouseButtons != Qt::NoButton; }
 
 private:

@@ -39,7 +39,8 @@ BrushCursor::BrushCursor(Engine& ofEngine, ViewportWidget& onViewport, QObject* 
     const auto pickAgain = [this] {
         if (position) MoveTo(*position);
     };
-    // A dab, a step or another radius may have changed what lies under a resting pointer.
+    // A dab, a step or a change of the radius may have changed the surface or the ring under a
+    // resting pointer.
     connect(&engine, &Engine::StateChanged, this, pickAgain);
     connect(&viewport, &ViewportWidget::CameraChanged, this, pickAgain);
     connect(&engine, &Engine::SettingsChanged, this, [this] { falloff = FalloffOf(engine); });
@@ -70,7 +71,8 @@ void BrushCursor::SetPreviewRadius(double pixels) {
 
 double BrushCursor::RadiusInPixels() const {
     if (!hit.isHit) return 0.0;
-    // Across the viewing direction a length has the same number of pixels whichever way it points.
+    // Perpendicular to the view direction, a length has the same number of pixels in every
+    // direction.
     const Camera& camera = viewport.View();
     const Vector side = ((camera.Target() - camera.Eye()) & camera.Up()).Normalized() * hit.radius;
     const Vector centre = camera.ToPixel(hit.position);

@@ -14,27 +14,27 @@ namespace trovik::studio {
 class Engine;
 class ViewportWidget;
 
-/// The ring on the surface that shows where the next dab would be applied, with its true radius,
-/// and the rings of mirrored dabs. The engine picks the surface when it is idle; during long jobs
-/// the ring stays where it was.
+/// The ring on the surface that shows the position and true radius of the next dab, and the rings
+/// of mirrored dabs. The engine picks the surface when it is idle; during long jobs the ring does
+/// not move.
 class BrushCursor : public QObject {
     Q_OBJECT
 public:
     BrushCursor(Engine& engine, ViewportWidget& viewport, QObject* parent);
 
-    /// The pointer is at a position, in device pixels; requests a pick.
+    /// Sets the pointer position, in device pixels, and requests a pick.
     void MoveTo(const QPointF& position);
     void Hide();
-    /// Of the rings: what the next stroke would do.
+    /// The effect of the next stroke, which determines the appearance of the rings.
     void SetColor(const QColor& color);
-    /// Shows another radius than that of the brush, in device pixels, while it is being changed;
-    /// 0 ends this.
+    /// Shows a radius other than the brush radius, in device pixels, while it is being changed; 0
+    /// ends this.
     void SetPreviewRadius(double pixels);
-    /// Where the pointer was last; nothing after Hide.
+    /// The last pointer position; empty after Hide.
     const std::optional<QPointF>& Position() const { return position; }
     /// The last result of a pick.
     const HoverHit& Hit() const { return hit; }
-    /// The last position on the surface, for orbits; nothing before the first one.
+    /// The last position on the surface, for orbits; empty before the first one.
     const std::optional<Vector>& LastOnSurface() const { return lastOnSurface; }
     /// Radius of a dab at the last hit, in device pixels; 0 if there is none.
     double RadiusInPixels() const;

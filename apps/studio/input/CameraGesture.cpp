@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// A drag of so many pixels halves or doubles the distance, per device pixel ratio.
+/// Length of a drag, in logical pixels, that halves or doubles the distance.
 constexpr double pixelsPerDoubling = 200.0;
 
 }  // namespace

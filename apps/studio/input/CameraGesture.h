@@ -12,7 +12,7 @@ class ViewportWidget;
 /// A drag that moves the camera.
 class CameraGesture final : public Gesture {
 public:
-    /// \param anchor  world: the point to orbit about, to pan with, or to zoom to.
+    /// \param anchor  the world point to orbit about, pan with, or zoom to.
     CameraGesture(ViewportWidget& viewport,
                   CameraMotion motion,
                   const Vector& anchor,

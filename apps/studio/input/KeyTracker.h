@@ -7,26 +7,27 @@
 
 namespace trovik::studio {
 
-/// The keys that are held while the application is active. Tablet events carry no modifiers on
-/// some window systems, so input reads them here.
+/// Tracks the keys that are held while the application is active. On some window systems tablet
+/// events have no modifiers, so the input code reads them from this class.
 class KeyTracker : public QObject {
     Q_OBJECT
 public:
     /// Watches all key events of the application.
     explicit KeyTracker(QObject* parent = nullptr);
 
-    /// Whether the keys of a sequence of one chord are held, and no other modifier. A sequence may
-    /// be a modifier alone, such as Shift; other modifiers may then be held as well.
+    /// Whether the keys of a single-chord sequence are held, and no other modifier. If the sequence
+    /// is only a modifier, such as Shift, other modifiers may be held as well.
     bool IsHeld(const QKeySequence& sequence) const;
     bool IsHeld(Qt::Key key) const { return keys.contains(key); }
     Qt::KeyboardModifiers Modifiers() const;
-    /// Mouse events know the modifiers also of keys that another window saw.
+    /// Updates the modifiers from a mouse event, which includes those that were pressed in another
+    /// window.
     void Synchronise(Qt::KeyboardModifiers modifiers);
-    /// No key is held, as after a change of window.
+    /// Marks all keys as released, for example after a change of window.
     void Clear();
 
 Q_SIGNALS:
-    /// Without repetitions.
+    /// Auto-repeat is ignored.
     void Pressed(int key);
     void Released(int key);
 

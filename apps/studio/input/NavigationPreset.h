@@ -18,22 +18,22 @@ struct NavigationPreset {
         Qt::MouseButton button;
         Qt::KeyboardModifiers modifiers;
         CameraMotion motion;
-        /// Only where the press is next to the surface.
+        /// Whether this applies only to presses off the surface.
         bool isBesideSurface = false;
     };
 
-    /// As Preferences::Navigation: "default", "alt-drag" or "pen".
+    /// A value of Preferences::Navigation: "default", "alt-drag" or "pen".
     QString name;
     std::vector<Drag> drags;
 
-    /// An unknown name gives "default".
+    /// An unknown name selects "default".
     static const NavigationPreset& Named(const QString& name);
 
     /// The motion of a drag. \param isOnSurface  whether the press is on the surface.
     std::optional<CameraMotion> MotionOf(Qt::MouseButton button,
                                          Qt::KeyboardModifiers modifiers,
                                          bool isOnSurface) const;
-    /// Whether a drag of this kind depends on what lies under the press.
+    /// Whether the effect of such a drag depends on whether the press is on the surface.
     bool DependsOnSurface(Qt::MouseButton button, Qt::KeyboardModifiers modifiers) const;
 };
 

@@ -13,10 +13,10 @@ struct PointerEvent {
 
     Kind kind = Kind::Move;
     Device device = Device::Mouse;
-    /// The button that was pressed or released. A pen's tip is the left button, its barrel buttons
-    /// the middle and the right one.
+    /// The button that was pressed or released. A pen's tip is the left button; its barrel buttons
+    /// are the middle and the right one.
     Qt::MouseButton button = Qt::NoButton;
-    /// All buttons that are down after the event.
+    /// All buttons that are pressed after the event.
     Qt::MouseButtons buttons;
     /// Device pixels of the viewport, with fractions.
     QPointF position;
@@ -24,9 +24,10 @@ struct PointerEvent {
     float pressure = 1.0f;
     /// As PathSample::tilt.
     float tiltX = 0.0f, tiltY = 0.0f;
-    /// Degrees about the pen's axis, where the device reports it.
+    /// Rotation about the pen's axis in degrees, if the device reports it.
     double rotation = 0.0;
-    /// Of the device; rises, also where the window system's counter wraps around.
+    /// Timestamp of the device, in milliseconds. It increases even when the window system's counter
+    /// wraps around.
     double milliseconds = 0.0;
 };
 

@@ -25,8 +25,8 @@ double SteadyMilliseconds() {
     return now.count();
 }
 
-/// Where the upper end of a pen leans, of a vector of length 1 along it. \param xTilt, yTilt
-/// degrees from upright.
+/// The direction in which the upper end of the pen leans, for a unit vector along the pen. \param
+/// xTilt, yTilt degrees from upright.
 void SetTilt(PointerEvent& event, qreal xTilt, qreal yTilt) {
     constexpr double radians = 0.017453292519943295;
     const double x = std::tan(xTilt * radians);
@@ -45,7 +45,7 @@ PointerRouter::PointerRouter(QWidget* widget) : QObject(widget), viewport(widget
 }
 
 double PointerRouter::Unwrapped(quint64 timestamp) {
-    // Events that other programs make up have no time.
+    // Events synthesised by other programs have no timestamp.
     if (timestamp == 0) return SteadyMilliseconds();
     constexpr quint64 range = quint64{1} << 32;
     if (timestamp < lastTimestamp && lastTimestamp - timestamp > range / 2) ++wraps;

@@ -13,14 +13,14 @@ class QWidget;
 
 namespace trovik::studio {
 
-/// Turns the tablet and mouse events of a widget into one stream of pointer events. Between press
-/// and release of one device the other one is ignored, and mouse events that the window system
-/// makes of a pen's are dropped, so that no stroke is drawn twice. All tablet events over the
-/// widget are accepted; otherwise Qt drops the rest of a drag.
+/// Merges the tablet and mouse events of a widget into one stream of pointer events. Between press
+/// and release of one device, the other is ignored, and mouse events that the window system
+/// synthesises from pen events are dropped, so that no stroke is drawn twice. All tablet events
+/// over the widget are accepted; otherwise Qt drops the rest of a drag.
 class PointerRouter : public QObject {
     Q_OBJECT
 public:
-    /// Where positions of pens come from: the tablet with its fractions of a pixel, or the cursor,
+    /// The source of pen positions: the tablet, which reports fractions of a pixel, or the cursor,
     /// for tablets that are mapped to a part of the screens.
     enum class PenPosition { Device, Cursor };
 
@@ -30,7 +30,7 @@ public:
 
 Q_SIGNALS:
     void Pointer(const trovik::studio::PointerEvent& event);
-    /// Every tablet event as it came, before anything is dropped; for the tablet tester.
+    /// Sent for every tablet event, before any is dropped; for the tablet tester.
     void TabletArrived(const QTabletEvent* event);
     void Left();
 
@@ -41,7 +41,7 @@ private:
     enum class Active { None, Pen, Mouse };
 
     void Route(const QTabletEvent& event);
-    /// \return whether the event was taken.
+    /// \return whether the event was accepted.
     bool Route(const QMouseEvent& event);
     void Send(PointerEvent& event);
     double Unwrapped(quint64 timestamp);
@@ -50,7 +50,7 @@ private:
     PenPosition penPosition = PenPosition::Device;
     Active active = Active::None;
     Qt::MouseButtons penButtons;
-    /// Of the window system's counter of 32 bits.
+    /// State of the window system's 32-bit counter.
     quint64 lastTimestamp = 0;
     quint64 wraps = 0;
 };

@@ -10,9 +10,9 @@ namespace trovik::studio {
 
 namespace {
 
-/// Corners of a lasso are so many pixels apart at least.
+/// Minimum distance between lasso corners, in pixels.
 constexpr double minStep = 3.0;
-/// A smaller selection is a click by accident.
+/// A smaller selection is treated as an accidental click.
 constexpr double minExtent = 3.0;
 
 }  // namespace

@@ -12,11 +12,11 @@ namespace trovik::studio {
 
 class ViewportWidget;
 
-/// A box or a lasso that is drawn over the viewport.
+/// Draws a box or lasso over the viewport.
 class SelectionGesture final : public Gesture {
 public:
     enum class Shape { Box, Lasso };
-    /// Receives the corners in device pixels: of a box its upper left and lower right one.
+    /// Receives the corners in device pixels; for a box, the upper left and the lower right corner.
     using Done = std::function<void(Shape shape, const std::vector<QPointF>& points)>;
 
     SelectionGesture(ViewportWidget& viewport, Shape shape, Done done, const PointerEvent& press);

@@ -10,7 +10,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// A pen that has reported nothing for so long rests.
+/// A pen that has reported nothing for this time is at rest.
 constexpr qint64 restMilliseconds = 16;
 
 }  // namespace
@@ -26,7 +26,7 @@ StrokeGesture::StrokeGesture(Engine& ofEngine,
 }
 
 void StrokeGesture::Add(const PointerEvent& event) {
-    // Times that fall, as some drivers report them, are for the stroke's filter.
+    // Decreasing times, which some drivers report, are passed on to the stroke's filter.
     const double time = std::max(0.0, event.milliseconds - pressTime);
     newestTime = std::max(newestTime, time);
     engine.AddSamples({{static_cast<float>(event.position.x()),

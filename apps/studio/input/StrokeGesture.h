@@ -11,7 +11,7 @@ namespace trovik::studio {
 class Engine;
 class ViewportWidget;
 
-/// A live stroke. Every sample reaches the engine; while the pen rests, ticks do.
+/// A live stroke. Every sample is sent to the engine; while the pen rests, ticks are sent.
 class StrokeGesture final : public Gesture {
 public:
     /// Begins the stroke with the press.
@@ -33,7 +33,7 @@ private:
     Engine& engine;
     ViewportWidget& viewport;
     double pressTime;
-    /// Milliseconds since the press of the newest sample or tick.
+    /// Time of the newest sample or tick, in milliseconds since the press.
     double newestTime = 0.0;
     QElapsedTimer sinceSample;
 };

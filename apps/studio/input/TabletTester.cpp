@@ -21,7 +21,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Lines of the log that are kept.
+/// Number of log lines that are kept.
 constexpr int maxLogLines = 500;
 /// A larger distance between pen and cursor makes strokes appear next to the pen.
 constexpr double maxOffset = 20.0;

@@ -16,16 +16,15 @@ namespace trovik::studio {
 
 class PointerRouter;
 
-/// Shows what a tablet sends: rate and jitter of its samples, pressure, tilt, rotation, buttons and
-/// timestamps, both on its own test area and on the viewport. The report can be copied for a bug
-/// report.
+/// Displays tablet data: sample rate and jitter, pressure, tilt, rotation, buttons and timestamps,
+/// both on its own test area and on the viewport. The report can be copied for a bug report.
 class TabletTester : public QDialog {
     Q_OBJECT
 public:
     /// \param viewportRouter  its events are shown as well. Borrowed; outlives the dialog.
     explicit TabletTester(const PointerRouter& viewportRouter, QWidget* parent = nullptr);
 
-    /// What has been measured so far, several lines.
+    /// The measurements so far, in several lines.
     QString Report() const;
 
 private:

@@ -11,7 +11,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Where the pointer is not over the surface, a drag of so many pixels doubles the radius.
+/// If the pointer is not over the surface, a drag of this many pixels doubles the radius.
 constexpr double pixelsPerDoubling = 120.0;
 constexpr double percentPerPixel = 0.25;
 constexpr double minPixels = 1.0;

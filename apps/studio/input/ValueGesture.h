@@ -18,7 +18,7 @@ class ValueGesture final : public Gesture {
 public:
     enum class Value { Radius, Strength };
 
-    /// \param pixelRatio  device pixels of a logical one.
+    /// \param pixelRatio  device pixels per logical pixel.
     ValueGesture(Engine& engine,
                  BrushCursor& cursor,
                  Value value,

@@ -63,7 +63,7 @@ ViewportInput::ViewportInput(Engine& ofEngine, ActionRegistry& registry, Viewpor
             hit.y == static_cast<float>(press.position.y()))
             PressKnown(press, hit.isHit);
     });
-    // A busy engine picks nothing; the camera stays usable meanwhile.
+    // A busy engine does not pick; the camera remains usable.
     connect(&engine, &Engine::BusyChanged, this, [this](bool isBusy) {
         if (isBusy && !pending.empty()) PressKnown(pending.front(), false);
     });
@@ -128,7 +128,7 @@ void ViewportInput::Handle(const PointerEvent& event) {
 void ViewportInput::Press(const PointerEvent& event) {
     viewport.setFocus(Qt::MouseFocusReason);
     if (gesture != nullptr) {
-        // A click ends what goes on without a button; the right one abandons it.
+        // A click ends a gesture that continues without a pressed button; a right click cancels it.
         if (gesture->GoesOnWithoutButton()) End(event.button == Qt::LeftButton);
         return;
     }
@@ -268,7 +268,7 @@ void ViewportInput::KeyPressed(int key) {
     }
 }
 
-// Hold, drag and let go; or tap the key, move, and click.
+// Hold the key, drag and release; or tap the key, move and click.
 void ViewportInput::KeyReleased(int key) {
     const Nesting nesting(handlingDepth);
     ShowRingColor();
@@ -277,7 +277,7 @@ void ViewportInput::KeyReleased(int key) {
 
 bool ViewportInput::TypeNumber(const QKeyEvent& event) {
     if (valueGesture == nullptr || !valueGesture->Type(event.key(), event.text())) return false;
-    // A typed number is confirmed by a key, not by letting go of the one that began this.
+    // A typed number is confirmed by a key, not by releasing the key that began the gesture.
     gestureKey = 0;
     ShowHud();
     return true;

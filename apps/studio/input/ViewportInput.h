@@ -27,8 +27,8 @@ class BrushCursor;
 class Engine;
 class ViewportWidget;
 
-/// Decides what pointer and keys do over the viewport: sculpt, move the camera, change a value,
-/// select. It owns the objects that read them.
+/// Maps pointer and key input over the viewport to operations: sculpting, moving the camera,
+/// changing a value, selecting. It owns the objects that read the input.
 class ViewportInput : public QObject {
     Q_OBJECT
 public:
@@ -38,7 +38,7 @@ public:
     void SetNavigation(const NavigationPreset& preset) { navigation = &preset; }
     /// What the eraser end of a pen does.
     void SetEraser(BrushOperation::Modifier modifier) { eraser = modifier; }
-    /// What dragging with a pen's barrel button does; nothing: the menu opens.
+    /// The effect of dragging with a pen's barrel button; if empty, the menu opens.
     void SetBarrel(std::optional<CameraMotion> motion) { barrel = motion; }
     PointerRouter& Router() { return router; }
     BrushCursor& Cursor() { return *cursor; }
@@ -46,19 +46,19 @@ public:
     /// The next drag selects by a box or lasso instead of sculpting. Escape or another tool ends
     /// this.
     void SelectNext(SelectionGesture::Shape shape, SelectionGesture::Done done);
-    /// Ends what is active: strokes are released.
+    /// Ends the active gesture; a stroke is released.
     void FinishGesture();
     bool HasGesture() const { return gesture != nullptr; }
 
     // --- Recorded events ---
 
-    /// Whether the meaning of a press depends on a pick that is not complete.
+    /// Whether the effect of a press depends on a pick that is not complete.
     bool IsWaitingForPick() const { return !pending.empty(); }
-    /// Whether an event is being handled, so that steps that are run now are effects of it.
+    /// Whether an event is being handled; steps that are run during this time are its effects.
     bool IsHandling() const { return handlingDepth > 0; }
-    /// Whether a timer measures how long the pen rests. Without it, PlayTick does.
+    /// Whether a timer generates the ticks of a resting pen. Otherwise, PlayTick supplies them.
     void SetTimerOn(bool on) { isTimerOn = on; }
-    /// \param milliseconds  on the clock of pointer events, as of Ticked.
+    /// \param milliseconds  on the clock of pointer events, as for Ticked.
     void PlayTick(double milliseconds);
 
 Q_SIGNALS:
@@ -70,7 +70,8 @@ Q_SIGNALS:
     void Refused(const QString& reason);
     /// A drag of the camera, a stroke or another gesture began or ended.
     void GestureChanged(bool isActive);
-    /// The timer changed what a gesture does. \param milliseconds  on the clock of pointer events.
+    /// A tick of the timer affected a gesture.
+    /// \param milliseconds  on the clock of pointer events.
     void Ticked(double milliseconds);
 
 protected:
@@ -81,7 +82,7 @@ private:
     void Press(const PointerEvent& event);
     void Begin(std::unique_ptr<Gesture> next, Qt::MouseButton button);
     void End(bool isFinished);
-    /// Decides by whether the press is on the surface.
+    /// Begins the operation that depends on whether the press is on the surface.
     void PressKnown(const PointerEvent& press, bool isOnSurface);
     void BeginStroke(const PointerEvent& press);
     std::optional<CameraMotion> HeldMotion() const;
@@ -114,7 +115,7 @@ private:
     /// A held key that began the gesture; 0: none.
     int gestureKey = 0;
     ValueGesture* valueGesture = nullptr;
-    /// A press whose meaning depends on a pick that is not complete, and the events since.
+    /// A press whose effect depends on a pick that is not complete, and the events since.
     std::vector<PointerEvent> pending;
     struct Selection {
         SelectionGesture::Shape shape;

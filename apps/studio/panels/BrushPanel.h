@@ -16,7 +16,7 @@ class Section;
 class SettingControl;
 class SettingList;
 
-/// All settings that the active tool has, in groups.
+/// All settings of the active tool, in groups.
 class BrushPanel : public QScrollArea {
     Q_OBJECT
 public:

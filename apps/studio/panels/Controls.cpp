@@ -17,7 +17,7 @@ void ReturnFocus(QWidget* from) {
     for (QWidget* widget = from; widget != nullptr; widget = widget->parentWidget()) {
         auto* window = qobject_cast<QMainWindow*>(widget);
         if (window == nullptr || window->centralWidget() == nullptr) continue;
-        // A floating dock is a window of its own.
+        // A floating dock is a separate window.
         if (from->window() != window) window->activateWindow();
         window->centralWidget()->setFocus();
         return;
@@ -72,7 +72,7 @@ PanelCheck::PanelCheck(const QString& label, const QString& tip, QWidget* parent
     setFocusPolicy(Qt::NoFocus);
     setAccessibleName(label);
     setToolTip(tip);
-    // Without a label only the box.
+    // Without a label, only the box is shown.
     setSizePolicy(label.isEmpty() ? QSizePolicy::Fixed : QSizePolicy::Ignored, QSizePolicy::Fixed);
     setFixedHeight(fontMetrics().height() + 8);
     if (label.isEmpty()) setFixedWidth(fontMetrics().height() + 4);

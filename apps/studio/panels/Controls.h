@@ -11,13 +11,13 @@ class QVBoxLayout;
 namespace trovik::studio {
 
 /// \file
-/// Controls of panels. They never take the key focus, so that letter keys always reach the actions
-/// of the window; only line edits take it, and return it by ReturnFocus.
+/// Controls of panels. They never take the keyboard focus, so that letter keys always reach the
+/// actions of the window. Only line edits take it, and return it by ReturnFocus.
 
-/// Gives the key focus to the central widget of the main window that a widget belongs to.
+/// Gives the keyboard focus to the central widget of the main window that contains a widget.
 void ReturnFocus(QWidget* from);
 
-/// A combo box that ignores the wheel, since panels scroll under the pointer.
+/// A combo box that ignores the wheel, because panels scroll under the pointer.
 class PanelCombo : public QComboBox {
     Q_OBJECT
 public:
@@ -50,7 +50,7 @@ class Section : public QWidget {
     Q_OBJECT
 public:
     Section(const QString& title, QWidget* parent, bool isOpen = true);
-    /// Where the contents go.
+    /// The layout for the contents.
     QVBoxLayout* Body() const { return layout; }
     bool IsOpen() const;
     void SetOpen(bool open);
@@ -63,7 +63,7 @@ private:
 
 /// A layout with the margins and spacing of panels.
 QVBoxLayout* MakePanelLayout(QWidget* panel);
-/// A faint text that may wrap.
+/// A dimmed text that may wrap.
 QLabel* MakeHint(const QString& text, QWidget* parent);
 
 }  // namespace trovik::studio

@@ -13,7 +13,7 @@ namespace trovik::studio {
 namespace {
 
 constexpr double grabDistance = 10.0;
-/// Least distance of two points along the axis.
+/// Minimum distance between two points along the axis.
 constexpr float pointGap = 0.01f;
 constexpr int gridLines = 4;
 
@@ -148,7 +148,7 @@ void CurveEditor::mouseMoveEvent(QMouseEvent* event) {
     }
     const auto at = static_cast<std::size_t>(dragged);
     PressureCurve::Point moved = PointOf(event->position());
-    // Points stay in their order; the ends stay at the ends of the axis.
+    // Points keep their order, and the end points stay at the ends of the axis.
     if (at == 0)
         moved.pressure = points[0].pressure;
     else if (at + 1 == points.size())
@@ -176,7 +176,7 @@ void CurveEditor::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto after = std::find_if(points.begin(), points.end(), [&](const auto& point) {
         return point.pressure > added.pressure;
     });
-    // No room between two points, or beyond the ends.
+    // There is no room between the two points, or the position is beyond the ends.
     if (after == points.begin() || after == points.end() ||
         after->pressure - added.pressure < pointGap ||
         added.pressure - std::prev(after)->pressure < pointGap)

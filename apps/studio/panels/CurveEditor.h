@@ -9,9 +9,9 @@
 
 namespace trovik::studio {
 
-/// Shows and edits a curve from 0 to 1 by its points, for falloffs and pressures. A drag moves a
-/// point, a double click adds one, a right click removes one. The curve between the points is that
-/// of PressureCurve, which the engine evaluates as well.
+/// Shows and edits the control points of a curve from 0 to 1, for falloffs and pressure. A drag
+/// moves a point, a double click adds one, a right click removes one. Between the points, the curve
+/// is that of PressureCurve, which the engine uses as well.
 class CurveEditor : public QWidget {
     Q_OBJECT
 public:
@@ -22,11 +22,11 @@ public:
     const Points& Value() const { return points; }
     /// Shows a curve of at least two points with ascending pressures. Ignored during a drag.
     void SetValue(const Points& shown);
-    /// Texts at the left and right end of the horizontal axis.
+    /// Labels at the left and right ends of the horizontal axis.
     void SetAxis(const QString& left, const QString& right);
-    /// The curve's values at `count` places from 0 to 1.
+    /// The curve's values at `count` positions from 0 to 1.
     std::vector<float> Samples(std::size_t count) const;
-    /// Where a point of the curve is on the widget.
+    /// The widget position of a curve point.
     QPointF PlaceOf(const PressureCurve::Point& point) const;
 
     QSize sizeHint() const override;

@@ -138,7 +138,7 @@ void FalloffControl::Show(const ToolSetting& setting) {
             names->findData(QString::fromStdString(setting.value.get<std::string>())));
     } else if (setting.value.is_array() && !setting.value.empty()) {
         names->setCurrentIndex(-1);
-        // The editor has the points of a curve that it sent itself.
+        // The editor already has the points of a curve that it sent.
         if (!sent.empty()) return;
         const std::size_t last = setting.value.size() - 1;
         for (const float x : sampledAt) {

@@ -23,11 +23,11 @@ private:
     CurveEditor* editor;
 };
 
-/// The falloff: a curve of the table, or one of the user's own, which is sent as samples.
+/// The falloff: a curve of the table, or a user-defined curve, which is sent as samples.
 class FalloffControl : public SettingControl {
     Q_OBJECT
 public:
-    /// Samples of a curve of the user's own.
+    /// Samples of a user-defined curve.
     static constexpr std::size_t sampleCount = 65;
 
     FalloffControl(Engine& engine, const ToolSetting& setting, QWidget* parent);
@@ -35,7 +35,7 @@ public:
     CurveEditor& Editor() { return *editor; }
 
 private:
-    /// As sent last, to recognise a curve whose points the editor has.
+    /// The samples sent last, to recognise a curve whose points the editor already has.
     std::vector<float> sent;
     PanelCombo* names;
     CurveEditor* editor;

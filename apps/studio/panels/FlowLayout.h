@@ -29,7 +29,7 @@ public:
     }
 
 private:
-    /// \return the height that is needed.
+    /// \return the required height.
     int Place(const QRect& area, bool moves) const;
 
     QList<QLayoutItem*> items;

@@ -22,7 +22,7 @@ namespace {
 constexpr int positionRole = Qt::UserRole, bytesRole = Qt::UserRole + 1,
               doneRole = Qt::UserRole + 2;
 
-/// Label at the left, bytes at the right; steps that can be redone are faint.
+/// Label on the left, size on the right; steps that can be redone are dimmed.
 class StepRow : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;

@@ -11,13 +11,13 @@ namespace trovik::studio {
 class ActionRegistry;
 class Engine;
 
-/// The undo steps with their bytes, the newest first. A click undoes or redoes up to a step.
+/// The undo steps with their sizes in bytes, newest first. A click undoes or redoes up to a step.
 class HistoryPanel : public QWidget {
     Q_OBJECT
 public:
     HistoryPanel(Engine& engine, ActionRegistry& actions, QWidget* parent = nullptr);
 
-    /// Undoes or redoes until `position` steps are done.
+    /// Undoes or redoes steps until `position` of them are applied.
     void JumpTo(std::size_t position);
 
 private:

@@ -12,7 +12,7 @@ namespace trovik::studio {
 
 class ValueSlider;
 
-/// One layer: record target, name with strength, eye, lock, and a grip to drag it by.
+/// One layer: record button, name with strength, visibility, lock, and a drag handle.
 class LayerRow : public QWidget {
     Q_OBJECT
 public:
@@ -20,17 +20,17 @@ public:
 
     void Show(const DocumentState::Layer& layer);
     const DocumentState::Layer& Layer() const { return layer; }
-    /// Opens the entry for a name.
+    /// Opens the line edit for the name.
     void BeginRename();
 
 Q_SIGNALS:
-    /// Strokes are to record into this layer, or into none if it is active already.
+    /// Sent to record strokes into this layer, or into no layer if this one is already active.
     void TargetClicked();
     void VisibleClicked(bool visible);
     void WritableClicked(bool writable);
     void StrengthEdited(double strength);
     void Renamed(const QString& name);
-    /// The grip is dragged. \param y  in the coordinates of the parent.
+    /// The drag handle is moved. \param y  in the parent's coordinates.
     void GripMoved(int y);
     void GripReleased();
 

@@ -22,7 +22,7 @@ using nlohmann::json;
 
 }  // namespace
 
-/// Marks where a dragged layer would go.
+/// Marks the position at which a dragged layer would be inserted.
 class LayersPanel::DropLine : public QFrame {
 public:
     explicit DropLine(QWidget* parent) : QFrame(parent) {
@@ -128,7 +128,7 @@ void LayersPanel::Drop() {
     if (row == nullptr) return;
     const auto from =
         static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin());
-    // Without the dragged row those below it move up by one.
+    // Without the dragged row, the rows below it move up by one.
     const std::size_t to = dropAt > from ? dropAt - 1 : dropAt;
     if (to == from) return;
     Change(row, "order", static_cast<int>(rows.size() - 1 - to));

@@ -20,7 +20,7 @@ class LayersPanel : public QWidget {
 public:
     explicit LayersPanel(const ActionContext& context, QWidget* parent = nullptr);
 
-    /// Opens the entry for the name of the active layer.
+    /// Opens the line edit for the name of the active layer.
     void RenameActive();
     const std::vector<LayerRow*>& Rows() const { return rows; }
 
@@ -39,7 +39,7 @@ private:
     /// The highest layer first.
     std::vector<LayerRow*> rows;
     LayerRow* draggedRow = nullptr;
-    /// Where the dragged layer would go: before this row; the number of rows for the end.
+    /// The row before which the dragged layer would be inserted; the number of rows means the end.
     std::size_t dropAt = 0;
 };
 

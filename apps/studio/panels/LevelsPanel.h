@@ -11,7 +11,7 @@ class ActionRegistry;
 class Engine;
 class ValueSlider;
 
-/// The levels of the document: the current one, their counts, and what can be done with them.
+/// The levels of the document: the current one, their counts, and their actions.
 class LevelsPanel : public QWidget {
     Q_OBJECT
 public:

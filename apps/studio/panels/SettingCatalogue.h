@@ -10,29 +10,30 @@ namespace trovik::studio {
 
 enum class SettingGroup { Brush, Pressure, Stroke, Stamp, Advanced };
 
-/// How a setting of a tool is shown. The control follows from its range; see SettingControl.
+/// The presentation of a tool setting. Its range determines the control; see SettingControl.
 struct SettingAppearance {
     QString label, description;
     SettingGroup group = SettingGroup::Advanced;
-    /// Values that a drag reaches; equal ones: those of the range.
+    /// Limits of a drag; if they are equal, the limits of the range are used.
     double softLeast = 0.0, softMost = 0.0;
     bool isLogarithmic = false;
-    /// The shown number is the setting's multiplied by this, in `unit`.
+    /// The displayed number is the value of the setting multiplied by this factor, in `unit`.
     double factor = 1.0;
     QString unit;
-    /// Name of a boolean setting without which this one has no effect; empty: none.
+    /// Name of a boolean setting that must be on for this one to have an effect; empty if there is
+    /// none.
     QString dependsOn;
-    /// Value that switches on an optional number which has none yet.
+    /// Initial value of an optional number when it is switched on.
     double firstValue = 0.0;
 };
 
-/// Of any setting; those that the catalogue does not have get a label from their name, and the
-/// group Advanced.
+/// The presentation of any setting. Those that are not in the catalogue get a label derived from
+/// their name and belong to the group Advanced.
 SettingAppearance AppearanceOf(const ToolSetting& setting);
 
 /// Title of a group, translated.
 QString TitleOf(SettingGroup group);
-/// A value of an enumeration as users read it, such as "Surface normal" for "surfaceNormal".
+/// Display name of an enumeration value, such as "Surface normal" for "surfaceNormal".
 QString ChoiceText(const QString& value);
 /// Limits of the slider of a numeric setting.
 ValueSlider::Range SliderRange(const ToolSetting& setting, const SettingAppearance& appearance);

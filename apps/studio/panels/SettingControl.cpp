@@ -68,7 +68,7 @@ private:
     PanelCombo* box;
 };
 
-/// A number; with a switch if it may be off: false, or null.
+/// A number, with a switch if it may be off (false or null).
 class NumberControl : public SettingControl {
 public:
     NumberControl(Engine& given, const ToolSetting& setting, QWidget* parent, bool isOptional)
@@ -101,7 +101,7 @@ public:
     }
 
 private:
-    /// A drag reaches from details to half of the document's size.
+    /// A drag covers the range from small details to half of the document's size.
     void FitRadius() {
         if (!engine.HasDocument()) return;
         const AxisAlignedBoundingBox& box = engine.Document().bounds;

@@ -15,8 +15,8 @@ namespace trovik::studio {
 class Engine;
 
 /// The control of one setting of the active tool, chosen by its range: a switch, a list, a slider,
-/// a slider with a switch for numbers that may be off, a curve. It sends the step "set" when the
-/// user changes it.
+/// a slider with a switch for optional numbers, or a curve. It sends the step "set" when the user
+/// changes it.
 class SettingControl : public QWidget {
     Q_OBJECT
 public:
@@ -37,7 +37,7 @@ protected:
 };
 
 /// The controls of some groups of settings, one below the other. Settings that the active tool does
-/// not have are hidden; those that have no effect now are disabled.
+/// not have are hidden; those that currently have no effect are disabled.
 class SettingList : public QWidget {
     Q_OBJECT
 public:

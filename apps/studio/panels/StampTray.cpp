@@ -32,7 +32,7 @@ namespace trovik::studio {
 namespace {
 
 constexpr int tileSide = 56;
-/// Larger images are not read for a thumbnail.
+/// Size limit for thumbnails; larger images are not read.
 constexpr std::size_t maxThumbnailBytes = std::size_t{1} << 28;
 const QStringList imageFilters{"*.tif", "*.tiff", "*.png", "*.exr", "*.jpg", "*.jpeg"};
 
@@ -50,7 +50,7 @@ QImage StampThumbnail(const QString& path, int side) {
         return {};
     }
     if (read.width == 0 || read.height == 0) return {};
-    // Of a vector displacement map the second channel is the height.
+    // In a vector displacement map, the second channel is the height.
     const std::uint32_t channel =
         IsVectorStampName(QFileInfo(path).fileName().toStdString()) && read.channels > 1 ? 1 : 0;
     const double longer = std::max(read.width, read.height);
@@ -61,7 +61,7 @@ QImage StampThumbnail(const QString& path, int side) {
     std::vector<float> values(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            // The mean of the pixels below the thumbnail's.
+            // The mean of the image pixels that a thumbnail pixel covers.
             const auto left =
                 static_cast<std::uint32_t>(x) * read.width / static_cast<std::uint32_t>(width);
             const auto top =

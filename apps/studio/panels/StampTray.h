@@ -15,19 +15,20 @@ class FlowLayout;
 class Preferences;
 class SettingList;
 
-/// Reads a stamp image and shrinks it to a grey or coloured thumbnail, its values stretched to the
-/// full range. May be called on any thread. \return a null image for a file that cannot be read.
+/// Reads a stamp image and scales it down to a grey or coloured thumbnail, with its values
+/// stretched to the full range. May be called on any thread. \return a null image if the file
+/// cannot be read.
 QImage StampThumbnail(const QString& path, int side);
 
-/// Thumbnails of the stamps: those that were used lately, then those of the stamp folders. A click
-/// selects one for the active tool; an image that is dropped is selected and remembered. Below them
-/// are the stamp settings of the tool. Images are read on other threads.
+/// Thumbnails of the stamps: first those that were used recently, then those of the stamp folders.
+/// A click selects one for the active tool; a dropped image is selected and remembered. The tool's
+/// stamp settings are below the thumbnails. Images are read on other threads.
 class StampTray : public QWidget {
     Q_OBJECT
 public:
     StampTray(Engine& engine, Preferences& preferences, QWidget* parent = nullptr);
 
-    /// Paths of the stamps that are shown.
+    /// Paths of the displayed stamps.
     QStringList Shown() const;
     /// Selects a stamp for the active tool and remembers it.
     void Choose(const QString& path);

@@ -29,7 +29,8 @@ void ToolShelf::Refresh() {
     if (engine.State())
         for (const std::string& name : engine.State()->tools)
             tools.append(QString::fromStdString(name));
-    // Before the first document the known ones, disabled, so that the window does not jump.
+    // Before the first document is opened, the known tools are shown disabled, so that the layout
+    // does not change later.
     if (tools.isEmpty())
         for (const ToolAppearance& tool : KnownTools()) tools.append(tool.name);
     if (tools == shown) return;

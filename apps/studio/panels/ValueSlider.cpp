@@ -18,7 +18,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Pixels that a press may move and still be a click.
+/// Distance in pixels within which a press is still a click.
 constexpr double clickSlop = 3.0;
 constexpr double fineFactor = 0.1;
 constexpr double corner = 3.0;
@@ -58,7 +58,7 @@ double ValueSlider::ValueAt(double fraction) const {
     const double least = SoftLeast(), most = SoftMost();
     const double at = range.isLogarithmic && least > 0.0 ? least * std::pow(most / least, fraction)
                                                          : least + (most - least) * fraction;
-    // Values of a drag are round: three significant digits.
+    // A drag rounds values to three significant digits.
     const double step = std::pow(10.0, std::floor(std::log10(std::max(std::abs(at), 1e-12))) - 2);
     return Limited(std::round(at / step) * step);
 }
@@ -116,7 +116,7 @@ void ValueSlider::paintEvent(QPaintEvent*) {
     painter.setClipPath(shape);
     QColor fill = palette().color(QPalette::Highlight);
     fill.setAlphaF(underMouse() || isDragging ? 0.62f : 0.48f);
-    // A range on both sides of 0 is filled from there.
+    // If the range includes values on both sides of 0, the bar is filled from 0.
     const double from = SoftLeast() < 0.0 && SoftMost() > 0.0 ? FractionOf(0.0) : 0.0;
     const double to = FractionOf(value);
     painter.fillRect(QRectF(area.x() + area.width() * std::min(from, to),

@@ -8,20 +8,21 @@ class QLineEdit;
 
 namespace trovik::studio {
 
-/// A slider that shows name and value in itself. A drag changes the value, with Shift ten times as
-/// finely; a click opens an entry for a number, which Return accepts and Escape closes. After both
-/// the key focus is back at the viewport. The wheel does nothing, since panels scroll.
+/// A slider that displays its name and value. A drag changes the value; with Shift, it changes ten
+/// times more slowly. A click opens a line edit for a number, which Return accepts and Escape
+/// cancels; both return the keyboard focus to the viewport. The wheel has no effect, because panels
+/// scroll.
 class ValueSlider : public QWidget {
     Q_OBJECT
 public:
     struct Range {
         /// Values that can be typed.
         double least = 0.0, most = 1.0;
-        /// Values that a drag reaches; equal ones: those that can be typed.
+        /// Limits of a drag; if they are equal, the limits for typed values are used.
         double softLeast = 0.0, softMost = 0.0;
         bool isLogarithmic = false;
         bool isWhole = false;
-        /// Behind the point; fewer are shown for large values.
+        /// Number of decimals; fewer are shown for large values.
         int decimals = 2;
         QString unit;
     };
@@ -29,14 +30,14 @@ public:
     ValueSlider(const QString& name, const QString& tip, QWidget* parent);
 
     double Value() const { return value; }
-    /// Shows a value, which is limited to the range, without a signal. Ignored during a drag.
+    /// Shows a value, clamped to the range, without a signal. Ignored during a drag.
     void SetValue(double shown);
     const Range& Limits() const { return range; }
     void SetRange(const Range& changed);
     const QString& Name() const { return name; }
     void SetName(const QString& shown);
     QString ValueText() const;
-    /// Opens the entry for a number.
+    /// Opens the line edit for a number.
     void BeginEntry();
 
     QSize sizeHint() const override;
@@ -45,7 +46,7 @@ public:
 Q_SIGNALS:
     /// The value changes during a drag.
     void Dragged(double value);
-    /// The user has chosen a value: at the end of a drag, or typed.
+    /// The user has chosen a value, by a drag or by typing.
     void Edited(double value);
 
 protected:

@@ -14,7 +14,7 @@ class PanelCombo;
 class ValueSlider;
 class ViewModel;
 
-/// How the viewport shows the surface.
+/// The display settings of the viewport.
 class ViewPanel : public QWidget {
     Q_OBJECT
 public:

@@ -6,8 +6,7 @@
 
 namespace trovik::studio {
 
-/// Draws what lies behind and below the surface: background gradient, grid and ground plane. Needs
-/// the context of the constructor.
+/// Draws the background gradient, grid and ground plane. Requires the constructor's context.
 class BackdropPass {
 public:
     BackdropPass();
@@ -15,26 +14,27 @@ public:
     BackdropPass(const BackdropPass&) = delete;
     BackdropPass& operator=(const BackdropPass&) = delete;
 
-    /// Covers the framebuffer; leaves its depths. \return draw calls.
+    /// Covers the framebuffer and leaves its depth values unchanged. \return the number of draw
+    /// calls.
     uint64_t DrawBackground(const RenderSettings& settings, const RenderView& view);
-    /// Blends grid and ground plane over surface and background, with depth test. They lie below
-    /// the surface, at a multiple of the grid's spacing, so that small changes of the surface do
-    /// not move them. \param worldBox  of the surface. \return draw calls.
+    /// Blends the grid and the ground plane over the surface and background, with depth test. They
+    /// lie below the surface, at a multiple of the grid spacing, so that small changes to the
+    /// surface do not move them. \param worldBox  of the surface. \return the number of draw calls.
     uint64_t DrawFloor(const RenderSettings& settings,
                        const RenderView& view,
                        const AxisAlignedBoundingBox& worldBox,
                        float pixelRatio);
 
-    /// Distance of the lines of the grid for a surface of a size, world units: a power of ten.
+    /// Distance between grid lines for a surface of this size, in world units: a power of ten.
     static double GridSpacing(const AxisAlignedBoundingBox& worldBox);
-    /// World y of grid and ground.
+    /// World-space y of the grid and the ground plane.
     static double FloorHeight(const AxisAlignedBoundingBox& worldBox);
 
 private:
     Gl& gl;
     std::unique_ptr<QOpenGLShaderProgram> background;
     std::unique_ptr<QOpenGLShaderProgram> floor;
-    /// Without attributes; corners come from the number of the vertex.
+    /// Has no attributes; the shader derives corners from the vertex number.
     GLuint vertexArray = 0;
 };
 

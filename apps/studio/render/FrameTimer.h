@@ -8,8 +8,8 @@
 
 namespace trovik::studio {
 
-/// Measures the time of the GPU for frames without waiting for it: a result is available some
-/// frames later. Needs the context of the constructor.
+/// Measures the GPU time of frames without waiting for the GPU: a result is available some frames
+/// later. Requires the constructor's context.
 class FrameTimer {
 public:
     struct Result {
@@ -27,7 +27,7 @@ public:
     FrameTimer(const FrameTimer&) = delete;
     FrameTimer& operator=(const FrameTimer&) = delete;
 
-    /// Encloses the commands that are measured. Frames are left out while all queries wait.
+    /// Encloses the commands to measure. Frames are skipped while all queries are pending.
     void Begin(uint32_t tag) {
         isMeasuring = !queries[next].waits;
         if (!isMeasuring) return;
@@ -40,7 +40,7 @@ public:
         queries[next].waits = true;
         next = (next + 1) % queries.size();
     }
-    /// The oldest result that has arrived and was not returned yet.
+    /// The oldest result that has arrived and has not yet been returned.
     std::optional<Result> Take() {
         for (std::size_t i = 0; i < queries.size(); ++i) {
             Query& query = queries[(next + i) % queries.size()];

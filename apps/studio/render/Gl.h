@@ -16,15 +16,15 @@ using Gl = QOpenGLFunctions_3_3_Core;
 /// \throw std::runtime_error if there is none or it is older than 3.3.
 Gl& CurrentGl();
 
-/// Compiles and links a program of the current context. The first line of both texts, "#version",
-/// is added. \param defines  lines after the version.
-/// \throw std::runtime_error with the log of the compiler.
+/// Compiles and links a program of the current context. The first line, "#version", is added to
+/// both sources. \param defines  lines after the version.
+/// \throw std::runtime_error with the compiler log.
 std::unique_ptr<QOpenGLShaderProgram> MakeProgram(const char* vertexText,
                                                   const char* fragmentText,
                                                   const QByteArray& defines = {});
 
-/// Sets a uniform of the program in use. Unknown names are ignored: variants of a program lack
-/// uniforms that they do not need. Matrices keep the row-vector convention: in the shader,
+/// Sets a uniform of the program in use. Unknown names are ignored, because program variants lack
+/// the uniforms that they do not need. Matrices keep the row-vector convention: in the shader,
 /// `matrix * vec4(p, 1)` is p times the matrix here.
 void SetUniform(QOpenGLShaderProgram& program, const char* name, const Matrix& value);
 void SetUniform(QOpenGLShaderProgram& program, const char* name, const Vector& value);

@@ -10,7 +10,8 @@ namespace trovik::studio {
 
 namespace {
 
-/// A framebuffer of two unsigned numbers per pixel with depths; restores the one that was bound.
+/// A framebuffer with two unsigned integers per pixel and a depth buffer; the destructor restores
+/// the previous binding.
 class IdFramebuffer {
 public:
     IdFramebuffer(Gl& functions, int width, int height) : gl(functions) {
@@ -46,7 +47,7 @@ private:
     bool isComplete = false;
 };
 
-/// Finds patch and face of vertices that hold the flags of a face.
+/// Finds the patch and face of a vertex that stores the flags of a face.
 class FaceFinder {
 public:
     explicit FaceFinder(const PatchLayout& ofLayout) : layout(ofLayout) {

@@ -6,25 +6,26 @@
 
 namespace trovik::studio {
 
-/// The surface under each pixel, rows from the top.
+/// The surface under each pixel, in rows from the top.
 struct IdImage {
     static constexpr uint32_t none = 0xffffffffu;
 
     int width = 0;
     int height = 0;
-    /// Number of the patch, and of the face in the level; a number that is not used where the
-    /// surface does not cover the pixel.
+    /// Patch number, and face number within the level; an unused number where the surface does not
+    /// cover the pixel.
     std::vector<uint32_t> patches;
     std::vector<uint32_t> faces;
-    /// World distance from the eye along the viewing direction; 0 where the surface does not cover
-    /// the pixel.
+    /// World-space distance from the eye along the view direction; 0 where the surface does not
+    /// cover the pixel.
     std::vector<float> depths;
 };
 
-/// Draws the surface without multisampling into a buffer of its own and reads it back, which waits
-/// for the GPU: for tests and single picks. Needs a current context.
+/// Draws the surface without multisampling into a separate buffer and reads it back, which waits
+/// for the GPU; for tests and single picks. Requires a current context.
 /// \param view  the size must be 16384 pixels at most. \param strideLog2  level of detail; a coarse
-/// cell has the number of its first face. \throw std::runtime_error if the buffer cannot be made.
+/// cell has the number of its first face. \throw std::runtime_error if the buffer cannot be
+/// created.
 IdImage DrawIds(SurfaceBuffers& surface,
                 const RenderView& view,
                 const Matrix& toWorld,

@@ -13,20 +13,20 @@ namespace trovik::studio {
 /// The matcaps of the viewport, as textures of the current context.
 class Matcaps {
 public:
-    /// The names that RenderSettings::matcap may have; the first is the default.
+    /// The valid values of RenderSettings::matcap; the first is the default.
     static const QStringList& Names();
-    /// A sphere with the matcap on a transparent background, for buttons. Any thread.
+    /// A sphere with the matcap on a transparent background, for buttons. Callable from any thread.
     /// \param size  width and height in device pixels.
     static QImage Preview(const QString& name, int size);
 
     Matcaps() = default;
-    /// Needs the context of Texture.
+    /// Requires the context of Texture.
     ~Matcaps();
     Matcaps(const Matcaps&) = delete;
     Matcaps& operator=(const Matcaps&) = delete;
 
-    /// A texture of linear colours over normals from (-1, -1) to (1, 1), x to the right and y up.
-    /// Made by the first call; unknown names are the default.
+    /// A texture of linear colours, indexed by normals from (-1, -1) to (1, 1), x to the right and
+    /// y up. Created by the first call; unknown names select the default.
     GLuint Texture(const QString& name);
 
 private:

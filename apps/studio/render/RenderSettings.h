@@ -34,7 +34,7 @@ struct RenderSettings {
 struct RenderView {
     Matrix worldToClip;
     Vector eye;
-    /// Unit length, in which the camera looks.
+    /// View direction of the camera, unit length.
     Vector forward;
     Vector right;
     Vector up;
@@ -56,7 +56,7 @@ struct BrushRing {
     std::vector<float> falloff;
 };
 
-/// What is drawn over or next to the surface, apart from widgets. World.
+/// Everything that is drawn over or next to the surface, apart from widgets. World space.
 struct Overlays {
     std::optional<BrushRing> ring;
     /// The positions of mirrored dabs.
@@ -65,7 +65,7 @@ struct Overlays {
     std::vector<int> symmetryPlanes;
     /// The path of the stroke on the viewport, device pixels: from the brush to the pen.
     std::vector<std::array<float, 2>> lazyString;
-    /// Box or lasso that is being drawn, device pixels; closed.
+    /// The box or lasso that is being drawn, in device pixels; closed.
     std::vector<std::array<float, 2>> selection;
 };
 
@@ -78,7 +78,7 @@ struct RenderStats {
     uint64_t patchesCulled = 0;
     /// Bytes of all vertex and index buffers.
     uint64_t bufferBytes = 0;
-    /// Bytes of updates that wait for their upload.
+    /// Bytes of updates that are waiting for upload.
     uint64_t bytesPending = 0;
 };
 

@@ -11,10 +11,9 @@ namespace trovik::studio {
 ///
 /// Vertices lie in pages of at most 64 MiB, in the order of the layout, so that one draw call can
 /// draw all patches of a page. Grid patches share the indices of all strides (GridIndices); bucket
-/// layouts have indices of their own, and lines around their faces for the wireframe.
+/// layouts have their own indices, and lines around their faces for the wireframe.
 ///
-/// Every function but those that say otherwise needs the context of the constructor, as the
-/// destructor does.
+/// Unless stated otherwise, all functions and the destructor require the constructor's context.
 class SurfaceBuffers {
 public:
     static constexpr uint64_t pageBytes = uint64_t{64} << 20;
@@ -24,25 +23,25 @@ public:
     SurfaceBuffers(const SurfaceBuffers&) = delete;
     SurfaceBuffers& operator=(const SurfaceBuffers&) = delete;
 
-    /// Allocates pages for a layout and fills the index buffer. No patch has arrived then. Null:
-    /// frees everything.
+    /// Allocates pages for a layout, without patches, and fills the index buffer. Null frees
+    /// everything.
     void Reset(std::shared_ptr<const PatchLayout> newLayout);
     /// Writes the vertices of a patch.
     void Upload(const UploadQueue::Patch& patch);
 
-    /// The next two need no context.
+    /// The next two functions need no context.
     const std::shared_ptr<const PatchLayout>& Layout() const { return layout; }
     /// Whether every patch has been uploaded.
     bool IsComplete() const { return arrivedCount == arrived.size(); }
 
-    /// What a draw did.
+    /// Statistics of a draw.
     struct Drawn {
         uint64_t calls = 0;
         uint64_t triangles = 0;
         uint64_t culled = 0;
     };
-    /// Draws the patches that have arrived and are in view with the program in use.
-    /// \param strideLog2  level of detail of grids; without effect on buckets.
+    /// Draws the patches that have arrived and are in view, with the current program.
+    /// \param strideLog2  level of detail of grids; has no effect on buckets.
     /// \param beforePage  called before each draw call with the number of the page's first vertex,
     /// counted in the whole layout.
     Drawn Draw(const FrustumCuller& culler,
@@ -50,7 +49,7 @@ public:
                const std::function<void(uint64_t firstVertex)>& beforePage = {});
     /// Bucket layouts only: draws the edges of faces as lines.
     Drawn DrawEdges(const FrustumCuller& culler);
-    /// The stride that Draw uses for a wanted one.
+    /// The stride that Draw uses for a requested one.
     uint32_t UsedStrideLog2(uint32_t wanted) const;
 
     /// Bytes of all buffers. Needs no context.
@@ -61,7 +60,7 @@ public:
 private:
     struct Page {
         GLuint vertexArray = 0;
-        /// The same vertices with the indices of edges; 0 until they are drawn.
+        /// Vertex array with the same vertices and the edge indices; 0 until edges are drawn.
         GLuint edgeArray = 0;
         GLuint buffer = 0;
         uint32_t firstPatch = 0;
@@ -102,7 +101,7 @@ private:
     uint64_t vertexBytes = 0;
     uint64_t indexBytes = 0;
     uint64_t edgeBytes = 0;
-    /// Arguments of a draw call, kept so that frames do not allocate.
+    /// Arguments of a draw call, kept so that drawing a frame does not allocate memory.
     std::vector<GLsizei> counts;
     std::vector<const void*> offsets;
     std::vector<GLint> baseVertices;

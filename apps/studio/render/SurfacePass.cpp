@@ -11,7 +11,7 @@ namespace {
 
 /// Of the array in the shader.
 constexpr int maxRings = 33;
-/// How much the falloff preview covers the surface where the falloff is 1.
+/// Opacity of the falloff preview where the falloff is 1.
 constexpr float falloffOpacity = 0.30f;
 
 Matrix WorldToView(const RenderView& view) {
@@ -27,7 +27,7 @@ Matrix WorldToView(const RenderView& view) {
     return matrix;
 }
 
-/// Takes normals, which are multiplied by the inverse transposed.
+/// Transforms normals, which are multiplied by the inverse transpose.
 Matrix NormalToView(const Matrix& toWorld, const Matrix& worldToView) {
     Matrix inverse = toWorld;
     inverse.Invert(nullptr);

@@ -7,9 +7,8 @@
 
 namespace trovik::studio {
 
-/// Draws the surface with everything that its shader draws on it. Needs the context of the
-/// constructor. Wireframes of grids come from the shader; those of bucket layouts are lines of
-/// constant width.
+/// Draws the surface and everything that its shader adds. Requires the constructor's context.
+/// Wireframes of grids come from the shader; those of bucket layouts are lines of constant width.
 class SurfacePass {
 public:
     SurfacePass();
@@ -23,11 +22,11 @@ public:
         const Overlays& overlays;
         /// Mesh-local to world.
         const Matrix& toWorld;
-        /// Device pixels per logical pixel: width of lines.
+        /// Device pixels per logical pixel; determines the line width.
         float pixelRatio;
         uint32_t strideLog2;
     };
-    /// Draws into the framebuffer that is bound, with depth test.
+    /// Draws into the bound framebuffer, with depth test.
     SurfaceBuffers::Drawn Draw(SurfaceBuffers& surface, const Frame& frame);
 
 private:

@@ -8,9 +8,9 @@
 
 namespace trovik::studio {
 
-/// Patches of one layout that wait for their upload. A patch that waits and is sent again keeps its
-/// position in the queue and is uploaded once, with the newer vertices. Updates are kept alive only
-/// as long as a patch of theirs waits.
+/// The patches of one layout that wait for upload. If a waiting patch is sent again, it keeps its
+/// position in the queue and is uploaded once, with the newer vertices. An update is kept alive
+/// only as long as one of its patches is waiting.
 ///
 /// Not synchronised.
 class UploadQueue {
@@ -22,13 +22,13 @@ public:
         const AxisAlignedBoundingBox& box;
     };
 
-    /// Removes everything and expects updates of a layout.
+    /// Removes everything, and accepts updates of this layout from now on.
     void Reset(std::shared_ptr<const PatchLayout> ofLayout);
-    /// Adds the patches of an update, which must be of the layout. O(patches).
+    /// Adds the patches of an update, which must have this layout. Cost: O(patches).
     void Add(const std::shared_ptr<const SurfaceUpdate>& update);
-    /// Removes patches whose vertices take at most `byteBudget` bytes together, but at least one,
-    /// and calls upload for each. If not all of them fit, those come first for which `isPreferred`
-    /// of their box returns true; otherwise their order is that of Add.
+    /// Removes patches whose vertices take at most `byteBudget` bytes together, but at least one
+    /// patch, and calls upload for each. If not all patches fit, those come first for whose box
+    /// `isPreferred` returns true; otherwise they are in the order of Add.
     void Take(uint64_t byteBudget,
               const std::function<bool(const AxisAlignedBoundingBox&)>& isPreferred,
               const std::function<void(const Patch&)>& upload);
@@ -37,7 +37,7 @@ public:
     uint64_t Bytes() const { return bytes; }
 
 private:
-    /// Where the newest vertices of a patch are; no update: the patch does not wait.
+    /// Location of a patch's newest vertices; without an update, the patch is not waiting.
     struct Source {
         std::shared_ptr<const SurfaceUpdate> update;
         uint32_t index = 0;

@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Longer measurements are errors.
+/// Longer measurements are discarded as errors.
 constexpr double maxFrameSeconds = 60.0;
 
 }  // namespace
@@ -70,7 +70,7 @@ void ViewportRenderer::Draw(const Frame& frame) {
     gl.glDepthMask(GL_TRUE);
     gl.glEnable(GL_DEPTH_TEST);
     gl.glDepthFunc(GL_LESS);
-    // Alpha stays 1: the window system may blend windows by it.
+    // Alpha stays 1, because the window system may use it to blend windows.
     gl.glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
     gl.glClear(GL_DEPTH_BUFFER_BIT);
 

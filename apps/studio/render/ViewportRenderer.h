@@ -12,14 +12,14 @@ namespace trovik::studio {
 
 class FrameTimer;
 
-/// Draws the surface that the engine sends, with background, floor and brush ring. It holds no
-/// positions but those in the buffers of the GPU and in updates that wait for their upload.
+/// Draws the surface that the engine sends, with background, floor and brush ring. It stores
+/// positions only in GPU buffers and in updates that wait for upload.
 ///
-/// Every function but those that say otherwise needs the context of the constructor, as the
-/// destructor does: OpenGL 3.3 or later, core profile.
+/// Unless stated otherwise, all functions and the destructor require the constructor's context:
+/// OpenGL 3.3 or later, core profile.
 class ViewportRenderer {
 public:
-    /// \throw std::runtime_error with one line if the context cannot draw the viewport.
+    /// \throw std::runtime_error with one line if the context does not support the viewport.
     ViewportRenderer();
     ~ViewportRenderer();
     ViewportRenderer(const ViewportRenderer&) = delete;
@@ -30,14 +30,14 @@ public:
     static constexpr uint64_t restBudget = uint64_t{32} << 20;
     static constexpr uint64_t unlimitedBudget = ~uint64_t{0};
 
-    /// Takes an update; its patches are uploaded by the next frames. An update of another layout
+    /// Adds an update; its patches are uploaded by the next frames. An update of another layout
     /// replaces the surface.
     void Add(const std::shared_ptr<const SurfaceUpdate>& update);
-    /// Forgets the surface; updates that follow may have the layout of before.
+    /// Removes the surface; later updates may have the previous layout.
     void Clear();
-    /// Whether patches wait for a frame. Needs no context.
+    /// Whether patches are waiting for a frame. Needs no context.
     bool HasPending() const { return !queue.IsEmpty(); }
-    /// Bytes of patches that wait. Needs no context.
+    /// Bytes of waiting patches. Needs no context.
     uint64_t PendingBytes() const { return queue.Bytes(); }
 
     struct Frame {
@@ -47,17 +47,19 @@ public:
         /// Device pixels per logical pixel.
         float pixelRatio = 1.0f;
         uint64_t uploadBudget = unlimitedBudget;
-        /// Seconds since the camera moved last; small values draw less detail if frames are slow.
+        /// Seconds since the camera last moved; for small values, less detail is drawn if frames
+        /// are slow.
         double secondsAtRest = 1e9;
     };
-    /// Uploads what the budget allows and draws a frame into the framebuffer that is bound, which
-    /// needs a depth buffer. Leaves the state of a new context, apart from bound objects.
+    /// Uploads patches within the budget and draws a frame into the bound framebuffer, which must
+    /// have a depth buffer. Apart from bound objects, the state afterwards is that of a new
+    /// context.
     void Draw(const Frame& frame);
     /// Whether the last frame was drawn with less detail. Needs no context.
     bool IsCoarse() const { return drawnStrideLog2 > 0; }
     /// Of the last frame. Needs no context.
     const RenderStats& Stats() const { return stats; }
-    /// Seconds that the GPU needed for the newest frame that was measured; 0 before.
+    /// GPU time of the newest measured frame, in seconds; 0 before the first measurement.
     double FrameSeconds() const { return frameSeconds; }
 
     /// World box of the visible faces; empty without a surface. Needs no context.
@@ -65,7 +67,7 @@ public:
     /// SurfaceUpdate::sampleTime of the newest pen sample that the last frame showed completely.
     double ShownSampleTime() const { return shownSampleTime; }
 
-    /// The surface under each pixel, as far as it was uploaded. For tests and single picks.
+    /// The surface under each pixel, as far as it has been uploaded. For tests and single picks.
     IdImage Ids(const RenderView& view, uint32_t strideLog2 = 0) {
         return DrawIds(surface, view, toWorld, strideLog2);
     }

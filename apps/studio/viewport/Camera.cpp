@@ -12,20 +12,20 @@ namespace {
 /// How many times farther than in perspective the eye stands in orthographic projection. A larger
 /// factor flattens the view more, but moves the rays of strokes, which are single precision.
 constexpr double orthographicFactor = 32.0;
-/// Fields of view below this one are those of orthographic projection.
+/// A smaller field of view indicates orthographic projection.
 constexpr float minFieldOfView = 5.0f;
 constexpr float maxFieldOfView = 120.0f;
 /// Limits of the distance from eye to target, world units.
 constexpr double minDistance = 1e-6;
 constexpr double maxDistance = 1e8;
-/// Part of the viewport that Frame leaves free, as a factor of the size of the box.
+/// Margin that Frame leaves free, as a factor of the box size.
 constexpr double frameMargin = 1.12;
 
 double HalfTangent(double degrees) { return std::tan(degrees * std::numbers::pi / 360.0); }
 
 double DegreesOf(double halfTangent) { return std::atan(halfTangent) * 360.0 / std::numbers::pi; }
 
-/// Vectors of double precision: sums of many small motions must not drift.
+/// Double-precision vectors, so that sums of many small motions do not drift.
 struct Precise {
     double x, y, z;
 
@@ -53,7 +53,7 @@ struct Precise {
     }
 };
 
-/// The axes with which strokes cast their rays, bit for bit.
+/// Bit-identical to the axes with which strokes cast their rays.
 struct Axes {
     explicit Axes(const StrokeView& view) : matrix(view.ToWorld()) {}
 
@@ -108,7 +108,8 @@ void Camera::SetFieldOfView(float degrees) {
 void Camera::Orbit(const Vector& pivot, float dx, float dy) {
     const Axes axes(ToStrokeView());
     const double perPixel = std::numbers::pi / height;
-    // Upside down, a motion to the right turns the surface the other way round.
+    // If the camera is upside down, a motion to the right rotates the surface in the opposite
+    // direction.
     const double turn = (axes.Up().y < 0.0 ? dx : -dx) * perPixel;
     const Precise vertical(0.0, 1.0, 0.0);
     const Precise right = axes.Right().Normalized();
@@ -133,7 +134,7 @@ void Camera::Pan(const Vector& anchor, float dx, float dy) {
     const StrokeView view = ToStrokeView();
     const Axes axes(view);
     const double depth = (axes.Eye() - Precise(anchor)) | axes.Back();
-    // Behind the eye there is nothing to follow: the target's depth is used.
+    // A point behind the eye cannot be followed, so the target's depth is used.
     const double usedDepth = depth > 0.0 ? depth : (axes.Eye() - Precise(target)) | axes.Back();
     const double perPixel = 2.0 * HalfTangent(view.verticalFieldOfView) * usedDepth / height;
     const Precise move = axes.Up() * (dy * perPixel) - axes.Right() * (dx * perPixel);
@@ -168,14 +169,14 @@ void Camera::Frame(const AxisAlignedBoundingBox& worldBox) {
     double radius = 0.0;
     ForEachCorner(worldBox, [&](const Precise& corner) {
         const Precise offset = corner - centre;
-        // In orthographic projection the eye is farther away, and so less is added for the depth.
+        // In orthographic projection, the eye is farther away, so less is added for the depth.
         const double nearer = (offset | axes.Back()) / (isOrthographic ? orthographicFactor : 1.0);
         const double reach = std::max(std::abs(offset | axes.Right()) / tangentX,
                                       std::abs(offset | axes.Up()) / tangentY);
         distance = std::max(distance, reach * frameMargin + nearer);
         radius = std::max(radius, offset.Length());
     });
-    // A box of one point is shown from the present distance.
+    // A box that is a single point is shown from the current distance.
     if (radius == 0.0) distance = (Precise(eye) - Precise(target)).Length();
     distance = std::clamp(distance, minDistance, maxDistance);
     eye = (centre + axes.Back().Normalized() * distance).ToVector();

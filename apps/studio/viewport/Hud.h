@@ -13,14 +13,15 @@ namespace trovik::studio {
 /// Texts and outlines that are drawn over the viewport with QPainter.
 class Hud {
 public:
-    /// Lines for the lower left corner, the first on top. \return whether they are others.
+    /// Sets the lines of the lower left corner, from top to bottom. \return whether they have
+    /// changed.
     bool SetLines(const QStringList& newLines);
     const QStringList& Lines() const { return lines; }
 
     /// Draws the lines, legible on light and dark surfaces. \param viewport  logical pixels.
     void DrawLines(QPainter& painter, const QSizeF& viewport);
-    /// Draws the string of a lazy brush and the outline of a selection, whose points are device
-    /// pixels. \param painter  in logical pixels.
+    /// Draws the line from a stabilised brush to the pen, and the outline of a selection, whose
+    /// points are in device pixels. \param painter  in logical pixels.
     static void DrawOutlines(QPainter& painter, const Overlays& overlays);
 
 private:

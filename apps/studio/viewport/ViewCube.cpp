@@ -17,7 +17,7 @@ constexpr qreal areaSize = 104.0;
 constexpr qreal margin = 10.0;
 /// Half the length of an edge, logical pixels.
 constexpr qreal halfEdge = 27.0;
-/// From where on a coordinate on the cube, -1 to 1, belongs to the next face as well.
+/// Threshold above which a cube coordinate, -1 to 1, belongs to the adjacent face as well.
 constexpr float edgeStart = 0.56f;
 
 struct Face {
@@ -40,7 +40,7 @@ const std::array<Face, 6> faces = {{
 /// Directions of a camera: rows right, up, back.
 struct Axes {
     explicit Axes(const Camera& camera) : matrix(camera.ToStrokeView().ToWorld()) {
-        // The position of the eye does not count.
+        // The position of the eye has no effect.
         for (float& value : matrix.m[3]) value = 0.0f;
     }
     Vector Row(int row) const { return {matrix.m[row][0], matrix.m[row][1], matrix.m[row][2]}; }
@@ -153,7 +153,7 @@ std::optional<Vector> ViewCube::HitTest(const QPointF& point,
                                         const QSizeF& viewport) {
     const QPointF offset = point - Area(viewport).center();
     const Axes axes(camera);
-    // A ray along the view against the three faces that can be seen.
+    // Intersects a ray along the view direction with the three visible faces.
     const Vector onView = axes.Row(0) * static_cast<float>(offset.x() / halfEdge) -
                           axes.Row(1) * static_cast<float>(offset.y() / halfEdge);
     for (const Face& face : faces) {

@@ -14,25 +14,26 @@ class QPainter;
 
 namespace trovik::studio {
 
-/// The cube in the upper right corner of the viewport. It shows how the world is turned; its faces,
-/// edges and corners stand for 26 viewing directions. Positions are logical pixels of the widget.
+/// The cube in the upper right corner of the viewport. It shows the orientation of the world; its
+/// faces, edges and corners represent 26 view directions. Positions are logical pixels of the
+/// widget.
 class ViewCube {
 public:
-    /// Where the cube is drawn in a viewport.
+    /// The area of a viewport in which the cube is drawn.
     static QRectF Area(const QSizeF& viewport);
 
-    /// Draws the cube as a camera sees the world's axes. Repeated calls with equal arguments copy
-    /// an image.
+    /// Draws the cube with the orientation in which a camera sees the world. Repeated calls with
+    /// equal arguments copy a cached image.
     void Draw(QPainter& painter, const Camera& camera, const QSizeF& viewport);
-    /// The direction in which to look for the part of the cube under a point, of length 1; nothing
-    /// next to the cube.
+    /// The view direction, of length 1, that the part of the cube under a point represents; empty
+    /// off the cube.
     static std::optional<Vector> HitTest(const QPointF& point,
                                          const Camera& camera,
                                          const QSizeF& viewport);
-    /// The up direction that goes with a viewing direction of HitTest.
+    /// The up direction for a view direction returned by HitTest.
     static Vector UpFor(const Vector& direction);
-    /// Highlights the part that stands for a direction of HitTest. \return whether that is a
-    /// change, so that a frame has to be drawn.
+    /// Highlights the part that represents a direction returned by HitTest. \return whether the
+    /// highlight has changed, so that a frame has to be drawn.
     bool SetHovered(const std::optional<Vector>& direction);
 
 private:
@@ -40,7 +41,7 @@ private:
 
     std::optional<Vector> hovered;
     QImage image;
-    /// What the image shows.
+    /// The state shown by the cached image.
     Matrix paintedAxes;
     bool isPainted = false;
 };

@@ -17,7 +17,7 @@ namespace {
 /// After this time without a motion of the camera a frame is drawn with all detail; a little more
 /// than LodChoice waits.
 constexpr int restMilliseconds = 160;
-/// Updates stay with the engine while so many bytes wait for their upload.
+/// While this many bytes wait for upload, updates are left with the engine.
 constexpr uint64_t maxPendingBytes = 2 * ViewportRenderer::restBudget;
 
 double SteadySeconds() {

@@ -19,8 +19,8 @@ namespace trovik::studio {
 class Engine;
 class ViewportRenderer;
 
-/// Draws the document's surface with its overlays. It holds the camera and what the frame shows,
-/// and forwards no input by itself: input objects install event filters.
+/// Draws the document's surface with its overlays. It owns the camera and the contents of the
+/// frame. It does not forward input; input objects install event filters.
 class ViewportWidget : public QOpenGLWidget {
     Q_OBJECT
 public:
@@ -39,7 +39,7 @@ public:
     void FrameAll();
     /// Lines of text in the lower left corner.
     void SetHudLines(const QStringList& lines);
-    /// While a pen draws, frames upload less, so that they follow the pen.
+    /// While a pen draws, frames upload less data, so that they keep up with the pen.
     void SetStroking(bool on) { isStroking = on; }
     /// For clicks: ViewCube::HitTest with View() and size().
     ViewCube& Cube() { return viewCube; }
@@ -51,13 +51,13 @@ public:
     /// Seconds from the newest pen sample that a frame showed completely to the end of that frame;
     /// 0 before the first one.
     double PenLatency() const { return penLatency; }
-    /// Draws a frame with all detail and returns it, in device pixels. Uploads everything that has
-    /// arrived before.
+    /// Uploads all updates that have arrived, draws a frame at full detail and returns it, in
+    /// device pixels.
     QImage Grab();
-    /// Whether everything that has arrived is drawn, with all detail.
+    /// Whether all updates that have arrived are drawn, at full detail.
     bool IsComplete() const;
-    /// Requests every patch from the engine again and uploads it; the picture must not change by
-    /// that. For tests and after a lost context.
+    /// Requests every patch from the engine again and uploads it, which must not change the image.
+    /// For tests and after the loss of the context.
     void UploadAll();
     /// Why the viewport cannot be drawn, one line; empty if it can.
     const QString& Problem() const { return problem; }
@@ -76,8 +76,8 @@ protected:
 private:
     void FreeRenderer();
     void FollowSize();
-    /// Passes updates of the engine on to the renderer; at most as many as keep the copies that
-    /// wait small, unless `all`.
+    /// Passes engine updates on to the renderer. Unless `all` is set, it limits the size of the
+    /// waiting copies.
     void TakeUpdates(bool all);
 
     Engine& engine;
@@ -88,14 +88,14 @@ private:
     Hud hud;
     ViewCube viewCube;
     double penLatency = 0.0;
-    /// Of ViewportRenderer::ShownSampleTime, at the last frame.
+    /// ViewportRenderer::ShownSampleTime at the last frame.
     double lastSampleTime = 0.0;
     QString problem;
     bool isStroking = false;
     bool isGrabbing = false;
     /// Since the camera moved.
     QElapsedTimer sinceMotion;
-    /// Draws a frame with all detail once the camera has been at rest for a while.
+    /// Draws a frame at full detail when the camera has been at rest for a while.
     QTimer restTimer;
 };
 

@@ -11,7 +11,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Adds actions by id; "-" is a separator. Ids that no action has are left out.
+/// Adds actions by id; "-" is a separator. Unknown ids are ignored.
 void Fill(QMenu* menu, const ActionRegistry& actions, const QStringList& ids) {
     for (const QString& id : ids) {
         if (id == QLatin1String("-"))

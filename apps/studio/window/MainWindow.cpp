@@ -38,7 +38,7 @@ QDockWidget* AddDock(QMainWindow& window,
     auto* dock = new QDockWidget(title, &window);
     dock->setObjectName(id);
     dock->setFeatures(QDockWidget::DockWidgetClosable);
-    // Without a title bar; the panels have titles of their own.
+    // No title bar, because the panels have their own titles.
     dock->setTitleBarWidget(new QWidget(dock));
     dock->setWidget(contents);
     window.addDockWidget(area, dock);
@@ -199,7 +199,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
     const QList<QUrl> urls = event->mimeData()->urls();
     if (urls.isEmpty() || !urls.first().isLocalFile()) return;
     event->acceptProposedAction();
-    // Not inside the event: a question may follow, which would block the program that drags.
+    // Deferred, because a dialog may follow, which would block the source program of the drag.
     QMetaObject::invokeMethod(
         this,
         [this, path = urls.first().toLocalFile()] { files->Open(path); },
@@ -207,7 +207,8 @@ void MainWindow::dropEvent(QDropEvent* event) {
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
-    // The pointer is back at the surface: letters are keys of tools again, not parts of a number.
+    // The pointer has returned to the viewport, so letter keys select tools again and are not text
+    // input.
     if (watched == centralWidget() && event->type() == QEvent::Enter &&
         qobject_cast<QLineEdit*>(focusWidget()) != nullptr && !palette->isVisible())
         centralWidget()->setFocus();

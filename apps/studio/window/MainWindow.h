@@ -17,17 +17,17 @@ class PanelStack;
 class ToolShelf;
 class WelcomeHint;
 
-/// The window of the studio: the viewport in the middle, tools at the left, brush and panels at the
-/// right, menus, a bar with radius, strength and symmetry, and numbers below. It adds all actions
-/// to the registry.
+/// The main window: the viewport in the middle, tools on the left, brush settings and panels on the
+/// right, menus, a bar with radius, strength and symmetry, and a status bar. It adds all actions to
+/// the registry.
 ///
-/// Panels never keep the key focus: it returns to the viewport after each entry, and when the
+/// Panels never keep the keyboard focus: it returns to the viewport after each entry, and when the
 /// pointer enters the viewport.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    /// \param viewport  becomes the central widget and child. The other objects are borrowed.
-    /// \param registry  one without actions of the studio.
+    /// \param viewport  becomes the central widget and a child. The other objects are borrowed.
+    /// \param registry  a registry to which the studio's actions have not been added.
     MainWindow(Engine& engine,
                ActionRegistry& registry,
                ViewModel& view,
@@ -41,7 +41,7 @@ public:
     BrushPanel& Brush() { return *brush; }
     PanelStack& Panels() { return *panels; }
     ToolShelf& Tools() { return *tools; }
-    /// Shows the hint of the first start, if it was not dismissed before.
+    /// Shows the first-start hint unless it has been dismissed.
     void ShowWelcome();
     void ShowNote(const QString& text);
     void ShowError(const QString& text);

@@ -8,8 +8,8 @@ class QTimer;
 
 namespace trovik::studio {
 
-/// A message over the lower edge of a widget. Errors stay until they are closed or replaced, notes
-/// go after some seconds.
+/// A message over the lower edge of a widget. Errors stay until they are closed or replaced; notes
+/// disappear after some seconds.
 class MessageBar : public QFrame {
     Q_OBJECT
 public:

@@ -12,13 +12,14 @@ class QHBoxLayout;
 
 namespace trovik::studio {
 
-/// Panels behind a row of icons, one of them visible. Each scrolls if it is too tall.
+/// Panels that are selected by a row of icons; one panel is visible. A panel scrolls if it is too
+/// tall.
 class PanelStack : public QWidget {
     Q_OBJECT
 public:
     explicit PanelStack(QWidget* parent = nullptr);
 
-    /// \param scrolls  false for panels that have a list of their own to scroll.
+    /// \param scrolls  false for panels that contain a scrolling list.
     void Add(const QString& id,
              const QString& icon,
              const QString& title,

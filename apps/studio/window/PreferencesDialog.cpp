@@ -57,7 +57,7 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
                                   {{tr("Pans"), "pan"}, {tr("Orbits"), "orbit"}});
     Choose(barrel, preferences.BarrelButton());
 
-    // Theme and size are shown while the dialog is open.
+    // Changes of theme and size apply while the dialog is open.
     const QString themeBefore = preferences.Theme();
     const double scaleBefore = preferences.UiScale();
     connect(theme, &QComboBox::activated, this, [&preferences, theme] {

@@ -26,7 +26,7 @@ private:
     ActionRegistry& actions;
     ValueSlider* radius;
     ValueSlider* strength;
-    /// The setting that the radius slider shows: in pixels if the tool uses that.
+    /// The setting that the radius slider shows: in pixels if the tool uses pixels.
     std::string radiusName = "radius";
 };
 

@@ -18,7 +18,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// A line of a journal's list of steps: its label, or the names of the step's fields.
+/// A line in a journal's list of steps: the label or the field names of the step.
 QString StepText(const JournalStep& step) {
     QString text = QString::fromStdString(step.label);
     if (text.isEmpty() && step.step.is_object()) {
@@ -62,11 +62,11 @@ std::vector<RecoverableWork> FindRecoverableWork(const QString& folder) {
     const QFileInfoList files =
         QDir(folder).entryInfoList({QStringLiteral("*.journal")}, QDir::Files, QDir::Time);
     for (const QFileInfo& file : files) {
-        // A lock belongs to a process that still writes the journal.
+        // A locked journal is still being written by a process.
         if (FileLock(file.absoluteFilePath().toStdString()).State() == FileLock::Result::Busy)
             continue;
         RecoverableWork work = Describe(file);
-        // A closed journal, and one without a step, hold nothing that is not elsewhere.
+        // A closed journal, or one without steps, contains no unsaved work.
         if (work.problem == QLatin1String("closed")) continue;
         if (work.problem.isEmpty() && work.steps.isEmpty()) continue;
         works.push_back(std::move(work));
@@ -117,7 +117,7 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
     later->setToolTip(tr("Keeps the journals; the next start asks again"));
     auto* discard = buttons->addButton(tr("Discard"), QDialogButtonBox::DestructiveRole);
     discard->setToolTip(tr("Deletes the journal of the chosen work"));
-    // A key that is pressed by accident discards nothing.
+    // An accidental key press must not discard work.
     discard->setAutoDefault(false);
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, [this] {

@@ -12,13 +12,13 @@ class QListWidget;
 
 namespace trovik::studio {
 
-/// Work that a journal holds.
+/// The recoverable work in a journal.
 struct RecoverableWork {
     QString journalPath;
     /// The mesh or scene that the work started from.
     QString source;
     QDateTime time;
-    /// As a user reads them, the oldest first.
+    /// Display names of the steps, oldest first.
     QStringList steps;
     /// Null if there is none.
     QImage picture;
@@ -26,11 +26,11 @@ struct RecoverableWork {
     QString problem;
 };
 
-/// Reads the journals of a folder whose process did not close them, the newest first. Journals that
-/// a running process writes are left out. Cost: reads the files. May be called on any thread.
+/// Reads the journals of a folder that were not closed, newest first. Journals that a running
+/// process writes are omitted. Cost: reads the files. May be called on any thread.
 std::vector<RecoverableWork> FindRecoverableWork(const QString& folder);
 
-/// Offers work that was not saved.
+/// Offers to recover unsaved work.
 class RecoveryDialog : public QDialog {
     Q_OBJECT
 public:

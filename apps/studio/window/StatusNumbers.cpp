@@ -80,7 +80,7 @@ JobBar::JobBar(Engine& engine, QWidget* parent) : QWidget(parent) {
             this,
             [this](const QString& name, const QString& phase, quint64 done, quint64 total) {
                 label->setText(name == phase || phase.isEmpty() ? name : name + ": " + phase);
-                // Thousandths; a range of 0 shows that the end is unknown.
+                // In thousandths; a range of 0 shows that the total is unknown.
                 progress->setRange(0, total == 0 ? 0 : 1000);
                 if (total > 0)
                     progress->setValue(static_cast<int>(static_cast<double>(done) * 1000.0 /

@@ -12,7 +12,7 @@ namespace trovik::studio {
 class Engine;
 class ViewModel;
 
-/// Numbers of the document in the status bar.
+/// Statistics of the document in the status bar.
 class StatusNumbers : public QWidget {
     Q_OBJECT
 public:
@@ -28,7 +28,7 @@ private:
     double millisecondsPerDab = 0.0;
 };
 
-/// Progress of the running command, with a button that cancels it; hidden while none runs.
+/// Progress of the running command, with a cancel button; hidden while no command is running.
 class JobBar : public QWidget {
     Q_OBJECT
 public:

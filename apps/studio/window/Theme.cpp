@@ -61,7 +61,7 @@ QPalette PaletteOf(const Colors& colors) {
     return palette;
 }
 
-/// Only what the palette cannot say.
+/// Contains only what a palette cannot express.
 QString StyleSheetOf(const Colors& colors) {
     return QStringLiteral(R"(
 QToolTip { background: %base; color: %text; border: 1px solid %edge; padding: 4px; }

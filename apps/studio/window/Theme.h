@@ -5,9 +5,9 @@
 
 namespace trovik::studio {
 
-/// Gives the application the style Fusion with a palette, a font size and a small style sheet.
+/// Sets the application's style to Fusion, with a palette, a font size and a small style sheet.
 /// Icons follow the palette.
-/// \param theme  "dark" or "light"; others count as "dark".
+/// \param theme  "dark" or "light"; other values are treated as "dark".
 /// \param scale  of texts and controls relative to the desktop's size, as Preferences::UiScale.
 void ApplyTheme(const QString& theme, double scale);
 

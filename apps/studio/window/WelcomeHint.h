@@ -8,8 +8,8 @@ namespace trovik::studio {
 class ActionRegistry;
 class Preferences;
 
-/// The hint of the first start: the few keys that one needs, over the viewport. It goes at the
-/// first stroke or by its button, and does not come back.
+/// The first-start hint, which shows the essential keys over the viewport. It is closed by the
+/// first stroke or its button, and is not shown again.
 class WelcomeHint : public QFrame {
     Q_OBJECT
 public:

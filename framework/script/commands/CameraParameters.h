@@ -5,11 +5,11 @@
 
 namespace trovik {
 
-/// Parameters of a camera; missing ones are not changed.
+/// Camera parameters; missing ones are not changed.
 struct CameraParameters {
     std::optional<int> width;
     std::optional<int> height;
-    /// Degrees from top to bottom.
+    /// Vertical angle in degrees.
     std::optional<float> fieldOfView;
     std::optional<Vector> eye;
     std::optional<Vector> target;

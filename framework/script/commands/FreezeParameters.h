@@ -76,7 +76,7 @@ struct FreezeCavity {
     }
 };
 
-/// A connected component, given by one of its points.
+/// A connected component, identified by one of its points.
 struct FreezeComponent {
     std::optional<uint64_t> vertex;
     std::optional<Vector> surface;
@@ -140,8 +140,8 @@ struct FreezeChoice {
 
 using FreezeParameters = std::variant<FreezeWhat, FreezeChoice>;
 
-/// Mask weights from 0 to 1, one for each vertex of the current level, for a choice other than a
-/// filter.
+/// Mask weights from 0 to 1, one for each vertex of the current level, for a selection that is not
+/// a filter.
 std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& choice);
 
 /// \throw FieldFault if the image cannot be read.

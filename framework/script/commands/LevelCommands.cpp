@@ -24,14 +24,14 @@ struct TriangleNote {
     bool isGiven = false;
 };
 
-/// The memory that the memory account still allows.
+/// The memory that is left within the limit of the memory account.
 uint64_t AccountedRoom() {
     const int64_t limit = MemoryAccount::Limit();
     if (limit <= 0) return std::numeric_limits<uint64_t>::max();
     return static_cast<uint64_t>(std::max<int64_t>(limit - MemoryAccount::Total(), 0));
 }
 
-/// To be called before the first level is added.
+/// Call this before the first level is added.
 void ReportTriangles(CommandContext& context) {
     bool& noteGiven = context.Kept<TriangleNote>().isGiven;
     if (noteGiven) return;

@@ -77,7 +77,7 @@ void ApplySettings(CommandContext& context, const SettingsParameters& settings) 
     SetPen(context, settings);
 }
 
-// Settings before an invalid one take effect, so the notification is sent for them as well.
+// The settings before an invalid one take effect, so the notification is sent in this case too.
 void Set(CommandContext& context, const SettingsParameters& settings) {
     try {
         ApplySettings(context, settings);
@@ -95,7 +95,7 @@ void CheckSettings(CommandContext& context,
     const nlohmann::json& all = settings.Json();
     for (const auto& [name, value] : all.items()) {
         nlohmann::json one = {{name, value}};
-        // These two exclude each other.
+        // These two are mutually exclusive.
         if (name == "radiusPixels" && all.contains("radius")) one["radius"] = all.at("radius");
         report([&] {
             const FieldReader field = settings.With(one);

@@ -13,11 +13,11 @@ namespace {
 struct StrokeStart {
     uint64_t dabs = 0;
     bool wholeMesh = false;
-    /// Mask weights; stored for the freeze brush only.
+    /// Mask weights; stored only for the freeze brush.
     std::vector<uint8_t> frozen;
 };
 
-/// Checks which fields a stroke must and must not have.
+/// Checks that a stroke has all required fields and no forbidden ones.
 void CheckKinds(const CommandContext& context, const StrokeParameters& stroke) {
     const bool staysOpen = stroke.open.value_or(false);
     const bool goesOn = stroke.goesOn.value_or(false);

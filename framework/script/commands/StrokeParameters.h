@@ -15,7 +15,7 @@ struct EnumNames<BrushOperation::Modifier> {
         {"invert", BrushOperation::ModifierInvert}};
 };
 
-/// Samples of `Numbers` coordinates each and an optional pressure.
+/// Samples, each with `Numbers` coordinates and an optional pressure.
 template <std::size_t Numbers>
 struct PathSamples {
     std::vector<PathSample> list;
@@ -39,7 +39,7 @@ struct FieldValue<PathSamples<Numbers>> {
     }
 };
 
-/// Samples of a pen with times; see PenSamples.
+/// Pen samples with timestamps; see PenSamples.
 struct PenSampleList {
     std::vector<PathSample> list;
 };

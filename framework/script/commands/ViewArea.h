@@ -11,7 +11,7 @@
 #include <variant>
 #include <vector>
 
-/// \file Parameters, common to several commands, that select by viewport area or by name.
+/// \file Parameters, common to several commands, that make a selection by viewport area or by name.
 namespace trovik {
 
 /// The name of a group or material; null selects faces without one.
@@ -29,8 +29,8 @@ inline ViewBox BoxOf(const std::array<float, 4>& numbers) {
     return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
 }
 
-/// A test whether a viewport point, in pixels, lies in the box or, without a box, in the lasso. One
-/// of the two must be given.
+/// Returns a test of whether a viewport point, in pixels, lies in the box or, without a box, in the
+/// lasso. One of the two must be given.
 std::function<bool(const ViewPoint&)> InsideOf(
     const std::optional<std::array<float, 4>>& box,
     const std::optional<std::vector<std::array<float, 2>>>& lasso);
