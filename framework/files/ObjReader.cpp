@@ -197,7 +197,8 @@ private:
             corners.push_back(*corner);
         }
         if (corners.size() < 3) {
-            Refuse("face has " + std::to_string(corners.size()) + " corners, but at least 3 are needed");
+            Refuse("face has " + std::to_string(corners.size()) +
+                   " corners, but at least 3 are needed");
         }
         if (corners.size() > maxFaceCorners) {
             Refuse("face has " + std::to_string(corners.size()) + " corners, but at most " +
