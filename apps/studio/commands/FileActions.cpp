@@ -41,7 +41,9 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
             context.preferences.AddRecentFile(source);
     });
     connect(player, &ScriptPlayer::Finished, this, [this](int done, const QString& error) {
-        if (error.isEmpty()) Q_EMIT Succeeded(tr("The script has run: %n step(s)", "", done));
+        if (error.isEmpty())
+            Q_EMIT Succeeded(done == 1 ? tr("The script has run: 1 step")
+                                       : tr("The script has run: %1 steps").arg(done));
     });
 }
 

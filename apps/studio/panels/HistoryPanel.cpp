@@ -127,9 +127,9 @@ void HistoryPanel::Refresh() {
     if (state.historyPosition == 0) list->setCurrentItem(first);
     totals->setText(
         state.historyBytesOnDisk == 0
-            ? tr("%n step(s), %1", "", static_cast<int>(state.history.size()))
-                  .arg(BytesText(state.historyBytes))
-            : tr("%n step(s), %1 in memory, %2 on disk", "", static_cast<int>(state.history.size()))
+            ? tr("Steps: %1, %2").arg(state.history.size()).arg(BytesText(state.historyBytes))
+            : tr("Steps: %1, %2 in memory, %3 on disk")
+                  .arg(state.history.size())
                   .arg(BytesText(state.historyBytes), BytesText(state.historyBytesOnDisk)));
 }
 

@@ -81,7 +81,7 @@ void InfoPanel::Refresh() {
             : tr("%1, %2 on disk")
                   .arg(BytesText(state.historyBytes), BytesText(state.historyBytesOnDisk)));
     if (figures.dabs > 0) {
-        values["dabs"]->setText(tr("%n dab(s)", "", static_cast<int>(figures.dabs)));
+        values["dabs"]->setText(figures.dabs == 1 ? tr("1 dab") : tr("%1 dabs").arg(figures.dabs));
         values["dab"]->setText(tr("%1 ms").arg(figures.millisecondsPerDab, 0, 'f', 2));
     }
     if (view.PenLatency() > 0.0)

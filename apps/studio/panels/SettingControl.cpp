@@ -154,7 +154,10 @@ SettingControl* SettingControl::Make(Engine& engine, const ToolSetting& setting,
     const bool isNumber = AcceptsType(setting, "number") || AcceptsType(setting, "integer");
     if (isNumber) {
         // In pixels the radius has no value until it is set.
-        const bool isOptional = AcceptsType(setting, "boolean") || setting.value.is_null();
+        const bool isOptional =
+            AcceptsType(setting, "boolean") || setting.value.is_null() ||
+            // A radius in pixels is null while the radius in world units applies.
+            setting.name == "radiusPixels";
         return new NumberControl(engine, setting, parent, isOptional);
     }
     if (AcceptsType(setting, "boolean")) return new SwitchControl(engine, setting, parent);
