@@ -305,12 +305,12 @@ void StudioApplication::OpenFirst() {
         !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
     if (mayAsk && OfferRecovery()) return;
     window->Files().OpenPrimitive(Primitive::Sphere, firstSegments, firstLevels);
+    if (mayAsk) window->ShowWelcome();
 }
 
 void StudioApplication::Start() {
     window->show();
     OpenFirst();
-    if (commandLine.events.empty() && !commandLine.quits) window->ShowWelcome();
 }
 
 }  // namespace trovik::studio

@@ -12,13 +12,14 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 namespace trovik::studio {
 
 namespace {
 
-/// A line in a journal's list of steps: the label or the field names of the step.
+/// Whether a step changed the sculpture. Tools, settings and cameras alone are not worth listing.
+bool IsChange(const JournalStep& step) { return step.dabs > 0 || step.undoBytes > 0; }
+
+/// A line of the list of steps: the label of the step's undo step, or the names of its fields.
 QString StepText(const JournalStep& step) {
     QString text = QString::fromStdString(step.label);
     if (text.isEmpty() && step.step.is_object()) {
@@ -28,7 +29,8 @@ QString StepText(const JournalStep& step) {
         text = names.join(QStringLiteral(", "));
     }
     if (text.isEmpty()) text = RecoveryDialog::tr("Stroke");
-    if (step.dabs > 0) text += RecoveryDialog::tr(" (%n dab(s))", "", static_cast<int>(step.dabs));
+    if (step.dabs == 1) return RecoveryDialog::tr("%1, 1 dab").arg(text);
+    if (step.dabs > 1) return RecoveryDialog::tr("%1, %2 dabs").arg(text).arg(step.dabs);
     return text;
 }
 
@@ -42,13 +44,8 @@ RecoverableWork Describe(const QFileInfo& file) {
         const JournalContent content = ReadJournal(work.journalPath.toStdString(), true);
         if (content.isClosed) work.problem = QStringLiteral("closed");
         work.source = QString::fromStdString(content.base.source);
-        // Settings, tools and cameras alone are not worth recovering.
-        const bool hasChanges =
-            std::any_of(content.steps.begin(), content.steps.end(), [](const JournalStep& step) {
-                return step.dabs > 0 || step.undoBytes > 0 || !step.label.empty();
-            });
-        if (!hasChanges) return work;
-        for (const JournalStep& step : content.steps) work.steps.append(StepText(step));
+        for (const JournalStep& step : content.steps)
+            if (IsChange(step)) work.steps.append(StepText(step));
     } catch (const std::exception& error) {
         work.problem = QString::fromUtf8(error.what());
     }
@@ -147,10 +144,9 @@ void RecoveryDialog::ShowWork() {
     if (!work.picture.isNull())
         picture->setPixmap(QPixmap::fromImage(work.picture)
                                .scaled(380, 220, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    details->setText(
-        work.problem.isEmpty()
-            ? tr("%1\n%n step(s)", "", static_cast<int>(work.steps.size())).arg(work.source)
-            : work.problem);
+    details->setText(work.problem.isEmpty()
+                         ? tr("%1\nSteps: %2").arg(work.source).arg(work.steps.size())
+                         : work.problem);
     recover->setEnabled(work.problem.isEmpty());
     steps->clear();
     for (auto step = work.steps.rbegin(); step != work.steps.rend(); ++step) steps->addItem(*step);
