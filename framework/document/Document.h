@@ -46,6 +46,8 @@ struct DisplacementOptions;
 /// kernel per process. Brush, SculptBrush and Loop set the kernel's camera and mesh to those of
 /// this document. Do not keep the references that they return: call them again after another
 /// document has been used.
+// Members are ordered by their initialisation.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 class TROVIK_API Document {
 public:
     /// Opens a mesh file, splits the mesh where it is not an oriented manifold, and loads the

@@ -40,7 +40,8 @@ struct PlyRow {
 /// Numbers as text, separated by white space.
 class PlyTextBody {
 public:
-    PlyTextBody(InputFile& file_, const PlyHeader& header) : file(file_), line(header.lineCount) {}
+    PlyTextBody(InputFile& plyFile, const PlyHeader& header)
+        : file(plyFile), line(header.lineCount) {}
 
     float Float(PlyType, const PlyRow& row) {
         const std::string_view word = Word(row);
@@ -123,7 +124,7 @@ private:
 template <std::endian order>
 class PlyBinaryBody {
 public:
-    PlyBinaryBody(InputFile& file_, const PlyHeader&) : file(file_) {}
+    PlyBinaryBody(InputFile& plyFile, const PlyHeader&) : file(plyFile) {}
 
     float Float(PlyType type, const PlyRow& row) {
         return Convert<float>(type, Bytes(SizeOf(type), row));

@@ -64,7 +64,7 @@ std::string Quoted(std::string_view text) {
 
 class HeaderReader {
 public:
-    explicit HeaderReader(InputFile& file_) : file(file_) {}
+    explicit HeaderReader(InputFile& plyFile) : file(plyFile) {}
 
     PlyHeader Read() {
         if (!NextLine() || line != "ply") {

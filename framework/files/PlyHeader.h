@@ -20,8 +20,8 @@ inline bool IsWhole(PlyType type) { return type < PlyType::Float32; }
 
 /// Bytes of one number in the binary encodings.
 inline std::size_t SizeOf(PlyType type) {
-    constexpr std::size_t Sizes[] = {1, 1, 2, 2, 4, 4, 4, 8};
-    return Sizes[static_cast<std::size_t>(type)];
+    constexpr std::size_t sizes[] = {1, 1, 2, 2, 4, 4, 4, 8};
+    return sizes[static_cast<std::size_t>(type)];
 }
 
 struct PlyProperty {

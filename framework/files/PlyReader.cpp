@@ -29,8 +29,8 @@ float ColorScale(PlyType type) {
 template <class Body>
 class BodyReader {
 public:
-    BodyReader(InputFile& file_, const PlyHeader& header_, JobControl* jobControl)
-        : file(file_), header(header_), body(file_, header_), job(jobControl) {}
+    BodyReader(InputFile& plyFile, const PlyHeader& plyHeader, JobControl* jobControl)
+        : file(plyFile), header(plyHeader), body(plyFile, plyHeader), job(jobControl) {}
 
     PolygonMesh Read() {
         for (const PlyElement& element : header.elements) {

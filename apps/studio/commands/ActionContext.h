@@ -37,8 +37,8 @@ struct ActionContext {
     /// a document.
     template <typename Condition>
     void EnableWhen(QAction* action, Condition condition) const {
-        const auto update = [this_ = *this, action, condition] {
-            action->setEnabled(this_.engine.State() && condition(*this_.engine.State()));
+        const auto update = [self = *this, action, condition] {
+            action->setEnabled(self.engine.State() && condition(*self.engine.State()));
         };
         QObject::connect(&engine, &Engine::StateChanged, action, update);
         update();
@@ -49,8 +49,8 @@ struct ActionContext {
     /// Keeps an action's check mark in sync with a condition on the document's state.
     template <typename Condition>
     void CheckWhen(QAction* action, Condition condition) const {
-        const auto update = [this_ = *this, action, condition] {
-            action->setChecked(this_.engine.State() && condition(*this_.engine.State()));
+        const auto update = [self = *this, action, condition] {
+            action->setChecked(self.engine.State() && condition(*self.engine.State()));
         };
         QObject::connect(&engine, &Engine::StateChanged, action, update);
         // A click has already toggled the check mark; the state from the engine is authoritative.

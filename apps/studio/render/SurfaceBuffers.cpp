@@ -7,7 +7,11 @@ namespace trovik::studio {
 
 namespace {
 
-const void* ByteOffset(std::size_t bytes) { return reinterpret_cast<const void*>(bytes); }
+// OpenGL takes offsets into buffers as pointers.
+const void* ByteOffset(std::size_t bytes) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
+    return reinterpret_cast<const void*>(bytes);
+}
 
 }  // namespace
 
