@@ -72,18 +72,19 @@ private:
     void RefineFace(const FacePoints& face) {
         Vector before[4];
         Vector after[4];
-        const uint32_t corners = region.corners;
-        for (uint32_t k = 0; k < corners; ++k) {
+        const uint32_t cornersPerFace = region.corners;
+        for (uint32_t k = 0; k < cornersPerFace; ++k) {
             before[k] = input[face.corner[k]].before;
             after[k] = input[face.corner[k]].after;
         }
         Point& centre = region.points[face.centre];
-        centre.before = FacePointRule(ExactSum(before, corners), corners);
-        centre.after = SameBits(before, after) ? centre.before
-                                               : FacePointRule(ExactSum(after, corners), corners);
-        for (uint32_t side = 0; side < corners; ++side) {
+        centre.before = FacePointRule(ExactSum(before, cornersPerFace), cornersPerFace);
+        centre.after = SameBits(before, after)
+                           ? centre.before
+                           : FacePointRule(ExactSum(after, cornersPerFace), cornersPerFace);
+        for (uint32_t side = 0; side < cornersPerFace; ++side) {
             const uint32_t a = face.corner[side];
-            const uint32_t b = face.corner[(side + 1) % corners];
+            const uint32_t b = face.corner[(side + 1) % cornersPerFace];
             around[a].Add(centre);
             around[a].Add(input[b]);
             const uint32_t edge = face.edge[side];
