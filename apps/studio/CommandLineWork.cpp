@@ -50,7 +50,7 @@ bool CommandLineWork::IsNeeded() const {
 }
 
 bool CommandLineWork::IsSettled() const {
-    return target.engine.IsIdle() && target.viewport.IsComplete();
+    return target.engine.IsIdle() && !target.engine.IsBusy() && target.viewport.IsComplete();
 }
 
 void CommandLineWork::Begin() {
