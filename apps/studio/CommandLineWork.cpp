@@ -92,6 +92,7 @@ void CommandLineWork::Continue() {
 }
 
 void CommandLineWork::Fail(const QString& error) {
+    if (!IsNeeded()) return;
     std::fprintf(stderr, "trovik-studio: %s\n", qPrintable(error));
     if (!commandLine.quits) return;
     poll.stop();

@@ -23,11 +23,12 @@ public:
 
     bool IsNeeded() const;
     EventPlayer& Player() { return player; }
+    /// Reports an error that ends the program with `--quit`; without effect if IsNeeded is false.
+    void Fail(const QString& error);
 
 private:
     void Begin();
     void Continue();
-    void Fail(const QString& error);
     bool IsSettled() const;
 
     enum class Stage { Open, Events, Save, Screenshot, Done };

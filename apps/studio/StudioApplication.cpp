@@ -69,6 +69,11 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     recorder = std::make_unique<EventRecorder>(target);
     work = std::make_unique<CommandLineWork>(commandLine, target, *window);
     connect(&work->Player(), &EventPlayer::Noted, window.get(), &MainWindow::ShowNote);
+    connect(&window->Files(), &FileActions::Refused, work.get(), &CommandLineWork::Fail);
+    connect(recorder.get(), &EventRecorder::Interrupted, this, [this] {
+        recorder->Stop();
+        window->ShowNote(tr("Another document was opened; the recording of events has ended."));
+    });
     if (const QString problem = keymap->Load(); !problem.isEmpty()) window->ShowError(problem);
     if (commandLine.viewportWidth > 0) viewport->setFixedWidth(commandLine.viewportWidth);
     if (commandLine.viewportHeight > 0) viewport->setFixedHeight(commandLine.viewportHeight);
@@ -287,6 +292,11 @@ bool StudioApplication::OfferRecovery() {
 
 void StudioApplication::StorePicture() {
     if (!engine->HasDocument() || engine->Document().journalPath.empty()) return;
+    // Reading the frame back takes too long for a stroke.
+    if (input->HasGesture()) {
+        pictureTimer.start();
+        return;
+    }
     const QString path = QString::fromStdString(PicturePathOf(engine->Document().journalPath));
     const QImage image = viewport->grabFramebuffer();
     // Scaling and compression take longer than a frame.
@@ -296,14 +306,15 @@ void StudioApplication::StorePicture() {
 }
 
 void StudioApplication::OpenFirst() {
+    // Before a file is opened that the work may have started from.
+    const bool mayAsk =
+        !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
+    if (mayAsk && OfferRecovery()) return;
     if (!commandLine.file.empty()) {
         window->Files().Open(
             QFileInfo(QString::fromStdString(commandLine.file)).absoluteFilePath());
         return;
     }
-    const bool mayAsk =
-        !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
-    if (mayAsk && OfferRecovery()) return;
     window->Files().OpenPrimitive(Primitive::Sphere, firstSegments, firstLevels);
     if (mayAsk) window->ShowWelcome();
 }

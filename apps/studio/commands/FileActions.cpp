@@ -30,14 +30,13 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
     connect(&context.engine, &Engine::Saved, this, [this](const QString& path) {
         context.preferences.AddRecentFile(path);
         Q_EMIT Succeeded(tr("Saved %1").arg(path));
-        if (const auto go = std::exchange(afterSave, {})) go();
     });
-    connect(&context.engine, &Engine::Failed, this, [this] { afterSave = {}; });
     connect(&context.engine, &Engine::Opened, this, [this] {
         const OpenedDocument& document = context.engine.Document();
         const QString source = QString::fromStdString(document.sourcePath);
         // Primitives are cache files, not the user's files.
-        if (!source.isEmpty() && !source.startsWith(StudioFolders::Primitives()))
+        if (!document.isRecovered && !source.isEmpty() &&
+            !source.startsWith(StudioFolders::Primitives()))
             context.preferences.AddRecentFile(source);
     });
     connect(player, &ScriptPlayer::Finished, this, [this](int done, const QString& error) {
@@ -92,8 +91,15 @@ void FileActions::OpenPrimitive(std::optional<Primitive> primitive,
     WhenSaved([this, request] { context.engine.Open(request); });
 }
 
+bool FileActions::HasUnsavedWork() const {
+    if (!context.engine.HasDocument()) return false;
+    const DocumentState& state = context.State();
+    return state.isModified || state.isStrokeOpen || context.engine.IsBusy() ||
+           context.engine.Document().isRecovered;
+}
+
 void FileActions::WhenSaved(const std::function<void()>& go) {
-    if (!context.engine.HasDocument() || !context.State().isModified) {
+    if (!HasUnsavedWork()) {
         go();
         return;
     }
@@ -105,9 +111,8 @@ void FileActions::WhenSaved(const std::function<void()>& go) {
     box.setDefaultButton(QMessageBox::Save);
     const int answer = box.exec();
     if (answer == QMessageBox::Discard) go();
-    if (answer != QMessageBox::Save) return;
-    afterSave = go;
-    Save();
+    // Asks again if there were changes while the file was written.
+    if (answer == QMessageBox::Save) Save([this, go] { WhenSaved(go); });
 }
 
 QString FileActions::NextIncrement(const QString& path) {
@@ -208,28 +213,33 @@ void FileActions::AskAndOpen(bool withOptions) {
     WhenSaved([this, request] { context.engine.Open(request); });
 }
 
-void FileActions::Save() {
-    const std::string& scene = context.State().scenePath;
-    if (!scene.empty())
-        context.engine.Save(scene);
-    else if (!SaveAs())
-        afterSave = {};
+void FileActions::Save(const std::function<void()>& then) {
+    // Recovered work has no file of the user's yet.
+    const std::string& scene = context.engine.Document().scenePath;
+    if (scene.empty())
+        SaveAs(then);
+    else
+        SaveTo(QString::fromStdString(scene), then);
 }
 
-bool FileActions::SaveAs() {
+void FileActions::SaveAs(const std::function<void()>& then) {
     const QString path = AskToSave(
         tr("Save As"), QStringLiteral("save"), QStringLiteral(".trovik"), tr("Scenes (*.trovik)"));
-    if (path.isEmpty()) return false;
-    context.engine.Save(path.toStdString());
-    return true;
+    if (!path.isEmpty()) SaveTo(path, then);
+}
+
+void FileActions::SaveTo(const QString& path, const std::function<void()>& then) {
+    context.engine.Run({{"save", path.toStdString()}}, tr("Saving"), [then](const QString& error) {
+        if (error.isEmpty() && then) then();
+    });
 }
 
 void FileActions::SaveIncremental() {
-    const std::string& scene = context.State().scenePath;
+    const std::string& scene = context.engine.Document().scenePath;
     if (scene.empty())
         SaveAs();
     else
-        context.engine.Save(NextIncrement(QString::fromStdString(scene)).toStdString());
+        SaveTo(NextIncrement(QString::fromStdString(scene)));
 }
 
 void FileActions::Export() {

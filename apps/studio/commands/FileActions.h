@@ -28,6 +28,9 @@ public:
     void Open(const QString& path);
     /// Opens a primitive, or the bust if none is given, with this number of levels.
     void OpenPrimitive(std::optional<Primitive> primitive, std::uint32_t segments, int levels);
+    /// Whether closing the document could lose work: changes, also those that are still being made,
+    /// and recovered work that has not been saved since.
+    bool HasUnsavedWork() const;
     /// Calls `go` at once if no changes would be lost; otherwise asks whether to save first. `go`
     /// is not called if the user cancels or saving fails.
     void WhenSaved(const std::function<void()>& go);
@@ -49,9 +52,11 @@ private:
     void AddTransferActions();
     void AddScriptActions();
     void AskAndOpen(bool withOptions);
-    void Save();
-    /// \return false if the user cancelled.
-    bool SaveAs();
+    /// \param then  called when the document is saved; not called if the user cancels or saving
+    /// fails.
+    void Save(const std::function<void()>& then = {});
+    void SaveAs(const std::function<void()>& then = {});
+    void SaveTo(const QString& path, const std::function<void()>& then = {});
     void SaveIncremental();
     void Export();
     void Bake();
@@ -67,7 +72,6 @@ private:
 
     ActionContext context;
     ScriptPlayer* player;
-    std::function<void()> afterSave;
 };
 
 }  // namespace trovik::studio

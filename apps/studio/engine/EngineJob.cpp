@@ -28,7 +28,7 @@ bool EngineJob::Report(uint64_t done, uint64_t total, const char* phase) {
         reported = now;
         listener(label, phase, done, total);
     }
-    return !isCancelled;
+    return !isCancelled && !isEnding;
 }
 
 }  // namespace trovik::studio

@@ -28,6 +28,8 @@ public:
     void End();
     /// Cancels the running request; has no effect if there is none.
     void Cancel() { isCancelled = isRunning.load(); }
+    /// Cancels the request that is running and all that begin later.
+    void CancelAll() { isEnding = true; }
     /// Whether a request has been running for longer than 200 ms.
     bool IsLong() const;
     bool Report(uint64_t done, uint64_t total, const char* phase) override;
@@ -37,6 +39,7 @@ private:
     QString label;
     std::atomic<bool> isRunning = false;
     std::atomic<bool> isCancelled = false;
+    std::atomic<bool> isEnding = false;
     std::atomic<Clock::time_point> begun;
     Clock::time_point reported;
 };

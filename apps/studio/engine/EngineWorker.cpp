@@ -53,6 +53,7 @@ EngineWorker::~EngineWorker() {
     {
         const std::lock_guard lock(mutex);
         isEnding = true;
+        job.CancelAll();
         requests.clear();
         pick.reset();
     }
@@ -179,6 +180,9 @@ QString EngineWorker::Guarded(Work work) {
         error = Engine::tr("Cancelled");
     } catch (const HostError& failure) {
         error = WithoutPosition(failure.what());
+    } catch (Error* failure) {
+        error = failure->Message();
+        Error::Dispose(failure);
     } catch (const std::bad_alloc&) {
         error = Engine::tr("There is not enough memory");
     } catch (const std::exception& failure) {
@@ -237,7 +241,9 @@ void EngineWorker::Serve(OpenRequest& request) {
         opened->notes.insert(opened->notes.begin(), notes.begin(), notes.end());
         if (!request.journalPath.empty()) {
             // The new journal starts from the recovered scene; the old one is no longer offered.
-            std::filesystem::rename(request.journalPath, request.journalPath + ".recovered");
+            std::error_code ignored;
+            std::filesystem::rename(
+                request.journalPath, request.journalPath + ".recovered", ignored);
             opened->isRecovered = true;
             opened->scenePath.clear();
         }
@@ -276,6 +282,7 @@ void EngineWorker::Serve(StepRequest& request) {
             auto renamed = std::make_unique<OpenedDocument>(*to.opened);
             renamed->scenePath = saved;
             renamed->title = std::filesystem::path(saved).filename().string();
+            renamed->isRecovered = false;
             to.opened = std::move(renamed);
             Q_EMIT to.Saved(QString::fromStdString(saved));
         }
@@ -330,8 +337,11 @@ void EngineWorker::AnswerPick() {
         const std::lock_guard lock(mutex);
         asked.swap(pick);
     }
-    if (!asked || session == nullptr) return;
-    const HoverHit hit = session->Pick(asked->view, asked->x, asked->y);
+    if (!asked) return;
+    HoverHit hit;
+    hit.x = asked->x;
+    hit.y = asked->y;
+    if (session != nullptr) Guarded([&] { hit = session->Pick(asked->view, asked->x, asked->y); });
     ToUi([hit](Engine& to) { Q_EMIT to.HoverPicked(hit); });
 }
 
@@ -342,7 +352,13 @@ void EngineWorker::SendSurface() {
         if (!hasSurfaceWork || waitingBytes >= maxWaitingBytes) return;
     }
     std::shared_ptr<SurfaceUpdate> update;
-    Guarded([&] { update = session->Feed().Pack(maxUpdateBytes); });
+    const QString error = Guarded([&] { update = session->Feed().Pack(maxUpdateBytes); });
+    if (!error.isEmpty()) {
+        // Tried again after the next request; repeating it at once would report errors without end.
+        session->Feed().SendAll();
+        hasSurfaceWork = false;
+        return;
+    }
     hasSurfaceWork = session->Feed().HasWork();
     if (update == nullptr) return;
     update->sampleTime = std::exchange(sampleTime, 0.0);

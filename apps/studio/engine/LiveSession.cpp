@@ -136,14 +136,18 @@ void LiveSession::Stroke(Work work) {
     } catch (Error* error) {
         const std::string reason = error->Message().toStdString();
         Error::Dispose(error);
-        stroke.reset();
-        hasBacklog = false;
+        EndAfterError();
         throw HostError(reason);
     } catch (...) {
-        stroke.reset();
-        hasBacklog = false;
+        EndAfterError();
         throw;
     }
+}
+
+void LiveSession::EndAfterError() {
+    stroke.reset();
+    hasBacklog = false;
+    SelectToolBefore();
 }
 
 void LiveSession::BeginStroke(const StrokeStart& start) {
@@ -189,6 +193,8 @@ void LiveSession::AddSamples(const std::vector<PenPoint>& points) {
 void LiveSession::Tick(double milliseconds) {
     Stroke([&] {
         if (strokePoints.empty() || milliseconds <= strokePoints.back().milliseconds) return;
+        // A tick would apply all waiting dabs at once; a later one covers its time.
+        if (hasBacklog) return;
         // Recorded as a repetition of the last sample at this time.
         PenPoint resting = strokePoints.back();
         resting.milliseconds = milliseconds;

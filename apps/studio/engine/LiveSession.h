@@ -62,6 +62,7 @@ private:
     template <typename Work>
     void Stroke(Work work);
     void NoteDabs(unsigned before, std::chrono::steady_clock::time_point begin);
+    void EndAfterError();
     void SelectToolBefore();
 
     ScriptRunner runner;

@@ -99,6 +99,8 @@ void PointerRouter::Route(const QTabletEvent& event) {
     } else if (event.type() == QEvent::TabletRelease) {
         pointer.kind = PointerEvent::Kind::Release;
         if (event.buttons() == Qt::NoButton) active = Active::None;
+    } else if (active == Active::Pen && event.buttons() == Qt::NoButton) {
+        SendLostRelease(pointer);
     }
     Send(pointer);
 }
@@ -117,9 +119,22 @@ bool PointerRouter::Route(const QMouseEvent& event) {
     } else if (event.type() == QEvent::MouseButtonRelease) {
         pointer.kind = PointerEvent::Kind::Release;
         if (event.buttons() == Qt::NoButton) active = Active::None;
+    } else if (active == Active::Mouse && event.buttons() == Qt::NoButton) {
+        SendLostRelease(pointer);
     }
     Send(pointer);
     return true;
+}
+
+// Some drivers and window managers swallow a release; the stroke would never end.
+void PointerRouter::SendLostRelease(const PointerEvent& move) {
+    active = Active::None;
+    for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton}) {
+        PointerEvent release = move;
+        release.kind = PointerEvent::Kind::Release;
+        release.button = button;
+        Send(release);
+    }
 }
 
 void PointerRouter::Send(PointerEvent& event) {

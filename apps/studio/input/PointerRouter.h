@@ -44,6 +44,8 @@ private:
     /// \return whether the event was accepted.
     bool Route(const QMouseEvent& event);
     void Send(PointerEvent& event);
+    /// Releases all buttons, because a motion without any button shows that a release was lost.
+    void SendLostRelease(const PointerEvent& move);
     double Unwrapped(quint64 timestamp);
 
     QWidget* viewport;

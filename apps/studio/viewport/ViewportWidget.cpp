@@ -45,7 +45,11 @@ ViewportWidget::ViewportWidget(Engine& ofEngine, QWidget* parent)
     connect(&engine, &Engine::SurfaceArrived, this, [this] { update(); });
 }
 
-ViewportWidget::~ViewportWidget() { FreeRenderer(); }
+ViewportWidget::~ViewportWidget() {
+    FreeRenderer();
+    // The context outlives the members of this class.
+    if (context() != nullptr) disconnect(context(), nullptr, this, nullptr);
+}
 
 void ViewportWidget::FreeRenderer() {
     if (renderer == nullptr) return;

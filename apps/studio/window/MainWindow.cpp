@@ -178,12 +178,16 @@ void MainWindow::showEvent(QShowEvent* event) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    if (!mayClose && context.engine.HasDocument() && context.State().isModified) {
+    if (!mayClose && files->HasUnsavedWork()) {
         event->ignore();
-        files->WhenSaved([this] {
+        // Qt ignores a close within a close event.
+        const auto closeNow = [this] {
             mayClose = true;
             close();
-        });
+            mayClose = false;
+        };
+        QMetaObject::invokeMethod(
+            this, [this, closeNow] { files->WhenSaved(closeNow); }, Qt::QueuedConnection);
         return;
     }
     context.preferences.SetLayout("geometry", saveGeometry());

@@ -16,8 +16,14 @@ namespace trovik::studio {
 
 namespace {
 
-/// Whether a step changed the sculpture. Tools, settings and cameras alone are not worth listing.
-bool IsChange(const JournalStep& step) { return step.dabs > 0 || step.undoBytes > 0; }
+/// Whether a step may have changed the sculpture. Tools, settings and cameras are not worth
+/// listing.
+bool IsChange(const JournalStep& step) {
+    if (!step.step.is_object()) return step.dabs > 0;
+    for (const auto& [name, value] : step.step.items())
+        if (name != "tool" && name != "set" && name != "camera") return true;
+    return false;
+}
 
 /// A line of the list of steps: the label of the step's undo step, or the names of its fields.
 QString StepText(const JournalStep& step) {
@@ -46,6 +52,9 @@ RecoverableWork Describe(const QFileInfo& file) {
         work.source = QString::fromStdString(content.base.source);
         for (const JournalStep& step : content.steps)
             if (IsChange(step)) work.steps.append(StepText(step));
+        // A journal that was restarted from a snapshot holds unsaved work without any step.
+        if (work.steps.isEmpty() && work.source.startsWith(work.journalPath))
+            work.steps.append(RecoveryDialog::tr("Work before the last undo or redo"));
     } catch (const std::exception& error) {
         work.problem = QString::fromUtf8(error.what());
     }
