@@ -18,7 +18,10 @@ void EngineJob::Begin(const QString& newLabel) {
     isRunning = true;
 }
 
-void EngineJob::End() { isRunning = false; }
+bool EngineJob::End() {
+    isRunning = false;
+    return reported != Clock::time_point();
+}
 
 bool EngineJob::IsLong() const { return isRunning && Clock::now() - begun.load() > silentTime; }
 

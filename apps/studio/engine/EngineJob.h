@@ -25,7 +25,8 @@ public:
     explicit EngineJob(Listener onProgress) : listener(std::move(onProgress)) {}
 
     void Begin(const QString& newLabel);
-    void End();
+    /// \return whether progress was reported.
+    bool End();
     /// Cancels the running request; has no effect if there is none.
     void Cancel() { isCancelled = isRunning.load(); }
     /// Cancels the request that is running and all that begin later.

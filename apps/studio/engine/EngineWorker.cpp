@@ -248,7 +248,7 @@ void EngineWorker::Serve(OpenRequest& request) {
             opened->scenePath.clear();
         }
     });
-    job.End();
+    EndJob();
     if (!error.isEmpty()) return;
     sentState = session->GetDocument().State();
     auto settings = std::make_shared<const ToolSettingList>(
@@ -274,7 +274,7 @@ void EngineWorker::Serve(StepRequest& request) {
         if (session == nullptr) throw HostError("no document is open");
         session->Run(request.step, request.view);
     });
-    job.End();
+    EndJob();
     const std::string saved =
         error.isEmpty() ? request.step.value("save", std::string()) : std::string();
     ToUi([error, saved, done = std::move(request.done)](Engine& to) {
@@ -287,6 +287,15 @@ void EngineWorker::Serve(StepRequest& request) {
             Q_EMIT to.Saved(QString::fromStdString(saved));
         }
         if (done) done(error);
+    });
+}
+
+// The UI thread may have been too busy to notice that the request was a long one.
+void EngineWorker::EndJob() {
+    if (!job.End()) return;
+    ToUi([](Engine& to) {
+        to.isBusy = false;
+        Q_EMIT to.BusyChanged(false);
     });
 }
 

@@ -71,6 +71,8 @@ private:
     QString Guarded(Work work);
     template <typename Request>
     void RequireDocument(const Request& request) const;
+    /// Ends the job of a request, and the display of its progress.
+    void EndJob();
     void AnswerPick();
     void SendSurface();
     void SendState();
