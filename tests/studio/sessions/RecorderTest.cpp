@@ -63,7 +63,6 @@ TEST(Recorder, WhatWasRecordedGivesTheSameScene) {
                 PenStroke(340.0, 4000, 30, true),
                 {{4500, ActionInput{"edit.undo"}}, {4600, ActionInput{"view.wireframe"}}}}));
     const EventFile& file = recorded.file;
-    EXPECT_EQ(file.viewport, viewportSize);
     EXPECT_EQ(CountOf<WheelInput>(file), 1u);
     EXPECT_EQ(CountOf<KeyInput>(file), 2u);
     EXPECT_GE(CountOf<CameraInput>(file), 3u);
