@@ -75,7 +75,7 @@ PHRASES = (
     (r"\b(?:take|takes|taken|took|taking)(?: \w+){0,3} back\b", "undoes"),
     (r"\b(?:bring|brings|brought|bringing)(?: \w+){0,3} (?:again|back)\b", "redoes, restores"),
     (r"\b(?:put|puts|putting)(?: \w+){0,3} back\b", "reverts, restores"),
-    (r"\b(?:mend|mends|mended|mending)\b", "fixes"),
+    (r"\bmend(?:s|ed|ing)?\b", "fixes"),
     # Renders.
     (r"\bpictures? (?:of|shows?|with) (?:a|the|its|every|each) (?:\w+ )?"
      r"(?:mesh|model|object|surface|scene|level|sphere)\b|\bsheets? of (?:pictures|renders|views)\b", "render, contact sheet"),
