@@ -56,15 +56,14 @@ function(trovik_make_source_folder)
     target_link_libraries(TrovikTestSourceFolder PRIVATE Trovik::Warnings)
 endfunction()
 
-# trovik_add_test(NAME <name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...] [DISPLAY])
+# trovik_add_test(NAME <name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...])
 #
-# Builds the GoogleTest executable <name> and registers it with ctest. With DISPLAY it runs under
-# Xvfb with Mesa's software renderer.
+# Builds the GoogleTest executable <name> and registers it with ctest.
 #
 # It runs with TROVIK_PLUGIN_PATH set to the built plug-ins and TROVIK_DATA to the examples
 # folder; tests/SourceFolder.h returns the source tree. Label: `unit` if none is given.
 function(trovik_add_test)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "DISPLAY" "NAME" "SOURCES;LIBRARIES;LABELS")
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES;LABELS")
     if(NOT arg_NAME OR NOT arg_SOURCES)
         message(FATAL_ERROR "trovik_add_test needs NAME and SOURCES")
     endif()
@@ -99,15 +98,11 @@ function(trovik_add_test)
 
     # One ctest entry per executable, because starting a process costs more than most tests. The
     # output lists failed tests; `--gtest_filter` runs a single test.
-    set(environment
-        "TROVIK_PLUGIN_PATH=${TROVIK_BUILD_PLUGIN_DIR}" "TROVIK_DATA=${PROJECT_SOURCE_DIR}/examples")
-    set(launcher)
-    if(arg_DISPLAY)
-        # A machine without xvfb-run fails the test.
-        set(launcher xvfb-run --auto-servernum --server-args "-screen 0 1600x1200x24")
-        list(APPEND environment LIBGL_ALWAYS_SOFTWARE=1 QT_QPA_PLATFORM=xcb)
-    endif()
-    add_test(NAME ${arg_NAME} COMMAND ${launcher} $<TARGET_FILE:${arg_NAME}>)
+    add_test(NAME ${arg_NAME} COMMAND ${arg_NAME})
     set_tests_properties(
-        ${arg_NAME} PROPERTIES LABELS "${arg_LABELS}" ENVIRONMENT "${environment}")
+        ${arg_NAME}
+        PROPERTIES
+            LABELS "${arg_LABELS}"
+            ENVIRONMENT
+            "TROVIK_PLUGIN_PATH=${TROVIK_BUILD_PLUGIN_DIR};TROVIK_DATA=${PROJECT_SOURCE_DIR}/examples")
 endfunction()
