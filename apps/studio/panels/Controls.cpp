@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panels/Controls.h"
 
+#include "commands/ActionRegistry.h"
 #include "resources/Icons.h"
 
 #include <QAction>
@@ -142,6 +143,19 @@ Section::Section(const QString& title, QWidget* parent, bool isOpen) : QWidget(p
 
 bool Section::IsOpen() const { return header->isChecked(); }
 void Section::SetOpen(bool open) { header->setChecked(open); }
+
+void AddActionButtons(Section* section,
+                      const ActionRegistry& actions,
+                      std::initializer_list<const char*> ids) {
+    auto* grid = new QGridLayout;
+    grid->setSpacing(4);
+    int index = 0;
+    for (const char* id : ids) {
+        grid->addWidget(MakeActionButton(actions.Find(id), section, true), index / 2, index % 2);
+        ++index;
+    }
+    section->Body()->addLayout(grid);
+}
 
 QVBoxLayout* MakePanelLayout(QWidget* panel) {
     auto* layout = new QVBoxLayout(panel);

@@ -4,11 +4,16 @@
 #include <QComboBox>
 #include <QToolButton>
 
+#include <initializer_list>
+
 class QAction;
 class QLabel;
 class QVBoxLayout;
 
 namespace trovik::studio {
+
+class ActionRegistry;
+class Section;
 
 /// \file
 /// Controls of panels. They never take the keyboard focus, so that letter keys always reach the
@@ -35,6 +40,10 @@ QToolButton* MakeIconButton(const QString& icon,
 /// A button for an action of the registry, with its icon only, or with icon and text that fill the
 /// width.
 QToolButton* MakeActionButton(QAction* action, QWidget* parent, bool hasText = false);
+/// Adds buttons for actions of the registry, with icon and text, in two columns.
+void AddActionButtons(Section* section,
+                      const ActionRegistry& actions,
+                      std::initializer_list<const char*> ids);
 /// A row of a switch: a check mark and a label.
 class PanelCheck : public QToolButton {
     Q_OBJECT

@@ -6,27 +6,11 @@
 #include "panels/Controls.h"
 #include "panels/ValueSlider.h"
 
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 namespace trovik::studio {
-
-namespace {
-
-void AddActions(Section* section, ActionRegistry& actions, std::initializer_list<const char*> ids) {
-    auto* grid = new QGridLayout;
-    grid->setSpacing(4);
-    int place = 0;
-    for (const char* id : ids) {
-        grid->addWidget(MakeActionButton(actions.Find(id), section, true), place / 2, place % 2);
-        ++place;
-    }
-    section->Body()->addLayout(grid);
-}
-
-}  // namespace
 
 MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
     : QWidget(parent), engine(given) {
@@ -35,21 +19,22 @@ MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(1);
     auto* mask = new Section(tr("Mask"), this);
-    AddActions(mask,
-               actions,
-               {"mask.clear",
-                "mask.invert",
-                "mask.fill",
-                "tool.Freeze",
-                "mask.grow",
-                "mask.shrink",
-                "mask.blur",
-                "mask.sharpen"});
+    AddActionButtons(mask,
+                     actions,
+                     {"mask.clear",
+                      "mask.invert",
+                      "mask.fill",
+                      "tool.Freeze",
+                      "mask.grow",
+                      "mask.shrink",
+                      "mask.blur",
+                      "mask.sharpen"});
     auto* cavity = new Section(tr("Mask by cavity"), this);
     auto* visibility = new Section(tr("Visibility"), this);
-    AddActions(visibility,
-               actions,
-               {"visibility.hide", "visibility.isolate", "visibility.show", "visibility.invert"});
+    AddActionButtons(
+        visibility,
+        actions,
+        {"visibility.hide", "visibility.isolate", "visibility.show", "visibility.invert"});
     layout->addWidget(mask);
     layout->addWidget(visibility);
     layout->addWidget(cavity);

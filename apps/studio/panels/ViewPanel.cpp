@@ -7,28 +7,12 @@
 #include "panels/ValueSlider.h"
 
 #include <QColorDialog>
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPixmap>
 #include <QVBoxLayout>
 
 namespace trovik::studio {
-
-namespace {
-
-void AddActions(Section* section, ActionRegistry& actions, std::initializer_list<const char*> ids) {
-    auto* grid = new QGridLayout;
-    grid->setSpacing(4);
-    int place = 0;
-    for (const char* id : ids) {
-        grid->addWidget(MakeActionButton(actions.Find(id), section, true), place / 2, place % 2);
-        ++place;
-    }
-    section->Body()->addLayout(grid);
-}
-
-}  // namespace
 
 ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
     : QWidget(parent), view(model) {
@@ -49,10 +33,11 @@ ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
     cavity =
         new ValueSlider(tr("Cavity"), tr("Darkens hollows and brightens ridges; 0: off"), surface);
     surface->Body()->addWidget(cavity);
-    AddActions(surface, actions, {"view.wireframe", "view.flat", "view.mask", "view.groups"});
+    AddActionButtons(surface, actions, {"view.wireframe", "view.flat", "view.mask", "view.groups"});
     layout->addWidget(surface);
     auto* scene = new Section(tr("Scene"), this);
-    AddActions(scene, actions, {"view.grid", "view.ground", "view.orthographic", "view.frame"});
+    AddActionButtons(
+        scene, actions, {"view.grid", "view.ground", "view.orthographic", "view.frame"});
     fieldOfView =
         new ValueSlider(tr("Field of view"), tr("Angle of the camera from top to bottom"), scene);
     ValueSlider::Range range;
