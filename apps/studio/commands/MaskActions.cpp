@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "commands/StepAction.h"
 #include "commands/StudioActions.h"
 
 #include <QCoreApplication>
@@ -11,25 +12,17 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(MaskActions)
 };
 
-struct Row {
-    const char* id;
-    /// `shortText` is that of buttons next to other masks' actions.
-    QString text, shortText, description;
-    const char* key;
-    const char* icon;
-    nlohmann::json freeze;
-};
-
 }  // namespace
 
 void AddMaskActions(const ActionContext& context) {
-    const Row rows[] = {
+    const StepAction rows[] = {
         {"mask.clear",
          Text::tr("Clear Mask"),
          Text::tr("Clear"),
          Text::tr("Removes the mask from the whole surface."),
          "Alt+M",
          "mask-clear",
+         "freeze",
          "clear"},
         {"mask.fill",
          Text::tr("Mask Everything"),
@@ -37,6 +30,7 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Masks the whole surface."),
          "Ctrl+A",
          "mask-fill",
+         "freeze",
          "all"},
         {"mask.invert",
          Text::tr("Invert Mask"),
@@ -44,6 +38,7 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Masks what is not masked, and the other way round."),
          "Ctrl+I",
          "mask-invert",
+         "freeze",
          "invert"},
         {"mask.grow",
          Text::tr("Grow Mask"),
@@ -51,6 +46,7 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Widens the mask by one ring of vertices."),
          "Ctrl+]",
          "mask-grow",
+         "freeze",
          {{"grow", 1}}},
         {"mask.shrink",
          Text::tr("Shrink Mask"),
@@ -58,6 +54,7 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Narrows the mask by one ring of vertices."),
          "Ctrl+[",
          "mask-shrink",
+         "freeze",
          {{"shrink", 1}}},
         {"mask.blur",
          Text::tr("Blur Mask"),
@@ -65,6 +62,7 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Softens the border of the mask."),
          "Ctrl+B",
          "mask-blur",
+         "freeze",
          {{"blur", 2}}},
         {"mask.sharpen",
          Text::tr("Sharpen Mask"),
@@ -72,6 +70,7 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Hardens the border of the mask."),
          "Ctrl+Shift+B",
          "mask-sharpen",
+         "freeze",
          {{"sharpen", 2}}},
         {"mask.cavity",
          Text::tr("Mask Cavities"),
@@ -79,6 +78,7 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Masks hollows of the surface, in addition to what is masked."),
          "",
          "mask-cavity",
+         "freeze",
          {{"cavity", {{"softness", 0.5}}}}},
         {"mask.ridges",
          Text::tr("Mask Ridges"),
@@ -86,21 +86,10 @@ void AddMaskActions(const ActionContext& context) {
          Text::tr("Masks ridges of the surface, in addition to what is masked."),
          "",
          "mask-sharpen",
+         "freeze",
          {{"cavity", {{"sign", "ridge"}, {"softness", 0.5}}}}},
     };
-    for (const Row& row : rows) {
-        QList<QKeySequence> keys;
-        if (*row.key != '\0') keys.append(QKeySequence(QLatin1String(row.key)));
-        QAction* action = context.actions.Add(
-            {.id = row.id,
-             .text = row.text,
-             .description = row.description,
-             .keys = keys,
-             .icon = row.icon,
-             .run = [context, row] { context.Run("freeze", row.freeze, row.text); }});
-        action->setIconText(row.shortText);
-        context.EnableWithDocument(action);
-    }
+    for (const StepAction& row : rows) AddStepAction(context, row);
 }
 
 }  // namespace trovik::studio

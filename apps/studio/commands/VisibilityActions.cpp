@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "commands/StepAction.h"
 #include "commands/StudioActions.h"
 
 #include <QCoreApplication>
@@ -14,21 +15,11 @@ struct Text {
 /// A face is selected if the mask weight is at least one half at all its corners.
 constexpr double maskLimit = 0.5;
 
-struct Row {
-    const char* id;
-    /// `shortText` is that of buttons in the group of visibility.
-    QString text, shortText, description;
-    const char* key;
-    const char* icon;
-    const char* step;
-    nlohmann::json value;
-};
-
 }  // namespace
 
 void AddVisibilityActions(const ActionContext& context) {
     const nlohmann::json masked = {{"mask", maskLimit}};
-    const Row rows[] = {
+    const StepAction rows[] = {
         {"visibility.hide",
          Text::tr("Hide Masked"),
          Text::tr("Hide"),
@@ -70,19 +61,7 @@ void AddVisibilityActions(const ActionContext& context) {
          "hide",
          {{"hidden", true}, {"grow", 1}}},
     };
-    for (const Row& row : rows) {
-        QList<QKeySequence> keys;
-        if (*row.key != '\0') keys.append(QKeySequence(QLatin1String(row.key)));
-        QAction* action = context.actions.Add(
-            {.id = row.id,
-             .text = row.text,
-             .description = row.description,
-             .keys = keys,
-             .icon = row.icon,
-             .run = [context, row] { context.Run(row.step, row.value, row.text); }});
-        action->setIconText(row.shortText);
-        context.EnableWithDocument(action);
-    }
+    for (const StepAction& row : rows) AddStepAction(context, row);
 }
 
 }  // namespace trovik::studio
