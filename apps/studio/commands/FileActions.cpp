@@ -242,6 +242,14 @@ void FileActions::SaveIncremental() {
         SaveTo(NextIncrement(QString::fromStdString(scene)));
 }
 
+void FileActions::RunWithFile(const char* name,
+                              nlohmann::json options,
+                              const QString& path,
+                              const QString& label) {
+    options["file"] = path.toStdString();
+    context.Run(name, std::move(options), label);
+}
+
 void FileActions::Export() {
     ExportDialog dialog(context.window);
     if (dialog.exec() != QDialog::Accepted) return;
@@ -249,10 +257,7 @@ void FileActions::Export() {
                                    QStringLiteral("export"),
                                    dialog.Extension(),
                                    QStringLiteral("*") + dialog.Extension());
-    if (path.isEmpty()) return;
-    nlohmann::json options = dialog.Options();
-    options["file"] = path.toStdString();
-    context.Run("export", options, tr("Export"));
+    if (!path.isEmpty()) RunWithFile("export", dialog.Options(), path, tr("Export"));
 }
 
 void FileActions::Bake() {
@@ -262,10 +267,7 @@ void FileActions::Bake() {
                                    QStringLiteral("export"),
                                    dialog.Extension(),
                                    QStringLiteral("*") + dialog.Extension());
-    if (path.isEmpty()) return;
-    nlohmann::json options = dialog.Options();
-    options["file"] = path.toStdString();
-    context.Run("bake", options, tr("Bake"));
+    if (!path.isEmpty()) RunWithFile("bake", dialog.Options(), path, tr("Bake"));
 }
 
 void FileActions::ImportDisplacement() {
@@ -275,9 +277,7 @@ void FileActions::ImportDisplacement() {
     if (path.isEmpty()) return;
     DisplacementDialog dialog(QFileInfo(path).fileName(), context.window);
     if (dialog.exec() != QDialog::Accepted) return;
-    nlohmann::json options = dialog.Options();
-    options["file"] = path.toStdString();
-    context.Run("displace", options, tr("Displace"));
+    RunWithFile("displace", dialog.Options(), path, tr("Displace"));
 }
 
 void FileActions::Screenshot() {

@@ -60,6 +60,11 @@ private:
     void SaveIncremental();
     void Export();
     void Bake();
+    /// Runs the step {name: options} with the file.
+    void RunWithFile(const char* name,
+                     nlohmann::json options,
+                     const QString& path,
+                     const QString& label);
     void ImportDisplacement();
     void Screenshot();
     QString AskToSave(const QString& title,
