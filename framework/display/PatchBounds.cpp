@@ -47,6 +47,17 @@ AxisAlignedBoundingBox BoxOf(std::span<const DisplayVertex> vertices) {
     return {low.x, low.y, low.z, high.x, high.y, high.z};
 }
 
+AxisAlignedBoundingBox TransformBox(const AxisAlignedBoundingBox& box, const Matrix& matrix) {
+    AxisAlignedBoundingBox around;
+    if (box.IsEmpty()) return around;
+    for (int corner = 0; corner < 8; ++corner)
+        around.Extend(matrix.AffineTransform({(corner & 1) != 0 ? box.maxX : box.minX,
+                                              (corner & 2) != 0 ? box.maxY : box.minY,
+                                              (corner & 4) != 0 ? box.maxZ : box.minZ},
+                                             1.0f));
+    return around;
+}
+
 NormalCone ConeOf(std::span<const DisplayVertex> vertices, std::span<const uint16_t> triangles) {
     Vector3d sum{};
     VisitNormals(vertices, triangles, [&](const Vector3d& normal) {

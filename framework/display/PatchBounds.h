@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/display/DisplayVertex.h"
+#include "host/Matrix.h"
 #include "host/Vector.h"
 
 #include <cstdint>
@@ -13,6 +14,11 @@ namespace trovik {
 /// box is empty. PatchTree::BoxOf returns the same box for a grid patch without reading vertices.
 /// Cost: O(vertices).
 TROVIK_API AxisAlignedBoundingBox BoxOf(std::span<const DisplayVertex> vertices);
+
+/// The box along the axes around a box that is transformed by a matrix (row-vector convention).
+/// Empty for an empty box.
+TROVIK_API AxisAlignedBoundingBox TransformBox(const AxisAlignedBoundingBox& box,
+                                               const Matrix& matrix);
 
 /// A cone that contains the normals of triangles, mesh-local. The front of a triangle is the side
 /// from which its corners run counterclockwise.

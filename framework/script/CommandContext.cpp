@@ -77,8 +77,7 @@ float CommandContext::Diagonal() const {
 
 float CommandContext::RadiusAt(const Vector& point) const {
     const SceneSettings& settings = document.Settings();
-    const float pixels = settings.dynamics.radiusPixels;
-    return pixels > 0.0f ? WorldLength(document.View(), pixels, point) : settings.radius;
+    return DabRadius(document.View(), settings.dynamics, settings.radius, point);
 }
 
 void CommandContext::WarnOfFarPoints(const std::string& name,

@@ -204,10 +204,8 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
     if (options.progress) options.progress();
 }
 
-/// Brush radius before tilt, pressure and randomness are applied.
 float PathDabs::RadiusAt(const Vector& position) const {
-    return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, position)
-                                        : options.radius;
+    return DabRadius(view, dynamics, options.radius, position);
 }
 
 float PathDabs::SizeOf(const Vector& position, const PathSample& sample) {
@@ -220,6 +218,14 @@ float PathDabs::SizeOf(const Vector& position, const PathSample& sample) {
     fraction *= 1.0f + dynamics.tiltToSize * lean;
     if (dynamics.randomSize > 0.0f) fraction *= 1.0f - dynamics.randomSize * loop.RandomFraction();
     return RadiusAt(position) * std::max(fraction, smallestDab);
+}
+
+float DabRadius(const StrokeView& view,
+                const DabDynamics& dynamics,
+                float radius,
+                const Vector& position) {
+    return dynamics.radiusPixels > 0.0f ? WorldLength(view, dynamics.radiusPixels, position)
+                                        : radius;
 }
 
 float WorldLength(const StrokeView& view, float pixels, const Vector& position) {

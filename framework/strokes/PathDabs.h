@@ -106,6 +106,13 @@ private:
 /// Converts a length on the viewport to world units at the depth of a position.
 TROVIK_API float WorldLength(const StrokeView& view, float pixels, const Vector& position);
 
+/// Radius of a dab at a world position, in world units, before tilt, pressure and randomness are
+/// applied: DabDynamics::radiusPixels if that is above 0, otherwise `radius`.
+TROVIK_API float DabRadius(const StrokeView& view,
+                           const DabDynamics& dynamics,
+                           float radius,
+                           const Vector& position);
+
 /// The tilt of the pen as a direction in the view plane. World; zero for an upright pen.
 TROVIK_API Vector TiltInView(const StrokeView& view, const Vector& tilt);
 

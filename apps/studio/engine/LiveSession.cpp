@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/LiveSession.h"
 
+#include "framework/display/PatchBounds.h"
 #include "framework/errors/HostError.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/script/ScriptDocument.h"
@@ -29,20 +30,6 @@ std::vector<PathSample> PathSamples(const std::vector<PenPoint>& points) {
         samples.push_back(sample);
     }
     return samples;
-}
-
-AxisAlignedBoundingBox WorldBox(trovik::Document& document) {
-    const AxisAlignedBoundingBox local = document.Tree().Bounds();
-    AxisAlignedBoundingBox world;
-    if (local.IsEmpty()) return world;
-    const Matrix& toWorld = document.Geometry().Place().ToWorld();
-    for (int corner = 0; corner < 8; ++corner) {
-        world.Extend(toWorld.AffineTransform(Vector((corner & 1) != 0 ? local.maxX : local.minX,
-                                                    (corner & 2) != 0 ? local.maxY : local.minY,
-                                                    (corner & 4) != 0 ? local.maxZ : local.minZ),
-                                             1.0f));
-    }
-    return world;
 }
 
 bool IsSameView(const StrokeView& a, const StrokeView& b) {
@@ -91,7 +78,7 @@ LiveSession::LiveSession(const OpenRequest& request,
     opened.title = request.title.empty()
                        ? std::filesystem::path(opened.sourcePath).filename().string()
                        : request.title;
-    opened.bounds = WorldBox(document);
+    opened.bounds = TransformBox(document.Tree().Bounds(), document.Geometry().Place().ToWorld());
     opened.view = document.View();
     opened.applicationData = document.Settings().applicationData;
     opened.notes = document.Notes();
@@ -270,8 +257,7 @@ HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {
         mirrored.normal = WorldNormal(geometry.Place(), map.AffineTransform(hit->normal, 0.0f));
         result.mirrored.push_back(mirrored);
     }
-    const float pixels = settings.dynamics.radiusPixels;
-    result.radius = pixels > 0.0f ? WorldLength(view, pixels, result.position) : settings.radius;
+    result.radius = DabRadius(view, settings.dynamics, settings.radius, result.position);
     return result;
 }
 

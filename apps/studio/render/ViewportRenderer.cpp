@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "render/ViewportRenderer.h"
 
+#include "framework/display/PatchBounds.h"
 #include "render/FrameTimer.h"
 
 #include <algorithm>
@@ -93,14 +94,7 @@ void ViewportRenderer::Draw(const Frame& frame) {
 }
 
 AxisAlignedBoundingBox ViewportRenderer::WorldBounds() const {
-    AxisAlignedBoundingBox world;
-    if (bounds.IsEmpty()) return world;
-    for (int corner = 0; corner < 8; ++corner)
-        world.Extend(toWorld.AffineTransform({(corner & 1) != 0 ? bounds.maxX : bounds.minX,
-                                              (corner & 2) != 0 ? bounds.maxY : bounds.minY,
-                                              (corner & 4) != 0 ? bounds.maxZ : bounds.minZ},
-                                             1.0f));
-    return world;
+    return TransformBox(bounds, toWorld);
 }
 
 }  // namespace trovik::studio
