@@ -21,10 +21,14 @@ nlohmann::json CameraStep(const StrokeView& view) {
               {"height", view.height}}}};
 }
 
+bool OnlyWritesFiles(const nlohmann::json& step) {
+    for (const char* name : {"save", "export", "picture", "sheet", "bake"})
+        if (step.contains(name)) return true;
+    return false;
+}
+
 void ActionLog::AddStep(const nlohmann::json& step) {
-    for (const char* writing : {"save", "export", "picture", "sheet", "bake"})
-        if (step.contains(writing)) return;
-    steps.push_back(step);
+    if (!OnlyWritesFiles(step)) steps.push_back(step);
 }
 
 void ActionLog::AddStroke(const StrokeStart& start,

@@ -10,6 +10,9 @@
 
 namespace trovik::studio {
 
+/// Whether a step writes files and changes nothing in the document.
+bool OnlyWritesFiles(const nlohmann::json& step);
+
 /// The steps and strokes since a document was opened, as a stroke script whose result is
 /// bit-identical. Used only on the engine thread.
 class ActionLog {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "events/EventRecorder.h"
 
+#include "engine/ActionLog.h"
 #include "commands/ActionRegistry.h"
 #include "engine/Engine.h"
 #include "input/ViewportInput.h"
@@ -11,7 +12,6 @@
 #include <QTabletEvent>
 #include <QWheelEvent>
 
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -19,26 +19,8 @@ namespace trovik::studio {
 
 namespace {
 
-constexpr std::array<std::pair<Qt::KeyboardModifier, Qt::Key>, 4> modifierKeys{{
-    {Qt::ShiftModifier, Qt::Key_Shift},
-    {Qt::ControlModifier, Qt::Key_Control},
-    {Qt::AltModifier, Qt::Key_Alt},
-    {Qt::MetaModifier, Qt::Key_Meta},
-}};
-
-bool IsStylus(const QPointingDevice* device) {
-    return device != nullptr && (device->type() == QInputDevice::DeviceType::Stylus ||
-                                 device->type() == QInputDevice::DeviceType::Airbrush);
-}
-
 CameraInput CameraOf(const Camera& view) {
     return {view.Eye(), view.Target(), view.Up(), view.FieldOfView(), view.IsOrthographic()};
-}
-
-bool OnlyWritesFiles(const nlohmann::json& step) {
-    for (const char* name : {"save", "export", "picture", "sheet", "bake"})
-        if (step.contains(name)) return true;
-    return false;
 }
 
 }  // namespace
@@ -212,7 +194,7 @@ void EventRecorder::Record(const QMouseEvent& event) {
                                                               : PenInput::Kind::Press;
     mouse.position = event.position();
     if (mouse.kind != PenInput::Kind::Move) mouse.button = event.button();
-    mouse.isFromPen = IsStylus(event.pointingDevice());
+    mouse.isFromPen = IsPen(event.pointingDevice());
     const uint32_t time = TimeOf(event.timestamp());
     if (mouse.kind == PenInput::Kind::Press && !mouse.isFromPen)
         RecordModifiers(event.modifiers(), time);

@@ -4,19 +4,11 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 
-#include <array>
 #include <utility>
 
 namespace trovik::studio {
 
 namespace {
-
-constexpr std::array<std::pair<Qt::KeyboardModifier, Qt::Key>, 4> modifierKeys{{
-    {Qt::ShiftModifier, Qt::Key_Shift},
-    {Qt::ControlModifier, Qt::Key_Control},
-    {Qt::AltModifier, Qt::Key_Alt},
-    {Qt::MetaModifier, Qt::Key_Meta},
-}};
 
 bool IsModifier(int key) {
     for (const auto& [modifier, modifierKey] : modifierKeys)

@@ -5,7 +5,18 @@
 #include <QObject>
 #include <QSet>
 
+#include <array>
+#include <utility>
+
 namespace trovik::studio {
+
+/// The modifiers of input, and the key of each.
+inline constexpr std::array<std::pair<Qt::KeyboardModifier, Qt::Key>, 4> modifierKeys{{
+    {Qt::ShiftModifier, Qt::Key_Shift},
+    {Qt::ControlModifier, Qt::Key_Control},
+    {Qt::AltModifier, Qt::Key_Alt},
+    {Qt::MetaModifier, Qt::Key_Meta},
+}};
 
 /// Tracks the keys that are held while the application is active. On some window systems tablet
 /// events have no modifiers, so the input code reads them from this class.

@@ -14,11 +14,6 @@ namespace trovik::studio {
 
 namespace {
 
-bool IsPen(const QPointingDevice* device) {
-    return device != nullptr && (device->type() == QInputDevice::DeviceType::Stylus ||
-                                 device->type() == QInputDevice::DeviceType::Airbrush);
-}
-
 double SteadyMilliseconds() {
     const std::chrono::duration<double, std::milli> now =
         std::chrono::steady_clock::now().time_since_epoch();
@@ -37,6 +32,11 @@ void SetTilt(PointerEvent& event, qreal xTilt, qreal yTilt) {
 }
 
 }  // namespace
+
+bool IsPen(const QPointingDevice* device) {
+    return device != nullptr && (device->type() == QInputDevice::DeviceType::Stylus ||
+                                 device->type() == QInputDevice::DeviceType::Airbrush);
+}
 
 PointerRouter::PointerRouter(QWidget* widget) : QObject(widget), viewport(widget) {
     viewport->setMouseTracking(true);

@@ -8,10 +8,14 @@
 #include <optional>
 
 class QMouseEvent;
+class QPointingDevice;
 class QTabletEvent;
 class QWidget;
 
 namespace trovik::studio {
+
+/// Whether a device, which may be null, is a pen.
+bool IsPen(const QPointingDevice* device);
 
 /// Merges the tablet and mouse events of a widget into one stream of pointer events. Between press
 /// and release of one device, the other is ignored, and mouse events that the window system
