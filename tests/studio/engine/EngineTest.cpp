@@ -5,6 +5,7 @@
 #include "framework/io/ContentHash.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/SourceFolder.h"
+#include "tests/studio/WaitFor.h"
 
 #include <QEventLoop>
 #include <QTemporaryDir>
@@ -35,17 +36,6 @@ protected:
     }
 
     std::string Path(const char* name) { return folder.filePath(name).toStdString(); }
-
-    /// Runs the event loop until the condition holds. \return false after half a minute.
-    template <typename Condition>
-    static bool WaitFor(Condition condition) {
-        QEventLoop loop;
-        for (int i = 0; i < 15000 && !condition(); ++i) {
-            QTimer::singleShot(2, &loop, &QEventLoop::quit);
-            loop.exec();
-        }
-        return condition();
-    }
 
     /// Waits until all requests so far are carried out.
     void Finish() {

@@ -6,6 +6,7 @@
 #include "commands/Preferences.h"
 #include "commands/ViewModel.h"
 #include "engine/Engine.h"
+#include "tests/studio/WaitFor.h"
 #include "window/MainWindow.h"
 
 #include <QEventLoop>
@@ -27,16 +28,6 @@ protected:
     void OpenSphere(int levels = 1);
     /// Waits until all requests so far are carried out and shown.
     void Finish();
-    /// Runs the event loop until the condition holds. \return false after half a minute.
-    template <typename Condition>
-    static bool WaitFor(Condition condition) {
-        QEventLoop loop;
-        for (int i = 0; i < 15000 && !condition(); ++i) {
-            QTimer::singleShot(2, &loop, &QEventLoop::quit);
-            loop.exec();
-        }
-        return condition();
-    }
     /// The steps since the document was opened, as SaveActions writes them.
     nlohmann::json Steps();
     /// The last of them; null if there is none.

@@ -4,6 +4,7 @@
 /// The viewport as the window has it, with an engine. TROVIK_SHOTS names a folder that receives
 /// the pictures, to be looked at.
 #include "engine/Engine.h"
+#include "tests/studio/WaitFor.h"
 #include "viewport/ViewportWidget.h"
 
 #include <QCoreApplication>
@@ -15,17 +16,8 @@
 namespace trovik::studio {
 namespace {
 
-/// Runs the event loop until a condition holds. \return false after a minute.
-template <typename Condition>
-bool WaitFor(Condition condition) {
-    QElapsedTimer time;
-    time.start();
-    while (!condition()) {
-        if (time.elapsed() > 60000) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
-}
+/// Software rendering takes long on a busy machine.
+constexpr int maxWaitMilliseconds = 60'000;
 
 void SavePicture(const QImage& image, const char* name) {
     const QString folder = qEnvironmentVariable("TROVIK_SHOTS");
@@ -48,7 +40,7 @@ protected:
     bool WaitForSurface() {
         return WaitFor([this] {
             return viewport.Stats().bufferBytes > 0 && viewport.Stats().bytesPending == 0;
-        });
+        }, maxWaitMilliseconds);
     }
 
     Engine engine{""};
@@ -77,7 +69,7 @@ TEST_F(ViewportWidgetTest, ShowsTheDocument) {
         hasUploaded = hasUploaded || viewport.Stats().patchesUploaded > 0;
     });
     viewport.UploadAll();
-    ASSERT_TRUE(WaitFor([&] { return hasUploaded; }));
+    ASSERT_TRUE(WaitFor([&] { return hasUploaded; }, maxWaitMilliseconds));
     ASSERT_TRUE(WaitForSurface());
     EXPECT_EQ(viewport.Grab(), picture);
 }

@@ -8,6 +8,7 @@
 #include "events/EventPlayer.h"
 #include "framework/io/ContentHash.h"
 #include "input/ViewportInput.h"
+#include "tests/studio/WaitFor.h"
 #include "viewport/ViewportWidget.h"
 
 #include <QElapsedTimer>
@@ -30,17 +31,9 @@ public:
     QTemporaryDir folder;
     std::string Path(const char* name) const { return folder.filePath(name).toStdString(); }
 
-    /// Runs the event loop until the condition holds. \return false after two minutes.
     template <typename Condition>
     static bool WaitFor(Condition condition) {
-        QElapsedTimer since;
-        since.start();
-        QEventLoop loop;
-        while (!condition() && since.elapsed() < 120'000) {
-            QTimer::singleShot(1, &loop, &QEventLoop::quit);
-            loop.exec();
-        }
-        return condition();
+        return studio::WaitFor(condition, 120'000);
     }
     bool WaitUntilIdle() {
         return WaitFor([this] { return engine.IsIdle(); });

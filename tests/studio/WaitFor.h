@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+namespace trovik::studio {
+
+/// Runs the event loop until the condition holds. \return false if it does not within the time.
+template <typename Condition>
+bool WaitFor(Condition condition, int milliseconds = 30'000) {
+    QElapsedTimer since;
+    since.start();
+    QEventLoop loop;
+    while (!condition() && since.elapsed() < milliseconds) {
+        QTimer::singleShot(1, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return condition();
+}
+
+}  // namespace trovik::studio
