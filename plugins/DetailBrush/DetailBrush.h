@@ -34,8 +34,8 @@ public:
     void Serialize(Stream& stream) override;
     void OnNodeEvent(const Attribute& attribute, NodeEventType type) override;
     bool CheckValidity() override;
-    /// Returns the position at first touch if the open change has a record of it, otherwise the
-    /// current position.
+    /// Returns the position at first touch if the open change has a record of the vertex, otherwise
+    /// the current position.
     Vector VertexOriginalPosition(Mesh* mesh, uint32_t vertex) override;
     void OnEdgeSplit(Mesh* mesh, uint32_t vertexA, uint32_t vertexB, uint32_t newVertex) override;
     void OnEdgeFlip(Mesh* mesh, uint32_t vertexA, uint32_t vertexB) override;
@@ -55,7 +55,7 @@ public:
     int DoRefineReduce(bool refine, bool reduce, int passes, bool relax);
     void InitializeTessellator(
         const SurfacePoint* hit, MeshChange* change, float reach, bool refine, bool reduce);
-    /// Shows a message with the reason why the mesh cannot be refined.
+    /// Shows a message that the mesh cannot be refined.
     void ShowTessellationHUD();
 
     /// Whether the brush refines the mesh under it.

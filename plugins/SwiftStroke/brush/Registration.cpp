@@ -20,7 +20,8 @@ Preferences::Bool MakeBoolPreference(const char* key, const char* label) {
 
 }  // namespace
 
-// All objects are in this file, because C++ defines the order of construction only within one file.
+// All objects are in this file, because C++ guarantees the order of construction only within one
+// file.
 
 const ClassDesc swiftStrokeClass(BrushOperation::StaticClass(),
                                  BrushOperation::StaticClass(),
@@ -56,8 +57,7 @@ const Preferences::Bool useOriginalDataForFlatten =
 const Preferences::Bool useVertexWeightsForFlatten =
     MakeBoolPreference("Use Vertex Weights For Flatten", "Use Vertex Weights For Flatten");
 const Preferences::Bool waxFillsOnly = MakeBoolPreference("Wax Fills Only", "Wax Fills Only");
-// This preference has the same label as the other one in the panel. The label is kept because users
-// are familiar with it.
+// Deliberately has the same label as waxFillsOnly, because users are familiar with it.
 const Preferences::Bool waxScrapesOnly = MakeBoolPreference("Wax Scrapes Only", "Wax Fills Only");
 
 const PatchKernelTable patchKernels;

@@ -14,16 +14,15 @@ namespace trovik {
 extern const ClassDesc swiftStrokeClass;
 extern const ClassDesc patchMapClass;
 
-/// If off, dabs do not extend the host's dirty box and send no notifications per face.
+/// If off, dabs do not extend the host's dirty box and do not notify renderers of changed patches.
 extern const Preferences::Bool renderSwiftStroke;
 /// Scales the target depth of patches.
 extern const Preferences::Float swiftStrokeLevelFactor;
-/// Whether planes are sampled from the positions and normals that vertices had when the stroke
-/// first touched them.
+/// Whether planes are sampled from the positions and normals at first touch in the stroke.
 extern const Preferences::Bool useOriginalDataForFlatten;
 /// Whether the weight of a plane sample is 1 - distance / radius instead of 1.
 extern const Preferences::Bool useVertexWeightsForFlatten;
-/// Test mode only: restricts Wax to raising, or to lowering.
+/// Test mode only: restrict Wax to raising or to lowering the surface.
 extern const Preferences::Bool waxFillsOnly;
 extern const Preferences::Bool waxScrapesOnly;
 

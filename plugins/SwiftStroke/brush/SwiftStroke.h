@@ -34,18 +34,18 @@ struct DeferredNormal {
 };
 static_assert(sizeof(DeferredNormal) == 8);
 
-/// The brush: fifteen tools in one class. It is a node of the scene, an operation that the host's
-/// stroke loop calls, and the visitor of the mesh walks that find the patches and vertices under
-/// the brush.
+/// The brush: fifteen tools in one class. It is a scene node, an operation that the host's stroke
+/// loop calls, and the visitor of the mesh traversals that find the patches and vertices under the
+/// brush.
 ///
 /// A stroke consists of one BeginStroke, one ApplyDab for every hit, and one EndStroke. A dab
-/// determines the radius, patch level and direction (stroke/), walks the patches of the mesh and
-/// runs one of 1024 kernels on each (kernels/). For each patch, it also reads the ghost layer and
-/// recomputes the normals (topology/).
+/// determines the radius, patch level and direction (stroke/), traverses the patches of the mesh
+/// and runs one of 1024 kernels on each (kernels/). For each patch, it also reads the ghost layer
+/// and recomputes the normals (topology/).
 ///
 /// State belongs to the brush (attributes, brushSpace, the stamp cache), to the active tool (flags,
 /// set at every activation) or to the stroke. Kernels also use the members as scratch memory, so a
-/// brush is not re-entrant; all work is done on the calling thread. The members are public because
+/// brush is not re-entrant. All work is done on the calling thread. The members are public because
 /// the kernel stages, which access them, are free functions.
 class SwiftStroke : public DetailBrush,
                     public AdjacentVertexEnumerator,
@@ -84,7 +84,7 @@ public:
     // --- Stroke (stroke/) ---
     void BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) override;
     void EndStroke() override;
-    /// Applies the tool once at one point of the surface. A dab that cannot run (no falloff, no
+    /// Applies the tool once at one point on the surface. A dab that cannot run (no falloff, no
     /// mesh, no direction yet) returns without an error and does not change `box`.
     /// \param hit  mesh-local.
     /// \param position  dab centre, world space.
@@ -99,21 +99,21 @@ public:
                   float pressure,
                   float strength,
                   AxisAlignedBoundingBox& box) override;
-    /// Applies the tool to a whole mesh at once, without a radius: all vertices have the same
+    /// Applies the tool to a whole mesh at once, without a radius. All vertices have the same
     /// weight, or are weighted by how directly they face the camera. Can be called inside or
     /// outside a stroke.
     void ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) override;
-    /// Binds a mesh: lock, storage, undo record, renderers. If the lock is refused or there is no
-    /// memory for the undo record, `mesh` is null afterwards.
-    /// Errors: "Invalid mesh specified" for a mesh that is not a SubdivisionLevel (it stays
-    /// locked); exceptions of the host, in which case the mesh is unbound if its undo record has
-    /// not been created yet.
+    /// Binds a mesh: locks it, reads its properties, opens its undo record and collects its
+    /// renderers. If the lock is refused or the undo record cannot be stored, `mesh` is null
+    /// afterwards. Errors: "Invalid mesh specified" if the mesh is not a SubdivisionLevel; the mesh
+    /// then stays locked. Exceptions from the host propagate; the mesh is then unbound if its undo
+    /// record has not been opened yet.
     void SetMesh(Mesh* newMesh);
     /// Unlocks the bound mesh, if any, and reports that the mesh has changed.
     void FinishMesh();
     bool IsStrokeFree() override;
 
-    // --- Walk callbacks ---
+    // --- Traversal callbacks ---
     using DetailBrush::Operator;
     void Operator(Mesh* walked, uint32_t vertex, uint32_t face) override;
     /// Adds an adjacent vertex to the ring mean (topology/PatchHalo.cpp).
@@ -127,7 +127,7 @@ public:
     // --- Kernels (kernels/) ---
     template <KernelSwitches switches>
     bool PatchKernel(uint32_t face);
-    /// The common part of all kernels, which calls the loops of one kernel: see
+    /// The part that is common to all kernels; it calls one kernel's loops through `movers`. See
     /// kernels/batch/RunPatch.cpp.
     bool RunPatch(uint32_t face, const KernelSwitches& switches, const BatchMovers& movers);
     /// Returns the switches of this dab, excluding withFreeze.
@@ -138,12 +138,12 @@ public:
     /// Fills patchVertexList for a patch.
     /// \return the number of entries.
     uint32_t BuildWorkList(uint32_t patch);
-    /// Returns whether this dab reads the stamp at the mirror vertex of a topological mirror.
+    /// Returns whether this dab reads the stamp at the topological mirror vertex.
     bool WantsMirroredStampRead();
     /// Computes the normals of a whole patch from positionGrid.
     void RefreshPatchNormals(const uint32_t* slice);
-    /// Computes the normal of one vertex of the patch, bit-identical to RefreshPatchNormals.
-    /// Requires the four cells around it.
+    /// Computes the normal of one vertex of the patch; the result is bit-identical to that of
+    /// RefreshPatchNormals. Requires the four cells around the vertex.
     void RefreshNormal(uint32_t row, uint32_t column, uint32_t vertex);
     void NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase);
 
@@ -158,7 +158,7 @@ public:
     void ReadPatchPositions(const uint32_t* slice);
     /// Returns whether this dab may use and extend the patch cache of the stroke.
     bool MayUsePatchCache();
-    /// If the patch cache shows that the patch is culled, applies the side effects that a visit of
+    /// If the patch cache shows that the patch is culled, applies the side effects that a visit to
     /// the patch would have.
     /// \return false, without any effect, if the patch is not culled.
     bool SkipCulledPatch(uint32_t patch);
@@ -167,28 +167,28 @@ public:
     bool FindRingEnds(uint32_t patch, PatchCache::RingEnds& ends) const;
     /// Reads the cells that are needed for the normals at the corners of a culled patch.
     void ReadCornerCells(const PatchCache::Patch& patch);
-    /// Returns whether the four corners of the patch in the work list are different vertices. If
-    /// they are, no two sides of the patch are joined, and each vertex is listed once.
+    /// Returns whether the four corners of the patch in the work list are distinct vertices. If so,
+    /// no two sides of the patch are joined, and each vertex is listed once.
     bool ListsEachVertexOnce() const;
-    /// Whether the vertices and normals of a listed patch are prefetched just before their use
-    /// rather than when the list is built. In a deep patch, an early prefetch would be evicted from
-    /// the CPU caches before its use.
+    /// Whether the vertices and normals of a listed patch are prefetched just before use rather
+    /// than when the list is built. In a deep patch, an early prefetch would be evicted from the
+    /// CPU caches before its use.
     bool PrefetchesLate() const { return patchLevel >= 6; }
     /// Whether patchVertexList belongs to the patch with this slice.
     bool IsListed(const uint32_t* slice) const {
         return slice == listedSlice && patchLevel == listedLevel;
     }
-    /// Computes the mean of a vertex and all adjacent vertices: of positions, or of values of the
-    /// active layer if Smooth works on the layer.
+    /// Computes the mean over a vertex and all adjacent vertices: the mean position, or the mean
+    /// value of the active layer if Smooth works on the layer.
     void RingAverage(Vector& out, uint32_t vertex, uint32_t face);
     /// Modifies the cells around the four corners of the patch so that the five-cell mean there
-    /// equals the true ring mean. `saved` receives the eight cells that are modified.
+    /// equals the true ring mean. `saved` receives the original values of the eight modified cells.
     void CorrectCorners(uint32_t patch, Vector (&saved)[8]);
     void RestoreCorners(const Vector (&saved)[8]);
     /// Reads the vertex's value in the active layer; creates its record if necessary.
     void ReadLayerValue(Vector& out, uint32_t vertex, uint32_t face);
     void FlushDeferredNormals();
-    /// \return whether the vertex is visited for the first time in this walk and is inside the
+    /// \return whether the vertex is visited for the first time in this traversal and is inside the
     /// brush.
     bool SamplePlaneVertex(uint32_t vertex);
     bool SamplePlaneVertexUnchecked(uint32_t vertex);
@@ -201,9 +201,9 @@ public:
     void SamplePlane(const SurfacePoint& hit);
 
     // --- Stamp (stroke/StampPreparation.cpp) ---
-    /// Reads the stamp's settings and updates the pixel cache.
+    /// Reads the stamp settings and updates the pixel cache.
     void PrepareStamp();
-    /// Returns whether the name contains ".vdm" or "_vdm", in upper or lower case.
+    /// Returns whether the name contains ".vdm" or "_vdm", ignoring case.
     static bool IsVectorStampName(const QString& name);
 
     // --- Plain setters ---
@@ -276,7 +276,7 @@ public:
     /// cross through the hit.
     bool usePatchNormal = false;
     float buildUpRateCubed = 0.0f;
-    /// The walk only samples a plane.
+    /// Whether the current traversal only samples a plane.
     bool planeSampling = false;
     bool wholeMesh = false;
     bool wholeMeshFacing = false;
@@ -294,7 +294,7 @@ public:
     // --- Levels of the dab ---
     /// Number of subdivisions inside one patch, which has 2^patchLevel faces per side.
     int32_t patchLevel = 0;
-    /// Number of the level whose faces are the patches.
+    /// Index of the level whose faces are the patches.
     uint32_t patchMeshLevel = 0;
     uint32_t facesPerPatch = 0;
     SubdivisionLevel* mesh = nullptr;
@@ -371,7 +371,7 @@ public:
     uint32_t refineInterval = 0;
     bool strokeActive = false;
     PatchCache patchCache;
-    /// For comparisons in tests: if false, every patch is visited in full.
+    /// For comparisons in tests: if false, no visit to a patch is skipped or cached.
     bool usesPatchCache = true;
 
 private:
@@ -411,7 +411,7 @@ private:
     void RecordOriginalData(uint32_t vertex);
 };
 
-/// Number of vertices that kernels have processed in this stroke, for all brushes together.
+/// Number of vertices that kernels have processed in this stroke, across all brushes.
 extern uint32_t strokeVertexCount;
 
 }  // namespace trovik

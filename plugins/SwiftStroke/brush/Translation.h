@@ -5,8 +5,8 @@
 
 namespace trovik {
 
-/// Translates a text to the user's language, context "SwiftStroke". All texts that users see are
-/// passed through this function.
+/// Translates a text into the user's language, in the context "SwiftStroke". All user-visible texts
+/// pass through this function.
 /// \param comment  distinguishes identical texts with different meanings; may be null.
 QString Translate(const char* text, const char* comment = nullptr);
 

@@ -3,12 +3,12 @@
 
 #include <cstdint>
 
-/// Marks declarations that cross a library boundary: visible by name, with one type identity
-/// everywhere, so that dynamic casts and thrown pointers work between the host and its plug-ins.
+/// Exports a declaration from its library. An exported type has the same identity in the host and
+/// in its plug-ins, so dynamic_cast and exceptions thrown by pointer work across the boundary.
 #define TROVIK_API __attribute__((visibility("default")))
 
-/// The stages of the vertex step must be inlined into the loop of each kernel; by default,
-/// compilers keep most of them out of line.
+/// Forces inlining. The stages of the vertex step must be inlined into each kernel's loop, but
+/// compilers leave most of them out of line by default.
 #define TROVIK_FORCE_INLINE inline __attribute__((always_inline))
 
 namespace trovik {

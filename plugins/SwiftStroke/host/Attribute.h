@@ -13,7 +13,7 @@ namespace trovik {
 template <typename T>
 class AttributeInstance;
 
-/// A boolean and a number, which the panel shows in one row.
+/// A boolean and a number that the panel shows in one row.
 struct CheckableFloat {
     bool checked = false;
     float value = 0.0f;
@@ -30,11 +30,10 @@ public:
     Attribute(const Attribute&) = delete;
     Attribute& operator=(const Attribute&) = delete;
 
-    /// Number of the value type: 1 int, 2 float, 3 bool, 4 string, 5 checkable float.
+    /// Type number: 1 int, 2 float, 3 bool, 4 string, 5 checkable float.
     virtual int attributeType() const = 0;
     virtual void Serialize(Stream& stream) = 0;
-    /// Returns the value as text, independently of the locale; the text of a float parses back to
-    /// exactly the same float.
+    /// Returns the value as locale-independent text. Floats round-trip exactly.
     virtual QString AsString() const = 0;
     /// \return false, without changing the value, if the text is not a value of this type.
     virtual bool SetFromString(const QString& text) = 0;
@@ -43,7 +42,7 @@ public:
     virtual void AddTarget(Attribute& target, bool silent);
     virtual void UpdateTargets();
     virtual int TargetType() const;
-    /// For attributes that refer to a node. Other attributes ignore the call and return null.
+    /// For attributes that refer to a node. Other attributes ignore these calls and return null.
     virtual void SetPointerValue(Node* node, bool silent);
     virtual Node* PointerValue() const;
     virtual bool ValidatePointerValue(Node* node) const;
@@ -53,7 +52,7 @@ public:
     virtual void StartEvent(NodeEventType type);
     /// \return null if there is no window system.
     virtual QWidget* CreateEditorWidget(QWidget* parent, int width);
-    /// Further parameters of an attribute, such as its range.
+    /// Additional parameters of an attribute, such as its range.
     virtual uint32_t ParameterCount() const;
     virtual QString ParameterName(uint32_t index) const;
     virtual QString ParameterValue(uint32_t index) const;

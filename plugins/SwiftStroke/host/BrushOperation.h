@@ -10,8 +10,9 @@ namespace trovik {
 
 class BrushConfiguration;
 
-/// Process-wide switch for the falloff by the angle between the surface and the view. It belongs to
-/// the panel row with the two angles (BrushOperation::facingAngleStart and facingAngleRange).
+/// Process-wide switch for the facing falloff, which depends on the angle between the surface and
+/// the view. The panel shows it in one row with the two angles (BrushOperation::facingAngleStart
+/// and facingAngleRange).
 class TROVIK_API CheckableFloatArray {
 public:
     static bool s_bActive;
@@ -19,7 +20,7 @@ public:
 
 enum class PredefinedCategory : int { Paint = 0, Sculpt = 1 };
 
-/// One tool of the tool tray: a brush class, and the number by which the class identifies the tool.
+/// One tool in the tool tray: a brush class, and the tool's ID within that class.
 class TROVIK_API BrushConfiguration {
 public:
     BrushConfiguration(const ClassDesc* brushClass,
@@ -33,9 +34,9 @@ public:
 
     const ClassDesc* BrushClass() const { return brushClass; }
     uint32_t ID() const { return id; }
-    /// The name in scripts and files, not translated.
+    /// The name used in scripts and files; not translated.
     const QString& Name() const { return name; }
-    /// The name in the user interface, translated.
+    /// The name shown in the user interface; translated.
     const QString& DisplayName() const { return displayName; }
     PredefinedCategory Category() const { return category; }
     /// Rich text, translated.
@@ -51,7 +52,7 @@ private:
     int flags;
 };
 
-/// The stamp of a tool, and how dabs apply it.
+/// A tool's stamp and how dabs apply it.
 class TROVIK_API StampConfiguration {
 public:
     StampConfiguration();
@@ -67,7 +68,7 @@ public:
     bool randomize = false;
 };
 
-/// Mirroring of a brush.
+/// A brush's mirror settings.
 class TROVIK_API MirrorConfiguration {
 public:
     enum Mode : int { Off = 0, PlaneX = 1, PlaneY = 2, PlaneZ = 3, Topological = 7 };
@@ -77,8 +78,8 @@ public:
     /// Sets the matrix that maps mesh-local points at the main hit to the current mirrored hit.
     void SetPointMap(const Matrix& map) { pointMap = map; }
     const Matrix& PointMap() const { return pointMap; }
-    /// Applies the point map to (p, w), without a perspective division. Mesh-local. `hit` is the
-    /// mirrored hit.
+    /// Applies the point map to (p, w), in mesh-local coordinates and without a perspective
+    /// division. `hit` is the mirrored hit.
     Vector Transform(const Vector& p, float w, const SurfacePoint* hit) const;
 
 private:
@@ -106,8 +107,8 @@ inline constexpr int stampMask = -1;
 /// stamp lookup at the mirror vertex; no mask exists for any other value.
 class TROVIK_API BrushOperation : public Operation {
 public:
-    /// Key state at the start of a stroke. ModifierSmooth replaces the tool by Smooth for the
-    /// stroke; ModifierInvert inverts the effect of the stroke.
+    /// Modifier key held at the start of a stroke. ModifierSmooth replaces the tool with Smooth for
+    /// the stroke; ModifierInvert inverts the effect of the stroke.
     enum Modifier : int { ModifierNone = 0, ModifierSmooth = 1, ModifierInvert = 2 };
     /// 0: a sculpting stroke; any other value: a gesture that does not sculpt.
     enum TriggerType : int { TriggerStroke = 0, TriggerOther = 1 };
@@ -132,8 +133,9 @@ public:
     /// Returns the brush size at a pressure of 0 to 1. Pressure has an effect if strokeOptionD is
     /// set: it multiplies the size by (1 - b) * pressure + b, where b is BrushSizeBias() / 100.
     virtual float EffectiveBrushSize(float pressure) const;
-    /// Returns the brush strength at a pressure of 0 to 1, as EffectiveBrushSize does for the size,
-    /// if PressureControlsBrushStrength() returns true.
+    /// Returns the brush strength at a pressure of 0 to 1. If PressureControlsBrushStrength()
+    /// returns true, pressure scales the strength as it scales the size in EffectiveBrushSize, with
+    /// BrushStrengthBias().
     virtual float EffectiveBrushStrength(float pressure) const;
     /// Returns the fraction of the size that does not depend on pressure, in percent.
     virtual float BrushSizeBias() const;
@@ -169,8 +171,8 @@ public:
     virtual const Store<float>& FalloffData() const;
     /// Returns CheckableFloatArray::s_bActive.
     virtual bool UsesFalloffBasedOnFacingAngle() const;
-    /// Configures the falloff by the angle between the surface and the view. `on` is process-wide;
-    /// the angles, in degrees, set facingAngleStart and facingAngleRange.
+    /// Configures the facing falloff. `on` is process-wide; `start` and `range`, in degrees, are
+    /// stored in facingAngleStart and facingAngleRange.
     virtual void SetFalloffBasedOnFacingAngle(bool on, float start, float range);
     /// Returns the stamp's StampConfiguration::randomize.
     virtual bool UsesStampRandomize() const;
@@ -204,7 +206,7 @@ public:
     virtual Image* MaskOpacityImage(int mask) const;
     /// Returns the value that is subtracted from the mask values; see IsMaskInverted.
     virtual float MaskOffset(int mask) const;
-    /// Called after the path of the mask was set. Updates the name and, if the image is already in
+    /// Called after the mask's path has been set. Updates the name and, if the image is already in
     /// memory, the image; the host loads all other images.
     virtual void OnMaskChanged(int mask);
 
@@ -232,17 +234,17 @@ public:
 
     /// Starts a stroke. Every call is followed by one EndStroke.
     /// \param mesh  the mesh to bind; if null, the first dab binds the mesh of its hit.
-    /// \param trigger  unless TriggerStroke, the stroke does not sculpt.
+    /// \param trigger  the stroke sculpts only if this is TriggerStroke.
     virtual void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger);
     /// Ends the stroke: finishes the changes of all its meshes as one undo step and unlocks the
     /// last one.
     virtual void EndStroke();
     /// Called when the pointer moves. The base class does nothing.
     virtual void MouseMove();
-    /// Applies the tool once at a point of the surface. A dab that cannot run, for example because
+    /// Applies the tool once at a point on the surface. A dab that cannot run, for example because
     /// the mesh is locked, returns without an error and does not change `box`.
     /// \param hit  mesh-local.
-    /// \param position  centre of the dab, world space.
+    /// \param position  dab centre, world space.
     /// \param size  radius in world units.
     /// \param pressure  0 to 1; scales the build-up.
     /// \param strength  effective strength, before the tool's and the stroke's factors are applied.
@@ -258,24 +260,23 @@ public:
     /// \param byFacing  weights each vertex by how directly it faces the camera; if false, all
     /// weights are 1.
     virtual void ApplyToWholeMesh(Mesh* mesh, float strength, bool byFacing);
-    /// Activates a tool by its name.
-    /// \return false, without any effect, if the class of this brush has no tool with this name.
+    /// Activates a tool by name.
+    /// \return false, without any effect, if this brush class has no tool of that name.
     virtual bool SetActiveConfiguration(const QString& name);
     /// Activates a tool; null deactivates the active tool. Stores the settings of the previous
-    /// tool, and restores those of the new tool if it has any. A brush overrides this to apply the
-    /// defaults of a new tool. The configuration is borrowed.
+    /// tool, and restores those of the new tool if any are stored. A brush overrides this to apply
+    /// the defaults of a new tool. The configuration is borrowed.
     virtual void SetActiveConfiguration(BrushConfiguration* configuration);
     /// Returns the active tool, or null.
     virtual BrushConfiguration* ActiveConfiguration() const;
-    /// Deletes the stored settings of the active tool and activates it again, so that it has its
-    /// defaults.
+    /// Resets the active tool to its defaults: deletes its stored settings and activates it again.
     virtual void ResetBrushConfiguration();
     /// Copies the mirror settings.
     virtual void SetMirrorConfig(const MirrorConfiguration& config);
     /// Returns whether the tool has stored settings, that is, whether it was active before.
     virtual bool IsConfigurationInited(const BrushConfiguration* configuration) const;
-    /// Stores the current settings for a tool: all attributes and the settings without an
-    /// attribute, except the brush size.
+    /// Stores the current settings for a tool: all attributes, and all settings without an
+    /// attribute except the brush size.
     virtual void StoreConfiguration(const BrushConfiguration* configuration);
     /// Restores the stored settings of a tool. Has no effect if there are none.
     virtual void RestoreConfiguration(const BrushConfiguration* configuration);
@@ -289,7 +290,7 @@ public:
     virtual const BrushOperation& operator=(const BrushOperation& other);
     /// Always returns true. The function exists only to preserve the layout of the interface.
     virtual bool AlwaysTrueQuery() const;
-    /// Returns whether the brush determines hits itself. False by default.
+    /// Returns whether the brush does its own picking. False by default.
     virtual bool CustomPicker() const;
     /// Returns the node whose attributes the panel shows: this brush.
     virtual Node* AttributeHolderNode();
@@ -336,15 +337,15 @@ public:
     MirrorConfiguration& MirrorConfig() { return mirrorConfig; }
     /// The direction mode as a number; the brush defines its meaning.
     int Direction() const { return directionAttribute.Value(); }
-    /// Mesh-local position of the stroke's previous hit on the same side of the mirror; exactly
-    /// zero if there is none.
+    /// Mesh-local position of the stroke's previous hit on the same side of the mirror plane;
+    /// exactly zero if there is none.
     Vector PreviousPatchPosition() const { return previousPatchPosition; }
     void SetPreviousPatchPosition(const Vector& position) { previousPatchPosition = position; }
     void SetBrushStrengthScale(float scale) { brushStrengthScale = scale; }
     /// Sets whether the stamp is used, and its image file.
     void SetStamp(bool enabled, const QString& path);
-    /// Copies all settings of a stamp. Stamp settings that `config` does not contain are reset to
-    /// their defaults.
+    /// Copies all stamp settings from `config`. Settings that `config` does not contain are reset
+    /// to their defaults.
     void SetStampConfig(StampConfiguration& config);
 
     /// A behaviour that a modifier key selects for a stroke.
@@ -353,12 +354,12 @@ public:
         QString name;
     };
 
-    // The settings that a brush's tools set. The brush's panel shows the visible ones; the tool
-    // determines which are visible.
+    // Settings that the tools set. The panel shows only visible attributes; the tool determines
+    // which ones are visible.
     AttributeInstance<int> directionAttribute;
     AttributeInstance<CheckableFloat> strokeSmoothingAttribute;
     AttributeInstance<CheckableFloat> steadyStrokeAttribute;
-    /// The gap between copies of the stamp that are placed side by side, in percent of the radius.
+    /// The gap between adjacent copies of the stamp, in percent of the radius.
     AttributeInstance<float> strokeFloatA;
     /// The maximum random addition to that gap, in percent of the radius.
     AttributeInstance<float> strokeFloatB;
@@ -368,15 +369,15 @@ public:
     AttributeInstance<bool> strokeOptionD;
     /// Whether strokes snap to curves.
     AttributeInstance<bool> strokeOptionE;
-    /// The positioning of the stamp in each dab.
+    /// How the stamp is positioned in each dab.
     AttributeInstance<int> resetOptionA;
     /// The rotation of the stamp, in degrees clockwise.
     AttributeInstance<int> separatorOption;
-    /// The fade of an imprint.
+    /// How an imprint fades out.
     AttributeInstance<CheckableFloat> imprintPairAttribute;
 
-    /// Angles in degrees of the falloff by facing angle: full effect below facingAngleStart, none
-    /// beyond facingAngleStart + facingAngleRange.
+    /// Angles of the facing falloff, in degrees: full effect below facingAngleStart, none beyond
+    /// facingAngleStart + facingAngleRange.
     float facingAngleStart = 0.0f;
     float facingAngleRange = 90.0f;
     /// The factor that the tool applies to the strength of every dab.
@@ -398,7 +399,7 @@ private:
     Vector previousPatchPosition;
 
 public:
-    /// The settings without an attribute, for the host: see framework/brushes/BrushSettings.h.
+    /// Settings without an attribute, for use by the host; see framework/brushes/BrushSettings.h.
     Private& Settings() { return *d; }
     const Private& Settings() const { return *d; }
 };

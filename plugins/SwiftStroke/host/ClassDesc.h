@@ -9,15 +9,15 @@ namespace trovik {
 
 class Node;
 
-/// Describes one class of scene nodes. The constructor adds it to the host's registry. Descriptors
-/// should exist for as long as their library is loaded.
+/// Describes one class of scene nodes. The constructor adds the descriptor to the host's registry.
+/// A descriptor should exist for as long as its library is loaded.
 class TROVIK_API ClassDesc {
 public:
     /// \param parent, displayParent  descriptor of the base class, for casts and for lists.
     /// \param factory  creates one node (count below 2) or an array of `count` nodes; returns the
     /// first.
     /// \param flags  0: an ordinary class; 1: hidden from lists of creatable classes.
-    /// \param version  version of the class, which is written to scenes.
+    /// \param version  class version, which is written to scene files.
     ClassDesc(const ClassDesc* parent,
               const ClassDesc* displayParent,
               const QString& name,

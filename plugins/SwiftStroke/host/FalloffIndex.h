@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// \file The indices of falloff curves (see BrushOperation::SetFalloffIndex) to which hosts and
-/// brushes refer.
+/// \file Indices of the falloff curves that hosts and brushes refer to; see
+/// BrushOperation::SetFalloffIndex.
 namespace trovik {
 
-/// The default of most tools; the host also uses it instead of an unknown curve.
+/// The default of most tools. The host also falls back to it if a curve is unknown.
 inline constexpr int smoothFalloffIndex = 2;
 /// Full strength nearly up to the rim.
 inline constexpr int plateauFalloffIndex = 7;

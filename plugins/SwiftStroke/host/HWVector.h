@@ -61,13 +61,13 @@ public:
     }
 
     /// Multiplies by 1 / sqrt(dot), with IEEE square root and division. A vector whose dot product
-    /// is 0 does not change.
+    /// with itself is 0 is unchanged.
     void Normalize() {
         const float dot = (*this | *this).First();
         if (dot != 0.0f) *this *= 1.0f / std::sqrt(dot);
     }
 
-    /// Per lane; if the comparison fails, as with NaN, the result is the second operand.
+    /// Per lane. If the comparison fails, for example for NaN, the result is the second operand.
     static HWVector Minimum(const HWVector& a, const HWVector& b) {
         return HWVector(_mm_min_ps(a.lanes, b.lanes));
     }

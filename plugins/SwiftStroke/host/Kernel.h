@@ -12,13 +12,13 @@ class Geometry;
 enum HUDMessageType : int { HUDMessageInfo = 0, HUDMessageWarning = 1 };
 enum LayerUIType : int { LayerUISculpt = 0 };
 
-/// Functions of the user interface that a plug-in may call.
+/// User interface functions that a plug-in may call.
 class TROVIK_API Interface {
 public:
     virtual ~Interface();
     /// Shows a message over the viewport.
     virtual void HUDMessageShow(const QString& text, HUDMessageType type) = 0;
-    /// Switches the layer panel.
+    /// Switches the layer panel to the given layer type.
     virtual void ActivateLayerSystem(LayerUIType type) = 0;
 };
 
@@ -55,7 +55,7 @@ public:
     virtual ~Scene();
 };
 
-/// The only instance of the host in the process.
+/// The host. There is one instance per process.
 class TROVIK_API Kernel : public Node {
 public:
     Kernel();
@@ -67,17 +67,17 @@ public:
     /// for tuning.
     virtual bool IsTestModeOn() const = 0;
 
-    /// Sum of the bits of all guarded functions on the stack; see TVCrashReporterFlag.
+    /// Sum of the bits of all guarded functions currently on the stack; see TVCrashReporterFlag.
     uint32_t crashFlags = 0;
-    /// Commands as text; nodes may connect a string attribute to this one.
+    /// Receives commands as text; nodes may connect a string attribute to this one.
     AttributeInstance<QString> kernelCommandAttribute;
 };
 
 TROVIK_API extern Kernel* g_pKernel;
 
-/// Scope guard of every public entry point of a plug-in. It records for crash reports which
-/// functions were on the stack: it adds `bit` to the kernel's counter and subtracts it at the end
-/// of the scope.
+/// Scope guard for each public entry point of a plug-in. It records, for crash reports, which
+/// functions are on the stack: it adds `bit` to Kernel::crashFlags and subtracts it at the end of
+/// the scope.
 class TROVIK_API TVCrashReporterFlag {
 public:
     TVCrashReporterFlag(uint32_t flagKind, uint32_t flagBit) : kind(flagKind), bit(flagBit) {
@@ -88,7 +88,7 @@ public:
     TVCrashReporterFlag& operator=(const TVCrashReporterFlag&) = delete;
 
 private:
-    /// Part of the layout that crash reports read; not used here.
+    /// Part of the layout that crash reporters read; not used here.
     [[maybe_unused]] uint32_t kind;
     uint32_t bit;
 };

@@ -16,7 +16,7 @@ struct TROVIK_API Matrix {
     bool operator==(const Matrix&) const = default;
 
     /// Inverts the matrix in place, in double precision with a single rounding at the end. A
-    /// singular matrix does not change.
+    /// singular matrix is unchanged.
     /// \param ok  if not null, receives whether an inverse exists.
     void Invert(bool* ok);
 

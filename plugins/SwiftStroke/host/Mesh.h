@@ -8,14 +8,13 @@
 #include <cstddef>
 #include <cstring>
 
-/// \file
-/// Meshes as a brush accesses them. A geometry is a hierarchy of subdivision levels, and each level
-/// is a mesh. The brush reads and writes the storage of a level directly; all other access is by
-/// virtual functions.
+/// \file The mesh interface for brushes. A geometry is a hierarchy of subdivision levels, and each
+/// level is a mesh. A brush reads and writes a level's storage directly and uses virtual functions
+/// for everything else.
 ///
 /// Corners and sides are numbered in the same direction: side k joins corner k to corner k + 1. A
-/// patch is one face of a coarser level with its descendants: 2^L faces per side, stored as one
-/// slice.
+/// patch consists of all descendants of one face of a coarser level: 2^L faces per side, stored
+/// contiguously as one slice.
 ///
 ///      corner 0 --- side 0 --> corner 1
 ///         ^                       |
@@ -38,11 +37,12 @@ struct TROVIK_API SurfacePoint {
     uint32_t face = 0;
     Vector position;
     Vector normal;
-    /// Whether the hit is the mirrored one of a pair.
+    /// Whether this is the mirrored hit of a pair.
     bool mirror = false;
 };
 
-/// Visitor of a flood fill over faces. It must not throw; it is called on the thread of the walk.
+/// Visitor of a flood fill over faces, called on the traversing thread. An exception ends the
+/// traversal and propagates to its caller.
 class TROVIK_API FaceEnumerator {
 public:
     virtual void Operator(Mesh* mesh, uint32_t face) = 0;
@@ -72,7 +72,7 @@ protected:
     ~AdjacentVertexEnumerator() = default;
 };
 
-/// Passed to a mesh by the code that locks it, so that the mesh can ask whether the lock may be
+/// Implemented by code that locks a mesh. The mesh queries it to find out whether the lock may be
 /// transferred.
 class TROVIK_API MeshUnlocker {
 public:
@@ -82,11 +82,11 @@ protected:
     ~MeshUnlocker() = default;
 };
 
-/// The active sculpt layer of a mesh: an offset per vertex, stored only for touched vertices and
-/// accessed by slots.
+/// A mesh's active sculpt layer: one offset per vertex, stored only for touched vertices and
+/// accessed by slot.
 class TROVIK_API Layer {
 public:
-    /// Writes the offset of the vertex in this layer to `out` (mesh-local) and returns `out`.
+    /// Writes the offset in the given slot to `out` (mesh-local) and returns `out`.
     virtual Vector* get(Vector* out, uint32_t layerSlot) const = 0;
     /// Stores the offset. With `updateComposite`, the position of the vertex in the mesh becomes
     /// rest + strength x offset, where rest is the position without this layer. `out`, if not null,
@@ -112,7 +112,8 @@ public:
     static const ClassDesc* StaticClass();
 };
 
-/// The undo object of one mesh during one stroke. The code that started the change must delete it.
+/// Collects the undo records of one mesh during one stroke. The code that started the change must
+/// delete it.
 ///
 /// To look up a vertex's record, let k be the vertex's changeLink. If k is below *recordCount and
 /// record k belongs to the vertex, it is the result. Otherwise the vertex has no record, and its
@@ -132,8 +133,8 @@ public:
                                    uint32_t face,
                                    Vertex& vertexRecord,
                                    bool withLayerSlot);
-    /// Returns whether Add_uncached has room for this many more records, so that nothing is
-    /// reallocated and no allocation can fail; see RecordMaker.
+    /// Returns whether there is room for this many more records. If so, Add_uncached does not
+    /// reallocate and cannot fail; see RecordMaker.
     bool HasRoom(uint32_t count = 1) const {
         return uint64_t{records->fill} + count <= records->capacity;
     }
@@ -148,11 +149,11 @@ public:
     Mesh* mesh;
     Store<StoredVertexInfo>* records;
     uint32_t* recordCount;
-    /// Number of edits of the mesh's positions or normals while this change was open, except the
-    /// brush's own edits through its kernels or the layer. Valid if countsOutsideEdits is set.
+    /// Number of edits to the mesh's positions or normals since this change was opened, excluding
+    /// the brush's own edits through its kernels or the layer. Valid if countsOutsideEdits is set.
     uint32_t outsideEdits = 0;
     /// Declares that the host increments outsideEdits for every such edit. A brush may then reuse
-    /// results of the previous dab while the count does not change. By default the flag is false,
+    /// results of the previous dab as long as the count is unchanged. By default the flag is false,
     /// and every dab reads the mesh again.
     bool countsOutsideEdits = false;
 
@@ -162,7 +163,7 @@ protected:
     virtual uint32_t ReserveLayerSlot(uint32_t vertex) = 0;
 };
 
-/// The storage of a level, and the functions that a brush calls on it. Positions and normals are
+/// A level's storage and the functions that a brush calls on it. Positions and normals are
 /// mesh-local.
 class TROVIK_API Mesh : public TreeNode {
 public:
@@ -175,7 +176,7 @@ public:
     /// 1: quads, 0: triangles.
     int32_t meshType = 1;
     uint32_t faceCount = 0;
-    /// A vertex whose stamp word equals this value has been visited in the current walk.
+    /// A vertex whose stamp word equals this value has been visited in the current traversal.
     uint32_t visitStamp = 1;
     Store<Vertex> vertices;
     Store<PackedNormal> vertexNormals;
@@ -186,18 +187,18 @@ public:
 
     uint32_t CornersPerFace() const { return meshType == 1 ? 4 : 3; }
 
-    /// Opens a change and links it; if another change is open on this mesh, it is unlinked first.
-    /// The caller owns the result.
+    /// Opens a change for this mesh. If another change is already open, it is detached first. The
+    /// caller owns the result.
     virtual MeshChange* StartChange() = 0;
-    /// Reports every vertex that shares an edge with `vertex` once, in rotational order starting at
-    /// `face`.
+    /// Reports each vertex that shares an edge with `vertex` exactly once, in rotational order
+    /// starting at `face`.
     /// \return the number of reported vertices.
     virtual uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator,
                                                uint32_t vertex,
                                                uint32_t face) = 0;
     /// Breadth-first flood fill over faces, starting at `face`. Calls Tester once per face; if
     /// Tester returns true, calls Operator and continues across sides 0 to 3. The cost depends only
-    /// on the number of faces that are reached. Does not change visitStamp.
+    /// on the number of faces reached. Does not change visitStamp.
     virtual void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) = 0;
     /// Flood fill over vertices in the same way, starting at the corners of `face`. Adds 1 to
     /// visitStamp at the end.
@@ -214,10 +215,10 @@ public:
     virtual void FaceNormal(Vector* out, uint32_t face) = 0;
     virtual trovik::Geometry* Geometry() = 0;
     /// Requests permission to change the mesh. If the result is false, the mesh must not be
-    /// changed. The unlocker is borrowed until Unlock. A brush that is destroyed in mid-stroke does
-    /// not call Unlock: the host releases the lock when it destroys the brush base class.
+    /// changed. The unlocker is borrowed until Unlock. A brush that is destroyed mid-stroke does
+    /// not call Unlock: the host releases the lock in the destructor of the brush base class.
     virtual bool Lock(MeshUnlocker* unlocker) = 0;
-    /// Not 0 if at least one vertex is frozen.
+    /// Returns a non-zero value if at least one vertex is frozen.
     virtual int FreezeQuery() = 0;
     /// The active layer, or null.
     virtual trovik::Layer* Layer() = 0;
@@ -231,9 +232,9 @@ protected:
     Mesh();
 };
 
-/// Creates records like Add_uncached, but inline, as long as there is room. Reads the state of the
-/// change once, and updates the change when it is destroyed; until then, records must not be added
-/// in any other way.
+/// Creates records like Add_uncached, but inline, as long as there is room. It reads the change's
+/// state once and writes it back on destruction. Until then, records must not be added in any other
+/// way.
 class RecordMaker {
 public:
     explicit RecordMaker(MeshChange& change)
@@ -256,7 +257,7 @@ public:
         return link < fill && records[link].vertexIndex == vertex ? records + link : nullptr;
     }
     /// Creates the record of a vertex that has none. Requires MeshChange::HasRoom.
-    /// \param layerSlot  MeshChange::noLayerSlot, or the slot that is reserved for the vertex.
+    /// \param layerSlot  MeshChange::noLayerSlot, or the slot reserved for the vertex.
     StoredVertexInfo& Add(uint32_t vertex, Vertex& vertexRecord, uint32_t layerSlot) {
         StoredVertexInfo& record = records[fill];
         // Position and link word have the same layout in the record and the vertex.
@@ -291,11 +292,11 @@ inline constexpr uint8_t faceIsLive = 2;
 class TROVIK_API SubdivisionLevel : public virtual Mesh {
 public:
     ~SubdivisionLevel() override;
-    /// Number of the level, from 0.
+    /// Level number, starting at 0.
     virtual int Index() const = 0;
 
-    /// Tables of a patch that is refined `level` times, N = 2^level faces per side. They are built
-    /// once and exist until the process ends. `level` must be at most 15.
+    /// Index tables for a patch that is refined `level` times, with N = 2^level faces per side.
+    /// They are built once and exist until the process ends. `level` must be at most 15.
     ///
     /// For each of the (N + 1)^2 grid points in row order: the offset of its vertex index in the
     /// patch's slice of faceVertexIndices.

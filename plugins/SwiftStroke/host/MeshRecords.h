@@ -6,9 +6,8 @@
 #include <cstddef>
 #include <type_traits>
 
-/// \file
-/// The records of a mesh that a brush reads and writes directly. Their layout is a contract: the
-/// vertex loops access these bytes without any function call.
+/// \file Mesh records that a brush reads and writes directly. Their layout is part of the contract,
+/// because the vertex loops access the bytes without function calls.
 namespace trovik {
 
 /// One vertex of a level.
@@ -45,7 +44,7 @@ struct StoredVertexInfo {
     uint32_t visitStampWord;      ///< byte 12: the visit stamp of the vertex while the record
                                   ///< exists
     PackedNormal originalNormal;  ///< byte 16: normal when the record was created
-    float buildUp;                ///< byte 24: build-up of the stroke, from 0
+    float buildUp;                ///< byte 24: build-up in this stroke, initially 0
     uint32_t vertexIndex;         ///< byte 28: the vertex of this record
     uint32_t reserved;            ///< byte 32: reserved for the host
     uint32_t layerSlot;           ///< byte 36: slot in the active layer

@@ -51,7 +51,8 @@ public:
     virtual void Serialize(Stream& stream);
     /// \return false if the node's content is inconsistent.
     virtual bool CheckValidity();
-    /// Copies the names, and the values of attributes with equal name and type, without events.
+    /// Copies the names, and the values of attributes that have the same name and type in both
+    /// nodes. Sends no events.
     virtual void CopyTo(Node& target) const;
     /// \return a new node of the same class with the same content, owned by the caller.
     virtual Node* Duplicate() const;
@@ -69,12 +70,12 @@ public:
     /// \param silent  if false, value events are sent.
     void LoadTemplate(const QString& name, bool silent);
 
-    /// Attributes in order of creation; owned by the objects that declared them.
+    /// Attributes in order of creation, owned by the objects that declare them.
     const std::vector<Attribute*>& Attributes() const { return attributes; }
     /// \return null if no attribute has this name.
     Attribute* AttributeByName(const QString& name) const;
 
-    /// Nodes whose OnEvent is called by ContentChanged of this node.
+    /// Adds a node whose OnEvent is called by this node's ContentChanged.
     void AddListener(Node* listener);
     void RemoveListener(Node* listener);
 

@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// The record with which a loadable library registers itself. It is a static object of the library.
-/// Its constructor adds it to the host's list, and the host calls `initialise` after loading the
+/// Registers a loadable library with the host. Each library defines one as a static object. The
+/// constructor adds it to the host's list, and the host calls `initialise` after loading the
 /// library.
 class TROVIK_API Plugin {
 public:

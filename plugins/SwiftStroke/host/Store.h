@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// The growable array that the whole system uses. Appending grows its capacity through 0, 1, 3, 7,
+/// The growable array that the whole system uses. Appending grows its capacity from 0 to 1, 3, 7,
 /// 15 and so on. Element i is array[i] if i is below the capacity, and array[0] otherwise; code
-/// that reads `array` directly clamps in the same way.
+/// that reads `array` directly must handle the index in the same way.
 ///
 /// Errors: if memory accounting rejects an allocation, Error::s_cBadAlloc is thrown. If the
 /// allocation itself fails, the failure is logged, and the array does not grow.
@@ -75,8 +75,8 @@ public:
         return true;
     }
 
-    /// Sets the fill count to n. If n is larger, the capacity becomes exactly n; without `keep`,
-    /// the old contents are released first.
+    /// Sets the fill count to n. If n exceeds the current count, the capacity becomes exactly n;
+    /// unless `keep` is set, the old contents are released first.
     bool SetFill(uint32_t n, bool keep) {
         if (n <= fill) {
             fill = n;

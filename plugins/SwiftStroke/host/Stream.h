@@ -11,8 +11,8 @@ class ClassDesc;
 /// directions: it checks IsStoring and calls the matching function of each pair. All numbers in the
 /// file are little-endian.
 ///
-/// Errors: a read beyond the end, or a stored length that exceeds the file, throws an Error of the
-/// host. Data that was read before the error must be discarded.
+/// Errors: a read beyond the end, or a stored length that exceeds the file, throws a host Error.
+/// Data that was read before the error must be discarded.
 class TROVIK_API Stream {
 public:
     virtual ~Stream();

@@ -14,8 +14,8 @@ public:
 
     /// Appends `child`, removes it from its former parent, and calls its OnLinked.
     virtual void AddChild(TreeNode* child);
-    /// Removes the child, which is then owned by the caller and has no parent, and calls its
-    /// OnLinked.
+    /// Removes the child and calls its OnLinked. The child then has no parent and is owned by the
+    /// caller.
     virtual void RemoveChild(TreeNode* child);
     virtual TreeNode* FirstChild() const;
     virtual TreeNode* Parent() const;
@@ -23,8 +23,7 @@ public:
     virtual TreeNode* PrevSibling() const;
     /// Moves a child to the position after `after`; null moves it to the front.
     virtual void MoveChild(TreeNode* child, TreeNode* after);
-    /// \return the child with this index among the children of the class or a derived class, or
-    /// null.
+    /// \return the child at this index among the children of the class or a derived class, or null.
     virtual TreeNode* ChildByClass(const ClassDesc* classDesc, uint32_t index);
     /// \return the first child of the class. If there is none and `create` is set, one is created
     /// and added.

@@ -7,8 +7,9 @@
 
 namespace trovik {
 
-/// Three floats. The function that returns a vector specifies its space (world or mesh-local). All
-/// sums are added from left to right without fused operations, so that results are bit-identical.
+/// Three floats. The function that returns a vector specifies its space (world or mesh-local). Sums
+/// are evaluated from left to right without fused operations, so that results are bit-identical on
+/// all machines.
 struct Vector {
     float x = 0.0f;
     float y = 0.0f;
@@ -34,7 +35,7 @@ struct Vector {
     }
     /// sqrt(x x + y y + z z).
     float Length() const { return std::sqrt(x * x + y * y + z * z); }
-    /// Multiplies by 1 / Length(); a zero vector does not change.
+    /// Multiplies by 1 / Length(); a zero vector is unchanged.
     void Normalize() {
         const float length = Length();
         if (length != 0.0f) *this *= 1.0f / length;

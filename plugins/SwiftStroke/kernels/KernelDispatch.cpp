@@ -50,14 +50,14 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     const PatchKernelPointer kernel = patchKernels[PatchSwitches().Index()];
     const bool reached = (this->*kernel)(face);
 
-    // The normals require the neighbours' true positions in the ghost cells. Smooth on positions
-    // has already read them and modified only eight cells.
+    // The normals require the neighbours' true positions in the ghost cells. If Smooth averages
+    // positions, they have already been read, and only eight cells were modified.
     if (isSmooth && affectAllLayers.Value())
         RestoreCorners(modifiedCells);
     else
         FillPatchHalo(walked, face);
 
-    // Done even if no vertex was reached, because the patch may share a seam with a patch that
+    // Necessary even if no vertex was reached, because the patch may share a seam with a patch that
     // moved.
     RefreshPatchNormals(PatchSlice(face));
     if (!reached) return false;

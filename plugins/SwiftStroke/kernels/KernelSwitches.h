@@ -72,7 +72,7 @@ struct FixedSwitches {
     static constexpr bool tiledStamp = switches.tiledStamp;
     static constexpr bool notifyPerVertex = switches.notifyPerVertex;
     static constexpr bool inWorldSpace = switches.inWorldSpace;
-    /// The vertex has a grid cell: the step stores into the grid and averages over it.
+    /// The vertex has a grid cell: the step writes to the grid and averages over it.
     static constexpr bool withGrid = true;
 };
 

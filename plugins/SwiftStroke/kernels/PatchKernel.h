@@ -6,15 +6,15 @@
 
 #include <algorithm>
 
-/// \file
-/// The kernel of one patch, and the code that enters its 1024 specialisations in the table. Only
-/// the instance files include this header; each of them instantiates some of the specialisations.
+/// \file The patch kernel. Only the instance files include this header; each of them instantiates
+/// 64 of the 1024 specialisations.
 namespace trovik {
 
-/// The second stage of the vertex step for a batch, in the order of the work list. Not inlined, so
-/// that the loop can use all registers.
-/// \param turns  bit i: vertex i moves; the other vertices only enter the grid.
-/// \return whether the dab reached one of the vertices.
+/// Runs the second stage of the vertex step for a batch, in work-list order. Not inlined, so that
+/// the loop can use all registers.
+/// \param movingMask  bit i is set if vertex i moves; the positions of the others are only copied
+/// to the grid.
+/// \return whether the dab reached any of the vertices.
 template <KernelSwitches switches>
 __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
                                          const PatchVertexEntry* entries,
@@ -43,8 +43,8 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
             v.weight = batch.weight[i];
         }
         reached |= MoveVertex(sw, dab, v);
-        // Stored after the move; otherwise, the compiler would have to assume during the move that
-        // this store changes the vertex.
+        // Stored after the move. A store before it would force the compiler to assume that the
+        // vertex may have changed.
         if constexpr (sw.family == Family::Pushing && !sw.withStamp && !sw.withoutRadius)
             v.record->buildUp = batch.buildUp[i];
     }
@@ -88,10 +88,10 @@ TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
     left = position;
 }
 
-/// The second stage for two rows. The lower row is processed one vertex behind the upper row: it
-/// needs the new value above it, while the upper row needs the old value below it. A cell contains
-/// `current` of its vertex until the vertex is processed. Therefore, the bounds are computed after
-/// both rows, in the order of the list, from the old and new values of the cells.
+/// Runs the second stage for two rows. The lower row is processed one vertex behind the upper row:
+/// it needs the new value above it, while the upper row needs the old value below it. A cell
+/// contains the current position of its vertex until the vertex is processed. The bounds are
+/// therefore computed after both rows, in list order, from the old and new values of the cells.
 template <KernelSwitches switches>
 __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
                                            const PatchVertexEntry* entries,
@@ -127,7 +127,7 @@ __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
 }
 
 /// Runs the vertex step for a patch.
-/// \return whether the dab reached a vertex of the patch.
+/// \return whether the dab reached any vertex of the patch.
 template <KernelSwitches switches>
 bool SwiftStroke::PatchKernel(uint32_t face) {
     BatchMovers movers = {&MoveBatch<switches>, nullptr};

@@ -10,7 +10,7 @@ namespace trovik {
 using PatchKernelPointer = bool (SwiftStroke::*)(uint32_t face);
 
 /// All specialisations of the patch kernel; entry i has the switches KernelSwitches::FromIndex(i).
-/// Filled when the library is loaded, then constant.
+/// Filled when the library is loaded and constant afterwards.
 class PatchKernelTable {
 public:
     PatchKernelTable();
@@ -23,7 +23,7 @@ private:
     std::array<PatchKernelPointer, KernelSwitches::count> entries{};
 };
 
-/// Writes the kernels of shard `shard` to its 64 entries. Defined by the instance files.
+/// Writes the kernels of shard `shard` to its 64 entries. Defined in the instance files.
 template <unsigned shard>
 void FillPatchKernelShard(PatchKernelPointer* entries);
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Normals of a patch by central differences over its grid. Four neighbouring cells of a row are
-/// transposed to four x, four y and four z. Each number is computed by the same operations, in the
-/// same order, as in HWVector's products and HWVector::Normalize.
+/// \file Computes the normals of a patch by central differences over its grid. Four adjacent cells
+/// of a row are transposed to four x, four y and four z values. Each number is computed by the same
+/// operations, in the same order, as in HWVector's products and HWVector::Normalize.
 #include "kernels/PatchNormals.h"
 
 #include "brush/SwiftStroke.h"
@@ -71,7 +70,7 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
 }
 
 /// The fourth word is reserved for the host and does not change. The normal is read and written as
-/// one word, so that a cache miss is issued long before the value is needed.
+/// one word, so that the load is issued long before its value is needed.
 TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint64_t packed) {
     constexpr uint64_t hostWord = uint64_t{0xffff} << 48;
     uint64_t words;
@@ -94,7 +93,7 @@ void PackNormals(
         }
         return;
     }
-    // Fewer than four cells are computed from a copy, because the grid may end after them.
+    // Fewer than four cells are processed in a copy, because the grid may end after them.
     HWVector copy[3][6];
     for (uint32_t i = 0; i < 6; ++i) {
         const uint32_t from = std::min(i, count + 1);

@@ -14,13 +14,14 @@ struct PackedRow {
     alignas(32) uint64_t normals[capacity];
 };
 
-/// Computes normals by central differences at `count` cells starting at `cell`, 1 to 64 of them, in
-/// a grid whose rows are `stride` cells apart: the cross product of the differences across and
-/// along, times `scale` per component, normalised and packed as HWVector does. Reads only the
-/// `count` + 2 cells around them in each of the three rows.
+/// Computes normals by central differences at `count` cells (1 to 64) starting at `cell`, in a grid
+/// whose rows are `stride` cells apart. A normal is the cross product of the differences along the
+/// row and along the column, multiplied by `scale` per component, then normalised and packed as in
+/// HWVector. Reads only the `count` + 2 cells from `cell` - 1 on, in this row and the two adjacent
+/// rows.
 void PackNormals(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out);
-/// Computes the same results, bit-identical, eight cells at a time. Requires VectorWidth::Eight.
+/// Computes bit-identical results, eight cells at a time. Requires VectorWidth::Eight.
 void PackNormalsWide(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out);
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The normals of PatchNormals.cpp, computed eight at a time. The operations are the same line by
-/// line; that file has the comments.
+/// \file Computes the normals of PatchNormals.cpp eight at a time. The operations match those of
+/// that file line by line; see there for comments.
 #include "kernels/PatchNormals.h"
 
 #include <algorithm>
@@ -90,8 +89,8 @@ TROVIK_AVX2 void PackNormalsWide(
     if (count < 8) return PackNormals(cell, stride, count, scale, out);
     const WideComponents scales = {
         _mm256_set1_ps(scale.X()), _mm256_set1_ps(scale.Y()), _mm256_set1_ps(scale.Z())};
-    // Two passes, because the square root and the division have such long latencies that a single
-    // pass would stall.
+    // Two passes, because a single pass would stall on the long latencies of the square root and
+    // the division.
     RawNormals raw[PackedRow::capacity / 8];
     uint32_t group = 0;
     for (uint32_t i = 0; i < count; i += 8)

@@ -6,13 +6,12 @@
 #include "kernels/stages/Weight.h"
 #include "kernels/stages/WriteBack.h"
 
-/// \file
-/// The algorithm of the brush for one vertex: look up its record, mark it, compute the weight,
-/// sample the stamp, apply the strength, displace, write. StepVertex runs all of it, for meshes
-/// without quads (VertexKernel.cpp). The patch kernels (PatchKernel.h) run the first stage, up to
-/// the weight, over batches of vertices (kernels/batch), and then the second stage: MoveVertex or a
-/// batch form of it. The batch forms use the same operations in the same order; tests compare them
-/// with StepVertex bit by bit.
+/// \file The brush algorithm for one vertex: look up its record, mark it, compute the weight,
+/// sample the stamp, apply the strength, compute the displacement, write the result. StepVertex
+/// runs all of it, for meshes without quads (VertexKernel.cpp). The patch kernels (PatchKernel.h)
+/// run the first stage, up to the weight, over batches of vertices (kernels/batch), and then the
+/// second stage: MoveVertex or a batch version of it. The batch versions use the same operations in
+/// the same order; tests check that their results are bit-identical to those of StepVertex.
 namespace trovik {
 
 /// Does not move the vertex, but updates the grid.
@@ -25,8 +24,8 @@ TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
     return reached;
 }
 
-/// The second stage for a vertex whose weight has been computed: stamp, strength, displacement,
-/// write.
+/// Runs the second stage for a vertex whose weight has been computed: stamp, strength,
+/// displacement, write-back.
 /// \return whether the dab reached it.
 template <class Switches>
 TROVIK_FORCE_INLINE bool MoveVertex(const Switches& sw, DabConstants& dab, VertexState& v) {

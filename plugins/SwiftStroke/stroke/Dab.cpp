@@ -19,7 +19,7 @@ constexpr const char* coarseMeshText =
     "brush.<p>\t\t\t\t\tPress <b>%%Subdivide faces%%</b> to subdivide the mesh into finer "
     "polygons.<p>\t\t\t\t\tPress <b>%%Toggle wireframe%%</b> to show/hide the wireframe.";
 
-/// Returns a length on the face of the hit: the diagonal of a quad, one side of a triangle.
+/// Returns the size of the hit face: the diagonal of a quad or one side of a triangle, mesh-local.
 float FaceMeasure(const SurfacePoint& hit) {
     const Mesh& mesh = *hit.mesh;
     const uint32_t first = hit.face * mesh.CornersPerFace();
@@ -28,7 +28,7 @@ float FaceMeasure(const SurfacePoint& hit) {
     return (Vector(a.x, a.y, a.z) - Vector(b.x, b.y, b.z)).Length();
 }
 
-/// Allocates a grid of side x side vectors at the next 16-byte boundary. `allocation` is the
+/// Allocates a grid of side x side vectors at the next 16-byte boundary. `allocation` receives the
 /// pointer to free.
 HWVector* AllocateGrid(uint32_t side, void** allocation) {
     const std::size_t bytes = static_cast<std::size_t>(side) * side * sizeof(HWVector);
@@ -49,8 +49,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     const TVCrashReporterFlag flag(4, 0x400);
     if (!HasFaces(hit.mesh)) return;
     if (!wholeMesh && falloffTable == nullptr) return;
-    // A walk can end with an exception, for example if memory for a record cannot be allocated. The
-    // pending normals belong to this dab's mesh; the next dab's mesh may be smaller.
+    // A traversal can end with an exception, for example if memory for a record cannot be
+    // allocated. The pending normals belong to this dab's mesh; the next dab's mesh may be smaller.
     const AtScopeEnd dropPendingNormals([this] { deferredNormals.SetFill(0, true); });
     mirrorPass = hit.mirror ? 1 : 0;
     dabReserved = 0;
@@ -58,7 +58,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
 
     if (mesh == nullptr || static_cast<Mesh*>(mesh) != hit.mesh) {
         if (strokeMeshLocked != 0) return;
-        // The mesh must not see an active stroke while the binding changes.
+        // IsStrokeFree must return true while the binding changes.
         strokeActive = false;
         SetMesh(hit.mesh);
         strokeActive = true;
@@ -84,7 +84,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     dirtyBox = &box;
     brushSpace->boundsMax = HWVector(hit.position);
     brushSpace->boundsMin = brushSpace->boundsMax;
-    // Called before plane sampling walks the mesh.
+    // Called before plane sampling, which changes the mesh's visit stamp.
     patchCache.Check(*CurrentChange(), patchLevel, SmoothsLayer());
     if (!PrepareDab(hit)) return;
     dabStamp = mesh->visitStamp;
@@ -103,8 +103,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
             else
                 patchCache.Forget();
             {
-                // Runs even after an exception, because records contain this dab's mark, which no
-                // later dab may reuse.
+                // Runs even after an exception, because the records contain this dab's mark, which
+                // later dabs must not reuse.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             }

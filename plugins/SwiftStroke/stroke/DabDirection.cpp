@@ -54,7 +54,7 @@ bool FollowsStroke(int mode) { return mode == DirectionForward || mode == Direct
 }  // namespace
 
 bool SwiftStroke::PrepareDab(const SurfacePoint& hit) {
-    // The plane that was determined earlier in this stroke is kept.
+    // Keeps the plane that was determined earlier in this stroke.
     if (isPlaneTool && planeDistances[mirrorPass] != 0.0f && !updatePlane.Value()) return true;
 
     followVertexNormal = false;
@@ -104,7 +104,7 @@ void SwiftStroke::WriteDirection(int mode, const SurfacePoint& hit) {
 }
 
 void SwiftStroke::MirrorDirection(int mode, const SurfacePoint& hit) {
-    // An axis or view direction is the mirrored direction of the main pass.
+    // For axis and view directions, the main pass's direction is mirrored.
     if (mode >= DirectionAxisX && mode <= DirectionPlaneYZ) {
         const MirrorConfiguration& mirror = MirrorConfig();
         planePoints[1] = mirror.Transform(planePoints[0], 1.0f, &hit);

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Returns whether the scales along the axes differ by more than one per cent of the scale along x.
+/// Returns whether the scale along y or z differs from that along x by more than 1 %.
 bool IsNonUniform(const Vector& scale) {
     const float inverse = 1.0f / scale.x;
     const float y = scale.y * inverse;
@@ -32,8 +32,7 @@ void SwiftStroke::SetMesh(Mesh* newMesh) {
         ReadMesh();
         OpenChange();
     } catch (...) {
-        // If the mesh had no change of its own, its edits would be recorded in another mesh's
-        // change.
+        // Without a change of its own, the mesh's edits would be recorded in another mesh's change.
         FinishMesh();
         throw;
     }

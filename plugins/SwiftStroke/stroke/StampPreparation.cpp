@@ -6,7 +6,7 @@ namespace trovik {
 
 namespace {
 
-/// The image kind of a stamp with directions, which Smooth cannot use.
+/// The image kind of a direction stamp, which Smooth cannot use.
 constexpr int directionImage = 1;
 
 }  // namespace
@@ -30,7 +30,7 @@ void SwiftStroke::PrepareStamp() {
     stampIsVector = stampEnabled && IsVectorStampName(MaskName(stampMask));
     if (!stampEnabled || image == nullptr) return;
 
-    // The factor does not affect the cached pixels, but it is compared as well.
+    // The factor is compared as well, although it does not affect the cached pixels.
     const bool current = image == stampImage && IsMaskInverted(stampMask) == stampInverted &&
                          MaskFactor(stampMask) == stampFactor &&
                          MaskOffset(stampMask) == stampOffset &&

@@ -43,7 +43,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
     const float rate = buildUpRate.Value();
     buildUpRateCubed = rate * rate * rate;
 
-    // Done before everything that depends on the tool.
+    // Must precede everything that depends on the tool.
     if (modifier == ModifierSmooth && ActiveConfiguration()->ID() != smoothConfiguration->ID()) {
         inTemporarySmooth = true;
         const AtScopeEnd endSwap([this] { inTemporarySmooth = false; });
@@ -71,8 +71,8 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         brushSpace->inverseScale =
             volume == 0.0f ? HWVector(Vector(1.0f, 1.0f, 1.0f))
                            : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
-        // Uses the magnitude, so that a mirrored mesh has the same step length: the power of a
-        // negative volume would be NaN.
+        // Uses the magnitude, so that a mirrored mesh has the same step length; powf of a negative
+        // volume would be NaN.
         const float side = powf(std::fabs(volume), 0.33333334f);
         strokeStrengthScale = side;
         if (side != 0.0f) strokeStrengthScale = 1.0f / side;
@@ -123,7 +123,7 @@ void SwiftStroke::EndStroke() {
         try {
             pair.change->Finish(keepTopology, joinPrevious);
         } catch (...) {
-            // The stroke is ended for all of its meshes before the first error is rethrown.
+            // The stroke must end for all of its meshes before the first error is rethrown.
             if (failure == nullptr) failure = std::current_exception();
         }
         delete pair.change;

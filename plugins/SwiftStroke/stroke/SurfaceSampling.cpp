@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// If the sum of weights is below this, there are no usable samples.
+/// Below this sum of weights, there are no usable samples.
 constexpr float minSampleWeight = 0.0001f;
 
 /// Returns the number of cells along one arm: about one brush radius, at least one, at most a patch
@@ -46,8 +46,9 @@ void SwiftStroke::SamplePlane(const SurfacePoint& hit) {
     planeDistances[mirrorPass] = (direction | point).First();
 }
 
-/// Samples along four arms from the hit cell. Distances are mesh-local, from localCenter,
-/// regardless of the radius's space. Creates undo records of the vertices that it reads.
+/// Samples along four arms from the hit cell. Distances are measured from localCenter in mesh-local
+/// space, even if the radius is in world units. Creates undo records for the vertices that it
+/// reads.
 void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& position) {
     const uint32_t patch = hit.face / facesPerPatch;
     const uint32_t faceInPatch = hit.face - patch * facesPerPatch;
@@ -80,15 +81,15 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
             const Vector p(
                 record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]);
             const float weight = 1.0f - inverseRadius * (p - localCenter).Length();
-            // With a radius of 0, even the vertex at the centre does not have a weight: zero times
-            // infinity is NaN, which must not become the direction.
+            // With a radius of 0, even the vertex at the centre has no valid weight: zero times
+            // infinity is NaN, which must not end up in the direction.
             if (!(weight >= 0.0f)) break;
             normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;
             positionSum = positionSum + HWVector(p) * weight;
             weightSum += weight;
             ++samples;
-            // At an open border, the cursor does not move and the cell is counted again, so borders
-            // have a greater weight.
+            // At an open border, the cursor does not move and the same cell is counted again, so
+            // border cells have a greater weight.
             cursor.Step(0);
         }
     }
@@ -103,7 +104,7 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
     position = static_cast<Vector>(positionSum * (1.0f / weightSum));
 }
 
-/// Runs the dab's walk without changing vertices and only sums those inside the brush.
+/// Runs the dab's traversal without moving vertices, and sums the samples inside the brush.
 void SwiftStroke::SampleArea(const SurfacePoint& hit, Vector& normal, Vector& position) {
     planeSampleNormalSum = Vector();
     planeSamplePositionSum = Vector();

@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// The four positions of RingEnds along a side.
+/// Returns the position along a side of its k-th vertex in RingEnds.
 uint32_t RingEndAt(uint32_t k, uint32_t size) { return k < 2 ? k : size - 3 + k; }
 
 /// The vertex of a patch that is `x` steps along the row and `y` steps along the column away from
@@ -68,7 +68,7 @@ void SwiftStroke::ReadCornerCells(const PatchCache::Patch& patch) {
 bool SwiftStroke::SkipCulledPatch(uint32_t patch) {
     PatchCache::Patch* known = patchCache.Find(patch);
     // The box is mesh-local, so it cannot be compared with a radius that is measured in world
-    // space. A box that was computed from a NaN is not valid, either.
+    // space. A box that was computed from NaN positions is not valid either.
     if (known == nullptr || known->hasNan || nonUniformScale) return false;
     const HWVector& c = brushSpace->center;
     const float center[3] = {c.X(), c.Y(), c.Z()};

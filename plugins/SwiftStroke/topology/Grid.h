@@ -10,7 +10,7 @@ namespace trovik {
 /// corner k of the view is corner (r + k) & 3 of a quad. Coordinates (x, y) are cells, 0 to size -
 /// 1.
 ///
-/// A plain value; borrows the meshes.
+/// A plain value type that borrows the meshes.
 class Grid {
 public:
     /// \param patchMeshLevel  number of the level whose faces are the patches.

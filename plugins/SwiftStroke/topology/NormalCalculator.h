@@ -5,15 +5,15 @@
 
 namespace trovik {
 
-/// Computes the normal of a vertex as the mean of the unit normals of the faces with which its
-/// neighbours are reported. A face counts once for each neighbour that is reported with it; areas
-/// have no influence.
+/// Computes a vertex normal as the mean of the unit normals of the faces with which the vertex's
+/// neighbours are reported. A face counts once for each neighbour reported with it; face areas have
+/// no influence.
 class NormalCalculator final : public AdjacentVertexEnumerator {
 public:
     explicit NormalCalculator(Mesh* askedMesh) : mesh(askedMesh) {}
 
     /// Computes the mean, which is not normalised: if the face normals differ, its length is less
-    /// than 1. For a vertex without neighbours, the components are the result of a division by 0.
+    /// than 1. For a vertex without neighbours, all components are NaN.
     void Calculate(Vector& out, uint32_t vertex, uint32_t face);
     void Operator(uint32_t vertex, uint32_t face) override;
 

@@ -11,7 +11,8 @@ namespace trovik {
 
 namespace {
 
-/// The loop over 0 to `count`, unrolled manually by four because the compiler does not unroll it.
+/// Calls `step` for 0 to `count` - 1. Unrolled manually by four, because the compiler does not
+/// unroll the loop.
 template <class Step>
 TROVIK_FORCE_INLINE void InFours(std::size_t count, const Step& step) {
     std::size_t i = 0;

@@ -16,7 +16,7 @@ namespace trovik {
 
 struct PatchVertexEntry;
 
-/// The patch cache: data of the patches that dabs of the current stroke have visited. From the
+/// The patch cache: data about the patches that dabs of the current stroke have visited. From the
 /// first visit on, each vertex of such a patch has a record, and the record's index and the
 /// position in it never change.
 ///
@@ -56,8 +56,8 @@ public:
         uint32_t first;
         uint32_t count;
     };
-    /// Ghost vertices around a patch: for each side the first two, the last but one and the last,
-    /// in the order of the sides of the ghost layer.
+    /// Ghost vertices around a patch: for each side of the ghost layer, in order, the first two and
+    /// the last two.
     using RingEnds = std::array<uint32_t, 16>;
     struct Patch {
         /// The vertices in the order of the work list.
@@ -82,8 +82,7 @@ public:
     /// Must be called at the start of a dab; clears data that may be out of date.
     /// \param smoothsLayer  see SwiftStroke::SmoothsLayer.
     void Check(const MeshChange& change, int32_t patchLevel, bool smoothsLayer);
-    /// From this call on, patches may be looked up and added, if they are deep enough for the cache
-    /// to be useful.
+    /// Enables looking up and adding patches, if they are deep enough for the cache to be useful.
     void Open() { isOpen = level >= shallowest; }
     bool IsOpen() const { return isOpen; }
     /// Must be called when a dab has ended without an exception. Otherwise, the next Check clears
@@ -100,18 +99,18 @@ public:
     void CountCulled() { ++culledPatches; }
     uint64_t CulledPatches() const { return culledPatches; }
 
-    /// Starts to add a patch with this number of entries, each with a different vertex. Has no
-    /// effect if memory cannot be allocated.
+    /// Starts adding a patch with `count` entries, each with a different vertex. Has no effect if
+    /// memory cannot be allocated.
     void StartAdding(uint32_t count);
     bool IsAdding() const { return isAdding; }
     /// Adds the next entries with their records.
-    /// \param places  positions at first touch.
+    /// \param positions  positions at first touch.
     void AddEntries(const PatchVertexEntry* entries,
                     uint32_t count,
                     const float (*positions)[4],
                     StoredVertexInfo* const* records,
                     const StoredVertexInfo* firstRecord);
-    /// If the patch's entries are complete, stores them.
+    /// Stores the patch if all its entries have been added.
     void Keep(uint32_t patch);
     /// Discards entries that were not stored.
     void StopAdding();
@@ -124,7 +123,7 @@ private:
     /// With fewer subdivisions, almost all vertices of a patch are on its edge.
     static constexpr int32_t shallowest = 3;
 
-    /// Null while a dab is running, and after one was interrupted.
+    /// Null while a dab is running and after a dab was interrupted.
     const MeshChange* ofChange = nullptr;
     uint32_t outsideEdits = 0;
     uint32_t visitStamp = 0;
@@ -144,7 +143,8 @@ private:
     /// Number of chunks that are kept for the next stroke.
     static constexpr std::size_t maxKeptChunks = 16;
     std::vector<Chunk> chunks;
-    /// The current chunk and the number of its used entries; all earlier chunks are full.
+    /// The index of the current chunk, and the number of its entries in use; all earlier chunks are
+    /// full.
     std::size_t chunk = 0;
     std::size_t taken = 0;
     uint64_t culledPatches = 0;

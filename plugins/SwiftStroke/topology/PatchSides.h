@@ -7,8 +7,8 @@
 /// Positions of the sides of a patch in the grid and in the index tables of the adjacent patches.
 namespace trovik {
 
-/// When ghost cells are read, only values below this one denote neighbours. The grid cursor also
-/// accepts the value itself.
+/// When ghost cells are read, a result of QuadEdgeNeighbour denotes a neighbour only if it is below
+/// this value. The grid cursor also treats the value itself as a neighbour.
 inline constexpr uint32_t firstOpen = 0x80000000u;
 
 struct Walk {
@@ -16,8 +16,8 @@ struct Walk {
     int32_t step;
 };
 
-/// Start and step, in the vertex table, of the patch's row of vertices next to `side`, in the
-/// direction of that side.
+/// Returns the start and step, in the vertex table, of the row of vertices one step inside the
+/// patch from `side`, in the direction of that side.
 ///   side 0: row 1, left to right       side 2: row size - 1, right to left
 ///   side 1: column size - 1, downward  side 3: column 1, upward
 inline Walk NeighbourWalk(uint32_t side, uint32_t size) {
@@ -35,8 +35,7 @@ inline Walk NeighbourWalk(uint32_t side, uint32_t size) {
     }
 }
 
-/// The ghost cells along a side of the patch, and the step from such a cell to the edge of the
-/// patch.
+/// The ghost cells along a side of the patch, and the step from a ghost cell to the patch's edge.
 struct RingSide {
     uint32_t start;
     int32_t step;

@@ -29,8 +29,8 @@ bool SwiftStroke::SamplePlaneVertex(uint32_t vertex) {
 bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
     StampWord(*mesh, vertex) = mesh->visitStamp;
 
-    // Distances are measured on the surface before the stroke. This function does not create
-    // records.
+    // Distances are measured on the surface as it was before the stroke. This function does not
+    // create records.
     const MeshChange& change = *CurrentChange();
     const Vertex& changed = change.mesh->vertices.array[vertex];
     const StoredVertexInfo* record = FindRecord(change, vertex, changed.changeLink);

@@ -5,7 +5,7 @@ namespace trovik {
 
 namespace {
 
-/// Record of the original data: position, auxiliary item, vertex index, mask weight.
+/// The original data of one vertex: position, auxiliary data, vertex index, mask weight.
 struct OriginalDataRecord {
     float position[3];
     VertexAuxiliary auxiliary;
@@ -16,13 +16,13 @@ static_assert(sizeof(OriginalDataRecord) == 28);
 
 }  // namespace
 
-// Meshes without quads have no grid for the kernels, so the walk visits single vertices. The same
-// vertex step is used, with its switches as run-time values.
+// Meshes without quads have no grid for the kernels, so the traversal visits single vertices. It
+// uses the same vertex step, with the switches as run-time values.
 bool SwiftStroke::Tester(Mesh*, uint32_t vertex, uint32_t face) {
     const TVCrashReporterFlag flag(4, 0x800);
     if (planeSampling) return SamplePlaneVertex(vertex);
 
-    // Done before all tests, because the normal of an unreached vertex changes with its neighbours.
+    // Precedes all tests, because the normal of an unreached vertex changes if its neighbours move.
     deferredNormals.Append({face, vertex});
     const bool mirroredStamp = WantsMirroredStampRead();
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;

@@ -86,7 +86,7 @@ public:
           most(Duplicated(dab.boundsMax)),
           nanMask(_mm256_setzero_ps()) {}
 
-    /// A position that was NaN before is still NaN.
+    /// Only `now` is tested for NaN, because a position that was NaN before is still NaN.
     TROVIK_AVX2_INLINE void Take(__m256 now, __m256 before) {
         least = _mm256_min_ps(least, _mm256_min_ps(now, before));
         most = _mm256_max_ps(most, _mm256_max_ps(now, before));
@@ -181,7 +181,7 @@ TROVIK_AVX2_INLINE void AverageAllRows(
     allBounds = bounds;
 }
 
-/// Returns whether x, y or z of one of the cells is -0.
+/// Returns whether x, y or z of any cell is -0.
 TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
     const __m256i negativeZero = _mm256_set1_epi32(std::numeric_limits<int32_t>::min());
     __m256i found = _mm256_setzero_si256();
@@ -198,9 +198,9 @@ TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
     return (_mm256_movemask_ps(_mm256_castsi256_ps(found)) & 0xee) != 0;
 }
 
-/// Stores the bounds, which were extended regardless of the order of the list.
-/// \return false, without any effect, if the order matters: for NaN, and for zeros of either sign
-/// at a bound.
+/// Stores the bounds, which were extended without regard to list order.
+/// \return false, without any effect, if the order matters: if a position is NaN, or if a bound is
+/// a zero whose sign depends on the order.
 TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,
                                     const WideBounds& bounds,
                                     const FourRows& rows,
@@ -280,7 +280,7 @@ TROVIK_AVX2_INLINE bool AverageRows(DabConstants& patch,
     return reached;
 }
 
-/// Instantiated with the conditions of each step as compile-time constants.
+/// Calls AverageRows with inWorldSpace as a compile-time constant.
 TROVIK_AVX2 bool AverageFourRows(DabConstants& patch,
                                  const PatchVertexEntry* entries,
                                  uint32_t points,

@@ -55,8 +55,8 @@ WeightTerms::WeightTerms(const DabConstants& dab)
 
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& batch) {
-    // Copied from `terms` before the loop, because the compiler must assume that the loop
-    // overwrites them.
+    // Copied from `terms` before the loop, because the compiler must assume that the loop may
+    // overwrite them.
     const __m128i mark = _mm_set1_epi32(std::bit_cast<int32_t>(terms.dabStamp));
     const __m128i last = _mm_set1_epi32(std::bit_cast<int32_t>(terms.falloffLast));
     const __m128 centerX = _mm_set1_ps(terms.center[0]);
@@ -84,7 +84,7 @@ uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& b
         const __m128 dx = _mm_sub_ps(centerX, p.x);
         const __m128 dy = _mm_sub_ps(centerY, p.y);
         const __m128 dz = _mm_sub_ps(centerZ, p.z);
-        // Added in the order of the product of HWVector.
+        // Added in the same order as in HWVector's dot product.
         const __m128 squared =
             _mm_add_ps(_mm_mul_ps(dz, dz), _mm_add_ps(_mm_mul_ps(dy, dy), _mm_mul_ps(dx, dx)));
         // "Not greater" instead of "less or equal", so that NaN counts as within reach.
@@ -94,8 +94,8 @@ uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& b
         if (lanes == 0) continue;
         within |= static_cast<uint64_t>(lanes) << first;
 
-        // An index beyond the table has weight 0; values beyond the integer range become such an
-        // index.
+        // An index beyond the table has weight 0; values beyond the integer range are converted to
+        // such an index.
         const __m128i wanted = _mm_cvttps_epi32(_mm_mul_ps(_mm_sqrt_ps(squared), falloffScale));
         const __m128i outside =
             _mm_or_si128(_mm_srai_epi32(wanted, 31), _mm_cmpgt_epi32(wanted, last));

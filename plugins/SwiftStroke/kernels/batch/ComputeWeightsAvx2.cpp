@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The weights of ComputeWeights.cpp, computed for eight vertices at a time. The operations are the
-/// same line by line; that file has the comments.
+/// \file Computes the weights of ComputeWeights.cpp for eight vertices at a time. The operations
+/// match those of that file line by line; see there for comments.
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
 
@@ -32,8 +31,8 @@ TROVIK_AVX2 inline __m256 TwoRows(const float (*start)[4], uint32_t i) {
     return CombineHalves(_mm_load_ps(start[i]), _mm_load_ps(start[i + 4]));
 }
 
-/// The switches are constants at every call, because this function is inlined. A template would not
-/// inherit the target attribute.
+/// Inlined, so that the switches are constants in every call. A template would not inherit the
+/// target attribute.
 TROVIK_AVX2_INLINE uint64_t ComputeWeight(const WeightTerms& terms,
                                           uint32_t count,
                                           VertexBatch& batch,

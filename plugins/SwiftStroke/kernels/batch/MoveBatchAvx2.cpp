@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The second stage of the vertex step, two vertices at a time, for kernels in which the order of
-/// vertices matters only for the bounds. The operations match those of the stages line by line; the
-/// stages' files have the comments.
+/// \file The second stage of the vertex step, two vertices at a time, for kernels in which the
+/// order of vertices matters only for the bounds. The operations match those of the stages line by
+/// line; see their files for comments.
 #include "kernels/KernelSwitches.h"
 #include "kernels/batch/VertexBatch.h"
 
@@ -54,7 +53,7 @@ TROVIK_AVX2_INLINE __m256 NormalsOf(const StoredVertexInfo& first, const StoredV
     return ReversedPair(numbers);
 }
 
-/// Sum over all components, in every lane; HWVector has this value in the lowest lane.
+/// Returns, in every lane, the dot product that HWVector has in its lowest lane.
 TROVIK_AVX2_INLINE __m256 Dot(__m256 a, __m256 b) {
     const __m256 products = _mm256_mul_ps(a, b);
     const __m256 pairs =

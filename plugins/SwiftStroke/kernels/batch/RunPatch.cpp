@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The common part of all patch kernels: the first stage of the vertex step, batch by batch. The
-/// switches are tested once per patch or per batch here; the loops over vertices do not test them.
+/// \file The part that is common to all patch kernels: the first stage of the vertex step, batch by
+/// batch. The switches are tested once per patch or per batch here; the loops over vertices do not
+/// test them.
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
@@ -51,9 +51,8 @@ public:
           weigh(WeightFunctionFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
           wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
-          // A mirrored stamp lookup creates records in between the vertices' own records, and
-          // records must be in the order of first touch. In this case, every vertex is processed
-          // separately.
+          // A mirrored stamp lookup creates records between the vertices' own records, and records
+          // must be in the order of first touch. Every vertex is then processed separately.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
 
     /// Processes all entries from `entries` on.

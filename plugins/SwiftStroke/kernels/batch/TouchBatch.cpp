@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// Creates the record of vertex `at` of the batch, which has none. Records may be reallocated; the
-/// pointers to those of the earlier vertices are updated.
+/// Creates the record of vertex `at` of the batch, which has none. The record array may be
+/// reallocated; pointers to the records of earlier vertices are then updated.
 /// \return false if memory could not be allocated and the batch can end before this vertex: the
 /// earlier vertices are processed, and the next batch starts here and repeats the error.
 __attribute__((noinline)) bool MakeRecord(const PatchVertexEntry* entries,
@@ -88,8 +88,8 @@ void TouchCached(RecordWalk& walk,
         if (fetched == nullptr) {
             for (; i < end; ++i) Touch(*record++, dabStamp, batch, i);
         } else {
-            // Prefetches one at a time, because processors drop prefetches that are issued too
-            // fast.
+            // Prefetches one vertex per iteration, because CPUs drop prefetches that are issued too
+            // quickly.
             for (; i < end; ++i) {
                 Touch(*record++, dabStamp, batch, i);
                 __builtin_prefetch(vertices + fetched[i].vertex);

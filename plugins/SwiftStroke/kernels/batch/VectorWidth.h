@@ -3,20 +3,20 @@
 
 #include "host/Api.h"
 
-/// Number of vertices that the batch stages process at a time. All widths give bit-identical
-/// results: each number is computed by the same operations in the same order, without fused
-/// operations.
+/// \file The number of vertices that the batch stages process at a time. All widths give
+/// bit-identical results: each number is computed by the same operations in the same order, without
+/// fused operations.
 namespace trovik {
 
 enum class VectorWidth {
-    Four,   ///< SSE2, which every x86-64 processor has
+    Four,   ///< SSE2, available on every x86-64 CPU
     Eight,  ///< AVX2
 };
 
-/// Returns whether the processor supports the width.
+/// Returns whether the CPU supports the width.
 bool IsAvailable(VectorWidth width);
-/// Returns the width in use: the widest that the processor supports, unless UseVectorWidth has set
-/// a different one.
+/// Returns the width in use: the widest that the CPU supports, unless UseVectorWidth has set a
+/// different one.
 VectorWidth CurrentVectorWidth();
 /// Sets the width, for comparisons. Must not be called while a dab is running.
 /// \return the previous width.

@@ -3,10 +3,10 @@
 
 #include "brush/SwiftStroke.h"
 
-/// \file Batches of up to 64 vertices of a patch's work list, for the stages look-up, mark,
-/// distance and weight. Vertices are independent in these stages, so the stages are plain loops
-/// over a batch that process several vertices at a time. The order-dependent stages (stamps,
-/// layers, averaging, bounds, notifications) follow vertex by vertex, in the order of the list.
+/// \file Batches of up to 64 vertices of a patch's work list, for the look-up, mark, distance and
+/// weight stages. In these stages, vertices are independent of each other, so each stage is a plain
+/// loop over a batch that processes several vertices at a time. The order-dependent stages (stamps,
+/// layers, averaging, bounds, notifications) run afterwards, vertex by vertex in list order.
 ///
 /// Each number is computed by the same operations as in the vertex step, in the same order, so
 /// results are bit-identical for any batch length and vector width.
@@ -29,7 +29,7 @@ struct VertexBatch {
     StoredVertexInfo* records[capacity];
 };
 
-/// The input for computing the weights of a patch.
+/// The inputs of the weight computation for a patch.
 struct WeightTerms {
     WeightTerms() = default;
     explicit WeightTerms(const DabConstants& dab);
@@ -48,7 +48,7 @@ struct WeightTerms {
     const BrushSpace* space = nullptr;
 };
 
-/// One row of a patch, in as many batches as it needs.
+/// One row of a patch, split into as many batches as necessary.
 struct RowBatches {
     static constexpr uint32_t most = 3;
     /// Longer rows are not supported.
@@ -62,17 +62,17 @@ struct RowBatches {
 };
 static_assert(VertexBatch::capacity == 64);
 
-/// The second stage of the vertex step, as one specialised kernel implements it.
+/// One kernel's implementation of the second stage of the vertex step.
 struct BatchMovers {
-    /// Moves a batch in the order of the list. Bit i of `movingMask`: vertex i moves; the other
-    /// vertices only enter the grid. \return whether the dab reached one of them.
+    /// Moves a batch in list order. Bit i of `movingMask` is set if vertex i moves; the positions
+    /// of the others are only copied to the grid. \return whether the dab reached any of them.
     bool (*batch)(DabConstants& patch,
                   const PatchVertexEntry* entries,
                   uint32_t count,
                   uint64_t movingMask,
                   const VertexBatch& batch);
-    /// Moves two rows of `points` entries at once, with results bit-identical to processing one row
-    /// after the other, for a patch that lists each vertex once. Null if the kernel is
+    /// Moves two rows of `points` entries at once. The patch must list each vertex once. The result
+    /// is bit-identical to processing one row after the other. Null if the kernel is
     /// order-dependent.
     bool (*rowPair)(DabConstants& patch,
                     const PatchVertexEntry* entries,
@@ -81,8 +81,8 @@ struct BatchMovers {
                     const RowBatches& lower);
 };
 
-/// Extends the dab's bounds by the moves of a row, in the order of the list, from the old and new
-/// values of the row's cells.
+/// Extends the dab's bounds to contain the old and new cell values of the moving vertices of a row,
+/// in list order.
 /// \return whether any vertex moved.
 bool ExtendBounds(DabConstants& patch,
                   const HWVector* now,
@@ -90,7 +90,7 @@ bool ExtendBounds(DabConstants& patch,
                   uint32_t points,
                   const RowBatches& row);
 
-/// Moves a batch in the order of the list, two vertices at a time, like BatchMovers::batch.
+/// Moves a batch in list order like BatchMovers::batch, but two vertices at a time.
 using WideMover = bool (*)(DabConstants& patch,
                            const PatchVertexEntry* entries,
                            uint32_t count,
@@ -101,7 +101,7 @@ using WideMover = bool (*)(DabConstants& patch,
 /// \return null if the kernel is order-dependent. Requires VectorWidth::Eight.
 WideMover WideMoverFor(const KernelSwitches& switches);
 
-/// Moves four rows of `points` entries at once, like BatchMovers::rowPair does for two. Reads the
+/// Moves four rows of `points` entries at once, as BatchMovers::rowPair does for two. Reads the
 /// positions from the grid, which contains them in averaging kernels.
 using WideRowMover = bool (*)(DabConstants& patch,
                               const PatchVertexEntry* entries,
@@ -109,7 +109,7 @@ using WideRowMover = bool (*)(DabConstants& patch,
                               const RowBatches* rows,
                               bool withFreeze,
                               bool inWorldSpace);
-/// For every kernel that has a BatchMovers::rowPair. Requires VectorWidth::Eight.
+/// Returns the mover for all kernels that have a BatchMovers::rowPair. Requires VectorWidth::Eight.
 WideRowMover WideRowMoverFor();
 
 /// Looks up the records of `count` entries, creates the missing ones, and marks them all with
@@ -125,7 +125,7 @@ uint32_t TouchBatch(const PatchVertexEntry* entries,
                     bool withLayerSlot,
                     VertexBatch& batch);
 
-/// Iterates over the records of a cached patch in the order of its list.
+/// The state of an iteration over the records of a cached patch, in list order.
 struct RecordWalk {
     /// Null if the patch is not cached.
     const PatchCache::Run* run = nullptr;
@@ -135,7 +135,7 @@ struct RecordWalk {
 
 /// Fills the batch like TouchBatch, for the next `count` entries of a cached patch, all of which
 /// have records.
-/// \param fetched  the entries, if their vertices should be prefetched in the meantime; otherwise
+/// \param fetched  the entries, if their vertices should be prefetched during the loop; otherwise
 /// null.
 void TouchCached(RecordWalk& walk,
                  uint32_t count,
@@ -145,11 +145,11 @@ void TouchCached(RecordWalk& walk,
                  uint32_t dabStamp,
                  VertexBatch& batch);
 
-/// Returns a bit mask. Bit i is set if vertex i of the batch did not have this dab's mark yet.
+/// Returns a bit mask; bit i is set if vertex i of the batch did not have this dab's mark yet.
 uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
 
-/// Returns whether a vertex that was already marked is within the radius. In a mesh without quads,
-/// a patch also counts as reached if a different patch has moved such a vertex.
+/// Returns whether any vertex that was already marked is within the radius. In a mesh without
+/// quads, a patch also counts as reached if a different patch has moved such a vertex.
 bool MarkedWithinReach(const VertexBatch& batch,
                        uint32_t count,
                        const WeightTerms& terms,
@@ -162,7 +162,7 @@ void FaceBatch(const SwiftStroke& brush,
                const WeightTerms& terms,
                VertexBatch& batch);
 
-/// How weights use build-up. It applies only to pushing; with a stamp, it is added later.
+/// How weights use build-up, which applies only to pushing. With a stamp, the stamp stage adds it.
 enum class BuildUp { None, Damps, DampsAndGrows };
 
 /// Computes the weights of a batch.
@@ -170,7 +170,7 @@ enum class BuildUp { None, Damps, DampsAndGrows };
 /// weights of the others are undefined.
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
-/// Computes the same results, bit-identical, eight vertices at a time. Requires VectorWidth::Eight.
+/// Computes bit-identical results, eight vertices at a time. Requires VectorWidth::Eight.
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t ComputeWeightsWide(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
 

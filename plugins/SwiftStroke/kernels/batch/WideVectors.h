@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// \file
-/// Functions shared by the eight-lane loops, such as operations on two vectors side by side. Only
-/// for files that implement VectorWidth::Eight. Each half uses the operations of HWVector in the
-/// same order.
+/// \file Functions shared by the eight-lane loops, such as operations on two vectors side by side.
+/// To be included only by files that implement VectorWidth::Eight. Each half uses the same
+/// operations as HWVector, in the same order.
 #include "kernels/stages/DabConstants.h"
 
 #include <immintrin.h>
 
-// The target attribute is set per function rather than per file, because inline functions of
-// headers must not be compiled with instructions that the processor may lack. Templates and lambdas
-// would not inherit the attribute.
+// The target attribute is set per function rather than per file, because inline functions in
+// headers must not be compiled with instructions that the CPU may not support. Templates and
+// lambdas would not inherit the attribute.
 #define TROVIK_AVX2 __attribute__((target("avx2")))
 #define TROVIK_AVX2_INLINE TROVIK_AVX2 TROVIK_FORCE_INLINE
 
@@ -45,9 +44,10 @@ TROVIK_AVX2_INLINE void StorePositionPair(Vertex& first, Vertex& second, __m256 
     StorePlain(second, SecondOf(plain));
 }
 
-/// Computes, for each vertex, its weight times the strength and, if freeze is on, times the
-/// unfrozen fraction.
-/// \param out  has room for `count` rounded up to eight; entries from `count` on are undefined.
+/// Multiplies each vertex's weight by the strength and, if `withFreeze` is set, by the unfrozen
+/// fraction.
+/// \param out  has room for `count` rounded up to a multiple of eight; entries from `count` on are
+/// undefined.
 TROVIK_AVX2_INLINE void ApplyStrengthToBatch(const DabConstants& dab,
                                              const PatchVertexEntry* entries,
                                              uint32_t count,

@@ -106,17 +106,17 @@ TROVIK_FORCE_INLINE Vector UnpackNormal(const PackedNormal& normal) {
             static_cast<float>(normal.z) * packedNormalToFloat};
 }
 
-/// Returns the normal of a record as floats, w 0: the same numbers as UnpackNormal.
+/// Returns the normal of a record as floats, with w 0; bit-identical to UnpackNormal.
 TROVIK_FORCE_INLINE HWVector NormalOf(const StoredVertexInfo& record) {
     const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&record.originalNormal));
-    // Moves each word to the upper half of a lane, then shifts it down with its sign.
+    // Moves each word to the upper half of a lane, then sign-extends it with an arithmetic shift.
     const __m128i lanes = _mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16);
     const __m128 numbers = _mm_mul_ps(_mm_cvtepi32_ps(lanes), _mm_set1_ps(packedNormalToFloat));
     return ReversedXyz(numbers);
 }
 
-/// Returns the position of a vertex, w 0. Position and link are read as one vector, and the link is
-/// masked off.
+/// Returns the position of a vertex, with w 0. The position and the link are read as one vector,
+/// and the link is masked out.
 TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) {
     return ReversedXyz(_mm_loadu_ps(reinterpret_cast<const float*>(&v)));
 }
@@ -130,7 +130,7 @@ TROVIK_FORCE_INLINE void StorePosition(Vertex& v, const HWVector& position) {
         words, _mm_or_ps(_mm_andnot_ps(linkOnly, xyz), _mm_and_ps(linkOnly, _mm_loadu_ps(words))));
 }
 
-/// Returns the world position of a mesh-local point, with w 0, because the 1 from the last row of
+/// Transforms a mesh-local point to world space. w is set to 0, because the 1 from the last row of
 /// the matrix must not contribute to distances.
 TROVIK_FORCE_INLINE HWVector ToWorld(const BrushSpace& space, const HWVector& local) {
     const HWVector* rows = space.meshToWorld;

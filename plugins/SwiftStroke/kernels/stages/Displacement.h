@@ -18,9 +18,9 @@ TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid, uint32_t cell, ui
     return FiveCellSum(grid, grid[cell - 1], cell, stride);
 }
 
-/// Returns the displacement towards the mean of the vertex and its neighbours: of positions, or of
-/// the offsets of the layer. The loop reads the position grid while it writes it, so positions are
-/// smoothed in place; the loop does not write the layer grid.
+/// Returns the displacement towards the mean of the vertex and its neighbours: the mean position,
+/// or the mean layer offset. The loop both reads and writes the position grid, so positions are
+/// smoothed in place; it only reads the layer grid.
 template <class Switches>
 TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
                                                    const DabConstants& dab,
@@ -46,8 +46,8 @@ TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
     return mean - HWVector(own);
 }
 
-/// Returns the displacement along dir to the plane, within the clamps; the upper limit is tested
-/// first.
+/// Returns the displacement along dir to the plane, limited by the clamps; the upper limit is
+/// applied first.
 TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
                                                  const VertexState& v,
                                                  const HWVector& dir) {
@@ -67,8 +67,8 @@ TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector&
     return tangent;
 }
 
-/// The channels of a vector stamp are tangent U, height and tangent V. Their unit is 1/100 of the
-/// stamp's side; for the height, 1/100 of the geometric mean of both sides.
+/// Converts the channels of a vector stamp (tangent U, height, tangent V) to a displacement. Their
+/// unit is 1/100 of the stamp's side; for the height, 1/100 of the geometric mean of both sides.
 TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
                                           const VertexState& v,
                                           const HWVector& dir,
@@ -99,8 +99,7 @@ TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, V
             break;
         case Family::Planing:
             displacement = PlaningDisplacement(dab, v, dir);
-            // Vertices approach the plane in steps of one hundredth; the tangents of a vector stamp
-            // are not scaled.
+            // The weight is scaled by 1/100, except for the tangent channels of a vector stamp.
             if (byVectorStamp)
                 v.weightVector = v.weightVector * HWVector(0.01f, 1.0f, 1.0f, 0.0f);
             else

@@ -20,7 +20,8 @@ TROVIK_FORCE_INLINE int32_t RoundToPixel(float coordinate) {
     return _mm_cvtss_si32(_mm_set_ss(coordinate));
 }
 
-/// Projects a mesh-local position onto the stamp. The division is also done for affine matrices.
+/// Projects a mesh-local position onto the stamp. Divides by the fourth component even if the
+/// matrix is affine.
 TROVIK_FORCE_INLINE StampPosition ProjectToStamp(const BrushSpace& space,
                                                  const HWVector& position) {
     const auto row = [&space](int i) { return _mm_loadu_ps(space.stampMatrix[i]); };
@@ -61,7 +62,7 @@ __attribute__((noinline)) inline Vector MirroredStartPosition(const SwiftStroke&
     return {record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]};
 }
 
-/// Wraps a coordinate into [0, size), as repeated addition of the size would, but in one step.
+/// Wraps a coordinate into [0, size), like repeated addition of the size, but in one step.
 TROVIK_FORCE_INLINE int32_t WrapPixel(int32_t coordinate, uint32_t size) {
     const int64_t wrapped = coordinate % static_cast<int64_t>(size);
     return static_cast<int32_t>(wrapped < 0 ? wrapped + size : wrapped);
@@ -81,9 +82,9 @@ TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, 
            brush.stampFactor;
 }
 
-/// The four pixels and weights of a bilinear read. The base pixel is the rounded coordinate, while
-/// the fractions are those of the coordinate minus one half. The base is therefore one pixel
-/// further than usual; results depend on this convention.
+/// The four pixels and weights of a bilinear lookup. The base pixel is the rounded coordinate,
+/// while the fractions are those of the coordinate minus one half. The base is therefore one pixel
+/// higher than usual; results depend on this convention.
 struct BilinearRead {
     BilinearRead(const SwiftStroke& brush, const StampPosition& stampPosition, bool tiled) {
         const float du = static_cast<float>(static_cast<double>(stampPosition.u) - 0.5);
@@ -169,9 +170,9 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     return StageResult::Continue;
 }
 
-/// Applies the stamp and adds the build-up: before the read, so that it also grows outside the
-/// stamp, or after it, so that the stamp value is included. For a vector stamp, the lowest lane of
-/// the weight is 0 after the read, so the later addition has no effect.
+/// Applies the stamp and adds the build-up: either before the stamp lookup, so that build-up also
+/// grows outside the stamp, or after it, so that build-up includes the stamp value. For a vector
+/// stamp, the lowest lane of the weight is 0 after the lookup, so adding it then has no effect.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw,
                                            const DabConstants& dab,

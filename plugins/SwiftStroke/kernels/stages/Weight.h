@@ -7,8 +7,8 @@
 namespace trovik {
 
 /// Returns the facing factor, which depends on the angle between surface and view: 1 below
-/// facingAngleStart, 0 beyond start + range. Reads the camera for each vertex; the caller tests the
-/// flag.
+/// facingAngleStart, 0 beyond start + range. Reads the camera for each vertex. The caller checks
+/// whether the facing falloff is on.
 inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& record) {
     const Vector normal = UnpackNormal(record.originalNormal);
     const Vector origin;
@@ -21,7 +21,7 @@ inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& reco
     toEye.Normalize();
     const float cosine = (toEye.y * normal.y + toEye.x * normal.x) + toEye.z * normal.z;
     float angle = acosf(cosine) * 57.29578f;
-    // Rounding can make the cosine greater than 1; such a surface faces the view fully.
+    // Rounding can make the cosine greater than 1; the surface then faces the camera directly.
     if (std::isnan(angle)) angle = 0.0f;
 
     const float start = brush.facingAngleStart;
@@ -47,8 +47,8 @@ TROVIK_FORCE_INLINE StageResult ComputeWeight(const Switches& sw,
         const float distanceSquared = (toCenter | toCenter).First();
         if (distanceSquared > dab.radiusSquared) return StageResult::OutOfReach;
         const float distance = std::sqrt(distanceSquared);
-        // The processor truncates values beyond the integer range, and NaN, to the most negative
-        // integer, which is above every valid index when read as unsigned.
+        // The CPU converts NaN and values beyond the integer range to the most negative integer,
+        // which exceeds every valid index when interpreted as unsigned.
         const auto index =
             static_cast<uint32_t>(_mm_cvttss_si32(_mm_set_ss(distance * dab.falloffScale)));
         v.weight = index > dab.falloffLast ? 0.0f : facing * dab.falloffTable[index];
